@@ -1,0 +1,23 @@
+# Warnings and hardening for every target of the project.
+add_library(permora_settings INTERFACE)
+target_include_directories(permora_settings INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_options(permora_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Werror
+    -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wcast-align -Wformat=2)
+
+if(NOT WIN32)
+    target_compile_options(permora_settings INTERFACE -fstack-protector-strong)
+    target_compile_definitions(permora_settings INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+    target_link_options(permora_settings INTERFACE -Wl,-z,relro,-z,now)
+endif()
+
+if(PERMORA_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+if(PERMORA_FUZZ)
+    # The libraries need the coverage instrumentation; each fuzz target links the driver itself.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

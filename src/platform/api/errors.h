@@ -1,0 +1,55 @@
+// The system error codes that Permora's code or its platform layer names.
+// Numbers: Microsoft Learn, "System Error Codes" and "Network Management Error Codes".
+#pragma once
+
+#include "platform/api/base.h"
+
+#ifndef _WIN32
+
+// clang-format off
+inline constexpr DWORD ERROR_SUCCESS                   = 0;
+inline constexpr DWORD ERROR_INVALID_FUNCTION          = 1;
+inline constexpr DWORD ERROR_FILE_NOT_FOUND            = 2;
+inline constexpr DWORD ERROR_PATH_NOT_FOUND            = 3;
+inline constexpr DWORD ERROR_TOO_MANY_OPEN_FILES       = 4;
+inline constexpr DWORD ERROR_ACCESS_DENIED             = 5;
+inline constexpr DWORD ERROR_INVALID_HANDLE            = 6;
+inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY         = 8;
+inline constexpr DWORD ERROR_INVALID_DRIVE             = 15;
+inline constexpr DWORD ERROR_WRITE_PROTECT             = 19;
+inline constexpr DWORD ERROR_NOT_READY                 = 21;
+inline constexpr DWORD ERROR_SHARING_VIOLATION         = 32;
+inline constexpr DWORD ERROR_NOT_SUPPORTED             = 50;
+inline constexpr DWORD ERROR_INVALID_PARAMETER         = 87;
+inline constexpr DWORD ERROR_DISK_FULL                 = 112;
+inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER       = 122;
+inline constexpr DWORD ERROR_INVALID_NAME              = 123;
+inline constexpr DWORD ERROR_MOD_NOT_FOUND             = 126;
+inline constexpr DWORD ERROR_PROC_NOT_FOUND            = 127;
+inline constexpr DWORD ERROR_DIR_NOT_EMPTY             = 145;
+inline constexpr DWORD ERROR_BUSY                      = 170;
+inline constexpr DWORD ERROR_ALREADY_EXISTS            = 183;
+inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE      = 206;
+inline constexpr DWORD ERROR_FILE_TOO_LARGE            = 223;
+inline constexpr DWORD ERROR_DIRECTORY                 = 267;
+inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION    = 1113;
+inline constexpr DWORD ERROR_IO_DEVICE                 = 1117;
+inline constexpr DWORD ERROR_TOO_MANY_LINKS            = 1142;
+inline constexpr DWORD ERROR_OPERATION_ABORTED         = 995;
+inline constexpr DWORD ERROR_NOT_ENOUGH_QUOTA          = 1816;
+inline constexpr DWORD ERROR_UNKNOWN_REVISION          = 1305;
+inline constexpr DWORD ERROR_REVISION_MISMATCH         = 1306;
+inline constexpr DWORD ERROR_INVALID_OWNER             = 1307;
+inline constexpr DWORD ERROR_PRIVILEGE_NOT_HELD        = 1314;
+inline constexpr DWORD ERROR_NONE_MAPPED               = 1332;
+inline constexpr DWORD ERROR_INVALID_ACL               = 1336;
+inline constexpr DWORD ERROR_INVALID_SID               = 1337;
+inline constexpr DWORD ERROR_INVALID_SECURITY_DESCR    = 1338;
+inline constexpr DWORD ERROR_ALLOTTED_SPACE_EXCEEDED   = 1344;
+inline constexpr DWORD ERROR_NO_SECURITY_ON_OBJECT     = 1350;
+inline constexpr DWORD ERROR_NO_SUCH_DOMAIN            = 1355;
+inline constexpr DWORD ERROR_TIMEOUT                   = 1460;
+inline constexpr DWORD ERROR_CANT_RESOLVE_FILENAME     = 1921;
+// clang-format on
+
+#endif

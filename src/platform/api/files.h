@@ -1,0 +1,73 @@
+// Files, folders and volumes.
+//
+// Paths are 8-bit texts in the ANSI code page (UTF-8 on Linux): C:\a\b, \a (root of the current drive), or
+// relative to the current directory; forward slashes work too. How Linux names and drives appear in them:
+// docs/platform.md. The last component of a path is never followed when it is a link: every service works on
+// the link itself.
+#pragma once
+
+#include "platform/api/base.h"
+
+#ifndef _WIN32
+
+inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
+// clang-format off
+inline constexpr DWORD FILE_ATTRIBUTE_READONLY            = 0x00000001;
+inline constexpr DWORD FILE_ATTRIBUTE_HIDDEN              = 0x00000002;
+inline constexpr DWORD FILE_ATTRIBUTE_SYSTEM              = 0x00000004;
+inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY           = 0x00000010;
+inline constexpr DWORD FILE_ATTRIBUTE_ARCHIVE             = 0x00000020;
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL              = 0x00000080;
+inline constexpr DWORD FILE_ATTRIBUTE_TEMPORARY           = 0x00000100;
+inline constexpr DWORD FILE_ATTRIBUTE_SPARSE_FILE         = 0x00000200;
+inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT       = 0x00000400;
+inline constexpr DWORD FILE_ATTRIBUTE_COMPRESSED          = 0x00000800;
+inline constexpr DWORD FILE_ATTRIBUTE_OFFLINE             = 0x00001000;
+inline constexpr DWORD FILE_ATTRIBUTE_NOT_CONTENT_INDEXED = 0x00002000;
+inline constexpr DWORD FILE_ATTRIBUTE_ENCRYPTED           = 0x00004000;
+
+inline constexpr DWORD FILE_CASE_SENSITIVE_SEARCH = 0x00000001;
+inline constexpr DWORD FILE_CASE_PRESERVED_NAMES  = 0x00000002;
+inline constexpr DWORD FILE_UNICODE_ON_DISK       = 0x00000004;
+inline constexpr DWORD FILE_PERSISTENT_ACLS       = 0x00000008;
+inline constexpr DWORD FILE_READ_ONLY_VOLUME      = 0x00080000;
+
+inline constexpr UINT DRIVE_UNKNOWN     = 0;
+inline constexpr UINT DRIVE_NO_ROOT_DIR = 1;
+inline constexpr UINT DRIVE_REMOVABLE   = 2;
+inline constexpr UINT DRIVE_FIXED       = 3;
+inline constexpr UINT DRIVE_REMOTE      = 4;
+inline constexpr UINT DRIVE_CDROM       = 5;
+inline constexpr UINT DRIVE_RAMDISK     = 6;
+// clang-format on
+
+extern "C" {
+
+// FILE_ATTRIBUTE_ flags of the object itself, or INVALID_FILE_ATTRIBUTES with the last error set.
+DWORD WINAPI GetFileAttributesA(LPCSTR path);
+// Sets the flags that can be set (read-only, hidden, system, archive, temporary, offline, not indexed).
+BOOL WINAPI SetFileAttributesA(LPCSTR path, DWORD attributes);
+
+// The current directory as a path with drive letter. Returns its length without the NUL when `size` (in
+// bytes, NUL included) is large enough, else the size needed with the NUL; 0 on failure.
+DWORD WINAPI GetCurrentDirectoryA(DWORD size, LPSTR buffer);
+BOOL WINAPI SetCurrentDirectoryA(LPCSTR path);
+
+// `path` made absolute without looking at the disk: "." and ".." are resolved in the text. Sizes as for
+// GetCurrentDirectoryA; `filePart` may be null.
+DWORD WINAPI GetFullPathNameA(LPCSTR path, DWORD size, LPSTR buffer, LPSTR* filePart);
+
+// Facts about the volume whose root is `root` ("C:\"), or of the current directory's volume when it is null.
+// Every output may be null; sizes in bytes with the NUL.
+BOOL WINAPI GetVolumeInformationA(LPCSTR root, LPSTR volumeName, DWORD volumeNameSize, LPDWORD serialNumber,
+                                  LPDWORD maximumComponentLength, LPDWORD fileSystemFlags,
+                                  LPSTR fileSystemName, DWORD fileSystemNameSize);
+
+// A bit per drive letter, A in bit 0.
+DWORD WINAPI GetLogicalDrives();
+// DRIVE_ type of a root path; null means the current directory's drive.
+UINT WINAPI GetDriveTypeA(LPCSTR root);
+
+}  // extern "C"
+
+#endif

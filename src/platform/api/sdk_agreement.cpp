@@ -1,0 +1,184 @@
+// Proves that what platform/api declares equals what the SDK declares. Compiled on both sides: against our
+// own declarations on Linux and against the SDK on Windows, so that a wrong number or layout fails one of the
+// builds.
+#include <cstddef>
+
+#include "platform/api/base.h"
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "platform/api/libraries.h"
+#include "platform/api/memory.h"
+#include "platform/api/messages.h"
+#include "platform/api/security.h"
+#include "platform/api/text.h"
+
+// clang-format off
+
+// Types.
+static_assert(sizeof(BOOL)  == 4);
+static_assert(sizeof(BYTE)  == 1 && BYTE(-1) > 0);
+static_assert(sizeof(WORD)  == 2 && WORD(-1) > 0);
+static_assert(sizeof(DWORD) == 4 && DWORD(-1) > 0);
+static_assert(sizeof(ULONG) == 4 && ULONG(-1) > 0);
+static_assert(sizeof(LONG)  == 4 && LONG(-1) < 0);
+static_assert(sizeof(UINT)  == 4 && UINT(-1) > 0);
+static_assert(sizeof(WCHAR) == 2);
+static_assert(sizeof(SIZE_T) == sizeof(void*));
+static_assert(sizeof(HANDLE) == sizeof(void*) && sizeof(HMODULE) == sizeof(void*) && sizeof(HWND) == sizeof(void*));
+static_assert(TRUE == 1 && FALSE == 0);
+
+// errors.h
+static_assert(ERROR_SUCCESS                == 0);
+static_assert(ERROR_INVALID_FUNCTION       == 1);
+static_assert(ERROR_FILE_NOT_FOUND         == 2);
+static_assert(ERROR_PATH_NOT_FOUND         == 3);
+static_assert(ERROR_TOO_MANY_OPEN_FILES    == 4);
+static_assert(ERROR_ACCESS_DENIED          == 5);
+static_assert(ERROR_INVALID_HANDLE         == 6);
+static_assert(ERROR_NOT_ENOUGH_MEMORY      == 8);
+static_assert(ERROR_INVALID_DRIVE          == 15);
+static_assert(ERROR_WRITE_PROTECT          == 19);
+static_assert(ERROR_NOT_READY              == 21);
+static_assert(ERROR_SHARING_VIOLATION      == 32);
+static_assert(ERROR_NOT_SUPPORTED          == 50);
+static_assert(ERROR_INVALID_PARAMETER      == 87);
+static_assert(ERROR_DISK_FULL              == 112);
+static_assert(ERROR_INSUFFICIENT_BUFFER    == 122);
+static_assert(ERROR_INVALID_NAME           == 123);
+static_assert(ERROR_MOD_NOT_FOUND          == 126);
+static_assert(ERROR_PROC_NOT_FOUND         == 127);
+static_assert(ERROR_DIR_NOT_EMPTY          == 145);
+static_assert(ERROR_BUSY                   == 170);
+static_assert(ERROR_ALREADY_EXISTS         == 183);
+static_assert(ERROR_FILENAME_EXCED_RANGE   == 206);
+static_assert(ERROR_FILE_TOO_LARGE         == 223);
+static_assert(ERROR_DIRECTORY              == 267);
+static_assert(ERROR_MR_MID_NOT_FOUND       == 317);
+static_assert(ERROR_OPERATION_ABORTED      == 995);
+static_assert(ERROR_NO_UNICODE_TRANSLATION == 1113);
+static_assert(ERROR_IO_DEVICE              == 1117);
+static_assert(ERROR_TOO_MANY_LINKS         == 1142);
+static_assert(ERROR_NOT_ENOUGH_QUOTA       == 1816);
+static_assert(ERROR_UNKNOWN_REVISION       == 1305);
+static_assert(ERROR_REVISION_MISMATCH      == 1306);
+static_assert(ERROR_INVALID_OWNER          == 1307);
+static_assert(ERROR_PRIVILEGE_NOT_HELD     == 1314);
+static_assert(ERROR_NONE_MAPPED            == 1332);
+static_assert(ERROR_INVALID_ACL            == 1336);
+static_assert(ERROR_INVALID_SID            == 1337);
+static_assert(ERROR_INVALID_SECURITY_DESCR == 1338);
+static_assert(ERROR_ALLOTTED_SPACE_EXCEEDED == 1344);
+static_assert(ERROR_NO_SECURITY_ON_OBJECT  == 1350);
+static_assert(ERROR_NO_SUCH_DOMAIN         == 1355);
+static_assert(ERROR_TIMEOUT                == 1460);
+static_assert(ERROR_CANT_RESOLVE_FILENAME  == 1921);
+
+// memory.h, libraries.h, text.h
+static_assert(LMEM_FIXED == 0 && LMEM_ZEROINIT == 0x40 && LPTR == 0x40);
+static_assert(HEAP_ZERO_MEMORY == 8);
+static_assert(LOAD_LIBRARY_AS_DATAFILE == 2);
+static_assert(CP_ACP == 0);
+
+// messages.h
+static_assert(FORMAT_MESSAGE_ALLOCATE_BUFFER == 0x100);
+static_assert(FORMAT_MESSAGE_IGNORE_INSERTS  == 0x200);
+static_assert(FORMAT_MESSAGE_FROM_HMODULE    == 0x800);
+static_assert(FORMAT_MESSAGE_FROM_SYSTEM     == 0x1000);
+static_assert(LANG_USER_DEFAULT              == 0x400);
+static_assert(MB_OK == 0 && MB_YESNOCANCEL == 3 && MB_YESNO == 4);
+static_assert(MB_ICONERROR == 0x10 && MB_ICONQUESTION == 0x20 && MB_ICONWARNING == 0x30 && MB_ICONINFORMATION == 0x40);
+static_assert(IDOK == 1 && IDCANCEL == 2 && IDYES == 6 && IDNO == 7);
+
+// files.h
+static_assert(INVALID_FILE_ATTRIBUTES             == 0xFFFFFFFF);
+static_assert(FILE_ATTRIBUTE_READONLY             == 0x1);
+static_assert(FILE_ATTRIBUTE_HIDDEN               == 0x2);
+static_assert(FILE_ATTRIBUTE_SYSTEM               == 0x4);
+static_assert(FILE_ATTRIBUTE_DIRECTORY            == 0x10);
+static_assert(FILE_ATTRIBUTE_ARCHIVE              == 0x20);
+static_assert(FILE_ATTRIBUTE_NORMAL               == 0x80);
+static_assert(FILE_ATTRIBUTE_TEMPORARY            == 0x100);
+static_assert(FILE_ATTRIBUTE_SPARSE_FILE          == 0x200);
+static_assert(FILE_ATTRIBUTE_REPARSE_POINT        == 0x400);
+static_assert(FILE_ATTRIBUTE_COMPRESSED           == 0x800);
+static_assert(FILE_ATTRIBUTE_OFFLINE              == 0x1000);
+static_assert(FILE_ATTRIBUTE_NOT_CONTENT_INDEXED  == 0x2000);
+static_assert(FILE_ATTRIBUTE_ENCRYPTED            == 0x4000);
+static_assert(FILE_CASE_SENSITIVE_SEARCH          == 0x1);
+static_assert(FILE_CASE_PRESERVED_NAMES           == 0x2);
+static_assert(FILE_UNICODE_ON_DISK                == 0x4);
+static_assert(FILE_PERSISTENT_ACLS                == 0x8);
+static_assert(FILE_READ_ONLY_VOLUME               == 0x80000);
+static_assert(DRIVE_UNKNOWN == 0 && DRIVE_NO_ROOT_DIR == 1 && DRIVE_REMOVABLE == 2 && DRIVE_FIXED == 3);
+static_assert(DRIVE_REMOTE == 4 && DRIVE_CDROM == 5 && DRIVE_RAMDISK == 6);
+
+// security.h: numbers
+static_assert(SID_REVISION == 1 && SID_MAX_SUB_AUTHORITIES == 15 && SECURITY_MAX_SID_SIZE == 68);
+static_assert(ACL_REVISION == 2 && ACL_REVISION_DS == 4 && SECURITY_DESCRIPTOR_REVISION == 1);
+static_assert(ACCESS_ALLOWED_ACE_TYPE == 0 && ACCESS_DENIED_ACE_TYPE == 1 && SYSTEM_AUDIT_ACE_TYPE == 2);
+static_assert(OBJECT_INHERIT_ACE == 0x01 && CONTAINER_INHERIT_ACE == 0x02 && NO_PROPAGATE_INHERIT_ACE == 0x04);
+static_assert(INHERIT_ONLY_ACE == 0x08 && INHERITED_ACE == 0x10);
+static_assert(SE_OWNER_DEFAULTED       == 0x0001);
+static_assert(SE_GROUP_DEFAULTED       == 0x0002);
+static_assert(SE_DACL_PRESENT          == 0x0004);
+static_assert(SE_DACL_DEFAULTED        == 0x0008);
+static_assert(SE_SACL_PRESENT          == 0x0010);
+static_assert(SE_SACL_DEFAULTED        == 0x0020);
+static_assert(SE_DACL_AUTO_INHERIT_REQ == 0x0100);
+static_assert(SE_SACL_AUTO_INHERIT_REQ == 0x0200);
+static_assert(SE_DACL_AUTO_INHERITED   == 0x0400);
+static_assert(SE_SACL_AUTO_INHERITED   == 0x0800);
+static_assert(SE_DACL_PROTECTED        == 0x1000);
+static_assert(SE_SACL_PROTECTED        == 0x2000);
+static_assert(SE_RM_CONTROL_VALID      == 0x4000);
+static_assert(SE_SELF_RELATIVE         == 0x8000);
+static_assert(OWNER_SECURITY_INFORMATION == 1 && GROUP_SECURITY_INFORMATION == 2);
+static_assert(DACL_SECURITY_INFORMATION == 4 && SACL_SECURITY_INFORMATION == 8);
+static_assert(DWORD(UNPROTECTED_DACL_SECURITY_INFORMATION) == 0x20000000);
+static_assert(DWORD(PROTECTED_DACL_SECURITY_INFORMATION)   == 0x80000000);
+static_assert(DELETE == 0x10000 && READ_CONTROL == 0x20000 && WRITE_DAC == 0x40000 && WRITE_OWNER == 0x80000);
+static_assert(SYNCHRONIZE == 0x100000 && ACCESS_SYSTEM_SECURITY == 0x1000000);
+static_assert(DWORD(GENERIC_ALL) == 0x10000000 && DWORD(GENERIC_EXECUTE) == 0x20000000);
+static_assert(DWORD(GENERIC_WRITE) == 0x40000000 && DWORD(GENERIC_READ) == 0x80000000);
+static_assert(FILE_READ_DATA == 0x1 && FILE_WRITE_DATA == 0x2 && FILE_APPEND_DATA == 0x4 && FILE_READ_EA == 0x8);
+static_assert(FILE_WRITE_EA == 0x10 && FILE_EXECUTE == 0x20 && FILE_DELETE_CHILD == 0x40);
+static_assert(FILE_READ_ATTRIBUTES == 0x80 && FILE_WRITE_ATTRIBUTES == 0x100);
+static_assert(FILE_ALL_ACCESS      == 0x1F01FF);
+static_assert(FILE_GENERIC_READ    == 0x120089);
+static_assert(FILE_GENERIC_WRITE   == 0x120116);
+static_assert(FILE_GENERIC_EXECUTE == 0x1200A0);
+static_assert(AclRevisionInformation == 1 && AclSizeInformation == 2);
+static_assert(SidTypeUser == 1 && SidTypeGroup == 2 && SidTypeDomain == 3 && SidTypeAlias == 4);
+static_assert(SidTypeWellKnownGroup == 5 && SidTypeDeletedAccount == 6 && SidTypeInvalid == 7);
+static_assert(SidTypeUnknown == 8 && SidTypeComputer == 9);
+static_assert(SE_UNKNOWN_OBJECT_TYPE == 0 && SE_FILE_OBJECT == 1);
+static_assert(SDDL_REVISION_1 == 1);
+
+// security.h: layouts
+static_assert(sizeof(SID_IDENTIFIER_AUTHORITY) == 6);
+static_assert(sizeof(SID) == 12);
+static_assert(offsetof(SID, Revision) == 0 && offsetof(SID, SubAuthorityCount) == 1);
+static_assert(offsetof(SID, IdentifierAuthority) == 2 && offsetof(SID, SubAuthority) == 8);
+static_assert(sizeof(ACL) == 8);
+static_assert(offsetof(ACL, AclRevision) == 0 && offsetof(ACL, Sbz1) == 1 && offsetof(ACL, AclSize) == 2);
+static_assert(offsetof(ACL, AceCount) == 4 && offsetof(ACL, Sbz2) == 6);
+static_assert(sizeof(ACE_HEADER) == 4);
+static_assert(offsetof(ACE_HEADER, AceType) == 0 && offsetof(ACE_HEADER, AceFlags) == 1);
+static_assert(offsetof(ACE_HEADER, AceSize) == 2);
+static_assert(sizeof(ACCESS_ALLOWED_ACE) == 12);
+static_assert(offsetof(ACCESS_ALLOWED_ACE, Mask) == 4 && offsetof(ACCESS_ALLOWED_ACE, SidStart) == 8);
+static_assert(sizeof(SECURITY_DESCRIPTOR_RELATIVE) == 20);
+static_assert(offsetof(SECURITY_DESCRIPTOR_RELATIVE, Control) == 2);
+static_assert(offsetof(SECURITY_DESCRIPTOR_RELATIVE, Owner) == 4);
+static_assert(offsetof(SECURITY_DESCRIPTOR_RELATIVE, Group) == 8);
+static_assert(offsetof(SECURITY_DESCRIPTOR_RELATIVE, Sacl) == 12);
+static_assert(offsetof(SECURITY_DESCRIPTOR_RELATIVE, Dacl) == 16);
+static_assert(sizeof(SECURITY_DESCRIPTOR) == 8 + 4 * sizeof(void*));
+static_assert(offsetof(SECURITY_DESCRIPTOR, Control) == 2);
+static_assert(offsetof(SECURITY_DESCRIPTOR, Owner) == 8);
+static_assert(offsetof(SECURITY_DESCRIPTOR, Group) == 8 + sizeof(void*));
+static_assert(offsetof(SECURITY_DESCRIPTOR, Sacl) == 8 + 2 * sizeof(void*));
+static_assert(offsetof(SECURITY_DESCRIPTOR, Dacl) == 8 + 3 * sizeof(void*));
+static_assert(sizeof(ACL_SIZE_INFORMATION) == 12);
+static_assert(offsetof(ACL_SIZE_INFORMATION, AclBytesInUse) == 4);
+static_assert(offsetof(ACL_SIZE_INFORMATION, AclBytesFree) == 8);

@@ -1,0 +1,16 @@
+// From the C library's error numbers to the system's error codes and back.
+#pragma once
+
+#include "platform/api/errors.h"
+
+namespace permora::host {
+
+// The error code that says the same as `errorNumber` (an errno value, not 0). Numbers without a counterpart
+// give ERROR_IO_DEVICE.
+DWORD ErrorFromErrno(int errorNumber);
+
+// The errno value whose text describes a file system error code best, or 0 when the code is not one of the
+// file system's. FormatMessageA takes those codes' texts from the C library.
+int ErrnoForMessage(DWORD code);
+
+}  // namespace permora::host

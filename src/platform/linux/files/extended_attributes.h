@@ -1,0 +1,22 @@
+// Extended attributes of an object held by a handle. They go through /proc/self/fd, so that links and objects
+// that cannot be opened for reading are reached too, and a name that changed meanwhile does not matter.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "platform/linux/files/object_handle.h"
+
+namespace permora::host {
+
+// Reads the whole attribute into `value` (whose capacity is reused). Returns 0, or the errno value: ENODATA
+// when the object has none, ENOTSUP when the file system has no such attributes. `value` is unspecified after
+// a failure.
+int ReadExtendedAttribute(const ObjectHandle& object, const char* name, std::vector<std::uint8_t>& value);
+
+// Replaces the attribute in one call; the object holds either the old value or the new one. Returns 0 or an
+// errno.
+int WriteExtendedAttribute(const ObjectHandle& object, const char* name, std::span<const std::uint8_t> value);
+
+}  // namespace permora::host

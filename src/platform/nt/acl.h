@@ -1,0 +1,62 @@
+// Access control entries and lists as plain values. Binary forms: [MS-DTYP] 2.4.4 (ACE) and 2.4.5 (ACL).
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "platform/nt/sid.h"
+
+namespace permora::nt {
+
+// How the bytes after an entry's four-byte header are laid out; decided by the type alone.
+enum class AceShape {
+    kMaskAndSid,  // mask, SID, then application data
+    kObject,      // mask, object flags, up to two GUIDs, SID, then application data
+    kOpaque,      // a type without known layout; kept as bytes
+};
+AceShape ShapeOfAceType(std::uint8_t type);
+
+// One entry of any type. Reading and writing it again gives the same bytes.
+struct Ace {
+    std::uint8_t type = 0;
+    std::uint8_t flags = 0;
+    std::uint32_t mask = 0;  // 0 for opaque entries
+    Sid sid;                 // S-1-0-0 for opaque entries
+    // kObject: object flags (4 bytes) and the GUIDs they announce, as stored. Else empty.
+    std::vector<std::uint8_t> objectPart;
+    // What follows the SID (kMaskAndSid, kObject), or everything after the header (kOpaque).
+    std::vector<std::uint8_t> tail;
+
+    // The entry at the start of `bytes`, which may be longer; nothing when its size is under its minimum, not
+    // a multiple of four or beyond `bytes`, or its SID does not lie inside it.
+    static std::optional<Ace> FromBytes(std::span<const std::uint8_t> bytes);
+    std::size_t ByteSize() const;
+    void AppendTo(std::vector<std::uint8_t>& bytes) const;
+
+    friend bool operator==(const Ace& one, const Ace& other) = default;
+};
+
+// An ordered list of entries.
+struct Acl {
+    static constexpr std::size_t kHeaderBytes = 8;
+    static constexpr std::size_t kMaxBytes = 0xFFFC;  // AclSize has 16 bits and is a multiple of four
+
+    std::uint8_t revision = 2;
+    std::vector<Ace> entries;
+
+    // The list at the start of `bytes`, which may be longer. Nothing when the revision is not 2 to 4, AclSize
+    // does not fit, or the counted entries do not lie inside AclSize. Unused space after the last entry is
+    // legal (volume roots have it) and is dropped.
+    static std::optional<Acl> FromBytes(std::span<const std::uint8_t> bytes);
+    std::size_t ByteSize() const;
+    // Appends the binary form. False, with `bytes` as before, when the list is larger than kMaxBytes.
+    [[nodiscard]] bool AppendTo(std::vector<std::uint8_t>& bytes) const;
+
+    friend bool operator==(const Acl& one, const Acl& other) = default;
+};
+
+}  // namespace permora::nt

@@ -1,0 +1,32 @@
+// One owning alias for each kind of system resource: its closer and its invalid value stand here, and no bare
+// LocalFree, FreeLibrary or HeapDestroy anywhere else.
+#pragma once
+
+#include <memory>
+#include <type_traits>
+
+#include "platform/api/libraries.h"
+#include "platform/api/memory.h"
+
+namespace permora {
+
+struct LocalFreeCloser {
+    void operator()(void* block) const { LocalFree(block); }
+};
+// A block of the local heap, or one that a service handed out to be freed with LocalFree. Null: none.
+template <typename T>
+using UniqueLocal = std::unique_ptr<T, LocalFreeCloser>;
+
+struct FreeLibraryCloser {
+    void operator()(HMODULE library) const { FreeLibrary(library); }
+};
+// A counted load of a system library. Null: not loaded.
+using UniqueLibrary = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeLibraryCloser>;
+
+struct HeapDestroyCloser {
+    void operator()(void* heap) const { HeapDestroy(heap); }
+};
+// A private heap; all its blocks go with it. Null: none.
+using UniqueHeap = std::unique_ptr<void, HeapDestroyCloser>;
+
+}  // namespace permora

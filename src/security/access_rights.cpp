@@ -1,0 +1,1 @@
+#include "security/access_rights.h"

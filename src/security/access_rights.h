@@ -1,0 +1,2 @@
+// placeholder, replaced with the rights vocabulary
+#pragma once
