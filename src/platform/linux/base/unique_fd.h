@@ -11,7 +11,7 @@ namespace permora::host {
 class UniqueFd {
   public:
     UniqueFd() = default;
-    explicit UniqueFd(int descriptor) : descriptor(descriptor) {}
+    explicit UniqueFd(int owned) : descriptor(owned) {}
     UniqueFd(UniqueFd&& other) noexcept : descriptor(std::exchange(other.descriptor, -1)) {}
     UniqueFd& operator=(UniqueFd&& other) noexcept {
         if (this != &other) Reset(std::exchange(other.descriptor, -1));

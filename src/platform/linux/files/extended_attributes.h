@@ -15,6 +15,9 @@ namespace permora::host {
 // a failure.
 int ReadExtendedAttribute(const ObjectHandle& object, const char* name, std::vector<std::uint8_t>& value);
 
+// 0 when the object has the attribute, else the errno value; for questions about what a volume can hold.
+int AskExtendedAttribute(const ObjectHandle& object, const char* name);
+
 // Replaces the attribute in one call; the object holds either the old value or the new one. Returns 0 or an
 // errno.
 int WriteExtendedAttribute(const ObjectHandle& object, const char* name, std::span<const std::uint8_t> value);

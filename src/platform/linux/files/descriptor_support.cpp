@@ -1,0 +1,53 @@
+#include "platform/linux/files/descriptor_support.h"
+
+#include <linux/capability.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+#include "platform/linux/files/extended_attributes.h"
+
+namespace permora::host {
+namespace {
+
+// The object has the attribute, or has one that cannot be read just now: whoever reads it then gets to see
+// that error, rather than an answer from some other store.
+bool HasAttribute(int answer) {
+    return answer == 0 || answer == EACCES || answer == EIO;
+}
+
+// Every object on NTFS has a descriptor: a volume that merely takes any attribute name is not NTFS.
+bool IsThere(const ObjectHandle& object, const char* name) {
+    return HasAttribute(AskExtendedAttribute(object, name));
+}
+
+bool CanBeThere(const ObjectHandle& object, const char* name) {
+    const int answer = AskExtendedAttribute(object, name);
+    return HasAttribute(answer) || answer == ENODATA;
+}
+
+// The kernel demands CAP_SYS_ADMIN for writing attributes of the "security" family.
+bool MayWriteSecurityAttributes() {
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> data{};
+    if (syscall(SYS_capget, &header, data.data()) != 0) return false;
+    return (data[CAP_TO_INDEX(CAP_SYS_ADMIN)].effective & CAP_TO_MASK(CAP_SYS_ADMIN)) != 0;
+}
+
+}  // namespace
+
+DescriptorStoreKind StoreKindOf(const ObjectHandle& object) {
+    if (IsThere(object, "system.ntfs_acl")) return DescriptorStoreKind::kNtfs3g;
+    if (IsThere(object, "system.ntfs_security")) return DescriptorStoreKind::kNtfs3;
+    if (MayWriteSecurityAttributes()) {
+        return CanBeThere(object, "security.NTACL") ? DescriptorStoreKind::kSamba
+                                                    : DescriptorStoreKind::kNone;
+    }
+    const bool holdsUserAttributes = S_ISREG(object.Status().st_mode) || object.IsFolder();
+    return holdsUserAttributes && CanBeThere(object, "user.permora.sd") ? DescriptorStoreKind::kUser
+                                                                        : DescriptorStoreKind::kNone;
+}
+
+}  // namespace permora::host

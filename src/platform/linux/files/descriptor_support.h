@@ -1,0 +1,21 @@
+// Where the volume of an object keeps security descriptors.
+#pragma once
+
+#include "platform/linux/files/object_handle.h"
+
+namespace permora::host {
+
+enum class DescriptorStoreKind {
+    kNone,    // nowhere: the file system has no fitting attributes, or not on this kind of object
+    kNtfs3g,  // on the NTFS volume itself, through ntfs-3g: system.ntfs_acl
+    kNtfs3,   // on the NTFS volume itself, through the kernel's ntfs3: system.ntfs_security
+    kSamba,   // security.NTACL, for a process that may write such attributes
+    kUser,    // user.permora.sd, for everyone else; only files and folders can have it
+};
+
+// Asks the object, since a type name does not tell: an NTFS image file is mounted as type "fuse". The answer
+// holds for all objects of a volume, except that links, devices and the like answer kNone where files and
+// folders answer kUser.
+DescriptorStoreKind StoreKindOf(const ObjectHandle& object);
+
+}  // namespace permora::host
