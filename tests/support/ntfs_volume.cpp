@@ -1,0 +1,87 @@
+#include "tests/support/ntfs_volume.h"
+
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+#include "platform/linux/base/unique_fd.h"
+#include "tests/support/command.h"
+
+namespace permora::test {
+
+namespace {
+
+using host::UniqueFd;
+
+bool MakeSparseFile(const std::string& path, std::uint64_t bytes) {
+    const UniqueFd file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    return file && ftruncate(file.Get(), static_cast<off_t>(bytes)) == 0;
+}
+
+}  // namespace
+
+std::string NtfsVolume::SkipReason() {
+    for (const char* program : {"mkntfs", "ntfs-3g", "ntfssecaudit"}) {
+        if (std::string reason = MissingProgram(program); !reason.empty()) return reason;
+    }
+    if (!UniqueFd(open("/dev/fuse", O_RDWR | O_CLOEXEC))) return "/dev/fuse cannot be opened";
+    return CannotMountReason();
+}
+
+NtfsVolume::NtfsVolume(std::uint64_t bytes)
+    : image(folder.Path("volume.img")), root(folder.MakeFolder("mounted")) {
+    if (!MakeSparseFile(image, bytes)) {
+        problem = "cannot make " + image;
+        return;
+    }
+    const CommandResult made = RunCommand({"mkntfs", "-Q", "-F", "-q", image});
+    if (made.exitCode != 0) {
+        problem = "mkntfs: " + made.output;
+        return;
+    }
+    Mount();
+}
+
+NtfsVolume::~NtfsVolume() {
+    Unmount();
+}
+
+// A file system is mounted on the folder when its device is another one than that of the folder around it.
+bool NtfsVolume::IsMounted() const {
+    struct stat around {};
+    struct stat inside {};
+    return stat(folder.Path().c_str(), &around) == 0 && stat(root.c_str(), &inside) == 0 &&
+           around.st_dev != inside.st_dev;
+}
+
+void NtfsVolume::Mount(NtfsMount mode) {
+    // In the foreground: its end tells that the image is complete, which the end of umount does not.
+    const std::string options = mode == NtfsMount::kReadOnly ? "no_detach,ro" : "no_detach";
+    const std::string log = folder.Path("ntfs-3g.log");
+    driver = StartService({"ntfs-3g", "-o", options, image, root}, log);
+    constexpr int kChecks = 1000;
+    for (int check = 0; check < kChecks && driver > 0; ++check) {
+        if (IsMounted()) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    problem = "ntfs-3g: " + ReadWholeFile(log);
+}
+
+void NtfsVolume::Unmount() {
+    if (driver <= 0) return;
+    if (umount2(root.c_str(), UMOUNT_NOFOLLOW) != 0) umount2(root.c_str(), UMOUNT_NOFOLLOW | MNT_DETACH);
+    AwaitServiceEnd(driver);
+    driver = -1;
+}
+
+std::string NtfsVolume::Audit(const std::string& path) {
+    Unmount();
+    return RunCommand({"ntfssecaudit", "-r", "-v", image, path}).output;
+}
+
+}  // namespace permora::test
