@@ -1,0 +1,41 @@
+// CDialog: a dialog made from a template resource.
+#pragma once
+
+#include "framework/controls.h"
+#include "framework/window.h"
+
+namespace permora {
+
+// Enter runs the default button, or OnOK when the template has none; Escape and the close box press the
+// button IDCANCEL when there is one (nothing happens while it is disabled), else run OnCancel.
+class CDialog : public CWnd {
+  public:
+    // `owner` may be null. The window is made by DoModal; the object may run again and again.
+    explicit CDialog(unsigned int templateId, CWnd* owner = nullptr);
+
+    // Makes the window, runs OnInitDialog, then serves it until EndDialog; destroys the window and returns
+    // the result. -1 when the template is missing. The owner is disabled meanwhile.
+    int DoModal();
+    // Ends DoModal with `result`. Any thread. Before OnInitDialog returns it keeps the dialog from being
+    // shown.
+    void EndDialog(int result);
+
+  protected:
+    // True: the framework gives the focus to the first control that takes it.
+    virtual bool OnInitDialog();
+    virtual void OnOK();      // default: transfers data, then EndDialog(IDOK)
+    virtual void OnCancel();  // default: EndDialog(IDCANCEL)
+    // Moves values between fields and controls; `save` is true from controls to fields. Called before
+    // OnInitDialog's default returns and from OnOK's default.
+    virtual void DoDataExchange(bool save);
+
+    const MessageMap& GetMessageMap() const override;
+    bool OnCmdMsg(Notification& notification) override;
+
+  private:
+    friend struct WindowAccess;
+    unsigned int templateId;
+    CWnd* owner;
+};
+
+}  // namespace permora

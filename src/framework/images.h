@@ -1,0 +1,53 @@
+// Icons, bitmaps and image lists.
+#pragma once
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "framework/geometry.h"
+
+namespace permora {
+
+class NativeImage;  // the back end's half; immutable and shared
+
+// An icon at every size it has. Copies share.
+class CIcon {
+  public:
+    CIcon() = default;
+    explicit CIcon(std::shared_ptr<const NativeImage> native) : image(std::move(native)) {}
+    // Icon resource `id`; an empty icon when there is none.
+    static CIcon Load(unsigned int id);
+    explicit operator bool() const { return image != nullptr; }
+    const std::shared_ptr<const NativeImage>& Native() const { return image; }
+
+  private:
+    std::shared_ptr<const NativeImage> image;
+};
+
+// System sizes of icons, in logical pixels (SM_CXICON, SM_CXSMICON).
+Size LargeIconSize();
+Size SmallIconSize();
+
+// A list of icons of one size. Shared with the controls that show it: a control sees what is added later.
+class CImageList {
+  public:
+    CImageList();
+    bool Create(Size size);
+    void DeleteImageList();
+    // The new image's index, or -1 when the icon is empty or the list not created.
+    int Add(const CIcon& icon);
+    int GetImageCount() const;
+    Size ImageSize() const;
+
+    struct Images {
+        Size size;
+        std::vector<CIcon> icons;
+    };
+    const std::shared_ptr<Images>& Shared() const { return images; }
+
+  private:
+    std::shared_ptr<Images> images;
+};
+
+}  // namespace permora

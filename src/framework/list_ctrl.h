@@ -1,0 +1,69 @@
+// The list view: icons, small icons, list, or rows with columns.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "framework/images.h"
+#include "framework/window.h"
+
+namespace permora {
+
+enum class ListView { kIcons, kSmallIcons, kList, kReport };
+enum class ImageListKind { kNormal, kSmall };
+
+// Extended styles, combinable.
+enum class ListStyle : unsigned int { kNone = 0, kFullRowSelect = 1, kCheckBoxes = 2, kInfoTips = 4 };
+constexpr ListStyle operator|(ListStyle one, ListStyle other) {
+    return static_cast<ListStyle>(static_cast<unsigned int>(one) | static_cast<unsigned int>(other));
+}
+
+// Rows are counted from 0, as shown. Rows are cheap: 100,000 of them may be inserted one by one.
+// InsertItem, SetItemText, GetItemText, GetItemCount and EnsureVisible may be called from any thread; a
+// worker waits until the user-interface thread has done it.
+class CListCtrl : public CWnd {
+  public:
+    // A list as the child of `owner` that is not from a template.
+    bool Create(CWnd& owner, DWORD style, const Rect& rect, unsigned int id);
+
+    void InsertColumn(int column, const std::string& header, int width);  // pixels; left-aligned
+    void SetColumnText(int column, const std::string& header);
+    std::string GetColumnText(int column) const;
+    int GetColumnWidth(int column) const;
+    void SetExtendedStyle(ListStyle style);
+    void SetImageList(const CImageList& images, ImageListKind kind);
+    void SetView(ListView view);
+    ListView GetView() const;
+
+    // Inserts a row before `row` (at the end when it is the count). False when `row` is out of range.
+    bool InsertItem(int row, const std::string& text, int image = -1);
+    bool SetItemText(int row, int column, const std::string& text);
+    std::string GetItemText(int row, int column) const;
+    bool SetItemData(int row, std::intptr_t data);
+    std::intptr_t GetItemData(int row) const;
+    bool DeleteItem(int row);
+    bool DeleteAllItems();
+    int GetItemCount() const;
+
+    int GetSelectedCount() const;
+    bool IsSelected(int row) const;
+    // In a single-selection list selecting a row unselects the one before. Sends kItemChanged when it
+    // changes.
+    bool SetSelected(int row, bool selected);
+    // First selected row at or after `from`; -1 when there is none.
+    int NextSelected(int from) const;
+    int GetSelectionMark() const;  // the row that the user last clicked or moved to; -1: none
+    void SetSelectionMark(int row);
+
+    // Check boxes (ListStyle::kCheckBoxes). Setting sends kItemChanged when it changes something, as a click
+    // does.
+    bool GetCheck(int row) const;
+    void SetCheck(int row, bool checked);
+
+    // Stable; `isLess` compares item data.
+    void SortItems(const std::function<bool(std::intptr_t, std::intptr_t)>& isLess);
+    void EnsureVisible(int row);
+};
+
+}  // namespace permora

@@ -1,0 +1,42 @@
+// Menus from resources.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "framework/window.h"
+
+namespace permora {
+
+// A menu or one of its pop-ups; copies mean the same menu. Positions count separators.
+class CMenu {
+  public:
+    CMenu() = default;
+    // Menu resource `id`; an empty menu when there is none.
+    static CMenu Load(unsigned int id);
+    explicit operator bool() const { return items != nullptr; }
+
+    int GetMenuItemCount() const;
+    CMenu GetSubMenu(int position) const;
+    unsigned int GetMenuItemID(int position) const;  // 0: separator or pop-up
+
+    void CheckByPosition(int position, bool checked);
+    bool IsCheckedByPosition(int position) const;
+    void CheckRadioByPosition(int first, int last, int checked);
+    // By command id, in this menu and its pop-ups.
+    void Check(unsigned int id, bool checked);
+    void Enable(unsigned int id, bool enabled);
+    void SetText(unsigned int id, const std::string& text);
+    std::string GetText(unsigned int id) const;
+
+    // Shows the menu at a screen position and returns the command chosen, 0 for none. The caller routes it.
+    unsigned int TrackPopup(Point screen, CWnd& owner) const;
+
+    struct Items;
+    const std::shared_ptr<Items>& Shared() const { return items; }
+
+  private:
+    std::shared_ptr<Items> items;
+};
+
+}  // namespace permora

@@ -1,0 +1,78 @@
+// Property sheets and wizards.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "framework/dialog.h"
+
+namespace permora {
+
+class CPropertySheet;
+
+// One page. Its window is made when the sheet first shows it and goes with the sheet's; the object stays.
+class CPropertyPage : public CDialog {
+  public:
+    // `captionId`: string resource of the tab; 0 takes the template's caption.
+    explicit CPropertyPage(unsigned int templateId, unsigned int captionId = 0);
+
+    // Marks the page changed or not; the sheet's Apply button follows.
+    void SetModified(bool modified);
+    CPropertySheet* Sheet() const { return sheet; }
+
+  protected:
+    friend class CPropertySheet;
+    virtual bool OnSetActive();   // false: the sheet goes on to the next page
+    virtual bool OnKillActive();  // false: the page stays
+    virtual bool OnApply();       // default: OnOK's data transfer, then true; false keeps the sheet open
+    void OnOK() override;
+    void OnCancel() override;  // the sheet is being cancelled
+    // Wizard: id of the page template to go to, 0 the neighbour, -1 to stay.
+    virtual int OnWizardBack();
+    virtual int OnWizardNext();
+    virtual bool OnWizardFinish();  // true: the sheet closes
+
+  private:
+    CPropertySheet* sheet = nullptr;
+    unsigned int captionId;
+    bool modified = false;
+};
+
+// PSWIZB_ flags, combinable.
+enum class WizardButtons : unsigned int { kNone = 0, kBack = 1, kNext = 2, kFinish = 4, kDisabledFinish = 8 };
+constexpr WizardButtons operator|(WizardButtons one, WizardButtons other) {
+    return static_cast<WizardButtons>(static_cast<unsigned int>(one) | static_cast<unsigned int>(other));
+}
+
+// A modal sheet of pages, or a wizard. Pages are borrowed. OK and Apply first ask the active page
+// (OnKillActive), then call OnApply of every page whose window exists, in order; the first that refuses stops
+// it and stays in front.
+class CPropertySheet : public CWnd {
+  public:
+    CPropertySheet();
+    ~CPropertySheet() override;
+
+    void Construct(const std::string& caption, CWnd* owner, int firstPage = 0);
+    void SetTitle(const std::string& title);  // the whole title
+    void AddPage(CPropertyPage& page);        // also while the sheet runs
+    void RemovePage(int index);
+    int GetPageCount() const;
+    CPropertyPage* GetActivePage() const;
+    bool SetActivePage(int index);
+    void SetWizardMode();
+    // Which wizard buttons there are and can be pressed. Any thread.
+    void SetWizardButtons(WizardButtons buttons);
+
+    // Runs the sheet; the result is IDOK, IDCANCEL, or ID_WIZFINISH.
+    int DoModal();
+
+  protected:
+    virtual bool OnInitDialog();
+
+  private:
+    friend class CPropertyPage;
+    struct State;
+    std::unique_ptr<State> state;
+};
+
+}  // namespace permora

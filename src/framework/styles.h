@@ -1,0 +1,29 @@
+// Window and control styles, show commands, standard ids and virtual keys, with the system's numbers.
+// Source: the SDK's documentation of window styles, dialog box styles and the control's own styles.
+#pragma once
+
+#include "platform/api/base.h"
+
+#ifndef _WIN32
+
+// clang-format off
+inline constexpr DWORD WS_POPUP       = 0x80000000;
+inline constexpr DWORD WS_CHILD       = 0x40000000;
+inline constexpr DWORD WS_VISIBLE     = 0x10000000;
+inline constexpr DWORD WS_DISABLED    = 0x08000000;
+inline constexpr DWORD WS_CAPTION     = 0x00C00000;
+inline constexpr DWORD WS_BORDER      = 0x00800000;
+inline constexpr DWORD WS_VSCROLL     = 0x00200000;
+inline constexpr DWORD WS_HSCROLL     = 0x00100000;
+inline constexpr DWORD WS_SYSMENU     = 0x00080000;
+inline constexpr DWORD WS_THICKFRAME  = 0x00040000;
+inline constexpr DWORD WS_GROUP       = 0x00020000;
+inline constexpr DWORD WS_TABSTOP     = 0x00010000;
+
+inline constexpr int SW_HIDE          = 0;
+inline constexpr int SW_SHOWNORMAL    = 1;
+inline constexpr int SW_SHOWMAXIMIZED = 3;
+inline constexpr int SW_SHOW          = 5;
+// clang-format on
+
+#endif
