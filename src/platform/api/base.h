@@ -44,10 +44,12 @@ using PULONG = ULONG*;
 using HANDLE = void*;
 using HLOCAL = void*;
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the SDK's own tags
 struct HWND__;
 using HWND = HWND__*;
 struct HINSTANCE__;
 using HMODULE = HINSTANCE__*;
+// NOLINTEND(bugprone-reserved-identifier)
 
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;

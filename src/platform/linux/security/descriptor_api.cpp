@@ -1,0 +1,185 @@
+// Security descriptors in the caller's memory, absolute or self-relative. Their parts need not be aligned.
+#include <algorithm>
+#include <cstring>
+
+#include "platform/api/errors.h"
+#include "platform/api/security.h"
+#include "platform/linux/base/failure.h"
+#include "platform/linux/security/descriptor_view.h"
+
+namespace {
+
+using permora::host::DescriptorView;
+using permora::host::Fail;
+
+// The size that an access list claims.
+DWORD AclLength(PACL acl) {
+    if (acl == nullptr) return 0;
+    ACL header;
+    std::memcpy(&header, acl, sizeof(header));
+    return header.AclSize;
+}
+
+// The lists count only when the control word says that they are there.
+PACL PresentDacl(const DescriptorView& view) {
+    return (view.control & SE_DACL_PRESENT) != 0 ? view.dacl : nullptr;
+}
+PACL PresentSacl(const DescriptorView& view) {
+    return (view.control & SE_SACL_PRESENT) != 0 ? view.sacl : nullptr;
+}
+
+struct Part {
+    void* bytes;  // null: the descriptor has none
+    DWORD length;
+};
+
+struct Parts {
+    Part sacl, dacl, owner, group;
+};
+
+Parts PartsOf(const DescriptorView& view) {
+    PACL sacl = PresentSacl(view);
+    PACL dacl = PresentDacl(view);
+    return {{sacl, AclLength(sacl)},
+            {dacl, AclLength(dacl)},
+            {view.owner, GetLengthSid(view.owner)},
+            {view.group, GetLengthSid(view.group)}};
+}
+
+bool AreValid(const Parts& parts) {
+    const auto isValidAcl = [](const Part& part) {
+        return part.bytes == nullptr || IsValidAcl(static_cast<PACL>(part.bytes));
+    };
+    const auto isValidSid = [](const Part& part) { return part.bytes == nullptr || IsValidSid(part.bytes); };
+    return isValidAcl(parts.sacl) && isValidAcl(parts.dacl) && isValidSid(parts.owner) &&
+           isValidSid(parts.group);
+}
+
+bool IsSelfRelative(const DescriptorView& view) {
+    return (view.control & SE_SELF_RELATIVE) != 0;
+}
+
+// Gives out a SID of the descriptor as the SDK does: without one, `defaulted` stays as it was.
+BOOL HandOutSid(PSID sid, bool isDefaulted, PSID* target, LPBOOL defaulted) {
+    if (target == nullptr || defaulted == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    *target = sid;
+    if (sid != nullptr) *defaulted = isDefaulted ? TRUE : FALSE;
+    return TRUE;
+}
+
+// A place of the caller for one part, and the caller's word on how large it is.
+struct Place {
+    void* bytes;
+    LPDWORD size;
+};
+
+bool IsTooSmall(const Place& place, const Part& part) {
+    return part.bytes != nullptr && (place.bytes == nullptr || *place.size < part.length);
+}
+
+// Copies the part if there is one, and gives its new home.
+void* Store(const Place& place, const Part& part) {
+    if (part.bytes == nullptr) return nullptr;
+    std::memcpy(place.bytes, part.bytes, part.length);
+    return place.bytes;
+}
+
+}  // namespace
+
+BOOL WINAPI IsValidSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor) {
+    const auto view = DescriptorView::Of(descriptor);
+    return view && AreValid(PartsOf(*view));
+}
+
+DWORD WINAPI GetSecurityDescriptorLength(PSECURITY_DESCRIPTOR descriptor) {
+    const auto view = DescriptorView::Of(descriptor);
+    if (!view) return 0;
+    const Parts parts = PartsOf(*view);
+    std::size_t length =
+        IsSelfRelative(*view) ? sizeof(SECURITY_DESCRIPTOR_RELATIVE) : sizeof(SECURITY_DESCRIPTOR);
+    for (const Part& part : {parts.sacl, parts.dacl, parts.owner, parts.group}) {
+        if (part.bytes == nullptr) continue;
+        if (IsSelfRelative(*view)) {
+            // The end of its last part, so that a copy of this length is complete where the parts have gaps
+            // between them and stays inside the descriptor where two of them share bytes.
+            const auto offset = static_cast<BYTE*>(part.bytes) - static_cast<BYTE*>(descriptor);
+            length = std::max(length, static_cast<std::size_t>(offset) + part.length);
+        } else {
+            length += part.length;
+        }
+    }
+    return static_cast<DWORD>(length);
+}
+
+BOOL WINAPI GetSecurityDescriptorControl(PSECURITY_DESCRIPTOR descriptor,
+                                         PSECURITY_DESCRIPTOR_CONTROL control, LPDWORD revision) {
+    const auto view = DescriptorView::Of(descriptor);
+    if (!view) return Fail(ERROR_INVALID_SECURITY_DESCR);
+    if (control == nullptr || revision == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    *control = view->control;
+    *revision = SECURITY_DESCRIPTOR_REVISION;
+    return TRUE;
+}
+
+BOOL WINAPI GetSecurityDescriptorOwner(PSECURITY_DESCRIPTOR descriptor, PSID* owner, LPBOOL defaulted) {
+    const auto view = DescriptorView::Of(descriptor);
+    if (!view) return Fail(ERROR_INVALID_SECURITY_DESCR);
+    return HandOutSid(view->owner, (view->control & SE_OWNER_DEFAULTED) != 0, owner, defaulted);
+}
+
+BOOL WINAPI GetSecurityDescriptorGroup(PSECURITY_DESCRIPTOR descriptor, PSID* group, LPBOOL defaulted) {
+    const auto view = DescriptorView::Of(descriptor);
+    if (!view) return Fail(ERROR_INVALID_SECURITY_DESCR);
+    return HandOutSid(view->group, (view->control & SE_GROUP_DEFAULTED) != 0, group, defaulted);
+}
+
+BOOL WINAPI GetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, LPBOOL present, PACL* dacl,
+                                      LPBOOL defaulted) {
+    const auto view = DescriptorView::Of(descriptor);
+    if (!view) return Fail(ERROR_INVALID_SECURITY_DESCR);
+    if (present == nullptr || dacl == nullptr || defaulted == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    *present = (view->control & SE_DACL_PRESENT) != 0 ? TRUE : FALSE;
+    if (*present == FALSE) return TRUE;  // the SDK leaves the other outputs alone
+    *dacl = view->dacl;
+    *defaulted = (view->control & SE_DACL_DEFAULTED) != 0 ? TRUE : FALSE;
+    return TRUE;
+}
+
+BOOL WINAPI MakeAbsoluteSD(PSECURITY_DESCRIPTOR selfRelative, PSECURITY_DESCRIPTOR absolute,
+                           LPDWORD absoluteSize, PACL dacl, LPDWORD daclSize, PACL sacl, LPDWORD saclSize,
+                           PSID owner, LPDWORD ownerSize, PSID primaryGroup, LPDWORD primaryGroupSize) {
+    const auto view = DescriptorView::Of(selfRelative);
+    if (!view) return Fail(ERROR_INVALID_SECURITY_DESCR);
+    if (!IsSelfRelative(*view)) return Fail(ERROR_BAD_DESCRIPTOR_FORMAT);
+    const Parts parts = PartsOf(*view);
+    if (!AreValid(parts)) return Fail(ERROR_INVALID_SECURITY_DESCR);
+    for (const DWORD* size : {absoluteSize, daclSize, saclSize, ownerSize, primaryGroupSize}) {
+        if (size == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    }
+
+    const Place saclPlace{sacl, saclSize};
+    const Place daclPlace{dacl, daclSize};
+    const Place ownerPlace{owner, ownerSize};
+    const Place groupPlace{primaryGroup, primaryGroupSize};
+    if (absolute == nullptr || *absoluteSize < sizeof(SECURITY_DESCRIPTOR) ||
+        IsTooSmall(saclPlace, parts.sacl) || IsTooSmall(daclPlace, parts.dacl) ||
+        IsTooSmall(ownerPlace, parts.owner) || IsTooSmall(groupPlace, parts.group)) {
+        *absoluteSize = sizeof(SECURITY_DESCRIPTOR);
+        *saclSize = parts.sacl.length;
+        *daclSize = parts.dacl.length;
+        *ownerSize = parts.owner.length;
+        *primaryGroupSize = parts.group.length;
+        return Fail(ERROR_INSUFFICIENT_BUFFER);
+    }
+
+    SECURITY_DESCRIPTOR header{};
+    header.Revision = SECURITY_DESCRIPTOR_REVISION;
+    header.Sbz1 = view->resourceManagerControl;
+    header.Control = static_cast<WORD>(view->control & ~SE_SELF_RELATIVE);
+    header.Owner = Store(ownerPlace, parts.owner);
+    header.Group = Store(groupPlace, parts.group);
+    header.Sacl = static_cast<PACL>(Store(saclPlace, parts.sacl));
+    header.Dacl = static_cast<PACL>(Store(daclPlace, parts.dacl));
+    std::memcpy(absolute, &header, sizeof(header));
+    return TRUE;
+}
