@@ -1,0 +1,187 @@
+#include "security/access_entry_list.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <utility>
+
+#include "security/access_rights.h"
+
+namespace permora {
+namespace {
+
+// The types whose header and mask are followed by the SID ([MS-DTYP] 2.4.4). Object types put flags and GUIDs
+// in between, the compound type a word of its own: there, the same bytes could pass for some other account.
+constexpr std::array<BYTE, 11> kSidFollowsMask = {
+    0x00, 0x01, 0x02, 0x03,  // allowed, denied, audit, alarm
+    0x09, 0x0A, 0x0D, 0x0E,  // their callback forms
+    0x11, 0x12, 0x13,        // mandatory label, resource attribute, scoped policy
+};
+
+constexpr std::size_t kSidOffset = sizeof(ACE_HEADER) + sizeof(ACCESS_MASK);
+constexpr std::size_t kSidHeaderSize = 8;
+
+// The SID in an entry of `aceSize` bytes; null when there is none, or none that is valid and lies inside.
+PSID SidInAce(BYTE* ace, BYTE aceType, std::size_t aceSize) {
+    if (std::find(kSidFollowsMask.begin(), kSidFollowsMask.end(), aceType) == kSidFollowsMask.end() ||
+        aceSize < kSidOffset + kSidHeaderSize) {
+        return nullptr;
+    }
+    BYTE* sid = ace + kSidOffset;
+    const std::size_t subAuthorityCount = sid[1];
+    if (kSidOffset + kSidHeaderSize + subAuthorityCount * sizeof(DWORD) > aceSize ||
+        IsValidSid(sid) == FALSE) {
+        return nullptr;
+    }
+    return sid;
+}
+
+AccessEntry EntryFromAce(void* ace) {
+    ACE_HEADER header{};
+    std::memcpy(&header, ace, sizeof header);
+    AccessEntry entry;
+    entry.aceType = header.AceType;
+    entry.aceFlags = header.AceFlags;
+    auto* bytes = static_cast<BYTE*>(ace);
+    if (header.AceSize >= kSidOffset) {
+        std::memcpy(&entry.mask, bytes + sizeof header, sizeof entry.mask);
+        entry.mask &= ~DWORD{SYNCHRONIZE};
+    }
+    if (PSID sid = SidInAce(bytes, header.AceType, header.AceSize); sid != nullptr) {
+        // Without memory the entry stays without an account, as it does when an account cannot be copied.
+        static_cast<void>(entry.account.SetSid(sid, {}));
+    }
+    return entry;
+}
+
+bool IsSameAccount(const AccountRecord& one, const AccountRecord& other) {
+    return one.sid && other.sid && EqualSid(one.sid.get(), other.sid.get()) != FALSE;
+}
+
+BYTE FlagsOf(const PermissionChoice& choice) {
+    const BYTE propagation = choice.childrenOnly ? BYTE{NO_PROPAGATE_INHERIT_ACE} : BYTE{0};
+    return static_cast<BYTE>(ScopeFlagsFromIndex(choice.applyIndex) | propagation);
+}
+
+}  // namespace
+
+DWORD GetAceCount(PACL acl) {
+    ACL_SIZE_INFORMATION information{};
+    if (acl == nullptr ||
+        GetAclInformation(acl, &information, sizeof information, AclSizeInformation) == FALSE) {
+        return 0;
+    }
+    return information.AceCount;
+}
+
+void AccessEntryList::LoadFromDacl(PACL acl) {
+    entries.clear();
+    const DWORD count = GetAceCount(acl);
+    for (DWORD index = 0; index < count; ++index) {
+        if (void* ace = nullptr; GetAce(acl, index, &ace) != FALSE) {
+            entries.push_back(EntryFromAce(ace));
+        }
+    }
+}
+
+void AccessEntryList::AddEntry(AccountRecord account, DWORD mask, BYTE flags, BYTE type) {
+    flags = static_cast<BYTE>(flags & ~INHERITED_ACE);
+    const auto same = std::find_if(entries.begin(), entries.end(), [&](const AccessEntry& entry) {
+        return entry.aceType == type && entry.aceFlags == flags && IsSameAccount(entry.account, account);
+    });
+    if (same != entries.end()) {
+        same->mask |= mask;
+        return;
+    }
+    auto place = entries.begin();
+    if (type == ACCESS_ALLOWED_ACE_TYPE) {
+        place = std::find_if(entries.begin(), entries.end(),
+                             [](const AccessEntry& entry) { return entry.IsInherited() || entry.IsAllow(); });
+    }
+    entries.insert(place, AccessEntry{std::move(account), mask, type, flags});
+}
+
+void AccessEntryList::AddFromDialog(const PermissionChoice& choice) {
+    const BYTE flags = FlagsOf(choice);
+    if (choice.allowMask != 0) {
+        AddEntry(choice.account, choice.allowMask, flags, ACCESS_ALLOWED_ACE_TYPE);
+    }
+    if (choice.denyMask != 0) {
+        AddEntry(choice.account, choice.denyMask, flags, ACCESS_DENIED_ACE_TYPE);
+    }
+}
+
+void AccessEntryList::EditEntry(std::size_t index, const PermissionChoice& choice) {
+    // Adding moves the entries, so what is needed of the old one is taken first.
+    const bool wasInherited = entries[index].IsInherited();
+    const BYTE ownType = entries[index].aceType;
+    const DWORD ownMask = entries[index].mask;
+    const bool isAllow = entries[index].IsAllow();
+
+    const BYTE otherType = isAllow ? ACCESS_DENIED_ACE_TYPE : ACCESS_ALLOWED_ACE_TYPE;
+    DWORD ownChoice = isAllow ? choice.allowMask : choice.denyMask;
+    const DWORD otherChoice = isAllow ? choice.denyMask : choice.allowMask;
+    if (wasInherited) {
+        // What inheritance grants cannot be taken away here: only the difference becomes an entry.
+        ownChoice ^= ownMask;
+    } else {
+        RemoveEntry(index);
+    }
+    const BYTE flags = FlagsOf(choice);
+    if (ownChoice != 0) {
+        AddEntry(choice.account, ownChoice, flags, ownType);
+    }
+    if (otherChoice != 0) {
+        AddEntry(choice.account, otherChoice, flags, otherType);
+    }
+}
+
+void AccessEntryList::RemoveEntry(std::size_t index) {
+    entries.erase(std::next(entries.begin(), static_cast<std::ptrdiff_t>(index)));
+}
+
+void AccessEntryList::CopyInheritedEntries() {
+    std::vector<AccessEntry> inherited;
+    std::copy_if(entries.begin(), entries.end(), std::back_inserter(inherited),
+                 [](const AccessEntry& entry) { return entry.IsInherited(); });
+    for (AccessEntry& entry : inherited) {
+        AddEntry(std::move(entry.account), entry.mask, entry.aceFlags, entry.aceType);
+    }
+}
+
+void AccessEntryList::RemoveInheritedEntries() {
+    std::erase_if(entries, [](const AccessEntry& entry) { return entry.IsInherited(); });
+}
+
+bool AccessEntryList::HasInheritedEntries() const {
+    return std::any_of(entries.begin(), entries.end(),
+                       [](const AccessEntry& entry) { return entry.IsInherited(); });
+}
+
+std::size_t AccessEntryList::OtherTypeCount() const {
+    return static_cast<std::size_t>(
+        std::count_if(entries.begin(), entries.end(),
+                      [](const AccessEntry& entry) { return !entry.IsAllow() && !entry.IsDeny(); }));
+}
+
+bool AccessEntryList::IsInCanonicalOrder() const {
+    enum Group { kExplicitDeny, kExplicitAllow, kInherited };
+    Group reached = kExplicitDeny;
+    for (const AccessEntry& entry : entries) {
+        if (!entry.IsInherited() && !entry.IsAllow() && !entry.IsDeny()) {
+            continue;
+        }
+        const Group group = entry.IsInherited() ? kInherited
+                            : entry.IsAllow()   ? kExplicitAllow
+                                                : kExplicitDeny;
+        if (group < reached) {
+            return false;
+        }
+        reached = group;
+    }
+    return true;
+}
+
+}  // namespace permora

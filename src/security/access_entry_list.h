@@ -1,0 +1,79 @@
+// The editable copy of a discretionary access list: what the permissions pages and the terminal program
+// change before a completely new list is built from it (security/dacl_builder.h).
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "platform/api/security.h"
+#include "security/account_record.h"
+
+namespace permora {
+
+// One access control entry.
+struct AccessEntry {
+    // Without a SID for an entry whose type keeps its SID elsewhere or that holds no valid one.
+    AccountRecord account;
+    // SYNCHRONIZE is left out: nobody sees or edits it, and every entry written gets it again.
+    DWORD mask = 0;
+    BYTE aceType = ACCESS_ALLOWED_ACE_TYPE;
+    BYTE aceFlags = 0;
+
+    bool IsAllow() const { return aceType == ACCESS_ALLOWED_ACE_TYPE; }
+    bool IsDeny() const { return aceType == ACCESS_DENIED_ACE_TYPE; }
+    bool IsInherited() const { return (aceFlags & INHERITED_ACE) != 0; }
+};
+
+// What the user decided in the permission entry dialog.
+struct PermissionChoice {
+    AccountRecord account;
+    DWORD allowMask = 0;  // never with SYNCHRONIZE
+    DWORD denyMask = 0;
+    int applyIndex = 0;         // place in kInheritanceScopes
+    bool childrenOnly = false;  // NO_PROPAGATE_INHERIT_ACE
+};
+
+// The number of entries of a list; 0 for a null list or one that cannot be asked.
+DWORD GetAceCount(PACL acl);
+
+// The entries in order. Reading keeps the order of the list read; editing places entries so that a list in
+// canonical order (explicit deny, explicit allow, inherited) stays in it.
+class AccessEntryList {
+  public:
+    // Replaces the entries by those of `acl` (a null list has none). Entries of every type are kept; one that
+    // the system cannot hand out is left out.
+    void LoadFromDacl(PACL acl);
+
+    const std::vector<AccessEntry>& Entries() const { return entries; }
+    // The account of entry `index`, through which its names are looked up.
+    AccountRecord& AccountOf(std::size_t index) { return entries[index].account; }
+
+    // Adds an explicit entry (INHERITED_ACE in `flags` is dropped): its rights join the first entry of the
+    // same type, flags and account; else a deny entry goes to the top and an allow entry before the first
+    // allow or inherited one.
+    void AddEntry(AccountRecord account, DWORD mask, BYTE flags, BYTE type);
+    // Adds what the dialog gave for a new account: one entry for each mask that is not 0.
+    void AddFromDialog(const PermissionChoice& choice);
+    // Applies what the dialog gave for entry `index`, an allow or deny entry. An explicit entry is replaced
+    // by the choice; an inherited one stays, and the rights in which the choice differs become explicit
+    // entries.
+    void EditEntry(std::size_t index, const PermissionChoice& choice);
+    void RemoveEntry(std::size_t index);
+
+    // Gives every inherited entry an explicit copy; the inherited entries stay.
+    void CopyInheritedEntries();
+    void RemoveInheritedEntries();
+
+    bool HasInheritedEntries() const;
+    // The entries that are neither allow nor deny. No row shows them and no list built from this one holds
+    // them, so whoever writes must say so first.
+    std::size_t OtherTypeCount() const;
+    // Explicit deny, then explicit allow, then inherited entries; explicit entries of other types may stand
+    // anywhere.
+    bool IsInCanonicalOrder() const;
+
+  private:
+    std::vector<AccessEntry> entries;
+};
+
+}  // namespace permora

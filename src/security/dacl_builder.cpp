@@ -1,0 +1,132 @@
+#include "security/dacl_builder.h"
+
+#include <cstddef>
+#include <utility>
+
+#include "platform/api/errors.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+using AddAceFunction = decltype(&AddAccessAllowedAceEx);
+
+// The function of that name, ending the process without it.
+AddAceFunction FindAddAceFunction(HWND owner, HMODULE library, LPCSTR name) {
+    const FARPROC address = GetProcAddress(library, name);
+    if (address == nullptr) {
+        ShowFatalErrorBox(owner, "Error: cannot load functions to apply settings");
+    }
+    // The detour says that the change of type is meant.
+    return reinterpret_cast<AddAceFunction>(reinterpret_cast<void (*)()>(address));
+}
+
+// Bytes of a list of all entries. Those that will not be written are counted too, which leaves room at the
+// end.
+std::size_t DaclSize(const AccessEntryList& list) {
+    std::size_t size = sizeof(ACL);
+    for (const AccessEntry& entry : list.Entries()) {
+        size += sizeof(ACE_HEADER) + sizeof(ACCESS_MASK);
+        PSID sid = entry.account.sid.get();
+        if (sid != nullptr && IsValidSid(sid) != FALSE) {
+            size += GetLengthSid(sid);
+        }
+    }
+    return size;
+}
+
+// The sizes of a descriptor's five blocks, in the order in which MakeAbsoluteSD takes them.
+struct AbsoluteSizes {
+    DWORD descriptor = 0;
+    DWORD dacl = 0;
+    DWORD sacl = 0;
+    DWORD owner = 0;
+    DWORD group = 0;
+};
+
+struct AbsoluteBlocks {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    void* dacl = nullptr;
+    void* sacl = nullptr;
+    void* owner = nullptr;
+    void* group = nullptr;
+};
+
+bool MakeAbsolute(PSECURITY_DESCRIPTOR source, AbsoluteSizes& sizes, const AbsoluteBlocks& blocks) {
+    return MakeAbsoluteSD(source, blocks.descriptor, &sizes.descriptor, static_cast<PACL>(blocks.dacl),
+                          &sizes.dacl, static_cast<PACL>(blocks.sacl), &sizes.sacl, blocks.owner,
+                          &sizes.owner, blocks.group, &sizes.group) != FALSE;
+}
+
+bool TakeBlocks(HANDLE heap, const AbsoluteSizes& sizes, AbsoluteBlocks& blocks) {
+    const auto take = [heap](DWORD size, void*& block) {
+        if (size != 0) {
+            block = HeapAlloc(heap, 0, size);
+        }
+        return size == 0 || block != nullptr;
+    };
+    return sizes.descriptor != 0 && take(sizes.descriptor, blocks.descriptor) &&
+           take(sizes.dacl, blocks.dacl) && take(sizes.sacl, blocks.sacl) &&
+           take(sizes.owner, blocks.owner) && take(sizes.group, blocks.group);
+}
+
+}  // namespace
+
+UniqueLibrary LoadAccessListLibrary(HWND owner) {
+    UniqueLibrary library(LoadLibraryA("advapi32.dll"));
+    if (!library) {
+        ShowFatalLastErrorBox(owner);
+    }
+    return library;
+}
+
+UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, const AccessEntryList& list) {
+    const AddAceFunction addDenied = FindAddAceFunction(owner, library, "AddAccessDeniedAceEx");
+    const AddAceFunction addAllowed = FindAddAceFunction(owner, library, "AddAccessAllowedAceEx");
+    const std::size_t size = DaclSize(list);
+    UniqueLocal<ACL> dacl(static_cast<PACL>(LocalAlloc(LMEM_FIXED, size)));
+    if (!dacl) {
+        ShowFatalErrorBox(owner, "Error: cannot allocate buffer");
+    }
+    if (InitializeAcl(dacl.get(), static_cast<DWORD>(size), ACL_REVISION) == FALSE) {
+        ShowErrorBox(owner, "Error: cannot initialize object's access control list");
+        return nullptr;
+    }
+    for (const AccessEntry& entry : list.Entries()) {
+        if (!entry.IsAllow() && !entry.IsDeny()) {
+            continue;
+        }
+        // An entry that the system refuses (without a valid account) is not part of the list.
+        const AddAceFunction add = entry.IsAllow() ? addAllowed : addDenied;
+        add(dacl.get(), ACL_REVISION, entry.aceFlags, entry.mask | SYNCHRONIZE, entry.account.sid.get());
+    }
+    return dacl;
+}
+
+SECURITY_INFORMATION DaclWriteInformation(DaclInheritance inheritance) {
+    return DACL_SECURITY_INFORMATION |
+           (inheritance == DaclInheritance::kFromParent ? UNPROTECTED_DACL_SECURITY_INFORMATION
+                                                        : PROTECTED_DACL_SECURITY_INFORMATION);
+}
+
+bool MakeAbsoluteDescriptor(PSECURITY_DESCRIPTOR descriptor, PSECURITY_DESCRIPTOR& absolute,
+                            UniqueHeap& heap) {
+    UniqueHeap newHeap(HeapCreate(0, 0, 0));
+    if (!newHeap) {
+        return false;
+    }
+    // Asked without blocks, the call fails and reports what it needs; anything else is not an answer.
+    AbsoluteSizes sizes;
+    if (MakeAbsolute(descriptor, sizes, {}) || GetLastError() == ERROR_SUCCESS) {
+        return false;
+    }
+    AbsoluteBlocks blocks;
+    if (!TakeBlocks(newHeap.get(), sizes, blocks) || !MakeAbsolute(descriptor, sizes, blocks)) {
+        return false;
+    }
+    absolute = blocks.descriptor;
+    heap = std::move(newHeap);
+    return true;
+}
+
+}  // namespace permora

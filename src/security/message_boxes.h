@@ -1,0 +1,31 @@
+// The message boxes through which every part of the program reports. Each has one OK button; `owner` is the
+// window that reports and may be null.
+#pragma once
+
+#include <string>
+
+#include "platform/api/base.h"
+
+namespace permora {
+
+inline constexpr const char* kErrorCaption = "Permora Error";              // string 147
+inline constexpr const char* kInformationCaption = "Permora Information";  // string 149
+
+void ShowErrorBox(HWND owner, LPCSTR text);
+void ShowInfoBox(HWND owner, LPCSTR text);
+// Ends the process with exit code 0 once the box is closed; no clean-up runs.
+[[noreturn]] void ShowFatalErrorBox(HWND owner, LPCSTR text);
+
+// The system's text for an error code. A code that has no text shows no box.
+void ShowSystemErrorBox(HWND owner, DWORD code);
+void ShowLastErrorBox(HWND owner);
+// Ends the process with exit code 0, also when there was no text to show.
+[[noreturn]] void ShowFatalLastErrorBox(HWND owner);
+// "text: system text". A code that has no text shows no box.
+void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code);
+
+// The text of an error code as the system gives it, usually with a line break at its end; empty when it has
+// none. Network codes (2100 to 2999) are looked up in the network message library too.
+std::string GetSystemMessageText(DWORD code);
+
+}  // namespace permora

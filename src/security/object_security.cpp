@@ -1,0 +1,81 @@
+#include "security/object_security.h"
+
+#include <string>
+#include <utility>
+
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+bool HasAccessControl(HWND owner, LPCSTR path, ItemPlace place) {
+    const LPCSTR root = place == ItemPlace::kDriveRoot ? path : nullptr;
+    // Whoever may not ask about the volume may still be allowed to read the object's list.
+    DWORD flags = FILE_PERSISTENT_ACLS;
+    if (GetVolumeInformationA(root, nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) == FALSE) {
+        if (const DWORD error = GetLastError(); error != ERROR_ACCESS_DENIED) {
+            ShowSystemErrorBox(owner, error);
+            return false;
+        }
+        flags = FILE_PERSISTENT_ACLS;
+    }
+    if ((flags & FILE_PERSISTENT_ACLS) == 0) {
+        ShowInfoBox(owner, "Access control is not supported by the file system");
+        return false;
+    }
+    return true;
+}
+
+std::optional<DaclInheritance> InheritanceOf(PSECURITY_DESCRIPTOR descriptor) {
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    if (GetSecurityDescriptorControl(descriptor, &control, &revision) == FALSE) {
+        return std::nullopt;
+    }
+    return (control & SE_DACL_PROTECTED) != 0 ? DaclInheritance::kProtected : DaclInheritance::kFromParent;
+}
+
+}  // namespace
+
+bool ReadObjectDacl(HWND owner, LPCSTR path, ItemPlace place, ObjectSecurity& object) {
+    if (!HasAccessControl(owner, path, place)) {
+        return false;
+    }
+    ObjectSecurity read;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    const DWORD error = GetNamedSecurityInfoA(path, SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                                              nullptr, &read.dacl, nullptr, &descriptor);
+    if (error != ERROR_SUCCESS) {
+        ShowSystemErrorBox(owner, error);
+        return false;
+    }
+    read.descriptor.reset(descriptor);
+    if (read.dacl == nullptr) {
+        ShowInfoBox(owner,
+                    "There is no any access control list associated with object (All access is currently "
+                    "allowed).");
+    }
+    read.inheritance = InheritanceOf(descriptor);
+    read.entries.LoadFromDacl(read.dacl);
+    object = std::move(read);
+    return true;
+}
+
+std::vector<std::size_t> WriteObjectDacl(HWND owner, std::span<const char* const> paths,
+                                         DaclInheritance inheritance, PACL dacl) {
+    std::vector<std::size_t> failed;
+    for (std::size_t index = 0; index < paths.size(); ++index) {
+        std::string path = paths[index];  // the service wants a text that it could change
+        const DWORD error = SetNamedSecurityInfoA(
+            path.data(), SE_FILE_OBJECT, DaclWriteInformation(inheritance), nullptr, nullptr, dacl, nullptr);
+        if (error != ERROR_SUCCESS) {
+            ShowSystemErrorBox(owner, error);
+            failed.push_back(index);
+        }
+    }
+    return failed;
+}
+
+}  // namespace permora

@@ -1,0 +1,40 @@
+// Reading the access list of a file, folder or drive root, and writing one to several of them.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "platform/api/security.h"
+#include "platform/resources.h"
+#include "security/access_entry_list.h"
+#include "security/dacl_builder.h"
+
+namespace permora {
+
+// Which volume an item stands on.
+enum class ItemPlace {
+    kCurrentDirectory,  // a name relative to the current directory, on whose volume it is
+    kDriveRoot,         // the item is itself the root of its volume ("C:\")
+};
+
+// What a read gave.
+struct ObjectSecurity {
+    UniqueLocal<void> descriptor;
+    PACL dacl = nullptr;  // into `descriptor`; null: no list, everyone may do everything
+    std::optional<DaclInheritance> inheritance;  // nothing when the control word cannot be read
+    AccessEntryList entries;
+};
+
+// Reads the list of `path`. Every failure shows its message box and leaves `object` as it was: volume facts
+// or descriptor not readable, file system without access control. A null list is told in an information box
+// and reads as no entries.
+[[nodiscard]] bool ReadObjectDacl(HWND owner, LPCSTR path, ItemPlace place, ObjectSecurity& object);
+
+// Writes `dacl` to every item, with one error box for each that fails; the others are still written. Returns
+// the indexes of the items that failed.
+std::vector<std::size_t> WriteObjectDacl(HWND owner, std::span<const char* const> paths,
+                                         DaclInheritance inheritance, PACL dacl);
+
+}  // namespace permora

@@ -1,0 +1,61 @@
+// Stands in for the user in front of the message boxes of a test.
+#pragma once
+
+#include <deque>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "gtest/gtest.h"
+#include "platform/message_presenter.h"
+
+namespace permora::testing {
+
+struct RecordedBox {
+    std::string caption;
+    std::string text;
+    UINT type = 0;
+
+    friend bool operator==(const RecordedBox& one, const RecordedBox& other) = default;
+};
+
+inline void PrintTo(const RecordedBox& box, std::ostream* stream) {
+    *stream << '[' << box.caption << "] " << box.text << " (type " << box.type << ')';
+}
+
+// Records every box while it lives and answers each with the next declared answer, else IDOK. A box that the
+// test has not taken when the presenter ends fails the test: no message goes by unnoticed.
+class RecordingPresenter : public MessagePresenter {
+  public:
+    RecordingPresenter() : previous(SetMessagePresenter(this)) {}
+    RecordingPresenter(const RecordingPresenter&) = delete;
+    RecordingPresenter& operator=(const RecordingPresenter&) = delete;
+    ~RecordingPresenter() override {
+        SetMessagePresenter(previous);
+        for (const RecordedBox& box : boxes) {
+            ADD_FAILURE() << "unexpected message box: " << ::testing::PrintToString(box);
+        }
+    }
+
+    void AnswerNext(int button) { answers.push_back(button); }
+
+    // The boxes shown since the last call.
+    std::vector<RecordedBox> TakeBoxes() { return std::exchange(boxes, {}); }
+
+    int Present(HWND, const char* text, const char* caption, UINT type) override {
+        boxes.push_back({caption, text, type});
+        if (answers.empty()) {
+            return IDOK;
+        }
+        const int answer = answers.front();
+        answers.pop_front();
+        return answer;
+    }
+
+  private:
+    MessagePresenter* previous;
+    std::vector<RecordedBox> boxes;
+    std::deque<int> answers;
+};
+
+}  // namespace permora::testing
