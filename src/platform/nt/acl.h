@@ -34,7 +34,9 @@ struct Ace {
     // The entry at the start of `bytes`, which may be longer; nothing when its size is under its minimum, not
     // a multiple of four or beyond `bytes`, or its SID does not lie inside it.
     static std::optional<Ace> FromBytes(std::span<const std::uint8_t> bytes);
+    // A multiple of four: a tail of another length is followed by zeros when it is written.
     std::size_t ByteSize() const;
+    // Appends the binary form of an entry of at most Acl::kMaxBytes.
     void AppendTo(std::vector<std::uint8_t>& bytes) const;
 
     friend bool operator==(const Ace& one, const Ace& other) = default;
@@ -49,8 +51,8 @@ struct Acl {
     std::vector<Ace> entries;
 
     // The list at the start of `bytes`, which may be longer. Nothing when the revision is not 2 to 4, AclSize
-    // does not fit, or the counted entries do not lie inside AclSize. Unused space after the last entry is
-    // legal (volume roots have it) and is dropped.
+    // does not fit or is not a multiple of four, or the counted entries do not lie inside AclSize. Unused
+    // space after the last entry is legal (volume roots have it) and is dropped.
     static std::optional<Acl> FromBytes(std::span<const std::uint8_t> bytes);
     std::size_t ByteSize() const;
     // Appends the binary form. False, with `bytes` as before, when the list is larger than kMaxBytes.

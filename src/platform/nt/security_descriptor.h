@@ -42,9 +42,11 @@ struct SecurityDescriptor {
 
     // Checks the whole descriptor before it answers: revision 1, self-relative, every part inside `bytes`, no
     // two parts overlapping (owner and group may be the same bytes), every SID, list and entry well formed,
-    // for the system access list too. Nothing when anything is wrong.
+    // for the system access list too. A list that the control word says is not there is wrong too, since
+    // readers differ on what it means. Nothing when anything is wrong.
     static std::optional<SecurityDescriptor> FromBytes(std::span<const std::uint8_t> bytes);
-    // Appends the self-relative form. False, with `bytes` as before, when a list is too large.
+    // Appends the self-relative form as the system lays it out: header, system list, DACL, owner, group, each
+    // part at a multiple of four. False, with `bytes` as before, when a list is too large.
     [[nodiscard]] bool AppendTo(std::vector<std::uint8_t>& bytes) const;
 
     bool IsDaclProtected() const { return (control & kDaclProtected) != 0; }
