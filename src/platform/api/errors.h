@@ -22,6 +22,7 @@ inline constexpr DWORD ERROR_NOT_READY                 = 21;
 inline constexpr DWORD ERROR_CRC                       = 23;
 inline constexpr DWORD ERROR_SHARING_VIOLATION         = 32;
 inline constexpr DWORD ERROR_NOT_SUPPORTED             = 50;
+inline constexpr DWORD ERROR_BAD_NETPATH               = 53;
 inline constexpr DWORD ERROR_DEV_NOT_EXIST             = 55;
 inline constexpr DWORD ERROR_NETNAME_DELETED           = 64;
 inline constexpr DWORD ERROR_INVALID_PARAMETER         = 87;

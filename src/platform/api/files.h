@@ -1,9 +1,10 @@
 // Files, folders and volumes.
 //
 // Paths are 8-bit texts in the ANSI code page (UTF-8 on Linux): C:\a\b, \a (root of the current drive), or
-// relative to the current directory; forward slashes work too. How Linux names and drives appear in them:
-// docs/platform.md. The last component of a path is never followed when it is a link: every service works on
-// the link itself.
+// relative to the current directory; D:a is relative to D's root unless D is the current drive. Forward
+// slashes work too. How Linux names and drives appear in them: docs/platform.md. The last component of a path
+// is never followed when it is a link: every service works on the link itself. A separator after it asks for
+// what is inside, so then it must be a folder or a link that leads to one.
 #pragma once
 
 #include "platform/api/base.h"
@@ -45,12 +46,16 @@ extern "C" {
 
 // FILE_ATTRIBUTE_ flags of the object itself, or INVALID_FILE_ATTRIBUTES with the last error set.
 DWORD WINAPI GetFileAttributesA(LPCSTR path);
-// Sets the flags that can be set (read-only, hidden, system, archive, temporary, offline, not indexed).
+// Sets the flags that can be set (read-only, hidden, system, archive, temporary, offline, not indexed) and
+// leaves the others. ERROR_INVALID_PARAMETER for a temporary folder, ERROR_NOT_SUPPORTED where the object
+// cannot hold any.
 BOOL WINAPI SetFileAttributesA(LPCSTR path, DWORD attributes);
 
 // The current directory as a path with drive letter. Returns its length without the NUL when `size` (in
 // bytes, NUL included) is large enough, else the size needed with the NUL; 0 on failure.
 DWORD WINAPI GetCurrentDirectoryA(DWORD size, LPSTR buffer);
+// A link to a folder is refused (ERROR_CANT_RESOLVE_FILENAME) unless a separator follows it, so that a walk
+// that enters the names it finds never leaves its tree.
 BOOL WINAPI SetCurrentDirectoryA(LPCSTR path);
 
 // `path` made absolute without looking at the disk: "." and ".." are resolved in the text. Sizes as for
@@ -58,14 +63,15 @@ BOOL WINAPI SetCurrentDirectoryA(LPCSTR path);
 DWORD WINAPI GetFullPathNameA(LPCSTR path, DWORD size, LPSTR buffer, LPSTR* filePart);
 
 // Facts about the volume whose root is `root` ("C:\"), or of the current directory's volume when it is null.
-// Every output may be null; sizes in bytes with the NUL.
+// Every output may be null; sizes in bytes with the NUL. ERROR_INVALID_NAME when `root` is not the root of a
+// drive, ERROR_INSUFFICIENT_BUFFER when a text does not fit.
 BOOL WINAPI GetVolumeInformationA(LPCSTR root, LPSTR volumeName, DWORD volumeNameSize, LPDWORD serialNumber,
                                   LPDWORD maximumComponentLength, LPDWORD fileSystemFlags,
                                   LPSTR fileSystemName, DWORD fileSystemNameSize);
 
 // A bit per drive letter, A in bit 0.
 DWORD WINAPI GetLogicalDrives();
-// DRIVE_ type of a root path; null means the current directory's drive.
+// DRIVE_ type of a root path ("C:\"); null means the current directory's drive.
 UINT WINAPI GetDriveTypeA(LPCSTR root);
 
 }  // extern "C"

@@ -43,6 +43,7 @@ static_assert(ERROR_NOT_READY              == 21);
 static_assert(ERROR_CRC                    == 23);
 static_assert(ERROR_SHARING_VIOLATION      == 32);
 static_assert(ERROR_NOT_SUPPORTED          == 50);
+static_assert(ERROR_BAD_NETPATH            == 53);
 static_assert(ERROR_DEV_NOT_EXIST          == 55);
 static_assert(ERROR_NETNAME_DELETED        == 64);
 static_assert(ERROR_INVALID_PARAMETER      == 87);

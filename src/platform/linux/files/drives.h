@@ -1,8 +1,10 @@
 // Drive letters: C: is "/", every other mounted volume that a person would call a disk takes the next free
-// letter in the order of mount points. Pins come first.
+// letter in the order of mount points. Pins come first. What has no letter is reached through C:.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/api/files.h"
@@ -19,10 +21,22 @@ struct Drive {
 std::vector<Drive> ListDrives();
 
 // Gives `letter` to the folder `hostRoot` for this process, before any volume gets one; an empty root removes
-// the pin.
-void PinDrive(char letter, std::string hostRoot);
+// the pin. False, changing nothing, for what is no letter, for C (which is always "/", so that every object
+// has a path) and for a root that is not an absolute path.
+bool PinDrive(char letter, std::string hostRoot);
 
-// The drives that a mount table (text of /proc/self/mountinfo) gives, without pins. Pure, for tests.
+// The drives that a mount table (text of /proc/self/mountinfo) gives, without pins. Pure, for tests: it does
+// not ask which disks are removable and calls them fixed.
 std::vector<Drive> DrivesFromMountTable(const std::string& mountInfo);
+
+struct DriveRoot {
+    char letter;  // upper case
+    std::string hostRoot;
+};
+
+// Where the drive of a letter (upper case) begins; nothing when there is none.
+std::optional<DriveRoot> FindDrive(char letter);
+// The drive with the longest root that holds an absolute host path (without "." and "..").
+DriveRoot DriveHolding(std::string_view hostPath);
 
 }  // namespace permora::host

@@ -1,0 +1,152 @@
+// File attributes: the volume's own on NTFS, Samba's elsewhere, and what the host knows where nobody set any.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+#include "platform/api/files.h"
+#include "platform/linux/base/failure.h"
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/dos_attribute.h"
+#include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/files/paths.h"
+
+namespace permora::host {
+namespace {
+
+// Four bytes in the host's order, through ntfs-3g and the kernel's ntfs3 alike.
+constexpr const char* kNtfsAttribute = "system.ntfs_attrib";
+constexpr const char* kDosAttribute = "user.DOSATTRIB";
+
+constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
+                            FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_TEMPORARY | FILE_ATTRIBUTE_OFFLINE |
+                            FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+// What only the volume itself can say.
+constexpr DWORD kKeptByVolume = FILE_ATTRIBUTE_SPARSE_FILE | FILE_ATTRIBUTE_REPARSE_POINT |
+                                FILE_ATTRIBUTE_COMPRESSED | FILE_ATTRIBUTE_ENCRYPTED;
+
+// What an object has stored. At most one of both.
+struct StoredAttributes {
+    std::optional<DWORD> onNtfs;
+    std::optional<DosAttribute> fromSamba;
+};
+
+bool IsFileOrFolder(const ObjectHandle& object) {
+    return S_ISREG(object.Status().st_mode) || object.IsFolder();
+}
+
+// The object has no such attribute, or the file system knows none of the kind.
+bool IsAbsent(int error) {
+    return error == ENODATA || error == ENOTSUP;
+}
+
+DWORD ReadStored(const ObjectHandle& object, StoredAttributes& stored) {
+    std::vector<std::uint8_t> value;
+    int error = ReadExtendedAttribute(object, kNtfsAttribute, value);
+    if (error != 0 && !IsAbsent(error)) return ErrorFromErrno(error);
+    DWORD flags = 0;
+    if (error == 0 && value.size() == sizeof flags) {
+        std::memcpy(&flags, value.data(), sizeof flags);
+        stored.onNtfs = flags;
+        return ERROR_SUCCESS;
+    }
+    error = ReadExtendedAttribute(object, kDosAttribute, value);
+    // Whoever may not read a file may not read this attribute either, but still sees the file in its folder.
+    const bool isHidden = error == EACCES || error == EPERM;
+    if (error != 0 && !IsAbsent(error) && !isHidden) return ErrorFromErrno(error);
+    if (error == 0) stored.fromSamba = DosAttribute::FromBytes(value);
+    return ERROR_SUCCESS;
+}
+
+// Whether the link, which lies in `folder`, leads to a folder.
+bool LeadsToFolder(const ObjectHandle& link, const ObjectHandle& folder) {
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = readlinkat(link.Descriptor(), "", target.data(), target.size() - 1);
+    struct stat status {};
+    return length > 0 && fstatat(folder.Descriptor(), target.data(), &status, 0) == 0 &&
+           S_ISDIR(status.st_mode);
+}
+
+// What the kind of the object says, which no stored value can override.
+DWORD AttributesOfKind(const ResolvedObject& resolved) {
+    if (resolved.object.IsFolder()) return FILE_ATTRIBUTE_DIRECTORY;
+    if (!resolved.object.IsLink()) return 0;
+    const bool leadsToFolder = resolved.parent && LeadsToFolder(resolved.object, resolved.parent);
+    return FILE_ATTRIBUTE_REPARSE_POINT | (leadsToFolder ? FILE_ATTRIBUTE_DIRECTORY : 0);
+}
+
+// A file that nobody may write is what a person would call read-only.
+DWORD AttributesFromMode(const struct stat& status) {
+    const bool isWritable = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0;
+    return S_ISREG(status.st_mode) && !isWritable ? FILE_ATTRIBUTE_READONLY : 0;
+}
+
+DWORD ReadAttributes(const ResolvedObject& resolved, DWORD& attributes) {
+    StoredAttributes stored;
+    const DWORD error = ReadStored(resolved.object, stored);
+    if (error != ERROR_SUCCESS) return error;
+    DWORD flags = AttributesOfKind(resolved);
+    if (stored.onNtfs) {
+        flags |= *stored.onNtfs & (kSettable | kKeptByVolume);
+    } else if (stored.fromSamba && stored.fromSamba->HasAttributes()) {
+        flags |= stored.fromSamba->attributes & kSettable;
+    } else {
+        flags |= AttributesFromMode(resolved.object.Status());
+    }
+    attributes = flags != 0 ? flags : FILE_ATTRIBUTE_NORMAL;
+    return ERROR_SUCCESS;
+}
+
+int WriteOnNtfs(const ObjectHandle& object, DWORD present, DWORD attributes) {
+    // ntfs-3g keeps links and devices as files with the system flag, and takes them for plain files without.
+    const DWORD settable = IsFileOrFolder(object) ? kSettable : kSettable & ~FILE_ATTRIBUTE_SYSTEM;
+    const DWORD flags = (present & ~settable) | (attributes & settable);
+    std::array<std::uint8_t, sizeof flags> value{};
+    std::memcpy(value.data(), &flags, sizeof flags);
+    return WriteExtendedAttribute(object, kNtfsAttribute, value);
+}
+
+int WriteForSamba(const ObjectHandle& object, DosAttribute present, DWORD attributes) {
+    // The kernel refuses such attributes on links and devices as if it were a matter of permission.
+    if (!IsFileOrFolder(object)) return ENOTSUP;
+    present.validFields |= 0x1;
+    present.attributes = (present.attributes & ~kSettable) | (attributes & kSettable);
+    if (object.IsFolder()) present.attributes |= FILE_ATTRIBUTE_DIRECTORY;
+    return WriteExtendedAttribute(object, kDosAttribute, present.ToBytes());
+}
+
+DWORD WriteAttributes(const ObjectHandle& object, DWORD attributes) {
+    if (object.IsFolder() && (attributes & FILE_ATTRIBUTE_TEMPORARY) != 0) return ERROR_INVALID_PARAMETER;
+    StoredAttributes stored;
+    const DWORD error = ReadStored(object, stored);
+    if (error != ERROR_SUCCESS) return error;
+    const int failure = stored.onNtfs
+                            ? WriteOnNtfs(object, *stored.onNtfs, attributes)
+                            : WriteForSamba(object, stored.fromSamba.value_or(DosAttribute{}), attributes);
+    return failure == 0 ? ERROR_SUCCESS : ErrorFromErrno(failure);
+}
+
+}  // namespace
+}  // namespace permora::host
+
+DWORD WINAPI GetFileAttributesA(LPCSTR path) {
+    permora::host::ResolvedObject resolved;
+    DWORD attributes = INVALID_FILE_ATTRIBUTES;
+    DWORD error = permora::host::ResolvePath(path, resolved);
+    if (error == ERROR_SUCCESS) error = permora::host::ReadAttributes(resolved, attributes);
+    if (error != ERROR_SUCCESS) SetLastError(error);
+    return attributes;
+}
+
+BOOL WINAPI SetFileAttributesA(LPCSTR path, DWORD attributes) {
+    permora::host::ResolvedObject resolved;
+    DWORD error = permora::host::ResolvePath(path, resolved);
+    if (error == ERROR_SUCCESS) error = permora::host::WriteAttributes(resolved.object, attributes);
+    return error == ERROR_SUCCESS ? TRUE : permora::host::Fail(error);
+}

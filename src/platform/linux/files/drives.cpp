@@ -1,0 +1,184 @@
+#include "platform/linux/files/drives.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <tuple>
+#include <utility>
+
+#include "platform/linux/files/file_system_types.h"
+#include "platform/linux/files/mount_table.h"
+#include "platform/linux/files/object_handle.h"
+
+namespace permora::host {
+namespace {
+
+constexpr char kSystemDrive = 'C';
+
+using Pins = std::map<char, std::string>;
+
+struct PinTable {
+    std::mutex mutex;
+    Pins pins;
+};
+
+PinTable& SharedPins() {
+    static PinTable table;
+    return table;
+}
+
+Pins CurrentPins() {
+    PinTable& table = SharedPins();
+    const std::lock_guard lock(table.mutex);
+    return table.pins;
+}
+
+// A drive before anyone asked for its type.
+struct LetteredVolume {
+    DriveRoot drive;
+    std::optional<MountEntry> mount;  // none for a pinned folder
+};
+
+bool IsPinned(const Pins& pins, const std::string& hostRoot) {
+    return std::any_of(pins.begin(), pins.end(), [&](const auto& pin) { return pin.second == hostRoot; });
+}
+
+// Gives out the letters from D on that are not pinned, until there are none left.
+class LetterSource {
+  public:
+    explicit LetterSource(const Pins& pinned) : pins(pinned) {}
+    std::optional<char> Next() {
+        while (next <= 'Z' && pins.contains(next))
+            ++next;
+        if (next > 'Z') return std::nullopt;
+        return next++;
+    }
+
+  private:
+    const Pins& pins;
+    char next = kSystemDrive + 1;
+};
+
+std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, const Pins& pins) {
+    // In the order of mount points, and of several mounts at one point the last, which hides the others.
+    std::map<std::string, MountEntry> visible;
+    for (MountEntry& mount : mounts) {
+        std::string mountPoint = mount.mountPoint;
+        visible.insert_or_assign(std::move(mountPoint), std::move(mount));
+    }
+
+    std::vector<LetteredVolume> volumes;
+    for (const auto& [letter, hostRoot] : pins)
+        volumes.push_back({{letter, hostRoot}, std::nullopt});
+
+    LetterSource letters(pins);
+    std::set<std::tuple<std::string, std::string, std::string>> known;
+    for (auto& [mountPoint, mount] : visible) {
+        const bool isSystem = mountPoint == "/";
+        if (!isSystem && DriveTypeOfMount(mount) == DRIVE_NO_ROOT_DIR) continue;
+        // A volume mounted at two places is one volume. Its source belongs to the comparison: the kernel
+        // gives two exports of one server the same number.
+        const bool isNew = known.emplace(mount.device, mount.root, mount.source).second;
+        if (isSystem) {
+            volumes.push_back({{kSystemDrive, mountPoint}, std::move(mount)});
+        } else if (isNew && !IsPinned(pins, mountPoint)) {
+            const std::optional<char> letter = letters.Next();
+            if (!letter) break;
+            volumes.push_back({{*letter, mountPoint}, std::move(mount)});
+        }
+    }
+    // A root directory that is no mount point of its own (chroot) is in no table.
+    if (!visible.contains("/")) volumes.push_back({{kSystemDrive, "/"}, std::nullopt});
+    std::sort(volumes.begin(), volumes.end(), [](const LetteredVolume& one, const LetteredVolume& other) {
+        return one.drive.letter < other.drive.letter;
+    });
+    return volumes;
+}
+
+std::vector<LetteredVolume> CurrentVolumes() {
+    return AssignLetters(ParseMountTable(ReadMountTable()), CurrentPins());
+}
+
+// The type of the volume at `mount`, taking one that would get no letter of its own for a disk.
+UINT TypeOfDisk(const MountEntry& mount) {
+    const UINT type = DriveTypeOfMount(mount);
+    return type == DRIVE_NO_ROOT_DIR ? DRIVE_FIXED : type;
+}
+
+UINT CurrentType(const LetteredVolume& volume) {
+    std::optional<MountEntry> mount = volume.mount;
+    if (!mount) {
+        UniqueFd folder(open(volume.drive.hostRoot.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        ObjectHandle handle;
+        if (!folder || ObjectHandle::Adopt(std::move(folder), handle) != ERROR_SUCCESS) {
+            return DRIVE_NO_ROOT_DIR;
+        }
+        mount = MountOf(handle);
+        if (!mount) return DRIVE_UNKNOWN;
+    }
+    const UINT type = TypeOfDisk(*mount);
+    return type == DRIVE_FIXED && IsOnRemovableDisk(*mount) ? DRIVE_REMOVABLE : type;
+}
+
+}  // namespace
+
+std::vector<Drive> ListDrives() {
+    std::vector<Drive> drives;
+    for (const LetteredVolume& volume : CurrentVolumes()) {
+        drives.push_back({volume.drive.letter, volume.drive.hostRoot, CurrentType(volume)});
+    }
+    return drives;
+}
+
+bool PinDrive(char letter, std::string hostRoot) {
+    if (letter < 'A' || letter > 'Z' || letter == kSystemDrive) return false;
+    PinTable& table = SharedPins();
+    if (hostRoot.empty()) {
+        const std::lock_guard lock(table.mutex);
+        table.pins.erase(letter);
+        return true;
+    }
+    if (hostRoot.front() != '/') return false;
+    // The kernel names the current directory without links, and so must the root of its drive be named.
+    const std::unique_ptr<char, decltype(&free)> resolved(realpath(hostRoot.c_str(), nullptr), &free);
+    if (resolved) hostRoot = resolved.get();
+    while (hostRoot.size() > 1 && hostRoot.back() == '/')
+        hostRoot.pop_back();
+    const std::lock_guard lock(table.mutex);
+    table.pins.insert_or_assign(letter, std::move(hostRoot));
+    return true;
+}
+
+std::vector<Drive> DrivesFromMountTable(const std::string& mountInfo) {
+    std::vector<Drive> drives;
+    for (const LetteredVolume& volume : AssignLetters(ParseMountTable(mountInfo), {})) {
+        const UINT type = volume.mount ? TypeOfDisk(*volume.mount) : DRIVE_UNKNOWN;
+        drives.push_back({volume.drive.letter, volume.drive.hostRoot, type});
+    }
+    return drives;
+}
+
+std::optional<DriveRoot> FindDrive(char letter) {
+    // The drive that most paths name needs no look at the mount table.
+    if (letter == kSystemDrive) return DriveRoot{kSystemDrive, "/"};
+    for (LetteredVolume& volume : CurrentVolumes()) {
+        if (volume.drive.letter == letter) return std::move(volume.drive);
+    }
+    return std::nullopt;
+}
+
+DriveRoot DriveHolding(std::string_view hostPath) {
+    DriveRoot best{kSystemDrive, "/"};
+    for (LetteredVolume& volume : CurrentVolumes()) {
+        const bool isLonger = volume.drive.hostRoot.size() > best.hostRoot.size();
+        if (isLonger && IsAtOrBelow(hostPath, volume.drive.hostRoot)) best = std::move(volume.drive);
+    }
+    return best;
+}
+
+}  // namespace permora::host

@@ -1,0 +1,143 @@
+#include "platform/linux/files/file_system_types.h"
+
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <string_view>
+
+namespace permora::host {
+namespace {
+
+constexpr UINT kNoDrive = DRIVE_NO_ROOT_DIR;
+
+struct FileSystemRow {
+    std::string_view name;
+    UINT type;
+};
+
+// Types that are not listed are disks. Names: filesystems(5), the kernel's own documentation and the FUSE
+// helpers' mount entries.
+// clang-format off
+constexpr FileSystemRow kFileSystems[] = {
+    // The kernel's windows into itself.
+    {"autofs",               kNoDrive},
+    {"binder",               kNoDrive},
+    {"binfmt_misc",          kNoDrive},
+    {"bpf",                  kNoDrive},
+    {"cgroup",               kNoDrive},
+    {"cgroup2",              kNoDrive},
+    {"configfs",             kNoDrive},
+    {"debugfs",              kNoDrive},
+    {"devpts",               kNoDrive},
+    {"devtmpfs",             kNoDrive},
+    {"efivarfs",             kNoDrive},
+    {"fusectl",              kNoDrive},
+    {"hugetlbfs",            kNoDrive},
+    {"mqueue",               kNoDrive},
+    {"nfsd",                 kNoDrive},
+    {"nsfs",                 kNoDrive},
+    {"proc",                 kNoDrive},
+    {"pstore",               kNoDrive},
+    {"resctrl",              kNoDrive},
+    {"rpc_pipefs",           kNoDrive},
+    {"securityfs",           kNoDrive},
+    {"selinuxfs",            kNoDrive},
+    {"smackfs",              kNoDrive},
+    {"sysfs",                kNoDrive},
+    {"tracefs",              kNoDrive},
+    // Roots of containers and packaged programs.
+    {"overlay",              kNoDrive},
+    {"squashfs",             kNoDrive},
+    {"fuse.fuse-overlayfs",  kNoDrive},
+    {"fuse.lxcfs",           kNoDrive},
+    {"fuse.snapfuse",        kNoDrive},
+    {"fuse.squashfuse",      kNoDrive},
+    // The desktop's helpers.
+    {"fuse.gvfsd-fuse",      kNoDrive},
+    {"fuse.jmtpfs",          kNoDrive},
+    {"fuse.kio-fuse",        kNoDrive},
+    {"fuse.portal",          kNoDrive},
+
+    {"9p",                   DRIVE_REMOTE},
+    {"afs",                  DRIVE_REMOTE},
+    {"ceph",                 DRIVE_REMOTE},
+    {"cifs",                 DRIVE_REMOTE},
+    {"coda",                 DRIVE_REMOTE},
+    {"fuse.ceph",            DRIVE_REMOTE},
+    {"fuse.curlftpfs",       DRIVE_REMOTE},
+    {"fuse.davfs",           DRIVE_REMOTE},
+    {"fuse.glusterfs",       DRIVE_REMOTE},
+    {"fuse.rclone",          DRIVE_REMOTE},
+    {"fuse.s3fs",            DRIVE_REMOTE},
+    {"fuse.sshfs",           DRIVE_REMOTE},
+    {"fuse.vmhgfs-fuse",     DRIVE_REMOTE},
+    {"nfs",                  DRIVE_REMOTE},
+    {"nfs4",                 DRIVE_REMOTE},
+    {"smb3",                 DRIVE_REMOTE},
+    {"smbfs",                DRIVE_REMOTE},
+    {"vboxsf",               DRIVE_REMOTE},
+    {"virtiofs",             DRIVE_REMOTE},
+
+    {"iso9660",              DRIVE_CDROM},
+    {"udf",                  DRIVE_CDROM},
+
+    {"ramfs",                DRIVE_RAMDISK},
+    {"tmpfs",                DRIVE_RAMDISK},
+};
+// clang-format on
+
+// The system keeps its own small files in memory there.
+bool IsSystemPlace(std::string_view mountPoint) {
+    constexpr std::array<std::string_view, 4> kPlaces{"/dev", "/proc", "/run", "/sys"};
+    return std::any_of(kPlaces.begin(), kPlaces.end(),
+                       [mountPoint](std::string_view place) { return IsAtOrBelow(mountPoint, place); });
+}
+
+// Btrfs mounts a subvolume, which is a volume for all that a user can see, with its path as the root; only
+// its options tell it from a folder mounted once more.
+bool IsSubvolume(const MountEntry& mount) {
+    const std::string option = ",subvol=" + mount.root + ",";
+    return mount.fileSystem == "btrfs" && ("," + mount.options + ",").find(option) != std::string::npos;
+}
+
+// "1" in a file of /sys.
+bool SaysYes(const std::string& path) {
+    std::ifstream file(path);
+    char answer = 0;
+    return file.get(answer) && answer == '1';
+}
+
+}  // namespace
+
+UINT DriveTypeOfMount(const MountEntry& mount) {
+    if (mount.root != "/" && !IsSubvolume(mount)) return kNoDrive;
+    const auto row =
+        std::find_if(std::begin(kFileSystems), std::end(kFileSystems),
+                     [&mount](const FileSystemRow& each) { return each.name == mount.fileSystem; });
+    if (row == std::end(kFileSystems)) return DRIVE_FIXED;
+    if (row->type == DRIVE_RAMDISK && IsSystemPlace(mount.mountPoint)) return kNoDrive;
+    return row->type;
+}
+
+std::string BlockDeviceOf(const MountEntry& mount) {
+    // Volumes that a program serves (ntfs-3g) or that may span disks (btrfs) have a number of no device, but
+    // name the device file as their source.
+    if (!mount.device.starts_with("0:")) return mount.device;
+    struct stat status {};
+    if (!mount.source.starts_with("/dev/") || stat(mount.source.c_str(), &status) != 0) return {};
+    if (!S_ISBLK(status.st_mode)) return {};
+    return std::to_string(major(status.st_rdev)) + ":" + std::to_string(minor(status.st_rdev));
+}
+
+bool IsOnRemovableDisk(const MountEntry& mount) {
+    const std::string device = BlockDeviceOf(mount);
+    if (device.empty()) return false;
+    // A partition has no such file, but the disk in whose folder it lies has.
+    const std::string folder = "/sys/dev/block/" + device;
+    return SaysYes(folder + "/removable") || SaysYes(folder + "/../removable");
+}
+
+}  // namespace permora::host

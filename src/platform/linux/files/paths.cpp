@@ -1,0 +1,174 @@
+#include "platform/linux/files/paths.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <iterator>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/current_directory.h"
+#include "platform/linux/files/drives.h"
+#include "platform/linux/files/name_mapping.h"
+#include "platform/linux/files/path_text.h"
+
+namespace permora::host {
+namespace {
+
+// A folder where a path starts.
+struct StartingPlace {
+    ObjectHandle folder;
+    bool isDriveRoot = false;
+};
+
+// Opens a folder, following links.
+DWORD OpenFolder(int base, const char* hostPath, ObjectHandle& folder) {
+    UniqueFd opened(openat(base, hostPath, O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!opened) return ErrorFromErrno(errno);
+    return ObjectHandle::Adopt(std::move(opened), folder);
+}
+
+bool IsSameObject(const ObjectHandle& one, const ObjectHandle& other) {
+    return one.Status().st_dev == other.Status().st_dev && one.Status().st_ino == other.Status().st_ino;
+}
+
+// What is missing on the way to an object is a path, not a file.
+DWORD ErrorOnTheWay(DWORD error) {
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_DIRECTORY ? ERROR_PATH_NOT_FOUND : error;
+}
+
+DWORD OpenDriveRoot(char letter, StartingPlace& start) {
+    const std::optional<DriveRoot> drive = FindDrive(letter);
+    if (!drive) return ERROR_PATH_NOT_FOUND;
+    start.isDriveRoot = true;
+    return ErrorOnTheWay(OpenFolder(AT_FDCWD, drive->hostRoot.c_str(), start.folder));
+}
+
+// Goes up from the current directory by the folders that really hold it, but never out of its drive.
+DWORD OpenAboveCurrent(std::size_t ascents, const DriveRoot& drive, StartingPlace& start) {
+    ObjectHandle root;
+    DWORD error = OpenFolder(AT_FDCWD, drive.hostRoot.c_str(), root);
+    if (error == ERROR_SUCCESS) error = OpenFolder(AT_FDCWD, ".", start.folder);
+    for (; error == ERROR_SUCCESS && ascents > 0 && !IsSameObject(start.folder, root); --ascents) {
+        error = OpenFolder(start.folder.Descriptor(), "..", start.folder);
+    }
+    start.isDriveRoot = error == ERROR_SUCCESS && IsSameObject(start.folder, root);
+    return ErrorOnTheWay(error);
+}
+
+DWORD OpenStart(const PathText& text, StartingPlace& start) {
+    const bool isRooted = text.start == PathText::Start::kRoot;
+    if (isRooted && text.drive != 0) return OpenDriveRoot(text.drive, start);
+    // A bare name, as tree walks use it, needs no name of the current directory.
+    if (!isRooted && text.drive == 0 && text.ascents == 0 && !text.components.empty()) {
+        return OpenFolder(AT_FDCWD, ".", start.folder);
+    }
+    std::string currentPath;
+    const DWORD error = CurrentHostPath(currentPath);
+    if (error != ERROR_SUCCESS) return error;
+    const DriveRoot current = DriveHolding(currentPath);
+    const char letter = text.drive != 0 ? text.drive : current.letter;
+    if (isRooted || letter != current.letter) return OpenDriveRoot(letter, start);
+    return OpenAboveCurrent(text.ascents, current, start);
+}
+
+DWORD HostNameOf(std::string_view component, std::string& hostName) {
+    if (!DecodeName(component, hostName)) return ERROR_INVALID_NAME;
+    return hostName.size() > NAME_MAX ? ERROR_FILENAME_EXCED_RANGE : ERROR_SUCCESS;
+}
+
+// From `folder` along the components of `text`, of which there is at least one.
+DWORD Follow(const PathText& text, ObjectHandle folder, ResolvedObject& found) {
+    std::string hostName;
+    for (std::size_t i = 0; i + 1 < text.components.size(); ++i) {
+        DWORD error = HostNameOf(text.components[i], hostName);
+        if (error == ERROR_SUCCESS) {
+            error = ErrorOnTheWay(OpenFolder(folder.Descriptor(), hostName.c_str(), folder));
+        }
+        if (error != ERROR_SUCCESS) return error;
+    }
+    DWORD error = HostNameOf(text.components.back(), hostName);
+    if (error != ERROR_SUCCESS) return error;
+    if (text.endsWithSeparator) {
+        // It may have been a link: its target is held by another folder than `folder`.
+        error = OpenFolder(folder.Descriptor(), hostName.c_str(), found.object);
+        return error == ERROR_SUCCESS ? OpenFolder(found.object.Descriptor(), "..", found.parent) : error;
+    }
+    error = ObjectHandle::OpenAt(folder.Descriptor(), hostName.c_str(), found.object);
+    found.parent = std::move(folder);
+    return error;
+}
+
+// The components of an absolute host path, "." and ".." worked off.
+std::vector<std::string_view> ComponentsOf(std::string_view hostPath) {
+    std::vector<std::string_view> components;
+    while (!hostPath.empty()) {
+        const std::string_view component = hostPath.substr(0, hostPath.find('/'));
+        hostPath.remove_prefix(std::min(component.size() + 1, hostPath.size()));
+        if (component == "..") {
+            if (!components.empty()) components.pop_back();
+        } else if (!component.empty() && component != ".") {
+            components.push_back(component);
+        }
+    }
+    return components;
+}
+
+bool IsVolumeRoot(const ResolvedObject& found) {
+    struct statx status {};
+    const int descriptor = found.object.Descriptor();
+    if (statx(descriptor, "", AT_EMPTY_PATH, 0, &status) == 0 &&
+        (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0) {
+        return true;
+    }
+    // Subvolumes are not mounted. Only folders can be their roots, and only folders are asked: files in an
+    // overlay have the number of the layer that they lie in.
+    return found.object.IsFolder() && found.object.Status().st_dev != found.parent.Status().st_dev;
+}
+
+}  // namespace
+
+DWORD ResolvePath(const char* path, ResolvedObject& resolved) {
+    PathText text;
+    DWORD error = ParsePath(path == nullptr ? "" : path, text);
+    if (error != ERROR_SUCCESS) return error;
+    StartingPlace start;
+    error = OpenStart(text, start);
+    if (error != ERROR_SUCCESS) return error;
+
+    ResolvedObject found;
+    if (!text.components.empty()) {
+        error = Follow(text, std::move(start.folder), found);
+    } else {
+        found.object = std::move(start.folder);
+        if (!start.isDriveRoot) error = OpenFolder(found.object.Descriptor(), "..", found.parent);
+    }
+    if (error != ERROR_SUCCESS) return error;
+    if (found.parent && IsVolumeRoot(found)) found.parent = ObjectHandle();
+    resolved = std::move(found);
+    return ERROR_SUCCESS;
+}
+
+std::string PathFromHost(std::string_view hostPath) {
+    std::vector<std::string_view> components = ComponentsOf(hostPath);
+    std::string normalised;
+    for (const std::string_view component : components) {
+        normalised += '/';
+        normalised += component;
+    }
+    const DriveRoot drive = DriveHolding(normalised);
+    if (drive.hostRoot != "/") {
+        components.erase(components.begin(),
+                         components.begin() + std::count(drive.hostRoot.begin(), drive.hostRoot.end(), '/'));
+    }
+    std::vector<std::string> names;
+    std::transform(components.begin(), components.end(), std::back_inserter(names), EncodeName);
+    return JoinPath(drive.letter, {names.begin(), names.end()});
+}
+
+}  // namespace permora::host

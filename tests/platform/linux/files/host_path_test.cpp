@@ -1,0 +1,46 @@
+#include "platform/host_path.h"
+
+#include <unistd.h>
+
+#include "tests/platform/linux/files/files_fixture.h"
+
+namespace permora::host {
+namespace {
+
+using HostPath = OnDriveT;
+
+TEST_F(HostPath, ArgumentsOfBothKindsBecomeAbsolutePathsOfTheSameObjects) {
+    ASSERT_EQ(chdir(folder.MakeFolder("sub").c_str()), 0);
+    const std::pair<std::string, std::string> kCases[] = {
+        {"C:\\x\\..", "C:\\x\\.."},  // already a path: as it is
+        {"d:x", "d:x"},
+        {"\\x", "\\x"},
+        {"", ""},
+        {"/", "C:\\"},
+        {"//usr/./lib/../bin", "C:\\usr\\bin"},
+        {"/../x", "C:\\x"},
+        {"/usr/bin/", "C:\\usr\\bin\\"},  // the host's way to ask for what a link leads to
+        {"/usr/bin/.", "C:\\usr\\bin\\"},
+        {"x", "T:\\sub\\x"},
+        {".", "T:\\sub"},
+        {"..", "T:\\"},
+        {"../../", "C:\\tmp\\"},
+        {"./C:\\x", "T:\\sub\\C\uF03A\uF05Cx"},
+        {"a\\b/c. ", "T:\\sub\\a\uF05Cb\\c.\uF020"},
+        {folder.Path(), "T:\\"},
+        {folder.Path("a/b"), "T:\\a\\b"},
+        {folder.Path() + "x", "C:\\tmp\\" + folder.Path().substr(5) + "x"},  // a neighbour, not on the drive
+    };
+    for (const auto& [argument, path] : kCases)
+        EXPECT_EQ(PathFromArgument(argument.c_str()), path) << argument;
+}
+
+TEST_F(HostPath, NothingIsRelativeToADeletedFolder) {
+    ASSERT_EQ(chdir(folder.MakeFolder("gone").c_str()), 0);
+    ASSERT_EQ(rmdir(folder.Path("gone").c_str()), 0);
+    EXPECT_EQ(PathFromArgument("x"), "");
+    EXPECT_EQ(PathFromArgument("/x"), "C:\\x");
+}
+
+}  // namespace
+}  // namespace permora::host
