@@ -11,7 +11,7 @@ struct ErrorPair {
 };
 
 // Every errno value that file, attribute and process calls give. The first row of a code is also the one
-// whose text describes it; codes of the second table have words of their own in message_table.cpp.
+// whose text describes it; codes of the second table have words of their own in system_messages.cpp.
 // clang-format off
 constexpr ErrorPair kFileSystemErrors[] = {
     {ENOENT,       ERROR_FILE_NOT_FOUND},
@@ -33,7 +33,6 @@ constexpr ErrorPair kFileSystemErrors[] = {
     {ENFILE,       ERROR_TOO_MANY_OPEN_FILES},
     {EBUSY,        ERROR_BUSY},
     {EAGAIN,       ERROR_BUSY},
-    {ETXTBSY,      ERROR_SHARING_VIOLATION},
     {EIO,          ERROR_IO_DEVICE},
     {ENODEV,       ERROR_DEV_NOT_EXIST},
     {ENXIO,        ERROR_DEV_NOT_EXIST},
@@ -52,6 +51,7 @@ constexpr ErrorPair kFileSystemErrors[] = {
 };
 
 constexpr ErrorPair kOtherErrors[] = {
+    {ETXTBSY,      ERROR_SHARING_VIOLATION},
     {EINVAL,       ERROR_INVALID_PARAMETER},
     {EBADF,        ERROR_INVALID_HANDLE},
     {ENOMEM,       ERROR_NOT_ENOUGH_MEMORY},

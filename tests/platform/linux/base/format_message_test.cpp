@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "platform/api/errors.h"
+#include "platform/api/messages.h"
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/message_table.h"
+#include "platform/resources.h"
+
+namespace {
+
+using permora::UniqueLibrary;
+using permora::UniqueLocal;
+using permora::host::ErrnoForMessage;
+using permora::host::ErrorFromErrno;
+using permora::host::Message;
+using permora::host::NetworkMessages;
+using permora::host::SystemMessages;
+
+// The text that the program's own call gets, or nothing.
+std::string TextOf(DWORD code, DWORD sources = FORMAT_MESSAGE_FROM_SYSTEM, HMODULE library = nullptr) {
+    char* allocated = nullptr;
+    const DWORD length =
+        FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | sources, library,
+                       code, LANG_USER_DEFAULT, reinterpret_cast<LPSTR>(&allocated), 0, nullptr);
+    const UniqueLocal<char> text(allocated);
+    if (length == 0) return {};
+    EXPECT_EQ(length, std::strlen(allocated));
+    return allocated;
+}
+
+TEST(MessageTables, AreSortedAndHoldPlainSentences) {
+    DWORD last = 0;
+    for (const auto table : {SystemMessages(), NetworkMessages()}) {
+        for (const Message& message : table) {
+            SCOPED_TRACE(message.code);
+            EXPECT_TRUE(&message == &SystemMessages().front() || message.code > last);
+            last = message.code;
+            const std::string text = message.text;
+            ASSERT_GT(text.size(), 8U);
+            EXPECT_TRUE(std::isupper(static_cast<unsigned char>(text.front())));
+            EXPECT_TRUE(std::isalpha(static_cast<unsigned char>(text.back())));
+            EXPECT_EQ(text.find('%'), std::string::npos) << "would be taken for an insert";
+            EXPECT_EQ(ErrnoForMessage(message.code), 0) << "has two texts";
+        }
+    }
+    EXPECT_GE(NetworkMessages().front().code, 2100U);
+    EXPECT_LE(NetworkMessages().back().code, 2999U);
+}
+
+TEST(FormatMessage, HasATextForEveryErrorThatTheProgramKnows) {
+    std::ifstream header(PERMORA_SOURCE_DIR "/src/platform/api/errors.h");
+    int found = 0;
+    for (std::string line; std::getline(header, line);) {
+        // inline constexpr DWORD <name> = <number>;
+        std::istringstream words(line);
+        std::string skipped;
+        std::string name;
+        DWORD code = 0;
+        if (!(words >> skipped >> skipped >> skipped >> name >> skipped >> code)) continue;
+        ++found;
+        EXPECT_TRUE(TextOf(code).ends_with(".\r\n")) << name;
+    }
+    EXPECT_GT(found, 50);
+}
+
+TEST(FormatMessage, TakesTheFileSystemsTextsFromTheLibraryOfTheHost) {
+    EXPECT_EQ(TextOf(ERROR_FILE_NOT_FOUND), std::string(strerrordesc_np(ENOENT)) + ".\r\n");
+    EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND), TextOf(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED), std::string(strerrordesc_np(EACCES)) + ".\r\n");
+    EXPECT_EQ(TextOf(ERROR_DEVICE_NOT_CONNECTED), std::string(strerrordesc_np(ENOTCONN)) + ".\r\n");
+}
+
+TEST(FormatMessage, SearchesALibraryBeforeTheSystem) {
+    constexpr DWORD kNetNotStarted = 2102;
+    constexpr DWORD kBoth = FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM;
+    HMODULE freed = nullptr;
+    {
+        const UniqueLibrary network(LoadLibraryExA("netmsg.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE));
+        freed = network.get();
+        EXPECT_NE(TextOf(kNetNotStarted, kBoth, network.get()), "");
+        EXPECT_NE(TextOf(ERROR_ACCESS_DENIED, kBoth, network.get()), "") << "falls back to the system";
+        EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, FORMAT_MESSAGE_FROM_HMODULE, network.get()), "");
+        EXPECT_EQ(GetLastError(), ERROR_MR_MID_NOT_FOUND);
+    }
+    EXPECT_EQ(TextOf(kNetNotStarted), "") << "the system alone does not know it";
+    EXPECT_EQ(TextOf(kNetNotStarted, kBoth, freed), "");
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST(FormatMessage, FillsTheCallersBufferOnlyWhenTheTextFits) {
+    const std::string expected = TextOf(ERROR_INVALID_ACL);
+    std::string buffer(expected.size() + 1, '#');
+    const auto format = [&buffer](DWORD flags, DWORD code, DWORD size) {
+        return FormatMessageA(flags, nullptr, code, LANG_USER_DEFAULT, buffer.data(), size, nullptr);
+    };
+    const std::string untouched = buffer;
+    EXPECT_EQ(format(FORMAT_MESSAGE_FROM_SYSTEM, ERROR_INVALID_ACL, DWORD(expected.size())), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(format(FORMAT_MESSAGE_FROM_SYSTEM, 0xE0000001, DWORD(buffer.size())), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_MR_MID_NOT_FOUND);
+    EXPECT_EQ(format(FORMAT_MESSAGE_IGNORE_INSERTS, ERROR_INVALID_ACL, DWORD(buffer.size())), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(buffer, untouched);
+    EXPECT_EQ(format(FORMAT_MESSAGE_FROM_SYSTEM, ERROR_INVALID_ACL, DWORD(buffer.size())), expected.size());
+    EXPECT_STREQ(buffer.c_str(), expected.c_str());
+}
+
+// Every error of the host says something, and what it says when shown is what the host meant.
+TEST(HostErrors, KeepTheirMeaningInTheMessage) {
+    for (int errorNumber = 1; errorNumber < 140; ++errorNumber) {
+        const DWORD code = ErrorFromErrno(errorNumber);
+        EXPECT_NE(code, ERROR_SUCCESS);
+        EXPECT_NE(TextOf(code), "") << errorNumber;
+    }
+    for (const int errorNumber :
+         {ENOENT, EACCES, ENOTDIR, EEXIST, ENOTEMPTY, ENAMETOOLONG, ELOOP, EMLINK, EXDEV, EROFS, ENOSPC,
+          EDQUOT, EFBIG, EMFILE, EBUSY, EIO, ENOTCONN, ESTALE, EUCLEAN}) {
+        EXPECT_EQ(ErrnoForMessage(ErrorFromErrno(errorNumber)), errorNumber);
+    }
+}
+
+}  // namespace
