@@ -2,6 +2,7 @@
 
 #include <cassert>
 
+#include "platform/nt/ace_bits.h"
 #include "platform/nt/byte_io.h"
 
 namespace permora::nt {
@@ -9,10 +10,6 @@ namespace {
 
 constexpr std::size_t kAceHeaderBytes = 4;
 constexpr std::size_t kMaskBytes = 4;
-constexpr std::size_t kObjectFlagsBytes = 4;
-constexpr std::size_t kGuidBytes = 16;
-constexpr std::uint32_t kObjectTypePresent = 1;
-constexpr std::uint32_t kInheritedObjectTypePresent = 2;
 
 constexpr std::uint8_t kMinAclRevision = 2;
 constexpr std::uint8_t kMaxAclRevision = 4;

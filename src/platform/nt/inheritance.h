@@ -29,7 +29,8 @@ Acl InheritedEntries(const Acl& parent, ObjectKind child, const Sid& owner, cons
 Acl MergeInherited(const Acl& child, const Acl& parent, ObjectKind kind, const Sid& owner, const Sid& group);
 
 // The descriptor of an object newly made in a folder by `owner` with primary group `group`. A parent without
-// a list, or one that hands nothing down, gives DaclState::kAbsent: the caller chooses a default list.
+// a list, or one that hands nothing down, gives DaclState::kAbsent: the caller chooses a default list. The
+// system access list is not handed down: nothing here audits.
 SecurityDescriptor NewObjectDescriptor(const SecurityDescriptor& parent, ObjectKind kind, const Sid& owner,
                                        const Sid& group);
 

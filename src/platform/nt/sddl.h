@@ -14,11 +14,17 @@ namespace permora::nt {
 enum class SddlParts : std::uint32_t { kOwner = 1, kGroup = 2, kDacl = 4, kSacl = 8 };
 
 // "O:...G:...D:...S:..." with the parts whose bits are set in `parts`. Rights and SIDs are abbreviated where
-// the grammar has an abbreviation. Nothing when an entry has no text form (opaque types).
+// the grammar has an abbreviation. FromSddl gives the same owner, group, lists and inheritance bits again;
+// what the grammar has no words for is not carried: the "defaulted" bits, resource manager control, a list's
+// revision and unused space. Nothing when that would lose an entry or a part of one: conditions, resource
+// attributes, data behind the SID, types unknown to the grammar; or when the system list is malformed.
 std::optional<std::string> ToSddl(const SecurityDescriptor& descriptor, std::uint32_t parts);
 
-// The descriptor that the whole of `text` describes; nothing when it breaks the grammar. Aliases that need a
-// domain or the local machine (DA, LA, ...) are taken relative to `machine` when it is given, else refused.
+// The descriptor that the whole of `text` describes; nothing when it breaks the grammar or a list would be
+// too large. The parts may stand in any order, each at most once; none at all is an empty descriptor. Case
+// matters (but not in hexadecimal digits), and no white space is allowed anywhere. Rights are abbreviations,
+// or one number as in C: 0x1f01ff, 2032127, 07600777. Aliases that need a domain or the local machine (DA,
+// LA, ...) are taken relative to `machine` when it is given, else refused.
 std::optional<SecurityDescriptor> FromSddl(std::string_view text, const Sid* machine = nullptr);
 
 // A SID as text or as an alias ("BA", "WD"); for FromSddl's callers that take a single account.

@@ -16,6 +16,7 @@ namespace permora::nt {
 inline constexpr std::uint16_t kDaclPresent = 0x0004;
 inline constexpr std::uint16_t kSaclPresent = 0x0010;
 inline constexpr std::uint16_t kDaclAutoInheritRequest = 0x0100;
+inline constexpr std::uint16_t kSaclAutoInheritRequest = 0x0200;
 inline constexpr std::uint16_t kDaclAutoInherited = 0x0400;
 inline constexpr std::uint16_t kSaclAutoInherited = 0x0800;
 inline constexpr std::uint16_t kDaclProtected = 0x1000;

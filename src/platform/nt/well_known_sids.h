@@ -1,5 +1,6 @@
 // The SIDs that mean the same on every machine, with their names and SDDL abbreviations.
-// Source: [MS-DTYP] 2.4.2.4 "Well-Known SID Structures" and 2.5.1.1 (abbreviations).
+// Source: [MS-DTYP] 2.4.2.4 "Well-Known SID Structures" and 2.5.1.1 (abbreviations); names in English as the
+// system's account look-up gives them.
 #pragma once
 
 #include <cstdint>
@@ -11,14 +12,21 @@
 namespace permora::nt {
 
 // Values of SID_NAME_USE.
-enum class SidUse : std::uint8_t { kUser = 1, kGroup = 2, kDomain = 3, kAlias = 4, kWellKnownGroup = 5 };
+enum class SidUse : std::uint8_t {
+    kUser = 1,
+    kGroup = 2,
+    kDomain = 3,
+    kAlias = 4,
+    kWellKnownGroup = 5,
+    kLabel = 10,  // integrity levels
+};
 
 struct WellKnownSid {
     Sid sid;
+    SidUse use;
     std::string_view sddlAlias;  // two letters, or empty
     std::string_view domain;     // "BUILTIN", "NT AUTHORITY", ... or empty
     std::string_view name;       // "Administrators"
-    SidUse use;
 };
 
 // The whole table, in ascending order of authority and sub-authorities.
@@ -31,9 +39,9 @@ const WellKnownSid* FindWellKnownSid(const Sid& sid);
 // ...).
 struct RelativeAccount {
     std::uint32_t relativeId;
+    SidUse use;
     std::string_view sddlAlias;  // "LA", or empty
     std::string_view name;
-    SidUse use;
 };
 std::span<const RelativeAccount> RelativeAccounts();
 

@@ -1,0 +1,35 @@
+// The numbers that entries are made of. Source: [MS-DTYP] 2.4.3 (access mask), 2.4.4.1 (entry header) and
+// 2.4.4.3 (object entries).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace permora::nt {
+
+// clang-format off
+// Entry flags.
+inline constexpr std::uint8_t kObjectInherit      = 0x01;  // files inherit it
+inline constexpr std::uint8_t kContainerInherit   = 0x02;  // folders inherit it
+inline constexpr std::uint8_t kNoPropagateInherit = 0x04;  // those that inherit it do not hand it on
+inline constexpr std::uint8_t kInheritOnly        = 0x08;  // does not apply to the object itself
+inline constexpr std::uint8_t kInherited          = 0x10;  // came from the folder above
+
+// Generic rights, and what they mean for files and folders.
+inline constexpr std::uint32_t kGenericAll         = 0x10000000;
+inline constexpr std::uint32_t kGenericExecute     = 0x20000000;
+inline constexpr std::uint32_t kGenericWrite       = 0x40000000;
+inline constexpr std::uint32_t kGenericRead        = 0x80000000;
+inline constexpr std::uint32_t kFileAllAccess      = 0x001F01FF;
+inline constexpr std::uint32_t kFileGenericExecute = 0x001200A0;
+inline constexpr std::uint32_t kFileGenericWrite   = 0x00120116;
+inline constexpr std::uint32_t kFileGenericRead    = 0x00120089;
+
+// The first four bytes of an object entry's own part say which GUIDs follow them.
+inline constexpr std::size_t   kObjectFlagsBytes           = 4;
+inline constexpr std::size_t   kGuidBytes                  = 16;
+inline constexpr std::uint32_t kObjectTypePresent          = 1;
+inline constexpr std::uint32_t kInheritedObjectTypePresent = 2;
+// clang-format on
+
+}  // namespace permora::nt
