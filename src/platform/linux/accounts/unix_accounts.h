@@ -1,4 +1,4 @@
-// The machine's own users and groups as SIDs, both ways. Rules: docs/platform.md.
+// The machine's own users and groups as SIDs, both ways. Rules: docs/platform.md, "Accounts".
 #pragma once
 
 #include <sys/types.h>
@@ -9,8 +9,9 @@
 
 namespace permora::host {
 
-// The SID of the machine itself, below which its users and groups have their relative ids.
-const nt::Sid& MachineSid();
+// The SID of the machine itself, below which its users and groups have their relative ids; null when this
+// machine has none. Stays the same and valid for the life of the process.
+const nt::Sid* MachineSid();
 
 // Every id has a SID, also when the name service does not know it.
 nt::Sid SidForUser(uid_t user);

@@ -1,0 +1,29 @@
+// Who this machine is among accounts.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/nt/sid.h"
+
+namespace permora::host {
+
+// Where the relative ids of the machine's users and groups come from.
+enum class AccountSource {
+    kComputed,  // from their numbers on the host
+    kSamba,     // from Samba's databases, which alone know them
+    // Nobody: Samba has databases but does not hand them to us, or the machine has no id to make a SID of.
+    kNone,
+};
+
+struct Machine {
+    AccountSource source = AccountSource::kNone;
+    std::optional<nt::Sid> sid;  // always there unless the source is kNone
+    std::string name;            // the domain of its accounts, in upper case
+    std::string guestAccount;    // the host's user that Samba makes its guest; empty without Samba
+};
+
+// Found out once, at the first call; lives as long as the process.
+const Machine& ThisMachine();
+
+}  // namespace permora::host

@@ -1,0 +1,38 @@
+// The users and groups in Samba's databases.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/linux/accounts/account_names.h"
+#include "platform/linux/accounts/samba_output.h"
+#include "platform/linux/accounts/sid_hash.h"
+
+namespace permora::host {
+
+class SambaAccounts {
+  public:
+    // Of several accounts with the same id or SID the first one is found.
+    explicit SambaAccounts(std::vector<SambaAccount> accounts);
+
+    // Null when there is none; else valid as long as this object.
+    const SambaAccount* Find(id_t id) const;
+    const SambaAccount* Find(const nt::Sid& sid) const;
+    const SambaAccount* Find(std::string_view name, LetterCase letterCase) const;
+
+  private:
+    std::vector<SambaAccount> accounts;
+    std::unordered_map<id_t, std::size_t> byId;
+    std::unordered_map<nt::Sid, std::size_t, SidHash> bySid;
+};
+
+// All users or groups that Samba knows. Its tools are run at the first call for each kind and their answer is
+// kept for the life of the process; empty when they give none. Only for a machine whose accounts come from
+// Samba.
+const SambaAccounts& AllSambaAccounts(AccountKind kind);
+
+}  // namespace permora::host

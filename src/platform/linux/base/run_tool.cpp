@@ -1,0 +1,173 @@
+#include "platform/linux/base/run_tool.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// Debian 12's version of this header forgets to say so itself.
+extern "C" {
+#include <sys/pidfd.h>
+}
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <utility>
+
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/unique_fd.h"
+
+namespace permora::host {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::array kToolFolders = {"/usr/bin/", "/usr/sbin/", "/bin/", "/sbin/"};
+
+// Where tools find their own helpers.
+constexpr const char* kPath = "PATH=/usr/bin:/usr/sbin:/bin:/sbin";
+
+// How the child starts: with three streams of its own and nothing else of this process.
+class SpawnPlan {
+  public:
+    explicit SpawnPlan(int outputTarget) {
+        posix_spawn_file_actions_init(&actions);
+        // The pipe first: its descriptor may be one of the three when this process was started without them.
+        Note(posix_spawn_file_actions_adddup2(&actions, outputTarget, STDOUT_FILENO));
+        Note(posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+        Note(posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0));
+        Note(posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1));
+
+        posix_spawnattr_init(&attributes);
+        sigset_t signals;
+        sigemptyset(&signals);
+        Note(posix_spawnattr_setsigmask(&attributes, &signals));
+        sigfillset(&signals);
+        Note(posix_spawnattr_setsigdefault(&attributes, &signals));
+        // A process group of its own, so that whatever the tool starts can be killed with it.
+        Note(posix_spawnattr_setpgroup(&attributes, 0));
+        Note(posix_spawnattr_setflags(
+            &attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
+    }
+    SpawnPlan(const SpawnPlan&) = delete;
+    SpawnPlan& operator=(const SpawnPlan&) = delete;
+    ~SpawnPlan() {
+        posix_spawnattr_destroy(&attributes);
+        posix_spawn_file_actions_destroy(&actions);
+    }
+
+    // An errno value, or 0 with the child's id in `child`.
+    int Start(const std::string& path, const std::vector<std::string>& arguments, pid_t& child) const {
+        if (problem != 0) return problem;
+        // The system does not write to these texts; its interface is older than const.
+        const auto word = [](const char* text) { return const_cast<char*>(text); };
+        std::vector<char*> words = {word(path.c_str())};
+        for (const std::string& argument : arguments)
+            words.push_back(word(argument.c_str()));
+        words.push_back(nullptr);
+        // Tools must speak the language that their answers are read in.
+        std::array environment = {word("LC_ALL=C"), word(kPath), word(nullptr)};
+        return posix_spawn(&child, path.c_str(), &actions, &attributes, words.data(), environment.data());
+    }
+
+  private:
+    void Note(int result) {
+        if (problem == 0) problem = result;
+    }
+
+    posix_spawn_file_actions_t actions{};
+    posix_spawnattr_t attributes{};
+    int problem = 0;  // errno value of the first step that failed
+};
+
+// ERROR_SUCCESS when there is something to read, or an end to be seen, before the deadline.
+DWORD AwaitReadable(int descriptor, Clock::time_point deadline) {
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        if (left <= 0) return ERROR_TIMEOUT;
+        constexpr decltype(left) kLongestPoll = 60'000;
+        pollfd waited{descriptor, POLLIN, 0};
+        const int ready = poll(&waited, 1, static_cast<int>(std::min(left, kLongestPoll)));
+        if (ready > 0) return ERROR_SUCCESS;
+        if (ready < 0 && errno != EINTR) return ErrorFromErrno(errno);
+    }
+}
+
+DWORD ReadToEnd(int source, std::size_t limit, Clock::time_point deadline, std::string& text) {
+    std::array<char, 16384> block;
+    for (;;) {
+        if (const DWORD error = AwaitReadable(source, deadline); error != ERROR_SUCCESS) return error;
+        const ssize_t count = read(source, block.data(), block.size());
+        if (count == 0) return ERROR_SUCCESS;
+        if (count < 0) {
+            if (errno == EINTR) continue;
+            return ErrorFromErrno(errno);
+        }
+        const auto bytes = static_cast<std::size_t>(count);
+        if (bytes > limit - text.size()) return ERROR_FILE_TOO_LARGE;
+        text.append(block.data(), bytes);
+    }
+}
+
+DWORD AwaitExit(pid_t child, Clock::time_point deadline) {
+    const UniqueFd process(pidfd_open(child, 0));
+    if (!process) return ErrorFromErrno(errno);
+    return AwaitReadable(process.Get(), deadline);
+}
+
+// Takes the ended child off the system's books. True when it ended by itself with code 0.
+bool Reap(pid_t child) {
+    int status = 0;
+    pid_t reaped = -1;
+    do {
+        reaped = waitpid(child, &status, 0);
+    } while (reaped < 0 && errno == EINTR);
+    return reaped == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+}  // namespace
+
+std::optional<std::string> FindTool(const std::string& name) {
+    if (name.empty() || name.find('/') != std::string::npos) return std::nullopt;
+    for (const char* folder : kToolFolders) {
+        std::string path = folder + name;
+        struct stat status {};
+        if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && access(path.c_str(), X_OK) == 0) {
+            return path;
+        }
+    }
+    return std::nullopt;
+}
+
+DWORD RunTool(const std::string& name, const std::vector<std::string>& arguments, const ToolLimits& limits,
+              std::string& output) {
+    const Clock::time_point deadline = Clock::now() + limits.time;
+    const std::optional<std::string> path = FindTool(name);
+    if (!path) return ERROR_FILE_NOT_FOUND;
+
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return ErrorFromErrno(errno);
+    const UniqueFd source(ends[0]);
+    UniqueFd target(ends[1]);
+    pid_t child = -1;
+    const int problem = SpawnPlan(target.Get()).Start(*path, arguments, child);
+    if (problem != 0) return ErrorFromErrno(problem);
+    target.Reset();  // so that the child's end of output is the end of the pipe
+
+    std::string text;
+    DWORD error = ReadToEnd(source.Get(), limits.outputBytes, deadline, text);
+    if (error == ERROR_SUCCESS) error = AwaitExit(child, deadline);
+    if (error != ERROR_SUCCESS) kill(-child, SIGKILL);
+    const bool succeeded = Reap(child);
+    if (error != ERROR_SUCCESS) return error;
+    if (!succeeded) return ERROR_OPERATION_ABORTED;
+    output = std::move(text);
+    return ERROR_SUCCESS;
+}
+
+}  // namespace permora::host

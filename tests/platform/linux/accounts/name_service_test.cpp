@@ -1,0 +1,87 @@
+// What the name service answers is handed over, whatever it does. One user is made up by the linker's wraps.
+#include "platform/linux/accounts/name_service.h"
+
+#include <gtest/gtest.h>
+#include <pwd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace {
+
+constexpr uid_t kMadeUpUser = 4'000'000'001;
+
+// How the name service answers for the user that is made up.
+struct Answer {
+    std::size_t buffer;  // the smallest that it accepts
+    const char* name;    // null: none, with `result`
+    int result;
+} answer;
+
+}  // namespace
+
+// The names are the linker's.
+// NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming)
+extern "C" {
+
+int __real_getpwuid_r(uid_t user, passwd* record, char* buffer, std::size_t size, passwd** found);
+
+int __wrap_getpwuid_r(uid_t user, passwd* record, char* buffer, std::size_t size, passwd** found) {
+    if (user != kMadeUpUser) return __real_getpwuid_r(user, record, buffer, size, found);
+    *found = nullptr;
+    if (size < answer.buffer) return ERANGE;
+    if (answer.name == nullptr) return answer.result;
+    std::memcpy(buffer, answer.name, std::strlen(answer.name) + 1);
+    record->pw_name = buffer;
+    *found = record;
+    return 0;
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)
+
+namespace permora::host {
+namespace {
+
+TEST(NameServiceTest, TellsMissingAccountsFromFailures) {
+    const struct {
+        Answer answer;
+        DWORD error;
+    } cases[] = {
+        {{0, "alice", 0}, ERROR_SUCCESS},
+        {{std::size_t{1} << 20, "alice", 0}, ERROR_SUCCESS},
+        {{0, "m\xC3\xBCller x", 0}, ERROR_SUCCESS},
+        {{0, nullptr, 0}, ERROR_NONE_MAPPED},
+        {{0, nullptr, ENOENT}, ERROR_NONE_MAPPED},
+        {{0, nullptr, EIO}, ERROR_IO_DEVICE},
+        {{0, nullptr, EMFILE}, ERROR_TOO_MANY_OPEN_FILES},
+        {{std::size_t{1} << 40, "alice", 0}, ERROR_INSUFFICIENT_BUFFER},
+        // Names that would read as something else.
+        {{0, "BUILTIN\\Administrators", 0}, ERROR_NONE_MAPPED},
+        {{0, "a\xFF", 0}, ERROR_NONE_MAPPED},
+        {{0, "a\xED\xA0\x80", 0}, ERROR_NONE_MAPPED},
+        {{0, "root\nroot", 0}, ERROR_NONE_MAPPED},
+        {{0, "", 0}, ERROR_NONE_MAPPED},
+    };
+    for (const auto& entry : cases) {
+        answer = entry.answer;
+        std::string name = "as before";
+        EXPECT_EQ(FindHostName(AccountKind::kUser, kMadeUpUser, name), entry.error);
+        EXPECT_EQ(name, entry.error == ERROR_SUCCESS ? entry.answer.name : "as before");
+    }
+}
+
+TEST(NameServiceTest, KnowsRootBothWays) {
+    for (const AccountKind kind : {AccountKind::kUser, AccountKind::kGroup}) {
+        std::string name;
+        EXPECT_EQ(FindHostName(kind, 0, name), ERROR_SUCCESS);
+        EXPECT_EQ(name, "root");
+        id_t id = 7;
+        EXPECT_EQ(FindHostId(kind, "root", id), ERROR_SUCCESS);
+        EXPECT_EQ(id, 0U);
+        EXPECT_EQ(FindHostId(kind, "no such account", id), ERROR_NONE_MAPPED);
+    }
+}
+
+}  // namespace
+}  // namespace permora::host
