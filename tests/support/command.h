@@ -1,6 +1,8 @@
 // Programs of the machine, run by tests as preparation and as judges.
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +17,10 @@ struct CommandResult {
 // Runs `arguments` (the first one is found on PATH) and waits for its end. `input` is what it reads; more
 // than a pipe holds (64 KiB) is not meant to be handed over.
 CommandResult RunCommand(const std::vector<std::string>& arguments, std::string_view input = {});
+
+// What `work` answers in a process of its own that runs as an ordinary user ("nobody", no privileges);
+// nothing when it ends otherwise. Needs root.
+std::optional<std::string> AsOrdinaryUser(const std::function<std::string()>& work);
 
 // Starts a program that goes on running; what it says goes to `logFile`. It is told to end (SIGTERM) when
 // this process ends in whatever way. Its process id, or -1.

@@ -1,0 +1,120 @@
+#include "platform/linux/security/descriptor_store.h"
+
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+
+#include <cerrno>
+#include <optional>
+#include <span>
+#include <utility>
+
+#include "platform/linux/accounts/unix_accounts.h"
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/security/mode_descriptor.h"
+#include "platform/linux/security/samba_attribute.h"
+
+namespace permora::host {
+
+namespace {
+
+constexpr const char* kNtfs3gAttribute = "system.ntfs_acl";
+constexpr const char* kNtfs3Attribute = "system.ntfs_security";
+constexpr const char* kUserAttribute = "user.permora.sd";
+
+// No attribute, or a file system that has no such attributes.
+bool IsNothingStored(int problem) {
+    return problem == ENODATA || problem == ENOTSUP;
+}
+
+DWORD Take(std::optional<nt::SecurityDescriptor> parsed, nt::SecurityDescriptor& descriptor) {
+    if (!parsed) return ERROR_INVALID_SECURITY_DESCR;
+    descriptor = std::move(*parsed);
+    return ERROR_SUCCESS;
+}
+
+nt::SecurityDescriptor MadeFromMode(const ObjectHandle& object) {
+    const struct stat& status = object.Status();
+    return DescriptorFromMode(status.st_mode, object.Kind(), SidForUser(status.st_uid),
+                              SidForGroup(status.st_gid));
+}
+
+// File systems with little room beside an object (ext4 has one block) say that the disk is full when the
+// attribute alone is too large.
+DWORD WriteError(const ObjectHandle& object, int problem) {
+    if (problem == E2BIG || problem == ERANGE) return ERROR_ALLOTTED_SPACE_EXCEEDED;
+    struct statvfs volume {};
+    if (problem == ENOSPC && fstatvfs(object.Descriptor(), &volume) == 0 && volume.f_bavail > 0) {
+        return ERROR_ALLOTTED_SPACE_EXCEEDED;
+    }
+    return ErrorFromErrno(problem);
+}
+
+}  // namespace
+
+bool DescriptorStore::CanHold(const ObjectHandle& object) const {
+    switch (kind) {
+        case DescriptorStoreKind::kNone:
+            return false;
+        case DescriptorStoreKind::kUser:
+            return object.IsFolder() || S_ISREG(object.Status().st_mode);
+        case DescriptorStoreKind::kNtfs3g:
+        case DescriptorStoreKind::kNtfs3:
+        case DescriptorStoreKind::kSamba:
+            return true;
+    }
+    return false;
+}
+
+DWORD DescriptorStore::Read(const ObjectHandle& object, nt::SecurityDescriptor& descriptor) {
+    if (kind == DescriptorStoreKind::kNtfs3g || kind == DescriptorStoreKind::kNtfs3) {
+        const char* name = kind == DescriptorStoreKind::kNtfs3g ? kNtfs3gAttribute : kNtfs3Attribute;
+        const int problem = ReadExtendedAttribute(object, name, stored);
+        if (problem != 0) return ErrorFromErrno(problem);
+        return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
+    }
+    int problem = ReadExtendedAttribute(object, kSambaAttribute, stored);
+    if (problem == 0) {
+        if (!DescriptorFromSambaAttribute(stored, inner)) return ERROR_INVALID_SECURITY_DESCR;
+        return Take(nt::SecurityDescriptor::FromBytes(inner), descriptor);
+    }
+    if (!IsNothingStored(problem)) return ErrorFromErrno(problem);
+    if (kind == DescriptorStoreKind::kUser && CanHold(object)) {
+        problem = ReadExtendedAttribute(object, kUserAttribute, stored);
+        if (problem == 0) return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
+        if (!IsNothingStored(problem)) return ErrorFromErrno(problem);
+    }
+    descriptor = MadeFromMode(object);
+    return ERROR_SUCCESS;
+}
+
+DWORD DescriptorStore::Write(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor) {
+    if (!CanHold(object)) return ERROR_NOT_SUPPORTED;
+    inner.clear();
+    if (!descriptor.AppendTo(inner)) return ERROR_INVALID_ACL;
+    const char* name = nullptr;
+    std::span<const std::uint8_t> value = inner;
+    switch (kind) {
+        case DescriptorStoreKind::kNone:
+            return ERROR_NOT_SUPPORTED;
+        case DescriptorStoreKind::kNtfs3g:
+            name = kNtfs3gAttribute;
+            break;
+        case DescriptorStoreKind::kNtfs3:
+            name = kNtfs3Attribute;
+            break;
+        case DescriptorStoreKind::kSamba:
+            name = kSambaAttribute;
+            MakeSambaAttribute(inner, stored);
+            value = stored;
+            break;
+        case DescriptorStoreKind::kUser:
+            if (AskExtendedAttribute(object, kSambaAttribute) == 0) return ERROR_ACCESS_DENIED;
+            name = kUserAttribute;
+            break;
+    }
+    const int problem = WriteExtendedAttribute(object, name, value);
+    return problem == 0 ? ERROR_SUCCESS : WriteError(object, problem);
+}
+
+}  // namespace permora::host

@@ -1,0 +1,189 @@
+#include "platform/linux/files/tree_walk.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support/command.h"
+#include "tests/support/temporary_folder.h"
+
+namespace permora::host {
+namespace {
+
+using test::TemporaryFolder;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+// Names the visited objects by the paths that they had when the walk began.
+class RecordingVisitor : public TreeVisitor {
+  public:
+    explicit RecordingVisitor(const TemporaryFolder& folder) {
+        const test::CommandResult found = test::RunCommand({"find", folder.Path(), "-printf", "%i %P\n"});
+        std::istringstream lines(found.output);
+        for (std::string line; std::getline(lines, line);) {
+            const std::size_t blank = line.find(' ');
+            names[std::stoull(line)] = line.substr(blank + 1);
+        }
+    }
+
+    WalkDecision Visit(const ObjectHandle& object, std::size_t depth) override {
+        const std::string name = names[object.Status().st_ino];
+        EXPECT_EQ(depth, static_cast<std::size_t>(std::count(name.begin(), name.end(), '/'))) << name;
+        visited.push_back(name);
+        return decide(name);
+    }
+    void Fail(DWORD error) override { errors.push_back(error); }
+
+    std::function<WalkDecision(const std::string&)> decide = [](auto&) { return WalkDecision::kDescend; };
+    std::vector<std::string> visited;
+    std::vector<DWORD> errors;
+
+  private:
+    std::map<ino_t, std::string> names;
+};
+
+ObjectHandle OpenFolder(const std::string& path) {
+    ObjectHandle handle;
+    EXPECT_EQ(ObjectHandle::OpenAt(AT_FDCWD, path.c_str(), handle), ERROR_SUCCESS);
+    return handle;
+}
+
+TEST(TreeWalk, VisitsParentsBeforeChildrenAndNeverFollowsALink) {
+    const TemporaryFolder outside;
+    outside.MakeFile("secret");
+    const TemporaryFolder tree;
+    tree.MakeFolder("a");
+    tree.MakeFolder("a/b");
+    tree.MakeFile("a/b/c");
+    ASSERT_EQ(symlink(outside.Path().c_str(), tree.Path("a/b/link").c_str()), 0);
+    RecordingVisitor visitor(tree);
+    WalkTree(OpenFolder(tree.Path()), visitor);
+    EXPECT_THAT(visitor.visited, UnorderedElementsAre("a", "a/b", "a/b/c", "a/b/link"));
+    EXPECT_EQ(visitor.visited[0], "a");
+    EXPECT_EQ(visitor.visited[1], "a/b");
+    EXPECT_THAT(visitor.errors, IsEmpty());
+}
+
+TEST(TreeWalk, WhatTheVisitorPassesOverIsNotEntered) {
+    const TemporaryFolder tree;
+    tree.MakeFolder("a");
+    tree.MakeFile("a/b");
+    RecordingVisitor visitor(tree);
+    visitor.decide = [](auto&) { return WalkDecision::kPassOver; };
+    WalkTree(OpenFolder(tree.Path()), visitor);
+    EXPECT_THAT(visitor.visited, ElementsAre("a"));
+}
+
+TEST(TreeWalk, FolderReplacedByALinkInTheMiddleLeadsNowhereElse) {
+    const TemporaryFolder outside;
+    outside.MakeFile("secret");
+    const TemporaryFolder tree;
+    tree.MakeFolder("a");
+    tree.MakeFile("a/b");
+    RecordingVisitor visitor(tree);
+    visitor.decide = [&](const std::string& name) {
+        if (name == "a") {
+            EXPECT_EQ(rename(tree.Path("a").c_str(), outside.Path("moved").c_str()), 0);
+            EXPECT_EQ(symlink(outside.Path().c_str(), tree.Path("a").c_str()), 0);
+        }
+        return WalkDecision::kDescend;
+    };
+    WalkTree(OpenFolder(tree.Path()), visitor);
+    EXPECT_EQ(visitor.visited[0], "a");
+    EXPECT_EQ(visitor.visited[1], "a/b");
+    for (const std::string& name : visitor.visited)
+        EXPECT_NE(name, "") << "an object from outside";
+    EXPECT_THAT(visitor.errors, IsEmpty());
+}
+
+TEST(TreeWalk, WhatVanishesIsNoFailure) {
+    const TemporaryFolder tree;
+    tree.MakeFolder("a");
+    tree.MakeFolder("b");
+    RecordingVisitor visitor(tree);
+    visitor.decide = [&](auto&) {
+        // The one being visited and the one that was listed with it.
+        rmdir(tree.Path("a").c_str());
+        rmdir(tree.Path("b").c_str());
+        return WalkDecision::kDescend;
+    };
+    WalkTree(OpenFolder(tree.Path()), visitor);
+    EXPECT_EQ(visitor.visited.size(), 1U);
+    EXPECT_THAT(visitor.errors, IsEmpty());
+}
+
+TEST(TreeWalk, WhatIsMountedBelowIsNotVisited) {
+    if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const TemporaryFolder tree;
+    tree.MakeFolder("a");
+    tree.MakeFile("a/inside");
+    tree.MakeFolder("volume");
+    tree.MakeFolder("bound");
+    // The second one lies on the same volume as the tree: only its being mounted tells.
+    ASSERT_EQ(mount("none", tree.Path("volume").c_str(), "tmpfs", 0, nullptr), 0);
+    ASSERT_EQ(mount(tree.Path("a").c_str(), tree.Path("bound").c_str(), nullptr, MS_BIND, nullptr), 0);
+    RecordingVisitor visitor(tree);
+    WalkTree(OpenFolder(tree.Path()), visitor);
+    umount2(tree.Path("bound").c_str(), MNT_DETACH);
+    umount2(tree.Path("volume").c_str(), MNT_DETACH);
+    EXPECT_EQ(visitor.visited.size(), 2U);
+    EXPECT_THAT(visitor.errors, IsEmpty());
+}
+
+// Makes `depth` folders inside one another; no path is long enough to name the last one.
+void MakeDeepFolders(const std::string& top, int depth) {
+    UniqueFd folder(open(top.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    for (int i = 0; i < depth; ++i) {
+        ASSERT_EQ(mkdirat(folder.Get(), "d", 0755), 0);
+        folder.Reset(openat(folder.Get(), "d", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    }
+}
+
+class CountingVisitor : public TreeVisitor {
+  public:
+    WalkDecision Visit(const ObjectHandle&, std::size_t depth) override {
+        ++count;
+        deepest = depth;
+        return WalkDecision::kDescend;
+    }
+    void Fail(DWORD error) override { errors.push_back(error); }
+
+    std::size_t count = 0;
+    std::size_t deepest = 0;
+    std::vector<DWORD> errors;
+};
+
+TEST(TreeWalk, DepthIsBoundedByOpenDescriptorsAloneAndSaysSo) {
+    constexpr int kDepth = 3000;
+    const TemporaryFolder tree;
+    MakeDeepFolders(tree.Path(), kDepth);
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    if (limit.rlim_max < kDepth + 100) GTEST_SKIP() << "this machine allows few open descriptors";
+    limit.rlim_cur = 256;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    CountingVisitor all;
+    WalkTree(OpenFolder(tree.Path()), all);
+    EXPECT_EQ(all.deepest, std::size_t{kDepth - 1});
+    EXPECT_THAT(all.errors, IsEmpty());
+
+    limit.rlim_cur = limit.rlim_max = 256;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    CountingVisitor some;
+    WalkTree(OpenFolder(tree.Path()), some);
+    EXPECT_GT(some.count, 200U);
+    EXPECT_THAT(some.errors, ElementsAre(ERROR_TOO_MANY_OPEN_FILES));
+}
+
+}  // namespace
+}  // namespace permora::host

@@ -1,0 +1,83 @@
+#include "platform/linux/security/mode_descriptor.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+#include "platform/api/security.h"
+
+namespace permora::host {
+namespace {
+
+const nt::Sid kOwner(5, {21, 1, 2, 3, 1000});
+const nt::Sid kGroup(5, {21, 1, 2, 3, 1001});
+const nt::Sid kEveryone(1, {0});
+
+// What a list grants to someone with these SIDs: for each right the first entry that speaks of it decides.
+std::uint32_t Granted(const nt::Acl& list, const std::vector<nt::Sid>& sids) {
+    std::uint32_t granted = 0;
+    std::uint32_t denied = 0;
+    for (const nt::Ace& entry : list.entries) {
+        if (std::find(sids.begin(), sids.end(), entry.sid) == sids.end()) continue;
+        if (entry.type == ACCESS_DENIED_ACE_TYPE)
+            denied |= entry.mask & ~granted;
+        else
+            granted |= entry.mask & ~denied;
+    }
+    return granted;
+}
+
+// What the kernel grants for three mode bits, as far as the bits decide.
+std::uint32_t Expected(unsigned bits, bool mayEmpty) {
+    std::uint32_t rights = 0;
+    if ((bits & 4U) != 0) rights |= FILE_READ_DATA | FILE_READ_EA;
+    if ((bits & 2U) != 0) rights |= FILE_WRITE_DATA | FILE_APPEND_DATA | FILE_WRITE_EA;
+    if ((bits & 2U) != 0 && mayEmpty) rights |= FILE_DELETE_CHILD;
+    if ((bits & 1U) != 0) rights |= FILE_EXECUTE;
+    return rights;
+}
+
+TEST(ModeDescriptor, EveryModeGrantsWhatTheKernelGrants) {
+    constexpr std::uint32_t kDecided =
+        FILE_READ_DATA | FILE_READ_EA | FILE_WRITE_DATA | FILE_APPEND_DATA | FILE_WRITE_EA | FILE_EXECUTE;
+    for (const nt::ObjectKind kind : {nt::ObjectKind::kFile, nt::ObjectKind::kFolder}) {
+        for (unsigned mode = 0; mode < 02000; ++mode) {
+            const bool mayEmpty = kind == nt::ObjectKind::kFolder && (mode & 01000U) == 0;
+            const std::uint32_t decided = kDecided | (mayEmpty ? FILE_DELETE_CHILD : 0);
+            const nt::Acl list = DescriptorFromMode(mode, kind, kOwner, kGroup).dacl;
+            const std::uint32_t owner = Granted(list, {kOwner, kGroup, kEveryone});
+            ASSERT_EQ(owner & decided, Expected(mode >> 6U & 7U, mayEmpty)) << std::oct << mode;
+            ASSERT_EQ(Granted(list, {kGroup, kEveryone}) & decided, Expected(mode >> 3U & 7U, mayEmpty))
+                << std::oct << mode;
+            ASSERT_EQ(Granted(list, {kEveryone}) & decided, Expected(mode & 7U, mayEmpty))
+                << std::oct << mode;
+            ASSERT_EQ(owner & (WRITE_DAC | READ_CONTROL), WRITE_DAC | READ_CONTROL) << std::oct << mode;
+        }
+    }
+}
+
+TEST(ModeDescriptor, UsualModesAreShortListsOfAllowingEntries) {
+    const nt::SecurityDescriptor descriptor =
+        DescriptorFromMode(0755, nt::ObjectKind::kFolder, kOwner, kGroup);
+    EXPECT_EQ(descriptor.owner, kOwner);
+    EXPECT_EQ(descriptor.group, kGroup);
+    EXPECT_FALSE(descriptor.IsDaclProtected());
+    struct {
+        std::uint32_t mask;
+        nt::Sid sid;
+    } const expected[] = {{FILE_ALL_ACCESS, kOwner},
+                          {FILE_GENERIC_READ | FILE_GENERIC_EXECUTE, kGroup},
+                          {FILE_GENERIC_READ | FILE_GENERIC_EXECUTE, kEveryone}};
+    ASSERT_EQ(descriptor.dacl.entries.size(), std::size(expected));
+    for (std::size_t i = 0; i < std::size(expected); ++i) {
+        const nt::Ace& entry = descriptor.dacl.entries[i];
+        EXPECT_EQ(entry.type, ACCESS_ALLOWED_ACE_TYPE);
+        EXPECT_EQ(entry.flags, 0);
+        EXPECT_EQ(entry.mask, expected[i].mask);
+        EXPECT_EQ(entry.sid, expected[i].sid);
+    }
+}
+
+}  // namespace
+}  // namespace permora::host

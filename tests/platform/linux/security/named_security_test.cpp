@@ -1,0 +1,249 @@
+// Reading and setting access lists of real objects, on every kind of volume that keeps them.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+#include <string>
+
+#include "platform/api/errors.h"
+#include "platform/api/security.h"
+#include "platform/host_path.h"
+#include "platform/resources.h"
+#include "tests/support/access_lists.h"
+#include "tests/support/command.h"
+#include "tests/support/ntfs_volume.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+// The call of setxattr that fails, counted from now; 0: none does.
+int failingWrite = 0;
+
+}  // namespace
+
+extern "C" {
+int __real_setxattr(const char* path, const char* name, const void* value, size_t size, int flags);
+int __wrap_setxattr(const char* path, const char* name, const void* value, size_t size, int flags) {
+    if (failingWrite > 0 && --failingWrite == 0) {
+        errno = EIO;
+        return -1;
+    }
+    return __real_setxattr(path, name, value, size, flags);
+}
+}  // extern "C"
+
+namespace permora::test {
+namespace {
+
+enum class Place { kLocalDisk, kNtfs };
+
+std::string PlaceName(const testing::TestParamInfo<Place>& place) {
+    return place.param == Place::kNtfs ? "Ntfs" : "LocalDisk";
+}
+
+// A folder "top" that inherits nothing, with a folder, a file in it and a file beside it, all of which
+// inherit from it. Everything is asked of and told to the system's services.
+class NamedSecurity : public testing::TestWithParam<Place> {
+  protected:
+    void SetUp() override {
+        if (geteuid() != 0) GTEST_SKIP() << "writing system attributes needs root";
+        if (GetParam() == Place::kNtfs) {
+            if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+            volume = std::make_unique<NtfsVolume>();
+            ASSERT_EQ(volume->Problem(), "");
+        }
+        ASSERT_EQ(mkdir(Path("top").c_str(), 0755), 0);
+        ASSERT_EQ(SetDescriptorText(Path("top"), "O:BAG:BUD:P(A;OICI;FA;;;BA)"), ERROR_SUCCESS);
+        Make("top/folder/", "O:BAG:BUD:");
+        Make("top/folder/file", "O:BAG:BUD:");
+        Make("top/file", "O:BAG:BUD:");
+    }
+
+    std::string Path(const std::string& name) const { return volume ? volume->Path(name) : local.Path(name); }
+
+    void Make(const std::string& name, const std::string& sddl) const {
+        const bool isFolder = name.back() == '/';
+        const std::string path = Path(isFolder ? name.substr(0, name.size() - 1) : name);
+        ASSERT_EQ(RunCommand({isFolder ? "mkdir" : "touch", path}).exitCode, 0) << path;
+        ASSERT_EQ(SetDescriptorText(path, sddl), ERROR_SUCCESS) << path;
+    }
+
+    std::string Dacl(const std::string& name) const { return DaclText(Path(name)); }
+    DWORD SetDacl(const std::string& name, const std::string& sddl) const {
+        return SetDescriptorText(Path(name), sddl);
+    }
+
+    const TemporaryFolder local;
+    std::unique_ptr<NtfsVolume> volume;
+};
+
+INSTANTIATE_TEST_SUITE_P(Volumes, NamedSecurity, testing::Values(Place::kLocalDisk, Place::kNtfs), PlaceName);
+
+TEST_P(NamedSecurity, ObjectsInheritWhatTheirFolderHandsDown) {
+    EXPECT_EQ(Dacl("top"), "D:PAI(A;OICI;FA;;;BA)");
+    EXPECT_EQ(Dacl("top/folder"), "D:AI(A;OICIID;FA;;;BA)");
+    EXPECT_EQ(Dacl("top/folder/file"), "D:AI(A;ID;FA;;;BA)");
+}
+
+TEST_P(NamedSecurity, ChangeOfAFolderReachesAllBelowAndKeepsTheirOwnEntries) {
+    ASSERT_EQ(SetDacl("top/folder", "D:(D;CI;WD;;;BG)"), ERROR_SUCCESS);
+    ASSERT_EQ(SetDacl("top/folder/file", "D:(A;;FR;;;BU)"), ERROR_SUCCESS);
+    ASSERT_EQ(SetDacl("top", "D:P(A;OI;FR;;;WD)(A;OICI;FA;;;SY)"), ERROR_SUCCESS);
+    EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FR;;;WD)(A;ID;FA;;;SY)");
+    EXPECT_EQ(Dacl("top/folder"), "D:AI(D;CI;WD;;;BG)(A;OIIOID;FR;;;WD)(A;OICIID;FA;;;SY)");
+    EXPECT_EQ(Dacl("top/folder/file"), "D:AI(A;;FR;;;BU)(A;ID;FR;;;WD)(A;ID;FA;;;SY)");
+}
+
+TEST_P(NamedSecurity, ProtectedObjectsAndAllBelowThemKeepTheirLists) {
+    ASSERT_EQ(SetDacl("top/folder", "D:P(A;OICI;FR;;;BU)"), ERROR_SUCCESS);
+    ASSERT_EQ(SetDacl("top", "D:P(A;OICI;FA;;;SY)"), ERROR_SUCCESS);
+    EXPECT_EQ(Dacl("top/folder"), "D:PAI(A;OICI;FR;;;BU)");
+    EXPECT_EQ(Dacl("top/folder/file"), "D:AI(A;ID;FR;;;BU)");
+    EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;SY)");
+    // Unprotecting it lets everything through again.
+    ASSERT_EQ(SetDacl("top/folder", "D:"), ERROR_SUCCESS);
+    EXPECT_EQ(Dacl("top/folder/file"), "D:AI(A;ID;FA;;;SY)");
+}
+
+TEST_P(NamedSecurity, InheritedEntriesGivenAreKeptOnlyWhereNothingIsInherited) {
+    ASSERT_EQ(SetDacl("top/file", "D:(A;;FR;;;BU)(A;ID;FX;;;WD)"), ERROR_SUCCESS);
+    EXPECT_EQ(Dacl("top/file"), "D:AI(A;;FR;;;BU)(A;ID;FA;;;BA)");
+    ASSERT_EQ(SetDacl("top/file", "D:P(A;;FR;;;BU)(A;ID;FX;;;WD)"), ERROR_SUCCESS);
+    EXPECT_EQ(Dacl("top/file"), "D:PAI(A;;FR;;;BU)(A;ID;FX;;;WD)");
+}
+
+TEST_P(NamedSecurity, WithoutAWordOnProtectionTheObjectsStateStays) {
+    ACL list{2, 0, sizeof(ACL), 0, 0};
+    std::string path = PathFromArgument(Path("top/file").c_str());
+    for (const char* before : {"D:P(A;;FR;;;BU)", "D:(A;;FR;;;BU)"}) {
+        ASSERT_EQ(SetDacl("top/file", before), ERROR_SUCCESS);
+        ASSERT_EQ(SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                                        nullptr, &list, nullptr),
+                  ERROR_SUCCESS);
+        EXPECT_EQ(Dacl("top/file"), before[2] == 'P' ? "D:PAI" : "D:AI(A;ID;FA;;;BA)");
+    }
+}
+
+TEST_P(NamedSecurity, GenericRightsBecomeTheirFileRights) {
+    ASSERT_EQ(SetDacl("top/file", "D:P(A;;GR;;;BU)(A;;GA;;;BA)"), ERROR_SUCCESS);
+    EXPECT_EQ(Dacl("top/file"), "D:PAI(A;;FR;;;BU)(A;;FA;;;BA)");
+}
+
+TEST_P(NamedSecurity, NullEmptyAndFilledListsStayThreeDifferentThings) {
+    ASSERT_EQ(SetDacl("top/file", "D:NO_ACCESS_CONTROL"), ERROR_SUCCESS);
+    ASSERT_EQ(SetDacl("top/folder", "D:P"), ERROR_SUCCESS);
+    struct {
+        const char* name;
+        bool isNull;
+        unsigned entries;
+    } const states[] = {{"top/file", true, 0}, {"top/folder", false, 0}, {"top", false, 1}};
+    for (const auto& state : states) {
+        PACL dacl = nullptr;
+        PSECURITY_DESCRIPTOR descriptor = nullptr;
+        const std::string path = PathFromArgument(Path(state.name).c_str());
+        ASSERT_EQ(GetNamedSecurityInfoA(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                                        nullptr, &dacl, nullptr, &descriptor),
+                  ERROR_SUCCESS);
+        const UniqueLocal<void> block(descriptor);
+        SECURITY_DESCRIPTOR_CONTROL control = 0;
+        DWORD revision = 0;
+        ASSERT_TRUE(GetSecurityDescriptorControl(descriptor, &control, &revision));
+        EXPECT_NE(control & SE_DACL_PRESENT, 0) << state.name;
+        ASSERT_EQ(dacl == nullptr, state.isNull) << state.name;
+        EXPECT_EQ(dacl != nullptr ? dacl->AceCount : 0U, state.entries) << state.name;
+    }
+    // A folder without list has nothing to hand down, and a child without list nothing to gain.
+    ASSERT_EQ(SetDacl("top", "D:NO_ACCESS_CONTROL"), ERROR_SUCCESS);
+    EXPECT_EQ(Dacl("top/folder/file"), "D:AI");
+    EXPECT_EQ(Dacl("top/file"), Dacl("top"));
+}
+
+TEST_P(NamedSecurity, SettingTheListKeepsOwnerGroupAndSystemList) {
+    constexpr SECURITY_INFORMATION kOthers =
+        OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
+    const std::string others = "O:BGG:BUS:(AU;SAFA;FA;;;WD)";
+    ASSERT_EQ(SetDacl("top/folder", others), ERROR_SUCCESS);
+    ASSERT_EQ(SetDacl("top/folder", "D:(A;;FR;;;WD)"), ERROR_SUCCESS);
+    ASSERT_EQ(SetDacl("top", "D:P(A;OICI;FA;;;SY)"), ERROR_SUCCESS);
+    EXPECT_EQ(DescriptorText(Path("top/folder"), kOthers), others);
+    EXPECT_EQ(Dacl("top/folder"), "D:AI(A;;FR;;;WD)(A;OICIID;FA;;;SY)");
+}
+
+TEST_P(NamedSecurity, LinkIsTheObjectAndNeverItsTarget) {
+    const TemporaryFolder outside;
+    ASSERT_EQ(SetDescriptorText(outside.MakeFile("target"), "O:BAG:BUD:P(A;;FR;;;BU)"), ERROR_SUCCESS);
+    ASSERT_EQ(symlink(outside.Path("target").c_str(), Path("top/link").c_str()), 0);
+    ASSERT_EQ(SetDacl("top", "D:P(A;OICI;FA;;;SY)"), ERROR_SUCCESS);
+    ASSERT_EQ(SetDacl("top/link", "D:P(A;;FX;;;WD)"), ERROR_SUCCESS);
+    EXPECT_EQ(Dacl("top/link"), "D:PAI(A;;FX;;;WD)");
+    EXPECT_EQ(DaclText(outside.Path("target")), "D:PAI(A;;FR;;;BU)");
+}
+
+TEST_P(NamedSecurity, FailureInTheMiddleLeavesThatObjectAndReachesTheOthers) {
+    for (const char* name : {"top/a", "top/b", "top/c"})
+        Make(name, "O:BAG:BUD:");
+    failingWrite = 3;  // the folder itself is the first write
+    EXPECT_EQ(SetDacl("top", "D:P(A;OICI;FA;;;SY)"), ERROR_IO_DEVICE);
+    int unchanged = 0;
+    for (const char* name : {"top/a", "top/b", "top/c", "top/file", "top/folder"}) {
+        const std::string list = Dacl(name);
+        if (list.find("BA)") != std::string::npos)
+            ++unchanged;
+        else
+            EXPECT_NE(list.find("ID;FA;;;SY)"), std::string::npos) << name << ": " << list;
+    }
+    EXPECT_EQ(unchanged, 1);
+}
+
+TEST_P(NamedSecurity, FirstWriteThatFailsChangesNothing) {
+    failingWrite = 1;
+    EXPECT_EQ(SetDacl("top", "D:P(A;OICI;FA;;;SY)"), ERROR_IO_DEVICE);
+    EXPECT_EQ(Dacl("top"), "D:PAI(A;OICI;FA;;;BA)");
+    EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;BA)");
+}
+
+// One attribute of the kernel holds 64 KiB, ext4 keeps less beside an object.
+TEST_P(NamedSecurity, LargeListIsKeptWholeOrRefusedWhole) {
+    const auto listOf = [](int entries) {
+        std::string sddl = "D:P";
+        for (int i = 0; i < entries; ++i) {
+            sddl.append("(A;;FR;;;S-1-5-21-1-2-3-").append(std::to_string(i)).append(")");
+        }
+        return sddl;
+    };
+    const DWORD error = SetDacl("top/file", listOf(1800));
+    if (error == ERROR_SUCCESS) {
+        EXPECT_EQ(Dacl("top/file").size(), listOf(1800).size() + 2);  // "AI"
+        ASSERT_EQ(SetDacl("top/file", "D:"), ERROR_SUCCESS);
+    } else {
+        EXPECT_EQ(GetParam(), Place::kLocalDisk);
+        EXPECT_EQ(error, ERROR_ALLOTTED_SPACE_EXCEEDED);
+    }
+    EXPECT_EQ(SetDacl("top/file", listOf(1819)), ERROR_ALLOTTED_SPACE_EXCEEDED);
+    EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;BA)");
+}
+
+TEST_P(NamedSecurity, BadArgumentsAreRefusedBeforeAnythingIsTouched) {
+    std::string path = PathFromArgument(Path("top/file").c_str());
+    ACL tooLong{2, 0, sizeof(ACL), 1, 0};  // counts an entry that is not there
+    const auto set = [&](SECURITY_INFORMATION information, PSID owner, PACL dacl) {
+        return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, information, owner, nullptr, dacl, nullptr);
+    };
+    BYTE badSid[8] = {2, 0, 0, 0, 0, 0, 0, 5};
+    EXPECT_EQ(set(0, nullptr, nullptr), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(set(DACL_SECURITY_INFORMATION, nullptr, &tooLong), ERROR_INVALID_ACL);
+    EXPECT_EQ(set(OWNER_SECURITY_INFORMATION, nullptr, nullptr), ERROR_INVALID_SID);
+    EXPECT_EQ(set(OWNER_SECURITY_INFORMATION, badSid, nullptr), ERROR_INVALID_SID);
+    EXPECT_EQ(set(DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION |
+                      UNPROTECTED_DACL_SECURITY_INFORMATION,
+                  nullptr, nullptr),
+              ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;BA)");
+    EXPECT_EQ(Dacl("top/missing"), "error " + std::to_string(ERROR_FILE_NOT_FOUND));
+}
+
+}  // namespace
+}  // namespace permora::test

@@ -1,0 +1,86 @@
+#include "tests/support/access_lists.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/host_path.h"
+#include "platform/nt/sddl.h"
+#include "platform/nt/security_descriptor.h"
+#include "platform/resources.h"
+
+namespace permora::test {
+
+namespace {
+
+// A copy of a SID or list as the services take them.
+class Block {
+  public:
+    void Fill(const nt::Sid& sid) { bytes.assign(sid.Bytes().begin(), sid.Bytes().end()); }
+    bool Fill(const nt::Acl& acl) { return acl.AppendTo(bytes); }
+    void Fill(const std::vector<std::uint8_t>& list) { bytes = list; }
+
+    PSID Sid() { return bytes.data(); }
+    PACL List() { return bytes.empty() ? nullptr : reinterpret_cast<PACL>(bytes.data()); }
+
+  private:
+    std::vector<std::uint8_t> bytes;
+};
+
+DWORD Set(const std::string& hostPath, const nt::SecurityDescriptor& descriptor) {
+    SECURITY_INFORMATION parts = 0;
+    Block owner;
+    Block group;
+    Block dacl;
+    Block sacl;
+    if (descriptor.owner) {
+        owner.Fill(*descriptor.owner);
+        parts |= OWNER_SECURITY_INFORMATION;
+    }
+    if (descriptor.group) {
+        group.Fill(*descriptor.group);
+        parts |= GROUP_SECURITY_INFORMATION;
+    }
+    if (descriptor.daclState != nt::DaclState::kAbsent) {
+        if (descriptor.daclState == nt::DaclState::kList && !dacl.Fill(descriptor.dacl)) {
+            return ERROR_INVALID_PARAMETER;
+        }
+        parts |= DACL_SECURITY_INFORMATION |
+                 (descriptor.IsDaclProtected() ? PROTECTED_DACL_SECURITY_INFORMATION
+                                               : UNPROTECTED_DACL_SECURITY_INFORMATION);
+    }
+    if ((descriptor.control & nt::kSaclPresent) != 0) {
+        sacl.Fill(descriptor.saclBytes);
+        parts |= SACL_SECURITY_INFORMATION;
+    }
+    std::string path = PathFromArgument(hostPath.c_str());
+    return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, parts, owner.Sid(), group.Sid(), dacl.List(),
+                                 sacl.List());
+}
+
+}  // namespace
+
+std::string DescriptorText(const std::string& hostPath, SECURITY_INFORMATION parts) {
+    PSECURITY_DESCRIPTOR found = nullptr;
+    const std::string path = PathFromArgument(hostPath.c_str());
+    const DWORD error = GetNamedSecurityInfoA(path.c_str(), SE_FILE_OBJECT, parts, nullptr, nullptr, nullptr,
+                                              nullptr, &found);
+    if (error != ERROR_SUCCESS) return "error " + std::to_string(error);
+    const UniqueLocal<void> block(found);
+    const auto descriptor = nt::SecurityDescriptor::FromBytes(
+        {static_cast<const std::uint8_t*>(found), GetSecurityDescriptorLength(found)});
+    if (!descriptor) return "no valid descriptor";
+    return nt::ToSddl(*descriptor, parts).value_or("no text form");
+}
+
+std::string DaclText(const std::string& hostPath) {
+    return DescriptorText(hostPath, DACL_SECURITY_INFORMATION);
+}
+
+DWORD SetDescriptorText(const std::string& hostPath, const std::string& sddl) {
+    const auto descriptor = nt::FromSddl(sddl);
+    return descriptor ? Set(hostPath, *descriptor) : DWORD{ERROR_INVALID_PARAMETER};
+}
+
+}  // namespace permora::test

@@ -1,0 +1,20 @@
+// Access lists of real objects as text, through the system's own services.
+#pragma once
+
+#include <string>
+
+#include "platform/api/security.h"
+
+namespace permora::test {
+
+// Parts of the descriptor of the object at a host path as SDDL, or "error 1338".
+std::string DescriptorText(const std::string& hostPath, SECURITY_INFORMATION parts);
+
+// Only the list: "D:AI(A;;FA;;;WD)".
+std::string DaclText(const std::string& hostPath);
+
+// Sets the parts that `sddl` has, and protects the DACL when `sddl` says so ("D:P(...)"), else unprotects it.
+// The result of SetNamedSecurityInfoA, or ERROR_INVALID_PARAMETER when the text is wrong.
+DWORD SetDescriptorText(const std::string& hostPath, const std::string& sddl);
+
+}  // namespace permora::test
