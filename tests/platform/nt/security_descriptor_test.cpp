@@ -158,6 +158,7 @@ TEST(SecurityDescriptor, RefusesDamagedBytes) {
         {"owner at the end", [](auto& bytes) { Store32(bytes, 4, 104); }},
         {"owner far behind the end", [](auto& bytes) { Store32(bytes, 4, 0xFFFFFFF0); }},
         {"owner inside the DACL", [](auto& bytes) { Store32(bytes, 4, 64); }},
+        {"group partly inside the owner", [](auto& bytes) { Store32(bytes, 8, 77); }},
         {"group inside the system list", [](auto& bytes) { Store32(bytes, 8, 36); }},
         {"DACL inside the header", [](auto& bytes) { Store32(bytes, 16, 4); }},
         {"DACL far behind the end", [](auto& bytes) { Store32(bytes, 16, 0xFFFFFFFF); }},
