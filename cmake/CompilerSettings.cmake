@@ -6,6 +6,11 @@ target_compile_options(permora_settings INTERFACE
     -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
     -Woverloaded-virtual -Wcast-align -Wformat=2)
 
+# GCC 12 takes joining a text and a string for an overlapping copy once it optimises: GCC bug 105651.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(permora_settings INTERFACE -Wno-restrict)
+endif()
+
 if(NOT WIN32)
     target_compile_options(permora_settings INTERFACE -fstack-protector-strong)
     target_compile_definitions(permora_settings INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
