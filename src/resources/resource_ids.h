@@ -1,0 +1,264 @@
+// The numbers of all resources, for the resource script and for the program. Nothing but #defines stands
+// here, since the resource compiler reads this file as well.
+#pragma once
+
+// Strings, menus, accelerators, the toolbar and the icon that belong to the frame window share its number.
+#define IDR_MAIN_FRAME 120
+#define IDR_CONTEXT_MENUS 189
+
+// Icons: drives and shares.
+#define IDI_DRIVE_REMOVABLE 140
+#define IDI_DRIVE_FIXED 142
+#define IDI_DRIVE_CDROM 144
+#define IDI_DRIVE_PROTECTED 246
+#define IDI_DRIVE_NETWORK 252
+#define IDI_SHARED_FOLDER 258
+
+// Icons: folders and the classes of files.
+#define IDI_FILE 146
+#define IDI_FOLDER 148
+#define IDI_FILE_ZIP 229
+#define IDI_FILE_PROGRAM 230
+#define IDI_FILE_WEB_PAGE 231
+#define IDI_FILE_PICTURE 232
+#define IDI_FILE_MEDIA 233
+#define IDI_FILE_REGISTRY 234
+#define IDI_FILE_LIBRARY 235
+#define IDI_FILE_CABINET 236
+#define IDI_FILE_DOCUMENT 237
+#define IDI_FILE_SPREADSHEET 238
+#define IDI_FILE_RAR 239
+#define IDI_FILE_HELP 240
+
+// Icons: toolbar buttons.
+#define IDI_BACK 172
+#define IDI_FORWARD 174
+#define IDI_REFRESH 175
+#define IDI_ROOT 176
+#define IDI_PERMISSIONS 177
+#define IDI_SECURE_DELETION 179
+#define IDI_WIZARD 183
+#define IDI_SETTINGS 184
+#define IDI_HELP 186
+#define IDI_UP 187
+#define IDI_CUT 225
+#define IDI_COPY 226
+#define IDI_PASTE 227
+#define IDI_DELETE 228
+#define IDI_SHARES 257
+
+// Icons: dialogs.
+#define IDI_NOTICE 210
+
+// Bitmaps.
+#define IDB_WIZARD 215
+#define IDB_BANNER 218
+#define IDB_GO_NORMAL 249
+#define IDB_GO_PRESSED 250
+#define IDB_GO_DISABLED 251
+
+// Strings besides the command prompts, which stand under their command's number ("status line\ntool tip").
+#define IDS_ITEM_COUNT_PANE 123
+#define IDS_PERMISSIONS_TAB 134
+#define IDS_OWNER_TAB 143
+#define IDS_EFFECTIVE_PERMISSIONS_TAB 145
+#define IDS_CAPTION_ERROR 147
+#define IDS_CAPTION_INFORMATION 149
+#define IDS_IDLE_MESSAGE 57345
+
+// Commands: location.
+#define ID_GO_UP 133
+#define ID_GO_BACK 150
+#define ID_GO_FORWARD 151
+#define ID_GO_TO_LOCATION 152
+#define ID_GO_TO_ROOT 182
+#define ID_REFRESH 180
+#define ID_SHOW_SHARES 32804
+
+// Commands: security.
+#define ID_WIZARD 130
+#define ID_PERMISSIONS 153
+#define ID_SECURE_DELETION 154
+
+// Commands: selection and files. The clipboard commands have the framework's standard numbers.
+#define ID_SELECT_ALL 131
+#define ID_INVERT_SELECTION 132
+#define ID_DELETE 32788
+#define ID_PROPERTIES 32795
+#define ID_RENAME 32797
+#define ID_ATTRIBUTES 32799
+#define ID_NEW_FOLDER 32800
+#define ID_EDIT_COPY 57634
+#define ID_EDIT_CUT 57635
+#define ID_EDIT_PASTE 57637
+
+// Commands: view. Toolbar and status bar have the framework's standard numbers.
+#define ID_VIEW_ICONS 135
+#define ID_VIEW_SMALL_ICONS 136
+#define ID_VIEW_LIST 137
+#define ID_VIEW_DETAILS 138
+#define ID_VIEW_OWN_ICONS 168
+#define ID_VIEW_TOOLBAR 59392
+#define ID_VIEW_STATUS_BAR 59393
+
+// Commands: program and help. About and Exit have the framework's standard numbers.
+#define ID_HELP_CONTENTS 139
+#define ID_SETTINGS 181
+#define ID_TECHNICAL_SUPPORT 32773
+#define ID_WEB_SITE 32774
+#define ID_APP_ABOUT 57664
+#define ID_APP_EXIT 57665
+
+// Labels, frames and pictures that no code addresses.
+#ifndef IDC_STATIC
+#define IDC_STATIC (-1)
+#endif
+
+// About box.
+#define IDD_ABOUT 100
+#define IDC_ABOUT_VISIT 1133
+
+// Address bar. Its go button has the number of its command, ID_GO_TO_LOCATION.
+#define IDD_ADDRESS_BAR 120
+#define IDC_LOCATION 1002
+
+// Permissions page of the security editor.
+#define IDD_PERMISSIONS_PAGE 155
+#define IDC_ACCESS_LIST 1010
+#define IDC_ADD_ENTRY 1011
+#define IDC_REMOVE_ENTRY 1012
+#define IDC_EDIT_ENTRY 1013
+#define IDC_INHERIT_FROM_PARENT 1020
+#define IDC_REPLACE_CHILD_ENTRIES 1021
+
+// Permissions page of the share security sheet: the same controls under the same numbers.
+#define IDD_SHARE_PERMISSIONS_PAGE 253
+#define IDC_SHARE_ACCESS_LIST 1010
+#define IDC_SHARE_ADD_ENTRY 1011
+#define IDC_SHARE_REMOVE_ENTRY 1012
+#define IDC_SHARE_EDIT_ENTRY 1013
+#define IDC_SHARE_INHERIT_FROM_PARENT 1020
+#define IDC_SHARE_REPLACE_CHILD_ENTRIES 1021
+
+// Owner page.
+#define IDD_OWNER_PAGE 157
+#define IDC_OWNER_CANDIDATES 1042
+#define IDC_OWNER_NAME 1090
+#define IDC_REPLACE_CHILD_OWNERS 1092
+
+// Effective permissions page.
+#define IDD_EFFECTIVE_PERMISSIONS_PAGE 158
+#define IDC_EFFECTIVE_RIGHTS 1041
+#define IDC_CHANGE_EFFECTIVE_ACCOUNT 1088
+#define IDC_EFFECTIVE_ACCOUNT 1089
+
+// Permission entry dialog.
+#define IDD_PERMISSION_ENTRY 159
+#define IDC_APPLY_ONTO 1022
+#define IDC_CHANGE_ENTRY_ACCOUNT 1023
+#define IDC_ENTRY_ACCOUNT 1024
+#define IDC_ENTRY_CANCEL 1035
+#define IDC_ENTRY_OK 1036
+#define IDC_CLEAR_ALL 1038
+#define IDC_CHILDREN_ONLY 1087
+
+// Permission entry dialog: the two boxes of each right.
+#define IDC_ALLOW_FULL_CONTROL 1050
+#define IDC_DENY_FULL_CONTROL 1060
+#define IDC_ALLOW_TRAVERSE 1062
+#define IDC_DENY_TRAVERSE 1061
+#define IDC_ALLOW_READ_DATA 1064
+#define IDC_DENY_READ_DATA 1063
+#define IDC_ALLOW_READ_ATTRIBUTES 1067
+#define IDC_DENY_READ_ATTRIBUTES 1066
+#define IDC_ALLOW_READ_EXTENDED 1065
+#define IDC_DENY_READ_EXTENDED 1068
+#define IDC_ALLOW_WRITE_DATA 1070
+#define IDC_DENY_WRITE_DATA 1071
+#define IDC_ALLOW_APPEND_DATA 1069
+#define IDC_DENY_APPEND_DATA 1072
+#define IDC_ALLOW_WRITE_ATTRIBUTES 1073
+#define IDC_DENY_WRITE_ATTRIBUTES 1074
+#define IDC_ALLOW_WRITE_EXTENDED 1075
+#define IDC_DENY_WRITE_EXTENDED 1076
+#define IDC_ALLOW_DELETE_CHILD 1078
+#define IDC_DENY_DELETE_CHILD 1082
+#define IDC_ALLOW_DELETE 1080
+#define IDC_DENY_DELETE 1077
+#define IDC_ALLOW_READ_PERMISSIONS 1079
+#define IDC_DENY_READ_PERMISSIONS 1081
+#define IDC_ALLOW_CHANGE_PERMISSIONS 1083
+#define IDC_DENY_CHANGE_PERMISSIONS 1084
+#define IDC_ALLOW_TAKE_OWNERSHIP 1086
+#define IDC_DENY_TAKE_OWNERSHIP 1085
+
+// Account picker.
+#define IDD_ACCOUNT_PICKER 160
+#define IDC_FOUND_ACCOUNTS 1030
+#define IDC_FIND_ACCOUNTS 1031
+#define IDC_PICKER_CANCEL 1032
+#define IDC_PICKER_OK 1033
+#define IDC_ACCOUNT_NAME 1034
+
+// Progress of applying settings to a folder tree.
+#define IDD_APPLY_TO_TREE 161
+#define IDC_APPLY_PROGRESS 1091
+
+// Secure deletion.
+#define IDD_SECURE_DELETION 162
+#define IDC_DELETION_PROGRESS 1093
+#define IDC_STOP_DELETION 1094
+
+// Wizard: task page.
+#define IDD_WIZARD_TASK_PAGE 164
+#define IDC_TASK_DELETION 1095
+#define IDC_TASK_PERMISSIONS 1096
+
+// Wizard: deletion page.
+#define IDD_WIZARD_DELETION_PAGE 165
+#define IDC_DELETION_STATUS 1043
+
+// Wizard: permissions page.
+#define IDD_WIZARD_PERMISSIONS_PAGE 166
+#define IDC_COMBINATIONS 1040
+#define IDC_WIZARD_ACCOUNTS 1044
+#define IDC_WIZARD_REMOVE_ACCOUNT 1100
+#define IDC_WIZARD_ADD_ACCOUNT 1101
+#define IDC_WIZARD_RIGHTS 1103
+
+// Settings.
+#define IDD_SETTINGS 188
+#define IDC_SETTINGS_ICONS 1104
+#define IDC_SETTINGS_SMALL_ICONS 1105
+#define IDC_SETTINGS_LIST 1106
+#define IDC_SETTINGS_DETAILS 1107
+#define IDC_SETTINGS_OWN_ICONS 1108
+#define IDC_SETTINGS_ASK_BEFORE_DELETION 1109
+#define IDC_SETTINGS_INTERMEDIATE_INFO 1111
+#define IDC_SETTINGS_EXPLORER_MENU 1112
+#define IDC_SETTINGS_TOOL_TIPS 1113
+
+// Multi-selection notice.
+#define IDD_SELECTION_NOTICE 209
+#define IDC_DO_NOT_SHOW_AGAIN 1114
+#define IDC_NOTICE_TEXT 1115
+
+// Rename.
+#define IDD_RENAME 241
+#define IDC_NEW_NAME 1134
+
+// New folder.
+#define IDD_NEW_FOLDER 243
+#define IDC_FOLDER_NAME 1001
+
+// File attributes.
+#define IDD_ATTRIBUTES 242
+#define IDC_ARCHIVE 1135
+#define IDC_HIDDEN 1136
+#define IDC_ALLOW_INDEXING 1137
+#define IDC_OFFLINE 1138
+#define IDC_READONLY 1139
+#define IDC_SYSTEM 1140
+#define IDC_TEMPORARY 1141
+#define IDC_ENCRYPTED 1148
+#define IDC_COMPRESSED 1149

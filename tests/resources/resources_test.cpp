@@ -1,0 +1,334 @@
+// Faults of the resource script that its compiler does not see. The expectations follow from how the program
+// uses the resources, not from their contents, so a changed text or layout needs no change here.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "resources/embedded_resources.h"
+#include "resources/resource_ids.h"
+#include "tests/resources/resource_file.h"
+
+namespace permora::test {
+namespace {
+
+constexpr std::uint32_t kVisible = 0x10000000;
+constexpr std::uint32_t kTabStop = 0x00010000;
+constexpr std::uint32_t kUnnamed = 0xFFFFFFFF;
+constexpr std::uint32_t kOk = 1;
+constexpr std::uint32_t kCancel = 2;
+
+const ResourceFile& Resources() {
+    static const ResourceFile file = ReadResourceFile(EmbeddedResources());
+    return file;
+}
+
+// The names and numbers that resource_ids.h defines.
+std::vector<std::pair<std::string, std::uint16_t>> DefinedNumbers() {
+    std::vector<std::pair<std::string, std::uint16_t>> numbers;
+    std::ifstream header(PERMORA_RESOURCE_IDS);
+    for (std::string line; std::getline(header, line);) {
+        std::istringstream words(line);
+        std::string directive;
+        std::string name;
+        unsigned number = 0;
+        if (words >> directive >> name >> number && directive == "#define") {
+            numbers.emplace_back(name, static_cast<std::uint16_t>(number));
+        }
+    }
+    return numbers;
+}
+
+std::set<std::uint16_t> NumbersWithPrefix(const std::string& prefix) {
+    std::set<std::uint16_t> numbers;
+    for (const auto& [name, number] : DefinedNumbers()) {
+        if (name.starts_with(prefix)) {
+            EXPECT_TRUE(prefix == "IDC_" || numbers.insert(number).second)
+                << name << " has another one's number";
+            numbers.insert(number);
+        }
+    }
+    return numbers;
+}
+
+template <typename Value>
+std::set<std::uint16_t> Keys(const std::map<std::uint16_t, Value>& map) {
+    std::set<std::uint16_t> keys;
+    for (const auto& entry : map) {
+        keys.insert(entry.first);
+    }
+    return keys;
+}
+
+bool IsButtonKind(const Control& control, std::initializer_list<std::uint32_t> kinds) {
+    return control.className == "BUTTON" && std::ranges::count(kinds, control.style & 0xF) != 0;
+}
+bool IsCheckBox(const Control& control) {
+    return IsButtonKind(control, {2, 3, 5, 6});
+}
+
+bool IsFrame(const Control& control) {
+    constexpr std::uint32_t kGroupBox = 7;
+    constexpr std::uint32_t kEtchedFrame = 0x12;
+    return IsButtonKind(control, {kGroupBox}) ||
+           (control.className == "STATIC" && (control.style & 0x1F) == kEtchedFrame);
+}
+
+bool IsLabel(const Control& control) {
+    return control.className == "STATIC" && control.id == kUnnamed && !control.text.empty();
+}
+
+// A combo box's template height includes the list that drops down.
+int HeightAtRest(const Control& control) {
+    return control.className == "COMBOBOX" ? std::min(control.height, 14) : control.height;
+}
+
+bool Overlap(const Control& one, const Control& other) {
+    return one.x < other.x + other.width && other.x < one.x + one.width &&
+           one.y < other.y + HeightAtRest(other) && other.y < one.y + HeightAtRest(one);
+}
+
+std::string Describe(const Control& control) {
+    return control.className + " " + std::to_string(static_cast<std::int32_t>(control.id)) + " \"" +
+           control.text + "\"";
+}
+
+std::vector<MenuItem> CommandsOf(const std::vector<MenuItem>& items) {
+    std::vector<MenuItem> commands;
+    for (const MenuItem& item : items) {
+        if (item.id != 0) {
+            commands.push_back(item);
+        }
+        const auto nested = CommandsOf(item.items);
+        commands.insert(commands.end(), nested.begin(), nested.end());
+    }
+    return commands;
+}
+
+std::set<std::uint16_t> CommandNumbers(std::uint16_t menu) {
+    std::set<std::uint16_t> numbers;
+    for (const MenuItem& item : CommandsOf(Resources().menus.at(menu).items)) {
+        numbers.insert(item.id);
+    }
+    return numbers;
+}
+
+TEST(Resources, NoResourceIsDefinedTwice) {
+    const auto& entries = Resources().entries;
+    const std::set<std::pair<std::uint16_t, std::uint16_t>> distinct(entries.begin(), entries.end());
+    EXPECT_EQ(distinct.size(), entries.size());
+    EXPECT_TRUE(distinct.contains({kManifest, std::uint16_t{1}}));
+    EXPECT_TRUE(distinct.contains({kVersion, std::uint16_t{1}}));
+}
+
+TEST(Resources, EveryNumberHasAResourceAndEveryResourceAName) {
+    EXPECT_EQ(Keys(Resources().dialogs), NumbersWithPrefix("IDD_"));
+    EXPECT_EQ(Keys(Resources().bitmapSizes), NumbersWithPrefix("IDB_"));
+
+    auto icons = NumbersWithPrefix("IDI_");
+    icons.insert(IDR_MAIN_FRAME);
+    EXPECT_EQ(Keys(Resources().iconSizes), icons);
+
+    const auto commands = NumbersWithPrefix("ID_");
+    EXPECT_EQ(CommandNumbers(IDR_MAIN_FRAME), commands);
+    auto strings = NumbersWithPrefix("IDS_");
+    strings.insert(IDR_MAIN_FRAME);
+    strings.insert(commands.begin(), commands.end());
+    strings.erase(ID_WEB_SITE);  // the one command without a prompt
+    EXPECT_EQ(Keys(Resources().strings), strings);
+
+    std::set<std::uint16_t> controls;
+    for (const auto& entry : Resources().dialogs) {
+        for (const Control& control : entry.second.controls) {
+            if (control.id != kUnnamed && control.id != kOk && control.id != kCancel &&
+                control.id != ID_GO_TO_LOCATION) {
+                controls.insert(static_cast<std::uint16_t>(control.id));
+            }
+        }
+    }
+    EXPECT_EQ(controls, NumbersWithPrefix("IDC_"));
+}
+
+TEST(Resources, PicturesHaveTheSizesTheyAreShownIn) {
+    for (const auto& [id, sizes] : Resources().iconSizes) {
+        std::vector<int> expected = {16, 24, 32, 48};
+        if (id == IDR_MAIN_FRAME) {
+            expected.push_back(256);
+        }
+        EXPECT_THAT(sizes, ::testing::UnorderedElementsAreArray(expected)) << "icon " << id;
+    }
+    using Size = ResourceFile::BitmapSize;
+    const auto& bitmaps = Resources().bitmapSizes;
+    EXPECT_EQ(bitmaps.at(IDB_WIZARD), (Size{66, 358}));
+    EXPECT_EQ(bitmaps.at(IDB_BANNER), (Size{358, 66}));
+    for (const int id : {IDB_GO_NORMAL, IDB_GO_PRESSED, IDB_GO_DISABLED}) {
+        EXPECT_EQ(bitmaps.at(static_cast<std::uint16_t>(id)), (Size{16, 16}));
+    }
+}
+
+TEST(DialogTemplates, AreWindowsOfTheRightKind) {
+    constexpr std::uint32_t kPopUp = 0x80000000;
+    constexpr std::uint32_t kChild = 0x40000000;
+    constexpr std::uint32_t kCaption = 0x00C00000;
+    constexpr std::uint32_t kDisabled = 0x08000000;
+    const std::set<std::uint16_t> pages = {
+        IDD_PERMISSIONS_PAGE,           IDD_SHARE_PERMISSIONS_PAGE, IDD_OWNER_PAGE,
+        IDD_EFFECTIVE_PERMISSIONS_PAGE, IDD_WIZARD_TASK_PAGE,       IDD_WIZARD_DELETION_PAGE,
+        IDD_WIZARD_PERMISSIONS_PAGE};
+    for (const auto& [id, dialog] : Resources().dialogs) {
+        SCOPED_TRACE("dialog " + std::to_string(id));
+        EXPECT_EQ(dialog.font, "8 MS Shell Dlg");
+        EXPECT_EQ(dialog.caption.empty(), id == IDD_ADDRESS_BAR);
+        const std::uint32_t windowStyle = dialog.style & (kPopUp | kChild | kCaption | kDisabled);
+        if (pages.contains(id)) {
+            EXPECT_EQ(windowStyle, kChild | kCaption | kDisabled);
+        } else {
+            EXPECT_EQ(windowStyle, id == IDD_ADDRESS_BAR ? kChild : kPopUp | kCaption);
+        }
+    }
+}
+
+TEST(DialogTemplates, NumberTheirControlsDistinctly) {
+    for (const auto& [id, dialog] : Resources().dialogs) {
+        std::set<std::uint32_t> seen;
+        for (const Control& control : dialog.controls) {
+            EXPECT_TRUE(control.id == kUnnamed || seen.insert(control.id).second)
+                << "dialog " << id << ": " << Describe(control);
+        }
+    }
+}
+
+void ExpectInside(const Dialog& dialog, const Control& control) {
+    EXPECT_GT(control.width, 0) << Describe(control);
+    EXPECT_GT(control.height, 0) << Describe(control);
+    EXPECT_GE(std::min(control.x, control.y), 0) << Describe(control);
+    EXPECT_LE(control.x + control.width, dialog.width) << Describe(control);
+    EXPECT_LE(control.y + HeightAtRest(control), dialog.height) << Describe(control);
+}
+
+TEST(DialogTemplates, KeepControlsInsideAndApart) {
+    for (const auto& [id, dialog] : Resources().dialogs) {
+        SCOPED_TRACE("dialog " + std::to_string(id));
+        const auto& controls = dialog.controls;
+        for (auto one = controls.begin(); one != controls.end(); ++one) {
+            ExpectInside(dialog, *one);
+            for (auto other = std::next(one); other != controls.end(); ++other) {
+                EXPECT_TRUE(IsFrame(*one) || IsFrame(*other) || !Overlap(*one, *other))
+                    << Describe(*one) << " overlaps " << Describe(*other);
+            }
+        }
+    }
+}
+
+// What has no text of its own is named by the text before it; a second box may follow the first one on its
+// row.
+TEST(DialogTemplates, NameEveryControl) {
+    for (const auto& [id, dialog] : Resources().dialogs) {
+        SCOPED_TRACE("dialog " + std::to_string(id));
+        const Control nothing;
+        const Control* previous = &nothing;
+        for (const Control& control : dialog.controls) {
+            const bool takesInput = (control.style & kTabStop) != 0 && (control.style & kVisible) != 0;
+            if (takesInput && control.text.empty() && id != IDD_ADDRESS_BAR) {
+                const bool secondBox =
+                    IsCheckBox(control) && IsCheckBox(*previous) && previous->y == control.y;
+                EXPECT_TRUE(IsLabel(*previous) || secondBox) << Describe(control);
+            }
+            previous = &control;
+        }
+    }
+}
+
+// A text that ends in a colon announces the next numbered control: one beside or below it, and no push
+// button.
+TEST(DialogTemplates, PutLabelsBeforeWhatTheyName) {
+    for (const auto& [id, dialog] : Resources().dialogs) {
+        SCOPED_TRACE("dialog " + std::to_string(id));
+        const auto& controls = dialog.controls;
+        for (auto label = controls.begin(); label != controls.end(); ++label) {
+            if (!IsLabel(*label) || label->text[label->text.find_last_not_of(' ')] != ':') {
+                continue;
+            }
+            const auto named =
+                std::find_if(label, controls.end(), [](const Control& c) { return c.id != kUnnamed; });
+            const bool announced = named != controls.end() && !IsButtonKind(*named, {0, 1}) &&
+                                   named->y + HeightAtRest(*named) >= label->y + label->height;
+            EXPECT_TRUE(announced) << Describe(*label);
+        }
+    }
+}
+
+TEST(Menus, ShowOnlyKeysThatWork) {
+    constexpr std::uint16_t kShift = 4;
+    constexpr std::uint16_t kControl = 8;
+    constexpr std::uint16_t kAlt = 16;
+    const std::map<std::string, std::uint16_t> keyNames = {
+        {"Esc", 0x1B}, {"Del", 0x2E}, {"F1", 0x70}, {"F2", 0x71}, {"F5", 0x74}};
+    std::set<std::pair<std::string, std::uint16_t>> keys;
+    for (const Accelerator& key : Resources().accelerators.at(IDR_MAIN_FRAME)) {
+        EXPECT_EQ(key.flags & kShift, 0);
+        std::string text;
+        text += (key.flags & kControl) != 0 ? "Ctrl+" : "";
+        text += (key.flags & kAlt) != 0 ? "Alt+" : "";
+        const auto name =
+            std::ranges::find(keyNames, key.key, &std::map<std::string, std::uint16_t>::value_type::second);
+        text += name != keyNames.end() ? name->first : std::string(1, static_cast<char>(key.key));
+        EXPECT_TRUE(keys.emplace(text, key.command).second) << text;
+    }
+    // The list answers these itself.
+    keys.emplace("Del", ID_DELETE);
+    keys.emplace("Backspace", ID_GO_UP);
+
+    std::set<std::pair<std::string, std::uint16_t>> shown;
+    for (const MenuItem& item : CommandsOf(Resources().menus.at(IDR_MAIN_FRAME).items)) {
+        if (const auto tab = item.text.find('\t'); tab != std::string::npos) {
+            shown.emplace(item.text.substr(item.text.find_first_not_of(' ', tab + 1)), item.id);
+        }
+    }
+    EXPECT_EQ(shown, keys);
+}
+
+TEST(Menus, HaveTheEntriesThatTheProgramFindsByPosition) {
+    const auto& menu = Resources().menus.at(IDR_MAIN_FRAME).items;
+    const auto commandsOf = [&](std::size_t popUp) {
+        std::vector<int> ids;
+        for (const MenuItem& item : menu.at(popUp).items) {
+            ids.push_back(item.id);
+        }
+        return ids;
+    };
+    EXPECT_THAT(commandsOf(0), ::testing::Contains(ID_NEW_FOLDER));
+    EXPECT_THAT(commandsOf(1), ::testing::Contains(ID_SHOW_SHARES));
+    EXPECT_THAT(commandsOf(2),
+                ::testing::ElementsAre(::testing::_, ::testing::_, ID_VIEW_OWN_ICONS, 0, ID_VIEW_ICONS,
+                                       ID_VIEW_SMALL_ICONS, ID_VIEW_LIST, ID_VIEW_DETAILS));
+    EXPECT_EQ(Resources().menus.at(IDR_CONTEXT_MENUS).items.size(), 2U);
+}
+
+TEST(Menus, GiveNoMnemonicTwiceInOnePopUp) {
+    for (const MenuItem& popUp : Resources().menus.at(IDR_MAIN_FRAME).items) {
+        std::set<int> mnemonics;
+        for (const MenuItem& item : popUp.items) {
+            if (const auto mark = item.text.find('&'); mark != std::string::npos) {
+                EXPECT_TRUE(mnemonics.insert(std::tolower(item.text.at(mark + 1))).second) << item.text;
+            }
+        }
+    }
+}
+
+TEST(Commands, OfContextMenusAndToolbarAreInTheMainMenu) {
+    const auto mainMenu = CommandNumbers(IDR_MAIN_FRAME);
+    EXPECT_THAT(mainMenu, ::testing::IsSupersetOf(CommandNumbers(IDR_CONTEXT_MENUS)));
+    for (const std::uint16_t command : Resources().toolbars.at(IDR_MAIN_FRAME)) {
+        if (command != 0) {
+            EXPECT_TRUE(mainMenu.contains(command)) << command;
+            EXPECT_THAT(Resources().strings.at(command), ::testing::MatchesRegex(".+\n.+")) << "no tool tip";
+        }
+    }
+}
+
+}  // namespace
+}  // namespace permora::test
