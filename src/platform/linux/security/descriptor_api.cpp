@@ -9,24 +9,9 @@
 
 namespace {
 
+using permora::host::ClaimedLength;
 using permora::host::DescriptorView;
 using permora::host::Fail;
-
-// The size that an access list claims.
-DWORD AclLength(PACL acl) {
-    if (acl == nullptr) return 0;
-    ACL header;
-    std::memcpy(&header, acl, sizeof(header));
-    return header.AclSize;
-}
-
-// The lists count only when the control word says that they are there.
-PACL PresentDacl(const DescriptorView& view) {
-    return (view.control & SE_DACL_PRESENT) != 0 ? view.dacl : nullptr;
-}
-PACL PresentSacl(const DescriptorView& view) {
-    return (view.control & SE_SACL_PRESENT) != 0 ? view.sacl : nullptr;
-}
 
 struct Part {
     void* bytes;  // null: the descriptor has none
@@ -38,10 +23,8 @@ struct Parts {
 };
 
 Parts PartsOf(const DescriptorView& view) {
-    PACL sacl = PresentSacl(view);
-    PACL dacl = PresentDacl(view);
-    return {{sacl, AclLength(sacl)},
-            {dacl, AclLength(dacl)},
+    return {{view.sacl, ClaimedLength(view.sacl)},
+            {view.dacl, ClaimedLength(view.dacl)},
             {view.owner, GetLengthSid(view.owner)},
             {view.group, GetLengthSid(view.group)}};
 }

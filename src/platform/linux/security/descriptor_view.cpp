@@ -6,9 +6,9 @@ namespace permora::host {
 namespace {
 
 template <typename Header>
-Header ReadHeader(PSECURITY_DESCRIPTOR descriptor) {
+Header ReadHeader(const void* bytes) {
     Header header;
-    std::memcpy(&header, descriptor, sizeof(header));
+    std::memcpy(&header, bytes, sizeof(header));
     return header;
 }
 
@@ -32,18 +32,31 @@ std::optional<DescriptorView> ViewOfSelfRelative(PSECURITY_DESCRIPTOR descriptor
                           static_cast<PACL>(partAt(header.Dacl))};
 }
 
+DescriptorView ViewOfAbsolute(PSECURITY_DESCRIPTOR descriptor) {
+    const auto header = ReadHeader<SECURITY_DESCRIPTOR>(descriptor);
+    return {header.Sbz1, header.Control, header.Owner, header.Group, header.Sacl, header.Dacl};
+}
+
 }  // namespace
 
 std::optional<DescriptorView> DescriptorView::Of(PSECURITY_DESCRIPTOR descriptor) {
-    if (descriptor == nullptr || *static_cast<BYTE*>(descriptor) != SECURITY_DESCRIPTOR_REVISION) {
+    const auto* bytes = static_cast<const BYTE*>(descriptor);
+    if (bytes == nullptr || bytes[offsetof(SECURITY_DESCRIPTOR, Revision)] != SECURITY_DESCRIPTOR_REVISION) {
         return std::nullopt;
     }
     SECURITY_DESCRIPTOR_CONTROL control = 0;
-    std::memcpy(&control, static_cast<BYTE*>(descriptor) + offsetof(SECURITY_DESCRIPTOR, Control),
-                sizeof(control));
-    if ((control & SE_SELF_RELATIVE) != 0) return ViewOfSelfRelative(descriptor);
-    const auto header = ReadHeader<SECURITY_DESCRIPTOR>(descriptor);
-    return DescriptorView{header.Sbz1, header.Control, header.Owner, header.Group, header.Sacl, header.Dacl};
+    std::memcpy(&control, bytes + offsetof(SECURITY_DESCRIPTOR, Control), sizeof(control));
+    auto view =
+        (control & SE_SELF_RELATIVE) != 0 ? ViewOfSelfRelative(descriptor) : ViewOfAbsolute(descriptor);
+    if (!view) return std::nullopt;
+    if ((control & SE_SACL_PRESENT) == 0) view->sacl = nullptr;
+    if ((control & SE_DACL_PRESENT) == 0) view->dacl = nullptr;
+    return view;
+}
+
+DWORD ClaimedLength(PACL acl) {
+    if (acl == nullptr) return 0;
+    return ReadHeader<ACL>(acl).AclSize;
 }
 
 }  // namespace permora::host

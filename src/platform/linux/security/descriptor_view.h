@@ -7,8 +7,9 @@
 
 namespace permora::host {
 
-// The header of a descriptor and where its parts stand; null means that it has no such part. The parts belong
-// to the descriptor's owner, may be unaligned and are not checked.
+// The header of a descriptor and where its parts stand; null means that it has no such part. A list counts
+// only when the control word says that it is there. The parts belong to the descriptor's owner, may be
+// unaligned and are not checked.
 struct DescriptorView {
     BYTE resourceManagerControl;
     SECURITY_DESCRIPTOR_CONTROL control;
@@ -21,5 +22,8 @@ struct DescriptorView {
     // revision is unknown or an offset leads into the header itself.
     static std::optional<DescriptorView> Of(PSECURITY_DESCRIPTOR descriptor);
 };
+
+// The size in bytes that a list's header claims; 0 for no list.
+DWORD ClaimedLength(PACL acl);
 
 }  // namespace permora::host

@@ -1,0 +1,127 @@
+// SIDs and security descriptors as text, and back.
+#include <cstring>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/memory.h"
+#include "platform/api/security.h"
+#include "platform/linux/accounts/unix_accounts.h"
+#include "platform/linux/base/failure.h"
+#include "platform/linux/security/descriptor_view.h"
+#include "platform/nt/sddl.h"
+#include "platform/nt/security_descriptor.h"
+#include "platform/nt/sid.h"
+
+namespace {
+
+using permora::host::ClaimedLength;
+using permora::host::DescriptorView;
+using permora::host::Fail;
+using permora::nt::Acl;
+using permora::nt::DaclState;
+using permora::nt::SecurityDescriptor;
+using permora::nt::Sid;
+
+constexpr SECURITY_INFORMATION kAllParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
+                                           DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
+
+// A copy that the caller frees with LocalFree; null with the last error set when there is no memory.
+void* LocalCopy(const void* bytes, std::size_t size) {
+    void* copy = LocalAlloc(LMEM_FIXED, size);
+    if (copy != nullptr) std::memcpy(copy, bytes, size);
+    return copy;
+}
+
+std::optional<Sid> SidValue(PSID sid) {
+    if (sid == nullptr) return std::nullopt;
+    return Sid::FromBytes({static_cast<const BYTE*>(sid), GetLengthSid(sid)});
+}
+
+std::span<const BYTE> BytesOf(PACL acl) {
+    return {reinterpret_cast<const BYTE*>(acl), ClaimedLength(acl)};
+}
+
+// The value of a descriptor in either form; nothing when it is not valid.
+std::optional<SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descriptor) {
+    if (!IsValidSecurityDescriptor(descriptor)) return std::nullopt;
+    const auto view = DescriptorView::Of(descriptor);
+    if (!view) return std::nullopt;
+
+    SecurityDescriptor value;
+    value.control = view->control | SE_SELF_RELATIVE;
+    value.resourceManagerControl = view->resourceManagerControl;
+    value.owner = SidValue(view->owner);
+    value.group = SidValue(view->group);
+    if ((view->control & SE_DACL_PRESENT) != 0) value.daclState = DaclState::kNull;
+    if (view->dacl != nullptr) {
+        auto dacl = Acl::FromBytes(BytesOf(view->dacl));
+        if (!dacl) return std::nullopt;
+        value.daclState = DaclState::kList;
+        value.dacl = std::move(*dacl);
+    }
+    const auto sacl = BytesOf(view->sacl);
+    value.saclBytes.assign(sacl.begin(), sacl.end());
+    return value;
+}
+
+}  // namespace
+
+BOOL WINAPI ConvertSidToStringSidA(PSID sid, LPSTR* text) {
+    if (text == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    const auto value = SidValue(sid);
+    if (!value) return Fail(ERROR_INVALID_SID);
+    const std::string written = value->ToText();
+    void* copy = LocalCopy(written.c_str(), written.size() + 1);
+    if (copy == nullptr) return FALSE;
+    *text = static_cast<LPSTR>(copy);
+    return TRUE;
+}
+
+BOOL WINAPI ConvertStringSidToSidA(LPCSTR text, PSID* sid) {
+    if (text == nullptr || sid == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    const auto value = permora::nt::SidFromSddl(text, permora::host::MachineSid());
+    if (!value) return Fail(ERROR_INVALID_SID);
+    const auto bytes = value->Bytes();
+    void* copy = LocalCopy(bytes.data(), bytes.size());
+    if (copy == nullptr) return FALSE;
+    *sid = copy;
+    return TRUE;
+}
+
+// The length counts the characters of the text with its NUL.
+BOOL WINAPI ConvertSecurityDescriptorToStringSecurityDescriptorA(PSECURITY_DESCRIPTOR descriptor,
+                                                                 DWORD revision,
+                                                                 SECURITY_INFORMATION information,
+                                                                 LPSTR* text, PULONG length) {
+    if (text == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    if (revision != SDDL_REVISION_1) return Fail(ERROR_UNKNOWN_REVISION);
+    const auto value = DescriptorValue(descriptor);
+    if (!value) return Fail(ERROR_INVALID_SECURITY_DESCR);
+    const auto written = permora::nt::ToSddl(*value, information & kAllParts);
+    // It holds an entry of a type for which the language has no word.
+    if (!written) return Fail(ERROR_NOT_SUPPORTED);
+    void* copy = LocalCopy(written->c_str(), written->size() + 1);
+    if (copy == nullptr) return FALSE;
+    *text = static_cast<LPSTR>(copy);
+    if (length != nullptr) *length = static_cast<ULONG>(written->size() + 1);
+    return TRUE;
+}
+
+BOOL WINAPI ConvertStringSecurityDescriptorToSecurityDescriptorA(LPCSTR text, DWORD revision,
+                                                                 PSECURITY_DESCRIPTOR* descriptor,
+                                                                 PULONG size) {
+    if (text == nullptr || descriptor == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    if (revision != SDDL_REVISION_1) return Fail(ERROR_UNKNOWN_REVISION);
+    const auto value = permora::nt::FromSddl(text, permora::host::MachineSid());
+    if (!value) return Fail(ERROR_INVALID_PARAMETER);
+    std::vector<BYTE> bytes;
+    if (!value->AppendTo(bytes)) return Fail(ERROR_INVALID_ACL);
+    void* copy = LocalCopy(bytes.data(), bytes.size());
+    if (copy == nullptr) return FALSE;
+    *descriptor = copy;
+    if (size != nullptr) *size = static_cast<ULONG>(bytes.size());
+    return TRUE;
+}
