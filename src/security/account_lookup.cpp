@@ -1,5 +1,6 @@
 #include "security/account_lookup.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/api/errors.h"
@@ -60,6 +61,9 @@ DWORD LookupNameBySid(PSID sid, UniqueLocal<char>& name, UniqueLocal<char>& doma
         if (!tooSmall) {
             return error;
         }
+        // Of a text that did fit, the length without its NUL may have been reported.
+        nameSize = std::max(nameSize, kFirstNameSize);
+        domainSize = std::max(domainSize, kFirstNameSize);
         if (!look()) {
             return GetLastError();
         }

@@ -1,8 +1,10 @@
 #include "security/account_record.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <utility>
+#include <vector>
 
 #include "platform/api/errors.h"
 
@@ -99,17 +101,19 @@ bool AccountRecord::Lookup() {
 }
 
 bool AccountRecord::LookupLongNames(DWORD nameSize, DWORD domainSize) {
-    // Only the text that did not fit is sure to have been reported with its NUL.
-    std::string longName(++nameSize, '\0');
-    std::string longDomain(++domainSize, '\0');
+    // Of a text that did fit, the length without its NUL may have been reported.
+    nameSize = std::max(nameSize, kFirstNameSize);
+    domainSize = std::max(domainSize, kFirstNameSize);
+    std::vector<char> longName(nameSize);
+    std::vector<char> longDomain(domainSize);
     SID_NAME_USE foundUse = SidTypeInvalid;
     if (LookupAccountSidA(machine.c_str(), sid.get(), longName.data(), &nameSize, longDomain.data(),
                           &domainSize, &foundUse) == FALSE) {
         use = SidTypeInvalid;
         return false;
     }
-    name.assign(longName.data());
-    domain.assign(longDomain.data());
+    name = longName.data();
+    domain = longDomain.data();
     use = foundUse;
     return true;
 }

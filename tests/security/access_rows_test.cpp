@@ -1,0 +1,37 @@
+#include "security/access_rows.h"
+
+#include <string>
+
+#include "gtest/gtest.h"
+#include "platform/api/errors.h"
+#include "tests/security/entries.h"
+#include "tests/security/service_fakes.h"
+
+namespace permora {
+namespace {
+
+using testing::kAllow;
+using testing::kAllowObject;
+using testing::kDeny;
+
+TEST(AccessRows, ShowAllowAndDenyEntriesAndKeepTheIndexOfEach) {
+    testing::ServiceFakes services;
+    services.accounts = {{testing::SidOf('A').ToText(), "HOST", "ada", SidTypeUser}};
+    AccessEntryList list = testing::ListOf({{kAllowObject, 'A', 1, 0},
+                                            {kDeny, 'A', 0x100002, 0},
+                                            {SYSTEM_AUDIT_ACE_TYPE, 'A', 1, 0},
+                                            {kAllow, 'B', 0x1F01FF, 0x1B},
+                                            {kAllow, 'A', 3, 0x18}});
+    std::string text;
+    for (const AccessRow& row : AccessRowsOf(list)) {
+        text += std::to_string(row.entryIndex) + '|' + row.type + '|' + row.name + '|' + row.permission +
+                '|' + row.inheritance + '|' + row.applyTo + '\n';
+    }
+    EXPECT_EQ(text,
+              "1|Deny|HOST\\ada|Write file/Create file|Not inherited|This folder only\n"
+              "3|Allow|S-1-5-21-1-2-3-66|Full control|Inherited|Subfolders and files only\n"
+              "4|Allow|HOST\\ada|Special|Inherited|\n");
+}
+
+}  // namespace
+}  // namespace permora

@@ -1,0 +1,151 @@
+#include "security/dacl_builder.h"
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "gtest/gtest.h"
+#include "platform/api/errors.h"
+#include "platform/nt/security_descriptor.h"
+#include "security/message_boxes.h"
+#include "tests/security/entries.h"
+#include "tests/security/service_fakes.h"
+#include "tests/support/recording_presenter.h"
+
+namespace permora {
+namespace {
+
+using testing::EntriesOf;
+using testing::kAllow;
+using testing::kAllowObject;
+using testing::kDeny;
+using testing::ListOf;
+using testing::RecordingPresenter;
+using testing::ServiceFakes;
+using testing::ShortEntry;
+
+class DaclBuilder : public ::testing::Test {
+  protected:
+    UniqueLocal<ACL> Build(const AccessEntryList& list) const {
+        return BuildDacl(nullptr, library.get(), list);
+    }
+
+    ServiceFakes services;
+    UniqueLibrary library = LoadAccessListLibrary(nullptr);
+};
+
+TEST_F(DaclBuilder, WritesAnEntryByteForByte) {
+    const UniqueLocal<ACL> dacl = Build(ListOf({{kAllow, 'A', 0xF01FF, 0x13}}));
+    ASSERT_NE(dacl, nullptr);
+    const std::vector<std::uint8_t> expected = {
+        2,    0,    44,   0, 1,   0, 0, 0,  // revision 2, 44 bytes, 1 entry
+        0,    0x13, 36,   0,                // allow, flags, 36 bytes
+        0xFF, 0x01, 0x1F, 0,                // with SYNCHRONIZE
+        1,    5,    0,    0, 0,   0, 0, 5, 21, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0,  // S-1-5-21-1-2-
+        3,    0,    0,    0, 'A', 0, 0, 0,
+    };
+    ASSERT_EQ(dacl->AclSize, expected.size());
+    EXPECT_EQ(std::memcmp(dacl.get(), expected.data(), expected.size()), 0);
+}
+
+TEST_F(DaclBuilder, WritesAllowAndDenyEntriesInTheirOrderAndNoOthers) {
+    AccessEntryList list = ListOf({{kAllow, 'A', 1, 0x10},
+                                   {kAllowObject, 'B', 1, 0},
+                                   {SYSTEM_AUDIT_ACE_TYPE, 'B', 1, 0},
+                                   {kDeny, 'C', 0x10000002, 0x0F}});
+    list.AddEntry({}, 2, 0, kDeny);  // without an account
+    const UniqueLocal<ACL> dacl = Build(list);
+    ASSERT_NE(dacl, nullptr);
+    AccessEntryList written;
+    written.LoadFromDacl(dacl.get());
+    EXPECT_EQ(EntriesOf(written),
+              (std::vector<ShortEntry>{{kAllow, 'A', 1, 0x10}, {kDeny, 'C', 0x10000002, 0x0F}}));
+    void* ace = nullptr;
+    ASSERT_TRUE(GetAce(dacl.get(), 1, &ace));
+    EXPECT_EQ(static_cast<ACCESS_ALLOWED_ACE*>(ace)->Mask, 0x10100002U);
+
+    const UniqueLocal<ACL> empty = Build({});
+    ASSERT_NE(empty, nullptr);
+    EXPECT_EQ(empty->AclSize, sizeof(ACL));
+    EXPECT_EQ(empty->AceCount, 0);
+}
+
+TEST_F(DaclBuilder, TellsWhenTheListWouldBeTooLarge) {
+    RecordingPresenter boxes;
+    std::vector<ShortEntry> entries(1819, {kAllow, 'A', 1, 0});
+    EXPECT_NE(Build(ListOf(entries)), nullptr);  // 8 + 1819 * 36 bytes, nearly 64 KiB
+
+    AccessEntryList tooLarge = ListOf(entries);
+    tooLarge.AddEntry(testing::AccountOf('B'), 1, 0, kAllow);
+    tooLarge.AddEntry(testing::AccountOf('C'), 1, 0, kAllow);
+    EXPECT_EQ(Build(tooLarge), nullptr);
+    EXPECT_EQ(boxes.TakeBoxes(),
+              (std::vector<testing::RecordedBox>{
+                  {kErrorCaption, "Error: cannot initialize object's access control list", MB_ICONERROR}}));
+}
+
+TEST_F(DaclBuilder, EndsTheProcessWithoutLibraryFunctionOrMemory) {
+    for (const char* missing : {"AddAccessAllowedAceEx", "AddAccessDeniedAceEx"}) {
+        services.missingFunction = missing;
+        EXPECT_EXIT(Build({}), ::testing::ExitedWithCode(0), "cannot load functions to apply settings");
+    }
+    services.missingFunction.clear();
+    services.allocationsLeft = 0;
+    EXPECT_EXIT(Build({}), ::testing::ExitedWithCode(0), "cannot allocate buffer");
+    services.allocationsLeft = 9;
+    services.loadLibrary = [](LPCSTR) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return nullptr;
+    };
+    EXPECT_EXIT(LoadAccessListLibrary(nullptr), ::testing::ExitedWithCode(0),
+                GetSystemMessageText(ERROR_ACCESS_DENIED).substr(0, 10));
+}
+
+class AbsoluteDescriptor : public ::testing::Test {
+  protected:
+    AbsoluteDescriptor() {
+        nt::SecurityDescriptor descriptor;
+        descriptor.owner = testing::SidOf('O');
+        descriptor.group = testing::SidOf('G');
+        descriptor.daclState = nt::DaclState::kList;
+        descriptor.dacl.entries.push_back({kDeny, 3, 7, testing::SidOf('A'), {}, {}});
+        static_cast<void>(descriptor.AppendTo(bytes));
+    }
+
+    ServiceFakes services;
+    std::vector<std::uint8_t> bytes;
+    PSECURITY_DESCRIPTOR absolute = nullptr;
+    UniqueHeap heap;
+};
+
+TEST_F(AbsoluteDescriptor, HoldsTheSamePartsInItsHeap) {
+    ASSERT_TRUE(MakeAbsoluteDescriptor(bytes.data(), absolute, heap));
+    bytes.assign(bytes.size(), 0xEE);  // nothing may point into the source
+    PSID owner = nullptr;
+    PACL dacl = nullptr;
+    BOOL present = FALSE;
+    BOOL defaulted = FALSE;
+    ASSERT_TRUE(GetSecurityDescriptorOwner(absolute, &owner, &defaulted));
+    const AccountRecord expectedOwner = testing::AccountOf('O');
+    EXPECT_TRUE(EqualSid(owner, expectedOwner.sid.get()));
+    ASSERT_TRUE(GetSecurityDescriptorDacl(absolute, &present, &dacl, &defaulted));
+    AccessEntryList list;
+    list.LoadFromDacl(dacl);
+    EXPECT_EQ(EntriesOf(list), (std::vector<ShortEntry>{{kDeny, 'A', 7, 3}}));
+}
+
+TEST_F(AbsoluteDescriptor, FailsWithoutLeavingAnything) {
+    // The heap, then the descriptor, the list, the owner and the group.
+    for (int allocations = 0; allocations < 5; ++allocations) {
+        services.allocationsLeft = allocations;
+        EXPECT_FALSE(MakeAbsoluteDescriptor(bytes.data(), absolute, heap)) << allocations;
+    }
+    services.allocationsLeft = 5;
+    bytes[0] = 2;  // no known revision
+    EXPECT_FALSE(MakeAbsoluteDescriptor(bytes.data(), absolute, heap));
+    EXPECT_EQ(absolute, nullptr);
+    EXPECT_EQ(heap, nullptr);
+}
+
+}  // namespace
+}  // namespace permora

@@ -1,0 +1,156 @@
+#include "tests/security/service_fakes.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "gtest/gtest.h"
+#include "platform/api/files.h"
+#include "platform/nt/sid.h"
+
+namespace permora::testing {
+namespace {
+
+ServiceFakes* fakes = nullptr;
+
+BOOL Fail(DWORD error) {
+    SetLastError(error);
+    return FALSE;
+}
+
+bool TakeAllocation() {
+    if (fakes == nullptr || fakes->allocationsLeft-- > 0) {
+        return true;
+    }
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return false;
+}
+
+// Reports a text by the SDK's contract: the size needed with the NUL when it does not fit, the length when it
+// does.
+bool Report(const std::string& text, LPSTR buffer, LPDWORD size) {
+    const auto needed = static_cast<DWORD>(text.size() + 1);
+    const bool fits = *size >= needed;
+    if (fits) {
+        std::memcpy(buffer, text.c_str(), needed);
+    }
+    *size = fits ? needed - 1 : needed;
+    return fits;
+}
+
+// Null with the last error set when there is no such account.
+const FakeAccount* Find(LPCSTR system, std::string FakeAccount::*field, const std::string& value) {
+    fakes->machinesAsked.emplace_back(system != nullptr ? system : "(none)");
+    SetLastError(fakes->accountError != ERROR_SUCCESS ? fakes->accountError : DWORD{ERROR_NONE_MAPPED});
+    const auto& accounts = fakes->accounts;
+    const auto found = std::find_if(accounts.begin(), accounts.end(),
+                                    [&](const FakeAccount& account) { return account.*field == value; });
+    return fakes->accountError != ERROR_SUCCESS || found == accounts.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+ServiceFakes::ServiceFakes() {
+    fakes = this;
+}
+
+ServiceFakes::~ServiceFakes() {
+    fakes = nullptr;
+}
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
+extern "C" {
+
+HLOCAL __real_LocalAlloc(UINT flags, SIZE_T bytes);
+HLOCAL __wrap_LocalAlloc(UINT flags, SIZE_T bytes) {
+    return TakeAllocation() ? __real_LocalAlloc(flags, bytes) : nullptr;
+}
+
+HANDLE __real_HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize);
+HANDLE __wrap_HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize) {
+    return TakeAllocation() ? __real_HeapCreate(options, initialSize, maximumSize) : nullptr;
+}
+
+LPVOID __real_HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes);
+LPVOID __wrap_HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes) {
+    return TakeAllocation() ? __real_HeapAlloc(heap, flags, bytes) : nullptr;
+}
+
+FARPROC __real_GetProcAddress(HMODULE library, LPCSTR name);
+FARPROC __wrap_GetProcAddress(HMODULE library, LPCSTR name) {
+    const bool missing = fakes != nullptr && fakes->missingFunction == name;
+    return missing ? nullptr : __real_GetProcAddress(library, name);
+}
+
+HMODULE __real_LoadLibraryA(LPCSTR name);
+HMODULE __wrap_LoadLibraryA(LPCSTR name) {
+    const bool faked = fakes != nullptr && fakes->loadLibrary;
+    return faked ? fakes->loadLibrary(name) : __real_LoadLibraryA(name);
+}
+
+HMODULE __real_LoadLibraryExA(LPCSTR name, HANDLE reserved, DWORD flags);
+HMODULE __wrap_LoadLibraryExA(LPCSTR name, HANDLE reserved, DWORD flags) {
+    const bool faked = fakes != nullptr && fakes->loadLibrary;
+    return faked ? fakes->loadLibrary(name) : __real_LoadLibraryExA(name, reserved, flags);
+}
+
+BOOL __wrap_LookupAccountSidA(LPCSTR system, PSID sid, LPSTR name, LPDWORD nameSize, LPSTR domain,
+                              LPDWORD domainSize, PSID_NAME_USE use) {
+    const auto value = nt::Sid::FromBytes({static_cast<const BYTE*>(sid), GetLengthSid(sid)});
+    const FakeAccount* account = Find(system, &FakeAccount::sidText, value->ToText());
+    if (account == nullptr) {
+        return FALSE;
+    }
+    const bool nameFits = Report(account->name, name, nameSize);
+    const bool domainFits = Report(account->domain, domain, domainSize);
+    if (!nameFits || !domainFits) {
+        return Fail(ERROR_INSUFFICIENT_BUFFER);
+    }
+    *use = account->use;
+    return TRUE;
+}
+
+BOOL __wrap_LookupAccountNameA(LPCSTR system, LPCSTR accountName, PSID sid, LPDWORD sidSize, LPSTR domain,
+                               LPDWORD domainSize, PSID_NAME_USE use) {
+    const FakeAccount* account = Find(system, &FakeAccount::name, accountName);
+    if (account == nullptr) {
+        return FALSE;
+    }
+    const auto value = nt::Sid::FromText(account->sidText);
+    const auto bytes = value->Bytes();
+    const bool sidFits = *sidSize >= bytes.size();
+    *sidSize = static_cast<DWORD>(bytes.size());
+    // A domain that needs no room at all still fits into none.
+    const bool domainFits =
+        (domain == nullptr && account->domain.empty()) || Report(account->domain, domain, domainSize);
+    if (!sidFits || !domainFits) {
+        return Fail(ERROR_INSUFFICIENT_BUFFER);
+    }
+    std::memcpy(sid, bytes.data(), bytes.size());
+    *use = account->use;
+    return TRUE;
+}
+
+BOOL __wrap_GetVolumeInformationA(LPCSTR root, LPSTR, DWORD, LPDWORD, LPDWORD, LPDWORD flags, LPSTR, DWORD) {
+    return fakes->getVolumeInformation(root, flags);
+}
+
+DWORD __wrap_GetNamedSecurityInfoA(LPCSTR path, SE_OBJECT_TYPE type, SECURITY_INFORMATION information,
+                                   PSID* owner, PSID* group, PACL* dacl, PACL* sacl,
+                                   PSECURITY_DESCRIPTOR* descriptor) {
+    EXPECT_EQ(type, SE_FILE_OBJECT);
+    EXPECT_EQ(information, DACL_SECURITY_INFORMATION);
+    EXPECT_TRUE(owner == nullptr && group == nullptr && sacl == nullptr);
+    return fakes->getNamedSecurityInfo(path, dacl, descriptor);
+}
+
+DWORD __wrap_SetNamedSecurityInfoA(LPSTR path, SE_OBJECT_TYPE type, SECURITY_INFORMATION information,
+                                   PSID owner, PSID group, PACL dacl, PACL sacl) {
+    EXPECT_EQ(type, SE_FILE_OBJECT);
+    EXPECT_TRUE(owner == nullptr && group == nullptr && sacl == nullptr);
+    return fakes->setNamedSecurityInfo(path, information, dacl);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
+
+}  // namespace permora::testing

@@ -1,0 +1,49 @@
+// The system services under the security model, replaced one by one at link time (CMakeLists.txt).
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/libraries.h"
+#include "platform/api/security.h"
+
+namespace permora::testing {
+
+// One account of the made-up account database.
+struct FakeAccount {
+    std::string sidText;
+    std::string domain;
+    std::string name;
+    SID_NAME_USE use;
+};
+
+// While it lives, services that have a function here are answered by it. Without one, the account database is
+// `accounts`, the other services are the real ones, and those that would touch a disk fail the test.
+class ServiceFakes {
+  public:
+    ServiceFakes();
+    ServiceFakes(const ServiceFakes&) = delete;
+    ServiceFakes& operator=(const ServiceFakes&) = delete;
+    ~ServiceFakes();
+
+    std::vector<FakeAccount> accounts;
+    // The error of every account look-up, when it is not 0.
+    DWORD accountError = ERROR_SUCCESS;
+    // The system name of every account look-up; "(none)" for null.
+    std::vector<std::string> machinesAsked;
+
+    // The number of allocations (local or private heap, heaps included) that still succeed.
+    int allocationsLeft = 1'000'000;
+
+    // The name that no library has a function for.
+    std::string missingFunction;
+
+    std::function<HMODULE(LPCSTR)> loadLibrary;
+    std::function<BOOL(LPCSTR root, LPDWORD flags)> getVolumeInformation;
+    std::function<DWORD(LPCSTR path, PACL* dacl, PSECURITY_DESCRIPTOR* descriptor)> getNamedSecurityInfo;
+    std::function<DWORD(LPCSTR path, SECURITY_INFORMATION information, PACL dacl)> setNamedSecurityInfo;
+};
+
+}  // namespace permora::testing
