@@ -21,7 +21,7 @@ namespace {
 
 // Ours alone, so that the machine's id cannot be found out from a SID that we show.
 constexpr sd_id128_t kApplication =
-    SD_ID128_MAKE(7d, 2e, 0b, 61, 94, c3, 4f, 8a, b6, 15, e8, 43, d9, 70, 2c, 5f);
+    SD_ID128_ARRAY(7d, 2e, 0b, 61, 94, c3, 4f, 8a, b6, 15, e8, 43, d9, 70, 2c, 5f);
 
 constexpr const char* kUsualPrivateFolder = "/var/lib/samba/private";
 
