@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "framework/geometry.h"
 #include "framework/message_map.h"
@@ -61,7 +62,9 @@ class CWnd : public CCmdTarget {
     void MoveWindow(const Rect& rect);  // parent's client coordinates; the screen's for top-level windows
 
     // A control of this window by id; null when the template has none. The typed form is null also when the
-    // control is of another kind. The window owns its controls.
+    // control is of another kind. A template's controls belong to this window. Their objects stay, without
+    // windows, until this window is made anew or its object goes, so that a worker that is about to end may
+    // still call what any thread may call.
     CWnd* GetDlgItem(unsigned int id) const;
     template <class Control>
     Control* GetDlgItem(unsigned int id) const {
@@ -87,6 +90,8 @@ class CWnd : public CCmdTarget {
     std::unique_ptr<NativeWindow, NativeWindowDeleter> native;
     CWnd* parent = nullptr;
     unsigned int controlId = 0;
+    std::vector<CWnd*> children;                        // all child windows, in the order of their making
+    std::vector<std::unique_ptr<CWnd>> ownedControls;  // those that came from the template
 };
 
 // Runs `work` on the user-interface thread: at once when called there, else after the messages before it,

@@ -1,0 +1,189 @@
+// The seam between the framework's shared half and a back end: what a back end must make.
+//
+// A window of the contract (CWnd) owns one NativeWindow while it has a window. The shared half asks through
+// the virtual functions, the back end reports through the protected ones. All of it runs on the
+// user-interface thread unless a declaration says otherwise. Geometry is in logical pixels.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "framework/device_context.h"
+#include "framework/geometry.h"
+#include "framework/images.h"
+#include "framework/window.h"
+
+namespace permora {
+
+// What every window needs.
+class NativeWindow {
+  public:
+    explicit NativeWindow(CWnd& owner) : window(owner) {}
+    NativeWindow(const NativeWindow&) = delete;
+    NativeWindow& operator=(const NativeWindow&) = delete;
+    virtual ~NativeWindow() = default;
+
+    CWnd& Window() const { return window; }
+
+    virtual HWND Handle() const = 0;
+    virtual void SetText(const std::string& text) = 0;
+    virtual std::string Text() const = 0;
+    virtual void SetEnabled(bool enabled) = 0;
+    virtual void SetVisible(bool visible) = 0;
+    // `style` has just changed from `before`, in bits other than WS_VISIBLE and WS_DISABLED.
+    virtual void StyleChanged(DWORD /*before*/) {}
+    virtual void Redraw() = 0;      // paints before it returns
+    virtual void Invalidate() = 0;  // paints soon
+    virtual void SetFocus() = 0;
+    virtual bool HasFocus() const = 0;
+    virtual Rect ScreenRect() const = 0;
+    virtual Rect ClientRect() const = 0;
+    virtual void Move(const Rect& rect) = 0;  // as CWnd::MoveWindow
+    // The size at which no text is cut.
+    virtual Size PreferredSize() const = 0;
+    // What assistive technology calls the window where its own text does not do.
+    virtual void SetAccessibleName(const std::string& name) = 0;
+
+    DWORD style = 0;  // kept by the shared half
+
+  protected:
+    // The back end's reports: each passes the event on to the window's virtual function.
+    void ReportSize(Size client) { window.OnSize(client); }
+    void ReportPaint(CDC& dc) { window.OnPaint(dc); }
+    Handled ReportMouseMove(Point client) { return window.OnMouseMove(client); }
+    Handled ReportLeftButtonDown(Point client) { return window.OnLButtonDown(client); }
+    void ReportFocus() { window.OnSetFocus(); }
+    // Offers `notification` (its id is filled in here) to the parent; true when a handler took it.
+    bool ReportNotification(Notification& notification);
+    bool ReportNotification(Notify code);
+
+  private:
+    CWnd& window;
+};
+
+enum class ControlKind {
+    kPushButton,
+    kCheckBox,
+    kRadioButton,
+    kGroupBox,
+    kBitmapButton,
+    kEdit,
+    kStaticText,
+    kStaticPicture,
+    kEtchedFrame,
+    kComboBox,
+    kListView,
+    kTabs,
+};
+
+// One control to be made.
+struct ControlSpec {
+    ControlKind kind = ControlKind::kStaticText;
+    unsigned int id = 0;
+    DWORD style = 0;
+    std::string text;
+    unsigned int pictureId = 0;  // kStaticPicture: icon (SS_ICON) or bitmap (SS_BITMAP) resource
+    Rect rect;                   // in the parent's client area
+};
+
+// Push buttons, check boxes, radio buttons, bitmap buttons. Reports kClicked for the user's clicks only.
+class NativeButton : public NativeWindow {
+  public:
+    using NativeWindow::NativeWindow;
+    virtual CheckState Check() const = 0;
+    virtual void SetCheck(CheckState state) = 0;  // that box or button alone
+    virtual void Click() = 0;                     // as the user does; nothing while disabled
+    virtual void SetDefault(bool isDefault) = 0;  // the look of the button that Enter presses
+    virtual void SetPictures(const CIcon& normal, const CIcon& pressed, const CIcon& focused,
+                             const CIcon& disabled) = 0;
+};
+
+// Reports kTextChanged for every change.
+class NativeEdit : public NativeWindow {
+  public:
+    using NativeWindow::NativeWindow;
+    virtual void SelectAll() = 0;
+};
+
+// Reports kSelectionChanged for the user's choices only.
+class NativeComboBox : public NativeWindow {
+  public:
+    using NativeWindow::NativeWindow;
+    virtual int AddString(const std::string& text) = 0;
+    virtual void ResetContent() = 0;
+    virtual int Count() const = 0;
+    virtual int Selection() const = 0;
+    virtual void Select(int index) = 0;
+};
+
+// The row of tabs of a sheet, with the frame around its pages. Reports kSelectionChanged for the user's
+// choices only.
+class NativeTabs : public NativeWindow {
+  public:
+    using NativeWindow::NativeWindow;
+    virtual void InsertTab(int index, const std::string& text) = 0;
+    virtual void RemoveTab(int index) = 0;
+    virtual int Selection() const = 0;
+    virtual void Select(int index) = 0;
+    virtual Size SizeAround(Size page) const = 0;  // of the whole control
+    virtual Rect PageArea() const = 0;             // in the parent's client area
+};
+
+// What a top-level dialog window hears from the keyboard and its title bar. Implemented by the shared half.
+class DialogKeys {
+  public:
+    virtual ~DialogKeys() = default;
+    virtual void OnEnterKey() = 0;                    // no control used it
+    virtual void OnEscapeKeyOrCloseBox() = 0;
+    virtual bool OnNextPageKey(int /*direction*/) { return false; }  // Ctrl+Tab, Ctrl+PageDown: 1; back: -1
+};
+
+// A top-level window of fixed size that is served by a modal loop.
+class NativeDialog : public NativeWindow {
+  public:
+    using NativeWindow::NativeWindow;
+    virtual void SetClientSize(Size size) = 0;
+    // The keyboard's order through controls, which may be grandchildren.
+    virtual void SetTabOrder(std::span<CWnd* const> controls) = 0;
+    // Radio buttons that exclude each other and share one place in the tab order.
+    virtual void RunModal() = 0;  // centres on the owner, shows, and serves events until EndModal
+    virtual void EndModal() = 0;  // also before RunModal has begun to serve
+};
+
+// ---- What the back end makes. Parents must have a window. ----
+
+std::unique_ptr<NativeDialog> MakeNativeDialog(CWnd& window, CWnd* owner, DWORD style, DialogKeys& keys);
+// A window without frame that holds the controls of a template: a sheet's page, a dialog bar.
+std::unique_ptr<NativeWindow> MakeNativePane(CWnd& window, CWnd& parent, DWORD style);
+// For kListView see list_native.h's own function, which this one calls.
+std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, const ControlSpec& spec);
+// Makes `buttons` exclude each other; they share one place in the tab order and the arrow keys move in them.
+void GroupRadioButtons(std::span<CWnd* const> buttons);
+// `label`'s mnemonic leads to `target`.
+void SetLabelTarget(CWnd& label, CWnd& target);
+
+// Four horizontal dialog units and eight vertical ones, as the dialog font defines them: the average width of
+// the letters A to Z and a to z, and the height of a line. See "Dialog base units" in the SDK's documentation.
+Size DialogBaseUnits();
+
+// Runs `work` on the user-interface thread after `milliseconds`. User-interface thread.
+void PostLater(int milliseconds, std::function<void()> work);
+
+// One picture of an icon or bitmap: 32-bit pixels, top row first, each in the bytes blue, green, red, alpha
+// (not premultiplied), or a whole PNG file.
+struct PictureData {
+    Size size;
+    std::vector<std::uint8_t> pixels;
+    std::span<const std::byte> png;
+};
+// All sizes of one picture; null when none can be read.
+std::shared_ptr<const NativeImage> MakeNativeImage(std::span<const PictureData> pictures);
+
+// Shows a message box on the user-interface thread and returns the id of the button chosen. The text is plain.
+int ShowNativeMessageBox(HWND owner, const std::string& text, const std::string& caption, UINT type);
+
+}  // namespace permora

@@ -1,0 +1,32 @@
+// The framework's own way to the private half of the contract's classes.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "framework/native.h"
+#include "framework/window.h"
+
+namespace permora {
+
+struct WindowAccess {
+    static NativeWindow* Native(const CWnd& window) { return window.native.get(); }
+    // Null when the window has none or one of another kind.
+    template <class Kind>
+    static Kind* NativeAs(const CWnd& window) {
+        return dynamic_cast<Kind*>(window.native.get());
+    }
+
+    // Gives `window` its native half. A parent destroys the windows of its children before its own.
+    static void Attach(CWnd& window, std::unique_ptr<NativeWindow> native, CWnd* parent, unsigned int id,
+                       DWORD style);
+    // Attaches a control and hands its object to `parent`.
+    static CWnd& AddControl(CWnd& parent, std::unique_ptr<CWnd> control, const ControlSpec& spec);
+    // All child windows, in the order in which they were made.
+    static const std::vector<CWnd*>& Children(const CWnd& window) { return window.children; }
+    static CWnd& TopLevel(CWnd& window);
+
+    static bool Send(CWnd& window, Notification& notification) { return window.OnCmdMsg(notification); }
+};
+
+}  // namespace permora
