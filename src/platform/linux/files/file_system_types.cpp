@@ -96,6 +96,11 @@ bool IsSystemPlace(std::string_view mountPoint) {
                        [mountPoint](std::string_view place) { return IsAtOrBelow(mountPoint, place); });
 }
 
+// A program packed as an AppImage mounts itself there for as long as it runs.
+bool IsPackagedProgram(const MountEntry& mount) {
+    return mount.fileSystem.starts_with("fuse.") && mount.mountPoint.starts_with("/tmp/.mount_");
+}
+
 // Btrfs mounts a subvolume, which is a volume for all that a user can see, with its path as the root; only
 // its options tell it from a folder mounted once more.
 bool IsSubvolume(const MountEntry& mount) {
@@ -114,6 +119,7 @@ bool SaysYes(const std::string& path) {
 
 UINT DriveTypeOfMount(const MountEntry& mount) {
     if (mount.root != "/" && !IsSubvolume(mount)) return kNoDrive;
+    if (IsPackagedProgram(mount)) return kNoDrive;
     const auto row =
         std::find_if(std::begin(kFileSystems), std::end(kFileSystems),
                      [&mount](const FileSystemRow& each) { return each.name == mount.fileSystem; });

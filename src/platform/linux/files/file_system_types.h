@@ -8,13 +8,14 @@
 namespace permora::host {
 
 // The DRIVE_ type of a mounted volume as far as its file system tells: disks are DRIVE_FIXED.
-// DRIVE_NO_ROOT_DIR: a virtual file system, or a folder mounted once more, which nobody would call a disk.
+// DRIVE_NO_ROOT_DIR: a virtual file system, a program that mounted itself, or a folder mounted once more,
+// which nobody would call a disk.
 UINT DriveTypeOfMount(const MountEntry& mount);
 
 // Whether the disk that holds the volume is a removable one. Looks into /sys.
 bool IsOnRemovableDisk(const MountEntry& mount);
 
-// The device file system number of the disk or partition that holds the volume as "major:minor"; empty when
+// The number of the disk or partition that holds the volume as "major:minor"; empty when
 // no device does.
 std::string BlockDeviceOf(const MountEntry& mount);
 

@@ -83,7 +83,8 @@ std::string ReadMountTable() {
 
 std::optional<MountEntry> MountOf(const ObjectHandle& object) {
     struct statx status {};
-    if (statx(object.Descriptor(), "", AT_EMPTY_PATH, STATX_MNT_ID, &status) != 0) return std::nullopt;
+    if (statx(object.Descriptor(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_MNT_ID, &status) != 0)
+        return std::nullopt;
     if ((status.stx_mask & STATX_MNT_ID) == 0) return std::nullopt;
     const std::string id = std::to_string(status.stx_mnt_id);
     for (MountEntry& entry : ParseMountTable(ReadMountTable())) {

@@ -122,7 +122,7 @@ std::vector<std::string_view> ComponentsOf(std::string_view hostPath) {
 bool IsVolumeRoot(const ResolvedObject& found) {
     struct statx status {};
     const int descriptor = found.object.Descriptor();
-    if (statx(descriptor, "", AT_EMPTY_PATH, 0, &status) == 0 &&
+    if (statx(descriptor, "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, 0, &status) == 0 &&
         (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0) {
         return true;
     }

@@ -78,8 +78,7 @@ std::string LabelOf(const MountEntry& mount) {
     if (device.empty()) return {};
     const std::unique_ptr<DIR, ListingCloser> labels(opendir("/dev/disk/by-label"));
     if (!labels) return {};
-    while (const dirent* entry =
-               readdir(labels.get())) {
+    while (const dirent* entry = readdir(labels.get())) {
         struct stat status {};
         if (fstatat(dirfd(labels.get()), entry->d_name, &status, 0) != 0 || !S_ISBLK(status.st_mode))
             continue;

@@ -4,14 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 namespace permora::host {
 namespace {
 
 // What a shown name must never hold, whatever the host's name is.
 bool IsSafe(const std::string& name) {
-    return name.find_first_of(std::string("\0/\\:*?\"<>|", 10)) == name.npos && !name.empty() &&
-           name.back() != '.' && name.back() != ' ';
+    constexpr std::string_view kForbidden("\0/\\:*?\"<>|", 10);
+    return name.find_first_of(kForbidden) == name.npos && !name.empty() && name.back() != '.' &&
+           name.back() != ' ';
 }
 
 void ExpectRoundTrip(const std::string& hostName) {

@@ -1,0 +1,118 @@
+// Handles, and the attributes that are reached through them.
+#include "platform/linux/files/object_handle.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include "platform/linux/files/descriptor_support.h"
+#include "platform/linux/files/extended_attributes.h"
+#include "tests/support/command.h"
+#include "tests/support/ntfs_volume.h"
+#include "tests/support/temporary_folder.h"
+
+namespace permora::host {
+namespace {
+
+ObjectHandle Open(const std::string& hostPath) {
+    ObjectHandle handle;
+    EXPECT_EQ(ObjectHandle::OpenAt(AT_FDCWD, hostPath.c_str(), handle), ERROR_SUCCESS) << hostPath;
+    return handle;
+}
+
+TEST(ObjectHandle, HoldsTheObjectAndNotItsName) {
+    const test::TemporaryFolder folder;
+    const std::string name = folder.MakeFile("name");
+    const ObjectHandle handle = Open(name);
+    ASSERT_EQ(rename(name.c_str(), folder.Path("renamed").c_str()), 0);
+    ASSERT_EQ(symlink("/etc/passwd", name.c_str()), 0);
+
+    const std::vector<std::uint8_t> value{1, 2, 3};
+    EXPECT_EQ(WriteExtendedAttribute(handle, "user.test", value), 0);
+    std::vector<std::uint8_t> read;
+    EXPECT_EQ(ReadExtendedAttribute(Open(folder.Path("renamed")), "user.test", read), 0);
+    EXPECT_EQ(read, value);
+    EXPECT_TRUE(Open(name).IsLink());
+    EXPECT_EQ(ReadExtendedAttribute(Open(name), "user.test", read), ENODATA);
+}
+
+TEST(ObjectHandle, IsListedOnlyWhenItIsAFolderAndReplacedOnlyOnSuccess) {
+    const test::TemporaryFolder folder;
+    folder.MakeFile("file");
+    ASSERT_EQ(symlink(".", folder.Path("link").c_str()), 0);
+    UniqueFd listing;
+    EXPECT_EQ(Open(folder.Path("file")).OpenForListing(listing), ERROR_DIRECTORY);
+    EXPECT_EQ(Open(folder.Path("link")).OpenForListing(listing), ERROR_DIRECTORY);
+    EXPECT_FALSE(listing);
+    EXPECT_EQ(Open(folder.Path()).OpenForListing(listing), ERROR_SUCCESS);
+    EXPECT_TRUE(listing);
+
+    ObjectHandle handle = Open(folder.Path("file"));
+    const int descriptor = handle.Descriptor();
+    EXPECT_EQ(ObjectHandle::OpenAt(listing.Get(), "missing", handle), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(handle.Descriptor(), descriptor);
+}
+
+TEST(ExtendedAttributes, OfAnySizeAreReadWhole) {
+    const test::TemporaryFolder folder;
+    ObjectHandle handle = Open(folder.MakeFile("file"));
+    std::vector<std::uint8_t> read;
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{4000}, std::size_t{10}}) {
+        const std::vector<std::uint8_t> value(size, 7);
+        ASSERT_EQ(WriteExtendedAttribute(handle, "user.test", value), 0) << size;
+        EXPECT_EQ(ReadExtendedAttribute(handle, "user.test", read), 0);
+        EXPECT_EQ(read, value);
+    }
+    EXPECT_EQ(AskExtendedAttribute(handle, "user.test"), 0);
+    EXPECT_EQ(AskExtendedAttribute(handle, "user.other"), ENODATA);
+}
+
+TEST(ExtendedAttributes, OnNtfsAreReadWholeThoughTheDriverMisnamesASmallBuffer) {
+    if (const std::string reason = test::NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const test::NtfsVolume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    ObjectHandle handle = Open(volume.Root());
+    EXPECT_EQ(StoreKindOf(handle), DescriptorStoreKind::kNtfs3g);
+    std::vector<std::uint8_t> read;
+    ASSERT_EQ(ReadExtendedAttribute(handle, "system.ntfs_acl", read), 0);
+    EXPECT_GT(read.size(), 4096U);  // more than the first attempt asks for
+}
+
+TEST(DescriptorSupport, DependsOnTheVolumeTheObjectAndThePrivilege) {
+    if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const test::TemporaryFolder folder;
+    const ObjectHandle file = Open(folder.MakeFile("file"));
+    ASSERT_EQ(symlink("file", folder.Path("link").c_str()), 0);
+    const ObjectHandle link = Open(folder.Path("link"));
+    EXPECT_EQ(StoreKindOf(file), DescriptorStoreKind::kSamba);
+    EXPECT_EQ(StoreKindOf(link), DescriptorStoreKind::kSamba);
+    EXPECT_EQ(StoreKindOf(Open("/proc/self")), DescriptorStoreKind::kNone);
+
+    const std::string mountPoint = folder.MakeFolder("ram");
+    ASSERT_EQ(mount("none", mountPoint.c_str(), "ramfs", 0, nullptr), 0);
+    EXPECT_EQ(StoreKindOf(Open(mountPoint)), DescriptorStoreKind::kNone);
+    EXPECT_EQ(umount(mountPoint.c_str()), 0);
+
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const uid_t nobody = 65534;
+        const bool isOrdinary = setresuid(nobody, nobody, nobody) == 0;
+        _exit(isOrdinary && StoreKindOf(file) == DescriptorStoreKind::kUser &&
+                      StoreKindOf(link) == DescriptorStoreKind::kNone
+                  ? 0
+                  : 1);
+    }
+    int result = -1;
+    ASSERT_EQ(waitpid(child, &result, 0), child);
+    EXPECT_EQ(result, 0);
+}
+
+}  // namespace
+}  // namespace permora::host
