@@ -219,9 +219,9 @@ DWORD WINAPI GetNamedSecurityInfoA(LPCSTR name, SE_OBJECT_TYPE type, SECURITY_IN
 DWORD WINAPI SetNamedSecurityInfoA(LPSTR name, SE_OBJECT_TYPE type, SECURITY_INFORMATION information,
                                    PSID owner, PSID group, PACL dacl, PACL sacl);
 
-// --- Accounts. Name and domain sizes in characters with the NUL; on ERROR_INSUFFICIENT_BUFFER they are set
-// to what
-// --- is needed. A null `system` means this machine; ERROR_NONE_MAPPED: no such account.
+// --- Accounts. Name and domain sizes in characters with the NUL; on ERROR_INSUFFICIENT_BUFFER all sizes are
+// --- set to what is needed, on success the texts' to their lengths without the NUL. A null or empty `system`
+// --- means this machine; ERROR_NONE_MAPPED: no such account.
 BOOL WINAPI LookupAccountSidA(LPCSTR system, PSID sid, LPSTR name, LPDWORD nameSize, LPSTR domain,
                               LPDWORD domainSize, PSID_NAME_USE use);
 BOOL WINAPI LookupAccountNameA(LPCSTR system, LPCSTR account, PSID sid, LPDWORD sidSize, LPSTR domain,

@@ -165,10 +165,10 @@ DWORD FindInUnixDomain(AccountKind kind, std::string_view name, LetterCase lette
 
 // A user before a group of the same name, as everywhere in Windows.
 DWORD FindOfMachine(std::string_view name, LetterCase letterCase, nt::Sid& sid) {
+    const bool isHostsOwn = ThisMachine().source != AccountSource::kSamba;
     DWORD error = FindMachine(name, letterCase, sid);
     for (const AccountKind kind : kKinds) {
         if (error == ERROR_NONE_MAPPED) error = FindSambaAccount(kind, name, letterCase, sid);
-        const bool isHostsOwn = ThisMachine().source != AccountSource::kSamba;
         if (error == ERROR_NONE_MAPPED && isHostsOwn) error = FindHostAccount(kind, name, letterCase, sid);
     }
     return error;
@@ -190,10 +190,9 @@ DWORD FindQualified(std::string_view domain, std::string_view name, LetterCase l
             return FindInUnixDomain(kind, name, letterCase, sid);
         }
     }
-    DWORD error = FindWellKnown(name, &domain, letterCase, sid);
+    if (FindWellKnown(name, &domain, letterCase, sid) == ERROR_SUCCESS) return ERROR_SUCCESS;
     const bool isMachine = IsSameName(domain, ThisMachine().name, LetterCase::kIgnored);
-    if (error == ERROR_NONE_MAPPED && isMachine) error = FindOfMachine(name, letterCase, sid);
-    return error;
+    return isMachine ? FindOfMachine(name, letterCase, sid) : ERROR_NONE_MAPPED;
 }
 
 }  // namespace

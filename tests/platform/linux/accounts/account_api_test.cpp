@@ -1,0 +1,295 @@
+// The two look-ups under the system's names, on the accounts that every machine has.
+#include <gmock/gmock.h>
+#include <grp.h>
+#include <pwd.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstring>
+#include <filesystem>
+#include <set>
+
+#include "platform/api/errors.h"
+#include "platform/api/security.h"
+#include "platform/linux/accounts/machine.h"
+#include "platform/linux/accounts/unix_accounts.h"
+#include "platform/nt/well_known_sids.h"
+
+namespace permora::host {
+namespace {
+
+struct Found {
+    std::string sid;
+    std::string domain;
+    std::string name;
+    int use = 0;
+    DWORD error = ERROR_SUCCESS;
+
+    friend bool operator==(const Found& one, const Found& other) = default;
+    friend std::ostream& operator<<(std::ostream& stream, const Found& found) {
+        return stream << found.sid << " = " << found.domain << "\\" << found.name << " (" << found.use
+                      << "), error " << found.error;
+    }
+};
+
+PSID Pointer(const nt::Sid& sid) {
+    return const_cast<std::uint8_t*>(sid.Bytes().data());
+}
+
+Found FindBySid(const nt::Sid& sid) {
+    Found found;
+    std::array<char, 256> name{};
+    std::array<char, 256> domain{};
+    DWORD nameSize = name.size();
+    DWORD domainSize = domain.size();
+    SID_NAME_USE use{};
+    if (LookupAccountSidA(nullptr, Pointer(sid), name.data(), &nameSize, domain.data(), &domainSize, &use) ==
+        FALSE) {
+        return {sid.ToText(), {}, {}, 0, GetLastError()};
+    }
+    EXPECT_EQ(nameSize, std::strlen(name.data()));
+    EXPECT_EQ(domainSize, std::strlen(domain.data()));
+    return {sid.ToText(), domain.data(), name.data(), use, ERROR_SUCCESS};
+}
+
+// The name is not part of what this look-up finds.
+Found FindByName(const std::string& account) {
+    std::array<std::uint8_t, SECURITY_MAX_SID_SIZE> sid{};
+    std::array<char, 256> domain{};
+    DWORD sidSize = sid.size();
+    DWORD domainSize = domain.size();
+    SID_NAME_USE use{};
+    if (LookupAccountNameA(nullptr, account.c_str(), sid.data(), &sidSize, domain.data(), &domainSize,
+                           &use) == FALSE) {
+        return {{}, {}, {}, 0, GetLastError()};
+    }
+    EXPECT_EQ(domainSize, std::strlen(domain.data()));
+    return {nt::Sid::FromBytes(sid).value().ToText(), domain.data(), {}, use, ERROR_SUCCESS};
+}
+
+std::string Qualified(const Found& found) {
+    return found.domain.empty() ? found.name : found.domain + "\\" + found.name;
+}
+
+std::string Folded(std::string text) {
+    for (char& letter : text)
+        letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    return text;
+}
+
+TEST(AccountLookupTest, WellKnownAccountsAreFoundBothWaysInAnyLetterCase) {
+    for (const nt::WellKnownSid& row : nt::WellKnownSids()) {
+        const Found expected{row.sid.ToText(), std::string(row.domain), std::string(row.name),
+                             static_cast<int>(row.use), ERROR_SUCCESS};
+        EXPECT_EQ(FindBySid(row.sid), expected);
+        Found byName = expected;
+        byName.name.clear();
+        EXPECT_EQ(FindByName(Qualified(expected)), byName) << Qualified(expected);
+        EXPECT_EQ(FindByName(Folded(Qualified(expected))), byName) << Qualified(expected);
+    }
+}
+
+// Every account of the host has a SID that nothing else has, and the text that it is shown by leads back.
+TEST(AccountLookupTest, TheHostsAccountsAreFoundByTheTextTheyAreShownBy) {
+    std::set<std::string> sids;
+    std::set<std::string> texts;
+    std::set<std::pair<bool, id_t>> ids;
+    const auto check = [&](const nt::Sid& sid, const std::string& name) {
+        const Found found = FindBySid(sid);
+        EXPECT_EQ(found.error, ERROR_SUCCESS) << name;
+        EXPECT_TRUE(sids.insert(sid.ToText()).second) << found;
+        EXPECT_TRUE(texts.insert(Qualified(found)).second) << found;
+        EXPECT_EQ(FindByName(Qualified(found)), (Found{sid.ToText(), found.domain, {}, found.use, 0}));
+    };
+    setpwent();
+    while (const passwd* user = getpwent()) {
+        if (!ids.emplace(true, user->pw_uid).second) continue;
+        EXPECT_EQ(UserForSid(SidForUser(user->pw_uid)), user->pw_uid);
+        check(SidForUser(user->pw_uid), user->pw_name);
+        EXPECT_EQ(FindByName(user->pw_name).sid, SidForUser(user->pw_uid).ToText());
+    }
+    endpwent();
+    setgrent();
+    while (const group* entry = getgrent()) {
+        if (!ids.emplace(false, entry->gr_gid).second) continue;
+        EXPECT_EQ(GroupForSid(SidForGroup(entry->gr_gid)), entry->gr_gid);
+        check(SidForGroup(entry->gr_gid), entry->gr_name);
+    }
+    endgrent();
+    EXPECT_FALSE(sids.empty());
+}
+
+TEST(AccountLookupTest, NamesMeanWhatTheDocumentationSays) {
+    if (ThisMachine().source != AccountSource::kComputed) {
+        GTEST_SKIP() << "this machine has no id, or accounts of Samba's";
+    }
+    const std::string machine = ThisMachine().name;
+    const std::string root = SidForUser(0).ToText();
+    const std::string rootGroup = SidForGroup(0).ToText();
+    const std::string usersGroup = SidForGroup(getgrnam("users")->gr_gid).ToText();
+    const struct {
+        std::string account;
+        std::string sid;
+    } cases[] = {
+        {"root", root},
+        {"ROOT", root},
+        {machine + "\\root", root},
+        {Folded(machine) + "\\Root", root},
+        {"unix user\\root", root},
+        {"Unix Group\\root", rootGroup},
+        {"unix group\\ROOT", rootGroup},
+        // The exact name first, then any letter case.
+        {"Users", "S-1-5-32-545"},
+        {"users", usersGroup},
+        {"USERS", "S-1-5-32-545"},
+        {"builtin\\users", "S-1-5-32-545"},
+        {machine + "\\users", usersGroup},
+        {"sYsTeM", "S-1-5-18"},
+        {machine, MachineSid()->ToText()},
+        {machine + "\\" + machine, MachineSid()->ToText()},
+        // A SID needs no account.
+        {"S-1-5-18", "S-1-5-18"},
+        {"S-1-5-21-1-2-3-4", "S-1-5-21-1-2-3-4"},
+    };
+    for (const auto& entry : cases)
+        EXPECT_EQ(FindByName(entry.account).sid, entry.sid) << entry.account;
+
+    for (const std::string& account :
+         {std::string(), std::string("\\"), std::string("\\root"), std::string("root\\"),
+          machine + "\\\\root", machine + "\\root\\", std::string("ELSEWHERE\\root"),
+          std::string("BUILTIN\\root"), machine + "\\Administrators", std::string("root@") + machine,
+          std::string("root\n"), std::string("ro\xC3ot"), std::string("S-1-"), std::string(100'000, 'a'),
+          std::string("no such account"), std::string("Unix User\\0")}) {
+        EXPECT_EQ(FindByName(account).error, ERROR_NONE_MAPPED) << account.substr(0, 50);
+    }
+}
+
+TEST(AccountLookupTest, AnAccountThatIsGoneHasNoName) {
+    constexpr id_t kUnused = 3'999'999'999;
+    for (const nt::Sid& sid : {SidForUser(kUnused), SidForGroup(kUnused), nt::Sid(22, {1, 0xFFFFFFFF}),
+                               nt::Sid(22, {1}), nt::Sid(5, {21, 9, 9, 9, 1000})}) {
+        EXPECT_EQ(FindBySid(sid).error, ERROR_NONE_MAPPED) << sid.ToText();
+    }
+}
+
+// Sizes are in characters with the NUL going in and when too small, without it on success.
+TEST(AccountLookupTest, TooSmallBuffersAreToldTheSizesNeeded) {
+    const nt::Sid administrators(5, {32, 544});
+    const DWORD name = 14 + 1;  // "Administrators"
+    const DWORD domain = 7 + 1;
+    const struct {
+        DWORD nameSize;
+        DWORD domainSize;
+        bool fits;
+    } cases[] = {{0, 0, false},    {name - 1, domain, false}, {name, domain - 1, false},
+                 {name, 0, false}, {name, domain, true},      {name + 9, domain + 9, true}};
+    for (const auto& entry : cases) {
+        SCOPED_TRACE(entry.nameSize);
+        std::array<char, 64> nameText{'?'};
+        std::array<char, 64> domainText{'?'};
+        DWORD nameSize = entry.nameSize;
+        DWORD domainSize = entry.domainSize;
+        SID_NAME_USE use = SidTypeInvalid;
+        SetLastError(ERROR_SUCCESS);
+        const BOOL done = LookupAccountSidA(
+            "", Pointer(administrators), entry.nameSize > 0 ? nameText.data() : nullptr, &nameSize,
+            entry.domainSize > 0 ? domainText.data() : nullptr, &domainSize, &use);
+        EXPECT_EQ(done, entry.fits ? TRUE : FALSE);
+        EXPECT_EQ(GetLastError(), entry.fits ? ERROR_SUCCESS : ERROR_INSUFFICIENT_BUFFER);
+        EXPECT_EQ(nameSize, entry.fits ? name - 1 : name);
+        EXPECT_EQ(domainSize, entry.fits ? domain - 1 : domain);
+        EXPECT_EQ(use, entry.fits ? SidTypeAlias : SidTypeInvalid);
+        EXPECT_EQ(nameText[0], entry.fits ? 'A' : '?');
+        EXPECT_EQ(domainText[0], entry.fits ? 'B' : '?');
+    }
+}
+
+TEST(AccountLookupTest, TooSmallSidBuffersAreToldTheSizesNeeded) {
+    const struct {
+        const char* account;
+        DWORD sidSize;
+        DWORD domainSize;
+        DWORD sidNeeded;
+        DWORD domainNeeded;
+        bool fits;
+    } cases[] = {{"BUILTIN\\Administrators", 68, 0, 16, 8, false},
+                 {"BUILTIN\\Administrators", 15, 8, 16, 8, false},
+                 {"BUILTIN\\Administrators", 0, 0, 16, 8, false},
+                 {"BUILTIN\\Administrators", 16, 8, 16, 8, true},
+                 {"Everyone", 68, 0, 12, 1, false},
+                 {"Everyone", 12, 1, 12, 1, true}};
+    for (const auto& entry : cases) {
+        SCOPED_TRACE(entry.account);
+        std::array<std::uint8_t, 68> sid{};
+        std::array<char, 64> domain{'?'};
+        DWORD sidSize = entry.sidSize;
+        DWORD domainSize = entry.domainSize;
+        SID_NAME_USE use = SidTypeInvalid;
+        SetLastError(ERROR_SUCCESS);
+        const BOOL done =
+            LookupAccountNameA(nullptr, entry.account, entry.sidSize > 0 ? sid.data() : nullptr, &sidSize,
+                               entry.domainSize > 0 ? domain.data() : nullptr, &domainSize, &use);
+        EXPECT_EQ(done, entry.fits ? TRUE : FALSE);
+        EXPECT_EQ(sidSize, entry.fits ? entry.sidSize : entry.sidNeeded);
+        EXPECT_EQ(domainSize, entry.fits ? entry.domainNeeded - 1 : entry.domainNeeded);
+        EXPECT_EQ(sid[0], entry.fits ? SID_REVISION : 0);
+        EXPECT_EQ(GetLastError(), entry.fits ? ERROR_SUCCESS : ERROR_INSUFFICIENT_BUFFER);
+    }
+}
+
+TEST(AccountLookupTest, RefusesBadArgumentsAndOtherMachines) {
+    const nt::Sid everyone(1, {0});
+    std::array<char, 64> name{};
+    std::array<char, 64> domain{};
+    DWORD nameSize = name.size();
+    DWORD domainSize = domain.size();
+    SID_NAME_USE use{};
+    const auto errorFor = [&](LPCSTR system, PSID sid, PSID_NAME_USE place) -> DWORD {
+        const BOOL done =
+            LookupAccountSidA(system, sid, name.data(), &nameSize, domain.data(), &domainSize, place);
+        return done != FALSE ? ERROR_SUCCESS : GetLastError();
+    };
+    std::array<std::uint8_t, 68> broken{1, 16};
+    EXPECT_EQ(errorFor(nullptr, nullptr, &use), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorFor(nullptr, Pointer(everyone), nullptr), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorFor(nullptr, broken.data(), &use), ERROR_INVALID_SID);
+    EXPECT_EQ(errorFor("ELSEWHERE", Pointer(everyone), &use), ERROR_NONE_MAPPED);
+    const std::string machine = "\\\\" + Folded(ThisMachine().name);
+    EXPECT_EQ(errorFor(machine.c_str(), Pointer(everyone), &use), ERROR_SUCCESS);
+}
+
+// The SID stands on disks: it must be the same in every process. Runs first in a child, so that neither has
+// it from the other.
+TEST(MachineSidTest, IsTheSameInEveryProcess) {
+    const auto sidText = [] { return MachineSid() != nullptr ? MachineSid()->ToText() : "none"; };
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const std::string text = sidText();
+        _exit(write(ends[1], text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 1);
+    }
+    std::array<char, 128> text{};
+    ASSERT_GT(read(ends[0], text.data(), text.size() - 1), 0);
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(text.data(), sidText());
+}
+
+// Samba's tools make databases when they are asked, and a new SID with them.
+TEST(MachineSidTest, AskingMakesNoSambaDatabase) {
+    const char* const databases = "/var/lib/samba";
+    if (!std::filesystem::exists(databases)) GTEST_SKIP() << "Samba is not installed";
+    if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("tmpfs", databases, "tmpfs", 0, nullptr) != 0) {
+        GTEST_SKIP() << "this process may not mount";
+    }
+    EXPECT_NE(ThisMachine().source, AccountSource::kSamba);
+    EXPECT_EQ(FindBySid(SidForUser(0)).name, "root");
+    EXPECT_TRUE(std::filesystem::is_empty(databases));
+}
+
+}  // namespace
+}  // namespace permora::host
