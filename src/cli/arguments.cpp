@@ -1,0 +1,197 @@
+#include "cli/arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "cli/exit_codes.h"
+#include "cli/terminal_text.h"
+#include "cli/vocabulary.h"
+#include "security/access_rights.h"
+
+namespace permora {
+namespace {
+
+constexpr const char* kDescription = "Shows and changes who may do what with files and folders.";
+
+constexpr const char* kFooter = R"(Examples:
+  permora-cli show /mnt/data/Projects
+  permora-cli show --json 'C:\mnt\data\Projects' /mnt/data/Payroll
+  permora-cli grant /mnt/data/Projects --account 'BUILTIN\Users' --rights 'Read attributes,Read permissions'
+  permora-cli deny /mnt/data/Projects --account guest --rights 'Full control' --scope 'Files only' --dry-run
+  permora-cli revoke /mnt/data/Projects --account S-1-5-32-546
+  permora-cli inherit /mnt/data/Payroll --copy
+
+A path is written as C:\folder\file or as this machine writes it; both mean the same object. A link at its end is
+not followed. Rights, scopes and options are listed by the help of a command: permora-cli grant --help
+
+Exit code:
+  0  done
+  1  some object failed: each one is named on standard error with its reason, and all others were done
+  2  wrong arguments or an unknown account: nothing was touched)";
+
+// A path such as "[x]" would be taken for a list of values, with its brackets stripped: another object. So
+// every argument that begins like that goes through the parser behind this character, which no argument
+// needs.
+constexpr char kShield = '\x01';
+
+std::string Shielded(const std::string& argument) {
+    const bool needsShield = !argument.empty() && (argument.front() == '[' || argument.front() == kShield);
+    return needsShield ? kShield + argument : argument;
+}
+
+std::string Unshielded(const std::string& argument) {
+    return !argument.empty() && argument.front() == kShield ? argument.substr(1) : argument;
+}
+
+std::string RightsHelp() {
+    std::string help = "Rights, separated by commas, as masks like 0x1200a9 or as names:";
+    for (const AccessRight& right : kAccessRights)
+        help += std::string("\n  ") + right.listName;
+    return help;
+}
+
+std::string ScopeHelp() {
+    std::string help = "Where the entry applies, as number or text; without it 1 on folders, 0 on files:";
+    for (std::size_t i = 0; i < kInheritanceScopes.size(); ++i) {
+        help += "\n  " + std::to_string(i) + " " + kInheritanceScopes.at(i).text;
+    }
+    return help;
+}
+
+// The parser with the places that it fills.
+struct Parser {
+    CLI::App app{kDescription, "permora-cli"};
+    Arguments arguments;
+    std::optional<std::string> account;
+    std::string rights;
+    std::optional<std::string> scope;
+    bool json = false;
+    bool sddl = false;
+    bool on = false;
+    bool copy = false;
+    bool remove = false;
+
+    Parser();
+    CLI::App* AddCommand(Command command, const char* name, const char* description);
+    CLI::App* AddChange(Command command, const char* name, const char* description);
+    void AddAccount(CLI::App* command);
+    void AddEntryOptions(CLI::App* command);
+    // Turns what was typed into what is meant; a text that says what is wrong, or an empty one.
+    std::string Interpret();
+};
+
+CLI::App* Parser::AddCommand(Command command, const char* name, const char* description) {
+    CLI::App* added = app.add_subcommand(name, description);
+    added
+        ->add_option("PATH", arguments.paths,
+                     "Files, folders or drives; behind -- also names that begin with a dash")
+        ->required()
+        ->type_name("");
+    added->callback([this, command] { arguments.command = command; });
+    return added;
+}
+
+CLI::App* Parser::AddChange(Command command, const char* name, const char* description) {
+    CLI::App* added = AddCommand(command, name, description);
+    added->add_flag("--dry-run", arguments.dryRun,
+                    "Show the entries before and after the change and write nothing");
+    added->add_flag("--drop-other-entries", arguments.dropOtherEntries,
+                    "Change even a list with entries of other types than allow and deny; they are lost");
+    added->add_flag("--replace-null-list", arguments.replaceNullList,
+                    "Change even an object without any access list, which allows everyone everything;\n"
+                    "afterwards only the accounts in the new list have access");
+    return added;
+}
+
+void Parser::AddAccount(CLI::App* command) {
+    command->add_option("--account", account, R"(The account: a name, DOMAIN\name or a SID like S-1-1-0)")
+        ->required()
+        ->type_name("NAME");
+}
+
+void Parser::AddEntryOptions(CLI::App* command) {
+    AddAccount(command);
+    command->add_option("--rights", rights, RightsHelp())->required()->type_name("LIST");
+    command->add_option("--scope", scope, ScopeHelp())->type_name("N|TEXT");
+    command->add_flag("--children-only", arguments.childrenOnly,
+                      "Hand the entry down to direct children only, not to what is below them");
+}
+
+Parser::Parser() {
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "permora-cli " PERMORA_VERSION, "Print the version");
+    app.set_help_flag("--help", "Print this help; behind a command, that command's help");
+    app.get_formatter()->column_width(26);
+
+    CLI::App* show = AddCommand(Command::kShow, "show", "Show access lists");
+    CLI::Option* jsonFlag = show->add_flag("--json", json, "As JSON: one object, or an array of several");
+    show->add_flag("--sddl", sddl, "As security descriptor text, O:...G:...D:...")->excludes(jsonFlag);
+
+    AddEntryOptions(AddChange(Command::kGrant, "grant", "Allow an account rights"));
+    AddEntryOptions(AddChange(Command::kDeny, "deny", "Deny an account rights"));
+    AddAccount(AddChange(Command::kRevoke, "revoke",
+                         "Remove the entries made for an account on the object itself;\n"
+                         "when there are none, that is said and is no failure"));
+
+    CLI::App* inherit =
+        AddChange(Command::kInherit, "inherit", "Switch on or off that an object inherits from its parent");
+    CLI::Option_group* choice = inherit->add_option_group("choice", "One of:");
+    choice->add_flag("--on", on, "Inherit from the parent, beside the object's own entries");
+    choice->add_flag("--copy", copy, "Stop inheriting and keep copies of the inherited entries");
+    choice->add_flag("--remove", remove, "Stop inheriting and remove the inherited entries");
+    choice->require_option(1);
+    // Last, so that the commands' own help stays short.
+    app.footer(kFooter);
+}
+
+std::string Parser::Interpret() {
+    for (std::string& path : arguments.paths) {
+        path = Unshielded(path);
+        if (path.empty()) return "a path is empty";
+    }
+    if (account && Unshielded(*account).empty()) return "--account: the name is empty";
+    arguments.account = Unshielded(account.value_or(""));
+    if (json) arguments.format = ShowFormat::kJson;
+    if (sddl) arguments.format = ShowFormat::kSddl;
+    if (copy) arguments.inheritance = InheritanceChange::kCopy;
+    if (remove) arguments.inheritance = InheritanceChange::kRemove;
+    if (arguments.command != Command::kGrant && arguments.command != Command::kDeny) return "";
+
+    std::string problem;
+    const std::optional<DWORD> mask = ParseRights(Unshielded(rights), problem);
+    if (!mask) return "--rights: " + problem;
+    arguments.rights = *mask;
+    if (!scope) return "";
+    arguments.scopeIndex = ParseScope(Unshielded(*scope));
+    return arguments.scopeIndex ? "" : "--scope: no scope is called \"" + Unshielded(*scope) + "\"";
+}
+
+}  // namespace
+
+std::optional<Arguments> ParseArguments(int argumentCount, const char* const* argumentTexts, int& exitCode) {
+    Parser parser;
+    if (argumentCount < 2) {
+        std::fputs(parser.app.help().c_str(), stderr);
+        exitCode = kExitUsage;
+        return std::nullopt;
+    }
+    // The parser takes its arguments from the end.
+    std::vector<std::string> texts;
+    for (int i = argumentCount; i-- > 1;)
+        texts.push_back(Shielded(argumentTexts[i]));
+    try {
+        parser.app.parse(std::move(texts));
+    } catch (const CLI::ParseError& error) {
+        exitCode = parser.app.exit(error) == 0 ? kExitDone : kExitUsage;
+        return std::nullopt;
+    }
+    const std::string problem = parser.Interpret();
+    if (!problem.empty()) {
+        std::fprintf(stderr, "permora-cli: %s\n", PrintableText(problem).c_str());
+        exitCode = kExitUsage;
+        return std::nullopt;
+    }
+    return std::move(parser.arguments);
+}
+
+}  // namespace permora

@@ -1,0 +1,46 @@
+// What the user asked for on the command line.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/api/base.h"
+
+namespace permora {
+
+enum class Command { kShow, kGrant, kDeny, kRevoke, kInherit };
+
+enum class ShowFormat { kTable, kJson, kSddl };
+
+// What becomes of an object's inheritance.
+enum class InheritanceChange {
+    kOn,      // inherit from the parent again
+    kCopy,    // stop; what was inherited stays as explicit entries
+    kRemove,  // stop; what was inherited goes
+};
+
+struct Arguments {
+    Command command = Command::kShow;
+    std::vector<std::string> paths;  // as typed, at least one
+    ShowFormat format = ShowFormat::kTable;
+
+    std::string account;  // grant, deny and revoke: as typed
+    // grant and deny:
+    DWORD rights = 0;               // never 0, never with SYNCHRONIZE
+    std::optional<int> scopeIndex;  // place in kInheritanceScopes; nothing: what suits a file or a folder
+    bool childrenOnly = false;
+
+    InheritanceChange inheritance = InheritanceChange::kOn;
+
+    // Every command that changes something:
+    bool dryRun = false;
+    bool dropOtherEntries = false;
+    bool replaceNullList = false;
+};
+
+// The arguments, or nothing when there is nothing left to do: help or the version was printed (exitCode 0),
+// or they were wrong, which standard error says (exitCode 2).
+std::optional<Arguments> ParseArguments(int argumentCount, const char* const* argumentTexts, int& exitCode);
+
+}  // namespace permora

@@ -1,0 +1,10 @@
+// What the program's exit tells a script.
+#pragma once
+
+namespace permora {
+
+inline constexpr int kExitDone = 0;
+inline constexpr int kExitSomeFailed = 1;  // every object that could be done was done
+inline constexpr int kExitUsage = 2;       // nothing was touched
+
+}  // namespace permora

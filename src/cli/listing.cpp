@@ -1,0 +1,52 @@
+#include "cli/listing.h"
+
+#include <cstdio>
+
+#include "cli/terminal_text.h"
+#include "security/access_rows.h"
+
+namespace permora {
+
+std::vector<std::string> RemarksOn(const ObjectSecurity& object) {
+    if (object.dacl == nullptr) return {"there is no access list: everyone may do everything"};
+    std::vector<std::string> remarks;
+    if (object.entries.Entries().empty()) remarks.emplace_back("the access list is empty: nobody has access");
+    if (!object.entries.IsInCanonicalOrder()) {
+        remarks.emplace_back("the entries do not stand in the usual order (deny, allow, inherited)");
+    }
+    const std::size_t others = object.entries.OtherTypeCount();
+    if (others > 0) {
+        remarks.push_back(std::to_string(others) +
+                          (others == 1 ? " entry of another type" : " entries of other types") +
+                          " than allow and deny " + (others == 1 ? "is" : "are") + " not shown");
+    }
+    return remarks;
+}
+
+std::string InheritsLine(const ObjectSecurity& object) {
+    return object.inheritance == DaclInheritance::kFromParent ? "  Inherits: yes\n" : "  Inherits: no\n";
+}
+
+std::string RemarkLines(const std::vector<std::string>& remarks) {
+    std::string lines;
+    for (const std::string& remark : remarks)
+        lines += "  Note: " + remark + '\n';
+    return lines;
+}
+
+std::string RowsText(AccessEntryList& entries) {
+    const std::vector<AccessRow> rows = AccessRowsOf(entries);
+    if (rows.empty()) return "";
+    std::vector<std::vector<std::string>> lines;
+    lines.emplace_back(kAccessRowTitles.begin(), kAccessRowTitles.end());
+    for (const AccessRow& row : rows) {
+        lines.push_back({row.type, row.name, row.permission, row.inheritance, row.applyTo});
+    }
+    return AlignedTable(lines, "  ");
+}
+
+void Print(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+}  // namespace permora

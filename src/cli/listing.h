@@ -1,0 +1,24 @@
+// How an object's access list reads in a terminal: the pieces that the listing and the previews share.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "security/object_security.h"
+
+namespace permora {
+
+// What must be known about a list beside its rows, a sentence each: that there is none, that it is empty, out
+// of order, or holds entries that no row shows.
+std::vector<std::string> RemarksOn(const ObjectSecurity& object);
+
+// Indented lines, ready for Print.
+std::string InheritsLine(const ObjectSecurity& object);
+std::string RemarkLines(const std::vector<std::string>& remarks);
+// The rows under their titles; empty without rows.
+std::string RowsText(AccessEntryList& entries);
+
+// Writes to standard output.
+void Print(const std::string& text);
+
+}  // namespace permora

@@ -1,0 +1,68 @@
+// The terminal program: shows and changes access lists of files, folders and drive roots.
+#include <cstdio>
+#include <optional>
+#include <vector>
+
+#include "cli/arguments.h"
+#include "cli/change_command.h"
+#include "cli/exit_codes.h"
+#include "cli/messages.h"
+#include "cli/show_command.h"
+#include "cli/target.h"
+#include "cli/terminal_text.h"
+#include "platform/api/errors.h"
+
+namespace permora {
+namespace {
+
+// The targets of all arguments, found while the current directory is still the user's own. One that means
+// nothing is named and left out.
+std::vector<Target> FindTargets(const std::vector<std::string>& paths, ConsoleMessages& messages) {
+    std::vector<Target> targets;
+    for (const std::string& path : paths) {
+        Target target;
+        const DWORD error = MakeTarget(path, target);
+        if (error == ERROR_SUCCESS) {
+            targets.push_back(target);
+        } else {
+            messages.SetSubject(path);
+            messages.SaySystemError(error);
+        }
+    }
+    return targets;
+}
+
+int Run(const Arguments& arguments) {
+    ConsoleMessages messages;
+    AccountRecord account;
+    if (!arguments.account.empty()) {
+        messages.SetSubject(arguments.account);
+        const DWORD error = FindAccount(arguments.account, account);
+        if (error != ERROR_SUCCESS) {
+            messages.SaySystemError(error);
+            return kExitUsage;
+        }
+    }
+    const std::vector<Target> targets = FindTargets(arguments.paths, messages);
+    bool allDone = targets.size() == arguments.paths.size();
+    allDone = (arguments.command == Command::kShow ? RunShow(arguments, targets, messages)
+                                                   : RunChange(arguments, account, targets, messages)) &&
+              allDone;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        messages.SetSubject("standard output");
+        messages.Say("not everything could be written");
+        allDone = false;
+    }
+    return allDone ? kExitDone : kExitSomeFailed;
+}
+
+}  // namespace
+}  // namespace permora
+
+int main(int argumentCount, char** argumentTexts) {
+    permora::UseUtf8Terminal();
+    int exitCode = permora::kExitDone;
+    const std::optional<permora::Arguments> arguments =
+        permora::ParseArguments(argumentCount, argumentTexts, exitCode);
+    return arguments ? permora::Run(*arguments) : exitCode;
+}

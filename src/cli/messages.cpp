@@ -1,0 +1,43 @@
+#include "cli/messages.h"
+
+#include <cstdio>
+#include <utility>
+
+#include "cli/terminal_text.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+
+ConsoleMessages::ConsoleMessages() : previous(SetMessagePresenter(this)) {}
+
+ConsoleMessages::~ConsoleMessages() {
+    SetMessagePresenter(previous);
+}
+
+void ConsoleMessages::SetSubject(std::string newSubject) {
+    subject = std::move(newSubject);
+    hasSpoken = false;
+}
+
+void ConsoleMessages::Say(std::string_view text) {
+    hasSpoken = true;
+    text = text.substr(0, text.find_last_not_of("\r\n ") + 1);
+    std::string line = "permora-cli: ";
+    if (!subject.empty()) line += PrintableText(subject) + ": ";
+    line += PrintableText(text) + '\n';
+    std::fputs(line.c_str(), stderr);
+}
+
+void ConsoleMessages::SaySystemError(DWORD code) {
+    const std::string text = GetSystemMessageText(code);
+    Say(text.empty() ? "system error " + std::to_string(code) : text);
+}
+
+int ConsoleMessages::Present(HWND /*owner*/, const char* text, const char* /*caption*/, UINT type) {
+    Say(text);
+    constexpr UINT kButtonsMask = 0xF;
+    if ((type & kButtonsMask) == MB_YESNOCANCEL) return IDCANCEL;
+    return (type & kButtonsMask) == MB_YESNO ? IDNO : IDOK;
+}
+
+}  // namespace permora

@@ -1,0 +1,144 @@
+#include "cli/show_command.h"
+
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "cli/listing.h"
+#include "cli/terminal_text.h"
+#include "platform/api/errors.h"
+#include "security/access_rights.h"
+
+namespace permora {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// Everything that is shown of one object.
+struct ShownObject {
+    ObjectSecurity security;
+    UniqueLocal<void> whole;  // owner, group and DACL in one descriptor
+    std::string owner;
+};
+
+// Reads with the checks that every reader of a list makes, then owner and group, which they do not need.
+std::optional<ShownObject> ReadObject(const Target& target, ConsoleMessages& messages) {
+    ShownObject object;
+    DWORD error = EnterFolder(target);
+    if (error == ERROR_SUCCESS) {
+        if (!ReadObjectDacl(nullptr, target.name.c_str(), target.place, object.security)) {
+            if (!messages.HasSpoken()) messages.Say("its access list cannot be read");
+            return std::nullopt;
+        }
+        PSID owner = nullptr;
+        PSECURITY_DESCRIPTOR whole = nullptr;
+        error = GetNamedSecurityInfoA(
+            target.name.c_str(), SE_FILE_OBJECT,
+            OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &owner,
+            nullptr, nullptr, nullptr, &whole);
+        if (error == ERROR_SUCCESS) {
+            object.whole.reset(whole);
+            AccountRecord account;
+            if (account.SetSid(owner)) object.owner = AccountDisplayName(account);
+            return object;
+        }
+    }
+    messages.SaySystemError(error);
+    return std::nullopt;
+}
+
+std::string TableText(const Target& target, ShownObject& object) {
+    return PrintableText(target.argument) +
+           "\n  Owner: " + (object.owner.empty() ? "none" : PrintableText(object.owner)) + '\n' +
+           InheritsLine(object.security) + RemarkLines(RemarksOn(object.security)) +
+           RowsText(object.security.entries);
+}
+
+Json EntryJson(AccessEntryList& entries, std::size_t index) {
+    const AccessEntry& entry = entries.Entries()[index];
+    AccountRecord& account = entries.AccountOf(index);
+    // An entry of another type has no row and no name, but a program that reads this must not miss it.
+    const bool hasRow = entry.IsAllow() || entry.IsDeny();
+    return {
+        {"type", hasRow ? AceTypeText(entry.aceType) : "Type " + std::to_string(entry.aceType)},
+        {"account", AccountDisplayName(account)},
+        {"sid", account.GetSidText()},
+        {"mask", "0x" + HexText(entry.mask)},
+        {"permission", MaskDisplayName(entry.mask)},
+        {"inherited", entry.IsInherited()},
+        {"applyTo", ScopeTextFromFlags(entry.aceFlags)},
+        {"flags", entry.aceFlags},
+    };
+}
+
+// "entries" is null where there is no list and everyone may do everything, and [] where the list is empty and
+// nobody may do anything.
+Json ObjectJson(const Target& target, ShownObject& object) {
+    Json entries;
+    if (object.security.dacl != nullptr) {
+        entries = Json::array();
+        const std::size_t count = object.security.entries.Entries().size();
+        for (std::size_t i = 0; i < count; ++i)
+            entries.push_back(EntryJson(object.security.entries, i));
+    }
+    return {
+        {"path", target.argument},
+        {"owner", object.owner},
+        {"inherits", object.security.inheritance == DaclInheritance::kFromParent},
+        {"entries", std::move(entries)},
+    };
+}
+
+std::optional<std::string> SddlText(const ShownObject& object, ConsoleMessages& messages) {
+    char* text = nullptr;
+    if (ConvertSecurityDescriptorToStringSecurityDescriptorA(
+            object.whole.get(), SDDL_REVISION_1,
+            OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &text,
+            nullptr) == FALSE) {
+        messages.SaySystemError(GetLastError());
+        return std::nullopt;
+    }
+    const UniqueLocal<char> owned(text);
+    return std::string(text) + '\n';
+}
+
+}  // namespace
+
+bool RunShow(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
+    bool allRead = true;
+    Json objects = Json::array();
+    const char* separator = "";
+    for (const Target& target : targets) {
+        messages.SetSubject(target.argument);
+        std::optional<ShownObject> object = ReadObject(target, messages);
+        if (!object) {
+            allRead = false;
+            continue;
+        }
+        switch (arguments.format) {
+            case ShowFormat::kTable:
+                Print(separator + TableText(target, *object));
+                separator = "\n";
+                break;
+            case ShowFormat::kSddl:
+                if (const std::optional<std::string> text = SddlText(*object, messages)) {
+                    Print(*text);
+                } else {
+                    allRead = false;
+                }
+                break;
+            case ShowFormat::kJson:
+                objects.push_back(ObjectJson(target, *object));
+                break;
+        }
+    }
+    if (arguments.format != ShowFormat::kJson) return allRead;
+    // One object stands for itself, so that a script need not unwrap it; what is no UTF-8 is replaced.
+    const bool single = arguments.paths.size() == 1;
+    if (!single || !objects.empty()) {
+        const Json& document = single ? objects.front() : objects;
+        Print(document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+    }
+    return allRead;
+}
+
+}  // namespace permora

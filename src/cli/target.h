@@ -1,0 +1,30 @@
+// An object named on the command line, in the form in which the access list services take it.
+#pragma once
+
+#include <string>
+
+#include "platform/api/base.h"
+#include "security/object_security.h"
+
+namespace permora {
+
+struct Target {
+    std::string argument;  // as typed: how every message and listing names the object
+    std::string folder;    // absolute, to be made current before `name` is used; empty for a drive root
+    std::string name;      // bare, or "C:\" for a drive root
+    ItemPlace place = ItemPlace::kCurrentDirectory;
+};
+
+// Finds out what an argument names, relative to the current directory: all arguments must have been asked
+// about before the first EnterFolder. The text alone is looked at; the object need not exist. On failure
+// `target` is untouched and the result is a system error code.
+DWORD MakeTarget(const std::string& argument, Target& target);
+
+// Makes the folder that holds the object current, so that its bare name means it. Returns a system error
+// code.
+DWORD EnterFolder(const Target& target);
+
+// Whether the object, whose folder is current, is a folder itself (a link to one is not).
+bool IsFolder(const Target& target);
+
+}  // namespace permora

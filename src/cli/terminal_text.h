@@ -1,0 +1,29 @@
+// Texts from a disk or an account database, made fit for a terminal.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace permora {
+
+// Must be called once before the functions below: they read and measure UTF-8 through the C library, whatever
+// the user's own locale is.
+void UseUtf8Terminal();
+
+// `text` with everything that could steer the terminal or mislead the reader spelled out: control characters,
+// marks that turn the writing direction or cannot be seen as \u{202e}, bytes that are no UTF-8 as \x9f.
+std::string PrintableText(std::string_view text);
+
+// The number of columns that a printable text takes.
+std::size_t DisplayWidth(std::string_view text);
+
+// The hexadecimal digits of a number.
+std::string HexText(unsigned value);
+
+// Lines of text in columns as wide as their widest cell, two blanks apart, each line begun with `indent`. The
+// cells are made printable.
+std::string AlignedTable(const std::vector<std::vector<std::string>>& lines, std::string_view indent);
+
+}  // namespace permora

@@ -1,0 +1,98 @@
+#include "cli/vocabulary.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "security/access_rights.h"
+
+namespace permora {
+namespace {
+
+// The bits that mean something in the entry of a file or folder: the rights themselves, the generic rights
+// that stand for several of them, and the right to the system access list.
+constexpr DWORD kKnownMaskBits =
+    FILE_ALL_ACCESS | GENERIC_ALL | GENERIC_EXECUTE | GENERIC_WRITE | GENERIC_READ | ACCESS_SYSTEM_SECURITY;
+
+char LowerCase(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+// The form in which names are compared: lower case, blanks only between words, none beside a slash.
+std::string Normalized(std::string_view text) {
+    std::string normalized;
+    bool blankPending = false;
+    for (char letter : text) {
+        if (letter == ' ' || letter == '\t') {
+            blankPending = true;
+            continue;
+        }
+        const bool afterWord = !normalized.empty() && normalized.back() != '/';
+        if (blankPending && afterWord && letter != '/') normalized += ' ';
+        blankPending = false;
+        normalized += LowerCase(letter);
+    }
+    return normalized;
+}
+
+// A whole text as an unsigned number of 32 bits: hexadecimal after 0x, else decimal.
+std::optional<DWORD> ParseNumber(std::string_view text) {
+    int base = 10;
+    if (text.starts_with("0x")) {
+        base = 16;
+        text.remove_prefix(2);
+    }
+    DWORD number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return number;
+}
+
+std::optional<DWORD> RightByName(const std::string& normalized) {
+    for (const AccessRight& right : kAccessRights) {
+        if (normalized == Normalized(right.listName) || normalized == Normalized(right.rowName) ||
+            normalized == Normalized(right.dialogLabel)) {
+            return right.bits;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<DWORD> ParseRights(std::string_view list, std::string& problem) {
+    DWORD mask = 0;
+    while (true) {
+        const std::string_view item = list.substr(0, list.find(','));
+        const std::string name = Normalized(item);
+        std::optional<DWORD> bits = ParseNumber(name);
+        if (!bits) bits = RightByName(name);
+        if (!bits) {
+            problem = "no right is called \"" + std::string(item) + "\"";
+            return std::nullopt;
+        }
+        if ((*bits & ~kKnownMaskBits) != 0) {
+            problem = "the mask " + std::string(item) + " has bits that no right stands for";
+            return std::nullopt;
+        }
+        mask |= *bits;
+        if (item.size() == list.size()) break;
+        list.remove_prefix(item.size() + 1);
+    }
+    mask &= ~SYNCHRONIZE;
+    if (mask == 0) {
+        problem = "the list names no right";
+        return std::nullopt;
+    }
+    return mask;
+}
+
+std::optional<int> ParseScope(std::string_view text) {
+    const std::string name = Normalized(text);
+    for (std::size_t i = 0; i < kInheritanceScopes.size(); ++i) {
+        const int index = static_cast<int>(i);
+        if (name == std::to_string(index) || name == Normalized(kInheritanceScopes.at(i).text)) return index;
+    }
+    return std::nullopt;
+}
+
+}  // namespace permora

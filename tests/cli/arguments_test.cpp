@@ -1,0 +1,61 @@
+// What the program says to its arguments alone, before it touches anything.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/cli_program.h"
+#include "tests/support/temporary_folder.h"
+
+namespace permora::test {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(ArgumentsTest, WrongArgumentsAreSaidAndTouchNothing) {
+    struct Case {
+        std::vector<std::string> arguments;
+        const char* says;
+    };
+    const TemporaryFolder folder;
+    const std::string path = folder.Path();
+    const Case cases[] = {
+        {{}, "Examples:"},
+        {{"fly", path}, "subcommand"},
+        {{"show"}, "PATH"},
+        {{"show", ""}, "a path is empty"},
+        {{"show", path, "--json", "--sddl"}, "--json"},
+        {{"show", path, "--unknown"}, "--unknown"},
+        {{"grant", path, "--rights", "Delete"}, "--account"},
+        {{"grant", path, "--account", "Everyone"}, "--rights"},
+        {{"grant", path, "--account", "", "--rights", "Delete"}, "--account: the name is empty"},
+        {{"grant", path, "--account", "Everyone", "--rights", "Delete,Fly"}, "no right is called \"Fly\""},
+        {{"deny", path, "--account", "Everyone", "--rights", "1", "--scope", "7"},
+         "no scope is called \"7\""},
+        {{"deny", path, "--account", "Everyone", "--rights", "1", "--scope", ""}, "no scope is called \"\""},
+        {{"grant", path, "--account", "nobody-of-that-name", "--rights", "1"}, "nobody-of-that-name: "},
+        {{"revoke", path, "--account", "S-1-"}, "S-1-: "},
+        {{"inherit", path}, "--on"},
+        {{"inherit", path, "--on", "--copy"}, "--on"},
+    };
+    const std::string before = SddlOf(path);
+    for (const Case& row : cases) {
+        const CommandResult result = RunCli(row.arguments);
+        EXPECT_EQ(result.exitCode, 2) << testing::PrintToString(row.arguments);
+        EXPECT_THAT(result.output, HasSubstr(row.says)) << testing::PrintToString(row.arguments);
+    }
+    EXPECT_EQ(SddlOf(path), before);
+}
+
+TEST(ArgumentsTest, HelpAndVersionAreNoFailure) {
+    const CommandResult version = RunCli({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_THAT(version.output, testing::MatchesRegex("permora-cli [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    const CommandResult help = RunCli({"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    for (const char* word : {"show", "grant", "deny", "revoke", "inherit", "Exit code"}) {
+        EXPECT_THAT(help.output, HasSubstr(word));
+    }
+    EXPECT_THAT(RunCli({"grant", "--help"}).output, HasSubstr("Take ownership"));
+}
+
+}  // namespace
+}  // namespace permora::test

@@ -1,0 +1,27 @@
+// permora-cli, started by tests as a user starts it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/support/command.h"
+
+namespace permora::test {
+
+CommandResult RunCli(const std::vector<std::string>& arguments);
+
+// The rows of one object as `show --json` tells them: a line "Allow S-1-1-0 0x1f 3" for each entry, with its
+// flags in decimal. What went wrong instead when the object cannot be shown.
+std::string EntriesOf(const std::string& path);
+
+// `show --sddl` of one object.
+std::string SddlOf(const std::string& path);
+
+// Puts owner, group and list of a descriptor text on an object by the system's own call, so that a test
+// begins with exactly these. Returns a system error code.
+unsigned SetSddl(const std::string& path, const std::string& sddl);
+
+// Why a folder cannot hold access lists here; empty when it can.
+std::string CannotHoldListsReason(const std::string& folder);
+
+}  // namespace permora::test

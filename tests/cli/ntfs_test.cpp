@@ -1,0 +1,111 @@
+// The commands on a real NTFS volume, with ntfssecaudit as judge of what stands on the disk afterwards.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+#include <sstream>
+
+#include "tests/cli/cli_program.h"
+#include "tests/support/ntfs_volume.h"
+
+namespace permora::test {
+namespace {
+
+using testing::HasSubstr;
+
+// The entries of one object as ntfssecaudit reads them from the unmounted image: a line "type flags rights
+// SID" for each, with numbers in hexadecimal, the SID's too.
+std::string AuditedEntries(NtfsVolume& volume, const std::string& path) {
+    volume.Unmount();
+    std::istringstream text(RunCommand({"ntfssecaudit", "-vv", volume.Image(), path}).output);
+    // "Sacl" follows "Dacl" in the same words; these volumes have none.
+    const std::regex field("^\\s+(type|flags|Acc rgts|hex)\\s+(\\S+)$");
+    std::string entries;
+    bool inList = false;
+    for (std::string line; std::getline(text, line);) {
+        if (line == "DACL") inList = true;
+        std::smatch match;
+        if (!inList || !std::regex_match(line, match, field)) continue;
+        entries += match[2].str() + (match[1] == "hex" ? "\n" : " ");
+    }
+    return entries;
+}
+
+class NtfsTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+        volume.emplace();
+        ASSERT_EQ(volume->Problem(), "");
+        for (const char* name : {"team", "team/sub"})
+            std::filesystem::create_directory(volume->Path(name));
+        for (const char* name : {"team/file", "team/sub/deep"}) {
+            EXPECT_EQ(RunCommand({"touch", volume->Path(name)}).exitCode, 0);
+        }
+        // What ntfs-3g gives a new object is not inherited; from here on everything below "team" inherits.
+        ASSERT_EQ(SetSddl(volume->Path("team"), "D:P(A;OICI;FA;;;BA)"), 0U);
+        for (const char* name : {"team/file", "team/sub", "team/sub/deep"}) {
+            ASSERT_EQ(SetSddl(volume->Path(name), "D:"), 0U) << name;
+        }
+    }
+
+    std::optional<NtfsVolume> volume;
+};
+
+TEST_F(NtfsTest, WhatTheCommandsWriteStandsOnTheDisk) {
+    const std::string team = volume->Path("team");
+    const std::string sub = volume->Path("team/sub");
+    EXPECT_EQ(RunCli({"grant", team, "--account", "Users", "--rights", "Read attributes,Read permissions"})
+                  .exitCode,
+              0);
+    EXPECT_EQ(RunCli({"deny", team, "--account", "Everyone", "--rights", "Delete", "--scope", "Files only"})
+                  .exitCode,
+              0);
+    EXPECT_EQ(RunCli({"inherit", sub, "--copy"}).exitCode, 0);
+    EXPECT_EQ(RunCli({"revoke", sub, "--account", "Users"}).exitCode, 0);
+    EXPECT_EQ(RunCli({"grant", team, "--account", "Users", "--rights", "Take ownership"}).exitCode, 0);
+
+    EXPECT_EQ(AuditedEntries(*volume, "/team"),
+              "1 0x9 0x110000 S-1-1-0\n"
+              "0 0x3 0x1a0080 S-1-5-20-221\n"
+              "0 0x3 0x1f01ff S-1-5-20-220\n");
+    EXPECT_EQ(AuditedEntries(*volume, "/team/file"),
+              "1 0x10 0x110000 S-1-1-0\n"
+              "0 0x10 0x1a0080 S-1-5-20-221\n"
+              "0 0x10 0x1f01ff S-1-5-20-220\n");
+    EXPECT_EQ(AuditedEntries(*volume, "/team/sub"),
+              "1 0x9 0x110000 S-1-1-0\n"
+              "0 0x3 0x1f01ff S-1-5-20-220\n");
+    EXPECT_EQ(AuditedEntries(*volume, "/team/sub/deep"),
+              "1 0x10 0x110000 S-1-1-0\n"
+              "0 0x10 0x1f01ff S-1-5-20-220\n");
+    EXPECT_THAT(volume->Audit(), HasSubstr("No errors were found"));
+}
+
+TEST_F(NtfsTest, ReadingGivesTheSameAfterAnotherMount) {
+    const std::string file = volume->Path("team/sub/deep");
+    EXPECT_EQ(RunCli({"grant", file, "--account", "Guests", "--rights", "full control"}).exitCode, 0);
+    const std::string before = SddlOf(file) + EntriesOf(file);
+    volume->Unmount();
+    volume->Mount();
+    EXPECT_EQ(SddlOf(file) + EntriesOf(file), before);
+    EXPECT_THAT(before, HasSubstr("Allow S-1-5-32-546 0xf01ff 0\n"));
+}
+
+TEST_F(NtfsTest, AReadOnlyVolumeIsReadAndRefusesChanges) {
+    const std::string team = volume->Path("team");
+    const std::string before = SddlOf(team);
+    volume->Unmount();
+    volume->Mount(NtfsMount::kReadOnly);
+    ASSERT_EQ(volume->Problem(), "");
+    EXPECT_EQ(SddlOf(team), before);
+    const CommandResult result = RunCli({"grant", team, "--account", "Users", "--rights", "Delete"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.output, HasSubstr("permora-cli: " + team + ": "));
+    EXPECT_THAT(result.output, testing::ContainsRegex("[Rr]ead-only"));
+    EXPECT_EQ(SddlOf(team), before);
+}
+
+}  // namespace
+}  // namespace permora::test

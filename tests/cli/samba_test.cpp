@@ -1,0 +1,83 @@
+// The commands in a folder that a real Samba server shares, with smbcacls as judge and as the other writer.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
+
+#include "tests/cli/cli_program.h"
+#include "tests/support/samba_server.h"
+
+namespace permora::test {
+namespace {
+
+using testing::HasSubstr;
+
+class SambaTest : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        if (SambaServer::SkipReason().empty()) server = std::make_unique<SambaServer>();
+    }
+    static void TearDownTestSuite() { server.reset(); }
+
+    void SetUp() override {
+        if (!server) GTEST_SKIP() << SambaServer::SkipReason();
+        ASSERT_EQ(server->Problem(), "");
+    }
+
+    // The entries as the server tells them to its clients: a line "SID:type/flags/mask" for each.
+    static std::string ServedEntries(const std::string& name) {
+        std::istringstream text(server->Smbcacls(name).output);
+        std::string entries;
+        for (std::string line; std::getline(text, line);) {
+            if (line.starts_with("ACL:")) entries += line.substr(4) + '\n';
+        }
+        return entries;
+    }
+
+    static std::unique_ptr<SambaServer> server;
+};
+
+std::unique_ptr<SambaServer> SambaTest::server;
+
+TEST_F(SambaTest, TheServerServesWhatTheCommandsWrite) {
+    ASSERT_EQ(server->Smbclient("mkdir team; mkdir team/sub").exitCode, 0);
+    const std::string team = server->Path("team");
+    ASSERT_EQ(SetSddl(team, "D:P(A;OICI;FA;;;BA)"), 0U);
+    ASSERT_EQ(SetSddl(server->Path("team/sub"), "D:"), 0U);
+    EXPECT_EQ(RunCli({"grant", team, "--account", "Everyone", "--rights", "Read permissions"}).exitCode, 0);
+    EXPECT_EQ(RunCli({"deny", team, "--account", "Guests", "--rights", "Delete", "--scope", "4"}).exitCode,
+              0);
+    EXPECT_EQ(ServedEntries("team"),
+              "S-1-5-32-546:1/0xb/0x00110000\n"
+              "S-1-1-0:0/0x3/0x00120000\n"
+              "S-1-5-32-544:0/0x3/0x001f01ff\n");
+    EXPECT_EQ(ServedEntries("team/sub"),
+              "S-1-5-32-546:1/0x13/0x00110000\n"
+              "S-1-1-0:0/0x13/0x00120000\n"
+              "S-1-5-32-544:0/0x13/0x001f01ff\n");
+
+    EXPECT_EQ(RunCli({"inherit", server->Path("team/sub"), "--remove"}).exitCode, 0);
+    EXPECT_EQ(
+        RunCli({"grant", server->Path("team/sub"), "--account", "root", "--rights", "full control"}).exitCode,
+        0);
+    // The account is the one that the server means by that name.
+    const CommandResult served =
+        RunCommand({"smbcacls", "//127.0.0.1/share", "team/sub", "-U", "root%secret"});
+    EXPECT_THAT(served.output, HasSubstr("ACL:PERMORATEST\\root:ALLOWED/OI|CI/FULL\n"));
+    EXPECT_EQ(ServedEntries("team/sub").find('\n') + 1, ServedEntries("team/sub").size());
+}
+
+TEST_F(SambaTest, TheCommandsReadWhatAClientWrites) {
+    ASSERT_EQ(server->Smbclient("mkdir written").exitCode, 0);
+    const std::string path = server->Path("written");
+    const CommandResult set =
+        server->Smbcacls("written", {"--set", "ACL:S-1-5-32-546:1/0/0x00010000,ACL:S-1-1-0:0/3/0x001200a9"});
+    ASSERT_EQ(set.exitCode, 0) << set.output;
+    EXPECT_EQ(EntriesOf(path), "Deny S-1-5-32-546 0x10000 0\nAllow S-1-1-0 0x200a9 3\n");
+    EXPECT_EQ(RunCli({"revoke", path, "--account", "Guests"}).exitCode, 0);
+    EXPECT_EQ(ServedEntries("written"), "S-1-1-0:0/0x3/0x001200a9\n");
+}
+
+}  // namespace
+}  // namespace permora::test
