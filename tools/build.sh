@@ -1,0 +1,16 @@
+# Configures once and builds. Sourced, not run.
+# shellcheck shell=bash
+
+# BuildPreset PRESET [TARGET...]: ninja itself configures again when a CMake file has changed, so a build that is up
+# to date costs one look at the time stamps. The compiler's chatter is shown only when it fails.
+BuildPreset() {
+    local preset=$1 log
+    shift
+    mkdir -p "build/$preset"
+    log="build/$preset/build.log"
+    if [ ! -e "build/$preset/build.ninja" ]; then
+        echo "Configuring the $preset build"
+        cmake --preset "$preset" >"$log" 2>&1 || { cat "$log" >&2; return 1; }
+    fi
+    cmake --build --preset "$preset" ${1:+--target "$@"} >"$log" 2>&1 || { cat "$log" >&2; return 1; }
+}

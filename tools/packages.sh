@@ -1,0 +1,57 @@
+# Installs the Debian packages that the scripts of this project need. Sourced, not run.
+# shellcheck shell=bash disable=SC2034
+
+# To configure, build and test; the presets configure all of it at once.
+buildPackages=(cmake ninja-build g++ binutils-mingw-w64-x86-64 libsystemd-dev libcli11-dev
+    nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev)
+# Real volumes: mkntfs, the driver, and the judge ntfssecaudit.
+volumePackages=(ntfs-3g fuse3 attr)
+# A real server and its clients.
+serverPackages=(samba smbclient)
+
+# MissingPackages PACKAGE...: those that are not installed, one a line. A look into dpkg's own tables, no network.
+MissingPackages() {
+    local installed
+    installed=$(dpkg-query --show --showformat '${db:Status-Abbrev} ${Package}\n' "$@" 2>/dev/null |
+        sed -n 's/^ii *//p')
+    printf '%s\n' "$@" | grep --line-regexp --fixed-strings --invert-match --file=<(printf '%s\n' "$installed") ||
+        true
+}
+
+# AsRoot COMMAND...: the command with the rights to install software.
+AsRoot() {
+    if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+# InstallPackages PACKAGE...: installs them without starting any service that they bring: a test run must not open
+# a file server to the network. A Samba that comes this way stays switched off at the next start as well.
+InstallPackages() {
+    local guard=/usr/sbin/policy-rc.d placedGuard=no status=0
+    if [ ! -e "$guard" ]; then
+        placedGuard=yes
+        printf '#!/bin/sh\nexit 101\n' | AsRoot tee "$guard" >/dev/null
+        AsRoot chmod 755 "$guard"
+    fi
+    AsRoot env DEBIAN_FRONTEND=noninteractive apt-get install --yes --quiet --no-install-recommends "$@" </dev/null ||
+        status=$?
+    [ "$placedGuard" = no ] || AsRoot rm -f "$guard"
+    if [ "$status" = 0 ] && [ -d /run/systemd/system ] && [[ " $* " == *" samba "* ]]; then
+        AsRoot systemctl --quiet disable smbd nmbd samba-ad-dc || true
+    fi
+    return "$status"
+}
+
+# EnsurePackages PACKAGE...: returns at once when all are there; installs the missing ones as root or through sudo,
+# and says what is missing where neither is possible.
+EnsurePackages() {
+    local missing
+    mapfile -t missing < <(MissingPackages "$@")
+    [ "${#missing[@]}" -gt 0 ] || return 0
+    if [ "$(id -u)" != 0 ] && ! command -v sudo >/dev/null; then
+        echo "These packages are missing; install them as root with:" >&2
+        echo "    apt-get install ${missing[*]}" >&2
+        return 1
+    fi
+    echo "Installing ${missing[*]}"
+    InstallPackages "${missing[@]}" || { AsRoot apt-get update --quiet && InstallPackages "${missing[@]}"; }
+}
