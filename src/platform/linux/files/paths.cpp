@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <iterator>
 #include <optional>
 #include <utility>
@@ -77,29 +76,21 @@ DWORD OpenStart(const PathText& text, StartingPlace& start) {
     return OpenAboveCurrent(text.ascents, current, start);
 }
 
-DWORD HostNameOf(std::string_view component, std::string& hostName) {
-    if (!DecodeName(component, hostName)) return ERROR_INVALID_NAME;
-    return hostName.size() > NAME_MAX ? ERROR_FILENAME_EXCED_RANGE : ERROR_SUCCESS;
-}
-
 // From `folder` along the components of `text`, of which there is at least one.
 DWORD Follow(const PathText& text, ObjectHandle folder, ResolvedObject& found) {
     std::string hostName;
     for (std::size_t i = 0; i + 1 < text.components.size(); ++i) {
-        DWORD error = HostNameOf(text.components[i], hostName);
-        if (error == ERROR_SUCCESS) {
-            error = ErrorOnTheWay(OpenFolder(folder.Descriptor(), hostName.c_str(), folder));
-        }
-        if (error != ERROR_SUCCESS) return error;
+        if (!DecodeName(text.components[i], hostName)) return ERROR_INVALID_NAME;
+        const DWORD error = OpenFolder(folder.Descriptor(), hostName.c_str(), folder);
+        if (error != ERROR_SUCCESS) return ErrorOnTheWay(error);
     }
-    DWORD error = HostNameOf(text.components.back(), hostName);
-    if (error != ERROR_SUCCESS) return error;
+    if (!DecodeName(text.components.back(), hostName)) return ERROR_INVALID_NAME;
     if (text.endsWithSeparator) {
         // It may have been a link: its target is held by another folder than `folder`.
-        error = OpenFolder(folder.Descriptor(), hostName.c_str(), found.object);
+        const DWORD error = OpenFolder(folder.Descriptor(), hostName.c_str(), found.object);
         return error == ERROR_SUCCESS ? OpenFolder(found.object.Descriptor(), "..", found.parent) : error;
     }
-    error = ObjectHandle::OpenAt(folder.Descriptor(), hostName.c_str(), found.object);
+    const DWORD error = ObjectHandle::OpenAt(folder.Descriptor(), hostName.c_str(), found.object);
     found.parent = std::move(folder);
     return error;
 }

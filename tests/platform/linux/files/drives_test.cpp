@@ -119,6 +119,11 @@ TEST_F(Drives, AMountedVolumeIsADriveAsLongAsItIsMounted) {
     ASSERT_EQ(ResolvePath(path.c_str(), resolved), ERROR_SUCCESS);
     EXPECT_FALSE(resolved.parent);
     resolved = {};
+
+    ASSERT_TRUE(PinDrive('U', mountPoint));
+    EXPECT_EQ(PathFromHost(mountPoint), "U:\\");
+    EXPECT_EQ(GetDriveTypeA(path.c_str()), DRIVE_NO_ROOT_DIR);  // it moved and has no second letter
+    ASSERT_TRUE(PinDrive('U', ""));
     EXPECT_EQ(umount(mountPoint.c_str()), 0);
     EXPECT_EQ(PathFromHost(mountPoint), "T:\\ram disk");
 }
