@@ -6,6 +6,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/linux/base/failure.h"
+#include "platform/linux/base/utf8.h"
 
 namespace {
 
@@ -35,44 +36,9 @@ Decoded DecodeUtf16(std::u16string_view wide) {
     return {kReplacement, 1};
 }
 
-// The shape of a UTF-8 sequence that its first byte announces. Source: the Unicode Standard, table 3-7
-// "Well-Formed UTF-8 Byte Sequences": only the second byte's range depends on the first.
-struct SequenceShape {
-    std::size_t length;  // 0: no sequence starts with this byte
-    unsigned char secondFrom;
-    unsigned char secondTo;
-};
-
-SequenceShape ShapeOf(unsigned char first) {
-    if (first < 0x80) return {1, 0, 0};
-    if (first < 0xC2) return {0, 0, 0};
-    if (first < 0xE0) return {2, 0x80, 0xBF};
-    if (first == 0xE0) return {3, 0xA0, 0xBF};  // shorter forms of the same code point are not text
-    if (first == 0xED) return {3, 0x80, 0x9F};  // surrogates are not text
-    if (first < 0xF0) return {3, 0x80, 0xBF};
-    if (first == 0xF0) return {4, 0x90, 0xBF};
-    if (first < 0xF4) return {4, 0x80, 0xBF};
-    if (first == 0xF4) return {4, 0x80, 0x8F};  // nothing beyond U+10FFFF
-    return {0, 0, 0};
-}
-
-// The code point at the start of `ansi`, which is not empty. The longest beginning of a sequence that could
-// still have become well formed decodes as one replacement (the Unicode Standard, section 3.9).
-Decoded DecodeUtf8(std::string_view ansi) {
-    const auto first = static_cast<unsigned char>(ansi[0]);
-    const SequenceShape shape = ShapeOf(first);
-    if (shape.length == 1) return {first, 1};
-    if (shape.length == 0) return {kReplacement, 1};
-    char32_t codePoint = first & (0x7FU >> shape.length);
-    for (std::size_t i = 1; i < shape.length; ++i) {
-        if (i == ansi.size()) return {kReplacement, i};
-        const auto byte = static_cast<unsigned char>(ansi[i]);
-        const unsigned char from = i == 1 ? shape.secondFrom : 0x80;
-        const unsigned char to = i == 1 ? shape.secondTo : 0xBF;
-        if (byte < from || byte > to) return {kReplacement, i};
-        codePoint = (codePoint << 6) | (byte & 0x3FU);
-    }
-    return {codePoint, shape.length};
+Decoded DecodeAnsi(std::string_view ansi) {
+    const permora::host::Utf8Character character = permora::host::FirstUtf8Character(ansi);
+    return {character.isWellFormed ? character.codePoint : kReplacement, character.bytes};
 }
 
 // Stores the code point as UTF-8 when `target` is not null; the number of bytes either way.
@@ -160,5 +126,5 @@ int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wid
 
 int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR ansi, int ansiCount, LPWSTR wide,
                                int wideSize) {
-    return Convert(codePage, flags, ansi, ansiCount, wide, wideSize, DecodeUtf8, EncodeUtf16);
+    return Convert(codePage, flags, ansi, ansiCount, wide, wideSize, DecodeAnsi, EncodeUtf16);
 }

@@ -1,0 +1,20 @@
+// Reading UTF-8 that may be anything.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace permora::host {
+
+struct Utf8Character {
+    char32_t codePoint;  // 0 when malformed
+    // Bytes of the text that it takes, at least 1. Of malformed text, the longest beginning that could still
+    // have become a character: what the Unicode Standard, section 3.9, has replaced by one U+FFFD.
+    std::size_t bytes;
+    bool isWellFormed;
+};
+
+// The character at the start of `text`, which is not empty.
+Utf8Character FirstUtf8Character(std::string_view text);
+
+}  // namespace permora::host
