@@ -12,7 +12,8 @@ serverPackages=(samba smbclient)
 # MissingPackages PACKAGE...: those that are not installed, one a line. A look into dpkg's own tables, no network.
 MissingPackages() {
     local installed
-    installed=$(dpkg-query --show --showformat '${db:Status-Abbrev} ${Package}\n' "$@" 2>/dev/null |
+    # It answers 1 when it has never heard of one of them, which is what is asked for here.
+    installed=$({ dpkg-query --show --showformat '${db:Status-Abbrev} ${Package}\n' "$@" 2>/dev/null || true; } |
         sed -n 's/^ii *//p')
     printf '%s\n' "$@" | grep --line-regexp --fixed-strings --invert-match --file=<(printf '%s\n' "$installed") ||
         true
@@ -44,9 +45,10 @@ InstallPackages() {
 # EnsurePackages PACKAGE...: returns at once when all are there; installs the missing ones as root or through sudo,
 # and says what is missing where neither is possible.
 EnsurePackages() {
-    local missing
-    mapfile -t missing < <(MissingPackages "$@")
-    [ "${#missing[@]}" -gt 0 ] || return 0
+    local answer missing
+    answer=$(MissingPackages "$@") || return 1
+    [ -n "$answer" ] || return 0
+    mapfile -t missing <<<"$answer"
     if [ "$(id -u)" != 0 ] && ! command -v sudo >/dev/null; then
         echo "These packages are missing; install them as root with:" >&2
         echo "    apt-get install ${missing[*]}" >&2
