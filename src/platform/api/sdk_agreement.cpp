@@ -24,6 +24,7 @@ static_assert(sizeof(LONG)  == 4 && LONG(-1) < 0);
 static_assert(sizeof(UINT)  == 4 && UINT(-1) > 0);
 static_assert(sizeof(WCHAR) == 2);
 static_assert(sizeof(SIZE_T) == sizeof(void*));
+// NOLINTNEXTLINE(bugprone-sizeof-expression): handles are pointers, and a pointer's size is what is compared
 static_assert(sizeof(HANDLE) == sizeof(void*) && sizeof(HMODULE) == sizeof(void*) && sizeof(HWND) == sizeof(void*));
 static_assert(TRUE == 1 && FALSE == 0);
 
