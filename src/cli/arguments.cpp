@@ -20,14 +20,16 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli deny /mnt/data/Projects --account guest --rights 'Full control' --scope 'Files only' --dry-run
   permora-cli revoke /mnt/data/Projects --account S-1-5-32-546
   permora-cli inherit /mnt/data/Payroll --copy
+  permora-cli reset /mnt/data/Projects --dry-run --verbose
 
 A path is written as C:\folder\file or as this machine writes it; both mean the same object. A link at its end is
 not followed. Rights, scopes and options are listed by the help of a command: permora-cli grant --help
 
 Exit code:
   0  done
-  1  some object failed: each one is named on standard error with its reason, and all others were done
-  2  wrong arguments or an unknown account: nothing was touched)";
+  1  some object failed: each one is named on standard error with its reason (by reset only with --verbose), and all
+     others were done; or reset was interrupted
+  2  wrong arguments, an unknown account, or no consent to a reset: nothing was touched)";
 
 // A path such as "[x]" would be taken for a list of values, with its brackets stripped: another object. So
 // every argument that begins like that goes through the parser behind this character, which no argument
@@ -76,6 +78,7 @@ struct Parser {
     CLI::App* AddChange(Command command, const char* name, const char* description);
     void AddAccount(CLI::App* command);
     void AddEntryOptions(CLI::App* command);
+    void AddReset();
     // Turns what was typed into what is meant; a text that says what is wrong, or an empty one.
     std::string Interpret();
 };
@@ -117,6 +120,20 @@ void Parser::AddEntryOptions(CLI::App* command) {
                       "Hand the entry down to direct children only, not to what is below them");
 }
 
+void Parser::AddReset() {
+    CLI::App* reset = AddCommand(Command::kReset, "reset",
+                                 "Give everything below a folder what it inherits and nothing else: entries\n"
+                                 "of its own go, and protection from inheritance ends. The folder itself\n"
+                                 "keeps its list. Links and what is mounted below are not entered");
+    reset->add_flag("--dry-run", arguments.dryRun, "Count what would change and write nothing");
+    reset->add_flag("--yes", arguments.yes, "Do not ask; needed where nobody can be asked");
+    reset->add_flag("--empty-lists", arguments.emptyLists,
+                    "Go on even below a folder that hands nothing down;\n"
+                    "afterwards nobody has access to what is below it");
+    reset->add_flag("--quiet", arguments.quiet, "No progress line on a terminal");
+    reset->add_flag("--verbose", arguments.verbose, "Name each object that is passed over, with the reason");
+}
+
 Parser::Parser() {
     app.require_subcommand(1);
     app.set_version_flag("--version", "permora-cli " PERMORA_VERSION, "Print the version");
@@ -140,6 +157,7 @@ Parser::Parser() {
     choice->add_flag("--copy", copy, "Stop inheriting and keep copies of the inherited entries");
     choice->add_flag("--remove", remove, "Stop inheriting and remove the inherited entries");
     choice->require_option(1);
+    AddReset();
     // Last, so that the commands' own help stays short.
     app.footer(kFooter);
 }

@@ -9,7 +9,7 @@
 
 namespace permora {
 
-enum class Command { kShow, kGrant, kDeny, kRevoke, kInherit };
+enum class Command { kShow, kGrant, kDeny, kRevoke, kInherit, kReset };
 
 enum class ShowFormat { kTable, kJson, kSddl };
 
@@ -37,6 +37,12 @@ struct Arguments {
     bool dryRun = false;
     bool dropOtherEntries = false;
     bool replaceNullList = false;
+
+    // reset:
+    bool yes = false;
+    bool emptyLists = false;
+    bool quiet = false;
+    bool verbose = false;
 };
 
 // The arguments, or nothing when there is nothing left to do: help or the version was printed (exitCode 0),

@@ -88,6 +88,7 @@ EditResult EditObject(const Arguments& arguments, const AccountRecord& account, 
         case Command::kInherit:
             return ChangeInheritance(arguments.inheritance, target, object, messages);
         case Command::kShow:
+        case Command::kReset:
             break;
     }
     return EditResult::kRefused;

@@ -7,6 +7,7 @@
 #include "cli/change_command.h"
 #include "cli/exit_codes.h"
 #include "cli/messages.h"
+#include "cli/reset_command.h"
 #include "cli/show_command.h"
 #include "cli/target.h"
 #include "cli/terminal_text.h"
@@ -32,6 +33,13 @@ std::vector<Target> FindTargets(const std::vector<std::string>& paths, ConsoleMe
     return targets;
 }
 
+bool RunCommand(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
+                ConsoleMessages& messages) {
+    if (arguments.command == Command::kShow) return RunShow(arguments, targets, messages);
+    if (arguments.command == Command::kReset) return RunReset(arguments, targets, messages);
+    return RunChange(arguments, account, targets, messages);
+}
+
 int Run(const Arguments& arguments) {
     ConsoleMessages messages;
     AccountRecord account;
@@ -45,9 +53,9 @@ int Run(const Arguments& arguments) {
     }
     const std::vector<Target> targets = FindTargets(arguments.paths, messages);
     bool allDone = targets.size() == arguments.paths.size();
-    allDone = (arguments.command == Command::kShow ? RunShow(arguments, targets, messages)
-                                                   : RunChange(arguments, account, targets, messages)) &&
-              allDone;
+    if (arguments.command == Command::kReset && !ConfirmReset(arguments, targets, messages))
+        return kExitUsage;
+    allDone = RunCommand(arguments, account, targets, messages) && allDone;
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         messages.SetSubject("standard output");
         messages.Say("not everything could be written");

@@ -55,6 +55,16 @@ DecodedCharacter DecodeFirst(std::string_view text) {
 
 }  // namespace
 
+std::string CutToColumns(std::string text, std::size_t columns) {
+    const auto isContinuation = [](char byte) { return (byte & 0xC0) == 0x80; };
+    while (DisplayWidth(text) > columns) {
+        while (isContinuation(text.back()))
+            text.pop_back();
+        text.pop_back();
+    }
+    return text;
+}
+
 std::string HexText(unsigned value) {
     std::array<char, 16> buffer = {};
     std::snprintf(buffer.data(), buffer.size(), "%x", value);

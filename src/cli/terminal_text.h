@@ -19,6 +19,9 @@ std::string PrintableText(std::string_view text);
 // The number of columns that a printable text takes.
 std::size_t DisplayWidth(std::string_view text);
 
+// The longest beginning of a printable text that takes at most `columns` columns.
+std::string CutToColumns(std::string text, std::size_t columns);
+
 // The hexadecimal digits of a number.
 std::string HexText(unsigned value);
 

@@ -9,8 +9,12 @@
 
 namespace permora::test {
 
+std::string CliPath() {
+    return PERMORA_CLI;
+}
+
 CommandResult RunCli(const std::vector<std::string>& arguments) {
-    std::vector<std::string> command = {PERMORA_CLI};
+    std::vector<std::string> command = {CliPath()};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return RunCommand(command);
 }

@@ -8,6 +8,9 @@
 
 namespace permora::test {
 
+// The program file.
+std::string CliPath();
+
 CommandResult RunCli(const std::vector<std::string>& arguments);
 
 // The rows of one object as `show --json` tells them: a line "Allow S-1-1-0 0x1f 3" for each entry, with its

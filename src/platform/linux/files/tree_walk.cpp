@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -26,16 +27,17 @@ namespace {
 // Reads the names in an open folder, a block at a time.
 class FolderListing {
   public:
-    explicit FolderListing(UniqueFd opened) : folder(std::move(opened)) {}
+    FolderListing(UniqueFd opened, const char* hostName) : folder(std::move(opened)), name(hostName) {}
 
     int Descriptor() const { return folder.Get(); }
+    const char* Name() const { return name.c_str(); }
 
     // The next name, or null at the end or on an error (`error` is then not 0). Lives until the next call.
     const char* Next(DWORD& error) {
         for (;;) {
             if (position == filled && !Fill(error)) return nullptr;
-            const char* name = TakeEntry();
-            if (std::string_view(name) != "." && std::string_view(name) != "..") return name;
+            const char* entry = TakeEntry();
+            if (std::string_view(entry) != "." && std::string_view(entry) != "..") return entry;
         }
     }
 
@@ -61,6 +63,7 @@ class FolderListing {
     }
 
     UniqueFd folder;
+    std::string name;
     std::size_t position = 0;
     std::size_t filled = 0;
     std::array<std::uint8_t, kBlockBytes> block;
@@ -90,47 +93,54 @@ class TreeWalk {
     explicit TreeWalk(TreeVisitor& caller) : visitor(caller) {}
 
     void Run(const ObjectHandle& folder) {
-        Enter(folder);
-        while (!open.empty()) {
+        Enter(folder, "");
+        while (!open.empty() && !isStopped) {
             DWORD error = ERROR_SUCCESS;
             if (const char* name = open.back()->Next(error); name != nullptr) {
                 VisitEntry(name);
                 continue;
             }
+            const std::unique_ptr<FolderListing> ended = std::move(open.back());
             open.pop_back();
-            if (error != ERROR_SUCCESS) visitor.Fail(error);
+            if (error != ERROR_SUCCESS) visitor.Fail(error, ended->Name(), DepthOf(open.size()));
         }
     }
 
   private:
-    void Enter(const ObjectHandle& folder) {
+    // The depth of a folder that is listed while `above` others are: the walked one has none, nor a name.
+    static std::size_t DepthOf(std::size_t above) { return above == 0 ? 0 : above - 1; }
+
+    void Enter(const ObjectHandle& folder, const char* name) {
         UniqueFd listing;
         const DWORD error = folder.OpenForListing(listing);
         if (error == ERROR_FILE_NOT_FOUND) return;
         if (error != ERROR_SUCCESS) {
-            visitor.Fail(error);
+            visitor.Fail(error, name, DepthOf(open.size()));
             return;
         }
-        open.push_back(std::make_unique<FolderListing>(std::move(listing)));
+        open.push_back(std::make_unique<FolderListing>(std::move(listing), name));
     }
 
     void VisitEntry(const char* name) {
+        const std::size_t depth = open.size() - 1;
         UniqueFd opened;
         const int problem = OpenUnmountedEntry(open.back()->Descriptor(), name, opened);
-        if (problem == ENOENT || problem == EXDEV) return;
+        if (problem == ENOENT) return;
         ObjectHandle object;
         const DWORD error =
             problem != 0 ? ErrorFromErrno(problem) : ObjectHandle::Adopt(std::move(opened), object);
         if (error != ERROR_SUCCESS) {
-            visitor.Fail(error);
+            visitor.Fail(error, name, depth);
             return;
         }
-        const WalkDecision decision = visitor.Visit(object, open.size() - 1);
-        if (decision == WalkDecision::kDescend && object.IsFolder()) Enter(object);
+        const WalkDecision decision = visitor.Visit(object, name, depth);
+        isStopped = decision == WalkDecision::kStop;
+        if (decision == WalkDecision::kDescend && object.IsFolder()) Enter(object, name);
     }
 
     TreeVisitor& visitor;
     std::vector<std::unique_ptr<FolderListing>> open;  // from the walked folder down to the current one
+    bool isStopped = false;
 };
 
 }  // namespace

@@ -10,19 +10,22 @@ namespace permora::host {
 enum class WalkDecision {
     kDescend,   // visit what is below this object, if it is a folder
     kPassOver,  // leave alone what is below it
+    kStop,      // end the walk
 };
 
 class TreeVisitor {
   public:
     virtual ~TreeVisitor() = default;
 
-    // One object, before all that is below it. `depth` is 0 for what stands directly in the walked folder and
-    // one more for each folder in between. The handle lives for the call.
-    virtual WalkDecision Visit(const ObjectHandle& object, std::size_t depth) = 0;
+    // One object, before all that is below it. `name` is its bare name as the host writes it. `depth` is 0
+    // for what stands directly in the walked folder and one more for each folder in between. Handle and name
+    // live for the call.
+    virtual WalkDecision Visit(const ObjectHandle& object, const char* name, std::size_t depth) = 0;
 
-    // An object that could not be opened, or a folder that could not be listed to its end; the walk goes on
-    // with the next one.
-    virtual void Fail(DWORD error) = 0;
+    // An object that was not visited (ERROR_NOT_SAME_DEVICE: something is mounted on it), or a folder that
+    // was not listed to its end; the walk goes on with the next one. An empty name means the walked folder
+    // itself.
+    virtual void Fail(DWORD error, const char* name, std::size_t depth) = 0;
 };
 
 // Walks by open handles: links are visited and never followed, what is mounted below (another volume, or

@@ -16,33 +16,38 @@ class ListPropagation : public TreeVisitor {
   public:
     ListPropagation(const nt::Acl& list, DescriptorStore& volume) : lists{list}, store(volume) {}
 
-    WalkDecision Visit(const ObjectHandle& object, std::size_t depth) override {
+    WalkDecision Visit(const ObjectHandle& object, const char* /*name*/, std::size_t depth) override {
         if (!store.CanHold(object)) return WalkDecision::kPassOver;
         const DWORD readError = store.Read(object, descriptor);
         if (readError != ERROR_SUCCESS) {
-            Fail(readError);
+            Keep(readError);
             return WalkDecision::kPassOver;
         }
         const bool inherits = descriptor.daclState == nt::DaclState::kList && !descriptor.IsDaclProtected();
         if (!inherits) return WalkDecision::kPassOver;
         const DWORD writeError = Update(object, lists[depth]);
         if (writeError != ERROR_SUCCESS) {
-            Fail(writeError);
+            Keep(writeError);
             return WalkDecision::kPassOver;
         }
         if (object.IsFolder()) RememberList(depth + 1);
         return WalkDecision::kDescend;
     }
 
-    void Fail(DWORD error) override {
-        // The object vanished after it was opened.
-        if (error == ERROR_FILE_NOT_FOUND) return;
-        if (firstError == ERROR_SUCCESS) firstError = error;
+    void Fail(DWORD error, const char* /*name*/, std::size_t /*depth*/) override {
+        // Another volume inherits nothing from this one.
+        if (error != ERROR_NOT_SAME_DEVICE) Keep(error);
     }
 
     DWORD FirstError() const { return firstError; }
 
   private:
+    void Keep(DWORD error) {
+        // The object vanished after it was opened.
+        if (error == ERROR_FILE_NOT_FOUND) return;
+        if (firstError == ERROR_SUCCESS) firstError = error;
+    }
+
     DWORD Update(const ObjectHandle& object, const nt::Acl& parent) {
         before = descriptor;
         JoinInherited(descriptor, parent, object);

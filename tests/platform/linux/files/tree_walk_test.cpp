@@ -36,17 +36,22 @@ class RecordingVisitor : public TreeVisitor {
         }
     }
 
-    WalkDecision Visit(const ObjectHandle& object, std::size_t depth) override {
+    WalkDecision Visit(const ObjectHandle& object, const char* bareName, std::size_t depth) override {
         const std::string name = names[object.Status().st_ino];
         EXPECT_EQ(depth, static_cast<std::size_t>(std::count(name.begin(), name.end(), '/'))) << name;
+        EXPECT_EQ(name.substr(name.rfind('/') + 1), bareName);
         visited.push_back(name);
         return decide(name);
     }
-    void Fail(DWORD error) override { errors.push_back(error); }
+    void Fail(DWORD error, const char* name, std::size_t /*depth*/) override {
+        errors.push_back(error);
+        failedNames.emplace_back(name);
+    }
 
     std::function<WalkDecision(const std::string&)> decide = [](auto&) { return WalkDecision::kDescend; };
     std::vector<std::string> visited;
     std::vector<DWORD> errors;
+    std::vector<std::string> failedNames;
 
   private:
     std::map<ino_t, std::string> names;
@@ -82,6 +87,18 @@ TEST(TreeWalk, WhatTheVisitorPassesOverIsNotEntered) {
     visitor.decide = [](auto&) { return WalkDecision::kPassOver; };
     WalkTree(OpenFolder(tree.Path()), visitor);
     EXPECT_THAT(visitor.visited, ElementsAre("a"));
+}
+
+TEST(TreeWalk, EndsWhenTheVisitorStopsIt) {
+    const TemporaryFolder tree;
+    for (const char* name : {"a", "b", "c"})
+        tree.MakeFolder(name);
+    RecordingVisitor visitor(tree);
+    visitor.decide = [&](auto&) {
+        return visitor.visited.size() == 2 ? WalkDecision::kStop : WalkDecision::kDescend;
+    };
+    WalkTree(OpenFolder(tree.Path()), visitor);
+    EXPECT_EQ(visitor.visited.size(), 2U);
 }
 
 TEST(TreeWalk, FolderReplacedByALinkInTheMiddleLeadsNowhereElse) {
@@ -137,7 +154,8 @@ TEST(TreeWalk, WhatIsMountedBelowIsNotVisited) {
     umount2(tree.Path("bound").c_str(), MNT_DETACH);
     umount2(tree.Path("volume").c_str(), MNT_DETACH);
     EXPECT_EQ(visitor.visited.size(), 2U);
-    EXPECT_THAT(visitor.errors, IsEmpty());
+    EXPECT_THAT(visitor.errors, ElementsAre(ERROR_NOT_SAME_DEVICE, ERROR_NOT_SAME_DEVICE));
+    EXPECT_THAT(visitor.failedNames, UnorderedElementsAre("volume", "bound"));
 }
 
 // Makes `depth` folders inside one another; no path is long enough to name the last one.
@@ -151,12 +169,12 @@ void MakeDeepFolders(const std::string& top, int depth) {
 
 class CountingVisitor : public TreeVisitor {
   public:
-    WalkDecision Visit(const ObjectHandle&, std::size_t depth) override {
+    WalkDecision Visit(const ObjectHandle&, const char*, std::size_t depth) override {
         ++count;
         deepest = depth;
         return WalkDecision::kDescend;
     }
-    void Fail(DWORD error) override { errors.push_back(error); }
+    void Fail(DWORD error, const char*, std::size_t) override { errors.push_back(error); }
 
     std::size_t count = 0;
     std::size_t deepest = 0;

@@ -1,0 +1,134 @@
+// SetListsBelow with the system's own calls. An open search keeps its folder and those above it from being
+// renamed, so the paths of the walk stay true while it is below them.
+#include "platform/tree_security.h"
+
+#include <cstring>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "platform/resources.h"
+
+namespace permora {
+namespace {
+
+struct FindCloser {
+    void operator()(void* search) const { FindClose(search); }
+};
+using UniqueSearch = std::unique_ptr<void, FindCloser>;
+
+// A folder that is being listed, always one entry ahead.
+struct OpenFolder {
+    UniqueSearch search;
+    std::size_t pathLength;  // of the folder, with the separator after it
+    bool hasNext;
+    WIN32_FIND_DATAA next;
+};
+
+class TreeWalk {
+  public:
+    TreeWalk(PACL dacl, TreeListMode writing, TreeListObserver& listener, TreeListCounts& totals)
+        : list(dacl), mode(writing), observer(listener), counts(totals) {}
+
+    DWORD Run(LPCSTR folder) {
+        const DWORD attributes = GetFileAttributesA(folder);
+        if (attributes == INVALID_FILE_ATTRIBUTES) return GetLastError();
+        if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return ERROR_CANT_RESOLVE_FILENAME;
+        if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return ERROR_DIRECTORY;
+        path = folder;
+        const DWORD error = Enter();
+        if (error != ERROR_SUCCESS) return error;
+        while (!open.empty()) {
+            path.resize(open.back().pathLength);
+            if (!open.back().hasNext) {
+                open.pop_back();
+                continue;
+            }
+            const WIN32_FIND_DATAA entry = open.back().next;
+            Advance(open.back());
+            if (std::strcmp(entry.cFileName, ".") == 0 || std::strcmp(entry.cFileName, "..") == 0) continue;
+            if (!observer.Begin(entry.cFileName)) return ERROR_OPERATION_ABORTED;
+            path += entry.cFileName;
+            Visit(entry);
+        }
+        return result;
+    }
+
+  private:
+    // Begins to list the folder at `path`.
+    DWORD Enter() {
+        if (path.back() != '\\' && path.back() != '/') path += '\\';
+        OpenFolder folder{nullptr, path.size(), true, {}};
+        HANDLE search = FindFirstFileA((path + '*').c_str(), &folder.next);
+        if (search == INVALID_HANDLE_VALUE) return GetLastError();
+        folder.search.reset(search);
+        open.push_back(std::move(folder));
+        return ERROR_SUCCESS;
+    }
+
+    void Advance(OpenFolder& folder) {
+        folder.hasNext = FindNextFileA(folder.search.get(), &folder.next) != FALSE;
+        if (folder.hasNext || GetLastError() == ERROR_NO_MORE_FILES) return;
+        if (open.size() == 1) {
+            result = GetLastError();
+        } else {
+            PassOver(GetLastError());
+        }
+    }
+
+    void Visit(const WIN32_FIND_DATAA& entry) {
+        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+            PassOver(ERROR_CANT_RESOLVE_FILENAME);
+            return;
+        }
+        const DWORD error = SetList();
+        if (error == ERROR_SUCCESS) {
+            ++counts.changed;
+        } else {
+            PassOver(error);
+        }
+        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return;
+        const DWORD listingError = Enter();
+        if (listingError != ERROR_SUCCESS) PassOver(listingError);
+    }
+
+    DWORD SetList() {
+        if (mode == TreeListMode::kWrite) {
+            return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT,
+                                         DACL_SECURITY_INFORMATION | UNPROTECTED_DACL_SECURITY_INFORMATION,
+                                         nullptr, nullptr, list, nullptr);
+        }
+        PSECURITY_DESCRIPTOR descriptor = nullptr;
+        const DWORD error = GetNamedSecurityInfoA(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
+                                                  nullptr, nullptr, nullptr, nullptr, &descriptor);
+        const UniqueLocal<void> owned(descriptor);
+        return error;
+    }
+
+    void PassOver(DWORD error) {
+        // It vanished.
+        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return;
+        ++counts.passedOver;
+        observer.PassOver(path, error);
+    }
+
+    PACL list;
+    TreeListMode mode;
+    TreeListObserver& observer;
+    TreeListCounts& counts;
+    DWORD result = ERROR_SUCCESS;
+    std::string path;              // of the current object
+    std::vector<OpenFolder> open;  // from the walked folder down to the current one
+};
+
+}  // namespace
+
+DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeListObserver& observer,
+                    TreeListCounts& counts) {
+    if (list == nullptr || IsValidAcl(list) == FALSE) return ERROR_INVALID_ACL;
+    return TreeWalk(list, mode, observer, counts).Run(folder);
+}
+
+}  // namespace permora

@@ -1,0 +1,137 @@
+// The reset of whole trees, on the local disk and on a real NTFS volume.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tests/cli/cli_program.h"
+#include "tests/support/ntfs_volume.h"
+#include "tests/support/temporary_folder.h"
+
+namespace permora::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* kHandsDown = "D:P(A;OICI;FA;;;BA)";
+
+class ResetTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (const std::string reason = CannotHoldListsReason(folder.Path()); !reason.empty())
+            GTEST_SKIP() << reason;
+        ASSERT_EQ(SetSddl(top, kHandsDown), 0U);
+        ASSERT_EQ(SetSddl(sub, "D:P(A;OICI;FA;;;WD)"), 0U);
+        ASSERT_EQ(SetSddl(file, "D:(A;;FR;;;BG)"), 0U);
+        before = EntriesOf(sub) + EntriesOf(file);
+    }
+
+    std::string Entries() const { return EntriesOf(sub) + EntriesOf(file); }
+
+    const TemporaryFolder folder;
+    const std::string top = folder.MakeFolder("top");
+    const std::string sub = folder.MakeFolder("top/sub");
+    const std::string file = folder.MakeFile("top/sub/file");
+    std::string before;
+};
+
+TEST_F(ResetTest, EverythingBelowKeepsOnlyWhatItInherits) {
+    const CommandResult dryRun = RunCli({"reset", top, "--dry-run"});
+    EXPECT_EQ(dryRun.exitCode, 0);
+    EXPECT_EQ(dryRun.output, "would change: 2, already so: 0, passed over: 0\n");
+    EXPECT_EQ(Entries(), before);
+
+    const CommandResult reset = RunCli({"reset", top, "--yes"});
+    EXPECT_EQ(reset.exitCode, 0);
+    EXPECT_EQ(reset.output, "changed: 2, already so: 0, passed over: 0\n");
+    EXPECT_EQ(Entries(), "Allow S-1-5-32-544 0xf01ff 19\nAllow S-1-5-32-544 0xf01ff 16\n");
+    EXPECT_EQ(EntriesOf(top), "Allow S-1-5-32-544 0xf01ff 3\n");
+    EXPECT_THAT(RunCli({"show", sub}).output, HasSubstr("Inherits: yes"));
+    EXPECT_EQ(RunCli({"reset", top, "--yes"}).output, "changed: 0, already so: 2, passed over: 0\n");
+}
+
+TEST_F(ResetTest, NothingIsTouchedWithoutConsent) {
+    const CommandResult piped = RunCli({"reset", top});
+    EXPECT_EQ(piped.exitCode, 2);
+    EXPECT_THAT(piped.output, HasSubstr("--yes"));
+    EXPECT_EQ(Entries(), before);
+}
+
+TEST_F(ResetTest, ATerminalIsAskedAndShownNoMoreThanItNeeds) {
+    if (const std::string reason = MissingProgram("script"); !reason.empty()) GTEST_SKIP() << reason;
+    const auto onTerminal = [this](const char* answer) {
+        return RunCommand({"script", "-qec", "'" + CliPath() + "' reset '" + top + "'", "/dev/null"}, answer);
+    };
+    const CommandResult refused = onTerminal("no\n");
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_THAT(refused.output, HasSubstr(top));
+    EXPECT_THAT(refused.output, HasSubstr("nothing was changed"));
+    EXPECT_EQ(Entries(), before);
+    const CommandResult agreed = onTerminal("yes\n");
+    EXPECT_EQ(agreed.exitCode, 0);
+    EXPECT_THAT(agreed.output, HasSubstr("\r1: sub\x1b[K"));
+    EXPECT_THAT(agreed.output, HasSubstr("changed: 2, "));
+}
+
+TEST_F(ResetTest, WhatIsPassedOverIsCountedAndNamedOnRequest) {
+    const std::string damaged = folder.MakeFile("top/sub/damaged");
+    ASSERT_EQ(RunCommand({"setfattr", "-n", geteuid() == 0 ? "security.NTACL" : "user.permora.sd", "-v",
+                          "0x01", damaged})
+                  .exitCode,
+              0);
+    const std::string missing = folder.Path("missing");
+    const std::string link = folder.Path("link");
+    std::filesystem::create_directory_symlink(top, link);
+    const CommandResult quiet = RunCli({"reset", file, missing, link, top, "--dry-run"});
+    EXPECT_EQ(quiet.exitCode, 1);
+    EXPECT_THAT(quiet.output, HasSubstr("permora-cli: " + file + ": not reset"));
+    EXPECT_THAT(quiet.output, HasSubstr("permora-cli: " + missing + ": "));
+    EXPECT_THAT(quiet.output, HasSubstr("permora-cli: " + link + ": not reset"));
+    EXPECT_THAT(quiet.output, Not(HasSubstr(damaged)));
+    EXPECT_THAT(quiet.output, HasSubstr("would change: 2, already so: 0, passed over: 1\n"));
+    std::filesystem::current_path(folder.Path());
+    EXPECT_THAT(RunCli({"reset", "./top/", "--dry-run", "--verbose"}).output,
+                HasSubstr("permora-cli: ./top/sub/damaged: "));
+}
+
+TEST_F(ResetTest, NobodyIsLockedOutUnasked) {
+    ASSERT_EQ(SetSddl(top, "D:P(A;;FA;;;BA)"), 0U);
+    const CommandResult refused = RunCli({"reset", top, "--yes"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.output, HasSubstr("--empty-lists"));
+    EXPECT_EQ(Entries(), before);
+    EXPECT_EQ(RunCli({"reset", top, "--yes", "--empty-lists"}).exitCode, 0);
+    EXPECT_EQ(Entries(), "");
+}
+
+TEST(ResetOnNtfs, TheVolumeIsSoundAndHoldsOnlyInheritedEntries) {
+    if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    NtfsVolume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    const std::string top = volume.Path("top");
+    std::vector<std::string> below;
+    std::filesystem::create_directory(top);
+    for (int i = 0; i < 40; ++i) {
+        const std::string sub = top + "/" + std::to_string(i);
+        std::filesystem::create_directory(sub);
+        std::filesystem::create_directory_symlink("..", sub + "/link");
+        ASSERT_EQ(RunCommand({"touch", sub + "/file"}).exitCode, 0);
+        for (const char* name : {"", "/file", "/link"})
+            below.push_back(sub + name);
+    }
+    ASSERT_EQ(SetSddl(top, "O:BAG:BAD:P(A;OICI;FA;;;BA)(A;OICI;FR;;;BU)"), 0U);
+    const CommandResult reset = RunCli({"reset", top, "--yes"});
+    EXPECT_EQ(reset.exitCode, 0) << reset.output;
+    EXPECT_THAT(reset.output, HasSubstr("changed: 120, already so: 0, passed over: 0\n"));
+    for (const std::string& path : below) {
+        const std::string flags =
+            std::filesystem::is_directory(std::filesystem::symlink_status(path)) ? "OICIID" : "ID";
+        EXPECT_THAT(SddlOf(path), HasSubstr("D:AI(A;" + flags + ";FA;;;BA)(A;" + flags + ";FR;;;BU)\n"))
+            << path;
+    }
+    EXPECT_THAT(volume.Audit(), HasSubstr("No errors were found"));
+}
+
+}  // namespace
+}  // namespace permora::test

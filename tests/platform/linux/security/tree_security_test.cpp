@@ -1,0 +1,253 @@
+#include "platform/tree_security.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <thread>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/memory.h"
+#include "platform/host_path.h"
+#include "platform/linux/base/unique_fd.h"
+#include "platform/resources.h"
+#include "tests/support/access_lists.h"
+#include "tests/support/command.h"
+#include "tests/support/temporary_folder.h"
+
+namespace permora::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::UnorderedElementsAre;
+
+constexpr SECURITY_INFORMATION kAllParts =
+    OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+
+class RecordingObserver : public TreeListObserver {
+  public:
+    bool Begin(const char* name) override {
+        begun.emplace_back(name);
+        return begun.size() <= limit;
+    }
+    void PassOver(const std::string& path, DWORD error) override { passedOver.emplace_back(path, error); }
+
+    std::size_t limit = 1'000'000;
+    std::vector<std::string> begun;
+    std::vector<std::pair<std::string, DWORD>> passedOver;
+};
+
+UniqueLocal<ACL> EmptyList() {
+    UniqueLocal<ACL> list(static_cast<PACL>(LocalAlloc(LMEM_FIXED, sizeof(ACL))));
+    EXPECT_TRUE(InitializeAcl(list.get(), sizeof(ACL), ACL_REVISION));
+    return list;
+}
+
+class TreeSecurity : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (geteuid() != 0) GTEST_SKIP() << "without root, links and devices have no access lists";
+    }
+
+    DWORD Reset(const std::string& hostPath, TreeListMode mode = TreeListMode::kWrite) {
+        counts = {};
+        return SetListsBelow(PathFromArgument(hostPath.c_str()).c_str(), EmptyList().get(), mode, observer,
+                             counts);
+    }
+
+    // What the observer is told of an object of the tree.
+    std::string Told(const std::string& name) const { return PathFromArgument(tree.Path(name).c_str()); }
+
+    const TemporaryFolder tree;
+    RecordingObserver observer;
+    TreeListCounts counts;
+};
+
+// Every kind of list that an object may have before.
+void MakeManyKinds(const TemporaryFolder& tree) {
+    ASSERT_EQ(SetDescriptorText(tree.Path(), "O:BAG:BUD:P(D;OICIIO;FX;;;BG)(A;OICI;GA;;;CO)(A;CINP;FR;;;BU)"),
+              0U);
+    const std::pair<const char*, const char*> objects[] = {
+        {"protected/", "D:P(A;OICI;FA;;;WD)"},
+        {"protected/file", "O:BUG:BUD:P(A;;FA;;;WD)"},
+        {"protected/deep/", "O:BUD:(A;OICI;FA;;;BG)"},
+        {"protected/deep/file", "D:"},
+        {"open/", "D:NO_ACCESS_CONTROL"},
+        {"open/file", "D:P"},
+        {"explicit", "D:(D;;FR;;;BG)(A;;FA;;;WD)"},
+        {"unstored/", nullptr},
+        {"unstored/file", nullptr},
+    };
+    for (const auto& [name, sddl] : objects) {
+        const std::string text = name;
+        const std::string path =
+            text.back() == '/' ? tree.MakeFolder(text.substr(0, text.size() - 1)) : tree.MakeFile(text);
+        if (sddl == nullptr) continue;
+        ASSERT_EQ(SetDescriptorText(path, sddl), 0U) << name;
+    }
+    std::filesystem::create_directory_symlink("open", tree.Path("link"));
+}
+
+std::vector<std::string> PathsBelow(const std::string& folder) {
+    std::vector<std::string> paths;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        paths.push_back(entry.path());
+    std::sort(paths.begin(), paths.end());  // a folder before what is in it
+    return paths;
+}
+
+TEST_F(TreeSecurity, TheResultIsThatOfSettingEachObjectInTurn) {
+    MakeManyKinds(tree);
+    const TemporaryFolder oneByOne;
+    MakeManyKinds(oneByOne);
+    for (const std::string& path : PathsBelow(oneByOne.Path()))
+        ASSERT_EQ(SetDescriptorText(path, "D:"), 0U) << path;
+    ASSERT_EQ(Reset(tree.Path()), 0U);
+    const std::vector<std::string> paths = PathsBelow(tree.Path());
+    const std::vector<std::string> judges = PathsBelow(oneByOne.Path());
+    ASSERT_EQ(paths.size(), judges.size());
+    for (std::size_t i = 0; i < paths.size(); ++i)
+        EXPECT_EQ(DescriptorText(paths[i], kAllParts), DescriptorText(judges[i], kAllParts)) << paths[i];
+    EXPECT_EQ(DaclText(tree.Path("protected/file")), "D:AI(D;ID;FX;;;BG)(A;ID;FA;;;BU)");
+    EXPECT_EQ(DaclText(tree.Path()), "D:PAI(D;OICIIO;FX;;;BG)(A;OICI;FA;;;CO)(A;CINP;FR;;;BU)");
+}
+
+TEST_F(TreeSecurity, CountingTellsWhatWritingWouldDoAndWritesNothing) {
+    MakeManyKinds(tree);
+    const std::string before = DaclText(tree.Path("protected/file"));
+    ASSERT_EQ(Reset(tree.Path(), TreeListMode::kCountOnly), 0U);
+    const TreeListCounts told = counts;
+    EXPECT_EQ(DaclText(tree.Path("protected/file")), before);
+    ASSERT_EQ(Reset(tree.Path()), 0U);
+    EXPECT_EQ(counts.changed, told.changed);
+    EXPECT_EQ(counts.changed + counts.unchanged, PathsBelow(tree.Path()).size());
+    const std::size_t all = counts.changed + counts.unchanged;
+    ASSERT_EQ(Reset(tree.Path()), 0U);
+    EXPECT_EQ(counts.unchanged, all);
+    EXPECT_EQ(counts.changed, 0U);
+}
+
+TEST_F(TreeSecurity, EveryEntryIsReachedOnce) {
+    ASSERT_EQ(SetDescriptorText(tree.Path(), "D:P(A;OICI;FA;;;BA)"), 0U);
+    std::vector<std::string> names;
+    for (int folder = 0; folder < 3; ++folder) {
+        const std::string parent = "f" + std::to_string(folder);
+        tree.MakeFolder(parent);
+        names.push_back(parent);
+        // More than one block of names.
+        for (int i = 0; i < 400; ++i) {
+            names.push_back(parent + "-" + std::to_string(i) + std::string(40, 'x'));
+            tree.MakeFile(parent + "/" + names.back());
+        }
+    }
+    ASSERT_EQ(Reset(tree.Path()), 0U);
+    EXPECT_THAT(observer.begun, testing::UnorderedElementsAreArray(names));
+    EXPECT_EQ(counts.changed, names.size());
+}
+
+TEST_F(TreeSecurity, WhatCannotBeSetIsToldAndTheRestIsDone) {
+    ASSERT_EQ(SetDescriptorText(tree.Path(), "D:P(A;OICI;FA;;;BA)"), 0U);
+    for (const char* name : {"bad", "mounted", "bad/sub"})
+        tree.MakeFolder(name);
+    for (const char* name : {"bad/file", "bad/sub/file", "end."})
+        tree.MakeFile(name);
+    ASSERT_EQ(SetDescriptorText(tree.Path("bad/sub"), "D:P(A;OICI;FA;;;WD)"), 0U);
+    for (const char* name : {"bad", "end."})
+        ASSERT_EQ(setxattr(tree.Path(name).c_str(), "security.NTACL", "\x01\x00garbage", 9, 0), 0);
+    ASSERT_EQ(mount("none", tree.Path("mounted").c_str(), "tmpfs", 0, nullptr), 0);
+    const DWORD result = Reset(tree.Path());
+    umount2(tree.Path("mounted").c_str(), MNT_DETACH);
+    EXPECT_EQ(result, 0U);
+    EXPECT_THAT(observer.passedOver,
+                UnorderedElementsAre(Pair(Told("bad"), ERROR_INVALID_SECURITY_DESCR),
+                                     Pair(Told("end."), ERROR_INVALID_SECURITY_DESCR),
+                                     Pair(Told("bad/file"), ERROR_INVALID_SECURITY_DESCR),
+                                     Pair(Told("bad/sub"), ERROR_INVALID_SECURITY_DESCR),
+                                     Pair(Told("mounted"), ERROR_NOT_SAME_DEVICE)));
+    EXPECT_EQ(counts.passedOver, 5U);
+    EXPECT_EQ(counts.changed, 1U);
+    EXPECT_EQ(DaclText(tree.Path("bad/sub/file")), "D:AI(A;ID;FA;;;WD)");
+    EXPECT_EQ(DaclText(tree.Path("bad")), "error 1338");
+}
+
+TEST_F(TreeSecurity, OnlyAFolderThatCanHoldListsIsWalked) {
+    const std::string file = tree.MakeFile("file");
+    const std::string before = DaclText(file);
+    std::filesystem::create_directory_symlink(tree.Path(), tree.Path("link"));
+    EXPECT_EQ(Reset(file), ERROR_DIRECTORY);
+    EXPECT_EQ(Reset(tree.Path("link")), ERROR_CANT_RESOLVE_FILENAME);
+    EXPECT_EQ(Reset(tree.Path("missing")), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Reset("/proc/self/fd"), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(SetListsBelow(Told("").c_str(), nullptr, TreeListMode::kWrite, observer, counts),
+              ERROR_INVALID_ACL);
+    EXPECT_THAT(observer.begun, IsEmpty());
+    EXPECT_EQ(DaclText(file), before);
+}
+
+TEST_F(TreeSecurity, TheObserverEndsTheWalkBeforeAnObjectIsTouched) {
+    ASSERT_EQ(SetDescriptorText(tree.Path(), "D:P(A;OICI;FA;;;BA)"), 0U);
+    for (const char* name : {"a", "b", "c"})
+        ASSERT_EQ(SetDescriptorText(tree.MakeFile(name), "D:P"), 0U);
+    observer.limit = 1;
+    EXPECT_EQ(Reset(tree.Path()), ERROR_OPERATION_ABORTED);
+    EXPECT_EQ(counts.changed, 1U);
+    EXPECT_EQ(DaclText(tree.Path(observer.begun[1])), "D:PAI");
+}
+
+TEST_F(TreeSecurity, AFolderSwappedForALinkLeavesWhatIsOutsideAlone) {
+    const TemporaryFolder outside;
+    ASSERT_EQ(SetDescriptorText(outside.Path(), "D:P(A;OICI;FA;;;BG)"), 0U);
+    const std::string secret = outside.MakeFile("secret");
+    ASSERT_EQ(SetDescriptorText(secret, "D:P(A;;FA;;;BG)"), 0U);
+    const std::string before = DaclText(secret) + DaclText(outside.Path());
+    ASSERT_EQ(SetDescriptorText(tree.Path(), "D:P(A;OICI;FA;;;WD)"), 0U);
+    tree.MakeFolder("folder");
+    tree.MakeFile("folder/secret");
+    std::filesystem::create_directory_symlink(outside.Path(), tree.Path("link"));
+
+    std::atomic<bool> isOver = false;
+    std::thread swapper([&] {
+        while (!isOver) {
+            renameat2(AT_FDCWD, tree.Path("folder").c_str(), AT_FDCWD, tree.Path("link").c_str(),
+                      RENAME_EXCHANGE);
+        }
+    });
+    std::size_t timesEntered = 0;
+    constexpr int kRounds = 500;
+    for (int i = 0; i < kRounds; ++i) {
+        observer.begun.clear();
+        EXPECT_EQ(Reset(tree.Path()), 0U);
+        timesEntered +=
+            static_cast<std::size_t>(std::count(observer.begun.begin(), observer.begun.end(), "secret"));
+    }
+    isOver = true;
+    swapper.join();
+    EXPECT_GT(timesEntered, 0U);
+    EXPECT_EQ(DaclText(secret) + DaclText(outside.Path()), before);
+    EXPECT_THAT(observer.passedOver, IsEmpty());
+}
+
+TEST_F(TreeSecurity, ATreeOfThreeThousandLevelsIsDoneToItsEnd) {
+    constexpr std::size_t kDepth = 3000;
+    ASSERT_EQ(SetDescriptorText(tree.Path(), "D:P(A;OICI;FA;;;BA)"), 0U);
+    host::UniqueFd folder(open(tree.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (std::size_t i = 0; i < kDepth; ++i) {
+        ASSERT_EQ(mkdirat(folder.Get(), "d", 0755), 0);
+        folder.Reset(openat(folder.Get(), "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    }
+    EXPECT_EQ(Reset(tree.Path()), 0U);
+    EXPECT_EQ(counts.changed, kDepth);
+    EXPECT_GT(fgetxattr(folder.Get(), "security.NTACL", nullptr, 0), 0);
+}
+
+}  // namespace
+}  // namespace permora::test
