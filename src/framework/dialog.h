@@ -1,6 +1,8 @@
 // CDialog: a dialog made from a template resource.
 #pragma once
 
+#include <memory>
+
 #include "framework/controls.h"
 #include "framework/window.h"
 
@@ -16,7 +18,7 @@ class CDialog : public CWnd {
     // Makes the window, runs OnInitDialog, then serves it until EndDialog; destroys the window and returns
     // the result. -1 when the template is missing. The owner is disabled meanwhile.
     int DoModal();
-    // Ends DoModal with `result`. Any thread. Before OnInitDialog returns it keeps the dialog from being
+    // Ends DoModal with `result`; the first of several counts. Any thread. Before OnInitDialog returns it keeps the dialog from being
     // shown.
     void EndDialog(int result);
 
@@ -34,8 +36,11 @@ class CDialog : public CWnd {
 
   private:
     friend struct WindowAccess;
+    struct Run;
+
     unsigned int templateId;
     CWnd* owner;
+    const std::shared_ptr<Run> run;
 };
 
 }  // namespace permora

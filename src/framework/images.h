@@ -18,6 +18,8 @@ class CIcon {
     explicit CIcon(std::shared_ptr<const NativeImage> native) : image(std::move(native)) {}
     // Icon resource `id`; an empty icon when there is none.
     static CIcon Load(unsigned int id);
+    // Bitmap resource `id`, as a picture of one size; empty when there is none.
+    static CIcon FromBitmap(unsigned int id);
     explicit operator bool() const { return image != nullptr; }
     const std::shared_ptr<const NativeImage>& Native() const { return image; }
 

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "framework/controls.h"
 #include "framework/device_context.h"
 #include "framework/geometry.h"
 #include "framework/images.h"
@@ -22,12 +23,12 @@ namespace permora {
 // What every window needs.
 class NativeWindow {
   public:
-    explicit NativeWindow(CWnd& owner) : window(owner) {}
+    explicit NativeWindow(CWnd& contractWindow) : target(contractWindow) {}
     NativeWindow(const NativeWindow&) = delete;
     NativeWindow& operator=(const NativeWindow&) = delete;
     virtual ~NativeWindow() = default;
 
-    CWnd& Window() const { return window; }
+    CWnd& Window() const { return target; }
 
     virtual HWND Handle() const = 0;
     virtual void SetText(const std::string& text) = 0;
@@ -52,17 +53,17 @@ class NativeWindow {
 
   protected:
     // The back end's reports: each passes the event on to the window's virtual function.
-    void ReportSize(Size client) { window.OnSize(client); }
-    void ReportPaint(CDC& dc) { window.OnPaint(dc); }
-    Handled ReportMouseMove(Point client) { return window.OnMouseMove(client); }
-    Handled ReportLeftButtonDown(Point client) { return window.OnLButtonDown(client); }
-    void ReportFocus() { window.OnSetFocus(); }
+    void ReportSize(Size client) { target.OnSize(client); }
+    void ReportPaint(CDC& dc) { target.OnPaint(dc); }
+    Handled ReportMouseMove(Point client) { return target.OnMouseMove(client); }
+    Handled ReportLeftButtonDown(Point client) { return target.OnLButtonDown(client); }
+    void ReportFocus() { target.OnSetFocus(); }
     // Offers `notification` (its id is filled in here) to the parent; true when a handler took it.
     bool ReportNotification(Notification& notification);
     bool ReportNotification(Notify code);
 
   private:
-    CWnd& window;
+    CWnd& target;
 };
 
 enum class ControlKind {
@@ -97,7 +98,6 @@ class NativeButton : public NativeWindow {
     virtual CheckState Check() const = 0;
     virtual void SetCheck(CheckState state) = 0;  // that box or button alone
     virtual void Click() = 0;                     // as the user does; nothing while disabled
-    virtual void SetDefault(bool isDefault) = 0;  // the look of the button that Enter presses
     virtual void SetPictures(const CIcon& normal, const CIcon& pressed, const CIcon& focused,
                              const CIcon& disabled) = 0;
 };
@@ -137,7 +137,7 @@ class NativeTabs : public NativeWindow {
 class DialogKeys {
   public:
     virtual ~DialogKeys() = default;
-    virtual void OnEnterKey() = 0;                    // no control used it
+    virtual void OnEnterKey() = 0;  // no control used it
     virtual void OnEscapeKeyOrCloseBox() = 0;
     virtual bool OnNextPageKey(int /*direction*/) { return false; }  // Ctrl+Tab, Ctrl+PageDown: 1; back: -1
 };
@@ -149,17 +149,17 @@ class NativeDialog : public NativeWindow {
     virtual void SetClientSize(Size size) = 0;
     // The keyboard's order through controls, which may be grandchildren.
     virtual void SetTabOrder(std::span<CWnd* const> controls) = 0;
-    // Radio buttons that exclude each other and share one place in the tab order.
     virtual void RunModal() = 0;  // centres on the owner, shows, and serves events until EndModal
     virtual void EndModal() = 0;  // also before RunModal has begun to serve
 };
 
 // ---- What the back end makes. Parents must have a window. ----
 
-std::unique_ptr<NativeDialog> MakeNativeDialog(CWnd& window, CWnd* owner, DWORD style, DialogKeys& keys);
+// `templateId` names the window for tests and automation.
+std::unique_ptr<NativeDialog> MakeNativeDialog(CWnd& window, CWnd* owner, DWORD style,
+                                               unsigned int templateId, DialogKeys& keys);
 // A window without frame that holds the controls of a template: a sheet's page, a dialog bar.
-std::unique_ptr<NativeWindow> MakeNativePane(CWnd& window, CWnd& parent, DWORD style);
-// For kListView see list_native.h's own function, which this one calls.
+std::unique_ptr<NativeWindow> MakeNativePane(CWnd& window, CWnd& parent, unsigned int templateId);
 std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, const ControlSpec& spec);
 // Makes `buttons` exclude each other; they share one place in the tab order and the arrow keys move in them.
 void GroupRadioButtons(std::span<CWnd* const> buttons);
@@ -167,8 +167,14 @@ void GroupRadioButtons(std::span<CWnd* const> buttons);
 void SetLabelTarget(CWnd& label, CWnd& target);
 
 // Four horizontal dialog units and eight vertical ones, as the dialog font defines them: the average width of
-// the letters A to Z and a to z, and the height of a line. See "Dialog base units" in the SDK's documentation.
+// the letters A to Z and a to z, and the height of a line. See "Dialog base units" in the SDK's
+// documentation.
 Size DialogBaseUnits();
+
+// Starts the toolkit on this thread, runs `start` and, when that is true, serves events until StopToolkit.
+// The process's exit code.
+int RunToolkit(int argc, char** argv, const std::function<bool()>& start);
+void StopToolkit();
 
 // Runs `work` on the user-interface thread after `milliseconds`. User-interface thread.
 void PostLater(int milliseconds, std::function<void()> work);
@@ -182,8 +188,5 @@ struct PictureData {
 };
 // All sizes of one picture; null when none can be read.
 std::shared_ptr<const NativeImage> MakeNativeImage(std::span<const PictureData> pictures);
-
-// Shows a message box on the user-interface thread and returns the id of the button chosen. The text is plain.
-int ShowNativeMessageBox(HWND owner, const std::string& text, const std::string& caption, UINT type);
 
 }  // namespace permora

@@ -1,8 +1,8 @@
 // Property sheets and wizards.
 #pragma once
 
+#include <memory>
 #include <string>
-#include <vector>
 
 #include "framework/dialog.h"
 
@@ -69,10 +69,12 @@ class CPropertySheet : public CWnd {
   protected:
     virtual bool OnInitDialog();
 
+    bool OnCmdMsg(Notification& notification) override;
+
   private:
     friend class CPropertyPage;
     struct State;
-    std::unique_ptr<State> state;
+    std::shared_ptr<State> state;  // a worker's call may arrive when the sheet has gone
 };
 
 }  // namespace permora

@@ -20,6 +20,29 @@ inline constexpr DWORD WS_THICKFRAME  = 0x00040000;
 inline constexpr DWORD WS_GROUP       = 0x00020000;
 inline constexpr DWORD WS_TABSTOP     = 0x00010000;
 
+inline constexpr DWORD BS_TYPEMASK    = 0x0000000F;
+inline constexpr DWORD BS_PUSHBUTTON  = 0x00000000;
+inline constexpr DWORD BS_DEFPUSHBUTTON = 0x00000001;
+inline constexpr DWORD BS_CHECKBOX    = 0x00000002;
+inline constexpr DWORD BS_AUTOCHECKBOX = 0x00000003;
+inline constexpr DWORD BS_RADIOBUTTON = 0x00000004;
+inline constexpr DWORD BS_GROUPBOX    = 0x00000007;
+inline constexpr DWORD BS_AUTORADIOBUTTON = 0x00000009;
+inline constexpr DWORD BS_OWNERDRAW   = 0x0000000B;
+inline constexpr DWORD BS_MULTILINE   = 0x00002000;
+
+inline constexpr DWORD SS_TYPEMASK    = 0x0000001F;
+inline constexpr DWORD SS_LEFT        = 0x00000000;
+inline constexpr DWORD SS_CENTER      = 0x00000001;
+inline constexpr DWORD SS_RIGHT       = 0x00000002;
+inline constexpr DWORD SS_ICON        = 0x00000003;
+inline constexpr DWORD SS_LEFTNOWORDWRAP = 0x0000000C;
+inline constexpr DWORD SS_BITMAP      = 0x0000000E;
+inline constexpr DWORD SS_ETCHEDFRAME = 0x00000012;
+inline constexpr DWORD SS_NOPREFIX    = 0x00000080;
+
+inline constexpr DWORD ES_READONLY    = 0x00000800;
+
 inline constexpr int SW_HIDE          = 0;
 inline constexpr int SW_SHOWNORMAL    = 1;
 inline constexpr int SW_SHOWMAXIMIZED = 3;

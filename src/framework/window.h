@@ -90,7 +90,7 @@ class CWnd : public CCmdTarget {
     std::unique_ptr<NativeWindow, NativeWindowDeleter> native;
     CWnd* parent = nullptr;
     unsigned int controlId = 0;
-    std::vector<CWnd*> children;                        // all child windows, in the order of their making
+    std::vector<CWnd*> children;                       // all child windows, in the order of their making
     std::vector<std::unique_ptr<CWnd>> ownedControls;  // those that came from the template
 };
 

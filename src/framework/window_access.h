@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "framework/dialog.h"
 #include "framework/native.h"
 #include "framework/window.h"
 
@@ -17,7 +18,8 @@ struct WindowAccess {
         return dynamic_cast<Kind*>(window.native.get());
     }
 
-    // Gives `window` its native half. A parent destroys the windows of its children before its own.
+    // Gives `window` its native half. `parent` is the owner of a window without WS_CHILD. A parent destroys
+    // the windows of its children before its own.
     static void Attach(CWnd& window, std::unique_ptr<NativeWindow> native, CWnd* parent, unsigned int id,
                        DWORD style);
     // Attaches a control and hands its object to `parent`.
@@ -25,6 +27,8 @@ struct WindowAccess {
     // All child windows, in the order in which they were made.
     static const std::vector<CWnd*>& Children(const CWnd& window) { return window.children; }
     static CWnd& TopLevel(CWnd& window);
+
+    static unsigned int TemplateId(const CDialog& dialog) { return dialog.templateId; }
 
     static bool Send(CWnd& window, Notification& notification) { return window.OnCmdMsg(notification); }
 };

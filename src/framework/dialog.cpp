@@ -1,0 +1,95 @@
+#include "framework/dialog.h"
+
+#include "framework/dialog_controls.h"
+#include "framework/modal_window.h"
+#include "framework/resource_templates.h"
+#include "platform/api/messages.h"
+
+namespace permora {
+
+// User-interface thread only. A worker's EndDialog may arrive when the run, or even the dialog, has gone.
+struct CDialog::Run {
+    ModalWindow* modal = nullptr;  // null: not running
+    int result = 0;
+    bool hasEnded = false;
+
+    void End(int value) {
+        if (modal == nullptr || hasEnded) return;
+        result = value;
+        hasEnded = true;
+        modal->End();
+    }
+};
+
+CDialog::CDialog(unsigned int templateNumber, CWnd* ownerWindow)
+    : templateId(templateNumber), owner(ownerWindow), run(std::make_shared<Run>()) {}
+
+int CDialog::DoModal() {
+    constexpr int kFailed = -1;
+    const auto dialog = LoadDialogTemplate(templateId);
+    if (!dialog || HasWindow()) return kFailed;
+
+    ModalWindow modal(*this, owner, dialog->style, templateId);
+    const Rect client = DialogUnitsToPixels({0, 0, dialog->size.cx, dialog->size.cy});
+    modal.SetClientSize({client.Width(), client.Height()});
+    SetWindowText(dialog->caption);
+    CreateTemplateControls(*this, *dialog);
+    modal.SetTabOrder({this});
+
+    *run = {&modal, IDCANCEL, false};
+    const bool wantsFocus = OnInitDialog();
+    if (!run->hasEnded) {
+        if (wantsFocus) FocusFirstControl(*this);
+        modal.Run();
+    }
+    run->modal = nullptr;
+    DestroyWindow();
+    return run->result;
+}
+
+void CDialog::EndDialog(int result) {
+    if (IsUiThread()) {
+        run->End(result);
+        return;
+    }
+    PostToUiThread([weakRun = std::weak_ptr(run), result] {
+        if (const auto running = weakRun.lock()) running->End(result);
+    });
+}
+
+bool CDialog::OnInitDialog() {
+    DoDataExchange(false);
+    return true;
+}
+
+void CDialog::OnOK() {
+    DoDataExchange(true);
+    EndDialog(IDOK);
+}
+
+void CDialog::OnCancel() {
+    EndDialog(IDCANCEL);
+}
+
+void CDialog::DoDataExchange(bool /*save*/) {}
+
+const MessageMap& CDialog::GetMessageMap() const {
+    return CWnd::GetMessageMap();
+}
+
+bool CDialog::OnCmdMsg(Notification& notification) {
+    if (CWnd::OnCmdMsg(notification)) return true;
+    if (notification.code != Notify::kClicked) return false;
+    switch (notification.id) {
+        case IDOK:
+            OnOK();
+            return true;
+        case IDCANCEL:
+            OnCancel();
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace permora

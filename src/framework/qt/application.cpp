@@ -1,0 +1,78 @@
+#include "framework/qt/application.h"
+
+#include <QFontMetrics>
+#include <QTimer>
+#include <atomic>
+#include <thread>
+
+#include "framework/native.h"
+#include "framework/qt/message_box.h"
+
+namespace permora {
+namespace {
+
+// Lives on the user-interface thread; work handed to it runs there. Null while there is no toolkit.
+std::atomic<QObject*> uiBridge = nullptr;
+std::atomic<std::thread::id> uiThread = std::this_thread::get_id();
+
+}  // namespace
+
+QtApplication::QtApplication(int& argc, char** argv)
+    : application(argc, argv), presenter(std::make_unique<qt::WindowPresenter>()) {
+    // The frame's closing ends the program, not that of a dialog that stands alone.
+    QApplication::setQuitOnLastWindowClosed(false);
+    uiThread = std::this_thread::get_id();
+    uiBridge = &application;
+    presenterBefore = SetMessagePresenter(presenter.get());
+}
+
+QtApplication::~QtApplication() {
+    SetMessagePresenter(presenterBefore);
+    uiBridge = nullptr;
+}
+
+int QtApplication::Run() {
+    return QApplication::exec();
+}
+
+int RunToolkit(int argc, char** argv, const std::function<bool()>& start) {
+    constexpr int kStartFailed = 1;
+    QtApplication application(argc, argv);
+    return start() ? application.Run() : kStartFailed;
+}
+
+void StopToolkit() {
+    QApplication::quit();
+}
+
+bool IsUiThread() {
+    return uiThread.load() == std::this_thread::get_id();
+}
+
+void PostToUiThread(std::function<void()> work) {
+    QObject* bridge = uiBridge;
+    if (bridge != nullptr) QMetaObject::invokeMethod(bridge, std::move(work), Qt::QueuedConnection);
+}
+
+void CallOnUiThread(const std::function<void()>& work) {
+    QObject* bridge = uiBridge;
+    if (IsUiThread() || bridge == nullptr) {
+        work();
+    } else {
+        QMetaObject::invokeMethod(bridge, work, Qt::BlockingQueuedConnection);
+    }
+}
+
+void PostLater(int milliseconds, std::function<void()> work) {
+    QTimer::singleShot(milliseconds, Qt::PreciseTimer, uiBridge.load(), std::move(work));
+}
+
+Size DialogBaseUnits() {
+    const QFontMetrics metrics(QApplication::font());
+    constexpr int kLetters = 26;
+    const int width =
+        metrics.horizontalAdvance(QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"));
+    return {(width / kLetters + 1) / 2, metrics.height()};
+}
+
+}  // namespace permora

@@ -1,0 +1,28 @@
+// The toolkit of the process: exactly one, made on the thread that becomes the user-interface thread.
+#pragma once
+
+#include <QApplication>
+#include <memory>
+
+#include "platform/message_presenter.h"
+
+namespace permora {
+
+class QtApplication {
+  public:
+    // Starts the toolkit and shows message boxes in windows from here on. `argc` and `argv` must outlive it.
+    QtApplication(int& argc, char** argv);
+    ~QtApplication();
+    QtApplication(const QtApplication&) = delete;
+    QtApplication& operator=(const QtApplication&) = delete;
+
+    // Serves events until StopToolkit; the process's exit code.
+    int Run();
+
+  private:
+    QApplication application;
+    std::unique_ptr<MessagePresenter> presenter;
+    MessagePresenter* presenterBefore;
+};
+
+}  // namespace permora

@@ -1,0 +1,119 @@
+#include "framework/qt/static_controls.h"
+
+#include <QLabel>
+#include <QPainter>
+#include <QStyle>
+
+#include "framework/qt/image.h"
+#include "framework/qt/widget.h"
+#include "framework/styles.h"
+
+namespace permora {
+namespace qt {
+namespace {
+
+int TextFlags(DWORD style) {
+    int flags = Qt::AlignTop | Qt::TextExpandTabs;
+    flags |= (style & SS_NOPREFIX) != 0 ? 0 : Qt::TextShowMnemonic;
+    switch (style & SS_TYPEMASK) {
+        case SS_CENTER:
+            return flags | Qt::AlignHCenter | Qt::TextWordWrap;
+        case SS_RIGHT:
+            return flags | Qt::AlignRight | Qt::TextWordWrap;
+        case SS_LEFTNOWORDWRAP:
+            return flags | Qt::AlignLeft;
+        default:
+            return flags | Qt::AlignLeft | Qt::TextWordWrap;
+    }
+}
+
+// Draws its text as the template's style asks, which the toolkit's label cannot: tabs and mnemonics. What the
+// label is to assistive technology and to the keyboard is the toolkit's.
+class TextLabel : public QLabel {
+  public:
+    TextLabel(QWidget* parent, DWORD style) : QLabel(parent), flags(TextFlags(style)) {
+        setTextFormat(Qt::PlainText);
+    }
+
+  protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter painter(this);
+        style()->drawItemText(&painter, rect(), flags, palette(), isEnabled(), text(), foregroundRole());
+    }
+
+  private:
+    int flags;
+};
+
+// Draws its picture as large as fits, sharp on every display.
+class PictureLabel : public QLabel {
+  public:
+    PictureLabel(QWidget* parent, QIcon shown) : QLabel(parent), icon(std::move(shown)) {
+        setPixmap(LargestPixmap(icon));  // tells assistive technology that this is a picture
+    }
+
+  protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        if (icon.availableSizes().size() > 1) {
+            icon.paint(&painter, rect());
+            return;
+        }
+        const QPixmap picture = LargestPixmap(icon);
+        QRect area(QPoint(0, 0), picture.size().scaled(size(), Qt::KeepAspectRatio));
+        area.moveCenter(rect().center());
+        painter.drawPixmap(area, picture);
+    }
+
+  private:
+    QIcon icon;
+};
+
+// A control that takes no input: the mouse reaches what lies behind it.
+class StaticWindow : public WidgetWindow<NativeWindow> {
+  public:
+    StaticWindow(CWnd& window, std::unique_ptr<QFrame> made, const ControlSpec& spec)
+        : WidgetWindow(window, std::move(made)) {
+        Widget().setAttribute(Qt::WA_TransparentForMouseEvents);
+        Widget().setVisible(false);
+        Widget().setGeometry(ToQt(spec.rect));
+        SetIdentity(Widget(), "control", spec.id);
+        SetText(spec.text);
+    }
+    void SetText(const std::string& newText) override {
+        text = newText;
+        if (auto* label = dynamic_cast<TextLabel*>(&Widget())) label->setText(ToQt(text));
+    }
+    std::string Text() const override { return text; }
+
+  private:
+    std::string text;
+};
+
+}  // namespace
+
+std::unique_ptr<NativeWindow> MakeStatic(CWnd& window, CWnd& parent, const ControlSpec& spec) {
+    QWidget* parentWidget = WidgetOf(parent);
+    if (spec.kind == ControlKind::kStaticPicture) {
+        const CIcon picture = (spec.style & SS_TYPEMASK) == SS_ICON ? CIcon::Load(spec.pictureId)
+                                                                    : CIcon::FromBitmap(spec.pictureId);
+        auto label = std::make_unique<PictureLabel>(parentWidget, ToQt(picture));
+        return std::make_unique<StaticWindow>(window, std::move(label), spec);
+    }
+    if (spec.kind == ControlKind::kEtchedFrame) {
+        auto frame = std::make_unique<QFrame>(parentWidget);
+        frame->setFrameStyle(static_cast<int>(QFrame::Box) | static_cast<int>(QFrame::Sunken));
+        return std::make_unique<StaticWindow>(window, std::move(frame), spec);
+    }
+    return std::make_unique<StaticWindow>(window, std::make_unique<TextLabel>(parentWidget, spec.style),
+                                          spec);
+}
+
+}  // namespace qt
+
+void SetLabelTarget(CWnd& label, CWnd& target) {
+    if (auto* widget = dynamic_cast<QLabel*>(qt::WidgetOf(label))) widget->setBuddy(qt::WidgetOf(target));
+}
+
+}  // namespace permora

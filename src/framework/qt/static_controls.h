@@ -1,0 +1,12 @@
+// Texts, pictures and etched frames.
+#pragma once
+
+#include <memory>
+
+#include "framework/native.h"
+
+namespace permora::qt {
+
+std::unique_ptr<NativeWindow> MakeStatic(CWnd& window, CWnd& parent, const ControlSpec& spec);
+
+}  // namespace permora::qt

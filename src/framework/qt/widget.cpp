@@ -1,0 +1,82 @@
+#include "framework/qt/widget.h"
+
+#include <QApplication>
+#include <QMouseEvent>
+
+#include "framework/styles.h"
+
+namespace permora::qt {
+
+QString ToQt(const std::string& text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+std::string FromQt(const QString& text) {
+    return text.toStdString();
+}
+
+Rect FromQt(const QRect& rect) {
+    return {rect.x(), rect.y(), rect.x() + rect.width(), rect.y() + rect.height()};
+}
+
+QRect ToQt(const Rect& rect) {
+    return {rect.left, rect.top, rect.Width(), rect.Height()};
+}
+
+HWND HandleOf(QWidget& widget) {
+    return reinterpret_cast<HWND>(&widget);
+}
+
+QWidget* WidgetOf(const CWnd& window) {
+    return reinterpret_cast<QWidget*>(window.GetSafeHwnd());
+}
+
+QWidget* LiveWidget(HWND handle) {
+    for (QWidget* widget : QApplication::allWidgets()) {
+        if (HandleOf(*widget) == handle) return widget;
+    }
+    return nullptr;
+}
+
+EventFilter::EventFilter(QWidget& widget, std::function<bool(QEvent&)> function)
+    : filter(std::move(function)) {
+    widget.installEventFilter(this);
+}
+
+bool EventFilter::eventFilter(QObject* /*watched*/, QEvent* event) {
+    return filter(*event);
+}
+
+void ApplyTabStop(QWidget& widget, DWORD style) {
+    widget.setFocusPolicy((style & WS_TABSTOP) != 0 ? Qt::StrongFocus : Qt::ClickFocus);
+}
+
+void SetIdentity(QWidget& widget, const char* kind, unsigned int id) {
+    widget.setObjectName(QStringLiteral("%1 %2").arg(QLatin1String(kind)).arg(static_cast<int>(id)));
+}
+
+Rect ScreenRectOf(const QWidget& widget) {
+    if (widget.isWindow()) return FromQt(widget.frameGeometry());
+    return FromQt(QRect(widget.mapToGlobal(QPoint(0, 0)), widget.size()));
+}
+
+void MoveTo(QWidget& widget, const Rect& rect) {
+    if (!widget.isWindow()) {
+        widget.setGeometry(ToQt(rect));
+        return;
+    }
+    const QSize frame = widget.frameGeometry().size() - widget.size();
+    widget.move(rect.left, rect.top);
+    widget.resize(QSize(rect.Width(), rect.Height()) - frame);
+}
+
+Point PositionOf(const QEvent& mouseEvent) {
+    const QPointF position = static_cast<const QMouseEvent&>(mouseEvent).position();
+    return {static_cast<int>(position.x()), static_cast<int>(position.y())};
+}
+
+bool IsLeftPress(const QEvent& event) {
+    return static_cast<const QMouseEvent&>(event).button() == Qt::LeftButton;
+}
+
+}  // namespace permora::qt

@@ -1,0 +1,99 @@
+// What every window of this back end shares: a widget, its events, and the answers to NativeWindow.
+#pragma once
+
+#include <QEvent>
+#include <QObject>
+#include <QString>
+#include <QWidget>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "framework/native.h"
+
+namespace permora::qt {
+
+QString ToQt(const std::string& text);
+std::string FromQt(const QString& text);
+Rect FromQt(const QRect& rect);
+QRect ToQt(const Rect& rect);
+
+// The widget behind a window; null while it has none.
+QWidget* WidgetOf(const CWnd& window);
+HWND HandleOf(QWidget& widget);
+// The widget of a handle that may be stale; null then.
+QWidget* LiveWidget(HWND handle);
+
+// Shows `widget`'s events to a function before the widget sees them; true from it swallows the event.
+class EventFilter : public QObject {
+  public:
+    EventFilter(QWidget& widget, std::function<bool(QEvent&)> filter);
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    std::function<bool(QEvent&)> filter;
+};
+
+// Widgets are reached by Tab only where the template says so.
+void ApplyTabStop(QWidget& widget, DWORD style);
+// Names the widget after its control or template, for tests and automation.
+void SetIdentity(QWidget& widget, const char* kind, unsigned int id);
+Rect ScreenRectOf(const QWidget& widget);
+void MoveTo(QWidget& widget, const Rect& rect);
+Point PositionOf(const QEvent& mouseEvent);
+bool IsLeftPress(const QEvent& event);
+
+// `Kind` is NativeWindow or one of its kinds.
+template <class Kind>
+class WidgetWindow : public Kind {
+  public:
+    WidgetWindow(CWnd& window, std::unique_ptr<QWidget> made)
+        : Kind(window),
+          widget(std::move(made)),
+          filter(*widget, [this](QEvent& event) { return OnEvent(event); }) {}
+
+    HWND Handle() const override { return HandleOf(*widget); }
+    void SetEnabled(bool enabled) override { widget->setEnabled(enabled); }
+    void SetVisible(bool visible) override { widget->setVisible(visible); }
+    void Redraw() override { widget->repaint(); }
+    void Invalidate() override { widget->update(); }
+    void SetFocus() override { widget->setFocus(Qt::OtherFocusReason); }
+    bool HasFocus() const override { return widget->hasFocus(); }
+    Rect ScreenRect() const override { return ScreenRectOf(*widget); }
+    Rect ClientRect() const override { return {0, 0, widget->width(), widget->height()}; }
+    void Move(const Rect& rect) override { MoveTo(*widget, rect); }
+    Size PreferredSize() const override {
+        const QSize hint = widget->sizeHint();
+        return {hint.width(), hint.height()};
+    }
+    void SetAccessibleName(const std::string& name) override { widget->setAccessibleName(ToQt(name)); }
+
+  protected:
+    QWidget& Widget() const { return *widget; }
+
+  private:
+    bool OnEvent(QEvent& event) {
+        // The window of the contract hears nothing before it owns this object.
+        if (!Kind::Window().HasWindow()) return false;
+        switch (event.type()) {
+            case QEvent::Resize:
+                Kind::ReportSize({widget->width(), widget->height()});
+                return false;
+            case QEvent::FocusIn:
+                Kind::ReportFocus();
+                return false;
+            case QEvent::MouseMove:
+                return Kind::ReportMouseMove(PositionOf(event)) == Handled::kYes;
+            case QEvent::MouseButtonPress:
+                return IsLeftPress(event) && Kind::ReportLeftButtonDown(PositionOf(event)) == Handled::kYes;
+            default:
+                return false;
+        }
+    }
+
+    std::unique_ptr<QWidget> widget;
+    EventFilter filter;
+};
+
+}  // namespace permora::qt

@@ -1,0 +1,167 @@
+#include "framework/window.h"
+
+#include <algorithm>
+
+#include "framework/styles.h"
+#include "framework/window_access.h"
+#include "framework/worker_updates.h"
+
+namespace permora {
+
+void NativeWindowDeleter::operator()(NativeWindow* window) const {
+    delete window;
+}
+
+bool NativeWindow::ReportNotification(Notification& notification) {
+    CWnd* parent = target.parent;
+    if (parent == nullptr) return false;
+    notification.id = target.controlId;
+    return parent->OnCmdMsg(notification);
+}
+
+bool NativeWindow::ReportNotification(Notify code) {
+    Notification notification;
+    notification.code = code;
+    return ReportNotification(notification);
+}
+
+void WindowAccess::Attach(CWnd& window, std::unique_ptr<NativeWindow> native, CWnd* parent, unsigned int id,
+                          DWORD style) {
+    window.ownedControls.clear();  // of the window before
+    native->style = style;
+    window.native.reset(native.release());
+    window.parent = parent;
+    window.controlId = id;
+    if (parent != nullptr && (style & WS_CHILD) != 0) parent->children.push_back(&window);
+    if ((style & WS_DISABLED) != 0) window.native->SetEnabled(false);
+}
+
+CWnd& WindowAccess::AddControl(CWnd& parent, std::unique_ptr<CWnd> control, const ControlSpec& spec) {
+    CWnd& window = *control;
+    Attach(window, MakeNativeControl(window, parent, spec), &parent, spec.id, spec.style);
+    parent.ownedControls.push_back(std::move(control));
+    if ((spec.style & WS_VISIBLE) != 0) window.native->SetVisible(true);
+    return window;
+}
+
+CWnd& WindowAccess::TopLevel(CWnd& window) {
+    CWnd* top = &window;
+    while (top->parent != nullptr && (top->GetStyle() & WS_CHILD) != 0)
+        top = top->parent;
+    return *top;
+}
+
+CWnd::CWnd() = default;
+
+CWnd::~CWnd() {
+    CWnd::DestroyWindow();
+    ForgetQueued(*this);
+}
+
+void CWnd::DestroyWindow() {
+    if (native == nullptr) return;
+    OnDestroy();
+    while (!children.empty()) {
+        CWnd* child = children.back();
+        child->DestroyWindow();
+        // An override may have kept its window; it cannot outlive its parent's.
+        if (!children.empty() && children.back() == child) child->CWnd::DestroyWindow();
+    }
+    native.reset();
+    ForgetQueued(*this);
+    if (parent != nullptr) std::erase(parent->children, this);
+    parent = nullptr;
+}
+
+HWND CWnd::GetSafeHwnd() const {
+    return native != nullptr ? native->Handle() : nullptr;
+}
+
+void CWnd::SetWindowText(const std::string& text) {
+    if (!IsUiThread()) {
+        QueueText(*this, text);
+        return;
+    }
+    ForgetQueued(*this);
+    if (native != nullptr) native->SetText(text);
+}
+
+std::string CWnd::GetWindowText() const {
+    if (native == nullptr) return {};
+    if (auto queued = QueuedText(*this)) return *std::move(queued);
+    return native->Text();
+}
+
+DWORD CWnd::GetStyle() const {
+    return native != nullptr ? native->style : 0;
+}
+
+void CWnd::ModifyStyle(DWORD remove, DWORD add) {
+    if (native == nullptr) return;
+    const DWORD before = native->style;
+    native->style = (before & ~remove) | add;
+    const DWORD changed = before ^ native->style;
+    if ((changed & WS_DISABLED) != 0) native->SetEnabled((native->style & WS_DISABLED) == 0);
+    if ((changed & WS_VISIBLE) != 0) native->SetVisible((native->style & WS_VISIBLE) != 0);
+    if ((changed & ~(WS_DISABLED | WS_VISIBLE)) != 0) native->StyleChanged(before);
+}
+
+void CWnd::RedrawWindow() {
+    if (!IsUiThread()) {
+        QueueRedraw(*this);
+    } else if (native != nullptr) {
+        native->Redraw();
+    }
+}
+
+void CWnd::Invalidate() {
+    if (native != nullptr) native->Invalidate();
+}
+
+bool CWnd::IsWindowEnabled() const {
+    return native != nullptr && (native->style & WS_DISABLED) == 0;
+}
+
+bool CWnd::IsWindowVisible() const {
+    for (const CWnd* window = this; window != nullptr; window = window->parent) {
+        if ((window->GetStyle() & WS_VISIBLE) == 0) return false;
+        if ((window->GetStyle() & WS_CHILD) == 0) break;
+    }
+    return true;
+}
+
+void CWnd::ShowWindow(int showCommand) {
+    if (showCommand == SW_HIDE) {
+        ModifyStyle(WS_VISIBLE, 0);
+    } else {
+        ModifyStyle(0, WS_VISIBLE);
+    }
+}
+
+void CWnd::SetFocus() {
+    if (native != nullptr) native->SetFocus();
+}
+
+bool CWnd::HasFocus() const {
+    return native != nullptr && native->HasFocus();
+}
+
+Rect CWnd::GetWindowRect() const {
+    return native != nullptr ? native->ScreenRect() : Rect{};
+}
+
+Rect CWnd::GetClientRect() const {
+    return native != nullptr ? native->ClientRect() : Rect{};
+}
+
+void CWnd::MoveWindow(const Rect& rect) {
+    if (native != nullptr) native->Move(rect);
+}
+
+CWnd* CWnd::GetDlgItem(unsigned int id) const {
+    const auto found =
+        std::ranges::find_if(children, [id](const CWnd* child) { return child->controlId == id; });
+    return found != children.end() ? *found : nullptr;
+}
+
+}  // namespace permora
