@@ -1,11 +1,16 @@
 #include "tests/support/access_lists.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <vector>
 
 #include "platform/api/errors.h"
-#include "platform/host_path.h"
+#include "platform/linux/base/unique_fd.h"
+#include "platform/linux/files/name_mapping.h"
 #include "platform/nt/sddl.h"
 #include "platform/nt/security_descriptor.h"
 #include "platform/resources.h"
@@ -13,6 +18,29 @@
 namespace permora::test {
 
 namespace {
+
+// The services take names relative to the current directory. Unlike a path with a drive letter, such a name
+// means the same object while other tests mount and unmount volumes.
+class InFolderOf {
+  public:
+    explicit InFolderOf(const std::string& hostPath)
+        : before(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)),
+          name(host::EncodeName(hostPath.substr(hostPath.rfind('/') + 1))),
+          isEntered(chdir(hostPath.substr(0, hostPath.rfind('/') + 1).c_str()) == 0) {}
+    ~InFolderOf() {
+        if (fchdir(before.Get()) != 0) std::perror("fchdir");
+    }
+    InFolderOf(const InFolderOf&) = delete;
+    InFolderOf& operator=(const InFolderOf&) = delete;
+
+    // Null when the folder cannot be entered.
+    char* Name() { return isEntered ? name.data() : nullptr; }
+
+  private:
+    host::UniqueFd before;
+    std::string name;
+    bool isEntered;
+};
 
 // A copy of a SID or list as the services take them.
 class Block {
@@ -54,8 +82,8 @@ DWORD Set(const std::string& hostPath, const nt::SecurityDescriptor& descriptor)
         sacl.Fill(descriptor.saclBytes);
         parts |= SACL_SECURITY_INFORMATION;
     }
-    std::string path = PathFromArgument(hostPath.c_str());
-    return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, parts, owner.Sid(), group.Sid(), dacl.List(),
+    InFolderOf object(hostPath);
+    return SetNamedSecurityInfoA(object.Name(), SE_FILE_OBJECT, parts, owner.Sid(), group.Sid(), dacl.List(),
                                  sacl.List());
 }
 
@@ -63,8 +91,8 @@ DWORD Set(const std::string& hostPath, const nt::SecurityDescriptor& descriptor)
 
 std::string DescriptorText(const std::string& hostPath, SECURITY_INFORMATION parts) {
     PSECURITY_DESCRIPTOR found = nullptr;
-    const std::string path = PathFromArgument(hostPath.c_str());
-    const DWORD error = GetNamedSecurityInfoA(path.c_str(), SE_FILE_OBJECT, parts, nullptr, nullptr, nullptr,
+    InFolderOf object(hostPath);
+    const DWORD error = GetNamedSecurityInfoA(object.Name(), SE_FILE_OBJECT, parts, nullptr, nullptr, nullptr,
                                               nullptr, &found);
     if (error != ERROR_SUCCESS) return "error " + std::to_string(error);
     const UniqueLocal<void> block(found);

@@ -7,7 +7,7 @@
 
 namespace permora::test {
 
-// Parts of the descriptor of the object at a host path as SDDL, or "error 1338".
+// Parts of the descriptor of the object at an absolute host path as SDDL, or "error 1338".
 std::string DescriptorText(const std::string& hostPath, SECURITY_INFORMATION parts);
 
 // Only the list: "D:AI(A;;FA;;;WD)".

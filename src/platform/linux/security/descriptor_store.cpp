@@ -1,6 +1,8 @@
 #include "platform/linux/security/descriptor_store.h"
 
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <sys/statvfs.h>
 
 #include <cerrno>
@@ -50,10 +52,31 @@ DWORD WriteError(const ObjectHandle& object, int problem) {
     return ErrorFromErrno(problem);
 }
 
+// File systems that keep their own attributes and cannot be NTFS by another way. The kernel tells the type of
+// a file system at once, where asking for an attribute takes ten times as long.
+bool IsSurelyNotNtfs(const ObjectHandle& object) {
+    struct statfs volume {};
+    if (fstatfs(object.Descriptor(), &volume) != 0) return false;
+    switch (volume.f_type) {
+        case EXT4_SUPER_MAGIC:
+        case XFS_SUPER_MAGIC:
+        case BTRFS_SUPER_MAGIC:
+        case TMPFS_MAGIC:
+            return true;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
-bool DescriptorStore::CanHold(const ObjectHandle& object) const {
-    switch (kind) {
+DescriptorStoreKind DescriptorStore::KindFor(const ObjectHandle& object) {
+    if (!kind) kind = StoreKindOf(object);
+    return *kind;
+}
+
+bool DescriptorStore::CanHold(const ObjectHandle& object) {
+    switch (KindFor(object)) {
         case DescriptorStoreKind::kNone:
             return false;
         case DescriptorStoreKind::kUser:
@@ -66,20 +89,43 @@ bool DescriptorStore::CanHold(const ObjectHandle& object) const {
     return false;
 }
 
+// Whether the volume is NTFS; `stored` then holds the object's attribute, or `problem` says why not.
+bool DescriptorStore::ReadNtfs(const ObjectHandle& object, int& problem) {
+    if (!kind) {
+        // Each question to ntfs-3g is a round trip to another process, so the first question is the read
+        // itself.
+        problem = ReadExtendedAttribute(object, kNtfs3gAttribute, stored);
+        if (problem == 0) {
+            kind = DescriptorStoreKind::kNtfs3g;
+            return true;
+        }
+        if (IsSurelyNotNtfs(object)) return false;
+    }
+    switch (KindFor(object)) {
+        case DescriptorStoreKind::kNtfs3g:
+            problem = ReadExtendedAttribute(object, kNtfs3gAttribute, stored);
+            return true;
+        case DescriptorStoreKind::kNtfs3:
+            problem = ReadExtendedAttribute(object, kNtfs3Attribute, stored);
+            return true;
+        default:
+            return false;
+    }
+}
+
 DWORD DescriptorStore::Read(const ObjectHandle& object, nt::SecurityDescriptor& descriptor) {
-    if (kind == DescriptorStoreKind::kNtfs3g || kind == DescriptorStoreKind::kNtfs3) {
-        const char* name = kind == DescriptorStoreKind::kNtfs3g ? kNtfs3gAttribute : kNtfs3Attribute;
-        const int problem = ReadExtendedAttribute(object, name, stored);
+    int problem = 0;
+    if (ReadNtfs(object, problem)) {
         if (problem != 0) return ErrorFromErrno(problem);
         return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
     }
-    int problem = ReadExtendedAttribute(object, kSambaAttribute, stored);
+    problem = ReadExtendedAttribute(object, kSambaAttribute, stored);
     if (problem == 0) {
         if (!DescriptorFromSambaAttribute(stored, inner)) return ERROR_INVALID_SECURITY_DESCR;
         return Take(nt::SecurityDescriptor::FromBytes(inner), descriptor);
     }
     if (!IsNothingStored(problem)) return ErrorFromErrno(problem);
-    if (kind == DescriptorStoreKind::kUser && CanHold(object)) {
+    if (KindFor(object) == DescriptorStoreKind::kUser && CanHold(object)) {
         problem = ReadExtendedAttribute(object, kUserAttribute, stored);
         if (problem == 0) return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
         if (!IsNothingStored(problem)) return ErrorFromErrno(problem);
@@ -94,7 +140,7 @@ DWORD DescriptorStore::Write(const ObjectHandle& object, const nt::SecurityDescr
     if (!descriptor.AppendTo(inner)) return ERROR_INVALID_ACL;
     const char* name = nullptr;
     std::span<const std::uint8_t> value = inner;
-    switch (kind) {
+    switch (KindFor(object)) {
         case DescriptorStoreKind::kNone:
             return ERROR_NOT_SUPPORTED;
         case DescriptorStoreKind::kNtfs3g:

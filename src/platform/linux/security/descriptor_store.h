@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "platform/linux/files/descriptor_support.h"
@@ -10,15 +11,13 @@
 
 namespace permora::host {
 
-// The store of one volume. It keeps buffers between calls, so a walk uses one store and a thread its own.
+// The store of one volume. The first object that it meets decides which one, and what follows must lie on the
+// same mount. It keeps buffers between calls, so a walk uses one store and a thread its own.
 class DescriptorStore {
   public:
-    // The store for `object` and for everything else that the same mount holds.
-    explicit DescriptorStore(const ObjectHandle& object) : kind(StoreKindOf(object)) {}
-
     // Whether this kind of object can have a descriptor here at all. Links and devices cannot on volumes that
     // keep them in user attributes.
-    bool CanHold(const ObjectHandle& object) const;
+    bool CanHold(const ObjectHandle& object);
 
     // The object's descriptor, or the one that its owner, group and mode give when none is stored. 0 or an
     // error code: ERROR_INVALID_SECURITY_DESCR when the stored one is damaged. `descriptor` is replaced only
@@ -34,9 +33,12 @@ class DescriptorStore {
     DWORD Write(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor);
 
   private:
-    DescriptorStoreKind kind;
-    std::vector<std::uint8_t> stored;  // an attribute as it is on disk
-    std::vector<std::uint8_t> inner;   // a descriptor taken from, or to be put into, Samba's attribute
+    DescriptorStoreKind KindFor(const ObjectHandle& object);
+    bool ReadNtfs(const ObjectHandle& object, int& problem);
+
+    std::optional<DescriptorStoreKind> kind;  // nothing as long as nobody had to know
+    std::vector<std::uint8_t> stored;         // an attribute as it is on disk
+    std::vector<std::uint8_t> inner;          // a descriptor taken from, or to be put into, Samba's attribute
 };
 
 }  // namespace permora::host

@@ -66,7 +66,7 @@ DWORD ReadNamed(LPCSTR name, nt::SecurityDescriptor& descriptor) {
     ResolvedObject resolved;
     const DWORD error = host::ResolvePath(name, resolved);
     if (error != ERROR_SUCCESS) return error;
-    return DescriptorStore(resolved.object).Read(resolved.object, descriptor);
+    return DescriptorStore().Read(resolved.object, descriptor);
 }
 
 // --- Writing.
@@ -200,7 +200,7 @@ DWORD WINAPI SetNamedSecurityInfoA(LPSTR name, SE_OBJECT_TYPE type, SECURITY_INF
     ResolvedObject target;
     error = host::ResolvePath(name, target);
     if (error != ERROR_SUCCESS) return error;
-    DescriptorStore store(target.object);
+    DescriptorStore store;
     nt::SecurityDescriptor descriptor;
     error = store.Read(target.object, descriptor);
     if (error == ERROR_SUCCESS) error = Apply(change, target, store, descriptor);

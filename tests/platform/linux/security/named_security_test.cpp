@@ -10,7 +10,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
-#include "platform/host_path.h"
+#include "platform/linux/files/drives.h"
 #include "platform/resources.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
@@ -55,6 +55,8 @@ class NamedSecurity : public testing::TestWithParam<Place> {
             volume = std::make_unique<NtfsVolume>();
             ASSERT_EQ(volume->Problem(), "");
         }
+        // A letter of its own: those of volumes move while other tests mount theirs.
+        host::PinDrive('T', volume ? volume->Root() : local.Path());
         ASSERT_EQ(mkdir(Path("top").c_str(), 0755), 0);
         ASSERT_EQ(SetDescriptorText(Path("top"), "O:BAG:BUD:P(A;OICI;FA;;;BA)"), ERROR_SUCCESS);
         Make("top/folder/", "O:BAG:BUD:");
@@ -117,7 +119,7 @@ TEST_P(NamedSecurity, InheritedEntriesGivenAreKeptOnlyWhereNothingIsInherited) {
 
 TEST_P(NamedSecurity, WithoutAWordOnProtectionTheObjectsStateStays) {
     ACL list{2, 0, sizeof(ACL), 0, 0};
-    std::string path = PathFromArgument(Path("top/file").c_str());
+    std::string path = R"(T:\top\file)";
     for (const char* before : {"D:P(A;;FR;;;BU)", "D:(A;;FR;;;BU)"}) {
         ASSERT_EQ(SetDacl("top/file", before), ERROR_SUCCESS);
         ASSERT_EQ(SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
@@ -143,7 +145,7 @@ TEST_P(NamedSecurity, NullEmptyAndFilledListsStayThreeDifferentThings) {
     for (const auto& state : states) {
         PACL dacl = nullptr;
         PSECURITY_DESCRIPTOR descriptor = nullptr;
-        const std::string path = PathFromArgument(Path(state.name).c_str());
+        const std::string path = R"(T:\)" + std::string(state.name);
         ASSERT_EQ(GetNamedSecurityInfoA(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
                                         nullptr, &dacl, nullptr, &descriptor),
                   ERROR_SUCCESS);
@@ -227,7 +229,7 @@ TEST_P(NamedSecurity, LargeListIsKeptWholeOrRefusedWhole) {
 }
 
 TEST_P(NamedSecurity, BadArgumentsAreRefusedBeforeAnythingIsTouched) {
-    std::string path = PathFromArgument(Path("top/file").c_str());
+    std::string path = R"(T:\top\file)";
     ACL tooLong{2, 0, sizeof(ACL), 1, 0};  // counts an entry that is not there
     const auto set = [&](SECURITY_INFORMATION information, PSID owner, PACL dacl) {
         return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, information, owner, nullptr, dacl, nullptr);

@@ -1,0 +1,21 @@
+// Trees of objects with stored descriptors, and the plain loop over them that the benchmarks compare with.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace permora::bench {
+
+// Folders of 100 files below `top`, `objects` in all, each of which has the two entries that it inherits and
+// no others. False when something could not be made.
+bool MakeSampleTree(const std::string& top, std::size_t objects);
+
+// Reads the attribute `name` of every object below `top` and `top` itself and writes it again, with a byte in
+// it changed that means nothing, so that the file system has to store it. Returns how many.
+std::size_t RewriteAttributes(const std::string& top, const char* name);
+
+// The host paths of all objects that MakeSampleTree made below `top`, folders before their files.
+std::vector<std::string> SampleTreePaths(const std::string& top, std::size_t objects);
+
+}  // namespace permora::bench
