@@ -9,6 +9,7 @@
 #include <QSignalBlocker>
 #include <QStyleOptionFocusRect>
 
+#include "framework/list_native.h"
 #include "framework/qt/image.h"
 #include "framework/qt/static_controls.h"
 #include "framework/qt/tabs.h"
@@ -259,7 +260,7 @@ std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, cons
         case ControlKind::kEtchedFrame:
             return qt::MakeStatic(window, parent, spec);
         case ControlKind::kListView:
-            break;
+            return MakeNativeListView(window, parent, spec);
         case ControlKind::kTabs:
             return qt::MakeTabs(window, parent, spec);
     }

@@ -1,0 +1,45 @@
+// Where the rows of a list view stand. All cells of a view are of one size, so that nothing has to be kept
+// for a row and any place is found at once, however many rows there are.
+#pragma once
+
+#include "framework/geometry.h"
+#include "framework/list_ctrl.h"
+
+namespace permora {
+
+// Which way the keyboard goes from a row.
+enum class ListStep { kUp, kDown, kLeft, kRight, kPageUp, kPageDown, kHome, kEnd };
+
+// The cells with `first` up to and without `last`.
+struct RowRange {
+    int first = 0;
+    int last = 0;
+};
+
+class ListLayout {
+  public:
+    ListLayout() = default;
+    // `cell` is the size of one row's place, at least one pixel each way, `client` what of the list is seen.
+    ListLayout(ListView view, int count, Size cell, Size client);
+
+    Size ContentSize() const;
+    // In the coordinates of the whole content.
+    Rect Cell(int row) const;
+    int RowAt(Point point) const;  // -1: beside all cells
+    // All rows whose cells meet `area`, and where cells stand in several columns perhaps some more.
+    RowRange RowsIn(const Rect& area) const;
+    // The row to which `step` leads; `row` itself when it leads nowhere.
+    int Neighbour(int row, ListStep step) const;
+
+  private:
+    bool FillsDown() const { return view == ListView::kList; }  // the others fill their lines from the left
+    int PageStep() const;
+
+    ListView view = ListView::kReport;
+    int count = 0;
+    Size cell{1, 1};
+    Size client;
+    int lineLength = 1;  // cells side by side before the next line (or column) begins
+};
+
+}  // namespace permora

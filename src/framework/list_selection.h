@@ -1,0 +1,46 @@
+// How the user's clicks and keys change the selection of a list view.
+#pragma once
+
+#include <vector>
+
+#include "framework/list_native.h"
+
+namespace permora {
+
+// What the keys held down make of a click or a move.
+enum class SelectMode {
+    kReplace,   // the row alone
+    kToggle,    // Ctrl: the row's own state changes; a move by keyboard changes none
+    kExtend,    // Shift: from the anchor to the row, nothing else
+    kAddRange,  // Ctrl and Shift: from the anchor to the row as well
+};
+
+// Selects `row` alone; -1: nothing.
+void SelectOnly(NativeListView& list, int row);
+// A click on `row`, which becomes the focus row and the mark; -1: beside all rows.
+void SelectByClick(NativeListView& list, int row, SelectMode mode);
+// The keyboard's move to `row`.
+void SelectByMove(NativeListView& list, int row, SelectMode mode);
+// The Space key on the focus row: checks or unchecks it (with all selected rows, when it is one of them), or
+// selects it in a list without check boxes.
+void PressSpace(NativeListView& list, SelectMode mode);
+void ToggleCheck(NativeListView& list, int row);
+
+// The selection that a frame drawn with the mouse makes. Meant for lists that allow several rows.
+class BandSelection {
+  public:
+    // Keeps what is selected now when `mode` is not kReplace, else clears it.
+    BandSelection(NativeListView& list, SelectMode mode);
+    // `touched` are the rows that the frame touches now; kToggle turns those that were selected before.
+    void Update(const std::vector<int>& touched);
+
+  private:
+    bool WasSelected(int row) const;
+
+    NativeListView& list;
+    SelectMode mode;
+    std::vector<int> before;  // ascending
+    std::vector<int> inside;  // ascending
+};
+
+}  // namespace permora

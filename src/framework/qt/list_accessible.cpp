@@ -1,0 +1,189 @@
+#include "framework/qt/list_accessible.h"
+
+#include <QStringList>
+
+#include "framework/list_selection.h"
+#include "framework/qt/widget.h"
+
+namespace permora::qt {
+namespace {
+
+// One row. The first column is its name, the others, each after its header, describe it.
+class RowAccessible : public QAccessibleInterface, public QAccessibleActionInterface {
+  public:
+    RowAccessible(ListWidget& shownIn, int shown) : widget(shownIn), row(shown) {}
+
+    bool isValid() const override { return widget.List()->Rows().Has(row); }
+    QObject* object() const override { return nullptr; }
+    QWindow* window() const override { return widget.window()->windowHandle(); }
+    QAccessibleInterface* parent() const override { return QAccessible::queryAccessibleInterface(&widget); }
+    QAccessibleInterface* child(int /*index*/) const override { return nullptr; }
+    QAccessibleInterface* childAt(int /*x*/, int /*y*/) const override { return nullptr; }
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface* /*child*/) const override { return -1; }
+    QAccessible::Role role() const override { return QAccessible::ListItem; }
+    void setText(QAccessible::Text /*kind*/, const QString& /*text*/) override {}
+    QString text(QAccessible::Text kind) const override;
+    QRect rect() const override;
+    QAccessible::State state() const override;
+    void* interface_cast(QAccessible::InterfaceType type) override;
+
+    QStringList actionNames() const override;
+    void doAction(const QString& name) override;
+    QStringList keyBindingsForAction(const QString& /*name*/) const override { return {}; }
+
+  private:
+    bool HasCheckBox() const { return widget.List()->HasStyle(ListStyle::kCheckBoxes); }
+
+    ListWidget& widget;
+    int row;
+};
+
+QString RowAccessible::text(QAccessible::Text kind) const {
+    const NativeListView& list = *widget.List();
+    if (kind == QAccessible::Name) return ToQt(list.Rows().Text(row, 0));
+    if (kind != QAccessible::Description || list.View() != ListView::kReport) return {};
+    QStringList parts;
+    for (std::size_t i = 1; i < list.Columns().size(); ++i) {
+        const std::string& text = list.Rows().Text(row, static_cast<int>(i));
+        if (!text.empty()) parts << ToQt(list.Columns()[i].header + ": " + text);
+    }
+    return parts.join(QStringLiteral(", "));
+}
+
+QRect RowAccessible::rect() const {
+    if (!isValid()) return {};
+    const QRect cell = widget.CellInViewport(row);
+    return {widget.viewport()->mapToGlobal(cell.topLeft()), cell.size()};
+}
+
+QAccessible::State RowAccessible::state() const {
+    QAccessible::State state;
+    if (!isValid()) {
+        state.invalid = true;
+        return state;
+    }
+    const NativeListView& list = *widget.List();
+    state.selectable = true;
+    state.multiSelectable = !list.IsSingleSelection();
+    state.selected = list.Rows().IsSelected(row);
+    state.focusable = true;
+    state.focused = widget.hasFocus() && list.Rows().cursor.focus == row;
+    state.checkable = HasCheckBox();
+    state.checked = HasCheckBox() && list.Rows().IsChecked(row);
+    state.disabled = !widget.isEnabled();
+    state.offscreen = !widget.viewport()->rect().intersects(widget.CellInViewport(row));
+    return state;
+}
+
+void* RowAccessible::interface_cast(QAccessible::InterfaceType type) {
+    return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this) : nullptr;
+}
+
+QStringList RowAccessible::actionNames() const {
+    if (!isValid() || !widget.isEnabled()) return {};
+    return HasCheckBox() ? QStringList{pressAction(), toggleAction()} : QStringList{pressAction()};
+}
+
+void RowAccessible::doAction(const QString& name) {
+    if (!isValid() || !actionNames().contains(name)) return;
+    NativeListView& list = *widget.List();
+    if (name == toggleAction()) {
+        ToggleCheck(list, row);
+    } else {
+        SelectByClick(list, row, SelectMode::kReplace);
+        widget.EnsureVisible(row);
+    }
+}
+
+class ListAccessible : public QAccessibleWidget {
+  public:
+    explicit ListAccessible(ListWidget& shown) : QAccessibleWidget(&shown, QAccessible::List), list(shown) {}
+    ~ListAccessible() override { ForgetRows(); }
+
+    int childCount() const override { return list.List()->Rows().Count(); }
+    QAccessibleInterface* child(int index) const override;
+    int indexOfChild(const QAccessibleInterface* child) const override;
+    QAccessibleInterface* childAt(int x, int y) const override;
+    QAccessibleInterface* focusChild() const override;
+    void ForgetRows();
+
+  private:
+    ListWidget& list;
+    // Made when first asked for: most rows of a long list never are.
+    mutable QHash<int, QAccessible::Id> rows;
+};
+
+QAccessibleInterface* ListAccessible::child(int index) const {
+    if (!list.List()->Rows().Has(index)) return nullptr;
+    const auto found = rows.constFind(index);
+    if (found != rows.constEnd()) return QAccessible::accessibleInterface(*found);
+    // The toolkit owns what is registered.
+    auto* made = new RowAccessible(list, index);
+    rows.insert(index, QAccessible::registerAccessibleInterface(made));
+    return made;
+}
+
+int ListAccessible::indexOfChild(const QAccessibleInterface* child) const {
+    for (auto each = rows.constBegin(); each != rows.constEnd(); ++each) {
+        if (QAccessible::accessibleInterface(each.value()) == child) return each.key();
+    }
+    return -1;
+}
+
+QAccessibleInterface* ListAccessible::childAt(int x, int y) const {
+    return child(list.HitRow(list.viewport()->mapFromGlobal(QPoint(x, y))));
+}
+
+QAccessibleInterface* ListAccessible::focusChild() const {
+    return list.hasFocus() ? child(list.List()->Rows().cursor.focus) : nullptr;
+}
+
+void ListAccessible::ForgetRows() {
+    for (const QAccessible::Id id : std::as_const(rows))
+        QAccessible::deleteAccessibleInterface(id);
+    rows.clear();
+}
+
+QAccessibleInterface* MakeListAccessible(const QString& /*className*/, QObject* object) {
+    auto* widget = dynamic_cast<ListWidget*>(object);
+    return widget != nullptr && widget->List() != nullptr ? new ListAccessible(*widget) : nullptr;
+}
+
+void Notify(ListWidget& widget, QAccessible::Event type, int row) {
+    if (!QAccessible::isActive() || !widget.List()->Rows().Has(row)) return;
+    QAccessibleEvent event(&widget, type);
+    event.setChild(row);
+    QAccessible::updateAccessibility(&event);
+}
+
+}  // namespace
+
+void InstallListAccessibility() {
+    QAccessible::installFactory(MakeListAccessible);  // the toolkit keeps a function once
+}
+
+void NotifyRowsChanged(ListWidget& widget) {
+    if (!QAccessible::isActive()) return;
+    // Items stand for places in the list; after a change another row may stand there.
+    if (auto* made = dynamic_cast<ListAccessible*>(QAccessible::queryAccessibleInterface(&widget)))
+        made->ForgetRows();
+    QAccessibleEvent event(&widget, QAccessible::ObjectReorder);
+    QAccessible::updateAccessibility(&event);
+}
+
+void NotifyStateChanged(ListWidget& widget, int row) {
+    if (!QAccessible::isActive() || !widget.List()->Rows().Has(row)) return;
+    QAccessible::State changed;
+    changed.selected = true;
+    changed.checked = widget.List()->HasStyle(ListStyle::kCheckBoxes);
+    QAccessibleStateChangeEvent event(&widget, changed);
+    event.setChild(row);
+    QAccessible::updateAccessibility(&event);
+}
+
+void NotifyFocusRow(ListWidget& widget, int row) {
+    if (widget.hasFocus()) Notify(widget, QAccessible::Focus, row);
+}
+
+}  // namespace permora::qt

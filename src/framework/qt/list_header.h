@@ -1,0 +1,38 @@
+// The column headers of a report.
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QHeaderView>
+
+#include "framework/list_native.h"
+
+namespace permora::qt {
+
+// Shows the headers of a list's columns. The user's dragging changes the columns' widths.
+class ListHeader : public QHeaderView {
+  public:
+    ListHeader(NativeListView& list, QWidget* parent);
+    ~ListHeader() override;
+    // The list's columns or its style changed.
+    void Refresh();
+
+  private:
+    class Model : public QAbstractTableModel {
+      public:
+        explicit Model(const NativeListView& shown) : list(shown) {}
+        int rowCount(const QModelIndex& /*parent*/) const override { return 0; }
+        int columnCount(const QModelIndex& parent) const override;
+        QVariant data(const QModelIndex& /*index*/, int /*role*/) const override { return {}; }
+        QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+        void Reset();
+
+      private:
+        const NativeListView& list;
+    };
+
+    NativeListView& list;
+    Model model;
+    bool isRefreshing = false;
+};
+
+}  // namespace permora::qt

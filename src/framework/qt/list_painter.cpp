@@ -1,0 +1,258 @@
+#include "framework/qt/list_painter.h"
+
+#include <QStyle>
+#include <QStyleOption>
+#include <QTextLayout>
+#include <algorithm>
+
+#include "framework/list_styles.h"
+#include "framework/qt/image.h"
+#include "framework/qt/widget.h"
+
+namespace permora::qt {
+namespace {
+
+constexpr int kMargin = 4;         // left and right of a text
+constexpr int kGap = 4;            // between check box, icon and text
+constexpr int kIconPadding = 6;    // above and below a large icon
+constexpr int kLabelLines = 2;     // under a large icon
+constexpr int kLabelLetters = 14;  // the width of a label under a large icon
+// Rows whose texts are measured to find the width that fits all; beyond them the longest text does.
+constexpr int kMeasuredRows = 256;
+
+QRect Centred(const QSize& size, const QRect& area) {
+    return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, area);
+}
+
+}  // namespace
+
+ListPainter::ListPainter(const QAbstractScrollArea& shownIn, const NativeListView& shown)
+    : widget(shownIn), list(shown), view(shown.View()) {}
+
+QSize ListPainter::CheckSize() const {
+    if (!list.HasStyle(ListStyle::kCheckBoxes)) return {0, 0};
+    const QStyle& style = *widget.style();
+    return {style.pixelMetric(QStyle::PM_IndicatorWidth, nullptr, &widget),
+            style.pixelMetric(QStyle::PM_IndicatorHeight, nullptr, &widget)};
+}
+
+QSize ListPainter::IconSize() const {
+    const CImageList::Images* images = list.Images();
+    return images != nullptr ? QSize(images->size.cx, images->size.cy) : QSize(0, 0);
+}
+
+int ListPainter::RowHeight() const {
+    return std::max({widget.fontMetrics().height() + 4, IconSize().height() + 2, CheckSize().height() + 4});
+}
+
+int ListPainter::WidestLabel() const {
+    const QFontMetrics metrics = widget.fontMetrics();
+    int widest = metrics.horizontalAdvance(ToQt(list.Rows().LongestText()));
+    const int measured = std::min(list.Rows().Count(), kMeasuredRows);
+    for (int row = 0; row < measured; ++row)
+        widest = std::max(widest, metrics.horizontalAdvance(Text(row, 0)));
+    return widest;
+}
+
+QSize ListPainter::CellSize(const QSize& available) const {
+    const QFontMetrics metrics = widget.fontMetrics();
+    if (view == ListView::kIcons) {
+        const QSize icon = IconSize();
+        const int width = std::max(metrics.averageCharWidth() * kLabelLetters,
+                                   icon.width() + 2 * (CheckSize().width() + kGap));
+        return {width + 2 * kMargin,
+                icon.height() + 2 * kIconPadding + kLabelLines * metrics.height() + kMargin};
+    }
+    if (view == ListView::kReport) {
+        int width = list.Columns().empty() ? available.width() : 0;
+        for (const ListColumn& column : list.Columns())
+            width += column.width;
+        return {width, RowHeight()};
+    }
+    const QRect nothing(0, 0, 0, RowHeight());
+    const int width = PartsOf(nothing).label.left() + WidestLabel() + 3 * kMargin;
+    return {std::min(width, std::max(available.width(), 1)), RowHeight()};
+}
+
+int ListPainter::FirstColumnWidth(const QRect& cell) const {
+    const bool hasColumns = view == ListView::kReport && !list.Columns().empty();
+    return hasColumns ? list.Columns().front().width : cell.width();
+}
+
+ListPainter::Parts ListPainter::PartsOf(const QRect& cell) const {
+    const QSize check = CheckSize();
+    const QSize icon = IconSize();
+    Parts parts;
+    if (view == ListView::kIcons) {
+        const QRect top(cell.left(), cell.top() + kIconPadding, cell.width(), icon.height());
+        parts.icon = Centred(icon, top);
+        parts.check = QRect(QPoint(parts.icon.left() - kGap - check.width(), top.top()), check);
+        const int labelTop = top.top() + icon.height() + kIconPadding;
+        parts.label = QRect(cell.left() + kMargin, labelTop, cell.width() - 2 * kMargin,
+                            kLabelLines * widget.fontMetrics().height());
+        return parts;
+    }
+    int left = cell.left() + kMargin;
+    const auto place = [&](const QSize& size) {
+        const QRect rect(QPoint(left, cell.top() + (cell.height() - size.height()) / 2), size);
+        if (size.width() > 0) left += size.width() + kGap;
+        return rect;
+    };
+    parts.check = place(check);
+    parts.icon = place(icon);
+    const int right = cell.left() + FirstColumnWidth(cell);
+    parts.label = QRect(left, cell.top(), std::max(right - left, 0), cell.height());
+    return parts;
+}
+
+QRect ListPainter::CheckBox(const QRect& cell) const {
+    return PartsOf(cell).check;
+}
+
+// The text with a little air around, as far as there is room.
+QRect ListPainter::TextRect(int row, const QRect& label) const {
+    const QFontMetrics metrics = widget.fontMetrics();
+    const int advance = metrics.horizontalAdvance(Text(row, 0));
+    if (view == ListView::kIcons) {
+        if (advance > label.width()) return label.adjusted(-kMargin, 0, kMargin, 0);
+        const int width = advance + 2 * kMargin;
+        return {label.left() + (label.width() - width) / 2, label.top(), width, metrics.height()};
+    }
+    const int width = advance + 2 * kMargin;
+    return {label.left(), label.top(), std::min(width, label.width()), label.height()};
+}
+
+QRect ListPainter::HotPart(int row, const QRect& cell) const {
+    if (view == ListView::kReport && list.HasStyle(ListStyle::kFullRowSelect)) return cell;
+    const Parts parts = PartsOf(cell);
+    return parts.check.united(parts.icon).united(TextRect(row, parts.label));
+}
+
+bool ListPainter::ShowsSelection() const {
+    return widget.hasFocus() || (list.style & LVS_SHOWSELALWAYS) != 0;
+}
+
+QPalette::ColorGroup ListPainter::ColourGroup() const {
+    if (!widget.isEnabled()) return QPalette::Disabled;
+    return widget.hasFocus() ? QPalette::Active : QPalette::Inactive;
+}
+
+QString ListPainter::Text(int row, int column) const {
+    return ToQt(list.Rows().Text(row, column));
+}
+
+void ListPainter::SetTextColour(QPainter& painter, bool isHighlighted) const {
+    painter.setPen(
+        widget.palette().color(ColourGroup(), isHighlighted ? QPalette::HighlightedText : QPalette::Text));
+}
+
+void ListPainter::Paint(QPainter& painter, int row, const QRect& cell) const {
+    const Parts parts = PartsOf(cell);
+    const bool isFullRow = view == ListView::kReport && list.HasStyle(ListStyle::kFullRowSelect);
+    const bool isHighlighted = list.Rows().IsSelected(row) && ShowsSelection();
+    const bool isFocused = row == list.Rows().cursor.focus && widget.hasFocus();
+    // Measuring a text costs as much as painting it, so only marked rows are measured.
+    QRect marked = cell;
+    if (!isFullRow && (isHighlighted || isFocused)) marked = TextRect(row, parts.label);
+    if (isHighlighted) PaintSelection(painter, marked);
+    PaintCheckBox(painter, row, parts.check);
+    PaintIcon(painter, row, parts.icon);
+    SetTextColour(painter, isHighlighted);
+    if (view == ListView::kIcons) {
+        PaintWrapped(painter, parts.label, Text(row, 0));
+    } else {
+        PaintLine(painter, parts.label.adjusted(kMargin, 0, -kMargin, 0), Text(row, 0), Qt::AlignLeft);
+    }
+    if (view == ListView::kReport) PaintOtherColumns(painter, row, cell, isHighlighted && isFullRow);
+    if (isFocused) PaintFocus(painter, marked);
+}
+
+void ListPainter::PaintOtherColumns(QPainter& painter, int row, const QRect& cell, bool isHighlighted) const {
+    SetTextColour(painter, isHighlighted);
+    int left = cell.left();
+    for (std::size_t i = 0; i < list.Columns().size(); ++i) {
+        const int width = list.Columns()[i].width;
+        const QRect room(left + kMargin, cell.top(), width - 2 * kMargin, cell.height());
+        left += width;
+        const QString text = i == 0 ? QString() : Text(row, static_cast<int>(i));
+        if (!text.isEmpty() && room.width() > 0) PaintLine(painter, room, text, Qt::AlignLeft);
+    }
+}
+
+void ListPainter::PaintCheckBox(QPainter& painter, int row, const QRect& rect) const {
+    if (rect.isEmpty()) return;
+    QStyleOptionViewItem option;
+    option.initFrom(&widget);
+    option.rect = rect;
+    option.state.setFlag(QStyle::State_HasFocus, false);
+    option.state.setFlag(list.Rows().IsChecked(row) ? QStyle::State_On : QStyle::State_Off);
+    widget.style()->drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &option, &painter, &widget);
+    PaintDarkOutline(painter, rect);
+}
+
+// Some styles derive a box's outline from the window's colour, which is not seen on a dark background.
+void ListPainter::PaintDarkOutline(QPainter& painter, const QRect& rect) const {
+    const QColor base = widget.palette().color(ColourGroup(), QPalette::Base);
+    QColor outline = widget.palette().color(ColourGroup(), QPalette::Text);
+    if (outline.lightness() <= base.lightness()) return;
+    outline.setAlphaF(0.5F);
+    painter.setPen(outline);
+    painter.drawRect(rect.adjusted(0, 0, -1, -1));
+}
+
+void ListPainter::PaintIcon(QPainter& painter, int row, const QRect& rect) const {
+    const CImageList::Images* images = list.Images();
+    const int image = list.Rows().Image(row);
+    if (images == nullptr || image < 0 || image >= static_cast<int>(images->icons.size())) return;
+    const QIcon::Mode mode = widget.isEnabled() ? QIcon::Normal : QIcon::Disabled;
+    ToQt(images->icons[static_cast<std::size_t>(image)]).paint(&painter, rect, Qt::AlignCenter, mode);
+}
+
+void ListPainter::PaintSelection(QPainter& painter, const QRect& rect) const {
+    painter.fillRect(rect, widget.palette().brush(ColourGroup(), QPalette::Highlight));
+}
+
+void ListPainter::PaintFocus(QPainter& painter, const QRect& rect) const {
+    QStyleOptionFocusRect option;
+    option.initFrom(&widget);
+    option.rect = rect;
+    option.state |= QStyle::State_KeyboardFocusChange | QStyle::State_Item;
+    option.backgroundColor = widget.palette().color(QPalette::Base);
+    widget.style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, &widget);
+}
+
+// One line, in the middle of the height of `room`, cut with an ellipsis where it does not fit.
+void ListPainter::PaintLine(QPainter& painter, const QRect& room, const QString& text,
+                            Qt::AlignmentFlag side) const {
+    const QFontMetrics metrics = widget.fontMetrics();
+    int width = metrics.horizontalAdvance(text);
+    QString shown = text;
+    if (width > room.width()) {
+        shown = metrics.elidedText(text, Qt::ElideRight, room.width());
+        width = room.width();
+    }
+    const int left = side == Qt::AlignHCenter ? room.left() + (room.width() - width) / 2 : room.left();
+    painter.drawText(left, room.top() + (room.height() - metrics.height()) / 2 + metrics.ascent(), shown);
+}
+
+void ListPainter::PaintWrapped(QPainter& painter, const QRect& rect, const QString& text) const {
+    const int lineHeight = widget.fontMetrics().height();
+    QRect line(rect.left(), rect.top(), rect.width(), lineHeight);
+    if (widget.fontMetrics().horizontalAdvance(text) <= rect.width()) {
+        PaintLine(painter, line, text, Qt::AlignHCenter);
+        return;
+    }
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    QTextLayout layout(text, widget.font());
+    layout.setTextOption(option);
+    layout.beginLayout();
+    QTextLine first = layout.createLine();
+    first.setLineWidth(rect.width());
+    layout.endLayout();
+    PaintLine(painter, line, text.left(first.textLength()).trimmed(), Qt::AlignHCenter);
+    line.translate(0, lineHeight);
+    PaintLine(painter, line, text.mid(first.textLength()), Qt::AlignHCenter);
+}
+
+}  // namespace permora::qt

@@ -1,0 +1,56 @@
+// How one row of a list view looks, in each of its views.
+#pragma once
+
+#include <QAbstractScrollArea>
+#include <QPainter>
+#include <QRect>
+
+#include "framework/list_native.h"
+
+namespace permora::qt {
+
+// Made for one layout, painting or question; both arguments must outlive it.
+class ListPainter {
+  public:
+    ListPainter(const QAbstractScrollArea& widget, const NativeListView& list);
+
+    // The size of every row's cell, when `available` is what can be seen.
+    QSize CellSize(const QSize& available) const;
+    void Paint(QPainter& painter, int row, const QRect& cell) const;
+    // The parts of a cell, in its coordinates. The hot part is where a click means the row.
+    QRect CheckBox(const QRect& cell) const;  // empty when there are no check boxes
+    QRect HotPart(int row, const QRect& cell) const;
+
+  private:
+    struct Parts {
+        QRect check;
+        QRect icon;
+        QRect label;  // the room for the text
+    };
+    Parts PartsOf(const QRect& cell) const;
+    QSize CheckSize() const;
+    QSize IconSize() const;
+    int RowHeight() const;
+    int WidestLabel() const;
+    int FirstColumnWidth(const QRect& cell) const;
+    QRect TextRect(int row, const QRect& label) const;
+    bool ShowsSelection() const;
+    QPalette::ColorGroup ColourGroup() const;
+    QString Text(int row, int column) const;
+
+    void PaintCheckBox(QPainter& painter, int row, const QRect& rect) const;
+    void PaintDarkOutline(QPainter& painter, const QRect& rect) const;
+    void PaintIcon(QPainter& painter, int row, const QRect& rect) const;
+    void PaintSelection(QPainter& painter, const QRect& rect) const;
+    void PaintFocus(QPainter& painter, const QRect& rect) const;
+    void PaintLine(QPainter& painter, const QRect& room, const QString& text, Qt::AlignmentFlag side) const;
+    void PaintWrapped(QPainter& painter, const QRect& rect, const QString& text) const;
+    void PaintOtherColumns(QPainter& painter, int row, const QRect& cell, bool isHighlighted) const;
+    void SetTextColour(QPainter& painter, bool isHighlighted) const;
+
+    const QAbstractScrollArea& widget;
+    const NativeListView& list;
+    ListView view;
+};
+
+}  // namespace permora::qt

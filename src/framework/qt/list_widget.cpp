@@ -1,0 +1,257 @@
+#include "framework/qt/list_widget.h"
+
+#include <QAccessible>
+#include <QCoreApplication>
+#include <QPaintEvent>
+#include <QScrollBar>
+#include <QStyle>
+#include <QStyleOptionRubberBand>
+#include <algorithm>
+
+#include "framework/list_styles.h"
+#include "framework/qt/list_accessible.h"
+#include "framework/qt/list_painter.h"
+#include "framework/qt/widget.h"
+
+namespace permora::qt {
+
+ListWidget::ListWidget(QWidget* parent) : QAbstractScrollArea(parent) {
+    setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    viewport()->setAutoFillBackground(true);
+    viewport()->setMouseTracking(false);
+}
+
+void ListWidget::Show(NativeListView& shown) {
+    InstallListAccessibility();
+    list = &shown;
+    header = new ListHeader(shown, this);
+    AppearanceChanged();
+}
+
+// ---- Changes ----
+
+void ListWidget::MarkForLayout() {
+    if (needsLayout) return;
+    needsLayout = true;
+    QCoreApplication::postEvent(this, new QEvent(QEvent::LayoutRequest));
+    viewport()->update();
+}
+
+void ListWidget::RowsChanged() {
+    EndBand();
+    press.selectsOnRelease = false;  // the pressed row may be another now
+    MarkForLayout();
+}
+
+void ListWidget::RowStateChanged(int row) {
+    if (needsLayout) return;
+    Update(row);
+    NotifyStateChanged(*this, row);
+}
+
+void ListWidget::RowTextChanged(int row) {
+    const bool isSizedByText = list->View() == ListView::kList || list->View() == ListView::kSmallIcons;
+    if (isSizedByText) {
+        MarkForLayout();
+    } else {
+        Update(row);
+    }
+}
+
+void ListWidget::ColumnsChanged() {
+    header->Refresh();
+    MarkForLayout();
+}
+
+void ListWidget::AppearanceChanged() {
+    LayOutHeader();
+    header->Refresh();
+    MarkForLayout();
+}
+
+void ListWidget::FocusRowChanged(int before) {
+    Update(before);
+    Update(list->Rows().cursor.focus);
+    NotifyFocusRow(*this, list->Rows().cursor.focus);
+}
+
+void ListWidget::Update(int row) {
+    if (needsLayout || !list->Rows().Has(row)) return;
+    const Rect cell = layout.Cell(row);
+    viewport()->update(ToQt(cell).translated(-ScrollOffset()));
+}
+
+// ---- Layout ----
+
+void ListWidget::LayOutHeader() {
+    const bool hasHeader = list->View() == ListView::kReport && (list->style & LVS_NOCOLUMNHEADER) == 0;
+    header->setVisible(hasHeader);
+    const int height = hasHeader ? header->sizeHint().height() : 0;
+    setViewportMargins(0, height, 0, 0);
+    const QRect area = viewport()->geometry();
+    header->setGeometry(area.left(), area.top() - height, area.width(), height);
+}
+
+// Scroll bars take room from what they scroll, so one may make the other needed.
+void ListWidget::LayOut() {
+    if (!needsLayout || list == nullptr) return;
+    needsLayout = false;
+    const QSize whole = maximumViewportSize();
+    const QSize cell = ListPainter(*this, *list).CellSize(whole);
+    const QSize bars(verticalScrollBar()->sizeHint().width(), horizontalScrollBar()->sizeHint().height());
+    bool hasVertical = false;
+    bool hasHorizontal = false;
+    QSize client;
+    for (int pass = 0; pass < 3; ++pass) {
+        client = whole - QSize(hasVertical ? bars.width() : 0, hasHorizontal ? bars.height() : 0);
+        layout = ListLayout(list->View(), list->Rows().Count(), {cell.width(), cell.height()},
+                            {client.width(), client.height()});
+        const Size content = layout.ContentSize();
+        hasVertical = hasVertical || content.cy > client.height();
+        hasHorizontal = hasHorizontal || content.cx > client.width();
+    }
+    SetScrollRanges(client);
+    NotifyRowsChanged(*this);
+}
+
+void ListWidget::SetScrollRanges(const QSize& client) {
+    const Size content = layout.ContentSize();
+    const Rect cell = layout.Cell(0);
+    QScrollBar& vertical = *verticalScrollBar();
+    QScrollBar& horizontal = *horizontalScrollBar();
+    vertical.setRange(0, std::max(content.cy - client.height(), 0));
+    vertical.setPageStep(std::max(client.height(), 1));
+    vertical.setSingleStep(cell.Height());
+    horizontal.setRange(0, std::max(content.cx - client.width(), 0));
+    horizontal.setPageStep(std::max(client.width(), 1));
+    horizontal.setSingleStep(list->View() == ListView::kList ? cell.Width()
+                                                             : fontMetrics().averageCharWidth() * 2);
+    header->setOffset(horizontal.value());
+}
+
+QPoint ListWidget::ScrollOffset() const {
+    return {horizontalScrollBar()->value(), verticalScrollBar()->value()};
+}
+
+void ListWidget::EnsureVisible(int row) {
+    LayOut();
+    if (!list->Rows().Has(row)) return;
+    const Rect cell = layout.Cell(row);
+    const QSize seen = viewport()->size();
+    const auto reveal = [](QScrollBar& bar, int first, int last, int size) {
+        if (last - bar.value() > size) bar.setValue(last - size);
+        if (first < bar.value()) bar.setValue(first);
+    };
+    reveal(*verticalScrollBar(), cell.top, cell.bottom, seen.height());
+    if (list->View() != ListView::kReport)
+        reveal(*horizontalScrollBar(), cell.left, cell.right, seen.width());
+}
+
+QRect ListWidget::CellInViewport(int row) {
+    LayOut();
+    return ToQt(layout.Cell(row)).translated(-ScrollOffset());
+}
+
+int ListWidget::HitRow(const QPoint& viewportPoint) {
+    LayOut();
+    const QPoint point = viewportPoint + ScrollOffset();
+    const int row = layout.RowAt({point.x(), point.y()});
+    if (row < 0) return -1;
+    const QRect cell = CellInViewport(row);
+    return ListPainter(*this, *list).HotPart(row, cell).contains(viewportPoint) ? row : -1;
+}
+
+bool ListWidget::IsOnCheckBox(int row, const QPoint& viewportPoint) {
+    if (row < 0 || !list->HasStyle(ListStyle::kCheckBoxes)) return false;
+    return ListPainter(*this, *list).CheckBox(CellInViewport(row)).contains(viewportPoint);
+}
+
+Point ListWidget::ClientPoint(const QPoint& viewportPoint) const {
+    const QPoint point = viewport()->mapTo(this, viewportPoint);
+    return {point.x(), point.y()};
+}
+
+// ---- Events of the area ----
+
+bool ListWidget::event(QEvent* event) {
+    if (event->type() == QEvent::LayoutRequest) {
+        LayOut();
+        return true;
+    }
+    return QAbstractScrollArea::event(event);
+}
+
+bool ListWidget::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::ToolTip) {
+        const auto& help = static_cast<const QHelpEvent&>(*event);
+        ShowTip(help.pos(), help.globalPos());
+        return true;
+    }
+    return QAbstractScrollArea::viewportEvent(event);
+}
+
+void ListWidget::paintEvent(QPaintEvent* event) {
+    if (list == nullptr) return;
+    LayOut();
+    QPainter painter(viewport());
+    const ListPainter rowPainter(*this, *list);
+    const QRect area = event->rect().translated(ScrollOffset());
+    const RowRange rows = layout.RowsIn(FromQt(area));
+    for (int row = rows.first; row < rows.last; ++row) {
+        const QRect cell = ToQt(layout.Cell(row));
+        if (cell.intersects(area)) rowPainter.Paint(painter, row, cell.translated(-ScrollOffset()));
+    }
+    if (!band) return;
+    QStyleOptionRubberBand option;
+    option.initFrom(viewport());
+    option.rect = QRect(band->start, band->end).normalized().translated(-ScrollOffset());
+    option.shape = QRubberBand::Rectangle;
+    style()->drawControl(QStyle::CE_RubberBand, &option, &painter, viewport());
+}
+
+void ListWidget::resizeEvent(QResizeEvent* /*event*/) {
+    if (list == nullptr) return;
+    LayOutHeader();
+    MarkForLayout();
+}
+
+void ListWidget::scrollContentsBy(int /*dx*/, int /*dy*/) {
+    if (header != nullptr) header->setOffset(horizontalScrollBar()->value());
+    viewport()->update();
+}
+
+void ListWidget::wheelEvent(QWheelEvent* event) {
+    // Rows that fill downwards are scrolled sideways by the ordinary wheel.
+    if (list->View() == ListView::kList) {
+        QCoreApplication::sendEvent(horizontalScrollBar(), event);
+    } else {
+        QAbstractScrollArea::wheelEvent(event);
+    }
+}
+
+void ListWidget::focusInEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusInEvent(event);
+    const ListCursor cursor = list->Rows().cursor;
+    if (cursor.focus < 0 && list->Rows().Count() > 0) list->SetCursor({0, cursor.mark, cursor.anchor});
+    NotifyFocusRow(*this, list->Rows().cursor.focus);
+    viewport()->update();
+}
+
+void ListWidget::focusOutEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusOutEvent(event);
+    viewport()->update();
+}
+
+void ListWidget::changeEvent(QEvent* event) {
+    QAbstractScrollArea::changeEvent(event);
+    if (list == nullptr) return;
+    if (event->type() == QEvent::EnabledChange)
+        viewport()->setBackgroundRole(isEnabled() ? QPalette::Base : QPalette::Window);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        LayOutHeader();
+        MarkForLayout();
+    }
+    viewport()->update();
+}
+
+}  // namespace permora::qt

@@ -1,0 +1,103 @@
+// The widget of a list view: lays the rows out, scrolls, and turns the mouse and the keyboard into selection.
+#pragma once
+
+#include <QAbstractScrollArea>
+#include <QBasicTimer>
+#include <QElapsedTimer>
+#include <memory>
+#include <optional>
+
+#include "framework/list_layout.h"
+#include "framework/list_native.h"
+#include "framework/list_selection.h"
+#include "framework/qt/list_header.h"
+
+namespace permora::qt {
+
+class ListWidget : public QAbstractScrollArea {
+  public:
+    explicit ListWidget(QWidget* parent);
+
+    // Shows `list`, which owns this widget, from here on.
+    void Show(NativeListView& list);
+    NativeListView* List() const { return list; }
+
+    // What changed in the list. Rows are laid out anew before the next painting or question, however many
+    // changed.
+    void RowsChanged();
+    void RowTextChanged(int row);
+    void RowStateChanged(int row);
+    void ColumnsChanged();
+    void AppearanceChanged();
+    void FocusRowChanged(int before);
+
+    void EnsureVisible(int row);
+    // Where the row is seen, in the viewport; may lie outside.
+    QRect CellInViewport(int row);
+    // The row whose picture or text is there; -1: none.
+    int HitRow(const QPoint& viewportPoint);
+
+  protected:
+    bool event(QEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+
+  private:
+    // A frame that the user draws with the mouse, in the coordinates of the whole content.
+    struct Band {
+        BandSelection selection;
+        QPoint start;
+        QPoint end;
+    };
+    // What a pressed button becomes when it is let go.
+    struct Press {
+        Qt::MouseButton button = Qt::NoButton;
+        int row = -1;
+        bool selectsOnRelease = false;  // a row of several selected ones was pressed
+    };
+
+    void MarkForLayout();
+    void LayOut();
+    void LayOutHeader();
+    void SetScrollRanges(const QSize& client);
+    QPoint ScrollOffset() const;
+    void Update(int row);
+    void ShowTip(const QPoint& viewportPoint, const QPoint& globalPoint);
+    bool IsOnCheckBox(int row, const QPoint& viewportPoint);
+    Point ClientPoint(const QPoint& viewportPoint) const;
+
+    void PressLeft(int row, const QPoint& viewportPoint, SelectMode mode);
+    void PressRight(int row);
+    void MoveBand(const QPoint& viewportPoint);
+    void ScrollForBand();
+    void EndBand();
+    std::vector<int> RowsInBand(const QRect& frame) const;
+
+    bool MoveByKey(int key, SelectMode mode);
+    void SearchFor(const QString& typed);
+
+    NativeListView* list = nullptr;
+    ListHeader* header = nullptr;  // a child widget
+    ListLayout layout;
+    bool needsLayout = true;
+    Press press;
+    std::optional<Band> band;
+    QBasicTimer bandScroll;  // runs while a frame is drawn beyond the edge
+    QString searched;        // what was typed without a pause
+    QElapsedTimer sinceTyped;
+};
+
+}  // namespace permora::qt

@@ -1,0 +1,329 @@
+#include "framework/list_ctrl.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QHeaderView>
+#include <QHelpEvent>
+#include <QTest>
+#include <QToolTip>
+#include <thread>
+#include <utility>
+
+#include "framework/list_styles.h"
+#include "framework/qt/list_widget.h"
+#include "framework/qt/widget.h"
+#include "framework/styles.h"
+#include "framework/window_access.h"
+
+namespace permora {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class PlainWindow : public qt::WidgetWindow<NativeWindow> {
+  public:
+    using WidgetWindow::WidgetWindow;
+    void SetText(const std::string& /*text*/) override {}
+    std::string Text() const override { return {}; }
+};
+
+const char* NameOf(Notify code) {
+    switch (code) {
+        case Notify::kClick:
+            return "click";
+        case Notify::kDoubleClick:
+            return "double";
+        case Notify::kRightClick:
+            return "right";
+        case Notify::kItemChanged:
+            return "changed";
+        case Notify::kColumnClick:
+            return "column";
+        case Notify::kKeyDown:
+            return "key";
+        case Notify::kInfoTip:
+            return "tip";
+        default:
+            return "other";
+    }
+}
+
+// Hears everything that the list says, written as "changed 3".
+class ListOwner : public CWnd {
+  public:
+    bool OnCmdMsg(Notification& notification) override {
+        EXPECT_EQ(notification.id, kListId);
+        std::string said = NameOf(notification.code);
+        if (notification.row >= 0) said += " " + std::to_string(notification.row);
+        if (notification.column >= 0) said += " " + std::to_string(notification.column);
+        if (notification.key != 0) said = "key " + std::to_string(notification.key);
+        heard.push_back(said);
+        if (notification.code == Notify::kInfoTip) notification.tip = "<b>tip";
+        return true;
+    }
+    std::vector<std::string> Heard() { return std::exchange(heard, {}); }
+
+    static constexpr unsigned int kListId = 77;
+
+  private:
+    std::vector<std::string> heard;
+};
+
+class ListCtrl : public testing::Test {
+  protected:
+    ListCtrl() {
+        auto widget = std::make_unique<QWidget>();
+        widget->resize(500, 300);
+        WindowAccess::Attach(owner, std::make_unique<PlainWindow>(owner, std::move(widget)), nullptr, 0,
+                             WS_POPUP);
+    }
+
+    void Make(DWORD style, int rows = 5) {
+        ASSERT_TRUE(
+            list.Create(owner, style | WS_VISIBLE | WS_TABSTOP, {0, 0, 400, 250}, ListOwner::kListId));
+        list.InsertColumn(0, "Name", 120);
+        list.InsertColumn(1, "Type", 100);
+        for (int row = 0; row < rows; ++row) {
+            list.InsertItem(row, std::string(1, static_cast<char>('a' + row % 26)) + "-row");
+            list.SetItemData(row, row);
+        }
+        qt::WidgetOf(owner)->show();
+        qt::WidgetOf(owner)->activateWindow();
+        list.SetFocus();
+        QCoreApplication::processEvents();
+        owner.Heard();
+    }
+
+    qt::ListWidget& Widget() { return static_cast<qt::ListWidget&>(*qt::WidgetOf(list)); }
+    QPoint OnText(int row) {
+        const QRect cell = Widget().CellInViewport(row);
+        for (int y = cell.bottom() - 4; y > cell.top(); --y) {
+            const QPoint point(list.GetView() == ListView::kIcons ? cell.center().x() : cell.left() + 40, y);
+            if (Widget().HitRow(point) == row) return point;
+        }
+        return cell.center();
+    }
+    void Click(int row, Qt::KeyboardModifiers modifiers = {}, Qt::MouseButton button = Qt::LeftButton) {
+        QTest::mouseClick(Widget().viewport(), button, modifiers, OnText(row));
+    }
+    void Key(int key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(&Widget(), static_cast<Qt::Key>(key), modifiers);
+    }
+    std::vector<int> Selected() {
+        std::vector<int> rows;
+        for (int row = list.NextSelected(0); row >= 0; row = list.NextSelected(row + 1))
+            rows.push_back(row);
+        return rows;
+    }
+
+    ListOwner owner;
+    CListCtrl list;
+};
+
+TEST_F(ListCtrl, SelectingByProgramTellsEachChangeOnce) {
+    Make(LVS_REPORT | LVS_SINGLESEL);
+    EXPECT_TRUE(list.SetSelected(1, true));
+    EXPECT_THAT(owner.Heard(), ElementsAre("changed 1"));
+    EXPECT_TRUE(list.SetSelected(1, true));
+    EXPECT_THAT(owner.Heard(), IsEmpty());
+    EXPECT_TRUE(list.SetSelected(3, true));
+    EXPECT_THAT(owner.Heard(), ElementsAre("changed 1", "changed 3"));
+    EXPECT_FALSE(list.SetSelected(9, true));
+    EXPECT_THAT(Selected(), ElementsAre(3));
+}
+
+TEST_F(ListCtrl, ClicksSelectThenTellTheClick) {
+    Make(LVS_REPORT | LVS_SINGLESEL);
+    Click(2);
+    EXPECT_THAT(owner.Heard(), ElementsAre("changed 2", "click 2"));
+    EXPECT_EQ(list.GetSelectionMark(), 2);
+    Click(4, {}, Qt::RightButton);
+    EXPECT_THAT(owner.Heard(), ElementsAre("changed 2", "changed 4", "right 4"));
+    QTest::mouseDClick(Widget().viewport(), Qt::LeftButton, {}, OnText(4));
+    EXPECT_THAT(owner.Heard(), ElementsAre("double 4"));
+    QTest::mouseClick(Widget().viewport(), Qt::LeftButton, {}, {390, 240});
+    EXPECT_THAT(owner.Heard(), ElementsAre("changed 4", "click"));
+}
+
+TEST_F(ListCtrl, ADisabledListIgnoresTheUserButNotTheProgram) {
+    Make(LVS_REPORT);
+    list.ModifyStyle(0, WS_DISABLED);
+    Click(2);
+    Key(Qt::Key_Down);
+    EXPECT_THAT(owner.Heard(), IsEmpty());
+    list.SetSelected(2, true);
+    EXPECT_THAT(owner.Heard(), ElementsAre("changed 2"));
+}
+
+TEST_F(ListCtrl, CtrlAndShiftMakeSelectionsOfSeveralRows) {
+    Make(LVS_REPORT, 8);
+    Click(1);
+    Click(3, Qt::ShiftModifier);
+    EXPECT_THAT(Selected(), ElementsAre(1, 2, 3));
+    EXPECT_EQ(list.GetSelectionMark(), 3);
+    Click(6, Qt::ControlModifier);
+    Click(2, Qt::ControlModifier);
+    EXPECT_THAT(Selected(), ElementsAre(1, 3, 6));
+    Click(0, Qt::ShiftModifier);
+    EXPECT_THAT(Selected(), ElementsAre(0, 1, 2)) << "from the row that Ctrl clicked last";
+    owner.Heard();
+    Click(1);
+    EXPECT_THAT(Selected(), ElementsAre(1));
+    EXPECT_THAT(owner.Heard(), ElementsAre("changed 0", "changed 2", "click 1"));
+}
+
+TEST_F(ListCtrl, ARightClickOnOneOfSeveralSelectedRowsKeepsThem) {
+    Make(LVS_REPORT);
+    list.SetSelected(1, true);
+    list.SetSelected(2, true);
+    Click(1, {}, Qt::RightButton);
+    EXPECT_THAT(Selected(), ElementsAre(1, 2));
+    EXPECT_EQ(list.GetSelectionMark(), 1);
+}
+
+TEST_F(ListCtrl, AFrameDrawnWithTheMouseSelectsWhatItTouches) {
+    Make(LVS_REPORT, 6);
+    QWidget& area = *Widget().viewport();
+    const QPoint start(390, OnText(3).y());
+    QTest::mousePress(&area, Qt::LeftButton, {}, start);
+    QTest::mouseMove(&area, QPoint(60, OnText(1).y()));
+    EXPECT_THAT(Selected(), ElementsAre(1, 2, 3));
+    QTest::mouseMove(&area, QPoint(60, OnText(2).y()));
+    EXPECT_THAT(Selected(), ElementsAre(2, 3));
+    owner.Heard();
+    QTest::mouseRelease(&area, Qt::LeftButton, {}, QPoint(60, OnText(2).y()));
+    EXPECT_THAT(owner.Heard(), IsEmpty()) << "a frame is no click";
+}
+
+TEST_F(ListCtrl, KeysMoveExtendAndSearch) {
+    Make(LVS_REPORT, 26);
+    Key(Qt::Key_Down);
+    EXPECT_THAT(Selected(), ElementsAre(1));
+    EXPECT_THAT(owner.Heard(), ElementsAre("key 40", "changed 1"));
+    Key(Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_THAT(Selected(), ElementsAre(1, 2));
+    Key(Qt::Key_Down, Qt::ControlModifier);
+    EXPECT_THAT(Selected(), ElementsAre(1, 2));
+    EXPECT_EQ(list.GetSelectionMark(), 3);
+    Key(Qt::Key_End);
+    EXPECT_THAT(Selected(), ElementsAre(25));
+    QTest::keyClicks(&Widget(), "C-R");
+    EXPECT_THAT(Selected(), ElementsAre(2));
+    Key(Qt::Key_Home);
+    EXPECT_THAT(Selected(), ElementsAre(0));
+}
+
+TEST_F(ListCtrl, CheckBoxesFollowTheMouseTheSpaceKeyAndTheProgram) {
+    Make(LVS_REPORT | LVS_SINGLESEL);
+    list.SetExtendedStyle(ListStyle::kCheckBoxes | ListStyle::kFullRowSelect);
+    const QPoint box(8, OnText(3).y());
+    QTest::mouseClick(Widget().viewport(), Qt::LeftButton, {}, box);
+    EXPECT_TRUE(list.GetCheck(3));
+    EXPECT_THAT(owner.Heard(), ElementsAre("changed 3", "click 3"));
+    Key(Qt::Key_Space);
+    EXPECT_FALSE(list.GetCheck(3));
+    EXPECT_THAT(owner.Heard(), ElementsAre("key 32", "changed 3"));
+    list.SetCheck(3, false);
+    EXPECT_THAT(owner.Heard(), IsEmpty());
+    list.SetCheck(0, true);
+    EXPECT_THAT(owner.Heard(), ElementsAre("changed 0"));
+}
+
+TEST_F(ListCtrl, HeadersTellClicksUnlessTheyMustNotSort) {
+    Make(LVS_REPORT);
+    auto* header = Widget().findChild<QHeaderView*>();
+    ASSERT_NE(header, nullptr);
+    EXPECT_TRUE(header->isVisible());
+    const QPoint second(150, header->height() / 2);
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, second);
+    EXPECT_THAT(owner.Heard(), ElementsAre("column 1"));
+    list.ModifyStyle(0, LVS_NOSORTHEADER);
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, second);
+    EXPECT_THAT(owner.Heard(), IsEmpty());
+    list.ModifyStyle(0, LVS_NOCOLUMNHEADER);
+    EXPECT_FALSE(header->isVisible());
+    header->resizeSection(0, 222);
+    EXPECT_EQ(list.GetColumnWidth(0), 222);
+}
+
+TEST_F(ListCtrl, SwitchingViewsKeepsTheSelectionAndShowsTheFocusRow) {
+    Make(LVS_REPORT, 2000);
+    list.SetSelected(3, true);
+    Key(Qt::Key_End, Qt::ControlModifier);
+    for (const ListView view :
+         {ListView::kIcons, ListView::kSmallIcons, ListView::kList, ListView::kReport}) {
+        list.SetView(view);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(list.GetView(), view);
+        EXPECT_THAT(Selected(), ElementsAre(3));
+        EXPECT_TRUE(Widget().viewport()->rect().contains(Widget().CellInViewport(1999).center()));
+        owner.Heard();
+        Click(1999);
+        EXPECT_THAT(owner.Heard(), ElementsAre("changed 3", "changed 1999", "click 1999"));
+        Click(1999, Qt::ControlModifier);
+        list.SetSelected(3, true);
+    }
+}
+
+TEST_F(ListCtrl, WorkersFillTheListThroughTheUserInterfaceThread) {
+    Make(LVS_REPORT, 0);
+    bool isDone = false;
+    std::thread worker([&] {
+        for (int row = 0; row < 100; ++row) {
+            list.InsertItem(list.GetItemCount(), "row");
+            list.SetItemText(row, 1, std::to_string(row));
+        }
+        list.EnsureVisible(99);
+        PostToUiThread([&] { isDone = true; });
+    });
+    while (!isDone)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    worker.join();
+    EXPECT_EQ(list.GetItemCount(), 100);
+    EXPECT_EQ(list.GetItemText(99, 1), "99");
+    EXPECT_TRUE(Widget().viewport()->rect().intersects(Widget().CellInViewport(99)));
+}
+
+TEST_F(ListCtrl, TipsAreAskedForRowsAndShownAsPlainText) {
+    Make(LVS_REPORT);
+    const auto rest = [&](const QPoint& point) {
+        QHelpEvent event(QEvent::ToolTip, point, Widget().viewport()->mapToGlobal(point));
+        QCoreApplication::sendEvent(Widget().viewport(), &event);
+    };
+    rest(OnText(2));
+    EXPECT_THAT(owner.Heard(), IsEmpty());
+    list.SetExtendedStyle(ListStyle::kInfoTips);
+    rest(OnText(2));
+    EXPECT_THAT(owner.Heard(), ElementsAre("tip 2"));
+    EXPECT_TRUE(QToolTip::text().contains(QStringLiteral("&lt;b&gt;tip")));
+    rest({390, 240});
+    EXPECT_THAT(owner.Heard(), IsEmpty());
+}
+
+TEST_F(ListCtrl, AssistiveTechnologyReadsNamesAndStates) {
+    Make(LVS_REPORT, 3);
+    list.SetExtendedStyle(ListStyle::kCheckBoxes);
+    list.SetItemText(1, 1, "Folder");
+    list.SetCheck(1, true);
+    list.SetSelected(1, true);
+    QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(&Widget());
+    ASSERT_NE(interface, nullptr);
+    EXPECT_EQ(interface->role(), QAccessible::List);
+    ASSERT_EQ(interface->childCount(), 3);
+    QAccessibleInterface* row = interface->child(1);
+    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b-row"));
+    EXPECT_EQ(row->text(QAccessible::Description), QStringLiteral("Type: Folder"));
+    EXPECT_TRUE(row->state().checkable && row->state().checked && row->state().selected);
+    EXPECT_EQ(interface->indexOfChild(row), 1);
+    row->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    EXPECT_FALSE(list.GetCheck(1));
+    list.DeleteItem(2);
+    EXPECT_EQ(interface->childCount(), 2);
+    EXPECT_EQ(interface->child(2), nullptr);
+}
+
+}  // namespace
+}  // namespace permora
