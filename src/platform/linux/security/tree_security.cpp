@@ -150,7 +150,7 @@ DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeListObserve
     if (error != ERROR_SUCCESS) return error;
     if (top.object.IsLink()) return ERROR_CANT_RESOLVE_FILENAME;
     if (!top.object.IsFolder()) return ERROR_DIRECTORY;
-    host::DescriptorStore store(top.object);
+    host::DescriptorStore store;
     if (!store.CanHold(top.object)) return ERROR_NOT_SUPPORTED;
     const nt::Acl mapped = nt::MapGenericRights(*entries);
     return host::ListSetting(mapped, mode, store, observer, counts).Run(folder, top.object);
