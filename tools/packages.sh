@@ -2,7 +2,7 @@
 # shellcheck shell=bash disable=SC2034
 
 # To configure, build and test; the presets configure all of it at once.
-buildPackages=(cmake ninja-build g++ gcc-mingw-w64-x86-64-posix libsystemd-dev libcli11-dev
+buildPackages=(cmake ninja-build g++ gcc-mingw-w64-x86-64-posix qt6-base-dev libsystemd-dev libcli11-dev
     nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev)
 # Real volumes: mkntfs, the driver, and the judge ntfssecaudit.
 volumePackages=(ntfs-3g fuse3 attr)

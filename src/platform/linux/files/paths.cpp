@@ -60,13 +60,16 @@ DWORD OpenAboveCurrent(std::size_t ascents, const DriveRoot& drive, StartingPlac
     return ErrorOnTheWay(error);
 }
 
+// A bare name, as tree walks use it, needs no name of the current directory.
+bool StartsInOpenFolder(const PathText& text) {
+    return text.start == PathText::Start::kCurrentFolder && text.drive == 0 && text.ascents == 0 &&
+           !text.components.empty();
+}
+
 DWORD OpenStart(const PathText& text, StartingPlace& start) {
     const bool isRooted = text.start == PathText::Start::kRoot;
     if (isRooted && text.drive != 0) return OpenDriveRoot(text.drive, start);
-    // A bare name, as tree walks use it, needs no name of the current directory.
-    if (!isRooted && text.drive == 0 && text.ascents == 0 && !text.components.empty()) {
-        return OpenFolder(AT_FDCWD, ".", start.folder);
-    }
+    if (StartsInOpenFolder(text)) return OpenFolder(AT_FDCWD, ".", start.folder);
     std::string currentPath;
     const DWORD error = CurrentHostPath(currentPath);
     if (error != ERROR_SUCCESS) return error;
@@ -143,6 +146,21 @@ DWORD ResolvePath(const char* path, ResolvedObject& resolved) {
     if (found.parent && IsVolumeRoot(found)) found.parent = ObjectHandle();
     resolved = std::move(found);
     return ERROR_SUCCESS;
+}
+
+DWORD OpenObject(const char* path, ObjectHandle& object) {
+    PathText text;
+    DWORD error = ParsePath(path == nullptr ? "" : path, text);
+    if (error != ERROR_SUCCESS) return error;
+    if (StartsInOpenFolder(text) && text.components.size() == 1 && !text.endsWithSeparator) {
+        std::string hostName;
+        if (!DecodeName(text.components.front(), hostName)) return ERROR_INVALID_NAME;
+        return ObjectHandle::OpenAt(AT_FDCWD, hostName.c_str(), object);
+    }
+    ResolvedObject resolved;
+    error = ResolvePath(path, resolved);
+    if (error == ERROR_SUCCESS) object = std::move(resolved.object);
+    return error;
 }
 
 std::string PathFromHost(std::string_view hostPath) {

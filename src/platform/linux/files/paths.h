@@ -21,6 +21,10 @@ struct ResolvedObject {
 // component that no host name shows as. `resolved` is replaced only on success.
 DWORD ResolvePath(const char* path, ResolvedObject& resolved);
 
+// Finds the object alone, for those who do not ask for the folder that holds it: a name in the current
+// directory then costs one system call. Otherwise as ResolvePath.
+DWORD OpenObject(const char* path, ObjectHandle& object);
+
 // The path with drive letter of an absolute host path ("/mnt/usb/a" is "D:\a" when the volume at /mnt/usb is
 // D:). Text only: "." and ".." are worked off, and repeated and trailing slashes dropped.
 std::string PathFromHost(std::string_view hostPath);

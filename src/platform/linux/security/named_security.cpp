@@ -63,10 +63,9 @@ void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION part
 }
 
 DWORD ReadNamed(LPCSTR name, nt::SecurityDescriptor& descriptor) {
-    ResolvedObject resolved;
-    const DWORD error = host::ResolvePath(name, resolved);
-    if (error != ERROR_SUCCESS) return error;
-    return DescriptorStore().Read(resolved.object, descriptor);
+    host::ObjectHandle object;
+    const DWORD error = host::OpenObject(name, object);
+    return error == ERROR_SUCCESS ? DescriptorStore().Read(object, descriptor) : error;
 }
 
 // --- Writing.
