@@ -18,8 +18,8 @@ class CDialog : public CWnd {
     // Makes the window, runs OnInitDialog, then serves it until EndDialog; destroys the window and returns
     // the result. -1 when the template is missing. The owner is disabled meanwhile.
     int DoModal();
-    // Ends DoModal with `result`; the first of several counts. Any thread. Before OnInitDialog returns it keeps the dialog from being
-    // shown.
+    // Ends DoModal with `result`; the first of several counts. Any thread. Before OnInitDialog returns it
+    // keeps the dialog from being shown.
     void EndDialog(int result);
 
   protected:

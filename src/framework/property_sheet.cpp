@@ -479,6 +479,8 @@ bool CPropertySheet::OnInitDialog() {
 }
 
 bool CPropertySheet::OnCmdMsg(Notification& notification) {
+    // A key pressed twice may come when the sheet has ended already.
+    if (state->hasEnded) return true;
     if (CWnd::OnCmdMsg(notification)) return true;
     if (notification.code == Notify::kSelectionChanged && notification.id == kTabsId) {
         state->OnTabChosen();

@@ -2,6 +2,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
@@ -52,6 +53,43 @@ class PictureButton : public QPushButton {
         if (isDown() && !pressed.isNull()) return pressed;
         if (hasFocus() && !focused.isNull()) return focused;
         return normal;
+    }
+};
+
+// The arrow keys go through a group in the template's order; the toolkit would go by where the buttons stand.
+class RadioButton : public QRadioButton {
+  public:
+    using QRadioButton::QRadioButton;
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        switch (event->key()) {
+            case Qt::Key_Up:
+            case Qt::Key_Left:
+                Go(-1);
+                return;
+            case Qt::Key_Down:
+            case Qt::Key_Right:
+                Go(1);
+                return;
+            default:
+                QRadioButton::keyPressEvent(event);
+        }
+    }
+
+  private:
+    void Go(qsizetype direction) {
+        if (group() == nullptr) return;
+        const QList<QAbstractButton*> buttons = group()->buttons();
+        const qsizetype count = buttons.size();
+        for (qsizetype i = buttons.indexOf(this) + direction, tried = 1; tried < count;
+             i += direction, ++tried) {
+            QAbstractButton* button = buttons[(i + count) % count];
+            if (!button->isEnabled() || !button->isVisible()) continue;
+            button->setFocus(Qt::TabFocusReason);
+            button->click();
+            return;
+        }
     }
 };
 
@@ -214,7 +252,7 @@ std::unique_ptr<NativeWindow> MakeButton(CWnd& window, CWnd& parent, const Contr
 }
 
 std::unique_ptr<NativeWindow> MakeRadioButton(CWnd& window, CWnd& parent, const ControlSpec& spec) {
-    auto radio = NewWidget<QRadioButton>(parent, spec);
+    auto radio = NewWidget<RadioButton>(parent, spec);
     radio->setAutoExclusive(false);  // the template's groups decide, see GroupRadioButtons
     return std::make_unique<ButtonWindow>(window, std::move(radio), spec);
 }

@@ -1,0 +1,169 @@
+// The readers of resources: formats that the program's own resources do not use, and damaged bytes.
+#include "framework/resource_templates.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+#include "framework/picture_decoder.h"
+#include "framework/resource_file.h"
+#include "resources/embedded_resources.h"
+
+namespace permora {
+namespace {
+
+// Writes resource bytes as a compiler would.
+class Bytes {
+  public:
+    Bytes& U16(unsigned int value) {
+        Append(value & 0xFFU);
+        Append(value >> 8U & 0xFFU);
+        return *this;
+    }
+    Bytes& U32(unsigned int value) { return U16(value & 0xFFFFU).U16(value >> 16U); }
+    Bytes& Text(std::u16string_view text) {
+        for (const char16_t unit : text)
+            U16(unit);
+        return U16(0);
+    }
+    Bytes& Align() {
+        while (bytes.size() % 4 != 0)
+            Append(0);
+        return *this;
+    }
+    std::span<const std::byte> Span() const { return bytes; }
+
+  private:
+    void Append(unsigned int value) { bytes.push_back(static_cast<std::byte>(value)); }
+    std::vector<std::byte> bytes;
+};
+
+Bytes PlainDialog() {
+    Bytes bytes;
+    bytes.U32(0x80C80040).U32(0).U16(1).U16(0).U16(0).U16(100).U16(50);  // style with a font, one control
+    bytes.U16(0).U16(0).Text(u"Gr\u00FC\u00DFe \U0001F512").U16(8).Text(u"MS Shell Dlg").Align();
+    bytes.U32(0x50010000).U32(0).U16(7).U16(0xFFFE).U16(50).U16(14).U16(1);
+    return bytes.U16(0xFFFF).U16(0x80).Text(u"OK").U16(0);
+}
+
+TEST(DialogTemplates, ThePlainFormatIsRead) {
+    const auto dialog = ParseDialogTemplate(PlainDialog().Span());
+    ASSERT_TRUE(dialog);
+    EXPECT_EQ(dialog->caption,
+              "Gr\xC3\xBC\xC3\x9F"
+              "e \xF0\x9F\x94\x92");
+    EXPECT_EQ(dialog->size, (Size{100, 50}));
+    ASSERT_EQ(dialog->controls.size(), 1U);
+    EXPECT_EQ(dialog->controls[0].id, 1U);
+    EXPECT_EQ(dialog->controls[0].className, "BUTTON");
+    EXPECT_EQ(dialog->controls[0].text, "OK");
+    EXPECT_EQ(dialog->controls[0].rect, (Rect{7, -2, 57, 12}));
+}
+
+TEST(MenuTemplates, TheExtendedFormatIsRead) {
+    constexpr unsigned int kSeparator = 0x800;
+    Bytes bytes;
+    bytes.U16(1).U16(4).U32(0);
+    bytes.U32(0).U32(0).U32(9).U16(0x81).Text(u"&File").Align().U32(
+        0);                                                     // the last of its level, with a pop-up
+    bytes.U32(0).U32(3).U32(101).U16(0).Text(u"Open").Align();  // greyed
+    bytes.U32(kSeparator).U32(0).U32(0).U16(0).Text(u"").Align();
+    bytes.U32(0).U32(8).U32(102).U16(0x80).Text(u"Close").Align();  // checked
+    const auto menu = ParseMenuTemplate(bytes.Span());
+    ASSERT_TRUE(menu);
+    ASSERT_EQ(menu->size(), 1U);
+    const auto& items = menu->front().items;
+    ASSERT_EQ(items.size(), 3U);
+    EXPECT_FALSE(items[0].enabled);
+    EXPECT_TRUE(items[1].text.empty() && items[1].id == 0);
+    EXPECT_EQ(items[2].id, 102U);
+    EXPECT_TRUE(items[2].checked);
+}
+
+TEST(MenuTemplates, EndlessNestingIsRefused) {
+    Bytes bytes;
+    bytes.U16(0).U16(0);
+    for (int i = 0; i < 100'000; ++i)
+        bytes.U16(0x90).Text(u"x");
+    EXPECT_FALSE(ParseMenuTemplate(bytes.Span()));
+}
+
+TEST(StringTables, HalvesOfCharactersBecomeReplacements) {
+    Bytes bytes;
+    bytes.U16(0).U16(3).U16('a').U16(0xD800).U16('b').U16(1).U16(0xDC00);
+    EXPECT_EQ(ParseStringBlock(bytes.Span(), 0), "");
+    EXPECT_EQ(ParseStringBlock(bytes.Span(), 1),
+              "a\xEF\xBF\xBD"
+              "b");
+    EXPECT_EQ(ParseStringBlock(bytes.Span(), 2), "\xEF\xBF\xBD");
+    EXPECT_EQ(ParseStringBlock(bytes.Span(), 3), "");
+}
+
+// Whatever a file is cut to, its readers say so, and read no byte behind the end (the sanitizers watch).
+TEST(ResourceReaders, CutBytesAreRefused) {
+    const Bytes whole = PlainDialog();
+    for (std::size_t size = 0; size < whole.Span().size(); ++size) {
+        const std::vector<std::byte> cut(whole.Span().begin(),
+                                         whole.Span().begin() + static_cast<long>(size));
+        EXPECT_FALSE(ParseDialogTemplate(cut)) << size;
+    }
+    const auto file = EmbeddedResources().first(4096);
+    for (std::size_t size = 1; size < file.size(); ++size) {
+        const std::vector<std::byte> cut(file.begin(), file.begin() + static_cast<long>(size));
+        const auto entries = ReadResourceFile(cut);
+        if (!entries) continue;
+        std::size_t end = 32;  // of the last entry, which may be the empty one: only padding may follow
+        for (const ResourceEntry& entry : *entries)
+            end = static_cast<std::size_t>(entry.data.data() + entry.data.size() - cut.data());
+        EXPECT_LT(cut.size() - end, 4U) << size;
+    }
+}
+
+struct PictureCase {
+    const char* name;
+    unsigned int width;
+    unsigned int height;
+    unsigned int bits;
+    unsigned int compression;
+};
+
+TEST(Pictures, HeadersThatPromiseTooMuchAreRefused) {
+    for (const PictureCase& each : {PictureCase{"more pixels than bytes", 64, 64, 32, 0},
+                                    {"no width", 0, 1, 32, 0},
+                                    {"negative width", 0xFFFFFFFF, 1, 32, 0},
+                                    {"the lowest height", 1, 0x80000000, 32, 0},
+                                    {"huge", 0x7FFFFFFF, 0x7FFFFFFF, 32, 0},
+                                    {"a palette", 1, 1, 8, 0},
+                                    {"compressed", 1, 1, 32, 1}}) {
+        Bytes bytes;
+        bytes.U32(40).U32(each.width).U32(each.height).U16(1).U16(each.bits).U32(each.compression);
+        bytes.U32(0).U32(0).U32(0).U32(0).U32(0).U32(0x11223344);
+        EXPECT_FALSE(DecodePicture(bytes.Span(), PictureKind::kBitmap)) << each.name;
+    }
+}
+
+TEST(Pictures, AMaskMakesPixelsClear) {
+    Bytes bytes;
+    bytes.U32(40).U32(2).U32(2).U16(1).U16(24).U32(0).U32(0).U32(0).U32(0).U32(0).U32(0);
+    bytes.U32(0x04030201).U32(0x00000605);  // one row of two pixels, padded
+    bytes.U32(0x40);                        // the second one is clear
+    const auto picture = DecodePicture(bytes.Span(), PictureKind::kIcon);
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->size, (Size{2, 1}));
+    EXPECT_THAT(picture->pixels, ::testing::ElementsAre(1, 2, 3, 0xFF, 4, 5, 6, 0));
+}
+
+TEST(ProgramResources, StringsAndDialogsAreFoundByTheirNumbers) {
+    EXPECT_EQ(LoadResourceString(134), "Permissions");
+    EXPECT_EQ(LoadResourceString(1), "");
+    ASSERT_TRUE(LoadDialogTemplate(162));
+    EXPECT_EQ(LoadDialogTemplate(162)->caption, "Secure deletion");
+    EXPECT_FALSE(LoadDialogTemplate(1));
+    EXPECT_TRUE(LoadMenuTemplate(120));
+    EXPECT_TRUE(LoadAcceleratorTable(120));
+    EXPECT_TRUE(LoadToolbarTemplate(120));
+}
+
+}  // namespace
+}  // namespace permora
