@@ -58,7 +58,7 @@ class OwnerDisabler {
         if (top != nullptr) WindowAccess::Native(*top)->style |= WS_DISABLED;
     }
     ~OwnerDisabler() {
-        if (top != nullptr && top->HasWindow()) WindowAccess::Native(*top)->style &= ~WS_DISABLED;
+        if (top != nullptr && top->HasWindow()) WindowAccess::Native(*top)->style &= ~DWORD{WS_DISABLED};
     }
     OwnerDisabler(const OwnerDisabler&) = delete;
     OwnerDisabler& operator=(const OwnerDisabler&) = delete;
@@ -73,7 +73,7 @@ ModalWindow::ModalWindow(CWnd& served, CWnd* servedOwner, DWORD style, unsigned 
     : window(served), owner(servedOwner) {
     if (owner != nullptr && !owner->HasWindow()) owner = nullptr;
     WindowAccess::Attach(window, MakeNativeDialog(window, owner, style, templateId, *this), owner, templateId,
-                         style & ~(WS_CHILD | WS_VISIBLE | WS_DISABLED));
+                         style & ~DWORD{WS_CHILD | WS_VISIBLE | WS_DISABLED});
 }
 
 void ModalWindow::SetClientSize(Size size) {

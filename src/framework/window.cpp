@@ -103,7 +103,7 @@ void CWnd::ModifyStyle(DWORD remove, DWORD add) {
     const DWORD changed = before ^ native->style;
     if ((changed & WS_DISABLED) != 0) native->SetEnabled((native->style & WS_DISABLED) == 0);
     if ((changed & WS_VISIBLE) != 0) native->SetVisible((native->style & WS_VISIBLE) != 0);
-    if ((changed & ~(WS_DISABLED | WS_VISIBLE)) != 0) native->StyleChanged(before);
+    if ((changed & ~DWORD{WS_DISABLED | WS_VISIBLE}) != 0) native->StyleChanged(before);
 }
 
 void CWnd::RedrawWindow() {
