@@ -109,7 +109,7 @@ QString WrapText(const QString& text, const QFontMetrics& metrics, int width) {
     return wrapped + line;
 }
 
-class ButtonWindow : public WidgetWindow<NativeButton> {
+class ButtonWindow final : public WidgetWindow<NativeButton> {
   public:
     ButtonWindow(CWnd& window, std::unique_ptr<QAbstractButton> made, const ControlSpec& spec)
         : WidgetWindow(window, std::move(made)), wraps((spec.style & BS_MULTILINE) != 0) {
@@ -170,7 +170,7 @@ class ButtonWindow : public WidgetWindow<NativeButton> {
     bool wraps;
 };
 
-class GroupBoxWindow : public WidgetWindow<NativeWindow> {
+class GroupBoxWindow final : public WidgetWindow<NativeWindow> {
   public:
     GroupBoxWindow(CWnd& window, std::unique_ptr<QGroupBox> made) : WidgetWindow(window, std::move(made)) {
         Widget().setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -182,7 +182,7 @@ class GroupBoxWindow : public WidgetWindow<NativeWindow> {
     QGroupBox& Box() const { return static_cast<QGroupBox&>(Widget()); }
 };
 
-class EditWindow : public WidgetWindow<NativeEdit> {
+class EditWindow final : public WidgetWindow<NativeEdit> {
   public:
     EditWindow(CWnd& window, std::unique_ptr<QLineEdit> made, const ControlSpec& spec)
         : WidgetWindow(window, std::move(made)) {
@@ -203,7 +203,7 @@ class EditWindow : public WidgetWindow<NativeEdit> {
     QLineEdit& Edit() const { return static_cast<QLineEdit&>(Widget()); }
 };
 
-class ComboBoxWindow : public WidgetWindow<NativeComboBox> {
+class ComboBoxWindow final : public WidgetWindow<NativeComboBox> {
   public:
     ComboBoxWindow(CWnd& window, std::unique_ptr<QComboBox> made) : WidgetWindow(window, std::move(made)) {
         QObject::connect(&Combo(), &QComboBox::currentIndexChanged, &Combo(),

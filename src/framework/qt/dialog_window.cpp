@@ -12,7 +12,6 @@
 namespace permora {
 namespace {
 
-using qt::FromQt;
 using qt::ToQt;
 
 using PaintFunction = std::function<void(CDC&)>;
@@ -50,7 +49,8 @@ class DialogWidget : public QDialog {
             default:
                 break;
         }
-        QWidget::keyPressEvent(event);
+        // Past the toolkit's dialog, which has rules of its own for Enter and Escape.
+        QWidget::keyPressEvent(event);  // NOLINT(bugprone-parent-virtual-call)
     }
     void closeEvent(QCloseEvent* event) override {
         event->ignore();
@@ -77,7 +77,7 @@ class PaneWidget : public QWidget {
     }
 };
 
-class DialogWindow : public qt::WidgetWindow<NativeDialog> {
+class DialogWindow final : public qt::WidgetWindow<NativeDialog> {
   public:
     DialogWindow(CWnd& window, std::unique_ptr<DialogWidget> made) : WidgetWindow(window, std::move(made)) {
         Dialog().paint = [this](CDC& dc) { ReportPaint(dc); };
@@ -119,7 +119,7 @@ class DialogWindow : public qt::WidgetWindow<NativeDialog> {
     bool hasEnded = false;
 };
 
-class PaneWindow : public qt::WidgetWindow<NativeWindow> {
+class PaneWindow final : public qt::WidgetWindow<NativeWindow> {
   public:
     PaneWindow(CWnd& window, std::unique_ptr<PaneWidget> made) : WidgetWindow(window, std::move(made)) {
         static_cast<PaneWidget&>(Widget()).paint = [this](CDC& dc) { ReportPaint(dc); };

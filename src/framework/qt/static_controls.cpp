@@ -71,7 +71,7 @@ class PictureLabel : public QLabel {
 };
 
 // A control that takes no input: the mouse reaches what lies behind it.
-class StaticWindow : public WidgetWindow<NativeWindow> {
+class StaticWindow final : public WidgetWindow<NativeWindow> {
   public:
     StaticWindow(CWnd& window, std::unique_ptr<QFrame> made, const ControlSpec& spec)
         : WidgetWindow(window, std::move(made)) {

@@ -11,7 +11,7 @@ namespace permora::qt {
 namespace {
 
 // The pages stand in front of the empty ones of the toolkit's tab widget, which draws tabs and frame.
-class TabsWindow : public WidgetWindow<NativeTabs> {
+class TabsWindow final : public WidgetWindow<NativeTabs> {
   public:
     TabsWindow(CWnd& window, std::unique_ptr<QTabWidget> made) : WidgetWindow(window, std::move(made)) {
         QObject::connect(&Tabs(), &QTabWidget::currentChanged, &Tabs(),
