@@ -56,6 +56,7 @@ std::optional<ControlKind> KindOf(const ControlTemplate& control) {
     if (control.className == "STATIC") return StaticKind(control.style);
     if (control.className == "EDIT") return ControlKind::kEdit;
     if (control.className == "COMBOBOX") return ControlKind::kComboBox;
+    if (control.className == "SYSLISTVIEW32") return ControlKind::kListView;
     return std::nullopt;
 }
 

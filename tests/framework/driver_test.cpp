@@ -1,0 +1,126 @@
+// The driver of the user interface tests must notice what a test did not declare, and never hang.
+#include "tests/support/ui_driver.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest-spi.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "framework/dialog.h"
+#include "framework/list_ctrl.h"
+#include "resources/resource_ids.h"
+
+namespace permora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using testing::UiDriver;
+using testing::WindowDriver;
+
+constexpr UINT kQuestion = MB_YESNO | MB_ICONQUESTION;
+
+int Ask() {
+    return MessageBoxA(nullptr, "Really?", "Permora Information", kQuestion);
+}
+
+TEST(UiDriver, FailsForWindowsThatWereNotDeclaredAndAnswersThemSafely) {
+    UiDriver ui;
+    EXPECT_NONFATAL_FAILURE(EXPECT_EQ(Ask(), IDNO), "undeclared message box");
+    EXPECT_NONFATAL_FAILURE(EXPECT_EQ(CDialog(IDD_RENAME).DoModal(), IDCANCEL), "undeclared dialog");
+    ui.ExpectDialog(IDD_RENAME, [](WindowDriver& dialog) {
+        EXPECT_NONFATAL_FAILURE(EXPECT_EQ(Ask(), IDNO), "Really?");
+        dialog.Press("Esc");
+    });
+    EXPECT_EQ(CDialog(IDD_RENAME).DoModal(), IDCANCEL);
+}
+
+TEST(UiDriver, FailsForAnotherWindowThanTheDeclaredOne) {
+    UiDriver ui;
+    ui.ExpectMessageBox("Sure?", "Permora Information", kQuestion, IDYES);
+    EXPECT_NONFATAL_FAILURE(EXPECT_EQ(Ask(), IDNO), "declared next: message box");
+    EXPECT_EQ(MessageBoxA(nullptr, "Sure?", "Permora Information", kQuestion), IDYES);
+}
+
+TEST(UiDriver, FailsForWindowsThatDoNotComeOrDoNotGo) {
+    const auto declareOnly = [] { UiDriver().ExpectDialog(IDD_RENAME); };
+    EXPECT_NONFATAL_FAILURE(declareOnly(), "did not come: dialog");
+    UiDriver ui;
+    ui.SetPatience(std::chrono::milliseconds(50));
+    ui.ExpectDialog(IDD_RENAME);
+    EXPECT_NONFATAL_FAILURE(EXPECT_EQ(CDialog(IDD_RENAME).DoModal(), IDCANCEL), "still open");
+}
+
+TEST(UiDriver, TakesWhatAScriptDeclaresBeforeWhatWasDeclaredEarlier) {
+    UiDriver ui;
+    ui.ExpectDialog(IDD_RENAME, [&](WindowDriver& outer) {
+        ui.ExpectDialog(IDD_NEW_FOLDER, [](WindowDriver& inner) { inner.Press("Esc"); });
+        EXPECT_EQ(CDialog(IDD_NEW_FOLDER).DoModal(), IDCANCEL);
+        outer.Click(IDOK);
+    });
+    ui.ExpectMessageBox(HasSubstr("all"), "Permora Information", kQuestion, IDYES);
+    EXPECT_EQ(CDialog(IDD_RENAME).DoModal(), IDOK);
+    EXPECT_EQ(Ask(), IDYES);
+}
+
+TEST(UiDriver, ServesWorkers) {
+    UiDriver ui;
+    ui.ExpectMessageBox("Really?", "Permora Information", kQuestion, IDYES);
+    int answer = 0;
+    std::thread worker([&] { answer = Ask(); });
+    ui.WaitForWindows();
+    worker.join();
+    EXPECT_EQ(answer, IDYES);
+}
+
+TEST(UiDriver, FailsForClicksThatNoUserCouldMake) {
+    UiDriver ui;
+    ui.ExpectDialog(IDD_RENAME, [](WindowDriver& dialog) {
+        EXPECT_NONFATAL_FAILURE(dialog.Click(9999), "no such control: 9999");
+        dialog.Click(IDOK);
+    });
+    EXPECT_EQ(CDialog(IDD_RENAME).DoModal(), IDOK);
+}
+
+class AccountPicker : public CDialog {
+  public:
+    AccountPicker() : CDialog(IDD_ACCOUNT_PICKER) {}
+
+  protected:
+    bool OnInitDialog() override {
+        auto* list = GetDlgItem<CListCtrl>(IDC_FOUND_ACCOUNTS);
+        list->SetExtendedStyle(ListStyle::kFullRowSelect);
+        list->InsertColumn(0, "Name", 120);
+        list->InsertColumn(1, "Type", 100);
+        for (const char* name : {"root", "daemon", "games"}) {
+            list->InsertItem(list->GetItemCount(), name);
+            list->SetItemText(list->GetItemCount() - 1, 1, "User");
+        }
+        return CDialog::OnInitDialog();
+    }
+};
+
+TEST(UiDriver, ReadsAndUsesControls) {
+    UiDriver ui;
+    ui.ExpectDialog(IDD_ACCOUNT_PICKER, [](WindowDriver& dialog) {
+        EXPECT_EQ(dialog.Title(), "Select Account Name");
+        EXPECT_EQ(dialog.FocusedControl(), unsigned{IDC_ACCOUNT_NAME});
+        dialog.Type(IDC_ACCOUNT_NAME, "Dr");
+        dialog.Type(IDC_ACCOUNT_NAME, "aht & Ko \xC3\xA4");
+        EXPECT_EQ(dialog.Text(IDC_ACCOUNT_NAME), "Draht & Ko \xC3\xA4");
+        dialog.SetText(IDC_ACCOUNT_NAME, "root");
+        EXPECT_EQ(dialog.Text(IDC_ACCOUNT_NAME), "root");
+        EXPECT_THAT(dialog.Rows(IDC_FOUND_ACCOUNTS),
+                    ElementsAre("root | User", "daemon | User", "games | User"));
+        dialog.SelectRow(IDC_FOUND_ACCOUNTS, dialog.FindRow(IDC_FOUND_ACCOUNTS, "games"));
+        EXPECT_THAT(dialog.SelectedRows(IDC_FOUND_ACCOUNTS), ElementsAre(2));
+        dialog.SelectRow(IDC_FOUND_ACCOUNTS, WindowDriver::kBesideRows);
+        EXPECT_THAT(dialog.SelectedRows(IDC_FOUND_ACCOUNTS), ElementsAre());
+        dialog.Press("Enter");
+    });
+    EXPECT_EQ(AccountPicker().DoModal(), IDOK);
+}
+
+}  // namespace
+}  // namespace permora

@@ -1,0 +1,41 @@
+// What the driver of user interface tests needs of a toolkit, beside WindowDriver.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/api/base.h"
+
+namespace permora::testing {
+
+enum class ModalKind { kDialog, kSheet, kMessageBox, kMenu };
+
+// A window that waits for the user and holds the program up.
+struct ModalWindow {
+    HWND window = nullptr;
+    ModalKind kind = ModalKind::kDialog;
+    unsigned int templateId = 0;  // kDialog
+    std::string title;            // a message box's caption
+    std::string text;             // kMessageBox
+    UINT type = 0;                // kMessageBox: MB_ buttons and icon
+};
+
+// Calls `shown` on the user-interface thread for every modal window that is about to be shown; null ends it.
+void WatchModalWindows(std::function<void(const ModalWindow&)> shown);
+
+bool IsOpen(HWND window);
+// Serves events until `window` takes input; false when it closes instead.
+bool WaitForInput(HWND window);
+bool ServeEventsUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
+// The windows that can be seen: all, and those that hold nothing up.
+std::vector<HWND> OpenWindows();
+std::vector<HWND> OpenFrames();
+
+void ChooseButton(HWND messageBox, int buttonId);
+void ChooseCommand(HWND menu, unsigned int command);
+// Asks a modal window to go in the way that changes least: as Escape does.
+void CloseSafely(HWND window);
+
+}  // namespace permora::testing
