@@ -28,6 +28,7 @@ using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
 using ULONG = std::uint32_t;
 using LONG = std::int32_t;
+using ULONGLONG = std::uint64_t;
 using UINT = unsigned int;
 using WCHAR = char16_t;  // UTF-16, as on Windows; wchar_t has four bytes here
 using SIZE_T = std::size_t;
@@ -53,6 +54,18 @@ using HMODULE = HINSTANCE__*;
 
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;
+
+// What services answer that hand out a handle and have none.
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
+
+union ULARGE_INTEGER {
+    struct {
+        DWORD LowPart;
+        DWORD HighPart;
+    } u;
+    ULONGLONG QuadPart;
+};
+using PULARGE_INTEGER = ULARGE_INTEGER*;
 
 extern "C" {
 

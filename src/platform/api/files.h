@@ -69,8 +69,14 @@ BOOL WINAPI GetVolumeInformationA(LPCSTR root, LPSTR volumeName, DWORD volumeNam
                                   LPDWORD maximumComponentLength, LPDWORD fileSystemFlags,
                                   LPSTR fileSystemName, DWORD fileSystemNameSize);
 
-// A bit per drive letter, A in bit 0.
-DWORD WINAPI GetLogicalDrives();
+// Bytes on the volume that holds the folder `path` (null: the current directory): what this process may still
+// fill, the whole volume, and all that is free. Every output may be null.
+BOOL WINAPI GetDiskFreeSpaceExA(LPCSTR path, PULARGE_INTEGER availableToCaller, PULARGE_INTEGER total,
+                                PULARGE_INTEGER free);
+
+// The roots of all drives ("C:\", each with its NUL) in letter order, and a NUL after the last. Returns the
+// length without that last NUL when `size` bytes are enough, else the size needed with it.
+DWORD WINAPI GetLogicalDriveStringsA(DWORD size, LPSTR buffer);
 // DRIVE_ type of a root path ("C:\"); null means the current directory's drive.
 UINT WINAPI GetDriveTypeA(LPCSTR root);
 

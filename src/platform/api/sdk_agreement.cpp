@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "platform/api/base.h"
+#include "platform/api/directory_search.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/api/libraries.h"
@@ -11,6 +12,7 @@
 #include "platform/api/messages.h"
 #include "platform/api/security.h"
 #include "platform/api/text.h"
+#include "platform/api/time.h"
 
 // clang-format off
 
@@ -27,6 +29,9 @@ static_assert(sizeof(SIZE_T) == sizeof(void*));
 // NOLINTNEXTLINE(bugprone-sizeof-expression): handles are pointers, and a pointer's size is what is compared
 static_assert(sizeof(HANDLE) == sizeof(void*) && sizeof(HMODULE) == sizeof(void*) && sizeof(HWND) == sizeof(void*));
 static_assert(TRUE == 1 && FALSE == 0);
+static_assert(sizeof(ULONGLONG) == 8 && ULONGLONG(-1) > 0);
+static_assert(sizeof(ULARGE_INTEGER) == 8 && offsetof(ULARGE_INTEGER, QuadPart) == 0);
+static_assert(offsetof(ULARGE_INTEGER, u.LowPart) == 0 && offsetof(ULARGE_INTEGER, u.HighPart) == 4);
 
 // errors.h
 static_assert(ERROR_SUCCESS                == 0);
@@ -39,6 +44,7 @@ static_assert(ERROR_INVALID_HANDLE         == 6);
 static_assert(ERROR_NOT_ENOUGH_MEMORY      == 8);
 static_assert(ERROR_INVALID_DRIVE          == 15);
 static_assert(ERROR_NOT_SAME_DEVICE        == 17);
+static_assert(ERROR_NO_MORE_FILES          == 18);
 static_assert(ERROR_WRITE_PROTECT          == 19);
 static_assert(ERROR_NOT_READY              == 21);
 static_assert(ERROR_CRC                    == 23);
@@ -129,6 +135,22 @@ static_assert(FILE_PERSISTENT_ACLS                == 0x8);
 static_assert(FILE_READ_ONLY_VOLUME               == 0x80000);
 static_assert(DRIVE_UNKNOWN == 0 && DRIVE_NO_ROOT_DIR == 1 && DRIVE_REMOVABLE == 2 && DRIVE_FIXED == 3);
 static_assert(DRIVE_REMOTE == 4 && DRIVE_CDROM == 5 && DRIVE_RAMDISK == 6);
+
+// time.h, directory_search.h. Beyond the 260 bytes that the SDK has for a name, the layout is our own.
+static_assert(sizeof(FILETIME) == 8);
+static_assert(offsetof(FILETIME, dwLowDateTime) == 0 && offsetof(FILETIME, dwHighDateTime) == 4);
+static_assert(sizeof(SYSTEMTIME) == 16);
+static_assert(offsetof(SYSTEMTIME, wYear) == 0 && offsetof(SYSTEMTIME, wMonth) == 2);
+static_assert(offsetof(SYSTEMTIME, wDayOfWeek) == 4 && offsetof(SYSTEMTIME, wDay) == 6);
+static_assert(offsetof(SYSTEMTIME, wHour) == 8 && offsetof(SYSTEMTIME, wMinute) == 10);
+static_assert(offsetof(SYSTEMTIME, wSecond) == 12 && offsetof(SYSTEMTIME, wMilliseconds) == 14);
+static_assert(offsetof(WIN32_FIND_DATAA, dwFileAttributes) == 0);
+static_assert(offsetof(WIN32_FIND_DATAA, ftCreationTime) == 4);
+static_assert(offsetof(WIN32_FIND_DATAA, ftLastAccessTime) == 12);
+static_assert(offsetof(WIN32_FIND_DATAA, ftLastWriteTime) == 20);
+static_assert(offsetof(WIN32_FIND_DATAA, nFileSizeHigh) == 28 && offsetof(WIN32_FIND_DATAA, nFileSizeLow) == 32);
+static_assert(offsetof(WIN32_FIND_DATAA, dwReserved0) == 36 && offsetof(WIN32_FIND_DATAA, dwReserved1) == 40);
+static_assert(offsetof(WIN32_FIND_DATAA, cFileName) == 44 && sizeof(WIN32_FIND_DATAA{}.cFileName) >= 260);
 
 // security.h: numbers
 static_assert(SID_REVISION == 1 && SID_MAX_SUB_AUTHORITIES == 15 && SECURITY_MAX_SID_SIZE == 68);

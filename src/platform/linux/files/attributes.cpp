@@ -1,4 +1,5 @@
-// File attributes: the volume's own on NTFS, Samba's elsewhere, and what the host knows where nobody set any.
+#include "platform/linux/files/attributes.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,6 +8,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -15,7 +17,6 @@
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/dos_attribute.h"
 #include "platform/linux/files/extended_attributes.h"
-#include "platform/linux/files/paths.h"
 
 namespace permora::host {
 namespace {
@@ -37,6 +38,15 @@ struct StoredAttributes {
     std::optional<DosAttribute> fromSamba;
 };
 
+// Reads an extended attribute of one object: 0 or an errno value.
+using AttributeReader = std::function<int(const char* name, std::vector<std::uint8_t>& value)>;
+
+AttributeReader ReaderOf(const ObjectHandle& object) {
+    return [&object](const char* name, std::vector<std::uint8_t>& value) {
+        return ReadExtendedAttribute(object, name, value);
+    };
+}
+
 bool IsFileOrFolder(const ObjectHandle& object) {
     return S_ISREG(object.Status().st_mode) || object.IsFolder();
 }
@@ -46,17 +56,25 @@ bool IsAbsent(int error) {
     return error == ENODATA || error == ENOTSUP;
 }
 
-DWORD ReadStored(const ObjectHandle& object, StoredAttributes& stored) {
-    std::vector<std::uint8_t> value;
-    int error = ReadExtendedAttribute(object, kNtfsAttribute, value);
-    if (error != 0 && !IsAbsent(error)) return ErrorFromErrno(error);
+// Leaves `stored` empty where the volume is not NTFS.
+DWORD ReadFromNtfs(const AttributeReader& read, StoredAttributes& stored) {
     DWORD flags = 0;
-    if (error == 0 && value.size() == sizeof flags) {
-        std::memcpy(&flags, value.data(), sizeof flags);
-        stored.onNtfs = flags;
-        return ERROR_SUCCESS;
+    std::vector<std::uint8_t> value;
+    const int error = read(kNtfsAttribute, value);
+    if (error != 0) return IsAbsent(error) ? ERROR_SUCCESS : ErrorFromErrno(error);
+    if (value.size() != sizeof flags) return ERROR_SUCCESS;
+    std::memcpy(&flags, value.data(), sizeof flags);
+    stored.onNtfs = flags;
+    return ERROR_SUCCESS;
+}
+
+DWORD ReadStored(const AttributeReader& read, AttributeStore store, StoredAttributes& stored) {
+    if (store != AttributeStore::kSamba) {
+        const DWORD error = ReadFromNtfs(read, stored);
+        if (error != ERROR_SUCCESS || stored.onNtfs) return error;
     }
-    error = ReadExtendedAttribute(object, kDosAttribute, value);
+    std::vector<std::uint8_t> value;
+    const int error = read(kDosAttribute, value);
     // Whoever may not read a file may not read this attribute either, but still sees the file in its folder.
     const bool isHidden = error == EACCES || error == EPERM;
     if (error != 0 && !IsAbsent(error) && !isHidden) return ErrorFromErrno(error);
@@ -74,10 +92,9 @@ bool LeadsToFolder(const ObjectHandle& link, const ObjectHandle& folder) {
 }
 
 // What the kind of the object says, which no stored value can override.
-DWORD AttributesOfKind(const ResolvedObject& resolved) {
-    if (resolved.object.IsFolder()) return FILE_ATTRIBUTE_DIRECTORY;
-    if (!resolved.object.IsLink()) return 0;
-    const bool leadsToFolder = resolved.parent && LeadsToFolder(resolved.object, resolved.parent);
+DWORD AttributesOfKind(const struct stat& status, bool leadsToFolder) {
+    if (S_ISDIR(status.st_mode)) return FILE_ATTRIBUTE_DIRECTORY;
+    if (!S_ISLNK(status.st_mode)) return 0;
     return FILE_ATTRIBUTE_REPARSE_POINT | (leadsToFolder ? FILE_ATTRIBUTE_DIRECTORY : 0);
 }
 
@@ -87,20 +104,17 @@ DWORD AttributesFromMode(const struct stat& status) {
     return S_ISREG(status.st_mode) && !isWritable ? FILE_ATTRIBUTE_READONLY : 0;
 }
 
-DWORD ReadAttributes(const ResolvedObject& resolved, DWORD& attributes) {
-    StoredAttributes stored;
-    const DWORD error = ReadStored(resolved.object, stored);
-    if (error != ERROR_SUCCESS) return error;
-    DWORD flags = AttributesOfKind(resolved);
+// `kind` is what the kind of the object says.
+DWORD Join(const StoredAttributes& stored, const struct stat& status, DWORD kind) {
+    DWORD flags = kind;
     if (stored.onNtfs) {
         flags |= *stored.onNtfs & (kSettable | kKeptByVolume);
     } else if (stored.fromSamba && stored.fromSamba->HasAttributes()) {
         flags |= stored.fromSamba->attributes & kSettable;
     } else {
-        flags |= AttributesFromMode(resolved.object.Status());
+        flags |= AttributesFromMode(status);
     }
-    attributes = flags != 0 ? flags : FILE_ATTRIBUTE_NORMAL;
-    return ERROR_SUCCESS;
+    return flags != 0 ? flags : FILE_ATTRIBUTE_NORMAL;
 }
 
 int WriteOnNtfs(const ObjectHandle& object, DWORD present, DWORD attributes) {
@@ -124,7 +138,7 @@ int WriteForSamba(const ObjectHandle& object, DosAttribute present, DWORD attrib
 DWORD WriteAttributes(const ObjectHandle& object, DWORD attributes) {
     if (object.IsFolder() && (attributes & FILE_ATTRIBUTE_TEMPORARY) != 0) return ERROR_INVALID_PARAMETER;
     StoredAttributes stored;
-    const DWORD error = ReadStored(object, stored);
+    const DWORD error = ReadStored(ReaderOf(object), AttributeStore::kAsk, stored);
     if (error != ERROR_SUCCESS) return error;
     const int failure = stored.onNtfs
                             ? WriteOnNtfs(object, *stored.onNtfs, attributes)
@@ -133,13 +147,47 @@ DWORD WriteAttributes(const ObjectHandle& object, DWORD attributes) {
 }
 
 }  // namespace
+
+AttributeStore AttributeStoreOf(const ObjectHandle& object) {
+    const int error = AskExtendedAttribute(object, kNtfsAttribute);
+    if (error == 0) return AttributeStore::kNtfs;
+    return IsAbsent(error) ? AttributeStore::kSamba : AttributeStore::kAsk;
+}
+
+DWORD ReadAttributesAt(int folder, const char* hostName, const struct stat& status, AttributeStore store,
+                       DWORD& attributes) {
+    StoredAttributes stored;
+    const AttributeReader read = [&](const char* name, std::vector<std::uint8_t>& value) {
+        return ReadExtendedAttributeAt(folder, hostName, name, value);
+    };
+    const DWORD error = ReadStored(read, store, stored);
+    if (error != ERROR_SUCCESS) return error;
+    struct stat target {};
+    const bool leadsToFolder =
+        S_ISLNK(status.st_mode) && fstatat(folder, hostName, &target, 0) == 0 && S_ISDIR(target.st_mode);
+    attributes = Join(stored, status, AttributesOfKind(status, leadsToFolder));
+    return ERROR_SUCCESS;
+}
+
+DWORD ReadAttributes(const ResolvedObject& resolved, DWORD& attributes) {
+    StoredAttributes stored;
+    const DWORD error = ReadStored(ReaderOf(resolved.object), AttributeStore::kAsk, stored);
+    if (error != ERROR_SUCCESS) return error;
+    const bool leadsToFolder =
+        resolved.object.IsLink() && resolved.parent && LeadsToFolder(resolved.object, resolved.parent);
+    const struct stat& status = resolved.object.Status();
+    attributes = Join(stored, status, AttributesOfKind(status, leadsToFolder));
+    return ERROR_SUCCESS;
+}
+
 }  // namespace permora::host
 
 DWORD WINAPI GetFileAttributesA(LPCSTR path) {
-    permora::host::ResolvedObject resolved;
+    using namespace permora::host;
+    ResolvedObject resolved;
     DWORD attributes = INVALID_FILE_ATTRIBUTES;
-    DWORD error = permora::host::ResolvePath(path, resolved);
-    if (error == ERROR_SUCCESS) error = permora::host::ReadAttributes(resolved, attributes);
+    DWORD error = ResolvePath(path, resolved);
+    if (error == ERROR_SUCCESS) error = ReadAttributes(resolved, attributes);
     if (error != ERROR_SUCCESS) SetLastError(error);
     return attributes;
 }

@@ -1,12 +1,17 @@
 #include "platform/linux/files/extended_attributes.h"
 
+#include <fcntl.h>
+#include <sys/syscall.h>
 #include <sys/types.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <functional>
+#include <string>
 
 namespace permora::host {
 namespace {
@@ -28,13 +33,36 @@ class DescriptorPath {
     std::array<char, 32> text{};
 };
 
-}  // namespace
+// getxattrat(2), which the C library's headers do not know yet. Linux 6.13 or newer.
+constexpr long kGetAttributeAt = 464;
 
-int ReadExtendedAttribute(const ObjectHandle& object, const char* name, std::vector<std::uint8_t>& value) {
-    const DescriptorPath path(object.Descriptor());
+struct GetAttributeArguments {
+    std::uint64_t value;
+    std::uint32_t size;
+    std::uint32_t flags;
+};
+
+ssize_t GetAttributeAt(int folder, const char* hostName, const char* name, void* value, std::size_t size) {
+    GetAttributeArguments arguments{reinterpret_cast<std::uintptr_t>(value), static_cast<std::uint32_t>(size),
+                                    0};
+    return syscall(kGetAttributeAt, folder, hostName, AT_SYMLINK_NOFOLLOW, name, &arguments,
+                   sizeof arguments);
+}
+
+// A kernel without the call, or a container that forbids what it does not know, may give any error.
+bool HasGetAttributeAt() {
+    static const bool answer = [] {
+        return GetAttributeAt(AT_FDCWD, "/", "user.permora.question", nullptr, 0) >= 0 || errno == ENODATA ||
+               errno == ENOTSUP;
+    }();
+    return answer;
+}
+
+// Reads with `get`, which is getxattr(2) for one attribute, into a buffer that grows as needed.
+int ReadGrowing(const std::function<ssize_t(void*, std::size_t)>& get, std::vector<std::uint8_t>& value) {
     value.resize(std::max(value.size(), kUsualSize));
     for (;;) {
-        const ssize_t size = getxattr(path.Text(), name, value.data(), value.size());
+        const ssize_t size = get(value.data(), value.size());
         if (size >= 0) {
             value.resize(static_cast<std::size_t>(size));
             return 0;
@@ -44,11 +72,33 @@ int ReadExtendedAttribute(const ObjectHandle& object, const char* name, std::vec
         // disk. It may grow again before the next attempt, but each attempt has a larger buffer than the
         // last.
         if (error != ERANGE && error != EIO) return error;
-        const ssize_t needed = getxattr(path.Text(), name, nullptr, 0);
+        const ssize_t needed = get(nullptr, 0);
         if (needed < 0) return errno;
         if (static_cast<std::size_t>(needed) <= value.size()) return error;
         value.resize(static_cast<std::size_t>(needed));
     }
+}
+
+}  // namespace
+
+int ReadExtendedAttribute(const ObjectHandle& object, const char* name, std::vector<std::uint8_t>& value) {
+    const DescriptorPath path(object.Descriptor());
+    return ReadGrowing(
+        [&](void* buffer, std::size_t size) { return getxattr(path.Text(), name, buffer, size); }, value);
+}
+
+int ReadExtendedAttributeAt(int folder, const char* hostName, const char* name,
+                            std::vector<std::uint8_t>& value) {
+    if (HasGetAttributeAt()) {
+        return ReadGrowing(
+            [&](void* buffer, std::size_t size) {
+                return GetAttributeAt(folder, hostName, name, buffer, size);
+            },
+            value);
+    }
+    const std::string path = std::string(DescriptorPath(folder).Text()) + "/" + hostName;
+    return ReadGrowing(
+        [&](void* buffer, std::size_t size) { return lgetxattr(path.c_str(), name, buffer, size); }, value);
 }
 
 int AskExtendedAttribute(const ObjectHandle& object, const char* name) {

@@ -18,6 +18,11 @@ int ReadExtendedAttribute(const ObjectHandle& object, const char* name, std::vec
 // 0 when the object has the attribute, else the errno value; for questions about what a volume can hold.
 int AskExtendedAttribute(const ObjectHandle& object, const char* name);
 
+// Reads the attribute of the entry `hostName` of an open folder, a link itself and never its target, for
+// those who go through many entries: two calls fewer than a handle costs. Otherwise as above.
+int ReadExtendedAttributeAt(int folder, const char* hostName, const char* name,
+                            std::vector<std::uint8_t>& value);
+
 // Replaces the attribute in one call; the object holds either the old value or the new one. Returns 0 or an
 // errno.
 int WriteExtendedAttribute(const ObjectHandle& object, const char* name, std::span<const std::uint8_t> value);

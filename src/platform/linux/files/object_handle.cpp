@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <utility>
 
 #include "platform/linux/base/host_errors.h"
@@ -25,7 +27,10 @@ DWORD ObjectHandle::Adopt(UniqueFd descriptor, ObjectHandle& handle) {
 
 DWORD ObjectHandle::OpenForListing(UniqueFd& listing) const {
     if (!IsFolder()) return ERROR_DIRECTORY;
-    UniqueFd opened(openat(Descriptor(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // The magic link and not ".", which a folder that may be listed but not entered does not have.
+    std::array<char, 32> path{};
+    std::snprintf(path.data(), path.size(), "/proc/self/fd/%d", Descriptor());
+    UniqueFd opened(open(path.data(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened) return ErrorFromErrno(errno);
     listing = std::move(opened);
     return ERROR_SUCCESS;

@@ -1,72 +1,31 @@
 #include "platform/linux/files/tree_walk.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <cstdint>
-#include <cstring>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
+#include "platform/linux/files/folder_listing.h"
 
 namespace permora::host {
 
 namespace {
 
-// Reads the names in an open folder, a block at a time.
-class FolderListing {
-  public:
-    FolderListing(UniqueFd opened, const char* hostName) : folder(std::move(opened)), name(hostName) {}
+// A folder on the way down, with its own bare name.
+struct WalkedFolder {
+    WalkedFolder(UniqueFd opened, const char* hostName) : listing(std::move(opened)), name(hostName) {}
 
-    int Descriptor() const { return folder.Get(); }
-    const char* Name() const { return name.c_str(); }
-
-    // The next name, or null at the end or on an error (`error` is then not 0). Lives until the next call.
-    const char* Next(DWORD& error) {
-        for (;;) {
-            if (position == filled && !Fill(error)) return nullptr;
-            const char* entry = TakeEntry();
-            if (std::string_view(entry) != "." && std::string_view(entry) != "..") return entry;
-        }
-    }
-
-  private:
-    static constexpr std::size_t kBlockBytes = 8192;
-
-    bool Fill(DWORD& error) {
-        const long count = syscall(SYS_getdents64, folder.Get(), block.data(), block.size());
-        // A folder that was removed while it was open has no more names.
-        if (count < 0 && errno != ENOENT) error = ErrorFromErrno(errno);
-        if (count <= 0) return false;
-        filled = static_cast<std::size_t>(count);
-        position = 0;
-        return true;
-    }
-
-    const char* TakeEntry() {
-        const std::uint8_t* entry = block.data() + position;
-        std::uint16_t length = 0;
-        std::memcpy(&length, entry + offsetof(dirent64, d_reclen), sizeof length);
-        position += length;
-        return reinterpret_cast<const char*>(entry + offsetof(dirent64, d_name));
-    }
-
-    UniqueFd folder;
+    FolderListing listing;
     std::string name;
-    std::size_t position = 0;
-    std::size_t filled = 0;
-    std::array<std::uint8_t, kBlockBytes> block;
 };
 
 // Opens an entry of a folder unless something is mounted on it. EXDEV: something is.
@@ -96,13 +55,13 @@ class TreeWalk {
         Enter(folder, "");
         while (!open.empty() && !isStopped) {
             DWORD error = ERROR_SUCCESS;
-            if (const char* name = open.back()->Next(error); name != nullptr) {
-                VisitEntry(name);
+            if (FolderListing::Entry entry{}; open.back()->listing.Next(entry, error)) {
+                VisitEntry(entry.name);
                 continue;
             }
-            const std::unique_ptr<FolderListing> ended = std::move(open.back());
+            const std::unique_ptr<WalkedFolder> ended = std::move(open.back());
             open.pop_back();
-            if (error != ERROR_SUCCESS) visitor.Fail(error, ended->Name(), DepthOf(open.size()));
+            if (error != ERROR_SUCCESS) visitor.Fail(error, ended->name.c_str(), DepthOf(open.size()));
         }
     }
 
@@ -118,13 +77,13 @@ class TreeWalk {
             visitor.Fail(error, name, DepthOf(open.size()));
             return;
         }
-        open.push_back(std::make_unique<FolderListing>(std::move(listing), name));
+        open.push_back(std::make_unique<WalkedFolder>(std::move(listing), name));
     }
 
     void VisitEntry(const char* name) {
         const std::size_t depth = open.size() - 1;
         UniqueFd opened;
-        const int problem = OpenUnmountedEntry(open.back()->Descriptor(), name, opened);
+        const int problem = OpenUnmountedEntry(open.back()->listing.Descriptor(), name, opened);
         if (problem == ENOENT) return;
         ObjectHandle object;
         const DWORD error =
@@ -139,7 +98,7 @@ class TreeWalk {
     }
 
     TreeVisitor& visitor;
-    std::vector<std::unique_ptr<FolderListing>> open;  // from the walked folder down to the current one
+    std::vector<std::unique_ptr<WalkedFolder>> open;  // from the walked folder down to the current one
     bool isStopped = false;
 };
 

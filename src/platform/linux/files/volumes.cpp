@@ -132,6 +132,17 @@ void HandOut(DWORD value, LPDWORD target) {
     if (target != nullptr) *target = value;
 }
 
+void HandOut(ULONGLONG value, PULARGE_INTEGER target) {
+    if (target != nullptr) target->QuadPart = value;
+}
+
+// Numbers that cannot be true (a program behind FUSE may say anything) are cut.
+ULONGLONG BytesOf(fsblkcnt_t blocks, const struct statvfs& status) {
+    ULONGLONG bytes = 0;
+    if (__builtin_mul_overflow(ULONGLONG{blocks}, ULONGLONG{status.f_frsize}, &bytes)) return ~ULONGLONG{0};
+    return bytes;
+}
+
 }  // namespace
 }  // namespace permora::host
 
@@ -156,12 +167,30 @@ BOOL WINAPI GetVolumeInformationA(LPCSTR root, LPSTR volumeName, DWORD volumeNam
     return TRUE;
 }
 
-DWORD WINAPI GetLogicalDrives() {
-    DWORD letters = 0;
+BOOL WINAPI GetDiskFreeSpaceExA(LPCSTR path, PULARGE_INTEGER availableToCaller, PULARGE_INTEGER total,
+                                PULARGE_INTEGER free) {
+    using namespace permora::host;
+    ObjectHandle folder;
+    struct statvfs status {};
+    DWORD error = path == nullptr ? ObjectHandle::OpenAt(AT_FDCWD, ".", folder) : OpenObject(path, folder);
+    if (error == ERROR_SUCCESS && !folder.IsFolder()) error = ERROR_DIRECTORY;
+    if (error == ERROR_SUCCESS && fstatvfs(folder.Descriptor(), &status) != 0) error = ErrorFromErrno(errno);
+    if (error != ERROR_SUCCESS) return Fail(error);
+    HandOut(BytesOf(status.f_bavail, status), availableToCaller);
+    HandOut(BytesOf(status.f_blocks, status), total);
+    HandOut(BytesOf(status.f_bfree, status), free);
+    return TRUE;
+}
+
+DWORD WINAPI GetLogicalDriveStringsA(DWORD size, LPSTR buffer) {
+    std::string roots;
     for (const permora::host::Drive& drive : permora::host::ListDrives()) {
-        letters |= 1U << (drive.letter - 'A');
+        roots += {drive.letter, ':', '\\', '\0'};
     }
-    return letters;
+    const auto length = static_cast<DWORD>(roots.size());
+    if (length >= size) return length + 1;
+    std::memcpy(buffer, roots.c_str(), roots.size() + 1);
+    return length;
 }
 
 UINT WINAPI GetDriveTypeA(LPCSTR root) {

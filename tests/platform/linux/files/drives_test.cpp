@@ -86,11 +86,25 @@ TEST(DrivesFromMountTable, VolumesBeyondTheLastLetterHaveNone) {
 
 using Drives = OnDriveT;
 
+std::string DriveStrings() {
+    std::string roots(GetLogicalDriveStringsA(0, nullptr), 'x');
+    const DWORD length = GetLogicalDriveStringsA(static_cast<DWORD>(roots.size()), roots.data());
+    EXPECT_EQ(length + 1, roots.size());
+    EXPECT_EQ(roots.back(), '\0');
+    roots.pop_back();
+    return roots;
+}
+
 TEST_F(Drives, APinComesBeforeAnyVolumeAndCStaysTheRoot) {
     EXPECT_FALSE(PinDrive('C', folder.Path()));
     EXPECT_FALSE(PinDrive('t', folder.Path()));
     EXPECT_FALSE(PinDrive('U', "relative"));
-    EXPECT_EQ(GetLogicalDrives() & 0x80004, 0x80004U);
+    const std::string roots = DriveStrings();
+    EXPECT_TRUE(roots.starts_with(std::string("C:\\\0", 4)));
+    EXPECT_EQ(roots.find(std::string("T:\\\0", 4)) % 4, 0U);
+    char tooSmall[4] = "abc";
+    EXPECT_EQ(GetLogicalDriveStringsA(static_cast<DWORD>(roots.size()), tooSmall), roots.size() + 1);
+    EXPECT_STREQ(tooSmall, "abc");
     EXPECT_NE(GetDriveTypeA("C:\\"), DRIVE_NO_ROOT_DIR);
     EXPECT_EQ(GetDriveTypeA(nullptr), GetDriveTypeA("t:/"));
     EXPECT_EQ(GetDriveTypeA("T:\\x"), DRIVE_NO_ROOT_DIR);

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <utility>
 
 #include "tests/platform/linux/files/files_fixture.h"
 #include "tests/support/command.h"
@@ -51,6 +52,29 @@ TEST_F(Volumes, TellTheirFactsOrWhyNot) {
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
     EXPECT_EQ(flags, 77U);
     EXPECT_STREQ(tooSmall, "x");
+}
+
+TEST_F(Volumes, TellTheirSpace) {
+    if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const std::string mountPoint = folder.MakeFolder("ram");
+    ASSERT_EQ(mount("none", mountPoint.c_str(), "tmpfs", 0, "size=64m"), 0);
+    folder.MakeFile("ram/file");
+    ULARGE_INTEGER available{};
+    ULARGE_INTEGER total{};
+    ULARGE_INTEGER free{};
+    ASSERT_TRUE(GetDiskFreeSpaceExA("ram", &available, &total, &free));
+    EXPECT_EQ(total.QuadPart, 64U << 20);
+    EXPECT_TRUE(available.QuadPart > 0 && available.QuadPart <= free.QuadPart &&
+                free.QuadPart <= (64U << 20));
+    ASSERT_TRUE(GetDiskFreeSpaceExA("C:\\", nullptr, &total, nullptr));
+    EXPECT_GT(total.QuadPart, 64U << 20);
+    for (const auto& [path, error] :
+         {std::pair("ram\\file", ERROR_DIRECTORY), std::pair("missing", ERROR_FILE_NOT_FOUND),
+          std::pair("Q:\\", ERROR_PATH_NOT_FOUND)}) {
+        EXPECT_FALSE(GetDiskFreeSpaceExA(path, nullptr, &total, nullptr)) << path;
+        EXPECT_EQ(GetLastError(), error) << path;
+    }
+    EXPECT_EQ(umount(mountPoint.c_str()), 0);
 }
 
 TEST_F(Volumes, WithoutAttributesCannotHoldAccessLists) {

@@ -1,0 +1,30 @@
+// File attributes: the volume's own on NTFS, Samba's elsewhere, and what the host knows where nobody set any.
+#pragma once
+
+#include <sys/stat.h>
+
+#include "platform/api/files.h"
+#include "platform/linux/files/object_handle.h"
+#include "platform/linux/files/paths.h"
+
+namespace permora::host {
+
+// Where the objects of a volume keep their attributes. Who lists a folder asks once and not for each object.
+enum class AttributeStore {
+    kAsk,    // not known: every object is asked for both
+    kNtfs,   // the volume itself
+    kSamba,  // where Samba keeps them
+};
+
+// For all objects of the volume that holds `object`.
+AttributeStore AttributeStoreOf(const ObjectHandle& object);
+
+// FILE_ATTRIBUTE_ flags of the entry `hostName` of an open folder, with what fstatat said about the entry
+// itself. 0, or an error code with `attributes` unchanged.
+DWORD ReadAttributesAt(int folder, const char* hostName, const struct stat& status, AttributeStore store,
+                       DWORD& attributes);
+
+// FILE_ATTRIBUTE_ flags of the object that a path was resolved to. Otherwise the same.
+DWORD ReadAttributes(const ResolvedObject& resolved, DWORD& attributes);
+
+}  // namespace permora::host

@@ -1,0 +1,222 @@
+#include "platform/api/directory_search.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/linux/base/failure.h"
+#include "platform/linux/base/handle_table.h"
+#include "platform/linux/base/time.h"
+#include "platform/linux/files/attributes.h"
+#include "platform/linux/files/drives.h"
+#include "platform/linux/files/folder_listing.h"
+#include "platform/linux/files/name_mapping.h"
+#include "platform/linux/files/path_text.h"
+#include "platform/linux/files/paths.h"
+
+namespace permora::host {
+namespace {
+
+// The pattern taken apart: "C:\a\" and "*".
+struct SearchPattern {
+    std::string folder;
+    std::string_view name;
+};
+
+SearchPattern SplitPattern(std::string_view pattern) {
+    const std::size_t folderEnd = pattern.find_last_of("\\/:") + 1;
+    return {std::string(pattern.substr(0, folderEnd)), pattern.substr(folderEnd)};
+}
+
+// False when the name is too long for the caller's structure, which no name that the kernel gives is.
+bool FillName(std::string_view shownName, WIN32_FIND_DATAA& data) {
+    if (shownName.size() >= sizeof data.cFileName) return false;
+    std::memcpy(data.cFileName, shownName.data(), shownName.size());
+    data.cFileName[shownName.size()] = '\0';
+    return true;
+}
+
+void FillFacts(const struct stat& status, DWORD attributes, WIN32_FIND_DATAA& data) {
+    data.dwFileAttributes = attributes;
+    data.ftLastAccessTime = FileTimeOf(status.st_atim);
+    data.ftLastWriteTime = FileTimeOf(status.st_mtim);
+    if (S_ISREG(status.st_mode)) {
+        const auto size = static_cast<ULONGLONG>(status.st_size);
+        data.nFileSizeHigh = static_cast<DWORD>(size >> 32);
+        data.nFileSizeLow = static_cast<DWORD>(size & 0xFFFFFFFF);
+    }
+}
+
+// What is left to say about an object that cannot be opened.
+DWORD AttributesOfType(unsigned char type) {
+    switch (type) {
+        case DT_DIR:
+            return FILE_ATTRIBUTE_DIRECTORY;
+        case DT_LNK:
+            return FILE_ATTRIBUTE_REPARSE_POINT;
+        default:
+            return FILE_ATTRIBUTE_NORMAL;
+    }
+}
+
+bool IsDriveRoot(const ObjectHandle& folder) {
+    std::array<char, 32> link{};
+    std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", folder.Descriptor());
+    std::array<char, PATH_MAX> path{};
+    const ssize_t length = readlink(link.data(), path.data(), path.size());
+    if (length <= 0 || static_cast<std::size_t>(length) == path.size()) return false;
+    const std::string_view hostPath(path.data(), static_cast<std::size_t>(length));
+    return DriveHolding(hostPath).hostRoot == hostPath;
+}
+
+// The entries of one folder, one after the other. Not for two threads at a time.
+class DirectorySearch {
+  public:
+    DirectorySearch(ObjectHandle searched, UniqueFd opened)
+        : folder(std::move(searched)),
+          listing(std::move(opened)),
+          store(AttributeStoreOf(folder)),
+          dots(IsDriveRoot(folder) ? Dots::kDone : Dots::kSelf) {}
+
+    DWORD Next(WIN32_FIND_DATAA& data) {
+        while (dots != Dots::kDone) {
+            const char* name = dots == Dots::kSelf ? "." : "..";
+            dots = dots == Dots::kSelf ? Dots::kParent : Dots::kDone;
+            if (Describe({name, DT_DIR}, name, data)) return ERROR_SUCCESS;
+        }
+        DWORD error = ERROR_SUCCESS;
+        for (FolderListing::Entry entry{}; listing.Next(entry, error);) {
+            if (Describe(entry, EncodeName(entry.name), data)) return ERROR_SUCCESS;
+        }
+        return error != ERROR_SUCCESS ? error : ERROR_NO_MORE_FILES;
+    }
+
+  private:
+    enum class Dots { kSelf, kParent, kDone };
+
+    // False when there is no such object any more.
+    bool Describe(const FolderListing::Entry& entry, std::string_view shownName, WIN32_FIND_DATAA& data) {
+        WIN32_FIND_DATAA found{};
+        if (!FillName(shownName, found)) return false;
+        struct stat status {};
+        const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT;
+        if (fstatat(listing.Descriptor(), entry.name, &status, flags) == 0) {
+            FillFacts(status, AttributesOf(entry.name, status), found);
+        } else if (errno == ENOENT) {
+            return false;
+        } else {
+            // What cannot be asked is listed all the same: it exists, and its folder says what it is.
+            found.dwFileAttributes = AttributesOfType(entry.type);
+        }
+        data = found;
+        return true;
+    }
+
+    DWORD AttributesOf(const char* name, const struct stat& status) const {
+        // Another volume may be mounted there.
+        const bool isOfThisVolume = status.st_dev == folder.Status().st_dev;
+        DWORD attributes = S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
+        // Attributes that cannot be read leave it at that.
+        (void)ReadAttributesAt(listing.Descriptor(), name, status,
+                               isOfThisVolume ? store : AttributeStore::kAsk, attributes);
+        return attributes;
+    }
+
+    ObjectHandle folder;
+    FolderListing listing;
+    AttributeStore store;
+    Dots dots;
+};
+
+// A search that was started, and the rest of one for a single name.
+struct OpenSearch {
+    std::unique_ptr<DirectorySearch> entries;  // null: there is nothing more
+};
+
+HandleTable<OpenSearch>& Searches() {
+    static HandleTable<OpenSearch> table;
+    return table;
+}
+
+// Opens the folder of a pattern: `path` is empty or ends with a separator or a colon.
+DWORD OpenSearched(const std::string& path, ObjectHandle& folder) {
+    if (path.empty()) return ObjectHandle::OpenAt(AT_FDCWD, ".", folder);
+    DWORD error = ERROR_SUCCESS;
+    const std::string bare = path.substr(0, path.find_last_not_of("\\/") + 1);
+    const bool isNamed = !bare.empty() && bare.back() != ':';
+    if (isNamed) {
+        // Without the separator first, which takes the right to enter the folder.
+        error = OpenObject(bare.c_str(), folder);
+        if (error == ERROR_SUCCESS && folder.IsLink()) error = OpenObject(path.c_str(), folder);
+    } else {
+        error = OpenObject(path.c_str(), folder);
+    }
+    return error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error;
+}
+
+DWORD StartListing(const std::string& path, OpenSearch& search, WIN32_FIND_DATAA& first) {
+    ObjectHandle folder;
+    UniqueFd listing;
+    DWORD error = OpenSearched(path, folder);
+    if (error == ERROR_SUCCESS) error = folder.OpenForListing(listing);
+    if (error != ERROR_SUCCESS) return error;
+    search.entries = std::make_unique<DirectorySearch>(std::move(folder), std::move(listing));
+    return search.entries->Next(first);
+}
+
+DWORD DescribeOne(const char* path, std::string_view name, WIN32_FIND_DATAA& data) {
+    if (name.empty() || name == "." || name == "..") return ERROR_FILE_NOT_FOUND;
+    ResolvedObject found;
+    DWORD attributes = 0;
+    DWORD error = ResolvePath(path, found);
+    if (error == ERROR_SUCCESS) error = ReadAttributes(found, attributes);
+    if (error != ERROR_SUCCESS) return error;
+    WIN32_FIND_DATAA described{};
+    if (!FillName(name, described)) return ERROR_FILENAME_EXCED_RANGE;
+    FillFacts(found.object.Status(), attributes, described);
+    data = described;
+    return ERROR_SUCCESS;
+}
+
+DWORD StartSearch(const char* text, OpenSearch& search, WIN32_FIND_DATAA& first) {
+    const SearchPattern pattern = SplitPattern(text);
+    if (pattern.name == "*") return StartListing(pattern.folder, search, first);
+    if (pattern.name.find_first_of("*?") != std::string_view::npos) return ERROR_INVALID_NAME;
+    return DescribeOne(text, pattern.name, first);
+}
+
+}  // namespace
+}  // namespace permora::host
+
+HANDLE WINAPI FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
+    using namespace permora::host;
+    auto search = std::make_shared<OpenSearch>();
+    const DWORD error = StartSearch(pattern == nullptr ? "" : pattern, *search, *data);
+    if (error == ERROR_SUCCESS) return Searches().Add(std::move(search));
+    SetLastError(error);
+    return INVALID_HANDLE_VALUE;
+}
+
+BOOL WINAPI FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data) {
+    using namespace permora::host;
+    const std::shared_ptr<OpenSearch> open = Searches().Find(search);
+    if (!open) return Fail(ERROR_INVALID_HANDLE);
+    const DWORD error = open->entries ? open->entries->Next(*data) : ERROR_NO_MORE_FILES;
+    return error == ERROR_SUCCESS ? TRUE : Fail(error);
+}
+
+BOOL WINAPI FindClose(HANDLE search) {
+    using namespace permora::host;
+    return Searches().Remove(search) ? TRUE : Fail(ERROR_INVALID_HANDLE);
+}

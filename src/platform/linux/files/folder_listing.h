@@ -1,0 +1,41 @@
+// The names in an open folder.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/api/errors.h"
+#include "platform/linux/base/unique_fd.h"
+
+namespace permora::host {
+
+// Reads a block of names at a time, in the order in which the file system gives them.
+class FolderListing {
+  public:
+    // Takes a folder that was opened for reading.
+    explicit FolderListing(UniqueFd opened);
+
+    int Descriptor() const { return folder.Get(); }
+
+    struct Entry {
+        const char* name;    // as the host writes it
+        unsigned char type;  // DT_ constant of readdir(3); DT_UNKNOWN where the file system does not say
+    };
+    // The next entry other than "." and ".."; its name lives until the next call. False at the end and on an
+    // error (`error` is then not 0). A folder that is deleted in the middle has come to its end.
+    bool Next(Entry& entry, DWORD& error);
+
+  private:
+    bool Fill(DWORD& error);
+    Entry TakeEntry();
+
+    static constexpr std::size_t kBlockBytes = 8192;
+
+    UniqueFd folder;
+    std::size_t position = 0;
+    std::size_t filled = 0;
+    std::array<std::uint8_t, kBlockBytes> block;
+};
+
+}  // namespace permora::host
