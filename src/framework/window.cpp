@@ -54,19 +54,20 @@ CWnd& WindowAccess::TopLevel(CWnd& window) {
 CWnd::CWnd() = default;
 
 CWnd::~CWnd() {
-    CWnd::DestroyWindow();
+    ReleaseWindow();
     ForgetQueued(*this);
 }
 
 void CWnd::DestroyWindow() {
     if (native == nullptr) return;
     OnDestroy();
-    while (!children.empty()) {
-        CWnd* child = children.back();
-        child->DestroyWindow();
-        // An override may have kept its window; it cannot outlive its parent's.
-        if (!children.empty() && children.back() == child) child->CWnd::DestroyWindow();
-    }
+    ReleaseWindow();
+}
+
+void CWnd::ReleaseWindow() {
+    if (native == nullptr) return;
+    while (!children.empty())
+        children.back()->DestroyWindow();  // which takes it out of the list
     native.reset();
     ForgetQueued(*this);
     if (parent != nullptr) std::erase(parent->children, this);

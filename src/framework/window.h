@@ -72,7 +72,7 @@ class CWnd : public CCmdTarget {
     }
 
     // Destroys the window (and its controls); the object stays and may be given a new one.
-    virtual void DestroyWindow();
+    void DestroyWindow();
 
   protected:
     // Window messages. The defaults do what the window's kind does.
@@ -86,6 +86,8 @@ class CWnd : public CCmdTarget {
   private:
     friend class NativeWindow;
     friend struct WindowAccess;  // lets the framework's own sources reach what the back end needs
+
+    void ReleaseWindow();  // without telling the window of it
 
     std::unique_ptr<NativeWindow, NativeWindowDeleter> native;
     CWnd* parent = nullptr;
