@@ -1,0 +1,168 @@
+// BrowserView: the client area of the main window. Its list shows the drives, or what is in one folder.
+//
+// The folder shown is the process's current directory: rows carry bare names, and whoever works on a row
+// finds it by that name. A drive's row is its root ("C:\").
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "browser/folder_entries.h"
+#include "framework/list_ctrl.h"
+#include "framework/menu.h"
+#include "platform/resources.h"
+
+namespace permora {
+
+class AddrBar;
+class CFrameWnd;
+class CStatusBar;
+
+// What the address bar says in the place of a folder.
+inline constexpr const char* kDriveListLocation = "Accessible disk drives";
+
+class BrowserView : public CWnd {
+  public:
+    // Registers the clipboard format; ends the process when that cannot be.
+    BrowserView();
+
+    // Makes the window and its list as a child of `owner`, and shows the folder that the command line asks
+    // for (StartFolderOf), or the drives. Ends the process when a window or image list cannot be made.
+    void Create(CWnd& owner, unsigned int id, const std::string& commandLine);
+
+    // ---- What is shown. None of these reports a failure; the last error is then set. ----
+
+    // Shows the folder `path` and makes it current, with Type, Size and Modified when `detailsView` is set.
+    // False when that cannot be: the list then shows what it did, nothing, or a part of the folder, and
+    // `currentFolder` is unchanged.
+    bool ListFolder(const std::string& path);
+    // Shows the drives. `currentFolder` is the caller's to clear.
+    bool ListDrives();
+    // The process's current directory, full path.
+    bool QueryCurrentDirectory(std::string& path) const;
+
+    // Shows the same location again. A folder that is gone leads to the nearest one above it that is not, and
+    // a message says so; any other failure is reported.
+    void RefreshList();
+
+    // ---- Selection ----
+
+    // The names of the selected rows from top to bottom, as many as the list says are selected; null when
+    // there are none. They live until ReleaseSelection or the next call. Ends the process when there is no
+    // memory.
+    LPCSTR* GetSelectedNames();
+    void ReleaseSelection();
+    void SelectAll();
+    void InvertSelection();
+
+    // ---- Navigation. Failures are reported, and the location before is shown again. ----
+
+    // `currentFolder` becomes the history's current entry; those after it are forgotten.
+    void RecordLocation();
+    // Back (-1) or Forward (1) in the history. Nothing happens at its ends, and no message tells a failure.
+    void MoveInHistory(int step);
+    void GoUp();
+    // To the drives.
+    void GoToRoot();
+    // To what the user typed; relative paths begin at the folder shown.
+    void GoToLocation(const std::string& text);
+    // Opens the row that the user was at last.
+    void OpenSelected();
+    void OpenFolderRow(const std::string& name);
+    void OpenFileRow(const std::string& name);
+
+    // ---- Presentation ----
+
+    void SetViewMode(ListView mode);
+    // The settings' view mode (0 icons, 1 small icons, 2 list, 3 details; others change nothing) and icons;
+    // lists again.
+    void ApplyViewSettings(std::uint32_t viewMode, bool ownIcons);
+    // Own icons or the shell's, from the next listing on, with the check mark in the frame's menu.
+    void SetOwnIcons(bool ownIcons);
+    void SortByColumn(int column);
+    // Leaves the tip of a row in `infoText`; false when there is none.
+    bool BuildInfoText(const std::string& name);
+
+    static constexpr unsigned int kListId = 0;  // the list has no number of its own
+
+    CMenu contextMenu;  // pop-up 0: with a selection, 1: without
+    CListCtrl list;
+    CImageList largeImages;
+    CImageList smallImages;
+    CStatusBar* statusBar = nullptr;  // the frame's, once it has one
+    AddrBar* addressBar = nullptr;    // the frame's, once it has one
+    std::string infoText;
+    unsigned int clipboardFormat;
+    std::string currentFolder;  // as the system reports it; empty: the drives
+    bool isDriveRoot = false;   // the folder has no parent
+    bool driveListShown = true;
+    bool sharesMode = false;
+    bool detailsView = false;
+    bool useOwnIcons = true;
+    std::vector<std::string> history{std::string()};  // locations visited; empty: the drives
+    int historyIndex = 0;                             // the one shown
+    int itemCount = 0;
+    UniqueHeap selectionHeap;  // of the last GetSelectedNames
+
+    // Hears of each view mode that becomes current, as the settings write it.
+    std::function<void(std::uint32_t viewMode)> viewModeChosen;
+
+  protected:
+    void OnSize(Size client) override;
+    void OnSetFocus() override;
+    const MessageMap& GetMessageMap() const override;
+
+  private:
+    void OpenStartFolder(const std::string& commandLine);
+    CFrameWnd* Frame() const;
+    void RunCommand(unsigned int id);
+    void EnableContextCommands(CMenu& menu) const;
+
+    // Listing.
+    bool FillFolder();
+    bool FillPass(EntryKind wanted, int& row);
+    bool AddFolderRow(int row, const WIN32_FIND_DATAA& found);
+    bool AddDriveRow(int row, const std::string& root);
+    void ShowState(const char* text);
+    void ShowItemCount(int count);
+    void ShowLocation(const std::string& text);
+    void PaintStatusBar();
+
+    // Navigation.
+    bool ShowLocationAgain();
+    bool ShowNearestParent();
+    void ShowDrives();
+    bool TryFolder(const std::string& path);
+    void ReturnToShownFolder() const;
+    void ReportLastError() const;
+
+    // Presentation.
+    void ChangeView(ListView mode);
+    bool RebuildImages(std::span<const unsigned int> iconIds);
+    bool InitFolderImages();
+    bool InitDriveImages();
+    void AddShellIcons(const std::string& name);
+    void FillDetails(const std::string& name, int row, const WIN32_FIND_DATAA& found);
+    CIcon OwnIcon(unsigned int id);
+    bool BuildEntryInfo(const std::string& name);
+    void BuildDriveInfo(const std::string& root);
+    CMenu ViewMenu() const;
+
+    // Notifications of the list and commands.
+    void OnDoubleClick(Notification& notification);
+    void OnKeyDown(Notification& notification);
+    void OnColumnClick(Notification& notification);
+    void OnRightClick(Notification& notification);
+    void OnInfoTip(Notification& notification);
+    void OnViewMode(Notification& notification);
+
+    std::map<unsigned int, CIcon> ownIconsLoaded;
+    std::chrono::steady_clock::time_point statusPainted;
+};
+
+}  // namespace permora
