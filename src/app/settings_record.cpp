@@ -1,0 +1,69 @@
+#include "app/settings_record.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace permora {
+namespace {
+
+// Against a glance at the registry, not against anyone who reads this.
+constexpr std::uint8_t kScramblingKey = 0xA7;
+
+void Scramble(StoredSettings& bytes) {
+    for (std::uint8_t& byte : bytes)
+        byte = static_cast<std::uint8_t>(~(byte ^ kScramblingKey));
+}
+
+bool IsFlag(std::uint8_t value) {
+    return value <= 1;
+}
+
+bool IsSound(const SettingsRecord& record) {
+    const SettingsBlock& block = record.block;
+    return (record.showCommand == kShowNormal || record.showCommand == kShowMaximised) &&
+           IsFlag(block.useOwnIcons) && IsFlag(block.showToolTips) && IsFlag(block.askBeforeSecureDeletion) &&
+           IsFlag(block.showIntermediateInfo) && IsFlag(block.explorerMenu) &&
+           std::ranges::find(record.programFolder, '\0') != record.programFolder.end();
+}
+
+}  // namespace
+
+StoredSettings ScrambleSettings(const SettingsRecord& record) {
+    StoredSettings bytes;
+    std::memcpy(bytes.data(), &record, bytes.size());
+    Scramble(bytes);
+    return bytes;
+}
+
+std::optional<SettingsRecord> UnscrambleSettings(std::span<const std::uint8_t> stored) {
+    if (stored.size() != kSettingsSize) return std::nullopt;
+    StoredSettings bytes;
+    std::ranges::copy(stored, bytes.begin());
+    Scramble(bytes);  // its own inverse
+    SettingsRecord record;
+    std::memcpy(&record, bytes.data(), bytes.size());
+    if (!IsSound(record)) return std::nullopt;
+    return record;
+}
+
+bool IsUsableWindow(const Rect& rect) {
+    constexpr std::int64_t kSmallest = 50;
+    constexpr std::int64_t kLargest = 32767;  // of a window's coordinates on any desktop
+    const std::int64_t width = std::int64_t{rect.right} - rect.left;
+    const std::int64_t height = std::int64_t{rect.bottom} - rect.top;
+    return width >= kSmallest && width <= kLargest && height >= kSmallest && height <= kLargest;
+}
+
+bool SetProgramFolder(SettingsRecord& record, const std::string& folder) {
+    if (folder.size() >= record.programFolder.size()) return false;
+    record.programFolder.fill('\0');
+    std::ranges::copy(folder, record.programFolder.begin());
+    return true;
+}
+
+std::string ProgramFolder(const SettingsRecord& record) {
+    const auto end = std::ranges::find(record.programFolder, '\0');
+    return {record.programFolder.begin(), end};
+}
+
+}  // namespace permora
