@@ -232,7 +232,7 @@ TEST(DialogTemplates, NameEveryControl) {
         const Control* previous = &nothing;
         for (const Control& control : dialog.controls) {
             const bool takesInput = (control.style & kTabStop) != 0 && (control.style & kVisible) != 0;
-            if (takesInput && control.text.empty() && id != IDD_ADDRESS_BAR) {
+            if (takesInput && control.text.empty()) {
                 const bool secondBox =
                     IsCheckBox(control) && IsCheckBox(*previous) && previous->y == control.y;
                 EXPECT_TRUE(IsLabel(*previous) || secondBox) << Describe(control);

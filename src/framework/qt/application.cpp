@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "framework/native.h"
+#include "framework/qt/dialog_style.h"
 #include "framework/qt/message_box.h"
 
 namespace permora {
@@ -21,6 +22,7 @@ QtApplication::QtApplication(int& argc, char** argv)
     : application(argc, argv), presenter(std::make_unique<qt::WindowPresenter>()) {
     // The frame's closing ends the program, not that of a dialog that stands alone.
     QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setStyle(new qt::DialogStyle);  // the application owns it
     uiThread = std::this_thread::get_id();
     uiBridge = &application;
     presenterBefore = SetMessagePresenter(presenter.get());

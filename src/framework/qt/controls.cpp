@@ -11,6 +11,7 @@
 #include <QStyleOptionFocusRect>
 
 #include "framework/list_native.h"
+#include "framework/qt/dialog_style.h"
 #include "framework/qt/image.h"
 #include "framework/qt/static_controls.h"
 #include "framework/qt/tabs.h"
@@ -24,10 +25,27 @@ using qt::FromQt;
 using qt::ToQt;
 using qt::WidgetWindow;
 
-// A push button that shows pictures. It keeps the push button's role for assistive technology.
-class PictureButton : public QPushButton {
+// Enter presses it while it has the focus, and only then is it shown so: the toolkit would show some button
+// as the one that Enter presses even where the template has none.
+class PushButton : public QPushButton {
   public:
-    using QPushButton::QPushButton;
+    explicit PushButton(QWidget* parent) : QPushButton(parent) { setAutoDefault(false); }
+
+  protected:
+    void focusInEvent(QFocusEvent* event) override {
+        setAutoDefault(true);
+        QPushButton::focusInEvent(event);
+    }
+    void focusOutEvent(QFocusEvent* event) override {
+        QPushButton::focusOutEvent(event);
+        setAutoDefault(false);
+    }
+};
+
+// A push button that shows pictures. It keeps the push button's role for assistive technology.
+class PictureButton : public PushButton {
+  public:
+    using PushButton::PushButton;
     QPixmap normal;
     QPixmap pressed;
     QPixmap focused;
@@ -115,6 +133,7 @@ class ButtonWindow final : public WidgetWindow<NativeButton> {
         : WidgetWindow(window, std::move(made)), wraps((spec.style & BS_MULTILINE) != 0) {
         QObject::connect(&Button(), &QAbstractButton::clicked, &Button(),
                          [this] { ReportNotification(Notify::kClicked); });
+        if (wraps) qt::AlignToTop(Button());
         SetText(spec.text);
         ShowDefault(spec.style);
     }
@@ -280,7 +299,7 @@ std::unique_ptr<NativeWindow> MakeComboBox(CWnd& window, CWnd& parent, const Con
 std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, const ControlSpec& spec) {
     switch (spec.kind) {
         case ControlKind::kPushButton:
-            return MakeButton<QPushButton>(window, parent, spec);
+            return MakeButton<PushButton>(window, parent, spec);
         case ControlKind::kCheckBox:
             return MakeButton<QCheckBox>(window, parent, spec);
         case ControlKind::kRadioButton:

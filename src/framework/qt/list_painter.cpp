@@ -187,17 +187,6 @@ void ListPainter::PaintCheckBox(QPainter& painter, int row, const QRect& rect) c
     option.state.setFlag(QStyle::State_HasFocus, false);
     option.state.setFlag(list.Rows().IsChecked(row) ? QStyle::State_On : QStyle::State_Off);
     widget.style()->drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &option, &painter, &widget);
-    PaintDarkOutline(painter, rect);
-}
-
-// Some styles derive a box's outline from the window's colour, which is not seen on a dark background.
-void ListPainter::PaintDarkOutline(QPainter& painter, const QRect& rect) const {
-    const QColor base = widget.palette().color(ColourGroup(), QPalette::Base);
-    QColor outline = widget.palette().color(ColourGroup(), QPalette::Text);
-    if (outline.lightness() <= base.lightness()) return;
-    outline.setAlphaF(0.5F);
-    painter.setPen(outline);
-    painter.drawRect(rect.adjusted(0, 0, -1, -1));
 }
 
 void ListPainter::PaintIcon(QPainter& painter, int row, const QRect& rect) const {

@@ -39,7 +39,6 @@ class ListPainter {
     QString Text(int row, int column) const;
 
     void PaintCheckBox(QPainter& painter, int row, const QRect& rect) const;
-    void PaintDarkOutline(QPainter& painter, const QRect& rect) const;
     void PaintIcon(QPainter& painter, int row, const QRect& rect) const;
     void PaintSelection(QPainter& painter, const QRect& rect) const;
     void PaintFocus(QPainter& painter, const QRect& rect) const;

@@ -1,0 +1,106 @@
+#include "framework/qt/dialog_style.h"
+
+#include <QPainter>
+#include <QStyleOptionButton>
+#include <QStyleOptionFocusRect>
+#include <QVariant>
+#include <algorithm>
+
+namespace permora::qt {
+namespace {
+
+constexpr char kAlignedToTop[] = "permoraAlignedToTop";
+
+void DrawRaisedCheckBox(QPainter& painter, const QStyle& style, const QStyleOptionButton& box,
+                        const QWidget& widget) {
+    const int line = box.fontMetrics.height();
+    const int textHeight = static_cast<int>(box.text.count(QLatin1Char('\n')) + 1) * line;
+    QStyleOptionButton part = box;
+    part.rect = style.subElementRect(QStyle::SE_CheckBoxIndicator, &box, &widget);
+    part.rect.moveTop(box.rect.top() + std::max(0, (line - part.rect.height() + 1) / 2));
+    style.drawPrimitive(QStyle::PE_IndicatorCheckBox, &part, &painter, &widget);
+
+    part.rect = style.subElementRect(QStyle::SE_CheckBoxContents, &box, &widget);
+    part.rect.setTop(box.rect.top());
+    part.rect.setHeight(textHeight);
+    style.drawControl(QStyle::CE_CheckBoxLabel, &part, &painter, &widget);
+
+    if (!box.state.testFlag(QStyle::State_HasFocus)) return;
+    QStyleOptionFocusRect focus;
+    focus.QStyleOption::operator=(box);
+    focus.rect = part.rect;
+    style.drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, &widget);
+}
+
+// Some styles derive a mark's outline from the window's colour, which is not seen on a dark background.
+void DrawDarkOutline(QPainter& painter, const QStyleOption& option, bool isRound) {
+    QColor outline = option.palette.color(QPalette::Text);
+    if (outline.lightness() <= option.palette.color(QPalette::Base).lightness()) return;
+    outline.setAlphaF(0.5F);
+    painter.save();
+    painter.setPen(outline);
+    painter.setBrush(Qt::NoBrush);
+    const QRect rect = option.rect.adjusted(0, 0, -1, -1);
+    if (isRound) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.drawEllipse(rect);
+    } else {
+        painter.drawRect(rect);
+    }
+    painter.restore();
+}
+
+void DrawGroupBox(QPainter& painter, const QStyle& style, const QStyleOptionGroupBox& box) {
+    constexpr int kIndent = 9;
+    constexpr int kGap = 3;
+    constexpr qreal kRadius = 2;
+    const int line = box.fontMetrics.height();
+    const int width = box.fontMetrics.size(Qt::TextShowMnemonic, box.text).width();
+    const QRect title(box.rect.left() + kIndent, box.rect.top(), width, line);
+    QColor outline = box.palette.color(QPalette::WindowText);
+    outline.setAlphaF(0.3F);
+    painter.save();
+    if (!box.text.isEmpty())
+        painter.setClipRegion(QRegion(box.rect) - QRegion(title.adjusted(-kGap, 0, kGap, 0)));
+    painter.setPen(outline);
+    painter.drawRoundedRect(box.rect.adjusted(0, line / 2, -1, -1), kRadius, kRadius);
+    painter.restore();
+    style.drawItemText(&painter, title, Qt::AlignLeft | Qt::TextShowMnemonic, box.palette,
+                       box.state.testFlag(QStyle::State_Enabled), box.text, QPalette::WindowText);
+}
+
+}  // namespace
+
+void DialogStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                              const QWidget* widget) const {
+    const auto* box = element == CE_CheckBox ? qstyleoption_cast<const QStyleOptionButton*>(option) : nullptr;
+    if (box != nullptr && widget != nullptr && widget->property(kAlignedToTop).toBool()) {
+        DrawRaisedCheckBox(*painter, *this, *box, *widget);
+    } else {
+        QProxyStyle::drawControl(element, option, painter, widget);
+    }
+}
+
+void DialogStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                                const QWidget* widget) const {
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    if (element == PE_IndicatorCheckBox || element == PE_IndicatorRadioButton)
+        DrawDarkOutline(*painter, *option, element == PE_IndicatorRadioButton);
+}
+
+void DialogStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                                     QPainter* painter, const QWidget* widget) const {
+    const auto* box =
+        control == CC_GroupBox ? qstyleoption_cast<const QStyleOptionGroupBox*>(option) : nullptr;
+    if (box != nullptr) {
+        DrawGroupBox(*painter, *this, *box);
+    } else {
+        QProxyStyle::drawComplexControl(control, option, painter, widget);
+    }
+}
+
+void AlignToTop(QWidget& checkBox) {
+    checkBox.setProperty(kAlignedToTop, true);
+}
+
+}  // namespace permora::qt

@@ -1,0 +1,26 @@
+// The desktop's look, with what dialog templates expect of it.
+#pragma once
+
+#include <QProxyStyle>
+#include <QStyleOptionGroupBox>
+#include <QWidget>
+
+namespace permora::qt {
+
+// Check boxes with texts of several lines have their mark at the first line. Group boxes draw their frame
+// through the middle of their title, since templates place controls for that. Marks have outlines that a dark
+// background does not swallow.
+class DialogStyle : public QProxyStyle {
+  public:
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override;
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override;
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                            const QWidget* widget) const override;
+};
+
+// Lets a check box begin at its upper edge; the others stand in their middle.
+void AlignToTop(QWidget& checkBox);
+
+}  // namespace permora::qt

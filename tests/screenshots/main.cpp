@@ -1,0 +1,195 @@
+// Takes a picture of every dialog of the program: permora-screenshots FOLDER writes
+// "<template>-<light|dark>-<100|200>.png", with samples in the empty controls.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QPalette>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "framework/controls.h"
+#include "framework/dialog.h"
+#include "framework/list_ctrl.h"
+#include "framework/native.h"
+#include "framework/property_sheet.h"
+#include "framework/qt/application.h"
+#include "framework/qt/widget.h"
+#include "framework/resource_file.h"
+#include "framework/resource_templates.h"
+#include "framework/styles.h"
+#include "framework/window_access.h"
+#include "resources/embedded_resources.h"
+#include "resources/resource_ids.h"
+
+namespace permora {
+namespace {
+
+QPalette DarkPalette() {
+    const QColor window(0x2D, 0x2D, 0x30);
+    const QColor base(0x1E, 0x1E, 0x1E);
+    const QColor text(0xE6, 0xE6, 0xE6);
+    const QColor disabled(0x80, 0x80, 0x80);
+    QPalette palette(text, window.lighter(120), window.lighter(160), window.darker(150), window, text,
+                     Qt::white, base, window);
+    palette.setColor(QPalette::Highlight, QColor(0x2A, 0x6F, 0xB8));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, disabled);
+    return palette;
+}
+
+void FillList(CListCtrl& list) {
+    list.SetExtendedStyle(ListStyle::kFullRowSelect);
+    list.InsertColumn(0, "Name", 140);
+    list.InsertColumn(1, "Type", 100);
+    for (const char* name : {"Administrators", "Everyone", "Users"}) {
+        const int row = list.GetItemCount();
+        list.InsertItem(row, name);
+        list.SetItemText(row, 1, "Alias");
+    }
+    list.SetSelected(0, true);
+}
+
+void FillSamples(CWnd& window) {
+    for (CWnd* child : WindowAccess::Children(window)) {
+        if (auto* list = dynamic_cast<CListCtrl*>(child)) FillList(*list);
+        if (auto* edit = dynamic_cast<CEdit*>(child)) edit->SetWindowText("BUILTIN\\Administrators");
+        if (auto* combo = dynamic_cast<CComboBox*>(child)) {
+            combo->AddString("This folder, subfolders and files");
+            combo->SetCurSel(0);
+        }
+    }
+    for (const unsigned int progress : {unsigned{IDC_APPLY_PROGRESS}, unsigned{IDC_DELETION_PROGRESS}}) {
+        if (CWnd* label = window.GetDlgItem(progress)) label->SetWindowText("Minutes & reports of March.odt");
+    }
+}
+
+// Where the pictures go.
+struct Series {
+    std::string folder;
+    std::string suffix;  // theme and scale
+};
+
+void Save(QWidget& widget, unsigned int templateId, const Series& series) {
+    const std::string path = series.folder + "/" + std::to_string(templateId) + series.suffix + ".png";
+    if (widget.grab().save(qt::ToQt(path), "PNG")) return;
+    std::perror(path.c_str());
+    std::exit(EXIT_FAILURE);
+}
+
+// Long enough for the window to be shown and to get the focus.
+constexpr int kMillisecondsToShow = 60;
+
+class SampleDialog : public CDialog {
+  public:
+    SampleDialog(unsigned int templateNumber, const Series& where)
+        : CDialog(templateNumber), id(templateNumber), series(where) {}
+
+  protected:
+    bool OnInitDialog() override {
+        FillSamples(*this);
+        PostLater(kMillisecondsToShow, [this] {
+            Save(*qt::WidgetOf(*this), id, series);
+            EndDialog(IDOK);
+        });
+        return CDialog::OnInitDialog();
+    }
+
+  private:
+    unsigned int id;
+    const Series& series;
+};
+
+class SamplePage : public CPropertyPage {
+  public:
+    using CPropertyPage::CPropertyPage;
+
+  protected:
+    bool OnInitDialog() override {
+        FillSamples(*this);
+        return CPropertyPage::OnInitDialog();
+    }
+};
+
+class SampleSheet : public CPropertySheet {
+  public:
+    SampleSheet(unsigned int templateNumber, const Series& where)
+        : page(templateNumber), id(templateNumber), series(where) {
+        Construct("Security Editor - March.odt", nullptr);
+        AddPage(page);
+        if (id == IDD_WIZARD_TASK_PAGE || id == IDD_WIZARD_DELETION_PAGE || id == IDD_WIZARD_PERMISSIONS_PAGE)
+            SetWizardMode();
+    }
+
+  protected:
+    bool OnInitDialog() override {
+        PostLater(kMillisecondsToShow, [this] {
+            Save(*qt::WidgetOf(*this), id, series);
+            qt::WidgetOf(*this)->close();
+        });
+        return true;
+    }
+
+  private:
+    SamplePage page;
+    unsigned int id;
+    const Series& series;
+};
+
+std::vector<unsigned int> DialogTemplates() {
+    std::vector<unsigned int> ids;
+    for (const ResourceEntry& entry :
+         ReadResourceFile(EmbeddedResources()).value_or(std::vector<ResourceEntry>())) {
+        if (entry.type == static_cast<std::uint16_t>(ResourceType::kDialog)) ids.push_back(entry.id);
+    }
+    return ids;
+}
+
+// One scale in a process of its own, since the toolkit takes it at its start.
+int TakePictures(const std::string& folder, const char* scaleFactor, const char* scaleName) {
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("QT_SCALE_FACTOR", scaleFactor, 1);
+    int argumentCount = 1;
+    char name[] = "permora-screenshots";
+    char* arguments[] = {name, nullptr};
+    const QtApplication application(argumentCount, arguments);
+    const QPalette light = QApplication::palette();
+    for (const bool isDark : {false, true}) {
+        QApplication::setPalette(isDark ? DarkPalette() : light);
+        const Series series{folder, std::string(isDark ? "-dark-" : "-light-") + scaleName};
+        for (const unsigned int id : DialogTemplates()) {
+            const bool isPage = (LoadDialogTemplate(id)->style & WS_CHILD) != 0;
+            if (isPage) {
+                SampleSheet(id, series).DoModal();
+            } else {
+                SampleDialog(id, series).DoModal();
+            }
+        }
+    }
+    return EXIT_SUCCESS;
+}
+
+bool TakeInChild(const std::string& folder, const char* scaleFactor, const char* scaleName) {
+    const pid_t child = fork();
+    if (child == 0) std::exit(TakePictures(folder, scaleFactor, scaleName));
+    int status = 0;
+    return child > 0 && waitpid(child, &status, 0) == child && status == 0;
+}
+
+}  // namespace
+}  // namespace permora
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: permora-screenshots FOLDER\n");
+        return EXIT_FAILURE;
+    }
+    std::filesystem::create_directories(argv[1]);
+    const bool hasAll =
+        permora::TakeInChild(argv[1], "1", "100") && permora::TakeInChild(argv[1], "2", "200");
+    return hasAll ? EXIT_SUCCESS : EXIT_FAILURE;
+}
