@@ -10,6 +10,7 @@
 #include "platform/api/libraries.h"
 #include "platform/api/memory.h"
 #include "platform/api/messages.h"
+#include "platform/api/registry.h"
 #include "platform/api/security.h"
 #include "platform/api/text.h"
 #include "platform/api/time.h"
@@ -42,6 +43,7 @@ static_assert(ERROR_TOO_MANY_OPEN_FILES    == 4);
 static_assert(ERROR_ACCESS_DENIED          == 5);
 static_assert(ERROR_INVALID_HANDLE         == 6);
 static_assert(ERROR_NOT_ENOUGH_MEMORY      == 8);
+static_assert(ERROR_INVALID_DATA           == 13);
 static_assert(ERROR_INVALID_DRIVE          == 15);
 static_assert(ERROR_NOT_SAME_DEVICE        == 17);
 static_assert(ERROR_NO_MORE_FILES          == 18);
@@ -60,16 +62,20 @@ static_assert(ERROR_INVALID_NAME           == 123);
 static_assert(ERROR_MOD_NOT_FOUND          == 126);
 static_assert(ERROR_PROC_NOT_FOUND         == 127);
 static_assert(ERROR_DIR_NOT_EMPTY          == 145);
+static_assert(ERROR_BAD_PATHNAME           == 161);
 static_assert(ERROR_BUSY                   == 170);
 static_assert(ERROR_ALREADY_EXISTS         == 183);
 static_assert(ERROR_FILENAME_EXCED_RANGE   == 206);
 static_assert(ERROR_FILE_TOO_LARGE         == 223);
+static_assert(ERROR_MORE_DATA              == 234);
+static_assert(ERROR_NO_MORE_ITEMS          == 259);
 static_assert(ERROR_DIRECTORY              == 267);
 static_assert(ERROR_EAS_DIDNT_FIT          == 275);
 static_assert(ERROR_MR_MID_NOT_FOUND       == 317);
 static_assert(ERROR_OPERATION_ABORTED      == 995);
 static_assert(ERROR_INVALID_FLAGS          == 1004);
 static_assert(ERROR_FILE_INVALID           == 1006);
+static_assert(ERROR_BADDB                  == 1009);
 static_assert(ERROR_NO_UNICODE_TRANSLATION == 1113);
 static_assert(ERROR_IO_DEVICE              == 1117);
 static_assert(ERROR_TOO_MANY_LINKS         == 1142);
@@ -151,6 +157,13 @@ static_assert(offsetof(WIN32_FIND_DATAA, ftLastWriteTime) == 20);
 static_assert(offsetof(WIN32_FIND_DATAA, nFileSizeHigh) == 28 && offsetof(WIN32_FIND_DATAA, nFileSizeLow) == 32);
 static_assert(offsetof(WIN32_FIND_DATAA, dwReserved0) == 36 && offsetof(WIN32_FIND_DATAA, dwReserved1) == 40);
 static_assert(offsetof(WIN32_FIND_DATAA, cFileName) == 44 && sizeof(WIN32_FIND_DATAA{}.cFileName) >= 260);
+
+// registry.h
+static_assert(KEY_QUERY_VALUE == 0x1 && KEY_SET_VALUE == 0x2 && KEY_CREATE_SUB_KEY == 0x4);
+static_assert(KEY_ENUMERATE_SUB_KEYS == 0x8 && KEY_READ == 0x20019 && KEY_WRITE == 0x20006);
+static_assert(REG_OPTION_NON_VOLATILE == 0 && REG_CREATED_NEW_KEY == 1 && REG_OPENED_EXISTING_KEY == 2);
+static_assert(REG_SZ == 1 && REG_EXPAND_SZ == 2 && REG_BINARY == 3 && REG_DWORD == 4 && REG_MULTI_SZ == 7);
+static_assert(sizeof(LSTATUS) == 4 && LSTATUS(-1) < 0 && sizeof(REGSAM) == 4);
 
 // security.h: numbers
 static_assert(SID_REVISION == 1 && SID_MAX_SUB_AUTHORITIES == 15 && SECURITY_MAX_SID_SIZE == 68);

@@ -10,6 +10,7 @@ constexpr Message kMessages[] = {
     {1,    "The object or device cannot do what was asked of it"},
     {6,    "The handle does not belong to an open object"},
     {8,    "There is not enough memory to do this"},
+    {13,   "The data are of the wrong kind"},
     {14,   "There is not enough memory left to finish this"},
     {15,   "There is no such drive"},
     {18,   "No further files were found"},

@@ -1,0 +1,77 @@
+// The registry: settings of the user and of the machine.
+//
+// Paths of keys have components separated by backslashes, which like names of values have no letter case (of
+// ASCII). Where the keys are kept on Linux: docs/platform.md. Every change is on the disk when the call
+// returns, and several programs may make them at a time.
+#pragma once
+
+#include "platform/api/base.h"
+#include "platform/api/time.h"
+
+#ifndef _WIN32
+
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the SDK's own tag
+struct HKEY__;
+using HKEY = HKEY__*;
+using PHKEY = HKEY*;
+using REGSAM = DWORD;
+using LSTATUS = LONG;
+using LPBYTE = BYTE*;
+
+struct SECURITY_ATTRIBUTES;  // callers hand in none
+using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
+
+// The merged view of the user's and the machine's registered types; what is new goes to the machine.
+inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000000)});
+inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000001)});
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000002)});
+
+inline constexpr REGSAM KEY_QUERY_VALUE = 0x0001;
+inline constexpr REGSAM KEY_SET_VALUE = 0x0002;
+inline constexpr REGSAM KEY_CREATE_SUB_KEY = 0x0004;
+inline constexpr REGSAM KEY_ENUMERATE_SUB_KEYS = 0x0008;
+inline constexpr REGSAM KEY_READ = 0x20019;
+inline constexpr REGSAM KEY_WRITE = 0x20006;
+
+inline constexpr DWORD REG_OPTION_NON_VOLATILE = 0;
+inline constexpr DWORD REG_CREATED_NEW_KEY = 1;
+inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
+
+inline constexpr DWORD REG_SZ = 1;
+inline constexpr DWORD REG_EXPAND_SZ = 2;
+inline constexpr DWORD REG_BINARY = 3;
+inline constexpr DWORD REG_DWORD = 4;
+inline constexpr DWORD REG_MULTI_SZ = 7;
+
+extern "C" {
+
+// All answer with 0 or an error code: ERROR_FILE_NOT_FOUND for a key or value that is not there,
+// ERROR_ACCESS_DENIED for what the handle was not opened for or the user may not do, ERROR_BADDB for a file
+// or value that is damaged.
+
+// `subKey` may be null or empty: the key itself. The caller closes the handle.
+LSTATUS WINAPI RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD options, REGSAM access, PHKEY result);
+// Makes the key and those above it where they are missing. `disposition` (may be null) tells which it was.
+LSTATUS WINAPI RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR keyClass, DWORD options,
+                               REGSAM access, LPSECURITY_ATTRIBUTES security, PHKEY result,
+                               LPDWORD disposition);
+// Closing the roots does nothing.
+LSTATUS WINAPI RegCloseKey(HKEY key);
+
+// A null or empty name means the key's default value. `type` and `data` may be null. `size` is in bytes: of
+// the buffer, then of the value; ERROR_MORE_DATA when the value is larger. REG_SZ comes with its NUL.
+LSTATUS WINAPI RegQueryValueExA(HKEY key, LPCSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data,
+                                LPDWORD size);
+LSTATUS WINAPI RegSetValueExA(HKEY key, LPCSTR name, DWORD reserved, DWORD type, const BYTE* data,
+                              DWORD size);
+
+// The name of a key below. `nameSize` is in bytes: of the buffer, then of the name without its NUL.
+// ERROR_NO_MORE_ITEMS behind the last. Class and time are not kept: their pointers must be null.
+LSTATUS WINAPI RegEnumKeyExA(HKEY key, DWORD index, LPSTR name, LPDWORD nameSize, LPDWORD reserved,
+                             LPSTR keyClass, LPDWORD classSize, FILETIME* lastWrite);
+// Deletes a key with its values; one that has keys below it is ERROR_ACCESS_DENIED.
+LSTATUS WINAPI RegDeleteKeyA(HKEY key, LPCSTR subKey);
+
+}  // extern "C"
+
+#endif
