@@ -12,6 +12,7 @@ namespace permora {
 
 class CFrameWnd;
 
+// Buttons for commands. Their states follow the commands'; a button that is pressed stays so until released.
 class CToolBar : public CWnd {
   public:
     bool Create(CFrameWnd& frame);
@@ -20,21 +21,38 @@ class CToolBar : public CWnd {
     void SetImageList(const CImageList& images);  // one image per button, separators not counted
     void EnableToolTips(bool enabled);
     void PressButton(unsigned int id, bool pressed);
+    bool IsButtonPressed(unsigned int id) const;
+
+  private:
+    friend class CFrameWnd;
+    // Asks for the state of each button's command and shows it.
+    void UpdateButtons(CFrameWnd& frame);
+
+    std::vector<unsigned int> buttons;  // without separators
+    std::vector<unsigned int> pressedButtons;
 };
 
-// A bar made from a dialog template.
+// A bar made from a dialog template. What its own map does not handle goes to the frame, a click as the
+// command of the button's id. Enter presses the default button, or reaches the map as a click on IDOK.
 class CDialogBar : public CWnd {
   public:
     virtual bool Create(CFrameWnd& frame, unsigned int templateId);
+    bool OnCmdMsg(Notification& notification) override;
+
+  private:
+    void OnEnterKey();
 };
 
-// Holds bars side by side, each with a gripper.
+// Holds bars side by side, each with a gripper that moves its left edge. The last one fills the row.
 class CReBar : public CWnd {
   public:
     bool Create(CFrameWnd& frame);
+    // `bar` becomes a child of the rebar.
     bool AddBar(CWnd& bar);
 };
 
+// A pane's first text is the string of its id. Prompts stand in front of pane 0's text, which comes back
+// after them.
 class CStatusBar : public CWnd {
   public:
     static constexpr unsigned int kSeparator = 0;  // the stretching pane
@@ -42,7 +60,16 @@ class CStatusBar : public CWnd {
     void SetIndicators(const std::vector<unsigned int>& paneIds);
     void SetPaneWidth(int pane, int width);  // logical pixels
     void SetPaneText(int pane, const std::string& text);
-    std::string GetPaneText(int pane) const;
+    std::string GetPaneText(int pane) const;  // as shown
+
+  private:
+    friend class CFrameWnd;
+    void ShowPrompt(const std::string& text);  // empty: none
+    void ShowPane(int pane);
+    bool IsPane(int pane) const;
+
+    std::vector<std::string> texts;
+    std::string prompt;
 };
 
 }  // namespace permora

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "framework/window.h"
 
@@ -30,12 +31,15 @@ class CMenu {
     std::string GetText(unsigned int id) const;
 
     // Shows the menu at a screen position and returns the command chosen, 0 for none. The caller routes it.
+    // Entries are as the caller left them, but a command that the owner's frame finds no handler for is grey.
     unsigned int TrackPopup(Point screen, CWnd& owner) const;
 
     struct Items;
     const std::shared_ptr<Items>& Shared() const { return items; }
 
   private:
+    explicit CMenu(std::shared_ptr<Items> shared) : items(std::move(shared)) {}
+
     std::shared_ptr<Items> items;
 };
 

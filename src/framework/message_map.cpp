@@ -12,6 +12,8 @@ const MessageMapEntry* MessageMap::Find(unsigned int id, Notify code) const {
 }
 
 bool CCmdTarget::OnCmdMsg(Notification& notification) {
+    if (notification.code == Notify::kIsHandled)
+        return GetMessageMap().Find(notification.id, Notify::kCommand) != nullptr;
     const MessageMapEntry* entry = GetMessageMap().Find(notification.id, notification.code);
     if (entry == nullptr) return false;
     notification.handled = true;

@@ -36,6 +36,7 @@ enum class Notify {
     kInfoTip,           // list view: the tip of `row` is wanted; the handler fills `tip` (LVN_GETINFOTIP)
     kCommand,           // menu, accelerator or toolbar command
     kUpdateCommand,     // a command's state is about to be shown; the handler adjusts `state`
+    kIsHandled,         // would a handler for kCommand be found? Runs none; maps have no entries for it
 };
 
 // How a menu entry or toolbar button is shown.

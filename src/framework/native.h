@@ -171,9 +171,10 @@ void SetLabelTarget(CWnd& label, CWnd& target);
 // documentation.
 Size DialogBaseUnits();
 
-// Starts the toolkit on this thread, runs `start` and, when that is true, serves events until StopToolkit.
-// The process's exit code.
-int RunToolkit(int argc, char** argv, const std::function<bool()>& start);
+// Starts the toolkit on this thread, runs `start` and, when that is true, serves events until StopToolkit;
+// runs `finish` in either case. The process's exit code.
+int RunToolkit(int argc, char** argv, const std::function<bool()>& start,
+               const std::function<void()>& finish);
 void StopToolkit();
 
 // Runs `work` on the user-interface thread after `milliseconds`. User-interface thread.

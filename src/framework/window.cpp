@@ -44,6 +44,12 @@ CWnd& WindowAccess::AddControl(CWnd& parent, std::unique_ptr<CWnd> control, cons
     return window;
 }
 
+void WindowAccess::SetParent(CWnd& window, CWnd& parent) {
+    if (window.parent != nullptr) std::erase(window.parent->children, &window);
+    window.parent = &parent;
+    parent.children.push_back(&window);
+}
+
 CWnd& WindowAccess::TopLevel(CWnd& window) {
     CWnd* top = &window;
     while (top->parent != nullptr && (top->GetStyle() & WS_CHILD) != 0)
@@ -56,6 +62,14 @@ CWnd::CWnd() = default;
 CWnd::~CWnd() {
     ReleaseWindow();
     ForgetQueued(*this);
+}
+
+bool CWnd::CreateChild(CWnd& owner, const Rect& rect, unsigned int id) {
+    if (HasWindow() || !owner.HasWindow()) return false;
+    WindowAccess::Attach(*this, MakeNativePane(*this, owner, id), &owner, id, WS_CHILD | WS_VISIBLE);
+    native->Move(rect);
+    native->SetVisible(true);
+    return true;
 }
 
 void CWnd::DestroyWindow() {

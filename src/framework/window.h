@@ -33,6 +33,9 @@ class CWnd : public CCmdTarget {
     CWnd& operator=(const CWnd&) = delete;
     ~CWnd() override;  // destroys the window if it still exists
 
+    // Gives the object a plain child window, visible and empty, in `owner`'s client coordinates.
+    bool CreateChild(CWnd& owner, const Rect& rect, unsigned int id);
+
     // The window for message boxes and services; null while there is none.
     HWND GetSafeHwnd() const;
     bool HasWindow() const { return native != nullptr; }

@@ -10,6 +10,9 @@
 
 namespace permora {
 
+class CFrameWnd;
+class FrameEvents;
+
 struct WindowAccess {
     static NativeWindow* Native(const CWnd& window) { return window.native.get(); }
     // Null when the window has none or one of another kind.
@@ -24,9 +27,13 @@ struct WindowAccess {
                        DWORD style);
     // Attaches a control and hands its object to `parent`.
     static CWnd& AddControl(CWnd& parent, std::unique_ptr<CWnd> control, const ControlSpec& spec);
+    // Only the contract's half; the native windows are the back end's.
+    static void SetParent(CWnd& window, CWnd& parent);
     // All child windows, in the order in which they were made.
     static const std::vector<CWnd*>& Children(const CWnd& window) { return window.children; }
     static CWnd& TopLevel(CWnd& window);
+
+    static FrameEvents& Events(const CFrameWnd& frame);
 
     static unsigned int TemplateId(const CDialog& dialog) { return dialog.templateId; }
 

@@ -37,10 +37,13 @@ int QtApplication::Run() {
     return QApplication::exec();
 }
 
-int RunToolkit(int argc, char** argv, const std::function<bool()>& start) {
+int RunToolkit(int argc, char** argv, const std::function<bool()>& start,
+               const std::function<void()>& finish) {
     constexpr int kStartFailed = 1;
     QtApplication application(argc, argv);
-    return start() ? application.Run() : kStartFailed;
+    const int exitCode = start() ? application.Run() : kStartFailed;
+    finish();
+    return exitCode;
 }
 
 void StopToolkit() {

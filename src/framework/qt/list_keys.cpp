@@ -43,6 +43,18 @@ unsigned int VirtualKeyOf(int key) {
     return 0;
 }
 
+int KeyOf(unsigned int virtualKey) {
+    const int code = static_cast<int>(virtualKey);
+    if ((code >= Qt::Key_0 && code <= Qt::Key_9) || (code >= Qt::Key_A && code <= Qt::Key_Z)) return code;
+    constexpr int kF1 = 0x70;
+    constexpr int kF24 = 0x87;
+    if (code >= kF1 && code <= kF24) return Qt::Key_F1 + code - kF1;
+    for (const KeyCode& each : kKeyCodes) {
+        if (each.virtualKey == virtualKey) return each.key;
+    }
+    return Qt::Key_unknown;
+}
+
 std::optional<ListStep> StepOf(int key) {
     for (const KeyStep& each : kKeySteps) {
         if (each.key == key) return each.step;

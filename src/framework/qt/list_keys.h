@@ -11,6 +11,8 @@ namespace permora::qt {
 
 // 0 for keys that have no code or only modify others. Source: "Virtual-Key Codes" in the SDK's documentation.
 unsigned int VirtualKeyOf(int key);
+// The opposite; Qt::Key_unknown for other codes.
+int KeyOf(unsigned int virtualKey);
 // Where a navigation key leads.
 std::optional<ListStep> StepOf(int key);
 SelectMode ModeOf(Qt::KeyboardModifiers modifiers);

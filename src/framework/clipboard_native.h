@@ -1,0 +1,21 @@
+// The clipboard's seam: what a back end must offer beside RegisterClipboardFormat and
+// Clipboard::IsFormatAvailable.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "framework/clipboard.h"
+
+namespace permora {
+
+bool OpenNativeClipboard(CWnd& owner);
+void CloseNativeClipboard();
+bool EmptyNativeClipboard();
+// Beside what this program has put there before, in other formats.
+bool SetNativeClipboardData(unsigned int format, std::span<const std::uint8_t> bytes);
+std::optional<std::vector<std::uint8_t>> NativeClipboardData(unsigned int format);
+
+}  // namespace permora

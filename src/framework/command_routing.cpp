@@ -1,0 +1,49 @@
+#include "framework/command_routing.h"
+
+#include "framework/resource_templates.h"
+
+namespace permora {
+
+bool IsCommandHandled(CCmdTarget& target, unsigned int id) {
+    Notification query;
+    query.id = id;
+    query.code = Notify::kIsHandled;
+    return target.OnCmdMsg(query);
+}
+
+CommandState AskCommandState(CCmdTarget& target, unsigned int id, bool checked) {
+    Notification update;
+    update.id = id;
+    update.code = Notify::kUpdateCommand;
+    update.state.checked = checked;
+    target.OnCmdMsg(update);
+    update.state.enabled = update.state.enabled && IsCommandHandled(target, id);
+    return update.state;
+}
+
+bool SendCommand(CCmdTarget& target, unsigned int id) {
+    // What was enabled when it was shown may be disabled by now, and keys show nothing.
+    if (!AskCommandState(target, id, false).enabled) return false;
+    Notification command;
+    command.id = id;
+    command.code = Notify::kCommand;
+    return target.OnCmdMsg(command);
+}
+
+void UpdateMenuStates(CMenu::Items& items, CCmdTarget& target) {
+    for (MenuItem& item : items.entries) {
+        if (item.id == 0) continue;
+        const CommandState state = AskCommandState(target, item.id, item.checked);
+        item.enabled = state.enabled;
+        item.checked = state.checked;
+    }
+}
+
+CommandPrompt LoadCommandPrompt(unsigned int id) {
+    const std::string text = LoadResourceString(id);
+    const auto lineBreak = text.find('\n');
+    if (lineBreak == std::string::npos) return {text, {}};
+    return {text.substr(0, lineBreak), text.substr(lineBreak + 1)};
+}
+
+}  // namespace permora

@@ -1,0 +1,92 @@
+// The seam of frame windows, their menus and their bars: what a back end must make beside native.h.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "framework/command_routing.h"
+#include "framework/frame_window.h"
+#include "framework/menu.h"
+#include "framework/native.h"
+#include "framework/resource_templates.h"
+
+namespace permora {
+
+// What a frame hears from its back end. Implemented by the shared half. Commands and the wish to close come
+// when the back end is done with the event that caused them, since they may destroy the frame.
+class FrameEvents {
+  public:
+    virtual ~FrameEvents() = default;
+    virtual void OnMenuOpening(CMenu::Items& items) = 0;  // a pop-up, before it is shown
+    virtual void OnHighlight(unsigned int id) = 0;        // a command in a menu or toolbar; 0: none any more
+    virtual void OnChosen(unsigned int id) = 0;           // by menu, toolbar or key
+    virtual void OnCloseRequest() = 0;
+    virtual void OnIdle() = 0;  // all events are served
+};
+
+// The client area lies below the menu. The window's rectangle does not count the frame that the desktop draws
+// around it: its width is not known before the window is shown, and a stored rectangle would grow by it.
+class NativeFrame : public NativeWindow {
+  public:
+    using NativeWindow::NativeWindow;
+    virtual void SetMenu(const CMenu& menu) = 0;
+    // Keys act while no modal window is open. An edit field that has the focus keeps its own editing keys.
+    virtual void SetAccelerators(std::span<const AcceleratorTemplate> accelerators) = 0;
+    virtual void SetIcon(const CIcon& icon) = 0;
+    virtual WindowPlacement Placement() const = 0;
+    virtual void Place(const WindowPlacement& placement) = 0;  // shows the window
+    virtual void PostClose() = 0;
+};
+
+struct ToolButton {
+    unsigned int id = 0;  // 0: separator
+    CommandPrompt prompt;
+};
+
+class NativeToolBar : public NativeWindow {
+  public:
+    using NativeWindow::NativeWindow;
+    virtual void SetButtons(std::span<const ToolButton> buttons) = 0;
+    virtual void SetImages(const CImageList& images) = 0;  // separators not counted
+    virtual void SetTips(bool enabled) = 0;
+    virtual void ShowEnabled(unsigned int id, bool enabled) = 0;
+    virtual void ShowPressed(unsigned int id, bool pressed) = 0;
+};
+
+class NativeReBar : public NativeWindow {
+  public:
+    using NativeWindow::NativeWindow;
+    virtual void AddBand(CWnd& bar) = 0;  // takes the native window of `bar` in
+    virtual void LayOut() = 0;            // bands of hidden bars take no room
+};
+
+class NativeStatusBar : public NativeWindow {
+  public:
+    static constexpr int kStretch = 0;
+    using NativeWindow::NativeWindow;
+    virtual void SetPanes(std::span<const int> widths) = 0;  // logical pixels, or kStretch
+    virtual void SetPaneWidth(int pane, int width) = 0;
+    virtual void SetPane(int pane, const std::string& text) = 0;
+};
+
+// ---- What the back end makes. `events` outlives the window. ----
+
+std::unique_ptr<NativeFrame> MakeNativeFrame(CWnd& window, unsigned int id, FrameEvents& events);
+std::unique_ptr<NativeToolBar> MakeNativeToolBar(CWnd& window, CWnd& parent, FrameEvents& events);
+std::unique_ptr<NativeReBar> MakeNativeReBar(CWnd& window, CWnd& parent);
+std::unique_ptr<NativeStatusBar> MakeNativeStatusBar(CWnd& window, CWnd& parent);
+// Runs `onEnter` when Enter is pressed in `pane` and no control uses it.
+void WatchEnterKey(CWnd& pane, std::function<void()> onEnter);
+
+// Shows a menu at a screen position until the user has chosen; the command, 0 for none. `highlight` hears of
+// each entry that the user goes to, and 0 at the end.
+unsigned int TrackNativeMenu(const CMenu& menu, Point screen, CWnd& owner,
+                             const std::function<void(unsigned int id)>& highlight);
+
+// The areas of the screens in which windows may stand.
+std::vector<Rect> ScreenAreas();
+
+}  // namespace permora

@@ -1,0 +1,116 @@
+#include "framework/menu.h"
+
+#include "framework/command_routing.h"
+#include "framework/frame_native.h"
+#include "framework/frame_window.h"
+#include "framework/menu_items.h"
+#include "framework/resource_templates.h"
+#include "framework/window_access.h"
+
+namespace permora {
+namespace {
+
+std::shared_ptr<CMenu::Items> MakeItems(const std::vector<MenuItemTemplate>& templates) {
+    auto items = std::make_shared<CMenu::Items>();
+    for (const MenuItemTemplate& each : templates) {
+        MenuItem item;
+        item.id = each.isPopup ? 0 : each.id;
+        item.text = each.text;
+        item.enabled = each.enabled;
+        item.checked = each.checked;
+        if (each.isPopup) item.popup = MakeItems(each.items);
+        items->entries.push_back(std::move(item));
+    }
+    return items;
+}
+
+MenuItem* ItemAt(const std::shared_ptr<CMenu::Items>& items, int position) {
+    const auto index = static_cast<std::size_t>(position);
+    if (items == nullptr || position < 0 || index >= items->entries.size()) return nullptr;
+    return &items->entries[index];
+}
+
+MenuItem* FindItem(const std::shared_ptr<CMenu::Items>& items, unsigned int id) {
+    if (items == nullptr || id == 0) return nullptr;
+    for (MenuItem& item : items->entries) {
+        if (item.id == id) return &item;
+        if (MenuItem* found = FindItem(item.popup, id)) return found;
+    }
+    return nullptr;
+}
+
+// A copy in which commands without a handler are grey.
+std::shared_ptr<CMenu::Items> CopyForTarget(const CMenu::Items& items, CCmdTarget& target) {
+    auto copy = std::make_shared<CMenu::Items>(items);
+    for (MenuItem& item : copy->entries) {
+        if (item.popup != nullptr) item.popup = CopyForTarget(*item.popup, target);
+        if (item.id != 0) item.enabled = item.enabled && IsCommandHandled(target, item.id);
+    }
+    return copy;
+}
+
+}  // namespace
+
+CMenu CMenu::Load(unsigned int id) {
+    const auto templates = LoadMenuTemplate(id);
+    return templates ? CMenu(MakeItems(*templates)) : CMenu();
+}
+
+int CMenu::GetMenuItemCount() const {
+    return items != nullptr ? static_cast<int>(items->entries.size()) : 0;
+}
+
+CMenu CMenu::GetSubMenu(int position) const {
+    const MenuItem* item = ItemAt(items, position);
+    return item != nullptr ? CMenu(item->popup) : CMenu();
+}
+
+unsigned int CMenu::GetMenuItemID(int position) const {
+    const MenuItem* item = ItemAt(items, position);
+    return item != nullptr ? item->id : 0;
+}
+
+void CMenu::CheckByPosition(int position, bool checked) {
+    if (MenuItem* item = ItemAt(items, position)) item->checked = checked;
+}
+
+bool CMenu::IsCheckedByPosition(int position) const {
+    const MenuItem* item = ItemAt(items, position);
+    return item != nullptr && item->checked;
+}
+
+void CMenu::CheckRadioByPosition(int first, int last, int checked) {
+    for (int position = first; position <= last; ++position) {
+        MenuItem* item = ItemAt(items, position);
+        if (item == nullptr) continue;
+        item->isRadio = true;
+        item->checked = position == checked;
+    }
+}
+
+void CMenu::Check(unsigned int id, bool checked) {
+    if (MenuItem* item = FindItem(items, id)) item->checked = checked;
+}
+
+void CMenu::Enable(unsigned int id, bool enabled) {
+    if (MenuItem* item = FindItem(items, id)) item->enabled = enabled;
+}
+
+void CMenu::SetText(unsigned int id, const std::string& text) {
+    if (MenuItem* item = FindItem(items, id)) item->text = text;
+}
+
+std::string CMenu::GetText(unsigned int id) const {
+    const MenuItem* item = FindItem(items, id);
+    return item != nullptr ? item->text : std::string();
+}
+
+unsigned int CMenu::TrackPopup(Point screen, CWnd& owner) const {
+    if (items == nullptr || !owner.HasWindow()) return 0;
+    auto* frame = dynamic_cast<CFrameWnd*>(&WindowAccess::TopLevel(owner));
+    if (frame == nullptr) return TrackNativeMenu(*this, screen, owner, [](unsigned int) {});
+    const CMenu shown(CopyForTarget(*items, *frame));
+    return TrackNativeMenu(shown, screen, owner, [frame](unsigned int id) { frame->ShowPrompt(id); });
+}
+
+}  // namespace permora

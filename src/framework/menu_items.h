@@ -1,0 +1,27 @@
+// What stands behind CMenu: the entries that all its copies share.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "framework/menu.h"
+
+namespace permora {
+
+struct MenuItem {
+    unsigned int id = 0;  // 0: separator or pop-up
+    std::string text;     // with its mnemonic; after a tab the name of its key, which is only a label
+    bool enabled = true;
+    bool checked = false;
+    bool isRadio = false;                 // checked as one of several
+    std::shared_ptr<CMenu::Items> popup;  // null: none
+
+    bool IsSeparator() const { return id == 0 && popup == nullptr; }
+};
+
+struct CMenu::Items {
+    std::vector<MenuItem> entries;
+};
+
+}  // namespace permora

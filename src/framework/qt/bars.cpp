@@ -1,0 +1,212 @@
+// Toolbar and status bar of this back end.
+#include <QAction>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QToolButton>
+#include <algorithm>
+
+#include "framework/frame_native.h"
+#include "framework/qt/image.h"
+#include "framework/qt/widget.h"
+
+namespace permora {
+namespace {
+
+// One stop of the Tab key, in which the arrow keys move. A click leaves the focus where it is.
+class ToolBarWindow final : public qt::WidgetWindow<NativeToolBar> {
+  public:
+    ToolBarWindow(CWnd& window, std::unique_ptr<QToolBar> made, FrameEvents& listener)
+        : WidgetWindow(window, std::move(made)), events(listener) {}
+
+    void SetText(const std::string& /*text*/) override {}
+    std::string Text() const override { return {}; }
+
+    void SetButtons(std::span<const ToolButton> made) override;
+    void SetImages(const CImageList& images) override;
+    void SetTips(bool enabled) override { showsTips = enabled; }
+    void ShowEnabled(unsigned int id, bool enabled) override {
+        if (QAction* action = ActionOf(id)) action->setEnabled(enabled);
+    }
+    void ShowPressed(unsigned int id, bool pressed) override {
+        QAction* action = ActionOf(id);
+        if (action == nullptr) return;
+        action->setCheckable(pressed);
+        action->setChecked(pressed);
+    }
+
+  private:
+    QToolBar& Bar() const { return static_cast<QToolBar&>(Widget()); }
+    QAction* ActionOf(unsigned int id) const;
+    void AddButton(const ToolButton& button);
+    void OnTriggered(QAction& action);
+    bool OnButtonEvent(QToolButton& button, QEvent& event);
+    bool OnButtonKey(QToolButton& button, int key);
+    void FocusButton(qsizetype from, qsizetype step);
+
+    FrameEvents& events;
+    QList<QToolButton*> buttons;  // without separators
+    bool showsTips = true;
+};
+
+QAction* ToolBarWindow::ActionOf(unsigned int id) const {
+    const auto found = std::ranges::find_if(
+        buttons, [id](const QToolButton* button) { return button->defaultAction()->data().toUInt() == id; });
+    return found != buttons.end() ? (*found)->defaultAction() : nullptr;
+}
+
+void ToolBarWindow::SetButtons(std::span<const ToolButton> made) {
+    Bar().clear();
+    buttons.clear();
+    for (const ToolButton& each : made) {
+        if (each.id == 0) {
+            Bar().addSeparator();
+        } else {
+            AddButton(each);
+        }
+    }
+    if (!buttons.isEmpty()) buttons.first()->setFocusPolicy(Qt::TabFocus);
+}
+
+void ToolBarWindow::AddButton(const ToolButton& made) {
+    QAction* action = Bar().addAction(qt::ToQt(made.prompt.tip));
+    action->setData(made.id);
+    auto* button = static_cast<QToolButton*>(Bar().widgetForAction(action));
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setAccessibleDescription(qt::ToQt(made.prompt.status));
+    qt::SetIdentity(*button, "button", made.id);
+    buttons.append(button);
+    QObject::connect(action, &QAction::hovered, button, [this, id = made.id] { events.OnHighlight(id); });
+    QObject::connect(action, &QAction::triggered, button, [this, action] { OnTriggered(*action); });
+    auto* watch =
+        new qt::EventFilter(*button, [this, button](QEvent& event) { return OnButtonEvent(*button, event); });
+    watch->setParent(button);
+}
+
+void ToolBarWindow::SetImages(const CImageList& images) {
+    const auto shared = images.Shared();
+    if (shared == nullptr) return;
+    Bar().setIconSize(QSize(shared->size.cx, shared->size.cy));
+    for (qsizetype i = 0; i < buttons.size() && i < static_cast<qsizetype>(shared->icons.size()); ++i)
+        buttons[i]->defaultAction()->setIcon(qt::ToQt(shared->icons[static_cast<std::size_t>(i)]));
+}
+
+void ToolBarWindow::OnTriggered(QAction& action) {
+    // The toolkit lets a pressed button go by itself; that is the command's to decide.
+    if (action.isCheckable()) action.setChecked(true);
+    QMetaObject::invokeMethod(
+        &Bar(), [this, id = action.data().toUInt()] { events.OnChosen(id); }, Qt::QueuedConnection);
+}
+
+bool ToolBarWindow::OnButtonEvent(QToolButton& button, QEvent& event) {
+    switch (event.type()) {
+        case QEvent::ToolTip:
+            return !showsTips;
+        case QEvent::Leave:
+        case QEvent::FocusOut:
+            events.OnHighlight(0);
+            return false;
+        case QEvent::FocusIn:
+            events.OnHighlight(button.defaultAction()->data().toUInt());
+            return false;
+        case QEvent::KeyPress:
+            return OnButtonKey(button, static_cast<QKeyEvent&>(event).key());
+        default:
+            return false;
+    }
+}
+
+bool ToolBarWindow::OnButtonKey(QToolButton& button, int key) {
+    switch (key) {
+        case Qt::Key_Left:
+        case Qt::Key_Up:
+            FocusButton(buttons.indexOf(&button), -1);
+            return true;
+        case Qt::Key_Right:
+        case Qt::Key_Down:
+            FocusButton(buttons.indexOf(&button), 1);
+            return true;
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            button.click();
+            return true;
+        default:
+            return false;
+    }
+}
+
+void ToolBarWindow::FocusButton(qsizetype from, qsizetype step) {
+    for (qsizetype i = from + step; i >= 0 && i < buttons.size(); i += step) {
+        if (!buttons[i]->isEnabled() || !buttons[i]->isVisible()) continue;
+        buttons[from]->setFocusPolicy(Qt::NoFocus);
+        buttons[i]->setFocusPolicy(Qt::TabFocus);
+        buttons[i]->setFocus(Qt::TabFocusReason);
+        return;
+    }
+}
+
+class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar> {
+  public:
+    using WidgetWindow::WidgetWindow;
+
+    void SetText(const std::string& text) override { SetPane(0, text); }
+    std::string Text() const override { return panes.isEmpty() ? "" : qt::FromQt(panes.first()->text()); }
+
+    void SetPanes(std::span<const int> widths) override {
+        for (QLabel* pane : panes)
+            delete pane;
+        panes.clear();
+        for (const int width : widths) {
+            auto* pane = new QLabel(&Bar());
+            pane->setTextFormat(Qt::PlainText);
+            Bar().addWidget(pane, width == kStretch ? 1 : 0);
+            panes.append(pane);
+            if (width == kStretch) {
+                pane->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+            } else {
+                pane->setFrameStyle(static_cast<int>(QFrame::StyledPanel) | static_cast<int>(QFrame::Sunken));
+                SetPaneWidth(static_cast<int>(panes.size()) - 1, width);
+            }
+        }
+    }
+    void SetPaneWidth(int pane, int width) override { panes[pane]->setFixedWidth(width); }
+    void SetPane(int pane, const std::string& text) override { panes[pane]->setText(qt::ToQt(text)); }
+
+  private:
+    QStatusBar& Bar() const { return static_cast<QStatusBar&>(Widget()); }
+
+    QList<QLabel*> panes;
+};
+
+}  // namespace
+
+std::unique_ptr<NativeToolBar> MakeNativeToolBar(CWnd& window, CWnd& parent, FrameEvents& events) {
+    auto bar = std::make_unique<QToolBar>(qt::WidgetOf(parent));
+    bar->setVisible(false);
+    bar->setObjectName(QStringLiteral("toolbar"));
+    bar->setMovable(false);
+    return std::make_unique<ToolBarWindow>(window, std::move(bar), events);
+}
+
+std::unique_ptr<NativeStatusBar> MakeNativeStatusBar(CWnd& window, CWnd& parent) {
+    auto bar = std::make_unique<QStatusBar>(qt::WidgetOf(parent));
+    bar->setVisible(false);
+    bar->setObjectName(QStringLiteral("status bar"));
+    return std::make_unique<StatusBarWindow>(window, std::move(bar));
+}
+
+void WatchEnterKey(CWnd& pane, std::function<void()> onEnter) {
+    QWidget& widget = *qt::WidgetOf(pane);
+    auto* filter = new qt::EventFilter(widget, [enter = std::move(onEnter)](QEvent& event) {
+        if (event.type() != QEvent::KeyPress) return false;
+        const int key = static_cast<QKeyEvent&>(event).key();
+        if (key != Qt::Key_Return && key != Qt::Key_Enter) return false;
+        enter();
+        return true;
+    });
+    filter->setParent(&widget);
+}
+
+}  // namespace permora

@@ -1,0 +1,166 @@
+// The rebar: bars side by side in one row, each with a gripper.
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPointer>
+#include <QStyle>
+#include <QStyleOption>
+#include <algorithm>
+
+#include "framework/frame_native.h"
+#include "framework/qt/widget.h"
+
+namespace permora {
+namespace {
+
+constexpr int kGripperWidth = 8;
+constexpr int kMargin = 2;           // around a band
+constexpr int kLeastBandWidth = 40;  // with its gripper
+
+class ReBarWidget : public QWidget {
+  public:
+    using QWidget::QWidget;
+
+    void AddBand(QWidget& bar) {
+        bands.append({&bar, bar.size(), 0, 0});
+        bar.setParent(this);
+        bar.setCursor(Qt::ArrowCursor);  // not that of the grippers
+        bar.show();
+        LayOut();
+    }
+    void LayOut();
+    QSize sizeHint() const override {
+        int height = 0;
+        for (const Band& band : bands) {
+            if (IsShown(band)) height = std::max(height, SizeOf(band).height());
+        }
+        return {kLeastBandWidth * static_cast<int>(bands.size()), height + 2 * kMargin + kLineHeight};
+    }
+
+  protected:
+    bool event(QEvent* event) override {
+        if (event->type() == QEvent::LayoutRequest) {
+            LayOut();
+            updateGeometry();
+        }
+        return QWidget::event(event);
+    }
+    void resizeEvent(QResizeEvent* /*event*/) override { LayOut(); }
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override { dragged = GripperAt(event->position().toPoint()); }
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* /*event*/) override { dragged = -1; }
+
+  private:
+    static constexpr int kLineHeight = 2;
+    struct Band {
+        QPointer<QWidget> bar;
+        QSize size;         // with which it came
+        int userWidth = 0;  // to which the user dragged it, with the gripper; 0: not
+        int left = 0;
+    };
+
+    static bool IsShown(const Band& band) { return band.bar != nullptr && !band.bar->isHidden(); }
+    // A bar that wants no size of its own keeps the height that it came with.
+    static QSize SizeOf(const Band& band) {
+        return band.bar->sizeHint().isValid() ? band.bar->sizeHint() : band.size;
+    }
+    static int WidthOf(const Band& band) {
+        return band.userWidth != 0 ? band.userWidth : kGripperWidth + SizeOf(band).width() + 2 * kMargin;
+    }
+    QRect GripperOf(const Band& band) const {
+        return {band.left + kMargin, kMargin, kGripperWidth - kMargin, height() - 2 * kMargin - kLineHeight};
+    }
+    // The shown band whose left edge can be moved there; -1: none. The first one's cannot.
+    qsizetype GripperAt(const QPoint& point) const;
+    qsizetype ShownBefore(qsizetype index) const;
+
+    QList<Band> bands;
+    qsizetype dragged = -1;
+};
+
+qsizetype ReBarWidget::ShownBefore(qsizetype index) const {
+    do {
+        --index;
+    } while (index >= 0 && !IsShown(bands[index]));
+    return index;
+}
+
+void ReBarWidget::LayOut() {
+    const qsizetype last = ShownBefore(bands.size());
+    int left = 0;
+    for (qsizetype i = 0; i <= last; ++i) {
+        Band& band = bands[i];
+        if (!IsShown(band)) continue;
+        band.left = left;
+        const int bandWidth = i == last ? std::max(width() - left, kLeastBandWidth) : WidthOf(band);
+        const int bandHeight = SizeOf(band).height();
+        const int top = kMargin + (height() - 2 * kMargin - kLineHeight - bandHeight) / 2;
+        band.bar->setGeometry(left + kGripperWidth, top, bandWidth - kGripperWidth - kMargin, bandHeight);
+        left += bandWidth;
+    }
+    update();
+}
+
+void ReBarWidget::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    for (const Band& band : bands) {
+        if (!IsShown(band)) continue;
+        QStyleOption option;
+        option.initFrom(this);
+        option.rect = GripperOf(band);
+        option.state |= QStyle::State_Horizontal;
+        style()->drawPrimitive(QStyle::PE_IndicatorToolBarHandle, &option, &painter, this);
+    }
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.drawLine(0, height() - 2, width(), height() - 2);
+    painter.setPen(palette().color(QPalette::Midlight));
+    painter.drawLine(0, height() - 1, width(), height() - 1);
+}
+
+qsizetype ReBarWidget::GripperAt(const QPoint& point) const {
+    for (qsizetype i = 0; i < bands.size(); ++i) {
+        if (IsShown(bands[i]) && ShownBefore(i) >= 0 && GripperOf(bands[i]).contains(point)) return i;
+    }
+    return -1;
+}
+
+void ReBarWidget::mouseMoveEvent(QMouseEvent* event) {
+    const QPoint point = event->position().toPoint();
+    if (dragged < 0) {
+        setCursor(GripperAt(point) >= 0 ? Qt::SplitHCursor : Qt::ArrowCursor);
+        return;
+    }
+    Band& before = bands[ShownBefore(dragged)];
+    const int right = width() - kLeastBandWidth;
+    before.userWidth =
+        std::clamp(point.x() - before.left, kLeastBandWidth, std::max(right - before.left, kLeastBandWidth));
+    LayOut();
+}
+
+class ReBarWindow final : public qt::WidgetWindow<NativeReBar> {
+  public:
+    ReBarWindow(CWnd& window, std::unique_ptr<ReBarWidget> made) : WidgetWindow(window, std::move(made)) {}
+    void SetText(const std::string& /*text*/) override {}
+    std::string Text() const override { return {}; }
+    void Move(const Rect& rect) override {
+        WidgetWindow::Move(rect);
+        LayOut();  // also while nothing is shown yet
+    }
+    void AddBand(CWnd& bar) override { ReBar().AddBand(*qt::WidgetOf(bar)); }
+    void LayOut() override { ReBar().LayOut(); }
+
+  private:
+    ReBarWidget& ReBar() const { return static_cast<ReBarWidget&>(Widget()); }
+};
+
+}  // namespace
+
+std::unique_ptr<NativeReBar> MakeNativeReBar(CWnd& window, CWnd& parent) {
+    auto widget = std::make_unique<ReBarWidget>(qt::WidgetOf(parent));
+    widget->setVisible(false);
+    widget->setMouseTracking(true);
+    widget->setObjectName(QStringLiteral("rebar"));
+    return std::make_unique<ReBarWindow>(window, std::move(widget));
+}
+
+}  // namespace permora

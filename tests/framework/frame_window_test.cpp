@@ -1,0 +1,236 @@
+// The frame window: where commands go, how their states are shown, keys, layout, placement and closing.
+#include "framework/frame_window.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QLineEdit>
+#include <QTimer>
+
+#include "framework/dialog.h"
+#include "framework/screen_placement.h"
+#include "framework/styles.h"
+#include "tests/framework/test_frame.h"
+
+namespace permora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class TestApplication : public CWinApp {
+  public:
+    int aboutCount = 0;
+    bool InitInstance() override { return true; }
+
+  protected:
+    void OnAbout() { ++aboutCount; }
+    const MessageMap& GetMessageMap() const override {
+        static const MessageMap kMap = MakeMessageMap<TestApplication>(
+            CWinApp::GetMessageMap(), {
+                                          {ID_APP_ABOUT, Notify::kCommand, &TestApplication::OnAbout},
+                                      });
+        return kMap;
+    }
+};
+
+QAction* Entry(const QMenu& menu, unsigned int id) {
+    for (QAction* action : menu.actions()) {
+        if (action->data().toUInt() == id) return action;
+    }
+    return nullptr;
+}
+
+TEST(Frame, CommandsGoToTheViewThenTheFrameThenTheApplication) {
+    TestApplication application;
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    frame.RunCommand(ID_EDIT_COPY);
+    frame.RunCommand(ID_PERMISSIONS);
+    frame.RunCommand(ID_APP_ABOUT);
+    frame.RunCommand(ID_WIZARD);  // nobody's
+    EXPECT_THAT(frame.view.log, ElementsAre("view copy"));
+    EXPECT_THAT(frame.log, ElementsAre("permissions"));
+    EXPECT_EQ(application.aboutCount, 1);
+
+    frame.isCopyAllowed = false;
+    frame.RunCommand(ID_EDIT_COPY);
+    EXPECT_EQ(frame.view.log.size(), 1U);
+}
+
+TEST(Frame, AMenuIsBroughtUpToDateWhenItOpens) {
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    frame.isCopyAllowed = false;
+    frame.GetMenu().Check(ID_EDIT_COPY, true);
+    frame.GetMenu().SetText(ID_EDIT_COPY, "&Duplicate\tCtrl+C");
+    frame.GetMenu().GetSubMenu(2).CheckRadioByPosition(4, 7, 6);
+
+    const QMenu* edit = frame.OpenMenu("&Edit");
+    ASSERT_NE(edit, nullptr);
+    EXPECT_FALSE(Entry(*edit, ID_EDIT_COPY)->isEnabled());
+    EXPECT_TRUE(Entry(*edit, ID_EDIT_COPY)->isChecked());  // the handler said nothing about it
+    EXPECT_EQ(Entry(*edit, ID_EDIT_COPY)->text(), QStringLiteral("&Duplicate\tCtrl+C"));
+    EXPECT_FALSE(Entry(*edit, ID_EDIT_PASTE)->isEnabled());  // nobody's
+    frame.PressKey(Qt::Key_Escape);
+
+    const QMenu* view = frame.OpenMenu("&View");
+    EXPECT_TRUE(Entry(*view, ID_VIEW_TOOLBAR)->isChecked());
+    EXPECT_TRUE(Entry(*view, ID_VIEW_LIST)->isChecked());
+    EXPECT_TRUE(Entry(*view, ID_VIEW_LIST)->actionGroup() != nullptr);
+}
+
+TEST(Frame, PromptsStandInTheStatusBarWhileAnEntryIsPointedAt) {
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Ready");
+    EXPECT_EQ(frame.statusBar.GetPaneText(1), "Total items: ");
+    QMenu* security = frame.OpenMenu("&Security");
+    QTest::keyClick(security, Qt::Key_Down);
+    if (frame.statusBar.GetPaneText(0) == "Ready") QTest::keyClick(security, Qt::Key_Down);
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Opens Security Editor");
+    frame.statusBar.SetPaneText(0, "Processing...");
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Opens Security Editor");
+    QTest::keyClick(security, Qt::Key_Return);
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Processing...");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !frame.log.empty(); }));
+    EXPECT_THAT(frame.log, ElementsAre("permissions"));
+}
+
+TEST(Frame, KeysActUnlessAModalDialogOrAnEditFieldHasThem) {
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    frame.PressKey(Qt::Key_P, Qt::AltModifier);
+    frame.PressKey(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_THAT(frame.log, ElementsAre("permissions"));
+    EXPECT_THAT(frame.view.log, ElementsAre("view copy"));
+
+    frame.addressBar.GetDlgItem(IDC_LOCATION)->SetFocus();
+    frame.PressKey(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(frame.view.log.size(), 1U);
+    frame.PressKey(Qt::Key_P, Qt::AltModifier);
+    EXPECT_EQ(frame.log.size(), 2U);
+
+    frame.onPermissions = [&] {
+        QTimer::singleShot(0, [&] {
+            EXPECT_TRUE(QTest::qWaitForWindowActive(QApplication::activeModalWidget()));
+            frame.PressKey(Qt::Key_P, Qt::AltModifier);
+            frame.RunCommand(ID_PERMISSIONS);
+            frame.PressKey(Qt::Key_Escape);
+        });
+        CDialog(IDD_RENAME, &frame).DoModal();
+    };
+    frame.RunCommand(ID_PERMISSIONS);
+    EXPECT_EQ(frame.log.size(), 3U);
+    EXPECT_TRUE(frame.HasWindow());
+}
+
+TEST(Frame, TheViewFillsWhatTheBarsLeave) {
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    const auto expectFilled = [&frame](int above, int below) {
+        const Rect client = frame.GetClientRect();
+        EXPECT_EQ(frame.view.GetClientRect(), (Rect{0, 0, client.Width(), client.Height() - above - below}));
+    };
+    QCoreApplication::processEvents();  // the bars know their sizes once they are shown
+    const int top = frame.reBar.GetClientRect().Height();
+    const int bottom = frame.statusBar.GetClientRect().Height();
+    EXPECT_GT(top, 16);
+    EXPECT_GT(bottom, 10);
+    expectFilled(top, bottom);
+    frame.MoveWindow({0, 0, 500, 400});
+    expectFilled(top, bottom);
+    frame.RunCommand(ID_VIEW_STATUS_BAR);
+    EXPECT_FALSE(frame.statusBar.IsWindowVisible());
+    expectFilled(top, 0);
+
+    const int addressLeft = frame.addressBar.GetWindowRect().left;
+    frame.RunCommand(ID_VIEW_TOOLBAR);
+    EXPECT_FALSE(frame.toolBar.IsWindowVisible());
+    EXPECT_LT(frame.addressBar.GetWindowRect().left, addressLeft);
+    frame.RunCommand(ID_VIEW_TOOLBAR);
+    EXPECT_EQ(frame.addressBar.GetWindowRect().left, addressLeft);
+}
+
+TEST(Frame, ItsPlacementIsRestored) {
+    for (const ShowState state : {ShowState::kNormal, ShowState::kMaximised}) {
+        const Rect rect{40, 50, 540, 450};
+        TestFrame frame;
+        ASSERT_TRUE(frame.LoadFrame(IDR_MAIN_FRAME));
+        frame.SetPlacement({rect, state});
+        ASSERT_TRUE(QTest::qWaitForWindowActive(frame.Top()));
+        EXPECT_TRUE(frame.IsWindowVisible());
+        EXPECT_EQ(frame.GetPlacement().showState, state);
+        EXPECT_EQ(frame.GetPlacement().normalRect, rect);
+        EXPECT_EQ(frame.Top()->windowTitle(), QStringLiteral("Permora"));
+        EXPECT_FALSE(frame.Top()->windowIcon().isNull());
+    }
+}
+
+struct ScreenCase {
+    Rect wanted;
+    Rect placed;
+};
+
+TEST(Frame, ItIsPlacedWhereAScreenIs) {
+    const std::vector<Rect> screens{{0, 0, 1000, 800}, {1000, 0, 2000, 600}};
+    constexpr int kFar = 0x7FFFFFFF;
+    for (const ScreenCase& each : {
+             ScreenCase{{10, 20, 510, 420}, {10, 20, 510, 420}},
+             {{1900, 100, 2300, 500}, {1600, 100, 2000, 500}},
+             {{1100, 700, 1500, 900}, {600, 600, 1000, 800}},  // on none: the first
+             {{5000, 5000, 5400, 5300}, {600, 500, 1000, 800}},
+             {{0, 0, 4000, 3000}, {0, 0, 1000, 800}},
+             {{100, 100, 100, 100}, {100, 100, 300, 250}},
+             {{-kFar, -kFar, kFar, kFar}, {0, 0, 1000, 800}},
+             {{kFar, kFar, -kFar, -kFar}, {800, 650, 1000, 800}},
+         }) {
+        const Rect placed = PutOnScreen(each.wanted, screens);
+        EXPECT_EQ(placed, each.placed) << each.wanted.left << "," << each.wanted.top << ": " << placed.left
+                                       << "," << placed.top << "," << placed.right << "," << placed.bottom;
+    }
+    EXPECT_EQ(PutOnScreen({1, 2, 3, 4}, {}), (Rect{1, 2, 3, 4}));
+}
+
+TEST(Frame, ClosingIsTheFramesDecision) {
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    frame.closesByItself = false;
+    EXPECT_FALSE(frame.Top()->close());
+    EXPECT_THAT(frame.log, IsEmpty());  // not within the toolkit's own event
+    QCoreApplication::processEvents();
+    EXPECT_THAT(frame.log, ElementsAre("close"));
+    EXPECT_TRUE(frame.HasWindow());
+
+    frame.closesByItself = true;
+    frame.PressKey(Qt::Key_Escape);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !frame.HasWindow(); }));
+    EXPECT_FALSE(frame.view.HasWindow());
+    EXPECT_TRUE(frame.Show());  // the object may have another window
+}
+
+TEST(Frame, APopupMenuGivesTheCommandAndGreysWhatNobodyHandles) {
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    CMenu popup = CMenu::Load(IDR_CONTEXT_MENUS).GetSubMenu(0);
+    QTimer whenShown;
+    std::string prompt;
+    QObject::connect(&whenShown, &QTimer::timeout, [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (menu == nullptr) return;
+        whenShown.stop();
+        EXPECT_FALSE(Entry(*menu, ID_SECURE_DELETION)->isEnabled());
+        EXPECT_TRUE(Entry(*menu, ID_PERMISSIONS)->isEnabled());
+        menu->setActiveAction(Entry(*menu, ID_PERMISSIONS));
+        prompt = frame.statusBar.GetPaneText(0);
+        QTest::keyClick(menu, Qt::Key_Return);
+    });
+    whenShown.start(1);
+    EXPECT_EQ(popup.TrackPopup({100, 100}, frame.view), unsigned{ID_PERMISSIONS});
+    EXPECT_EQ(prompt, "Opens Security Editor");
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Ready");
+    EXPECT_THAT(frame.log, IsEmpty());  // the caller routes it
+}
+
+}  // namespace
+}  // namespace permora

@@ -1,0 +1,141 @@
+// A small frame with all bars, and the ways in which a person works with it.
+#pragma once
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTest>
+#include <QToolButton>
+#include <string>
+#include <vector>
+
+#include "framework/bars.h"
+#include "framework/frame_window.h"
+#include "framework/list_ctrl.h"
+#include "platform/api/messages.h"
+#include "resources/resource_ids.h"
+
+namespace permora {
+
+// Who handled which command, in order.
+using CommandLog = std::vector<std::string>;
+
+class TestView : public CWnd {
+  public:
+    CommandLog log;
+    bool hasFocus = false;
+    using CWnd::OnCmdMsg;
+
+  protected:
+    void OnSetFocus() override { hasFocus = true; }
+    void OnCopy() { log.emplace_back("view copy"); }
+    const MessageMap& GetMessageMap() const override {
+        static const MessageMap kMap = MakeMessageMap<TestView>(
+            CWnd::GetMessageMap(), {
+                                       {ID_EDIT_COPY, Notify::kCommand, &TestView::OnCopy},
+                                   });
+        return kMap;
+    }
+};
+
+class TestAddressBar : public CDialogBar {
+  public:
+    CommandLog log;
+    CBitmapButton go;
+
+    bool Create(CFrameWnd& frame, unsigned int templateId) override {
+        return CDialogBar::Create(frame, templateId) && go.Create(*this, {2, 2, 18, 18}, ID_GO_TO_LOCATION);
+    }
+
+  protected:
+    void OnText() { log.push_back(GetDlgItem(IDC_LOCATION)->GetWindowText()); }
+    void OnEnter() { log.emplace_back("Enter"); }
+    const MessageMap& GetMessageMap() const override {
+        static const MessageMap kMap = MakeMessageMap<TestAddressBar>(
+            CWnd::GetMessageMap(), {
+                                       {IDC_LOCATION, Notify::kTextChanged, &TestAddressBar::OnText},
+                                       {IDOK, Notify::kClicked, &TestAddressBar::OnEnter},
+                                   });
+        return kMap;
+    }
+};
+
+class TestFrame : public CFrameWnd {
+  public:
+    CToolBar toolBar;
+    TestAddressBar addressBar;
+    CReBar reBar;
+    CStatusBar statusBar;
+    TestView view;
+    CommandLog log;
+    bool isCopyAllowed = true;
+    bool closesByItself = true;
+    std::function<void()> onPermissions;
+
+    bool OnCmdMsg(Notification& notification) override {
+        return view.OnCmdMsg(notification) || CFrameWnd::OnCmdMsg(notification);
+    }
+    // Shows it at a place that every screen has, and waits until it has the keyboard.
+    bool Show() {
+        if (!LoadFrame(IDR_MAIN_FRAME)) return false;
+        SetPlacement({{20, 30, 720, 530}, ShowState::kNormal});
+        return QTest::qWaitForWindowActive(Top()) && QTest::qWaitFor([this] { return view.hasFocus; });
+    }
+    QWidget* Top() const { return reinterpret_cast<QWidget*>(GetSafeHwnd())->window(); }
+    QToolButton* Button(unsigned int id) const {
+        return Top()->findChild<QToolButton*>(QStringLiteral("button %1").arg(id));
+    }
+    void PressKey(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QWidget* focus = QApplication::focusWidget();
+        QTest::keyClick(focus != nullptr ? focus : Top(), key, modifiers);
+        QCoreApplication::processEvents();
+    }
+    // Opens the menu with that title, as it is on the screen.
+    QMenu* OpenMenu(const char* title) {
+        auto* bar = Top()->findChild<QMenuBar*>();
+        for (QAction* action : bar->actions()) {
+            if (action->text() == QLatin1String(title)) {
+                bar->setActiveAction(action);
+                return action->menu();
+            }
+        }
+        return nullptr;
+    }
+
+  protected:
+    bool OnCreate() override {
+        if (!view.CreateChild(*this, {}, 1) || !toolBar.Create(*this) ||
+            !toolBar.LoadToolBar(IDR_MAIN_FRAME) || !addressBar.Create(*this, IDD_ADDRESS_BAR))
+            return false;
+        if (!reBar.Create(*this) || !reBar.AddBar(toolBar) || !reBar.AddBar(addressBar)) return false;
+        if (!statusBar.Create(*this)) return false;
+        statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
+        statusBar.SetPaneWidth(1, 200);
+        SetView(view);
+        return true;
+    }
+    void OnClose() override {
+        log.emplace_back("close");
+        if (closesByItself) CWnd::DestroyWindow();
+    }
+    void OnPermissions() {
+        log.emplace_back("permissions");
+        if (onPermissions) onPermissions();
+    }
+    void OnUpdateCopy(Notification& notification) { notification.state.enabled = isCopyAllowed; }
+    void OnFrameCopy() { log.emplace_back("frame copy"); }
+    void OnGo() { log.emplace_back("go"); }
+    const MessageMap& GetMessageMap() const override {
+        static const MessageMap kMap = MakeMessageMap<TestFrame>(
+            CFrameWnd::GetMessageMap(), {
+                                            {ID_PERMISSIONS, Notify::kCommand, &TestFrame::OnPermissions},
+                                            {ID_EDIT_COPY, Notify::kCommand, &TestFrame::OnFrameCopy},
+                                            {ID_EDIT_COPY, Notify::kUpdateCommand, &TestFrame::OnUpdateCopy},
+                                            {ID_GO_TO_LOCATION, Notify::kCommand, &TestFrame::OnGo},
+                                        });
+        return kMap;
+    }
+};
+
+}  // namespace permora
