@@ -21,6 +21,7 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli revoke /mnt/data/Projects --account S-1-5-32-546
   permora-cli inherit /mnt/data/Payroll --copy
   permora-cli reset /mnt/data/Projects --dry-run --verbose
+  permora-cli accounts --find admin
 
 A path is written as C:\folder\file or as this machine writes it; both mean the same object. A link at its end is
 not followed. Rights, scopes and options are listed by the help of a command: permora-cli grant --help
@@ -79,6 +80,7 @@ struct Parser {
     void AddAccount(CLI::App* command);
     void AddEntryOptions(CLI::App* command);
     void AddReset();
+    void AddAccounts();
     // Turns what was typed into what is meant; a text that says what is wrong, or an empty one.
     std::string Interpret();
 };
@@ -134,6 +136,14 @@ void Parser::AddReset() {
     reset->add_flag("--verbose", arguments.verbose, "Name each object that is passed over, with the reason");
 }
 
+void Parser::AddAccounts() {
+    CLI::App* accounts = app.add_subcommand("accounts", "List the accounts that this machine knows");
+    accounts->add_option("--find", arguments.find, "Only those in whose name, SID or type this text stands")
+        ->type_name("TEXT");
+    accounts->add_flag("--json", json, "As JSON: an array of objects");
+    accounts->callback([this] { arguments.command = Command::kAccounts; });
+}
+
 Parser::Parser() {
     app.require_subcommand(1);
     app.set_version_flag("--version", "permora-cli " PERMORA_VERSION, "Print the version");
@@ -158,6 +168,7 @@ Parser::Parser() {
     choice->add_flag("--remove", remove, "Stop inheriting and remove the inherited entries");
     choice->require_option(1);
     AddReset();
+    AddAccounts();
     // Last, so that the commands' own help stays short.
     app.footer(kFooter);
 }
@@ -168,6 +179,7 @@ std::string Parser::Interpret() {
         if (path.empty()) return "a path is empty";
     }
     if (account && Unshielded(*account).empty()) return "--account: the name is empty";
+    arguments.find = Unshielded(arguments.find);
     arguments.account = Unshielded(account.value_or(""));
     if (json) arguments.format = ShowFormat::kJson;
     if (sddl) arguments.format = ShowFormat::kSddl;

@@ -9,7 +9,7 @@
 
 namespace permora {
 
-enum class Command { kShow, kGrant, kDeny, kRevoke, kInherit, kReset };
+enum class Command { kShow, kGrant, kDeny, kRevoke, kInherit, kReset, kAccounts };
 
 enum class ShowFormat { kTable, kJson, kSddl };
 
@@ -22,7 +22,7 @@ enum class InheritanceChange {
 
 struct Arguments {
     Command command = Command::kShow;
-    std::vector<std::string> paths;  // as typed, at least one
+    std::vector<std::string> paths;  // as typed; at least one but for kAccounts
     ShowFormat format = ShowFormat::kTable;
 
     std::string account;  // grant, deny and revoke: as typed
@@ -37,6 +37,8 @@ struct Arguments {
     bool dryRun = false;
     bool dropOtherEntries = false;
     bool replaceNullList = false;
+
+    std::string find;  // accounts: what to look for, as typed; empty: everything
 
     // reset:
     bool yes = false;

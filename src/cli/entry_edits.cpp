@@ -89,6 +89,7 @@ EditResult EditObject(const Arguments& arguments, const AccountRecord& account, 
             return ChangeInheritance(arguments.inheritance, target, object, messages);
         case Command::kShow:
         case Command::kReset:
+        case Command::kAccounts:
             break;
     }
     return EditResult::kRefused;

@@ -3,6 +3,7 @@
 #include <optional>
 #include <vector>
 
+#include "cli/accounts_command.h"
 #include "cli/arguments.h"
 #include "cli/change_command.h"
 #include "cli/exit_codes.h"
@@ -36,6 +37,7 @@ std::vector<Target> FindTargets(const std::vector<std::string>& paths, ConsoleMe
 bool RunCommand(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
                 ConsoleMessages& messages) {
     if (arguments.command == Command::kShow) return RunShow(arguments, targets, messages);
+    if (arguments.command == Command::kAccounts) return RunAccounts(arguments);
     if (arguments.command == Command::kReset) return RunReset(arguments, targets, messages);
     return RunChange(arguments, account, targets, messages);
 }

@@ -263,5 +263,20 @@ TEST_F(CommandsTest, ALinkIsNeverFollowedAtTheEndOfAPath) {
     EXPECT_THAT(EntriesOf(file), HasSubstr("Allow S-1-5-32-546 0x1 0\n"));
 }
 
+TEST(AccountsCommand, FindsByNameSidAndTypeAndSaysTheSameInBothForms) {
+    const std::string table = RunCli({"accounts"}).output;
+    EXPECT_THAT(table, HasSubstr("\nBUILTIN\\Administrators "));
+    EXPECT_THAT(table, HasSubstr("\\root "));
+    for (const char* text : {"builtin\\ADMIN", "S-1-5-32-544"}) {
+        const nlohmann::json found =
+            nlohmann::json::parse(RunCli({"accounts", "--json", "--find", text}).output, nullptr, false);
+        ASSERT_EQ(found.size(), 1U) << text;
+        EXPECT_EQ(found[0]["account"], "BUILTIN\\Administrators");
+        EXPECT_EQ(found[0]["type"], "Alias");
+    }
+    EXPECT_EQ(nlohmann::json::parse(RunCli({"accounts", "--json", "--find", "[nobody has this"}).output),
+              nlohmann::json::array());
+}
+
 }  // namespace
 }  // namespace permora::test

@@ -31,6 +31,7 @@ inline constexpr DWORD ERROR_INVALID_PARAMETER         = 87;
 inline constexpr DWORD ERROR_DISK_FULL                 = 112;
 inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER       = 122;
 inline constexpr DWORD ERROR_INVALID_NAME              = 123;
+inline constexpr DWORD ERROR_INVALID_LEVEL             = 124;
 inline constexpr DWORD ERROR_MOD_NOT_FOUND             = 126;
 inline constexpr DWORD ERROR_PROC_NOT_FOUND            = 127;
 inline constexpr DWORD ERROR_DIR_NOT_EMPTY             = 145;

@@ -3,6 +3,7 @@
 // builds.
 #include <cstddef>
 
+#include "platform/api/account_enumeration.h"
 #include "platform/api/base.h"
 #include "platform/api/directory_search.h"
 #include "platform/api/errors.h"
@@ -59,6 +60,7 @@ static_assert(ERROR_INVALID_PARAMETER      == 87);
 static_assert(ERROR_DISK_FULL              == 112);
 static_assert(ERROR_INSUFFICIENT_BUFFER    == 122);
 static_assert(ERROR_INVALID_NAME           == 123);
+static_assert(ERROR_INVALID_LEVEL          == 124);
 static_assert(ERROR_MOD_NOT_FOUND          == 126);
 static_assert(ERROR_PROC_NOT_FOUND         == 127);
 static_assert(ERROR_DIR_NOT_EMPTY          == 145);
@@ -235,3 +237,11 @@ static_assert(offsetof(SECURITY_DESCRIPTOR, Dacl) == 8 + 3 * sizeof(void*));
 static_assert(sizeof(ACL_SIZE_INFORMATION) == 12);
 static_assert(offsetof(ACL_SIZE_INFORMATION, AclBytesInUse) == 4);
 static_assert(offsetof(ACL_SIZE_INFORMATION, AclBytesFree) == 8);
+
+// account_enumeration.h
+static_assert(WinNullSid == 0 && WinWorldSid == 1 && WinBuiltinAdministratorsSid == 26);
+static_assert(WinAccountAdministratorSid == 38 && WinAccountRasAndIasServersSid == 50);
+static_assert(sizeof(NET_API_STATUS) == 4 && NERR_Success == 0 && MAX_PREFERRED_LENGTH == DWORD(-1));
+static_assert(sizeof(LOCALGROUP_INFO_0) == sizeof(LPWSTR) && offsetof(LOCALGROUP_INFO_0, lgrpi0_name) == 0);
+static_assert(sizeof(USER_INFO_0) == sizeof(LPWSTR) && offsetof(USER_INFO_0, usri0_name) == 0);
+static_assert(sizeof(DWORD_PTR) == sizeof(void*));

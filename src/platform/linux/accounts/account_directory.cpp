@@ -20,11 +20,6 @@ namespace {
 
 constexpr std::array kKinds = {AccountKind::kUser, AccountKind::kGroup};
 
-// Samba's names for the host's accounts that have no account of its own.
-std::string_view UnixDomain(AccountKind kind) {
-    return kind == AccountKind::kUser ? "Unix User" : "Unix Group";
-}
-
 SID_NAME_USE UseOf(nt::SidUse use) {
     return static_cast<SID_NAME_USE>(use);
 }
@@ -47,7 +42,7 @@ DWORD DescribeComputed(const Machine& machine, const nt::Sid& sid, Account& acco
         if (kind == AccountKind::kUser) {
             return DescribeHostAccount(kind, *id, machine.name, SidTypeUser, account);
         }
-        return DescribeHostAccount(kind, *id, UnixDomain(kind), SidTypeAlias, account);
+        return DescribeHostAccount(kind, *id, UnixDomainName(kind), SidTypeAlias, account);
     }
     return ERROR_NONE_MAPPED;
 }
@@ -66,7 +61,7 @@ DWORD DescribeOfMachine(const nt::Sid& sid, Account& account) {
     for (const AccountKind kind : kKinds) {
         const SID_NAME_USE use = kind == AccountKind::kUser ? SidTypeUser : SidTypeGroup;
         if (const std::optional<id_t> id = IdOfUnixSid(kind, sid)) {
-            return DescribeHostAccount(kind, *id, UnixDomain(kind), use, account);
+            return DescribeHostAccount(kind, *id, UnixDomainName(kind), use, account);
         }
     }
     const Machine& machine = ThisMachine();
@@ -186,7 +181,7 @@ DWORD FindBare(std::string_view name, LetterCase letterCase, nt::Sid& sid) {
 
 DWORD FindQualified(std::string_view domain, std::string_view name, LetterCase letterCase, nt::Sid& sid) {
     for (const AccountKind kind : kKinds) {
-        if (IsSameName(domain, UnixDomain(kind), LetterCase::kIgnored)) {
+        if (IsSameName(domain, UnixDomainName(kind), LetterCase::kIgnored)) {
             return FindInUnixDomain(kind, name, letterCase, sid);
         }
     }

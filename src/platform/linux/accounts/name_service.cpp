@@ -4,6 +4,11 @@
 #include <pwd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/base/host_errors.h"
@@ -56,9 +61,125 @@ DWORD TakeId(id_t found, id_t& id) {
     return ERROR_SUCCESS;
 }
 
+// Calls `next` (getpwent_r and its like) until it has no more records, and has `take` look at each.
+template <typename Record, typename Take>
+DWORD AskForAll(int (*next)(Record*, char*, std::size_t, Record**), Take take) {
+    std::vector<char> buffer(kFirstBuffer);
+    for (;;) {
+        Record record{};
+        Record* found = nullptr;
+        const int result = next(&record, buffer.data(), buffer.size(), &found);
+        if (result == ERANGE && buffer.size() < kLargestBuffer) {
+            buffer.resize(2 * buffer.size());  // the same record is handed out again
+            continue;
+        }
+        if (result == ENOENT || (result == 0 && found == nullptr)) return ERROR_SUCCESS;
+        if (result == ERANGE) return ERROR_INSUFFICIENT_BUFFER;
+        if (result != 0) return ErrorFromErrno(result);
+        take(record);
+    }
+}
+
+// The accounts of one kind as they were listed a moment ago. Of several with the same name or number the
+// first one counts, as for the name service itself.
+class Listing {
+  public:
+    explicit Listing(std::vector<HostAccount> list) : accounts(std::move(list)) {
+        for (std::size_t i = 0; i < accounts.size(); ++i) {
+            byName.emplace(accounts[i].name, i);
+            byId.emplace(accounts[i].id, i);
+        }
+    }
+
+    const std::vector<HostAccount>& All() const { return accounts; }
+    bool IsRecent() const { return Clock::now() - time < kLifetime; }
+    const HostAccount* Find(const std::string& name) const { return At(byName, name); }
+    const HostAccount* Find(id_t id) const { return At(byId, id); }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::seconds kLifetime{5};
+
+    template <typename Map, typename Key>
+    const HostAccount* At(const Map& map, const Key& key) const {
+        const auto found = map.find(key);
+        return found != map.end() ? &accounts[found->second] : nullptr;
+    }
+
+    Clock::time_point time = Clock::now();
+    std::vector<HostAccount> accounts;
+    std::unordered_map<std::string, std::size_t> byName;
+    std::unordered_map<id_t, std::size_t> byId;
+};
+
+// The last listings. Enumerating has one state for the whole process, so only one thread does it at a time.
+class Listings {
+  public:
+    // Null when there is none or it is too old.
+    std::shared_ptr<const Listing> Recent(AccountKind kind) {
+        const std::lock_guard lock(mutex);
+        std::shared_ptr<const Listing>& last = Of(kind);
+        if (last && !last->IsRecent()) last.reset();
+        return last;
+    }
+
+    DWORD Make(AccountKind kind, std::shared_ptr<const Listing>& listing) {
+        const std::lock_guard lock(mutex);
+        std::vector<HostAccount> accounts;
+        const DWORD error = Enumerate(kind, accounts);
+        if (error != ERROR_SUCCESS) return error;
+        listing = Of(kind) = std::make_shared<const Listing>(std::move(accounts));
+        return ERROR_SUCCESS;
+    }
+
+  private:
+    std::shared_ptr<const Listing>& Of(AccountKind kind) {
+        return kind == AccountKind::kUser ? users : groups;
+    }
+
+    static DWORD Enumerate(AccountKind kind, std::vector<HostAccount>& accounts) {
+        const auto take = [&](const char* name, id_t id) {
+            if (IsPlainAccountName(name)) accounts.push_back({name, id});
+        };
+        DWORD error = ERROR_SUCCESS;
+        if (kind == AccountKind::kUser) {
+            setpwent();
+            error = AskForAll(getpwent_r, [&](const passwd& user) { take(user.pw_name, user.pw_uid); });
+            endpwent();
+        } else {
+            setgrent();
+            error = AskForAll(getgrent_r, [&](const group& found) { take(found.gr_name, found.gr_gid); });
+            endgrent();
+        }
+        return error;
+    }
+
+    std::mutex mutex;
+    std::shared_ptr<const Listing> users;
+    std::shared_ptr<const Listing> groups;
+};
+
+Listings& LastListings() {
+    static Listings listings;
+    return listings;
+}
+
 }  // namespace
 
+DWORD ListHostAccounts(AccountKind kind, std::vector<HostAccount>& accounts) {
+    std::shared_ptr<const Listing> listing;
+    const DWORD error = LastListings().Make(kind, listing);
+    if (error == ERROR_SUCCESS) accounts = listing->All();
+    return error;
+}
+
 DWORD FindHostName(AccountKind kind, id_t id, std::string& name) {
+    if (const auto listing = LastListings().Recent(kind)) {
+        if (const HostAccount* account = listing->Find(id)) {
+            name = account->name;
+            return ERROR_SUCCESS;
+        }
+    }
     if (kind == AccountKind::kUser) {
         return Ask(getpwuid_r, id, [&](const passwd& user) { return TakeName(user.pw_name, name); });
     }
@@ -67,6 +188,12 @@ DWORD FindHostName(AccountKind kind, id_t id, std::string& name) {
 
 DWORD FindHostId(AccountKind kind, const std::string& name, id_t& id) {
     if (!IsPlainAccountName(name)) return ERROR_NONE_MAPPED;
+    if (const auto listing = LastListings().Recent(kind)) {
+        if (const HostAccount* account = listing->Find(name)) {
+            id = account->id;
+            return ERROR_SUCCESS;
+        }
+    }
     if (kind == AccountKind::kUser) {
         return Ask(getpwnam_r, name.c_str(), [&](const passwd& user) { return TakeId(user.pw_uid, id); });
     }

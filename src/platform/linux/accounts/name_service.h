@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <vector>
 
 #include "platform/api/errors.h"
 #include "platform/linux/accounts/account_names.h"
@@ -14,5 +15,15 @@ namespace permora::host {
 // name service failed. Outputs are stored on success only.
 DWORD FindHostName(AccountKind kind, id_t id, std::string& name);
 DWORD FindHostId(AccountKind kind, const std::string& name, id_t& id);
+
+struct HostAccount {
+    std::string name;
+    id_t id = 0;
+};
+
+// All accounts that the name service enumerates (a directory service may keep its own to itself), in its
+// order; those without a plain name are left out. What it lists is believed for a few seconds, in which the
+// functions above answer from it.
+DWORD ListHostAccounts(AccountKind kind, std::vector<HostAccount>& accounts);
 
 }  // namespace permora::host

@@ -19,6 +19,7 @@ class SambaAccounts {
     // Of several accounts with the same id or SID the first one is found.
     explicit SambaAccounts(std::vector<SambaAccount> accounts);
 
+    const std::vector<SambaAccount>& All() const { return accounts; }
     // Null when there is none; else valid as long as this object.
     const SambaAccount* Find(id_t id) const;
     const SambaAccount* Find(const nt::Sid& sid) const;

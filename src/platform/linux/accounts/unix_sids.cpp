@@ -21,6 +21,10 @@ constexpr std::uint64_t KindBit(AccountKind kind) {
 
 }  // namespace
 
+std::string_view UnixDomainName(AccountKind kind) {
+    return kind == AccountKind::kUser ? "Unix User" : "Unix Group";
+}
+
 nt::Sid UnixSid(AccountKind kind, id_t id) {
     return {kUnixAuthority, {UnixDomain(kind), id}};
 }

@@ -1,14 +1,18 @@
-// The two rules that make a SID of a number of the host, both ways. Pure.
+// The two rules that make a SID of a number of the host, both ways, and the domain of such accounts. Pure.
 #pragma once
 
 #include <sys/types.h>
 
 #include <optional>
+#include <string_view>
 
 #include "platform/linux/accounts/account_names.h"
 #include "platform/nt/sid.h"
 
 namespace permora::host {
+
+// Samba's names for the host's accounts that have no account of its own.
+std::string_view UnixDomainName(AccountKind kind);
 
 // S-1-22-1-<user> and S-1-22-2-<group>, which mean the same number on every host.
 nt::Sid UnixSid(AccountKind kind, id_t id);

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <string_view>
 
+#include "platform/api/account_enumeration.h"
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/linux/base/failure.h"
@@ -45,6 +46,7 @@ std::span<Library> Libraries() {
     static const Function securityFunctions[] = {
         {"AddAccessAllowedAceEx", AddressOf(AddAccessAllowedAceEx)},
         {"AddAccessDeniedAceEx", AddressOf(AddAccessDeniedAceEx)},
+        {"CreateWellKnownSid", AddressOf(CreateWellKnownSid)},
     };
     static Library libraries[] = {
         {"advapi32", securityFunctions, {}},

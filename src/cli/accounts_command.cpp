@@ -1,0 +1,64 @@
+#include "cli/accounts_command.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/listing.h"
+#include "cli/terminal_text.h"
+#include "security/account_record.h"
+#include "security/account_search.h"
+
+namespace permora {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string SidText(PSID sid) {
+    AccountRecord record;
+    return record.SetSid(sid) ? record.GetSidText() : std::string();
+}
+
+std::string FullName(const FoundAccount& account) {
+    return account.domain.empty() ? account.name : account.domain + '\\' + account.name;
+}
+
+// Of ASCII letters alone, the case does not matter: the others' case is a matter of language.
+bool Contains(std::string_view text, std::string_view part) {
+    const auto lower = [](char character) {
+        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+    };
+    return std::search(text.begin(), text.end(), part.begin(), part.end(),
+                       [&](char one, char other) { return lower(one) == lower(other); }) != text.end();
+}
+
+}  // namespace
+
+bool RunAccounts(const Arguments& arguments) {
+    Json array = Json::array();
+    std::vector<std::vector<std::string>> table = {{"Name", "Type", "SID"}};
+    for (const FoundAccount& account : FindLocalAccounts(nullptr)) {
+        const std::string name = FullName(account);
+        const std::string type = AccountTypeText(account.use);
+        const std::string sid = SidText(account.sid.get());
+        const bool isWanted =
+            Contains(name, arguments.find) || Contains(sid, arguments.find) || Contains(type, arguments.find);
+        if (!isWanted) continue;
+        table.push_back({name, type, sid});
+        array.push_back({{"account", name},
+                         {"name", account.name},
+                         {"domain", account.domain},
+                         {"type", type},
+                         {"sid", sid}});
+    }
+    if (arguments.format == ShowFormat::kJson) {
+        Print(array.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+    } else {
+        Print(AlignedTable(table, ""));
+    }
+    return true;
+}
+
+}  // namespace permora

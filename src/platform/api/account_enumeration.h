@@ -1,0 +1,57 @@
+// What accounts there are: those of this machine, and those that are the same on every machine.
+#pragma once
+
+#include "platform/api/base.h"
+#include "platform/api/security.h"
+
+#ifdef _WIN32
+
+#include <lm.h>
+
+#else
+
+// The values with a name of their own are those that a caller or a test names; every number up to the last
+// one can be asked for.
+enum WELL_KNOWN_SID_TYPE {
+    WinNullSid = 0,
+    WinWorldSid = 1,
+    WinBuiltinAdministratorsSid = 26,
+    WinAccountAdministratorSid = 38,
+    WinAccountRasAndIasServersSid = 50,
+};
+
+using NET_API_STATUS = DWORD;
+inline constexpr NET_API_STATUS NERR_Success = 0;
+inline constexpr DWORD MAX_PREFERRED_LENGTH = 0xFFFFFFFF;
+
+// Level 0: names as LookupAccountNameA takes them.
+struct LOCALGROUP_INFO_0 {
+    LPWSTR lgrpi0_name;
+};
+struct USER_INFO_0 {
+    LPWSTR usri0_name;
+};
+
+extern "C" {
+
+// The SID of a type into `sid`, of `*size` bytes; `*size` becomes its length. Types 38 to 50 are accounts of
+// a domain and need its SID: ERROR_INVALID_PARAMETER without one, and for types that are not known.
+// ERROR_INSUFFICIENT_BUFFER, with the size needed, when it does not fit.
+BOOL WINAPI CreateWellKnownSid(WELL_KNOWN_SID_TYPE type, PSID domain, PSID sid, DWORD* size);
+
+// This machine's local groups and users, level 0 alone (ERROR_INVALID_LEVEL), each name with its domain,
+// since one bare name may mean a user, a group and more. `server` must be null or this machine
+// (ERROR_BAD_NETPATH). A call hands out names for at most `preferredLength` bytes, but at least one; when
+// there are more it returns ERROR_MORE_DATA and `*resume` says where the next call goes on, else `*resume`
+// becomes 0. `*total` is the number of names from `*resume` on. The caller frees the buffer with
+// NetApiBufferFree.
+NET_API_STATUS WINAPI NetLocalGroupEnum(LPCWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
+                                        LPDWORD read, LPDWORD total, PDWORD_PTR resume);
+// `filter` must be 0: accounts of every kind.
+NET_API_STATUS WINAPI NetUserEnum(LPCWSTR server, DWORD level, DWORD filter, LPBYTE* buffer,
+                                  DWORD preferredLength, LPDWORD read, LPDWORD total, LPDWORD resume);
+NET_API_STATUS WINAPI NetApiBufferFree(LPVOID buffer);
+
+}  // extern "C"
+
+#endif

@@ -1,0 +1,133 @@
+// Enumerating accounts and making well-known SIDs, under the system's names.
+#include "platform/api/account_enumeration.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/memory.h"
+#include "platform/api/text.h"
+#include "platform/linux/accounts/account_directory.h"
+#include "platform/linux/accounts/account_list.h"
+#include "platform/linux/base/failure.h"
+#include "platform/nt/well_known_sid_types.h"
+
+namespace {
+
+using permora::host::AccountKind;
+using permora::host::Fail;
+using permora::nt::Sid;
+
+// The structures of level 0 all consist of one pointer to a name. A block begins with them; their texts
+// follow.
+static_assert(sizeof(LOCALGROUP_INFO_0) == sizeof(LPWSTR) && sizeof(USER_INFO_0) == sizeof(LPWSTR));
+
+std::u16string ToWide(const std::string& name) {
+    std::u16string wide(name.size(), u'\0');  // never more units than bytes
+    const int count = MultiByteToWideChar(CP_ACP, 0, name.data(), static_cast<int>(name.size()), wide.data(),
+                                          static_cast<int>(wide.size()));
+    wide.resize(static_cast<std::size_t>(count));
+    return wide;
+}
+
+std::string ToAnsi(std::u16string_view wide) {
+    std::string text(3 * wide.size(), '\0');
+    const int count = WideCharToMultiByte(CP_ACP, 0, wide.data(), static_cast<int>(wide.size()), text.data(),
+                                          static_cast<int>(text.size()), nullptr, nullptr);
+    text.resize(static_cast<std::size_t>(count));
+    return text;
+}
+
+std::size_t BytesOf(const std::u16string& name) {
+    return sizeof(LPWSTR) + (name.size() + 1) * sizeof(WCHAR);
+}
+
+// `names` from `first` on for `limit` bytes, but at least one. Null when there is no memory.
+LPBYTE MakeBlock(const std::vector<std::u16string>& names, std::size_t first, std::size_t limit,
+                 std::size_t& count) {
+    std::size_t bytes = 0;
+    count = 0;
+    for (std::size_t i = first; i < names.size(); ++i, ++count) {
+        if (count > 0 && bytes + BytesOf(names[i]) > limit) break;
+        bytes += BytesOf(names[i]);
+    }
+    auto* block = static_cast<LPBYTE>(LocalAlloc(LPTR, bytes));
+    if (block == nullptr) return nullptr;
+    LPBYTE text = block + count * sizeof(LPWSTR);
+    for (std::size_t i = 0; i < count; ++i) {
+        std::memcpy(block + i * sizeof(LPWSTR), &text, sizeof text);
+        const std::u16string& name = names[first + i];
+        std::memcpy(text, name.c_str(), (name.size() + 1) * sizeof(WCHAR));
+        text += (name.size() + 1) * sizeof(WCHAR);
+    }
+    return block;
+}
+
+bool IsThisMachine(LPCWSTR server) {
+    return server == nullptr || *server == u'\0' || permora::host::IsThisMachine(ToAnsi(server));
+}
+
+// The part that both enumerations share. `Resume` is the type of their handle: the place of the next name.
+template <class Resume>
+NET_API_STATUS Enumerate(AccountKind kind, LPCWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
+                         LPDWORD read, LPDWORD total, Resume* resume) {
+    if (level != 0) return ERROR_INVALID_LEVEL;
+    if (buffer == nullptr || read == nullptr || total == nullptr) return ERROR_INVALID_PARAMETER;
+    if (!IsThisMachine(server)) return ERROR_BAD_NETPATH;
+    std::vector<std::string> found;
+    if (const DWORD error = permora::host::ListAccountNames(kind, found); error != ERROR_SUCCESS)
+        return error;
+    std::vector<std::u16string> names;
+    names.reserve(found.size());
+    for (const std::string& name : found)
+        names.push_back(ToWide(name));
+
+    const std::size_t first = resume != nullptr ? std::min<std::size_t>(*resume, names.size()) : 0;
+    std::size_t count = 0;
+    LPBYTE block = MakeBlock(names, first, preferredLength, count);
+    if (block == nullptr) return ERROR_NOT_ENOUGH_MEMORY;
+    const bool isComplete = first + count == names.size();
+    *buffer = block;
+    *read = static_cast<DWORD>(count);
+    *total = static_cast<DWORD>(names.size() - first);
+    if (resume != nullptr) *resume = isComplete ? 0 : static_cast<Resume>(first + count);
+    return isComplete ? NERR_Success : ERROR_MORE_DATA;
+}
+
+}  // namespace
+
+NET_API_STATUS WINAPI NetLocalGroupEnum(LPCWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
+                                        LPDWORD read, LPDWORD total, PDWORD_PTR resume) {
+    return Enumerate(AccountKind::kGroup, server, level, buffer, preferredLength, read, total, resume);
+}
+
+NET_API_STATUS WINAPI NetUserEnum(LPCWSTR server, DWORD level, DWORD filter, LPBYTE* buffer,
+                                  DWORD preferredLength, LPDWORD read, LPDWORD total, LPDWORD resume) {
+    if (filter != 0) return ERROR_INVALID_PARAMETER;
+    return Enumerate(AccountKind::kUser, server, level, buffer, preferredLength, read, total, resume);
+}
+
+NET_API_STATUS WINAPI NetApiBufferFree(LPVOID buffer) {
+    LocalFree(buffer);
+    return NERR_Success;
+}
+
+BOOL WINAPI CreateWellKnownSid(WELL_KNOWN_SID_TYPE type, PSID domain, PSID sid, DWORD* size) {
+    if (size == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    std::optional<Sid> domainSid;
+    if (domain != nullptr) {
+        if (!IsValidSid(domain)) return Fail(ERROR_INVALID_PARAMETER);
+        domainSid = Sid::FromBytes({static_cast<const BYTE*>(domain), GetLengthSid(domain)});
+    }
+    const auto value = permora::nt::SidOfWellKnownType(type, domainSid ? &*domainSid : nullptr);
+    if (!value) return Fail(ERROR_INVALID_PARAMETER);
+    const auto needed = static_cast<DWORD>(value->ByteSize());
+    const bool fits = sid != nullptr && *size >= needed;
+    *size = needed;
+    if (!fits) return Fail(ERROR_INSUFFICIENT_BUFFER);
+    std::memcpy(sid, value->Bytes().data(), needed);
+    return TRUE;
+}

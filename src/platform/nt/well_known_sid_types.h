@@ -1,0 +1,17 @@
+// The numbers under which well-known SIDs are asked for.
+// Source: the SDK's WELL_KNOWN_SID_TYPE (winnt.h) as its public documentation lists it.
+#pragma once
+
+#include <optional>
+
+#include "platform/nt/sid.h"
+
+namespace permora::nt {
+
+inline constexpr int kLastWellKnownSidType = 50;
+
+// The SID of a type from 0 to kLastWellKnownSidType. Nothing for another number, and for an account of a
+// domain when `domain` is null (or so long that nothing can stand below it).
+std::optional<Sid> SidOfWellKnownType(int type, const Sid* domain);
+
+}  // namespace permora::nt
