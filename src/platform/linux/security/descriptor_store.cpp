@@ -53,7 +53,7 @@ DWORD WriteError(const ObjectHandle& object, int problem) {
 }
 
 // File systems that keep their own attributes and cannot be NTFS by another way. The kernel tells the type of
-// a file system at once, where asking for an attribute takes ten times as long.
+// a file system at once, where asking for an attribute takes as long as reading one.
 bool IsSurelyNotNtfs(const ObjectHandle& object) {
     struct statfs volume {};
     if (fstatfs(object.Descriptor(), &volume) != 0) return false;
@@ -92,14 +92,13 @@ bool DescriptorStore::CanHold(const ObjectHandle& object) {
 // Whether the volume is NTFS; `stored` then holds the object's attribute, or `problem` says why not.
 bool DescriptorStore::ReadNtfs(const ObjectHandle& object, int& problem) {
     if (!kind) {
-        // Each question to ntfs-3g is a round trip to another process, so the first question is the read
-        // itself.
+        if (IsSurelyNotNtfs(object)) return false;
+        // Each question to ntfs-3g is a round trip to another process, so the question is the read itself.
         problem = ReadExtendedAttribute(object, kNtfs3gAttribute, stored);
         if (problem == 0) {
             kind = DescriptorStoreKind::kNtfs3g;
             return true;
         }
-        if (IsSurelyNotNtfs(object)) return false;
     }
     switch (KindFor(object)) {
         case DescriptorStoreKind::kNtfs3g:
