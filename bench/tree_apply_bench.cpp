@@ -1,5 +1,5 @@
 // What it costs to reset every object below a folder, against a plain loop that reads and writes the same
-// attributes. Prints the rows of a table.
+// attributes; with and without the dialog that shows each name. Prints the rows of a table.
 #include <sys/xattr.h>
 
 #include <array>
@@ -10,8 +10,11 @@
 
 #include "bench/measure.h"
 #include "bench/sample_tree.h"
+#include "framework/qt/application.h"
 #include "platform/api/errors.h"
+#include "platform/api/messages.h"
 #include "platform/host_path.h"
+#include "security/apply_dialog.h"
 #include "security/tree_apply.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
@@ -32,13 +35,25 @@ class SilentObserver : public permora::TreeListObserver {
     void PassOver(const std::string& path, DWORD /*error*/) override { Check(false, "passed over " + path); }
 };
 
-void Reset(const std::string& top, std::size_t objects) {
+void ResetAndCount(const std::string& top, permora::TreeListCounts& counts) {
     const std::string path = permora::PathFromArgument(top.c_str());
     const std::array<const char*, 1> names = {path.c_str()};
     SilentObserver observer;
-    permora::TreeListCounts counts;
     permora::ApplyToTrees(nullptr, names, permora::TreeListMode::kWrite, observer, counts);
+}
+
+void Reset(const std::string& top, std::size_t objects) {
+    permora::TreeListCounts counts;
+    ResetAndCount(top, counts);
     Check(counts.changed == objects, "not every object was changed");
+}
+
+void ResetBehindDialog(const std::string& top) {
+    const std::string path = permora::PathFromArgument(top.c_str());
+    const std::array<const char*, 1> names = {path.c_str()};
+    permora::ApplyDlg dialog(nullptr);
+    dialog.names = names;
+    Check(dialog.DoModal() == IDOK, "the dialog failed");
 }
 
 // The folder's list as it lies on the disk, so that it can be changed and nothing below with it.
@@ -63,35 +78,46 @@ Seconds CompareWithLoop(const char* what, const std::string& top, std::size_t ob
     const std::array<std::vector<std::uint8_t>, 2> lists = {
         StoredList(top, attribute, "D:P(A;OICI;FA;;;BA)(A;OICI;FR;;;BU)"),
         StoredList(top, attribute, "D:P(A;OICI;FA;;;BA)(A;OICI;FR;;;BU)(A;OICI;0x1200a9;;;WD)")};
-    const auto setTop = [&](int run) {
-        const std::vector<std::uint8_t>& list = lists.at(static_cast<std::size_t>(run) % 2);
+    const auto setTop = [&](const std::vector<std::uint8_t>& list) {
         Check(setxattr(top.c_str(), attribute, list.data(), list.size(), 0) == 0, "cannot change the folder");
     };
     const auto loop = [&] {
         Check(permora::bench::RewriteAttributes(top, attribute) == objects + 1, "the loop missed objects");
     };
     std::vector<double> ours;
+    std::vector<double> withDialog;
     std::vector<double> plain;
     for (int run = 0; run < kRuns; ++run) {
         // The loop changes a byte and changes it back, so that ours finds what it wrote itself.
         plain.push_back(SecondsFor(loop));
         loop();
-        setTop(run);
+        setTop(lists.front());
         ours.push_back(SecondsFor([&] { Reset(top, objects); }));
+        setTop(lists.back());
+        withDialog.push_back(SecondsFor([&] { ResetBehindDialog(top); }));
+        // It counts nothing itself: nothing may be left to do.
+        permora::TreeListCounts left;
+        ResetAndCount(top, left);
+        Check(left.unchanged == objects, "the dialog left objects as they were");
     }
-    setTop(kRuns);
+    setTop(lists.front());
     const std::size_t peak = PeakKibibytesOf([&] { Reset(top, objects); });
-    std::printf("| %s | %zu | %.3f s | %.3f s | %.2f | %zu KiB |\n", what, objects, Median(ours),
-                Median(plain), Median(ours) / Median(plain), peak);
+    std::printf("| %s | %zu | %.3f s | %.3f s | %.3f s | %.2f | %.2f | %zu KiB |\n", what, objects,
+                Median(plain), Median(ours), Median(withDialog), Median(ours) / Median(plain),
+                Median(withDialog) / Median(plain), peak);
     std::fflush(stdout);
     return {Median(ours), Median(plain)};
 }
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    // A display is not needed.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const permora::QtApplication application(argc, argv);
     std::printf(
-        "| where | objects | reset | plain loop | ratio | peak memory |\n|---|---|---|---|---|---|\n");
+        "| where | objects | plain loop | reset | with dialog | ratio | with dialog | peak memory |\n"
+        "|---|---|---|---|---|---|---|---|\n");
     {
         const permora::test::TemporaryFolder folder;
         const Seconds small = CompareWithLoop("local disk", folder.Path("small"), 10'000, "security.NTACL");

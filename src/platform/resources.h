@@ -1,5 +1,5 @@
 // One owning alias for each kind of system resource: its closer and its invalid value stand here, and no bare
-// LocalFree, FreeLibrary or HeapDestroy anywhere else.
+// LocalFree, FreeLibrary, HeapDestroy or CloseHandle anywhere else.
 #pragma once
 
 #include <memory>
@@ -7,6 +7,7 @@
 
 #include "platform/api/libraries.h"
 #include "platform/api/memory.h"
+#include "platform/api/threads.h"
 
 namespace permora {
 
@@ -28,5 +29,11 @@ struct HeapDestroyCloser {
 };
 // A private heap; all its blocks go with it. Null: none.
 using UniqueHeap = std::unique_ptr<void, HeapDestroyCloser>;
+
+struct CloseHandleCloser {
+    void operator()(void* handle) const { CloseHandle(handle); }
+};
+// A thread's handle. Null: none.
+using UniqueHandle = std::unique_ptr<void, CloseHandleCloser>;
 
 }  // namespace permora

@@ -14,6 +14,7 @@
 #include "platform/api/registry.h"
 #include "platform/api/security.h"
 #include "platform/api/text.h"
+#include "platform/api/threads.h"
 #include "platform/api/time.h"
 
 // clang-format off
@@ -166,6 +167,13 @@ static_assert(KEY_ENUMERATE_SUB_KEYS == 0x8 && KEY_READ == 0x20019 && KEY_WRITE 
 static_assert(REG_OPTION_NON_VOLATILE == 0 && REG_CREATED_NEW_KEY == 1 && REG_OPENED_EXISTING_KEY == 2);
 static_assert(REG_SZ == 1 && REG_EXPAND_SZ == 2 && REG_BINARY == 3 && REG_DWORD == 4 && REG_MULTI_SZ == 7);
 static_assert(sizeof(LSTATUS) == 4 && LSTATUS(-1) < 0 && sizeof(REGSAM) == 4);
+
+// threads.h
+static_assert(sizeof(SECURITY_ATTRIBUTES) == 3 * sizeof(void*));
+static_assert(offsetof(SECURITY_ATTRIBUTES, nLength) == 0);
+static_assert(offsetof(SECURITY_ATTRIBUTES, lpSecurityDescriptor) == sizeof(void*));
+static_assert(offsetof(SECURITY_ATTRIBUTES, bInheritHandle) == 2 * sizeof(void*));
+static_assert(sizeof(LPTHREAD_START_ROUTINE) == sizeof(void*));
 
 // security.h: numbers
 static_assert(SID_REVISION == 1 && SID_MAX_SUB_AUTHORITIES == 15 && SECURITY_MAX_SID_SIZE == 68);

@@ -1,0 +1,38 @@
+// ApplyDlg: resets whole folder trees on a worker thread and shows the name that it has come to.
+#pragma once
+
+#include <span>
+
+#include "framework/dialog.h"
+#include "platform/tree_security.h"
+
+namespace permora {
+
+class ApplyDlg : public CDialog {
+  public:
+    // What DoModal returns besides IDOK, which says that every tree was walked: an error box told why nothing
+    // was touched.
+    static constexpr int kCannotStart = 3;
+
+    explicit ApplyDlg(CWnd* ownerWindow);
+
+    // The selected items, relative to the current directory; those that are no folders are passed over.
+    // Borrowed: names and array must outlive DoModal.
+    std::span<const char* const> names;
+
+  protected:
+    bool OnInitDialog() override;
+    // A walk cannot be stopped, so neither Enter, Escape nor a close request end the dialog: its worker does.
+    void OnOK() override {}
+    void OnCancel() override {}
+
+  private:
+    static DWORD WINAPI ApplyToTreeWorker(LPVOID dialog);
+    // On the worker thread; the dialog may be gone when it returns.
+    void Apply();
+
+    HWND window = nullptr;  // for the worker, written before it starts
+    CStatic* status = nullptr;
+};
+
+}  // namespace permora

@@ -1,0 +1,161 @@
+// On real files, with the window without a display.
+#include "security/apply_dialog.h"
+
+#include <gtest/gtest-spi.h>
+#include <gtest/gtest.h>
+#include <sys/xattr.h>
+
+#include <array>
+#include <filesystem>
+#include <future>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/threads.h"
+#include "resources/resource_ids.h"
+#include "security/message_boxes.h"
+#include "tests/support/access_lists.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/ui_driver.h"
+
+namespace {
+
+// Services that fail or wait on demand (CMakeLists.txt).
+bool areThreadsRefused = false;
+bool areListsRefused = false;
+std::optional<std::shared_future<void>> workMayGoOn;
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
+extern "C" {
+
+HANDLE __real_CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize, LPTHREAD_START_ROUTINE start,
+                           LPVOID parameter, DWORD flags, LPDWORD threadId);
+HANDLE __wrap_CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize, LPTHREAD_START_ROUTINE start,
+                           LPVOID parameter, DWORD flags, LPDWORD threadId) {
+    if (!areThreadsRefused)
+        return __real_CreateThread(attributes, stackSize, start, parameter, flags, threadId);
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+BOOL __real_InitializeAcl(PACL acl, DWORD size, DWORD revision);
+BOOL __wrap_InitializeAcl(PACL acl, DWORD size, DWORD revision) {
+    if (workMayGoOn && areListsRefused) workMayGoOn->wait();
+    return areListsRefused ? FALSE : __real_InitializeAcl(acl, size, revision);
+}
+
+int __real_setxattr(const char* path, const char* name, const void* value, size_t size, int flags);
+int __wrap_setxattr(const char* path, const char* name, const void* value, size_t size, int flags) {
+    if (workMayGoOn) workMayGoOn->wait();
+    return __real_setxattr(path, name, value, size, flags);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace permora {
+namespace {
+
+using test::DaclText;
+using test::SetDescriptorText;
+using testing::UiDriver;
+using testing::WindowDriver;
+
+constexpr UINT kErrorBox = MB_OK | MB_ICONERROR;
+
+class ApplyDialog : public ::testing::Test {
+  protected:
+    // The folder "top" hands an entry down; the file in it has a protected list of its own.
+    void SetUp() override {
+        const DWORD error = SetDescriptorText(folder.MakeFolder("top"), "D:P(A;OICI;FA;;;BA)");
+        if (error == ERROR_NOT_SUPPORTED) GTEST_SKIP() << "the temporary folder holds no access lists";
+        ASSERT_EQ(error, ERROR_SUCCESS);
+        child = folder.MakeFile("top/a && b");
+        ASSERT_EQ(SetDescriptorText(child, kOwnList), ERROR_SUCCESS);
+        folder.MakeFile("file");
+        std::filesystem::current_path(folder.Path());
+    }
+    void TearDown() override {
+        areThreadsRefused = areListsRefused = false;
+        workMayGoOn.reset();
+    }
+
+    static int Run(std::vector<const char*> names) {
+        ApplyDlg dialog(nullptr);
+        dialog.names = names;
+        return dialog.DoModal();
+    }
+
+    static constexpr const char* kOwnList = "D:PAI(A;;FA;;;WD)";
+
+    const test::TemporaryFolder folder;
+    std::string child;
+    std::promise<void> gate;
+    UiDriver ui;
+};
+
+TEST_F(ApplyDialog, ShowsTheBareNameAndStaysUntilAllIsDone) {
+    workMayGoOn = gate.get_future().share();
+    ui.ExpectDialog(IDD_APPLY_TO_TREE, [&](WindowDriver& dialog) {
+        EXPECT_EQ(dialog.Title(), "Applying settings");
+        EXPECT_TRUE(dialog.WaitUntil([&] { return dialog.Text(IDC_APPLY_PROGRESS) == "a && b"; }));
+        dialog.Press("Esc");
+        dialog.Press("Return");
+        EXPECT_NONFATAL_FAILURE(dialog.ClickCloseBox(), "no close box");
+        EXPECT_TRUE(dialog.IsOpen());
+        EXPECT_EQ(DaclText(child), kOwnList);
+        gate.set_value();
+    });
+    EXPECT_EQ(Run({"file", "top", "missing"}), IDOK);
+    EXPECT_EQ(DaclText(child), "D:AI(A;ID;FA;;;BA)");
+    EXPECT_EQ(std::filesystem::current_path(), folder.Path());
+}
+
+TEST_F(ApplyDialog, EndsAtOnceWhenNoFolderIsSelected) {
+    for (const std::vector<const char*>& names : {std::vector<const char*>{}, {"file", "missing"}}) {
+        ui.ExpectDialog(IDD_APPLY_TO_TREE);
+        EXPECT_EQ(Run(names), IDOK);
+    }
+    EXPECT_EQ(DaclText(child), kOwnList);
+}
+
+TEST_F(ApplyDialog, TellsWhyItCannotStartAndTouchesNothing) {
+    areThreadsRefused = true;
+    ui.ExpectMessageBox(GetSystemMessageText(ERROR_NOT_ENOUGH_MEMORY), kErrorCaption, kErrorBox, IDOK);
+    EXPECT_EQ(Run({"top"}), 3);
+    areThreadsRefused = false;
+
+    areListsRefused = true;
+    workMayGoOn = gate.get_future().share();
+    ui.ExpectDialog(IDD_APPLY_TO_TREE, [&](WindowDriver&) { gate.set_value(); });
+    ui.ExpectMessageBox("Error: cannot initialize object's access control list", kErrorCaption, kErrorBox,
+                        IDOK);
+    EXPECT_EQ(Run({"top"}), 3);
+    EXPECT_EQ(DaclText(child), kOwnList);
+}
+
+TEST_F(ApplyDialog, NeedsItsStatusField) {
+    class Incomplete : public ApplyDlg {
+      public:
+        using ApplyDlg::ApplyDlg;
+
+      protected:
+        bool OnInitDialog() override {
+            GetDlgItem(IDC_APPLY_PROGRESS)->DestroyWindow();
+            return ApplyDlg::OnInitDialog();
+        }
+    };
+    Incomplete dialog(nullptr);
+    const std::array<const char*, 1> names = {"top"};
+    dialog.names = names;
+    ui.ExpectMessageBox("Error: cannot initialize dialog box", kErrorCaption, kErrorBox, IDOK);
+    EXPECT_EQ(dialog.DoModal(), 3);
+    EXPECT_EQ(DaclText(child), kOwnList);
+}
+
+}  // namespace
+}  // namespace permora
