@@ -1,5 +1,7 @@
 #include "framework/dialog.h"
 
+#include <atomic>
+
 #include "framework/dialog_controls.h"
 #include "framework/modal_window.h"
 #include "framework/resource_templates.h"
@@ -7,9 +9,11 @@
 
 namespace permora {
 
-// User-interface thread only. A worker's EndDialog may arrive when the run, or even the dialog, has gone.
+// User-interface thread only, but for the number. A worker's EndDialog may arrive when the run, or even the
+// dialog, has gone.
 struct CDialog::Run {
-    ModalWindow* modal = nullptr;  // null: not running
+    std::atomic<unsigned int> number = 0;  // counts the runs: what was meant for one must not end the next
+    ModalWindow* modal = nullptr;          // null: not running
     int result = 0;
     bool hasEnded = false;
 
@@ -36,7 +40,10 @@ int CDialog::DoModal() {
     CreateTemplateControls(*this, *dialog);
     modal.SetTabOrder({this});
 
-    *run = {&modal, IDCANCEL, false};
+    ++run->number;
+    run->modal = &modal;
+    run->result = IDCANCEL;
+    run->hasEnded = false;
     const bool wantsFocus = OnInitDialog();
     if (!run->hasEnded) {
         if (wantsFocus) FocusFirstControl(*this);
@@ -52,8 +59,9 @@ void CDialog::EndDialog(int result) {
         run->End(result);
         return;
     }
-    PostToUiThread([weakRun = std::weak_ptr(run), result] {
-        if (const auto running = weakRun.lock()) running->End(result);
+    PostToUiThread([weakRun = std::weak_ptr(run), number = run->number.load(), result] {
+        const auto running = weakRun.lock();
+        if (running && running->number == number) running->End(result);
     });
 }
 

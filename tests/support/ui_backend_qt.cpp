@@ -17,6 +17,7 @@
 #include "framework/qt/application.h"
 #include "framework/qt/widget.h"
 #include "platform/api/messages.h"
+#include "tests/support/window_driver.h"
 
 namespace permora::testing {
 namespace {
@@ -85,7 +86,7 @@ bool IsModal(const QWidget& widget) {
 ModalWindow InfoOf(QWidget& widget) {
     ModalWindow info;
     info.window = HandleOf(widget);
-    info.title = FromQt(widget.windowTitle());
+    info.title = WindowDriver(info.window).Title();
     if (const auto* box = qobject_cast<const QMessageBox*>(&widget)) {
         info.kind = ModalKind::kMessageBox;
         info.text = FromQt(box->text());

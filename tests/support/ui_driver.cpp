@@ -34,6 +34,15 @@ struct Expectation {
     }
 };
 
+Expectation MessageBoxWith(const TextMatcher& text, const TextMatcher& caption, UINT type) {
+    Expectation expectation;
+    expectation.kind = ModalKind::kMessageBox;
+    expectation.text = text;
+    expectation.title = caption;
+    expectation.type = type;
+    return expectation;
+}
+
 void PrintMatcher(std::ostream& out, const char* what, const TextMatcher& matcher) {
     out << ' ' << what << ' ';
     matcher.DescribeTo(&out);
@@ -44,7 +53,7 @@ std::ostream& operator<<(std::ostream& out, const Expectation& expected) {
         case ModalKind::kDialog:
             return out << "dialog " << expected.templateId;
         case ModalKind::kSheet:
-            out << "sheet whose title";
+            out << "sheet whose title ";
             expected.title.DescribeTo(&out);
             return out;
         case ModalKind::kMessageBox:
@@ -146,7 +155,8 @@ void UiDriver::State::Serve(const ModalWindow& modal, const Expectation& expecta
     const bool takesInput = WaitForInput(modal.window);
     switch (modal.kind) {
         case ModalKind::kMessageBox:
-            if (takesInput) ChooseButton(modal.window, expectation.answer);
+            if (takesInput && expectation.script) RunScript(modal, expectation);
+            if (takesInput && !expectation.script) ChooseButton(modal.window, expectation.answer);
             break;
         case ModalKind::kMenu:
             if (takesInput) ChooseCommand(modal.window, static_cast<unsigned int>(expectation.answer));
@@ -222,12 +232,15 @@ void UiDriver::ExpectSheet(const TextMatcher& title, Script script) {
 }
 
 void UiDriver::ExpectMessageBox(const TextMatcher& text, const TextMatcher& caption, UINT type, int answer) {
-    Expectation expectation;
-    expectation.kind = ModalKind::kMessageBox;
-    expectation.text = text;
-    expectation.title = caption;
-    expectation.type = type;
+    Expectation expectation = MessageBoxWith(text, caption, type);
     expectation.answer = answer;
+    state->Declare(std::move(expectation));
+}
+
+void UiDriver::ExpectMessageBox(const TextMatcher& text, const TextMatcher& caption, UINT type,
+                                Script script) {
+    Expectation expectation = MessageBoxWith(text, caption, type);
+    expectation.script = std::move(script);
     state->Declare(std::move(expectation));
 }
 

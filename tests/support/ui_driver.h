@@ -47,6 +47,7 @@ class UiDriver {
     void ExpectSheet(const TextMatcher& title, Script script = nullptr);
     // `type` are the MB_ buttons and icon, `answer` the id of the button that the user chooses.
     void ExpectMessageBox(const TextMatcher& text, const TextMatcher& caption, UINT type, int answer);
+    void ExpectMessageBox(const TextMatcher& text, const TextMatcher& caption, UINT type, Script script);
     // A menu that pops up by itself, not from a menu bar; the user chooses `command`, 0: nothing.
     void ExpectMenu(unsigned int command);
 

@@ -227,7 +227,15 @@ void WindowDriver::Press(const std::string& key) {
     QWidget* widget = Live(window);
     const QKeySequence keys = QKeySequence::fromString(ToQt(key), QKeySequence::PortableText);
     ASSERT_TRUE(keys.count() == 1 && keys[0].key() != Qt::Key_unknown) << "no such key: " << key;
-    if (widget != nullptr) PressKey(*widget, keys[0]);
+    if (widget == nullptr) return;
+    PressKey(*widget, keys[0]);
+    // A button that is pressed by its mnemonic stays down for a moment.
+    const auto allAreUp = [this] {
+        const QWidget* shown = qt::LiveWidget(window);
+        return shown == nullptr || std::ranges::none_of(shown->findChildren<QAbstractButton*>(),
+                                                        [](auto* button) { return button->isDown(); });
+    };
+    EXPECT_TRUE(QTest::qWaitFor(allAreUp)) << "a button stays down";
 }
 
 unsigned int WindowDriver::FocusedControl() const {

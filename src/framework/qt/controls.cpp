@@ -127,6 +127,12 @@ QString WrapText(const QString& text, const QFontMetrics& metrics, int width) {
     return wrapped + line;
 }
 
+// The keyboard enters a group of radio buttons at the one that is checked.
+void MakeTabStop(const QButtonGroup& group, const QAbstractButton& checked) {
+    for (QAbstractButton* each : group.buttons())
+        each->setFocusPolicy(each == &checked ? Qt::StrongFocus : Qt::ClickFocus);
+}
+
 class ButtonWindow final : public WidgetWindow<NativeButton> {
   public:
     ButtonWindow(CWnd& window, std::unique_ptr<QAbstractButton> made, const ControlSpec& spec)
@@ -158,6 +164,7 @@ class ButtonWindow final : public WidgetWindow<NativeButton> {
         if (group != nullptr) group->setExclusive(false);
         Button().setChecked(state == CheckState::kChecked);
         if (group != nullptr) group->setExclusive(true);
+        if (group != nullptr && state == CheckState::kChecked) MakeTabStop(*group, Button());
     }
     void Click() override { Button().click(); }
     void StyleChanged(DWORD /*before*/) override { ShowDefault(style); }
