@@ -277,10 +277,10 @@ std::unique_ptr<NativeWindow> MakeButton(CWnd& window, CWnd& parent, const Contr
     return std::make_unique<ButtonWindow>(window, std::move(button), spec);
 }
 
+// The template's groups decide which buttons exclude each other, see GroupRadioButtons. They have no tab stop
+// of their own.
 std::unique_ptr<NativeWindow> MakeRadioButton(CWnd& window, CWnd& parent, const ControlSpec& spec) {
-    auto radio = NewWidget<RadioButton>(parent, spec);
-    radio->setAutoExclusive(false);  // the template's groups decide, see GroupRadioButtons
-    return std::make_unique<ButtonWindow>(window, std::move(radio), spec);
+    return std::make_unique<ButtonWindow>(window, NewWidget<RadioButton>(parent, spec), spec);
 }
 
 std::unique_ptr<NativeWindow> MakeGroupBox(CWnd& window, CWnd& parent, const ControlSpec& spec) {

@@ -1,0 +1,190 @@
+// Every dialog of the program can be used without seeing it and without a mouse.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QWidget>
+#include <algorithm>
+#include <cctype>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "framework/dialog.h"
+#include "framework/property_sheet.h"
+#include "framework/qt/widget.h"
+#include "framework/resource_file.h"
+#include "framework/resource_templates.h"
+#include "framework/styles.h"
+#include "framework/window_access.h"
+#include "resources/embedded_resources.h"
+#include "tests/support/ui_driver.h"
+
+namespace permora {
+namespace {
+
+using testing::UiDriver;
+using testing::WindowDriver;
+
+std::vector<unsigned int> DialogTemplates() {
+    std::vector<unsigned int> ids;
+    for (const ResourceEntry& entry :
+         ReadResourceFile(EmbeddedResources()).value_or(std::vector<ResourceEntry>())) {
+        if (entry.type == static_cast<std::uint16_t>(ResourceType::kDialog)) ids.push_back(entry.id);
+    }
+    return ids;
+}
+
+using Check = std::function<void(WindowDriver&, CWnd&, const DialogTemplate&)>;
+
+void CheckDialog(UiDriver& ui, unsigned int id, const DialogTemplate& dialogTemplate, const Check& check) {
+    CDialog dialog(id);
+    ui.ExpectDialog(id, [&](WindowDriver& window) {
+        check(window, dialog, dialogTemplate);
+        dialog.EndDialog(0);
+    });
+    dialog.DoModal();
+}
+
+void CheckPage(UiDriver& ui, unsigned int id, const DialogTemplate& dialogTemplate, const Check& check) {
+    CPropertyPage page(id);
+    CPropertySheet sheet;
+    sheet.Construct("Sheet", nullptr);
+    sheet.AddPage(page);
+    ui.ExpectSheet("Sheet", [&](WindowDriver& window) {
+        check(window, page, dialogTemplate);
+        window.Press("Esc");
+    });
+    sheet.DoModal();
+}
+
+// Shows every dialog and page to `check`.
+void ForEachDialog(const Check& check) {
+    UiDriver ui;
+    const std::vector<unsigned int> ids = DialogTemplates();
+    ASSERT_FALSE(ids.empty());
+    for (const unsigned int id : ids) {
+        SCOPED_TRACE("dialog " + std::to_string(id));
+        const auto dialogTemplate = LoadDialogTemplate(id);
+        ASSERT_TRUE(dialogTemplate);
+        const bool isPage = (dialogTemplate->style & WS_CHILD) != 0;
+        (isPage ? CheckPage : CheckDialog)(ui, id, *dialogTemplate, check);
+    }
+}
+
+// What assistive technology must take a control for; nothing for frames, which it passes over.
+std::optional<QAccessible::Role> RoleOf(const ControlTemplate& control) {
+    if (control.className == "EDIT") return QAccessible::EditableText;
+    if (control.className == "COMBOBOX") return QAccessible::ComboBox;
+    if (control.className == "SYSLISTVIEW32") return QAccessible::List;
+    if (control.className == "STATIC") {
+        switch (control.style & SS_TYPEMASK) {
+            case SS_ICON:
+            case SS_BITMAP:
+                return QAccessible::Graphic;
+            case SS_ETCHEDFRAME:
+                return std::nullopt;
+            default:
+                return QAccessible::StaticText;
+        }
+    }
+    switch (control.style & BS_TYPEMASK) {
+        case BS_AUTOCHECKBOX:
+            return QAccessible::CheckBox;
+        case BS_AUTORADIOBUTTON:
+            return QAccessible::RadioButton;
+        case BS_GROUPBOX:
+            return control.text.empty() ? std::nullopt : std::optional(QAccessible::Grouping);
+        default:
+            return QAccessible::Button;
+    }
+}
+
+bool TakesInput(QAccessible::Role role) {
+    return role != QAccessible::StaticText && role != QAccessible::Graphic && role != QAccessible::Grouping;
+}
+
+bool IsShown(const ControlTemplate& control) {
+    return (control.style & WS_VISIBLE) != 0;
+}
+
+TEST(Accessibility, EveryControlHasItsRoleAndANameOfItsOwn) {
+    ForEachDialog([](WindowDriver&, CWnd& window, const DialogTemplate& dialogTemplate) {
+        const auto& children = WindowAccess::Children(window);
+        ASSERT_EQ(children.size(), dialogTemplate.controls.size()) << "a control was not made";
+        std::set<std::pair<int, QString>> namesOfInputs;
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            const ControlTemplate& control = dialogTemplate.controls[i];
+            const auto role = RoleOf(control);
+            if (!role || !IsShown(control)) continue;
+            SCOPED_TRACE(control.className + " " + std::to_string(control.id) + " \"" + control.text + "\"");
+            QAccessibleInterface* interface =
+                QAccessible::queryAccessibleInterface(qt::WidgetOf(*children[i]));
+            ASSERT_NE(interface, nullptr);
+            EXPECT_EQ(interface->role(), *role);
+            const QString name = interface->text(QAccessible::Name);
+            const bool isFilledLater = *role == QAccessible::StaticText && control.text.empty();
+            EXPECT_TRUE(isFilledLater || !name.isEmpty());
+            EXPECT_EQ(interface->state().disabled != 0, (control.style & WS_DISABLED) != 0);
+            const bool isDistinct = !TakesInput(*role) || namesOfInputs.emplace(*role, name).second;
+            EXPECT_TRUE(isDistinct) << "named as another: " << qPrintable(name);
+        }
+    });
+}
+
+// Visible and enabled controls in the template's order; of each group of radio buttons the first.
+std::vector<unsigned int> ExpectedTabOrder(const DialogTemplate& dialogTemplate) {
+    std::vector<unsigned int> order;
+    bool isInRadioGroup = false;
+    for (const ControlTemplate& control : dialogTemplate.controls) {
+        const auto role = RoleOf(control);
+        const bool isRadio = role == QAccessible::RadioButton;
+        const bool startsGroup = (control.style & WS_GROUP) != 0;
+        const bool continues = isRadio && isInRadioGroup && !startsGroup;
+        isInRadioGroup = isRadio;
+        if (!role || !TakesInput(*role) || !IsShown(control) || (control.style & WS_DISABLED) != 0 ||
+            continues)
+            continue;
+        order.push_back(control.id);
+    }
+    return order;
+}
+
+TEST(Accessibility, TheKeyboardReachesEveryControlInOrder) {
+    ForEachDialog([](WindowDriver& window, CWnd&, const DialogTemplate& dialogTemplate) {
+        const std::vector<unsigned int> expected = ExpectedTabOrder(dialogTemplate);
+        std::vector<unsigned int> order = window.TabThrough();
+        // A sheet's own tabs and buttons stand around those of the page.
+        std::erase_if(order, [&](unsigned int id) {
+            return std::ranges::none_of(dialogTemplate.controls,
+                                        [id](const auto& each) { return each.id == id; });
+        });
+        if (!order.empty()) std::ranges::rotate(order, std::ranges::find(order, expected.front()));
+        EXPECT_EQ(order, expected);
+    });
+}
+
+// The letter after a single '&'; 0: none.
+char MnemonicOf(const std::string& text) {
+    for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+        if (text[i] != '&') continue;
+        if (text[i + 1] != '&')
+            return static_cast<char>(std::tolower(static_cast<unsigned char>(text[i + 1])));
+        ++i;
+    }
+    return 0;
+}
+
+TEST(Accessibility, NoMnemonicMeansTwoControls) {
+    for (const unsigned int id : DialogTemplates()) {
+        std::map<char, int> uses;
+        for (const ControlTemplate& control : LoadDialogTemplate(id)->controls) {
+            const char letter = MnemonicOf(control.text);
+            const bool isTwice = letter != 0 && IsShown(control) && ++uses[letter] > 1;
+            EXPECT_FALSE(isTwice) << "dialog " << id << ": " << control.text;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace permora
