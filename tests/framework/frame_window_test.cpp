@@ -2,6 +2,7 @@
 #include "framework/frame_window.h"
 
 #include <gmock/gmock.h>
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
 #include <QLineEdit>
@@ -11,12 +12,17 @@
 #include "framework/screen_placement.h"
 #include "framework/styles.h"
 #include "tests/framework/test_frame.h"
+#include "tests/support/frame_driver.h"
+#include "tests/support/ui_driver.h"
 
 namespace permora {
 namespace {
 
 using ::testing::ElementsAre;
+using testing::FrameDriver;
 using ::testing::IsEmpty;
+using testing::ShownCommand;
+using testing::UiDriver;
 
 class TestApplication : public CWinApp {
   public:
@@ -66,18 +72,31 @@ TEST(Frame, AMenuIsBroughtUpToDateWhenItOpens) {
     frame.GetMenu().SetText(ID_EDIT_COPY, "&Duplicate\tCtrl+C");
     frame.GetMenu().GetSubMenu(2).CheckRadioByPosition(4, 7, 6);
 
-    const QMenu* edit = frame.OpenMenu("&Edit");
-    ASSERT_NE(edit, nullptr);
-    EXPECT_FALSE(Entry(*edit, ID_EDIT_COPY)->isEnabled());
-    EXPECT_TRUE(Entry(*edit, ID_EDIT_COPY)->isChecked());  // the handler said nothing about it
-    EXPECT_EQ(Entry(*edit, ID_EDIT_COPY)->text(), QStringLiteral("&Duplicate\tCtrl+C"));
-    EXPECT_FALSE(Entry(*edit, ID_EDIT_PASTE)->isEnabled());  // nobody's
-    frame.PressKey(Qt::Key_Escape);
+    const FrameDriver driver(UiDriver::MainWindow());
+    const ShownCommand copy = driver.LookAtMenu(ID_EDIT_COPY);
+    EXPECT_FALSE(copy.enabled);
+    EXPECT_TRUE(copy.checked);  // the handler said nothing about it
+    EXPECT_EQ(copy.text, "Duplicate");
+    EXPECT_FALSE(driver.LookAtMenu(ID_EDIT_PASTE).enabled);  // nobody's
+    EXPECT_TRUE(driver.LookAtMenu(ID_VIEW_TOOLBAR).checked);
+    EXPECT_TRUE(driver.LookAtMenu(ID_VIEW_LIST).checked);
+    EXPECT_FALSE(driver.LookAtMenu(ID_VIEW_DETAILS).checked);
+}
 
-    const QMenu* view = frame.OpenMenu("&View");
-    EXPECT_TRUE(Entry(*view, ID_VIEW_TOOLBAR)->isChecked());
-    EXPECT_TRUE(Entry(*view, ID_VIEW_LIST)->isChecked());
-    EXPECT_TRUE(Entry(*view, ID_VIEW_LIST)->actionGroup() != nullptr);
+TEST(Frame, MenusAndToolbarRunCommands) {
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    FrameDriver driver(UiDriver::MainWindow());
+    driver.ChooseMenu(ID_PERMISSIONS);
+    driver.ClickToolBar(ID_EDIT_COPY);
+    EXPECT_THAT(frame.log, ElementsAre("permissions"));
+    EXPECT_THAT(frame.view.log, ElementsAre("view copy"));
+    EXPECT_EQ(driver.LookAtToolBar(ID_EDIT_COPY).text, "Copy");
+    EXPECT_EQ(driver.StatusText(0), "Ready");
+    EXPECT_NONFATAL_FAILURE(driver.ChooseMenu(ID_EDIT_PASTE), "grey");
+    EXPECT_NONFATAL_FAILURE(driver.ClickToolBar(ID_EDIT_PASTE), "cannot be clicked");
+    driver.ChooseMenu(ID_APP_EXIT);
+    EXPECT_FALSE(frame.HasWindow());
 }
 
 TEST(Frame, PromptsStandInTheStatusBarWhileAnEntryIsPointedAt) {

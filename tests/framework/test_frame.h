@@ -63,6 +63,7 @@ class TestAddressBar : public CDialogBar {
 
 class TestFrame : public CFrameWnd {
   public:
+    CImageList images;
     CToolBar toolBar;
     TestAddressBar addressBar;
     CReBar reBar;
@@ -110,6 +111,10 @@ class TestFrame : public CFrameWnd {
             return false;
         if (!reBar.Create(*this) || !reBar.AddBar(toolBar) || !reBar.AddBar(addressBar)) return false;
         if (!statusBar.Create(*this)) return false;
+        images.Create({16, 16});
+        for (int button = 0; button < 15; ++button)
+            images.Add(CIcon::Load(button == 5 ? IDI_PERMISSIONS : IDI_HELP));
+        toolBar.SetImageList(images);
         statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
         statusBar.SetPaneWidth(1, 200);
         SetView(view);

@@ -6,10 +6,13 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDeadlineTimer>
+#include <QEventLoop>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <algorithm>
 #include <memory>
 #include <utility>
@@ -144,7 +147,16 @@ bool WaitForInput(HWND window) {
 }
 
 bool ServeEventsUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
-    return QTest::qWaitFor(condition, static_cast<int>(limit.count()));
+    constexpr int kPause = 5;
+    const QDeadlineTimer deadline(limit);
+    while (!condition()) {
+        if (deadline.hasExpired()) return false;
+        // A real loop: only that one is ever idle, which is when a frame shows its commands' states.
+        QEventLoop loop;
+        QTimer::singleShot(kPause, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    return true;
 }
 
 std::vector<HWND> OpenWindows() {

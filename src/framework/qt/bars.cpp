@@ -28,7 +28,10 @@ class ToolBarWindow final : public qt::WidgetWindow<NativeToolBar> {
     void SetImages(const CImageList& images) override;
     void SetTips(bool enabled) override { showsTips = enabled; }
     void ShowEnabled(unsigned int id, bool enabled) override {
-        if (QAction* action = ActionOf(id)) action->setEnabled(enabled);
+        QAction* action = ActionOf(id);
+        if (action == nullptr || action->isEnabled() == enabled) return;
+        action->setEnabled(enabled);
+        KeepTabStop();
     }
     void ShowPressed(unsigned int id, bool pressed) override {
         QAction* action = ActionOf(id);
@@ -44,6 +47,8 @@ class ToolBarWindow final : public qt::WidgetWindow<NativeToolBar> {
     void OnTriggered(QAction& action);
     bool OnButtonEvent(QToolButton& button, QEvent& event);
     bool OnButtonKey(QToolButton& button, int key);
+    // The Tab key stops at a button that can be used.
+    void KeepTabStop();
     void FocusButton(qsizetype from, qsizetype step);
 
     FrameEvents& events;
@@ -67,7 +72,19 @@ void ToolBarWindow::SetButtons(std::span<const ToolButton> made) {
             AddButton(each);
         }
     }
-    if (!buttons.isEmpty()) buttons.first()->setFocusPolicy(Qt::TabFocus);
+    KeepTabStop();
+}
+
+void ToolBarWindow::KeepTabStop() {
+    const auto isStop = [](const QToolButton* button) {
+        return button->isEnabled() && button->focusPolicy() != Qt::NoFocus;
+    };
+    if (std::ranges::any_of(buttons, isStop)) return;
+    bool hasStop = false;
+    for (QToolButton* button : buttons) {
+        button->setFocusPolicy(!hasStop && button->isEnabled() ? Qt::TabFocus : Qt::NoFocus);
+        hasStop = hasStop || button->isEnabled();
+    }
 }
 
 void ToolBarWindow::AddButton(const ToolButton& made) {
@@ -161,6 +178,7 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar> {
         for (const int width : widths) {
             auto* pane = new QLabel(&Bar());
             pane->setTextFormat(Qt::PlainText);
+            qt::SetIdentity(*pane, "status pane", static_cast<unsigned int>(panes.size()));
             Bar().addWidget(pane, width == kStretch ? 1 : 0);
             panes.append(pane);
             if (width == kStretch) {

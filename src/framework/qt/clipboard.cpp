@@ -5,7 +5,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
-#include <algorithm>
+#include <QPointer>
 #include <memory>
 
 #include "framework/clipboard_native.h"
@@ -59,14 +59,17 @@ bool SetNativeClipboardData(unsigned int format, std::span<const std::uint8_t> b
     if (type.isEmpty()) return false;
     QClipboard& clipboard = *QGuiApplication::clipboard();
     auto data = std::make_unique<QMimeData>();
-    if (const QMimeData* present = clipboard.ownsClipboard() ? clipboard.mimeData() : nullptr) {
-        for (const QString& other : present->formats())
-            data->setData(other, present->data(other));
+    // What is there in other formats stays if it is this program's own.
+    static QPointer<const QMimeData> placed;
+    if (placed != nullptr && placed == clipboard.mimeData()) {
+        for (const QString& other : placed->formats())
+            data->setData(other, placed->data(other));
     }
     data->setData(
         type, QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())));
+    placed = data.get();
     clipboard.setMimeData(data.release());
-    return clipboard.ownsClipboard();
+    return Clipboard::IsFormatAvailable(format);
 }
 
 std::optional<std::vector<std::uint8_t>> NativeClipboardData(unsigned int format) {

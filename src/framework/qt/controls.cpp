@@ -208,6 +208,23 @@ class GroupBoxWindow final : public WidgetWindow<NativeWindow> {
     QGroupBox& Box() const { return static_cast<QGroupBox&>(Widget()); }
 };
 
+// Keeps the keys that delete words, which the frame has commands for; the toolkit keeps the other editing
+// keys.
+class LineEdit : public QLineEdit {
+  public:
+    using QLineEdit::QLineEdit;
+
+  protected:
+    bool event(QEvent* event) override {
+        if (event->type() == QEvent::ShortcutOverride) {
+            const auto& key = static_cast<const QKeyEvent&>(*event);
+            if (key.matches(QKeySequence::DeleteEndOfWord) || key.matches(QKeySequence::DeleteStartOfWord))
+                event->accept();
+        }
+        return QLineEdit::event(event);
+    }
+};
+
 class EditWindow final : public WidgetWindow<NativeEdit> {
   public:
     EditWindow(CWnd& window, std::unique_ptr<QLineEdit> made, const ControlSpec& spec)
@@ -290,7 +307,7 @@ std::unique_ptr<NativeWindow> MakeGroupBox(CWnd& window, CWnd& parent, const Con
 }
 
 std::unique_ptr<NativeWindow> MakeEdit(CWnd& window, CWnd& parent, const ControlSpec& spec) {
-    auto edit = NewWidget<QLineEdit>(parent, spec);
+    auto edit = NewWidget<LineEdit>(parent, spec);
     qt::ApplyTabStop(*edit, spec.style);
     return std::make_unique<EditWindow>(window, std::move(edit), spec);
 }

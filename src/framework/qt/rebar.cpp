@@ -13,8 +13,8 @@ namespace permora {
 namespace {
 
 constexpr int kGripperWidth = 8;
-constexpr int kMargin = 2;           // around a band
-constexpr int kLeastBandWidth = 40;  // with its gripper
+constexpr int kMargin = 2;            // around a band
+constexpr int kLeastBandWidth = 100;  // with its gripper
 
 class ReBarWidget : public QWidget {
   public:
@@ -73,6 +73,10 @@ class ReBarWidget : public QWidget {
     // The shown band whose left edge can be moved there; -1: none. The first one's cannot.
     qsizetype GripperAt(const QPoint& point) const;
     qsizetype ShownBefore(qsizetype index) const;
+    int RoomAfter(qsizetype index) const {
+        return kLeastBandWidth *
+               static_cast<int>(std::count_if(bands.begin() + index + 1, bands.end(), IsShown));
+    }
 
     QList<Band> bands;
     qsizetype dragged = -1;
@@ -92,7 +96,9 @@ void ReBarWidget::LayOut() {
         Band& band = bands[i];
         if (!IsShown(band)) continue;
         band.left = left;
-        const int bandWidth = i == last ? std::max(width() - left, kLeastBandWidth) : WidthOf(band);
+        // A narrow window leaves something of every bar in sight.
+        const int room = std::max(width() - left - RoomAfter(i), kLeastBandWidth);
+        const int bandWidth = i == last ? room : std::min(WidthOf(band), room);
         const int bandHeight = SizeOf(band).height();
         const int top = kMargin + (height() - 2 * kMargin - kLineHeight - bandHeight) / 2;
         band.bar->setGeometry(left + kGripperWidth, top, bandWidth - kGripperWidth - kMargin, bandHeight);

@@ -1,0 +1,151 @@
+// Toolbar, dialog bar, rebar and status bar of a frame, under mouse and keyboard.
+#include "framework/bars.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QEventLoop>
+#include <QHelpEvent>
+#include <QLineEdit>
+#include <QTimer>
+#include <QToolTip>
+
+#include "framework/styles.h"
+#include "tests/framework/test_frame.h"
+
+namespace permora {
+namespace {
+
+using ::testing::ElementsAre;
+
+class Bars : public ::testing::Test {
+  protected:
+    void SetUp() override { ASSERT_TRUE(frame.Show()); }
+    void Click(unsigned int id) {
+        QTest::mouseClick(frame.Button(id), Qt::LeftButton);
+        QCoreApplication::processEvents();
+    }
+    // States are shown anew when the program has nothing else to do.
+    void WaitForIdle() {
+        QEventLoop loop;
+        QTimer::singleShot(1, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+
+    TestFrame frame;
+};
+
+TEST_F(Bars, ButtonsRunCommandsAndShowTheirStates) {
+    WaitForIdle();
+    EXPECT_TRUE(frame.Button(ID_PERMISSIONS)->isEnabled());
+    EXPECT_FALSE(frame.Button(ID_WIZARD)->isEnabled());  // nobody's
+    Click(ID_PERMISSIONS);
+    Click(ID_EDIT_COPY);
+    EXPECT_THAT(frame.log, ElementsAre("permissions"));
+    EXPECT_THAT(frame.view.log, ElementsAre("view copy"));
+    EXPECT_TRUE(frame.view.HasFocus());  // a click leaves it there
+
+    frame.isCopyAllowed = false;
+    WaitForIdle();
+    EXPECT_FALSE(frame.Button(ID_EDIT_COPY)->isEnabled());
+}
+
+TEST_F(Bars, APressedButtonStaysUntilItIsReleased) {
+    frame.toolBar.PressButton(ID_PERMISSIONS, true);
+    WaitForIdle();
+    Click(ID_PERMISSIONS);
+    EXPECT_TRUE(frame.toolBar.IsButtonPressed(ID_PERMISSIONS));
+    EXPECT_TRUE(frame.Button(ID_PERMISSIONS)->isChecked());
+    frame.onPermissions = [this] { frame.toolBar.PressButton(ID_PERMISSIONS, false); };
+    Click(ID_PERMISSIONS);
+    EXPECT_FALSE(frame.toolBar.IsButtonPressed(ID_PERMISSIONS));
+    EXPECT_FALSE(frame.Button(ID_PERMISSIONS)->isChecked());
+}
+
+TEST_F(Bars, IconsGoToButtonsInOrderWithoutSeparators) {
+    const auto picture = [this](unsigned int id) { return frame.Button(id)->icon().pixmap(16).toImage(); };
+    EXPECT_FALSE(picture(ID_HELP_CONTENTS).isNull());
+    EXPECT_EQ(picture(ID_HELP_CONTENTS), picture(ID_GO_BACK));
+    EXPECT_NE(picture(ID_PERMISSIONS), picture(ID_GO_BACK));
+}
+
+TEST_F(Bars, TipsAndPromptsTellWhatAButtonDoes) {
+    QToolButton* button = frame.Button(ID_PERMISSIONS);
+    for (const bool isEnabled : {false, true}) {
+        frame.toolBar.EnableToolTips(isEnabled);
+        QHelpEvent event(QEvent::ToolTip, QPoint(2, 2), button->mapToGlobal(QPoint(2, 2)));
+        QApplication::sendEvent(button, &event);
+        EXPECT_EQ(QToolTip::text(), QString::fromLatin1(isEnabled ? "Permissions" : ""));
+    }
+    QToolTip::hideText();
+    QEnterEvent enter(QPointF(2, 2), QPointF(2, 2), QPointF(2, 2));
+    QApplication::sendEvent(button, &enter);
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Opens Security Editor");
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(button, &leave);
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Ready");
+}
+
+TEST_F(Bars, TheKeyboardReachesEveryButton) {
+    WaitForIdle();
+    frame.isCopyAllowed = true;
+    frame.addressBar.GetDlgItem(IDC_LOCATION)->SetFocus();
+    frame.PressKey(Qt::Key_Tab, Qt::ShiftModifier);
+    EXPECT_EQ(QApplication::focusWidget(), frame.Button(ID_PERMISSIONS));  // the first that can be used
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Opens Security Editor");
+    frame.PressKey(Qt::Key_Right);
+    EXPECT_EQ(QApplication::focusWidget(), frame.Button(ID_EDIT_COPY));
+    frame.PressKey(Qt::Key_Return);
+    frame.PressKey(Qt::Key_Left);
+    frame.PressKey(Qt::Key_Space);
+    EXPECT_THAT(frame.view.log, ElementsAre("view copy"));
+    EXPECT_THAT(frame.log, ElementsAre("permissions"));
+    frame.PressKey(Qt::Key_Tab);
+    EXPECT_TRUE(frame.addressBar.GetDlgItem(IDC_LOCATION)->HasFocus());
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Ready");
+}
+
+TEST_F(Bars, ADialogBarAnswersItselfOrAsksTheFrame) {
+    auto* edit = frame.Top()->findChild<QLineEdit*>();
+    edit->setFocus();
+    QTest::keyClicks(edit, QStringLiteral("/a"));
+    frame.PressKey(Qt::Key_Return);
+    EXPECT_THAT(frame.addressBar.log, ElementsAre("/", "/a", "Enter"));
+    auto* go = reinterpret_cast<QWidget*>(frame.addressBar.go.GetSafeHwnd());
+    QTest::mouseClick(go, Qt::LeftButton);
+    EXPECT_THAT(frame.log, ElementsAre("go"));
+}
+
+TEST_F(Bars, AnEditFieldKeepsTheKeyThatWouldDeleteFiles) {
+    auto* edit = frame.Top()->findChild<QLineEdit*>();
+    edit->setFocus();
+    edit->setText(QStringLiteral("one two"));
+    edit->setCursorPosition(0);
+    frame.PressKey(Qt::Key_Delete, Qt::ControlModifier);
+    EXPECT_EQ(edit->text(), QStringLiteral("two"));
+}
+
+TEST_F(Bars, AGripperMovesTheEdgeBetweenTwoBars) {
+    QWidget* reBar = reinterpret_cast<QWidget*>(frame.reBar.GetSafeHwnd());
+    const Rect before = frame.addressBar.GetWindowRect();
+    const QPoint gripper = reBar->mapFromGlobal(QPoint(before.left - 4, (before.top + before.bottom) / 2));
+    QTest::mousePress(reBar, Qt::LeftButton, Qt::NoModifier, gripper);
+    QTest::mouseMove(reBar, gripper - QPoint(100, 0));
+    QTest::mouseRelease(reBar, Qt::LeftButton, Qt::NoModifier, gripper - QPoint(100, 0));
+    const Rect after = frame.addressBar.GetWindowRect();
+    EXPECT_NEAR(after.left, before.left - 100, 6);
+    EXPECT_EQ(after.right, before.right);
+}
+
+TEST_F(Bars, PanesThatDoNotExistAreIgnored) {
+    for (const int pane : {-1, 2}) {
+        frame.statusBar.SetPaneText(pane, "text");
+        frame.statusBar.SetPaneWidth(pane, 10);
+        EXPECT_EQ(frame.statusBar.GetPaneText(pane), "");
+    }
+    frame.statusBar.SetPaneText(1, "A & B");
+    EXPECT_EQ(frame.statusBar.GetPaneText(1), "A & B");
+}
+
+}  // namespace
+}  // namespace permora
