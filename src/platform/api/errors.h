@@ -51,6 +51,7 @@ inline constexpr DWORD ERROR_BADDB                     = 1009;
 inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION    = 1113;
 inline constexpr DWORD ERROR_IO_DEVICE                 = 1117;
 inline constexpr DWORD ERROR_TOO_MANY_LINKS            = 1142;
+inline constexpr DWORD ERROR_NO_ASSOCIATION            = 1155;
 inline constexpr DWORD ERROR_DEVICE_NOT_CONNECTED      = 1167;
 inline constexpr DWORD ERROR_NOT_FOUND                 = 1168;
 inline constexpr DWORD ERROR_CONNECTION_REFUSED        = 1225;

@@ -13,6 +13,8 @@
 #include "platform/api/messages.h"
 #include "platform/api/registry.h"
 #include "platform/api/security.h"
+#include "platform/api/shell.h"
+#include "platform/api/system.h"
 #include "platform/api/text.h"
 #include "platform/api/threads.h"
 #include "platform/api/time.h"
@@ -82,6 +84,7 @@ static_assert(ERROR_BADDB                  == 1009);
 static_assert(ERROR_NO_UNICODE_TRANSLATION == 1113);
 static_assert(ERROR_IO_DEVICE              == 1117);
 static_assert(ERROR_TOO_MANY_LINKS         == 1142);
+static_assert(ERROR_NO_ASSOCIATION         == 1155);
 static_assert(ERROR_DEVICE_NOT_CONNECTED   == 1167);
 static_assert(ERROR_NOT_FOUND              == 1168);
 static_assert(ERROR_CONNECTION_REFUSED     == 1225);
@@ -174,6 +177,15 @@ static_assert(offsetof(SECURITY_ATTRIBUTES, nLength) == 0);
 static_assert(offsetof(SECURITY_ATTRIBUTES, lpSecurityDescriptor) == sizeof(void*));
 static_assert(offsetof(SECURITY_ATTRIBUTES, bInheritHandle) == 2 * sizeof(void*));
 static_assert(sizeof(LPTHREAD_START_ROUTINE) == sizeof(void*));
+
+// system.h, shell.h
+static_assert(sizeof(OSVERSIONINFOA) == 148 && offsetof(OSVERSIONINFOA, dwMajorVersion) == 4);
+static_assert(offsetof(OSVERSIONINFOA, dwMinorVersion) == 8 && offsetof(OSVERSIONINFOA, dwBuildNumber) == 12);
+static_assert(offsetof(OSVERSIONINFOA, dwPlatformId) == 16 && offsetof(OSVERSIONINFOA, szCSDVersion) == 20);
+static_assert(VER_PLATFORM_WIN32_NT == 2 && SHGFI_TYPENAME == 0x400 && SW_SHOW == 5 && SE_ERR_NOASSOC == 31);
+static_assert(offsetof(SHFILEINFOA, iIcon) == sizeof(void*) && offsetof(SHFILEINFOA, dwAttributes) == sizeof(void*) + 4);
+static_assert(offsetof(SHFILEINFOA, szDisplayName) == sizeof(void*) + 8 && sizeof(SHFILEINFOA{}.szTypeName) == 80);
+static_assert(offsetof(SHFILEINFOA, szTypeName) == sizeof(void*) + 268);
 
 // security.h: numbers
 static_assert(SID_REVISION == 1 && SID_MAX_SUB_AUTHORITIES == 15 && SECURITY_MAX_SID_SIZE == 68);

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,6 +18,7 @@ extern "C" {
 #include <utility>
 
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/spawn_plan.h"
 #include "platform/linux/base/unique_fd.h"
 
 namespace permora::host {
@@ -28,62 +28,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::array kToolFolders = {"/usr/bin/", "/usr/sbin/", "/bin/", "/sbin/"};
-
-// Where tools find their own helpers.
-constexpr const char* kPath = "PATH=/usr/bin:/usr/sbin:/bin:/sbin";
-
-// How the child starts: with three streams of its own and nothing else of this process.
-class SpawnPlan {
-  public:
-    explicit SpawnPlan(int outputTarget) {
-        posix_spawn_file_actions_init(&actions);
-        // The pipe first: its descriptor may be one of the three when this process was started without them.
-        Note(posix_spawn_file_actions_adddup2(&actions, outputTarget, STDOUT_FILENO));
-        Note(posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
-        Note(posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0));
-        Note(posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1));
-
-        posix_spawnattr_init(&attributes);
-        sigset_t signals;
-        sigemptyset(&signals);
-        Note(posix_spawnattr_setsigmask(&attributes, &signals));
-        sigfillset(&signals);
-        Note(posix_spawnattr_setsigdefault(&attributes, &signals));
-        // A process group of its own, so that whatever the tool starts can be killed with it.
-        Note(posix_spawnattr_setpgroup(&attributes, 0));
-        Note(posix_spawnattr_setflags(
-            &attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
-    }
-    SpawnPlan(const SpawnPlan&) = delete;
-    SpawnPlan& operator=(const SpawnPlan&) = delete;
-    ~SpawnPlan() {
-        posix_spawnattr_destroy(&attributes);
-        posix_spawn_file_actions_destroy(&actions);
-    }
-
-    // An errno value, or 0 with the child's id in `child`.
-    int Start(const std::string& path, const std::vector<std::string>& arguments, pid_t& child) const {
-        if (problem != 0) return problem;
-        // The system does not write to these texts; its interface is older than const.
-        const auto word = [](const char* text) { return const_cast<char*>(text); };
-        std::vector<char*> words = {word(path.c_str())};
-        for (const std::string& argument : arguments)
-            words.push_back(word(argument.c_str()));
-        words.push_back(nullptr);
-        // Tools must speak the language that their answers are read in.
-        std::array environment = {word("LC_ALL=C"), word(kPath), word(nullptr)};
-        return posix_spawn(&child, path.c_str(), &actions, &attributes, words.data(), environment.data());
-    }
-
-  private:
-    void Note(int result) {
-        if (problem == 0) problem = result;
-    }
-
-    posix_spawn_file_actions_t actions{};
-    posix_spawnattr_t attributes{};
-    int problem = 0;  // errno value of the first step that failed
-};
 
 // ERROR_SUCCESS when there is something to read, or an end to be seen, before the deadline.
 DWORD AwaitReadable(int descriptor, Clock::time_point deadline) {
@@ -155,7 +99,9 @@ DWORD RunTool(const std::string& name, const std::vector<std::string>& arguments
     const UniqueFd source(ends[0]);
     UniqueFd target(ends[1]);
     pid_t child = -1;
-    const int problem = SpawnPlan(target.Get()).Start(*path, arguments, child);
+    // Tools must speak the language that their answers are read in.
+    const int problem = SpawnPlan(target.Get(), SpawnPlan::Ties::kOwnGroup)
+                            .Start(*path, arguments, {"LC_ALL=C", kToolPath}, child);
     if (problem != 0) return ErrorFromErrno(problem);
     target.Reset();  // so that the child's end of output is the end of the pipe
 

@@ -5,9 +5,7 @@
 
 namespace permora::host {
 
-// The user's: "permora" in the folder of configuration files (XDG Base Directory Specification). The
-// environment is believed only as far as it names a place that belongs to the user this process runs as (sudo
-// may leave another's there); otherwise it is the one in that user's home. Empty when there is none.
+// The user's: "permora" in the folder of configuration files. Empty when there is none.
 std::string UserRegistryFolder();
 
 // The machine's, which only root can change.

@@ -1,0 +1,126 @@
+// Listing a folder of 100,000 files in the main window, with everything that it takes: reading the folder for
+// the folders and for the files, the rows, the status bar, and the painting afterwards. Compared with what
+// "ls -lU" takes for the same folder. Nothing is shown: the toolkit paints into memory. Prints the rows of a
+// table in README.md.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "bench/measure.h"
+#include "browser/address_bar.h"
+#include "browser/browser_view.h"
+#include "framework/bars.h"
+#include "framework/frame_window.h"
+#include "framework/qt/application.h"
+#include "platform/host_path.h"
+#include "resources/resource_ids.h"
+#include "tests/support/command.h"
+#include "tests/support/temporary_folder.h"
+
+namespace permora {
+namespace {
+
+constexpr int kFiles = 100'000;
+constexpr int kRuns = 7;
+
+class Frame : public CFrameWnd {
+  public:
+    CStatusBar statusBar;
+    CReBar reBar;
+    AddrBar addressBar;
+    BrowserView view;
+
+  protected:
+    bool OnCreate() override {
+        view.Create(*this, 1, R"("permora")");
+        if (!addressBar.Create(*this, IDD_ADDRESS_BAR) || !reBar.Create(*this) || !reBar.AddBar(addressBar) ||
+            !statusBar.Create(*this))
+            return false;
+        statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
+        view.statusBar = &statusBar;
+        view.addressBar = &addressBar;
+        SetView(view);
+        return true;
+    }
+};
+
+void MakeFiles(const test::TemporaryFolder& folder) {
+    constexpr std::array kEndings = {".txt", ".zip", ".tar.gz", ".JPG", ".doc", "", ".7", ".exe"};
+    for (int i = 0; i < kFiles; ++i) {
+        const std::string ending = kEndings[static_cast<std::size_t>(i) % kEndings.size()];
+        std::ofstream(folder.Path("A file of number " + std::to_string(i) + ending)) << i;
+    }
+}
+
+double SecondsOfLs(const std::string& path) {
+    return bench::SecondsFor([&] {
+        const auto result = test::RunCommand({"sh", "-c", "ls -lU \"$0\" > /dev/null", path});
+        bench::Check(result.exitCode == 0, "ls failed: " + result.output);
+    });
+}
+
+double SecondsOfListing(Frame& frame, const std::string& path) {
+    return bench::SecondsFor([&] {
+        bench::Check(frame.view.ListFolder(path), "the folder cannot be listed");
+        QApplication::processEvents();
+        bench::Check(frame.view.list.GetItemCount() == kFiles, "files are missing");
+    });
+}
+
+struct Mode {
+    const char* name;
+    ListView view;
+    bool hasOwnIcons;
+};
+
+void Measure(Frame& frame, const std::string& path) {
+    constexpr std::array kModes = {Mode{"icons", ListView::kIcons, true},
+                                   Mode{"the shell's icons", ListView::kIcons, false},
+                                   Mode{"details", ListView::kReport, true},
+                                   Mode{"details with the shell's icons", ListView::kReport, false}};
+    const std::string shown = PathFromArgument(path.c_str());
+    std::array<std::vector<double>, kModes.size()> ours;
+    std::vector<double> ls;
+    for (int run = 0; run < kRuns; ++run) {
+        ls.push_back(SecondsOfLs(path));
+        for (std::size_t i = 0; i < kModes.size(); ++i) {
+            frame.view.GoToRoot();
+            frame.view.SetViewMode(kModes[i].view);
+            frame.view.useOwnIcons = kModes[i].hasOwnIcons;
+            ours[i].push_back(SecondsOfListing(frame, shown));
+        }
+    }
+    std::printf("| view | listed and painted | `ls -lU` | ratio |\n|---|---|---|---|\n");
+    const double lsMedian = bench::Median(ls);
+    for (std::size_t i = 0; i < kModes.size(); ++i) {
+        const double median = bench::Median(ours[i]);
+        std::printf("| %s | %.3f s | %.3f s | %.2f |\n", kModes[i].name, median, lsMedian, median / lsMedian);
+    }
+}
+
+void Run() {
+    const test::TemporaryFolder folder;
+    MakeFiles(folder);
+    Frame frame;
+    if (!bench::Check(frame.LoadFrame(IDR_MAIN_FRAME), "the window cannot be made")) return;
+    frame.SetPlacement({{0, 0, 1000, 700}, ShowState::kNormal});
+    QApplication::processEvents();
+    Measure(frame, folder.Path());
+    bench::Check(chdir("/") == 0, "cannot leave the folder");
+}
+
+}  // namespace
+}  // namespace permora
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    permora::QtApplication application(argc, argv);
+    permora::Run();
+    return permora::bench::ExitCode();
+}

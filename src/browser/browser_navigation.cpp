@@ -1,0 +1,192 @@
+// Moving between locations, and opening rows.
+#include "browser/browser_view.h"
+#include "browser/shell_items.h"
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+// Attributes that cannot be read count as those of a folder.
+bool MayBeFolder(const std::string& path) {
+    return (GetFileAttributesA(path.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+// There is no folder of that path any more. One that merely does not answer is not gone.
+bool IsGone(const std::string& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES) return (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    const DWORD error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
+// "C:\a" of "C:\a\b", "C:\" of "C:\a", and nothing above a drive's root.
+std::string FolderAbove(const std::string& path) {
+    const std::size_t separator = path.rfind('\\');
+    if (separator == std::string::npos || separator + 1 == path.size()) return {};
+    const bool isBelowRoot = path.find('\\') == separator;
+    return path.substr(0, isBelowRoot ? separator + 1 : separator);
+}
+
+}  // namespace
+
+void BrowserView::ReportLastError() const {
+    if (GetLastError() != ERROR_SUCCESS) ShowLastErrorBox(GetSafeHwnd());
+}
+
+void BrowserView::RecordLocation() {
+    ++historyIndex;
+    history.resize(static_cast<std::size_t>(historyIndex));
+    history.push_back(currentFolder);
+}
+
+void BrowserView::RefreshList() {
+    if (currentFolder.empty()) {
+        if (!ListDrives()) ReportLastError();
+        return;
+    }
+    if (ListFolder(currentFolder)) return;
+    const DWORD error = GetLastError();
+    if (IsGone(currentFolder) && ShowNearestParent()) return;
+    SetLastError(error);
+    ReportLastError();
+}
+
+bool BrowserView::ShowLocationAgain() {
+    if (currentFolder.empty()) return ListDrives();
+    return ListFolder(currentFolder) || (IsGone(currentFolder) && ShowNearestParent());
+}
+
+// What the user sees vanish is told, since nobody chose to go elsewhere.
+bool BrowserView::ShowNearestParent() {
+    const std::string gone = currentFolder;
+    std::string nearest = FolderAbove(gone);
+    while (!nearest.empty() && !ListFolder(nearest))
+        nearest = FolderAbove(nearest);
+    if (nearest.empty() && !ListDrives()) return false;
+    if (nearest.empty()) currentFolder.clear();
+    RecordLocation();
+    const std::string shown = nearest.empty() ? "the list of disk drives" : '"' + currentFolder + '"';
+    ShowInfoBox(
+        GetSafeHwnd(),
+        ("The folder \"" + gone + "\" does not exist any more.\nShowing " + shown + " instead.").c_str());
+    return true;
+}
+
+void BrowserView::MoveInHistory(int step) {
+    const int target = historyIndex + step;
+    if (target < 0 || target >= static_cast<int>(history.size())) return;
+    const std::string location = history[static_cast<std::size_t>(target)];
+    const bool isShown = location.empty() ? ListDrives() : ListFolder(location);
+    if (!isShown) {
+        ShowLocationAgain();
+        return;
+    }
+    historyIndex = target;
+    if (location.empty()) currentFolder.clear();
+}
+
+void BrowserView::GoUp() {
+    if (driveListShown) return;
+    if (isDriveRoot) {
+        ShowDrives();
+        return;
+    }
+    std::string above;
+    if (SetCurrentDirectoryA("..") == FALSE || !QueryCurrentDirectory(above)) {
+        const DWORD error = GetLastError();
+        if (IsGone(currentFolder) && ShowNearestParent()) return;
+        SetLastError(error);
+        ReportLastError();
+        return;
+    }
+    if (above == currentFolder) {
+        ShowDrives();
+        return;
+    }
+    if (!MayBeFolder(above)) {
+        ReportLastError();
+        ReturnToShownFolder();
+        return;
+    }
+    TryFolder(above);
+}
+
+void BrowserView::ShowDrives() {
+    if (!ListDrives()) ShowFatalErrorBox(GetSafeHwnd(), "Cannot get drive list");
+    currentFolder.clear();
+    RecordLocation();
+}
+
+void BrowserView::GoToRoot() {
+    ShowDrives();
+    isDriveRoot = true;
+}
+
+void BrowserView::GoToLocation(const std::string& text) {
+    constexpr std::size_t kLongestPath = 260;
+    if (text == kDriveListLocation && driveListShown) return;
+    if (text.size() > kLongestPath) {
+        ShowErrorBox(GetSafeHwnd(), "The path specified is too long");
+        return;
+    }
+    std::string path;
+    if (!EnterFolder(text) || !QueryCurrentDirectory(path)) {
+        ReportLastError();
+        ReturnToShownFolder();
+        return;
+    }
+    if (!MayBeFolder(path)) {
+        ShowErrorBox(GetSafeHwnd(), "Error: specified location is not directory");
+        ReturnToShownFolder();
+        return;
+    }
+    TryFolder(path);
+}
+
+// Shows another folder and records it, or says why not and shows the location before.
+bool BrowserView::TryFolder(const std::string& path) {
+    if (ListFolder(path)) {
+        RecordLocation();
+        return true;
+    }
+    ReportLastError();
+    if (!ShowLocationAgain()) ShowFatalErrorBox(GetSafeHwnd(), "Error: unknown error");
+    return false;
+}
+
+// Rows are found by their names in the current directory: it must not stay another than the one shown.
+void BrowserView::ReturnToShownFolder() const {
+    if (!currentFolder.empty()) SetCurrentDirectoryA(currentFolder.c_str());
+}
+
+void BrowserView::OpenSelected() {
+    const int row = list.GetSelectionMark();
+    if (row < 0) return;
+    const std::string name = list.GetItemText(row, 0);
+    if (MayBeFolder(name)) {
+        OpenFolderRow(name);
+    } else {
+        OpenFileRow(name);
+    }
+    list.RedrawWindow();
+}
+
+void BrowserView::OpenFolderRow(const std::string& name) {
+    std::string path = currentFolder;
+    if (!path.empty() && !path.ends_with('\\')) path += '\\';
+    path += name;
+    if (MayBeFolder(path)) {
+        TryFolder(path);
+    } else {
+        ReportLastError();
+    }
+}
+
+void BrowserView::OpenFileRow(const std::string& name) {
+    if (OpenByShell(name)) return;
+    ShowErrorBox(GetSafeHwnd(), ("Error: cannot open \"" + name + '"').c_str());
+}
+
+}  // namespace permora

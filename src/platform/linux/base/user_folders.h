@@ -1,0 +1,17 @@
+// The user's folders by the XDG Base Directory Specification.
+//
+// The environment is believed only as far as it names places that belong to the user this process runs as or
+// to root: sudo may leave another's there. Otherwise the folders are those in that user's home.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace permora::host {
+
+// For configuration files; empty when the user has no home.
+std::string UserConfigurationFolder();
+// For data files: the user's, and then the system's, each an absolute path.
+std::vector<std::string> DataFolders();
+
+}  // namespace permora::host

@@ -1,0 +1,154 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "platform/api/errors.h"
+#include "platform/api/shell.h"
+#include "platform/linux/base/utf8.h"
+#include "platform/linux/files/paths.h"
+#include "platform/linux/shell/desktop_opener.h"
+#include "platform/linux/shell/mime_database.h"
+#include "platform/linux/shell/object_type.h"
+
+namespace permora::host {
+namespace {
+
+// What objects of the type are called; each text is looked up once.
+std::string TextOfType(const std::string& type) {
+    static std::mutex mutex;
+    static std::map<std::string, std::string> texts;
+    const std::lock_guard lock(mutex);
+    const auto [entry, isNew] = texts.try_emplace(type);
+    if (isNew) entry->second = MimeDatabase::Shared().CommentOf(type, WantedLanguages());
+    return entry->second;
+}
+
+// More than 32, and no error code.
+constexpr std::uintptr_t kStarted = 42;
+
+bool IsAddress(std::string_view text) {
+    constexpr std::array<std::string_view, 3> kSchemes{"http://", "https://", "mailto:"};
+    return std::any_of(kSchemes.begin(), kSchemes.end(),
+                       [text](std::string_view scheme) { return text.starts_with(scheme); });
+}
+
+// Where the object lies on the host just now. A link at the end of the path stays in it.
+DWORD HostPathOf(const char* path, std::string& hostPath) {
+    ObjectHandle object;
+    const DWORD error = OpenObject(path, object);
+    if (error != ERROR_SUCCESS) return error;
+    std::array<char, 32> link{};
+    std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", object.Descriptor());
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = readlink(link.data(), target.data(), target.size());
+    if (length <= 0 || static_cast<std::size_t>(length) == target.size()) return ERROR_PATH_NOT_FOUND;
+    hostPath.assign(target.data(), static_cast<std::size_t>(length));
+    return ERROR_SUCCESS;
+}
+
+constexpr std::string_view kHelpExtension = ".chm";
+
+// The page of a help file as it stands beside the file: "help/support.html" in the file's folder. Empty when
+// there is none.
+std::string PageBeside(const std::string& helpFile, std::string_view page) {
+    const std::string path = helpFile.substr(0, helpFile.rfind('/')) + "/help/" + std::string(page);
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? path : "";
+}
+
+DWORD OpenFile(const char* file) {
+    std::string target;
+    DWORD error = IsAddress(file) ? ERROR_SUCCESS : HostPathOf(file, target);
+    if (error != ERROR_SUCCESS) return error;
+    error = OpenWithDesktop(target.empty() ? file : target);
+    if (error != ERROR_NO_ASSOCIATION || !target.ends_with(kHelpExtension)) return error;
+    // Few desktops have a viewer for help files, but all have one for their pages.
+    const std::string page = PageBeside(target, "index.html");
+    return page.empty() ? error : OpenWithDesktop(page);
+}
+
+// "C:\a\help.chm::/page.html". Viewers of Linux are not told a page, so the page beside the file comes first.
+DWORD OpenHelp(std::string_view argument) {
+    constexpr std::string_view kPageMark = "::/";
+    const std::size_t mark = argument.find(kPageMark);
+    const std::string file(argument.substr(0, mark));
+    if (mark != argument.npos) {
+        std::string hostPath;
+        const DWORD error = HostPathOf(file.c_str(), hostPath);
+        if (error != ERROR_SUCCESS) return error;
+        const std::string_view page = argument.substr(mark + kPageMark.size());
+        const bool isPlain = !page.empty() && page.find_first_of("/\\") == page.npos && page.front() != '.';
+        const std::string beside = isPlain ? PageBeside(hostPath, page) : "";
+        if (!beside.empty()) return OpenWithDesktop(beside);
+    }
+    return OpenFile(file.c_str());
+}
+
+// The code that a shell service returns for a failure: what does not fit among the codes up to 31 is the
+// refusal.
+std::uintptr_t ShellError(DWORD error) {
+    SetLastError(error);
+    return error < SE_ERR_NOASSOC ? error : SE_ERR_NOASSOC;
+}
+
+void CutText(const std::string& text, char* target, std::size_t size) {
+    std::size_t end = 0;
+    while (end < text.size()) {
+        const std::size_t bytes = FirstUtf8Character(std::string_view(text).substr(end)).bytes;
+        if (end + bytes >= size) break;
+        end += bytes;
+    }
+    std::memcpy(target, text.data(), end);
+    target[end] = '\0';
+}
+
+}  // namespace
+}  // namespace permora::host
+
+using namespace permora::host;
+
+DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD /*attributes*/, SHFILEINFOA* info, UINT infoSize,
+                                UINT flags) {
+    if (path == nullptr || info == nullptr || infoSize < sizeof *info || flags != SHGFI_TYPENAME) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
+    std::string type;
+    const DWORD error = TypeOfObject(path, type);
+    if (error != ERROR_SUCCESS) {
+        SetLastError(error);
+        return 0;
+    }
+    const std::string comment = TextOfType(type);
+    if (comment.empty()) {
+        SetLastError(ERROR_NOT_FOUND);
+        return 0;
+    }
+    CutText(comment, info->szTypeName, sizeof info->szTypeName);
+    return TRUE;
+}
+
+HINSTANCE WINAPI ShellExecuteA(HWND /*owner*/, LPCSTR operation, LPCSTR file, LPCSTR parameters,
+                               LPCSTR directory, int /*showCommand*/) {
+    const bool isOpen = operation == nullptr || std::string_view(operation) == "open";
+    DWORD error = ERROR_NO_ASSOCIATION;
+    if (isOpen && file != nullptr && parameters == nullptr && directory == nullptr) error = OpenFile(file);
+    return reinterpret_cast<HINSTANCE>(error == ERROR_SUCCESS ? kStarted : ShellError(error));
+}
+
+UINT WINAPI WinExec(LPCSTR commandLine, UINT /*showCommand*/) {
+    constexpr std::string_view kViewer = "hh ";
+    const std::string_view command = commandLine;
+    const DWORD error =
+        command.starts_with(kViewer) ? OpenHelp(command.substr(kViewer.size())) : ERROR_FILE_NOT_FOUND;
+    return static_cast<UINT>(error == ERROR_SUCCESS ? kStarted : ShellError(error));
+}

@@ -1,0 +1,53 @@
+#include "platform/shell_icons.h"
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "platform/linux/shell/icon_theme.h"
+#include "platform/linux/shell/mime_database.h"
+#include "platform/linux/shell/object_type.h"
+
+namespace permora {
+namespace {
+
+using Picture = std::shared_ptr<const ShellPicture>;
+
+// No icon of 32 pixels is larger.
+constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 20;
+
+Picture ReadPng(const std::string& path) {
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (error || size == 0 || size > kLargestFile) return nullptr;
+    auto picture = std::make_shared<ShellPicture>();
+    picture->png.resize(size);
+    std::ifstream file(path, std::ios::binary);
+    file.read(reinterpret_cast<char*>(picture->png.data()), static_cast<std::streamsize>(size));
+    return file ? picture : nullptr;
+}
+
+Picture LoadIcon(const std::string& type, ShellIconSize size) {
+    const int pixels = size == ShellIconSize::kSmall ? 16 : 32;
+    const std::vector<std::string> names = host::MimeDatabase::Shared().IconsOf(type);
+    const std::string path = host::IconTheme::Shared().FindPng(names, pixels);
+    return path.empty() ? nullptr : ReadPng(path);
+}
+
+}  // namespace
+
+std::shared_ptr<const ShellPicture> FindShellIcon(LPCSTR path, ShellIconSize size) {
+    static std::mutex mutex;
+    static std::map<std::pair<std::string, ShellIconSize>, Picture> pictures;
+    std::string type;
+    if (host::TypeOfObject(path, type) != ERROR_SUCCESS) return nullptr;
+    const std::lock_guard lock(mutex);
+    const auto [entry, isNew] = pictures.try_emplace({type, size});
+    if (isNew) entry->second = LoadIcon(type, size);
+    return entry->second;
+}
+
+}  // namespace permora

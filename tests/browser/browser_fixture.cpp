@@ -1,0 +1,123 @@
+#include "tests/browser/browser_fixture.h"
+
+#include <unistd.h>
+
+#include "platform/api/directory_search.h"
+#include "platform/api/errors.h"
+#include "platform/api/memory.h"
+#include "platform/linux/files/drives.h"
+#include "resources/resource_ids.h"
+
+namespace permora::testing {
+
+Faults& TheFaults() {
+    static Faults faults;
+    return faults;
+}
+
+bool BrowserFrame::OnCreate() {
+    view.Create(*this, 1, commandLine);
+    if (!addressBar.Create(*this, IDD_ADDRESS_BAR) || !reBar.Create(*this) || !reBar.AddBar(addressBar) ||
+        !statusBar.Create(*this))
+        return false;
+    statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
+    view.statusBar = &statusBar;
+    view.addressBar = &addressBar;
+    SetView(view);
+    return true;
+}
+
+void BrowserFrame::OnSize(Size client) {
+    CFrameWnd::OnSize(client);
+    if (addressBar.HasWindow()) addressBar.Layout(GetWindowRect());
+}
+
+const MessageMap& BrowserFrame::GetMessageMap() const {
+    static const MessageMap kMap = MakeMessageMap<BrowserFrame>(
+        CFrameWnd::GetMessageMap(), {
+                                        {ID_DELETE, Notify::kCommand, &BrowserFrame::OnDelete},
+                                        {ID_GO_TO_LOCATION, Notify::kCommand, &BrowserFrame::OnGoToLocation},
+                                    });
+    return kMap;
+}
+
+BrowserTest::BrowserTest() {
+    TheFaults() = {};
+    EXPECT_TRUE(host::PinDrive('T', folder.Path()));
+}
+
+BrowserTest::~BrowserTest() {
+    TheFaults() = {};
+    host::PinDrive('T', "");
+    EXPECT_EQ(chdir("/"), 0);
+}
+
+void BrowserTest::Start(const std::string& path) {
+    frame.commandLine = path.empty() ? R"("permora")" : R"("permora" ")" + path + '"';
+    ASSERT_TRUE(frame.LoadFrame(IDR_MAIN_FRAME));
+    frame.SetPlacement({{20, 30, 720, 530}, ShowState::kNormal});
+    EXPECT_TRUE(Window().WaitUntil([this] { return view.list.HasFocus(); }));
+}
+
+std::vector<std::string> BrowserTest::Names() {
+    std::vector<std::string> names;
+    for (int row = 0; row < view.list.GetItemCount(); ++row) {
+        EXPECT_EQ(view.list.GetItemData(row), row);
+        names.push_back(view.list.GetItemText(row, 0));
+    }
+    return names;
+}
+
+void BrowserTest::ExpectError(const std::string& text) {
+    ui.ExpectMessageBox(::testing::StartsWith(text), "Permora Error", MB_ICONERROR, IDOK);
+}
+
+void BrowserTest::Open(const std::string& name) {
+    view.list.SetSelectionMark(Row(name));
+    view.OpenSelected();
+}
+
+}  // namespace permora::testing
+
+using permora::testing::TheFaults;
+
+namespace {
+
+bool TakeHeapCall() {
+    int& left = TheFaults().heapCallsLeft;
+    if (left == 0) return false;
+    if (left > 0) --left;
+    return true;
+}
+
+}  // namespace
+
+extern "C" {
+
+HANDLE __real_FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data);
+BOOL __real_FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data);
+HANDLE __real_HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize);
+LPVOID __real_HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes);
+
+HANDLE __wrap_FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
+    if (TheFaults().onSearch) TheFaults().onSearch();
+    return __real_FindFirstFileA(pattern, data);
+}
+
+BOOL __wrap_FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data) {
+    if (TheFaults().searchFailsAfter > 0 && --TheFaults().searchFailsAfter == 0) {
+        SetLastError(ERROR_IO_DEVICE);
+        return FALSE;
+    }
+    return __real_FindNextFileA(search, data);
+}
+
+HANDLE __wrap_HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize) {
+    return TakeHeapCall() ? __real_HeapCreate(options, initialSize, maximumSize) : nullptr;
+}
+
+LPVOID __wrap_HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes) {
+    return TakeHeapCall() ? __real_HeapAlloc(heap, flags, bytes) : nullptr;
+}
+
+}  // extern "C"

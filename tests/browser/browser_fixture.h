@@ -1,0 +1,71 @@
+// A frame with the browser in it, on a folder of its own that is the drive T.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "browser/address_bar.h"
+#include "browser/browser_view.h"
+#include "framework/frame_window.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/ui_driver.h"
+
+namespace permora::testing {
+
+// Lets the system's services fail or the world change in the middle of a listing.
+struct Faults {
+    std::function<void()> onSearch;  // before each search of a folder
+    int searchFailsAfter = -1;       // so many entries; -1: never
+    int heapCallsLeft = -1;          // before there is no more memory; -1: no end
+};
+Faults& TheFaults();
+
+class BrowserFrame : public CFrameWnd {
+  public:
+    std::string commandLine;
+    std::vector<unsigned int> commands;  // that reached the frame
+    CStatusBar statusBar;
+    CReBar reBar;
+    AddrBar addressBar;
+    BrowserView view;
+
+    bool OnCmdMsg(Notification& notification) override {
+        return view.OnCmdMsg(notification) || CFrameWnd::OnCmdMsg(notification);
+    }
+
+  protected:
+    bool OnCreate() override;
+    void OnSize(Size client) override;
+    const MessageMap& GetMessageMap() const override;
+
+  private:
+    void OnDelete() { commands.push_back(32788); }
+    void OnGoToLocation() { view.GoToLocation(addressBar.locationText); }
+};
+
+class BrowserTest : public ::testing::Test {
+  protected:
+    BrowserTest();
+    ~BrowserTest() override;
+
+    // `path` of the drive T; empty: no argument.
+    void Start(const std::string& path);
+    WindowDriver Window() { return WindowDriver(frame.GetSafeHwnd()); }
+    // The rows' texts in the first column.
+    std::vector<std::string> Names();
+    int Row(const std::string& name) { return Window().FindRow(BrowserView::kListId, name); }
+    std::string Pane(int pane) { return frame.statusBar.GetPaneText(pane); }
+    void ExpectError(const std::string& text);
+    // Opens the row as a double click does.
+    void Open(const std::string& name);
+
+    test::TemporaryFolder folder;
+    UiDriver ui;
+    BrowserFrame frame;
+    BrowserView& view = frame.view;
+};
+
+}  // namespace permora::testing

@@ -1,0 +1,144 @@
+// What the list shows of real folders and drives.
+#include <sys/fsuid.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "tests/browser/browser_fixture.h"
+
+namespace permora::testing {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+class BrowserListing : public BrowserTest {};
+
+TEST_F(BrowserListing, FoldersComeBeforeFilesAndDotsAreLeftOut) {
+    folder.MakeFile("a");
+    folder.MakeFolder("z");
+    folder.MakeFile(".profile");
+    folder.MakeFolder(".hidden");
+    Start(R"(T:\)");
+    EXPECT_THAT(Names(), ElementsAre("z", "a"));
+    view.RefreshList();
+    EXPECT_EQ(Pane(0), "Ready");
+    EXPECT_EQ(Pane(1), "Total items: 2 ");
+    EXPECT_EQ(frame.addressBar.locationText, R"(T:\)");
+    EXPECT_TRUE(view.isDriveRoot);
+
+    EXPECT_TRUE(view.ListFolder("z"));
+    EXPECT_THAT(Names(), IsEmpty());
+    EXPECT_EQ(Pane(1), "Total items: 0 ");
+    EXPECT_EQ(view.currentFolder, R"(T:\z)");
+    EXPECT_FALSE(view.isDriveRoot);
+}
+
+TEST_F(BrowserListing, EveryNameThatTheHostHasLeadsToItsOwnFile) {
+    for (const char* name :
+         {"文書", "עברית", "a\\b", "c:d", "line\nbreak", "\xFF\xFE", "trailing.", "e\xCC\x81"})
+        folder.MakeFolder(name);
+    ASSERT_EQ(symlink("nowhere", folder.Path("dangling").c_str()), 0);
+    ASSERT_EQ(symlink("loop", folder.Path("loop").c_str()), 0);
+    ASSERT_EQ(symlink(folder.Path("文書").c_str(), folder.Path("link").c_str()), 0);
+    ASSERT_EQ(mkfifo(folder.Path("pipe").c_str(), 0600), 0);
+    Start(R"(T:\)");
+    const std::vector<std::string> names = Names();
+    EXPECT_THAT(names, SizeIs(12));
+    for (const std::string& name : names) {
+        const bool isFolder = (GetFileAttributesA(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (!isFolder) continue;
+        view.OpenFolderRow(name);
+        EXPECT_EQ(view.currentFolder, name == "link" ? R"(T:\文書)" : R"(T:\)" + name);
+        view.GoUp();
+        EXPECT_EQ(Names(), names);
+    }
+}
+
+TEST_F(BrowserListing, AFileThatVanishesBetweenThePassesIsNotShown) {
+    folder.MakeFolder("kept");
+    folder.MakeFile("gone");
+    Start(R"(T:\)");
+    int searches = 0;
+    TheFaults().onSearch = [&] {
+        if (++searches == 2) unlink(folder.Path("gone").c_str());
+    };
+    EXPECT_TRUE(view.ListFolder(R"(T:\)"));
+    EXPECT_THAT(Names(), ElementsAre("kept"));
+
+    TheFaults().onSearch = nullptr;
+    rmdir(folder.Path("kept").c_str());
+    ExpectError("No such file or directory");
+    Open("kept");
+    EXPECT_THAT(Names(), IsEmpty());
+}
+
+TEST_F(BrowserListing, TheFolderItselfMayVanishBetweenThePasses) {
+    folder.MakeFolder("here");
+    Start(R"(T:\here)");
+    int searches = 0;
+    TheFaults().onSearch = [&] {
+        if (++searches == 2) rmdir(folder.Path("here").c_str());
+    };
+    ui.ExpectMessageBox(HasSubstr("does not exist any more"), "Permora Information", MB_ICONINFORMATION,
+                        IDOK);
+    view.RefreshList();
+    EXPECT_EQ(view.currentFolder, R"(T:\)");
+}
+
+TEST_F(BrowserListing, AFolderThatCannotBeReadIsToldAndLeft) {
+    folder.MakeFolder("secret");
+    ASSERT_EQ(chmod(folder.Path("secret").c_str(), 0700), 0);
+    ASSERT_EQ(chmod(folder.Path().c_str(), 0755), 0);
+    Start(R"(T:\)");
+    constexpr uid_t kNobody = 65534;
+    setfsuid(kNobody);  // file systems now see an ordinary user
+    EXPECT_FALSE(view.ListFolder("secret"));
+    ExpectError("Permission denied");
+    Open("secret");
+    setfsuid(0);
+    EXPECT_THAT(Names(), ElementsAre("secret"));
+    EXPECT_EQ(view.currentFolder, R"(T:\)");
+    EXPECT_THAT(view.history, ElementsAre("", R"(T:\)"));
+}
+
+TEST_F(BrowserListing, AVolumeThatFailsInTheMiddleIsReported) {
+    folder.MakeFolder("a");
+    folder.MakeFolder("a/inner");
+    Start(R"(T:\a)");
+    TheFaults().searchFailsAfter = 1;
+    EXPECT_FALSE(view.ListFolder(R"(T:\)"));
+    EXPECT_EQ(GetLastError(), ERROR_IO_DEVICE);
+    EXPECT_EQ(Pane(0), "Ready");
+    EXPECT_EQ(view.currentFolder, R"(T:\a)");
+    TheFaults().searchFailsAfter = 1;
+    ExpectError("Input/output error");
+    view.RefreshList();
+}
+
+TEST_F(BrowserListing, DrivesAreShownWithTypeAndSize) {
+    Start("");
+    EXPECT_TRUE(view.driveListShown);
+    EXPECT_THAT(Names(), AllOf(Contains(R"(C:\)"), Contains(R"(T:\)")));
+    const std::vector<std::string> rows = Window().Rows(BrowserView::kListId);
+    EXPECT_THAT(rows, Contains(AllOf(HasSubstr(R"(T:\)"), HasSubstr("(Available: "))));
+    EXPECT_GE(view.itemCount, static_cast<int>(rows.size()));
+    view.GoUp();
+    EXPECT_THAT(view.history, ElementsAre(""));
+    view.RefreshList();
+    EXPECT_EQ(frame.addressBar.locationText, "Accessible disk drives");
+    EXPECT_EQ(Pane(1), "Total items: " + std::to_string(view.itemCount) + " ");
+    EXPECT_TRUE(view.BuildInfoText(R"(T:\)"));
+    EXPECT_THAT(view.infoText, AllOf(HasSubstr("Name: "), HasSubstr("\nFile System: "),
+                                     HasSubstr("\nTotal Space: "), HasSubstr("\nAvailable Space: ")));
+    EXPECT_TRUE(view.BuildInfoText(R"(?:\)"));
+    EXPECT_EQ(view.infoText, "");
+}
+
+}  // namespace
+}  // namespace permora::testing

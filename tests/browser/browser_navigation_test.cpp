@@ -1,0 +1,140 @@
+// Ways through folders and drives.
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "platform/linux/files/drives.h"
+#include "tests/browser/browser_fixture.h"
+
+namespace permora::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+class BrowserNavigation : public BrowserTest {
+  protected:
+    BrowserNavigation() {
+        folder.MakeFolder("a");
+        folder.MakeFolder("a/b");
+        folder.MakeFile("a/file");
+    }
+    void ExpectNotice(const std::string& text) {
+        ui.ExpectMessageBox(HasSubstr(text), "Permora Information", MB_ICONINFORMATION, IDOK);
+    }
+};
+
+TEST_F(BrowserNavigation, BackAndForwardMoveAlongTheHistory) {
+    Start("");
+    Open(R"(T:\)");
+    Open("a");
+    EXPECT_THAT(view.history, ElementsAre("", R"(T:\)", R"(T:\a)"));
+    EXPECT_EQ(view.historyIndex, 2);
+    view.MoveInHistory(1);
+    EXPECT_EQ(view.historyIndex, 2);
+    view.MoveInHistory(-1);
+    view.MoveInHistory(-1);
+    EXPECT_TRUE(view.driveListShown);
+    EXPECT_EQ(view.currentFolder, "");
+    view.MoveInHistory(-1);
+    EXPECT_EQ(view.historyIndex, 0);
+    view.MoveInHistory(1);
+    EXPECT_THAT(Names(), ElementsAre("a"));
+
+    // What cannot be listed leaves everything as it was, without a message.
+    std::filesystem::rename(folder.Path("a"), folder.Path("c"));
+    view.MoveInHistory(1);
+    EXPECT_EQ(view.historyIndex, 1);
+    EXPECT_EQ(view.currentFolder, R"(T:\)");
+    EXPECT_THAT(Names(), ElementsAre("c"));
+    Open("c");
+    EXPECT_THAT(view.history, ElementsAre("", R"(T:\)", R"(T:\c)"));
+}
+
+TEST_F(BrowserNavigation, UpLeadsThroughTheRootToTheDrives) {
+    Start(R"(T:\a\b)");
+    view.GoUp();
+    EXPECT_EQ(view.currentFolder, R"(T:\a)");
+    view.GoUp();
+    view.GoUp();
+    EXPECT_TRUE(view.driveListShown);
+    EXPECT_THAT(view.history, ElementsAre("", R"(T:\a\b)", R"(T:\a)", R"(T:\)", ""));
+    Open(R"(T:\)");
+    view.GoToRoot();
+    EXPECT_TRUE(view.isDriveRoot);
+    EXPECT_EQ(view.historyIndex, 6);
+    EXPECT_EQ(view.currentFolder, "");
+}
+
+TEST_F(BrowserNavigation, ALocationThatIsTypedIsShownInFull) {
+    Start(R"(T:\a)");
+    view.GoToLocation("b");
+    EXPECT_EQ(view.currentFolder, R"(T:\a\b)");
+    view.GoToLocation("..");
+    EXPECT_EQ(view.currentFolder, R"(T:\a)");
+    EXPECT_THAT(view.history, ElementsAre("", R"(T:\a)", R"(T:\a\b)", R"(T:\a)"));
+
+    ExpectError("No such file or directory");
+    view.GoToLocation("nowhere");
+    ExpectError("No such file or directory");
+    view.GoToLocation("");
+    ExpectError("No such file or directory");
+    view.GoToLocation(kDriveListLocation);
+    ExpectError("Not a directory");
+    view.GoToLocation("file");
+    ExpectError("The path specified is too long");
+    view.GoToLocation(std::string(261, 'x'));
+    ExpectError("File name too long");
+    view.GoToLocation(std::string(260, 'x'));
+    EXPECT_EQ(view.historyIndex, 3);
+
+    view.GoToRoot();
+    view.GoToLocation(kDriveListLocation);
+    EXPECT_EQ(view.historyIndex, 4);
+}
+
+TEST_F(BrowserNavigation, AFolderThatIsGoneLeadsToTheNearestOneAboveIt) {
+    Start(R"(T:\a\b)");
+    std::filesystem::remove_all(folder.Path("a"));
+    ExpectNotice(R"(The folder "T:\a\b" does not exist any more.)");
+    view.RefreshList();
+    EXPECT_EQ(view.currentFolder, R"(T:\)");
+    EXPECT_THAT(view.history, ElementsAre("", R"(T:\a\b)", R"(T:\)"));
+
+    folder.MakeFolder("x");
+    view.GoToLocation("x");
+    rmdir(folder.Path("x").c_str());
+    ExpectNotice(R"(Showing "T:\" instead.)");
+    view.GoUp();
+    EXPECT_EQ(view.currentFolder, R"(T:\)");
+
+    host::PinDrive('T', "");
+    ExpectNotice("Showing the list of disk drives instead.");
+    view.RefreshList();
+    EXPECT_TRUE(view.driveListShown);
+    EXPECT_EQ(view.currentFolder, "");
+}
+
+TEST_F(BrowserNavigation, TheAddressBarSaysWhereWeAreAndLeadsElsewhere) {
+    Start(R"(T:\a)");
+    view.RefreshList();
+    constexpr unsigned int kField = 1002;
+    EXPECT_EQ(Window().Text(kField), R"(T:\a)");
+    Window().SetText(kField, R"(T:\a\b)");
+    EXPECT_EQ(frame.addressBar.locationText, R"(T:\a\b)");
+    Window().Press("Return");
+    EXPECT_TRUE(Window().WaitUntil([this] { return view.currentFolder == R"(T:\a\b)"; }));
+    Window().SetText(kField, "..");
+    constexpr unsigned int kGo = 152;
+    Window().Click(kGo);
+    EXPECT_TRUE(Window().WaitUntil([this] { return view.currentFolder == R"(T:\a)"; }));
+
+    const Rect field = frame.addressBar.GetDlgItem(kField)->GetWindowRect();
+    const Rect bar = frame.addressBar.GetWindowRect();
+    EXPECT_EQ(field.Height(), 23);
+    EXPECT_EQ(bar.right, frame.GetWindowRect().right);
+    EXPECT_EQ(field.right, bar.right - 52);
+}
+
+}  // namespace
+}  // namespace permora::testing

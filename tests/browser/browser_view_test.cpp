@@ -1,0 +1,160 @@
+// The list as a person works with it, and the selection as commands get it.
+#include "browser/browser_view.h"
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "framework/clipboard.h"
+#include "platform/message_presenter.h"
+#include "resources/resource_ids.h"
+#include "tests/browser/browser_fixture.h"
+
+namespace permora::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::ExitedWithCode;
+using ::testing::IsNull;
+
+class Browser : public BrowserTest {
+  protected:
+    // At 14:05 on 7 March 2010.
+    void MakeFileOf(const std::string& name, std::uintmax_t bytes) {
+        std::filesystem::resize_file(folder.MakeFile(name), bytes);
+        constexpr timespec kTime{1'267'970'700, 0};
+        const timespec times[2] = {kTime, kTime};
+        ASSERT_EQ(utimensat(0, folder.Path(name).c_str(), times, 0), 0);
+    }
+    void Press(const std::string& key) { Window().Press(key); }
+};
+
+TEST_F(Browser, KeysOpenLeaveAndFindRows) {
+    folder.MakeFolder("alpha");
+    folder.MakeFolder("alpha/inner");
+    folder.MakeFolder("beta");
+    Start(R"(T:\)");
+    Press("A");
+    EXPECT_EQ(view.list.GetSelectionMark(), Row("alpha"));
+    Press("Return");
+    EXPECT_EQ(view.currentFolder, R"(T:\alpha)");
+    Window().DoubleClickRow(BrowserView::kListId, Row("inner"));
+    EXPECT_EQ(view.currentFolder, R"(T:\alpha\inner)");
+    Press("Backspace");
+    Press("Backspace");
+    EXPECT_EQ(view.currentFolder, R"(T:\)");
+    Press("Del");
+    EXPECT_THAT(frame.commands, ElementsAre(ID_DELETE));
+    Press("Ctrl+A");
+    EXPECT_TRUE(Window().WaitUntil([this] { return view.list.GetSelectedCount() == 2; }));
+    view.list.SetSelected(0, false);
+    view.InvertSelection();
+    EXPECT_THAT(Window().SelectedRows(BrowserView::kListId), ElementsAre(0));
+    ExpectError("Error: cannot open \"missing\"");
+    view.OpenFileRow("missing");
+}
+
+TEST_F(Browser, DetailsFillTheColumnsAndStay) {
+    MakeFileOf("big", 5'000'000'000);
+    folder.MakeFolder("sub");
+    Start(R"(T:\)");
+    std::vector<std::uint32_t> modes;
+    view.viewModeChosen = [&](std::uint32_t mode) { modes.push_back(mode); };
+    EXPECT_EQ(view.list.GetItemText(1, 2), "");
+    const auto run = [this](unsigned int command) { frame.RunCommand(command); };
+    run(ID_VIEW_DETAILS);
+    EXPECT_EQ(view.list.GetItemText(1, 2), "4 GB");
+    EXPECT_EQ(view.list.GetItemText(1, 3), "7:3:2010  5:14");
+    EXPECT_EQ(view.list.GetItemText(0, 2), "");
+    const CMenu menu = frame.GetMenu().GetSubMenu(2);
+    EXPECT_TRUE(menu.IsCheckedByPosition(7));
+    run(ID_VIEW_ICONS);
+    EXPECT_TRUE(menu.IsCheckedByPosition(4));
+    EXPECT_FALSE(menu.IsCheckedByPosition(7));
+    EXPECT_EQ(view.list.GetItemText(1, 2), "4 GB");
+    EXPECT_THAT(modes, ElementsAre(3, 0));
+
+    view.ApplyViewSettings(7, false);
+    EXPECT_FALSE(menu.IsCheckedByPosition(2));
+    EXPECT_EQ(view.largeImages.GetImageCount(), 14 + 2);
+    EXPECT_EQ(view.list.GetView(), ListView::kIcons);
+    view.ApplyViewSettings(2, true);
+    EXPECT_TRUE(menu.IsCheckedByPosition(2));
+    EXPECT_EQ(view.smallImages.GetImageCount(), 14);
+    EXPECT_EQ(view.list.GetView(), ListView::kList);
+}
+
+TEST_F(Browser, AHeaderSortsUntilTheNextListing) {
+    MakeFileOf("small", 900 * 1024);
+    MakeFileOf("large", 12 << 20);
+    MakeFileOf("Middle", 100 * 1024);
+    folder.MakeFolder("zoo");
+    Start(R"(T:\)");
+    view.SetViewMode(ListView::kReport);
+    const std::vector<std::string> listed = Names();
+    Window().ClickHeader(BrowserView::kListId, 2);
+    EXPECT_THAT(Names(), ElementsAre("zoo", "large", "Middle", "small"));
+    Window().ClickHeader(BrowserView::kListId, 0);
+    EXPECT_THAT(Names(), ElementsAre("large", "Middle", "small", "zoo"));
+    view.RefreshList();
+    EXPECT_EQ(Names(), listed);
+}
+
+TEST_F(Browser, TheTipOfARowTellsWhatTheColumnsDo) {
+    MakeFileOf("file", 1536);
+    folder.MakeFolder("sub");
+    Start(R"(T:\)");
+    EXPECT_TRUE(view.BuildInfoText("file"));
+    EXPECT_THAT(view.infoText, ::testing::EndsWith("Size: 1 KB\nModified: 7:3:2010  5:14"));
+    EXPECT_TRUE(view.BuildInfoText("sub"));
+    EXPECT_THAT(view.infoText, ::testing::Not(::testing::HasSubstr("Size:")));
+    EXPECT_FALSE(view.BuildInfoText("missing"));
+    view.sharesMode = true;
+    EXPECT_FALSE(view.BuildInfoText("file"));
+}
+
+TEST_F(Browser, TheContextMenuOffersWhatMakesSense) {
+    folder.MakeFile("file");
+    Start(R"(T:\)");
+    ui.ExpectMenu(ID_SELECT_ALL);
+    Window().RightClickRow(BrowserView::kListId, WindowDriver::kBesideRows);
+    EXPECT_EQ(view.list.GetSelectedCount(), 1);
+    ui.ExpectMenu(ID_DELETE);
+    Window().RightClickRow(BrowserView::kListId, 0);
+    EXPECT_THAT(frame.commands, ElementsAre(ID_DELETE));
+}
+
+TEST_F(Browser, TheSelectionIsHandedOutFromTopToBottom) {
+    for (const char* name : {"0", "1", "2", "3"})
+        folder.MakeFile(name);
+    Start(R"(T:\)");
+    view.SortByColumn(0);
+    EXPECT_THAT(view.GetSelectedNames(), IsNull());
+    view.list.SetSelected(3, true);
+    view.list.SetSelected(1, true);
+    const LPCSTR* names = view.GetSelectedNames();
+    EXPECT_THAT(std::vector<std::string>(names, names + 2), ElementsAre("1", "3"));
+    names = view.GetSelectedNames();
+    EXPECT_STREQ(names[0], "1");
+    view.ReleaseSelection();
+    EXPECT_EQ(view.selectionHeap, nullptr);
+}
+
+TEST_F(Browser, WithoutMemoryForTheSelectionTheProgramEnds) {
+    folder.MakeFile("file");
+    Start(R"(T:\)");
+    view.SelectAll();
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // the toolkit has threads
+    const auto select = [this](int heapCalls) {
+        SetMessagePresenter(nullptr);  // boxes go to standard error
+        TheFaults().heapCallsLeft = heapCalls;
+        view.GetSelectedNames();
+    };
+    EXPECT_EXIT(select(0), ExitedWithCode(0), "Error: Cannot create heap");
+    EXPECT_EXIT(select(1), ExitedWithCode(0), "Error: Cannot allocate buffer");
+    EXPECT_EXIT(select(2), ExitedWithCode(0), "Error: Cannot allocate buffer");
+}
+
+}  // namespace
+}  // namespace permora::testing

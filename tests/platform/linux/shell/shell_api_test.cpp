@@ -1,0 +1,171 @@
+#include "platform/api/shell.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "platform/api/errors.h"
+#include "platform/linux/base/run_tool.h"
+#include "platform/linux/files/name_mapping.h"
+#include "platform/shell_icons.h"
+#include "tests/platform/linux/files/files_fixture.h"
+#include "tests/support/command.h"
+
+namespace permora::host {
+namespace {
+
+// A desktop of its own for this process, which reads it once: types, icons, and a program that notes what it
+// is asked to open.
+class Desktop {
+  public:
+    static const Desktop& Get() {
+        static const Desktop desktop;
+        return desktop;
+    }
+
+    // What the program was handed; waits for it.
+    std::string Opened() const {
+        using namespace std::chrono_literals;
+        for (int i = 0; i < 500 && !std::filesystem::exists(note); ++i)
+            std::this_thread::sleep_for(10ms);
+        std::string text = test::ReadWholeFile(note);
+        std::filesystem::remove(note);
+        return text;
+    }
+
+  private:
+    Desktop() : note(home.Path("note")) {
+        for (const char* variable : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_DATA_DIRS"})
+            setenv(variable, home.Path().c_str(), 1);
+        setenv("LC_ALL", "C", 1);
+        setenv("PATH", "/nowhere", 1);
+        std::filesystem::create_directories(home.Path("mime/application"));
+        std::filesystem::create_directories(home.Path("mime/inode"));
+        std::filesystem::create_directories(home.Path("applications"));
+        std::filesystem::create_directories(home.Path("icons/hicolor/16"));
+        Write("mime/globs2",
+              "50:application/x-noted:*.noted\n50:application/x-lonely:*.lonely\n"
+              "50:application/vnd.ms-htmlhelp:*.chm\n50:text/html:*.html\n");
+        Write("mime/application/x-noted.xml", "<comment>" + std::string(78, 'x') + "äö</comment>");
+        Write("mime/inode/directory.xml", "<comment>folder</comment>");
+        Write("icons/hicolor/index.theme", "[Icon Theme]\nDirectories=16\n[16]\nSize=16\n");
+        Write("icons/hicolor/16/inode-directory.png", "picture");
+        Write("program", "#!/bin/sh\nprintf '%s|' \"$@\" \"$PATH\" \"$SECRET\" > " + note + ".new\nmv " +
+                             note + ".new " + note + "\n");
+        chmod(home.Path("program").c_str(), 0755);
+        Write("applications/noting.desktop",
+              "[Desktop Entry]\nType=Application\nName=Noting\nExec=" + home.Path("program") +
+                  " %f\nMimeType=application/x-noted;text/html;\n");
+        Write("mimeapps.list",
+              "[Default Applications]\napplication/x-noted=noting.desktop\ntext/html=noting.desktop\n");
+    }
+    void Write(const std::string& name, const std::string& text) const {
+        std::ofstream(home.Path(name)) << text;
+    }
+
+    test::TemporaryFolder home;
+    std::string note;
+};
+
+class Shell : public OnDriveT {
+  protected:
+    Shell() { Desktop::Get(); }
+    static std::uintptr_t Open(const char* file, const char* operation = "open") {
+        return reinterpret_cast<std::uintptr_t>(
+            ShellExecuteA(nullptr, operation, file, nullptr, nullptr, SW_SHOW));
+    }
+    // With something in it: the desktop does not ask for the type of an empty file.
+    std::string MakeFile(const std::string& name) const {
+        std::ofstream(folder.Path(name)) << "content";
+        return folder.Path(name);
+    }
+};
+
+TEST_F(Shell, NamesTypesAndCutsThemBetweenCharacters) {
+    MakeFile("a.noted");
+    MakeFile("b.lonely");
+    folder.MakeFolder("folder.noted");
+    ASSERT_EQ(symlink("folder.noted", folder.Path("link").c_str()), 0);
+    SHFILEINFOA info{};
+    for (const char* path : {"folder.noted", "link", "T:\\"}) {
+        EXPECT_NE(SHGetFileInfoA(path, 0, &info, sizeof info, SHGFI_TYPENAME), 0U) << path;
+        EXPECT_STREQ(info.szTypeName, "folder") << path;
+    }
+    ASSERT_NE(SHGetFileInfoA("a.noted", 0, &info, sizeof info, SHGFI_TYPENAME), 0U);
+    const std::string cut(78, 'x');
+    EXPECT_EQ(std::string(info.szTypeName), cut);
+    for (const auto& [path, error] :
+         {std::pair("b.lonely", ERROR_NOT_FOUND), std::pair("missing", ERROR_FILE_NOT_FOUND)}) {
+        EXPECT_EQ(SHGetFileInfoA(path, 0, &info, sizeof info, SHGFI_TYPENAME), 0U) << path;
+        EXPECT_EQ(GetLastError(), error) << path;
+        EXPECT_EQ(std::string(info.szTypeName), cut);
+    }
+}
+
+TEST_F(Shell, HasOneIconForAllObjectsOfAKind) {
+    folder.MakeFolder("one");
+    folder.MakeFolder("two");
+    MakeFile("a.noted");
+    const auto icon = FindShellIcon("one", ShellIconSize::kSmall);
+    ASSERT_TRUE(icon);
+    EXPECT_EQ(std::memcmp(icon->png.data(), "picture", icon->png.size()), 0);
+    EXPECT_EQ(FindShellIcon("two", ShellIconSize::kSmall), icon);
+    EXPECT_FALSE(FindShellIcon("a.noted", ShellIconSize::kSmall));
+    EXPECT_FALSE(FindShellIcon("missing", ShellIconSize::kSmall));
+}
+
+TEST_F(Shell, OpensFilesOfAnyNameWithTheDesktopsProgram) {
+    if (!FindTool("gio")) GTEST_SKIP() << "gio is not installed";
+    setenv("SECRET", "ours", 1);
+    for (const char* name : {"plain.noted", "-v 'x' $(touch y) \"z\" %41.noted", "文\xFF.noted"}) {
+        MakeFile(name);
+        EXPECT_GT(Open(EncodeName(name).c_str()), 32U) << name;
+        EXPECT_EQ(Desktop::Get().Opened(), folder.Path(name) + "|/usr/bin:/usr/sbin:/bin:/sbin||");
+    }
+}
+
+TEST_F(Shell, SaysWhyItOpensNothing) {
+    if (!FindTool("gio")) GTEST_SKIP() << "gio is not installed";
+    MakeFile("b.lonely");
+    EXPECT_EQ(Open("missing.noted"), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Open("missing\\a.noted"), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(Open("b.lonely"), SE_ERR_NOASSOC);
+    EXPECT_EQ(GetLastError(), ERROR_NO_ASSOCIATION);
+    EXPECT_EQ(Open("b.lonely", "print"), SE_ERR_NOASSOC);
+    EXPECT_EQ(WinExec("shutdown now", SW_SHOW), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(Shell, ShowsThePagesBesideAHelpFile) {
+    if (!FindTool("gio")) GTEST_SKIP() << "gio is not installed";
+    MakeFile("HELP.chm");
+    EXPECT_EQ(Open("T:\\HELP.chm"), SE_ERR_NOASSOC);
+    EXPECT_EQ(WinExec("hh T:\\HELP.chm::/support.html", SW_SHOW), SE_ERR_NOASSOC);
+    folder.MakeFolder("help");
+    const std::string index = MakeFile("help/index.html");
+    const std::string support = MakeFile("help/support.html");
+    const std::pair<const char*, std::string> kCases[] = {
+        {"hh T:\\HELP.chm::/support.html", support},
+        {"hh T:\\HELP.chm::/missing.html", index},
+        {"hh T:\\HELP.chm::/../help/support.html", index},
+        {"hh T:\\HELP.chm", index},
+    };
+    for (const auto& [command, page] : kCases) {
+        EXPECT_GT(WinExec(command, SW_SHOW), 31U) << command;
+        EXPECT_EQ(Desktop::Get().Opened().substr(0, page.size() + 1), page + "|") << command;
+    }
+    EXPECT_GT(Open("T:\\HELP.chm"), 32U);
+    EXPECT_EQ(Desktop::Get().Opened().substr(0, index.size() + 1), index + "|");
+    EXPECT_EQ(WinExec("hh T:\\MISSING.chm::/support.html", SW_SHOW), ERROR_FILE_NOT_FOUND);
+}
+
+}  // namespace
+}  // namespace permora::host
