@@ -10,6 +10,7 @@
 #include "framework/dialog.h"
 #include "framework/list_ctrl.h"
 #include "resources/resource_ids.h"
+#include "tests/framework/test_frame.h"
 
 namespace permora {
 namespace {
@@ -120,6 +121,26 @@ TEST(UiDriver, ReadsAndUsesControls) {
         dialog.Press("Enter");
     });
     EXPECT_EQ(AccountPicker().DoModal(), IDOK);
+}
+
+TEST(UiDriver, WorksWithFrames) {
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    UiDriver ui;
+    WindowDriver window = UiDriver::MainWindow();
+    frame.onPermissions = [&] { EXPECT_EQ(Ask(), IDYES); };
+    for (int way = 0; way < 3; ++way) {
+        ui.ExpectMessageBox("Really?", "Permora Information", kQuestion, IDYES);
+        if (way == 0) window.ChooseMenu(ID_PERMISSIONS);
+        if (way == 1) window.Click(ID_PERMISSIONS);
+        if (way == 2) window.Press("Alt+P");
+    }
+    EXPECT_THAT(frame.log, ElementsAre("permissions", "permissions", "permissions"));
+    frame.isCopyAllowed = false;
+    EXPECT_FALSE(window.ReadMenu(ID_EDIT_COPY).isEnabled);
+    EXPECT_NONFATAL_FAILURE(window.ChooseMenu(ID_EDIT_COPY), "disabled");
+    EXPECT_TRUE(window.ReadMenu(ID_VIEW_TOOLBAR).isChecked);
+    EXPECT_EQ(window.StatusText(0), "Ready");
 }
 
 }  // namespace

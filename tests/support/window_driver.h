@@ -25,6 +25,13 @@ enum class SheetButton : unsigned int {
     kFinish = 0x3025,
 };
 
+// A menu entry as it is shown, with the mark of its mnemonic and its key.
+struct MenuEntry {
+    std::string text;
+    bool isEnabled = false;
+    bool isChecked = false;
+};
+
 class WindowDriver {
   public:
     // `handle` may be stale: everything then fails the test and does nothing.
@@ -92,6 +99,14 @@ class WindowDriver {
     void Click(SheetButton button) { Click(static_cast<unsigned int>(button)); }
     bool IsEnabled(SheetButton button) const { return IsEnabled(static_cast<unsigned int>(button)); }
     bool IsVisible(SheetButton button) const { return IsVisible(static_cast<unsigned int>(button)); }
+
+    // ---- Frames. Toolbar buttons are controls with the ids of their commands, checked while they are
+    // pressed. ----
+
+    // Chooses `command` from the menu bar; fails the test when it is not there or disabled.
+    void ChooseMenu(unsigned int command);
+    MenuEntry ReadMenu(unsigned int command);
+    std::string StatusText(int pane) const;
 
     // ---- The rest ----
 

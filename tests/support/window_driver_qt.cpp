@@ -1,6 +1,4 @@
 // WindowDriver on the Qt back end.
-#include <gtest/gtest.h>
-
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
@@ -9,53 +7,21 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
-#include <QMessageBox>
-#include <QTabBar>
 #include <QTest>
 #include <algorithm>
 
-#include "framework/qt/list_painter.h"
-#include "framework/qt/list_widget.h"
 #include "framework/qt/widget.h"
 #include "tests/support/ui_backend.h"
-#include "tests/support/window_driver.h"
+#include "tests/support/window_driver_qt.h"
 
 namespace permora::testing {
 namespace {
 
 using qt::FromQt;
-using qt::ListWidget;
 using qt::ToQt;
 
 const QString kControlName = QStringLiteral("control %1");
-
-// Null, and a failure of the test, when the window has gone.
-QWidget* Live(HWND window) {
-    QWidget* widget = qt::LiveWidget(window);
-    if (widget == nullptr || !widget->isVisible()) {
-        ADD_FAILURE() << "the window is not open";
-        return nullptr;
-    }
-    return widget;
-}
-
-QWidget* FindControl(const QWidget& window, unsigned int id) {
-    const QList<QWidget*> all = window.findChildren<QWidget*>(kControlName.arg(static_cast<int>(id)));
-    const auto visible = std::ranges::find_if(all, [](const QWidget* each) { return each->isVisible(); });
-    if (visible != all.end()) return *visible;
-    return all.empty() ? nullptr : all.front();
-}
-
-// Null, and a failure of the test, when there is none of that kind.
-template <class Kind = QWidget>
-Kind* Control(HWND handle, unsigned int id) {
-    const QWidget* window = Live(handle);
-    if (window == nullptr) return nullptr;
-    auto* control = dynamic_cast<Kind*>(FindControl(*window, id));
-    if (control == nullptr)
-        ADD_FAILURE() << "no such control: " << id << " in " << WindowDriver(handle).Describe();
-    return control;
-}
+const QString kToolbarButtonName = QStringLiteral("button %1");
 
 unsigned int ControlIdOf(const QWidget* widget) {
     for (; widget != nullptr; widget = widget->parentWidget()) {
@@ -86,36 +52,17 @@ bool TakesInput(const QWidget& window) {
     return false;
 }
 
-enum class Clicks { kOne, kTwo };
-
-// Clicks at `point` of `target`, through the window's own event queue: what covers the target gets the click,
-// so that is a failure.
-void ClickWidget(QWidget& target, const QPoint& point, Qt::MouseButton button = Qt::LeftButton,
-                 Qt::KeyboardModifiers modifiers = {}, Clicks clicks = Clicks::kOne) {
-    QWidget& window = *target.window();
-    if (!TakesInput(window)) return;
-    const QPoint place = target.mapTo(&window, point);
-    const QWidget* hit = window.childAt(place);
-    if (hit != &target && &target != &window && (hit == nullptr || !target.isAncestorOf(hit))) {
-        ADD_FAILURE() << "the mouse does not reach control " << ControlIdOf(&target) << ", but "
-                      << ControlIdOf(hit);
-        return;
-    }
-    QWindow* native = window.windowHandle();
-    if (clicks == Clicks::kOne) {
-        QTest::mouseClick(native, button, modifiers, place);
-    } else {
-        QTest::mouseDClick(native, button, modifiers, place);
-    }
-}
-
 // Presses `key` where the keyboard is.
 void PressKey(QWidget& window, QKeyCombination key) {
     if (!TakesInput(window)) return;
     QWidget* popup = QApplication::activePopupWidget();
+    // After another window has closed, the keyboard comes back, as a desktop sees to.
+    if (popup == nullptr) window.activateWindow();
+    if (popup == nullptr && !WaitForInput(qt::HandleOf(window))) return;
     QWidget* target = popup != nullptr ? popup : &window;
     if (target->focusWidget() != nullptr) target = target->focusWidget();
     QTest::keyClick(target, key.key(), key.keyboardModifiers());
+    QCoreApplication::processEvents();
 }
 
 void TypeText(QWidget& widget, const std::string& text) {
@@ -128,48 +75,45 @@ void TypeText(QWidget& widget, const std::string& text) {
     }
 }
 
-// ---- Lists ----
-
-bool HasRow(const ListWidget& list, int row) {
-    if (list.List()->Rows().Has(row)) return true;
-    ADD_FAILURE() << "no row " << row << " among " << list.List()->Rows().Count();
-    return false;
-}
-
-QPoint Centre(const QRect& rect) {
-    return rect.center();
-}
-
-// A place beside all rows: just above the lower right corner of what is seen.
-QPoint PointBeside(ListWidget& list) {
-    const QPoint point = list.viewport()->rect().bottomRight() - QPoint(2, 2);
-    EXPECT_EQ(list.HitRow(point), -1) << "the rows fill the list";
-    return point;
-}
-
-QPoint PointOf(ListWidget& list, int row) {
-    if (row == WindowDriver::kBesideRows) return PointBeside(list);
-    list.EnsureVisible(row);
-    const QRect cell = list.CellInViewport(row);
-    const QRect hot = qt::ListPainter(list, *list.List()).HotPart(row, cell);
-    return Centre(hot.intersected(list.viewport()->rect()));
-}
-
-void ClickOnRow(HWND window, unsigned int id, int row, Qt::MouseButton button = Qt::LeftButton,
-                Qt::KeyboardModifiers modifiers = {}, Clicks clicks = Clicks::kOne) {
-    auto* list = Control<ListWidget>(window, id);
-    if (list == nullptr || (row != WindowDriver::kBesideRows && !HasRow(*list, row))) return;
-    ClickWidget(*list->viewport(), PointOf(*list, row), button, modifiers, clicks);
-}
-
-std::string RowText(const NativeListView& list, int row) {
-    std::string text = list.Rows().Text(row, 0);
-    for (int column = 1; column < static_cast<int>(list.Columns().size()); ++column)
-        text += " | " + list.Rows().Text(row, column);
-    return text;
-}
-
 }  // namespace
+
+QWidget* Live(HWND window) {
+    QWidget* widget = qt::LiveWidget(window);
+    if (widget == nullptr || !widget->isVisible()) {
+        ADD_FAILURE() << "the window is not open";
+        return nullptr;
+    }
+    return widget;
+}
+
+QWidget* FindControl(const QWidget& window, unsigned int id) {
+    QList<QWidget*> all = window.findChildren<QWidget*>(kControlName.arg(static_cast<int>(id)));
+    all += window.findChildren<QWidget*>(kToolbarButtonName.arg(static_cast<int>(id)));
+    const auto visible = std::ranges::find_if(all, [](const QWidget* each) { return each->isVisible(); });
+    if (visible != all.end()) return *visible;
+    return all.empty() ? nullptr : all.front();
+}
+
+void ClickWidget(QWidget& target, const QPoint& point, Qt::MouseButton button,
+                 Qt::KeyboardModifiers modifiers, Clicks clicks) {
+    QWidget& window = *target.window();
+    if (!TakesInput(window)) return;
+    const QPoint place = target.mapTo(&window, point);
+    const QWidget* hit = window.childAt(place);
+    if (hit != &target && &target != &window && (hit == nullptr || !target.isAncestorOf(hit))) {
+        ADD_FAILURE() << "the mouse does not reach control " << ControlIdOf(&target) << " at " << place.x()
+                      << "," << place.y() << ", but "
+                      << (hit != nullptr ? hit->metaObject()->className() : "nothing");
+        return;
+    }
+    QWindow* native = window.windowHandle();
+    if (clicks == Clicks::kOne) {
+        QTest::mouseClick(native, button, modifiers, place);
+    } else {
+        QTest::mouseDClick(native, button, modifiers, place);
+    }
+    QCoreApplication::processEvents();
+}
 
 // ---- The window ----
 
@@ -285,7 +229,7 @@ void WindowDriver::Click(unsigned int id) {
     }
     // A box or radio button may be wider than its text, and answers only on mark and text.
     constexpr int kOnTheMark = 8;
-    QPoint point = control->rect().center();
+    QPoint point = control->visibleRegion().boundingRect().center();
     if (const auto* button = qobject_cast<const QAbstractButton*>(control);
         button != nullptr && button->isCheckable())
         point.setX(std::min(point.x(), kOnTheMark));
@@ -339,116 +283,6 @@ void WindowDriver::SelectItem(unsigned int id, const std::string& text) {
     const QModelIndex item = combo->model()->index(index, combo->modelColumn(), combo->rootModelIndex());
     items.scrollTo(item);
     QTest::mouseClick(items.viewport(), Qt::LeftButton, Qt::NoModifier, items.visualRect(item).center());
-}
-
-// ---- Lists ----
-
-std::vector<std::string> WindowDriver::Rows(unsigned int id) const {
-    std::vector<std::string> rows;
-    const auto* list = Control<ListWidget>(window, id);
-    for (int row = 0; list != nullptr && row < list->List()->Rows().Count(); ++row)
-        rows.push_back(RowText(*list->List(), row));
-    return rows;
-}
-
-std::vector<std::string> WindowDriver::Headers(unsigned int id) const {
-    std::vector<std::string> headers;
-    if (const auto* list = Control<ListWidget>(window, id)) {
-        for (const ListColumn& column : list->List()->Columns())
-            headers.push_back(column.header);
-    }
-    return headers;
-}
-
-std::vector<int> WindowDriver::SelectedRows(unsigned int id) const {
-    std::vector<int> selected;
-    const auto* list = Control<ListWidget>(window, id);
-    if (list == nullptr) return selected;
-    const ListRows& rows = list->List()->Rows();
-    for (int row = rows.NextSelected(0); row >= 0; row = rows.NextSelected(row + 1))
-        selected.push_back(row);
-    return selected;
-}
-
-bool WindowDriver::IsRowChecked(unsigned int id, int row) const {
-    const auto* list = Control<ListWidget>(window, id);
-    return list != nullptr && HasRow(*list, row) && list->List()->Rows().IsChecked(row);
-}
-
-int WindowDriver::FindRow(unsigned int id, const std::string& text) const {
-    const auto* list = Control<ListWidget>(window, id);
-    for (int row = 0; list != nullptr && row < list->List()->Rows().Count(); ++row) {
-        if (list->List()->Rows().Text(row, 0) == text) return row;
-    }
-    ADD_FAILURE() << "no row \"" << text << "\"";
-    return -1;
-}
-
-void WindowDriver::SelectRow(unsigned int id, int row) {
-    ClickOnRow(window, id, row);
-}
-
-void WindowDriver::SelectRows(unsigned int id, const std::vector<int>& rows) {
-    Qt::KeyboardModifiers modifiers;
-    for (const int row : rows) {
-        ClickOnRow(window, id, row, Qt::LeftButton, modifiers);
-        modifiers = Qt::ControlModifier;
-    }
-}
-
-void WindowDriver::DoubleClickRow(unsigned int id, int row) {
-    ClickOnRow(window, id, row, Qt::LeftButton, {}, Clicks::kTwo);
-}
-
-void WindowDriver::RightClickRow(unsigned int id, int row) {
-    ClickOnRow(window, id, row, Qt::RightButton);
-}
-
-void WindowDriver::ToggleRowCheck(unsigned int id, int row) {
-    auto* list = Control<ListWidget>(window, id);
-    if (list == nullptr || !HasRow(*list, row)) return;
-    list->EnsureVisible(row);
-    const QRect box = qt::ListPainter(*list, *list->List()).CheckBox(list->CellInViewport(row));
-    ASSERT_FALSE(box.isEmpty()) << "the list has no check boxes";
-    ClickWidget(*list->viewport(), Centre(box));
-}
-
-void WindowDriver::ClickHeader(unsigned int id, int column) {
-    auto* list = Control<ListWidget>(window, id);
-    auto* header = list != nullptr ? list->findChild<QHeaderView*>() : nullptr;
-    if (header == nullptr) return;
-    ASSERT_TRUE(header->isVisible() && column < header->count()) << "no header " << column;
-    const QPoint point(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
-                       header->height() / 2);
-    ClickWidget(*header->viewport(), point);
-}
-
-// ---- Sheets ----
-
-std::vector<std::string> WindowDriver::Tabs() const {
-    std::vector<std::string> tabs;
-    const QWidget* widget = Live(window);
-    const auto* bar = widget != nullptr ? widget->findChild<QTabBar*>() : nullptr;
-    for (int i = 0; bar != nullptr && i < bar->count(); ++i)
-        tabs.push_back(FromQt(bar->tabText(i)));
-    return tabs;
-}
-
-std::string WindowDriver::ActiveTab() const {
-    const QWidget* widget = Live(window);
-    const auto* bar = widget != nullptr ? widget->findChild<QTabBar*>() : nullptr;
-    return bar != nullptr ? FromQt(bar->tabText(bar->currentIndex())) : std::string();
-}
-
-void WindowDriver::SwitchToTab(const std::string& caption) {
-    QWidget* widget = Live(window);
-    auto* bar = widget != nullptr ? widget->findChild<QTabBar*>() : nullptr;
-    for (int i = 0; bar != nullptr && i < bar->count(); ++i) {
-        if (FromQt(bar->tabText(i)) != caption) continue;
-        ClickWidget(*bar, bar->tabRect(i).center());
-        return;
-    }
-    ADD_FAILURE() << "no tab \"" << caption << "\"";
 }
 
 }  // namespace permora::testing
