@@ -3,7 +3,6 @@
 #include "browser/drive_rows.h"
 #include "browser/list_presentation.h"
 #include "browser/row_order.h"
-#include "browser/shell_items.h"
 #include "framework/frame_window.h"
 #include "platform/api/files.h"
 #include "resources/resource_ids.h"
@@ -88,14 +87,15 @@ bool BrowserView::InitDriveImages() {
 }
 
 void BrowserView::AddShellIcons(const std::string& name) {
-    if (largeImages.Add(ShellIconOf(name, ImageListKind::kNormal)) < 0) largeImages.Add(OwnIcon(IDI_FILE));
-    if (smallImages.Add(ShellIconOf(name, ImageListKind::kSmall)) < 0) smallImages.Add(OwnIcon(IDI_FILE));
+    if (largeImages.Add(shellIcons.Find(name, ImageListKind::kNormal)) < 0)
+        largeImages.Add(OwnIcon(IDI_FILE));
+    if (smallImages.Add(shellIcons.Find(name, ImageListKind::kSmall)) < 0) smallImages.Add(OwnIcon(IDI_FILE));
 }
 
 // ---- Texts ----
 
 void BrowserView::FillDetails(const std::string& name, int row, const WIN32_FIND_DATAA& found) {
-    list.SetItemText(row, kTypeColumn, ShellTypeNameOf(name));
+    list.SetItemText(row, kTypeColumn, ShellTypeName(name));
     if (KindOf(found) != EntryKind::kFolder) list.SetItemText(row, kSizeColumn, FormatSize(SizeOf(found)));
     list.SetItemText(row, kModifiedColumn, ModifiedText(found.ftLastWriteTime));
 }
@@ -113,7 +113,7 @@ bool BrowserView::BuildEntryInfo(const std::string& name) {
     const HANDLE search = FindFirstFileA(name.c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) return false;
     FindClose(search);
-    if (const std::string type = ShellTypeNameOf(name); !type.empty()) infoText = "Type: " + type + '\n';
+    if (const std::string type = ShellTypeName(name); !type.empty()) infoText = "Type: " + type + '\n';
     if (KindOf(found) != EntryKind::kFolder) infoText += "Size: " + FormatSize(SizeOf(found)) + '\n';
     infoText += "Modified: " + ModifiedText(found.ftLastWriteTime);
     return true;

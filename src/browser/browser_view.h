@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "browser/folder_entries.h"
+#include "browser/shell_items.h"
 #include "framework/list_ctrl.h"
 #include "framework/menu.h"
 #include "platform/resources.h"
@@ -162,6 +163,7 @@ class BrowserView : public CWnd {
     void OnViewMode(Notification& notification);
 
     std::map<unsigned int, CIcon> ownIconsLoaded;
+    ShellIcons shellIcons;
     std::chrono::steady_clock::time_point statusPainted;
 };
 

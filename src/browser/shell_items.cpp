@@ -1,17 +1,39 @@
 #include "browser/shell_items.h"
 
+#include "platform/api/shell.h"
+
 namespace permora {
+namespace {
 
-std::string ShellTypeNameOf(const std::string& /*path*/) {
-    return {};
+// Where each object has a picture of its own, keeping them all would only fill the memory.
+constexpr std::size_t kMostIcons = 1000;
+
+CIcon IconOf(const ShellPicture& picture) {
+    return picture.png.empty() ? CIcon::FromPixels({picture.width, picture.height}, picture.pixels)
+                               : CIcon::FromPng(picture.png);
 }
 
-CIcon ShellIconOf(const std::string& /*path*/, ImageListKind /*kind*/) {
-    return {};
+}  // namespace
+
+std::string ShellTypeName(const std::string& path) {
+    SHFILEINFOA info{};
+    return SHGetFileInfoA(path.c_str(), 0, &info, sizeof info, SHGFI_TYPENAME) != 0 ? info.szTypeName : "";
 }
 
-bool OpenByShell(const std::string& /*path*/) {
-    return false;
+bool OpenByShell(const std::string& path) {
+    constexpr std::uintptr_t kLastFailure = 32;
+    const HINSTANCE result = ShellExecuteA(nullptr, "open", path.c_str(), nullptr, nullptr, SW_SHOW);
+    return reinterpret_cast<std::uintptr_t>(result) > kLastFailure;
+}
+
+CIcon ShellIcons::Find(const std::string& path, ImageListKind kind) {
+    const ShellIconSize size = kind == ImageListKind::kNormal ? ShellIconSize::kLarge : ShellIconSize::kSmall;
+    const std::shared_ptr<const ShellPicture> picture = FindShellIcon(path.c_str(), size);
+    if (!picture) return {};
+    if (icons.size() >= kMostIcons) icons.clear();
+    const auto [entry, isNew] = icons.try_emplace(picture);
+    if (isNew) entry->second = IconOf(*picture);
+    return entry->second;
 }
 
 }  // namespace permora

@@ -25,6 +25,23 @@ CIcon CIcon::FromBitmap(unsigned int id) {
     return CIcon(MakeNativeImage(pictures));
 }
 
+CIcon CIcon::FromPng(std::span<const std::byte> file) {
+    PictureData picture;
+    picture.png = file;
+    return file.empty() ? CIcon() : CIcon(MakeNativeImage({&picture, 1}));
+}
+
+CIcon CIcon::FromPixels(Size size, const std::vector<std::uint8_t>& pixels) {
+    constexpr std::size_t kChannels = 4;
+    if (size.cx <= 0 || size.cy <= 0) return {};
+    if (pixels.size() / kChannels / static_cast<std::size_t>(size.cx) < static_cast<std::size_t>(size.cy))
+        return {};
+    PictureData picture;
+    picture.size = size;
+    picture.pixels = pixels;
+    return CIcon(MakeNativeImage({&picture, 1}));
+}
+
 Size LargeIconSize() {
     return {32, 32};
 }

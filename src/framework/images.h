@@ -1,7 +1,10 @@
 // Icons, bitmaps and image lists.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -20,6 +23,10 @@ class CIcon {
     static CIcon Load(unsigned int id);
     // Bitmap resource `id`, as a picture of one size; empty when there is none.
     static CIcon FromBitmap(unsigned int id);
+    // Pictures from elsewhere, of one size: a whole PNG file, or rows of pixels from the top, each in the
+    // bytes blue, green, red, alpha (not premultiplied). Empty when they are not in that form.
+    static CIcon FromPng(std::span<const std::byte> file);
+    static CIcon FromPixels(Size size, const std::vector<std::uint8_t>& pixels);
     explicit operator bool() const { return image != nullptr; }
     const std::shared_ptr<const NativeImage>& Native() const { return image; }
 

@@ -5,6 +5,7 @@
 #include "platform/api/directory_search.h"
 #include "platform/api/errors.h"
 #include "platform/api/memory.h"
+#include "platform/api/shell.h"
 #include "platform/linux/files/drives.h"
 #include "resources/resource_ids.h"
 
@@ -118,6 +119,12 @@ HANDLE __wrap_HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize) 
 
 LPVOID __wrap_HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes) {
     return TakeHeapCall() ? __real_HeapAlloc(heap, flags, bytes) : nullptr;
+}
+
+HINSTANCE __wrap_ShellExecuteA(HWND, LPCSTR operation, LPCSTR file, LPCSTR, LPCSTR, int) {
+    TheFaults().opened = std::string(operation) + ' ' + file;
+    const bool isMissing = std::string(file) == "missing";
+    return reinterpret_cast<HINSTANCE>(std::uintptr_t{isMissing ? 2U : 33U});
 }
 
 }  // extern "C"

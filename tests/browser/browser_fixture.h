@@ -17,6 +17,7 @@ namespace permora::testing {
 
 // Lets the system's services fail or the world change in the middle of a listing.
 struct Faults {
+    std::string opened;              // by the shell, which takes everything but "missing"
     std::function<void()> onSearch;  // before each search of a folder
     int searchFailsAfter = -1;       // so many entries; -1: never
     int heapCallsLeft = -1;          // before there is no more memory; -1: no end

@@ -2,6 +2,7 @@
 #include "browser/browser_view.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -51,8 +52,17 @@ TEST_F(Browser, KeysOpenLeaveAndFindRows) {
     view.list.SetSelected(0, false);
     view.InvertSelection();
     EXPECT_THAT(Window().SelectedRows(BrowserView::kListId), ElementsAre(0));
+}
+
+TEST_F(Browser, FilesAreOpenedByTheShell) {
+    folder.MakeFile("letter.txt");
+    ASSERT_EQ(symlink("nowhere", folder.Path("missing").c_str()), 0);
+    Start(R"(T:\)");
+    Open("letter.txt");
+    EXPECT_EQ(TheFaults().opened, "open letter.txt");
     ExpectError("Error: cannot open \"missing\"");
-    view.OpenFileRow("missing");
+    Open("missing");
+    EXPECT_EQ(view.currentFolder, R"(T:\)");
 }
 
 TEST_F(Browser, DetailsFillTheColumnsAndStay) {
@@ -67,6 +77,7 @@ TEST_F(Browser, DetailsFillTheColumnsAndStay) {
     EXPECT_EQ(view.list.GetItemText(1, 2), "4 GB");
     EXPECT_EQ(view.list.GetItemText(1, 3), "7:3:2010  5:14");
     EXPECT_EQ(view.list.GetItemText(0, 2), "");
+    EXPECT_NE(view.list.GetItemText(0, 1), "");
     const CMenu menu = frame.GetMenu().GetSubMenu(2);
     EXPECT_TRUE(menu.IsCheckedByPosition(7));
     run(ID_VIEW_ICONS);
