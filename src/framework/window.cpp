@@ -121,6 +121,10 @@ void CWnd::ModifyStyle(DWORD remove, DWORD add) {
     if ((changed & ~DWORD{WS_DISABLED | WS_VISIBLE}) != 0) native->StyleChanged(before);
 }
 
+void CWnd::EnableWindow(bool enable) {
+    enable ? ModifyStyle(WS_DISABLED, 0) : ModifyStyle(0, WS_DISABLED);
+}
+
 void CWnd::RedrawWindow() {
     if (!IsUiThread()) {
         QueueRedraw(*this);

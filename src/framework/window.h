@@ -54,6 +54,8 @@ class CWnd : public CCmdTarget {
     void RedrawWindow();
     void Invalidate();
 
+    // Takes WS_DISABLED away or gives it.
+    void EnableWindow(bool enable);
     bool IsWindowEnabled() const;
     bool IsWindowVisible() const;
     void ShowWindow(int showCommand);  // SW_ constants

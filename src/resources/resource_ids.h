@@ -130,6 +130,7 @@
 #define IDC_EDIT_ENTRY 1013
 #define IDC_INHERIT_FROM_PARENT 1020
 #define IDC_REPLACE_CHILD_ENTRIES 1021
+#define IDC_LIST_REMARK 1150
 
 // Permissions page of the share security sheet: the same controls under the same numbers.
 #define IDD_SHARE_PERMISSIONS_PAGE 253

@@ -1,0 +1,95 @@
+#include "editor/account_picker.h"
+
+#include "platform/api/errors.h"
+#include "resources/resource_ids.h"
+#include "security/account_lookup.h"
+#include "security/account_search.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+enum Column { kName, kDomain, kType };
+
+constexpr const char* kCannotInitialise = "Error: cannot initialize dialog box";
+
+}  // namespace
+
+const MessageMap& CDlgUsersAndGroups::GetMessageMap() const {
+    static const MessageMap kMap = MakeMessageMap<CDlgUsersAndGroups>(
+        CDialog::GetMessageMap(),
+        {
+            {IDC_FIND_ACCOUNTS, Notify::kClicked, &CDlgUsersAndGroups::OnFind},
+            {IDC_FOUND_ACCOUNTS, Notify::kClick, &CDlgUsersAndGroups::OnAccountClicked},
+            {IDC_FOUND_ACCOUNTS, Notify::kDoubleClick, &CDlgUsersAndGroups::OnOK},
+            {IDC_PICKER_OK, Notify::kClicked, &CDlgUsersAndGroups::OnOK},
+            {IDC_PICKER_CANCEL, Notify::kClicked, &CDlgUsersAndGroups::OnCancel},
+        });
+    return kMap;
+}
+
+CDlgUsersAndGroups::CDlgUsersAndGroups(CWnd* ownerWindow) : CDialog(IDD_ACCOUNT_PICKER, ownerWindow) {}
+
+bool CDlgUsersAndGroups::OnInitDialog() {
+    auto* list = GetDlgItem<CListCtrl>(IDC_FOUND_ACCOUNTS);
+    if (list == nullptr) ShowFatalErrorBox(GetSafeHwnd(), kCannotInitialise);
+    CEdit& nameField = NameField();
+
+    nameField.SetWindowText(AccountDisplayName(result));
+    list->SetExtendedStyle(ListStyle::kFullRowSelect);
+    list->InsertColumn(kName, "Name", 120);
+    list->InsertColumn(kDomain, "Domain", 100);
+    list->InsertColumn(kType, "Type", 100);
+    CDialog::OnInitDialog();
+    nameField.SetFocus();
+    return false;  // the focus is where it should be
+}
+
+void CDlgUsersAndGroups::OnFind() {
+    CListCtrl& list = FoundAccounts();
+    list.DeleteAllItems();
+    for (const FoundAccount& account : FindLocalAccounts(GetSafeHwnd())) {
+        const int row = list.GetItemCount();
+        list.InsertItem(row, account.name);
+        list.SetItemText(row, kDomain, account.domain);
+        list.SetItemText(row, kType, AccountTypeText(account.use));
+    }
+}
+
+void CDlgUsersAndGroups::OnAccountClicked() {
+    const CListCtrl& list = FoundAccounts();
+    const int row = list.GetSelectionMark();
+    const std::string name = list.GetItemText(row, kName);
+    if (name.empty()) return;
+    const std::string domain = list.GetItemText(row, kDomain);
+    NameField().SetWindowText(domain.empty() ? name : domain + '\\' + name);
+}
+
+void CDlgUsersAndGroups::OnOK() {
+    const std::string name = NameField().GetWindowText();
+    if (name.empty()) {
+        ShowErrorBox(GetSafeHwnd(), "Account name is not valid");
+        return;
+    }
+    UniqueLocal<void> sid;
+    if (LookupSidByName(name.c_str(), sid) != ERROR_SUCCESS || IsValidSid(sid.get()) == FALSE ||
+        !result.SetSid(sid.get())) {
+        ShowErrorBox(GetSafeHwnd(), "Account name is not valid user or group name");
+        return;
+    }
+    CDialog::OnOK();
+}
+
+CListCtrl& CDlgUsersAndGroups::FoundAccounts() const {
+    auto* list = GetDlgItem<CListCtrl>(IDC_FOUND_ACCOUNTS);
+    if (list == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot get control pointer");
+    return *list;
+}
+
+CEdit& CDlgUsersAndGroups::NameField() const {
+    auto* field = GetDlgItem<CEdit>(IDC_ACCOUNT_NAME);
+    if (field == nullptr) ShowFatalErrorBox(GetSafeHwnd(), kCannotInitialise);
+    return *field;
+}
+
+}  // namespace permora

@@ -1,0 +1,47 @@
+// The 28 check boxes of the permission entry dialog without their windows: what is checked, what cannot be
+// changed, and what a click on one box does to the others.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "security/access_rights.h"
+
+namespace permora {
+
+enum class RightColumn : std::size_t { kAllow, kDeny };
+inline constexpr std::array<RightColumn, 2> kRightColumns = {RightColumn::kAllow, RightColumn::kDeny};
+
+struct PermissionBox {
+    bool isChecked = false;
+    bool isLocked = false;  // shown disabled; neither the user nor another box changes it
+};
+
+// Rows are places in kAccessRights; row 0 is "Full control".
+class PermissionBoxes {
+  public:
+    static constexpr std::size_t kRows = kAccessRights.size();
+
+    const PermissionBox& At(RightColumn column, std::size_t row) const { return BoxesOf(column)[row]; }
+
+    // Checks the boxes that say what `mask` holds, and clears the column's others.
+    void SetMask(RightColumn column, DWORD mask);
+    // The checked single rights of a column. "Full control" adds nothing by itself.
+    DWORD MaskOf(RightColumn column) const;
+
+    // For an inherited entry: what it grants or denies cannot be taken away here.
+    void LockChecked();
+    // The user has checked or cleared a box.
+    void Click(RightColumn column, std::size_t row, bool isNowChecked);
+    void ClearAll();  // all that are not locked
+
+  private:
+    using Column = std::array<PermissionBox, kRows>;
+
+    Column& BoxesOf(RightColumn column) { return columns[static_cast<std::size_t>(column)]; }
+    const Column& BoxesOf(RightColumn column) const { return columns[static_cast<std::size_t>(column)]; }
+
+    std::array<Column, 2> columns;
+};
+
+}  // namespace permora

@@ -1,0 +1,42 @@
+// CDlgPermissions: one access entry, right by right.
+#pragma once
+
+#include <string>
+
+#include "editor/permission_boxes.h"
+#include "framework/dialog.h"
+#include "security/access_entry_list.h"
+
+namespace permora {
+
+// The caller fills the fields, runs the dialog and, after IDOK, takes the choice. After IDCANCEL the fields
+// are as the caller left them.
+class CDlgPermissions : public CDialog {
+  public:
+    explicit CDlgPermissions(CWnd* ownerWindow = nullptr);
+
+    PermissionChoice choice;
+    bool inheritedEntry = false;  // what the entry holds is locked; rights can be added to it
+    bool singleScope = false;     // offer "This folder only" alone
+
+  protected:
+    bool OnInitDialog() override;
+    void OnOK() override;
+    const MessageMap& GetMessageMap() const override;
+
+  private:
+    void OnChangeAccount();
+    void OnClearAll();
+    void OnRightClicked(Notification& notification);
+
+    void FillScopes();
+    void LockInherited();
+    void ShowAccount();
+    void ShowBoxes();
+    CButton* BoxOf(RightColumn column, std::size_t row) const;
+
+    AccountRecord pendingAccount;  // becomes the choice's when OK is pressed
+    PermissionBoxes boxes;
+};
+
+}  // namespace permora

@@ -1,0 +1,28 @@
+// CPSheet: the security editor on the items selected in the browser.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "editor/permissions_page.h"
+#include "framework/property_sheet.h"
+
+namespace permora {
+
+// One object serves the program's whole life; each DoModal reads the first item anew.
+class CPSheet : public CPropertySheet {
+  public:
+    // `owner` is the main frame. To be called once.
+    void SetUp(CWnd* owner);
+    // The items of the next DoModal, in the order of the browser's rows; the first gives the title. The names
+    // are borrowed until it returns and stand relative to the current directory.
+    void SetItems(std::span<const char* const> names, bool drivesMode);
+
+  protected:
+    bool OnInitDialog() override;
+
+  private:
+    CPage1 permissionsPage;
+};
+
+}  // namespace permora

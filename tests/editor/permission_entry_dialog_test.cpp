@@ -1,0 +1,109 @@
+#include "editor/permission_entry_dialog.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "resources/resource_ids.h"
+#include "security/account_lookup.h"
+#include "tests/support/ui_driver.h"
+
+namespace permora {
+namespace {
+
+using testing::UiDriver;
+using testing::WindowDriver;
+
+AccountRecord Account(const char* name) {
+    UniqueLocal<void> sid;
+    AccountRecord record;
+    EXPECT_EQ(LookupSidByName(name, sid), 0U) << name;
+    EXPECT_TRUE(record.SetSid(sid.get()));
+    return record;
+}
+
+class PermissionEntryDialog : public ::testing::Test {
+  protected:
+    int Run(const UiDriver::Script& script) {
+        ui.ExpectDialog(IDD_PERMISSION_ENTRY, script);
+        return dialog.DoModal();
+    }
+
+    UiDriver ui;
+    CDlgPermissions dialog;
+};
+
+TEST_F(PermissionEntryDialog, GivesBackWhatTheUserChose) {
+    dialog.choice.account = Account("Everyone");
+    dialog.choice.allowMask = FULL_CONTROL_RIGHTS;
+    dialog.choice.applyIndex = 1;
+    const int result = Run([](WindowDriver& window) {
+        EXPECT_EQ(window.Text(IDC_ENTRY_ACCOUNT), "Everyone");
+        EXPECT_FALSE(window.IsEnabled(IDC_ENTRY_ACCOUNT));
+        EXPECT_TRUE(window.IsChecked(IDC_ALLOW_FULL_CONTROL));
+        EXPECT_EQ(window.ComboItems(IDC_APPLY_ONTO).size(), kInheritanceScopes.size());
+        window.Click(IDC_ALLOW_DELETE);
+        EXPECT_FALSE(window.IsChecked(IDC_ALLOW_FULL_CONTROL));
+        window.Click(IDC_DENY_WRITE_DATA);
+        EXPECT_FALSE(window.IsChecked(IDC_ALLOW_WRITE_DATA));
+        window.SelectItem(IDC_APPLY_ONTO, "Files only");
+        window.Click(IDC_CHILDREN_ONLY);
+        window.Press("Return");
+    });
+    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(dialog.choice.allowMask, 0xE01FFU & ~DWORD{FILE_WRITE_DATA});
+    EXPECT_EQ(dialog.choice.denyMask, DWORD{FILE_WRITE_DATA});
+    EXPECT_EQ(dialog.choice.applyIndex, 6);
+    EXPECT_TRUE(dialog.choice.childrenOnly);
+}
+
+TEST_F(PermissionEntryDialog, CancelLeavesTheCallersFields) {
+    dialog.choice.account = Account("Everyone");
+    dialog.choice.denyMask = DELETE;
+    for (const char* way : {"Esc", "button"}) {
+        const int result = Run([&](WindowDriver& window) {
+            ui.ExpectDialog(IDD_ACCOUNT_PICKER, [](WindowDriver& picker) {
+                EXPECT_EQ(picker.Text(IDC_ACCOUNT_NAME), "Everyone");
+                picker.SetText(IDC_ACCOUNT_NAME, "Administrators");
+                picker.Press("Return");
+            });
+            window.Click(IDC_CHANGE_ENTRY_ACCOUNT);
+            EXPECT_EQ(window.Text(IDC_ENTRY_ACCOUNT), "BUILTIN\\Administrators");
+            window.Click(IDC_CLEAR_ALL);
+            way == std::string("Esc") ? window.Press("Esc") : window.Click(IDC_ENTRY_CANCEL);
+        });
+        EXPECT_EQ(result, IDCANCEL);
+        EXPECT_EQ(dialog.choice.denyMask, DWORD{DELETE});
+        EXPECT_EQ(AccountDisplayName(dialog.choice.account), "Everyone");
+    }
+}
+
+TEST_F(PermissionEntryDialog, AnInheritedEntryCanOnlyBeAddedTo) {
+    dialog.choice.account = Account("Everyone");
+    dialog.choice.allowMask = READ_CONTROL;
+    dialog.inheritedEntry = true;
+    const int result = Run([](WindowDriver& window) {
+        EXPECT_FALSE(window.IsEnabled(IDC_ALLOW_READ_PERMISSIONS));
+        for (const int id : {IDC_APPLY_ONTO, IDC_CHILDREN_ONLY, IDC_CHANGE_ENTRY_ACCOUNT})
+            EXPECT_FALSE(window.IsEnabled(static_cast<unsigned>(id))) << id;
+        window.Click(IDC_DENY_DELETE);
+        window.Click(IDC_ENTRY_OK);
+    });
+    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(dialog.choice.allowMask, DWORD{READ_CONTROL});
+    EXPECT_EQ(dialog.choice.denyMask, DWORD{DELETE});
+}
+
+TEST_F(PermissionEntryDialog, ASingleScopeLeavesNoOtherChoice) {
+    dialog.singleScope = true;
+    dialog.choice.applyIndex = 1;
+    const int result = Run([](WindowDriver& window) {
+        EXPECT_THAT(window.ComboItems(IDC_APPLY_ONTO), ::testing::ElementsAre("This folder only"));
+        EXPECT_FALSE(window.IsEnabled(IDC_CHILDREN_ONLY));
+        window.Click(IDC_ENTRY_OK);
+    });
+    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(dialog.choice.applyIndex, -1);
+}
+
+}  // namespace
+}  // namespace permora

@@ -1,0 +1,221 @@
+// The security editor on real files.
+#include "editor/security_sheet.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "platform/host_path.h"
+#include "resources/resource_ids.h"
+#include "tests/support/access_lists.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/ui_driver.h"
+
+namespace permora {
+namespace {
+
+using test::DaclText;
+using test::SetDescriptorText;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using testing::SheetButton;
+using testing::UiDriver;
+using testing::WindowDriver;
+
+constexpr const char* kInformation = "Permora Information";
+
+class SecuritySheet : public ::testing::Test {
+  protected:
+    // "docs" hands entries down to "docs/report"; "data" and the file "notes" have lists of their own.
+    void SetUp() override {
+        const DWORD error = SetDescriptorText(folder.MakeFolder("docs"), "D:P(D;;WD;;;BU)(A;OICI;FA;;;BA)");
+        if (error == ERROR_NOT_SUPPORTED) GTEST_SKIP() << "the temporary folder holds no access lists";
+        ASSERT_EQ(error, ERROR_SUCCESS);
+        Give(folder.MakeFolder("docs/report"), "D:(A;;CCLC;;;WD)");
+        Give(folder.MakeFolder("data"), "D:P(A;;FA;;;BU)");
+        Give(folder.MakeFile("notes"), "D:P(A;;FA;;;BU)");
+        ASSERT_NE(SetCurrentDirectoryA(PathFromArgument(folder.Path().c_str()).c_str()), FALSE);
+        sheet.SetUp(nullptr);
+    }
+
+    static void Give(const std::string& path, const std::string& sddl) {
+        ASSERT_EQ(SetDescriptorText(path, sddl), ERROR_SUCCESS) << path;
+    }
+
+    // Opens the editor on `names`; the script ends with a button of the sheet.
+    void Edit(const std::vector<const char*>& names, const UiDriver::Script& script) {
+        sheet.SetItems(names, false);
+        ui.ExpectSheet(std::string("Security Editor - ") + names.front(), script);
+        sheet.DoModal();
+    }
+
+    // Adds an entry for Everyone; `script` makes the choice in the entry dialog, and OK ends it.
+    void Add(WindowDriver& window, const UiDriver::Script& script) {
+        ui.ExpectDialog(IDD_ACCOUNT_PICKER, [](WindowDriver& picker) {
+            picker.SetText(IDC_ACCOUNT_NAME, "Everyone");
+            picker.Press("Return");
+        });
+        ui.ExpectDialog(IDD_PERMISSION_ENTRY, [&](WindowDriver& entry) {
+            script(entry);
+            entry.Press("Return");
+        });
+        window.Click(IDC_ADD_ENTRY);
+    }
+
+    test::TemporaryFolder folder;
+    UiDriver ui;
+    CPSheet sheet;
+};
+
+TEST_F(SecuritySheet, AddsAnEntryToEveryItemAndResetsWhatIsBelow) {
+    Edit({"docs", "data", "notes"}, [&](WindowDriver& window) {
+        EXPECT_THAT(
+            window.Rows(IDC_ACCESS_LIST),
+            ElementsAre("Deny | BUILTIN\\Users | Write permissions | Not inherited | This folder only",
+                        "Allow | BUILTIN\\Administrators | Full control | Not inherited | "
+                        "This folder, subfolders and files"));
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kApply));
+        Add(window, [](WindowDriver& entry) {
+            entry.Click(IDC_ALLOW_READ_ATTRIBUTES);
+            entry.SelectItem(IDC_APPLY_ONTO, "Files only");
+        });
+        EXPECT_EQ(window.Rows(IDC_ACCESS_LIST)[1],
+                  "Allow | Everyone | Read attributes | Not inherited | Files only");
+        window.Click(IDC_REPLACE_CHILD_ENTRIES);
+        ui.ExpectDialog(IDD_APPLY_TO_TREE);
+        window.Click(SheetButton::kApply);
+        EXPECT_FALSE(window.IsChecked(IDC_REPLACE_CHILD_ENTRIES));
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kApply));
+        window.Click(SheetButton::kOk);  // nothing has changed since: nothing is written
+    });
+    const std::string expected = "D:PAI(D;;0x140000;;;BU)(A;OIIO;0x100080;;;WD)(A;OICI;FA;;;BA)";
+    for (const char* name : {"docs", "data"})
+        EXPECT_EQ(DaclText(folder.Path(name)), expected) << name;
+    EXPECT_EQ(DaclText(folder.Path("docs/report")), "D:AI(A;OIIOID;0x100080;;;WD)(A;OICIID;FA;;;BA)");
+}
+
+TEST_F(SecuritySheet, AnItemThatFailsIsToldAndTheOthersAreWritten) {
+    Edit({"docs", "gone", "data"}, [&](WindowDriver& window) {
+        window.SelectRow(IDC_ACCESS_LIST, 0);
+        window.Click(IDC_REMOVE_ENTRY);
+        ui.ExpectMessageBox(HasSubstr("file"), "Permora Error", MB_OK | MB_ICONERROR, IDOK);
+        window.Click(SheetButton::kOk);
+    });
+    for (const char* name : {"docs", "data"})
+        EXPECT_EQ(DaclText(folder.Path(name)), "D:PAI(A;OICI;FA;;;BA)") << name;
+}
+
+TEST_F(SecuritySheet, InheritedEntriesAreKeptCopiedOrRemoved) {
+    struct Case {
+        int answer;
+        std::string list;
+    };
+    const Case cases[] = {
+        {IDCANCEL, "D:AI(A;;0x100005;;;WD)(A;OICIID;FA;;;BA)"},
+        {IDYES, "D:PAI(A;OICI;FA;;;BA)(A;;0x100005;;;WD)"},
+        {IDNO, "D:PAI(A;;0x100005;;;WD)"},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.answer);
+        Give(folder.Path("docs/report"), "D:(A;;CCLC;;;WD)");
+        Edit({"docs/report"}, [&](WindowDriver& window) {
+            window.SelectRow(IDC_ACCESS_LIST, 1);
+            EXPECT_FALSE(window.IsEnabled(IDC_REMOVE_ENTRY)) << "an inherited entry";
+            ui.ExpectMessageBox(HasSubstr("copy inherited entries"), "Inherited entries",
+                                MB_YESNOCANCEL | MB_ICONQUESTION, each.answer);
+            window.Click(IDC_INHERIT_FROM_PARENT);
+            EXPECT_EQ(window.IsChecked(IDC_INHERIT_FROM_PARENT), each.answer == IDCANCEL);
+            window.Click(SheetButton::kOk);
+        });
+        EXPECT_EQ(DaclText(folder.Path("docs/report")), each.list);
+    }
+}
+
+TEST_F(SecuritySheet, AnInheritedEntryIsEditedByExplicitOnes) {
+    Edit({"docs/report"}, [&](WindowDriver& window) {
+        ui.ExpectDialog(IDD_PERMISSION_ENTRY, [](WindowDriver& entry) {
+            EXPECT_FALSE(entry.IsEnabled(IDC_ALLOW_DELETE));
+            entry.Click(IDC_DENY_DELETE);
+            entry.Click(IDC_ENTRY_OK);
+        });
+        window.DoubleClickRow(IDC_ACCESS_LIST, 1);
+        EXPECT_THAT(
+            window.Rows(IDC_ACCESS_LIST)[0],
+            "Deny | BUILTIN\\Administrators | Delete | Not inherited | This folder, subfolders and files");
+        window.Click(SheetButton::kCancel);
+    });
+    EXPECT_EQ(DaclText(folder.Path("docs/report")), "D:AI(A;;CCLC;;;WD)(A;OICIID;FA;;;BA)");
+}
+
+TEST_F(SecuritySheet, ListsWithoutEntriesCanOnlyBeAddedTo) {
+    Give(folder.Path("data"), "D:P");
+    const auto expectEmpty = [](WindowDriver& window) {
+        EXPECT_THAT(window.Rows(IDC_ACCESS_LIST), IsEmpty());
+        EXPECT_TRUE(window.IsEnabled(IDC_ADD_ENTRY));
+        for (const int id : {IDC_ACCESS_LIST, IDC_EDIT_ENTRY, IDC_REMOVE_ENTRY})
+            EXPECT_FALSE(window.IsEnabled(static_cast<unsigned>(id))) << id;
+        window.Press("Esc");
+    };
+    Edit({"data"}, expectEmpty);
+    Give(folder.Path("data"), "D:NO_ACCESS_CONTROL");
+    ui.ExpectMessageBox(HasSubstr("All access is currently allowed"), kInformation,
+                        MB_OK | MB_ICONINFORMATION, IDOK);
+    Edit({"data"}, expectEmpty);
+}
+
+TEST_F(SecuritySheet, FilesHaveNothingBelowAndDriveRootsNothingAbove) {
+    Edit({"notes"}, [](WindowDriver& window) {
+        EXPECT_FALSE(window.IsEnabled(IDC_REPLACE_CHILD_ENTRIES));
+        EXPECT_TRUE(window.IsEnabled(IDC_INHERIT_FROM_PARENT));
+        EXPECT_FALSE(window.IsChecked(IDC_INHERIT_FROM_PARENT));
+        window.Press("Esc");
+    });
+    const char* const drive[] = {"C:\\"};
+    sheet.SetItems(drive, true);
+    ui.ExpectSheet("Security Editor - C:\\", [](WindowDriver& window) {
+        EXPECT_FALSE(window.IsEnabled(IDC_INHERIT_FROM_PARENT));
+        EXPECT_TRUE(window.IsEnabled(IDC_REPLACE_CHILD_ENTRIES));
+        window.Press("Esc");
+    });
+    sheet.DoModal();
+}
+
+TEST_F(SecuritySheet, RowsKeepTheirEntryAndSayWhatIsUnusual) {
+    // An audit-like entry of another type first, and an allow entry before a deny one.
+    Give(folder.Path("data"), "D:P(OA;;CC;bf967aba-0de6-11d0-a285-00aa003049e2;;BA)(A;;FA;;;BU)(D;;WD;;;WD)");
+    Edit({"data"}, [](WindowDriver& window) {
+        ASSERT_EQ(window.Rows(IDC_ACCESS_LIST).size(), 2U);
+        EXPECT_EQ(window.Text(IDC_LIST_REMARK),
+                  "The entries are not in the usual order. 1 entry of another type is not shown; applying "
+                  "drops it.");
+        window.SelectRow(IDC_ACCESS_LIST, 1);
+        window.Click(IDC_REMOVE_ENTRY);
+        EXPECT_THAT(window.Rows(IDC_ACCESS_LIST), ElementsAre(HasSubstr("BUILTIN\\Users")));
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI(A;;FA;;;BU)");
+}
+
+TEST_F(SecuritySheet, WithoutAChoiceNothingChanges) {
+    Edit({"data"}, [&](WindowDriver& window) {
+        ui.ExpectDialog(IDD_ACCOUNT_PICKER, [](WindowDriver& picker) { picker.Click(IDC_PICKER_CANCEL); });
+        window.Click(IDC_ADD_ENTRY);
+        ui.ExpectDialog(IDD_PERMISSION_ENTRY, [](WindowDriver& entry) { entry.Press("Esc"); });
+        window.Click(IDC_EDIT_ENTRY);
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kApply));
+        window.SelectRow(IDC_ACCESS_LIST, 0);
+        window.Click(IDC_REMOVE_ENTRY);
+        EXPECT_THAT(window.Rows(IDC_ACCESS_LIST), IsEmpty());
+        window.Click(SheetButton::kCancel);
+    });
+    EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI(A;;FA;;;BU)");
+}
+
+}  // namespace
+}  // namespace permora
