@@ -178,7 +178,6 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar> {
         for (const int width : widths) {
             auto* pane = new QLabel(&Bar());
             pane->setTextFormat(Qt::PlainText);
-            qt::SetIdentity(*pane, "status pane", static_cast<unsigned int>(panes.size()));
             Bar().addWidget(pane, width == kStretch ? 1 : 0);
             panes.append(pane);
             if (width == kStretch) {
