@@ -13,6 +13,7 @@ constexpr int kLargestSide = 4096;
 constexpr std::size_t kChannels = 4;  // blue, green, red, alpha
 constexpr std::size_t kAlpha = 3;
 constexpr std::uint8_t kOpaque = 0xFF;
+constexpr std::uint32_t kMostColours = 256;  // of a palette
 
 bool IsPng(std::span<const std::byte> data) {
     constexpr std::array<std::byte, 4> kSignature{std::byte{0x89}, std::byte{'P'}, std::byte{'N'},
@@ -24,9 +25,15 @@ struct BitmapHeader {
     Size size;
     bool isBottomUp = true;
     unsigned int bitsPerPixel = 0;
+    std::span<const std::byte> palette;  // blue, green, red and nothing, for each colour
 };
 
-// Reads the header and leaves `reader` at the palette or the pixels.
+bool IsKnownDepth(unsigned int bitsPerPixel) {
+    constexpr std::array<unsigned int, 5> kDepths{1, 4, 8, 24, 32};
+    return std::ranges::find(kDepths, bitsPerPixel) != kDepths.end();
+}
+
+// Reads the header and the palette, and leaves `reader` at the pixels.
 std::optional<BitmapHeader> TakeHeader(ResourceReader& reader, PictureKind kind) {
     constexpr std::uint32_t kHeaderSize = 40;
     const std::uint32_t headerSize = reader.TakeU32();
@@ -36,9 +43,16 @@ std::optional<BitmapHeader> TakeHeader(ResourceReader& reader, PictureKind kind)
     BitmapHeader header;
     header.bitsPerPixel = reader.TakeU16();
     const std::uint32_t compression = reader.TakeU32();
-    reader.Skip(20);  // size, resolution, colours used and important
+    reader.Skip(12);  // size and resolution
+    std::uint32_t colours = reader.TakeU32();
+    reader.Skip(4);  // important colours
     if (reader.Failed() || headerSize < kHeaderSize || compression != 0) return std::nullopt;
     reader.Skip(headerSize - kHeaderSize);
+
+    if (!IsKnownDepth(header.bitsPerPixel)) return std::nullopt;
+    if (colours == 0 && header.bitsPerPixel <= 8) colours = 1U << header.bitsPerPixel;
+    if (colours > kMostColours) return std::nullopt;
+    header.palette = reader.TakeBytes(colours * kChannels);
 
     header.isBottomUp = height > 0;
     if (height < -2 * kLargestSide || height > 2 * kLargestSide) return std::nullopt;
@@ -60,19 +74,30 @@ std::size_t RowOffset(const BitmapHeader& header, int row) {
     return static_cast<std::size_t>(shown) * static_cast<std::size_t>(header.size.cx) * kChannels;
 }
 
+// The channels of the pixel at `x`, as far as `row` has them; black where a palette ends early.
+std::span<const std::byte> PixelAt(const BitmapHeader& header, std::span<const std::byte> row,
+                                   std::size_t x) {
+    const std::size_t bits = header.bitsPerPixel;
+    if (bits > 8) return row.subspan(x * bits / 8, bits / 8);
+    const std::size_t bit = x * bits;
+    const auto shift = static_cast<unsigned int>(8 - bits - bit % 8);
+    const unsigned int mask = (1U << header.bitsPerPixel) - 1U;
+    const std::size_t index = (std::to_integer<unsigned int>(row[bit / 8]) >> shift) & mask;
+    constexpr std::size_t kColourBytes = 3;
+    if ((index + 1) * kChannels > header.palette.size()) return {};
+    return header.palette.subspan(index * kChannels, kColourBytes);
+}
+
 void TakeColours(ResourceReader& reader, const BitmapHeader& header, PictureData& picture) {
-    const std::size_t bytesPerPixel = header.bitsPerPixel / 8;
     for (int row = 0; row < header.size.cy; ++row) {
         const auto source = reader.TakeBytes(RowSize(header.size.cx, header.bitsPerPixel));
         if (reader.Failed()) return;
-        const std::size_t target = RowOffset(header, row);
-        for (std::size_t x = 0; x < static_cast<std::size_t>(header.size.cx); ++x) {
-            for (std::size_t channel = 0; channel < kChannels; ++channel) {
-                picture.pixels[target + x * kChannels + channel] =
-                    channel < bytesPerPixel
-                        ? std::to_integer<std::uint8_t>(source[x * bytesPerPixel + channel])
-                        : kOpaque;
-            }
+        std::size_t target = RowOffset(header, row);
+        for (std::size_t x = 0; x < static_cast<std::size_t>(header.size.cx); ++x, target += kChannels) {
+            const auto pixel = PixelAt(header, source, x);
+            picture.pixels[target + kAlpha] = kOpaque;
+            std::ranges::transform(pixel, picture.pixels.begin() + static_cast<std::ptrdiff_t>(target),
+                                   [](std::byte channel) { return std::to_integer<std::uint8_t>(channel); });
         }
     }
 }
@@ -112,8 +137,7 @@ std::optional<PictureData> DecodePicture(std::span<const std::byte> data, Pictur
     }
     ResourceReader reader(data);
     const auto header = TakeHeader(reader, kind);
-    // Pictures with a palette are not made any more.
-    if (!header || (header->bitsPerPixel != 24 && header->bitsPerPixel != 32)) return std::nullopt;
+    if (!header) return std::nullopt;
     picture.size = header->size;
     // Checked before the memory is taken, so that a damaged header costs nothing.
     const std::size_t colourBytes =
@@ -122,7 +146,7 @@ std::optional<PictureData> DecodePicture(std::span<const std::byte> data, Pictur
     picture.pixels.resize(static_cast<std::size_t>(header->size.cx) *
                           static_cast<std::size_t>(header->size.cy) * kChannels);
     TakeColours(reader, *header, picture);
-    const bool needsMask = kind == PictureKind::kIcon && (header->bitsPerPixel == 24 || !HasAlpha(picture));
+    const bool needsMask = kind == PictureKind::kIcon && (header->bitsPerPixel < 32 || !HasAlpha(picture));
     if (needsMask) {
         ApplyMask(reader, *header, picture);
     } else if (!HasAlpha(picture)) {

@@ -134,13 +134,24 @@ TEST(Pictures, HeadersThatPromiseTooMuchAreRefused) {
                                     {"negative width", 0xFFFFFFFF, 1, 32, 0},
                                     {"the lowest height", 1, 0x80000000, 32, 0},
                                     {"huge", 0x7FFFFFFF, 0x7FFFFFFF, 32, 0},
-                                    {"a palette", 1, 1, 8, 0},
+                                    {"a palette cut short", 1, 1, 8, 0},
+                                    {"no such depth", 1, 1, 7, 0},
                                     {"compressed", 1, 1, 32, 1}}) {
         Bytes bytes;
         bytes.U32(40).U32(each.width).U32(each.height).U16(1).U16(each.bits).U32(each.compression);
         bytes.U32(0).U32(0).U32(0).U32(0).U32(0).U32(0x11223344);
         EXPECT_FALSE(DecodePicture(bytes.Span(), PictureKind::kBitmap)) << each.name;
     }
+}
+
+TEST(Pictures, APaletteGivesTheColours) {
+    Bytes bytes;
+    bytes.U32(40).U32(3).U32(1).U16(1).U16(4).U32(0).U32(0).U32(0).U32(0).U32(2).U32(0);
+    bytes.U32(0x00030201).U32(0x00060504);
+    bytes.U32(0xF001);  // the colours 0, 1 and one that is not there
+    const auto picture = DecodePicture(bytes.Span(), PictureKind::kBitmap);
+    ASSERT_TRUE(picture);
+    EXPECT_THAT(picture->pixels, ::testing::ElementsAre(1, 2, 3, 0xFF, 4, 5, 6, 0xFF, 0, 0, 0, 0xFF));
 }
 
 TEST(Pictures, AMaskMakesPixelsClear) {
