@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QPalette>
 #include <cstdio>
 #include <cstdlib>
@@ -11,8 +12,10 @@
 #include <string>
 #include <vector>
 
+#include "framework/bars.h"
 #include "framework/controls.h"
 #include "framework/dialog.h"
+#include "framework/frame_window.h"
 #include "framework/list_ctrl.h"
 #include "framework/native.h"
 #include "framework/property_sheet.h"
@@ -140,6 +143,35 @@ class SampleSheet : public CPropertySheet {
     const Series& series;
 };
 
+// A frame around the bar: its menu, the bar and nothing else.
+class SampleFrame : public CFrameWnd {
+  public:
+    explicit SampleFrame(unsigned int templateNumber) : barTemplate(templateNumber) {}
+
+    void TakePicture(const Series& series) {
+        if (!LoadFrame(IDR_MAIN_FRAME)) return;
+        SetPlacement({{0, 0, 760, 140}, ShowState::kNormal});
+        QEventLoop loop;
+        PostLater(kMillisecondsToShow, [&] {
+            Save(*qt::WidgetOf(*this)->window(), barTemplate, series);
+            loop.quit();
+        });
+        loop.exec();
+    }
+
+  protected:
+    bool OnCreate() override {
+        if (!reBar.Create(*this) || !bar.Create(*this, barTemplate) || !reBar.AddBar(bar)) return false;
+        FillSamples(bar);
+        return true;
+    }
+
+  private:
+    unsigned int barTemplate;
+    CReBar reBar;
+    CDialogBar bar;
+};
+
 std::vector<unsigned int> DialogTemplates() {
     std::vector<unsigned int> ids;
     for (const ResourceEntry& entry :
@@ -162,11 +194,13 @@ int TakePictures(const std::string& folder, const char* scaleFactor, const char*
         QApplication::setPalette(isDark ? DarkPalette() : light);
         const Series series{folder, std::string(isDark ? "-dark-" : "-light-") + scaleName};
         for (const unsigned int id : DialogTemplates()) {
-            const bool isPage = (LoadDialogTemplate(id)->style & WS_CHILD) != 0;
-            if (isPage) {
+            const DWORD style = LoadDialogTemplate(id)->style;
+            if ((style & WS_CHILD) == 0) {
+                SampleDialog(id, series).DoModal();
+            } else if ((style & WS_CAPTION) != 0) {
                 SampleSheet(id, series).DoModal();
             } else {
-                SampleDialog(id, series).DoModal();
+                SampleFrame(id).TakePicture(series);
             }
         }
     }
