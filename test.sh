@@ -7,6 +7,6 @@ source tools/packages.sh
 # shellcheck source=tools/build.sh
 source tools/build.sh
 
-EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}"
+EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${screenPackages[@]}"
 BuildPreset dev
 exec ctest --preset dev --parallel "$(nproc)" "$@"

@@ -9,6 +9,9 @@ volumePackages=(ntfs-3g fuse3 attr)
 # A real server and its clients.
 serverPackages=(samba smbclient)
 
+# A screen without a display, a window manager, and the hands and eyes of the test that uses them.
+screenPackages=(xvfb openbox xdotool x11-utils imagemagick)
+
 # MissingPackages PACKAGE...: those that are not installed, one a line. A look into dpkg's own tables, no network.
 MissingPackages() {
     local installed

@@ -81,6 +81,7 @@ struct Parser {
     void AddEntryOptions(CLI::App* command);
     void AddReset();
     void AddAccounts();
+    void AddSetup();
     // Turns what was typed into what is meant; a text that says what is wrong, or an empty one.
     std::string Interpret();
 };
@@ -144,6 +145,13 @@ void Parser::AddAccounts() {
     accounts->callback([this] { arguments.command = Command::kAccounts; });
 }
 
+void Parser::AddSetup() {
+    CLI::App* setup = AddCommand(Command::kSetup, "setup",
+                                 "Tell the windowed program the folder that it is installed in, where its\n"
+                                 "help is; the installation does this");
+    setup->add_flag("--all-users", arguments.allUsers, "For every user who was not told another folder");
+}
+
 Parser::Parser() {
     app.require_subcommand(1);
     app.set_version_flag("--version", "permora-cli " PERMORA_VERSION, "Print the version");
@@ -169,6 +177,7 @@ Parser::Parser() {
     choice->require_option(1);
     AddReset();
     AddAccounts();
+    AddSetup();
     // Last, so that the commands' own help stays short.
     app.footer(kFooter);
 }
@@ -178,6 +187,7 @@ std::string Parser::Interpret() {
         path = Unshielded(path);
         if (path.empty()) return "a path is empty";
     }
+    if (arguments.command == Command::kSetup && arguments.paths.size() > 1) return "setup takes one folder";
     if (account && Unshielded(*account).empty()) return "--account: the name is empty";
     arguments.find = Unshielded(arguments.find);
     arguments.account = Unshielded(account.value_or(""));

@@ -9,7 +9,7 @@
 
 namespace permora {
 
-enum class Command { kShow, kGrant, kDeny, kRevoke, kInherit, kReset, kAccounts };
+enum class Command { kShow, kGrant, kDeny, kRevoke, kInherit, kReset, kAccounts, kSetup };
 
 enum class ShowFormat { kTable, kJson, kSddl };
 
@@ -45,6 +45,9 @@ struct Arguments {
     bool emptyLists = false;
     bool quiet = false;
     bool verbose = false;
+
+    // setup:
+    bool allUsers = false;
 };
 
 // The arguments, or nothing when there is nothing left to do: help or the version was printed (exitCode 0),

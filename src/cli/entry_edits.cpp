@@ -90,6 +90,7 @@ EditResult EditObject(const Arguments& arguments, const AccountRecord& account, 
         case Command::kShow:
         case Command::kReset:
         case Command::kAccounts:
+        case Command::kSetup:
             break;
     }
     return EditResult::kRefused;

@@ -9,6 +9,7 @@
 #include "cli/exit_codes.h"
 #include "cli/messages.h"
 #include "cli/reset_command.h"
+#include "cli/setup_command.h"
 #include "cli/show_command.h"
 #include "cli/target.h"
 #include "cli/terminal_text.h"
@@ -44,6 +45,8 @@ bool RunCommand(const Arguments& arguments, const AccountRecord& account, const 
 
 int Run(const Arguments& arguments) {
     ConsoleMessages messages;
+    if (arguments.command == Command::kSetup)
+        return RunSetup(arguments, messages) ? kExitDone : kExitSomeFailed;
     AccountRecord account;
     if (!arguments.account.empty()) {
         messages.SetSubject(arguments.account);

@@ -21,7 +21,7 @@ struct Colour {
 class CDC {
   public:
     virtual ~CDC() = default;
-    // The theme's text colour until another is set.
+    // The theme's text colour until another is set. A back end may show it lighter on a dark background.
     virtual void SetTextColor(Colour colour) = 0;
     // One line at the top left of `rect`, clipped to it.
     virtual void DrawText(const std::string& text, const Rect& rect, TextStyle style) = 0;

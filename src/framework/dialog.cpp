@@ -65,6 +65,10 @@ void CDialog::EndDialog(int result) {
     });
 }
 
+Rect CDialog::MapDialogRect(const Rect& units) {
+    return DialogUnitsToPixels(units);
+}
+
 bool CDialog::OnInitDialog() {
     DoDataExchange(false);
     return true;

@@ -21,6 +21,8 @@ class CDialog : public CWnd {
     // Ends DoModal with `result`; the first of several counts. Any thread. Before OnInitDialog returns it
     // keeps the dialog from being shown.
     void EndDialog(int result);
+    // Dialog units in pixels; all dialogs have the one dialog font.
+    static Rect MapDialogRect(const Rect& units);
 
   protected:
     // True: the framework gives the focus to the first control that takes it.

@@ -7,13 +7,23 @@
 namespace permora::qt {
 namespace {
 
+// `colour` as it can be read on `background`: lighter on a dark one, of the same hue.
+QColor Readable(QColor colour, const QColor& background) {
+    constexpr int kDark = 128;
+    constexpr int kLightEnough = 190;
+    if (background.lightness() < kDark && colour.lightness() < kLightEnough)
+        colour.setHsl(colour.hslHue(), colour.hslSaturation(), kLightEnough);
+    return colour;
+}
+
 class PainterContext : public CDC {
   public:
-    explicit PainterContext(QWidget& widget) : painter(&widget) {
+    explicit PainterContext(QWidget& widget)
+        : painter(&widget), background(widget.palette().color(QPalette::Window)) {
         painter.setPen(widget.palette().color(QPalette::WindowText));
     }
     void SetTextColor(Colour colour) override {
-        painter.setPen(QColor(colour.red, colour.green, colour.blue));
+        painter.setPen(Readable(QColor(colour.red, colour.green, colour.blue), background));
     }
     void DrawText(const std::string& text, const Rect& rect, TextStyle style) override {
         QFont font = painter.font();
@@ -27,6 +37,7 @@ class PainterContext : public CDC {
 
   private:
     QPainter painter;
+    QColor background;
 };
 
 }  // namespace

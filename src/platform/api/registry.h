@@ -25,6 +25,8 @@ using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000000)});
 inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000001)});
 inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000002)});
+// Only ".DEFAULT": what users see who have no value of their own.
+inline const HKEY HKEY_USERS = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000003)});
 
 inline constexpr REGSAM KEY_QUERY_VALUE = 0x0001;
 inline constexpr REGSAM KEY_SET_VALUE = 0x0002;

@@ -39,6 +39,7 @@ std::optional<LayeredKey> RootOf(HKEY key) {
     if (key == HKEY_LOCAL_MACHINE) {
         return LayeredKey({{machine, "HKEY_LOCAL_MACHINE"}}, RegistryWrites::kToFirst);
     }
+    if (key == HKEY_USERS) return LayeredKey({{machine, "HKEY_USERS"}}, RegistryWrites::kToFirst);
     if (key == HKEY_CLASSES_ROOT) {
         return LayeredKey({{user, "HKEY_CURRENT_USER\\Software\\Classes"},
                            {machine, "HKEY_LOCAL_MACHINE\\Software\\Classes"}},

@@ -1,0 +1,19 @@
+// What the Help menu opens outside the program. A failure is shown in an error box of `owner`.
+#pragma once
+
+#include <string>
+
+#include "platform/api/base.h"
+
+namespace permora {
+
+// The maker's web site.
+inline constexpr const char* kWebSite = "https://valdrix.example/";
+
+// The help file in the program's folder; its pages where the desktop has no viewer for the file.
+void OpenHelp(HWND owner, const std::string& programFolder);
+// The page on technical support inside the help file; the page alone where there is no viewer.
+void OpenSupportPage(HWND owner, const std::string& programFolder);
+void OpenWebSite(HWND owner);
+
+}  // namespace permora

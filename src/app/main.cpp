@@ -1,0 +1,12 @@
+// The windowed program.
+#include "app/main_app.h"
+
+namespace {
+
+permora::CMainApp theApp;
+
+}  // namespace
+
+int main(int argumentCount, char** argumentTexts) {
+    return theApp.Run(argumentCount, argumentTexts);
+}

@@ -1,0 +1,46 @@
+#include "app/main_app.h"
+
+#include "app/about_dialog.h"
+#include "app/help_commands.h"
+#include "resources/resource_ids.h"
+
+namespace permora {
+
+const MessageMap& CMainApp::GetMessageMap() const {
+    static const MessageMap kMap = MakeMessageMap<CMainApp>(
+        CWinApp::GetMessageMap(), {
+                                      {ID_APP_ABOUT, Notify::kCommand, &CMainApp::ShowAboutBox},
+                                      {ID_HELP_CONTENTS, Notify::kCommand, &CMainApp::ShowHelp},
+                                      {ID_TECHNICAL_SUPPORT, Notify::kCommand, &CMainApp::ShowSupportPage},
+                                      {ID_WEB_SITE, Notify::kCommand, &CMainApp::ShowWebSite},
+                                  });
+    return kMap;
+}
+
+bool CMainApp::InitInstance() {
+    frame = std::make_unique<CMainFrame>();
+    mainWindow = frame.get();
+    if (!frame->LoadFrame(IDR_MAIN_FRAME)) return false;
+    frame->SetIcon(CIcon::Load(IDR_MAIN_FRAME));
+    frame->RestorePlacement();
+    frame->RedrawWindow();
+    return true;
+}
+
+void CMainApp::ShowAboutBox() {
+    CAboutDlg(frame.get()).DoModal();
+}
+
+void CMainApp::ShowHelp() {
+    OpenHelp(frame->GetSafeHwnd(), ProgramFolder(frame->Settings()));
+}
+
+void CMainApp::ShowSupportPage() {
+    OpenSupportPage(frame->GetSafeHwnd(), ProgramFolder(frame->Settings()));
+}
+
+void CMainApp::ShowWebSite() {
+    OpenWebSite(frame->GetSafeHwnd());
+}
+
+}  // namespace permora

@@ -1,0 +1,26 @@
+// CMainApp: the program. Makes the main window and answers the commands of the Help menu.
+#pragma once
+
+#include <memory>
+
+#include "app/main_frame.h"
+
+namespace permora {
+
+class CMainApp : public CWinApp {
+  public:
+    bool InitInstance() override;
+
+  protected:
+    const MessageMap& GetMessageMap() const override;
+
+  private:
+    void ShowAboutBox();
+    void ShowHelp();
+    void ShowSupportPage();
+    void ShowWebSite();
+
+    std::unique_ptr<CMainFrame> frame;
+};
+
+}  // namespace permora

@@ -1,0 +1,206 @@
+#include "app/main_frame.h"
+
+#include <array>
+
+#include "app/settings_dialog.h"
+#include "app/settings_store.h"
+#include "framework/styles.h"
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "platform/api/messages.h"
+#include "platform/api/system.h"
+#include "resources/resource_ids.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+constexpr unsigned int kViewId = 0xE900;  // the class library's first pane of a frame
+
+// Entries of the main menu that are checked by their place.
+constexpr int kViewMenu = 2;
+constexpr int kOwnIconsEntry = 2;
+
+constexpr int kItemCountPane = 1;
+constexpr int kItemCountWidth = 200;
+
+constexpr Size kToolBarImageSize{16, 16};
+
+// In the order of the toolbar's buttons.
+constexpr std::array<unsigned int, 15> kToolBarIcons = {
+    IDI_BACK,        IDI_FORWARD,         IDI_UP,     IDI_REFRESH,  IDI_ROOT,
+    IDI_PERMISSIONS, IDI_SECURE_DELETION, IDI_WIZARD, IDI_SHARES,   IDI_CUT,
+    IDI_COPY,        IDI_PASTE,           IDI_DELETE, IDI_SETTINGS, IDI_HELP,
+};
+
+SettingsRecord DefaultSettings(const Rect& windowRect) {
+    SettingsRecord defaults;
+    defaults.windowRect = windowRect;
+    std::array<char, sizeof(defaults.programFolder)> folder{};
+    const DWORD length = GetCurrentDirectoryA(folder.size(), folder.data());
+    if (length < folder.size()) SetProgramFolder(defaults, folder.data());
+    return defaults;
+}
+
+}  // namespace
+
+const MessageMap& CMainFrame::GetMessageMap() const {
+    static const MessageMap kMap = MakeMessageMap<CMainFrame>(
+        CFrameWnd::GetMessageMap(),
+        {
+            {ID_GO_BACK, Notify::kCommand, &CMainFrame::GoBack},
+            {ID_GO_FORWARD, Notify::kCommand, &CMainFrame::GoForward},
+            {ID_GO_TO_LOCATION, Notify::kCommand, &CMainFrame::GoToLocation},
+            {ID_GO_TO_ROOT, Notify::kCommand, &CMainFrame::GoToRoot},
+            {ID_VIEW_OWN_ICONS, Notify::kCommand, &CMainFrame::ToggleOwnIcons},
+            {ID_SETTINGS, Notify::kCommand, &CMainFrame::EditSettings},
+            {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+        });
+    return kMap;
+}
+
+bool CMainFrame::OnCmdMsg(Notification& notification) {
+    return view.OnCmdMsg(notification) || CFrameWnd::OnCmdMsg(notification);
+}
+
+bool CMainFrame::OnCreate() {
+    if (!CFrameWnd::OnCreate()) return false;
+    LoadOrMakeSettings();
+    view.viewModeChosen = [this](std::uint32_t mode) { settings.block.viewMode = mode; };
+    view.Create(*this, kViewId, GetCommandLineA());
+    SetView(view);
+    if (!CreateBars()) return false;
+
+    view.addressBar = &addressBarWnd;
+    view.statusBar = &statusBarWnd;
+    addressBarWnd.SetLocationText(view.currentFolder.empty() ? kDriveListLocation : view.currentFolder);
+    statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
+    statusBarWnd.SetPaneWidth(kItemCountPane, kItemCountWidth);
+    LoadToolBarImages();
+    ApplySettings();
+    return true;
+}
+
+bool CMainFrame::CreateBars() {
+    return toolBar.Create(*this) && toolBar.LoadToolBar(IDR_MAIN_FRAME) &&
+           addressBarWnd.Create(*this, IDD_ADDRESS_BAR) && reBar.Create(*this) && reBar.AddBar(toolBar) &&
+           reBar.AddBar(addressBarWnd) && statusBarWnd.Create(*this);
+}
+
+void CMainFrame::LoadToolBarImages() {
+    toolBarImages.Create(kToolBarImageSize);
+    for (const unsigned int icon : kToolBarIcons)
+        toolBarImages.Add(CIcon::Load(icon));
+    toolBar.SetImageList(toolBarImages);
+}
+
+void CMainFrame::OnSize(Size client) {
+    CFrameWnd::OnSize(client);
+    if (!addressBarWnd.HasWindow()) return;
+    addressBarWnd.Layout(GetWindowRect());
+    reBar.RedrawWindow();
+    toolBar.RedrawWindow();
+    addressBarWnd.RedrawWindow();
+}
+
+void CMainFrame::OnClose() {
+    if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS)
+        ShowErrorWithSystemText(GetSafeHwnd(), "saving settings", error);
+    CFrameWnd::OnClose();
+}
+
+// ---- Settings ----
+
+DWORD CMainFrame::ReadSettings() {
+    settings = DefaultSettings(GetWindowRect());
+    return LoadSettings(settings);
+}
+
+DWORD CMainFrame::SaveSettings() {
+    if (GetPlacement().showState == ShowState::kMaximised) {
+        settings.showCommand = kShowMaximised;
+    } else {
+        settings.windowRect = GetWindowRect();
+        settings.showCommand = kShowNormal;
+    }
+    return StoreSettings(settings);
+}
+
+// On a first start there is nothing to read. Then the defaults are stored and read back, which only works out
+// where the installation has told the program's folder.
+void CMainFrame::LoadOrMakeSettings() {
+    if (ReadSettings() == ERROR_SUCCESS) return;
+    if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS) {
+        ShowErrorWithSystemText(GetSafeHwnd(), "saving settings", error);
+        return;
+    }
+    if (const DWORD error = ReadSettings(); error != ERROR_SUCCESS) {
+        ShowErrorWithSystemText(GetSafeHwnd(), "Reading settings", error);
+        ExitProcess(0);
+    }
+}
+
+void CMainFrame::ApplySettings() {
+    toolBar.EnableToolTips(settings.block.showToolTips != 0);
+    view.ApplyViewSettings(settings.block.viewMode, settings.block.useOwnIcons != 0);
+    UpdateExplorerVerb();
+}
+
+void CMainFrame::UpdateExplorerVerb() {
+    const DWORD error = settings.block.explorerMenu != 0 ? RegisterExplorerVerb(ProgramFolder(settings))
+                                                         : RemoveExplorerVerb();
+    if (error != ERROR_SUCCESS)
+        ShowErrorWithSystemText(GetSafeHwnd(), "Error: adding items to explorer menu", error);
+}
+
+void CMainFrame::RestorePlacement() {
+    WindowPlacement placement = GetPlacement();
+    // A rectangle off all screens is the framework's to mend; one that nobody can mean is left out.
+    if (IsUsableWindow(settings.windowRect)) placement.normalRect = settings.windowRect;
+    placement.showState = settings.showCommand == kShowMaximised ? ShowState::kMaximised : ShowState::kNormal;
+    SetPlacement(placement);
+}
+
+// ---- Commands ----
+
+void CMainFrame::GoBack() {
+    view.MoveInHistory(-1);
+}
+
+void CMainFrame::GoForward() {
+    view.MoveInHistory(1);
+}
+
+void CMainFrame::GoToLocation() {
+    view.GoToLocation(addressBarWnd.locationText);
+}
+
+void CMainFrame::GoToRoot() {
+    view.GoToRoot();
+}
+
+void CMainFrame::ToggleOwnIcons() {
+    const bool ownIcons = !GetMenu().GetSubMenu(kViewMenu).IsCheckedByPosition(kOwnIconsEntry);
+    view.SetOwnIcons(ownIcons);
+    settings.block.useOwnIcons = ownIcons ? 1 : 0;
+    view.RefreshList();
+}
+
+void CMainFrame::EditSettings() {
+    CSettingsDlg dialog(this);
+    dialog.block = settings.block;
+    if (dialog.DoModal() != IDOK) return;
+    settings.block = dialog.block;
+    ApplySettings();
+    if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS)
+        ShowErrorWithSystemText(GetSafeHwnd(), "Error: saving settings", error);
+}
+
+// Shares have no place in the history, and nothing above them.
+void CMainFrame::OnUpdateFileCommand(Notification& notification) {
+    notification.state.enabled = !view.sharesMode;
+}
+
+}  // namespace permora

@@ -1,0 +1,58 @@
+// CMainFrame: the program's main window, with its bars, its list and the settings.
+#pragma once
+
+#include "app/settings_record.h"
+#include "browser/address_bar.h"
+#include "browser/browser_view.h"
+#include "framework/bars.h"
+#include "framework/frame_window.h"
+
+namespace permora {
+
+class CMainFrame : public CFrameWnd {
+  public:
+    // Puts the window where the settings say and shows it.
+    void RestorePlacement();
+
+    // Each command is offered to the view first.
+    bool OnCmdMsg(Notification& notification) override;
+
+    const SettingsRecord& Settings() const { return settings; }
+
+  protected:
+    // Ends the process when the settings cannot be read, as when the program is not installed for this user.
+    bool OnCreate() override;
+    void OnClose() override;  // keeps the settings
+    void OnSize(Size client) override;
+    const MessageMap& GetMessageMap() const override;
+
+  private:
+    // Settings. The first two return 0 or a system error code.
+    DWORD ReadSettings();
+    DWORD SaveSettings();
+    void LoadOrMakeSettings();
+    void ApplySettings();
+    void UpdateExplorerVerb();
+
+    bool CreateBars();
+    void LoadToolBarImages();
+
+    // Commands.
+    void GoBack();
+    void GoForward();
+    void GoToLocation();
+    void GoToRoot();
+    void ToggleOwnIcons();
+    void EditSettings();
+    void OnUpdateFileCommand(Notification& notification);
+
+    CImageList toolBarImages;
+    CStatusBar statusBarWnd;
+    CToolBar toolBar;
+    CReBar reBar;
+    AddrBar addressBarWnd;
+    BrowserView view;
+    SettingsRecord settings;
+};
+
+}  // namespace permora

@@ -1,0 +1,102 @@
+#include "app/settings_store.h"
+
+#include <array>
+#include <span>
+
+#include "app/registry_key.h"
+#include "platform/api/errors.h"
+#include "platform/api/system.h"
+
+namespace permora {
+namespace {
+
+constexpr const char* kSettingsKey = R"(SOFTWARE\Valdrix\ZEL)";
+constexpr const char* kRecordValue = "ProgramSettings";
+constexpr const char* kFolderValue = "Path";
+
+constexpr const char* kFolderVerbs = R"(Folder\Shell)";
+constexpr const char* kVerb = "Permora";
+constexpr const char* kVerbKey = R"(Folder\Shell\Permora)";
+constexpr const char* kVerbCommandKey = R"(Folder\Shell\Permora\command)";
+constexpr const char* kVerbText = "Open Permora";
+
+DWORD LoadRecord(const RegistryKey& key, SettingsRecord& record) {
+    StoredSettings stored{};
+    RegistryValue value{std::as_writable_bytes(std::span(stored))};
+    const DWORD error = key.Read(kRecordValue, value);
+    if (error != ERROR_SUCCESS) return error;
+    if (value.type != REG_BINARY) return ERROR_INVALID_DATA;
+    const auto loaded = UnscrambleSettings(std::span(stored).first(value.size));
+    if (!loaded) return ERROR_INVALID_DATA;
+    record = *loaded;
+    return ERROR_SUCCESS;
+}
+
+DWORD LoadProgramFolder(const RegistryKey& key, SettingsRecord& record) {
+    std::array<char, sizeof(record.programFolder)> text{};
+    RegistryValue value{std::as_writable_bytes(std::span(text))};
+    const DWORD error = key.Read(kFolderValue, value);
+    if (error != ERROR_SUCCESS) return error;
+    if (value.type != REG_SZ) return ERROR_INVALID_DATA;
+    // What others wrote need not end in a NUL, and what follows one does not count.
+    const std::string folder(text.data(), value.size);
+    return SetProgramFolder(record, folder.substr(0, folder.find('\0'))) ? ERROR_SUCCESS : ERROR_INVALID_DATA;
+}
+
+// Creates or opens the key and sets one of its values; `name` null: the default value.
+DWORD StoreText(HKEY root, const char* path, const char* name, const std::string& text) {
+    RegistryKey key;
+    DWORD error = key.Create(root, path);
+    if (error == ERROR_SUCCESS) error = key.WriteText(name, text);
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
+}  // namespace
+
+DWORD LoadSettings(SettingsRecord& record) {
+    RegistryKey key;
+    DWORD error = key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ);
+    if (error == ERROR_SUCCESS) error = LoadRecord(key, record);
+    if (error == ERROR_SUCCESS) error = LoadProgramFolder(key, record);
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
+DWORD StoreSettings(const SettingsRecord& record) {
+    RegistryKey key;
+    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
+    if (error == ERROR_SUCCESS) error = key.WriteBytes(kRecordValue, ScrambleSettings(record));
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
+DWORD StoreProgramFolder(SettingsOwner owner, const std::string& folder) {
+    SettingsRecord record;
+    if (!SetProgramFolder(record, folder)) return ERROR_FILENAME_EXCED_RANGE;  // it could not be read back
+    if (owner == SettingsOwner::kUser)
+        return StoreText(HKEY_CURRENT_USER, kSettingsKey, kFolderValue, folder);
+    return StoreText(HKEY_USERS, (std::string(".DEFAULT\\") + kSettingsKey).c_str(), kFolderValue, folder);
+}
+
+bool HasExplorerVerb() {
+    // Later Explorers ask for the administrator's consent themselves.
+    constexpr DWORD kLastVersion = 5;
+    OSVERSIONINFOA version{};
+    version.dwOSVersionInfoSize = sizeof(version);
+    return GetVersionExA(&version) != FALSE && version.dwMajorVersion <= kLastVersion;
+}
+
+DWORD RegisterExplorerVerb(const std::string& programFolder) {
+    if (!HasExplorerVerb()) return ERROR_SUCCESS;
+    const DWORD error = StoreText(HKEY_CLASSES_ROOT, kVerbKey, nullptr, kVerbText);
+    if (error != ERROR_SUCCESS) return error;
+    return StoreText(HKEY_CLASSES_ROOT, kVerbCommandKey, nullptr, programFolder + R"(\ZEL.exe "%L")");
+}
+
+DWORD RemoveExplorerVerb() {
+    if (!HasExplorerVerb()) return ERROR_SUCCESS;
+    RegistryKey verbs;
+    DWORD error = verbs.Open(HKEY_CLASSES_ROOT, kFolderVerbs, KEY_READ | KEY_WRITE);
+    if (error == ERROR_SUCCESS) error = verbs.DeleteTree(kVerb);
+    return error == ERROR_SUCCESS ? verbs.Close() : error;
+}
+
+}  // namespace permora

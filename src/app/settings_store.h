@@ -1,0 +1,33 @@
+// Where the settings are kept, and the program's entry in the Explorer's menu for folders: the registry.
+//
+// HKEY_CURRENT_USER, SOFTWARE\Valdrix\ZEL holds "ProgramSettings" (binary, the scrambled record) and "Path"
+// (text, the program's folder, which the installation writes). All functions return 0 or a system error code.
+#pragma once
+
+#include <string>
+
+#include "app/settings_record.h"
+#include "platform/api/base.h"
+
+namespace permora {
+
+// Loads both values into `record`. A failure leaves what comes after it as it was: when only "Path" cannot be
+// read, the stored record is there. ERROR_INVALID_DATA when a value is not what it should be.
+DWORD LoadSettings(SettingsRecord& record);
+DWORD StoreSettings(const SettingsRecord& record);
+
+// Whose settings: the user's, or what users have who have none of their own.
+enum class SettingsOwner { kUser, kEveryUser };
+
+// For the installation: stores the program's folder ("Path").
+DWORD StoreProgramFolder(SettingsOwner owner, const std::string& folder);
+
+// Adds the entry "Open Permora", which starts `programFolder`\ZEL.exe on a folder, or takes it away. Both do
+// nothing on systems of major version 6 and later.
+DWORD RegisterExplorerVerb(const std::string& programFolder);
+DWORD RemoveExplorerVerb();
+
+// Whether the system is one whose Explorer gets the entry.
+bool HasExplorerVerb();
+
+}  // namespace permora

@@ -1,0 +1,226 @@
+// The main window from its start to its end, and what it keeps.
+#include "app/main_frame.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/main_app.h"
+#include "app/settings_store.h"
+#include "framework/command_routing.h"
+#include "platform/api/errors.h"
+#include "platform/linux/files/drives.h"
+#include "platform/message_presenter.h"
+#include "resources/resource_ids.h"
+#include "security/message_boxes.h"
+#include "tests/app/shell_fakes.h"
+#include "tests/app/system_fakes.h"
+#include "tests/support/ui_driver.h"
+
+namespace permora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::ExitedWithCode;
+using ::testing::HasSubstr;
+
+constexpr const char* kProgramFolder = R"(C:\Tools)";
+constexpr unsigned int kList = BrowserView::kListId;
+
+// The program on a folder with the folder "sub" and the file "file".
+class MainFrame : public ::testing::Test {
+  protected:
+    MainFrame() {
+        data.MakeFolder("sub");
+        data.MakeFile("file");
+        EXPECT_EQ(StoreProgramFolder(SettingsOwner::kUser, kProgramFolder), ERROR_SUCCESS);
+        EXPECT_TRUE(host::PinDrive('T', data.Path()));
+        system.commandLine = R"("permora" "T:\")";
+    }
+    ~MainFrame() override {
+        if (app.mainWindow != nullptr) app.mainWindow->DestroyWindow();
+        host::PinDrive('T', "");
+    }
+
+    void Start() { ASSERT_TRUE(app.InitInstance()); }
+    CMainFrame& Frame() { return dynamic_cast<CMainFrame&>(*app.mainWindow); }
+    void Run(unsigned int command) { Frame().RunCommand(command); }
+    std::vector<std::string> Rows() { return testing::UiDriver::MainWindow().Rows(kList); }
+    static SettingsRecord Stored() {
+        SettingsRecord record;
+        EXPECT_EQ(LoadSettings(record), ERROR_SUCCESS);
+        return record;
+    }
+    // Ends the program as the user does.
+    void Close() {
+        auto window = testing::UiDriver::MainWindow();
+        Run(ID_APP_EXIT);
+        window.WaitUntil([&] { return !app.mainWindow->HasWindow(); });
+    }
+
+    testing::UiDriver ui;
+    testing::SystemFakes system;
+    testing::ShellFakes shell;
+    test::TemporaryFolder data;
+    CMainApp app;
+};
+
+TEST_F(MainFrame, AFirstStartMakesTheSettings) {
+    Start();
+    EXPECT_EQ(Stored().block, SettingsBlock());
+    EXPECT_EQ(ProgramFolder(Frame().Settings()), kProgramFolder);
+    EXPECT_THAT(Rows(), ElementsAre(HasSubstr("sub"), HasSubstr("file")));
+    EXPECT_EQ(testing::UiDriver::MainWindow().Text(IDC_LOCATION), R"(T:\)");
+}
+
+TEST_F(MainFrame, ADamagedRecordIsReplacedByTheDefaults) {
+    SettingsRecord record;
+    record.block.viewMode = 3;
+    record.block.useOwnIcons = 77;
+    ASSERT_EQ(StoreSettings(record), ERROR_SUCCESS);
+    Start();
+    EXPECT_EQ(Stored().block, SettingsBlock());
+}
+
+TEST_F(MainFrame, WithoutAnInstallationItSaysSoAndEnds) {
+    const auto start = [this] {
+        setenv("XDG_CONFIG_HOME", data.MakeFolder("nowhere").c_str(), 1);
+        SetMessagePresenter(nullptr);  // boxes go to standard error
+        app.InitInstance();
+    };
+    EXPECT_EXIT(start(), ExitedWithCode(0), "Reading settings: ");
+}
+
+TEST_F(MainFrame, CommandsWithoutHandlerAreDisabled) {
+    Start();
+    const std::pair<unsigned int, bool> states[] = {
+        {ID_GO_BACK, true},       {ID_GO_FORWARD, true},       {ID_GO_UP, true},
+        {ID_GO_TO_ROOT, true},    {ID_REFRESH, true},          {ID_SELECT_ALL, true},
+        {ID_SETTINGS, true},      {ID_VIEW_OWN_ICONS, true},   {ID_VIEW_TOOLBAR, true},
+        {ID_HELP_CONTENTS, true}, {ID_APP_ABOUT, true},        {ID_APP_EXIT, true},
+        {ID_WIZARD, false},       {ID_SECURE_DELETION, false}, {ID_SHOW_SHARES, false},
+    };
+    for (const auto& [id, isEnabled] : states)
+        EXPECT_EQ(AskCommandState(Frame(), id, false).enabled, isEnabled) << id;
+}
+
+TEST_F(MainFrame, BackAndForwardGoThroughWhatWasSeen) {
+    Start();
+    const std::string folder = R"(T:\)";
+    auto window = testing::UiDriver::MainWindow();
+    window.SetText(IDC_LOCATION, "sub");
+    window.Press("Return");
+    EXPECT_EQ(window.Text(IDC_LOCATION), R"(T:\sub)");
+    Run(ID_GO_BACK);
+    EXPECT_EQ(window.Text(IDC_LOCATION), folder);
+    Run(ID_GO_BACK);
+    EXPECT_EQ(window.Text(IDC_LOCATION), kDriveListLocation);
+    Run(ID_GO_BACK);
+    Run(ID_GO_FORWARD);
+    Run(ID_GO_FORWARD);
+    EXPECT_EQ(window.Text(IDC_LOCATION), R"(T:\sub)");
+    Run(ID_GO_TO_ROOT);
+    EXPECT_EQ(window.Text(IDC_LOCATION), kDriveListLocation);
+}
+
+TEST_F(MainFrame, OwnIconsAreASettingWithACheckMark) {
+    Start();
+    const CMenu menu = Frame().GetMenu().GetSubMenu(2);
+    EXPECT_TRUE(menu.IsCheckedByPosition(2));
+    Run(ID_VIEW_OWN_ICONS);
+    EXPECT_FALSE(menu.IsCheckedByPosition(2));
+    EXPECT_EQ(Frame().Settings().block.useOwnIcons, 0);
+    Run(ID_VIEW_SMALL_ICONS);
+    Close();
+    EXPECT_EQ(Stored().block.useOwnIcons, 0);
+    EXPECT_EQ(Stored().block.viewMode, 1U);
+}
+
+TEST_F(MainFrame, TheSettingsDialogActsAtOnce) {
+    Start();
+    ui.ExpectDialog(IDD_SETTINGS, [](testing::WindowDriver& dialog) {
+        EXPECT_TRUE(dialog.IsChecked(IDC_SETTINGS_ICONS));
+        dialog.Click(IDC_SETTINGS_DETAILS);
+        dialog.Click(IDC_SETTINGS_INTERMEDIATE_INFO);
+        dialog.Click(IDOK);
+    });
+    Run(ID_SETTINGS);
+    EXPECT_THAT(Rows(), ElementsAre(::testing::StartsWith("sub | "),
+                                    ::testing::MatchesRegex("file \\| .* Bytes \\| .*")));
+    EXPECT_EQ(Stored().block.viewMode, 3U);
+    EXPECT_EQ(Stored().block.showIntermediateInfo, 0);
+
+    ui.ExpectDialog(IDD_SETTINGS, [](testing::WindowDriver& dialog) { dialog.Click(IDOK); });
+    ui.ExpectMessageBox("Error: saving settings: " + GetSystemMessageText(ERROR_ACCESS_DENIED),
+                        "Permora Error", MB_ICONERROR, IDOK);
+    system.writeError = ERROR_ACCESS_DENIED;
+    Run(ID_SETTINGS);
+}
+
+TEST_F(MainFrame, AVerbThatCannotBeWrittenIsReported) {
+    ASSERT_EQ(StoreSettings(SettingsRecord()), ERROR_SUCCESS);
+    system.majorVersion = 5;
+    system.writeError = ERROR_ACCESS_DENIED;
+    ui.ExpectMessageBox("Error: adding items to explorer menu: " + GetSystemMessageText(ERROR_ACCESS_DENIED),
+                        "Permora Error", MB_ICONERROR, IDOK);
+    Start();
+}
+
+TEST_F(MainFrame, SettingsThatCannotBeKeptDoNotHoldTheWindowOpen) {
+    Start();
+    system.writeError = ERROR_DISK_FULL;
+    ui.ExpectMessageBox("saving settings: " + GetSystemMessageText(ERROR_DISK_FULL), "Permora Error",
+                        MB_ICONERROR, IDOK);
+    Close();
+    EXPECT_FALSE(app.mainWindow->HasWindow());
+}
+
+struct PlaceCase {
+    const char* name;
+    Rect stored;
+    bool isKept;
+};
+
+TEST_F(MainFrame, StandsWhereItStoodUnlessNobodyCouldSeeIt) {
+    for (const PlaceCase& each : {
+             PlaceCase{"on the screen", {40, 50, 640, 450}, true},
+             {"inverted", {640, 450, 40, 50}, false},
+             {"far away", {30000, 30000, 30600, 30400}, false},
+             {"numbers out of any range", {-2147483647, 0, 2147483647, 10}, false},
+         }) {
+        SettingsRecord record;
+        record.windowRect = each.stored;
+        ASSERT_EQ(StoreSettings(record), ERROR_SUCCESS);
+        Start();
+        const Rect place = Frame().GetWindowRect();
+        EXPECT_EQ(place == each.stored, each.isKept) << each.name;
+        EXPECT_TRUE(IsUsableWindow(place) && place.left >= 0 && place.left < 2000) << each.name;
+        Close();
+        EXPECT_EQ(Stored().windowRect, place) << each.name;
+    }
+}
+
+TEST_F(MainFrame, AMaximisedWindowKeepsTheRectangleThatItHadBefore) {
+    SettingsRecord record;
+    record.windowRect = {40, 50, 640, 450};
+    record.showCommand = kShowMaximised;
+    ASSERT_EQ(StoreSettings(record), ERROR_SUCCESS);
+    Start();
+    EXPECT_EQ(Frame().GetPlacement().showState, ShowState::kMaximised);
+    Close();
+    EXPECT_EQ(Stored().windowRect, record.windowRect);
+    EXPECT_EQ(Stored().showCommand, kShowMaximised);
+}
+
+TEST_F(MainFrame, TheHelpMenuOpensWhatIsInTheProgramsFolder) {
+    Start();
+    Run(ID_HELP_CONTENTS);
+    EXPECT_EQ(shell.requests, std::vector<std::string>{R"(open C:\Tools\ZELHELP.chm)"});
+    Run(ID_TECHNICAL_SUPPORT);
+    EXPECT_EQ(shell.requests.back(), R"(hh C:\Tools\ZELHELP.chm::/support.html)");
+    Run(ID_WEB_SITE);
+    ui.ExpectDialog(IDD_ABOUT, [](testing::WindowDriver& dialog) { dialog.Click(IDOK); });
+    Run(ID_APP_ABOUT);
+}
+
+}  // namespace
+}  // namespace permora

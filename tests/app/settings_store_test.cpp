@@ -1,0 +1,119 @@
+#include "app/settings_store.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <vector>
+
+#include "app/registry_key.h"
+#include "platform/api/errors.h"
+#include "tests/app/system_fakes.h"
+
+namespace permora {
+namespace {
+
+constexpr const char* kKey = R"(SOFTWARE\Valdrix\ZEL)";
+
+class SettingsStore : public ::testing::Test {
+  protected:
+    static RegistryKey& Create(RegistryKey& key) {
+        EXPECT_EQ(key.Create(HKEY_CURRENT_USER, kKey), ERROR_SUCCESS);
+        return key;
+    }
+    static std::string TextAt(HKEY root, const char* path, const char* name) {
+        RegistryKey key;
+        std::array<std::byte, 300> bytes{};
+        RegistryValue value{bytes};
+        if (key.Open(root, path, KEY_READ) != ERROR_SUCCESS || key.Read(name, value) != ERROR_SUCCESS)
+            return "(none)";
+        return reinterpret_cast<const char*>(bytes.data());
+    }
+
+    testing::SystemFakes registry;
+};
+
+TEST_F(SettingsStore, GivesBackWhatWasStored) {
+    SettingsRecord record;
+    record.windowRect = {1, 2, 803, 604};
+    record.block.viewMode = 2;
+    ASSERT_EQ(StoreProgramFolder(SettingsOwner::kUser, R"(C:\Tools)"), ERROR_SUCCESS);
+    ASSERT_EQ(StoreSettings(record), ERROR_SUCCESS);
+
+    SettingsRecord loaded;
+    ASSERT_EQ(LoadSettings(loaded), ERROR_SUCCESS);
+    EXPECT_TRUE(SetProgramFolder(record, R"(C:\Tools)"));
+    EXPECT_EQ(loaded, record);
+}
+
+TEST_F(SettingsStore, WhatIsNotThereOrNotSoundFailsAndLeavesTheDefaults) {
+    SettingsRecord record;
+    EXPECT_EQ(LoadSettings(record), ERROR_FILE_NOT_FOUND) << "no key";
+    ASSERT_EQ(StoreProgramFolder(SettingsOwner::kUser, "C:\\"), ERROR_SUCCESS);
+    EXPECT_EQ(LoadSettings(record), ERROR_FILE_NOT_FOUND) << "no record";
+
+    RegistryKey key;
+    Create(key);
+    const StoredSettings sound = ScrambleSettings(record);
+    ASSERT_EQ(key.WriteText("ProgramSettings", std::string(kSettingsSize - 1, 'x')), ERROR_SUCCESS);
+    EXPECT_EQ(LoadSettings(record), ERROR_INVALID_DATA) << "a text";
+    ASSERT_EQ(key.WriteBytes("ProgramSettings", std::span(sound).first(100)), ERROR_SUCCESS);
+    EXPECT_EQ(LoadSettings(record), ERROR_INVALID_DATA) << "too short";
+    ASSERT_EQ(key.WriteBytes("ProgramSettings", std::vector<std::uint8_t>(5000, 0)), ERROR_SUCCESS);
+    EXPECT_EQ(LoadSettings(record), ERROR_MORE_DATA) << "too long";
+    ASSERT_EQ(key.WriteBytes("ProgramSettings", std::vector<std::uint8_t>(kSettingsSize, 0)), ERROR_SUCCESS);
+    EXPECT_EQ(LoadSettings(record), ERROR_INVALID_DATA) << "other bytes";
+    EXPECT_EQ(record, SettingsRecord());
+}
+
+TEST_F(SettingsStore, AFolderThatCannotBeReadLeavesTheStoredRecord) {
+    SettingsRecord stored;
+    stored.block.viewMode = 3;
+    ASSERT_EQ(StoreSettings(stored), ERROR_SUCCESS);
+    SettingsRecord record;
+    EXPECT_EQ(LoadSettings(record), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(record.block.viewMode, 3U);
+
+    RegistryKey key;
+    Create(key);
+    ASSERT_EQ(key.WriteBytes("Path", ScrambleSettings(stored)), ERROR_SUCCESS);
+    EXPECT_EQ(LoadSettings(record), ERROR_MORE_DATA);
+    ASSERT_EQ(key.WriteBytes("Path", std::vector<std::uint8_t>{'C', ':'}), ERROR_SUCCESS);
+    EXPECT_EQ(LoadSettings(record), ERROR_INVALID_DATA);
+}
+
+TEST_F(SettingsStore, TheVerbComesAndGoesOnOldSystems) {
+    registry.majorVersion = 5;
+    RegistryKey shell;
+    ASSERT_EQ(shell.Create(HKEY_CLASSES_ROOT, R"(Folder\Shell)"), ERROR_SUCCESS);
+    EXPECT_EQ(RemoveExplorerVerb(), ERROR_SUCCESS) << "it was never there";
+
+    ASSERT_EQ(RegisterExplorerVerb(R"(C:\Tools)"), ERROR_SUCCESS);
+    EXPECT_EQ(TextAt(HKEY_CLASSES_ROOT, R"(Folder\Shell\Permora)", nullptr), "Open Permora");
+    EXPECT_EQ(TextAt(HKEY_CLASSES_ROOT, R"(Folder\Shell\Permora\command)", nullptr),
+              R"(C:\Tools\ZEL.exe "%L")");
+
+    RegistryKey deep;
+    ASSERT_EQ(deep.Create(HKEY_CLASSES_ROOT, R"(Folder\Shell\Permora\a\b\c)"), ERROR_SUCCESS);
+    EXPECT_EQ(RemoveExplorerVerb(), ERROR_SUCCESS);
+    RegistryKey gone;
+    EXPECT_EQ(gone.Open(HKEY_CLASSES_ROOT, R"(Folder\Shell\Permora)", KEY_READ), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(SettingsStore, TheVerbIsLeftAloneOnLaterSystems) {
+    registry.majorVersion = 6;
+    EXPECT_EQ(RegisterExplorerVerb(R"(C:\Tools)"), ERROR_SUCCESS);
+    EXPECT_EQ(TextAt(HKEY_CLASSES_ROOT, R"(Folder\Shell\Permora)", nullptr), "(none)");
+    EXPECT_EQ(RemoveExplorerVerb(), ERROR_SUCCESS) << "no look at the registry, where nothing is";
+}
+
+TEST_F(SettingsStore, FailuresOfTheRegistryAreTold) {
+    registry.majorVersion = 5;
+    registry.writeError = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(StoreProgramFolder(SettingsOwner::kUser, std::string(260, 'x')), ERROR_FILENAME_EXCED_RANGE);
+    EXPECT_EQ(StoreSettings(SettingsRecord()), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegisterExplorerVerb("C:\\"), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RemoveExplorerVerb(), ERROR_FILE_NOT_FOUND) << "no folder verbs at all";
+}
+
+}  // namespace
+}  // namespace permora

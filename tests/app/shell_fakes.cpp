@@ -1,0 +1,46 @@
+#include "tests/app/shell_fakes.h"
+
+#include <algorithm>
+
+#include "platform/api/shell.h"
+
+namespace {
+
+permora::testing::ShellFakes* fakes = nullptr;
+
+constexpr std::uintptr_t kLastFailure = 32;
+
+}  // namespace
+
+extern "C" {
+
+HINSTANCE __wrap_ShellExecuteA(HWND, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR directory,
+                               int showCommand) {
+    const bool isPlain = parameters == nullptr && directory == nullptr && showCommand == SW_SHOW;
+    const bool isServed = isPlain && fakes->Serve(std::string(operation) + ' ' + file);
+    return reinterpret_cast<HINSTANCE>(isServed ? kLastFailure + 1 : kLastFailure);
+}
+
+UINT __wrap_WinExec(LPCSTR commandLine, UINT) {
+    return fakes->Serve(commandLine) ? kLastFailure : kLastFailure - 1;
+}
+
+}  // extern "C"
+
+namespace permora::testing {
+
+ShellFakes::ShellFakes() {
+    fakes = this;
+}
+
+ShellFakes::~ShellFakes() {
+    fakes = nullptr;
+}
+
+bool ShellFakes::Serve(const std::string& request) {
+    requests.push_back(request);
+    return std::none_of(refused.begin(), refused.end(),
+                        [&](const std::string& start) { return request.starts_with(start); });
+}
+
+}  // namespace permora::testing

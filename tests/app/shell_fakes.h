@@ -1,0 +1,24 @@
+// A desktop that opens what the test says, and remembers what it was asked for.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace permora::testing {
+
+class ShellFakes {
+  public:
+    ShellFakes();
+    ~ShellFakes();
+    ShellFakes(const ShellFakes&) = delete;
+    ShellFakes& operator=(const ShellFakes&) = delete;
+
+    // Requests that begin with one of these fail; all others succeed.
+    std::vector<std::string> refused;
+    // In order: "open TARGET", or the command line.
+    std::vector<std::string> requests;
+
+    bool Serve(const std::string& request);
+};
+
+}  // namespace permora::testing

@@ -1,0 +1,66 @@
+#include "tests/app/system_fakes.h"
+
+#include <cstdlib>
+
+#include "platform/api/registry.h"
+#include "platform/api/system.h"
+
+namespace {
+
+permora::testing::SystemFakes* fakes = nullptr;
+
+}  // namespace
+
+extern "C" {
+
+LSTATUS __real_RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR keyClass, DWORD options,
+                               REGSAM access, LPSECURITY_ATTRIBUTES security, PHKEY result,
+                               LPDWORD disposition);
+LSTATUS __real_RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD options, REGSAM access, PHKEY result);
+BOOL __real_GetVersionExA(OSVERSIONINFOA* version);
+LPSTR __real_GetCommandLineA();
+
+LSTATUS __wrap_RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR keyClass, DWORD options,
+                               REGSAM access, LPSECURITY_ATTRIBUTES security, PHKEY result,
+                               LPDWORD disposition) {
+    if (fakes == nullptr || key != HKEY_CLASSES_ROOT) {
+        if (fakes != nullptr && fakes->writeError != 0) return static_cast<LSTATUS>(fakes->writeError);
+        return __real_RegCreateKeyExA(key, subKey, reserved, keyClass, options, access, security, result,
+                                      disposition);
+    }
+    const std::string path = std::string("Classes\\") + subKey;
+    return __wrap_RegCreateKeyExA(HKEY_CURRENT_USER, path.c_str(), reserved, keyClass, options, access,
+                                  security, result, disposition);
+}
+
+LSTATUS __wrap_RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD options, REGSAM access, PHKEY result) {
+    if (fakes == nullptr || key != HKEY_CLASSES_ROOT)
+        return __real_RegOpenKeyExA(key, subKey, options, access, result);
+    const std::string path = std::string("Classes\\") + subKey;
+    return __real_RegOpenKeyExA(HKEY_CURRENT_USER, path.c_str(), options, access, result);
+}
+
+BOOL __wrap_GetVersionExA(OSVERSIONINFOA* version) {
+    if (fakes == nullptr) return __real_GetVersionExA(version);
+    version->dwMajorVersion = fakes->majorVersion;
+    return TRUE;
+}
+
+LPSTR __wrap_GetCommandLineA() {
+    return fakes != nullptr ? fakes->commandLine.data() : __real_GetCommandLineA();
+}
+
+}  // extern "C"
+
+namespace permora::testing {
+
+SystemFakes::SystemFakes() {
+    setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
+    fakes = this;
+}
+
+SystemFakes::~SystemFakes() {
+    fakes = nullptr;
+}
+
+}  // namespace permora::testing

@@ -1,0 +1,112 @@
+# A desktop of the test's own: an X server without a screen, a window manager, and a home. Sourced, not run.
+#
+# Nothing here sleeps for a fixed time: every wait is for something that can be seen, and has a limit.
+# shellcheck shell=bash
+
+# Fail TEXT: ends the test with a picture of what there is.
+Fail() {
+    echo "FAILED: $1" >&2
+    [ -z "${DISPLAY:-}" ] || import -silent -window root "$pictures/failure.png" || true
+    exit 1
+}
+
+# WaitUntil TEXT COMMAND...: until the command succeeds.
+waitLimit=20
+WaitUntil() {
+    local text=$1 deadline=$((SECONDS + waitLimit))
+    shift
+    until "$@" >/dev/null 2>&1; do
+        [ $SECONDS -lt $deadline ] || Fail "waited $waitLimit seconds in vain: $text"
+        sleep 0.05
+    done
+}
+
+# StartDesktop FOLDER (light|dark): the home, its settings and the server's socket go into the folder.
+StartDesktop() {
+    local home=$1 colours=$2
+    mkdir -p "$home/config" "$home/run"
+    chmod 700 "$home/run"
+    export HOME=$home XDG_CONFIG_HOME=$home/config XDG_RUNTIME_DIR=$home/run QT_QPA_PLATFORM=xcb
+    # No session bus here, and the toolkit would complain of it.
+    export QT_LOGGING_RULES="qt.qpa.theme.dbus=false"
+    unset WAYLAND_DISPLAY XDG_DATA_HOME XDG_CURRENT_DESKTOP QT_STYLE_OVERRIDE
+    [ "$colours" = light ] || UseDarkColours
+    Xvfb -displayfd 5 -screen 0 1280x900x24 -nolisten tcp 5>"$home/display" >"$home/xvfb.log" 2>&1 &
+    desktopPids=($!)
+    WaitUntil "the X server" test -s "$home/display"
+    DISPLAY=:$(cat "$home/display")
+    export DISPLAY
+    openbox >"$home/openbox.log" 2>&1 &
+    desktopPids+=($!)
+    WaitUntil "the window manager" HasWindowManager
+}
+
+StopDesktop() {
+    local pid
+    for pid in "${desktopPids[@]}"; do
+        kill "$pid" 2>/dev/null || true
+        wait "$pid" 2>/dev/null || true
+    done
+}
+
+HasWindowManager() { xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'; }
+
+# The colours of a desktop by night, in the form in which Plasma tells them to its programs.
+UseDarkColours() {
+    export XDG_CURRENT_DESKTOP=KDE KDE_SESSION_VERSION=5
+    local section
+    {
+        for section in Window View Button Tooltip; do
+            printf '[Colors:%s]\nBackgroundNormal=35,38,41\nBackgroundAlternate=42,46,50\n' "$section"
+            printf 'ForegroundNormal=239,240,241\nForegroundInactive=161,169,177\nForegroundLink=110,180,240\n\n'
+        done
+        printf '[Colors:Selection]\nBackgroundNormal=61,122,180\nForegroundNormal=255,255,255\n\n'
+    } >"$XDG_CONFIG_HOME/kdeglobals"
+}
+
+# The whole screen as one number.
+Screen() { import -silent -window root -depth 8 rgb:- | sha1sum; }
+
+# Settle: until the screen stands still; its number is then in $shown.
+shown=
+IsStill() {
+    local now
+    now=$(Screen)
+    [ "$now" = "$shown" ] && return 0
+    shown=$now
+    return 1
+}
+Settle() { shown=; WaitUntil "the screen to stand still" IsStill; }
+
+# Changed BEFORE: whether the screen is another than at that time.
+Changed() { [ "$(Screen)" != "$1" ]; }
+
+# Step NAME COMMAND...: does something that must change what is on the screen, waits until it has, and takes a picture.
+pictureCount=0
+Step() {
+    local name=$1 before
+    shift
+    Settle
+    before=$shown
+    "$@"
+    WaitUntil "a change by: $name" Changed "$before"
+    Settle
+    Picture "$name"
+}
+
+Picture() {
+    pictureCount=$((pictureCount + 1))
+    import -silent -window root "$pictures/$(printf '%02d' $pictureCount)-$1.png"
+}
+
+Keys() { xdotool key --delay 20 "$@"; }
+
+# ClickIn WINDOW X Y: pixels from the window's top left corner.
+ClickIn() { xdotool mousemove --sync --window "$1" "$2" "$3" click 1; }
+ClickAt() { ClickIn "$window" "$@"; }
+
+# HasWindow TITLE: a visible window of exactly this title; its id is then in $found.
+found=
+HasWindow() { found=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | tail -n 1); [ -n "$found" ]; }
+HasNoWindow() { ! HasWindow "$1"; }
+IsActive() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$1" ]; }
