@@ -110,7 +110,7 @@ bool BrowserView::BuildInfoText(const std::string& name) {
 
 bool BrowserView::BuildEntryInfo(const std::string& name) {
     WIN32_FIND_DATAA found{};
-    const HANDLE search = FindFirstFileA(name.c_str(), &found);
+    HANDLE search = FindFirstFileA(name.c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) return false;
     FindClose(search);
     if (const std::string type = ShellTypeName(name); !type.empty()) infoText = "Type: " + type + '\n';

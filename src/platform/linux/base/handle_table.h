@@ -16,7 +16,7 @@ template <typename Object>
 class HandleTable {
   public:
     HANDLE Add(std::shared_ptr<Object> object) {
-        const HANDLE handle = object.get();
+        HANDLE handle = object.get();
         const std::lock_guard lock(mutex);
         objects.insert_or_assign(handle, std::move(object));
         return handle;
