@@ -4,6 +4,7 @@
 
 #include "app/settings_dialog.h"
 #include "app/settings_store.h"
+#include "editor/multi_selection_notice.h"
 #include "framework/styles.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
@@ -54,6 +55,7 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_GO_TO_ROOT, Notify::kCommand, &CMainFrame::GoToRoot},
             {ID_VIEW_OWN_ICONS, Notify::kCommand, &CMainFrame::ToggleOwnIcons},
             {ID_SETTINGS, Notify::kCommand, &CMainFrame::EditSettings},
+            {ID_PERMISSIONS, Notify::kCommand, &CMainFrame::OpenSecurityEditor},
             {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
@@ -78,6 +80,7 @@ bool CMainFrame::OnCreate() {
     addressBarWnd.SetLocationText(view.currentFolder.empty() ? kDriveListLocation : view.currentFolder);
     statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
     statusBarWnd.SetPaneWidth(kItemCountPane, kItemCountWidth);
+    securitySheet.SetUp(this);
     LoadToolBarImages();
     ApplySettings();
     return true;
@@ -196,6 +199,26 @@ void CMainFrame::EditSettings() {
     ApplySettings();
     if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS)
         ShowErrorWithSystemText(GetSafeHwnd(), "Error: saving settings", error);
+}
+
+// The editor shows the first selected item and works on all of them.
+void CMainFrame::OpenSecurityEditor() {
+    const LPCSTR* names = view.GetSelectedNames();
+    const auto count = static_cast<std::size_t>(view.list.GetSelectedCount());
+    if (count > 1 && settings.block.showIntermediateInfo != 0) {
+        CInfoDlg1 notice(this);
+        notice.showIntermediateInfo = &settings.block.showIntermediateInfo;
+        notice.DoModal();
+    }
+    if (names == nullptr) {
+        ShowInfoBox(GetSafeHwnd(), "Please, select items to work with them.");
+    } else {
+        // The names stand relative to it. When it is gone, each read and write tells so.
+        if (!view.currentFolder.empty()) SetCurrentDirectoryA(view.currentFolder.c_str());
+        securitySheet.SetItems({names, count}, view.driveListShown);
+        securitySheet.DoModal();
+    }
+    view.ReleaseSelection();
 }
 
 // Shares have no place in the history, and nothing above them.

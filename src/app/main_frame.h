@@ -4,6 +4,7 @@
 #include "app/settings_record.h"
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
+#include "editor/security_sheet.h"
 #include "framework/bars.h"
 #include "framework/frame_window.h"
 
@@ -44,6 +45,7 @@ class CMainFrame : public CFrameWnd {
     void GoToRoot();
     void ToggleOwnIcons();
     void EditSettings();
+    void OpenSecurityEditor();
     void OnUpdateFileCommand(Notification& notification);
 
     CImageList toolBarImages;
@@ -52,6 +54,7 @@ class CMainFrame : public CFrameWnd {
     CReBar reBar;
     AddrBar addressBarWnd;
     BrowserView view;
+    CPSheet securitySheet;  // one object for all openings
     SettingsRecord settings;
 };
 

@@ -222,5 +222,29 @@ TEST_F(MainFrame, TheHelpMenuOpensWhatIsInTheProgramsFolder) {
     Run(ID_APP_ABOUT);
 }
 
+TEST_F(MainFrame, TheSecurityEditorOpensOnTheSelection) {
+    Start();
+    ui.ExpectMessageBox("Please, select items to work with them.", kInformationCaption,
+                        MB_OK | MB_ICONINFORMATION, IDOK);
+    Run(ID_PERMISSIONS);
+
+    auto window = testing::UiDriver::MainWindow();
+    const auto openOnBoth = [&] {
+        window.SelectRows(kList, {0, 1});
+        ui.ExpectSheet("Security Editor - sub", [](testing::WindowDriver& sheet) {
+            EXPECT_THAT(sheet.Tabs(), ElementsAre("Permissions"));
+            sheet.Press("Esc");
+        });
+        Run(ID_PERMISSIONS);
+    };
+    ui.ExpectDialog(IDD_SELECTION_NOTICE, [](testing::WindowDriver& notice) {
+        notice.Click(IDC_DO_NOT_SHOW_AGAIN);
+        notice.Click(IDOK);
+    });
+    openOnBoth();
+    openOnBoth();  // the notice is not shown again
+    EXPECT_EQ(Frame().Settings().block.showIntermediateInfo, 0);
+}
+
 }  // namespace
 }  // namespace permora
