@@ -3,9 +3,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
+#include "platform/linux/files/drives.h"
 #include "tests/browser/browser_fixture.h"
+#include "tests/support/command.h"
+#include "tests/support/ntfs_volume.h"
 
 namespace permora::testing {
 namespace {
@@ -119,6 +124,29 @@ TEST_F(BrowserListing, AVolumeThatFailsInTheMiddleIsReported) {
     TheFaults().searchFailsAfter = 1;
     ExpectError("Input/output error");
     view.RefreshList();
+}
+
+TEST_F(BrowserListing, AVolumeWhoseDriverDiesIsReportedAndCanBeLeft) {
+    if (const std::string reason = test::NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const test::NtfsVolume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    ASSERT_EQ(mkdir(volume.Path("sub").c_str(), 0700), 0);
+    ASSERT_TRUE(host::PinDrive('N', volume.Root()));
+    Start(R"(N:\)");
+    EXPECT_THAT(Names(), ElementsAre("sub"));
+
+    test::RunCommand({"pkill", "-KILL", "-x", "-P", std::to_string(getpid()), "ntfs-3g"});
+    const auto isDead = [&] { return access(volume.Path("sub").c_str(), F_OK) != 0 && errno == ENOTCONN; };
+    ASSERT_TRUE(Window().WaitUntil(isDead));
+    ExpectError("Transport endpoint is not connected");
+    view.RefreshList();
+    view.GoToRoot();
+    EXPECT_TRUE(view.driveListShown);
+    ExpectError("Transport endpoint is not connected");
+    view.OpenFolderRow(R"(N:\)");
+    EXPECT_THAT(Names(), Contains(R"(C:\)"));
+    EXPECT_TRUE(host::PinDrive('N', ""));
+    EXPECT_EQ(chdir("/"), 0);
 }
 
 TEST_F(BrowserListing, DrivesAreShownWithTypeAndSize) {
