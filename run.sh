@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the program and shows what it does.
-#   ./run.sh FOLDER   shows the folder's access list
-#   ./run.sh          makes a sample volume with a few interesting access lists, shows and changes them
+#   ./run.sh FOLDER   opens the main window on the folder
+#   ./run.sh          makes a sample volume with a few interesting access lists, and opens the window on it
+# Without a display it shows (and for the sample changes) the lists in the terminal and saves pictures of the windows.
 set -euo pipefail
 callerFolder=$PWD
 cd "$(dirname "$(readlink -f "$0")")"
@@ -11,16 +12,37 @@ source tools/packages.sh
 source tools/build.sh
 
 EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}"
-BuildPreset release permora-cli
-cli=$PWD/build/release/bin/permora-cli
+targets=(permora permora-cli)
+hasDisplay=${DISPLAY:-}${WAYLAND_DISPLAY:-}
+[ -n "$hasDisplay" ] || targets+=(permora-screenshots)
+BuildPreset release "${targets[@]}"
+programs=$PWD/build/release/bin
+cli=$programs/permora-cli
+# The windowed program finds its help in the folder that it was told.
+"$cli" setup -- "$programs" >/dev/null
+
+SavePictures() {
+    local pictures=$PWD/build/pictures
+    QT_QPA_PLATFORM=offscreen "$programs/permora-screenshots" "$pictures" >/dev/null 2>&1
+    printf '\nPictures of the windows are in %s.\n' "$pictures"
+}
 
 if [ $# -gt 0 ]; then
-    cd "$callerFolder"
-    exec "$cli" show -- "$@"
+    if [ -n "$hasDisplay" ]; then
+        cd "$callerFolder"
+        exec "$programs/permora" "$1"
+    fi
+    (cd "$callerFolder" && "$cli" show -- "$@")
+    SavePictures
+    exit
 fi
 
 # shellcheck source=tools/sample.sh
 source tools/sample.sh
 MakeSample
 FillSample "$cli"
+if [ -n "$hasDisplay" ]; then
+    exec "$programs/permora" "$sample"
+fi
 TourSample "$cli"
+SavePictures

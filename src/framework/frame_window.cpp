@@ -32,6 +32,7 @@ NativeFrame* NativeOf(const CFrameWnd& frame) {
 template <class Kind>
 Kind* FindBar(const CWnd& window) {
     for (CWnd* child : WindowAccess::Children(window)) {
+        if (child == nullptr) continue;
         if (auto* bar = dynamic_cast<Kind*>(child)) return bar;
         if (auto* bar = FindBar<Kind>(*child)) return bar;
     }

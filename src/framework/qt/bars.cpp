@@ -7,6 +7,8 @@
 #include <QToolBar>
 #include <QToolButton>
 #include <algorithm>
+#include <memory>
+#include <vector>
 
 #include "framework/frame_native.h"
 #include "framework/qt/image.h"
@@ -53,6 +55,8 @@ class ToolBarWindow final : public qt::WidgetWindow<NativeToolBar> {
 
     FrameEvents& events;
     QList<QToolButton*> buttons;  // without separators
+    // Gone before the buttons, which still get events while they go.
+    std::vector<std::unique_ptr<qt::EventFilter>> watches;
     bool showsTips = true;
 };
 
@@ -63,6 +67,7 @@ QAction* ToolBarWindow::ActionOf(unsigned int id) const {
 }
 
 void ToolBarWindow::SetButtons(std::span<const ToolButton> made) {
+    watches.clear();
     Bar().clear();
     buttons.clear();
     for (const ToolButton& each : made) {
@@ -97,13 +102,12 @@ void ToolBarWindow::AddButton(const ToolButton& made) {
     buttons.append(button);
     QObject::connect(action, &QAction::hovered, button, [this, id = made.id] { events.OnHighlight(id); });
     QObject::connect(action, &QAction::triggered, button, [this, action] { OnTriggered(*action); });
-    auto* watch =
-        new qt::EventFilter(*button, [this, button](QEvent& event) { return OnButtonEvent(*button, event); });
-    watch->setParent(button);
+    watches.push_back(std::make_unique<qt::EventFilter>(
+        *button, [this, button](QEvent& event) { return OnButtonEvent(*button, event); }));
 }
 
 void ToolBarWindow::SetImages(const CImageList& images) {
-    const auto shared = images.Shared();
+    const auto& shared = images.Shared();
     if (shared == nullptr) return;
     Bar().setIconSize(QSize(shared->size.cx, shared->size.cy));
     for (qsizetype i = 0; i < buttons.size() && i < static_cast<qsizetype>(shared->icons.size()); ++i)

@@ -57,7 +57,7 @@ void ShowItems(QMenu& menu, const std::shared_ptr<CMenu::Items>& items, const Me
 }
 
 QString MenuText(const std::string& text) {
-    const QString whole = ToQt(text);
+    QString whole = ToQt(text);
     const qsizetype tab = whole.indexOf(QLatin1Char('\t'));
     if (tab < 0) return whole;
     return whole.left(tab).trimmed() + QLatin1Char('\t') + whole.mid(tab + 1).trimmed();

@@ -22,11 +22,11 @@ struct SECURITY_ATTRIBUTES;  // callers hand in none
 using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 
 // The merged view of the user's and the machine's registered types; what is new goes to the machine.
-inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000000)});
-inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000001)});
-inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000002)});
+inline HKEY__* const HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000000)});
+inline HKEY__* const HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000001)});
+inline HKEY__* const HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000002)});
 // Only ".DEFAULT": what users see who have no value of their own.
-inline const HKEY HKEY_USERS = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000003)});
+inline HKEY__* const HKEY_USERS = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000003)});
 
 inline constexpr REGSAM KEY_QUERY_VALUE = 0x0001;
 inline constexpr REGSAM KEY_SET_VALUE = 0x0002;

@@ -11,6 +11,7 @@ namespace {
 // The system does not write to these texts; its interface is older than const.
 std::vector<char*> Words(const std::vector<std::string>& texts) {
     std::vector<char*> words;
+    words.reserve(texts.size() + 1);
     for (const std::string& text : texts)
         words.push_back(const_cast<char*>(text.c_str()));
     words.push_back(nullptr);

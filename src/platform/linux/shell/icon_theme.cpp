@@ -50,11 +50,11 @@ std::string ChosenTheme() {
     const std::string configuration = UserConfigurationFolder();
     const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
     if (desktop != nullptr && std::string_view(desktop).find("KDE") != std::string_view::npos) {
-        const std::string theme = IniValue(ReadIniFile(configuration + "/kdeglobals"), "Icons", "Theme");
+        std::string theme = IniValue(ReadIniFile(configuration + "/kdeglobals"), "Icons", "Theme");
         return theme.empty() ? "breeze" : theme;
     }
     for (const std::string& folder : {configuration, std::string("/etc")}) {
-        const std::string theme =
+        std::string theme =
             IniValue(ReadIniFile(folder + "/gtk-3.0/settings.ini"), "Settings", "gtk-icon-theme-name");
         if (!theme.empty()) return theme;
     }
@@ -87,8 +87,9 @@ std::vector<std::string> IconTheme::AddTheme(const std::string& name,
                                              const std::vector<std::string>& dataFolders) {
     std::vector<std::string> places;
     IniGroups index;
+    const std::string below = "/icons/" + name + '/';
     for (const std::string& folder : dataFolders) {
-        places.push_back(folder + "/icons/" + name + "/");
+        places.push_back(folder + below);
         if (index.empty()) index = ReadIniFile(places.back() + "index.theme");
     }
     std::vector<Folder> folders;

@@ -162,8 +162,9 @@ std::string MimeDatabase::TypeOfName(std::string_view hostName) const {
 
 std::string MimeDatabase::CommentOf(const std::string& type,
                                     const std::vector<std::string>& languages) const {
+    const std::string below = '/' + type + ".xml";
     for (const std::string& folder : folders) {
-        std::ifstream file(folder + "/" + type + ".xml");
+        std::ifstream file(folder + below);
         if (!file) continue;
         const std::string xml{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
         if (std::string comment = CommentInXml(xml, languages); !comment.empty()) return comment;
