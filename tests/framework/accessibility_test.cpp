@@ -178,7 +178,9 @@ char MnemonicOf(const std::string& text) {
 TEST(Accessibility, NoMnemonicMeansTwoControls) {
     for (const unsigned int id : DialogTemplates()) {
         std::map<char, int> uses;
-        for (const ControlTemplate& control : LoadDialogTemplate(id)->controls) {
+        const auto dialogTemplate = LoadDialogTemplate(id);
+        ASSERT_TRUE(dialogTemplate);
+        for (const ControlTemplate& control : dialogTemplate->controls) {
             const char letter = MnemonicOf(control.text);
             const bool isTwice = letter != 0 && IsShown(control) && ++uses[letter] > 1;
             EXPECT_FALSE(isTwice) << "dialog " << id << ": " << control.text;
