@@ -1,4 +1,4 @@
-// The user's folders by the XDG Base Directory Specification.
+// The user's folders, where freedesktop.org's rules for base directories put them.
 //
 // The environment is believed only as far as it names places that belong to the user this process runs as or
 // to root: sudo may leave another's there. Otherwise the folders are those in that user's home.

@@ -1,6 +1,6 @@
 // Pictures of the desktop's icon theme.
 //
-// Format: "Icon Theme Specification" of freedesktop.org.
+// Format: index.theme, as freedesktop.org describes icon themes.
 #pragma once
 
 #include <string>
