@@ -64,16 +64,6 @@ DWORD AwaitExit(pid_t child, Clock::time_point deadline) {
     return AwaitReadable(process.Get(), deadline);
 }
 
-// Takes the ended child off the system's books. True when it ended by itself with code 0.
-bool Reap(pid_t child) {
-    int status = 0;
-    pid_t reaped = -1;
-    do {
-        reaped = waitpid(child, &status, 0);
-    } while (reaped < 0 && errno == EINTR);
-    return reaped == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
 }  // namespace
 
 std::optional<std::string> FindTool(const std::string& name) {
@@ -109,7 +99,7 @@ DWORD RunTool(const std::string& name, const std::vector<std::string>& arguments
     DWORD error = ReadToEnd(source.Get(), limits.outputBytes, deadline, text);
     if (error == ERROR_SUCCESS) error = AwaitExit(child, deadline);
     if (error != ERROR_SUCCESS) kill(-child, SIGKILL);
-    const bool succeeded = Reap(child);
+    const bool succeeded = EndsWell(child);
     if (error != ERROR_SUCCESS) return error;
     if (!succeeded) return ERROR_OPERATION_ABORTED;
     output = std::move(text);

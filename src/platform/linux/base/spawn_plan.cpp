@@ -1,8 +1,10 @@
 #include "platform/linux/base/spawn_plan.h"
 
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 
 namespace permora::host {
@@ -58,6 +60,15 @@ int SpawnPlan::Start(const std::string& path, const std::vector<std::string>& ar
 
 void SpawnPlan::Note(int result) {
     if (problem == 0) problem = result;
+}
+
+bool EndsWell(pid_t child) {
+    int status = 0;
+    pid_t reaped = -1;
+    do {
+        reaped = waitpid(child, &status, 0);
+    } while (reaped < 0 && errno == EINTR);
+    return reaped == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 }  // namespace permora::host

@@ -38,4 +38,8 @@ class SpawnPlan {
     int problem = 0;  // errno value of the first step that failed
 };
 
+// Waits for a started program to end and takes it off the system's books. True when it ended by itself with
+// code 0.
+bool EndsWell(pid_t child);
+
 }  // namespace permora::host

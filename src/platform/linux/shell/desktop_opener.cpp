@@ -71,15 +71,6 @@ std::vector<std::string> DesktopEnvironment() {
     return environment;
 }
 
-bool EndsWell(pid_t child) {
-    int status = 0;
-    pid_t reaped = -1;
-    do {
-        reaped = waitpid(child, &status, 0);
-    } while (reaped < 0 && errno == EINTR);
-    return reaped == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
 }  // namespace
 
 DWORD OpenWithDesktop(const std::string& target) {
