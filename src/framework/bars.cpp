@@ -14,10 +14,6 @@
 namespace permora {
 namespace {
 
-// The numbers of the class library's bars. Toolbar and status bar share theirs with the commands that show
-// and hide them, and so their names.
-constexpr unsigned int kToolBarId = 59392;
-constexpr unsigned int kStatusBarId = 59393;
 constexpr unsigned int kReBarId = 59396;
 constexpr unsigned int kDialogBarId = 59397;
 

@@ -15,6 +15,10 @@
 
 namespace permora {
 
+// The class library's numbers of these bars, which the commands that show and hide them share.
+inline constexpr unsigned int kToolBarId = 59392;
+inline constexpr unsigned int kStatusBarId = 59393;
+
 // What a frame hears from its back end. Implemented by the shared half. Commands and the wish to close come
 // when the back end is done with the event that caused them, since they may destroy the frame.
 class FrameEvents {

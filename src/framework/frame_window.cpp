@@ -15,10 +15,7 @@
 namespace permora {
 namespace {
 
-// Numbers that the program's class library has for every program: commands, and the text while nothing is
-// pointed at.
-constexpr unsigned int kToolBarCommand = 59392;
-constexpr unsigned int kStatusBarCommand = 59393;
+// Numbers that the class library has for every program: a command, and the text while nothing is pointed at.
 constexpr unsigned int kExitCommand = 57665;
 constexpr unsigned int kIdleMessage = 57345;
 
@@ -30,11 +27,10 @@ NativeFrame* NativeOf(const CFrameWnd& frame) {
 
 // The first window of `Kind` among the children of `window` and their children: bars may stand in a rebar.
 template <class Kind>
-Kind* FindBar(const CWnd& window) {
-    for (CWnd* child : WindowAccess::Children(window)) {
-        if (child == nullptr) continue;
+Kind* FindBar(const CWnd* window) {
+    for (CWnd* child : WindowAccess::Children(*window)) {
         if (auto* bar = dynamic_cast<Kind*>(child)) return bar;
-        if (auto* bar = FindBar<Kind>(*child)) return bar;
+        if (auto* bar = FindBar<Kind>(child)) return bar;
     }
     return nullptr;
 }
@@ -59,7 +55,7 @@ struct CFrameWnd::Parts final : public FrameEvents {
     void OnChosen(unsigned int id) override { frame.RunCommand(id); }
     void OnCloseRequest() override { frame.OnClose(); }
     void OnIdle() override {
-        if (auto* toolBar = FindBar<CToolBar>(frame)) toolBar->UpdateButtons(frame);
+        if (auto* toolBar = FindBar<CToolBar>(&frame)) toolBar->UpdateButtons(frame);
     }
 
     CFrameWnd& frame;
@@ -91,7 +87,7 @@ bool CFrameWnd::LoadFrame(unsigned int id) {
         DestroyWindow();
         return false;
     }
-    auto* statusBar = FindBar<CStatusBar>(*this);
+    auto* statusBar = FindBar<CStatusBar>(this);
     if (statusBar != nullptr && statusBar->GetPaneText(0).empty())
         statusBar->SetPaneText(0, LoadResourceString(kIdleMessage));
     RecalcLayout();
@@ -149,7 +145,7 @@ void CFrameWnd::RunCommand(unsigned int id) {
 }
 
 void CFrameWnd::ShowPrompt(unsigned int id) {
-    auto* statusBar = FindBar<CStatusBar>(*this);
+    auto* statusBar = FindBar<CStatusBar>(this);
     if (statusBar != nullptr) statusBar->ShowPrompt(id != 0 ? LoadCommandPrompt(id).status : std::string());
 }
 
@@ -193,8 +189,8 @@ const MessageMap& CFrameWnd::GetMessageMap() const {
     static const MessageMap kMap = MakeMessageMap<CFrameWnd>(
         CWnd::GetMessageMap(),
         {
-            {kToolBarCommand, kStatusBarCommand, Notify::kCommand, &CFrameWnd::OnToggleBar},
-            {kToolBarCommand, kStatusBarCommand, Notify::kUpdateCommand, &CFrameWnd::OnUpdateBar},
+            {kToolBarId, kStatusBarId, Notify::kCommand, &CFrameWnd::OnToggleBar},
+            {kToolBarId, kStatusBarId, Notify::kUpdateCommand, &CFrameWnd::OnUpdateBar},
             {kExitCommand, Notify::kCommand, &CFrameWnd::PostClose},
         });
     return kMap;
@@ -210,8 +206,8 @@ void CFrameWnd::OnUpdateBar(Notification& notification) {
 }
 
 CWnd* CFrameWnd::ControlBar(unsigned int id) const {
-    if (id == kToolBarCommand) return FindBar<CToolBar>(*this);
-    return FindBar<CStatusBar>(*this);
+    if (id == kToolBarId) return FindBar<CToolBar>(this);
+    return FindBar<CStatusBar>(this);
 }
 
 }  // namespace permora
