@@ -60,7 +60,6 @@ const MessageMap& CPage1::GetMessageMap() const {
                                    {IDC_EDIT_ENTRY, Notify::kClicked, &CPage1::OnEdit},
                                    {IDC_ACCESS_LIST, Notify::kDoubleClick, &CPage1::OnEdit},
                                    {IDC_ACCESS_LIST, Notify::kClick, &CPage1::OnListClicked},
-                                   {IDC_ACCESS_LIST, Notify::kRightClick, &CPage1::OnListRightClicked},
                                    {IDC_INHERIT_FROM_PARENT, Notify::kClicked, &CPage1::OnInheritanceClicked},
                                    {IDC_REPLACE_CHILD_ENTRIES, Notify::kClicked, &CPage1::MarkChanged},
                                });

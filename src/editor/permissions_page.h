@@ -33,7 +33,6 @@ class CPage1 : public CPropertyPage {
     void OnEdit();
     void OnRemove();
     void OnListClicked();
-    void OnListRightClicked() {}
     void OnInheritanceClicked();
 
     void ReadFirstItem();
