@@ -34,8 +34,8 @@ constexpr std::array<unsigned int, 15> kToolBarIcons = {
     IDI_COPY,        IDI_PASTE,           IDI_DELETE, IDI_SETTINGS, IDI_HELP,
 };
 
-SettingsRecord DefaultSettings(const Rect& windowRect) {
-    SettingsRecord defaults;
+ProgramSettings DefaultSettings(const Rect& windowRect) {
+    ProgramSettings defaults;
     defaults.windowRect = windowRect;
     std::array<char, sizeof(defaults.programFolder)> folder{};
     const DWORD length = GetCurrentDirectoryA(folder.size(), folder.data());

@@ -18,7 +18,7 @@ class CMainFrame : public CFrameWnd {
     // Each command is offered to the view first.
     bool OnCmdMsg(Notification& notification) override;
 
-    const SettingsRecord& Settings() const { return settings; }
+    const ProgramSettings& Settings() const { return settings; }
 
   protected:
     // Ends the process when the settings cannot be read, as when the program is not installed for this user.
@@ -55,7 +55,7 @@ class CMainFrame : public CFrameWnd {
     AddrBar addressBarWnd;
     BrowserView view;
     CPSheet securitySheet;  // one object for all openings
-    SettingsRecord settings;
+    ProgramSettings settings;
 };
 
 }  // namespace permora

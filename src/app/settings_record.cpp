@@ -18,7 +18,7 @@ bool IsFlag(std::uint8_t value) {
     return value <= 1;
 }
 
-bool IsSound(const SettingsRecord& record) {
+bool IsSound(const ProgramSettings& record) {
     const SettingsBlock& block = record.block;
     return (record.showCommand == kShowNormal || record.showCommand == kShowMaximised) &&
            IsFlag(block.useOwnIcons) && IsFlag(block.showToolTips) && IsFlag(block.askBeforeSecureDeletion) &&
@@ -28,19 +28,19 @@ bool IsSound(const SettingsRecord& record) {
 
 }  // namespace
 
-StoredSettings ScrambleSettings(const SettingsRecord& record) {
+StoredSettings ScrambleSettings(const ProgramSettings& record) {
     StoredSettings bytes;
     std::memcpy(bytes.data(), &record, bytes.size());
     Scramble(bytes);
     return bytes;
 }
 
-std::optional<SettingsRecord> UnscrambleSettings(std::span<const std::uint8_t> stored) {
+std::optional<ProgramSettings> UnscrambleSettings(std::span<const std::uint8_t> stored) {
     if (stored.size() != kSettingsSize) return std::nullopt;
     StoredSettings bytes;
     std::ranges::copy(stored, bytes.begin());
     Scramble(bytes);  // its own inverse
-    SettingsRecord record;
+    ProgramSettings record;
     std::memcpy(&record, bytes.data(), bytes.size());
     if (!IsSound(record)) return std::nullopt;
     return record;
@@ -54,14 +54,14 @@ bool IsUsableWindow(const Rect& rect) {
     return width >= kSmallest && width <= kLargest && height >= kSmallest && height <= kLargest;
 }
 
-bool SetProgramFolder(SettingsRecord& record, const std::string& folder) {
+bool SetProgramFolder(ProgramSettings& record, const std::string& folder) {
     if (folder.size() >= record.programFolder.size()) return false;
     record.programFolder.fill('\0');
     std::ranges::copy(folder, record.programFolder.begin());
     return true;
 }
 
-std::string ProgramFolder(const SettingsRecord& record) {
+std::string ProgramFolder(const ProgramSettings& record) {
     const auto end = std::ranges::find(record.programFolder, '\0');
     return {record.programFolder.begin(), end};
 }

@@ -31,37 +31,37 @@ struct SettingsBlock {
 inline constexpr std::int32_t kShowNormal = 1;
 inline constexpr std::int32_t kShowMaximised = 3;
 
-struct SettingsRecord {
+struct ProgramSettings {
     Rect windowRect;  // of the frame when not maximised, in screen coordinates
     std::int32_t showCommand = kShowNormal;
     std::array<std::uint8_t, 12> reserved{};  // written back as read
     SettingsBlock block;
     std::array<char, 260> programFolder{};  // NUL-terminated
 
-    friend bool operator==(const SettingsRecord&, const SettingsRecord&) = default;
+    friend bool operator==(const ProgramSettings&, const ProgramSettings&) = default;
 };
 
 // The layout in memory is the stored one, before scrambling.
 inline constexpr std::size_t kSettingsSize = 304;
-static_assert(std::endian::native == std::endian::little && std::is_trivially_copyable_v<SettingsRecord>);
-static_assert(sizeof(SettingsRecord) == kSettingsSize && sizeof(SettingsBlock) == 12);
-static_assert(offsetof(SettingsRecord, showCommand) == 16 && offsetof(SettingsRecord, reserved) == 20);
-static_assert(offsetof(SettingsRecord, block) == 32 && offsetof(SettingsRecord, programFolder) == 44);
+static_assert(std::endian::native == std::endian::little && std::is_trivially_copyable_v<ProgramSettings>);
+static_assert(sizeof(ProgramSettings) == kSettingsSize && sizeof(SettingsBlock) == 12);
+static_assert(offsetof(ProgramSettings, showCommand) == 16 && offsetof(ProgramSettings, reserved) == 20);
+static_assert(offsetof(ProgramSettings, block) == 32 && offsetof(ProgramSettings, programFolder) == 44);
 static_assert(offsetof(SettingsBlock, useOwnIcons) == 4 && offsetof(SettingsBlock, padding) == 9);
 
 using StoredSettings = std::array<std::uint8_t, kSettingsSize>;
 
-StoredSettings ScrambleSettings(const SettingsRecord& record);
+StoredSettings ScrambleSettings(const ProgramSettings& record);
 // The record in bytes that anyone may have written. Nothing when the length is another, a flag is neither 0
 // nor 1, the show command is none of the two, or the folder has no end. A window rectangle may be any: the
 // frame judges it (IsUsableWindow).
-std::optional<SettingsRecord> UnscrambleSettings(std::span<const std::uint8_t> stored);
+std::optional<ProgramSettings> UnscrambleSettings(std::span<const std::uint8_t> stored);
 
 // False: no window can be meant, since the rectangle is empty, inverted, or larger than any desktop.
 bool IsUsableWindow(const Rect& rect);
 
 // `folder` with its end; false, with the record unchanged, when it is too long for it.
-bool SetProgramFolder(SettingsRecord& record, const std::string& folder);
-std::string ProgramFolder(const SettingsRecord& record);
+bool SetProgramFolder(ProgramSettings& record, const std::string& folder);
+std::string ProgramFolder(const ProgramSettings& record);
 
 }  // namespace permora

@@ -20,7 +20,7 @@ constexpr const char* kVerbKey = R"(Folder\Shell\Permora)";
 constexpr const char* kVerbCommandKey = R"(Folder\Shell\Permora\command)";
 constexpr const char* kVerbText = "Open Permora";
 
-DWORD LoadRecord(const RegistryKey& key, SettingsRecord& record) {
+DWORD LoadRecord(const RegistryKey& key, ProgramSettings& record) {
     StoredSettings stored{};
     RegistryValue value{std::as_writable_bytes(std::span(stored))};
     const DWORD error = key.Read(kRecordValue, value);
@@ -32,7 +32,7 @@ DWORD LoadRecord(const RegistryKey& key, SettingsRecord& record) {
     return ERROR_SUCCESS;
 }
 
-DWORD LoadProgramFolder(const RegistryKey& key, SettingsRecord& record) {
+DWORD LoadProgramFolder(const RegistryKey& key, ProgramSettings& record) {
     std::array<char, sizeof(record.programFolder)> text{};
     RegistryValue value{std::as_writable_bytes(std::span(text))};
     const DWORD error = key.Read(kFolderValue, value);
@@ -53,7 +53,7 @@ DWORD StoreText(HKEY root, const char* path, const char* name, const std::string
 
 }  // namespace
 
-DWORD LoadSettings(SettingsRecord& record) {
+DWORD LoadSettings(ProgramSettings& record) {
     RegistryKey key;
     DWORD error = key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ);
     if (error == ERROR_SUCCESS) error = LoadRecord(key, record);
@@ -61,7 +61,7 @@ DWORD LoadSettings(SettingsRecord& record) {
     return error == ERROR_SUCCESS ? key.Close() : error;
 }
 
-DWORD StoreSettings(const SettingsRecord& record) {
+DWORD StoreSettings(const ProgramSettings& record) {
     RegistryKey key;
     DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
     if (error == ERROR_SUCCESS) error = key.WriteBytes(kRecordValue, ScrambleSettings(record));
@@ -69,7 +69,7 @@ DWORD StoreSettings(const SettingsRecord& record) {
 }
 
 DWORD StoreProgramFolder(SettingsOwner owner, const std::string& folder) {
-    SettingsRecord record;
+    ProgramSettings record;
     if (!SetProgramFolder(record, folder)) return ERROR_FILENAME_EXCED_RANGE;  // it could not be read back
     if (owner == SettingsOwner::kUser)
         return StoreText(HKEY_CURRENT_USER, kSettingsKey, kFolderValue, folder);

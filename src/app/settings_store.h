@@ -13,8 +13,8 @@ namespace permora {
 
 // Loads both values into `record`. A failure leaves what comes after it as it was: when only "Path" cannot be
 // read, the stored record is there. ERROR_INVALID_DATA when a value is not what it should be.
-DWORD LoadSettings(SettingsRecord& record);
-DWORD StoreSettings(const SettingsRecord& record);
+DWORD LoadSettings(ProgramSettings& record);
+DWORD StoreSettings(const ProgramSettings& record);
 
 // Whose settings: the user's, or what users have who have none of their own.
 enum class SettingsOwner { kUser, kEveryUser };

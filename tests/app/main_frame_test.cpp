@@ -45,8 +45,8 @@ class MainFrame : public ::testing::Test {
     CMainFrame& Frame() { return dynamic_cast<CMainFrame&>(*app.mainWindow); }
     void Run(unsigned int command) { Frame().RunCommand(command); }
     std::vector<std::string> Rows() { return testing::UiDriver::MainWindow().Rows(kList); }
-    static SettingsRecord Stored() {
-        SettingsRecord record;
+    static ProgramSettings Stored() {
+        ProgramSettings record;
         EXPECT_EQ(LoadSettings(record), ERROR_SUCCESS);
         return record;
     }
@@ -73,7 +73,7 @@ TEST_F(MainFrame, AFirstStartMakesTheSettings) {
 }
 
 TEST_F(MainFrame, ADamagedRecordIsReplacedByTheDefaults) {
-    SettingsRecord record;
+    ProgramSettings record;
     record.block.viewMode = 3;
     record.block.useOwnIcons = 77;
     ASSERT_EQ(StoreSettings(record), ERROR_SUCCESS);
@@ -157,7 +157,7 @@ TEST_F(MainFrame, TheSettingsDialogActsAtOnce) {
 }
 
 TEST_F(MainFrame, AVerbThatCannotBeWrittenIsReported) {
-    ASSERT_EQ(StoreSettings(SettingsRecord()), ERROR_SUCCESS);
+    ASSERT_EQ(StoreSettings(ProgramSettings()), ERROR_SUCCESS);
     system.majorVersion = 5;
     system.writeError = ERROR_ACCESS_DENIED;
     ui.ExpectMessageBox("Error: adding items to explorer menu: " + GetSystemMessageText(ERROR_ACCESS_DENIED),
@@ -187,7 +187,7 @@ TEST_F(MainFrame, StandsWhereItStoodUnlessNobodyCouldSeeIt) {
              {"far away", {30000, 30000, 30600, 30400}, false},
              {"numbers out of any range", {-2147483647, 0, 2147483647, 10}, false},
          }) {
-        SettingsRecord record;
+        ProgramSettings record;
         record.windowRect = each.stored;
         ASSERT_EQ(StoreSettings(record), ERROR_SUCCESS);
         Start();
@@ -200,7 +200,7 @@ TEST_F(MainFrame, StandsWhereItStoodUnlessNobodyCouldSeeIt) {
 }
 
 TEST_F(MainFrame, AMaximisedWindowKeepsTheRectangleThatItHadBefore) {
-    SettingsRecord record;
+    ProgramSettings record;
     record.windowRect = {40, 50, 640, 450};
     record.showCommand = kShowMaximised;
     ASSERT_EQ(StoreSettings(record), ERROR_SUCCESS);

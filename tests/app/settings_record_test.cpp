@@ -10,8 +10,8 @@
 namespace permora {
 namespace {
 
-SettingsRecord Sample() {
-    SettingsRecord record;
+ProgramSettings Sample() {
+    ProgramSettings record;
     record.windowRect = {-10, 20, 790, 620};
     record.showCommand = kShowMaximised;
     record.reserved = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
@@ -27,7 +27,7 @@ std::int32_t NumberAt(const std::vector<std::uint8_t>& bytes, std::size_t offset
 }
 
 // The places of the fields are a contract with records that are already stored.
-TEST(SettingsRecord, IsStoredFieldByFieldAndScrambledWhole) {
+TEST(ProgramSettings, IsStoredFieldByFieldAndScrambledWhole) {
     const StoredSettings stored = ScrambleSettings(Sample());
     std::vector<std::uint8_t> plain;
     for (const std::uint8_t byte : stored)
@@ -44,16 +44,16 @@ TEST(SettingsRecord, IsStoredFieldByFieldAndScrambledWhole) {
     EXPECT_EQ(UnscrambleSettings(stored), Sample());
 }
 
-TEST(SettingsRecord, DamagedOnesAreRefused) {
-    using Change = std::function<void(SettingsRecord&)>;
+TEST(ProgramSettings, DamagedOnesAreRefused) {
+    using Change = std::function<void(ProgramSettings&)>;
     const std::vector<std::pair<const char*, Change>> changes = {
-        {"a flag of 2", [](SettingsRecord& record) { record.block.explorerMenu = 2; }},
-        {"a hidden window", [](SettingsRecord& record) { record.showCommand = 0; }},
-        {"a minimised window", [](SettingsRecord& record) { record.showCommand = 2; }},
-        {"a folder without end", [](SettingsRecord& record) { record.programFolder.fill('x'); }},
+        {"a flag of 2", [](ProgramSettings& record) { record.block.explorerMenu = 2; }},
+        {"a hidden window", [](ProgramSettings& record) { record.showCommand = 0; }},
+        {"a minimised window", [](ProgramSettings& record) { record.showCommand = 2; }},
+        {"a folder without end", [](ProgramSettings& record) { record.programFolder.fill('x'); }},
     };
     for (const auto& [name, change] : changes) {
-        SettingsRecord record = Sample();
+        ProgramSettings record = Sample();
         change(record);
         EXPECT_FALSE(UnscrambleSettings(ScrambleSettings(record))) << name;
     }
@@ -65,13 +65,13 @@ TEST(SettingsRecord, DamagedOnesAreRefused) {
     EXPECT_FALSE(UnscrambleSettings({}));
 }
 
-TEST(SettingsRecord, AViewModeThatMeansNothingIsKept) {
-    SettingsRecord record = Sample();
+TEST(ProgramSettings, AViewModeThatMeansNothingIsKept) {
+    ProgramSettings record = Sample();
     record.block.viewMode = 77;
     EXPECT_EQ(UnscrambleSettings(ScrambleSettings(record)), record);
 }
 
-TEST(SettingsRecord, WindowsThatNobodyCanMeanAreTold) {
+TEST(ProgramSettings, WindowsThatNobodyCanMeanAreTold) {
     constexpr int kLeast = std::numeric_limits<int>::min();
     constexpr int kMost = std::numeric_limits<int>::max();
     EXPECT_TRUE(IsUsableWindow({0, 0, 800, 600}));
@@ -87,8 +87,8 @@ TEST(SettingsRecord, WindowsThatNobodyCanMeanAreTold) {
     }
 }
 
-TEST(SettingsRecord, AFolderThatDoesNotFitIsNotCut) {
-    SettingsRecord record = Sample();
+TEST(ProgramSettings, AFolderThatDoesNotFitIsNotCut) {
+    ProgramSettings record = Sample();
     EXPECT_FALSE(SetProgramFolder(record, std::string(260, 'x')));
     EXPECT_EQ(ProgramFolder(record), R"(C:\Tools)");
     EXPECT_TRUE(SetProgramFolder(record, std::string(259, 'x')));

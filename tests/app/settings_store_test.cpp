@@ -33,20 +33,20 @@ class SettingsStore : public ::testing::Test {
 };
 
 TEST_F(SettingsStore, GivesBackWhatWasStored) {
-    SettingsRecord record;
+    ProgramSettings record;
     record.windowRect = {1, 2, 803, 604};
     record.block.viewMode = 2;
     ASSERT_EQ(StoreProgramFolder(SettingsOwner::kUser, R"(C:\Tools)"), ERROR_SUCCESS);
     ASSERT_EQ(StoreSettings(record), ERROR_SUCCESS);
 
-    SettingsRecord loaded;
+    ProgramSettings loaded;
     ASSERT_EQ(LoadSettings(loaded), ERROR_SUCCESS);
     EXPECT_TRUE(SetProgramFolder(record, R"(C:\Tools)"));
     EXPECT_EQ(loaded, record);
 }
 
 TEST_F(SettingsStore, WhatIsNotThereOrNotSoundFailsAndLeavesTheDefaults) {
-    SettingsRecord record;
+    ProgramSettings record;
     EXPECT_EQ(LoadSettings(record), ERROR_FILE_NOT_FOUND) << "no key";
     ASSERT_EQ(StoreProgramFolder(SettingsOwner::kUser, "C:\\"), ERROR_SUCCESS);
     EXPECT_EQ(LoadSettings(record), ERROR_FILE_NOT_FOUND) << "no record";
@@ -62,14 +62,14 @@ TEST_F(SettingsStore, WhatIsNotThereOrNotSoundFailsAndLeavesTheDefaults) {
     EXPECT_EQ(LoadSettings(record), ERROR_MORE_DATA) << "too long";
     ASSERT_EQ(key.WriteBytes("ProgramSettings", std::vector<std::uint8_t>(kSettingsSize, 0)), ERROR_SUCCESS);
     EXPECT_EQ(LoadSettings(record), ERROR_INVALID_DATA) << "other bytes";
-    EXPECT_EQ(record, SettingsRecord());
+    EXPECT_EQ(record, ProgramSettings());
 }
 
 TEST_F(SettingsStore, AFolderThatCannotBeReadLeavesTheStoredRecord) {
-    SettingsRecord stored;
+    ProgramSettings stored;
     stored.block.viewMode = 3;
     ASSERT_EQ(StoreSettings(stored), ERROR_SUCCESS);
-    SettingsRecord record;
+    ProgramSettings record;
     EXPECT_EQ(LoadSettings(record), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(record.block.viewMode, 3U);
 
@@ -110,7 +110,7 @@ TEST_F(SettingsStore, FailuresOfTheRegistryAreTold) {
     registry.majorVersion = 5;
     registry.writeError = ERROR_ACCESS_DENIED;
     EXPECT_EQ(StoreProgramFolder(SettingsOwner::kUser, std::string(260, 'x')), ERROR_FILENAME_EXCED_RANGE);
-    EXPECT_EQ(StoreSettings(SettingsRecord()), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(StoreSettings(ProgramSettings()), ERROR_ACCESS_DENIED);
     EXPECT_EQ(RegisterExplorerVerb("C:\\"), ERROR_ACCESS_DENIED);
     EXPECT_EQ(RemoveExplorerVerb(), ERROR_FILE_NOT_FOUND) << "no folder verbs at all";
 }
