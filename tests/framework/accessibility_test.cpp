@@ -13,27 +13,18 @@
 #include "framework/dialog.h"
 #include "framework/property_sheet.h"
 #include "framework/qt/widget.h"
-#include "framework/resource_file.h"
 #include "framework/resource_templates.h"
 #include "framework/styles.h"
 #include "framework/window_access.h"
-#include "resources/embedded_resources.h"
+#include "tests/support/dialog_templates.h"
 #include "tests/support/ui_driver.h"
 
 namespace permora {
 namespace {
 
+using testing::DialogTemplates;
 using testing::UiDriver;
 using testing::WindowDriver;
-
-std::vector<unsigned int> DialogTemplates() {
-    std::vector<unsigned int> ids;
-    for (const ResourceEntry& entry :
-         ReadResourceFile(EmbeddedResources()).value_or(std::vector<ResourceEntry>())) {
-        if (entry.type == static_cast<std::uint16_t>(ResourceType::kDialog)) ids.push_back(entry.id);
-    }
-    return ids;
-}
 
 using Check = std::function<void(WindowDriver&, CWnd&, const DialogTemplate&)>;
 

@@ -21,12 +21,11 @@
 #include "framework/property_sheet.h"
 #include "framework/qt/application.h"
 #include "framework/qt/widget.h"
-#include "framework/resource_file.h"
 #include "framework/resource_templates.h"
 #include "framework/styles.h"
 #include "framework/window_access.h"
-#include "resources/embedded_resources.h"
 #include "resources/resource_ids.h"
+#include "tests/support/dialog_templates.h"
 
 namespace permora {
 namespace {
@@ -172,15 +171,6 @@ class SampleFrame : public CFrameWnd {
     CDialogBar bar;
 };
 
-std::vector<unsigned int> DialogTemplates() {
-    std::vector<unsigned int> ids;
-    for (const ResourceEntry& entry :
-         ReadResourceFile(EmbeddedResources()).value_or(std::vector<ResourceEntry>())) {
-        if (entry.type == static_cast<std::uint16_t>(ResourceType::kDialog)) ids.push_back(entry.id);
-    }
-    return ids;
-}
-
 // One scale in a process of its own, since the toolkit takes it at its start.
 int TakePictures(const std::string& folder, const char* scaleFactor, const char* scaleName) {
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
@@ -193,7 +183,7 @@ int TakePictures(const std::string& folder, const char* scaleFactor, const char*
     for (const bool isDark : {false, true}) {
         QApplication::setPalette(isDark ? DarkPalette() : light);
         const Series series{folder, std::string(isDark ? "-dark-" : "-light-") + scaleName};
-        for (const unsigned int id : DialogTemplates()) {
+        for (const unsigned int id : testing::DialogTemplates()) {
             const DWORD style = LoadDialogTemplate(id)->style;
             if ((style & WS_CHILD) == 0) {
                 SampleDialog(id, series).DoModal();
