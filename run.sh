@@ -14,16 +14,18 @@ source tools/build.sh
 EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}"
 targets=(permora permora-cli)
 hasDisplay=${DISPLAY:-}${WAYLAND_DISPLAY:-}
-[ -n "$hasDisplay" ] || targets+=(permora-screenshots)
+[ -n "$hasDisplay" ] || targets+=(permora-screenshots permora-window-pictures)
 BuildPreset release "${targets[@]}"
 programs=$PWD/build/release/bin
 cli=$programs/permora-cli
 # The windowed program finds its help in the folder that it was told.
 "$cli" setup -- "$programs" >/dev/null
 
+# SavePictures FOLDER: of every dialog, and of the main window on the folder.
 SavePictures() {
     local pictures=$PWD/build/pictures
     QT_QPA_PLATFORM=offscreen "$programs/permora-screenshots" "$pictures" >/dev/null 2>&1
+    (cd "$callerFolder" && "$programs/permora-window-pictures" "$1" "$pictures" >/dev/null 2>&1)
     printf '\nPictures of the windows are in %s.\n' "$pictures"
 }
 
@@ -33,7 +35,7 @@ if [ $# -gt 0 ]; then
         exec "$programs/permora" "$1"
     fi
     (cd "$callerFolder" && "$cli" show -- "$@")
-    SavePictures
+    SavePictures "$1"
     exit
 fi
 
@@ -45,4 +47,4 @@ if [ -n "$hasDisplay" ]; then
     exec "$programs/permora" "$sample"
 fi
 TourSample "$cli"
-SavePictures
+SavePictures "$sample"
