@@ -11,6 +11,7 @@
 #include "framework/screen_placement.h"
 #include "framework/styles.h"
 #include "framework/window_access.h"
+#include "platform/api/shell.h"
 
 namespace permora {
 namespace {

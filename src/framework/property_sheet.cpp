@@ -10,6 +10,7 @@
 #include "framework/styles.h"
 #include "framework/window_access.h"
 #include "platform/api/messages.h"
+#include "platform/api/shell.h"
 
 namespace permora {
 namespace {

@@ -44,9 +44,6 @@ inline constexpr DWORD SS_NOPREFIX    = 0x00000080;
 inline constexpr DWORD ES_READONLY    = 0x00000800;
 
 inline constexpr int SW_HIDE          = 0;
-inline constexpr int SW_SHOWNORMAL    = 1;
-inline constexpr int SW_SHOWMAXIMIZED = 3;
-inline constexpr int SW_SHOW          = 5;
 // clang-format on
 
 #endif

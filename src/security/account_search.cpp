@@ -14,8 +14,8 @@
 namespace permora {
 namespace {
 
-constexpr int kFirstWellKnownType = 1;  // 0 is the null SID
-constexpr int kLastWellKnownType = 50;
+constexpr int kFirstWellKnownType = WinWorldSid;  // the null SID before it is nobody
+constexpr int kLastWellKnownType = WinAccountRasAndIasServersSid;
 
 struct NetApiBufferCloser {
     void operator()(BYTE* buffer) const { NetApiBufferFree(buffer); }
@@ -36,7 +36,7 @@ class Sids {
     std::unordered_set<std::string> known;  // their bytes
 };
 
-// Unlike for older systems, the function is not taken for granted: without it there are no well-known SIDs.
+// Null where the system has no such function: there are no well-known SIDs then.
 decltype(&CreateWellKnownSid) FindCreateWellKnownSid(HMODULE library) {
     const FARPROC address = GetProcAddress(library, "CreateWellKnownSid");
     // The detour says that the change of type is meant.

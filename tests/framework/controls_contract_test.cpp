@@ -10,6 +10,7 @@
 #include "framework/list_ctrl.h"
 #include "framework/styles.h"
 #include "platform/api/messages.h"
+#include "platform/api/shell.h"
 #include "tests/framework/test_resource_ids.h"
 #include "tests/support/ui_driver.h"
 

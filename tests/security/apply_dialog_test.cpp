@@ -115,14 +115,6 @@ TEST_F(ApplyDialog, ShowsTheBareNameAndStaysUntilAllIsDone) {
     EXPECT_EQ(std::filesystem::current_path(), folder.Path());
 }
 
-TEST_F(ApplyDialog, EndsAtOnceWhenNoFolderIsSelected) {
-    for (const std::vector<const char*>& names : {std::vector<const char*>{}, {"file", "missing"}}) {
-        ui.ExpectDialog(IDD_APPLY_TO_TREE);
-        EXPECT_EQ(Run(names), IDOK);
-    }
-    EXPECT_EQ(DaclText(child), kOwnList);
-}
-
 TEST_F(ApplyDialog, TellsWhyItCannotStartAndTouchesNothing) {
     areThreadsRefused = true;
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_NOT_ENOUGH_MEMORY), kErrorCaption, kErrorBox, IDOK);

@@ -10,13 +10,10 @@
 
 #else
 
-// The values with a name of their own are those that a caller or a test names; every number up to the last
-// one can be asked for.
+// Every number from the first to the last of these can be asked for.
 enum WELL_KNOWN_SID_TYPE {
-    WinNullSid = 0,
     WinWorldSid = 1,
     WinBuiltinAdministratorsSid = 26,
-    WinAccountAdministratorSid = 38,
     WinAccountRasAndIasServersSid = 50,
 };
 

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "platform/api/base.h"
+#include "platform/api/threads.h"
 #include "platform/api/time.h"
 
 #ifndef _WIN32
@@ -16,10 +17,6 @@ using HKEY = HKEY__*;
 using PHKEY = HKEY*;
 using REGSAM = DWORD;
 using LSTATUS = LONG;
-using LPBYTE = BYTE*;
-
-struct SECURITY_ATTRIBUTES;  // callers hand in none
-using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 
 // The merged view of the user's and the machine's registered types; what is new goes to the machine.
 inline HKEY__* const HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000000)});

@@ -259,8 +259,8 @@ static_assert(offsetof(ACL_SIZE_INFORMATION, AclBytesInUse) == 4);
 static_assert(offsetof(ACL_SIZE_INFORMATION, AclBytesFree) == 8);
 
 // account_enumeration.h
-static_assert(WinNullSid == 0 && WinWorldSid == 1 && WinBuiltinAdministratorsSid == 26);
-static_assert(WinAccountAdministratorSid == 38 && WinAccountRasAndIasServersSid == 50);
+static_assert(WinWorldSid == 1 && WinBuiltinAdministratorsSid == 26);
+static_assert(WinAccountRasAndIasServersSid == 50);
 static_assert(sizeof(NET_API_STATUS) == 4 && NERR_Success == 0 && MAX_PREFERRED_LENGTH == DWORD(-1));
 static_assert(sizeof(LOCALGROUP_INFO_0) == sizeof(LPWSTR) && offsetof(LOCALGROUP_INFO_0, lgrpi0_name) == 0);
 static_assert(sizeof(USER_INFO_0) == sizeof(LPWSTR) && offsetof(USER_INFO_0, usri0_name) == 0);

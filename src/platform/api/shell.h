@@ -10,7 +10,6 @@
 #else
 
 using HINSTANCE = HMODULE;
-using DWORD_PTR = std::uintptr_t;
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the SDK's own tag
 struct HICON__;
 using HICON = HICON__*;
@@ -38,8 +37,8 @@ DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD attributes, SHFILEINFOA* info
 
 // Opens a file or folder, or an address ("http://", "https://", "mailto:"), with the program that the desktop
 // has for it. `operation` is "open" or null; `parameters` must be null. Returns more than 32 when the desktop
-// took it over, else why not: SE_ERR_NOASSOC, or an error code up to 32 that is also the last error. On Linux
-// it waits up to a second for the desktop's refusal.
+// took it over, else why not: an error code below 31, or SE_ERR_NOASSOC for any other, which is the last
+// error. On Linux it waits up to a second for the desktop's refusal.
 HINSTANCE WINAPI ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR directory,
                                int showCommand);
 

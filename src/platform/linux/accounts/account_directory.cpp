@@ -12,6 +12,7 @@
 #include "platform/linux/accounts/sid_hash.h"
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/accounts/unix_sids.h"
+#include "platform/linux/base/ascii.h"
 #include "platform/nt/well_known_sids.h"
 
 namespace permora::host {

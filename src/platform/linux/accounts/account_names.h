@@ -17,7 +17,6 @@ enum class LetterCase { kSignificant, kIgnored };
 bool IsSameName(std::string_view one, std::string_view other, LetterCase letterCase);
 
 // Of ASCII letters only: the others' case is a matter of language.
-std::string InLowerCase(std::string_view text);
 std::string InUpperCase(std::string_view text);
 
 }  // namespace permora::host

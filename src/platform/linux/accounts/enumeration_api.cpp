@@ -9,10 +9,10 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/memory.h"
-#include "platform/api/text.h"
 #include "platform/linux/accounts/account_directory.h"
 #include "platform/linux/accounts/account_list.h"
 #include "platform/linux/base/failure.h"
+#include "platform/linux/base/wide_text.h"
 #include "platform/nt/well_known_sid_types.h"
 
 namespace {
@@ -24,22 +24,6 @@ using permora::nt::Sid;
 // The structures of level 0 all consist of one pointer to a name. A block begins with them; their texts
 // follow.
 static_assert(sizeof(LOCALGROUP_INFO_0) == sizeof(LPWSTR) && sizeof(USER_INFO_0) == sizeof(LPWSTR));
-
-std::u16string ToWide(const std::string& name) {
-    std::u16string wide(name.size(), u'\0');  // never more units than bytes
-    const int count = MultiByteToWideChar(CP_ACP, 0, name.data(), static_cast<int>(name.size()), wide.data(),
-                                          static_cast<int>(wide.size()));
-    wide.resize(static_cast<std::size_t>(count));
-    return wide;
-}
-
-std::string ToAnsi(std::u16string_view wide) {
-    std::string text(3 * wide.size(), '\0');
-    const int count = WideCharToMultiByte(CP_ACP, 0, wide.data(), static_cast<int>(wide.size()), text.data(),
-                                          static_cast<int>(text.size()), nullptr, nullptr);
-    text.resize(static_cast<std::size_t>(count));
-    return text;
-}
 
 std::size_t BytesOf(const std::u16string& name) {
     return sizeof(LPWSTR) + (name.size() + 1) * sizeof(WCHAR);
@@ -67,7 +51,8 @@ LPBYTE MakeBlock(const std::vector<std::u16string>& names, std::size_t first, st
 }
 
 bool IsThisMachine(LPCWSTR server) {
-    return server == nullptr || *server == u'\0' || permora::host::IsThisMachine(ToAnsi(server));
+    return server == nullptr || *server == u'\0' ||
+           permora::host::IsThisMachine(permora::host::ToAnsi(server));
 }
 
 // The part that both enumerations share. `Resume` is the type of their handle: the place of the next name.
@@ -83,7 +68,7 @@ NET_API_STATUS Enumerate(AccountKind kind, LPCWSTR server, DWORD level, LPBYTE* 
     std::vector<std::u16string> names;
     names.reserve(found.size());
     for (const std::string& name : found)
-        names.push_back(ToWide(name));
+        names.push_back(permora::host::ToWide(name));
 
     const std::size_t first = resume != nullptr ? std::min<std::size_t>(*resume, names.size()) : 0;
     std::size_t count = 0;

@@ -1,17 +1,17 @@
 #include "platform/linux/base/libraries.h"
 
-#include <strings.h>
-
 #include <atomic>
 #include <string_view>
 
 #include "platform/api/account_enumeration.h"
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
+#include "platform/linux/base/ascii.h"
 #include "platform/linux/base/failure.h"
 
 namespace {
 
+using permora::host::EqualsIgnoringCase;
 using permora::host::Fail;
 using permora::host::Message;
 using permora::host::NetworkMessages;
@@ -54,10 +54,6 @@ std::span<Library> Libraries() {
         {"netmsg", {}, NetworkMessages()},
     };
     return libraries;
-}
-
-bool EqualsIgnoringCase(std::string_view one, std::string_view other) {
-    return one.size() == other.size() && strncasecmp(one.data(), other.data(), one.size()) == 0;
 }
 
 Library* FindByName(std::string_view name) {

@@ -149,9 +149,8 @@ DWORD WriteAttributes(const ObjectHandle& object, DWORD attributes) {
 }  // namespace
 
 AttributeStore AttributeStoreOf(const ObjectHandle& object) {
-    const int error = AskExtendedAttribute(object, kNtfsAttribute);
-    if (error == 0) return AttributeStore::kNtfs;
-    return IsAbsent(error) ? AttributeStore::kSamba : AttributeStore::kAsk;
+    return IsAbsent(AskExtendedAttribute(object, kNtfsAttribute)) ? AttributeStore::kSamba
+                                                                  : AttributeStore::kAsk;
 }
 
 DWORD ReadAttributesAt(int folder, const char* hostName, const struct stat& status, AttributeStore store,

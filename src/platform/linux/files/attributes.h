@@ -11,9 +11,8 @@ namespace permora::host {
 
 // Where the objects of a volume keep their attributes. Who lists a folder asks once and not for each object.
 enum class AttributeStore {
-    kAsk,    // not known: every object is asked for both
-    kNtfs,   // the volume itself
-    kSamba,  // where Samba keeps them
+    kAsk,    // every object is asked for the volume's own, and without them for Samba's
+    kSamba,  // the volume has none of its own
 };
 
 // For all objects of the volume that holds `object`.

@@ -54,14 +54,13 @@ DWORD FullPath(const char* path, std::string& fullPath) {
     return ERROR_SUCCESS;
 }
 
-// The contract of the services that hand out a text: the length when it fits, else the size that it needs.
+}  // namespace
+
 DWORD HandOut(const std::string& text, DWORD size, LPSTR buffer) {
     if (text.size() >= size) return static_cast<DWORD>(text.size() + 1);
     std::memcpy(buffer, text.c_str(), text.size() + 1);
     return static_cast<DWORD>(text.size());
 }
-
-}  // namespace
 
 DWORD CurrentHostPath(std::string& hostPath) {
     // The C library's form with a buffer of its own also answers where the path is longer than PATH_MAX.

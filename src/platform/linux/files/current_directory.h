@@ -12,4 +12,7 @@ namespace permora::host {
 // outside of what the process can see.
 DWORD CurrentHostPath(std::string& hostPath);
 
+// The contract of the services that hand out a text: the length when it fits, else the size that it needs.
+DWORD HandOut(const std::string& text, DWORD size, LPSTR buffer);
+
 }  // namespace permora::host

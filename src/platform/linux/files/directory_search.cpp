@@ -3,12 +3,8 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <climits>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -19,6 +15,7 @@
 #include "platform/linux/base/handle_table.h"
 #include "platform/linux/base/time.h"
 #include "platform/linux/files/attributes.h"
+#include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/drives.h"
 #include "platform/linux/files/folder_listing.h"
 #include "platform/linux/files/name_mapping.h"
@@ -71,12 +68,8 @@ DWORD AttributesOfType(unsigned char type) {
 }
 
 bool IsDriveRoot(const ObjectHandle& folder) {
-    std::array<char, 32> link{};
-    std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", folder.Descriptor());
-    std::array<char, PATH_MAX> path{};
-    const ssize_t length = readlink(link.data(), path.data(), path.size());
-    if (length <= 0 || static_cast<std::size_t>(length) == path.size()) return false;
-    const std::string_view hostPath(path.data(), static_cast<std::size_t>(length));
+    std::string hostPath;
+    if (HostPathOf(folder.Descriptor(), hostPath) != ERROR_SUCCESS) return false;
     return DriveHolding(hostPath).hostRoot == hostPath;
 }
 

@@ -1,4 +1,5 @@
 #include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/files/descriptor_path.h"
 
 #include <fcntl.h>
 #include <sys/syscall.h>
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <functional>
 #include <string>
 
@@ -19,19 +19,6 @@ namespace {
 // Large enough for nearly every attribute at the first attempt, small enough that the kernel does not clear
 // 64 KiB for each of them.
 constexpr std::size_t kUsualSize = 4096;
-
-// The calls that take a descriptor refuse one opened with O_PATH. The magic link leads to the very object,
-// and stops there when the object is itself a link.
-class DescriptorPath {
-  public:
-    explicit DescriptorPath(int descriptor) {
-        std::snprintf(text.data(), text.size(), "/proc/self/fd/%d", descriptor);
-    }
-    const char* Text() const { return text.data(); }
-
-  private:
-    std::array<char, 32> text{};
-};
 
 // getxattrat(2), which the C library's headers do not know yet. Linux 6.13 or newer.
 constexpr long kGetAttributeAt = 464;

@@ -2,12 +2,11 @@
 
 #include <fcntl.h>
 
-#include <array>
 #include <cerrno>
-#include <cstdio>
 #include <utility>
 
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/descriptor_path.h"
 
 namespace permora::host {
 
@@ -28,9 +27,7 @@ DWORD ObjectHandle::Adopt(UniqueFd descriptor, ObjectHandle& handle) {
 DWORD ObjectHandle::OpenForListing(UniqueFd& listing) const {
     if (!IsFolder()) return ERROR_DIRECTORY;
     // The magic link and not ".", which a folder that may be listed but not entered does not have.
-    std::array<char, 32> path{};
-    std::snprintf(path.data(), path.size(), "/proc/self/fd/%d", Descriptor());
-    UniqueFd opened(open(path.data(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    UniqueFd opened(open(DescriptorPath(Descriptor()).Text(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened) return ErrorFromErrno(errno);
     listing = std::move(opened);
     return ERROR_SUCCESS;

@@ -187,10 +187,7 @@ DWORD WINAPI GetLogicalDriveStringsA(DWORD size, LPSTR buffer) {
     for (const permora::host::Drive& drive : permora::host::ListDrives()) {
         roots += {drive.letter, ':', '\\', '\0'};
     }
-    const auto length = static_cast<DWORD>(roots.size());
-    if (length >= size) return length + 1;
-    std::memcpy(buffer, roots.c_str(), roots.size() + 1);
-    return length;
+    return permora::host::HandOut(roots, size, buffer);
 }
 
 UINT WINAPI GetDriveTypeA(LPCSTR root) {

@@ -9,6 +9,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/registry.h"
+#include "platform/linux/base/ascii.h"
 #include "platform/linux/base/handle_table.h"
 #include "platform/linux/registry/registry_layers.h"
 #include "platform/linux/registry/registry_places.h"
@@ -28,7 +29,12 @@ HandleTable<OpenKey>& OpenKeys() {
 
 constexpr REGSAM kEveryAccess = KEY_READ | KEY_WRITE;
 
-std::optional<LayeredKey> RootOf(HKEY key) {
+bool IsRoot(HKEY key) {
+    return key == HKEY_CURRENT_USER || key == HKEY_LOCAL_MACHINE || key == HKEY_USERS ||
+           key == HKEY_CLASSES_ROOT;
+}
+
+LayeredKey RootOf(HKEY key) {
     const RegistryStore user(UserRegistryFolder(), RegistryAudience::kOwner);
     const RegistryStore machine(MachineRegistryFolder(), RegistryAudience::kEveryone);
     if (key == HKEY_CURRENT_USER) {
@@ -40,20 +46,16 @@ std::optional<LayeredKey> RootOf(HKEY key) {
         return LayeredKey({{machine, "HKEY_LOCAL_MACHINE"}}, RegistryWrites::kToFirst);
     }
     if (key == HKEY_USERS) return LayeredKey({{machine, "HKEY_USERS"}}, RegistryWrites::kToFirst);
-    if (key == HKEY_CLASSES_ROOT) {
-        return LayeredKey({{user, "HKEY_CURRENT_USER\\Software\\Classes"},
-                           {machine, "HKEY_LOCAL_MACHINE\\Software\\Classes"}},
-                          RegistryWrites::kWhereItLies);
-    }
-    return std::nullopt;
+    // HKEY_CLASSES_ROOT
+    return LayeredKey(
+        {{user, "HKEY_CURRENT_USER\\Software\\Classes"}, {machine, "HKEY_LOCAL_MACHINE\\Software\\Classes"}},
+        RegistryWrites::kWhereItLies);
 }
 
 // Null for what is no handle of a key.
 std::shared_ptr<const OpenKey> FindKey(HKEY key) {
-    if (std::optional<LayeredKey> root = RootOf(key)) {
-        return std::make_shared<const OpenKey>(OpenKey{*std::move(root), kEveryAccess});
-    }
-    return OpenKeys().Find(key);
+    if (!IsRoot(key)) return OpenKeys().Find(key);
+    return std::make_shared<const OpenKey>(OpenKey{RootOf(key), kEveryAccess});
 }
 
 HKEY AddKey(LayeredKey key, REGSAM access) {
@@ -61,9 +63,7 @@ HKEY AddKey(LayeredKey key, REGSAM access) {
 }
 
 bool HasControlCharacter(std::string_view text) {
-    return std::any_of(text.begin(), text.end(), [](char character) {
-        return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
-    });
+    return std::any_of(text.begin(), text.end(), IsControl);
 }
 
 // A path of keys in the one form that files have; null is the empty path.
@@ -155,7 +155,7 @@ LSTATUS WINAPI RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR /*
 }
 
 LSTATUS WINAPI RegCloseKey(HKEY key) {
-    return Status(RootOf(key) || OpenKeys().Remove(key) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE);
+    return Status(IsRoot(key) || OpenKeys().Remove(key) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE);
 }
 
 LSTATUS WINAPI RegQueryValueExA(HKEY key, LPCSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data,

@@ -1,9 +1,9 @@
 #include "platform/linux/registry/registry_document.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <utility>
+
+#include "platform/linux/base/ascii.h"
 
 namespace permora::host {
 namespace {
@@ -49,10 +49,6 @@ std::string_view ParentOf(std::string_view path) {
 }
 
 }  // namespace
-
-bool EqualsIgnoringCase(std::string_view one, std::string_view other) {
-    return one.size() == other.size() && strncasecmp(one.data(), other.data(), one.size()) == 0;
-}
 
 RegistryDocument::RegistryDocument() {
     sections.push_back({"", std::string(kHeading), {}});

@@ -58,7 +58,4 @@ class RegistryDocument {
     std::vector<Section> sections;  // at least one: the first has the file's heading
 };
 
-// Equal but for the letter case of ASCII.
-bool EqualsIgnoringCase(std::string_view one, std::string_view other);
-
 }  // namespace permora::host

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/linux/base/ascii.h"
+
 namespace permora::host {
 
 LayeredKey LayeredKey::Below(const std::string& subPath) const {

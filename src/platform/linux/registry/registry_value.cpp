@@ -6,7 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "platform/api/text.h"
+#include "platform/linux/base/ascii.h"
+#include "platform/linux/base/wide_text.h"
 
 namespace permora::host {
 namespace {
@@ -28,10 +29,6 @@ bool EndsWithBackslash(std::string_view text) {
 
 bool IsText(DWORD type) {
     return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
-}
-
-bool IsControl(char character) {
-    return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
 }
 
 // Takes a text in quotes from the front of `rest`.
@@ -94,23 +91,14 @@ bool TextFromUtf16(const std::vector<std::uint8_t>& bytes, std::vector<std::uint
     if (bytes.size() % sizeof(WCHAR) != 0) return false;
     std::u16string wide(bytes.size() / sizeof(WCHAR), u'\0');
     if (!bytes.empty()) std::memcpy(wide.data(), bytes.data(), bytes.size());
-    const int count = static_cast<int>(wide.size());
-    std::string narrow(wide.size() * 3, '\0');  // the most that a unit can take
-    const int size = count == 0 ? 0
-                                : WideCharToMultiByte(CP_ACP, 0, wide.data(), count, narrow.data(),
-                                                      static_cast<int>(narrow.size()), nullptr, nullptr);
-    if (count != 0 && size == 0) return false;
-    text.assign(narrow.begin(), narrow.begin() + size);
+    const std::string narrow = ToAnsi(wide);
+    text.assign(narrow.begin(), narrow.end());
     return true;
 }
 
 std::vector<std::uint8_t> TextToUtf16(const std::vector<std::uint8_t>& text) {
-    if (text.empty()) return {};
-    const std::string narrow(text.begin(), text.end());
-    std::u16string wide(narrow.size(), u'\0');
-    const int count = MultiByteToWideChar(CP_ACP, 0, narrow.data(), static_cast<int>(narrow.size()),
-                                          wide.data(), static_cast<int>(wide.size()));
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(count) * sizeof(WCHAR));
+    const std::u16string wide = ToWide(std::string(text.begin(), text.end()));
+    std::vector<std::uint8_t> bytes(wide.size() * sizeof(WCHAR));
     if (!bytes.empty()) std::memcpy(bytes.data(), wide.data(), bytes.size());
     return bytes;
 }

@@ -10,18 +10,11 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/linux/base/ascii.h"
 #include "platform/linux/base/user_folders.h"
 
 namespace permora::host {
 namespace {
-
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    for (char& character : lower) {
-        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
-    }
-    return lower;
-}
 
 bool IsLetterOrDigit(char character) {
     return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'z') ||
@@ -111,7 +104,7 @@ void MimeDatabase::ReadGlobs(const std::string& folder) {
 }
 
 void MimeDatabase::AddGlob(const std::string& pattern, bool isCaseSensitive, const Rule& rule) {
-    const std::string key = isCaseSensitive ? pattern : Lower(pattern);
+    const std::string key = isCaseSensitive ? pattern : InLowerCase(pattern);
     const auto add = [&rule](Rules& rules, std::string text) {
         Rule& known = rules[std::move(text)];
         if (rule.weight >= known.weight) known = rule;
@@ -153,7 +146,7 @@ const MimeDatabase::Rule* MimeDatabase::FindPattern(const std::string& name, boo
 
 std::string MimeDatabase::TypeOfName(std::string_view hostName) const {
     const std::string name(hostName);
-    const std::string lower = Lower(hostName);
+    const std::string lower = InLowerCase(hostName);
     const Rule* rule = FindLiteral(lower);
     if (rule == nullptr) rule = FindPattern(name, true);
     if (rule == nullptr) rule = FindPattern(lower, false);

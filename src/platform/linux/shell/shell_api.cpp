@@ -1,10 +1,7 @@
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <climits>
-#include <cstdio>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -14,6 +11,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/shell.h"
 #include "platform/linux/base/utf8.h"
+#include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/shell/desktop_opener.h"
 #include "platform/linux/shell/mime_database.h"
@@ -41,18 +39,10 @@ bool IsAddress(std::string_view text) {
                        [text](std::string_view scheme) { return text.starts_with(scheme); });
 }
 
-// Where the object lies on the host just now. A link at the end of the path stays in it.
-DWORD HostPathOf(const char* path, std::string& hostPath) {
+DWORD FindHostPath(const char* path, std::string& hostPath) {
     ObjectHandle object;
     const DWORD error = OpenObject(path, object);
-    if (error != ERROR_SUCCESS) return error;
-    std::array<char, 32> link{};
-    std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", object.Descriptor());
-    std::array<char, PATH_MAX> target{};
-    const ssize_t length = readlink(link.data(), target.data(), target.size());
-    if (length <= 0 || static_cast<std::size_t>(length) == target.size()) return ERROR_PATH_NOT_FOUND;
-    hostPath.assign(target.data(), static_cast<std::size_t>(length));
-    return ERROR_SUCCESS;
+    return error == ERROR_SUCCESS ? HostPathOf(object.Descriptor(), hostPath) : error;
 }
 
 constexpr std::string_view kHelpExtension = ".chm";
@@ -67,7 +57,7 @@ std::string PageBeside(const std::string& helpFile, std::string_view page) {
 
 DWORD OpenFile(const char* file) {
     std::string target;
-    DWORD error = IsAddress(file) ? ERROR_SUCCESS : HostPathOf(file, target);
+    DWORD error = IsAddress(file) ? ERROR_SUCCESS : FindHostPath(file, target);
     if (error != ERROR_SUCCESS) return error;
     error = OpenWithDesktop(target.empty() ? file : target);
     if (error != ERROR_NO_ASSOCIATION || !target.ends_with(kHelpExtension)) return error;
@@ -83,7 +73,7 @@ DWORD OpenHelp(std::string_view argument) {
     const std::string file(argument.substr(0, mark));
     if (mark != argument.npos) {
         std::string hostPath;
-        const DWORD error = HostPathOf(file.c_str(), hostPath);
+        const DWORD error = FindHostPath(file.c_str(), hostPath);
         if (error != ERROR_SUCCESS) return error;
         const std::string_view page = argument.substr(mark + kPageMark.size());
         const bool isPlain = !page.empty() && page.find_first_of("/\\") == page.npos && page.front() != '.';

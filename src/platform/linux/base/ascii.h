@@ -1,0 +1,29 @@
+// Letters of ASCII. The case of all others is a matter of language.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace permora::host {
+
+constexpr char LowerLetter(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+constexpr bool IsControl(char character) {
+    return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
+}
+
+inline std::string InLowerCase(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), LowerLetter);
+    return lower;
+}
+
+inline bool EqualsIgnoringCase(std::string_view one, std::string_view other) {
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                      [](char left, char right) { return LowerLetter(left) == LowerLetter(right); });
+}
+
+}  // namespace permora::host
