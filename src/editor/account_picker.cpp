@@ -56,12 +56,11 @@ void CDlgUsersAndGroups::OnFind() {
     }
 }
 
-void CDlgUsersAndGroups::OnAccountClicked() {
+void CDlgUsersAndGroups::OnAccountClicked(Notification& notification) {
+    if (notification.row < 0) return;  // beside the rows
     const CListCtrl& list = FoundAccounts();
-    const int row = list.GetSelectionMark();
-    const std::string name = list.GetItemText(row, kName);
-    if (name.empty()) return;
-    const std::string domain = list.GetItemText(row, kDomain);
+    const std::string name = list.GetItemText(notification.row, kName);
+    const std::string domain = list.GetItemText(notification.row, kDomain);
     NameField().SetWindowText(domain.empty() ? name : domain + '\\' + name);
 }
 

@@ -22,7 +22,7 @@ class CDlgUsersAndGroups : public CDialog {
 
   private:
     void OnFind();
-    void OnAccountClicked();
+    void OnAccountClicked(Notification& notification);
 
     // Each ends the program, after its box, when the control is missing.
     CListCtrl& FoundAccounts() const;

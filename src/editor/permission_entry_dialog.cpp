@@ -86,18 +86,15 @@ void CDlgPermissions::OnClearAll() {
     ShowBoxes();
 }
 
-// The handler of a whole range of ids: those that are no box of a right are none of its business.
 void CDlgPermissions::OnRightClicked(Notification& notification) {
     for (const RightColumn column : kRightColumns) {
         for (std::size_t row = 0; row < PermissionBoxes::kRows; ++row) {
             if (BoxId(column, row) != notification.id) continue;
-            const CButton* box = BoxOf(column, row);
-            boxes.Click(column, row, box != nullptr && box->IsChecked());
+            boxes.Click(column, row, BoxOf(column, row)->IsChecked());
             ShowBoxes();
             return;
         }
     }
-    notification.handled = false;
 }
 
 void CDlgPermissions::OnOK() {

@@ -154,13 +154,10 @@ void CPage1::OnEdit() {
 
 void CPage1::OnRemove() {
     const std::optional<std::size_t> index = SelectedEntry();
-    if (!index) return;
-    if (!object.entries.Entries()[*index].IsInherited()) {
-        object.entries.RemoveEntry(*index);
-        MarkChanged();
-        RenderRows();
-    }
-    if (AccessList().GetItemCount() == 0) Enable({IDC_EDIT_ENTRY}, false);
+    if (!index || object.entries.Entries()[*index].IsInherited()) return;
+    object.entries.RemoveEntry(*index);
+    MarkChanged();
+    RenderRows();
 }
 
 // The user may have chosen another row: an inherited entry cannot be removed.
