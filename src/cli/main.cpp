@@ -39,14 +39,13 @@ bool RunCommand(const Arguments& arguments, const AccountRecord& account, const 
                 ConsoleMessages& messages) {
     if (arguments.command == Command::kShow) return RunShow(arguments, targets, messages);
     if (arguments.command == Command::kAccounts) return RunAccounts(arguments);
+    if (arguments.command == Command::kSetup) return RunSetup(arguments, targets, messages);
     if (arguments.command == Command::kReset) return RunReset(arguments, targets, messages);
     return RunChange(arguments, account, targets, messages);
 }
 
 int Run(const Arguments& arguments) {
     ConsoleMessages messages;
-    if (arguments.command == Command::kSetup)
-        return RunSetup(arguments, messages) ? kExitDone : kExitSomeFailed;
     AccountRecord account;
     if (!arguments.account.empty()) {
         messages.SetSubject(arguments.account);

@@ -3,28 +3,24 @@
 #include <cstdio>
 
 #include "app/settings_store.h"
-#include "cli/target.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 
 namespace permora {
 
-bool RunSetup(const Arguments& arguments, ConsoleMessages& messages) {
-    messages.SetSubject(arguments.paths.front());
-    Target target;
-    DWORD error = MakeTarget(arguments.paths.front(), target);
+bool RunSetup(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
+    if (targets.empty()) return false;
+    const Target& target = targets.front();
+    messages.SetSubject(target.argument);
     const std::string folder = target.folder + target.name;
-    if (error == ERROR_SUCCESS) {
-        const std::string helpFile = folder + R"(\ZELHELP.chm)";
-        if (GetFileAttributesA(helpFile.c_str()) == INVALID_FILE_ATTRIBUTES) {
-            messages.Say("this is not the program's folder: its help, ZELHELP.chm, is not in it");
-            return false;
-        }
-        error =
-            StoreProgramFolder(arguments.allUsers ? SettingsOwner::kEveryUser : SettingsOwner::kUser, folder);
+    const std::string helpFile = folder + R"(\ZELHELP.chm)";
+    if (GetFileAttributesA(helpFile.c_str()) == INVALID_FILE_ATTRIBUTES) {
+        messages.Say("this is not the program's folder: its help, ZELHELP.chm, is not in it");
+        return false;
     }
-    if (error != ERROR_SUCCESS) {
+    const SettingsOwner owner = arguments.allUsers ? SettingsOwner::kEveryUser : SettingsOwner::kUser;
+    if (const DWORD error = StoreProgramFolder(owner, folder); error != ERROR_SUCCESS) {
         messages.SaySystemError(error);
         return false;
     }
