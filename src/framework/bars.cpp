@@ -95,16 +95,6 @@ bool CDialogBar::Create(CFrameWnd& frame, unsigned int templateId) {
 }
 
 void CDialogBar::OnEnterKey() {
-    const auto& controls = WindowAccess::Children(*this);
-    const auto button = std::ranges::find_if(controls, [](const CWnd* child) {
-        const DWORD style = child->GetStyle();
-        return dynamic_cast<const CButton*>(child) != nullptr && (style & WS_VISIBLE) != 0 &&
-               (style & BS_TYPEMASK) == BS_DEFPUSHBUTTON;
-    });
-    if (button != controls.end()) {
-        WindowAccess::NativeAs<NativeButton>(**button)->Click();
-        return;
-    }
     Notification notification;
     notification.id = IDOK;
     notification.code = Notify::kClicked;

@@ -33,7 +33,7 @@ class CToolBar : public CWnd {
 };
 
 // A bar made from a dialog template. What its own map does not handle goes to the frame, a click as the
-// command of the button's id. Enter presses the default button, or reaches the map as a click on IDOK.
+// command of the button's id. Enter reaches the map as a click on IDOK.
 class CDialogBar : public CWnd {
   public:
     virtual bool Create(CFrameWnd& frame, unsigned int templateId);

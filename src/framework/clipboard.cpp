@@ -32,9 +32,7 @@ bool Clipboard::SetData(unsigned int format, std::span<const std::uint8_t> bytes
 
 std::optional<std::vector<std::uint8_t>> Clipboard::GetData(unsigned int format) const {
     if (!isOpen) return std::nullopt;
-    auto bytes = NativeClipboardData(format);
-    if (bytes && bytes->size() > kLargestData) return std::nullopt;
-    return bytes;
+    return NativeClipboardData(format, kLargestData);
 }
 
 }  // namespace permora

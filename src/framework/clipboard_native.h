@@ -16,6 +16,7 @@ void CloseNativeClipboard();
 bool EmptyNativeClipboard();
 // Beside what this program has put there before, in other formats.
 bool SetNativeClipboardData(unsigned int format, std::span<const std::uint8_t> bytes);
-std::optional<std::vector<std::uint8_t>> NativeClipboardData(unsigned int format);
+// Nothing when there is none in this format, or more than `limit` bytes.
+std::optional<std::vector<std::uint8_t>> NativeClipboardData(unsigned int format, std::size_t limit);
 
 }  // namespace permora

@@ -78,8 +78,8 @@ class CWinApp : public CCmdTarget {
 };
 CWinApp* GetApp();
 
-enum class Cursor { kArrow, kHand, kWait };
-// The pointer's shape: the hand over the window that it is over, the others everywhere.
+enum class Cursor { kArrow, kHand };
+// The pointer's shape over the window that it is over.
 void SetCursor(Cursor cursor);
 
 }  // namespace permora

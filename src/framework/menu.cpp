@@ -56,18 +56,9 @@ CMenu CMenu::Load(unsigned int id) {
     return templates ? CMenu(MakeItems(*templates)) : CMenu();
 }
 
-int CMenu::GetMenuItemCount() const {
-    return items != nullptr ? static_cast<int>(items->entries.size()) : 0;
-}
-
 CMenu CMenu::GetSubMenu(int position) const {
     const MenuItem* item = ItemAt(items, position);
     return item != nullptr ? CMenu(item->popup) : CMenu();
-}
-
-unsigned int CMenu::GetMenuItemID(int position) const {
-    const MenuItem* item = ItemAt(items, position);
-    return item != nullptr ? item->id : 0;
 }
 
 void CMenu::CheckByPosition(int position, bool checked) {
@@ -86,10 +77,6 @@ void CMenu::CheckRadioByPosition(int first, int last, int checked) {
         item->isRadio = true;
         item->checked = position == checked;
     }
-}
-
-void CMenu::Check(unsigned int id, bool checked) {
-    if (MenuItem* item = FindItem(items, id)) item->checked = checked;
 }
 
 void CMenu::Enable(unsigned int id, bool enabled) {

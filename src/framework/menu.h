@@ -17,15 +17,12 @@ class CMenu {
     static CMenu Load(unsigned int id);
     explicit operator bool() const { return items != nullptr; }
 
-    int GetMenuItemCount() const;
     CMenu GetSubMenu(int position) const;
-    unsigned int GetMenuItemID(int position) const;  // 0: separator or pop-up
 
     void CheckByPosition(int position, bool checked);
     bool IsCheckedByPosition(int position) const;
     void CheckRadioByPosition(int first, int last, int checked);
     // By command id, in this menu and its pop-ups.
-    void Check(unsigned int id, bool checked);
     void Enable(unsigned int id, bool enabled);
     void SetText(unsigned int id, const std::string& text);
     std::string GetText(unsigned int id) const;

@@ -66,11 +66,6 @@ TEST(Pointer, IsAHandOverALinkOnly) {
         QCoreApplication::processEvents();
         EXPECT_EQ(widget->cursor().shape(), isOnLink ? Qt::PointingHandCursor : Qt::ArrowCursor);
     }
-    SetCursor(Cursor::kWait);
-    SetCursor(Cursor::kWait);
-    EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
-    SetCursor(Cursor::kArrow);
-    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
 }
 
 }  // namespace

@@ -84,45 +84,6 @@ TEST(UiDriver, FailsForClicksThatNoUserCouldMake) {
     EXPECT_EQ(CDialog(IDD_RENAME).DoModal(), IDOK);
 }
 
-class AccountPicker : public CDialog {
-  public:
-    AccountPicker() : CDialog(IDD_ACCOUNT_PICKER) {}
-
-  protected:
-    bool OnInitDialog() override {
-        auto* list = GetDlgItem<CListCtrl>(IDC_FOUND_ACCOUNTS);
-        list->SetExtendedStyle(ListStyle::kFullRowSelect);
-        list->InsertColumn(0, "Name", 120);
-        list->InsertColumn(1, "Type", 100);
-        for (const char* name : {"root", "daemon", "games"}) {
-            list->InsertItem(list->GetItemCount(), name);
-            list->SetItemText(list->GetItemCount() - 1, 1, "User");
-        }
-        return CDialog::OnInitDialog();
-    }
-};
-
-TEST(UiDriver, ReadsAndUsesControls) {
-    UiDriver ui;
-    ui.ExpectDialog(IDD_ACCOUNT_PICKER, [](WindowDriver& dialog) {
-        EXPECT_EQ(dialog.Title(), "Select Account Name");
-        EXPECT_EQ(dialog.FocusedControl(), unsigned{IDC_ACCOUNT_NAME});
-        dialog.Type(IDC_ACCOUNT_NAME, "Dr");
-        dialog.Type(IDC_ACCOUNT_NAME, "aht & Ko \xC3\xA4");
-        EXPECT_EQ(dialog.Text(IDC_ACCOUNT_NAME), "Draht & Ko \xC3\xA4");
-        dialog.SetText(IDC_ACCOUNT_NAME, "root");
-        EXPECT_EQ(dialog.Text(IDC_ACCOUNT_NAME), "root");
-        EXPECT_THAT(dialog.Rows(IDC_FOUND_ACCOUNTS),
-                    ElementsAre("root | User", "daemon | User", "games | User"));
-        dialog.SelectRow(IDC_FOUND_ACCOUNTS, dialog.FindRow(IDC_FOUND_ACCOUNTS, "games"));
-        EXPECT_THAT(dialog.SelectedRows(IDC_FOUND_ACCOUNTS), ElementsAre(2));
-        dialog.SelectRow(IDC_FOUND_ACCOUNTS, WindowDriver::kBesideRows);
-        EXPECT_THAT(dialog.SelectedRows(IDC_FOUND_ACCOUNTS), ElementsAre());
-        dialog.Press("Enter");
-    });
-    EXPECT_EQ(AccountPicker().DoModal(), IDOK);
-}
-
 TEST(UiDriver, WorksWithFrames) {
     TestFrame frame;
     ASSERT_TRUE(frame.Show());

@@ -135,19 +135,6 @@ TEST_F(ListCtrl, SelectingByProgramTellsEachChangeOnce) {
     EXPECT_THAT(Selected(), ElementsAre(3));
 }
 
-TEST_F(ListCtrl, ClicksSelectThenTellTheClick) {
-    Make(LVS_REPORT | LVS_SINGLESEL);
-    Click(2);
-    EXPECT_THAT(owner.Heard(), ElementsAre("changed 2", "click 2"));
-    EXPECT_EQ(list.GetSelectionMark(), 2);
-    Click(4, {}, Qt::RightButton);
-    EXPECT_THAT(owner.Heard(), ElementsAre("changed 2", "changed 4", "right 4"));
-    QTest::mouseDClick(Widget().viewport(), Qt::LeftButton, {}, OnText(4));
-    EXPECT_THAT(owner.Heard(), ElementsAre("double 4"));
-    QTest::mouseClick(Widget().viewport(), Qt::LeftButton, {}, {390, 240});
-    EXPECT_THAT(owner.Heard(), ElementsAre("changed 4", "click"));
-}
-
 TEST_F(ListCtrl, ADisabledListIgnoresTheUserButNotTheProgram) {
     Make(LVS_REPORT);
     list.ModifyStyle(0, WS_DISABLED);

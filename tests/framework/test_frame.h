@@ -24,11 +24,9 @@ using CommandLog = std::vector<std::string>;
 class TestView : public CWnd {
   public:
     CommandLog log;
-    bool hasFocus = false;
     using CWnd::OnCmdMsg;
 
   protected:
-    void OnSetFocus() override { hasFocus = true; }
     void OnCopy() { log.emplace_back("view copy"); }
     const MessageMap& GetMessageMap() const override {
         static const MessageMap kMap = MakeMessageMap<TestView>(
@@ -81,7 +79,7 @@ class TestFrame : public CFrameWnd {
     bool Show() {
         if (!LoadFrame(IDR_MAIN_FRAME)) return false;
         SetPlacement({{20, 30, 720, 530}, ShowState::kNormal});
-        return QTest::qWaitForWindowActive(Top()) && QTest::qWaitFor([this] { return view.hasFocus; });
+        return QTest::qWaitForWindowActive(Top()) && QTest::qWaitFor([this] { return view.HasFocus(); });
     }
     QWidget* Top() const { return reinterpret_cast<QWidget*>(GetSafeHwnd())->window(); }
     QToolButton* Button(unsigned int id) const {

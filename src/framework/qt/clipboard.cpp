@@ -72,9 +72,10 @@ bool SetNativeClipboardData(unsigned int format, std::span<const std::uint8_t> b
     return Clipboard::IsFormatAvailable(format);
 }
 
-std::optional<std::vector<std::uint8_t>> NativeClipboardData(unsigned int format) {
+std::optional<std::vector<std::uint8_t>> NativeClipboardData(unsigned int format, std::size_t limit) {
     if (!Clipboard::IsFormatAvailable(format)) return std::nullopt;
     const QByteArray data = QGuiApplication::clipboard()->mimeData()->data(MimeTypeOf(format));
+    if (static_cast<std::size_t>(data.size()) > limit) return std::nullopt;
     return std::vector<std::uint8_t>(data.begin(), data.end());
 }
 

@@ -84,8 +84,7 @@ class DialogWindow final : public qt::WidgetWindow<NativeDialog> {
     }
     void SetText(const std::string& text) override {
         title = text;
-        // The toolkit takes "[*]" for a place holder.
-        Widget().setWindowTitle(ToQt(text).replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
+        qt::SetTitle(Widget(), text);
     }
     std::string Text() const override { return title; }
     void SetClientSize(Size size) override { Widget().setFixedSize(size.cx, size.cy); }

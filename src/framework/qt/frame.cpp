@@ -88,7 +88,7 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
 
     void SetText(const std::string& text) override {
         title = text;
-        top->setWindowTitle(qt::ToQt(text).replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
+        qt::SetTitle(*top, text);
     }
     std::string Text() const override { return title; }
     void SetEnabled(bool enabled) override { top->setEnabled(enabled); }

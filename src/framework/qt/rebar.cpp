@@ -132,11 +132,15 @@ qsizetype ReBarWidget::GripperAt(const QPoint& point) const {
 
 void ReBarWidget::mouseMoveEvent(QMouseEvent* event) {
     const QPoint point = event->position().toPoint();
+    // A menu that opened meanwhile may have taken the release.
+    if (!event->buttons().testFlag(Qt::LeftButton)) dragged = -1;
     if (dragged < 0) {
         setCursor(GripperAt(point) >= 0 ? Qt::SplitHCursor : Qt::ArrowCursor);
         return;
     }
-    Band& before = bands[ShownBefore(dragged)];
+    const qsizetype index = ShownBefore(dragged);
+    if (index < 0) return;  // the bar before it has been hidden
+    Band& before = bands[index];
     const int right = width() - kLeastBandWidth;
     before.userWidth =
         std::clamp(point.x() - before.left, kLeastBandWidth, std::max(right - before.left, kLeastBandWidth));

@@ -55,6 +55,11 @@ void SetIdentity(QWidget& widget, const char* kind, unsigned int id) {
     widget.setObjectName(QStringLiteral("%1 %2").arg(QLatin1String(kind)).arg(static_cast<int>(id)));
 }
 
+void SetTitle(QWidget& widget, const std::string& text) {
+    // The toolkit takes "[*]" for a place holder.
+    widget.setWindowTitle(ToQt(text).replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
+}
+
 Rect ScreenRectOf(const QWidget& widget) {
     if (widget.isWindow()) return FromQt(widget.frameGeometry());
     return FromQt(QRect(widget.mapToGlobal(QPoint(0, 0)), widget.size()));

@@ -39,6 +39,7 @@ class EventFilter : public QObject {
 void ApplyTabStop(QWidget& widget, DWORD style);
 // Names the widget after its control or template, for tests and automation.
 void SetIdentity(QWidget& widget, const char* kind, unsigned int id);
+void SetTitle(QWidget& widget, const std::string& text);
 Rect ScreenRectOf(const QWidget& widget);
 void MoveTo(QWidget& widget, const Rect& rect);
 Point PositionOf(const QEvent& mouseEvent);
