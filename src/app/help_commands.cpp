@@ -1,5 +1,6 @@
 #include "app/help_commands.h"
 
+#include "browser/shell_items.h"
 #include "platform/api/shell.h"
 #include "security/message_boxes.h"
 
@@ -11,18 +12,10 @@ constexpr const char* kHelpFile = R"(\ZELHELP.chm)";
 constexpr const char* kFirstPage = R"(\help\index.html)";
 constexpr const char* kSupportPage = R"(\help\support.html)";
 
-// The shell hands out a number in the shape of a handle: above 32 is success.
-constexpr std::intptr_t kLastFailure = 32;
-
-bool OpenWithShell(HWND owner, const std::string& target) {
-    const auto result = ShellExecuteA(owner, "open", target.c_str(), nullptr, nullptr, SW_SHOW);
-    return reinterpret_cast<std::intptr_t>(result) > kLastFailure;
-}
-
 }  // namespace
 
 void OpenHelp(HWND owner, const std::string& programFolder) {
-    if (OpenWithShell(owner, programFolder + kHelpFile) || OpenWithShell(owner, programFolder + kFirstPage))
+    if (OpenByShell(owner, programFolder + kHelpFile) || OpenByShell(owner, programFolder + kFirstPage))
         return;
     ShowErrorBox(owner, "Cannot open help file");
 }
@@ -31,13 +24,13 @@ void OpenSupportPage(HWND owner, const std::string& programFolder) {
     constexpr UINT kFirstSuccess = 32;
     const std::string command = "hh " + programFolder + kHelpFile + "::/support.html";
     if (WinExec(command.c_str(), SW_SHOW) >= kFirstSuccess ||
-        OpenWithShell(owner, programFolder + kSupportPage))
+        OpenByShell(owner, programFolder + kSupportPage))
         return;
     ShowErrorBox(owner, "Cannot open technical support help page");
 }
 
 void OpenWebSite(HWND owner) {
-    if (OpenWithShell(nullptr, kWebSite)) return;
+    if (OpenByShell(nullptr, kWebSite)) return;
     ShowErrorBox(owner, (std::string("Error: cannot open \"") + kWebSite + "\"").c_str());
 }
 

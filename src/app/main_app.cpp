@@ -21,7 +21,6 @@ bool CMainApp::InitInstance() {
     frame = std::make_unique<CMainFrame>();
     mainWindow = frame.get();
     if (!frame->LoadFrame(IDR_MAIN_FRAME)) return false;
-    frame->SetIcon(CIcon::Load(IDR_MAIN_FRAME));
     frame->RestorePlacement();
     frame->RedrawWindow();
     return true;

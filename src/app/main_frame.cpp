@@ -5,7 +5,6 @@
 #include "app/settings_dialog.h"
 #include "app/settings_store.h"
 #include "editor/multi_selection_notice.h"
-#include "framework/styles.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/api/messages.h"
@@ -17,10 +16,6 @@ namespace permora {
 namespace {
 
 constexpr unsigned int kViewId = 0xE900;  // the class library's first pane of a frame
-
-// Entries of the main menu that are checked by their place.
-constexpr int kViewMenu = 2;
-constexpr int kOwnIconsEntry = 2;
 
 constexpr int kItemCountPane = 1;
 constexpr int kItemCountWidth = 200;
@@ -56,9 +51,9 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_VIEW_OWN_ICONS, Notify::kCommand, &CMainFrame::ToggleOwnIcons},
             {ID_SETTINGS, Notify::kCommand, &CMainFrame::EditSettings},
             {ID_PERMISSIONS, Notify::kCommand, &CMainFrame::OpenSecurityEditor},
-            {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
-            {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
-            {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateNavigation},
+            {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateNavigation},
+            {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateNavigation},
         });
     return kMap;
 }
@@ -185,7 +180,7 @@ void CMainFrame::GoToRoot() {
 }
 
 void CMainFrame::ToggleOwnIcons() {
-    const bool ownIcons = !GetMenu().GetSubMenu(kViewMenu).IsCheckedByPosition(kOwnIconsEntry);
+    const bool ownIcons = !view.useOwnIcons;
     view.SetOwnIcons(ownIcons);
     settings.block.useOwnIcons = ownIcons ? 1 : 0;
     view.RefreshList();
@@ -214,7 +209,7 @@ void CMainFrame::OpenSecurityEditor() {
         ShowInfoBox(GetSafeHwnd(), "Please, select items to work with them.");
     } else {
         // The names stand relative to it. When it is gone, each read and write tells so.
-        if (!view.currentFolder.empty()) SetCurrentDirectoryA(view.currentFolder.c_str());
+        view.ReturnToShownFolder();
         securitySheet.SetItems({names, count}, view.driveListShown);
         securitySheet.DoModal();
     }
@@ -222,7 +217,7 @@ void CMainFrame::OpenSecurityEditor() {
 }
 
 // Shares have no place in the history, and nothing above them.
-void CMainFrame::OnUpdateFileCommand(Notification& notification) {
+void CMainFrame::OnUpdateNavigation(Notification& notification) {
     notification.state.enabled = !view.sharesMode;
 }
 

@@ -46,7 +46,7 @@ class CMainFrame : public CFrameWnd {
     void ToggleOwnIcons();
     void EditSettings();
     void OpenSecurityEditor();
-    void OnUpdateFileCommand(Notification& notification);
+    void OnUpdateNavigation(Notification& notification);
 
     CImageList toolBarImages;
     CStatusBar statusBarWnd;

@@ -48,7 +48,7 @@ std::optional<ProgramSettings> UnscrambleSettings(std::span<const std::uint8_t> 
 
 bool IsUsableWindow(const Rect& rect) {
     constexpr std::int64_t kSmallest = 50;
-    constexpr std::int64_t kLargest = 32767;  // of a window's coordinates on any desktop
+    constexpr std::int64_t kLargest = 32767;  // of a window's width and height on any desktop
     const std::int64_t width = std::int64_t{rect.right} - rect.left;
     const std::int64_t height = std::int64_t{rect.bottom} - rect.top;
     return width >= kSmallest && width <= kLargest && height >= kSmallest && height <= kLargest;

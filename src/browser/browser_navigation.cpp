@@ -1,5 +1,6 @@
 // Moving between locations, and opening rows.
 #include "browser/browser_view.h"
+#include "browser/list_presentation.h"
 #include "browser/shell_items.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
@@ -158,13 +159,13 @@ bool BrowserView::TryFolder(const std::string& path) {
 
 // Rows are found by their names in the current directory: it must not stay another than the one shown.
 void BrowserView::ReturnToShownFolder() const {
-    if (!currentFolder.empty()) SetCurrentDirectoryA(currentFolder.c_str());
+    if (!currentFolder.empty()) EnterFolder(currentFolder);
 }
 
 void BrowserView::OpenSelected() {
     const int row = list.GetSelectionMark();
     if (row < 0) return;
-    const std::string name = list.GetItemText(row, 0);
+    const std::string name = list.GetItemText(row, kNameColumn);
     if (MayBeFolder(name)) {
         OpenFolderRow(name);
     } else {
@@ -185,7 +186,7 @@ void BrowserView::OpenFolderRow(const std::string& name) {
 }
 
 void BrowserView::OpenFileRow(const std::string& name) {
-    if (OpenByShell(name)) return;
+    if (OpenByShell(nullptr, name)) return;
     ShowErrorBox(GetSafeHwnd(), ("Error: cannot open \"" + name + '"').c_str());
 }
 

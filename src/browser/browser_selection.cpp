@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "browser/browser_view.h"
+#include "browser/list_presentation.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -26,7 +27,7 @@ LPCSTR* BrowserView::GetSelectedNames() {
     int taken = 0;
     for (int row = list.NextSelected(0); row >= 0; row = list.NextSelected(row + 1)) {
         if (taken == count) ShowFatalErrorBox(GetSafeHwnd(), "Error: Unrecoverable error");
-        const std::string name = list.GetItemText(row, 0);
+        const std::string name = list.GetItemText(row, kNameColumn);
         auto* copy = static_cast<char*>(allocate(name.size() + 1));
         std::memcpy(copy, name.c_str(), name.size() + 1);
         names[taken++] = copy;

@@ -66,7 +66,7 @@ void BrowserView::Create(CWnd& owner, unsigned int id, const std::string& comman
 
 void BrowserView::OpenStartFolder(const std::string& commandLine) {
     const std::string folder = StartFolderOf(commandLine);
-    if (folder.empty() || SetCurrentDirectoryA(folder.c_str()) == FALSE) {
+    if (folder.empty() || !EnterFolder(folder)) {
         ListDrives();
         return;
     }
@@ -93,7 +93,7 @@ void BrowserView::RunCommand(unsigned int id) {
     if (CFrameWnd* frame = Frame()) frame->RunCommand(id);
 }
 
-// ---- Notifications. The list goes on with its own reaction after each. ----
+// ---- Notifications. After a double click or a key the list goes on with its own reaction. ----
 
 void BrowserView::OnDoubleClick(Notification& notification) {
     notification.handled = false;

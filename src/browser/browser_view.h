@@ -77,6 +77,9 @@ class BrowserView : public CWnd {
     void OpenFolderRow(const std::string& name);
     void OpenFileRow(const std::string& name);
 
+    // Makes the folder shown the current directory again. When it is gone, whoever works on its rows hears.
+    void ReturnToShownFolder() const;
+
     // ---- Presentation ----
 
     void SetViewMode(ListView mode);
@@ -128,7 +131,7 @@ class BrowserView : public CWnd {
     bool FillFolder();
     bool FillPass(EntryKind wanted, int& row);
     bool AddFolderRow(int row, const WIN32_FIND_DATAA& found);
-    bool AddDriveRow(int row, const std::string& root);
+    bool AddDriveRow(int drive, const std::string& root);
     void ShowState(const char* text);
     void ShowItemCount(int count);
     void ShowLocation(const std::string& text);
@@ -139,7 +142,6 @@ class BrowserView : public CWnd {
     bool ShowNearestParent();
     void ShowDrives();
     bool TryFolder(const std::string& path);
-    void ReturnToShownFolder() const;
     void ReportLastError() const;
 
     // Presentation.

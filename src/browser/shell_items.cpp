@@ -20,9 +20,10 @@ std::string ShellTypeName(const std::string& path) {
     return SHGetFileInfoA(path.c_str(), 0, &info, sizeof info, SHGFI_TYPENAME) != 0 ? info.szTypeName : "";
 }
 
-bool OpenByShell(const std::string& path) {
+bool OpenByShell(HWND owner, const std::string& target) {
+    // The shell hands out a number in the shape of a handle.
     constexpr std::uintptr_t kLastFailure = 32;
-    const HINSTANCE result = ShellExecuteA(nullptr, "open", path.c_str(), nullptr, nullptr, SW_SHOW);
+    const HINSTANCE result = ShellExecuteA(owner, "open", target.c_str(), nullptr, nullptr, SW_SHOW);
     return reinterpret_cast<std::uintptr_t>(result) > kLastFailure;
 }
 

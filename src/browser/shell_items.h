@@ -14,8 +14,8 @@ namespace permora {
 // The shell's name for the kind of an object ("Text document"); empty when it has none.
 std::string ShellTypeName(const std::string& path);
 
-// Opens a file as a double click on it does.
-bool OpenByShell(const std::string& path);
+// Opens a file, or an address, with the program that the shell has for it. `owner` may be null.
+bool OpenByShell(HWND owner, const std::string& target);
 
 // The shell's icons. Objects of one kind share one, so that a long list costs little.
 class ShellIcons {

@@ -72,15 +72,6 @@ TEST_F(MainFrame, AFirstStartMakesTheSettings) {
     EXPECT_EQ(testing::UiDriver::MainWindow().Text(IDC_LOCATION), R"(T:\)");
 }
 
-TEST_F(MainFrame, ADamagedRecordIsReplacedByTheDefaults) {
-    ProgramSettings record;
-    record.block.viewMode = 3;
-    record.block.useOwnIcons = 77;
-    ASSERT_EQ(StoreSettings(record), ERROR_SUCCESS);
-    Start();
-    EXPECT_EQ(Stored().block, SettingsBlock());
-}
-
 TEST_F(MainFrame, WithoutAnInstallationItSaysSoAndEnds) {
     const auto start = [this] {
         setenv("XDG_CONFIG_HOME", data.MakeFolder("nowhere").c_str(), 1);
@@ -112,10 +103,6 @@ TEST_F(MainFrame, BackAndForwardGoThroughWhatWasSeen) {
     EXPECT_EQ(window.Text(IDC_LOCATION), R"(T:\sub)");
     Run(ID_GO_BACK);
     EXPECT_EQ(window.Text(IDC_LOCATION), folder);
-    Run(ID_GO_BACK);
-    EXPECT_EQ(window.Text(IDC_LOCATION), kDriveListLocation);
-    Run(ID_GO_BACK);
-    Run(ID_GO_FORWARD);
     Run(ID_GO_FORWARD);
     EXPECT_EQ(window.Text(IDC_LOCATION), R"(T:\sub)");
     Run(ID_GO_TO_ROOT);

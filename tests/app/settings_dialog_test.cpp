@@ -52,18 +52,6 @@ TEST_F(SettingsDialog, ShowsTheBlockAndGivesBackWhatIsChosen) {
     EXPECT_EQ(block, (SettingsBlock{3, 0, 1, 0, 1, 0, {}}));
 }
 
-TEST_F(SettingsDialog, CancelLeavesTheBlockAlone) {
-    SettingsBlock block{0, 1, 1, 1, 1, 1, {}};
-    EXPECT_EQ(Run(block,
-                  [](testing::WindowDriver& dialog) {
-                      dialog.Click(IDC_SETTINGS_DETAILS);
-                      dialog.Click(IDC_SETTINGS_OWN_ICONS);
-                      dialog.Press("Esc");
-                  }),
-              IDCANCEL);
-    EXPECT_EQ(block, (SettingsBlock{0, 1, 1, 1, 1, 1, {}}));
-}
-
 TEST_F(SettingsDialog, OnLaterSystemsTheExplorerIsNotOffered) {
     SettingsBlock block;
     Run(block, [](testing::WindowDriver& dialog) {

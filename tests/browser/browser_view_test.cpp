@@ -125,7 +125,7 @@ TEST_F(Browser, TheTipOfARowTellsWhatTheColumnsDo) {
     EXPECT_FALSE(view.BuildInfoText("file"));
 }
 
-TEST_F(Browser, TheContextMenuOffersWhatMakesSense) {
+TEST_F(Browser, TheContextMenuDependsOnTheSelection) {
     folder.MakeFile("file");
     Start(R"(T:\)");
     ui.ExpectMenu(ID_SELECT_ALL);

@@ -40,27 +40,5 @@ TEST(FolderEntries, NamesWithDotsAreNeverListed) {
     EXPECT_EQ(SizeOf(large), 0x1FFFFFFFFU);
 }
 
-TEST(FolderEntries, ALinkToAFolderIsEnteredAndItsEntriesAreFound) {
-    const test::TemporaryFolder folder;
-    folder.MakeFolder("real");
-    folder.MakeFile("real/file");
-    ASSERT_EQ(symlink("real", folder.Path("link").c_str()), 0);
-    ASSERT_EQ(symlink("nowhere", folder.Path("dangling").c_str()), 0);
-    ASSERT_EQ(symlink("loop", folder.Path("loop").c_str()), 0);
-
-    ASSERT_TRUE(EnterFolder(PathFromArgument(folder.Path("link").c_str())));
-    std::vector<std::string> names;
-    FolderSearch search;
-    for (WIN32_FIND_DATAA found{}; search.Next(found);)
-        names.emplace_back(found.cFileName);
-    EXPECT_EQ(search.Error(), ERROR_SUCCESS);
-    EXPECT_THAT(names, UnorderedElementsAre(".", "..", "file"));
-
-    EXPECT_FALSE(EnterFolder(""));  // no separator makes it the root
-    for (const char* name : {"dangling", "loop", "real/file"})
-        EXPECT_FALSE(EnterFolder(PathFromArgument(folder.Path(name).c_str()))) << name;
-    ASSERT_EQ(chdir("/"), 0);
-}
-
 }  // namespace
 }  // namespace permora
