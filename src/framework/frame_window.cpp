@@ -29,6 +29,7 @@ NativeFrame* NativeOf(const CFrameWnd& frame) {
 // The first window of `Kind` among the children of `window` and their children: bars may stand in a rebar.
 template <class Kind>
 Kind* FindBar(const CWnd* window) {
+    if (window == nullptr) return nullptr;
     for (CWnd* child : WindowAccess::Children(*window)) {
         if (auto* bar = dynamic_cast<Kind*>(child)) return bar;
         if (auto* bar = FindBar<Kind>(child)) return bar;

@@ -12,8 +12,6 @@
 namespace permora {
 namespace {
 
-using qt::ToQt;
-
 using PaintFunction = std::function<void(CDC&)>;
 
 // The controls stand where the template says; the keyboard's rules are the shared half's.
