@@ -29,13 +29,13 @@ using permora::bench::SecondsFor;
 
 constexpr int kRuns = 7;
 
-class SilentObserver : public permora::TreeListObserver {
+class SilentObserver : public permora::TreeObserver {
   public:
     bool Begin(const char* /*name*/) override { return true; }
     void PassOver(const std::string& path, DWORD /*error*/) override { Check(false, "passed over " + path); }
 };
 
-void ResetAndCount(const std::string& top, permora::TreeListCounts& counts) {
+void ResetAndCount(const std::string& top, permora::TreeCounts& counts) {
     const std::string path = permora::PathFromArgument(top.c_str());
     const std::array<const char*, 1> names = {path.c_str()};
     SilentObserver observer;
@@ -43,7 +43,7 @@ void ResetAndCount(const std::string& top, permora::TreeListCounts& counts) {
 }
 
 void Reset(const std::string& top, std::size_t objects) {
-    permora::TreeListCounts counts;
+    permora::TreeCounts counts;
     ResetAndCount(top, counts);
     Check(counts.changed == objects, "not every object was changed");
 }
@@ -96,7 +96,7 @@ Seconds CompareWithLoop(const char* what, const std::string& top, std::size_t ob
         setTop(lists.back());
         withDialog.push_back(SecondsFor([&] { ResetBehindDialog(top); }));
         // It counts nothing itself: nothing may be left to do.
-        permora::TreeListCounts left;
+        permora::TreeCounts left;
         ResetAndCount(top, left);
         Check(left.unchanged == objects, "the dialog left objects as they were");
     }

@@ -7,6 +7,7 @@
 
 #include "platform/api/libraries.h"
 #include "platform/api/memory.h"
+#include "platform/api/policy.h"
 #include "platform/api/threads.h"
 
 namespace permora {
@@ -33,7 +34,20 @@ using UniqueHeap = std::unique_ptr<void, HeapDestroyCloser>;
 struct CloseHandleCloser {
     void operator()(void* handle) const { CloseHandle(handle); }
 };
-// A thread's handle. Null: none.
+// A thread or a token. Null: none.
 using UniqueHandle = std::unique_ptr<void, CloseHandleCloser>;
+
+struct LsaCloser {
+    void operator()(void* policy) const { LsaClose(policy); }
+};
+// An open security policy. Null: none.
+using UniquePolicy = std::unique_ptr<void, LsaCloser>;
+
+struct LsaFreeMemoryCloser {
+    void operator()(void* block) const { LsaFreeMemory(block); }
+};
+// A block that the policy's functions handed out. Null: none.
+template <typename T>
+using UniqueLsaMemory = std::unique_ptr<T, LsaFreeMemoryCloser>;
 
 }  // namespace permora

@@ -1,4 +1,4 @@
-// One access list for everything below a folder: a service of our own beside the system's.
+// One access list, or one owner, for everything below a folder: services of our own beside the system's.
 //
 // SetNamedSecurityInfoA on a folder carries inheritance to everything below it, so a caller who walks a tree
 // and calls it for each object pays for every object once for each folder above it. And a caller can descend
@@ -20,22 +20,22 @@ enum class TreeListMode {
     kCountOnly,  // everything is read and nothing written: counts what kWrite would do
 };
 
-struct TreeListCounts {
+struct TreeCounts {
     std::size_t changed = 0;
-    std::size_t unchanged = 0;   // they had this list already
+    std::size_t unchanged = 0;   // they were so already
     std::size_t passedOver = 0;  // each was told with its reason
 };
 
 // Called on the thread that called the service. Texts live for the call.
-class TreeListObserver {
+class TreeObserver {
   public:
-    virtual ~TreeListObserver() = default;
+    virtual ~TreeObserver() = default;
 
     // The object with this bare name comes next. False ends the walk and leaves it as it is.
     virtual bool Begin(const char* name) = 0;
 
-    // An object that is as it was. `path` begins with the folder's name as it was given; a folder whose own
-    // list could be set but whose contents could not be listed is told too.
+    // An object that is as it was. `path` begins with the folder's name as it was given; a folder that could
+    // itself be changed but whose contents could not be listed is told too.
     virtual void PassOver(const std::string& path, DWORD error) = 0;
 };
 
@@ -59,7 +59,13 @@ class TreeListObserver {
 // On Windows the walk is made of the system's own calls. There links keep their lists and are passed over
 // with ERROR_CANT_RESOLVE_FILENAME, because the system's call would work on their targets, and every object
 // that is not passed over counts as changed.
-[[nodiscard]] DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeListObserver& observer,
-                                  TreeListCounts& counts);
+[[nodiscard]] DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeObserver& observer,
+                                  TreeCounts& counts);
+
+// Gives every object below `folder` the owner `owner`, as SetNamedSecurityInfoA with
+// OWNER_SECURITY_INFORMATION would for each; `folder` itself keeps its owner. It walks and answers as
+// SetListsBelow does: on Linux a link gets the owner itself and is not followed.
+// ERROR_INVALID_SID when `owner` is not valid.
+[[nodiscard]] DWORD SetOwnersBelow(LPCSTR folder, PSID owner, TreeObserver& observer, TreeCounts& counts);
 
 }  // namespace permora

@@ -15,7 +15,7 @@ namespace {
 constexpr SIZE_T kWorkerStackBytes = 4096;
 
 // Shows each object's bare name. What cannot be changed is passed over in silence.
-class StatusObserver : public TreeListObserver {
+class StatusObserver : public TreeObserver {
   public:
     explicit StatusObserver(CStatic& field) : status(field) {}
 
@@ -61,7 +61,7 @@ DWORD WINAPI ApplyDlg::ApplyToTreeWorker(LPVOID dialog) {
 
 void ApplyDlg::Apply() {
     StatusObserver observer(*status);
-    TreeListCounts counts;
+    TreeCounts counts;
     const TreeApplyResult result = ApplyToTrees(window, names, TreeListMode::kWrite, observer, counts);
     EndDialog(result == TreeApplyResult::kDone ? IDOK : kCannotStart);
 }

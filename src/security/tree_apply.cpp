@@ -20,7 +20,7 @@ UniqueLocal<ACL> MakeEmptyList(HWND owner) {
 }  // namespace
 
 TreeApplyResult ApplyToTrees(HWND owner, std::span<const char* const> folders, TreeListMode mode,
-                             TreeListObserver& observer, TreeListCounts& counts) {
+                             TreeObserver& observer, TreeCounts& counts) {
     const UniqueLocal<ACL> list = MakeEmptyList(owner);
     if (!list) return TreeApplyResult::kCannotStart;
     for (const char* folder : folders) {

@@ -19,6 +19,6 @@ enum class TreeApplyResult {
 // passed over, under the name given, and the next one is walked. Links are never followed. `counts` are added
 // to. Ends the process, after its box, when there is no memory for the empty list.
 TreeApplyResult ApplyToTrees(HWND owner, std::span<const char* const> folders, TreeListMode mode,
-                             TreeListObserver& observer, TreeListCounts& counts);
+                             TreeObserver& observer, TreeCounts& counts);
 
 }  // namespace permora

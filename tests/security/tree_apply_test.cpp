@@ -44,7 +44,7 @@ using test::DaclText;
 using test::SetDescriptorText;
 using testing::RecordingPresenter;
 
-class RecordingObserver : public TreeListObserver {
+class RecordingObserver : public TreeObserver {
   public:
     bool Begin(const char* name) override {
         begun.emplace_back(name);
@@ -82,7 +82,7 @@ class TreeApply : public ::testing::Test {
     const test::TemporaryFolder folder;
     RecordingPresenter presenter;
     RecordingObserver observer;
-    TreeListCounts counts;
+    TreeCounts counts;
 };
 
 TEST_F(TreeApply, WalksFoldersAndPassesOverEveryOtherName) {

@@ -6,11 +6,13 @@
 #include "platform/api/account_enumeration.h"
 #include "platform/api/base.h"
 #include "platform/api/directory_search.h"
+#include "platform/api/effective_rights.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/api/libraries.h"
 #include "platform/api/memory.h"
 #include "platform/api/messages.h"
+#include "platform/api/policy.h"
 #include "platform/api/registry.h"
 #include "platform/api/security.h"
 #include "platform/api/shell.h"
@@ -18,6 +20,7 @@
 #include "platform/api/text.h"
 #include "platform/api/threads.h"
 #include "platform/api/time.h"
+#include "platform/api/token.h"
 
 // clang-format off
 
@@ -91,9 +94,11 @@ static_assert(ERROR_CONNECTION_REFUSED     == 1225);
 static_assert(ERROR_NETWORK_UNREACHABLE    == 1231);
 static_assert(ERROR_HOST_UNREACHABLE       == 1232);
 static_assert(ERROR_HOST_DOWN              == 1256);
+static_assert(ERROR_NOT_ALL_ASSIGNED       == 1300);
 static_assert(ERROR_UNKNOWN_REVISION       == 1305);
 static_assert(ERROR_REVISION_MISMATCH      == 1306);
 static_assert(ERROR_INVALID_OWNER          == 1307);
+static_assert(ERROR_NO_SUCH_PRIVILEGE      == 1313);
 static_assert(ERROR_PRIVILEGE_NOT_HELD     == 1314);
 static_assert(ERROR_NONE_MAPPED            == 1332);
 static_assert(ERROR_INVALID_ACL            == 1336);
@@ -265,3 +270,20 @@ static_assert(sizeof(NET_API_STATUS) == 4 && NERR_Success == 0 && MAX_PREFERRED_
 static_assert(sizeof(LOCALGROUP_INFO_0) == sizeof(LPWSTR) && offsetof(LOCALGROUP_INFO_0, lgrpi0_name) == 0);
 static_assert(sizeof(USER_INFO_0) == sizeof(LPWSTR) && offsetof(USER_INFO_0, usri0_name) == 0);
 static_assert(sizeof(DWORD_PTR) == sizeof(void*));
+
+// policy.h, token.h, effective_rights.h
+static_assert(sizeof(NTSTATUS) == 4 && NTSTATUS(-1) < 0 && sizeof(LSA_HANDLE) == sizeof(void*));
+static_assert(POLICY_VIEW_LOCAL_INFORMATION == 1 && POLICY_LOOKUP_NAMES == 0x800);
+static_assert(sizeof(LSA_UNICODE_STRING) == 2 * sizeof(void*) && offsetof(LSA_UNICODE_STRING, MaximumLength) == 2);
+static_assert(offsetof(LSA_UNICODE_STRING, Buffer) == sizeof(void*) && sizeof(LSA_OBJECT_ATTRIBUTES) == 6 * sizeof(void*));
+static_assert(sizeof(LSA_ENUMERATION_INFORMATION) == sizeof(void*));
+static_assert(TOKEN_QUERY == 8 && TOKEN_ADJUST_PRIVILEGES == 0x20 && SE_PRIVILEGE_ENABLED == 2);
+static_assert(TokenUser == 1 && TokenPrivileges == 3);
+static_assert(sizeof(LUID) == 8 && offsetof(LUID, HighPart) == 4);
+static_assert(sizeof(LUID_AND_ATTRIBUTES) == 12 && offsetof(LUID_AND_ATTRIBUTES, Attributes) == 8);
+static_assert(sizeof(TOKEN_PRIVILEGES) == 16 && offsetof(TOKEN_PRIVILEGES, Privileges) == 4);
+static_assert(sizeof(SID_AND_ATTRIBUTES) == 2 * sizeof(void*) && sizeof(TOKEN_USER) == sizeof(SID_AND_ATTRIBUTES));
+static_assert(offsetof(SID_AND_ATTRIBUTES, Attributes) == sizeof(void*));
+static_assert(NO_MULTIPLE_TRUSTEE == 0 && TRUSTEE_IS_SID == 0 && TRUSTEE_IS_UNKNOWN == 0);
+static_assert(offsetof(TRUSTEE_A, TrusteeForm) == sizeof(void*) + 4 && offsetof(TRUSTEE_A, TrusteeType) == sizeof(void*) + 8);
+static_assert(offsetof(TRUSTEE_A, ptstrName) == 2 * sizeof(void*) + 8 && sizeof(TRUSTEE_A) == 3 * sizeof(void*) + 8);

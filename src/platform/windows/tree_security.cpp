@@ -1,8 +1,9 @@
-// SetListsBelow with the system's own calls. An open search keeps its folder and those above it from being
-// renamed, so the paths of the walk stay true while it is below them.
+// SetListsBelow and SetOwnersBelow with the system's own calls. An open search keeps its folder and those
+// above it from being renamed, so the paths of the walk stay true while it is below them.
 #include "platform/tree_security.h"
 
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -27,10 +28,13 @@ struct OpenFolder {
     WIN32_FIND_DATAA next;
 };
 
+// Changes the object at a path, which the system's calls want as a text that they could change.
+using Change = std::function<DWORD(std::string& path)>;
+
 class TreeWalk {
   public:
-    TreeWalk(PACL dacl, TreeListMode writing, TreeListObserver& listener, TreeListCounts& totals)
-        : list(dacl), mode(writing), observer(listener), counts(totals) {}
+    TreeWalk(Change work, TreeObserver& listener, TreeCounts& totals)
+        : change(std::move(work)), observer(listener), counts(totals) {}
 
     DWORD Run(LPCSTR folder) {
         const DWORD attributes = GetFileAttributesA(folder);
@@ -83,7 +87,7 @@ class TreeWalk {
             PassOver(ERROR_CANT_RESOLVE_FILENAME);
             return;
         }
-        const DWORD error = SetList();
+        const DWORD error = change(path);
         if (error == ERROR_SUCCESS) {
             ++counts.changed;
         } else {
@@ -94,19 +98,6 @@ class TreeWalk {
         if (listingError != ERROR_SUCCESS) PassOver(listingError);
     }
 
-    DWORD SetList() {
-        if (mode == TreeListMode::kWrite) {
-            return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT,
-                                         DACL_SECURITY_INFORMATION | UNPROTECTED_DACL_SECURITY_INFORMATION,
-                                         nullptr, nullptr, list, nullptr);
-        }
-        PSECURITY_DESCRIPTOR descriptor = nullptr;
-        const DWORD error = GetNamedSecurityInfoA(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
-                                                  nullptr, nullptr, nullptr, nullptr, &descriptor);
-        const UniqueLocal<void> owned(descriptor);
-        return error;
-    }
-
     void PassOver(DWORD error) {
         // It vanished.
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return;
@@ -114,21 +105,43 @@ class TreeWalk {
         observer.PassOver(path, error);
     }
 
-    PACL list;
-    TreeListMode mode;
-    TreeListObserver& observer;
-    TreeListCounts& counts;
+    Change change;
+    TreeObserver& observer;
+    TreeCounts& counts;
     DWORD result = ERROR_SUCCESS;
     std::string path;              // of the current object
     std::vector<OpenFolder> open;  // from the walked folder down to the current one
 };
 
+// Whether the object's list could be looked at.
+DWORD ReadList(std::string& path) {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    const DWORD error = GetNamedSecurityInfoA(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
+                                              nullptr, nullptr, nullptr, nullptr, &descriptor);
+    const UniqueLocal<void> owned(descriptor);
+    return error;
+}
+
 }  // namespace
 
-DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeListObserver& observer,
-                    TreeListCounts& counts) {
+DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeObserver& observer, TreeCounts& counts) {
     if (list == nullptr || IsValidAcl(list) == FALSE) return ERROR_INVALID_ACL;
-    return TreeWalk(list, mode, observer, counts).Run(folder);
+    const auto writeList = [list](std::string& path) {
+        return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT,
+                                     DACL_SECURITY_INFORMATION | UNPROTECTED_DACL_SECURITY_INFORMATION,
+                                     nullptr, nullptr, list, nullptr);
+    };
+    const Change change = mode == TreeListMode::kWrite ? Change(writeList) : Change(ReadList);
+    return TreeWalk(change, observer, counts).Run(folder);
+}
+
+DWORD SetOwnersBelow(LPCSTR folder, PSID owner, TreeObserver& observer, TreeCounts& counts) {
+    if (IsValidSid(owner) == FALSE) return ERROR_INVALID_SID;
+    const auto writeOwner = [owner](std::string& path) {
+        return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, owner, nullptr,
+                                     nullptr, nullptr);
+    };
+    return TreeWalk(writeOwner, observer, counts).Run(folder);
 }
 
 }  // namespace permora

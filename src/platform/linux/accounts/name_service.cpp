@@ -56,6 +56,19 @@ DWORD TakeName(const char* found, std::string& name) {
     return ERROR_SUCCESS;
 }
 
+DWORD TakeGroups(const passwd& user, std::vector<gid_t>& groups) {
+    int count = 32;
+    std::vector<gid_t> found(static_cast<std::size_t>(count));
+    while (getgrouplist(user.pw_name, user.pw_gid, found.data(), &count) < 0) {
+        // The number needed, but the user may be joining groups meanwhile.
+        if (static_cast<std::size_t>(count) <= found.size()) count = 2 * static_cast<int>(found.size());
+        found.resize(static_cast<std::size_t>(count));
+    }
+    found.resize(static_cast<std::size_t>(count));
+    groups = std::move(found);
+    return ERROR_SUCCESS;
+}
+
 DWORD TakeId(id_t found, id_t& id) {
     id = found;
     return ERROR_SUCCESS;
@@ -165,6 +178,10 @@ Listings& LastListings() {
 }
 
 }  // namespace
+
+DWORD ListGroupsOf(uid_t user, std::vector<gid_t>& groups) {
+    return Ask(getpwuid_r, user, [&](const passwd& found) { return TakeGroups(found, groups); });
+}
 
 DWORD ListHostAccounts(AccountKind kind, std::vector<HostAccount>& accounts) {
     std::shared_ptr<const Listing> listing;

@@ -44,6 +44,19 @@ std::vector<SambaAccount> ListGroups(const Machine& machine) {
     return groups;
 }
 
+std::vector<SambaAlias> ListAliases() {
+    std::vector<SambaAlias> aliases;
+    for (const SambaAccount& group : AllSambaAccounts(AccountKind::kGroup).All()) {
+        if (group.use != nt::SidUse::kAlias) continue;
+        std::string listing;
+        const std::string sid = group.sid.ToText();
+        if (RunTool("net", {"groupmap", "listmem", sid}, kListLimits, listing) != ERROR_SUCCESS) continue;
+        std::vector<nt::Sid> members = ParseMembers(listing);
+        if (!members.empty()) aliases.push_back({group.sid, std::move(members)});
+    }
+    return aliases;
+}
+
 }  // namespace
 
 SambaAccounts::SambaAccounts(std::vector<SambaAccount> list) : accounts(std::move(list)) {
@@ -77,6 +90,11 @@ const SambaAccounts& AllSambaAccounts(AccountKind kind) {
     }
     static const SambaAccounts groups(ListGroups(ThisMachine()));
     return groups;
+}
+
+const std::vector<SambaAlias>& AllSambaAliases() {
+    static const std::vector<SambaAlias> aliases = ListAliases();
+    return aliases;
 }
 
 }  // namespace permora::host

@@ -36,4 +36,13 @@ class SambaAccounts {
 // Samba.
 const SambaAccounts& AllSambaAccounts(AccountKind kind);
 
+// A local group of Samba and the SIDs that belong to it, groups among them.
+struct SambaAlias {
+    nt::Sid sid;
+    std::vector<nt::Sid> members;
+};
+
+// Those that have members. As above: asked once, and only for a machine whose accounts come from Samba.
+const std::vector<SambaAlias>& AllSambaAliases();
+
 }  // namespace permora::host

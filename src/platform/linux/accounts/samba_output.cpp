@@ -132,4 +132,12 @@ std::vector<SambaAccount> ParseGroupMap(std::string_view text) {
     return groups;
 }
 
+std::vector<nt::Sid> ParseMembers(std::string_view text) {
+    std::vector<nt::Sid> members;
+    for (const std::string_view line : SplitLines(text)) {
+        if (const std::optional<nt::Sid> sid = nt::Sid::FromText(line)) members.push_back(*sid);
+    }
+    return members;
+}
+
 }  // namespace permora::host

@@ -35,4 +35,7 @@ std::vector<SambaAccount> ParseUserList(std::string_view text, const nt::Sid& ma
 // The listing of `net groupmap list verbose`. Rows whose SID is listed twice are left out.
 std::vector<SambaAccount> ParseGroupMap(std::string_view text);
 
+// The answer of `net groupmap listmem`: a SID on each line.
+std::vector<nt::Sid> ParseMembers(std::string_view text);
+
 }  // namespace permora::host

@@ -1,12 +1,10 @@
 #include "platform/linux/files/descriptor_support.h"
 
 #include <linux/capability.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
-#include <array>
 #include <cerrno>
 
+#include "platform/linux/base/capabilities.h"
 #include "platform/linux/files/extended_attributes.h"
 
 namespace permora::host {
@@ -28,20 +26,13 @@ bool CanBeThere(const ObjectHandle& object, const char* name) {
     return HasAttribute(answer) || answer == ENODATA;
 }
 
-// The kernel demands CAP_SYS_ADMIN for writing attributes of the "security" family.
-bool MayWriteSecurityAttributes() {
-    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> data{};
-    if (syscall(SYS_capget, &header, data.data()) != 0) return false;
-    return (data[CAP_TO_INDEX(CAP_SYS_ADMIN)].effective & CAP_TO_MASK(CAP_SYS_ADMIN)) != 0;
-}
-
 }  // namespace
 
 DescriptorStoreKind StoreKindOf(const ObjectHandle& object) {
     if (IsThere(object, "system.ntfs_acl")) return DescriptorStoreKind::kNtfs3g;
     if (IsThere(object, "system.ntfs_security")) return DescriptorStoreKind::kNtfs3;
-    if (MayWriteSecurityAttributes()) {
+    // The kernel demands it for writing attributes of the "security" family.
+    if (HasCapability(CapabilitySet::kEffective, CAP_SYS_ADMIN)) {
         return CanBeThere(object, "security.NTACL") ? DescriptorStoreKind::kSamba
                                                     : DescriptorStoreKind::kNone;
     }

@@ -89,6 +89,10 @@ bool DescriptorStore::CanHold(const ObjectHandle& object) {
     return false;
 }
 
+bool DescriptorStore::HasHostOwners(const ObjectHandle& object) {
+    return KindFor(object) == DescriptorStoreKind::kSamba || KindFor(object) == DescriptorStoreKind::kUser;
+}
+
 // Whether the volume is NTFS; `stored` then holds the object's attribute, or `problem` says why not.
 bool DescriptorStore::ReadNtfs(const ObjectHandle& object, int& problem) {
     if (!kind) {

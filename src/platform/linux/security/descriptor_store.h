@@ -19,6 +19,10 @@ class DescriptorStore {
     // keep them in user attributes.
     bool CanHold(const ObjectHandle& object);
 
+    // Whether objects here have an owner of the host beside the one in their descriptors. On NTFS the
+    // descriptor's is the only one: the driver makes the host's of it, if any.
+    bool HasHostOwners(const ObjectHandle& object);
+
     // The object's descriptor, or the one that its owner, group and mode give when none is stored. 0 or an
     // error code: ERROR_INVALID_SECURITY_DESCR when the stored one is damaged. `descriptor` is replaced only
     // on success.

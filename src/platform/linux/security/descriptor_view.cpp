@@ -59,4 +59,14 @@ DWORD ClaimedLength(PACL acl) {
     return ReadHeader<ACL>(acl).AclSize;
 }
 
+std::optional<nt::Sid> SidOf(PSID sid) {
+    if (IsValidSid(sid) == FALSE) return std::nullopt;
+    return nt::Sid::FromBytes({static_cast<const BYTE*>(sid), GetLengthSid(sid)});
+}
+
+std::optional<nt::Acl> EntriesOf(PACL acl) {
+    if (IsValidAcl(acl) == FALSE) return std::nullopt;
+    return nt::Acl::FromBytes({reinterpret_cast<const BYTE*>(acl), ClaimedLength(acl)});
+}
+
 }  // namespace permora::host

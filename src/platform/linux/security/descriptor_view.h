@@ -4,6 +4,8 @@
 #include <optional>
 
 #include "platform/api/security.h"
+#include "platform/nt/acl.h"
+#include "platform/nt/sid.h"
 
 namespace permora::host {
 
@@ -25,5 +27,9 @@ struct DescriptorView {
 
 // The size in bytes that a list's header claims; 0 for no list.
 DWORD ClaimedLength(PACL acl);
+
+// Copies of what a caller hands over, checked whole; nothing when it is null or not valid.
+std::optional<nt::Sid> SidOf(PSID sid);
+std::optional<nt::Acl> EntriesOf(PACL acl);
 
 }  // namespace permora::host

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "platform/api/errors.h"
@@ -12,6 +11,7 @@
 #include "platform/linux/files/paths.h"
 #include "platform/linux/security/descriptor_store.h"
 #include "platform/linux/security/descriptor_view.h"
+#include "platform/linux/security/owner_setting.h"
 #include "platform/linux/security/propagation.h"
 #include "platform/nt/inheritance.h"
 #include "platform/nt/security_descriptor.h"
@@ -82,18 +82,9 @@ struct Change {
 };
 
 bool TakeSid(PSID sid, nt::Sid& taken) {
-    if (!IsValidSid(sid)) return false;
-    const auto copy = nt::Sid::FromBytes({static_cast<const std::uint8_t*>(sid), GetLengthSid(sid)});
-    if (!copy) return false;
-    taken = *copy;
-    return true;
-}
-
-// The bytes that the list's header claims.
-std::span<const std::uint8_t> BytesOf(PACL acl) {
-    ACL header{};
-    std::memcpy(&header, acl, sizeof header);
-    return {reinterpret_cast<const std::uint8_t*>(acl), header.AclSize};
+    const std::optional<nt::Sid> copy = host::SidOf(sid);
+    if (copy) taken = *copy;
+    return copy.has_value();
 }
 
 DWORD TakeChange(SECURITY_INFORMATION information, PSID owner, PSID group, PACL dacl, PACL sacl,
@@ -106,13 +97,13 @@ DWORD TakeChange(SECURITY_INFORMATION information, PSID owner, PSID group, PACL 
     if (change.Has(OWNER_SECURITY_INFORMATION) && !TakeSid(owner, change.owner)) return ERROR_INVALID_SID;
     if (change.Has(GROUP_SECURITY_INFORMATION) && !TakeSid(group, change.group)) return ERROR_INVALID_SID;
     if (change.Has(DACL_SECURITY_INFORMATION) && dacl != nullptr) {
-        if (IsValidAcl(dacl)) change.dacl = nt::Acl::FromBytes(BytesOf(dacl));
+        change.dacl = host::EntriesOf(dacl);
         if (!change.dacl) return ERROR_INVALID_ACL;
     }
     if (change.Has(SACL_SECURITY_INFORMATION) && sacl != nullptr) {
         if (!IsValidAcl(sacl)) return ERROR_INVALID_ACL;
-        const auto bytes = BytesOf(sacl);
-        change.sacl.assign(bytes.begin(), bytes.end());
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(sacl);
+        change.sacl.assign(bytes, bytes + host::ClaimedLength(sacl));
     }
     return ERROR_SUCCESS;
 }
@@ -147,10 +138,7 @@ DWORD SetList(const Change& change, const ResolvedObject& target, DescriptorStor
 
 DWORD Apply(const Change& change, const ResolvedObject& target, DescriptorStore& store,
             nt::SecurityDescriptor& descriptor) {
-    if (change.Has(OWNER_SECURITY_INFORMATION)) {
-        descriptor.owner = change.owner;
-        ClearControl(descriptor, SE_OWNER_DEFAULTED);
-    }
+    if (change.Has(OWNER_SECURITY_INFORMATION)) host::SetOwnerIn(descriptor, change.owner);
     if (change.Has(GROUP_SECURITY_INFORMATION)) {
         descriptor.group = change.group;
         ClearControl(descriptor, SE_GROUP_DEFAULTED);
@@ -203,7 +191,11 @@ DWORD WINAPI SetNamedSecurityInfoA(LPSTR name, SE_OBJECT_TYPE type, SECURITY_INF
     nt::SecurityDescriptor descriptor;
     error = store.Read(target.object, descriptor);
     if (error == ERROR_SUCCESS) error = Apply(change, target, store, descriptor);
-    if (error == ERROR_SUCCESS) error = store.Write(target.object, descriptor);
+    if (error == ERROR_SUCCESS) {
+        error = change.Has(OWNER_SECURITY_INFORMATION)
+                    ? host::WriteWithOwner(target.object, descriptor, store)
+                    : store.Write(target.object, descriptor);
+    }
     const bool handsDown = change.Has(DACL_SECURITY_INFORMATION) && target.object.IsFolder();
     if (error != ERROR_SUCCESS || !handsDown) return error;
     return host::PropagateList(target.object, ListOf(descriptor), store);

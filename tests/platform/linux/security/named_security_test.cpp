@@ -174,6 +174,50 @@ TEST_P(NamedSecurity, SettingTheListKeepsOwnerGroupAndSystemList) {
     EXPECT_EQ(Dacl("top/folder"), "D:AI(A;;FR;;;WD)(A;OICIID;FA;;;SY)");
 }
 
+// The host's users 1 and 2 by the SIDs that they have on every host.
+TEST_P(NamedSecurity, AnOwnerIsSetInTheDescriptorAndOnTheHostOrNowhere) {
+    const auto hostOwner = [this](const char* name) {
+        struct stat status {};
+        EXPECT_EQ(lstat(Path(name).c_str(), &status), 0);
+        return status.st_uid;
+    };
+    const bool hasHostOwners = GetParam() == Place::kLocalDisk;
+    for (const char* name : {"top/file", "top/folder"}) {
+        const std::string list = Dacl(name);
+        ASSERT_EQ(SetDescriptorText(Path(name), "O:S-1-22-1-1"), ERROR_SUCCESS);
+        EXPECT_EQ(hostOwner(name), hasHostOwners ? 1U : 0U);
+        failingWrite = 1;
+        EXPECT_EQ(SetDescriptorText(Path(name), "O:S-1-22-1-2"), ERROR_IO_DEVICE);
+        EXPECT_EQ(hostOwner(name), hasHostOwners ? 1U : 0U);
+        EXPECT_EQ(DescriptorText(Path(name), OWNER_SECURITY_INFORMATION), "O:S-1-22-1-1");
+        // A group is no user of the host.
+        ASSERT_EQ(SetDescriptorText(Path(name), "O:BA"), ERROR_SUCCESS);
+        EXPECT_EQ(hostOwner(name), hasHostOwners ? 1U : 0U);
+        EXPECT_EQ(DescriptorText(Path(name), OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION),
+                  "O:BA" + list);
+    }
+}
+
+TEST(NamedSecurityOfUsers, WhoMayWriteAnObjectMayStillNotTakeIt) {
+    if (geteuid() != 0) GTEST_SKIP() << "becoming another user needs root";
+    const TemporaryFolder folder;
+    const std::string others = folder.MakeFile("others");
+    const std::string own = folder.MakeFile("own");
+    ASSERT_EQ(chmod(folder.Path().c_str(), 0755), 0);
+    ASSERT_EQ(chmod(others.c_str(), 0666), 0);
+    ASSERT_EQ(chown(own.c_str(), 65534, 65534), 0);
+    const auto set = [](const std::string& path, const char* sddl) {
+        return std::to_string(SetDescriptorText(path, sddl)) + " ";
+    };
+    const auto answers = AsOrdinaryUser([&] {
+        return set(others, "O:S-1-22-1-65534") + set(others, "O:BA") + set(own, "O:S-1-22-1-0") +
+               set(own, "O:BA");
+    });
+    EXPECT_EQ(answers.value_or(""), "5 5 5 0 ");
+    for (const std::string& path : {others, own})
+        EXPECT_EQ(getxattr(path.c_str(), "user.permora.sd", nullptr, 0) > 0, path == own) << path;
+}
+
 TEST_P(NamedSecurity, LinkIsTheObjectAndNeverItsTarget) {
     const TemporaryFolder outside;
     ASSERT_EQ(SetDescriptorText(outside.MakeFile("target"), "O:BAG:BUD:P(A;;FR;;;BU)"), ERROR_SUCCESS);

@@ -33,7 +33,7 @@ using testing::UnorderedElementsAre;
 constexpr SECURITY_INFORMATION kAllParts =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 
-class RecordingObserver : public TreeListObserver {
+class RecordingObserver : public TreeObserver {
   public:
     bool Begin(const char* name) override {
         begun.emplace_back(name);
@@ -69,7 +69,7 @@ class TreeSecurity : public testing::Test {
 
     const TemporaryFolder tree;
     RecordingObserver observer;
-    TreeListCounts counts;
+    TreeCounts counts;
 };
 
 // Every kind of list that an object may have before.
@@ -125,7 +125,7 @@ TEST_F(TreeSecurity, CountingTellsWhatWritingWouldDoAndWritesNothing) {
     MakeManyKinds(tree);
     const std::string before = DaclText(tree.Path("protected/file"));
     ASSERT_EQ(Reset(tree.Path(), TreeListMode::kCountOnly), 0U);
-    const TreeListCounts told = counts;
+    const TreeCounts told = counts;
     EXPECT_EQ(DaclText(tree.Path("protected/file")), before);
     ASSERT_EQ(Reset(tree.Path()), 0U);
     EXPECT_EQ(counts.changed, told.changed);
@@ -234,6 +234,39 @@ TEST_F(TreeSecurity, AFolderSwappedForALinkLeavesWhatIsOutsideAlone) {
     EXPECT_GT(timesEntered, 0U);
     EXPECT_EQ(DaclText(secret) + DaclText(outside.Path()), before);
     EXPECT_THAT(observer.passedOver, IsEmpty());
+}
+
+TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
+    const TemporaryFolder outside;
+    const std::string target = outside.MakeFile("target");
+    tree.MakeFolder("folder");
+    const std::string file = tree.MakeFile("folder/file");
+    ASSERT_EQ(SetDescriptorText(file, "O:BUD:P(A;;FR;;;BG)"), 0U);
+    const std::string damaged = tree.MakeFile("damaged");
+    ASSERT_EQ(setxattr(damaged.c_str(), "security.NTACL", "\x01\x00garbage", 9, 0), 0);
+    std::filesystem::create_symlink(target, tree.Path("link"));
+    std::filesystem::create_directory_symlink(outside.Path(), tree.Path("folder/outside"));
+    const auto ownerOf = [](const std::string& path) {
+        struct stat status {};
+        EXPECT_EQ(lstat(path.c_str(), &status), 0);
+        return DescriptorText(path, OWNER_SECURITY_INFORMATION) + " " + std::to_string(status.st_uid);
+    };
+    const std::string before = ownerOf(tree.Path()) + ownerOf(outside.Path()) + ownerOf(target);
+
+    PSID sid = nullptr;
+    ASSERT_TRUE(ConvertStringSidToSidA("S-1-22-1-1", &sid));
+    const UniqueLocal<void> owner(sid);
+    ASSERT_EQ(SetOwnersBelow(Told("").c_str(), sid, observer, counts), 0U);
+    for (const char* name : {"folder", "folder/file", "link", "folder/outside"})
+        EXPECT_EQ(ownerOf(tree.Path(name)), "O:S-1-22-1-1 1") << name;
+    EXPECT_EQ(DaclText(file), "D:PAI(A;;FR;;;BG)");
+    EXPECT_EQ(ownerOf(tree.Path()) + ownerOf(outside.Path()) + ownerOf(target), before);
+    EXPECT_EQ(ownerOf(damaged), "error 1338 0");
+    EXPECT_THAT(observer.passedOver, ElementsAre(Pair(Told("") + "damaged", ERROR_INVALID_SECURITY_DESCR)));
+    EXPECT_EQ(counts.changed, 4U);
+    ASSERT_EQ(SetOwnersBelow(Told("").c_str(), sid, observer, counts), 0U);
+    EXPECT_EQ(counts.unchanged, 4U);
+    EXPECT_EQ(SetOwnersBelow(Told("").c_str(), nullptr, observer, counts), ERROR_INVALID_SID);
 }
 
 TEST_F(TreeSecurity, ATreeOfThreeThousandLevelsIsDoneToItsEnd) {

@@ -1,0 +1,119 @@
+#include "platform/linux/accounts/memberships.h"
+
+#include <sys/types.h>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "platform/linux/accounts/account_directory.h"
+#include "platform/linux/accounts/machine.h"
+#include "platform/linux/accounts/name_service.h"
+#include "platform/linux/accounts/samba_accounts.h"
+#include "platform/linux/accounts/unix_accounts.h"
+#include "platform/linux/accounts/unix_sids.h"
+
+namespace permora::host {
+namespace {
+
+const nt::Sid& Everyone() {
+    static const nt::Sid sid(1, {0});
+    return sid;
+}
+
+const nt::Sid& Anonymous() {
+    static const nt::Sid sid(5, {7});
+    return sid;
+}
+
+constexpr uid_t kRoot = 0;
+constexpr std::uint32_t kGuest = 501;
+constexpr std::uint32_t kNone = 513;
+
+// The SIDs that were found, and how far their own groups have been looked for.
+class Memberships {
+  public:
+    explicit Memberships(const nt::Sid& account) : sids{account} {
+        // Whoever is not logged on at all is no part of everyone.
+        if (account != Anonymous()) Add(Everyone());
+    }
+
+    DWORD Complete() {
+        for (std::size_t next = 0; next < sids.size(); ++next) {
+            const nt::Sid sid = sids[next];  // adding moves them
+            const DWORD error = AddGroupsOf(sid);
+            if (error != ERROR_SUCCESS) return error;
+        }
+        return ERROR_SUCCESS;
+    }
+
+    std::vector<nt::Sid> Take() { return std::move(sids); }
+
+  private:
+    void Add(const nt::Sid& sid) {
+        if (std::find(sids.begin(), sids.end(), sid) == sids.end()) sids.push_back(sid);
+    }
+
+    DWORD AddGroupsOf(const nt::Sid& sid) {
+        if (ThisMachine().source == AccountSource::kSamba) AddSambaGroupsOf(sid);
+        if (const std::optional<gid_t> group = GroupForSid(sid)) AddGroup(*group);
+        const std::optional<uid_t> user = UserForSid(sid);
+        return user ? AddUser(*user) : ERROR_SUCCESS;
+    }
+
+    // Each account of the host has two SIDs, and a list may name either.
+    void AddGroup(gid_t group) {
+        Add(SidForGroup(group));
+        Add(UnixSid(AccountKind::kGroup, group));
+    }
+
+    DWORD AddUser(uid_t user) {
+        std::vector<gid_t> groups;
+        const DWORD error = ListGroupsOf(user, groups);
+        if (error == ERROR_NONE_MAPPED) return ERROR_SUCCESS;
+        if (error != ERROR_SUCCESS) return error;
+        const nt::Sid own = SidForUser(user);
+        Add(own);
+        Add(UnixSid(AccountKind::kUser, user));
+        for (const gid_t group : groups)
+            AddGroup(group);
+        AddSystemGroups(own);
+        if (user == kRoot) Add(nt::Sid(5, {32, 544}));
+        return ERROR_SUCCESS;
+    }
+
+    // Those that the system puts every user into.
+    void AddSystemGroups(const nt::Sid& user) {
+        const nt::Sid* machine = MachineSid();
+        const bool isBelowMachine = machine != nullptr && user.IsDirectlyBelow(*machine);
+        if (isBelowMachine && user == machine->Append(kGuest)) {
+            Add(nt::Sid(5, {32, 546}));  // Guests
+            return;
+        }
+        if (isBelowMachine) {
+            if (const std::optional<nt::Sid> none = machine->Append(kNone)) Add(*none);
+        }
+        Add(nt::Sid(5, {11}));       // Authenticated Users
+        Add(nt::Sid(5, {32, 545}));  // Users, to which those belong
+    }
+
+    void AddSambaGroupsOf(const nt::Sid& sid) {
+        for (const SambaAlias& alias : AllSambaAliases()) {
+            if (std::find(alias.members.begin(), alias.members.end(), sid) != alias.members.end())
+                Add(alias.sid);
+        }
+    }
+
+    std::vector<nt::Sid> sids;
+};
+
+}  // namespace
+
+DWORD FindMemberships(const nt::Sid& account, std::vector<nt::Sid>& sids) {
+    Memberships memberships(account);
+    const DWORD error = memberships.Complete();
+    if (error == ERROR_SUCCESS) sids = memberships.Take();
+    return error;
+}
+
+}  // namespace permora::host

@@ -1,0 +1,17 @@
+// Which SIDs stand for an account in access lists: its own, and those of the groups that it belongs to.
+// Rules: docs/platform.md, "Accounts".
+#pragma once
+
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/nt/sid.h"
+
+namespace permora::host {
+
+// The account itself first, each SID once. Groups in groups are followed to the end. An account that this
+// machine does not know stands for itself and Everyone. 0, or an error code when the name service failed;
+// `sids` is then as it was.
+DWORD FindMemberships(const nt::Sid& account, std::vector<nt::Sid>& sids);
+
+}  // namespace permora::host

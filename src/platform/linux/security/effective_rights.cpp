@@ -1,0 +1,54 @@
+#include "platform/api/effective_rights.h"
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/linux/accounts/memberships.h"
+#include "platform/linux/security/descriptor_view.h"
+#include "platform/nt/ace_bits.h"
+#include "platform/nt/acl.h"
+#include "platform/nt/inheritance.h"
+
+namespace {
+
+namespace nt = permora::nt;
+
+// [MS-DTYP] 2.5.3.2: the first entry that speaks of a right decides it.
+DWORD RightsOf(const nt::Acl& acl, const std::vector<nt::Sid>& sids) {
+    DWORD granted = 0;
+    DWORD denied = 0;
+    for (const nt::Ace& entry : acl.entries) {
+        if ((entry.flags & nt::kInheritOnly) != 0) continue;
+        if (std::find(sids.begin(), sids.end(), entry.sid) == sids.end()) continue;
+        const DWORD mask = nt::MapGenericRights(entry.mask);
+        if (entry.type == ACCESS_ALLOWED_ACE_TYPE) granted |= mask & ~denied;
+        if (entry.type == ACCESS_DENIED_ACE_TYPE) denied |= mask & ~granted;
+    }
+    return granted;
+}
+
+}  // namespace
+
+void WINAPI BuildTrusteeWithSidA(PTRUSTEE_A trustee, PSID sid) {
+    *trustee = {nullptr, NO_MULTIPLE_TRUSTEE, TRUSTEE_IS_SID, TRUSTEE_IS_UNKNOWN, static_cast<LPSTR>(sid)};
+}
+
+DWORD WINAPI GetEffectiveRightsFromAclA(PACL acl, PTRUSTEE_A trustee, PACCESS_MASK rights) {
+    if (trustee == nullptr || rights == nullptr || trustee->TrusteeForm != TRUSTEE_IS_SID)
+        return ERROR_INVALID_PARAMETER;
+    const std::optional<nt::Sid> account = permora::host::SidOf(trustee->ptstrName);
+    if (!account) return ERROR_INVALID_SID;
+    if (acl == nullptr) {
+        *rights = FILE_ALL_ACCESS;
+        return ERROR_SUCCESS;
+    }
+    const std::optional<nt::Acl> list = permora::host::EntriesOf(acl);
+    if (!list) return ERROR_INVALID_ACL;
+    std::vector<nt::Sid> sids;
+    const DWORD error = permora::host::FindMemberships(*account, sids);
+    if (error != ERROR_SUCCESS) return error;
+    *rights = RightsOf(*list, sids);
+    return ERROR_SUCCESS;
+}

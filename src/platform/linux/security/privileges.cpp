@@ -1,0 +1,29 @@
+#include "platform/linux/security/privileges.h"
+
+#include <linux/capability.h>
+
+#include "platform/linux/base/ascii.h"
+
+namespace permora::host {
+
+std::span<const Privilege> Privileges() {
+    // What takes ownership of others' objects is the kernel's chown.
+    static constexpr Privilege privileges[] = {{"SeTakeOwnershipPrivilege", {9, 0}, CAP_CHOWN}};
+    return privileges;
+}
+
+const Privilege* FindPrivilege(std::string_view name) {
+    for (const Privilege& privilege : Privileges()) {
+        if (EqualsIgnoringCase(privilege.name, name)) return &privilege;
+    }
+    return nullptr;
+}
+
+const Privilege* FindPrivilege(const LUID& id) {
+    for (const Privilege& privilege : Privileges()) {
+        if (privilege.id.LowPart == id.LowPart && privilege.id.HighPart == id.HighPart) return &privilege;
+    }
+    return nullptr;
+}
+
+}  // namespace permora::host

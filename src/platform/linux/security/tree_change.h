@@ -1,0 +1,47 @@
+// What every change of all objects below a folder shares: where it may begin, telling the observer, and the
+// counts.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "platform/linux/files/object_handle.h"
+#include "platform/linux/files/tree_walk.h"
+#include "platform/linux/security/descriptor_store.h"
+#include "platform/tree_security.h"
+
+namespace permora::host {
+
+class TreeChange : public TreeVisitor {
+  public:
+    TreeChange(TreeObserver& listener, TreeCounts& totals) : observer(listener), counts(totals) {}
+
+    // Finds the folder and walks it. The result is that of the services of tree_security.h.
+    DWORD Run(LPCSTR folder);
+
+  protected:
+    enum class Outcome { kChanged, kUnchanged };
+
+    // The walk begins; an error ends it.
+    virtual DWORD Begin(const ObjectHandle& /*top*/) { return ERROR_SUCCESS; }
+    // One object that can have a descriptor. A failure leaves it as it was.
+    virtual DWORD Change(const ObjectHandle& object, std::size_t depth, Outcome& outcome) = 0;
+    // A folder, whose contents have the depth `inside`, comes next; `error` is that of its own change.
+    virtual void Enter(const ObjectHandle& /*folder*/, DWORD /*error*/, std::size_t /*inside*/) {}
+
+    DescriptorStore store;
+
+  private:
+    WalkDecision Visit(const ObjectHandle& object, const char* hostName, std::size_t depth) override;
+    void Fail(DWORD error, const char* hostName, std::size_t depth) override;
+    DWORD ChangeAndCount(const ObjectHandle& object, std::size_t depth);
+    void PassOver(DWORD error, const std::string& name, std::size_t depth);
+
+    TreeObserver& observer;
+    TreeCounts& counts;
+    DWORD result = ERROR_SUCCESS;
+    std::vector<std::string> folders;  // names as shown, by depth of what stands in them
+};
+
+}  // namespace permora::host
