@@ -1,11 +1,11 @@
 #include "cli/accounts_command.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "cli/json_output.h"
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "security/account_record.h"
@@ -13,8 +13,6 @@
 
 namespace permora {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string SidText(PSID sid) {
     AccountRecord record;
@@ -54,7 +52,7 @@ bool RunAccounts(const Arguments& arguments) {
                          {"sid", sid}});
     }
     if (arguments.format == ShowFormat::kJson) {
-        Print(array.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+        PrintJson(array);
     } else {
         Print(AlignedTable(table, ""));
     }

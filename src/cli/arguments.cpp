@@ -21,6 +21,8 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli revoke /mnt/data/Projects --account S-1-5-32-546
   permora-cli inherit /mnt/data/Payroll --copy
   permora-cli reset /mnt/data/Projects --dry-run --verbose
+  permora-cli owner /mnt/data/Projects --set 'BUILTIN\Administrators' --tree
+  permora-cli effective /mnt/data/Payroll --account anna
   permora-cli accounts --find admin
 
 A path is written as C:\folder\file or as this machine writes it; both mean the same object. A link at its end is
@@ -29,7 +31,7 @@ not followed. Rights, scopes and options are listed by the help of a command: pe
 Exit code:
   0  done
   1  some object failed: each one is named on standard error with its reason (by reset only with --verbose), and all
-     others were done; or reset was interrupted
+     others were done; or reset or owner was interrupted
   2  wrong arguments, an unknown account, or no consent to a reset: nothing was touched)";
 
 // A path such as "[x]" would be taken for a list of values, with its brackets stripped: another object. So
@@ -80,6 +82,8 @@ struct Parser {
     void AddAccount(CLI::App* command);
     void AddEntryOptions(CLI::App* command);
     void AddReset();
+    void AddOwner();
+    void AddEffective();
     void AddAccounts();
     void AddSetup();
     // Turns what was typed into what is meant; a text that says what is wrong, or an empty one.
@@ -137,6 +141,25 @@ void Parser::AddReset() {
     reset->add_flag("--verbose", arguments.verbose, "Name each object that is passed over, with the reason");
 }
 
+void Parser::AddOwner() {
+    CLI::App* owner = AddCommand(Command::kOwner, "owner", "Show or change who owns objects");
+    CLI::Option* set =
+        owner->add_option("--set", account, R"(The new owner: a name, DOMAIN\name or a SID like S-1-1-0)");
+    set->type_name("NAME");
+    owner
+        ->add_flag("--tree", arguments.tree,
+                   "Make NAME the owner of everything below the folders too. Links and what\n"
+                   "is mounted below are not entered")
+        ->needs(set);
+}
+
+void Parser::AddEffective() {
+    CLI::App* effective = AddCommand(Command::kEffective, "effective",
+                                     "Show what an access list leaves to an account and its groups");
+    AddAccount(effective);
+    effective->add_flag("--json", json, "As JSON: one object, or an array of several");
+}
+
 void Parser::AddAccounts() {
     CLI::App* accounts = app.add_subcommand("accounts", "List the accounts that this machine knows");
     accounts->add_option("--find", arguments.find, "Only those in whose name, SID or type this text stands")
@@ -176,6 +199,8 @@ Parser::Parser() {
     choice->add_flag("--remove", remove, "Stop inheriting and remove the inherited entries");
     choice->require_option(1);
     AddReset();
+    AddOwner();
+    AddEffective();
     AddAccounts();
     AddSetup();
     // Last, so that the commands' own help stays short.
@@ -188,7 +213,10 @@ std::string Parser::Interpret() {
         if (path.empty()) return "a path is empty";
     }
     if (arguments.command == Command::kSetup && arguments.paths.size() > 1) return "setup takes one folder";
-    if (account && Unshielded(*account).empty()) return "--account: the name is empty";
+    const bool isOwner = arguments.command == Command::kOwner;
+    if (account && Unshielded(*account).empty())
+        return std::string(isOwner ? "--set" : "--account") + ": the name is empty";
+    if (isOwner) arguments.verbose = true;
     arguments.find = Unshielded(arguments.find);
     arguments.account = Unshielded(account.value_or(""));
     if (json) arguments.format = ShowFormat::kJson;

@@ -9,7 +9,7 @@
 
 namespace permora {
 
-enum class Command { kShow, kGrant, kDeny, kRevoke, kInherit, kReset, kAccounts, kSetup };
+enum class Command { kShow, kGrant, kDeny, kRevoke, kInherit, kReset, kOwner, kEffective, kAccounts, kSetup };
 
 enum class ShowFormat { kTable, kJson, kSddl };
 
@@ -25,7 +25,7 @@ struct Arguments {
     std::vector<std::string> paths;  // as typed; at least one but for kAccounts
     ShowFormat format = ShowFormat::kTable;
 
-    std::string account;  // grant, deny and revoke: as typed
+    std::string account;  // grant, deny, revoke, owner and effective: as typed; owner: empty to show it
     // grant and deny:
     DWORD rights = 0;               // never 0, never with SYNCHRONIZE
     std::optional<int> scopeIndex;  // place in kInheritanceScopes; nothing: what suits a file or a folder
@@ -44,7 +44,9 @@ struct Arguments {
     bool yes = false;
     bool emptyLists = false;
     bool quiet = false;
-    bool verbose = false;
+    bool verbose = false;  // always so for owner
+
+    bool tree = false;  // owner: everything below too
 
     // setup:
     bool allUsers = false;

@@ -89,6 +89,8 @@ EditResult EditObject(const Arguments& arguments, const AccountRecord& account, 
             return ChangeInheritance(arguments.inheritance, target, object, messages);
         case Command::kShow:
         case Command::kReset:
+        case Command::kOwner:
+        case Command::kEffective:
         case Command::kAccounts:
         case Command::kSetup:
             break;

@@ -1,4 +1,4 @@
-// The terminal program: shows and changes access lists of files, folders and drive roots.
+// The terminal program: shows and changes access lists and owners of files, folders and drive roots.
 #include <cstdio>
 #include <optional>
 #include <vector>
@@ -6,8 +6,10 @@
 #include "cli/accounts_command.h"
 #include "cli/arguments.h"
 #include "cli/change_command.h"
+#include "cli/effective_command.h"
 #include "cli/exit_codes.h"
 #include "cli/messages.h"
+#include "cli/owner_command.h"
 #include "cli/reset_command.h"
 #include "cli/setup_command.h"
 #include "cli/show_command.h"
@@ -41,6 +43,8 @@ bool RunCommand(const Arguments& arguments, const AccountRecord& account, const 
     if (arguments.command == Command::kAccounts) return RunAccounts(arguments);
     if (arguments.command == Command::kSetup) return RunSetup(arguments, targets, messages);
     if (arguments.command == Command::kReset) return RunReset(arguments, targets, messages);
+    if (arguments.command == Command::kOwner) return RunOwner(arguments, account, targets, messages);
+    if (arguments.command == Command::kEffective) return RunEffective(arguments, account, targets, messages);
     return RunChange(arguments, account, targets, messages);
 }
 

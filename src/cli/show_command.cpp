@@ -1,8 +1,8 @@
 #include "cli/show_command.h"
 
-#include <nlohmann/json.hpp>
 #include <optional>
 
+#include "cli/json_output.h"
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
@@ -10,8 +10,6 @@
 
 namespace permora {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // Everything that is shown of one object.
 struct ShownObject {
@@ -131,13 +129,7 @@ bool RunShow(const Arguments& arguments, const std::vector<Target>& targets, Con
                 break;
         }
     }
-    if (arguments.format != ShowFormat::kJson) return allRead;
-    // One object stands for itself, so that a script need not unwrap it; what is no UTF-8 is replaced.
-    const bool single = arguments.paths.size() == 1;
-    if (!single || !objects.empty()) {
-        const Json& document = single ? objects.front() : objects;
-        Print(document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
-    }
+    if (arguments.format == ShowFormat::kJson) PrintJsonObjects(objects, arguments.paths.size());
     return allRead;
 }
 

@@ -33,6 +33,9 @@ TEST(ArgumentsTest, WrongArgumentsAreSaidAndTouchNothing) {
         {{"deny", path, "--account", "Everyone", "--rights", "1", "--scope", ""}, "no scope is called \"\""},
         {{"grant", path, "--account", "nobody-of-that-name", "--rights", "1"}, "nobody-of-that-name: "},
         {{"revoke", path, "--account", "S-1-"}, "S-1-: "},
+        {{"owner", path, "--tree"}, "--set"},
+        {{"owner", path, "--set", ""}, "--set: the name is empty"},
+        {{"effective", path}, "--account"},
         {{"inherit", path}, "--on"},
         {{"inherit", path, "--on", "--copy"}, "--on"},
     };

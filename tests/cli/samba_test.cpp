@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 #include <sstream>
 
@@ -77,6 +78,28 @@ TEST_F(SambaTest, TheCommandsReadWhatAClientWrites) {
     EXPECT_EQ(EntriesOf(path), "Deny S-1-5-32-546 0x10000 0\nAllow S-1-1-0 0x200a9 3\n");
     EXPECT_EQ(RunCli({"revoke", path, "--account", "Guests"}).exitCode, 0);
     EXPECT_EQ(ServedEntries("written"), "S-1-1-0:0/0x3/0x001200a9\n");
+}
+
+TEST_F(SambaTest, TheServerServesTheOwnersOfATree) {
+    ASSERT_EQ(
+        server->Smbclient("mkdir owned; mkdir owned/sub; put /etc/hostname owned/sub/file; mkdir beside")
+            .exitCode,
+        0);
+    std::filesystem::create_directory_symlink(server->Path("beside"), server->Path("owned/sub/link"));
+    const auto servedOwner = [](const std::string& name) {
+        const std::string text = server->Smbcacls(name).output;
+        const std::size_t start = text.find("OWNER:");
+        return start == std::string::npos ? text : text.substr(start, text.find('\n', start) - start);
+    };
+    const std::string before = servedOwner("beside");
+    EXPECT_EQ(RunCli({"owner", server->Path("owned"), "--set", "Guests", "--tree"}).exitCode, 0);
+    for (const char* name : {"owned", "owned/sub", "owned/sub/file"})
+        EXPECT_EQ(servedOwner(name), "OWNER:S-1-5-32-546") << name;
+    EXPECT_EQ(servedOwner("beside"), before);
+    // The other way round.
+    ASSERT_EQ(server->Smbcacls("owned/sub", {"--chown", "root"}).exitCode, 0);
+    EXPECT_EQ(RunCli({"owner", server->Path("owned/sub")}).output,
+              server->Path("owned/sub") + ": PERMORATEST\\root\n");
 }
 
 }  // namespace

@@ -1,0 +1,108 @@
+#include "cli/effective_command.h"
+
+#include <optional>
+#include <span>
+
+#include "cli/json_output.h"
+#include "cli/listing.h"
+#include "cli/terminal_text.h"
+#include "platform/api/errors.h"
+#include "security/effective_rights.h"
+
+namespace permora {
+namespace {
+
+constexpr const char* kLeftOut =
+    "Not considered: permissions of a share through which someone comes, privileges, what an owner may do "
+    "anyway";
+
+// Without "Full control", which no list of a file gives in the strict sense; the mask's name says it.
+constexpr std::span kSingleRights = std::span(kAccessRights).subspan<1>();
+
+struct Answer {
+    ObjectSecurity object;
+    std::optional<DWORD> rights;  // nothing: there is no list, and everyone may do everything
+};
+
+std::optional<Answer> Ask(const Target& target, PSID account, ConsoleMessages& messages) {
+    Answer answer;
+    DWORD error = EnterFolder(target);
+    if (error == ERROR_SUCCESS) {
+        if (!ReadObjectDacl(nullptr, target.name.c_str(), target.place, answer.object)) {
+            if (!messages.HasSpoken()) messages.Say("its access list cannot be read");
+            return std::nullopt;
+        }
+        if (answer.object.dacl == nullptr) return answer;
+        DWORD rights = 0;
+        error = FindEffectiveRights(answer.object.dacl, account, rights);
+        if (error == ERROR_SUCCESS) {
+            answer.rights = rights;
+            return answer;
+        }
+    }
+    messages.SaySystemError(error);
+    return std::nullopt;
+}
+
+const char* PermissionOf(DWORD rights) {
+    return MaskDisplayName(rights & ~SYNCHRONIZE);
+}
+
+std::string TableText(const Target& target, const std::string& account, const Answer& answer) {
+    std::string text = PrintableText(target.argument) + "\n  Account: " + PrintableText(account) + '\n' +
+                       RemarkLines(RemarksOn(answer.object));
+    if (!answer.rights) return text;
+    text += std::string("  Permission: ") + PermissionOf(*answer.rights) + '\n';
+    std::vector<std::vector<std::string>> lines;
+    for (const AccessRight& right : kSingleRights)
+        lines.push_back({right.listName, IsEffective(right, *answer.rights) ? "yes" : "no"});
+    return text + AlignedTable(lines, "  ");
+}
+
+// "rights" is null where there is no list and everyone may do everything, and [] where nothing is left.
+Json AnswerJson(const Target& target, AccountRecord& account, const Answer& answer) {
+    Json json = {{"path", target.argument},
+                 {"account", AccountDisplayName(account)},
+                 {"sid", account.GetSidText()},
+                 {"mask", nullptr},
+                 {"permission", nullptr},
+                 {"rights", nullptr},
+                 {"note", kLeftOut}};
+    if (!answer.rights) return json;
+    json["mask"] = "0x" + HexText(*answer.rights);
+    json["permission"] = PermissionOf(*answer.rights);
+    json["rights"] = Json::array();
+    for (const AccessRight& right : kSingleRights) {
+        if (IsEffective(right, *answer.rights)) json["rights"].push_back(right.listName);
+    }
+    return json;
+}
+
+}  // namespace
+
+bool RunEffective(const Arguments& arguments, const AccountRecord& account,
+                  const std::vector<Target>& targets, ConsoleMessages& messages) {
+    AccountRecord shown = account;
+    const std::string name = AccountDisplayName(shown);
+    bool allRead = true;
+    Json answers = Json::array();
+    for (const Target& target : targets) {
+        messages.SetSubject(target.argument);
+        const std::optional<Answer> answer = Ask(target, account.sid.get(), messages);
+        if (!answer) {
+            allRead = false;
+        } else if (arguments.format == ShowFormat::kJson) {
+            answers.push_back(AnswerJson(target, shown, *answer));
+        } else {
+            Print(TableText(target, name, *answer) + '\n');
+        }
+    }
+    if (arguments.format == ShowFormat::kJson) {
+        PrintJsonObjects(answers, arguments.paths.size());
+    } else {
+        Print(std::string(kLeftOut) + '\n');
+    }
+    return allRead;
+}
+
+}  // namespace permora

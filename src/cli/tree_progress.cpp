@@ -1,0 +1,88 @@
+#include "cli/tree_progress.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+
+#include "cli/listing.h"
+#include "cli/terminal_text.h"
+#include "platform/terminal.h"
+
+namespace permora {
+namespace {
+
+volatile std::sig_atomic_t isInterrupted = 0;
+
+void TakeInterrupt(int signal) {
+    isInterrupted = 1;
+    std::signal(signal, SIG_DFL);
+}
+
+}  // namespace
+
+void WatchForInterrupts() {
+    std::signal(SIGINT, TakeInterrupt);
+}
+
+bool IsInterrupted() {
+    return isInterrupted != 0;
+}
+
+void SayInterrupted(ConsoleMessages& messages) {
+    messages.SetSubject("");
+    messages.Say("interrupted: the rest is as it was");
+}
+
+ProgressLine::ProgressLine(bool isQuiet) : columns(isQuiet ? 0 : TerminalColumns(stderr)) {}
+
+void ProgressLine::Show(std::size_t count, const char* name) {
+    if (columns == 0) return;
+    const auto now = std::chrono::steady_clock::now();
+    if (now - shown < std::chrono::milliseconds(100)) return;
+    shown = now;
+    // The last column stays free: a character in it would begin a new line.
+    const std::string line = CutToColumns(std::to_string(count) + ": " + PrintableText(name), columns - 1);
+    std::fprintf(stderr, "\r%s\x1b[K", line.c_str());
+    isShown = true;
+}
+
+void ProgressLine::Clear() {
+    if (isShown) std::fputs("\r\x1b[K", stderr);
+    isShown = false;
+}
+
+TreeProgress::TreeProgress(const Arguments& userArguments, ConsoleMessages& console)
+    : arguments(userArguments), messages(console), progress(userArguments.quiet) {}
+
+bool TreeProgress::Begin(const char* name) {
+    if (IsInterrupted()) return false;
+    progress.Show(++count, name);
+    return true;
+}
+
+void TreeProgress::PassOver(const std::string& path, DWORD error) {
+    const bool isTarget = path == target->name;
+    if (!isTarget && !arguments.verbose) return;
+    progress.Clear();
+    messages.SetSubject(AsTyped(path));
+    messages.SaySystemError(error);
+}
+
+// The path under the target's name as the user typed it, with separators of the same kind.
+std::string TreeProgress::AsTyped(const std::string& path) const {
+    const std::string& typed = target->argument;
+    const std::size_t start = path.find_first_not_of('\\', target->name.size());
+    if (start == path.npos) return typed;
+    std::string below = path.substr(start);
+    const char separator = typed.find('\\') == typed.npos ? '/' : '\\';
+    std::replace(below.begin(), below.end(), '\\', separator);
+    const bool endsWithSeparator = typed.find_last_of("/\\") + 1 == typed.size();
+    return typed + (endsWithSeparator ? "" : std::string(1, separator)) + below;
+}
+
+void PrintCounts(const TreeCounts& counts, bool isDryRun) {
+    Print((isDryRun ? "would change: " : "changed: ") + std::to_string(counts.changed) + ", already so: " +
+          std::to_string(counts.unchanged) + ", passed over: " + std::to_string(counts.passedOver) + '\n');
+}
+
+}  // namespace permora

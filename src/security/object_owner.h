@@ -1,0 +1,13 @@
+// The owner of a file, folder or drive root. Results are system error codes.
+#pragma once
+
+#include "security/account_record.h"
+
+namespace permora {
+
+// An object may have no owner: `account` is then left without a SID.
+DWORD ReadObjectOwner(LPCSTR path, AccountRecord& account);
+
+DWORD WriteObjectOwner(LPCSTR path, PSID owner);
+
+}  // namespace permora

@@ -1,0 +1,89 @@
+// Owners, and what accounts may do: the commands owner and effective.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "tests/cli/cli_program.h"
+#include "tests/support/ntfs_volume.h"
+#include "tests/support/temporary_folder.h"
+
+namespace permora::test {
+namespace {
+
+using testing::HasSubstr;
+
+// The owner of an object as ntfssecaudit reads it from the unmounted image.
+std::string AuditedOwner(const NtfsVolume& volume, const std::string& path) {
+    std::istringstream text(RunCommand({"ntfssecaudit", "-vv", volume.Image(), path}).output);
+    for (std::string line; std::getline(text, line);) {
+        const std::size_t place = line.find("O:dec ");
+        if (place != std::string::npos) return line.substr(place + 6);
+    }
+    return "none";
+}
+
+TEST(OwnerTest, OwnersOfItemsAndTreesStandOnTheDisk) {
+    if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    NtfsVolume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    const TemporaryFolder outside;
+    outside.MakeFile("file");
+    for (const char* name : {"one", "team", "team/sub", "other"})
+        std::filesystem::create_directory(volume.Path(name));
+    for (const char* name : {"single", "team/file", "team/sub/deep", "other/file"})
+        ASSERT_EQ(RunCommand({"touch", volume.Path(name)}).exitCode, 0);
+    std::filesystem::create_directory_symlink(outside.Path(), volume.Path("team/link"));
+    std::filesystem::create_directory_symlink(volume.Path("other"), volume.Path("team/sub/link"));
+    const std::string ownerOutside = RunCli({"owner", outside.Path("file")}).output;
+    const std::string ownerBefore = RunCli({"show", "--sddl", volume.Path("one")}).output.substr(0, 4);
+
+    EXPECT_EQ(RunCli({"owner", volume.Path("single"), "--set", "Guests"}).output,
+              volume.Path("single") + ": BUILTIN\\Guests\n");
+    const CommandResult several = RunCli({"owner", volume.Path("one"), volume.Path("gone"),
+                                          volume.Path("team"), "--set", "S-1-5-21-7-8-9-1001", "--tree"});
+    EXPECT_EQ(several.exitCode, 1);
+    EXPECT_THAT(several.output, HasSubstr("permora-cli: " + volume.Path("gone") + ": "));
+    EXPECT_THAT(several.output, HasSubstr("changed: 5, already so: 0, passed over: 0\n"));
+    EXPECT_EQ(RunCli({"owner", outside.Path("file")}).output, ownerOutside);
+    volume.Unmount();
+    EXPECT_EQ(AuditedOwner(volume, "/single"), "S-1-5-32-546");
+    for (const char* path : {"/one", "/team", "/team/file", "/team/sub", "/team/sub/deep", "/team/link"})
+        EXPECT_EQ(AuditedOwner(volume, path), "S-1-5-21-7-8-9-1001") << path;
+    EXPECT_EQ(ownerBefore, "O:BA");
+    for (const char* path : {"/other", "/other/file"})
+        EXPECT_EQ(AuditedOwner(volume, path), "S-1-5-32-544") << path;
+    EXPECT_THAT(volume.Audit(), HasSubstr("No errors were found"));
+}
+
+TEST(EffectiveTest, SaysWhatTheListLeavesAndWhatItDoesNotTell) {
+    const TemporaryFolder folder;
+    if (const std::string reason = CannotHoldListsReason(folder.Path()); !reason.empty())
+        GTEST_SKIP() << reason;
+    const std::string open = folder.MakeFile("open");
+    const std::string full = folder.MakeFile("full");
+    ASSERT_EQ(SetSddl(open, "D:NO_ACCESS_CONTROL"), 0U);
+    ASSERT_EQ(SetSddl(full, "D:P(D;;WP;;;WD)(A;;FA;;;WD)(A;;FR;;;BG)"), 0U);
+    const CommandResult shown = RunCli({"effective", full, "--account", "Guests"});
+    EXPECT_EQ(shown.exitCode, 0);
+    EXPECT_THAT(shown.output, HasSubstr("  Permission: Special\n"));
+    EXPECT_THAT(shown.output, HasSubstr("  Traverse folder / Execute file  no\n"
+                                        "  List folder / Read data         yes\n"));
+    EXPECT_THAT(shown.output, testing::EndsWith("what an owner may do anyway\n"));
+
+    const CommandResult listed =
+        RunCli({"effective", open, folder.Path("gone"), full, "--account", "S-1-1-0", "--json"});
+    EXPECT_EQ(listed.exitCode, 1);
+    const std::size_t start = listed.output.find("[\n");
+    ASSERT_NE(start, std::string::npos) << listed.output;
+    const auto array = nlohmann::json::parse(listed.output.substr(start), nullptr, false);
+    ASSERT_EQ(array.size(), 2U) << listed.output;
+    EXPECT_TRUE(array[0]["rights"].is_null() && array[0]["mask"].is_null());
+    EXPECT_EQ(array[1]["mask"], "0x1f01df");
+    EXPECT_EQ(array[1]["rights"].size(), 12U);
+}
+
+}  // namespace
+}  // namespace permora::test
