@@ -87,9 +87,9 @@ bool BrowserView::InitDriveImages() {
 }
 
 void BrowserView::AddShellIcons(const std::string& name) {
-    if (largeImages.Add(shellIcons.Find(name, ImageListKind::kNormal)) < 0)
-        largeImages.Add(OwnIcon(IDI_FILE));
-    if (smallImages.Add(shellIcons.Find(name, ImageListKind::kSmall)) < 0) smallImages.Add(OwnIcon(IDI_FILE));
+    const ShellIcons::Pair icons = shellIcons.Find(name);
+    if (largeImages.Add(icons.large) < 0) largeImages.Add(OwnIcon(IDI_FILE));
+    if (smallImages.Add(icons.small) < 0) smallImages.Add(OwnIcon(IDI_FILE));
 }
 
 // ---- Texts ----

@@ -8,7 +8,7 @@ namespace {
 // Where each object has a picture of its own, keeping them all would only fill the memory.
 constexpr std::size_t kMostIcons = 1000;
 
-CIcon IconOf(const ShellPicture& picture) {
+CIcon Decoded(const ShellPicture& picture) {
     return picture.png.empty() ? CIcon::FromPixels({picture.width, picture.height}, picture.pixels)
                                : CIcon::FromPng(picture.png);
 }
@@ -27,13 +27,16 @@ bool OpenByShell(HWND owner, const std::string& target) {
     return reinterpret_cast<std::uintptr_t>(result) > kLastFailure;
 }
 
-CIcon ShellIcons::Find(const std::string& path, ImageListKind kind) {
-    const ShellIconSize size = kind == ImageListKind::kNormal ? ShellIconSize::kLarge : ShellIconSize::kSmall;
-    const std::shared_ptr<const ShellPicture> picture = FindShellIcon(path.c_str(), size);
+ShellIcons::Pair ShellIcons::Find(const std::string& path) {
+    const ShellIcon icon = FindShellIcon(path.c_str());
+    return {IconOf(icon.large), IconOf(icon.small)};
+}
+
+CIcon ShellIcons::IconOf(const Picture& picture) {
     if (!picture) return {};
     if (icons.size() >= kMostIcons) icons.clear();
     const auto [entry, isNew] = icons.try_emplace(picture);
-    if (isNew) entry->second = IconOf(*picture);
+    if (isNew) entry->second = Decoded(*picture);
     return entry->second;
 }
 

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "framework/images.h"
-#include "framework/list_ctrl.h"
 #include "platform/shell_icons.h"
 
 namespace permora {
@@ -20,12 +19,18 @@ bool OpenByShell(HWND owner, const std::string& target);
 // The shell's icons. Objects of one kind share one, so that a long list costs little.
 class ShellIcons {
   public:
-    // Empty when the shell has none.
-    CIcon Find(const std::string& path, ImageListKind kind);
+    // Either is empty when the shell has none.
+    struct Pair {
+        CIcon large;
+        CIcon small;
+    };
+    Pair Find(const std::string& path);
 
   private:
-    // What was made of the shell's pictures, which live as long.
-    std::map<std::shared_ptr<const ShellPicture>, CIcon> icons;
+    using Picture = std::shared_ptr<const ShellPicture>;
+    CIcon IconOf(const Picture& picture);
+
+    std::map<Picture, CIcon> icons;  // what was made of the shell's pictures, which live as long
 };
 
 }  // namespace permora

@@ -11,11 +11,6 @@
 
 namespace permora {
 
-enum class ShellIconSize {
-    kSmall,  // 16 pixels
-    kLarge,  // 32 pixels
-};
-
 // A picture in one of two forms.
 struct ShellPicture {
     // A whole PNG file, from the desktop's icon theme: nothing in it was checked. Its size may differ a
@@ -27,8 +22,14 @@ struct ShellPicture {
     std::vector<std::uint8_t> pixels;
 };
 
-// The icon of the file or folder `path`; null when the desktop has none. Objects of one kind share one
-// picture, so a caller can keep what it made of it by its address.
-std::shared_ptr<const ShellPicture> FindShellIcon(LPCSTR path, ShellIconSize size);
+// Null where the desktop has none.
+struct ShellIcon {
+    std::shared_ptr<const ShellPicture> large;  // 32 pixels
+    std::shared_ptr<const ShellPicture> small;  // 16 pixels
+};
+
+// The icon of the file or folder `path`. Objects of one kind share their pictures, so a caller can keep what
+// it made of one by its address.
+ShellIcon FindShellIcon(LPCSTR path);
 
 }  // namespace permora

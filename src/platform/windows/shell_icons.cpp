@@ -69,15 +69,19 @@ std::shared_ptr<const ShellPicture> PictureOf(HICON icon) {
     return picture;
 }
 
-}  // namespace
-
-std::shared_ptr<const ShellPicture> FindShellIcon(LPCSTR path, ShellIconSize size) {
+// `size`: SHGFI_LARGEICON or SHGFI_SMALLICON.
+std::shared_ptr<const ShellPicture> IconOfSize(LPCSTR path, UINT size) {
     SHFILEINFOA info{};
-    const UINT flags =
-        SHGFI_ICON | (size == ShellIconSize::kSmall ? UINT{SHGFI_SMALLICON} : UINT{SHGFI_LARGEICON});
-    if (SHGetFileInfoA(path, 0, &info, sizeof info, flags) == 0 || info.hIcon == nullptr) return nullptr;
+    if (SHGetFileInfoA(path, 0, &info, sizeof info, SHGFI_ICON | size) == 0 || info.hIcon == nullptr)
+        return nullptr;
     const UniqueIcon icon(info.hIcon);
     return PictureOf(icon.get());
+}
+
+}  // namespace
+
+ShellIcon FindShellIcon(LPCSTR path) {
+    return {IconOfSize(path, SHGFI_LARGEICON), IconOfSize(path, SHGFI_SMALLICON)};
 }
 
 }  // namespace permora

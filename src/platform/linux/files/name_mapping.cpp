@@ -1,5 +1,7 @@
 #include "platform/linux/files/name_mapping.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "platform/linux/base/utf8.h"
@@ -16,10 +18,25 @@ constexpr bool IsEscape(char32_t codePoint) {
 }
 
 // Whether the code point stands for itself in a shown name, its place apart.
-bool IsPlain(char32_t codePoint) {
+constexpr bool IsPlain(char32_t codePoint) {
     constexpr std::u32string_view kReserved = U"\\:*?\"<>|";
     const bool isControl = codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
     return !isControl && !IsEscape(codePoint) && kReserved.find(codePoint) == kReserved.npos;
+}
+
+// Most names are: plain ASCII, for which both ways of the mapping do nothing. All others are looked at
+// longer.
+bool IsOrdinary(std::string_view name) {
+    constexpr auto kOrdinary = [] {
+        std::array<bool, 0x100> table{};
+        for (char32_t character = 0; character < 0x7F; ++character)
+            table.at(character) = character != U'/' && IsPlain(character);
+        return table;
+    }();
+    if (name.empty() || name.back() == '.' || name.back() == ' ') return false;
+    return std::all_of(name.begin(), name.end(), [&kOrdinary](char character) {
+        return kOrdinary.at(static_cast<unsigned char>(character));
+    });
 }
 
 void AppendEscaped(std::string_view bytes, std::string& name) {
@@ -50,6 +67,7 @@ bool Unescape(std::string_view name, std::string& bytes) {
 }  // namespace
 
 std::string EncodeName(std::string_view hostName) {
+    if (IsOrdinary(hostName)) return std::string(hostName);
     std::string name;
     name.reserve(hostName.size());
     for (std::size_t position = 0; position < hostName.size();) {
@@ -67,6 +85,10 @@ std::string EncodeName(std::string_view hostName) {
 }
 
 bool DecodeName(std::string_view name, std::string& hostName) {
+    if (IsOrdinary(name)) {
+        hostName = name;
+        return true;
+    }
     std::string decoded;
     if (!Unescape(name, decoded)) return false;
     if (decoded.empty() || decoded == "." || decoded == "..") return false;

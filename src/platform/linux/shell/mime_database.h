@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -37,20 +38,30 @@ class MimeDatabase {
     };
     struct Glob {
         std::string pattern;
+        std::string plainPart;  // what every name that matches has in it
         Rule rule;
     };
-    using Rules = std::unordered_map<std::string, Rule>;
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    };
+    using Rules = std::unordered_map<std::string, Rule, TextHash, std::equal_to<>>;
+    // The rules for names as they are, or for names in lower case.
+    struct Patterns {
+        Rules endings;  // what follows "*"
+        std::size_t longestEnding = 0;
+        std::vector<Glob> others;
+    };
 
     void ReadGlobs(const std::string& folder);
     void AddGlob(const std::string& pattern, bool isCaseSensitive, const Rule& rule);
     const Rule* FindLiteral(const std::string& name) const;
-    const Rule* FindPattern(const std::string& name, bool isCaseSensitive) const;
+    static const Rule* FindPattern(const Patterns& patterns, const std::string& name);
 
     std::vector<std::string> folders;
-    Rules literals;              // whole names, in lower case
-    Rules endings;               // what follows "*", in lower case
-    Rules caseSensitiveEndings;  // and as it is
-    std::vector<Glob> globs;     // all other patterns
+    Rules literals;  // whole names, in lower case
+    Patterns patterns;
+    Patterns caseSensitivePatterns;
     std::map<std::string, std::string> icons;
     std::map<std::string, std::string> genericIcons;
 };

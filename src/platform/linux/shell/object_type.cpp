@@ -11,12 +11,12 @@
 namespace permora::host {
 namespace {
 
-// The object itself, or what it leads to. A link that leads nowhere stays one.
-mode_t ModeBehind(const ResolvedObject& found, const std::string& hostName) {
+// Of what a link leads to; one that leads nowhere stays a link.
+mode_t ModeBehindLink(const char* path, const std::string& hostName, mode_t mode) {
+    ResolvedObject link;
+    if (ResolvePath(path, link) != ERROR_SUCCESS || !link.parent) return mode;
     struct stat target {};
-    const bool leadsSomewhere = found.object.IsLink() && found.parent &&
-                                fstatat(found.parent.Descriptor(), hostName.c_str(), &target, 0) == 0;
-    return leadsSomewhere ? target.st_mode : found.object.Status().st_mode;
+    return fstatat(link.parent.Descriptor(), hostName.c_str(), &target, 0) == 0 ? target.st_mode : mode;
 }
 
 std::string TypeOfFile(const std::string& hostName, mode_t mode) {
@@ -29,14 +29,15 @@ std::string TypeOfFile(const std::string& hostName, mode_t mode) {
 }  // namespace
 
 DWORD TypeOfObject(const char* path, std::string& type) {
-    ResolvedObject found;
-    const DWORD error = ResolvePath(path, found);
+    ObjectHandle object;
+    const DWORD error = OpenObject(path, object);
     if (error != ERROR_SUCCESS) return error;
     const std::string_view text = path;
     std::string hostName;
     // The root of a drive has no name; it is a folder.
     (void)DecodeName(text.substr(text.find_last_of("\\/:") + 1), hostName);
-    const mode_t mode = ModeBehind(found, hostName);
+    mode_t mode = object.Status().st_mode;
+    if (object.IsLink()) mode = ModeBehindLink(path, hostName, mode);
     switch (mode & S_IFMT) {
         case S_IFDIR:
             type = "inode/directory";

@@ -30,23 +30,26 @@ Picture ReadPng(const std::string& path) {
     return file ? picture : nullptr;
 }
 
-Picture LoadIcon(const std::string& type, ShellIconSize size) {
-    const int pixels = size == ShellIconSize::kSmall ? 16 : 32;
-    const std::vector<std::string> names = host::MimeDatabase::Shared().IconsOf(type);
+Picture FindPicture(const std::vector<std::string>& names, int pixels) {
     const std::string path = host::IconTheme::Shared().FindPng(names, pixels);
     return path.empty() ? nullptr : ReadPng(path);
 }
 
+ShellIcon LoadIcon(const std::string& type) {
+    const std::vector<std::string> names = host::MimeDatabase::Shared().IconsOf(type);
+    return {FindPicture(names, 32), FindPicture(names, 16)};
+}
+
 }  // namespace
 
-std::shared_ptr<const ShellPicture> FindShellIcon(LPCSTR path, ShellIconSize size) {
+ShellIcon FindShellIcon(LPCSTR path) {
     static std::mutex mutex;
-    static std::map<std::pair<std::string, ShellIconSize>, Picture> pictures;
+    static std::map<std::string, ShellIcon> icons;  // by type
     std::string type;
-    if (host::TypeOfObject(path, type) != ERROR_SUCCESS) return nullptr;
+    if (host::TypeOfObject(path, type) != ERROR_SUCCESS) return {};
     const std::lock_guard lock(mutex);
-    const auto [entry, isNew] = pictures.try_emplace({type, size});
-    if (isNew) entry->second = LoadIcon(type, size);
+    const auto [entry, isNew] = icons.try_emplace(type);
+    if (isNew) entry->second = LoadIcon(type);
     return entry->second;
 }
 

@@ -115,12 +115,14 @@ TEST_F(Shell, HasOneIconForAllObjectsOfAKind) {
     folder.MakeFolder("one");
     folder.MakeFolder("two");
     MakeFile("a.noted");
-    const auto icon = FindShellIcon("one", ShellIconSize::kSmall);
+    const auto icon = FindShellIcon("one").small;
     ASSERT_TRUE(icon);
     EXPECT_EQ(std::memcmp(icon->png.data(), "picture", icon->png.size()), 0);
-    EXPECT_EQ(FindShellIcon("two", ShellIconSize::kSmall), icon);
-    EXPECT_FALSE(FindShellIcon("a.noted", ShellIconSize::kSmall));
-    EXPECT_FALSE(FindShellIcon("missing", ShellIconSize::kSmall));
+    EXPECT_EQ(FindShellIcon("two").small, icon);
+    for (const char* none : {"a.noted", "missing"}) {
+        EXPECT_FALSE(FindShellIcon(none).small) << none;
+        EXPECT_FALSE(FindShellIcon(none).large) << none;
+    }
 }
 
 TEST_F(Shell, OpensFilesOfAnyNameWithTheDesktopsProgram) {
