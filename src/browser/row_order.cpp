@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "browser/list_presentation.h"
+#include "platform/api/text.h"
+#include "security/text_conversion.h"
 
 namespace permora {
 namespace {
@@ -21,11 +23,10 @@ RowOrder OrderByKey(const std::vector<std::string>& texts, Key (*keyOf)(const st
 }
 
 std::string UpperCased(const std::string& text) {
-    std::string upper = text;
-    std::ranges::transform(upper, upper.begin(), [](char letter) {
-        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-    });
-    return upper;
+    std::basic_string<WCHAR> wide;
+    AnsiToWide(text, wide);
+    CharUpperBuffW(wide.data(), static_cast<DWORD>(wide.size()));
+    return WideToAnsi(wide.c_str());
 }
 
 // The number at which `text` begins, which is then cut off; 0 when there is none.

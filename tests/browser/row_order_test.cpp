@@ -25,8 +25,8 @@ Texts Sorted(int column, const Texts& texts) {
 }
 
 TEST(RowOrder, NamesAreComparedByBytesWhateverTheirCase) {
-    EXPECT_THAT(Sorted(kNameColumn, {"é", "b", "B", "a", "_", "Z", "a1", ""}),
-                ElementsAre("", "a", "a1", "b", "B", "Z", "_", "é"));
+    EXPECT_THAT(Sorted(kNameColumn, {"я", "é", "b", "B", "a", "_", "Z", "а", "É", "a1", "𐐨", "Я", ""}),
+                ElementsAre("", "a", "a1", "b", "B", "Z", "_", "é", "É", "а", "я", "Я", "𐐨"));
 }
 
 TEST(RowOrder, SizesAreComparedByTheirNumbersAlone) {

@@ -2,6 +2,7 @@
 // own declarations on Linux and against the SDK on Windows, so that a wrong number or layout fails one of the
 // builds.
 #include <cstddef>
+#include <type_traits>
 
 #include "platform/api/account_enumeration.h"
 #include "platform/api/base.h"
@@ -175,6 +176,11 @@ static_assert(KEY_ENUMERATE_SUB_KEYS == 0x8 && KEY_READ == 0x20019 && KEY_WRITE 
 static_assert(REG_OPTION_NON_VOLATILE == 0 && REG_CREATED_NEW_KEY == 1 && REG_OPENED_EXISTING_KEY == 2);
 static_assert(REG_SZ == 1 && REG_EXPAND_SZ == 2 && REG_BINARY == 3 && REG_DWORD == 4 && REG_MULTI_SZ == 7);
 static_assert(sizeof(LSTATUS) == 4 && LSTATUS(-1) < 0 && sizeof(REGSAM) == 4);
+// The roots are handles, which no compiler compares; their numbers mean nothing outside the process.
+static_assert(std::is_same_v<std::decay_t<decltype(HKEY_CLASSES_ROOT)>, HKEY>);
+static_assert(std::is_same_v<std::decay_t<decltype(HKEY_CURRENT_USER)>, HKEY>);
+static_assert(std::is_same_v<std::decay_t<decltype(HKEY_LOCAL_MACHINE)>, HKEY>);
+static_assert(std::is_same_v<std::decay_t<decltype(HKEY_USERS)>, HKEY>);
 
 // threads.h
 static_assert(sizeof(SECURITY_ATTRIBUTES) == 3 * sizeof(void*));

@@ -1,4 +1,4 @@
-// Conversions between UTF-16 and the ANSI code page (UTF-8 on Linux).
+// Conversions between UTF-16 and the ANSI code page (UTF-8 on Linux), and letter case.
 #pragma once
 
 #include "platform/api/base.h"
@@ -17,6 +17,10 @@ int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wid
                                int ansiSize, LPCSTR defaultChar, LPBOOL usedDefaultChar);
 int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR ansi, int ansiCount, LPWSTR wide,
                                int wideSize);
+
+// Turns `count` units into capitals where they stand, and returns the number. Letters of all scripts that
+// are one unit and have a capital of one unit change, in every language of the user alike.
+DWORD WINAPI CharUpperBuffW(LPWSTR text, DWORD count);
 
 }  // extern "C"
 

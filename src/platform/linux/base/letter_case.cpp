@@ -1,0 +1,23 @@
+#include <locale.h>
+#include <cwctype>
+
+#include "platform/api/text.h"
+
+namespace {
+
+// The letters of all scripts, whatever language the user has chosen: names sort alike for everybody.
+locale_t AllLetters() {
+    static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return locale;
+}
+
+}  // namespace
+
+DWORD WINAPI CharUpperBuffW(LPWSTR text, DWORD count) {
+    const locale_t letters = AllLetters();
+    for (WCHAR* unit = text; unit != text + count; ++unit) {
+        const wint_t capital = letters != nullptr ? towupper_l(*unit, letters) : std::towupper(*unit);
+        if (capital <= 0xFFFF) *unit = static_cast<WCHAR>(capital);
+    }
+    return count;
+}
