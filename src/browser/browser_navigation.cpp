@@ -1,4 +1,6 @@
 // Moving between locations, and opening rows.
+#include <algorithm>
+
 #include "browser/browser_view.h"
 #include "browser/list_presentation.h"
 #include "browser/shell_items.h"
@@ -43,15 +45,32 @@ void BrowserView::RecordLocation() {
 }
 
 void BrowserView::RefreshList() {
-    if (currentFolder.empty()) {
-        if (!ListDrives()) ReportLastError();
+    const int focusedRow = list.GetFocusedRow();
+    const std::string focusedName = list.GetItemText(focusedRow, kNameColumn);
+    if (currentFolder.empty() ? ListDrives() : ListFolder(currentFolder)) {
+        FocusAgain(focusedName, focusedRow);
         return;
     }
-    if (ListFolder(currentFolder)) return;
+    if (currentFolder.empty()) {
+        ReportLastError();
+        return;
+    }
     const DWORD error = GetLastError();
     if (IsGone(currentFolder) && ShowNearestParent()) return;
     SetLastError(error);
     ReportLastError();
+}
+
+// The keyboard goes on at the row of that name, or where it was when there is none any more.
+void BrowserView::FocusAgain(const std::string& name, int row) {
+    if (row < 0) return;
+    const int count = list.GetItemCount();
+    for (int each = 0; each < count; ++each) {
+        if (list.GetItemText(each, kNameColumn) != name) continue;
+        list.SetFocusedRow(each);
+        return;
+    }
+    list.SetFocusedRow(std::min(row, count - 1));
 }
 
 bool BrowserView::ShowLocationAgain() {

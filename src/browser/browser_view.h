@@ -47,8 +47,8 @@ class BrowserView : public CWnd {
     // The process's current directory, full path.
     bool QueryCurrentDirectory(std::string& path) const;
 
-    // Shows the same location again. A folder that is gone leads to the nearest one above it that is not, and
-    // a message says so; any other failure is reported.
+    // Shows the same location again, with the focus on the row that had it. A folder that is gone leads to
+    // the nearest one above it that is not, and a message says so; any other failure is reported.
     void RefreshList();
 
     // ---- Selection ----
@@ -138,6 +138,7 @@ class BrowserView : public CWnd {
     void PaintStatusBar();
 
     // Navigation.
+    void FocusAgain(const std::string& name, int row);
     bool ShowLocationAgain();
     bool ShowNearestParent();
     void ShowDrives();

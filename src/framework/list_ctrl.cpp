@@ -163,6 +163,18 @@ void CListCtrl::SetSelectionMark(int row) {
     view->SetCursor({view->Rows().cursor.focus, mark, mark});
 }
 
+int CListCtrl::GetFocusedRow() const {
+    const NativeListView* view = NativeOf(*this);
+    return view != nullptr ? view->Rows().cursor.focus : -1;
+}
+
+void CListCtrl::SetFocusedRow(int row) {
+    NativeListView* view = NativeOf(*this);
+    if (view == nullptr || !view->Rows().Has(row)) return;
+    view->SetCursor({row, row, row});
+    view->EnsureVisible(row);
+}
+
 bool CListCtrl::GetCheck(int row) const {
     const NativeListView* view = NativeOf(*this);
     return view != nullptr && view->Rows().IsChecked(row);

@@ -38,6 +38,9 @@ TEST_F(Browser, KeysOpenLeaveAndFindRows) {
     Start(R"(T:\)");
     Press("A");
     EXPECT_EQ(view.list.GetSelectionMark(), Row("alpha"));
+    Press("F5");
+    EXPECT_EQ(view.list.GetSelectedCount(), 0);
+    EXPECT_EQ(view.list.GetFocusedRow(), Row("alpha"));
     Press("Return");
     EXPECT_EQ(view.currentFolder, R"(T:\alpha)");
     Window().DoubleClickRow(BrowserView::kListId, Row("inner"));

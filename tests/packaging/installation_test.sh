@@ -29,7 +29,8 @@ Fail() {
 }
 
 export HOME=$stage/home XDG_CONFIG_HOME=$stage/home/.config XDG_RUNTIME_DIR=$stage/run QT_QPA_PLATFORM=offscreen
-mkdir -m 700 -p "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR" "$stage/shown"
+mkdir -p "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR" "$stage/shown"
+chmod 700 "$XDG_RUNTIME_DIR"
 registry=$XDG_CONFIG_HOME/permora/registry.reg
 if [ "$(id -u)" = 0 ]; then
     cp -a /etc "$stage/etc"

@@ -2,7 +2,10 @@
 // "main-<light|dark>-<icons|details>.png". The folder shown comes first, as on the program's own command
 // line. The user's settings are neither read nor changed.
 #include <QApplication>
+#include <QEventLoop>
+#include <QTimer>
 #include <QWidget>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -16,6 +19,14 @@
 
 namespace permora {
 namespace {
+
+// Until the program waits for its user: it greys its commands then.
+void ServeEvents() {
+    constexpr std::chrono::milliseconds kLongEnough(100);
+    QEventLoop loop;
+    QTimer::singleShot(kLongEnough, &loop, &QEventLoop::quit);
+    loop.exec();
+}
 
 bool TakePicture(const QString& path) {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -39,7 +50,7 @@ bool TakePictures(const std::string& folder) {
         QApplication::setPalette(isDark ? DarkPalette() : light);
         for (const bool isReport : {false, true}) {
             frame.RunCommand(isReport ? ID_VIEW_DETAILS : ID_VIEW_ICONS);
-            QApplication::processEvents();
+            ServeEvents();
             const std::string name = std::string("main-") + (isDark ? "dark-" : "light-") +
                                      (isReport ? "details" : "icons") + ".png";
             allTaken = TakePicture(QString::fromStdString(folder + "/" + name)) && allTaken;
