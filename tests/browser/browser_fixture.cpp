@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 #include "platform/api/directory_search.h"
 #include "platform/api/errors.h"
 #include "platform/api/memory.h"
@@ -101,6 +103,7 @@ HANDLE __real_FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data);
 BOOL __real_FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data);
 HANDLE __real_HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize);
 LPVOID __real_HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes);
+HLOCAL __real_LocalAlloc(UINT flags, SIZE_T bytes);
 
 HANDLE __wrap_FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
     if (TheFaults().onSearch) TheFaults().onSearch();
@@ -121,6 +124,12 @@ HANDLE __wrap_HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize) 
 
 LPVOID __wrap_HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes) {
     return TakeHeapCall() ? __real_HeapAlloc(heap, flags, bytes) : nullptr;
+}
+
+HLOCAL __wrap_LocalAlloc(UINT flags, SIZE_T bytes) {
+    if (!std::exchange(TheFaults().nextBufferFails, false)) return __real_LocalAlloc(flags, bytes);
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
 }
 
 HINSTANCE __wrap_ShellExecuteA(HWND, LPCSTR operation, LPCSTR file, LPCSTR, LPCSTR, int) {

@@ -21,6 +21,7 @@ struct Faults {
     std::function<void()> onSearch;  // before each search of a folder
     int searchFailsAfter = -1;       // so many entries; -1: never
     int heapCallsLeft = -1;          // before there is no more memory; -1: no end
+    bool nextBufferFails = false;    // of the local heap
 };
 Faults& TheFaults();
 

@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "framework/clipboard.h"
+#include "framework/menu_items.h"
 #include "platform/message_presenter.h"
 #include "resources/resource_ids.h"
 #include "tests/browser/browser_fixture.h"
@@ -139,6 +139,52 @@ TEST_F(Browser, TheContextMenuDependsOnTheSelection) {
     EXPECT_THAT(frame.commands, ElementsAre(ID_DELETE));
 }
 
+TEST_F(Browser, TheContextMenuGreysWhatCannotBeDone) {
+    folder.MakeFile("file");
+    Start(R"(T:\)");
+    const auto greyed = [this](int row) {
+        view.RefreshList();
+        ui.ExpectMenu(0);
+        Window().RightClickRow(BrowserView::kListId, row);
+        std::vector<unsigned int> commands;
+        for (const MenuItem& item :
+             view.contextMenu.GetSubMenu(row == WindowDriver::kBesideRows ? 1 : 0).Shared()->entries) {
+            if (!item.enabled) commands.push_back(item.id);
+        }
+        return commands;
+    };
+    struct Case {
+        const char* where;
+        std::function<void()> goThere;
+        std::vector<unsigned int> onRow;
+        std::vector<unsigned int> besideRows;
+    };
+    const auto copy = [this] {
+        constexpr std::uint8_t kAny[] = {1};
+        EXPECT_TRUE(Clipboard(frame).SetData(view.clipboardFormat, kAny));
+    };
+    const Case kCases[] = {
+        {"a folder", [] {}, {ID_EDIT_PASTE}, {ID_EDIT_PASTE}},
+        {"a folder, with something copied", copy, {}, {}},
+        {"shares",
+         [this] { view.sharesMode = true; },
+         {ID_SECURE_DELETION, ID_WIZARD, ID_EDIT_CUT, ID_EDIT_COPY, ID_EDIT_PASTE, ID_RENAME, ID_ATTRIBUTES},
+         {ID_EDIT_PASTE}},
+        {"drives",
+         [this] {
+             view.sharesMode = false;
+             view.GoToRoot();
+         },
+         {ID_EDIT_CUT, ID_EDIT_COPY, ID_EDIT_PASTE, ID_DELETE, ID_RENAME, ID_ATTRIBUTES},
+         {ID_EDIT_PASTE}},
+    };
+    for (const Case& each : kCases) {
+        each.goThere();
+        EXPECT_EQ(greyed(0), each.onRow) << each.where;
+        EXPECT_EQ(greyed(WindowDriver::kBesideRows), each.besideRows) << each.where;
+    }
+}
+
 TEST_F(Browser, TheSelectionIsHandedOutFromTopToBottom) {
     for (const char* name : {"0", "1", "2", "3"})
         folder.MakeFile(name);
@@ -155,19 +201,45 @@ TEST_F(Browser, TheSelectionIsHandedOutFromTopToBottom) {
     EXPECT_EQ(view.selectionHeap, nullptr);
 }
 
-TEST_F(Browser, WithoutMemoryForTheSelectionTheProgramEnds) {
-    folder.MakeFile("file");
+TEST_F(Browser, WhatLeavesNoWayOnEndsTheProgram) {
+    folder.MakeFolder("sub");
     Start(R"(T:\)");
     view.SelectAll();
-    GTEST_FLAG_SET(death_test_style, "threadsafe");  // the toolkit has threads
     const auto select = [this](int heapCalls) {
-        SetMessagePresenter(nullptr);  // boxes go to standard error
         TheFaults().heapCallsLeft = heapCalls;
         view.GetSelectedNames();
     };
-    EXPECT_EXIT(select(0), ExitedWithCode(0), "Error: Cannot create heap");
-    EXPECT_EXIT(select(1), ExitedWithCode(0), "Error: Cannot allocate buffer");
-    EXPECT_EXIT(select(2), ExitedWithCode(0), "Error: Cannot allocate buffer");
+    const auto withoutBuffer = [this](const std::function<void()>& work) {
+        TheFaults().nextBufferFails = true;
+        work();
+    };
+    // No row can be shown any more.
+    const auto withoutList = [this](const std::function<void()>& work) {
+        view.list.DestroyWindow();
+        work();
+    };
+    CWnd notCreated;
+    BrowserView other;
+    const std::pair<const char*, std::function<void()>> kCases[] = {
+        {"Error: cannot initialize main window", [&] { other.Create(notCreated, 1, ""); }},
+        {"Error: Cannot create heap", [&] { select(0); }},
+        {"Error: Cannot allocate buffer", [&] { select(1); }},
+        {"Error: Cannot allocate buffer", [&] { select(2); }},
+        {"There is not enough memory", [&] { withoutBuffer([&] { view.ListDrives(); }); }},
+        {"There is not enough memory", [&] { withoutBuffer([&] { view.ListFolder("sub"); }); }},
+        {"Cannot get drive list", [&] { withoutList([&] { view.GoToRoot(); }); }},
+        {"Cannot get drive list", [&] { withoutList([&] { view.GoUp(); }); }},
+        {"Error: unknown error", [&] { withoutList([&] { view.OpenFolderRow("sub"); }); }},
+        {"Error: unknown error", [&] { withoutList([&] { view.GoToLocation("sub"); }); }},
+    };
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // the toolkit has threads
+    for (const auto& [text, work] : kCases) {
+        const auto fail = [&work = work] {
+            SetMessagePresenter(nullptr);  // boxes go to standard error
+            work();
+        };
+        EXPECT_EXIT(fail(), ExitedWithCode(0), text);
+    }
 }
 
 }  // namespace
