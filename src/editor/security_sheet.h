@@ -4,6 +4,8 @@
 #include <span>
 #include <string>
 
+#include "editor/effective_page.h"
+#include "editor/owner_page.h"
 #include "editor/permissions_page.h"
 #include "framework/property_sheet.h"
 
@@ -23,6 +25,8 @@ class CPSheet : public CPropertySheet {
 
   private:
     CPage1 permissionsPage;
+    CPage3 ownerPage;
+    CPage4 effectivePage;
 };
 
 }  // namespace permora

@@ -24,6 +24,7 @@
 #include "framework/styles.h"
 #include "framework/window_access.h"
 #include "resources/resource_ids.h"
+#include "security/access_rights.h"
 #include "tests/screenshots/dark_palette.h"
 #include "tests/support/dialog_templates.h"
 
@@ -42,9 +43,22 @@ void FillList(CListCtrl& list) {
     list.SetSelected(0, true);
 }
 
+// As the effective permissions page has it: marks to read.
+void FillRights(CListCtrl& list) {
+    list.SetExtendedStyle(ListStyle::kCheckBoxes);
+    list.EnableWindow(false);
+    for (const AccessRight& right : kAccessRights) {
+        const int row = list.GetItemCount();
+        list.InsertItem(row, right.listName);
+        list.SetCheck(row, (right.bits & ~FILE_GENERIC_READ) == 0);
+    }
+}
+
 void FillSamples(CWnd& window) {
     for (CWnd* child : WindowAccess::Children(window)) {
-        if (auto* list = dynamic_cast<CListCtrl*>(child)) FillList(*list);
+        if (auto* list = dynamic_cast<CListCtrl*>(child)) {
+            list->GetView() == ListView::kList ? FillRights(*list) : FillList(*list);
+        }
         if (auto* edit = dynamic_cast<CEdit*>(child)) edit->SetWindowText("BUILTIN\\Administrators");
         if (auto* combo = dynamic_cast<CComboBox*>(child)) {
             combo->AddString("This folder, subfolders and files");

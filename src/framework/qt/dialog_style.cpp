@@ -5,6 +5,7 @@
 #include <QStyleOptionFocusRect>
 #include <QVariant>
 #include <algorithm>
+#include <cstdlib>
 
 namespace permora::qt {
 namespace {
@@ -50,6 +51,24 @@ void DrawDarkOutline(QPainter& painter, const QStyleOption& option, bool isRound
     painter.restore();
 }
 
+// Gives disabled text a colour between that of text and its background, unless it has one that stands out
+// more.
+void MakeDisabledReadable(QPalette& palette, QPalette::ColorRole textRole, QPalette::ColorRole groundRole) {
+    constexpr qreal kTextShare = 0.55;
+    const QColor text = palette.color(QPalette::Active, textRole);
+    const QColor ground = palette.color(QPalette::Disabled, groundRole);
+    const auto mix = [](int one, int other) {
+        return static_cast<int>(one * kTextShare + other * (1 - kTextShare));
+    };
+    const QColor readable(mix(text.red(), ground.red()), mix(text.green(), ground.green()),
+                          mix(text.blue(), ground.blue()));
+    const auto distance = [&](const QColor& colour) {
+        return std::abs(colour.lightness() - ground.lightness());
+    };
+    if (distance(palette.color(QPalette::Disabled, textRole)) < distance(readable))
+        palette.setColor(QPalette::Disabled, textRole, readable);
+}
+
 void DrawGroupBox(QPainter& painter, const QStyle& style, const QStyleOptionGroupBox& box) {
     constexpr int kIndent = 9;
     constexpr int kGap = 3;
@@ -70,6 +89,13 @@ void DrawGroupBox(QPainter& painter, const QStyle& style, const QStyleOptionGrou
 }
 
 }  // namespace
+
+void DialogStyle::polish(QPalette& palette) {
+    QProxyStyle::polish(palette);
+    MakeDisabledReadable(palette, QPalette::WindowText, QPalette::Window);
+    MakeDisabledReadable(palette, QPalette::Text, QPalette::Base);
+    MakeDisabledReadable(palette, QPalette::ButtonText, QPalette::Button);
+}
 
 void DialogStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const {

@@ -1,0 +1,76 @@
+#include "editor/effective_page.h"
+
+#include "editor/account_picker.h"
+#include "platform/api/errors.h"
+#include "platform/api/messages.h"
+#include "resources/resource_ids.h"
+#include "security/effective_rights.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+
+const MessageMap& CPage4::GetMessageMap() const {
+    static const MessageMap kMap =
+        MakeMessageMap<CPage4>(CPropertyPage::GetMessageMap(),
+                               {
+                                   {IDC_CHANGE_EFFECTIVE_ACCOUNT, Notify::kClicked, &CPage4::OnChangeAccount},
+                               });
+    return kMap;
+}
+
+CPage4::CPage4() : CPropertyPage(IDD_EFFECTIVE_PERMISSIONS_PAGE, IDS_EFFECTIVE_PERMISSIONS_TAB) {}
+
+bool CPage4::OnInitDialog() {
+    CListCtrl& list = RightsList();
+    AccountField().EnableWindow(false);
+    list.SetExtendedStyle(ListStyle::kCheckBoxes);
+    list.EnableWindow(false);  // the marks are for reading
+    for (const AccessRight& right : kAccessRights)
+        list.InsertItem(list.GetItemCount(), right.listName);
+    return CPropertyPage::OnInitDialog();
+}
+
+void CPage4::OnChangeAccount() {
+    CDlgUsersAndGroups picker(this);
+    if (picker.DoModal() != IDOK) return;
+    account = picker.result;
+    AccountField().SetWindowText(AccountDisplayName(account));
+    ShowRights();
+}
+
+// Without an answer the marks stay as they were.
+void CPage4::ShowRights() {
+    if (objectName.empty()) return;
+    PACL dacl = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    DWORD error = GetNamedSecurityInfoA(objectName.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
+                                        nullptr, nullptr, &dacl, nullptr, &descriptor);
+    const UniqueLocal<void> owned(descriptor);
+    if (error == ERROR_SUCCESS && dacl == nullptr) {
+        ShowInfoBox(GetSafeHwnd(), "Object's access control list is null (All access is allowed always)");
+        return;
+    }
+    DWORD rights = 0;
+    if (error == ERROR_SUCCESS) error = FindEffectiveRights(dacl, account.sid.get(), rights);
+    if (error != ERROR_SUCCESS) {
+        ShowSystemErrorBox(GetSafeHwnd(), error);
+        return;
+    }
+    int row = 0;
+    for (const AccessRight& right : kAccessRights)
+        RightsList().SetCheck(row++, IsEffective(right, rights));
+}
+
+CListCtrl& CPage4::RightsList() const {
+    auto* list = GetDlgItem<CListCtrl>(IDC_EFFECTIVE_RIGHTS);
+    if (list == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
+    return *list;
+}
+
+CEdit& CPage4::AccountField() const {
+    auto* field = GetDlgItem<CEdit>(IDC_EFFECTIVE_ACCOUNT);
+    if (field == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
+    return *field;
+}
+
+}  // namespace permora

@@ -1,0 +1,33 @@
+// CPage4: which rights the first selected item's access list leaves to an account.
+#pragma once
+
+#include <string>
+
+#include "framework/list_ctrl.h"
+#include "framework/property_sheet.h"
+#include "security/account_record.h"
+
+namespace permora {
+
+class CPage4 : public CPropertyPage {
+  public:
+    CPage4();
+
+    // The item to look at, set before the sheet is shown; relative to the current directory.
+    std::string objectName;
+
+  protected:
+    bool OnInitDialog() override;
+    const MessageMap& GetMessageMap() const override;
+
+  private:
+    void OnChangeAccount();
+    void ShowRights();
+
+    CListCtrl& RightsList() const;
+    CEdit& AccountField() const;
+
+    AccountRecord account;  // the one chosen last
+};
+
+}  // namespace permora

@@ -1,0 +1,126 @@
+#include "editor/owner_page.h"
+
+#include <optional>
+#include <utility>
+
+#include "framework/wait_cursor.h"
+#include "platform/api/errors.h"
+#include "platform/tree_security.h"
+#include "resources/resource_ids.h"
+#include "security/message_boxes.h"
+#include "security/object_owner.h"
+#include "security/owner_candidates.h"
+
+namespace permora {
+namespace {
+
+constexpr int kColumnWidth = 500;
+
+// What cannot be changed inside a tree is left as it is.
+class QuietWalk : public TreeObserver {
+  public:
+    bool Begin(const char* /*name*/) override {
+        cursor.KeepAlive();
+        return true;
+    }
+    void PassOver(const std::string& /*path*/, DWORD /*error*/) override {}
+
+  private:
+    CWaitCursor cursor;
+};
+
+}  // namespace
+
+const MessageMap& CPage3::GetMessageMap() const {
+    static const MessageMap kMap =
+        MakeMessageMap<CPage3>(CPropertyPage::GetMessageMap(),
+                               {
+                                   {IDC_OWNER_CANDIDATES, Notify::kClick, &CPage3::OnCandidateClicked},
+                               });
+    return kMap;
+}
+
+CPage3::CPage3() : CPropertyPage(IDD_OWNER_PAGE, IDS_OWNER_TAB) {}
+
+bool CPage3::OnInitDialog() {
+    CListCtrl& list = CandidateList();
+    OwnerField().EnableWindow(false);
+    list.SetExtendedStyle(ListStyle::kFullRowSelect);
+    list.InsertColumn(0, "", kColumnWidth);
+    changed = false;
+    Fill();
+    return CPropertyPage::OnInitDialog();
+}
+
+// Where the candidates cannot be found, the list and the field keep what they show.
+void CPage3::Fill() {
+    std::optional<std::vector<AccountRecord>> found = FindOwnerCandidates(GetSafeHwnd());
+    if (!found) return;
+    candidates = std::move(*found);
+    CListCtrl& list = CandidateList();
+    list.DeleteAllItems();
+    for (AccountRecord& candidate : candidates)
+        list.InsertItem(list.GetItemCount(), AccountDisplayName(candidate));
+    if (!names.empty()) ShowOwner();
+}
+
+void CPage3::ShowOwner() {
+    AccountRecord found;
+    const DWORD error = ReadObjectOwner(names.front(), found);
+    if (error != ERROR_SUCCESS) {
+        ShowErrorWithSystemText(GetSafeHwnd(), "Cannot get owner information", error);
+        return;
+    }
+    OwnerField().SetWindowText(AccountDisplayName(found));
+}
+
+void CPage3::OnCandidateClicked() {
+    SetModified(true);
+    changed = true;
+}
+
+bool CPage3::OnApply() {
+    const int row = changed ? CandidateList().NextSelected(0) : -1;
+    changed = false;
+    // A copy: the candidates are read anew at the end.
+    if (row >= 0) Apply(AccountRecord(candidates[static_cast<std::size_t>(row)]).sid.get());
+    return CPropertyPage::OnApply();
+}
+
+void CPage3::Apply(PSID newOwner) {
+    for (const char* name : names) {
+        const DWORD error = WriteObjectOwner(name, newOwner);
+        if (error != ERROR_SUCCESS) ShowSystemErrorBox(GetSafeHwnd(), error);
+    }
+    if (TreeBox().IsChecked()) {
+        ApplyBelow(newOwner);
+        TreeBox().SetCheck(CheckState::kClear);
+    }
+    Fill();
+}
+
+// A file has nothing below it, and a folder that cannot be entered keeps its contents as they are.
+void CPage3::ApplyBelow(PSID newOwner) {
+    QuietWalk walk;
+    TreeCounts counts;
+    for (const char* name : names)
+        static_cast<void>(SetOwnersBelow(name, newOwner, walk, counts));
+}
+
+CListCtrl& CPage3::CandidateList() const {
+    auto* list = GetDlgItem<CListCtrl>(IDC_OWNER_CANDIDATES);
+    if (list == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
+    return *list;
+}
+
+CEdit& CPage3::OwnerField() const {
+    auto* field = GetDlgItem<CEdit>(IDC_OWNER_NAME);
+    if (field == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
+    return *field;
+}
+
+CButton& CPage3::TreeBox() const {
+    return *GetDlgItem<CButton>(IDC_REPLACE_CHILD_OWNERS);
+}
+
+}  // namespace permora

@@ -1,0 +1,42 @@
+// CPage3: the owner of the first selected item, and another one for all of them.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "framework/list_ctrl.h"
+#include "framework/property_sheet.h"
+#include "security/account_record.h"
+
+namespace permora {
+
+class CPage3 : public CPropertyPage {
+  public:
+    CPage3();
+
+    // Set before the sheet is shown. The names are borrowed while it runs and stand relative to the current
+    // directory.
+    std::span<const char* const> names;
+
+  protected:
+    bool OnInitDialog() override;
+    bool OnApply() override;
+    const MessageMap& GetMessageMap() const override;
+
+  private:
+    void OnCandidateClicked();
+
+    void Fill();
+    void ShowOwner();
+    void Apply(PSID newOwner);
+    void ApplyBelow(PSID newOwner);
+
+    CListCtrl& CandidateList() const;
+    CEdit& OwnerField() const;
+    CButton& TreeBox() const;
+
+    std::vector<AccountRecord> candidates;  // in the order of the rows
+    bool changed = false;                   // the list was clicked since the last apply
+};
+
+}  // namespace permora
