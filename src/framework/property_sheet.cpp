@@ -27,7 +27,7 @@ constexpr int kStay = -1;  // answer of OnWizardBack and OnWizardNext
 constexpr int kNoPage = -1;
 
 // Distances in dialog units, as the system's own dialogs keep them.
-constexpr int kMargin = 7;
+constexpr int kSheetMargin = 7;
 constexpr int kGap = 4;
 constexpr int kButtonWidth = 50;
 constexpr int kButtonHeight = 14;
@@ -206,7 +206,7 @@ Size CPropertySheet::State::LargestPage() const {
 }
 
 void CPropertySheet::State::Layout() {
-    const Size margin = UnitsToPixels(kMargin, kMargin);
+    const Size margin = UnitsToPixels(kSheetMargin, kSheetMargin);
     const Size button = UnitsToPixels(kButtonWidth, kButtonHeight);
     const Size page = LargestPage();
     Size client;
@@ -235,7 +235,7 @@ void CPropertySheet::State::Layout() {
 
 // In a row at the lower right.
 void CPropertySheet::State::PlaceButtons(const std::vector<unsigned int>& ids, Size client) {
-    const Size margin = UnitsToPixels(kMargin, kMargin);
+    const Size margin = UnitsToPixels(kSheetMargin, kSheetMargin);
     const Size button = UnitsToPixels(kButtonWidth, kButtonHeight);
     const int gap = UnitsToPixels(kGap, 0).cx;
     const int top = client.cy - margin.cy - button.cy;

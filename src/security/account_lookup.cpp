@@ -8,7 +8,7 @@
 namespace permora {
 namespace {
 
-constexpr DWORD kFirstNameSize = 256;
+constexpr DWORD kUsualNameSize = 256;
 
 UniqueLocal<char> ZeroedText(DWORD size) {
     return UniqueLocal<char>(static_cast<char*>(LocalAlloc(LPTR, size)));
@@ -44,8 +44,8 @@ DWORD LookupSidByName(LPCSTR name, UniqueLocal<void>& sid) {
 DWORD LookupNameBySid(PSID sid, UniqueLocal<char>& name, UniqueLocal<char>& domain, PSID_NAME_USE use) {
     name.reset();
     domain.reset();
-    DWORD nameSize = kFirstNameSize;
-    DWORD domainSize = kFirstNameSize;
+    DWORD nameSize = kUsualNameSize;
+    DWORD domainSize = kUsualNameSize;
     SID_NAME_USE foundUse = SidTypeInvalid;
     UniqueLocal<char> foundName;
     UniqueLocal<char> foundDomain;
@@ -57,13 +57,13 @@ DWORD LookupNameBySid(PSID sid, UniqueLocal<char>& name, UniqueLocal<char>& doma
     };
     if (!look()) {
         const DWORD error = GetLastError();
-        const bool tooSmall = nameSize > kFirstNameSize || domainSize > kFirstNameSize;
+        const bool tooSmall = nameSize > kUsualNameSize || domainSize > kUsualNameSize;
         if (!tooSmall) {
             return error;
         }
         // Of a text that did fit, the length without its NUL may have been reported.
-        nameSize = std::max(nameSize, kFirstNameSize);
-        domainSize = std::max(domainSize, kFirstNameSize);
+        nameSize = std::max(nameSize, kUsualNameSize);
+        domainSize = std::max(domainSize, kUsualNameSize);
         if (!look()) {
             return GetLastError();
         }

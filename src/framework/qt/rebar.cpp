@@ -13,7 +13,7 @@ namespace permora {
 namespace {
 
 constexpr int kGripperWidth = 8;
-constexpr int kMargin = 2;            // around a band
+constexpr int kBandMargin = 2;        // around a band
 constexpr int kLeastBandWidth = 100;  // with its gripper
 
 class ReBarWidget : public QWidget {
@@ -33,7 +33,7 @@ class ReBarWidget : public QWidget {
         for (const Band& band : bands) {
             if (IsShown(band)) height = std::max(height, SizeOf(band).height());
         }
-        return {kLeastBandWidth * static_cast<int>(bands.size()), height + 2 * kMargin + kLineHeight};
+        return {kLeastBandWidth * static_cast<int>(bands.size()), height + 2 * kBandMargin + kLineHeight};
     }
 
   protected:
@@ -65,10 +65,11 @@ class ReBarWidget : public QWidget {
         return band.bar->sizeHint().isValid() ? band.bar->sizeHint() : band.size;
     }
     static int WidthOf(const Band& band) {
-        return band.userWidth != 0 ? band.userWidth : kGripperWidth + SizeOf(band).width() + 2 * kMargin;
+        return band.userWidth != 0 ? band.userWidth : kGripperWidth + SizeOf(band).width() + 2 * kBandMargin;
     }
     QRect GripperOf(const Band& band) const {
-        return {band.left + kMargin, kMargin, kGripperWidth - kMargin, height() - 2 * kMargin - kLineHeight};
+        return {band.left + kBandMargin, kBandMargin, kGripperWidth - kBandMargin,
+                height() - 2 * kBandMargin - kLineHeight};
     }
     // The shown band whose left edge can be moved there; -1: none. The first one's cannot.
     qsizetype GripperAt(const QPoint& point) const;
@@ -100,8 +101,8 @@ void ReBarWidget::LayOut() {
         const int room = std::max(width() - left - RoomAfter(i), kLeastBandWidth);
         const int bandWidth = i == last ? room : std::min(WidthOf(band), room);
         const int bandHeight = SizeOf(band).height();
-        const int top = kMargin + (height() - 2 * kMargin - kLineHeight - bandHeight) / 2;
-        band.bar->setGeometry(left + kGripperWidth, top, bandWidth - kGripperWidth - kMargin, bandHeight);
+        const int top = kBandMargin + (height() - 2 * kBandMargin - kLineHeight - bandHeight) / 2;
+        band.bar->setGeometry(left + kGripperWidth, top, bandWidth - kGripperWidth - kBandMargin, bandHeight);
         left += bandWidth;
     }
     update();

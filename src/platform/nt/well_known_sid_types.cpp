@@ -15,20 +15,20 @@ struct Row {
     std::uint32_t id;
 };
 
-constexpr std::uint8_t kNt = 5;
+constexpr std::uint8_t kNtAuthorityByte = 5;
 constexpr std::uint32_t kBuiltinDomain = 32;
 
 constexpr Row Universal(std::uint8_t authority, std::uint32_t id) {
     return {Row::kOneSub, authority, id};
 }
 constexpr Row Nt(std::uint32_t id) {
-    return {Row::kOneSub, kNt, id};
+    return {Row::kOneSub, kNtAuthorityByte, id};
 }
 constexpr Row Alias(std::uint32_t id) {
-    return {Row::kBuiltinAlias, kNt, id};
+    return {Row::kBuiltinAlias, kNtAuthorityByte, id};
 }
 constexpr Row OfDomain(std::uint32_t id) {
-    return {Row::kOfDomain, kNt, id};
+    return {Row::kOfDomain, kNtAuthorityByte, id};
 }
 
 // By type. The comments give the number of the line's first one.
@@ -36,7 +36,7 @@ constexpr Row OfDomain(std::uint32_t id) {
 constexpr Row kRows[] = {
     Universal(0, 0), Universal(1, 0), Universal(2, 0),                                       // 0: null, world, local
     Universal(3, 0), Universal(3, 1), Universal(3, 2), Universal(3, 3),                      // 3: creators
-    {Row::kAuthorityAlone, kNt, 0},                                                          // 7: the NT authority
+    {Row::kAuthorityAlone, kNtAuthorityByte, 0},                                                          // 7: the NT authority
     Nt(1), Nt(2), Nt(3), Nt(4), Nt(6), Nt(7), Nt(8), Nt(9), Nt(10), Nt(11), Nt(12), Nt(13),  // 8: dial-up to terminal server
     Nt(14), Nt(5), Nt(18), Nt(19), Nt(20), Nt(kBuiltinDomain),                               // 20: remote log-on, log-on ids, system, services, built-in
     Alias(544), Alias(545), Alias(546), Alias(547), Alias(548), Alias(549),                  // 26: Administrators to Server Operators

@@ -5,7 +5,7 @@ namespace {
 
 // Numbers: Microsoft Learn, "Network Management Error Codes".
 // clang-format off
-constexpr Message kMessages[] = {
+constexpr Message kNetworkMessages[] = {
     {2102, "The network is not started on this computer"},
     {2103, "The server cannot be found"},
     {2105, "The network has no resource left for this"},
@@ -145,7 +145,7 @@ constexpr Message kMessages[] = {
 }  // namespace
 
 std::span<const Message> NetworkMessages() {
-    return kMessages;
+    return kNetworkMessages;
 }
 
 }  // namespace permora::host

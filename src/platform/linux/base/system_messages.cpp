@@ -5,7 +5,7 @@ namespace {
 
 // Numbers: Microsoft Learn, "System Error Codes".
 // clang-format off
-constexpr Message kMessages[] = {
+constexpr Message kSystemMessages[] = {
     {0,    "The operation succeeded"},
     {1,    "The object or device cannot do what was asked of it"},
     {6,    "The handle does not belong to an open object"},
@@ -173,7 +173,7 @@ constexpr Message kMessages[] = {
 }  // namespace
 
 std::span<const Message> SystemMessages() {
-    return kMessages;
+    return kSystemMessages;
 }
 
 }  // namespace permora::host

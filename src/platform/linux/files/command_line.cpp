@@ -13,7 +13,7 @@
 namespace permora::host {
 namespace {
 
-std::string Quoted(const std::string& text) {
+std::string QuotedArgument(const std::string& text) {
     std::string quoted = "\"";
     for (const char character : text) {
         if (character == '"') quoted += '\\';
@@ -36,11 +36,11 @@ std::string CurrentCommandLine() {
 }  // namespace
 
 std::string CommandLineOf(const std::string& program, const std::vector<std::string>& arguments) {
-    std::string line = Quoted(PathFromHost(program));
+    std::string line = QuotedArgument(PathFromHost(program));
     for (const std::string& argument : arguments) {
         // A shown path has no double quotes.
         const bool isPath = !argument.empty() && argument.front() != '-';
-        line += ' ' + Quoted(isPath ? PathFromArgument(argument.c_str()) : argument);
+        line += ' ' + QuotedArgument(isPath ? PathFromArgument(argument.c_str()) : argument);
     }
     return line;
 }

@@ -26,7 +26,7 @@ struct StartingPlace {
 };
 
 // Opens a folder, following links.
-DWORD OpenFolder(int base, const char* hostPath, ObjectHandle& folder) {
+DWORD OpenFolderAt(int base, const char* hostPath, ObjectHandle& folder) {
     UniqueFd opened(openat(base, hostPath, O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!opened) return ErrorFromErrno(errno);
     return ObjectHandle::Adopt(std::move(opened), folder);
@@ -45,16 +45,16 @@ DWORD OpenDriveRoot(char letter, StartingPlace& start) {
     const std::optional<DriveRoot> drive = FindDrive(letter);
     if (!drive) return ERROR_PATH_NOT_FOUND;
     start.isDriveRoot = true;
-    return ErrorOnTheWay(OpenFolder(AT_FDCWD, drive->hostRoot.c_str(), start.folder));
+    return ErrorOnTheWay(OpenFolderAt(AT_FDCWD, drive->hostRoot.c_str(), start.folder));
 }
 
 // Goes up from the current directory by the folders that really hold it, but never out of its drive.
 DWORD OpenAboveCurrent(std::size_t ascents, const DriveRoot& drive, StartingPlace& start) {
     ObjectHandle root;
-    DWORD error = OpenFolder(AT_FDCWD, drive.hostRoot.c_str(), root);
-    if (error == ERROR_SUCCESS) error = OpenFolder(AT_FDCWD, ".", start.folder);
+    DWORD error = OpenFolderAt(AT_FDCWD, drive.hostRoot.c_str(), root);
+    if (error == ERROR_SUCCESS) error = OpenFolderAt(AT_FDCWD, ".", start.folder);
     for (; error == ERROR_SUCCESS && ascents > 0 && !IsSameObject(start.folder, root); --ascents) {
-        error = OpenFolder(start.folder.Descriptor(), "..", start.folder);
+        error = OpenFolderAt(start.folder.Descriptor(), "..", start.folder);
     }
     start.isDriveRoot = error == ERROR_SUCCESS && IsSameObject(start.folder, root);
     return ErrorOnTheWay(error);
@@ -69,7 +69,7 @@ bool StartsInOpenFolder(const PathText& text) {
 DWORD OpenStart(const PathText& text, StartingPlace& start) {
     const bool isRooted = text.start == PathText::Start::kRoot;
     if (isRooted && text.drive != 0) return OpenDriveRoot(text.drive, start);
-    if (StartsInOpenFolder(text)) return OpenFolder(AT_FDCWD, ".", start.folder);
+    if (StartsInOpenFolder(text)) return OpenFolderAt(AT_FDCWD, ".", start.folder);
     std::string currentPath;
     const DWORD error = CurrentHostPath(currentPath);
     if (error != ERROR_SUCCESS) return error;
@@ -84,14 +84,14 @@ DWORD Follow(const PathText& text, ObjectHandle folder, ResolvedObject& found) {
     std::string hostName;
     for (std::size_t i = 0; i + 1 < text.components.size(); ++i) {
         if (!DecodeName(text.components[i], hostName)) return ERROR_INVALID_NAME;
-        const DWORD error = OpenFolder(folder.Descriptor(), hostName.c_str(), folder);
+        const DWORD error = OpenFolderAt(folder.Descriptor(), hostName.c_str(), folder);
         if (error != ERROR_SUCCESS) return ErrorOnTheWay(error);
     }
     if (!DecodeName(text.components.back(), hostName)) return ERROR_INVALID_NAME;
     if (text.endsWithSeparator) {
         // It may have been a link: its target is held by another folder than `folder`.
-        const DWORD error = OpenFolder(folder.Descriptor(), hostName.c_str(), found.object);
-        return error == ERROR_SUCCESS ? OpenFolder(found.object.Descriptor(), "..", found.parent) : error;
+        const DWORD error = OpenFolderAt(folder.Descriptor(), hostName.c_str(), found.object);
+        return error == ERROR_SUCCESS ? OpenFolderAt(found.object.Descriptor(), "..", found.parent) : error;
     }
     const DWORD error = ObjectHandle::OpenAt(folder.Descriptor(), hostName.c_str(), found.object);
     found.parent = std::move(folder);
@@ -140,7 +140,7 @@ DWORD ResolvePath(const char* path, ResolvedObject& resolved) {
         error = Follow(text, std::move(start.folder), found);
     } else {
         found.object = std::move(start.folder);
-        if (!start.isDriveRoot) error = OpenFolder(found.object.Descriptor(), "..", found.parent);
+        if (!start.isDriveRoot) error = OpenFolderAt(found.object.Descriptor(), "..", found.parent);
     }
     if (error != ERROR_SUCCESS) return error;
     if (found.parent && IsVolumeRoot(found)) found.parent = ObjectHandle();

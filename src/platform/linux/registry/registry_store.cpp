@@ -40,7 +40,7 @@ DWORD OpenOwn(int folder, const char* name, int flags, UniqueFd& file) {
     return ERROR_SUCCESS;
 }
 
-DWORD OpenFolder(const std::string& path, UniqueFd& folder) {
+DWORD OpenStoreFolder(const std::string& path, UniqueFd& folder) {
     if (path.empty()) return ERROR_PATH_NOT_FOUND;
     return OpenOwn(AT_FDCWD, path.c_str(), O_RDONLY | O_DIRECTORY, folder);
 }
@@ -133,7 +133,7 @@ DWORD ReplaceText(int folder, std::string_view text, mode_t mode) {
 
 DWORD RegistryStore::Read(RegistryDocument& document) const {
     UniqueFd folder;
-    const DWORD error = OpenFolder(path, folder);
+    const DWORD error = OpenStoreFolder(path, folder);
     if (error == ERROR_FILE_NOT_FOUND) {
         document = RegistryDocument();
         return ERROR_SUCCESS;
@@ -148,7 +148,7 @@ DWORD RegistryStore::Change(const std::function<DWORD(RegistryDocument&)>& chang
     std::string before;
     RegistryDocument document;
     DWORD error = MakeFolder(path, audience);
-    if (error == ERROR_SUCCESS) error = OpenFolder(path, folder);
+    if (error == ERROR_SUCCESS) error = OpenStoreFolder(path, folder);
     if (error == ERROR_SUCCESS) error = TakeLock(folder.Get(), lock);
     if (error == ERROR_SUCCESS) error = ReadDocument(folder.Get(), before, document);
     if (error == ERROR_SUCCESS) error = change(document);

@@ -9,7 +9,7 @@
 
 namespace {
 
-using permora::host::ClaimedLength;
+using permora::host::ClaimedBytes;
 using permora::host::DescriptorView;
 using permora::host::Fail;
 
@@ -23,8 +23,8 @@ struct Parts {
 };
 
 Parts PartsOf(const DescriptorView& view) {
-    return {{view.sacl, ClaimedLength(view.sacl)},
-            {view.dacl, ClaimedLength(view.dacl)},
+    return {{view.sacl, static_cast<DWORD>(ClaimedBytes(view.sacl).size())},
+            {view.dacl, static_cast<DWORD>(ClaimedBytes(view.dacl).size())},
             {view.owner, GetLengthSid(view.owner)},
             {view.group, GetLengthSid(view.group)}};
 }

@@ -54,9 +54,9 @@ std::optional<DescriptorView> DescriptorView::Of(PSECURITY_DESCRIPTOR descriptor
     return view;
 }
 
-DWORD ClaimedLength(PACL acl) {
-    if (acl == nullptr) return 0;
-    return ReadHeader<ACL>(acl).AclSize;
+std::span<const BYTE> ClaimedBytes(PACL acl) {
+    if (acl == nullptr) return {};
+    return {reinterpret_cast<const BYTE*>(acl), ReadHeader<ACL>(acl).AclSize};
 }
 
 std::optional<nt::Sid> SidOf(PSID sid) {
@@ -66,7 +66,7 @@ std::optional<nt::Sid> SidOf(PSID sid) {
 
 std::optional<nt::Acl> EntriesOf(PACL acl) {
     if (IsValidAcl(acl) == FALSE) return std::nullopt;
-    return nt::Acl::FromBytes({reinterpret_cast<const BYTE*>(acl), ClaimedLength(acl)});
+    return nt::Acl::FromBytes(ClaimedBytes(acl));
 }
 
 }  // namespace permora::host

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 
 #include "platform/api/security.h"
 #include "platform/nt/acl.h"
@@ -25,8 +26,8 @@ struct DescriptorView {
     static std::optional<DescriptorView> Of(PSECURITY_DESCRIPTOR descriptor);
 };
 
-// The size in bytes that a list's header claims; 0 for no list.
-DWORD ClaimedLength(PACL acl);
+// The bytes that a list's header claims, unchecked and lent by the list; none for no list.
+std::span<const BYTE> ClaimedBytes(PACL acl);
 
 // Copies of what a caller hands over, checked whole; nothing when it is null or not valid.
 std::optional<nt::Sid> SidOf(PSID sid);

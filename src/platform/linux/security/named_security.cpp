@@ -20,6 +20,7 @@
 namespace {
 
 using permora::UniqueLocal;
+using permora::host::ClaimedBytes;
 using permora::host::DescriptorStore;
 using permora::host::DescriptorView;
 using permora::host::ResolvedObject;
@@ -102,8 +103,8 @@ DWORD TakeChange(SECURITY_INFORMATION information, PSID owner, PSID group, PACL 
     }
     if (change.Has(SACL_SECURITY_INFORMATION) && sacl != nullptr) {
         if (!IsValidAcl(sacl)) return ERROR_INVALID_ACL;
-        const auto* bytes = reinterpret_cast<const std::uint8_t*>(sacl);
-        change.sacl.assign(bytes, bytes + host::ClaimedLength(sacl));
+        const auto bytes = ClaimedBytes(sacl);
+        change.sacl.assign(bytes.begin(), bytes.end());
     }
     return ERROR_SUCCESS;
 }

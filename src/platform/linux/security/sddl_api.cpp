@@ -17,7 +17,7 @@
 
 namespace {
 
-using permora::host::ClaimedLength;
+using permora::host::ClaimedBytes;
 using permora::host::DescriptorView;
 using permora::host::Fail;
 using permora::nt::Acl;
@@ -40,10 +40,6 @@ std::optional<Sid> SidValue(PSID sid) {
     return Sid::FromBytes({static_cast<const BYTE*>(sid), GetLengthSid(sid)});
 }
 
-std::span<const BYTE> BytesOf(PACL acl) {
-    return {reinterpret_cast<const BYTE*>(acl), ClaimedLength(acl)};
-}
-
 // The value of a descriptor in either form; nothing when it is not valid.
 std::optional<SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descriptor) {
     if (!IsValidSecurityDescriptor(descriptor)) return std::nullopt;
@@ -57,12 +53,12 @@ std::optional<SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descripto
     value.group = SidValue(view->group);
     if ((view->control & SE_DACL_PRESENT) != 0) value.daclState = DaclState::kNull;
     if (view->dacl != nullptr) {
-        auto dacl = Acl::FromBytes(BytesOf(view->dacl));
+        auto dacl = Acl::FromBytes(ClaimedBytes(view->dacl));
         if (!dacl) return std::nullopt;
         value.daclState = DaclState::kList;
         value.dacl = std::move(*dacl);
     }
-    const auto sacl = BytesOf(view->sacl);
+    const auto sacl = ClaimedBytes(view->sacl);
     value.saclBytes.assign(sacl.begin(), sacl.end());
     return value;
 }
