@@ -34,7 +34,7 @@ using UniqueHeap = std::unique_ptr<void, HeapDestroyCloser>;
 struct CloseHandleCloser {
     void operator()(void* handle) const { CloseHandle(handle); }
 };
-// A thread or a token. Null: none.
+// A thread, a token or a file. Null: none.
 using UniqueHandle = std::unique_ptr<void, CloseHandleCloser>;
 
 struct LsaCloser {

@@ -28,6 +28,7 @@ using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
 using ULONG = std::uint32_t;
 using LONG = std::int32_t;
+using LONGLONG = std::int64_t;
 using ULONGLONG = std::uint64_t;
 using UINT = unsigned int;
 using WCHAR = char16_t;  // UTF-16, as on Windows; wchar_t has four bytes here
@@ -69,6 +70,15 @@ union ULARGE_INTEGER {
     ULONGLONG QuadPart;
 };
 using PULARGE_INTEGER = ULARGE_INTEGER*;
+
+union LARGE_INTEGER {
+    struct {
+        DWORD LowPart;
+        LONG HighPart;
+    } u;
+    LONGLONG QuadPart;
+};
+using PLARGE_INTEGER = LARGE_INTEGER*;
 
 extern "C" {
 

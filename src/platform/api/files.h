@@ -42,6 +42,9 @@ inline constexpr UINT DRIVE_CDROM       = 5;
 inline constexpr UINT DRIVE_RAMDISK     = 6;
 // clang-format on
 
+struct OVERLAPPED;
+using LPOVERLAPPED = OVERLAPPED*;
+
 extern "C" {
 
 // FILE_ATTRIBUTE_ flags of the object itself, or INVALID_FILE_ATTRIBUTES with the last error set.
@@ -79,6 +82,16 @@ BOOL WINAPI GetDiskFreeSpaceExA(LPCSTR path, PULARGE_INTEGER availableToCaller, 
 DWORD WINAPI GetLogicalDriveStringsA(DWORD size, LPSTR buffer);
 // DRIVE_ type of a root path ("C:\"); null means the current directory's drive.
 UINT WINAPI GetDriveTypeA(LPCSTR root);
+
+// Of a file that platform/folder_files.h opened; one thread at a time. `size` in bytes.
+BOOL WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
+// Writes after what was written last, from the file's beginning on; the file grows as needed. The bytes are
+// gathered into larger runs, so an error may be told by a later call, by FlushFileBuffers at the latest.
+// `overlapped` must be null (ERROR_INVALID_PARAMETER).
+BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped);
+// Returns when all that was written is on the disk, or tells why it is not. Closing the file does neither:
+// what was not flushed is lost.
+BOOL WINAPI FlushFileBuffers(HANDLE file);
 
 }  // extern "C"
 

@@ -40,6 +40,8 @@ static_assert(sizeof(HANDLE) == sizeof(void*) && sizeof(HMODULE) == sizeof(void*
 static_assert(TRUE == 1 && FALSE == 0);
 static_assert(sizeof(ULONGLONG) == 8 && ULONGLONG(-1) > 0);
 static_assert(sizeof(ULARGE_INTEGER) == 8 && offsetof(ULARGE_INTEGER, QuadPart) == 0);
+static_assert(sizeof(LONGLONG) == 8 && LONGLONG(-1) < 0);
+static_assert(sizeof(LARGE_INTEGER) == 8 && offsetof(LARGE_INTEGER, QuadPart) == 0 && LARGE_INTEGER{.QuadPart = -1}.QuadPart < 0);
 static_assert(offsetof(ULARGE_INTEGER, u.LowPart) == 0 && offsetof(ULARGE_INTEGER, u.HighPart) == 4);
 
 // errors.h

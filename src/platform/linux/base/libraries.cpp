@@ -5,6 +5,7 @@
 
 #include "platform/api/account_enumeration.h"
 #include "platform/api/errors.h"
+#include "platform/api/files.h"
 #include "platform/api/security.h"
 #include "platform/linux/base/ascii.h"
 #include "platform/linux/base/failure.h"
@@ -48,9 +49,12 @@ std::span<Library> Libraries() {
         {"AddAccessDeniedAceEx", AddressOf(AddAccessDeniedAceEx)},
         {"CreateWellKnownSid", AddressOf(CreateWellKnownSid)},
     };
+    static const Function kernelFunctions[] = {
+        {"GetFileSizeEx", AddressOf(GetFileSizeEx)},
+    };
     static Library libraries[] = {
         {"advapi32", securityFunctions, {}},
-        {"kernel32", {}, {}},
+        {"kernel32", kernelFunctions, {}},
         {"netmsg", {}, NetworkMessages()},
     };
     return libraries;

@@ -1,10 +1,6 @@
 #include "platform/linux/files/tree_walk.h"
 
 #include <fcntl.h>
-#include <linux/openat2.h>
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <memory>
@@ -15,6 +11,7 @@
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/files/folder_listing.h"
+#include "platform/linux/files/unmounted_entry.h"
 
 namespace permora::host {
 
@@ -27,25 +24,6 @@ struct WalkedFolder {
     FolderListing listing;
     std::string name;
 };
-
-// Opens an entry of a folder unless something is mounted on it. EXDEV: something is.
-int OpenUnmountedEntry(int folder, const char* name, UniqueFd& opened) {
-    open_how how{};
-    how.flags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
-    how.resolve = RESOLVE_NO_XDEV;
-    const long descriptor = syscall(SYS_openat2, folder, name, &how, sizeof how);
-    if (descriptor < 0) return errno;
-    opened.Reset(static_cast<int>(descriptor));
-    return 0;
-}
-
-// A thousand descriptors is the usual limit, tens of thousands are usually allowed to who asks.
-void RaiseDescriptorLimit() {
-    rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == limit.rlim_max) return;
-    limit.rlim_cur = limit.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &limit);
-}
 
 class TreeWalk {
   public:
@@ -83,7 +61,7 @@ class TreeWalk {
     void VisitEntry(const char* name) {
         const std::size_t depth = open.size() - 1;
         UniqueFd opened;
-        const int problem = OpenUnmountedEntry(open.back()->listing.Descriptor(), name, opened);
+        const int problem = OpenUnmountedEntry(open.back()->listing.Descriptor(), name, O_PATH, opened);
         if (problem == ENOENT) return;
         ObjectHandle object;
         const DWORD error =

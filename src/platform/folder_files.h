@@ -1,0 +1,87 @@
+// Work on what is in a folder that is held open: a service of our own beside the system's.
+//
+// The system's calls take paths, and every path is resolved anew. Who destroys files in folders that others
+// can write must not: a folder that was swapped for a link between two calls would lead the second one into
+// another tree. Here a folder is opened once, and everything in it is reached by its bare name through that
+// handle. The current directory stays what it is.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/api/base.h"
+#include "platform/resources.h"
+
+namespace permora {
+
+enum class FolderEntryKind {
+    kFile,
+    kFolder,
+    kOther,  // what has no contents of its own: a link to a file or folder, a device, a pipe
+};
+
+struct FolderEntry {
+    std::string name;
+    FolderEntryKind kind = FolderEntryKind::kFile;
+};
+
+// Why zeros that are written into a file may not replace its contents on the disk.
+enum class OverwriteObstacle {
+    kSeveralNames,       // further hard links: they stay, and lead to the overwritten contents
+    kCopyOnWriteVolume,  // the file system writes to a fresh place and keeps the old one
+    kCompressed,
+    kEncrypted,
+    kSparse,
+    kNamedStreams,  // the driver of the volume moves named streams when it writes them
+};
+
+// Names are 8-bit texts in the ANSI code page, bare: no separators, neither "." nor "..". All calls answer
+// with 0 or a system error code, and a failed one leaves its outputs untouched. One thread at a time.
+class FolderHandle {
+  public:
+    FolderHandle();
+    FolderHandle(FolderHandle&& other) noexcept;
+    FolderHandle& operator=(FolderHandle&& other) noexcept;
+    ~FolderHandle();
+
+    // The current directory, to reach what is in it. It cannot be listed.
+    static DWORD OpenCurrent(FolderHandle& folder);
+
+    // A folder in this one, to be listed: never through a link (ERROR_CANT_RESOLVE_FILENAME or
+    // ERROR_DIRECTORY), and never what is mounted there (ERROR_NOT_SAME_DEVICE). On Linux each open folder
+    // takes a descriptor, and the limit on them is raised as far as it may.
+    DWORD OpenFolder(const std::string& name, FolderHandle& folder) const;
+
+    // The next entry in the order of the file system, "." and ".." left out. ERROR_NO_MORE_FILES at the end.
+    // What is deleted or made meanwhile is listed or not.
+    DWORD NextEntry(FolderEntry& entry);
+
+    DWORD KindOf(const std::string& name, FolderEntryKind& kind) const;
+
+    // Of the volume that holds the folder.
+    DWORD BytesPerSector(DWORD& bytes) const;
+
+    // A file, or one of its streams ("name:stream"), to be overwritten with WriteFile from its beginning and
+    // closed by the caller. Nobody else may have it open, nor open it until it is closed
+    // (ERROR_SHARING_VIOLATION); on Linux this is the kernel's write lease, and where a file system has none
+    // a lock among those who ask for locks. Read-only files are refused (ERROR_ACCESS_DENIED), also to root.
+    DWORD OpenForOverwriting(const std::string& name, UniqueHandle& file) const;
+
+    // The streams of a file beside its contents, as names for OpenForOverwriting. Only NTFS has any.
+    DWORD ListNamedStreams(const std::string& name, std::vector<std::string>& streams) const;
+
+    // What is known to keep a file from being overwritten in place; `obstacles` is empty when nothing is.
+    DWORD FindObstacles(const std::string& name, std::vector<OverwriteObstacle>& obstacles) const;
+
+    // Removes a file, or the link or device itself.
+    DWORD RemoveFile(const std::string& name) const;
+    // Removes an empty folder (ERROR_DIR_NOT_EMPTY). A read-only one is refused (ERROR_ACCESS_DENIED).
+    DWORD RemoveFolder(const std::string& name) const;
+
+  private:
+    struct Inside;
+    std::unique_ptr<Inside> inside;  // null: no folder
+};
+
+}  // namespace permora

@@ -1,0 +1,121 @@
+#include "platform/linux/files/named_streams.h"
+
+#include <fcntl.h>
+#include <sys/xattr.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <utility>
+
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/descriptor_path.h"
+#include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/files/unmounted_entry.h"
+
+namespace permora::host {
+namespace {
+
+constexpr const char* kListAttribute = "ntfs.streams.list";
+constexpr std::string_view kAttributePrefix = "user.";
+
+// Replaced at the flush, by a value of the length that it had. Through the held object and not through a
+// descriptor of its own: who has a write lease on a file cannot open it once more.
+class StreamAttribute : public OverwrittenFile {
+  public:
+    StreamAttribute(ObjectHandle held, std::string attributeName, std::size_t length)
+        : file(std::move(held)), name(std::move(attributeName)), size(length) {}
+
+    DWORD Size(LONGLONG& bytes) const override {
+        bytes = static_cast<LONGLONG>(size);
+        return ERROR_SUCCESS;
+    }
+
+    DWORD Write(std::span<const std::uint8_t> bytes) override {
+        const auto taken = bytes.first(std::min(size - value.size(), bytes.size()));
+        value.insert(value.end(), taken.begin(), taken.end());
+        return ERROR_SUCCESS;
+    }
+
+    DWORD Flush() override {
+        if (value.size() < size || size == 0) return ERROR_SUCCESS;
+        const int error = WriteExtendedAttribute(file, name.c_str(), value);
+        return error == 0 ? ERROR_SUCCESS : ErrorFromErrno(error);
+    }
+
+  private:
+    ObjectHandle file;
+    std::string name;
+    std::size_t size;
+    std::vector<std::uint8_t> value;
+};
+
+// The texts of a list in which each ends with a NUL.
+std::vector<std::string> SplitList(const std::vector<std::uint8_t>& list) {
+    std::vector<std::string> texts;
+    for (auto start = list.begin(); start != list.end();) {
+        const auto end = std::find(start, list.end(), std::uint8_t{0});
+        if (end != start) texts.emplace_back(start, end);
+        start = end == list.end() ? end : end + 1;
+    }
+    return texts;
+}
+
+DWORD ReadAttributeNames(const ObjectHandle& file, std::vector<std::string>& names) {
+    std::vector<std::uint8_t> list(XATTR_LIST_MAX);
+    const ssize_t length = listxattr(DescriptorPath(file.Descriptor()).Text(),
+                                     reinterpret_cast<char*>(list.data()), list.size());
+    if (length < 0) return ErrorFromErrno(errno);
+    list.resize(static_cast<std::size_t>(length));
+    names = SplitList(list);
+    return ERROR_SUCCESS;
+}
+
+DWORD OpenStreamAttribute(ObjectHandle file, const std::string& stream,
+                          std::shared_ptr<OverwrittenFile>& opened) {
+    std::string name = std::string(kAttributePrefix) + stream;
+    std::vector<std::uint8_t> value;
+    const int error = ReadExtendedAttribute(file, name.c_str(), value);
+    if (error != 0) return error == ENODATA ? ERROR_FILE_NOT_FOUND : ErrorFromErrno(error);
+    opened = std::make_shared<StreamAttribute>(std::move(file), std::move(name), value.size());
+    return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+DWORD ListStreams(const ObjectHandle& file, std::vector<std::string>& names, StreamAccess& access) {
+    std::vector<std::uint8_t> list;
+    if (ReadExtendedAttribute(file, kListAttribute, list) == 0) {
+        names = SplitList(list);
+        access = names.empty() ? StreamAccess::kNone : StreamAccess::kFiles;
+        return ERROR_SUCCESS;
+    }
+    std::vector<std::string> attributes;
+    if (const DWORD error = ReadAttributeNames(file, attributes); error != ERROR_SUCCESS) return error;
+    std::vector<std::string> streams;
+    for (const std::string& attribute : attributes) {
+        if (attribute.starts_with(kAttributePrefix))
+            streams.push_back(attribute.substr(kAttributePrefix.size()));
+    }
+    names = std::move(streams);
+    access = names.empty() ? StreamAccess::kNone : StreamAccess::kAttributes;
+    return ERROR_SUCCESS;
+}
+
+DWORD OpenStream(int folder, const std::string& hostName, ObjectHandle file, const std::string& stream,
+                 std::shared_ptr<OverwrittenFile>& opened) {
+    std::vector<std::string> names;
+    StreamAccess access{};
+    if (const DWORD error = ListStreams(file, names, access); error != ERROR_SUCCESS) return error;
+    if (std::find(names.begin(), names.end(), stream) == names.end()) return ERROR_FILE_NOT_FOUND;
+    if (access == StreamAccess::kAttributes) return OpenStreamAttribute(std::move(file), stream, opened);
+    UniqueFd found;
+    ObjectHandle object;
+    const int problem = OpenUnmountedEntry(folder, (hostName + ":" + stream).c_str(), O_PATH, found);
+    if (problem != 0) return ErrorFromErrno(problem);
+    if (const DWORD error = ObjectHandle::Adopt(std::move(found), object); error != ERROR_SUCCESS)
+        return error;
+    return S_ISREG(object.Status().st_mode) ? OpenAlone(object, opened) : ERROR_ACCESS_DENIED;
+}
+
+}  // namespace permora::host

@@ -1,0 +1,33 @@
+// The named streams of files on NTFS.
+//
+// ntfs-3g shows them, by its mount option streams_interface, as attributes "user.STREAM" (its default) or as
+// files "FILE:STREAM" with the attribute ntfs.streams.list, or not at all.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/files/overwritten_file.h"
+
+namespace permora::host {
+
+enum class StreamAccess {
+    kNone,        // no stream, or no way to any
+    kFiles,       // as files
+    kAttributes,  // as attributes, which the driver moves when it writes them
+};
+
+// The names of a file's streams as the host writes them, and how they are reached. Only to be asked on NTFS:
+// elsewhere attributes are no streams. 0 or an error code.
+DWORD ListStreams(const ObjectHandle& file, std::vector<std::string>& names, StreamAccess& access);
+
+// Opens the stream `stream` of `file`, whose name in its open folder is `hostName`, to be overwritten.
+// ERROR_FILE_NOT_FOUND when there is none. Streams that are attributes are replaced whole, when all of one
+// was written and is flushed, are on the disk when the file itself is flushed, and can have 64 KiB at most
+// (ERROR_INSUFFICIENT_BUFFER).
+DWORD OpenStream(int folder, const std::string& hostName, ObjectHandle file, const std::string& stream,
+                 std::shared_ptr<OverwrittenFile>& opened);
+
+}  // namespace permora::host

@@ -1,0 +1,128 @@
+#include "platform/linux/files/overwritten_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <utility>
+
+#include "platform/api/files.h"
+#include "platform/linux/base/failure.h"
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/descriptor_path.h"
+
+namespace permora::host {
+namespace {
+
+// What is written at once. A system call for each sector would cost more than the disk does.
+constexpr std::size_t kRunBytes = std::size_t{256} << 10;
+
+class HostFile : public OverwrittenFile {
+  public:
+    HostFile(UniqueFd opened, off_t size) : descriptor(std::move(opened)), sizeBefore(size) {}
+
+    DWORD Size(LONGLONG& bytes) const override {
+        struct stat status {};
+        if (fstat(descriptor.Get(), &status) != 0) return ErrorFromErrno(errno);
+        bytes = status.st_size;
+        return ERROR_SUCCESS;
+    }
+
+    DWORD Write(std::span<const std::uint8_t> bytes) override {
+        waiting.insert(waiting.end(), bytes.begin(), bytes.end());
+        return waiting.size() < kRunBytes ? ERROR_SUCCESS : WriteRun();
+    }
+
+    DWORD Flush() override {
+        if (const DWORD error = WriteRun(); error != ERROR_SUCCESS) return error;
+        return fdatasync(descriptor.Get()) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
+    }
+
+  private:
+    // What is there is overwritten before the file grows: contents that a file system keeps in its own tables
+    // (NTFS, ext4) are moved when they grow, and would leave a copy behind.
+    DWORD WriteRun() {
+        const std::vector<std::uint8_t> run = std::exchange(waiting, {});
+        const off_t inPlace = std::clamp(sizeBefore - position, off_t{0}, static_cast<off_t>(run.size()));
+        const std::span<const std::uint8_t> bytes = run;
+        const DWORD error = WriteAll(bytes.first(static_cast<std::size_t>(inPlace)));
+        return error == ERROR_SUCCESS ? WriteAll(bytes.subspan(static_cast<std::size_t>(inPlace))) : error;
+    }
+
+    DWORD WriteAll(std::span<const std::uint8_t> bytes) {
+        while (!bytes.empty()) {
+            const ssize_t count = pwrite(descriptor.Get(), bytes.data(), bytes.size(), position);
+            if (count < 0 && errno == EINTR) continue;
+            if (count < 0) return ErrorFromErrno(errno);
+            if (count == 0) return ERROR_DISK_FULL;
+            position += count;
+            bytes = bytes.subspan(static_cast<std::size_t>(count));
+        }
+        return ERROR_SUCCESS;
+    }
+
+    UniqueFd descriptor;
+    off_t sizeBefore;
+    off_t position = 0;
+    std::vector<std::uint8_t> waiting;
+};
+
+DWORD Reserve(int descriptor) {
+    // The signal that tells of others who want the file. Without a choice it is one that ends the process;
+    // nobody minds this one.
+    if (fcntl(descriptor, F_SETSIG, SIGURG) == 0 && fcntl(descriptor, F_SETLEASE, F_WRLCK) == 0)
+        return ERROR_SUCCESS;
+    if (errno == EAGAIN) return ERROR_SHARING_VIOLATION;
+    const bool isLocked = flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return isLocked ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
+}
+
+std::shared_ptr<OverwrittenFile> FindFile(HANDLE handle) {
+    return std::dynamic_pointer_cast<OverwrittenFile>(SystemObjects().Find(handle));
+}
+
+BOOL Report(DWORD error) {
+    return error == ERROR_SUCCESS ? TRUE : Fail(error);
+}
+
+}  // namespace
+
+DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& opened) {
+    // Without O_NONBLOCK another's lease would be waited for.
+    UniqueFd descriptor(
+        open(DescriptorPath(file.Descriptor()).Text(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!descriptor) return errno == EWOULDBLOCK ? ERROR_SHARING_VIOLATION : ErrorFromErrno(errno);
+    if (const DWORD error = Reserve(descriptor.Get()); error != ERROR_SUCCESS) return error;
+    struct stat status {};
+    if (fstat(descriptor.Get(), &status) != 0) return ErrorFromErrno(errno);
+    opened = std::make_shared<HostFile>(std::move(descriptor), status.st_size);
+    return ERROR_SUCCESS;
+}
+
+}  // namespace permora::host
+
+BOOL WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size) {
+    using namespace permora::host;
+    const auto found = FindFile(file);
+    return found ? Report(found->Size(size->QuadPart)) : Fail(ERROR_INVALID_HANDLE);
+}
+
+BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped) {
+    using namespace permora::host;
+    if (overlapped != nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    const auto found = FindFile(file);
+    if (!found) return Fail(ERROR_INVALID_HANDLE);
+    const DWORD error = found->Write({static_cast<const std::uint8_t*>(buffer), bytes});
+    if (written != nullptr) *written = error == ERROR_SUCCESS ? bytes : 0;
+    return Report(error);
+}
+
+BOOL WINAPI FlushFileBuffers(HANDLE file) {
+    using namespace permora::host;
+    const auto found = FindFile(file);
+    return found ? Report(found->Flush()) : Fail(ERROR_INVALID_HANDLE);
+}

@@ -1,0 +1,30 @@
+// A file that is open to be overwritten, and what WriteFile, FlushFileBuffers and GetFileSizeEx make of it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/linux/base/system_objects.h"
+#include "platform/linux/files/object_handle.h"
+
+namespace permora::host {
+
+// The contracts are those of platform/api/files.h; 0 or an error code.
+class OverwrittenFile : public SystemObject {
+  public:
+    virtual DWORD Size(LONGLONG& bytes) const = 0;
+    virtual DWORD Write(std::span<const std::uint8_t> bytes) = 0;
+    virtual DWORD Flush() = 0;
+};
+
+// Opens a regular file for this process alone: ERROR_SHARING_VIOLATION when anyone else has it open.
+//
+// That is the kernel's write lease, which keeps who opens the file afterwards waiting until it is closed (at
+// most for /proc/sys/fs/lease-break-time, 45 seconds usually). Where there are no leases, or the file belongs
+// to another user, it is a lock (flock) that only those see who ask for one too.
+DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& opened);
+
+}  // namespace permora::host
