@@ -11,7 +11,8 @@
 namespace permora {
 namespace {
 
-constexpr const char* kDescription = "Shows and changes who may do what with files and folders.";
+constexpr const char* kDescription =
+    "Shows and changes who may do what with files and folders, and deletes them for good.";
 
 constexpr const char* kFooter = R"(Examples:
   permora-cli show /mnt/data/Projects
@@ -23,6 +24,7 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli reset /mnt/data/Projects --dry-run --verbose
   permora-cli owner /mnt/data/Projects --set 'BUILTIN\Administrators' --tree
   permora-cli effective /mnt/data/Payroll --account anna
+  permora-cli shred /mnt/data/Old /mnt/data/Payroll/2009.ods
   permora-cli accounts --find admin
 
 A path is written as C:\folder\file or as this machine writes it; both mean the same object. A link at its end is
@@ -31,8 +33,8 @@ not followed. Rights, scopes and options are listed by the help of a command: pe
 Exit code:
   0  done
   1  some object failed: each one is named on standard error with its reason (by reset only with --verbose), and all
-     others were done; or reset or owner was interrupted
-  2  wrong arguments, an unknown account, or no consent to a reset: nothing was touched)";
+     others were done; or reset, owner or shred was interrupted
+  2  wrong arguments, an unknown account, or no consent to a reset or shred: nothing was touched)";
 
 // A path such as "[x]" would be taken for a list of values, with its brackets stripped: another object. So
 // every argument that begins like that goes through the parser behind this character, which no argument
@@ -84,6 +86,7 @@ struct Parser {
     void AddReset();
     void AddOwner();
     void AddEffective();
+    void AddShred();
     void AddAccounts();
     void AddSetup();
     // Turns what was typed into what is meant; a text that says what is wrong, or an empty one.
@@ -160,6 +163,21 @@ void Parser::AddEffective() {
     effective->add_flag("--json", json, "As JSON: one object, or an array of several");
 }
 
+void Parser::AddShred() {
+    CLI::App* shred =
+        AddCommand(Command::kShred, "shred",
+                   "Overwrite files with zeros on the disk, then delete them; folders with all\n"
+                   "that is in them. Links are removed, never followed, and what is mounted\n"
+                   "below stays. What the disk itself keeps (spare sectors, flash memory,\n"
+                   "journals, snapshots) and copies elsewhere are not reached");
+    shred->add_flag("--yes", arguments.yes, "Do not ask; needed where nobody can be asked");
+    shred->add_flag("--force", arguments.force,
+                    "Delete also files whose contents are known to stay on the disk or under\n"
+                    "another name: on copy-on-write file systems, compressed, encrypted or sparse\n"
+                    "ones on NTFS, ones with hard links, ones with named streams that move");
+    shred->add_flag("--quiet", arguments.quiet, "No progress line on a terminal");
+}
+
 void Parser::AddAccounts() {
     CLI::App* accounts = app.add_subcommand("accounts", "List the accounts that this machine knows");
     accounts->add_option("--find", arguments.find, "Only those in whose name, SID or type this text stands")
@@ -199,6 +217,7 @@ Parser::Parser() {
     choice->add_flag("--remove", remove, "Stop inheriting and remove the inherited entries");
     choice->require_option(1);
     AddReset();
+    AddShred();
     AddOwner();
     AddEffective();
     AddAccounts();

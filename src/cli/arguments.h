@@ -9,7 +9,19 @@
 
 namespace permora {
 
-enum class Command { kShow, kGrant, kDeny, kRevoke, kInherit, kReset, kOwner, kEffective, kAccounts, kSetup };
+enum class Command {
+    kShow,
+    kGrant,
+    kDeny,
+    kRevoke,
+    kInherit,
+    kReset,
+    kShred,
+    kOwner,
+    kEffective,
+    kAccounts,
+    kSetup
+};
 
 enum class ShowFormat { kTable, kJson, kSddl };
 
@@ -40,13 +52,16 @@ struct Arguments {
 
     std::string find;  // accounts: what to look for, as typed; empty: everything
 
-    // reset:
+    // reset and shred:
     bool yes = false;
-    bool emptyLists = false;
     bool quiet = false;
+
+    // reset:
+    bool emptyLists = false;
     bool verbose = false;  // always so for owner
 
-    bool tree = false;  // owner: everything below too
+    bool tree = false;   // owner: everything below too
+    bool force = false;  // shred: also what cannot be overwritten in place
 
     // setup:
     bool allUsers = false;

@@ -91,6 +91,7 @@ EditResult EditObject(const Arguments& arguments, const AccountRecord& account, 
         case Command::kReset:
         case Command::kOwner:
         case Command::kEffective:
+        case Command::kShred:
         case Command::kAccounts:
         case Command::kSetup:
             break;

@@ -1,4 +1,5 @@
-// The terminal program: shows and changes access lists and owners of files, folders and drive roots.
+// The terminal program: shows and changes access lists and owners of files, folders and drive roots, and
+// deletes files for good.
 #include <cstdio>
 #include <optional>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "cli/reset_command.h"
 #include "cli/setup_command.h"
 #include "cli/show_command.h"
+#include "cli/shred_command.h"
 #include "cli/target.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
@@ -45,6 +47,7 @@ bool RunCommand(const Arguments& arguments, const AccountRecord& account, const 
     if (arguments.command == Command::kReset) return RunReset(arguments, targets, messages);
     if (arguments.command == Command::kOwner) return RunOwner(arguments, account, targets, messages);
     if (arguments.command == Command::kEffective) return RunEffective(arguments, account, targets, messages);
+    if (arguments.command == Command::kShred) return RunShred(arguments, targets, messages);
     return RunChange(arguments, account, targets, messages);
 }
 
@@ -62,6 +65,8 @@ int Run(const Arguments& arguments) {
     const std::vector<Target> targets = FindTargets(arguments.paths, messages);
     bool allDone = targets.size() == arguments.paths.size();
     if (arguments.command == Command::kReset && !ConfirmReset(arguments, targets, messages))
+        return kExitUsage;
+    if (arguments.command == Command::kShred && !ConfirmShred(arguments, targets, messages))
         return kExitUsage;
     allDone = RunCommand(arguments, account, targets, messages) && allDone;
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {

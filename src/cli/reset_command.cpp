@@ -2,15 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <cstring>
 
+#include "cli/consent.h"
 #include "cli/listing.h"
-#include "cli/terminal_text.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
-#include "platform/terminal.h"
 #include "security/tree_apply.h"
 
 namespace permora {
@@ -49,25 +46,11 @@ bool MayReset(const Arguments& arguments, const Target& target, ConsoleMessages&
 
 bool ConfirmReset(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
     if (arguments.dryRun || arguments.yes || targets.empty()) return true;
-    messages.SetSubject("");
-    if (TerminalColumns(stdin) == 0) {
-        messages.Say(
-            "reset removes every entry that is set below the folders: it needs --yes where nobody "
-            "can be asked");
-        return false;
-    }
-    std::fputs("Everything below these folders loses the entries set for it and keeps what it inherits:\n",
-               stderr);
-    for (const Target& target : targets)
-        std::fprintf(stderr, "  %s\n", PrintableText(target.argument).c_str());
-    std::fputs("Go on (yes or no)? ", stderr);
-    std::array<char, 16> answer{};
-    if (std::fgets(answer.data(), answer.size(), stdin) != nullptr &&
-        (std::strcmp(answer.data(), "yes\n") == 0 || std::strcmp(answer.data(), "y\n") == 0)) {
-        return true;
-    }
-    messages.Say("nothing was changed");
-    return false;
+    return AskForConsent(
+        {"reset removes every entry that is set below the folders",
+         "Everything below these folders loses the entries set for it and keeps what it inherits:",
+         "nothing was changed"},
+        targets, messages);
 }
 
 bool RunReset(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {

@@ -1,5 +1,6 @@
 #include "cli/target.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/api/errors.h"
@@ -50,6 +51,17 @@ DWORD MakeTarget(const std::string& argument, Target& target) {
 DWORD EnterFolder(const Target& target) {
     if (target.folder.empty() || SetCurrentDirectoryA(target.folder.c_str()) != FALSE) return ERROR_SUCCESS;
     return GetLastError();
+}
+
+std::string TypedPath(const Target& target, const std::string& below) {
+    const std::string& typed = target.argument;
+    const std::size_t start = below.find_first_not_of('\\');
+    if (start == below.npos) return typed;
+    std::string rest = below.substr(start);
+    const char separator = typed.find('\\') == typed.npos ? '/' : '\\';
+    std::replace(rest.begin(), rest.end(), '\\', separator);
+    const bool endsWithSeparator = typed.find_last_of("/\\") + 1 == typed.size();
+    return typed + (endsWithSeparator ? "" : std::string(1, separator)) + rest;
 }
 
 bool IsFolder(const Target& target) {

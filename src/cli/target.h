@@ -24,6 +24,10 @@ DWORD MakeTarget(const std::string& argument, Target& target);
 // code.
 DWORD EnterFolder(const Target& target);
 
+// The path of something below the target, which is given with backslashes (empty: the target itself), as the
+// user would have typed it.
+std::string TypedPath(const Target& target, const std::string& below);
+
 // Whether the object, whose folder is current, is a folder itself (a link to one is not).
 bool IsFolder(const Target& target);
 

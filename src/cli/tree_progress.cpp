@@ -1,6 +1,5 @@
 #include "cli/tree_progress.h"
 
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
 
@@ -11,10 +10,11 @@
 namespace permora {
 namespace {
 
-volatile std::sig_atomic_t isInterrupted = 0;
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not wait");
+std::atomic<bool> isInterrupted = false;
 
 void TakeInterrupt(int signal) {
-    isInterrupted = 1;
+    isInterrupted = true;
     std::signal(signal, SIG_DFL);
 }
 
@@ -24,8 +24,12 @@ void WatchForInterrupts() {
     std::signal(SIGINT, TakeInterrupt);
 }
 
+std::atomic<bool>& Interrupted() {
+    return isInterrupted;
+}
+
 bool IsInterrupted() {
-    return isInterrupted != 0;
+    return isInterrupted;
 }
 
 void SayInterrupted(ConsoleMessages& messages) {
@@ -64,20 +68,8 @@ void TreeProgress::PassOver(const std::string& path, DWORD error) {
     const bool isTarget = path == target->name;
     if (!isTarget && !arguments.verbose) return;
     progress.Clear();
-    messages.SetSubject(AsTyped(path));
+    messages.SetSubject(TypedPath(*target, path.substr(target->name.size())));
     messages.SaySystemError(error);
-}
-
-// The path under the target's name as the user typed it, with separators of the same kind.
-std::string TreeProgress::AsTyped(const std::string& path) const {
-    const std::string& typed = target->argument;
-    const std::size_t start = path.find_first_not_of('\\', target->name.size());
-    if (start == path.npos) return typed;
-    std::string below = path.substr(start);
-    const char separator = typed.find('\\') == typed.npos ? '/' : '\\';
-    std::replace(below.begin(), below.end(), '\\', separator);
-    const bool endsWithSeparator = typed.find_last_of("/\\") + 1 == typed.size();
-    return typed + (endsWithSeparator ? "" : std::string(1, separator)) + below;
 }
 
 void PrintCounts(const TreeCounts& counts, bool isDryRun) {

@@ -1,6 +1,7 @@
 // What is said while a whole tree is changed, and how the user ends it.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <string>
@@ -15,6 +16,8 @@ namespace permora {
 // From now on the first Ctrl-C ends walks between two objects. A second one ends the program at once.
 void WatchForInterrupts();
 bool IsInterrupted();
+// Set by the first Ctrl-C.
+std::atomic<bool>& Interrupted();
 void SayInterrupted(ConsoleMessages& messages);
 
 // One line on the terminal that is written over again and again, at most ten times a second, so that the
@@ -47,8 +50,6 @@ class TreeProgress : public TreeObserver {
     void PassOver(const std::string& path, DWORD error) override;
 
   private:
-    std::string AsTyped(const std::string& path) const;
-
     const Arguments& arguments;
     ConsoleMessages& messages;
     ProgressLine progress;

@@ -60,8 +60,11 @@ bool NtfsVolume::IsMounted() const {
 }
 
 void NtfsVolume::Mount(NtfsMount mode) {
+    Unmount();
     // In the foreground: its end tells that the image is complete, which the end of umount does not.
-    const std::string options = mode == NtfsMount::kReadOnly ? "no_detach,ro" : "no_detach";
+    std::string options = "no_detach";
+    if (mode == NtfsMount::kReadOnly) options += ",ro";
+    if (mode == NtfsMount::kStreamsAsFiles) options += ",streams_interface=windows";
     const std::string log = folder.Path("ntfs-3g.log");
     driver = StartService({"ntfs-3g", "-o", options, image, root}, log);
     constexpr int kChecks = 1000;

@@ -8,7 +8,7 @@
 
 namespace permora::test {
 
-enum class NtfsMount { kWritable, kReadOnly };
+enum class NtfsMount { kWritable, kReadOnly, kStreamsAsFiles };
 
 class NtfsVolume {
   public:
@@ -31,6 +31,7 @@ class NtfsVolume {
     std::string Path(const std::string& name) const { return root + "/" + name; }
     const std::string& Image() const { return image; }
 
+    // Anew, when it is mounted already.
     void Mount(NtfsMount mode = NtfsMount::kWritable);
     // Returns when everything has been written to the image.
     void Unmount();

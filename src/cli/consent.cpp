@@ -1,0 +1,32 @@
+#include "cli/consent.h"
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "cli/terminal_text.h"
+#include "platform/terminal.h"
+
+namespace permora {
+
+bool AskForConsent(const ConsentTexts& texts, const std::vector<Target>& targets, ConsoleMessages& messages) {
+    messages.SetSubject("");
+    if (TerminalColumns(stdin) == 0) {
+        messages.Say(std::string(texts.warning) + ": it needs --yes where nobody can be asked");
+        return false;
+    }
+    std::fprintf(stderr, "%s\n", texts.heading);
+    for (const Target& target : targets)
+        std::fprintf(stderr, "  %s\n", PrintableText(target.argument).c_str());
+    std::fputs("Go on (yes or no)? ", stderr);
+    std::array<char, 16> answer{};
+    if (std::fgets(answer.data(), answer.size(), stdin) != nullptr &&
+        (std::strcmp(answer.data(), "yes\n") == 0 || std::strcmp(answer.data(), "y\n") == 0)) {
+        return true;
+    }
+    messages.Say(texts.refused);
+    return false;
+}
+
+}  // namespace permora

@@ -1,0 +1,226 @@
+#include "deletion/secure_delete.h"
+
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "platform/api/libraries.h"
+#include "platform/api/memory.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+enum class Outcome { kDone, kStopped, kFailed };
+
+using SizeFunction = BOOL(WINAPI*)(HANDLE, PLARGE_INTEGER);
+
+SizeFunction FindSizeFunction(const SecureDeleteHost& host) {
+    const FARPROC found = GetProcAddress(host.systemLibrary.get(), "GetFileSizeEx");
+    if (found == nullptr) ShowFatalLastErrorBox(host.Window());
+    // By way of void(), the type that the compiler lets every function type be cast to and from.
+    return reinterpret_cast<SizeFunction>(reinterpret_cast<void (*)()>(found));
+}
+
+// One file on its way from being opened to being deleted.
+class FileDeletion {
+  public:
+    FileDeletion(SecureDeleteHost& user, const FolderHandle& place, const std::string& fileName)
+        : host(user), folder(place), name(fileName), readSize(FindSizeFunction(user)) {}
+
+    bool Run() {
+        host.BeginDeleting(name);
+        const Outcome outcome = OverwriteAll();
+        if (outcome != Outcome::kDone) return outcome == Outcome::kStopped;
+        if (const DWORD error = folder.RemoveFile(name); error != ERROR_SUCCESS)
+            return Fail(DeletionStep::kDeleteFile, error);
+        host.Deleted(name);
+        return true;
+    }
+
+  private:
+    bool Fail(DeletionStep step, DWORD error) {
+        host.Failed({step, name, error});
+        return false;
+    }
+    Outcome FailWith(DeletionStep step, DWORD error) {
+        Fail(step, error);
+        return Outcome::kFailed;
+    }
+
+    // The contents and all streams. The contents are opened first, so that a file that someone else uses
+    // stays whole, and overwritten last.
+    Outcome OverwriteAll() {
+        if (const DWORD error = folder.BytesPerSector(sectorBytes); error != ERROR_SUCCESS)
+            return FailWith(DeletionStep::kAskVolume, error);
+        UniqueHandle file;
+        std::vector<std::string> streams;
+        DWORD error = folder.OpenForOverwriting(name, file);
+        if (error == ERROR_SUCCESS) error = folder.ListNamedStreams(name, streams);
+        if (error != ERROR_SUCCESS) return FailWith(DeletionStep::kOpenFile, error);
+        for (const std::string& stream : streams) {
+            const Outcome outcome = OverwriteStream(stream);
+            if (outcome != Outcome::kDone) return outcome;
+        }
+        return OverwriteAndClose(std::move(file));
+    }
+
+    Outcome OverwriteStream(const std::string& stream) {
+        UniqueHandle opened;
+        const DWORD error = folder.OpenForOverwriting(stream, opened);
+        if (error != ERROR_SUCCESS) return FailWith(DeletionStep::kOpenFile, error);
+        return OverwriteAndClose(std::move(opened));
+    }
+
+    Outcome OverwriteAndClose(UniqueHandle file) {
+        const Outcome outcome = Overwrite(file.get());
+        if (CloseHandle(file.release()) == FALSE)
+            ShowFatalErrorBox(host.Window(), "Error: cannot close file");
+        return outcome;
+    }
+
+    Outcome Overwrite(HANDLE file) {
+        LARGE_INTEGER size{};
+        if (readSize(file, &size) == FALSE) return FailWith(DeletionStep::kGetSize, GetLastError());
+        const UniqueLocal<void> zeros(LocalAlloc(LMEM_FIXED, sectorBytes));
+        if (!zeros) return FailWith(DeletionStep::kAllocate, GetLastError());
+        std::memset(zeros.get(), 0, sectorBytes);
+        for (LONGLONG remaining = size.QuadPart; remaining > 0; remaining -= sectorBytes) {
+            if (host.stopRequested) {
+                FlushFileBuffers(file);
+                return Outcome::kStopped;
+            }
+            DWORD written = 0;
+            if (WriteFile(file, zeros.get(), sectorBytes, &written, nullptr) == FALSE)
+                return FailWith(DeletionStep::kWrite, GetLastError());
+        }
+        if (FlushFileBuffers(file) == FALSE) return FailWith(DeletionStep::kFlush, GetLastError());
+        return Outcome::kDone;
+    }
+
+    SecureDeleteHost& host;
+    const FolderHandle& folder;
+    const std::string& name;
+    SizeFunction readSize;
+    DWORD sectorBytes = 0;
+};
+
+// What has no contents of its own.
+void DeleteLink(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
+    host.BeginDeleting(name);
+    if (const DWORD error = folder.RemoveFile(name); error != ERROR_SUCCESS) {
+        host.Failed({DeletionStep::kDeleteFile, name, error});
+    } else {
+        host.Deleted(name);
+    }
+}
+
+void RemoveEmptied(SecureDeleteHost& host, const FolderHandle& parent, const std::string& name) {
+    host.BeginDeleting(name);
+    if (const DWORD error = parent.RemoveFolder(name); error != ERROR_SUCCESS) {
+        host.Failed({DeletionStep::kRemoveFolder, name, error});
+    } else {
+        host.Deleted(name);
+    }
+}
+
+class FolderDeletion {
+  public:
+    FolderDeletion(SecureDeleteHost& user, const FolderHandle& place) : host(user), top(place) {}
+
+    void Run(const std::string& name) {
+        Enter(name);
+        while (!open.empty()) {
+            FolderEntry entry;
+            const DWORD error = open.back().folder.NextEntry(entry);
+            // From here the folders above are closed and stay.
+            if (host.stopRequested) return;
+            if (error == ERROR_SUCCESS) {
+                Delete(entry);
+            } else {
+                Leave(error);
+            }
+        }
+    }
+
+  private:
+    struct OpenFolder {
+        FolderHandle folder;
+        std::string name;
+    };
+
+    const FolderHandle& Current() const { return open.empty() ? top : open.back().folder; }
+
+    void Delete(const FolderEntry& entry) {
+        host.BeginEntry(entry.name);
+        switch (entry.kind) {
+            case FolderEntryKind::kFolder:
+                Enter(entry.name);
+                break;
+            case FolderEntryKind::kFile:
+                SecureDeleteFile(host, Current(), entry.name);
+                break;
+            case FolderEntryKind::kOther:
+                DeleteLink(host, Current(), entry.name);
+                break;
+        }
+    }
+
+    void Enter(const std::string& name) {
+        FolderHandle entered;
+        if (const DWORD error = Current().OpenFolder(name, entered); error != ERROR_SUCCESS) {
+            host.Failed({DeletionStep::kEnterFolder, name, error});
+        } else {
+            open.push_back({std::move(entered), name});
+            host.EnterFolder(name);
+        }
+    }
+
+    // `end` is what its listing ended with. Closed before it is removed.
+    void Leave(DWORD end) {
+        const std::string name = std::move(open.back().name);
+        open.pop_back();
+        host.LeaveFolder();
+        if (end == ERROR_NO_MORE_FILES) {
+            RemoveEmptied(host, Current(), name);
+        } else {
+            host.Failed({DeletionStep::kListFolder, name, end});
+        }
+    }
+
+    SecureDeleteHost& host;
+    const FolderHandle& top;
+    std::vector<OpenFolder> open;  // from the folder to be deleted down to the current one
+};
+
+}  // namespace
+
+SecureDeleteHost::SecureDeleteHost(const std::atomic<bool>& stop)
+    : stopRequested(stop), systemLibrary(LoadLibraryA("kernel32.dll")) {
+    if (!systemLibrary) ShowFatalLastErrorBox(nullptr);
+}
+
+void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
+    FolderEntryKind kind{};
+    if (const DWORD error = folder.KindOf(name, kind); error != ERROR_SUCCESS) {
+        host.Failed({DeletionStep::kExamine, name, error});
+    } else if (kind == FolderEntryKind::kFolder) {
+        SecureDeleteFolder(host, folder, name);
+    } else if (kind == FolderEntryKind::kFile) {
+        SecureDeleteFile(host, folder, name);
+    } else {
+        DeleteLink(host, folder, name);
+    }
+}
+
+bool SecureDeleteFile(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
+    return host.MayOverwrite(folder, name) && FileDeletion(host, folder, name).Run();
+}
+
+void SecureDeleteFolder(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
+    FolderDeletion(host, folder).Run(name);
+}
+
+}  // namespace permora

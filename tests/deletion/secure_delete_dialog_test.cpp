@@ -1,0 +1,158 @@
+// On real files, with the window without a display.
+#include "deletion/secure_delete_dialog.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <optional>
+
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "platform/api/threads.h"
+#include "resources/resource_ids.h"
+#include "security/message_boxes.h"
+#include "tests/support/command.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/ui_driver.h"
+
+namespace {
+
+// Services that fail or wait on demand (CMakeLists.txt).
+bool areThreadsRefused = false;
+std::optional<std::shared_future<void>> writingMayGoOn;
+std::atomic<int> writeCount = 0;
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
+extern "C" {
+
+HANDLE __real_CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize, LPTHREAD_START_ROUTINE start,
+                           LPVOID parameter, DWORD flags, LPDWORD threadId);
+HANDLE __wrap_CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize, LPTHREAD_START_ROUTINE start,
+                           LPVOID parameter, DWORD flags, LPDWORD threadId) {
+    if (!areThreadsRefused)
+        return __real_CreateThread(attributes, stackSize, start, parameter, flags, threadId);
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+BOOL __real_WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped);
+BOOL __wrap_WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped) {
+    ++writeCount;
+    if (writingMayGoOn) writingMayGoOn->wait();
+    return __real_WriteFile(file, buffer, bytes, written, overlapped);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace permora {
+namespace {
+
+using testing::UiDriver;
+using testing::WindowDriver;
+
+constexpr UINT kErrorBox = MB_OK | MB_ICONERROR;
+
+class SecureDeleteDialog : public ::testing::Test {
+  protected:
+    SecureDeleteDialog() { std::filesystem::current_path(folder.Path()); }
+    ~SecureDeleteDialog() override {
+        std::filesystem::current_path("/");
+        areThreadsRefused = false;
+        writingMayGoOn.reset();
+        writeCount = 0;
+    }
+
+    // The folder "top" with the file "a && b" of four sectors.
+    void MakeTree() const {
+        folder.MakeFolder("top");
+        std::ofstream(folder.Path("top/a && b")) << std::string(2048, 'x');
+    }
+    // Runs `stop` while the second sector of a && b waits to be written.
+    int StopInTheMiddle(const std::function<void(WindowDriver&)>& stop) {
+        MakeTree();
+        folder.MakeFile("later");
+        writingMayGoOn = gate.get_future().share();
+        ui.ExpectDialog(IDD_SECURE_DELETION, [&](WindowDriver& dialog) {
+            dialog.WaitUntil([] { return writeCount == 1; });
+            EXPECT_TRUE(dialog.WaitUntil([&] { return dialog.Text(IDC_DELETION_PROGRESS) == "a && b"; }));
+            EXPECT_EQ(dialog.Title(), "Secure deletion");
+            stop(dialog);
+            EXPECT_FALSE(dialog.IsEnabled(IDC_STOP_DELETION));
+            EXPECT_TRUE(dialog.IsOpen());
+            gate.set_value();
+        });
+        const int result = Run({"top", "later"});
+        EXPECT_EQ(test::ReadWholeFile("top/a && b"), std::string(512, '\0') + std::string(1536, 'x'));
+        EXPECT_TRUE(std::filesystem::exists("later"));
+        return result;
+    }
+    static int Run(std::vector<const char*> names) {
+        CSecureDelete dialog;
+        dialog.names = names;
+        return dialog.DoModal();
+    }
+
+    const test::TemporaryFolder folder;
+    std::promise<void> gate;
+    UiDriver ui;
+};
+
+TEST_F(SecureDeleteDialog, EndsByItselfWhenAllIsGone) {
+    MakeTree();
+    folder.MakeFile("empty");
+    ui.ExpectDialog(IDD_SECURE_DELETION);
+    EXPECT_EQ(Run({"top", "empty"}), IDOK);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+    EXPECT_EQ(std::filesystem::current_path(), folder.Path());
+}
+
+TEST_F(SecureDeleteDialog, StopEndsItAtTheNextSector) {
+    EXPECT_EQ(StopInTheMiddle([](WindowDriver& dialog) { dialog.Click(IDC_STOP_DELETION); }), IDCANCEL);
+}
+
+TEST_F(SecureDeleteDialog, EscapeStopsAndWaitsForTheWorker) {
+    EXPECT_EQ(StopInTheMiddle([](WindowDriver& dialog) { dialog.Press("Esc"); }), IDCANCEL);
+}
+
+TEST_F(SecureDeleteDialog, AFailureIsOneBoxAndTheRestGoes) {
+    folder.MakeFile("readonly");
+    std::filesystem::permissions("readonly", std::filesystem::perms::owner_read);
+    folder.MakeFile("last");
+    ui.ExpectDialog(IDD_SECURE_DELETION);
+    ui.ExpectMessageBox("Opening file: " + GetSystemMessageText(ERROR_ACCESS_DENIED), kErrorCaption,
+                        kErrorBox, IDOK);
+    ui.ExpectMessageBox("Error: deleting \"missing\": " + GetSystemMessageText(ERROR_FILE_NOT_FOUND),
+                        kErrorCaption, kErrorBox, IDOK);
+    EXPECT_EQ(Run({"readonly", "missing", "last"}), IDOK);
+    EXPECT_TRUE(std::filesystem::exists("readonly"));
+    EXPECT_FALSE(std::filesystem::exists("last"));
+}
+
+TEST_F(SecureDeleteDialog, TellsWhyItCannotStartAndTouchesNothing) {
+    MakeTree();
+    areThreadsRefused = true;
+    ui.ExpectMessageBox(GetSystemMessageText(ERROR_NOT_ENOUGH_MEMORY), kErrorCaption, kErrorBox, IDOK);
+    EXPECT_EQ(Run({"top"}), 3);
+
+    class Incomplete : public CSecureDelete {
+        bool OnInitDialog() override {
+            GetDlgItem(IDC_DELETION_PROGRESS)->DestroyWindow();
+            return CSecureDelete::OnInitDialog();
+        }
+    };
+    Incomplete dialog;
+    const std::array<const char*, 1> names = {"top"};
+    dialog.names = names;
+    ui.ExpectMessageBox("Error: cannot initialize dialog box", kErrorCaption, kErrorBox, IDOK);
+    EXPECT_EQ(dialog.DoModal(), 3);
+    EXPECT_TRUE(std::filesystem::exists("top/a && b"));
+}
+
+}  // namespace
+}  // namespace permora

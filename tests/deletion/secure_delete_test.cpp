@@ -1,0 +1,326 @@
+#include "deletion/secure_delete.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "platform/api/memory.h"
+#include "platform/linux/base/unique_fd.h"
+#include "tests/deletion/recording_host.h"
+#include "tests/support/command.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+// What the engine asked of the system, in one word each, and what is to go wrong with it.
+std::string calls;
+std::function<void()> beforeWrite;
+bool isWritingRefused = false;
+bool isFlushingRefused = false;
+bool isMemoryRefused = false;
+bool isDiskBroken = false;
+off_t sizeAtSync = -1;
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
+extern "C" {
+
+BOOL __real_WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped);
+BOOL __wrap_WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped) {
+    calls += "write ";
+    if (beforeWrite) beforeWrite();
+    if (!isWritingRefused) return __real_WriteFile(file, buffer, bytes, written, overlapped);
+    SetLastError(ERROR_CRC);
+    return FALSE;
+}
+
+BOOL __real_FlushFileBuffers(HANDLE file);
+BOOL __wrap_FlushFileBuffers(HANDLE file) {
+    calls += "flush ";
+    if (!isFlushingRefused) return __real_FlushFileBuffers(file);
+    SetLastError(ERROR_CRC);
+    return FALSE;
+}
+
+HLOCAL __real_LocalAlloc(UINT flags, SIZE_T bytes);
+HLOCAL __wrap_LocalAlloc(UINT flags, SIZE_T bytes) {
+    if (!isMemoryRefused) return __real_LocalAlloc(flags, bytes);
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+int __real_fdatasync(int descriptor);
+int __wrap_fdatasync(int descriptor) {
+    struct stat status {};
+    fstat(descriptor, &status);
+    sizeAtSync = status.st_size;
+    calls += "sync ";
+    if (!isDiskBroken) return __real_fdatasync(descriptor);
+    errno = EIO;
+    return -1;
+}
+
+int __real_unlinkat(int folder, const char* name, int flags);
+int __wrap_unlinkat(int folder, const char* name, int flags) {
+    calls += "delete ";
+    return __real_unlinkat(folder, name, flags);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace permora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
+
+class SecureDelete : public ::testing::Test {
+  protected:
+    SecureDelete() { std::filesystem::current_path(work); }
+    ~SecureDelete() override {
+        std::filesystem::current_path("/");
+        calls.clear();
+        beforeWrite = nullptr;
+        isWritingRefused = isFlushingRefused = isMemoryRefused = isDiskBroken = false;
+    }
+
+    static void Fill(const std::string& path, std::size_t size) {
+        std::ofstream(path, std::ios::binary) << std::string(size, 'x');
+    }
+    bool Exists(const std::string& name) const {
+        return std::filesystem::exists(std::filesystem::symlink_status(folder.Path(name)));
+    }
+    static std::size_t OpenDescriptors() {
+        const std::filesystem::directory_iterator all("/proc/self/fd");
+        return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+    }
+
+    const test::TemporaryFolder folder;
+    const std::string work = folder.MakeFolder("work");
+    test::RecordingHost host;
+};
+
+TEST_F(SecureDelete, WholeSectorsReachTheDiskBeforeTheNameGoes) {
+    struct Case {
+        std::size_t size;
+        const char* expectedCalls;
+        off_t expectedSize;
+    };
+    for (const Case& each : {
+             Case{0, "flush sync delete ", 0},
+             {1, "write flush sync delete ", 512},
+             {1536, "write write write flush sync delete ", 1536},
+             {1537, "write write write write flush sync delete ", 2048},
+         }) {
+        calls.clear();
+        Fill("file", each.size);
+        host.Delete("file");
+        EXPECT_EQ(calls, each.expectedCalls) << each.size;
+        EXPECT_EQ(sizeAtSync, each.expectedSize) << each.size;
+        EXPECT_FALSE(Exists("work/file")) << each.size;
+    }
+    EXPECT_THAT(host.failures, IsEmpty());
+}
+
+TEST_F(SecureDelete, AFailureIsToldWithItsStepAndTheFileStays) {
+    host::UniqueFd other;
+    struct Case {
+        std::function<void()> prepare;
+        DeletionStep step;
+        DWORD error;
+    };
+    const Case cases[] = {
+        {[] { chmod("file", 0444); }, DeletionStep::kOpenFile, ERROR_ACCESS_DENIED},
+        {[&] {
+             chmod("file", 0644);
+             other.Reset(open("file", O_RDONLY | O_CLOEXEC));
+         },
+         DeletionStep::kOpenFile, ERROR_SHARING_VIOLATION},
+        {[&] {
+             other.Reset();
+             isMemoryRefused = true;
+         },
+         DeletionStep::kAllocate, ERROR_NOT_ENOUGH_MEMORY},
+        {[] {
+             isMemoryRefused = false;
+             isWritingRefused = true;
+         },
+         DeletionStep::kWrite, ERROR_CRC},
+        {[] {
+             isWritingRefused = false;
+             isFlushingRefused = true;
+         },
+         DeletionStep::kFlush, ERROR_CRC},
+        {[] {
+             isFlushingRefused = false;
+             isDiskBroken = true;
+         },
+         DeletionStep::kFlush, ERROR_IO_DEVICE},
+    };
+    Fill("file", 700);
+    const std::size_t before = OpenDescriptors();
+    for (const Case& each : cases) {
+        each.prepare();
+        host.failures.clear();
+        host.Delete("file");
+        EXPECT_THAT(host.failures, ElementsAre(DeletionFailure{each.step, "file", each.error}));
+        EXPECT_TRUE(Exists("work/file"));
+    }
+    EXPECT_EQ(OpenDescriptors(), before);
+}
+
+TEST_F(SecureDelete, NobodyCanOpenAFileThatIsBeingOverwritten) {
+    Fill("file", 512);
+    int error = 0;
+    beforeWrite = [&] {
+        const host::UniqueFd other(open("file", O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+        error = other ? 0 : errno;
+    };
+    host.Delete("file");
+    EXPECT_EQ(error, EWOULDBLOCK);
+    EXPECT_THAT(host.deleted, ElementsAre("file"));
+}
+
+TEST_F(SecureDelete, AStopLeavesWhatIsNotYetDone) {
+    folder.MakeFolder("work/top");
+    folder.MakeFolder("work/top/sub");
+    Fill("top/sub/file", 2048);
+    Fill("top/sub/second", 10);
+    int writes = 0;
+    beforeWrite = [&] {
+        if (++writes == 2) host.isStopping = true;
+    };
+    host.Delete("top");
+    EXPECT_THAT(host.failures, IsEmpty());
+    EXPECT_THAT(host.deleted, IsEmpty());
+    const bool isFirst = host.entries.back() == "file";
+    if (isFirst) {
+        const std::string left = test::ReadWholeFile("top/sub/file");
+        EXPECT_EQ(left, std::string(1024, '\0') + std::string(1024, 'x'));
+        EXPECT_EQ(test::ReadWholeFile("top/sub/second"), std::string(10, 'x'));
+    }
+    EXPECT_TRUE(Exists("work/top/sub/file"));
+}
+
+TEST_F(SecureDelete, ATreeGoesFromItsLeavesAndLinksLeadNowhere) {
+    folder.MakeFolder("outside");
+    folder.MakeFile("outside/kept");
+    for (const char* name : {"top", "top/.hidden", "top/a:b. ", "top/\xff"})
+        folder.MakeFolder(std::string("work/") + name);
+    for (const char* name : {"top/.hidden/f", "top/a:b. /q?\x01"})
+        Fill(name, 100);
+    std::filesystem::create_directory_symlink("../../outside", "top/folderlink");
+    std::filesystem::create_symlink("../../outside/kept", "top/link");
+    ASSERT_EQ(mkfifo("top/pipe", 0600), 0);
+    host.Delete("top");
+    EXPECT_THAT(host.failures, IsEmpty());
+    EXPECT_EQ(host.deleted.size(), 9U);
+    EXPECT_EQ(host.deleted.back(), "top");
+    EXPECT_FALSE(Exists("work/top"));
+    EXPECT_TRUE(Exists("outside/kept"));
+
+    std::filesystem::create_directory_symlink("../outside", "link");
+    host.Delete("link");
+    EXPECT_FALSE(Exists("work/link"));
+    EXPECT_TRUE(Exists("outside/kept"));
+}
+
+TEST_F(SecureDelete, AFolderThatIsSwappedLeadsNowhereElse) {
+    folder.MakeFolder("outside");
+    folder.MakeFolder("outside/sub");
+    Fill(folder.Path("outside/file"), 100);
+    Fill(folder.Path("outside/sub/file"), 100);
+
+    // Before it is entered.
+    folder.MakeFolder("work/top");
+    folder.MakeFolder("work/top/sub");
+    host.onEntry = [&](const std::string& name) {
+        if (name != "sub") return;
+        std::filesystem::rename("top/sub", folder.Path("away"));
+        std::filesystem::create_directory_symlink("../../outside", "top/sub");
+    };
+    host.Delete("top");
+    ASSERT_EQ(host.failures.size(), 2U);
+    EXPECT_EQ(host.failures[0].step, DeletionStep::kEnterFolder);
+    EXPECT_EQ(host.failures[1].step, DeletionStep::kRemoveFolder);
+
+    // While it is being emptied.
+    folder.MakeFolder("work/second");
+    folder.MakeFolder("work/second/sub");
+    Fill("second/sub/file", 100);
+    host.onEntry = [&](const std::string& name) {
+        if (name != "file") return;
+        std::filesystem::rename("second/sub", folder.Path("taken"));
+        std::filesystem::create_directory_symlink("../../outside", "second/sub");
+    };
+    host.Delete("second");
+    EXPECT_FALSE(Exists("taken/file"));
+    EXPECT_EQ(std::filesystem::file_size(folder.Path("outside/file")), 100U);
+    EXPECT_EQ(test::ReadWholeFile(folder.Path("outside/file")), std::string(100, 'x'));
+    EXPECT_TRUE(Exists("outside/sub/file"));
+}
+
+TEST_F(SecureDelete, WhatCannotBeLookedAtIsNoFolder) {
+    Fill("kept", 10);
+    folder.MakeFolder("work/top");
+    Fill("top/kept", 10);
+    for (const char* name : {"missing", "..", ".", "", "top\\kept"})
+        host.Delete(name);
+    EXPECT_THAT(host.failures,
+                ElementsAre(DeletionFailure{DeletionStep::kExamine, "missing", ERROR_FILE_NOT_FOUND},
+                            DeletionFailure{DeletionStep::kExamine, "..", ERROR_INVALID_NAME},
+                            DeletionFailure{DeletionStep::kExamine, ".", ERROR_INVALID_NAME},
+                            DeletionFailure{DeletionStep::kExamine, "", ERROR_INVALID_NAME},
+                            DeletionFailure{DeletionStep::kExamine, "top\\kept", ERROR_INVALID_NAME}));
+    EXPECT_TRUE(Exists("work/kept") && Exists("work/top/kept"));
+}
+
+TEST_F(SecureDelete, VanishedEntriesAreToldAndTheRestGoes) {
+    folder.MakeFolder("work/top");
+    Fill("top/one", 10);
+    Fill("top/two", 10);
+    host.onEntry = [](const std::string& name) {
+        if (name == "one") unlink("top/one");
+    };
+    host.Delete("top");
+    EXPECT_THAT(host.failures,
+                ElementsAre(DeletionFailure{DeletionStep::kOpenFile, "one", ERROR_FILE_NOT_FOUND}));
+    EXPECT_THAT(host.deleted, ElementsAre("two", "top"));
+}
+
+TEST_F(SecureDelete, ThousandsOfNestedFoldersGo) {
+    constexpr int kDepth = 5000;
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    if (limit.rlim_max < kDepth + 100) GTEST_SKIP() << "this machine allows too few open files";
+    // In memory: a disk takes its time over that many folders.
+    setenv("TMPDIR", "/dev/shm", 1);
+    const test::TemporaryFolder memory;
+    unsetenv("TMPDIR");
+    std::filesystem::current_path(memory.Path());
+    host::UniqueFd place(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (int i = 0; i < kDepth; ++i) {
+        ASSERT_EQ(mkdirat(place.Get(), "deep", 0700), 0);
+        place = host::UniqueFd(openat(place.Get(), "deep", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    }
+    host.Delete("deep");
+    EXPECT_THAT(host.failures, IsEmpty());
+    EXPECT_EQ(host.deleted.size(), static_cast<std::size_t>(kDepth));
+    EXPECT_TRUE(std::filesystem::is_empty(memory.Path()));
+    std::filesystem::current_path("/");
+}
+
+}  // namespace
+}  // namespace permora

@@ -1,0 +1,216 @@
+// Reads the image behind a mounted volume: what was there is not there any more.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "platform/api/errors.h"
+#include "tests/deletion/recording_host.h"
+#include "tests/support/command.h"
+#include "tests/support/ntfs_volume.h"
+
+namespace permora {
+namespace {
+
+using test::RunCommand;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+// A text that stands nowhere but in what the test writes.
+std::string Contents(const std::string& mark, std::size_t size) {
+    std::string text;
+    while (text.size() < size)
+        text += mark;
+    return text.substr(0, size);
+}
+
+void Write(const std::string& path, const std::string& contents) {
+    std::ofstream(path, std::ios::binary) << contents;
+}
+
+std::vector<std::size_t> PlacesOf(const std::string& mark, const std::string& image) {
+    std::vector<std::size_t> places;
+    for (std::size_t at = image.find(mark); at != image.npos; at = image.find(mark, at + mark.size()))
+        places.push_back(at);
+    return places;
+}
+
+// Expects zeros wherever `before` held the mark, and the mark nowhere.
+void ExpectZeroed(const std::string& mark, const std::string& before, const std::string& image) {
+    const std::vector<std::size_t> places = PlacesOf(mark, before);
+    EXPECT_FALSE(places.empty()) << mark << " was never on the disk";
+    EXPECT_THAT(PlacesOf(mark, image), IsEmpty()) << mark;
+    const std::string zeros(mark.size(), '\0');
+    const auto wrong = std::count_if(places.begin(), places.end(), [&](std::size_t place) {
+        return image.compare(place, zeros.size(), zeros) != 0;
+    });
+    EXPECT_EQ(wrong, 0) << mark;
+}
+
+// An ext4 volume in an image file behind the kernel's loop device.
+class Ext4Volume {
+  public:
+    static std::string SkipReason() {
+        const std::string reason = test::MissingProgram("mkfs.ext4");
+        return reason.empty() ? test::CannotMountReason() : reason;
+    }
+    explicit Ext4Volume(const std::vector<std::string>& options = {}) {
+        std::ofstream(Image()).close();
+        std::filesystem::resize_file(Image(), std::uintmax_t{32} << 20);
+        std::vector<std::string> make{"mkfs.ext4", "-q", "-F"};
+        make.insert(make.end(), options.begin(), options.end());
+        make.push_back(Image());
+        problem = RunCommand(make).output;
+        const test::CommandResult mounted = RunCommand({"mount", "-o", "loop", Image(), Root()});
+        if (mounted.exitCode != 0) problem += mounted.output;
+    }
+    ~Ext4Volume() { umount2(Root().c_str(), MNT_DETACH); }
+    Ext4Volume(const Ext4Volume&) = delete;
+    Ext4Volume& operator=(const Ext4Volume&) = delete;
+
+    const std::string& Problem() const { return problem; }
+    std::string Image() const { return folder.Path("volume.img"); }
+    const std::string& Root() const { return root; }
+    std::string Path(const std::string& name) const { return root + "/" + name; }
+
+  private:
+    const test::TemporaryFolder folder;
+    const std::string root = folder.MakeFolder("mounted");
+    std::string problem;
+};
+
+class OnVolume : public ::testing::Test {
+  protected:
+    ~OnVolume() override { std::filesystem::current_path("/"); }
+
+    test::RecordingHost host;
+};
+
+TEST_F(OnVolume, Ext4KeepsNothing) {
+    if (const std::string reason = Ext4Volume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    // Also with files so small that they lie in the volume's own tables.
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{}, {"-I", "256", "-O", "inline_data"}}) {
+        const Ext4Volume volume(options);
+        ASSERT_EQ(volume.Problem(), "");
+        Write(volume.Path("large"), Contents("LARGEMARK", 3000001));
+        Write(volume.Path("small"), Contents("SMALLMARK", 50));
+        sync();
+        const std::string before = test::ReadWholeFile(volume.Image());
+        std::filesystem::current_path(volume.Root());
+        host.Delete("large");
+        host.Delete("small");
+        // Without a sync: what is not on the disk now never was on its way.
+        const std::string after = test::ReadWholeFile(volume.Image());
+        std::filesystem::current_path("/");
+        EXPECT_THAT(host.failures, IsEmpty());
+        ExpectZeroed("LARGEMARK", before, after);
+        if (options.empty()) ExpectZeroed("SMALLMARK", before, after);
+    }
+}
+
+TEST_F(OnVolume, ADiskThatIsFullKeepsTheFile) {
+    if (const std::string reason = Ext4Volume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const Ext4Volume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    std::filesystem::current_path(volume.Root());
+    Write("holes", "");
+    std::filesystem::resize_file("holes", std::uintmax_t{1} << 30);
+    host.Delete("holes");
+    EXPECT_THAT(host.failures, ElementsAre(DeletionFailure{DeletionStep::kWrite, "holes", ERROR_DISK_FULL}));
+    EXPECT_TRUE(std::filesystem::exists("holes"));
+}
+
+TEST_F(OnVolume, WhatIsMountedBelowStays) {
+    if (const std::string reason = Ext4Volume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const Ext4Volume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    Write(volume.Path("kept"), "x");
+    std::filesystem::current_path(std::filesystem::path(volume.Root()).parent_path());
+    host.Delete("mounted");
+    EXPECT_THAT(host.failures,
+                ElementsAre(DeletionFailure{DeletionStep::kEnterFolder, "mounted", ERROR_NOT_SAME_DEVICE}));
+    EXPECT_TRUE(std::filesystem::exists(volume.Path("kept")));
+}
+
+class OnNtfs : public OnVolume {
+  protected:
+    void SetUp() override {
+        if (const std::string reason = test::NtfsVolume::SkipReason(); !reason.empty())
+            GTEST_SKIP() << reason;
+        volume.emplace();
+        ASSERT_EQ(volume->Problem(), "");
+    }
+
+    std::optional<test::NtfsVolume> volume;
+};
+
+TEST_F(OnNtfs, KeepsNothingAndStaysSound) {
+    Write(volume->Path("large"), Contents("LARGEMARK", 300001));
+    Write(volume->Path("resident"), Contents("RESIDENTMARK", 600));
+    Write(volume->Path("tiny"), "TINYMARK");
+    ASSERT_EQ(RunCommand({"setfattr", "-n", "user.zone", "-v", "STREAMMARK", volume->Path("tiny")}).exitCode,
+              0);
+    const std::string before = test::ReadWholeFile(volume->Image());
+    std::filesystem::current_path(volume->Root());
+    for (const char* name : {"large", "resident", "tiny"})
+        host.Delete(name);
+    std::filesystem::current_path("/");
+    EXPECT_THAT(host.failures, IsEmpty());
+    EXPECT_THAT(host.deleted, SizeIs(3));
+    const std::string after = test::ReadWholeFile(volume->Image());
+    for (const char* mark : {"LARGEMARK", "TINYMARK", "STREAMMARK"})
+        ExpectZeroed(mark, before, after);
+    // It grew out of the volume's table, which has put what it knows of the clusters there.
+    EXPECT_FALSE(PlacesOf("SIDENT", before).empty());
+    EXPECT_THAT(PlacesOf("SIDENT", after), IsEmpty());
+    EXPECT_THAT(volume->Audit(), ::testing::HasSubstr("No errors were found"));
+}
+
+TEST_F(OnNtfs, StreamsThatAreFilesAreOverwrittenInPlace) {
+    volume->Mount(test::NtfsMount::kStreamsAsFiles);
+    Write(volume->Path("file"), Contents("MAINMARK", 5000));
+    Write(volume->Path("file:large"), Contents("STREAMMARK", 200000));
+    const std::string before = test::ReadWholeFile(volume->Image());
+    std::filesystem::current_path(volume->Root());
+    host.Delete("file");
+    std::filesystem::current_path("/");
+    EXPECT_THAT(host.failures, IsEmpty());
+    const std::string after = test::ReadWholeFile(volume->Image());
+    for (const char* mark : {"MAINMARK", "STREAMMARK"})
+        ExpectZeroed(mark, before, after);
+}
+
+TEST_F(OnNtfs, TellsWhatItCannotReplace) {
+    Write(volume->Path("plain"), "x");
+    Write(volume->Path("short name"), "x");
+    Write(volume->Path("linked"), "x");
+    Write(volume->Path("streams"), "x");
+    std::filesystem::create_hard_link(volume->Path("linked"), volume->Path("second"));
+    const std::string shortName = volume->Path("short name");
+    ASSERT_EQ(RunCommand({"setfattr", "-n", "system.ntfs_dos_name", "-v", "SHORTN~1", shortName}).exitCode,
+              0);
+    ASSERT_EQ(RunCommand({"setfattr", "-n", "user.s", "-v", "x", volume->Path("streams")}).exitCode, 0);
+    std::filesystem::current_path(volume->Root());
+    FolderHandle folder;
+    ASSERT_EQ(FolderHandle::OpenCurrent(folder), ERROR_SUCCESS);
+    const std::pair<const char*, std::vector<OverwriteObstacle>> cases[] = {
+        {"plain", {}},
+        {"short name", {}},
+        {"linked", {OverwriteObstacle::kSeveralNames}},
+        {"streams", {OverwriteObstacle::kNamedStreams}},
+    };
+    for (const auto& [name, expected] : cases) {
+        std::vector<OverwriteObstacle> obstacles;
+        EXPECT_EQ(folder.FindObstacles(name, obstacles), ERROR_SUCCESS) << name;
+        EXPECT_EQ(obstacles, expected) << name;
+    }
+}
+
+}  // namespace
+}  // namespace permora
