@@ -4,6 +4,7 @@
 
 #include "app/settings_dialog.h"
 #include "app/settings_store.h"
+#include "deletion/secure_delete_dialog.h"
 #include "editor/multi_selection_notice.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
@@ -19,6 +20,8 @@ constexpr unsigned int kViewId = 0xE900;  // the class library's first pane of a
 
 constexpr int kItemCountPane = 1;
 constexpr int kItemCountWidth = 200;
+
+constexpr const char* kNothingSelected = "Please, select items to work with them.";
 
 constexpr Size kToolBarImageSize{16, 16};
 
@@ -51,9 +54,11 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_VIEW_OWN_ICONS, Notify::kCommand, &CMainFrame::ToggleOwnIcons},
             {ID_SETTINGS, Notify::kCommand, &CMainFrame::EditSettings},
             {ID_PERMISSIONS, Notify::kCommand, &CMainFrame::OpenSecurityEditor},
-            {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateNavigation},
-            {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateNavigation},
-            {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateNavigation},
+            {ID_SECURE_DELETION, Notify::kCommand, &CMainFrame::StartSecureDeletion},
+            {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_SECURE_DELETION, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
         });
     return kMap;
 }
@@ -206,7 +211,7 @@ void CMainFrame::OpenSecurityEditor() {
         notice.DoModal();
     }
     if (names == nullptr) {
-        ShowInfoBox(GetSafeHwnd(), "Please, select items to work with them.");
+        ShowInfoBox(GetSafeHwnd(), kNothingSelected);
     } else {
         // The names stand relative to it. When it is gone, each read and write tells so.
         view.ReturnToShownFolder();
@@ -216,8 +221,44 @@ void CMainFrame::OpenSecurityEditor() {
     view.ReleaseSelection();
 }
 
-// Shares have no place in the history, and nothing above them.
-void CMainFrame::OnUpdateNavigation(Notification& notification) {
+void CMainFrame::StartSecureDeletion() {
+    const LPCSTR* names = view.GetSelectedNames();
+    const auto count = static_cast<std::size_t>(view.list.GetSelectedCount());
+    if (names == nullptr) {
+        ShowInfoBox(GetSafeHwnd(), kNothingSelected);
+    } else if (MayDeleteSelection()) {
+        DeleteItems({names, count});
+        view.RefreshList();
+    }
+    view.ReleaseSelection();
+}
+
+// The names stand relative to the folder shown. In any other they would mean other files.
+void CMainFrame::DeleteItems(std::span<const char* const> names) {
+    if (SetCurrentDirectoryA(view.currentFolder.c_str()) == FALSE) {
+        ShowLastErrorBox(GetSafeHwnd());
+        return;
+    }
+    CSecureDelete dialog(this);
+    dialog.names = names;
+    dialog.DoModal();
+}
+
+bool CMainFrame::MayDeleteSelection() {
+    constexpr const char* kCaption = "Secure deletion";
+    if (view.currentFolder.empty()) {
+        MessageBoxA(GetSafeHwnd(), "Cannot remove disk drive.", kCaption, MB_OK | MB_ICONWARNING);
+        return false;
+    }
+    return settings.block.askBeforeSecureDeletion == 0 ||
+           MessageBoxA(GetSafeHwnd(),
+                       "You will not be able to restore information.\nAre you sure you want to delete the "
+                       "selected items?",
+                       kCaption, MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
+// Shares have no place in the history and nothing above them, and are no files.
+void CMainFrame::OnUpdateFileCommand(Notification& notification) {
     notification.state.enabled = !view.sharesMode;
 }
 

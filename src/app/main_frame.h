@@ -1,6 +1,8 @@
 // CMainFrame: the program's main window, with its bars, its list and the settings.
 #pragma once
 
+#include <span>
+
 #include "app/settings_record.h"
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
@@ -46,7 +48,10 @@ class CMainFrame : public CFrameWnd {
     void ToggleOwnIcons();
     void EditSettings();
     void OpenSecurityEditor();
-    void OnUpdateNavigation(Notification& notification);
+    void StartSecureDeletion();
+    bool MayDeleteSelection();
+    void DeleteItems(std::span<const char* const> names);
+    void OnUpdateFileCommand(Notification& notification);
 
     CImageList toolBarImages;
     CStatusBar statusBarWnd;

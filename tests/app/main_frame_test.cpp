@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "app/main_app.h"
 #include "app/settings_store.h"
 #include "framework/command_routing.h"
@@ -84,11 +86,11 @@ TEST_F(MainFrame, WithoutAnInstallationItSaysSoAndEnds) {
 TEST_F(MainFrame, CommandsWithoutHandlerAreDisabled) {
     Start();
     const std::pair<unsigned int, bool> states[] = {
-        {ID_GO_BACK, true},       {ID_GO_FORWARD, true},       {ID_GO_UP, true},
-        {ID_GO_TO_ROOT, true},    {ID_REFRESH, true},          {ID_SELECT_ALL, true},
-        {ID_SETTINGS, true},      {ID_VIEW_OWN_ICONS, true},   {ID_VIEW_TOOLBAR, true},
-        {ID_HELP_CONTENTS, true}, {ID_APP_ABOUT, true},        {ID_APP_EXIT, true},
-        {ID_WIZARD, false},       {ID_SECURE_DELETION, false}, {ID_SHOW_SHARES, false},
+        {ID_GO_BACK, true},       {ID_GO_FORWARD, true},      {ID_GO_UP, true},
+        {ID_GO_TO_ROOT, true},    {ID_REFRESH, true},         {ID_SELECT_ALL, true},
+        {ID_SETTINGS, true},      {ID_VIEW_OWN_ICONS, true},  {ID_VIEW_TOOLBAR, true},
+        {ID_HELP_CONTENTS, true}, {ID_APP_ABOUT, true},       {ID_APP_EXIT, true},
+        {ID_WIZARD, false},       {ID_SECURE_DELETION, true}, {ID_SHOW_SHARES, false},
     };
     for (const auto& [id, isEnabled] : states)
         EXPECT_EQ(AskCommandState(Frame(), id, false).enabled, isEnabled) << id;
@@ -231,6 +233,65 @@ TEST_F(MainFrame, TheSecurityEditorOpensOnTheSelection) {
     openOnBoth();
     openOnBoth();  // the notice is not shown again
     EXPECT_EQ(Frame().Settings().block.showIntermediateInfo, 0);
+}
+
+TEST_F(MainFrame, SecureDeletionAsksAndShowsWhatIsLeft) {
+    Start();
+    constexpr const char* kCaption = "Secure deletion";
+    const auto expectQuestion = [&](int answer) {
+        ui.ExpectMessageBox(
+            "You will not be able to restore information.\nAre you sure you want to delete the selected "
+            "items?",
+            kCaption, MB_YESNO | MB_ICONQUESTION, answer);
+    };
+    ui.ExpectMessageBox("Please, select items to work with them.", kInformationCaption,
+                        MB_OK | MB_ICONINFORMATION, IDOK);
+    Run(ID_SECURE_DELETION);
+
+    auto window = testing::UiDriver::MainWindow();
+    window.SelectRow(kList, 0);
+    expectQuestion(IDNO);
+    Run(ID_SECURE_DELETION);
+    EXPECT_EQ(Rows().size(), 2U);
+    expectQuestion(IDYES);
+    ui.ExpectDialog(IDD_SECURE_DELETION);
+    Run(ID_SECURE_DELETION);
+    EXPECT_THAT(Rows(), ElementsAre(HasSubstr("file")));
+
+    ui.ExpectDialog(IDD_SETTINGS, [](testing::WindowDriver& dialog) {
+        dialog.Click(IDC_SETTINGS_ASK_BEFORE_DELETION);
+        dialog.Click(IDOK);
+    });
+    Run(ID_SETTINGS);
+    window.SelectRow(kList, 0);
+    ui.ExpectDialog(IDD_SECURE_DELETION);
+    window.Press("Ctrl+Del");
+    EXPECT_THAT(Rows(), ElementsAre());
+
+    Run(ID_GO_TO_ROOT);
+    window.SelectRow(kList, 0);
+    ui.ExpectMessageBox("Cannot remove disk drive.", kCaption, MB_OK | MB_ICONWARNING, IDOK);
+    Run(ID_SECURE_DELETION);
+}
+
+TEST_F(MainFrame, SecureDeletionNeverTakesItsNamesFromAnotherFolder) {
+    data.MakeFolder("sub/inner");
+    data.MakeFile("sub/inner/file");
+    Start();
+    auto window = testing::UiDriver::MainWindow();
+    window.SetText(IDC_LOCATION, R"(T:\sub\inner)");
+    window.Press("Return");
+    window.SelectRow(kList, 0);
+    std::filesystem::rename(data.Path("sub"), data.Path("moved"));
+    std::filesystem::current_path(data.Path());
+    ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION, IDYES);
+    ui.ExpectMessageBox(GetSystemMessageText(ERROR_PATH_NOT_FOUND), kErrorCaption, MB_OK | MB_ICONERROR,
+                        IDOK);
+    ui.ExpectMessageBox(HasSubstr("does not exist any more"), kInformationCaption, MB_OK | MB_ICONINFORMATION,
+                        IDOK);
+    Run(ID_SECURE_DELETION);
+    EXPECT_TRUE(std::filesystem::exists(data.Path("file")));
+    EXPECT_TRUE(std::filesystem::exists(data.Path("moved/inner/file")));
 }
 
 }  // namespace
