@@ -221,7 +221,7 @@ TEST_F(MainFrame, TheSecurityEditorOpensOnTheSelection) {
     const auto openOnBoth = [&] {
         window.SelectRows(kList, {0, 1});
         ui.ExpectSheet("Security Editor - sub", [](testing::WindowDriver& sheet) {
-            EXPECT_THAT(sheet.Tabs(), ElementsAre("Permissions"));
+            EXPECT_THAT(sheet.Tabs(), ElementsAre("Permissions", "Owner", "Effective Permissions"));
             sheet.Press("Esc");
         });
         Run(ID_PERMISSIONS);
