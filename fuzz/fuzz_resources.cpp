@@ -13,7 +13,7 @@ namespace {
 
 void CheckPicture(std::span<const std::byte> data, PictureKind kind) {
     const auto picture = DecodePicture(data, kind);
-    if (!picture || !picture->png.empty()) return;
+    if (!picture || !picture->file.empty()) return;
     Require(picture->size.cx > 0 && picture->size.cy > 0, "a picture has a size");
     const std::size_t pixels =
         static_cast<std::size_t>(picture->size.cx) * static_cast<std::size_t>(picture->size.cy);

@@ -8,9 +8,9 @@ namespace {
 // Where each object has a picture of its own, keeping them all would only fill the memory.
 constexpr std::size_t kMostIcons = 1000;
 
-CIcon Decoded(const ShellPicture& picture) {
-    return picture.png.empty() ? CIcon::FromPixels({picture.width, picture.height}, picture.pixels)
-                               : CIcon::FromPng(picture.png);
+CIcon Decoded(const ShellPicture& picture, Size size) {
+    return picture.file.empty() ? CIcon::FromPixels({picture.width, picture.height}, picture.pixels)
+                                : CIcon::FromFile(picture.file, size);
 }
 
 }  // namespace
@@ -29,14 +29,14 @@ bool OpenByShell(HWND owner, const std::string& target) {
 
 ShellIcons::Pair ShellIcons::Find(const std::string& path) {
     const ShellIcon icon = FindShellIcon(path.c_str());
-    return {IconOf(icon.large), IconOf(icon.small)};
+    return {IconOf(icon.large, LargeIconSize()), IconOf(icon.small, SmallIconSize())};
 }
 
-CIcon ShellIcons::IconOf(const Picture& picture) {
+CIcon ShellIcons::IconOf(const Picture& picture, Size size) {
     if (!picture) return {};
     if (icons.size() >= kMostIcons) icons.clear();
     const auto [entry, isNew] = icons.try_emplace(picture);
-    if (isNew) entry->second = Decoded(*picture);
+    if (isNew) entry->second = Decoded(*picture, size);
     return entry->second;
 }
 

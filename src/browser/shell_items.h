@@ -28,7 +28,7 @@ class ShellIcons {
 
   private:
     using Picture = std::shared_ptr<const ShellPicture>;
-    CIcon IconOf(const Picture& picture);
+    CIcon IconOf(const Picture& picture, Size size);
 
     std::map<Picture, CIcon> icons;  // what was made of the shell's pictures, which live as long
 };

@@ -25,9 +25,10 @@ CIcon CIcon::FromBitmap(unsigned int id) {
     return CIcon(MakeNativeImage(pictures));
 }
 
-CIcon CIcon::FromPng(std::span<const std::byte> file) {
+CIcon CIcon::FromFile(std::span<const std::byte> file, Size size) {
     PictureData picture;
-    picture.png = file;
+    picture.size = size;
+    picture.file = file;
     return file.empty() ? CIcon() : CIcon(MakeNativeImage({&picture, 1}));
 }
 

@@ -181,11 +181,11 @@ void StopToolkit();
 void PostLater(int milliseconds, std::function<void()> work);
 
 // One picture of an icon or bitmap: 32-bit pixels, top row first, each in the bytes blue, green, red, alpha
-// (not premultiplied), or a whole PNG file.
+// (not premultiplied), or a whole file, PNG or a drawing (SVG).
 struct PictureData {
-    Size size;
+    Size size;  // of the pixels, or the one that a drawing is wanted in
     std::vector<std::uint8_t> pixels;
-    std::span<const std::byte> png;
+    std::span<const std::byte> file;
 };
 // All sizes of one picture; null when none can be read.
 std::shared_ptr<const NativeImage> MakeNativeImage(std::span<const PictureData> pictures);

@@ -132,7 +132,7 @@ void MakeOpaque(PictureData& picture) {
 std::optional<PictureData> DecodePicture(std::span<const std::byte> data, PictureKind kind) {
     PictureData picture;
     if (kind == PictureKind::kIcon && IsPng(data)) {
-        picture.png = data;
+        picture.file = data;
         return picture;
     }
     ResourceReader reader(data);

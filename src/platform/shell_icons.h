@@ -13,9 +13,9 @@ namespace permora {
 
 // A picture in one of two forms.
 struct ShellPicture {
-    // A whole PNG file, from the desktop's icon theme: nothing in it was checked. Its size may differ a
-    // little from the one asked for.
-    std::vector<std::byte> png;
+    // A whole file, PNG or a drawing (SVG), from the desktop's icon theme: nothing in it was checked. The
+    // picture's size may differ from the one asked for.
+    std::vector<std::byte> file;
     // Or rows from the top, each pixel in the bytes blue, green, red, alpha (not premultiplied).
     int width = 0;
     int height = 0;

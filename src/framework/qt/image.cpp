@@ -1,17 +1,29 @@
 #include "framework/qt/image.h"
 
+#include <QBuffer>
 #include <QImage>
+#include <QImageReader>
 
 #include "framework/native.h"
 
 namespace permora {
 namespace {
 
+// Of all that the toolkit could read only these two are tried.
+QImage DecodeFile(const PictureData& picture) {
+    const QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(picture.file.data()),
+                                                     static_cast<qsizetype>(picture.file.size()));
+    QBuffer buffer;
+    buffer.setData(bytes);
+    const bool isPng = bytes.startsWith("\x89PNG");
+    QImageReader reader(&buffer, isPng ? "png" : "svg");
+    reader.setAutoDetectImageFormat(false);
+    if (!isPng) reader.setScaledSize({picture.size.cx, picture.size.cy});
+    return reader.read();
+}
+
 QImage Decode(const PictureData& picture) {
-    if (!picture.png.empty()) {
-        return QImage::fromData(reinterpret_cast<const uchar*>(picture.png.data()),
-                                static_cast<int>(picture.png.size()), "PNG");
-    }
+    if (!picture.file.empty()) return DecodeFile(picture);
     constexpr int kChannels = 4;
     const QImage borrowed(picture.pixels.data(), picture.size.cx, picture.size.cy,
                           picture.size.cx * kChannels, QImage::Format_ARGB32);

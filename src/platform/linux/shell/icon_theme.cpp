@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cstdlib>
 #include <limits>
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/base/run_tool.h"
 #include "platform/linux/base/user_folders.h"
 #include "platform/linux/shell/ini_text.h"
 
@@ -16,6 +18,8 @@ namespace permora::host {
 namespace {
 
 constexpr const char* kThemeGroup = "Icon Theme";
+// What most desktops have.
+constexpr const char* kUsualTheme = "Adwaita";
 // Every other theme inherits from it.
 constexpr const char* kLastTheme = "hicolor";
 
@@ -45,20 +49,51 @@ bool IsPlainPath(const std::string& path) {
     return !path.starts_with('/') && ("/" + path + "/").find("/../") == path.npos;
 }
 
+std::string PictureIn(const std::string& folder, const std::string& name) {
+    for (const char* extension : {".png", ".svg"}) {
+        std::string path = folder + name + extension;
+        if (access(path.c_str(), R_OK) == 0) return path;
+    }
+    return {};
+}
+
+// GNOME's choice stands in a database that its own tool reads: a text in single quotes. Empty without it.
+std::string ThemeOfGnome() {
+    constexpr ToolLimits kLimits{std::chrono::seconds(1), 4096};
+    std::string answer;
+    if (RunTool("gsettings", {"get", "org.gnome.desktop.interface", "icon-theme"}, kLimits, answer) !=
+        ERROR_SUCCESS)
+        return {};
+    const std::size_t start = answer.find('\'');
+    const std::size_t end = answer.rfind('\'');
+    return start < end ? answer.substr(start + 1, end - start - 1) : "";
+}
+
 // The theme that the user chose for his desktop.
 std::string ChosenTheme() {
     const std::string configuration = UserConfigurationFolder();
-    const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
-    if (desktop != nullptr && std::string_view(desktop).find("KDE") != std::string_view::npos) {
+    const char* variable = std::getenv("XDG_CURRENT_DESKTOP");
+    const std::string_view desktop = variable != nullptr ? variable : "";
+    if (desktop.find("KDE") != desktop.npos) {
         std::string theme = IniValue(ReadIniFile(configuration + "/kdeglobals"), "Icons", "Theme");
         return theme.empty() ? "breeze" : theme;
+    }
+    if (desktop.find("GNOME") != desktop.npos) {
+        if (std::string theme = ThemeOfGnome(); !theme.empty()) return theme;
     }
     for (const std::string& folder : {configuration, std::string("/etc")}) {
         std::string theme =
             IniValue(ReadIniFile(folder + "/gtk-3.0/settings.ini"), "Settings", "gtk-icon-theme-name");
         if (!theme.empty()) return theme;
     }
-    return "Adwaita";
+    return kUsualTheme;
+}
+
+bool IsInstalled(const std::string& theme, const std::vector<std::string>& dataFolders) {
+    return IsPlainName(theme) &&
+           std::any_of(dataFolders.begin(), dataFolders.end(), [&theme](const std::string& folder) {
+               return access((folder + "/icons/" + theme + "/index.theme").c_str(), R_OK) == 0;
+           });
 }
 
 }  // namespace
@@ -79,7 +114,11 @@ IconTheme::IconTheme(const std::string& name, const std::vector<std::string>& da
 }
 
 const IconTheme& IconTheme::Shared() {
-    static const IconTheme theme(ChosenTheme(), DataFolders());
+    static const IconTheme theme = [] {
+        const std::vector<std::string> folders = DataFolders();
+        const std::string chosen = ChosenTheme();
+        return IconTheme(IsInstalled(chosen, folders) ? chosen : kUsualTheme, folders);
+    }();
     return theme;
 }
 
@@ -116,7 +155,7 @@ IconTheme::Sizes IconTheme::SizesOf(const IniGroups& index, const std::string& p
     return {size, size - threshold, size + threshold};
 }
 
-std::string IconTheme::FindPng(const std::vector<std::string>& names, int size) const {
+std::string IconTheme::FindPicture(const std::vector<std::string>& names, int size) const {
     for (const std::vector<Folder>& folders : themes) {
         for (const std::string& name : names) {
             std::string path = IsPlainName(name) ? FindIn(folders, name, size) : "";
@@ -135,8 +174,8 @@ std::string IconTheme::FindIn(const std::vector<Folder>& folders, const std::str
         const std::pair<int, int> distance{std::max({smallest - size, size - largest, 0}),
                                            std::abs(nominal - size)};
         if (distance >= least) continue;
-        std::string path = folder.path + name + ".png";
-        if (access(path.c_str(), R_OK) != 0) continue;
+        std::string path = PictureIn(folder.path, name);
+        if (path.empty()) continue;
         least = distance;
         best = std::move(path);
     }

@@ -19,9 +19,9 @@ class IconTheme {
     // That of this user's desktop, read once.
     static const IconTheme& Shared();
 
-    // The path of the PNG file for the first of `names` that the nearest theme has, in the size that is
-    // closest to `size` pixels; empty when there is none. Drawings (SVG) are not considered.
-    std::string FindPng(const std::vector<std::string>& names, int size) const;
+    // The path of the file, PNG or else a drawing (SVG), for the first of `names` that the nearest theme has,
+    // in the size that is closest to `size` pixels; empty when there is none.
+    std::string FindPicture(const std::vector<std::string>& names, int size) const;
 
   private:
     // In pixels: what the pictures are, and for which sizes they are meant.

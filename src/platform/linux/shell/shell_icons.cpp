@@ -19,25 +19,25 @@ using Picture = std::shared_ptr<const ShellPicture>;
 // No icon of 32 pixels is larger.
 constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 20;
 
-Picture ReadPng(const std::string& path) {
+Picture ReadPicture(const std::string& path) {
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(path, error);
     if (error || size == 0 || size > kLargestFile) return nullptr;
     auto picture = std::make_shared<ShellPicture>();
-    picture->png.resize(size);
-    std::ifstream file(path, std::ios::binary);
-    file.read(reinterpret_cast<char*>(picture->png.data()), static_cast<std::streamsize>(size));
-    return file ? picture : nullptr;
+    picture->file.resize(size);
+    std::ifstream stream(path, std::ios::binary);
+    stream.read(reinterpret_cast<char*>(picture->file.data()), static_cast<std::streamsize>(size));
+    return stream ? picture : nullptr;
 }
 
-Picture FindPicture(const std::vector<std::string>& names, int pixels) {
-    const std::string path = host::IconTheme::Shared().FindPng(names, pixels);
-    return path.empty() ? nullptr : ReadPng(path);
+Picture PictureOf(const std::vector<std::string>& names, int pixels) {
+    const std::string path = host::IconTheme::Shared().FindPicture(names, pixels);
+    return path.empty() ? nullptr : ReadPicture(path);
 }
 
 ShellIcon LoadIcon(const std::string& type) {
     const std::vector<std::string> names = host::MimeDatabase::Shared().IconsOf(type);
-    return {FindPicture(names, 32), FindPicture(names, 16)};
+    return {PictureOf(names, 32), PictureOf(names, 16)};
 }
 
 }  // namespace

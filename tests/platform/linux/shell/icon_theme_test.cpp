@@ -42,7 +42,9 @@ TEST_F(IconThemes, GiveTheNearestThemesPictureInTheNearestSize) {
     const std::string small = MakeIcon("mine/16/file.png");
     const std::string large = MakeIcon("mine/48/file.png");
     const std::string scalable = MakeIcon("mine/any/other.png");
-    MakeIcon("mine/16/drawing.svg");
+    const std::string drawing = MakeIcon("mine/any/drawing.svg");
+    MakeIcon("mine/16/file.svg");
+    MakeIcon("mine/16/other.txt");
     MakeIcon("outside/secret.png");
     const std::string inherited = MakeIcon("parent/32/file.png");
     const std::string generic = MakeIcon("parent/32/generic.png");
@@ -62,14 +64,14 @@ TEST_F(IconThemes, GiveTheNearestThemesPictureInTheNearestSize) {
         {{"missing", "generic"}, 16, generic},
         {{"generic", "file"}, 16, small},  // a nearer theme's worse name comes before a farther one's better
         {{"last"}, 512, last},
-        {{"drawing"}, 16, ""},
+        {{"drawing"}, 16, drawing},
         {{"../../outside/secret", "secret"}, 16, ""},
         {{}, 16, ""},
     };
     for (const auto& [names, size, path] : cases)
-        EXPECT_EQ(theme.FindPng(names, size), path) << (names.empty() ? "" : names[0]) << ' ' << size;
-    EXPECT_EQ(IconTheme("parent", {base.Path()}).FindPng({"file"}, 16), inherited);
-    EXPECT_EQ(IconTheme("../icons/mine", {base.Path()}).FindPng({"file", "last"}, 16), last);
+        EXPECT_EQ(theme.FindPicture(names, size), path) << (names.empty() ? "" : names[0]) << ' ' << size;
+    EXPECT_EQ(IconTheme("parent", {base.Path()}).FindPicture({"file"}, 16), inherited);
+    EXPECT_EQ(IconTheme("../icons/mine", {base.Path()}).FindPicture({"file", "last"}, 16), last);
 }
 
 }  // namespace

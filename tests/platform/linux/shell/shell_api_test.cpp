@@ -117,7 +117,7 @@ TEST_F(Shell, HasOneIconForAllObjectsOfAKind) {
     MakeFile("a.noted");
     const auto icon = FindShellIcon("one").small;
     ASSERT_TRUE(icon);
-    EXPECT_EQ(std::memcmp(icon->png.data(), "picture", icon->png.size()), 0);
+    EXPECT_EQ(std::memcmp(icon->file.data(), "picture", icon->file.size()), 0);
     EXPECT_EQ(FindShellIcon("two").small, icon);
     for (const char* none : {"a.noted", "missing"}) {
         EXPECT_FALSE(FindShellIcon(none).small) << none;
