@@ -9,8 +9,8 @@ volumePackages=(ntfs-3g fuse3 attr)
 # A real server and its clients.
 serverPackages=(samba smbclient)
 
-# A screen without a display, a window manager, and the hands and eyes of the test that uses them.
-screenPackages=(xvfb openbox xdotool x11-utils imagemagick)
+# A screen without a display, a window manager, letters, and the hands and eyes of the test that uses them.
+screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core)
 
 # MissingPackages PACKAGE...: those that are not installed, one a line. A look into dpkg's own tables, no network.
 MissingPackages() {

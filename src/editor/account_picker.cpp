@@ -21,6 +21,7 @@ const MessageMap& CDlgUsersAndGroups::GetMessageMap() const {
         {
             {IDC_FIND_ACCOUNTS, Notify::kClicked, &CDlgUsersAndGroups::OnFind},
             {IDC_FOUND_ACCOUNTS, Notify::kClick, &CDlgUsersAndGroups::OnAccountClicked},
+            {IDC_FOUND_ACCOUNTS, Notify::kItemChanged, &CDlgUsersAndGroups::OnAccountSelected},
             {IDC_FOUND_ACCOUNTS, Notify::kDoubleClick, &CDlgUsersAndGroups::OnOK},
             {IDC_PICKER_OK, Notify::kClicked, &CDlgUsersAndGroups::OnOK},
             {IDC_PICKER_CANCEL, Notify::kClicked, &CDlgUsersAndGroups::OnCancel},
@@ -62,6 +63,11 @@ void CDlgUsersAndGroups::OnAccountClicked(Notification& notification) {
     const std::string name = list.GetItemText(notification.row, kName);
     const std::string domain = list.GetItemText(notification.row, kDomain);
     NameField().SetWindowText(domain.empty() ? name : domain + '\\' + name);
+}
+
+// What a click does, done with the keyboard.
+void CDlgUsersAndGroups::OnAccountSelected(Notification& notification) {
+    if (FoundAccounts().NextSelected(notification.row) == notification.row) OnAccountClicked(notification);
 }
 
 void CDlgUsersAndGroups::OnOK() {

@@ -23,6 +23,7 @@ class CDlgUsersAndGroups : public CDialog {
   private:
     void OnFind();
     void OnAccountClicked(Notification& notification);
+    void OnAccountSelected(Notification& notification);
 
     // Each ends the program, after its box, when the control is missing.
     CListCtrl& FoundAccounts() const;

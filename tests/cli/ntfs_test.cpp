@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <sstream>
 
 #include "tests/cli/cli_program.h"
 #include "tests/support/ntfs_volume.h"
@@ -12,26 +11,6 @@ namespace permora::test {
 namespace {
 
 using testing::HasSubstr;
-
-// The entries of one object as ntfssecaudit reads them from the unmounted image: a line "type flags rights
-// SID" for each, with numbers in hexadecimal, the SID's too.
-std::string AuditedEntries(NtfsVolume& volume, const std::string& path) {
-    volume.Unmount();
-    std::istringstream text(RunCommand({"ntfssecaudit", "-vv", volume.Image(), path}).output);
-    std::string entries;
-    bool inList = false;
-    for (std::string line; std::getline(text, line);) {
-        if (line == "DACL") inList = true;  // the last part, since these volumes have no system lists
-        std::istringstream words(line);
-        std::string label;
-        std::string value;
-        words >> label >> value;
-        if (label == "Acc") words >> value;
-        const bool isField = label == "type" || label == "flags" || label == "Acc" || label == "hex";
-        if (inList && isField) entries += value + (label == "hex" ? "\n" : " ");
-    }
-    return entries;
-}
 
 class NtfsTest : public testing::Test {
   protected:
@@ -67,18 +46,18 @@ TEST_F(NtfsTest, WhatTheCommandsWriteStandsOnTheDisk) {
     EXPECT_EQ(RunCli({"revoke", sub, "--account", "Users"}).exitCode, 0);
     EXPECT_EQ(RunCli({"grant", team, "--account", "Users", "--rights", "Take ownership"}).exitCode, 0);
 
-    EXPECT_EQ(AuditedEntries(*volume, "/team"),
+    EXPECT_EQ(volume->AuditedEntries("/team"),
               "1 0x9 0x110000 S-1-1-0\n"
               "0 0x3 0x1a0080 S-1-5-20-221\n"
               "0 0x3 0x1f01ff S-1-5-20-220\n");
-    EXPECT_EQ(AuditedEntries(*volume, "/team/file"),
+    EXPECT_EQ(volume->AuditedEntries("/team/file"),
               "1 0x10 0x110000 S-1-1-0\n"
               "0 0x10 0x1a0080 S-1-5-20-221\n"
               "0 0x10 0x1f01ff S-1-5-20-220\n");
-    EXPECT_EQ(AuditedEntries(*volume, "/team/sub"),
+    EXPECT_EQ(volume->AuditedEntries("/team/sub"),
               "1 0x9 0x110000 S-1-1-0\n"
               "0 0x3 0x1f01ff S-1-5-20-220\n");
-    EXPECT_EQ(AuditedEntries(*volume, "/team/sub/deep"),
+    EXPECT_EQ(volume->AuditedEntries("/team/sub/deep"),
               "1 0x10 0x110000 S-1-1-0\n"
               "0 0x10 0x1f01ff S-1-5-20-220\n");
     EXPECT_THAT(volume->Audit(), HasSubstr("No errors were found"));

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <sstream>
 
 #include "tests/cli/cli_program.h"
 #include "tests/support/samba_server.h"
@@ -26,16 +25,6 @@ class SambaTest : public testing::Test {
         ASSERT_EQ(server->Problem(), "");
     }
 
-    // The entries as the server tells them to its clients: a line "SID:type/flags/mask" for each.
-    static std::string ServedEntries(const std::string& name) {
-        std::istringstream text(server->Smbcacls(name).output);
-        std::string entries;
-        for (std::string line; std::getline(text, line);) {
-            if (line.starts_with("ACL:")) entries += line.substr(4) + '\n';
-        }
-        return entries;
-    }
-
     static std::unique_ptr<SambaServer> server;
 };
 
@@ -49,11 +38,11 @@ TEST_F(SambaTest, TheServerServesWhatTheCommandsWrite) {
     EXPECT_EQ(RunCli({"grant", team, "--account", "Everyone", "--rights", "Read permissions"}).exitCode, 0);
     EXPECT_EQ(RunCli({"deny", team, "--account", "Guests", "--rights", "Delete", "--scope", "4"}).exitCode,
               0);
-    EXPECT_EQ(ServedEntries("team"),
+    EXPECT_EQ(server->ServedEntries("team"),
               "S-1-5-32-546:1/0xb/0x00110000\n"
               "S-1-1-0:0/0x3/0x00120000\n"
               "S-1-5-32-544:0/0x3/0x001f01ff\n");
-    EXPECT_EQ(ServedEntries("team/sub"),
+    EXPECT_EQ(server->ServedEntries("team/sub"),
               "S-1-5-32-546:1/0x13/0x00110000\n"
               "S-1-1-0:0/0x13/0x00120000\n"
               "S-1-5-32-544:0/0x13/0x001f01ff\n");
@@ -66,7 +55,7 @@ TEST_F(SambaTest, TheServerServesWhatTheCommandsWrite) {
     const CommandResult served =
         RunCommand({"smbcacls", "//127.0.0.1/share", "team/sub", "-U", "root%secret"});
     EXPECT_THAT(served.output, HasSubstr("ACL:PERMORATEST\\root:ALLOWED/OI|CI/FULL\n"));
-    EXPECT_EQ(ServedEntries("team/sub").find('\n') + 1, ServedEntries("team/sub").size());
+    EXPECT_EQ(server->ServedEntries("team/sub").find('\n') + 1, server->ServedEntries("team/sub").size());
 }
 
 TEST_F(SambaTest, TheCommandsReadWhatAClientWrites) {
@@ -77,7 +66,7 @@ TEST_F(SambaTest, TheCommandsReadWhatAClientWrites) {
     ASSERT_EQ(set.exitCode, 0) << set.output;
     EXPECT_EQ(EntriesOf(path), "Deny S-1-5-32-546 0x10000 0\nAllow S-1-1-0 0x200a9 3\n");
     EXPECT_EQ(RunCli({"revoke", path, "--account", "Guests"}).exitCode, 0);
-    EXPECT_EQ(ServedEntries("written"), "S-1-1-0:0/0x3/0x001200a9\n");
+    EXPECT_EQ(server->ServedEntries("written"), "S-1-1-0:0/0x3/0x001200a9\n");
 }
 
 TEST_F(SambaTest, TheServerServesTheOwnersOfATree) {

@@ -101,8 +101,14 @@ Picture() {
 
 Keys() { xdotool key --delay 20 "$@"; }
 
-# ClickIn WINDOW X Y: pixels from the window's top left corner.
-ClickIn() { xdotool mousemove --sync --window "$1" "$2" "$3" click 1; }
+# ClickIn WINDOW X Y [CLICK...]: pixels from the window's top left corner; how to click, if not once and left, in the
+# words of xdotool.
+ClickIn() {
+    local window=$1 x=$2 y=$3
+    shift 3
+    [ $# -gt 0 ] || set -- 1
+    xdotool mousemove --sync --window "$window" "$x" "$y" click "$@"
+}
 ClickAt() { ClickIn "$window" "$@"; }
 
 # HasWindow TITLE: a visible window of exactly this title; its id is then in $found.

@@ -2,27 +2,8 @@
 # The program from its start to its end as a user sees it, on a screen of its own:
 #   main_window_test.sh PROGRAM-FOLDER PICTURE-FOLDER light|dark
 set -euo pipefail
-here=$(dirname "$(readlink -f "$0")")
-# shellcheck source=tests/end_to_end/desktop.sh
-source "$here/desktop.sh"
-
-# For builds that look for leaks at their end.
-export LSAN_OPTIONS="suppressions=$here/leaks.supp:print_suppressions=0"
-
-programs=$(readlink -f "$1")
-pictures=$2/$3
-colours=$3
-rm -rf "$pictures"
-mkdir -p "$pictures"
-work=$(mktemp -d)
-programPid=
-CleanUp() {
-    [ -z "$programPid" ] || kill "$programPid" 2>/dev/null || true
-    StopDesktop
-    rm -rf "$work"
-}
-desktopPids=()
-trap CleanUp EXIT
+# shellcheck source=tests/end_to_end/program.sh
+source "$(dirname "$(readlink -f "$0")")/program.sh"
 
 # Fixed times and sizes, so that the orders of the columns differ.
 MakeData() {
@@ -36,38 +17,6 @@ MakeData() {
     touch -d '2024-05-01 10:00' "$1/archive.zip"
     touch -d '2022-03-01 10:00' "$1/budget.txt" "$1/notes.png" "$1/日本語.txt" "$1"/{Alpha,Beta,Überblick}
 }
-
-# Same NAME NAME: fails unless the two pictures show the same, but for a few pixels at the edges of the address bar, which
-# the window manager's frame may shift by one.
-Same() {
-    local one other pixels
-    one=$(ls "$pictures"/*-"$1".png) other=$(ls "$pictures"/*-"$2".png)
-    pixels=$(compare -metric AE "$one" "$other" null: 2>&1 || true)
-    [ "$pixels" -lt 400 ] || Fail "$1 and $2 differ in $pixels pixels"
-}
-
-# Start [FOLDER]: until its window can be used.
-Start() {
-    "$programs/permora" "$@" >>"$work/output" 2>&1 &
-    programPid=$!
-    WaitUntil "the main window" HasWindow Permora
-    window=$found
-    WaitUntil "the main window to be active" IsActive "$window"
-    Settle
-}
-
-HasEnded() { ! kill -0 "$programPid" 2>/dev/null; }
-WaitForEnd() {
-    local status=0
-    WaitUntil "the program to end" HasEnded
-    wait "$programPid" || status=$?
-    programPid=
-    [ "$status" = 0 ] || Fail "the program ended with $status: $(cat "$work/output")"
-}
-
-# The folder shown is the program's current directory.
-Shows() { [ "$(readlink "/proc/$programPid/cwd")" = "$1" ]; }
-WaitForFolder() { WaitUntil "the folder $1" Shows "$1"; }
 
 # StoredByte OFFSET: of the settings record.
 StoredByte() {
@@ -96,31 +45,14 @@ TypeLocation() {
     Keys Return
 }
 
-OpenDialog() { # TITLE KEY...
-    local title=$1
-    shift
-    Keys "$@"
-    WaitUntil "the window \"$title\"" HasWindow "$title"
-    dialog=$found
-    WaitUntil "\"$title\" to be active" IsActive "$dialog"
-}
-CloseDialog() { # TITLE KEY
-    Keys "$2"
-    WaitUntil "\"$1\" to close" HasNoWindow "$1"
-    WaitUntil "the main window to be active again" IsActive "$window"
-}
-
 # Places in the window, in pixels from its top left corner: menu, toolbar with address field, list.
 addressField=(700 40)
 headers=(60 210 360 510)
-headerLine=72
-# In the settings dialog.
-toolTipsBox=(217 88)
+headerLine=70
 
+BeginRun "$1" "$2/$3" "$3"
 data=$work/data
 MakeData "$data"
-StartDesktop "$work/home" "$colours"
-"$programs/permora-cli" setup "$programs" >/dev/null
 
 # Without the installation the program says what is missing, and ends.
 XDG_CONFIG_HOME=$work/home/nowhere "$programs/permora" >>"$work/output" 2>&1 &
@@ -160,17 +92,13 @@ for column in 1 2 3 0; do
 done
 Step "desktop-icons" Keys alt+v u
 
-OpenDialog "Permora Settings" alt+f s
-Settle
-Picture "settings-dialog"
-ClickIn "$dialog" "${toolTipsBox[@]}"
-CloseDialog "Permora Settings" Return
+OpenDialog "Permora Settings" Keys alt+f s
+ClickInTemplate 238 166 125 41 # "Show tool tips"
+CloseDialog "Permora Settings" "$window" Keys Return
 Stored 37 0
 Stored 36 0
-OpenDialog "About ZEL" alt+h a
-Settle
-Picture "about-box"
-CloseDialog "About ZEL" Escape
+OpenDialog "About ZEL" Keys alt+h a
+CloseDialog "About ZEL" "$window" Keys Escape
 
 Keys F5
 Settle
@@ -201,5 +129,4 @@ WaitUntil "the window to be where it was" HasGeometry "$place"
 Keys Escape
 WaitForEnd
 
-[ ! -s "$work/output" ] || Fail "the program wrote: $(cat "$work/output")"
-echo "Passed; the pictures are in $pictures"
+EndRun

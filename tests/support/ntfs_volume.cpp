@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <sstream>
 #include <thread>
 
 #include "platform/linux/base/unique_fd.h"
@@ -85,6 +86,24 @@ void NtfsVolume::Unmount() {
 std::string NtfsVolume::Audit(const std::string& path) {
     Unmount();
     return RunCommand({"ntfssecaudit", "-r", "-v", image, path}).output;
+}
+
+std::string NtfsVolume::AuditedEntries(const std::string& path) {
+    Unmount();
+    std::istringstream text(RunCommand({"ntfssecaudit", "-vv", image, path}).output);
+    std::string entries;
+    bool inList = false;
+    for (std::string line; std::getline(text, line);) {
+        if (line == "DACL") inList = true;  // the last part, since these volumes have no system lists
+        std::istringstream words(line);
+        std::string label;
+        std::string value;
+        words >> label >> value;
+        if (label == "Acc") words >> value;
+        const bool isField = label == "type" || label == "flags" || label == "Acc" || label == "hex";
+        if (inList && isField) entries += value + (label == "hex" ? "\n" : " ");
+    }
+    return entries;
 }
 
 }  // namespace permora::test

@@ -39,6 +39,9 @@ class NtfsVolume {
     // Unmounts, and hands back what `ntfssecaudit -r -v` says about the object `path` of the volume and all
     // below it: every descriptor as text, and "No errors were found" when that is so.
     std::string Audit(const std::string& path = "/");
+    // Unmounts, and hands back the entries of one object as ntfssecaudit reads them from the image: a line
+    // "type flags rights SID" for each, with numbers in hexadecimal, the SID's too.
+    std::string AuditedEntries(const std::string& path);
 
   private:
     bool IsMounted() const;

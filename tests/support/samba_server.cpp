@@ -14,9 +14,11 @@
 #include <csignal>
 #include <cstring>
 #include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "platform/linux/base/unique_fd.h"
+#include "tests/support/own_mounts.h"
 
 namespace permora::test {
 
@@ -45,8 +47,8 @@ bool BringLoopbackUp() {
 }
 
 std::string EnterOwnWorld() {
-    if (unshare(CLONE_NEWNS | CLONE_NEWNET) != 0) return FailedStep("unshare");
-    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return FailedStep("private mounts");
+    if (std::string failure = EnterOwnMounts(); !failure.empty()) return failure;
+    if (unshare(CLONE_NEWNET) != 0) return FailedStep("unshare");
     if (!BringLoopbackUp()) return FailedStep("loopback interface");
     for (const char* place : kPrivateFolders) {
         if (RunCommand({"mkdir", "-p", place}).exitCode != 0) return std::string("cannot make ") + place;
@@ -132,6 +134,15 @@ SambaServer::~SambaServer() {
 
 CommandResult SambaServer::Smbcacls(const std::string& name, const std::vector<std::string>& options) const {
     return RunSmbcacls("share", name, options);
+}
+
+std::string SambaServer::ServedEntries(const std::string& name) const {
+    std::istringstream text(Smbcacls(name).output);
+    std::string entries;
+    for (std::string line; std::getline(text, line);) {
+        if (line.starts_with("ACL:")) entries += line.substr(4) + '\n';
+    }
+    return entries;
 }
 
 CommandResult SambaServer::SmbcaclsOnPlainShare(const std::string& name,

@@ -34,7 +34,9 @@ class SambaServer {
 
     // smbcacls on the object `name` of the share (path relative to it), names as SIDs, masks as numbers.
     CommandResult Smbcacls(const std::string& name, const std::vector<std::string>& options = {}) const;
-    // The same through a second share of the same folder, which does not ignore the system's own access
+    // The entries of an object as smbcacls tells them: a line "SID:type/flags/mask" for each.
+    std::string ServedEntries(const std::string& name) const;
+    // smbcacls through a second share of the same folder, which does not ignore the system's own access
     // lists.
     CommandResult SmbcaclsOnPlainShare(const std::string& name,
                                        const std::vector<std::string>& options = {}) const;

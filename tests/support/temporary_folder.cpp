@@ -12,7 +12,7 @@ namespace permora::test {
 
 TemporaryFolder::TemporaryFolder() {
     const char* base = getenv("TMPDIR");
-    path = std::string(base != nullptr ? base : "/tmp") + "/permora-test-XXXXXX";
+    path = std::string(base != nullptr ? base : "/tmp") + kTemporaryFolderPrefix + "XXXXXX";
     if (mkdtemp(path.data()) == nullptr) {
         std::perror("mkdtemp");
         std::abort();  // no test can go on, and a guessed path must not be removed later

@@ -5,6 +5,9 @@
 
 namespace permora::test {
 
+// With which the names of all these folders begin.
+inline constexpr const char* kTemporaryFolderPrefix = "/permora-test-";
+
 // A new empty folder on the local disk, removed with everything in it at the end (what is mounted below is
 // left alone).
 class TemporaryFolder {

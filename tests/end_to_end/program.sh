@@ -1,0 +1,103 @@
+# The program, set up for a user of its own and started on a desktop of its own. Sourced, not run.
+# shellcheck shell=bash
+
+here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
+# shellcheck source=tests/end_to_end/desktop.sh
+source "$here/desktop.sh"
+
+# For builds that look for leaks at their end.
+export LSAN_OPTIONS="suppressions=$here/leaks.supp:print_suppressions=0"
+
+# BeginRun PROGRAM-FOLDER PICTURE-FOLDER light|dark: starts the desktop and sets the program up. What is made, in $work and
+# elsewhere, is gone when the script ends, but for the pictures.
+work=
+programPid=
+desktopPids=()
+BeginRun() {
+    programs=$(readlink -f "$1")
+    pictures=$2
+    rm -rf "$pictures"
+    mkdir -p "$pictures"
+    work=$(mktemp -d)
+    trap CleanUp EXIT
+    StartDesktop "$work/home" "$3"
+    "$programs/permora-cli" setup "$programs" >/dev/null
+}
+CleanUp() {
+    [ -z "$programPid" ] || kill "$programPid" 2>/dev/null || true
+    StopDesktop
+    rm -rf "$work"
+}
+EndRun() {
+    [ ! -s "$work/output" ] || Fail "the program wrote: $(cat "$work/output")"
+    echo "Passed; the pictures are in $pictures"
+}
+
+# Start [FOLDER]: until its window, $window, can be used.
+Start() {
+    "$programs/permora" "$@" >>"$work/output" 2>&1 &
+    programPid=$!
+    WaitUntil "the main window" HasWindow Permora
+    window=$found
+    WaitUntil "the main window to be active" IsActive "$window"
+    Settle
+}
+
+HasEnded() { ! kill -0 "$programPid" 2>/dev/null; }
+WaitForEnd() {
+    local status=0
+    WaitUntil "the program to end" HasEnded
+    wait "$programPid" || status=$?
+    programPid=
+    [ "$status" = 0 ] || Fail "the program ended with $status: $(cat "$work/output")"
+}
+
+# The folder shown is the program's current directory.
+Shows() { [ "$(readlink "/proc/$programPid/cwd")" = "$1" ]; }
+WaitForFolder() { WaitUntil "the folder $1" Shows "$1"; }
+
+# WaitForDialog TITLE: its id is then in $dialog.
+WaitForDialog() {
+    WaitUntil "the window \"$1\"" HasWindow "$1"
+    dialog=$found
+    WaitUntil "\"$1\" to be active" IsActive "$dialog"
+    Settle
+}
+
+# OpenDialog TITLE COMMAND...: by the command, with a picture.
+OpenDialog() {
+    local title=$1
+    shift
+    "$@"
+    WaitForDialog "$title"
+    Picture "$(tr 'A-Z ' 'a-z-' <<<"$title" | tr -s '-')"
+}
+
+# CloseDialog TITLE OWNER COMMAND...: by the command, after which the window with the id OWNER is active again.
+CloseDialog() {
+    local title=$1 owner=$2
+    shift 2
+    "$@"
+    WaitUntil "\"$title\" to close" HasNoWindow "$title"
+    WaitUntil "the window behind \"$title\" to be active" IsActive "$owner"
+    Settle
+}
+
+# Measure WINDOW: its client area, into $WIDTH and $HEIGHT.
+Measure() { eval "$(xdotool getwindowgeometry --shell "$1" | grep -E '^(WIDTH|HEIGHT)=')"; }
+
+# ClickInTemplate WIDTH HEIGHT X Y [CLICK...]: in $dialog, whose template has that size; in dialog units, so that it hits
+# with every font.
+ClickInTemplate() {
+    Measure "$dialog"
+    ClickIn "$dialog" $(($3 * WIDTH / $1)) $(($4 * HEIGHT / $2)) "${@:5}"
+}
+
+# Same NAME NAME: fails unless the two pictures show the same, but for a few pixels, such as at the edges of the address
+# bar, which the window manager's frame may shift by one.
+Same() {
+    local one other pixels
+    one=$(ls "$pictures"/*-"$1".png) other=$(ls "$pictures"/*-"$2".png)
+    pixels=$(compare -metric AE "$one" "$other" null: 2>&1 || true)
+    [ "$pixels" -lt 400 ] || Fail "$1 and $2 differ in $pixels pixels"
+}
