@@ -1,11 +1,13 @@
 #include "framework/qt/dialog_style.h"
 
+#include <QImage>
 #include <QPainter>
 #include <QStyleOptionButton>
 #include <QStyleOptionFocusRect>
 #include <QVariant>
 #include <algorithm>
 #include <cstdlib>
+#include <span>
 
 namespace permora::qt {
 namespace {
@@ -88,6 +90,20 @@ void DrawGroupBox(QPainter& painter, const QStyle& style, const QStyleOptionGrou
                        box.state.testFlag(QStyle::State_Enabled), box.text, QPalette::WindowText);
 }
 
+// The picture in greys through which the background is seen, whatever its colour.
+QImage Faded(const QImage& picture) {
+    constexpr int kOpacity = 40;  // of 100
+    QImage faded = picture.convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < faded.height(); ++y) {
+        auto* line = reinterpret_cast<QRgb*>(faded.scanLine(y));
+        for (QRgb& pixel : std::span(line, static_cast<std::size_t>(faded.width()))) {
+            const int grey = qGray(pixel);
+            pixel = qRgba(grey, grey, grey, qAlpha(pixel) * kOpacity / 100);
+        }
+    }
+    return faded;
+}
+
 }  // namespace
 
 void DialogStyle::polish(QPalette& palette) {
@@ -95,6 +111,12 @@ void DialogStyle::polish(QPalette& palette) {
     MakeDisabledReadable(palette, QPalette::WindowText, QPalette::Window);
     MakeDisabledReadable(palette, QPalette::Text, QPalette::Base);
     MakeDisabledReadable(palette, QPalette::ButtonText, QPalette::Button);
+}
+
+QPixmap DialogStyle::generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
+                                         const QStyleOption* option) const {
+    if (mode != QIcon::Disabled) return QProxyStyle::generatedIconPixmap(mode, pixmap, option);
+    return QPixmap::fromImage(Faded(pixmap.toImage()));
 }
 
 void DialogStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
