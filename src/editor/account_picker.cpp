@@ -37,7 +37,7 @@ bool CDlgUsersAndGroups::OnInitDialog() {
     CEdit& nameField = NameField();
 
     nameField.SetWindowText(AccountDisplayName(result));
-    list->SetExtendedStyle(ListStyle::kFullRowSelect);
+    list->SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
     list->InsertColumn(kName, "Name", 120);
     list->InsertColumn(kDomain, "Domain", 100);
     list->InsertColumn(kType, "Type", 100);

@@ -73,7 +73,7 @@ bool CPage1::OnInitDialog() {
     CListCtrl& list = AccessList();
     for (std::size_t column = 0; column < kAccessRowTitles.size(); ++column)
         list.InsertColumn(static_cast<int>(column), kAccessRowTitles[column], kColumnWidths[column]);
-    list.SetExtendedStyle(ListStyle::kFullRowSelect);
+    list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
     changed = false;
     object = {};
     if (!names.empty()) ReadFirstItem();

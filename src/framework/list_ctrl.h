@@ -14,7 +14,13 @@ enum class ListView { kIcons, kSmallIcons, kList, kReport };
 enum class ImageListKind { kNormal, kSmall };
 
 // Extended styles, combinable.
-enum class ListStyle : unsigned int { kNone = 0, kFullRowSelect = 1, kCheckBoxes = 2, kInfoTips = 4 };
+enum class ListStyle : unsigned int {
+    kNone = 0,
+    kFullRowSelect = 1,
+    kCheckBoxes = 2,
+    kInfoTips = 4,   // asks for the tip of a row
+    kLabelTips = 8,  // shows a report's texts in full where they are cut (LVS_EX_LABELTIP)
+};
 constexpr ListStyle operator|(ListStyle one, ListStyle other) {
     return static_cast<ListStyle>(static_cast<unsigned int>(one) | static_cast<unsigned int>(other));
 }

@@ -288,6 +288,14 @@ TEST_F(ListCtrl, TipsAreAskedForRowsAndShownAsPlainText) {
     EXPECT_TRUE(QToolTip::text().contains(QStringLiteral("&lt;b&gt;tip")));
     rest({390, 240});
     EXPECT_THAT(owner.Heard(), IsEmpty());
+
+    // Without questions: what does not fit into its column.
+    list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
+    list.SetItemText(2, 1, "a text <much> longer than its column is wide, to be read in a tip");
+    rest(OnText(2));
+    EXPECT_FALSE(QToolTip::text().contains(QStringLiteral("c-row")));
+    rest({list.GetColumnWidth(0) + 5, OnText(2).y()});
+    EXPECT_TRUE(QToolTip::text().contains(QStringLiteral("&lt;much&gt;")));
 }
 
 TEST_F(ListCtrl, AssistiveTechnologyReadsNamesAndStates) {

@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "framework/qt/list_keys.h"
+#include "framework/qt/list_painter.h"
 #include "framework/qt/list_widget.h"
 #include "framework/qt/widget.h"
 
@@ -19,16 +20,19 @@ constexpr int kBandScrollMilliseconds = 30;
 }  // namespace
 
 void ListWidget::ShowTip(const QPoint& viewportPoint, const QPoint& globalPoint) {
-    const int row = list->HasStyle(ListStyle::kInfoTips) ? HitRow(viewportPoint) : -1;
+    const int row = HitRow(viewportPoint);
     const QPointer<ListWidget> self(this);
-    const std::string tip = row >= 0 ? list->AskInfoTip(row) : std::string();
+    QString tip;
+    if (row >= 0 && list->HasStyle(ListStyle::kInfoTips)) tip = ToQt(list->AskInfoTip(row));
     if (!self) return;
-    if (tip.empty()) {
+    if (row >= 0 && list->HasStyle(ListStyle::kLabelTips))
+        tip = ListPainter(*this, *list).CutText(row, CellInViewport(row), viewportPoint.x());
+    if (tip.isEmpty()) {
         QToolTip::hideText();
         return;
     }
     // Names of files must not be taken for markup.
-    QToolTip::showText(globalPoint, Qt::convertFromPlainText(ToQt(tip), Qt::WhiteSpacePre), viewport(),
+    QToolTip::showText(globalPoint, Qt::convertFromPlainText(tip, Qt::WhiteSpacePre), viewport(),
                        CellInViewport(row));
 }
 

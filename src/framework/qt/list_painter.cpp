@@ -122,6 +122,22 @@ QRect ListPainter::TextRect(int row, const QRect& label) const {
     return {label.left(), label.top(), std::min(width, label.width()), label.height()};
 }
 
+QString ListPainter::CutText(int row, const QRect& cell, int x) const {
+    if (view != ListView::kReport) return {};
+    int left = cell.left();
+    for (std::size_t i = 0; i < list.Columns().size(); ++i) {
+        const int right = left + list.Columns()[i].width;
+        if (x < right) {
+            const QString text = Text(row, static_cast<int>(i));
+            const int start = i == 0 ? PartsOf(cell).label.left() : left;
+            const bool fits = widget.fontMetrics().horizontalAdvance(text) <= right - start - 2 * kMargin;
+            return fits ? QString() : text;
+        }
+        left = right;
+    }
+    return {};
+}
+
 QRect ListPainter::HotPart(int row, const QRect& cell) const {
     if (view == ListView::kReport && list.HasStyle(ListStyle::kFullRowSelect)) return cell;
     const Parts parts = PartsOf(cell);

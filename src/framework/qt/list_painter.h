@@ -20,6 +20,8 @@ class ListPainter {
     // The parts of a cell, in its coordinates. The hot part is where a click means the row.
     QRect CheckBox(const QRect& cell) const;  // empty when there are no check boxes
     QRect HotPart(int row, const QRect& cell) const;
+    // The text of the report's column at `x`, in the cell's coordinates, when it is cut there; else empty.
+    QString CutText(int row, const QRect& cell, int x) const;
 
   private:
     struct Parts {
