@@ -4,8 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <string>
+#include <vector>
 
 #include "resources/resource_ids.h"
+#include "tests/support/command.h"
+#include "tests/support/own_mounts.h"
+#include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
 namespace permora {
@@ -52,6 +58,49 @@ TEST_F(AccountPicker, FindsEachAccountOnceAndInItsOrder) {
         window.Press("Esc");
     });
     EXPECT_EQ(picker.result.sid, nullptr) << "a search chooses nothing";
+}
+
+// Appends `count` lines to a table of this test's own machine, in an order that is neither that of the names
+// nor that of the numbers. Their names in that order.
+std::vector<std::string> AddToTable(const std::string& table, const std::string& prefix, int count,
+                                    const std::string& restOfLine, const std::string& file) {
+    std::vector<std::string> names;
+    std::ofstream text(file);
+    text << test::ReadWholeFile(table);
+    for (int i = 0; i < count; ++i) {
+        const int number = i * 7 % count;
+        names.push_back(prefix + std::to_string(number));
+        text << names.back() << ":x:" << 30000 + number << restOfLine << '\n';
+    }
+    text.close();
+    const test::CommandResult mounted = test::RunCommand({"mount", "--bind", file, table});
+    EXPECT_EQ(mounted.exitCode, 0) << mounted.output;
+    return names;
+}
+
+TEST_F(AccountPicker, ListsThousandsOfAccountsInTheirOrder) {
+    if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    ASSERT_EQ(test::EnterOwnMounts(), "");
+    const test::TemporaryFolder folder;
+    const auto groups = AddToTable("/etc/group", "team-", 1000, ":", folder.Path("group"));
+    const auto users =
+        AddToTable("/etc/passwd", "member-", 4000, ":100::/:/bin/false", folder.Path("passwd"));
+    Run([&](WindowDriver& window) {
+        window.Click(IDC_FIND_ACCOUNTS);
+        std::vector<std::string> names = window.Rows(IDC_FOUND_ACCOUNTS);
+        for (std::string& row : names)
+            row.erase(row.find(" | "));
+        const auto found = [&](const std::string& name) {
+            return std::find(names.begin(), names.end(), name);
+        };
+        const auto firstGroup = found(groups.front());
+        EXPECT_EQ(names.front(), "Everyone");
+        EXPECT_LT(found("Administrators"), firstGroup);
+        ASSERT_GE(names.end() - firstGroup, 5000);
+        EXPECT_EQ(std::vector(firstGroup, firstGroup + 1000), groups);
+        EXPECT_EQ(std::vector(names.end() - 4000, names.end()), users);
+        window.Press("Esc");
+    });
 }
 
 TEST_F(AccountPicker, ADoubleClickChooses) {
