@@ -1,15 +1,9 @@
 // Takes a picture of every dialog of the program: permora-screenshots FOLDER writes
 // "<template>-<light|dark>-<100|200>.png", with samples in the empty controls.
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <QApplication>
 #include <QEventLoop>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <string>
-#include <vector>
 
 #include "framework/bars.h"
 #include "framework/controls.h"
@@ -18,14 +12,14 @@
 #include "framework/list_ctrl.h"
 #include "framework/native.h"
 #include "framework/property_sheet.h"
-#include "framework/qt/application.h"
 #include "framework/qt/widget.h"
 #include "framework/resource_templates.h"
 #include "framework/styles.h"
 #include "framework/window_access.h"
+#include "platform/api/messages.h"
 #include "resources/resource_ids.h"
 #include "security/access_rights.h"
-#include "tests/screenshots/dark_palette.h"
+#include "tests/screenshots/looks.h"
 #include "tests/support/dialog_templates.h"
 
 namespace permora {
@@ -70,22 +64,6 @@ void FillSamples(CWnd& window) {
     }
 }
 
-// Where the pictures go.
-struct Series {
-    std::string folder;
-    std::string suffix;  // theme and scale
-};
-
-void Save(QWidget& widget, unsigned int templateId, const Series& series) {
-    const std::string path = series.folder + "/" + std::to_string(templateId) + series.suffix + ".png";
-    if (widget.grab().save(qt::ToQt(path), "PNG")) return;
-    std::perror(path.c_str());
-    std::exit(EXIT_FAILURE);
-}
-
-// Long enough for the window to be shown and to get the focus.
-constexpr int kMillisecondsToShow = 60;
-
 class SampleDialog : public CDialog {
   public:
     SampleDialog(unsigned int templateNumber, const Series& where)
@@ -95,7 +73,7 @@ class SampleDialog : public CDialog {
     bool OnInitDialog() override {
         FillSamples(*this);
         PostLater(kMillisecondsToShow, [this] {
-            Save(*qt::WidgetOf(*this), id, series);
+            Save(*qt::WidgetOf(*this), std::to_string(id), series);
             EndDialog(IDOK);
         });
         return CDialog::OnInitDialog();
@@ -130,7 +108,7 @@ class SampleSheet : public CPropertySheet {
   protected:
     bool OnInitDialog() override {
         PostLater(kMillisecondsToShow, [this] {
-            Save(*qt::WidgetOf(*this), id, series);
+            Save(*qt::WidgetOf(*this), std::to_string(id), series);
             qt::WidgetOf(*this)->close();
         });
         return true;
@@ -152,7 +130,7 @@ class SampleFrame : public CFrameWnd {
         SetPlacement({{0, 0, 760, 140}, ShowState::kNormal});
         QEventLoop loop;
         PostLater(kMillisecondsToShow, [&] {
-            Save(*qt::WidgetOf(*this)->window(), barTemplate, series);
+            Save(*qt::WidgetOf(*this)->window(), std::to_string(barTemplate), series);
             loop.quit();
         });
         loop.exec();
@@ -171,37 +149,17 @@ class SampleFrame : public CFrameWnd {
     CDialogBar bar;
 };
 
-// One scale in a process of its own, since the toolkit takes it at its start.
-int TakePictures(const std::string& folder, const char* scaleFactor, const char* scaleName) {
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    setenv("QT_SCALE_FACTOR", scaleFactor, 1);
-    int argumentCount = 1;
-    char name[] = "permora-screenshots";
-    char* arguments[] = {name, nullptr};
-    const QtApplication application(argumentCount, arguments);
-    const QPalette light = QApplication::palette();
-    for (const bool isDark : {false, true}) {
-        QApplication::setPalette(isDark ? DarkPalette() : light);
-        const Series series{folder, std::string(isDark ? "-dark-" : "-light-") + scaleName};
-        for (const unsigned int id : testing::DialogTemplates()) {
-            const DWORD style = LoadDialogTemplate(id)->style;
-            if ((style & WS_CHILD) == 0) {
-                SampleDialog(id, series).DoModal();
-            } else if ((style & WS_CAPTION) != 0) {
-                SampleSheet(id, series).DoModal();
-            } else {
-                SampleFrame(id).TakePicture(series);
-            }
+void TakePictures(const Series& series) {
+    for (const unsigned int id : testing::DialogTemplates()) {
+        const DWORD style = LoadDialogTemplate(id)->style;
+        if ((style & WS_CHILD) == 0) {
+            SampleDialog(id, series).DoModal();
+        } else if ((style & WS_CAPTION) != 0) {
+            SampleSheet(id, series).DoModal();
+        } else {
+            SampleFrame(id).TakePicture(series);
         }
     }
-    return EXIT_SUCCESS;
-}
-
-bool TakeInChild(const std::string& folder, const char* scaleFactor, const char* scaleName) {
-    const pid_t child = fork();
-    if (child == 0) std::exit(TakePictures(folder, scaleFactor, scaleName));
-    int status = 0;
-    return child > 0 && waitpid(child, &status, 0) == child && status == 0;
 }
 
 }  // namespace
@@ -212,8 +170,5 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: permora-screenshots FOLDER\n");
         return EXIT_FAILURE;
     }
-    std::filesystem::create_directories(argv[1]);
-    const bool hasAll =
-        permora::TakeInChild(argv[1], "1", "100") && permora::TakeInChild(argv[1], "2", "200");
-    return hasAll ? EXIT_SUCCESS : EXIT_FAILURE;
+    return permora::TakeInAllLooks(argv[1], permora::TakePictures) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

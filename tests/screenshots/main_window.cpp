@@ -14,7 +14,7 @@
 #include "app/settings_store.h"
 #include "framework/qt/application.h"
 #include "resources/resource_ids.h"
-#include "tests/screenshots/dark_palette.h"
+#include "tests/screenshots/looks.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora {
