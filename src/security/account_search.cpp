@@ -58,16 +58,24 @@ void AppendWellKnownSids(HWND owner, Sids& sids) {
     }
 }
 
-void AppendByName(LPCWSTR name, Sids& sids) {
+// Whether a look-up found its account; one that had no memory ends the process.
+bool IsFound(HWND owner, DWORD error) {
+    if (error == ERROR_NOT_ENOUGH_MEMORY) {
+        SetLastError(error);
+        ShowFatalLastErrorBox(owner);
+    }
+    return error == ERROR_SUCCESS;
+}
+
+void AppendByName(HWND owner, LPCWSTR name, Sids& sids) {
     UniqueLocal<void> sid;
-    if (LookupSidByName(WideToAnsi(name).c_str(), sid) != ERROR_SUCCESS) return;
-    sids.Add(std::move(sid));
+    if (IsFound(owner, LookupSidByName(WideToAnsi(name).c_str(), sid))) sids.Add(std::move(sid));
 }
 
 // Calls `enumerate` (a buffer, a count and a resume handle to fill; a status) until it has handed out all
 // names. `Info` is the level-0 structure, and `name` its one field.
 template <class Info, class Resume, class Enumerate>
-void AppendEnumerated(Enumerate enumerate, LPWSTR Info::*name, Sids& sids) {
+void AppendEnumerated(HWND owner, Enumerate enumerate, LPWSTR Info::*name, Sids& sids) {
     Resume resume = 0;
     do {
         BYTE* block = nullptr;
@@ -76,7 +84,7 @@ void AppendEnumerated(Enumerate enumerate, LPWSTR Info::*name, Sids& sids) {
         const UniqueNetBuffer buffer(block);
         if (status != NERR_Success) return;
         for (const Info& info : std::span(reinterpret_cast<const Info*>(block), block != nullptr ? count : 0))
-            AppendByName(info.*name, sids);
+            AppendByName(owner, info.*name, sids);
     } while (resume != 0);
 }
 
@@ -85,11 +93,13 @@ std::vector<UniqueLocal<void>> FindLocalSids(HWND owner) {
     AppendWellKnownSids(owner, sids);
     DWORD total = 0;
     AppendEnumerated<LOCALGROUP_INFO_0, DWORD_PTR>(
+        owner,
         [&](BYTE** block, DWORD* count, DWORD_PTR* resume) {
             return NetLocalGroupEnum(nullptr, 0, block, MAX_PREFERRED_LENGTH, count, &total, resume);
         },
         &LOCALGROUP_INFO_0::lgrpi0_name, sids);
     AppendEnumerated<USER_INFO_0, DWORD>(
+        owner,
         [&](BYTE** block, DWORD* count, DWORD* resume) {
             return NetUserEnum(nullptr, 0, 0, block, MAX_PREFERRED_LENGTH, count, &total, resume);
         },
@@ -105,7 +115,7 @@ std::vector<FoundAccount> FindLocalAccounts(HWND owner) {
         UniqueLocal<char> name;
         UniqueLocal<char> domain;
         SID_NAME_USE use = SidTypeUnknown;
-        if (LookupNameBySid(sid.get(), name, domain, &use) != ERROR_SUCCESS) continue;
+        if (!IsFound(owner, LookupNameBySid(sid.get(), name, domain, &use))) continue;
         accounts.push_back({std::move(sid), name.get(), domain.get(), use});
     }
     return accounts;
