@@ -119,6 +119,10 @@ QPixmap DialogStyle::generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap
     return QPixmap::fromImage(Faded(pixmap.toImage()));
 }
 
+int DialogStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
+    return metric == PM_HeaderMargin ? kCellMargin : QProxyStyle::pixelMetric(metric, option, widget);
+}
+
 void DialogStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const {
     const auto* box = element == CE_CheckBox ? qstyleoption_cast<const QStyleOptionButton*>(option) : nullptr;

@@ -7,16 +7,20 @@
 
 namespace permora::qt {
 
+// Pixels left and right of a text in a list's cells and headers.
+inline constexpr int kCellMargin = 4;
+
 // Check boxes with texts of several lines have their mark at the first line. Group boxes draw their frame
 // through the middle of their title, since templates place controls for that. Marks have outlines that a dark
-// background does not swallow, and disabled icons fade into every background. What is disabled can still be
-// read: some fields and lists only show something.
+// background does not swallow, headers stand over the texts of their columns, and disabled icons fade into
+// every background. What is disabled can still be read: some fields and lists only show something.
 class DialogStyle : public QProxyStyle {
   public:
     using QProxyStyle::polish;
     void polish(QPalette& palette) override;
     QPixmap generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
                                 const QStyleOption* option) const override;
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override;
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,

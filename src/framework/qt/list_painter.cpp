@@ -6,13 +6,13 @@
 #include <algorithm>
 
 #include "framework/list_styles.h"
+#include "framework/qt/dialog_style.h"
 #include "framework/qt/image.h"
 #include "framework/qt/widget.h"
 
 namespace permora::qt {
 namespace {
 
-constexpr int kMargin = 4;         // left and right of a text
 constexpr int kGap = 4;            // between check box, icon and text
 constexpr int kIconPadding = 6;    // above and below a large icon
 constexpr int kLabelLines = 2;     // under a large icon
@@ -60,8 +60,8 @@ QSize ListPainter::CellSize(const QSize& available) const {
         const QSize icon = IconSize();
         const int width = std::max(metrics.averageCharWidth() * kLabelLetters,
                                    icon.width() + 2 * (CheckSize().width() + kGap));
-        return {width + 2 * kMargin,
-                icon.height() + 2 * kIconPadding + kLabelLines * metrics.height() + kMargin};
+        return {width + 2 * kCellMargin,
+                icon.height() + 2 * kIconPadding + kLabelLines * metrics.height() + kCellMargin};
     }
     if (view == ListView::kReport) {
         int width = list.Columns().empty() ? available.width() : 0;
@@ -70,7 +70,7 @@ QSize ListPainter::CellSize(const QSize& available) const {
         return {width, RowHeight()};
     }
     const QRect nothing(0, 0, 0, RowHeight());
-    const int width = PartsOf(nothing).label.left() + WidestLabel() + 3 * kMargin;
+    const int width = PartsOf(nothing).label.left() + WidestLabel() + 3 * kCellMargin;
     return {std::min(width, std::max(available.width(), 1)), RowHeight()};
 }
 
@@ -88,11 +88,11 @@ ListPainter::Parts ListPainter::PartsOf(const QRect& cell) const {
         parts.icon = Centred(icon, top);
         parts.check = QRect(QPoint(parts.icon.left() - kGap - check.width(), top.top()), check);
         const int labelTop = top.top() + icon.height() + kIconPadding;
-        parts.label = QRect(cell.left() + kMargin, labelTop, cell.width() - 2 * kMargin,
+        parts.label = QRect(cell.left() + kCellMargin, labelTop, cell.width() - 2 * kCellMargin,
                             kLabelLines * widget.fontMetrics().height());
         return parts;
     }
-    int left = cell.left() + kMargin;
+    int left = cell.left() + kCellMargin;
     const auto place = [&](const QSize& size) {
         const QRect rect(QPoint(left, cell.top() + (cell.height() - size.height()) / 2), size);
         if (size.width() > 0) left += size.width() + kGap;
@@ -114,11 +114,11 @@ QRect ListPainter::TextRect(int row, const QRect& label) const {
     const QFontMetrics metrics = widget.fontMetrics();
     const int advance = metrics.horizontalAdvance(Text(row, 0));
     if (view == ListView::kIcons) {
-        if (advance > label.width()) return label.adjusted(-kMargin, 0, kMargin, 0);
-        const int width = advance + 2 * kMargin;
+        if (advance > label.width()) return label.adjusted(-kCellMargin, 0, kCellMargin, 0);
+        const int width = advance + 2 * kCellMargin;
         return {label.left() + (label.width() - width) / 2, label.top(), width, metrics.height()};
     }
-    const int width = advance + 2 * kMargin;
+    const int width = advance + 2 * kCellMargin;
     return {label.left(), label.top(), std::min(width, label.width()), label.height()};
 }
 
@@ -130,7 +130,7 @@ QString ListPainter::CutText(int row, const QRect& cell, int x) const {
         if (x < right) {
             const QString text = Text(row, static_cast<int>(i));
             const int start = i == 0 ? PartsOf(cell).label.left() : left;
-            const bool fits = widget.fontMetrics().horizontalAdvance(text) <= right - start - 2 * kMargin;
+            const bool fits = widget.fontMetrics().horizontalAdvance(text) <= right - start - 2 * kCellMargin;
             return fits ? QString() : text;
         }
         left = right;
@@ -177,7 +177,8 @@ void ListPainter::Paint(QPainter& painter, int row, const QRect& cell) const {
     if (view == ListView::kIcons) {
         PaintWrapped(painter, parts.label, Text(row, 0));
     } else {
-        PaintLine(painter, parts.label.adjusted(kMargin, 0, -kMargin, 0), Text(row, 0), Qt::AlignLeft);
+        PaintLine(painter, parts.label.adjusted(kCellMargin, 0, -kCellMargin, 0), Text(row, 0),
+                  Qt::AlignLeft);
     }
     if (view == ListView::kReport) PaintOtherColumns(painter, row, cell, isHighlighted && isFullRow);
     if (isFocused) PaintFocus(painter, marked);
@@ -188,7 +189,7 @@ void ListPainter::PaintOtherColumns(QPainter& painter, int row, const QRect& cel
     int left = cell.left();
     for (std::size_t i = 0; i < list.Columns().size(); ++i) {
         const int width = list.Columns()[i].width;
-        const QRect room(left + kMargin, cell.top(), width - 2 * kMargin, cell.height());
+        const QRect room(left + kCellMargin, cell.top(), width - 2 * kCellMargin, cell.height());
         left += width;
         const QString text = i == 0 ? QString() : Text(row, static_cast<int>(i));
         if (!text.isEmpty() && room.width() > 0) PaintLine(painter, room, text, Qt::AlignLeft);
