@@ -169,6 +169,18 @@ TEST_F(SecuritySheet, ListsWithoutEntriesCanOnlyBeAddedTo) {
     Edit({"data"}, expectEmpty);
 }
 
+TEST_F(SecuritySheet, AnItemThatCannotBeReadCanOnlyBeAddedTo) {
+    ui.ExpectMessageBox(HasSubstr("file"), "Permora Error", MB_OK | MB_ICONERROR, IDOK);
+    Edit({"gone", "data"}, [](WindowDriver& window) {
+        EXPECT_TRUE(window.IsEnabled(IDC_ADD_ENTRY));
+        for (const int id : {IDC_ACCESS_LIST, IDC_EDIT_ENTRY, IDC_REMOVE_ENTRY, IDC_INHERIT_FROM_PARENT,
+                             IDC_REPLACE_CHILD_ENTRIES})
+            EXPECT_FALSE(window.IsEnabled(static_cast<unsigned>(id))) << id;
+        window.Click(SheetButton::kOk);  // nothing was changed: nothing is written
+    });
+    EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI(A;;FA;;;BU)");
+}
+
 TEST_F(SecuritySheet, FilesHaveNothingBelowAndDriveRootsNothingAbove) {
     Edit({"notes"}, [](WindowDriver& window) {
         EXPECT_FALSE(window.IsEnabled(IDC_REPLACE_CHILD_ENTRIES));
@@ -208,6 +220,9 @@ TEST_F(SecuritySheet, WithoutAChoiceNothingChanges) {
         window.Click(IDC_ADD_ENTRY);
         ui.ExpectDialog(IDD_PERMISSION_ENTRY, [](WindowDriver& entry) { entry.Press("Esc"); });
         window.Click(IDC_EDIT_ENTRY);
+        ui.ExpectMessageBox("Please, select item to edit", kInformation, MB_OK | MB_ICONINFORMATION, IDOK);
+        window.DoubleClickRow(IDC_ACCESS_LIST, WindowDriver::kBesideRows);
+        window.Click(IDC_REMOVE_ENTRY);  // no row is selected now
         EXPECT_FALSE(window.IsEnabled(SheetButton::kApply));
         window.SelectRow(IDC_ACCESS_LIST, 0);
         window.Click(IDC_REMOVE_ENTRY);
