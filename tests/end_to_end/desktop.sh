@@ -94,9 +94,10 @@ Step() {
     Picture "$name"
 }
 
+# Picture NAME [WINDOW]: of the window alone, or of the whole screen.
 Picture() {
     pictureCount=$((pictureCount + 1))
-    import -silent -window root "$pictures/$(printf '%02d' $pictureCount)-$1.png"
+    import -silent -window "${2:-root}" "$pictures/$(printf '%02d' $pictureCount)-$1.png"
 }
 
 Keys() { xdotool key --delay 20 "$@"; }

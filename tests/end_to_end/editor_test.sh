@@ -68,13 +68,14 @@ WaitUntil "all below to inherit" IsReset
 WaitUntil "the walk's dialog to close" HasNoWindow "Applying settings"
 WaitUntil "the sheet to be active" IsActive "$sheet"
 Settle
-Picture "read-again"
+Picture "read-again" "$sheet"
 CloseDialog "Security Editor - Alpha" "$window" CancelSheet
 
 # No notice now; the sheet shows what it showed after the apply.
 OpenDialog "Security Editor - Alpha" ChoosePermissions
 sheet=$dialog
-Same read-again security-editor-alpha
+Picture "opened-again" "$sheet"
+Same read-again opened-again
 Step "remove" RemoveFirstEntry
 OpenDialog "Permissions" EditFirstEntry
 Step "clear-all" PressClearAll

@@ -21,15 +21,16 @@
 namespace permora {
 namespace {
 
-// Takes the picture of the modal window that `run` opens, and closes it.
+// Takes the picture of the modal window that `run` opens, with what its Find finds, and closes it.
 template <class Run>
 void TakeModal(const std::string& name, const Series& series, Run run) {
-    PostLater(kMillisecondsToShow, [&] {
-        QWidget* window = QApplication::activeModalWidget();
-        for (QPushButton* button : window->findChildren<QPushButton*>()) {
+    PostLater(kMillisecondsToShow, [] {
+        for (QPushButton* button : QApplication::activeModalWidget()->findChildren<QPushButton*>()) {
             if (button->text() == QStringLiteral("Find")) button->click();
         }
-        QApplication::processEvents();
+    });
+    PostLater(2 * kMillisecondsToShow, [&] {
+        QWidget* window = QApplication::activeModalWidget();
         Save(*window, name, series);
         window->close();
     });
