@@ -13,6 +13,7 @@
 
 #include "platform/linux/files/file_system_types.h"
 #include "platform/linux/files/mount_table.h"
+#include "platform/linux/files/mounted_devices.h"
 #include "platform/linux/files/object_handle.h"
 
 namespace permora::host {
@@ -22,9 +23,31 @@ constexpr char kSystemDrive = 'C';
 
 using Pins = std::map<char, std::string>;
 
+bool CanBePinned(char letter) {
+    return letter >= 'A' && letter <= 'Z' && letter != kSystemDrive;
+}
+
+// The kernel names the current directory without links, and so must the root of its drive be named.
+std::string WithoutLinks(std::string hostRoot) {
+    const std::unique_ptr<char, decltype(&free)> resolved(realpath(hostRoot.c_str(), nullptr), &free);
+    if (resolved) hostRoot = resolved.get();
+    while (hostRoot.size() > 1 && hostRoot.back() == '/')
+        hostRoot.pop_back();
+    return hostRoot;
+}
+
+// What the machine's administrator pinned.
+Pins FirstPins() {
+    Pins pins;
+    for (const auto& [letter, hostRoot] : ReadMountedDevices()) {
+        if (CanBePinned(letter) && hostRoot.starts_with('/')) pins.emplace(letter, WithoutLinks(hostRoot));
+    }
+    return pins;
+}
+
 struct PinTable {
     std::mutex mutex;
-    Pins pins;
+    Pins pins = FirstPins();
 };
 
 PinTable& SharedPins() {
@@ -136,7 +159,7 @@ std::vector<Drive> ListDrives() {
 }
 
 bool PinDrive(char letter, std::string hostRoot) {
-    if (letter < 'A' || letter > 'Z' || letter == kSystemDrive) return false;
+    if (!CanBePinned(letter)) return false;
     PinTable& table = SharedPins();
     if (hostRoot.empty()) {
         const std::lock_guard lock(table.mutex);
@@ -144,11 +167,7 @@ bool PinDrive(char letter, std::string hostRoot) {
         return true;
     }
     if (hostRoot.front() != '/') return false;
-    // The kernel names the current directory without links, and so must the root of its drive be named.
-    const std::unique_ptr<char, decltype(&free)> resolved(realpath(hostRoot.c_str(), nullptr), &free);
-    if (resolved) hostRoot = resolved.get();
-    while (hostRoot.size() > 1 && hostRoot.back() == '/')
-        hostRoot.pop_back();
+    hostRoot = WithoutLinks(std::move(hostRoot));
     const std::lock_guard lock(table.mutex);
     table.pins.insert_or_assign(letter, std::move(hostRoot));
     return true;

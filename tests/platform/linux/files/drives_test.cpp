@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/files/mounted_devices.h"
 #include "platform/linux/files/paths.h"
 #include "tests/platform/linux/files/files_fixture.h"
 #include "tests/support/command.h"
@@ -82,6 +83,25 @@ TEST(DrivesFromMountTable, VolumesBeyondTheLastLetterHaveNone) {
     const std::vector<Drive> drives = DrivesFromMountTable(table);
     ASSERT_EQ(drives.size(), 24U);
     EXPECT_THAT(drives.back(), IsDrive('Z', "/disks/32", DRIVE_FIXED));
+}
+
+TEST(MountedDevices, AreTextsWithALetterOfTheirOwn) {
+    const auto document = RegistryDocument::Parse(
+        "Windows Registry Editor Version 5.00\n\n"
+        "[HKEY_LOCAL_MACHINE\\SYSTEM\\MountedDevices]\n"
+        R"("\\DosDevices\\U:"="/media/backup")"
+        "\n"
+        R"("\\DosDevices\\v:"="/media/Ü v")"
+        "\n"
+        R"("\\DosDevices\\W:"=hex:01,02)"
+        "\n"
+        R"("\\DosDevices\\XY:"="/two")"
+        "\n"
+        R"("\\??\\Volume{1}"="/none")"
+        "\n");
+    ASSERT_TRUE(document);
+    EXPECT_THAT(MountedDevicesIn(*document),
+                testing::ElementsAre(testing::Pair('U', "/media/backup"), testing::Pair('V', "/media/Ü v")));
 }
 
 using Drives = OnDriveT;
