@@ -22,6 +22,7 @@ constexpr const char* kTopDescriptor = "O:BAG:BUD:P(A;OICI;FA;;;BA)(A;OICI;FR;;;
 // What nftw's function works with; it takes no argument of ours.
 const char* attributeName = nullptr;
 std::size_t attributeCount = 0;
+std::optional<uid_t> hostOwner;
 
 bool MakeFile(const std::string& path) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
@@ -35,6 +36,7 @@ int RewriteAttribute(const char* path, const struct stat*, int, FTW*) {
     ++attributeCount;
     // The last byte belongs to a SID's highest sub-authority.
     value[static_cast<std::size_t>(size) - 1] ^= 1U;
+    if (hostOwner && lchown(path, *hostOwner, static_cast<gid_t>(-1)) != 0) return 1;
     return lsetxattr(path, attributeName, value.data(), static_cast<std::size_t>(size), 0) == 0 ? 0 : 1;
 }
 
@@ -67,9 +69,10 @@ bool MakeSampleTree(const std::string& top, std::size_t objects) {
     return true;
 }
 
-std::size_t RewriteAttributes(const std::string& top, const char* name) {
+std::size_t RewriteAttributes(const std::string& top, const char* name, std::optional<uid_t> owner) {
     constexpr int kOpenFolders = 20;
     attributeName = name;
+    hostOwner = owner;
     attributeCount = 0;
     return nftw(top.c_str(), RewriteAttribute, kOpenFolders, FTW_PHYS) == 0 ? attributeCount : 0;
 }

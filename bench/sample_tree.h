@@ -1,7 +1,10 @@
 // Trees of objects with stored descriptors, and the plain loop over them that the benchmarks compare with.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,8 +15,10 @@ namespace permora::bench {
 bool MakeSampleTree(const std::string& top, std::size_t objects);
 
 // Reads the attribute `name` of every object below `top` and `top` itself and writes it again, with a byte in
-// it changed that means nothing, so that the file system has to store it. Returns how many.
-std::size_t RewriteAttributes(const std::string& top, const char* name);
+// it changed that means nothing, so that the file system has to store it. With an owner, the object is given
+// to that user in between. Returns how many.
+std::size_t RewriteAttributes(const std::string& top, const char* name,
+                              std::optional<uid_t> owner = std::nullopt);
 
 // The host paths of all objects that MakeSampleTree made below `top`, folders before their files.
 std::vector<std::string> SampleTreePaths(const std::string& top, std::size_t objects);
