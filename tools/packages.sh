@@ -6,8 +6,8 @@ buildPackages=(cmake ninja-build g++ gcc-mingw-w64-x86-64-posix qt6-base-dev lib
     nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev fp-utils libglib2.0-bin libqt6svg6)
 # Real volumes: mkntfs, the driver, and the judge ntfssecaudit.
 volumePackages=(ntfs-3g fuse3 attr)
-# A real server and its clients.
-serverPackages=(samba smbclient)
+# A real server, its module that keeps access lists, and its clients.
+serverPackages=(samba samba-vfs-modules smbclient)
 
 # A screen without a display, a window manager, letters, and the hands and eyes of the test that uses them.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core)
