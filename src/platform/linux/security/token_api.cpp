@@ -27,7 +27,7 @@ class Token : public SystemObject {
 
 // Null, with the last error set, for what is no token or was not opened for this.
 std::shared_ptr<const Token> FindToken(HANDLE handle, DWORD access) {
-    const auto token = std::dynamic_pointer_cast<const Token>(SystemObjects().Find(handle));
+    auto token = std::dynamic_pointer_cast<const Token>(SystemObjects().Find(handle));
     if (!token) {
         SetLastError(ERROR_INVALID_HANDLE);
     } else if ((token->access & access) != access) {

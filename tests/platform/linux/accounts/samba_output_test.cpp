@@ -101,6 +101,12 @@ TEST(SambaOutputTest, ReadsMappedGroupsAndLeavesOutTheRest) {
     }
 }
 
+TEST(SambaOutputTest, ReadsMembersAndLeavesOutWhatIsNoSid) {
+    const std::vector<nt::Sid> members = ParseMembers("S-1-5-21-1-2-3-1001\n\nroot\nS-1-\nS-1-5-11\n");
+    ASSERT_EQ(members.size(), 2U);
+    EXPECT_EQ(members[0].ToText() + members[1].ToText(), "S-1-5-21-1-2-3-1001S-1-5-11");
+}
+
 TEST(SambaOutputTest, ReadsParametersOfTheGlobalSectionOnly) {
     const std::string listing =
         "# Global parameters\n[global]\n\tguest account = \n\tprivate dir = /srv/a b\n[share]\n\tpath = /x\n";
