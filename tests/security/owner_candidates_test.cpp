@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <map>
 #include <string>
 
 #include "platform/api/errors.h"
@@ -34,9 +35,11 @@ struct System {
 
 // The SIDs live as long as the process.
 PSID SidOf(const std::string& text) {
-    PSID sid = nullptr;
-    ConvertStringSidToSidA(text.c_str(), &sid);
-    return sid;
+    static std::map<std::string, permora::UniqueLocal<void>> sids;
+    permora::UniqueLocal<void>& sid = sids[text];
+    PSID made = nullptr;
+    if (!sid && ConvertStringSidToSidA(text.c_str(), &made) != FALSE) sid.reset(made);
+    return sid.get();
 }
 
 }  // namespace
