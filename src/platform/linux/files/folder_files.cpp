@@ -183,7 +183,7 @@ DWORD FolderHandle::NextEntry(FolderEntry& entry) {
     host::FolderListing::Entry found{};
     DWORD error = ERROR_SUCCESS;
     if (!inside->listing.Next(found, error)) return error != ERROR_SUCCESS ? error : ERROR_NO_MORE_FILES;
-    FolderEntryKind kind = host::KindOfMode(DTTOIF(found.type));
+    FolderEntryKind kind = host::KindOfMode(static_cast<mode_t>(DTTOIF(found.type)));
     // Who cannot be asked has vanished, and then whatever is done with it tells so.
     struct stat status {};
     if (found.type == DT_UNKNOWN)
