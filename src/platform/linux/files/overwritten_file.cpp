@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
 #include <utility>
 
 #include "platform/api/files.h"
@@ -19,7 +21,14 @@ namespace permora::host {
 namespace {
 
 // What is written at once. A system call for each sector would cost more than the disk does.
-constexpr std::size_t kRunBytes = std::size_t{256} << 10;
+constexpr std::size_t kRunBytes = std::size_t{1} << 20;
+
+// What writing past the page cache asks of memory, by every disk.
+constexpr std::size_t kAlignment = 4096;
+
+struct FreeCloser {
+    void operator()(std::uint8_t* block) const { std::free(block); }
+};
 
 class HostFile : public OverwrittenFile {
   public:
@@ -33,8 +42,17 @@ class HostFile : public OverwrittenFile {
     }
 
     DWORD Write(std::span<const std::uint8_t> bytes) override {
-        waiting.insert(waiting.end(), bytes.begin(), bytes.end());
-        return waiting.size() < kRunBytes ? ERROR_SUCCESS : WriteRun();
+        if (!run) run.reset(static_cast<std::uint8_t*>(std::aligned_alloc(kAlignment, kRunBytes)));
+        if (!run) return ERROR_NOT_ENOUGH_MEMORY;
+        while (!bytes.empty()) {
+            const std::size_t count = std::min(kRunBytes - waiting, bytes.size());
+            std::memcpy(run.get() + waiting, bytes.data(), count);
+            waiting += count;
+            bytes = bytes.subspan(count);
+            if (waiting < kRunBytes) break;
+            if (const DWORD error = WriteRun(); error != ERROR_SUCCESS) return error;
+        }
+        return ERROR_SUCCESS;
     }
 
     DWORD Flush() override {
@@ -46,17 +64,32 @@ class HostFile : public OverwrittenFile {
     // What is there is overwritten before the file grows: contents that a file system keeps in its own tables
     // (NTFS, ext4) are moved when they grow, and would leave a copy behind.
     DWORD WriteRun() {
-        const std::vector<std::uint8_t> run = std::exchange(waiting, {});
-        const off_t inPlace = std::clamp(sizeBefore - position, off_t{0}, static_cast<off_t>(run.size()));
-        const std::span<const std::uint8_t> bytes = run;
-        const DWORD error = WriteAll(bytes.first(static_cast<std::size_t>(inPlace)));
-        return error == ERROR_SUCCESS ? WriteAll(bytes.subspan(static_cast<std::size_t>(inPlace))) : error;
+        const std::span<const std::uint8_t> bytes(run.get(), std::exchange(waiting, 0));
+        const auto inPlace = static_cast<std::size_t>(
+            std::clamp(sizeBefore - position, off_t{0}, static_cast<off_t>(bytes.size())));
+        // The page cache would only cost time for what nobody will read again. It takes whole runs as they
+        // come; the rest, and file systems that cannot do without it, go the usual way.
+        if (isDirect != (inPlace == kRunBytes)) SetDirect(!isDirect);
+        const DWORD error = WriteAll(bytes.first(inPlace));
+        return error == ERROR_SUCCESS ? WriteAll(bytes.subspan(inPlace)) : error;
+    }
+
+    void SetDirect(bool wanted) {
+        if (wanted && !canBeDirect) return;
+        const int flags = fcntl(descriptor.Get(), F_GETFL);
+        canBeDirect = fcntl(descriptor.Get(), F_SETFL, wanted ? flags | O_DIRECT : flags & ~O_DIRECT) == 0;
+        if (canBeDirect) isDirect = wanted;
     }
 
     DWORD WriteAll(std::span<const std::uint8_t> bytes) {
         while (!bytes.empty()) {
             const ssize_t count = pwrite(descriptor.Get(), bytes.data(), bytes.size(), position);
             if (count < 0 && errno == EINTR) continue;
+            if (count < 0 && errno == EINVAL && isDirect) {
+                SetDirect(false);
+                isDirect = canBeDirect = false;
+                continue;
+            }
             if (count < 0) return ErrorFromErrno(errno);
             if (count == 0) return ERROR_DISK_FULL;
             position += count;
@@ -68,7 +101,10 @@ class HostFile : public OverwrittenFile {
     UniqueFd descriptor;
     off_t sizeBefore;
     off_t position = 0;
-    std::vector<std::uint8_t> waiting;
+    std::unique_ptr<std::uint8_t, FreeCloser> run;
+    std::size_t waiting = 0;  // bytes of the run
+    bool isDirect = false;
+    bool canBeDirect = true;
 };
 
 DWORD Reserve(int descriptor) {

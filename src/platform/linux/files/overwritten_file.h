@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <vector>
 
 #include "platform/api/errors.h"
 #include "platform/linux/base/system_objects.h"

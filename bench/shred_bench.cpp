@@ -1,0 +1,101 @@
+// What it costs to delete files for good. Prints the rows of the table in README.md.
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "bench/measure.h"
+#include "deletion/secure_delete.h"
+#include "tests/support/command.h"
+#include "tests/support/ntfs_volume.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using permora::bench::Check;
+using permora::bench::Median;
+using permora::bench::SecondsFor;
+using permora::test::NtfsVolume;
+using permora::test::RunCommand;
+using permora::test::TemporaryFolder;
+
+constexpr int kRuns = 5;
+
+class Deletion : public permora::SecureDeleteHost {
+  public:
+    Deletion() : SecureDeleteHost(stop) {}
+    void Failed(const permora::DeletionFailure& failure) override {
+        Check(false, failure.name + ": error " + std::to_string(failure.error));
+    }
+
+  private:
+    std::atomic<bool> stop = false;
+};
+
+// Files of `bytes` bytes each in a new folder, all of it on the disk.
+void MakeFiles(const std::string& top, int count, std::size_t bytes) {
+    std::filesystem::create_directory(top);
+    const std::string contents(bytes, 'x');
+    for (int i = 0; i < count; ++i)
+        std::ofstream(top + "/" + std::to_string(i), std::ios::binary) << contents;
+    sync();
+}
+
+void DeleteWithOurs(const std::string& top) {
+    const std::filesystem::path path(top);
+    std::filesystem::current_path(path.parent_path());
+    Deletion host;
+    permora::FolderHandle folder;
+    if (Check(permora::FolderHandle::OpenCurrent(folder) == 0, "the folder cannot be opened"))
+        permora::SecureDeleteItem(host, folder, path.filename().string());
+    std::filesystem::current_path("/");
+}
+
+void DeleteWithPeer(const std::string& top) {
+    const auto result =
+        RunCommand({"find", top, "-type", "f", "-exec", "shred", "-n", "0", "-z", "-u", "{}", "+"});
+    Check(result.exitCode == 0, result.output);
+    std::filesystem::remove_all(top);
+}
+
+// Both by turns, so that what else the machine does falls on both.
+void Compare(const char* what, const std::string& top, int count, std::size_t bytes) {
+    std::vector<double> ours;
+    std::vector<double> peers;
+    for (int run = 0; run < kRuns; ++run) {
+        MakeFiles(top, count, bytes);
+        ours.push_back(SecondsFor([&] { DeleteWithOurs(top); }));
+        Check(!std::filesystem::exists(top), "something was left");
+        MakeFiles(top, count, bytes);
+        peers.push_back(SecondsFor([&] { DeleteWithPeer(top); }));
+    }
+    std::printf("| %s | %d x %zu KiB | %.3f s | %.3f s | %.2f |\n", what, count, bytes >> 10, Median(ours),
+                Median(peers), Median(ours) / Median(peers));
+    std::fflush(stdout);
+}
+
+void CompareBoth(const char* what, const std::string& top) {
+    Compare(what, top, 1, std::size_t{256} << 20);
+    Compare(what, top, 10'000, std::size_t{4} << 10);
+}
+
+}  // namespace
+
+int main() {
+    if (const std::string reason = permora::test::MissingProgram("shred"); !Check(reason.empty(), reason))
+        return permora::bench::ExitCode();
+    std::printf("| where | files | ours | shred -n 0 -z -u | ratio |\n|---|---|---|---|---|\n");
+    {
+        const TemporaryFolder folder;
+        CompareBoth("local disk", folder.Path("files"));
+    }
+    if (const std::string reason = NtfsVolume::SkipReason(); Check(reason.empty(), reason)) {
+        const NtfsVolume volume(std::uint64_t{1} << 30);
+        if (Check(volume.Problem().empty(), volume.Problem())) CompareBoth("NTFS", volume.Path("files"));
+    }
+    return permora::bench::ExitCode();
+}
