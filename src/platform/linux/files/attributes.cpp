@@ -21,8 +21,6 @@
 namespace permora::host {
 namespace {
 
-// Four bytes in the host's order, through ntfs-3g and the kernel's ntfs3 alike.
-constexpr const char* kNtfsAttribute = "system.ntfs_attrib";
 constexpr const char* kDosAttribute = "user.DOSATTRIB";
 
 constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |

@@ -9,6 +9,9 @@
 
 namespace permora::host {
 
+// The volume's own on NTFS, through ntfs-3g and the kernel's ntfs3 alike: four bytes in the host's order.
+inline constexpr const char* kNtfsAttribute = "system.ntfs_attrib";
+
 // Where the objects of a volume keep their attributes. Who lists a folder asks once and not for each object.
 enum class AttributeStore {
     kAsk,    // every object is asked for the volume's own, and without them for Samba's

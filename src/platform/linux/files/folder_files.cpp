@@ -141,14 +141,19 @@ struct FolderHandle::Inside {
 
     int Descriptor() const { return listing.Descriptor(); }
 
-    // Asked of the volume at the first file.
-    bool IsNtfs(const ObjectHandle& object) {
-        if (!store) store = host::AttributeStoreOf(object);
-        return *store == host::AttributeStore::kAsk;
+    // Asked of the volume at the first file. Where it is not NTFS, what looks like a stream is none.
+    DWORD AskNtfs(const ObjectHandle& object, bool& answer) {
+        if (!isNtfs) {
+            const int error = host::AskExtendedAttribute(object, host::kNtfsAttribute);
+            if (error != 0 && error != ENODATA && error != ENOTSUP) return host::ErrorFromErrno(error);
+            isNtfs = error == 0;
+        }
+        answer = *isNtfs;
+        return ERROR_SUCCESS;
     }
 
     host::FolderListing listing;
-    std::optional<host::AttributeStore> store;
+    std::optional<bool> isNtfs;
     DWORD sectorBytes = 0;  // 0: not asked yet
 };
 
@@ -173,7 +178,7 @@ DWORD FolderHandle::OpenFolder(const std::string& name, FolderHandle& folder) co
     if (error != ERROR_SUCCESS) return error;
     auto entered = std::make_unique<Inside>(std::move(opened));
     // The same volume: nothing was crossed.
-    entered->store = inside->store;
+    entered->isNtfs = inside->isNtfs;
     entered->sectorBytes = inside->sectorBytes;
     folder.inside = std::move(entered);
     return ERROR_SUCCESS;
@@ -245,7 +250,9 @@ DWORD FolderHandle::ListNamedStreams(const std::string& name, std::vector<std::s
     if (error != ERROR_SUCCESS) return error;
     std::vector<std::string> hostStreams;
     host::StreamAccess access{};
-    if (inside->IsNtfs(file)) error = host::ListStreams(file, hostStreams, access);
+    bool isNtfs = false;
+    error = inside->AskNtfs(file, isNtfs);
+    if (error == ERROR_SUCCESS && isNtfs) error = host::ListStreams(file, hostStreams, access);
     if (error != ERROR_SUCCESS) return error;
     streams.clear();
     for (const std::string& stream : hostStreams)
@@ -262,8 +269,9 @@ DWORD FolderHandle::FindObstacles(const std::string& name, std::vector<Overwrite
     if (error == ERROR_SUCCESS) error = host::AttributesOf(file, attributes);
     std::vector<std::string> streams;
     host::StreamAccess access{};
-    const bool isNtfs = error == ERROR_SUCCESS && inside->IsNtfs(file);
-    if (isNtfs) error = host::ListStreams(file, streams, access);
+    bool isNtfs = false;
+    if (error == ERROR_SUCCESS) error = inside->AskNtfs(file, isNtfs);
+    if (error == ERROR_SUCCESS && isNtfs) error = host::ListStreams(file, streams, access);
     if (error != ERROR_SUCCESS) return error;
     struct statx status {};
     const bool isCompressed = statx(file.Descriptor(), "", AT_EMPTY_PATH, 0, &status) == 0 &&

@@ -117,11 +117,12 @@ DWORD Reserve(int descriptor) {
     return isLocked ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
 }
 
-std::shared_ptr<OverwrittenFile> FindFile(HANDLE handle) {
-    return std::dynamic_pointer_cast<OverwrittenFile>(SystemObjects().Find(handle));
-}
-
-BOOL Report(DWORD error) {
+// Runs `work`, which answers with an error code, on the file that a handle stands for.
+template <typename Work>
+BOOL WithFile(HANDLE handle, const Work& work) {
+    const std::shared_ptr<SystemObject> object = SystemObjects().Find(handle);
+    auto* file = dynamic_cast<OverwrittenFile*>(object.get());
+    const DWORD error = file != nullptr ? work(*file) : ERROR_INVALID_HANDLE;
     return error == ERROR_SUCCESS ? TRUE : Fail(error);
 }
 
@@ -143,22 +144,20 @@ DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& open
 
 BOOL WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size) {
     using namespace permora::host;
-    const auto found = FindFile(file);
-    return found ? Report(found->Size(size->QuadPart)) : Fail(ERROR_INVALID_HANDLE);
+    return WithFile(file, [&](const OverwrittenFile& found) { return found.Size(size->QuadPart); });
 }
 
 BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped) {
     using namespace permora::host;
     if (overlapped != nullptr) return Fail(ERROR_INVALID_PARAMETER);
-    const auto found = FindFile(file);
-    if (!found) return Fail(ERROR_INVALID_HANDLE);
-    const DWORD error = found->Write({static_cast<const std::uint8_t*>(buffer), bytes});
-    if (written != nullptr) *written = error == ERROR_SUCCESS ? bytes : 0;
-    return Report(error);
+    const BOOL isWritten = WithFile(file, [&](OverwrittenFile& found) {
+        return found.Write({static_cast<const std::uint8_t*>(buffer), bytes});
+    });
+    if (written != nullptr) *written = isWritten != FALSE ? bytes : 0;
+    return isWritten;
 }
 
 BOOL WINAPI FlushFileBuffers(HANDLE file) {
     using namespace permora::host;
-    const auto found = FindFile(file);
-    return found ? Report(found->Flush()) : Fail(ERROR_INVALID_HANDLE);
+    return WithFile(file, [](OverwrittenFile& found) { return found.Flush(); });
 }
