@@ -213,12 +213,20 @@ void CMainFrame::OpenSecurityEditor() {
     if (names == nullptr) {
         ShowInfoBox(GetSafeHwnd(), kNothingSelected);
     } else {
-        // The names stand relative to it. When it is gone, each read and write tells so.
-        view.ReturnToShownFolder();
-        securitySheet.SetItems({names, count}, view.driveListShown);
-        securitySheet.DoModal();
+        EditItems({names, count});
     }
     view.ReleaseSelection();
+}
+
+// The names stand relative to the folder shown. When it is gone, each read and write tells so; in another
+// they would mean other files.
+void CMainFrame::EditItems(std::span<const char* const> names) {
+    if (!view.ReturnToShownFolder() && GetLastError() == ERROR_CANT_RESOLVE_FILENAME) {
+        ShowLastErrorBox(GetSafeHwnd());
+        return;
+    }
+    securitySheet.SetItems(names, view.driveListShown);
+    securitySheet.DoModal();
 }
 
 void CMainFrame::StartSecureDeletion() {
@@ -235,7 +243,7 @@ void CMainFrame::StartSecureDeletion() {
 
 // The names stand relative to the folder shown. In any other they would mean other files.
 void CMainFrame::DeleteItems(std::span<const char* const> names) {
-    if (SetCurrentDirectoryA(view.currentFolder.c_str()) == FALSE) {
+    if (!view.ReturnToShownFolder()) {
         ShowLastErrorBox(GetSafeHwnd());
         return;
     }

@@ -50,6 +50,7 @@ class CMainFrame : public CFrameWnd {
     void OpenSecurityEditor();
     void StartSecureDeletion();
     bool MayDeleteSelection();
+    void EditItems(std::span<const char* const> names);
     void DeleteItems(std::span<const char* const> names);
     void OnUpdateFileCommand(Notification& notification);
 

@@ -47,8 +47,11 @@ void BrowserView::RecordLocation() {
 void BrowserView::RefreshList() {
     const int focusedRow = list.GetFocusedRow();
     const std::string focusedName = list.GetItemText(focusedRow, kNameColumn);
+    const int markedRow = list.GetSelectionMark();
+    const std::string markedName = list.GetItemText(markedRow, kNameColumn);
     if (currentFolder.empty() ? ListDrives() : ListFolder(currentFolder)) {
-        FocusAgain(focusedName, focusedRow);
+        if (markedRow >= 0) list.SetSelectionMark(RowNamed(markedName));
+        if (focusedRow >= 0) FocusAgain(focusedName, focusedRow);
         return;
     }
     if (currentFolder.empty()) {
@@ -63,14 +66,16 @@ void BrowserView::RefreshList() {
 
 // The keyboard goes on at the row of that name, or where it was when there is none any more.
 void BrowserView::FocusAgain(const std::string& name, int row) {
-    if (row < 0) return;
+    const int again = RowNamed(name);
+    list.SetFocusedRow(again >= 0 ? again : std::min(row, list.GetItemCount() - 1));
+}
+
+int BrowserView::RowNamed(const std::string& name) const {
     const int count = list.GetItemCount();
-    for (int each = 0; each < count; ++each) {
-        if (list.GetItemText(each, kNameColumn) != name) continue;
-        list.SetFocusedRow(each);
-        return;
+    for (int row = 0; row < count; ++row) {
+        if (list.GetItemText(row, kNameColumn) == name) return row;
     }
-    list.SetFocusedRow(std::min(row, count - 1));
+    return -1;
 }
 
 bool BrowserView::ShowLocationAgain() {
@@ -177,8 +182,13 @@ bool BrowserView::TryFolder(const std::string& path) {
 }
 
 // Rows are found by their names in the current directory: it must not stay another than the one shown.
-void BrowserView::ReturnToShownFolder() const {
-    if (!currentFolder.empty()) EnterFolder(currentFolder);
+bool BrowserView::ReturnToShownFolder() const {
+    std::string path;
+    if (currentFolder.empty() || (QueryCurrentDirectory(path) && path == currentFolder)) return true;
+    if (SetCurrentDirectoryA(currentFolder.c_str()) == FALSE || !QueryCurrentDirectory(path)) return false;
+    if (path == currentFolder) return true;
+    SetLastError(ERROR_CANT_RESOLVE_FILENAME);
+    return false;
 }
 
 void BrowserView::OpenSelected() {

@@ -77,8 +77,10 @@ class BrowserView : public CWnd {
     void OpenFolderRow(const std::string& name);
     void OpenFileRow(const std::string& name);
 
-    // Makes the folder shown the current directory again. When it is gone, whoever works on its rows hears.
-    void ReturnToShownFolder() const;
+    // Makes the folder shown the current directory again, if there is one. False with the last error, of
+    // which ERROR_CANT_RESOLVE_FILENAME says that links put into its path lead to another folder now, where
+    // the names of the rows mean other files; that one is then the current directory.
+    bool ReturnToShownFolder() const;
 
     // ---- Presentation ----
 
@@ -139,6 +141,7 @@ class BrowserView : public CWnd {
 
     // Navigation.
     void FocusAgain(const std::string& name, int row);
+    int RowNamed(const std::string& name) const;  // -1: none
     bool ShowLocationAgain();
     bool ShowNearestParent();
     void ShowDrives();

@@ -16,7 +16,7 @@ constexpr const char* kLeftOut =
     "Not considered: permissions of a share through which someone comes, privileges, what an owner may do "
     "anyway";
 
-// Without "Full control", which no list of a file gives in the strict sense; the mask's name says it.
+// Without "Full control", which hardly any list of a file gives in the strict sense; the mask's name says it.
 constexpr std::span kSingleRights = std::span(kAccessRights).subspan<1>();
 
 struct Answer {

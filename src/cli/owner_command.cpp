@@ -32,14 +32,19 @@ bool DoTarget(const Target& target, PSID newOwner, ConsoleMessages& messages) {
     return false;
 }
 
+// The answer for a file or a link, which is no failure of the walk.
+bool HasNothingBelow(DWORD error) {
+    return error == ERROR_DIRECTORY || error == ERROR_CANT_RESOLVE_FILENAME;
+}
+
 // Everything below the folders among the targets. The progress tells each failure.
 void SetTrees(PSID newOwner, const std::vector<Target>& targets, TreeProgress& progress, TreeCounts& counts) {
     for (const Target& target : targets) {
         if (IsInterrupted()) return;
-        if (EnterFolder(target) != ERROR_SUCCESS || !IsFolder(target)) continue;  // told before, or no folder
         progress.SetTarget(target);
-        const DWORD error = SetOwnersBelow(target.name.c_str(), newOwner, progress, counts);
-        if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED) continue;
+        DWORD error = EnterFolder(target);
+        if (error == ERROR_SUCCESS) error = SetOwnersBelow(target.name.c_str(), newOwner, progress, counts);
+        if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED || HasNothingBelow(error)) continue;
         ++counts.passedOver;
         progress.PassOver(target.name, error);
     }

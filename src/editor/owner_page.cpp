@@ -36,6 +36,7 @@ const MessageMap& CPage3::GetMessageMap() const {
         MakeMessageMap<CPage3>(CPropertyPage::GetMessageMap(),
                                {
                                    {IDC_OWNER_CANDIDATES, Notify::kClick, &CPage3::OnCandidateClicked},
+                                   {IDC_OWNER_CANDIDATES, Notify::kItemChanged, &CPage3::OnCandidateSelected},
                                });
     return kMap;
 }
@@ -77,6 +78,11 @@ void CPage3::ShowOwner() {
 void CPage3::OnCandidateClicked() {
     SetModified(true);
     changed = true;
+}
+
+// The keyboard selects without a click.
+void CPage3::OnCandidateSelected(Notification& notification) {
+    if (CandidateList().NextSelected(notification.row) == notification.row) OnCandidateClicked();
 }
 
 bool CPage3::OnApply() {

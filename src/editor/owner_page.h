@@ -25,6 +25,7 @@ class CPage3 : public CPropertyPage {
 
   private:
     void OnCandidateClicked();
+    void OnCandidateSelected(Notification& notification);
 
     void Fill();
     void ShowOwner();

@@ -171,7 +171,8 @@ int CListCtrl::GetFocusedRow() const {
 void CListCtrl::SetFocusedRow(int row) {
     NativeListView* view = NativeOf(*this);
     if (view == nullptr || !view->Rows().Has(row)) return;
-    view->SetCursor({row, row, row});
+    const ListCursor cursor = view->Rows().cursor;
+    view->SetCursor({row, cursor.mark, cursor.anchor});
     view->EnsureVisible(row);
 }
 

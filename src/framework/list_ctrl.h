@@ -62,7 +62,7 @@ class CListCtrl : public CWnd {
     int GetSelectionMark() const;  // the row that the user last clicked or moved to; -1: none
     void SetSelectionMark(int row);
     int GetFocusedRow() const;  // where the keyboard is within the list; -1: nowhere
-    // Moves the keyboard to a row, which becomes the mark and is brought into view. Selects nothing.
+    // Moves the keyboard to a row, which is brought into view. Neither selects nor marks it.
     void SetFocusedRow(int row);
 
     // Check boxes (ListStyle::kCheckBoxes). Setting sends kItemChanged when it changes something, as a click

@@ -274,6 +274,32 @@ TEST_F(MainFrame, SecureDeletionAsksAndShowsWhatIsLeft) {
     Run(ID_SECURE_DELETION);
 }
 
+// Others put a link to a folder with files of the same names in the place of the folder shown.
+TEST_F(MainFrame, CommandsNeverFollowLinksToAnotherFolder) {
+    data.MakeFolder("sub/inner");
+    data.MakeFile("sub/inner/file");
+    data.MakeFolder("other");
+    data.MakeFolder("other/inner");
+    data.MakeFile("other/inner/file");
+    Start();
+    auto window = testing::UiDriver::MainWindow();
+    window.SetText(IDC_LOCATION, R"(T:\sub\inner)");
+    window.Press("Return");
+    window.SelectRow(kList, 0);
+    std::filesystem::rename(data.Path("sub"), data.Path("moved"));
+    std::filesystem::create_directory_symlink(data.Path("other"), data.Path("sub"));
+    ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
+                        MB_OK | MB_ICONERROR, IDOK);
+    Run(ID_PERMISSIONS);
+    std::filesystem::current_path(data.Path());
+    ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION, IDYES);
+    ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
+                        MB_OK | MB_ICONERROR, IDOK);
+    Run(ID_SECURE_DELETION);
+    EXPECT_TRUE(std::filesystem::exists(data.Path("other/inner/file")));
+    EXPECT_TRUE(std::filesystem::exists(data.Path("moved/inner/file")));
+}
+
 TEST_F(MainFrame, SecureDeletionNeverTakesItsNamesFromAnotherFolder) {
     data.MakeFolder("sub/inner");
     data.MakeFile("sub/inner/file");

@@ -41,6 +41,7 @@ TEST_F(Browser, KeysOpenLeaveAndFindRows) {
     Press("F5");
     EXPECT_EQ(view.list.GetSelectedCount(), 0);
     EXPECT_EQ(view.list.GetFocusedRow(), Row("alpha"));
+    EXPECT_EQ(view.list.GetSelectionMark(), Row("alpha"));
     Press("Return");
     EXPECT_EQ(view.currentFolder, R"(T:\alpha)");
     Window().DoubleClickRow(BrowserView::kListId, Row("inner"));

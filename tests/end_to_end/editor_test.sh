@@ -14,8 +14,8 @@ source "$here/editor_by_$4.sh"
 # Whether every entry of what is below the two folders is an inherited one.
 IsReset() {
     local lists
-    lists=$(find "$folder"/{Alpha,Beta} -mindepth 1 -exec "$programs/permora-cli" show --sddl {} +)
-    ! grep -o '([^)]*)' <<<"$lists" | grep -vE '^\([A-Z]+;[A-Z]*ID;'
+    lists=$(find "$folder"/{Alpha,Beta} -mindepth 1 -exec "$programs/permora-cli" show --sddl {} +) || return 1
+    [ -n "$lists" ] && ! grep -o '([^)]*)' <<<"$lists" | grep -vE '^\([A-Z]+;[A-Z]*ID;'
 }
 
 BeginRun "$1" "$2" light

@@ -24,7 +24,10 @@ BeginRun() {
     "$programs/permora-cli" setup "$programs" >/dev/null
 }
 CleanUp() {
-    [ -z "$programPid" ] || kill "$programPid" 2>/dev/null || true
+    if [ -n "$programPid" ]; then
+        kill "$programPid" 2>/dev/null || true
+        wait "$programPid" 2>/dev/null || true
+    fi
     StopDesktop
     rm -rf "$work"
 }

@@ -18,7 +18,10 @@ fi
 stage=$(mktemp -d)
 program=
 Finish() {
-    [ -z "$program" ] || kill "$program" 2>/dev/null || true
+    if [ -n "$program" ]; then
+        kill "$program" 2>/dev/null || true
+        wait "$program" 2>/dev/null || true
+    fi
     rm -rf "$stage"
 }
 trap Finish EXIT

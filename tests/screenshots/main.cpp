@@ -51,7 +51,11 @@ void FillRights(CListCtrl& list) {
 void FillSamples(CWnd& window) {
     for (CWnd* child : WindowAccess::Children(window)) {
         if (auto* list = dynamic_cast<CListCtrl*>(child)) {
-            list->GetView() == ListView::kList ? FillRights(*list) : FillList(*list);
+            if (list->GetView() == ListView::kList) {
+                FillRights(*list);
+            } else {
+                FillList(*list);
+            }
         }
         if (auto* edit = dynamic_cast<CEdit*>(child)) edit->SetWindowText("BUILTIN\\Administrators");
         if (auto* combo = dynamic_cast<CComboBox*>(child)) {

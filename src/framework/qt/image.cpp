@@ -18,7 +18,8 @@ QImage DecodeFile(const PictureData& picture) {
     const bool isPng = bytes.startsWith("\x89PNG");
     QImageReader reader(&buffer, isPng ? "png" : "svg");
     reader.setAutoDetectImageFormat(false);
-    if (!isPng) reader.setScaledSize({picture.size.cx, picture.size.cy});
+    if (!isPng)
+        reader.setScaledSize(reader.size().scaled(picture.size.cx, picture.size.cy, Qt::KeepAspectRatio));
     return reader.read();
 }
 

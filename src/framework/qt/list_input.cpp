@@ -23,10 +23,10 @@ void ListWidget::ShowTip(const QPoint& viewportPoint, const QPoint& globalPoint)
     const int row = HitRow(viewportPoint);
     const QPointer<ListWidget> self(this);
     QString tip;
-    if (row >= 0 && list->HasStyle(ListStyle::kInfoTips)) tip = ToQt(list->AskInfoTip(row));
-    if (!self) return;
     if (row >= 0 && list->HasStyle(ListStyle::kLabelTips))
         tip = ListPainter(*this, *list).CutText(row, CellInViewport(row), viewportPoint.x());
+    if (row >= 0 && tip.isEmpty() && list->HasStyle(ListStyle::kInfoTips)) tip = ToQt(list->AskInfoTip(row));
+    if (!self) return;
     if (tip.isEmpty()) {
         QToolTip::hideText();
         return;

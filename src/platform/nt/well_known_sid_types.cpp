@@ -36,7 +36,7 @@ constexpr Row OfDomain(std::uint32_t id) {
 constexpr Row kRows[] = {
     Universal(0, 0), Universal(1, 0), Universal(2, 0),                                       // 0: null, world, local
     Universal(3, 0), Universal(3, 1), Universal(3, 2), Universal(3, 3),                      // 3: creators
-    {Row::kAuthorityAlone, kNtAuthorityByte, 0},                                                          // 7: the NT authority
+    {Row::kAuthorityAlone, kNtAuthorityByte, 0},                                             // 7: the NT authority
     Nt(1), Nt(2), Nt(3), Nt(4), Nt(6), Nt(7), Nt(8), Nt(9), Nt(10), Nt(11), Nt(12), Nt(13),  // 8: dial-up to terminal server
     Nt(14), Nt(5), Nt(18), Nt(19), Nt(20), Nt(kBuiltinDomain),                               // 20: remote log-on, log-on ids, system, services, built-in
     Alias(544), Alias(545), Alias(546), Alias(547), Alias(548), Alias(549),                  // 26: Administrators to Server Operators

@@ -71,7 +71,7 @@ std::optional<Machine> AskSamba() {
     const UniqueFd secrets(open(database.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
     if (!secrets && (errno == ENOENT || errno == ENOTDIR)) return std::nullopt;
 
-    Machine silent{AccountSource::kNone, std::nullopt, HostName(), {}};
+    Machine silent{AccountSource::kHidden, std::nullopt, HostName(), {}};
     std::string answer;
     if (!secrets || RunTool("net", {"getlocalsid"}, {}, answer) != ERROR_SUCCESS) return silent;
     const std::optional<SambaAccount> machine = ParseLocalSid(answer);

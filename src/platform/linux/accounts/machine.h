@@ -12,13 +12,13 @@ namespace permora::host {
 enum class AccountSource {
     kComputed,  // from their numbers on the host
     kSamba,     // from Samba's databases, which alone know them
-    // Nobody: Samba has databases but does not hand them to us, or the machine has no id to make a SID of.
-    kNone,
+    kHidden,    // Samba has databases but does not hand them to us
+    kNone,      // the machine has no id to make a SID of
 };
 
 struct Machine {
     AccountSource source = AccountSource::kNone;
-    std::optional<nt::Sid> sid;  // always there unless the source is kNone
+    std::optional<nt::Sid> sid;  // always there unless the source is kHidden or kNone
     std::string name;            // the domain of its accounts, in upper case
     std::string guestAccount;    // the host's user that Samba makes its guest; empty without Samba
 };

@@ -39,6 +39,8 @@ class Memberships {
     }
 
     DWORD Complete() {
+        const DWORD sambaError = LearnSambaGroups();
+        if (sambaError != ERROR_SUCCESS) return sambaError;
         for (std::size_t next = 0; next < sids.size(); ++next) {
             const nt::Sid sid = sids[next];  // adding moves them
             const DWORD error = AddGroupsOf(sid);
@@ -55,10 +57,18 @@ class Memberships {
     }
 
     DWORD AddGroupsOf(const nt::Sid& sid) {
-        if (ThisMachine().source == AccountSource::kSamba) AddSambaGroupsOf(sid);
+        AddSambaGroupsOf(sid);
         if (const std::optional<gid_t> group = GroupForSid(sid)) AddGroup(*group);
         const std::optional<uid_t> user = UserForSid(sid);
         return user ? AddUser(*user) : ERROR_SUCCESS;
+    }
+
+    // Without Samba's groups the rest would be half an answer.
+    DWORD LearnSambaGroups() {
+        const AccountSource source = ThisMachine().source;
+        if (source == AccountSource::kHidden) return ERROR_ACCESS_DENIED;
+        if (source == AccountSource::kSamba) aliases = &AllSambaAliases();
+        return aliases != nullptr ? aliases->error : ERROR_SUCCESS;
     }
 
     // Each account of the host has two SIDs, and a list may name either.
@@ -98,13 +108,15 @@ class Memberships {
     }
 
     void AddSambaGroupsOf(const nt::Sid& sid) {
-        for (const SambaAlias& alias : AllSambaAliases()) {
+        if (aliases == nullptr) return;
+        for (const SambaAlias& alias : aliases->list) {
             if (std::find(alias.members.begin(), alias.members.end(), sid) != alias.members.end())
                 Add(alias.sid);
         }
     }
 
     std::vector<nt::Sid> sids;
+    const SambaAliases* aliases = nullptr;
 };
 
 }  // namespace

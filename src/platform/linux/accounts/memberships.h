@@ -10,8 +10,9 @@
 namespace permora::host {
 
 // The account itself first, each SID once. Groups in groups are followed to the end. An account that this
-// machine does not know stands for itself and Everyone. 0, or an error code when the name service failed;
-// `sids` is then as it was.
+// machine does not know stands for itself and Everyone. 0, or an error code when the name service or Samba's
+// tools failed, ERROR_ACCESS_DENIED among them for a process that may not see Samba's databases; `sids` is
+// then as it was.
 DWORD FindMemberships(const nt::Sid& account, std::vector<nt::Sid>& sids);
 
 }  // namespace permora::host

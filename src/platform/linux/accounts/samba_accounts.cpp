@@ -44,15 +44,18 @@ std::vector<SambaAccount> ListGroups(const Machine& machine) {
     return groups;
 }
 
-std::vector<SambaAlias> ListAliases() {
-    std::vector<SambaAlias> aliases;
-    for (const SambaAccount& group : AllSambaAccounts(AccountKind::kGroup).All()) {
+SambaAliases ListAliases() {
+    SambaAliases aliases;
+    const std::vector<SambaAccount>& groups = AllSambaAccounts(AccountKind::kGroup).All();
+    if (groups.empty()) aliases.error = ERROR_NO_SUCH_DOMAIN;  // there is one at least, where the tool answers
+    for (const SambaAccount& group : groups) {
         if (group.use != nt::SidUse::kAlias) continue;
         std::string listing;
         const std::string sid = group.sid.ToText();
-        if (RunTool("net", {"groupmap", "listmem", sid}, kListLimits, listing) != ERROR_SUCCESS) continue;
+        aliases.error = RunTool("net", {"groupmap", "listmem", sid}, kListLimits, listing);
+        if (aliases.error != ERROR_SUCCESS) break;
         std::vector<nt::Sid> members = ParseMembers(listing);
-        if (!members.empty()) aliases.push_back({group.sid, std::move(members)});
+        if (!members.empty()) aliases.list.push_back({group.sid, std::move(members)});
     }
     return aliases;
 }
@@ -92,8 +95,8 @@ const SambaAccounts& AllSambaAccounts(AccountKind kind) {
     return groups;
 }
 
-const std::vector<SambaAlias>& AllSambaAliases() {
-    static const std::vector<SambaAlias> aliases = ListAliases();
+const SambaAliases& AllSambaAliases() {
+    static const SambaAliases aliases = ListAliases();
     return aliases;
 }
 

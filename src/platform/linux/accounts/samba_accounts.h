@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/api/errors.h"
 #include "platform/linux/accounts/account_names.h"
 #include "platform/linux/accounts/samba_output.h"
 #include "platform/linux/accounts/sid_hash.h"
@@ -42,7 +43,12 @@ struct SambaAlias {
     std::vector<nt::Sid> members;
 };
 
-// Those that have members. As above: asked once, and only for a machine whose accounts come from Samba.
-const std::vector<SambaAlias>& AllSambaAliases();
+struct SambaAliases {
+    DWORD error = ERROR_SUCCESS;   // why not all of them are known
+    std::vector<SambaAlias> list;  // those that have members
+};
+
+// As above: asked once, and only for a machine whose accounts come from Samba.
+const SambaAliases& AllSambaAliases();
 
 }  // namespace permora::host

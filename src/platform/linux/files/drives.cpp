@@ -36,18 +36,22 @@ std::string WithoutLinks(std::string hostRoot) {
     return hostRoot;
 }
 
-// What the machine's administrator pinned.
-Pins FirstPins() {
-    Pins pins;
-    for (const auto& [letter, hostRoot] : ReadMountedDevices()) {
-        if (CanBePinned(letter) && hostRoot.starts_with('/')) pins.emplace(letter, WithoutLinks(hostRoot));
-    }
-    return pins;
-}
-
 struct PinTable {
+    // With what the machine's administrator pinned.
+    PinTable() {
+        const std::optional<MountedDevices> devices = ReadMountedDevices();
+        isComplete = devices.has_value();
+        for (const auto& [letter, hostRoot] : devices.value_or(MountedDevices())) {
+            if (CanBePinned(letter) && hostRoot.starts_with('/'))
+                pins.emplace(letter, WithoutLinks(hostRoot));
+        }
+    }
+
     std::mutex mutex;
-    Pins pins = FirstPins();
+    Pins pins;
+    // Otherwise the machine's registry is damaged. A letter that it may have given to one volume must not
+    // lead to another: no further ones are given out.
+    bool isComplete;
 };
 
 PinTable& SharedPins() {
@@ -76,6 +80,7 @@ class LetterSource {
   public:
     explicit LetterSource(const Pins& pinned) : pins(pinned) {}
     std::optional<char> Next() {
+        if (!SharedPins().isComplete) return std::nullopt;
         while (next <= 'Z' && pins.contains(next))
             ++next;
         if (next > 'Z') return std::nullopt;

@@ -26,10 +26,11 @@ MountedDevices MountedDevicesIn(const RegistryDocument& document) {
     return devices;
 }
 
-MountedDevices ReadMountedDevices() {
+std::optional<MountedDevices> ReadMountedDevices() {
     RegistryDocument document;
     const RegistryStore store(MachineRegistryFolder(), RegistryAudience::kEveryone);
-    return store.Read(document) == ERROR_SUCCESS ? MountedDevicesIn(document) : MountedDevices();
+    if (store.Read(document) != ERROR_SUCCESS) return std::nullopt;
+    return MountedDevicesIn(document);
 }
 
 }  // namespace permora::host

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 
 #include "platform/linux/registry/registry_document.h"
@@ -17,7 +18,7 @@ using MountedDevices = std::map<char, std::string>;
 
 MountedDevices MountedDevicesIn(const RegistryDocument& document);
 
-// Those in the machine's registry file as it is now; none when it cannot be read.
-MountedDevices ReadMountedDevices();
+// Those in the machine's registry file as it is now; nothing when it cannot be read.
+std::optional<MountedDevices> ReadMountedDevices();
 
 }  // namespace permora::host

@@ -18,8 +18,9 @@ void SetOwnerIn(nt::SecurityDescriptor& descriptor, const nt::Sid& owner);
 // such as a group, leaves the host's owner as it is.
 //
 // The kernel decides who may: ERROR_ACCESS_DENIED for another's object without CAP_CHOWN, and nothing is
-// written then. When the descriptor cannot be written the former owner is put back; a setuid or setgid bit,
-// which the kernel takes away when a file changes hands, is not.
+// written then. When the descriptor cannot be written the former owner is put back, as far as the kernel lets
+// us; setuid and setgid bits and capabilities of the file, which it takes away when a file changes hands, are
+// not.
 DWORD WriteWithOwner(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,
                      DescriptorStore& store);
 

@@ -20,6 +20,7 @@ namespace {
 using permora::host::ClaimedBytes;
 using permora::host::DescriptorView;
 using permora::host::Fail;
+using permora::host::SidOf;
 using permora::nt::Acl;
 using permora::nt::DaclState;
 using permora::nt::SecurityDescriptor;
@@ -35,11 +36,6 @@ void* LocalCopy(const void* bytes, std::size_t size) {
     return copy;
 }
 
-std::optional<Sid> SidValue(PSID sid) {
-    if (sid == nullptr) return std::nullopt;
-    return Sid::FromBytes({static_cast<const BYTE*>(sid), GetLengthSid(sid)});
-}
-
 // The value of a descriptor in either form; nothing when it is not valid.
 std::optional<SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descriptor) {
     if (!IsValidSecurityDescriptor(descriptor)) return std::nullopt;
@@ -49,8 +45,8 @@ std::optional<SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descripto
     SecurityDescriptor value;
     value.control = view->control | SE_SELF_RELATIVE;
     value.resourceManagerControl = view->resourceManagerControl;
-    value.owner = SidValue(view->owner);
-    value.group = SidValue(view->group);
+    value.owner = SidOf(view->owner);
+    value.group = SidOf(view->group);
     if ((view->control & SE_DACL_PRESENT) != 0) value.daclState = DaclState::kNull;
     if (view->dacl != nullptr) {
         auto dacl = Acl::FromBytes(ClaimedBytes(view->dacl));
@@ -67,7 +63,7 @@ std::optional<SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descripto
 
 BOOL WINAPI ConvertSidToStringSidA(PSID sid, LPSTR* text) {
     if (text == nullptr) return Fail(ERROR_INVALID_PARAMETER);
-    const auto value = SidValue(sid);
+    const auto value = SidOf(sid);
     if (!value) return Fail(ERROR_INVALID_SID);
     const std::string written = value->ToText();
     void* copy = LocalCopy(written.c_str(), written.size() + 1);

@@ -28,11 +28,11 @@ class ListSetting : public TreeChange {
         : TreeChange(listener, totals), explicitEntries(list), mode(writing) {}
 
   private:
-    DWORD Begin(const ObjectHandle& top) override { return ReadFolder(top, folders.emplace_back()); }
+    DWORD Begin(const ObjectHandle& top) override { return ReadFolder(top, lists.emplace_back()); }
 
     // Reads once and writes at most once.
     DWORD Change(const ObjectHandle& object, std::size_t depth, Outcome& outcome) override {
-        const FolderList& parent = folders[depth];
+        const FolderList& parent = lists[depth];
         const DWORD error = store.Read(object, before);
         if (error != ERROR_SUCCESS) return error;
         if (parent.readError != ERROR_SUCCESS) return parent.readError;
@@ -49,8 +49,8 @@ class ListSetting : public TreeChange {
     // What is in the folder inherits from what stands on it: the new list, or where that could not be set the
     // one it has kept.
     void Enter(const ObjectHandle& object, DWORD error, std::size_t inside) override {
-        folders.resize(inside);
-        FolderList& folder = folders.emplace_back();
+        lists.resize(inside);
+        FolderList& folder = lists.emplace_back();
         if (error == ERROR_SUCCESS) {
             std::swap(folder.list, after.dacl);
         } else {
@@ -69,7 +69,7 @@ class ListSetting : public TreeChange {
 
     const nt::Acl& explicitEntries;
     TreeListMode mode;
-    std::vector<FolderList> folders;  // by depth of what stands in them
+    std::vector<FolderList> lists;  // by depth of what stands in them
     nt::SecurityDescriptor before;
     nt::SecurityDescriptor after;
 };

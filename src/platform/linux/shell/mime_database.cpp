@@ -36,6 +36,7 @@ std::string LongestPlainPart(std::string_view pattern) {
         const std::size_t setEnd = pattern.front() == '[' ? pattern.find(']', 2) : 0;
         // Where it is not plain what stands for what, the rest is left to the matching.
         if (pattern.front() == '\\' || setEnd == pattern.npos) break;
+        if (pattern.substr(1, setEnd).find_first_of("[\\!^") != pattern.npos) break;
         pattern.remove_prefix(setEnd + 1);
     }
     return std::string(longest);

@@ -12,6 +12,7 @@
 #include "platform/linux/files/paths.h"
 #include "tests/platform/linux/files/files_fixture.h"
 #include "tests/support/command.h"
+#include "tests/support/own_mounts.h"
 
 namespace permora::host {
 
@@ -142,6 +143,7 @@ TEST_F(Drives, APinComesBeforeAnyVolumeAndCStaysTheRoot) {
 
 TEST_F(Drives, AMountedVolumeIsADriveAsLongAsItIsMounted) {
     if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    ASSERT_EQ(test::EnterOwnMounts(), "");  // others' mounting moves the letters
     const std::string mountPoint = folder.MakeFolder("ram disk");
     ASSERT_EQ(mount("none", mountPoint.c_str(), "tmpfs", 0, nullptr), 0);
     const std::string path = PathFromHost(mountPoint);

@@ -19,6 +19,7 @@
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/resources.h"
 #include "tests/support/command.h"
+#include "tests/support/own_mounts.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -59,8 +60,7 @@ std::string PrivilegesOf(const char* account, const char* value) {
 // In a mount namespace of its own, where /etc holds nothing but the registry.
 TEST(PolicyTest, TheRegistryTellsWhoHoldsARight) {
     if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
-    ASSERT_EQ(unshare(CLONE_NEWNS), 0);
-    ASSERT_EQ(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr), 0);
+    ASSERT_EQ(EnterOwnMounts(), "");
     ASSERT_EQ(mount("tmpfs", "/etc", "tmpfs", 0, "mode=0755"), 0);
     ASSERT_EQ(mkdir("/etc/permora", 0755), 0);
     const std::string holds = "01,00,00,00,00,00,00,00,09,00,00,00,00,00,00,00,00,00,00,00";

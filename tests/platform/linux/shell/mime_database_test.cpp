@@ -24,7 +24,8 @@ class MimeDatabases : public testing::Test {
               "# comment\n50:a/gzip:*.gz\n50:a/tar-gz:*.tar.gz\n50:a/c:*.c\n50:a/cpp:*.C:cs\n40:a/weak:*.x\n"
               "60:a/strong:*.x\n50:a/make:makefile\n10:a/make:makefile.*\n50:a/lib:*.so.[0-9]*\n50:a/old:*~\n"
               "50:a/core:core:cs\nbroken line\nx:a/bad:*.bad\n50:a/system:*.both\n50:a/empty:\n"
-              "50:a/video:[0-9][0-9].vdr\n50:a/set:[]x]y*z\n50:a/escaped:q\\[*\n50:a/Case:R*s:cs\n");
+              "50:a/video:[0-9][0-9].vdr\n50:a/set:[]x]y*z\n50:a/not:[!]x]y*w\n50:a/"
+              "class:[[:digit:]]*v\n50:a/escaped:q\\[*\n50:a/Case:R*s:cs\n");
         Write("user/mime/globs2", "50:a/user:*.both\n");
         Write("system/mime/icons", "a/c:source\na/gzip:archive\n");
         Write("user/mime/icons", "a/gzip:own\n");
