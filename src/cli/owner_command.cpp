@@ -32,9 +32,10 @@ bool DoTarget(const Target& target, PSID newOwner, ConsoleMessages& messages) {
     return false;
 }
 
-// The answer for a file or a link, which is no failure of the walk.
+// The answer for a file or a link, which is no failure of the walk. What does not exist was told before.
 bool HasNothingBelow(DWORD error) {
-    return error == ERROR_DIRECTORY || error == ERROR_CANT_RESOLVE_FILENAME;
+    return error == ERROR_DIRECTORY || error == ERROR_CANT_RESOLVE_FILENAME ||
+           error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
 
 // Everything below the folders among the targets. The progress tells each failure.
