@@ -27,8 +27,6 @@ const nt::Sid& Anonymous() {
 }
 
 constexpr uid_t kRoot = 0;
-constexpr std::uint32_t kGuest = 501;
-constexpr std::uint32_t kNone = 513;
 
 // The SIDs that were found, and how far their own groups have been looked for.
 class Memberships {
@@ -96,12 +94,12 @@ class Memberships {
     void AddSystemGroups(const nt::Sid& user) {
         const nt::Sid* machine = MachineSid();
         const bool isBelowMachine = machine != nullptr && user.IsDirectlyBelow(*machine);
-        if (isBelowMachine && user == machine->Append(kGuest)) {
+        if (isBelowMachine && user == machine->Append(kGuestId)) {
             Add(nt::Sid(5, {32, 546}));  // Guests
             return;
         }
         if (isBelowMachine) {
-            if (const std::optional<nt::Sid> none = machine->Append(kNone)) Add(*none);
+            if (const std::optional<nt::Sid> none = machine->Append(kNoneId)) Add(*none);
         }
         Add(nt::Sid(5, {11}));       // Authenticated Users
         Add(nt::Sid(5, {32, 545}));  // Users, to which those belong

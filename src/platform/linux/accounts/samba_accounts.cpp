@@ -14,16 +14,12 @@ namespace {
 // Room and time for some hundred thousand accounts in a directory service.
 constexpr ToolLimits kListLimits = {std::chrono::seconds(60), std::size_t{256} << 20};
 
-// Relative ids of two accounts that Samba has without listing them.
-constexpr std::uint32_t kGuest = 501;
-constexpr std::uint32_t kNone = 513;  // the group of all users of a machine without a domain
-
 std::vector<SambaAccount> ListUsers(const Machine& machine) {
     std::vector<SambaAccount> users;
     std::string listing;
     if (RunTool("pdbedit", {"-L", "-v"}, kListLimits, listing) != ERROR_SUCCESS) return users;
     users = ParseUserList(listing, *machine.sid);
-    if (const auto guest = machine.sid->Append(kGuest); guest && IsPlainAccountName(machine.guestAccount)) {
+    if (const auto guest = machine.sid->Append(kGuestId); guest && IsPlainAccountName(machine.guestAccount)) {
         users.push_back({machine.guestAccount, *guest, nt::SidUse::kUser, std::nullopt});
     }
     for (SambaAccount& user : users) {
@@ -38,7 +34,7 @@ std::vector<SambaAccount> ListGroups(const Machine& machine) {
     std::string listing;
     if (RunTool("net", {"groupmap", "list", "verbose"}, kListLimits, listing) != ERROR_SUCCESS) return groups;
     groups = ParseGroupMap(listing);
-    if (const auto none = machine.sid->Append(kNone)) {
+    if (const auto none = machine.sid->Append(kNoneId)) {
         groups.push_back({"None", *none, nt::SidUse::kGroup, std::nullopt});
     }
     return groups;
@@ -47,7 +43,8 @@ std::vector<SambaAccount> ListGroups(const Machine& machine) {
 SambaAliases ListAliases() {
     SambaAliases aliases;
     const std::vector<SambaAccount>& groups = AllSambaAccounts(AccountKind::kGroup).All();
-    if (groups.empty()) aliases.error = ERROR_NO_SUCH_DOMAIN;  // there is one at least, where the tool answers
+    // There is one at least, where the tool answers.
+    if (groups.empty()) aliases.error = ERROR_NO_SUCH_DOMAIN;
     for (const SambaAccount& group : groups) {
         if (group.use != nt::SidUse::kAlias) continue;
         std::string listing;

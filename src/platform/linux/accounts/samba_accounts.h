@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -14,6 +15,10 @@
 #include "platform/linux/accounts/sid_hash.h"
 
 namespace permora::host {
+
+// Relative ids of two accounts that Samba has without listing them.
+inline constexpr std::uint32_t kGuestId = 501;
+inline constexpr std::uint32_t kNoneId = 513;  // the group of all users of a machine without a domain
 
 class SambaAccounts {
   public:

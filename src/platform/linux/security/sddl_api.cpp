@@ -24,7 +24,6 @@ using permora::host::SidOf;
 using permora::nt::Acl;
 using permora::nt::DaclState;
 using permora::nt::SecurityDescriptor;
-using permora::nt::Sid;
 
 constexpr SECURITY_INFORMATION kAllParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
                                            DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
