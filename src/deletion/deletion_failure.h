@@ -31,7 +31,7 @@ struct DeletionFailure {
 // What a message box says before ": " and the system's text.
 std::string BoxPrefix(const DeletionFailure& failure);
 
-// A line of a status list, without the name, and with the system's text at its end as the system gives it.
+// What failed, and the system's text as the system gives it; whose failure it is, the caller says before it.
 std::string StatusText(const DeletionFailure& failure);
 
 }  // namespace permora

@@ -197,7 +197,6 @@ TEST_F(SecureDelete, AStopLeavesWhatIsNotYetDone) {
     folder.MakeFolder("work/top");
     folder.MakeFolder("work/top/sub");
     Fill("top/sub/file", 2048);
-    Fill("top/sub/second", 10);
     int writes = 0;
     beforeWrite = [&] {
         if (++writes == 2) host.isStopping = true;
@@ -205,13 +204,7 @@ TEST_F(SecureDelete, AStopLeavesWhatIsNotYetDone) {
     host.Delete("top");
     EXPECT_THAT(host.failures, IsEmpty());
     EXPECT_THAT(host.deleted, IsEmpty());
-    const bool isFirst = host.entries.back() == "file";
-    if (isFirst) {
-        const std::string left = test::ReadWholeFile("top/sub/file");
-        EXPECT_EQ(left, std::string(1024, '\0') + std::string(1024, 'x'));
-        EXPECT_EQ(test::ReadWholeFile("top/sub/second"), std::string(10, 'x'));
-    }
-    EXPECT_TRUE(Exists("work/top/sub/file"));
+    EXPECT_EQ(test::ReadWholeFile("top/sub/file"), std::string(1024, '\0') + std::string(1024, 'x'));
 }
 
 TEST_F(SecureDelete, ATreeGoesFromItsLeavesAndLinksLeadNowhere) {
