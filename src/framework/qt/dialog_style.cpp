@@ -53,9 +53,9 @@ void DrawDarkOutline(QPainter& painter, const QStyleOption& option, bool isRound
     painter.restore();
 }
 
-// Gives disabled text a colour between that of text and its background, unless it has one that stands out
-// more.
-void MakeDisabledReadable(QPalette& palette, QPalette::ColorRole textRole, QPalette::ColorRole groundRole) {
+// Gives disabled text a colour between that of text and its background, unless it has one of its own that
+// stands out more. Some themes do not tell the two apart.
+void TellDisabledApart(QPalette& palette, QPalette::ColorRole textRole, QPalette::ColorRole groundRole) {
     constexpr qreal kTextShare = 0.55;
     const QColor text = palette.color(QPalette::Active, textRole);
     const QColor ground = palette.color(QPalette::Disabled, groundRole);
@@ -67,7 +67,8 @@ void MakeDisabledReadable(QPalette& palette, QPalette::ColorRole textRole, QPale
     const auto distance = [&](const QColor& colour) {
         return std::abs(colour.lightness() - ground.lightness());
     };
-    if (distance(palette.color(QPalette::Disabled, textRole)) < distance(readable))
+    const QColor disabled = palette.color(QPalette::Disabled, textRole);
+    if (disabled == text || distance(disabled) < distance(readable))
         palette.setColor(QPalette::Disabled, textRole, readable);
 }
 
@@ -108,9 +109,9 @@ QImage Faded(const QImage& picture) {
 
 void DialogStyle::polish(QPalette& palette) {
     QProxyStyle::polish(palette);
-    MakeDisabledReadable(palette, QPalette::WindowText, QPalette::Window);
-    MakeDisabledReadable(palette, QPalette::Text, QPalette::Base);
-    MakeDisabledReadable(palette, QPalette::ButtonText, QPalette::Button);
+    TellDisabledApart(palette, QPalette::WindowText, QPalette::Window);
+    TellDisabledApart(palette, QPalette::Text, QPalette::Base);
+    TellDisabledApart(palette, QPalette::ButtonText, QPalette::Button);
 }
 
 QPixmap DialogStyle::generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
