@@ -50,11 +50,14 @@ class ShredHost : public SecureDeleteHost {
     void Deleted(const std::string& /*name*/) override { ++deletedCount; }
     void Failed(const DeletionFailure& failure) override { Leave(failure.name, StatusText(failure)); }
 
-    bool MayOverwrite(const FolderHandle& folder, const std::string& name) override {
+    bool MayOverwrite(const FileHandle& file, const std::string& name) override {
         if (arguments.force) return true;
         std::vector<OverwriteObstacle> obstacles;
-        // What cannot even be asked about is told by what is done next.
-        if (folder.FindObstacles(name, obstacles) != ERROR_SUCCESS || obstacles.empty()) return true;
+        if (const DWORD error = file.FindObstacles(obstacles); error != ERROR_SUCCESS) {
+            Failed({DeletionStep::kExamine, name, error});
+            return false;
+        }
+        if (obstacles.empty()) return true;
         std::string reasons;
         for (const OverwriteObstacle obstacle : obstacles)
             reasons += (reasons.empty() ? "" : ", ") + std::string(TextOf(obstacle));

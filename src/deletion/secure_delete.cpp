@@ -34,7 +34,7 @@ class FileDeletion {
         host.BeginDeleting(name);
         const Outcome outcome = OverwriteAll();
         if (outcome != Outcome::kDone) return outcome == Outcome::kStopped;
-        if (const DWORD error = folder.RemoveFile(name); error != ERROR_SUCCESS)
+        if (const DWORD error = folder.RemoveFile(name, held); error != ERROR_SUCCESS)
             return Fail(DeletionStep::kDeleteFile, error);
         host.Deleted(name);
         return true;
@@ -51,14 +51,17 @@ class FileDeletion {
     }
 
     // The contents and all streams. The contents are opened first, so that a file that someone else uses
-    // stays whole, and overwritten last.
+    // stays whole, and overwritten last. What is asked is asked of the file that is held then.
     Outcome OverwriteAll() {
         if (const DWORD error = folder.BytesPerSector(sectorBytes); error != ERROR_SUCCESS)
             return FailWith(DeletionStep::kAskVolume, error);
         UniqueHandle file;
         std::vector<std::string> streams;
-        DWORD error = folder.OpenForOverwriting(name, file);
-        if (error == ERROR_SUCCESS) error = folder.ListNamedStreams(name, streams);
+        DWORD error = folder.HoldFile(name, held);
+        if (error == ERROR_SUCCESS) error = held.OpenForOverwriting(file);
+        if (error != ERROR_SUCCESS) return FailWith(DeletionStep::kOpenFile, error);
+        if (!host.MayOverwrite(held, name)) return Outcome::kFailed;
+        error = held.ListNamedStreams(streams);
         if (error != ERROR_SUCCESS) return FailWith(DeletionStep::kOpenFile, error);
         for (const std::string& stream : streams) {
             const Outcome outcome = OverwriteStream(stream);
@@ -69,7 +72,7 @@ class FileDeletion {
 
     Outcome OverwriteStream(const std::string& stream) {
         UniqueHandle opened;
-        const DWORD error = folder.OpenForOverwriting(stream, opened);
+        const DWORD error = held.OpenStreamForOverwriting(stream, opened);
         if (error != ERROR_SUCCESS) return FailWith(DeletionStep::kOpenFile, error);
         return OverwriteAndClose(std::move(opened));
     }
@@ -104,13 +107,14 @@ class FileDeletion {
     const FolderHandle& folder;
     const std::string& name;
     SizeFunction readSize;
+    FileHandle held;
     DWORD sectorBytes = 0;
 };
 
 // What has no contents of its own.
 void DeleteLink(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
     host.BeginDeleting(name);
-    if (const DWORD error = folder.RemoveFile(name); error != ERROR_SUCCESS) {
+    if (const DWORD error = folder.RemoveLink(name); error != ERROR_SUCCESS) {
         host.Failed({DeletionStep::kDeleteFile, name, error});
     } else {
         host.Deleted(name);
@@ -216,7 +220,7 @@ void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const 
 }
 
 bool SecureDeleteFile(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
-    return host.MayOverwrite(folder, name) && FileDeletion(host, folder, name).Run();
+    return FileDeletion(host, folder, name).Run();
 }
 
 void SecureDeleteFolder(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {

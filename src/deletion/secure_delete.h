@@ -43,9 +43,9 @@ class SecureDeleteHost {
     virtual void Deleted(const std::string& /*name*/) {}
     // Something stays where it is; the run goes on with what comes next.
     virtual void Failed(const DeletionFailure& failure) = 0;
-    // Whether a file, which can be asked about through `folder`, may be overwritten at all. False: the host
-    // has told why it stays.
-    virtual bool MayOverwrite(const FolderHandle& /*folder*/, const std::string& /*name*/) { return true; }
+    // Whether the file, which nobody else has open, may be overwritten at all. False: the host has told why
+    // it stays.
+    virtual bool MayOverwrite(const FileHandle& /*file*/, const std::string& /*name*/) { return true; }
 
     const UniqueLibrary systemLibrary;
 };

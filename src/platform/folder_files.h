@@ -36,6 +36,36 @@ enum class OverwriteObstacle {
     kNamedStreams,  // the driver of the volume moves named streams when it writes them
 };
 
+// A file that is held, whatever becomes of its name: every call is about the file that was found when it was
+// held. All calls answer with 0 or a system error code, and a failed one leaves its outputs untouched. One
+// thread at a time.
+class FileHandle {
+  public:
+    FileHandle();
+    FileHandle(FileHandle&& other) noexcept;
+    FileHandle& operator=(FileHandle&& other) noexcept;
+    ~FileHandle();
+
+    // The contents, to be overwritten with WriteFile from their beginning and closed by the caller. Nobody
+    // else may have them open, nor open them until they are closed (ERROR_SHARING_VIOLATION); on Linux this
+    // is the kernel's write lease, and where a file system has none a lock among those who ask for locks.
+    // Read-only files are refused (ERROR_ACCESS_DENIED), also to root.
+    DWORD OpenForOverwriting(UniqueHandle& contents) const;
+
+    // The streams beside the contents, as names for OpenStreamForOverwriting. Only NTFS has any.
+    DWORD ListNamedStreams(std::vector<std::string>& streams) const;
+    // As OpenForOverwriting.
+    DWORD OpenStreamForOverwriting(const std::string& stream, UniqueHandle& contents) const;
+
+    // What is known to keep the file from being overwritten in place; `obstacles` is empty when nothing is.
+    DWORD FindObstacles(std::vector<OverwriteObstacle>& obstacles) const;
+
+  private:
+    friend class FolderHandle;
+    struct Inside;
+    std::unique_ptr<Inside> inside;  // null: no file
+};
+
 // Names are 8-bit texts in the ANSI code page, bare: no separators, neither "." nor "..". All calls answer
 // with 0 or a system error code, and a failed one leaves its outputs untouched. One thread at a time.
 class FolderHandle {
@@ -62,20 +92,15 @@ class FolderHandle {
     // Of the volume that holds the folder.
     DWORD BytesPerSector(DWORD& bytes) const;
 
-    // A file, or one of its streams ("name:stream"), to be overwritten with WriteFile from its beginning and
-    // closed by the caller. Nobody else may have it open, nor open it until it is closed
-    // (ERROR_SHARING_VIOLATION); on Linux this is the kernel's write lease, and where a file system has none
-    // a lock among those who ask for locks. Read-only files are refused (ERROR_ACCESS_DENIED), also to root.
-    DWORD OpenForOverwriting(const std::string& name, UniqueHandle& file) const;
+    // Holds a file, never through a link (ERROR_CANT_RESOLVE_FILENAME). The folder must outlive `file`.
+    DWORD HoldFile(const std::string& name, FileHandle& file) const;
 
-    // The streams of a file beside its contents, as names for OpenForOverwriting. Only NTFS has any.
-    DWORD ListNamedStreams(const std::string& name, std::vector<std::string>& streams) const;
-
-    // What is known to keep a file from being overwritten in place; `obstacles` is empty when nothing is.
-    DWORD FindObstacles(const std::string& name, std::vector<OverwriteObstacle>& obstacles) const;
-
-    // Removes a file, or the link or device itself.
-    DWORD RemoveFile(const std::string& name) const;
+    // Removes the name of a file that is held, for which nothing of the file may be open any more.
+    // ERROR_FILE_INVALID, and nothing is removed, when the name leads to another file by now.
+    DWORD RemoveFile(const std::string& name, const FileHandle& file) const;
+    // Removes a link or device itself. What has contents is refused (ERROR_ACCESS_DENIED; ERROR_NOT_SUPPORTED
+    // when there is no means to reach them).
+    DWORD RemoveLink(const std::string& name) const;
     // Removes an empty folder (ERROR_DIR_NOT_EMPTY). A read-only one is refused (ERROR_ACCESS_DENIED).
     DWORD RemoveFolder(const std::string& name) const;
 

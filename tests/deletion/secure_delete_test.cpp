@@ -265,6 +265,32 @@ TEST_F(SecureDelete, AFolderThatIsSwappedLeadsNowhereElse) {
     EXPECT_TRUE(Exists("outside/sub/file"));
 }
 
+TEST_F(SecureDelete, AFileThatIsSwappedStaysWhole) {
+    // Another file takes the name of what is being overwritten.
+    Fill("file", 512);
+    Fill("other", 512);
+    beforeWrite = [] {
+        std::filesystem::rename("file", "taken");
+        std::filesystem::rename("other", "file");
+    };
+    host.Delete("file");
+    beforeWrite = nullptr;
+    EXPECT_EQ(test::ReadWholeFile("file"), std::string(512, 'x'));
+    EXPECT_EQ(test::ReadWholeFile("taken"), std::string(512, '\0'));
+
+    // A file takes the name of what was listed as a link.
+    folder.MakeFolder("work/top");
+    std::filesystem::create_symlink("missing", "top/link");
+    host.onEntry = [](const std::string&) { std::filesystem::rename("taken", "top/link"); };
+    host.Delete("top");
+    EXPECT_TRUE(Exists("work/top/link"));
+    EXPECT_THAT(host.failures,
+                ElementsAre(DeletionFailure{DeletionStep::kDeleteFile, "file", ERROR_FILE_INVALID},
+                            DeletionFailure{DeletionStep::kDeleteFile, "link", ERROR_ACCESS_DENIED},
+                            DeletionFailure{DeletionStep::kRemoveFolder, "top", ERROR_DIR_NOT_EMPTY}));
+    EXPECT_THAT(host.deleted, IsEmpty());
+}
+
 TEST_F(SecureDelete, WhatCannotBeLookedAtIsNoFolder) {
     Fill("kept", 10);
     folder.MakeFolder("work/top");

@@ -182,12 +182,17 @@ TEST_F(OnNtfs, StreamsThatAreFilesAreOverwrittenInPlace) {
 TEST_F(OnNtfs, TellsWhatItCannotReplace) {
     Write(volume->Path("plain"), "x");
     Write(volume->Path("short name"), "x");
+    Write(volume->Path("PLAIN"), "x");
     Write(volume->Path("linked"), "x");
     Write(volume->Path("streams"), "x");
     std::filesystem::create_hard_link(volume->Path("linked"), volume->Path("second"));
     const std::string shortName = volume->Path("short name");
     ASSERT_EQ(RunCommand({"setfattr", "-n", "system.ntfs_dos_name", "-v", "SHORTN~1", shortName}).exitCode,
               0);
+    // One name that is both long and short.
+    const std::string onlyName = volume->Path("PLAIN");
+    ASSERT_EQ(RunCommand({"setfattr", "-n", "system.ntfs_dos_name", "-v", "PLAIN", onlyName}).exitCode, 0);
+    std::filesystem::create_hard_link(onlyName, volume->Path("other"));
     ASSERT_EQ(RunCommand({"setfattr", "-n", "user.s", "-v", "x", volume->Path("streams")}).exitCode, 0);
     std::filesystem::current_path(volume->Root());
     FolderHandle folder;
@@ -195,14 +200,18 @@ TEST_F(OnNtfs, TellsWhatItCannotReplace) {
     const std::pair<const char*, std::vector<OverwriteObstacle>> cases[] = {
         {"plain", {}},
         {"short name", {}},
+        {"PLAIN", {OverwriteObstacle::kSeveralNames}},
         {"linked", {OverwriteObstacle::kSeveralNames}},
         {"streams", {OverwriteObstacle::kNamedStreams}},
     };
     for (const auto& [name, expected] : cases) {
         std::vector<OverwriteObstacle> obstacles;
-        EXPECT_EQ(folder.FindObstacles(name, obstacles), ERROR_SUCCESS) << name;
+        FileHandle file;
+        ASSERT_EQ(folder.HoldFile(name, file), ERROR_SUCCESS) << name;
+        EXPECT_EQ(file.FindObstacles(obstacles), ERROR_SUCCESS) << name;
         EXPECT_EQ(obstacles, expected) << name;
     }
+    std::filesystem::current_path("/");
 }
 
 }  // namespace

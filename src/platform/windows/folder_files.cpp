@@ -87,13 +87,10 @@ DWORD TagOf(HANDLE object, FILE_ATTRIBUTE_TAG_INFO& tag) {
                : GetLastError();
 }
 
-DWORD Remove(HANDLE folder, const std::string& name, ULONG options) {
-    UniqueHandle object;
-    const DWORD error = OpenIn(folder, name, {DELETE, kShareAll, options}, object);
-    if (error != ERROR_SUCCESS) return error;
+// `object` is open for DELETE.
+DWORD RemoveOpened(HANDLE object) {
     FILE_DISPOSITION_INFO disposition{TRUE};
-    return SetFileInformationByHandle(object.get(), FileDispositionInfo, &disposition, sizeof disposition) !=
-                   FALSE
+    return SetFileInformationByHandle(object, FileDispositionInfo, &disposition, sizeof disposition) != FALSE
                ? ERROR_SUCCESS
                : GetLastError();
 }
@@ -115,6 +112,75 @@ struct FolderHandle::Inside {
     alignas(8) std::array<std::byte, 8192> block{};
     const std::byte* next = nullptr;
 };
+
+struct FileHandle::Inside {
+    UniqueHandle file;
+};
+
+FileHandle::FileHandle() = default;
+FileHandle::FileHandle(FileHandle&& other) noexcept = default;
+FileHandle& FileHandle::operator=(FileHandle&& other) noexcept = default;
+FileHandle::~FileHandle() = default;
+
+DWORD FileHandle::OpenForOverwriting(UniqueHandle& contents) const {
+    HANDLE opened =
+        ReOpenFile(inside->file.get(), FILE_WRITE_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, 0,
+                   FILE_FLAG_WRITE_THROUGH | FILE_FLAG_SEQUENTIAL_SCAN | FILE_FLAG_OPEN_REPARSE_POINT);
+    if (opened == INVALID_HANDLE_VALUE) return GetLastError();
+    contents.reset(opened);
+    return ERROR_SUCCESS;
+}
+
+DWORD FileHandle::ListNamedStreams(std::vector<std::string>& streams) const {
+    constexpr std::size_t kListBytes = std::size_t{64} << 10;
+    std::vector<std::byte> list(kListBytes);
+    if (GetFileInformationByHandleEx(inside->file.get(), FileStreamInfo, list.data(), kListBytes) == FALSE) {
+        if (GetLastError() != ERROR_HANDLE_EOF) return GetLastError();
+        streams.clear();  // no stream at all, as on volumes without any
+        return ERROR_SUCCESS;
+    }
+    std::vector<std::string> found;
+    for (const std::byte* place = list.data();;) {
+        FILE_STREAM_INFO info{};
+        std::memcpy(&info, place, offsetof(FILE_STREAM_INFO, StreamName));
+        std::wstring stream(info.StreamNameLength / sizeof(wchar_t), L'\0');
+        std::memcpy(stream.data(), place + offsetof(FILE_STREAM_INFO, StreamName), info.StreamNameLength);
+        if (stream != kUnnamedStream && stream.ends_with(kDataType)) {
+            std::string text;
+            if (const DWORD problem = ToAnsi(stream, text); problem != ERROR_SUCCESS) return problem;
+            found.push_back(std::move(text));
+        }
+        if (info.NextEntryOffset == 0) break;
+        place += info.NextEntryOffset;
+    }
+    streams = std::move(found);
+    return ERROR_SUCCESS;
+}
+
+DWORD FileHandle::OpenStreamForOverwriting(const std::string& stream, UniqueHandle& contents) const {
+    // A stream's own name, which begins with a colon, is looked for in the file itself.
+    return OpenIn(inside->file.get(), stream,
+                  {FILE_WRITE_DATA | FILE_READ_ATTRIBUTES, 0,
+                   FILE_NON_DIRECTORY_FILE | FILE_WRITE_THROUGH | FILE_SEQUENTIAL_ONLY},
+                  contents);
+}
+
+DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const {
+    BY_HANDLE_FILE_INFORMATION info{};
+    if (GetFileInformationByHandle(inside->file.get(), &info) == FALSE) return GetLastError();
+    const std::pair<OverwriteObstacle, bool> answers[] = {
+        {OverwriteObstacle::kSeveralNames, info.nNumberOfLinks > 1},
+        {OverwriteObstacle::kCopyOnWriteVolume, IsOnCopyOnWriteVolume(inside->file.get())},
+        {OverwriteObstacle::kCompressed, (info.dwFileAttributes & FILE_ATTRIBUTE_COMPRESSED) != 0},
+        {OverwriteObstacle::kEncrypted, (info.dwFileAttributes & FILE_ATTRIBUTE_ENCRYPTED) != 0},
+        {OverwriteObstacle::kSparse, (info.dwFileAttributes & FILE_ATTRIBUTE_SPARSE_FILE) != 0},
+    };
+    obstacles.clear();
+    for (const auto& [obstacle, isThere] : answers) {
+        if (isThere) obstacles.push_back(obstacle);
+    }
+    return ERROR_SUCCESS;
+}
 
 FolderHandle::FolderHandle() = default;
 FolderHandle::FolderHandle(FolderHandle&& other) noexcept = default;
@@ -187,75 +253,49 @@ DWORD FolderHandle::BytesPerSector(DWORD& bytes) const {
     return ERROR_SUCCESS;
 }
 
-DWORD FolderHandle::OpenForOverwriting(const std::string& name, UniqueHandle& file) const {
-    UniqueHandle opened;
+DWORD FolderHandle::HoldFile(const std::string& name, FileHandle& file) const {
+    auto held = std::make_unique<FileHandle::Inside>();
     FILE_ATTRIBUTE_TAG_INFO tag{};
     DWORD error = OpenIn(inside->folder.get(), name,
-                         {FILE_WRITE_DATA | FILE_READ_ATTRIBUTES, 0,
-                          FILE_NON_DIRECTORY_FILE | FILE_WRITE_THROUGH | FILE_SEQUENTIAL_ONLY},
-                         opened);
-    if (error == ERROR_SUCCESS) error = TagOf(opened.get(), tag);
+                         {FILE_READ_ATTRIBUTES, kShareAll, FILE_NON_DIRECTORY_FILE}, held->file);
+    if (error == ERROR_SUCCESS) error = TagOf(held->file.get(), tag);
     if (error != ERROR_SUCCESS) return error;
     if ((tag.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return ERROR_CANT_RESOLVE_FILENAME;
-    file = std::move(opened);
+    file.inside = std::move(held);
     return ERROR_SUCCESS;
 }
 
-DWORD FolderHandle::ListNamedStreams(const std::string& name, std::vector<std::string>& streams) const {
-    UniqueHandle file;
-    const DWORD error = OpenIn(inside->folder.get(), name, {FILE_READ_ATTRIBUTES}, file);
+DWORD FolderHandle::RemoveFile(const std::string& name, const FileHandle& file) const {
+    UniqueHandle object;
+    BY_HANDLE_FILE_INFORMATION found{};
+    BY_HANDLE_FILE_INFORMATION held{};
+    const DWORD error = OpenIn(inside->folder.get(), name, {DELETE | FILE_READ_ATTRIBUTES}, object);
     if (error != ERROR_SUCCESS) return error;
-    constexpr std::size_t kListBytes = std::size_t{64} << 10;
-    std::vector<std::byte> list(kListBytes);
-    if (GetFileInformationByHandleEx(file.get(), FileStreamInfo, list.data(), kListBytes) == FALSE) {
-        if (GetLastError() != ERROR_HANDLE_EOF) return GetLastError();
-        streams.clear();  // no stream at all, as on volumes without any
-        return ERROR_SUCCESS;
+    if (GetFileInformationByHandle(object.get(), &found) == FALSE ||
+        GetFileInformationByHandle(file.inside->file.get(), &held) == FALSE) {
+        return GetLastError();
     }
-    std::vector<std::string> found;
-    for (const std::byte* place = list.data();;) {
-        FILE_STREAM_INFO info{};
-        std::memcpy(&info, place, offsetof(FILE_STREAM_INFO, StreamName));
-        std::wstring stream(info.StreamNameLength / sizeof(wchar_t), L'\0');
-        std::memcpy(stream.data(), place + offsetof(FILE_STREAM_INFO, StreamName), info.StreamNameLength);
-        if (stream != kUnnamedStream && stream.ends_with(kDataType)) {
-            std::string text;
-            if (const DWORD problem = ToAnsi(stream, text); problem != ERROR_SUCCESS) return problem;
-            found.push_back(name + text);
-        }
-        if (info.NextEntryOffset == 0) break;
-        place += info.NextEntryOffset;
-    }
-    streams = std::move(found);
-    return ERROR_SUCCESS;
+    const bool isSame = found.dwVolumeSerialNumber == held.dwVolumeSerialNumber &&
+                        found.nFileIndexHigh == held.nFileIndexHigh &&
+                        found.nFileIndexLow == held.nFileIndexLow;
+    return isSame ? RemoveOpened(object.get()) : ERROR_FILE_INVALID;
 }
 
-DWORD FolderHandle::FindObstacles(const std::string& name, std::vector<OverwriteObstacle>& obstacles) const {
-    UniqueHandle file;
-    const DWORD error = OpenIn(inside->folder.get(), name, {FILE_READ_ATTRIBUTES}, file);
+DWORD FolderHandle::RemoveLink(const std::string& name) const {
+    UniqueHandle object;
+    FILE_ATTRIBUTE_TAG_INFO tag{};
+    DWORD error = OpenIn(inside->folder.get(), name, {DELETE | FILE_READ_ATTRIBUTES}, object);
+    if (error == ERROR_SUCCESS) error = TagOf(object.get(), tag);
     if (error != ERROR_SUCCESS) return error;
-    BY_HANDLE_FILE_INFORMATION info{};
-    if (GetFileInformationByHandle(file.get(), &info) == FALSE) return GetLastError();
-    const std::pair<OverwriteObstacle, bool> answers[] = {
-        {OverwriteObstacle::kSeveralNames, info.nNumberOfLinks > 1},
-        {OverwriteObstacle::kCopyOnWriteVolume, IsOnCopyOnWriteVolume(file.get())},
-        {OverwriteObstacle::kCompressed, (info.dwFileAttributes & FILE_ATTRIBUTE_COMPRESSED) != 0},
-        {OverwriteObstacle::kEncrypted, (info.dwFileAttributes & FILE_ATTRIBUTE_ENCRYPTED) != 0},
-        {OverwriteObstacle::kSparse, (info.dwFileAttributes & FILE_ATTRIBUTE_SPARSE_FILE) != 0},
-    };
-    obstacles.clear();
-    for (const auto& [obstacle, isThere] : answers) {
-        if (isThere) obstacles.push_back(obstacle);
-    }
-    return ERROR_SUCCESS;
-}
-
-DWORD FolderHandle::RemoveFile(const std::string& name) const {
-    return Remove(inside->folder.get(), name, 0);
+    return KindOfAttributes(tag.FileAttributes, tag.ReparseTag) == FolderEntryKind::kOther
+               ? RemoveOpened(object.get())
+               : ERROR_ACCESS_DENIED;
 }
 
 DWORD FolderHandle::RemoveFolder(const std::string& name) const {
-    return Remove(inside->folder.get(), name, FILE_DIRECTORY_FILE);
+    UniqueHandle object;
+    const DWORD error = OpenIn(inside->folder.get(), name, {DELETE, kShareAll, FILE_DIRECTORY_FILE}, object);
+    return error == ERROR_SUCCESS ? RemoveOpened(object.get()) : error;
 }
 
 }  // namespace permora

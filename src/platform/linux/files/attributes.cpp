@@ -49,11 +49,6 @@ bool IsFileOrFolder(const ObjectHandle& object) {
     return S_ISREG(object.Status().st_mode) || object.IsFolder();
 }
 
-// The object has no such attribute, or the file system knows none of the kind.
-bool IsAbsent(int error) {
-    return error == ENODATA || error == ENOTSUP;
-}
-
 // Leaves `stored` empty where the volume is not NTFS.
 DWORD ReadFromNtfs(const AttributeReader& read, StoredAttributes& stored) {
     DWORD flags = 0;

@@ -68,6 +68,10 @@ int ReadGrowing(const std::function<ssize_t(void*, std::size_t)>& get, std::vect
 
 }  // namespace
 
+bool IsAbsent(int error) {
+    return error == ENODATA || error == ENOTSUP;
+}
+
 int ReadExtendedAttribute(const ObjectHandle& object, const char* name, std::vector<std::uint8_t>& value) {
     const DescriptorPath path(object.Descriptor());
     return ReadGrowing(

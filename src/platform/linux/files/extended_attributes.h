@@ -10,6 +10,9 @@
 
 namespace permora::host {
 
+// Whether an errno value says that the object has no such attribute, or the file system none of the kind.
+bool IsAbsent(int error);
+
 // Reads the whole attribute into `value` (whose capacity is reused). Returns 0, or the errno value: ENODATA
 // when the object has none, ENOTSUP when the file system has no such attributes. `value` is unspecified after
 // a failure.

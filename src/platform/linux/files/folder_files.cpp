@@ -1,14 +1,10 @@
 #include "platform/folder_files.h"
 
 #include <fcntl.h>
-#include <linux/magic.h>
 #include <sys/sysmacros.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <dirent.h>
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -17,36 +13,21 @@
 
 #include "platform/api/errors.h"
 #include "platform/linux/base/host_errors.h"
-#include "platform/linux/base/system_objects.h"
 #include "platform/linux/files/attributes.h"
 #include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/files/file_handle.h"
 #include "platform/linux/files/file_system_types.h"
 #include "platform/linux/files/folder_listing.h"
 #include "platform/linux/files/mount_table.h"
 #include "platform/linux/files/name_mapping.h"
-#include "platform/linux/files/named_streams.h"
-#include "platform/linux/files/overwritten_file.h"
 #include "platform/linux/files/unmounted_entry.h"
 
 namespace permora {
 namespace host {
 namespace {
 
-// Between a file's name and that of its stream; no shown name holds one.
-constexpr char kStreamSeparator = ':';
-
 constexpr DWORD kUsualSectorBytes = 512;
 constexpr DWORD kLargestSectorBytes = 65536;
-
-// File systems whose magic numbers linux/magic.h does not name: their own sources.
-constexpr unsigned kBcachefsMagic = 0xCA451A4E;
-constexpr unsigned kUbifsMagic = 0x24051905;
-constexpr unsigned kZfsMagic = 0x2FC12FC1;
-
-// They write changed contents to a fresh place, an overlay to another file system.
-constexpr std::array<unsigned, 8> kCopyOnWriteVolumes = {
-    BTRFS_SUPER_MAGIC,     F2FS_SUPER_MAGIC, JFFS2_SUPER_MAGIC, NILFS_SUPER_MAGIC,
-    OVERLAYFS_SUPER_MAGIC, kBcachefsMagic,   kUbifsMagic,       kZfsMagic};
 
 FolderEntryKind KindOfMode(mode_t mode) {
     if (S_ISDIR(mode)) return FolderEntryKind::kFolder;
@@ -74,36 +55,20 @@ DWORD HoldFile(int folder, const std::string& hostName, ObjectHandle& file) {
     return ERROR_SUCCESS;
 }
 
-// The attributes of what is no link; `object` is left as it is.
-DWORD AttributesOf(ObjectHandle& object, DWORD& attributes) {
-    ResolvedObject resolved;
-    resolved.object = std::move(object);
-    const DWORD error = ReadAttributes(resolved, attributes);
-    object = std::move(resolved.object);
-    return error;
-}
-
-DWORD RefuseReadOnly(ObjectHandle& object) {
-    DWORD attributes = 0;
-    const DWORD error = AttributesOf(object, attributes);
-    if (error != ERROR_SUCCESS) return error;
-    return (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
-}
-
 // ntfs-3g shows as a broken link what it has no means to read, such as a file whose contents the system has
 // compressed in its own way. What leads elsewhere, and so has no contents, says so in its tag: the bit of
 // name surrogates in MS-FSCC, 2.1.2.1, or the tag of the UNIX objects of NFS servers there.
-bool IsUnreadableFile(const ObjectHandle& object) {
+DWORD RefuseUnreadableFile(const ObjectHandle& object) {
     constexpr DWORD kLeadsElsewhere = 0x20000000;
     constexpr DWORD kNfsObject = 0x80000014;
+    if (!object.IsLink()) return ERROR_SUCCESS;
     std::vector<std::uint8_t> data;
+    const int problem = ReadExtendedAttribute(object, "system.ntfs_reparse_data", data);
+    if (problem != 0) return IsAbsent(problem) ? ERROR_SUCCESS : ErrorFromErrno(problem);
     DWORD tag = 0;
-    if (!object.IsLink() || ReadExtendedAttribute(object, "system.ntfs_reparse_data", data) != 0 ||
-        data.size() < sizeof tag) {
-        return false;
-    }
+    if (data.size() < sizeof tag) return ERROR_NOT_SUPPORTED;
     std::memcpy(&tag, data.data(), sizeof tag);
-    return (tag & kLeadsElsewhere) == 0 && tag != kNfsObject;
+    return (tag & kLeadsElsewhere) != 0 || tag == kNfsObject ? ERROR_SUCCESS : ERROR_NOT_SUPPORTED;
 }
 
 DWORD SectorBytesOf(const std::string& device) {
@@ -117,17 +82,13 @@ DWORD SectorBytesOf(const std::string& device) {
     return kUsualSectorBytes;
 }
 
-// A short name in the old style is a second one of NTFS's own, and goes with the first.
-bool HasSeveralNames(const ObjectHandle& file, bool isNtfs) {
-    const bool hasShortName = isNtfs && AskExtendedAttribute(file, "system.ntfs_dos_name") == 0;
-    return file.Status().st_nlink > (hasShortName ? 2U : 1U);
+bool IsSameObject(const ObjectHandle& one, const ObjectHandle& other) {
+    return one.Status().st_dev == other.Status().st_dev && one.Status().st_ino == other.Status().st_ino;
 }
 
-bool IsCopyOnWrite(const ObjectHandle& object) {
-    struct statfs status {};
-    return fstatfs(object.Descriptor(), &status) == 0 &&
-           std::find(kCopyOnWriteVolumes.begin(), kCopyOnWriteVolumes.end(),
-                     static_cast<unsigned>(status.f_type)) != kCopyOnWriteVolumes.end();
+// `flags` are those of unlinkat(2).
+DWORD RemoveName(int folder, const std::string& hostName, int flags) {
+    return unlinkat(folder, hostName.c_str(), flags) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
 }
 
 }  // namespace
@@ -145,7 +106,7 @@ struct FolderHandle::Inside {
     DWORD AskNtfs(const ObjectHandle& object, bool& answer) {
         if (!isNtfs) {
             const int error = host::AskExtendedAttribute(object, host::kNtfsAttribute);
-            if (error != 0 && error != ENODATA && error != ENOTSUP) return host::ErrorFromErrno(error);
+            if (error != 0 && !host::IsAbsent(error)) return host::ErrorFromErrno(error);
             isNtfs = error == 0;
         }
         answer = *isNtfs;
@@ -221,85 +182,39 @@ DWORD FolderHandle::BytesPerSector(DWORD& bytes) const {
     return ERROR_SUCCESS;
 }
 
-DWORD FolderHandle::OpenForOverwriting(const std::string& name, UniqueHandle& file) const {
-    const std::size_t separator = name.find(host::kStreamSeparator);
-    std::string hostName;
-    std::string stream;
-    if (!host::DecodeName(name.substr(0, separator), hostName) ||
-        (separator != name.npos && !host::DecodeName(name.substr(separator + 1), stream))) {
-        return ERROR_INVALID_NAME;
-    }
-    ObjectHandle object;
-    DWORD error = host::HoldFile(inside->Descriptor(), hostName, object);
-    if (error == ERROR_SUCCESS) error = host::RefuseReadOnly(object);
-    if (error != ERROR_SUCCESS) return error;
-    std::shared_ptr<host::OverwrittenFile> opened;
-    error = stream.empty()
-                ? host::OpenAlone(object, opened)
-                : host::OpenStream(inside->Descriptor(), hostName, std::move(object), stream, opened);
-    if (error != ERROR_SUCCESS) return error;
-    file.reset(host::SystemObjects().Add(std::move(opened)));
-    return ERROR_SUCCESS;
-}
-
-DWORD FolderHandle::ListNamedStreams(const std::string& name, std::vector<std::string>& streams) const {
+DWORD FolderHandle::HoldFile(const std::string& name, FileHandle& file) const {
     std::string hostName;
     if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
-    ObjectHandle file;
-    DWORD error = host::HoldFile(inside->Descriptor(), hostName, file);
+    auto held = std::make_unique<FileHandle::Inside>();
+    DWORD error = host::HoldFile(inside->Descriptor(), hostName, held->object);
+    if (error == ERROR_SUCCESS) error = inside->AskNtfs(held->object, held->isNtfs);
     if (error != ERROR_SUCCESS) return error;
-    std::vector<std::string> hostStreams;
-    host::StreamAccess access{};
-    bool isNtfs = false;
-    error = inside->AskNtfs(file, isNtfs);
-    if (error == ERROR_SUCCESS && isNtfs) error = host::ListStreams(file, hostStreams, access);
-    if (error != ERROR_SUCCESS) return error;
-    streams.clear();
-    for (const std::string& stream : hostStreams)
-        streams.push_back(name + host::kStreamSeparator + host::EncodeName(stream));
+    held->folder = inside->Descriptor();
+    held->hostName = std::move(hostName);
+    file.inside = std::move(held);
     return ERROR_SUCCESS;
 }
 
-DWORD FolderHandle::FindObstacles(const std::string& name, std::vector<OverwriteObstacle>& obstacles) const {
-    std::string hostName;
-    if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
-    ObjectHandle file;
-    DWORD attributes = 0;
-    DWORD error = host::HoldFile(inside->Descriptor(), hostName, file);
-    if (error == ERROR_SUCCESS) error = host::AttributesOf(file, attributes);
-    std::vector<std::string> streams;
-    host::StreamAccess access{};
-    bool isNtfs = false;
-    if (error == ERROR_SUCCESS) error = inside->AskNtfs(file, isNtfs);
-    if (error == ERROR_SUCCESS && isNtfs) error = host::ListStreams(file, streams, access);
-    if (error != ERROR_SUCCESS) return error;
-    struct statx status {};
-    const bool isCompressed = statx(file.Descriptor(), "", AT_EMPTY_PATH, 0, &status) == 0 &&
-                              (status.stx_attributes & STATX_ATTR_COMPRESSED) != 0;
-    const std::pair<OverwriteObstacle, bool> answers[] = {
-        {OverwriteObstacle::kSeveralNames, host::HasSeveralNames(file, isNtfs)},
-        {OverwriteObstacle::kCopyOnWriteVolume, host::IsCopyOnWrite(file)},
-        {OverwriteObstacle::kCompressed, isCompressed || (attributes & FILE_ATTRIBUTE_COMPRESSED) != 0},
-        {OverwriteObstacle::kEncrypted, (attributes & FILE_ATTRIBUTE_ENCRYPTED) != 0},
-        {OverwriteObstacle::kSparse, (attributes & FILE_ATTRIBUTE_SPARSE_FILE) != 0},
-        {OverwriteObstacle::kNamedStreams, access == host::StreamAccess::kAttributes},
-    };
-    obstacles.clear();
-    for (const auto& [obstacle, isThere] : answers) {
-        if (isThere) obstacles.push_back(obstacle);
-    }
-    return ERROR_SUCCESS;
-}
-
-DWORD FolderHandle::RemoveFile(const std::string& name) const {
+DWORD FolderHandle::RemoveFile(const std::string& name, const FileHandle& file) const {
     std::string hostName;
     if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
     ObjectHandle object;
     const DWORD error = host::HoldEntry(inside->Descriptor(), hostName, object);
     if (error != ERROR_SUCCESS) return error;
-    if (host::IsUnreadableFile(object)) return ERROR_NOT_SUPPORTED;
-    return unlinkat(inside->Descriptor(), hostName.c_str(), 0) == 0 ? ERROR_SUCCESS
-                                                                    : host::ErrorFromErrno(errno);
+    // The kernel has no call that removes a name only while it leads to a certain file: what is swapped from
+    // here on is not seen. A file that is held keeps its number from being given to another.
+    if (!host::IsSameObject(object, file.inside->object)) return ERROR_FILE_INVALID;
+    return host::RemoveName(inside->Descriptor(), hostName, 0);
+}
+
+DWORD FolderHandle::RemoveLink(const std::string& name) const {
+    std::string hostName;
+    if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
+    ObjectHandle object;
+    DWORD error = host::HoldEntry(inside->Descriptor(), hostName, object);
+    if (error == ERROR_SUCCESS && S_ISREG(object.Status().st_mode)) error = ERROR_ACCESS_DENIED;
+    if (error == ERROR_SUCCESS) error = host::RefuseUnreadableFile(object);
+    return error == ERROR_SUCCESS ? host::RemoveName(inside->Descriptor(), hostName, 0) : error;
 }
 
 DWORD FolderHandle::RemoveFolder(const std::string& name) const {
@@ -310,8 +225,7 @@ DWORD FolderHandle::RemoveFolder(const std::string& name) const {
     if (error == ERROR_SUCCESS && !object.IsFolder()) error = ERROR_DIRECTORY;
     if (error == ERROR_SUCCESS) error = host::RefuseReadOnly(object);
     if (error != ERROR_SUCCESS) return error;
-    return unlinkat(inside->Descriptor(), hostName.c_str(), AT_REMOVEDIR) == 0 ? ERROR_SUCCESS
-                                                                               : host::ErrorFromErrno(errno);
+    return host::RemoveName(inside->Descriptor(), hostName, AT_REMOVEDIR);
 }
 
 }  // namespace permora

@@ -71,13 +71,17 @@ DWORD ReadAttributeNames(const ObjectHandle& file, std::vector<std::string>& nam
     return ERROR_SUCCESS;
 }
 
-DWORD OpenStreamAttribute(ObjectHandle file, const std::string& stream,
+DWORD OpenStreamAttribute(const ObjectHandle& file, const std::string& stream,
                           std::shared_ptr<OverwrittenFile>& opened) {
     std::string name = std::string(kAttributePrefix) + stream;
     std::vector<std::uint8_t> value;
-    const int error = ReadExtendedAttribute(file, name.c_str(), value);
-    if (error != 0) return error == ENODATA ? ERROR_FILE_NOT_FOUND : ErrorFromErrno(error);
-    opened = std::make_shared<StreamAttribute>(std::move(file), std::move(name), value.size());
+    const int problem = ReadExtendedAttribute(file, name.c_str(), value);
+    if (problem != 0) return problem == ENODATA ? ERROR_FILE_NOT_FOUND : ErrorFromErrno(problem);
+    UniqueFd copy(fcntl(file.Descriptor(), F_DUPFD_CLOEXEC, 0));
+    if (!copy) return ErrorFromErrno(errno);
+    ObjectHandle held;
+    if (const DWORD error = ObjectHandle::Adopt(std::move(copy), held); error != ERROR_SUCCESS) return error;
+    opened = std::make_shared<StreamAttribute>(std::move(held), std::move(name), value.size());
     return ERROR_SUCCESS;
 }
 
@@ -85,7 +89,9 @@ DWORD OpenStreamAttribute(ObjectHandle file, const std::string& stream,
 
 DWORD ListStreams(const ObjectHandle& file, std::vector<std::string>& names, StreamAccess& access) {
     std::vector<std::uint8_t> list;
-    if (ReadExtendedAttribute(file, kListAttribute, list) == 0) {
+    const int problem = ReadExtendedAttribute(file, kListAttribute, list);
+    if (problem != 0 && !IsAbsent(problem)) return ErrorFromErrno(problem);
+    if (problem == 0) {
         names = SplitList(list);
         access = names.empty() ? StreamAccess::kNone : StreamAccess::kFiles;
         return ERROR_SUCCESS;
@@ -102,20 +108,24 @@ DWORD ListStreams(const ObjectHandle& file, std::vector<std::string>& names, Str
     return ERROR_SUCCESS;
 }
 
-DWORD OpenStream(int folder, const std::string& hostName, ObjectHandle file, const std::string& stream,
+DWORD OpenStream(const FileInFolder& place, const std::string& stream,
                  std::shared_ptr<OverwrittenFile>& opened) {
     std::vector<std::string> names;
     StreamAccess access{};
-    if (const DWORD error = ListStreams(file, names, access); error != ERROR_SUCCESS) return error;
+    if (const DWORD error = ListStreams(place.file, names, access); error != ERROR_SUCCESS) return error;
     if (std::find(names.begin(), names.end(), stream) == names.end()) return ERROR_FILE_NOT_FOUND;
-    if (access == StreamAccess::kAttributes) return OpenStreamAttribute(std::move(file), stream, opened);
+    if (access == StreamAccess::kAttributes) return OpenStreamAttribute(place.file, stream, opened);
     UniqueFd found;
     ObjectHandle object;
-    const int problem = OpenUnmountedEntry(folder, (hostName + ":" + stream).c_str(), O_PATH, found);
+    const int problem =
+        OpenUnmountedEntry(place.folder, (place.hostName + ":" + stream).c_str(), O_PATH, found);
     if (problem != 0) return ErrorFromErrno(problem);
     if (const DWORD error = ObjectHandle::Adopt(std::move(found), object); error != ERROR_SUCCESS)
         return error;
-    return S_ISREG(object.Status().st_mode) ? OpenAlone(object, opened) : ERROR_ACCESS_DENIED;
+    if (!S_ISREG(object.Status().st_mode)) return ERROR_ACCESS_DENIED;
+    // A stream has the number of its file.
+    if (object.Status().st_ino != place.file.Status().st_ino) return ERROR_FILE_INVALID;
+    return OpenAlone(object, opened);
 }
 
 }  // namespace permora::host

@@ -23,11 +23,18 @@ enum class StreamAccess {
 // elsewhere attributes are no streams. 0 or an error code.
 DWORD ListStreams(const ObjectHandle& file, std::vector<std::string>& names, StreamAccess& access);
 
-// Opens the stream `stream` of `file`, whose name in its open folder is `hostName`, to be overwritten.
-// ERROR_FILE_NOT_FOUND when there is none. Streams that are attributes are replaced whole, when all of one
+// A held file, its open folder and its name there. It owns nothing.
+struct FileInFolder {
+    int folder;
+    const std::string& hostName;
+    const ObjectHandle& file;
+};
+
+// Opens a stream to be overwritten. ERROR_FILE_NOT_FOUND when there is none, ERROR_FILE_INVALID when the name
+// leads to another file by now. Streams that are attributes are replaced whole, when all of one
 // was written and is flushed, are on the disk when the file itself is flushed, and can have 64 KiB at most
 // (ERROR_INSUFFICIENT_BUFFER).
-DWORD OpenStream(int folder, const std::string& hostName, ObjectHandle file, const std::string& stream,
+DWORD OpenStream(const FileInFolder& place, const std::string& stream,
                  std::shared_ptr<OverwrittenFile>& opened);
 
 }  // namespace permora::host

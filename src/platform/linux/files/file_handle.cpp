@@ -1,0 +1,154 @@
+#include "platform/linux/files/file_handle.h"
+
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <strings.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/system_objects.h"
+#include "platform/linux/files/attributes.h"
+#include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/files/name_mapping.h"
+#include "platform/linux/files/named_streams.h"
+#include "platform/linux/files/overwritten_file.h"
+
+namespace permora {
+namespace host {
+namespace {
+
+// File systems whose magic numbers linux/magic.h does not name: their own sources.
+constexpr unsigned kBcachefsMagic = 0xCA451A4E;
+constexpr unsigned kUbifsMagic = 0x24051905;
+constexpr unsigned kZfsMagic = 0x2FC12FC1;
+
+// They write changed contents to a fresh place, an overlay to another file system.
+constexpr std::array<unsigned, 8> kCopyOnWriteVolumes = {
+    BTRFS_SUPER_MAGIC,     F2FS_SUPER_MAGIC, JFFS2_SUPER_MAGIC, NILFS_SUPER_MAGIC,
+    OVERLAYFS_SUPER_MAGIC, kBcachefsMagic,   kUbifsMagic,       kZfsMagic};
+
+// The attributes of what is no link; `object` is left as it is.
+DWORD AttributesOf(ObjectHandle& object, DWORD& attributes) {
+    ResolvedObject resolved;
+    resolved.object = std::move(object);
+    const DWORD error = ReadAttributes(resolved, attributes);
+    object = std::move(resolved.object);
+    return error;
+}
+
+// A short name in the old style is a second one of NTFS's own, and goes with the first. A name that is both
+// long and short is one link, but the volume tells it as a short name too. In doubt there are several.
+DWORD AskSeveralNames(const ObjectHandle& file, const std::string& hostName, bool isNtfs, bool& answer) {
+    struct stat status {};
+    if (fstat(file.Descriptor(), &status) != 0) return ErrorFromErrno(errno);
+    bool hasShortName = false;
+    std::vector<std::uint8_t> value;
+    if (isNtfs && ReadExtendedAttribute(file, "system.ntfs_dos_name", value) == 0) {
+        const std::string shortName(value.begin(), std::find(value.begin(), value.end(), std::uint8_t{0}));
+        hasShortName = !shortName.empty() && strcasecmp(shortName.c_str(), hostName.c_str()) != 0;
+    }
+    answer = status.st_nlink > (hasShortName ? 2U : 1U);
+    return ERROR_SUCCESS;
+}
+
+DWORD AskCopyOnWrite(const ObjectHandle& file, bool& answer) {
+    struct statfs status {};
+    if (fstatfs(file.Descriptor(), &status) != 0) return ErrorFromErrno(errno);
+    answer = std::find(kCopyOnWriteVolumes.begin(), kCopyOnWriteVolumes.end(),
+                       static_cast<unsigned>(status.f_type)) != kCopyOnWriteVolumes.end();
+    return ERROR_SUCCESS;
+}
+
+DWORD AskCompressed(const ObjectHandle& file, bool& answer) {
+    struct statx status {};
+    if (statx(file.Descriptor(), "", AT_EMPTY_PATH, 0, &status) != 0) return ErrorFromErrno(errno);
+    answer = (status.stx_attributes & STATX_ATTR_COMPRESSED) != 0;
+    return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+DWORD RefuseReadOnly(ObjectHandle& object) {
+    DWORD attributes = 0;
+    const DWORD error = AttributesOf(object, attributes);
+    if (error != ERROR_SUCCESS) return error;
+    return (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
+}
+
+}  // namespace host
+
+FileHandle::FileHandle() = default;
+FileHandle::FileHandle(FileHandle&& other) noexcept = default;
+FileHandle& FileHandle::operator=(FileHandle&& other) noexcept = default;
+FileHandle::~FileHandle() = default;
+
+DWORD FileHandle::OpenForOverwriting(UniqueHandle& contents) const {
+    std::shared_ptr<host::OverwrittenFile> opened;
+    DWORD error = host::RefuseReadOnly(inside->object);
+    if (error == ERROR_SUCCESS) error = host::OpenAlone(inside->object, opened);
+    if (error == ERROR_SUCCESS) contents.reset(host::SystemObjects().Add(std::move(opened)));
+    return error;
+}
+
+DWORD FileHandle::ListNamedStreams(std::vector<std::string>& streams) const {
+    std::vector<std::string> hostStreams;
+    host::StreamAccess access{};
+    const DWORD error =
+        inside->isNtfs ? host::ListStreams(inside->object, hostStreams, access) : ERROR_SUCCESS;
+    if (error != ERROR_SUCCESS) return error;
+    streams.clear();
+    for (const std::string& stream : hostStreams)
+        streams.push_back(host::EncodeName(stream));
+    return ERROR_SUCCESS;
+}
+
+DWORD FileHandle::OpenStreamForOverwriting(const std::string& stream, UniqueHandle& contents) const {
+    std::string hostStream;
+    if (!host::DecodeName(stream, hostStream)) return ERROR_INVALID_NAME;
+    std::shared_ptr<host::OverwrittenFile> opened;
+    DWORD error = host::RefuseReadOnly(inside->object);
+    if (error == ERROR_SUCCESS)
+        error = host::OpenStream({inside->folder, inside->hostName, inside->object}, hostStream, opened);
+    if (error == ERROR_SUCCESS) contents.reset(host::SystemObjects().Add(std::move(opened)));
+    return error;
+}
+
+DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const {
+    host::ObjectHandle& file = inside->object;
+    DWORD attributes = 0;
+    std::vector<std::string> streams;
+    host::StreamAccess access{};
+    bool hasSeveralNames = false;
+    bool isCopyOnWrite = false;
+    bool isCompressed = false;
+    DWORD error = host::AttributesOf(file, attributes);
+    if (error == ERROR_SUCCESS && inside->isNtfs) error = host::ListStreams(file, streams, access);
+    if (error == ERROR_SUCCESS)
+        error = host::AskSeveralNames(file, inside->hostName, inside->isNtfs, hasSeveralNames);
+    if (error == ERROR_SUCCESS) error = host::AskCopyOnWrite(file, isCopyOnWrite);
+    if (error == ERROR_SUCCESS) error = host::AskCompressed(file, isCompressed);
+    if (error != ERROR_SUCCESS) return error;
+    const std::pair<OverwriteObstacle, bool> answers[] = {
+        {OverwriteObstacle::kSeveralNames, hasSeveralNames},
+        {OverwriteObstacle::kCopyOnWriteVolume, isCopyOnWrite},
+        {OverwriteObstacle::kCompressed, isCompressed || (attributes & FILE_ATTRIBUTE_COMPRESSED) != 0},
+        {OverwriteObstacle::kEncrypted, (attributes & FILE_ATTRIBUTE_ENCRYPTED) != 0},
+        {OverwriteObstacle::kSparse, (attributes & FILE_ATTRIBUTE_SPARSE_FILE) != 0},
+        {OverwriteObstacle::kNamedStreams, access == host::StreamAccess::kAttributes},
+    };
+    obstacles.clear();
+    for (const auto& [obstacle, isThere] : answers) {
+        if (isThere) obstacles.push_back(obstacle);
+    }
+    return ERROR_SUCCESS;
+}
+
+}  // namespace permora

@@ -1,0 +1,25 @@
+// What is behind a FileHandle, and what FolderHandle shares with it.
+#pragma once
+
+#include <string>
+
+#include "platform/folder_files.h"
+#include "platform/linux/files/object_handle.h"
+
+namespace permora {
+
+struct FileHandle::Inside {
+    host::ObjectHandle object;
+    int folder = -1;       // the descriptor of the folder, which outlives this; not owned
+    std::string hostName;  // of the file when it was held
+    bool isNtfs = false;
+};
+
+namespace host {
+
+// ERROR_ACCESS_DENIED for a file or folder with the read-only attribute. `object` is no link and is left as
+// it is.
+DWORD RefuseReadOnly(ObjectHandle& object);
+
+}  // namespace host
+}  // namespace permora
