@@ -1,6 +1,8 @@
 #include "platform/linux/files/named_streams.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
 #include <sys/xattr.h>
 
 #include <algorithm>
@@ -94,6 +96,13 @@ DWORD ListStreams(const ObjectHandle& file, std::vector<std::string>& names, Str
     if (problem == 0) {
         names = SplitList(list);
         access = names.empty() ? StreamAccess::kNone : StreamAccess::kFiles;
+        return ERROR_SUCCESS;
+    }
+    struct statfs volume {};
+    if (fstatfs(file.Descriptor(), &volume) != 0) return ErrorFromErrno(errno);
+    if (static_cast<unsigned>(volume.f_type) != FUSE_SUPER_MAGIC) {
+        names.clear();
+        access = StreamAccess::kNone;
         return ERROR_SUCCESS;
     }
     std::vector<std::string> attributes;

@@ -1,7 +1,8 @@
 // The named streams of files on NTFS.
 //
 // ntfs-3g shows them, by its mount option streams_interface, as attributes "user.STREAM" (its default) or as
-// files "FILE:STREAM" with the attribute ntfs.streams.list, or not at all.
+// files "FILE:STREAM" with the attribute ntfs.streams.list, or not at all. The kernel's
+// ntfs3 shows none; its attributes "user.NAME" are extended attributes as OS/2 had them.
 #pragma once
 
 #include <memory>
