@@ -117,6 +117,15 @@ TEST_F(OnVolume, ADiskThatIsFullKeepsTheFile) {
     host.Delete("holes");
     EXPECT_THAT(host.failures, ElementsAre(DeletionFailure{DeletionStep::kWrite, "holes", ERROR_DISK_FULL}));
     EXPECT_TRUE(std::filesystem::exists("holes"));
+
+    // Nothing is left for less than a run either.
+    Write("few holes", "");
+    std::filesystem::resize_file("few holes", 700 * 1000);
+    Write("filler", std::string(std::size_t{32} << 20, 'x'));
+    host.failures.clear();
+    host.Delete("few holes");
+    EXPECT_THAT(host.failures,
+                ElementsAre(DeletionFailure{DeletionStep::kWrite, "few holes", ERROR_DISK_FULL}));
 }
 
 TEST_F(OnVolume, WhatIsMountedBelowStays) {

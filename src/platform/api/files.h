@@ -86,7 +86,8 @@ UINT WINAPI GetDriveTypeA(LPCSTR root);
 // Of a file that platform/folder_files.h opened; one thread at a time. `size` in bytes.
 BOOL WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
 // Writes after what was written last, from the file's beginning on; the file grows as needed. The bytes are
-// gathered into larger runs, so an error may be told by a later call, by FlushFileBuffers at the latest.
+// gathered into larger runs, so an error may be told by a later call, at the latest by that which reaches the
+// end of what was in the file; FlushFileBuffers tells those of the disk.
 // `overlapped` must be null (ERROR_INVALID_PARAMETER).
 BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped);
 // Returns when all that was written is on the disk, or tells why it is not. Closing the file does neither:

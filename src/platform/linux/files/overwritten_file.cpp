@@ -49,7 +49,9 @@ class HostFile : public OverwrittenFile {
             std::memcpy(run.get() + waiting, bytes.data(), count);
             waiting += count;
             bytes = bytes.subspan(count);
-            if (waiting < kRunBytes) break;
+            // Also at the last sector of what was there, so that an error is one of writing.
+            const bool isWhole = position + static_cast<off_t>(waiting) >= sizeBefore;
+            if (waiting < kRunBytes && !(isWhole && bytes.empty())) break;
             if (const DWORD error = WriteRun(); error != ERROR_SUCCESS) return error;
         }
         return ERROR_SUCCESS;
