@@ -82,10 +82,6 @@ DWORD SectorBytesOf(const std::string& device) {
     return kUsualSectorBytes;
 }
 
-bool IsSameObject(const ObjectHandle& one, const ObjectHandle& other) {
-    return one.Status().st_dev == other.Status().st_dev && one.Status().st_ino == other.Status().st_ino;
-}
-
 // `flags` are those of unlinkat(2).
 DWORD RemoveName(int folder, const std::string& hostName, int flags) {
     return unlinkat(folder, hostName.c_str(), flags) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
@@ -203,7 +199,7 @@ DWORD FolderHandle::RemoveFile(const std::string& name, const FileHandle& file) 
     if (error != ERROR_SUCCESS) return error;
     // The kernel has no call that removes a name only while it leads to a certain file: what is swapped from
     // here on is not seen. A file that is held keeps its number from being given to another.
-    if (!host::IsSameObject(object, file.inside->object)) return ERROR_FILE_INVALID;
+    if (!object.IsSameObject(file.inside->object)) return ERROR_FILE_INVALID;
     return host::RemoveName(inside->Descriptor(), hostName, 0);
 }
 

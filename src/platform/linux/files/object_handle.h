@@ -28,6 +28,9 @@ class ObjectHandle {
     const struct stat& Status() const { return status; }
     bool IsFolder() const { return S_ISDIR(status.st_mode); }
     bool IsLink() const { return S_ISLNK(status.st_mode); }
+    bool IsSameObject(const ObjectHandle& other) const {
+        return status.st_dev == other.status.st_dev && status.st_ino == other.status.st_ino;
+    }
     nt::ObjectKind Kind() const { return IsFolder() ? nt::ObjectKind::kFolder : nt::ObjectKind::kFile; }
 
     // A second descriptor of the same folder that can be listed (O_RDONLY | O_DIRECTORY).

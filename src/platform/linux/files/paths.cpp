@@ -32,10 +32,6 @@ DWORD OpenFolderAt(int base, const char* hostPath, ObjectHandle& folder) {
     return ObjectHandle::Adopt(std::move(opened), folder);
 }
 
-bool IsSameObject(const ObjectHandle& one, const ObjectHandle& other) {
-    return one.Status().st_dev == other.Status().st_dev && one.Status().st_ino == other.Status().st_ino;
-}
-
 // What is missing on the way to an object is a path, not a file.
 DWORD ErrorOnTheWay(DWORD error) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_DIRECTORY ? ERROR_PATH_NOT_FOUND : error;
@@ -53,10 +49,10 @@ DWORD OpenAboveCurrent(std::size_t ascents, const DriveRoot& drive, StartingPlac
     ObjectHandle root;
     DWORD error = OpenFolderAt(AT_FDCWD, drive.hostRoot.c_str(), root);
     if (error == ERROR_SUCCESS) error = OpenFolderAt(AT_FDCWD, ".", start.folder);
-    for (; error == ERROR_SUCCESS && ascents > 0 && !IsSameObject(start.folder, root); --ascents) {
+    for (; error == ERROR_SUCCESS && ascents > 0 && !start.folder.IsSameObject(root); --ascents) {
         error = OpenFolderAt(start.folder.Descriptor(), "..", start.folder);
     }
-    start.isDriveRoot = error == ERROR_SUCCESS && IsSameObject(start.folder, root);
+    start.isDriveRoot = error == ERROR_SUCCESS && start.folder.IsSameObject(root);
     return ErrorOnTheWay(error);
 }
 
