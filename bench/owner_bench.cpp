@@ -22,14 +22,9 @@ using permora::bench::Check;
 using permora::bench::Median;
 using permora::bench::PeakKibibytesOf;
 using permora::bench::SecondsFor;
+using permora::bench::SilentObserver;
 
 constexpr int kRuns = 7;
-
-class SilentObserver : public permora::TreeObserver {
-  public:
-    bool Begin(const char* /*name*/) override { return true; }
-    void PassOver(const std::string& path, DWORD /*error*/) override { Check(false, "passed over " + path); }
-};
 
 // One of two owners that take turns, so that every run changes every object.
 struct Owner {

@@ -8,7 +8,17 @@
 #include <string>
 #include <vector>
 
+#include "bench/measure.h"
+#include "platform/tree_security.h"
+
 namespace permora::bench {
+
+// Of a walk that must reach every object.
+class SilentObserver : public TreeObserver {
+  public:
+    bool Begin(const char* /*name*/) override { return true; }
+    void PassOver(const std::string& path, DWORD /*error*/) override { Check(false, "passed over " + path); }
+};
 
 // Folders of 100 files below `top`, `objects` in all, each of which has the two entries that it inherits and
 // no others. False when something could not be made.

@@ -32,7 +32,7 @@ const char* TextOf(OverwriteObstacle obstacle) {
 class ShredHost : public SecureDeleteHost {
   public:
     ShredHost(const Arguments& userArguments, ConsoleMessages& console)
-        : SecureDeleteHost(Interrupted()),
+        : SecureDeleteHost(IsInterrupted()),
           arguments(userArguments),
           messages(console),
           progress(userArguments.quiet) {}
@@ -70,13 +70,12 @@ class ShredHost : public SecureDeleteHost {
     void Leave(const std::string& name, const std::string& reason) {
         ++leftCount;
         progress.Clear();
-        std::string path;
-        for (const std::string& folder : folders)
-            path += '\\' + folder;
-        path += '\\' + name;
-        // The first of the names is the target's own, as the user typed it.
-        const std::size_t below = path.find('\\', 1);
-        messages.SetSubject(TypedPath(*target, below == path.npos ? "" : path.substr(below)));
+        // The first of the names is the target's own, which the user has typed.
+        std::string below;
+        for (std::size_t i = 1; i < folders.size(); ++i)
+            below += '\\' + folders[i];
+        if (!folders.empty()) below += '\\' + name;
+        messages.SetSubject(TypedPath(*target, below));
         messages.Say(reason);
     }
 
@@ -126,10 +125,8 @@ bool RunShred(const Arguments& arguments, const std::vector<Target>& targets, Co
     }
     Print("deleted: " + std::to_string(host.DeletedCount()) + ", left: " + std::to_string(host.LeftCount()) +
           '\n');
-    if (IsInterrupted()) {
-        messages.SetSubject("");
-        messages.Say("interrupted: the rest is as it was, but for the file that was being overwritten");
-    }
+    if (IsInterrupted())
+        SayInterrupted(messages, "the rest is as it was, but for the file that was being overwritten");
     return host.LeftCount() == 0 && !IsInterrupted();
 }
 

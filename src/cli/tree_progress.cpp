@@ -24,17 +24,13 @@ void WatchForInterrupts() {
     std::signal(SIGINT, TakeInterrupt);
 }
 
-std::atomic<bool>& Interrupted() {
+const std::atomic<bool>& IsInterrupted() {
     return isInterrupted;
 }
 
-bool IsInterrupted() {
-    return isInterrupted;
-}
-
-void SayInterrupted(ConsoleMessages& messages) {
+void SayInterrupted(ConsoleMessages& messages, const char* rest) {
     messages.SetSubject("");
-    messages.Say("interrupted: the rest is as it was");
+    messages.Say(std::string("interrupted: ") + rest);
 }
 
 ProgressLine::ProgressLine(bool isQuiet) : columns(isQuiet ? 0 : TerminalColumns(stderr)) {}

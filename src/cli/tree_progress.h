@@ -15,10 +15,10 @@ namespace permora {
 
 // From now on the first Ctrl-C ends walks between two objects. A second one ends the program at once.
 void WatchForInterrupts();
-bool IsInterrupted();
-// Set by the first Ctrl-C.
-std::atomic<bool>& Interrupted();
-void SayInterrupted(ConsoleMessages& messages);
+// Set by the first Ctrl-C; lives as long as the program.
+const std::atomic<bool>& IsInterrupted();
+// `rest` says how what was not reached is.
+void SayInterrupted(ConsoleMessages& messages, const char* rest = "the rest is as it was");
 
 // One line on the terminal that is written over again and again, at most ten times a second, so that the
 // terminal never slows the walk.

@@ -111,22 +111,24 @@ class FileDeletion {
     DWORD sectorBytes = 0;
 };
 
-// What has no contents of its own.
-void DeleteLink(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
+using Removal = DWORD (FolderHandle::*)(const std::string&) const;
+
+// What has no contents of its own, or none any more.
+void Remove(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name, Removal removal,
+            DeletionStep step) {
     host.BeginDeleting(name);
-    if (const DWORD error = folder.RemoveLink(name); error != ERROR_SUCCESS) {
-        host.Failed({DeletionStep::kDeleteFile, name, error});
+    if (const DWORD error = (folder.*removal)(name); error != ERROR_SUCCESS) {
+        host.Failed({step, name, error});
     } else {
         host.Deleted(name);
     }
 }
 
-void RemoveEmptied(SecureDeleteHost& host, const FolderHandle& parent, const std::string& name) {
-    host.BeginDeleting(name);
-    if (const DWORD error = parent.RemoveFolder(name); error != ERROR_SUCCESS) {
-        host.Failed({DeletionStep::kRemoveFolder, name, error});
+void DeleteFileOrLink(SecureDeleteHost& host, const FolderHandle& folder, const FolderEntry& entry) {
+    if (entry.kind == FolderEntryKind::kFile) {
+        SecureDeleteFile(host, folder, entry.name);
     } else {
-        host.Deleted(name);
+        Remove(host, folder, entry.name, &FolderHandle::RemoveLink, DeletionStep::kDeleteFile);
     }
 }
 
@@ -159,16 +161,10 @@ class FolderDeletion {
 
     void Delete(const FolderEntry& entry) {
         host.BeginEntry(entry.name);
-        switch (entry.kind) {
-            case FolderEntryKind::kFolder:
-                Enter(entry.name);
-                break;
-            case FolderEntryKind::kFile:
-                SecureDeleteFile(host, Current(), entry.name);
-                break;
-            case FolderEntryKind::kOther:
-                DeleteLink(host, Current(), entry.name);
-                break;
+        if (entry.kind == FolderEntryKind::kFolder) {
+            Enter(entry.name);
+        } else {
+            DeleteFileOrLink(host, Current(), entry);
         }
     }
 
@@ -188,7 +184,7 @@ class FolderDeletion {
         open.pop_back();
         host.LeaveFolder();
         if (end == ERROR_NO_MORE_FILES) {
-            RemoveEmptied(host, Current(), name);
+            Remove(host, Current(), name, &FolderHandle::RemoveFolder, DeletionStep::kRemoveFolder);
         } else {
             host.Failed({DeletionStep::kListFolder, name, end});
         }
@@ -212,10 +208,8 @@ void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const 
         host.Failed({DeletionStep::kExamine, name, error});
     } else if (kind == FolderEntryKind::kFolder) {
         SecureDeleteFolder(host, folder, name);
-    } else if (kind == FolderEntryKind::kFile) {
-        SecureDeleteFile(host, folder, name);
     } else {
-        DeleteLink(host, folder, name);
+        DeleteFileOrLink(host, folder, {name, kind});
     }
 }
 

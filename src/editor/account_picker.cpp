@@ -1,5 +1,6 @@
 #include "editor/account_picker.h"
 
+#include "editor/required_control.h"
 #include "platform/api/errors.h"
 #include "resources/resource_ids.h"
 #include "security/account_lookup.h"
@@ -10,8 +11,6 @@ namespace permora {
 namespace {
 
 enum Column { kName, kDomain, kType };
-
-constexpr const char* kCannotInitialise = "Error: cannot initialize dialog box";
 
 }  // namespace
 
@@ -32,15 +31,14 @@ const MessageMap& CDlgUsersAndGroups::GetMessageMap() const {
 CDlgUsersAndGroups::CDlgUsersAndGroups(CWnd* ownerWindow) : CDialog(IDD_ACCOUNT_PICKER, ownerWindow) {}
 
 bool CDlgUsersAndGroups::OnInitDialog() {
-    auto* list = GetDlgItem<CListCtrl>(IDC_FOUND_ACCOUNTS);
-    if (list == nullptr) ShowFatalErrorBox(GetSafeHwnd(), kCannotInitialise);
+    auto& list = RequiredControl<CListCtrl>(*this, IDC_FOUND_ACCOUNTS);
     CEdit& nameField = NameField();
 
     nameField.SetWindowText(AccountDisplayName(result));
-    list->SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
-    list->InsertColumn(kName, "Name", 120);
-    list->InsertColumn(kDomain, "Domain", 100);
-    list->InsertColumn(kType, "Type", 100);
+    list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
+    list.InsertColumn(kName, "Name", 120);
+    list.InsertColumn(kDomain, "Domain", 100);
+    list.InsertColumn(kType, "Type", 100);
     CDialog::OnInitDialog();
     nameField.SetFocus();
     return false;  // the focus is where it should be
@@ -86,15 +84,11 @@ void CDlgUsersAndGroups::OnOK() {
 }
 
 CListCtrl& CDlgUsersAndGroups::FoundAccounts() const {
-    auto* list = GetDlgItem<CListCtrl>(IDC_FOUND_ACCOUNTS);
-    if (list == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot get control pointer");
-    return *list;
+    return RequiredControl<CListCtrl>(*this, IDC_FOUND_ACCOUNTS, "Error: cannot get control pointer");
 }
 
 CEdit& CDlgUsersAndGroups::NameField() const {
-    auto* field = GetDlgItem<CEdit>(IDC_ACCOUNT_NAME);
-    if (field == nullptr) ShowFatalErrorBox(GetSafeHwnd(), kCannotInitialise);
-    return *field;
+    return RequiredControl<CEdit>(*this, IDC_ACCOUNT_NAME);
 }
 
 }  // namespace permora

@@ -1,6 +1,7 @@
 #include "editor/effective_page.h"
 
 #include "editor/account_picker.h"
+#include "editor/required_control.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
@@ -62,15 +63,11 @@ void CPage4::ShowRights() {
 }
 
 CListCtrl& CPage4::RightsList() const {
-    auto* list = GetDlgItem<CListCtrl>(IDC_EFFECTIVE_RIGHTS);
-    if (list == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
-    return *list;
+    return RequiredControl<CListCtrl>(*this, IDC_EFFECTIVE_RIGHTS);
 }
 
 CEdit& CPage4::AccountField() const {
-    auto* field = GetDlgItem<CEdit>(IDC_EFFECTIVE_ACCOUNT);
-    if (field == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
-    return *field;
+    return RequiredControl<CEdit>(*this, IDC_EFFECTIVE_ACCOUNT);
 }
 
 }  // namespace permora

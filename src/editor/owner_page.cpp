@@ -3,6 +3,7 @@
 #include <optional>
 #include <utility>
 
+#include "editor/required_control.h"
 #include "framework/wait_cursor.h"
 #include "platform/api/errors.h"
 #include "platform/tree_security.h"
@@ -114,19 +115,15 @@ void CPage3::ApplyBelow(PSID newOwner) {
 }
 
 CListCtrl& CPage3::CandidateList() const {
-    auto* list = GetDlgItem<CListCtrl>(IDC_OWNER_CANDIDATES);
-    if (list == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
-    return *list;
+    return RequiredControl<CListCtrl>(*this, IDC_OWNER_CANDIDATES);
 }
 
 CEdit& CPage3::OwnerField() const {
-    auto* field = GetDlgItem<CEdit>(IDC_OWNER_NAME);
-    if (field == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
-    return *field;
+    return RequiredControl<CEdit>(*this, IDC_OWNER_NAME);
 }
 
 CButton& CPage3::TreeBox() const {
-    return *GetDlgItem<CButton>(IDC_REPLACE_CHILD_OWNERS);
+    return RequiredControl<CButton>(*this, IDC_REPLACE_CHILD_OWNERS);
 }
 
 }  // namespace permora

@@ -47,6 +47,17 @@ class MainFrame : public ::testing::Test {
     CMainFrame& Frame() { return dynamic_cast<CMainFrame&>(*app.mainWindow); }
     void Run(unsigned int command) { Frame().RunCommand(command); }
     std::vector<std::string> Rows() { return testing::UiDriver::MainWindow().Rows(kList); }
+    // Shows a folder, selects the file in it, and moves a folder above it away.
+    void SelectFileAndMoveItsFolder() {
+        data.MakeFolder("sub/inner");
+        data.MakeFile("sub/inner/file");
+        Start();
+        auto window = testing::UiDriver::MainWindow();
+        window.SetText(IDC_LOCATION, R"(T:\sub\inner)");
+        window.Press("Return");
+        window.SelectRow(kList, 0);
+        std::filesystem::rename(data.Path("sub"), data.Path("moved"));
+    }
     static ProgramSettings Stored() {
         ProgramSettings record;
         EXPECT_EQ(LoadSettings(record), ERROR_SUCCESS);
@@ -276,17 +287,10 @@ TEST_F(MainFrame, SecureDeletionAsksAndShowsWhatIsLeft) {
 
 // Others put a link to a folder with files of the same names in the place of the folder shown.
 TEST_F(MainFrame, CommandsNeverFollowLinksToAnotherFolder) {
-    data.MakeFolder("sub/inner");
-    data.MakeFile("sub/inner/file");
     data.MakeFolder("other");
     data.MakeFolder("other/inner");
     data.MakeFile("other/inner/file");
-    Start();
-    auto window = testing::UiDriver::MainWindow();
-    window.SetText(IDC_LOCATION, R"(T:\sub\inner)");
-    window.Press("Return");
-    window.SelectRow(kList, 0);
-    std::filesystem::rename(data.Path("sub"), data.Path("moved"));
+    SelectFileAndMoveItsFolder();
     std::filesystem::create_directory_symlink(data.Path("other"), data.Path("sub"));
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
                         MB_OK | MB_ICONERROR, IDOK);
@@ -301,14 +305,7 @@ TEST_F(MainFrame, CommandsNeverFollowLinksToAnotherFolder) {
 }
 
 TEST_F(MainFrame, SecureDeletionNeverTakesItsNamesFromAnotherFolder) {
-    data.MakeFolder("sub/inner");
-    data.MakeFile("sub/inner/file");
-    Start();
-    auto window = testing::UiDriver::MainWindow();
-    window.SetText(IDC_LOCATION, R"(T:\sub\inner)");
-    window.Press("Return");
-    window.SelectRow(kList, 0);
-    std::filesystem::rename(data.Path("sub"), data.Path("moved"));
+    SelectFileAndMoveItsFolder();
     std::filesystem::current_path(data.Path());
     ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION, IDYES);
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_PATH_NOT_FOUND), kErrorCaption, MB_OK | MB_ICONERROR,

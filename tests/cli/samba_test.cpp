@@ -6,29 +6,14 @@
 #include <memory>
 
 #include "tests/cli/cli_program.h"
-#include "tests/support/samba_server.h"
+#include "tests/support/samba_fixture.h"
 
 namespace permora::test {
 namespace {
 
 using testing::HasSubstr;
 
-class SambaTest : public testing::Test {
-  protected:
-    static void SetUpTestSuite() {
-        if (SambaServer::SkipReason().empty()) server = std::make_unique<SambaServer>();
-    }
-    static void TearDownTestSuite() { server.reset(); }
-
-    void SetUp() override {
-        if (!server) GTEST_SKIP() << SambaServer::SkipReason();
-        ASSERT_EQ(server->Problem(), "");
-    }
-
-    static std::unique_ptr<SambaServer> server;
-};
-
-std::unique_ptr<SambaServer> SambaTest::server;
+class SambaTest : public WithSambaServer {};
 
 TEST_F(SambaTest, TheServerServesWhatTheCommandsWrite) {
     ASSERT_EQ(server->Smbclient("mkdir team; mkdir team/sub").exitCode, 0);

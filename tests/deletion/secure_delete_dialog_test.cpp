@@ -15,13 +15,13 @@
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "tests/support/command.h"
+#include "tests/support/refused_threads.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
 namespace {
 
 // Services that fail or wait on demand (CMakeLists.txt).
-bool areThreadsRefused = false;
 std::optional<std::shared_future<void>> writingMayGoOn;
 std::atomic<int> writeCount = 0;
 
@@ -29,16 +29,6 @@ std::atomic<int> writeCount = 0;
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
 extern "C" {
-
-HANDLE __real_CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize, LPTHREAD_START_ROUTINE start,
-                           LPVOID parameter, DWORD flags, LPDWORD threadId);
-HANDLE __wrap_CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize, LPTHREAD_START_ROUTINE start,
-                           LPVOID parameter, DWORD flags, LPDWORD threadId) {
-    if (!areThreadsRefused)
-        return __real_CreateThread(attributes, stackSize, start, parameter, flags, threadId);
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return nullptr;
-}
 
 BOOL __real_WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped);
 BOOL __wrap_WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped) {
@@ -63,7 +53,7 @@ class SecureDeleteDialog : public ::testing::Test {
     SecureDeleteDialog() { std::filesystem::current_path(folder.Path()); }
     ~SecureDeleteDialog() override {
         std::filesystem::current_path("/");
-        areThreadsRefused = false;
+        test::areThreadsRefused = false;
         writingMayGoOn.reset();
         writeCount = 0;
     }
@@ -139,7 +129,7 @@ TEST_F(SecureDeleteDialog, AFailureIsOneBoxAndTheRestGoes) {
 
 TEST_F(SecureDeleteDialog, TellsWhyItCannotStartAndTouchesNothing) {
     MakeTree();
-    areThreadsRefused = true;
+    test::areThreadsRefused = true;
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_NOT_ENOUGH_MEMORY), kErrorCaption, kErrorBox, IDOK);
     EXPECT_EQ(Run({"top"}), 3);
 

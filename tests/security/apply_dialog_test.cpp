@@ -17,13 +17,13 @@
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "tests/support/access_lists.h"
+#include "tests/support/refused_threads.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
 namespace {
 
 // Services that fail or wait on demand (CMakeLists.txt).
-bool areThreadsRefused = false;
 bool areListsRefused = false;
 std::optional<std::shared_future<void>> workMayGoOn;
 
@@ -31,16 +31,6 @@ std::optional<std::shared_future<void>> workMayGoOn;
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
 extern "C" {
-
-HANDLE __real_CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize, LPTHREAD_START_ROUTINE start,
-                           LPVOID parameter, DWORD flags, LPDWORD threadId);
-HANDLE __wrap_CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize, LPTHREAD_START_ROUTINE start,
-                           LPVOID parameter, DWORD flags, LPDWORD threadId) {
-    if (!areThreadsRefused)
-        return __real_CreateThread(attributes, stackSize, start, parameter, flags, threadId);
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return nullptr;
-}
 
 BOOL __real_InitializeAcl(PACL acl, DWORD size, DWORD revision);
 BOOL __wrap_InitializeAcl(PACL acl, DWORD size, DWORD revision) {
@@ -80,7 +70,7 @@ class ApplyDialog : public ::testing::Test {
         std::filesystem::current_path(folder.Path());
     }
     void TearDown() override {
-        areThreadsRefused = areListsRefused = false;
+        test::areThreadsRefused = areListsRefused = false;
         workMayGoOn.reset();
     }
 
@@ -116,10 +106,10 @@ TEST_F(ApplyDialog, ShowsTheBareNameAndStaysUntilAllIsDone) {
 }
 
 TEST_F(ApplyDialog, TellsWhyItCannotStartAndTouchesNothing) {
-    areThreadsRefused = true;
+    test::areThreadsRefused = true;
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_NOT_ENOUGH_MEMORY), kErrorCaption, kErrorBox, IDOK);
     EXPECT_EQ(Run({"top"}), 3);
-    areThreadsRefused = false;
+    test::areThreadsRefused = false;
 
     areListsRefused = true;
     workMayGoOn = gate.get_future().share();

@@ -17,6 +17,7 @@
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/dos_attribute.h"
 #include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/files/paths.h"
 
 namespace permora::host {
 namespace {
@@ -161,13 +162,12 @@ DWORD ReadAttributesAt(int folder, const char* hostName, const struct stat& stat
     return ERROR_SUCCESS;
 }
 
-DWORD ReadAttributes(const ResolvedObject& resolved, DWORD& attributes) {
+DWORD ReadAttributes(const ObjectHandle& object, const ObjectHandle& parent, DWORD& attributes) {
     StoredAttributes stored;
-    const DWORD error = ReadStored(ReaderOf(resolved.object), AttributeStore::kAsk, stored);
+    const DWORD error = ReadStored(ReaderOf(object), AttributeStore::kAsk, stored);
     if (error != ERROR_SUCCESS) return error;
-    const bool leadsToFolder =
-        resolved.object.IsLink() && resolved.parent && LeadsToFolder(resolved.object, resolved.parent);
-    const struct stat& status = resolved.object.Status();
+    const bool leadsToFolder = object.IsLink() && parent && LeadsToFolder(object, parent);
+    const struct stat& status = object.Status();
     attributes = Join(stored, status, AttributesOfKind(status, leadsToFolder));
     return ERROR_SUCCESS;
 }
@@ -179,7 +179,7 @@ DWORD WINAPI GetFileAttributesA(LPCSTR path) {
     ResolvedObject resolved;
     DWORD attributes = INVALID_FILE_ATTRIBUTES;
     DWORD error = ResolvePath(path, resolved);
-    if (error == ERROR_SUCCESS) error = ReadAttributes(resolved, attributes);
+    if (error == ERROR_SUCCESS) error = ReadAttributes(resolved.object, resolved.parent, attributes);
     if (error != ERROR_SUCCESS) SetLastError(error);
     return attributes;
 }

@@ -5,7 +5,6 @@
 
 #include "platform/api/files.h"
 #include "platform/linux/files/object_handle.h"
-#include "platform/linux/files/paths.h"
 
 namespace permora::host {
 
@@ -26,7 +25,8 @@ AttributeStore AttributeStoreOf(const ObjectHandle& object);
 DWORD ReadAttributesAt(int folder, const char* hostName, const struct stat& status, AttributeStore store,
                        DWORD& attributes);
 
-// FILE_ATTRIBUTE_ flags of the object that a path was resolved to. Otherwise the same.
-DWORD ReadAttributes(const ResolvedObject& resolved, DWORD& attributes);
+// FILE_ATTRIBUTE_ flags of an object. Whether a link leads to a folder is asked only with the folder in which
+// it lies, `parent`, which may be empty. Otherwise the same.
+DWORD ReadAttributes(const ObjectHandle& object, const ObjectHandle& parent, DWORD& attributes);
 
 }  // namespace permora::host

@@ -173,7 +173,7 @@ DWORD DescribeOne(const char* path, std::string_view name, WIN32_FIND_DATAA& dat
     ResolvedObject found;
     DWORD attributes = 0;
     DWORD error = ResolvePath(path, found);
-    if (error == ERROR_SUCCESS) error = ReadAttributes(found, attributes);
+    if (error == ERROR_SUCCESS) error = ReadAttributes(found.object, found.parent, attributes);
     if (error != ERROR_SUCCESS) return error;
     WIN32_FIND_DATAA described{};
     if (!FillName(name, described)) return ERROR_FILENAME_EXCED_RANGE;

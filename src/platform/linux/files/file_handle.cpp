@@ -35,15 +35,6 @@ constexpr std::array<unsigned, 8> kCopyOnWriteVolumes = {
     BTRFS_SUPER_MAGIC,     F2FS_SUPER_MAGIC, JFFS2_SUPER_MAGIC, NILFS_SUPER_MAGIC,
     OVERLAYFS_SUPER_MAGIC, kBcachefsMagic,   kUbifsMagic,       kZfsMagic};
 
-// The attributes of what is no link; `object` is left as it is.
-DWORD AttributesOf(ObjectHandle& object, DWORD& attributes) {
-    ResolvedObject resolved;
-    resolved.object = std::move(object);
-    const DWORD error = ReadAttributes(resolved, attributes);
-    object = std::move(resolved.object);
-    return error;
-}
-
 // A short name in the old style is a second one of NTFS's own, and goes with the first. A name that is both
 // long and short is one link, but the volume tells it as a short name too. In doubt there are several.
 DWORD AskSeveralNames(const ObjectHandle& file, const std::string& hostName, bool isNtfs, bool& answer) {
@@ -76,9 +67,9 @@ DWORD AskCompressed(const ObjectHandle& file, bool& answer) {
 
 }  // namespace
 
-DWORD RefuseReadOnly(ObjectHandle& object) {
+DWORD RefuseReadOnly(const ObjectHandle& object) {
     DWORD attributes = 0;
-    const DWORD error = AttributesOf(object, attributes);
+    const DWORD error = ReadAttributes(object, {}, attributes);
     if (error != ERROR_SUCCESS) return error;
     return (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
 }
@@ -122,14 +113,14 @@ DWORD FileHandle::OpenStreamForOverwriting(const std::string& stream, UniqueHand
 }
 
 DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const {
-    host::ObjectHandle& file = inside->object;
+    const host::ObjectHandle& file = inside->object;
     DWORD attributes = 0;
     std::vector<std::string> streams;
     host::StreamAccess access{};
     bool hasSeveralNames = false;
     bool isCopyOnWrite = false;
     bool isCompressed = false;
-    DWORD error = host::AttributesOf(file, attributes);
+    DWORD error = host::ReadAttributes(file, {}, attributes);
     if (error == ERROR_SUCCESS && inside->isNtfs) error = host::ListStreams(file, streams, access);
     if (error == ERROR_SUCCESS)
         error = host::AskSeveralNames(file, inside->hostName, inside->isNtfs, hasSeveralNames);

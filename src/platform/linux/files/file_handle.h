@@ -17,9 +17,8 @@ struct FileHandle::Inside {
 
 namespace host {
 
-// ERROR_ACCESS_DENIED for a file or folder with the read-only attribute. `object` is no link and is left as
-// it is.
-DWORD RefuseReadOnly(ObjectHandle& object);
+// ERROR_ACCESS_DENIED for a file or folder with the read-only attribute.
+DWORD RefuseReadOnly(const ObjectHandle& object);
 
 }  // namespace host
 }  // namespace permora

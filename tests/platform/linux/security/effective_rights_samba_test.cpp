@@ -18,7 +18,7 @@
 #include "platform/host_path.h"
 #include "platform/resources.h"
 #include "tests/support/access_lists.h"
-#include "tests/support/samba_server.h"
+#include "tests/support/samba_fixture.h"
 
 namespace permora::test {
 namespace {
@@ -38,18 +38,13 @@ bool Extend(const TemporaryFolder& folder, const std::string& file, const std::s
            mount(copy.c_str(), ("/etc/" + file).c_str(), nullptr, MS_BIND, nullptr) == 0;
 }
 
-class EffectiveRightsAndSamba : public testing::Test {
+class EffectiveRightsAndSamba : public WithSambaServer {
   protected:
-    static void SetUpTestSuite() {
-        if (SambaServer::SkipReason().empty()) server = std::make_unique<SambaServer>();
-    }
-    static void TearDownTestSuite() { server.reset(); }
-
     // anna: staff (a host's group), writers (a local group of Samba). bert: writers. cleo: none. Samba's
     // group "Editors" has the local group among its members, and "Administrators" has anna.
     void SetUp() override {
-        if (!server) GTEST_SKIP() << SambaServer::SkipReason();
-        ASSERT_EQ(server->Problem(), "");
+        WithSambaServer::SetUp();
+        if (IsSkipped() || HasFatalFailure()) return;
         std::string passwords;
         for (std::size_t i = 0; i < kUsers.size(); ++i) {
             const std::string id = std::to_string(5001 + i);
@@ -146,10 +141,7 @@ class EffectiveRightsAndSamba : public testing::Test {
     }
 
     TemporaryFolder folder;
-    static std::unique_ptr<SambaServer> server;
 };
-
-std::unique_ptr<SambaServer> EffectiveRightsAndSamba::server;
 
 TEST_F(EffectiveRightsAndSamba, AgreeOnMadeUpListsForUsersOfManyGroups) {
     std::mt19937 random(20070415);

@@ -13,7 +13,7 @@
 #include "platform/nt/sddl.h"
 #include "platform/nt/security_descriptor.h"
 #include "tests/support/access_lists.h"
-#include "tests/support/samba_server.h"
+#include "tests/support/samba_fixture.h"
 
 namespace permora::test {
 namespace {
@@ -21,18 +21,8 @@ namespace {
 constexpr SECURITY_INFORMATION kAllButSacl =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 
-class SambaSharing : public testing::Test {
+class SambaSharing : public WithSambaServer {
   protected:
-    static void SetUpTestSuite() {
-        if (SambaServer::SkipReason().empty()) server = std::make_unique<SambaServer>();
-    }
-    static void TearDownTestSuite() { server.reset(); }
-
-    void SetUp() override {
-        if (!server) GTEST_SKIP() << SambaServer::SkipReason();
-        ASSERT_EQ(server->Problem(), "");
-    }
-
     // What Samba says about an object of the share.
     static std::optional<nt::SecurityDescriptor> Samba(const std::string& name) {
         return Parsed(server->Smbcacls(name, {"--sddl"}).output);
@@ -53,11 +43,7 @@ class SambaSharing : public testing::Test {
         EXPECT_TRUE(descriptor) << sddl;
         return descriptor;
     }
-
-    static std::unique_ptr<SambaServer> server;
 };
-
-std::unique_ptr<SambaServer> SambaSharing::server;
 
 TEST_F(SambaSharing, WhatIsWrittenHereSambaReadsEntryForEntryOnBothKindsOfShare) {
     ASSERT_EQ(mkdir(server->Path("written").c_str(), 0755), 0);
