@@ -8,6 +8,7 @@
 #pragma once
 
 #include "platform/api/base.h"
+#include "platform/api/threads.h"
 
 #ifndef _WIN32
 
@@ -53,6 +54,12 @@ DWORD WINAPI GetFileAttributesA(LPCSTR path);
 // leaves the others. ERROR_INVALID_PARAMETER for a temporary folder, ERROR_NOT_SUPPORTED where the object
 // cannot hold any.
 BOOL WINAPI SetFileAttributesA(LPCSTR path, DWORD attributes);
+
+// Makes a folder, which gets the access list that its own folder hands down; a separator at the end of the
+// path does not matter. `attributes` must be null (ERROR_INVALID_PARAMETER). ERROR_ALREADY_EXISTS when there
+// is anything of this name, ERROR_PATH_NOT_FOUND when the folder to hold it is missing, ERROR_INVALID_NAME
+// for a name that Windows would not take. A failure leaves no folder.
+BOOL WINAPI CreateDirectoryA(LPCSTR path, LPSECURITY_ATTRIBUTES attributes);
 
 // The current directory as a path with drive letter. Returns its length without the NUL when `size` (in
 // bytes, NUL included) is large enough, else the size needed with the NUL; 0 on failure.

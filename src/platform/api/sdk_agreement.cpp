@@ -199,6 +199,13 @@ static_assert(VER_PLATFORM_WIN32_NT == 2 && SHGFI_TYPENAME == 0x400 && SW_SHOW =
 static_assert(offsetof(SHFILEINFOA, iIcon) == sizeof(void*) && offsetof(SHFILEINFOA, dwAttributes) == sizeof(void*) + 4);
 static_assert(offsetof(SHFILEINFOA, szDisplayName) == sizeof(void*) + 8 && sizeof(SHFILEINFOA{}.szTypeName) == 80);
 static_assert(offsetof(SHFILEINFOA, szTypeName) == sizeof(void*) + 268);
+static_assert(FO_MOVE == 1 && FO_COPY == 2 && FO_DELETE == 3 && FO_RENAME == 4 && FOF_ALLOWUNDO == 0x40);
+static_assert(offsetof(SHFILEOPSTRUCTA, wFunc) == sizeof(void*) && offsetof(SHFILEOPSTRUCTA, pFrom) == 2 * sizeof(void*));
+static_assert(offsetof(SHFILEOPSTRUCTA, pTo) == 3 * sizeof(void*) && offsetof(SHFILEOPSTRUCTA, fFlags) == 4 * sizeof(void*));
+static_assert(sizeof(FILEOP_FLAGS) == 2 && offsetof(SHFILEOPSTRUCTA, fAnyOperationsAborted) == 4 * sizeof(void*) + 4);
+static_assert(offsetof(SHFILEOPSTRUCTA, hNameMappings) == 5 * sizeof(void*));
+static_assert(offsetof(SHFILEOPSTRUCTA, lpszProgressTitle) == 6 * sizeof(void*) && sizeof(SHFILEOPSTRUCTA) == 7 * sizeof(void*));
+static_assert(offsetof(SHFILEOPSTRUCTW, fFlags) == 4 * sizeof(void*) && sizeof(SHFILEOPSTRUCTW) == 7 * sizeof(void*));
 
 // security.h: numbers
 static_assert(SID_REVISION == 1 && SID_MAX_SUB_AUTHORITIES == 15 && SECURITY_MAX_SID_SIZE == 68);

@@ -28,6 +28,38 @@ inline constexpr int SW_SHOW = 5;
 
 inline constexpr std::uintptr_t SE_ERR_NOASSOC = 31;
 
+inline constexpr UINT FO_MOVE = 1;
+inline constexpr UINT FO_COPY = 2;
+inline constexpr UINT FO_DELETE = 3;
+inline constexpr UINT FO_RENAME = 4;
+
+using FILEOP_FLAGS = WORD;
+inline constexpr FILEOP_FLAGS FOF_ALLOWUNDO = 0x0040;
+
+struct SHFILEOPSTRUCTA {
+    HWND hwnd;   // owner of the windows
+    UINT wFunc;  // FO_
+    LPCSTR pFrom;
+    LPCSTR pTo;
+    FILEOP_FLAGS fFlags;
+    BOOL fAnyOperationsAborted;  // written by the call
+    LPVOID hNameMappings;
+    LPCSTR lpszProgressTitle;
+};
+using LPSHFILEOPSTRUCTA = SHFILEOPSTRUCTA*;
+
+struct SHFILEOPSTRUCTW {
+    HWND hwnd;
+    UINT wFunc;
+    LPCWSTR pFrom;
+    LPCWSTR pTo;
+    FILEOP_FLAGS fFlags;
+    BOOL fAnyOperationsAborted;
+    LPVOID hNameMappings;
+    LPCWSTR lpszProgressTitle;
+};
+using LPSHFILEOPSTRUCTW = SHFILEOPSTRUCTW*;
+
 extern "C" {
 
 // Tells what kind of file or folder `path` is, in the user's language, as the desktop calls it. Only
@@ -45,6 +77,20 @@ HINSTANCE WINAPI ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR
 // Runs a command line. On Linux the one command is the help viewer: "hh ", the help file, "::/" and a page
 // (docs/platform.md). Returns more than 31 when it was started, else an error code up to 31.
 UINT WINAPI WinExec(LPCSTR commandLine, UINT showCommand);
+
+// Copies, moves, renames or deletes files and folders with all that is in them; what a link leads to is never
+// touched. platform/file_operation_presenter.h shows the progress and asks what there is to ask, failures
+// included; what it all means on Linux: docs/platform.md.
+//
+// `pFrom` is a list of paths, each with its NUL, and one more NUL after the last. `pTo` is one path and two
+// NULs: the folder into which is copied or moved, or the new name, in the same folder, of the one object that
+// is renamed. FOF_ALLOWUNDO is the only flag: what is deleted goes to the trash. `hNameMappings` is not
+// looked at.
+//
+// Returns 0 when everything was done, also when the user passed something over or cancelled: then
+// `fAnyOperationsAborted` is set. Else an error code, that of the first failure.
+int WINAPI SHFileOperationA(LPSHFILEOPSTRUCTA operation);
+int WINAPI SHFileOperationW(LPSHFILEOPSTRUCTW operation);
 
 }  // extern "C"
 

@@ -75,15 +75,20 @@ DWORD OpenStart(const PathText& text, StartingPlace& start) {
     return OpenAboveCurrent(text.ascents, current, start);
 }
 
-// From `folder` along the components of `text`, of which there is at least one.
-DWORD Follow(const PathText& text, ObjectHandle folder, ResolvedObject& found) {
+// From `folder` along the components of `text`, of which there is at least one, up to the last.
+DWORD Approach(const PathText& text, ObjectHandle& folder, std::string& lastHostName) {
     std::string hostName;
     for (std::size_t i = 0; i + 1 < text.components.size(); ++i) {
         if (!DecodeName(text.components[i], hostName)) return ERROR_INVALID_NAME;
         const DWORD error = OpenFolderAt(folder.Descriptor(), hostName.c_str(), folder);
         if (error != ERROR_SUCCESS) return ErrorOnTheWay(error);
     }
-    if (!DecodeName(text.components.back(), hostName)) return ERROR_INVALID_NAME;
+    return DecodeName(text.components.back(), lastHostName) ? ERROR_SUCCESS : ERROR_INVALID_NAME;
+}
+
+DWORD Follow(const PathText& text, ObjectHandle folder, ResolvedObject& found) {
+    std::string hostName;
+    if (const DWORD error = Approach(text, folder, hostName); error != ERROR_SUCCESS) return error;
     if (text.endsWithSeparator) {
         // It may have been a link: its target is held by another folder than `folder`.
         const DWORD error = OpenFolderAt(folder.Descriptor(), hostName.c_str(), found.object);
@@ -141,6 +146,22 @@ DWORD ResolvePath(const char* path, ResolvedObject& resolved) {
     if (error != ERROR_SUCCESS) return error;
     if (found.parent && IsVolumeRoot(found)) found.parent = ObjectHandle();
     resolved = std::move(found);
+    return ERROR_SUCCESS;
+}
+
+DWORD ResolvePlace(const char* path, ResolvedPlace& place) {
+    PathText text;
+    DWORD error = ParsePath(path == nullptr ? "" : path, text);
+    if (error != ERROR_SUCCESS) return error;
+    if (text.components.empty()) return ERROR_ACCESS_DENIED;
+    StartingPlace start;
+    error = OpenStart(text, start);
+    if (error != ERROR_SUCCESS) return error;
+    ResolvedPlace found;
+    error = Approach(text, start.folder, found.hostName);
+    if (error != ERROR_SUCCESS) return error;
+    found.folder = std::move(start.folder);
+    place = std::move(found);
     return ERROR_SUCCESS;
 }
 

@@ -21,6 +21,16 @@ struct ResolvedObject {
 // component that no host name shows as. `resolved` is replaced only on success.
 DWORD ResolvePath(const char* path, ResolvedObject& resolved);
 
+// Where a path leads, whether or not there is anything.
+struct ResolvedPlace {
+    ObjectHandle folder;
+    std::string hostName;  // in it
+};
+
+// Finds the folder of what a path of files.h names; a separator at the end does not matter. Errors as for
+// ResolvePath; ERROR_ACCESS_DENIED for a path that names no place in a folder, such as the root of a drive.
+DWORD ResolvePlace(const char* path, ResolvedPlace& place);
+
 // Finds the object alone, for those who do not ask for the folder that holds it: a name in the current
 // directory then costs one system call. Otherwise as ResolvePath.
 DWORD OpenObject(const char* path, ObjectHandle& object);
