@@ -132,14 +132,8 @@
 #define IDC_REPLACE_CHILD_ENTRIES 1021
 #define IDC_LIST_REMARK 1150
 
-// Permissions page of the share security sheet: the same controls under the same numbers.
+// Permissions page of the share security sheet, with the same controls.
 #define IDD_SHARE_PERMISSIONS_PAGE 253
-#define IDC_SHARE_ACCESS_LIST 1010
-#define IDC_SHARE_ADD_ENTRY 1011
-#define IDC_SHARE_REMOVE_ENTRY 1012
-#define IDC_SHARE_EDIT_ENTRY 1013
-#define IDC_SHARE_INHERIT_FROM_PARENT 1020
-#define IDC_SHARE_REPLACE_CHILD_ENTRIES 1021
 
 // Owner page.
 #define IDD_OWNER_PAGE 157

@@ -1,0 +1,193 @@
+#include "editor/access_list_page.h"
+
+#include <iterator>
+#include <string>
+
+#include "editor/account_picker.h"
+#include "editor/permission_entry_dialog.h"
+#include "platform/api/messages.h"
+#include "resources/resource_ids.h"
+#include "security/access_rows.h"
+#include "security/dacl_builder.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+constexpr int kColumnWidths[] = {60, 120, 100, 110, 120};
+static_assert(std::size(kColumnWidths) == kAccessRowTitles.size());
+
+constexpr int kNewEntryScope = 1;  // this folder, subfolders and files
+
+// An entry as the entry dialog starts with it. A type that is neither allow nor deny never has a row.
+PermissionChoice ChoiceOf(const AccessEntry& entry) {
+    PermissionChoice choice;
+    choice.account = entry.account;
+    (entry.IsAllow() ? choice.allowMask : choice.denyMask) = entry.mask;
+    choice.applyIndex = ScopeIndexFromText(ScopeTextFromFlags(entry.aceFlags));
+    choice.childrenOnly = (entry.aceFlags & NO_PROPAGATE_INHERIT_ACE) != 0;
+    return choice;
+}
+
+// What is unusual about the list, in one line; empty when nothing is.
+std::string RemarkOn(const AccessEntryList& list) {
+    std::string remark;
+    if (!list.IsInCanonicalOrder()) remark = "The entries are not in the usual order.";
+    const std::size_t others = list.OtherTypeCount();
+    if (others == 0) return remark;
+    if (!remark.empty()) remark += ' ';
+    return remark + (others == 1 ? "1 entry of another type is not shown; applying drops it."
+                                 : std::to_string(others) +
+                                       " entries of other types are not shown; applying drops them.");
+}
+
+}  // namespace
+
+const MessageMap& AccessListPage::GetMessageMap() const {
+    static const MessageMap kMap = MakeMessageMap<AccessListPage>(
+        CPropertyPage::GetMessageMap(), {
+                                            {IDC_ADD_ENTRY, Notify::kClicked, &AccessListPage::OnAdd},
+                                            {IDC_REMOVE_ENTRY, Notify::kClicked, &AccessListPage::OnRemove},
+                                            {IDC_EDIT_ENTRY, Notify::kClicked, &AccessListPage::OnEdit},
+                                            {IDC_ACCESS_LIST, Notify::kClick, &AccessListPage::OnListClicked},
+                                        });
+    return kMap;
+}
+
+AccessListPage::AccessListPage(unsigned int pageTemplate, EditScopes scopes)
+    : CPropertyPage(pageTemplate, IDS_PERMISSIONS_TAB),
+      editScopes(scopes),
+      library(LoadAccessListLibrary(nullptr)) {}
+
+bool AccessListPage::OnInitDialog() {
+    CListCtrl& list = AccessList();
+    for (std::size_t column = 0; column < kAccessRowTitles.size(); ++column)
+        list.InsertColumn(static_cast<int>(column), kAccessRowTitles[column], kColumnWidths[column]);
+    list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
+    changed = false;
+    EditedList() = {};
+    if (!names.empty()) ReadFirstItem();
+    return CPropertyPage::OnInitDialog();
+}
+
+// Controls that the read leaves disabled stay so when it fails, and the rows keep what they showed.
+void AccessListPage::ReadFirstItem() {
+    Enable({IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES, IDC_ACCESS_LIST, IDC_EDIT_ENTRY,
+            IDC_REMOVE_ENTRY},
+           false);
+    if (ReadItem(names.front())) RenderRows();
+}
+
+void AccessListPage::RenderRows() {
+    CListCtrl& list = AccessList();
+    Enable({IDC_ACCESS_LIST, IDC_ADD_ENTRY, IDC_EDIT_ENTRY, IDC_REMOVE_ENTRY}, false);
+    list.DeleteAllItems();
+    for (const AccessRow& row : AccessRowsOf(EditedList())) {
+        const int position = list.GetItemCount();
+        list.InsertItem(position, row.type);
+        list.SetItemText(position, 1, row.name);
+        list.SetItemText(position, 2, row.permission);
+        list.SetItemText(position, 3, row.inheritance);
+        list.SetItemText(position, 4, row.applyTo);
+        list.SetItemData(position, static_cast<std::intptr_t>(row.entryIndex));
+    }
+    GetDlgItem(IDC_LIST_REMARK)->SetWindowText(RemarkOn(EditedList()));
+    Enable({IDC_ADD_ENTRY}, true);
+    if (list.GetItemCount() == 0) return;
+    list.SetSelected(0, true);
+    Enable({IDC_EDIT_ENTRY}, true);
+    OnListClicked();
+    Enable({IDC_ACCESS_LIST}, true);
+    list.SetFocus();
+}
+
+void AccessListPage::OnAdd() {
+    CDlgUsersAndGroups picker(this);
+    if (picker.DoModal() != IDOK) return;
+    RedrawWindow();
+    CDlgPermissions dialog(this);
+    dialog.choice.account = picker.result;
+    dialog.choice.applyIndex = kNewEntryScope;
+    if (dialog.DoModal() != IDOK) return;
+    RedrawWindow();
+    EditedList().AddFromDialog(dialog.choice);
+    MarkChanged();
+    RenderRows();
+}
+
+void AccessListPage::OnEdit() {
+    const std::optional<std::size_t> index = SelectedEntry();
+    if (!index) {
+        ShowInfoBox(GetSafeHwnd(), "Please, select item to edit");
+        return;
+    }
+    const AccessEntry& entry = EditedList().Entries()[*index];
+    CDlgPermissions dialog(this);
+    dialog.choice = ChoiceOf(entry);
+    dialog.inheritedEntry = entry.IsInherited();
+    dialog.singleScope = editScopes == EditScopes::kThisObjectOnly;
+    if (dialog.DoModal() != IDOK) return;
+    RedrawWindow();
+    EditedList().EditEntry(*index, dialog.choice);
+    RenderRows();
+    MarkChanged();
+}
+
+void AccessListPage::OnRemove() {
+    const std::optional<std::size_t> index = SelectedEntry();
+    if (!index || EditedList().Entries()[*index].IsInherited()) return;
+    EditedList().RemoveEntry(*index);
+    MarkChanged();
+    RenderRows();
+}
+
+// The user may have chosen another row: an inherited entry cannot be removed.
+void AccessListPage::OnListClicked() {
+    if (const auto index = SelectedEntry())
+        Enable({IDC_REMOVE_ENTRY}, !EditedList().Entries()[*index].IsInherited());
+}
+
+void AccessListPage::MarkChanged() {
+    SetModified(true);
+    changed = true;
+}
+
+bool AccessListPage::OnApply() {
+    return (!changed || Apply()) && CPropertyPage::OnApply();
+}
+
+// Writes the list to every item and shows what the first one then holds.
+bool AccessListPage::Apply() {
+    const UniqueLocal<ACL> dacl = BuildDacl(GetSafeHwnd(), library.get(), EditedList());
+    if (!dacl) return true;  // told, and nothing written; the changes stay
+    if (!WriteItems(dacl.get())) return false;
+    if (!names.empty()) ReadFirstItem();
+    changed = false;
+    return true;
+}
+
+CListCtrl& AccessListPage::AccessList() const {
+    return *GetDlgItem<CListCtrl>(IDC_ACCESS_LIST);
+}
+
+std::optional<std::size_t> AccessListPage::SelectedEntry() const {
+    const CListCtrl& list = AccessList();
+    const int row = list.NextSelected(0);
+    if (row < 0) return std::nullopt;
+    return static_cast<std::size_t>(list.GetItemData(row));
+}
+
+bool AccessListPage::IsChecked(unsigned int id) const {
+    return GetDlgItem<CButton>(id)->IsChecked();
+}
+
+void AccessListPage::SetCheck(unsigned int id, bool checked) {
+    GetDlgItem<CButton>(id)->SetCheck(checked ? CheckState::kChecked : CheckState::kClear);
+}
+
+void AccessListPage::Enable(std::initializer_list<unsigned int> ids, bool enable) {
+    for (const unsigned int id : ids)
+        GetDlgItem(id)->EnableWindow(enable);
+}
+
+}  // namespace permora

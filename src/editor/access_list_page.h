@@ -1,0 +1,65 @@
+// AccessListPage: the page on which an access list is shown and edited, of files and of shares alike.
+#pragma once
+
+#include <cstddef>
+#include <initializer_list>
+#include <optional>
+#include <span>
+
+#include "framework/list_ctrl.h"
+#include "framework/property_sheet.h"
+#include "platform/resources.h"
+#include "security/access_entry_list.h"
+
+namespace permora {
+
+// The scopes that the entry dialog offers when an entry is edited. A new entry may have any.
+enum class EditScopes { kAll, kThisObjectOnly };
+
+// Shows the list of the first item and applies it to all of them. What the items are, and so how their lists
+// are read and written, is the derived page's. Its template has the controls of IDD_PERMISSIONS_PAGE.
+class AccessListPage : public CPropertyPage {
+  public:
+    // Set before the sheet is shown and borrowed while it runs.
+    std::span<const char* const> names;
+
+  protected:
+    // Ends the program, after the system's message, when "advapi32.dll" cannot be loaded.
+    AccessListPage(unsigned int pageTemplate, EditScopes scopes);
+
+    bool OnInitDialog() override;
+    bool OnApply() override;
+    const MessageMap& GetMessageMap() const override;
+
+    // Reads the list of the item `name` and sets the two boxes. The boxes, the list, "Edit..." and "Remove"
+    // are disabled. A failure has been told, and leaves the entries as they were.
+    virtual bool ReadItem(const char* name) = 0;
+    // Writes `dacl` to every item. Failures have been told; false: the sheet stays, and its changes unsaved.
+    virtual bool WriteItems(PACL dacl) = 0;
+    // As last read, with the edits since.
+    virtual AccessEntryList& EditedList() = 0;
+
+    void OnEdit();
+    void RenderRows();
+    void MarkChanged();
+
+    bool IsChecked(unsigned int id) const;
+    void SetCheck(unsigned int id, bool checked);
+    void Enable(std::initializer_list<unsigned int> ids, bool enable);
+
+  private:
+    void OnAdd();
+    void OnRemove();
+    void OnListClicked();
+
+    void ReadFirstItem();
+    bool Apply();
+    CListCtrl& AccessList() const;
+    std::optional<std::size_t> SelectedEntry() const;
+
+    EditScopes editScopes;
+    UniqueLibrary library;  // where the list's functions are looked up
+    bool changed = false;   // since the last read
+};
+
+}  // namespace permora
