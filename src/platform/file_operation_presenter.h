@@ -41,6 +41,9 @@ enum class FileOperationQuestionKind {
     // Whether `source`, which is read-only or the system's, shall be moved, renamed, deleted or replaced all
     // the same. Yes or no, each for all, cancel.
     kProtectedItem,
+    // Whether `source` shall be copied without some of its attributes or named streams, which the volume of
+    // `target` cannot hold: `error` says why. Yes or no, each for all, cancel.
+    kPropertyLoss,
     // `source` could not be worked on: `error` says why. Retry, no (pass it over), no for all, cancel.
     kFailure,
     // The folder `source` would be copied or moved into itself, by way of `target`. No (pass it over),
@@ -60,7 +63,7 @@ struct FileOperationQuestion {
     FileOperationKind operation = FileOperationKind::kCopy;
     FileOperationObject source;
     FileOperationObject target;
-    DWORD error = 0;      // of kFailure
+    DWORD error = 0;      // of kFailure and kPropertyLoss
     DWORD itemCount = 0;  // of kTrash
 };
 
