@@ -7,6 +7,7 @@
 #include "cli/terminal_text.h"
 #include "cli/vocabulary.h"
 #include "security/access_rights.h"
+#include "wizard/account_rights.h"
 
 namespace permora {
 namespace {
@@ -21,6 +22,7 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli deny /mnt/data/Projects --account guest --rights 'Full control' --scope 'Files only' --dry-run
   permora-cli revoke /mnt/data/Projects --account S-1-5-32-546
   permora-cli inherit /mnt/data/Payroll --copy
+  permora-cli assign /mnt/data/Projects /mnt/data/Plans --account anna --combination Modify --dry-run
   permora-cli reset /mnt/data/Projects --dry-run --verbose
   permora-cli owner /mnt/data/Projects --set 'BUILTIN\Administrators' --tree
   permora-cli effective /mnt/data/Payroll --account anna
@@ -34,6 +36,7 @@ Exit code:
   0  done
   1  some object failed: each one is named on standard error with its reason (by reset only with --verbose), and all
      others were done; or reset, owner or shred was interrupted
+     (assign gives every object the list that it makes of the first one's: when that fails, nothing was touched)
   2  wrong arguments, an unknown account, or no consent to a reset or shred: nothing was touched)";
 
 // A path such as "[x]" would be taken for a list of values, with its brackets stripped: another object. So
@@ -57,6 +60,13 @@ std::string RightsHelp() {
     return help;
 }
 
+std::string CombinationHelp() {
+    std::string help = "Exactly the rights of a ready-made combination:";
+    for (const UsableCombination& combination : kUsableCombinations)
+        help += std::string("\n  ") + combination.text;
+    return help;
+}
+
 std::string ScopeHelp() {
     std::string help = "Where the entry applies, as number or text; without it 1 on folders, 0 on files:";
     for (std::size_t i = 0; i < kInheritanceScopes.size(); ++i) {
@@ -71,6 +81,7 @@ struct Parser {
     Arguments arguments;
     std::optional<std::string> account;
     std::string rights;
+    std::optional<std::string> combination;
     std::optional<std::string> scope;
     bool json = false;
     bool sddl = false;
@@ -83,14 +94,17 @@ struct Parser {
     CLI::App* AddChange(Command command, const char* name, const char* description);
     void AddAccount(CLI::App* command);
     void AddEntryOptions(CLI::App* command);
+    void AddAssign();
     void AddReset();
     void AddOwner();
     void AddEffective();
     void AddShred();
     void AddAccounts();
     void AddSetup();
-    // Turns what was typed into what is meant; a text that says what is wrong, or an empty one.
+    // Each turns what was typed into what is meant; a text that says what is wrong, or an empty one.
     std::string Interpret();
+    std::string InterpretRights();
+    std::string InterpretCombination();
 };
 
 CLI::App* Parser::AddCommand(Command command, const char* name, const char* description) {
@@ -128,6 +142,19 @@ void Parser::AddEntryOptions(CLI::App* command) {
     command->add_option("--scope", scope, ScopeHelp())->type_name("N|TEXT");
     command->add_flag("--children-only", arguments.childrenOnly,
                       "Hand the entry down to direct children only, not to what is below them");
+}
+
+void Parser::AddAssign() {
+    CLI::App* assign =
+        AddChange(Command::kAssign, "assign",
+                  "Give an account exactly some rights, as the security wizard does: the first\n"
+                  "object's own entries, with this change, replace those of every object. What an\n"
+                  "object inherits stays; a right that comes from above is taken away by denying it");
+    AddAccount(assign);
+    CLI::Option_group* choice = assign->add_option_group("choice", "One of:");
+    choice->add_option("--combination", combination, CombinationHelp())->type_name("NAME");
+    choice->add_option("--rights", rights, RightsHelp())->type_name("LIST");
+    choice->require_option(1);
 }
 
 void Parser::AddReset() {
@@ -216,6 +243,7 @@ Parser::Parser() {
     choice->add_flag("--copy", copy, "Stop inheriting and keep copies of the inherited entries");
     choice->add_flag("--remove", remove, "Stop inheriting and remove the inherited entries");
     choice->require_option(1);
+    AddAssign();
     AddReset();
     AddShred();
     AddOwner();
@@ -242,15 +270,32 @@ std::string Parser::Interpret() {
     if (sddl) arguments.format = ShowFormat::kSddl;
     if (copy) arguments.inheritance = InheritanceChange::kCopy;
     if (remove) arguments.inheritance = InheritanceChange::kRemove;
+    if (arguments.command == Command::kAssign)
+        return combination ? InterpretCombination() : InterpretRights();
     if (arguments.command != Command::kGrant && arguments.command != Command::kDeny) return "";
+    if (std::string problem = InterpretRights(); !problem.empty()) return problem;
+    if (!scope) return "";
+    arguments.scopeIndex = ParseScope(Unshielded(*scope));
+    return arguments.scopeIndex ? "" : "--scope: no scope is called \"" + Unshielded(*scope) + "\"";
+}
 
+std::string Parser::InterpretRights() {
     std::string problem;
     const std::optional<DWORD> mask = ParseRights(Unshielded(rights), problem);
     if (!mask) return "--rights: " + problem;
     arguments.rights = *mask;
-    if (!scope) return "";
-    arguments.scopeIndex = ParseScope(Unshielded(*scope));
-    return arguments.scopeIndex ? "" : "--scope: no scope is called \"" + Unshielded(*scope) + "\"";
+    if (arguments.command != Command::kAssign) return "";
+    if ((*mask & ~FULL_CONTROL_RIGHTS) != 0)
+        return "--rights: assign knows single rights only, no generic ones";
+    if (*mask == FULL_CONTROL_RIGHTS) arguments.rights = RIGHTS_DISPLAY_MASK;
+    return "";
+}
+
+std::string Parser::InterpretCombination() {
+    const std::optional<DWORD> mask = ParseCombination(Unshielded(*combination));
+    if (!mask) return "--combination: no combination is called \"" + Unshielded(*combination) + "\"";
+    arguments.rights = *mask;
+    return "";
 }
 
 }  // namespace

@@ -15,6 +15,7 @@ enum class Command {
     kDeny,
     kRevoke,
     kInherit,
+    kAssign,
     kReset,
     kShred,
     kOwner,
@@ -37,9 +38,11 @@ struct Arguments {
     std::vector<std::string> paths;  // as typed; at least one but for kAccounts
     ShowFormat format = ShowFormat::kTable;
 
-    std::string account;  // grant, deny, revoke, owner and effective: as typed; owner: empty to show it
+    // grant, deny, revoke, assign, owner and effective: as typed; owner: empty to show it
+    std::string account;
+    // grant and deny: never 0, never with SYNCHRONIZE. assign: the mask of a combination of rights.
+    DWORD rights = 0;
     // grant and deny:
-    DWORD rights = 0;               // never 0, never with SYNCHRONIZE
     std::optional<int> scopeIndex;  // place in kInheritanceScopes; nothing: what suits a file or a folder
     bool childrenOnly = false;
 

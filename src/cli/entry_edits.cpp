@@ -40,9 +40,7 @@ EditResult RevokeRights(const Arguments& arguments, const AccountRecord& account
     for (std::size_t i = entries.Entries().size(); i-- > 0;) {
         const AccessEntry& entry = entries.Entries()[i];
         const bool hasRow = entry.IsAllow() || entry.IsDeny();
-        if (!hasRow || !entry.account.sid || EqualSid(entry.account.sid.get(), account.sid.get()) == FALSE) {
-            continue;
-        }
+        if (!hasRow || !IsSameAccount(entry.account, account)) continue;
         if (entry.IsInherited()) {
             inheritedStay = true;
         } else {
@@ -88,6 +86,7 @@ EditResult EditObject(const Arguments& arguments, const AccountRecord& account, 
         case Command::kInherit:
             return ChangeInheritance(arguments.inheritance, target, object, messages);
         case Command::kShow:
+        case Command::kAssign:
         case Command::kReset:
         case Command::kOwner:
         case Command::kEffective:

@@ -6,6 +6,7 @@
 
 #include "cli/accounts_command.h"
 #include "cli/arguments.h"
+#include "cli/assign_command.h"
 #include "cli/change_command.h"
 #include "cli/effective_command.h"
 #include "cli/exit_codes.h"
@@ -47,6 +48,7 @@ bool RunCommand(const Arguments& arguments, const AccountRecord& account, const 
     if (arguments.command == Command::kReset) return RunReset(arguments, targets, messages);
     if (arguments.command == Command::kOwner) return RunOwner(arguments, account, targets, messages);
     if (arguments.command == Command::kEffective) return RunEffective(arguments, account, targets, messages);
+    if (arguments.command == Command::kAssign) return RunAssign(arguments, account, targets, messages);
     if (arguments.command == Command::kShred) return RunShred(arguments, targets, messages);
     return RunChange(arguments, account, targets, messages);
 }

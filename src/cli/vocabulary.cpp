@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "security/access_rights.h"
+#include "wizard/account_rights.h"
 
 namespace permora {
 namespace {
@@ -84,6 +85,13 @@ std::optional<DWORD> ParseRights(std::string_view list, std::string& problem) {
         return std::nullopt;
     }
     return mask;
+}
+
+std::optional<DWORD> ParseCombination(std::string_view text) {
+    const std::string name = Normalized(text);
+    for (const UsableCombination& combination : kUsableCombinations)
+        if (name == Normalized(combination.text)) return combination.mask;
+    return std::nullopt;
 }
 
 std::optional<int> ParseScope(std::string_view text) {

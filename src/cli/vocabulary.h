@@ -15,6 +15,9 @@ namespace permora {
 // bits that no right stands for, or no right remains; `problem` then says why, else it is untouched.
 std::optional<DWORD> ParseRights(std::string_view list, std::string& problem);
 
+// The mask of one of kUsableCombinations given by its text; letter case does not matter.
+std::optional<DWORD> ParseCombination(std::string_view text);
+
 // The place in kInheritanceScopes of a scope given by its index or its text.
 std::optional<int> ParseScope(std::string_view text);
 

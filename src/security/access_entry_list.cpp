@@ -47,17 +47,12 @@ AccessEntry EntryFromAce(void* ace) {
     auto* bytes = static_cast<BYTE*>(ace);
     if (header.AceSize >= kSidOffset) {
         std::memcpy(&entry.mask, bytes + sizeof header, sizeof entry.mask);
-        entry.mask &= ~DWORD{SYNCHRONIZE};
     }
     if (PSID sid = SidInAce(bytes, header.AceType, header.AceSize); sid != nullptr) {
         // Without memory the entry stays without an account, as it does when an account cannot be copied.
         static_cast<void>(entry.account.SetSid(sid, {}));
     }
     return entry;
-}
-
-bool IsSameAccount(const AccountRecord& one, const AccountRecord& other) {
-    return one.sid && other.sid && EqualSid(one.sid.get(), other.sid.get()) != FALSE;
 }
 
 BYTE FlagsOf(const PermissionChoice& choice) {
@@ -76,13 +71,21 @@ DWORD GetAceCount(PACL acl) {
     return information.AceCount;
 }
 
-void AccessEntryList::LoadFromDacl(PACL acl) {
-    entries.clear();
+std::vector<AccessEntry> EntriesOfDacl(PACL acl) {
+    std::vector<AccessEntry> entries;
     const DWORD count = GetAceCount(acl);
     for (DWORD index = 0; index < count; ++index) {
         if (void* ace = nullptr; GetAce(acl, index, &ace) != FALSE) {
             entries.push_back(EntryFromAce(ace));
         }
+    }
+    return entries;
+}
+
+void AccessEntryList::LoadFromDacl(PACL acl) {
+    entries = EntriesOfDacl(acl);
+    for (AccessEntry& entry : entries) {
+        entry.mask &= ~DWORD{SYNCHRONIZE};
     }
 }
 

@@ -14,7 +14,6 @@ namespace permora {
 struct AccessEntry {
     // Without a SID for an entry whose type keeps its SID elsewhere or that holds no valid one.
     AccountRecord account;
-    // SYNCHRONIZE is left out: nobody sees or edits it, and every entry written gets it again.
     DWORD mask = 0;
     BYTE aceType = ACCESS_ALLOWED_ACE_TYPE;
     BYTE aceFlags = 0;
@@ -36,12 +35,16 @@ struct PermissionChoice {
 // The number of entries of a list; 0 for a null list or one that cannot be asked.
 DWORD GetAceCount(PACL acl);
 
-// The entries in order. Reading keeps the order of the list read; editing places entries so that a list in
+// The entries of a list in its order, with their masks as they stand there. Entries of every type are handed
+// out; one that the system cannot hand out is left out. A null list has none.
+std::vector<AccessEntry> EntriesOfDacl(PACL acl);
+
+// The entries in order, with masks without SYNCHRONIZE: nobody sees or edits it, and every entry written gets
+// it again. Reading keeps the order of the list read; editing places entries so that a list in
 // canonical order (explicit deny, explicit allow, inherited) stays in it.
 class AccessEntryList {
   public:
-    // Replaces the entries by those of `acl` (a null list has none). Entries of every type are kept; one that
-    // the system cannot hand out is left out.
+    // Replaces the entries by those of `acl`.
     void LoadFromDacl(PACL acl);
 
     const std::vector<AccessEntry>& Entries() const { return entries; }

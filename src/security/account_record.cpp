@@ -154,6 +154,10 @@ std::string AccountRecord::GetSidText() {
     return text;
 }
 
+bool IsSameAccount(const AccountRecord& one, const AccountRecord& other) {
+    return one.sid && other.sid && EqualSid(one.sid.get(), other.sid.get()) != FALSE;
+}
+
 std::string AccountDisplayName(AccountRecord& record) {
     if (!record.sid || IsValidSid(record.sid.get()) == FALSE) {
         return {};

@@ -48,6 +48,9 @@ struct AccountRecord {
     bool LookupLongNames(DWORD nameSize, DWORD domainSize);
 };
 
+// Whether both hold a SID, and the same.
+bool IsSameAccount(const AccountRecord& one, const AccountRecord& other);
+
 // How an account is shown everywhere: DOMAIN\name, the bare name of an account without a domain, the SID's
 // text when there is no name. Empty without a valid SID. Looks the names up in the account database.
 std::string AccountDisplayName(AccountRecord& record);

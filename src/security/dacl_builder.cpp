@@ -23,9 +23,9 @@ AddAceFunction FindAddAceFunction(HWND owner, HMODULE library, LPCSTR name) {
 
 // Bytes of a list of all entries. Those that will not be written are counted too, which leaves room at the
 // end.
-std::size_t DaclSize(const AccessEntryList& list) {
+std::size_t DaclSize(std::span<const AccessEntry> entries) {
     std::size_t size = sizeof(ACL);
-    for (const AccessEntry& entry : list.Entries()) {
+    for (const AccessEntry& entry : entries) {
         size += sizeof(ACE_HEADER) + sizeof(ACCESS_MASK);
         PSID sid = entry.account.sid.get();
         if (sid != nullptr && IsValidSid(sid) != FALSE) {
@@ -80,10 +80,11 @@ UniqueLibrary LoadAccessListLibrary(HWND owner) {
     return library;
 }
 
-UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, const AccessEntryList& list) {
+UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEntry> entries,
+                           WrittenMasks masks) {
     const AddAceFunction addDenied = FindAddAceFunction(owner, library, "AddAccessDeniedAceEx");
     const AddAceFunction addAllowed = FindAddAceFunction(owner, library, "AddAccessAllowedAceEx");
-    const std::size_t size = DaclSize(list);
+    const std::size_t size = DaclSize(entries);
     UniqueLocal<ACL> dacl(static_cast<PACL>(LocalAlloc(LMEM_FIXED, size)));
     if (!dacl) {
         ShowFatalErrorBox(owner, "Error: cannot allocate buffer");
@@ -92,18 +93,24 @@ UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, const AccessEntryList& l
         ShowErrorBox(owner, "Error: cannot initialize object's access control list");
         return nullptr;
     }
-    for (const AccessEntry& entry : list.Entries()) {
+    const DWORD added = masks == WrittenMasks::kWithSynchronize ? SYNCHRONIZE : 0;
+    for (const AccessEntry& entry : entries) {
         if (!entry.IsAllow() && !entry.IsDeny()) {
             continue;
         }
         // An entry that the system refuses (without a valid account) is not part of the list.
         const AddAceFunction add = entry.IsAllow() ? addAllowed : addDenied;
-        add(dacl.get(), ACL_REVISION, entry.aceFlags, entry.mask | SYNCHRONIZE, entry.account.sid.get());
+        add(dacl.get(), ACL_REVISION, entry.aceFlags, entry.mask | added, entry.account.sid.get());
     }
     return dacl;
 }
 
-SECURITY_INFORMATION DaclWriteInformation(DaclInheritance inheritance) {
+UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, const AccessEntryList& list) {
+    return BuildDacl(owner, library, list.Entries(), WrittenMasks::kWithSynchronize);
+}
+
+SECURITY_INFORMATION DaclWriteInformation(std::optional<DaclInheritance> inheritance) {
+    if (!inheritance) return DACL_SECURITY_INFORMATION;
     return DACL_SECURITY_INFORMATION |
            (inheritance == DaclInheritance::kFromParent ? UNPROTECTED_DACL_SECURITY_INFORMATION
                                                         : PROTECTED_DACL_SECURITY_INFORMATION);

@@ -1,6 +1,9 @@
 // Makes access lists and descriptors that the system takes.
 #pragma once
 
+#include <optional>
+#include <span>
+
 #include "platform/api/security.h"
 #include "platform/resources.h"
 #include "security/access_entry_list.h"
@@ -13,14 +16,20 @@ enum class DaclInheritance { kFromParent, kProtected };
 // The library in which BuildDacl looks its functions up. Ends the process when it cannot be loaded.
 UniqueLibrary LoadAccessListLibrary(HWND owner);
 
-// A new access list of the allow and deny entries of `list`, in list order, each with SYNCHRONIZE added;
-// entries of other types are not written. Null after an error box when the list cannot be initialised (it
-// would exceed 64 KiB). Ends the process, after its box, when a function is missing from `library` or there
-// is no memory.
+// The masks in which entries are written.
+enum class WrittenMasks { kAsHeld, kWithSynchronize };
+
+// A new access list of the allow and deny entries of `entries`, in their order; entries of other types are
+// not written. Null after an error box when the list cannot be initialised (it would exceed 64 KiB). Ends the
+// process, after its box, when a function is missing from `library` or there is no memory.
+UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEntry> entries,
+                           WrittenMasks masks);
+// The same of an edited list, whose entries get the SYNCHRONIZE that reading took from them.
 UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, const AccessEntryList& list);
 
-// What SetNamedSecurityInfoA must be told to write a list with this choice.
-SECURITY_INFORMATION DaclWriteInformation(DaclInheritance inheritance);
+// What SetNamedSecurityInfoA must be told to write a list with this choice; nothing: each object keeps its
+// own.
+SECURITY_INFORMATION DaclWriteInformation(std::optional<DaclInheritance> inheritance);
 
 // Turns a self-relative descriptor into an absolute one whose parts all live in `heap`. On failure both
 // outputs are untouched.

@@ -10,12 +10,12 @@
 namespace permora {
 namespace {
 
-bool HasAccessControl(HWND owner, LPCSTR path, ItemPlace place) {
+bool HasAccessControl(HWND owner, LPCSTR path, ItemPlace place, HiddenVolume hidden) {
     const LPCSTR root = place == ItemPlace::kDriveRoot ? path : nullptr;
-    // Whoever may not ask about the volume may still be allowed to read the object's list.
     DWORD flags = FILE_PERSISTENT_ACLS;
     if (GetVolumeInformationA(root, nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) == FALSE) {
-        if (const DWORD error = GetLastError(); error != ERROR_ACCESS_DENIED) {
+        const DWORD error = GetLastError();
+        if (error != ERROR_ACCESS_DENIED || hidden == HiddenVolume::kFail) {
             ShowSystemErrorBox(owner, error);
             return false;
         }
@@ -39,32 +39,41 @@ std::optional<DaclInheritance> InheritanceOf(PSECURITY_DESCRIPTOR descriptor) {
 
 }  // namespace
 
-bool ReadObjectDacl(HWND owner, LPCSTR path, ItemPlace place, ObjectSecurity& object) {
-    if (!HasAccessControl(owner, path, place)) {
+bool ReadListOfObject(HWND owner, LPCSTR path, ItemPlace place, HiddenVolume hidden, ObjectDacl& object) {
+    if (!HasAccessControl(owner, path, place, hidden)) {
         return false;
     }
-    ObjectSecurity read;
+    PACL dacl = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     const DWORD error = GetNamedSecurityInfoA(path, SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
-                                              nullptr, &read.dacl, nullptr, &descriptor);
+                                              nullptr, &dacl, nullptr, &descriptor);
     if (error != ERROR_SUCCESS) {
         ShowSystemErrorBox(owner, error);
         return false;
     }
-    read.descriptor.reset(descriptor);
+    object.descriptor.reset(descriptor);
+    object.dacl = dacl;
+    return true;
+}
+
+bool ReadObjectDacl(HWND owner, LPCSTR path, ItemPlace place, ObjectSecurity& object) {
+    ObjectSecurity read;
+    if (!ReadListOfObject(owner, path, place, HiddenVolume::kReadOn, read)) {
+        return false;
+    }
     if (read.dacl == nullptr) {
         ShowInfoBox(owner,
                     "There is no any access control list associated with object (All access is currently "
                     "allowed).");
     }
-    read.inheritance = InheritanceOf(descriptor);
+    read.inheritance = InheritanceOf(read.descriptor.get());
     read.entries.LoadFromDacl(read.dacl);
     object = std::move(read);
     return true;
 }
 
 std::vector<std::size_t> WriteObjectDacl(HWND owner, std::span<const char* const> paths,
-                                         DaclInheritance inheritance, PACL dacl) {
+                                         std::optional<DaclInheritance> inheritance, PACL dacl) {
     std::vector<std::size_t> failed;
     for (std::size_t index = 0; index < paths.size(); ++index) {
         std::string path = paths[index];  // the service wants a text that it could change

@@ -1,0 +1,79 @@
+#include "cli/assign_command.h"
+
+#include "cli/list_change.h"
+#include "cli/listing.h"
+#include "platform/api/errors.h"
+#include "wizard/account_rights.h"
+
+namespace permora {
+namespace {
+
+// The entries that all objects are to get; nothing after a message.
+std::optional<std::vector<AccessEntry>> MakeEntries(const Arguments& arguments, const AccountRecord& account,
+                                                    const Target& first, ConsoleMessages& messages) {
+    AccountRights rights;
+    if (const DWORD error = EnterFolder(first); error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+        return std::nullopt;
+    }
+    if (!LoadAccountsFromItem(nullptr, first.name.c_str(), first.place, rights)) {
+        if (!messages.HasSpoken()) messages.Say("its access list cannot be read");
+        return std::nullopt;
+    }
+    rights.Select(rights.Add(account));
+    rights.ApplyCombination(arguments.rights);
+    return rights.Entries();
+}
+
+// The object with the new list and what it goes on to inherit; false after a message.
+bool Preview(HMODULE library, std::vector<AccessEntry> entries, ObjectSecurity& object,
+             ConsoleMessages& messages) {
+    if (object.inheritance == DaclInheritance::kFromParent) {
+        for (const AccessEntry& entry : object.entries.Entries())
+            if (entry.IsInherited()) entries.push_back(entry);
+    }
+    const UniqueLocal<ACL> dacl = BuildWholeDacl(library, entries, WrittenMasks::kAsHeld, messages);
+    if (!dacl) return false;
+    object.entries.LoadFromDacl(dacl.get());
+    return true;
+}
+
+bool ChangeTarget(const Arguments& arguments, const Target& target, const std::vector<AccessEntry>& entries,
+                  HMODULE library, PACL dacl, ConsoleMessages& messages) {
+    ObjectSecurity object;
+    if (!ReadForChange(target, object, messages) || !MayReplace(LossesOf(object), arguments, messages))
+        return false;
+    if (!arguments.dryRun) return WriteDacl(target, std::nullopt, dacl, messages);
+    const std::string before = StateText(target, "before", object, RemarksOn(object));
+    if (!Preview(library, entries, object, messages)) return false;
+    object.dacl = dacl;  // not none, for the remarks
+    Print(before + StateText(target, "after", object, RemarksOn(object)));
+    return true;
+}
+
+}  // namespace
+
+bool RunAssign(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
+               ConsoleMessages& messages) {
+    std::optional<std::vector<AccessEntry>> entries;
+    UniqueLocal<ACL> dacl;
+    const UniqueLibrary library = LoadAccessListLibrary(nullptr);
+    // Of another object's list the others would become something else than was asked for.
+    if (!targets.empty() && targets.front().argument == arguments.paths.front()) {
+        messages.SetSubject(targets.front().argument);
+        entries = MakeEntries(arguments, account, targets.front(), messages);
+        if (entries) dacl = BuildWholeDacl(library.get(), *entries, WrittenMasks::kAsHeld, messages);
+    }
+    if (!dacl) {
+        messages.Say("nothing was changed, since all would get the list that is made of this one's");
+        return false;
+    }
+    bool allDone = true;
+    for (const Target& target : targets) {
+        messages.SetSubject(target.argument);
+        allDone = ChangeTarget(arguments, target, *entries, library.get(), dacl.get(), messages) && allDone;
+    }
+    return allDone;
+}
+
+}  // namespace permora

@@ -1,0 +1,73 @@
+#include "cli/list_change.h"
+
+#include <array>
+
+#include "cli/listing.h"
+#include "cli/terminal_text.h"
+#include "platform/api/errors.h"
+
+namespace permora {
+
+bool ReadForChange(const Target& target, ObjectSecurity& object, ConsoleMessages& messages) {
+    const DWORD error = EnterFolder(target);
+    if (error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+        return false;
+    }
+    if (!ReadObjectDacl(nullptr, target.name.c_str(), target.place, object)) {
+        if (!messages.HasSpoken()) messages.Say("its access list cannot be read");
+        return false;
+    }
+    if (!object.inheritance) {
+        messages.Say("not changed: whether it inherits cannot be read");
+        return false;
+    }
+    return true;
+}
+
+Losses LossesOf(const ObjectSecurity& object) {
+    return {object.entries.OtherTypeCount(), object.dacl == nullptr};
+}
+
+bool MayReplace(const Losses& losses, const Arguments& arguments, ConsoleMessages& messages) {
+    if (losses.otherEntries > 0 && !arguments.dropOtherEntries) {
+        messages.Say("not changed: " + std::to_string(losses.otherEntries) +
+                     (losses.otherEntries == 1 ? " entry of another type" : " entries of other types") +
+                     " than allow and deny would be lost (--drop-other-entries does it all the same)");
+        return false;
+    }
+    if (losses.everyonesAccess && !arguments.replaceNullList) {
+        messages.Say(
+            "not changed: everyone may do everything now, and only those in the new list could afterwards "
+            "(--replace-null-list does it all the same)");
+        return false;
+    }
+    return true;
+}
+
+UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries, WrittenMasks masks,
+                                ConsoleMessages& messages) {
+    UniqueLocal<ACL> dacl = BuildDacl(nullptr, library, entries, masks);
+    if (dacl && GetAceCount(dacl.get()) == entries.size()) return dacl;
+    messages.Say("not changed: the new access list cannot be built");
+    return nullptr;
+}
+
+bool WriteDacl(const Target& target, std::optional<DaclInheritance> inheritance, PACL dacl,
+               ConsoleMessages& messages) {
+    const std::array<const char*, 1> names = {target.name.c_str()};
+    if (WriteObjectDacl(nullptr, names, inheritance, dacl).empty()) {
+        Print(PrintableText(target.argument) + ": changed\n");
+        return true;
+    }
+    if (!messages.HasSpoken()) messages.Say("its access list cannot be written");
+    return false;
+}
+
+std::string StateText(const Target& target, const char* moment, ObjectSecurity& object,
+                      const std::vector<std::string>& remarks) {
+    return PrintableText(target.argument) + ' ' + moment + ":\n" + InheritsLine(object) +
+           RemarkLines(remarks) + RowsText(object.entries);
+}
+
+}  // namespace permora

@@ -1,0 +1,127 @@
+#include "wizard/account_rights.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+constexpr std::size_t kFullControl = 0;
+
+// Unlike elsewhere, "Full control" is every bit that is looked at, SYNCHRONIZE included.
+DWORD RightMask(std::size_t right) {
+    return right == kFullControl ? RIGHTS_DISPLAY_MASK : kAccessRights[right].bits;
+}
+
+void AppendEntries(const std::vector<WizardAccountRow>& accounts, BYTE type, DWORD WizardAccountRow::*mask,
+                   std::vector<AccessEntry>& entries) {
+    for (const WizardAccountRow& row : accounts) {
+        if (row.*mask == 0) continue;
+        const BYTE flags = row.inheritToChildren ? OBJECT_INHERIT_ACE | CONTAINER_INHERIT_ACE : 0;
+        entries.push_back({row.account, row.*mask, type, flags});
+    }
+}
+
+}  // namespace
+
+void AccountRights::LoadFromDacl(PACL acl) {
+    accounts.clear();
+    Select(std::nullopt);
+    for (const AccessEntry& entry : EntriesOfDacl(acl)) {
+        if ((!entry.IsAllow() && !entry.IsDeny()) || !entry.account.sid) continue;
+        WizardAccountRow& row = accounts[Add(entry.account)];
+        if (entry.IsInherited()) {
+            (entry.IsAllow() ? row.inheritedAllow : row.inheritedDeny) |= entry.mask;
+        } else {
+            (entry.IsAllow() ? row.explicitAllow : row.explicitDeny) |= entry.mask;
+        }
+    }
+}
+
+std::size_t AccountRights::Add(const AccountRecord& account) {
+    const auto found = std::find_if(accounts.begin(), accounts.end(), [&](const WizardAccountRow& row) {
+        return IsSameAccount(row.account, account);
+    });
+    const auto place = static_cast<std::size_t>(found - accounts.begin());
+    if (found == accounts.end()) accounts.push_back({account});
+    return place;
+}
+
+void AccountRights::Remove(std::size_t index) {
+    accounts.erase(std::next(accounts.begin(), static_cast<std::ptrdiff_t>(index)));
+    Select(std::nullopt);
+}
+
+// Each mask overrides those before it.
+void AccountRights::Select(std::optional<std::size_t> index) {
+    selected = index;
+    boxes.fill(false);
+    if (!selected) return;
+    const WizardAccountRow& row = accounts[*selected];
+    CheckByMask(row.inheritedAllow, true);
+    CheckByMask(row.inheritedDeny, false);
+    CheckByMask(row.explicitAllow, true);
+    CheckByMask(row.explicitDeny, false);
+    if (std::find(boxes.begin(), boxes.end(), false) != boxes.end()) boxes[kFullControl] = false;
+}
+
+void AccountRights::CheckByMask(DWORD mask, bool isChecked) {
+    for (std::size_t right = 0; right < kRights; ++right)
+        if ((RightMask(right) & mask) != 0) boxes[right] = isChecked;
+}
+
+void AccountRights::ApplyRightChange(std::size_t right, bool isNowChecked) {
+    boxes[right] = isNowChecked;
+    if (right == kFullControl) {
+        if (!isNowChecked) return;  // the single rights stay as they are
+        boxes.fill(true);
+    }
+    if (!selected) return;
+    WizardAccountRow& row = accounts[*selected];
+    const DWORD mask = RightMask(right);
+    row.explicitAllow &= ~mask;
+    row.explicitDeny &= ~mask;
+    const bool isGrantedFromAbove = (row.inheritedAllow & mask) != 0 && (row.inheritedDeny & mask) == 0;
+    if (isNowChecked) {
+        if (!isGrantedFromAbove) row.explicitAllow |= mask;
+        return;
+    }
+    // What comes from above can only be taken away by an entry of the account's own.
+    if (isGrantedFromAbove) row.explicitDeny |= mask;
+    boxes[kFullControl] = false;
+}
+
+void AccountRights::ApplyCombination(DWORD mask) {
+    const DWORD wanted = mask & RIGHTS_DISPLAY_MASK;
+    if (wanted == RIGHTS_DISPLAY_MASK) {
+        if (!boxes[kFullControl]) ApplyRightChange(kFullControl, true);
+        return;
+    }
+    for (std::size_t right = kFullControl + 1; right < kRights; ++right) {
+        const bool isWanted = (RightMask(right) & wanted) != 0;
+        if (boxes[right] != isWanted) ApplyRightChange(right, isWanted);
+    }
+}
+
+std::vector<AccessEntry> AccountRights::Entries() const {
+    std::vector<AccessEntry> entries;
+    AppendEntries(accounts, ACCESS_DENIED_ACE_TYPE, &WizardAccountRow::explicitDeny, entries);
+    AppendEntries(accounts, ACCESS_ALLOWED_ACE_TYPE, &WizardAccountRow::explicitAllow, entries);
+    return entries;
+}
+
+bool LoadAccountsFromItem(HWND owner, LPCSTR name, ItemPlace place, AccountRights& rights) {
+    rights.LoadFromDacl(nullptr);
+    ObjectDacl object;
+    if (!ReadListOfObject(owner, name, place, HiddenVolume::kFail, object)) return false;
+    if (object.dacl == nullptr) {
+        ShowInfoBox(owner, "Object's access control list is null (All access is allowed)");
+        return false;
+    }
+    rights.LoadFromDacl(object.dacl);
+    return true;
+}
+
+}  // namespace permora

@@ -1,0 +1,93 @@
+// The security wizard's assignment of rights, by the command assign.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/cli_program.h"
+#include "tests/support/temporary_folder.h"
+
+namespace permora::test {
+namespace {
+
+using testing::HasSubstr;
+
+// A folder that inherits full control for administrators, and a file with a protected list of its own.
+class AssignTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (const std::string reason = CannotHoldListsReason(folder.Path()); !reason.empty())
+            GTEST_SKIP() << reason;
+        ASSERT_EQ(SetSddl(top, "D:P(A;OICI;FA;;;BA)"), 0U);
+        ASSERT_EQ(SetSddl(first, "D:(A;OICI;FR;;;BU)"), 0U);
+        ASSERT_EQ(SetSddl(second, kSecond), 0U);
+    }
+    // What assign answers for `paths`, and the lists of both objects then.
+    std::string Assign(const std::vector<std::string>& paths, const std::vector<std::string>& options,
+                       int exitCode = 0) const {
+        std::vector<std::string> arguments = {"assign"};
+        arguments.insert(arguments.end(), paths.begin(), paths.end());
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const CommandResult result = RunCli(arguments);
+        EXPECT_EQ(result.exitCode, exitCode) << result.output;
+        return result.output;
+    }
+    static std::string ListOf(const std::string& path) {
+        const std::string text = SddlOf(path);
+        return text.substr(text.find("D:"));
+    }
+
+    static constexpr const char* kSecond = "D:PAI(A;;FA;;;WD)";
+    const TemporaryFolder folder;
+    const std::string top = folder.MakeFolder("top");
+    const std::string first = folder.MakeFolder("top/first");
+    const std::string second = folder.MakeFile("top/second");
+};
+
+TEST_F(AssignTest, EveryObjectGetsTheFirstOnesEntriesWithTheChange) {
+    const std::string preview =
+        Assign({first, second}, {"--account", "Guests", "--combination", "read", "--dry-run"});
+    EXPECT_THAT(preview, HasSubstr(second + " after:\n  Inherits: no\n"));
+    EXPECT_THAT(preview, HasSubstr("Allow  BUILTIN\\Guests          Special       Not inherited"));
+    EXPECT_EQ(ListOf(second), std::string(kSecond) + "\n") << "a preview writes nothing";
+
+    Assign({first, second}, {"--account", "Guests", "--combination", "read"});
+    EXPECT_EQ(ListOf(first), "D:AI(A;OICI;FR;;;BU)(A;OICI;CCSWLORC;;;BG)(A;OICIID;FA;;;BA)\n");
+    EXPECT_EQ(ListOf(second), "D:PAI(A;OICI;FR;;;BU)(A;OICI;CCSWLORC;;;BG)\n");
+
+    Assign({first, second}, {"--account", "BUILTIN\\Users", "--rights", "Full control"});
+    Assign({first}, {"--account", "Administrators", "--rights", "0xf01fe"});
+    EXPECT_EQ(ListOf(first),
+              "D:AI(D;OICI;CC;;;BA)(A;OICI;0x1f03ff;;;BU)(A;OICI;CCSWLORC;;;BG)(A;OICIID;FA;;;BA)\n");
+    EXPECT_EQ(ListOf(second), "D:PAI(A;OICI;0x1f03ff;;;BU)(A;OICI;CCSWLORC;;;BG)\n");
+}
+
+TEST_F(AssignTest, NothingIsLostUnasked) {
+    const std::vector<std::string> readers = {"--account", "Everyone", "--combination", "Read"};
+    const char* const foreign = "D:PAI(OA;;CC;bf967aba-0de6-11d0-a285-00aa003049e2;;BA)(A;;FA;;;BA)";
+    ASSERT_EQ(SetSddl(second, foreign), 0U);
+    EXPECT_THAT(Assign({first, second}, readers, 1), HasSubstr("--drop-other-entries"));
+    EXPECT_EQ(ListOf(second), std::string(foreign) + "\n");
+    EXPECT_THAT(ListOf(first), HasSubstr("(A;OICI;CCSWLORC;;;WD)"));
+
+    const std::string before = ListOf(first);
+    for (const std::string& begin : {folder.Path("gone"), std::string("\\\\no\\drive")}) {
+        EXPECT_THAT(Assign({begin, first}, {"--account", "Guests", "--rights", "1"}, 1),
+                    HasSubstr("nothing was changed"));
+    }
+    ASSERT_EQ(SetSddl(second, "D:NO_ACCESS_CONTROL"), 0U);
+    EXPECT_THAT(Assign({second, first}, {"--account", "Guests", "--rights", "1", "--replace-null-list"}, 1),
+                HasSubstr("Object's access control list is null (All access is allowed)"));
+    EXPECT_EQ(ListOf(first), before);
+
+    const std::vector<std::string> wrongChoices[] = {{"--combination", "Everything"},
+                                                     {"--rights", "0x10000000"},
+                                                     {"--rights", "1", "--combination", "Read"},
+                                                     {}};
+    for (std::vector<std::string> wrong : wrongChoices) {
+        wrong.insert(wrong.end(), {"--account", "Guests"});
+        Assign({first}, wrong, 2);
+    }
+    EXPECT_EQ(ListOf(first), before);
+}
+
+}  // namespace
+}  // namespace permora::test
