@@ -58,6 +58,7 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_ATTRIBUTES, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_SECURE_DELETION, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
         });
     return kMap;

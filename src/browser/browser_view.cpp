@@ -32,6 +32,7 @@ const MessageMap& BrowserView::GetMessageMap() const {
                                    {kListId, Notify::kInfoTip, &BrowserView::OnInfoTip},
                                    {ID_SELECT_ALL, Notify::kCommand, &BrowserView::SelectAll},
                                    {ID_INVERT_SELECTION, Notify::kCommand, &BrowserView::InvertSelection},
+                                   {ID_ATTRIBUTES, Notify::kCommand, &BrowserView::EditAttributes},
                                    {ID_GO_UP, Notify::kCommand, &BrowserView::GoUp},
                                    {ID_REFRESH, Notify::kCommand, &BrowserView::RefreshList},
                                    {ID_VIEW_ICONS, Notify::kCommand, &BrowserView::OnViewMode},

@@ -60,6 +60,8 @@ class BrowserView : public CWnd {
     void ReleaseSelection();
     void SelectAll();
     void InvertSelection();
+    // Runs the dialog of the attributes on the selected rows; drives have none.
+    void EditAttributes();
 
     // ---- Navigation. Failures are reported, and the location before is shown again. ----
 

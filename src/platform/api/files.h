@@ -9,6 +9,7 @@
 
 #include "platform/api/base.h"
 #include "platform/api/threads.h"
+#include "platform/api/time.h"
 
 #ifndef _WIN32
 
@@ -43,6 +44,17 @@ inline constexpr UINT DRIVE_CDROM       = 5;
 inline constexpr UINT DRIVE_RAMDISK     = 6;
 // clang-format on
 
+enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
+
+struct WIN32_FILE_ATTRIBUTE_DATA {
+    DWORD dwFileAttributes;
+    FILETIME ftCreationTime;  // 0 where the volume does not say
+    FILETIME ftLastAccessTime;
+    FILETIME ftLastWriteTime;
+    DWORD nFileSizeHigh;  // in bytes; 0 for what is no file
+    DWORD nFileSizeLow;
+};
+
 struct OVERLAPPED;
 using LPOVERLAPPED = OVERLAPPED*;
 
@@ -50,6 +62,9 @@ extern "C" {
 
 // FILE_ATTRIBUTE_ flags of the object itself, or INVALID_FILE_ATTRIBUTES with the last error set.
 DWORD WINAPI GetFileAttributesA(LPCSTR path);
+// Fills the WIN32_FILE_ATTRIBUTE_DATA that `data` points to with what the object itself is. `level` is
+// GetFileExInfoStandard.
+BOOL WINAPI GetFileAttributesExA(LPCSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data);
 // Sets the flags that can be set (read-only, hidden, system, archive, temporary, offline, not indexed) and
 // leaves the others. ERROR_INVALID_PARAMETER for a temporary folder, ERROR_NOT_SUPPORTED where the object
 // cannot hold any.

@@ -9,6 +9,7 @@
 #include "platform/api/directory_search.h"
 #include "platform/api/effective_rights.h"
 #include "platform/api/errors.h"
+#include "platform/api/file_control.h"
 #include "platform/api/files.h"
 #include "platform/api/libraries.h"
 #include "platform/api/memory.h"
@@ -155,6 +156,13 @@ static_assert(FILE_PERSISTENT_ACLS                == 0x8);
 static_assert(FILE_READ_ONLY_VOLUME               == 0x80000);
 static_assert(DRIVE_UNKNOWN == 0 && DRIVE_NO_ROOT_DIR == 1 && DRIVE_REMOVABLE == 2 && DRIVE_FIXED == 3);
 static_assert(DRIVE_REMOTE == 4 && DRIVE_CDROM == 5 && DRIVE_RAMDISK == 6);
+static_assert(GetFileExInfoStandard == 0 && sizeof(WIN32_FILE_ATTRIBUTE_DATA) == 36);
+static_assert(offsetof(WIN32_FILE_ATTRIBUTE_DATA, ftCreationTime) == 4 && offsetof(WIN32_FILE_ATTRIBUTE_DATA, ftLastAccessTime) == 12);
+static_assert(offsetof(WIN32_FILE_ATTRIBUTE_DATA, ftLastWriteTime) == 20 && offsetof(WIN32_FILE_ATTRIBUTE_DATA, nFileSizeHigh) == 28);
+
+// file_control.h
+static_assert(OPEN_EXISTING == 3 && FSCTL_SET_COMPRESSION == 0x9C040);
+static_assert(COMPRESSION_FORMAT_NONE == 0 && COMPRESSION_FORMAT_DEFAULT == 1);
 
 // time.h, directory_search.h. Beyond the 260 bytes that the SDK has for a name, the layout is our own.
 static_assert(sizeof(FILETIME) == 8);

@@ -15,8 +15,10 @@
 #include "platform/api/files.h"
 #include "platform/linux/base/failure.h"
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/time.h"
 #include "platform/linux/files/dos_attribute.h"
 #include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/files/file_facts.h"
 #include "platform/linux/files/paths.h"
 
 namespace permora::host {
@@ -140,6 +142,22 @@ DWORD WriteAttributes(const ObjectHandle& object, DWORD attributes) {
     return failure == 0 ? ERROR_SUCCESS : ErrorFromErrno(failure);
 }
 
+// The volume's own on NTFS, in the system's form; elsewhere the host's, where the file system keeps it.
+FILETIME CreationTimeOf(const ObjectHandle& object) {
+    FILETIME time{};
+    std::vector<std::uint8_t> value;
+    if (ReadExtendedAttribute(object, "system.ntfs_crtime", value) == 0 && value.size() == sizeof time) {
+        std::memcpy(&time, value.data(), sizeof time);
+        return time;
+    }
+    struct statx status {};
+    if (statx(object.Descriptor(), "", AT_EMPTY_PATH, STATX_BTIME, &status) == 0 &&
+        (status.stx_mask & STATX_BTIME) != 0) {
+        time = FileTimeOf({status.stx_btime.tv_sec, static_cast<long>(status.stx_btime.tv_nsec)});
+    }
+    return time;
+}
+
 }  // namespace
 
 AttributeStore AttributeStoreOf(const ObjectHandle& object) {
@@ -182,6 +200,21 @@ DWORD WINAPI GetFileAttributesA(LPCSTR path) {
     if (error == ERROR_SUCCESS) error = ReadAttributes(resolved.object, resolved.parent, attributes);
     if (error != ERROR_SUCCESS) SetLastError(error);
     return attributes;
+}
+
+BOOL WINAPI GetFileAttributesExA(LPCSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data) {
+    using namespace permora::host;
+    if (level != GetFileExInfoStandard) return Fail(ERROR_INVALID_PARAMETER);
+    ResolvedObject resolved;
+    DWORD attributes = 0;
+    DWORD error = ResolvePath(path, resolved);
+    if (error == ERROR_SUCCESS) error = ReadAttributes(resolved.object, resolved.parent, attributes);
+    if (error != ERROR_SUCCESS) return Fail(error);
+    WIN32_FILE_ATTRIBUTE_DATA facts{};
+    FillFacts(resolved.object.Status(), attributes, facts);
+    facts.ftCreationTime = CreationTimeOf(resolved.object);
+    *static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data) = facts;
+    return TRUE;
 }
 
 BOOL WINAPI SetFileAttributesA(LPCSTR path, DWORD attributes) {

@@ -13,10 +13,10 @@
 
 #include "platform/linux/base/failure.h"
 #include "platform/linux/base/handle_table.h"
-#include "platform/linux/base/time.h"
 #include "platform/linux/files/attributes.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/drives.h"
+#include "platform/linux/files/file_facts.h"
 #include "platform/linux/files/folder_listing.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/path_text.h"
@@ -42,17 +42,6 @@ bool FillName(std::string_view shownName, WIN32_FIND_DATAA& data) {
     std::memcpy(data.cFileName, shownName.data(), shownName.size());
     data.cFileName[shownName.size()] = '\0';
     return true;
-}
-
-void FillFacts(const struct stat& status, DWORD attributes, WIN32_FIND_DATAA& data) {
-    data.dwFileAttributes = attributes;
-    data.ftLastAccessTime = FileTimeOf(status.st_atim);
-    data.ftLastWriteTime = FileTimeOf(status.st_mtim);
-    if (S_ISREG(status.st_mode)) {
-        const auto size = static_cast<ULONGLONG>(status.st_size);
-        data.nFileSizeHigh = static_cast<DWORD>(size >> 32);
-        data.nFileSizeLow = static_cast<DWORD>(size & 0xFFFFFFFF);
-    }
 }
 
 // What is left to say about an object that cannot be opened.

@@ -1,0 +1,41 @@
+// The check boxes of the attributes dialog without their windows: what they say, and what they do to items.
+#pragma once
+
+#include <bitset>
+#include <cstddef>
+#include <span>
+
+#include "platform/api/base.h"
+
+namespace permora {
+
+enum class AttributeBox : std::size_t {
+    kArchive,
+    kReadonly,
+    kHidden,
+    kSystem,
+    kAllowIndexing,
+    kTemporary,
+    kOffline,
+    kCompressed,
+    kEncrypted,
+};
+inline constexpr std::size_t kAttributeBoxCount = 9;
+
+// Which boxes are checked, by AttributeBox.
+using CheckedBoxes = std::bitset<kAttributeBoxCount>;
+
+// The boxes of an item with these FILE_ATTRIBUTE_ flags.
+CheckedBoxes BoxesOf(DWORD attributes);
+
+// The flags that are written to every item: FILE_ATTRIBUTE_NORMAL when there are no others. Compression and
+// encryption are no matter of flags.
+DWORD AttributeWordOf(const CheckedBoxes& boxes);
+
+// Makes every item in order what the boxes say, in place of what it was; compression and encryption only when
+// their boxes differ from `before`, the first item's. 0, or the error of the first step that failed: nothing
+// more is done then, and what was done stays.
+DWORD AssignAttributes(std::span<const char* const> names, const CheckedBoxes& boxes,
+                       const CheckedBoxes& before);
+
+}  // namespace permora
