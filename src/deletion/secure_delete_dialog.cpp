@@ -1,24 +1,16 @@
 #include "deletion/secure_delete_dialog.h"
 
-#include <semaphore>
 #include <string>
 
 #include "deletion/secure_delete.h"
 #include "framework/styles.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
-#include "platform/api/threads.h"
 #include "platform/folder_files.h"
-#include "platform/resources.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 
 namespace permora {
-namespace {
-
-constexpr SIZE_T kWorkerStackBytes = 4096;
-
-}  // namespace
 
 // What the worker has of the dialog; written before it starts.
 class CSecureDelete::Run : public SecureDeleteHost {
@@ -51,8 +43,6 @@ class CSecureDelete::Run : public SecureDeleteHost {
     }
 
     FolderHandle folder;  // in which the items are
-    // Shared, because the worker's last step wakes who then destroys the run.
-    const std::shared_ptr<std::binary_semaphore> hasEnded = std::make_shared<std::binary_semaphore>(0);
 
   private:
     CSecureDelete& dialog;
@@ -62,10 +52,7 @@ class CSecureDelete::Run : public SecureDeleteHost {
 
 CSecureDelete::CSecureDelete(CWnd* ownerWindow) : CDialog(IDD_SECURE_DELETION, ownerWindow) {}
 
-CSecureDelete::~CSecureDelete() {
-    stopRequested = true;
-    if (run) run->hasEnded->acquire();
-}
+CSecureDelete::~CSecureDelete() = default;
 
 const MessageMap& CSecureDelete::GetMessageMap() const {
     static const MessageMap kMap = MakeMessageMap<CSecureDelete>(
@@ -84,30 +71,14 @@ bool CSecureDelete::OnInitDialog() {
         EndDialog(kCannotStart);
         return false;
     }
-    auto prepared = std::make_unique<Run>(*this, *progress);
-    DWORD error = FolderHandle::OpenCurrent(prepared->folder);
-    if (error == ERROR_SUCCESS) {
-        SECURITY_ATTRIBUTES attributes{sizeof attributes, nullptr, TRUE};
-        // Closed at once: the run itself tells its end.
-        const UniqueHandle worker(
-            CreateThread(&attributes, kWorkerStackBytes, SecureDeleteWorker, prepared.get(), 0, nullptr));
-        if (!worker) error = GetLastError();
-    }
+    run = std::make_unique<Run>(*this, *progress);
+    DWORD error = FolderHandle::OpenCurrent(run->folder);
+    if (error == ERROR_SUCCESS) error = worker.Start([this] { run->Work(); });
     if (error != ERROR_SUCCESS) {
         ShowSystemErrorBox(GetSafeHwnd(), error);
         EndDialog(kCannotStart);
-        return true;
     }
-    run = std::move(prepared);
     return true;
-}
-
-DWORD WINAPI CSecureDelete::SecureDeleteWorker(LPVOID run) {
-    auto& started = *static_cast<Run*>(run);
-    const std::shared_ptr<std::binary_semaphore> hasEnded = started.hasEnded;
-    started.Work();
-    hasEnded->release();
-    return 0;
 }
 
 void CSecureDelete::Stop() {
@@ -123,8 +94,10 @@ void CSecureDelete::OnCancel() {
     Stop();
 }
 
+// The worker shows texts in the window until its end.
 void CSecureDelete::OnDestroy() {
     stopRequested = true;
+    worker.Wait();
 }
 
 }  // namespace permora

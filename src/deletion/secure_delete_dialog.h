@@ -6,6 +6,7 @@
 #include <span>
 
 #include "framework/dialog.h"
+#include "framework/worker_thread.h"
 
 namespace permora {
 
@@ -16,7 +17,6 @@ class CSecureDelete : public CDialog {
     static constexpr int kCannotStart = 3;
 
     explicit CSecureDelete(CWnd* ownerWindow = nullptr);
-    // Waits for the worker, if it still runs, at its next stop point.
     ~CSecureDelete() override;
 
     // The selected items, relative to the current directory. Borrowed: names and array must outlive DoModal,
@@ -28,18 +28,18 @@ class CSecureDelete : public CDialog {
     // Escape asks the worker to stop, as the button does; the dialog stays until it has.
     void OnCancel() override;
     void OnOK() override {}
-    void OnDestroy() override;
+    void OnDestroy() override;  // stops the worker, if it still runs, at its next stop point
     const MessageMap& GetMessageMap() const override;
 
   private:
     class Run;
 
-    static DWORD WINAPI SecureDeleteWorker(LPVOID run);
     void Stop();
 
     std::atomic<bool> stopRequested = false;
     std::atomic<bool> isCancelled = false;  // by Escape
-    std::unique_ptr<Run> run;               // null: not started
+    std::unique_ptr<Run> run;               // what the worker has; null: not started
+    WorkerThread worker;
 };
 
 }  // namespace permora

@@ -179,6 +179,9 @@ void StopToolkit();
 
 // Runs `work` on the user-interface thread after `milliseconds`. User-interface thread.
 void PostLater(int milliseconds, std::function<void()> work);
+// Runs the calls of worker threads that wait for this thread, the user-interface thread, or were posted to
+// it.
+void ServeWorkers();
 
 // One picture of an icon or bitmap: 32-bit pixels, top row first, each in the bytes blue, green, red, alpha
 // (not premultiplied), or a whole file, PNG or a drawing (SVG).

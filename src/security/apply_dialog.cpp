@@ -2,17 +2,14 @@
 
 #include <string>
 
+#include "platform/api/errors.h"
 #include "platform/api/messages.h"
-#include "platform/api/threads.h"
-#include "platform/resources.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "security/tree_apply.h"
 
 namespace permora {
 namespace {
-
-constexpr SIZE_T kWorkerStackBytes = 4096;
 
 // Shows each object's bare name. What cannot be changed is passed over in silence.
 class StatusObserver : public TreeObserver {
@@ -36,31 +33,28 @@ ApplyDlg::ApplyDlg(CWnd* ownerWindow) : CDialog(IDD_APPLY_TO_TREE, ownerWindow) 
 
 bool ApplyDlg::OnInitDialog() {
     CDialog::OnInitDialog();
-    window = GetSafeHwnd();
-    status = GetDlgItem<CStatic>(IDC_APPLY_PROGRESS);
+    auto* status = GetDlgItem<CStatic>(IDC_APPLY_PROGRESS);
     if (status == nullptr) {
-        ShowErrorBox(window, "Error: cannot initialize dialog box");
+        ShowErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
         EndDialog(kCannotStart);
         return true;
     }
-    SECURITY_ATTRIBUTES attributes{sizeof attributes, nullptr, TRUE};
-    // Closed at once: the dialog's end is the only sign that the worker has finished.
-    const UniqueHandle worker(
-        CreateThread(&attributes, kWorkerStackBytes, ApplyToTreeWorker, this, 0, nullptr));
-    if (!worker) {
-        ShowSystemErrorBox(window, GetLastError());
+    // The worker must not ask for the window itself.
+    const auto apply = [this, window = GetSafeHwnd(), status] { Apply(window, *status); };
+    if (const DWORD error = worker.Start(apply); error != ERROR_SUCCESS) {
+        ShowSystemErrorBox(GetSafeHwnd(), error);
         EndDialog(kCannotStart);
     }
     return true;
 }
 
-DWORD WINAPI ApplyDlg::ApplyToTreeWorker(LPVOID dialog) {
-    static_cast<ApplyDlg*>(dialog)->Apply();
-    return 0;
+// Only when the program itself ends can the worker still be at work here.
+void ApplyDlg::OnDestroy() {
+    worker.Wait();
 }
 
-void ApplyDlg::Apply() {
-    StatusObserver observer(*status);
+void ApplyDlg::Apply(HWND window, CStatic& status) {
+    StatusObserver observer(status);
     TreeCounts counts;
     const TreeApplyResult result = ApplyToTrees(window, names, TreeListMode::kWrite, observer, counts);
     EndDialog(result == TreeApplyResult::kDone ? IDOK : kCannotStart);

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "framework/dialog.h"
+#include "framework/worker_thread.h"
 #include "platform/tree_security.h"
 
 namespace permora {
@@ -27,12 +28,10 @@ class ApplyDlg : public CDialog {
     void OnCancel() override {}
 
   private:
-    static DWORD WINAPI ApplyToTreeWorker(LPVOID dialog);
-    // On the worker thread; the dialog may be gone when it returns.
-    void Apply();
+    void OnDestroy() override;
+    void Apply(HWND window, CStatic& status);  // on the worker thread
 
-    HWND window = nullptr;  // for the worker, written before it starts
-    CStatic* status = nullptr;
+    WorkerThread worker;
 };
 
 }  // namespace permora

@@ -72,6 +72,10 @@ void PostLater(int milliseconds, std::function<void()> work) {
     QTimer::singleShot(milliseconds, Qt::PreciseTimer, uiBridge.load(), std::move(work));
 }
 
+void ServeWorkers() {
+    QCoreApplication::sendPostedEvents(uiBridge.load(), QEvent::MetaCall);
+}
+
 Size DialogBaseUnits() {
     const QFontMetrics metrics(QApplication::font());
     constexpr int kLetters = 26;

@@ -1,0 +1,52 @@
+#include "framework/worker_thread.h"
+
+#include <chrono>
+#include <memory>
+#include <utility>
+
+#include "framework/native.h"
+#include "platform/api/errors.h"
+#include "platform/api/threads.h"
+#include "platform/resources.h"
+
+namespace permora {
+namespace {
+
+using Task = std::packaged_task<void()>;
+
+constexpr SIZE_T kStackBytes = 4096;
+constexpr std::chrono::milliseconds kServeInterval{5};
+
+}  // namespace
+
+WorkerThread::~WorkerThread() {
+    Wait();
+}
+
+DWORD WorkerThread::Start(std::function<void()> work) {
+    Wait();
+    auto task = std::make_unique<Task>(std::move(work));
+    std::future<void> taskEnd = task->get_future();
+    SECURITY_ATTRIBUTES attributes{sizeof attributes, nullptr, TRUE};
+    // Closed at once: the task tells its end.
+    const UniqueHandle thread(CreateThread(&attributes, kStackBytes, Work, task.get(), 0, nullptr));
+    if (!thread) return GetLastError();
+    static_cast<void>(task.release());  // the thread's now
+    end = std::move(taskEnd);
+    return ERROR_SUCCESS;
+}
+
+void WorkerThread::Wait() {
+    if (!end.valid()) return;
+    while (end.wait_for(kServeInterval) != std::future_status::ready)
+        ServeWorkers();
+    end = {};
+}
+
+DWORD WINAPI WorkerThread::Work(LPVOID task) {
+    const std::unique_ptr<Task> own(static_cast<Task*>(task));
+    (*own)();
+    return 0;
+}
+
+}  // namespace permora
