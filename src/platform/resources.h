@@ -7,6 +7,7 @@
 
 #include "platform/api/libraries.h"
 #include "platform/api/memory.h"
+#include "platform/api/network.h"
 #include "platform/api/policy.h"
 #include "platform/api/threads.h"
 
@@ -49,5 +50,12 @@ struct LsaFreeMemoryCloser {
 // A block that the policy's functions handed out. Null: none.
 template <typename T>
 using UniqueLsaMemory = std::unique_ptr<T, LsaFreeMemoryCloser>;
+
+struct NetApiBufferFreeCloser {
+    void operator()(void* buffer) const { NetApiBufferFree(buffer); }
+};
+// A block that a network management service handed out. Null: none.
+template <typename T>
+using UniqueNetworkBuffer = std::unique_ptr<T, NetApiBufferFreeCloser>;
 
 }  // namespace permora

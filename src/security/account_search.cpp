@@ -17,11 +17,6 @@ namespace {
 constexpr int kFirstWellKnownType = WinWorldSid;  // the null SID before it is nobody
 constexpr int kLastWellKnownType = WinAccountRasAndIasServersSid;
 
-struct NetApiBufferCloser {
-    void operator()(BYTE* buffer) const { NetApiBufferFree(buffer); }
-};
-using UniqueNetBuffer = std::unique_ptr<BYTE, NetApiBufferCloser>;
-
 // SIDs in the order in which they were found, each once.
 class Sids {
   public:
@@ -81,7 +76,7 @@ void AppendEnumerated(HWND owner, Enumerate enumerate, LPWSTR Info::*name, Sids&
         BYTE* block = nullptr;
         DWORD count = 0;
         const DWORD status = enumerate(&block, &count, &resume);
-        const UniqueNetBuffer buffer(block);
+        const UniqueNetworkBuffer<BYTE> buffer(block);
         if (status != NERR_Success) return;
         for (const Info& info : std::span(reinterpret_cast<const Info*>(block), block != nullptr ? count : 0))
             AppendByName(owner, info.*name, sids);

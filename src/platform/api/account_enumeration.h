@@ -2,13 +2,10 @@
 #pragma once
 
 #include "platform/api/base.h"
+#include "platform/api/network.h"
 #include "platform/api/security.h"
 
-#ifdef _WIN32
-
-#include <lm.h>
-
-#else
+#ifndef _WIN32
 
 // Every number from the first to the last of these can be asked for.
 enum WELL_KNOWN_SID_TYPE {
@@ -16,10 +13,6 @@ enum WELL_KNOWN_SID_TYPE {
     WinBuiltinAdministratorsSid = 26,
     WinAccountRasAndIasServersSid = 50,
 };
-
-using NET_API_STATUS = DWORD;
-inline constexpr NET_API_STATUS NERR_Success = 0;
-inline constexpr DWORD MAX_PREFERRED_LENGTH = 0xFFFFFFFF;
 
 // Level 0: names as LookupAccountNameA takes them.
 struct LOCALGROUP_INFO_0 {
@@ -47,7 +40,6 @@ NET_API_STATUS WINAPI NetLocalGroupEnum(LPCWSTR server, DWORD level, LPBYTE* buf
 // `filter` must be 0: accounts of every kind.
 NET_API_STATUS WINAPI NetUserEnum(LPCWSTR server, DWORD level, DWORD filter, LPBYTE* buffer,
                                   DWORD preferredLength, LPDWORD read, LPDWORD total, LPDWORD resume);
-NET_API_STATUS WINAPI NetApiBufferFree(LPVOID buffer);
 
 }  // extern "C"
 

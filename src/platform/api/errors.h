@@ -77,6 +77,7 @@ inline constexpr DWORD ERROR_INVALID_MSGBOX_STYLE      = 1438;
 inline constexpr DWORD ERROR_TIMEOUT                   = 1460;
 inline constexpr DWORD ERROR_NOT_ENOUGH_QUOTA          = 1816;
 inline constexpr DWORD ERROR_CANT_RESOLVE_FILENAME     = 1921;
+inline constexpr DWORD ERROR_FILE_READ_ONLY            = 6009;
 // clang-format on
 
 #endif

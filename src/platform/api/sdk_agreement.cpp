@@ -14,9 +14,11 @@
 #include "platform/api/libraries.h"
 #include "platform/api/memory.h"
 #include "platform/api/messages.h"
+#include "platform/api/network.h"
 #include "platform/api/policy.h"
 #include "platform/api/registry.h"
 #include "platform/api/security.h"
+#include "platform/api/shares.h"
 #include "platform/api/shell.h"
 #include "platform/api/system.h"
 #include "platform/api/text.h"
@@ -117,6 +119,7 @@ static_assert(ERROR_INVALID_MSGBOX_STYLE   == 1438);
 static_assert(ERROR_TIMEOUT                == 1460);
 static_assert(ERROR_NOT_ENOUGH_QUOTA       == 1816);
 static_assert(ERROR_CANT_RESOLVE_FILENAME  == 1921);
+static_assert(ERROR_FILE_READ_ONLY         == 6009);
 
 // memory.h, libraries.h, text.h
 static_assert(LMEM_FIXED == 0 && LMEM_ZEROINIT == 0x40 && LPTR == 0x40);
@@ -289,10 +292,28 @@ static_assert(offsetof(ACL_SIZE_INFORMATION, AclBytesFree) == 8);
 // account_enumeration.h
 static_assert(WinWorldSid == 1 && WinBuiltinAdministratorsSid == 26);
 static_assert(WinAccountRasAndIasServersSid == 50);
-static_assert(sizeof(NET_API_STATUS) == 4 && NERR_Success == 0 && MAX_PREFERRED_LENGTH == DWORD(-1));
 static_assert(sizeof(LOCALGROUP_INFO_0) == sizeof(LPWSTR) && offsetof(LOCALGROUP_INFO_0, lgrpi0_name) == 0);
 static_assert(sizeof(USER_INFO_0) == sizeof(LPWSTR) && offsetof(USER_INFO_0, usri0_name) == 0);
 static_assert(sizeof(DWORD_PTR) == sizeof(void*));
+
+// network.h, shares.h
+static_assert(sizeof(NET_API_STATUS) == 4 && NERR_Success == 0 && MAX_PREFERRED_LENGTH == DWORD(-1));
+static_assert(NERR_UnknownDevDir == 2116 && NERR_DuplicateShare == 2118 && NERR_InvalidMaxUsers == 2122);
+static_assert(NERR_NetNameNotFound == 2310 && NNLEN == 80 && SHI_USES_UNLIMITED == DWORD(-1));
+static_assert(STYPE_DISKTREE == 0 && STYPE_PRINTQ == 1 && STYPE_DEVICE == 2 && STYPE_IPC == 3 && STYPE_SPECIAL == 0x80000000);
+static_assert(SHARE_NETNAME_PARMNUM == 1 && SHARE_TYPE_PARMNUM == 3 && SHARE_REMARK_PARMNUM == 4);
+static_assert(SHARE_PERMISSIONS_PARMNUM == 5 && SHARE_MAX_USES_PARMNUM == 6 && SHARE_PATH_PARMNUM == 8);
+static_assert(SHARE_PASSWD_PARMNUM == 9 && SHARE_FILE_SD_PARMNUM == 501);
+static_assert(sizeof(SHARE_INFO_1) == 3 * sizeof(void*) && offsetof(SHARE_INFO_1, shi1_netname) == 0);
+static_assert(offsetof(SHARE_INFO_1, shi1_type) == sizeof(void*) && offsetof(SHARE_INFO_1, shi1_remark) == 2 * sizeof(void*));
+static_assert(offsetof(SHARE_INFO_2, shi2_remark) == 2 * sizeof(void*) && offsetof(SHARE_INFO_2, shi2_permissions) == 3 * sizeof(void*));
+static_assert(offsetof(SHARE_INFO_2, shi2_max_uses) == 3 * sizeof(void*) + 4 && offsetof(SHARE_INFO_2, shi2_current_uses) == 3 * sizeof(void*) + 8);
+static_assert(offsetof(SHARE_INFO_2, shi2_passwd) == offsetof(SHARE_INFO_2, shi2_path) + sizeof(void*));
+static_assert(offsetof(SHARE_INFO_2, shi2_path) == offsetof(SHARE_INFO_502, shi502_path));
+static_assert(offsetof(SHARE_INFO_2, shi2_remark) == offsetof(SHARE_INFO_502, shi502_remark));
+static_assert(offsetof(SHARE_INFO_2, shi2_max_uses) == offsetof(SHARE_INFO_502, shi502_max_uses));
+static_assert(sizeof(SHARE_INFO_2) == offsetof(SHARE_INFO_502, shi502_reserved));
+static_assert(offsetof(SHARE_INFO_502, shi502_security_descriptor) == sizeof(SHARE_INFO_2) + sizeof(void*));
 
 // policy.h, token.h, effective_rights.h
 static_assert(sizeof(NTSTATUS) == 4 && NTSTATUS(-1) < 0 && sizeof(LSA_HANDLE) == sizeof(void*));

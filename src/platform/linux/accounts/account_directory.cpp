@@ -13,6 +13,7 @@
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/accounts/unix_sids.h"
 #include "platform/linux/base/ascii.h"
+#include "platform/linux/base/wide_text.h"
 #include "platform/nt/well_known_sids.h"
 
 namespace permora::host {
@@ -230,6 +231,10 @@ DWORD FindAccountSid(std::string_view text, nt::Sid& sid) {
 bool IsThisMachine(std::string_view system) {
     if (system.starts_with("\\\\")) system.remove_prefix(2);
     return IsSameName(system, ThisMachine().name, LetterCase::kIgnored);
+}
+
+bool IsThisServer(LPCWSTR server) {
+    return server == nullptr || *server == u'\0' || IsThisMachine(ToAnsi(server));
 }
 
 }  // namespace permora::host

@@ -25,5 +25,7 @@ DWORD FindAccountSid(std::string_view text, nt::Sid& sid);
 
 // True for a name of this machine, with or without leading backslashes, in any letter case.
 bool IsThisMachine(std::string_view system);
+// The same for a server that a service is asked about; none named is this machine too.
+bool IsThisServer(LPCWSTR server);
 
 }  // namespace permora::host

@@ -50,18 +50,13 @@ LPBYTE MakeBlock(const std::vector<std::u16string>& names, std::size_t first, st
     return block;
 }
 
-bool IsThisMachine(LPCWSTR server) {
-    return server == nullptr || *server == u'\0' ||
-           permora::host::IsThisMachine(permora::host::ToAnsi(server));
-}
-
 // The part that both enumerations share. `Resume` is the type of their handle: the place of the next name.
 template <class Resume>
 NET_API_STATUS Enumerate(AccountKind kind, LPCWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
                          LPDWORD read, LPDWORD total, Resume* resume) {
     if (level != 0) return ERROR_INVALID_LEVEL;
     if (buffer == nullptr || read == nullptr || total == nullptr) return ERROR_INVALID_PARAMETER;
-    if (!IsThisMachine(server)) return ERROR_BAD_NETPATH;
+    if (!permora::host::IsThisServer(server)) return ERROR_BAD_NETPATH;
     std::vector<std::string> found;
     if (const DWORD error = permora::host::ListAccountNames(kind, found); error != ERROR_SUCCESS)
         return error;
@@ -93,11 +88,6 @@ NET_API_STATUS WINAPI NetUserEnum(LPCWSTR server, DWORD level, DWORD filter, LPB
                                   DWORD preferredLength, LPDWORD read, LPDWORD total, LPDWORD resume) {
     if (filter != 0) return ERROR_INVALID_PARAMETER;
     return Enumerate(AccountKind::kUser, server, level, buffer, preferredLength, read, total, resume);
-}
-
-NET_API_STATUS WINAPI NetApiBufferFree(LPVOID buffer) {
-    LocalFree(buffer);
-    return NERR_Success;
 }
 
 BOOL WINAPI CreateWellKnownSid(WELL_KNOWN_SID_TYPE type, PSID domain, PSID sid, DWORD* size) {

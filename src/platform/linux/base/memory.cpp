@@ -7,6 +7,7 @@
 #include <new>
 
 #include "platform/api/errors.h"
+#include "platform/api/network.h"
 #include "platform/linux/base/failure.h"
 
 namespace {
@@ -76,6 +77,11 @@ HLOCAL WINAPI LocalAlloc(UINT flags, SIZE_T bytes) {
 HLOCAL WINAPI LocalFree(HLOCAL block) {
     std::free(block);
     return nullptr;
+}
+
+NET_API_STATUS WINAPI NetApiBufferFree(LPVOID buffer) {
+    LocalFree(buffer);
+    return NERR_Success;
 }
 
 HANDLE WINAPI HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize) {

@@ -120,6 +120,34 @@ std::vector<std::string> RegistryDocument::SubkeysOf(std::string_view path) cons
     return names;
 }
 
+std::vector<std::string> RegistryDocument::ValueNamesOf(std::string_view path) const {
+    std::vector<std::string> names;
+    for (const auto& [key, entry] : LastEntriesOf(path))
+        names.push_back(*entry->name);
+    return names;
+}
+
+std::vector<RegistryValue> RegistryDocument::ValuesOf(std::string_view path) const {
+    std::vector<RegistryValue> values;
+    for (const auto& [key, entry] : LastEntriesOf(path)) {
+        RegistryValue value;
+        if (ReadEntry(*entry, value)) values.push_back(std::move(value));
+    }
+    return values;
+}
+
+std::map<std::string, const RegistryDocument::Entry*> RegistryDocument::LastEntriesOf(
+    std::string_view path) const {
+    std::map<std::string, const Entry*> entries;
+    for (const Section& section : sections) {
+        if (!EqualsIgnoringCase(section.path, path)) continue;
+        for (const Entry& entry : section.entries) {
+            if (entry.name) entries[InLowerCase(*entry.name)] = &entry;
+        }
+    }
+    return entries;
+}
+
 RegistryDocument::Section* RegistryDocument::FindSection(std::string_view path) {
     const auto found = std::find_if(sections.rbegin(), sections.rend(), [path](const Section& section) {
         return EqualsIgnoringCase(section.path, path);
@@ -147,15 +175,19 @@ RegistryDocument::Lookup RegistryDocument::FindValue(std::string_view path, std:
                                                      RegistryValue& value) const {
     const Entry* entry = FindEntry(path, name);
     if (entry == nullptr) return Lookup::kMissing;
+    return ReadEntry(*entry, value) ? Lookup::kFound : Lookup::kDamaged;
+}
+
+bool RegistryDocument::ReadEntry(const Entry& entry, RegistryValue& value) {
     std::string joined;
-    for (const std::string_view line : LinesOf(entry->text))
+    for (const std::string_view line : LinesOf(entry.text))
         joined += line;
     const std::optional<ValueLine> split = SplitValueLine(joined);
     RegistryValue found;
-    if (!split || !ParseValueContent(split->content, found)) return Lookup::kDamaged;
+    if (!split || !ParseValueContent(split->content, found)) return false;
     found.name = split->name;
     value = std::move(found);
-    return Lookup::kFound;
+    return true;
 }
 
 void RegistryDocument::AddKey(std::string_view path) {
@@ -183,6 +215,15 @@ void RegistryDocument::SetValue(std::string_view path, const RegistryValue& valu
     const auto last = std::find_if(entries.rbegin(), entries.rend(),
                                    [](const Entry& entry) { return !entry.text.empty(); });
     entries.insert(last.base(), std::move(replacement));
+}
+
+void RegistryDocument::RemoveValue(std::string_view path, std::string_view name) {
+    for (Section& section : sections) {
+        if (!EqualsIgnoringCase(section.path, path)) continue;
+        std::erase_if(section.entries, [name](const Entry& entry) {
+            return entry.name && EqualsIgnoringCase(*entry.name, name);
+        });
+    }
 }
 
 void RegistryDocument::RemoveKey(std::string_view path) {

@@ -1,6 +1,7 @@
 // A registry file as keys and values that can be changed without touching anything else in it.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,6 +26,10 @@ class RegistryDocument {
     bool HasKey(std::string_view path) const;
     // The names right below a key, each once, in the order of the file.
     std::vector<std::string> SubkeysOf(std::string_view path) const;
+    // The names of a key's values, each once.
+    std::vector<std::string> ValueNamesOf(std::string_view path) const;
+    // A key's values that are whole, each name once.
+    std::vector<RegistryValue> ValuesOf(std::string_view path) const;
 
     enum class Lookup { kFound, kMissing, kDamaged };
     // Of several lines for one value the last counts. `value` is changed only when it was found.
@@ -34,6 +39,7 @@ class RegistryDocument {
     void AddKey(std::string_view path);
     // Adds or replaces; the key is added when it is missing.
     void SetValue(std::string_view path, const RegistryValue& value);
+    void RemoveValue(std::string_view path, std::string_view name);
     // Removes the key's own lines. The key above it stays.
     void RemoveKey(std::string_view path);
 
@@ -48,6 +54,9 @@ class RegistryDocument {
         std::vector<Entry> entries;
     };
 
+    static bool ReadEntry(const Entry& entry, RegistryValue& value);
+    // Of each name, in small letters, the line that counts.
+    std::map<std::string, const Entry*> LastEntriesOf(std::string_view path) const;
     Section* FindSection(std::string_view path);
     Entry* FindEntry(std::string_view path, std::string_view name);
     const Entry* FindEntry(std::string_view path, std::string_view name) const;

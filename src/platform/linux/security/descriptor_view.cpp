@@ -69,4 +69,26 @@ std::optional<nt::Acl> EntriesOf(PACL acl) {
     return nt::Acl::FromBytes(ClaimedBytes(acl));
 }
 
+std::optional<nt::SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descriptor) {
+    if (!IsValidSecurityDescriptor(descriptor)) return std::nullopt;
+    const auto view = DescriptorView::Of(descriptor);
+    if (!view) return std::nullopt;
+
+    nt::SecurityDescriptor value;
+    value.control = view->control | SE_SELF_RELATIVE;
+    value.resourceManagerControl = view->resourceManagerControl;
+    value.owner = SidOf(view->owner);
+    value.group = SidOf(view->group);
+    if ((view->control & SE_DACL_PRESENT) != 0) value.daclState = nt::DaclState::kNull;
+    if (view->dacl != nullptr) {
+        auto dacl = nt::Acl::FromBytes(ClaimedBytes(view->dacl));
+        if (!dacl) return std::nullopt;
+        value.daclState = nt::DaclState::kList;
+        value.dacl = std::move(*dacl);
+    }
+    const auto sacl = ClaimedBytes(view->sacl);
+    value.saclBytes.assign(sacl.begin(), sacl.end());
+    return value;
+}
+
 }  // namespace permora::host

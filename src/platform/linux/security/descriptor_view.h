@@ -6,6 +6,7 @@
 
 #include "platform/api/security.h"
 #include "platform/nt/acl.h"
+#include "platform/nt/security_descriptor.h"
 #include "platform/nt/sid.h"
 
 namespace permora::host {
@@ -32,5 +33,8 @@ std::span<const BYTE> ClaimedBytes(PACL acl);
 // Copies of what a caller hands over, checked whole; nothing when it is null or not valid.
 std::optional<nt::Sid> SidOf(PSID sid);
 std::optional<nt::Acl> EntriesOf(PACL acl);
+
+// The value of a descriptor in either form; nothing when it is not valid.
+std::optional<nt::SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descriptor);
 
 }  // namespace permora::host

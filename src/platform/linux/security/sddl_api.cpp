@@ -1,7 +1,5 @@
 // SIDs and security descriptors as text, and back.
 #include <cstring>
-#include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -12,18 +10,12 @@
 #include "platform/linux/base/failure.h"
 #include "platform/linux/security/descriptor_view.h"
 #include "platform/nt/sddl.h"
-#include "platform/nt/security_descriptor.h"
-#include "platform/nt/sid.h"
 
 namespace {
 
-using permora::host::ClaimedBytes;
-using permora::host::DescriptorView;
+using permora::host::DescriptorValue;
 using permora::host::Fail;
 using permora::host::SidOf;
-using permora::nt::Acl;
-using permora::nt::DaclState;
-using permora::nt::SecurityDescriptor;
 
 constexpr SECURITY_INFORMATION kAllParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
                                            DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
@@ -33,29 +25,6 @@ void* LocalCopy(const void* bytes, std::size_t size) {
     void* copy = LocalAlloc(LMEM_FIXED, size);
     if (copy != nullptr) std::memcpy(copy, bytes, size);
     return copy;
-}
-
-// The value of a descriptor in either form; nothing when it is not valid.
-std::optional<SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descriptor) {
-    if (!IsValidSecurityDescriptor(descriptor)) return std::nullopt;
-    const auto view = DescriptorView::Of(descriptor);
-    if (!view) return std::nullopt;
-
-    SecurityDescriptor value;
-    value.control = view->control | SE_SELF_RELATIVE;
-    value.resourceManagerControl = view->resourceManagerControl;
-    value.owner = SidOf(view->owner);
-    value.group = SidOf(view->group);
-    if ((view->control & SE_DACL_PRESENT) != 0) value.daclState = DaclState::kNull;
-    if (view->dacl != nullptr) {
-        auto dacl = Acl::FromBytes(ClaimedBytes(view->dacl));
-        if (!dacl) return std::nullopt;
-        value.daclState = DaclState::kList;
-        value.dacl = std::move(*dacl);
-    }
-    const auto sacl = ClaimedBytes(view->sacl);
-    value.saclBytes.assign(sacl.begin(), sacl.end());
-    return value;
 }
 
 }  // namespace

@@ -1,0 +1,30 @@
+// What all network management services share: their result, the blocks that they hand out, their error codes.
+// Numbers: Microsoft Learn, "Network Management Error Codes". Codes of other ranges are system error codes.
+#pragma once
+
+#include "platform/api/base.h"
+
+#ifdef _WIN32
+
+#include <lm.h>
+
+#else
+
+using NET_API_STATUS = DWORD;
+inline constexpr NET_API_STATUS NERR_Success = 0;
+inline constexpr NET_API_STATUS NERR_UnknownDevDir = 2116;
+inline constexpr NET_API_STATUS NERR_DuplicateShare = 2118;
+inline constexpr NET_API_STATUS NERR_InvalidMaxUsers = 2122;
+inline constexpr NET_API_STATUS NERR_NetNameNotFound = 2310;
+
+// As the length preferred: everything at once.
+inline constexpr DWORD MAX_PREFERRED_LENGTH = 0xFFFFFFFF;
+
+extern "C" {
+
+// Frees what a network management service handed out; null is fine.
+NET_API_STATUS WINAPI NetApiBufferFree(LPVOID buffer);
+
+}  // extern "C"
+
+#endif

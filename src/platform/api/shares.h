@@ -1,0 +1,102 @@
+// The folders, and other things, that this machine offers to the network.
+//
+// Where the shares are kept on Linux: docs/platform.md.
+#pragma once
+
+#include "platform/api/base.h"
+#include "platform/api/network.h"
+#include "platform/api/security.h"
+
+#ifndef _WIN32
+
+// The longest name, in units of UTF-16.
+inline constexpr DWORD NNLEN = 80;
+
+inline constexpr DWORD STYPE_DISKTREE = 0;
+inline constexpr DWORD STYPE_PRINTQ = 1;
+inline constexpr DWORD STYPE_DEVICE = 2;
+inline constexpr DWORD STYPE_IPC = 3;
+inline constexpr DWORD STYPE_SPECIAL = 0x80000000;  // beside one of those above: for administration
+
+inline constexpr DWORD SHI_USES_UNLIMITED = 0xFFFFFFFF;
+
+// Which field a record was refused for.
+inline constexpr DWORD SHARE_NETNAME_PARMNUM = 1;
+inline constexpr DWORD SHARE_TYPE_PARMNUM = 3;
+inline constexpr DWORD SHARE_REMARK_PARMNUM = 4;
+inline constexpr DWORD SHARE_PERMISSIONS_PARMNUM = 5;
+inline constexpr DWORD SHARE_MAX_USES_PARMNUM = 6;
+inline constexpr DWORD SHARE_PATH_PARMNUM = 8;
+inline constexpr DWORD SHARE_PASSWD_PARMNUM = 9;
+inline constexpr DWORD SHARE_FILE_SD_PARMNUM = 501;
+
+struct SHARE_INFO_1 {
+    LPWSTR shi1_netname;
+    DWORD shi1_type;
+    LPWSTR shi1_remark;
+};
+using PSHARE_INFO_1 = SHARE_INFO_1*;
+
+struct SHARE_INFO_2 {
+    LPWSTR shi2_netname;
+    DWORD shi2_type;
+    LPWSTR shi2_remark;
+    DWORD shi2_permissions;
+    DWORD shi2_max_uses;
+    DWORD shi2_current_uses;
+    LPWSTR shi2_path;  // of this machine, with drive letter; empty for what is no folder
+    LPWSTR shi2_passwd;
+};
+using PSHARE_INFO_2 = SHARE_INFO_2*;
+
+struct SHARE_INFO_502 {
+    LPWSTR shi502_netname;
+    DWORD shi502_type;
+    LPWSTR shi502_remark;
+    DWORD shi502_permissions;
+    DWORD shi502_max_uses;
+    DWORD shi502_current_uses;
+    LPWSTR shi502_path;
+    LPWSTR shi502_passwd;
+    DWORD shi502_reserved;
+    PSECURITY_DESCRIPTOR shi502_security_descriptor;  // handed out self-relative; null: the share has none
+};
+using PSHARE_INFO_502 = SHARE_INFO_502*;
+
+extern "C" {
+
+// All answer with NERR_Success, an error code of network.h or a system error code. `server` must be null or
+// this machine (ERROR_BAD_NETPATH). Names of shares have no letter case. Levels are 1, 2 and 502
+// (ERROR_INVALID_LEVEL).
+
+// Records of the level, in the order of the machine's list, for at most `preferredLength` bytes, but at least
+// one; when there are more it returns ERROR_MORE_DATA and `*resume` (which may be null) says where the next
+// call goes on, else `*resume` becomes 0. `*total` is the number of shares from `*resume` on. The records
+// with all that they point to are one block, which the caller frees with NetApiBufferFree.
+NET_API_STATUS WINAPI NetShareEnum(LPWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
+                                   LPDWORD read, LPDWORD total, LPDWORD resume);
+
+// One record, a block of the same kind. NERR_NetNameNotFound; ERROR_INVALID_SECURITY_DESCR at level 502 when
+// the share's descriptor is damaged.
+NET_API_STATUS WINAPI NetShareGetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE* buffer);
+
+// Changes the remark, the greatest number of users and, at level 502, the descriptor (of either form, checked
+// whole; null leaves it as it is) where they differ from what the share has. The other fields must be as they
+// were read: ERROR_INVALID_PARAMETER, and in `*wrongField` (which may be null) its number. What cannot be
+// changed because it is fixed in a file of the server is ERROR_FILE_READ_ONLY. On failure of the first change
+// nothing has changed.
+NET_API_STATUS WINAPI NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE record,
+                                      LPDWORD wrongField);
+
+// Offers a folder to the network, levels 2 and 502. ERROR_INVALID_NAME (platform/share_name.h says which
+// names there are), NERR_DuplicateShare, NERR_UnknownDevDir for a path that is no folder,
+// NERR_InvalidMaxUsers for 0 users.
+NET_API_STATUS WINAPI NetShareAdd(LPWSTR server, DWORD level, LPBYTE record, LPDWORD wrongField);
+
+// Ends the sharing; what was shared stays. `reserved` must be 0. NERR_NetNameNotFound; ERROR_FILE_READ_ONLY
+// as above.
+NET_API_STATUS WINAPI NetShareDel(LPWSTR server, LPWSTR name, DWORD reserved);
+
+}  // extern "C"
+
+#endif

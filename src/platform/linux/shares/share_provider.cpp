@@ -1,0 +1,32 @@
+#include "platform/linux/shares/share_provider.h"
+
+#include "platform/api/text.h"
+#include "platform/linux/base/wide_text.h"
+#include "platform/linux/shares/share_table.h"
+
+namespace permora::host {
+
+const ShareProvider& ThisMachinesShares() {
+    static const ShareTable table;
+    return table;
+}
+
+bool IsSameShare(std::string_view one, std::string_view other) {
+    return one == other || ShareKey(one) == ShareKey(other);
+}
+
+std::u16string ShareKey(std::string_view name) {
+    std::u16string key = ToWide(name);
+    CharUpperBuffW(key.data(), static_cast<DWORD>(key.size()));
+    return key;
+}
+
+Share InterProcessShare() {
+    Share share;
+    share.name = "IPC$";
+    share.type = STYPE_IPC | STYPE_SPECIAL;
+    share.remark = "Remote IPC";
+    return share;
+}
+
+}  // namespace permora::host

@@ -1,0 +1,111 @@
+#include "platform/linux/shares/share_records.h"
+
+#include <array>
+#include <cstring>
+
+#include "platform/api/memory.h"
+#include "platform/linux/base/wide_text.h"
+
+namespace permora::host {
+
+namespace {
+
+// Level 502 begins as level 2 does, and that as level 1: one way of filling them serves all.
+static_assert(offsetof(SHARE_INFO_2, shi2_remark) == offsetof(SHARE_INFO_1, shi1_remark));
+static_assert(offsetof(SHARE_INFO_502, shi502_path) == offsetof(SHARE_INFO_2, shi2_path));
+
+// In descriptors numbers have four bytes.
+constexpr std::size_t kDescriptorAlignment = 4;
+
+std::size_t RecordBytes(DWORD level) {
+    if (level == 1) return sizeof(SHARE_INFO_1);
+    return level == 2 ? sizeof(SHARE_INFO_2) : sizeof(SHARE_INFO_502);
+}
+
+// What a record points to.
+struct Parts {
+    std::array<std::u16string, 3> texts;  // name, remark, path
+    std::span<const std::uint8_t> descriptor;
+
+    std::size_t DescriptorBytes() const {
+        return (descriptor.size() + kDescriptorAlignment - 1) / kDescriptorAlignment * kDescriptorAlignment;
+    }
+    std::size_t TextBytes() const {
+        std::size_t bytes = 0;
+        for (const std::u16string& text : texts)
+            bytes += (text.size() + 1) * sizeof(WCHAR);
+        return bytes;
+    }
+};
+
+Parts PartsOf(const Share& share, DWORD level) {
+    Parts parts{{ToWide(share.name), ToWide(share.remark), ToWide(level == 1 ? "" : share.path)}, {}};
+    if (level == 502) parts.descriptor = share.descriptor;
+    return parts;
+}
+
+LPWSTR StoreText(const std::u16string& text, LPBYTE& place) {
+    auto* stored = reinterpret_cast<LPWSTR>(place);
+    std::memcpy(place, text.c_str(), (text.size() + 1) * sizeof(WCHAR));
+    place += (text.size() + 1) * sizeof(WCHAR);
+    return stored;
+}
+
+}  // namespace
+
+bool IsShareLevel(DWORD level) {
+    return level == 1 || level == 2 || level == 502;
+}
+
+LPBYTE MakeShareRecords(std::span<const Share> shares, DWORD level, std::size_t limit, std::size_t& count) {
+    std::vector<Parts> chosen;
+    std::size_t total = 0;
+    std::size_t descriptors = 0;
+    for (const Share& share : shares) {
+        Parts parts = PartsOf(share, level);
+        const std::size_t bytes = RecordBytes(level) + parts.DescriptorBytes() + parts.TextBytes();
+        if (!chosen.empty() && total + bytes > limit) break;
+        total += bytes;
+        descriptors += parts.DescriptorBytes();
+        chosen.push_back(std::move(parts));
+    }
+    auto* block = static_cast<LPBYTE>(LocalAlloc(LPTR, total));
+    if (block == nullptr) return nullptr;
+    // Records, then descriptors, then texts, which keeps all of them aligned.
+    LPBYTE record = block;
+    LPBYTE descriptor = block + chosen.size() * RecordBytes(level);
+    LPBYTE text = descriptor + descriptors;
+    for (std::size_t i = 0; i < chosen.size(); ++i, record += RecordBytes(level)) {
+        const Share& share = shares[i];
+        SHARE_INFO_502 whole{};
+        whole.shi502_netname = StoreText(chosen[i].texts[0], text);
+        whole.shi502_type = share.type;
+        whole.shi502_remark = StoreText(chosen[i].texts[1], text);
+        whole.shi502_permissions = share.permissions;
+        whole.shi502_max_uses = share.maxUses;
+        whole.shi502_current_uses = share.currentUses;
+        whole.shi502_path = StoreText(chosen[i].texts[2], text);
+        if (const auto bytes = chosen[i].descriptor; !bytes.empty()) {
+            std::memcpy(descriptor, bytes.data(), bytes.size());
+            whole.shi502_security_descriptor = descriptor;
+            descriptor += chosen[i].DescriptorBytes();
+        }
+        std::memcpy(record, &whole, RecordBytes(level));
+    }
+    count = chosen.size();
+    return block;
+}
+
+ShareRecord ReadShareRecord(DWORD level, const BYTE* record) {
+    SHARE_INFO_502 whole{};
+    std::memcpy(&whole, record, RecordBytes(level));
+    ShareRecord read{whole.shi502_netname, whole.shi502_type, whole.shi502_remark, std::nullopt,
+                     whole.shi502_security_descriptor};
+    if (level != 1) {
+        read.limits = ShareRecord::Limits{whole.shi502_permissions, whole.shi502_max_uses, whole.shi502_path,
+                                          whole.shi502_passwd};
+    }
+    return read;
+}
+
+}  // namespace permora::host

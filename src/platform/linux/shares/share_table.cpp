@@ -1,0 +1,199 @@
+#include "platform/linux/shares/share_table.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "platform/linux/accounts/account_names.h"
+#include "platform/linux/registry/registry_places.h"
+#include "platform/linux/registry/registry_store.h"
+#include "platform/nt/security_descriptor.h"
+
+namespace permora::host {
+
+namespace {
+
+const std::string kSharesKey =
+    "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\LanmanServer\\Shares";
+const std::string kSecurityKey = kSharesKey + "\\Security";
+
+RegistryStore MachineStore() {
+    return {MachineRegistryFolder(), RegistryAudience::kEveryone};
+}
+
+// --- The texts of one share: "Name=value" each.
+
+using Texts = std::vector<std::string>;
+
+Texts SplitTexts(const std::vector<std::uint8_t>& data) {
+    Texts texts;
+    std::string_view rest(reinterpret_cast<const char*>(data.data()), data.size());
+    while (!rest.empty() && rest.front() != '\0') {
+        texts.emplace_back(rest.substr(0, rest.find('\0')));
+        rest.remove_prefix(std::min(texts.back().size() + 1, rest.size()));
+    }
+    return texts;
+}
+
+std::vector<std::uint8_t> JoinTexts(const Texts& texts) {
+    std::vector<std::uint8_t> data;
+    for (const std::string& text : texts)
+        data.insert(data.end(), text.c_str(), text.c_str() + text.size() + 1);
+    data.push_back(0);
+    return data;
+}
+
+std::string* FindText(Texts& texts, std::string_view field) {
+    const auto found = std::find_if(texts.begin(), texts.end(), [field](std::string_view text) {
+        return text.starts_with(field) && text.substr(field.size()).starts_with('=');
+    });
+    return found != texts.end() ? &*found : nullptr;
+}
+
+std::optional<std::string> TextOf(Texts& texts, std::string_view field) {
+    const std::string* text = FindText(texts, field);
+    if (text == nullptr) return std::nullopt;
+    return text->substr(field.size() + 1);
+}
+
+void SetText(Texts& texts, std::string_view field, std::string_view value) {
+    std::string text(field);
+    text.append("=").append(value);
+    if (std::string* old = FindText(texts, field); old != nullptr) {
+        *old = std::move(text);
+    } else {
+        texts.push_back(std::move(text));
+    }
+}
+
+// A field that is missing keeps what `number` has.
+bool ReadNumber(Texts& texts, std::string_view field, DWORD& number) {
+    const std::optional<std::string> text = TextOf(texts, field);
+    if (!text) return true;
+    const char* end = text->data() + text->size();
+    const auto [stop, error] = std::from_chars(text->data(), end, number);
+    return error == std::errc() && stop == end;
+}
+
+// --- Reading.
+
+std::optional<Share> ShareOf(const RegistryValue& value) {
+    if (value.type != REG_MULTI_SZ) return std::nullopt;
+    Share share;
+    share.name = value.name;
+    Texts texts = SplitTexts(value.data);
+    const bool areNumbers = ReadNumber(texts, "Type", share.type) &&
+                            ReadNumber(texts, "Permissions", share.permissions) &&
+                            ReadNumber(texts, "MaxUses", share.maxUses);
+    std::optional<std::string> path = TextOf(texts, "Path");
+    const bool isFolder = (share.type & ~STYPE_SPECIAL) == STYPE_DISKTREE;
+    if (!areNumbers || (isFolder && !path)) return std::nullopt;
+    share.path = std::move(path).value_or("");
+    share.remark = TextOf(texts, "Remark").value_or("");
+    return share;
+}
+
+DWORD ReadDescriptor(const RegistryDocument& document, Share& share) {
+    RegistryValue value;
+    const auto lookup = document.FindValue(kSecurityKey, share.name, value);
+    if (lookup == RegistryDocument::Lookup::kMissing) return ERROR_SUCCESS;
+    if (lookup == RegistryDocument::Lookup::kDamaged || value.type != REG_BINARY ||
+        !nt::SecurityDescriptor::FromBytes(value.data)) {
+        return ERROR_INVALID_SECURITY_DESCR;
+    }
+    share.descriptor = std::move(value.data);
+    return ERROR_SUCCESS;
+}
+
+// The name as the document spells it; nothing when it keeps no such share.
+std::optional<std::string> FindKeptName(const RegistryDocument& document, std::string_view name) {
+    for (const std::string& kept : document.ValueNamesOf(kSharesKey)) {
+        if (IsSameShare(kept, name)) return kept;
+    }
+    return std::nullopt;
+}
+
+// --- Writing.
+
+DWORD ChangeTexts(RegistryDocument& document, const std::string& name, const ShareChange& change) {
+    RegistryValue value;
+    if (document.FindValue(kSharesKey, name, value) != RegistryDocument::Lookup::kFound) return ERROR_BADDB;
+    Texts texts = SplitTexts(value.data);
+    if (change.remark) SetText(texts, "Remark", *change.remark);
+    if (change.maxUses) SetText(texts, "MaxUses", std::to_string(*change.maxUses));
+    value.data = JoinTexts(texts);
+    document.SetValue(kSharesKey, value);
+    return ERROR_SUCCESS;
+}
+
+// What a change or removal of a share that is not kept is answered with.
+DWORD NotKept(std::string_view name) {
+    return IsSameShare(name, InterProcessShare().name) ? ERROR_NOT_SUPPORTED : NERR_NetNameNotFound;
+}
+
+}  // namespace
+
+DWORD ShareTable::List(std::vector<Share>& shares) const {
+    RegistryDocument document;
+    const DWORD error = MachineStore().Read(document);
+    if (error != ERROR_SUCCESS) return error;
+    std::vector<Share> found;
+    const Share interProcess = InterProcessShare();
+    bool hasInterProcess = false;
+    for (const RegistryValue& value : document.ValuesOf(kSharesKey)) {
+        std::optional<Share> share = IsPlainAccountName(value.name) ? ShareOf(value) : std::nullopt;
+        if (!share) continue;
+        hasInterProcess = hasInterProcess || IsSameShare(share->name, interProcess.name);
+        found.push_back(*std::move(share));
+    }
+    if (!hasInterProcess) found.push_back(interProcess);
+    shares = std::move(found);
+    return ERROR_SUCCESS;
+}
+
+DWORD ShareTable::ReadDescriptors(std::span<Share> shares) const {
+    RegistryDocument document;
+    DWORD error = MachineStore().Read(document);
+    for (std::size_t i = 0; error == ERROR_SUCCESS && i < shares.size(); ++i)
+        error = ReadDescriptor(document, shares[i]);
+    return error;
+}
+
+DWORD ShareTable::Change(std::string_view name, const ShareChange& change) const {
+    return MachineStore().Change([&](RegistryDocument& document) {
+        const std::optional<std::string> kept = FindKeptName(document, name);
+        if (!kept) return NotKept(name);
+        if (change.descriptor) document.SetValue(kSecurityKey, {*kept, REG_BINARY, *change.descriptor});
+        return change.remark || change.maxUses ? ChangeTexts(document, *kept, change) : ERROR_SUCCESS;
+    });
+}
+
+DWORD ShareTable::Add(const Share& share) const {
+    return MachineStore().Change([&share](RegistryDocument& document) -> DWORD {
+        if (FindKeptName(document, share.name)) return NERR_DuplicateShare;
+        const Texts texts = {"CSCFlags=0",
+                             "MaxUses=" + std::to_string(share.maxUses),
+                             "Path=" + share.path,
+                             "Permissions=" + std::to_string(share.permissions),
+                             "Remark=" + share.remark,
+                             "Type=" + std::to_string(share.type)};
+        document.SetValue(kSharesKey, {share.name, REG_MULTI_SZ, JoinTexts(texts)});
+        // One that an earlier share of this name has left behind would count for this one.
+        document.RemoveValue(kSecurityKey, share.name);
+        if (!share.descriptor.empty())
+            document.SetValue(kSecurityKey, {share.name, REG_BINARY, share.descriptor});
+        return ERROR_SUCCESS;
+    });
+}
+
+DWORD ShareTable::Remove(std::string_view name) const {
+    return MachineStore().Change([name](RegistryDocument& document) {
+        const std::optional<std::string> kept = FindKeptName(document, name);
+        if (!kept) return NotKept(name);
+        document.RemoveValue(kSharesKey, *kept);
+        document.RemoveValue(kSecurityKey, *kept);
+        return ERROR_SUCCESS;
+    });
+}
+
+}  // namespace permora::host
