@@ -62,9 +62,7 @@ bool ReadObjectDacl(HWND owner, LPCSTR path, ItemPlace place, ObjectSecurity& ob
         return false;
     }
     if (read.dacl == nullptr) {
-        ShowInfoBox(owner,
-                    "There is no any access control list associated with object (All access is currently "
-                    "allowed).");
+        ShowInfoBox(owner, kNullListText);
     }
     read.inheritance = InheritanceOf(read.descriptor.get());
     read.entries.LoadFromDacl(read.dacl);

@@ -13,6 +13,10 @@
 
 namespace permora {
 
+// What is said of a null list.
+inline constexpr const char* kNullListText =
+    "There is no any access control list associated with object (All access is currently allowed).";
+
 // Which volume an item stands on.
 enum class ItemPlace {
     kCurrentDirectory,  // a name relative to the current directory, on whose volume it is

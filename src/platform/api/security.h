@@ -192,6 +192,13 @@ BOOL WINAPI AddAccessAllowedAceEx(PACL acl, DWORD revision, DWORD flags, DWORD m
 BOOL WINAPI AddAccessDeniedAceEx(PACL acl, DWORD revision, DWORD flags, DWORD mask, PSID sid);
 
 // --- Security descriptors, absolute or self-relative.
+
+// An absolute descriptor that has nothing yet. The revision must be SECURITY_DESCRIPTOR_REVISION.
+BOOL WINAPI InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor, DWORD revision);
+// Puts a list into an absolute descriptor, which goes on pointing to it; a null list that is present allows
+// everyone everything. A self-relative descriptor is ERROR_INVALID_SECURITY_DESCR.
+BOOL WINAPI SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, BOOL present, PACL dacl,
+                                      BOOL defaulted);
 BOOL WINAPI IsValidSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor);
 DWORD WINAPI GetSecurityDescriptorLength(PSECURITY_DESCRIPTOR descriptor);
 BOOL WINAPI GetSecurityDescriptorControl(PSECURITY_DESCRIPTOR descriptor,

@@ -69,6 +69,29 @@ void* Store(const Place& place, const Part& part) {
 
 }  // namespace
 
+BOOL WINAPI InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor, DWORD revision) {
+    if (descriptor == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    if (revision != SECURITY_DESCRIPTOR_REVISION) return Fail(ERROR_UNKNOWN_REVISION);
+    SECURITY_DESCRIPTOR header{};
+    header.Revision = SECURITY_DESCRIPTOR_REVISION;
+    std::memcpy(descriptor, &header, sizeof header);
+    return TRUE;
+}
+
+BOOL WINAPI SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, BOOL present, PACL dacl,
+                                      BOOL defaulted) {
+    const auto view = DescriptorView::Of(descriptor);
+    if (!view || IsSelfRelative(*view)) return Fail(ERROR_INVALID_SECURITY_DESCR);
+    SECURITY_DESCRIPTOR header{};
+    std::memcpy(&header, descriptor, sizeof header);
+    header.Control &= static_cast<WORD>(~(SE_DACL_PRESENT | SE_DACL_DEFAULTED));
+    if (present != FALSE) header.Control |= SE_DACL_PRESENT;
+    if (present != FALSE && defaulted != FALSE) header.Control |= SE_DACL_DEFAULTED;
+    header.Dacl = present != FALSE ? dacl : nullptr;
+    std::memcpy(descriptor, &header, sizeof header);
+    return TRUE;
+}
+
 BOOL WINAPI IsValidSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor) {
     const auto view = DescriptorView::Of(descriptor);
     return view && AreValid(PartsOf(*view));
