@@ -24,8 +24,6 @@
 namespace permora::host {
 namespace {
 
-constexpr const char* kDosAttribute = "user.DOSATTRIB";
-
 constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                             FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_TEMPORARY | FILE_ATTRIBUTE_OFFLINE |
                             FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
@@ -131,17 +129,6 @@ int WriteForSamba(const ObjectHandle& object, DosAttribute present, DWORD attrib
     return WriteExtendedAttribute(object, kDosAttribute, present.ToBytes());
 }
 
-DWORD WriteAttributes(const ObjectHandle& object, DWORD attributes) {
-    if (object.IsFolder() && (attributes & FILE_ATTRIBUTE_TEMPORARY) != 0) return ERROR_INVALID_PARAMETER;
-    StoredAttributes stored;
-    const DWORD error = ReadStored(ReaderOf(object), AttributeStore::kAsk, stored);
-    if (error != ERROR_SUCCESS) return error;
-    const int failure = stored.onNtfs
-                            ? WriteOnNtfs(object, *stored.onNtfs, attributes)
-                            : WriteForSamba(object, stored.fromSamba.value_or(DosAttribute{}), attributes);
-    return failure == 0 ? ERROR_SUCCESS : ErrorFromErrno(failure);
-}
-
 // The volume's own on NTFS, in the system's form; elsewhere the host's, where the file system keeps it.
 FILETIME CreationTimeOf(const ObjectHandle& object) {
     FILETIME time{};
@@ -188,6 +175,17 @@ DWORD ReadAttributes(const ObjectHandle& object, const ObjectHandle& parent, DWO
     const struct stat& status = object.Status();
     attributes = Join(stored, status, AttributesOfKind(status, leadsToFolder));
     return ERROR_SUCCESS;
+}
+
+DWORD WriteAttributes(const ObjectHandle& object, DWORD attributes) {
+    if (object.IsFolder() && (attributes & FILE_ATTRIBUTE_TEMPORARY) != 0) return ERROR_INVALID_PARAMETER;
+    StoredAttributes stored;
+    const DWORD error = ReadStored(ReaderOf(object), AttributeStore::kAsk, stored);
+    if (error != ERROR_SUCCESS) return error;
+    const int failure = stored.onNtfs
+                            ? WriteOnNtfs(object, *stored.onNtfs, attributes)
+                            : WriteForSamba(object, stored.fromSamba.value_or(DosAttribute{}), attributes);
+    return failure == 0 ? ERROR_SUCCESS : ErrorFromErrno(failure);
 }
 
 }  // namespace permora::host

@@ -11,6 +11,9 @@ namespace permora::host {
 // The volume's own on NTFS, through ntfs-3g and the kernel's ntfs3 alike: four bytes in the host's order.
 inline constexpr const char* kNtfsAttribute = "system.ntfs_attrib";
 
+// Where Samba keeps them (dos_attribute.h).
+inline constexpr const char* kDosAttribute = "user.DOSATTRIB";
+
 // Where the objects of a volume keep their attributes. Who lists a folder asks once and not for each object.
 enum class AttributeStore {
     kAsk,    // every object is asked for the volume's own, and without them for Samba's
@@ -28,5 +31,8 @@ DWORD ReadAttributesAt(int folder, const char* hostName, const struct stat& stat
 // FILE_ATTRIBUTE_ flags of an object. Whether a link leads to a folder is asked only with the folder in which
 // it lies, `parent`, which may be empty. Otherwise the same.
 DWORD ReadAttributes(const ObjectHandle& object, const ObjectHandle& parent, DWORD& attributes);
+
+// Writes the flags that can be set and leaves the others. 0 or an error code: what SetFileAttributesA says.
+DWORD WriteAttributes(const ObjectHandle& object, DWORD attributes);
 
 }  // namespace permora::host

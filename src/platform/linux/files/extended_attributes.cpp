@@ -92,6 +92,33 @@ int ReadExtendedAttributeAt(int folder, const char* hostName, const char* name,
         [&](void* buffer, std::size_t size) { return lgetxattr(path.c_str(), name, buffer, size); }, value);
 }
 
+std::vector<std::string> SplitAttributeList(std::span<const std::uint8_t> list) {
+    std::vector<std::string> texts;
+    for (auto start = list.begin(); start != list.end();) {
+        const auto end = std::find(start, list.end(), std::uint8_t{0});
+        if (end != start) texts.emplace_back(start, end);
+        start = end == list.end() ? end : end + 1;
+    }
+    return texts;
+}
+
+int ListExtendedAttributes(const ObjectHandle& object, std::vector<std::string>& names) {
+    const DescriptorPath path(object.Descriptor());
+    std::vector<std::uint8_t> list;
+    for (;;) {
+        const ssize_t size = listxattr(path.Text(), nullptr, 0);
+        if (size < 0) return errno;
+        list.resize(static_cast<std::size_t>(size));
+        const ssize_t length =
+            size == 0 ? 0 : listxattr(path.Text(), reinterpret_cast<char*>(list.data()), list.size());
+        if (length >= 0) {
+            names = SplitAttributeList(std::span(list).first(static_cast<std::size_t>(length)));
+            return 0;
+        }
+        if (errno != ERANGE) return errno;  // ERANGE: it grew meanwhile
+    }
+}
+
 int AskExtendedAttribute(const ObjectHandle& object, const char* name) {
     return getxattr(DescriptorPath(object.Descriptor()).Text(), name, nullptr, 0) >= 0 ? 0 : errno;
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "platform/linux/files/object_handle.h"
@@ -25,6 +26,12 @@ int AskExtendedAttribute(const ObjectHandle& object, const char* name);
 // those who go through many entries: two calls fewer than a handle costs. Otherwise as above.
 int ReadExtendedAttributeAt(int folder, const char* hostName, const char* name,
                             std::vector<std::uint8_t>& value);
+
+// The names of the object's attributes. Returns 0 or an errno value.
+int ListExtendedAttributes(const ObjectHandle& object, std::vector<std::string>& names);
+
+// The texts of such a list, in which each ends with a NUL.
+std::vector<std::string> SplitAttributeList(std::span<const std::uint8_t> list);
 
 // Replaces the attribute in one call; the object holds either the old value or the new one. Returns 0 or an
 // errno.

@@ -20,5 +20,9 @@ namespace host {
 // ERROR_ACCESS_DENIED for a file or folder with the read-only attribute.
 DWORD RefuseReadOnly(const ObjectHandle& object);
 
+// ERROR_NOT_SUPPORTED for what ntfs-3g shows as a broken link because it has no means to read it, such as a
+// file that the system compressed in its own way.
+DWORD RefuseUnreadableFile(const ObjectHandle& object);
+
 }  // namespace host
 }  // namespace permora

@@ -55,22 +55,6 @@ DWORD HoldFile(int folder, const std::string& hostName, ObjectHandle& file) {
     return ERROR_SUCCESS;
 }
 
-// ntfs-3g shows as a broken link what it has no means to read, such as a file whose contents the system has
-// compressed in its own way. What leads elsewhere, and so has no contents, says so in its tag: the bit of
-// name surrogates in MS-FSCC, 2.1.2.1, or the tag of the UNIX objects of NFS servers there.
-DWORD RefuseUnreadableFile(const ObjectHandle& object) {
-    constexpr DWORD kLeadsElsewhere = 0x20000000;
-    constexpr DWORD kNfsObject = 0x80000014;
-    if (!object.IsLink()) return ERROR_SUCCESS;
-    std::vector<std::uint8_t> data;
-    const int problem = ReadExtendedAttribute(object, "system.ntfs_reparse_data", data);
-    if (problem != 0) return IsAbsent(problem) ? ERROR_SUCCESS : ErrorFromErrno(problem);
-    DWORD tag = 0;
-    if (data.size() < sizeof tag) return ERROR_NOT_SUPPORTED;
-    std::memcpy(&tag, data.data(), sizeof tag);
-    return (tag & kLeadsElsewhere) != 0 || tag == kNfsObject ? ERROR_SUCCESS : ERROR_NOT_SUPPORTED;
-}
-
 DWORD SectorBytesOf(const std::string& device) {
     // A partition has no queue, but the disk in whose folder it lies has.
     for (const char* place : {"/queue", "/../queue"}) {
@@ -88,6 +72,23 @@ DWORD RemoveName(int folder, const std::string& hostName, int flags) {
 }
 
 }  // namespace
+
+// ntfs-3g shows as a broken link what it has no means to read, such as a file whose contents the system has
+// compressed in its own way. What leads elsewhere, and so has no contents, says so in its tag: the bit of
+// name surrogates in MS-FSCC, 2.1.2.1, or the tag of the UNIX objects of NFS servers there.
+DWORD RefuseUnreadableFile(const ObjectHandle& object) {
+    constexpr DWORD kLeadsElsewhere = 0x20000000;
+    constexpr DWORD kNfsObject = 0x80000014;
+    if (!object.IsLink()) return ERROR_SUCCESS;
+    std::vector<std::uint8_t> data;
+    const int problem = ReadExtendedAttribute(object, "system.ntfs_reparse_data", data);
+    if (problem != 0) return IsAbsent(problem) ? ERROR_SUCCESS : ErrorFromErrno(problem);
+    DWORD tag = 0;
+    if (data.size() < sizeof tag) return ERROR_NOT_SUPPORTED;
+    std::memcpy(&tag, data.data(), sizeof tag);
+    return (tag & kLeadsElsewhere) != 0 || tag == kNfsObject ? ERROR_SUCCESS : ERROR_NOT_SUPPORTED;
+}
+
 }  // namespace host
 
 using host::ObjectHandle;

@@ -81,16 +81,26 @@ std::string ReadMountTable() {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-std::optional<MountEntry> MountOf(const ObjectHandle& object) {
+std::optional<std::uint64_t> MountIdOf(const ObjectHandle& object) {
     struct statx status {};
     if (statx(object.Descriptor(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_MNT_ID, &status) != 0)
         return std::nullopt;
     if ((status.stx_mask & STATX_MNT_ID) == 0) return std::nullopt;
-    const std::string id = std::to_string(status.stx_mnt_id);
+    return status.stx_mnt_id;
+}
+
+std::optional<MountEntry> MountOf(const ObjectHandle& object) {
+    const std::optional<std::uint64_t> number = MountIdOf(object);
+    if (!number) return std::nullopt;
+    const std::string id = std::to_string(*number);
     for (MountEntry& entry : ParseMountTable(ReadMountTable())) {
         if (entry.id == id) return std::move(entry);
     }
     return std::nullopt;
+}
+
+bool AreOnOneMount(const ObjectHandle& one, const ObjectHandle& other) {
+    return one.Status().st_dev == other.Status().st_dev && MountIdOf(one) == MountIdOf(other);
 }
 
 }  // namespace permora::host

@@ -1,6 +1,7 @@
 // The kernel's table of mounted volumes. Format: proc(5), /proc/[pid]/mountinfo.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,7 +30,14 @@ bool IsAtOrBelow(std::string_view hostPath, std::string_view folder);
 // The text of the table as the machine stands now; empty when it cannot be read.
 std::string ReadMountTable();
 
+// The kernel's number of the mount through which the object was reached, if it says.
+std::optional<std::uint64_t> MountIdOf(const ObjectHandle& object);
+
 // The mount through which the object was reached, if the kernel says.
 std::optional<MountEntry> MountOf(const ObjectHandle& object);
+
+// Whether objects can be renamed from the one folder to the other: both lie on one volume and were reached
+// through one mount.
+bool AreOnOneMount(const ObjectHandle& one, const ObjectHandle& other);
 
 }  // namespace permora::host

@@ -3,22 +3,18 @@
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/vfs.h>
-#include <sys/xattr.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <utility>
 
 #include "platform/linux/base/host_errors.h"
-#include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/extended_attributes.h"
 #include "platform/linux/files/unmounted_entry.h"
 
 namespace permora::host {
 namespace {
 
-constexpr const char* kListAttribute = "ntfs.streams.list";
 constexpr std::string_view kAttributePrefix = "user.";
 
 // Replaced at the flush, by a value of the length that it had. Through the held object and not through a
@@ -52,27 +48,6 @@ class StreamAttribute : public OverwrittenFile {
     std::vector<std::uint8_t> value;
 };
 
-// The texts of a list in which each ends with a NUL.
-std::vector<std::string> SplitList(const std::vector<std::uint8_t>& list) {
-    std::vector<std::string> texts;
-    for (auto start = list.begin(); start != list.end();) {
-        const auto end = std::find(start, list.end(), std::uint8_t{0});
-        if (end != start) texts.emplace_back(start, end);
-        start = end == list.end() ? end : end + 1;
-    }
-    return texts;
-}
-
-DWORD ReadAttributeNames(const ObjectHandle& file, std::vector<std::string>& names) {
-    std::vector<std::uint8_t> list(XATTR_LIST_MAX);
-    const ssize_t length = listxattr(DescriptorPath(file.Descriptor()).Text(),
-                                     reinterpret_cast<char*>(list.data()), list.size());
-    if (length < 0) return ErrorFromErrno(errno);
-    list.resize(static_cast<std::size_t>(length));
-    names = SplitList(list);
-    return ERROR_SUCCESS;
-}
-
 DWORD OpenStreamAttribute(const ObjectHandle& file, const std::string& stream,
                           std::shared_ptr<OverwrittenFile>& opened) {
     std::string name = std::string(kAttributePrefix) + stream;
@@ -91,10 +66,10 @@ DWORD OpenStreamAttribute(const ObjectHandle& file, const std::string& stream,
 
 DWORD ListStreams(const ObjectHandle& file, std::vector<std::string>& names, StreamAccess& access) {
     std::vector<std::uint8_t> list;
-    const int problem = ReadExtendedAttribute(file, kListAttribute, list);
+    const int problem = ReadExtendedAttribute(file, kStreamListAttribute, list);
     if (problem != 0 && !IsAbsent(problem)) return ErrorFromErrno(problem);
     if (problem == 0) {
-        names = SplitList(list);
+        names = SplitAttributeList(list);
         access = names.empty() ? StreamAccess::kNone : StreamAccess::kFiles;
         return ERROR_SUCCESS;
     }
@@ -106,7 +81,8 @@ DWORD ListStreams(const ObjectHandle& file, std::vector<std::string>& names, Str
         return ERROR_SUCCESS;
     }
     std::vector<std::string> attributes;
-    if (const DWORD error = ReadAttributeNames(file, attributes); error != ERROR_SUCCESS) return error;
+    if (const int failure = ListExtendedAttributes(file, attributes); failure != 0)
+        return ErrorFromErrno(failure);
     std::vector<std::string> streams;
     for (const std::string& attribute : attributes) {
         if (attribute.starts_with(kAttributePrefix))

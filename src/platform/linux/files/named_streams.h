@@ -14,6 +14,9 @@
 
 namespace permora::host {
 
+// The list of a file's streams, of those volumes alone that show them as files.
+inline constexpr const char* kStreamListAttribute = "ntfs.streams.list";
+
 enum class StreamAccess {
     kNone,        // no stream, or no way to any
     kFiles,       // as files

@@ -1,10 +1,17 @@
 #include "platform/linux/security/new_object.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
 #include <utility>
 
 #include "platform/linux/accounts/unix_accounts.h"
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/unmounted_entry.h"
 #include "platform/nt/ace_bits.h"
 #include "platform/nt/inheritance.h"
 #include "platform/nt/sid.h"
@@ -19,11 +26,19 @@ void AddFullControl(const nt::Sid& account, nt::Acl& list) {
     list.entries.push_back(std::move(entry));
 }
 
+bool HandsDown(const nt::SecurityDescriptor& parent) {
+    constexpr std::uint8_t kHandedDown = nt::kObjectInherit | nt::kContainerInherit;
+    return parent.daclState == nt::DaclState::kList &&
+           std::any_of(parent.dacl.entries.begin(), parent.dacl.entries.end(),
+                       [](const nt::Ace& entry) { return (entry.flags & kHandedDown) != 0; });
+}
+
 }  // namespace
 
 DWORD NewObjectSecurity::Of(const ObjectHandle& folder, NewObjectSecurity& security) {
     NewObjectSecurity made;
     const DWORD error = made.store.Read(folder, made.parent);
+    made.handsDown = HandsDown(made.parent);
     if (error == ERROR_SUCCESS) security = std::move(made);
     return error;
 }
@@ -31,6 +46,8 @@ DWORD NewObjectSecurity::Of(const ObjectHandle& folder, NewObjectSecurity& secur
 DWORD NewObjectSecurity::Give(const ObjectHandle& object) {
     if (!store.CanHold(object)) return ERROR_SUCCESS;
     const bool hasHostOwners = store.HasHostOwners(object);
+    // The usual case, and that of many small files.
+    if (hasHostOwners && !handsDown) return ERROR_SUCCESS;
     const nt::Sid owner = SidForUser(hasHostOwners ? object.Status().st_uid : geteuid());
     const nt::Sid group = SidForGroup(hasHostOwners ? object.Status().st_gid : getegid());
     nt::SecurityDescriptor descriptor = nt::NewObjectDescriptor(parent, object.Kind(), owner, group);
@@ -42,6 +59,25 @@ DWORD NewObjectSecurity::Give(const ObjectHandle& object) {
         descriptor.control |= nt::kDaclPresent;
     }
     return store.Write(object, descriptor);
+}
+
+DWORD NewObjectSecurity::MakeFolder(const ObjectHandle& folder, const std::string& hostName, mode_t mode,
+                                    ObjectHandle& made) {
+    if (mkdirat(folder.Descriptor(), hostName.c_str(), mode) != 0) return ErrorFromErrno(errno);
+    UniqueFd opened;
+    ObjectHandle object;
+    const int problem =
+        OpenUnmountedEntry(folder.Descriptor(), hostName.c_str(), O_PATH | O_DIRECTORY, opened);
+    // Something else may have taken its place by now: then it is not ours to change, nor to remove.
+    if (problem != 0) return ErrorFromErrno(problem);
+    DWORD error = ObjectHandle::Adopt(std::move(opened), object);
+    if (error == ERROR_SUCCESS) error = Give(object);
+    if (error != ERROR_SUCCESS) {
+        unlinkat(folder.Descriptor(), hostName.c_str(), AT_REMOVEDIR);
+        return error;
+    }
+    made = std::move(object);
+    return ERROR_SUCCESS;
 }
 
 }  // namespace permora::host

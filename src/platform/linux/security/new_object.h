@@ -1,7 +1,9 @@
 // The security descriptors of objects that are made in a folder.
 #pragma once
 
-#include <optional>
+#include <sys/types.h>
+
+#include <string>
 
 #include "platform/linux/files/object_handle.h"
 #include "platform/linux/security/descriptor_store.h"
@@ -22,9 +24,15 @@ class NewObjectSecurity {
     // go on speaking. An object that can hold none gets none. 0 or an error code.
     DWORD Give(const ObjectHandle& object);
 
+    // Makes a folder in it, with its descriptor, and holds it. `mode` is that of mkdir(2). A failure leaves
+    // no folder, and `made` as it was.
+    DWORD MakeFolder(const ObjectHandle& folder, const std::string& hostName, mode_t mode,
+                     ObjectHandle& made);
+
   private:
     DescriptorStore store;
     nt::SecurityDescriptor parent;
+    bool handsDown = false;  // whether it has entries for others than the folder itself
 };
 
 }  // namespace permora::host

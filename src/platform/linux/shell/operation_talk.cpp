@@ -1,6 +1,9 @@
 #include "platform/linux/shell/operation_talk.h"
 
+#include <algorithm>
+
 #include "platform/api/errors.h"
+#include "platform/linux/base/time.h"
 
 namespace permora::host {
 namespace {
@@ -19,6 +22,16 @@ bool IsYes(FileOperationAnswer answer) {
 
 }  // namespace
 
+FileOperationObject DescribeObject(std::string path, const ObjectHandle& object) {
+    FileOperationObject described;
+    described.path = std::move(path);
+    described.isFolder = object.IsFolder();
+    const struct stat& status = object.Status();
+    if (S_ISREG(status.st_mode)) described.size = static_cast<ULONGLONG>(status.st_size);
+    described.lastWrite = FileTimeOf(status.st_mtim);
+    return described;
+}
+
 OperationTalk::OperationTalk(FileOperationHost& user, FileOperationKind operation) : host(user) {
     progress.kind = operation;
 }
@@ -26,8 +39,12 @@ OperationTalk::OperationTalk(FileOperationHost& user, FileOperationKind operatio
 bool OperationTalk::GoesOn() {
     const steady_clock::time_point now = steady_clock::now();
     if (isCancelled || now < nextReport) return !isCancelled;
-    if (!host.Report(progress)) isCancelled = isIncomplete = true;
-    nextReport = now + kPace;
+    progress.itemsTotal = std::max<ULONGLONG>(totals.Items(), progress.itemsDone);
+    progress.bytesTotal = std::max<ULONGLONG>(totals.Bytes(), progress.bytesDone);
+    progress.isTotalKnown = totals.AreKnown();
+    if (!host.Report(progress)) isCancelled = true;
+    // From the end of the report: a slow user does not take all the time of the work.
+    nextReport = steady_clock::now() + kPace;
     return !isCancelled;
 }
 
@@ -43,10 +60,24 @@ FileOperationAnswer OperationTalk::Ask(FileOperationQuestion question) {
     return answer;
 }
 
+void OperationTalk::PassOver(DWORD error) {
+    ++passedOver;
+    if (firstError == ERROR_SUCCESS) firstError = error;
+}
+
 bool OperationTalk::Agrees(FileOperationQuestion question) {
     const bool agrees = IsYes(Ask(std::move(question)));
-    if (!agrees) isIncomplete = true;
+    if (!agrees) PassOver(ERROR_SUCCESS);
     return agrees;
+}
+
+bool OperationTalk::Agrees(FileOperationQuestionKind kind, FileOperationObject source,
+                           FileOperationObject target) {
+    FileOperationQuestion question;
+    question.kind = kind;
+    question.source = std::move(source);
+    question.target = std::move(target);
+    return Agrees(std::move(question));
 }
 
 OperationTalk::AfterFailure OperationTalk::Fails(FileOperationObject source, DWORD error) {
@@ -54,15 +85,17 @@ OperationTalk::AfterFailure OperationTalk::Fails(FileOperationObject source, DWO
     question.source = std::move(source);
     question.error = error;
     if (Ask(std::move(question)) == FileOperationAnswer::kRetry) return AfterFailure::kRetry;
-    isIncomplete = true;
-    if (firstError == ERROR_SUCCESS) firstError = error;
+    PassOver(error);
     return AfterFailure::kPassOver;
 }
 
-void OperationTalk::FailsForGood(FileOperationQuestion question, DWORD error) {
+void OperationTalk::ComesIntoItself(FileOperationObject source, FileOperationObject target) {
+    FileOperationQuestion question;
+    question.kind = FileOperationQuestionKind::kFolderIntoItself;
+    question.source = std::move(source);
+    question.target = std::move(target);
     Ask(std::move(question));
-    isIncomplete = true;
-    if (firstError == ERROR_SUCCESS) firstError = error;
+    PassOver(ERROR_INVALID_PARAMETER);
 }
 
 }  // namespace permora::host

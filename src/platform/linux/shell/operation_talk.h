@@ -2,13 +2,19 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <map>
 #include <string>
 #include <utility>
 
 #include "platform/file_operation_presenter.h"
+#include "platform/linux/files/object_handle.h"
+#include "platform/linux/shell/operation_totals.h"
 
 namespace permora::host {
+
+// An item as questions show it.
+FileOperationObject DescribeObject(std::string path, const ObjectHandle& object);
 
 // Passes on progress at a pace that costs nothing, remembers answers that hold for all, and keeps how the
 // operation went. One thread at a time.
@@ -16,37 +22,43 @@ class OperationTalk {
   public:
     OperationTalk(FileOperationHost& user, FileOperationKind operation);
 
-    // What the next report tells; counters are kept up by those who do the work.
+    // What the next report tells, but for the totals; kept up by those who do the work.
     FileOperationProgress progress;
+    OperationTotals totals;
 
     // Tells the user how far the operation is, unless that was told just now. False once it is cancelled.
     bool GoesOn();
     bool IsCancelled() const { return isCancelled; }
 
-    // Yes or no; a cancelled operation says no.
+    // Yes or no. No counts as passed over; a cancelled operation says no.
     bool Agrees(FileOperationQuestion question);
+    // The same of an item, and of what it meets.
+    bool Agrees(FileOperationQuestionKind kind, FileOperationObject source, FileOperationObject target = {});
 
     enum class AfterFailure { kRetry, kPassOver };
-    // Tells a failure. What is passed over counts as not done.
+    // Tells a failure.
     AfterFailure Fails(FileOperationObject source, DWORD error);
-    // A failure that no second attempt can mend.
-    void FailsForGood(FileOperationQuestion question, DWORD error);
+    // Tells that a folder would come into itself, which nothing can mend.
+    void ComesIntoItself(FileOperationObject source, FileOperationObject target);
 
+    // How much was passed over until now, for whatever reason.
+    std::size_t PassedOver() const { return passedOver; }
     // The first failure that was passed over, or 0.
     DWORD FirstError() const { return firstError; }
-    // Whether the user cancelled or said no to anything.
-    bool IsIncomplete() const { return isIncomplete; }
+
+    void Cancel() { isCancelled = true; }
 
   private:
     FileOperationAnswer Ask(FileOperationQuestion question);
+    void PassOver(DWORD error);
 
     FileOperationHost& host;
     std::map<std::pair<FileOperationQuestionKind, DWORD>, bool>
         answersForAll;  // by kind and error: yes or no
     std::chrono::steady_clock::time_point nextReport;
+    std::size_t passedOver = 0;
     DWORD firstError = 0;
     bool isCancelled = false;
-    bool isIncomplete = false;
 };
 
 }  // namespace permora::host

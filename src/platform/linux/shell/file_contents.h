@@ -1,0 +1,40 @@
+// Copying what is in files.
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "platform/linux/shell/operation_talk.h"
+
+namespace permora::host {
+
+// By the fastest way that the volumes of both files have: shared extents, a copy within the kernel, or
+// reading and writing. Holes stay holes. One for an operation, since it remembers what a volume cannot do.
+class ContentsCopier {
+  public:
+    explicit ContentsCopier(OperationTalk& user) : talk(user) {}
+
+    // From the beginning of one open file to that of an empty one. `status` is the source's. Counts the
+    // bytes, and asks every few MiB whether the work goes on. 0 or an error code: ERROR_OPERATION_ABORTED
+    // when it was cancelled.
+    DWORD Copy(int source, const struct stat& status, int target);
+
+  private:
+    enum class Zeros { kWrite, kLeaveOut };
+    DWORD CopySparse(int source, off_t size, int target);
+    DWORD CopyRange(int source, int target, off_t start, std::optional<off_t> end);
+    DWORD ReadAndWrite(int source, int target, off_t start, std::optional<off_t> end, Zeros zeros);
+    DWORD Advance(off_t bytes);
+
+    OperationTalk& talk;
+    std::vector<char> buffer;
+    dev_t sourceVolume = 0;
+    bool mayShareExtents = true;
+    bool mayCopyInKernel = true;
+};
+
+}  // namespace permora::host

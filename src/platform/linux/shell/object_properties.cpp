@@ -1,0 +1,161 @@
+#include "platform/linux/shell/object_properties.h"
+
+#include <fcntl.h>
+#include <linux/limits.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/attributes.h"
+#include "platform/linux/files/descriptor_path.h"
+#include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/files/named_streams.h"
+#include "platform/linux/files/unmounted_entry.h"
+
+namespace permora::host {
+namespace {
+
+constexpr std::string_view kUserFamily = "user.";
+constexpr std::string_view kUserDescriptor = "user.permora.sd";
+
+// The volume refuses what it is given, rather than failing.
+bool IsLoss(int problem) {
+    return problem == ENOTSUP || problem == E2BIG || problem == ERANGE || problem == ENOSPC ||
+           problem == EPERM || problem == EACCES || problem == EINVAL || problem == ENAMETOOLONG;
+}
+
+class PropertyCopy {
+  public:
+    PropertyCopy(const WalkedItem& item, const VolumeFacts& itemVolume, const CopyPlace& place,
+                 ContentsCopier& copier)
+        : source(item), sourceVolume(itemVolume), copy(place), contents(copier) {}
+
+    PropertyResult Run() {
+        CopyExtendedAttributes();
+        if (result.error == ERROR_SUCCESS && sourceVolume.showsStreamsAsFiles) CopyStreamFiles();
+        if (result.error == ERROR_SUCCESS) CopyAttributes();
+        return result;
+    }
+
+  private:
+    void Note(int problem) {
+        if (problem == 0) return;
+        if (!IsLoss(problem)) {
+            result.error = ErrorFromErrno(problem);
+        } else if (result.loss == ERROR_SUCCESS) {
+            // File systems with little room beside an object say that the disk is full.
+            result.loss = problem == ENOSPC ? ERROR_EAS_DIDNT_FIT : ErrorFromErrno(problem);
+        }
+    }
+
+    void CopyExtendedAttributes() {
+        std::vector<std::string> names;
+        const int problem = ListExtendedAttributes(source.object, names);
+        if (problem != 0 && !IsAbsent(problem)) return Note(problem);
+        for (const std::string& name : names) {
+            if (name == kDosAttribute) hasDosAttribute = true;
+            if (!name.starts_with(kUserFamily) || name == kDosAttribute || name == kUserDescriptor) continue;
+            std::vector<std::uint8_t> value;
+            const int readProblem = ReadExtendedAttribute(source.object, name.c_str(), value);
+            if (readProblem == ENODATA) continue;  // it vanished
+            Note(readProblem != 0 ? readProblem : WriteValue(name.substr(kUserFamily.size()), value));
+        }
+    }
+
+    // The attribute or stream `name`, in whichever form the target's volume has such things.
+    int WriteValue(const std::string& name, const std::vector<std::uint8_t>& value) {
+        if (!copy.volume.showsStreamsAsFiles)
+            return WriteExtendedAttribute(copy.object, (std::string(kUserFamily) + name).c_str(), value);
+        UniqueFd stream;
+        const int problem = MakeStreamFile(name, stream);
+        if (problem != 0) return problem;
+        const ssize_t written = pwrite(stream.Get(), value.data(), value.size(), 0);
+        if (written < 0) return errno;
+        return static_cast<std::size_t>(written) == value.size() ? 0 : EIO;
+    }
+
+    int MakeStreamFile(const std::string& name, UniqueFd& stream) const {
+        const std::string place = copy.hostName + ":" + name;
+        stream.Reset(openat(copy.folder, place.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
+        if (!stream) return errno;
+        struct stat status {};
+        if (fstat(stream.Get(), &status) != 0) return errno;
+        // A stream has the number of its file.
+        return status.st_ino == copy.object.Status().st_ino ? 0 : ESTALE;
+    }
+
+    void CopyStreamFiles() {
+        std::vector<std::uint8_t> list;
+        const int problem = ReadExtendedAttribute(source.object, kStreamListAttribute, list);
+        if (problem != 0) return Note(IsAbsent(problem) ? 0 : problem);
+        for (const std::string& name : SplitAttributeList(list)) {
+            Note(CopyStreamFile(name));
+            if (result.error != ERROR_SUCCESS) return;
+        }
+    }
+
+    int CopyStreamFile(const std::string& name) {
+        UniqueFd stream;
+        struct stat status {};
+        const int problem =
+            OpenUnmountedEntry(source.folder, (source.hostName + ":" + name).c_str(), O_RDONLY, stream);
+        if (problem != 0) return problem;
+        if (fstat(stream.Get(), &status) != 0) return errno;
+        if (status.st_ino != source.object.Status().st_ino) return ESTALE;
+        if (copy.volume.showsStreamsAsFiles) {
+            UniqueFd made;
+            const int makeProblem = MakeStreamFile(name, made);
+            if (makeProblem == 0) result.error = contents.Copy(stream.Get(), status, made.Get());
+            return makeProblem;
+        }
+        if (status.st_size > XATTR_SIZE_MAX) return E2BIG;
+        std::vector<std::uint8_t> value(static_cast<std::size_t>(status.st_size));
+        if (pread(stream.Get(), value.data(), value.size(), 0) != status.st_size) return EIO;
+        return WriteValue(name, value);
+    }
+
+    void CopyAttributes() {
+        const bool isReadOnlyByMode = S_ISREG(source.object.Status().st_mode) &&
+                                      (source.object.Status().st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+        const bool hasOwn = hasDosAttribute || sourceVolume.isNtfs;
+        // The mode goes with the copy; where attributes do not follow it, they say the same.
+        if (!hasOwn && !(isReadOnlyByMode && copy.volume.isNtfs)) return;
+        DWORD attributes = 0;
+        result.error = ReadAttributes(source.object, {}, attributes);
+        // A new file has the archive flag, or none at all.
+        constexpr DWORD kOfEveryFile = FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NORMAL |
+                                       FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_SPARSE_FILE |
+                                       FILE_ATTRIBUTE_COMPRESSED | FILE_ATTRIBUTE_ENCRYPTED;
+        if (result.error != ERROR_SUCCESS || (attributes & ~kOfEveryFile) == 0) return;
+        const DWORD error = WriteAttributes(copy.object, attributes);
+        if (error != ERROR_SUCCESS && result.loss == ERROR_SUCCESS) result.loss = error;
+    }
+
+    const WalkedItem& source;
+    const VolumeFacts& sourceVolume;
+    const CopyPlace& copy;
+    ContentsCopier& contents;
+    PropertyResult result;
+    bool hasDosAttribute = false;
+};
+
+}  // namespace
+
+PropertyResult CopyProperties(const WalkedItem& source, const VolumeFacts& sourceVolume,
+                              const CopyPlace& copy, ContentsCopier& contents) {
+    return PropertyCopy(source, sourceVolume, copy, contents).Run();
+}
+
+DWORD CopyTimes(const ObjectHandle& source, const ObjectHandle& copy) {
+    const std::array<timespec, 2> times{source.Status().st_atim, source.Status().st_mtim};
+    const DescriptorPath path(copy.Descriptor());
+    return utimensat(AT_FDCWD, path.Text(), times.data(), 0) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
+}  // namespace permora::host

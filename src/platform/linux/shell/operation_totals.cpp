@@ -1,0 +1,57 @@
+#include "platform/linux/shell/operation_totals.h"
+
+#include <system_error>
+#include <utility>
+
+#include "platform/linux/files/tree_walk.h"
+#include "platform/linux/shell/item_finder.h"
+
+namespace permora::host {
+
+class CountingVisitor : public TreeVisitor {
+  public:
+    explicit CountingVisitor(OperationTotals& counted) : totals(counted) {}
+
+    WalkDecision Visit(const ObjectHandle& object, const char* /*name*/, std::size_t /*depth*/) override {
+        ++totals.items;
+        if (S_ISREG(object.Status().st_mode))
+            totals.bytes += static_cast<std::uint64_t>(object.Status().st_size);
+        return totals.isGivenUp ? WalkDecision::kStop : WalkDecision::kDescend;
+    }
+
+    // The work itself tells.
+    void Fail(DWORD /*error*/, const char* /*name*/, std::size_t /*depth*/) override {}
+
+  private:
+    OperationTotals& totals;
+};
+
+OperationTotals::~OperationTotals() {
+    isGivenUp = true;
+    for (std::thread& counter : counters)
+        counter.join();
+}
+
+void OperationTotals::AddTrees(std::vector<std::string> paths) {
+    ++uncounted;
+    try {
+        counters.emplace_back([this, trees = std::move(paths)] { Count(trees); });
+    } catch (const std::system_error&) {
+        // Without a thread the totals stay unknown, and the work is done all the same.
+    }
+}
+
+void OperationTotals::Count(const std::vector<std::string>& paths) {
+    CountingVisitor visitor(*this);
+    ItemFinder finder;
+    for (const std::string& path : paths) {
+        FoundItem item;
+        if (isGivenUp || finder.Find(path, item) != ERROR_SUCCESS) continue;
+        if (visitor.Visit(item.object, item.hostName.c_str(), 0) == WalkDecision::kDescend &&
+            item.object.IsFolder())
+            WalkTree(item.object, visitor);
+    }
+    --uncounted;
+}
+
+}  // namespace permora::host

@@ -1,0 +1,38 @@
+// How much there is to do in a file operation, counted while it already runs.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace permora::host {
+
+class OperationTotals {
+  public:
+    // Counting that is not done yet is given up.
+    ~OperationTotals();
+
+    // Items that are worked on as a whole.
+    void AddItems(std::uint64_t count) { items += count; }
+    // Items that are worked through with all that is in them, by their paths (platform/api/files.h). What
+    // cannot be looked at is not counted, what is mounted below neither.
+    void AddTrees(std::vector<std::string> paths);
+
+    std::uint64_t Items() const { return items; }
+    std::uint64_t Bytes() const { return bytes; }
+    bool AreKnown() const { return uncounted == 0; }
+
+  private:
+    friend class CountingVisitor;
+    void Count(const std::vector<std::string>& paths);
+
+    std::atomic<std::uint64_t> items = 0;
+    std::atomic<std::uint64_t> bytes = 0;
+    std::atomic<int> uncounted = 0;
+    std::atomic<bool> isGivenUp = false;
+    std::vector<std::thread> counters;
+};
+
+}  // namespace permora::host

@@ -1,0 +1,157 @@
+#include "platform/linux/shell/target_folder.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "platform/api/text.h"
+#include "platform/linux/base/ascii.h"
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/wide_text.h"
+#include "platform/linux/files/attributes.h"
+#include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/files/folder_listing.h"
+#include "platform/linux/files/name_mapping.h"
+#include "platform/linux/files/named_streams.h"
+#include "platform/linux/files/unmounted_entry.h"
+
+namespace permora::host {
+namespace {
+
+// Unit for unit, as NTFS compares names.
+std::u16string WithoutCase(const std::string& hostName) {
+    std::u16string name = ToWide(hostName);
+    CharUpperBuffW(name.data(), static_cast<DWORD>(name.size()));
+    return name;
+}
+
+// `folder` may have become another one since it was found.
+DWORD ReadNames(const ObjectHandle& folder, std::unordered_map<std::u16string, std::string>& names) {
+    UniqueFd opened;
+    DWORD error = folder.OpenForListing(opened);
+    if (error != ERROR_SUCCESS) return error;
+    FolderListing listing(std::move(opened));
+    for (FolderListing::Entry entry{}; listing.Next(entry, error);)
+        names.emplace(WithoutCase(entry.name), entry.name);
+    return error;
+}
+
+// Where the name of a file ends and its extension begins.
+std::size_t ExtensionStart(const std::string& hostName, nt::ObjectKind kind) {
+    const std::size_t dot = hostName.rfind('.');
+    const bool hasExtension = kind == nt::ObjectKind::kFile && dot != hostName.npos && dot != 0;
+    return hasExtension ? dot : hostName.size();
+}
+
+}  // namespace
+
+VolumeFacts AskVolume(const ObjectHandle& object) {
+    VolumeFacts facts;
+    facts.isNtfs = AttributeStoreOf(object) == AttributeStore::kAsk;
+    facts.showsStreamsAsFiles = facts.isNtfs && AskExtendedAttribute(object, kStreamListAttribute) == 0;
+    return facts;
+}
+
+DWORD TargetFolder::Use(HeldFolder folder, std::unique_ptr<TargetFolder>& used) {
+    auto facts = std::make_shared<VolumeFacts>(AskVolume(folder.handle));
+    std::unique_ptr<TargetFolder> target(new TargetFolder(std::move(folder), std::move(facts)));
+    const DWORD error = NewObjectSecurity::Of(target->Handle(), target->security);
+    if (error == ERROR_SUCCESS) used = std::move(target);
+    return error;
+}
+
+std::string TargetFolder::ShownPathOf(const std::string& hostName) const {
+    return JoinShownPath(held.shownPath, EncodeName(hostName));
+}
+
+DWORD TargetFolder::CheckName(const std::string& hostName) const {
+    if (!volume->isNtfs) return ERROR_SUCCESS;
+    constexpr std::string_view kForbidden = "\\:*?\"<>|";
+    const bool isForbidden = std::any_of(hostName.begin(), hostName.end(), [&](char character) {
+        return kForbidden.find(character) != kForbidden.npos || IsControl(character);
+    });
+    const bool isLostAtEnd = hostName.ends_with('.') || hostName.ends_with(' ');
+    return isForbidden || isLostAtEnd ? ERROR_INVALID_NAME : ERROR_SUCCESS;
+}
+
+DWORD TargetFolder::LoadNames() {
+    if (names) return ERROR_SUCCESS;
+    std::unordered_map<std::u16string, std::string> found;
+    const DWORD error = isNew ? ERROR_SUCCESS : ReadNames(held.handle, found);
+    if (error == ERROR_SUCCESS) names = std::move(found);
+    return error;
+}
+
+DWORD TargetFolder::FindClash(const std::string& hostName, std::optional<Clash>& clash) {
+    clash.reset();
+    std::string standing = hostName;
+    if (volume->isNtfs) {
+        if (const DWORD error = LoadNames(); error != ERROR_SUCCESS) return error;
+        const auto known = names->find(WithoutCase(hostName));
+        if (known == names->end()) return ERROR_SUCCESS;
+        standing = known->second;
+    } else if (isNew) {
+        return ERROR_SUCCESS;
+    }
+    UniqueFd opened;
+    const int problem = OpenUnmountedEntry(Descriptor(), standing.c_str(), O_PATH, opened);
+    if (problem == ENOENT) return ERROR_SUCCESS;
+    if (problem != 0) return ErrorFromErrno(problem);
+    Clash found;
+    const DWORD error = ObjectHandle::Adopt(std::move(opened), found.object);
+    if (error != ERROR_SUCCESS) return error;
+    found.hostName = std::move(standing);
+    clash = std::move(found);
+    return ERROR_SUCCESS;
+}
+
+DWORD TargetFolder::FindCopyName(const std::string& hostName, nt::ObjectKind kind, std::string& copyName) {
+    const std::size_t extension = ExtensionStart(hostName, kind);
+    const std::string stem = hostName.substr(0, extension) + " - Copy";
+    for (unsigned number = 1;; ++number) {
+        std::string name = stem;
+        if (number > 1) name += " (" + std::to_string(number) + ")";
+        name += hostName.substr(extension);
+        std::optional<Clash> clash;
+        const DWORD error = FindClash(name, clash);
+        if (error == ERROR_SUCCESS && clash) continue;
+        if (error == ERROR_SUCCESS) copyName = std::move(name);
+        return error;
+    }
+}
+
+void TargetFolder::Took(const std::string& hostName) {
+    if (names) names->insert_or_assign(WithoutCase(hostName), hostName);
+}
+
+void TargetFolder::Forget() {
+    isNew = false;
+    names.reset();
+}
+
+DWORD TargetFolder::UseSubfolder(Clash clash, std::unique_ptr<TargetFolder>& used) const {
+    HeldFolder folder{std::move(clash.object), ShownPathOf(clash.hostName)};
+    std::unique_ptr<TargetFolder> target(new TargetFolder(std::move(folder), volume));
+    const DWORD error = NewObjectSecurity::Of(target->Handle(), target->security);
+    if (error == ERROR_SUCCESS) used = std::move(target);
+    return error;
+}
+
+DWORD TargetFolder::MakeSubfolder(const std::string& hostName, mode_t mode,
+                                  std::unique_ptr<TargetFolder>& made) {
+    HeldFolder folder;
+    folder.shownPath = ShownPathOf(hostName);
+    DWORD error = security.MakeFolder(held.handle, hostName, mode, folder.handle);
+    if (error != ERROR_SUCCESS) return error;
+    Took(hostName);
+    std::unique_ptr<TargetFolder> target(new TargetFolder(std::move(folder), volume));
+    target->isNew = true;
+    error = NewObjectSecurity::Of(target->Handle(), target->security);
+    if (error == ERROR_SUCCESS) made = std::move(target);
+    return error;
+}
+
+}  // namespace permora::host

@@ -1,0 +1,76 @@
+// The folders into which a file operation puts things.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "platform/linux/files/object_handle.h"
+#include "platform/linux/security/new_object.h"
+#include "platform/linux/shell/item_finder.h"
+
+namespace permora::host {
+
+// What the driver of a volume can do. All folders of a volume share one.
+struct VolumeFacts {
+    bool isNtfs = false;
+    bool showsStreamsAsFiles = false;  // named_streams.h
+    bool hasNamelessFiles = true;      // until one is refused: O_TMPFILE of open(2)
+};
+
+// Asks about the volume of an object.
+VolumeFacts AskVolume(const ObjectHandle& object);
+
+// What stands where something else shall be put.
+struct Clash {
+    std::string hostName;
+    ObjectHandle object;
+};
+
+class TargetFolder {
+  public:
+    // A folder that is there already. 0 or an error code, as for all functions here.
+    static DWORD Use(HeldFolder folder, std::unique_ptr<TargetFolder>& used);
+
+    const ObjectHandle& Handle() const { return held.handle; }
+    int Descriptor() const { return held.handle.Descriptor(); }
+    const std::string& ShownPath() const { return held.shownPath; }
+    std::string ShownPathOf(const std::string& hostName) const;
+    VolumeFacts& Volume() { return *volume; }
+    NewObjectSecurity& Security() { return security; }
+
+    // Whether a name may be given to something new: on NTFS only names that Windows can read back, since
+    // others are out of its reach there, or streams of other files.
+    DWORD CheckName(const std::string& hostName) const;
+
+    // What has the name already, if anything. On NTFS names that differ in nothing but the case of letters
+    // are one name, as they are to Windows, though its driver here tells them apart.
+    DWORD FindClash(const std::string& hostName, std::optional<Clash>& clash);
+    // The name beside `hostName` that a copy in the same folder gets: "X - Copy", "X - Copy (2)", ...
+    DWORD FindCopyName(const std::string& hostName, nt::ObjectKind kind, std::string& copyName);
+
+    // To be told what the folder got.
+    void Took(const std::string& hostName);
+    // Others put things into it too: what was known about its names no longer counts.
+    void Forget();
+
+    // A folder in it that is there, never what is mounted there.
+    DWORD UseSubfolder(Clash clash, std::unique_ptr<TargetFolder>& used) const;
+    // A new one.
+    DWORD MakeSubfolder(const std::string& hostName, mode_t mode, std::unique_ptr<TargetFolder>& made);
+
+  private:
+    TargetFolder(HeldFolder folder, std::shared_ptr<VolumeFacts> facts)
+        : held(std::move(folder)), volume(std::move(facts)) {}
+    DWORD LoadNames();
+
+    HeldFolder held;
+    std::shared_ptr<VolumeFacts> volume;
+    NewObjectSecurity security;
+    bool isNew = false;  // made by this operation: there is nothing in it that it did not put there
+    // On NTFS: the names by what they are without regard to case. Nothing: not read yet.
+    std::optional<std::unordered_map<std::u16string, std::string>> names;
+};
+
+}  // namespace permora::host

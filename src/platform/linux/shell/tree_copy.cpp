@@ -1,0 +1,250 @@
+#include "platform/linux/shell/tree_copy.h"
+
+#include <fcntl.h>
+#include <limits.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/descriptor_path.h"
+#include "platform/linux/files/file_handle.h"
+#include "platform/linux/files/unmounted_entry.h"
+#include "platform/linux/shell/clash_question.h"
+#include "platform/linux/shell/new_file.h"
+#include "platform/linux/shell/object_properties.h"
+
+namespace permora::host {
+namespace {
+
+constexpr mode_t kPermissions = 0777;
+
+// The very file that is held, which is known to be one: nothing else is opened on the way.
+DWORD OpenContents(const ObjectHandle& file, UniqueFd& opened) {
+    opened.Reset(open(DescriptorPath(file.Descriptor()).Text(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    return opened ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
+}  // namespace
+
+void CopiedFiles::Add(const struct stat& source) {
+    states.insert_or_assign(source.st_ino, State{source.st_mtim, source.st_size});
+}
+
+bool CopiedFiles::Hold(const struct stat& source) const {
+    const auto found = states.find(source.st_ino);
+    return found != states.end() && found->second.size == source.st_size &&
+           found->second.lastWrite.tv_sec == source.st_mtim.tv_sec &&
+           found->second.lastWrite.tv_nsec == source.st_mtim.tv_nsec;
+}
+
+void TreeCopy::Copy(const WalkedItem& item, std::string newName, CopiedFiles* copied) {
+    topName = std::move(newName);
+    record = copied;
+    sourceVolume = AskVolume(item.object);
+    talk.progress.toFolder = top.ShownPath();
+    WalkItem(item, talk, *this);
+    entered.clear();
+}
+
+const std::string& TreeCopy::NewNameOf(const WalkedItem& item) const {
+    return entered.empty() ? topName : item.hostName;
+}
+
+// --- Files and links.
+
+void TreeCopy::File(const WalkedItem& item) {
+    const ULONGLONG before = talk.progress.bytesDone;
+    FileAnswers answers;
+    Outcome outcome = Outcome::kFailed;
+    for (;;) {
+        DWORD error = ERROR_SUCCESS;
+        outcome = CopyOnce(item, answers, error);
+        if (outcome != Outcome::kFailed || talk.IsCancelled()) break;
+        // Someone put it there meanwhile: now it is a matter of replacing.
+        if (error == ERROR_ALREADY_EXISTS && !std::exchange(answers.isNameChecked, true)) {
+            Current().Forget();
+            continue;
+        }
+        talk.progress.bytesDone = before;
+        if (talk.Fails(item.Described(), error) == OperationTalk::AfterFailure::kPassOver) break;
+    }
+    if (outcome == Outcome::kDone && record != nullptr) record->Add(item.object.Status());
+    const bool isFile = S_ISREG(item.object.Status().st_mode);
+    if (isFile && !talk.IsCancelled())
+        talk.progress.bytesDone = before + static_cast<ULONGLONG>(item.object.Status().st_size);
+}
+
+TreeCopy::Outcome TreeCopy::CopyOnce(const WalkedItem& item, FileAnswers& answers, DWORD& error) {
+    TargetFolder& target = Current();
+    std::string hostName = NewNameOf(item);
+    const bool isLink = item.object.IsLink();
+    error = isLink                                  ? RefuseUnreadableFile(item.object)
+            : S_ISREG(item.object.Status().st_mode) ? ERROR_SUCCESS
+                                                    : ERROR_NOT_SUPPORTED;
+    std::optional<Clash> clash;
+    if (error == ERROR_SUCCESS) error = target.CheckName(hostName);
+    if (error == ERROR_SUCCESS) error = target.FindClash(hostName, clash);
+    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    if (clash && !answers.replaces) {
+        const ClashAnswer answer = AskAboutClash(item, target, *clash, talk, error);
+        if (answer != ClashAnswer::kGoOn)
+            return answer == ClashAnswer::kFail ? Outcome::kFailed : Outcome::kPassedOver;
+        answers.replaces = true;
+    }
+    // What stands there keeps the case of its name, as on Windows.
+    if (clash) hostName = clash->hostName;
+    answers.replaces = clash.has_value();
+    return isLink ? CopyLink(item, hostName, answers.replaces, error)
+                  : CopyFile(item, hostName, answers, error);
+}
+
+TreeCopy::Outcome TreeCopy::CopyFile(const WalkedItem& item, const std::string& hostName,
+                                     FileAnswers& answers, DWORD& error) {
+    TargetFolder& target = Current();
+    UniqueFd source;
+    error = OpenContents(item.object, source);
+    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    const struct stat& status = item.object.Status();
+    NewFile file;
+    error = file.Make(target, hostName, status.st_mode & kPermissions, status.st_size,
+                      answers.replaces ? NewFilePlace::kReplacing : NewFilePlace::kFree);
+    if (error == ERROR_SUCCESS) error = contents.Copy(source.Get(), status, file.Object().Descriptor());
+    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    const PropertyResult properties = CopyProperties(
+        item, sourceVolume, {target.Descriptor(), file.NameNow(), file.Object(), target.Volume()}, contents);
+    error = properties.error;
+    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    if (properties.loss != ERROR_SUCCESS && !answers.mayLose) {
+        if (!AgreesToLoss(item, properties.loss)) return Outcome::kPassedOver;
+        answers.mayLose = true;
+    }
+    error = CopyTimes(item.object, file.Object());
+    if (error == ERROR_SUCCESS) error = file.Publish();
+    return error == ERROR_SUCCESS ? Outcome::kDone : Outcome::kFailed;
+}
+
+bool TreeCopy::AgreesToLoss(const WalkedItem& item, DWORD loss) {
+    FileOperationQuestion question;
+    question.kind = FileOperationQuestionKind::kPropertyLoss;
+    question.source = item.Described();
+    question.target.path = Current().ShownPathOf(NewNameOf(item));
+    question.target.isFolder = item.object.IsFolder();
+    question.error = loss;
+    return talk.Agrees(std::move(question));
+}
+
+TreeCopy::Outcome TreeCopy::CopyLink(const WalkedItem& item, const std::string& hostName, bool replaces,
+                                     DWORD& error) {
+    std::array<char, PATH_MAX> text{};
+    const ssize_t length = readlinkat(item.object.Descriptor(), "", text.data(), text.size() - 1);
+    TargetFolder& target = Current();
+    const int folder = target.Descriptor();
+    const std::string madeName = replaces ? TemporaryName() : hostName;
+    if (length < 0 || symlinkat(text.data(), folder, madeName.c_str()) != 0) {
+        error = ErrorFromErrno(errno);
+        return Outcome::kFailed;
+    }
+    ObjectHandle made;
+    error = ObjectHandle::OpenAt(folder, madeName.c_str(), made);
+    // Something else may have taken its place by now: then it is not ours to change, nor to remove.
+    if (error == ERROR_SUCCESS && !made.IsLink()) error = ERROR_FILE_INVALID;
+    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    error = target.Security().Give(made);
+    if (error == ERROR_SUCCESS) error = CopyTimes(item.object, made);
+    if (error == ERROR_SUCCESS && replaces &&
+        renameat(folder, madeName.c_str(), folder, hostName.c_str()) != 0)
+        error = ErrorFromErrno(errno);
+    if (error != ERROR_SUCCESS) {
+        unlinkat(folder, madeName.c_str(), 0);
+        return Outcome::kFailed;
+    }
+    target.Took(hostName);
+    return Outcome::kDone;
+}
+
+// --- Folders.
+
+// However the target was reached: a folder is known by its number, not by its path.
+bool TreeCopy::ComesIntoItself(const WalkedItem& item) {
+    const auto isItem = [&item](const EnteredTarget& target) {
+        return target.folder->Handle().IsSameObject(item.object);
+    };
+    if (!top.Handle().IsSameObject(item.object) && std::none_of(entered.begin(), entered.end(), isItem))
+        return false;
+    talk.ComesIntoItself(item.Described(), DescribeObject(top.ShownPath(), top.Handle()));
+    return true;
+}
+
+bool TreeCopy::Enter(const WalkedItem& item) {
+    if (ComesIntoItself(item)) return false;
+    for (bool isNameChecked = false;;) {
+        DWORD error = ERROR_SUCCESS;
+        const Outcome outcome = EnterOnce(item, error);
+        if (outcome != Outcome::kFailed) return outcome == Outcome::kDone;
+        if (error == ERROR_ALREADY_EXISTS && !std::exchange(isNameChecked, true)) {
+            Current().Forget();
+            continue;
+        }
+        if (talk.Fails(item.Described(), error) == OperationTalk::AfterFailure::kPassOver) return false;
+    }
+}
+
+TreeCopy::Outcome TreeCopy::EnterOnce(const WalkedItem& item, DWORD& error) {
+    TargetFolder& target = Current();
+    const std::string& hostName = NewNameOf(item);
+    std::optional<Clash> clash;
+    error = target.CheckName(hostName);
+    if (error == ERROR_SUCCESS) error = target.FindClash(hostName, clash);
+    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    EnteredTarget next{nullptr, !clash};
+    if (clash) {
+        const ClashAnswer answer = AskAboutClash(item, target, *clash, talk, error);
+        if (answer != ClashAnswer::kGoOn)
+            return answer == ClashAnswer::kFail ? Outcome::kFailed : Outcome::kPassedOver;
+        error = target.UseSubfolder(std::move(*clash), next.folder);
+    } else {
+        // This process must be able to fill it, whatever the source's own mode says.
+        const mode_t mode = (item.object.Status().st_mode & kPermissions) | S_IRWXU;
+        error = target.MakeSubfolder(hostName, mode, next.folder);
+    }
+    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    entered.push_back(std::move(next));
+    talk.progress.toFolder = Current().ShownPath();
+    return Outcome::kDone;
+}
+
+void TreeCopy::Leave(const WalkedItem& item) {
+    const EnteredTarget left = std::move(entered.back());
+    entered.pop_back();
+    talk.progress.toFolder = Current().ShownPath();
+    if (!left.isMade) return;
+    TargetFolder& folder = *left.folder;
+    for (bool mayLose = false;;) {
+        const PropertyResult properties = CopyProperties(
+            item, sourceVolume, {Current().Descriptor(), NewNameOf(item), folder.Handle(), folder.Volume()},
+            contents);
+        DWORD error = properties.error;
+        if (error == ERROR_SUCCESS && properties.loss != ERROR_SUCCESS && !mayLose) {
+            if (!AgreesToLoss(item, properties.loss)) return;
+            mayLose = true;
+        }
+        const mode_t mode = item.object.Status().st_mode;
+        const mode_t madeMode = folder.Handle().Status().st_mode;
+        const bool isNarrower = (mode & S_IRWXU) != S_IRWXU && !folder.Volume().isNtfs;
+        const mode_t narrowed = (madeMode & ~static_cast<mode_t>(S_IRWXU)) | (mode & S_IRWXU);
+        const DescriptorPath path(folder.Descriptor());
+        if (error == ERROR_SUCCESS && isNarrower && chmod(path.Text(), narrowed & 07777) != 0)
+            error = ErrorFromErrno(errno);
+        if (error == ERROR_SUCCESS) error = CopyTimes(item.object, folder.Handle());
+        if (error == ERROR_SUCCESS) return;
+        if (talk.Fails(item.Described(), error) == OperationTalk::AfterFailure::kPassOver) return;
+    }
+}
+
+}  // namespace permora::host

@@ -1,0 +1,80 @@
+// Copies items with all that is in them.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/linux/shell/file_contents.h"
+#include "platform/linux/shell/operation_walk.h"
+#include "platform/linux/shell/target_folder.h"
+
+namespace permora::host {
+
+// The files that were copied whole, as they were then. What was changed since, or came only then, is not
+// among them.
+class CopiedFiles {
+  public:
+    void Add(const struct stat& source);
+    bool Hold(const struct stat& source) const;
+
+  private:
+    struct State {
+        timespec lastWrite;
+        off_t size;
+    };
+    std::unordered_map<ino_t, State> states;  // by number: all lie on one volume
+};
+
+// Questions, failures and progress go through `talk`. An item that cannot be copied is passed over, and what
+// had its name stays. Links are copied as links; pipes, sockets and devices are told as not supported, since
+// whoever made them elsewhere may have meant them for another machine.
+class TreeCopy : public WalkHandler {
+  public:
+    // `target` must outlive this.
+    TreeCopy(OperationTalk& user, TargetFolder& target) : talk(user), top(target), contents(user) {}
+
+    // Copies one item, which is called `newName` in the target. `copied` gets what was copied.
+    void Copy(const WalkedItem& item, std::string newName, CopiedFiles* copied = nullptr);
+
+    void File(const WalkedItem& item) override;
+    bool Enter(const WalkedItem& item) override;
+    void Leave(const WalkedItem& item) override;
+
+  private:
+    struct EnteredTarget {
+        std::unique_ptr<TargetFolder> folder;
+        bool isMade;  // rather than merged into
+    };
+    // What was settled about one file before it was tried again.
+    struct FileAnswers {
+        bool replaces = false;
+        bool mayLose = false;
+        bool isNameChecked = false;
+    };
+
+    TargetFolder& Current() { return entered.empty() ? top : *entered.back().folder; }
+    const std::string& NewNameOf(const WalkedItem& item) const;
+    bool ComesIntoItself(const WalkedItem& item);
+
+    enum class Outcome { kDone, kPassedOver, kFailed };
+    Outcome CopyOnce(const WalkedItem& item, FileAnswers& answers, DWORD& error);
+    Outcome CopyFile(const WalkedItem& item, const std::string& hostName, FileAnswers& answers, DWORD& error);
+    Outcome CopyLink(const WalkedItem& item, const std::string& hostName, bool replaces, DWORD& error);
+    Outcome EnterOnce(const WalkedItem& item, DWORD& error);
+    bool AgreesToLoss(const WalkedItem& item, DWORD loss);
+
+    OperationTalk& talk;
+    TargetFolder& top;
+    ContentsCopier contents;
+    std::vector<EnteredTarget> entered;  // below `top`, as the walk is below the item
+    std::string topName;
+    VolumeFacts sourceVolume;
+    CopiedFiles* record = nullptr;
+};
+
+}  // namespace permora::host
