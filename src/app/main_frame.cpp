@@ -55,11 +55,13 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_SETTINGS, Notify::kCommand, &CMainFrame::EditSettings},
             {ID_PERMISSIONS, Notify::kCommand, &CMainFrame::OpenSecurityEditor},
             {ID_SECURE_DELETION, Notify::kCommand, &CMainFrame::StartSecureDeletion},
+            {ID_WIZARD, Notify::kCommand, &CMainFrame::StartWizard},
             {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_ATTRIBUTES, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_SECURE_DELETION, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_WIZARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
         });
     return kMap;
 }
@@ -82,6 +84,7 @@ bool CMainFrame::OnCreate() {
     statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
     statusBarWnd.SetPaneWidth(kItemCountPane, kItemCountWidth);
     securitySheet.SetUp(this);
+    wizardSheet.SetUp(this);
     LoadToolBarImages();
     ApplySettings();
     return true;
@@ -264,6 +267,27 @@ bool CMainFrame::MayDeleteSelection() {
                        "You will not be able to restore information.\nAre you sure you want to delete the "
                        "selected items?",
                        kCaption, MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
+// The names stand relative to the folder shown. In any other they would mean other files.
+void CMainFrame::StartWizard() {
+    const LPCSTR* names = view.GetSelectedNames();
+    if (names == nullptr) {
+        ShowInfoBox(GetSafeHwnd(), kNothingSelected);
+        return;
+    }
+    if (!view.ReturnToShownFolder()) {
+        ShowLastErrorBox(GetSafeHwnd());
+        return;
+    }
+    const auto count = static_cast<std::size_t>(view.list.GetSelectedCount());
+    wizardSheet.SetItems({.names = {names, count},
+                          .drivesMode = view.driveListShown,
+                          .askBeforeSecureDeletion = settings.block.askBeforeSecureDeletion != 0,
+                          .showIntermediateInfo = &settings.block.showIntermediateInfo});
+    wizardSheet.DoModal();
+    if (!view.currentFolder.empty()) view.RefreshList();
+    view.RedrawWindow();
 }
 
 // Shares have no place in the history and nothing above them, and are no files.

@@ -9,6 +9,7 @@
 #include "editor/security_sheet.h"
 #include "framework/bars.h"
 #include "framework/frame_window.h"
+#include "wizard/wizard_sheet.h"
 
 namespace permora {
 
@@ -50,6 +51,7 @@ class CMainFrame : public CFrameWnd {
     void OpenSecurityEditor();
     void StartSecureDeletion();
     bool MayDeleteSelection();
+    void StartWizard();
     void EditItems(std::span<const char* const> names);
     void DeleteItems(std::span<const char* const> names);
     void OnUpdateFileCommand(Notification& notification);
@@ -61,6 +63,7 @@ class CMainFrame : public CFrameWnd {
     AddrBar addressBarWnd;
     BrowserView view;
     CPSheet securitySheet;  // one object for all openings
+    CWizard wizardSheet;    // likewise
     ProgramSettings settings;
 };
 

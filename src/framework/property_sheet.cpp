@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <vector>
 
 #include "framework/dialog_controls.h"
@@ -69,6 +70,10 @@ void CPropertyPage::OnOK() {
     DoDataExchange(true);
 }
 
+bool CPropertyPage::OnQueryCancel() {
+    return true;
+}
+
 void CPropertyPage::OnCancel() {}
 
 int CPropertyPage::OnWizardBack() {
@@ -96,7 +101,9 @@ struct CPropertySheet::State {
     bool isWizard = false;
     std::vector<CPropertyPage*> pages;
 
-    // The run; null and kNoPage between runs.
+    std::atomic<unsigned int> runNumber = 0;  // what was meant for one run must not reach the next
+
+    // The run; null and kNoPage between runs. User-interface thread only, as all but the number.
     ModalWindow* modal = nullptr;
     CPropertyPage* active = nullptr;
     int result = 0;
@@ -339,6 +346,9 @@ void CPropertySheet::State::OnOkButton() {
 void CPropertySheet::State::OnCancelButton() {
     const std::vector<CPropertyPage*> asked = pages;
     for (CPropertyPage* page : asked) {
+        if (page->HasWindow() && !page->OnQueryCancel()) return;
+    }
+    for (CPropertyPage* page : asked) {
         if (page->HasWindow()) page->OnCancel();
     }
     End(IDCANCEL);
@@ -442,9 +452,14 @@ void CPropertySheet::SetWizardButtons(WizardButtons buttons) {
         state->ShowWizardButtons(buttons);
         return;
     }
-    PostToUiThread([weakState = std::weak_ptr(state), buttons] {
-        if (const auto running = weakState.lock()) running->ShowWizardButtons(buttons);
+    PostToUiThread([weakState = std::weak_ptr(state), number = state->runNumber.load(), buttons] {
+        const auto running = weakState.lock();
+        if (running && running->runNumber == number) running->ShowWizardButtons(buttons);
     });
+}
+
+void CPropertySheet::Cancel() {
+    if (state->modal != nullptr && !state->hasEnded) state->OnCancelButton();
 }
 
 int CPropertySheet::DoModal() {
@@ -452,6 +467,7 @@ int CPropertySheet::DoModal() {
     if (state->Count() == 0 || HasWindow()) return kFailed;
     ModalWindow modal(*this, state->owner, WS_POPUP | WS_CAPTION | WS_SYSMENU, 0);
     modal.onNextPage = [this](int direction) { return state->OnNextPage(direction); };
+    ++state->runNumber;
     state->modal = &modal;
     state->result = IDCANCEL;
     state->hasEnded = false;

@@ -26,7 +26,8 @@ class CPropertyPage : public CDialog {
     virtual bool OnKillActive();  // false: the page stays
     virtual bool OnApply();       // default: OnOK's data transfer, then true; false keeps the sheet open
     void OnOK() override;
-    void OnCancel() override;  // the sheet is being cancelled
+    virtual bool OnQueryCancel();  // false: the sheet stays; all pages are asked before any hears of it
+    void OnCancel() override;      // the sheet is being cancelled
     // Wizard: id of the page template to go to, 0 the neighbour, -1 to stay.
     virtual int OnWizardBack();
     virtual int OnWizardNext();
@@ -60,8 +61,11 @@ class CPropertySheet : public CWnd {
     CPropertyPage* GetActivePage() const;
     bool SetActivePage(int index);
     void SetWizardMode();
-    // Which wizard buttons there are and can be pressed. Any thread.
+    // Which wizard buttons there are and can be pressed. Any thread; what a worker asks for reaches only the
+    // run in which it asks.
     void SetWizardButtons(WizardButtons buttons);
+    // What the Cancel button does, also while that is disabled.
+    void Cancel();
 
     // Runs the sheet; the result is IDOK, IDCANCEL, or ID_WIZFINISH.
     int DoModal();

@@ -97,7 +97,7 @@ void CWnd::SetWindowText(const std::string& text) {
         QueueText(*this, text);
         return;
     }
-    ForgetQueued(*this);
+    ForgetQueuedText(*this);
     if (native != nullptr) native->SetText(text);
 }
 

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <mutex>
 #include <unordered_map>
+#include <utility>
 
 #include "framework/native.h"
 #include "framework/window_access.h"
@@ -18,6 +19,7 @@ constexpr std::chrono::milliseconds kPaintInterval{16};
 struct Update {
     std::optional<std::string> text;
     bool redraw = false;
+    std::function<void()> work;
 };
 
 struct Queue {
@@ -37,6 +39,7 @@ void Apply(const CWnd& window, const Update& update) {
     if (native == nullptr) return;
     if (update.text) native->SetText(*update.text);
     if (update.redraw) native->Invalidate();
+    if (update.work) update.work();  // last, since it may destroy the window
 }
 
 // Applies what waits now. One window at a time, since a change may run code that destroys another.
@@ -87,11 +90,25 @@ void QueueRedraw(CWnd& window) {
     RequestFlush(queue, lock);
 }
 
+void QueueWork(CWnd& window, std::function<void()> work) {
+    Queue& queue = TheQueue();
+    std::unique_lock lock(queue.mutex);
+    queue.updates[&window].work = std::move(work);
+    RequestFlush(queue, lock);
+}
+
 std::optional<std::string> QueuedText(const CWnd& window) {
     Queue& queue = TheQueue();
     const std::lock_guard lock(queue.mutex);
     const auto found = queue.updates.find(&window);
     return found != queue.updates.end() ? found->second.text : std::nullopt;
+}
+
+void ForgetQueuedText(const CWnd& window) {
+    Queue& queue = TheQueue();
+    const std::lock_guard lock(queue.mutex);
+    if (const auto found = queue.updates.find(&window); found != queue.updates.end())
+        found->second.text.reset();
 }
 
 void ForgetQueued(const CWnd& window) {

@@ -65,6 +65,8 @@ class AccountRights {
     // The account whose rights the boxes show, and which changed boxes are about; nothing: all are clear.
     void Select(std::optional<std::size_t> index);
 
+    std::optional<std::size_t> Selected() const { return selected; }
+
     bool IsChecked(std::size_t right) const { return boxes[right]; }
     // A box has been checked or cleared; it was the other way before. Other boxes may follow.
     void ApplyRightChange(std::size_t right, bool isNowChecked);

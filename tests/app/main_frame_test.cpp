@@ -101,7 +101,7 @@ TEST_F(MainFrame, CommandsWithoutHandlerAreDisabled) {
         {ID_GO_TO_ROOT, true},    {ID_REFRESH, true},         {ID_SELECT_ALL, true},
         {ID_SETTINGS, true},      {ID_VIEW_OWN_ICONS, true},  {ID_VIEW_TOOLBAR, true},
         {ID_HELP_CONTENTS, true}, {ID_APP_ABOUT, true},       {ID_APP_EXIT, true},
-        {ID_WIZARD, false},       {ID_SECURE_DELETION, true}, {ID_SHOW_SHARES, false},
+        {ID_WIZARD, true},        {ID_SECURE_DELETION, true}, {ID_SHOW_SHARES, false},
     };
     for (const auto& [id, isEnabled] : states)
         EXPECT_EQ(AskCommandState(Frame(), id, false).enabled, isEnabled) << id;
@@ -285,6 +285,36 @@ TEST_F(MainFrame, SecureDeletionAsksAndShowsWhatIsLeft) {
     Run(ID_SECURE_DELETION);
 }
 
+TEST_F(MainFrame, TheWizardWorksOnTheSelectionAndTheListShowsWhatIsLeft) {
+    Start();
+    ui.ExpectMessageBox("Please, select items to work with them.", kInformationCaption,
+                        MB_OK | MB_ICONINFORMATION, IDOK);
+    Run(ID_WIZARD);
+    auto window = testing::UiDriver::MainWindow();
+    window.SelectRow(kList, 1);
+    ui.ExpectSheet("Security Wizard", [&](testing::WindowDriver& sheet) {
+        sheet.Click(IDC_TASK_DELETION);
+        ui.ExpectMessageBox("Are you sure want to delete selected items?", "Secure deletion",
+                            MB_YESNO | MB_ICONQUESTION, IDYES);
+        sheet.Click(testing::SheetButton::kNext);
+        sheet.WaitUntil([&] { return sheet.IsEnabled(testing::SheetButton::kFinish); });
+        sheet.Click(testing::SheetButton::kFinish);
+    });
+    window.Press("Alt+W");
+    EXPECT_THAT(Rows(), ElementsAre(HasSubstr("sub")));
+
+    Run(ID_GO_TO_ROOT);
+    window.SelectRow(kList, 0);
+    ui.ExpectSheet("Security Wizard", [&](testing::WindowDriver& sheet) {
+        sheet.Click(IDC_TASK_DELETION);
+        ui.ExpectMessageBox(HasSubstr("can not delete disk drives"), "Security Wizard", MB_OK, IDOK);
+        sheet.Click(testing::SheetButton::kNext);
+        sheet.Press("Esc");
+    });
+    Run(ID_WIZARD);
+    EXPECT_EQ(window.Text(IDC_LOCATION), kDriveListLocation);
+}
+
 // Others put a link to a folder with files of the same names in the place of the folder shown.
 TEST_F(MainFrame, CommandsNeverFollowLinksToAnotherFolder) {
     data.MakeFolder("other");
@@ -295,6 +325,10 @@ TEST_F(MainFrame, CommandsNeverFollowLinksToAnotherFolder) {
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
                         MB_OK | MB_ICONERROR, IDOK);
     Run(ID_PERMISSIONS);
+    std::filesystem::current_path(data.Path());
+    ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
+                        MB_OK | MB_ICONERROR, IDOK);
+    Run(ID_WIZARD);
     std::filesystem::current_path(data.Path());
     ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION, IDYES);
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,

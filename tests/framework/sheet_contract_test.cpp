@@ -30,6 +30,7 @@ class TestPage : public CPropertyPage {
     bool acceptsActive = true;
     bool acceptsKill = true;
     bool acceptsApply = true;
+    bool acceptsCancel = true;
     int next = 0;
     std::function<void()> onInit;
 
@@ -42,6 +43,7 @@ class TestPage : public CPropertyPage {
     bool OnSetActive() override { return Note("active", acceptsActive); }
     bool OnKillActive() override { return Note("kill", acceptsKill); }
     bool OnApply() override { return Note("apply", acceptsApply) && CPropertyPage::OnApply(); }
+    bool OnQueryCancel() override { return acceptsCancel; }
     void OnCancel() override { Note("cancel", true); }
     int OnWizardNext() override {
         Note("next", true);
@@ -124,6 +126,21 @@ TEST_F(SheetContract, TheKeyboardGoesThroughPages) {
 TEST_F(SheetContract, OkAsksOnlyPagesThatWereShown) {
     EXPECT_EQ(Run([](WindowDriver& window) { window.Press("Return"); }), IDOK);
     EXPECT_THAT(Taken(), ElementsAre("1 kill", "1 apply"));
+}
+
+TEST_F(SheetContract, APageMayPutCancellingOff) {
+    EXPECT_EQ(Run([&](WindowDriver& window) {
+                  second.acceptsCancel = false;
+                  window.SwitchToTab("Second");
+                  Taken();
+                  window.Press("Esc");
+                  EXPECT_TRUE(window.IsOpen());
+                  EXPECT_THAT(Taken(), IsEmpty()) << "nobody hears of it";
+                  second.acceptsCancel = true;
+                  sheet.Cancel();
+              }),
+              IDCANCEL);
+    EXPECT_THAT(Taken(), ElementsAre("1 cancel", "2 cancel"));
 }
 
 TEST_F(SheetContract, ApplyFollowsModifiedPagesAndKeepsTheSheetOpen) {
@@ -225,6 +242,12 @@ TEST_F(SheetContract, AWizardGoesThroughPagesThatItsFirstOneChooses) {
               }),
               static_cast<int>(SheetButton::kFinish));
     EXPECT_THAT(Taken(), ElementsAre("1 finish"));
+    // What a worker of this run asks for now must not reach the next.
+    std::thread([&] { sheet.SetWizardButtons(WizardButtons::kFinish); }).join();
+    Run([](WindowDriver& window) {
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kNext));
+        EXPECT_FALSE(window.IsVisible(SheetButton::kFinish));
+    });
 }
 
 }  // namespace

@@ -1,0 +1,139 @@
+#include "wizard/deletion_page.h"
+
+#include <atomic>
+
+#include "editor/required_control.h"
+#include "framework/list_ctrl.h"
+#include "framework/worker_updates.h"
+#include "platform/api/errors.h"
+#include "platform/api/messages.h"
+#include "platform/folder_files.h"
+#include "resources/resource_ids.h"
+#include "security/message_boxes.h"
+#include "wizard/deletion_status.h"
+
+namespace permora {
+namespace {
+
+constexpr int kStatusWidth = 700;
+
+}  // namespace
+
+// What the worker has of the page; written before it starts. The worker never waits for the user-interface
+// thread, which takes the rows from here at the display's pace.
+class CWizardPage2::Run : public DeletionStatus {
+  public:
+    explicit Run(CWizardPage2& shownPage)
+        : DeletionStatus(stop), page(shownPage), window(shownPage.GetSafeHwnd()) {}
+
+    HWND Window() const override { return window; }
+
+    void Work() {
+        for (const char* name : page.names) {
+            if (stopRequested) break;
+            SecureDeleteItem(*this, folder, name);
+        }
+        if (!stopRequested) WriteTotal();
+        hasEnded = true;
+        OnChanges();
+    }
+
+    std::atomic<bool> stop = false;
+    std::atomic<bool> hasEnded = false;  // all rows are written
+    FolderHandle folder;                 // in which the items are
+    bool isOver = false;                 // the page has seen the end
+
+  protected:
+    void OnChanges() override {
+        QueueWork(page, [&shown = page] { shown.ShowStatus(); });
+    }
+
+  private:
+    CWizardPage2& page;
+    HWND window;
+};
+
+CWizardPage2::CWizardPage2() : CPropertyPage(IDD_WIZARD_DELETION_PAGE) {}
+
+CWizardPage2::~CWizardPage2() = default;
+
+bool CWizardPage2::OnInitDialog() {
+    auto& list = RequiredControl<CListCtrl>(*this, IDC_DELETION_STATUS);
+    list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
+    list.InsertColumn(0, "", kStatusWidth);
+    isCancelling = false;
+    return CPropertyPage::OnInitDialog();
+}
+
+bool CWizardPage2::OnSetActive() {
+    constexpr WizardButtons kIdle = WizardButtons::kBack | WizardButtons::kDisabledFinish;
+    Sheet()->SetWizardButtons(kIdle);
+    if (!names.empty() && !IsRunning()) {
+        Sheet()->SetWizardButtons(WizardButtons::kDisabledFinish);
+        if (MayDelete()) {
+            Start();
+        } else {
+            Sheet()->SetWizardButtons(kIdle);
+        }
+    }
+    return CPropertyPage::OnSetActive();
+}
+
+bool CWizardPage2::MayDelete() const {
+    if (drivesMode) {
+        MessageBoxA(
+            GetSafeHwnd(),
+            "Security Wizard can not delete disk drives.\nPlease, select folders and files to delete.",
+            "Security Wizard", MB_OK);
+        return false;
+    }
+    return !askBeforeSecureDeletion ||
+           MessageBoxA(GetSafeHwnd(), "Are you sure want to delete selected items?", "Secure deletion",
+                       MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
+// When it cannot be started, only Cancel is left.
+void CWizardPage2::Start() {
+    run = std::make_unique<Run>(*this);
+    DWORD error = FolderHandle::OpenCurrent(run->folder);
+    if (error == ERROR_SUCCESS) error = worker.Start([this] { run->Work(); });
+    if (error == ERROR_SUCCESS) return;
+    run.reset();
+    ShowSystemErrorBox(GetSafeHwnd(), error);
+}
+
+bool CWizardPage2::IsRunning() const {
+    return run && !run->isOver;
+}
+
+void CWizardPage2::ShowStatus() {
+    if (!IsRunning()) return;
+    const bool hasEnded = run->hasEnded;  // asked first: then all rows are there
+    auto& list = RequiredControl<CListCtrl>(*this, IDC_DELETION_STATUS);
+    for (const StatusChange& change : run->TakeChanges()) {
+        if (!list.SetItemText(change.row, 0, change.text)) list.InsertItem(change.row, change.text);
+    }
+    // The list follows its end until the user looks at something in it.
+    if (list.GetSelectedCount() == 0) list.EnsureVisible(list.GetItemCount() - 1);
+    if (!hasEnded) return;
+    run->isOver = true;
+    Sheet()->SetWizardButtons(WizardButtons::kFinish);
+    if (isCancelling) Sheet()->Cancel();
+}
+
+bool CWizardPage2::OnQueryCancel() {
+    if (!IsRunning()) return true;
+    run->stop = true;
+    isCancelling = true;
+    if (CWnd* button = Sheet()->GetDlgItem(IDCANCEL)) button->EnableWindow(false);
+    return false;
+}
+
+// Only when the program itself ends can the worker still be at work here.
+void CWizardPage2::OnDestroy() {
+    if (run) run->stop = true;
+    worker.Wait();
+    run.reset();
+}
+
+}  // namespace permora

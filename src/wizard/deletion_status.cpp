@@ -1,0 +1,70 @@
+#include "wizard/deletion_status.h"
+
+#include <utility>
+
+namespace permora {
+namespace {
+
+// A file's failure stands below the row with its name. What has no such row yet is named in its own, and so
+// is a folder that cannot be removed, whose row says so itself.
+bool IsNamed(DeletionStep step) {
+    switch (step) {
+        case DeletionStep::kExamine:
+        case DeletionStep::kAllocate:
+        case DeletionStep::kEnterFolder:
+        case DeletionStep::kListFolder:
+        case DeletionStep::kRemoveFolder:
+            return true;
+        case DeletionStep::kAskVolume:
+        case DeletionStep::kOpenFile:
+        case DeletionStep::kGetSize:
+        case DeletionStep::kWrite:
+        case DeletionStep::kFlush:
+        case DeletionStep::kDeleteFile:
+            break;
+    }
+    return false;
+}
+
+}  // namespace
+
+void DeletionStatus::BeginDeleting(const std::string& name) {
+    Append(name + ": deleting... ");
+}
+
+void DeletionStatus::Deleted(const std::string& name) {
+    ++deletedCount;
+    if (!stopRequested) Write(rowCount - 1, name + ": deleted successefully");
+}
+
+void DeletionStatus::Failed(const DeletionFailure& failure) {
+    if (stopRequested) return;
+    const std::string text = (IsNamed(failure.step) ? failure.name + ": " : "") + StatusText(failure);
+    if (failure.step == DeletionStep::kRemoveFolder) {
+        Write(rowCount - 1, text);
+    } else {
+        Append(text);
+    }
+}
+
+void DeletionStatus::WriteTotal() {
+    Append("");
+    Append("Total deleted: " + std::to_string(deletedCount));
+}
+
+void DeletionStatus::Write(int row, const std::string& text) {
+    bool isFirst = false;
+    {
+        const std::lock_guard lock(mutex);
+        isFirst = changes.empty();
+        changes.push_back({row, text});
+    }
+    if (isFirst) OnChanges();
+}
+
+std::vector<StatusChange> DeletionStatus::TakeChanges() {
+    const std::lock_guard lock(mutex);
+    return std::exchange(changes, {});
+}
+
+}  // namespace permora

@@ -1,0 +1,62 @@
+// CWizardPage3: gives accounts rights on all selected items, beginning with what the first one's list says.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <span>
+
+#include "framework/list_ctrl.h"
+#include "framework/property_sheet.h"
+#include "platform/resources.h"
+#include "wizard/account_rights.h"
+
+namespace permora {
+
+class CWizardPage3 : public CPropertyPage {
+  public:
+    // Ends the program, after the system's message, when "advapi32.dll" cannot be loaded.
+    CWizardPage3();
+
+    // Set before the sheet is shown; all are borrowed while it runs. The names stand relative to the current
+    // directory.
+    std::span<const char* const> names;
+    bool drivesMode = true;  // the items are drive roots
+    // The setting by which the notice before several items is shown, and which the notice may clear; null: it
+    // is not shown.
+    std::uint8_t* showIntermediateInfo = nullptr;
+
+  protected:
+    bool OnInitDialog() override;
+    bool OnSetActive() override;
+    // Writes the list to every item. False, and nothing is written, when there is no list to be written.
+    bool OnWizardFinish() override;
+    const MessageMap& GetMessageMap() const override;
+
+  private:
+    void OnAccountClicked();
+    void OnAccountSelected(Notification& notification);
+    void OnRightChanged();
+    void OnCombinationClicked();
+    void OnCombinationKey(Notification& notification);
+    void OnAdd();
+    void OnRemove();
+
+    void SetUpList(unsigned int id, int width, ListStyle style);
+    void ShowNotice();
+    bool LoadAccounts();
+    void SelectAccount(std::size_t index);
+    // The page's boxes as the rights have them.
+    void ShowBoxes();
+
+    CListCtrl& List(unsigned int id) const;
+    void Enable(std::initializer_list<unsigned int> ids, bool enable);
+
+    UniqueLibrary library;  // where the list's functions are looked up
+    AccountRights rights;   // of the first item, as changed since
+    bool isRead = false;    // the first item has a list, which has been read
+    bool updatingChecks = false;
+};
+
+}  // namespace permora

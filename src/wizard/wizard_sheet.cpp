@@ -1,0 +1,30 @@
+#include "wizard/wizard_sheet.h"
+
+namespace permora {
+namespace {
+
+constexpr const char* kWizardTitle = "Security Wizard";
+
+}  // namespace
+
+void CWizard::SetUp(CWnd* owner) {
+    Construct(kWizardTitle, owner);
+    AddPage(taskPage);
+    AddPage(permissionsPage);
+    SetWizardMode();
+}
+
+void CWizard::SetItems(const WizardItems& items) {
+    deletionPage.names = permissionsPage.names = items.names;
+    deletionPage.drivesMode = permissionsPage.drivesMode = items.drivesMode;
+    deletionPage.askBeforeSecureDeletion = items.askBeforeSecureDeletion;
+    permissionsPage.showIntermediateInfo = items.showIntermediateInfo;
+}
+
+bool CWizard::OnInitDialog() {
+    const bool result = CPropertySheet::OnInitDialog();
+    SetTitle(kWizardTitle);
+    return result;
+}
+
+}  // namespace permora

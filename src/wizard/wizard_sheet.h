@@ -1,0 +1,40 @@
+// CWizard: one task for all items selected in the browser, rights for accounts or deletion for good.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "framework/property_sheet.h"
+#include "wizard/deletion_page.h"
+#include "wizard/permissions_page.h"
+#include "wizard/task_page.h"
+
+namespace permora {
+
+// What one DoModal works on. All is borrowed until it returns.
+struct WizardItems {
+    std::span<const char* const>
+        names;                // in the order of the browser's rows, relative to the current directory
+    bool drivesMode = false;  // they are drive roots
+    bool askBeforeSecureDeletion = true;
+    std::uint8_t* showIntermediateInfo = nullptr;  // the setting that the notice may clear
+};
+
+// One object serves the program's whole life; each DoModal begins with the choice of the task.
+class CWizard : public CPropertySheet {
+  public:
+    CWizard() : taskPage(deletionPage, permissionsPage) {}
+    // `owner` is the main frame. To be called once.
+    void SetUp(CWnd* owner);
+    void SetItems(const WizardItems& items);
+
+  protected:
+    bool OnInitDialog() override;
+
+  private:
+    CWizardPage1 taskPage;
+    CWizardPage2 deletionPage;
+    CWizardPage3 permissionsPage;
+};
+
+}  // namespace permora

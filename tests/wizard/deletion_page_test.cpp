@@ -1,0 +1,255 @@
+// The wizard's deletion of real files, and its end at every moment.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <future>
+#include <optional>
+#include <thread>
+
+#include "framework/native.h"
+#include "framework/window_access.h"
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "resources/resource_ids.h"
+#include "security/message_boxes.h"
+#include "tests/support/command.h"
+#include "tests/support/refused_threads.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/ui_driver.h"
+#include "wizard/wizard_sheet.h"
+
+namespace {
+
+// Services that wait on demand (CMakeLists.txt).
+enum class Gate { kNone, kWrite, kFlush };
+std::atomic<Gate> closedGate = Gate::kNone;
+std::atomic<bool> isWaiting = false;
+std::promise<void>* opening = nullptr;
+
+void PassGate(Gate gate) {
+    if (closedGate != gate) return;
+    closedGate = Gate::kNone;
+    std::future<void> opened = opening->get_future();
+    isWaiting = true;
+    opened.wait();
+    isWaiting = false;
+}
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
+extern "C" {
+
+BOOL __real_WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped);
+BOOL __wrap_WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped) {
+    PassGate(Gate::kWrite);
+    return __real_WriteFile(file, buffer, bytes, written, overlapped);
+}
+
+BOOL __real_FlushFileBuffers(HANDLE file);
+BOOL __wrap_FlushFileBuffers(HANDLE file) {
+    PassGate(Gate::kFlush);
+    return __real_FlushFileBuffers(file);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace permora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::SheetButton;
+using testing::UiDriver;
+using testing::WindowDriver;
+
+constexpr const char* kTitle = "Security Wizard";
+
+class WizardDeletionPage : public ::testing::Test {
+  protected:
+    WizardDeletionPage() {
+        std::filesystem::current_path(folder.Path());
+        sheet.SetUp(nullptr);
+        items.askBeforeSecureDeletion = false;
+    }
+    ~WizardDeletionPage() override {
+        std::filesystem::current_path("/");
+        test::areThreadsRefused = false;
+        closedGate = Gate::kNone;
+    }
+
+    void MakeFile(const std::string& name, std::size_t bytes) const {
+        std::ofstream(folder.Path(name)) << std::string(bytes, 'x');
+    }
+    // The wizard on `names`, at the first page.
+    void Run(const std::vector<const char*>& names, const UiDriver::Script& script) {
+        items.names = names;
+        sheet.SetItems(items);
+        ui.ExpectSheet(kTitle, script);
+        sheet.DoModal();
+    }
+    static void GoToDeletion(WindowDriver& window) {
+        window.Click(IDC_TASK_DELETION);
+        window.Click(SheetButton::kNext);
+    }
+    static void WaitForEnd(WindowDriver& window) {
+        EXPECT_TRUE(window.WaitUntil([&] { return window.IsEnabled(SheetButton::kFinish); }));
+    }
+    void ExpectQuestion(int answer) {
+        ui.ExpectMessageBox("Are you sure want to delete selected items?", "Secure deletion",
+                            MB_YESNO | MB_ICONQUESTION, answer);
+    }
+
+    const test::TemporaryFolder folder;
+    WizardItems items;
+    UiDriver ui;
+    CWizard sheet;
+};
+
+TEST_F(WizardDeletionPage, ListsWhatBecomesOfEachAndCountsWhatIsGone) {
+    folder.MakeFolder("top");
+    folder.MakeFolder("top/empty");
+    MakeFile("top/empty/a && b", 700);
+    folder.MakeFolder("kept");
+    MakeFile("kept/readonly", 1);
+    std::filesystem::permissions("kept/readonly", std::filesystem::perms::owner_read);
+    MakeFile("last", 0);
+    Run({"top", "kept", "missing", "last"}, [&](WindowDriver& window) {
+        GoToDeletion(window);
+        WaitForEnd(window);
+        EXPECT_THAT(
+            window.Rows(IDC_DELETION_STATUS),
+            ElementsAre("a && b: deleted successefully", "empty: deleted successefully",
+                        "top: deleted successefully", "readonly: deleting... ",
+                        "cannot open file: " + GetSystemMessageText(ERROR_ACCESS_DENIED),
+                        "kept: cannot remove directory: " + GetSystemMessageText(ERROR_DIR_NOT_EMPTY),
+                        "missing: cannot get attributes: " + GetSystemMessageText(ERROR_FILE_NOT_FOUND),
+                        "last: deleted successefully", "", "Total deleted: 4"));
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kBack));
+        window.Click(SheetButton::kFinish);
+    });
+    EXPECT_TRUE(std::filesystem::exists("kept/readonly"));
+    EXPECT_FALSE(std::filesystem::exists("top"));
+    EXPECT_FALSE(std::filesystem::exists("last"));
+}
+
+TEST_F(WizardDeletionPage, DeletesNothingWithoutAYesAndNoDrives) {
+    MakeFile("file", 1);
+    items.askBeforeSecureDeletion = true;
+    Run({"file"}, [&](WindowDriver& window) {
+        for (int i = 0; i < 2; ++i) {  // each activation asks anew
+            ExpectQuestion(IDNO);
+            GoToDeletion(window);
+            EXPECT_FALSE(window.IsEnabled(SheetButton::kFinish));
+            EXPECT_THAT(window.Rows(IDC_DELETION_STATUS), IsEmpty());
+            window.Click(SheetButton::kBack);
+        }
+        ExpectQuestion(IDYES);
+        test::areThreadsRefused = true;
+        ui.ExpectMessageBox(GetSystemMessageText(ERROR_NOT_ENOUGH_MEMORY), kErrorCaption,
+                            MB_OK | MB_ICONERROR, IDOK);
+        GoToDeletion(window);
+        test::areThreadsRefused = false;
+        for (const SheetButton button : {SheetButton::kBack, SheetButton::kFinish})
+            EXPECT_FALSE(window.IsEnabled(button)) << "only Cancel is left";
+        window.Click(SheetButton::kCancel);
+    });
+    items.drivesMode = true;
+    Run({"file"}, [&](WindowDriver& window) {
+        EXPECT_TRUE(window.IsChecked(IDC_TASK_PERMISSIONS)) << "whatever was chosen before";
+        ui.ExpectMessageBox(
+            "Security Wizard can not delete disk drives.\nPlease, select folders and files to delete.",
+            kTitle, MB_OK, IDOK);
+        GoToDeletion(window);
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kBack));
+        window.Press("Esc");
+    });
+    EXPECT_TRUE(std::filesystem::exists("file"));
+}
+
+// Where a run is when its user closes the window.
+enum class Moment { kBefore, kQuestion, kInAFile, kBetweenEntries, kAfter };
+
+class WizardDeletionEnds : public WizardDeletionPage,
+                           public ::testing::WithParamInterface<std::tuple<Moment, bool>> {};
+
+TEST_P(WizardDeletionEnds, AtEveryMoment) {
+    const auto [moment, byCloseBox] = GetParam();
+    folder.MakeFolder("top");
+    MakeFile("top/file", 2048);
+    MakeFile("later", 512);
+    const auto leave = [byBox = byCloseBox](WindowDriver& window) {
+        byBox ? window.ClickCloseBox() : window.Click(SheetButton::kCancel);
+    };
+    const bool isStoppedAtWork = moment == Moment::kInAFile || moment == Moment::kBetweenEntries;
+    std::promise<void> gate;
+    opening = &gate;
+    if (moment == Moment::kInAFile) closedGate = Gate::kWrite;
+    if (moment == Moment::kBetweenEntries) closedGate = Gate::kFlush;
+    items.askBeforeSecureDeletion = moment == Moment::kQuestion;
+    Run({"top", "later"}, [&](WindowDriver& window) {
+        if (moment == Moment::kBefore) return leave(window);
+        if (moment == Moment::kQuestion) ExpectQuestion(IDNO);
+        GoToDeletion(window);
+        if (moment == Moment::kAfter) WaitForEnd(window);
+        if (!isStoppedAtWork) return leave(window);
+        EXPECT_TRUE(window.WaitUntil([&] { return isWaiting && !window.Rows(IDC_DELETION_STATUS).empty(); }));
+        leave(window);
+        EXPECT_TRUE(window.IsOpen()) << "until the worker has stopped";
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kCancel));
+        EXPECT_THAT(window.Rows(IDC_DELETION_STATUS), ElementsAre("file: deleting... "));
+        gate.set_value();
+    });
+    const bool isFileGone = moment == Moment::kBetweenEntries || moment == Moment::kAfter;
+    EXPECT_EQ(std::filesystem::exists("top/file"), !isFileGone);
+    EXPECT_EQ(std::filesystem::exists("top"), moment != Moment::kAfter);
+    EXPECT_EQ(std::filesystem::exists("later"), moment != Moment::kAfter);
+    if (moment == Moment::kInAFile) {
+        EXPECT_EQ(test::ReadWholeFile("top/file"), std::string(512, '\0') + std::string(1536, 'x'));
+    }
+    // Nothing of it reaches the next run.
+    items.askBeforeSecureDeletion = true;
+    MakeFile("next", 1);
+    Run({"next"}, [&](WindowDriver& window) {
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kCancel));
+        ExpectQuestion(IDNO);
+        GoToDeletion(window);
+        EXPECT_THAT(window.Rows(IDC_DELETION_STATUS), IsEmpty());
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kFinish));
+        window.Press("Esc");
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Moments, WizardDeletionEnds,
+                         ::testing::Combine(::testing::Values(Moment::kBefore, Moment::kQuestion,
+                                                              Moment::kInAFile, Moment::kBetweenEntries,
+                                                              Moment::kAfter),
+                                            ::testing::Bool()));
+
+// The desktop ends the program, which does not ask the sheet.
+TEST_F(WizardDeletionPage, TheProgramsEndWaitsForTheWorker) {
+    MakeFile("file", 2048);
+    std::promise<void> gate;
+    opening = &gate;
+    closedGate = Gate::kWrite;
+    std::thread opener;
+    Run({"file"}, [&](WindowDriver& window) {
+        GoToDeletion(window);
+        EXPECT_TRUE(window.WaitUntil([] { return isWaiting.load(); }));
+        opener = std::thread([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            gate.set_value();
+        });
+        WindowAccess::NativeAs<NativeDialog>(sheet)->EndModal();
+    });
+    opener.join();
+    EXPECT_EQ(test::ReadWholeFile("file"), std::string(512, '\0') + std::string(1536, 'x'));
+}
+
+}  // namespace
+}  // namespace permora

@@ -1,0 +1,241 @@
+// The wizard's assignment of permissions on real files.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "platform/host_path.h"
+#include "resources/resource_ids.h"
+#include "security/message_boxes.h"
+#include "tests/support/access_lists.h"
+#include "tests/support/command.h"
+#include "tests/support/ntfs_volume.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/ui_driver.h"
+#include "wizard/wizard_sheet.h"
+
+namespace permora {
+namespace {
+
+using test::DaclText;
+using test::SetDescriptorText;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using testing::SheetButton;
+using testing::UiDriver;
+using testing::WindowDriver;
+
+constexpr const char* kTitle = "Security Wizard";
+constexpr int kReadCombination = 5;
+constexpr int kDenyAllCombination = 1;
+
+// The wizard on the items of a folder: "top" hands full control down to "top/first" and "top/second".
+class WizardPermissionsPage : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        const DWORD error = SetDescriptorText(folder.MakeFolder("top"), "D:P(A;OICI;FA;;;BA)");
+        if (error == ERROR_NOT_SUPPORTED) GTEST_SKIP() << "the temporary folder holds no access lists";
+        ASSERT_EQ(error, ERROR_SUCCESS);
+        Give(folder.MakeFolder("top/first"), "D:(D;;CC;;;BU)(A;;FR;;;BU)");
+        Give(folder.MakeFile("top/second"), "D:P(A;;FA;;;WD)");
+        Enter(folder.Path("top"));
+        sheet.SetUp(nullptr);
+    }
+
+    static void Give(const std::string& path, const std::string& sddl) {
+        ASSERT_EQ(SetDescriptorText(path, sddl), ERROR_SUCCESS) << path;
+    }
+    static void Enter(const std::string& path) {
+        ASSERT_NE(SetCurrentDirectoryA(PathFromArgument(path.c_str()).c_str()), FALSE);
+    }
+    // The wizard on `names` at the permissions page; the script ends with a button of the sheet. `expect`
+    // declares what comes before the page is there.
+    void Assign(
+        const std::vector<const char*>& names, const UiDriver::Script& script,
+        const std::function<void()>& expect = [] {}) {
+        sheet.SetItems({.names = names, .showIntermediateInfo = &showIntermediateInfo});
+        ui.ExpectSheet(kTitle, [&](WindowDriver& window) {
+            EXPECT_FALSE(window.IsEnabled(SheetButton::kBack));
+            expect();
+            window.Click(SheetButton::kNext);
+            script(window);
+        });
+        sheet.DoModal();
+    }
+    void Add(WindowDriver& window, const std::string& account) {
+        ui.ExpectDialog(IDD_ACCOUNT_PICKER, [&](WindowDriver& picker) {
+            picker.SetText(IDC_ACCOUNT_NAME, account);
+            picker.Press("Return");
+        });
+        window.Click(IDC_WIZARD_ADD_ACCOUNT);
+    }
+    static std::string Marks(WindowDriver& window) {
+        std::string marks;
+        for (std::size_t right = 0; right < AccountRights::kRights; ++right)
+            marks += window.IsRowChecked(IDC_WIZARD_RIGHTS, static_cast<int>(right)) ? '1' : '0';
+        return marks;
+    }
+
+    const test::TemporaryFolder folder;
+    std::uint8_t showIntermediateInfo = 0;
+    UiDriver ui;
+    CWizard sheet;
+};
+
+TEST_F(WizardPermissionsPage, AllItemsGetTheFirstOnesAccountsAsChanged) {
+    showIntermediateInfo = 1;
+    const auto expectNotice = [&] {
+        ui.ExpectDialog(IDD_SELECTION_NOTICE, [](WindowDriver& notice) {
+            EXPECT_THAT(notice.Text(IDC_NOTICE_TEXT),
+                        HasSubstr("Security Wizard can display information only"));
+            notice.Click(IDC_DO_NOT_SHOW_AGAIN);
+            notice.Click(IDOK);
+        });
+    };
+    Assign(
+        {"first", "second"},
+        [&](WindowDriver& window) {
+            EXPECT_THAT(window.Rows(IDC_WIZARD_ACCOUNTS),
+                        ElementsAre("BUILTIN\\Users", "BUILTIN\\Administrators"));
+            EXPECT_EQ(window.Rows(IDC_WIZARD_RIGHTS)[5], "Create files / Write data");
+            EXPECT_EQ(Marks(window), "00011000000100") << "reading, but for the right denied";
+            EXPECT_TRUE(window.IsEnabled(IDC_WIZARD_REMOVE_ACCOUNT));
+            window.ToggleRowCheck(IDC_WIZARD_RIGHTS, 10);
+
+            window.SelectRow(IDC_WIZARD_ACCOUNTS, 1);
+            EXPECT_EQ(Marks(window), "11111111111111");
+            EXPECT_FALSE(window.IsEnabled(IDC_WIZARD_REMOVE_ACCOUNT)) << "what comes from above stays";
+            window.ToggleRowCheck(IDC_WIZARD_RIGHTS, 13);
+            window.ToggleRowCheck(IDC_WIZARD_RIGHTS, 12);
+            EXPECT_EQ(Marks(window), "01111111111100");
+            window.ToggleRowCheck(IDC_WIZARD_RIGHTS, 12);
+
+            Add(window, "Guests");
+            EXPECT_THAT(window.SelectedRows(IDC_WIZARD_ACCOUNTS), ElementsAre(2));
+            EXPECT_EQ(window.FocusedControl(), unsigned{IDC_WIZARD_RIGHTS});
+            window.SelectRow(IDC_COMBINATIONS, kReadCombination);
+            EXPECT_EQ(Marks(window), "00111000000100");
+            Add(window, "Users");  // is there already
+            EXPECT_THAT(window.SelectedRows(IDC_WIZARD_ACCOUNTS), ElementsAre(0));
+            EXPECT_EQ(window.Rows(IDC_WIZARD_ACCOUNTS).size(), 3U);
+
+            window.Click(SheetButton::kBack);  // what was changed here is forgotten
+            window.Click(SheetButton::kNext);
+            EXPECT_EQ(window.Rows(IDC_WIZARD_ACCOUNTS).size(), 2U);
+            Add(window, "Guests");
+            window.SelectRow(IDC_COMBINATIONS, kReadCombination);
+            window.SelectRow(IDC_WIZARD_ACCOUNTS, 1);
+            window.ToggleRowCheck(IDC_WIZARD_RIGHTS, 13);
+            window.Click(SheetButton::kFinish);
+        },
+        expectNotice);
+    EXPECT_EQ(showIntermediateInfo, 0);
+    const std::string entries = "(D;OICI;CC;;;BU)(D;OICI;WO;;;BA)(A;OICI;FR;;;BU)(A;OICI;CCSWLORC;;;BG)";
+    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:AI" + entries + "(A;OICIID;FA;;;BA)");
+    EXPECT_EQ(DaclText(folder.Path("top/second")), "D:PAI" + entries);
+}
+
+TEST_F(WizardPermissionsPage, AccountsAreRemovedAndTheKeyboardDoesAll) {
+    Give(folder.Path("top/first"), "D:P(A;;FR;;;BU)(A;OICI;FA;;;BG)");
+    Assign({"first", "missing", "second"}, [&](WindowDriver& window) {
+        EXPECT_EQ(window.FocusedControl(), unsigned{IDC_WIZARD_ACCOUNTS});
+        window.Press("Down");
+        EXPECT_EQ(Marks(window), "11111111111111");
+        for (const char* key : {"Tab", "Tab", "Tab"})
+            window.Press(key);
+        EXPECT_EQ(window.FocusedControl(), unsigned{IDC_COMBINATIONS});
+        window.Press("Down");
+        window.Press("Up");
+        EXPECT_EQ(Marks(window), "11111111111111") << "going through them takes none";
+        window.Press("End");
+        window.Press("Space");
+        EXPECT_EQ(Marks(window), "00000111100000");
+        window.Press("Tab");
+        window.Press("Home");
+        window.Press("Space");
+        EXPECT_EQ(Marks(window), "11111111111111");
+        window.Press("Space");
+        EXPECT_EQ(Marks(window), "01111111111111") << "full control alone takes nothing away";
+
+        window.SelectRow(IDC_WIZARD_ACCOUNTS, 0);
+        window.SelectRow(IDC_COMBINATIONS, kDenyAllCombination);
+        window.Click(IDC_WIZARD_REMOVE_ACCOUNT);
+        EXPECT_THAT(window.Rows(IDC_WIZARD_ACCOUNTS), ElementsAre("BUILTIN\\Guests"));
+        EXPECT_EQ(Marks(window), "11111111111111");
+        window.SelectRow(IDC_WIZARD_ACCOUNTS, WindowDriver::kBesideRows);
+        EXPECT_EQ(Marks(window), "00000000000000");
+        ui.ExpectMessageBox(HasSubstr("file"), kErrorCaption, MB_OK | MB_ICONERROR, IDOK);
+        window.Click(SheetButton::kFinish);
+    });
+    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;0x1f03ff;;;BG)");
+    EXPECT_EQ(DaclText(folder.Path("top/second")), "D:PAI(A;OICI;0x1f03ff;;;BG)");
+
+    Assign({"first"}, [&](WindowDriver& window) {
+        window.Click(IDC_WIZARD_REMOVE_ACCOUNT);
+        for (const int id : {IDC_WIZARD_REMOVE_ACCOUNT, IDC_WIZARD_RIGHTS, IDC_COMBINATIONS})
+            EXPECT_FALSE(window.IsEnabled(static_cast<unsigned>(id))) << id;
+        Add(window, "Everyone");
+        EXPECT_TRUE(window.IsEnabled(IDC_WIZARD_RIGHTS));
+        window.Click(SheetButton::kCancel);
+    });
+    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;0x1f03ff;;;BG)") << "only Finish writes";
+}
+
+TEST_F(WizardPermissionsPage, WithoutTheFirstItemsListThereIsNoFinish) {
+    const auto expectNothing = [](WindowDriver& window) {
+        EXPECT_THAT(window.Rows(IDC_WIZARD_ACCOUNTS), IsEmpty());
+        for (const int id : {IDC_WIZARD_ACCOUNTS, IDC_WIZARD_RIGHTS, IDC_COMBINATIONS, IDC_WIZARD_ADD_ACCOUNT,
+                             IDC_WIZARD_REMOVE_ACCOUNT})
+            EXPECT_FALSE(window.IsEnabled(static_cast<unsigned>(id))) << id;
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kFinish));
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kBack));
+        window.Press("Return");
+        window.Press("Esc");
+    };
+    Assign({"missing", "second"}, expectNothing,
+           [&] { ui.ExpectMessageBox(HasSubstr("file"), kErrorCaption, MB_OK | MB_ICONERROR, IDOK); });
+    Give(folder.Path("top/first"), "D:NO_ACCESS_CONTROL");
+    Assign({"first", "second"}, expectNothing, [&] {
+        ui.ExpectMessageBox("Object's access control list is null (All access is allowed)",
+                            kInformationCaption, MB_OK | MB_ICONINFORMATION, IDOK);
+    });
+    EXPECT_EQ(DaclText(folder.Path("top/second")), "D:PAI(A;;FA;;;WD)");
+
+    // An empty list is one that was read.
+    Give(folder.Path("top/first"), "D:P");
+    Assign({"first"}, [&](WindowDriver& window) {
+        EXPECT_THAT(window.Rows(IDC_WIZARD_ACCOUNTS), IsEmpty());
+        EXPECT_TRUE(window.IsEnabled(IDC_WIZARD_ADD_ACCOUNT));
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kFinish));
+        Add(window, "Everyone");
+        window.SelectRow(IDC_COMBINATIONS, kReadCombination);
+        window.Click(SheetButton::kFinish);
+    });
+    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;CCSWLORC;;;WD)");
+}
+
+TEST_F(WizardPermissionsPage, OnAVolumeOfWindows) {
+    if (const std::string reason = test::NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    test::NtfsVolume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    ASSERT_EQ(test::RunCommand({"touch", volume.Path("item")}).exitCode, 0);
+    Give(volume.Path("item"), "D:P(A;;FA;;;BA)");
+    Enter(volume.Root());
+    Assign({"item"}, [&](WindowDriver& window) {
+        Add(window, "Guests");
+        window.SelectRow(IDC_COMBINATIONS, 0);
+        window.Click(SheetButton::kFinish);
+    });
+    Enter("/");
+    EXPECT_EQ(volume.AuditedEntries("/item"),
+              "0 0x3 0x1f01ff S-1-5-20-220\n"
+              "0 0x3 0x1f03ff S-1-5-20-222\n");
+}
+
+}  // namespace
+}  // namespace permora
