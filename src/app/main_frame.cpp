@@ -51,11 +51,13 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_GO_FORWARD, Notify::kCommand, &CMainFrame::GoForward},
             {ID_GO_TO_LOCATION, Notify::kCommand, &CMainFrame::GoToLocation},
             {ID_GO_TO_ROOT, Notify::kCommand, &CMainFrame::GoToRoot},
+            {ID_SHOW_SHARES, Notify::kCommand, &CMainFrame::ToggleSharesMode},
             {ID_VIEW_OWN_ICONS, Notify::kCommand, &CMainFrame::ToggleOwnIcons},
             {ID_SETTINGS, Notify::kCommand, &CMainFrame::EditSettings},
             {ID_PERMISSIONS, Notify::kCommand, &CMainFrame::OpenSecurityEditor},
             {ID_SECURE_DELETION, Notify::kCommand, &CMainFrame::StartSecureDeletion},
             {ID_WIZARD, Notify::kCommand, &CMainFrame::StartWizard},
+            {ID_SHOW_SHARES, Notify::kUpdateCommand, &CMainFrame::OnUpdateSharesMode},
             {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
@@ -84,6 +86,7 @@ bool CMainFrame::OnCreate() {
     statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
     statusBarWnd.SetPaneWidth(kItemCountPane, kItemCountWidth);
     securitySheet.SetUp(this);
+    shareSheet.SetUp(this);
     wizardSheet.SetUp(this);
     LoadToolBarImages();
     ApplySettings();
@@ -173,19 +176,42 @@ void CMainFrame::RestorePlacement() {
 // ---- Commands ----
 
 void CMainFrame::GoBack() {
+    LeaveSharesMode();
     view.MoveInHistory(-1);
 }
 
 void CMainFrame::GoForward() {
+    LeaveSharesMode();
     view.MoveInHistory(1);
 }
 
 void CMainFrame::GoToLocation() {
-    view.GoToLocation(addressBarWnd.locationText);
+    // Leaving puts the folder's path into the field.
+    const std::string typed = addressBarWnd.locationText;
+    LeaveSharesMode();
+    view.GoToLocation(typed);
 }
 
 void CMainFrame::GoToRoot() {
+    LeaveSharesMode();
     view.GoToRoot();
+}
+
+void CMainFrame::ToggleSharesMode() {
+    if (view.sharesMode) {
+        LeaveSharesMode();
+        return;
+    }
+    GetMenu().SetText(ID_NEW_FOLDER, "&New Share...");
+    toolBar.PressButton(ID_SHOW_SHARES, true);
+    view.EnterSharesMode();
+}
+
+void CMainFrame::LeaveSharesMode() {
+    if (!view.sharesMode) return;
+    GetMenu().SetText(ID_NEW_FOLDER, "&New Folder...");
+    toolBar.PressButton(ID_SHOW_SHARES, false);
+    view.LeaveSharesMode();
 }
 
 void CMainFrame::ToggleOwnIcons() {
@@ -216,6 +242,8 @@ void CMainFrame::OpenSecurityEditor() {
     }
     if (names == nullptr) {
         ShowInfoBox(GetSafeHwnd(), kNothingSelected);
+    } else if (view.sharesMode) {
+        EditShares({names, count});
     } else {
         EditItems({names, count});
     }
@@ -231,6 +259,11 @@ void CMainFrame::EditItems(std::span<const char* const> names) {
     }
     securitySheet.SetItems(names, view.driveListShown);
     securitySheet.DoModal();
+}
+
+void CMainFrame::EditShares(std::span<const char* const> names) {
+    shareSheet.SetShares(names);
+    shareSheet.DoModal();
 }
 
 void CMainFrame::StartSecureDeletion() {
@@ -293,6 +326,11 @@ void CMainFrame::StartWizard() {
 // Shares have no place in the history and nothing above them, and are no files.
 void CMainFrame::OnUpdateFileCommand(Notification& notification) {
     notification.state.enabled = !view.sharesMode;
+}
+
+// Shown in the menu and as the toolbar's pressed button.
+void CMainFrame::OnUpdateSharesMode(Notification& notification) {
+    notification.state.checked = view.sharesMode;
 }
 
 }  // namespace permora

@@ -9,6 +9,7 @@
 #include "editor/security_sheet.h"
 #include "framework/bars.h"
 #include "framework/frame_window.h"
+#include "shares/share_sheet.h"
 #include "wizard/wizard_sheet.h"
 
 namespace permora {
@@ -46,6 +47,8 @@ class CMainFrame : public CFrameWnd {
     void GoForward();
     void GoToLocation();
     void GoToRoot();
+    void ToggleSharesMode();
+    void LeaveSharesMode();
     void ToggleOwnIcons();
     void EditSettings();
     void OpenSecurityEditor();
@@ -53,8 +56,10 @@ class CMainFrame : public CFrameWnd {
     bool MayDeleteSelection();
     void StartWizard();
     void EditItems(std::span<const char* const> names);
+    void EditShares(std::span<const char* const> names);
     void DeleteItems(std::span<const char* const> names);
     void OnUpdateFileCommand(Notification& notification);
+    void OnUpdateSharesMode(Notification& notification);
 
     CImageList toolBarImages;
     CStatusBar statusBarWnd;
@@ -62,8 +67,9 @@ class CMainFrame : public CFrameWnd {
     CReBar reBar;
     AddrBar addressBarWnd;
     BrowserView view;
-    CPSheet securitySheet;  // one object for all openings
-    CWizard wizardSheet;    // likewise
+    CPSheet securitySheet;  // one object for all openings, as those that follow
+    CShareSheet shareSheet;
+    CWizard wizardSheet;
     ProgramSettings settings;
 };
 

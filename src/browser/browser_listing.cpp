@@ -13,9 +13,6 @@
 namespace permora {
 namespace {
 
-constexpr int kMessagePane = 0;
-constexpr int kCountPane = 1;
-
 // A root and its NUL in the system's list of drives.
 constexpr std::size_t kDriveEntryLength = 4;
 

@@ -49,11 +49,12 @@ void BrowserView::RefreshList() {
     const std::string focusedName = list.GetItemText(focusedRow, kNameColumn);
     const int markedRow = list.GetSelectionMark();
     const std::string markedName = list.GetItemText(markedRow, kNameColumn);
-    if (currentFolder.empty() ? ListDrives() : ListFolder(currentFolder)) {
+    if (ListAgain()) {
         if (markedRow >= 0) list.SetSelectionMark(RowNamed(markedName));
         if (focusedRow >= 0) FocusAgain(focusedName, focusedRow);
         return;
     }
+    if (sharesMode) return;  // has been told
     if (currentFolder.empty()) {
         ReportLastError();
         return;
@@ -62,6 +63,11 @@ void BrowserView::RefreshList() {
     if (IsGone(currentFolder) && ShowNearestParent()) return;
     SetLastError(error);
     ReportLastError();
+}
+
+bool BrowserView::ListAgain() {
+    if (sharesMode) return ListShares();
+    return currentFolder.empty() ? ListDrives() : ListFolder(currentFolder);
 }
 
 // The keyboard goes on at the row of that name, or where it was when there is none any more.

@@ -40,7 +40,7 @@ const MessageMap& BrowserView::GetMessageMap() const {
                                    {ID_VIEW_LIST, Notify::kCommand, &BrowserView::OnViewMode},
                                    {ID_VIEW_DETAILS, Notify::kCommand, &BrowserView::OnViewMode},
                                });
-    return kMap;
+    return sharesMode ? SharesModeMap(kMap) : kMap;
 }
 
 BrowserView::BrowserView() : clipboardFormat(RegisterClipboardFormat("ZELClipboardData")) {

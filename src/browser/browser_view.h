@@ -1,4 +1,5 @@
-// BrowserView: the client area of the main window. Its list shows the drives, or what is in one folder.
+// BrowserView: the client area of the main window. Its list shows the drives, what is in one folder, or the
+// machine's shares.
 //
 // The folder shown is the process's current directory: rows carry bare names, and whoever works on a row
 // finds it by that name. A drive's row is its root ("C:\").
@@ -26,6 +27,7 @@ class CStatusBar;
 
 // What the address bar says in the place of a folder.
 inline constexpr const char* kDriveListLocation = "Accessible disk drives";
+inline constexpr const char* kShareListLocation = "Accessible shared resources";
 
 class BrowserView : public CWnd {
   public:
@@ -47,8 +49,9 @@ class BrowserView : public CWnd {
     // The process's current directory, full path.
     bool QueryCurrentDirectory(std::string& path) const;
 
-    // Shows the same location again, with the focus on the row that had it. A folder that is gone leads to
-    // the nearest one above it that is not, and a message says so; any other failure is reported.
+    // Shows the same location again, or the shares, with the focus on the row that had it. A folder that is
+    // gone leads to the nearest one above it that is not, and a message says so; any other failure is
+    // reported.
     void RefreshList();
 
     // ---- Selection ----
@@ -83,6 +86,17 @@ class BrowserView : public CWnd {
     // which ERROR_CANT_RESOLVE_FILENAME says that links put into its path lead to another folder now, where
     // the names of the rows mean other files; that one is then the current directory.
     bool ReturnToShownFolder() const;
+
+    // ---- Shares mode. `currentFolder` stays what it was, and is shown again afterwards. ----
+
+    void EnterSharesMode();
+    void LeaveSharesMode();
+    // Shows the machine's shares, but for the one of its services. Failures are told, but for those of the
+    // list itself; the rows before them stay.
+    bool ListShares();
+    // Asks, and ends the sharing of the selected rows up to the first failure, which is told. Lists again,
+    // whatever the answer.
+    void RemoveSelectedShares();
 
     // ---- Presentation ----
 
@@ -132,6 +146,8 @@ class BrowserView : public CWnd {
     void EnableContextCommands(CMenu& menu) const;
 
     // Listing.
+    static constexpr int kMessagePane = 0;
+    static constexpr int kCountPane = 1;
     bool FillFolder();
     bool FillPass(EntryKind wanted, int& row);
     bool AddFolderRow(int row, const WIN32_FIND_DATAA& found);
@@ -141,7 +157,14 @@ class BrowserView : public CWnd {
     void ShowLocation(const std::string& text);
     void PaintStatusBar();
 
+    // Shares.
+    static const MessageMap& SharesModeMap(const MessageMap& base);
+    void CreateNewShare();
+    bool AddShareRow(int row, const std::string& name);
+    void RemoveShares();
+
     // Navigation.
+    bool ListAgain();
     void FocusAgain(const std::string& name, int row);
     int RowNamed(const std::string& name) const;  // -1: none
     bool ShowLocationAgain();

@@ -101,7 +101,7 @@ TEST_F(MainFrame, CommandsWithoutHandlerAreDisabled) {
         {ID_GO_TO_ROOT, true},    {ID_REFRESH, true},         {ID_SELECT_ALL, true},
         {ID_SETTINGS, true},      {ID_VIEW_OWN_ICONS, true},  {ID_VIEW_TOOLBAR, true},
         {ID_HELP_CONTENTS, true}, {ID_APP_ABOUT, true},       {ID_APP_EXIT, true},
-        {ID_WIZARD, true},        {ID_SECURE_DELETION, true}, {ID_SHOW_SHARES, false},
+        {ID_WIZARD, true},        {ID_SECURE_DELETION, true}, {ID_SHOW_SHARES, true},
     };
     for (const auto& [id, isEnabled] : states)
         EXPECT_EQ(AskCommandState(Frame(), id, false).enabled, isEnabled) << id;

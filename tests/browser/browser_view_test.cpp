@@ -144,7 +144,7 @@ TEST_F(Browser, TheContextMenuGreysWhatCannotBeDone) {
     folder.MakeFile("file");
     Start(R"(T:\)");
     const auto greyed = [this](int row) {
-        view.RefreshList();
+        view.list.SetSelected(0, false);
         ui.ExpectMenu(0);
         Window().RightClickRow(BrowserView::kListId, row);
         std::vector<unsigned int> commands;

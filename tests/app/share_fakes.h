@@ -1,0 +1,31 @@
+// A machine with the shares that the test says.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/network.h"
+
+namespace permora::testing {
+
+struct FakeShare {
+    std::string name;
+    std::string path;
+    NET_API_STATUS readError = NERR_Success;  // of each question about this one
+    NET_API_STATUS removeError = NERR_Success;
+};
+
+// While it lives it stands in for the machine's own shares, which are handed out one a call.
+class ShareFakes {
+  public:
+    ShareFakes();
+    ~ShareFakes();
+    ShareFakes(const ShareFakes&) = delete;
+    ShareFakes& operator=(const ShareFakes&) = delete;
+
+    std::vector<FakeShare> shares;
+    NET_API_STATUS listError = NERR_Success;  // once the shares above are handed out
+};
+
+}  // namespace permora::testing

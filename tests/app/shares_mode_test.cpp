@@ -1,0 +1,186 @@
+// The main window while it shows the machine's shares.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "app/main_app.h"
+#include "app/settings_store.h"
+#include "framework/command_routing.h"
+#include "platform/linux/files/drives.h"
+#include "resources/resource_ids.h"
+#include "security/message_boxes.h"
+#include "tests/app/share_fakes.h"
+#include "tests/app/shell_fakes.h"
+#include "tests/app/system_fakes.h"
+#include "tests/support/ui_driver.h"
+
+namespace permora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using testing::UiDriver;
+using testing::WindowDriver;
+
+constexpr unsigned int kList = BrowserView::kListId;
+constexpr const char* kFolder = R"(T:\)";
+
+// The program on a folder with the folder "sub", on a machine with shares.
+class SharesMode : public ::testing::Test {
+  protected:
+    SharesMode() {
+        data.MakeFolder("sub");
+        EXPECT_EQ(StoreProgramFolder(SettingsOwner::kUser, R"(C:\Tools)"), ERROR_SUCCESS);
+        EXPECT_TRUE(host::PinDrive('T', data.Path()));
+        system.commandLine = R"("permora" "T:\")";
+        machine.shares = {{"IPC$", ""}, {"C$", R"(C:\)"}, {"docs", R"(D:\docs)"}, {"plans", R"(D:\plans)"}};
+        EXPECT_TRUE(app.InitInstance());
+    }
+    ~SharesMode() override {
+        app.mainWindow->DestroyWindow();
+        host::PinDrive('T', "");
+    }
+
+    CMainFrame& Frame() { return dynamic_cast<CMainFrame&>(*app.mainWindow); }
+    void Run(unsigned int command) { Frame().RunCommand(command); }
+    // Also where the window shows the command as disabled.
+    void Send(unsigned int command) {
+        Notification notification;
+        notification.id = command;
+        EXPECT_TRUE(Frame().OnCmdMsg(notification)) << command;
+    }
+    static WindowDriver Window() { return UiDriver::MainWindow(); }
+    static std::vector<std::string> Rows() { return Window().Rows(kList); }
+
+    static void ExpectSharesShown(bool shown) {
+        WindowDriver window = Window();
+        window.WaitUntil([&] { return window.IsChecked(ID_SHOW_SHARES) == shown; });
+        EXPECT_EQ(window.ReadMenu(ID_SHOW_SHARES).isChecked, shown);
+        EXPECT_EQ(window.ReadMenu(ID_NEW_FOLDER).text, shown ? "&New Share..." : "&New Folder...");
+        EXPECT_EQ(window.Headers(kList)[1], shown ? "Path" : "Type");
+        EXPECT_EQ(window.Text(IDC_LOCATION) == "Accessible shared resources", shown);
+    }
+    void ExpectQuestion(int answer) {
+        ui.ExpectMessageBox("Are you sure want to delete specified shared resource", "Deletion",
+                            MB_YESNO | MB_ICONQUESTION, answer);
+    }
+    void ExpectInfo(const std::string& text) {
+        ui.ExpectMessageBox(text, kInformationCaption, MB_OK | MB_ICONINFORMATION, IDOK);
+    }
+    void ExpectError(const std::string& text) {
+        ui.ExpectMessageBox(text, kErrorCaption, MB_OK | MB_ICONERROR, IDOK);
+    }
+
+    UiDriver ui;
+    testing::SystemFakes system;
+    testing::ShellFakes shell;
+    testing::ShareFakes machine;
+    test::TemporaryFolder data;
+    CMainApp app;
+};
+
+TEST_F(SharesMode, ShowsEveryShareButThatOfTheMachinesServices) {
+    machine.shares.push_back({"ipc$", R"(D:\ipc)"});
+    machine.shares.push_back({"odd", R"(D:\odd)", ERROR_ACCESS_DENIED});
+    Run(ID_SHOW_SHARES);
+    ExpectSharesShown(true);
+    EXPECT_THAT(Rows(), ElementsAre(HasSubstr(R"(C$ | C:\)"), HasSubstr(R"(docs | D:\docs)"),
+                                    HasSubstr(R"(plans | D:\plans)"), HasSubstr(R"(ipc$ | D:\ipc)"),
+                                    ::testing::Not(HasSubstr(R"(D:\odd)"))));
+    EXPECT_EQ(Window().StatusText(1), "Total items: 5");
+    for (const int id : {ID_EDIT_COPY, ID_EDIT_CUT, ID_EDIT_PASTE, ID_GO_BACK, ID_GO_FORWARD, ID_GO_UP,
+                         ID_ATTRIBUTES, ID_SECURE_DELETION, ID_WIZARD, ID_RENAME})
+        EXPECT_FALSE(AskCommandState(Frame(), static_cast<unsigned int>(id), false).enabled) << id;
+    for (const int id : {ID_DELETE, ID_NEW_FOLDER, ID_PERMISSIONS, ID_REFRESH, ID_GO_TO_ROOT})
+        EXPECT_TRUE(AskCommandState(Frame(), static_cast<unsigned int>(id), false).enabled) << id;
+
+    machine.shares.resize(1);
+    Window().Press("F5");
+    EXPECT_THAT(Rows(), IsEmpty());
+    EXPECT_EQ(Window().StatusText(1), "Total items: 0");
+
+    Run(ID_SHOW_SHARES);
+    ExpectSharesShown(false);
+    EXPECT_EQ(Window().Text(IDC_LOCATION), kFolder);
+    EXPECT_THAT(Rows(), ElementsAre(HasSubstr("sub")));
+}
+
+TEST_F(SharesMode, TellsWhySharesCannotBeListed) {
+    machine.listError = ERROR_ACCESS_DENIED;
+    ExpectError("Error: cannot enumerate shared resources: " + GetSystemMessageText(ERROR_ACCESS_DENIED));
+    Run(ID_SHOW_SHARES);
+    ExpectSharesShown(true);
+    EXPECT_EQ(Rows().size(), 3U) << "those before the failure";
+}
+
+TEST_F(SharesMode, RemovesTheSelectedSharesUpToTheFirstFailure) {
+    Run(ID_SHOW_SHARES);
+    ExpectInfo("Please, select items to work with them.");
+    Run(ID_DELETE);
+
+    Window().SelectRows(kList, {0, 1, 2});
+    ExpectQuestion(IDNO);
+    machine.shares.push_back({"new", R"(D:\new)"});
+    Run(ID_DELETE);
+    EXPECT_EQ(Rows().size(), 4U) << "nothing was removed, and the list is new";
+
+    machine.shares[2].removeError = NERR_NetNameNotFound;
+    Window().SelectRows(kList, {0, 1, 2});
+    ExpectQuestion(IDYES);
+    ExpectError("Error: one or more shared resources coud not be removed: " +
+                GetSystemMessageText(NERR_NetNameNotFound));
+    Window().Press("Del");
+    EXPECT_THAT(Rows(), ElementsAre(HasSubstr("docs"), HasSubstr("plans"), HasSubstr("new")));
+}
+
+TEST_F(SharesMode, EndsBeforeTheUserGoesElsewhere) {
+    const struct {
+        unsigned int command;
+        std::string location;
+    } cases[] = {
+        {ID_GO_BACK, kDriveListLocation},
+        {ID_GO_FORWARD, kFolder},
+        {ID_GO_TO_LOCATION, R"(T:\sub)"},
+        {ID_GO_TO_ROOT, kDriveListLocation},
+    };
+    for (const auto& [command, location] : cases) {
+        SCOPED_TRACE(command);
+        Run(ID_SHOW_SHARES);
+        ExpectSharesShown(true);
+        if (command == ID_GO_TO_LOCATION) Window().SetText(IDC_LOCATION, location);
+        Send(command);
+        ExpectSharesShown(false);
+        EXPECT_EQ(Window().Text(IDC_LOCATION), location);
+    }
+}
+
+TEST_F(SharesMode, StartsTheSystemsWizardForANewShare) {
+    Run(ID_SHOW_SHARES);
+    Run(ID_NEW_FOLDER);
+    EXPECT_EQ(shell.requests, std::vector<std::string>{"open shrpubw"});
+    shell.refused = {"open shrpubw"};
+    ExpectError("Cannot open \"Create a share folder wizard\"");
+    Run(ID_NEW_FOLDER);
+}
+
+// The folder shown has gone, and nobody needs it.
+TEST_F(SharesMode, OpensTheShareSheetOnTheSelection) {
+    Run(ID_SHOW_SHARES);
+    std::filesystem::remove_all(data.Path("sub"));
+    const auto before = std::filesystem::current_path();
+    Window().SelectRow(kList, 1);
+    machine.shares.clear();
+    ExpectError(GetSystemMessageText(NERR_NetNameNotFound));
+    ui.ExpectSheet("Security Editor - docs", [](WindowDriver& sheet) {
+        EXPECT_THAT(sheet.Tabs(), ElementsAre("Permissions"));
+        EXPECT_FALSE(sheet.IsEnabled(IDC_ADD_ENTRY)) << "the share could not be read";
+        sheet.Press("Esc");
+    });
+    Run(ID_PERMISSIONS);
+    EXPECT_EQ(std::filesystem::current_path(), before);
+}
+
+}  // namespace
+}  // namespace permora

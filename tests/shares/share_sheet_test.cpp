@@ -1,0 +1,129 @@
+// The security editor on shares.
+#include "shares/share_sheet.h"
+
+#include <gmock/gmock.h>
+
+#include "platform/api/errors.h"
+#include "resources/resource_ids.h"
+#include "security/message_boxes.h"
+#include "security/object_security.h"
+#include "tests/shares/share_table.h"
+
+namespace permora::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class ShareSheet : public WithShareTable {
+  protected:
+    ~ShareSheet() override { setInfoError = NERR_Success; }
+
+    // Opens the sheet on shares; the script ends with a button of it.
+    void Edit(const std::vector<const char*>& names, const UiDriver::Script& script) {
+        CShareSheet sheet;
+        sheet.SetUp(nullptr);
+        sheet.SetShares(names);
+        ui.ExpectSheet(std::string("Security Editor - ") + names.front(), script);
+        sheet.DoModal();
+    }
+    void ExpectInfo(const std::string& text) {
+        ui.ExpectMessageBox(text, kInformationCaption, MB_OK | MB_ICONINFORMATION, IDOK);
+    }
+    void ExpectError(const std::string& text) {
+        ui.ExpectMessageBox(text, kErrorCaption, MB_OK | MB_ICONERROR, IDOK);
+    }
+    static void ExpectNoBoxes(const WindowDriver& window) {
+        for (const int id : {IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES}) {
+            EXPECT_FALSE(window.IsEnabled(static_cast<unsigned int>(id))) << id;
+            EXPECT_FALSE(window.IsChecked(static_cast<unsigned int>(id))) << id;
+        }
+    }
+};
+
+TEST_F(ShareSheet, GivesAShareItsFirstList) {
+    AddShare("docs", nullptr);
+    ExpectInfo("There is no security descriptor associated with object.");
+    ExpectInfo(kNullListText);
+    Edit({"docs"}, [&](WindowDriver& window) {
+        EXPECT_EQ(ListOf("docs"), "D:NO_ACCESS_CONTROL") << "at once";
+        EXPECT_THAT(window.Rows(IDC_ACCESS_LIST), IsEmpty());
+        ui.ExpectDialog(IDD_ACCOUNT_PICKER, [](WindowDriver& picker) {
+            picker.SetText(IDC_ACCOUNT_NAME, "Everyone");
+            picker.Press("Return");
+        });
+        ui.ExpectDialog(IDD_PERMISSION_ENTRY, [](WindowDriver& entry) {
+            EXPECT_EQ(entry.ComboItems(IDC_APPLY_ONTO).size(), 7U);
+            entry.SelectItem(IDC_APPLY_ONTO, "Files only");
+            entry.Click(IDC_ALLOW_READ_ATTRIBUTES);
+            entry.Press("Return");
+        });
+        window.Click(IDC_ADD_ENTRY);
+        window.Click(SheetButton::kApply);
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kApply));
+        ExpectNoBoxes(window);
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(ListOf("docs"), "D:(A;OIIO;0x100080;;;WD)");
+    EXPECT_EQ(FactsOf("docs"), R"(T:\docs, for docs, 7)");
+}
+
+TEST_F(ShareSheet, EditsAnEntryForTheShareAlone) {
+    AddShare("docs", "D:P(A;OICI;0x1200a9;;;BU)");
+    Edit({"docs"}, [&](WindowDriver& window) {
+        ExpectNoBoxes(window);
+        window.DoubleClickRow(IDC_ACCESS_LIST, 0);
+        ui.ExpectDialog(IDD_PERMISSION_ENTRY, [](WindowDriver& entry) {
+            EXPECT_THAT(entry.ComboItems(IDC_APPLY_ONTO), ElementsAre("This folder only"));
+            EXPECT_FALSE(entry.IsEnabled(IDC_CHILDREN_ONLY));
+            entry.Click(IDC_DENY_DELETE);
+            entry.Press("Return");
+        });
+        window.Click(IDC_EDIT_ENTRY);
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(ListOf("docs"), "D:P(D;;0x110000;;;BU)(A;;0x1200a9;;;BU)");
+}
+
+TEST_F(ShareSheet, StopsAtTheFirstShareThatCannotBeWritten) {
+    for (const char* name : {"first", "second", "third"})
+        AddShare(name, "D:(A;;FA;;;BA)(A;;FA;;;BU)");
+    Edit({"first", "second", "third"}, [&](WindowDriver& window) {
+        window.SelectRow(IDC_ACCESS_LIST, 1);
+        window.Click(IDC_REMOVE_ENTRY);
+        RemoveShare("second");
+        ExpectError(GetSystemMessageText(NERR_NetNameNotFound));
+        window.Click(SheetButton::kOk);
+        EXPECT_TRUE(window.IsOpen());
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kApply));
+        EXPECT_EQ(ListOf("first"), "D:(A;;FA;;;BA)");
+        EXPECT_EQ(ListOf("third"), "D:(A;;FA;;;BA)(A;;FA;;;BU)");
+
+        AddShare("second", "D:(A;;FA;;;WD)");
+        setInfoError = ERROR_ACCESS_DENIED;
+        ExpectError(GetSystemMessageText(ERROR_ACCESS_DENIED));
+        window.Click(SheetButton::kApply);
+        EXPECT_EQ(ListOf("second"), "D:(A;;FA;;;WD)");
+
+        setInfoError = NERR_Success;
+        window.Click(SheetButton::kOk);
+    });
+    for (const char* name : {"first", "second", "third"})
+        EXPECT_EQ(ListOf(name), "D:(A;;FA;;;BA)") << name;
+}
+
+TEST_F(ShareSheet, LeavesAShareAloneThatTakesNoDescriptor) {
+    AddShare("docs", nullptr);
+    setInfoError = ERROR_ACCESS_DENIED;
+    ExpectInfo("There is no security descriptor associated with object.");
+    ExpectError("Cannot assign new security descriptor: " + GetSystemMessageText(ERROR_ACCESS_DENIED));
+    Edit({"docs"}, [](WindowDriver& window) {
+        for (const int id : {IDC_ACCESS_LIST, IDC_ADD_ENTRY, IDC_EDIT_ENTRY, IDC_REMOVE_ENTRY})
+            EXPECT_FALSE(window.IsEnabled(static_cast<unsigned int>(id))) << id;
+        window.Press("Esc");
+    });
+    EXPECT_EQ(ListOf("docs"), "none");
+}
+
+}  // namespace
+}  // namespace permora::testing

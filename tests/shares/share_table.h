@@ -1,0 +1,34 @@
+// A machine without any share but those that the test makes.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/api/shares.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/ui_driver.h"
+
+namespace permora::testing {
+
+// What the next changes of shares are answered with, in the place of making them; 0: they are made.
+inline NET_API_STATUS setInfoError = NERR_Success;
+
+class WithShareTable : public ::testing::Test {
+  protected:
+    void SetUp() override;
+
+    // Shares the folder of the drive T that has the name. `sddl` null: without a descriptor.
+    void AddShare(const std::string& name, const char* sddl);
+    // "D:..." of the share's list, "none" without a descriptor, "error" and the code for a share that cannot
+    // be read.
+    static std::string ListOf(const std::string& name);
+    // Path, remark and greatest number of users, or "error" and the code.
+    static std::string FactsOf(const std::string& name);
+    static void RemoveShare(const std::string& name);
+
+    test::TemporaryFolder folder;
+    UiDriver ui;
+};
+
+}  // namespace permora::testing
