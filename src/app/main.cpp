@@ -1,5 +1,7 @@
 // The windowed program.
 #include "app/main_app.h"
+#include "platform/share_wizard.h"
+#include "shares/new_share_dialog.h"
 
 namespace {
 
@@ -8,5 +10,6 @@ permora::CMainApp theApp;
 }  // namespace
 
 int main(int argumentCount, char** argumentTexts) {
+    permora::SetShareWizard([](HWND) { permora::CNewShareDlg(theApp.mainWindow).DoModal(); });
     return theApp.Run(argumentCount, argumentTexts);
 }

@@ -16,6 +16,7 @@
 #include "platform/linux/shell/desktop_opener.h"
 #include "platform/linux/shell/mime_database.h"
 #include "platform/linux/shell/object_type.h"
+#include "platform/linux/shell/share_wizard.h"
 
 namespace permora::host {
 namespace {
@@ -127,11 +128,14 @@ DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD /*attributes*/, SHFILEINFOA* 
     return TRUE;
 }
 
-HINSTANCE WINAPI ShellExecuteA(HWND /*owner*/, LPCSTR operation, LPCSTR file, LPCSTR parameters,
-                               LPCSTR directory, int /*showCommand*/) {
+// A file of the wizard's name in the current directory is never opened in its place: anyone may have put it
+// there.
+HINSTANCE WINAPI ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR directory,
+                               int /*showCommand*/) {
     const bool isOpen = operation == nullptr || std::string_view(operation) == "open";
     DWORD error = ERROR_NO_ASSOCIATION;
-    if (isOpen && file != nullptr && parameters == nullptr && directory == nullptr) error = OpenFile(file);
+    if (isOpen && file != nullptr && parameters == nullptr && directory == nullptr)
+        error = file == kShareWizardName ? RunShareWizard(owner) : OpenFile(file);
     return reinterpret_cast<HINSTANCE>(error == ERROR_SUCCESS ? kStarted : ShellError(error));
 }
 

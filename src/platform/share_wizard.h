@@ -1,0 +1,20 @@
+// Who shares new folders where the system has no program for it.
+//
+// ShellExecuteA starts the system's wizard for new shares under its name "shrpubw". On Linux there is none:
+// the call runs the one that is set here, and answers as for a missing program while none is. On Windows the
+// system has its own, and this header has nothing behind it.
+#pragma once
+
+#include <functional>
+
+#include "platform/api/base.h"
+
+namespace permora {
+
+// Shows the wizard in front of `owner`, which may be null, and returns when it is closed.
+using ShareWizard = std::function<void(HWND owner)>;
+
+// Both on the user-interface thread. An empty function: none.
+void SetShareWizard(ShareWizard wizard);
+
+}  // namespace permora

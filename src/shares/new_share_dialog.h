@@ -1,0 +1,29 @@
+// CNewShareDlg: shares a folder, where the system has no wizard for that.
+#pragma once
+
+#include <string>
+
+#include "framework/dialog.h"
+#include "shares/new_share.h"
+
+namespace permora {
+
+// IDOK: the folder is shared.
+class CNewShareDlg : public CDialog {
+  public:
+    explicit CNewShareDlg(CWnd* ownerWindow);
+
+  protected:
+    bool OnInitDialog() override;
+    void OnOK() override;
+    const MessageMap& GetMessageMap() const override;
+
+  private:
+    void OnChooseFolder();
+    void OnUserLimit();
+
+    NewShare Written() const;
+    std::string Text(unsigned int id) const;
+};
+
+}  // namespace permora
