@@ -14,7 +14,8 @@
 //
 // A window that was not declared fails the test at once and is closed in the way that changes least; one that
 // was declared and did not come fails it at the end. A window that stays open after its script fails the test
-// as well. Windows that workers open count like all others.
+// as well. Windows that workers open count like all others. Only the window of a file operation that takes
+// long need not be declared.
 #pragma once
 
 #include <gmock/gmock.h>

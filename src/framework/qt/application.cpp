@@ -7,6 +7,7 @@
 
 #include "framework/native.h"
 #include "framework/qt/dialog_style.h"
+#include "framework/qt/file_operation_presenter.h"
 #include "framework/qt/message_box.h"
 
 namespace permora {
@@ -19,16 +20,20 @@ std::atomic<std::thread::id> uiThread = std::this_thread::get_id();
 }  // namespace
 
 QtApplication::QtApplication(int& argc, char** argv)
-    : application(argc, argv), presenter(std::make_unique<qt::WindowPresenter>()) {
+    : application(argc, argv),
+      presenter(std::make_unique<qt::WindowPresenter>()),
+      fileOperations(std::make_unique<qt::FileOperationWindows>()) {
     // The frame's closing ends the program, not that of a dialog that stands alone.
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(new qt::DialogStyle);  // the application owns it
     uiThread = std::this_thread::get_id();
     uiBridge = &application;
     presenterBefore = SetMessagePresenter(presenter.get());
+    fileOperationsBefore = SetFileOperationPresenter(fileOperations.get());
 }
 
 QtApplication::~QtApplication() {
+    SetFileOperationPresenter(fileOperationsBefore);
     SetMessagePresenter(presenterBefore);
     uiBridge = nullptr;
 }

@@ -4,13 +4,15 @@
 #include <QApplication>
 #include <memory>
 
+#include "platform/file_operation_presenter.h"
 #include "platform/message_presenter.h"
 
 namespace permora {
 
 class QtApplication {
   public:
-    // Starts the toolkit and shows message boxes in windows from here on. `argc` and `argv` must outlive it.
+    // Starts the toolkit and shows message boxes and file operations in windows from here on. `argc` and
+    // `argv` must outlive it.
     QtApplication(int& argc, char** argv);
     ~QtApplication();
     QtApplication(const QtApplication&) = delete;
@@ -22,7 +24,9 @@ class QtApplication {
   private:
     QApplication application;
     std::unique_ptr<MessagePresenter> presenter;
+    std::unique_ptr<FileOperationPresenter> fileOperations;
     MessagePresenter* presenterBefore;
+    FileOperationPresenter* fileOperationsBefore;
 };
 
 }  // namespace permora

@@ -1,0 +1,52 @@
+#include "framework/file_operation_pace.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace permora {
+namespace {
+
+// What an item takes beside its bytes, as so many bytes more.
+constexpr double kBytesOfAnItem = 128.0 * 1024;
+
+// After so many seconds a speed counts only a third.
+constexpr double kMemory = 8;
+
+constexpr double kEnoughSeconds = 2;
+
+double WorkOf(ULONGLONG bytes, ULONGLONG items) {
+    return static_cast<double>(bytes) + kBytesOfAnItem * static_cast<double>(items);
+}
+
+}  // namespace
+
+void FileOperationPace::Add(Time now, const FileOperationProgress& progress) {
+    const double before = done;
+    done = WorkOf(progress.bytesDone, progress.itemsDone);
+    total = WorkOf(progress.bytesTotal, progress.itemsTotal);
+    isTotalKnown = progress.isTotalKnown;
+    if (last && now > *last) {
+        const double passed = std::chrono::duration<double>(now - *last).count();
+        const double kept = std::exp(-passed / kMemory);
+        speed = speed * kept + (1 - kept) * std::max(0.0, done - before) / passed;
+        weight = weight * kept + (1 - kept);
+        seconds += passed;
+    }
+    last = now;
+}
+
+std::optional<double> FileOperationPace::Fraction() const {
+    if (!isTotalKnown || total <= 0) return std::nullopt;
+    return std::clamp(done / total, 0.0, 1.0);
+}
+
+std::optional<std::chrono::seconds> FileOperationPace::TimeLeft() const {
+    // Nobody waits for longer.
+    constexpr double kLongest = 100.0 * 24 * 3600;
+    if (!isTotalKnown || seconds < kEnoughSeconds || speed <= 0) return std::nullopt;
+    const double left = std::max(0.0, total - done) * weight / speed;
+    if (left > kLongest) return std::nullopt;
+    return std::chrono::seconds(static_cast<long long>(std::ceil(left)));
+}
+
+}  // namespace permora

@@ -1,0 +1,37 @@
+// FileOperationPace: how far a file operation has come, and how long it will still take.
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+#include "platform/file_operation_presenter.h"
+
+namespace permora {
+
+// Bytes and items both count, since small files take their time for being many. The speed is that of the last
+// seconds, the older the less, so that the time left follows changes without jumping about.
+class FileOperationPace {
+  public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    // `now` never goes back.
+    void Add(Time now, const FileOperationProgress& progress);
+    // The operation waits for its user: the time until the next Add does not count.
+    void Pause() { last.reset(); }
+
+    // What is done of the whole, from 0 to 1. Nothing while the whole is not known.
+    std::optional<double> Fraction() const;
+    // Nothing before there was enough to see.
+    std::optional<std::chrono::seconds> TimeLeft() const;
+
+  private:
+    std::optional<Time> last;  // when `done` was so
+    double done = 0;           // in bytes, or what takes as long
+    double total = 0;
+    bool isTotalKnown = false;
+    double speed = 0;   // per second, not yet divided by `weight`
+    double weight = 0;  // of what `speed` is made of; comes near 1
+    double seconds = 0;
+};
+
+}  // namespace permora

@@ -1,0 +1,26 @@
+// A label that shows the beginning and the end of a text too long for it.
+#pragma once
+
+#include <QLabel>
+
+namespace permora::qt {
+
+// Its tip tells the whole text, as does the label to assistive technology. It asks for no more room than
+// `letters` take, whatever it shows.
+class ElidedLabel : public QLabel {
+  public:
+    explicit ElidedLabel(int letters, QWidget* parent = nullptr);
+
+    void Show(const QString& whole);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    int letters;
+};
+
+}  // namespace permora::qt
