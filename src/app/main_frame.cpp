@@ -58,12 +58,17 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_SECURE_DELETION, Notify::kCommand, &CMainFrame::StartSecureDeletion},
             {ID_WIZARD, Notify::kCommand, &CMainFrame::StartWizard},
             {ID_SHOW_SHARES, Notify::kUpdateCommand, &CMainFrame::OnUpdateSharesMode},
+            {ID_NEW_FOLDER, Notify::kCommand, &CMainFrame::CreateNewFolder},
             {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_ATTRIBUTES, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_SECURE_DELETION, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_WIZARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_EDIT_CUT, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_EDIT_COPY, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_EDIT_PASTE, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
+            {ID_RENAME, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
         });
     return kMap;
 }
@@ -174,6 +179,10 @@ void CMainFrame::RestorePlacement() {
 }
 
 // ---- Commands ----
+
+void CMainFrame::CreateNewFolder() {
+    view.CreateNewFolder();
+}
 
 void CMainFrame::GoBack() {
     LeaveSharesMode();

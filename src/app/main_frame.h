@@ -43,6 +43,7 @@ class CMainFrame : public CFrameWnd {
     void LoadToolBarImages();
 
     // Commands.
+    void CreateNewFolder();
     void GoBack();
     void GoForward();
     void GoToLocation();

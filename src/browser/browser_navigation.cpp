@@ -38,6 +38,11 @@ void BrowserView::ReportLastError() const {
     if (GetLastError() != ERROR_SUCCESS) ShowLastErrorBox(GetSafeHwnd());
 }
 
+std::string BrowserView::PathOfRow(const std::string& name) const {
+    const bool endsInSeparator = currentFolder.empty() || currentFolder.ends_with('\\');
+    return currentFolder + (endsInSeparator ? "" : "\\") + name;
+}
+
 void BrowserView::RecordLocation() {
     ++historyIndex;
     history.resize(static_cast<std::size_t>(historyIndex));
@@ -210,9 +215,7 @@ void BrowserView::OpenSelected() {
 }
 
 void BrowserView::OpenFolderRow(const std::string& name) {
-    std::string path = currentFolder;
-    if (!path.empty() && !path.ends_with('\\')) path += '\\';
-    path += name;
+    const std::string path = PathOfRow(name);
     if (MayBeFolder(path)) {
         TryFolder(path);
     } else {

@@ -1,5 +1,6 @@
 #include "browser/browser_view.h"
 
+#include "browser/clipboard_block.h"
 #include "browser/start_folder.h"
 #include "framework/clipboard.h"
 #include "framework/frame_window.h"
@@ -33,6 +34,11 @@ const MessageMap& BrowserView::GetMessageMap() const {
                                    {ID_SELECT_ALL, Notify::kCommand, &BrowserView::SelectAll},
                                    {ID_INVERT_SELECTION, Notify::kCommand, &BrowserView::InvertSelection},
                                    {ID_ATTRIBUTES, Notify::kCommand, &BrowserView::EditAttributes},
+                                   {ID_EDIT_CUT, Notify::kCommand, &BrowserView::CutSelected},
+                                   {ID_EDIT_COPY, Notify::kCommand, &BrowserView::CopySelected},
+                                   {ID_EDIT_PASTE, Notify::kCommand, &BrowserView::PasteFromClipboard},
+                                   {ID_DELETE, Notify::kCommand, &BrowserView::DeleteSelected},
+                                   {ID_RENAME, Notify::kCommand, &BrowserView::RenameSelected},
                                    {ID_GO_UP, Notify::kCommand, &BrowserView::GoUp},
                                    {ID_REFRESH, Notify::kCommand, &BrowserView::RefreshList},
                                    {ID_VIEW_ICONS, Notify::kCommand, &BrowserView::OnViewMode},
@@ -43,7 +49,7 @@ const MessageMap& BrowserView::GetMessageMap() const {
     return sharesMode ? SharesModeMap(kMap) : kMap;
 }
 
-BrowserView::BrowserView() : clipboardFormat(RegisterClipboardFormat("ZELClipboardData")) {
+BrowserView::BrowserView() : clipboardFormat(RegisterClipboardFormat(kClipboardFormatName)) {
     if (clipboardFormat == 0) ShowFatalErrorBox(nullptr, "Error: cannot register clipboard data format.");
 }
 
@@ -149,8 +155,7 @@ void BrowserView::EnableContextCommands(CMenu& menu) const {
         menu.Enable(id, sharesMode ? id == ID_DELETE : !driveListShown);
     for (const unsigned int id : kSecurityCommands)
         menu.Enable(id, !sharesMode);
-    if (!sharesMode && !driveListShown)
-        menu.Enable(ID_EDIT_PASTE, Clipboard::IsFormatAvailable(clipboardFormat));
+    if (!sharesMode && !driveListShown) menu.Enable(ID_EDIT_PASTE, CanPaste());
 }
 
 }  // namespace permora

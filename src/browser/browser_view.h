@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "browser/file_list.h"
 #include "browser/folder_entries.h"
 #include "browser/shell_items.h"
 #include "framework/list_ctrl.h"
@@ -65,6 +66,20 @@ class BrowserView : public CWnd {
     void InvertSelection();
     // Runs the dialog of the attributes on the selected rows; drives have none.
     void EditAttributes();
+
+    // ---- Files. Failures and what is missing are told; afterwards the location is listed again. ----
+
+    // The selected rows go to the clipboard, in the program's own format and in those of the desktop.
+    void CutSelected();
+    void CopySelected();
+    // Copies or moves what is on the clipboard into the folder shown; what was cut is then taken off it.
+    void PasteFromClipboard();
+    // Whether there is something that could be pasted.
+    static bool CanPaste();
+    // The selected rows go to the trash.
+    void DeleteSelected();
+    void RenameSelected();  // the topmost
+    void CreateNewFolder();
 
     // ---- Navigation. Failures are reported, and the location before is shown again. ----
 
@@ -162,6 +177,13 @@ class BrowserView : public CWnd {
     void CreateNewShare();
     bool AddShareRow(int row, const std::string& name);
     void RemoveShares();
+
+    // Files.
+    bool MayWorkOnRows() const;
+    std::string PathOfRow(const std::string& name) const;
+    void CopyToClipboard(TransferKind kind);
+    void PutOnClipboard(TransferKind kind, std::span<const LPCSTR> names);
+    void DeleteFiles(std::span<const LPCSTR> names);
 
     // Navigation.
     bool ListAgain();

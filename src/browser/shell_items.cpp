@@ -1,12 +1,15 @@
 #include "browser/shell_items.h"
 
 #include "platform/api/shell.h"
+#include "security/text_conversion.h"
 
 namespace permora {
 namespace {
 
 // Where each object has a picture of its own, keeping them all would only fill the memory.
 constexpr std::size_t kMostIcons = 1000;
+
+constexpr const char* kProgressTitle = "File Operation Progress";
 
 CIcon Decoded(const ShellPicture& picture, Size size) {
     return picture.file.empty() ? CIcon::FromPixels({picture.width, picture.height}, picture.pixels)
@@ -25,6 +28,33 @@ bool OpenByShell(HWND owner, const std::string& target) {
     constexpr std::uintptr_t kLastFailure = 32;
     const HINSTANCE result = ShellExecuteA(owner, "open", target.c_str(), nullptr, nullptr, SW_SHOW);
     return reinterpret_cast<std::uintptr_t>(result) > kLastFailure;
+}
+
+void RunFileOperation(HWND owner, UINT function, LPCSTR files, const std::string& target) {
+    const std::string targets = target + '\0';
+    SHFILEOPSTRUCTA operation{};
+    operation.hwnd = owner;
+    operation.wFunc = function;
+    operation.pFrom = files;
+    operation.pTo = targets.c_str();
+    operation.fFlags = FOF_ALLOWUNDO;
+    operation.lpszProgressTitle = kProgressTitle;
+    SHFileOperationA(&operation);
+}
+
+void RunFileOperation(HWND owner, UINT function, LPCWSTR files, const std::string& target) {
+    std::basic_string<WCHAR> targets;
+    std::basic_string<WCHAR> title;
+    AnsiToWide(target, targets);
+    targets += WCHAR{0};
+    SHFILEOPSTRUCTW operation{};
+    operation.hwnd = owner;
+    operation.wFunc = function;
+    operation.pFrom = files;
+    operation.pTo = targets.c_str();
+    operation.fFlags = FOF_ALLOWUNDO;
+    operation.lpszProgressTitle = AnsiToWide(kProgressTitle, title);
+    SHFileOperationW(&operation);
 }
 
 ShellIcons::Pair ShellIcons::Find(const std::string& path) {

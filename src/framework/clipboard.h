@@ -11,7 +11,8 @@
 
 namespace permora {
 
-// Id of the format named `name`, the same for every program of the session; 0 on failure.
+// Id of the format named `name`, the same for every program of the session; 0 on failure. A MIME type
+// ("text/uri-list") stands for itself where the desktop's formats are MIME types.
 unsigned int RegisterClipboardFormat(const std::string& name);
 
 // The clipboard, open from construction to destruction.

@@ -38,7 +38,6 @@ void BrowserFrame::OnSize(Size client) {
 const MessageMap& BrowserFrame::GetMessageMap() const {
     static const MessageMap kMap = MakeMessageMap<BrowserFrame>(
         CFrameWnd::GetMessageMap(), {
-                                        {ID_DELETE, Notify::kCommand, &BrowserFrame::OnDelete},
                                         {ID_GO_TO_LOCATION, Notify::kCommand, &BrowserFrame::OnGoToLocation},
                                     });
     return kMap;

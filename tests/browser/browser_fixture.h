@@ -28,7 +28,6 @@ Faults& TheFaults();
 class BrowserFrame : public CFrameWnd {
   public:
     std::string commandLine;
-    std::vector<unsigned int> commands;  // that reached the frame
     CStatusBar statusBar;
     CReBar reBar;
     AddrBar addressBar;
@@ -44,7 +43,6 @@ class BrowserFrame : public CFrameWnd {
     const MessageMap& GetMessageMap() const override;
 
   private:
-    void OnDelete() { commands.push_back(32788); }
     void OnGoToLocation() { view.GoToLocation(addressBar.locationText); }
 };
 

@@ -31,7 +31,9 @@ QString MimeTypeOf(unsigned int format) {
 
 unsigned int RegisterClipboardFormat(const std::string& name) {
     if (name.empty()) return 0;
-    const QString type = QStringLiteral("application/x-permora.") + qt::ToQt(name).toLower();
+    const QString lower = qt::ToQt(name).toLower();
+    const bool isMimeType = lower.contains(QLatin1Char('/'));
+    const QString type = isMimeType ? lower : QStringLiteral("application/x-permora.") + lower;
     if (!Formats().contains(type)) Formats().append(type);
     return kFirstFormat + static_cast<unsigned int>(Formats().indexOf(type));
 }

@@ -1,0 +1,221 @@
+// Commands that work on files: the clipboard, and the shell's file operations.
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "browser/browser_view.h"
+#include "browser/clipboard_block.h"
+#include "browser/desktop_files.h"
+#include "browser/list_presentation.h"
+#include "browser/new_folder_dialog.h"
+#include "browser/rename_dialog.h"
+#include "browser/shell_items.h"
+#include "framework/clipboard.h"
+#include "platform/api/files.h"
+#include "platform/api/messages.h"
+#include "platform/api/shell.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+constexpr const char* kSelectItems = "Please, select items to work with them.";
+constexpr const char* kSelectItem = "Please, select an item to work with.";
+constexpr const char* kClipboardClosed = "Error: cannot open the clipboard.";
+
+// Has room for `bytes`; ends the process when there is no memory.
+UniqueLocal<char> AllocateOrEnd(HWND owner, std::size_t bytes) {
+    UniqueLocal<char> block(static_cast<char*>(LocalAlloc(LMEM_FIXED, bytes)));
+    if (!block) ShowFatalLastErrorBox(owner);
+    return block;
+}
+
+std::span<const std::uint8_t> BytesOf(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+// Beside the program's own format, for other programs of the desktop.
+bool OfferToDesktop(Clipboard& clipboard, const DesktopFileTexts& texts) {
+    const std::pair<const char*, const std::string&> offers[] = {
+        {kUriListFormatName, texts.uriList},
+        {kGnomeFilesFormatName, texts.gnomeFiles},
+        {kKdeCutFormatName, texts.kdeCut},
+    };
+    return std::ranges::all_of(offers, [&clipboard](const auto& offer) {
+        return clipboard.SetData(RegisterClipboardFormat(offer.first), BytesOf(offer.second));
+    });
+}
+
+struct ClipboardContents {
+    unsigned int format = 0;
+    std::vector<std::uint8_t> bytes;
+    std::vector<std::uint8_t> kdeCut;  // beside a list of addresses
+
+    bool operator==(const ClipboardContents&) const = default;
+};
+
+// In the first format that is there; nothing when none is. Empty bytes where there is more than is taken.
+std::optional<ClipboardContents> ContentsOf(const Clipboard& clipboard) {
+    for (const char* name : {kClipboardFormatName, kGnomeFilesFormatName, kUriListFormatName}) {
+        const unsigned int format = RegisterClipboardFormat(name);
+        if (!Clipboard::IsFormatAvailable(format)) continue;
+        ClipboardContents contents;
+        contents.format = format;
+        contents.bytes = clipboard.GetData(format).value_or(std::vector<std::uint8_t>());
+        if (name == kUriListFormatName)
+            contents.kdeCut = clipboard.GetData(RegisterClipboardFormat(kKdeCutFormatName))
+                                  .value_or(std::vector<std::uint8_t>());
+        return contents;
+    }
+    return std::nullopt;
+}
+
+const char* ReadContents(const ClipboardContents& contents, FileTransfer& transfer) {
+    if (contents.format == RegisterClipboardFormat(kClipboardFormatName))
+        return ReadClipboardBlock(contents.bytes, transfer);
+    if (contents.format == RegisterClipboardFormat(kGnomeFilesFormatName))
+        return ReadGnomeFiles(contents.bytes, transfer);
+    return ReadUriList(contents.bytes, contents.kdeCut, transfer);
+}
+
+void Transfer(HWND owner, const FileTransfer& transfer, const std::string& folder) {
+    const UINT function = transfer.kind == TransferKind::kCopy ? FO_COPY : FO_MOVE;
+    if (transfer.isWide) {
+        RunFileOperation(owner, function, transfer.wideList.c_str(), folder);
+    } else {
+        RunFileOperation(owner, function, transfer.list.c_str(), folder);
+    }
+}
+
+}  // namespace
+
+bool BrowserView::CanPaste() {
+    for (const char* name : {kClipboardFormatName, kGnomeFilesFormatName, kUriListFormatName}) {
+        if (Clipboard::IsFormatAvailable(RegisterClipboardFormat(name))) return true;
+    }
+    return false;
+}
+
+// Rows are named by their place in the folder shown; where its path leads elsewhere by now, and where it is
+// gone, they would be other files or none.
+bool BrowserView::MayWorkOnRows() const {
+    if (ReturnToShownFolder()) return true;
+    ShowLastErrorBox(GetSafeHwnd());
+    return false;
+}
+
+void BrowserView::CutSelected() {
+    CopyToClipboard(TransferKind::kMove);
+}
+
+void BrowserView::CopySelected() {
+    CopyToClipboard(TransferKind::kCopy);
+}
+
+void BrowserView::CopyToClipboard(TransferKind kind) {
+    if (driveListShown) return;
+    const LPCSTR* names = GetSelectedNames();
+    if (names == nullptr) {
+        ShowInfoBox(GetSafeHwnd(), kSelectItems);
+        return;
+    }
+    if (MayWorkOnRows()) {
+        PutOnClipboard(kind, {names, static_cast<std::size_t>(list.GetSelectedCount())});
+    }
+    ReleaseSelection();
+}
+
+void BrowserView::PutOnClipboard(TransferKind kind, std::span<const LPCSTR> names) {
+    const std::size_t size = ClipboardBlockSize(currentFolder, names);
+    const UniqueLocal<char> memory = AllocateOrEnd(GetSafeHwnd(), size);
+    const std::span<std::uint8_t> block(reinterpret_cast<std::uint8_t*>(memory.get()), size);
+    WriteClipboardBlock(kind, currentFolder, names, block);
+
+    Clipboard clipboard(*this);
+    if (!clipboard.IsOpen()) {
+        ShowErrorBox(GetSafeHwnd(), kClipboardClosed);
+        return;
+    }
+    DesktopFileTexts texts;
+    bool isSet = clipboard.Empty() && clipboard.SetData(clipboardFormat, block);
+    if (isSet && MakeDesktopFileTexts(kind, currentFolder, names, texts))
+        isSet = OfferToDesktop(clipboard, texts);
+    if (!isSet) ShowErrorBox(GetSafeHwnd(), "Error: cannot set clipboard data.");
+}
+
+void BrowserView::PasteFromClipboard() {
+    if (driveListShown) return;
+    Clipboard clipboard(*this);
+    if (!clipboard.IsOpen()) {
+        ShowErrorBox(GetSafeHwnd(), kClipboardClosed);
+        return;
+    }
+    const auto contents = ContentsOf(clipboard);
+    FileTransfer transfer;
+    if (contents) {
+        if (const char* fault = ReadContents(*contents, transfer); fault != nullptr) {
+            ShowErrorBox(GetSafeHwnd(), fault);
+            return;
+        }
+        if (!MayWorkOnRows()) return;
+        Transfer(GetSafeHwnd(), transfer, currentFolder);
+    }
+    RefreshList();
+    // What was cut is pasted once. Another program may have put something else there in the meantime.
+    if (contents && transfer.kind == TransferKind::kMove && ContentsOf(clipboard) == contents)
+        clipboard.Empty();
+}
+
+void BrowserView::DeleteSelected() {
+    const LPCSTR* names = GetSelectedNames();
+    if (names == nullptr) {
+        ShowInfoBox(GetSafeHwnd(), kSelectItems);
+        return;
+    }
+    if (!driveListShown && MayWorkOnRows()) {
+        DeleteFiles({names, static_cast<std::size_t>(list.GetSelectedCount())});
+        RefreshList();
+    }
+    ReleaseSelection();
+}
+
+void BrowserView::DeleteFiles(std::span<const LPCSTR> names) {
+    const std::string prefix = PathOfRow("");
+    const UniqueLocal<char> files = AllocateOrEnd(GetSafeHwnd(), FileListSize(prefix, names));
+    WriteFileList(prefix, names, files.get());
+    RunFileOperation(GetSafeHwnd(), FO_DELETE, files.get(), "");
+}
+
+void BrowserView::RenameSelected() {
+    if (driveListShown) return;
+    const int row = list.NextSelected(0);
+    if (row < 0) {
+        ShowInfoBox(GetSafeHwnd(), kSelectItem);
+        return;
+    }
+    if (!MayWorkOnRows()) return;
+    CRenameDlg dialog(this);
+    dialog.folder = currentFolder;
+    dialog.oldName = list.GetItemText(row, kNameColumn);
+    dialog.DoModal();
+    RefreshList();
+}
+
+void BrowserView::CreateNewFolder() {
+    if (driveListShown) {
+        ShowInfoBox(GetSafeHwnd(),
+                    "Please, enter the disk volume where you would like to create new folder.");
+        return;
+    }
+    if (!MayWorkOnRows()) return;
+    CNewFolderDlg dialog(this);
+    if (dialog.DoModal() != IDOK) return;
+    if (CreateDirectoryA(dialog.folderName.c_str(), nullptr) == FALSE) {
+        ShowLastErrorBox(GetSafeHwnd());
+        return;
+    }
+    RefreshList();
+}
+
+}  // namespace permora

@@ -1,0 +1,42 @@
+// The program's own clipboard format, registered as "ZELClipboardData": one block with the files that were
+// cut or copied.
+//
+// It begins with the system's DROPFILES structure, little-endian, in which `fNC` says what is to be done:
+//
+//      0  offset of the list from the beginning of the block
+//      4  x, y (two signed numbers, not used)
+//     12  1: copy, 0: cut
+//     16  0: the list is 8-bit text in the ANSI code page, else UTF-16
+//     20  the list (file_list.h)
+//
+// What is written has its list at 20, in 8-bit text. What is read may come from anyone.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "browser/file_list.h"
+
+namespace permora {
+
+inline constexpr const char* kClipboardFormatName = "ZELClipboardData";
+
+// The size in bytes of the block for `names` in `folder`. The paths in it have a backslash between the two
+// also where the folder ends in one: "C:\\a.txt".
+std::size_t ClipboardBlockSize(const std::string& folder, std::span<const char* const> names);
+// Writes the block, which is of that size.
+void WriteClipboardBlock(TransferKind kind, const std::string& folder, std::span<const char* const> names,
+                         std::span<std::uint8_t> block);
+
+// Null when the block is sound; `transfer` is then what it says. Else what is wrong with it, for the user,
+// and `transfer` is unchanged.
+const char* ReadClipboardBlock(std::span<const std::uint8_t> block, FileTransfer& transfer);
+
+// What is said of a list that cannot be used, whatever its format.
+inline constexpr const char* kDamagedFileList = "Error: the list of files on the clipboard is damaged.";
+inline constexpr const char* kNoPathsOfFiles =
+    "Error: the clipboard holds something else than full paths of files and folders.";
+inline constexpr const char* kTooManyFiles = "Error: there are too many files on the clipboard.";
+
+}  // namespace permora

@@ -1,0 +1,77 @@
+#include "browser/desktop_files.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "browser/clipboard_block.h"
+#include "platform/file_url.h"
+
+namespace permora {
+namespace {
+
+std::string_view TextOf(std::span<const std::uint8_t> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+// Takes the first line off `text`, without its end. Some programs end a text with a NUL.
+std::string_view TakeLine(std::string_view& text) {
+    std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    while (line.ends_with('\r') || line.ends_with('\0'))
+        line.remove_suffix(1);
+    return line;
+}
+
+const char* ReadAddresses(TransferKind kind, std::string_view text, FileTransfer& transfer) {
+    FileTransfer read;
+    read.kind = kind;
+    std::size_t files = 0;
+    while (!text.empty()) {
+        const std::string_view line = TakeLine(text);
+        if (line.empty() || line.starts_with('#')) continue;
+        const std::string path = PathFromFileUrl(line);
+        if (!IsPathOfFile(path)) return kFilesElsewhere;
+        if (++files > kMostFiles) return kTooManyFiles;
+        read.list += path;
+        read.list += '\0';
+    }
+    if (files == 0) return kDamagedFileList;
+    read.list += '\0';
+    transfer = std::move(read);
+    return nullptr;
+}
+
+}  // namespace
+
+bool MakeDesktopFileTexts(TransferKind kind, const std::string& folder, std::span<const char* const> names,
+                          DesktopFileTexts& texts) {
+    const std::string folderUrl = FileUrlOf(folder);
+    if (folderUrl.empty()) return false;
+    const bool isCut = kind == TransferKind::kMove;
+    DesktopFileTexts made{{}, isCut ? "cut" : "copy", isCut ? "1" : "0"};
+    for (const char* name : names) {
+        const std::string part = FileUrlPart(name);
+        if (part.empty()) return false;
+        const std::string url = folderUrl + '/' + part;
+        made.uriList += url + "\r\n";
+        made.gnomeFiles += '\n' + url;
+    }
+    texts = std::move(made);
+    return true;
+}
+
+const char* ReadGnomeFiles(std::span<const std::uint8_t> text, FileTransfer& transfer) {
+    std::string_view rest = TextOf(text);
+    const std::string_view operation = TakeLine(rest);
+    if (operation != "cut" && operation != "copy") return kDamagedFileList;
+    return ReadAddresses(operation == "cut" ? TransferKind::kMove : TransferKind::kCopy, rest, transfer);
+}
+
+const char* ReadUriList(std::span<const std::uint8_t> text, std::span<const std::uint8_t> kdeCut,
+                        FileTransfer& transfer) {
+    const bool isCut = TextOf(kdeCut).starts_with('1');
+    return ReadAddresses(isCut ? TransferKind::kMove : TransferKind::kCopy, TextOf(text), transfer);
+}
+
+}  // namespace permora

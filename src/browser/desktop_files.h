@@ -1,0 +1,42 @@
+// Lists of files as the desktop's own programs put them on the clipboard: addresses, a line for each.
+//
+//   text/uri-list                    the addresses, with comments behind "#" (RFC 2483)
+//   x-special/gnome-copied-files     "copy" or "cut" before them
+//   application/x-kde-cutselection   beside text/uri-list: "1" for files that were cut
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "browser/file_list.h"
+
+namespace permora {
+
+inline constexpr const char* kUriListFormatName = "text/uri-list";
+inline constexpr const char* kGnomeFilesFormatName = "x-special/gnome-copied-files";
+inline constexpr const char* kKdeCutFormatName = "application/x-kde-cutselection";
+
+struct DesktopFileTexts {
+    std::string uriList;
+    std::string gnomeFiles;
+    std::string kdeCut;
+};
+
+// Of `names` in `folder`, in all three formats. False when one of them has no address; `texts` is then
+// unchanged.
+bool MakeDesktopFileTexts(TransferKind kind, const std::string& folder, std::span<const char* const> names,
+                          DesktopFileTexts& texts);
+
+// What another program has offered, from which nothing can be trusted. Null when all addresses lead to files
+// and folders of this computer; `transfer` is then to be done with them. Else what is wrong, for the user,
+// and `transfer` is unchanged.
+const char* ReadGnomeFiles(std::span<const std::uint8_t> text, FileTransfer& transfer);
+// `kdeCut` is empty when that format is not offered.
+const char* ReadUriList(std::span<const std::uint8_t> text, std::span<const std::uint8_t> kdeCut,
+                        FileTransfer& transfer);
+
+inline constexpr const char* kFilesElsewhere =
+    "Error: the clipboard holds files that are not in a folder of this computer.";
+
+}  // namespace permora

@@ -1,0 +1,38 @@
+// Lists of files as the system's file operations take them: full paths, each with its NUL, and one more NUL
+// after the last.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "platform/api/text.h"
+
+namespace permora {
+
+enum class TransferKind { kMove, kCopy };
+
+// What a paste is to do. Its list is 8-bit text in the ANSI code page or UTF-16; the other one is empty.
+struct FileTransfer {
+    TransferKind kind = TransferKind::kCopy;
+    bool isWide = false;
+    std::string list;
+    std::basic_string<WCHAR> wideList;
+};
+
+// More files than this nobody means to paste.
+inline constexpr std::size_t kMostFiles = 1'000'000;
+
+// The size in bytes of a list of `names`, each behind `prefix`.
+std::size_t FileListSize(std::string_view prefix, std::span<const char* const> names);
+// Writes that list to `list`, which has room for it.
+void WriteFileList(std::string_view prefix, std::span<const char* const> names, char* list);
+
+// Whether a path from elsewhere is one that a file or folder can have: from a drive or a server on, without
+// "." and "..", wildcards and what else no name has, and not a drive itself. A separator at the end is
+// refused too, since it would lead on through a link.
+bool IsPathOfFile(std::string_view path);
+bool IsPathOfFile(std::basic_string_view<WCHAR> path);
+
+}  // namespace permora
