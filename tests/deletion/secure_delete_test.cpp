@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -28,6 +29,7 @@ bool isWritingRefused = false;
 bool isFlushingRefused = false;
 bool isMemoryRefused = false;
 bool isDiskBroken = false;
+bool isWritingPiecemeal = false;
 off_t sizeAtSync = -1;
 
 }  // namespace
@@ -70,6 +72,12 @@ int __wrap_fdatasync(int descriptor) {
     return -1;
 }
 
+ssize_t __real_pwrite(int descriptor, const void* bytes, size_t size, off_t position);
+ssize_t __wrap_pwrite(int descriptor, const void* bytes, size_t size, off_t position) {
+    return __real_pwrite(descriptor, bytes, isWritingPiecemeal ? std::min(size, size_t{100}) : size,
+                         position);
+}
+
 int __real_unlinkat(int folder, const char* name, int flags);
 int __wrap_unlinkat(int folder, const char* name, int flags) {
     calls += "delete ";
@@ -93,7 +101,7 @@ class SecureDelete : public ::testing::Test {
         std::filesystem::current_path("/");
         calls.clear();
         beforeWrite = nullptr;
-        isWritingRefused = isFlushingRefused = isMemoryRefused = isDiskBroken = false;
+        isWritingRefused = isFlushingRefused = isMemoryRefused = isDiskBroken = isWritingPiecemeal = false;
     }
 
     static void Fill(const std::string& path, std::size_t size) {
@@ -181,6 +189,22 @@ TEST_F(SecureDelete, AFailureIsToldWithItsStepAndTheFileStays) {
     EXPECT_EQ(OpenDescriptors(), before);
 }
 
+TEST_F(SecureDelete, WritesThatTheSystemCutsShortAreFinished) {
+    Fill("file", 1100);
+    isWritingPiecemeal = isDiskBroken = true;
+    host.Delete("file");
+    EXPECT_EQ(test::ReadWholeFile("file"), std::string(1536, '\0'));
+}
+
+TEST_F(SecureDelete, AReadOnlyFolderStays) {
+    folder.MakeFolder("work/top");
+    ASSERT_TRUE(SetFileAttributesA("top", FILE_ATTRIBUTE_READONLY));
+    host.Delete("top");
+    EXPECT_THAT(host.failures,
+                ElementsAre(DeletionFailure{DeletionStep::kRemoveFolder, "top", ERROR_ACCESS_DENIED}));
+    EXPECT_TRUE(Exists("work/top"));
+}
+
 TEST_F(SecureDelete, NobodyCanOpenAFileThatIsBeingOverwritten) {
     Fill("file", 512);
     int error = 0;
@@ -205,6 +229,13 @@ TEST_F(SecureDelete, AStopLeavesWhatIsNotYetDone) {
     EXPECT_THAT(host.failures, IsEmpty());
     EXPECT_THAT(host.deleted, IsEmpty());
     EXPECT_EQ(test::ReadWholeFile("top/sub/file"), std::string(1024, '\0') + std::string(1024, 'x'));
+
+    FolderHandle place;
+    Fill("file", 512);
+    ASSERT_EQ(FolderHandle::OpenCurrent(place), ERROR_SUCCESS);
+    EXPECT_TRUE(SecureDeleteFile(host, place, "file"));
+    EXPECT_TRUE(Exists("work/file"));
+    EXPECT_FALSE(SecureDeleteFile(host, place, "missing"));
 }
 
 TEST_F(SecureDelete, ATreeGoesFromItsLeavesAndLinksLeadNowhere) {
@@ -284,9 +315,17 @@ TEST_F(SecureDelete, AFileThatIsSwappedStaysWhole) {
     host.onEntry = [](const std::string&) { std::filesystem::rename("taken", "top/link"); };
     host.Delete("top");
     EXPECT_TRUE(Exists("work/top/link"));
+
+    // A pipe takes the name of what was listed as a file.
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    host.onEntry = [](const std::string&) { std::filesystem::rename("pipe", "top/link"); };
+    host.Delete("top");
+    EXPECT_TRUE(Exists("work/top/link"));
     EXPECT_THAT(host.failures,
                 ElementsAre(DeletionFailure{DeletionStep::kDeleteFile, "file", ERROR_FILE_INVALID},
                             DeletionFailure{DeletionStep::kDeleteFile, "link", ERROR_ACCESS_DENIED},
+                            DeletionFailure{DeletionStep::kRemoveFolder, "top", ERROR_DIR_NOT_EMPTY},
+                            DeletionFailure{DeletionStep::kOpenFile, "link", ERROR_ACCESS_DENIED},
                             DeletionFailure{DeletionStep::kRemoveFolder, "top", ERROR_DIR_NOT_EMPTY}));
     EXPECT_THAT(host.deleted, IsEmpty());
 }

@@ -2,16 +2,38 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 
 #include "platform/api/errors.h"
+#include "platform/api/files.h"
 #include "tests/deletion/recording_host.h"
 #include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
+
+namespace {
+
+bool areStreamsRefused = false;
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
+extern "C" {
+
+int __real_setxattr(const char* path, const char* name, const void* value, size_t size, int flags);
+int __wrap_setxattr(const char* path, const char* name, const void* value, size_t size, int flags) {
+    if (!areStreamsRefused) return __real_setxattr(path, name, value, size, flags);
+    errno = EIO;
+    return -1;
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace permora {
 namespace {
@@ -83,7 +105,7 @@ class Ext4Volume {
 
 class OnVolume : public ::testing::Test {
   protected:
-    ~OnVolume() override { std::filesystem::current_path("/"); }
+    void TearDown() override { std::filesystem::current_path("/"); }
 
     test::RecordingHost host;
 };
@@ -186,6 +208,44 @@ TEST_F(OnNtfs, StreamsThatAreFilesAreOverwrittenInPlace) {
     const std::string after = test::ReadWholeFile(volume->Image());
     for (const char* mark : {"MAINMARK", "STREAMMARK"})
         ExpectZeroed(mark, before, after);
+
+    // Another file takes the name before its stream is opened.
+    for (const char* name : {"held", "held:stream", "other", "other:stream"})
+        Write(volume->Path(name), "x");
+    std::filesystem::current_path(volume->Root());
+    FolderHandle folder;
+    FileHandle file;
+    UniqueHandle stream;
+    ASSERT_EQ(FolderHandle::OpenCurrent(folder), ERROR_SUCCESS);
+    ASSERT_EQ(folder.HoldFile("held", file), ERROR_SUCCESS);
+    EXPECT_EQ(file.OpenStreamForOverwriting("stream", stream), ERROR_SUCCESS);
+    std::filesystem::rename("held", "away");
+    std::filesystem::rename("other", "held");
+    EXPECT_EQ(file.OpenStreamForOverwriting("stream", stream), ERROR_FILE_INVALID);
+}
+
+TEST_F(OnNtfs, AStreamThatIsNotDoneKeepsItsLengthAndItsFile) {
+    const std::string text(1000, 's');
+    Write(volume->Path("file"), "contents");
+    ASSERT_EQ(setxattr(volume->Path("file").c_str(), "user.zone", text.data(), text.size(), 0), 0);
+    const auto streamBytes = [&] { return getxattr(volume->Path("file").c_str(), "user.zone", nullptr, 0); };
+    std::filesystem::current_path(volume->Root());
+
+    areStreamsRefused = true;
+    host.Delete("file");
+    areStreamsRefused = false;
+    EXPECT_THAT(host.failures, ElementsAre(DeletionFailure{DeletionStep::kFlush, "file", ERROR_IO_DEVICE}));
+    EXPECT_EQ(test::ReadWholeFile("file"), "contents");
+
+    FolderHandle folder;
+    FileHandle file;
+    UniqueHandle stream;
+    ASSERT_EQ(FolderHandle::OpenCurrent(folder), ERROR_SUCCESS);
+    ASSERT_EQ(folder.HoldFile("file", file), ERROR_SUCCESS);
+    ASSERT_EQ(file.OpenStreamForOverwriting("zone", stream), ERROR_SUCCESS);
+    EXPECT_TRUE(WriteFile(stream.get(), std::string(512, '\0').data(), 512, nullptr, nullptr));
+    EXPECT_TRUE(FlushFileBuffers(stream.get()));
+    EXPECT_EQ(streamBytes(), 1000);
 }
 
 TEST_F(OnNtfs, TellsWhatItCannotReplace) {
@@ -220,7 +280,6 @@ TEST_F(OnNtfs, TellsWhatItCannotReplace) {
         EXPECT_EQ(file.FindObstacles(obstacles), ERROR_SUCCESS) << name;
         EXPECT_EQ(obstacles, expected) << name;
     }
-    std::filesystem::current_path("/");
 }
 
 }  // namespace

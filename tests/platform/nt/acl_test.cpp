@@ -38,6 +38,21 @@ TEST(Ace, FieldsOfEachShape) {
     EXPECT_EQ(opaque->tail, Hex("01020304 05060708"));
 }
 
+TEST(Ace, TypesWithOneLayoutAreReadAlike) {
+    constexpr std::uint8_t kPlain[] = {0, 1, 2, 3, 9, 10, 13, 14, 17, 18, 19, 20, 21};
+    constexpr std::uint8_t kObject[] = {5, 6, 7, 8, 11, 12, 15, 16};
+    for (const std::uint8_t type : kPlain) {
+        auto bytes = Hex(kEveryoneFull);
+        bytes[0] = type;
+        EXPECT_EQ(Ace::FromBytes(bytes).value_or(Ace()).sid, Sid(1, {0})) << int{type};
+    }
+    for (const std::uint8_t type : kObject) {
+        auto bytes = Hex(kTwoGuids);
+        bytes[0] = type;
+        EXPECT_EQ(Ace::FromBytes(bytes).value_or(Ace()).sid, Sid(5, {11})) << int{type};
+    }
+}
+
 TEST(Ace, WritesBackTheBytesThatItRead) {
     for (
         const char* text : {
@@ -128,7 +143,8 @@ TEST(Acl, WritesTheLargestListAndRefusesALargerOne) {
     ace.sid = Sid(1, {0});
     Acl acl;
     acl.entries.assign(3276, ace);  // 20 bytes each
-    ASSERT_LE(acl.ByteSize(), Acl::kMaxBytes);
+    acl.entries.back().tail = {1, 2, 3, 4};
+    ASSERT_EQ(acl.ByteSize(), Acl::kMaxBytes);
     std::vector<std::uint8_t> written;
     ASSERT_TRUE(acl.AppendTo(written));
     EXPECT_EQ(Acl::FromBytes(written), acl);

@@ -142,12 +142,15 @@ TEST(Inheritance, MergingKeepsExplicitEntriesAndReplacesInheritedOnes) {
     }
 }
 
-TEST(Inheritance, AListThatTakesOverObjectEntriesSaysSo) {
+TEST(Inheritance, AListThatTakesOverObjectEntriesSaysSoAndElseKeepsItsRevision) {
     const Acl parent = List("(OA;OICI;RP;bf967aba-0de6-11d0-a285-00aa003049e2;;AU)");
     EXPECT_EQ(MergeInherited(List("(A;;FA;;;BA)"), parent, ObjectKind::kFile, kOwner, kGroup).revision, 4);
     EXPECT_EQ(MergeInherited(List("(A;;FA;;;BA)"), List("(A;OI;FA;;;SY)"), ObjectKind::kFile, kOwner, kGroup)
                   .revision,
               2);
+    Acl newer = List("(A;;FA;;;BA)");
+    newer.revision = 4;
+    EXPECT_EQ(MergeInherited(newer, Acl(), ObjectKind::kFile, kOwner, kGroup).revision, 4);
 }
 
 TEST(Inheritance, GenericRightsAreMappedInEntriesThatApply) {

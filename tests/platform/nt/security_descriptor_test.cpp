@@ -128,6 +128,10 @@ TEST(SecurityDescriptor, PresentButNullSystemListStaysSo) {
     ASSERT_TRUE(descriptor);
     EXPECT_TRUE(descriptor->saclBytes.empty());
     EXPECT_EQ(Written(*descriptor), bytes);
+
+    SecurityDescriptor made;
+    made.saclBytes = Hex("02 00 0800 0000 0000");
+    EXPECT_EQ(Written(made), Hex("01 00 1080 00000000 00000000 14000000 00000000 02 00 0800 0000 0000"));
 }
 
 TEST(SecurityDescriptor, OwnerAndGroupMayShareBytesAndOffsetsNeedNoAlignment) {
@@ -160,6 +164,7 @@ TEST(SecurityDescriptor, RefusesDamagedBytes) {
         {"owner inside the DACL", [](auto& bytes) { Store32(bytes, 4, 64); }},
         {"group partly inside the owner", [](auto& bytes) { Store32(bytes, 8, 77); }},
         {"group inside the system list", [](auto& bytes) { Store32(bytes, 8, 36); }},
+        {"group inside the DACL", [](auto& bytes) { Store32(bytes, 8, 64); }},
         {"DACL inside the header", [](auto& bytes) { Store32(bytes, 16, 4); }},
         {"DACL far behind the end", [](auto& bytes) { Store32(bytes, 16, 0xFFFFFFFF); }},
         {"DACL and system list the same", [](auto& bytes) { Store32(bytes, 16, 20); }},

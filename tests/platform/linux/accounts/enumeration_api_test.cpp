@@ -46,8 +46,9 @@ TEST(WellKnownSidTypes, MeanTheSidsOfTheirNumbers) {
     };
     for (const auto& [type, text] : cases)
         EXPECT_EQ(WellKnownSidText(type, nullptr), text) << type;
-    EXPECT_EQ(WellKnownSidText(38, domain), "S-1-5-21-1-2-3-500");
-    EXPECT_EQ(WellKnownSidText(50, domain), "S-1-5-21-1-2-3-553");
+    int type = 38;
+    for (const int relativeId : {500, 501, 502, 512, 513, 514, 515, 516, 517, 518, 519, 520, 553})
+        EXPECT_EQ(WellKnownSidText(type++, domain), "S-1-5-21-1-2-3-" + std::to_string(relativeId));
     LocalFree(domain);
 
     SidBytes sid{};

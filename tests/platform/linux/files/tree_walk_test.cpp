@@ -174,12 +174,33 @@ class CountingVisitor : public TreeVisitor {
         deepest = depth;
         return WalkDecision::kDescend;
     }
-    void Fail(DWORD error, const char*, std::size_t) override { errors.push_back(error); }
+    void Fail(DWORD error, const char* name, std::size_t depth) override {
+        errors.push_back(error);
+        failures += std::to_string(error) + " \"" + name + "\" " + std::to_string(depth) + ' ';
+    }
 
     std::size_t count = 0;
     std::size_t deepest = 0;
     std::vector<DWORD> errors;
+    std::string failures;  // with name and depth
 };
+
+TEST(TreeWalk, AFolderThatMayNotBeListedIsToldByItsNameAndDepth) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
+    const TemporaryFolder tree;
+    ASSERT_EQ(chmod(tree.Path().c_str(), 0755), 0);
+    tree.MakeFolder("a");
+    ASSERT_EQ(chmod(tree.MakeFolder("a/closed").c_str(), 0711), 0);
+    const auto failuresBelow = [&](const std::string& folder) {
+        return test::AsOrdinaryUser([&] {
+            CountingVisitor visitor;
+            WalkTree(OpenFolder(folder), visitor);
+            return visitor.failures;
+        });
+    };
+    EXPECT_EQ(failuresBelow(tree.Path()), "5 \"closed\" 1 ");
+    EXPECT_EQ(failuresBelow(tree.Path("a/closed")), "5 \"\" 0 ");
+}
 
 TEST(TreeWalk, DepthIsBoundedByOpenDescriptorsAloneAndSaysSo) {
     constexpr int kDepth = 3000;

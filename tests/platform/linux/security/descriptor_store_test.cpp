@@ -114,9 +114,11 @@ TEST_F(DescriptorStorage, VolumeWithoutAttributesShowsTheModeAndRefusesChanges) 
     ASSERT_EQ(mount("none", mounted.c_str(), "ramfs", 0, nullptr), 0);
     const std::string list = DaclText(mounted);
     const DWORD error = SetDescriptorText(mounted, "D:P(A;;FA;;;BA)");
+    const DWORD errorAbove = SetDescriptorText(folder.Path(), "D:P(A;OICI;FA;;;BA)");
     ASSERT_EQ(umount2(mounted.c_str(), MNT_DETACH), 0);
     EXPECT_THAT(list, HasSubstr("D:AI(A;;FA;;;"));
     EXPECT_EQ(error, ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(errorAbove, ERROR_SUCCESS) << "another volume inherits nothing";
 }
 
 TEST_F(DescriptorStorage, ReadOnlyNtfsVolumeShowsItsListsAndSaysThatItIsWriteProtected) {

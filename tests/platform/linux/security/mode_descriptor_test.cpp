@@ -39,18 +39,19 @@ std::uint32_t Expected(unsigned bits, bool mayEmpty) {
 }
 
 TEST(ModeDescriptor, EveryModeGrantsWhatTheKernelGrants) {
-    constexpr std::uint32_t kDecided =
-        FILE_READ_DATA | FILE_READ_EA | FILE_WRITE_DATA | FILE_APPEND_DATA | FILE_WRITE_EA | FILE_EXECUTE;
+    constexpr std::uint32_t kDecided = FILE_READ_DATA | FILE_READ_EA | FILE_WRITE_DATA | FILE_APPEND_DATA |
+                                       FILE_WRITE_EA | FILE_EXECUTE | FILE_DELETE_CHILD;
     for (const nt::ObjectKind kind : {nt::ObjectKind::kFile, nt::ObjectKind::kFolder}) {
         for (unsigned mode = 0; mode < 02000; ++mode) {
             const bool mayEmpty = kind == nt::ObjectKind::kFolder && (mode & 01000U) == 0;
-            const std::uint32_t decided = kDecided | (mayEmpty ? FILE_DELETE_CHILD : 0);
             const nt::Acl list = DescriptorFromMode(mode, kind, kOwner, kGroup).dacl;
             const std::uint32_t owner = Granted(list, {kOwner, kGroup, kEveryone});
+            // An owner who may do everything is said to have full control, whatever the object is.
+            const std::uint32_t decided = mayEmpty ? kDecided : kDecided & ~FILE_DELETE_CHILD;
             ASSERT_EQ(owner & decided, Expected(mode >> 6U & 7U, mayEmpty)) << std::oct << mode;
-            ASSERT_EQ(Granted(list, {kGroup, kEveryone}) & decided, Expected(mode >> 3U & 7U, mayEmpty))
+            ASSERT_EQ(Granted(list, {kGroup, kEveryone}) & kDecided, Expected(mode >> 3U & 7U, mayEmpty))
                 << std::oct << mode;
-            ASSERT_EQ(Granted(list, {kEveryone}) & decided, Expected(mode & 7U, mayEmpty))
+            ASSERT_EQ(Granted(list, {kEveryone}) & kDecided, Expected(mode & 7U, mayEmpty))
                 << std::oct << mode;
             ASSERT_EQ(owner & (WRITE_DAC | READ_CONTROL), WRITE_DAC | READ_CONTROL) << std::oct << mode;
         }

@@ -5,12 +5,16 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/linux/files/drives.h"
+#include "platform/linux/security/samba_attribute.h"
+#include "platform/nt/sddl.h"
 #include "platform/resources.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
@@ -21,6 +25,8 @@ namespace {
 
 // The call of setxattr that fails, counted from now; 0: none does.
 int failingWrite = 0;
+
+bool isReadingRefused = false;
 
 }  // namespace
 
@@ -33,6 +39,13 @@ int __wrap_setxattr(const char* path, const char* name, const void* value, size_
     }
     return __real_setxattr(path, name, value, size, flags);
 }
+
+ssize_t __real_getxattr(const char* path, const char* name, void* value, size_t size);
+ssize_t __wrap_getxattr(const char* path, const char* name, void* value, size_t size) {
+    if (!isReadingRefused || size == 0) return __real_getxattr(path, name, value, size);
+    errno = EIO;
+    return -1;
+}
 }  // extern "C"
 
 namespace permora::test {
@@ -44,8 +57,8 @@ std::string PlaceName(const testing::TestParamInfo<Place>& place) {
     return place.param == Place::kNtfs ? "Ntfs" : "LocalDisk";
 }
 
-// A folder "top" that inherits nothing, with a folder, a file in it and a file beside it, all of which
-// inherit from it. Everything is asked of and told to the system's services.
+// A folder "top" that inherits nothing, with a file and a folder with a file and further folders, all of
+// which inherit from it. Everything is asked of and told to the system's services.
 class NamedSecurity : public testing::TestWithParam<Place> {
   protected:
     void SetUp() override {
@@ -61,6 +74,8 @@ class NamedSecurity : public testing::TestWithParam<Place> {
         ASSERT_EQ(SetDescriptorText(Path("top"), "O:BAG:BUD:P(A;OICI;FA;;;BA)"), ERROR_SUCCESS);
         Make("top/folder/", "O:BAG:BUD:");
         Make("top/folder/file", "O:BAG:BUD:");
+        Make("top/folder/sub/", "O:BAG:BUD:");
+        Make("top/folder/sub/deep/", "O:BAG:BUD:");
         Make("top/file", "O:BAG:BUD:");
     }
 
@@ -97,6 +112,7 @@ TEST_P(NamedSecurity, ChangeOfAFolderReachesAllBelowAndKeepsTheirOwnEntries) {
     EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FR;;;WD)(A;ID;FA;;;SY)");
     EXPECT_EQ(Dacl("top/folder"), "D:AI(D;CI;WD;;;BG)(A;OIIOID;FR;;;WD)(A;OICIID;FA;;;SY)");
     EXPECT_EQ(Dacl("top/folder/file"), "D:AI(A;;FR;;;BU)(A;ID;FR;;;WD)(A;ID;FA;;;SY)");
+    EXPECT_EQ(Dacl("top/folder/sub/deep"), "D:AI(D;CIID;WD;;;BG)(A;OIIOID;FR;;;WD)(A;OICIID;FA;;;SY)");
 }
 
 TEST_P(NamedSecurity, ProtectedObjectsAndAllBelowThemKeepTheirLists) {
@@ -242,6 +258,60 @@ TEST_P(NamedSecurity, FailureInTheMiddleLeavesThatObjectAndReachesTheOthers) {
             EXPECT_NE(list.find("ID;FA;;;SY)"), std::string::npos) << name << ": " << list;
     }
     EXPECT_EQ(unchanged, 1);
+}
+
+TEST_P(NamedSecurity, AListThatCannotBeReadIsAnErrorAndStays) {
+    isReadingRefused = true;
+    const std::string read = Dacl("top/file");
+    const DWORD written = SetDacl("top/file", "D:P");
+    isReadingRefused = false;
+    EXPECT_EQ(read, "error " + std::to_string(ERROR_IO_DEVICE));
+    EXPECT_EQ(written, ERROR_IO_DEVICE);
+    EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;BA)");
+}
+
+TEST_P(NamedSecurity, WhatIsSetIsNoDefaultAnyMoreAndWhatIsTakenAwayIsGone) {
+    constexpr WORD kDefaults =
+        SE_OWNER_DEFAULTED | SE_GROUP_DEFAULTED | SE_DACL_DEFAULTED | SE_SACL_DEFAULTED;
+    auto descriptor = nt::FromSddl("O:BAG:BUD:P(A;;FA;;;BA)S:(AU;SA;FA;;;WD)");
+    ASSERT_TRUE(descriptor);
+    descriptor->control |= kDefaults;
+    std::vector<std::uint8_t> bytes;
+    ASSERT_TRUE(descriptor->AppendTo(bytes));
+    std::vector<std::uint8_t> stored = bytes;
+    if (!volume) host::MakeSambaAttribute(bytes, stored);
+    const std::string file = Path("top/file");
+    ASSERT_EQ(setxattr(file.c_str(), volume ? "system.ntfs_acl" : "security.NTACL", stored.data(),
+                       stored.size(), 0),
+              0);
+    const auto control = [&] {
+        PSECURITY_DESCRIPTOR found = nullptr;
+        EXPECT_EQ(GetNamedSecurityInfoA(R"(T:\top\file)", SE_FILE_OBJECT, 15, nullptr, nullptr, nullptr,
+                                        nullptr, &found),
+                  ERROR_SUCCESS);
+        const UniqueLocal<void> block(found);
+        SECURITY_DESCRIPTOR_CONTROL bits = 0;
+        DWORD revision = 0;
+        EXPECT_TRUE(GetSecurityDescriptorControl(found, &bits, &revision));
+        return bits & (kDefaults | SE_SACL_PRESENT);
+    };
+    EXPECT_EQ(control(), kDefaults | SE_SACL_PRESENT);
+    ASSERT_EQ(SetDacl("top/file", "O:BAG:BUD:P(A;;FA;;;BA)"), ERROR_SUCCESS);
+    EXPECT_EQ(control(), SE_SACL_DEFAULTED | SE_SACL_PRESENT);
+    ASSERT_EQ(SetDacl("top/file", "S:NO_ACCESS_CONTROL"), ERROR_SUCCESS);
+    EXPECT_EQ(control(), 0);
+}
+
+TEST(PropagatedList, ReportsTheFirstOfSeveralFailures) {
+    if (geteuid() != 0) GTEST_SKIP() << "writing system attributes needs root";
+    const TemporaryFolder folder;
+    for (const char* name : {"a", "b"})
+        folder.MakeFile(name);
+    const std::string first = std::filesystem::directory_iterator(folder.Path())->path();
+    ASSERT_EQ(setxattr(first.c_str(), "security.NTACL", "\x01\x00garbage", 9, 0), 0);
+    failingWrite = 2;  // after the folder's own, that of the other file
+    EXPECT_EQ(SetDescriptorText(folder.Path(), "D:P(A;OICI;FA;;;SY)"), ERROR_INVALID_SECURITY_DESCR);
+    EXPECT_EQ(failingWrite, 0);
 }
 
 TEST_P(NamedSecurity, FirstWriteThatFailsChangesNothing) {

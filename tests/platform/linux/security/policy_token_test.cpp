@@ -144,6 +144,24 @@ TEST(TokenTest, TheCapabilityIsThePrivilege) {
               std::to_string(ERROR_NOT_ALL_ASSIGNED));
 }
 
+TEST(TokenTest, WhatDoesNotFitIsNeitherWrittenNorRead) {
+    LUID id{};
+    ASSERT_TRUE(LookupPrivilegeValueA(nullptr, "SeTakeOwnershipPrivilege", &id));
+    std::array<char, 25> name{};
+    DWORD length = name.size() - 1;
+    EXPECT_FALSE(LookupPrivilegeNameA(nullptr, &id, name.data(), &length));
+    EXPECT_EQ(length, name.size());
+    EXPECT_EQ(name[0], '\0');
+    EXPECT_TRUE(LookupPrivilegeNameA(nullptr, &id, name.data(), &length));
+
+    HANDLE handle = nullptr;
+    ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES, &handle));
+    const UniqueHandle token(handle);
+    TOKEN_PRIVILEGES claimsTwo{2, {{id, SE_PRIVILEGE_ENABLED}}};
+    EXPECT_FALSE(AdjustTokenPrivileges(handle, FALSE, &claimsTwo, sizeof claimsTwo, nullptr, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
 TEST(TokenTest, TheUserIsTheProcesss) {
     HANDLE handle = nullptr;
     ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &handle));
