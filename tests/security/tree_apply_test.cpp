@@ -10,6 +10,7 @@
 #include "platform/host_path.h"
 #include "security/message_boxes.h"
 #include "tests/support/access_lists.h"
+#include "tests/support/recording_observer.h"
 #include "tests/support/recording_presenter.h"
 #include "tests/support/temporary_folder.h"
 
@@ -44,19 +45,6 @@ using test::DaclText;
 using test::SetDescriptorText;
 using testing::RecordingPresenter;
 
-class RecordingObserver : public TreeObserver {
-  public:
-    bool Begin(const char* name) override {
-        begun.emplace_back(name);
-        return name != lastName;
-    }
-    void PassOver(const std::string& path, DWORD error) override { passedOver.emplace_back(path, error); }
-
-    std::string lastName;
-    std::vector<std::string> begun;
-    std::vector<std::pair<std::string, DWORD>> passedOver;
-};
-
 class TreeApply : public ::testing::Test {
   protected:
     // Folders "one" and "two" hand an entry down; the file in each has a protected list of its own.
@@ -81,7 +69,7 @@ class TreeApply : public ::testing::Test {
 
     const test::TemporaryFolder folder;
     RecordingPresenter presenter;
-    RecordingObserver observer;
+    test::RecordingObserver observer;
     TreeCounts counts;
 };
 
@@ -100,7 +88,7 @@ TEST_F(TreeApply, WalksFoldersAndPassesOverEveryOtherName) {
 }
 
 TEST_F(TreeApply, AStoppedWalkLeavesTheOtherFoldersToo) {
-    observer.lastName = "in one";
+    observer.limit = 0;
     EXPECT_EQ(Apply({"one", "two"}), TreeApplyResult::kStopped);
     EXPECT_EQ(counts.changed + counts.passedOver, 0U);
     EXPECT_EQ(DaclText(folder.Path("one/in one")), kOwnList);

@@ -99,24 +99,31 @@ CommandResult RunCommand(const std::vector<std::string>& arguments, std::string_
     return result;
 }
 
-std::optional<std::string> AsOrdinaryUser(const std::function<std::string()>& work) {
-    constexpr uid_t kNobody = 65534;
+std::optional<std::string> InAnotherProcess(const std::function<std::string()>& work) {
     Pipe answer;
     if (!MakePipe(answer)) return std::nullopt;
     const pid_t process = fork();
     if (process == 0) {
-        const bool isOrdinary = setgroups(0, nullptr) == 0 && setresgid(kNobody, kNobody, kNobody) == 0 &&
-                                setresuid(kNobody, kNobody, kNobody) == 0;
-        // A process that changed its user may not look into its own /proc folder otherwise.
-        prctl(PR_SET_DUMPABLE, 1);
-        const std::string text = isOrdinary ? work() : "";
+        const std::string text = work();
         const ssize_t written = write(answer.writeEnd.Get(), text.data(), text.size());
-        _exit(isOrdinary && written == static_cast<ssize_t>(text.size()) ? 0 : 1);
+        _exit(written == static_cast<ssize_t>(text.size()) ? 0 : 1);
     }
     answer.writeEnd.Reset();
     std::string text = ReadAll(answer.readEnd.Get());
     if (process < 0 || ExitCodeOf(process) != 0) return std::nullopt;
     return text;
+}
+
+std::optional<std::string> AsOrdinaryUser(const std::function<std::string()>& work) {
+    return InAnotherProcess([&work] {
+        constexpr uid_t kNobody = 65534;
+        const bool isOrdinary = setgroups(0, nullptr) == 0 && setresgid(kNobody, kNobody, kNobody) == 0 &&
+                                setresuid(kNobody, kNobody, kNobody) == 0;
+        if (!isOrdinary) _exit(1);
+        // A process that changed its user may not look into its own /proc folder otherwise.
+        prctl(PR_SET_DUMPABLE, 1);
+        return work();
+    });
 }
 
 int StartService(const std::vector<std::string>& arguments, const std::string& logFile) {

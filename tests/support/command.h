@@ -18,8 +18,10 @@ struct CommandResult {
 // than a pipe holds (64 KiB) is not meant to be handed over.
 CommandResult RunCommand(const std::vector<std::string>& arguments, std::string_view input = {});
 
-// What `work` answers in a process of its own that runs as an ordinary user ("nobody", no privileges);
-// nothing when it ends otherwise. Needs root.
+// What `work` answers in a process of its own; nothing when it ends otherwise.
+std::optional<std::string> InAnotherProcess(const std::function<std::string()>& work);
+
+// The same in one that runs as an ordinary user ("nobody", no privileges). Needs root.
 std::optional<std::string> AsOrdinaryUser(const std::function<std::string()>& work);
 
 // Starts a program that goes on running; what it says goes to `logFile`. It is told to end (SIGTERM) when

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "tests/platform/nt/hex.h"
+#include "tests/support/hex.h"
 
 namespace permora::nt {
 namespace {

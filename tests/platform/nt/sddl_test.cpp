@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "tests/platform/nt/hex.h"
+#include "tests/support/hex.h"
 
 namespace permora::nt {
 namespace {
@@ -82,72 +82,29 @@ TEST(Sddl, MeansTheBytesThatTheSystemStores) {
 }
 
 TEST(Sddl, RefusesWhatBreaksTheGrammar) {
-    for (const char* text : {
-             "O",
-             ":",
-             "O:",
-             "X:",
-             "BA",
-             "O:BA ",
-             " O:BA",
-             "O::",
-             "O:BAO:BA",
-             "O:ba",
-             "o:BA",
-             "O:ZZ",
-             "O:S-1-5-32-544-",
-             "O:S-1-5-32-544X:",
-             "G:BAG:BA",
-             "D:D:",
-             "S:S:",
-             "D:NO_ACCESS_CONTROLD:",
-             "D:Q",
-             "D:p",
-             "D:(",
-             "D:)",
-             "D:()",
-             "D:P()",
-             "D:(A;;FA;;;BA",
-             "D:(A;;FA;;;BA))",
-             "D:((A;;FA;;;BA))",
-             "D:A;;FA;;;BA",
-             "D:(A;;FA;;;BA)P",
-             "D:(A;;FA;;;BA) (A;;FA;;;BA)",
-             "D:( A;;FA;;;BA)",
-             "D:(A;;FA;;BA)",
-             "D:(A;;FA;;;;BA)",
-             "D:(A;;FA;;;)",
-             "D:(;;FA;;;BA)",
-             "D:(a;;FA;;;BA)",
-             "D:NO_ACCESS_CONTROL(A;;FA;;;BA)",
-             "D:NO_ACCESS",
-             "D:(A;OIC;FA;;;BA)",
-             "D:(A;XX;FA;;;BA)",
-             "D:(A;oi;FA;;;BA)",
-             "D:(A;;F;;;BA)",
-             "D:(A;;FAF;;;BA)",
-             "D:(A;;ZZ;;;BA)",
-             "D:(A;;fa;;;BA)",
-             "D:(A;;0x;;;BA)",
-             "D:(A;;0x100000000;;;BA)",
-             "D:(A;;4294967296;;;BA)",
-             "D:(A;;08;;;BA)",
-             "D:(A;;0x1G;;;BA)",
-             "D:(A;;1FA;;;BA)",
-             "D:(A;;-1;;;BA)",
-             "D:(A;;NW;;;BA)",
-             "S:(ML;;FA;;;LW)",
-             "D:(A;;FA;bf967aba-0de6-11d0-a285-00aa003049e2;;BA)",  // GUID on a plain type
-             "D:(A;;FA;;bf967aba-0de6-11d0-a285-00aa003049e2;BA)",
-             "D:(OA;;FA;bf967aba-0de6-11d0-a285-00aa003049e;;BA)",  // GUIDs that are none
-             "D:(OA;;FA;bf967aba-0de6-11d0-a285-00aa003049e2a;;BA)",
-             "D:(OA;;FA;bf967aba00de6-11d0-a285-00aa003049e2;;BA)",
-             "D:(OA;;FA;bf967aba-0de6-11d0-a285-00aa003049g2;;BA)",
-             "D:(OA;;FA;{f967aba-0de6-11d0-a285-00aa003049e};;BA)",
-             "D:(XA;;FA;;;WD;(Member_of {SID(BA)}))",
-             "D:(XA;;FA;;;WD)",  // conditions
-             "S:(RA;;;;;WD;(\"Secrecy\",TU,0,3))",
-         })
+    // clang-format off
+    const char* const kTexts[] = {
+        "O", ":", "O:", "X:", "BA", "O:BA ", " O:BA", "O::", "O:BAO:BA", "O:ba", "o:BA", "O:ZZ", "O:S-1-5-32-544-",
+        "O:S-1-5-32-544X:", "G:BAG:BA", "D:D:", "S:S:", "D:NO_ACCESS_CONTROLD:",
+        "D:Q", "D:p", "D:(", "D:)", "D:()", "D:P()", "D:(A;;FA;;;BA", "D:(A;;FA;;;BA))", "D:((A;;FA;;;BA))",
+        "D:A;;FA;;;BA", "D:(A;;FA;;;BA)P", "D:(A;;FA;;;BA) (A;;FA;;;BA)", "D:( A;;FA;;;BA)", "D:(A;;FA;;BA)",
+        "D:(A;;FA;;;;BA)", "D:(A;;FA;;;)", "D:(;;FA;;;BA)", "D:(a;;FA;;;BA)", "D:NO_ACCESS_CONTROL(A;;FA;;;BA)",
+        "D:NO_ACCESS",
+        // Flags and rights.
+        "D:(A;OIC;FA;;;BA)", "D:(A;XX;FA;;;BA)", "D:(A;oi;FA;;;BA)", "D:(A;;F;;;BA)", "D:(A;;FAF;;;BA)",
+        "D:(A;;ZZ;;;BA)", "D:(A;;fa;;;BA)", "D:(A;;0x;;;BA)", "D:(A;;0x100000000;;;BA)", "D:(A;;4294967296;;;BA)",
+        "D:(A;;08;;;BA)", "D:(A;;0x1G;;;BA)", "D:(A;;1FA;;;BA)", "D:(A;;-1;;;BA)", "D:(A;;NW;;;BA)",
+        "S:(ML;;FA;;;LW)",
+        // A GUID on a plain type, and GUIDs that are none.
+        "D:(A;;FA;bf967aba-0de6-11d0-a285-00aa003049e2;;BA)", "D:(A;;FA;;bf967aba-0de6-11d0-a285-00aa003049e2;BA)",
+        "D:(OA;;FA;bf967aba-0de6-11d0-a285-00aa003049e;;BA)", "D:(OA;;FA;bf967aba-0de6-11d0-a285-00aa003049e2a;;BA)",
+        "D:(OA;;FA;bf967aba00de6-11d0-a285-00aa003049e2;;BA)", "D:(OA;;FA;bf967aba-0de6-11d0-a285-00aa003049g2;;BA)",
+        "D:(OA;;FA;{f967aba-0de6-11d0-a285-00aa003049e};;BA)",
+        // Conditions.
+        "D:(XA;;FA;;;WD;(Member_of {SID(BA)}))", "D:(XA;;FA;;;WD)", "S:(RA;;;;;WD;(\"Secrecy\",TU,0,3))",
+    };
+    // clang-format on
+    for (const char* text : kTexts)
         EXPECT_FALSE(FromSddl(text)) << text;
     EXPECT_FALSE(FromSddl(std::string_view("O:BA\0", 5)));
 }

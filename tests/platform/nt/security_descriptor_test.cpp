@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "tests/platform/nt/hex.h"
+#include "tests/support/hex.h"
 
 namespace permora::nt {
 namespace {

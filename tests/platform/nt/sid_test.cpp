@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/platform/nt/hex.h"
+#include "tests/support/hex.h"
 
 namespace permora::nt {
 namespace {
@@ -67,29 +67,14 @@ TEST(Sid, ReadsTextInEitherNotationOfTheAuthority) {
 }
 
 TEST(Sid, RefusesMalformedText) {
-    for (const char* text : {"",
-                             "S",
-                             "S-1",
-                             "S-1-",
-                             "S-2-5-32",
-                             "s-1-5-32",
-                             "S-1-5-",
-                             "S-1-5--32",
-                             "S-1-5-32-",
-                             "S-1-5-32 ",
-                             " S-1-5-32",
-                             "S-1-5-4294967296",
-                             "S-1-281474976710656",
-                             "S-1-0x",
-                             "S-1-0x1000000000000",
-                             "S-1-0x-1",
-                             "S-1-5-0x20",
-                             "S-1-5-+1",
-                             "S-1--5",
-                             "S-1-5-32x",
-                             "S-1-5-99999999999999999999999999",
-                             "S-1-5-1-2-3-4-5-6-7-8-9-10-11-12-13-14-15-16"})
+    // clang-format off
+    for (const char* text : {
+             "", "S", "S-1", "S-1-", "S-2-5-32", "s-1-5-32", "S-1-5-", "S-1-5--32", "S-1-5-32-", "S-1-5-32 ", " S-1-5-32",
+             "S-1-5-4294967296", "S-1-281474976710656", "S-1-0x", "S-1-0x1000000000000", "S-1-0x-1", "S-1-5-0x20",
+             "S-1-5-+1", "S-1--5", "S-1-5-32x", "S-1-5-99999999999999999999999999",
+             "S-1-5-1-2-3-4-5-6-7-8-9-10-11-12-13-14-15-16"})
         EXPECT_FALSE(Sid::FromText(text)) << text;
+    // clang-format on
     EXPECT_FALSE(Sid::FromText(std::string_view("S-1-5\0", 6)));
 }
 

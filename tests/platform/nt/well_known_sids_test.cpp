@@ -37,33 +37,5 @@ TEST(WellKnownSids, OthersAreNotFound) {
         EXPECT_EQ(FindWellKnownSid(sid), nullptr) << sid.ToText();
 }
 
-TEST(WellKnownSids, NamesAndUses) {
-    struct Row {
-        const char* sid;
-        const char* domain;
-        const char* name;
-        SidUse use;
-    };
-    const Row rows[] = {
-        {"S-1-1-0", "", "Everyone", SidUse::kWellKnownGroup},
-        {"S-1-3-0", "", "CREATOR OWNER", SidUse::kWellKnownGroup},
-        {"S-1-5-18", "NT AUTHORITY", "SYSTEM", SidUse::kWellKnownGroup},
-        {"S-1-5-32", "BUILTIN", "BUILTIN", SidUse::kDomain},
-        {"S-1-5-32-544", "BUILTIN", "Administrators", SidUse::kAlias},
-        {"S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464", "NT SERVICE", "TrustedInstaller",
-         SidUse::kWellKnownGroup},
-        {"S-1-15-2-1", "APPLICATION PACKAGE AUTHORITY", "ALL APPLICATION PACKAGES", SidUse::kWellKnownGroup},
-        {"S-1-16-12288", "Mandatory Label", "High Mandatory Level", SidUse::kLabel},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.sid);
-        const WellKnownSid* found = FindWellKnownSid(Sid::FromText(row.sid).value_or(Sid()));
-        ASSERT_NE(found, nullptr);
-        EXPECT_EQ(found->domain, row.domain);
-        EXPECT_EQ(found->name, row.name);
-        EXPECT_EQ(found->use, row.use);
-    }
-}
-
 }  // namespace
 }  // namespace permora::nt

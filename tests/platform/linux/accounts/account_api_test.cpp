@@ -4,7 +4,6 @@
 #include <pwd.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -17,6 +16,7 @@
 #include "platform/linux/accounts/machine.h"
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/nt/well_known_sids.h"
+#include "tests/support/command.h"
 
 namespace permora::host {
 namespace {
@@ -265,17 +265,8 @@ TEST(AccountLookupTest, RefusesBadArgumentsAndOtherMachines) {
 // it from the other.
 TEST(MachineSidTest, IsTheSameInEveryProcess) {
     const auto sidText = [] { return MachineSid() != nullptr ? MachineSid()->ToText() : "none"; };
-    std::array<int, 2> ends{};
-    ASSERT_EQ(pipe(ends.data()), 0);
-    const pid_t child = fork();
-    if (child == 0) {
-        const std::string text = sidText();
-        _exit(write(ends[1], text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 1);
-    }
-    std::array<char, 128> text{};
-    ASSERT_GT(read(ends[0], text.data(), text.size() - 1), 0);
-    waitpid(child, nullptr, 0);
-    EXPECT_EQ(text.data(), sidText());
+    const auto elsewhere = test::InAnotherProcess(sidText);
+    EXPECT_EQ(elsewhere, sidText());
 }
 
 // Samba's tools make databases when they are asked, and a new SID with them.

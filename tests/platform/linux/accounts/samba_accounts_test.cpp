@@ -2,11 +2,10 @@
 #include <gmock/gmock.h>
 #include <grp.h>
 #include <pwd.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <memory>
+#include <optional>
 #include <sstream>
 
 #include "platform/linux/accounts/account_directory.h"
@@ -21,8 +20,6 @@ using test::RunCommand;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr uid_t kOrdinaryUser = 12345;
-
 class SambaAccountsTest : public testing::Test {
   protected:
     static void SetUpTestSuite() {
@@ -32,7 +29,11 @@ class SambaAccountsTest : public testing::Test {
         EXPECT_EQ(RunCommand({"smbpasswd", "-a", "-s", "daemon"}, "secret\nsecret\n").exitCode, 0);
         EXPECT_EQ(Map({"ntgroup=My Users", "unixgroup=users", "type=local"}), 0);
         EXPECT_EQ(Map({"ntgroup=Dom Games", "unixgroup=games", "rid=514", "type=domain"}), 0);
-        ordinaryUsersView = AsOrdinaryUserSees();
+        // It must ask before this process does, and keeps the answer to itself.
+        ordinaryUsersView = test::AsOrdinaryUser([] {
+            return std::string(MachineSid() == nullptr ? "no machine" : "machine") + ", " +
+                   SidForUser(0).ToText() + ", " + SidForGroup(0).ToText();
+        });
     }
     static void TearDownTestSuite() { server.reset(); }
 
@@ -55,26 +56,6 @@ class SambaAccountsTest : public testing::Test {
         return RunCommand(arguments).exitCode;
     }
 
-    // What a process without rights to Samba's databases finds. It must ask before this process does, and
-    // keeps the answer to itself.
-    static std::string AsOrdinaryUserSees() {
-        std::array<int, 2> ends{};
-        EXPECT_EQ(pipe(ends.data()), 0);
-        const pid_t child = fork();
-        if (child == 0) {
-            if (setgroups(0, nullptr) != 0 || setuid(kOrdinaryUser) != 0) _exit(1);
-            const std::string view = std::string(MachineSid() == nullptr ? "no machine" : "machine") + ", " +
-                                     SidForUser(0).ToText() + ", " + SidForGroup(0).ToText();
-            _exit(write(ends[1], view.data(), view.size()) > 0 ? 0 : 1);
-        }
-        close(ends[1]);
-        std::array<char, 256> view{};
-        EXPECT_GT(read(ends[0], view.data(), view.size() - 1), 0);
-        close(ends[0]);
-        waitpid(child, nullptr, 0);
-        return view.data();
-    }
-
     // The one line with which the server answers each command.
     static std::vector<std::string> AskServer(const std::vector<std::string>& commands) {
         std::string all;
@@ -92,7 +73,7 @@ class SambaAccountsTest : public testing::Test {
     }
 
     inline static std::unique_ptr<test::SambaServer> server;
-    inline static std::string ordinaryUsersView;
+    inline static std::optional<std::string> ordinaryUsersView;
 };
 
 TEST_F(SambaAccountsTest, SidsHaveTheNamesThatTheServerGives) {

@@ -2,30 +2,22 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <string>
+#include <vector>
 
 #include "platform/api/errors.h"
-#include "platform/message_presenter.h"
+#include "tests/support/recording_presenter.h"
 
 namespace {
 
-class Recorder final : public permora::MessagePresenter {
-  public:
-    int Present(HWND /*owner*/, const char* text, const char* caption, UINT /*type*/) override {
-        shown = std::string(caption) + "|" + text;
-        return IDYES;
-    }
-    std::string shown;
-};
-
 TEST(MessageBox, IsShownByThePresenterThatIsSet) {
-    Recorder recorder;
-    EXPECT_EQ(permora::SetMessagePresenter(&recorder), nullptr);
+    permora::testing::RecordingPresenter presenter;
+    presenter.AnswerNext(IDYES);
     EXPECT_EQ(MessageBoxA(nullptr, "text", "caption", MB_YESNO | MB_ICONQUESTION), IDYES);
-    EXPECT_EQ(recorder.shown, "caption|text");
     MessageBoxA(nullptr, nullptr, nullptr, MB_OK);
-    EXPECT_EQ(recorder.shown, "Error|");
-    EXPECT_EQ(permora::SetMessagePresenter(nullptr), &recorder);
+    EXPECT_EQ(presenter.TakeBoxes(),
+              (std::vector<permora::testing::RecordedBox>{{"caption", "text", MB_YESNO | MB_ICONQUESTION},
+                                                          {"Error", "", MB_OK}}));
+    EXPECT_EQ(permora::SetMessagePresenter(&presenter), &presenter);
 }
 
 TEST(MessageBox, WithNobodyToAskGoesToStandardErrorAndChangesNothing) {

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -101,20 +100,12 @@ TEST_F(Attributes, OfAFileThatMayNotBeReadAreStillSeen) {
     ASSERT_EQ(chmod(folder.Path().c_str(), 0755), 0);
     ASSERT_EQ(chmod(folder.MakeFile("private").c_str(), 0600), 0);
     ASSERT_TRUE(SetFileAttributesA("private", FILE_ATTRIBUTE_HIDDEN));
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        const uid_t nobody = 65534;
-        const bool isOrdinary = setresuid(nobody, nobody, nobody) == 0;
-        _exit(isOrdinary && GetFileAttributesA("private") == FILE_ATTRIBUTE_NORMAL &&
-                      SetFileAttributesA("private", FILE_ATTRIBUTE_HIDDEN) == FALSE &&
-                      GetLastError() == ERROR_ACCESS_DENIED
-                  ? 0
-                  : 1);
-    }
-    int result = -1;
-    ASSERT_EQ(waitpid(child, &result, 0), child);
-    EXPECT_EQ(result, 0);
+    const auto answer = test::AsOrdinaryUser([] {
+        const DWORD seen = GetFileAttributesA("private");
+        ExpectFailure("private", FILE_ATTRIBUTE_HIDDEN, ERROR_ACCESS_DENIED);
+        return std::to_string(seen) + (HasFailure() ? " failed" : "");
+    });
+    EXPECT_EQ(answer, std::to_string(FILE_ATTRIBUTE_NORMAL));
 }
 
 // The attributes as the volume itself stores them, big endian.

@@ -2,21 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
+
+#include "tests/support/hex.h"
 
 namespace permora::host {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-Bytes FromHex(const std::string& hex) {
-    Bytes bytes;
-    for (std::size_t i = 0; i < hex.size(); i += 2) {
-        bytes.push_back(static_cast<std::uint8_t>(std::stoul(hex.substr(i, 2), nullptr, 16)));
-    }
-    return bytes;
-}
 
 struct Form {
     const char* hex;
@@ -43,18 +36,18 @@ const Form kForms[] = {
 TEST(DosAttribute, EveryFormIsReadAndItsOtherFieldsAreKept) {
     for (const Form& form : kForms) {
         SCOPED_TRACE(form.hex);
-        const auto attribute = DosAttribute::FromBytes(FromHex(form.hex));
+        const auto attribute = DosAttribute::FromBytes(Hex(form.hex));
         ASSERT_TRUE(attribute);
         EXPECT_EQ(attribute->version, form.version);
         EXPECT_EQ(attribute->attributes, form.attributes);
         EXPECT_TRUE(attribute->HasAttributes());
-        EXPECT_EQ(attribute->ToBytes(), FromHex(form.rewritten));
+        EXPECT_EQ(attribute->ToBytes(), Hex(form.rewritten));
     }
 }
 
 TEST(DosAttribute, DamagedBytesAreRefused) {
     for (const Form& form : kForms) {
-        const Bytes whole = FromHex(form.hex);
+        const Bytes whole = Hex(form.hex);
         for (std::size_t size = 0; size < whole.size(); ++size) {
             const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
             const auto attribute = DosAttribute::FromBytes(cut);
@@ -66,7 +59,7 @@ TEST(DosAttribute, DamagedBytesAreRefused) {
          {"0000050004000000110000002200000038931f91227cdd01", "00000600060000001100000022000000",
           "0000020002000000110000002200000000000000000000000000000000000000", "30787a7a", "3078", "3232",
           "307831323334353637383900", "ffffffffffffffffffffffffffffffffffff"}) {
-        EXPECT_FALSE(DosAttribute::FromBytes(FromHex(hex))) << hex;
+        EXPECT_FALSE(DosAttribute::FromBytes(Hex(hex))) << hex;
     }
 }
 

@@ -67,31 +67,17 @@ TEST(NameMapping, BytesThatNamesCannotHoldAreShownInThePrivateBlock) {
 }
 
 TEST(NameMapping, TextsThatNoHostNameShowsAsLeadNowhere) {
+    using namespace std::string_view_literals;
     std::string hostName = "before";
-    for (const std::string& name : {std::string(),
-                                    std::string("."),
-                                    std::string(".."),
-                                    std::string("a/b"),
-                                    std::string("a\\b"),
-                                    std::string("a\0b", 3),
-                                    std::string("\uF02E"),
-                                    std::string("\uF02E\uF02E"),
-                                    std::string(".\uF02E"),
-                                    std::string("\uF02F"),
-                                    std::string("..\uF02Fetc"),
-                                    std::string("end."),
-                                    std::string("end "),
-                                    std::string("*"),
-                                    std::string("\uF061"),
-                                    std::string("\uF02Ea"),
-                                    std::string("\uF0C3\uF0A9"),
-                                    std::string("latin \xE9"),
-                                    std::string("\xED\xA0\x80"),
-                                    std::string("\xC0\xAE"),
-                                    std::string("\x01")}) {
+    // clang-format off
+    for (const std::string_view name : {
+             ""sv, "."sv, ".."sv, "a/b"sv, "a\\b"sv, "a\0b"sv, "\uF02E"sv, "\uF02E\uF02E"sv, ".\uF02E"sv, "\uF02F"sv,
+             "..\uF02Fetc"sv, "end."sv, "end "sv, "*"sv, "\uF061"sv, "\uF02Ea"sv, "\uF0C3\uF0A9"sv, "latin \xE9"sv,
+             "\xED\xA0\x80"sv, "\xC0\xAE"sv, "\x01"sv}) {
         EXPECT_FALSE(DecodeName(name, hostName)) << testing::PrintToString(name);
         EXPECT_EQ(hostName, "before");
     }
+    // clang-format on
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/mount.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -13,7 +11,6 @@
 
 #include "platform/linux/files/descriptor_support.h"
 #include "platform/linux/files/extended_attributes.h"
-#include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"
 
@@ -82,36 +79,6 @@ TEST(ExtendedAttributes, OnNtfsAreReadWholeThoughTheDriverMisnamesASmallBuffer) 
     std::vector<std::uint8_t> read;
     ASSERT_EQ(ReadExtendedAttribute(handle, "system.ntfs_acl", read), 0);
     EXPECT_GT(read.size(), 4096U);  // more than the first attempt asks for
-}
-
-TEST(DescriptorSupport, DependsOnTheVolumeTheObjectAndThePrivilege) {
-    if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
-    const test::TemporaryFolder folder;
-    const ObjectHandle file = Open(folder.MakeFile("file"));
-    ASSERT_EQ(symlink("file", folder.Path("link").c_str()), 0);
-    const ObjectHandle link = Open(folder.Path("link"));
-    EXPECT_EQ(StoreKindOf(file), DescriptorStoreKind::kSamba);
-    EXPECT_EQ(StoreKindOf(link), DescriptorStoreKind::kSamba);
-    EXPECT_EQ(StoreKindOf(Open("/proc/self")), DescriptorStoreKind::kNone);
-
-    const std::string mountPoint = folder.MakeFolder("ram");
-    ASSERT_EQ(mount("none", mountPoint.c_str(), "ramfs", 0, nullptr), 0);
-    EXPECT_EQ(StoreKindOf(Open(mountPoint)), DescriptorStoreKind::kNone);
-    EXPECT_EQ(umount(mountPoint.c_str()), 0);
-
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        const uid_t nobody = 65534;
-        const bool isOrdinary = setresuid(nobody, nobody, nobody) == 0;
-        _exit(isOrdinary && StoreKindOf(file) == DescriptorStoreKind::kUser &&
-                      StoreKindOf(link) == DescriptorStoreKind::kNone
-                  ? 0
-                  : 1);
-    }
-    int result = -1;
-    ASSERT_EQ(waitpid(child, &result, 0), child);
-    EXPECT_EQ(result, 0);
 }
 
 }  // namespace

@@ -79,28 +79,6 @@ TEST(TreeWalk, VisitsParentsBeforeChildrenAndNeverFollowsALink) {
     EXPECT_THAT(visitor.errors, IsEmpty());
 }
 
-TEST(TreeWalk, WhatTheVisitorPassesOverIsNotEntered) {
-    const TemporaryFolder tree;
-    tree.MakeFolder("a");
-    tree.MakeFile("a/b");
-    RecordingVisitor visitor(tree);
-    visitor.decide = [](auto&) { return WalkDecision::kPassOver; };
-    WalkTree(OpenFolder(tree.Path()), visitor);
-    EXPECT_THAT(visitor.visited, ElementsAre("a"));
-}
-
-TEST(TreeWalk, EndsWhenTheVisitorStopsIt) {
-    const TemporaryFolder tree;
-    for (const char* name : {"a", "b", "c"})
-        tree.MakeFolder(name);
-    RecordingVisitor visitor(tree);
-    visitor.decide = [&](auto&) {
-        return visitor.visited.size() == 2 ? WalkDecision::kStop : WalkDecision::kDescend;
-    };
-    WalkTree(OpenFolder(tree.Path()), visitor);
-    EXPECT_EQ(visitor.visited.size(), 2U);
-}
-
 TEST(TreeWalk, FolderReplacedByALinkInTheMiddleLeadsNowhereElse) {
     const TemporaryFolder outside;
     outside.MakeFile("secret");

@@ -86,17 +86,13 @@ TEST_F(RegistryStores, LeaveTheFileAloneWhenAChangeFails) {
 
     // A full disk, as the process sees it.
     std::ofstream(file) << "";
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
+    const auto error = test::InAnotherProcess([&] {
         signal(SIGXFSZ, SIG_IGN);
         const rlimit none{0, 0};
         setrlimit(RLIMIT_FSIZE, &none);
-        _exit(Set(store, "two") == ERROR_FILE_TOO_LARGE ? 0 : 1);
-    }
-    int result = -1;
-    ASSERT_EQ(waitpid(child, &result, 0), child);
-    EXPECT_EQ(result, 0);
+        return std::to_string(Set(store, "two"));
+    });
+    EXPECT_EQ(error, std::to_string(ERROR_FILE_TOO_LARGE));
     EXPECT_EQ(test::ReadWholeFile(file), "");
     EXPECT_FALSE(std::filesystem::exists(file + ".new"));
 }

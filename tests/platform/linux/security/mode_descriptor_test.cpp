@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
+#include <string>
 #include <vector>
 
 #include "platform/api/security.h"
+#include "platform/nt/sddl.h"
 
 namespace permora::host {
 namespace {
@@ -59,25 +60,11 @@ TEST(ModeDescriptor, EveryModeGrantsWhatTheKernelGrants) {
 }
 
 TEST(ModeDescriptor, UsualModesAreShortListsOfAllowingEntries) {
-    const nt::SecurityDescriptor descriptor =
-        DescriptorFromMode(0755, nt::ObjectKind::kFolder, kOwner, kGroup);
-    EXPECT_EQ(descriptor.owner, kOwner);
-    EXPECT_EQ(descriptor.group, kGroup);
-    EXPECT_FALSE(descriptor.IsDaclProtected());
-    struct {
-        std::uint32_t mask;
-        nt::Sid sid;
-    } const expected[] = {{FILE_ALL_ACCESS, kOwner},
-                          {FILE_GENERIC_READ | FILE_GENERIC_EXECUTE, kGroup},
-                          {FILE_GENERIC_READ | FILE_GENERIC_EXECUTE, kEveryone}};
-    ASSERT_EQ(descriptor.dacl.entries.size(), std::size(expected));
-    for (std::size_t i = 0; i < std::size(expected); ++i) {
-        const nt::Ace& entry = descriptor.dacl.entries[i];
-        EXPECT_EQ(entry.type, ACCESS_ALLOWED_ACE_TYPE);
-        EXPECT_EQ(entry.flags, 0);
-        EXPECT_EQ(entry.mask, expected[i].mask);
-        EXPECT_EQ(entry.sid, expected[i].sid);
-    }
+    const std::string owner = kOwner.ToText();
+    const std::string group = kGroup.ToText();
+    EXPECT_EQ(nt::ToSddl(DescriptorFromMode(0755, nt::ObjectKind::kFolder, kOwner, kGroup), 15),
+              "O:" + owner + "G:" + group + "D:AI(A;;FA;;;" + owner + ")(A;;0x1200a9;;;" + group +
+                  ")(A;;0x1200a9;;;WD)");
 }
 
 }  // namespace

@@ -16,10 +16,9 @@
 #include "platform/api/errors.h"
 #include "platform/api/memory.h"
 #include "platform/host_path.h"
-#include "platform/linux/base/unique_fd.h"
 #include "platform/resources.h"
 #include "tests/support/access_lists.h"
-#include "tests/support/command.h"
+#include "tests/support/recording_observer.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -32,19 +31,6 @@ using testing::UnorderedElementsAre;
 
 constexpr SECURITY_INFORMATION kAllParts =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
-
-class RecordingObserver : public TreeObserver {
-  public:
-    bool Begin(const char* name) override {
-        begun.emplace_back(name);
-        return begun.size() <= limit;
-    }
-    void PassOver(const std::string& path, DWORD error) override { passedOver.emplace_back(path, error); }
-
-    std::size_t limit = 1'000'000;
-    std::vector<std::string> begun;
-    std::vector<std::pair<std::string, DWORD>> passedOver;
-};
 
 UniqueLocal<ACL> EmptyList() {
     UniqueLocal<ACL> list(static_cast<PACL>(LocalAlloc(LMEM_FIXED, sizeof(ACL))));
@@ -267,19 +253,6 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     ASSERT_EQ(SetOwnersBelow(Told("").c_str(), sid, observer, counts), 0U);
     EXPECT_EQ(counts.unchanged, 4U);
     EXPECT_EQ(SetOwnersBelow(Told("").c_str(), nullptr, observer, counts), ERROR_INVALID_SID);
-}
-
-TEST_F(TreeSecurity, ATreeOfThreeThousandLevelsIsDoneToItsEnd) {
-    constexpr std::size_t kDepth = 3000;
-    ASSERT_EQ(SetDescriptorText(tree.Path(), "D:P(A;OICI;FA;;;BA)"), 0U);
-    host::UniqueFd folder(open(tree.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    for (std::size_t i = 0; i < kDepth; ++i) {
-        ASSERT_EQ(mkdirat(folder.Get(), "d", 0755), 0);
-        folder.Reset(openat(folder.Get(), "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    }
-    EXPECT_EQ(Reset(tree.Path()), 0U);
-    EXPECT_EQ(counts.changed, kDepth);
-    EXPECT_GT(fgetxattr(folder.Get(), "security.NTACL", nullptr, 0), 0);
 }
 
 }  // namespace
