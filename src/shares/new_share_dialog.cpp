@@ -50,7 +50,7 @@ void CNewShareDlg::OnUserLimit() {
 }
 
 void CNewShareDlg::OnChooseFolder() {
-    std::string path;
+    std::string path = Written().folder;
     if (!ChooseFolder(*this, "Choose the folder to share", path)) return;
     GetDlgItem(IDC_SHARE_FOLDER)->SetWindowText(path);
     if (Text(IDC_SHARE_NAME).empty()) GetDlgItem(IDC_SHARE_NAME)->SetWindowText(NameOfFolder(path));

@@ -1,17 +1,19 @@
 #include "framework/folder_chooser.h"
 
-#include <QFile>
 #include <QFileDialog>
+#include <QUrl>
 
 #include "framework/qt/widget.h"
-#include "platform/host_path.h"
+#include "platform/file_url.h"
 
 namespace permora {
 
 bool ChooseFolder(CWnd& owner, const std::string& title, std::string& path) {
-    const QString chosen = QFileDialog::getExistingDirectory(qt::WidgetOf(owner), qt::ToQt(title));
-    if (chosen.isEmpty()) return false;
-    path = PathFromArgument(QFile::encodeName(chosen).constData());
+    const QUrl start = QUrl::fromEncoded(QByteArray::fromStdString(FileUrlOf(path)));
+    const QUrl chosen = QFileDialog::getExistingDirectoryUrl(qt::WidgetOf(owner), qt::ToQt(title), start);
+    const std::string chosenPath = PathFromFileUrl(chosen.toEncoded().toStdString());
+    if (chosenPath.empty()) return false;
+    path = chosenPath;
     return true;
 }
 
