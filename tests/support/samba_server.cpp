@@ -55,6 +55,7 @@ std::string EnterOwnWorld() {
         if (mount("tmpfs", place, "tmpfs", MS_NOSUID | MS_NODEV, "mode=0755") != 0) return FailedStep(place);
     }
     if (mkdir("/var/lib/samba/private", 0700) != 0) return FailedStep("private folder");
+    if (mkdir("/var/lib/samba/usershares", 01770) != 0) return FailedStep("folder of users' shares");
     return {};
 }
 
@@ -70,6 +71,9 @@ void WriteConfiguration(const std::string& sharedFolder) {
                                      "printcap name = /dev/null\n"
                                      "disable spoolss = yes\n"
                                      "vfs objects = acl_xattr\n"
+                                     "registry shares = yes\n"
+                                     "usershare max shares = 100\n"
+                                     "usershare owner only = no\n"
                                      "[share]\n"
                                      "path = "
                                   << sharedFolder

@@ -10,11 +10,11 @@
 namespace permora::test {
 
 // smbd on 127.0.0.1:445 with one user, "root", and one share that keeps access lists as they are
-// (vfs objects = acl_xattr, ignore system acls). The process that makes it enters mount and network
-// namespaces of its own in which Samba's folders are empty, so that neither the machine's Samba nor another
-// test is touched, and so that everything this process does (and starts) sees this server as the machine's
-// Samba. One for each process, for its whole life; its test program is registered with
-// permora_add_samba_test.
+// (vfs objects = acl_xattr, ignore system acls); its registry and its users may add shares. The process that
+// makes it enters mount and network namespaces of its own in which Samba's folders are empty, so that neither
+// the machine's Samba nor another test is touched, and so that everything this process does (and starts) sees
+// this server as the machine's Samba. One for each process, for its whole life; its test program is
+// registered with permora_add_samba_test.
 class SambaServer {
   public:
     // Why this machine cannot run one; empty when it can.

@@ -48,6 +48,7 @@ inline constexpr DWORD ERROR_OPERATION_ABORTED         = 995;
 inline constexpr DWORD ERROR_INVALID_FLAGS             = 1004;
 inline constexpr DWORD ERROR_FILE_INVALID              = 1006;
 inline constexpr DWORD ERROR_BADDB                     = 1009;
+inline constexpr DWORD ERROR_SERVICE_DEPENDENCY_DELETED = 1075;
 inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION    = 1113;
 inline constexpr DWORD ERROR_IO_DEVICE                 = 1117;
 inline constexpr DWORD ERROR_TOO_MANY_LINKS            = 1142;

@@ -15,6 +15,7 @@ inline constexpr NET_API_STATUS NERR_Success = 0;
 inline constexpr NET_API_STATUS NERR_UnknownDevDir = 2116;
 inline constexpr NET_API_STATUS NERR_DuplicateShare = 2118;
 inline constexpr NET_API_STATUS NERR_InvalidMaxUsers = 2122;
+inline constexpr NET_API_STATUS NERR_InternalError = 2140;
 inline constexpr NET_API_STATUS NERR_NetNameNotFound = 2310;
 
 // As the length preferred: everything at once.

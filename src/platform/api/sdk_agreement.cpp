@@ -90,6 +90,7 @@ static_assert(ERROR_OPERATION_ABORTED      == 995);
 static_assert(ERROR_INVALID_FLAGS          == 1004);
 static_assert(ERROR_FILE_INVALID           == 1006);
 static_assert(ERROR_BADDB                  == 1009);
+static_assert(ERROR_SERVICE_DEPENDENCY_DELETED == 1075);
 static_assert(ERROR_NO_UNICODE_TRANSLATION == 1113);
 static_assert(ERROR_IO_DEVICE              == 1117);
 static_assert(ERROR_TOO_MANY_LINKS         == 1142);
@@ -299,6 +300,7 @@ static_assert(sizeof(DWORD_PTR) == sizeof(void*));
 // network.h, shares.h
 static_assert(sizeof(NET_API_STATUS) == 4 && NERR_Success == 0 && MAX_PREFERRED_LENGTH == DWORD(-1));
 static_assert(NERR_UnknownDevDir == 2116 && NERR_DuplicateShare == 2118 && NERR_InvalidMaxUsers == 2122);
+static_assert(NERR_InternalError == 2140);
 static_assert(NERR_NetNameNotFound == 2310 && NNLEN == 80 && SHI_USES_UNLIMITED == DWORD(-1));
 static_assert(STYPE_DISKTREE == 0 && STYPE_PRINTQ == 1 && STYPE_DEVICE == 2 && STYPE_IPC == 3 && STYPE_SPECIAL == 0x80000000);
 static_assert(SHARE_NETNAME_PARMNUM == 1 && SHARE_TYPE_PARMNUM == 3 && SHARE_REMARK_PARMNUM == 4);

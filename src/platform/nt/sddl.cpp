@@ -37,25 +37,25 @@ void AppendListFlags(std::uint16_t control, std::uint16_t ListFlag::*bit, std::s
     }
 }
 
-bool AppendEntries(const Acl& acl, std::string& text) {
+bool AppendEntries(const Acl& acl, SddlWords words, std::string& text) {
     for (const Ace& ace : acl.entries) {
         text += '(';
-        if (!AppendAceAsSddl(ace, text)) return false;
+        if (!AppendAceAsSddl(ace, words, text)) return false;
         text += ')';
     }
     return true;
 }
 
-bool AppendDacl(const SecurityDescriptor& descriptor, std::string& text) {
+bool AppendDacl(const SecurityDescriptor& descriptor, SddlWords words, std::string& text) {
     if (descriptor.daclState == DaclState::kAbsent) return true;
     text += "D:";
     AppendListFlags(descriptor.control, &ListFlag::daclBit, text);
-    if (descriptor.daclState == DaclState::kList) return AppendEntries(descriptor.dacl, text);
+    if (descriptor.daclState == DaclState::kList) return AppendEntries(descriptor.dacl, words, text);
     text += kNullList;
     return true;
 }
 
-bool AppendSacl(const SecurityDescriptor& descriptor, std::string& text) {
+bool AppendSacl(const SecurityDescriptor& descriptor, SddlWords words, std::string& text) {
     const bool isNull = descriptor.saclBytes.empty();
     if (isNull && (descriptor.control & kSaclPresent) == 0) return true;
     text += "S:";
@@ -65,7 +65,7 @@ bool AppendSacl(const SecurityDescriptor& descriptor, std::string& text) {
         return true;
     }
     const auto acl = Acl::FromBytes(descriptor.saclBytes);
-    return acl && AppendEntries(*acl, text);
+    return acl && AppendEntries(*acl, words, text);
 }
 
 // Takes a flag or the word for a null list off `text`.
@@ -153,18 +153,19 @@ bool ReadPart(char key, std::string_view text, const Sid* machine, SecurityDescr
 
 }  // namespace
 
-std::optional<std::string> ToSddl(const SecurityDescriptor& descriptor, std::uint32_t parts) {
+std::optional<std::string> ToSddl(const SecurityDescriptor& descriptor, std::uint32_t parts,
+                                  SddlWords words) {
     std::string text;
     if (descriptor.owner && Includes(parts, SddlParts::kOwner)) {
         text += "O:";
-        AppendSidAsSddl(*descriptor.owner, text);
+        AppendSidAsSddl(*descriptor.owner, words, text);
     }
     if (descriptor.group && Includes(parts, SddlParts::kGroup)) {
         text += "G:";
-        AppendSidAsSddl(*descriptor.group, text);
+        AppendSidAsSddl(*descriptor.group, words, text);
     }
-    if (Includes(parts, SddlParts::kDacl) && !AppendDacl(descriptor, text)) return std::nullopt;
-    if (Includes(parts, SddlParts::kSacl) && !AppendSacl(descriptor, text)) return std::nullopt;
+    if (Includes(parts, SddlParts::kDacl) && !AppendDacl(descriptor, words, text)) return std::nullopt;
+    if (Includes(parts, SddlParts::kSacl) && !AppendSacl(descriptor, words, text)) return std::nullopt;
     return text;
 }
 

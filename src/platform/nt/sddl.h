@@ -13,12 +13,18 @@ namespace permora::nt {
 // Which parts of a descriptor are written; values are those of SECURITY_INFORMATION.
 enum class SddlParts : std::uint32_t { kOwner = 1, kGroup = 2, kDacl = 4, kSacl = 8 };
 
-// "O:...G:...D:...S:..." with the parts whose bits are set in `parts`. Rights and SIDs are abbreviated where
-// the grammar has an abbreviation. FromSddl gives the same owner, group, lists and inheritance bits again;
-// what the grammar has no words for is not carried: the "defaulted" bits, resource manager control, a list's
-// revision and unused space. Nothing when that would lose an entry or a part of one: conditions, resource
-// attributes, data behind the SID, types unknown to the grammar; or when the system list is malformed.
-std::optional<std::string> ToSddl(const SecurityDescriptor& descriptor, std::uint32_t parts);
+enum class SddlWords {
+    kAbbreviations,  // of rights and SIDs, where the grammar has some
+    kNumbers,        // rights as numbers and SIDs in full, for readers who mean other things by the words
+};
+
+// "O:...G:...D:...S:..." with the parts whose bits are set in `parts`. FromSddl gives the same owner, group,
+// lists and inheritance bits again; what the grammar has no words for is not carried: the "defaulted" bits,
+// resource manager control, a list's revision and unused space. Nothing when that would lose an entry or a
+// part of one: conditions, resource attributes, data behind the SID, types unknown to the grammar; or when
+// the system list is malformed.
+std::optional<std::string> ToSddl(const SecurityDescriptor& descriptor, std::uint32_t parts,
+                                  SddlWords words = SddlWords::kAbbreviations);
 
 // The descriptor that the whole of `text` describes; nothing when it breaks the grammar or a list would be
 // too large. The parts may stand in any order, each at most once; none at all is an empty descriptor. Case

@@ -117,7 +117,18 @@ std::optional<std::uint32_t> NumberFromText(std::string_view text) {
     return number;
 }
 
-void AppendRights(const Ace& ace, std::string& text) {
+void AppendNumber(std::uint32_t mask, std::string& text) {
+    std::array<char, 8> digits{};
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), mask, 16).ptr;
+    text += "0x";
+    text.append(digits.data(), end);
+}
+
+void AppendRights(const Ace& ace, SddlWords words, std::string& text) {
+    if (words == SddlWords::kNumbers) {
+        AppendNumber(ace.mask, text);
+        return;
+    }
     if (ace.type == kMandatoryLabelType) {
         if (AppendBits(kLabelRights, ace.mask, text)) return;
     } else {
@@ -127,10 +138,7 @@ void AppendRights(const Ace& ace, std::string& text) {
         }
         if (AppendBits(kSingleRights, ace.mask, text)) return;
     }
-    std::array<char, 8> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), ace.mask, 16).ptr;
-    text += "0x";
-    text.append(digits.data(), end);
+    AppendNumber(ace.mask, text);
 }
 
 std::optional<std::uint32_t> RightsFromText(std::string_view text, std::uint8_t type) {
@@ -228,25 +236,25 @@ std::optional<std::array<std::string_view, 6>> SplitFields(std::string_view text
 
 }  // namespace
 
-void AppendSidAsSddl(const Sid& sid, std::string& text) {
+void AppendSidAsSddl(const Sid& sid, SddlWords words, std::string& text) {
     const WellKnownSid* known = FindWellKnownSid(sid);
-    if (known != nullptr && !known->sddlAlias.empty())
+    if (words == SddlWords::kAbbreviations && known != nullptr && !known->sddlAlias.empty())
         text += known->sddlAlias;
     else
         text += sid.ToText();
 }
 
-bool AppendAceAsSddl(const Ace& ace, std::string& text) {
+bool AppendAceAsSddl(const Ace& ace, SddlWords words, std::string& text) {
     const Abbreviation* type = FindValue(kTypes, ace.type);
     if (type == nullptr || !ace.tail.empty()) return false;
     std::string fields(type->letters);
     fields += ';';
     if (!AppendBits(kFlags, ace.flags, fields)) return false;
     fields += ';';
-    AppendRights(ace, fields);
+    AppendRights(ace, words, fields);
     fields += ';';
     if (!AppendObjectFields(ace, fields)) return false;
-    AppendSidAsSddl(ace.sid, fields);
+    AppendSidAsSddl(ace.sid, words, fields);
     text += fields;
     return true;
 }

@@ -6,15 +6,15 @@
 #include <string_view>
 
 #include "platform/nt/acl.h"
+#include "platform/nt/sddl.h"
 #include "platform/nt/sid.h"
 
 namespace permora::nt {
 
-// Appends a SID, abbreviated where the grammar has an abbreviation.
-void AppendSidAsSddl(const Sid& sid, std::string& text);
+void AppendSidAsSddl(const Sid& sid, SddlWords words, std::string& text);
 
 // Appends the six fields of an entry. False, with `text` as before, when text cannot hold the whole entry.
-[[nodiscard]] bool AppendAceAsSddl(const Ace& ace, std::string& text);
+[[nodiscard]] bool AppendAceAsSddl(const Ace& ace, SddlWords words, std::string& text);
 
 // The entry whose six fields are `text`; nothing when they break the grammar. `machine` as for FromSddl.
 std::optional<Ace> AceFromSddl(std::string_view text, const Sid* machine);

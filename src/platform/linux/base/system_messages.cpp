@@ -167,7 +167,7 @@ constexpr Message kSystemMessages[] = {
     {1907, "The password must be changed before the first logon"},
     {1909, "The account is locked after too many failed logons"},
     {1920, "The system cannot get at the file"},
-    {6009, "It is fixed in a file that can only be read"},
+    {6009, "It is settled in a configuration file, which is only read here"},
 };
 // clang-format on
 

@@ -2,12 +2,17 @@
 
 #include "platform/api/text.h"
 #include "platform/linux/base/wide_text.h"
+#include "platform/linux/shares/samba_shares.h"
+#include "platform/linux/shares/samba_tools.h"
 #include "platform/linux/shares/share_table.h"
 
 namespace permora::host {
 
 const ShareProvider& ThisMachinesShares() {
+    static const SambaShares samba;
     static const ShareTable table;
+    static const bool isSambaSetUp = IsSambaSetUp();
+    if (isSambaSetUp) return samba;
     return table;
 }
 

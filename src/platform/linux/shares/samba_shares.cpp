@@ -1,0 +1,243 @@
+#include "platform/linux/shares/samba_shares.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/linux/base/ascii.h"
+#include "platform/linux/files/descriptor_path.h"
+#include "platform/linux/files/paths.h"
+#include "platform/linux/shares/samba_tools.h"
+#include "platform/linux/shares/samba_user_shares.h"
+
+namespace permora::host {
+
+namespace {
+
+using Sections = std::vector<SambaSection>;
+
+const SambaSection* FindSection(const Sections& sections, std::string_view name) {
+    const auto found = std::ranges::find_if(
+        sections, [name](const SambaSection& section) { return IsSameShare(section.name, name); });
+    return found != sections.end() ? &*found : nullptr;
+}
+
+// The server takes shares of the registry in only when it was told to.
+bool UsesRegistry(const Sections& configuration) {
+    const SambaSection* global = FindSection(configuration, "global");
+    return global != nullptr && global->IsSet("registry shares");
+}
+
+enum class Keeper {
+    kFile,
+    kRegistry,
+    kUser,
+    kNobody,  // "IPC$", which is there by itself
+};
+
+struct KeptShare {
+    Keeper keeper = Keeper::kFile;
+    SambaSection section;  // as the keeper has it
+};
+
+DWORD ReadRegistry(const Sections& configuration, Sections& registry) {
+    registry.clear();
+    if (!UsesRegistry(configuration)) return ERROR_SUCCESS;
+    std::string listing;
+    const DWORD error = AskSambaTool("net", {"conf", "list"}, listing);
+    if (error == ERROR_SUCCESS) registry = ParseSambaSections(listing);
+    return error;
+}
+
+// Only names that were listed are ever handed to a tool.
+DWORD FindKeeper(std::string_view name, KeptShare& kept) {
+    Sections configuration;
+    Sections registry;
+    Sections users;
+    DWORD error = ReadSambaConfiguration(configuration);
+    if (error == ERROR_SUCCESS) error = ReadRegistry(configuration, registry);
+    if (error != ERROR_SUCCESS) return error;
+    const std::vector<Share> shares = SharesOfSections(configuration);
+    const bool isConfigured =
+        std::ranges::any_of(shares, [name](const Share& share) { return IsSameShare(share.name, name); });
+    if (isConfigured) {
+        const SambaSection* registered = FindSection(registry, name);
+        const bool isRegistered = registered != nullptr && !IsFixedInFile(name);
+        kept = isRegistered ? KeptShare{Keeper::kRegistry, *registered}
+                            : KeptShare{Keeper::kFile, *FindSection(configuration, name)};
+        return ERROR_SUCCESS;
+    }
+    error = ReadUserShares(users);
+    if (error != ERROR_SUCCESS) return error;
+    if (const SambaSection* made = FindSection(users, name); made != nullptr) {
+        SambaSection section;
+        error = ReadUserShare(made->name, section);
+        if (error == ERROR_SUCCESS) kept = {Keeper::kUser, std::move(section)};
+        return error;
+    }
+    if (!IsSameShare(name, InterProcessShare().name)) return NERR_NetNameNotFound;
+    kept = {Keeper::kNobody, {InterProcessShare().name, {}}};
+    return ERROR_SUCCESS;
+}
+
+// --- Changing a section of the registry.
+
+DWORD SetParameter(const std::string& share, const std::string& parameter,
+                   const std::optional<std::string>& value) {
+    if (!value) return TellSambaTool("net", {"conf", "delparm", "--", share, parameter});
+    return TellSambaTool("net", {"conf", "setparm", "--", share, parameter, *value});
+}
+
+std::string LimitText(DWORD maxUses) {
+    return std::to_string(maxUses == SHI_USES_UNLIMITED ? 0 : maxUses);
+}
+
+// Puts back what has been changed when a later step fails.
+DWORD ChangeRegistered(const SambaSection& section, const ShareChange& change) {
+    std::vector<std::pair<std::string, std::string>> wanted;
+    if (change.remark) wanted.emplace_back("comment", *change.remark);
+    if (change.maxUses) wanted.emplace_back("max connections", LimitText(*change.maxUses));
+    DWORD error = ERROR_SUCCESS;
+    std::size_t done = 0;
+    while (error == ERROR_SUCCESS && done < wanted.size()) {
+        error = SetParameter(section.name, wanted[done].first, wanted[done].second);
+        if (error == ERROR_SUCCESS) ++done;
+    }
+    if (error == ERROR_SUCCESS && change.descriptor)
+        error = WriteSambaDescriptor(section.name, *change.descriptor);
+    while (error != ERROR_SUCCESS && done > 0) {
+        const std::string& parameter = wanted[--done].first;
+        SetParameter(section.name, parameter, section.Value(parameter));
+    }
+    return error;
+}
+
+DWORD AddRegistered(const Share& share, const std::string& hostPath) {
+    DWORD error = TellSambaTool(
+        "net", {"conf", "addshare", "--", share.name, hostPath, "writeable=y", "guest_ok=n", share.remark});
+    if (error != ERROR_SUCCESS) return error;
+    if (share.maxUses != SHI_USES_UNLIMITED)
+        error = SetParameter(share.name, "max connections", LimitText(share.maxUses));
+    if (error == ERROR_SUCCESS && !share.descriptor.empty())
+        error = WriteSambaDescriptor(share.name, share.descriptor);
+    // Better no share than one that is open to more people than was asked for.
+    if (error != ERROR_SUCCESS) TellSambaTool("net", {"conf", "delshare", "--", share.name});
+    return error;
+}
+
+// --- What a configuration can hold.
+
+bool IsPlainText(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), IsControl);
+}
+
+// Samba takes what stands behind a percent sign for a variable, and drops blanks around values.
+DWORD FindHostFolder(const std::string& path, std::string& hostPath) {
+    ObjectHandle folder;
+    std::string found;
+    DWORD error = OpenObject(path.c_str(), folder);
+    if (error == ERROR_SUCCESS && !folder.IsFolder()) error = NERR_UnknownDevDir;
+    if (error == ERROR_SUCCESS) error = HostPathOf(folder.Descriptor(), found);
+    if (error != ERROR_SUCCESS) return error;
+    if (!IsPlainText(found) || found.find('%') != found.npos || found.ends_with(' '))
+        return ERROR_NOT_SUPPORTED;
+    hostPath = std::move(found);
+    return ERROR_SUCCESS;
+}
+
+bool IsNameOfShare(const std::string& name) {
+    return name.find('%') == name.npos && !SharesOfSections({{name, {}}}).empty();
+}
+
+}  // namespace
+
+DWORD SambaShares::List(std::vector<Share>& shares) const {
+    Sections sections;
+    Sections users;
+    DWORD error = ReadSambaConfiguration(sections);
+    if (error == ERROR_SUCCESS) error = ReadUserShares(users);
+    if (error != ERROR_SUCCESS) return error;
+    std::vector<Share> found = SharesOfSections(sections);
+    for (Share& share : SharesOfSections(users)) {
+        // The server prefers its configuration.
+        if (FindSection(sections, share.name) == nullptr) found.push_back(std::move(share));
+    }
+    const Share interProcess = InterProcessShare();
+    if (FindSection(sections, interProcess.name) == nullptr) found.push_back(interProcess);
+    for (Share& share : found)
+        share.path = share.path.starts_with('/') ? PathFromHost(share.path) : std::string();
+    shares = std::move(found);
+    return ERROR_SUCCESS;
+}
+
+DWORD SambaShares::ReadDescriptors(std::span<Share> shares) const {
+    for (Share& share : shares) {
+        if ((share.type & STYPE_IPC) == STYPE_IPC) continue;
+        DWORD error = ReadSambaDescriptor(share.name, share.descriptor);
+        SambaSection made;
+        // The tool knows nothing of users' shares.
+        const bool isRefused = error == NERR_InternalError || error == ERROR_ACCESS_DENIED;
+        if (isRefused && ReadUserShare(share.name, made) == ERROR_SUCCESS)
+            error = ReadUserShareDescriptor(made, share.descriptor);
+        if (error != ERROR_SUCCESS) return error;
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD SambaShares::Change(std::string_view name, const ShareChange& change) const {
+    if (change.remark && !IsPlainText(*change.remark)) return ERROR_INVALID_PARAMETER;
+    KeptShare kept;
+    const DWORD error = FindKeeper(name, kept);
+    if (error != ERROR_SUCCESS) return error;
+    switch (kept.keeper) {
+        case Keeper::kRegistry:
+            return ChangeRegistered(kept.section, change);
+        case Keeper::kUser:
+            return ChangeUserShare(kept.section, change);
+        case Keeper::kFile:
+            if (change.remark || change.maxUses) return ERROR_FILE_READ_ONLY;
+            return WriteSambaDescriptor(kept.section.name, *change.descriptor);
+        case Keeper::kNobody:
+            break;
+    }
+    return ERROR_NOT_SUPPORTED;
+}
+
+DWORD SambaShares::Add(const Share& share) const {
+    if (!IsNameOfShare(share.name)) return ERROR_INVALID_NAME;
+    if (!IsPlainText(share.remark)) return ERROR_INVALID_PARAMETER;
+    std::string hostPath;
+    if (const DWORD error = FindHostFolder(share.path, hostPath); error != ERROR_SUCCESS) return error;
+    Sections configuration;
+    Sections users;
+    Sections registry;
+    DWORD error = ReadSambaConfiguration(configuration);
+    if (error == ERROR_SUCCESS) error = ReadUserShares(users);
+    if (error == ERROR_SUCCESS) error = ReadRegistry(configuration, registry);
+    if (error != ERROR_SUCCESS) return error;
+    for (const Sections* sections : {&configuration, &users, &registry}) {
+        if (FindSection(*sections, share.name) != nullptr) return NERR_DuplicateShare;
+    }
+    if (UsesRegistry(configuration)) return AddRegistered(share, hostPath);
+    error = AddUserShare(share, hostPath);
+    // Where users' shares are switched off, only the file is left.
+    return error == NERR_InternalError ? ERROR_FILE_READ_ONLY : error;
+}
+
+DWORD SambaShares::Remove(std::string_view name) const {
+    KeptShare kept;
+    const DWORD error = FindKeeper(name, kept);
+    if (error != ERROR_SUCCESS) return error;
+    switch (kept.keeper) {
+        case Keeper::kRegistry:
+            return TellSambaTool("net", {"conf", "delshare", "--", kept.section.name});
+        case Keeper::kUser:
+            return RemoveUserShare(kept.section);
+        case Keeper::kFile:
+            return ERROR_FILE_READ_ONLY;
+        case Keeper::kNobody:
+            break;
+    }
+    return ERROR_NOT_SUPPORTED;
+}
+
+}  // namespace permora::host

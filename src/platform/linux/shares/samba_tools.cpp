@@ -1,0 +1,107 @@
+#include "platform/linux/shares/samba_tools.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "platform/linux/accounts/account_names.h"
+#include "platform/linux/accounts/machine.h"
+#include "platform/linux/base/run_tool.h"
+#include "platform/nt/sddl.h"
+
+namespace permora::host {
+
+namespace {
+
+// Where every distribution whose server lies in the system's folders has it.
+constexpr const char* kConfiguration = "/etc/samba/smb.conf";
+
+// Room and time for some ten thousand shares.
+constexpr ToolLimits kLimits = {std::chrono::seconds(60), std::size_t{64} << 20};
+
+constexpr std::uint32_t kAllParts = 15;
+
+}  // namespace
+
+DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer) {
+    const DWORD error = RunTool(tool, arguments, kLimits, answer);
+    if (error == ERROR_FILE_NOT_FOUND) return ERROR_SERVICE_DEPENDENCY_DELETED;
+    if (error != ERROR_OPERATION_ABORTED) return error;
+    return geteuid() == 0 ? NERR_InternalError : ERROR_ACCESS_DENIED;
+}
+
+DWORD TellSambaTool(const std::string& tool, const std::vector<std::string>& arguments) {
+    std::string answer;
+    return AskSambaTool(tool, arguments, answer);
+}
+
+DWORD ReadSambaConfiguration(std::vector<SambaSection>& sections) {
+    std::string answer;
+    const DWORD error = AskSambaTool("testparm", {"-s"}, answer);
+    if (error == ERROR_SUCCESS) sections = ParseSambaSections(answer);
+    return error;
+}
+
+DWORD ReadUserShares(std::vector<SambaSection>& sections) {
+    std::string answer;
+    const DWORD error = AskSambaTool("net", {"usershare", "info", "--long"}, answer);
+    if (error == NERR_InternalError || error == ERROR_ACCESS_DENIED) {
+        sections.clear();
+        return ERROR_SUCCESS;
+    }
+    if (error == ERROR_SUCCESS) sections = ParseSambaSections(answer);
+    return error;
+}
+
+DWORD ReadUserShare(const std::string& name, SambaSection& section) {
+    // The tool takes a pattern.
+    constexpr const char* kPatternCharacters = "*?<>\"";
+    if (!IsPlainAccountName(name) || name.find_first_of(kPatternCharacters) != name.npos)
+        return NERR_NetNameNotFound;
+    std::string answer;
+    const DWORD error = AskSambaTool("net", {"usershare", "info", "--long", "--", name}, answer);
+    if (error != ERROR_SUCCESS) return error;
+    std::vector<SambaSection> sections = ParseSambaSections(answer);
+    if (sections.size() != 1 || sections.front().name != name) return NERR_NetNameNotFound;
+    section = std::move(sections.front());
+    return ERROR_SUCCESS;
+}
+
+DWORD ReadSambaDescriptor(const std::string& share, std::vector<std::uint8_t>& descriptor) {
+    std::string answer;
+    const DWORD error = AskSambaTool("sharesec", {"--viewsddl", "--", share}, answer);
+    if (error != ERROR_SUCCESS) return error;
+    if (answer.ends_with('\n')) answer.pop_back();
+    const std::optional<nt::Sid>& machine = ThisMachine().sid;
+    const auto value = nt::FromSddl(answer, machine ? &*machine : nullptr);
+    std::vector<std::uint8_t> bytes;
+    if (!value || !value->AppendTo(bytes)) return ERROR_INVALID_SECURITY_DESCR;
+    descriptor = std::move(bytes);
+    return ERROR_SUCCESS;
+}
+
+DWORD WriteSambaDescriptor(const std::string& share, const std::vector<std::uint8_t>& descriptor) {
+    auto value = nt::SecurityDescriptor::FromBytes(descriptor);
+    if (!value) return ERROR_INVALID_SECURITY_DESCR;
+    if (value->daclState == nt::DaclState::kNull) value->daclState = nt::DaclState::kAbsent;
+    // The words of the grammar are not used: some versions take "FA" for fewer rights than it means.
+    const auto text = nt::ToSddl(*value, kAllParts, nt::SddlWords::kNumbers);
+    if (!text) return ERROR_NOT_SUPPORTED;
+    return TellSambaTool("sharesec", {"--setsddl=" + *text, "--", share});
+}
+
+bool IsSambaSetUp() {
+    std::error_code error;
+    return FindTool("smbd").has_value() && std::filesystem::exists(kConfiguration, error);
+}
+
+bool IsFixedInFile(std::string_view share) {
+    std::ifstream file(kConfiguration, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    return !file || HasSection(text, share);
+}
+
+}  // namespace permora::host

@@ -1,0 +1,40 @@
+// Samba's tools as they are asked about shares.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/shares/samba_listing.h"
+
+namespace permora::host {
+
+// All answer with 0 or an error code: ERROR_SERVICE_DEPENDENCY_DELETED when the tool is not installed,
+// ERROR_ACCESS_DENIED when it failed and we are not root, NERR_InternalError when it failed for root, else as
+// RunTool. On failure outputs are as they were.
+
+DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer);
+DWORD TellSambaTool(const std::string& tool, const std::vector<std::string>& arguments);
+
+// The configuration as the server reads it, the registry's part included.
+DWORD ReadSambaConfiguration(std::vector<SambaSection>& sections);
+
+// Shares that users made for themselves. None when the tool fails: then there can be none, or they are not
+// for our eyes.
+DWORD ReadUserShares(std::vector<SambaSection>& sections);
+// One of them, asked for alone: in the whole list a file's name could pass for the text of other shares, and
+// any user may make such files. NERR_NetNameNotFound.
+DWORD ReadUserShare(const std::string& name, SambaSection& section);
+
+// What a share's own list is, as the server keeps it apart from the configuration.
+DWORD ReadSambaDescriptor(const std::string& share, std::vector<std::uint8_t>& descriptor);
+// ERROR_NOT_SUPPORTED for entries that Samba has no words for. A null list is kept as no list, which means
+// the same.
+DWORD WriteSambaDescriptor(const std::string& share, const std::vector<std::uint8_t>& descriptor);
+
+// Whether Samba is set up on this machine: its server is installed and has a configuration.
+bool IsSambaSetUp();
+// Whether the configuration file itself has a section for the share. So says too when it cannot be read.
+bool IsFixedInFile(std::string_view share);
+
+}  // namespace permora::host

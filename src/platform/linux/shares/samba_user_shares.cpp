@@ -1,0 +1,110 @@
+#include "platform/linux/shares/samba_user_shares.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/linux/accounts/account_directory.h"
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/unique_fd.h"
+#include "platform/linux/shares/samba_tools.h"
+
+namespace permora::host {
+
+namespace {
+
+// The file in which Samba keeps the share. Whoever may make such shares can write in its folder.
+DWORD OpenShareFile(const std::string& name, UniqueFd& file, struct stat& status) {
+    std::string folder;
+    const DWORD error = AskSambaTool("testparm", {"-s", "--parameter-name=usershare path"}, folder);
+    if (error != ERROR_SUCCESS) return error;
+    if (folder.ends_with('\n')) folder.pop_back();
+    if (name.find('/') != name.npos) return ERROR_INVALID_NAME;
+    UniqueFd opened(open((folder + "/" + name).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+    if (!opened || fstat(opened.Get(), &status) != 0) return ErrorFromErrno(errno);
+    if (!S_ISREG(status.st_mode) || status.st_nlink != 1) return ERROR_ACCESS_DENIED;
+    file = std::move(opened);
+    return ERROR_SUCCESS;
+}
+
+DWORD WriteShare(const std::string& name, const std::string& hostPath, const std::string& remark,
+                 const std::string& acl, bool allowsGuests) {
+    return TellSambaTool("net", {"usershare", "add", "--", name, hostPath, remark, acl,
+                                 allowsGuests ? "guest_ok=y" : "guest_ok=n"});
+}
+
+// The tool writes a new file, which belongs to whoever ran it.
+DWORD GiveBack(const std::string& name, const struct stat& before) {
+    UniqueFd file;
+    struct stat status {};
+    const DWORD error = OpenShareFile(name, file, status);
+    if (error != ERROR_SUCCESS) return error;
+    const bool isOurs = status.st_uid == geteuid();
+    if (!isOurs) return ERROR_ACCESS_DENIED;
+    return fchown(file.Get(), before.st_uid, before.st_gid) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
+DWORD AclOf(const std::vector<std::uint8_t>& descriptor, std::string& acl) {
+    const auto value = nt::SecurityDescriptor::FromBytes(descriptor);
+    std::optional<std::string> text = value ? FormatUserShareAcl(*value) : std::nullopt;
+    if (!text) return ERROR_NOT_SUPPORTED;
+    acl = *std::move(text);
+    return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+DWORD ReadUserShareDescriptor(const SambaSection& share, std::vector<std::uint8_t>& descriptor) {
+    const auto grants = ParseUserShareAcl(share.Value("usershare_acl").value_or(""));
+    if (!grants) return ERROR_INVALID_SECURITY_DESCR;
+    nt::SecurityDescriptor value;
+    value.daclState = nt::DaclState::kList;
+    for (const UserShareGrant& grant : *grants) {
+        nt::Sid account;
+        if (const DWORD error = FindAccountSid(grant.account, account); error != ERROR_SUCCESS) return error;
+        value.dacl.entries.push_back(AceOfGrant(grant.access, account));
+    }
+    std::vector<std::uint8_t> bytes;
+    if (!value.AppendTo(bytes)) return ERROR_INVALID_SECURITY_DESCR;
+    descriptor = std::move(bytes);
+    return ERROR_SUCCESS;
+}
+
+DWORD ChangeUserShare(const SambaSection& share, const ShareChange& change) {
+    if (change.maxUses) return ERROR_NOT_SUPPORTED;
+    std::vector<std::uint8_t> descriptor;
+    std::string acl;
+    DWORD error = ERROR_SUCCESS;
+    if (change.descriptor) {
+        descriptor = *change.descriptor;
+    } else {
+        error = ReadUserShareDescriptor(share, descriptor);
+    }
+    if (error == ERROR_SUCCESS) error = AclOf(descriptor, acl);
+    UniqueFd file;
+    struct stat before {};
+    if (error == ERROR_SUCCESS) error = OpenShareFile(share.name, file, before);
+    if (error != ERROR_SUCCESS) return error;
+    error = WriteShare(share.name, share.Value("path").value_or(""),
+                       change.remark.value_or(share.Value("comment").value_or("")), acl,
+                       share.IsSet("guest_ok") || share.Value("guest_ok") == "y");
+    return error == ERROR_SUCCESS ? GiveBack(share.name, before) : error;
+}
+
+DWORD AddUserShare(const Share& share, const std::string& hostPath) {
+    if (share.maxUses != SHI_USES_UNLIMITED) return ERROR_NOT_SUPPORTED;
+    // Without a list everyone may do everything, as everywhere else.
+    std::string acl = "S-1-1-0:f";
+    if (!share.descriptor.empty()) {
+        if (const DWORD error = AclOf(share.descriptor, acl); error != ERROR_SUCCESS) return error;
+    }
+    return WriteShare(share.name, hostPath, share.remark, acl, false);
+}
+
+DWORD RemoveUserShare(const SambaSection& share) {
+    return TellSambaTool("net", {"usershare", "delete", "--", share.name});
+}
+
+}  // namespace permora::host

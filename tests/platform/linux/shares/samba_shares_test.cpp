@@ -1,0 +1,223 @@
+// The services for shares over a real Samba server, with sharesec, rpcclient and net as judges.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/api/shares.h"
+#include "platform/linux/base/wide_text.h"
+#include "platform/resources.h"
+#include "tests/support/samba_fixture.h"
+
+namespace permora::test {
+namespace {
+
+using host::ToAnsi;
+using host::ToWide;
+using testing::AllOf;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+
+using Record = UniqueNetworkBuffer<SHARE_INFO_502>;
+
+class SambaSharesTest : public WithSambaServer {
+  protected:
+    static CommandResult Net(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "net");
+        return RunCommand(arguments);
+    }
+    static void AddRegistryShare(const std::string& name) {
+        const CommandResult added =
+            Net({"conf", "addshare", "--", name, server->Root(), "writeable=y", "guest_ok=n", "remark"});
+        ASSERT_EQ(added.exitCode, 0) << added.output;
+    }
+    static void AddUserShare(const std::string& name) {
+        const CommandResult added = Net({"usershare", "add", "--", name, server->Root(), "a user's",
+                                         "S-1-1-0:r,S-1-5-32-546:d", "guest_ok=n"});
+        ASSERT_EQ(added.exitCode, 0) << added.output;
+    }
+
+    static std::string Served(const std::string& name) {
+        return RunCommand({"rpcclient", "127.0.0.1", "-U", "root%secret", "-c",
+                           "netsharegetinfo \"" + name + "\" 502"})
+            .output;
+    }
+
+    // "name|type|remark|path" of each share.
+    static std::vector<std::string> Listed() {
+        LPBYTE block = nullptr;
+        DWORD read = 0;
+        DWORD total = 0;
+        std::vector<std::string> lines;
+        EXPECT_EQ(NetShareEnum(nullptr, 2, &block, MAX_PREFERRED_LENGTH, &read, &total, nullptr),
+                  NERR_Success);
+        const UniqueNetworkBuffer<SHARE_INFO_2> owned(reinterpret_cast<SHARE_INFO_2*>(block));
+        for (DWORD i = 0; i < read; ++i) {
+            const SHARE_INFO_2& record = owned.get()[i];
+            lines.push_back(ToAnsi(record.shi2_netname) + '|' + std::to_string(record.shi2_type) + '|' +
+                            ToAnsi(record.shi2_remark) + '|' + ToAnsi(record.shi2_path));
+        }
+        return lines;
+    }
+
+    static Record Get(const std::string& name, DWORD expected = NERR_Success) {
+        LPBYTE block = nullptr;
+        EXPECT_EQ(NetShareGetInfo(nullptr, ToWide(name).data(), 502, &block), expected) << name;
+        return Record(reinterpret_cast<SHARE_INFO_502*>(block));
+    }
+    static DWORD Set(SHARE_INFO_502& record) {
+        return NetShareSetInfo(nullptr, record.shi502_netname, 502, reinterpret_cast<LPBYTE>(&record),
+                               nullptr);
+    }
+    static DWORD SetRemark(SHARE_INFO_502& record, std::u16string remark) {
+        record.shi502_remark = remark.data();
+        return Set(record);
+    }
+    static DWORD SetList(const std::string& name, const char* sddl) {
+        const UniqueLocal<void> descriptor = Descriptor(sddl);
+        const Record record = Get(name);
+        record->shi502_security_descriptor = descriptor.get();
+        return Set(*record);
+    }
+    static DWORD Add(const std::string& name, DWORD maxUses, const char* sddl) {
+        std::u16string wideName = ToWide(name);
+        std::u16string path = ToWide(server->Root());
+        std::u16string remark = u"made here";
+        const UniqueLocal<void> descriptor = Descriptor(sddl);
+        path = u"C:" + path;
+        SHARE_INFO_502 record{};
+        record.shi502_netname = wideName.data();
+        record.shi502_remark = remark.data();
+        record.shi502_max_uses = maxUses;
+        record.shi502_path = path.data();
+        record.shi502_security_descriptor = descriptor.get();
+        return NetShareAdd(nullptr, 502, reinterpret_cast<LPBYTE>(&record), nullptr);
+    }
+    static DWORD Delete(const std::string& name) { return NetShareDel(nullptr, ToWide(name).data(), 0); }
+
+    static UniqueLocal<void> Descriptor(const char* sddl) {
+        PSECURITY_DESCRIPTOR descriptor = nullptr;
+        EXPECT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl, SDDL_REVISION_1, &descriptor,
+                                                                         nullptr));
+        return UniqueLocal<void>(descriptor);
+    }
+    static std::string ListOf(const std::string& name) {
+        const Record record = Get(name);
+        LPSTR text = nullptr;
+        if (!record || ConvertSecurityDescriptorToStringSecurityDescriptorA(
+                           record->shi502_security_descriptor, SDDL_REVISION_1,
+                           OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &text, nullptr) == FALSE)
+            return "none";
+        return UniqueLocal<char>(text).get();
+    }
+    static std::string ShownPath() {
+        return "C:" + [] {
+            std::string path = server->Root();
+            for (char& letter : path)
+                if (letter == '/') letter = '\\';
+            return path;
+        }();
+    }
+};
+
+TEST_F(SambaSharesTest, SharesOfAllOriginsAreListed) {
+    AddRegistryShare("-odd [name]");
+    AddRegistryShare("of the registry");
+    AddUserShare("of a user");
+    EXPECT_THAT(
+        Listed(),
+        AllOf(Contains("share|0||" + ShownPath()), Contains("-odd [name]|0|remark|" + ShownPath()),
+              Contains("of the registry|0|remark|" + ShownPath()),
+              Contains("of a user|0|a user's|" + ShownPath()), Contains("IPC$|2147483651|Remote IPC|")));
+    EXPECT_EQ(ListOf("of a user"), "D:(A;;FR;;;WD)(D;;FA;;;BG)");
+    EXPECT_EQ(ListOf("-ODD [name]"), "D:(A;;FA;;;WD)");
+}
+
+TEST_F(SambaSharesTest, TheServerHasWhatWasWritten) {
+    AddRegistryShare("-dash");
+    for (const char* name : {"plain", "-dash"}) {
+        EXPECT_EQ(SetList(name, "O:BAD:(D;;FA;;;BG)(A;;FA;;;BA)(A;OICI;0x1200a9;;;S-1-5-21-1-2-3-4)"),
+                  NERR_Success);
+        EXPECT_EQ(ListOf(name), "O:BAD:(D;;FA;;;BG)(A;;FA;;;BA)(A;OICI;0x1200a9;;;S-1-5-21-1-2-3-4)");
+        EXPECT_THAT(Served(name), AllOf(HasSubstr("Num ACEs:\t3"), HasSubstr("0x1f01ff"),
+                                        HasSubstr("SID: S-1-5-21-1-2-3-4")));
+    }
+    // No list and an empty one are opposites.
+    EXPECT_EQ(SetList("-dash", "O:BAD:"), NERR_Success);
+    EXPECT_EQ(ListOf("-dash"), "O:BAD:");
+    EXPECT_EQ(SetList("-dash", "O:BAD:NO_ACCESS_CONTROL"), NERR_Success);
+    EXPECT_EQ(ListOf("-dash"), "O:BA");
+
+    const Record record = Get("-DASH");
+    record->shi502_max_uses = 4;
+    EXPECT_EQ(SetRemark(*record, u"new; \"one\""), NERR_Success);
+    EXPECT_EQ(Net({"conf", "showshare", "--", "-dash"}).output,
+              "[-dash]\n\tpath = " + server->Root() +
+                  "\n\tguest ok = no\n\tread only = no\n\tcomment = new; \"one\"\n\tmax connections = 4\n");
+    EXPECT_EQ(SetRemark(*record, u"a\n[b]"), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Delete("-dash"), NERR_Success);
+    EXPECT_THAT(Net({"conf", "list"}).output, Not(HasSubstr("-dash")));
+}
+
+TEST_F(SambaSharesTest, WhatTheFileFixesStays) {
+    const std::string before = ReadWholeFile("/etc/samba/smb.conf");
+    const std::string registry = Net({"conf", "list"}).output;
+    const Record record = Get("share");
+    EXPECT_EQ(SetRemark(*record, u"new"), ERROR_FILE_READ_ONLY);
+    EXPECT_EQ(Delete("SHARE"), ERROR_FILE_READ_ONLY);
+    EXPECT_EQ(Delete("ipc$"), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(Delete("no such share"), NERR_NetNameNotFound);
+    Get("no such share", NERR_NetNameNotFound);
+    // Nor may the registry take such a share away, which only adds to it.
+    ASSERT_EQ(Net({"conf", "setparm", "share", "comment", "added"}).exitCode, 0);
+    EXPECT_EQ(Delete("share"), ERROR_FILE_READ_ONLY);
+    ASSERT_EQ(Net({"conf", "delshare", "share"}).exitCode, 0);
+    EXPECT_EQ(ReadWholeFile("/etc/samba/smb.conf"), before);
+    EXPECT_EQ(Net({"conf", "list"}).output, registry);
+}
+
+TEST_F(SambaSharesTest, AUsersShareStaysTheUsers) {
+    AddUserShare("mine");
+    const std::string file = "/var/lib/samba/usershares/mine";
+    constexpr uid_t kMaker = 65534;
+    ASSERT_EQ(chown(file.c_str(), kMaker, kMaker), 0);
+    EXPECT_EQ(SetList("mine", "D:(A;;FA;;;BA)(A;;FR;;;WD)"), NERR_Success);
+    EXPECT_EQ(ListOf("mine"), "D:(A;;FA;;;BA)(A;;FR;;;WD)");
+    EXPECT_EQ(SetRemark(*Get("mine"), u"new"), NERR_Success);
+    EXPECT_THAT(Net({"usershare", "info", "--long", "mine"}).output,
+                HasSubstr("comment=new\nusershare_acl=BUILTIN\\Administrators:F,Everyone:R,\nguest_ok=n\n"));
+    struct stat status {};
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, kMaker);
+    EXPECT_EQ(SetList("mine", "D:(A;OICI;FA;;;WD)"), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(ListOf("mine"), "D:(A;;FA;;;BA)(A;;FR;;;WD)");
+
+    // A file whose name looks like another share's text makes no one change that other share.
+    std::ofstream("/var/lib/samba/usershares/x]\npath=\n[other") << ReadWholeFile(file);
+    EXPECT_EQ(Delete("other"), NERR_NetNameNotFound);
+    EXPECT_EQ(Delete("mine"), NERR_Success);
+    EXPECT_NE(access(file.c_str(), F_OK), 0);
+}
+
+TEST_F(SambaSharesTest, NewSharesGoIntoTheRegistry) {
+    EXPECT_EQ(Add("made", 3, "D:(A;;0x1200a9;;;WD)"), NERR_Success);
+    EXPECT_THAT(Served("MADE"), AllOf(HasSubstr("remark:\tmade here\n"), HasSubstr("0x1200a9")));
+    EXPECT_EQ(Get("made")->shi502_max_uses, 3U);
+    EXPECT_EQ(Add("Made", 3, "D:(A;;FA;;;WD)"), NERR_DuplicateShare);
+    EXPECT_EQ(Add("plain", 3, "D:(A;;FA;;;WD)"), NERR_DuplicateShare);
+    for (const char* name : {"global", "Homes", "100%"})
+        EXPECT_EQ(Add(name, 3, "D:(A;;FA;;;WD)"), ERROR_INVALID_NAME) << name;
+    // A share whose list cannot be kept is not left open to everyone.
+    EXPECT_NE(Add("half", 3, "D:(A;;FA;;;BA)S:(ML;;NW;;;LW)"), NERR_Success);
+    Get("half", NERR_NetNameNotFound);
+    EXPECT_EQ(Delete("made"), NERR_Success);
+}
+
+}  // namespace
+}  // namespace permora::test
