@@ -38,9 +38,12 @@ bool HandsDown(const nt::SecurityDescriptor& parent) {
 DWORD NewObjectSecurity::Of(const ObjectHandle& folder, NewObjectSecurity& security) {
     NewObjectSecurity made;
     const DWORD error = made.store.Read(folder, made.parent);
+    if (error != ERROR_SUCCESS) return error;
     made.handsDown = HandsDown(made.parent);
-    if (error == ERROR_SUCCESS) security = std::move(made);
-    return error;
+    // The folder, which can hold one if anything can, tells the store what volume this is.
+    (void)made.store.CanHold(folder);
+    security = std::move(made);
+    return ERROR_SUCCESS;
 }
 
 DWORD NewObjectSecurity::Give(const ObjectHandle& object) {

@@ -114,18 +114,6 @@ std::string NameInTrash(const std::string& hostName, unsigned attempt) {
     return stem.substr(0, length) + number + extension;
 }
 
-// Makes the info file whole, or not at all. EEXIST when there is one of the name.
-int WriteInfo(const ObjectHandle& folder, const std::string& hostName, const std::string& text) {
-    UniqueFd file(openat(folder.Descriptor(), hostName.c_str(),
-                         O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!file) return errno;
-    const ssize_t written = write(file.Get(), text.data(), text.size());
-    if (written == static_cast<ssize_t>(text.size())) return 0;
-    const int problem = written < 0 ? errno : ENOSPC;
-    unlinkat(folder.Descriptor(), hostName.c_str(), 0);
-    return problem;
-}
-
 }  // namespace
 
 std::string TrashInfoText(const std::string& hostPath, time_t time) {
@@ -142,11 +130,29 @@ DWORD Trash::OpenIn(const ObjectHandle& place, std::string hostPathOfTop) {
     ObjectHandle openedInfo;
     DWORD error = OpenOrMake(place, "files", openedFiles);
     if (error == ERROR_SUCCESS) error = OpenOrMake(place, "info", openedInfo);
+    if (error == ERROR_SUCCESS) error = NewObjectSecurity::Of(openedInfo, infoSecurity);
     if (error != ERROR_SUCCESS) return error;
     files = std::move(openedFiles);
     info = std::move(openedInfo);
     top = std::move(hostPathOfTop);
     return ERROR_SUCCESS;
+}
+
+// Makes the info file whole, or not at all. ERROR_ALREADY_EXISTS when there is one of the name.
+DWORD Trash::WriteInfo(const std::string& hostName, const std::string& text) {
+    UniqueFd file(openat(info.Descriptor(), hostName.c_str(),
+                         O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    ObjectHandle object;
+    if (!file) return ErrorFromErrno(errno);
+    DWORD error = ObjectHandle::Adopt(std::move(file), object);
+    if (error == ERROR_SUCCESS) error = infoSecurity.Give(object);
+    if (error == ERROR_SUCCESS) {
+        const ssize_t written = write(object.Descriptor(), text.data(), text.size());
+        if (written < 0) error = ErrorFromErrno(errno);
+        if (written >= 0 && static_cast<std::size_t>(written) < text.size()) error = ERROR_DISK_FULL;
+    }
+    if (error != ERROR_SUCCESS) unlinkat(info.Descriptor(), hostName.c_str(), 0);
+    return error;
 }
 
 bool Trash::Serves(const HeldFolder& folder) const {
@@ -178,7 +184,7 @@ DWORD Trash::For(const HeldFolder& folder, Trash& trash) {
     return error;
 }
 
-DWORD Trash::Take(const FoundItem& item) const {
+DWORD Trash::Take(const FoundItem& item) {
     const int folder = item.folder->handle.Descriptor();
     std::string hostPath;
     const DWORD error = HostPathOf(folder, hostPath);
@@ -193,10 +199,11 @@ DWORD Trash::Take(const FoundItem& item) const {
     for (unsigned attempt = 1;; ++attempt) {
         const std::string name = NameInTrash(item.hostName, attempt);
         const std::string infoName = name + std::string(kInfoSuffix);
-        int problem = WriteInfo(info, infoName, text);
-        if (problem == EEXIST) continue;
-        if (problem != 0) return ErrorFromErrno(problem);
-        problem = RenameToFreeName(folder, item.hostName.c_str(), files.Descriptor(), name.c_str(), kind);
+        const DWORD infoError = WriteInfo(infoName, text);
+        if (infoError == ERROR_ALREADY_EXISTS) continue;
+        if (infoError != ERROR_SUCCESS) return infoError;
+        const int problem =
+            RenameToFreeName(folder, item.hostName.c_str(), files.Descriptor(), name.c_str(), kind);
         if (problem == 0) return ERROR_SUCCESS;
         unlinkat(info.Descriptor(), infoName.c_str(), 0);
         if (problem != EEXIST) return ErrorFromErrno(problem);

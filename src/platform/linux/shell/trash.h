@@ -5,9 +5,10 @@
 // when it was deleted.
 #pragma once
 
+#include <ctime>
 #include <string>
-#include <vector>
 
+#include "platform/linux/security/new_object.h"
 #include "platform/linux/shell/item_finder.h"
 
 namespace permora::host {
@@ -30,14 +31,16 @@ class Trash {
 
     // Puts an item into it, under a name that is free there. 0 or an error code, and then the item is where
     // it was; ERROR_NOT_SAME_DEVICE when it cannot be moved there.
-    DWORD Take(const FoundItem& item) const;
+    DWORD Take(const FoundItem& item);
 
   private:
     DWORD OpenIn(const ObjectHandle& place, std::string hostPathOfTop);
+    DWORD WriteInfo(const std::string& hostName, const std::string& text);
 
     ObjectHandle volume;  // some folder on it
     ObjectHandle files;
     ObjectHandle info;
+    NewObjectSecurity infoSecurity;
     std::string top;  // the host path to which info files are relative; empty: they are absolute
 };
 

@@ -44,7 +44,7 @@ TreeMove::Outcome TreeMove::MoveOnce(const WalkedItem& item, DWORD& error) {
         const ClashAnswer answer = AskAboutClash(item, target, *clash, talk, error);
         if (answer != ClashAnswer::kGoOn)
             return answer == ClashAnswer::kFail ? Outcome::kFailed : Outcome::kPassedOver;
-        return Replace(item, std::move(*clash), error);
+        return Settle(item, std::move(*clash), error);
     }
     const RenamedKind kind = item.object.IsFolder() ? RenamedKind::kFolder : RenamedKind::kOther;
     const int problem = RenameToFreeName(item.folder, item.hostName.c_str(), target.Descriptor(),
@@ -57,7 +57,7 @@ TreeMove::Outcome TreeMove::MoveOnce(const WalkedItem& item, DWORD& error) {
     return Outcome::kFailed;
 }
 
-TreeMove::Outcome TreeMove::Replace(const WalkedItem& item, Clash clash, DWORD& error) {
+TreeMove::Outcome TreeMove::Settle(const WalkedItem& item, Clash clash, DWORD& error) {
     TargetFolder& target = Current();
     if (item.object.IsFolder()) {
         EnteredTarget next{nullptr, talk.PassedOver()};

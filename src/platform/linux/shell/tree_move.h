@@ -35,7 +35,7 @@ class TreeMove : public WalkHandler {
     enum class Outcome { kDone, kMerges, kPassedOver, kFailed };
     Outcome MoveWithRetries(const WalkedItem& item);
     Outcome MoveOnce(const WalkedItem& item, DWORD& error);
-    Outcome Replace(const WalkedItem& item, Clash clash, DWORD& error);
+    Outcome Settle(const WalkedItem& item, Clash clash, DWORD& error);
 
     OperationTalk& talk;
     TargetFolder& top;

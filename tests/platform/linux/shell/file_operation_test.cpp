@@ -3,9 +3,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <algorithm>
 
 #include "platform/api/files.h"
+#include "platform/linux/base/unique_fd.h"
 #include "tests/platform/linux/shell/file_operation_fixture.h"
 #include "tests/support/access_lists.h"
 
@@ -14,24 +15,279 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
-TEST_F(FileOperations, CopiesATreeAndLeavesItWhereItWas) {
+constexpr FILEOP_FLAGS kForGood = 0;
+
+std::vector<Question> KindsOf(const std::vector<FileOperationQuestion>& questions) {
+    std::vector<Question> kinds;
+    std::transform(questions.begin(), questions.end(), std::back_inserter(kinds),
+                   [](const FileOperationQuestion& question) { return question.kind; });
+    return kinds;
+}
+
+void MakeLink(const std::string& target, const std::string& path) {
+    ASSERT_EQ(symlink(target.c_str(), path.c_str()), 0);
+}
+
+TEST_F(FileOperations, CopiesATreeAndNamesCopiesInTheSameFolder) {
     const TemporaryFolder from;
     const TemporaryFolder to;
     from.MakeFolder("tree");
     from.MakeFolder("tree/sub");
-    WriteFileText(from.Path("tree/sub/a"), "one");
-    symlink("/nowhere", from.Path("tree/link").c_str());
+    WriteFileText(from.Path("tree/sub/a.txt"), "one");
+    MakeLink("/nowhere", from.Path("tree/link"));
     EXPECT_EQ(Run(FO_COPY, {from.Path("tree")}, to.Path()), 0U);
     EXPECT_FALSE(isAborted);
-    EXPECT_THAT(Below(to.Path()), ElementsAre("tree", "tree/link->/nowhere", "tree/sub", "tree/sub/a=one"));
+    EXPECT_THAT(Below(to.Path()),
+                ElementsAre("tree", "tree/link->/nowhere", "tree/sub", "tree/sub/a.txt=one"));
     EXPECT_EQ(Below(from.Path()), Below(to.Path()));
-    // Once more: into the folder where it lies.
-    EXPECT_EQ(Run(FO_COPY, {to.Path("tree"), to.Path("tree/sub/a")}, to.Path()), 0U);
-    EXPECT_EQ(Run(FO_COPY, {to.Path("a"), to.Path("a")}, to.Path()), 0U);
-    for (const char* name : {"a", "a - Copy", "a - Copy (2)", "tree - Copy/sub/a"})
+
+    EXPECT_EQ(Run(FO_COPY, {to.Path("tree"), to.Path("tree/sub/a.txt")}, to.Path()), 0U);
+    EXPECT_EQ(Run(FO_COPY, {to.Path("a.txt"), to.Path("a.txt")}, to.Path()), 0U);
+    for (const char* name : {"a.txt", "a - Copy.txt", "a - Copy (2).txt", "tree - Copy/sub/a.txt"})
         EXPECT_EQ(ReadWholeFile(to.Path(name)), "one") << name;
+}
+
+TEST_F(FileOperations, AskBeforeAnythingIsReplacedOrMerged) {
+    struct Case {
+        const char* name;
+        UINT function;
+        std::map<Question, std::deque<Answer>> answers;
+        std::vector<std::string> target;
+        std::vector<std::string> left;
+    };
+    const std::vector<std::string> before = {"d", "d/a=new", "d/b=new", "d/e", "f=new"};
+    const Case cases[] = {
+        {"nothing is replaced",
+         FO_COPY,
+         {{Question::kMergeFolders, {Answer::kYes}}, {Question::kReplaceFile, {Answer::kNoToAll}}},
+         {"d", "d/a=old", "d/b=old", "d/e", "f=old"},
+         before},
+        {"all is replaced",
+         FO_COPY,
+         {{Question::kMergeFolders, {Answer::kYes}}, {Question::kReplaceFile, {Answer::kYesToAll}}},
+         {"d", "d/a=new", "d/b=new", "d/e", "f=new"},
+         before},
+        {"no merge",
+         FO_COPY,
+         {{Question::kMergeFolders, {Answer::kNo}}, {Question::kReplaceFile, {Answer::kYes}}},
+         {"d", "d/a=old", "d/b=old", "f=new"},
+         before},
+        {"cancelled",
+         FO_COPY,
+         {{Question::kMergeFolders, {Answer::kCancel}}},
+         {"d", "d/a=old", "d/b=old", "f=old"},
+         before},
+        {"moved",
+         FO_MOVE,
+         {{Question::kMergeFolders, {Answer::kYes}}, {Question::kReplaceFile, {Answer::kYesToAll}}},
+         {"d", "d/a=new", "d/b=new", "d/e", "f=new"},
+         {}},
+        {"passed over in a move",
+         FO_MOVE,
+         {{Question::kMergeFolders, {Answer::kYes}}, {Question::kReplaceFile, {Answer::kNoToAll}}},
+         {"d", "d/a=old", "d/b=old", "d/e", "f=old"},
+         {"d", "d/a=new", "d/b=new", "f=new"}},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.name);
+        const TemporaryFolder from;
+        const TemporaryFolder to;
+        for (const auto& [folder, text] : {std::pair(&from, "new"), std::pair(&to, "old")}) {
+            folder->MakeFolder("d");
+            for (const char* name : {"d/a", "d/b", "f"})
+                WriteFileText(folder->Path(name), text);
+        }
+        from.MakeFolder("d/e");
+        answers = each.answers;
+        EXPECT_EQ(Run(each.function, {from.Path("d"), from.Path("f")}, to.Path()), 0U);
+        EXPECT_EQ(isAborted, each.target != before);
+        EXPECT_EQ(Below(to.Path()), each.target);
+        EXPECT_EQ(Below(from.Path()), each.left);
+    }
+}
+
+TEST_F(FileOperations, RefuseAFolderThatWouldComeIntoItself) {
+    if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const TemporaryFolder place;
+    const TemporaryFolder other;
+    place.MakeFolder("a");
+    place.MakeFolder("a/b");
+    MakeLink(place.Path("a/b"), other.Path("link"));
+    const std::string bound = other.MakeFolder("bound");
+    ASSERT_EQ(mount(place.Path("a/b").c_str(), bound.c_str(), nullptr, MS_BIND, nullptr), 0);
+    for (const UINT function : {FO_COPY, FO_MOVE}) {
+        for (const std::string& target : {place.Path("a"), place.Path("a/b"), other.Path("link"), bound}) {
+            SCOPED_TRACE(target);
+            answers[Question::kFolderIntoItself] = {Answer::kNo};
+            EXPECT_NE(Run(function, {place.Path("a")}, target), 0U);
+            // By way of the mount it shows only when the walk meets the target.
+            EXPECT_EQ(asked.front().source.path, Shown(place.Path(target == bound ? "a/b" : "a")));
+            std::filesystem::remove_all(place.Path("a/b/a"));  // what a copy by way of the mount began with
+            EXPECT_THAT(Below(place.Path()), ElementsAre("a", "a/b"));
+        }
+    }
+    umount(bound.c_str());
+}
+
+TEST_F(FileOperations, AreNotLedAwayByAFolderThatIsSwappedForALink) {
+    for (const UINT function : {FO_COPY, FO_MOVE, FO_DELETE}) {
+        SCOPED_TRACE(function);
+        const TemporaryFolder outside;
+        WriteFileText(outside.Path("a"), "outside");
+        const TemporaryFolder from;
+        const TemporaryFolder to;
+        for (const TemporaryFolder* folder : {&from, &to}) {
+            folder->MakeFolder("d");
+            WriteFileText(folder->Path("d/a"), folder == &from ? "new" : "old");
+        }
+        chmod(from.Path("d/a").c_str(), 0444);
+        // The folder of the item that is asked about, and that which it goes into.
+        onAsk = [&](const FileOperationQuestion& question) {
+            if (question.source.isFolder) return;
+            for (const TemporaryFolder* folder : {&from, &to}) {
+                EXPECT_EQ(rename(folder->Path("d").c_str(), folder->Path("moved").c_str()), 0);
+                MakeLink(outside.Path(), folder->Path("d"));
+            }
+        };
+        if (function == FO_DELETE) {
+            answers = {{Question::kDeleteForGood, {Answer::kYes}},
+                       {Question::kProtectedItem, {Answer::kYes}}};
+            // The folder's name is a link by then, and that is what goes.
+            answers[Question::kFailure] = {Answer::kNo};
+            Run(function, {from.Path("d")}, "", kForGood);
+            EXPECT_THAT(Below(from.Path("moved")), IsEmpty());
+        } else {
+            answers = {{Question::kMergeFolders, {Answer::kYes}}, {Question::kReplaceFile, {Answer::kYes}}};
+            if (function == FO_MOVE) answers[Question::kFailure] = {Answer::kNo};
+            Run(function, {from.Path("d")}, to.Path());
+            EXPECT_THAT(Below(to.Path("moved")), ElementsAre("a=new"));
+        }
+        onAsk = [](auto&) {};
+        EXPECT_THAT(Below(outside.Path()), ElementsAre("a=outside"));
+    }
+}
+
+TEST_F(FileOperations, ACancelledCopyLeavesNothingHalf) {
+    const TemporaryFolder from;
+    const TemporaryFolder to;
+    WriteFileText(from.Path("big"), std::string(std::size_t{200} << 20, 'x'));
+    onReport = [](const FileOperationProgress& progress) { return progress.bytesDone == 0; };
+    EXPECT_EQ(Run(FO_COPY, {from.Path("big")}, to.Path()), 0U);
+    EXPECT_TRUE(isAborted);
+    EXPECT_THAT(Below(to.Path()), IsEmpty());
+}
+
+TEST_F(FileOperations, TellWhatTheyCannotCopyAndNeverWaitForAPipe) {
+    const TemporaryFolder from;
+    const TemporaryFolder to;
+    from.MakeFolder("d");
+    WriteFileText(from.Path("d/a"), "x");
+    ASSERT_EQ(mkfifo(from.Path("d/pipe").c_str(), 0600), 0);
+    answers[Question::kFailure] = {Answer::kRetry, Answer::kNo};
+    EXPECT_EQ(Run(FO_COPY, {from.Path("d")}, to.Path()), ERROR_NOT_SUPPORTED);
+    EXPECT_THAT(Below(to.Path()), ElementsAre("d", "d/a=x"));
+}
+
+TEST_F(FileOperations, GoThroughTreesOfThousandsOfLevels) {
+    const TemporaryFolder from;
+    const TemporaryFolder to;
+    constexpr int kLevels = 3000;
+    host::UniqueFd folder(open(from.MakeFolder("d").c_str(), O_PATH | O_DIRECTORY));
+    for (int level = 1; level < kLevels; ++level) {
+        ASSERT_EQ(mkdirat(folder.Get(), "d", 0777), 0);
+        folder.Reset(openat(folder.Get(), "d", O_PATH | O_DIRECTORY));
+    }
+    EXPECT_EQ(Run(FO_COPY, {from.Path("d")}, to.Path()), 0U);
+    ULONGLONG removed = 0;
+    onReport = [&](const FileOperationProgress& progress) {
+        removed = progress.itemsDone;
+        return true;
+    };
+    answers[Question::kDeleteForGood] = {Answer::kYes, Answer::kYes};
+    EXPECT_EQ(Run(FO_DELETE, {from.Path("d"), to.Path("d")}, "", kForGood), 0U);
+    EXPECT_GE(removed, ULONGLONG{kLevels});
+    EXPECT_THAT(Below(from.Path()), IsEmpty());
+    EXPECT_THAT(Below(to.Path()), IsEmpty());
+}
+
+TEST_F(FileOperations, RenameWithinTheFolderAndNeverOntoAnother) {
+    struct Case {
+        const char* newName;
+        DWORD error;
+    };
+    const Case cases[] = {
+        {"new", ERROR_SUCCESS},      {"taken", ERROR_ALREADY_EXISTS}, {"other\\new", ERROR_INVALID_NAME},
+        {"a?b", ERROR_INVALID_NAME}, {"twin", ERROR_ALREADY_EXISTS},  {"OLD", ERROR_SUCCESS},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.newName);
+        const TemporaryFolder folder;
+        WriteFileText(folder.Path("old"), "x");
+        WriteFileText(folder.Path("taken"), "y");
+        ASSERT_EQ(link(folder.Path("old").c_str(), folder.Path("twin").c_str()), 0);
+        folder.MakeFolder("other");
+        if (each.error != ERROR_SUCCESS) answers[Question::kFailure] = {Answer::kNo};
+        const std::string from = Shown(folder.Path("old")) + '\0';
+        const std::string to = Shown(folder.Path()) + "\\" + each.newName + '\0';
+        SHFILEOPSTRUCTA operation{};
+        operation.wFunc = FO_RENAME;
+        operation.pFrom = from.c_str();
+        operation.pTo = to.c_str();
+        EXPECT_EQ(static_cast<DWORD>(SHFileOperationA(&operation)), each.error);
+        const bool isRenamed = each.error == ERROR_SUCCESS;
+        EXPECT_NE(std::filesystem::exists(folder.Path("old")), isRenamed);
+        if (isRenamed) {
+            EXPECT_EQ(ReadWholeFile(folder.Path(each.newName)), "x");
+        }
+        EXPECT_EQ(ReadWholeFile(folder.Path("taken")), "y");
+    }
+}
+
+TEST_F(FileOperations, AskAboutReadOnlyItems) {
+    const TemporaryFolder folder;
+    const TemporaryFolder to;
+    for (const char* name : {"a", "b", "c"}) {
+        WriteFileText(folder.Path(name), "x");
+        chmod(folder.Path(name).c_str(), 0444);
+    }
+    answers[Question::kProtectedItem] = {Answer::kNo, Answer::kYesToAll};
+    EXPECT_EQ(Run(FO_MOVE, {folder.Path("a"), folder.Path("b"), folder.Path("c")}, to.Path()), 0U);
+    EXPECT_THAT(Below(folder.Path()), ElementsAre("a=x"));
+    WriteFileText(folder.Path("b"), "y");
+    answers = {{Question::kReplaceFile, {Answer::kYes}}, {Question::kProtectedItem, {Answer::kNo}}};
+    EXPECT_EQ(Run(FO_COPY, {folder.Path("b")}, to.Path()), 0U);
+    EXPECT_EQ(KindsOf(asked).size(), 2U);
+    EXPECT_EQ(ReadWholeFile(to.Path("b")), "x");
+}
+
+TEST(CreateDirectory, GivesTheFolderWhatItsOwnFolderHandsDown) {
+    if (geteuid() != 0) GTEST_SKIP() << "without root the list is kept elsewhere";
+    const TemporaryFolder folder;
+    ASSERT_EQ(SetDescriptorText(folder.Path(), "D:P(A;OICI;FA;;;BA)(A;;FR;;;WD)"), 0U);
+    folder.MakeFile("file");
+    struct Case {
+        const char* name;
+        DWORD error;
+    };
+    const Case cases[] = {
+        {"\\new", ERROR_SUCCESS},
+        {"\\new", ERROR_ALREADY_EXISTS},
+        {"\\slash\\", ERROR_SUCCESS},
+        {"\\no\\new", ERROR_PATH_NOT_FOUND},
+        {"\\a:b", ERROR_INVALID_NAME},
+        {"\\dot.", ERROR_INVALID_NAME},
+        {"\\file\\new", ERROR_PATH_NOT_FOUND},
+        {"\\file", ERROR_ALREADY_EXISTS},
+    };
+    for (const Case& each : cases) {
+        const std::string path = Shown(folder.Path()) + each.name;
+        SetLastError(ERROR_SUCCESS);
+        EXPECT_EQ(CreateDirectoryA(path.c_str(), nullptr) != FALSE, each.error == ERROR_SUCCESS) << each.name;
+        EXPECT_EQ(GetLastError(), each.error) << each.name;
+    }
+    EXPECT_EQ(DaclText(folder.Path("new")), "D:AI(A;OICIID;FA;;;BA)");
+    EXPECT_EQ(DaclText(folder.Path("slash")), "D:AI(A;OICIID;FA;;;BA)");
 }
 
 }  // namespace

@@ -1,0 +1,192 @@
+// Copies and moves between volumes of different kinds.
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <memory>
+
+#include "platform/api/files.h"
+#include "platform/linux/base/unique_fd.h"
+#include "tests/platform/linux/shell/file_operation_fixture.h"
+#include "tests/support/access_lists.h"
+#include "tests/support/ntfs_volume.h"
+
+namespace permora::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr time_t kThen = 1'000'000'000;
+constexpr off_t kSparseBytes = off_t{64} << 20;
+
+void MakeEverything(const std::string& tree) {
+    for (const char* name : {"", "/sub", "/sub/empty"})
+        ASSERT_EQ(mkdir((tree + name).c_str(), 0755), 0);
+    WriteFileText(tree + "/sub/\xC3\xA4 a", "contents");
+    WriteFileText(tree + "/hidden", "h");
+    WriteFileText(tree + "/large", std::string(std::size_t{3} << 20, 'x'));
+    ASSERT_EQ(symlink("sub/\xC3\xA4 a", (tree + "/link").c_str()), 0);
+    const host::UniqueFd sparse(open((tree + "/sparse").c_str(), O_WRONLY | O_CREAT, 0644));
+    ASSERT_EQ(ftruncate(sparse.Get(), kSparseBytes), 0);
+    ASSERT_EQ(pwrite(sparse.Get(), "data", 4, off_t{32} << 20), 4);
+    for (const char* name : {"/sub/\xC3\xA4 a", "/sub"})
+        ASSERT_EQ(setxattr((tree + name).c_str(), "user.note", "stream", 6, 0), 0) << name;
+    ASSERT_TRUE(
+        SetFileAttributesA(Shown(tree + "/hidden").c_str(), FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY));
+    const timespec times[2] = {{kThen, 0}, {kThen, 500}};
+    for (const char* name : {"/sub/\xC3\xA4 a", "/sparse", "/link", "/sub/empty", "/sub", ""})
+        ASSERT_EQ(utimensat(AT_FDCWD, (tree + name).c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << name;
+}
+
+void ExpectEverything(const std::string& tree, const std::string& inherited) {
+    EXPECT_THAT(Below(tree), ElementsAre("hidden=h", "large=large", "link->sub/\xC3\xA4 a", "sparse=large",
+                                         "sub", "sub/empty", "sub/\xC3\xA4 a=contents"));
+    EXPECT_EQ(ReadWholeFile(tree + "/large"), std::string(std::size_t{3} << 20, 'x'));
+    struct stat status {};
+    ASSERT_EQ(stat((tree + "/sparse").c_str(), &status), 0);
+    EXPECT_EQ(status.st_size, kSparseBytes);
+    EXPECT_LT(status.st_blocks, 4096);
+    EXPECT_EQ(ReadWholeFile(tree + "/sparse").substr(std::size_t{32} << 20, 4), "data");
+    for (const char* name : {"/sub/\xC3\xA4 a", "/sub"}) {
+        char value[8] = {};
+        EXPECT_EQ(getxattr((tree + name).c_str(), "user.note", value, sizeof value), 6) << name;
+    }
+    EXPECT_EQ(GetFileAttributesA(Shown(tree + "/hidden").c_str()) &
+                  (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY),
+              FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY);
+    for (const char* name : {"/sub/\xC3\xA4 a", "/sparse", "/link", "/sub/empty", "/sub", ""}) {
+        ASSERT_EQ(lstat((tree + name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mtim.tv_sec, kThen) << name;
+    }
+    EXPECT_EQ(DaclText(tree + "/sub/\xC3\xA4 a"), "D:AI(A;ID;FA;;;" + inherited + ")");
+    EXPECT_EQ(DaclText(tree + "/sub"), "D:AI(A;OICIID;FA;;;" + inherited + ")");
+}
+
+class VolumeOperations : public FileOperations {
+  protected:
+    void SetUp() override {
+        if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    }
+};
+
+TEST_F(VolumeOperations, CarryEverythingButTheAccessListFromVolumeToVolume) {
+    NtfsVolume ntfs(std::uint64_t{256} << 20);
+    ASSERT_EQ(ntfs.Problem(), "");
+    const TemporaryFolder local;
+    const std::string places[] = {local.Path(), ntfs.Root()};
+    for (const std::string& from : places) {
+        for (const std::string& to : places) {
+            for (const UINT function : {FO_COPY, FO_MOVE}) {
+                if (function == FO_MOVE && from == to) continue;  // is renamed
+                SCOPED_TRACE(from + " to " + to);
+                const std::string source = from + "/source";
+                const std::string target = to + "/target";
+                MakeEverything(source);
+                if (HasFatalFailure()) return;
+                ASSERT_EQ(mkdir(target.c_str(), 0755), 0);
+                ASSERT_EQ(SetDescriptorText(source, "D:P(A;OICI;FA;;;WD)"), 0U);
+                ASSERT_EQ(SetDescriptorText(target, "D:P(A;OICI;FA;;;BA)"), 0U);
+                EXPECT_EQ(Run(function, {source}, target), 0U);
+                EXPECT_FALSE(isAborted);
+                ExpectEverything(target + "/source", "BA");
+                EXPECT_EQ(std::filesystem::exists(source), function == FO_COPY);
+                std::filesystem::remove_all(source);
+                std::filesystem::remove_all(target);
+            }
+        }
+    }
+    EXPECT_THAT(ntfs.Audit(), HasSubstr("No errors were found"));
+}
+
+TEST_F(VolumeOperations, MoveWithinAVolumeKeepsTheAccessList) {
+    NtfsVolume ntfs;
+    ASSERT_EQ(ntfs.Problem(), "");
+    for (const char* name : {"d", "to"})
+        mkdir(ntfs.Path(name).c_str(), 0777);
+    WriteFileText(ntfs.Path("d/f"), "x");
+    ASSERT_EQ(SetDescriptorText(ntfs.Path("d"), "D:P(A;OICI;FA;;;WD)"), 0U);
+    ASSERT_EQ(SetDescriptorText(ntfs.Path("to"), "D:P(A;OICI;FA;;;BA)"), 0U);
+    const std::string ofFolder = DaclText(ntfs.Path("d"));
+    const std::string ofFile = DaclText(ntfs.Path("d/f"));
+    EXPECT_EQ(Run(FO_MOVE, {ntfs.Path("d")}, ntfs.Path("to")), 0U);
+    EXPECT_EQ(DaclText(ntfs.Path("to/d")), ofFolder);
+    EXPECT_EQ(Run(FO_MOVE, {ntfs.Path("to/d/f")}, ntfs.Root()), 0U);
+    EXPECT_EQ(DaclText(ntfs.Path("f")), ofFile);
+    EXPECT_THAT(ntfs.Audit(), HasSubstr("No errors were found"));
+}
+
+TEST_F(VolumeOperations, CarryStreamsThatAreShownAsFiles) {
+    NtfsVolume files;
+    NtfsVolume attributes;
+    ASSERT_EQ(files.Problem() + attributes.Problem(), "");
+    files.Mount(NtfsMount::kStreamsAsFiles);
+    const TemporaryFolder local;
+    WriteFileText(local.Path("a"), "x");
+    ASSERT_EQ(setxattr(local.Path("a").c_str(), "user.note", "stream", 6, 0), 0);
+    EXPECT_EQ(Run(FO_COPY, {local.Path("a")}, files.Root()), 0U);
+    EXPECT_EQ(ReadWholeFile(files.Path("a:note")), "stream");
+    WriteFileText(files.Path("a:big"), std::string(100'000, 'b'));
+    EXPECT_EQ(Run(FO_COPY, {files.Path("a")}, files.Root()), 0U);
+    EXPECT_EQ(ReadWholeFile(files.Path("a - Copy:big")).size(), 100'000U);
+    // An attribute holds 64 KiB: the user is asked, and what is not agreed to is not done.
+    for (const Answer answer : {Answer::kNo, Answer::kYes}) {
+        answers[Question::kPropertyLoss] = {answer};
+        EXPECT_EQ(Run(FO_COPY, {files.Path("a")}, attributes.Root()), 0U);
+        EXPECT_EQ(std::filesystem::exists(attributes.Path("a")), answer == Answer::kYes);
+    }
+    char value[8] = {};
+    EXPECT_EQ(getxattr(attributes.Path("a").c_str(), "user.note", value, sizeof value), 6);
+}
+
+TEST_F(VolumeOperations, TakeNamesThatDifferInCaseAloneForOneOnNtfs) {
+    NtfsVolume ntfs;
+    ASSERT_EQ(ntfs.Problem(), "");
+    const TemporaryFolder local;
+    local.MakeFolder("d");
+    WriteFileText(local.Path("d/\xC3\xA4.txt"), "one");
+    WriteFileText(local.Path("d/\xC3\x84.TXT"), "two");
+    WriteFileText(local.Path("d/a:b"), "stream of another");
+    answers = {{Question::kReplaceFile, {Answer::kNo}}, {Question::kFailure, {Answer::kNo}}};
+    EXPECT_EQ(Run(FO_COPY, {local.Path("d")}, ntfs.Root()), ERROR_INVALID_NAME);
+    EXPECT_EQ(Below(ntfs.Path("d")).size(), 1U);
+    EXPECT_EQ(Run(FO_RENAME, {ntfs.Path("d")}, ntfs.Path("D")), 0U);
+    EXPECT_EQ(Below(ntfs.Path("D")).size(), 1U);
+}
+
+TEST_F(VolumeOperations, AFullVolumeLeavesNothingHalfAndTheSourceWhole) {
+    NtfsVolume ntfs(std::uint64_t{4} << 20);
+    ASSERT_EQ(ntfs.Problem(), "");
+    const TemporaryFolder local;
+    const TemporaryFolder small;
+    ASSERT_EQ(mount("none", small.Path().c_str(), "tmpfs", 0, "size=2m"), 0);
+    local.MakeFolder("d");
+    WriteFileText(local.Path("d/a"), "x");
+    WriteFileText(local.Path("d/big"), std::string(std::size_t{6} << 20, 'x'));
+    const auto before = Below(local.Path());
+    for (const std::string& target : {ntfs.Root(), small.Path()}) {
+        SCOPED_TRACE(target);
+        answers[Question::kFailure] = {Answer::kRetry, Answer::kNo};
+        EXPECT_EQ(Run(FO_MOVE, {local.Path("d")}, target), ERROR_DISK_FULL);
+        EXPECT_TRUE(isAborted);
+        EXPECT_THAT(Below(target), ElementsAre("d", "d/a=x"));
+        EXPECT_EQ(Below(local.Path()), before);
+        // What stands there is kept until the new one is whole.
+        WriteFileText(target + "/d/big", "old");
+        std::filesystem::remove(target + "/d/a");
+        answers = {{Question::kMergeFolders, {Answer::kYes}},
+                   {Question::kReplaceFile, {Answer::kYes}},
+                   {Question::kFailure, {Answer::kNo}}};
+        EXPECT_EQ(Run(FO_COPY, {local.Path("d")}, target), ERROR_DISK_FULL);
+        EXPECT_EQ(ReadWholeFile(target + "/d/big"), "old");
+        EXPECT_EQ(Below(target).size(), 3U);
+    }
+    umount(small.Path().c_str());
+    EXPECT_THAT(ntfs.Audit(), HasSubstr("No errors were found"));
+}
+
+}  // namespace
+}  // namespace permora::test
