@@ -13,7 +13,7 @@ namespace permora {
 namespace {
 
 constexpr const char* kDescription =
-    "Shows and changes who may do what with files and folders, and deletes them for good.";
+    "Shows and changes who may do what with files, folders and shares, and deletes files for good.";
 
 constexpr const char* kFooter = R"(Examples:
   permora-cli show /mnt/data/Projects
@@ -28,6 +28,8 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli effective /mnt/data/Payroll --account anna
   permora-cli shred /mnt/data/Old /mnt/data/Payroll/2009.ods
   permora-cli accounts --find admin
+  permora-cli shares
+  permora-cli deny --share Projects --account guest --rights 'Full control'
 
 A path is written as C:\folder\file or as this machine writes it; both mean the same object. A link at its end is
 not followed. Rights, scopes and options are listed by the help of a command: permora-cli grant --help
@@ -92,6 +94,8 @@ struct Parser {
     Parser();
     CLI::App* AddCommand(Command command, const char* name, const char* description);
     CLI::App* AddChange(Command command, const char* name, const char* description);
+    // Makes the command one that takes shares as well as paths.
+    CLI::App* WithShares(CLI::App* command);
     void AddAccount(CLI::App* command);
     void AddEntryOptions(CLI::App* command);
     void AddAssign();
@@ -100,6 +104,7 @@ struct Parser {
     void AddEffective();
     void AddShred();
     void AddAccounts();
+    void AddShares();
     void AddSetup();
     // Each turns what was typed into what is meant; a text that says what is wrong, or an empty one.
     std::string Interpret();
@@ -128,6 +133,18 @@ CLI::App* Parser::AddChange(Command command, const char* name, const char* descr
                     "Change even an object without any access list, which allows everyone everything;\n"
                     "afterwards only the accounts in the new list have access");
     return added;
+}
+
+CLI::App* Parser::WithShares(CLI::App* command) {
+    CLI::Option* paths = command->get_option("PATH");
+    paths->required(false);
+    command
+        ->add_option("--share", arguments.shares,
+                     "Shares in the place of paths: the lists that the server keeps for them,\n"
+                     "which apply to whoever comes over the network")
+        ->type_name("NAME")
+        ->excludes(paths);
+    return command;
 }
 
 void Parser::AddAccount(CLI::App* command) {
@@ -213,6 +230,19 @@ void Parser::AddAccounts() {
     accounts->callback([this] { arguments.command = Command::kAccounts; });
 }
 
+void Parser::AddShares() {
+    CLI::App* shares = app.add_subcommand("shares", "List the shares of this machine");
+    shares->add_flag("--json", json, "As JSON: an array of objects");
+    CLI::App* show =
+        shares->add_subcommand("show", "Show shares with their access lists, as show --share does");
+    show->add_option("NAME", arguments.shares, "Names of shares; behind -- also those that begin with a dash")
+        ->required()
+        ->type_name("");
+    show->add_flag("--json", json, "As JSON: one object, or an array of several");
+    shares->callback(
+        [this, show] { arguments.command = show->parsed() ? Command::kShow : Command::kShares; });
+}
+
 void Parser::AddSetup() {
     CLI::App* setup = AddCommand(Command::kSetup, "setup",
                                  "Tell the windowed program the folder that it is installed in, where its\n"
@@ -226,15 +256,15 @@ Parser::Parser() {
     app.set_help_flag("--help", "Print this help; behind a command, that command's help");
     app.get_formatter()->column_width(26);
 
-    CLI::App* show = AddCommand(Command::kShow, "show", "Show access lists");
+    CLI::App* show = WithShares(AddCommand(Command::kShow, "show", "Show access lists"));
     CLI::Option* jsonFlag = show->add_flag("--json", json, "As JSON: one object, or an array of several");
     show->add_flag("--sddl", sddl, "As security descriptor text, O:...G:...D:...")->excludes(jsonFlag);
 
-    AddEntryOptions(AddChange(Command::kGrant, "grant", "Allow an account rights"));
-    AddEntryOptions(AddChange(Command::kDeny, "deny", "Deny an account rights"));
-    AddAccount(AddChange(Command::kRevoke, "revoke",
-                         "Remove the entries made for an account on the object itself;\n"
-                         "when there are none, that is said and is no failure"));
+    AddEntryOptions(WithShares(AddChange(Command::kGrant, "grant", "Allow an account rights")));
+    AddEntryOptions(WithShares(AddChange(Command::kDeny, "deny", "Deny an account rights")));
+    AddAccount(WithShares(AddChange(Command::kRevoke, "revoke",
+                                    "Remove the entries made for an account on the object itself;\n"
+                                    "when there are none, that is said and is no failure")));
 
     CLI::App* inherit =
         AddChange(Command::kInherit, "inherit", "Switch on or off that an object inherits from its parent");
@@ -249,6 +279,7 @@ Parser::Parser() {
     AddOwner();
     AddEffective();
     AddAccounts();
+    AddShares();
     AddSetup();
     // Last, so that the commands' own help stays short.
     app.footer(kFooter);
@@ -259,6 +290,13 @@ std::string Parser::Interpret() {
         path = Unshielded(path);
         if (path.empty()) return "a path is empty";
     }
+    for (std::string& share : arguments.shares) {
+        share = Unshielded(share);
+        if (share.empty()) return "the name of a share is empty";
+    }
+    const bool needsObject = arguments.command != Command::kAccounts && arguments.command != Command::kShares;
+    if (needsObject && arguments.paths.empty() && arguments.shares.empty())
+        return "PATH or --share is required";
     if (arguments.command == Command::kSetup && arguments.paths.size() > 1) return "setup takes one folder";
     const bool isOwner = arguments.command == Command::kOwner;
     if (account && Unshielded(*account).empty())

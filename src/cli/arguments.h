@@ -21,6 +21,7 @@ enum class Command {
     kOwner,
     kEffective,
     kAccounts,
+    kShares,
     kSetup
 };
 
@@ -35,7 +36,9 @@ enum class InheritanceChange {
 
 struct Arguments {
     Command command = Command::kShow;
-    std::vector<std::string> paths;  // as typed; at least one but for kAccounts
+    std::vector<std::string> paths;  // as typed; at least one but for kAccounts, kShares and with shares
+    // show, grant, deny and revoke: names of shares in the place of paths, as typed
+    std::vector<std::string> shares;
     ShowFormat format = ShowFormat::kTable;
 
     // grant, deny, revoke, assign, owner and effective: as typed; owner: empty to show it

@@ -9,13 +9,6 @@
 namespace permora {
 namespace {
 
-void DropOtherEntries(AccessEntryList& entries) {
-    for (std::size_t i = entries.Entries().size(); i-- > 0;) {
-        const AccessEntry& entry = entries.Entries()[i];
-        if (!entry.IsAllow() && !entry.IsDeny()) entries.RemoveEntry(i);
-    }
-}
-
 bool ChangeObject(const Arguments& arguments, const AccountRecord& account, const Target& target,
                   HMODULE library, ConsoleMessages& messages) {
     ObjectSecurity object;

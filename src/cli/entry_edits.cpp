@@ -10,21 +10,21 @@ namespace {
 constexpr int kThisFolderOnly = 0;
 constexpr int kThisFolderSubfoldersAndFiles = 1;
 
-EditResult AddRights(const Arguments& arguments, const AccountRecord& account, const Target& target,
+EditResult AddRights(const Arguments& arguments, const AccountRecord& account, EntryPlace place,
                      AccessEntryList& entries, ConsoleMessages& messages) {
-    const bool isFolder = IsFolder(target);
     PermissionChoice choice;
     choice.account = account;
     (arguments.command == Command::kGrant ? choice.allowMask : choice.denyMask) = arguments.rights;
-    if (isFolder) {
+    if (place == EntryPlace::kFolder) {
         choice.applyIndex = arguments.scopeIndex.value_or(kThisFolderSubfoldersAndFiles);
         choice.childrenOnly = arguments.childrenOnly;
     } else {
-        // A file has nothing below it: the part of a scope that reaches further says nothing there.
+        // There is nothing below it: the part of a scope that reaches further says nothing there.
         const int scope = arguments.scopeIndex.value_or(kThisFolderOnly);
         if ((ScopeFlagsFromIndex(scope) & INHERIT_ONLY_ACE) != 0) {
-            messages.Say("not changed: on a file an entry for \"" +
-                         std::string(ScopeTextFromFlags(ScopeFlagsFromIndex(scope))) + "\" would do nothing");
+            messages.Say(std::string("not changed: on a ") + (place == EntryPlace::kFile ? "file" : "share") +
+                         " an entry for \"" + std::string(ScopeTextFromFlags(ScopeFlagsFromIndex(scope))) +
+                         "\" would do nothing");
             return EditResult::kRefused;
         }
         choice.applyIndex = kThisFolderOnly;
@@ -75,27 +75,18 @@ EditResult ChangeInheritance(InheritanceChange change, const Target& target, Obj
 
 }  // namespace
 
+EditResult EditEntries(const Arguments& arguments, const AccountRecord& account, EntryPlace place,
+                       AccessEntryList& entries, ConsoleMessages& messages) {
+    if (arguments.command == Command::kRevoke) return RevokeRights(arguments, account, entries, messages);
+    return AddRights(arguments, account, place, entries, messages);
+}
+
 EditResult EditObject(const Arguments& arguments, const AccountRecord& account, const Target& target,
                       ObjectSecurity& object, ConsoleMessages& messages) {
-    switch (arguments.command) {
-        case Command::kGrant:
-        case Command::kDeny:
-            return AddRights(arguments, account, target, object.entries, messages);
-        case Command::kRevoke:
-            return RevokeRights(arguments, account, object.entries, messages);
-        case Command::kInherit:
-            return ChangeInheritance(arguments.inheritance, target, object, messages);
-        case Command::kShow:
-        case Command::kAssign:
-        case Command::kReset:
-        case Command::kOwner:
-        case Command::kEffective:
-        case Command::kShred:
-        case Command::kAccounts:
-        case Command::kSetup:
-            break;
-    }
-    return EditResult::kRefused;
+    if (arguments.command == Command::kInherit)
+        return ChangeInheritance(arguments.inheritance, target, object, messages);
+    const EntryPlace place = IsFolder(target) ? EntryPlace::kFolder : EntryPlace::kFile;
+    return EditEntries(arguments, account, place, object.entries, messages);
 }
 
 }  // namespace permora

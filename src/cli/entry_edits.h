@@ -15,7 +15,14 @@ enum class EditResult {
     kRefused,      // the change would make no sense here; the reason was said
 };
 
-// Applies the command to the list of the target, whose folder is current.
+// What the list belongs to. Only folders have something below them.
+enum class EntryPlace { kFolder, kFile, kShare };
+
+// Applies grant, deny or revoke to a list.
+EditResult EditEntries(const Arguments& arguments, const AccountRecord& account, EntryPlace place,
+                       AccessEntryList& entries, ConsoleMessages& messages);
+
+// Applies one of these or inherit to the list of the target, whose folder is current.
 EditResult EditObject(const Arguments& arguments, const AccountRecord& account, const Target& target,
                       ObjectSecurity& object, ConsoleMessages& messages);
 

@@ -4,12 +4,18 @@
 #include <cstddef>
 #include <nlohmann/json.hpp>
 
+#include "security/access_entry_list.h"
+
 namespace permora {
 
 using Json = nlohmann::ordered_json;
 
 // Texts that are no UTF-8 are repaired.
 void PrintJson(const Json& document);
+
+// The entries of a list: null where there is no list and everyone may do everything, [] where the list is
+// empty and nobody may do anything.
+Json EntriesJson(PACL dacl, AccessEntryList& entries);
 
 // One object for each path that the user gave and that could be read. Of one path the object stands for
 // itself, so that a script need not unwrap it.

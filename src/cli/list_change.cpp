@@ -25,8 +25,19 @@ bool ReadForChange(const Target& target, ObjectSecurity& object, ConsoleMessages
     return true;
 }
 
+Losses LossesOf(PACL dacl, const AccessEntryList& entries) {
+    return {entries.OtherTypeCount(), dacl == nullptr};
+}
+
 Losses LossesOf(const ObjectSecurity& object) {
-    return {object.entries.OtherTypeCount(), object.dacl == nullptr};
+    return LossesOf(object.dacl, object.entries);
+}
+
+void DropOtherEntries(AccessEntryList& entries) {
+    for (std::size_t i = entries.Entries().size(); i-- > 0;) {
+        const AccessEntry& entry = entries.Entries()[i];
+        if (!entry.IsAllow() && !entry.IsDeny()) entries.RemoveEntry(i);
+    }
 }
 
 bool MayReplace(const Losses& losses, const Arguments& arguments, ConsoleMessages& messages) {

@@ -27,9 +27,13 @@ struct Losses {
     bool everyonesAccess;      // there is no list, so everyone may do everything
 };
 
+Losses LossesOf(PACL dacl, const AccessEntryList& entries);
 Losses LossesOf(const ObjectSecurity& object);
 // Whether the user accepts the losses.
 bool MayReplace(const Losses& losses, const Arguments& arguments, ConsoleMessages& messages);
+
+// Takes out what the user accepted to lose.
+void DropOtherEntries(AccessEntryList& entries);
 
 // The list that an object is to get. Nothing is left out of it silently.
 UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries, WrittenMasks masks,

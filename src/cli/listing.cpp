@@ -7,20 +7,24 @@
 
 namespace permora {
 
-std::vector<std::string> RemarksOn(const ObjectSecurity& object) {
-    if (object.dacl == nullptr) return {"there is no access list: everyone may do everything"};
+std::vector<std::string> RemarksOn(PACL dacl, const AccessEntryList& entries) {
+    if (dacl == nullptr) return {"there is no access list: everyone may do everything"};
     std::vector<std::string> remarks;
-    if (object.entries.Entries().empty()) remarks.emplace_back("the access list is empty: nobody has access");
-    if (!object.entries.IsInCanonicalOrder()) {
+    if (entries.Entries().empty()) remarks.emplace_back("the access list is empty: nobody has access");
+    if (!entries.IsInCanonicalOrder()) {
         remarks.emplace_back("the entries do not stand in the usual order (deny, allow, inherited)");
     }
-    const std::size_t others = object.entries.OtherTypeCount();
+    const std::size_t others = entries.OtherTypeCount();
     if (others > 0) {
         remarks.push_back(std::to_string(others) +
                           (others == 1 ? " entry of another type" : " entries of other types") +
                           " than allow and deny " + (others == 1 ? "is" : "are") + " not shown");
     }
     return remarks;
+}
+
+std::vector<std::string> RemarksOn(const ObjectSecurity& object) {
+    return RemarksOn(object.dacl, object.entries);
 }
 
 std::string InheritsLine(const ObjectSecurity& object) {
@@ -43,6 +47,20 @@ std::string RowsText(AccessEntryList& entries) {
         lines.push_back({row.type, row.name, row.permission, row.inheritance, row.applyTo});
     }
     return AlignedTable(lines, "  ");
+}
+
+bool PrintDescriptor(PSECURITY_DESCRIPTOR descriptor, ConsoleMessages& messages) {
+    constexpr SECURITY_INFORMATION kShown =
+        OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+    char* text = nullptr;
+    if (ConvertSecurityDescriptorToStringSecurityDescriptorA(descriptor, SDDL_REVISION_1, kShown, &text,
+                                                             nullptr) == FALSE) {
+        messages.SaySystemError(GetLastError());
+        return false;
+    }
+    const UniqueLocal<char> owned(text);
+    Print(std::string(text) + '\n');
+    return true;
 }
 
 void Print(const std::string& text) {

@@ -1,5 +1,5 @@
-// The terminal program: shows and changes access lists and owners of files, folders and drive roots, and
-// deletes files for good.
+// The terminal program: shows and changes access lists and owners of files, folders and drive roots and the
+// lists of shares, and deletes files for good.
 #include <cstdio>
 #include <optional>
 #include <vector>
@@ -14,6 +14,7 @@
 #include "cli/owner_command.h"
 #include "cli/reset_command.h"
 #include "cli/setup_command.h"
+#include "cli/shares_command.h"
 #include "cli/show_command.h"
 #include "cli/shred_command.h"
 #include "cli/target.h"
@@ -42,6 +43,10 @@ std::vector<Target> FindTargets(const std::vector<std::string>& paths, ConsoleMe
 
 bool RunCommand(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
                 ConsoleMessages& messages) {
+    const bool isAboutShares = !arguments.shares.empty();
+    if (arguments.command == Command::kShares) return RunShares(arguments, messages);
+    if (isAboutShares && arguments.command == Command::kShow) return RunShowShares(arguments, messages);
+    if (isAboutShares) return RunChangeShares(arguments, account, messages);
     if (arguments.command == Command::kShow) return RunShow(arguments, targets, messages);
     if (arguments.command == Command::kAccounts) return RunAccounts(arguments);
     if (arguments.command == Command::kSetup) return RunSetup(arguments, targets, messages);

@@ -6,7 +6,6 @@
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
-#include "security/access_rights.h"
 
 namespace permora {
 namespace {
@@ -51,52 +50,13 @@ std::string TableText(const Target& target, ShownObject& object) {
            RowsText(object.security.entries);
 }
 
-Json EntryJson(AccessEntryList& entries, std::size_t index) {
-    const AccessEntry& entry = entries.Entries()[index];
-    AccountRecord& account = entries.AccountOf(index);
-    // An entry of another type has no row and no name, but a program that reads this must not miss it.
-    const bool hasRow = entry.IsAllow() || entry.IsDeny();
-    return {
-        {"type", hasRow ? AceTypeText(entry.aceType) : "Type " + std::to_string(entry.aceType)},
-        {"account", AccountDisplayName(account)},
-        {"sid", account.GetSidText()},
-        {"mask", "0x" + HexText(entry.mask)},
-        {"permission", MaskDisplayName(entry.mask)},
-        {"inherited", entry.IsInherited()},
-        {"applyTo", ScopeTextFromFlags(entry.aceFlags)},
-        {"flags", entry.aceFlags},
-    };
-}
-
-// "entries" is null where there is no list and everyone may do everything, and [] where the list is empty and
-// nobody may do anything.
 Json ObjectJson(const Target& target, ShownObject& object) {
-    Json entries;
-    if (object.security.dacl != nullptr) {
-        entries = Json::array();
-        const std::size_t count = object.security.entries.Entries().size();
-        for (std::size_t i = 0; i < count; ++i)
-            entries.push_back(EntryJson(object.security.entries, i));
-    }
     return {
         {"path", target.argument},
         {"owner", object.owner},
         {"inherits", object.security.inheritance == DaclInheritance::kFromParent},
-        {"entries", std::move(entries)},
+        {"entries", EntriesJson(object.security.dacl, object.security.entries)},
     };
-}
-
-std::optional<std::string> SddlText(const ShownObject& object, ConsoleMessages& messages) {
-    char* text = nullptr;
-    if (ConvertSecurityDescriptorToStringSecurityDescriptorA(
-            object.whole.get(), SDDL_REVISION_1,
-            OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &text,
-            nullptr) == FALSE) {
-        messages.SaySystemError(GetLastError());
-        return std::nullopt;
-    }
-    const UniqueLocal<char> owned(text);
-    return std::string(text) + '\n';
 }
 
 }  // namespace
@@ -118,11 +78,7 @@ bool RunShow(const Arguments& arguments, const std::vector<Target>& targets, Con
                 separator = "\n";
                 break;
             case ShowFormat::kSddl:
-                if (const std::optional<std::string> text = SddlText(*object, messages)) {
-                    Print(*text);
-                } else {
-                    allRead = false;
-                }
+                allRead = PrintDescriptor(object->whole.get(), messages) && allRead;
                 break;
             case ShowFormat::kJson:
                 objects.push_back(ObjectJson(target, *object));

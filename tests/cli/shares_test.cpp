@@ -1,0 +1,58 @@
+// Lists of shares over the machine's own table; samba_test.cpp has those of a real server.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+#include "tests/cli/cli_program.h"
+#include "tests/support/own_mounts.h"
+
+namespace permora::test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr const char* kTableFile = "/etc/permora/registry.reg";
+
+// "Path=C:\tmp"
+constexpr const char* kTable =
+    "Windows Registry Editor Version 5.00\n\n"
+    "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\LanmanServer\\Shares]\n"
+    "\"one\"=hex(7):50,00,61,00,74,00,68,00,3d,00,43,00,3a,00,5c,00,74,00,6d,00,70,00,00,00,00,00\n";
+
+TEST(SharesCommandTest, OnlyAChangeGivesAShareADescriptor) {
+    if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    ASSERT_EQ(EnterOwnMounts(), "");
+    ASSERT_EQ(mount("tmpfs", "/etc", "tmpfs", 0, "mode=0755"), 0);
+    ASSERT_EQ(mkdir("/etc/permora", 0755), 0);
+    std::ofstream(kTableFile) << kTable;
+
+    EXPECT_THAT(RunCli({"shares"}).output, HasSubstr("one   Folder               unlimited  C:\\tmp"));
+    EXPECT_THAT(RunCli({"shares", "show", "ONE"}).output,
+                HasSubstr("  Note: there is no access list: everyone may do everything\n"));
+    EXPECT_THAT(RunCli({"show", "--share", "one", "--json"}).output, HasSubstr("\"entries\": null"));
+    EXPECT_EQ(RunCli({"show", "--share", "one", "--sddl"}).exitCode, 1);
+    const std::vector<std::string> grant = {"grant",  "--share",  "one", "--account",
+                                            "Guests", "--rights", "1"};
+    const CommandResult refused = RunCli(grant);
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.output, HasSubstr("permora-cli: one: not changed: everyone may do everything now"));
+    std::vector<std::string> replacing = grant;
+    replacing.insert(replacing.end(), {"--replace-null-list", "--dry-run"});
+    EXPECT_EQ(RunCli(replacing).exitCode, 0);
+    EXPECT_EQ(ReadWholeFile(kTableFile), kTable);
+
+    replacing.pop_back();
+    const CommandResult changed = RunCli(replacing);
+    EXPECT_EQ(changed.exitCode, 0) << changed.output;
+    EXPECT_EQ(RunCli({"show", "--share", "one", "--sddl"}).output, "D:(A;;0x100001;;;BG)\n");
+    const CommandResult some = RunCli({"revoke", "--account", "Guests", "--share", "none", "one"});
+    EXPECT_EQ(some.exitCode, 1);
+    EXPECT_THAT(some.output, HasSubstr("permora-cli: none: The share does not exist.\n"));
+    EXPECT_EQ(RunCli({"show", "--share", "one", "--sddl"}).output, "D:\n");
+}
+
+}  // namespace
+}  // namespace permora::test
