@@ -1,0 +1,44 @@
+// The shares of a real server, worked as a user works them (shares_test.sh); the server's own tools judge
+// what then stands there.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "tests/cli/cli_program.h"
+#include "tests/support/samba_server.h"
+
+namespace permora::test {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+TEST(Shares, OnASambaServerByKeyboard) {
+    if (const std::string reason = SambaServer::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const SambaServer server;
+    ASSERT_EQ(server.Problem(), "");
+    for (const char* name : {"plans", "old"})
+        std::filesystem::create_directory(server.Path(name));
+    ASSERT_EQ(RunCommand({"net", "conf", "addshare", "beta", server.Path("old")}).exitCode, 0);
+    const std::string programs = std::filesystem::path(CliPath()).parent_path();
+    const CommandResult run = RunCommand(
+        {"bash", SHARES_SCRIPT, programs, PICTURE_FOLDER "/shares", "light", std::string(server.Root())});
+    ASSERT_EQ(run.exitCode, 0) << run.output;
+
+    EXPECT_EQ(RunCommand({"net", "conf", "listshares"}).output, "plans\n");
+    EXPECT_TRUE(std::filesystem::is_directory(server.Path("old"))) << "it is only shared no more";
+    // The server's own answer knows no greatest number of users.
+    EXPECT_THAT(
+        RunCommand({"net", "conf", "showshare", "plans"}).output,
+        AllOf(HasSubstr("path = " + server.Path("plans") + "\n"), HasSubstr("max connections = 12\n")));
+    EXPECT_THAT(
+        RunCommand({"rpcclient", "127.0.0.1", "-U", "root%secret", "-c", "netsharegetinfo plans 502"}).output,
+        AllOf(HasSubstr("netname: plans\n"), HasSubstr("remark:\tWhat we want\n")));
+    EXPECT_EQ(RunCommand({"sharesec", "plans", "--viewsddl"}).output,
+              "D:(A;OICI;0x001f01ff;;;BU)(A;;0x001200a9;;;WD)\n");
+}
+
+}  // namespace
+}  // namespace permora::test
