@@ -143,46 +143,30 @@ TEST_F(SecureDelete, WholeSectorsReachTheDiskBeforeTheNameGoes) {
 }
 
 TEST_F(SecureDelete, AFailureIsToldWithItsStepAndTheFileStays) {
-    host::UniqueFd other;
     struct Case {
-        std::function<void()> prepare;
+        bool* fault;
         DeletionStep step;
         DWORD error;
     };
+    bool isReadOnly = false;
+    bool isOpenElsewhere = false;
     const Case cases[] = {
-        {[] { chmod("file", 0444); }, DeletionStep::kOpenFile, ERROR_ACCESS_DENIED},
-        {[&] {
-             chmod("file", 0644);
-             other.Reset(open("file", O_RDONLY | O_CLOEXEC));
-         },
-         DeletionStep::kOpenFile, ERROR_SHARING_VIOLATION},
-        {[&] {
-             other.Reset();
-             isMemoryRefused = true;
-         },
-         DeletionStep::kAllocate, ERROR_NOT_ENOUGH_MEMORY},
-        {[] {
-             isMemoryRefused = false;
-             isWritingRefused = true;
-         },
-         DeletionStep::kWrite, ERROR_CRC},
-        {[] {
-             isWritingRefused = false;
-             isFlushingRefused = true;
-         },
-         DeletionStep::kFlush, ERROR_CRC},
-        {[] {
-             isFlushingRefused = false;
-             isDiskBroken = true;
-         },
-         DeletionStep::kFlush, ERROR_IO_DEVICE},
+        {&isReadOnly, DeletionStep::kOpenFile, ERROR_ACCESS_DENIED},
+        {&isOpenElsewhere, DeletionStep::kOpenFile, ERROR_SHARING_VIOLATION},
+        {&isMemoryRefused, DeletionStep::kAllocate, ERROR_NOT_ENOUGH_MEMORY},
+        {&isWritingRefused, DeletionStep::kWrite, ERROR_CRC},
+        {&isFlushingRefused, DeletionStep::kFlush, ERROR_CRC},
+        {&isDiskBroken, DeletionStep::kFlush, ERROR_IO_DEVICE},
     };
     Fill("file", 700);
     const std::size_t before = OpenDescriptors();
     for (const Case& each : cases) {
-        each.prepare();
+        *each.fault = true;
+        chmod("file", isReadOnly ? 0444 : 0644);
+        const host::UniqueFd other(isOpenElsewhere ? open("file", O_RDONLY | O_CLOEXEC) : -1);
         host.failures.clear();
         host.Delete("file");
+        *each.fault = false;
         EXPECT_THAT(host.failures, ElementsAre(DeletionFailure{each.step, "file", each.error}));
         EXPECT_TRUE(Exists("work/file"));
     }

@@ -6,15 +6,9 @@
 #include <functional>
 #include <string>
 
-#include "editor/security_sheet.h"
-#include "platform/api/errors.h"
-#include "platform/api/files.h"
-#include "platform/host_path.h"
 #include "resources/resource_ids.h"
 #include "security/access_rights.h"
-#include "tests/support/access_lists.h"
-#include "tests/support/temporary_folder.h"
-#include "tests/support/ui_driver.h"
+#include "tests/editor/editor_fixture.h"
 
 namespace permora {
 namespace {
@@ -26,25 +20,11 @@ using testing::WindowDriver;
 
 constexpr const char* kNone = "00000000000000";
 
-class EffectivePage : public ::testing::Test {
+class EffectivePage : public testing::EditorTest {
   protected:
-    void SetUp() override {
-        const DWORD error = test::SetDescriptorText(folder.MakeFile("file"), "D:P");
-        if (error == ERROR_NOT_SUPPORTED) GTEST_SKIP() << "the temporary folder holds no access lists";
-        ASSERT_EQ(error, ERROR_SUCCESS);
-        ASSERT_NE(SetCurrentDirectoryA(PathFromArgument(folder.Path().c_str()).c_str()), FALSE);
-        sheet.SetUp(nullptr);
-    }
+    void MakeFiles() override { Give("D:P"); }
 
-    void Open(const UiDriver::Script& script) {
-        static const char* const names[] = {"file"};
-        sheet.SetItems(names, false);
-        ui.ExpectSheet("Security Editor - file", [&](WindowDriver& window) {
-            window.SwitchToTab("Effective Permissions");
-            script(window);
-        });
-        sheet.DoModal();
-    }
+    void Open(const UiDriver::Script& script) { Edit({"file"}, script, "Effective Permissions"); }
 
     // Picks an account; a digit for each row then, 1 where it is marked. `expect` declares what is shown.
     std::string MarksFor(
@@ -66,13 +46,7 @@ class EffectivePage : public ::testing::Test {
         return marks;
     }
 
-    void Give(const char* sddl) const {
-        ASSERT_EQ(test::SetDescriptorText(folder.Path("file"), sddl), ERROR_SUCCESS);
-    }
-
-    const test::TemporaryFolder folder;
-    UiDriver ui;
-    CPSheet sheet;
+    void Give(const char* sddl) const { EditorTest::Give(folder.MakeFile("file"), sddl); }
 };
 
 TEST_F(EffectivePage, MarksWhatTheListLeavesToTheAccountPicked) {

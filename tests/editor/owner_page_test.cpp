@@ -8,14 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "editor/security_sheet.h"
-#include "platform/api/errors.h"
-#include "platform/api/files.h"
-#include "platform/host_path.h"
 #include "resources/resource_ids.h"
-#include "tests/support/access_lists.h"
-#include "tests/support/temporary_folder.h"
-#include "tests/support/ui_driver.h"
+#include "tests/editor/editor_fixture.h"
 
 namespace permora {
 namespace {
@@ -26,43 +20,33 @@ using testing::SheetButton;
 using testing::UiDriver;
 using testing::WindowDriver;
 
-class OwnerPage : public ::testing::Test {
+class OwnerPage : public testing::EditorTest {
   protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "only root may give objects away";
-        folder.MakeFolder("docs");
-        folder.MakeFile("docs/report");
-        folder.MakeFolder("data");
-        folder.MakeFile("data/report");
-        folder.MakeFile("notes");
+        EditorTest::SetUp();
+    }
+    void MakeFiles() override {
+        for (const char* name : {"docs", "data"})
+            Give(folder.MakeFolder(name), "O:BG");
+        for (const char* name : {"docs/report", "data/report", "notes"})
+            Give(folder.MakeFile(name), "O:BG");
         std::filesystem::create_symlink(outside.MakeFile("target"), folder.Path("docs/link"));
-        for (const char* name : {"docs", "docs/report", "data", "data/report", "notes"})
-            ASSERT_EQ(test::SetDescriptorText(folder.Path(name), "O:BG"), ERROR_SUCCESS) << name;
-        ASSERT_NE(SetCurrentDirectoryA(PathFromArgument(folder.Path().c_str()).c_str()), FALSE);
-        sheet.SetUp(nullptr);
     }
 
     std::string Owner(const std::string& name) const {
         return DescriptorText(folder.Path(name), OWNER_SECURITY_INFORMATION);
     }
 
-    void Edit(const std::vector<const char*>& names, const UiDriver::Script& script) {
-        sheet.SetItems(names, false);
-        ui.ExpectSheet(std::string("Security Editor - ") + names.front(), [&](WindowDriver& window) {
-            window.SwitchToTab("Owner");
-            script(window);
-        });
-        sheet.DoModal();
+    void Open(const std::vector<const char*>& names, const UiDriver::Script& script) {
+        Edit(names, script, "Owner");
     }
 
-    const test::TemporaryFolder folder;
     const test::TemporaryFolder outside;
-    UiDriver ui;
-    CPSheet sheet;
 };
 
 TEST_F(OwnerPage, SetsTheOwnerOfEveryItemAndOfWhatIsBelowTheFolders) {
-    Edit({"docs", "gone", "notes"}, [&](WindowDriver& window) {
+    Open({"docs", "gone", "notes"}, [&](WindowDriver& window) {
         EXPECT_EQ(window.Text(IDC_OWNER_NAME), "BUILTIN\\Guests");
         EXPECT_FALSE(window.IsEnabled(IDC_OWNER_NAME));
         const std::vector<std::string> candidates = window.Rows(IDC_OWNER_CANDIDATES);
@@ -87,7 +71,7 @@ TEST_F(OwnerPage, SetsTheOwnerOfEveryItemAndOfWhatIsBelowTheFolders) {
 }
 
 TEST_F(OwnerPage, WithoutTheBoxOrAChosenRowWhatIsBelowOrEverythingStays) {
-    Edit({"data"}, [&](WindowDriver& window) {
+    Open({"data"}, [&](WindowDriver& window) {
         window.SelectRow(IDC_OWNER_CANDIDATES, WindowDriver::kBesideRows);
         EXPECT_TRUE(window.IsEnabled(SheetButton::kApply));
         window.Click(SheetButton::kApply);
@@ -104,9 +88,7 @@ TEST_F(OwnerPage, WithoutTheBoxOrAChosenRowWhatIsBelowOrEverythingStays) {
 
 TEST_F(OwnerPage, WhatCannotBeReadIsToldAndCandidatesAreStillOffered) {
     ui.ExpectMessageBox(HasSubstr("file"), "Permora Error", MB_OK | MB_ICONERROR, IDOK);  // the first page
-    static const char* const names[] = {"gone"};
-    sheet.SetItems(names, false);
-    ui.ExpectSheet("Security Editor - gone", [&](WindowDriver& window) {
+    Edit({"gone"}, [&](WindowDriver& window) {
         ui.ExpectMessageBox(HasSubstr("Cannot get owner information: "), "Permora Error",
                             MB_OK | MB_ICONERROR, IDOK);
         window.SwitchToTab("Owner");
@@ -114,7 +96,6 @@ TEST_F(OwnerPage, WhatCannotBeReadIsToldAndCandidatesAreStillOffered) {
         EXPECT_EQ(window.Rows(IDC_OWNER_CANDIDATES).size(), 2U);
         window.Press("Esc");
     });
-    sheet.DoModal();
 }
 
 }  // namespace

@@ -8,19 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "platform/api/errors.h"
-#include "platform/api/files.h"
-#include "platform/host_path.h"
 #include "resources/resource_ids.h"
-#include "tests/support/access_lists.h"
-#include "tests/support/temporary_folder.h"
-#include "tests/support/ui_driver.h"
+#include "tests/editor/editor_fixture.h"
 
 namespace permora {
 namespace {
 
 using test::DaclText;
-using test::SetDescriptorText;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -30,29 +24,14 @@ using testing::WindowDriver;
 
 constexpr const char* kInformation = "Permora Information";
 
-class SecuritySheet : public ::testing::Test {
+class SecuritySheet : public testing::EditorTest {
   protected:
     // "docs" hands entries down to "docs/report"; "data" and the file "notes" have lists of their own.
-    void SetUp() override {
-        const DWORD error = SetDescriptorText(folder.MakeFolder("docs"), "D:P(D;;WD;;;BU)(A;OICI;FA;;;BA)");
-        if (error == ERROR_NOT_SUPPORTED) GTEST_SKIP() << "the temporary folder holds no access lists";
-        ASSERT_EQ(error, ERROR_SUCCESS);
+    void MakeFiles() override {
+        Give(folder.MakeFolder("docs"), "D:P(D;;WD;;;BU)(A;OICI;FA;;;BA)");
         Give(folder.MakeFolder("docs/report"), "D:(A;;CCLC;;;WD)");
         Give(folder.MakeFolder("data"), "D:P(A;;FA;;;BU)");
         Give(folder.MakeFile("notes"), "D:P(A;;FA;;;BU)");
-        ASSERT_NE(SetCurrentDirectoryA(PathFromArgument(folder.Path().c_str()).c_str()), FALSE);
-        sheet.SetUp(nullptr);
-    }
-
-    static void Give(const std::string& path, const std::string& sddl) {
-        ASSERT_EQ(SetDescriptorText(path, sddl), ERROR_SUCCESS) << path;
-    }
-
-    // Opens the editor on `names`; the script ends with a button of the sheet.
-    void Edit(const std::vector<const char*>& names, const UiDriver::Script& script) {
-        sheet.SetItems(names, false);
-        ui.ExpectSheet(std::string("Security Editor - ") + names.front(), script);
-        sheet.DoModal();
     }
 
     // Adds an entry for Everyone; `script` makes the choice in the entry dialog, and OK ends it.
@@ -67,10 +46,6 @@ class SecuritySheet : public ::testing::Test {
         });
         window.Click(IDC_ADD_ENTRY);
     }
-
-    test::TemporaryFolder folder;
-    UiDriver ui;
-    CPSheet sheet;
 };
 
 TEST_F(SecuritySheet, AddsAnEntryToEveryItemAndResetsWhatIsBelow) {
@@ -127,14 +102,23 @@ TEST_F(SecuritySheet, InheritedEntriesAreKeptCopiedOrRemoved) {
         Edit({"docs/report"}, [&](WindowDriver& window) {
             window.SelectRow(IDC_ACCESS_LIST, 1);
             EXPECT_FALSE(window.IsEnabled(IDC_REMOVE_ENTRY)) << "an inherited entry";
-            ui.ExpectMessageBox(HasSubstr("copy inherited entries"), "Inherited entries",
-                                MB_YESNOCANCEL | MB_ICONQUESTION, each.answer);
+            ui.ExpectMessageBox(
+                "Would you like to copy inherited entries into this access control list?\nClick Yes to copy\n"
+                "Click No to delete inherited entries\nClick Cancel to cancel operation",
+                "Inherited entries", MB_YESNOCANCEL | MB_ICONQUESTION, each.answer);
             window.Click(IDC_INHERIT_FROM_PARENT);
             EXPECT_EQ(window.IsChecked(IDC_INHERIT_FROM_PARENT), each.answer == IDCANCEL);
             window.Click(SheetButton::kOk);
         });
         EXPECT_EQ(DaclText(folder.Path("docs/report")), each.list);
     }
+    // Where nothing is inherited there is nothing to ask.
+    Give(folder.MakeFile("data/plain"), "D:(A;;FR;;;WD)");
+    Edit({"data/plain"}, [](WindowDriver& window) {
+        window.Click(IDC_INHERIT_FROM_PARENT);
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(DaclText(folder.Path("data/plain")), "D:PAI(A;;FR;;;WD)");
 }
 
 TEST_F(SecuritySheet, AnInheritedEntryIsEditedByExplicitOnes) {

@@ -45,11 +45,9 @@ class Paths : public OnDriveT {
 
 TEST_F(Paths, AllSpellingsOfAPathMeanTheSameObject) {
     const std::string fullPath = "C:" + folder.Path("a/b.txt");
-    for (const std::string& path :
-         {std::string("T:\\a\\b.txt"), std::string("t:/a/b.txt"), std::string("\\a\\b.txt"),
-          std::string("a\\b.txt"), std::string(".\\a\\.\\b.txt"), std::string("a\\\\b.txt"),
-          std::string("a\\sub\\..\\b.txt"), std::string("a\\missing\\..\\b.txt"), std::string("T:a\\b.txt"),
-          std::string("T:\\..\\a\\b.txt"), std::string("..\\..\\a\\b.txt"), fullPath}) {
+    for (const std::string path : {"T:\\a\\b.txt", "t:/a/b.txt", "\\a\\b.txt", "a\\b.txt", ".\\a\\.\\b.txt",
+                                   "a\\\\b.txt", "a\\sub\\..\\b.txt", "a\\missing\\..\\b.txt", "T:a\\b.txt",
+                                   "T:\\..\\a\\b.txt", "..\\..\\a\\b.txt", fullPath.c_str()}) {
         ExpectObject(path, folder.Path("a/b.txt"), folder.Path("a"));
     }
     ExpectObject("a\\", folder.Path("a"), folder.Path());

@@ -1,0 +1,52 @@
+// The security editor on files of the test's own.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "editor/security_sheet.h"
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "platform/host_path.h"
+#include "tests/support/access_lists.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/ui_driver.h"
+
+namespace permora::testing {
+
+// The current directory is a temporary folder whose list hands nothing down.
+class EditorTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        const DWORD error = test::SetDescriptorText(folder.Path(), "D:P(A;;FA;;;BA)");
+        if (error == ERROR_NOT_SUPPORTED) GTEST_SKIP() << "the temporary folder holds no access lists";
+        ASSERT_EQ(error, ERROR_SUCCESS);
+        ASSERT_NE(SetCurrentDirectoryA(PathFromArgument(folder.Path().c_str()).c_str()), FALSE);
+        sheet.SetUp(nullptr);
+        MakeFiles();
+    }
+    virtual void MakeFiles() = 0;
+
+    static void Give(const std::string& path, const std::string& sddl) {
+        ASSERT_EQ(test::SetDescriptorText(path, sddl), ERROR_SUCCESS) << path;
+    }
+
+    // Opens the editor on `names` and shows its page `tab`; the script ends with a button of the sheet.
+    void Edit(const std::vector<const char*>& names, const UiDriver::Script& script,
+              const std::string& tab = "Permissions") {
+        sheet.SetItems(names, false);
+        ui.ExpectSheet(std::string("Security Editor - ") + names.front(), [&](WindowDriver& window) {
+            if (window.ActiveTab() != tab) window.SwitchToTab(tab);
+            script(window);
+        });
+        sheet.DoModal();
+    }
+
+    const test::TemporaryFolder folder;
+    UiDriver ui;
+    CPSheet sheet;
+};
+
+}  // namespace permora::testing
