@@ -9,9 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/files/descriptor_support.h"
 #include "platform/linux/files/extended_attributes.h"
-#include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::host {
@@ -68,17 +66,6 @@ TEST(ExtendedAttributes, OfAnySizeAreReadWhole) {
     }
     EXPECT_EQ(AskExtendedAttribute(handle, "user.test"), 0);
     EXPECT_EQ(AskExtendedAttribute(handle, "user.other"), ENODATA);
-}
-
-TEST(ExtendedAttributes, OnNtfsAreReadWholeThoughTheDriverMisnamesASmallBuffer) {
-    if (const std::string reason = test::NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
-    const test::NtfsVolume volume;
-    ASSERT_EQ(volume.Problem(), "");
-    ObjectHandle handle = Open(volume.Root());
-    EXPECT_EQ(StoreKindOf(handle), DescriptorStoreKind::kNtfs3g);
-    std::vector<std::uint8_t> read;
-    ASSERT_EQ(ReadExtendedAttribute(handle, "system.ntfs_acl", read), 0);
-    EXPECT_GT(read.size(), 4096U);  // more than the first attempt asks for
 }
 
 }  // namespace
