@@ -118,7 +118,6 @@ int main() {
         if (Check(volume.Problem().empty(), volume.Problem())) {
             CompareAll("local disk to NTFS", folder.Path(), volume.Root());
             CompareAll("NTFS to local disk", volume.Root(), folder.Path());
-            CompareAll("NTFS", volume.Root(), volume.Root());
         }
     }
     return permora::bench::ExitCode();

@@ -11,6 +11,7 @@
 #include "platform/linux/base/ascii.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/mount_table.h"
+#include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/new_name.h"
 #include "platform/linux/files/unmounted_entry.h"
 #include "platform/linux/shell/clash_question.h"
@@ -86,11 +87,15 @@ class OperationRun {
     }
 
     bool FindItem(const std::string& path, FoundItem& item) {
-        return Try(path, [&] {
+        const bool isFound = Try(path, [&] {
             const DWORD error = finder.Find(path, item);
             const bool mayBeMounted = request.kind == FileOperationKind::kCopy;
             return error == ERROR_SUCCESS && !mayBeMounted && IsMountPoint(item) ? ERROR_BUSY : error;
         });
+        if (!isFound) return false;
+        talk.progress.name = EncodeName(item.hostName);
+        talk.progress.fromFolder = item.folder->shownPath;
+        return true;
     }
 
     void CopyOrMoveAll();
@@ -118,7 +123,8 @@ void OperationRun::CopyOrMoveAll() {
     const bool isOpen = Try(request.target, [&] {
         HeldFolder folder;
         const DWORD error = HoldFolder(request.target, folder);
-        return error == ERROR_SUCCESS ? TargetFolder::Use(std::move(folder), target) : error;
+        if (error == ERROR_SUCCESS) target = TargetFolder::Use(std::move(folder));
+        return error;
     });
     if (!isOpen) return;
     // What is selected together lies in one folder.
@@ -187,10 +193,10 @@ DWORD OperationRun::RenameOnce(const FoundItem& item) {
     HeldFolder folder;
     folder.shownPath = item.folder->shownPath;
     error = ObjectHandle::OpenAt(item.folder->handle.Descriptor(), ".", folder.handle);
-    std::unique_ptr<TargetFolder> target;
+    if (error != ERROR_SUCCESS) return error;
+    const std::unique_ptr<TargetFolder> target = TargetFolder::Use(std::move(folder));
     std::optional<Clash> clash;
-    if (error == ERROR_SUCCESS) error = TargetFolder::Use(std::move(folder), target);
-    if (error == ERROR_SUCCESS) error = target->CheckName(place.hostName);
+    error = target->CheckName(place.hostName);
     if (error == ERROR_SUCCESS) error = target->FindClash(place.hostName, clash);
     if (error != ERROR_SUCCESS) return error;
     // Another case of the same letters is no other file, where names have no case.
@@ -253,7 +259,6 @@ bool OperationRun::ConfirmsTrash(const FoundItem& item) {
 
 // False when nothing more is to be deleted.
 bool OperationRun::DeleteItem(const std::string& path, const FoundItem& item) {
-    talk.progress.fromFolder = item.folder->shownPath;
     if (!FindTrash(item)) {
         DeleteForGood(path, item);
         return true;

@@ -79,7 +79,7 @@ DWORD NewFile::Make(TargetFolder& folder, const std::string& hostName, mode_t mo
     }
     if (!folder.Volume().hasNamelessFiles)
         error = MakeNamed(mode, size <= kSmallBytes && place == NewFilePlace::kFree);
-    return error == ERROR_SUCCESS ? folder.Security().Give(object) : error;
+    return error == ERROR_SUCCESS ? folder.Secure(object) : error;
 }
 
 // For a file without a name.

@@ -55,12 +55,9 @@ VolumeFacts AskVolume(const ObjectHandle& object) {
     return facts;
 }
 
-DWORD TargetFolder::Use(HeldFolder folder, std::unique_ptr<TargetFolder>& used) {
+std::unique_ptr<TargetFolder> TargetFolder::Use(HeldFolder folder) {
     auto facts = std::make_shared<VolumeFacts>(AskVolume(folder.handle));
-    std::unique_ptr<TargetFolder> target(new TargetFolder(std::move(folder), std::move(facts)));
-    const DWORD error = NewObjectSecurity::Of(target->Handle(), target->security);
-    if (error == ERROR_SUCCESS) used = std::move(target);
-    return error;
+    return std::unique_ptr<TargetFolder>(new TargetFolder(std::move(folder), std::move(facts)));
 }
 
 std::string TargetFolder::ShownPathOf(const std::string& hostName) const {
@@ -132,26 +129,35 @@ void TargetFolder::Forget() {
     names.reset();
 }
 
-DWORD TargetFolder::UseSubfolder(Clash clash, std::unique_ptr<TargetFolder>& used) const {
-    HeldFolder folder{std::move(clash.object), ShownPathOf(clash.hostName)};
-    std::unique_ptr<TargetFolder> target(new TargetFolder(std::move(folder), volume));
-    const DWORD error = NewObjectSecurity::Of(target->Handle(), target->security);
-    if (error == ERROR_SUCCESS) used = std::move(target);
+DWORD TargetFolder::LoadSecurity() {
+    if (security) return ERROR_SUCCESS;
+    NewObjectSecurity read;
+    const DWORD error = NewObjectSecurity::Of(held.handle, read);
+    if (error == ERROR_SUCCESS) security = std::move(read);
     return error;
+}
+
+DWORD TargetFolder::Secure(const ObjectHandle& made) {
+    const DWORD error = LoadSecurity();
+    return error == ERROR_SUCCESS ? security->Give(made) : error;
+}
+
+std::unique_ptr<TargetFolder> TargetFolder::UseSubfolder(Clash clash) const {
+    HeldFolder folder{std::move(clash.object), ShownPathOf(clash.hostName)};
+    return std::unique_ptr<TargetFolder>(new TargetFolder(std::move(folder), volume));
 }
 
 DWORD TargetFolder::MakeSubfolder(const std::string& hostName, mode_t mode,
                                   std::unique_ptr<TargetFolder>& made) {
     HeldFolder folder;
     folder.shownPath = ShownPathOf(hostName);
-    DWORD error = security.MakeFolder(held.handle, hostName, mode, folder.handle);
+    DWORD error = LoadSecurity();
+    if (error == ERROR_SUCCESS) error = security->MakeFolder(held.handle, hostName, mode, folder.handle);
     if (error != ERROR_SUCCESS) return error;
     Took(hostName);
-    std::unique_ptr<TargetFolder> target(new TargetFolder(std::move(folder), volume));
-    target->isNew = true;
-    error = NewObjectSecurity::Of(target->Handle(), target->security);
-    if (error == ERROR_SUCCESS) made = std::move(target);
-    return error;
+    made.reset(new TargetFolder(std::move(folder), volume));
+    made->isNew = true;
+    return ERROR_SUCCESS;
 }
 
 }  // namespace permora::host

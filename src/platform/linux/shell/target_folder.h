@@ -28,17 +28,17 @@ struct Clash {
     ObjectHandle object;
 };
 
+// Functions that can fail answer with 0 or an error code.
 class TargetFolder {
   public:
-    // A folder that is there already. 0 or an error code, as for all functions here.
-    static DWORD Use(HeldFolder folder, std::unique_ptr<TargetFolder>& used);
+    // A folder that is there already.
+    static std::unique_ptr<TargetFolder> Use(HeldFolder folder);
 
     const ObjectHandle& Handle() const { return held.handle; }
     int Descriptor() const { return held.handle.Descriptor(); }
     const std::string& ShownPath() const { return held.shownPath; }
     std::string ShownPathOf(const std::string& hostName) const;
     VolumeFacts& Volume() { return *volume; }
-    NewObjectSecurity& Security() { return security; }
 
     // Whether a name may be given to something new: on NTFS only names that Windows can read back, since
     // others are out of its reach there, or streams of other files.
@@ -50,13 +50,16 @@ class TargetFolder {
     // The name beside `hostName` that a copy in the same folder gets: "X - Copy", "X - Copy (2)", ...
     DWORD FindCopyName(const std::string& hostName, nt::ObjectKind kind, std::string& copyName);
 
+    // Gives something that was just made in it the descriptor that it hands down.
+    DWORD Secure(const ObjectHandle& made);
+
     // To be told what the folder got.
     void Took(const std::string& hostName);
     // Others put things into it too: what was known about its names no longer counts.
     void Forget();
 
-    // A folder in it that is there, never what is mounted there.
-    DWORD UseSubfolder(Clash clash, std::unique_ptr<TargetFolder>& used) const;
+    // A folder in it that is there.
+    std::unique_ptr<TargetFolder> UseSubfolder(Clash clash) const;
     // A new one.
     DWORD MakeSubfolder(const std::string& hostName, mode_t mode, std::unique_ptr<TargetFolder>& made);
 
@@ -64,10 +67,11 @@ class TargetFolder {
     TargetFolder(HeldFolder folder, std::shared_ptr<VolumeFacts> facts)
         : held(std::move(folder)), volume(std::move(facts)) {}
     DWORD LoadNames();
+    DWORD LoadSecurity();
 
     HeldFolder held;
     std::shared_ptr<VolumeFacts> volume;
-    NewObjectSecurity security;
+    std::optional<NewObjectSecurity> security;  // not read before something is made here
     bool isNew = false;  // made by this operation: there is nothing in it that it did not put there
     // On NTFS: the names by what they are without regard to case. Nothing: not read yet.
     std::optional<std::unordered_map<std::u16string, std::string>> names;

@@ -53,7 +53,7 @@ bool IsOwn(const ObjectHandle& folder) {
     return folder.Status().st_uid == geteuid() || AttributeStoreOf(folder) == AttributeStore::kAsk;
 }
 
-DWORD OpenEntry(const ObjectHandle& folder, const std::string& hostName, ObjectHandle& entry) {
+DWORD OpenFolderIn(const ObjectHandle& folder, const std::string& hostName, ObjectHandle& entry) {
     UniqueFd opened;
     const int problem =
         OpenUnmountedEntry(folder.Descriptor(), hostName.c_str(), O_PATH | O_DIRECTORY, opened);
@@ -63,7 +63,7 @@ DWORD OpenEntry(const ObjectHandle& folder, const std::string& hostName, ObjectH
 // A folder for this user alone, made when it is not there.
 DWORD OpenOrMake(const ObjectHandle& folder, const std::string& hostName, ObjectHandle& entry) {
     ObjectHandle found;
-    DWORD error = OpenEntry(folder, hostName, found);
+    DWORD error = OpenFolderIn(folder, hostName, found);
     if (error == ERROR_FILE_NOT_FOUND) {
         NewObjectSecurity security;
         error = NewObjectSecurity::Of(folder, security);
@@ -93,7 +93,7 @@ DWORD OpenDataFolder(ObjectHandle& folder) {
 // A folder for all users, where the administrator made one.
 DWORD OpenShared(const ObjectHandle& top, ObjectHandle& trash) {
     ObjectHandle shared;
-    const DWORD error = OpenEntry(top, ".Trash", shared);
+    const DWORD error = OpenFolderIn(top, ".Trash", shared);
     if (error != ERROR_SUCCESS) return error;
     if ((shared.Status().st_mode & S_ISVTX) == 0) return ERROR_ACCESS_DENIED;
     return OpenOrMake(shared, std::to_string(getuid()), trash);

@@ -155,7 +155,7 @@ TreeCopy::Outcome TreeCopy::CopyLink(const WalkedItem& item, const std::string& 
     // Something else may have taken its place by now: then it is not ours to change, nor to remove.
     if (error == ERROR_SUCCESS && !made.IsLink()) error = ERROR_FILE_INVALID;
     if (error != ERROR_SUCCESS) return Outcome::kFailed;
-    error = target.Security().Give(made);
+    error = target.Secure(made);
     if (error == ERROR_SUCCESS) error = CopyTimes(item.object, made);
     if (error == ERROR_SUCCESS && replaces &&
         renameat(folder, madeName.c_str(), folder, hostName.c_str()) != 0)
@@ -207,7 +207,7 @@ TreeCopy::Outcome TreeCopy::EnterOnce(const WalkedItem& item, DWORD& error) {
         const ClashAnswer answer = AskAboutClash(item, target, *clash, talk, error);
         if (answer != ClashAnswer::kGoOn)
             return answer == ClashAnswer::kFail ? Outcome::kFailed : Outcome::kPassedOver;
-        error = target.UseSubfolder(std::move(*clash), next.folder);
+        next.folder = target.UseSubfolder(std::move(*clash));
     } else {
         // This process must be able to fill it, whatever the source's own mode says.
         const mode_t mode = (item.object.Status().st_mode & kPermissions) | S_IRWXU;

@@ -60,10 +60,7 @@ TreeMove::Outcome TreeMove::MoveOnce(const WalkedItem& item, DWORD& error) {
 TreeMove::Outcome TreeMove::Settle(const WalkedItem& item, Clash clash, DWORD& error) {
     TargetFolder& target = Current();
     if (item.object.IsFolder()) {
-        EnteredTarget next{nullptr, talk.PassedOver()};
-        error = target.UseSubfolder(std::move(clash), next.folder);
-        if (error != ERROR_SUCCESS) return Outcome::kFailed;
-        entered.push_back(std::move(next));
+        entered.push_back({target.UseSubfolder(std::move(clash)), talk.PassedOver()});
         return Outcome::kMerges;
     }
     // Renaming a file to another name of its own does nothing.
