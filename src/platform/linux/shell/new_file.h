@@ -9,8 +9,8 @@ namespace permora::host {
 
 enum class NewFilePlace { kFree, kReplacing };
 
-// Goes away with the file, unless that was published. One that is written under a name of its own
-// (".permora-" and a number) stays as that when the process dies in the middle; on most volumes it has none.
+// Unless it was published, the file goes with this object. Where it is written under a name of its own
+// (".permora-" and a number), that stays when the process dies in the middle; on most volumes it has none.
 class NewFile {
   public:
     NewFile() = default;

@@ -32,7 +32,7 @@ bool IsLoss(int problem) {
 
 class PropertyCopy {
   public:
-    PropertyCopy(const WalkedItem& item, const VolumeFacts& itemVolume, const CopyPlace& place,
+    PropertyCopy(const WalkedItem& item, const VolumeTraits& itemVolume, const CopyPlace& place,
                  ContentsCopier& copier)
         : source(item), sourceVolume(itemVolume), copy(place), contents(copier) {}
 
@@ -138,7 +138,7 @@ class PropertyCopy {
     }
 
     const WalkedItem& source;
-    const VolumeFacts& sourceVolume;
+    const VolumeTraits& sourceVolume;
     const CopyPlace& copy;
     ContentsCopier& contents;
     PropertyResult result;
@@ -147,7 +147,7 @@ class PropertyCopy {
 
 }  // namespace
 
-PropertyResult CopyProperties(const WalkedItem& source, const VolumeFacts& sourceVolume,
+PropertyResult CopyProperties(const WalkedItem& source, const VolumeTraits& sourceVolume,
                               const CopyPlace& copy, ContentsCopier& contents) {
     return PropertyCopy(source, sourceVolume, copy, contents).Run();
 }

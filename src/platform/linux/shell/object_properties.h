@@ -15,7 +15,7 @@ struct CopyPlace {
     int folder;
     const std::string& hostName;
     const ObjectHandle& object;
-    const VolumeFacts& volume;
+    const VolumeTraits& volume;
 };
 
 struct PropertyResult {
@@ -26,7 +26,7 @@ struct PropertyResult {
 // Gives the copy of a file or folder the attributes of its source, its extended attributes of the user's
 // family and its named streams. Those that hold descriptors, capabilities and labels stay behind: they belong
 // to the place and not to the contents.
-PropertyResult CopyProperties(const WalkedItem& source, const VolumeFacts& sourceVolume,
+PropertyResult CopyProperties(const WalkedItem& source, const VolumeTraits& sourceVolume,
                               const CopyPlace& copy, ContentsCopier& contents);
 
 // The times of last access and last write, also of a link. 0 or an error code.

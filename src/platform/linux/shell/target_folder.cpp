@@ -48,16 +48,16 @@ std::size_t ExtensionStart(const std::string& hostName, nt::ObjectKind kind) {
 
 }  // namespace
 
-VolumeFacts AskVolume(const ObjectHandle& object) {
-    VolumeFacts facts;
-    facts.isNtfs = AttributeStoreOf(object) == AttributeStore::kAsk;
-    facts.showsStreamsAsFiles = facts.isNtfs && AskExtendedAttribute(object, kStreamListAttribute) == 0;
-    return facts;
+VolumeTraits AskVolume(const ObjectHandle& object) {
+    VolumeTraits traits;
+    traits.isNtfs = AttributeStoreOf(object) == AttributeStore::kAsk;
+    traits.showsStreamsAsFiles = traits.isNtfs && AskExtendedAttribute(object, kStreamListAttribute) == 0;
+    return traits;
 }
 
 std::unique_ptr<TargetFolder> TargetFolder::Use(HeldFolder folder) {
-    auto facts = std::make_shared<VolumeFacts>(AskVolume(folder.handle));
-    return std::unique_ptr<TargetFolder>(new TargetFolder(std::move(folder), std::move(facts)));
+    auto traits = std::make_shared<VolumeTraits>(AskVolume(folder.handle));
+    return std::unique_ptr<TargetFolder>(new TargetFolder(std::move(folder), std::move(traits)));
 }
 
 std::string TargetFolder::ShownPathOf(const std::string& hostName) const {

@@ -13,14 +13,14 @@
 namespace permora::host {
 
 // What the driver of a volume can do. All folders of a volume share one.
-struct VolumeFacts {
+struct VolumeTraits {
     bool isNtfs = false;
     bool showsStreamsAsFiles = false;  // named_streams.h
     bool hasNamelessFiles = true;      // until one is refused: O_TMPFILE of open(2)
 };
 
 // Asks about the volume of an object.
-VolumeFacts AskVolume(const ObjectHandle& object);
+VolumeTraits AskVolume(const ObjectHandle& object);
 
 // What stands where something else shall be put.
 struct Clash {
@@ -38,7 +38,7 @@ class TargetFolder {
     int Descriptor() const { return held.handle.Descriptor(); }
     const std::string& ShownPath() const { return held.shownPath; }
     std::string ShownPathOf(const std::string& hostName) const;
-    VolumeFacts& Volume() { return *volume; }
+    VolumeTraits& Volume() { return *volume; }
 
     // Whether a name may be given to something new: on NTFS only names that Windows can read back, since
     // others are out of its reach there, or streams of other files.
@@ -64,13 +64,13 @@ class TargetFolder {
     DWORD MakeSubfolder(const std::string& hostName, mode_t mode, std::unique_ptr<TargetFolder>& made);
 
   private:
-    TargetFolder(HeldFolder folder, std::shared_ptr<VolumeFacts> facts)
-        : held(std::move(folder)), volume(std::move(facts)) {}
+    TargetFolder(HeldFolder folder, std::shared_ptr<VolumeTraits> traits)
+        : held(std::move(folder)), volume(std::move(traits)) {}
     DWORD LoadNames();
     DWORD LoadSecurity();
 
     HeldFolder held;
-    std::shared_ptr<VolumeFacts> volume;
+    std::shared_ptr<VolumeTraits> volume;
     std::optional<NewObjectSecurity> security;  // not read before something is made here
     bool isNew = false;  // made by this operation: there is nothing in it that it did not put there
     // On NTFS: the names by what they are without regard to case. Nothing: not read yet.

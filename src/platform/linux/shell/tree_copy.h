@@ -73,7 +73,7 @@ class TreeCopy : public WalkHandler {
     ContentsCopier contents;
     std::vector<EnteredTarget> entered;  // below `top`, as the walk is below the item
     std::string topName;
-    VolumeFacts sourceVolume;
+    VolumeTraits sourceVolume;
     CopiedFiles* record = nullptr;
 };
 
