@@ -115,5 +115,7 @@ ClickAt() { ClickIn "$window" "$@"; }
 # HasWindow TITLE: a visible window of exactly this title; its id is then in $found.
 found=
 HasWindow() { found=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | tail -n 1); [ -n "$found" ]; }
+# HasWindowLike BEGINNING: the same of one whose title begins so.
+HasWindowLike() { HasWindow "$1.*"; }
 HasNoWindow() { ! HasWindow "$1"; }
 IsActive() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$1" ]; }

@@ -38,15 +38,7 @@ DoubleClickTitle() {
 IsMaximised() { xprop -id "$window" _NET_WM_STATE | grep -q MAXIMIZED_HORZ; }
 HasGeometry() { [ "$(Geometry)" = "$1" ]; }
 
-TypeLocation() {
-    ClickAt "${addressField[@]}"
-    Keys ctrl+a
-    xdotool type --delay 20 "$1"
-    Keys Return
-}
-
-# Places in the window, in pixels from its top left corner: menu, toolbar with address field, list.
-addressField=(700 40)
+# Places in the window, in pixels from its top left corner: the headers of the list.
 headers=(60 210 360 510)
 headerLine=70
 

@@ -59,6 +59,15 @@ WaitForEnd() {
 Shows() { [ "$(readlink "/proc/$programPid/cwd")" = "$1" ]; }
 WaitForFolder() { WaitUntil "the folder $1" Shows "$1"; }
 
+# TypeLocation LOCATION: into the address field, which is there in a window that is wide enough.
+addressField=(700 40)
+TypeLocation() {
+    ClickAt "${addressField[@]}"
+    Keys ctrl+a
+    xdotool type --delay 20 "$1"
+    Keys Return
+}
+
 # WaitForDialog TITLE: its id is then in $dialog.
 WaitForDialog() {
     WaitUntil "the window \"$1\"" HasWindow "$1"

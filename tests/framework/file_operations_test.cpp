@@ -56,7 +56,8 @@ TEST(FileOperationWindow, ShowsTheProgressAndCancels) {
     UiDriver ui;
     const std::function<void(WindowDriver&)> cancellings[] = {
         [](WindowDriver& window) {
-            EXPECT_TRUE(window.WaitUntil([&] { return window.Text(kProgressTaskId) == "Copying a&b.txt"; }));
+            EXPECT_TRUE(
+                window.WaitUntil([&] { return window.Text(kProgressTaskId) == "Copying \"a&b.txt\""; }));
             EXPECT_EQ(window.Title(), "File Operation Progress");
             EXPECT_EQ(window.Text(kProgressFromId), R"(C:\from)");
             EXPECT_EQ(window.Text(kProgressToId), R"(D:\to)");

@@ -19,6 +19,7 @@
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
 #include "security/access_rights.h"
+#include "tests/screenshots/file_operations.h"
 #include "tests/screenshots/looks.h"
 #include "tests/support/dialog_templates.h"
 
@@ -164,6 +165,7 @@ void TakePictures(const Series& series) {
             SampleFrame(id).TakePicture(series);
         }
     }
+    TakeFileOperationPictures(series);
 }
 
 }  // namespace

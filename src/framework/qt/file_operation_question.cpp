@@ -110,6 +110,7 @@ class QuestionWindow : public QDialog {
         QFont bold = heading->font();
         bold.setBold(true);
         heading->setFont(bold);
+        column->addSpacing(fontMetrics().height() / 2);
         for (QWidget* each :
              {static_cast<QWidget*>(heading), static_cast<QWidget*>(path), static_cast<QWidget*>(details)})
             column->addWidget(each);

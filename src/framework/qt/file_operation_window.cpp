@@ -33,7 +33,9 @@ FileOperationWindow::FileOperationWindow(QWidget* parent, const std::string& tit
         rows->addRow(QLatin1String(caption), label);
         return label;
     };
-    task = add("Name:", kProgressTaskId);
+    task = new ElidedLabel(kLettersShown, this);
+    SetIdentity(*task, "control", kProgressTaskId);
+    rows->addRow(task);
     from = add("From:", kProgressFromId);
     to = add("To:", kProgressToId);
     bar = new QProgressBar(this);
@@ -52,7 +54,7 @@ FileOperationWindow::FileOperationWindow(QWidget* parent, const std::string& tit
 }
 
 void FileOperationWindow::Display(const FileOperationProgress& progress, const FileOperationPace& pace) {
-    if (!isCancelled) task->Show(ToQt(OperationText(progress.kind) + ' ' + progress.name));
+    if (!isCancelled) task->Show(ToQt(OperationText(progress.kind) + " \"" + progress.name + '"'));
     from->Show(ToQt(progress.fromFolder));
     to->Show(ToQt(progress.toFolder));
     amount->Show(ToQt(AmountText(progress)));

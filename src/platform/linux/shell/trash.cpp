@@ -17,6 +17,7 @@
 #include "platform/linux/files/attributes.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/mount_table.h"
+#include "platform/linux/base/percent_encoding.h"
 #include "platform/linux/files/new_name.h"
 #include "platform/linux/files/unmounted_entry.h"
 #include "platform/linux/security/new_object.h"
@@ -26,27 +27,6 @@ namespace {
 
 constexpr std::size_t kMaxNameBytes = 255;
 constexpr std::string_view kInfoSuffix = ".trashinfo";
-
-// RFC 2396, 2.3: what stands for itself, and here the slash.
-bool IsUnescaped(char character) {
-    const bool isLetter = (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-    const bool isDigit = character >= '0' && character <= '9';
-    return isLetter || isDigit || std::string_view("-_.!~*'()/").find(character) != std::string_view::npos;
-}
-
-std::string PercentEncoded(std::string_view text) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string encoded;
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (IsUnescaped(character)) {
-            encoded += character;
-        } else {
-            encoded += {'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
-        }
-    }
-    return encoded;
-}
 
 // Volumes that keep no owners of the host's show all that is on them as the mounting user's.
 bool IsOwn(const ObjectHandle& folder) {
