@@ -137,6 +137,20 @@ TEST_F(SecuritySheet, AnInheritedEntryIsEditedByExplicitOnes) {
     EXPECT_EQ(DaclText(folder.Path("docs/report")), "D:AI(A;;CCLC;;;WD)(A;OICIID;FA;;;BA)");
 }
 
+TEST_F(SecuritySheet, AnEditedEntryKeepsWhereItReaches) {
+    Give(folder.Path("data"), "D:P(A;CINP;CCLC;;;BU)");
+    Edit({"data"}, [&](WindowDriver& window) {
+        ui.ExpectDialog(IDD_PERMISSION_ENTRY, [](WindowDriver& entry) {
+            EXPECT_TRUE(entry.IsChecked(IDC_CHILDREN_ONLY));
+            entry.Click(IDC_ALLOW_DELETE);
+            entry.Click(IDC_ENTRY_OK);
+        });
+        window.DoubleClickRow(IDC_ACCESS_LIST, 0);
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI(A;CINP;0x110005;;;BU)");
+}
+
 TEST_F(SecuritySheet, ListsWithoutEntriesCanOnlyBeAddedTo) {
     Give(folder.Path("data"), "D:P");
     const auto expectEmpty = [](WindowDriver& window) {

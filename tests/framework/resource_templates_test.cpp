@@ -154,6 +154,27 @@ TEST(Pictures, APaletteGivesTheColours) {
     EXPECT_THAT(picture->pixels, ::testing::ElementsAre(1, 2, 3, 0xFF, 4, 5, 6, 0xFF, 0, 0, 0, 0xFF));
 }
 
+TEST(Pictures, ANegativeHeightTellsThatTheFirstRowIsOnTop) {
+    for (const bool isTopDown : {false, true}) {
+        Bytes bytes;
+        bytes.U32(40)
+            .U32(1)
+            .U32(isTopDown ? 0xFFFFFFFE : 2)
+            .U16(1)
+            .U16(32)
+            .U32(0)
+            .U32(0)
+            .U32(0)
+            .U32(0)
+            .U32(0)
+            .U32(0);
+        bytes.U32(0x04030201).U32(0x08070605);
+        const auto picture = DecodePicture(bytes.Span(), PictureKind::kBitmap);
+        ASSERT_TRUE(picture);
+        EXPECT_EQ(picture->pixels[0], isTopDown ? 1 : 5);
+    }
+}
+
 TEST(Pictures, AMaskMakesPixelsClear) {
     Bytes bytes;
     bytes.U32(40).U32(2).U32(2).U16(1).U16(24).U32(0).U32(0).U32(0).U32(0).U32(0).U32(0);

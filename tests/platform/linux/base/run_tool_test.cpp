@@ -9,6 +9,8 @@
 #include <cstdlib>
 
 #include "platform/linux/base/unique_fd.h"
+#include "tests/support/command.h"
+#include "tests/support/temporary_folder.h"
 
 namespace permora::host {
 namespace {
@@ -83,6 +85,20 @@ TEST(RunToolTest, ReportsEveryWayToFailAndStoresNothing) {
         EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
         EXPECT_EQ(errno, ECHILD);
     }
+}
+
+TEST(RunToolTest, EndsWhatTheToolHasStarted) {
+    const test::TemporaryFolder folder;
+    const std::string file = folder.Path("id");
+    std::string output;
+    EXPECT_EQ(RunTool("sh", {"-c", "sleep 100 & echo $! > " + file + "; wait"}, {std::chrono::seconds(1), 4},
+                      output),
+              ERROR_TIMEOUT);
+    const std::string started = "/proc/" + std::to_string(std::stoi(test::ReadWholeFile(file))) + "/cmdline";
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!test::ReadWholeFile(started).empty() && std::chrono::steady_clock::now() < deadline)
+        usleep(1000);
+    EXPECT_EQ(test::ReadWholeFile(started), "");
 }
 
 TEST(RunToolTest, TakesOutputUpToTheLimit) {

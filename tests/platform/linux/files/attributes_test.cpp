@@ -8,7 +8,9 @@
 #include <array>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "platform/linux/files/dos_attribute.h"
 #include "tests/platform/linux/files/files_fixture.h"
 #include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
@@ -78,6 +80,13 @@ TEST_F(Attributes, AreSetAsAWholeAndOnlyThoseThatCanBeSet) {
     EXPECT_EQ(GetFileAttributesA("file"), FILE_ATTRIBUTE_READONLY);
     EXPECT_TRUE(SetFileAttributesA("file", FILE_ATTRIBUTE_ARCHIVE));
     EXPECT_EQ(GetFileAttributesA("file"), FILE_ATTRIBUTE_ARCHIVE);
+
+    // What cannot be set stays, here that the file is sparse.
+    ASSERT_EQ(setxattr(file.c_str(), "user.DOSATTRIB", "0x220", 5, 0), 0);
+    EXPECT_TRUE(SetFileAttributesA("file", FILE_ATTRIBUTE_HIDDEN));
+    std::vector<std::uint8_t> stored(64);
+    EXPECT_GT(getxattr(file.c_str(), "user.DOSATTRIB", stored.data(), stored.size()), 0);
+    EXPECT_EQ(DosAttribute::FromBytes(stored).value_or(DosAttribute()).attributes, 0x202U);
 }
 
 TEST_F(Attributes, WhatCannotHoldThemSaysSo) {
