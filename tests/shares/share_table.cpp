@@ -15,9 +15,8 @@ NET_API_STATUS __real_NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, L
 
 NET_API_STATUS __wrap_NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE record,
                                       LPDWORD wrongField) {
-    using permora::testing::setInfoError;
-    return setInfoError != NERR_Success ? setInfoError
-                                        : __real_NetShareSetInfo(server, name, level, record, wrongField);
+    if (const auto answer = permora::testing::setInfoAnswer) return *answer;
+    return __real_NetShareSetInfo(server, name, level, record, wrongField);
 }
 
 }  // extern "C"

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 #include "platform/api/shares.h"
@@ -11,8 +12,8 @@
 
 namespace permora::testing {
 
-// What the next changes of shares are answered with, in the place of making them; 0: they are made.
-inline NET_API_STATUS setInfoError = NERR_Success;
+// What changes of shares are answered with in the place of being made; nothing: they are made.
+inline std::optional<NET_API_STATUS> setInfoAnswer;
 
 class WithShareTable : public ::testing::Test {
   protected:
