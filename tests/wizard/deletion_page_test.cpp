@@ -225,11 +225,18 @@ TEST_P(WizardDeletionEnds, AtEveryMoment) {
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(Moments, WizardDeletionEnds,
+std::string NameOf(const ::testing::TestParamInfo<std::tuple<Moment, bool>>& tested) {
+    constexpr const char* kNames[] = {"Before", "InTheQuestion", "InAFile", "BetweenEntries", "After"};
+    const auto [moment, byCloseBox] = tested.param;
+    return std::string(kNames[static_cast<std::size_t>(moment)]) + (byCloseBox ? "ByCloseBox" : "ByCancel");
+}
+
+INSTANTIATE_TEST_SUITE_P(Wizard, WizardDeletionEnds,
                          ::testing::Combine(::testing::Values(Moment::kBefore, Moment::kQuestion,
                                                               Moment::kInAFile, Moment::kBetweenEntries,
                                                               Moment::kAfter),
-                                            ::testing::Bool()));
+                                            ::testing::Bool()),
+                         NameOf);
 
 // The desktop ends the program, which does not ask the sheet.
 TEST_F(WizardDeletionPage, TheProgramsEndWaitsForTheWorker) {
