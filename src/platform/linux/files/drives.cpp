@@ -197,10 +197,21 @@ std::optional<DriveRoot> FindDrive(char letter) {
 }
 
 DriveRoot DriveHolding(std::string_view hostPath) {
+    return DriveHolding(hostPath, ListDriveRoots());
+}
+
+std::vector<DriveRoot> ListDriveRoots() {
+    std::vector<DriveRoot> roots;
+    for (LetteredVolume& volume : CurrentVolumes())
+        roots.push_back(std::move(volume.drive));
+    return roots;
+}
+
+DriveRoot DriveHolding(std::string_view hostPath, const std::vector<DriveRoot>& roots) {
     DriveRoot best{kSystemDrive, "/"};
-    for (LetteredVolume& volume : CurrentVolumes()) {
-        const bool isLonger = volume.drive.hostRoot.size() > best.hostRoot.size();
-        if (isLonger && IsAtOrBelow(hostPath, volume.drive.hostRoot)) best = std::move(volume.drive);
+    for (const DriveRoot& root : roots) {
+        const bool isLonger = root.hostRoot.size() > best.hostRoot.size();
+        if (isLonger && IsAtOrBelow(hostPath, root.hostRoot)) best = root;
     }
     return best;
 }

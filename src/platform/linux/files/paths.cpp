@@ -181,13 +181,17 @@ DWORD OpenObject(const char* path, ObjectHandle& object) {
 }
 
 std::string PathFromHost(std::string_view hostPath) {
+    return PathFromHost(hostPath, ListDriveRoots());
+}
+
+std::string PathFromHost(std::string_view hostPath, const std::vector<DriveRoot>& roots) {
     std::vector<std::string_view> components = ComponentsOf(hostPath);
     std::string normalised;
     for (const std::string_view component : components) {
         normalised += '/';
         normalised += component;
     }
-    const DriveRoot drive = DriveHolding(normalised);
+    const DriveRoot drive = DriveHolding(normalised, roots);
     if (drive.hostRoot != "/") {
         components.erase(components.begin(),
                          components.begin() + std::count(drive.hostRoot.begin(), drive.hostRoot.end(), '/'));

@@ -3,7 +3,9 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "platform/linux/files/drives.h"
 #include "platform/linux/files/object_handle.h"
 
 namespace permora::host {
@@ -38,5 +40,7 @@ DWORD OpenObject(const char* path, ObjectHandle& object);
 // The path with drive letter of an absolute host path ("/mnt/usb/a" is "D:\a" when the volume at /mnt/usb is
 // D:). Text only: "." and ".." are worked off, and repeated and trailing slashes dropped.
 std::string PathFromHost(std::string_view hostPath);
+// The same for many paths, with the drives of ListDriveRoots.
+std::string PathFromHost(std::string_view hostPath, const std::vector<DriveRoot>& roots);
 
 }  // namespace permora::host

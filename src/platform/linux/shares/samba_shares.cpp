@@ -163,8 +163,9 @@ DWORD SambaShares::List(std::vector<Share>& shares) const {
     }
     const Share interProcess = InterProcessShare();
     if (FindSection(sections, interProcess.name) == nullptr) found.push_back(interProcess);
+    const std::vector<DriveRoot> drives = ListDriveRoots();
     for (Share& share : found)
-        share.path = share.path.starts_with('/') ? PathFromHost(share.path) : std::string();
+        share.path = share.path.starts_with('/') ? PathFromHost(share.path, drives) : std::string();
     shares = std::move(found);
     return ERROR_SUCCESS;
 }
