@@ -13,11 +13,11 @@ namespace permora::host {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r";
+constexpr std::string_view kOuterBlanks = " \t\r";
 
-std::string_view Trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+std::string_view WithoutOuterBlanks(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kOuterBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kOuterBlanks) + 1);
 }
 
 std::string_view TakeLine(std::string_view& text) {
@@ -95,18 +95,18 @@ std::vector<SambaSection> ParseSambaSections(std::string_view text) {
         }
         const std::size_t sign = line.find('=');
         if (!counts || sign == line.npos) continue;
-        sections.back().parameters.emplace_back(InLowerCase(Trimmed(line.substr(0, sign))),
-                                                Trimmed(line.substr(sign + 1)));
+        sections.back().parameters.emplace_back(InLowerCase(WithoutOuterBlanks(line.substr(0, sign))),
+                                                WithoutOuterBlanks(line.substr(sign + 1)));
     }
     return sections;
 }
 
 bool HasSection(std::string_view fileText, std::string_view share) {
     while (!fileText.empty()) {
-        const std::string_view line = Trimmed(TakeLine(fileText));
+        const std::string_view line = WithoutOuterBlanks(TakeLine(fileText));
         if (!line.starts_with('[')) continue;
         const std::string_view name = line.substr(1, line.find(']') - 1);
-        if (IsSameShare(Trimmed(name), share)) return true;
+        if (IsSameShare(WithoutOuterBlanks(name), share)) return true;
     }
     return false;
 }

@@ -20,14 +20,14 @@ namespace {
 constexpr const char* kConfiguration = "/etc/samba/smb.conf";
 
 // Room and time for some ten thousand shares.
-constexpr ToolLimits kLimits = {std::chrono::seconds(60), std::size_t{64} << 20};
+constexpr ToolLimits kSambaToolLimits = {std::chrono::seconds(60), std::size_t{64} << 20};
 
-constexpr std::uint32_t kAllParts = 15;
+constexpr std::uint32_t kWholeDescriptor = 15;
 
 }  // namespace
 
 DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer) {
-    const DWORD error = RunTool(tool, arguments, kLimits, answer);
+    const DWORD error = RunTool(tool, arguments, kSambaToolLimits, answer);
     if (error == ERROR_FILE_NOT_FOUND) return ERROR_SERVICE_DEPENDENCY_DELETED;
     if (error != ERROR_OPERATION_ABORTED) return error;
     return geteuid() == 0 ? NERR_InternalError : ERROR_ACCESS_DENIED;
@@ -88,7 +88,7 @@ DWORD WriteSambaDescriptor(const std::string& share, const std::vector<std::uint
     if (!value) return ERROR_INVALID_SECURITY_DESCR;
     if (value->daclState == nt::DaclState::kNull) value->daclState = nt::DaclState::kAbsent;
     // The words of the grammar are not used: some versions take "FA" for fewer rights than it means.
-    const auto text = nt::ToSddl(*value, kAllParts, nt::SddlWords::kNumbers);
+    const auto text = nt::ToSddl(*value, kWholeDescriptor, nt::SddlWords::kNumbers);
     if (!text) return ERROR_NOT_SUPPORTED;
     return TellSambaTool("sharesec", {"--setsddl=" + *text, "--", share});
 }

@@ -23,7 +23,7 @@ std::size_t RecordBytes(DWORD level) {
 }
 
 // What a record points to.
-struct Parts {
+struct RecordParts {
     std::array<std::u16string, 3> texts;  // name, remark, path
     std::span<const std::uint8_t> descriptor;
 
@@ -38,8 +38,8 @@ struct Parts {
     }
 };
 
-Parts PartsOf(const Share& share, DWORD level) {
-    Parts parts{{ToWide(share.name), ToWide(share.remark), ToWide(level == 1 ? "" : share.path)}, {}};
+RecordParts RecordPartsOf(const Share& share, DWORD level) {
+    RecordParts parts{{ToWide(share.name), ToWide(share.remark), ToWide(level == 1 ? "" : share.path)}, {}};
     if (level == 502) parts.descriptor = share.descriptor;
     return parts;
 }
@@ -58,11 +58,11 @@ bool IsShareLevel(DWORD level) {
 }
 
 LPBYTE MakeShareRecords(std::span<const Share> shares, DWORD level, std::size_t limit, std::size_t& count) {
-    std::vector<Parts> chosen;
+    std::vector<RecordParts> chosen;
     std::size_t total = 0;
     std::size_t descriptors = 0;
     for (const Share& share : shares) {
-        Parts parts = PartsOf(share, level);
+        RecordParts parts = RecordPartsOf(share, level);
         const std::size_t bytes = RecordBytes(level) + parts.DescriptorBytes() + parts.TextBytes();
         if (!chosen.empty() && total + bytes > limit) break;
         total += bytes;

@@ -23,10 +23,10 @@ RegistryStore MachineStore() {
 
 // --- The texts of one share: "Name=value" each.
 
-using Texts = std::vector<std::string>;
+using Fields = std::vector<std::string>;
 
-Texts SplitTexts(const std::vector<std::uint8_t>& data) {
-    Texts texts;
+Fields SplitTexts(const std::vector<std::uint8_t>& data) {
+    Fields texts;
     std::string_view rest(reinterpret_cast<const char*>(data.data()), data.size());
     while (!rest.empty() && rest.front() != '\0') {
         texts.emplace_back(rest.substr(0, rest.find('\0')));
@@ -35,7 +35,7 @@ Texts SplitTexts(const std::vector<std::uint8_t>& data) {
     return texts;
 }
 
-std::vector<std::uint8_t> JoinTexts(const Texts& texts) {
+std::vector<std::uint8_t> JoinTexts(const Fields& texts) {
     std::vector<std::uint8_t> data;
     for (const std::string& text : texts)
         data.insert(data.end(), text.c_str(), text.c_str() + text.size() + 1);
@@ -43,20 +43,20 @@ std::vector<std::uint8_t> JoinTexts(const Texts& texts) {
     return data;
 }
 
-std::string* FindText(Texts& texts, std::string_view field) {
+std::string* FindText(Fields& texts, std::string_view field) {
     const auto found = std::find_if(texts.begin(), texts.end(), [field](std::string_view text) {
         return text.starts_with(field) && text.substr(field.size()).starts_with('=');
     });
     return found != texts.end() ? &*found : nullptr;
 }
 
-std::optional<std::string> TextOf(Texts& texts, std::string_view field) {
+std::optional<std::string> FieldOf(Fields& texts, std::string_view field) {
     const std::string* text = FindText(texts, field);
     if (text == nullptr) return std::nullopt;
     return text->substr(field.size() + 1);
 }
 
-void SetText(Texts& texts, std::string_view field, std::string_view value) {
+void SetText(Fields& texts, std::string_view field, std::string_view value) {
     std::string text(field);
     text.append("=").append(value);
     if (std::string* old = FindText(texts, field); old != nullptr) {
@@ -67,8 +67,8 @@ void SetText(Texts& texts, std::string_view field, std::string_view value) {
 }
 
 // A field that is missing keeps what `number` has.
-bool ReadNumber(Texts& texts, std::string_view field, DWORD& number) {
-    const std::optional<std::string> text = TextOf(texts, field);
+bool ReadNumber(Fields& texts, std::string_view field, DWORD& number) {
+    const std::optional<std::string> text = FieldOf(texts, field);
     if (!text) return true;
     const char* end = text->data() + text->size();
     const auto [stop, error] = std::from_chars(text->data(), end, number);
@@ -81,15 +81,15 @@ std::optional<Share> ShareOf(const RegistryValue& value) {
     if (value.type != REG_MULTI_SZ) return std::nullopt;
     Share share;
     share.name = value.name;
-    Texts texts = SplitTexts(value.data);
+    Fields texts = SplitTexts(value.data);
     const bool areNumbers = ReadNumber(texts, "Type", share.type) &&
                             ReadNumber(texts, "Permissions", share.permissions) &&
                             ReadNumber(texts, "MaxUses", share.maxUses);
-    std::optional<std::string> path = TextOf(texts, "Path");
+    std::optional<std::string> path = FieldOf(texts, "Path");
     const bool isFolder = (share.type & ~STYPE_SPECIAL) == STYPE_DISKTREE;
     if (!areNumbers || (isFolder && !path)) return std::nullopt;
     share.path = std::move(path).value_or("");
-    share.remark = TextOf(texts, "Remark").value_or("");
+    share.remark = FieldOf(texts, "Remark").value_or("");
     return share;
 }
 
@@ -118,7 +118,7 @@ std::optional<std::string> FindKeptName(const RegistryDocument& document, std::s
 DWORD ChangeTexts(RegistryDocument& document, const std::string& name, const ShareChange& change) {
     RegistryValue value;
     if (document.FindValue(kSharesKey, name, value) != RegistryDocument::Lookup::kFound) return ERROR_BADDB;
-    Texts texts = SplitTexts(value.data);
+    Fields texts = SplitTexts(value.data);
     if (change.remark) SetText(texts, "Remark", *change.remark);
     if (change.maxUses) SetText(texts, "MaxUses", std::to_string(*change.maxUses));
     value.data = JoinTexts(texts);
@@ -171,12 +171,12 @@ DWORD ShareTable::Change(std::string_view name, const ShareChange& change) const
 DWORD ShareTable::Add(const Share& share) const {
     return MachineStore().Change([&share](RegistryDocument& document) -> DWORD {
         if (FindKeptName(document, share.name)) return NERR_DuplicateShare;
-        const Texts texts = {"CSCFlags=0",
-                             "MaxUses=" + std::to_string(share.maxUses),
-                             "Path=" + share.path,
-                             "Permissions=" + std::to_string(share.permissions),
-                             "Remark=" + share.remark,
-                             "Type=" + std::to_string(share.type)};
+        const Fields texts = {"CSCFlags=0",
+                              "MaxUses=" + std::to_string(share.maxUses),
+                              "Path=" + share.path,
+                              "Permissions=" + std::to_string(share.permissions),
+                              "Remark=" + share.remark,
+                              "Type=" + std::to_string(share.type)};
         document.SetValue(kSharesKey, {share.name, REG_MULTI_SZ, JoinTexts(texts)});
         // One that an earlier share of this name has left behind would count for this one.
         document.RemoveValue(kSecurityKey, share.name);
