@@ -123,7 +123,9 @@ FileQuestionTexts FailureTexts(const FileOperationQuestion& question) {
     FileQuestionTexts texts;
     texts.text = Quoted(question.source.path) + " could not be " + WordsOf(question.operation).past + '.';
     texts.more = SystemText(question.error) + "\n\n" + question.source.path;
-    texts.choices = {{"&Try Again", FileOperationAnswer::kRetry, FileOperationAnswer::kRetry}, Skip()};
+    if (question.mayRetry)
+        texts.choices.push_back({"&Try Again", FileOperationAnswer::kRetry, FileOperationAnswer::kRetry});
+    texts.choices.push_back(Skip());
     texts.forAll = "Skip &all that fails for the same reason";
     texts.isWarning = true;
     return texts;

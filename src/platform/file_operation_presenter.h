@@ -44,7 +44,8 @@ enum class FileOperationQuestionKind {
     // Whether `source` shall be copied without some of its attributes or named streams, which the volume of
     // `target` cannot hold: `error` says why. Yes or no, each for all, cancel.
     kPropertyLoss,
-    // `source` could not be worked on: `error` says why. Retry, no (pass it over), no for all, cancel.
+    // `source` could not be worked on: `error` says why. Retry when `mayRetry` is set, no (pass it over), no
+    // for all, cancel.
     kFailure,
     // The folder `source` would be copied or moved into itself, by way of `target`. No (pass it over),
     // cancel.
@@ -63,8 +64,9 @@ struct FileOperationQuestion {
     FileOperationKind operation = FileOperationKind::kCopy;
     FileOperationObject source;
     FileOperationObject target;
-    DWORD error = 0;      // of kFailure and kPropertyLoss
-    DWORD itemCount = 0;  // of kTrash
+    DWORD error = 0;       // of kFailure and kPropertyLoss
+    bool mayRetry = true;  // of kFailure
+    DWORD itemCount = 0;   // of kTrash
 };
 
 // An answer "for all" holds for the further questions of that kind in the operation; the failures of one

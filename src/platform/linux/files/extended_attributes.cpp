@@ -2,6 +2,7 @@
 #include "platform/linux/files/descriptor_path.h"
 
 #include <fcntl.h>
+#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
 #include <sys/xattr.h>
@@ -121,6 +122,11 @@ int ListExtendedAttributes(const ObjectHandle& object, std::vector<std::string>&
 
 int AskExtendedAttribute(const ObjectHandle& object, const char* name) {
     return getxattr(DescriptorPath(object.Descriptor()).Text(), name, nullptr, 0) >= 0 ? 0 : errno;
+}
+
+bool HasRoom(const ObjectHandle& object) {
+    struct statvfs volume {};
+    return fstatvfs(object.Descriptor(), &volume) == 0 && volume.f_bavail > 0;
 }
 
 int WriteExtendedAttribute(const ObjectHandle& object, const char* name,

@@ -33,6 +33,10 @@ int ListExtendedAttributes(const ObjectHandle& object, std::vector<std::string>&
 // The texts of such a list, in which each ends with a NUL.
 std::vector<std::string> SplitAttributeList(std::span<const std::uint8_t> list);
 
+// Whether the volume has room left. Then ENOSPC from below says that the attribute alone is too large: file
+// systems with little room beside an object (ext4 has one block) call that a full disk.
+bool HasRoom(const ObjectHandle& object);
+
 // Replaces the attribute in one call; the object holds either the old value or the new one. Returns 0 or an
 // errno.
 int WriteExtendedAttribute(const ObjectHandle& object, const char* name, std::span<const std::uint8_t> value);

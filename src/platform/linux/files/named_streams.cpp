@@ -93,6 +93,29 @@ DWORD ListStreams(const ObjectHandle& file, std::vector<std::string>& names, Str
     return ERROR_SUCCESS;
 }
 
+bool IsStreamName(std::string_view stream) {
+    return !stream.empty() && stream.find_first_of(std::string_view("/:\0", 3)) == stream.npos;
+}
+
+int OpenStreamFile(const FileInFolder& place, const std::string& stream, int flags, UniqueFd& opened) {
+    if (!IsStreamName(stream)) return EINVAL;
+    // Never waiting for what is no stream.
+    if ((flags & O_PATH) == 0) flags |= O_NONBLOCK;
+    const mode_t mode = (flags & O_CREAT) != 0 ? S_IRUSR | S_IWUSR : 0;
+    UniqueFd found;
+    const int problem =
+        OpenUnmountedEntry(place.folder, (place.hostName + ":" + stream).c_str(), flags, found, mode);
+    if (problem != 0) return problem;
+    struct stat status {};
+    if (fstat(found.Get(), &status) != 0) return errno;
+    // A stream has the number of its file.
+    const struct stat& file = place.file.Status();
+    if (!S_ISREG(status.st_mode) || status.st_dev != file.st_dev || status.st_ino != file.st_ino)
+        return ESTALE;
+    opened = std::move(found);
+    return 0;
+}
+
 DWORD OpenStream(const FileInFolder& place, const std::string& stream,
                  std::shared_ptr<OverwrittenFile>& opened) {
     std::vector<std::string> names;
@@ -102,14 +125,10 @@ DWORD OpenStream(const FileInFolder& place, const std::string& stream,
     if (access == StreamAccess::kAttributes) return OpenStreamAttribute(place.file, stream, opened);
     UniqueFd found;
     ObjectHandle object;
-    const int problem =
-        OpenUnmountedEntry(place.folder, (place.hostName + ":" + stream).c_str(), O_PATH, found);
-    if (problem != 0) return ErrorFromErrno(problem);
+    const int problem = OpenStreamFile(place, stream, O_PATH, found);
+    if (problem != 0) return problem == EINVAL ? ERROR_INVALID_NAME : ErrorFromErrno(problem);
     if (const DWORD error = ObjectHandle::Adopt(std::move(found), object); error != ERROR_SUCCESS)
         return error;
-    if (!S_ISREG(object.Status().st_mode)) return ERROR_ACCESS_DENIED;
-    // A stream has the number of its file.
-    if (object.Status().st_ino != place.file.Status().st_ino) return ERROR_FILE_INVALID;
     return OpenAlone(object, opened);
 }
 

@@ -34,6 +34,13 @@ struct FileInFolder {
     const ObjectHandle& file;
 };
 
+// Whether a stream can have this name. Others would lead elsewhere as a part of "FILE:STREAM".
+bool IsStreamName(std::string_view stream);
+
+// Opens the stream of a file where streams are files. `flags` are those of open(2); O_CREAT makes it. 0 or an
+// errno value: EINVAL for what is no stream's name, ESTALE when the name leads to something else.
+int OpenStreamFile(const FileInFolder& place, const std::string& stream, int flags, UniqueFd& opened);
+
 // Opens a stream to be overwritten. ERROR_FILE_NOT_FOUND when there is none, ERROR_FILE_INVALID when the name
 // leads to another file by now. Streams that are attributes are replaced whole, when all of one
 // was written and is flushed, are on the disk when the file itself is flushed, and can have 64 KiB at most

@@ -7,6 +7,8 @@
 
 #include <cerrno>
 
+#include "platform/linux/base/unique_fd.h"
+
 namespace permora::host {
 namespace {
 
@@ -17,11 +19,33 @@ int RenameFolder(int folder, const char* hostName, int newFolder, const char* ne
     return renameat(folder, hostName, newFolder, newName) == 0 ? 0 : errno;
 }
 
-int LinkAndUnlink(int folder, const char* hostName, int newFolder, const char* newName) {
-    if (linkat(folder, hostName, newFolder, newName, 0) != 0) return errno;
-    if (unlinkat(folder, hostName, 0) == 0) return 0;
+bool IsOneObject(int folder, const char* hostName, int newFolder, const char* newName) {
+    struct stat one {};
+    struct stat other {};
+    return fstatat(folder, hostName, &one, AT_SYMLINK_NOFOLLOW) == 0 &&
+           fstatat(newFolder, newName, &other, AT_SYMLINK_NOFOLLOW) == 0 && one.st_dev == other.st_dev &&
+           one.st_ino == other.st_ino;
+}
+
+// Renames over a file that was made to keep the name free.
+int RenameOverOwn(int folder, const char* hostName, int newFolder, const char* newName) {
+    const UniqueFd own(openat(newFolder, newName, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0));
+    if (!own) return errno;
+    if (renameat(folder, hostName, newFolder, newName) == 0) return 0;
     const int problem = errno;
     unlinkat(newFolder, newName, 0);
+    return problem;
+}
+
+int LinkAndUnlink(int folder, const char* hostName, int newFolder, const char* newName) {
+    if (linkat(folder, hostName, newFolder, newName, 0) != 0) {
+        const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP || errno == EMLINK;
+        return hasNoLinks ? RenameOverOwn(folder, hostName, newFolder, newName) : errno;
+    }
+    // A program that saves its file by renaming may have put another one there.
+    int problem = IsOneObject(folder, hostName, newFolder, newName) ? 0 : ESTALE;
+    if (problem == 0 && unlinkat(folder, hostName, 0) != 0) problem = errno;
+    if (problem != 0) unlinkat(newFolder, newName, 0);
     return problem;
 }
 

@@ -10,9 +10,10 @@
 
 namespace permora::host {
 
-int OpenUnmountedEntry(int folder, const char* hostName, int flags, UniqueFd& opened) {
+int OpenUnmountedEntry(int folder, const char* hostName, int flags, UniqueFd& opened, mode_t mode) {
     open_how how{};
     how.flags = static_cast<unsigned>(flags | O_NOFOLLOW | O_CLOEXEC);
+    how.mode = mode;
     how.resolve = RESOLVE_NO_XDEV;
     const long descriptor = syscall(SYS_openat2, folder, hostName, &how, sizeof how);
     if (descriptor < 0) return errno;

@@ -3,7 +3,6 @@
 #include <linux/magic.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
-#include <sys/statvfs.h>
 
 #include <cerrno>
 #include <optional>
@@ -41,20 +40,14 @@ nt::SecurityDescriptor MadeFromMode(const ObjectHandle& object) {
                               SidForGroup(status.st_gid));
 }
 
-// File systems with little room beside an object (ext4 has one block) say that the disk is full when the
-// attribute alone is too large.
 DWORD WriteError(const ObjectHandle& object, int problem) {
-    if (problem == E2BIG || problem == ERANGE) return ERROR_ALLOTTED_SPACE_EXCEEDED;
-    struct statvfs volume {};
-    if (problem == ENOSPC && fstatvfs(object.Descriptor(), &volume) == 0 && volume.f_bavail > 0) {
-        return ERROR_ALLOTTED_SPACE_EXCEEDED;
-    }
-    return ErrorFromErrno(problem);
+    const bool isTooLarge = problem == E2BIG || problem == ERANGE || (problem == ENOSPC && HasRoom(object));
+    return isTooLarge ? ERROR_ALLOTTED_SPACE_EXCEEDED : ErrorFromErrno(problem);
 }
 
-// File systems that keep their own attributes and cannot be NTFS by another way. The kernel tells the type of
-// a file system at once, where asking for an attribute takes as long as reading one.
-bool IsSurelyNotNtfs(const ObjectHandle& object) {
+}  // namespace
+
+bool IsOnLinuxVolume(const ObjectHandle& object) {
     struct statfs volume {};
     if (fstatfs(object.Descriptor(), &volume) != 0) return false;
     switch (volume.f_type) {
@@ -67,8 +60,6 @@ bool IsSurelyNotNtfs(const ObjectHandle& object) {
             return false;
     }
 }
-
-}  // namespace
 
 DescriptorStoreKind DescriptorStore::KindFor(const ObjectHandle& object) {
     if (!kind) kind = StoreKindOf(object);
@@ -96,7 +87,7 @@ bool DescriptorStore::HasHostOwners(const ObjectHandle& object) {
 // Whether the volume is NTFS; `stored` then holds the object's attribute, or `problem` says why not.
 bool DescriptorStore::ReadNtfs(const ObjectHandle& object, int& problem) {
     if (!kind) {
-        if (IsSurelyNotNtfs(object)) return false;
+        if (IsOnLinuxVolume(object)) return false;
         // Each question to ntfs-3g is a round trip to another process, so the question is the read itself.
         problem = ReadExtendedAttribute(object, kNtfs3gAttribute, stored);
         if (problem == 0) {

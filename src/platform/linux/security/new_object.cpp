@@ -74,6 +74,8 @@ DWORD NewObjectSecurity::MakeFolder(const ObjectHandle& folder, const std::strin
     // Something else may have taken its place by now: then it is not ours to change, nor to remove.
     if (problem != 0) return ErrorFromErrno(problem);
     DWORD error = ObjectHandle::Adopt(std::move(opened), object);
+    const bool isOthers = IsOnLinuxVolume(object) && object.Status().st_uid != geteuid();
+    if (error == ERROR_SUCCESS && isOthers) return ERROR_FILE_INVALID;
     if (error == ERROR_SUCCESS) error = Give(object);
     if (error != ERROR_SUCCESS) {
         unlinkat(folder.Descriptor(), hostName.c_str(), AT_REMOVEDIR);

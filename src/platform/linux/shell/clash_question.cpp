@@ -17,7 +17,8 @@ bool MayTouch(FileOperationObject source, const ObjectHandle& object, OperationT
 
 ClashAnswer AskAboutClash(const WalkedItem& item, const TargetFolder& target, const Clash& clash,
                           OperationTalk& talk, DWORD& error) {
-    if (item.object.IsFolder() != clash.object.IsFolder()) {
+    // What was put there just now must not go again, whatever was answered for all.
+    if (item.object.IsFolder() != clash.object.IsFolder() || target.HasTaken(clash.object)) {
         error = ERROR_ALREADY_EXISTS;
         return ClashAnswer::kFail;
     }

@@ -13,7 +13,8 @@ bool MayTouch(FileOperationObject source, const ObjectHandle& object, OperationT
 enum class ClashAnswer { kGoOn, kPassOver, kFail };
 
 // Whether `item` may take the place of, or as a folder go into, what `clash` found in `target`.
-// ClashAnswer::kFail, with `error` set, when a file and a folder meet.
+// ClashAnswer::kFail, with `error` set, when a file and a folder meet, or when this operation put there what
+// it found.
 ClashAnswer AskAboutClash(const WalkedItem& item, const TargetFolder& target, const Clash& clash,
                           OperationTalk& talk, DWORD& error);
 

@@ -121,7 +121,7 @@ DWORD ContentsCopier::CopyRange(int source, int target, off_t start, std::option
         if (copied < 0 && !IsNoWay(errno)) return ErrorFromErrno(errno);
         if (copied < 0) mayCopyInKernel = false;
         // The files of some virtual file systems have contents only for those who read them.
-        if (copied == 0 && from == 0) break;
+        if (copied == 0 && from == start) break;
         if (copied == 0) return ERROR_SUCCESS;
         if (copied < 0) continue;
         const DWORD error = Advance(copied);

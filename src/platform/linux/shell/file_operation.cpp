@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <stdio.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <memory>
@@ -43,6 +44,14 @@ bool LiesIn(const ObjectHandle& folder, const ObjectHandle& above) {
         current = std::move(parent);
     }
     return true;
+}
+
+// Writes all that the volume of a folder has got, and tells what could not be written.
+DWORD SyncVolume(const ObjectHandle& folder) {
+    UniqueFd opened;
+    const DWORD error = folder.OpenForListing(opened);
+    if (error != ERROR_SUCCESS) return error;
+    return syncfs(opened.Get()) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
 }
 
 // What is mounted on a name cannot be taken away from there.
@@ -112,7 +121,8 @@ class OperationRun {
     const FileOperationRequest& request;
     OperationTalk& talk;
     ItemFinder finder;
-    std::optional<Trash> trash;  // that of the last item
+    std::vector<MountEntry> mounts;  // at the beginning of a deletion
+    std::optional<Trash> trash;      // that of the last item
     bool isTrashConfirmed = false;
 };
 
@@ -177,6 +187,7 @@ void OperationRun::MoveItem(const FoundItem& item, TargetFolder& target, TreeCop
     copy.Copy(AsWalked(item), item.hostName, &copied);
     // All of it is there, or all of it stays here.
     if (talk.IsCancelled() || talk.PassedOver() != passedOverBefore) return;
+    if (!Try(target.ShownPath(), [&] { return SyncVolume(target.Handle()); })) return;
     const ULONGLONG itemsDone = talk.progress.itemsDone;
     TreeRemoval removal(talk, copied);
     WalkItem(AsWalked(item), talk, removal);
@@ -231,6 +242,7 @@ void OperationRun::DeleteAll() {
     } else {
         talk.totals.AddTrees(request.sources);
     }
+    mounts = ParseMountTable(ReadMountTable());
     for (const std::string& path : request.sources) {
         FoundItem item;
         if (!talk.GoesOn()) return;
@@ -239,7 +251,7 @@ void OperationRun::DeleteAll() {
 }
 
 bool OperationRun::FindTrash(const FoundItem& item) {
-    if (!request.usesTrash || HoldsMount(item)) return false;
+    if (!request.usesTrash || HoldsMount(item, mounts)) return false;
     if (trash && trash->Serves(*item.folder)) return true;
     Trash found;
     if (Trash::For(*item.folder, found) != ERROR_SUCCESS) return false;

@@ -24,7 +24,7 @@ std::string JoinShownPath(std::string_view folder, std::string_view shownName);
 struct FoundItem {
     std::shared_ptr<const HeldFolder> folder;
     std::string hostName;
-    ObjectHandle object;  // the item itself, also where something is mounted on it
+    ObjectHandle object;  // the item itself, or what is mounted on it
 
     std::string ShownPath() const;
 };

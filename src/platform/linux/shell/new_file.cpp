@@ -36,6 +36,12 @@ std::string TemporaryName() {
     return name.data();
 }
 
+DWORD FinishWriting(const ObjectHandle& file) {
+    const int copy = fcntl(file.Descriptor(), F_DUPFD_CLOEXEC, 0);
+    if (copy < 0) return ErrorFromErrno(errno);
+    return close(copy) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
 NewFile::~NewFile() {
     if (isPublished || nameNow.empty()) return;
     // Only what is still ours.
@@ -93,7 +99,8 @@ DWORD NewFile::TakeName(const std::string& name) {
 
 DWORD NewFile::Publish() {
     const int folder = target->Descriptor();
-    DWORD error = ERROR_SUCCESS;
+    DWORD error = target->Volume().hasNamelessFiles ? ERROR_SUCCESS : FinishWriting(object);
+    if (error != ERROR_SUCCESS) return error;
     if (newPlace == NewFilePlace::kFree) {
         if (nameNow.empty()) {
             error = TakeName(finalName);
@@ -110,7 +117,7 @@ DWORD NewFile::Publish() {
     if (error != ERROR_SUCCESS) return error;
     isPublished = true;
     nameNow = finalName;
-    target->Took(finalName);
+    target->Took(finalName, object);
     return ERROR_SUCCESS;
 }
 

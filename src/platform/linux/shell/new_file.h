@@ -46,6 +46,10 @@ class NewFile {
     bool isPublished = false;
 };
 
+// To be called when all is written: servers, and programs that serve a volume, may tell only when a file is
+// closed what did not get through. 0 or an error code.
+DWORD FinishWriting(const ObjectHandle& file);
+
 // A name for what is not whole yet.
 std::string TemporaryName();
 

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <linux/limits.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -16,7 +17,6 @@
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/extended_attributes.h"
 #include "platform/linux/files/named_streams.h"
-#include "platform/linux/files/unmounted_entry.h"
 
 namespace permora::host {
 namespace {
@@ -25,9 +25,9 @@ constexpr std::string_view kUserFamily = "user.";
 constexpr std::string_view kUserDescriptor = "user.permora.sd";
 
 // The volume refuses what it is given, rather than failing.
-bool IsLoss(int problem) {
-    return problem == ENOTSUP || problem == E2BIG || problem == ERANGE || problem == ENOSPC ||
-           problem == EPERM || problem == EACCES || problem == EINVAL || problem == ENAMETOOLONG;
+bool IsRefusal(int problem) {
+    return problem == ENOTSUP || problem == E2BIG || problem == ERANGE || problem == EPERM ||
+           problem == EACCES || problem == EINVAL || problem == ENAMETOOLONG;
 }
 
 class PropertyCopy {
@@ -44,27 +44,30 @@ class PropertyCopy {
     }
 
   private:
-    void Note(int problem) {
+    void Fail(int problem) { result.error = ErrorFromErrno(problem); }
+
+    // What writing to the copy came to.
+    void NoteWritten(int problem) {
+        const bool isTooLarge = problem == ENOSPC && HasRoom(copy.object);
         if (problem == 0) return;
-        if (!IsLoss(problem)) {
-            result.error = ErrorFromErrno(problem);
-        } else if (result.loss == ERROR_SUCCESS) {
-            // File systems with little room beside an object say that the disk is full.
-            result.loss = problem == ENOSPC ? ERROR_EAS_DIDNT_FIT : ErrorFromErrno(problem);
-        }
+        if (!isTooLarge && !IsRefusal(problem)) return Fail(problem);
+        if (result.loss == ERROR_SUCCESS)
+            result.loss = isTooLarge ? ERROR_EAS_DIDNT_FIT : ErrorFromErrno(problem);
     }
 
     void CopyExtendedAttributes() {
         std::vector<std::string> names;
         const int problem = ListExtendedAttributes(source.object, names);
-        if (problem != 0 && !IsAbsent(problem)) return Note(problem);
+        if (problem != 0 && !IsAbsent(problem)) return Fail(problem);
         for (const std::string& name : names) {
             if (name == kDosAttribute) hasDosAttribute = true;
             if (!name.starts_with(kUserFamily) || name == kDosAttribute || name == kUserDescriptor) continue;
             std::vector<std::uint8_t> value;
             const int readProblem = ReadExtendedAttribute(source.object, name.c_str(), value);
             if (readProblem == ENODATA) continue;  // it vanished
-            Note(readProblem != 0 ? readProblem : WriteValue(name.substr(kUserFamily.size()), value));
+            if (readProblem != 0) return Fail(readProblem);
+            NoteWritten(WriteValue(name.substr(kUserFamily.size()), value));
+            if (result.error != ERROR_SUCCESS) return;
         }
     }
 
@@ -81,43 +84,41 @@ class PropertyCopy {
     }
 
     int MakeStreamFile(const std::string& name, UniqueFd& stream) const {
-        const std::string place = copy.hostName + ":" + name;
-        stream.Reset(openat(copy.folder, place.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
-        if (!stream) return errno;
-        struct stat status {};
-        if (fstat(stream.Get(), &status) != 0) return errno;
-        // A stream has the number of its file.
-        return status.st_ino == copy.object.Status().st_ino ? 0 : ESTALE;
+        const int problem =
+            OpenStreamFile({copy.folder, copy.hostName, copy.object}, name, O_WRONLY | O_CREAT, stream);
+        if (problem != 0) return problem;
+        return ftruncate(stream.Get(), 0) == 0 ? 0 : errno;
     }
 
     void CopyStreamFiles() {
         std::vector<std::uint8_t> list;
         const int problem = ReadExtendedAttribute(source.object, kStreamListAttribute, list);
-        if (problem != 0) return Note(IsAbsent(problem) ? 0 : problem);
+        if (problem != 0 && !IsAbsent(problem)) Fail(problem);
+        if (problem != 0) return;
         for (const std::string& name : SplitAttributeList(list)) {
-            Note(CopyStreamFile(name));
+            CopyStreamFile(name);
             if (result.error != ERROR_SUCCESS) return;
         }
     }
 
-    int CopyStreamFile(const std::string& name) {
+    void CopyStreamFile(const std::string& name) {
+        if (!IsStreamName(name)) return NoteWritten(EINVAL);
         UniqueFd stream;
         struct stat status {};
-        const int problem =
-            OpenUnmountedEntry(source.folder, (source.hostName + ":" + name).c_str(), O_RDONLY, stream);
-        if (problem != 0) return problem;
-        if (fstat(stream.Get(), &status) != 0) return errno;
-        if (status.st_ino != source.object.Status().st_ino) return ESTALE;
+        int problem = OpenStreamFile({source.folder, source.hostName, source.object}, name, O_RDONLY, stream);
+        if (problem == 0 && fstat(stream.Get(), &status) != 0) problem = errno;
+        if (problem != 0) return Fail(problem);
         if (copy.volume.showsStreamsAsFiles) {
             UniqueFd made;
-            const int makeProblem = MakeStreamFile(name, made);
-            if (makeProblem == 0) result.error = contents.Copy(stream.Get(), status, made.Get());
-            return makeProblem;
+            problem = MakeStreamFile(name, made);
+            if (problem != 0) return NoteWritten(problem);
+            result.error = contents.Copy(stream.Get(), status, made.Get());
+            return;
         }
-        if (status.st_size > XATTR_SIZE_MAX) return E2BIG;
+        if (status.st_size > XATTR_SIZE_MAX) return NoteWritten(E2BIG);
         std::vector<std::uint8_t> value(static_cast<std::size_t>(status.st_size));
-        if (pread(stream.Get(), value.data(), value.size(), 0) != status.st_size) return EIO;
-        return WriteValue(name, value);
+        if (pread(stream.Get(), value.data(), value.size(), 0) != status.st_size) return Fail(EIO);
+        NoteWritten(WriteValue(name, value));
     }
 
     void CopyAttributes() {

@@ -89,6 +89,15 @@ OperationTalk::AfterFailure OperationTalk::Fails(FileOperationObject source, DWO
     return AfterFailure::kPassOver;
 }
 
+void OperationTalk::FailsForGood(FileOperationObject source, DWORD error) {
+    FileOperationQuestion question;
+    question.source = std::move(source);
+    question.error = error;
+    question.mayRetry = false;
+    Ask(std::move(question));
+    PassOver(error);
+}
+
 void OperationTalk::ComesIntoItself(FileOperationObject source, FileOperationObject target) {
     FileOperationQuestion question;
     question.kind = FileOperationQuestionKind::kFolderIntoItself;

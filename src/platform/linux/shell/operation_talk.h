@@ -38,6 +38,8 @@ class OperationTalk {
     enum class AfterFailure { kRetry, kPassOver };
     // Tells a failure.
     AfterFailure Fails(FileOperationObject source, DWORD error);
+    // Tells one that cannot be tried again: it is passed over.
+    void FailsForGood(FileOperationObject source, DWORD error);
     // Tells that a folder would come into itself, which nothing can mend.
     void ComesIntoItself(FileOperationObject source, FileOperationObject target);
 

@@ -28,16 +28,35 @@ class CountingVisitor : public TreeVisitor {
 
 OperationTotals::~OperationTotals() {
     isGivenUp = true;
-    for (std::thread& counter : counters)
-        counter.join();
+    if (counter.joinable()) counter.join();
 }
 
 void OperationTotals::AddTrees(std::vector<std::string> paths) {
     ++uncounted;
+    {
+        const std::lock_guard lock(guard);
+        waiting.push_back(std::move(paths));
+        if (std::exchange(isCounting, true)) return;
+    }
+    if (counter.joinable()) counter.join();
     try {
-        counters.emplace_back([this, trees = std::move(paths)] { Count(trees); });
+        counter = std::thread([this] { CountAll(); });
     } catch (const std::system_error&) {
         // Without a thread the totals stay unknown, and the work is done all the same.
+    }
+}
+
+void OperationTotals::CountAll() {
+    for (;;) {
+        std::vector<std::string> paths;
+        {
+            const std::lock_guard lock(guard);
+            isCounting = !waiting.empty();
+            if (!isCounting) return;
+            paths = std::move(waiting.front());
+            waiting.pop_front();
+        }
+        Count(paths);
     }
 }
 

@@ -3,6 +3,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,13 +28,17 @@ class OperationTotals {
 
   private:
     friend class CountingVisitor;
+    void CountAll();
     void Count(const std::vector<std::string>& paths);
 
     std::atomic<std::uint64_t> items = 0;
     std::atomic<std::uint64_t> bytes = 0;
     std::atomic<int> uncounted = 0;
     std::atomic<bool> isGivenUp = false;
-    std::vector<std::thread> counters;
+    std::mutex guard;
+    std::deque<std::vector<std::string>> waiting;
+    bool isCounting = false;
+    std::thread counter;
 };
 
 }  // namespace permora::host

@@ -39,7 +39,7 @@ class ItemWalk {
                 HandleEntry(entry.name);
             } else {
                 // The listing cannot be taken up again in the middle.
-                if (error != ERROR_SUCCESS) talk.Fails({.path = path, .isFolder = true}, error);
+                if (error != ERROR_SUCCESS) talk.FailsForGood({.path = path, .isFolder = true}, error);
                 LeaveFolder();
             }
         }
@@ -103,7 +103,8 @@ class ItemWalk {
         ObjectHandle object;
         const DWORD error = opened ? ObjectHandle::Adopt(std::move(opened), object) : ErrorFromErrno(errno);
         if (error != ERROR_SUCCESS) {
-            talk.Fails({.path = JoinShownPath(path, EncodeName(left->hostName)), .isFolder = true}, error);
+            talk.FailsForGood({.path = JoinShownPath(path, EncodeName(left->hostName)), .isFolder = true},
+                              error);
             talk.Cancel();
             return;
         }

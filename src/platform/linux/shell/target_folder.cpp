@@ -84,23 +84,25 @@ DWORD TargetFolder::LoadNames() {
 
 DWORD TargetFolder::FindClash(const std::string& hostName, std::optional<Clash>& clash) {
     clash.reset();
-    std::string standing = hostName;
-    if (volume->isNtfs) {
-        if (const DWORD error = LoadNames(); error != ERROR_SUCCESS) return error;
-        const auto known = names->find(WithoutCase(hostName));
-        if (known == names->end()) return ERROR_SUCCESS;
-        standing = known->second;
-    } else if (isNew) {
-        return ERROR_SUCCESS;
-    }
+    if (!volume->isNtfs) return isNew ? ERROR_SUCCESS : OpenClash(hostName, clash);
+    if (const DWORD error = LoadNames(); error != ERROR_SUCCESS) return error;
+    const auto known = names->find(WithoutCase(hostName));
+    if (known == names->end()) return ERROR_SUCCESS;
+    // Where the driver let several in, the one of exactly this name is meant.
+    const DWORD error = OpenClash(hostName, clash);
+    const bool isSettled = error != ERROR_SUCCESS || clash || known->second == hostName;
+    return isSettled ? error : OpenClash(known->second, clash);
+}
+
+DWORD TargetFolder::OpenClash(const std::string& hostName, std::optional<Clash>& clash) const {
     UniqueFd opened;
-    const int problem = OpenUnmountedEntry(Descriptor(), standing.c_str(), O_PATH, opened);
+    const int problem = OpenUnmountedEntry(Descriptor(), hostName.c_str(), O_PATH, opened);
     if (problem == ENOENT) return ERROR_SUCCESS;
     if (problem != 0) return ErrorFromErrno(problem);
     Clash found;
     const DWORD error = ObjectHandle::Adopt(std::move(opened), found.object);
     if (error != ERROR_SUCCESS) return error;
-    found.hostName = std::move(standing);
+    found.hostName = hostName;
     clash = std::move(found);
     return ERROR_SUCCESS;
 }
@@ -120,8 +122,13 @@ DWORD TargetFolder::FindCopyName(const std::string& hostName, nt::ObjectKind kin
     }
 }
 
-void TargetFolder::Took(const std::string& hostName) {
+void TargetFolder::Took(const std::string& hostName, const ObjectHandle& object) {
     if (names) names->insert_or_assign(WithoutCase(hostName), hostName);
+    taken.insert(object.Status().st_ino);
+}
+
+bool TargetFolder::HasTaken(const ObjectHandle& object) const {
+    return taken.contains(object.Status().st_ino);
 }
 
 void TargetFolder::Forget() {
@@ -154,7 +161,7 @@ DWORD TargetFolder::MakeSubfolder(const std::string& hostName, mode_t mode,
     DWORD error = LoadSecurity();
     if (error == ERROR_SUCCESS) error = security->MakeFolder(held.handle, hostName, mode, folder.handle);
     if (error != ERROR_SUCCESS) return error;
-    Took(hostName);
+    Took(hostName, folder.handle);
     made.reset(new TargetFolder(std::move(folder), volume));
     made->isNew = true;
     return ERROR_SUCCESS;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "platform/linux/files/object_handle.h"
 #include "platform/linux/security/new_object.h"
@@ -54,7 +55,9 @@ class TargetFolder {
     DWORD Secure(const ObjectHandle& made);
 
     // To be told what the folder got.
-    void Took(const std::string& hostName);
+    void Took(const std::string& hostName, const ObjectHandle& object);
+    // Whether the folder got it from this operation, as of two names that the volume takes for one.
+    bool HasTaken(const ObjectHandle& object) const;
     // Others put things into it too: what was known about its names no longer counts.
     void Forget();
 
@@ -67,6 +70,7 @@ class TargetFolder {
     TargetFolder(HeldFolder folder, std::shared_ptr<VolumeTraits> traits)
         : held(std::move(folder)), volume(std::move(traits)) {}
     DWORD LoadNames();
+    DWORD OpenClash(const std::string& hostName, std::optional<Clash>& clash) const;
     DWORD LoadSecurity();
 
     HeldFolder held;
@@ -75,6 +79,7 @@ class TargetFolder {
     bool isNew = false;  // made by this operation: there is nothing in it that it did not put there
     // On NTFS: the names by what they are without regard to case. Nothing: not read yet.
     std::optional<std::unordered_map<std::u16string, std::string>> names;
+    std::unordered_set<ino_t> taken;
 };
 
 }  // namespace permora::host

@@ -13,14 +13,14 @@
 #include <utility>
 
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/percent_encoding.h"
 #include "platform/linux/base/user_folders.h"
-#include "platform/linux/files/attributes.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/mount_table.h"
-#include "platform/linux/base/percent_encoding.h"
 #include "platform/linux/files/new_name.h"
 #include "platform/linux/files/unmounted_entry.h"
 #include "platform/linux/security/new_object.h"
+#include "platform/linux/shell/new_file.h"
 
 namespace permora::host {
 namespace {
@@ -28,9 +28,15 @@ namespace {
 constexpr std::size_t kMaxNameBytes = 255;
 constexpr std::string_view kInfoSuffix = ".trashinfo";
 
-// Volumes that keep no owners of the host's show all that is on them as the mounting user's.
-bool IsOwn(const ObjectHandle& folder) {
-    return folder.Status().st_uid == geteuid() || AttributeStoreOf(folder) == AttributeStore::kAsk;
+// Volumes that keep no owners of the host's show all that is on them as the mounting user's, also what is
+// made just now.
+bool KeepsOwners(const ObjectHandle& folder) {
+    const std::string probe = TemporaryName();
+    struct stat status {};
+    if (mkdirat(folder.Descriptor(), probe.c_str(), S_IRWXU) != 0) return true;
+    const bool isKnown = fstatat(folder.Descriptor(), probe.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+    unlinkat(folder.Descriptor(), probe.c_str(), AT_REMOVEDIR);
+    return !isKnown || status.st_uid == geteuid();
 }
 
 DWORD OpenFolderIn(const ObjectHandle& folder, const std::string& hostName, ObjectHandle& entry) {
@@ -49,7 +55,8 @@ DWORD OpenOrMake(const ObjectHandle& folder, const std::string& hostName, Object
         error = NewObjectSecurity::Of(folder, security);
         if (error == ERROR_SUCCESS) error = security.MakeFolder(folder, hostName, S_IRWXU, found);
     }
-    if (error == ERROR_SUCCESS && !IsOwn(found)) error = ERROR_ACCESS_DENIED;
+    const bool isOthers = found && found.Status().st_uid != geteuid();
+    if (error == ERROR_SUCCESS && isOthers && KeepsOwners(folder)) error = ERROR_ACCESS_DENIED;
     if (error == ERROR_SUCCESS) entry = std::move(found);
     return error;
 }
@@ -131,6 +138,7 @@ DWORD Trash::WriteInfo(const std::string& hostName, const std::string& text) {
         if (written < 0) error = ErrorFromErrno(errno);
         if (written >= 0 && static_cast<std::size_t>(written) < text.size()) error = ERROR_DISK_FULL;
     }
+    if (error == ERROR_SUCCESS) error = FinishWriting(object);
     if (error != ERROR_SUCCESS) unlinkat(info.Descriptor(), hostName.c_str(), 0);
     return error;
 }
@@ -190,11 +198,10 @@ DWORD Trash::Take(const FoundItem& item) {
     }
 }
 
-bool HoldsMount(const FoundItem& item) {
+bool HoldsMount(const FoundItem& item, const std::vector<MountEntry>& mounts) {
     std::string hostPath;
-    if (!item.object.IsFolder() || HostPathOf(item.object.Descriptor(), hostPath) != ERROR_SUCCESS)
-        return false;
-    const std::vector<MountEntry> mounts = ParseMountTable(ReadMountTable());
+    if (!item.object.IsFolder()) return false;
+    if (mounts.empty() || HostPathOf(item.object.Descriptor(), hostPath) != ERROR_SUCCESS) return true;
     return std::any_of(mounts.begin(), mounts.end(),
                        [&](const MountEntry& mount) { return IsAtOrBelow(mount.mountPoint, hostPath); });
 }

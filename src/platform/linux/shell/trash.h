@@ -7,7 +7,9 @@
 
 #include <ctime>
 #include <string>
+#include <vector>
 
+#include "platform/linux/files/mount_table.h"
 #include "platform/linux/security/new_object.h"
 #include "platform/linux/shell/item_finder.h"
 
@@ -45,6 +47,6 @@ class Trash {
 };
 
 // Whether anything is mounted below the item, which would go into the trash with it.
-bool HoldsMount(const FoundItem& item);
+bool HoldsMount(const FoundItem& item, const std::vector<MountEntry>& mounts);
 
 }  // namespace permora::host

@@ -33,11 +33,11 @@ DWORD OpenContents(const ObjectHandle& file, UniqueFd& opened) {
 }  // namespace
 
 void CopiedFiles::Add(const struct stat& source) {
-    states.insert_or_assign(source.st_ino, State{source.st_mtim, source.st_size});
+    states.insert_or_assign(std::pair(source.st_dev, source.st_ino), State{source.st_mtim, source.st_size});
 }
 
 bool CopiedFiles::Hold(const struct stat& source) const {
-    const auto found = states.find(source.st_ino);
+    const auto found = states.find(std::pair(source.st_dev, source.st_ino));
     return found != states.end() && found->second.size == source.st_size &&
            found->second.lastWrite.tv_sec == source.st_mtim.tv_sec &&
            found->second.lastWrite.tv_nsec == source.st_mtim.tv_nsec;
@@ -104,6 +104,13 @@ TreeCopy::Outcome TreeCopy::CopyOnce(const WalkedItem& item, FileAnswers& answer
                   : CopyFile(item, hostName, answers, error);
 }
 
+// Where the host keeps no modes everything has all bits, which says nothing about who may use it.
+mode_t TreeCopy::ModeOfCopy(mode_t mode) const {
+    constexpr mode_t kOfFiles = 0666;
+    const bool isMade = sourceVolume.isNtfs && (mode & kPermissions) == kPermissions;
+    return isMade ? kOfFiles : mode & kPermissions;
+}
+
 TreeCopy::Outcome TreeCopy::CopyFile(const WalkedItem& item, const std::string& hostName,
                                      FileAnswers& answers, DWORD& error) {
     TargetFolder& target = Current();
@@ -112,7 +119,7 @@ TreeCopy::Outcome TreeCopy::CopyFile(const WalkedItem& item, const std::string& 
     if (error != ERROR_SUCCESS) return Outcome::kFailed;
     const struct stat& status = item.object.Status();
     NewFile file;
-    error = file.Make(target, hostName, status.st_mode & kPermissions, status.st_size,
+    error = file.Make(target, hostName, ModeOfCopy(status.st_mode), status.st_size,
                       answers.replaces ? NewFilePlace::kReplacing : NewFilePlace::kFree);
     if (error == ERROR_SUCCESS) error = contents.Copy(source.Get(), status, file.Object().Descriptor());
     if (error != ERROR_SUCCESS) return Outcome::kFailed;
@@ -164,7 +171,7 @@ TreeCopy::Outcome TreeCopy::CopyLink(const WalkedItem& item, const std::string& 
         unlinkat(folder, madeName.c_str(), 0);
         return Outcome::kFailed;
     }
-    target.Took(hostName);
+    target.Took(hostName, made);
     return Outcome::kDone;
 }
 

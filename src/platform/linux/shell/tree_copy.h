@@ -3,10 +3,11 @@
 
 #include <sys/stat.h>
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/shell/file_contents.h"
@@ -27,7 +28,8 @@ class CopiedFiles {
         timespec lastWrite;
         off_t size;
     };
-    std::unordered_map<ino_t, State> states;  // by number: all lie on one volume
+    // One volume may number the files of its parts (Btrfs' subvolumes) alike.
+    std::map<std::pair<dev_t, ino_t>, State> states;
 };
 
 // Questions, failures and progress go through `talk`. An item that cannot be copied is passed over, and what
@@ -60,6 +62,7 @@ class TreeCopy : public WalkHandler {
     TargetFolder& Current() { return entered.empty() ? top : *entered.back().folder; }
     const std::string& NewNameOf(const WalkedItem& item) const;
     bool ComesIntoItself(const WalkedItem& item);
+    mode_t ModeOfCopy(mode_t mode) const;
 
     enum class Outcome { kDone, kPassedOver, kFailed };
     Outcome CopyOnce(const WalkedItem& item, FileAnswers& answers, DWORD& error);

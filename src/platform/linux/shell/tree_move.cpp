@@ -50,7 +50,7 @@ TreeMove::Outcome TreeMove::MoveOnce(const WalkedItem& item, DWORD& error) {
     const int problem = RenameToFreeName(item.folder, item.hostName.c_str(), target.Descriptor(),
                                          item.hostName.c_str(), kind);
     if (problem == 0) {
-        target.Took(item.hostName);
+        target.Took(item.hostName, item.object);
         return Outcome::kDone;
     }
     error = ErrorFromErrno(problem);
@@ -68,7 +68,10 @@ TreeMove::Outcome TreeMove::Settle(const WalkedItem& item, Clash clash, DWORD& e
     const bool isDone = isOwnName ? unlinkat(item.folder, item.hostName.c_str(), 0) == 0
                                   : renameat(item.folder, item.hostName.c_str(), target.Descriptor(),
                                              clash.hostName.c_str()) == 0;
-    if (isDone) return Outcome::kDone;
+    if (isDone) {
+        target.Took(clash.hostName, item.object);
+        return Outcome::kDone;
+    }
     error = ErrorFromErrno(errno);
     return Outcome::kFailed;
 }

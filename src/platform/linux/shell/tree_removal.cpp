@@ -1,6 +1,7 @@
 #include "platform/linux/shell/tree_removal.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,14 +19,23 @@ void TreeRemoval::Remove(const WalkedItem& item, int flags) {
     }
 }
 
+// What has the name just now: it may have been replaced while a question stood, and what was changed, or
+// came, while the rest of a move was copied is nowhere else.
+bool TreeRemoval::MayRemove(const WalkedItem& item) const {
+    struct stat status {};
+    if (fstatat(item.folder, item.hostName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return true;  // it vanished, or removing it tells why not
+    const struct stat& found = item.object.Status();
+    if (status.st_dev != found.st_dev || status.st_ino != found.st_ino) return false;
+    return copied == nullptr || copied->Hold(status);
+}
+
 void TreeRemoval::File(const WalkedItem& item) {
-    const bool isKept = copied != nullptr && !copied->Hold(item.object.Status());
-    if (isKept) {
-        // It was changed, or came, while the others were copied: nothing of it is anywhere else.
-        talk.Fails(item.Described(), ERROR_FILE_INVALID);
+    if (copied == nullptr && !MayTouch(item.Described(), item.object, talk)) return;
+    if (!MayRemove(item)) {
+        talk.FailsForGood(item.Described(), ERROR_FILE_INVALID);
         return;
     }
-    if (copied == nullptr && !MayTouch(item.Described(), item.object, talk)) return;
     Remove(item, 0);
     if (copied == nullptr && S_ISREG(item.object.Status().st_mode))
         talk.progress.bytesDone += static_cast<ULONGLONG>(item.object.Status().st_size);

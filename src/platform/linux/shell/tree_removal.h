@@ -24,6 +24,7 @@ class TreeRemoval : public WalkHandler {
     void Leave(const WalkedItem& item) override;
 
   private:
+    bool MayRemove(const WalkedItem& item) const;
     void Remove(const WalkedItem& item, int flags);
 
     OperationTalk& talk;

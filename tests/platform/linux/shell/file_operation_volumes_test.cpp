@@ -138,6 +138,12 @@ TEST_F(VolumeOperations, CarryStreamsThatAreShownAsFiles) {
         EXPECT_EQ(Run(FO_COPY, {files.Path("a")}, attributes.Root()), 0U);
         EXPECT_EQ(std::filesystem::exists(attributes.Path("a")), answer == Answer::kYes);
     }
+    // What is no stream's name would lead elsewhere.
+    local.MakeFolder("d");
+    ASSERT_EQ(setxattr(local.Path("d").c_str(), "user./../stray", "x", 1, 0), 0);
+    answers[Question::kPropertyLoss] = {Answer::kYes};
+    EXPECT_EQ(Run(FO_COPY, {local.Path("d")}, files.Root()), 0U);
+    EXPECT_FALSE(std::filesystem::exists(files.Path("stray")));
     char value[8] = {};
     EXPECT_EQ(getxattr(attributes.Path("a").c_str(), "user.note", value, sizeof value), 6);
 }
@@ -150,11 +156,37 @@ TEST_F(VolumeOperations, TakeNamesThatDifferInCaseAloneForOneOnNtfs) {
     WriteFileText(local.Path("d/\xC3\xA4.txt"), "one");
     WriteFileText(local.Path("d/\xC3\x84.TXT"), "two");
     WriteFileText(local.Path("d/a:b"), "stream of another");
-    answers = {{Question::kReplaceFile, {Answer::kNo}}, {Question::kFailure, {Answer::kNo}}};
-    EXPECT_EQ(Run(FO_COPY, {local.Path("d")}, ntfs.Root()), ERROR_INVALID_NAME);
+    // Neither takes the place of the other, and nothing is taken away.
+    const auto before = Below(local.Path());
+    answers[Question::kFailure] = {Answer::kNo, Answer::kNo};
+    EXPECT_NE(Run(FO_MOVE, {local.Path("d")}, ntfs.Root()), 0U);
     EXPECT_EQ(Below(ntfs.Path("d")).size(), 1U);
+    EXPECT_EQ(Below(local.Path()), before);
     EXPECT_EQ(Run(FO_RENAME, {ntfs.Path("d")}, ntfs.Path("D")), 0U);
     EXPECT_EQ(Below(ntfs.Path("D")).size(), 1U);
+    // Where the driver let both in, each stands for itself.
+    for (const char* name : {"x", "X"})
+        WriteFileText(ntfs.Path(name), "old");
+    WriteFileText(local.Path("X"), "new");
+    answers[Question::kReplaceFile] = {Answer::kYes};
+    EXPECT_EQ(Run(FO_COPY, {local.Path("X")}, ntfs.Root()), 0U);
+    EXPECT_EQ(ReadWholeFile(ntfs.Path("x")) + ReadWholeFile(ntfs.Path("X")), "oldnew");
+}
+
+TEST_F(VolumeOperations, AMoveKeepsWhatWasChangedMeanwhile) {
+    NtfsVolume ntfs;
+    ASSERT_EQ(ntfs.Problem(), "");
+    const TemporaryFolder local;
+    WriteFileText(local.Path("f"), "then");
+    WriteFileText(ntfs.Path("f"), "old");
+    onAsk = [&](const FileOperationQuestion& question) {
+        if (question.kind == Question::kReplaceFile) WriteFileText(local.Path("f"), "and now");
+    };
+    answers = {{Question::kReplaceFile, {Answer::kYes}}, {Question::kFailure, {Answer::kRetry}}};
+    EXPECT_EQ(Run(FO_MOVE, {local.Path("f")}, ntfs.Root()), ERROR_FILE_INVALID);
+    EXPECT_FALSE(asked.back().mayRetry);
+    EXPECT_TRUE(isAborted);
+    EXPECT_EQ(ReadWholeFile(local.Path("f")), "and now");
 }
 
 TEST_F(VolumeOperations, AFullVolumeLeavesNothingHalfAndTheSourceWhole) {

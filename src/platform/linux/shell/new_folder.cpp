@@ -1,20 +1,29 @@
 // CreateDirectoryA.
+#include <memory>
+#include <optional>
+#include <utility>
+
 #include "platform/api/files.h"
 #include "platform/linux/base/failure.h"
 #include "platform/linux/files/paths.h"
-#include "platform/linux/security/new_object.h"
+#include "platform/linux/shell/target_folder.h"
 
 namespace permora::host {
 namespace {
 
 DWORD MakeFolder(const char* path) {
     ResolvedPlace place;
-    NewObjectSecurity security;
     DWORD error = ResolvePlace(path, place);
-    if (error == ERROR_SUCCESS) error = NewObjectSecurity::Of(place.folder, security);
     if (error != ERROR_SUCCESS) return error;
-    ObjectHandle made;
-    return security.MakeFolder(place.folder, place.hostName, 0777, made);
+    HeldFolder folder;
+    folder.handle = std::move(place.folder);
+    const std::unique_ptr<TargetFolder> target = TargetFolder::Use(std::move(folder));
+    std::unique_ptr<TargetFolder> made;
+    std::optional<Clash> clash;
+    error = target->CheckName(place.hostName);
+    if (error == ERROR_SUCCESS) error = target->FindClash(place.hostName, clash);
+    if (error == ERROR_SUCCESS && clash) error = ERROR_ALREADY_EXISTS;
+    return error == ERROR_SUCCESS ? target->MakeSubfolder(place.hostName, 0777, made) : error;
 }
 
 }  // namespace
