@@ -30,9 +30,9 @@ TEST(Shares, OnASambaServerByKeyboard) {
     EXPECT_EQ(RunCommand({"net", "conf", "listshares"}).output, "plans\n");
     EXPECT_TRUE(std::filesystem::is_directory(server.Path("old"))) << "it is only shared no more";
     // The server's own answer knows no greatest number of users.
-    EXPECT_THAT(
-        RunCommand({"net", "conf", "showshare", "plans"}).output,
-        AllOf(HasSubstr("path = " + server.Path("plans") + "\n"), HasSubstr("max connections = 12\n")));
+    EXPECT_THAT(RunCommand({"net", "conf", "showshare", "plans"}).output,
+                AllOf(HasSubstr("path = " + server.Path("plans") + "\n"), HasSubstr("max connections = 12\n"),
+                      HasSubstr("read only = no\n")));
     EXPECT_THAT(
         RunCommand({"rpcclient", "127.0.0.1", "-U", "root%secret", "-c", "netsharegetinfo plans 502"}).output,
         AllOf(HasSubstr("netname: plans\n"), HasSubstr("remark:\tWhat we want\n")));

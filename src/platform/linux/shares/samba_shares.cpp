@@ -111,14 +111,16 @@ DWORD ChangeRegistered(const SambaSection& section, const ShareChange& change) {
     return error;
 }
 
+// Nobody writes through the share before its list says who may.
 DWORD AddRegistered(const Share& share, const std::string& hostPath) {
     DWORD error = TellSambaTool(
-        "net", {"conf", "addshare", "--", share.name, hostPath, "writeable=y", "guest_ok=n", share.remark});
+        "net", {"conf", "addshare", "--", share.name, hostPath, "writeable=n", "guest_ok=n", share.remark});
     if (error != ERROR_SUCCESS) return error;
     if (share.maxUses != SHI_USES_UNLIMITED)
         error = SetParameter(share.name, "max connections", LimitText(share.maxUses));
     if (error == ERROR_SUCCESS && !share.descriptor.empty())
         error = WriteSambaDescriptor(share.name, share.descriptor);
+    if (error == ERROR_SUCCESS) error = SetParameter(share.name, "read only", "no");
     // Better no share than one that is open to more people than was asked for.
     if (error != ERROR_SUCCESS) TellSambaTool("net", {"conf", "delshare", "--", share.name});
     return error;
