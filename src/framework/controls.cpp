@@ -48,6 +48,10 @@ void CEdit::SelectAll() {
     if (auto* edit = WindowAccess::NativeAs<NativeEdit>(*this)) edit->SelectAll();
 }
 
+void CProgressCtrl::SetPos(int percent) {
+    if (auto* bar = WindowAccess::NativeAs<NativeProgressBar>(*this)) bar->SetPosition(percent);
+}
+
 int CComboBox::AddString(const std::string& text) {
     auto* combo = WindowAccess::NativeAs<NativeComboBox>(*this);
     return combo != nullptr ? combo->AddString(text) : -1;

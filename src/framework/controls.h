@@ -36,6 +36,12 @@ class CEdit : public CWnd {
 // Text, icon or bitmap.
 class CStatic : public CWnd {};
 
+// A bar from 0 to 100 percent.
+class CProgressCtrl : public CWnd {
+  public:
+    void SetPos(int percent);
+};
+
 class CComboBox : public CWnd {
   public:
     int AddString(const std::string& text);  // the new item's index

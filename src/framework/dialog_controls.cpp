@@ -57,6 +57,7 @@ std::optional<ControlKind> KindOf(const ControlTemplate& control) {
     if (control.className == "EDIT") return ControlKind::kEdit;
     if (control.className == "COMBOBOX") return ControlKind::kComboBox;
     if (control.className == "SYSLISTVIEW32") return ControlKind::kListView;
+    if (control.className == "MSCTLS_PROGRESS32") return ControlKind::kProgressBar;
     return std::nullopt;
 }
 
@@ -74,6 +75,8 @@ std::unique_ptr<CWnd> NewControlObject(ControlKind kind) {
             return std::make_unique<CComboBox>();
         case ControlKind::kListView:
             return std::make_unique<CListCtrl>();
+        case ControlKind::kProgressBar:
+            return std::make_unique<CProgressCtrl>();
         case ControlKind::kStaticText:
         case ControlKind::kStaticPicture:
         case ControlKind::kEtchedFrame:
@@ -95,6 +98,7 @@ bool TakesInput(ControlKind kind) {
         case ControlKind::kStaticText:
         case ControlKind::kStaticPicture:
         case ControlKind::kEtchedFrame:
+        case ControlKind::kProgressBar:
             return false;
         default:
             return true;

@@ -77,6 +77,7 @@ enum class ControlKind {
     kStaticPicture,
     kEtchedFrame,
     kComboBox,
+    kProgressBar,
     kListView,
     kTabs,
 };
@@ -107,6 +108,12 @@ class NativeEdit : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
     virtual void SelectAll() = 0;
+};
+
+class NativeProgressBar : public NativeWindow {
+  public:
+    using NativeWindow::NativeWindow;
+    virtual void SetPosition(int percent) = 0;
 };
 
 // Reports kSelectionChanged for the user's choices only.

@@ -230,6 +230,7 @@ class EditWindow final : public WidgetWindow<NativeEdit> {
     EditWindow(CWnd& window, std::unique_ptr<QLineEdit> made, const ControlSpec& spec)
         : WidgetWindow(window, std::move(made)) {
         Edit().setReadOnly((spec.style & ES_READONLY) != 0);
+        if ((spec.style & WS_BORDER) == 0) LookLikeText();
         SetText(spec.text);
         QObject::connect(&Edit(), &QLineEdit::textChanged, &Edit(),
                          [this] { ReportNotification(Notify::kTextChanged); });
@@ -243,6 +244,13 @@ class EditWindow final : public WidgetWindow<NativeEdit> {
     void SelectAll() override { Edit().selectAll(); }
 
   private:
+    // Without a border a field is a text that can be selected.
+    void LookLikeText() {
+        Edit().setFrame(false);
+        QPalette colours;
+        colours.setBrush(QPalette::Base, Qt::transparent);
+        Edit().setPalette(colours);
+    }
     QLineEdit& Edit() const { return static_cast<QLineEdit&>(Widget()); }
 };
 
@@ -339,6 +347,7 @@ std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, cons
         case ControlKind::kStaticText:
         case ControlKind::kStaticPicture:
         case ControlKind::kEtchedFrame:
+        case ControlKind::kProgressBar:
             return qt::MakeStatic(window, parent, spec);
         case ControlKind::kListView:
             return MakeNativeListView(window, parent, spec);

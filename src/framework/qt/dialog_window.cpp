@@ -101,7 +101,10 @@ class DialogWindow final : public qt::WidgetWindow<NativeDialog> {
             loop = nullptr;
         }
         Widget().hide();
-        if (QWidget* owner = Widget().parentWidget()) owner->activateWindow();
+        // Another modal window may stand between this one and its owner.
+        QWidget* below = QApplication::activeModalWidget();
+        if (below == nullptr) below = Widget().parentWidget();
+        if (below != nullptr) below->activateWindow();
     }
     void EndModal() override {
         hasEnded = true;

@@ -2,6 +2,7 @@
 
 #include <QLabel>
 #include <QPainter>
+#include <QProgressBar>
 #include <QStyle>
 
 #include "framework/qt/image.h"
@@ -91,10 +92,30 @@ class StaticWindow final : public WidgetWindow<NativeWindow> {
     std::string text;
 };
 
+class ProgressBarWindow final : public WidgetWindow<NativeProgressBar> {
+  public:
+    ProgressBarWindow(CWnd& window, std::unique_ptr<QProgressBar> made, const ControlSpec& spec)
+        : WidgetWindow(window, std::move(made)) {
+        Widget().setVisible(false);
+        Widget().setGeometry(ToQt(spec.rect));
+        SetIdentity(Widget(), "control", spec.id);
+    }
+    // What stands in the bar is its position.
+    void SetText(const std::string& /*newText*/) override {}
+    std::string Text() const override { return FromQt(Bar().text()); }
+    void SetPosition(int percent) override { Bar().setValue(percent); }
+
+  private:
+    QProgressBar& Bar() const { return static_cast<QProgressBar&>(Widget()); }
+};
+
 }  // namespace
 
 std::unique_ptr<NativeWindow> MakeStatic(CWnd& window, CWnd& parent, const ControlSpec& spec) {
     QWidget* parentWidget = WidgetOf(parent);
+    if (spec.kind == ControlKind::kProgressBar)
+        return std::make_unique<ProgressBarWindow>(window, std::make_unique<QProgressBar>(parentWidget),
+                                                   spec);
     if (spec.kind == ControlKind::kStaticPicture) {
         const CIcon picture = (spec.style & SS_TYPEMASK) == SS_ICON ? CIcon::Load(spec.pictureId)
                                                                     : CIcon::FromBitmap(spec.pictureId);

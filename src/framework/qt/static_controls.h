@@ -1,4 +1,4 @@
-// Texts, pictures and etched frames.
+// Texts, pictures, etched frames and progress bars: controls that take no input.
 #pragma once
 
 #include <memory>
