@@ -207,6 +207,7 @@ static_assert(sizeof(LPTHREAD_START_ROUTINE) == sizeof(void*));
 static_assert(sizeof(OSVERSIONINFOA) == 148 && offsetof(OSVERSIONINFOA, dwMajorVersion) == 4);
 static_assert(offsetof(OSVERSIONINFOA, dwMinorVersion) == 8 && offsetof(OSVERSIONINFOA, dwBuildNumber) == 12);
 static_assert(offsetof(OSVERSIONINFOA, dwPlatformId) == 16 && offsetof(OSVERSIONINFOA, szCSDVersion) == 20);
+static_assert(SHOP_FILEPATH == 2);
 static_assert(VER_PLATFORM_WIN32_NT == 2 && SHGFI_TYPENAME == 0x400 && SW_SHOW == 5 && SE_ERR_NOASSOC == 31);
 static_assert(offsetof(SHFILEINFOA, iIcon) == sizeof(void*) && offsetof(SHFILEINFOA, dwAttributes) == sizeof(void*) + 4);
 static_assert(offsetof(SHFILEINFOA, szDisplayName) == sizeof(void*) + 8 && sizeof(SHFILEINFOA{}.szTypeName) == 80);

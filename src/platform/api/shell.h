@@ -6,6 +6,7 @@
 #ifdef _WIN32
 
 #include <shellapi.h>
+#include <shlobj.h>
 
 #else
 
@@ -27,6 +28,8 @@ inline constexpr UINT SHGFI_TYPENAME = 0x000000400;
 inline constexpr int SW_SHOW = 5;
 
 inline constexpr std::uintptr_t SE_ERR_NOASSOC = 31;
+
+inline constexpr DWORD SHOP_FILEPATH = 0x00000002;
 
 inline constexpr UINT FO_MOVE = 1;
 inline constexpr UINT FO_COPY = 2;
@@ -74,6 +77,11 @@ DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD attributes, SHFILEINFOA* info
 // to a second for the desktop's refusal.
 HINSTANCE WINAPI ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR directory,
                                int showCommand);
+
+// Shows the properties of the object at `name`, a full path; `type` is SHOP_FILEPATH and `page` null. FALSE
+// when there is no such object. On Linux the sheet is that of platform/properties_presenter.h, and the call
+// returns when it has been closed.
+BOOL WINAPI SHObjectProperties(HWND owner, DWORD type, LPCWSTR name, LPCWSTR page);
 
 // Runs a command line. On Linux the one command is the help viewer: "hh ", the help file, "::/" and a page
 // (docs/platform.md). Returns more than 31 when it was started, else an error code up to 31.

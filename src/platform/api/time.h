@@ -22,11 +22,18 @@ struct SYSTEMTIME {
     WORD wMilliseconds;
 };
 
+struct TIME_ZONE_INFORMATION;
+
 extern "C" {
 
 // The calendar's form of a time, in universal time still. ERROR_INVALID_PARAMETER for times of the upper half
 // of all numbers (from the year 30828 on).
 BOOL WINAPI FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTime);
+
+// The same time in the machine's own time zone, as it counts at that time. `zone` must be null
+// (ERROR_INVALID_PARAMETER).
+BOOL WINAPI SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* universal,
+                                            SYSTEMTIME* local);
 
 }  // extern "C"
 

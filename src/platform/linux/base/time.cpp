@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <limits>
 
 #include "platform/api/errors.h"
@@ -51,5 +52,29 @@ BOOL WINAPI FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTim
                    static_cast<WORD>(time.minutes().count()),
                    static_cast<WORD>(time.seconds().count()),
                    static_cast<WORD>(time.subseconds().count())};
+    return TRUE;
+}
+
+BOOL WINAPI SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* universal,
+                                            SYSTEMTIME* local) {
+    constexpr int kFirstYear = 1900;
+    std::tm calendar{};
+    calendar.tm_year = universal->wYear - kFirstYear;
+    calendar.tm_mon = universal->wMonth - 1;
+    calendar.tm_mday = universal->wDay;
+    calendar.tm_hour = universal->wHour;
+    calendar.tm_min = universal->wMinute;
+    calendar.tm_sec = universal->wSecond;
+    const std::time_t seconds = timegm(&calendar);
+    if (zone != nullptr || localtime_r(&seconds, &calendar) == nullptr)
+        return permora::host::Fail(ERROR_INVALID_PARAMETER);
+    *local = {static_cast<WORD>(calendar.tm_year + kFirstYear),
+              static_cast<WORD>(calendar.tm_mon + 1),
+              static_cast<WORD>(calendar.tm_wday),
+              static_cast<WORD>(calendar.tm_mday),
+              static_cast<WORD>(calendar.tm_hour),
+              static_cast<WORD>(calendar.tm_min),
+              static_cast<WORD>(calendar.tm_sec),
+              universal->wMilliseconds};
     return TRUE;
 }

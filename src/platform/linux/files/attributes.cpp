@@ -138,10 +138,11 @@ FILETIME CreationTimeOf(const ObjectHandle& object) {
         return time;
     }
     struct statx status {};
-    if (statx(object.Descriptor(), "", AT_EMPTY_PATH, STATX_BTIME, &status) == 0 &&
-        (status.stx_mask & STATX_BTIME) != 0) {
+    const bool isTold = statx(object.Descriptor(), "", AT_EMPTY_PATH, STATX_BTIME, &status) == 0 &&
+                        (status.stx_mask & STATX_BTIME) != 0;
+    // Volumes that were made by tools leave the field empty.
+    if (isTold && status.stx_btime.tv_sec != 0)
         time = FileTimeOf({status.stx_btime.tv_sec, static_cast<long>(status.stx_btime.tv_nsec)});
-    }
     return time;
 }
 
