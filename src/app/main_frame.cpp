@@ -275,6 +275,13 @@ void CMainFrame::EditShares(std::span<const char* const> names) {
     shareSheet.DoModal();
 }
 
+// For the properties of an object, which is found by its full path.
+void CMainFrame::EditItemAt(const std::string& path) {
+    const char* name = path.c_str();
+    securitySheet.SetItems({&name, 1}, view.driveListShown);
+    securitySheet.DoModal();
+}
+
 void CMainFrame::StartSecureDeletion() {
     const LPCSTR* names = view.GetSelectedNames();
     const auto count = static_cast<std::size_t>(view.list.GetSelectedCount());

@@ -9,6 +9,7 @@
 #include "editor/security_sheet.h"
 #include "framework/bars.h"
 #include "framework/frame_window.h"
+#include "properties/properties_service.h"
 #include "shares/share_sheet.h"
 #include "wizard/wizard_sheet.h"
 
@@ -57,6 +58,7 @@ class CMainFrame : public CFrameWnd {
     bool MayDeleteSelection();
     void StartWizard();
     void EditItems(std::span<const char* const> names);
+    void EditItemAt(const std::string& path);
     void EditShares(std::span<const char* const> names);
     void DeleteItems(std::span<const char* const> names);
     void OnUpdateFileCommand(Notification& notification);
@@ -72,6 +74,7 @@ class CMainFrame : public CFrameWnd {
     CShareSheet shareSheet;
     CWizard wizardSheet;
     ProgramSettings settings;
+    PropertiesService properties{*this, [this](const std::string& path) { EditItemAt(path); }};
 };
 
 }  // namespace permora

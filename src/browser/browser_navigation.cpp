@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "browser/browser_view.h"
+#include "browser/folder_paths.h"
 #include "browser/list_presentation.h"
 #include "browser/shell_items.h"
 #include "platform/api/errors.h"
@@ -22,14 +23,6 @@ bool IsGone(const std::string& path) {
     if (attributes != INVALID_FILE_ATTRIBUTES) return (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
     const DWORD error = GetLastError();
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
-
-// "C:\a" of "C:\a\b", "C:\" of "C:\a", and nothing above a drive's root.
-std::string FolderAbove(const std::string& path) {
-    const std::size_t separator = path.rfind('\\');
-    if (separator == std::string::npos || separator + 1 == path.size()) return {};
-    const bool isBelowRoot = path.find('\\') == separator;
-    return path.substr(0, isBelowRoot ? separator + 1 : separator);
 }
 
 }  // namespace

@@ -110,6 +110,12 @@ bool BrowserView::AddShareRow(int row, const std::string& name) {
     return true;
 }
 
+bool BrowserView::FindSharedFolder(const std::string& name, std::string& path) const {
+    const NET_API_STATUS status = ReadSharePath(name, path);
+    if (status != NERR_Success) ShowSystemErrorBox(GetSafeHwnd(), status);
+    return status == NERR_Success;
+}
+
 void BrowserView::RemoveSelectedShares() {
     if (list.GetSelectedCount() == 0) {
         ShowInfoBox(GetSafeHwnd(), "Please, select items to work with them.");

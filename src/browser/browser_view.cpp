@@ -39,6 +39,7 @@ const MessageMap& BrowserView::GetMessageMap() const {
                                    {ID_EDIT_PASTE, Notify::kCommand, &BrowserView::PasteFromClipboard},
                                    {ID_DELETE, Notify::kCommand, &BrowserView::DeleteSelected},
                                    {ID_RENAME, Notify::kCommand, &BrowserView::RenameSelected},
+                                   {ID_PROPERTIES, Notify::kCommand, &BrowserView::ShowProperties},
                                    {ID_GO_UP, Notify::kCommand, &BrowserView::GoUp},
                                    {ID_REFRESH, Notify::kCommand, &BrowserView::RefreshList},
                                    {ID_VIEW_ICONS, Notify::kCommand, &BrowserView::OnViewMode},

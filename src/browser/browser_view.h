@@ -66,6 +66,8 @@ class BrowserView : public CWnd {
     void InvertSelection();
     // Runs the dialog of the attributes on the selected rows; drives have none.
     void EditAttributes();
+    // Shows what the shell says about the topmost selected row; nothing when it is gone.
+    void ShowProperties();
 
     // ---- Files. Failures and what is missing are told; afterwards the location is listed again. ----
 
@@ -177,9 +179,11 @@ class BrowserView : public CWnd {
     void CreateNewShare();
     bool AddShareRow(int row, const std::string& name);
     void RemoveShares();
+    bool FindSharedFolder(const std::string& name, std::string& path) const;
 
     // Files.
     bool MayWorkOnRows() const;
+    bool FindShownObject(const std::string& name, std::string& path) const;
     std::string PathOfRow(const std::string& name) const;
     void CopyToClipboard(TransferKind kind);
     void PutOnClipboard(TransferKind kind, std::span<const LPCSTR> names);

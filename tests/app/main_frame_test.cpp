@@ -246,6 +246,30 @@ TEST_F(MainFrame, TheSecurityEditorOpensOnTheSelection) {
     EXPECT_EQ(Frame().Settings().block.showIntermediateInfo, 0);
 }
 
+TEST_F(MainFrame, PropertiesAreThoseOfTheTopmostRowAndOpenTheEditor) {
+    Start();
+    ui.ExpectMessageBox("Please, select an item to work with.", kInformationCaption,
+                        MB_OK | MB_ICONINFORMATION, IDOK);
+    Run(ID_PROPERTIES);
+    auto window = testing::UiDriver::MainWindow();
+    window.SelectRows(kList, {0, 1});
+    ui.ExpectDialog(IDD_FOLDER_PROPERTIES, [this](testing::WindowDriver& properties) {
+        EXPECT_EQ(properties.Title(), "Properties - sub");
+        ui.ExpectSheet(R"(Security Editor - T:\sub)",
+                       [](testing::WindowDriver& sheet) { sheet.Click(testing::SheetButton::kCancel); });
+        properties.Click(IDC_PROPERTY_PERMISSIONS);
+        properties.Click(IDCANCEL);
+    });
+    Run(ID_PROPERTIES);
+    std::filesystem::remove(data.Path("sub"));
+    Run(ID_PROPERTIES);  // there is nothing to show
+
+    Run(ID_GO_TO_ROOT);
+    window.SelectRow(kList, 0);
+    ui.ExpectDialog(IDD_DRIVE_PROPERTIES, [](testing::WindowDriver& properties) { properties.Press("Esc"); });
+    Run(ID_PROPERTIES);
+}
+
 TEST_F(MainFrame, SecureDeletionAsksAndShowsWhatIsLeft) {
     Start();
     constexpr const char* kCaption = "Secure deletion";
@@ -325,6 +349,11 @@ TEST_F(MainFrame, CommandsNeverFollowLinksToAnotherFolder) {
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
                         MB_OK | MB_ICONERROR, IDOK);
     Run(ID_PERMISSIONS);
+    for (const unsigned int command : {unsigned{ID_ATTRIBUTES}, unsigned{ID_PROPERTIES}}) {
+        ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
+                            MB_OK | MB_ICONERROR, IDOK);
+        Run(command);
+    }
     std::filesystem::current_path(data.Path());
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
                         MB_OK | MB_ICONERROR, IDOK);

@@ -68,6 +68,7 @@ std::optional<QAccessible::Role> RoleOf(const ControlTemplate& control) {
     if (control.className == "EDIT") return QAccessible::EditableText;
     if (control.className == "COMBOBOX") return QAccessible::ComboBox;
     if (control.className == "SYSLISTVIEW32") return QAccessible::List;
+    if (control.className == "MSCTLS_PROGRESS32") return QAccessible::ProgressBar;
     if (control.className == "STATIC") {
         switch (control.style & SS_TYPEMASK) {
             case SS_ICON:
@@ -92,7 +93,8 @@ std::optional<QAccessible::Role> RoleOf(const ControlTemplate& control) {
 }
 
 bool TakesInput(QAccessible::Role role) {
-    return role != QAccessible::StaticText && role != QAccessible::Graphic && role != QAccessible::Grouping;
+    return role != QAccessible::StaticText && role != QAccessible::Graphic && role != QAccessible::Grouping &&
+           role != QAccessible::ProgressBar;
 }
 
 bool IsShown(const ControlTemplate& control) {

@@ -1,0 +1,11 @@
+// Paths of folders, as text.
+#pragma once
+
+#include <string>
+
+namespace permora {
+
+// "C:\a" of "C:\a\b", "C:\" of "C:\a", and nothing above a drive's root.
+std::string FolderAbove(const std::string& path);
+
+}  // namespace permora
