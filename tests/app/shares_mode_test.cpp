@@ -115,6 +115,20 @@ TEST_F(SharesMode, TellsWhySharesCannotBeListed) {
     EXPECT_EQ(Rows().size(), 3U) << "those before the failure";
 }
 
+TEST_F(SharesMode, PropertiesAreThoseOfTheSharedFolder) {
+    machine.shares = {{"data", R"(T:\sub)"}, {"odd", R"(T:\sub)", ERROR_ACCESS_DENIED}};
+    Run(ID_SHOW_SHARES);
+    Window().SelectRow(kList, 0);
+    ui.ExpectDialog(IDD_FOLDER_PROPERTIES, [](WindowDriver& properties) {
+        EXPECT_EQ(properties.Title(), "Properties - sub");
+        properties.Press("Esc");
+    });
+    Run(ID_PROPERTIES);
+    Window().SelectRow(kList, 1);
+    ExpectError(GetSystemMessageText(ERROR_ACCESS_DENIED));
+    Run(ID_PROPERTIES);
+}
+
 TEST_F(SharesMode, RemovesTheSelectedSharesUpToTheFirstFailure) {
     Run(ID_SHOW_SHARES);
     ExpectInfo("Please, select items to work with them.");
