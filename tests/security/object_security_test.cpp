@@ -110,10 +110,14 @@ TEST_F(ObjectSecurityTest, ANullListIsToldAndReadsAsNoEntries) {
                                          MB_ICONINFORMATION}}));
 }
 
-TEST_F(ObjectSecurityTest, AnInaccessibleVolumeCountsAsOneWithAccessControl) {
+TEST_F(ObjectSecurityTest, AnInaccessibleVolumeCountsAsOneWithAccessControlWhereTheReaderSaysSo) {
     volumeError = ERROR_ACCESS_DENIED;
     volumeFlags = 0;
     EXPECT_TRUE(Read());
+    EXPECT_FALSE(
+        ReadListOfObject(nullptr, "item", ItemPlace::kCurrentDirectory, HiddenVolume::kFail, object));
+    EXPECT_EQ(boxes.TakeBoxes(), std::vector<RecordedBox>{SystemError(ERROR_ACCESS_DENIED)});
+    EXPECT_NE(object.dacl, nullptr) << "what was read before";
 }
 
 TEST_F(ObjectSecurityTest, AFailedReadIsToldAndLeavesWhatWasRead) {
