@@ -11,7 +11,7 @@
 namespace permora::host {
 namespace {
 
-DWORD MakeFolder(const char* path) {
+DWORD MakeFolderAt(const char* path) {
     ResolvedPlace place;
     DWORD error = ResolvePlace(path, place);
     if (error != ERROR_SUCCESS) return error;
@@ -31,6 +31,6 @@ DWORD MakeFolder(const char* path) {
 
 BOOL WINAPI CreateDirectoryA(LPCSTR path, LPSECURITY_ATTRIBUTES attributes) {
     using namespace permora::host;
-    const DWORD error = attributes != nullptr ? ERROR_INVALID_PARAMETER : MakeFolder(path);
+    const DWORD error = attributes != nullptr ? ERROR_INVALID_PARAMETER : MakeFolderAt(path);
     return error == ERROR_SUCCESS ? TRUE : Fail(error);
 }
