@@ -53,7 +53,9 @@ bool MakeDesktopFileTexts(TransferKind kind, const std::string& folder, std::spa
     for (const char* name : names) {
         const std::string part = FileUrlPart(name);
         if (part.empty()) return false;
-        const std::string url = folderUrl + '/' + part;
+        std::string url = folderUrl;
+        url += '/';
+        url += part;
         made.uriList += url + "\r\n";
         made.gnomeFiles += '\n' + url;
     }

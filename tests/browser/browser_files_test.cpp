@@ -174,6 +174,14 @@ TEST_F(BrowserFiles, TakeNewNames) {
     rename("sub", "sub");
     rename("new", "NEW");
     EXPECT_THAT(Names(), UnorderedElementsAre(kOdd, "NEW", "sub"));
+    Select("sub");
+    ui.ExpectDialog(IDD_RENAME, [this](WindowDriver& dialog) {
+        dialog.SetText(IDC_NEW_NAME, "a/b");
+        ExpectQuestion(IDNO);  // it cannot be done
+        dialog.Click(IDOK);
+    });
+    Run(ID_RENAME);
+    EXPECT_THAT(Names(), UnorderedElementsAre(kOdd, "NEW", "sub"));
 }
 
 TEST_F(BrowserFiles, NewFoldersAreMadeWhereTheUserIs) {
