@@ -83,8 +83,8 @@ NET_API_STATUS WINAPI NetShareGetInfo(LPWSTR server, LPWSTR name, DWORD level, L
 // Changes the remark, the greatest number of users and, at level 502, the descriptor (of either form, checked
 // whole; null leaves it as it is) where they differ from what the share has. The other fields must be as they
 // were read: ERROR_INVALID_PARAMETER, and in `*wrongField` (which may be null) its number. What cannot be
-// changed because it is fixed in a file of the server is ERROR_FILE_READ_ONLY. On failure of the first change
-// nothing has changed.
+// changed because it is fixed in a file of the server is ERROR_FILE_READ_ONLY. What was changed before
+// a failure is put back.
 NET_API_STATUS WINAPI NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE record,
                                       LPDWORD wrongField);
 

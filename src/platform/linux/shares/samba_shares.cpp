@@ -126,6 +126,15 @@ DWORD AddRegistered(const Share& share, const std::string& hostPath) {
     return error;
 }
 
+// A file that the configuration includes may have the share too, and then it stays.
+DWORD RemoveRegistered(const std::string& name) {
+    DWORD error = TellSambaTool("net", {"conf", "delshare", "--", name});
+    Sections configuration;
+    if (error == ERROR_SUCCESS) error = ReadSambaConfiguration(configuration);
+    if (error != ERROR_SUCCESS) return error;
+    return FindSection(configuration, name) == nullptr ? ERROR_SUCCESS : ERROR_FILE_READ_ONLY;
+}
+
 // --- What a configuration can hold.
 
 bool IsPlainText(std::string_view text) {
@@ -232,7 +241,7 @@ DWORD SambaShares::Remove(std::string_view name) const {
     if (error != ERROR_SUCCESS) return error;
     switch (kept.keeper) {
         case Keeper::kRegistry:
-            return TellSambaTool("net", {"conf", "delshare", "--", kept.section.name});
+            return RemoveRegistered(kept.section.name);
         case Keeper::kUser:
             return RemoveUserShare(kept.section);
         case Keeper::kFile:

@@ -166,11 +166,14 @@ TEST_F(SambaSharesTest, TheServerHasWhatWasWritten) {
 }
 
 TEST_F(SambaSharesTest, WhatTheFileFixesStays) {
+    std::ofstream("/etc/samba/more.conf") << "[included]\npath = " << server->Root() << '\n';
+    std::ofstream("/etc/samba/smb.conf", std::ios::app) << "include = /etc/samba/more.conf\n";
     const std::string before = ReadWholeFile("/etc/samba/smb.conf");
     const std::string registry = Net({"conf", "list"}).output;
     const Record record = Get("share");
     EXPECT_EQ(SetRemark(*record, u"new"), ERROR_FILE_READ_ONLY);
     EXPECT_EQ(Delete("SHARE"), ERROR_FILE_READ_ONLY);
+    EXPECT_EQ(Delete("included"), ERROR_FILE_READ_ONLY);
     EXPECT_EQ(Delete("ipc$"), ERROR_NOT_SUPPORTED);
     EXPECT_EQ(Delete("no such share"), NERR_NetNameNotFound);
     Get("no such share", NERR_NetNameNotFound);
@@ -178,6 +181,8 @@ TEST_F(SambaSharesTest, WhatTheFileFixesStays) {
     ASSERT_EQ(Net({"conf", "setparm", "share", "comment", "added"}).exitCode, 0);
     EXPECT_EQ(Delete("share"), ERROR_FILE_READ_ONLY);
     ASSERT_EQ(Net({"conf", "delshare", "share"}).exitCode, 0);
+    ASSERT_EQ(Net({"conf", "setparm", "included", "comment", "added"}).exitCode, 0);
+    EXPECT_EQ(Delete("included"), ERROR_FILE_READ_ONLY);
     EXPECT_EQ(ReadWholeFile("/etc/samba/smb.conf"), before);
     EXPECT_EQ(Net({"conf", "list"}).output, registry);
 }
