@@ -46,8 +46,10 @@ Restore() {
 }
 # Offered FORMAT: what the program has put on the clipboard.
 Offered() { "$programs/permora-test-clipboard" get "$1"; }
+NotOffered() { ! Offered "$1"; }
 # Offer FORMAT TEXT: by another program, on which the script goes on to wait.
 Offer() {
+    rm -f "$work/offered"
     "$programs/permora-test-clipboard" put "$1" "$2" >"$work/offered" 2>&1 &
     desktopPids+=($!)
     WaitUntil "the other program's offer" grep -q offered "$work/offered"
@@ -133,6 +135,7 @@ file://$ntfs/Store/budget.txt"
 Keys ctrl+v
 WaitUntil "the other program's file" Exists "$local/Back/$oddFolder/budget.txt"
 WaitUntil "it to be moved" IsGone "$ntfs/Store/budget.txt"
+WaitUntil "the clipboard to be emptied" NotOffered x-special/gnome-copied-files
 Offer text/uri-list "file://elsewhere.example/etc/passwd"
 OpenDialog "Permora Error" Keys ctrl+v
 CloseDialog "Permora Error" "$window" Keys Return
