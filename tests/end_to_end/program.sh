@@ -63,6 +63,7 @@ WaitForFolder() { WaitUntil "the folder $1" Shows "$1"; }
 addressField=(700 40)
 TypeLocation() {
     ClickAt "${addressField[@]}"
+    xdotool mousemove --sync 1278 898 # where it is clicked next, a pointer that is there already is waited for in vain
     Keys ctrl+a
     xdotool type --delay 20 "$1"
     Keys Return
