@@ -30,7 +30,7 @@
 namespace permora::host {
 namespace {
 
-struct VolumeFacts {
+struct VolumeInformation {
     std::string label;
     DWORD serialNumber = 0;
     DWORD longestName = 0;
@@ -95,7 +95,7 @@ bool IgnoresCase(std::string_view fileSystem) {
     return std::find(kTypes.begin(), kTypes.end(), fileSystem) != kTypes.end();
 }
 
-DWORD AskVolume(const ObjectHandle& folder, VolumeFacts& facts) {
+DWORD AskVolume(const ObjectHandle& folder, VolumeInformation& facts) {
     struct statfs status {};
     struct statvfs portable {};
     if (fstatfs(folder.Descriptor(), &status) != 0 || fstatvfs(folder.Descriptor(), &portable) != 0) {
@@ -151,7 +151,7 @@ BOOL WINAPI GetVolumeInformationA(LPCSTR root, LPSTR volumeName, DWORD volumeNam
                                   LPSTR fileSystemName, DWORD fileSystemNameSize) {
     using namespace permora::host;
     ObjectHandle folder;
-    VolumeFacts facts;
+    VolumeInformation facts;
     DWORD error = OpenVolume(root, folder);
     if (error == ERROR_SUCCESS) error = AskVolume(folder, facts);
     if (error != ERROR_SUCCESS) return Fail(error);
