@@ -98,10 +98,9 @@ std::string StateText(const std::string& name, const char* moment, PACL dacl, Ac
 }
 
 bool Write(const std::string& name, const ShareSecurity& share, PACL dacl, ConsoleMessages& messages) {
-    // A list needs a descriptor to stand in.
-    ShareSecurity given;
     const std::array<const char*, 1> names = {name.c_str()};
-    const bool isReady = share.hasDescriptor || ReadShareDacl(nullptr, name.c_str(), given);
+    // A list needs a descriptor to stand in.
+    const bool isReady = share.hasDescriptor || GiveShareDescriptor(nullptr, name.c_str(), *share.record);
     if (isReady && WriteShareDacl(nullptr, names, dacl)) {
         Print(PrintableText(name) + ": changed\n");
         return true;

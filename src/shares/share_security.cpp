@@ -33,20 +33,6 @@ NET_API_STATUS SetDescriptor(LPCSTR name, const SHARE_INFO_502& read, PSECURITY_
                            nullptr);
 }
 
-bool GiveDescriptor(HWND owner, LPCSTR name, const SHARE_INFO_502& record) {
-    const UniqueLocal<void> descriptor(LocalAlloc(LPTR, sizeof(SECURITY_DESCRIPTOR)));
-    if (!descriptor ||
-        InitializeSecurityDescriptor(descriptor.get(), SECURITY_DESCRIPTOR_REVISION) == FALSE ||
-        SetSecurityDescriptorDacl(descriptor.get(), TRUE, nullptr, FALSE) == FALSE) {
-        ShowLastErrorBox(owner);
-        return false;
-    }
-    const NET_API_STATUS status = SetDescriptor(name, record, descriptor.get());
-    if (status != NERR_Success)
-        ShowErrorWithSystemText(owner, "Cannot assign new security descriptor", status);
-    return status == NERR_Success;
-}
-
 bool WriteDacl(HWND owner, LPCSTR name, PACL dacl) {
     ShareRecord record;
     if (const NET_API_STATUS status = GetRecord(name, record); status != NERR_Success) {
@@ -90,13 +76,28 @@ bool LoadShareDacl(HWND owner, LPCSTR name, ShareSecurity& share) {
     return true;
 }
 
+bool GiveShareDescriptor(HWND owner, LPCSTR name, const SHARE_INFO_502& record) {
+    const UniqueLocal<void> descriptor(LocalAlloc(LPTR, sizeof(SECURITY_DESCRIPTOR)));
+    if (!descriptor ||
+        InitializeSecurityDescriptor(descriptor.get(), SECURITY_DESCRIPTOR_REVISION) == FALSE ||
+        SetSecurityDescriptorDacl(descriptor.get(), TRUE, nullptr, FALSE) == FALSE) {
+        ShowLastErrorBox(owner);
+        return false;
+    }
+    const NET_API_STATUS status = SetDescriptor(name, record, descriptor.get());
+    if (status != NERR_Success)
+        ShowErrorWithSystemText(owner, "Cannot assign new security descriptor", status);
+    return status == NERR_Success;
+}
+
 bool ReadShareDacl(HWND owner, LPCSTR name, ShareSecurity& share) {
     share = {};
     ShareSecurity read;
     if (!LoadShareDacl(owner, name, read)) return false;
     if (!read.hasDescriptor) {
         ShowInfoBox(owner, "There is no security descriptor associated with object.");
-        if (!GiveDescriptor(owner, name, *read.record) || !LoadShareDacl(owner, name, read)) return false;
+        if (!GiveShareDescriptor(owner, name, *read.record) || !LoadShareDacl(owner, name, read))
+            return false;
     }
     if (!read.hasDescriptor) {
         ShowInfoBox(owner, "The security descriptor can not be associated with object.");

@@ -27,6 +27,10 @@ struct ShareSecurity {
 // list at once; that, and a null list, are told in an information box. What `share` held is let go of before.
 [[nodiscard]] bool ReadShareDacl(HWND owner, LPCSTR name, ShareSecurity& share);
 
+// Gives a share that was read without a descriptor one with a null list, by which everyone may do everything
+// as before.
+[[nodiscard]] bool GiveShareDescriptor(HWND owner, LPCSTR name, const SHARE_INFO_502& record);
+
 // Puts `dacl` into the descriptors of all shares, one after the other; whatever else their records say is
 // written back as it was read. Ends at the first that fails: those before it have the new list, it and those
 // after it are as they were.

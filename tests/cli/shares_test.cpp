@@ -46,7 +46,8 @@ TEST(SharesCommandTest, OnlyAChangeGivesAShareADescriptor) {
 
     replacing.pop_back();
     const CommandResult changed = RunCli(replacing);
-    EXPECT_EQ(changed.exitCode, 0) << changed.output;
+    EXPECT_EQ(changed.exitCode, 0);
+    EXPECT_EQ(changed.output, "one: changed\n");
     EXPECT_EQ(RunCli({"show", "--share", "one", "--sddl"}).output, "D:(A;;0x100001;;;BG)\n");
     const CommandResult some = RunCli({"revoke", "--account", "Guests", "--share", "none", "one"});
     EXPECT_EQ(some.exitCode, 1);
