@@ -170,11 +170,13 @@ CListCtrl& AccessListPage::AccessList() const {
     return *GetDlgItem<CListCtrl>(IDC_ACCESS_LIST);
 }
 
-std::optional<std::size_t> AccessListPage::SelectedEntry() const {
+std::optional<std::size_t> AccessListPage::SelectedEntry() {
     const CListCtrl& list = AccessList();
     const int row = list.NextSelected(0);
     if (row < 0) return std::nullopt;
-    return static_cast<std::size_t>(list.GetItemData(row));
+    const auto index = static_cast<std::size_t>(list.GetItemData(row));
+    if (index >= EditedList().Entries().size()) return std::nullopt;
+    return index;
 }
 
 bool AccessListPage::IsChecked(unsigned int id) const {

@@ -32,7 +32,7 @@ class AccessListPage : public CPropertyPage {
     const MessageMap& GetMessageMap() const override;
 
     // Reads the list of the item `name` and sets the two boxes. The boxes, the list, "Edit..." and "Remove"
-    // are disabled. A failure has been told, and leaves the entries as they were.
+    // are disabled. A failure has been told; the entries are as they were, or there are none.
     virtual bool ReadItem(const char* name) = 0;
     // Writes `dacl` to every item. Failures have been told; false: the sheet stays, and its changes unsaved.
     virtual bool WriteItems(PACL dacl) = 0;
@@ -55,7 +55,9 @@ class AccessListPage : public CPropertyPage {
     void ReadFirstItem();
     bool Apply();
     CListCtrl& AccessList() const;
-    std::optional<std::size_t> SelectedEntry() const;
+    // Where the selected row's entry stands in the list. None without a selection, and where a failed read
+    // has left rows whose entries are gone.
+    std::optional<std::size_t> SelectedEntry();
 
     EditScopes editScopes;
     UniqueLibrary library;  // where the list's functions are looked up
