@@ -10,6 +10,6 @@ permora::CMainApp theApp;
 }  // namespace
 
 int main(int argumentCount, char** argumentTexts) {
-    permora::SetShareWizard([](HWND) { permora::CNewShareDlg(theApp.mainWindow).DoModal(); });
+    permora::SetShareWizard([] { permora::CNewShareDlg(theApp.mainWindow).DoModal(); });
     return theApp.Run(argumentCount, argumentTexts);
 }

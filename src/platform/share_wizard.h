@@ -7,12 +7,10 @@
 
 #include <functional>
 
-#include "platform/api/base.h"
-
 namespace permora {
 
-// Shows the wizard in front of `owner`, which may be null, and returns when it is closed.
-using ShareWizard = std::function<void(HWND owner)>;
+// Shows the wizard and returns when it is closed.
+using ShareWizard = std::function<void()>;
 
 // Both on the user-interface thread. An empty function: none.
 void SetShareWizard(ShareWizard wizard);

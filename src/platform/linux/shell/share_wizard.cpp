@@ -19,9 +19,9 @@ void SetShareWizard(ShareWizard wizard) {
     CurrentWizard() = std::move(wizard);
 }
 
-DWORD host::RunShareWizard(HWND owner) {
+DWORD host::RunShareWizard() {
     if (!CurrentWizard()) return ERROR_FILE_NOT_FOUND;
-    CurrentWizard()(owner);
+    CurrentWizard()();
     return ERROR_SUCCESS;
 }
 

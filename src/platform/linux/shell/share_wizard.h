@@ -11,6 +11,6 @@ namespace permora::host {
 inline constexpr std::string_view kShareWizardName = "shrpubw";
 
 // ERROR_FILE_NOT_FOUND where none is set.
-DWORD RunShareWizard(HWND owner);
+DWORD RunShareWizard();
 
 }  // namespace permora::host

@@ -130,12 +130,12 @@ DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD /*attributes*/, SHFILEINFOA* 
 
 // A file of the wizard's name in the current directory is never opened in its place: anyone may have put it
 // there.
-HINSTANCE WINAPI ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR directory,
-                               int /*showCommand*/) {
+HINSTANCE WINAPI ShellExecuteA(HWND /*owner*/, LPCSTR operation, LPCSTR file, LPCSTR parameters,
+                               LPCSTR directory, int /*showCommand*/) {
     const bool isOpen = operation == nullptr || std::string_view(operation) == "open";
     DWORD error = ERROR_NO_ASSOCIATION;
     if (isOpen && file != nullptr && parameters == nullptr && directory == nullptr)
-        error = file == kShareWizardName ? RunShareWizard(owner) : OpenFile(file);
+        error = file == kShareWizardName ? RunShareWizard() : OpenFile(file);
     return reinterpret_cast<HINSTANCE>(error == ERROR_SUCCESS ? kStarted : ShellError(error));
 }
 
