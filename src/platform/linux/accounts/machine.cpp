@@ -54,7 +54,7 @@ struct SambaSettings {
 SambaSettings ReadSambaSettings() {
     SambaSettings settings;
     std::string listing;
-    if (RunTool("testparm", {"-s", "-v"}, {}, listing) != ERROR_SUCCESS) return settings;
+    if (RunTool("testparm", {"-s", "-l", "-v"}, {}, listing) != ERROR_SUCCESS) return settings;
     const std::string folder = ParseGlobalParameter(listing, "private dir");
     if (folder.starts_with('/')) settings.privateFolder = folder;
     settings.guestAccount = ParseGlobalParameter(listing, "guest account");

@@ -1,4 +1,4 @@
-// Letters of ASCII. The case of all others is a matter of language.
+// Texts by the characters of ASCII. The case of all other letters is a matter of language.
 #pragma once
 
 #include <algorithm>
@@ -13,6 +13,13 @@ constexpr char LowerLetter(char letter) {
 
 constexpr bool IsControl(char character) {
     return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
+}
+
+// Without the blanks, tabs and carriage returns at both ends.
+inline std::string_view WithoutOuterBlanks(std::string_view text) {
+    constexpr std::string_view kOuterBlanks = " \t\r";
+    text.remove_prefix(std::min(text.find_first_not_of(kOuterBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kOuterBlanks) + 1);
 }
 
 inline std::string InLowerCase(std::string_view text) {

@@ -79,7 +79,7 @@ std::optional<std::string> FindTool(const std::string& name) {
 }
 
 DWORD RunTool(const std::string& name, const std::vector<std::string>& arguments, const ToolLimits& limits,
-              std::string& output) {
+              std::string& output, FailedOutput failedOutput) {
     const Clock::time_point deadline = Clock::now() + limits.time;
     const std::optional<std::string> path = FindTool(name);
     if (!path) return ERROR_FILE_NOT_FOUND;
@@ -101,9 +101,8 @@ DWORD RunTool(const std::string& name, const std::vector<std::string>& arguments
     if (error != ERROR_SUCCESS) kill(-child, SIGKILL);
     const bool succeeded = EndsWell(child);
     if (error != ERROR_SUCCESS) return error;
-    if (!succeeded) return ERROR_OPERATION_ABORTED;
-    output = std::move(text);
-    return ERROR_SUCCESS;
+    if (succeeded || failedOutput == FailedOutput::kKept) output = std::move(text);
+    return succeeded ? ERROR_SUCCESS : ERROR_OPERATION_ABORTED;
 }
 
 }  // namespace permora::host

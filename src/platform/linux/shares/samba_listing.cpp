@@ -13,13 +13,6 @@ namespace permora::host {
 
 namespace {
 
-constexpr std::string_view kOuterBlanks = " \t\r";
-
-std::string_view WithoutOuterBlanks(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kOuterBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kOuterBlanks) + 1);
-}
-
 std::string_view TakeLine(std::string_view& text) {
     const std::string_view line = text.substr(0, text.find('\n'));
     text.remove_prefix(std::min(line.size() + 1, text.size()));
@@ -60,8 +53,9 @@ constexpr std::uint32_t kFull = nt::kFileAllAccess;
 constexpr std::uint32_t kRead = nt::kFileGenericRead;
 constexpr std::uint32_t kReadAndExecute = nt::kFileGenericRead | nt::kFileGenericExecute;
 
+// What an entry hands down counts for nothing on a share, which has nothing below it.
 char AccessOf(const nt::Ace& ace) {
-    if (ace.flags != 0 || !ace.tail.empty()) return 0;
+    if ((ace.flags & INHERIT_ONLY_ACE) != 0 || !ace.tail.empty()) return 0;
     if (ace.type == ACCESS_DENIED_ACE_TYPE) return ace.mask == kFull ? 'D' : '\0';
     if (ace.type != ACCESS_ALLOWED_ACE_TYPE) return 0;
     if (ace.mask == kFull) return 'F';

@@ -36,7 +36,8 @@ bool HasSection(std::string_view fileText, std::string_view share);
 std::vector<Share> SharesOfSections(const std::vector<SambaSection>& sections);
 
 // Whom a user's own share allows what: "SID:F,SID:R,SID:D," for everything, reading, nothing. Nothing when
-// the descriptor says more than that: entries that are handed down, other masks, no list, a system list.
+// the descriptor says more than that: entries that are only handed down, other masks, no list, a system list.
+// Other flags of entries are left out.
 std::optional<std::string> FormatUserShareAcl(const nt::SecurityDescriptor& descriptor);
 
 // One grant of such a text, whose accounts Samba prints as names where it can.

@@ -1,6 +1,7 @@
 #include "platform/linux/shares/samba_shares.h"
 
 #include <algorithm>
+#include <climits>
 #include <utility>
 
 #include "platform/linux/base/ascii.h"
@@ -50,33 +51,47 @@ DWORD ReadRegistry(const Sections& configuration, Sections& registry) {
 
 // Only names that were listed are ever handed to a tool.
 DWORD FindKeeper(std::string_view name, KeptShare& kept) {
+    if (IsSameShare(name, InterProcessShare().name)) {
+        kept = {Keeper::kNobody, {InterProcessShare().name, {}}};
+        return ERROR_SUCCESS;
+    }
     Sections configuration;
-    Sections registry;
-    Sections users;
     DWORD error = ReadSambaConfiguration(configuration);
-    if (error == ERROR_SUCCESS) error = ReadRegistry(configuration, registry);
     if (error != ERROR_SUCCESS) return error;
     const std::vector<Share> shares = SharesOfSections(configuration);
     const bool isConfigured =
         std::ranges::any_of(shares, [name](const Share& share) { return IsSameShare(share.name, name); });
     if (isConfigured) {
+        Sections registry;
+        error = ReadRegistry(configuration, registry);
+        if (error != ERROR_SUCCESS) return error;
         const SambaSection* registered = FindSection(registry, name);
         const bool isRegistered = registered != nullptr && !IsFixedInFile(name);
         kept = isRegistered ? KeptShare{Keeper::kRegistry, *registered}
                             : KeptShare{Keeper::kFile, *FindSection(configuration, name)};
         return ERROR_SUCCESS;
     }
+    Sections users;
     error = ReadUserShares(users);
     if (error != ERROR_SUCCESS) return error;
-    if (const SambaSection* made = FindSection(users, name); made != nullptr) {
-        SambaSection section;
-        error = ReadUserShare(made->name, section);
-        if (error == ERROR_SUCCESS) kept = {Keeper::kUser, std::move(section)};
-        return error;
-    }
-    if (!IsSameShare(name, InterProcessShare().name)) return NERR_NetNameNotFound;
-    kept = {Keeper::kNobody, {InterProcessShare().name, {}}};
-    return ERROR_SUCCESS;
+    const SambaSection* made = FindSection(users, name);
+    if (made == nullptr) return NERR_NetNameNotFound;
+    SambaSection section;
+    error = ReadUserShare(made->name, section);
+    if (error == ERROR_SUCCESS) kept = {Keeper::kUser, std::move(section)};
+    return error;
+}
+
+// The list of a share for which the tool that reads them failed with `toolError`.
+DWORD ReadOtherDescriptor(Share& share, DWORD toolError) {
+    SambaSection made;
+    const DWORD error = ReadUserShare(share.name, made);
+    if (error == ERROR_SUCCESS) return ReadUserShareDescriptor(made, share.descriptor);
+    Sections configuration;
+    const bool isGone = error == NERR_NetNameNotFound &&
+                        ReadSambaConfiguration(configuration) == ERROR_SUCCESS &&
+                        FindSection(configuration, share.name) == nullptr;
+    return isGone ? NERR_NetNameNotFound : toolError;
 }
 
 // --- Changing a section of the registry.
@@ -85,6 +100,11 @@ DWORD SetParameter(const std::string& share, const std::string& parameter,
                    const std::optional<std::string>& value) {
     if (!value) return TellSambaTool("net", {"conf", "delparm", "--", share, parameter});
     return TellSambaTool("net", {"conf", "setparm", "--", share, parameter, *value});
+}
+
+// What Samba has a number for.
+bool IsLimit(DWORD maxUses) {
+    return maxUses == SHI_USES_UNLIMITED || maxUses <= DWORD{INT_MAX};
 }
 
 std::string LimitText(DWORD maxUses) {
@@ -141,7 +161,8 @@ bool IsPlainText(std::string_view text) {
     return std::none_of(text.begin(), text.end(), IsControl);
 }
 
-// Samba takes what stands behind a percent sign for a variable, and drops blanks around values.
+// Samba takes what stands behind a percent sign for a variable, and drops blanks and quotation marks around
+// values.
 DWORD FindHostFolder(const std::string& path, std::string& hostPath) {
     ObjectHandle folder;
     std::string found;
@@ -149,7 +170,7 @@ DWORD FindHostFolder(const std::string& path, std::string& hostPath) {
     if (error == ERROR_SUCCESS && !folder.IsFolder()) error = NERR_UnknownDevDir;
     if (error == ERROR_SUCCESS) error = HostPathOf(folder.Descriptor(), found);
     if (error != ERROR_SUCCESS) return error;
-    if (!IsPlainText(found) || found.find('%') != found.npos || found.ends_with(' '))
+    if (!IsPlainText(found) || found.find('%') != found.npos || found.ends_with(' ') || found.ends_with('"'))
         return ERROR_NOT_SUPPORTED;
     hostPath = std::move(found);
     return ERROR_SUCCESS;
@@ -185,11 +206,8 @@ DWORD SambaShares::ReadDescriptors(std::span<Share> shares) const {
     for (Share& share : shares) {
         if ((share.type & STYPE_IPC) == STYPE_IPC) continue;
         DWORD error = ReadSambaDescriptor(share.name, share.descriptor);
-        SambaSection made;
         // The tool knows nothing of users' shares.
-        const bool isRefused = error == NERR_InternalError || error == ERROR_ACCESS_DENIED;
-        if (isRefused && ReadUserShare(share.name, made) == ERROR_SUCCESS)
-            error = ReadUserShareDescriptor(made, share.descriptor);
+        if (IsFailureOfTool(error)) error = ReadOtherDescriptor(share, error);
         if (error != ERROR_SUCCESS) return error;
     }
     return ERROR_SUCCESS;
@@ -197,6 +215,7 @@ DWORD SambaShares::ReadDescriptors(std::span<Share> shares) const {
 
 DWORD SambaShares::Change(std::string_view name, const ShareChange& change) const {
     if (change.remark && !IsPlainText(*change.remark)) return ERROR_INVALID_PARAMETER;
+    if (change.maxUses && !IsLimit(*change.maxUses)) return NERR_InvalidMaxUsers;
     KeptShare kept;
     const DWORD error = FindKeeper(name, kept);
     if (error != ERROR_SUCCESS) return error;
@@ -217,6 +236,7 @@ DWORD SambaShares::Change(std::string_view name, const ShareChange& change) cons
 DWORD SambaShares::Add(const Share& share) const {
     if (!IsNameOfShare(share.name)) return ERROR_INVALID_NAME;
     if (!IsPlainText(share.remark)) return ERROR_INVALID_PARAMETER;
+    if (!IsLimit(share.maxUses)) return NERR_InvalidMaxUsers;
     std::string hostPath;
     if (const DWORD error = FindHostFolder(share.path, hostPath); error != ERROR_SUCCESS) return error;
     Sections configuration;
@@ -230,9 +250,7 @@ DWORD SambaShares::Add(const Share& share) const {
         if (FindSection(*sections, share.name) != nullptr) return NERR_DuplicateShare;
     }
     if (UsesRegistry(configuration)) return AddRegistered(share, hostPath);
-    error = AddUserShare(share, hostPath);
-    // Where users' shares are switched off, only the file is left.
-    return error == NERR_InternalError ? ERROR_FILE_READ_ONLY : error;
+    return AddUserShare(share, hostPath);
 }
 
 DWORD SambaShares::Remove(std::string_view name) const {

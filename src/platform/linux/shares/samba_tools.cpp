@@ -9,7 +9,6 @@
 
 #include "platform/linux/accounts/account_names.h"
 #include "platform/linux/accounts/machine.h"
-#include "platform/linux/base/run_tool.h"
 #include "platform/nt/sddl.h"
 
 namespace permora::host {
@@ -26,8 +25,9 @@ constexpr std::uint32_t kWholeDescriptor = 15;
 
 }  // namespace
 
-DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer) {
-    const DWORD error = RunTool(tool, arguments, kSambaToolLimits, answer);
+DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer,
+                   FailedOutput failedOutput) {
+    const DWORD error = RunTool(tool, arguments, kSambaToolLimits, answer, failedOutput);
     if (error == ERROR_FILE_NOT_FOUND) return ERROR_SERVICE_DEPENDENCY_DELETED;
     if (error != ERROR_OPERATION_ABORTED) return error;
     return geteuid() == 0 ? NERR_InternalError : ERROR_ACCESS_DENIED;
@@ -38,22 +38,34 @@ DWORD TellSambaTool(const std::string& tool, const std::vector<std::string>& arg
     return AskSambaTool(tool, arguments, answer);
 }
 
+bool IsFailureOfTool(DWORD error) {
+    return error == NERR_InternalError || error == ERROR_ACCESS_DENIED;
+}
+
+// Without the tool's own judgement ("-l"), which finds fault with configurations that the server takes.
 DWORD ReadSambaConfiguration(std::vector<SambaSection>& sections) {
     std::string answer;
-    const DWORD error = AskSambaTool("testparm", {"-s"}, answer);
+    const DWORD error = AskSambaTool("testparm", {"-s", "-l"}, answer);
     if (error == ERROR_SUCCESS) sections = ParseSambaSections(answer);
     return error;
 }
 
+DWORD ReadSambaSetting(const std::string& name, std::string& value) {
+    std::string answer;
+    const DWORD error = AskSambaTool("testparm", {"-s", "-l", "--parameter-name=" + name}, answer);
+    if (error != ERROR_SUCCESS) return error;
+    if (answer.ends_with('\n')) answer.pop_back();
+    value = std::move(answer);
+    return ERROR_SUCCESS;
+}
+
+// The tool fails as a whole for one share that is damaged, and prints the others all the same.
 DWORD ReadUserShares(std::vector<SambaSection>& sections) {
     std::string answer;
-    const DWORD error = AskSambaTool("net", {"usershare", "info", "--long"}, answer);
-    if (error == NERR_InternalError || error == ERROR_ACCESS_DENIED) {
-        sections.clear();
-        return ERROR_SUCCESS;
-    }
-    if (error == ERROR_SUCCESS) sections = ParseSambaSections(answer);
-    return error;
+    const DWORD error = AskSambaTool("net", {"usershare", "info", "--long"}, answer, FailedOutput::kKept);
+    if (error != ERROR_SUCCESS && !IsFailureOfTool(error)) return error;
+    sections = ParseSambaSections(answer);
+    return ERROR_SUCCESS;
 }
 
 DWORD ReadUserShare(const std::string& name, SambaSection& section) {
@@ -65,7 +77,7 @@ DWORD ReadUserShare(const std::string& name, SambaSection& section) {
     const DWORD error = AskSambaTool("net", {"usershare", "info", "--long", "--", name}, answer);
     if (error != ERROR_SUCCESS) return error;
     std::vector<SambaSection> sections = ParseSambaSections(answer);
-    if (sections.size() != 1 || sections.front().name != name) return NERR_NetNameNotFound;
+    if (sections.size() != 1 || !IsSameShare(sections.front().name, name)) return NERR_NetNameNotFound;
     section = std::move(sections.front());
     return ERROR_SUCCESS;
 }

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/base/run_tool.h"
 #include "platform/linux/shares/samba_listing.h"
 
 namespace permora::host {
@@ -13,17 +14,23 @@ namespace permora::host {
 // ERROR_ACCESS_DENIED when it failed and we are not root, NERR_InternalError when it failed for root, else as
 // RunTool. On failure outputs are as they were.
 
-DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer);
+DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer,
+                   FailedOutput failedOutput = FailedOutput::kDropped);
 DWORD TellSambaTool(const std::string& tool, const std::vector<std::string>& arguments);
+// Whether such an error code says that the tool ran and failed.
+bool IsFailureOfTool(DWORD error);
 
 // The configuration as the server reads it, the registry's part included.
 DWORD ReadSambaConfiguration(std::vector<SambaSection>& sections);
+// One of the settings that hold for the whole server, "usershare path" for example.
+DWORD ReadSambaSetting(const std::string& name, std::string& value);
 
-// Shares that users made for themselves. None when the tool fails: then there can be none, or they are not
-// for our eyes.
+// Shares that users made for themselves. Left out are those that the server does not serve either, because
+// their folder is gone or their file is damaged. None where there can be none, or they are not for our eyes.
 DWORD ReadUserShares(std::vector<SambaSection>& sections);
 // One of them, asked for alone: in the whole list a file's name could pass for the text of other shares, and
-// any user may make such files. NERR_NetNameNotFound.
+// any user may make such files. NERR_NetNameNotFound; a share that is left out above is a failure of the
+// tool.
 DWORD ReadUserShare(const std::string& name, SambaSection& section);
 
 // What a share's own list is, as the server keeps it apart from the configuration.

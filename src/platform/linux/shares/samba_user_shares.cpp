@@ -5,8 +5,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 #include "platform/linux/accounts/account_directory.h"
+#include "platform/linux/accounts/name_service.h"
+#include "platform/linux/base/ascii.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/shares/samba_tools.h"
@@ -15,14 +18,32 @@ namespace permora::host {
 
 namespace {
 
-// The file in which Samba keeps the share. Whoever may make such shares can write in its folder.
-DWORD OpenShareFile(const std::string& name, UniqueFd& file, struct stat& status) {
-    std::string folder;
-    const DWORD error = AskSambaTool("testparm", {"-s", "--parameter-name=usershare path"}, folder);
+// The server reads no more than 10,240 bytes of a share's file, names of the values included, and does not
+// serve a share whose file is longer.
+constexpr std::size_t kLongestTexts = 10'000;
+
+// ERROR_FILE_READ_ONLY where users may make no shares.
+DWORD OpenShareFolder(UniqueFd& folder) {
+    std::string limit;
+    std::string path;
+    DWORD error = ReadSambaSetting("usershare max shares", limit);
+    if (error == ERROR_SUCCESS && limit == "0") error = ERROR_FILE_READ_ONLY;
+    if (error == ERROR_SUCCESS) error = ReadSambaSetting("usershare path", path);
     if (error != ERROR_SUCCESS) return error;
-    if (folder.ends_with('\n')) folder.pop_back();
+    UniqueFd opened(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!opened) return errno == ENOENT ? ERROR_FILE_READ_ONLY : ErrorFromErrno(errno);
+    folder = std::move(opened);
+    return ERROR_SUCCESS;
+}
+
+// The file in which Samba keeps the share, called by its name in small letters. Whoever may make such shares
+// can write in its folder.
+DWORD OpenShareFile(const std::string& name, UniqueFd& file, struct stat& status) {
     if (name.find('/') != name.npos) return ERROR_INVALID_NAME;
-    UniqueFd opened(open((folder + "/" + name).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+    UniqueFd folder;
+    if (const DWORD error = OpenShareFolder(folder); error != ERROR_SUCCESS) return error;
+    UniqueFd opened(
+        openat(folder.Get(), InLowerCase(name).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
     if (!opened || fstat(opened.Get(), &status) != 0) return ErrorFromErrno(errno);
     if (!S_ISREG(status.st_mode) || status.st_nlink != 1) return ERROR_ACCESS_DENIED;
     file = std::move(opened);
@@ -31,8 +52,26 @@ DWORD OpenShareFile(const std::string& name, UniqueFd& file, struct stat& status
 
 DWORD WriteShare(const std::string& name, const std::string& hostPath, const std::string& remark,
                  const std::string& acl, bool allowsGuests) {
+    if (name.size() + hostPath.size() + remark.size() + acl.size() > kLongestTexts)
+        return ERROR_NOT_SUPPORTED;
     return TellSambaTool("net", {"usershare", "add", "--", name, hostPath, remark, acl,
                                  allowsGuests ? "guest_ok=y" : "guest_ok=n"});
+}
+
+// The tool takes no name of a user, whose home the server may share by it, and writes over a share that is
+// there: a damaged one too, which no list shows.
+DWORD CheckNewName(const std::string& name) {
+    UniqueFd folder;
+    if (const DWORD error = OpenShareFolder(folder); error != ERROR_SUCCESS) return error;
+    for (const std::string& user : {name, InLowerCase(name)}) {
+        id_t id = 0;
+        const DWORD error = FindHostId(AccountKind::kUser, user, id);
+        if (error != ERROR_NONE_MAPPED) return error == ERROR_SUCCESS ? ERROR_INVALID_NAME : error;
+    }
+    SambaSection known;
+    const DWORD error = ReadUserShare(name, known);
+    if (error == NERR_NetNameNotFound) return ERROR_SUCCESS;
+    return error == ERROR_SUCCESS || IsFailureOfTool(error) ? NERR_DuplicateShare : error;
 }
 
 // The tool writes a new file, which belongs to whoever ran it.
@@ -100,7 +139,8 @@ DWORD AddUserShare(const Share& share, const std::string& hostPath) {
     if (!share.descriptor.empty()) {
         if (const DWORD error = AclOf(share.descriptor, acl); error != ERROR_SUCCESS) return error;
     }
-    return WriteShare(share.name, hostPath, share.remark, acl, false);
+    const DWORD error = CheckNewName(share.name);
+    return error == ERROR_SUCCESS ? WriteShare(share.name, hostPath, share.remark, acl, false) : error;
 }
 
 DWORD RemoveUserShare(const SambaSection& share) {

@@ -16,10 +16,13 @@ namespace permora::host {
 DWORD ReadUserShareDescriptor(const SambaSection& share, std::vector<std::uint8_t>& descriptor);
 
 // The share remains its maker's. ERROR_NOT_SUPPORTED for what such shares do not have: a limit on users,
-// lists that say more than everything, reading or nothing for an account.
+// lists that say more than everything, reading or nothing for an account, lists and remarks too long for the
+// share's file.
 DWORD ChangeUserShare(const SambaSection& share, const ShareChange& change);
 
-// `hostPath` is the folder of the host. Errors as above.
+// `hostPath` is the folder of the host. Errors as above, ERROR_FILE_READ_ONLY where such shares are switched
+// off, NERR_DuplicateShare also for a share that the server does not serve because it is damaged, and
+// ERROR_INVALID_NAME for the name of one of the host's users.
 DWORD AddUserShare(const Share& share, const std::string& hostPath);
 
 DWORD RemoveUserShare(const SambaSection& share);

@@ -95,6 +95,9 @@ std::optional<Share> ShareOf(const RegistryValue& value) {
 
 DWORD ReadDescriptor(const RegistryDocument& document, Share& share) {
     RegistryValue value;
+    const bool isGone =
+        document.FindValue(kSharesKey, share.name, value) == RegistryDocument::Lookup::kMissing;
+    if (isGone && (share.type & STYPE_IPC) != STYPE_IPC) return NERR_NetNameNotFound;
     const auto lookup = document.FindValue(kSecurityKey, share.name, value);
     if (lookup == RegistryDocument::Lookup::kMissing) return ERROR_SUCCESS;
     if (lookup == RegistryDocument::Lookup::kDamaged || value.type != REG_BINARY ||

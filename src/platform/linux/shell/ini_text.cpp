@@ -4,16 +4,9 @@
 #include <fstream>
 #include <iterator>
 
+#include "platform/linux/base/ascii.h"
+
 namespace permora::host {
-namespace {
-
-std::string_view Trimmed(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r";
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
-}  // namespace
 
 IniGroups ParseIni(std::string_view text) {
     IniGroups groups;
@@ -21,12 +14,13 @@ IniGroups ParseIni(std::string_view text) {
     while (!text.empty()) {
         const std::string_view whole = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(whole.size() + 1, text.size()));
-        const std::string_view line = Trimmed(whole);
+        const std::string_view line = WithoutOuterBlanks(whole);
         const std::size_t equals = line.find('=');
         if (line.starts_with('[') && line.ends_with(']')) {
             group = line.substr(1, line.size() - 2);
         } else if (!line.starts_with('#') && equals != line.npos) {
-            groups[group].emplace(Trimmed(line.substr(0, equals)), Trimmed(line.substr(equals + 1)));
+            groups[group].emplace(WithoutOuterBlanks(line.substr(0, equals)),
+                                  WithoutOuterBlanks(line.substr(equals + 1)));
         }
     }
     return groups;

@@ -107,5 +107,12 @@ TEST(RunToolTest, TakesOutputUpToTheLimit) {
     EXPECT_EQ(output, "1234");
 }
 
+TEST(RunToolTest, KeepsWhatAFailedToolWroteWhereItIsWanted) {
+    std::string output;
+    EXPECT_EQ(RunTool("sh", {"-c", "printf some; exit 1"}, {}, output, FailedOutput::kKept),
+              ERROR_OPERATION_ABORTED);
+    EXPECT_EQ(output, "some");
+}
+
 }  // namespace
 }  // namespace permora::host

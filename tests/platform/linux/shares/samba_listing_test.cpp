@@ -65,7 +65,8 @@ TEST(SambaListingTest, GrantsOfUsersSharesAreReadAndWrittenWholeOrNotAtAll) {
     } cases[] = {
         {"D:(D;;FA;;;BG)(A;;FA;;;BA)(A;;FR;;;WD)", "S-1-5-32-546:d,S-1-5-32-544:f,S-1-1-0:r"},
         {"O:BAD:(A;;0x1200a9;;;WD)", "S-1-1-0:r"},
-        {"D:(A;OICI;FA;;;WD)", nullptr},
+        {"D:(A;OICINP;FA;;;WD)", "S-1-1-0:f"},
+        {"D:(A;OICIIO;FA;;;WD)", nullptr},
         {"D:(A;;FW;;;WD)", nullptr},
         {"D:(D;;FR;;;WD)", nullptr},
         {"D:", nullptr},

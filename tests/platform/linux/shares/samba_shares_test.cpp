@@ -23,6 +23,10 @@ using testing::AllOf;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
+
+constexpr DWORD kNoLimit = SHI_USES_UNLIMITED;
+constexpr const char* kAll = "D:(A;;FA;;;WD)";
 
 using Record = UniqueNetworkBuffer<SHARE_INFO_502>;
 
@@ -86,8 +90,12 @@ class SambaSharesTest : public WithSambaServer {
         return Set(*record);
     }
     static DWORD Add(const std::string& name, DWORD maxUses, const char* sddl) {
+        return AddFolder(name, server->Root(), maxUses, sddl);
+    }
+    static DWORD AddFolder(const std::string& name, const std::string& folder, DWORD maxUses,
+                           const char* sddl) {
         std::u16string wideName = ToWide(name);
-        std::u16string path = ToWide(server->Root());
+        std::u16string path = ToWide(folder);
         std::u16string remark = u"made here";
         const UniqueLocal<void> descriptor = Descriptor(sddl);
         path = u"C:" + path;
@@ -166,7 +174,8 @@ TEST_F(SambaSharesTest, TheServerHasWhatWasWritten) {
 }
 
 TEST_F(SambaSharesTest, WhatTheFileFixesStays) {
-    std::ofstream("/etc/samba/more.conf") << "[included]\npath = " << server->Root() << '\n';
+    std::ofstream("/etc/samba/more.conf")
+        << "[included]\npath = " << server->Root() << "\n[Ipc$]\npath = /\n";
     std::ofstream("/etc/samba/smb.conf", std::ios::app) << "include = /etc/samba/more.conf\n";
     const std::string before = ReadWholeFile("/etc/samba/smb.conf");
     const std::string registry = Net({"conf", "list"}).output;
@@ -188,7 +197,7 @@ TEST_F(SambaSharesTest, WhatTheFileFixesStays) {
 }
 
 TEST_F(SambaSharesTest, AUsersShareStaysTheUsers) {
-    AddUserShare("mine");
+    AddUserShare("Mine");
     const std::string file = "/var/lib/samba/usershares/mine";
     constexpr uid_t kMaker = 65534;
     ASSERT_EQ(chown(file.c_str(), kMaker, kMaker), 0);
@@ -200,14 +209,46 @@ TEST_F(SambaSharesTest, AUsersShareStaysTheUsers) {
     struct stat status {};
     ASSERT_EQ(stat(file.c_str(), &status), 0);
     EXPECT_EQ(status.st_uid, kMaker);
-    EXPECT_EQ(SetList("mine", "D:(A;OICI;FA;;;WD)"), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(SetList("mine", "D:(A;OICIIO;FA;;;WD)"), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(SetRemark(*Get("mine"), std::u16string(10'200, u'x')), ERROR_NOT_SUPPORTED);
     EXPECT_EQ(ListOf("mine"), "D:(A;;FA;;;BA)(A;;FR;;;WD)");
+    EXPECT_EQ(SetList("mine", "D:(A;OICI;FR;;;WD)"), NERR_Success);
+    EXPECT_EQ(ListOf("mine"), "D:(A;;FR;;;WD)");
 
     // A file whose name looks like another share's text makes no one change that other share.
     std::ofstream("/var/lib/samba/usershares/x]\npath=\n[other") << ReadWholeFile(file);
     EXPECT_EQ(Delete("other"), NERR_NetNameNotFound);
     EXPECT_EQ(Delete("mine"), NERR_Success);
     EXPECT_NE(access(file.c_str(), F_OK), 0);
+}
+
+TEST_F(SambaSharesTest, OneShareWithoutFolderHidesNoOthersAndIsNotReplaced) {
+    const std::string configuration = ReadWholeFile("/etc/samba/smb.conf");
+    const std::string folder = server->Root() + "/gone";
+    // The server bears this; its tools' own judgement does not.
+    std::ofstream("/etc/samba/smb.conf")
+        << configuration << "[global]\nregistry shares = no\nwins support = yes\nwins server = 127.0.0.1\n";
+    AddUserShare("of the host");
+    // Which of them the tool comes upon last is chance.
+    for (const std::string name : {"first", "second"}) {
+        ASSERT_EQ(mkdir(folder.c_str(), 0755), 0);
+        for (const std::string made : {"first", "second"})
+            ASSERT_EQ(AddFolder(made, made == name ? folder : server->Root(), kNoLimit, kAll), NERR_Success);
+        ASSERT_EQ(rmdir(folder.c_str()), 0);
+        const std::string file = "/var/lib/samba/usershares/" + name;
+        const std::string before = ReadWholeFile(file);
+        EXPECT_THAT(Listed(), AllOf(Contains(StartsWith("of the host|")),
+                                    Contains(StartsWith(name == "first" ? "second|" : "first|")),
+                                    Not(Contains(StartsWith(name)))));
+        EXPECT_EQ(Add(name, kNoLimit, kAll), NERR_DuplicateShare);
+        EXPECT_EQ(ReadWholeFile(file), before);
+        for (const char* made : {"first", "second"})
+            ASSERT_EQ(Net({"usershare", "delete", made}).exitCode, 0);
+    }
+    EXPECT_EQ(Add("Daemon", kNoLimit, kAll), ERROR_INVALID_NAME);
+    std::ofstream("/etc/samba/smb.conf", std::ios::app) << "usershare max shares = 0\n";
+    EXPECT_EQ(Add("late", kNoLimit, kAll), ERROR_FILE_READ_ONLY);
+    std::ofstream("/etc/samba/smb.conf") << configuration;
 }
 
 TEST_F(SambaSharesTest, NewSharesGoIntoTheRegistry) {
@@ -218,6 +259,7 @@ TEST_F(SambaSharesTest, NewSharesGoIntoTheRegistry) {
     EXPECT_EQ(Add("plain", 3, "D:(A;;FA;;;WD)"), NERR_DuplicateShare);
     for (const char* name : {"global", "Homes", "100%"})
         EXPECT_EQ(Add(name, 3, "D:(A;;FA;;;WD)"), ERROR_INVALID_NAME) << name;
+    EXPECT_EQ(Add("many", DWORD{1} << 31, "D:(A;;FA;;;WD)"), NERR_InvalidMaxUsers);
     // A share whose list cannot be kept is not left open to everyone.
     EXPECT_NE(Add("half", 3, "D:(A;;FA;;;BA)S:(ML;;NW;;;LW)"), NERR_Success);
     Get("half", NERR_NetNameNotFound);
