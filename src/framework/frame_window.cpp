@@ -43,6 +43,11 @@ bool IsBar(const CWnd& window) {
            dynamic_cast<const CDialogBar*>(&window) != nullptr;
 }
 
+// A request that was on its way when a modal window opened would act behind its back, or destroy it.
+bool TakesRequests(const CFrameWnd& frame) {
+    return frame.IsWindowEnabled() && !IsModalWindowOpen();
+}
+
 bool IsShown(const CWnd& window) {
     return (window.GetStyle() & WS_VISIBLE) != 0;
 }
@@ -55,7 +60,9 @@ struct CFrameWnd::Parts final : public FrameEvents {
     void OnMenuOpening(CMenu::Items& items) override { UpdateMenuStates(items, frame); }
     void OnHighlight(unsigned int id) override { frame.ShowPrompt(id); }
     void OnChosen(unsigned int id) override { frame.RunCommand(id); }
-    void OnCloseRequest() override { frame.OnClose(); }
+    void OnCloseRequest() override {
+        if (TakesRequests(frame)) frame.OnClose();
+    }
     void OnIdle() override {
         if (auto* toolBar = FindBar<CToolBar>(&frame)) toolBar->UpdateButtons(frame);
     }
@@ -142,8 +149,7 @@ void CFrameWnd::RecalcLayout() {
 }
 
 void CFrameWnd::RunCommand(unsigned int id) {
-    // A command that was on its way when a modal window opened would act behind its back.
-    if (IsWindowEnabled()) SendCommand(*this, id);
+    if (TakesRequests(*this)) SendCommand(*this, id);
 }
 
 void CFrameWnd::ShowPrompt(unsigned int id) {

@@ -183,6 +183,8 @@ Size DialogBaseUnits();
 int RunToolkit(int argc, char** argv, const std::function<bool()>& start,
                const std::function<void()>& finish);
 void StopToolkit();
+// Whether a modal window is open, message boxes included. User-interface thread.
+bool IsModalWindowOpen();
 
 // Runs `work` on the user-interface thread after `milliseconds`. User-interface thread.
 void PostLater(int milliseconds, std::function<void()> work);

@@ -117,6 +117,7 @@ TEST(Frame, KeysActUnlessAModalDialogOrAnEditFieldHasThem) {
             EXPECT_TRUE(QTest::qWaitForWindowActive(QApplication::activeModalWidget()));
             frame.PressKey(Qt::Key_P, Qt::AltModifier);
             frame.RunCommand(ID_PERMISSIONS);
+            frame.PostClose();
             frame.PressKey(Qt::Key_Escape);
         });
         CDialog(IDD_RENAME, &frame).DoModal();
@@ -208,6 +209,18 @@ TEST(Frame, ClosingIsTheFramesDecision) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return !frame.HasWindow(); }));
     EXPECT_FALSE(frame.view.HasWindow());
     EXPECT_TRUE(frame.Show());  // the object may have another window
+
+    frame.log.clear();
+    UiDriver ui;
+    ui.ExpectMessageBox("of no window", "", MB_OK, [&](WindowDriver& box) {
+        frame.PostClose();
+        QCoreApplication::processEvents();
+        frame.RunCommand(ID_PERMISSIONS);
+        box.Press("Return");
+    });
+    MessageBoxA(nullptr, "of no window", "", MB_OK);
+    EXPECT_THAT(frame.log, IsEmpty()) << "nothing happens behind a message box";
+    EXPECT_TRUE(frame.HasWindow());
 }
 
 TEST(Frame, APopupMenuGivesTheCommandAndGreysWhatNobodyHandles) {

@@ -55,6 +55,10 @@ void StopToolkit() {
     QApplication::quit();
 }
 
+bool IsModalWindowOpen() {
+    return QApplication::activeModalWidget() != nullptr;
+}
+
 bool IsUiThread() {
     return uiThread.load() == std::this_thread::get_id();
 }
