@@ -25,7 +25,9 @@ WorkerThread::~WorkerThread() {
 
 DWORD WorkerThread::Start(std::function<void()> work) {
     Wait();
-    auto task = std::make_unique<Task>(std::move(work));
+    // An exception ends the program, as on any thread. Kept in the future it would let a window wait for ever
+    // for work that is half done.
+    auto task = std::make_unique<Task>([work = std::move(work)]() noexcept { work(); });
     std::future<void> taskEnd = task->get_future();
     SECURITY_ATTRIBUTES attributes{sizeof attributes, nullptr, TRUE};
     // Closed at once: the task tells its end.
