@@ -1,7 +1,5 @@
 #include "framework/list_ctrl.h"
 
-#include <type_traits>
-
 #include "framework/list_native.h"
 #include "framework/list_styles.h"
 #include "framework/styles.h"
@@ -12,17 +10,6 @@ namespace {
 
 NativeListView* NativeOf(const CListCtrl& list) {
     return WindowAccess::NativeAs<NativeListView>(list);
-}
-
-// What `work` answers for the view half on the user-interface thread; `otherwise` while the list has no
-// window.
-template <class Work, class Result = std::invoke_result_t<Work, NativeListView&>>
-Result AskOnUiThread(const CListCtrl& list, Result otherwise, const Work& work) {
-    Result result = std::move(otherwise);
-    CallOnUiThread([&] {
-        if (NativeListView* view = NativeOf(list)) result = work(*view);
-    });
-    return result;
 }
 
 DWORD BitsOf(ListView view) {
@@ -91,18 +78,18 @@ ListView CListCtrl::GetView() const {
 }
 
 bool CListCtrl::InsertItem(int row, const std::string& text, int image) {
-    return AskOnUiThread(*this, false,
-                         [&](NativeListView& view) { return view.InsertRow(row, text, image); });
+    NativeListView* view = NativeOf(*this);
+    return view != nullptr && view->InsertRow(row, text, image);
 }
 
 bool CListCtrl::SetItemText(int row, int column, const std::string& text) {
-    return AskOnUiThread(*this, false,
-                         [&](NativeListView& view) { return view.SetRowText(row, column, text); });
+    NativeListView* view = NativeOf(*this);
+    return view != nullptr && view->SetRowText(row, column, text);
 }
 
 std::string CListCtrl::GetItemText(int row, int column) const {
-    return AskOnUiThread(*this, std::string(),
-                         [&](NativeListView& view) { return std::string(view.Rows().Text(row, column)); });
+    const NativeListView* view = NativeOf(*this);
+    return view != nullptr ? std::string(view->Rows().Text(row, column)) : std::string();
 }
 
 bool CListCtrl::SetItemData(int row, std::intptr_t data) {
@@ -128,7 +115,8 @@ bool CListCtrl::DeleteAllItems() {
 }
 
 int CListCtrl::GetItemCount() const {
-    return AskOnUiThread(*this, 0, [](NativeListView& view) { return view.Rows().Count(); });
+    const NativeListView* view = NativeOf(*this);
+    return view != nullptr ? view->Rows().Count() : 0;
 }
 
 int CListCtrl::GetSelectedCount() const {
@@ -190,10 +178,13 @@ void CListCtrl::SortItems(const std::function<bool(std::intptr_t, std::intptr_t)
 }
 
 void CListCtrl::EnsureVisible(int row) {
-    AskOnUiThread(*this, false, [row](NativeListView& view) {
-        if (view.Rows().Has(row)) view.EnsureVisible(row);
-        return true;
-    });
+    NativeListView* view = NativeOf(*this);
+    if (view != nullptr && view->Rows().Has(row)) view->EnsureVisible(row);
+}
+
+bool CListCtrl::IsItemVisible(int row) const {
+    NativeListView* view = NativeOf(*this);
+    return view != nullptr && view->Rows().Has(row) && view->IsInView(row);
 }
 
 }  // namespace permora

@@ -26,8 +26,6 @@ constexpr ListStyle operator|(ListStyle one, ListStyle other) {
 }
 
 // Rows are counted from 0, as shown. Rows are cheap: 100,000 of them may be inserted one by one.
-// InsertItem, SetItemText, GetItemText, GetItemCount and EnsureVisible may be called from any thread; a
-// worker waits until the user-interface thread has done it.
 class CListCtrl : public CWnd {
   public:
     // A list as the child of `owner` that is not from a template.
@@ -73,6 +71,8 @@ class CListCtrl : public CWnd {
     // Stable; `isLess` compares item data.
     void SortItems(const std::function<bool(std::intptr_t, std::intptr_t)>& isLess);
     void EnsureVisible(int row);
+    // Whether at least a part of the row can be seen without scrolling.
+    bool IsItemVisible(int row) const;
 };
 
 }  // namespace permora

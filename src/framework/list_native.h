@@ -49,6 +49,7 @@ class NativeListView : public NativeWindow {
     void SetCursor(const ListCursor& cursor);
 
     virtual void EnsureVisible(int row) = 0;
+    virtual bool IsInView(int row) = 0;  // at least a part of it
 
     // The back end's reports of the user's acts. True: a handler took it. A handler may destroy the list.
     bool ReportRow(Notify code, int row, Point client);

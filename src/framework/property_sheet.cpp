@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <vector>
 
 #include "framework/dialog_controls.h"
@@ -100,8 +99,6 @@ struct CPropertySheet::State {
     int firstPage = 0;
     bool isWizard = false;
     std::vector<CPropertyPage*> pages;
-
-    std::atomic<unsigned int> runNumber = 0;  // what was meant for one run must not reach the next
 
     // The run; null and kNoPage between runs. User-interface thread only, as all but the number.
     ModalWindow* modal = nullptr;
@@ -391,7 +388,7 @@ void CPropertySheet::State::End(int value) {
 
 // ---- The contract ----
 
-CPropertySheet::CPropertySheet() : state(std::make_shared<State>(*this)) {}
+CPropertySheet::CPropertySheet() : state(std::make_unique<State>(*this)) {}
 
 CPropertySheet::~CPropertySheet() = default;
 
@@ -448,14 +445,7 @@ void CPropertySheet::SetWizardMode() {
 }
 
 void CPropertySheet::SetWizardButtons(WizardButtons buttons) {
-    if (IsUiThread()) {
-        state->ShowWizardButtons(buttons);
-        return;
-    }
-    PostToUiThread([weakState = std::weak_ptr(state), number = state->runNumber.load(), buttons] {
-        const auto running = weakState.lock();
-        if (running && running->runNumber == number) running->ShowWizardButtons(buttons);
-    });
+    state->ShowWizardButtons(buttons);
 }
 
 void CPropertySheet::Cancel() {
@@ -467,7 +457,6 @@ int CPropertySheet::DoModal() {
     if (state->Count() == 0 || HasWindow()) return kFailed;
     ModalWindow modal(*this, state->owner, WS_POPUP | WS_CAPTION | WS_SYSMENU, 0);
     modal.onNextPage = [this](int direction) { return state->OnNextPage(direction); };
-    ++state->runNumber;
     state->modal = &modal;
     state->result = IDCANCEL;
     state->hasEnded = false;

@@ -61,8 +61,7 @@ class CPropertySheet : public CWnd {
     CPropertyPage* GetActivePage() const;
     bool SetActivePage(int index);
     void SetWizardMode();
-    // Which wizard buttons there are and can be pressed. Any thread; what a worker asks for reaches only the
-    // run in which it asks.
+    // Which wizard buttons there are and can be pressed.
     void SetWizardButtons(WizardButtons buttons);
     // What the Cancel button does, also while that is disabled.
     void Cancel();
@@ -78,7 +77,7 @@ class CPropertySheet : public CWnd {
   private:
     friend class CPropertyPage;
     struct State;
-    std::shared_ptr<State> state;  // a worker's call may arrive when the sheet has gone
+    std::unique_ptr<State> state;
 };
 
 }  // namespace permora

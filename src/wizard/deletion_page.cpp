@@ -110,11 +110,13 @@ void CWizardPage2::ShowStatus() {
     if (!IsRunning()) return;
     const bool hasEnded = run->hasEnded;  // asked first: then all rows are there
     auto& list = RequiredControl<CListCtrl>(*this, IDC_DELETION_STATUS);
+    // The list follows its end until the user looks at something in it.
+    const int last = list.GetItemCount() - 1;
+    const bool isFollowing = list.GetSelectedCount() == 0 && (last < 0 || list.IsItemVisible(last));
     for (const StatusChange& change : run->TakeChanges()) {
         if (!list.SetItemText(change.row, 0, change.text)) list.InsertItem(change.row, change.text);
     }
-    // The list follows its end until the user looks at something in it.
-    if (list.GetSelectedCount() == 0) list.EnsureVisible(list.GetItemCount() - 1);
+    if (isFollowing) list.EnsureVisible(list.GetItemCount() - 1);
     if (!hasEnded) return;
     run->isOver = true;
     Sheet()->SetWizardButtons(WizardButtons::kFinish);

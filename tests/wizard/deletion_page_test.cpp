@@ -173,7 +173,7 @@ TEST_F(WizardDeletionPage, DeletesNothingWithoutAYesAndNoDrives) {
 }
 
 // Where a run is when its user closes the window.
-enum class Moment { kBefore, kQuestion, kInAFile, kBetweenEntries, kAfter };
+enum class Moment { kBefore, kRefused, kInAFile, kBetweenEntries, kAfter };
 
 class WizardDeletionEnds : public WizardDeletionPage,
                            public ::testing::WithParamInterface<std::tuple<Moment, bool>> {};
@@ -191,10 +191,10 @@ TEST_P(WizardDeletionEnds, AtEveryMoment) {
     opening = &gate;
     if (moment == Moment::kInAFile) closedGate = Gate::kWrite;
     if (moment == Moment::kBetweenEntries) closedGate = Gate::kFlush;
-    items.askBeforeSecureDeletion = moment == Moment::kQuestion;
+    items.askBeforeSecureDeletion = moment == Moment::kRefused;
     Run({"top", "later"}, [&](WindowDriver& window) {
         if (moment == Moment::kBefore) return leave(window);
-        if (moment == Moment::kQuestion) ExpectQuestion(IDNO);
+        if (moment == Moment::kRefused) ExpectQuestion(IDNO);
         GoToDeletion(window);
         if (moment == Moment::kAfter) WaitForEnd(window);
         if (!isStoppedAtWork) return leave(window);
@@ -226,13 +226,13 @@ TEST_P(WizardDeletionEnds, AtEveryMoment) {
 }
 
 std::string NameOf(const ::testing::TestParamInfo<std::tuple<Moment, bool>>& tested) {
-    constexpr const char* kNames[] = {"Before", "InTheQuestion", "InAFile", "BetweenEntries", "After"};
+    constexpr const char* kNames[] = {"Before", "AfterANo", "InAFile", "BetweenEntries", "After"};
     const auto [moment, byCloseBox] = tested.param;
     return std::string(kNames[static_cast<std::size_t>(moment)]) + (byCloseBox ? "ByCloseBox" : "ByCancel");
 }
 
 INSTANTIATE_TEST_SUITE_P(Wizard, WizardDeletionEnds,
-                         ::testing::Combine(::testing::Values(Moment::kBefore, Moment::kQuestion,
+                         ::testing::Combine(::testing::Values(Moment::kBefore, Moment::kRefused,
                                                               Moment::kInAFile, Moment::kBetweenEntries,
                                                               Moment::kAfter),
                                             ::testing::Bool()),

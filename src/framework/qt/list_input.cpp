@@ -167,13 +167,15 @@ void ListWidget::contextMenuEvent(QContextMenuEvent* event) {
 void ListWidget::keyPressEvent(QKeyEvent* event) {
     const QPointer<ListWidget> self(this);
     const unsigned int virtualKey = VirtualKeyOf(event->key());
-    const bool isTaken = virtualKey != 0 && list->ReportKey(virtualKey);
-    if (!self) return;
-    const SelectMode mode = ModeOf(event->modifiers());
     const bool isSearching = sinceTyped.isValid() && !searched.isEmpty() &&
                              sinceTyped.elapsed() < QApplication::keyboardInputInterval();
+    // A space in the name that is searched for must not act on the row.
+    const bool isSpaceTyped = event->key() == Qt::Key_Space && isSearching;
+    const bool isTaken = virtualKey != 0 && !isSpaceTyped && list->ReportKey(virtualKey);
+    if (!self) return;
+    const SelectMode mode = ModeOf(event->modifiers());
     if (MoveByKey(event->key(), mode)) return;
-    if (event->key() == Qt::Key_Space && !isSearching) {
+    if (event->key() == Qt::Key_Space && !isSpaceTyped) {
         PressSpace(*list, mode);
         return;
     }

@@ -21,6 +21,9 @@ class QtListView : public qt::WidgetWindow<NativeListView> {
     void Redraw() override { List().viewport()->repaint(); }
     void Invalidate() override { List().viewport()->update(); }
     void EnsureVisible(int row) override { List().EnsureVisible(row); }
+    bool IsInView(int row) override {
+        return List().viewport()->rect().intersects(List().CellInViewport(row));
+    }
     void StyleChanged(DWORD before) override;
 
   protected:
