@@ -33,12 +33,9 @@ PermissionChoice ChoiceOf(const AccessEntry& entry) {
 std::string RemarkOn(const AccessEntryList& list) {
     std::string remark;
     if (!list.IsInCanonicalOrder()) remark = "The entries are not in the usual order.";
-    const std::size_t others = list.OtherTypeCount();
-    if (others == 0) return remark;
-    if (!remark.empty()) remark += ' ';
-    return remark + (others == 1 ? "1 entry of another type is not shown; applying drops it."
-                                 : std::to_string(others) +
-                                       " entries of other types are not shown; applying drops them.");
+    const std::string others = OtherTypesRemark(list.OtherTypeCount());
+    if (!remark.empty() && !others.empty()) remark += ' ';
+    return remark + others;
 }
 
 }  // namespace

@@ -22,4 +22,10 @@ std::vector<AccessRow> AccessRowsOf(AccessEntryList& list) {
     return rows;
 }
 
+std::string OtherTypesRemark(std::size_t count) {
+    if (count == 0) return {};
+    if (count == 1) return "1 entry of another type is not shown; applying drops it.";
+    return std::to_string(count) + " entries of other types are not shown; applying drops them.";
+}
+
 }  // namespace permora

@@ -25,5 +25,7 @@ struct AccessRow {
 
 // A row for every allow and deny entry, in list order. Looks up the names of all accounts.
 std::vector<AccessRow> AccessRowsOf(AccessEntryList& list);
+// What is said of `count` entries that have no row, where the list is about to be replaced; empty for none.
+std::string OtherTypesRemark(std::size_t count);
 
 }  // namespace permora

@@ -28,9 +28,12 @@ void AppendEntries(const std::vector<WizardAccountRow>& accounts, BYTE type, DWO
 
 void AccountRights::LoadFromDacl(PACL acl) {
     accounts.clear();
+    otherTypeCount = 0;
     Select(std::nullopt);
     for (const AccessEntry& entry : EntriesOfDacl(acl)) {
-        if ((!entry.IsAllow() && !entry.IsDeny()) || !entry.account.sid) continue;
+        const bool isOther = !entry.IsAllow() && !entry.IsDeny();
+        if (isOther && !entry.IsInherited()) ++otherTypeCount;
+        if (isOther || !entry.account.sid) continue;
         WizardAccountRow& row = accounts[Add(entry.account)];
         if (entry.IsInherited()) {
             (entry.IsAllow() ? row.inheritedAllow : row.inheritedDeny) |= entry.mask;

@@ -53,6 +53,8 @@ class AccountRights {
 
     // Replaces the accounts by those of the allow and deny entries of `acl`; none is selected then.
     void LoadFromDacl(PACL acl);
+    // The object's own entries of other types, which Entries() leaves out.
+    std::size_t OtherTypeCount() const { return otherTypeCount; }
 
     const std::vector<WizardAccountRow>& Accounts() const { return accounts; }
     // Through which its names are looked up.
@@ -81,6 +83,7 @@ class AccountRights {
     void CheckByMask(DWORD mask, bool isChecked);
 
     std::vector<WizardAccountRow> accounts;
+    std::size_t otherTypeCount = 0;
     std::optional<std::size_t> selected;
     std::array<bool, kRights> boxes{};
 };

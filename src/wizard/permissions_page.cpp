@@ -5,7 +5,9 @@
 #include "editor/required_control.h"
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
+#include "security/access_rows.h"
 #include "security/dacl_builder.h"
+#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
@@ -72,6 +74,8 @@ bool CWizardPage3::OnSetActive() {
     isRead = !names.empty() && LoadAccounts();
     // Without the first item's list there is nothing that could be meant for all.
     if (isRead) Sheet()->SetWizardButtons(WizardButtons::kBack | WizardButtons::kFinish);
+    if (rights.OtherTypeCount() > 0)
+        ShowInfoBox(GetSafeHwnd(), OtherTypesRemark(rights.OtherTypeCount()).c_str());
     return CPropertyPage::OnSetActive();
 }
 
@@ -123,10 +127,11 @@ void CWizardPage3::OnAccountClicked() {
     SelectAccount(index);
 }
 
-// What a click does, done with the keyboard. What the page selects itself is shown already.
+// What a click does, done with the keyboard or the other mouse button. What the page selects itself is shown
+// already.
 void CWizardPage3::OnAccountSelected(Notification& notification) {
     const bool isShown = rights.Selected() == static_cast<std::size_t>(notification.row);
-    if (!isShown && List(IDC_WIZARD_ACCOUNTS).IsSelected(notification.row)) OnAccountClicked();
+    if (isShown != List(IDC_WIZARD_ACCOUNTS).IsSelected(notification.row)) OnAccountClicked();
 }
 
 void CWizardPage3::OnRightChanged() {

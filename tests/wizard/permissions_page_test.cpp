@@ -146,6 +146,12 @@ TEST_F(WizardPermissionsPage, AccountsAreRemovedAndTheKeyboardDoesAll) {
         EXPECT_EQ(window.FocusedControl(), unsigned{IDC_WIZARD_ACCOUNTS});
         window.Press("Down");
         EXPECT_EQ(Marks(window), "11111111111111");
+        window.Press("Ctrl+Space");  // selects none
+        EXPECT_EQ(Marks(window), "00000000000000");
+        window.Click(IDC_WIZARD_REMOVE_ACCOUNT);
+        EXPECT_EQ(window.Rows(IDC_WIZARD_ACCOUNTS).size(), 2U) << "none was selected";
+        window.SelectRow(IDC_WIZARD_ACCOUNTS, 1);
+        EXPECT_EQ(Marks(window), "11111111111111");
         for (const char* key : {"Tab", "Tab", "Tab"})
             window.Press(key);
         EXPECT_EQ(window.FocusedControl(), unsigned{IDC_COMBINATIONS});
@@ -205,6 +211,14 @@ TEST_F(WizardPermissionsPage, WithoutTheFirstItemsListThereIsNoFinish) {
                             kInformationCaption, MB_OK | MB_ICONINFORMATION, IDOK);
     });
     EXPECT_EQ(DaclText(folder.Path("top/second")), "D:PAI(A;;FA;;;WD)");
+
+    Give(folder.Path("top/first"), "D:P(OA;;CC;bf967aba-0de6-11d0-a285-00aa003049e2;;BA)(A;;FR;;;BU)");
+    Assign(
+        {"first"}, [](WindowDriver& window) { window.Click(SheetButton::kCancel); },
+        [&] {
+            ui.ExpectMessageBox("1 entry of another type is not shown; applying drops it.",
+                                kInformationCaption, MB_OK | MB_ICONINFORMATION, IDOK);
+        });
 
     // An empty list is one that was read.
     Give(folder.Path("top/first"), "D:P");
