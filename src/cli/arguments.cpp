@@ -63,7 +63,7 @@ std::string RightsHelp() {
 }
 
 std::string CombinationHelp() {
-    std::string help = "Exactly the rights of a ready-made combination:";
+    std::string help = "The rights of a ready-made combination and no others:";
     for (const UsableCombination& combination : kUsableCombinations)
         help += std::string("\n  ") + combination.text;
     return help;
@@ -166,7 +166,13 @@ void Parser::AddAssign() {
         AddChange(Command::kAssign, "assign",
                   "Give an account exactly some rights, as the security wizard does: the first\n"
                   "object's own entries, with this change, replace those of every object. What an\n"
-                  "object inherits stays; a right that comes from above is taken away by denying it");
+                  "object inherits stays; a right that comes from above is taken away by denying it.\n"
+                  "\"Full control\" and \"Allow all\" add nothing to rights that come from above; where\n"
+                  "some would be missing, nothing is changed: 0xf01ff gives each right by itself");
+    assign->get_option("--replace-null-list")
+        ->description(
+            "Change even an object without any access list, which allows everyone everything;\n"
+            "the first one must have a list, since all get what is made of it");
     AddAccount(assign);
     CLI::Option_group* choice = assign->add_option_group("choice", "One of:");
     choice->add_option("--combination", combination, CombinationHelp())->type_name("NAME");
@@ -325,7 +331,7 @@ std::string Parser::InterpretRights() {
     if (arguments.command != Command::kAssign) return "";
     if ((*mask & ~FULL_CONTROL_RIGHTS) != 0)
         return "--rights: assign knows single rights only, no generic ones";
-    if (*mask == FULL_CONTROL_RIGHTS) arguments.rights = RIGHTS_DISPLAY_MASK;
+    if (NamesFullControl(Unshielded(rights))) arguments.rights = RIGHTS_DISPLAY_MASK;
     return "";
 }
 

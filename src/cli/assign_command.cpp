@@ -2,26 +2,45 @@
 
 #include "cli/list_change.h"
 #include "cli/listing.h"
-#include "platform/api/errors.h"
+#include "security/access_rights.h"
 #include "wizard/account_rights.h"
 
 namespace permora {
 namespace {
 
-// The entries that all objects are to get; nothing after a message.
+// Whether the selected account has all `wanted` rights; false after a message. Some are missing only where
+// full control as a whole is taken for there because a part of it comes from above.
+bool HasRights(const AccountRights& rights, DWORD wanted, ConsoleMessages& messages) {
+    std::string missing;
+    for (std::size_t right = 1; right < AccountRights::kRights; ++right) {
+        if ((kAccessRights[right].bits & wanted) == 0 || rights.IsChecked(right)) continue;
+        missing += (missing.empty() ? "" : ", ") + std::string(kAccessRights[right].listName);
+    }
+    if (missing.empty()) return true;
+    messages.Say(
+        "not changed: full control adds nothing to rights that come from above, and the account "
+        "would not have: " +
+        missing + " (--rights 0xf01ff gives each right by itself)");
+    return false;
+}
+
+// The entries that all objects are to get; nothing after a message. What the first object would lose is
+// asked here, so that nothing is touched when it may not be changed itself.
 std::optional<std::vector<AccessEntry>> MakeEntries(const Arguments& arguments, const AccountRecord& account,
                                                     const Target& first, ConsoleMessages& messages) {
     AccountRights rights;
-    if (const DWORD error = EnterFolder(first); error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
-        return std::nullopt;
-    }
+    ObjectSecurity object;
+    if (!ReadForChange(first, object, messages)) return std::nullopt;
     if (!LoadAccountsFromItem(nullptr, first.name.c_str(), first.place, rights)) {
         if (!messages.HasSpoken()) messages.Say("its access list cannot be read");
         return std::nullopt;
     }
-    rights.Select(rights.Add(account));
+    if (!MayReplace(LossesOf(object), arguments, messages)) return std::nullopt;
+    const std::size_t index = rights.Add(account);
+    rights.Select(index);
     rights.ApplyCombination(arguments.rights);
+    rights.Select(index);  // the boxes show what was written, not what was ticked
+    if (!HasRights(rights, arguments.rights, messages)) return std::nullopt;
     return rights.Entries();
 }
 
@@ -58,9 +77,9 @@ bool RunAssign(const Arguments& arguments, const AccountRecord& account, const s
     std::optional<std::vector<AccessEntry>> entries;
     UniqueLocal<ACL> dacl;
     const UniqueLibrary library = LoadAccessListLibrary(nullptr);
+    messages.SetSubject(arguments.paths.front());
     // Of another object's list the others would become something else than was asked for.
     if (!targets.empty() && targets.front().argument == arguments.paths.front()) {
-        messages.SetSubject(targets.front().argument);
         entries = MakeEntries(arguments, account, targets.front(), messages);
         if (entries) dacl = BuildWholeDacl(library.get(), *entries, WrittenMasks::kAsHeld, messages);
     }

@@ -16,7 +16,7 @@
 
 namespace permora {
 
-// Each answers with a truth value, or null, after a message when it failed.
+// What answers false or null has said why.
 
 // Makes the target's folder current and reads its list.
 bool ReadForChange(const Target& target, ObjectSecurity& object, ConsoleMessages& messages);

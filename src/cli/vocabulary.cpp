@@ -87,6 +87,15 @@ std::optional<DWORD> ParseRights(std::string_view list, std::string& problem) {
     return mask;
 }
 
+bool NamesFullControl(std::string_view list) {
+    for (std::size_t begin = 0; begin <= list.size();) {
+        const std::string_view item = list.substr(begin, list.substr(begin).find(','));
+        if (RightByName(Normalized(item)) == FULL_CONTROL_RIGHTS) return true;
+        begin += item.size() + 1;
+    }
+    return false;
+}
+
 std::optional<DWORD> ParseCombination(std::string_view text) {
     const std::string name = Normalized(text);
     for (const UsableCombination& combination : kUsableCombinations)

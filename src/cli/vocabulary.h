@@ -14,6 +14,8 @@ namespace permora {
 // decimal. SYNCHRONIZE is left out, since every entry gets it. Nothing when a name is unknown, a number has
 // bits that no right stands for, or no right remains; `problem` then says why, else it is untouched.
 std::optional<DWORD> ParseRights(std::string_view list, std::string& problem);
+// Whether such a list names full control as a whole, rather than all rights one by one or as a mask.
+bool NamesFullControl(std::string_view list);
 
 // The mask of one of kUsableCombinations given by its text; letter case does not matter.
 std::optional<DWORD> ParseCombination(std::string_view text);

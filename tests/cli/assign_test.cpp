@@ -60,6 +60,22 @@ TEST_F(AssignTest, EveryObjectGetsTheFirstOnesEntriesWithTheChange) {
     EXPECT_EQ(ListOf(second), "D:PAI(A;OICI;0x1f03ff;;;BU)(A;OICI;CCSWLORC;;;BG)\n");
 }
 
+// Beside a right from above full control as a whole adds nothing.
+TEST_F(AssignTest, RightsThatWouldBeMissingAreNamed) {
+    ASSERT_EQ(SetSddl(top, "D:P(A;OICI;0xd01ff;;;BA)"), 0U);
+    const std::string before = ListOf(first);
+    const std::vector<std::string> choices[] = {{"--combination", "Allow all"},
+                                                {"--rights", "1,Full control"}};
+    for (std::vector<std::string> whole : choices) {
+        whole.insert(whole.end(), {"--account", "Administrators"});
+        EXPECT_THAT(Assign({first, second}, whole, 1), HasSubstr("would not have: Read permissions ("));
+        EXPECT_EQ(ListOf(first), before);
+    }
+    Assign({first}, {"--account", "Administrators", "--rights", "0xf01ff"});
+    EXPECT_EQ(ListOf(first),
+              "D:AI(A;OICI;FR;;;BU)(A;OICI;RC;;;BA)(A;OICIID;CCDCLCSWRPWPDTLOCRSDWDWO;;;BA)\n");
+}
+
 TEST_F(AssignTest, NothingIsLostUnasked) {
     const std::vector<std::string> readers = {"--account", "Everyone", "--combination", "Read"};
     const char* const foreign = "D:PAI(OA;;CC;bf967aba-0de6-11d0-a285-00aa003049e2;;BA)(A;;FA;;;BA)";
@@ -69,9 +85,12 @@ TEST_F(AssignTest, NothingIsLostUnasked) {
     EXPECT_THAT(ListOf(first), HasSubstr("(A;OICI;CCSWLORC;;;WD)"));
 
     const std::string before = ListOf(first);
+    EXPECT_THAT(Assign({second, first}, {"--account", "Guests", "--rights", "1"}, 1),
+                HasSubstr("--drop-other-entries"));
+    EXPECT_EQ(ListOf(first), before) << "what the first one refuses no other gets";
     for (const std::string& begin : {folder.Path("gone"), std::string("\\\\no\\drive")}) {
-        EXPECT_THAT(Assign({begin, first}, {"--account", "Guests", "--rights", "1"}, 1),
-                    HasSubstr("nothing was changed"));
+        EXPECT_THAT(Assign({begin, first, folder.Path("lost")}, {"--account", "Guests", "--rights", "1"}, 1),
+                    HasSubstr(begin + ": nothing was changed"));
     }
     ASSERT_EQ(SetSddl(second, "D:NO_ACCESS_CONTROL"), 0U);
     EXPECT_THAT(Assign({second, first}, {"--account", "Guests", "--rights", "1", "--replace-null-list"}, 1),
