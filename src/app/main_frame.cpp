@@ -4,6 +4,8 @@
 
 #include "app/settings_dialog.h"
 #include "app/settings_store.h"
+#include "browser/folder_entries.h"
+#include "browser/folder_paths.h"
 #include "deletion/secure_delete_dialog.h"
 #include "editor/multi_selection_notice.h"
 #include "platform/api/errors.h"
@@ -259,13 +261,8 @@ void CMainFrame::OpenSecurityEditor() {
     view.ReleaseSelection();
 }
 
-// The names stand relative to the folder shown. When it is gone, each read and write tells so; in another
-// they would mean other files.
 void CMainFrame::EditItems(std::span<const char* const> names) {
-    if (!view.ReturnToShownFolder() && GetLastError() == ERROR_CANT_RESOLVE_FILENAME) {
-        ShowLastErrorBox(GetSafeHwnd());
-        return;
-    }
+    if (!view.MayWorkOnRows()) return;
     securitySheet.SetItems(names, view.driveListShown);
     securitySheet.DoModal();
 }
@@ -275,11 +272,27 @@ void CMainFrame::EditShares(std::span<const char* const> names) {
     shareSheet.DoModal();
 }
 
-// For the properties of an object, which is found by its full path.
+// For the properties of a row. The editor asks the current directory's volume and works on a bare name, so
+// that nobody can put another folder into the path while it is open.
 void CMainFrame::EditItemAt(const std::string& path) {
-    const char* name = path.c_str();
-    securitySheet.SetItems({&name, 1}, view.driveListShown);
+    const std::string folder = FolderAbove(path);
+    const bool isDriveRoot = folder.empty();
+    std::string before;
+    bool canGoBack = false;
+    if (!isDriveRoot && view.sharesMode) {
+        canGoBack = view.QueryCurrentDirectory(before);
+        if (!EnterFolder(folder)) {
+            ShowLastErrorBox(GetSafeHwnd());
+            return;
+        }
+    } else if (!isDriveRoot && !view.MayWorkOnRows()) {
+        return;
+    }
+    const std::string name = isDriveRoot ? path : path.substr(path.rfind('\\') + 1);
+    const char* const names[] = {name.c_str()};
+    securitySheet.SetItems(names, isDriveRoot);
     securitySheet.DoModal();
+    if (canGoBack) SetCurrentDirectoryA(before.c_str());
 }
 
 void CMainFrame::StartSecureDeletion() {
@@ -294,12 +307,8 @@ void CMainFrame::StartSecureDeletion() {
     view.ReleaseSelection();
 }
 
-// The names stand relative to the folder shown. In any other they would mean other files.
 void CMainFrame::DeleteItems(std::span<const char* const> names) {
-    if (!view.ReturnToShownFolder()) {
-        ShowLastErrorBox(GetSafeHwnd());
-        return;
-    }
+    if (!view.MayWorkOnRows()) return;
     CSecureDelete dialog(this);
     dialog.names = names;
     dialog.DoModal();
@@ -318,17 +327,13 @@ bool CMainFrame::MayDeleteSelection() {
                        kCaption, MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
 
-// The names stand relative to the folder shown. In any other they would mean other files.
 void CMainFrame::StartWizard() {
     const LPCSTR* names = view.GetSelectedNames();
     if (names == nullptr) {
         ShowInfoBox(GetSafeHwnd(), kNothingSelected);
         return;
     }
-    if (!view.ReturnToShownFolder()) {
-        ShowLastErrorBox(GetSafeHwnd());
-        return;
-    }
+    if (!view.MayWorkOnRows()) return;
     const auto count = static_cast<std::size_t>(view.list.GetSelectedCount());
     wizardSheet.SetItems({.names = {names, count},
                           .drivesMode = view.driveListShown,

@@ -97,8 +97,6 @@ bool BrowserView::CanPaste() {
     return false;
 }
 
-// Rows are named by their place in the folder shown; where its path leads elsewhere by now, and where it is
-// gone, they would be other files or none.
 bool BrowserView::MayWorkOnRows() const {
     if (ReturnToShownFolder()) return true;
     ShowLastErrorBox(GetSafeHwnd());
@@ -153,17 +151,19 @@ void BrowserView::PasteFromClipboard() {
     }
     const auto contents = ContentsOf(clipboard);
     FileTransfer transfer;
+    bool isDone = false;
     if (contents) {
-        if (const char* fault = ReadContents(*contents, transfer); fault != nullptr) {
+        const char* fault = ReadContents(*contents, transfer);
+        if (fault != nullptr) {
             ShowErrorBox(GetSafeHwnd(), fault);
-            return;
+        } else if (MayWorkOnRows()) {
+            Transfer(GetSafeHwnd(), transfer, currentFolder);
+            isDone = true;
         }
-        if (!MayWorkOnRows()) return;
-        Transfer(GetSafeHwnd(), transfer, currentFolder);
     }
     RefreshList();
     // What was cut is pasted once. Another program may have put something else there in the meantime.
-    if (contents && transfer.kind == TransferKind::kMove && ContentsOf(clipboard) == contents)
+    if (isDone && transfer.kind == TransferKind::kMove && ContentsOf(clipboard) == contents)
         clipboard.Empty();
 }
 
@@ -198,6 +198,7 @@ void BrowserView::RenameSelected() {
     CRenameDlg dialog(this);
     dialog.folder = currentFolder;
     dialog.oldName = list.GetItemText(row, kNameColumn);
+    dialog.mayRename = [this] { return MayWorkOnRows(); };
     dialog.DoModal();
     RefreshList();
 }

@@ -187,11 +187,16 @@ bool BrowserView::TryFolder(const std::string& path) {
 
 // Rows are found by their names in the current directory: it must not stay another than the one shown.
 bool BrowserView::ReturnToShownFolder() const {
+    if (currentFolder.empty()) return true;
+    std::string before;
+    const bool canGoBack = QueryCurrentDirectory(before);
+    if (canGoBack && before == currentFolder) return true;
+    if (SetCurrentDirectoryA(currentFolder.c_str()) == FALSE) return false;
     std::string path;
-    if (currentFolder.empty() || (QueryCurrentDirectory(path) && path == currentFolder)) return true;
-    if (SetCurrentDirectoryA(currentFolder.c_str()) == FALSE || !QueryCurrentDirectory(path)) return false;
+    const DWORD error = QueryCurrentDirectory(path) ? ERROR_CANT_RESOLVE_FILENAME : GetLastError();
     if (path == currentFolder) return true;
-    SetLastError(ERROR_CANT_RESOLVE_FILENAME);
+    if (canGoBack) SetCurrentDirectoryA(before.c_str());
+    SetLastError(error);
     return false;
 }
 

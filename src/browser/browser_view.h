@@ -99,10 +99,13 @@ class BrowserView : public CWnd {
     void OpenFolderRow(const std::string& name);
     void OpenFileRow(const std::string& name);
 
-    // Makes the folder shown the current directory again, if there is one. False with the last error, of
-    // which ERROR_CANT_RESOLVE_FILENAME says that links put into its path lead to another folder now, where
-    // the names of the rows mean other files; that one is then the current directory.
+    // Makes the folder shown the current directory again, if there is one. False with the last error when
+    // that cannot be: the current directory is then what it was, and the names of the rows mean other files
+    // there. ERROR_CANT_RESOLVE_FILENAME says that links put into the path lead to another folder now.
     bool ReturnToShownFolder() const;
+    // The same for a command that finds the rows by their names, which must stop at false; a box has told
+    // why.
+    bool MayWorkOnRows() const;
 
     // ---- Shares mode. `currentFolder` stays what it was, and is shown again afterwards. ----
 
@@ -182,7 +185,6 @@ class BrowserView : public CWnd {
     bool FindSharedFolder(const std::string& name, std::string& path) const;
 
     // Files.
-    bool MayWorkOnRows() const;
     bool FindShownObject(const std::string& name, std::string& path) const;
     std::string PathOfRow(const std::string& name) const;
     void CopyToClipboard(TransferKind kind);

@@ -16,7 +16,7 @@ bool CRenameDlg::OnInitDialog() {
 
 void CRenameDlg::OnOK() {
     const std::string newName = GetDlgItem(IDC_NEW_NAME)->GetWindowText();
-    if (!newName.empty() && newName != oldName) {
+    if (!newName.empty() && newName != oldName && mayRename()) {
         const std::string files = folder + oldName + '\0';
         RunFileOperation(GetSafeHwnd(), FO_RENAME, files.c_str(), folder + newName);
     }

@@ -255,7 +255,7 @@ TEST_F(MainFrame, PropertiesAreThoseOfTheTopmostRowAndOpenTheEditor) {
     window.SelectRows(kList, {0, 1});
     ui.ExpectDialog(IDD_FOLDER_PROPERTIES, [this](testing::WindowDriver& properties) {
         EXPECT_EQ(properties.Title(), "Properties - sub");
-        ui.ExpectSheet(R"(Security Editor - T:\sub)",
+        ui.ExpectSheet("Security Editor - sub",
                        [](testing::WindowDriver& sheet) { sheet.Click(testing::SheetButton::kCancel); });
         properties.Click(IDC_PROPERTY_PERMISSIONS);
         properties.Click(IDCANCEL);
@@ -354,6 +354,7 @@ TEST_F(MainFrame, CommandsNeverFollowLinksToAnotherFolder) {
                             MB_OK | MB_ICONERROR, IDOK);
         Run(command);
     }
+    EXPECT_EQ(std::filesystem::current_path(), data.Path("moved/inner"));
     std::filesystem::current_path(data.Path());
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
                         MB_OK | MB_ICONERROR, IDOK);
@@ -367,9 +368,14 @@ TEST_F(MainFrame, CommandsNeverFollowLinksToAnotherFolder) {
     EXPECT_TRUE(std::filesystem::exists(data.Path("moved/inner/file")));
 }
 
-TEST_F(MainFrame, SecureDeletionNeverTakesItsNamesFromAnotherFolder) {
+TEST_F(MainFrame, CommandsNeverTakeTheirNamesFromAnotherFolder) {
     SelectFileAndMoveItsFolder();
     std::filesystem::current_path(data.Path());
+    for (const unsigned int command : {unsigned{ID_PERMISSIONS}, unsigned{ID_ATTRIBUTES}}) {
+        ui.ExpectMessageBox(GetSystemMessageText(ERROR_PATH_NOT_FOUND), kErrorCaption, MB_OK | MB_ICONERROR,
+                            IDOK);
+        Run(command);
+    }
     ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION, IDYES);
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_PATH_NOT_FOUND), kErrorCaption, MB_OK | MB_ICONERROR,
                         IDOK);

@@ -129,6 +129,25 @@ TEST_F(SharesMode, PropertiesAreThoseOfTheSharedFolder) {
     Run(ID_PROPERTIES);
 }
 
+TEST_F(SharesMode, PropertiesOpenTheEditorOnTheSharedFolder) {
+    machine.shares = {{"data", R"(T:\sub)"}};
+    Run(ID_GO_TO_ROOT);
+    Run(ID_SHOW_SHARES);
+    const auto before = std::filesystem::current_path();
+    Window().SelectRow(kList, 0);
+    ui.ExpectDialog(IDD_FOLDER_PROPERTIES, [&](WindowDriver& properties) {
+        ui.ExpectSheet("Security Editor - sub", [&](WindowDriver& sheet) {
+            EXPECT_TRUE(sheet.IsEnabled(IDC_INHERIT_FROM_PARENT)) << "it is no drive";
+            EXPECT_EQ(std::filesystem::current_path(), data.Path()) << "whose volume is asked";
+            sheet.Press("Esc");
+        });
+        properties.Click(IDC_PROPERTY_PERMISSIONS);
+        properties.Press("Esc");
+    });
+    Run(ID_PROPERTIES);
+    EXPECT_EQ(std::filesystem::current_path(), before);
+}
+
 TEST_F(SharesMode, RemovesTheSelectedSharesUpToTheFirstFailure) {
     Run(ID_SHOW_SHARES);
     ExpectInfo("Please, select items to work with them.");

@@ -228,10 +228,21 @@ TEST_F(BrowserFiles, CommandsNeedRowsOfTheFolderThatIsShown) {
         Run(command);
     }
     ExpectError("");
-    Run(ID_EDIT_PASTE);
-    ExpectError("");
     view.CreateNewFolder();
+    ExpectError("");
+    Run(ID_EDIT_PASTE);
     EXPECT_TRUE(Exists("other/a b.txt") && Exists("to"));
+    EXPECT_EQ(view.currentFolder, R"(T:\other)") << "lists what is there now";
+    Select("a b.txt");
+    ui.ExpectDialog(IDD_RENAME, [this](WindowDriver& dialog) {
+        std::filesystem::rename(folder.Path("other"), folder.Path("away"));
+        std::filesystem::create_directory_symlink("real", folder.Path("other"));
+        dialog.SetText(IDC_NEW_NAME, "new");
+        ExpectError("");
+        dialog.Press("Return");
+    });
+    Run(ID_RENAME);
+    EXPECT_TRUE(Exists("real/a b.txt") && Exists("away/a b.txt"));
 
     view.GoToRoot();
     view.SelectAll();
