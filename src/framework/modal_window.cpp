@@ -48,26 +48,19 @@ void AppendTabStops(CWnd& window, std::vector<CWnd*>& order) {
         AppendTabStops(*child, order);
 }
 
-// Keeps the window that owns a modal one from taking input.
-class OwnerDisabler {
-  public:
-    explicit OwnerDisabler(CWnd* owner) : top(owner != nullptr ? &WindowAccess::TopLevel(*owner) : nullptr) {
-        if (top == nullptr || !top->IsWindowEnabled()) top = nullptr;
-        // The toolkit's modality keeps the input away; the bit is for those who ask. Greying the contents
-        // would only flicker.
-        if (top != nullptr) WindowAccess::Native(*top)->style |= WS_DISABLED;
-    }
-    ~OwnerDisabler() {
-        if (top != nullptr && top->HasWindow()) WindowAccess::Native(*top)->style &= ~DWORD{WS_DISABLED};
-    }
-    OwnerDisabler(const OwnerDisabler&) = delete;
-    OwnerDisabler& operator=(const OwnerDisabler&) = delete;
-
-  private:
-    CWnd* top;
-};
-
 }  // namespace
+
+OwnerDisabler::OwnerDisabler(CWnd* owner)
+    : top(owner != nullptr ? &WindowAccess::TopLevel(*owner) : nullptr) {
+    if (top == nullptr || !top->IsWindowEnabled()) top = nullptr;
+    // The toolkit's modality keeps the input away; the bit is for those who ask. Greying the contents would
+    // only flicker.
+    if (top != nullptr) WindowAccess::Native(*top)->style |= WS_DISABLED;
+}
+
+OwnerDisabler::~OwnerDisabler() {
+    if (top != nullptr && top->HasWindow()) WindowAccess::Native(*top)->style &= ~DWORD{WS_DISABLED};
+}
 
 ModalWindow::ModalWindow(CWnd& served, CWnd* servedOwner, DWORD style, unsigned int templateId)
     : window(served), owner(servedOwner) {

@@ -10,6 +10,19 @@
 
 namespace permora {
 
+// While it lives the top-level window over `owner`, the owner of a modal window, counts as disabled. `owner`
+// may be null, and may lose its window meanwhile.
+class OwnerDisabler {
+  public:
+    explicit OwnerDisabler(CWnd* owner);
+    ~OwnerDisabler();
+    OwnerDisabler(const OwnerDisabler&) = delete;
+    OwnerDisabler& operator=(const OwnerDisabler&) = delete;
+
+  private:
+    CWnd* top;
+};
+
 class ModalWindow : public DialogKeys {
   public:
     // Gives `window` a hidden top-level window; `owner` may be null.

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QPointer>
 #include <QTimer>
 #include <atomic>
 #include <mutex>
@@ -11,6 +12,7 @@
 #include <utility>
 
 #include "framework/file_operation_pace.h"
+#include "framework/modal_window.h"
 #include "framework/qt/file_operation_question.h"
 #include "framework/qt/file_operation_window.h"
 #include "framework/qt/widget.h"
@@ -26,13 +28,21 @@ constexpr int kMillisecondsBetweenDisplays = 100;
 class Presentation final : public FileOperationHost {
   public:
     Presentation(QWidget* owner, const std::string& windowTitle)
-        : title(windowTitle), ownerWidget(owner), window(owner, windowTitle, [this] { isCancelled = true; }) {
-        QObject::connect(&appear, &QTimer::timeout, &window, [this] { window.show(); });
-        QObject::connect(&display, &QTimer::timeout, &window, [this] { Display(); });
+        : title(windowTitle),
+          ownerWidget(owner),
+          window(new FileOperationWindow(owner, windowTitle, [this] { isCancelled = true; })) {
+        QObject::connect(&appear, &QTimer::timeout, window, [this] { window->show(); });
+        QObject::connect(&display, &QTimer::timeout, window, [this] { Display(); });
+        // With its owner, and then nobody can cancel any more.
+        QObject::connect(window, &QObject::destroyed, &loop, [this] { isCancelled = true; });
         appear.setSingleShot(true);
         appear.start(kMillisecondsBeforeWindow);
         display.start(kMillisecondsBetweenDisplays);
     }
+
+    ~Presentation() override { delete window; }
+    Presentation(const Presentation&) = delete;
+    Presentation& operator=(const Presentation&) = delete;
 
     void Run(FileOperationJob& job) {
         std::thread worker;
@@ -49,8 +59,8 @@ class Presentation final : public FileOperationHost {
             Serve();
             worker.join();
         }
-        window.hide();
-        if (ownerWidget != nullptr) ownerWidget->activateWindow();
+        if (window) window->hide();
+        if (ownerWidget) ownerWidget->activateWindow();
     }
 
     bool Report(const FileOperationProgress& progress) override {
@@ -68,13 +78,15 @@ class Presentation final : public FileOperationHost {
     }
 
   private:
+    bool IsShown() const { return window && window->isVisible(); }
+
     // Until the operation's window keeps input from all others, it waits.
     QEventLoop::ProcessEventsFlags EventsServed() const {
-        return window.isVisible() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents;
+        return IsShown() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents;
     }
 
     void Serve() {
-        while (!hasEnded && !window.isVisible())
+        while (!hasEnded && !IsShown())
             loop.processEvents(EventsServed() | QEventLoop::WaitForMoreEvents);
         if (!hasEnded) loop.exec(QEventLoop::DialogExec);
         // The program was told to end, which ends all loops.
@@ -90,23 +102,25 @@ class Presentation final : public FileOperationHost {
             shown = *std::exchange(reported, std::nullopt);
         }
         pace.Add(std::chrono::steady_clock::now(), shown);
-        window.Display(shown, pace);
+        window->Display(shown, pace);
     }
 
     FileOperationAnswer AskUser(const FileOperationQuestion& question) {
-        const bool isShown = window.isVisible();
+        const bool isShown = IsShown();
         appear.stop();
         display.stop();
         pace.Pause();
-        const FileOperationAnswer answer = AskInWindow(isShown ? &window : ownerWidget, title, question);
+        const FileOperationAnswer answer =
+            AskInWindow(isShown ? window.data() : ownerWidget.data(), title, question);
         display.start();
         if (!isShown) appear.start();
         return answer;
     }
 
     std::string title;
-    QWidget* ownerWidget;
-    FileOperationWindow window;
+    // An owner that is destroyed takes the window with it.
+    QPointer<QWidget> ownerWidget;
+    QPointer<FileOperationWindow> window;
     QEventLoop loop;
     QTimer appear;
     QTimer display;
@@ -123,6 +137,7 @@ class Presentation final : public FileOperationHost {
 void FileOperationWindows::Present(HWND owner, const std::string& title, FileOperationJob& job) {
     CallOnUiThread([&] {
         QWidget* widget = LiveWidget(owner);
+        const OwnerDisabler disabled(widget != nullptr ? WindowOf(*widget) : nullptr);
         Presentation(widget != nullptr ? widget->window() : nullptr, title).Run(job);
     });
 }

@@ -2,10 +2,16 @@
 
 #include <QApplication>
 #include <QMouseEvent>
+#include <QVariant>
 
 #include "framework/styles.h"
 
 namespace permora::qt {
+namespace {
+
+constexpr const char* kWindowProperty = "permoraWindow";
+
+}  // namespace
 
 QString ToQt(const std::string& text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
@@ -36,6 +42,14 @@ QWidget* LiveWidget(HWND handle) {
         if (HandleOf(*widget) == handle) return widget;
     }
     return nullptr;
+}
+
+CWnd* WindowOf(const QWidget& widget) {
+    return static_cast<CWnd*>(widget.property(kWindowProperty).value<void*>());
+}
+
+void SetWindow(QWidget& widget, CWnd& window) {
+    widget.setProperty(kWindowProperty, QVariant::fromValue(static_cast<void*>(&window)));
 }
 
 EventFilter::EventFilter(QWidget& widget, std::function<bool(QEvent&)> function)

@@ -25,6 +25,10 @@ HWND HandleOf(QWidget& widget);
 // The widget of a handle that may be stale; null then.
 QWidget* LiveWidget(HWND handle);
 
+// The window that a widget stands for; null when it stands for none.
+CWnd* WindowOf(const QWidget& widget);
+void SetWindow(QWidget& widget, CWnd& window);
+
 // Shows `widget`'s events to a function before the widget sees them; true from it swallows the event.
 class EventFilter : public QObject {
   public:
@@ -52,7 +56,9 @@ class WidgetWindow : public Kind {
     WidgetWindow(CWnd& window, std::unique_ptr<QWidget> made)
         : Kind(window),
           widget(std::move(made)),
-          filter(*widget, [this](QEvent& event) { return OnEvent(event); }) {}
+          filter(*widget, [this](QEvent& event) { return OnEvent(event); }) {
+        SetWindow(*widget, window);
+    }
 
     HWND Handle() const override { return HandleOf(*widget); }
     void SetEnabled(bool enabled) override { widget->setEnabled(enabled); }
