@@ -150,10 +150,11 @@ std::string OperationText(FileOperationKind kind) {
 std::string ByteText(ULONGLONG bytes) {
     constexpr std::array kUnits = {"KB", "MB", "GB", "TB"};
     constexpr double kStep = 1024;
+    constexpr double kRoundsUp = kStep - 0.05;  // would be written as "1024.0"
     if (bytes < 1024) return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
     double amount = static_cast<double>(bytes) / kStep;
     std::size_t unit = 0;
-    for (; amount >= kStep && unit + 1 < kUnits.size(); ++unit)
+    for (; amount >= kRoundsUp && unit + 1 < kUnits.size(); ++unit)
         amount /= kStep;
     std::array<char, 40> text{};
     std::snprintf(text.data(), text.size(), "%.1f %s", amount, kUnits.at(unit));

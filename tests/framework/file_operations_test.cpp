@@ -11,6 +11,7 @@
 #include "framework/file_operation_texts.h"
 #include "framework/qt/file_operation_presenter.h"
 #include "platform/api/errors.h"
+#include "tests/framework/test_frame.h"
 #include "tests/support/ui_driver.h"
 
 namespace permora::testing {
@@ -28,9 +29,9 @@ class Job final : public FileOperationJob {
     std::function<void(FileOperationHost&)> work;
 };
 
-void Present(const std::function<void(FileOperationHost&)>& work) {
+void Present(const std::function<void(FileOperationHost&)>& work, HWND owner = nullptr) {
     Job job(work);
-    qt::FileOperationWindows().Present(nullptr, "File Operation Progress", job);
+    qt::FileOperationWindows().Present(owner, "File Operation Progress", job);
 }
 
 FileOperationProgress HalfDone() {
@@ -61,6 +62,11 @@ TEST(FileOperationWindow, ShowsTheProgressAndCancels) {
             EXPECT_EQ(window.Title(), "File Operation Progress");
             EXPECT_EQ(window.Text(kProgressFromId), R"(C:\from)");
             EXPECT_EQ(window.Text(kProgressToId), R"(D:\to)");
+            for (const QWidget* label : QApplication::allWidgets()) {
+                if (label->objectName() == QStringLiteral("control %1").arg(int{kProgressToId})) {
+                    EXPECT_EQ(label->accessibleName(), R"(To: D:\to)");
+                }
+            }
             EXPECT_EQ(window.Text(kProgressAmountId), "512 bytes of 3.0 MB, 1 of 2 items");
             window.Click(IDCANCEL);
         },
@@ -75,20 +81,28 @@ TEST(FileOperationWindow, ShowsTheProgressAndCancels) {
 
 TEST(FileOperationWindow, EndsWithTheProgram) {
     UiDriver ui;
-    ui.ExpectDialog(kProgressWindowId, [](WindowDriver&) { QApplication::exit(); });
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    ui.ExpectDialog(kProgressWindowId, [&frame](WindowDriver&) {
+        frame.RunCommand(ID_PERMISSIONS);  // whoever posts a command to its owner
+        QApplication::exit();
+    });
     bool hasEnded = false;
     FileOperationAnswer last = FileOperationAnswer::kYes;
     QTimer::singleShot(0, [&] {
-        Present([&](FileOperationHost& host) {
+        const auto work = [&](FileOperationHost& host) {
             Work(host);
             last = host.Ask({});
             hasEnded = true;
-        });
+        };
+        Present(work, frame.view.GetSafeHwnd());
         EXPECT_TRUE(hasEnded);
     });
     QApplication::exec();
     EXPECT_TRUE(hasEnded);
     EXPECT_EQ(last, FileOperationAnswer::kCancel);
+    EXPECT_TRUE(frame.log.empty());
+    EXPECT_TRUE(frame.IsWindowEnabled());
 }
 
 TEST(FileOperationQuestions, OfferTheirAnswersAndLeaveTheSafeOneToEnter) {
@@ -202,13 +216,15 @@ TEST(FileOperationPace, EstimatesSteadily) {
     EXPECT_FALSE(copying.pace.Fraction());
 }
 
-TEST(FileOperationTexts, RoundWhatIsEstimated) {
+TEST(FileOperationTexts, AreRounded) {
     const std::pair<int, const char*> kCases[] = {
         {0, "A few seconds"},    {6, "About 10 seconds"},     {56, "About 1 minute"},
         {61, "About 2 minutes"}, {7200, "About 120 minutes"}, {7201, "About 3 hours"},
     };
     for (const auto& [seconds, text] : kCases)
         EXPECT_EQ(TimeLeftText(std::chrono::seconds(seconds)), text);
+    EXPECT_EQ(ByteText((1 << 20) - 60), "1023.9 KB");
+    EXPECT_EQ(ByteText((1 << 20) - 1), "1.0 MB");
 }
 
 }  // namespace

@@ -2,17 +2,24 @@
 
 #include <QStyle>
 #include <QStylePainter>
+#include <utility>
 
 namespace permora::qt {
 
-ElidedLabel::ElidedLabel(int shownLetters, QWidget* parent) : QLabel(parent), letters(shownLetters) {
+ElidedLabel::ElidedLabel(int shownLetters, QWidget* parent, QString caption)
+    : QLabel(parent), letters(shownLetters), captionShown(std::move(caption)) {
     setTextFormat(Qt::PlainText);  // names of files must not be taken for markup
+    setAccessibleName(captionShown);
 }
 
 void ElidedLabel::Show(const QString& whole) {
     if (whole == text()) return;
     setText(whole);
-    setToolTip(whole.toHtmlEscaped());
+    // Whether a tip is markup is told by its looks alone.
+    setToolTip(whole.isEmpty() ? whole
+                               : QLatin1String("<qt>") + whole.toHtmlEscaped() + QLatin1String("</qt>"));
+    // A name stands in for the text.
+    if (!captionShown.isEmpty()) setAccessibleName(captionShown + QLatin1Char(' ') + whole);
 }
 
 QSize ElidedLabel::sizeHint() const {

@@ -5,11 +5,11 @@
 
 namespace permora::qt {
 
-// Its tip tells the whole text, as does the label to assistive technology. It asks for no more room than
-// `letters` take, whatever it shows.
+// Its tip tells the whole text, as does the label to assistive technology, behind the caption that it has.
+// It asks for no more room than `letters` take, whatever it shows.
 class ElidedLabel : public QLabel {
   public:
-    explicit ElidedLabel(int letters, QWidget* parent = nullptr);
+    explicit ElidedLabel(int letters, QWidget* parent = nullptr, QString caption = {});
 
     void Show(const QString& whole);
 
@@ -21,6 +21,7 @@ class ElidedLabel : public QLabel {
 
   private:
     int letters;
+    QString captionShown;  // by another label beside this one; may be empty
 };
 
 }  // namespace permora::qt

@@ -2,7 +2,6 @@
 
 #include <QCloseEvent>
 #include <QDialogButtonBox>
-#include <QFormLayout>
 
 #include "framework/file_operation_ids.h"
 #include "framework/file_operation_texts.h"
@@ -24,12 +23,11 @@ FileOperationWindow::FileOperationWindow(QWidget* parent, const std::string& tit
     SetTitle(*this, title);
     setWindowModality(Qt::ApplicationModal);
 
-    auto* rows = new QFormLayout(this);
+    rows = new QFormLayout(this);
     rows->setSizeConstraint(QLayout::SetFixedSize);
-    const auto add = [this, rows](const char* caption, unsigned int id) {
-        auto* label = new ElidedLabel(kLettersShown, this);
+    const auto add = [this](const char* caption, unsigned int id) {
+        auto* label = new ElidedLabel(kLettersShown, this, QLatin1String(caption));
         SetIdentity(*label, "control", id);
-        label->setAccessibleName(QLatin1String(caption));
         rows->addRow(QLatin1String(caption), label);
         return label;
     };
@@ -57,6 +55,7 @@ void FileOperationWindow::Display(const FileOperationProgress& progress, const F
     if (!isCancelled) task->Show(ToQt(OperationText(progress.kind) + " \"" + progress.name + '"'));
     from->Show(ToQt(progress.fromFolder));
     to->Show(ToQt(progress.toFolder));
+    rows->setRowVisible(to, !progress.toFolder.empty());  // what is deleted goes nowhere
     amount->Show(ToQt(AmountText(progress)));
     timeLeft->Show(ToQt(TimeLeftText(pace.TimeLeft())));
     const auto fraction = pace.Fraction();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QFormLayout>
 #include <QProgressBar>
 #include <QPushButton>
 #include <functional>
@@ -29,6 +30,7 @@ class FileOperationWindow : public QDialog {
   private:
     std::function<void()> onCancel;
     bool isCancelled = false;
+    QFormLayout* rows = nullptr;
     ElidedLabel* task = nullptr;
     ElidedLabel* from = nullptr;
     ElidedLabel* to = nullptr;
