@@ -33,10 +33,4 @@ void WriteClipboardBlock(TransferKind kind, const std::string& folder, std::span
 // and `transfer` is unchanged.
 const char* ReadClipboardBlock(std::span<const std::uint8_t> block, FileTransfer& transfer);
 
-// What is said of a list that cannot be used, whatever its format.
-inline constexpr const char* kDamagedFileList = "Error: the list of files on the clipboard is damaged.";
-inline constexpr const char* kNoPathsOfFiles =
-    "Error: the clipboard holds something else than full paths of files and folders.";
-inline constexpr const char* kTooManyFiles = "Error: there are too many files on the clipboard.";
-
 }  // namespace permora

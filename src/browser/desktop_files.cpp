@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string_view>
 #include <utility>
+#include <vector>
 
-#include "browser/clipboard_block.h"
 #include "platform/file_url.h"
 
 namespace permora {
@@ -24,19 +24,21 @@ std::string_view TakeLine(std::string_view& text) {
 }
 
 const char* ReadAddresses(TransferKind kind, std::string_view text, FileTransfer& transfer) {
-    FileTransfer read;
-    read.kind = kind;
-    std::size_t files = 0;
+    std::vector<std::string_view> urls;
     while (!text.empty()) {
         const std::string_view line = TakeLine(text);
         if (line.empty() || line.starts_with('#')) continue;
-        const std::string path = PathFromFileUrl(line);
+        if (urls.size() == kMostFiles) return kTooManyFiles;
+        urls.push_back(line);
+    }
+    if (urls.empty()) return kDamagedFileList;
+    FileTransfer read;
+    read.kind = kind;
+    for (const std::string& path : PathsFromFileUrls(urls)) {
         if (!IsPathOfFile(path)) return kFilesElsewhere;
-        if (++files > kMostFiles) return kTooManyFiles;
         read.list += path;
         read.list += '\0';
     }
-    if (files == 0) return kDamagedFileList;
     read.list += '\0';
     transfer = std::move(read);
     return nullptr;

@@ -24,6 +24,12 @@ struct FileTransfer {
 // More files than this nobody means to paste.
 inline constexpr std::size_t kMostFiles = 1'000'000;
 
+// What is said of a list that cannot be used, whatever its format.
+inline constexpr const char* kDamagedFileList = "Error: the list of files on the clipboard is damaged.";
+inline constexpr const char* kNoPathsOfFiles =
+    "Error: the clipboard holds something else than full paths of files and folders.";
+inline constexpr const char* kTooManyFiles = "Error: there are too many files on the clipboard.";
+
 // The size in bytes of a list of `names`, each behind `prefix`.
 std::size_t FileListSize(std::string_view prefix, std::span<const char* const> names);
 // Writes that list to `list`, which has room for it.

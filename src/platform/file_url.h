@@ -2,8 +2,10 @@
 // 8089 and RFC 3986.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace permora {
 
@@ -17,5 +19,7 @@ std::string FileUrlPart(const std::string& name);
 // The path that an address from elsewhere leads to. Empty for an address of another kind or of another
 // computer, and for one that is not well-formed or whose path is not plain ("." and "..").
 std::string PathFromFileUrl(std::string_view url);
+// Those of many addresses in their order, for which the machine's drives are looked up once.
+std::vector<std::string> PathsFromFileUrls(std::span<const std::string_view> urls);
 
 }  // namespace permora

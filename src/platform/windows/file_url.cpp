@@ -36,7 +36,16 @@ std::string PathFromFileUrl(std::string_view url) {
     std::array<char, MAX_PATH> path{};
     auto size = static_cast<DWORD>(path.size());
     const bool isFile = PathCreateFromUrlA(std::string(url).c_str(), path.data(), &size, 0) == S_OK;
-    return isFile && PathIsRelativeA(path.data()) == FALSE ? path.data() : std::string();
+    const std::string text = isFile && PathIsRelativeA(path.data()) == FALSE ? path.data() : "";
+    return text.starts_with("\\\\") ? std::string() : text;  // of another computer
+}
+
+std::vector<std::string> PathsFromFileUrls(std::span<const std::string_view> urls) {
+    std::vector<std::string> paths;
+    paths.reserve(urls.size());
+    for (const std::string_view url : urls)
+        paths.push_back(PathFromFileUrl(url));
+    return paths;
 }
 
 }  // namespace permora

@@ -34,6 +34,20 @@ bool IsPlainPath(std::string_view hostPath) {
     return true;
 }
 
+std::string PathOf(std::string_view url, const std::vector<host::DriveRoot>& drives) {
+    if (!host::EqualsIgnoringCase(url.substr(0, kScheme.size()), kScheme)) return {};
+    url.remove_prefix(kScheme.size());
+    if (url.starts_with("//")) {
+        url.remove_prefix(2);
+        const std::string_view computer = url.substr(0, url.find('/'));
+        if (!IsHere(computer)) return {};
+        url.remove_prefix(computer.size());
+    }
+    if (url.find_first_of("?#") != url.npos) return {};  // what follows them is no path
+    const auto hostPath = host::PercentDecoded(url);
+    return hostPath && IsPlainPath(*hostPath) ? host::PathFromHost(*hostPath, drives) : std::string();
+}
+
 }  // namespace
 
 std::string FileUrlPart(const std::string& name) {
@@ -59,17 +73,16 @@ std::string FileUrlOf(const std::string& path) {
 }
 
 std::string PathFromFileUrl(std::string_view url) {
-    if (!host::EqualsIgnoringCase(url.substr(0, kScheme.size()), kScheme)) return {};
-    url.remove_prefix(kScheme.size());
-    if (url.starts_with("//")) {
-        url.remove_prefix(2);
-        const std::string_view computer = url.substr(0, url.find('/'));
-        if (!IsHere(computer)) return {};
-        url.remove_prefix(computer.size());
-    }
-    if (url.find_first_of("?#") != url.npos) return {};  // what follows them is no path
-    const auto hostPath = host::PercentDecoded(url);
-    return hostPath && IsPlainPath(*hostPath) ? host::PathFromHost(*hostPath) : std::string();
+    return PathOf(url, host::ListDriveRoots());
+}
+
+std::vector<std::string> PathsFromFileUrls(std::span<const std::string_view> urls) {
+    const std::vector<host::DriveRoot> drives = host::ListDriveRoots();
+    std::vector<std::string> paths;
+    paths.reserve(urls.size());
+    for (const std::string_view url : urls)
+        paths.push_back(PathOf(url, drives));
+    return paths;
 }
 
 }  // namespace permora
