@@ -123,6 +123,11 @@ WaitUntil "the attributes to be set" HasHiddenBit "$ntfs/Store/empty"
 WaitUntil "the main window" IsActive "$window"
 HasHiddenBit "$ntfs/Store/Inner" || Fail "the folder is not hidden"
 
+# What a folder is, and what is in it.
+Keys i
+OpenDialog "Properties - Inner" Keys alt+e e
+CloseDialog "Properties - Inner" "$window" Keys Escape
+
 # With another program, both ways.
 GoTo "$local/Source"
 Keys b ctrl+c
