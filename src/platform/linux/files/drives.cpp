@@ -23,6 +23,10 @@ constexpr char kSystemDrive = 'C';
 
 using Pins = std::map<char, std::string>;
 
+// The letters that volumes have had in this process, by mount point. Who holds a path must not be led to
+// another volume by what is mounted or unmounted meanwhile, so no other mount point ever gets them.
+using GivenLetters = std::map<std::string, char>;
+
 bool CanBePinned(char letter) {
     return letter >= 'A' && letter <= 'Z' && letter != kSystemDrive;
 }
@@ -49,6 +53,7 @@ struct PinTable {
 
     std::mutex mutex;
     Pins pins;
+    GivenLetters given;
     // Otherwise the machine's registry is damaged. A letter that it may have given to one volume must not
     // lead to another: no further ones are given out.
     bool isComplete;
@@ -57,12 +62,6 @@ struct PinTable {
 PinTable& SharedPins() {
     static PinTable table;
     return table;
-}
-
-Pins CurrentPins() {
-    PinTable& table = SharedPins();
-    const std::lock_guard lock(table.mutex);
-    return table.pins;
 }
 
 // A drive before anyone asked for its type.
@@ -75,24 +74,40 @@ bool IsPinned(const Pins& pins, const std::string& hostRoot) {
     return std::any_of(pins.begin(), pins.end(), [&](const auto& pin) { return pin.second == hostRoot; });
 }
 
-// Gives out the letters from D on that are not pinned, until there are none left.
+// Gives each mount point the letter that it had, or the first from D on that is not pinned and was never
+// given, until there are none left.
 class LetterSource {
   public:
-    explicit LetterSource(const Pins& pinned) : pins(pinned) {}
-    std::optional<char> Next() {
+    LetterSource(const Pins& pinned, GivenLetters& givenBefore) : pins(pinned), given(givenBefore) {}
+
+    bool HasLetter(const std::string& mountPoint) const {
+        const auto known = given.find(mountPoint);
+        return known != given.end() && !pins.contains(known->second);
+    }
+
+    std::optional<char> LetterFor(const std::string& mountPoint) {
+        if (HasLetter(mountPoint)) return given.at(mountPoint);
         if (!SharedPins().isComplete) return std::nullopt;
-        while (next <= 'Z' && pins.contains(next))
-            ++next;
-        if (next > 'Z') return std::nullopt;
-        return next++;
+        for (char letter = kSystemDrive + 1; letter <= 'Z'; ++letter) {
+            if (pins.contains(letter) || WasGiven(letter)) continue;
+            given.insert_or_assign(mountPoint, letter);
+            return letter;
+        }
+        return std::nullopt;
     }
 
   private:
+    bool WasGiven(char letter) const {
+        return std::any_of(given.begin(), given.end(),
+                           [letter](const auto& each) { return each.second == letter; });
+    }
+
     const Pins& pins;
-    char next = kSystemDrive + 1;
+    GivenLetters& given;
 };
 
-std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, const Pins& pins) {
+std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, const Pins& pins,
+                                          GivenLetters& given) {
     // In the order of mount points, and of several mounts at one point the last, which hides the others.
     std::map<std::string, MountEntry> visible;
     for (MountEntry& mount : mounts) {
@@ -104,21 +119,25 @@ std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, const 
     for (const auto& [letter, hostRoot] : pins)
         volumes.push_back({{letter, hostRoot}, std::nullopt});
 
-    LetterSource letters(pins);
+    LetterSource letters(pins, given);
     std::set<std::tuple<std::string, std::string, std::string>> known;
-    for (auto& [mountPoint, mount] : visible) {
+    const auto add = [&](const std::string& mountPoint, const MountEntry& mount) {
         const bool isSystem = mountPoint == "/";
-        if (!isSystem && DriveTypeOfMount(mount) == DRIVE_NO_ROOT_DIR) continue;
+        if (!isSystem && DriveTypeOfMount(mount) == DRIVE_NO_ROOT_DIR) return;
         // A volume mounted at two places is one volume. Its source belongs to the comparison: the kernel
         // gives two exports of one server the same number.
         const bool isNew = known.emplace(mount.device, mount.root, mount.source).second;
         if (isSystem) {
-            volumes.push_back({{kSystemDrive, mountPoint}, std::move(mount)});
+            volumes.push_back({{kSystemDrive, mountPoint}, mount});
         } else if (isNew && !IsPinned(pins, mountPoint)) {
-            const std::optional<char> letter = letters.Next();
-            if (!letter) break;
-            volumes.push_back({{*letter, mountPoint}, std::move(mount)});
+            if (const auto letter = letters.LetterFor(mountPoint))
+                volumes.push_back({{*letter, mountPoint}, mount});
         }
+    };
+    // Of a volume's places the one that has its letter comes first.
+    for (const bool hasLetter : {true, false}) {
+        for (const auto& [mountPoint, mount] : visible)
+            if ((mountPoint == "/" || letters.HasLetter(mountPoint)) == hasLetter) add(mountPoint, mount);
     }
     // A root directory that is no mount point of its own (chroot) is in no table.
     if (!visible.contains("/")) volumes.push_back({{kSystemDrive, "/"}, std::nullopt});
@@ -129,7 +148,10 @@ std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, const 
 }
 
 std::vector<LetteredVolume> CurrentVolumes() {
-    return AssignLetters(ParseMountTable(ReadMountTable()), CurrentPins());
+    std::vector<MountEntry> mounts = ParseMountTable(ReadMountTable());
+    PinTable& table = SharedPins();
+    const std::lock_guard lock(table.mutex);
+    return AssignLetters(std::move(mounts), table.pins, table.given);
 }
 
 // The type of the volume at `mount`, taking one that would get no letter of its own for a disk.
@@ -180,7 +202,8 @@ bool PinDrive(char letter, std::string hostRoot) {
 
 std::vector<Drive> DrivesFromMountTable(const std::string& mountInfo) {
     std::vector<Drive> drives;
-    for (const LetteredVolume& volume : AssignLetters(ParseMountTable(mountInfo), {})) {
+    GivenLetters given;
+    for (const LetteredVolume& volume : AssignLetters(ParseMountTable(mountInfo), {}, given)) {
         const UINT type = volume.mount ? TypeOfDisk(*volume.mount) : DRIVE_UNKNOWN;
         drives.push_back({volume.drive.letter, volume.drive.hostRoot, type});
     }

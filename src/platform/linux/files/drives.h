@@ -1,6 +1,7 @@
 // Drive letters: C: is "/", every other mounted volume that a person would call a disk takes the next free
-// letter in the order of mount points. Pins come first: those in the registry as the process found it
-// (mounted_devices.h), and what it adds itself. What has no letter is reached through C:.
+// letter in the order of mount points, and what is mounted in that place keeps it as long as the process
+// lives: a letter never comes to lead elsewhere. Pins come first: those in the registry as the process found
+// it (mounted_devices.h), and what it adds itself. What has no letter is reached through C:.
 #pragma once
 
 #include <optional>

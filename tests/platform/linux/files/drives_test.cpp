@@ -143,13 +143,19 @@ TEST_F(Drives, APinComesBeforeAnyVolumeAndCStaysTheRoot) {
 
 TEST_F(Drives, AMountedVolumeIsADriveAsLongAsItIsMounted) {
     if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
-    ASSERT_EQ(test::EnterOwnMounts(), "");  // others' mounting moves the letters
+    ASSERT_EQ(test::EnterOwnMounts(), "");  // others' mounting uses letters up
     const std::string mountPoint = folder.MakeFolder("ram disk");
     ASSERT_EQ(mount("none", mountPoint.c_str(), "tmpfs", 0, nullptr), 0);
     const std::string path = PathFromHost(mountPoint);
     EXPECT_EQ(path.substr(1), ":\\");
     EXPECT_NE(path[0], 'T');
     EXPECT_EQ(GetDriveTypeA(path.c_str()), DRIVE_RAMDISK);
+    // What is mounted before it later on takes another letter.
+    const std::string earlier = folder.MakeFolder("earlier");
+    ASSERT_EQ(mount("none", earlier.c_str(), "tmpfs", 0, nullptr), 0);
+    EXPECT_NE(PathFromHost(earlier), path);
+    EXPECT_EQ(PathFromHost(mountPoint), path);
+    EXPECT_EQ(umount(earlier.c_str()), 0);
     ResolvedObject resolved;
     EXPECT_EQ(ResolvePath((path + "missing").c_str(), resolved), ERROR_FILE_NOT_FOUND);
     ASSERT_EQ(ResolvePath(path.c_str(), resolved), ERROR_SUCCESS);
