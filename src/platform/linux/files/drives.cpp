@@ -121,22 +121,22 @@ std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, const 
 
     LetterSource letters(pins, given);
     std::set<std::tuple<std::string, std::string, std::string>> known;
-    const auto add = [&](const std::string& mountPoint, const MountEntry& mount) {
+    const auto add = [&](const std::string& mountPoint, MountEntry& mount) {
         const bool isSystem = mountPoint == "/";
         if (!isSystem && DriveTypeOfMount(mount) == DRIVE_NO_ROOT_DIR) return;
         // A volume mounted at two places is one volume. Its source belongs to the comparison: the kernel
         // gives two exports of one server the same number.
         const bool isNew = known.emplace(mount.device, mount.root, mount.source).second;
         if (isSystem) {
-            volumes.push_back({{kSystemDrive, mountPoint}, mount});
+            volumes.push_back({{kSystemDrive, mountPoint}, std::move(mount)});
         } else if (isNew && !IsPinned(pins, mountPoint)) {
             if (const auto letter = letters.LetterFor(mountPoint))
-                volumes.push_back({{*letter, mountPoint}, mount});
+                volumes.push_back({{*letter, mountPoint}, std::move(mount)});
         }
     };
     // Of a volume's places the one that has its letter comes first.
     for (const bool hasLetter : {true, false}) {
-        for (const auto& [mountPoint, mount] : visible)
+        for (auto& [mountPoint, mount] : visible)
             if ((mountPoint == "/" || letters.HasLetter(mountPoint)) == hasLetter) add(mountPoint, mount);
     }
     // A root directory that is no mount point of its own (chroot) is in no table.
