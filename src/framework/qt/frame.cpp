@@ -50,6 +50,16 @@ class FrameWidget : public QWidget {
     QVBoxLayout* column;
 };
 
+// Where a window stands that nobody has placed yet: in the middle of the screen, with room for its bars.
+QRect FirstPlace() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr) return {0, 0, 640, 480};
+    const QRect room = screen->availableGeometry();
+    QRect place({0, 0}, room.size() * 3 / 4);
+    place.moveCenter(room.center());
+    return place;
+}
+
 QKeySequence SequenceOf(const AcceleratorTemplate& accelerator) {
     Qt::KeyboardModifiers modifiers;
     modifiers.setFlag(Qt::ShiftModifier, (accelerator.flags & AcceleratorTemplate::kShift) != 0);
@@ -179,6 +189,7 @@ void FrameWindow::Place(const WindowPlacement& placement) {
 std::unique_ptr<NativeFrame> MakeNativeFrame(CWnd& window, unsigned int id, FrameEvents& events) {
     auto top = std::make_unique<FrameWidget>();
     qt::SetIdentity(*top, "frame", id);
+    top->setGeometry(FirstPlace());
     auto client = std::make_unique<QWidget>(top.get());
     top->SetClient(*client);
     return std::make_unique<FrameWindow>(window, std::move(client), std::move(top), events);
