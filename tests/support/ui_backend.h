@@ -37,5 +37,7 @@ void ChooseButton(HWND messageBox, int buttonId);
 void ChooseCommand(HWND menu, unsigned int command);
 // Asks a modal window to go in the way that changes least: as Escape does.
 void CloseSafely(HWND window);
+// Asks all windows to close, the topmost first, until one refuses: as the desktop does when the session ends.
+void CloseAllWindows();
 
 }  // namespace permora::testing

@@ -209,4 +209,8 @@ void CloseSafely(HWND window) {
     if (QWidget* widget = OpenWidget(window)) widget->close();
 }
 
+void CloseAllWindows() {
+    QApplication::closeAllWindows();
+}
+
 }  // namespace permora::testing

@@ -19,6 +19,7 @@
 #include "tests/support/command.h"
 #include "tests/support/refused_threads.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/ui_backend.h"
 #include "tests/support/ui_driver.h"
 #include "wizard/wizard_sheet.h"
 
@@ -237,6 +238,18 @@ INSTANTIATE_TEST_SUITE_P(Wizard, WizardDeletionEnds,
                                                               Moment::kAfter),
                                             ::testing::Bool()),
                          NameOf);
+
+// What the desktop closes unanswered is no Yes, and the sheet closes below it.
+TEST_F(WizardDeletionPage, TheSessionsEndAnswersTheQuestionWithNo) {
+    MakeFile("file", 1);
+    items.askBeforeSecureDeletion = true;
+    Run({"file"}, [&](WindowDriver& window) {
+        ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION,
+                            [](WindowDriver&) { testing::CloseAllWindows(); });
+        GoToDeletion(window);
+    });
+    EXPECT_EQ(test::ReadWholeFile("file"), "x");
+}
 
 // The desktop ends the program, which does not ask the sheet.
 TEST_F(WizardDeletionPage, TheProgramsEndWaitsForTheWorker) {
