@@ -6,6 +6,7 @@
 #include <map>
 
 #include "platform/linux/accounts/account_names.h"
+#include "platform/linux/base/ascii.h"
 
 namespace permora::host {
 
@@ -13,11 +14,8 @@ namespace {
 
 std::vector<std::string_view> SplitLines(std::string_view text) {
     std::vector<std::string_view> lines;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        lines.push_back(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
+    while (!text.empty())
+        lines.push_back(TakeLine(text));
     return lines;
 }
 

@@ -15,6 +15,13 @@ constexpr bool IsControl(char character) {
     return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
 }
 
+// Takes the first line off `text`, and hands it over without its line feed.
+inline std::string_view TakeLine(std::string_view& text) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    return line;
+}
+
 // Without the blanks, tabs and carriage returns at both ends.
 inline std::string_view WithoutOuterBlanks(std::string_view text) {
     constexpr std::string_view kOuterBlanks = " \t\r";

@@ -78,11 +78,10 @@ DWORD ReadStored(const AttributeReader& read, AttributeStore store, StoredAttrib
 
 // Whether the link, which lies in `folder`, leads to a folder.
 bool LeadsToFolder(const ObjectHandle& link, const ObjectHandle& folder) {
-    std::array<char, PATH_MAX> target{};
-    const ssize_t length = readlinkat(link.Descriptor(), "", target.data(), target.size() - 1);
+    std::string target;
     struct stat status {};
-    return length > 0 && fstatat(folder.Descriptor(), target.data(), &status, 0) == 0 &&
-           S_ISDIR(status.st_mode);
+    return link.ReadLinkText(target) == ERROR_SUCCESS &&
+           fstatat(folder.Descriptor(), target.c_str(), &status, 0) == 0 && S_ISDIR(status.st_mode);
 }
 
 // What the kind of the object says, which no stored value can override.

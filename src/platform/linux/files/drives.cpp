@@ -27,6 +27,41 @@ using Pins = std::map<char, std::string>;
 // another volume by what is mounted or unmounted meanwhile, so no other mount point ever gets them.
 using GivenLetters = std::map<std::string, char>;
 
+// Which letters there are, and which are taken.
+struct LetterTable {
+    Pins pins;
+    GivenLetters given;
+    // Otherwise the machine's registry is damaged. A letter that it may have given to one volume must not
+    // lead to another: no further ones are given out.
+    bool isComplete = true;
+
+    bool HasLetter(const std::string& mountPoint) const {
+        const auto known = given.find(mountPoint);
+        return known != given.end() && !pins.contains(known->second);
+    }
+
+    bool IsPinned(const std::string& hostRoot) const {
+        return std::ranges::any_of(pins, [&](const auto& pin) { return pin.second == hostRoot; });
+    }
+
+    bool WasGiven(char letter) const {
+        return std::ranges::any_of(given, [letter](const auto& each) { return each.second == letter; });
+    }
+
+    // Gives a mount point the letter that it had, or the first from D on that is not pinned and was never
+    // given, until there are none left.
+    std::optional<char> LetterFor(const std::string& mountPoint) {
+        if (HasLetter(mountPoint)) return given.at(mountPoint);
+        if (!isComplete) return std::nullopt;
+        for (char letter = kSystemDrive + 1; letter <= 'Z'; ++letter) {
+            if (pins.contains(letter) || WasGiven(letter)) continue;
+            given.insert_or_assign(mountPoint, letter);
+            return letter;
+        }
+        return std::nullopt;
+    }
+};
+
 bool CanBePinned(char letter) {
     return letter >= 'A' && letter <= 'Z' && letter != kSystemDrive;
 }
@@ -40,29 +75,37 @@ std::string WithoutLinks(std::string hostRoot) {
     return hostRoot;
 }
 
-struct PinTable {
-    // With what the machine's administrator pinned.
-    PinTable() {
-        const std::optional<MountedDevices> devices = ReadMountedDevices();
-        isComplete = devices.has_value();
-        for (const auto& [letter, hostRoot] : devices.value_or(MountedDevices())) {
-            if (CanBePinned(letter) && hostRoot.starts_with('/'))
-                pins.emplace(letter, WithoutLinks(hostRoot));
-        }
+// With what the machine's administrator pinned.
+LetterTable LettersOfMachine() {
+    const std::optional<MountedDevices> devices = ReadMountedDevices();
+    LetterTable letters;
+    letters.isComplete = devices.has_value();
+    for (const auto& [letter, hostRoot] : devices.value_or(MountedDevices())) {
+        if (CanBePinned(letter) && hostRoot.starts_with('/'))
+            letters.pins.emplace(letter, WithoutLinks(hostRoot));
+    }
+    return letters;
+}
+
+// The letters of this process, for one thread at a time.
+class SharedLetters {
+  public:
+    SharedLetters() : lock(Mutex()) {}
+
+    LetterTable& operator*() const {
+        static LetterTable letters = LettersOfMachine();
+        return letters;
+    }
+    LetterTable* operator->() const { return &**this; }
+
+  private:
+    static std::mutex& Mutex() {
+        static std::mutex mutex;
+        return mutex;
     }
 
-    std::mutex mutex;
-    Pins pins;
-    GivenLetters given;
-    // Otherwise the machine's registry is damaged. A letter that it may have given to one volume must not
-    // lead to another: no further ones are given out.
-    bool isComplete;
+    std::lock_guard<std::mutex> lock;
 };
-
-PinTable& SharedPins() {
-    static PinTable table;
-    return table;
-}
 
 // A drive before anyone asked for its type.
 struct LetteredVolume {
@@ -70,44 +113,7 @@ struct LetteredVolume {
     std::optional<MountEntry> mount;  // none for a pinned folder
 };
 
-bool IsPinned(const Pins& pins, const std::string& hostRoot) {
-    return std::any_of(pins.begin(), pins.end(), [&](const auto& pin) { return pin.second == hostRoot; });
-}
-
-// Gives each mount point the letter that it had, or the first from D on that is not pinned and was never
-// given, until there are none left.
-class LetterSource {
-  public:
-    LetterSource(const Pins& pinned, GivenLetters& givenBefore) : pins(pinned), given(givenBefore) {}
-
-    bool HasLetter(const std::string& mountPoint) const {
-        const auto known = given.find(mountPoint);
-        return known != given.end() && !pins.contains(known->second);
-    }
-
-    std::optional<char> LetterFor(const std::string& mountPoint) {
-        if (HasLetter(mountPoint)) return given.at(mountPoint);
-        if (!SharedPins().isComplete) return std::nullopt;
-        for (char letter = kSystemDrive + 1; letter <= 'Z'; ++letter) {
-            if (pins.contains(letter) || WasGiven(letter)) continue;
-            given.insert_or_assign(mountPoint, letter);
-            return letter;
-        }
-        return std::nullopt;
-    }
-
-  private:
-    bool WasGiven(char letter) const {
-        return std::any_of(given.begin(), given.end(),
-                           [letter](const auto& each) { return each.second == letter; });
-    }
-
-    const Pins& pins;
-    GivenLetters& given;
-};
-
-std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, const Pins& pins,
-                                          GivenLetters& given) {
+std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, LetterTable& letters) {
     // In the order of mount points, and of several mounts at one point the last, which hides the others.
     std::map<std::string, MountEntry> visible;
     for (MountEntry& mount : mounts) {
@@ -116,10 +122,9 @@ std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, const 
     }
 
     std::vector<LetteredVolume> volumes;
-    for (const auto& [letter, hostRoot] : pins)
+    for (const auto& [letter, hostRoot] : letters.pins)
         volumes.push_back({{letter, hostRoot}, std::nullopt});
 
-    LetterSource letters(pins, given);
     std::set<std::tuple<std::string, std::string, std::string>> known;
     const auto add = [&](const std::string& mountPoint, MountEntry& mount) {
         const bool isSystem = mountPoint == "/";
@@ -129,7 +134,7 @@ std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, const 
         const bool isNew = known.emplace(mount.device, mount.root, mount.source).second;
         if (isSystem) {
             volumes.push_back({{kSystemDrive, mountPoint}, std::move(mount)});
-        } else if (isNew && !IsPinned(pins, mountPoint)) {
+        } else if (isNew && !letters.IsPinned(mountPoint)) {
             if (const auto letter = letters.LetterFor(mountPoint))
                 volumes.push_back({{*letter, mountPoint}, std::move(mount)});
         }
@@ -149,9 +154,7 @@ std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, const 
 
 std::vector<LetteredVolume> CurrentVolumes() {
     std::vector<MountEntry> mounts = ParseMountTable(ReadMountTable());
-    PinTable& table = SharedPins();
-    const std::lock_guard lock(table.mutex);
-    return AssignLetters(std::move(mounts), table.pins, table.given);
+    return AssignLetters(std::move(mounts), *SharedLetters());
 }
 
 // The type of the volume at `mount`, taking one that would get no letter of its own for a disk.
@@ -187,23 +190,20 @@ std::vector<Drive> ListDrives() {
 
 bool PinDrive(char letter, std::string hostRoot) {
     if (!CanBePinned(letter)) return false;
-    PinTable& table = SharedPins();
     if (hostRoot.empty()) {
-        const std::lock_guard lock(table.mutex);
-        table.pins.erase(letter);
+        SharedLetters()->pins.erase(letter);
         return true;
     }
     if (hostRoot.front() != '/') return false;
     hostRoot = WithoutLinks(std::move(hostRoot));
-    const std::lock_guard lock(table.mutex);
-    table.pins.insert_or_assign(letter, std::move(hostRoot));
+    SharedLetters()->pins.insert_or_assign(letter, std::move(hostRoot));
     return true;
 }
 
 std::vector<Drive> DrivesFromMountTable(const std::string& mountInfo) {
     std::vector<Drive> drives;
-    GivenLetters given;
-    for (const LetteredVolume& volume : AssignLetters(ParseMountTable(mountInfo), {}, given)) {
+    LetterTable letters;
+    for (const LetteredVolume& volume : AssignLetters(ParseMountTable(mountInfo), letters)) {
         const UINT type = volume.mount ? TypeOfDisk(*volume.mount) : DRIVE_UNKNOWN;
         drives.push_back({volume.drive.letter, volume.drive.hostRoot, type});
     }

@@ -40,9 +40,7 @@ DWORD OpenEntry(int folder, const std::string& hostName, int flags, UniqueFd& op
 }
 
 DWORD HoldEntry(int folder, const std::string& hostName, ObjectHandle& object) {
-    UniqueFd opened;
-    const DWORD error = OpenEntry(folder, hostName, O_PATH, opened);
-    return error == ERROR_SUCCESS ? ObjectHandle::Adopt(std::move(opened), object) : error;
+    return ObjectHandle::OpenUnmountedAt(folder, hostName.c_str(), object);
 }
 
 DWORD HoldFile(int folder, const std::string& hostName, ObjectHandle& file) {

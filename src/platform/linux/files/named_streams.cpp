@@ -109,9 +109,7 @@ int OpenStreamFile(const FileInFolder& place, const std::string& stream, int fla
     struct stat status {};
     if (fstat(found.Get(), &status) != 0) return errno;
     // A stream has the number of its file.
-    const struct stat& file = place.file.Status();
-    if (!S_ISREG(status.st_mode) || status.st_dev != file.st_dev || status.st_ino != file.st_ino)
-        return ESTALE;
+    if (!S_ISREG(status.st_mode) || !AreOneObject(status, place.file.Status())) return ESTALE;
     opened = std::move(found);
     return 0;
 }

@@ -7,7 +7,7 @@
 
 #include <cerrno>
 
-#include "platform/linux/base/unique_fd.h"
+#include "platform/linux/files/object_handle.h"
 
 namespace permora::host {
 namespace {
@@ -19,12 +19,11 @@ int RenameFolder(int folder, const char* hostName, int newFolder, const char* ne
     return renameat(folder, hostName, newFolder, newName) == 0 ? 0 : errno;
 }
 
-bool IsOneObject(int folder, const char* hostName, int newFolder, const char* newName) {
+bool LeadToOneObject(int folder, const char* hostName, int newFolder, const char* newName) {
     struct stat one {};
     struct stat other {};
     return fstatat(folder, hostName, &one, AT_SYMLINK_NOFOLLOW) == 0 &&
-           fstatat(newFolder, newName, &other, AT_SYMLINK_NOFOLLOW) == 0 && one.st_dev == other.st_dev &&
-           one.st_ino == other.st_ino;
+           fstatat(newFolder, newName, &other, AT_SYMLINK_NOFOLLOW) == 0 && AreOneObject(one, other);
 }
 
 // Renames over a file that was made to keep the name free.
@@ -43,7 +42,7 @@ int LinkAndUnlink(int folder, const char* hostName, int newFolder, const char* n
         return hasNoLinks ? RenameOverOwn(folder, hostName, newFolder, newName) : errno;
     }
     // A program that saves its file by renaming may have put another one there.
-    int problem = IsOneObject(folder, hostName, newFolder, newName) ? 0 : ESTALE;
+    int problem = LeadToOneObject(folder, hostName, newFolder, newName) ? 0 : ESTALE;
     if (problem == 0 && unlinkat(folder, hostName, 0) != 0) problem = errno;
     if (problem != 0) unlinkat(newFolder, newName, 0);
     return problem;

@@ -1,12 +1,16 @@
 #include "platform/linux/files/object_handle.h"
 
 #include <fcntl.h>
+#include <limits.h>
+#include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <utility>
 
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/descriptor_path.h"
+#include "platform/linux/files/unmounted_entry.h"
 
 namespace permora::host {
 
@@ -14,6 +18,12 @@ DWORD ObjectHandle::OpenAt(int folder, const char* hostName, ObjectHandle& handl
     UniqueFd opened(openat(folder, hostName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
     if (!opened) return ErrorFromErrno(errno);
     return Adopt(std::move(opened), handle);
+}
+
+DWORD ObjectHandle::OpenUnmountedAt(int folder, const char* hostName, ObjectHandle& handle, int flags) {
+    UniqueFd opened;
+    const int problem = OpenUnmountedEntry(folder, hostName, O_PATH | flags, opened);
+    return problem == 0 ? Adopt(std::move(opened), handle) : ErrorFromErrno(problem);
 }
 
 DWORD ObjectHandle::Adopt(UniqueFd descriptor, ObjectHandle& handle) {
@@ -30,6 +40,14 @@ DWORD ObjectHandle::OpenForListing(UniqueFd& listing) const {
     UniqueFd opened(open(DescriptorPath(Descriptor()).Text(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened) return ErrorFromErrno(errno);
     listing = std::move(opened);
+    return ERROR_SUCCESS;
+}
+
+DWORD ObjectHandle::ReadLinkText(std::string& text) const {
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = readlinkat(Descriptor(), "", target.data(), target.size());
+    if (length < 0) return ErrorFromErrno(errno);
+    text.assign(target.data(), static_cast<std::size_t>(length));
     return ERROR_SUCCESS;
 }
 

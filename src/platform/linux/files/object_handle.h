@@ -4,11 +4,18 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <string>
+
 #include "platform/api/errors.h"
 #include "platform/linux/base/unique_fd.h"
 #include "platform/nt/inheritance.h"
 
 namespace permora::host {
+
+// Whether what was asked about at two times, or by two names, is one object.
+inline bool AreOneObject(const struct stat& one, const struct stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
 
 // Holds one object, a link itself and never its target (O_PATH | O_NOFOLLOW), with what fstat said when it
 // was opened. What is read and written through the handle is that object even when its name was given to
@@ -20,6 +27,9 @@ class ObjectHandle {
     // The entry `hostName` (bytes as the host writes them, one component) of an open folder. 0 or an error
     // code; `handle` is replaced only on success.
     static DWORD OpenAt(int folder, const char* hostName, ObjectHandle& handle);
+    // The same unless something is mounted on the entry (ERROR_NOT_SAME_DEVICE). `flags` are further ones of
+    // open(2), O_DIRECTORY for example.
+    static DWORD OpenUnmountedAt(int folder, const char* hostName, ObjectHandle& handle, int flags = 0);
     // Takes over a descriptor that is already open.
     static DWORD Adopt(UniqueFd descriptor, ObjectHandle& handle);
 
@@ -28,13 +38,13 @@ class ObjectHandle {
     const struct stat& Status() const { return status; }
     bool IsFolder() const { return S_ISDIR(status.st_mode); }
     bool IsLink() const { return S_ISLNK(status.st_mode); }
-    bool IsSameObject(const ObjectHandle& other) const {
-        return status.st_dev == other.status.st_dev && status.st_ino == other.status.st_ino;
-    }
+    bool IsSameObject(const ObjectHandle& other) const { return AreOneObject(status, other.status); }
     nt::ObjectKind Kind() const { return IsFolder() ? nt::ObjectKind::kFolder : nt::ObjectKind::kFile; }
 
     // A second descriptor of the same folder that can be listed (O_RDONLY | O_DIRECTORY).
     DWORD OpenForListing(UniqueFd& listing) const;
+    // The text of a link.
+    DWORD ReadLinkText(std::string& text) const;
 
   private:
     UniqueFd descriptor;

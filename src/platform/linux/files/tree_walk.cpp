@@ -60,12 +60,9 @@ class TreeWalk {
 
     void VisitEntry(const char* name) {
         const std::size_t depth = open.size() - 1;
-        UniqueFd opened;
-        const int problem = OpenUnmountedEntry(open.back()->listing.Descriptor(), name, O_PATH, opened);
-        if (problem == ENOENT) return;
         ObjectHandle object;
-        const DWORD error =
-            problem != 0 ? ErrorFromErrno(problem) : ObjectHandle::Adopt(std::move(opened), object);
+        const DWORD error = ObjectHandle::OpenUnmountedAt(open.back()->listing.Descriptor(), name, object);
+        if (error == ERROR_FILE_NOT_FOUND) return;
         if (error != ERROR_SUCCESS) {
             visitor.Fail(error, name, depth);
             return;

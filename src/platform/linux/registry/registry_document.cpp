@@ -18,8 +18,7 @@ std::string_view WithoutBlanksBehind(std::string_view text) {
 std::vector<std::string_view> LinesOf(std::string_view text) {
     std::vector<std::string_view> lines;
     while (!text.empty()) {
-        std::string_view line = text.substr(0, text.find('\n'));
-        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        std::string_view line = TakeLine(text);
         while (line.ends_with('\r'))
             line.remove_suffix(1);
         lines.push_back(line);

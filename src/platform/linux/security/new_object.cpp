@@ -11,7 +11,6 @@
 
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/base/host_errors.h"
-#include "platform/linux/files/unmounted_entry.h"
 #include "platform/nt/ace_bits.h"
 #include "platform/nt/inheritance.h"
 #include "platform/nt/sid.h"
@@ -67,16 +66,12 @@ DWORD NewObjectSecurity::Give(const ObjectHandle& object) {
 DWORD NewObjectSecurity::MakeFolder(const ObjectHandle& folder, const std::string& hostName, mode_t mode,
                                     ObjectHandle& made) {
     if (mkdirat(folder.Descriptor(), hostName.c_str(), mode) != 0) return ErrorFromErrno(errno);
-    UniqueFd opened;
     ObjectHandle object;
-    const int problem =
-        OpenUnmountedEntry(folder.Descriptor(), hostName.c_str(), O_PATH | O_DIRECTORY, opened);
+    DWORD error = ObjectHandle::OpenUnmountedAt(folder.Descriptor(), hostName.c_str(), object, O_DIRECTORY);
     // Something else may have taken its place by now: then it is not ours to change, nor to remove.
-    if (problem != 0) return ErrorFromErrno(problem);
-    DWORD error = ObjectHandle::Adopt(std::move(opened), object);
-    const bool isOthers = IsOnLinuxVolume(object) && object.Status().st_uid != geteuid();
-    if (error == ERROR_SUCCESS && isOthers) return ERROR_FILE_INVALID;
-    if (error == ERROR_SUCCESS) error = Give(object);
+    if (error != ERROR_SUCCESS) return error;
+    if (IsOnLinuxVolume(object) && object.Status().st_uid != geteuid()) return ERROR_FILE_INVALID;
+    error = Give(object);
     if (error != ERROR_SUCCESS) {
         unlinkat(folder.Descriptor(), hostName.c_str(), AT_REMOVEDIR);
         return error;

@@ -13,12 +13,6 @@ namespace permora::host {
 
 namespace {
 
-std::string_view TakeLine(std::string_view& text) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
-    return line;
-}
-
 bool IsTrue(std::string_view value) {
     constexpr std::array<std::string_view, 4> kWords = {"yes", "true", "1", "on"};
     return std::ranges::find(kWords, InLowerCase(value)) != kWords.end();

@@ -32,7 +32,6 @@ enum class Keeper {
     kFile,
     kRegistry,
     kUser,
-    kNobody,  // "IPC$", which is there by itself
 };
 
 struct KeptShare {
@@ -51,10 +50,8 @@ DWORD ReadRegistry(const Sections& configuration, Sections& registry) {
 
 // Only names that were listed are ever handed to a tool.
 DWORD FindKeeper(std::string_view name, KeptShare& kept) {
-    if (IsSameShare(name, InterProcessShare().name)) {
-        kept = {Keeper::kNobody, {InterProcessShare().name, {}}};
-        return ERROR_SUCCESS;
-    }
+    // It is there by itself.
+    if (IsSameShare(name, InterProcessShare().name)) return ERROR_NOT_SUPPORTED;
     Sections configuration;
     DWORD error = ReadSambaConfiguration(configuration);
     if (error != ERROR_SUCCESS) return error;
@@ -204,7 +201,7 @@ DWORD SambaShares::List(std::vector<Share>& shares) const {
 
 DWORD SambaShares::ReadDescriptors(std::span<Share> shares) const {
     for (Share& share : shares) {
-        if ((share.type & STYPE_IPC) == STYPE_IPC) continue;
+        if (IsInterProcess(share)) continue;
         DWORD error = ReadSambaDescriptor(share.name, share.descriptor);
         // The tool knows nothing of users' shares.
         if (IsFailureOfTool(error)) error = ReadOtherDescriptor(share, error);
@@ -227,8 +224,6 @@ DWORD SambaShares::Change(std::string_view name, const ShareChange& change) cons
         case Keeper::kFile:
             if (change.remark || change.maxUses) return ERROR_FILE_READ_ONLY;
             return WriteSambaDescriptor(kept.section.name, *change.descriptor);
-        case Keeper::kNobody:
-            break;
     }
     return ERROR_NOT_SUPPORTED;
 }
@@ -264,8 +259,6 @@ DWORD SambaShares::Remove(std::string_view name) const {
             return RemoveUserShare(kept.section);
         case Keeper::kFile:
             return ERROR_FILE_READ_ONLY;
-        case Keeper::kNobody:
-            break;
     }
     return ERROR_NOT_SUPPORTED;
 }

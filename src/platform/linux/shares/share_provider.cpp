@@ -34,4 +34,8 @@ Share InterProcessShare() {
     return share;
 }
 
+bool IsInterProcess(const Share& share) {
+    return (share.type & STYPE_IPC) == STYPE_IPC;
+}
+
 }  // namespace permora::host

@@ -62,5 +62,6 @@ std::u16string ShareKey(std::string_view name);
 
 // "IPC$", through which a machine is asked about itself: every machine has it.
 Share InterProcessShare();
+bool IsInterProcess(const Share& share);
 
 }  // namespace permora::host

@@ -21,54 +21,54 @@ RegistryStore MachineStore() {
     return {MachineRegistryFolder(), RegistryAudience::kEveryone};
 }
 
-// --- The texts of one share: "Name=value" each.
+// --- The fields of one share: "Name=value" each.
 
 using Fields = std::vector<std::string>;
 
-Fields SplitTexts(const std::vector<std::uint8_t>& data) {
-    Fields texts;
+Fields SplitFields(const std::vector<std::uint8_t>& data) {
+    Fields fields;
     std::string_view rest(reinterpret_cast<const char*>(data.data()), data.size());
     while (!rest.empty() && rest.front() != '\0') {
-        texts.emplace_back(rest.substr(0, rest.find('\0')));
-        rest.remove_prefix(std::min(texts.back().size() + 1, rest.size()));
+        fields.emplace_back(rest.substr(0, rest.find('\0')));
+        rest.remove_prefix(std::min(fields.back().size() + 1, rest.size()));
     }
-    return texts;
+    return fields;
 }
 
-std::vector<std::uint8_t> JoinTexts(const Fields& texts) {
+std::vector<std::uint8_t> JoinFields(const Fields& fields) {
     std::vector<std::uint8_t> data;
-    for (const std::string& text : texts)
+    for (const std::string& text : fields)
         data.insert(data.end(), text.c_str(), text.c_str() + text.size() + 1);
     data.push_back(0);
     return data;
 }
 
-std::string* FindText(Fields& texts, std::string_view field) {
-    const auto found = std::find_if(texts.begin(), texts.end(), [field](std::string_view text) {
+std::string* FindField(Fields& fields, std::string_view field) {
+    const auto found = std::find_if(fields.begin(), fields.end(), [field](std::string_view text) {
         return text.starts_with(field) && text.substr(field.size()).starts_with('=');
     });
-    return found != texts.end() ? &*found : nullptr;
+    return found != fields.end() ? &*found : nullptr;
 }
 
-std::optional<std::string> FieldOf(Fields& texts, std::string_view field) {
-    const std::string* text = FindText(texts, field);
+std::optional<std::string> FieldOf(Fields& fields, std::string_view field) {
+    const std::string* text = FindField(fields, field);
     if (text == nullptr) return std::nullopt;
     return text->substr(field.size() + 1);
 }
 
-void SetText(Fields& texts, std::string_view field, std::string_view value) {
+void SetField(Fields& fields, std::string_view field, std::string_view value) {
     std::string text(field);
     text.append("=").append(value);
-    if (std::string* old = FindText(texts, field); old != nullptr) {
+    if (std::string* old = FindField(fields, field); old != nullptr) {
         *old = std::move(text);
     } else {
-        texts.push_back(std::move(text));
+        fields.push_back(std::move(text));
     }
 }
 
 // A field that is missing keeps what `number` has.
-bool ReadNumber(Fields& texts, std::string_view field, DWORD& number) {
-    const std::optional<std::string> text = FieldOf(texts, field);
+bool ReadNumber(Fields& fields, std::string_view field, DWORD& number) {
+    const std::optional<std::string> text = FieldOf(fields, field);
     if (!text) return true;
     const char* end = text->data() + text->size();
     const auto [stop, error] = std::from_chars(text->data(), end, number);
@@ -81,15 +81,15 @@ std::optional<Share> ShareOf(const RegistryValue& value) {
     if (value.type != REG_MULTI_SZ) return std::nullopt;
     Share share;
     share.name = value.name;
-    Fields texts = SplitTexts(value.data);
-    const bool areNumbers = ReadNumber(texts, "Type", share.type) &&
-                            ReadNumber(texts, "Permissions", share.permissions) &&
-                            ReadNumber(texts, "MaxUses", share.maxUses);
-    std::optional<std::string> path = FieldOf(texts, "Path");
+    Fields fields = SplitFields(value.data);
+    const bool areNumbers = ReadNumber(fields, "Type", share.type) &&
+                            ReadNumber(fields, "Permissions", share.permissions) &&
+                            ReadNumber(fields, "MaxUses", share.maxUses);
+    std::optional<std::string> path = FieldOf(fields, "Path");
     const bool isFolder = (share.type & ~STYPE_SPECIAL) == STYPE_DISKTREE;
     if (!areNumbers || (isFolder && !path)) return std::nullopt;
     share.path = std::move(path).value_or("");
-    share.remark = FieldOf(texts, "Remark").value_or("");
+    share.remark = FieldOf(fields, "Remark").value_or("");
     return share;
 }
 
@@ -97,7 +97,7 @@ DWORD ReadDescriptor(const RegistryDocument& document, Share& share) {
     RegistryValue value;
     const bool isGone =
         document.FindValue(kSharesKey, share.name, value) == RegistryDocument::Lookup::kMissing;
-    if (isGone && (share.type & STYPE_IPC) != STYPE_IPC) return NERR_NetNameNotFound;
+    if (isGone && !IsInterProcess(share)) return NERR_NetNameNotFound;
     const auto lookup = document.FindValue(kSecurityKey, share.name, value);
     if (lookup == RegistryDocument::Lookup::kMissing) return ERROR_SUCCESS;
     if (lookup == RegistryDocument::Lookup::kDamaged || value.type != REG_BINARY ||
@@ -118,13 +118,13 @@ std::optional<std::string> FindKeptName(const RegistryDocument& document, std::s
 
 // --- Writing.
 
-DWORD ChangeTexts(RegistryDocument& document, const std::string& name, const ShareChange& change) {
+DWORD ChangeFields(RegistryDocument& document, const std::string& name, const ShareChange& change) {
     RegistryValue value;
     if (document.FindValue(kSharesKey, name, value) != RegistryDocument::Lookup::kFound) return ERROR_BADDB;
-    Fields texts = SplitTexts(value.data);
-    if (change.remark) SetText(texts, "Remark", *change.remark);
-    if (change.maxUses) SetText(texts, "MaxUses", std::to_string(*change.maxUses));
-    value.data = JoinTexts(texts);
+    Fields fields = SplitFields(value.data);
+    if (change.remark) SetField(fields, "Remark", *change.remark);
+    if (change.maxUses) SetField(fields, "MaxUses", std::to_string(*change.maxUses));
+    value.data = JoinFields(fields);
     document.SetValue(kSharesKey, value);
     return ERROR_SUCCESS;
 }
@@ -167,20 +167,20 @@ DWORD ShareTable::Change(std::string_view name, const ShareChange& change) const
         const std::optional<std::string> kept = FindKeptName(document, name);
         if (!kept) return NotKept(name);
         if (change.descriptor) document.SetValue(kSecurityKey, {*kept, REG_BINARY, *change.descriptor});
-        return change.remark || change.maxUses ? ChangeTexts(document, *kept, change) : ERROR_SUCCESS;
+        return change.remark || change.maxUses ? ChangeFields(document, *kept, change) : ERROR_SUCCESS;
     });
 }
 
 DWORD ShareTable::Add(const Share& share) const {
     return MachineStore().Change([&share](RegistryDocument& document) -> DWORD {
         if (FindKeptName(document, share.name)) return NERR_DuplicateShare;
-        const Fields texts = {"CSCFlags=0",
-                              "MaxUses=" + std::to_string(share.maxUses),
-                              "Path=" + share.path,
-                              "Permissions=" + std::to_string(share.permissions),
-                              "Remark=" + share.remark,
-                              "Type=" + std::to_string(share.type)};
-        document.SetValue(kSharesKey, {share.name, REG_MULTI_SZ, JoinTexts(texts)});
+        const Fields fields = {"CSCFlags=0",
+                               "MaxUses=" + std::to_string(share.maxUses),
+                               "Path=" + share.path,
+                               "Permissions=" + std::to_string(share.permissions),
+                               "Remark=" + share.remark,
+                               "Type=" + std::to_string(share.type)};
+        document.SetValue(kSharesKey, {share.name, REG_MULTI_SZ, JoinFields(fields)});
         // One that an earlier share of this name has left behind would count for this one.
         document.RemoveValue(kSecurityKey, share.name);
         if (!share.descriptor.empty())

@@ -1,6 +1,9 @@
-// What is asked when something stands where an item shall be put.
+// Putting items where something may stand already, and what is asked then.
 #pragma once
 
+#include <utility>
+
+#include "platform/api/errors.h"
 #include "platform/linux/shell/operation_walk.h"
 #include "platform/linux/shell/target_folder.h"
 
@@ -17,5 +20,26 @@ enum class ClashAnswer { kGoOn, kPassOver, kFail };
 // it found.
 ClashAnswer AskAboutClash(const WalkedItem& item, const TargetFolder& target, const Clash& clash,
                           OperationTalk& talk, DWORD& error);
+
+// What a try to put an item into a folder came to.
+enum class PutOutcome { kDone, kMerges, kPassedOver, kFailed };
+
+// Runs `put`, which sets the error code when it answers PutOutcome::kFailed, until it is settled, the user
+// passes the item over, or the operation is cancelled.
+template <typename Put>
+PutOutcome PutWithRetries(const WalkedItem& item, TargetFolder& target, OperationTalk& talk, const Put& put) {
+    for (bool isNameChecked = false;;) {
+        DWORD error = ERROR_SUCCESS;
+        const PutOutcome outcome = put(error);
+        if (outcome != PutOutcome::kFailed || talk.IsCancelled()) return outcome;
+        // Someone put something of its name there meanwhile: now it is a matter of replacing.
+        if (error == ERROR_ALREADY_EXISTS && !std::exchange(isNameChecked, true)) {
+            target.Forget();
+            continue;
+        }
+        if (talk.Fails(item.Described(), error) == OperationTalk::AfterFailure::kPassOver)
+            return PutOutcome::kPassedOver;
+    }
+}
 
 }  // namespace permora::host

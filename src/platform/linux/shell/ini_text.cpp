@@ -12,9 +12,7 @@ IniGroups ParseIni(std::string_view text) {
     IniGroups groups;
     std::string group;
     while (!text.empty()) {
-        const std::string_view whole = text.substr(0, text.find('\n'));
-        text.remove_prefix(std::min(whole.size() + 1, text.size()));
-        const std::string_view line = WithoutOuterBlanks(whole);
+        const std::string_view line = WithoutOuterBlanks(TakeLine(text));
         const std::size_t equals = line.find('=');
         if (line.starts_with('[') && line.ends_with(']')) {
             group = line.substr(1, line.size() - 2);

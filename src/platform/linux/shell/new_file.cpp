@@ -48,7 +48,7 @@ NewFile::~NewFile() {
     struct stat status {};
     const int folder = target->Descriptor();
     if (fstatat(folder, nameNow.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-        status.st_ino == object.Status().st_ino)
+        AreOneObject(status, object.Status()))
         unlinkat(folder, nameNow.c_str(), 0);
 }
 

@@ -80,21 +80,23 @@ bool OperationTalk::Agrees(FileOperationQuestionKind kind, FileOperationObject s
     return Agrees(std::move(question));
 }
 
-OperationTalk::AfterFailure OperationTalk::Fails(FileOperationObject source, DWORD error) {
+FileOperationAnswer OperationTalk::AskAboutFailure(FileOperationObject source, DWORD error, bool mayRetry) {
     FileOperationQuestion question;
     question.source = std::move(source);
     question.error = error;
-    if (Ask(std::move(question)) == FileOperationAnswer::kRetry) return AfterFailure::kRetry;
+    question.mayRetry = mayRetry;
+    return Ask(std::move(question));
+}
+
+OperationTalk::AfterFailure OperationTalk::Fails(FileOperationObject source, DWORD error) {
+    if (AskAboutFailure(std::move(source), error, true) == FileOperationAnswer::kRetry)
+        return AfterFailure::kRetry;
     PassOver(error);
     return AfterFailure::kPassOver;
 }
 
 void OperationTalk::FailsForGood(FileOperationObject source, DWORD error) {
-    FileOperationQuestion question;
-    question.source = std::move(source);
-    question.error = error;
-    question.mayRetry = false;
-    Ask(std::move(question));
+    AskAboutFailure(std::move(source), error, false);
     PassOver(error);
 }
 

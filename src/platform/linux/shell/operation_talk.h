@@ -52,6 +52,7 @@ class OperationTalk {
 
   private:
     FileOperationAnswer Ask(FileOperationQuestion question);
+    FileOperationAnswer AskAboutFailure(FileOperationObject source, DWORD error, bool mayRetry);
     void PassOver(DWORD error);
 
     FileOperationHost& host;

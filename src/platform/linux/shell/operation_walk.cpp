@@ -1,6 +1,7 @@
 #include "platform/linux/shell/operation_walk.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <memory>
@@ -11,7 +12,6 @@
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/folder_listing.h"
 #include "platform/linux/files/name_mapping.h"
-#include "platform/linux/files/unmounted_entry.h"
 #include "platform/linux/shell/item_finder.h"
 
 namespace permora::host {
@@ -63,11 +63,8 @@ class ItemWalk {
     void HandleEntry(const std::string& hostName) {
         ObjectHandle object;
         for (;;) {
-            UniqueFd opened;
-            const int problem = OpenUnmountedEntry(Descriptor(), hostName.c_str(), O_PATH, opened);
-            if (problem == ENOENT) return;
-            const DWORD error =
-                problem != 0 ? ErrorFromErrno(problem) : ObjectHandle::Adopt(std::move(opened), object);
+            const DWORD error = ObjectHandle::OpenUnmountedAt(Descriptor(), hostName.c_str(), object);
+            if (error == ERROR_FILE_NOT_FOUND) return;
             if (error == ERROR_SUCCESS) return Handle({Descriptor(), path, hostName, object});
             FileOperationObject failed;
             failed.path = JoinShownPath(path, EncodeName(hostName));
@@ -128,6 +125,13 @@ std::string WalkedItem::ShownPath() const {
 
 void WalkItem(const WalkedItem& top, OperationTalk& talk, WalkHandler& handler) {
     ItemWalk(top, talk, handler).Run();
+}
+
+void RemoveName(const WalkedItem& item, int flags, OperationTalk& talk) {
+    while (unlinkat(item.folder, item.hostName.c_str(), flags) != 0 && errno != ENOENT) {
+        const DWORD error = ErrorFromErrno(errno);
+        if (talk.Fails(item.Described(), error) == OperationTalk::AfterFailure::kPassOver) return;
+    }
 }
 
 }  // namespace permora::host

@@ -39,4 +39,8 @@ class WalkHandler {
 // names the one in work.
 void WalkItem(const WalkedItem& top, OperationTalk& talk, WalkHandler& handler);
 
+// Removes the name of an item; `flags` are those of unlinkat(2). What has vanished is removed; what cannot be
+// is told to the user, who may pass it over.
+void RemoveName(const WalkedItem& item, int flags, OperationTalk& talk);
+
 }  // namespace permora::host

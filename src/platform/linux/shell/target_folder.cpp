@@ -16,7 +16,6 @@
 #include "platform/linux/files/folder_listing.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/named_streams.h"
-#include "platform/linux/files/unmounted_entry.h"
 
 namespace permora::host {
 namespace {
@@ -95,12 +94,9 @@ DWORD TargetFolder::FindClash(const std::string& hostName, std::optional<Clash>&
 }
 
 DWORD TargetFolder::OpenClash(const std::string& hostName, std::optional<Clash>& clash) const {
-    UniqueFd opened;
-    const int problem = OpenUnmountedEntry(Descriptor(), hostName.c_str(), O_PATH, opened);
-    if (problem == ENOENT) return ERROR_SUCCESS;
-    if (problem != 0) return ErrorFromErrno(problem);
     Clash found;
-    const DWORD error = ObjectHandle::Adopt(std::move(opened), found.object);
+    const DWORD error = ObjectHandle::OpenUnmountedAt(Descriptor(), hostName.c_str(), found.object);
+    if (error == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;
     if (error != ERROR_SUCCESS) return error;
     found.hostName = hostName;
     clash = std::move(found);

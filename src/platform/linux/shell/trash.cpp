@@ -18,7 +18,6 @@
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/mount_table.h"
 #include "platform/linux/files/new_name.h"
-#include "platform/linux/files/unmounted_entry.h"
 #include "platform/linux/security/new_object.h"
 #include "platform/linux/shell/new_file.h"
 
@@ -39,17 +38,14 @@ bool KeepsOwners(const ObjectHandle& folder) {
     return !isKnown || status.st_uid == geteuid();
 }
 
-DWORD OpenFolderIn(const ObjectHandle& folder, const std::string& hostName, ObjectHandle& entry) {
-    UniqueFd opened;
-    const int problem =
-        OpenUnmountedEntry(folder.Descriptor(), hostName.c_str(), O_PATH | O_DIRECTORY, opened);
-    return problem == 0 ? ObjectHandle::Adopt(std::move(opened), entry) : ErrorFromErrno(problem);
+DWORD OpenFolderIn(const ObjectHandle& folder, const char* hostName, ObjectHandle& entry) {
+    return ObjectHandle::OpenUnmountedAt(folder.Descriptor(), hostName, entry, O_DIRECTORY);
 }
 
 // A folder for this user alone, made when it is not there.
 DWORD OpenOrMake(const ObjectHandle& folder, const std::string& hostName, ObjectHandle& entry) {
     ObjectHandle found;
-    DWORD error = OpenFolderIn(folder, hostName, found);
+    DWORD error = OpenFolderIn(folder, hostName.c_str(), found);
     if (error == ERROR_FILE_NOT_FOUND) {
         NewObjectSecurity security;
         error = NewObjectSecurity::Of(folder, security);

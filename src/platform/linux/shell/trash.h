@@ -1,6 +1,6 @@
 // The desktop's trash.
 //
-// Where it lies, and what is in it: the Trash Specification of freedesktop.org, version 1.0. A trash holds
+// Where it lies, and what is in it: freedesktop.org's rules for a trash, version 1.0. A trash holds
 // two folders: "files" with what was deleted, and "info" with a text file for each that says where it was and
 // when it was deleted.
 #pragma once

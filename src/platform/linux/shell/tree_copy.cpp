@@ -1,13 +1,11 @@
 #include "platform/linux/shell/tree_copy.h"
 
 #include <fcntl.h>
-#include <limits.h>
 #include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <utility>
 
@@ -15,7 +13,6 @@
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/file_handle.h"
 #include "platform/linux/files/unmounted_entry.h"
-#include "platform/linux/shell/clash_question.h"
 #include "platform/linux/shell/new_file.h"
 #include "platform/linux/shell/object_properties.h"
 
@@ -61,26 +58,17 @@ const std::string& TreeCopy::NewNameOf(const WalkedItem& item) const {
 void TreeCopy::File(const WalkedItem& item) {
     const ULONGLONG before = talk.progress.bytesDone;
     FileAnswers answers;
-    Outcome outcome = Outcome::kFailed;
-    for (;;) {
-        DWORD error = ERROR_SUCCESS;
-        outcome = CopyOnce(item, answers, error);
-        if (outcome != Outcome::kFailed || talk.IsCancelled()) break;
-        // Someone put it there meanwhile: now it is a matter of replacing.
-        if (error == ERROR_ALREADY_EXISTS && !std::exchange(answers.isNameChecked, true)) {
-            Current().Forget();
-            continue;
-        }
+    const PutOutcome outcome = PutWithRetries(item, Current(), talk, [&](DWORD& error) {
         talk.progress.bytesDone = before;
-        if (talk.Fails(item.Described(), error) == OperationTalk::AfterFailure::kPassOver) break;
-    }
-    if (outcome == Outcome::kDone && record != nullptr) record->Add(item.object.Status());
+        return CopyOnce(item, answers, error);
+    });
+    if (outcome == PutOutcome::kDone && record != nullptr) record->Add(item.object.Status());
     const bool isFile = S_ISREG(item.object.Status().st_mode);
     if (isFile && !talk.IsCancelled())
         talk.progress.bytesDone = before + static_cast<ULONGLONG>(item.object.Status().st_size);
 }
 
-TreeCopy::Outcome TreeCopy::CopyOnce(const WalkedItem& item, FileAnswers& answers, DWORD& error) {
+PutOutcome TreeCopy::CopyOnce(const WalkedItem& item, FileAnswers& answers, DWORD& error) {
     TargetFolder& target = Current();
     std::string hostName = NewNameOf(item);
     const bool isLink = item.object.IsLink();
@@ -90,11 +78,11 @@ TreeCopy::Outcome TreeCopy::CopyOnce(const WalkedItem& item, FileAnswers& answer
     std::optional<Clash> clash;
     if (error == ERROR_SUCCESS) error = target.CheckName(hostName);
     if (error == ERROR_SUCCESS) error = target.FindClash(hostName, clash);
-    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     if (clash && !answers.replaces) {
         const ClashAnswer answer = AskAboutClash(item, target, *clash, talk, error);
         if (answer != ClashAnswer::kGoOn)
-            return answer == ClashAnswer::kFail ? Outcome::kFailed : Outcome::kPassedOver;
+            return answer == ClashAnswer::kFail ? PutOutcome::kFailed : PutOutcome::kPassedOver;
         answers.replaces = true;
     }
     // What stands there keeps the case of its name, as on Windows.
@@ -111,29 +99,29 @@ mode_t TreeCopy::ModeOfCopy(mode_t mode) const {
     return isMade ? kOfFiles : mode & kPermissions;
 }
 
-TreeCopy::Outcome TreeCopy::CopyFile(const WalkedItem& item, const std::string& hostName,
-                                     FileAnswers& answers, DWORD& error) {
+PutOutcome TreeCopy::CopyFile(const WalkedItem& item, const std::string& hostName, FileAnswers& answers,
+                              DWORD& error) {
     TargetFolder& target = Current();
     UniqueFd source;
     error = OpenContents(item.object, source);
-    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     const struct stat& status = item.object.Status();
     NewFile file;
     error = file.Make(target, hostName, ModeOfCopy(status.st_mode), status.st_size,
                       answers.replaces ? NewFilePlace::kReplacing : NewFilePlace::kFree);
     if (error == ERROR_SUCCESS) error = contents.Copy(source.Get(), status, file.Object().Descriptor());
-    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     const PropertyResult properties = CopyProperties(
         item, sourceVolume, {target.Descriptor(), file.NameNow(), file.Object(), target.Volume()}, contents);
     error = properties.error;
-    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     if (properties.loss != ERROR_SUCCESS && !answers.mayLose) {
-        if (!AgreesToLoss(item, properties.loss)) return Outcome::kPassedOver;
+        if (!AgreesToLoss(item, properties.loss)) return PutOutcome::kPassedOver;
         answers.mayLose = true;
     }
     error = CopyTimes(item.object, file.Object());
     if (error == ERROR_SUCCESS) error = file.Publish();
-    return error == ERROR_SUCCESS ? Outcome::kDone : Outcome::kFailed;
+    return error == ERROR_SUCCESS ? PutOutcome::kDone : PutOutcome::kFailed;
 }
 
 bool TreeCopy::AgreesToLoss(const WalkedItem& item, DWORD loss) {
@@ -146,22 +134,23 @@ bool TreeCopy::AgreesToLoss(const WalkedItem& item, DWORD loss) {
     return talk.Agrees(std::move(question));
 }
 
-TreeCopy::Outcome TreeCopy::CopyLink(const WalkedItem& item, const std::string& hostName, bool replaces,
-                                     DWORD& error) {
-    std::array<char, PATH_MAX> text{};
-    const ssize_t length = readlinkat(item.object.Descriptor(), "", text.data(), text.size() - 1);
+PutOutcome TreeCopy::CopyLink(const WalkedItem& item, const std::string& hostName, bool replaces,
+                              DWORD& error) {
+    std::string text;
+    error = item.object.ReadLinkText(text);
+    if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     TargetFolder& target = Current();
     const int folder = target.Descriptor();
     const std::string madeName = replaces ? TemporaryName() : hostName;
-    if (length < 0 || symlinkat(text.data(), folder, madeName.c_str()) != 0) {
+    if (symlinkat(text.c_str(), folder, madeName.c_str()) != 0) {
         error = ErrorFromErrno(errno);
-        return Outcome::kFailed;
+        return PutOutcome::kFailed;
     }
     ObjectHandle made;
     error = ObjectHandle::OpenAt(folder, madeName.c_str(), made);
     // Something else may have taken its place by now: then it is not ours to change, nor to remove.
     if (error == ERROR_SUCCESS && !made.IsLink()) error = ERROR_FILE_INVALID;
-    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     error = target.Secure(made);
     if (error == ERROR_SUCCESS) error = CopyTimes(item.object, made);
     if (error == ERROR_SUCCESS && replaces &&
@@ -169,10 +158,10 @@ TreeCopy::Outcome TreeCopy::CopyLink(const WalkedItem& item, const std::string& 
         error = ErrorFromErrno(errno);
     if (error != ERROR_SUCCESS) {
         unlinkat(folder, madeName.c_str(), 0);
-        return Outcome::kFailed;
+        return PutOutcome::kFailed;
     }
     target.Took(hostName, made);
-    return Outcome::kDone;
+    return PutOutcome::kDone;
 }
 
 // --- Folders.
@@ -190,40 +179,32 @@ bool TreeCopy::ComesIntoItself(const WalkedItem& item) {
 
 bool TreeCopy::Enter(const WalkedItem& item) {
     if (ComesIntoItself(item)) return false;
-    for (bool isNameChecked = false;;) {
-        DWORD error = ERROR_SUCCESS;
-        const Outcome outcome = EnterOnce(item, error);
-        if (outcome != Outcome::kFailed) return outcome == Outcome::kDone;
-        if (error == ERROR_ALREADY_EXISTS && !std::exchange(isNameChecked, true)) {
-            Current().Forget();
-            continue;
-        }
-        if (talk.Fails(item.Described(), error) == OperationTalk::AfterFailure::kPassOver) return false;
-    }
+    return PutWithRetries(item, Current(), talk, [&](DWORD& error) { return EnterOnce(item, error); }) ==
+           PutOutcome::kDone;
 }
 
-TreeCopy::Outcome TreeCopy::EnterOnce(const WalkedItem& item, DWORD& error) {
+PutOutcome TreeCopy::EnterOnce(const WalkedItem& item, DWORD& error) {
     TargetFolder& target = Current();
     const std::string& hostName = NewNameOf(item);
     std::optional<Clash> clash;
     error = target.CheckName(hostName);
     if (error == ERROR_SUCCESS) error = target.FindClash(hostName, clash);
-    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     EnteredTarget next{nullptr, !clash};
     if (clash) {
         const ClashAnswer answer = AskAboutClash(item, target, *clash, talk, error);
         if (answer != ClashAnswer::kGoOn)
-            return answer == ClashAnswer::kFail ? Outcome::kFailed : Outcome::kPassedOver;
+            return answer == ClashAnswer::kFail ? PutOutcome::kFailed : PutOutcome::kPassedOver;
         next.folder = target.UseSubfolder(std::move(*clash));
     } else {
         // This process must be able to fill it, whatever the source's own mode says.
         const mode_t mode = (item.object.Status().st_mode & kPermissions) | S_IRWXU;
         error = target.MakeSubfolder(hostName, mode, next.folder);
     }
-    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     entered.push_back(std::move(next));
     talk.progress.toFolder = Current().ShownPath();
-    return Outcome::kDone;
+    return PutOutcome::kDone;
 }
 
 void TreeCopy::Leave(const WalkedItem& item) {

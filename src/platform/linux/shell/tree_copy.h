@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/shell/clash_question.h"
 #include "platform/linux/shell/file_contents.h"
 #include "platform/linux/shell/operation_walk.h"
 #include "platform/linux/shell/target_folder.h"
@@ -56,7 +57,6 @@ class TreeCopy : public WalkHandler {
     struct FileAnswers {
         bool replaces = false;
         bool mayLose = false;
-        bool isNameChecked = false;
     };
 
     TargetFolder& Current() { return entered.empty() ? top : *entered.back().folder; }
@@ -64,11 +64,11 @@ class TreeCopy : public WalkHandler {
     bool ComesIntoItself(const WalkedItem& item);
     mode_t ModeOfCopy(mode_t mode) const;
 
-    enum class Outcome { kDone, kPassedOver, kFailed };
-    Outcome CopyOnce(const WalkedItem& item, FileAnswers& answers, DWORD& error);
-    Outcome CopyFile(const WalkedItem& item, const std::string& hostName, FileAnswers& answers, DWORD& error);
-    Outcome CopyLink(const WalkedItem& item, const std::string& hostName, bool replaces, DWORD& error);
-    Outcome EnterOnce(const WalkedItem& item, DWORD& error);
+    PutOutcome CopyOnce(const WalkedItem& item, FileAnswers& answers, DWORD& error);
+    PutOutcome CopyFile(const WalkedItem& item, const std::string& hostName, FileAnswers& answers,
+                        DWORD& error);
+    PutOutcome CopyLink(const WalkedItem& item, const std::string& hostName, bool replaces, DWORD& error);
+    PutOutcome EnterOnce(const WalkedItem& item, DWORD& error);
     bool AgreesToLoss(const WalkedItem& item, DWORD loss);
 
     OperationTalk& talk;

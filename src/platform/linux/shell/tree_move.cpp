@@ -11,39 +11,28 @@
 
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/new_name.h"
-#include "platform/linux/shell/clash_question.h"
 
 namespace permora::host {
+
 void TreeMove::Move(const WalkedItem& item) {
     talk.progress.toFolder = top.ShownPath();
     WalkItem(item, talk, *this);
     entered.clear();
 }
 
-TreeMove::Outcome TreeMove::MoveWithRetries(const WalkedItem& item) {
-    for (bool isNameChecked = false;;) {
-        DWORD error = ERROR_SUCCESS;
-        const Outcome outcome = MoveOnce(item, error);
-        if (outcome != Outcome::kFailed) return outcome;
-        // Someone put it there meanwhile.
-        if (error == ERROR_ALREADY_EXISTS && !std::exchange(isNameChecked, true)) {
-            Current().Forget();
-            continue;
-        }
-        if (talk.Fails(item.Described(), error) == OperationTalk::AfterFailure::kPassOver)
-            return Outcome::kPassedOver;
-    }
+PutOutcome TreeMove::MoveWithRetries(const WalkedItem& item) {
+    return PutWithRetries(item, Current(), talk, [&](DWORD& error) { return MoveOnce(item, error); });
 }
 
-TreeMove::Outcome TreeMove::MoveOnce(const WalkedItem& item, DWORD& error) {
+PutOutcome TreeMove::MoveOnce(const WalkedItem& item, DWORD& error) {
     TargetFolder& target = Current();
     std::optional<Clash> clash;
     error = target.FindClash(item.hostName, clash);
-    if (error != ERROR_SUCCESS) return Outcome::kFailed;
+    if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     if (clash) {
         const ClashAnswer answer = AskAboutClash(item, target, *clash, talk, error);
         if (answer != ClashAnswer::kGoOn)
-            return answer == ClashAnswer::kFail ? Outcome::kFailed : Outcome::kPassedOver;
+            return answer == ClashAnswer::kFail ? PutOutcome::kFailed : PutOutcome::kPassedOver;
         return Settle(item, std::move(*clash), error);
     }
     const RenamedKind kind = item.object.IsFolder() ? RenamedKind::kFolder : RenamedKind::kOther;
@@ -51,17 +40,17 @@ TreeMove::Outcome TreeMove::MoveOnce(const WalkedItem& item, DWORD& error) {
                                          item.hostName.c_str(), kind);
     if (problem == 0) {
         target.Took(item.hostName, item.object);
-        return Outcome::kDone;
+        return PutOutcome::kDone;
     }
     error = ErrorFromErrno(problem);
-    return Outcome::kFailed;
+    return PutOutcome::kFailed;
 }
 
-TreeMove::Outcome TreeMove::Settle(const WalkedItem& item, Clash clash, DWORD& error) {
+PutOutcome TreeMove::Settle(const WalkedItem& item, Clash clash, DWORD& error) {
     TargetFolder& target = Current();
     if (item.object.IsFolder()) {
         entered.push_back({target.UseSubfolder(std::move(clash)), talk.PassedOver()});
-        return Outcome::kMerges;
+        return PutOutcome::kMerges;
     }
     // Renaming a file to another name of its own does nothing.
     const bool isOwnName = item.object.IsSameObject(clash.object);
@@ -70,10 +59,10 @@ TreeMove::Outcome TreeMove::Settle(const WalkedItem& item, Clash clash, DWORD& e
                                              clash.hostName.c_str()) == 0;
     if (isDone) {
         target.Took(clash.hostName, item.object);
-        return Outcome::kDone;
+        return PutOutcome::kDone;
     }
     error = ErrorFromErrno(errno);
-    return Outcome::kFailed;
+    return PutOutcome::kFailed;
 }
 
 void TreeMove::File(const WalkedItem& item) {
@@ -81,7 +70,7 @@ void TreeMove::File(const WalkedItem& item) {
 }
 
 bool TreeMove::Enter(const WalkedItem& item) {
-    if (MoveWithRetries(item) != Outcome::kMerges) return false;
+    if (MoveWithRetries(item) != PutOutcome::kMerges) return false;
     talk.progress.toFolder = Current().ShownPath();
     return true;
 }
@@ -91,11 +80,7 @@ void TreeMove::Leave(const WalkedItem& item) {
     entered.pop_back();
     talk.progress.toFolder = Current().ShownPath();
     // What was passed over in it was told already.
-    if (left.passedOverBefore != talk.PassedOver()) return;
-    while (unlinkat(item.folder, item.hostName.c_str(), AT_REMOVEDIR) != 0 && errno != ENOENT) {
-        const DWORD error = ErrorFromErrno(errno);
-        if (talk.Fails(item.Described(), error) == OperationTalk::AfterFailure::kPassOver) return;
-    }
+    if (left.passedOverBefore == talk.PassedOver()) RemoveName(item, AT_REMOVEDIR, talk);
 }
 
 }  // namespace permora::host

@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "platform/linux/shell/clash_question.h"
 #include "platform/linux/shell/operation_walk.h"
 #include "platform/linux/shell/target_folder.h"
 
@@ -32,10 +33,9 @@ class TreeMove : public WalkHandler {
 
     TargetFolder& Current() { return entered.empty() ? top : *entered.back().folder; }
 
-    enum class Outcome { kDone, kMerges, kPassedOver, kFailed };
-    Outcome MoveWithRetries(const WalkedItem& item);
-    Outcome MoveOnce(const WalkedItem& item, DWORD& error);
-    Outcome Settle(const WalkedItem& item, Clash clash, DWORD& error);
+    PutOutcome MoveWithRetries(const WalkedItem& item);
+    PutOutcome MoveOnce(const WalkedItem& item, DWORD& error);
+    PutOutcome Settle(const WalkedItem& item, Clash clash, DWORD& error);
 
     OperationTalk& talk;
     TargetFolder& top;

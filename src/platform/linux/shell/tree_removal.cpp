@@ -4,20 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-
-#include "platform/linux/base/host_errors.h"
 #include "platform/linux/shell/clash_question.h"
 
 namespace permora::host {
-
-// `flags` are those of unlinkat(2).
-void TreeRemoval::Remove(const WalkedItem& item, int flags) {
-    while (unlinkat(item.folder, item.hostName.c_str(), flags) != 0 && errno != ENOENT) {
-        const DWORD error = ErrorFromErrno(errno);
-        if (talk.Fails(item.Described(), error) == OperationTalk::AfterFailure::kPassOver) return;
-    }
-}
 
 // What has the name just now: it may have been replaced while a question stood, and what was changed, or
 // came, while the rest of a move was copied is nowhere else.
@@ -25,8 +14,7 @@ bool TreeRemoval::MayRemove(const WalkedItem& item) const {
     struct stat status {};
     if (fstatat(item.folder, item.hostName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
         return true;  // it vanished, or removing it tells why not
-    const struct stat& found = item.object.Status();
-    if (status.st_dev != found.st_dev || status.st_ino != found.st_ino) return false;
+    if (!AreOneObject(status, item.object.Status())) return false;
     return copied == nullptr || copied->Hold(status);
 }
 
@@ -36,7 +24,7 @@ void TreeRemoval::File(const WalkedItem& item) {
         talk.FailsForGood(item.Described(), ERROR_FILE_INVALID);
         return;
     }
-    Remove(item, 0);
+    RemoveName(item, 0, talk);
     if (copied == nullptr && S_ISREG(item.object.Status().st_mode))
         talk.progress.bytesDone += static_cast<ULONGLONG>(item.object.Status().st_size);
 }
@@ -51,7 +39,7 @@ void TreeRemoval::Leave(const WalkedItem& item) {
     const bool isWhole = passedOverBefore.back() == talk.PassedOver();
     passedOverBefore.pop_back();
     // What was passed over in it was told already.
-    if (isWhole) Remove(item, AT_REMOVEDIR);
+    if (isWhole) RemoveName(item, AT_REMOVEDIR, talk);
 }
 
 }  // namespace permora::host

@@ -25,7 +25,6 @@ class TreeRemoval : public WalkHandler {
 
   private:
     bool MayRemove(const WalkedItem& item) const;
-    void Remove(const WalkedItem& item, int flags);
 
     OperationTalk& talk;
     const CopiedFiles* copied = nullptr;

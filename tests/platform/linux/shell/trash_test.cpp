@@ -24,7 +24,7 @@ std::vector<std::string> NamesIn(const std::string& folder) {
     return names;
 }
 
-// Puts back what the info file tells, as any program does that knows the specification.
+// Puts back what the info file tells, as any program does that keeps to the common rules.
 void Restore(const std::string& trash, const std::string& name, const std::string& top) {
     const CommandResult result =
         RunCommand({"python3", "-c",
