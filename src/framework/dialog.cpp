@@ -90,6 +90,8 @@ const MessageMap& CDialog::GetMessageMap() const {
 }
 
 bool CDialog::OnCmdMsg(Notification& notification) {
+    // A key or a click may come when the dialog has ended already, and must not change what it gave.
+    if (run->hasEnded) return true;
     if (CWnd::OnCmdMsg(notification)) return true;
     if (notification.code != Notify::kClicked) return false;
     switch (notification.id) {
