@@ -1,6 +1,7 @@
 #include "editor/account_picker.h"
 
 #include "editor/required_control.h"
+#include "framework/wait_cursor.h"
 #include "platform/api/errors.h"
 #include "resources/resource_ids.h"
 #include "security/account_lookup.h"
@@ -47,6 +48,7 @@ bool CDlgUsersAndGroups::OnInitDialog() {
 void CDlgUsersAndGroups::OnFind() {
     CListCtrl& list = FoundAccounts();
     list.DeleteAllItems();
+    const CWaitCursor cursor;
     for (const FoundAccount& account : FindLocalAccounts(GetSafeHwnd())) {
         const int row = list.GetItemCount();
         list.InsertItem(row, account.name);

@@ -1,8 +1,8 @@
 #include "editor/permission_entry_dialog.h"
 
 #include "editor/account_picker.h"
+#include "editor/required_control.h"
 #include "resources/resource_ids.h"
-#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
@@ -35,15 +35,16 @@ const MessageMap& CDlgPermissions::GetMessageMap() const {
 CDlgPermissions::CDlgPermissions(CWnd* ownerWindow) : CDialog(IDD_PERMISSION_ENTRY, ownerWindow) {}
 
 bool CDlgPermissions::OnInitDialog() {
-    CWnd* accountField = GetDlgItem(IDC_ENTRY_ACCOUNT);
-    auto* childrenOnly = GetDlgItem<CButton>(IDC_CHILDREN_ONLY);
-    if (accountField == nullptr || childrenOnly == nullptr ||
-        GetDlgItem<CComboBox>(IDC_APPLY_ONTO) == nullptr)
-        ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
+    auto& accountField = RequiredControl<CEdit>(*this, IDC_ENTRY_ACCOUNT);
+    auto& scopes = RequiredControl<CComboBox>(*this, IDC_APPLY_ONTO);
+    auto& childrenOnly = RequiredControl<CButton>(*this, IDC_CHILDREN_ONLY);
 
-    accountField->EnableWindow(false);
-    childrenOnly->SetCheck(StateOf(choice.childrenOnly));
-    FillScopes();
+    accountField.EnableWindow(false);
+    childrenOnly.SetCheck(StateOf(choice.childrenOnly));
+    childrenOnly.EnableWindow(!singleScope);
+    for (const InheritanceScope& scope : ScopesToOffer())
+        scopes.AddString(scope.text);
+    scopes.SetCurSel(choice.applyIndex);
     boxes = {};
     boxes.SetMask(RightColumn::kAllow, choice.allowMask);
     boxes.SetMask(RightColumn::kDeny, choice.denyMask);
@@ -54,16 +55,9 @@ bool CDlgPermissions::OnInitDialog() {
     return CDialog::OnInitDialog();
 }
 
-void CDlgPermissions::FillScopes() {
-    auto* scopes = GetDlgItem<CComboBox>(IDC_APPLY_ONTO);
-    if (singleScope) {
-        GetDlgItem(IDC_CHILDREN_ONLY)->EnableWindow(false);
-        scopes->AddString(kInheritanceScopes.front().text);
-    } else {
-        for (const InheritanceScope& scope : kInheritanceScopes)
-            scopes->AddString(scope.text);
-    }
-    scopes->SetCurSel(choice.applyIndex);
+std::span<const InheritanceScope> CDlgPermissions::ScopesToOffer() const {
+    const std::span all(kInheritanceScopes);
+    return singleScope ? all.first(1) : all;
 }
 
 void CDlgPermissions::LockInherited() {

@@ -1,7 +1,7 @@
 // CDlgPermissions: one access entry, right by right.
 #pragma once
 
-#include <string>
+#include <span>
 
 #include "editor/permission_boxes.h"
 #include "framework/dialog.h"
@@ -29,7 +29,7 @@ class CDlgPermissions : public CDialog {
     void OnClearAll();
     void OnRightClicked(Notification& notification);
 
-    void FillScopes();
+    std::span<const InheritanceScope> ScopesToOffer() const;
     void LockInherited();
     void ShowAccount();
     void ShowBoxes();

@@ -89,14 +89,5 @@ TEST(PermissionBoxes, WhatAnInheritedEntryHoldsStays) {
     EXPECT_EQ(boxes.MaskOf(RightColumn::kDeny), 0U);
 }
 
-TEST(PermissionBoxes, ALockedFullControlIsClearedWithoutItsRights) {
-    PermissionBoxes boxes;
-    boxes.SetMask(RightColumn::kAllow, FULL_CONTROL_RIGHTS);
-    boxes.LockChecked();
-    boxes.Click(RightColumn::kAllow, kDelete, false);
-    EXPECT_FALSE(boxes.At(RightColumn::kAllow, kFullControl).isChecked);
-    EXPECT_TRUE(boxes.At(RightColumn::kAllow, kReadAttributes).isChecked);
-}
-
 }  // namespace
 }  // namespace permora
