@@ -52,7 +52,11 @@ bool CDlgPermissions::OnInitDialog() {
     ShowBoxes();
     pendingAccount = choice.account;
     ShowAccount();
-    return CDialog::OnInitDialog();
+    const bool wantsFocus = CDialog::OnInitDialog();
+    if (inheritedEntry) return wantsFocus;
+    // Past "Change...", which the Enter key would press: it is to accept the entry.
+    scopes.SetFocus();
+    return false;
 }
 
 std::span<const InheritanceScope> CDlgPermissions::ScopesToOffer() const {

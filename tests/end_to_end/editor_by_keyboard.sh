@@ -34,13 +34,13 @@ ChooseFoundAccount() { Keys Tab && xdotool type --delay 20 Users; }
 AcceptAccount() { Keys Return; }
 TypeAccount() { Keys ctrl+a && xdotool type --delay 20 "$1" && Keys Return; }
 
-# The entry begins with Change; the combo box, fourteen pairs of boxes, the children box, Clear All and the buttons follow.
-PressChange() { Keys space; }
-TickAllowFullControl() { Keys Tab Tab space; }
+# The entry begins with the combo box; fourteen pairs of boxes, the children box, Clear All, the buttons and Change follow.
+PressChange() { Keys shift+Tab space; }
+TickAllowFullControl() { Keys Tab space; }
 TickDenyDelete() { Times 21 Tab && Keys space; }
 TickAllowReadAttributes() { Times 8 Tab && Keys space; }
 ChooseFilesOnly() { Times 7 shift+Tab && Keys End; }
 AcceptEntry() { Keys Return; }
-PressClearAll() { Times 3 shift+Tab && Keys space; }
+PressClearAll() { Times 4 shift+Tab && Keys space; }
 TickAllowReadPermissions() { Times 7 shift+Tab && Keys space; }
 TickChildrenOnly() { Times 6 Tab && Keys space; }
