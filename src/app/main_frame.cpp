@@ -288,7 +288,7 @@ void CMainFrame::EditItemAt(const std::string& path) {
     } else if (!isDriveRoot && !view.MayWorkOnRows()) {
         return;
     }
-    const std::string name = isDriveRoot ? path : path.substr(path.rfind('\\') + 1);
+    const std::string name = isDriveRoot ? path : NameInFolder(path);
     const char* const names[] = {name.c_str()};
     securitySheet.SetItems(names, isDriveRoot);
     securitySheet.DoModal();

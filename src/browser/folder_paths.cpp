@@ -9,4 +9,8 @@ std::string FolderAbove(const std::string& path) {
     return path.substr(0, isBelowRoot ? separator + 1 : separator);
 }
 
+std::string NameInFolder(const std::string& path) {
+    return path.substr(path.rfind('\\') + 1);
+}
+
 }  // namespace permora

@@ -164,9 +164,10 @@ void Parser::AddEntryOptions(CLI::App* command) {
 void Parser::AddAssign() {
     CLI::App* assign =
         AddChange(Command::kAssign, "assign",
-                  "Give an account exactly some rights, as the security wizard does: the first\n"
-                  "object's own entries, with this change, replace those of every object. What an\n"
-                  "object inherits stays; a right that comes from above is taken away by denying it.\n"
+                  "Give an account these rights and no others, as the security wizard does: the\n"
+                  "first object's own entries, with this change, replace those of every object.\n"
+                  "What an object inherits stays; a right that comes from above is taken away by\n"
+                  "denying it.\n"
                   "\"Full control\" and \"Allow all\" add nothing to rights that come from above; where\n"
                   "some would be missing, nothing is changed: 0xf01ff gives each right by itself");
     assign->get_option("--replace-null-list")

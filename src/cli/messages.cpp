@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "cli/terminal_text.h"
-#include "security/message_boxes.h"
+#include "platform/system_message.h"
 
 namespace permora {
 
@@ -29,8 +29,7 @@ void ConsoleMessages::Say(std::string_view text) {
 }
 
 void ConsoleMessages::SaySystemError(DWORD code) {
-    const std::string text = GetSystemMessageText(code);
-    Say(text.empty() ? "system error " + std::to_string(code) : text);
+    Say(SystemMessageLine(code));
 }
 
 int ConsoleMessages::Present(HWND /*owner*/, const char* text, const char* /*caption*/, UINT type) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <vector>
 
 #include "security/access_rights.h"
 #include "wizard/account_rights.h"
@@ -48,6 +49,16 @@ std::optional<DWORD> ParseNumber(std::string_view text) {
     return number;
 }
 
+// What stands between the commas; one empty item in an empty list.
+std::vector<std::string_view> ItemsOf(std::string_view list) {
+    std::vector<std::string_view> items;
+    for (;;) {
+        items.push_back(list.substr(0, list.find(',')));
+        if (items.back().size() == list.size()) return items;
+        list.remove_prefix(items.back().size() + 1);
+    }
+}
+
 std::optional<DWORD> RightByName(const std::string& normalized) {
     for (const AccessRight& right : kAccessRights) {
         if (normalized == Normalized(right.listName) || normalized == Normalized(right.rowName) ||
@@ -62,8 +73,7 @@ std::optional<DWORD> RightByName(const std::string& normalized) {
 
 std::optional<DWORD> ParseRights(std::string_view list, std::string& problem) {
     DWORD mask = 0;
-    while (true) {
-        const std::string_view item = list.substr(0, list.find(','));
+    for (const std::string_view item : ItemsOf(list)) {
         const std::string name = Normalized(item);
         std::optional<DWORD> bits = ParseNumber(name);
         if (!bits) bits = RightByName(name);
@@ -76,8 +86,6 @@ std::optional<DWORD> ParseRights(std::string_view list, std::string& problem) {
             return std::nullopt;
         }
         mask |= *bits;
-        if (item.size() == list.size()) break;
-        list.remove_prefix(item.size() + 1);
     }
     mask &= ~SYNCHRONIZE;
     if (mask == 0) {
@@ -88,12 +96,9 @@ std::optional<DWORD> ParseRights(std::string_view list, std::string& problem) {
 }
 
 bool NamesFullControl(std::string_view list) {
-    for (std::size_t begin = 0; begin <= list.size();) {
-        const std::string_view item = list.substr(begin, list.substr(begin).find(','));
-        if (RightByName(Normalized(item)) == FULL_CONTROL_RIGHTS) return true;
-        begin += item.size() + 1;
-    }
-    return false;
+    return std::ranges::any_of(ItemsOf(list), [](std::string_view item) {
+        return RightByName(Normalized(item)) == FULL_CONTROL_RIGHTS;
+    });
 }
 
 std::optional<DWORD> ParseCombination(std::string_view text) {

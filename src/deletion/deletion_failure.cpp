@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "security/message_boxes.h"
+#include "platform/system_message.h"
 
 namespace permora {
 namespace {

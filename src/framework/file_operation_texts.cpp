@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdio>
 
-#include "platform/api/messages.h"
+#include "platform/system_message.h"
 
 namespace permora {
 namespace {
@@ -30,17 +30,6 @@ OperationWords WordsOf(FileOperationKind kind) {
 
 std::string Quoted(const std::string& path) {
     return '"' + NameOfPath(path) + '"';
-}
-
-// What the system says of an error, without the line break at its end.
-std::string SystemText(DWORD error) {
-    std::array<char, 1024> buffer{};
-    const DWORD length =
-        FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
-                       LANG_USER_DEFAULT, buffer.data(), static_cast<DWORD>(buffer.size()), nullptr);
-    std::string text(buffer.data(), length);
-    text.erase(text.find_last_not_of("\r\n ") + 1);
-    return text.empty() ? "Error " + std::to_string(error) + '.' : text;
 }
 
 FileQuestionChoice Yes(const char* text) {
@@ -112,7 +101,7 @@ FileQuestionTexts LossTexts(const FileOperationQuestion& question) {
     FileQuestionTexts texts;
     texts.text = "The volume cannot hold some attributes or streams of " + Quoted(question.source.path) +
                  ". Do you want to " + WordsOf(question.operation).verb + " it without them?";
-    texts.more = SystemText(question.error);
+    texts.more = SystemMessageLine(question.error);
     texts.choices = {Yes("&Continue"), Skip()};
     texts.forAll = "Do the same with &all that would lose something";
     texts.isWarning = true;
@@ -122,7 +111,7 @@ FileQuestionTexts LossTexts(const FileOperationQuestion& question) {
 FileQuestionTexts FailureTexts(const FileOperationQuestion& question) {
     FileQuestionTexts texts;
     texts.text = Quoted(question.source.path) + " could not be " + WordsOf(question.operation).past + '.';
-    texts.more = SystemText(question.error) + "\n\n" + question.source.path;
+    texts.more = SystemMessageLine(question.error) + "\n\n" + question.source.path;
     if (question.mayRetry)
         texts.choices.push_back({"&Try Again", FileOperationAnswer::kRetry, FileOperationAnswer::kRetry});
     texts.choices.push_back(Skip());

@@ -100,7 +100,7 @@ struct CPropertySheet::State {
     bool isWizard = false;
     std::vector<CPropertyPage*> pages;
 
-    // The run; null and kNoPage between runs. User-interface thread only, as all but the number.
+    // The run; null between runs.
     ModalWindow* modal = nullptr;
     CPropertyPage* active = nullptr;
     int result = 0;

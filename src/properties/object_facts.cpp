@@ -12,7 +12,7 @@
 #include "platform/api/files.h"
 #include "platform/api/time.h"
 #include "platform/link_target.h"
-#include "security/message_boxes.h"
+#include "platform/system_message.h"
 #include "security/object_owner.h"
 
 namespace permora {
@@ -133,7 +133,7 @@ DWORD ReadObjectFacts(const std::string& path, ObjectFacts& facts) {
     }
     ObjectFacts found;
     found.sort = SortOf(data.dwFileAttributes);
-    found.name = path.substr(path.rfind('\\') + 1);
+    found.name = NameInFolder(path);
     found.kind = OrUnknown(ShellTypeName(path));
     found.location = folder;
     found.created = TimeText(data.ftCreationTime);
@@ -148,9 +148,8 @@ DWORD ReadObjectFacts(const std::string& path, ObjectFacts& facts) {
 std::string OwnerText(const std::string& path) {
     AccountRecord owner;
     const DWORD error = ReadObjectOwner(path.c_str(), owner);
-    if (error == ERROR_SUCCESS) return owner.sid ? AccountDisplayName(owner) : "none";
-    const std::string reason = GetSystemMessageText(error);
-    return OrUnknown(reason.substr(0, reason.find_last_not_of("\r\n ") + 1));
+    if (error != ERROR_SUCCESS) return SystemMessageLine(error);
+    return owner.sid ? AccountDisplayName(owner) : "none";
 }
 
 std::string SizeText(ULONGLONG bytes) {

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/system_message.h"
 #include "resources/resource_ids.h"
-#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
@@ -51,7 +51,7 @@ class CPropertiesDlg::Count : public TreeSizeObserver {
 
     void Fail(DWORD error) const {
         for (CWnd* field : {size, sizeOnDisk, contents})
-            SetText(field, GetSystemMessageText(error));
+            SetText(field, SystemMessageLine(error));
     }
 
     bool Measured(const TreeSize& soFar) override {

@@ -2,8 +2,6 @@
 // window that reports and may be null.
 #pragma once
 
-#include <string>
-
 #include "platform/api/base.h"
 
 namespace permora {
@@ -23,9 +21,5 @@ void ShowLastErrorBox(HWND owner);
 [[noreturn]] void ShowFatalLastErrorBox(HWND owner);
 // "text: system text". A code that has no text shows no box.
 void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code);
-
-// The text of an error code as the system gives it, usually with a line break at its end; empty when it has
-// none. Network codes (2100 to 2999) are looked up in the network message library too.
-std::string GetSystemMessageText(DWORD code);
 
 }  // namespace permora

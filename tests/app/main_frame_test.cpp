@@ -15,6 +15,7 @@
 #include "platform/api/errors.h"
 #include "platform/linux/files/drives.h"
 #include "platform/message_presenter.h"
+#include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "tests/app/shell_fakes.h"

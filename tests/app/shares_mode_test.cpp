@@ -8,6 +8,7 @@
 #include "app/settings_store.h"
 #include "framework/command_routing.h"
 #include "platform/linux/files/drives.h"
+#include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "tests/app/share_fakes.h"

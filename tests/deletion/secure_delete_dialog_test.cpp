@@ -12,6 +12,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/api/threads.h"
+#include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "tests/support/command.h"

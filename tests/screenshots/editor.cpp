@@ -2,9 +2,7 @@
 // a temporary folder, the accounts those of this machine.
 #include <QApplication>
 #include <QPushButton>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 
 #include "editor/account_picker.h"
 #include "editor/multi_selection_notice.h"
@@ -79,11 +77,6 @@ void TakePictures(const Series& series) {
 }  // namespace
 }  // namespace permora
 
-int main(int argumentCount, char** argumentTexts) {
-    if (argumentCount != 2) {
-        std::fprintf(stderr, "usage: permora-editor-pictures FOLDER\n");
-        return EXIT_FAILURE;
-    }
-    const std::string pictures = std::filesystem::absolute(argumentTexts[1]);
-    return permora::TakeInAllLooks(pictures, permora::TakePictures) ? EXIT_SUCCESS : EXIT_FAILURE;
+int main(int argumentCount, char** arguments) {
+    return permora::TakeInAllLooks(argumentCount, arguments, permora::TakePictures);
 }

@@ -58,9 +58,16 @@ void Save(QWidget& widget, const std::string& name, const Series& series) {
     std::exit(EXIT_FAILURE);
 }
 
-bool TakeInAllLooks(const std::string& folder, const std::function<void(const Series&)>& take) {
+int TakeInAllLooks(int argumentCount, char** arguments, const std::function<void(const Series&)>& take) {
+    if (argumentCount != 2) {
+        std::fprintf(stderr, "usage: %s FOLDER\n", arguments[0]);
+        return EXIT_FAILURE;
+    }
+    // Absolute, since some go to the folder that they show.
+    const std::string folder = std::filesystem::absolute(arguments[1]);
     std::filesystem::create_directories(folder);
-    return TakeInChild(folder, "1", "100", take) && TakeInChild(folder, "2", "200", take);
+    const bool allTaken = TakeInChild(folder, "1", "100", take) && TakeInChild(folder, "2", "200", take);
+    return allTaken ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace permora

@@ -23,7 +23,8 @@ inline constexpr int kMillisecondsToShow = 60;
 // Writes "<name>-<light|dark>-<100|200>.png". Ends the program when that fails.
 void Save(QWidget& widget, const std::string& name, const Series& series);
 
-// Runs `take` once for each look, with the toolkit started. False when that failed for one of them.
-bool TakeInAllLooks(const std::string& folder, const std::function<void(const Series&)>& take);
+// What a program does whose one argument is the folder for its pictures: runs `take` once for each look, with
+// the toolkit started. The program's exit code.
+int TakeInAllLooks(int argumentCount, char** arguments, const std::function<void(const Series&)>& take);
 
 }  // namespace permora

@@ -1,8 +1,6 @@
 // Takes a picture of every dialog of the program: permora-screenshots FOLDER writes
 // "<template>-<light|dark>-<100|200>.png", with samples in the empty controls.
 #include <QEventLoop>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "framework/bars.h"
@@ -171,10 +169,6 @@ void TakePictures(const Series& series) {
 }  // namespace
 }  // namespace permora
 
-int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: permora-screenshots FOLDER\n");
-        return EXIT_FAILURE;
-    }
-    return permora::TakeInAllLooks(argv[1], permora::TakePictures) ? EXIT_SUCCESS : EXIT_FAILURE;
+int main(int argumentCount, char** arguments) {
+    return permora::TakeInAllLooks(argumentCount, arguments, permora::TakePictures);
 }

@@ -4,8 +4,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 
 #include "framework/native.h"
@@ -67,11 +65,6 @@ void TakePictures(const Series& series) {
 }  // namespace
 }  // namespace permora
 
-int main(int argumentCount, char** argumentTexts) {
-    if (argumentCount != 2) {
-        std::fprintf(stderr, "usage: permora-wizard-pictures FOLDER\n");
-        return EXIT_FAILURE;
-    }
-    const std::string pictures = std::filesystem::absolute(argumentTexts[1]);
-    return permora::TakeInAllLooks(pictures, permora::TakePictures) ? EXIT_SUCCESS : EXIT_FAILURE;
+int main(int argumentCount, char** arguments) {
+    return permora::TakeInAllLooks(argumentCount, arguments, permora::TakePictures);
 }

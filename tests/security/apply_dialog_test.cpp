@@ -1,5 +1,6 @@
 // On real files, with the window without a display.
 #include "security/apply_dialog.h"
+#include "platform/system_message.h"
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>

@@ -7,6 +7,7 @@
 #include "gtest/gtest.h"
 #include "platform/api/errors.h"
 #include "platform/nt/security_descriptor.h"
+#include "platform/system_message.h"
 #include "security/message_boxes.h"
 #include "tests/security/entries.h"
 #include "tests/security/service_fakes.h"

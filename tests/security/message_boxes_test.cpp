@@ -5,6 +5,7 @@
 
 #include "gtest/gtest.h"
 #include "platform/api/errors.h"
+#include "platform/system_message.h"
 #include "tests/security/service_fakes.h"
 #include "tests/support/recording_presenter.h"
 

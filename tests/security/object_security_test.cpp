@@ -10,6 +10,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/nt/security_descriptor.h"
+#include "platform/system_message.h"
 #include "security/message_boxes.h"
 #include "tests/security/entries.h"
 #include "tests/security/service_fakes.h"

@@ -1,5 +1,6 @@
 // Lists of shares without the sheet that edits them.
 #include "shares/share_security.h"
+#include "platform/system_message.h"
 
 #include "platform/api/errors.h"
 #include "security/message_boxes.h"

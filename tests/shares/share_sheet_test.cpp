@@ -1,5 +1,6 @@
 // The security editor on shares.
 #include "shares/share_sheet.h"
+#include "platform/system_message.h"
 
 #include <gmock/gmock.h>
 

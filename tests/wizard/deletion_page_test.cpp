@@ -14,6 +14,7 @@
 #include "framework/window_access.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
+#include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "tests/support/command.h"

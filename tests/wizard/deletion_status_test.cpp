@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/api/errors.h"
-#include "security/message_boxes.h"
+#include "platform/system_message.h"
 
 namespace permora {
 namespace {
