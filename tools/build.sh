@@ -11,6 +11,7 @@ BuildPreset() {
     if [ ! -e "build/$preset/build.ninja" ]; then
         echo "Configuring the $preset build"
         cmake --preset "$preset" >"$log" 2>&1 || { cat "$log" >&2; return 1; }
+        echo "Building it, which takes a few minutes"
     fi
     cmake --build --preset "$preset" ${1:+--target "$@"} >"$log" 2>&1 || { cat "$log" >&2; return 1; }
 }

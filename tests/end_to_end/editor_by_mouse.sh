@@ -53,7 +53,7 @@ CloseNotice() { LearnUnit && InNotice 228 70; }
 ClickInherit() { InPage 13 168; }
 AnswerYes() { Measure "$dialog" && ClickPlace $((WIDTH - 222)) $((HEIGHT - 22)); }
 PressAdd() { InPage 32 147; }
-TickReplace() { InPage 13 193; }
+TickReplace() { InPage 60 190; } # the upper part of its first line
 PressApply() { FromSheetCorner 32 14; }
 CancelSheet() { FromSheetCorner 86 14; }
 AcceptSheet() { FromSheetCorner 140 14; }

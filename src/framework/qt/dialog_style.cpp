@@ -14,6 +14,10 @@ namespace {
 
 constexpr char kAlignedToTop[] = "permoraAlignedToTop";
 
+bool IsRaised(const QWidget* widget) {
+    return widget != nullptr && widget->property(kAlignedToTop).toBool();
+}
+
 void DrawRaisedCheckBox(QPainter& painter, const QStyle& style, const QStyleOptionButton& box,
                         const QWidget& widget) {
     const int line = box.fontMetrics.height();
@@ -127,11 +131,18 @@ int DialogStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, con
 void DialogStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const {
     const auto* box = element == CE_CheckBox ? qstyleoption_cast<const QStyleOptionButton*>(option) : nullptr;
-    if (box != nullptr && widget != nullptr && widget->property(kAlignedToTop).toBool()) {
+    if (box != nullptr && IsRaised(widget)) {
         DrawRaisedCheckBox(*painter, *this, *box, *widget);
     } else {
         QProxyStyle::drawControl(element, option, painter, widget);
     }
+}
+
+// The style would take clicks only where it would have drawn the box.
+QRect DialogStyle::subElementRect(SubElement element, const QStyleOption* option,
+                                  const QWidget* widget) const {
+    if (element == SE_CheckBoxClickRect && IsRaised(widget)) return option->rect;
+    return QProxyStyle::subElementRect(element, option, widget);
 }
 
 void DialogStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
