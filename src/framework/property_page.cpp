@@ -1,0 +1,48 @@
+#include "framework/property_sheet_state.h"
+
+namespace permora {
+
+CPropertyPage::CPropertyPage(unsigned int templateNumber, unsigned int captionNumber)
+    : CDialog(templateNumber), captionId(captionNumber) {}
+
+bool CPropertyPage::OnSetActive() {
+    return true;
+}
+
+bool CPropertyPage::OnKillActive() {
+    return true;
+}
+
+bool CPropertyPage::OnApply() {
+    OnOK();
+    return true;
+}
+
+void CPropertyPage::OnOK() {
+    DoDataExchange(true);
+}
+
+bool CPropertyPage::OnQueryCancel() {
+    return true;
+}
+
+void CPropertyPage::OnCancel() {}
+
+int CPropertyPage::OnWizardBack() {
+    return 0;
+}
+
+int CPropertyPage::OnWizardNext() {
+    return 0;
+}
+
+bool CPropertyPage::OnWizardFinish() {
+    return true;
+}
+
+void CPropertyPage::SetModified(bool isModified) {
+    modified = isModified;
+    if (sheet != nullptr) sheet->state->UpdateApplyButton();
+}
+
+}  // namespace permora
