@@ -67,7 +67,7 @@ void CDlgUsersAndGroups::OnAccountClicked(Notification& notification) {
 
 // What a click does, done with the keyboard.
 void CDlgUsersAndGroups::OnAccountSelected(Notification& notification) {
-    if (FoundAccounts().NextSelected(notification.row) == notification.row) OnAccountClicked(notification);
+    if (FoundAccounts().IsSelected(notification.row)) OnAccountClicked(notification);
 }
 
 void CDlgUsersAndGroups::OnOK() {

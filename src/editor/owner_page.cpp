@@ -83,7 +83,7 @@ void CPage3::OnCandidateClicked() {
 
 // The keyboard selects without a click.
 void CPage3::OnCandidateSelected(Notification& notification) {
-    if (CandidateList().NextSelected(notification.row) == notification.row) OnCandidateClicked();
+    if (CandidateList().IsSelected(notification.row)) OnCandidateClicked();
 }
 
 bool CPage3::OnApply() {
