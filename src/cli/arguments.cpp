@@ -1,6 +1,7 @@
 #include "cli/arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 
 #include "cli/exit_codes.h"
@@ -46,9 +47,17 @@ Exit code:
 // needs.
 constexpr char kShield = '\x01';
 
-std::string Shielded(const std::string& argument) {
-    const bool needsShield = !argument.empty() && (argument.front() == '[' || argument.front() == kShield);
-    return needsShield ? kShield + argument : argument;
+// Where the value starts that an option has in the same argument ("--option=value"); 0 in any other argument.
+std::size_t ValueStart(const std::string& argument) {
+    return argument.starts_with("--") ? argument.find('=') + 1 : 0;
+}
+
+// `start` is where the text starts that the parser takes for a value.
+std::string Shielded(std::string argument, std::size_t start) {
+    const bool needsShield =
+        start < argument.size() && (argument[start] == '[' || argument[start] == kShield);
+    if (needsShield) argument.insert(start, 1, kShield);
+    return argument;
 }
 
 std::string Unshielded(const std::string& argument) {
@@ -352,10 +361,14 @@ std::optional<Arguments> ParseArguments(int argumentCount, const char* const* ar
         exitCode = kExitUsage;
         return std::nullopt;
     }
-    // The parser takes its arguments from the end.
     std::vector<std::string> texts;
-    for (int i = argumentCount; i-- > 1;)
-        texts.push_back(Shielded(argumentTexts[i]));
+    bool isBehindDashes = false;
+    for (int i = 1; i < argumentCount; ++i) {
+        const std::string argument = argumentTexts[i];
+        texts.push_back(Shielded(argument, isBehindDashes ? 0 : ValueStart(argument)));
+        if (argument == "--") isBehindDashes = true;
+    }
+    std::ranges::reverse(texts);  // the parser takes its arguments from the end
     try {
         parser.app.parse(std::move(texts));
     } catch (const CLI::ParseError& error) {

@@ -34,6 +34,7 @@ TEST(SharesCommandTest, OnlyAChangeGivesAShareADescriptor) {
                 HasSubstr("  Note: there is no access list: everyone may do everything\n"));
     EXPECT_THAT(RunCli({"show", "--share", "one", "--json"}).output, HasSubstr("\"entries\": null"));
     EXPECT_EQ(RunCli({"show", "--share", "one", "--sddl"}).exitCode, 1);
+    EXPECT_THAT(RunCli({"show", "--share=[one]"}).output, HasSubstr("[one]: The share does not exist."));
     const std::vector<std::string> grant = {"grant",  "--share",  "one", "--account",
                                             "Guests", "--rights", "1"};
     const CommandResult refused = RunCli(grant);
