@@ -63,16 +63,6 @@ TEST_F(NtfsTest, WhatTheCommandsWriteStandsOnTheDisk) {
     EXPECT_THAT(volume->Audit(), HasSubstr("No errors were found"));
 }
 
-TEST_F(NtfsTest, ReadingGivesTheSameAfterAnotherMount) {
-    const std::string file = volume->Path("team/sub/deep");
-    EXPECT_EQ(RunCli({"grant", file, "--account", "Guests", "--rights", "full control"}).exitCode, 0);
-    const std::string before = SddlOf(file) + EntriesOf(file);
-    volume->Unmount();
-    volume->Mount();
-    EXPECT_EQ(SddlOf(file) + EntriesOf(file), before);
-    EXPECT_THAT(before, HasSubstr("Allow S-1-5-32-546 0xf01ff 0\n"));
-}
-
 TEST_F(NtfsTest, AReadOnlyVolumeIsReadAndRefusesChanges) {
     const std::string team = volume->Path("team");
     const std::string before = SddlOf(team);

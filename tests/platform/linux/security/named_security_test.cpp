@@ -99,12 +99,6 @@ class NamedSecurity : public testing::TestWithParam<Place> {
 
 INSTANTIATE_TEST_SUITE_P(Volumes, NamedSecurity, testing::Values(Place::kLocalDisk, Place::kNtfs), PlaceName);
 
-TEST_P(NamedSecurity, ObjectsInheritWhatTheirFolderHandsDown) {
-    EXPECT_EQ(Dacl("top"), "D:PAI(A;OICI;FA;;;BA)");
-    EXPECT_EQ(Dacl("top/folder"), "D:AI(A;OICIID;FA;;;BA)");
-    EXPECT_EQ(Dacl("top/folder/file"), "D:AI(A;ID;FA;;;BA)");
-}
-
 TEST_P(NamedSecurity, ChangeOfAFolderReachesAllBelowAndKeepsTheirOwnEntries) {
     ASSERT_EQ(SetDacl("top/folder", "D:(D;CI;WD;;;BG)"), ERROR_SUCCESS);
     ASSERT_EQ(SetDacl("top/folder/file", "D:(A;;FR;;;BU)"), ERROR_SUCCESS);
