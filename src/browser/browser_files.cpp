@@ -173,8 +173,8 @@ void BrowserView::DeleteSelected() {
         ShowInfoBox(GetSafeHwnd(), kSelectItems);
         return;
     }
-    if (!driveListShown && MayWorkOnRows()) {
-        DeleteFiles({names, static_cast<std::size_t>(list.GetSelectedCount())});
+    if (!driveListShown) {
+        if (MayWorkOnRows()) DeleteFiles({names, static_cast<std::size_t>(list.GetSelectedCount())});
         RefreshList();
     }
     ReleaseSelection();
@@ -194,12 +194,13 @@ void BrowserView::RenameSelected() {
         ShowInfoBox(GetSafeHwnd(), kSelectItem);
         return;
     }
-    if (!MayWorkOnRows()) return;
-    CRenameDlg dialog(this);
-    dialog.folder = currentFolder;
-    dialog.oldName = list.GetItemText(row, kNameColumn);
-    dialog.mayRename = [this] { return MayWorkOnRows(); };
-    dialog.DoModal();
+    if (MayWorkOnRows()) {
+        CRenameDlg dialog(this);
+        dialog.folder = currentFolder;
+        dialog.oldName = list.GetItemText(row, kNameColumn);
+        dialog.mayRename = [this] { return MayWorkOnRows(); };
+        dialog.DoModal();
+    }
     RefreshList();
 }
 
@@ -209,7 +210,10 @@ void BrowserView::CreateNewFolder() {
                     "Please, enter the disk volume where you would like to create new folder.");
         return;
     }
-    if (!MayWorkOnRows()) return;
+    if (!MayWorkOnRows()) {
+        RefreshList();
+        return;
+    }
     CNewFolderDlg dialog(this);
     if (dialog.DoModal() != IDOK) return;
     if (CreateDirectoryA(dialog.folderName.c_str(), nullptr) == FALSE) {
