@@ -17,6 +17,7 @@
 #include "platform/linux/files/unmounted_entry.h"
 #include "platform/linux/shell/clash_question.h"
 #include "platform/linux/shell/item_finder.h"
+#include "platform/linux/shell/move_by_copy.h"
 #include "platform/linux/shell/operation_talk.h"
 #include "platform/linux/shell/operation_walk.h"
 #include "platform/linux/shell/target_folder.h"
@@ -44,14 +45,6 @@ bool LiesIn(const ObjectHandle& folder, const ObjectHandle& above) {
         current = std::move(parent);
     }
     return true;
-}
-
-// Writes all that the volume of a folder has got, and tells what could not be written.
-DWORD SyncVolume(const ObjectHandle& folder) {
-    UniqueFd opened;
-    const DWORD error = folder.OpenForListing(opened);
-    if (error != ERROR_SUCCESS) return error;
-    return syncfs(opened.Get()) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
 }
 
 // What is mounted on a name cannot be taken away from there.
@@ -180,18 +173,9 @@ void OperationRun::MoveItem(const FoundItem& item, TargetFolder& target, TreeCop
     if (!MayTouch(DescribeObject(item.ShownPath(), item.object), item.object, talk)) return;
     if (AreOnOneMount(item.object, target.Handle())) {
         TreeMove(talk, target).Move(AsWalked(item));
-        return;
+    } else {
+        MoveByCopying(AsWalked(item), item.hostName, target, copy, Replacing::kAsk, talk);
     }
-    CopiedFiles copied;
-    const std::size_t passedOverBefore = talk.PassedOver();
-    copy.Copy(AsWalked(item), item.hostName, &copied);
-    // All of it is there, or all of it stays here.
-    if (talk.IsCancelled() || talk.PassedOver() != passedOverBefore) return;
-    if (!Try(target.ShownPath(), [&] { return SyncVolume(target.Handle()); })) return;
-    const ULONGLONG itemsDone = talk.progress.itemsDone;
-    TreeRemoval removal(talk, copied);
-    WalkItem(AsWalked(item), talk, removal);
-    talk.progress.itemsDone = itemsDone;
 }
 
 // --- Renaming.
@@ -222,6 +206,12 @@ DWORD OperationRun::RenameOnce(const FoundItem& item) {
     if (problem == EEXIST && isOwn)
         problem =
             renameat(descriptor, item.hostName.c_str(), descriptor, place.hostName.c_str()) == 0 ? 0 : errno;
+    if (problem == EXDEV) {
+        talk.totals.AddTrees({item.ShownPath()});
+        TreeCopy copy(talk, *target);
+        MoveByCopying(AsWalked(item), place.hostName, *target, copy, Replacing::kAsk, talk);
+        return ERROR_SUCCESS;
+    }
     return problem == 0 ? ERROR_SUCCESS : ErrorFromErrno(problem);
 }
 

@@ -40,8 +40,9 @@ bool CopiedFiles::Hold(const struct stat& source) const {
            found->second.lastWrite.tv_nsec == source.st_mtim.tv_nsec;
 }
 
-void TreeCopy::Copy(const WalkedItem& item, std::string newName, CopiedFiles* copied) {
+void TreeCopy::Copy(const WalkedItem& item, std::string newName, Replacing replacing, CopiedFiles* copied) {
     topName = std::move(newName);
+    topReplacing = replacing;
     record = copied;
     sourceVolume = AskVolume(item.object);
     talk.progress.toFolder = top.ShownPath();
@@ -58,6 +59,7 @@ const std::string& TreeCopy::NewNameOf(const WalkedItem& item) const {
 void TreeCopy::File(const WalkedItem& item) {
     const ULONGLONG before = talk.progress.bytesDone;
     FileAnswers answers;
+    answers.replaces = entered.empty() && topReplacing == Replacing::kAgreed;
     const PutOutcome outcome = PutWithRetries(item, Current(), talk, [&](DWORD& error) {
         talk.progress.bytesDone = before;
         return CopyOnce(item, answers, error);

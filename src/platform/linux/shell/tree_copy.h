@@ -33,6 +33,9 @@ class CopiedFiles {
     std::map<std::pair<dev_t, ino_t>, State> states;
 };
 
+// Whether a file that has the name of the item itself is asked about.
+enum class Replacing { kAsk, kAgreed };
+
 // Questions, failures and progress go through `talk`. An item that cannot be copied is passed over, and what
 // had its name stays. Links are copied as links; pipes, sockets and devices are told as not supported, since
 // whoever made them elsewhere may have meant them for another machine.
@@ -42,7 +45,8 @@ class TreeCopy : public WalkHandler {
     TreeCopy(OperationTalk& user, TargetFolder& target) : talk(user), top(target), contents(user) {}
 
     // Copies one item, which is called `newName` in the target. `copied` gets what was copied.
-    void Copy(const WalkedItem& item, std::string newName, CopiedFiles* copied = nullptr);
+    void Copy(const WalkedItem& item, std::string newName, Replacing replacing = Replacing::kAsk,
+              CopiedFiles* copied = nullptr);
 
     void File(const WalkedItem& item) override;
     bool Enter(const WalkedItem& item) override;
@@ -76,6 +80,7 @@ class TreeCopy : public WalkHandler {
     ContentsCopier contents;
     std::vector<EnteredTarget> entered;  // below `top`, as the walk is below the item
     std::string topName;
+    Replacing topReplacing = Replacing::kAsk;
     VolumeTraits sourceVolume;
     CopiedFiles* record = nullptr;
 };

@@ -11,6 +11,7 @@
 
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/new_name.h"
+#include "platform/linux/shell/move_by_copy.h"
 
 namespace permora::host {
 
@@ -42,6 +43,7 @@ PutOutcome TreeMove::MoveOnce(const WalkedItem& item, DWORD& error) {
         target.Took(item.hostName, item.object);
         return PutOutcome::kDone;
     }
+    if (problem == EXDEV) return CopyInstead(item, Replacing::kAsk);
     error = ErrorFromErrno(problem);
     return PutOutcome::kFailed;
 }
@@ -61,8 +63,18 @@ PutOutcome TreeMove::Settle(const WalkedItem& item, Clash clash, DWORD& error) {
         target.Took(clash.hostName, item.object);
         return PutOutcome::kDone;
     }
+    if (errno == EXDEV) return CopyInstead(item, Replacing::kAgreed);
     error = ErrorFromErrno(errno);
     return PutOutcome::kFailed;
+}
+
+// Until now it counted as one item.
+PutOutcome TreeMove::CopyInstead(const WalkedItem& item, Replacing replacing) {
+    const std::size_t passedOverBefore = talk.PassedOver();
+    talk.totals.AddTrees({item.ShownPath()});
+    TreeCopy copy(talk, Current());
+    MoveByCopying(item, item.hostName, Current(), copy, replacing, talk);
+    return talk.PassedOver() == passedOverBefore ? PutOutcome::kDone : PutOutcome::kPassedOver;
 }
 
 void TreeMove::File(const WalkedItem& item) {

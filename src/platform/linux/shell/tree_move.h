@@ -8,12 +8,14 @@
 #include "platform/linux/shell/clash_question.h"
 #include "platform/linux/shell/operation_walk.h"
 #include "platform/linux/shell/target_folder.h"
+#include "platform/linux/shell/tree_copy.h"
 
 namespace permora::host {
 
 // By renaming: what is moved stays the object that it was, with its descriptor. Only folders that meet one of
-// their name are gone through. Questions, failures and progress go through `talk`; what is passed over stays
-// where it was.
+// their name are gone through. What the kernel does not rename there (from one project to another, a folder
+// of an overlay's lower layer) is copied and removed instead. Questions, failures and progress go through
+// `talk`; what is passed over stays where it was.
 class TreeMove : public WalkHandler {
   public:
     // `target` must outlive this.
@@ -36,6 +38,7 @@ class TreeMove : public WalkHandler {
     PutOutcome MoveWithRetries(const WalkedItem& item);
     PutOutcome MoveOnce(const WalkedItem& item, DWORD& error);
     PutOutcome Settle(const WalkedItem& item, Clash clash, DWORD& error);
+    PutOutcome CopyInstead(const WalkedItem& item, Replacing replacing);
 
     OperationTalk& talk;
     TargetFolder& top;

@@ -5,13 +5,35 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <memory>
+#include <utility>
 
 #include "platform/api/files.h"
 #include "platform/linux/base/unique_fd.h"
 #include "tests/platform/linux/shell/file_operation_fixture.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
+
+namespace {
+
+bool isSyncLost = false;
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
+extern "C" {
+
+int __real_syncfs(int descriptor);
+int __wrap_syncfs(int descriptor) {
+    // As the kernel does it: what was lost is told once.
+    if (!std::exchange(isSyncLost, false)) return __real_syncfs(descriptor);
+    errno = EIO;
+    return -1;
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace permora::test {
 namespace {
@@ -189,6 +211,19 @@ TEST_F(VolumeOperations, AMoveKeepsWhatWasChangedMeanwhile) {
     EXPECT_EQ(ReadWholeFile(local.Path("f")), "and now");
 }
 
+TEST_F(VolumeOperations, AMoveKeepsTheSourceOfWhatTheDiskLost) {
+    NtfsVolume ntfs;
+    ASSERT_EQ(ntfs.Problem(), "");
+    const TemporaryFolder local;
+    WriteFileText(local.Path("f"), "x");
+    isSyncLost = true;
+    answers[Question::kFailure] = {Answer::kRetry};
+    EXPECT_EQ(Run(FO_MOVE, {local.Path("f")}, ntfs.Root()), ERROR_IO_DEVICE);
+    EXPECT_FALSE(asked.back().mayRetry);
+    EXPECT_TRUE(isAborted);
+    EXPECT_THAT(Below(local.Path()), ElementsAre("f=x"));
+}
+
 TEST_F(VolumeOperations, AFullVolumeLeavesNothingHalfAndTheSourceWhole) {
     NtfsVolume ntfs(std::uint64_t{4} << 20);
     ASSERT_EQ(ntfs.Problem(), "");
@@ -218,6 +253,32 @@ TEST_F(VolumeOperations, AFullVolumeLeavesNothingHalfAndTheSourceWhole) {
     }
     umount(small.Path().c_str());
     EXPECT_THAT(ntfs.Audit(), HasSubstr("No errors were found"));
+}
+
+// What lies in its lower layer alone the kernel does not rename, though it is one volume.
+TEST_F(FileOperations, MoveAnOverlaysFoldersByCopyingThem) {
+    if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const TemporaryFolder base;
+    ASSERT_EQ(mount("none", base.Path().c_str(), "tmpfs", 0, "size=4m"), 0);
+    for (const char* name :
+         {"lower", "upper", "work", "all", "lower/d", "lower/e", "lower/e/sub", "lower/to"})
+        base.MakeFolder(name);
+    WriteFileText(base.Path("lower/d/f"), "x");
+    WriteFileText(base.Path("lower/e/sub/g"), "y");
+    const std::string options = "lowerdir=" + base.Path("lower") + ",upperdir=" + base.Path("upper") +
+                                ",workdir=" + base.Path("work");
+    const std::string all = base.Path("all");
+    ASSERT_EQ(mount("overlay", all.c_str(), "overlay", 0, options.c_str()), 0);
+    EXPECT_EQ(Run(FO_MOVE, {all + "/d"}, all + "/to"), 0U);
+    base.MakeFolder("all/to/e");
+    answers[Question::kMergeFolders] = {Answer::kYes};
+    EXPECT_EQ(Run(FO_MOVE, {all + "/e"}, all + "/to"), 0U);
+    EXPECT_EQ(Run(FO_RENAME, {all + "/to"}, all + "/renamed"), 0U);
+    EXPECT_FALSE(isAborted);
+    EXPECT_THAT(Below(all), ElementsAre("renamed", "renamed/d", "renamed/d/f=x", "renamed/e", "renamed/e/sub",
+                                        "renamed/e/sub/g=y"));
+    umount(all.c_str());
+    umount(base.Path().c_str());
 }
 
 }  // namespace

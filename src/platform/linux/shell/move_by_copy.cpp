@@ -1,0 +1,41 @@
+#include "platform/linux/shell/move_by_copy.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/shell/tree_removal.h"
+
+namespace permora::host {
+namespace {
+
+// Writes all that the volume of a folder has got, and tells what could not be written.
+DWORD SyncVolume(const ObjectHandle& folder) {
+    UniqueFd opened;
+    const DWORD error = folder.OpenForListing(opened);
+    if (error != ERROR_SUCCESS) return error;
+    return syncfs(opened.Get()) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
+}  // namespace
+
+void MoveByCopying(const WalkedItem& item, const std::string& newName, TargetFolder& target, TreeCopy& copy,
+                   Replacing replacing, OperationTalk& talk) {
+    CopiedFiles copied;
+    const std::size_t passedOverBefore = talk.PassedOver();
+    copy.Copy(item, newName, replacing, &copied);
+    // All of it is there, or all of it stays here.
+    if (talk.IsCancelled() || talk.PassedOver() != passedOverBefore) return;
+    // The kernel tells only once what it lost: to ask it again would be answered with a success.
+    if (const DWORD error = SyncVolume(target.Handle()); error != ERROR_SUCCESS) {
+        talk.FailsForGood(DescribeObject(target.ShownPath(), target.Handle()), error);
+        return;
+    }
+    const ULONGLONG itemsDone = talk.progress.itemsDone;
+    TreeRemoval removal(talk, copied);
+    WalkItem(item, talk, removal);
+    talk.progress.itemsDone = itemsDone;
+}
+
+}  // namespace permora::host
