@@ -234,7 +234,8 @@ void Parser::AddShred() {
     shred->add_flag("--force", arguments.force,
                     "Delete also files whose contents are known to stay on the disk or under\n"
                     "another name: on copy-on-write file systems, compressed, encrypted or sparse\n"
-                    "ones on NTFS, ones with hard links, ones with named streams that move");
+                    "ones on NTFS, ones with hard links, ones with named streams that move, ones\n"
+                    "that are written by way of a journal");
     shred->add_flag("--quiet", arguments.quiet, "No progress line on a terminal");
 }
 

@@ -25,6 +25,8 @@ const char* TextOf(OverwriteObstacle obstacle) {
             return "it is sparse";
         case OverwriteObstacle::kNamedStreams:
             return "it has named streams, which this mount moves when it writes them";
+        case OverwriteObstacle::kJournaled:
+            return "its file system writes it by way of the journal";
     }
     return "";
 }

@@ -34,6 +34,7 @@ enum class OverwriteObstacle {
     kEncrypted,
     kSparse,
     kNamedStreams,  // the driver of the volume moves named streams when it writes them
+    kJournaled,     // the file system writes the contents by way of its journal, where they stay for a while
 };
 
 // A file that is held, whatever becomes of its name: every call is about the file that was found when it was
@@ -58,6 +59,7 @@ class FileHandle {
     DWORD OpenStreamForOverwriting(const std::string& stream, UniqueHandle& contents) const;
 
     // What is known to keep the file from being overwritten in place; `obstacles` is empty when nothing is.
+    // Some is known only while the contents are open for overwriting.
     DWORD FindObstacles(std::vector<OverwriteObstacle>& obstacles) const;
 
   private:

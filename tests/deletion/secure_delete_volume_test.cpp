@@ -81,11 +81,11 @@ class Ext4Volume {
         const std::string reason = test::MissingProgram("mkfs.ext4");
         return reason.empty() ? test::CannotMountReason() : reason;
     }
-    Ext4Volume() {
+    explicit Ext4Volume(const std::string& features = "has_journal", const std::string& options = "loop") {
         std::ofstream(Image()).close();
         std::filesystem::resize_file(Image(), std::uintmax_t{32} << 20);
-        problem = RunCommand({"mkfs.ext4", "-q", "-F", Image()}).output;
-        const test::CommandResult mounted = RunCommand({"mount", "-o", "loop", Image(), Root()});
+        problem = RunCommand({"mkfs.ext4", "-q", "-F", "-O", features, Image()}).output;
+        const test::CommandResult mounted = RunCommand({"mount", "-o", options, Image(), Root()});
         if (mounted.exitCode != 0) problem += mounted.output;
     }
     ~Ext4Volume() { umount2(Root().c_str(), MNT_DETACH); }
@@ -127,6 +127,30 @@ TEST_F(OnVolume, Ext4KeepsNothing) {
     EXPECT_THAT(host.failures, IsEmpty());
     for (const char* mark : {"LARGEMARK", "SMALLMARK"})
         ExpectZeroed(mark, before, after);
+}
+
+TEST_F(OnVolume, Ext4TellsWhatItWritesByWayOfItsJournal) {
+    if (const std::string reason = Ext4Volume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const Ext4Volume tables("inline_data");
+    const Ext4Volume journal("has_journal", "loop,data=journal");
+    ASSERT_EQ(tables.Problem() + journal.Problem(), "");
+    const std::vector<OverwriteObstacle> none;
+    const std::vector<OverwriteObstacle> journaled = {OverwriteObstacle::kJournaled};
+    const std::tuple<const Ext4Volume&, std::size_t, std::vector<OverwriteObstacle>> cases[] = {
+        {tables, 50, journaled}, {tables, 5000, none}, {journal, 5000, journaled}};
+    for (const auto& [volume, size, expected] : cases) {
+        Write(volume.Path("file"), Contents("MARK", size));
+        std::filesystem::current_path(volume.Root());
+        FolderHandle folder;
+        FileHandle file;
+        UniqueHandle contents;
+        std::vector<OverwriteObstacle> obstacles;
+        ASSERT_EQ(FolderHandle::OpenCurrent(folder), ERROR_SUCCESS);
+        ASSERT_EQ(folder.HoldFile("file", file), ERROR_SUCCESS);
+        ASSERT_EQ(file.OpenForOverwriting(contents), ERROR_SUCCESS);
+        EXPECT_EQ(file.FindObstacles(obstacles), ERROR_SUCCESS);
+        EXPECT_EQ(obstacles, expected) << size;
+    }
 }
 
 TEST_F(OnVolume, ADiskThatIsFullKeepsTheFile) {

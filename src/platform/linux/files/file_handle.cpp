@@ -19,7 +19,6 @@
 #include "platform/linux/files/extended_attributes.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/named_streams.h"
-#include "platform/linux/files/overwritten_file.h"
 
 namespace permora {
 namespace host {
@@ -85,8 +84,10 @@ DWORD FileHandle::OpenForOverwriting(UniqueHandle& contents) const {
     std::shared_ptr<host::OverwrittenFile> opened;
     DWORD error = host::RefuseReadOnly(inside->object);
     if (error == ERROR_SUCCESS) error = host::OpenAlone(inside->object, opened);
-    if (error == ERROR_SUCCESS) contents.reset(host::SystemObjects().Add(std::move(opened)));
-    return error;
+    if (error != ERROR_SUCCESS) return error;
+    inside->contents = opened;
+    contents.reset(host::SystemObjects().Add(std::move(opened)));
+    return ERROR_SUCCESS;
 }
 
 DWORD FileHandle::ListNamedStreams(std::vector<std::string>& streams) const {
@@ -120,12 +121,15 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
     bool hasSeveralNames = false;
     bool isCopyOnWrite = false;
     bool isCompressed = false;
+    bool isJournaled = false;
     DWORD error = host::ReadAttributes(file, {}, attributes);
     if (error == ERROR_SUCCESS && inside->isNtfs) error = host::ListStreams(file, streams, access);
     if (error == ERROR_SUCCESS)
         error = host::AskSeveralNames(file, inside->hostName, inside->isNtfs, hasSeveralNames);
     if (error == ERROR_SUCCESS) error = host::AskCopyOnWrite(file, isCopyOnWrite);
     if (error == ERROR_SUCCESS) error = host::AskCompressed(file, isCompressed);
+    const std::shared_ptr<const host::OverwrittenFile> contents = inside->contents.lock();
+    if (error == ERROR_SUCCESS && contents) error = contents->AskJournaled(isJournaled);
     if (error != ERROR_SUCCESS) return error;
     const std::pair<OverwriteObstacle, bool> answers[] = {
         {OverwriteObstacle::kSeveralNames, hasSeveralNames},
@@ -134,6 +138,7 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
         {OverwriteObstacle::kEncrypted, (attributes & FILE_ATTRIBUTE_ENCRYPTED) != 0},
         {OverwriteObstacle::kSparse, (attributes & FILE_ATTRIBUTE_SPARSE_FILE) != 0},
         {OverwriteObstacle::kNamedStreams, access == host::StreamAccess::kAttributes},
+        {OverwriteObstacle::kJournaled, isJournaled || inside->isJournaled},
     };
     obstacles.clear();
     for (const auto& [obstacle, isThere] : answers) {

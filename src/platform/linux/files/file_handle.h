@@ -1,10 +1,12 @@
 // What is behind a FileHandle, and what FolderHandle shares with it.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "platform/folder_files.h"
 #include "platform/linux/files/object_handle.h"
+#include "platform/linux/files/overwritten_file.h"
 
 namespace permora {
 
@@ -13,6 +15,8 @@ struct FileHandle::Inside {
     int folder = -1;       // the descriptor of the folder, which outlives this; not owned
     std::string hostName;  // of the file when it was held
     bool isNtfs = false;
+    bool isJournaled = false;                             // as all files of its volume
+    std::weak_ptr<const host::OverwrittenFile> contents;  // while they are open
 };
 
 namespace host {

@@ -108,9 +108,22 @@ struct FolderHandle::Inside {
         return ERROR_SUCCESS;
     }
 
+    // Asked once for all folders below.
+    DWORD AskMount() {
+        if (sectorBytes != 0) return ERROR_SUCCESS;
+        ObjectHandle folder;
+        const DWORD error = ObjectHandle::OpenAt(Descriptor(), ".", folder);
+        if (error != ERROR_SUCCESS) return error;
+        const std::optional<host::MountEntry> mount = host::MountOf(folder);
+        sectorBytes = host::SectorBytesOf(mount ? host::BlockDeviceOf(*mount) : "");
+        isJournaled = mount && (',' + mount->options + ',').find(",data=journal,") != std::string::npos;
+        return ERROR_SUCCESS;
+    }
+
     host::FolderListing listing;
     std::optional<bool> isNtfs;
     DWORD sectorBytes = 0;  // 0: not asked yet
+    bool isJournaled = false;
 };
 
 FolderHandle::FolderHandle() = default;
@@ -136,6 +149,7 @@ DWORD FolderHandle::OpenFolder(const std::string& name, FolderHandle& folder) co
     // The same volume: nothing was crossed.
     entered->isNtfs = inside->isNtfs;
     entered->sectorBytes = inside->sectorBytes;
+    entered->isJournaled = inside->isJournaled;
     folder.inside = std::move(entered);
     return ERROR_SUCCESS;
 }
@@ -166,15 +180,9 @@ DWORD FolderHandle::KindOf(const std::string& name, FolderEntryKind& kind) const
 }
 
 DWORD FolderHandle::BytesPerSector(DWORD& bytes) const {
-    if (inside->sectorBytes == 0) {
-        ObjectHandle folder;
-        const DWORD error = ObjectHandle::OpenAt(inside->Descriptor(), ".", folder);
-        if (error != ERROR_SUCCESS) return error;
-        const std::optional<host::MountEntry> mount = host::MountOf(folder);
-        inside->sectorBytes = host::SectorBytesOf(mount ? host::BlockDeviceOf(*mount) : "");
-    }
-    bytes = inside->sectorBytes;
-    return ERROR_SUCCESS;
+    const DWORD error = inside->AskMount();
+    if (error == ERROR_SUCCESS) bytes = inside->sectorBytes;
+    return error;
 }
 
 DWORD FolderHandle::HoldFile(const std::string& name, FileHandle& file) const {
@@ -183,7 +191,9 @@ DWORD FolderHandle::HoldFile(const std::string& name, FileHandle& file) const {
     auto held = std::make_unique<FileHandle::Inside>();
     DWORD error = host::HoldFile(inside->Descriptor(), hostName, held->object);
     if (error == ERROR_SUCCESS) error = inside->AskNtfs(held->object, held->isNtfs);
+    if (error == ERROR_SUCCESS) error = inside->AskMount();
     if (error != ERROR_SUCCESS) return error;
+    held->isJournaled = inside->isJournaled;
     held->folder = inside->Descriptor();
     held->hostName = std::move(hostName);
     file.inside = std::move(held);

@@ -17,6 +17,8 @@ class OverwrittenFile : public SystemObject {
     virtual DWORD Size(LONGLONG& bytes) const = 0;
     virtual DWORD Write(std::span<const std::uint8_t> bytes) = 0;
     virtual DWORD Flush() = 0;
+    // Whether the file system writes the contents by way of its journal.
+    virtual DWORD AskJournaled(bool& answer) const = 0;
 };
 
 // Opens a regular file for this process alone: ERROR_SHARING_VIOLATION when anyone else has it open.
