@@ -16,13 +16,16 @@ namespace {
 // A root and its NUL in the system's list of drives.
 constexpr std::size_t kDriveEntryLength = 4;
 
-// "C:\" and so on, each with its NUL; empty when the system gives none.
+// "C:\" and so on, each with its NUL; empty when the system gives none. A drive may come while we ask.
 std::string DriveStrings(HWND owner) {
-    const DWORD size = GetLogicalDriveStringsA(0, nullptr);
-    const UniqueLocal<char> buffer(static_cast<char*>(LocalAlloc(LMEM_FIXED, size)));
-    if (!buffer) ShowFatalLastErrorBox(owner);
-    const DWORD length = GetLogicalDriveStringsA(size, buffer.get());
-    return length < size ? std::string(buffer.get(), length) : std::string();
+    DWORD size = GetLogicalDriveStringsA(0, nullptr);
+    while (true) {
+        const UniqueLocal<char> buffer(static_cast<char*>(LocalAlloc(LMEM_FIXED, size)));
+        if (!buffer) ShowFatalLastErrorBox(owner);
+        const DWORD length = GetLogicalDriveStringsA(size, buffer.get());
+        if (length == 0 || length < size) return {buffer.get(), length};
+        size = length;
+    }
 }
 
 DWORD FileSystemFlagsOf(const std::string& root) {

@@ -44,10 +44,9 @@ class ShareRecords {
 };
 
 // The folder that is shared under a name.
-NET_API_STATUS ReadSharePath(const std::string& name, std::string& path) {
-    std::basic_string<WCHAR> wideName;
+NET_API_STATUS ReadSharePath(LPWSTR name, std::string& path) {
     LPBYTE block = nullptr;
-    const NET_API_STATUS status = NetShareGetInfo(nullptr, AnsiToWide(name, wideName), 2, &block);
+    const NET_API_STATUS status = NetShareGetInfo(nullptr, name, 2, &block);
     const UniqueNetworkBuffer<SHARE_INFO_2> record(reinterpret_cast<SHARE_INFO_2*>(block));
     if (status == NERR_Success) path = WideToAnsi(record->shi2_path);
     return status;
@@ -91,9 +90,8 @@ bool BrowserView::ListShares() {
             return false;
         }
         for (const SHARE_INFO_1& share : records.Shares()) {
-            const std::string name = WideToAnsi(share.shi1_netname);
-            if (name == kServiceShare) continue;
-            if (!AddShareRow(row, name)) return false;
+            if (WideToAnsi(share.shi1_netname) == kServiceShare) continue;
+            if (!AddShareRow(row, share.shi1_netname)) return false;
             ++row;
         }
     }
@@ -103,15 +101,17 @@ bool BrowserView::ListShares() {
     return true;
 }
 
-bool BrowserView::AddShareRow(int row, const std::string& name) {
-    if (!list.InsertItem(row, name, kShareImage) || !list.SetItemData(row, row)) return false;
+// The machine is asked by its own name for the share, which the code page of the row may not hold.
+bool BrowserView::AddShareRow(int row, LPWSTR name) {
+    if (!list.InsertItem(row, WideToAnsi(name), kShareImage) || !list.SetItemData(row, row)) return false;
     std::string path;
     if (ReadSharePath(name, path) == NERR_Success) list.SetItemText(row, kTypeColumn, path);
     return true;
 }
 
 bool BrowserView::FindSharedFolder(const std::string& name, std::string& path) const {
-    const NET_API_STATUS status = ReadSharePath(name, path);
+    std::basic_string<WCHAR> wideName;
+    const NET_API_STATUS status = ReadSharePath(AnsiToWide(name, wideName), path);
     if (status != NERR_Success) ShowSystemErrorBox(GetSafeHwnd(), status);
     return status == NERR_Success;
 }

@@ -180,7 +180,7 @@ class BrowserView : public CWnd {
     // Shares.
     static const MessageMap& SharesModeMap(const MessageMap& base);
     void CreateNewShare();
-    bool AddShareRow(int row, const std::string& name);
+    bool AddShareRow(int row, LPWSTR name);
     void RemoveShares();
     bool FindSharedFolder(const std::string& name, std::string& path) const;
 

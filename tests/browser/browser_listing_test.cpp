@@ -42,6 +42,11 @@ TEST_F(BrowserListing, FoldersComeBeforeFilesAndDotsAreLeftOut) {
     EXPECT_EQ(Pane(1), "Total items: 0 ");
     EXPECT_EQ(view.currentFolder, R"(T:\z)");
     EXPECT_FALSE(view.isDriveRoot);
+
+    folder.MakeFile("..name");  // passes for the parent
+    EXPECT_TRUE(view.ListFolder(R"(T:\)"));
+    EXPECT_THAT(Names(), ElementsAre("z", "a"));
+    EXPECT_FALSE(view.isDriveRoot);
 }
 
 TEST_F(BrowserListing, EveryNameThatTheHostHasLeadsToItsOwnFile) {

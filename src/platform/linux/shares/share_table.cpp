@@ -118,15 +118,11 @@ std::optional<std::string> FindKeptName(const RegistryDocument& document, std::s
 
 // --- Writing.
 
-DWORD ChangeFields(RegistryDocument& document, const std::string& name, const ShareChange& change) {
-    RegistryValue value;
-    if (document.FindValue(kSharesKey, name, value) != RegistryDocument::Lookup::kFound) return ERROR_BADDB;
+void ChangeFields(RegistryValue& value, const ShareChange& change) {
     Fields fields = SplitFields(value.data);
     if (change.remark) SetField(fields, "Remark", *change.remark);
     if (change.maxUses) SetField(fields, "MaxUses", std::to_string(*change.maxUses));
     value.data = JoinFields(fields);
-    document.SetValue(kSharesKey, value);
-    return ERROR_SUCCESS;
 }
 
 // What a change or removal of a share that is not kept is answered with.
@@ -163,11 +159,16 @@ DWORD ShareTable::ReadDescriptors(std::span<Share> shares) const {
 }
 
 DWORD ShareTable::Change(std::string_view name, const ShareChange& change) const {
-    return MachineStore().Change([&](RegistryDocument& document) {
+    return MachineStore().Change([&](RegistryDocument& document) -> DWORD {
         const std::optional<std::string> kept = FindKeptName(document, name);
         if (!kept) return NotKept(name);
+        RegistryValue value;
+        const auto lookup = document.FindValue(kSharesKey, *kept, value);
+        if (lookup != RegistryDocument::Lookup::kFound || !ShareOf(value)) return ERROR_BADDB;
         if (change.descriptor) document.SetValue(kSecurityKey, {*kept, REG_BINARY, *change.descriptor});
-        return change.remark || change.maxUses ? ChangeFields(document, *kept, change) : ERROR_SUCCESS;
+        ChangeFields(value, change);
+        if (change.remark || change.maxUses) document.SetValue(kSharesKey, value);
+        return ERROR_SUCCESS;
     });
 }
 
