@@ -17,11 +17,6 @@ using permora::host::Fail;
 using permora::host::Message;
 using permora::host::NetworkMessages;
 
-struct Function {
-    std::string_view name;
-    FARPROC address;
-};
-
 // A function of any type as the one type that GetProcAddress returns; the caller turns it back.
 template <typename Service>
 FARPROC AddressOf(Service* service) {
@@ -32,7 +27,12 @@ FARPROC AddressOf(Service* service) {
 }  // namespace
 
 // One system library; a handle is its address. The tag is the SDK's.
-struct HINSTANCE__ {        // NOLINT(bugprone-reserved-identifier)
+struct HINSTANCE__ {  // NOLINT(bugprone-reserved-identifier)
+    struct Function {
+        std::string_view name;
+        FARPROC address;
+    };
+
     std::string_view name;  // without ".dll"
     std::span<const Function> functions;
     std::span<const Message> messages;
@@ -42,6 +42,7 @@ struct HINSTANCE__ {        // NOLINT(bugprone-reserved-identifier)
 namespace {
 
 using Library = HINSTANCE__;
+using Function = Library::Function;
 
 std::span<Library> Libraries() {
     static const Function securityFunctions[] = {
