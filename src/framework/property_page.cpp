@@ -40,6 +40,12 @@ bool CPropertyPage::OnWizardFinish() {
     return true;
 }
 
+bool CPropertyPage::OnCmdMsg(Notification& notification) {
+    // A click that waited while the sheet applied its pages may come when that has ended it.
+    if (sheet != nullptr && sheet->state->hasEnded) return true;
+    return CDialog::OnCmdMsg(notification);
+}
+
 void CPropertyPage::SetModified(bool isModified) {
     modified = isModified;
     if (sheet != nullptr) sheet->state->UpdateApplyButton();

@@ -32,6 +32,7 @@ class CPropertyPage : public CDialog {
     virtual int OnWizardBack();
     virtual int OnWizardNext();
     virtual bool OnWizardFinish();  // true: the sheet closes
+    bool OnCmdMsg(Notification& notification) override;
 
   private:
     CPropertySheet* sheet = nullptr;

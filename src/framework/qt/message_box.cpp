@@ -1,5 +1,6 @@
 #include "framework/qt/message_box.h"
 
+#include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
 #include <array>
@@ -67,7 +68,11 @@ int Show(HWND owner, const char* text, const char* caption, UINT type) {
     box.setDefaultButton(set.safest);
     box.setEscapeButton(set.safest);
     box.setWindowModality(Qt::ApplicationModal);
+    // Over a window that is busy (CWaitCursor) too, the box is not.
+    const bool isBusy = QApplication::overrideCursor() != nullptr;
+    if (isBusy) QApplication::setOverrideCursor(Qt::ArrowCursor);
     const int chosen = box.exec();
+    if (isBusy) QApplication::restoreOverrideCursor();
     for (const ButtonId& each : kButtonIds) {
         if (each.button == chosen) return each.id;
     }
