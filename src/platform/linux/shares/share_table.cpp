@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <set>
 #include <utility>
 
 #include "platform/linux/accounts/account_names.h"
@@ -137,15 +138,13 @@ DWORD ShareTable::List(std::vector<Share>& shares) const {
     const DWORD error = MachineStore().Read(document);
     if (error != ERROR_SUCCESS) return error;
     std::vector<Share> found;
-    const Share interProcess = InterProcessShare();
-    bool hasInterProcess = false;
+    std::set<std::u16string> known;  // the registry tells "Ä" from "ä"
     for (const RegistryValue& value : document.ValuesOf(kSharesKey)) {
         std::optional<Share> share = IsPlainAccountName(value.name) ? ShareOf(value) : std::nullopt;
-        if (!share) continue;
-        hasInterProcess = hasInterProcess || IsSameShare(share->name, interProcess.name);
-        found.push_back(*std::move(share));
+        if (share && known.insert(ShareKey(share->name)).second) found.push_back(*std::move(share));
     }
-    if (!hasInterProcess) found.push_back(interProcess);
+    const Share interProcess = InterProcessShare();
+    if (!known.contains(ShareKey(interProcess.name))) found.push_back(interProcess);
     shares = std::move(found);
     return ERROR_SUCCESS;
 }

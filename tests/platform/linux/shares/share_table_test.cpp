@@ -29,6 +29,8 @@ constexpr const char* kTable = R"(Windows Registry Editor Version 5.00
 "whole"=hex(7):4d,00,61,00,78,00,55,00,73,00,65,00,73,00,3d,00,37,00,00,00,50,00,61,00,74,00,68,00,3d,00,43,00,3a,00,5c,00,74,00,6d,00,70,00,00,00,52,00,65,00,6d,00,61,00,72,00,6b,00,3d,00,78,00,00,00,4f,00,64,00,64,00,3d,00,31,00,00,00,00,00
 "no path"=hex(7):54,00,79,00,70,00,65,00,3d,00,30,00,00,00,00,00
 "no number"=hex(7):50,00,61,00,74,00,68,00,3d,00,43,00,00,00,54,00,79,00,70,00,65,00,3d,00,78,00,00,00,00,00
+"Ä"=hex(7):50,00,61,00,74,00,68,00,3d,00,43,00,3a,00,5c,00,00,00,00,00
+"ä"=hex(7):50,00,61,00,74,00,68,00,3d,00,43,00,3a,00,5c,00,00,00,00,00
 "text"="Path=C:\\tmp"
 "ipc$"=hex(7):54,00,79,00,70,00,65,00,3d,00,33,00,00,00,00,00
 
@@ -122,7 +124,7 @@ TEST_F(ShareTableTest, AMachineWithoutATableHasOneShareThatStays) {
 
 TEST_F(ShareTableTest, DamagedSharesAreLeftOutAndDamagedDescriptorsNeverReplaced) {
     WriteTable(kTable);
-    EXPECT_THAT(Names(), ElementsAre("ipc$", "whole"));
+    EXPECT_THAT(Names(), ElementsAre("ipc$", "whole", "Ä")) << "each once";
     Get(u"whole", ERROR_INVALID_SECURITY_DESCR);
     Get(u"text", NERR_NetNameNotFound);
     const UniqueLocal<void> descriptor = Descriptor("D:(A;;FA;;;WD)");
