@@ -33,7 +33,8 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli deny --share Projects --account guest --rights 'Full control'
 
 A path is written as C:\folder\file or as this machine writes it; both mean the same object. A link at its end is
-not followed. Rights, scopes and options are listed by the help of a command: permora-cli grant --help
+not followed, and refused with a separator behind it. Rights, scopes and options are listed by the help of a command:
+permora-cli grant --help
 
 Exit code:
   0  done

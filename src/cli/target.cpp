@@ -27,6 +27,11 @@ DWORD FullPath(const std::string& path, std::string& full) {
     return ERROR_SUCCESS;
 }
 
+// The attributes are those of a folder; a link to one has others.
+bool AreOfFolder(DWORD attributes) {
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+}
+
 }  // namespace
 
 DWORD MakeTarget(const std::string& argument, Target& target) {
@@ -34,6 +39,7 @@ DWORD MakeTarget(const std::string& argument, Target& target) {
     const DWORD error = FullPath(PathFromArgument(argument.c_str()), path);
     if (error != ERROR_SUCCESS) return error;
 
+    const bool endsWithSeparator = path.ends_with('\\');
     while (path.size() > kDriveRootLength && path.back() == '\\')
         path.pop_back();
     if (path.size() < kDriveRootLength || path[1] != ':' || path[2] != '\\') return ERROR_INVALID_NAME;
@@ -44,13 +50,18 @@ DWORD MakeTarget(const std::string& argument, Target& target) {
     // The separator stays at the folder's end: the last component of a path is not followed when it is a
     // link, but a link in the middle of what the user typed means the folder behind it.
     const std::size_t nameStart = path.rfind('\\') + 1;
-    target = {argument, path.substr(0, nameStart), path.substr(nameStart), ItemPlace::kCurrentDirectory};
+    target = {argument, path.substr(0, nameStart), path.substr(nameStart), ItemPlace::kCurrentDirectory,
+              endsWithSeparator};
     return ERROR_SUCCESS;
 }
 
 DWORD EnterFolder(const Target& target) {
-    if (target.folder.empty() || SetCurrentDirectoryA(target.folder.c_str()) != FALSE) return ERROR_SUCCESS;
-    return GetLastError();
+    if (target.folder.empty()) return ERROR_SUCCESS;
+    if (SetCurrentDirectoryA(target.folder.c_str()) == FALSE) return GetLastError();
+    if (!target.endsWithSeparator) return ERROR_SUCCESS;
+    const DWORD attributes = GetFileAttributesA(target.name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) return GetLastError();
+    return AreOfFolder(attributes) ? ERROR_SUCCESS : ERROR_DIRECTORY;
 }
 
 std::string TypedPath(const Target& target, const std::string& below) {
@@ -66,8 +77,7 @@ std::string TypedPath(const Target& target, const std::string& below) {
 
 bool IsFolder(const Target& target) {
     const DWORD attributes = GetFileAttributesA(target.name.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
-           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+    return attributes != INVALID_FILE_ATTRIBUTES && AreOfFolder(attributes);
 }
 
 }  // namespace permora

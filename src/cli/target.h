@@ -13,6 +13,7 @@ struct Target {
     std::string folder;    // absolute, to be made current before `name` is used; empty for a drive root
     std::string name;      // bare, or "C:\" for a drive root
     ItemPlace place = ItemPlace::kCurrentDirectory;
+    bool endsWithSeparator = false;  // as typed: it must be a folder
 };
 
 // Finds out what an argument names, relative to the current directory: all arguments must have been asked
@@ -21,7 +22,8 @@ struct Target {
 DWORD MakeTarget(const std::string& argument, Target& target);
 
 // Makes the folder that holds the object current, so that its bare name means it. Returns a system error
-// code.
+// code: ERROR_DIRECTORY for a link or a file with a separator behind it. "link/" means what the link leads to
+// for every other program; to take the link in silence would be another object than the one meant.
 DWORD EnterFolder(const Target& target);
 
 // The path of something below the target, which is given with backslashes (empty: the target itself), as the

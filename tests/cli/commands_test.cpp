@@ -257,6 +257,13 @@ TEST_F(CommandsTest, ALinkIsNeverFollowedAtTheEndOfAPath) {
     const std::string before = SddlOf(top) + SddlOf(file);
     for (const std::string& path : {link, toFile})
         RunCli({"grant", path, "--account", "Everyone", "--rights", "1"});
+    // With a separator behind it, it would mean what it leads to.
+    const std::string linkBefore = SddlOf(link);
+    for (const std::string& path : {link + "/", link + "/.", toFile + "/", file + "/"}) {
+        const CommandResult refused = RunCli({"grant", path, "--account", "Guests", "--rights", "2"});
+        EXPECT_THAT(refused.output, HasSubstr(path + ": Not a directory")) << refused.exitCode;
+    }
+    EXPECT_EQ(SddlOf(link), linkBefore);
     EXPECT_EQ(SddlOf(top) + SddlOf(file), before);
     // In the middle it means the folder behind it.
     EXPECT_EQ(RunCli({"grant", link + "/file", "--account", "Guests", "--rights", "1"}).exitCode, 0);
