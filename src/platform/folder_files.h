@@ -59,7 +59,7 @@ class FileHandle {
     DWORD OpenStreamForOverwriting(const std::string& stream, UniqueHandle& contents) const;
 
     // What is known to keep the file from being overwritten in place; `obstacles` is empty when nothing is.
-    // Some is known only while the contents are open for overwriting.
+    // Some is known only when the contents have been opened for overwriting.
     DWORD FindObstacles(std::vector<OverwriteObstacle>& obstacles) const;
 
   private:

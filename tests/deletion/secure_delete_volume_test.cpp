@@ -1,6 +1,8 @@
 // Reads the image behind a mounted volume: what was there is not there any more.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -12,6 +14,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
+#include "platform/linux/base/unique_fd.h"
 #include "tests/deletion/recording_host.h"
 #include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
@@ -151,6 +154,24 @@ TEST_F(OnVolume, Ext4TellsWhatItWritesByWayOfItsJournal) {
         EXPECT_EQ(file.FindObstacles(obstacles), ERROR_SUCCESS);
         EXPECT_EQ(obstacles, expected) << size;
     }
+}
+
+// ext4 puts them into its own tables, and what it writes there goes into the journal first.
+TEST_F(OnVolume, ZerosOfSmallFilesDoNotWaitInTheJournal) {
+    if (const std::string reason = Ext4Volume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const Ext4Volume volume("inline_data");
+    ASSERT_EQ(volume.Problem(), "");
+    Write(volume.Path("small"), Contents("SMALLMARK", 50));
+    sync();
+    // What the journal itself keeps goes, so that the mark stands in its place alone.
+    const host::UniqueFd root(open(volume.Root().c_str(), O_RDONLY));
+    std::uint32_t withZeros = 2;
+    ASSERT_EQ(ioctl(root.Get(), _IOW('f', 43, std::uint32_t), &withZeros), 0);
+    EXPECT_THAT(PlacesOf("SMALLMARK", test::ReadWholeFile(volume.Image())), SizeIs(5));
+    std::filesystem::current_path(volume.Root());
+    host.Delete("small");
+    EXPECT_THAT(host.failures, IsEmpty());
+    EXPECT_THAT(PlacesOf("SMALLMARK", test::ReadWholeFile(volume.Image())), IsEmpty());
 }
 
 TEST_F(OnVolume, ADiskThatIsFullKeepsTheFile) {

@@ -83,9 +83,9 @@ FileHandle::~FileHandle() = default;
 DWORD FileHandle::OpenForOverwriting(UniqueHandle& contents) const {
     std::shared_ptr<host::OverwrittenFile> opened;
     DWORD error = host::RefuseReadOnly(inside->object);
-    if (error == ERROR_SUCCESS) error = host::OpenAlone(inside->object, opened);
+    if (error == ERROR_SUCCESS) error = host::OpenAlone(inside->object, opened, inside->journaled);
     if (error != ERROR_SUCCESS) return error;
-    inside->contents = opened;
+    inside->isJournaled = opened->IsJournaled();
     contents.reset(host::SystemObjects().Add(std::move(opened)));
     return ERROR_SUCCESS;
 }
@@ -121,15 +121,12 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
     bool hasSeveralNames = false;
     bool isCopyOnWrite = false;
     bool isCompressed = false;
-    bool isJournaled = false;
     DWORD error = host::ReadAttributes(file, {}, attributes);
     if (error == ERROR_SUCCESS && inside->isNtfs) error = host::ListStreams(file, streams, access);
     if (error == ERROR_SUCCESS)
         error = host::AskSeveralNames(file, inside->hostName, inside->isNtfs, hasSeveralNames);
     if (error == ERROR_SUCCESS) error = host::AskCopyOnWrite(file, isCopyOnWrite);
     if (error == ERROR_SUCCESS) error = host::AskCompressed(file, isCompressed);
-    const std::shared_ptr<const host::OverwrittenFile> contents = inside->contents.lock();
-    if (error == ERROR_SUCCESS && contents) error = contents->AskJournaled(isJournaled);
     if (error != ERROR_SUCCESS) return error;
     const std::pair<OverwriteObstacle, bool> answers[] = {
         {OverwriteObstacle::kSeveralNames, hasSeveralNames},
@@ -138,7 +135,7 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
         {OverwriteObstacle::kEncrypted, (attributes & FILE_ATTRIBUTE_ENCRYPTED) != 0},
         {OverwriteObstacle::kSparse, (attributes & FILE_ATTRIBUTE_SPARSE_FILE) != 0},
         {OverwriteObstacle::kNamedStreams, access == host::StreamAccess::kAttributes},
-        {OverwriteObstacle::kJournaled, isJournaled || inside->isJournaled},
+        {OverwriteObstacle::kJournaled, inside->isJournaled},
     };
     obstacles.clear();
     for (const auto& [obstacle, isThere] : answers) {

@@ -1,7 +1,6 @@
 // What is behind a FileHandle, and what FolderHandle shares with it.
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "platform/folder_files.h"
@@ -15,8 +14,8 @@ struct FileHandle::Inside {
     int folder = -1;       // the descriptor of the folder, which outlives this; not owned
     std::string hostName;  // of the file when it was held
     bool isNtfs = false;
-    bool isJournaled = false;                             // as all files of its volume
-    std::weak_ptr<const host::OverwrittenFile> contents;  // while they are open
+    host::Journaled journaled = host::Journaled::kNone;  // on the volume
+    bool isJournaled = false;                            // known when it was opened for overwriting
 };
 
 namespace host {

@@ -64,6 +64,12 @@ DWORD SectorBytesOf(const std::string& device) {
     return kUsualSectorBytes;
 }
 
+Journaled JournaledOn(const MountEntry& mount) {
+    if (mount.fileSystem != "ext4" && mount.fileSystem != "ext3") return Journaled::kNone;
+    const bool isAll = (',' + mount.options + ',').find(",data=journal,") != std::string::npos;
+    return isAll ? Journaled::kAll : Journaled::kSome;
+}
+
 // `flags` are those of unlinkat(2).
 DWORD RemoveName(int folder, const std::string& hostName, int flags) {
     return unlinkat(folder, hostName.c_str(), flags) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
@@ -116,14 +122,14 @@ struct FolderHandle::Inside {
         if (error != ERROR_SUCCESS) return error;
         const std::optional<host::MountEntry> mount = host::MountOf(folder);
         sectorBytes = host::SectorBytesOf(mount ? host::BlockDeviceOf(*mount) : "");
-        isJournaled = mount && (',' + mount->options + ',').find(",data=journal,") != std::string::npos;
+        if (mount) journaled = host::JournaledOn(*mount);
         return ERROR_SUCCESS;
     }
 
     host::FolderListing listing;
     std::optional<bool> isNtfs;
     DWORD sectorBytes = 0;  // 0: not asked yet
-    bool isJournaled = false;
+    host::Journaled journaled = host::Journaled::kNone;
 };
 
 FolderHandle::FolderHandle() = default;
@@ -149,7 +155,7 @@ DWORD FolderHandle::OpenFolder(const std::string& name, FolderHandle& folder) co
     // The same volume: nothing was crossed.
     entered->isNtfs = inside->isNtfs;
     entered->sectorBytes = inside->sectorBytes;
-    entered->isJournaled = inside->isJournaled;
+    entered->journaled = inside->journaled;
     folder.inside = std::move(entered);
     return ERROR_SUCCESS;
 }
@@ -193,7 +199,7 @@ DWORD FolderHandle::HoldFile(const std::string& name, FileHandle& file) const {
     if (error == ERROR_SUCCESS) error = inside->AskNtfs(held->object, held->isNtfs);
     if (error == ERROR_SUCCESS) error = inside->AskMount();
     if (error != ERROR_SUCCESS) return error;
-    held->isJournaled = inside->isJournaled;
+    held->journaled = inside->journaled;
     held->folder = inside->Descriptor();
     held->hostName = std::move(hostName);
     file.inside = std::move(held);

@@ -41,12 +41,6 @@ class StreamAttribute : public OverwrittenFile {
         return error == 0 ? ERROR_SUCCESS : ErrorFromErrno(error);
     }
 
-    // They move in any case.
-    DWORD AskJournaled(bool& answer) const override {
-        answer = false;
-        return ERROR_SUCCESS;
-    }
-
   private:
     ObjectHandle file;
     std::string name;

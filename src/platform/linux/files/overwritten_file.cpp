@@ -2,11 +2,9 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
-#include <linux/magic.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -34,9 +32,28 @@ struct FreeCloser {
     void operator()(std::uint8_t* block) const { std::free(block); }
 };
 
+// What ext4 has in its journal goes to its place. Needs the rights of an administrator and Linux 5.14.
+DWORD EmptyJournal(int descriptor) {
+    constexpr unsigned long kCheckpoint = _IOW('f', 43, std::uint32_t);  // the kernel's documents of ext4
+    std::uint32_t flags = 0;
+    if (ioctl(descriptor, kCheckpoint, &flags) == 0) return ERROR_SUCCESS;
+    const bool isNoWay = errno == EPERM || errno == ENOTTY || errno == ENODEV;
+    return isNoWay ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
+// ext4 keeps small files in its own tables (inline_data), which it writes by way of the journal.
+DWORD AskJournaled(int descriptor, bool& answer) {
+    constexpr unsigned kInlineData = 0x10000000;  // in no header: ext4's own source
+    unsigned flags = 0;  // the kernel writes 32 bits, whatever the request's number says
+    if (ioctl(descriptor, FS_IOC_GETFLAGS, &flags) != 0) return ErrorFromErrno(errno);
+    answer = (flags & (kInlineData | FS_JOURNAL_DATA_FL)) != 0;
+    return ERROR_SUCCESS;
+}
+
 class HostFile : public OverwrittenFile {
   public:
-    HostFile(UniqueFd opened, off_t size) : descriptor(std::move(opened)), sizeBefore(size) {}
+    HostFile(UniqueFd opened, off_t size, bool goesByJournal)
+        : descriptor(std::move(opened)), sizeBefore(size), isJournaled(goesByJournal) {}
 
     DWORD Size(LONGLONG& bytes) const override {
         struct stat status {};
@@ -63,20 +80,11 @@ class HostFile : public OverwrittenFile {
 
     DWORD Flush() override {
         if (const DWORD error = WriteRun(); error != ERROR_SUCCESS) return error;
-        return fdatasync(descriptor.Get()) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
+        if (fdatasync(descriptor.Get()) != 0) return ErrorFromErrno(errno);
+        return isJournaled ? EmptyJournal(descriptor.Get()) : ERROR_SUCCESS;
     }
 
-    // ext4 keeps small files in its own tables (inline_data), and what it writes there waits in the journal.
-    DWORD AskJournaled(bool& answer) const override {
-        struct statfs volume {};
-        if (fstatfs(descriptor.Get(), &volume) != 0) return ErrorFromErrno(errno);
-        const bool isExt4 = static_cast<unsigned>(volume.f_type) == EXT4_SUPER_MAGIC;
-        unsigned flags = 0;  // the kernel writes 32 bits, whatever the request's number says
-        if (isExt4 && ioctl(descriptor.Get(), FS_IOC_GETFLAGS, &flags) != 0) return ErrorFromErrno(errno);
-        constexpr unsigned kInlineData = 0x10000000;  // in no header: ext4's own source
-        answer = (flags & (kInlineData | FS_JOURNAL_DATA_FL)) != 0;
-        return ERROR_SUCCESS;
-    }
+    bool IsJournaled() const override { return isJournaled; }
 
   private:
     // What is there is overwritten before the file grows: contents that a file system keeps in its own tables
@@ -118,6 +126,7 @@ class HostFile : public OverwrittenFile {
 
     UniqueFd descriptor;
     off_t sizeBefore;
+    bool isJournaled;
     off_t position = 0;
     std::unique_ptr<std::uint8_t, FreeCloser> run;
     std::size_t waiting = 0;  // bytes of the run
@@ -146,7 +155,7 @@ BOOL WithFile(HANDLE handle, const Work& work) {
 
 }  // namespace
 
-DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& opened) {
+DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& opened, Journaled journaled) {
     // Without O_NONBLOCK another's lease would be waited for.
     UniqueFd descriptor(
         open(DescriptorPath(file.Descriptor()).Text(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -154,8 +163,12 @@ DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& open
     if (const DWORD error = Reserve(descriptor.Get()); error != ERROR_SUCCESS) return error;
     struct stat status {};
     if (fstat(descriptor.Get(), &status) != 0) return ErrorFromErrno(errno);
-    opened = std::make_shared<HostFile>(std::move(descriptor), status.st_size);
-    return ERROR_SUCCESS;
+    bool isJournaled = journaled == Journaled::kAll;
+    const DWORD error =
+        journaled == Journaled::kSome ? AskJournaled(descriptor.Get(), isJournaled) : ERROR_SUCCESS;
+    if (error == ERROR_SUCCESS)
+        opened = std::make_shared<HostFile>(std::move(descriptor), status.st_size, isJournaled);
+    return error;
 }
 
 }  // namespace permora::host
