@@ -265,6 +265,7 @@ void Parser::AddSetup() {
     CLI::App* setup = AddCommand(Command::kSetup, "setup",
                                  "Tell the windowed program the folder that it is installed in, where its\n"
                                  "help is; the installation does this");
+    setup->get_option("PATH")->description("The folder that holds permora");
     setup->add_flag("--all-users", arguments.allUsers, "For every user who was not told another folder");
 }
 
