@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/cli/cli_program.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -16,9 +17,9 @@ class AssignTest : public testing::Test {
     void SetUp() override {
         if (const std::string reason = CannotHoldListsReason(folder.Path()); !reason.empty())
             GTEST_SKIP() << reason;
-        ASSERT_EQ(SetSddl(top, "D:P(A;OICI;FA;;;BA)"), 0U);
-        ASSERT_EQ(SetSddl(first, "D:(A;OICI;FR;;;BU)"), 0U);
-        ASSERT_EQ(SetSddl(second, kSecond), 0U);
+        ASSERT_EQ(SetDescriptorText(top, "D:P(A;OICI;FA;;;BA)"), 0U);
+        ASSERT_EQ(SetDescriptorText(first, "D:(A;OICI;FR;;;BU)"), 0U);
+        ASSERT_EQ(SetDescriptorText(second, kSecond), 0U);
     }
     // What assign answers for `paths`, and the lists of both objects then.
     std::string Assign(const std::vector<std::string>& paths, const std::vector<std::string>& options,
@@ -62,7 +63,7 @@ TEST_F(AssignTest, EveryObjectGetsTheFirstOnesEntriesWithTheChange) {
 
 // Beside a right from above full control as a whole adds nothing.
 TEST_F(AssignTest, RightsThatWouldBeMissingAreNamed) {
-    ASSERT_EQ(SetSddl(top, "D:P(A;OICI;0xd01ff;;;BA)"), 0U);
+    ASSERT_EQ(SetDescriptorText(top, "D:P(A;OICI;0xd01ff;;;BA)"), 0U);
     const std::string before = ListOf(first);
     const std::vector<std::string> choices[] = {{"--combination", "Allow all"},
                                                 {"--rights", "1,Full control"}};
@@ -79,7 +80,7 @@ TEST_F(AssignTest, RightsThatWouldBeMissingAreNamed) {
 TEST_F(AssignTest, NothingIsLostUnasked) {
     const std::vector<std::string> readers = {"--account", "Everyone", "--combination", "Read"};
     const char* const foreign = "D:PAI(OA;;CC;bf967aba-0de6-11d0-a285-00aa003049e2;;BA)(A;;FA;;;BA)";
-    ASSERT_EQ(SetSddl(second, foreign), 0U);
+    ASSERT_EQ(SetDescriptorText(second, foreign), 0U);
     EXPECT_THAT(Assign({first, second}, readers, 1), HasSubstr("--drop-other-entries"));
     EXPECT_EQ(ListOf(second), std::string(foreign) + "\n");
     EXPECT_THAT(ListOf(first), HasSubstr("(A;OICI;CCSWLORC;;;WD)"));
@@ -92,7 +93,7 @@ TEST_F(AssignTest, NothingIsLostUnasked) {
         EXPECT_THAT(Assign({begin, first, folder.Path("lost")}, {"--account", "Guests", "--rights", "1"}, 1),
                     HasSubstr(begin + ": nothing was changed"));
     }
-    ASSERT_EQ(SetSddl(second, "D:NO_ACCESS_CONTROL"), 0U);
+    ASSERT_EQ(SetDescriptorText(second, "D:NO_ACCESS_CONTROL"), 0U);
     EXPECT_THAT(Assign({second, first}, {"--account", "Guests", "--rights", "1", "--replace-null-list"}, 1),
                 HasSubstr("Object's access control list is null (All access is allowed)"));
     EXPECT_EQ(ListOf(first), before);

@@ -20,10 +20,6 @@ std::string EntriesOf(const std::string& path);
 // `show --sddl` of one object.
 std::string SddlOf(const std::string& path);
 
-// Puts owner, group and list of a descriptor text on an object by the system's own call, so that a test
-// begins with exactly these. Returns a system error code.
-unsigned SetSddl(const std::string& path, const std::string& sddl);
-
 // Why a folder cannot hold access lists here; empty when it can.
 std::string CannotHoldListsReason(const std::string& folder);
 

@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "tests/cli/cli_program.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -31,7 +32,7 @@ class CommandsTest : public testing::Test {
     void SetUp() override {
         if (const std::string reason = CannotHoldListsReason(folder.Path()); !reason.empty())
             GTEST_SKIP() << reason;
-        ASSERT_EQ(SetSddl(top, kPlainList), 0U);
+        ASSERT_EQ(SetDescriptorText(top, kPlainList), 0U);
     }
 
     const TemporaryFolder folder;
@@ -40,7 +41,7 @@ class CommandsTest : public testing::Test {
 
 TEST_F(CommandsTest, RightsComeAndGo) {
     const std::string file = folder.MakeFile("top/file");
-    ASSERT_EQ(SetSddl(file, "D:"), 0U);
+    ASSERT_EQ(SetDescriptorText(file, "D:"), 0U);
     EXPECT_EQ(EntriesOf(file), "Allow S-1-5-32-544 0xf01ff 16\n");
 
     EXPECT_EQ(
@@ -70,7 +71,7 @@ TEST_F(CommandsTest, RightsComeAndGo) {
 
 TEST_F(CommandsTest, RevokeSaysWhatItLeaves) {
     const std::string file = folder.MakeFile("top/file");
-    ASSERT_EQ(SetSddl(file, "D:"), 0U);
+    ASSERT_EQ(SetDescriptorText(file, "D:"), 0U);
     const CommandResult result = RunCli({"revoke", file, "--account", "Administrators"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.output, HasSubstr("nothing to remove"));
@@ -79,7 +80,7 @@ TEST_F(CommandsTest, RevokeSaysWhatItLeaves) {
 
 TEST_F(CommandsTest, AScopeSuitsTheObject) {
     const std::string file = folder.MakeFile("top/file");
-    ASSERT_EQ(SetSddl(file, "D:P"), 0U);
+    ASSERT_EQ(SetDescriptorText(file, "D:P"), 0U);
     for (const char* scope : {"1", "This folder and files"}) {
         EXPECT_EQ(
             RunCli({"grant", file, "--account", "Everyone", "--rights", "1", "--scope", scope}).exitCode, 0);
@@ -95,7 +96,7 @@ TEST_F(CommandsTest, AScopeSuitsTheObject) {
 
 TEST_F(CommandsTest, InheritanceIsCutAndRestored) {
     const std::string child = folder.MakeFolder("top/child");
-    ASSERT_EQ(SetSddl(child, "D:(A;;FR;;;WD)"), 0U);
+    ASSERT_EQ(SetDescriptorText(child, "D:(A;;FR;;;WD)"), 0U);
     const std::string inheriting = EntriesOf(child);
     EXPECT_EQ(inheriting, "Allow S-1-1-0 0x20089 0\nAllow S-1-5-32-544 0xf01ff 19\n");
 
@@ -103,7 +104,7 @@ TEST_F(CommandsTest, InheritanceIsCutAndRestored) {
     EXPECT_EQ(EntriesOf(child), "Allow S-1-5-32-544 0xf01ff 3\nAllow S-1-1-0 0x20089 0\n");
     EXPECT_THAT(RunCli({"show", child}).output, HasSubstr("Inherits: no"));
 
-    ASSERT_EQ(SetSddl(child, "D:(A;;FR;;;WD)"), 0U);
+    ASSERT_EQ(SetDescriptorText(child, "D:(A;;FR;;;WD)"), 0U);
     EXPECT_EQ(RunCli({"inherit", child, "--remove"}).exitCode, 0);
     EXPECT_EQ(EntriesOf(child), "Allow S-1-1-0 0x20089 0\n");
     // A change of the entries keeps the choice.
@@ -157,7 +158,7 @@ TEST_F(CommandsTest, NoListAnEmptyOneAndForeignEntriesAreToldApart) {
          "Type 5", "--drop-other-entries"},
     };
     for (const Case& row : cases) {
-        ASSERT_EQ(SetSddl(top, row.sddl), 0U) << row.sddl;
+        ASSERT_EQ(SetDescriptorText(top, row.sddl), 0U) << row.sddl;
         const std::string before = SddlOf(top);
         EXPECT_THAT(RunCli({"show", top}).output, HasSubstr(row.shows));
         EXPECT_THAT(RunCli({"show", "--json", top}).output, HasSubstr(row.entries));
@@ -228,7 +229,7 @@ TEST_F(CommandsTest, ANameMeansThatOneObject) {
     const std::vector<std::string> names = {"[a]",  "a",   "./C:",    "./b\\c", "b",     "-x", "{}",
                                             "end.", "end", "\x1b[2J", "\xff",   "grant", "++"};
     for (const std::string& name : names)
-        ASSERT_EQ(SetSddl(folder.MakeFile("top/" + name), "D:P"), 0U) << name;
+        ASSERT_EQ(SetDescriptorText(folder.MakeFile("top/" + name), "D:P"), 0U) << name;
     std::filesystem::current_path(top);
     std::vector<std::string> showAll = {"show", "--json", "--"};
     for (std::size_t i = 0; i < names.size(); ++i) {

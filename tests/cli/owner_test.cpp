@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "tests/cli/cli_program.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"
 
@@ -64,8 +65,8 @@ TEST(EffectiveTest, SaysWhatTheListLeavesAndWhatItDoesNotTell) {
         GTEST_SKIP() << reason;
     const std::string open = folder.MakeFile("open");
     const std::string full = folder.MakeFile("full");
-    ASSERT_EQ(SetSddl(open, "D:NO_ACCESS_CONTROL"), 0U);
-    ASSERT_EQ(SetSddl(full, "D:P(D;;WP;;;WD)(A;;FA;;;WD)(A;;FR;;;BG)"), 0U);
+    ASSERT_EQ(SetDescriptorText(open, "D:NO_ACCESS_CONTROL"), 0U);
+    ASSERT_EQ(SetDescriptorText(full, "D:P(D;;WP;;;WD)(A;;FA;;;WD)(A;;FR;;;BG)"), 0U);
     const CommandResult shown = RunCli({"effective", full, "--account", "Guests"});
     EXPECT_EQ(shown.exitCode, 0);
     EXPECT_THAT(shown.output, HasSubstr("  Permission: Special\n"));

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "tests/cli/cli_program.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"
 
@@ -21,9 +22,9 @@ class ResetTest : public testing::Test {
     void SetUp() override {
         if (const std::string reason = CannotHoldListsReason(folder.Path()); !reason.empty())
             GTEST_SKIP() << reason;
-        ASSERT_EQ(SetSddl(top, kHandsDown), 0U);
-        ASSERT_EQ(SetSddl(sub, "D:P(A;OICI;FA;;;WD)"), 0U);
-        ASSERT_EQ(SetSddl(file, "D:(A;;FR;;;BG)"), 0U);
+        ASSERT_EQ(SetDescriptorText(top, kHandsDown), 0U);
+        ASSERT_EQ(SetDescriptorText(sub, "D:P(A;OICI;FA;;;WD)"), 0U);
+        ASSERT_EQ(SetDescriptorText(file, "D:(A;;FR;;;BG)"), 0U);
         before = EntriesOf(sub) + EntriesOf(file);
     }
 
@@ -96,7 +97,7 @@ TEST_F(ResetTest, WhatIsPassedOverIsCountedAndNamedOnRequest) {
 }
 
 TEST_F(ResetTest, NobodyIsLockedOutUnasked) {
-    ASSERT_EQ(SetSddl(top, "D:P(A;;FA;;;BA)"), 0U);
+    ASSERT_EQ(SetDescriptorText(top, "D:P(A;;FA;;;BA)"), 0U);
     const CommandResult refused = RunCli({"reset", top, "--yes"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_THAT(refused.output, HasSubstr("--empty-lists"));
@@ -120,7 +121,7 @@ TEST(ResetOnNtfs, TheVolumeIsSoundAndHoldsOnlyInheritedEntries) {
         for (const char* name : {"", "/file", "/link"})
             below.push_back(sub + name);
     }
-    ASSERT_EQ(SetSddl(top, "O:BAG:BAD:P(A;OICI;FA;;;BA)(A;OICI;FR;;;BU)"), 0U);
+    ASSERT_EQ(SetDescriptorText(top, "O:BAG:BAD:P(A;OICI;FA;;;BA)(A;OICI;FR;;;BU)"), 0U);
     const CommandResult reset = RunCli({"reset", top, "--yes"});
     EXPECT_EQ(reset.exitCode, 0) << reset.output;
     EXPECT_THAT(reset.output, HasSubstr("changed: 120, already so: 0, passed over: 0\n"));

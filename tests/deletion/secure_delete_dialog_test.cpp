@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <filesystem>
 #include <fstream>
 #include <future>
@@ -94,15 +93,6 @@ class SecureDeleteDialog : public ::testing::Test {
     UiDriver ui;
 };
 
-TEST_F(SecureDeleteDialog, EndsByItselfWhenAllIsGone) {
-    MakeTree();
-    folder.MakeFile("empty");
-    ui.ExpectDialog(IDD_SECURE_DELETION);
-    EXPECT_EQ(Run({"top", "empty"}), IDOK);
-    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
-    EXPECT_EQ(std::filesystem::current_path(), folder.Path());
-}
-
 TEST_F(SecureDeleteDialog, StopEndsItAtTheNextSector) {
     EXPECT_EQ(StopInTheMiddle([](WindowDriver& dialog) { dialog.Click(IDC_STOP_DELETION); }), IDCANCEL);
 }
@@ -134,17 +124,6 @@ TEST_F(SecureDeleteDialog, TellsWhyItCannotStartAndTouchesNothing) {
     ui.ExpectMessageBox(GetSystemMessageText(ERROR_NOT_ENOUGH_MEMORY), kErrorCaption, kErrorBox, IDOK);
     EXPECT_EQ(Run({"top"}), 3);
 
-    class Incomplete : public CSecureDelete {
-        bool OnInitDialog() override {
-            GetDlgItem(IDC_DELETION_PROGRESS)->DestroyWindow();
-            return CSecureDelete::OnInitDialog();
-        }
-    };
-    Incomplete dialog;
-    const std::array<const char*, 1> names = {"top"};
-    dialog.names = names;
-    ui.ExpectMessageBox("Error: cannot initialize dialog box", kErrorCaption, kErrorBox, IDOK);
-    EXPECT_EQ(dialog.DoModal(), 3);
     EXPECT_TRUE(std::filesystem::exists("top/a && b"));
 }
 

@@ -192,17 +192,6 @@ TEST(AccessEntryList, AnEditReplacesAnExplicitEntryAndAddsToAnInheritedOne) {
     }
 }
 
-TEST(AccessEntryList, AddsWhatTheDialogGave) {
-    AccessEntryList list = ListOf({{kAllow, 'A', 1, 0}});
-    list.AddFromDialog({AccountOf('B'), 0, 0, 1, false});
-    EXPECT_EQ(EntriesOf(list), (Entries{{kAllow, 'A', 1, 0}}));
-    list.AddFromDialog({AccountOf('B'), 0x80, 2, 6, true});
-    EXPECT_EQ(EntriesOf(list),
-              (Entries{{kDeny, 'B', 2, 0x0D}, {kAllow, 'B', 0x80, 0x0D}, {kAllow, 'A', 1, 0}}));
-    list.RemoveEntry(1);
-    EXPECT_EQ(EntriesOf(list), (Entries{{kDeny, 'B', 2, 0x0D}, {kAllow, 'A', 1, 0}}));
-}
-
 TEST(AccessEntryList, KnowsTheCanonicalOrder) {
     const struct {
         Entries entries;

@@ -70,18 +70,6 @@ TEST(AccountRecord, IsShownByDomainAndNameOrByItsSid) {
     EXPECT_FALSE(nobody.Lookup());
 }
 
-TEST(AccountRecord, AsksItsMachineAndThisOneWhenItHasNone) {
-    ServiceFakes services;
-    services.accounts = {{"S-1-1-0", "", std::string(64, 'e'), SidTypeWellKnownGroup}};
-    AccountRecord local = AccountOf(kEveryone);
-    AccountRecord remote = AccountOf(kEveryone);
-    ASSERT_TRUE(remote.SetSid(remote.sid.get(), "SERVER"));
-    EXPECT_TRUE(local.Lookup());
-    EXPECT_TRUE(remote.Lookup());
-    // The second look-up of a long name passes the machine on as it is.
-    EXPECT_EQ(services.machinesAsked, (std::vector<std::string>{"(none)", "", "SERVER", "SERVER"}));
-}
-
 TEST(AccountRecord, AFailedLookUpGivesNoNamesAndKeepsWhatWasKnown) {
     ServiceFakes services;
     services.accounts = {{"S-1-1-0", "", "Everyone", SidTypeWellKnownGroup}};

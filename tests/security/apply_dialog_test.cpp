@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <sys/xattr.h>
 
-#include <array>
 #include <filesystem>
 #include <future>
 #include <optional>
@@ -118,25 +117,6 @@ TEST_F(ApplyDialog, TellsWhyItCannotStartAndTouchesNothing) {
     ui.ExpectMessageBox("Error: cannot initialize object's access control list", kErrorCaption, kErrorBox,
                         IDOK);
     EXPECT_EQ(Run({"top"}), 3);
-    EXPECT_EQ(DaclText(child), kOwnList);
-}
-
-TEST_F(ApplyDialog, NeedsItsStatusField) {
-    class Incomplete : public ApplyDlg {
-      public:
-        using ApplyDlg::ApplyDlg;
-
-      protected:
-        bool OnInitDialog() override {
-            GetDlgItem(IDC_APPLY_PROGRESS)->DestroyWindow();
-            return ApplyDlg::OnInitDialog();
-        }
-    };
-    Incomplete dialog(nullptr);
-    const std::array<const char*, 1> names = {"top"};
-    dialog.names = names;
-    ui.ExpectMessageBox("Error: cannot initialize dialog box", kErrorCaption, kErrorBox, IDOK);
-    EXPECT_EQ(dialog.DoModal(), 3);
     EXPECT_EQ(DaclText(child), kOwnList);
 }
 

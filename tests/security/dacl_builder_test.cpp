@@ -1,6 +1,5 @@
 #include "security/dacl_builder.h"
 
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -34,20 +33,6 @@ class DaclBuilder : public ::testing::Test {
     ServiceFakes services;
     UniqueLibrary library = LoadAccessListLibrary(nullptr);
 };
-
-TEST_F(DaclBuilder, WritesAnEntryByteForByte) {
-    const UniqueLocal<ACL> dacl = Build(ListOf({{kAllow, 'A', 0xF01FF, 0x13}}));
-    ASSERT_NE(dacl, nullptr);
-    const std::vector<std::uint8_t> expected = {
-        2,    0,    44,   0, 1,   0, 0, 0,  // revision 2, 44 bytes, 1 entry
-        0,    0x13, 36,   0,                // allow, flags, 36 bytes
-        0xFF, 0x01, 0x1F, 0,                // with SYNCHRONIZE
-        1,    5,    0,    0, 0,   0, 0, 5, 21, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0,  // S-1-5-21-1-2-
-        3,    0,    0,    0, 'A', 0, 0, 0,
-    };
-    ASSERT_EQ(dacl->AclSize, expected.size());
-    EXPECT_EQ(std::memcmp(dacl.get(), expected.data(), expected.size()), 0);
-}
 
 TEST_F(DaclBuilder, WritesAllowAndDenyEntriesInTheirOrderAndNoOthers) {
     AccessEntryList list = ListOf({{kAllow, 'A', 1, 0x10},
@@ -118,22 +103,6 @@ class AbsoluteDescriptor : public ::testing::Test {
     PSECURITY_DESCRIPTOR absolute = nullptr;
     UniqueHeap heap;
 };
-
-TEST_F(AbsoluteDescriptor, HoldsTheSamePartsInItsHeap) {
-    ASSERT_TRUE(MakeAbsoluteDescriptor(bytes.data(), absolute, heap));
-    bytes.assign(bytes.size(), 0xEE);  // nothing may point into the source
-    PSID owner = nullptr;
-    PACL dacl = nullptr;
-    BOOL present = FALSE;
-    BOOL defaulted = FALSE;
-    ASSERT_TRUE(GetSecurityDescriptorOwner(absolute, &owner, &defaulted));
-    const AccountRecord expectedOwner = testing::AccountOf('O');
-    EXPECT_TRUE(EqualSid(owner, expectedOwner.sid.get()));
-    ASSERT_TRUE(GetSecurityDescriptorDacl(absolute, &present, &dacl, &defaulted));
-    AccessEntryList list;
-    list.LoadFromDacl(dacl);
-    EXPECT_EQ(EntriesOf(list), (std::vector<ShortEntry>{{kDeny, 'A', 7, 3}}));
-}
 
 TEST_F(AbsoluteDescriptor, FailsWithoutLeavingAnything) {
     // The heap, then the descriptor, the list, the owner and the group.

@@ -38,12 +38,11 @@ bool Report(const std::string& text, LPSTR buffer, LPDWORD size) {
 }
 
 // Null with the last error set when there is no such account.
-const FakeAccount* Find(LPCSTR system, std::string FakeAccount::*field, const std::string& value) {
-    fakes->machinesAsked.emplace_back(system != nullptr ? system : "(none)");
+const FakeAccount* Find(const std::string& sidText) {
     SetLastError(fakes->accountError != ERROR_SUCCESS ? fakes->accountError : DWORD{ERROR_NONE_MAPPED});
     const auto& accounts = fakes->accounts;
     const auto found = std::find_if(accounts.begin(), accounts.end(),
-                                    [&](const FakeAccount& account) { return account.*field == value; });
+                                    [&](const FakeAccount& account) { return account.sidText == sidText; });
     return fakes->accountError != ERROR_SUCCESS || found == accounts.end() ? nullptr : &*found;
 }
 
@@ -93,10 +92,10 @@ HMODULE __wrap_LoadLibraryExA(LPCSTR name, HANDLE reserved, DWORD flags) {
     return faked ? fakes->loadLibrary(name) : __real_LoadLibraryExA(name, reserved, flags);
 }
 
-BOOL __wrap_LookupAccountSidA(LPCSTR system, PSID sid, LPSTR name, LPDWORD nameSize, LPSTR domain,
+BOOL __wrap_LookupAccountSidA(LPCSTR /*system*/, PSID sid, LPSTR name, LPDWORD nameSize, LPSTR domain,
                               LPDWORD domainSize, PSID_NAME_USE use) {
     const auto value = nt::Sid::FromBytes({static_cast<const BYTE*>(sid), GetLengthSid(sid)});
-    const FakeAccount* account = Find(system, &FakeAccount::sidText, value->ToText());
+    const FakeAccount* account = Find(value->ToText());
     if (account == nullptr) {
         return FALSE;
     }
@@ -105,27 +104,6 @@ BOOL __wrap_LookupAccountSidA(LPCSTR system, PSID sid, LPSTR name, LPDWORD nameS
     if (!nameFits || !domainFits) {
         return Fail(ERROR_INSUFFICIENT_BUFFER);
     }
-    *use = account->use;
-    return TRUE;
-}
-
-BOOL __wrap_LookupAccountNameA(LPCSTR system, LPCSTR accountName, PSID sid, LPDWORD sidSize, LPSTR domain,
-                               LPDWORD domainSize, PSID_NAME_USE use) {
-    const FakeAccount* account = Find(system, &FakeAccount::name, accountName);
-    if (account == nullptr) {
-        return FALSE;
-    }
-    const auto value = nt::Sid::FromText(account->sidText);
-    const auto bytes = value->Bytes();
-    const bool sidFits = *sidSize >= bytes.size();
-    *sidSize = static_cast<DWORD>(bytes.size());
-    // A domain that needs no room at all still fits into none.
-    const bool domainFits =
-        (domain == nullptr && account->domain.empty()) || Report(account->domain, domain, domainSize);
-    if (!sidFits || !domainFits) {
-        return Fail(ERROR_INSUFFICIENT_BUFFER);
-    }
-    std::memcpy(sid, bytes.data(), bytes.size());
     *use = account->use;
     return TRUE;
 }

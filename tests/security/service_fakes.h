@@ -31,9 +31,6 @@ class ServiceFakes {
     std::vector<FakeAccount> accounts;
     // The error of every account look-up, when it is not 0.
     DWORD accountError = ERROR_SUCCESS;
-    // The system name of every account look-up; "(none)" for null.
-    std::vector<std::string> machinesAsked;
-
     // The number of allocations (local or private heap, heaps included) that still succeed.
     int allocationsLeft = 1'000'000;
 

@@ -13,7 +13,6 @@
 #include "platform/linux/files/name_mapping.h"
 #include "platform/nt/sddl.h"
 #include "platform/nt/security_descriptor.h"
-#include "platform/resources.h"
 
 namespace permora::test {
 
@@ -109,6 +108,20 @@ std::string DaclText(const std::string& hostPath) {
 DWORD SetDescriptorText(const std::string& hostPath, const std::string& sddl) {
     const auto descriptor = nt::FromSddl(sddl);
     return descriptor ? Set(hostPath, *descriptor) : DWORD{ERROR_INVALID_PARAMETER};
+}
+
+UniqueLocal<void> DescriptorOf(const std::string& sddl) {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl.c_str(), SDDL_REVISION_1, &descriptor, nullptr);
+    return UniqueLocal<void>(descriptor);
+}
+
+std::string SddlOfParts(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts) {
+    LPSTR text = nullptr;
+    if (ConvertSecurityDescriptorToStringSecurityDescriptorA(descriptor, SDDL_REVISION_1, parts, &text,
+                                                             nullptr) == FALSE)
+        return "none";
+    return UniqueLocal<char>(text).get();
 }
 
 }  // namespace permora::test

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/api/security.h"
+#include "platform/resources.h"
 
 namespace permora::test {
 
@@ -16,5 +17,11 @@ std::string DaclText(const std::string& hostPath);
 // Sets the parts that `sddl` has, and protects the DACL when `sddl` says so ("D:P(...)"), else unprotects it.
 // The result of SetNamedSecurityInfoA, or ERROR_INVALID_PARAMETER when the text is wrong.
 DWORD SetDescriptorText(const std::string& hostPath, const std::string& sddl);
+
+// The descriptor that `sddl` tells, as the services take it; null when the text is wrong.
+UniqueLocal<void> DescriptorOf(const std::string& sddl);
+
+// Parts of a descriptor as SDDL; "none" without one.
+std::string SddlOfParts(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts);
 
 }  // namespace permora::test

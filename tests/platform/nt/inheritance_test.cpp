@@ -88,21 +88,6 @@ TEST(Inheritance, WhatOneEntryOfTheParentBecomes) {
     }
 }
 
-// What a system drive's root gives a folder, and that folder a file of somebody else.
-TEST(Inheritance, GoesDownTwoLevels) {
-    const Acl root = List(
-        "(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)(A;OICIIO;SDGXGWGR;;;AU)(A;;LC;;;AU)"
-        "(A;OICIIO;GA;;;CO)");
-    const Acl folder = InheritedEntries(root, ObjectKind::kFolder, kOwner, kGroup);
-    EXPECT_EQ(Text(folder),
-              "(A;OICIID;FA;;;SY)(A;OICIID;FA;;;BA)(A;OICIID;0x1200a9;;;BU)(A;ID;0x1301bf;;;AU)"
-              "(A;OICIIOID;SDGXGWGR;;;AU)(A;ID;FA;;;S-1-5-21-1-2-3-1001)(A;OICIIOID;GA;;;CO)");
-    const Sid other(5, {21, 1, 2, 3, 1002});
-    EXPECT_EQ(Text(InheritedEntries(folder, ObjectKind::kFile, other, kGroup)),
-              "(A;ID;FA;;;SY)(A;ID;FA;;;BA)(A;ID;0x1200a9;;;BU)(A;ID;0x1301bf;;;AU)"
-              "(A;ID;FA;;;S-1-5-21-1-2-3-1002)");
-}
-
 TEST(Inheritance, EntriesWithoutKnownLayoutKeepTheirBytes) {
     Ace opaque;
     opaque.type = 0x04;

@@ -146,16 +146,6 @@ TEST(Sddl, RefusesToDropWhatTextCannotHold) {
     EXPECT_FALSE(ToSddl(descriptor, kAllParts));
 }
 
-TEST(Sddl, WritesOnlyThePartsAskedFor) {
-    const auto descriptor = FromSddl("O:BAG:SYD:(A;;FA;;;BA)S:(AU;SA;FA;;;WD)");
-    ASSERT_TRUE(descriptor);
-    EXPECT_EQ(ToSddl(*descriptor, 0), "");
-    EXPECT_EQ(ToSddl(*descriptor, 1), "O:BA");
-    EXPECT_EQ(ToSddl(*descriptor, 2), "G:SY");
-    EXPECT_EQ(ToSddl(*descriptor, 5), "O:BAD:(A;;FA;;;BA)");
-    EXPECT_EQ(ToSddl(*descriptor, 8), "S:(AU;SA;FA;;;WD)");
-}
-
 TEST(Sddl, AccountsBelowTheMachineNeedTheMachine) {
     const Sid machine(5, {21, 7, 8, 9});
     EXPECT_EQ(SidFromSddl("LA", &machine), Sid(5, {21, 7, 8, 9, 500}));

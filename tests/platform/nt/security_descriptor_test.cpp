@@ -35,19 +35,6 @@ std::vector<std::uint8_t> Written(const SecurityDescriptor& descriptor) {
     return bytes;
 }
 
-TEST(SecurityDescriptor, ReadsWhatAnNtfsVolumeStores) {
-    const auto descriptor = SecurityDescriptor::FromBytes(Hex(kNewFile));
-    ASSERT_TRUE(descriptor);
-    EXPECT_EQ(descriptor->control, kSelfRelative | kDaclPresent);
-    EXPECT_EQ(descriptor->owner, kAdministrators);
-    EXPECT_EQ(descriptor->group, kAdministrators);
-    ASSERT_EQ(descriptor->daclState, DaclState::kList);
-    ASSERT_EQ(descriptor->dacl.entries.size(), 1U);
-    EXPECT_EQ(descriptor->dacl.entries[0].mask, 0x1F01FFU);
-    EXPECT_TRUE(descriptor->saclBytes.empty());
-    EXPECT_EQ(SecurityDescriptor::FromBytes(Written(*descriptor)), descriptor);
-}
-
 // A freshly made volume's root: eight entries in a list of 4,096 bytes, behind which owner and group lie.
 TEST(SecurityDescriptor, ReadsAVolumeRootWithAPaddedList) {
     auto bytes =

@@ -71,17 +71,5 @@ TEST(NameServiceTest, TellsMissingAccountsFromFailures) {
     }
 }
 
-TEST(NameServiceTest, KnowsRootBothWays) {
-    for (const AccountKind kind : {AccountKind::kUser, AccountKind::kGroup}) {
-        std::string name;
-        EXPECT_EQ(FindHostName(kind, 0, name), ERROR_SUCCESS);
-        EXPECT_EQ(name, "root");
-        id_t id = 7;
-        EXPECT_EQ(FindHostId(kind, "root", id), ERROR_SUCCESS);
-        EXPECT_EQ(id, 0U);
-        EXPECT_EQ(FindHostId(kind, "no such account", id), ERROR_NONE_MAPPED);
-    }
-}
-
 }  // namespace
 }  // namespace permora::host

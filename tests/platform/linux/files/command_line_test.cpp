@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/api/system.h"
 #include "tests/platform/linux/files/files_fixture.h"
 
 namespace permora::host {
@@ -32,14 +31,6 @@ TEST_F(CommandLine, HasEveryPathWithItsDriveAndInQuotes) {
     };
     for (const auto& [arguments, rest] : cases)
         EXPECT_EQ(CommandLineOf(program, arguments), R"("T:\a program")" + std::string(rest));
-}
-
-TEST_F(CommandLine, OfThisProcessBeginsWithItsProgram) {
-    const std::string line = GetCommandLineA();
-    const std::string program = "platform_files_tests\"";
-    EXPECT_EQ(line.substr(line.find(program), program.size()), program);
-    EXPECT_EQ(line.front(), '"');
-    EXPECT_EQ(line.find('"', 1), line.find(program) + program.size() - 1);
 }
 
 }  // namespace

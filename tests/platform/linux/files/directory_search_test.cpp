@@ -1,9 +1,7 @@
 #include "platform/api/directory_search.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/mount.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -14,7 +12,6 @@
 
 #include "platform/linux/files/name_mapping.h"
 #include "tests/platform/linux/files/files_fixture.h"
-#include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
 
 namespace permora::host {
@@ -102,30 +99,6 @@ TEST_F(DirectorySearches, SayWhyThereIsNothingToFind) {
         EXPECT_EQ(Search(pattern).error, error) << pattern;
 }
 
-TEST_F(DirectorySearches, TellSizesTimesAndKinds) {
-    const std::string file = folder.MakeFile("large");
-    const off_t size = (off_t{5} << 32) + 7;
-    ASSERT_EQ(truncate(file.c_str(), size), 0);
-    const timespec times[] = {{86'400, 0}, {0, 0}};
-    ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
-    ASSERT_EQ(symlink("large", folder.Path("link").c_str()), 0);
-    folder.MakeFolder("folder");
-
-    WIN32_FIND_DATAA data{};
-    ASSERT_TRUE(FindClose(FindFirstFileA("large", &data)));
-    EXPECT_EQ(data.nFileSizeHigh, 5U);
-    EXPECT_EQ(data.nFileSizeLow, 7U);
-    SYSTEMTIME time{};
-    ASSERT_TRUE(FileTimeToSystemTime(&data.ftLastWriteTime, &time));
-    EXPECT_EQ(time.wYear * 100 + time.wDay, 197001);
-    ASSERT_TRUE(FileTimeToSystemTime(&data.ftLastAccessTime, &time));
-    EXPECT_EQ(time.wYear * 100 + time.wDay, 197002);
-    for (const char* name : {"link", "folder"}) {
-        ASSERT_TRUE(FindClose(FindFirstFileA(name, &data)));
-        EXPECT_EQ(data.nFileSizeHigh + data.nFileSizeLow, 0U) << name;
-    }
-}
-
 TEST_F(DirectorySearches, PassOverWhatVanishesAndEndWithTheFolder) {
     folder.MakeFolder("folder");
     for (int i = 0; i < 1000; ++i)
@@ -139,22 +112,6 @@ TEST_F(DirectorySearches, PassOverWhatVanishesAndEndWithTheFolder) {
     EXPECT_FALSE(FindNextFileA(search, &data));
     EXPECT_EQ(GetLastError(), ERROR_NO_MORE_FILES);
     EXPECT_TRUE(FindClose(search));
-}
-
-TEST_F(DirectorySearches, ShowAnOrdinaryUserWhatHeMayList) {
-    if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
-    ASSERT_EQ(chmod(folder.Path().c_str(), 0755), 0);
-    ASSERT_EQ(chmod(folder.MakeFolder("listed").c_str(), 0744), 0);
-    ASSERT_EQ(chmod(folder.MakeFolder("closed").c_str(), 0711), 0);
-    folder.MakeFolder("listed/folder");
-    folder.MakeFile("listed/file");
-    const auto answer = test::AsOrdinaryUser([] {
-        std::string text = std::to_string(Search("closed\\*").error);
-        for (const auto& [name, attributes] : Search("listed\\*").attributes)
-            text += " " + name + "=" + std::to_string(attributes);
-        return text;
-    });
-    EXPECT_EQ(answer, "5 .=16 ..=16 file=128 folder=16");
 }
 
 TEST_F(DirectorySearches, KnowEachVolumesOwnAttributes) {

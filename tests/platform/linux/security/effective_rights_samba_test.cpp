@@ -16,6 +16,7 @@
 #include "platform/api/effective_rights.h"
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
+#include "platform/linux/accounts/account_directory.h"
 #include "platform/resources.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/samba_fixture.h"
@@ -74,23 +75,12 @@ class EffectiveRightsAndSamba : public WithSambaServer {
         ASSERT_EQ(result.exitCode, 0) << result.output;
     }
 
-    static std::vector<BYTE> SidBytes(const std::string& name) {
-        std::vector<BYTE> sid(SECURITY_MAX_SID_SIZE);
-        DWORD sidSize = SECURITY_MAX_SID_SIZE;
-        std::array<char, 256> domain{};
-        DWORD domainSize = domain.size();
-        SID_NAME_USE use{};
-        EXPECT_TRUE(
-            LookupAccountNameA(nullptr, name.c_str(), sid.data(), &sidSize, domain.data(), &domainSize, &use))
-            << name;
+    static nt::Sid SidOf(const std::string& name) {
+        nt::Sid sid;
+        EXPECT_EQ(host::FindAccountSid(name, sid), ERROR_SUCCESS) << name;
         return sid;
     }
-
-    static std::string Sid(const std::string& name) {
-        LPSTR text = nullptr;
-        EXPECT_TRUE(ConvertSidToStringSidA(SidBytes(name).data(), &text));
-        return UniqueLocal<char>(text).get();
-    }
+    static std::string Sid(const std::string& name) { return SidOf(name).ToText(); }
 
     static DWORD Ours(const std::string& object, const std::string& user) {
         PACL dacl = nullptr;
@@ -100,9 +90,9 @@ class EffectiveRightsAndSamba : public WithSambaServer {
                                   DACL_SECURITY_INFORMATION, nullptr, nullptr, &dacl, nullptr, &descriptor),
             ERROR_SUCCESS);
         const UniqueLocal<void> owned(descriptor);
-        std::vector<BYTE> sid = SidBytes(user);
+        const nt::Sid sid = SidOf(user);
         TRUSTEE_A trustee{};
-        BuildTrusteeWithSidA(&trustee, sid.data());
+        BuildTrusteeWithSidA(&trustee, const_cast<std::uint8_t*>(sid.Bytes().data()));
         DWORD rights = 0;
         EXPECT_EQ(GetEffectiveRightsFromAclA(dacl, &trustee, &rights), ERROR_SUCCESS);
         return rights;

@@ -4,6 +4,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/resources.h"
+#include "tests/support/access_lists.h"
 
 namespace permora {
 namespace {
@@ -13,13 +14,11 @@ DWORD RightsOf(const char* sidText, const std::string& sddl) {
     PSID sid = nullptr;
     EXPECT_TRUE(ConvertStringSidToSidA(sidText, &sid));
     const UniqueLocal<void> account(sid);
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    EXPECT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl.c_str(), SDDL_REVISION_1,
-                                                                     &descriptor, nullptr));
-    const UniqueLocal<void> owned(descriptor);
+    const UniqueLocal<void> descriptor = test::DescriptorOf(sddl);
+    EXPECT_TRUE(descriptor);
     BOOL present = FALSE;
     PACL dacl = nullptr;
-    EXPECT_TRUE(GetSecurityDescriptorDacl(descriptor, &present, &dacl, &present));
+    EXPECT_TRUE(GetSecurityDescriptorDacl(descriptor.get(), &present, &dacl, &present));
     TRUSTEE_A trustee{};
     BuildTrusteeWithSidA(&trustee, sid);
     DWORD rights = 0;

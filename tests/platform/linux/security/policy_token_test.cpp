@@ -87,23 +87,6 @@ TEST(PolicyTest, TheRegistryTellsWhoHoldsARight) {
     EXPECT_EQ(HoldersOf(u"SeNoSuchPrivilege"), "error " + std::to_string(ERROR_NO_SUCH_PRIVILEGE));
 }
 
-TEST(PolicyTest, WhatWasNotOpenedForItIsRefused) {
-    LSA_OBJECT_ATTRIBUTES attributes{};
-    LSA_HANDLE policy = nullptr;
-    ASSERT_EQ(LsaOpenPolicy(nullptr, &attributes, POLICY_LOOKUP_NAMES, &policy), 0);
-    std::u16string right = u"SeTakeOwnershipPrivilege";
-    LSA_UNICODE_STRING name{48, 48, right.data()};
-    LPVOID block = nullptr;
-    ULONG count = 0;
-    const auto ask = [&] {
-        return LsaNtStatusToWinError(LsaEnumerateAccountsWithUserRight(policy, &name, &block, &count));
-    };
-    EXPECT_EQ(ask(), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(LsaClose(policy), 0);
-    EXPECT_EQ(ask(), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(LsaNtStatusToWinError(NTSTATUS(0x80000005)), ERROR_MR_MID_NOT_FOUND);
-}
-
 // What the token holds and whether it is switched on, after `attributes` were asked for.
 std::string Adjusted(DWORD attributes) {
     HANDLE handle = nullptr;
@@ -142,24 +125,6 @@ TEST(TokenTest, TheCapabilityIsThePrivilege) {
     EXPECT_EQ(chown(file.c_str(), 1, 1), 0);
     EXPECT_EQ(AsOrdinaryUser([] { return Adjusted(SE_PRIVILEGE_ENABLED); }).value_or(""),
               std::to_string(ERROR_NOT_ALL_ASSIGNED));
-}
-
-TEST(TokenTest, WhatDoesNotFitIsNeitherWrittenNorRead) {
-    LUID id{};
-    ASSERT_TRUE(LookupPrivilegeValueA(nullptr, "SeTakeOwnershipPrivilege", &id));
-    std::array<char, 25> name{};
-    DWORD length = name.size() - 1;
-    EXPECT_FALSE(LookupPrivilegeNameA(nullptr, &id, name.data(), &length));
-    EXPECT_EQ(length, name.size());
-    EXPECT_EQ(name[0], '\0');
-    EXPECT_TRUE(LookupPrivilegeNameA(nullptr, &id, name.data(), &length));
-
-    HANDLE handle = nullptr;
-    ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES, &handle));
-    const UniqueHandle token(handle);
-    TOKEN_PRIVILEGES claimsTwo{2, {{id, SE_PRIVILEGE_ENABLED}}};
-    EXPECT_FALSE(AdjustTokenPrivileges(handle, FALSE, &claimsTwo, sizeof claimsTwo, nullptr, nullptr));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
 TEST(TokenTest, TheUserIsTheProcesss) {

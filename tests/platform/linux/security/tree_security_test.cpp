@@ -107,21 +107,6 @@ TEST_F(TreeSecurity, TheResultIsThatOfSettingEachObjectInTurn) {
     EXPECT_EQ(DaclText(tree.Path()), "D:PAI(D;OICIIO;FX;;;BG)(A;OICI;FA;;;CO)(A;CINP;FR;;;BU)");
 }
 
-TEST_F(TreeSecurity, CountingTellsWhatWritingWouldDoAndWritesNothing) {
-    MakeManyKinds(tree);
-    const std::string before = DaclText(tree.Path("protected/file"));
-    ASSERT_EQ(Reset(tree.Path(), TreeListMode::kCountOnly), 0U);
-    const TreeCounts told = counts;
-    EXPECT_EQ(DaclText(tree.Path("protected/file")), before);
-    ASSERT_EQ(Reset(tree.Path()), 0U);
-    EXPECT_EQ(counts.changed, told.changed);
-    EXPECT_EQ(counts.changed + counts.unchanged, PathsBelow(tree.Path()).size());
-    const std::size_t all = counts.changed + counts.unchanged;
-    ASSERT_EQ(Reset(tree.Path()), 0U);
-    EXPECT_EQ(counts.unchanged, all);
-    EXPECT_EQ(counts.changed, 0U);
-}
-
 TEST_F(TreeSecurity, EveryEntryIsReachedOnce) {
     ASSERT_EQ(SetDescriptorText(tree.Path(), "D:P(A;OICI;FA;;;BA)"), 0U);
     std::vector<std::string> names;
@@ -163,20 +148,6 @@ TEST_F(TreeSecurity, WhatCannotBeSetIsToldAndTheRestIsDone) {
     EXPECT_EQ(counts.changed, 1U);
     EXPECT_EQ(DaclText(tree.Path("bad/sub/file")), "D:AI(A;ID;FA;;;WD)");
     EXPECT_EQ(DaclText(tree.Path("bad")), "error 1338");
-}
-
-TEST_F(TreeSecurity, OnlyAFolderThatCanHoldListsIsWalked) {
-    const std::string file = tree.MakeFile("file");
-    const std::string before = DaclText(file);
-    std::filesystem::create_directory_symlink(tree.Path(), tree.Path("link"));
-    EXPECT_EQ(Reset(file), ERROR_DIRECTORY);
-    EXPECT_EQ(Reset(tree.Path("link")), ERROR_CANT_RESOLVE_FILENAME);
-    EXPECT_EQ(Reset(tree.Path("missing")), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(Reset("/proc/self/fd"), ERROR_NOT_SUPPORTED);
-    EXPECT_EQ(SetListsBelow(Told("").c_str(), nullptr, TreeListMode::kWrite, observer, counts),
-              ERROR_INVALID_ACL);
-    EXPECT_THAT(observer.begun, IsEmpty());
-    EXPECT_EQ(DaclText(file), before);
 }
 
 TEST_F(TreeSecurity, TheObserverEndsTheWalkBeforeAnObjectIsTouched) {

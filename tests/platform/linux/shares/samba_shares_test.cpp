@@ -12,6 +12,7 @@
 #include "platform/api/shares.h"
 #include "platform/linux/base/wide_text.h"
 #include "platform/resources.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/samba_fixture.h"
 
 namespace permora::test {
@@ -84,7 +85,7 @@ class SambaSharesTest : public WithSambaServer {
         return Set(record);
     }
     static DWORD SetList(const std::string& name, const char* sddl) {
-        const UniqueLocal<void> descriptor = Descriptor(sddl);
+        const UniqueLocal<void> descriptor = DescriptorOf(sddl);
         const Record record = Get(name);
         record->shi502_security_descriptor = descriptor.get();
         return Set(*record);
@@ -97,7 +98,7 @@ class SambaSharesTest : public WithSambaServer {
         std::u16string wideName = ToWide(name);
         std::u16string path = ToWide(folder);
         std::u16string remark = u"made here";
-        const UniqueLocal<void> descriptor = Descriptor(sddl);
+        const UniqueLocal<void> descriptor = DescriptorOf(sddl);
         path = u"C:" + path;
         SHARE_INFO_502 record{};
         record.shi502_netname = wideName.data();
@@ -109,20 +110,11 @@ class SambaSharesTest : public WithSambaServer {
     }
     static DWORD Delete(const std::string& name) { return NetShareDel(nullptr, ToWide(name).data(), 0); }
 
-    static UniqueLocal<void> Descriptor(const char* sddl) {
-        PSECURITY_DESCRIPTOR descriptor = nullptr;
-        EXPECT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl, SDDL_REVISION_1, &descriptor,
-                                                                         nullptr));
-        return UniqueLocal<void>(descriptor);
-    }
     static std::string ListOf(const std::string& name) {
         const Record record = Get(name);
-        LPSTR text = nullptr;
-        if (!record || ConvertSecurityDescriptorToStringSecurityDescriptorA(
-                           record->shi502_security_descriptor, SDDL_REVISION_1,
-                           OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &text, nullptr) == FALSE)
-            return "none";
-        return UniqueLocal<char>(text).get();
+        return record ? SddlOfParts(record->shi502_security_descriptor,
+                                    OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION)
+                      : "none";
     }
     static std::string ShownPath() {
         return "C:" + [] {

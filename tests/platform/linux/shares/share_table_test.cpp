@@ -13,6 +13,7 @@
 #include "platform/linux/base/wide_text.h"
 #include "platform/resources.h"
 #include "platform/share_name.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/command.h"
 #include "tests/support/own_mounts.h"
 
@@ -99,18 +100,7 @@ class ShareTableTest : public testing::Test {
     static DWORD Delete(std::u16string name) { return NetShareDel(nullptr, name.data(), 0); }
 
     static std::string Sddl(PSECURITY_DESCRIPTOR descriptor) {
-        LPSTR text = nullptr;
-        if (ConvertSecurityDescriptorToStringSecurityDescriptorA(
-                descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr) == FALSE)
-            return "none";
-        return UniqueLocal<char>(text).get();
-    }
-
-    static UniqueLocal<void> Descriptor(const char* sddl) {
-        PSECURITY_DESCRIPTOR descriptor = nullptr;
-        EXPECT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl, SDDL_REVISION_1, &descriptor,
-                                                                         nullptr));
-        return UniqueLocal<void>(descriptor);
+        return SddlOfParts(descriptor, DACL_SECURITY_INFORMATION);
     }
 };
 
@@ -127,7 +117,7 @@ TEST_F(ShareTableTest, DamagedSharesAreLeftOutAndDamagedDescriptorsNeverReplaced
     EXPECT_THAT(Names(), ElementsAre("ipc$", "whole", "Ä")) << "each once";
     Get(u"whole", ERROR_INVALID_SECURITY_DESCR);
     Get(u"text", NERR_NetNameNotFound);
-    const UniqueLocal<void> descriptor = Descriptor("D:(A;;FA;;;WD)");
+    const UniqueLocal<void> descriptor = DescriptorOf("D:(A;;FA;;;WD)");
     std::u16string name = u"whole";
     SHARE_INFO_502 record{};
     record.shi502_netname = name.data();
@@ -152,7 +142,7 @@ TEST_F(ShareTableTest, AChangeTouchesWhatDiffersAndNothingElse) {
     EXPECT_EQ(Set(*record), NERR_Success);
     EXPECT_EQ(Table(), before);
 
-    const UniqueLocal<void> descriptor = Descriptor("O:BAD:(D;;FA;;;BG)(A;;FR;;;WD)");
+    const UniqueLocal<void> descriptor = DescriptorOf("O:BAD:(D;;FA;;;BG)(A;;FR;;;WD)");
     record->shi502_security_descriptor = descriptor.get();
     EXPECT_EQ(Set(*record), NERR_Success);
     // The line of the share, with a text that we know nothing about, is the same.
@@ -178,7 +168,7 @@ TEST_F(ShareTableTest, AChangeTouchesWhatDiffersAndNothingElse) {
 }
 
 TEST_F(ShareTableTest, NewSharesAreCheckedAndListedInPieces) {
-    const UniqueLocal<void> descriptor = Descriptor("D:(A;;FA;;;BA)");
+    const UniqueLocal<void> descriptor = DescriptorOf("D:(A;;FA;;;BA)");
     const struct {
         std::u16string name;
         std::u16string path;
