@@ -100,6 +100,16 @@ TEST_F(MainFrame, WithoutAnInstallationItSaysSoAndEnds) {
     EXPECT_EXIT(start(), ExitedWithCode(0), "Reading settings: ");
 }
 
+TEST_F(MainFrame, DefaultsThatCannotBeStoredDoNotStopTheStart) {
+    system.commandLine = R"("permora")";
+    system.writeError = ERROR_DISK_FULL;
+    ui.ExpectMessageBox("saving settings: " + GetSystemMessageText(ERROR_DISK_FULL), "Permora Error",
+                        MB_ICONERROR, IDOK);
+    Start();
+    EXPECT_EQ(Frame().Settings().block, SettingsBlock());
+    EXPECT_EQ(testing::UiDriver::MainWindow().Text(IDC_LOCATION), kDriveListLocation);
+}
+
 TEST_F(MainFrame, EveryCommandOfTheMenuCanBeChosen) {
     Start();
     const std::function<void(const CMenu::Items&)> expectEnabled = [&](const CMenu::Items& items) {
@@ -133,7 +143,9 @@ TEST_F(MainFrame, OwnIconsAreASettingWithACheckMark) {
     Start();
     const CMenu menu = Frame().GetMenu().GetSubMenu(2);
     EXPECT_TRUE(menu.IsCheckedByPosition(2));
+    data.MakeFile("later");
     Run(ID_VIEW_OWN_ICONS);
+    EXPECT_EQ(Rows().size(), 3U);
     EXPECT_FALSE(menu.IsCheckedByPosition(2));
     EXPECT_EQ(Frame().Settings().block.useOwnIcons, 0);
     Run(ID_VIEW_SMALL_ICONS);

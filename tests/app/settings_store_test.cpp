@@ -26,7 +26,8 @@ class SettingsStore : public ::testing::Test {
         RegistryValue value{bytes};
         if (key.Open(root, path, KEY_READ) != ERROR_SUCCESS || key.Read(name, value) != ERROR_SUCCESS)
             return "(none)";
-        return reinterpret_cast<const char*>(bytes.data());
+        const std::string text(reinterpret_cast<const char*>(bytes.data()), value.size);
+        return text.ends_with('\0') ? text.c_str() : text + " without its end";
     }
 
     testing::SystemFakes registry;

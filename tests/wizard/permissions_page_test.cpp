@@ -58,7 +58,8 @@ class WizardPermissionsPage : public ::testing::Test {
     void Assign(
         const std::vector<const char*>& names, const UiDriver::Script& script,
         const std::function<void()>& expect = [] {}) {
-        sheet.SetItems({.names = names, .showIntermediateInfo = &showIntermediateInfo});
+        sheet.SetItems(
+            {.names = names, .drivesMode = drivesMode, .showIntermediateInfo = &showIntermediateInfo});
         ui.ExpectSheet(kTitle, [&](WindowDriver& window) {
             EXPECT_FALSE(window.IsEnabled(SheetButton::kBack));
             expect();
@@ -82,6 +83,7 @@ class WizardPermissionsPage : public ::testing::Test {
     }
 
     const test::TemporaryFolder folder;
+    bool drivesMode = false;
     std::uint8_t showIntermediateInfo = 0;
     UiDriver ui;
     CWizard sheet;
@@ -192,6 +194,23 @@ TEST_F(WizardPermissionsPage, AccountsAreRemovedAndTheKeyboardDoesAll) {
     EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;0x1f03ff;;;BG)") << "only Finish writes";
 }
 
+TEST_F(WizardPermissionsPage, OneItemNeedsNoNoticeAndWhatItInheritsStays) {
+    Give(folder.MakeFile("top/third"), "D:");
+    showIntermediateInfo = 1;
+    ui.ExpectSheet(kTitle, [](WindowDriver& window) {
+        window.Click(IDC_TASK_DELETION);  // which the next run does not remember
+        window.Click(SheetButton::kCancel);
+    });
+    sheet.DoModal();
+    Assign({"third"}, [](WindowDriver& window) {
+        EXPECT_THAT(window.Rows(IDC_WIZARD_ACCOUNTS), ElementsAre("BUILTIN\\Administrators"));
+        EXPECT_FALSE(window.IsEnabled(IDC_WIZARD_REMOVE_ACCOUNT));
+        window.SelectRow(IDC_COMBINATIONS, kReadCombination);
+        window.Press("Return");  // is the sheet's, also in a list that takes Space
+    });
+    EXPECT_EQ(DaclText(folder.Path("top/third")), "D:AI(D;OICI;DCLCRPWPDTCRSDWDWO;;;BA)(A;ID;FA;;;BA)");
+}
+
 TEST_F(WizardPermissionsPage, WithoutTheFirstItemsListThereIsNoFinish) {
     const auto expectNothing = [](WindowDriver& window) {
         EXPECT_THAT(window.Rows(IDC_WIZARD_ACCOUNTS), IsEmpty());
@@ -244,6 +263,14 @@ TEST_F(WizardPermissionsPage, OnAVolumeOfWindows) {
         Add(window, "Guests");
         window.SelectRow(IDC_COMBINATIONS, 0);
         window.Click(SheetButton::kFinish);
+    });
+    // Of a drive's root its own volume is asked, not that of the current directory, which holds no lists.
+    Enter("/proc");
+    drivesMode = true;
+    const std::string root = PathFromArgument(volume.Root().c_str());
+    Assign({root.c_str()}, [&](WindowDriver& window) {
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kFinish));
+        window.Click(SheetButton::kCancel);
     });
     Enter("/");
     EXPECT_EQ(volume.AuditedEntries("/item"),
