@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <string_view>
 #include <utility>
@@ -25,6 +26,21 @@ std::u16string WithoutCase(const std::string& hostName) {
     std::u16string name = ToWide(hostName);
     CharUpperBuffW(name.data(), static_cast<DWORD>(name.size()));
     return name;
+}
+
+// Windows opens a device under these names in whatever folder, also with an extension or with blanks at the
+// end: "Naming Files, Paths, and Namespaces" of its documentation.
+bool IsDeviceName(std::string_view hostName) {
+    constexpr std::array<std::string_view, 6> kDevices{"con", "prn", "aux", "nul", "conin$", "conout$"};
+    constexpr std::array<std::string_view, 2> kNumberedDevices{"com", "lpt"};
+    constexpr std::array<std::string_view, 13> kNumbers{"0", "1", "2", "3", "4", "5", "6",
+                                                        "7", "8", "9", "¹", "²", "³"};
+    const std::string stem = InLowerCase(WithoutOuterBlanks(hostName.substr(0, hostName.find('.'))));
+    if (std::ranges::find(kDevices, stem) != kDevices.end()) return true;
+    constexpr std::size_t kLetters = 3;
+    const std::string_view name(stem);
+    return std::ranges::find(kNumberedDevices, name.substr(0, kLetters)) != kNumberedDevices.end() &&
+           std::ranges::find(kNumbers, name.substr(kLetters)) != kNumbers.end();
 }
 
 // `folder` may have become another one since it was found.
@@ -70,7 +86,7 @@ DWORD TargetFolder::CheckName(const std::string& hostName) const {
         return kForbidden.find(character) != kForbidden.npos || IsControl(character);
     });
     const bool isLostAtEnd = hostName.ends_with('.') || hostName.ends_with(' ');
-    return isForbidden || isLostAtEnd ? ERROR_INVALID_NAME : ERROR_SUCCESS;
+    return isForbidden || isLostAtEnd || IsDeviceName(hostName) ? ERROR_INVALID_NAME : ERROR_SUCCESS;
 }
 
 DWORD TargetFolder::LoadNames() {

@@ -170,7 +170,7 @@ TEST_F(VolumeOperations, CarryStreamsThatAreShownAsFiles) {
     EXPECT_EQ(getxattr(attributes.Path("a").c_str(), "user.note", value, sizeof value), 6);
 }
 
-TEST_F(VolumeOperations, TakeNamesThatDifferInCaseAloneForOneOnNtfs) {
+TEST_F(VolumeOperations, GiveNothingANameOnNtfsUnderWhichWindowsWouldNotFindIt) {
     NtfsVolume ntfs;
     ASSERT_EQ(ntfs.Problem(), "");
     const TemporaryFolder local;
@@ -178,14 +178,19 @@ TEST_F(VolumeOperations, TakeNamesThatDifferInCaseAloneForOneOnNtfs) {
     WriteFileText(local.Path("d/\xC3\xA4.txt"), "one");
     WriteFileText(local.Path("d/\xC3\x84.TXT"), "two");
     WriteFileText(local.Path("d/a:b"), "stream of another");
+    for (const char* device : {"aux.c", "Nul", "com7 .x", "LPT\xC2\xB2"})
+        WriteFileText(local.Path("d/" + std::string(device)), "out of reach there");
+    for (const char* plain : {"com", "com10", "console", "x.con"})
+        WriteFileText(local.Path("d/" + std::string(plain)), "reached");
+    constexpr std::size_t kTaken = 5;
     // Neither takes the place of the other, and nothing is taken away.
     const auto before = Below(local.Path());
-    answers[Question::kFailure] = {Answer::kNo, Answer::kNo};
+    answers[Question::kFailure].assign(6, Answer::kNo);
     EXPECT_NE(Run(FO_MOVE, {local.Path("d")}, ntfs.Root()), 0U);
-    EXPECT_EQ(Below(ntfs.Path("d")).size(), 1U);
+    EXPECT_EQ(Below(ntfs.Path("d")).size(), kTaken);
     EXPECT_EQ(Below(local.Path()), before);
     EXPECT_EQ(Run(FO_RENAME, {ntfs.Path("d")}, ntfs.Path("D")), 0U);
-    EXPECT_EQ(Below(ntfs.Path("D")).size(), 1U);
+    EXPECT_EQ(Below(ntfs.Path("D")).size(), kTaken);
     // Where the driver let both in, each stands for itself.
     for (const char* name : {"x", "X"})
         WriteFileText(ntfs.Path(name), "old");
