@@ -26,6 +26,10 @@ bool CMainApp::InitInstance() {
     return true;
 }
 
+void CMainApp::OnEndSession() {
+    frame->KeepSettings();
+}
+
 void CMainApp::ShowAboutBox() {
     CAboutDlg(frame.get()).DoModal();
 }

@@ -10,6 +10,7 @@ namespace permora {
 class CMainApp : public CWinApp {
   public:
     bool InitInstance() override;
+    void OnEndSession() override;
 
   protected:
     const MessageMap& GetMessageMap() const override;

@@ -123,12 +123,16 @@ void CMainFrame::OnSize(Size client) {
 }
 
 void CMainFrame::OnClose() {
-    if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS)
-        ShowErrorWithSystemText(GetSafeHwnd(), "saving settings", error);
+    KeepSettings();
     CFrameWnd::OnClose();
 }
 
 // ---- Settings ----
+
+void CMainFrame::KeepSettings() {
+    if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS)
+        ShowErrorWithSystemText(GetSafeHwnd(), "saving settings", error);
+}
 
 DWORD CMainFrame::ReadSettings() {
     settings = DefaultSettings(GetWindowRect());

@@ -19,6 +19,8 @@ class CMainFrame : public CFrameWnd {
   public:
     // Puts the window where the settings say and shows it.
     void RestorePlacement();
+    // Writes the settings; a failure is told.
+    void KeepSettings();
 
     // Each command is offered to the view first.
     bool OnCmdMsg(Notification& notification) override;

@@ -22,6 +22,11 @@ void TakeInterrupt(int signal) {
 
 void WatchForInterrupts() {
     std::signal(SIGINT, TakeInterrupt);
+    std::signal(SIGTERM, TakeInterrupt);
+#ifdef SIGHUP
+    // Who started the program may have it outlive its terminal.
+    if (std::signal(SIGHUP, TakeInterrupt) == SIG_IGN) std::signal(SIGHUP, SIG_IGN);
+#endif
 }
 
 const std::atomic<bool>& IsInterrupted() {

@@ -13,9 +13,10 @@
 
 namespace permora {
 
-// From now on the first Ctrl-C ends walks between two objects. A second one ends the program at once.
+// From now on the first Ctrl-C, like the other signals to end (SIGTERM, a terminal that closes), ends walks
+// between two objects. A second one ends the program at once.
 void WatchForInterrupts();
-// Set by the first Ctrl-C; lives as long as the program.
+// Set by the first such signal; lives as long as the program.
 const std::atomic<bool>& IsInterrupted();
 // `rest` says how what was not reached is.
 void SayInterrupted(ConsoleMessages& messages, const char* rest = "the rest is as it was");

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "deletion/secure_delete.h"
+#include "framework/stoppable_work.h"
 #include "framework/styles.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
@@ -31,6 +32,7 @@ class CSecureDelete::Run : public SecureDeleteHost {
     }
 
     void Work() {
+        const StoppableWork stoppable([this] { dialog.stopRequested = true; });
         for (const char* name : dialog.names) {
             if (stopRequested) {
                 dialog.EndDialog(IDCANCEL);

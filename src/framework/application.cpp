@@ -18,10 +18,13 @@ CWinApp::~CWinApp() {
 }
 
 int CWinApp::Run(int argc, char** argv) {
+    bool hasStarted = false;
     return RunToolkit(
-        argc, argv, [this] { return InitInstance(); },
-        [this] {
-            if (mainWindow != nullptr) mainWindow->DestroyWindow();
+        argc, argv, [&] { return hasStarted = InitInstance(); },
+        [&] {
+            if (mainWindow == nullptr || !mainWindow->HasWindow()) return;
+            if (hasStarted) OnEndSession();
+            mainWindow->DestroyWindow();
         });
 }
 

@@ -71,6 +71,8 @@ class CWinApp : public CCmdTarget {
     ~CWinApp() override;
 
     virtual bool InitInstance() = 0;
+    // Before the main window goes that is still there: something other than its closing ends the program.
+    virtual void OnEndSession() {}
     // Starts the toolkit, runs InitInstance and the message loop, and destroys the main window if it is still
     // there; the process's exit code.
     int Run(int argc, char** argv);

@@ -14,17 +14,18 @@ namespace {
 // Shows each object's bare name. What cannot be changed is passed over in silence.
 class StatusObserver : public TreeObserver {
   public:
-    explicit StatusObserver(CStatic& field) : status(field) {}
+    StatusObserver(CStatic& field, const std::atomic<bool>& stop) : status(field), isStopped(stop) {}
 
     bool Begin(const char* name) override {
         status.SetWindowText(name);
         status.RedrawWindow();
-        return true;
+        return !isStopped;
     }
     void PassOver(const std::string& /*path*/, DWORD /*error*/) override {}
 
   private:
     CStatic& status;
+    const std::atomic<bool>& isStopped;
 };
 
 }  // namespace
@@ -33,6 +34,7 @@ ApplyDlg::ApplyDlg(CWnd* ownerWindow) : CDialog(IDD_APPLY_TO_TREE, ownerWindow) 
 
 bool ApplyDlg::OnInitDialog() {
     CDialog::OnInitDialog();
+    isStopped = false;
     auto* status = GetDlgItem<CStatic>(IDC_APPLY_PROGRESS);
     if (status == nullptr) {
         ShowErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
@@ -50,11 +52,12 @@ bool ApplyDlg::OnInitDialog() {
 
 // Only when the program itself ends can the worker still be at work here.
 void ApplyDlg::OnDestroy() {
+    isStopped = true;
     worker.Wait();
 }
 
 void ApplyDlg::Apply(HWND window, CStatic& status) {
-    StatusObserver observer(status);
+    StatusObserver observer(status, isStopped);
     TreeCounts counts;
     const TreeApplyResult result = ApplyToTrees(window, names, TreeListMode::kWrite, observer, counts);
     EndDialog(result == TreeApplyResult::kDone ? IDOK : kCannotStart);

@@ -1,6 +1,7 @@
 // ApplyDlg: resets whole folder trees on a worker thread and shows the name that it has come to.
 #pragma once
 
+#include <atomic>
 #include <span>
 
 #include "framework/dialog.h"
@@ -23,7 +24,8 @@ class ApplyDlg : public CDialog {
 
   protected:
     bool OnInitDialog() override;
-    // A walk cannot be stopped, so neither Enter, Escape nor a close request end the dialog: its worker does.
+    // The user cannot stop a walk, so neither Enter, Escape nor a close request end the dialog: its worker
+    // does.
     void OnOK() override {}
     void OnCancel() override {}
 
@@ -31,6 +33,7 @@ class ApplyDlg : public CDialog {
     void OnDestroy() override;
     void Apply(HWND window, CStatic& status);  // on the worker thread
 
+    std::atomic<bool> isStopped = false;  // the program ends
     WorkerThread worker;
 };
 

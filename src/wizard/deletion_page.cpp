@@ -4,6 +4,7 @@
 
 #include "editor/required_control.h"
 #include "framework/list_ctrl.h"
+#include "framework/stoppable_work.h"
 #include "framework/worker_updates.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
@@ -29,6 +30,7 @@ class CWizardPage2::Run : public DeletionStatus {
     HWND Window() const override { return window; }
 
     void Work() {
+        const StoppableWork stoppable([this] { stop = true; });
         for (const char* name : page.names) {
             if (stopRequested) break;
             SecureDeleteItem(*this, folder, name);

@@ -76,17 +76,20 @@ TEST_F(ShredTest, AFileWithFurtherNamesNeedsForce) {
     EXPECT_EQ(ReadWholeFile(folder.Path("other")), std::string(512, '\0'));
 }
 
-TEST_F(ShredTest, AnInterruptStopsIt) {
+TEST_F(ShredTest, SignalsToEndStopIt) {
     // Far more than can be overwritten in the time.
     std::ofstream(second) << "x";
     std::filesystem::resize_file(second, std::uintmax_t{64} << 30);
-    const CommandResult stopped = RunCommand(
-        {"sh", "-c", R"("$0" shred "$1" --yes & until [ $(stat -c %b "$1") -gt 8 ]; do sleep 0.01; done
-                        kill -INT $!; wait $!)",
-         CliPath(), second});
-    EXPECT_EQ(stopped.exitCode, 1);
-    EXPECT_THAT(stopped.output, HasSubstr("deleted: 0, left: 0\n"));
-    EXPECT_THAT(stopped.output, HasSubstr("permora-cli: interrupted: "));
+    for (const char* signal : {"INT", "TERM", "HUP"}) {
+        const CommandResult stopped = RunCommand(
+            {"sh", "-c", R"(before=$(stat -c %b "$1"); "$0" shred "$1" --yes &
+                            until [ $(stat -c %b "$1") -gt $((before + 8)) ]; do sleep 0.01; done
+                            kill -$2 $!; wait $!)",
+             CliPath(), second, signal});
+        EXPECT_EQ(stopped.exitCode, 1) << signal;
+        EXPECT_THAT(stopped.output, HasSubstr("deleted: 0, left: 0\n")) << signal;
+        EXPECT_THAT(stopped.output, HasSubstr("permora-cli: interrupted: ")) << signal;
+    }
     EXPECT_TRUE(std::filesystem::exists(second));
 }
 

@@ -3,12 +3,15 @@
 #include <QFontMetrics>
 #include <QTimer>
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <thread>
 
 #include "framework/native.h"
 #include "framework/qt/dialog_style.h"
 #include "framework/qt/file_operation_presenter.h"
 #include "framework/qt/message_box.h"
+#include "framework/stoppable_work.h"
 
 namespace permora {
 namespace {
@@ -16,11 +19,31 @@ namespace {
 // Lives on the user-interface thread; work handed to it runs there. Null while there is no toolkit.
 std::atomic<QObject*> uiBridge = nullptr;
 std::atomic<std::thread::id> uiThread = std::this_thread::get_id();
+std::atomic<bool> isDisplayLost = false;
+
+// The toolkit calls exit() in the middle of everything when the display's server goes. No window can be
+// destroyed in order any more, but what is half done on a disk can be put in order.
+void EndWithoutDisplay(int exitCode, void* /*argument*/) {
+    constexpr std::chrono::seconds kLimit{5};
+    if (uiBridge.load() == nullptr) return;
+    isDisplayLost = true;
+    SetMessagePresenter(nullptr);
+    StopAllWork(kLimit);
+    std::fflush(nullptr);
+    std::_Exit(exitCode);
+}
+
+// Ends all loops, in which windows may stand that refuse to be closed; whoever ran them stops its work.
+void EndToolkit() {
+    SetMessagePresenter(nullptr);
+    QCoreApplication::exit(0);
+}
 
 }  // namespace
 
 QtApplication::QtApplication(int& argc, char** argv)
     : application(argc, argv),
+      endSignals(EndToolkit),
       presenter(std::make_unique<qt::WindowPresenter>()),
       fileOperations(std::make_unique<qt::FileOperationWindows>()) {
     // The frame's closing ends the program, not that of a dialog that stands alone.
@@ -28,6 +51,7 @@ QtApplication::QtApplication(int& argc, char** argv)
     QApplication::setStyle(new qt::DialogStyle);  // the application owns it
     uiThread = std::this_thread::get_id();
     uiBridge = &application;
+    [[maybe_unused]] static const int kRegistered = on_exit(EndWithoutDisplay, nullptr);
     presenterBefore = SetMessagePresenter(presenter.get());
     fileOperationsBefore = SetFileOperationPresenter(fileOperations.get());
 }
@@ -72,7 +96,7 @@ void CallOnUiThread(const std::function<void()>& work) {
     QObject* bridge = uiBridge;
     if (IsUiThread() || bridge == nullptr) {
         work();
-    } else {
+    } else if (!isDisplayLost) {
         QMetaObject::invokeMethod(bridge, work, Qt::BlockingQueuedConnection);
     }
 }

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <memory>
 
+#include "framework/qt/end_signals.h"
 #include "platform/file_operation_presenter.h"
 #include "platform/message_presenter.h"
 
@@ -18,11 +19,13 @@ class QtApplication {
     QtApplication(const QtApplication&) = delete;
     QtApplication& operator=(const QtApplication&) = delete;
 
-    // Serves events until StopToolkit; the process's exit code.
+    // Serves events until StopToolkit, or until a signal tells the process to end: then all modal windows are
+    // left as well, and messages go to standard error. The process's exit code.
     int Run();
 
   private:
     QApplication application;
+    qt::EndSignals endSignals;
     std::unique_ptr<MessagePresenter> presenter;
     std::unique_ptr<FileOperationPresenter> fileOperations;
     MessagePresenter* presenterBefore;

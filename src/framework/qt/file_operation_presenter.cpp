@@ -16,6 +16,7 @@
 #include "framework/qt/file_operation_question.h"
 #include "framework/qt/file_operation_window.h"
 #include "framework/qt/widget.h"
+#include "framework/stoppable_work.h"
 #include "framework/window.h"
 
 namespace permora::qt {
@@ -48,7 +49,7 @@ class Presentation final : public FileOperationHost {
         std::thread worker;
         try {
             worker = std::thread([this, &job] {
-                job.Run(*this);
+                RunStoppably(job);
                 hasEnded = true;
                 QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
             });
@@ -78,6 +79,11 @@ class Presentation final : public FileOperationHost {
     }
 
   private:
+    void RunStoppably(FileOperationJob& job) {
+        const StoppableWork stoppable([this] { isCancelled = true; });
+        job.Run(*this);
+    }
+
     bool IsShown() const { return window && window->isVisible(); }
 
     // Until the operation's window keeps input from all others, it waits.
