@@ -19,10 +19,6 @@ std::string SidText(PSID sid) {
     return record.SetSid(sid) ? record.GetSidText() : std::string();
 }
 
-std::string FullName(const FoundAccount& account) {
-    return account.domain.empty() ? account.name : account.domain + '\\' + account.name;
-}
-
 // Of ASCII letters alone, the case does not matter: the others' case is a matter of language.
 bool Contains(std::string_view text, std::string_view part) {
     const auto lower = [](char character) {
@@ -38,7 +34,7 @@ bool RunAccounts(const Arguments& arguments) {
     Json array = Json::array();
     std::vector<std::vector<std::string>> table = {{"Name", "Type", "SID"}};
     for (const FoundAccount& account : FindLocalAccounts(nullptr)) {
-        const std::string name = FullName(account);
+        const std::string name = QualifiedAccountName(account.domain, account.name);
         const std::string type = AccountTypeText(account.use);
         const std::string sid = SidText(account.sid.get());
         const bool isWanted =

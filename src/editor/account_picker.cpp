@@ -62,7 +62,7 @@ void CDlgUsersAndGroups::OnAccountClicked(Notification& notification) {
     const CListCtrl& list = FoundAccounts();
     const std::string name = list.GetItemText(notification.row, kName);
     const std::string domain = list.GetItemText(notification.row, kDomain);
-    NameField().SetWindowText(domain.empty() ? name : domain + '\\' + name);
+    NameField().SetWindowText(QualifiedAccountName(domain, name));
 }
 
 // What a click does, done with the keyboard.

@@ -158,15 +158,15 @@ bool IsSameAccount(const AccountRecord& one, const AccountRecord& other) {
     return one.sid && other.sid && EqualSid(one.sid.get(), other.sid.get()) != FALSE;
 }
 
+std::string QualifiedAccountName(const std::string& domain, const std::string& name) {
+    return domain.empty() ? name : domain + '\\' + name;
+}
+
 std::string AccountDisplayName(AccountRecord& record) {
     if (!record.sid || IsValidSid(record.sid.get()) == FALSE) {
         return {};
     }
-    std::string text = record.GetDomain();
-    if (!text.empty()) {
-        text += '\\';
-    }
-    text += record.GetName();
+    const std::string text = QualifiedAccountName(record.GetDomain(), record.GetName());
     return text.empty() ? record.GetSidText() : text;
 }
 

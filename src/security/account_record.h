@@ -51,8 +51,11 @@ struct AccountRecord {
 // Whether both hold a SID, and the same.
 bool IsSameAccount(const AccountRecord& one, const AccountRecord& other);
 
-// How an account is shown everywhere: DOMAIN\name, the bare name of an account without a domain, the SID's
-// text when there is no name. Empty without a valid SID. Looks the names up in the account database.
+// DOMAIN\name, or the bare name of an account without a domain.
+std::string QualifiedAccountName(const std::string& domain, const std::string& name);
+
+// How an account is shown everywhere: by its qualified name, or the SID's text when there is no name. Empty
+// without a valid SID. Looks the names up in the account database.
 std::string AccountDisplayName(AccountRecord& record);
 
 }  // namespace permora
