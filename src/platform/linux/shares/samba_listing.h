@@ -13,7 +13,7 @@
 
 namespace permora::host {
 
-// "[name]" and the lines "parameter = value" below it, as `testparm -s`, `net conf list` and
+// "[name]" and the lines "parameter = value" below it, as `testparm -s`, `net conf showshare` and
 // `net usershare info` print them all.
 struct SambaSection {
     std::string name;

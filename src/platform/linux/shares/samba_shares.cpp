@@ -39,13 +39,30 @@ struct KeptShare {
     SambaSection section;  // as the keeper has it
 };
 
-DWORD ReadRegistry(const Sections& configuration, Sections& registry) {
-    registry.clear();
+// The name as the server's registry spells it; empty when there is no such share in it, or the server does
+// not read it. Only names are asked for: with thousands of shares their settings take Samba's tool a second.
+DWORD FindRegistered(const Sections& configuration, std::string_view name, std::string& registered) {
+    registered.clear();
     if (!UsesRegistry(configuration)) return ERROR_SUCCESS;
-    std::string listing;
-    const DWORD error = AskSambaTool("net", {"conf", "list"}, listing);
-    if (error == ERROR_SUCCESS) registry = ParseSambaSections(listing);
-    return error;
+    std::string names;
+    const DWORD error = AskSambaTool("net", {"conf", "listshares"}, names);
+    if (error != ERROR_SUCCESS) return error;
+    for (std::string_view rest = names; !rest.empty() && registered.empty();) {
+        const std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        if (IsSameShare(line, name)) registered = line;
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD ReadRegistered(const std::string& name, SambaSection& section) {
+    std::string answer;
+    const DWORD error = AskSambaTool("net", {"conf", "showshare", "--", name}, answer);
+    if (error != ERROR_SUCCESS) return error;
+    Sections sections = ParseSambaSections(answer);
+    if (sections.empty() || !IsSameShare(sections.front().name, name)) return NERR_NetNameNotFound;
+    section = std::move(sections.front());
+    return ERROR_SUCCESS;
 }
 
 // Only names that were listed are ever handed to a tool.
@@ -59,14 +76,16 @@ DWORD FindKeeper(std::string_view name, KeptShare& kept) {
     const bool isConfigured =
         std::ranges::any_of(shares, [name](const Share& share) { return IsSameShare(share.name, name); });
     if (isConfigured) {
-        Sections registry;
-        error = ReadRegistry(configuration, registry);
+        std::string registered;
+        error = FindRegistered(configuration, name, registered);
         if (error != ERROR_SUCCESS) return error;
-        const SambaSection* registered = FindSection(registry, name);
-        const bool isRegistered = registered != nullptr && !IsFixedInFile(name);
-        kept = isRegistered ? KeptShare{Keeper::kRegistry, *registered}
-                            : KeptShare{Keeper::kFile, *FindSection(configuration, name)};
-        return ERROR_SUCCESS;
+        KeptShare found{Keeper::kFile, *FindSection(configuration, name)};
+        if (!registered.empty() && !IsFixedInFile(name)) {
+            found.keeper = Keeper::kRegistry;
+            error = ReadRegistered(registered, found.section);
+        }
+        if (error == ERROR_SUCCESS) kept = std::move(found);
+        return error;
     }
     Sections users;
     error = ReadUserShares(users);
@@ -236,14 +255,14 @@ DWORD SambaShares::Add(const Share& share) const {
     if (const DWORD error = FindHostFolder(share.path, hostPath); error != ERROR_SUCCESS) return error;
     Sections configuration;
     Sections users;
-    Sections registry;
+    std::string registered;
     DWORD error = ReadSambaConfiguration(configuration);
     if (error == ERROR_SUCCESS) error = ReadUserShares(users);
-    if (error == ERROR_SUCCESS) error = ReadRegistry(configuration, registry);
+    if (error == ERROR_SUCCESS) error = FindRegistered(configuration, share.name, registered);
     if (error != ERROR_SUCCESS) return error;
-    for (const Sections* sections : {&configuration, &users, &registry}) {
-        if (FindSection(*sections, share.name) != nullptr) return NERR_DuplicateShare;
-    }
+    const bool isListed = FindSection(configuration, share.name) != nullptr ||
+                          FindSection(users, share.name) != nullptr || !registered.empty();
+    if (isListed) return NERR_DuplicateShare;
     if (UsesRegistry(configuration)) return AddRegistered(share, hostPath);
     return AddUserShare(share, hostPath);
 }
