@@ -22,6 +22,11 @@ inline std::string_view TakeLine(std::string_view& text) {
     return line;
 }
 
+constexpr bool IsAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char character) { return static_cast<unsigned char>(character) < 0x80; });
+}
+
 // Without the blanks, tabs and carriage returns at both ends.
 inline std::string_view WithoutOuterBlanks(std::string_view text) {
     constexpr std::string_view kOuterBlanks = " \t\r";

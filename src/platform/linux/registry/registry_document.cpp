@@ -17,6 +17,7 @@ std::string_view WithoutBlanksBehind(std::string_view text) {
 
 std::vector<std::string_view> LinesOf(std::string_view text) {
     std::vector<std::string_view> lines;
+    lines.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
     while (!text.empty()) {
         std::string_view line = TakeLine(text);
         while (line.ends_with('\r'))
@@ -90,11 +91,19 @@ void RegistryDocument::ParseLines(const std::vector<std::string_view>& lines) {
 }
 
 std::string RegistryDocument::ToText() const {
-    std::string text(hasByteOrderMark ? kByteOrderMark : "");
+    std::size_t size = kByteOrderMark.size();
     for (const Section& section : sections) {
-        text += section.heading + lineEnd;
+        size += section.heading.size() + lineEnd.size();
         for (const Entry& entry : section.entries)
-            text += entry.text + lineEnd;
+            size += entry.text.size() + lineEnd.size();
+    }
+    std::string text;
+    text.reserve(size);
+    if (hasByteOrderMark) text = kByteOrderMark;
+    for (const Section& section : sections) {
+        text.append(section.heading).append(lineEnd);
+        for (const Entry& entry : section.entries)
+            text.append(entry.text).append(lineEnd);
     }
     return text;
 }

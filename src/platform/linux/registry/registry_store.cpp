@@ -63,6 +63,7 @@ DWORD ReadText(int folder, std::string& text) {
     struct stat status {};
     if (fstat(file.Get(), &status) != 0) return ErrorFromErrno(errno);
     if (status.st_size > kLargestFile) return ERROR_FILE_TOO_LARGE;
+    text.reserve(static_cast<std::size_t>(status.st_size));
     std::array<char, 16384> block;
     for (;;) {
         const ssize_t count = read(file.Get(), block.data(), block.size());

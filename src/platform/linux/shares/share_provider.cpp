@@ -1,6 +1,7 @@
 #include "platform/linux/shares/share_provider.h"
 
 #include "platform/api/text.h"
+#include "platform/linux/base/ascii.h"
 #include "platform/linux/base/wide_text.h"
 #include "platform/linux/shares/samba_shares.h"
 #include "platform/linux/shares/samba_tools.h"
@@ -16,8 +17,10 @@ const ShareProvider& ThisMachinesShares() {
     return table;
 }
 
+// Nearly all names are of ASCII, and a name is compared with thousands of others.
 bool IsSameShare(std::string_view one, std::string_view other) {
-    return one == other || ShareKey(one) == ShareKey(other);
+    if (IsAscii(one) && IsAscii(other)) return EqualsIgnoringCase(one, other);
+    return ShareKey(one) == ShareKey(other);
 }
 
 std::u16string ShareKey(std::string_view name) {
