@@ -1,8 +1,7 @@
-// What it costs to copy files with the shell's file operations. Prints the rows of the table in README.md.
+// What it costs to copy files with the shell's file operations. Prints rows of the table in README.md.
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -20,26 +19,26 @@
 namespace {
 
 using permora::bench::Check;
-using permora::bench::Median;
+using permora::bench::Runs;
+using permora::bench::Scaled;
 using permora::bench::SecondsFor;
 using permora::host::UniqueFd;
 using permora::test::NtfsVolume;
 using permora::test::RunCommand;
 using permora::test::TemporaryFolder;
 
-constexpr int kRuns = 5;
 constexpr off_t kMebibyte = off_t{1} << 20;
 
 void MakeBigFile(const std::string& folder) {
     const std::string contents(static_cast<std::size_t>(kMebibyte), 'x');
     std::ofstream file(folder + "/big", std::ios::binary);
-    for (int i = 0; i < 256; ++i)
+    for (std::size_t i = 0; i < Scaled(256); ++i)
         file << contents;
 }
 
 void MakeSmallFiles(const std::string& folder) {
     const std::string contents(4096, 'x');
-    for (int i = 0; i < 10'000; ++i)
+    for (std::size_t i = 0; i < Scaled(5'000); ++i)
         std::ofstream(folder + "/" + std::to_string(i), std::ios::binary) << contents;
 }
 
@@ -78,7 +77,7 @@ void CopyWithPeer(const std::string& source, const std::string& target) {
 
 // Both by turns, so that what else the machine does falls on both; what was written is on the disk before the
 // next one begins.
-void Compare(const char* way, const char* what, const std::function<void(const std::string&)>& make,
+void Compare(const char* way, const std::string& what, const std::function<void(const std::string&)>& make,
              const std::string& from, const std::string& to) {
     const std::string source = from + "/source";
     const std::string target = to + "/target";
@@ -91,26 +90,24 @@ void Compare(const char* way, const char* what, const std::function<void(const s
         seconds.push_back(SecondsFor([&] { copy(source, target); }));
         std::filesystem::remove_all(target);
     };
-    for (int run = 0; run < kRuns; ++run) {
+    for (int run = 0; run < Runs(5); ++run) {
         measure(ours, CopyWithOurs);
         measure(peers, CopyWithPeer);
     }
     std::filesystem::remove_all(source);
-    std::printf("| %s | %s | %.3f s | %.3f s | %.2f |\n", way, what, Median(ours), Median(peers),
-                Median(ours) / Median(peers));
-    std::fflush(stdout);
+    permora::bench::PrintRatio({"copying " + what, way, "`cp -a`"}, ours, peers, 1.3);
 }
 
 void CompareAll(const char* way, const std::string& from, const std::string& to) {
-    Compare(way, "256 MiB", MakeBigFile, from, to);
-    Compare(way, "10,000 x 4 KiB", MakeSmallFiles, from, to);
+    Compare(way, std::to_string(Scaled(256)) + " MiB", MakeBigFile, from, to);
+    Compare(way, std::to_string(Scaled(5'000)) + " x 4 KiB", MakeSmallFiles, from, to);
     Compare(way, "5 GiB, sparse", MakeSparseFile, from, to);
 }
 
 }  // namespace
 
-int main() {
-    std::printf("| way | files | ours | cp -a | ratio |\n|---|---|---|---|---|\n");
+int main(int argc, char** argv) {
+    permora::bench::Begin(argc, argv);
     const TemporaryFolder folder;
     CompareAll("local disk", folder.Path(), folder.Path());
     if (const std::string reason = NtfsVolume::SkipReason(); Check(reason.empty(), reason)) {

@@ -1,14 +1,15 @@
 // A list view of 100,000 rows: how long they take to insert one by one, the memory of each, and how long a
 // painting takes after a jump to the middle, in every view. Nothing is shown: the toolkit paints into memory.
-// Times are this process's, whatever else the machine does.
+// Times are this process's, whatever else the machine does. Prints rows of the table in README.md.
 #include <malloc.h>
 
 #include <QApplication>
 #include <QScrollBar>
-#include <cstdio>
 #include <ctime>
 #include <string>
+#include <vector>
 
+#include "bench/measure.h"
 #include "framework/list_ctrl.h"
 #include "framework/list_styles.h"
 #include "framework/native.h"
@@ -49,28 +50,22 @@ void Fill(CListCtrl& list) {
     }
 }
 
+// The painting after a jump to the middle. Every list that people look at is painted within a frame.
 void MeasureView(CListCtrl& list, ListView view, const char* name) {
     auto& widget = static_cast<qt::ListWidget&>(*qt::WidgetOf(list));
-    const double switching = Milliseconds([&] {
-        list.SetView(view);
-        widget.viewport()->repaint();
-    });
-    QScrollBar& bar = view == ListView::kList ? *widget.horizontalScrollBar() : *widget.verticalScrollBar();
-    bar.setValue(bar.minimum());
+    list.SetView(view);
     widget.viewport()->repaint();
-    const double jump = Milliseconds([&] {
-        bar.setValue(bar.maximum() / 2);
+    QScrollBar& bar = view == ListView::kList ? *widget.horizontalScrollBar() : *widget.verticalScrollBar();
+    std::vector<double> jumps;
+    for (int run = 0; run < bench::Runs(5); ++run) {
+        bar.setValue(bar.minimum());
         widget.viewport()->repaint();
-    });
-    constexpr int kSteps = 100;
-    const double steps = Milliseconds([&] {
-        for (int step = 0; step < kSteps; ++step) {
-            bar.setValue(bar.value() + bar.singleStep());
+        jumps.push_back(Milliseconds([&] {
+            bar.setValue(bar.maximum() / 2);
             widget.viewport()->repaint();
-        }
-    });
-    std::printf("%-12s switch %6.2f ms   jump and paint %6.2f ms   scroll and paint %6.2f ms\n", name,
-                switching, jump, steps / kSteps);
+        }));
+    }
+    bench::PrintLimited({"list view: jump and paint", name, ""}, bench::Median(jumps), 16, {1, " ms"});
 }
 
 void Run() {
@@ -86,35 +81,37 @@ void Run() {
         list.InsertColumn(column, "Column " + std::to_string(column), 200);
     QApplication::processEvents();
 
+    const std::string rows = std::to_string(kRows) + " rows";
+    const bench::Unit milliseconds = {0, " ms"};
     const auto heapBefore = mallinfo2().uordblks;
-    const double filling = Milliseconds([&] { Fill(list); });
-    const auto heap = mallinfo2().uordblks - heapBefore;
-    std::printf("insert %d rows of four texts: %.0f ms; %.0f bytes a row\n", kRows, filling,
-                static_cast<double>(heap) / kRows);
-
+    bench::PrintLimited({"list view: insert one by one", rows, ""}, Milliseconds([&] { Fill(list); }), 500,
+                        milliseconds);
     MeasureView(list, ListView::kReport, "report");
     MeasureView(list, ListView::kIcons, "icons");
     MeasureView(list, ListView::kSmallIcons, "small icons");
     MeasureView(list, ListView::kList, "list");
-    const auto heapShown = mallinfo2().uordblks - heapBefore;
-    std::printf("after all views were shown: %.0f bytes a row\n", static_cast<double>(heapShown) / kRows);
-
-    std::printf("select all one by one: %.0f ms\n", Milliseconds([&] {
-                    for (int row = 0; row < kRows; ++row)
-                        list.SetSelected(row, true);
-                }));
-    std::printf("sort: %.0f ms\n", Milliseconds([&] {
-                    list.SortItems([](std::intptr_t one, std::intptr_t other) { return one > other; });
-                }));
-    std::printf("delete all: %.0f ms\n", Milliseconds([&] { list.DeleteAllItems(); }));
+    const auto heap = mallinfo2().uordblks - heapBefore;
+    bench::PrintLimited({"list view: memory of a row", rows, ""}, static_cast<double>(heap) / kRows, 400,
+                        {0, " bytes"});
+    const auto selectAll = [&] {
+        for (int row = 0; row < kRows; ++row)
+            list.SetSelected(row, true);
+    };
+    bench::PrintLimited({"list view: select one by one", rows, ""}, Milliseconds(selectAll), 100,
+                        milliseconds);
+    const auto sort = [&] {
+        list.SortItems([](std::intptr_t one, std::intptr_t other) { return one > other; });
+    };
+    bench::PrintLimited({"list view: sort", rows, ""}, Milliseconds(sort), 100, milliseconds);
 }
 
 }  // namespace
 }  // namespace permora
 
 int main(int argc, char** argv) {
+    permora::bench::Begin(argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     permora::QtApplication application(argc, argv);
     permora::Run();
-    return 0;
+    return permora::bench::ExitCode();
 }

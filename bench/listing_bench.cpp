@@ -1,13 +1,12 @@
 // Listing a folder of 100,000 files in the main window, with everything that it takes: reading the folder for
 // the folders and for the files, the rows, the status bar, and the painting afterwards. Compared with what
-// "ls -lU" takes for the same folder. Nothing is shown: the toolkit paints into memory. Prints the rows of a
-// table in README.md.
+// "ls -lU" takes for the same folder. Nothing is shown: the toolkit paints into memory. Prints
+// rows of the table in README.md.
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QApplication>
 #include <array>
-#include <cstdio>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -26,8 +25,7 @@
 namespace permora {
 namespace {
 
-constexpr int kFiles = 100'000;
-constexpr int kRuns = 7;
+constexpr std::size_t kFiles = 100'000;
 
 class Frame : public CFrameWnd {
   public:
@@ -52,8 +50,8 @@ class Frame : public CFrameWnd {
 
 void MakeFiles(const test::TemporaryFolder& folder) {
     constexpr std::array kEndings = {".txt", ".zip", ".tar.gz", ".JPG", ".doc", "", ".7", ".exe"};
-    for (int i = 0; i < kFiles; ++i) {
-        const std::string ending = kEndings[static_cast<std::size_t>(i) % kEndings.size()];
+    for (std::size_t i = 0; i < bench::Scaled(kFiles); ++i) {
+        const std::string ending = kEndings[i % kEndings.size()];
         std::ofstream(folder.Path("A file of number " + std::to_string(i) + ending)) << i;
     }
 }
@@ -69,7 +67,8 @@ double SecondsOfListing(Frame& frame, const std::string& path) {
     return bench::SecondsFor([&] {
         bench::Check(frame.view.ListFolder(path), "the folder cannot be listed");
         QApplication::processEvents();
-        bench::Check(frame.view.list.GetItemCount() == kFiles, "files are missing");
+        bench::Check(frame.view.list.GetItemCount() == static_cast<int>(bench::Scaled(kFiles)),
+                     "files are missing");
     });
 }
 
@@ -77,17 +76,18 @@ struct Mode {
     const char* name;
     ListView view;
     bool hasOwnIcons;
+    double goal;
 };
 
 void Measure(Frame& frame, const std::string& path) {
-    constexpr std::array kModes = {Mode{"icons", ListView::kIcons, true},
-                                   Mode{"the shell's icons", ListView::kIcons, false},
-                                   Mode{"details", ListView::kReport, true},
-                                   Mode{"details with the shell's icons", ListView::kReport, false}};
+    constexpr std::array kModes = {Mode{"icons", ListView::kIcons, true, 4},
+                                   Mode{"the desktop's icons", ListView::kIcons, false, 4},
+                                   Mode{"details", ListView::kReport, true, 8},
+                                   Mode{"details with the desktop's icons", ListView::kReport, false, 8}};
     const std::string shown = PathFromArgument(path.c_str());
     std::array<std::vector<double>, kModes.size()> ours;
     std::vector<double> ls;
-    for (int run = 0; run < kRuns; ++run) {
+    for (int run = 0; run < bench::Runs(5); ++run) {
         ls.push_back(SecondsOfLs(path));
         for (std::size_t i = 0; i < kModes.size(); ++i) {
             frame.view.GoToRoot();
@@ -96,12 +96,10 @@ void Measure(Frame& frame, const std::string& path) {
             ours[i].push_back(SecondsOfListing(frame, shown));
         }
     }
-    std::printf("| view | listed and painted | `ls -lU` | ratio |\n|---|---|---|---|\n");
-    const double lsMedian = bench::Median(ls);
-    for (std::size_t i = 0; i < kModes.size(); ++i) {
-        const double median = bench::Median(ours[i]);
-        std::printf("| %s | %.3f s | %.3f s | %.2f |\n", kModes[i].name, median, lsMedian, median / lsMedian);
-    }
+    const std::string where = "local disk, " + std::to_string(bench::Scaled(kFiles)) + " files";
+    for (std::size_t i = 0; i < kModes.size(); ++i)
+        bench::PrintRatio({std::string("listing and painting, ") + kModes[i].name, where, "`ls -lU`"},
+                          ours[i], ls, kModes[i].goal);
 }
 
 void Run() {
@@ -119,6 +117,7 @@ void Run() {
 }  // namespace permora
 
 int main(int argc, char** argv) {
+    permora::bench::Begin(argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     permora::QtApplication application(argc, argv);
     permora::Run();

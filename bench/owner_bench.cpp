@@ -1,8 +1,7 @@
 // What it costs to give every object below a folder another owner, against a plain loop of the same raw
-// calls. Prints the rows of a table.
+// calls. Prints rows of the table in README.md.
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,12 +18,11 @@
 namespace {
 
 using permora::bench::Check;
-using permora::bench::Median;
-using permora::bench::PeakKibibytesOf;
+using permora::bench::MakeSampleTree;
+using permora::bench::Runs;
+using permora::bench::Scaled;
 using permora::bench::SecondsFor;
 using permora::bench::SilentObserver;
-
-constexpr int kRuns = 7;
 
 // One of two owners that take turns, so that every run changes every object.
 struct Owner {
@@ -48,46 +46,45 @@ void SetOwners(const std::string& top, const Owner& owner, std::size_t objects) 
 }
 
 // Runs both by turns, so that what else the machine does falls on both.
-void CompareWithLoop(const char* what, const std::string& top, std::size_t objects, const char* attribute,
-                     const Owners& owners) {
-    if (!Check(permora::bench::MakeSampleTree(top, objects), "cannot make the tree")) return;
+void CompareWithLoop(const char* what, const char* place, const std::string& top, std::size_t objects,
+                     const char* attribute, const Owners& owners) {
     const auto loop = [&](const Owner& owner) {
         Check(permora::bench::RewriteAttributes(top, attribute, owner.hostUser) == objects + 1,
               "the loop missed objects");
     };
     std::vector<double> ours;
     std::vector<double> plain;
-    for (int run = 0; run < kRuns; ++run) {
+    for (int run = 0; run < Runs(5); ++run) {
         // The loop changes a byte and changes it back, and so the host's owner.
         plain.push_back(SecondsFor([&] { loop(owners.front()); }));
         loop(owners.back());
         ours.push_back(SecondsFor([&] { SetOwners(top, owners.front(), objects); }));
         SetOwners(top, owners.back(), objects);
     }
-    const std::size_t peak = PeakKibibytesOf([&] { SetOwners(top, owners.front(), objects); });
-    std::printf("| %s | %zu | %.3f s | %.3f s | %.2f | %zu KiB |\n", what, objects, Median(plain),
-                Median(ours), Median(ours) / Median(plain), peak);
-    std::fflush(stdout);
+    permora::bench::PrintRatio({what, place + (", " + std::to_string(objects)) + " objects", "plain loop"},
+                               ours, plain, 2.5);
 }
 
 }  // namespace
 
-int main() {
-    std::printf(
-        "| where, new owner | objects | plain loop | ours | ratio | peak memory "
-        "|\n|---|---|---|---|---|---|\n");
+int main(int argc, char** argv) {
+    permora::bench::Begin(argc, argv);
+    constexpr const char* kToGroup = "giving a tree to a group";
     {
         const permora::test::TemporaryFolder folder;
-        CompareWithLoop("local disk, a group", folder.Path("groups"), 100'000, "security.NTACL", kGroups);
-    }
-    {
-        const permora::test::TemporaryFolder folder;
-        CompareWithLoop("local disk, a user", folder.Path("users"), 100'000, "security.NTACL", kUsers);
+        const std::string top = folder.Path("tree");
+        const std::size_t objects = Scaled(100'000);
+        if (Check(MakeSampleTree(top, objects), "cannot make the tree")) {
+            CompareWithLoop(kToGroup, "local disk", top, objects, "security.NTACL", kGroups);
+            CompareWithLoop("giving a tree to a user", "local disk", top, objects, "security.NTACL", kUsers);
+        }
     }
     if (const std::string reason = permora::test::NtfsVolume::SkipReason(); Check(reason.empty(), reason)) {
         const permora::test::NtfsVolume volume(std::uint64_t{256} << 20);
-        if (Check(volume.Problem().empty(), volume.Problem()))
-            CompareWithLoop("NTFS, a group", volume.Path("tree"), 10'000, "system.ntfs_acl", kGroups);
+        const std::size_t objects = Scaled(10'000);
+        if (Check(volume.Problem().empty(), volume.Problem()) &&
+            Check(MakeSampleTree(volume.Path("tree"), objects), "cannot make the tree"))
+            CompareWithLoop(kToGroup, "NTFS", volume.Path("tree"), objects, "system.ntfs_acl", kGroups);
     }
     return permora::bench::ExitCode();
 }

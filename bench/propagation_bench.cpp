@@ -1,6 +1,5 @@
-// What it costs to set an inheritable entry on a folder with many objects below. Prints the rows of the table
-// in README.md.
-#include <cstdio>
+// What it costs to set an inheritable entry on a folder with many objects below. Prints rows of the table in
+// README.md.
 #include <string>
 #include <vector>
 
@@ -18,14 +17,15 @@ using permora::bench::Check;
 using permora::bench::MakeSampleTree;
 using permora::bench::Median;
 using permora::bench::PeakKibibytesOf;
+using permora::bench::PrintRatio;
 using permora::bench::RewriteAttributes;
+using permora::bench::Runs;
+using permora::bench::Scaled;
 using permora::bench::SecondsFor;
 using permora::test::NtfsVolume;
 using permora::test::SambaServer;
 using permora::test::SetDescriptorText;
 using permora::test::TemporaryFolder;
-
-constexpr int kRuns = 7;
 
 // Two lists to change between, so that every run changes every object.
 constexpr const char* kLists[] = {"D:P(A;OICI;FA;;;BA)(A;OICI;FR;;;BU)",
@@ -35,16 +35,22 @@ void SetList(const std::string& top, int run) {
     Check(SetDescriptorText(top, kLists[run % 2]) == ERROR_SUCCESS, "setting the list failed");
 }
 
-// Runs both by turns, so that what else the machine does falls on both. Returns the seconds of ours.
-double CompareWithLoop(const char* what, const std::string& top, std::size_t objects, const char* attribute) {
-    if (!Check(MakeSampleTree(top, objects), "cannot make the tree")) return 0;
+struct Medians {
+    double ours = 0;
+    double plain = 0;
+};
+
+// Runs both by turns, so that what else the machine does falls on both.
+Medians CompareWithLoop(const char* place, const std::string& top, std::size_t objects, const char* attribute,
+                        int runs) {
+    if (!Check(MakeSampleTree(top, objects), "cannot make the tree")) return {};
     const auto set = [&](int run) { SetList(top, run); };
     const auto loop = [&] {
         Check(RewriteAttributes(top, attribute) == objects + 1, "the loop missed objects");
     };
     std::vector<double> ours;
     std::vector<double> plain;
-    for (int run = 0; run < kRuns; ++run) {
+    for (int run = 0; run < runs; ++run) {
         // The loop changes a byte and changes it back, so that ours finds what it wrote itself.
         plain.push_back(SecondsFor(loop));
         loop();
@@ -52,37 +58,40 @@ double CompareWithLoop(const char* what, const std::string& top, std::size_t obj
     }
     const std::size_t loopPeak = PeakKibibytesOf(loop);
     loop();
-    const std::size_t ourPeak = PeakKibibytesOf([&] { set(kRuns + 1); });
-    std::printf("| %s | %zu | %.3f s | %.3f s | %.2f | %zu KiB | %zu KiB |\n", what, objects, Median(ours),
-                Median(plain), Median(ours) / Median(plain), ourPeak, loopPeak);
-    std::fflush(stdout);
-    return Median(ours);
+    const std::size_t ourPeak = PeakKibibytesOf([&] { set(runs + 1); });
+    const std::string where = place + (", " + std::to_string(objects)) + " objects";
+    PrintRatio({"setting an entry that is inherited", where, "plain loop"}, ours, plain, 2.5);
+    permora::bench::PrintLimited({"memory for it", where, "plain loop"}, static_cast<double>(ourPeak), 1024,
+                                 {0, " KiB"}, static_cast<double>(loopPeak));
+    return {Median(ours), Median(plain)};
 }
 
 void CompareOnLocalDisk() {
     const TemporaryFolder folder;
     const char* attribute = "security.NTACL";
-    const double small = CompareWithLoop("local disk", folder.Path("small"), 10'000, attribute);
-    const double large = CompareWithLoop("local disk", folder.Path("large"), 100'000, attribute);
-    std::printf("100,000 objects take %.2f times as long as 10,000.\n", large / small);
+    const char* place = "local disk";
+    const Medians small = CompareWithLoop(place, folder.Path("small"), Scaled(10'000), attribute, Runs(5));
+    const Medians large = CompareWithLoop(place, folder.Path("large"), Scaled(100'000), attribute, Runs(3));
+    PrintRatio({"setting an entry, ten times the objects", place, "plain loop"}, large.ours / small.ours,
+               large.plain / small.plain, 1.15, {2, " times as long"});
 }
 
 void CompareOnNtfs() {
     if (const std::string reason = NtfsVolume::SkipReason(); !Check(reason.empty(), reason)) return;
     const NtfsVolume volume(std::uint64_t{256} << 20);
     if (!Check(volume.Problem().empty(), volume.Problem())) return;
-    CompareWithLoop("NTFS", volume.Path("tree"), 10'000, "system.ntfs_acl");
+    CompareWithLoop("NTFS", volume.Path("tree"), Scaled(10'000), "system.ntfs_acl", Runs(5));
 }
 
 void CompareWithSambasTool() {
-    constexpr std::size_t kObjects = 2'000;
+    const std::size_t objects = Scaled(2'000);
     if (const std::string reason = SambaServer::SkipReason(); !Check(reason.empty(), reason)) return;
     const SambaServer server;
     if (!Check(server.Problem().empty(), server.Problem())) return;
-    if (!Check(MakeSampleTree(server.Path("tree"), kObjects), "cannot make the tree")) return;
+    if (!Check(MakeSampleTree(server.Path("tree"), objects), "cannot make the tree")) return;
     std::vector<double> ours;
     std::vector<double> peers;
-    for (int run = 0; run < kRuns; ++run) {
+    for (int run = 0; run < Runs(3); ++run) {
         SetList(server.Path("tree"), 0);
         ours.push_back(SecondsFor([&] { SetList(server.Path("tree"), 1); }));
         SetList(server.Path("tree"), 0);
@@ -92,15 +101,15 @@ void CompareWithSambasTool() {
             Check(result.exitCode == 0, result.output);
         }));
     }
-    std::printf("| Samba share, against smbcacls | %zu | %.3f s | %.3f s | %.3f | | |\n", kObjects,
-                Median(ours), Median(peers), Median(ours) / Median(peers));
+    PrintRatio({"setting an entry that is inherited", "Samba share, " + std::to_string(objects) + " objects",
+                "`smbcacls --propagate-inheritance`"},
+               ours, peers, 1);
 }
 
 }  // namespace
 
-int main() {
-    std::printf("| where | objects | ours | plain loop | ratio | peak memory, ours | peak memory, loop |\n");
-    std::printf("|---|---|---|---|---|---|---|\n");
+int main(int argc, char** argv) {
+    permora::bench::Begin(argc, argv);
     CompareOnLocalDisk();
     CompareOnNtfs();
     CompareWithSambasTool();

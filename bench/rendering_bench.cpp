@@ -1,10 +1,9 @@
-// What it costs to read the access lists of many objects and to put them into rows. Prints the rows of the
-// second table in README.md.
+// What it costs to read the access lists of many objects and to put them into rows. Prints rows of the table
+// in README.md.
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <array>
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -22,13 +21,13 @@ namespace {
 
 using permora::bench::Check;
 using permora::bench::MakeSampleTree;
-using permora::bench::Median;
+using permora::bench::Runs;
 using permora::bench::SampleTreePaths;
+using permora::bench::Scaled;
 using permora::bench::SecondsFor;
 using permora::test::NtfsVolume;
 using permora::test::TemporaryFolder;
 
-constexpr int kRuns = 7;
 constexpr std::size_t kObjects = 10'000;
 
 // The folders of the sample with the names in them, as the program is given them: each folder becomes the
@@ -79,26 +78,29 @@ std::size_t SumOver(const std::vector<NamedFolder>& folders, const Work& work) {
     return sum;
 }
 
-void Compare(const char* what, const std::string& top, const char* attribute) {
+void Compare(const char* place, const std::string& top, const char* attribute) {
     constexpr std::size_t kRowsOfAnObject = 2;
-    if (!Check(MakeSampleTree(top, kObjects), "cannot make the tree")) return;
-    const std::vector<NamedFolder> folders = FoldersOf(SampleTreePaths(top, kObjects));
+    const std::size_t objects = Scaled(kObjects);
+    if (!Check(MakeSampleTree(top, objects), "cannot make the tree")) return;
+    const std::vector<NamedFolder> folders = FoldersOf(SampleTreePaths(top, objects));
     std::vector<double> ours;
     std::vector<double> raw;
+    const int runs = Runs(7);
     std::size_t attributes = 0;
     std::size_t rows = 0;
-    for (int run = 0; run < kRuns; ++run) {
+    for (int run = 0; run < runs; ++run) {
         raw.push_back(SecondsFor([&] {
             attributes += SumOver(folders, [&](const std::string& name) { return ReadRaw(name, attribute); });
         }));
         ours.push_back(SecondsFor([&] { rows += SumOver(folders, ReadAndRender); }));
     }
-    Check(attributes == kRuns * kObjects, "attributes are missing");
-    Check(rows == kRuns * kObjects * kRowsOfAnObject, "rows are missing");
+    const std::size_t reads = static_cast<std::size_t>(runs) * objects;
+    Check(attributes == reads, "attributes are missing");
+    Check(rows == reads * kRowsOfAnObject, "rows are missing");
     Check(chdir("/") == 0, "cannot leave the volume, which is to be unmounted");
-    std::printf("| %s | %zu | %.3f s | %.3f s | %.2f |\n", what, kObjects, Median(ours), Median(raw),
-                Median(ours) / Median(raw));
-    std::fflush(stdout);
+    permora::bench::PrintRatio({"reading and rendering lists",
+                                place + (", " + std::to_string(objects)) + " objects", "`lgetxattr` alone"},
+                               ours, raw, 3);
 }
 
 void CompareOnNtfs() {
@@ -110,9 +112,8 @@ void CompareOnNtfs() {
 
 }  // namespace
 
-int main() {
-    std::printf("| where | objects | read and rendered | raw attributes read | ratio |\n");
-    std::printf("|---|---|---|---|---|\n");
+int main(int argc, char** argv) {
+    permora::bench::Begin(argc, argv);
     const TemporaryFolder folder;
     Compare("local disk", folder.Path("tree"), "security.NTACL");
     CompareOnNtfs();

@@ -1,8 +1,7 @@
-// What it costs to delete files for good. Prints the rows of the table in README.md.
+// What it costs to delete files for good. Prints rows of the table in README.md.
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -17,13 +16,12 @@
 namespace {
 
 using permora::bench::Check;
-using permora::bench::Median;
+using permora::bench::Runs;
+using permora::bench::Scaled;
 using permora::bench::SecondsFor;
 using permora::test::NtfsVolume;
 using permora::test::RunCommand;
 using permora::test::TemporaryFolder;
-
-constexpr int kRuns = 5;
 
 class Deletion : public permora::SecureDeleteHost {
   public:
@@ -37,10 +35,10 @@ class Deletion : public permora::SecureDeleteHost {
 };
 
 // Files of `bytes` bytes each in a new folder, all of it on the disk.
-void MakeFiles(const std::string& top, int count, std::size_t bytes) {
+void MakeFiles(const std::string& top, std::size_t count, std::size_t bytes) {
     std::filesystem::create_directory(top);
     const std::string contents(bytes, 'x');
-    for (int i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i)
         std::ofstream(top + "/" + std::to_string(i), std::ios::binary) << contents;
     sync();
 }
@@ -63,32 +61,31 @@ void DeleteWithPeer(const std::string& top) {
 }
 
 // Both by turns, so that what else the machine does falls on both.
-void Compare(const char* what, const std::string& top, int count, std::size_t bytes) {
+void Compare(const char* place, const std::string& top, std::size_t count, std::size_t bytes) {
     std::vector<double> ours;
     std::vector<double> peers;
-    for (int run = 0; run < kRuns; ++run) {
+    for (int run = 0; run < Runs(5); ++run) {
         MakeFiles(top, count, bytes);
         ours.push_back(SecondsFor([&] { DeleteWithOurs(top); }));
         Check(!std::filesystem::exists(top), "something was left");
         MakeFiles(top, count, bytes);
         peers.push_back(SecondsFor([&] { DeleteWithPeer(top); }));
     }
-    std::printf("| %s | %d x %zu KiB | %.3f s | %.3f s | %.2f |\n", what, count, bytes >> 10, Median(ours),
-                Median(peers), Median(ours) / Median(peers));
-    std::fflush(stdout);
+    const std::string files = std::to_string(count) + " x " + std::to_string(bytes >> 10) + " KiB";
+    permora::bench::PrintRatio({"deleting for good, " + files, place, "`shred -n 0 -z -u`"}, ours, peers, 1);
 }
 
-void CompareBoth(const char* what, const std::string& top) {
-    Compare(what, top, 1, std::size_t{256} << 20);
-    Compare(what, top, 10'000, std::size_t{4} << 10);
+void CompareBoth(const char* place, const std::string& top) {
+    Compare(place, top, 1, Scaled(256) << 20);
+    Compare(place, top, Scaled(2'000), std::size_t{4} << 10);
 }
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    permora::bench::Begin(argc, argv);
     if (const std::string reason = permora::test::MissingProgram("shred"); !Check(reason.empty(), reason))
         return permora::bench::ExitCode();
-    std::printf("| where | files | ours | shred -n 0 -z -u | ratio |\n|---|---|---|---|---|\n");
     {
         const TemporaryFolder folder;
         CompareBoth("local disk", folder.Path("files"));

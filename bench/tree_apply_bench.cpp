@@ -1,10 +1,10 @@
 // What it costs to reset every object below a folder, against a plain loop that reads and writes the same
-// attributes; with and without the dialog that shows each name. Prints the rows of a table.
+// attributes; with and without the dialog that shows each name. Prints rows of the table in
+// README.md.
 #include <sys/xattr.h>
 
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -25,10 +25,12 @@ namespace {
 using permora::bench::Check;
 using permora::bench::Median;
 using permora::bench::PeakKibibytesOf;
+using permora::bench::PrintLimited;
+using permora::bench::PrintRatio;
+using permora::bench::Runs;
+using permora::bench::Scaled;
 using permora::bench::SecondsFor;
 using permora::bench::SilentObserver;
-
-constexpr int kRuns = 7;
 
 void ResetAndCount(const std::string& top, permora::TreeCounts& counts) {
     const std::string path = permora::PathFromArgument(top.c_str());
@@ -67,8 +69,8 @@ struct Seconds {
 };
 
 // Runs both by turns, so that what else the machine does falls on both. Returns the medians.
-Seconds CompareWithLoop(const char* what, const std::string& top, std::size_t objects,
-                        const char* attribute) {
+Seconds CompareWithLoop(const char* place, const std::string& top, std::size_t objects, const char* attribute,
+                        int runs) {
     if (!Check(permora::bench::MakeSampleTree(top, objects), "cannot make the tree")) return {};
     const std::array<std::vector<std::uint8_t>, 2> lists = {
         StoredList(top, attribute, "D:P(A;OICI;FA;;;BA)(A;OICI;FR;;;BU)"),
@@ -82,7 +84,7 @@ Seconds CompareWithLoop(const char* what, const std::string& top, std::size_t ob
     std::vector<double> ours;
     std::vector<double> withDialog;
     std::vector<double> plain;
-    for (int run = 0; run < kRuns; ++run) {
+    for (int run = 0; run < runs; ++run) {
         // The loop changes a byte and changes it back, so that ours finds what it wrote itself.
         plain.push_back(SecondsFor(loop));
         loop();
@@ -97,33 +99,35 @@ Seconds CompareWithLoop(const char* what, const std::string& top, std::size_t ob
     }
     setTop(lists.front());
     const std::size_t peak = PeakKibibytesOf([&] { Reset(top, objects); });
-    std::printf("| %s | %zu | %.3f s | %.3f s | %.3f s | %.2f | %.2f | %zu KiB |\n", what, objects,
-                Median(plain), Median(ours), Median(withDialog), Median(ours) / Median(plain),
-                Median(withDialog) / Median(plain), peak);
-    std::fflush(stdout);
+    const std::string where = place + (", " + std::to_string(objects)) + " objects";
+    PrintRatio({"resetting a tree", where, "plain loop"}, ours, plain, 2.5);
+    PrintRatio({"resetting a tree, with the dialog", where, "plain loop"}, withDialog, plain, 2.5);
+    PrintLimited({"memory for it", where, ""}, static_cast<double>(peak), 1024, {0, " KiB"});
     return {Median(ours), Median(plain)};
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    permora::bench::Begin(argc, argv);
     // A display is not needed.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const permora::QtApplication application(argc, argv);
-    std::printf(
-        "| where | objects | plain loop | reset | with dialog | ratio | with dialog | peak memory |\n"
-        "|---|---|---|---|---|---|---|---|\n");
     {
         const permora::test::TemporaryFolder folder;
-        const Seconds small = CompareWithLoop("local disk", folder.Path("small"), 10'000, "security.NTACL");
-        const Seconds large = CompareWithLoop("local disk", folder.Path("large"), 100'000, "security.NTACL");
-        std::printf("100,000 objects take %.2f times as long as 10,000, the plain loop %.2f times.\n",
-                    large.ours / small.ours, large.plain / small.plain);
+        constexpr const char* kPlace = "local disk";
+        constexpr const char* kAttribute = "security.NTACL";
+        const Seconds small =
+            CompareWithLoop(kPlace, folder.Path("small"), Scaled(10'000), kAttribute, Runs(5));
+        const Seconds large =
+            CompareWithLoop(kPlace, folder.Path("large"), Scaled(100'000), kAttribute, Runs(3));
+        PrintRatio({"resetting, ten times the objects", kPlace, "plain loop"}, large.ours / small.ours,
+                   large.plain / small.plain, 1.15, {2, " times as long"});
     }
     if (const std::string reason = permora::test::NtfsVolume::SkipReason(); Check(reason.empty(), reason)) {
         const permora::test::NtfsVolume volume(std::uint64_t{256} << 20);
         if (Check(volume.Problem().empty(), volume.Problem()))
-            CompareWithLoop("NTFS", volume.Path("tree"), 10'000, "system.ntfs_acl");
+            CompareWithLoop("NTFS", volume.Path("tree"), Scaled(10'000), "system.ntfs_acl", Runs(5));
     }
     return permora::bench::ExitCode();
 }
