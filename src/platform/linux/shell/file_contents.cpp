@@ -70,6 +70,7 @@ DWORD ContentsCopier::Copy(int source, const struct stat& status, int target) {
         sourceVolume = status.st_dev;
         mayShareExtents = mayCopyInKernel = true;
     }
+    knownSize = status.st_size;
     if (mayShareExtents && status.st_size > 0) {
         if (ioctl(target, FICLONE, source) == 0) return Advance(status.st_size);
         if (!IsNoWay(errno)) return ErrorFromErrno(errno);
@@ -147,6 +148,9 @@ DWORD ContentsCopier::ReadAndWrite(int source, int target, off_t start, std::opt
         if (error == ERROR_SUCCESS) error = Advance(taken);
         if (error != ERROR_SUCCESS) return error;
         position += taken;
+        // The end, as far as it was told: to read once more would cost small files on NTFS a tenth of their
+        // time.
+        if (count < wanted && knownSize > 0 && position >= knownSize) break;
     }
     return ERROR_SUCCESS;
 }

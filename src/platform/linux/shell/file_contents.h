@@ -35,6 +35,7 @@ class ContentsCopier {
     dev_t sourceVolume = 0;
     bool mayShareExtents = true;
     bool mayCopyInKernel = true;
+    off_t knownSize = 0;  // of the file that is being copied, when its copying began
 };
 
 }  // namespace permora::host
