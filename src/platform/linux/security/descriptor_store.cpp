@@ -41,8 +41,8 @@ nt::SecurityDescriptor MadeFromMode(const ObjectHandle& object) {
 }
 
 DWORD WriteError(const ObjectHandle& object, int problem) {
-    // Once ntfs-3g could not store a list on a full volume, it takes every new list for one that it has, until
-    // the volume is mounted anew.
+    // Once ntfs-3g could not store a list on a full volume, it takes every new list for one that it has,
+    // until the volume is mounted anew.
     if (problem == EEXIST) return ERROR_IO_DEVICE;
     const bool isTooLarge = problem == E2BIG || problem == ERANGE || (problem == ENOSPC && HasRoom(object));
     return isTooLarge ? ERROR_ALLOTTED_SPACE_EXCEEDED : ErrorFromErrno(problem);
