@@ -81,11 +81,11 @@ TEST_F(ShredTest, SignalsToEndStopIt) {
     std::ofstream(second) << "x";
     std::filesystem::resize_file(second, std::uintmax_t{64} << 30);
     for (const char* signal : {"INT", "TERM", "HUP"}) {
-        const CommandResult stopped = RunCommand(
-            {"sh", "-c", R"(before=$(stat -c %b "$1"); "$0" shred "$1" --yes &
+        const CommandResult stopped =
+            RunCommand({"sh", "-c", R"(before=$(stat -c %b "$1"); "$0" shred "$1" --yes &
                             until [ $(stat -c %b "$1") -gt $((before + 8)) ]; do sleep 0.01; done
                             kill -$2 $!; wait $!)",
-             CliPath(), second, signal});
+                        CliPath(), second, signal});
         EXPECT_EQ(stopped.exitCode, 1) << signal;
         EXPECT_THAT(stopped.output, HasSubstr("deleted: 0, left: 0\n")) << signal;
         EXPECT_THAT(stopped.output, HasSubstr("permora-cli: interrupted: ")) << signal;
