@@ -13,7 +13,7 @@
 namespace permora {
 namespace {
 
-TEST(TreeApply, AStoppedWalkLeavesTheOtherFoldersToo) {
+TEST(TreeApply, WhatIsNoFolderIsToldAndAStoppedWalkLeavesTheOthersToo) {
     constexpr const char* kOwnList = "D:PAI(A;;FA;;;WD)";
     const test::TemporaryFolder folder;
     for (const std::string name : {"one", "two"}) {
@@ -25,9 +25,11 @@ TEST(TreeApply, AStoppedWalkLeavesTheOtherFoldersToo) {
     test::RecordingObserver observer;
     observer.limit = 0;
     TreeCounts counts;
-    EXPECT_EQ(ApplyToTrees(nullptr, std::array{"one", "two"}, TreeListMode::kWrite, observer, counts),
+    EXPECT_EQ(ApplyToTrees(nullptr, std::array{"gone", "one", "two"}, TreeListMode::kWrite, observer, counts),
               TreeApplyResult::kStopped);
-    EXPECT_EQ(counts.changed + counts.passedOver, 0U);
+    EXPECT_EQ(observer.passedOver, (decltype(observer.passedOver){{"gone", ERROR_FILE_NOT_FOUND}}));
+    EXPECT_EQ(counts.passedOver, 1U);
+    EXPECT_EQ(counts.changed, 0U);
     for (const char* name : {"one/file", "two/file"})
         EXPECT_EQ(test::DaclText(folder.Path(name)), kOwnList);
 }
