@@ -1,4 +1,4 @@
-// The reset of whole trees, on the local disk and on a real NTFS volume.
+// The reset of whole trees.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -6,7 +6,6 @@
 
 #include "tests/cli/cli_program.h"
 #include "tests/support/access_lists.h"
-#include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -104,34 +103,6 @@ TEST_F(ResetTest, NobodyIsLockedOutUnasked) {
     EXPECT_EQ(Entries(), before);
     EXPECT_EQ(RunCli({"reset", top, "--yes", "--empty-lists"}).exitCode, 0);
     EXPECT_EQ(Entries(), "");
-}
-
-TEST(ResetOnNtfs, TheVolumeIsSoundAndHoldsOnlyInheritedEntries) {
-    if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
-    NtfsVolume volume;
-    ASSERT_EQ(volume.Problem(), "");
-    const std::string top = volume.Path("top");
-    std::vector<std::string> below;
-    std::filesystem::create_directory(top);
-    for (int i = 0; i < 40; ++i) {
-        const std::string sub = top + "/" + std::to_string(i);
-        std::filesystem::create_directory(sub);
-        std::filesystem::create_directory_symlink("..", sub + "/link");
-        ASSERT_EQ(RunCommand({"touch", sub + "/file"}).exitCode, 0);
-        for (const char* name : {"", "/file", "/link"})
-            below.push_back(sub + name);
-    }
-    ASSERT_EQ(SetDescriptorText(top, "O:BAG:BAD:P(A;OICI;FA;;;BA)(A;OICI;FR;;;BU)"), 0U);
-    const CommandResult reset = RunCli({"reset", top, "--yes"});
-    EXPECT_EQ(reset.exitCode, 0) << reset.output;
-    EXPECT_THAT(reset.output, HasSubstr("changed: 120, already so: 0, passed over: 0\n"));
-    for (const std::string& path : below) {
-        const std::string flags =
-            std::filesystem::is_directory(std::filesystem::symlink_status(path)) ? "OICIID" : "ID";
-        EXPECT_THAT(SddlOf(path), HasSubstr("D:AI(A;" + flags + ";FA;;;BA)(A;" + flags + ";FR;;;BU)\n"))
-            << path;
-    }
-    EXPECT_THAT(volume.Audit(), HasSubstr("No errors were found"));
 }
 
 }  // namespace

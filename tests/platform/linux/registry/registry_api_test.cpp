@@ -81,9 +81,7 @@ TEST_F(Registry, HoldsHandlesToWhatTheyWereOpenedFor) {
     EXPECT_EQ(RegCreateKeyExA(readable, "B", 0, nullptr, 0, KEY_READ, nullptr, &other, nullptr),
               ERROR_ACCESS_DENIED);
     EXPECT_EQ(RegCloseKey(readable), 0);
-    EXPECT_EQ(RegCloseKey(readable), ERROR_INVALID_HANDLE);
     EXPECT_EQ(RegQueryValueExA(readable, "v", nullptr, nullptr, data, &size), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(SetText(nullptr, "v", "x"), ERROR_INVALID_HANDLE);
     EXPECT_EQ(SetText(writable, "line\nbreak", "x"), ERROR_INVALID_PARAMETER);
     for (const auto& [path, error] :
          {std::pair("\\A", ERROR_BAD_PATHNAME), std::pair("A\\\\B", ERROR_BAD_PATHNAME),

@@ -179,23 +179,6 @@ TEST(DescriptorApi, MakesAbsoluteDescriptorsInTwoCalls) {
     EXPECT_EQ(GetLastError(), ERROR_BAD_DESCRIPTOR_FORMAT);
 }
 
-TEST(DescriptorApi, ReportsAllSizesWhenOnePlaceIsTooSmall) {
-    Bytes selfRelative = Whole();
-    for (DWORD AbsoluteParts::*size :
-         {&AbsoluteParts::descriptorSize, &AbsoluteParts::daclSize, &AbsoluteParts::saclSize,
-          &AbsoluteParts::ownerSize, &AbsoluteParts::groupSize}) {
-        AbsoluteParts absolute;
-        absolute.MakeFrom(selfRelative.data());
-        absolute.Provide();
-        const DWORD needed = absolute.*size;
-        absolute.*size = needed - 1;
-        EXPECT_FALSE(absolute.MakeFrom(selfRelative.data()));
-        EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-        EXPECT_EQ(absolute.*size, needed);
-        EXPECT_EQ(absolute.descriptor.Revision, 0) << "nothing was written";
-    }
-}
-
 TEST(DescriptorApi, MakesAbsoluteDescriptorsWithoutPartsThatAreMissing) {
     Bytes selfRelative = SelfRelative(SE_DACL_PRESENT | SE_DACL_PROTECTED, kOwner, {}, {}, {});
     AbsoluteParts absolute;

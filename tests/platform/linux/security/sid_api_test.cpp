@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <vector>
 
 #include "platform/api/errors.h"
@@ -22,15 +21,6 @@ PSID SidIn(const Bytes& bytes) {
     return const_cast<BYTE*>(bytes.data());
 }
 
-TEST(SidApi, TellsValidSidsByTheirFirstTwoBytes) {
-    EXPECT_TRUE(IsValidSid(SidIn(kAdministrators)));
-    EXPECT_TRUE(IsValidSid(SidIn({1, 15})));
-    EXPECT_TRUE(IsValidSid(SidIn({1, 0})));
-    EXPECT_FALSE(IsValidSid(SidIn(kSixteenSubAuthorities)));
-    EXPECT_FALSE(IsValidSid(SidIn(kOtherRevision)));
-    EXPECT_FALSE(IsValidSid(nullptr));
-}
-
 TEST(SidApi, RefusesToWorkOnWhatIsNoSid) {
     for (PSID sid : {SidIn(kSixteenSubAuthorities), SidIn(kOtherRevision), PSID(nullptr)}) {
         Bytes target(SECURITY_MAX_SID_SIZE, 0xCC);
@@ -47,33 +37,11 @@ TEST(SidApi, RefusesToWorkOnWhatIsNoSid) {
     }
 }
 
-TEST(SidApi, CopiesIntoPlacesThatAreLargeEnough) {
-    Bytes target(kAdministrators.size(), 0xCC);
-    EXPECT_FALSE(CopySid(DWORD(target.size() - 1), target.data(), SidIn(kAdministrators)));
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_EQ(target[0], 0xCC);
-    EXPECT_TRUE(CopySid(DWORD(target.size()), target.data(), SidIn(kAdministrators)));
-    EXPECT_EQ(target, kAdministrators);
-}
-
 TEST(SidApi, ComparesWholeSids) {
     EXPECT_TRUE(EqualSid(SidIn(kAdministrators), SidIn(Bytes(kAdministrators))));
     EXPECT_FALSE(EqualSid(SidIn(kAdministrators), SidIn(kUsers)));
     EXPECT_FALSE(EqualSid(SidIn(kAdministrators), SidIn(kBuiltin)));  // the same as far as it goes
     EXPECT_FALSE(EqualSid(SidIn(kBuiltin), SidIn(kAdministrators)));
-}
-
-TEST(SidApi, PointsIntoASidThatIsNotAligned) {
-    Bytes block = {0xCC};
-    block.insert(block.end(), kAdministrators.begin(), kAdministrators.end());
-    PSID sid = block.data() + 1;
-    EXPECT_EQ(*GetSidSubAuthorityCount(sid), 2);
-    EXPECT_EQ(GetSidIdentifierAuthority(sid)->Value[5], 5);
-    DWORD last = 0;
-    std::memcpy(&last, GetSidSubAuthority(sid, 1), sizeof(last));
-    EXPECT_EQ(last, 544U);
-    EXPECT_EQ(GetSidSubAuthority(sid, 2), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
 }  // namespace
