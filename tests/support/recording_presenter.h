@@ -1,7 +1,6 @@
 // Stands in for the user in front of the message boxes of a test.
 #pragma once
 
-#include <deque>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,7 +22,7 @@ inline void PrintTo(const RecordedBox& box, std::ostream* stream) {
     *stream << '[' << box.caption << "] " << box.text << " (type " << box.type << ')';
 }
 
-// Records every box while it lives and answers each with the next declared answer, else IDOK. A box that the
+// Records every box while it lives and answers each with IDOK. A box that the
 // test has not taken when the presenter ends fails the test: no message goes by unnoticed.
 class RecordingPresenter : public MessagePresenter {
   public:
@@ -37,25 +36,17 @@ class RecordingPresenter : public MessagePresenter {
         }
     }
 
-    void AnswerNext(int button) { answers.push_back(button); }
-
     // The boxes shown since the last call.
     std::vector<RecordedBox> TakeBoxes() { return std::exchange(boxes, {}); }
 
     int Present(HWND, const char* text, const char* caption, UINT type) override {
         boxes.push_back({caption, text, type});
-        if (answers.empty()) {
-            return IDOK;
-        }
-        const int answer = answers.front();
-        answers.pop_front();
-        return answer;
+        return IDOK;
     }
 
   private:
     MessagePresenter* previous;
     std::vector<RecordedBox> boxes;
-    std::deque<int> answers;
 };
 
 }  // namespace permora::testing

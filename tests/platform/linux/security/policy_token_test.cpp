@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstring>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -16,7 +15,6 @@
 #include "platform/api/messages.h"
 #include "platform/api/policy.h"
 #include "platform/api/token.h"
-#include "platform/linux/accounts/unix_accounts.h"
 #include "platform/resources.h"
 #include "tests/support/command.h"
 #include "tests/support/own_mounts.h"
@@ -125,22 +123,6 @@ TEST(TokenTest, TheCapabilityIsThePrivilege) {
     EXPECT_EQ(chown(file.c_str(), 1, 1), 0);
     EXPECT_EQ(AsOrdinaryUser([] { return Adjusted(SE_PRIVILEGE_ENABLED); }).value_or(""),
               std::to_string(ERROR_NOT_ALL_ASSIGNED));
-}
-
-TEST(TokenTest, TheUserIsTheProcesss) {
-    HANDLE handle = nullptr;
-    ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &handle));
-    const UniqueHandle token(handle);
-    DWORD size = 0;
-    EXPECT_FALSE(GetTokenInformation(handle, TokenUser, nullptr, 0, &size));
-    const UniqueLocal<TOKEN_USER> user(static_cast<TOKEN_USER*>(LocalAlloc(LPTR, size)));
-    ASSERT_TRUE(GetTokenInformation(handle, TokenUser, user.get(), size, &size));
-    const nt::Sid expected = host::SidForUser(geteuid());
-    EXPECT_EQ(std::memcmp(user->User.Sid, expected.Bytes().data(), expected.ByteSize()), 0);
-    TOKEN_PRIVILEGES none{};
-    EXPECT_FALSE(AdjustTokenPrivileges(handle, FALSE, &none, sizeof none, nullptr, nullptr));
-    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-    EXPECT_FALSE(OpenProcessToken(nullptr, TOKEN_QUERY, &handle));
 }
 
 }  // namespace
