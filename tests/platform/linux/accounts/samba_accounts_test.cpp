@@ -1,10 +1,14 @@
 // Accounts on a machine that runs Samba, with Samba itself as the judge.
 #include <gmock/gmock.h>
+#include <grp.h>
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
 
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <utility>
 
 #include "platform/linux/accounts/account_directory.h"
 #include "platform/linux/accounts/machine.h"
@@ -15,6 +19,7 @@ namespace permora::host {
 namespace {
 
 using test::RunCommand;
+using testing::HasSubstr;
 using testing::StartsWith;
 
 class SambaAccountsTest : public testing::Test {
@@ -110,6 +115,23 @@ TEST_F(SambaAccountsTest, NamesHaveTheSidsThatTheServerGives) {
         } else {
             EXPECT_THAT(answers[i], StartsWith(names[i] + " " + sid.ToText() + " (")) << names[i];
         }
+    }
+}
+
+TEST_F(SambaAccountsTest, OwnersAreWhoTheServerSaysTheyAre) {
+    const std::string file = server->Path("file");
+    ASSERT_EQ(RunCommand({"touch", file}).exitCode, 0);
+    // Each in the databases and not.
+    for (const auto& [user, group] :
+         {std::pair("root", "root"), std::pair("daemon", "users"), std::pair("games", "sudo")}) {
+        const uid_t userId = getpwnam(user)->pw_uid;
+        const gid_t groupId = getgrnam(group)->gr_gid;
+        ASSERT_EQ(chown(file.c_str(), userId, groupId), 0);
+        const std::string answer = server->SmbcaclsOnPlainShare("file").output;
+        EXPECT_THAT(answer, HasSubstr("OWNER:" + SidForUser(userId).ToText() + "\n")) << user;
+        EXPECT_THAT(answer, HasSubstr("GROUP:" + SidForGroup(groupId).ToText() + "\n")) << group;
+        EXPECT_EQ(UserForSid(SidForUser(userId)), userId);
+        EXPECT_EQ(GroupForSid(SidForGroup(groupId)), groupId);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -12,6 +13,7 @@
 
 #include "platform/linux/files/name_mapping.h"
 #include "tests/platform/linux/files/files_fixture.h"
+#include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
 
 namespace permora::host {
@@ -112,6 +114,22 @@ TEST_F(DirectorySearches, PassOverWhatVanishesAndEndWithTheFolder) {
     EXPECT_FALSE(FindNextFileA(search, &data));
     EXPECT_EQ(GetLastError(), ERROR_NO_MORE_FILES);
     EXPECT_TRUE(FindClose(search));
+}
+
+TEST_F(DirectorySearches, ShowAnOrdinaryUserWhatHeMayList) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
+    ASSERT_EQ(chmod(folder.Path().c_str(), 0755), 0);
+    ASSERT_EQ(chmod(folder.MakeFolder("listed").c_str(), 0744), 0);
+    ASSERT_EQ(chmod(folder.MakeFolder("closed").c_str(), 0711), 0);
+    folder.MakeFolder("listed/folder");
+    folder.MakeFile("listed/file");
+    const auto answer = test::AsOrdinaryUser([] {
+        std::string text = std::to_string(Search("closed\\*").error);
+        for (const auto& [name, attributes] : Search("listed\\*").attributes)
+            text += " " + name + "=" + std::to_string(attributes);
+        return text;
+    });
+    EXPECT_EQ(answer, "5 .=16 ..=16 file=128 folder=16");
 }
 
 TEST_F(DirectorySearches, KnowEachVolumesOwnAttributes) {
