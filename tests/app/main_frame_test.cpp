@@ -17,8 +17,6 @@
 #include "platform/message_presenter.h"
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
-#include "security/message_boxes.h"
-#include "tests/app/shell_fakes.h"
 #include "tests/app/system_fakes.h"
 #include "tests/support/ui_driver.h"
 
@@ -76,7 +74,6 @@ class MainFrame : public ::testing::Test {
 
     testing::UiDriver ui;
     testing::SystemFakes system;
-    testing::ShellFakes shell;
     test::TemporaryFolder data;
     CMainApp app;
 };
@@ -124,21 +121,6 @@ TEST_F(MainFrame, EveryCommandOfTheMenuCanBeChosen) {
     expectEnabled(*Frame().GetMenu().Shared());
 }
 
-TEST_F(MainFrame, BackAndForwardGoThroughWhatWasSeen) {
-    Start();
-    const std::string folder = R"(T:\)";
-    auto window = testing::UiDriver::MainWindow();
-    window.SetText(IDC_LOCATION, "sub");
-    window.Press("Return");
-    EXPECT_EQ(window.Text(IDC_LOCATION), R"(T:\sub)");
-    Run(ID_GO_BACK);
-    EXPECT_EQ(window.Text(IDC_LOCATION), folder);
-    Run(ID_GO_FORWARD);
-    EXPECT_EQ(window.Text(IDC_LOCATION), R"(T:\sub)");
-    Run(ID_GO_TO_ROOT);
-    EXPECT_EQ(window.Text(IDC_LOCATION), kDriveListLocation);
-}
-
 TEST_F(MainFrame, OwnIconsAreASettingWithACheckMark) {
     Start();
     const CMenu menu = Frame().GetMenu().GetSubMenu(2);
@@ -169,8 +151,7 @@ TEST_F(MainFrame, TheSettingsDialogActsAtOnce) {
     EXPECT_EQ(Stored().block.showIntermediateInfo, 0);
 
     ui.ExpectDialog(IDD_SETTINGS, [](testing::WindowDriver& dialog) { dialog.Click(IDOK); });
-    ui.ExpectMessageBox("Error: saving settings: " + GetSystemMessageText(ERROR_ACCESS_DENIED),
-                        "Permora Error", MB_ICONERROR, IDOK);
+    ui.ExpectError("Error: saving settings: " + GetSystemMessageText(ERROR_ACCESS_DENIED));
     system.writeError = ERROR_ACCESS_DENIED;
     Run(ID_SETTINGS);
 }
@@ -179,16 +160,14 @@ TEST_F(MainFrame, AVerbThatCannotBeWrittenIsReported) {
     ASSERT_EQ(StoreSettings(ProgramSettings()), ERROR_SUCCESS);
     system.majorVersion = 5;
     system.writeError = ERROR_ACCESS_DENIED;
-    ui.ExpectMessageBox("Error: adding items to explorer menu: " + GetSystemMessageText(ERROR_ACCESS_DENIED),
-                        "Permora Error", MB_ICONERROR, IDOK);
+    ui.ExpectError("Error: adding items to explorer menu: " + GetSystemMessageText(ERROR_ACCESS_DENIED));
     Start();
 }
 
 TEST_F(MainFrame, SettingsThatCannotBeKeptDoNotHoldTheWindowOpen) {
     Start();
     system.writeError = ERROR_DISK_FULL;
-    ui.ExpectMessageBox("saving settings: " + GetSystemMessageText(ERROR_DISK_FULL), "Permora Error",
-                        MB_ICONERROR, IDOK);
+    ui.ExpectError("saving settings: " + GetSystemMessageText(ERROR_DISK_FULL));
     Close();
     EXPECT_FALSE(app.mainWindow->HasWindow());
 }
@@ -230,21 +209,9 @@ TEST_F(MainFrame, AMaximisedWindowKeepsTheRectangleThatItHadBefore) {
     EXPECT_EQ(Stored().showCommand, kShowMaximised);
 }
 
-TEST_F(MainFrame, TheHelpMenuOpensWhatIsInTheProgramsFolder) {
-    Start();
-    Run(ID_HELP_CONTENTS);
-    EXPECT_EQ(shell.requests, std::vector<std::string>{R"(open C:\Tools\ZELHELP.chm)"});
-    Run(ID_TECHNICAL_SUPPORT);
-    EXPECT_EQ(shell.requests.back(), R"(hh C:\Tools\ZELHELP.chm::/support.html)");
-    Run(ID_WEB_SITE);
-    ui.ExpectDialog(IDD_ABOUT, [](testing::WindowDriver& dialog) { dialog.Click(IDOK); });
-    Run(ID_APP_ABOUT);
-}
-
 TEST_F(MainFrame, TheSecurityEditorOpensOnTheSelection) {
     Start();
-    ui.ExpectMessageBox("Please, select items to work with them.", kInformationCaption,
-                        MB_OK | MB_ICONINFORMATION, IDOK);
+    ui.ExpectInformation("Please, select items to work with them.");
     Run(ID_PERMISSIONS);
 
     auto window = testing::UiDriver::MainWindow();
@@ -267,8 +234,7 @@ TEST_F(MainFrame, TheSecurityEditorOpensOnTheSelection) {
 
 TEST_F(MainFrame, PropertiesAreThoseOfTheTopmostRowAndOpenTheEditor) {
     Start();
-    ui.ExpectMessageBox("Please, select an item to work with.", kInformationCaption,
-                        MB_OK | MB_ICONINFORMATION, IDOK);
+    ui.ExpectInformation("Please, select an item to work with.");
     Run(ID_PROPERTIES);
     auto window = testing::UiDriver::MainWindow();
     window.SelectRows(kList, {0, 1});
@@ -298,8 +264,7 @@ TEST_F(MainFrame, SecureDeletionAsksAndShowsWhatIsLeft) {
             "items?",
             kCaption, MB_YESNO | MB_ICONQUESTION, answer);
     };
-    ui.ExpectMessageBox("Please, select items to work with them.", kInformationCaption,
-                        MB_OK | MB_ICONINFORMATION, IDOK);
+    ui.ExpectInformation("Please, select items to work with them.");
     Run(ID_SECURE_DELETION);
 
     auto window = testing::UiDriver::MainWindow();
@@ -330,8 +295,7 @@ TEST_F(MainFrame, SecureDeletionAsksAndShowsWhatIsLeft) {
 
 TEST_F(MainFrame, TheWizardWorksOnTheSelectionAndTheListShowsWhatIsLeft) {
     Start();
-    ui.ExpectMessageBox("Please, select items to work with them.", kInformationCaption,
-                        MB_OK | MB_ICONINFORMATION, IDOK);
+    ui.ExpectInformation("Please, select items to work with them.");
     Run(ID_WIZARD);
     auto window = testing::UiDriver::MainWindow();
     window.SelectRow(kList, 1);
@@ -365,23 +329,19 @@ TEST_F(MainFrame, CommandsNeverFollowLinksToAnotherFolder) {
     data.MakeFile("other/inner/file");
     SelectFileAndMoveItsFolder();
     std::filesystem::create_directory_symlink(data.Path("other"), data.Path("sub"));
-    ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
-                        MB_OK | MB_ICONERROR, IDOK);
+    ui.ExpectError(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME));
     Run(ID_PERMISSIONS);
     for (const unsigned int command : {unsigned{ID_ATTRIBUTES}, unsigned{ID_PROPERTIES}}) {
-        ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
-                            MB_OK | MB_ICONERROR, IDOK);
+        ui.ExpectError(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME));
         Run(command);
     }
     EXPECT_EQ(std::filesystem::current_path(), data.Path("moved/inner"));
     std::filesystem::current_path(data.Path());
-    ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
-                        MB_OK | MB_ICONERROR, IDOK);
+    ui.ExpectError(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME));
     Run(ID_WIZARD);
     std::filesystem::current_path(data.Path());
     ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION, IDYES);
-    ui.ExpectMessageBox(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME), kErrorCaption,
-                        MB_OK | MB_ICONERROR, IDOK);
+    ui.ExpectError(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME));
     Run(ID_SECURE_DELETION);
     EXPECT_TRUE(std::filesystem::exists(data.Path("other/inner/file")));
     EXPECT_TRUE(std::filesystem::exists(data.Path("moved/inner/file")));
@@ -391,15 +351,12 @@ TEST_F(MainFrame, CommandsNeverTakeTheirNamesFromAnotherFolder) {
     SelectFileAndMoveItsFolder();
     std::filesystem::current_path(data.Path());
     for (const unsigned int command : {unsigned{ID_PERMISSIONS}, unsigned{ID_ATTRIBUTES}}) {
-        ui.ExpectMessageBox(GetSystemMessageText(ERROR_PATH_NOT_FOUND), kErrorCaption, MB_OK | MB_ICONERROR,
-                            IDOK);
+        ui.ExpectError(GetSystemMessageText(ERROR_PATH_NOT_FOUND));
         Run(command);
     }
     ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION, IDYES);
-    ui.ExpectMessageBox(GetSystemMessageText(ERROR_PATH_NOT_FOUND), kErrorCaption, MB_OK | MB_ICONERROR,
-                        IDOK);
-    ui.ExpectMessageBox(HasSubstr("does not exist any more"), kInformationCaption, MB_OK | MB_ICONINFORMATION,
-                        IDOK);
+    ui.ExpectError(GetSystemMessageText(ERROR_PATH_NOT_FOUND));
+    ui.ExpectInformation(HasSubstr("does not exist any more"));
     Run(ID_SECURE_DELETION);
     EXPECT_TRUE(std::filesystem::exists(data.Path("file")));
     EXPECT_TRUE(std::filesystem::exists(data.Path("moved/inner/file")));

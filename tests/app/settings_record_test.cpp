@@ -65,12 +65,6 @@ TEST(ProgramSettings, DamagedOnesAreRefused) {
     EXPECT_FALSE(UnscrambleSettings({}));
 }
 
-TEST(ProgramSettings, AViewModeThatMeansNothingIsKept) {
-    ProgramSettings record = Sample();
-    record.block.viewMode = 77;
-    EXPECT_EQ(UnscrambleSettings(ScrambleSettings(record)), record);
-}
-
 TEST(ProgramSettings, WindowsThatNobodyCanMeanAreTold) {
     constexpr int kLeast = std::numeric_limits<int>::min();
     constexpr int kMost = std::numeric_limits<int>::max();
@@ -85,14 +79,6 @@ TEST(ProgramSettings, WindowsThatNobodyCanMeanAreTold) {
         EXPECT_FALSE(IsUsableWindow(rect))
             << rect.left << ' ' << rect.top << ' ' << rect.right << ' ' << rect.bottom;
     }
-}
-
-TEST(ProgramSettings, AFolderThatDoesNotFitIsNotCut) {
-    ProgramSettings record = Sample();
-    EXPECT_FALSE(SetProgramFolder(record, std::string(260, 'x')));
-    EXPECT_EQ(ProgramFolder(record), R"(C:\Tools)");
-    EXPECT_TRUE(SetProgramFolder(record, std::string(259, 'x')));
-    EXPECT_EQ(ProgramFolder(record), std::string(259, 'x'));
 }
 
 }  // namespace

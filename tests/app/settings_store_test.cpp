@@ -33,19 +33,6 @@ class SettingsStore : public ::testing::Test {
     testing::SystemFakes registry;
 };
 
-TEST_F(SettingsStore, GivesBackWhatWasStored) {
-    ProgramSettings record;
-    record.windowRect = {1, 2, 803, 604};
-    record.block.viewMode = 2;
-    ASSERT_EQ(StoreProgramFolder(SettingsOwner::kUser, R"(C:\Tools)"), ERROR_SUCCESS);
-    ASSERT_EQ(StoreSettings(record), ERROR_SUCCESS);
-
-    ProgramSettings loaded;
-    ASSERT_EQ(LoadSettings(loaded), ERROR_SUCCESS);
-    EXPECT_TRUE(SetProgramFolder(record, R"(C:\Tools)"));
-    EXPECT_EQ(loaded, record);
-}
-
 TEST_F(SettingsStore, WhatIsNotThereOrNotSoundFailsAndLeavesTheDefaults) {
     ProgramSettings record;
     EXPECT_EQ(LoadSettings(record), ERROR_FILE_NOT_FOUND) << "no key";

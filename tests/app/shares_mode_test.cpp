@@ -10,7 +10,6 @@
 #include "platform/linux/files/drives.h"
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
-#include "security/message_boxes.h"
 #include "tests/app/share_fakes.h"
 #include "tests/app/shell_fakes.h"
 #include "tests/app/system_fakes.h"
@@ -67,12 +66,6 @@ class SharesMode : public ::testing::Test {
         ui.ExpectMessageBox("Are you sure want to delete specified shared resource", "Deletion",
                             MB_YESNO | MB_ICONQUESTION, answer);
     }
-    void ExpectInfo(const std::string& text) {
-        ui.ExpectMessageBox(text, kInformationCaption, MB_OK | MB_ICONINFORMATION, IDOK);
-    }
-    void ExpectError(const std::string& text) {
-        ui.ExpectMessageBox(text, kErrorCaption, MB_OK | MB_ICONERROR, IDOK);
-    }
 
     UiDriver ui;
     testing::SystemFakes system;
@@ -110,7 +103,7 @@ TEST_F(SharesMode, ShowsEveryShareButThatOfTheMachinesServices) {
 
 TEST_F(SharesMode, TellsWhySharesCannotBeListed) {
     machine.listError = ERROR_ACCESS_DENIED;
-    ExpectError("Error: cannot enumerate shared resources: " + GetSystemMessageText(ERROR_ACCESS_DENIED));
+    ui.ExpectError("Error: cannot enumerate shared resources: " + GetSystemMessageText(ERROR_ACCESS_DENIED));
     Run(ID_SHOW_SHARES);
     ExpectSharesShown(true);
     EXPECT_EQ(Rows().size(), 3U) << "those before the failure";
@@ -126,7 +119,7 @@ TEST_F(SharesMode, PropertiesAreThoseOfTheSharedFolder) {
     });
     Run(ID_PROPERTIES);
     Window().SelectRow(kList, 1);
-    ExpectError(GetSystemMessageText(ERROR_ACCESS_DENIED));
+    ui.ExpectError(GetSystemMessageText(ERROR_ACCESS_DENIED));
     Run(ID_PROPERTIES);
 }
 
@@ -151,7 +144,7 @@ TEST_F(SharesMode, PropertiesOpenTheEditorOnTheSharedFolder) {
 
 TEST_F(SharesMode, RemovesTheSelectedSharesUpToTheFirstFailure) {
     Run(ID_SHOW_SHARES);
-    ExpectInfo("Please, select items to work with them.");
+    ui.ExpectInformation("Please, select items to work with them.");
     Run(ID_DELETE);
 
     Window().SelectRows(kList, {0, 1, 2});
@@ -163,8 +156,8 @@ TEST_F(SharesMode, RemovesTheSelectedSharesUpToTheFirstFailure) {
     machine.shares[2].removeError = NERR_NetNameNotFound;
     Window().SelectRows(kList, {0, 1, 2});
     ExpectQuestion(IDYES);
-    ExpectError("Error: one or more shared resources coud not be removed: " +
-                GetSystemMessageText(NERR_NetNameNotFound));
+    ui.ExpectError("Error: one or more shared resources coud not be removed: " +
+                   GetSystemMessageText(NERR_NetNameNotFound));
     Window().Press("Del");
     EXPECT_THAT(Rows(), ElementsAre(HasSubstr("docs"), HasSubstr("plans"), HasSubstr("new")));
 }
@@ -195,7 +188,7 @@ TEST_F(SharesMode, StartsTheSystemsWizardForANewShare) {
     Run(ID_NEW_FOLDER);
     EXPECT_EQ(shell.requests, std::vector<std::string>{"open shrpubw"});
     shell.refused = {"open shrpubw"};
-    ExpectError("Cannot open \"Create a share folder wizard\"");
+    ui.ExpectError("Cannot open \"Create a share folder wizard\"");
     Run(ID_NEW_FOLDER);
 }
 
@@ -206,7 +199,7 @@ TEST_F(SharesMode, OpensTheShareSheetOnTheSelection) {
     const auto before = std::filesystem::current_path();
     Window().SelectRow(kList, 1);
     machine.shares.clear();
-    ExpectError(GetSystemMessageText(NERR_NetNameNotFound));
+    ui.ExpectError(GetSystemMessageText(NERR_NetNameNotFound));
     ui.ExpectSheet("Security Editor - docs", [](WindowDriver& sheet) {
         EXPECT_THAT(sheet.Tabs(), ElementsAre("Permissions"));
         EXPECT_FALSE(sheet.IsEnabled(IDC_ADD_ENTRY)) << "the share could not be read";

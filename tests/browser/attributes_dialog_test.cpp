@@ -115,8 +115,7 @@ TEST_F(AttributesDialog, SaysWhyItDoesNotOpen) {
     Edit();  // nothing selected
     view.GoToRoot();
     view.SelectAll();
-    ui.ExpectMessageBox("Cannot set attributes for disk drive.", "Permora Information", MB_ICONINFORMATION,
-                        IDOK);
+    ui.ExpectInformation("Cannot set attributes for disk drive.");
     Edit();
 }
 

@@ -39,9 +39,6 @@ class BrowserFiles : public BrowserTest {
         for (int row = 0; row < view.list.GetItemCount(); ++row)
             view.list.SetSelected(row, view.list.GetItemText(row, 0) == name);
     }
-    void ExpectInfo(const std::string& text) {
-        ui.ExpectMessageBox(text, "Permora Information", MB_ICONINFORMATION, IDOK);
-    }
     void ExpectQuestion(unsigned int answer) {
         ui.ExpectDialog(kFileQuestionWindowId, [answer](WindowDriver& window) { window.Click(answer); });
     }
@@ -189,7 +186,7 @@ TEST_F(BrowserFiles, NewFoldersAreMadeWhereTheUserIs) {
     ui.ExpectDialog(IDD_NEW_FOLDER, [this](WindowDriver& dialog) {
         EXPECT_EQ(dialog.Text(IDC_FOLDER_NAME), "New Folder");
         dialog.SetText(IDC_FOLDER_NAME, "");
-        ExpectInfo("You should specify directory name.");
+        ui.ExpectInformation("You should specify directory name.");
         dialog.Click(IDOK);
         dialog.SetText(IDC_FOLDER_NAME, "caf\u00E9 100%");
         dialog.Click(IDOK);
@@ -203,7 +200,7 @@ TEST_F(BrowserFiles, NewFoldersAreMadeWhereTheUserIs) {
     ExpectError("");
     view.CreateNewFolder();
     view.GoToRoot();
-    ExpectInfo("Please, enter the disk volume where you would like to create new folder.");
+    ui.ExpectInformation("Please, enter the disk volume where you would like to create new folder.");
     view.CreateNewFolder();
 }
 
@@ -211,8 +208,8 @@ TEST_F(BrowserFiles, CommandsNeedRowsOfTheFolderThatIsShown) {
     Start(R"(T:\from)");
     const unsigned int kCommands[] = {ID_EDIT_CUT, ID_EDIT_COPY, ID_DELETE, ID_RENAME};
     for (const unsigned int command : kCommands) {
-        ExpectInfo(command == ID_RENAME ? "Please, select an item to work with."
-                                        : "Please, select items to work with them.");
+        ui.ExpectInformation(command == ID_RENAME ? "Please, select an item to work with."
+                                                  : "Please, select items to work with them.");
         Run(command);
     }
     // Another folder stands behind the path now, with files of the same names. It is shown, not worked on.

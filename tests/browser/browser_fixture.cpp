@@ -73,7 +73,7 @@ std::vector<std::string> BrowserTest::Names() {
 }
 
 void BrowserTest::ExpectError(const std::string& text) {
-    ui.ExpectMessageBox(::testing::StartsWith(text), "Permora Error", MB_ICONERROR, IDOK);
+    ui.ExpectError(::testing::StartsWith(text));
 }
 
 void BrowserTest::Open(const std::string& name) {

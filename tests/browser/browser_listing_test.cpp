@@ -95,8 +95,7 @@ TEST_F(BrowserListing, TheFolderItselfMayVanishBetweenThePasses) {
     TheFaults().onSearch = [&] {
         if (++searches == 2) rmdir(folder.Path("here").c_str());
     };
-    ui.ExpectMessageBox(HasSubstr("does not exist any more"), "Permora Information", MB_ICONINFORMATION,
-                        IDOK);
+    ui.ExpectInformation(HasSubstr("does not exist any more"));
     view.RefreshList();
     EXPECT_EQ(view.currentFolder, R"(T:\)");
 }

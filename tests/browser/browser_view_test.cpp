@@ -49,8 +49,7 @@ TEST_F(Browser, KeysOpenLeaveAndFindRows) {
     Press("Backspace");
     Press("Backspace");
     EXPECT_EQ(view.currentFolder, R"(T:\)");
-    ui.ExpectMessageBox("Please, select items to work with them.", "Permora Information", MB_ICONINFORMATION,
-                        IDOK);
+    ui.ExpectInformation("Please, select items to work with them.");
     Press("Del");
     Press("Ctrl+A");
     EXPECT_TRUE(Window().WaitUntil([this] { return view.list.GetSelectedCount() == 2; }));

@@ -20,8 +20,6 @@ namespace {
 using testing::UiDriver;
 using testing::WindowDriver;
 
-constexpr UINT kErrorBox = MB_OK | MB_ICONERROR;
-
 class AccountPicker : public ::testing::Test {
   protected:
     int Run(const UiDriver::Script& script) {
@@ -103,21 +101,11 @@ TEST_F(AccountPicker, ListsThousandsOfAccountsInTheirOrder) {
     });
 }
 
-TEST_F(AccountPicker, ADoubleClickChooses) {
-    EXPECT_EQ(Run([](WindowDriver& window) {
-                  window.Click(IDC_FIND_ACCOUNTS);
-                  window.DoubleClickRow(IDC_FOUND_ACCOUNTS, window.FindRow(IDC_FOUND_ACCOUNTS, "Users"));
-              }),
-              IDOK);
-    EXPECT_EQ(picker.result.GetSidText(), "S-1-5-32-545");
-}
-
 TEST_F(AccountPicker, StaysOpenUntilTheNameIsAnAccount) {
     EXPECT_EQ(Run([&](WindowDriver& window) {
-                  ui.ExpectMessageBox("Account name is not valid", "Permora Error", kErrorBox, IDOK);
+                  ui.ExpectError("Account name is not valid");
                   window.Press("Return");
-                  ui.ExpectMessageBox("Account name is not valid user or group name", "Permora Error",
-                                      kErrorBox, IDOK);
+                  ui.ExpectError("Account name is not valid user or group name");
                   window.SetText(IDC_ACCOUNT_NAME, "no such account");
                   window.Click(IDC_PICKER_OK);
                   window.SetText(IDC_ACCOUNT_NAME, "S-1-5-21-1-2-3-500");

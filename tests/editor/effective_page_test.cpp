@@ -81,14 +81,11 @@ TEST_F(EffectivePage, WithoutAnAnswerTheMarksStay) {
         EXPECT_EQ(marks, "00111000000100");
         Give("D:NO_ACCESS_CONTROL");
         const auto tellsOfNull = [&] {
-            ui.ExpectMessageBox("Object's access control list is null (All access is allowed always)",
-                                "Permora Information", MB_OK | MB_ICONINFORMATION, IDOK);
+            ui.ExpectInformation("Object's access control list is null (All access is allowed always)");
         };
         EXPECT_EQ(MarksFor(window, "Guests", tellsOfNull), marks);
         ASSERT_TRUE(std::filesystem::remove(folder.Path("file")));
-        const auto tellsOfMissing = [&] {
-            ui.ExpectMessageBox(HasSubstr("file"), "Permora Error", MB_OK | MB_ICONERROR, IDOK);
-        };
+        const auto tellsOfMissing = [&] { ui.ExpectError(HasSubstr("file")); };
         EXPECT_EQ(MarksFor(window, "Users", tellsOfMissing), marks);
         window.Press("Esc");
     });

@@ -56,7 +56,7 @@ TEST_F(OwnerPage, SetsTheOwnerOfEveryItemAndOfWhatIsBelowTheFolders) {
         window.Click(IDC_REPLACE_CHILD_OWNERS);
         EXPECT_FALSE(window.IsEnabled(SheetButton::kApply)) << "the box alone chooses no owner";
         window.SelectRow(IDC_OWNER_CANDIDATES, 0);
-        ui.ExpectMessageBox(HasSubstr("file"), "Permora Error", MB_OK | MB_ICONERROR, IDOK);
+        ui.ExpectError(HasSubstr("file"));
         window.Click(SheetButton::kApply);
         EXPECT_EQ(window.Text(IDC_OWNER_NAME), "BUILTIN\\Administrators");
         EXPECT_FALSE(window.IsChecked(IDC_REPLACE_CHILD_OWNERS));
@@ -87,10 +87,9 @@ TEST_F(OwnerPage, WithoutTheBoxOrAChosenRowWhatIsBelowOrEverythingStays) {
 }
 
 TEST_F(OwnerPage, WhatCannotBeReadIsToldAndCandidatesAreStillOffered) {
-    ui.ExpectMessageBox(HasSubstr("file"), "Permora Error", MB_OK | MB_ICONERROR, IDOK);  // the first page
+    ui.ExpectError(HasSubstr("file"));  // the first page
     Edit({"gone"}, [&](WindowDriver& window) {
-        ui.ExpectMessageBox(HasSubstr("Cannot get owner information: "), "Permora Error",
-                            MB_OK | MB_ICONERROR, IDOK);
+        ui.ExpectError(HasSubstr("Cannot get owner information: "));
         window.SwitchToTab("Owner");
         EXPECT_EQ(window.Text(IDC_OWNER_NAME), "");
         EXPECT_EQ(window.Rows(IDC_OWNER_CANDIDATES).size(), 2U);

@@ -77,33 +77,5 @@ TEST_F(PermissionEntryDialog, CancelLeavesTheCallersFields) {
     }
 }
 
-TEST_F(PermissionEntryDialog, AnInheritedEntryCanOnlyBeAddedTo) {
-    dialog.choice.account = Account("Everyone");
-    dialog.choice.allowMask = READ_CONTROL;
-    dialog.inheritedEntry = true;
-    const int result = Run([](WindowDriver& window) {
-        EXPECT_FALSE(window.IsEnabled(IDC_ALLOW_READ_PERMISSIONS));
-        for (const int id : {IDC_APPLY_ONTO, IDC_CHILDREN_ONLY, IDC_CHANGE_ENTRY_ACCOUNT})
-            EXPECT_FALSE(window.IsEnabled(static_cast<unsigned>(id))) << id;
-        window.Click(IDC_DENY_DELETE);
-        window.Click(IDC_ENTRY_OK);
-    });
-    EXPECT_EQ(result, IDOK);
-    EXPECT_EQ(dialog.choice.allowMask, DWORD{READ_CONTROL});
-    EXPECT_EQ(dialog.choice.denyMask, DWORD{DELETE});
-}
-
-TEST_F(PermissionEntryDialog, ASingleScopeLeavesNoOtherChoice) {
-    dialog.singleScope = true;
-    dialog.choice.applyIndex = 1;
-    const int result = Run([](WindowDriver& window) {
-        EXPECT_THAT(window.ComboItems(IDC_APPLY_ONTO), ::testing::ElementsAre("This folder only"));
-        EXPECT_FALSE(window.IsEnabled(IDC_CHILDREN_ONLY));
-        window.Press("Return");  // the keyboard does not begin on a button
-    });
-    EXPECT_EQ(result, IDOK);
-    EXPECT_EQ(dialog.choice.applyIndex, -1);
-}
-
 }  // namespace
 }  // namespace permora

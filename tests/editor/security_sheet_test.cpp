@@ -22,8 +22,6 @@ using testing::SheetButton;
 using testing::UiDriver;
 using testing::WindowDriver;
 
-constexpr const char* kInformation = "Permora Information";
-
 class SecuritySheet : public testing::EditorTest {
   protected:
     // "docs" hands entries down to "docs/report"; "data" and the file "notes" have lists of their own.
@@ -79,7 +77,7 @@ TEST_F(SecuritySheet, AnItemThatFailsIsToldAndTheOthersAreWritten) {
     Edit({"docs", "gone", "data"}, [&](WindowDriver& window) {
         window.SelectRow(IDC_ACCESS_LIST, 0);
         window.Click(IDC_REMOVE_ENTRY);
-        ui.ExpectMessageBox(HasSubstr("file"), "Permora Error", MB_OK | MB_ICONERROR, IDOK);
+        ui.ExpectError(HasSubstr("file"));
         window.Click(SheetButton::kOk);
     });
     for (const char* name : {"docs", "data"})
@@ -124,7 +122,9 @@ TEST_F(SecuritySheet, InheritedEntriesAreKeptCopiedOrRemoved) {
 TEST_F(SecuritySheet, AnInheritedEntryIsEditedByExplicitOnes) {
     Edit({"docs/report"}, [&](WindowDriver& window) {
         ui.ExpectDialog(IDD_PERMISSION_ENTRY, [](WindowDriver& entry) {
-            EXPECT_FALSE(entry.IsEnabled(IDC_ALLOW_DELETE));
+            for (const int id :
+                 {IDC_ALLOW_DELETE, IDC_APPLY_ONTO, IDC_CHILDREN_ONLY, IDC_CHANGE_ENTRY_ACCOUNT})
+                EXPECT_FALSE(entry.IsEnabled(static_cast<unsigned>(id))) << id;
             entry.Click(IDC_DENY_DELETE);
             entry.Click(IDC_ENTRY_OK);
         });
@@ -162,13 +162,12 @@ TEST_F(SecuritySheet, ListsWithoutEntriesCanOnlyBeAddedTo) {
     };
     Edit({"data"}, expectEmpty);
     Give(folder.Path("data"), "D:NO_ACCESS_CONTROL");
-    ui.ExpectMessageBox(HasSubstr("All access is currently allowed"), kInformation,
-                        MB_OK | MB_ICONINFORMATION, IDOK);
+    ui.ExpectInformation(HasSubstr("All access is currently allowed"));
     Edit({"data"}, expectEmpty);
 }
 
 TEST_F(SecuritySheet, AnItemThatCannotBeReadCanOnlyBeAddedTo) {
-    ui.ExpectMessageBox(HasSubstr("file"), "Permora Error", MB_OK | MB_ICONERROR, IDOK);
+    ui.ExpectError(HasSubstr("file"));
     Edit({"gone", "data"}, [](WindowDriver& window) {
         EXPECT_TRUE(window.IsEnabled(IDC_ADD_ENTRY));
         for (const int id : {IDC_ACCESS_LIST, IDC_EDIT_ENTRY, IDC_REMOVE_ENTRY, IDC_INHERIT_FROM_PARENT,
@@ -218,7 +217,7 @@ TEST_F(SecuritySheet, WithoutAChoiceNothingChanges) {
         window.Click(IDC_ADD_ENTRY);
         ui.ExpectDialog(IDD_PERMISSION_ENTRY, [](WindowDriver& entry) { entry.Press("Esc"); });
         window.Click(IDC_EDIT_ENTRY);
-        ui.ExpectMessageBox("Please, select item to edit", kInformation, MB_OK | MB_ICONINFORMATION, IDOK);
+        ui.ExpectInformation("Please, select item to edit");
         window.DoubleClickRow(IDC_ACCESS_LIST, WindowDriver::kBesideRows);
         window.Click(IDC_REMOVE_ENTRY);  // no row is selected now
         EXPECT_FALSE(window.IsEnabled(SheetButton::kApply));

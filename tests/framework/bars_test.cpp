@@ -21,10 +21,6 @@ using ::testing::ElementsAre;
 class Bars : public ::testing::Test {
   protected:
     void SetUp() override { ASSERT_TRUE(frame.Show()); }
-    void Click(unsigned int id) {
-        QTest::mouseClick(frame.Button(id), Qt::LeftButton);
-        QCoreApplication::processEvents();
-    }
     // States are shown anew when the program has nothing else to do.
     void WaitForIdle() {
         QEventLoop loop;
@@ -34,40 +30,6 @@ class Bars : public ::testing::Test {
 
     TestFrame frame;
 };
-
-TEST_F(Bars, ButtonsRunCommandsAndShowTheirStates) {
-    WaitForIdle();
-    EXPECT_TRUE(frame.Button(ID_PERMISSIONS)->isEnabled());
-    EXPECT_FALSE(frame.Button(ID_WIZARD)->isEnabled());  // nobody's
-    Click(ID_PERMISSIONS);
-    Click(ID_EDIT_COPY);
-    EXPECT_THAT(frame.log, ElementsAre("permissions"));
-    EXPECT_THAT(frame.view.log, ElementsAre("view copy"));
-    EXPECT_TRUE(frame.view.HasFocus());  // a click leaves it there
-
-    frame.isCopyAllowed = false;
-    WaitForIdle();
-    EXPECT_FALSE(frame.Button(ID_EDIT_COPY)->isEnabled());
-}
-
-TEST_F(Bars, APressedButtonStaysUntilItIsReleased) {
-    frame.toolBar.PressButton(ID_PERMISSIONS, true);
-    WaitForIdle();
-    Click(ID_PERMISSIONS);
-    EXPECT_TRUE(frame.toolBar.IsButtonPressed(ID_PERMISSIONS));
-    EXPECT_TRUE(frame.Button(ID_PERMISSIONS)->isChecked());
-    frame.onPermissions = [this] { frame.toolBar.PressButton(ID_PERMISSIONS, false); };
-    Click(ID_PERMISSIONS);
-    EXPECT_FALSE(frame.toolBar.IsButtonPressed(ID_PERMISSIONS));
-    EXPECT_FALSE(frame.Button(ID_PERMISSIONS)->isChecked());
-}
-
-TEST_F(Bars, IconsGoToButtonsInOrderWithoutSeparators) {
-    const auto picture = [this](unsigned int id) { return frame.Button(id)->icon().pixmap(16).toImage(); };
-    EXPECT_FALSE(picture(ID_HELP_CONTENTS).isNull());
-    EXPECT_EQ(picture(ID_HELP_CONTENTS), picture(ID_GO_BACK));
-    EXPECT_NE(picture(ID_PERMISSIONS), picture(ID_GO_BACK));
-}
 
 TEST_F(Bars, TipsAndPromptsTellWhatAButtonDoes) {
     QToolButton* button = frame.Button(ID_PERMISSIONS);
@@ -105,17 +67,6 @@ TEST_F(Bars, TheKeyboardReachesEveryButton) {
     EXPECT_EQ(frame.statusBar.GetPaneText(0), "Ready");
 }
 
-TEST_F(Bars, ADialogBarAnswersItselfOrAsksTheFrame) {
-    auto* edit = frame.Top()->findChild<QLineEdit*>();
-    edit->setFocus();
-    QTest::keyClicks(edit, QStringLiteral("/a"));
-    frame.PressKey(Qt::Key_Return);
-    EXPECT_THAT(frame.addressBar.log, ElementsAre("/", "/a", "Enter"));
-    auto* go = reinterpret_cast<QWidget*>(frame.addressBar.go.GetSafeHwnd());
-    QTest::mouseClick(go, Qt::LeftButton);
-    EXPECT_THAT(frame.log, ElementsAre("go"));
-}
-
 TEST_F(Bars, AnEditFieldKeepsTheKeyThatWouldDeleteFiles) {
     auto* edit = frame.Top()->findChild<QLineEdit*>();
     edit->setFocus();
@@ -135,16 +86,6 @@ TEST_F(Bars, AGripperMovesTheEdgeBetweenTwoBars) {
     const Rect after = frame.addressBar.GetWindowRect();
     EXPECT_NEAR(after.left, before.left - 100, 6);
     EXPECT_EQ(after.right, before.right);
-}
-
-TEST_F(Bars, PanesThatDoNotExistAreIgnored) {
-    for (const int pane : {-1, 2}) {
-        frame.statusBar.SetPaneText(pane, "text");
-        frame.statusBar.SetPaneWidth(pane, 10);
-        EXPECT_EQ(frame.statusBar.GetPaneText(pane), "");
-    }
-    frame.statusBar.SetPaneText(1, "A & B");
-    EXPECT_EQ(frame.statusBar.GetPaneText(1), "A & B");
 }
 
 }  // namespace

@@ -159,36 +159,5 @@ TEST_F(ControlsContract, ListsTellClicksAndWhatTheyChange) {
     });
 }
 
-TEST_F(ControlsContract, StylesAndTextsActAtOnce) {
-    Run([&](WindowDriver& window) {
-        CWnd& button = *dialog.GetDlgItem(IDC_MORE);
-        button.ModifyStyle(0, WS_DISABLED);
-        EXPECT_FALSE(window.IsEnabled(IDC_MORE));
-        EXPECT_FALSE(button.IsWindowEnabled());
-        button.ModifyStyle(WS_DISABLED, 0);
-        EXPECT_TRUE(window.IsEnabled(IDC_MORE));
-        button.ModifyStyle(WS_VISIBLE, 0);
-        EXPECT_FALSE(window.IsVisible(IDC_MORE));
-        CWnd& hidden = *dialog.GetDlgItem(IDC_HIDDEN_BUTTON);
-        EXPECT_FALSE(hidden.IsWindowVisible());
-        hidden.ShowWindow(SW_SHOW);
-        EXPECT_TRUE(window.IsVisible(IDC_HIDDEN_BUTTON));
-        dialog.SetWindowText("Other title");
-        EXPECT_EQ(window.Title(), "Other title");
-    });
-}
-
-TEST_F(ControlsContract, ControlsAreFoundByNumberAndKind) {
-    Run([&](WindowDriver&) {
-        EXPECT_NE(dialog.GetDlgItem<CEdit>(IDC_NAME), nullptr);
-        EXPECT_EQ(dialog.GetDlgItem<CButton>(IDC_NAME), nullptr);
-        EXPECT_EQ(dialog.GetDlgItem(9999), nullptr);
-        const Rect edit = dialog.GetDlgItem(IDC_NAME)->GetWindowRect();
-        const Rect window = dialog.GetWindowRect();
-        EXPECT_TRUE(window.Contains({edit.left, edit.top}));
-        EXPECT_TRUE(window.Contains({edit.right - 1, edit.bottom - 1}));
-    });
-}
-
 }  // namespace
 }  // namespace permora

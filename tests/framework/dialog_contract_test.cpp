@@ -146,52 +146,6 @@ TEST_F(DialogContract, DataIsExchangedAtTheStartAndByOkOnly) {
     EXPECT_THAT(dialog.exchanges, ElementsAre(false, false, true));
 }
 
-TEST_F(DialogContract, RunsAgainAndNests) {
-    CDialog outer(IDD_CONTROLS);
-    for (int run = 0; run < 2; ++run) {
-        ui.ExpectDialog(IDD_CONTROLS, [&](WindowDriver& window) {
-            CDialog inner(IDD_PICKER, &outer);
-            ui.ExpectDialog(IDD_PICKER, [&](WindowDriver&) {
-                EXPECT_FALSE(outer.IsWindowEnabled());
-                inner.EndDialog(7);
-            });
-            EXPECT_EQ(inner.DoModal(), 7);
-            EXPECT_TRUE(outer.IsWindowEnabled());
-            EXPECT_EQ(window.Text(IDC_NAME), "");
-            window.Type(IDC_NAME, "from the last run");
-            outer.EndDialog(8);
-        });
-        EXPECT_EQ(outer.DoModal(), 8);
-    }
-}
-
-TEST_F(DialogContract, TabFollowsTheTemplate) {
-    TestDialog dialog(IDD_CONTROLS);
-    dialog.onInit = [&] {
-        dialog.GetDlgItem<CButton>(IDC_SECOND_LETTER)->SetCheck(CheckState::kChecked);
-        dialog.GetDlgItem(IDC_MORE)->ModifyStyle(0, WS_DISABLED);
-    };
-    Run(dialog, IDD_CONTROLS, [](WindowDriver& window) {
-        EXPECT_THAT(window.TabThrough(),
-                    ElementsAre(IDC_NAME, IDC_INHERIT, IDC_SECOND_LETTER, IDC_FIRST_DIGIT, IDC_SCOPE,
-                                IDC_ENTRIES, IDOK, IDCANCEL));
-        window.Press("Shift+Tab");
-        EXPECT_EQ(window.FocusedControl(), unsigned{IDCANCEL});
-    });
-}
-
-TEST_F(DialogContract, MnemonicsLeadToControls) {
-    TestDialog dialog(IDD_CONTROLS);
-    Run(dialog, IDD_CONTROLS, [](WindowDriver& window) {
-        window.Press("Alt+I");
-        EXPECT_TRUE(window.IsChecked(IDC_INHERIT));
-        window.Press("Alt+S");
-        EXPECT_EQ(window.FocusedControl(), unsigned{IDC_SCOPE});
-        window.Press("Alt+N");
-        EXPECT_EQ(window.FocusedControl(), unsigned{IDC_NAME});
-    });
-}
-
 TEST_F(DialogContract, RadioButtonsExcludeEachOtherInTheirGroup) {
     TestDialog dialog(IDD_CONTROLS);
     Run(dialog, IDD_CONTROLS, [&](WindowDriver& window) {

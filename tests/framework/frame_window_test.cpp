@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QLineEdit>
 #include <QTimer>
 
 #include "framework/dialog.h"
@@ -18,67 +17,23 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::MenuEntry;
 using testing::UiDriver;
 using testing::WindowDriver;
 
-class TestApplication : public CWinApp {
-  public:
-    int aboutCount = 0;
-    bool InitInstance() override { return true; }
-
-  protected:
-    void OnAbout() { ++aboutCount; }
-    const MessageMap& GetMessageMap() const override {
-        static const MessageMap kMap = MakeMessageMap<TestApplication>(
-            CWinApp::GetMessageMap(), {
-                                          {ID_APP_ABOUT, Notify::kCommand, &TestApplication::OnAbout},
-                                      });
-        return kMap;
-    }
-};
-
-QAction* Entry(const QMenu& menu, unsigned int id) {
-    for (QAction* action : menu.actions()) {
-        if (action->data().toUInt() == id) return action;
-    }
-    return nullptr;
-}
-
-TEST(Frame, CommandsGoToTheViewThenTheFrameThenTheApplication) {
-    TestApplication application;
+TEST(Frame, CommandsAreChosenFromMenuAndToolbarAndByKey) {
     TestFrame frame;
     ASSERT_TRUE(frame.Show());
-    frame.RunCommand(ID_EDIT_COPY);
-    frame.RunCommand(ID_PERMISSIONS);
-    frame.RunCommand(ID_APP_ABOUT);
-    frame.RunCommand(ID_WIZARD);  // nobody's
-    EXPECT_THAT(frame.view.log, ElementsAre("view copy"));
-    EXPECT_THAT(frame.log, ElementsAre("permissions"));
-    EXPECT_EQ(application.aboutCount, 1);
-
+    WindowDriver window = UiDriver::MainWindow();
+    window.ChooseMenu(ID_PERMISSIONS);
+    window.Click(ID_PERMISSIONS);
+    window.Press("Alt+P");
+    EXPECT_THAT(frame.log, ElementsAre("permissions", "permissions", "permissions"));
     frame.isCopyAllowed = false;
-    frame.RunCommand(ID_EDIT_COPY);
-    EXPECT_EQ(frame.view.log.size(), 1U);
-}
-
-TEST(Frame, AMenuIsBroughtUpToDateWhenItOpens) {
-    TestFrame frame;
-    ASSERT_TRUE(frame.Show());
-    frame.isCopyAllowed = false;
-    frame.GetMenu().GetSubMenu(1).CheckByPosition(12, true);
-    frame.GetMenu().SetText(ID_EDIT_COPY, "&Duplicate\tCtrl+C");
-    frame.GetMenu().GetSubMenu(2).CheckRadioByPosition(4, 7, 6);
-
-    WindowDriver driver = UiDriver::MainWindow();
-    const MenuEntry copy = driver.ReadMenu(ID_EDIT_COPY);
-    EXPECT_FALSE(copy.isEnabled);
-    EXPECT_TRUE(copy.isChecked);  // the handler said nothing about it
-    EXPECT_EQ(copy.text, "&Duplicate\tCtrl+C");
-    EXPECT_FALSE(driver.ReadMenu(ID_EDIT_PASTE).isEnabled);  // nobody's
-    EXPECT_TRUE(driver.ReadMenu(ID_VIEW_TOOLBAR).isChecked);
-    EXPECT_TRUE(driver.ReadMenu(ID_VIEW_LIST).isChecked);
-    EXPECT_FALSE(driver.ReadMenu(ID_VIEW_DETAILS).isChecked);
+    EXPECT_FALSE(window.ReadMenu(ID_EDIT_COPY).isEnabled);
+    window.Press("Ctrl+C");
+    EXPECT_THAT(frame.view.log, IsEmpty());
+    EXPECT_FALSE(window.ReadMenu(ID_EDIT_PASTE).isEnabled) << "nobody's";
+    EXPECT_TRUE(window.ReadMenu(ID_VIEW_TOOLBAR).isChecked);
 }
 
 TEST(Frame, PromptsStandInTheStatusBarWhileAnEntryIsPointedAt) {
@@ -154,21 +109,6 @@ TEST(Frame, TheViewFillsWhatTheBarsLeave) {
     EXPECT_EQ(frame.addressBar.GetWindowRect().left, addressLeft);
 }
 
-TEST(Frame, ItsPlacementIsRestored) {
-    for (const ShowState state : {ShowState::kNormal, ShowState::kMaximised}) {
-        const Rect rect{40, 50, 540, 450};
-        TestFrame frame;
-        ASSERT_TRUE(frame.LoadFrame(IDR_MAIN_FRAME));
-        frame.SetPlacement({rect, state});
-        ASSERT_TRUE(QTest::qWaitForWindowActive(frame.Top()));
-        EXPECT_TRUE(frame.IsWindowVisible());
-        EXPECT_EQ(frame.GetPlacement().showState, state);
-        EXPECT_EQ(frame.GetPlacement().normalRect, rect);
-        EXPECT_EQ(frame.Top()->windowTitle(), QStringLiteral("Permora"));
-        EXPECT_FALSE(frame.Top()->windowIcon().isNull());
-    }
-}
-
 struct ScreenCase {
     Rect wanted;
     Rect placed;
@@ -221,29 +161,6 @@ TEST(Frame, ClosingIsTheFramesDecision) {
     MessageBoxA(nullptr, "of no window", "", MB_OK);
     EXPECT_THAT(frame.log, IsEmpty()) << "nothing happens behind a message box";
     EXPECT_TRUE(frame.HasWindow());
-}
-
-TEST(Frame, APopupMenuGivesTheCommandAndGreysWhatNobodyHandles) {
-    TestFrame frame;
-    ASSERT_TRUE(frame.Show());
-    CMenu popup = CMenu::Load(IDR_CONTEXT_MENUS).GetSubMenu(0);
-    QTimer whenShown;
-    std::string prompt;
-    QObject::connect(&whenShown, &QTimer::timeout, [&] {
-        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        if (menu == nullptr) return;
-        whenShown.stop();
-        EXPECT_FALSE(Entry(*menu, ID_SECURE_DELETION)->isEnabled());
-        EXPECT_TRUE(Entry(*menu, ID_PERMISSIONS)->isEnabled());
-        menu->setActiveAction(Entry(*menu, ID_PERMISSIONS));
-        prompt = frame.statusBar.GetPaneText(0);
-        QTest::keyClick(menu, Qt::Key_Return);
-    });
-    whenShown.start(1);
-    EXPECT_EQ(popup.TrackPopup({100, 100}, frame.view), unsigned{ID_PERMISSIONS});
-    EXPECT_EQ(prompt, "Opens Security Editor");
-    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Ready");
-    EXPECT_THAT(frame.log, IsEmpty());  // the caller routes it
 }
 
 }  // namespace

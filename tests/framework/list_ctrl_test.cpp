@@ -205,39 +205,6 @@ TEST_F(ListCtrl, KeysMoveExtendAndSearch) {
     EXPECT_THAT(Selected(), ElementsAre(0));
 }
 
-TEST_F(ListCtrl, CheckBoxesFollowTheMouseTheSpaceKeyAndTheProgram) {
-    Make(LVS_REPORT | LVS_SINGLESEL);
-    list.SetExtendedStyle(ListStyle::kCheckBoxes | ListStyle::kFullRowSelect);
-    const QPoint box(8, OnText(3).y());
-    QTest::mouseClick(Widget().viewport(), Qt::LeftButton, {}, box);
-    EXPECT_TRUE(list.GetCheck(3));
-    EXPECT_THAT(owner.Heard(), ElementsAre("changed 3", "click 3"));
-    Key(Qt::Key_Space);
-    EXPECT_FALSE(list.GetCheck(3));
-    EXPECT_THAT(owner.Heard(), ElementsAre("key 32", "changed 3"));
-    list.SetCheck(3, false);
-    EXPECT_THAT(owner.Heard(), IsEmpty());
-    list.SetCheck(0, true);
-    EXPECT_THAT(owner.Heard(), ElementsAre("changed 0"));
-}
-
-TEST_F(ListCtrl, HeadersTellClicksUnlessTheyMustNotSort) {
-    Make(LVS_REPORT);
-    auto* header = Widget().findChild<QHeaderView*>();
-    ASSERT_NE(header, nullptr);
-    EXPECT_TRUE(header->isVisible());
-    const QPoint second(150, header->height() / 2);
-    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, second);
-    EXPECT_THAT(owner.Heard(), ElementsAre("column 1"));
-    list.ModifyStyle(0, LVS_NOSORTHEADER);
-    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, second);
-    EXPECT_THAT(owner.Heard(), IsEmpty());
-    list.ModifyStyle(0, LVS_NOCOLUMNHEADER);
-    EXPECT_FALSE(header->isVisible());
-    header->resizeSection(0, 222);
-    EXPECT_EQ(list.GetColumnWidth(0), 222);
-}
-
 TEST_F(ListCtrl, SwitchingViewsKeepsTheSelectionAndShowsTheFocusRow) {
     Make(LVS_REPORT, 2000);
     list.SetSelected(3, true);

@@ -32,14 +32,6 @@ TEST(ListLayout, FindsEveryRowAtItsCellAndNothingBeside) {
     EXPECT_EQ(TenRows(ListView::kList).RowAt({110, 45}), -1) << "below the last row of the last column";
 }
 
-TEST(ListLayout, FillsLinesOrColumnsAsTheViewDoes) {
-    EXPECT_EQ(TenRows(ListView::kReport).ContentSize(), (Size{50, 200}));
-    EXPECT_EQ(TenRows(ListView::kIcons).ContentSize(), (Size{150, 80}));
-    EXPECT_EQ(TenRows(ListView::kList).ContentSize(), (Size{150, 80}));
-    EXPECT_EQ(TenRows(ListView::kIcons).Cell(4), (Rect{50, 20, 100, 40}));
-    EXPECT_EQ(TenRows(ListView::kList).Cell(4), (Rect{50, 0, 100, 20}));
-}
-
 TEST(ListLayout, StepsLeadToTheNeighbourOrStay) {
     struct Case {
         ListView view;

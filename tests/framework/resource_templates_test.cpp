@@ -39,6 +39,13 @@ class Bytes {
     std::vector<std::byte> bytes;
 };
 
+// A bitmap's header, for colours without compression.
+Bytes BitmapHeader(unsigned int width, unsigned int height, unsigned int bits, unsigned int colours = 0) {
+    Bytes bytes;
+    bytes.U32(40).U32(width).U32(height).U16(1).U16(bits).U32(0);
+    return bytes.U32(0).U32(0).U32(0).U32(colours).U32(0);
+}
+
 Bytes PlainDialog() {
     Bytes bytes;
     bytes.U32(0x80C80040).U32(0).U16(1).U16(0).U16(0).U16(100).U16(50);  // style with a font, one control
@@ -145,8 +152,7 @@ TEST(Pictures, HeadersThatPromiseTooMuchAreRefused) {
 }
 
 TEST(Pictures, APaletteGivesTheColours) {
-    Bytes bytes;
-    bytes.U32(40).U32(3).U32(1).U16(1).U16(4).U32(0).U32(0).U32(0).U32(0).U32(2).U32(0);
+    Bytes bytes = BitmapHeader(3, 1, 4, 2);
     bytes.U32(0x00030201).U32(0x00060504);
     bytes.U32(0xF001);  // the colours 0, 1 and one that is not there
     const auto picture = DecodePicture(bytes.Span(), PictureKind::kBitmap);
@@ -156,18 +162,7 @@ TEST(Pictures, APaletteGivesTheColours) {
 
 TEST(Pictures, ANegativeHeightTellsThatTheFirstRowIsOnTop) {
     for (const bool isTopDown : {false, true}) {
-        Bytes bytes;
-        bytes.U32(40)
-            .U32(1)
-            .U32(isTopDown ? 0xFFFFFFFE : 2)
-            .U16(1)
-            .U16(32)
-            .U32(0)
-            .U32(0)
-            .U32(0)
-            .U32(0)
-            .U32(0)
-            .U32(0);
+        Bytes bytes = BitmapHeader(1, isTopDown ? 0xFFFFFFFE : 2, 32);
         bytes.U32(0x04030201).U32(0x08070605);
         const auto picture = DecodePicture(bytes.Span(), PictureKind::kBitmap);
         ASSERT_TRUE(picture);
@@ -176,25 +171,13 @@ TEST(Pictures, ANegativeHeightTellsThatTheFirstRowIsOnTop) {
 }
 
 TEST(Pictures, AMaskMakesPixelsClear) {
-    Bytes bytes;
-    bytes.U32(40).U32(2).U32(2).U16(1).U16(24).U32(0).U32(0).U32(0).U32(0).U32(0).U32(0);
+    Bytes bytes = BitmapHeader(2, 2, 24);
     bytes.U32(0x04030201).U32(0x00000605);  // one row of two pixels, padded
     bytes.U32(0x40);                        // the second one is clear
     const auto picture = DecodePicture(bytes.Span(), PictureKind::kIcon);
     ASSERT_TRUE(picture);
     EXPECT_EQ(picture->size, (Size{2, 1}));
     EXPECT_THAT(picture->pixels, ::testing::ElementsAre(1, 2, 3, 0xFF, 4, 5, 6, 0));
-}
-
-TEST(ProgramResources, StringsAndDialogsAreFoundByTheirNumbers) {
-    EXPECT_EQ(LoadResourceString(134), "Permissions");
-    EXPECT_EQ(LoadResourceString(1), "");
-    ASSERT_TRUE(LoadDialogTemplate(162));
-    EXPECT_EQ(LoadDialogTemplate(162)->caption, "Secure deletion");
-    EXPECT_FALSE(LoadDialogTemplate(1));
-    EXPECT_TRUE(LoadMenuTemplate(120));
-    EXPECT_TRUE(LoadAcceleratorTable(120));
-    EXPECT_TRUE(LoadToolbarTemplate(120));
 }
 
 }  // namespace

@@ -188,19 +188,6 @@ TEST_F(SheetContract, APageThatRefusesToBeActiveIsPassedOver) {
     Run([](WindowDriver& window) { EXPECT_EQ(window.ActiveTab(), "Second"); });
 }
 
-TEST_F(SheetContract, PagesComeAndGoWhileItRuns) {
-    Run([&](WindowDriver& window) {
-        sheet.AddPage(third);
-        window.SwitchToTab("Third");
-        sheet.RemovePage(2);
-        EXPECT_EQ(window.ActiveTab(), "Second");
-        EXPECT_FALSE(third.HasWindow());
-        sheet.RemovePage(5);
-        EXPECT_THAT(window.Tabs(), ElementsAre("First", "Second"));
-    });
-    EXPECT_EQ(sheet.GetPageCount(), 2);
-}
-
 TEST_F(SheetContract, TheWholeTitleIsTheSheetsOwn) {
     sheet.SetTitle("Security Editor - [*] & more");
     ui.ExpectSheet("Security Editor - [*] & more", [&](WindowDriver& window) {

@@ -12,8 +12,6 @@
 
 #include "framework/bars.h"
 #include "framework/frame_window.h"
-#include "framework/list_ctrl.h"
-#include "platform/api/messages.h"
 #include "resources/resource_ids.h"
 
 namespace permora {
@@ -37,33 +35,11 @@ class TestView : public CWnd {
     }
 };
 
-class TestAddressBar : public CDialogBar {
-  public:
-    CommandLog log;
-    CBitmapButton go;
-
-    bool Create(CFrameWnd& frame, unsigned int templateId) override {
-        return CDialogBar::Create(frame, templateId) && go.Create(*this, {2, 2, 18, 18}, ID_GO_TO_LOCATION);
-    }
-
-  protected:
-    void OnText() { log.push_back(GetDlgItem(IDC_LOCATION)->GetWindowText()); }
-    void OnEnter() { log.emplace_back("Enter"); }
-    const MessageMap& GetMessageMap() const override {
-        static const MessageMap kMap = MakeMessageMap<TestAddressBar>(
-            CWnd::GetMessageMap(), {
-                                       {IDC_LOCATION, Notify::kTextChanged, &TestAddressBar::OnText},
-                                       {IDOK, Notify::kClicked, &TestAddressBar::OnEnter},
-                                   });
-        return kMap;
-    }
-};
-
 class TestFrame : public CFrameWnd {
   public:
     CImageList images;
     CToolBar toolBar;
-    TestAddressBar addressBar;
+    CDialogBar addressBar;
     CReBar reBar;
     CStatusBar statusBar;
     TestView view;
@@ -111,7 +87,7 @@ class TestFrame : public CFrameWnd {
         if (!statusBar.Create(*this)) return false;
         images.Create({16, 16});
         for (int button = 0; button < 15; ++button)
-            images.Add(CIcon::Load(button == 5 ? IDI_PERMISSIONS : IDI_HELP));
+            images.Add(CIcon::Load(IDI_HELP));
         toolBar.SetImageList(images);
         statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
         statusBar.SetPaneWidth(1, 200);
@@ -127,15 +103,11 @@ class TestFrame : public CFrameWnd {
         if (onPermissions) onPermissions();
     }
     void OnUpdateCopy(Notification& notification) { notification.state.enabled = isCopyAllowed; }
-    void OnFrameCopy() { log.emplace_back("frame copy"); }
-    void OnGo() { log.emplace_back("go"); }
     const MessageMap& GetMessageMap() const override {
         static const MessageMap kMap = MakeMessageMap<TestFrame>(
             CFrameWnd::GetMessageMap(), {
                                             {ID_PERMISSIONS, Notify::kCommand, &TestFrame::OnPermissions},
-                                            {ID_EDIT_COPY, Notify::kCommand, &TestFrame::OnFrameCopy},
                                             {ID_EDIT_COPY, Notify::kUpdateCommand, &TestFrame::OnUpdateCopy},
-                                            {ID_GO_TO_LOCATION, Notify::kCommand, &TestFrame::OnGo},
                                         });
         return kMap;
     }

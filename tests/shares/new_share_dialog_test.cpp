@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 
 #include "resources/resource_ids.h"
-#include "security/message_boxes.h"
 #include "tests/shares/share_table.h"
 
 namespace permora::testing {
@@ -15,9 +14,6 @@ using ::testing::StartsWith;
 
 class NewShareDialog : public WithShareTable {
   protected:
-    void ExpectError(const TextMatcher& text) {
-        ui.ExpectMessageBox(text, kErrorCaption, MB_OK | MB_ICONERROR, IDOK);
-    }
     int Run(const UiDriver::Script& script) {
         ui.ExpectDialog(IDD_NEW_SHARE, script);
         return CNewShareDlg(nullptr).DoModal();
@@ -51,7 +47,7 @@ TEST_F(NewShareDialog, SaysWhatIsWrongWhereItIsWritten) {
                       dialog.Click(each.users != nullptr ? IDC_SHARE_SOME_USERS : IDC_SHARE_ALL_USERS);
                       EXPECT_EQ(dialog.IsEnabled(IDC_SHARE_USER_LIMIT), each.users != nullptr);
                       if (each.users != nullptr) dialog.SetText(IDC_SHARE_USER_LIMIT, each.users);
-                      ExpectError(HasSubstr(each.fault));
+                      ui.ExpectError(HasSubstr(each.fault));
                       dialog.Click(IDOK);
                       EXPECT_TRUE(each.field == 0 || dialog.FocusedControl() == each.field);
                   }

@@ -28,12 +28,6 @@ class ShareSheet : public WithShareTable {
         ui.ExpectSheet(std::string("Security Editor - ") + names.front(), script);
         sheet.DoModal();
     }
-    void ExpectInfo(const std::string& text) {
-        ui.ExpectMessageBox(text, kInformationCaption, MB_OK | MB_ICONINFORMATION, IDOK);
-    }
-    void ExpectError(const std::string& text) {
-        ui.ExpectMessageBox(text, kErrorCaption, MB_OK | MB_ICONERROR, IDOK);
-    }
     static void ExpectNoBoxes(const WindowDriver& window) {
         for (const int id : {IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES}) {
             EXPECT_FALSE(window.IsEnabled(static_cast<unsigned int>(id))) << id;
@@ -44,8 +38,8 @@ class ShareSheet : public WithShareTable {
 
 TEST_F(ShareSheet, GivesAShareItsFirstList) {
     AddShare("docs", nullptr);
-    ExpectInfo("There is no security descriptor associated with object.");
-    ExpectInfo(kNullListText);
+    ui.ExpectInformation("There is no security descriptor associated with object.");
+    ui.ExpectInformation(kNullListText);
     Edit({"docs"}, [&](WindowDriver& window) {
         EXPECT_EQ(ListOf("docs"), "D:NO_ACCESS_CONTROL") << "at once";
         EXPECT_THAT(window.Rows(IDC_ACCESS_LIST), IsEmpty());
@@ -93,7 +87,7 @@ TEST_F(ShareSheet, StopsAtTheFirstShareThatCannotBeWritten) {
         window.SelectRow(IDC_ACCESS_LIST, 1);
         window.Click(IDC_REMOVE_ENTRY);
         RemoveShare("second");
-        ExpectError(GetSystemMessageText(NERR_NetNameNotFound));
+        ui.ExpectError(GetSystemMessageText(NERR_NetNameNotFound));
         window.Click(SheetButton::kOk);
         EXPECT_TRUE(window.IsOpen());
         EXPECT_TRUE(window.IsEnabled(SheetButton::kApply));
@@ -102,7 +96,7 @@ TEST_F(ShareSheet, StopsAtTheFirstShareThatCannotBeWritten) {
 
         AddShare("second", "D:(A;;FA;;;WD)");
         setInfoAnswer = ERROR_ACCESS_DENIED;
-        ExpectError(GetSystemMessageText(ERROR_ACCESS_DENIED));
+        ui.ExpectError(GetSystemMessageText(ERROR_ACCESS_DENIED));
         window.Click(SheetButton::kApply);
         EXPECT_EQ(ListOf("second"), "D:(A;;FA;;;WD)");
 
@@ -117,11 +111,11 @@ TEST_F(ShareSheet, LeavesAShareAloneThatTakesNoDescriptor) {
     AddShare("docs", nullptr);
     for (const NET_API_STATUS answer : {NET_API_STATUS{ERROR_ACCESS_DENIED}, NERR_Success}) {
         setInfoAnswer = answer;
-        ExpectInfo("There is no security descriptor associated with object.");
+        ui.ExpectInformation("There is no security descriptor associated with object.");
         if (answer == NERR_Success) {
-            ExpectInfo("The security descriptor can not be associated with object.");
+            ui.ExpectInformation("The security descriptor can not be associated with object.");
         } else {
-            ExpectError("Cannot assign new security descriptor: " + GetSystemMessageText(answer));
+            ui.ExpectError("Cannot assign new security descriptor: " + GetSystemMessageText(answer));
         }
         Edit({"docs"}, [](WindowDriver& window) {
             for (const int id : {IDC_ACCESS_LIST, IDC_ADD_ENTRY, IDC_EDIT_ENTRY, IDC_REMOVE_ENTRY})

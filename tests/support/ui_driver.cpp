@@ -14,8 +14,10 @@
 namespace permora::testing {
 namespace {
 
-// How long a window that was told to close may take before the program is ended, since it would hang.
-constexpr std::chrono::milliseconds kTimeToClose{5000};
+// In milliseconds: how long a window may stay open after its script, and how long one that was told to close
+// may take before the program is ended, since it would hang.
+constexpr int kPatience = 5000;
+constexpr int kTimeToClose = 5000;
 
 // The bits of a message box's type that tests look at: buttons and icon.
 constexpr UINT kTypeMask = 0xFF;
@@ -93,7 +95,7 @@ std::string DescribeOpenWindows() {
 // A window that does not go would hang the program for good.
 void CloseOrEnd(HWND window) {
     CloseSafely(window);
-    PostLater(static_cast<int>(kTimeToClose.count()), [window] {
+    PostLater(kTimeToClose, [window] {
         if (!IsOpen(window)) return;
         std::printf("cannot be closed, so the tests end here: %s\n", WindowDriver(window).Describe().c_str());
         std::fflush(stdout);
@@ -106,8 +108,6 @@ void CloseOrEnd(HWND window) {
 struct UiDriver::State : std::enable_shared_from_this<State> {
     // What the test declared, and above it what each running script did.
     std::vector<std::deque<Expectation>> declared{1};
-    std::vector<HWND> served;  // shown and not yet seen to close
-    std::chrono::milliseconds patience{5000};
 
     void Declare(Expectation expectation) { declared.back().push_back(std::move(expectation)); }
     std::deque<Expectation>* Next();
@@ -117,7 +117,6 @@ struct UiDriver::State : std::enable_shared_from_this<State> {
     void Serve(const ModalWindow& modal, const Expectation& expectation);
     void RunScript(const ModalWindow& modal, const Expectation& expectation);
     void WatchClosing(HWND window);
-    bool IsDone();
 };
 
 std::deque<Expectation>* UiDriver::State::Next() {
@@ -155,7 +154,6 @@ void UiDriver::State::OnShown(const ModalWindow& modal) {
         PostToUiThread([window = modal.window] { CloseOrEnd(window); });
         return;
     }
-    served.push_back(modal.window);
     PostToUiThread([weak = weak_from_this(), modal, expected = std::move(*expectation)] {
         if (const auto self = weak.lock()) self->Serve(modal, expected);
     });
@@ -195,7 +193,7 @@ void UiDriver::State::RunScript(const ModalWindow& modal, const Expectation& exp
 }
 
 void UiDriver::State::WatchClosing(HWND window) {
-    PostLater(static_cast<int>(patience.count()), [weak = weak_from_this(), window] {
+    PostLater(kPatience, [weak = weak_from_this(), window] {
         const auto self = weak.lock();
         if (!self || !IsOpen(window)) return;
         if (self->declared.size() > 1) {  // another window's script runs meanwhile
@@ -206,11 +204,6 @@ void UiDriver::State::WatchClosing(HWND window) {
                       << "\nopen windows:" << DescribeOpenWindows();
         CloseOrEnd(window);
     });
-}
-
-bool UiDriver::State::IsDone() {
-    std::erase_if(served, [](HWND window) { return !testing::IsOpen(window); });
-    return served.empty() && Next() == nullptr;
 }
 
 UiDriver::UiDriver() : state(std::make_shared<State>()) {
@@ -254,20 +247,19 @@ void UiDriver::ExpectMessageBox(const TextMatcher& text, const TextMatcher& capt
     state->Declare(std::move(expectation));
 }
 
+void UiDriver::ExpectError(const TextMatcher& text) {
+    ExpectMessageBox(text, "Permora Error", MB_OK | MB_ICONERROR, IDOK);
+}
+
+void UiDriver::ExpectInformation(const TextMatcher& text) {
+    ExpectMessageBox(text, "Permora Information", MB_OK | MB_ICONINFORMATION, IDOK);
+}
+
 void UiDriver::ExpectMenu(unsigned int command) {
     Expectation expectation;
     expectation.kind = ModalKind::kMenu;
     expectation.answer = static_cast<int>(command);
     state->Declare(std::move(expectation));
-}
-
-void UiDriver::SetPatience(std::chrono::milliseconds patience) {
-    state->patience = patience;
-}
-
-void UiDriver::WaitForWindows() {
-    if (ServeEventsUntil([this] { return state->IsDone(); }, state->patience)) return;
-    ADD_FAILURE() << "declared windows have not come or not gone; open windows:" << DescribeOpenWindows();
 }
 
 WindowDriver UiDriver::MainWindow() {

@@ -20,7 +20,6 @@
 
 #include <gmock/gmock.h>
 
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -49,14 +48,11 @@ class UiDriver {
     // `type` are the MB_ buttons and icon, `answer` the id of the button that the user chooses.
     void ExpectMessageBox(const TextMatcher& text, const TextMatcher& caption, UINT type, int answer);
     void ExpectMessageBox(const TextMatcher& text, const TextMatcher& caption, UINT type, Script script);
+    // The program's own boxes with nothing but OK.
+    void ExpectError(const TextMatcher& text);
+    void ExpectInformation(const TextMatcher& text);
     // A menu that pops up by itself, not from a menu bar; the user chooses `command`, 0: nothing.
     void ExpectMenu(unsigned int command);
-
-    // How long a window may stay open after its script; five seconds unless set.
-    void SetPatience(std::chrono::milliseconds patience);
-    // Serves events until all declared windows have come and gone; for those that no call of the test waits
-    // for.
-    void WaitForWindows();
 
     // The window that is open and not modal: the program's frame. Fails the test when there is not exactly
     // one.

@@ -63,7 +63,6 @@ class WindowDriver {
     void Click(unsigned int id);
     // At a place of the window's client area.
     void ClickAt(Point client);
-    void MoveMouseTo(Point client);
     void ClickCloseBox();
 
     // ---- Boxes and radio buttons, edit fields, combo boxes ----
@@ -103,15 +102,11 @@ class WindowDriver {
     // ---- Frames. Toolbar buttons are controls with the ids of their commands, checked while they are
     // pressed. ----
 
-    // Chooses `command` from the menu bar; fails the test when it is not there or disabled.
+    // Chooses `command` from the menu bar.
     void ChooseMenu(unsigned int command);
     MenuEntry ReadMenu(unsigned int command);
     std::string StatusText(int pane) const;
 
-    // ---- The rest ----
-
-    // Writes a PNG of the window.
-    void Screenshot(const std::string& path) const;
     // Serves events until `condition` holds. False, and a failure of the test, when it does not in time.
     bool WaitUntil(const std::function<bool()>& condition,
                    std::chrono::milliseconds limit = std::chrono::seconds(5)) const;

@@ -143,20 +143,11 @@ void WindowDriver::ClickAt(Point client) {
     if (QWidget* widget = Live(window)) ClickWidget(*widget, {client.x, client.y});
 }
 
-void WindowDriver::MoveMouseTo(Point client) {
-    if (QWidget* widget = Live(window)) QTest::mouseMove(widget->windowHandle(), {client.x, client.y});
-}
-
 void WindowDriver::ClickCloseBox() {
     QWidget* widget = Live(window);
     if (widget == nullptr || !TakesInput(*widget)) return;
     EXPECT_TRUE(widget->windowFlags().testFlag(Qt::WindowCloseButtonHint)) << "the window has no close box";
     widget->close();
-}
-
-void WindowDriver::Screenshot(const std::string& path) const {
-    QWidget* widget = Live(window);
-    EXPECT_TRUE(widget != nullptr && widget->grab().save(ToQt(path), "PNG")) << path;
 }
 
 bool WindowDriver::WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) const {

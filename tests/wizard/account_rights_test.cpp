@@ -171,45 +171,5 @@ TEST(AccountRights, CombinationsChangeOneBoxAfterTheOther) {
     }
 }
 
-// The same list, written by the security editor and by the wizard without a change by the user.
-TEST(AccountRights, TheWizardsListBesideTheEditors) {
-    const struct {
-        const char* what;
-        std::vector<ShortEntry> read, editor, wizard;
-    } cases[] = {
-        {"an entry of the whole tree",
-         {{kAllow, 'A', 0x1200A9, 3}},
-         {{kAllow, 'A', 0x1200A9, 3}},
-         {{kAllow, 'A', 0x1200A9, 3}}},
-        {"scopes", {{kAllow, 'A', 0x100001, 9}}, {{kAllow, 'A', 0x100001, 9}}, {{kAllow, 'A', 0x100001, 3}}},
-        {"masks without SYNCHRONIZE",
-         {{kDeny, 'A', 2, 0}},
-         {{kDeny, 'A', 0x100002, 0}},
-         {{kDeny, 'A', 2, 3}}},
-        {"several entries of an account",
-         {{kAllow, 'A', 0x100001, 3}, {kAllow, 'A', 0x100002, 0}},
-         {{kAllow, 'A', 0x100001, 3}, {kAllow, 'A', 0x100002, 0}},
-         {{kAllow, 'A', 0x100003, 3}}},
-        {"order",
-         {{kAllow, 'A', 0x100001, 3}, {kDeny, 'B', 0x100001, 3}, {kDeny, 'A', 0x100004, 3}},
-         {{kAllow, 'A', 0x100001, 3}, {kDeny, 'B', 0x100001, 3}, {kDeny, 'A', 0x100004, 3}},
-         {{kDeny, 'A', 0x100004, 3}, {kDeny, 'B', 0x100001, 3}, {kAllow, 'A', 0x100001, 3}}},
-        {"inherited entries", {{kAllow, 'A', 0x100001, 0x13}}, {{kAllow, 'A', 0x100001, 0x13}}, {}},
-        {"entries of other types", {{kAllowObject, 'A', 0x100001, 3}}, {}, {}},
-    };
-    const UniqueLibrary library = LoadAccessListLibrary(nullptr);
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.what);
-        const AccessEntryList list = testing::ListOf(each.read);
-        const UniqueLocal<ACL> editors = BuildDacl(nullptr, library.get(), list);
-        const UniqueLocal<ACL> wizards =
-            BuildDacl(nullptr, library.get(), RightsOf(each.read).Entries(), WrittenMasks::kAsHeld);
-        EXPECT_EQ(ShortEntriesOf(EntriesOfDacl(editors.get())), each.editor);
-        EXPECT_EQ(ShortEntriesOf(EntriesOfDacl(wizards.get())), each.wizard);
-        EXPECT_EQ(wizards->AclRevision, ACL_REVISION);
-        EXPECT_EQ(wizards->AclSize, sizeof(ACL) + each.wizard.size() * 36);
-    }
-}
-
 }  // namespace
 }  // namespace permora

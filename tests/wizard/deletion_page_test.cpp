@@ -16,7 +16,6 @@
 #include "platform/api/files.h"
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
-#include "security/message_boxes.h"
 #include "tests/support/command.h"
 #include "tests/support/refused_threads.h"
 #include "tests/support/temporary_folder.h"
@@ -153,8 +152,7 @@ TEST_F(WizardDeletionPage, DeletesNothingWithoutAYesAndNoDrives) {
         }
         ExpectQuestion(IDYES);
         test::areThreadsRefused = true;
-        ui.ExpectMessageBox(GetSystemMessageText(ERROR_NOT_ENOUGH_MEMORY), kErrorCaption,
-                            MB_OK | MB_ICONERROR, IDOK);
+        ui.ExpectError(GetSystemMessageText(ERROR_NOT_ENOUGH_MEMORY));
         GoToDeletion(window);
         test::areThreadsRefused = false;
         for (const SheetButton button : {SheetButton::kBack, SheetButton::kFinish})

@@ -10,7 +10,6 @@
 #include "platform/api/files.h"
 #include "platform/host_path.h"
 #include "resources/resource_ids.h"
-#include "security/message_boxes.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
@@ -177,7 +176,7 @@ TEST_F(WizardPermissionsPage, AccountsAreRemovedAndTheKeyboardDoesAll) {
         EXPECT_EQ(Marks(window), "11111111111111");
         window.SelectRow(IDC_WIZARD_ACCOUNTS, WindowDriver::kBesideRows);
         EXPECT_EQ(Marks(window), "00000000000000");
-        ui.ExpectMessageBox(HasSubstr("file"), kErrorCaption, MB_OK | MB_ICONERROR, IDOK);
+        ui.ExpectError(HasSubstr("file"));
         window.Click(SheetButton::kFinish);
     });
     EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;0x1f03ff;;;BG)");
@@ -222,22 +221,16 @@ TEST_F(WizardPermissionsPage, WithoutTheFirstItemsListThereIsNoFinish) {
         window.Press("Return");
         window.Press("Esc");
     };
-    Assign({"missing", "second"}, expectNothing,
-           [&] { ui.ExpectMessageBox(HasSubstr("file"), kErrorCaption, MB_OK | MB_ICONERROR, IDOK); });
+    Assign({"missing", "second"}, expectNothing, [&] { ui.ExpectError(HasSubstr("file")); });
     Give(folder.Path("top/first"), "D:NO_ACCESS_CONTROL");
-    Assign({"first", "second"}, expectNothing, [&] {
-        ui.ExpectMessageBox("Object's access control list is null (All access is allowed)",
-                            kInformationCaption, MB_OK | MB_ICONINFORMATION, IDOK);
-    });
+    Assign({"first", "second"}, expectNothing,
+           [&] { ui.ExpectInformation("Object's access control list is null (All access is allowed)"); });
     EXPECT_EQ(DaclText(folder.Path("top/second")), "D:PAI(A;;FA;;;WD)");
 
     Give(folder.Path("top/first"), "D:P(OA;;CC;bf967aba-0de6-11d0-a285-00aa003049e2;;BA)(A;;FR;;;BU)");
     Assign(
         {"first"}, [](WindowDriver& window) { window.Click(SheetButton::kCancel); },
-        [&] {
-            ui.ExpectMessageBox("1 entry of another type is not shown; applying drops it.",
-                                kInformationCaption, MB_OK | MB_ICONINFORMATION, IDOK);
-        });
+        [&] { ui.ExpectInformation("1 entry of another type is not shown; applying drops it."); });
 
     // An empty list is one that was read.
     Give(folder.Path("top/first"), "D:P");
