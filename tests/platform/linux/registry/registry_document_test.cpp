@@ -79,7 +79,7 @@ TEST(RegistryDocuments, ChangeOneValueAndLeaveEveryOtherLine) {
     for (const std::string lineEnd : {"\n", "\r\n"}) {
         std::string before = kForeign;
         for (std::size_t i = 0; lineEnd == "\r\n" && (i = before.find('\n', i)) != before.npos; i += 2)
-            before.replace(i, 1, lineEnd);
+            before.insert(i, 1, '\r');
         before = "\xEF\xBB\xBF" + before;
         RegistryDocument document = Parsed(before);
         EXPECT_EQ(document.ToText(), before);
