@@ -101,6 +101,12 @@ Picture() {
 }
 
 Keys() { xdotool key --delay 20 "$@"; }
+# Times N KEY: the key N times, which may be none.
+Times() {
+    local keys=() i
+    for ((i = 0; i < $1; i++)); do keys+=("$2"); done
+    [ ${#keys[@]} = 0 ] || Keys "${keys[@]}"
+}
 
 # ClickIn WINDOW X Y [CLICK...]: pixels from the window's top left corner; how to click, if not once and left, in the
 # words of xdotool.

@@ -2,13 +2,6 @@
 # Sourced, not run.
 # shellcheck shell=bash
 
-# Times N KEY: the key N times.
-Times() {
-    local keys=() i
-    for ((i = 0; i < $1; i++)); do keys+=("$2"); done
-    Keys "${keys[@]}"
-}
-
 # The volume lists its names in order.
 ShowInOrder() { Step "details" Keys alt+v d; }
 SelectFolders() { Keys A shift+Down; }

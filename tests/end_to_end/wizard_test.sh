@@ -8,12 +8,6 @@ folder=$(readlink -f "$3")
 # shellcheck source=tests/end_to_end/program.sh
 source "$(dirname "$(readlink -f "$0")")/program.sh"
 
-Times() {
-    local keys=() i
-    for ((i = 0; i < $1; i++)); do keys+=("$2"); done
-    [ ${#keys[@]} = 0 ] || Keys "${keys[@]}"
-}
-
 # OwnEntries LINE...: what the first item has now, each as its type, SID and mask.
 OwnEntries() {
     local entries

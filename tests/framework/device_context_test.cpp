@@ -40,7 +40,7 @@ int CountRed(const QImage& picture, const QRect& area) {
     return count;
 }
 
-TEST(DeviceContext, DrawsOneLineInItsColourWithinItsRectangle) {
+TEST(DeviceContext, DrawsALinkInItsColourWithinItsRectangleAndShowsAHandOverItOnly) {
     TestFrame frame;
     ASSERT_TRUE(frame.Show());
     LinkView view;
@@ -53,14 +53,6 @@ TEST(DeviceContext, DrawsOneLineInItsColourWithinItsRectangle) {
     EXPECT_EQ(countRed(QRect(0, 0, 300, 100)), plain);
     view.style = TextStyle::kUnderlined;
     EXPECT_GE(countRed(inside), plain + 60);
-}
-
-TEST(Pointer, IsAHandOverALinkOnly) {
-    TestFrame frame;
-    ASSERT_TRUE(frame.Show());
-    LinkView view;
-    ASSERT_TRUE(view.CreateChild(frame, {0, 100, 300, 200}, 2));
-    auto* widget = reinterpret_cast<QWidget*>(view.GetSafeHwnd());
     for (const bool isOnLink : {true, false, true}) {
         QTest::mouseMove(widget, isOnLink ? QPoint(30, 40) : QPoint(5, 5));
         QCoreApplication::processEvents();
