@@ -37,6 +37,7 @@ TEST_F(SettingsDialog, ShowsTheBlockAndGivesBackWhatIsChosen) {
     EXPECT_EQ(Run(block,
                   [](testing::WindowDriver& dialog) {
                       EXPECT_TRUE(dialog.IsChecked(IDC_SETTINGS_LIST));
+                      EXPECT_EQ(dialog.FocusedControl(), unsigned{IDC_SETTINGS_LIST});
                       EXPECT_FALSE(dialog.IsChecked(IDC_SETTINGS_ICONS));
                       EXPECT_TRUE(dialog.IsChecked(IDC_SETTINGS_OWN_ICONS));
                       EXPECT_FALSE(dialog.IsChecked(IDC_SETTINGS_TOOL_TIPS));
