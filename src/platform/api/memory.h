@@ -25,7 +25,6 @@ HLOCAL WINAPI LocalFree(HLOCAL block);
 HANDLE WINAPI HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize);
 // A block of the heap, or null (last error unchanged, as on Windows) when none can be had.
 LPVOID WINAPI HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes);
-BOOL WINAPI HeapFree(HANDLE heap, DWORD flags, LPVOID block);
 BOOL WINAPI HeapDestroy(HANDLE heap);
 
 }  // extern "C"

@@ -26,15 +26,10 @@ void* TakeMemory(SIZE_T bytes, Content content) {
     return content == Content::kZero ? std::calloc(1, bytes) : std::malloc(bytes);
 }
 
-struct PrivateHeap;
-
-// Stands before every block of a private heap and links it to its neighbours, so that a single block is freed
-// without a search and all of them by a walk.
+// Stands before every block of a private heap and links it to the one before, so that all are freed by a
+// walk.
 struct alignas(std::max_align_t) BlockHeader {
-    PrivateHeap* owner;
-    BlockHeader* previous;
     BlockHeader* next;
-    SIZE_T bytes;
 };
 
 struct PrivateHeap {
@@ -43,24 +38,6 @@ struct PrivateHeap {
     SIZE_T used = 0;  // bytes of all blocks, their headers not counted
     SIZE_T limit = 0;
 };
-
-void Link(PrivateHeap& heap, BlockHeader* block) {
-    block->previous = nullptr;
-    block->next = heap.first;
-    if (heap.first != nullptr) heap.first->previous = block;
-    heap.first = block;
-    heap.used += block->bytes;
-}
-
-void Unlink(PrivateHeap& heap, BlockHeader* block) {
-    if (block->previous != nullptr) {
-        block->previous->next = block->next;
-    } else {
-        heap.first = block->next;
-    }
-    if (block->next != nullptr) block->next->previous = block->previous;
-    heap.used -= block->bytes;
-}
 
 }  // namespace
 
@@ -106,23 +83,9 @@ LPVOID WINAPI HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes) {
     void* memory = TakeMemory(sizeof(BlockHeader) + bytes,
                               (flags & HEAP_ZERO_MEMORY) != 0 ? Content::kZero : Content::kUnset);
     if (memory == nullptr) return nullptr;
-    auto* block = new (memory) BlockHeader{&owner, nullptr, nullptr, bytes};
-    Link(owner, block);
-    return block + 1;
-}
-
-BOOL WINAPI HeapFree(HANDLE heap, DWORD /*flags*/, LPVOID block) {
-    if (heap == nullptr) return Fail(ERROR_INVALID_HANDLE);
-    if (block == nullptr) return TRUE;
-    auto& owner = *static_cast<PrivateHeap*>(heap);
-    BlockHeader* header = static_cast<BlockHeader*>(block) - 1;
-    if (header->owner != &owner) return Fail(ERROR_INVALID_PARAMETER);
-    {
-        const std::lock_guard lock(owner.guard);
-        Unlink(owner, header);
-    }
-    std::free(header);
-    return TRUE;
+    owner.first = new (memory) BlockHeader{owner.first};
+    owner.used += bytes;
+    return owner.first + 1;
 }
 
 BOOL WINAPI HeapDestroy(HANDLE heap) {
