@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Measures everything and prints the one table of ratios; see README.md.
 #   sudo bench/compare.sh [--quick] [--output FILE] [NAME...]
-# --quick takes small samples and few runs (about two minutes). --output writes the table to a file too. With names,
+# --quick takes small samples and few runs (some three minutes). --output writes the table to a file too. With names,
 # "copy" for example, only those benchmarks run. Ends with 1 when a benchmark could not do its work; rows that miss
 # their goals are named, and are no failure: how fast this machine is today is not known here.
 set -euo pipefail

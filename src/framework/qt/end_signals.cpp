@@ -21,7 +21,7 @@ int SignalDescriptor() {
     return descriptor;
 }
 
-// A constant for the handler, which may not make it.
+// For the handler, which may not ask for it.
 int writtenBySignal = -1;
 
 void TellOfEnd(int /*signal*/) {

@@ -48,8 +48,7 @@ DWORD FindRegistered(const Sections& configuration, std::string_view name, std::
     const DWORD error = AskSambaTool("net", {"conf", "listshares"}, names);
     if (error != ERROR_SUCCESS) return error;
     for (std::string_view rest = names; !rest.empty() && registered.empty();) {
-        const std::string_view line = rest.substr(0, rest.find('\n'));
-        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        const std::string_view line = TakeLine(rest);
         if (IsSameShare(line, name)) registered = line;
     }
     return ERROR_SUCCESS;
