@@ -9,6 +9,10 @@ sample=$sampleFolder/volume
 unmount=(umount)
 [ "$(id -u)" = 0 ] || unmount=(fusermount3 -u)
 
+# IsMounted: whether something is mounted on $sample, also when its file system's process is gone and the folder itself
+# can no longer be asked.
+IsMounted() { findmnt --mountpoint "$sample" >/dev/null; }
+
 # MakeSample: an empty NTFS volume mounted on $sample, or a plain folder there when nothing can be mounted. An older
 # sample is removed first.
 MakeSample() {
@@ -18,7 +22,7 @@ MakeSample() {
         echo "$sampleFolder belongs to someone else." >&2
         return 1
     fi
-    if mountpoint --quiet "$sample" && ! "${unmount[@]}" "$sample"; then
+    if IsMounted && ! "${unmount[@]}" "$sample"; then
         echo "The earlier sample is in use; leave $sample and try again." >&2
         return 1
     fi
@@ -85,7 +89,7 @@ TourSample() {
     printf '\nThe sample stands in %s. Go on with\n' "$sample"
     printf '    %q show %q\n' "$cli" "$sample/Projects"
     printf '    %q --help\n' "$cli"
-    if mountpoint --quiet "$sample"; then
+    if IsMounted; then
         printf 'and when you are done:\n    %s %q\n' "${unmount[*]}" "$sample"
     fi
 }
