@@ -1,5 +1,6 @@
 // The windowed program.
 #include "app/main_app.h"
+#include "platform/process_start.h"
 #include "platform/share_wizard.h"
 #include "shares/new_share_dialog.h"
 
@@ -10,6 +11,7 @@ permora::CMainApp theApp;
 }  // namespace
 
 int main(int argumentCount, char** argumentTexts) {
+    permora::PrepareProcess();
     permora::SetShareWizard([] { permora::CNewShareDlg(theApp.mainWindow).DoModal(); });
     return theApp.Run(argumentCount, argumentTexts);
 }

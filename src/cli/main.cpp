@@ -20,6 +20,7 @@
 #include "cli/target.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
+#include "platform/process_start.h"
 
 namespace permora {
 namespace {
@@ -76,21 +77,26 @@ int Run(const Arguments& arguments) {
     if (arguments.command == Command::kShred && !ConfirmShred(arguments, targets, messages))
         return kExitUsage;
     allDone = RunCommand(arguments, account, targets, messages) && allDone;
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        messages.SetSubject("standard output");
-        messages.Say("not everything could be written");
-        allDone = false;
-    }
     return allDone ? kExitDone : kExitSomeFailed;
+}
+
+// `exitCode`, or that of a failure when not all of the answer has reached whoever asked.
+int AfterOutput(int exitCode) {
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return exitCode;
+    ConsoleMessages messages;
+    messages.SetSubject("standard output");
+    messages.Say("not everything could be written");
+    return exitCode == kExitDone ? kExitSomeFailed : exitCode;
 }
 
 }  // namespace
 }  // namespace permora
 
 int main(int argumentCount, char** argumentTexts) {
+    permora::PrepareProcess();
     permora::UseUtf8Terminal();
     int exitCode = permora::kExitDone;
     const std::optional<permora::Arguments> arguments =
         permora::ParseArguments(argumentCount, argumentTexts, exitCode);
-    return arguments ? permora::Run(*arguments) : exitCode;
+    return permora::AfterOutput(arguments ? permora::Run(*arguments) : exitCode);
 }

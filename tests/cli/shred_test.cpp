@@ -71,6 +71,8 @@ TEST_F(ShredTest, AFileWithFurtherNamesNeedsForce) {
     const CommandResult refused = RunCli({"shred", file, "--yes"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_THAT(refused.output, HasSubstr("hard links"));
+    // What is said must not get into the file, which could be open under the number of a stream.
+    EXPECT_EQ(RunCommand({"sh", "-c", R"("$0" shred "$1" --yes <&- >&- 2>&-)", CliPath(), file}).exitCode, 1);
     EXPECT_EQ(ReadWholeFile(file), "contents");
     EXPECT_EQ(RunCli({"shred", file, "--yes", "--force"}).exitCode, 0);
     EXPECT_EQ(ReadWholeFile(folder.Path("other")), std::string(512, '\0'));
