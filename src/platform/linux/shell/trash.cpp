@@ -28,13 +28,16 @@ constexpr std::size_t kMaxNameBytes = 255;
 constexpr std::string_view kInfoSuffix = ".trashinfo";
 
 // Volumes that keep no owners of the host's show all that is on them as the mounting user's, also what is
-// made just now.
+// made just now. A file, which is held from its making on: who owns the folder could put something of his own
+// in its place.
 bool KeepsOwners(const ObjectHandle& folder) {
     const std::string probe = TemporaryName();
     struct stat status {};
-    if (mkdirat(folder.Descriptor(), probe.c_str(), S_IRWXU) != 0) return true;
-    const bool isKnown = fstatat(folder.Descriptor(), probe.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
-    unlinkat(folder.Descriptor(), probe.c_str(), AT_REMOVEDIR);
+    const UniqueFd file(openat(folder.Descriptor(), probe.c_str(),
+                               O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!file) return true;
+    const bool isKnown = fstat(file.Get(), &status) == 0;
+    unlinkat(folder.Descriptor(), probe.c_str(), 0);
     return !isKnown || status.st_uid == geteuid();
 }
 
@@ -91,8 +94,11 @@ std::string NameInTrash(const std::string& hostName, unsigned attempt) {
     if (extension.size() > room / 2) extension.clear();
     std::string stem = hostName.substr(0, hostName.size() - extension.size());
     std::size_t length = std::min(stem.size(), room - extension.size());
-    // Not in the middle of a character.
-    while (length > 0 && length < stem.size() && (static_cast<unsigned char>(stem[length]) & 0xC0U) == 0x80U)
+    // Not in the middle of a character, which has four bytes at most.
+    const auto isInside = [&stem](std::size_t place) {
+        return place < stem.size() && (static_cast<unsigned char>(stem[place]) & 0xC0U) == 0x80U;
+    };
+    for (int i = 0; i < 3 && isInside(length); ++i)
         --length;
     return stem.substr(0, length) + number + extension;
 }

@@ -53,17 +53,21 @@ class TrashOperations : public FileOperations {
 TEST_F(TrashOperations, TakeWhatIsDeletedAndTellWhereItWas) {
     const TemporaryFolder folder;
     const std::string odd = "50% \xC3\xA4\xFF.txt";
+    // Nothing but what only ever continues a character, and too long for the trash.
+    const std::string unreadable(255, '\x80');
+    const std::string cut = unreadable.substr(13);
     folder.MakeFolder("d");
+    WriteFileText(folder.Path(unreadable), "z");
     WriteFileText(folder.Path(odd), "x");
     WriteFileText(folder.Path("d/" + odd), "y");
     const auto before = Below(folder.Path());
-    Delete({folder.Path(odd), folder.Path("d/" + odd), folder.Path("d")});
+    Delete({folder.Path(odd), folder.Path("d/" + odd), folder.Path("d"), folder.Path(unreadable)});
     EXPECT_EQ(asked.size(), 1U);
-    EXPECT_EQ(asked.front().itemCount, 3U);
+    EXPECT_EQ(asked.front().itemCount, 4U);
     EXPECT_THAT(Below(folder.Path()), IsEmpty());
     const std::string trash = data.Path("Trash");
     const std::string second = "50% \xC3\xA4\xFF.2.txt";
-    EXPECT_THAT(NamesIn(trash + "/files"), UnorderedElementsAre(odd, second, "d"));
+    EXPECT_THAT(NamesIn(trash + "/files"), UnorderedElementsAre(odd, second, "d", cut));
     EXPECT_THAT(
         ReadWholeFile(trash + "/info/" + odd + ".trashinfo"),
         MatchesRegex("\\[Trash Info\\]\nPath=" + folder.Path() +
@@ -74,6 +78,7 @@ TEST_F(TrashOperations, TakeWhatIsDeletedAndTellWhereItWas) {
     Restore(trash, "d", "/");
     Restore(trash, odd, "/");
     Restore(trash, second, "/");
+    Restore(trash, cut, "/");
     EXPECT_EQ(Below(folder.Path()), before);
     EXPECT_THAT(NamesIn(trash + "/info"), IsEmpty());
 }
