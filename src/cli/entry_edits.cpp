@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "platform/api/errors.h"
 #include "security/access_rights.h"
 
 namespace permora {
@@ -85,8 +86,13 @@ EditResult EditObject(const Arguments& arguments, const AccountRecord& account, 
                       ObjectSecurity& object, ConsoleMessages& messages) {
     if (arguments.command == Command::kInherit)
         return ChangeInheritance(arguments.inheritance, target, object, messages);
-    const EntryPlace place = IsFolder(target) ? EntryPlace::kFolder : EntryPlace::kFile;
-    return EditEntries(arguments, account, place, object.entries, messages);
+    bool isFolder = false;
+    if (const DWORD error = AskIsFolder(target, isFolder); error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+        return EditResult::kRefused;
+    }
+    return EditEntries(arguments, account, isFolder ? EntryPlace::kFolder : EntryPlace::kFile, object.entries,
+                       messages);
 }
 
 }  // namespace permora

@@ -1,6 +1,7 @@
 // The terminal program: shows and changes access lists and owners of files, folders and drive roots and the
 // lists of shares, and deletes files for good.
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -20,6 +21,7 @@
 #include "cli/target.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
+#include "platform/host_path.h"
 #include "platform/process_start.h"
 
 namespace permora {
@@ -28,14 +30,17 @@ namespace {
 // The targets of all arguments, found while the current directory is still the user's own. One that means
 // nothing is named and left out.
 std::vector<Target> FindTargets(const std::vector<std::string>& paths, ConsoleMessages& messages) {
+    auto start = std::make_shared<FolderHandle>();
+    if (FolderHandle::OpenCurrent(*start) != ERROR_SUCCESS) start.reset();
     std::vector<Target> targets;
     for (const std::string& path : paths) {
+        messages.SetSubject(path);
         Target target;
-        const DWORD error = MakeTarget(path, target);
-        if (error == ERROR_SUCCESS) {
-            targets.push_back(target);
+        if (IsAmbiguousArgument(path.c_str())) {
+            messages.Say("a file here is called so: write ./ before its name, or the path as /folder/file");
+        } else if (const DWORD error = MakeTarget(path, start, target); error == ERROR_SUCCESS) {
+            targets.push_back(std::move(target));
         } else {
-            messages.SetSubject(path);
             messages.SaySystemError(error);
         }
     }

@@ -21,12 +21,14 @@ bool HandsAnythingDown(const AccessEntryList& entries) {
 
 // Whether what is below the target may be reset; says why not.
 bool MayReset(const Arguments& arguments, const Target& target, ConsoleMessages& messages) {
-    const DWORD error = EnterFolder(target);
-    if (error != ERROR_SUCCESS || GetFileAttributesA(target.name.c_str()) == INVALID_FILE_ATTRIBUTES) {
-        messages.SaySystemError(error != ERROR_SUCCESS ? error : GetLastError());
+    bool isFolder = false;
+    DWORD error = EnterFolder(target);
+    if (error == ERROR_SUCCESS) error = AskIsFolder(target, isFolder);
+    if (error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
         return false;
     }
-    if (!IsFolder(target)) {
+    if (!isFolder) {
         messages.Say("not reset: it is no folder, so nothing is below it");
         return false;
     }

@@ -1,6 +1,7 @@
 #include "cli/target.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "platform/api/errors.h"
@@ -27,14 +28,10 @@ DWORD FullPath(const std::string& path, std::string& full) {
     return ERROR_SUCCESS;
 }
 
-// The attributes are those of a folder; a link to one has others.
-bool AreOfFolder(DWORD attributes) {
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
-}
-
 }  // namespace
 
-DWORD MakeTarget(const std::string& argument, Target& target) {
+DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const FolderHandle>& start,
+                 Target& target) {
     std::string path;
     const DWORD error = FullPath(PathFromArgument(argument.c_str()), path);
     if (error != ERROR_SUCCESS) return error;
@@ -43,25 +40,40 @@ DWORD MakeTarget(const std::string& argument, Target& target) {
     while (path.size() > kDriveRootLength && path.back() == '\\')
         path.pop_back();
     if (path.size() < kDriveRootLength || path[1] != ':' || path[2] != '\\') return ERROR_INVALID_NAME;
+    Target made;
+    made.argument = argument;
     if (path.size() == kDriveRootLength) {
-        target = {argument, "", path, ItemPlace::kDriveRoot};
+        made.name = path;
+        made.place = ItemPlace::kDriveRoot;
+        target = std::move(made);
         return ERROR_SUCCESS;
     }
     // The separator stays at the folder's end: the last component of a path is not followed when it is a
     // link, but a link in the middle of what the user typed means the folder behind it.
     const std::size_t nameStart = path.rfind('\\') + 1;
-    target = {argument, path.substr(0, nameStart), path.substr(nameStart), ItemPlace::kCurrentDirectory,
-              endsWithSeparator};
+    made.folder = path.substr(0, nameStart);
+    made.name = path.substr(nameStart);
+    made.endsWithSeparator = endsWithSeparator;
+    const std::optional<std::string> below = PathBelowCurrent(argument.c_str());
+    if (below && start) {
+        made.start = start;
+        made.folderFromStart = below->empty() ? "..\\" : below->substr(0, below->rfind('\\') + 1);
+    }
+    target = std::move(made);
     return ERROR_SUCCESS;
 }
 
 DWORD EnterFolder(const Target& target) {
     if (target.folder.empty()) return ERROR_SUCCESS;
-    if (SetCurrentDirectoryA(target.folder.c_str()) == FALSE) return GetLastError();
+    if (target.start) {
+        if (const DWORD error = target.start->MakeCurrent(); error != ERROR_SUCCESS) return error;
+    }
+    const std::string& folder = target.start ? target.folderFromStart : target.folder;
+    if (!folder.empty() && SetCurrentDirectoryA(folder.c_str()) == FALSE) return GetLastError();
     if (!target.endsWithSeparator) return ERROR_SUCCESS;
-    const DWORD attributes = GetFileAttributesA(target.name.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) return GetLastError();
-    return AreOfFolder(attributes) ? ERROR_SUCCESS : ERROR_DIRECTORY;
+    bool isFolder = false;
+    const DWORD error = AskIsFolder(target, isFolder);
+    return error == ERROR_SUCCESS && !isFolder ? ERROR_DIRECTORY : error;
 }
 
 std::string TypedPath(const Target& target, const std::string& below) {
@@ -75,9 +87,12 @@ std::string TypedPath(const Target& target, const std::string& below) {
     return typed + (endsWithSeparator ? "" : std::string(1, separator)) + rest;
 }
 
-bool IsFolder(const Target& target) {
+DWORD AskIsFolder(const Target& target, bool& isFolder) {
     const DWORD attributes = GetFileAttributesA(target.name.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && AreOfFolder(attributes);
+    if (attributes == INVALID_FILE_ATTRIBUTES) return GetLastError();
+    isFolder =
+        (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+    return ERROR_SUCCESS;
 }
 
 }  // namespace permora

@@ -1,9 +1,11 @@
 // An object named on the command line, in the form in which the access list services take it.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "platform/api/base.h"
+#include "platform/folder_files.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -11,15 +13,20 @@ namespace permora {
 struct Target {
     std::string argument;  // as typed: how every message and listing names the object
     std::string folder;    // absolute, to be made current before `name` is used; empty for a drive root
-    std::string name;      // bare, or "C:\" for a drive root
+    // What was typed relative to the current directory is found from there, whatever that is called by then;
+    // null for everything else.
+    std::shared_ptr<const FolderHandle> start;
+    std::string folderFromStart;  // empty: the start itself
+    std::string name;             // bare, or "C:\" for a drive root
     ItemPlace place = ItemPlace::kCurrentDirectory;
     bool endsWithSeparator = false;  // as typed: it must be a folder
 };
 
-// Finds out what an argument names, relative to the current directory: all arguments must have been asked
-// about before the first EnterFolder. The text alone is looked at; the object need not exist. On failure
-// `target` is untouched and the result is a system error code.
-DWORD MakeTarget(const std::string& argument, Target& target);
+// Finds out what an argument names, relative to the current directory, which is `start` (null when it cannot
+// be held): all arguments must have been asked about before the first EnterFolder. The text alone is looked
+// at; the object need not exist. On failure `target` is untouched and the result is a system error code.
+DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const FolderHandle>& start,
+                 Target& target);
 
 // Makes the folder that holds the object current, so that its bare name means it. Returns a system error
 // code: ERROR_DIRECTORY for a link or a file with a separator behind it. "link/" means what the link leads to
@@ -30,7 +37,8 @@ DWORD EnterFolder(const Target& target);
 // user would have typed it.
 std::string TypedPath(const Target& target, const std::string& below);
 
-// Whether the object, whose folder is current, is a folder itself (a link to one is not).
-bool IsFolder(const Target& target);
+// Whether the object, whose folder is current, is a folder itself (a link to one is not). Returns a system
+// error code.
+DWORD AskIsFolder(const Target& target, bool& isFolder);
 
 }  // namespace permora

@@ -3,7 +3,7 @@
 // The system's calls take paths, and every path is resolved anew. Who destroys files in folders that others
 // can write must not: a folder that was swapped for a link between two calls would lead the second one into
 // another tree. Here a folder is opened once, and everything in it is reached by its bare name through that
-// handle. The current directory stays what it is.
+// handle. The current directory stays what it is, but for MakeCurrent.
 #pragma once
 
 #include <memory>
@@ -79,6 +79,8 @@ class FolderHandle {
 
     // The current directory, to reach what is in it. It cannot be listed.
     static DWORD OpenCurrent(FolderHandle& folder);
+    // Makes the folder the current directory, whatever it is called by now.
+    DWORD MakeCurrent() const;
 
     // A folder in this one, to be listed: never through a link (ERROR_CANT_RESOLVE_FILENAME or
     // ERROR_DIRECTORY), and never what is mounted there (ERROR_NOT_SAME_DEVICE). On Linux each open folder

@@ -1,6 +1,7 @@
 // Paths as the host's own users type them.
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace permora {
@@ -10,5 +11,14 @@ namespace permora {
 // directory. Empty (no path at all) when that directory was deleted. Text only; the object need not exist.
 // Both forms of a path mean the same object.
 std::string PathFromArgument(const char* argument);
+
+// The same relative to the current directory, whatever that is called by then: for an argument as the host
+// writes it that names this directory (empty) or something below it. Nothing for every other one.
+std::optional<std::string> PathBelowCurrent(const char* argument);
+
+// Whether an argument that is taken for a path with a drive letter or a leading backslash is also the host's
+// name of something in the current directory. Who can write there can give such names, and a shell puts them
+// in the place of "*": nobody knows which of the two was meant.
+bool IsAmbiguousArgument(const char* argument);
 
 }  // namespace permora

@@ -247,6 +247,10 @@ TEST_F(CommandsTest, ANameMeansThatOneObject) {
         EXPECT_EQ(objects[i]["entries"][0]["mask"], mask.str()) << names[i];
     }
     EXPECT_THAT(RunCli({"show", "\x1b[2J"}).output, HasSubstr("\\u{1b}[2J"));
+    // Without the "./" it could as well mean the drive, and stands where a shell was given "*".
+    const CommandResult ambiguous = RunCli({"show", "C:"});
+    EXPECT_EQ(ambiguous.exitCode, 1);
+    EXPECT_THAT(ambiguous.output, HasSubstr("permora-cli: C:: a file here is called so: "));
 }
 
 TEST_F(CommandsTest, ALinkIsNeverFollowedAtTheEndOfAPath) {

@@ -50,6 +50,19 @@ TEST_F(ShredTest, NothingIsTouchedWithoutConsent) {
     EXPECT_FALSE(std::filesystem::exists(top));
 }
 
+TEST_F(ShredTest, WhatIsSwappedWhileTheQuestionStandsIsNotReached) {
+    if (const std::string reason = MissingProgram("script"); !reason.empty()) GTEST_SKIP() << reason;
+    folder.MakeFolder("other");
+    const std::string other = folder.MakeFile("other/file");
+    const CommandResult result = RunCommand({"sh", "-c",
+                                             R"(cd "$1" && (until grep -qs "Go on" "$2"; do sleep 0.01; done
+            mv "$1" "$1-moved"; ln -s "$3" "$1"; echo yes) | script -qefc "'$0' shred file" "$2")",
+                                             CliPath(), sub, folder.Path("log"), folder.Path("other")});
+    EXPECT_EQ(result.exitCode, 0) << result.output;
+    EXPECT_TRUE(std::filesystem::exists(other));
+    EXPECT_TRUE(std::filesystem::is_empty(sub + "-moved"));
+}
+
 TEST_F(ShredTest, WhatStaysIsNamedAsItWasTyped) {
     chmod(file.c_str(), 0444);
     std::filesystem::current_path(folder.Path());

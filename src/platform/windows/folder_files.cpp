@@ -195,6 +195,19 @@ DWORD FolderHandle::OpenCurrent(FolderHandle& folder) {
     return ERROR_SUCCESS;
 }
 
+DWORD FolderHandle::MakeCurrent() const {
+    std::wstring path;
+    DWORD length = GetFinalPathNameByHandleW(inside->folder.get(), nullptr, 0, FILE_NAME_NORMALIZED);
+    // The folder may be renamed between the two calls.
+    while (length > path.size()) {
+        path.resize(length);
+        length = GetFinalPathNameByHandleW(inside->folder.get(), path.data(), length, FILE_NAME_NORMALIZED);
+    }
+    if (length == 0) return GetLastError();
+    path.resize(length);
+    return SetCurrentDirectoryW(path.c_str()) != FALSE ? ERROR_SUCCESS : GetLastError();
+}
+
 DWORD FolderHandle::OpenFolder(const std::string& name, FolderHandle& folder) const {
     UniqueHandle opened;
     FILE_ATTRIBUTE_TAG_INFO tag{};

@@ -145,6 +145,10 @@ DWORD FolderHandle::OpenCurrent(FolderHandle& folder) {
     return ERROR_SUCCESS;
 }
 
+DWORD FolderHandle::MakeCurrent() const {
+    return fchdir(inside->Descriptor()) == 0 ? ERROR_SUCCESS : host::ErrorFromErrno(errno);
+}
+
 DWORD FolderHandle::OpenFolder(const std::string& name, FolderHandle& folder) const {
     std::string hostName;
     if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;

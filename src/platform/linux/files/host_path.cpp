@@ -1,16 +1,28 @@
 #include "platform/host_path.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <string_view>
 
 #include "platform/linux/files/current_directory.h"
+#include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/path_text.h"
 #include "platform/linux/files/paths.h"
 
 namespace permora {
+namespace {
+
+bool IsPathOfSystem(std::string_view argument) {
+    return argument.starts_with('\\') || host::DriveLetterOf(argument) != 0;
+}
+
+}  // namespace
 
 std::string PathFromArgument(const char* argument) {
     const std::string_view text(argument);
-    if (text.empty() || text.front() == '\\' || host::DriveLetterOf(text) != 0) return std::string(text);
+    if (text.empty() || IsPathOfSystem(text)) return std::string(text);
 
     std::string hostPath;
     if (text.front() != '/') {
@@ -24,6 +36,30 @@ std::string PathFromArgument(const char* argument) {
     const bool asksForFolder = text.ends_with('/') || text.ends_with("/.");
     if (asksForFolder && path.back() != '\\') path += '\\';
     return path;
+}
+
+std::optional<std::string> PathBelowCurrent(const char* argument) {
+    std::string_view rest(argument);
+    if (rest.empty() || rest.front() == '/' || IsPathOfSystem(rest)) return std::nullopt;
+    std::string path;
+    while (!rest.empty()) {
+        const std::string_view component = rest.substr(0, rest.find('/'));
+        rest.remove_prefix(std::min(component.size() + 1, rest.size()));
+        if (component.empty() || component == ".") continue;
+        if (component == "..") {
+            if (path.empty()) return std::nullopt;
+            const std::size_t separator = path.rfind('\\');
+            path.resize(separator == path.npos ? 0 : separator);
+        } else {
+            path += (path.empty() ? "" : "\\") + host::EncodeName(component);
+        }
+    }
+    return path;
+}
+
+bool IsAmbiguousArgument(const char* argument) {
+    struct stat status {};
+    return IsPathOfSystem(argument) && fstatat(AT_FDCWD, argument, &status, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
 }  // namespace permora

@@ -31,6 +31,21 @@ TEST_F(HostPath, ArgumentsOfBothKindsBecomeAbsolutePathsOfTheSameObjects) {
     };
     for (const auto& [argument, path] : kCases)
         EXPECT_EQ(PathFromArgument(argument.c_str()), path) << argument;
+    const std::pair<std::string, std::optional<std::string>> kBelow[] = {
+        {"x", "x"},
+        {"./a//b\\c/../d/", "a\\d"},
+        {"x/..", ""},
+        {".", ""},
+        {"./C:\\x", "C\uF03A\uF05Cx"},
+        {"..", std::nullopt},
+        {"a/../../b", std::nullopt},
+        {"/x", std::nullopt},
+        {"\\x", std::nullopt},
+        {"d:x", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (const auto& [argument, path] : kBelow)
+        EXPECT_EQ(PathBelowCurrent(argument.c_str()), path) << argument;
     // A neighbour whose name only begins like the drive's root.
     EXPECT_NE(PathFromArgument((folder.Path() + "x").c_str()).front(), 'T');
 }
