@@ -29,6 +29,11 @@ class UnendingJob : public FileOperationJob {
         while (host.Report({}))
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        // Who reads what it says may be gone already.
+        int pipeEnds[2] = {};
+        ASSERT_EQ(pipe(pipeEnds), 0);
+        close(pipeEnds[0]);
+        EXPECT_LT(write(pipeEnds[1], "x", 1), 0);
         std::fputs("in order again", stderr);
     }
 

@@ -56,6 +56,8 @@ EndSignals::EndSignals(std::function<void()> end) : notifier(SignalDescriptor(),
         end();
     });
     writtenBySignal = SignalDescriptor();
+    // Who reads what the program says on a pipe may have ended at the same signal.
+    std::signal(SIGPIPE, SIG_IGN);
     for (const int signal : kEndSignals)
         Handle(signal);
 }
