@@ -32,7 +32,7 @@ std::optional<std::vector<AccessEntry>> MakeEntries(const Arguments& arguments, 
     ObjectSecurity object;
     if (!ReadForChange(first, object, messages)) return std::nullopt;
     if (!LoadAccountsFromItem(nullptr, first.name.c_str(), first.place, rights)) {
-        if (!messages.HasSpoken()) messages.Say("its access list cannot be read");
+        messages.SayIfSilent("its access list cannot be read");
         return std::nullopt;
     }
     if (!MayReplace(LossesOf(object), arguments, messages)) return std::nullopt;

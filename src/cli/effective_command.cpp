@@ -26,22 +26,16 @@ struct Answer {
 
 std::optional<Answer> Ask(const Target& target, PSID account, ConsoleMessages& messages) {
     Answer answer;
-    DWORD error = EnterFolder(target);
-    if (error == ERROR_SUCCESS) {
-        if (!ReadObjectDacl(nullptr, target.name.c_str(), target.place, answer.object)) {
-            if (!messages.HasSpoken()) messages.Say("its access list cannot be read");
-            return std::nullopt;
-        }
-        if (answer.object.dacl == nullptr) return answer;
-        DWORD rights = 0;
-        error = FindEffectiveRights(answer.object.dacl, account, rights);
-        if (error == ERROR_SUCCESS) {
-            answer.rights = rights;
-            return answer;
-        }
+    if (!ReadList(target, answer.object, messages)) return std::nullopt;
+    if (answer.object.dacl == nullptr) return answer;
+    DWORD rights = 0;
+    const DWORD error = FindEffectiveRights(answer.object.dacl, account, rights);
+    if (error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+        return std::nullopt;
     }
-    messages.SaySystemError(error);
-    return std::nullopt;
+    answer.rights = rights;
+    return answer;
 }
 
 const char* PermissionOf(DWORD rights) {

@@ -4,20 +4,11 @@
 
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
-#include "platform/api/errors.h"
 
 namespace permora {
 
 bool ReadForChange(const Target& target, ObjectSecurity& object, ConsoleMessages& messages) {
-    const DWORD error = EnterFolder(target);
-    if (error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
-        return false;
-    }
-    if (!ReadObjectDacl(nullptr, target.name.c_str(), target.place, object)) {
-        if (!messages.HasSpoken()) messages.Say("its access list cannot be read");
-        return false;
-    }
+    if (!ReadList(target, object, messages)) return false;
     if (!object.inheritance) {
         messages.Say("not changed: whether it inherits cannot be read");
         return false;
@@ -71,7 +62,7 @@ bool WriteDacl(const Target& target, std::optional<DaclInheritance> inheritance,
         Print(PrintableText(target.argument) + ": changed\n");
         return true;
     }
-    if (!messages.HasSpoken()) messages.Say("its access list cannot be written");
+    messages.SayIfSilent("its access list cannot be written");
     return false;
 }
 

@@ -18,7 +18,7 @@ namespace permora {
 
 // What answers false or null has said why.
 
-// Makes the target's folder current and reads its list.
+// As ReadList, for a list that is to be replaced.
 bool ReadForChange(const Target& target, ObjectSecurity& object, ConsoleMessages& messages);
 
 // What a list that was read would lose if it were replaced by one that this program builds.

@@ -3,9 +3,20 @@
 #include <cstdio>
 
 #include "cli/terminal_text.h"
+#include "platform/api/errors.h"
 #include "security/access_rows.h"
 
 namespace permora {
+
+bool ReadList(const Target& target, ObjectSecurity& object, ConsoleMessages& messages) {
+    if (const DWORD error = EnterFolder(target); error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+        return false;
+    }
+    if (ReadObjectDacl(nullptr, target.name.c_str(), target.place, object)) return true;
+    messages.SayIfSilent("its access list cannot be read");
+    return false;
+}
 
 std::vector<std::string> RemarksOn(PACL dacl, const AccessEntryList& entries) {
     if (dacl == nullptr) return {"there is no access list: everyone may do everything"};

@@ -5,9 +5,13 @@
 #include <vector>
 
 #include "cli/messages.h"
+#include "cli/target.h"
 #include "security/object_security.h"
 
 namespace permora {
+
+// Makes the target's folder current and reads its list; false after a message.
+bool ReadList(const Target& target, ObjectSecurity& object, ConsoleMessages& messages);
 
 // What must be known about a list beside its rows, a sentence each: that there is none, that it is empty, out
 // of order, or holds entries that no row shows.

@@ -28,6 +28,10 @@ void ConsoleMessages::Say(std::string_view text) {
     std::fputs(line.c_str(), stderr);
 }
 
+void ConsoleMessages::SayIfSilent(std::string_view text) {
+    if (!hasSpoken) Say(text);
+}
+
 void ConsoleMessages::SaySystemError(DWORD code) {
     Say(SystemMessageLine(code));
 }

@@ -22,11 +22,10 @@ class ConsoleMessages : public MessagePresenter {
 
     // Writes one line, a line break at the end of `text` left out.
     void Say(std::string_view text);
+    // The same unless something was said since the subject was set, as by a box that told the failure.
+    void SayIfSilent(std::string_view text);
     // The system's text for an error code, or its number when it has none: no failure is silent.
     void SaySystemError(DWORD code);
-
-    // Whether anything was said since the subject was set.
-    bool HasSpoken() const { return hasSpoken; }
 
     // A box's text as a line; the answer is the safest button.
     int Present(HWND owner, const char* text, const char* caption, UINT type) override;

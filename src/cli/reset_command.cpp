@@ -33,10 +33,7 @@ bool MayReset(const Arguments& arguments, const Target& target, ConsoleMessages&
         return false;
     }
     ObjectSecurity object;
-    if (!ReadObjectDacl(nullptr, target.name.c_str(), target.place, object)) {
-        if (!messages.HasSpoken()) messages.Say("its access list cannot be read");
-        return false;
-    }
+    if (!ReadList(target, object, messages)) return false;
     if (arguments.emptyLists || HandsAnythingDown(object.entries)) return true;
     messages.Say(
         "not reset: it hands no entries down, so afterwards nobody would have access to what is below it "

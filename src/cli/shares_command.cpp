@@ -66,7 +66,7 @@ DWORD ListShares(std::vector<Facts>& shares) {
 
 bool Load(const std::string& name, ShareSecurity& share, ConsoleMessages& messages) {
     if (LoadShareDacl(nullptr, name.c_str(), share)) return true;
-    if (!messages.HasSpoken()) messages.Say("the share cannot be read");
+    messages.SayIfSilent("the share cannot be read");
     return false;
 }
 
@@ -105,7 +105,7 @@ bool Write(const std::string& name, const ShareSecurity& share, PACL dacl, Conso
         Print(PrintableText(name) + ": changed\n");
         return true;
     }
-    if (!messages.HasSpoken()) messages.Say("its access list cannot be written");
+    messages.SayIfSilent("its access list cannot be written");
     return false;
 }
 

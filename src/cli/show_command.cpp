@@ -20,27 +20,21 @@ struct ShownObject {
 // Reads with the checks that every reader of a list makes, then owner and group, which they do not need.
 std::optional<ShownObject> ReadObject(const Target& target, ConsoleMessages& messages) {
     ShownObject object;
-    DWORD error = EnterFolder(target);
-    if (error == ERROR_SUCCESS) {
-        if (!ReadObjectDacl(nullptr, target.name.c_str(), target.place, object.security)) {
-            if (!messages.HasSpoken()) messages.Say("its access list cannot be read");
-            return std::nullopt;
-        }
-        PSID owner = nullptr;
-        PSECURITY_DESCRIPTOR whole = nullptr;
-        error = GetNamedSecurityInfoA(
-            target.name.c_str(), SE_FILE_OBJECT,
-            OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &owner,
-            nullptr, nullptr, nullptr, &whole);
-        if (error == ERROR_SUCCESS) {
-            object.whole.reset(whole);
-            AccountRecord account;
-            if (account.SetSid(owner)) object.owner = AccountDisplayName(account);
-            return object;
-        }
+    if (!ReadList(target, object.security, messages)) return std::nullopt;
+    PSID owner = nullptr;
+    PSECURITY_DESCRIPTOR whole = nullptr;
+    const DWORD error = GetNamedSecurityInfoA(
+        target.name.c_str(), SE_FILE_OBJECT,
+        OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &owner, nullptr,
+        nullptr, nullptr, &whole);
+    if (error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+        return std::nullopt;
     }
-    messages.SaySystemError(error);
-    return std::nullopt;
+    object.whole.reset(whole);
+    AccountRecord account;
+    if (account.SetSid(owner)) object.owner = AccountDisplayName(account);
+    return object;
 }
 
 std::string TableText(const Target& target, ShownObject& object) {
