@@ -11,6 +11,7 @@
 #include "platform/api/errors.h"
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/files/name_mapping.h"
+#include "platform/linux/security/descriptor_view.h"
 #include "platform/nt/sddl.h"
 #include "platform/nt/security_descriptor.h"
 
@@ -95,8 +96,7 @@ std::string DescriptorText(const std::string& hostPath, SECURITY_INFORMATION par
                                               nullptr, &found);
     if (error != ERROR_SUCCESS) return "error " + std::to_string(error);
     const UniqueLocal<void> block(found);
-    const auto descriptor = nt::SecurityDescriptor::FromBytes(
-        {static_cast<const std::uint8_t*>(found), GetSecurityDescriptorLength(found)});
+    const auto descriptor = host::DescriptorValue(found);
     if (!descriptor) return "no valid descriptor";
     return nt::ToSddl(*descriptor, parts).value_or("no text form");
 }

@@ -18,7 +18,6 @@ using PSID = void*;
 using PSECURITY_DESCRIPTOR = void*;
 using ACCESS_MASK = DWORD;
 using SECURITY_INFORMATION = DWORD;
-using PSECURITY_INFORMATION = DWORD*;
 using SECURITY_DESCRIPTOR_CONTROL = WORD;
 using PSECURITY_DESCRIPTOR_CONTROL = WORD*;
 using PUCHAR = unsigned char*;
@@ -53,7 +52,6 @@ inline constexpr WORD SE_DACL_AUTO_INHERITED         = 0x0400;
 inline constexpr WORD SE_SACL_AUTO_INHERITED         = 0x0800;
 inline constexpr WORD SE_DACL_PROTECTED              = 0x1000;
 inline constexpr WORD SE_SACL_PROTECTED              = 0x2000;
-inline constexpr WORD SE_RM_CONTROL_VALID            = 0x4000;
 inline constexpr WORD SE_SELF_RELATIVE               = 0x8000;
 
 inline constexpr DWORD OWNER_SECURITY_INFORMATION            = 0x00000001;
@@ -170,8 +168,7 @@ inline constexpr DWORD SDDL_REVISION_1 = 1;
 extern "C" {
 
 // --- Security identifiers. A SID handed to these functions must be readable for its whole length; only
-// IsValidSid
-// --- may be asked about a doubtful one.
+// IsValidSid may be asked about a doubtful one.
 BOOL WINAPI IsValidSid(PSID sid);
 DWORD WINAPI GetLengthSid(PSID sid);
 BOOL WINAPI CopySid(DWORD targetSize, PSID target, PSID source);
@@ -200,12 +197,9 @@ BOOL WINAPI InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor, DWORD 
 BOOL WINAPI SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, BOOL present, PACL dacl,
                                       BOOL defaulted);
 BOOL WINAPI IsValidSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor);
-DWORD WINAPI GetSecurityDescriptorLength(PSECURITY_DESCRIPTOR descriptor);
 BOOL WINAPI GetSecurityDescriptorControl(PSECURITY_DESCRIPTOR descriptor,
                                          PSECURITY_DESCRIPTOR_CONTROL control, LPDWORD revision);
 // Outputs point into the descriptor and live as long as it does.
-BOOL WINAPI GetSecurityDescriptorOwner(PSECURITY_DESCRIPTOR descriptor, PSID* owner, LPBOOL defaulted);
-BOOL WINAPI GetSecurityDescriptorGroup(PSECURITY_DESCRIPTOR descriptor, PSID* group, LPBOOL defaulted);
 BOOL WINAPI GetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, LPBOOL present, PACL* dacl,
                                       LPBOOL defaulted);
 // Sizes in bytes, read and written; a size too small is set to the size needed (ERROR_INSUFFICIENT_BUFFER).
@@ -227,15 +221,14 @@ DWORD WINAPI SetNamedSecurityInfoA(LPSTR name, SE_OBJECT_TYPE type, SECURITY_INF
                                    PSID owner, PSID group, PACL dacl, PACL sacl);
 
 // --- Accounts. Name and domain sizes in characters with the NUL; on ERROR_INSUFFICIENT_BUFFER all sizes are
-// --- set to what is needed, on success the texts' to their lengths without the NUL. A null or empty `system`
-// --- means this machine; ERROR_NONE_MAPPED: no such account.
+// set to what is needed, on success the texts' to their lengths without the NUL. A null or empty `system`
+// means this machine; ERROR_NONE_MAPPED: no such account.
 BOOL WINAPI LookupAccountSidA(LPCSTR system, PSID sid, LPSTR name, LPDWORD nameSize, LPSTR domain,
                               LPDWORD domainSize, PSID_NAME_USE use);
 BOOL WINAPI LookupAccountNameA(LPCSTR system, LPCSTR account, PSID sid, LPDWORD sidSize, LPSTR domain,
                                LPDWORD domainSize, PSID_NAME_USE use);
 
 // --- Text forms. Outputs are LocalAlloc blocks.
-BOOL WINAPI ConvertSidToStringSidA(PSID sid, LPSTR* text);
 BOOL WINAPI ConvertStringSidToSidA(LPCSTR text, PSID* sid);
 BOOL WINAPI ConvertSecurityDescriptorToStringSecurityDescriptorA(PSECURITY_DESCRIPTOR descriptor,
                                                                  DWORD revision,

@@ -23,7 +23,6 @@ inline constexpr DWORD SHI_USES_UNLIMITED = 0xFFFFFFFF;
 // Which field a record was refused for.
 inline constexpr DWORD SHARE_NETNAME_PARMNUM = 1;
 inline constexpr DWORD SHARE_TYPE_PARMNUM = 3;
-inline constexpr DWORD SHARE_REMARK_PARMNUM = 4;
 inline constexpr DWORD SHARE_PERMISSIONS_PARMNUM = 5;
 inline constexpr DWORD SHARE_MAX_USES_PARMNUM = 6;
 inline constexpr DWORD SHARE_PATH_PARMNUM = 8;
@@ -35,7 +34,6 @@ struct SHARE_INFO_1 {
     DWORD shi1_type;
     LPWSTR shi1_remark;
 };
-using PSHARE_INFO_1 = SHARE_INFO_1*;
 
 struct SHARE_INFO_2 {
     LPWSTR shi2_netname;
@@ -47,7 +45,6 @@ struct SHARE_INFO_2 {
     LPWSTR shi2_path;  // of this machine, with drive letter; empty for what is no folder
     LPWSTR shi2_passwd;
 };
-using PSHARE_INFO_2 = SHARE_INFO_2*;
 
 struct SHARE_INFO_502 {
     LPWSTR shi502_netname;
@@ -61,7 +58,6 @@ struct SHARE_INFO_502 {
     DWORD shi502_reserved;
     PSECURITY_DESCRIPTOR shi502_security_descriptor;  // handed out self-relative; null: the share has none
 };
-using PSHARE_INFO_502 = SHARE_INFO_502*;
 
 extern "C" {
 

@@ -18,11 +18,6 @@ inline std::optional<std::span<const std::uint8_t>> Slice(std::span<const std::u
     return bytes.subspan(offset, size);
 }
 
-inline std::optional<std::uint8_t> ReadU8(std::span<const std::uint8_t> bytes, std::size_t offset) {
-    if (offset >= bytes.size()) return std::nullopt;
-    return bytes[offset];
-}
-
 inline std::optional<std::uint16_t> ReadU16(std::span<const std::uint8_t> bytes, std::size_t offset) {
     const auto field = Slice(bytes, offset, 2);
     if (!field) return std::nullopt;

@@ -23,7 +23,6 @@ class UniqueFd {
 
     int Get() const { return descriptor; }
     explicit operator bool() const { return descriptor >= 0; }
-    int Release() { return std::exchange(descriptor, -1); }
     void Reset(int replacement = -1) {
         if (descriptor >= 0) close(descriptor);
         descriptor = replacement;

@@ -1,5 +1,4 @@
 // Security descriptors in the caller's memory, absolute or self-relative. Their parts need not be aligned.
-#include <algorithm>
 #include <cstring>
 
 #include "platform/api/errors.h"
@@ -40,14 +39,6 @@ bool AreValid(const Parts& parts) {
 
 bool IsSelfRelative(const DescriptorView& view) {
     return (view.control & SE_SELF_RELATIVE) != 0;
-}
-
-// Gives out a SID of the descriptor as the SDK does: without one, `defaulted` stays as it was.
-BOOL HandOutSid(PSID sid, bool isDefaulted, PSID* target, LPBOOL defaulted) {
-    if (target == nullptr || defaulted == nullptr) return Fail(ERROR_INVALID_PARAMETER);
-    *target = sid;
-    if (sid != nullptr) *defaulted = isDefaulted ? TRUE : FALSE;
-    return TRUE;
 }
 
 // A place of the caller for one part, and the caller's word on how large it is.
@@ -97,26 +88,6 @@ BOOL WINAPI IsValidSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor) {
     return view && AreValid(PartsOf(*view));
 }
 
-DWORD WINAPI GetSecurityDescriptorLength(PSECURITY_DESCRIPTOR descriptor) {
-    const auto view = DescriptorView::Of(descriptor);
-    if (!view) return 0;
-    const Parts parts = PartsOf(*view);
-    std::size_t length =
-        IsSelfRelative(*view) ? sizeof(SECURITY_DESCRIPTOR_RELATIVE) : sizeof(SECURITY_DESCRIPTOR);
-    for (const Part& part : {parts.sacl, parts.dacl, parts.owner, parts.group}) {
-        if (part.bytes == nullptr) continue;
-        if (IsSelfRelative(*view)) {
-            // The end of its last part, so that a copy of this length is complete where the parts have gaps
-            // between them and stays inside the descriptor where two of them share bytes.
-            const auto offset = static_cast<BYTE*>(part.bytes) - static_cast<BYTE*>(descriptor);
-            length = std::max(length, static_cast<std::size_t>(offset) + part.length);
-        } else {
-            length += part.length;
-        }
-    }
-    return static_cast<DWORD>(length);
-}
-
 BOOL WINAPI GetSecurityDescriptorControl(PSECURITY_DESCRIPTOR descriptor,
                                          PSECURITY_DESCRIPTOR_CONTROL control, LPDWORD revision) {
     const auto view = DescriptorView::Of(descriptor);
@@ -125,18 +96,6 @@ BOOL WINAPI GetSecurityDescriptorControl(PSECURITY_DESCRIPTOR descriptor,
     *control = view->control;
     *revision = SECURITY_DESCRIPTOR_REVISION;
     return TRUE;
-}
-
-BOOL WINAPI GetSecurityDescriptorOwner(PSECURITY_DESCRIPTOR descriptor, PSID* owner, LPBOOL defaulted) {
-    const auto view = DescriptorView::Of(descriptor);
-    if (!view) return Fail(ERROR_INVALID_SECURITY_DESCR);
-    return HandOutSid(view->owner, (view->control & SE_OWNER_DEFAULTED) != 0, owner, defaulted);
-}
-
-BOOL WINAPI GetSecurityDescriptorGroup(PSECURITY_DESCRIPTOR descriptor, PSID* group, LPBOOL defaulted) {
-    const auto view = DescriptorView::Of(descriptor);
-    if (!view) return Fail(ERROR_INVALID_SECURITY_DESCR);
-    return HandOutSid(view->group, (view->control & SE_GROUP_DEFAULTED) != 0, group, defaulted);
 }
 
 BOOL WINAPI GetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, LPBOOL present, PACL* dacl,

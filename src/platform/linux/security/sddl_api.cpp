@@ -1,4 +1,4 @@
-// SIDs and security descriptors as text, and back.
+// SIDs of texts, and security descriptors as text and back.
 #include <cstring>
 #include <string>
 #include <vector>
@@ -15,7 +15,6 @@ namespace {
 
 using permora::host::DescriptorValue;
 using permora::host::Fail;
-using permora::host::SidOf;
 
 constexpr SECURITY_INFORMATION kAllParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
                                            DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
@@ -28,17 +27,6 @@ void* LocalCopy(const void* bytes, std::size_t size) {
 }
 
 }  // namespace
-
-BOOL WINAPI ConvertSidToStringSidA(PSID sid, LPSTR* text) {
-    if (text == nullptr) return Fail(ERROR_INVALID_PARAMETER);
-    const auto value = SidOf(sid);
-    if (!value) return Fail(ERROR_INVALID_SID);
-    const std::string written = value->ToText();
-    void* copy = LocalCopy(written.c_str(), written.size() + 1);
-    if (copy == nullptr) return FALSE;
-    *text = static_cast<LPSTR>(copy);
-    return TRUE;
-}
 
 BOOL WINAPI ConvertStringSidToSidA(LPCSTR text, PSID* sid) {
     if (text == nullptr || sid == nullptr) return Fail(ERROR_INVALID_PARAMETER);

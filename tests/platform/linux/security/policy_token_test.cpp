@@ -15,6 +15,7 @@
 #include "platform/api/messages.h"
 #include "platform/api/policy.h"
 #include "platform/api/token.h"
+#include "platform/linux/security/descriptor_view.h"
 #include "platform/resources.h"
 #include "tests/support/command.h"
 #include "tests/support/own_mounts.h"
@@ -42,12 +43,8 @@ std::string HoldersOf(std::u16string right) {
         static_cast<LSA_ENUMERATION_INFORMATION*>(block));
     if (status != 0) return "error " + std::to_string(LsaNtStatusToWinError(status));
     std::string holders;
-    for (ULONG i = 0; i < count; ++i) {
-        LPSTR text = nullptr;
-        EXPECT_TRUE(ConvertSidToStringSidA(accounts.get()[i].Sid, &text));
-        const UniqueLocal<char> owned(text);
-        holders += std::string(text) + ' ';
-    }
+    for (ULONG i = 0; i < count; ++i)
+        holders += host::SidOf(accounts.get()[i].Sid).value().ToText() + ' ';
     return holders;
 }
 
