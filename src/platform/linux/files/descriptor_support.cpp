@@ -29,16 +29,15 @@ bool CanBeThere(const ObjectHandle& object, const char* name) {
 }  // namespace
 
 DescriptorStoreKind StoreKindOf(const ObjectHandle& object) {
-    if (IsThere(object, "system.ntfs_acl")) return DescriptorStoreKind::kNtfs3g;
-    if (IsThere(object, "system.ntfs_security")) return DescriptorStoreKind::kNtfs3;
+    if (IsThere(object, kNtfs3gAttribute)) return DescriptorStoreKind::kNtfs3g;
+    if (IsThere(object, kNtfs3Attribute)) return DescriptorStoreKind::kNtfs3;
     // The kernel demands it for writing attributes of the "security" family.
     if (HasCapability(CapabilitySet::kEffective, CAP_SYS_ADMIN)) {
-        return CanBeThere(object, "security.NTACL") ? DescriptorStoreKind::kSamba
-                                                    : DescriptorStoreKind::kNone;
+        return CanBeThere(object, kSambaAttribute) ? DescriptorStoreKind::kSamba : DescriptorStoreKind::kNone;
     }
     const bool holdsUserAttributes = S_ISREG(object.Status().st_mode) || object.IsFolder();
-    return holdsUserAttributes && CanBeThere(object, "user.permora.sd") ? DescriptorStoreKind::kUser
-                                                                        : DescriptorStoreKind::kNone;
+    return holdsUserAttributes && CanBeThere(object, kUserAttribute) ? DescriptorStoreKind::kUser
+                                                                     : DescriptorStoreKind::kNone;
 }
 
 }  // namespace permora::host

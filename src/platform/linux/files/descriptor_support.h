@@ -5,12 +5,18 @@
 
 namespace permora::host {
 
+// The attributes that hold descriptors.
+inline constexpr const char* kNtfs3gAttribute = "system.ntfs_acl";
+inline constexpr const char* kNtfs3Attribute = "system.ntfs_security";
+inline constexpr const char* kSambaAttribute = "security.NTACL";
+inline constexpr const char* kUserAttribute = "user.permora.sd";
+
 enum class DescriptorStoreKind {
     kNone,    // nowhere: the file system has no fitting attributes, or not on this kind of object
-    kNtfs3g,  // on the NTFS volume itself, through ntfs-3g: system.ntfs_acl
-    kNtfs3,   // on the NTFS volume itself, through the kernel's ntfs3: system.ntfs_security
-    kSamba,   // security.NTACL, for a process that may write such attributes
-    kUser,    // user.permora.sd, for everyone else; only files and folders can have it
+    kNtfs3g,  // on the NTFS volume itself, through ntfs-3g
+    kNtfs3,   // on the NTFS volume itself, through the kernel's ntfs3
+    kSamba,   // as a Samba server does it, for a process that may write such attributes
+    kUser,    // for everyone else; only files and folders can have it
 };
 
 // Asks the object, since a type name does not tell: an NTFS image file is mounted as type "fuse". The answer

@@ -19,15 +19,6 @@ namespace permora::host {
 
 namespace {
 
-constexpr const char* kNtfs3gAttribute = "system.ntfs_acl";
-constexpr const char* kNtfs3Attribute = "system.ntfs_security";
-constexpr const char* kUserAttribute = "user.permora.sd";
-
-// No attribute, or a file system that has no such attributes.
-bool IsNothingStored(int problem) {
-    return problem == ENODATA || problem == ENOTSUP;
-}
-
 DWORD Take(std::optional<nt::SecurityDescriptor> parsed, nt::SecurityDescriptor& descriptor) {
     if (!parsed) return ERROR_INVALID_SECURITY_DESCR;
     descriptor = std::move(*parsed);
@@ -121,11 +112,11 @@ DWORD DescriptorStore::Read(const ObjectHandle& object, nt::SecurityDescriptor& 
         if (!DescriptorFromSambaAttribute(stored, inner)) return ERROR_INVALID_SECURITY_DESCR;
         return Take(nt::SecurityDescriptor::FromBytes(inner), descriptor);
     }
-    if (!IsNothingStored(problem)) return ErrorFromErrno(problem);
+    if (!IsAbsent(problem)) return ErrorFromErrno(problem);
     if (KindFor(object) == DescriptorStoreKind::kUser && CanHold(object)) {
         problem = ReadExtendedAttribute(object, kUserAttribute, stored);
         if (problem == 0) return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
-        if (!IsNothingStored(problem)) return ErrorFromErrno(problem);
+        if (!IsAbsent(problem)) return ErrorFromErrno(problem);
     }
     descriptor = MadeFromMode(object);
     return ERROR_SUCCESS;

@@ -23,8 +23,6 @@
 
 namespace permora::host {
 
-inline constexpr const char* kSambaAttribute = "security.NTACL";
-
 // The descriptor in an attribute, with its offsets counted from its own start; it still has to be checked.
 // False, with `descriptor` as before, when the attribute is too short, of an unknown version or has an offset
 // that leads in front of the descriptor's parts.
