@@ -38,9 +38,7 @@ void ConsoleMessages::SaySystemError(DWORD code) {
 
 int ConsoleMessages::Present(HWND /*owner*/, const char* text, const char* /*caption*/, UINT type) {
     Say(text);
-    constexpr UINT kButtonsMask = 0xF;
-    if ((type & kButtonsMask) == MB_YESNOCANCEL) return IDCANCEL;
-    return (type & kButtonsMask) == MB_YESNO ? IDNO : IDOK;
+    return SafestButton(type);
 }
 
 }  // namespace permora

@@ -1,7 +1,7 @@
 // Who shows the message boxes of this process.
 //
 // MessageBoxA asks the presenter that is set here. The default writes the text to standard error and answers
-// with the safest button (Cancel where there is one, else No, else OK). The windowed program sets one that
+// with the safest button. The windowed program sets one that
 // opens a dialog, the terminal program one that names the object at fault, tests one that records. On Windows
 // the system shows its own boxes and this header has nothing behind it.
 #pragma once
@@ -9,6 +9,21 @@
 #include "platform/api/messages.h"
 
 namespace permora {
+
+// The button that changes least, or 0 when boxes have no such set of buttons.
+constexpr int SafestButton(UINT type) {
+    constexpr UINT kButtonsMask = 0x0F;  // the buttons are the lowest four bits of a box's type
+    switch (type & kButtonsMask) {
+        case MB_OK:
+            return IDOK;
+        case MB_YESNOCANCEL:
+            return IDCANCEL;
+        case MB_YESNO:
+            return IDNO;
+        default:
+            return 0;
+    }
+}
 
 class MessagePresenter {
   public:

@@ -9,23 +9,6 @@ namespace {
 
 using permora::MessagePresenter;
 
-// The buttons are the lowest four bits of a box's type.
-constexpr UINT kButtonsMask = 0x0F;
-
-// The button that changes least, or 0 when boxes have no such set of buttons.
-int SafestButton(UINT type) {
-    switch (type & kButtonsMask) {
-        case MB_OK:
-            return IDOK;
-        case MB_YESNOCANCEL:
-            return IDCANCEL;
-        case MB_YESNO:
-            return IDNO;
-        default:
-            return 0;
-    }
-}
-
 // For processes that have nobody to ask.
 class StandardErrorPresenter final : public MessagePresenter {
   public:
@@ -33,7 +16,7 @@ class StandardErrorPresenter final : public MessagePresenter {
         std::string_view line(text);
         line = line.substr(0, line.find_last_not_of("\r\n ") + 1);  // system messages end in a line break
         std::fprintf(stderr, "%s: %.*s\n", caption, static_cast<int>(line.size()), line.data());
-        return SafestButton(type);
+        return permora::SafestButton(type);
     }
 };
 
@@ -51,7 +34,7 @@ MessagePresenter* SetMessagePresenter(MessagePresenter* presenter) {
 }  // namespace permora
 
 int WINAPI MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
-    if (SafestButton(type) == 0) {
+    if (permora::SafestButton(type) == 0) {
         SetLastError(ERROR_INVALID_MSGBOX_STYLE);
         return 0;
     }
