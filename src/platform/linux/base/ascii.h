@@ -15,11 +15,16 @@ constexpr bool IsControl(char character) {
     return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
 }
 
-// Takes the first line off `text`, and hands it over without its line feed.
+// Takes everything up to the first `delimiter` off `text`, the delimiter too, and hands over what stood
+// before it.
+inline std::string_view TakeUntil(char delimiter, std::string_view& text) {
+    const std::string_view taken = text.substr(0, text.find(delimiter));
+    text.remove_prefix(std::min(taken.size() + 1, text.size()));
+    return taken;
+}
+
 inline std::string_view TakeLine(std::string_view& text) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
-    return line;
+    return TakeUntil('\n', text);
 }
 
 constexpr bool IsAscii(std::string_view text) {

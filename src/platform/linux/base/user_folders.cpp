@@ -4,10 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <string_view>
+
+#include "platform/linux/base/ascii.h"
 
 namespace permora::host {
 namespace {
@@ -58,8 +59,7 @@ std::vector<std::string> DataFolders() {
     const char* value = std::getenv("XDG_DATA_DIRS");
     std::string_view rest = value != nullptr && *value != '\0' ? value : "/usr/local/share:/usr/share";
     while (!rest.empty()) {
-        const std::string_view folder = rest.substr(0, rest.find(':'));
-        rest.remove_prefix(std::min(folder.size() + 1, rest.size()));
+        const std::string_view folder = TakeUntil(':', rest);
         if (folder.starts_with('/') && IsOwn(std::string(folder))) folders.emplace_back(folder);
     }
     return folders;

@@ -8,15 +8,10 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/linux/base/ascii.h"
+
 namespace permora::host {
 namespace {
-
-// Everything up to `delimiter`, which is removed from `text` too.
-std::string_view TakeUntil(char delimiter, std::string_view& text) {
-    const std::string_view taken = text.substr(0, text.find(delimiter));
-    text.remove_prefix(std::min(taken.size() + 1, text.size()));
-    return taken;
-}
 
 bool IsOctal(char character) {
     return character >= '0' && character <= '7';
@@ -65,7 +60,7 @@ std::optional<MountEntry> ParseLine(std::string_view line) {
 std::vector<MountEntry> ParseMountTable(std::string_view mountInfo) {
     std::vector<MountEntry> entries;
     while (!mountInfo.empty()) {
-        if (auto entry = ParseLine(TakeUntil('\n', mountInfo))) entries.push_back(std::move(*entry));
+        if (auto entry = ParseLine(TakeLine(mountInfo))) entries.push_back(std::move(*entry));
     }
     return entries;
 }

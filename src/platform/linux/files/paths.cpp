@@ -3,13 +3,13 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <iterator>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "platform/linux/base/ascii.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/current_directory.h"
 #include "platform/linux/files/drives.h"
@@ -103,8 +103,7 @@ DWORD Follow(const PathText& text, ObjectHandle folder, ResolvedObject& found) {
 std::vector<std::string_view> ComponentsOf(std::string_view hostPath) {
     std::vector<std::string_view> components;
     while (!hostPath.empty()) {
-        const std::string_view component = hostPath.substr(0, hostPath.find('/'));
-        hostPath.remove_prefix(std::min(component.size() + 1, hostPath.size()));
+        const std::string_view component = TakeUntil('/', hostPath);
         if (component == "..") {
             if (!components.empty()) components.pop_back();
         } else if (!component.empty() && component != ".") {

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/base/ascii.h"
 #include "platform/linux/base/run_tool.h"
 #include "platform/linux/base/user_folders.h"
 #include "platform/linux/shell/ini_text.h"
@@ -26,8 +27,7 @@ constexpr const char* kLastTheme = "hicolor";
 std::vector<std::string> SplitList(std::string_view list) {
     std::vector<std::string> parts;
     while (!list.empty()) {
-        const std::string_view part = list.substr(0, list.find(','));
-        list.remove_prefix(std::min(part.size() + 1, list.size()));
+        const std::string_view part = TakeUntil(',', list);
         if (!part.empty()) parts.emplace_back(part);
     }
     return parts;

@@ -42,20 +42,13 @@ std::string LongestPlainPart(std::string_view pattern) {
     return std::string(longest);
 }
 
-// The part of `line` up to `separator`, which is taken off with it.
-std::string TakeField(std::string_view& line, char separator) {
-    const std::string_view field = line.substr(0, line.find(separator));
-    line.remove_prefix(std::min(field.size() + 1, line.size()));
-    return std::string(field);
-}
-
 // "type:icon" on each line. What an earlier folder said stays.
 void ReadIcons(const std::string& path, std::map<std::string, std::string>& icons) {
     std::ifstream file(path);
     for (std::string line; std::getline(file, line);) {
         std::string_view rest = line;
-        std::string type = TakeField(rest, ':');
-        if (!rest.empty()) icons.emplace(std::move(type), rest);
+        const std::string_view type = TakeUntil(':', rest);
+        if (!rest.empty()) icons.emplace(type, rest);
     }
 }
 
@@ -108,11 +101,11 @@ void MimeDatabase::ReadGlobs(const std::string& folder) {
     for (std::string line; std::getline(file, line);) {
         if (line.starts_with('#')) continue;
         std::string_view rest = line;
-        const std::string weight = TakeField(rest, ':');
+        const std::string_view weight = TakeUntil(':', rest);
         Rule rule;
-        rule.type = TakeField(rest, ':');
-        const std::string pattern = TakeField(rest, ':');
-        const bool isCaseSensitive = TakeField(rest, ':').find("cs") != std::string::npos;
+        rule.type = TakeUntil(':', rest);
+        const std::string pattern(TakeUntil(':', rest));
+        const bool isCaseSensitive = TakeUntil(':', rest).find("cs") != std::string_view::npos;
         const char* end = weight.data() + weight.size();
         if (std::from_chars(weight.data(), end, rule.weight).ptr != end || pattern.empty()) continue;
         rule.length = pattern.size();
