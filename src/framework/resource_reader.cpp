@@ -2,68 +2,21 @@
 
 #include <algorithm>
 
+#include "platform/api/text.h"
+
 namespace permora {
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
+using WideText = std::basic_string<WCHAR>;
 
-void AppendUtf8(std::string& text, char32_t c) {
-    const auto append = [&text](char32_t byte) { text.push_back(static_cast<char>(byte)); };
-    const auto appendTail = [&](unsigned int shift) { append(0x80U | ((c >> shift) & 0x3FU)); };
-    if (c < 0x80) {
-        append(c);
-    } else if (c < 0x800) {
-        append(0xC0U | c >> 6U);
-        appendTail(0);
-    } else if (c < 0x10000) {
-        append(0xE0U | c >> 12U);
-        appendTail(6);
-        appendTail(0);
-    } else {
-        append(0xF0U | c >> 18U);
-        appendTail(12);
-        appendTail(6);
-        appendTail(0);
-    }
+std::string InCodePage(const WideText& wide) {
+    if (wide.empty()) return {};
+    std::string text(3 * wide.size(), '\0');  // the most that a unit can take
+    const int count = WideCharToMultiByte(CP_ACP, 0, wide.data(), static_cast<int>(wide.size()), text.data(),
+                                          static_cast<int>(text.size()), nullptr, nullptr);
+    text.resize(static_cast<std::size_t>(count));
+    return text;
 }
-
-bool IsHighSurrogate(char32_t unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-bool IsLowSurrogate(char32_t unit) {
-    return unit >= 0xDC00 && unit < 0xE000;
-}
-
-// Collects code units and knows how to join surrogate pairs.
-class TextBuilder {
-  public:
-    void Add(char32_t unit) {
-        if (IsLowSurrogate(unit) && high != 0) {
-            AppendUtf8(text, 0x10000U + ((high - 0xD800U) << 10U) + (unit - 0xDC00U));
-            high = 0;
-            return;
-        }
-        Flush();
-        if (IsHighSurrogate(unit)) {
-            high = unit;
-        } else {
-            AppendUtf8(text, IsLowSurrogate(unit) ? kReplacement : unit);
-        }
-    }
-    std::string Take() {
-        Flush();
-        return std::move(text);
-    }
-
-  private:
-    void Flush() {
-        if (high != 0) AppendUtf8(text, kReplacement);
-        high = 0;
-    }
-
-    std::string text;
-    char32_t high = 0;
-};
 
 }  // namespace
 
@@ -103,17 +56,17 @@ void ResourceReader::Align(std::size_t alignment) {
 }
 
 std::string ResourceReader::TakeText() {
-    TextBuilder text;
-    while (const char32_t unit = TakeU16())
-        text.Add(unit);
-    return text.Take();
+    WideText text;
+    while (const std::uint16_t unit = TakeU16())
+        text.push_back(static_cast<WCHAR>(unit));
+    return InCodePage(text);
 }
 
 std::string ResourceReader::TakeText(std::size_t length) {
-    TextBuilder text;
+    WideText text;
     for (std::size_t i = 0; i < length && !hasFailed; ++i)
-        text.Add(TakeU16());
-    return text.Take();
+        text.push_back(static_cast<WCHAR>(TakeU16()));
+    return InCodePage(text);
 }
 
 ResourceReader::NumberOrText ResourceReader::TakeNumberOrText() {

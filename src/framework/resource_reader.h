@@ -28,7 +28,8 @@ class ResourceReader {
     void Align(std::size_t alignment);
     void Fail() { hasFailed = true; }
 
-    // UTF-16 up to a NUL, or of a given length, as UTF-8. Halves of surrogate pairs become U+FFFD.
+    // UTF-16 up to a NUL, or of a given length, in the ANSI code page. Halves of surrogate pairs become
+    // U+FFFD.
     std::string TakeText();
     std::string TakeText(std::size_t length);
 
