@@ -16,8 +16,8 @@ namespace permora {
 
 // What the settings dialog edits as a unit. Flags are 0 or 1.
 struct SettingsBlock {
-    std::uint32_t viewMode =
-        0;  // 0 icons, 1 small icons, 2 list, 3 details; any other is kept but means nothing
+    // 0 icons, 1 small icons, 2 list, 3 details; any other is kept but means nothing
+    std::uint32_t viewMode = 0;
     std::uint8_t useOwnIcons = 1;
     std::uint8_t showToolTips = 1;
     std::uint8_t askBeforeSecureDeletion = 1;

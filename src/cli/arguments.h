@@ -57,7 +57,11 @@ struct Arguments {
     bool dropOtherEntries = false;
     bool replaceNullList = false;
 
-    std::string find;  // accounts: what to look for, as typed; empty: everything
+    // owner:
+    bool tree = false;  // everything below too
+
+    // accounts:
+    std::string find;  // what to look for, as typed; empty: everything
 
     // reset and shred:
     bool yes = false;
@@ -67,8 +71,8 @@ struct Arguments {
     bool emptyLists = false;
     bool verbose = false;  // always so for owner
 
-    bool tree = false;   // owner: everything below too
-    bool force = false;  // shred: also what cannot be overwritten in place
+    // shred:
+    bool force = false;  // also what cannot be overwritten in place
 
     // setup:
     bool allUsers = false;

@@ -13,8 +13,8 @@ namespace permora {
 
 // What one DoModal works on. All is borrowed until it returns.
 struct WizardItems {
-    std::span<const char* const>
-        names;                // in the order of the browser's rows, relative to the current directory
+    // In the order of the browser's rows, relative to the current directory.
+    std::span<const char* const> names;
     bool drivesMode = false;  // they are drive roots
     bool askBeforeSecureDeletion = true;
     std::uint8_t* showIntermediateInfo = nullptr;  // the setting that the notice may clear
