@@ -40,8 +40,7 @@ EditResult RevokeRights(const Arguments& arguments, const AccountRecord& account
     bool inheritedStay = false;
     for (std::size_t i = entries.Entries().size(); i-- > 0;) {
         const AccessEntry& entry = entries.Entries()[i];
-        const bool hasRow = entry.IsAllow() || entry.IsDeny();
-        if (!hasRow || !IsSameAccount(entry.account, account)) continue;
+        if (entry.IsOfOtherType() || !IsSameAccount(entry.account, account)) continue;
         if (entry.IsInherited()) {
             inheritedStay = true;
         } else {

@@ -11,9 +11,9 @@ Json EntryJson(AccessEntryList& entries, std::size_t index) {
     const AccessEntry& entry = entries.Entries()[index];
     AccountRecord& account = entries.AccountOf(index);
     // An entry of another type has no row and no name, but a program that reads this must not miss it.
-    const bool hasRow = entry.IsAllow() || entry.IsDeny();
     return {
-        {"type", hasRow ? AceTypeText(entry.aceType) : "Type " + std::to_string(entry.aceType)},
+        {"type",
+         entry.IsOfOtherType() ? "Type " + std::to_string(entry.aceType) : AceTypeText(entry.aceType)},
         {"account", AccountDisplayName(account)},
         {"sid", account.GetSidText()},
         {"mask", "0x" + HexText(entry.mask)},

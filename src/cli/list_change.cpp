@@ -27,7 +27,7 @@ Losses LossesOf(const ObjectSecurity& object) {
 void DropOtherEntries(AccessEntryList& entries) {
     for (std::size_t i = entries.Entries().size(); i-- > 0;) {
         const AccessEntry& entry = entries.Entries()[i];
-        if (!entry.IsAllow() && !entry.IsDeny()) entries.RemoveEntry(i);
+        if (entry.IsOfOtherType()) entries.RemoveEntry(i);
     }
 }
 

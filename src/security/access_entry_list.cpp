@@ -164,16 +164,15 @@ bool AccessEntryList::HasInheritedEntries() const {
 }
 
 std::size_t AccessEntryList::OtherTypeCount() const {
-    return static_cast<std::size_t>(
-        std::count_if(entries.begin(), entries.end(),
-                      [](const AccessEntry& entry) { return !entry.IsAllow() && !entry.IsDeny(); }));
+    return static_cast<std::size_t>(std::count_if(
+        entries.begin(), entries.end(), [](const AccessEntry& entry) { return entry.IsOfOtherType(); }));
 }
 
 bool AccessEntryList::IsInCanonicalOrder() const {
     enum Group { kExplicitDeny, kExplicitAllow, kInherited };
     Group reached = kExplicitDeny;
     for (const AccessEntry& entry : entries) {
-        if (!entry.IsInherited() && !entry.IsAllow() && !entry.IsDeny()) {
+        if (!entry.IsInherited() && entry.IsOfOtherType()) {
             continue;
         }
         const Group group = entry.IsInherited() ? kInherited

@@ -20,6 +20,8 @@ struct AccessEntry {
 
     bool IsAllow() const { return aceType == ACCESS_ALLOWED_ACE_TYPE; }
     bool IsDeny() const { return aceType == ACCESS_DENIED_ACE_TYPE; }
+    // It has no row, and is in no list that is written.
+    bool IsOfOtherType() const { return !IsAllow() && !IsDeny(); }
     bool IsInherited() const { return (aceFlags & INHERITED_ACE) != 0; }
 };
 

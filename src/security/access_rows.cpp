@@ -9,7 +9,7 @@ std::vector<AccessRow> AccessRowsOf(AccessEntryList& list) {
     const std::vector<AccessEntry>& entries = list.Entries();
     for (std::size_t index = 0; index < entries.size(); ++index) {
         const AccessEntry& entry = entries[index];
-        if (!entry.IsAllow() && !entry.IsDeny()) {
+        if (entry.IsOfOtherType()) {
             continue;
         }
         rows.push_back({.entryIndex = index,

@@ -95,7 +95,7 @@ UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEn
     }
     const DWORD added = masks == WrittenMasks::kWithSynchronize ? SYNCHRONIZE : 0;
     for (const AccessEntry& entry : entries) {
-        if (!entry.IsAllow() && !entry.IsDeny()) {
+        if (entry.IsOfOtherType()) {
             continue;
         }
         // An entry that the system refuses (without a valid account) is not part of the list.

@@ -31,7 +31,7 @@ void AccountRights::LoadFromDacl(PACL acl) {
     otherTypeCount = 0;
     Select(std::nullopt);
     for (const AccessEntry& entry : EntriesOfDacl(acl)) {
-        const bool isOther = !entry.IsAllow() && !entry.IsDeny();
+        const bool isOther = entry.IsOfOtherType();
         if (isOther && !entry.IsInherited()) ++otherTypeCount;
         if (isOther || !entry.account.sid) continue;
         WizardAccountRow& row = accounts[Add(entry.account)];
