@@ -8,6 +8,7 @@
 #include "platform/api/files.h"
 #include "platform/api/libraries.h"
 #include "platform/api/memory.h"
+#include "platform/library_function.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -18,10 +19,9 @@ enum class Outcome { kDone, kStopped, kFailed };
 using SizeFunction = BOOL(WINAPI*)(HANDLE, PLARGE_INTEGER);
 
 SizeFunction FindSizeFunction(const SecureDeleteHost& host) {
-    const FARPROC found = GetProcAddress(host.systemLibrary.get(), "GetFileSizeEx");
+    const auto found = FindFunction<SizeFunction>(host.systemLibrary.get(), "GetFileSizeEx");
     if (found == nullptr) ShowFatalLastErrorBox(host.Window());
-    // By way of void(), the type that the compiler lets every function type be cast to and from.
-    return reinterpret_cast<SizeFunction>(reinterpret_cast<void (*)()>(found));
+    return found;
 }
 
 // One file on its way from being opened to being deleted.

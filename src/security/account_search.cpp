@@ -7,6 +7,7 @@
 
 #include "platform/api/account_enumeration.h"
 #include "platform/api/errors.h"
+#include "platform/library_function.h"
 #include "security/account_lookup.h"
 #include "security/message_boxes.h"
 #include "security/text_conversion.h"
@@ -31,18 +32,11 @@ class Sids {
     std::unordered_set<std::string> known;  // their bytes
 };
 
-// Null where the system has no such function: there are no well-known SIDs then.
-decltype(&CreateWellKnownSid) FindCreateWellKnownSid(HMODULE library) {
-    const FARPROC address = GetProcAddress(library, "CreateWellKnownSid");
-    // The detour says that the change of type is meant.
-    return reinterpret_cast<decltype(&CreateWellKnownSid)>(reinterpret_cast<void (*)()>(address));
-}
-
 void AppendWellKnownSids(HWND owner, Sids& sids) {
     const UniqueLibrary library(LoadLibraryA("Advapi32.dll"));
     if (!library) ShowFatalLastErrorBox(owner);
-    const auto create = FindCreateWellKnownSid(library.get());
-    if (create == nullptr) return;
+    const auto create = FindFunction<decltype(&CreateWellKnownSid)>(library.get(), "CreateWellKnownSid");
+    if (create == nullptr) return;  // a system without the function has no well-known SIDs
     for (int type = kFirstWellKnownType; type <= kLastWellKnownType; ++type) {
         DWORD size = SECURITY_MAX_SID_SIZE;
         UniqueLocal<void> sid(LocalAlloc(LMEM_FIXED, size));

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/library_function.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -13,12 +14,9 @@ using AddAceFunction = decltype(&AddAccessAllowedAceEx);
 
 // The function of that name, ending the process without it.
 AddAceFunction FindAddAceFunction(HWND owner, HMODULE library, LPCSTR name) {
-    const FARPROC address = GetProcAddress(library, name);
-    if (address == nullptr) {
-        ShowFatalErrorBox(owner, "Error: cannot load functions to apply settings");
-    }
-    // The detour says that the change of type is meant.
-    return reinterpret_cast<AddAceFunction>(reinterpret_cast<void (*)()>(address));
+    const auto found = FindFunction<AddAceFunction>(library, name);
+    if (found == nullptr) ShowFatalErrorBox(owner, "Error: cannot load functions to apply settings");
+    return found;
 }
 
 // Bytes of a list of all entries. Those that will not be written are counted too, which leaves room at the
