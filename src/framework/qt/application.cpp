@@ -5,7 +5,9 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <future>
 #include <thread>
+#include <utility>
 
 #include "framework/native.h"
 #include "framework/qt/dialog_style.h"
@@ -16,8 +18,8 @@
 namespace permora {
 namespace {
 
-// Lives on the user-interface thread; work handed to it runs there. Null while there is no toolkit.
-std::atomic<QObject*> uiBridge = nullptr;
+// On the user-interface thread. Null while there is no toolkit.
+std::atomic<qt::ThreadBridge*> uiBridge = nullptr;
 std::atomic<std::thread::id> uiThread = std::this_thread::get_id();
 std::atomic<bool> isDisplayLost = false;
 
@@ -43,6 +45,7 @@ void EndToolkit() {
 
 QtApplication::QtApplication(int& argc, char** argv)
     : application(argc, argv),
+      bridge(std::make_unique<qt::ThreadBridge>()),
       endSignals(EndToolkit),
       presenter(std::make_unique<qt::WindowPresenter>()),
       fileOperations(std::make_unique<qt::FileOperationWindows>()) {
@@ -50,7 +53,7 @@ QtApplication::QtApplication(int& argc, char** argv)
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(new qt::DialogStyle);  // the application owns it
     uiThread = std::this_thread::get_id();
-    uiBridge = &application;
+    uiBridge = bridge.get();
     [[maybe_unused]] static const int kRegistered = on_exit(EndWithoutDisplay, nullptr);
     presenterBefore = SetMessagePresenter(presenter.get());
     fileOperationsBefore = SetFileOperationPresenter(fileOperations.get());
@@ -88,16 +91,21 @@ bool IsUiThread() {
 }
 
 void PostToUiThread(std::function<void()> work) {
-    QObject* bridge = uiBridge;
-    if (bridge != nullptr) QMetaObject::invokeMethod(bridge, std::move(work), Qt::QueuedConnection);
+    qt::ThreadBridge* bridge = uiBridge;
+    if (bridge != nullptr) bridge->Post(std::move(work));
 }
 
 void CallOnUiThread(const std::function<void()>& work) {
-    QObject* bridge = uiBridge;
+    qt::ThreadBridge* bridge = uiBridge;
     if (IsUiThread() || bridge == nullptr) {
         work();
     } else if (!isDisplayLost) {
-        QMetaObject::invokeMethod(bridge, work, Qt::BlockingQueuedConnection);
+        auto task = std::make_shared<std::packaged_task<void()>>([&work]() noexcept { work(); });
+        const std::future<void> end = task->get_future();
+        // The task is the bridge's alone, so that the wait also ends when the bridge goes without having run
+        // it.
+        bridge->Post([own = std::move(task)] { (*own)(); });
+        end.wait();
     }
 }
 
@@ -106,7 +114,7 @@ void PostLater(int milliseconds, std::function<void()> work) {
 }
 
 void ServeWorkers() {
-    QCoreApplication::sendPostedEvents(uiBridge.load(), QEvent::MetaCall);
+    if (qt::ThreadBridge* bridge = uiBridge) bridge->Serve();
 }
 
 Size DialogBaseUnits() {

@@ -1,0 +1,33 @@
+#include "framework/qt/thread_bridge.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <utility>
+
+namespace permora::qt {
+
+void ThreadBridge::Post(std::function<void()> work) {
+    {
+        const std::lock_guard lock(mutex);
+        posted.push_back(std::move(work));
+    }
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+void ThreadBridge::Serve() {
+    QCoreApplication::sendPostedEvents(this, QEvent::User);
+}
+
+// One event, one piece of work: what comes between them in the toolkit's queue keeps its place.
+void ThreadBridge::customEvent(QEvent* /*event*/) {
+    std::function<void()> work;
+    {
+        const std::lock_guard lock(mutex);
+        if (posted.empty()) return;
+        work = std::move(posted.front());
+        posted.pop_front();
+    }
+    work();
+}
+
+}  // namespace permora::qt
