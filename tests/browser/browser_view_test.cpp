@@ -157,12 +157,13 @@ TEST_F(Browser, TheContextMenuGreysWhatCannotBeDone) {
         std::vector<unsigned int> onRow;
         std::vector<unsigned int> besideRows;
     };
+    const auto empty = [this] { EXPECT_TRUE(Clipboard(frame).Empty()); };
     const auto copy = [this] {
         constexpr std::uint8_t kAny[] = {1};
         EXPECT_TRUE(Clipboard(frame).SetData(view.clipboardFormat, kAny));
     };
     const Case kCases[] = {
-        {"a folder", [] {}, {ID_EDIT_PASTE}, {ID_EDIT_PASTE}},
+        {"a folder, with nothing copied", empty, {ID_EDIT_PASTE}, {ID_EDIT_PASTE}},
         {"a folder, with something copied", copy, {}, {}},
         {"shares",
          [this] { view.sharesMode = true; },
