@@ -134,6 +134,18 @@ TEST(Frame, ItIsPlacedWhereAScreenIs) {
     EXPECT_EQ(PutOnScreen({1, 2, 3, 4}, {}), (Rect{1, 2, 3, 4}));
 }
 
+TEST(Frame, MaximisedItKnowsWhereItStoodBefore) {
+    for (const bool isByUser : {false, true}) {
+        TestFrame frame;
+        ASSERT_TRUE(frame.Show());
+        const Rect before = frame.GetWindowRect();
+        isByUser ? frame.Top()->showMaximized() : frame.SetPlacement({before, ShowState::kMaximised});
+        EXPECT_TRUE(QTest::qWaitFor([&] { return frame.GetWindowRect() != before; }));
+        EXPECT_EQ(frame.GetPlacement().showState, ShowState::kMaximised);
+        EXPECT_EQ(frame.GetPlacement().normalRect, before) << (isByUser ? "by the user" : "when shown");
+    }
+}
+
 TEST(Frame, ClosingIsTheFramesDecision) {
     TestFrame frame;
     ASSERT_TRUE(frame.Show());
