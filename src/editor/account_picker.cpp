@@ -1,7 +1,7 @@
 #include "editor/account_picker.h"
 
 #include "editor/required_control.h"
-#include "framework/wait_cursor.h"
+#include "framework/long_work.h"
 #include "platform/api/errors.h"
 #include "resources/resource_ids.h"
 #include "security/account_lookup.h"
@@ -48,8 +48,9 @@ bool CDlgUsersAndGroups::OnInitDialog() {
 void CDlgUsersAndGroups::OnFind() {
     CListCtrl& list = FoundAccounts();
     list.DeleteAllItems();
-    const CWaitCursor cursor;
-    for (const FoundAccount& account : FindLocalAccounts(GetSafeHwnd())) {
+    std::vector<FoundAccount> found;
+    DoLongWork(*this, [&found, window = GetSafeHwnd()] { found = FindLocalAccounts(window); });
+    for (const FoundAccount& account : found) {
         const int row = list.GetItemCount();
         list.InsertItem(row, account.name);
         list.SetItemText(row, kDomain, account.domain);

@@ -1,10 +1,12 @@
 #include "editor/owner_page.h"
 
+#include <atomic>
 #include <optional>
 #include <utility>
 
 #include "editor/required_control.h"
-#include "framework/wait_cursor.h"
+#include "framework/long_work.h"
+#include "framework/stoppable_work.h"
 #include "platform/api/errors.h"
 #include "platform/tree_security.h"
 #include "resources/resource_ids.h"
@@ -20,15 +22,28 @@ constexpr int kColumnWidth = 500;
 // What cannot be changed inside a tree is left as it is.
 class QuietWalk : public TreeObserver {
   public:
-    bool Begin(const char* /*name*/) override {
-        cursor.KeepAlive();
-        return true;
-    }
+    bool Begin(const char* /*name*/) override { return !isStopped; }
     void PassOver(const std::string& /*path*/, DWORD /*error*/) override {}
 
   private:
-    CWaitCursor cursor;
+    std::atomic<bool> isStopped = false;  // the program ends
+    const StoppableWork stoppable{[this] { isStopped = true; }};
 };
+
+void ApplyToItems(HWND window, std::span<const char* const> names, PSID newOwner) {
+    for (const char* name : names) {
+        const DWORD error = WriteObjectOwner(name, newOwner);
+        if (error != ERROR_SUCCESS) ShowSystemErrorBox(window, error);
+    }
+}
+
+// A file has nothing below it, and a folder that cannot be entered keeps its contents as they are.
+void ApplyBelow(std::span<const char* const> names, PSID newOwner) {
+    QuietWalk walk;
+    TreeCounts counts;
+    for (const char* name : names)
+        static_cast<void>(SetOwnersBelow(name, newOwner, walk, counts));
+}
 
 }  // namespace
 
@@ -95,23 +110,12 @@ bool CPage3::OnApply() {
 }
 
 void CPage3::Apply(PSID newOwner) {
-    for (const char* name : names) {
-        const DWORD error = WriteObjectOwner(name, newOwner);
-        if (error != ERROR_SUCCESS) ShowSystemErrorBox(GetSafeHwnd(), error);
-    }
-    if (TreeBox().IsChecked()) {
-        ApplyBelow(newOwner);
-        TreeBox().SetCheck(CheckState::kClear);
-    }
+    DoLongWork(*this, [this, newOwner, window = GetSafeHwnd(), isForTrees = TreeBox().IsChecked()] {
+        ApplyToItems(window, names, newOwner);
+        if (isForTrees) ApplyBelow(names, newOwner);
+    });
+    TreeBox().SetCheck(CheckState::kClear);
     Fill();
-}
-
-// A file has nothing below it, and a folder that cannot be entered keeps its contents as they are.
-void CPage3::ApplyBelow(PSID newOwner) {
-    QuietWalk walk;
-    TreeCounts counts;
-    for (const char* name : names)
-        static_cast<void>(SetOwnersBelow(name, newOwner, walk, counts));
 }
 
 CListCtrl& CPage3::CandidateList() const {

@@ -30,7 +30,6 @@ class CPage3 : public CPropertyPage {
     void Fill();
     void ShowOwner();
     void Apply(PSID newOwner);
-    void ApplyBelow(PSID newOwner);
 
     CListCtrl& CandidateList() const;
     CEdit& OwnerField() const;

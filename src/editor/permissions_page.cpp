@@ -1,6 +1,6 @@
 #include "editor/permissions_page.h"
 
-#include "framework/wait_cursor.h"
+#include "framework/long_work.h"
 #include "platform/api/files.h"
 #include "resources/resource_ids.h"
 #include "security/apply_dialog.h"
@@ -65,10 +65,10 @@ void CPage1::OnInheritanceClicked() {
 bool CPage1::WriteItems(PACL dacl) {
     const DaclInheritance inheritance =
         IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
-    {
-        const CWaitCursor cursor;  // it is carried to all that inherits below
-        WriteObjectDacl(GetSafeHwnd(), names, inheritance, dacl);
-    }
+    // It is carried to all that inherits below.
+    DoLongWork(*this, [this, window = GetSafeHwnd(), inheritance, dacl] {
+        WriteObjectDacl(window, names, inheritance, dacl);
+    });
     if (IsChecked(IDC_REPLACE_CHILD_ENTRIES)) {
         ApplyDlg dialog(this);
         dialog.names = names;

@@ -191,6 +191,10 @@ void PostLater(int milliseconds, std::function<void()> work);
 // Runs the calls of worker threads that wait for this thread, the user-interface thread, or were posted to
 // it.
 void ServeWorkers();
+// Asks `hasEnded`, which may take a moment to answer, until it says so. In between all windows are served,
+// but nothing that the user does is: the pointer says that the program is busy. A modal window that opens
+// meanwhile is served as ever.
+void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded);
 
 // One picture of an icon or bitmap: 32-bit pixels, top row first, each in the bytes blue, green, red, alpha
 // (not premultiplied), or a whole file, PNG or a drawing (SVG).

@@ -1,6 +1,5 @@
 #include "framework/worker_thread.h"
 
-#include <chrono>
 #include <memory>
 #include <utility>
 
@@ -38,11 +37,16 @@ DWORD WorkerThread::Start(std::function<void()> work) {
     return ERROR_SUCCESS;
 }
 
-void WorkerThread::Wait() {
-    if (!end.valid()) return;
-    while (end.wait_for(kServeInterval) != std::future_status::ready)
-        ServeWorkers();
+bool WorkerThread::HasEnded(std::chrono::milliseconds patience) {
+    if (!end.valid()) return true;
+    if (end.wait_for(patience) != std::future_status::ready) return false;
     end = {};
+    return true;
+}
+
+void WorkerThread::Wait() {
+    while (!HasEnded(kServeInterval))
+        ServeWorkers();
 }
 
 DWORD WINAPI WorkerThread::Work(LPVOID task) {

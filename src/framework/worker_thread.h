@@ -1,6 +1,7 @@
 // WorkerThread: a thread that works for a window, and that the window can wait for.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <future>
 
@@ -19,6 +20,9 @@ class WorkerThread {
     // Runs `work` on a new thread, after waiting for the one before. 0, or a system error code when there is
     // no thread: then nothing runs.
     DWORD Start(std::function<void()> work);
+
+    // Whether the work has returned, or does within `patience`; true when there is none.
+    bool HasEnded(std::chrono::milliseconds patience);
 
     // Returns when the work has returned, at once when there is none. What the work asks of windows meanwhile
     // is served.

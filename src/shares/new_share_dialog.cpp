@@ -1,6 +1,7 @@
 #include "shares/new_share_dialog.h"
 
 #include "framework/folder_chooser.h"
+#include "framework/long_work.h"
 #include "platform/host_path.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
@@ -64,7 +65,9 @@ void CNewShareDlg::OnOK() {
         GetDlgItem(ControlOf(fault.field))->SetFocus();
         return;
     }
-    if (const NET_API_STATUS status = CreateShare(share); status != NERR_Success) {
+    NET_API_STATUS status = NERR_Success;
+    DoLongWork(*this, [&] { status = CreateShare(share); });
+    if (status != NERR_Success) {
         ShowErrorWithSystemText(GetSafeHwnd(), "Error: cannot share the folder", status);
         return;
     }

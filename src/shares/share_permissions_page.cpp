@@ -1,5 +1,6 @@
 #include "shares/share_permissions_page.h"
 
+#include "framework/long_work.h"
 #include "resources/resource_ids.h"
 
 namespace permora {
@@ -16,7 +17,11 @@ bool CSharePage1::ReadItem(const char* name) {
 
 // Shares before one that fails are written, those after it are not.
 bool CSharePage1::WriteItems(PACL dacl) {
-    return WriteShareDacl(GetSafeHwnd(), names, dacl);
+    bool isWritten = false;
+    DoLongWork(*this, [this, &isWritten, window = GetSafeHwnd(), dacl] {
+        isWritten = WriteShareDacl(window, names, dacl);
+    });
+    return isWritten;
 }
 
 }  // namespace permora

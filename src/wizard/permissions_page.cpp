@@ -3,6 +3,7 @@
 #include "editor/account_picker.h"
 #include "editor/multi_selection_notice.h"
 #include "editor/required_control.h"
+#include "framework/long_work.h"
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
 #include "security/access_rows.h"
@@ -195,7 +196,9 @@ bool CWizardPage3::OnWizardFinish() {
     const UniqueLocal<ACL> dacl =
         BuildDacl(GetSafeHwnd(), library.get(), rights.Entries(), WrittenMasks::kAsHeld);
     if (!dacl) return false;
-    WriteObjectDacl(GetSafeHwnd(), names, std::nullopt, dacl.get());
+    DoLongWork(*this, [this, window = GetSafeHwnd(), list = dacl.get()] {
+        WriteObjectDacl(window, names, std::nullopt, list);
+    });
     return CPropertyPage::OnWizardFinish();
 }
 

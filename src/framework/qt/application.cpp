@@ -35,9 +35,10 @@ void EndWithoutDisplay(int exitCode, void* /*argument*/) {
     std::_Exit(exitCode);
 }
 
-// Ends all loops, in which windows may stand that refuse to be closed; whoever ran them stops its work.
+// Ends all loops, in which windows may stand that refuse to be closed; whoever ran them waits for its work.
 void EndToolkit() {
     SetMessagePresenter(nullptr);
+    StopAllWork(std::chrono::milliseconds(0));
     QCoreApplication::exit(0);
 }
 

@@ -1,0 +1,54 @@
+// Windows that are painted while the program works, and take nothing from the user.
+#include <QApplication>
+#include <QEvent>
+
+#include "framework/native.h"
+
+namespace permora {
+namespace {
+
+bool IsFromUser(const QEvent& event) {
+    switch (event.type()) {
+        case QEvent::Close:
+            return event.spontaneous();  // the title bar's close box
+        case QEvent::Shortcut:
+        case QEvent::InputMethod:
+            return true;
+        // What is under the pointer is to be known afterwards.
+        case QEvent::Enter:
+        case QEvent::HoverEnter:
+        case QEvent::HoverMove:
+        case QEvent::HoverLeave:
+            return false;
+        default:
+            return event.isInputEvent();
+    }
+}
+
+// While it stands, what the user does is dropped, but for what he does in a modal window that opens
+// meanwhile.
+class InputBarrier : public QObject {
+  public:
+    InputBarrier() { qApp->installEventFilter(this); }
+
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        if (!IsFromUser(*event) || QApplication::activeModalWidget() != modalBefore) return false;
+        event->ignore();
+        return true;
+    }
+
+  private:
+    const QWidget* const modalBefore = QApplication::activeModalWidget();
+};
+
+}  // namespace
+
+void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded) {
+    const InputBarrier barrier;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    while (!hasEnded())
+        QCoreApplication::processEvents();
+    QApplication::restoreOverrideCursor();
+}
+
+}  // namespace permora

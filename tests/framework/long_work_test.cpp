@@ -1,0 +1,67 @@
+// What the user sees of work that a window waits for, and what it takes from him.
+#include "framework/long_work.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "framework/dialog.h"
+#include "platform/api/messages.h"
+#include "tests/framework/test_resource_ids.h"
+#include "tests/support/ui_driver.h"
+
+namespace permora {
+namespace {
+
+using testing::UiDriver;
+using testing::WindowDriver;
+
+class PaintedDialog : public CDialog {
+  public:
+    using CDialog::CDialog;
+    std::atomic<int> paintings = 0;
+
+    // On another thread: false when it is not painted in time.
+    bool IsPaintedAnew() {
+        const int before = paintings;
+        RedrawWindow();
+        for (int i = 0; i < 1000 && paintings == before; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return paintings != before;
+    }
+
+  protected:
+    void OnPaint(CDC& /*dc*/) override { ++paintings; }
+};
+
+TEST(LongWork, LeavesTheWindowPaintedAndDeafButForItsOwnMessages) {
+    UiDriver ui;
+    PaintedDialog dialog(IDD_CONTROLS);
+    ui.ExpectDialog(IDD_CONTROLS, [&](WindowDriver& window) {
+        const unsigned int focused = window.FocusedControl();
+        bool isPainted = false;
+        int answer = 0;
+        ui.ExpectMessageBox("Go on?", "Work", MB_YESNO, IDYES);
+        DoLongWork(dialog, [&, handle = window.Handle()] {
+            isPainted = dialog.IsPaintedAnew();
+            CallOnUiThread([&] {
+                EXPECT_FALSE(dialog.IsWindowEnabled());
+                window.Press("Tab");
+                window.Press("Esc");
+                window.Click(IDOK);
+            });
+            answer = MessageBoxA(handle, "Go on?", "Work", MB_YESNO);
+        });
+        EXPECT_TRUE(isPainted);
+        EXPECT_EQ(answer, IDYES);
+        EXPECT_TRUE(dialog.IsWindowEnabled());
+        EXPECT_EQ(window.FocusedControl(), focused);
+        window.Press("Return");
+    });
+    EXPECT_EQ(dialog.DoModal(), IDOK) << "ended by what was pressed afterwards";
+}
+
+}  // namespace
+}  // namespace permora
