@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/api/files.h"
+#include "platform/ascii.h"
 #include "resources/resource_ids.h"
 
 namespace permora {
@@ -22,14 +23,6 @@ constexpr FileClass kFileClasses[] = {
     {"doc", 10}, {"rtf", 10}, {"wri", 10}, {"xls", 11}, {"rar", 12}, {"chm", 13},
 };
 
-constexpr char LowerCased(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-bool IsSameWithoutCase(std::string_view text, std::string_view lowerCase) {
-    return std::ranges::equal(text, lowerCase, {}, LowerCased);
-}
-
 }  // namespace
 
 constexpr std::array<unsigned int, kFolderImageCount> kFolderImages = {
@@ -43,7 +36,7 @@ int OwnIconIndex(const WIN32_FIND_DATAA& found) {
     std::string_view extension(found.cFileName);
     extension.remove_prefix(extension.rfind('.') + 1);  // nothing where there is no dot
     const auto* const known = std::ranges::find_if(kFileClasses, [extension](const FileClass& each) {
-        return IsSameWithoutCase(extension, each.extension);
+        return EqualsIgnoringCase(extension, each.extension);
     });
     return known != std::end(kFileClasses) ? known->image : kFileImage;
 }

@@ -1,6 +1,5 @@
 #include "cli/accounts_command.h"
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,6 +7,7 @@
 #include "cli/json_output.h"
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
+#include "platform/ascii.h"
 #include "security/account_record.h"
 #include "security/account_search.h"
 
@@ -19,13 +19,8 @@ std::string SidText(PSID sid) {
     return record.SetSid(sid) ? record.GetSidText() : std::string();
 }
 
-// Of ASCII letters alone, the case does not matter: the others' case is a matter of language.
 bool Contains(std::string_view text, std::string_view part) {
-    const auto lower = [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-    };
-    return std::search(text.begin(), text.end(), part.begin(), part.end(),
-                       [&](char one, char other) { return lower(one) == lower(other); }) != text.end();
+    return InLowerCase(text).find(InLowerCase(part)) != std::string::npos;
 }
 
 }  // namespace

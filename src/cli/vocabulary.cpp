@@ -4,6 +4,7 @@
 #include <charconv>
 #include <vector>
 
+#include "platform/ascii.h"
 #include "security/access_rights.h"
 #include "wizard/account_rights.h"
 
@@ -14,10 +15,6 @@ namespace {
 // that stand for several of them, and the right to the system access list.
 constexpr DWORD kKnownMaskBits =
     FILE_ALL_ACCESS | GENERIC_ALL | GENERIC_EXECUTE | GENERIC_WRITE | GENERIC_READ | ACCESS_SYSTEM_SECURITY;
-
-char LowerCase(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
 
 // The form in which names are compared: lower case, blanks only between words, none beside a slash.
 std::string Normalized(std::string_view text) {
@@ -31,7 +28,7 @@ std::string Normalized(std::string_view text) {
         const bool afterWord = !normalized.empty() && normalized.back() != '/';
         if (blankPending && afterWord && letter != '/') normalized += ' ';
         blankPending = false;
-        normalized += LowerCase(letter);
+        normalized += LowerLetter(letter);
     }
     return normalized;
 }

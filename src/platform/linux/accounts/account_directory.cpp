@@ -5,6 +5,7 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "platform/ascii.h"
 #include "platform/linux/accounts/account_names.h"
 #include "platform/linux/accounts/machine.h"
 #include "platform/linux/accounts/name_service.h"
@@ -12,7 +13,6 @@
 #include "platform/linux/accounts/sid_hash.h"
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/accounts/unix_sids.h"
-#include "platform/linux/base/ascii.h"
 #include "platform/linux/base/wide_text.h"
 #include "platform/nt/well_known_sids.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/wide_text.h"
 
 namespace permora::host {

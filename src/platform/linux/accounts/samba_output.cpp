@@ -5,8 +5,8 @@
 #include <limits>
 #include <map>
 
+#include "platform/ascii.h"
 #include "platform/linux/accounts/account_names.h"
-#include "platform/linux/base/ascii.h"
 
 namespace permora::host {
 

@@ -7,12 +7,12 @@
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/api/security.h"
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/failure.h"
 
 namespace {
 
-using permora::host::EqualsIgnoringCase;
+using permora::EqualsIgnoringCase;
 using permora::host::Fail;
 using permora::host::Message;
 using permora::host::NetworkMessages;

@@ -1,6 +1,6 @@
 #include "platform/linux/base/percent_encoding.h"
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 
 namespace permora::host {
 namespace {

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 
 namespace permora::host {
 namespace {

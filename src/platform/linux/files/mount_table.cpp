@@ -8,7 +8,7 @@
 #include <iterator>
 #include <utility>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 
 namespace permora::host {
 namespace {

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/current_directory.h"
 #include "platform/linux/files/drives.h"

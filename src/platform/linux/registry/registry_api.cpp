@@ -9,7 +9,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/registry.h"
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/handle_table.h"
 #include "platform/linux/registry/registry_layers.h"
 #include "platform/linux/registry/registry_places.h"

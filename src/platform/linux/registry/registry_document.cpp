@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 
 namespace permora::host {
 namespace {

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/wide_text.h"
 
 namespace permora::host {

@@ -2,7 +2,7 @@
 
 #include <linux/capability.h>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 
 namespace permora::host {
 

@@ -5,8 +5,8 @@
 #include <charconv>
 #include <set>
 
+#include "platform/ascii.h"
 #include "platform/linux/accounts/account_names.h"
-#include "platform/linux/base/ascii.h"
 #include "platform/nt/ace_bits.h"
 
 namespace permora::host {

@@ -4,7 +4,7 @@
 #include <climits>
 #include <utility>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/shares/samba_tools.h"

@@ -7,9 +7,9 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/ascii.h"
 #include "platform/linux/accounts/account_directory.h"
 #include "platform/linux/accounts/name_service.h"
-#include "platform/linux/base/ascii.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/shares/samba_tools.h"

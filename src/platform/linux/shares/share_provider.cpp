@@ -1,7 +1,7 @@
 #include "platform/linux/shares/share_provider.h"
 
 #include "platform/api/text.h"
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/wide_text.h"
 #include "platform/linux/shares/samba_shares.h"
 #include "platform/linux/shares/samba_tools.h"

@@ -9,7 +9,7 @@
 #include <optional>
 
 #include "platform/api/errors.h"
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/mount_table.h"
 #include "platform/linux/files/name_mapping.h"

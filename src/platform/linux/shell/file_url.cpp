@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/percent_encoding.h"
 #include "platform/linux/files/drives.h"
 #include "platform/linux/files/name_mapping.h"
@@ -19,8 +19,8 @@ constexpr std::string_view kScheme = "file:";
 // Nobody, or this machine by one of its names.
 bool IsHere(std::string_view computer) {
     std::array<char, 256> name{};
-    if (computer.empty() || host::EqualsIgnoringCase(computer, "localhost")) return true;
-    return gethostname(name.data(), name.size() - 1) == 0 && host::EqualsIgnoringCase(computer, name.data());
+    if (computer.empty() || EqualsIgnoringCase(computer, "localhost")) return true;
+    return gethostname(name.data(), name.size() - 1) == 0 && EqualsIgnoringCase(computer, name.data());
 }
 
 bool IsPlainPath(std::string_view hostPath) {
@@ -35,7 +35,7 @@ bool IsPlainPath(std::string_view hostPath) {
 }
 
 std::string PathOf(std::string_view url, const std::vector<host::DriveRoot>& drives) {
-    if (!host::EqualsIgnoringCase(url.substr(0, kScheme.size()), kScheme)) return {};
+    if (!EqualsIgnoringCase(url.substr(0, kScheme.size()), kScheme)) return {};
     url.remove_prefix(kScheme.size());
     if (url.starts_with("//")) {
         url.remove_prefix(2);

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/run_tool.h"
 #include "platform/linux/base/user_folders.h"
 #include "platform/linux/shell/ini_text.h"

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 
 namespace permora::host {
 

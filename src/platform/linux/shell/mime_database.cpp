@@ -10,7 +10,7 @@
 #include <iterator>
 #include <utility>
 
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/user_folders.h"
 
 namespace permora::host {

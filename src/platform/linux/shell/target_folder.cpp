@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "platform/api/text.h"
-#include "platform/linux/base/ascii.h"
+#include "platform/ascii.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/wide_text.h"
 #include "platform/linux/files/attributes.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace permora::host {
+namespace permora {
 
 constexpr char LowerLetter(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
@@ -50,4 +50,4 @@ inline bool EqualsIgnoringCase(std::string_view one, std::string_view other) {
                       [](char left, char right) { return LowerLetter(left) == LowerLetter(right); });
 }
 
-}  // namespace permora::host
+}  // namespace permora
