@@ -1,7 +1,7 @@
 // A registry file, which anyone may have edited: reading and writing it again changes no line, and a value
 // that is set reads back, whatever stands around it.
 #include <cstdint>
-#include <string_view>
+#include <string>
 
 #include "fuzz/require.h"
 #include "platform/linux/registry/registry_document.h"
@@ -12,13 +12,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using permora::host::RegistryValue;
     constexpr const char* kKey = "HKEY_CURRENT_USER\\Software\\Maker";
 
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
-    auto document = RegistryDocument::Parse(text);
+    auto document = RegistryDocument::Parse({reinterpret_cast<const char*>(data), size});
     if (!document) return 0;
-    const std::string written = document->ToText();
+    const std::string written = document->Text();
     const auto again = RegistryDocument::Parse(written);
     Require(again.has_value(), "what was written can be read");
-    Require(again->ToText() == written, "writing again changes nothing");
+    Require(again->Text() == written, "writing again changes nothing");
 
     RegistryValue before;
     if (document->FindValue(kKey, "Text", before) == RegistryDocument::Lookup::kFound) {
@@ -30,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const RegistryValue value{"Bytes", REG_BINARY, {data, data + size}};
     document->SetValue(kKey, value);
-    auto changed = RegistryDocument::Parse(document->ToText());
+    auto changed = RegistryDocument::Parse(document->Text());
     Require(changed.has_value(), "a changed file can be read");
     RegistryValue found;
     Require(changed->FindValue(kKey, "bytes", found) == RegistryDocument::Lookup::kFound &&

@@ -15,20 +15,11 @@ std::string_view WithoutBlanksBehind(std::string_view text) {
     return text.substr(0, text.find_last_not_of(" \t") + 1);
 }
 
-std::vector<std::string_view> LinesOf(std::string_view text) {
-    std::vector<std::string_view> lines;
-    lines.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
-    while (!text.empty()) {
-        std::string_view line = TakeLine(text);
-        while (line.ends_with('\r'))
-            line.remove_suffix(1);
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-bool IsHeadingOfSection(std::string_view line) {
-    return line.starts_with('[');
+std::string_view WithoutLineEnd(std::string_view line) {
+    if (line.ends_with('\n')) line.remove_suffix(1);
+    while (line.ends_with('\r'))
+        line.remove_suffix(1);
+    return line;
 }
 
 // The path in "[HKEY_...]"; empty for headings of another kind, such as one that says to delete a key.
@@ -50,80 +41,83 @@ std::string_view ParentOf(std::string_view path) {
 
 }  // namespace
 
-RegistryDocument::RegistryDocument() {
-    sections.push_back({"", std::string(kHeading), {}});
-}
+RegistryDocument::RegistryDocument() : text(std::string(kHeading) + '\n') {}
 
-std::optional<RegistryDocument> RegistryDocument::Parse(std::string_view text) {
+std::optional<RegistryDocument> RegistryDocument::Parse(std::string text) {
     RegistryDocument document;
-    document.hasByteOrderMark = text.starts_with(kByteOrderMark);
-    if (document.hasByteOrderMark) text.remove_prefix(kByteOrderMark.size());
-    if (text.empty()) return document;
-    const std::vector<std::string_view> lines = LinesOf(text);
-    if (WithoutBlanksBehind(lines.front()) != kHeading) return std::nullopt;
-    if (text.substr(lines.front().size()).starts_with('\r')) document.lineEnd = "\r\n";
-    document.ParseLines(lines);
+    const std::size_t start = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    if (text.size() == start) {
+        document.text.insert(0, text);
+        return document;
+    }
+    document.text = std::move(text);
+    std::size_t next = 0;
+    const std::string_view first = document.LineAt(start, next);
+    if (WithoutBlanksBehind(first) != kHeading) return std::nullopt;
+    if (document.text[start + first.size()] == '\r') document.lineEnd = "\r\n";
+    if (!document.text.ends_with('\n')) document.text += document.lineEnd;
     return document;
 }
 
-void RegistryDocument::ParseLines(const std::vector<std::string_view>& lines) {
-    for (std::size_t i = 1; i < lines.size(); ++i) {
-        const std::string_view line = lines[i];
-        if (IsHeadingOfSection(line)) {
-            sections.push_back({std::string(PathInHeading(line)), std::string(line), {}});
-            continue;
-        }
-        Entry entry{std::string(line), {}};
-        if (const std::optional<ValueLine> value = SplitValueLine(line); value && value->content != "-") {
-            entry.name = value->name;
-            // What looks like a line of its own is one, so that a damaged value takes no other with it.
-            std::string_view last = value->content;
-            bool goesOn = IsContinued(last);
-            while (goesOn && i + 1 < lines.size() && !IsHeadingOfSection(lines[i + 1]) &&
-                   !SplitValueLine(lines[i + 1])) {
-                last = lines[++i];
-                entry.text.append(lineEnd).append(last);
-                goesOn = WithoutBlanksBehind(last).ends_with('\\');
-            }
-        }
-        sections.back().entries.push_back(std::move(entry));
-    }
+std::string_view RegistryDocument::LineAt(std::size_t place, std::size_t& next) const {
+    next = std::min(text.find('\n', place), text.size() - 1) + 1;
+    return WithoutLineEnd(std::string_view(text).substr(place, next - place));
 }
 
-std::string RegistryDocument::ToText() const {
-    std::size_t size = kByteOrderMark.size();
-    for (const Section& section : sections) {
-        size += section.heading.size() + lineEnd.size();
-        for (const Entry& entry : section.entries)
-            size += entry.text.size() + lineEnd.size();
+std::optional<RegistryDocument::Section> RegistryDocument::SectionFrom(std::size_t place) const {
+    const auto findHeading = [this](std::size_t from) {
+        std::size_t found = text.find('[', from);
+        while (found != text.npos && (found == 0 || text[found - 1] != '\n'))
+            found = text.find('[', found + 1);
+        return std::min(found, text.size());
+    };
+    Section section;
+    section.begin = findHeading(place);
+    if (section.begin == text.size()) return std::nullopt;
+    section.path = PathInHeading(LineAt(section.begin, section.body));
+    section.end = findHeading(section.body);
+    return section;
+}
+
+std::optional<RegistryDocument::Entry> RegistryDocument::EntryFrom(std::size_t place,
+                                                                   const Section& section) const {
+    if (place >= section.end) return std::nullopt;
+    Entry entry;
+    entry.begin = place;
+    std::string_view last = LineAt(place, entry.next);
+    entry.end = place + last.size();
+    const std::optional<ValueLine> value = SplitValueLine(last);
+    if (!value || value->content == "-") return entry;
+    entry.name = value->name;
+    // What looks like a line of its own is one, so that a damaged value takes no other with it.
+    for (bool goesOn = IsContinued(value->content); goesOn && entry.next < section.end;) {
+        std::size_t next = 0;
+        last = LineAt(entry.next, next);
+        if (SplitValueLine(last)) break;
+        entry.end = entry.next + last.size();
+        entry.next = next;
+        goesOn = WithoutBlanksBehind(last).ends_with('\\');
     }
-    std::string text;
-    text.reserve(size);
-    if (hasByteOrderMark) text = kByteOrderMark;
-    for (const Section& section : sections) {
-        text.append(section.heading).append(lineEnd);
-        for (const Entry& entry : section.entries)
-            text.append(entry.text).append(lineEnd);
-    }
-    return text;
+    return entry;
 }
 
 bool RegistryDocument::HasKey(std::string_view path) const {
-    return std::any_of(sections.begin(), sections.end(), [path](const Section& section) {
-        return EqualsIgnoringCase(section.path, path) || IsBelow(section.path, path);
-    });
+    for (auto section = SectionFrom(0); section; section = SectionFrom(section->end)) {
+        if (EqualsIgnoringCase(section->path, path) || IsBelow(section->path, path)) return true;
+    }
+    return false;
 }
 
 std::vector<std::string> RegistryDocument::SubkeysOf(std::string_view path) const {
     std::vector<std::string> names;
-    for (const Section& section : sections) {
-        if (!IsBelow(section.path, path)) continue;
-        const std::string rest = section.path.substr(path.size() + 1);
-        const std::string name = rest.substr(0, rest.find('\\'));
-        const bool isKnown = std::any_of(names.begin(), names.end(), [&name](const std::string& known) {
+    for (auto section = SectionFrom(0); section; section = SectionFrom(section->end)) {
+        if (!IsBelow(section->path, path)) continue;
+        const std::string_view rest = section->path.substr(path.size() + 1);
+        const std::string_view name = rest.substr(0, rest.find('\\'));
+        const bool isKnown = std::any_of(names.begin(), names.end(), [name](const std::string& known) {
             return EqualsIgnoringCase(known, name);
         });
-        if (!isKnown) names.push_back(name);
+        if (!isKnown) names.emplace_back(name);
     }
     return names;
 }
@@ -131,7 +125,7 @@ std::vector<std::string> RegistryDocument::SubkeysOf(std::string_view path) cons
 std::vector<std::string> RegistryDocument::ValueNamesOf(std::string_view path) const {
     std::vector<std::string> names;
     for (const auto& [key, entry] : LastEntriesOf(path))
-        names.push_back(*entry->name);
+        names.push_back(*entry.name);
     return names;
 }
 
@@ -139,57 +133,55 @@ std::vector<RegistryValue> RegistryDocument::ValuesOf(std::string_view path) con
     std::vector<RegistryValue> values;
     for (const auto& [key, entry] : LastEntriesOf(path)) {
         RegistryValue value;
-        if (ReadEntry(*entry, value)) values.push_back(std::move(value));
+        if (ReadEntry(entry, value)) values.push_back(std::move(value));
     }
     return values;
 }
 
-std::map<std::string, const RegistryDocument::Entry*> RegistryDocument::LastEntriesOf(
-    std::string_view path) const {
-    std::map<std::string, const Entry*> entries;
-    for (const Section& section : sections) {
-        if (!EqualsIgnoringCase(section.path, path)) continue;
-        for (const Entry& entry : section.entries) {
-            if (entry.name) entries[InLowerCase(*entry.name)] = &entry;
+std::map<std::string, RegistryDocument::Entry> RegistryDocument::LastEntriesOf(std::string_view path) const {
+    std::map<std::string, Entry> entries;
+    for (auto section = SectionFrom(0); section; section = SectionFrom(section->end)) {
+        if (!EqualsIgnoringCase(section->path, path)) continue;
+        for (auto entry = EntryFrom(section->body, *section); entry;
+             entry = EntryFrom(entry->next, *section)) {
+            if (entry->name) entries[InLowerCase(*entry->name)] = *entry;
         }
     }
     return entries;
 }
 
-RegistryDocument::Section* RegistryDocument::FindSection(std::string_view path) {
-    const auto found = std::find_if(sections.rbegin(), sections.rend(), [path](const Section& section) {
-        return EqualsIgnoringCase(section.path, path);
-    });
-    return found == sections.rend() ? nullptr : &*found;
+std::optional<RegistryDocument::Section> RegistryDocument::FindSection(std::string_view path) const {
+    std::optional<Section> found;
+    for (auto section = SectionFrom(0); section; section = SectionFrom(section->end)) {
+        if (EqualsIgnoringCase(section->path, path)) found = section;
+    }
+    return found;
 }
 
-const RegistryDocument::Entry* RegistryDocument::FindEntry(std::string_view path,
-                                                           std::string_view name) const {
-    const Entry* found = nullptr;
-    for (const Section& section : sections) {
-        if (!EqualsIgnoringCase(section.path, path)) continue;
-        for (const Entry& entry : section.entries) {
-            if (entry.name && EqualsIgnoringCase(*entry.name, name)) found = &entry;
+std::optional<RegistryDocument::Entry> RegistryDocument::FindEntry(std::string_view path,
+                                                                   std::string_view name) const {
+    std::optional<Entry> found;
+    for (auto section = SectionFrom(0); section; section = SectionFrom(section->end)) {
+        if (!EqualsIgnoringCase(section->path, path)) continue;
+        for (auto entry = EntryFrom(section->body, *section); entry;
+             entry = EntryFrom(entry->next, *section)) {
+            if (entry->name && EqualsIgnoringCase(*entry->name, name)) found = entry;
         }
     }
     return found;
 }
 
-RegistryDocument::Entry* RegistryDocument::FindEntry(std::string_view path, std::string_view name) {
-    return const_cast<Entry*>(std::as_const(*this).FindEntry(path, name));
-}
-
 RegistryDocument::Lookup RegistryDocument::FindValue(std::string_view path, std::string_view name,
                                                      RegistryValue& value) const {
-    const Entry* entry = FindEntry(path, name);
-    if (entry == nullptr) return Lookup::kMissing;
+    const std::optional<Entry> entry = FindEntry(path, name);
+    if (!entry) return Lookup::kMissing;
     return ReadEntry(*entry, value) ? Lookup::kFound : Lookup::kDamaged;
 }
 
-bool RegistryDocument::ReadEntry(const Entry& entry, RegistryValue& value) {
+bool RegistryDocument::ReadEntry(const Entry& entry, RegistryValue& value) const {
     std::string joined;
-    for (const std::string_view line : LinesOf(entry.text))
-        joined += line;
+    for (std::size_t place = entry.begin; place < entry.next;)
+        joined += LineAt(place, place);
     const std::optional<ValueLine> split = SplitValueLine(joined);
     RegistryValue found;
     if (!split || !ParseValueContent(split->content, found)) return false;
@@ -198,46 +190,51 @@ bool RegistryDocument::ReadEntry(const Entry& entry, RegistryValue& value) {
     return true;
 }
 
+void RegistryDocument::Replace(std::size_t begin, std::size_t end, std::string_view replacement) {
+    if (std::string_view(text).substr(begin, end - begin) == replacement) return;
+    text.replace(begin, end - begin, replacement);
+    isChanged = true;
+}
+
 void RegistryDocument::AddKey(std::string_view path) {
     // From the root down; the root itself needs no lines.
     for (std::size_t end = path.find('\\'); end != path.npos;) {
         end = path.find('\\', end + 1);
-        const std::string_view key = path.substr(0, end);
-        if (FindSection(key) != nullptr) continue;
-        std::vector<Entry>& above = sections.back().entries;
-        const bool isSeparated = !above.empty() && above.back().text.empty();
-        if (!isSeparated) above.push_back({});
-        sections.push_back({std::string(key), "[" + std::string(key) + "]", {}});
+        const std::string key(path.substr(0, end));
+        if (FindSection(key)) continue;
+        const bool isSeparated = WithoutLineEnd(text).ends_with('\n');
+        const std::string lines = (isSeparated ? "" : lineEnd) + '[' + key + ']' + lineEnd;
+        Replace(text.size(), text.size(), lines);
     }
 }
 
 void RegistryDocument::SetValue(std::string_view path, const RegistryValue& value) {
-    Entry replacement{FormatValue(value, lineEnd), value.name};
-    if (Entry* entry = FindEntry(path, value.name); entry != nullptr) {
-        *entry = std::move(replacement);
+    const std::string lines = FormatValue(value, lineEnd);
+    if (const std::optional<Entry> entry = FindEntry(path, value.name)) {
+        Replace(entry->begin, entry->end, lines);
         return;
     }
-    if (FindSection(path) == nullptr) AddKey(path);
-    std::vector<Entry>& entries = FindSection(path)->entries;
+    if (!FindSection(path)) AddKey(path);
+    const Section section = *FindSection(path);
     // Before the blank lines that set the next key off.
-    const auto last = std::find_if(entries.rbegin(), entries.rend(),
-                                   [](const Entry& entry) { return !entry.text.empty(); });
-    entries.insert(last.base(), std::move(replacement));
+    std::size_t place = section.end;
+    while (place > section.body) {
+        const std::size_t line = text.rfind('\n', place - 2) + 1;
+        if (std::size_t next = 0; !LineAt(line, next).empty()) break;
+        place = line;
+    }
+    Replace(place, place, lines + lineEnd);
 }
 
 void RegistryDocument::RemoveValue(std::string_view path, std::string_view name) {
-    for (Section& section : sections) {
-        if (!EqualsIgnoringCase(section.path, path)) continue;
-        std::erase_if(section.entries, [name](const Entry& entry) {
-            return entry.name && EqualsIgnoringCase(*entry.name, name);
-        });
-    }
+    while (const std::optional<Entry> entry = FindEntry(path, name))
+        Replace(entry->begin, entry->next, {});
 }
 
 void RegistryDocument::RemoveKey(std::string_view path) {
     AddKey(ParentOf(path));
-    std::erase_if(sections,
-                  [path](const Section& section) { return EqualsIgnoringCase(section.path, path); });
+    while (const std::optional<Section> section = FindSection(path))
+        Replace(section->begin, section->end, {});
 }
 
 }  // namespace permora::host

@@ -1,6 +1,7 @@
 // A registry file as keys and values that can be changed without touching anything else in it.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
@@ -11,8 +12,9 @@
 
 namespace permora::host {
 
-// Every line that a change does not concern stays as it is: comments, lines that this program does not
-// understand, damaged values. (A file with both kinds of line ends gets those of its first line.)
+// The file's text, which is searched as it stands: thousands of values cost no more memory than their lines.
+// What a change does not concern stays as it is: comments, lines that this program does not understand,
+// damaged values. New lines end as the first one does.
 //
 // Paths are whole ("HKEY_CURRENT_USER\Software\x"). A key exists when the file has it or one below it.
 class RegistryDocument {
@@ -20,8 +22,10 @@ class RegistryDocument {
     // With nothing in it but the heading.
     RegistryDocument();
     // Nothing when the text is no registry file of version 5 in UTF-8. Empty text is a file without keys.
-    static std::optional<RegistryDocument> Parse(std::string_view text);
-    std::string ToText() const;
+    static std::optional<RegistryDocument> Parse(std::string text);
+    const std::string& Text() const { return text; }
+    // Whether the text has become another since it was parsed.
+    bool IsChanged() const { return isChanged; }
 
     bool HasKey(std::string_view path) const;
     // The names right below a key, each once, in the order of the file.
@@ -44,27 +48,39 @@ class RegistryDocument {
     void RemoveKey(std::string_view path);
 
   private:
-    struct Entry {
-        std::string text;                 // its lines, without the last line's end
-        std::optional<std::string> name;  // of a value; nothing for every other line
-    };
+    // A key's heading and what follows up to the next heading: places in the text.
     struct Section {
-        std::string path;  // empty for what stands before the first key, or below a heading of another kind
-        std::string heading;
-        std::vector<Entry> entries;
+        std::size_t begin = 0;
+        std::size_t body = 0;
+        std::size_t end = 0;
+        std::string_view path;  // empty before the first heading, and below one of another kind
+    };
+    // A value's lines, or any other single line of a section.
+    struct Entry {
+        std::size_t begin = 0;
+        std::size_t end = 0;              // of the last line, before its line end
+        std::size_t next = 0;             // behind it
+        std::optional<std::string> name;  // nothing for what is no value
     };
 
-    static bool ReadEntry(const Entry& entry, RegistryValue& value);
-    // Of each name, in small letters, the line that counts.
-    std::map<std::string, const Entry*> LastEntriesOf(std::string_view path) const;
-    Section* FindSection(std::string_view path);
-    Entry* FindEntry(std::string_view path, std::string_view name);
-    const Entry* FindEntry(std::string_view path, std::string_view name) const;
-    void ParseLines(const std::vector<std::string_view>& lines);
+    // The first section, or entry of a section, that begins at `place` or behind it.
+    std::optional<Section> SectionFrom(std::size_t place) const;
+    std::optional<Entry> EntryFrom(std::size_t place, const Section& section) const;
+    // The line that begins at `place`, without its end, and where the next one begins.
+    std::string_view LineAt(std::size_t place, std::size_t& next) const;
 
+    // Of several the last. Found places hold until the text changes.
+    std::optional<Section> FindSection(std::string_view path) const;
+    std::optional<Entry> FindEntry(std::string_view path, std::string_view name) const;
+    // Of each name, in small letters, the entry that counts.
+    std::map<std::string, Entry> LastEntriesOf(std::string_view path) const;
+    bool ReadEntry(const Entry& entry, RegistryValue& value) const;
+
+    void Replace(std::size_t begin, std::size_t end, std::string_view replacement);
+
+    std::string text;  // its last line has an end too
     std::string lineEnd = "\n";
-    bool hasByteOrderMark = false;
-    std::vector<Section> sections;  // at least one: the first has the file's heading
+    bool isChanged = false;
 };
 
 }  // namespace permora::host

@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -13,6 +12,7 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
@@ -63,23 +63,27 @@ DWORD ReadText(int folder, std::string& text) {
     struct stat status {};
     if (fstat(file.Get(), &status) != 0) return ErrorFromErrno(errno);
     if (status.st_size > kLargestFile) return ERROR_FILE_TOO_LARGE;
-    text.reserve(static_cast<std::size_t>(status.st_size));
-    std::array<char, 16384> block;
+    // With room for what a change adds, so that the text need not move.
+    constexpr std::size_t kRoom = 4096;
+    std::string found(static_cast<std::size_t>(status.st_size) + kRoom, '\0');
+    std::size_t size = 0;
     for (;;) {
-        const ssize_t count = read(file.Get(), block.data(), block.size());
-        if (count == 0) return ERROR_SUCCESS;
-        if (count < 0) {
-            if (errno == EINTR) continue;
-            return ErrorFromErrno(errno);
-        }
-        text.append(block.data(), static_cast<std::size_t>(count));
+        const ssize_t count = read(file.Get(), found.data() + size, found.size() - size);
+        if (count == 0) break;
+        if (count < 0 && errno != EINTR) return ErrorFromErrno(errno);
+        if (count > 0) size += static_cast<std::size_t>(count);
+        if (size == found.size()) found.resize(2 * size);
     }
+    found.resize(size);
+    text = std::move(found);
+    return ERROR_SUCCESS;
 }
 
-DWORD ReadDocument(int folder, std::string& text, RegistryDocument& document) {
+DWORD ReadDocument(int folder, RegistryDocument& document) {
+    std::string text;
     const DWORD error = ReadText(folder, text);
     if (error != ERROR_SUCCESS) return error;
-    std::optional<RegistryDocument> parsed = RegistryDocument::Parse(text);
+    std::optional<RegistryDocument> parsed = RegistryDocument::Parse(std::move(text));
     if (!parsed) return ERROR_BADDB;
     document = *std::move(parsed);
     return ERROR_SUCCESS;
@@ -139,24 +143,20 @@ DWORD RegistryStore::Read(RegistryDocument& document) const {
         document = RegistryDocument();
         return ERROR_SUCCESS;
     }
-    std::string text;
-    return error == ERROR_SUCCESS ? ReadDocument(folder.Get(), text, document) : error;
+    return error == ERROR_SUCCESS ? ReadDocument(folder.Get(), document) : error;
 }
 
 DWORD RegistryStore::Change(const std::function<DWORD(RegistryDocument&)>& change) const {
     UniqueFd folder;
     UniqueFd lock;
-    std::string before;
     RegistryDocument document;
     DWORD error = MakeFolder(path, audience);
     if (error == ERROR_SUCCESS) error = OpenStoreFolder(path, folder);
     if (error == ERROR_SUCCESS) error = TakeLock(folder.Get(), lock);
-    if (error == ERROR_SUCCESS) error = ReadDocument(folder.Get(), before, document);
+    if (error == ERROR_SUCCESS) error = ReadDocument(folder.Get(), document);
     if (error == ERROR_SUCCESS) error = change(document);
-    if (error != ERROR_SUCCESS) return error;
-    const std::string after = document.ToText();
-    if (after == before) return ERROR_SUCCESS;
-    return ReplaceText(folder.Get(), after, audience == RegistryAudience::kOwner ? 0600 : 0644);
+    if (error != ERROR_SUCCESS || !document.IsChanged()) return error;
+    return ReplaceText(folder.Get(), document.Text(), audience == RegistryAudience::kOwner ? 0600 : 0644);
 }
 
 }  // namespace permora::host

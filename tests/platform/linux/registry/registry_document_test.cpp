@@ -82,7 +82,7 @@ TEST(RegistryDocuments, ChangeOneValueAndLeaveEveryOtherLine) {
             before.insert(i, 1, '\r');
         before = "\xEF\xBB\xBF" + before;
         RegistryDocument document = Parsed(before);
-        EXPECT_EQ(document.ToText(), before);
+        EXPECT_EQ(document.Text(), before);
 
         document.SetValue("HKEY_CURRENT_USER\\SOFTWARE\\Maker", Value("text", "three"));
         document.SetValue("HKEY_CURRENT_USER\\Software\\Maker", Value("Broken", "mended"));
@@ -95,7 +95,7 @@ TEST(RegistryDocuments, ChangeOneValueAndLeaveEveryOtherLine) {
         };
         for (const auto& [old, changed] : kChanges)
             after.replace(after.find(old), old.size(), changed);
-        EXPECT_EQ(document.ToText(), after);
+        EXPECT_EQ(document.Text(), after);
     }
 }
 
@@ -104,7 +104,7 @@ TEST(RegistryDocuments, GrowAndShrinkByKeys) {
     document.SetValue("HKEY_CURRENT_USER\\A\\B", Value("", "x"));
     document.AddKey("HKEY_CURRENT_USER\\A\\C");
     document.AddKey("HKEY_CURRENT_USER\\a\\c");
-    EXPECT_EQ(document.ToText(),
+    EXPECT_EQ(document.Text(),
               "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\A]\n\n"
               "[HKEY_CURRENT_USER\\A\\B]\n@=\"x\"\n\n[HKEY_CURRENT_USER\\A\\C]\n");
     document.RemoveKey("hkey_current_user\\A\\B");
@@ -131,7 +131,7 @@ TEST(RegistryDocuments, KeepLongValuesOverManyLines) {
     for (int i = 0; i < 304; ++i)
         value.data.push_back(static_cast<std::uint8_t>(i * 7));
     document.SetValue("HKEY_CURRENT_USER\\A", value);
-    const std::string text = document.ToText();
+    const std::string text = document.Text();
     for (std::size_t start = 0, end = 0; (end = text.find('\n', start)) != text.npos; start = end + 1)
         EXPECT_LE(end - start, 80U);
     RegistryValue found;
