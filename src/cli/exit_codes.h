@@ -4,7 +4,7 @@
 namespace permora {
 
 inline constexpr int kExitDone = 0;
-inline constexpr int kExitSomeFailed = 1;  // every object that could be done was done
+inline constexpr int kExitSomeFailed = 1;  // and every other was done, unless the program had to break off
 inline constexpr int kExitUsage = 2;       // nothing was touched
 
 }  // namespace permora

@@ -23,6 +23,7 @@
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
 #include "platform/process_start.h"
+#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
@@ -100,6 +101,7 @@ int AfterOutput(int exitCode) {
 int main(int argumentCount, char** argumentTexts) {
     permora::PrepareProcess();
     permora::UseUtf8Terminal();
+    permora::SetFatalExitCode(permora::kExitSomeFailed);
     int exitCode = permora::kExitDone;
     const std::optional<permora::Arguments> arguments =
         permora::ParseArguments(argumentCount, argumentTexts, exitCode);

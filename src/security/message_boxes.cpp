@@ -4,6 +4,11 @@
 #include "platform/system_message.h"
 
 namespace permora {
+namespace {
+
+UINT fatalExitCode = 0;
+
+}  // namespace
 
 void ShowErrorBox(HWND owner, LPCSTR text) {
     MessageBoxA(owner, text, kErrorCaption, MB_ICONERROR);
@@ -15,7 +20,7 @@ void ShowInfoBox(HWND owner, LPCSTR text) {
 
 void ShowFatalErrorBox(HWND owner, LPCSTR text) {
     ShowErrorBox(owner, text);
-    ExitProcess(0);
+    ExitProcess(fatalExitCode);
 }
 
 void ShowSystemErrorBox(HWND owner, DWORD code) {
@@ -30,13 +35,17 @@ void ShowLastErrorBox(HWND owner) {
 
 void ShowFatalLastErrorBox(HWND owner) {
     ShowLastErrorBox(owner);
-    ExitProcess(0);
+    ExitProcess(fatalExitCode);
 }
 
 void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code) {
     if (const std::string systemText = GetSystemMessageText(code); !systemText.empty()) {
         ShowErrorBox(owner, (text + (": " + systemText)).c_str());
     }
+}
+
+void SetFatalExitCode(UINT code) {
+    fatalExitCode = code;
 }
 
 }  // namespace permora

@@ -11,15 +11,19 @@ inline constexpr const char* kInformationCaption = "Permora Information";  // st
 
 void ShowErrorBox(HWND owner, LPCSTR text);
 void ShowInfoBox(HWND owner, LPCSTR text);
-// Ends the process with exit code 0 once the box is closed; no clean-up runs.
+// Ends the process once the box is closed; no clean-up runs.
 [[noreturn]] void ShowFatalErrorBox(HWND owner, LPCSTR text);
 
 // The system's text for an error code. A code that has no text shows no box.
 void ShowSystemErrorBox(HWND owner, DWORD code);
 void ShowLastErrorBox(HWND owner);
-// Ends the process with exit code 0, also when there was no text to show.
+// Ends the process, also when there was no text to show.
 [[noreturn]] void ShowFatalLastErrorBox(HWND owner);
 // "text: system text". A code that has no text shows no box.
 void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code);
+
+// The exit code of a process that a fatal box ends, 0 unless it is set. To be called before threads are
+// started.
+void SetFatalExitCode(UINT code);
 
 }  // namespace permora

@@ -75,6 +75,10 @@ TEST(MessageBoxes, AFatalBoxEndsTheProcessEvenWithoutText) {
             },
             ::testing::ExitedWithCode(0), GetSystemMessageText(code).substr(0, 10));
     }
+    SetFatalExitCode(3);
+    EXPECT_EXIT(ShowFatalErrorBox(nullptr, "no way on"), ::testing::ExitedWithCode(3), "no way on");
+    EXPECT_EXIT(ShowFatalLastErrorBox(nullptr), ::testing::ExitedWithCode(3), "");
+    SetFatalExitCode(0);
 }
 
 }  // namespace
