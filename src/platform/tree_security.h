@@ -64,8 +64,8 @@ class TreeObserver {
 
 // Gives every object below `folder` the owner `owner`, as SetNamedSecurityInfoA with
 // OWNER_SECURITY_INFORMATION would for each; `folder` itself keeps its owner. It walks and answers as
-// SetListsBelow does: on Linux a link gets the owner itself and is not followed.
-// ERROR_INVALID_SID when `owner` is not valid.
+// SetListsBelow does, but on Windows too a link gets the owner itself. ERROR_INVALID_SID when `owner` is not
+// valid.
 [[nodiscard]] DWORD SetOwnersBelow(LPCSTR folder, PSID owner, TreeObserver& observer, TreeCounts& counts);
 
 }  // namespace permora

@@ -31,10 +31,15 @@ struct OpenFolder {
 // Changes the object at a path, which the system's calls want as a text that they could change.
 using Change = std::function<DWORD(std::string& path)>;
 
+enum class Links {
+    kPassOver,  // the change would work on what they lead to
+    kChange,    // it works on the link itself
+};
+
 class TreeWalk {
   public:
-    TreeWalk(Change work, TreeObserver& listener, TreeCounts& totals)
-        : change(std::move(work)), observer(listener), counts(totals) {}
+    TreeWalk(Change work, Links rule, TreeObserver& listener, TreeCounts& totals)
+        : change(std::move(work)), links(rule), observer(listener), counts(totals) {}
 
     DWORD Run(LPCSTR folder) {
         const DWORD attributes = GetFileAttributesA(folder);
@@ -83,17 +88,15 @@ class TreeWalk {
     }
 
     void Visit(const WIN32_FIND_DATAA& entry) {
-        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-            PassOver(ERROR_CANT_RESOLVE_FILENAME);
-            return;
-        }
-        const DWORD error = change(path);
+        const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+        const bool isRefused = isLink && links == Links::kPassOver;
+        const DWORD error = isRefused ? DWORD{ERROR_CANT_RESOLVE_FILENAME} : change(path);
         if (error == ERROR_SUCCESS) {
             ++counts.changed;
         } else {
             PassOver(error);
         }
-        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return;
+        if (isLink || (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return;
         const DWORD listingError = Enter();
         if (listingError != ERROR_SUCCESS) PassOver(listingError);
     }
@@ -106,6 +109,7 @@ class TreeWalk {
     }
 
     Change change;
+    Links links;
     TreeObserver& observer;
     TreeCounts& counts;
     DWORD result = ERROR_SUCCESS;
@@ -122,6 +126,17 @@ DWORD ReadList(std::string& path) {
     return error;
 }
 
+// By a handle, since the call that takes a name gives what a link leads to the owner.
+DWORD WriteOwner(const std::string& path, PSID owner) {
+    HANDLE handle = CreateFileA(
+        path.c_str(), WRITE_OWNER, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+        OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return GetLastError();
+    const UniqueHandle object(handle);
+    return SetSecurityInfo(handle, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, owner, nullptr, nullptr,
+                           nullptr);
+}
+
 }  // namespace
 
 DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeObserver& observer, TreeCounts& counts) {
@@ -132,16 +147,13 @@ DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeObserver& o
                                      nullptr, nullptr, list, nullptr);
     };
     const Change change = mode == TreeListMode::kWrite ? Change(writeList) : Change(ReadList);
-    return TreeWalk(change, observer, counts).Run(folder);
+    return TreeWalk(change, Links::kPassOver, observer, counts).Run(folder);
 }
 
 DWORD SetOwnersBelow(LPCSTR folder, PSID owner, TreeObserver& observer, TreeCounts& counts) {
     if (IsValidSid(owner) == FALSE) return ERROR_INVALID_SID;
-    const auto writeOwner = [owner](std::string& path) {
-        return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, owner, nullptr,
-                                     nullptr, nullptr);
-    };
-    return TreeWalk(writeOwner, observer, counts).Run(folder);
+    const auto writeOwner = [owner](const std::string& path) { return WriteOwner(path, owner); };
+    return TreeWalk(writeOwner, Links::kChange, observer, counts).Run(folder);
 }
 
 }  // namespace permora
