@@ -12,12 +12,14 @@
 namespace permora {
 namespace {
 
-// The types whose header and mask are followed by the SID ([MS-DTYP] 2.4.4). Object types put flags and GUIDs
-// in between, the compound type a word of its own: there, the same bytes could pass for some other account.
-constexpr std::array<BYTE, 11> kSidFollowsMask = {
+// The types whose header and mask are followed by the SID ([MS-DTYP] 2.4.4, and for the last two ntifs.h of
+// the driver kit). Object types put flags and GUIDs in between, the compound type a word of its own: there,
+// the same bytes could pass for some other account.
+constexpr std::array<BYTE, 13> kSidFollowsMask = {
     0x00, 0x01, 0x02, 0x03,  // allowed, denied, audit, alarm
     0x09, 0x0A, 0x0D, 0x0E,  // their callback forms
     0x11, 0x12, 0x13,        // mandatory label, resource attribute, scoped policy
+    0x14, 0x15,              // process trust label, access filter
 };
 
 constexpr std::size_t kSidOffset = sizeof(ACE_HEADER) + sizeof(ACCESS_MASK);
