@@ -5,6 +5,7 @@
 #include "platform/linux/files/drives.h"
 #include "platform/resources.h"
 #include "security/text_conversion.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/command.h"
 #include "tests/support/own_mounts.h"
 
@@ -53,12 +54,8 @@ void WithShareTable::SetUp() {
 
 void WithShareTable::AddShare(const std::string& name, const char* sddl) {
     folder.MakeFolder(name);
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    if (sddl != nullptr) {
-        ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl, SDDL_REVISION_1, &descriptor,
-                                                                         nullptr));
-    }
-    const UniqueLocal<void> owned(descriptor);
+    const UniqueLocal<void> descriptor = sddl != nullptr ? test::DescriptorOf(sddl) : nullptr;
+    ASSERT_EQ(descriptor != nullptr, sddl != nullptr) << sddl;
     WideText wideName;
     WideText remark;
     WideText path;
@@ -67,19 +64,14 @@ void WithShareTable::AddShare(const std::string& name, const char* sddl) {
     record.shi502_remark = AnsiToWide("for " + name, remark);
     record.shi502_max_uses = 7;
     record.shi502_path = AnsiToWide("T:\\" + name, path);
-    record.shi502_security_descriptor = descriptor;
+    record.shi502_security_descriptor = descriptor.get();
     ASSERT_EQ(NetShareAdd(nullptr, 502, reinterpret_cast<LPBYTE>(&record), nullptr), NERR_Success) << name;
 }
 
 std::string WithShareTable::ListOf(const std::string& name) {
     UniqueNetworkBuffer<SHARE_INFO_502> record;
     if (const NET_API_STATUS status = Read(name, record); status != NERR_Success) return ErrorText(status);
-    if (record->shi502_security_descriptor == nullptr) return "none";
-    LPSTR text = nullptr;
-    EXPECT_TRUE(ConvertSecurityDescriptorToStringSecurityDescriptorA(
-        record->shi502_security_descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr));
-    const UniqueLocal<char> owned(text);
-    return text;
+    return test::SddlOfParts(record->shi502_security_descriptor, DACL_SECURITY_INFORMATION);
 }
 
 std::string WithShareTable::FactsOf(const std::string& name) {
