@@ -31,10 +31,8 @@ BOOL WINAPI CreateWellKnownSid(WELL_KNOWN_SID_TYPE type, PSID domain, PSID sid, 
 
 // This machine's local groups and users, level 0 alone (ERROR_INVALID_LEVEL), each name with its domain,
 // since one bare name may mean a user, a group and more. `server` must be null or this machine
-// (ERROR_BAD_NETPATH). A call hands out names for at most `preferredLength` bytes, but at least one; when
-// there are more it returns ERROR_MORE_DATA and `*resume` says where the next call goes on, else `*resume`
-// becomes 0. `*total` is the number of names from `*resume` on. The caller frees the buffer with
-// NetApiBufferFree.
+// (ERROR_BAD_NETPATH). A call hands out all of them whatever `preferredLength` says, so `*resume` (which may
+// be null) becomes 0. The caller frees the buffer with NetApiBufferFree.
 NET_API_STATUS WINAPI NetLocalGroupEnum(LPCWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
                                         LPDWORD read, LPDWORD total, PDWORD_PTR resume);
 // `filter` must be 0: accounts of every kind.

@@ -62,29 +62,28 @@ struct SHARE_INFO_502 {
 extern "C" {
 
 // All answer with NERR_Success, an error code of network.h or a system error code. `server` must be null or
-// this machine (ERROR_BAD_NETPATH). Names of shares have no letter case. Levels are 1, 2 and 502
-// (ERROR_INVALID_LEVEL).
+// this machine (ERROR_BAD_NETPATH). Names of shares have no letter case. Other levels than those told are
+// ERROR_INVALID_LEVEL.
 
-// Records of the level, in the order of the machine's list, for at most `preferredLength` bytes, but at least
-// one; when there are more it returns ERROR_MORE_DATA and `*resume` (which may be null) says where the next
-// call goes on, else `*resume` becomes 0. `*total` is the number of shares from `*resume` on. The records
-// with all that they point to are one block, which the caller frees with NetApiBufferFree.
+// Records of level 1 or 2, in the order of the machine's list: all of them whatever `preferredLength` says,
+// so `*resume` (which may be null) becomes 0. The records with all that they point to are one block, which
+// the caller frees with NetApiBufferFree.
 NET_API_STATUS WINAPI NetShareEnum(LPWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
                                    LPDWORD read, LPDWORD total, LPDWORD resume);
 
-// One record, a block of the same kind. NERR_NetNameNotFound; ERROR_INVALID_SECURITY_DESCR at level 502 when
-// the share's descriptor is damaged.
+// One record of level 2 or 502, a block of the same kind. NERR_NetNameNotFound; ERROR_INVALID_SECURITY_DESCR
+// at level 502 when the share's descriptor is damaged.
 NET_API_STATUS WINAPI NetShareGetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE* buffer);
 
-// Changes the remark, the greatest number of users and, at level 502, the descriptor (of either form, checked
-// whole; null leaves it as it is) where they differ from what the share has. The other fields must be as they
-// were read: ERROR_INVALID_PARAMETER, and in `*wrongField` (which may be null) its number. What cannot be
-// changed because it is fixed in a file of the server is ERROR_FILE_READ_ONLY. What was changed before
-// a failure is put back.
+// Changes, by a record of level 502, the remark, the greatest number of users and the descriptor (of either
+// form, checked whole; null leaves it as it is) where they differ from what the share has. The other fields
+// must be as they were read: ERROR_INVALID_PARAMETER, and in `*wrongField` (which may be null) its number.
+// What cannot be changed because it is fixed in a file of the server is ERROR_FILE_READ_ONLY. What was
+// changed before a failure is put back.
 NET_API_STATUS WINAPI NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE record,
                                       LPDWORD wrongField);
 
-// Offers a folder to the network, levels 2 and 502. ERROR_INVALID_NAME (platform/share_name.h says which
+// Offers a folder to the network, level 502. ERROR_INVALID_NAME (platform/share_name.h says which
 // names there are), NERR_DuplicateShare, NERR_UnknownDevDir for a path that is no folder,
 // NERR_InvalidMaxUsers for 0 users.
 NET_API_STATUS WINAPI NetShareAdd(LPWSTR server, DWORD level, LPBYTE record, LPDWORD wrongField);

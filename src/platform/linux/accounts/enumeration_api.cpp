@@ -1,7 +1,6 @@
 // Enumerating accounts and making well-known SIDs, under the system's names.
 #include "platform/api/account_enumeration.h"
 
-#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -26,34 +25,31 @@ using permora::nt::Sid;
 static_assert(sizeof(LOCALGROUP_INFO_0) == sizeof(LPWSTR) && sizeof(USER_INFO_0) == sizeof(LPWSTR));
 
 std::size_t BytesOf(const std::u16string& name) {
-    return sizeof(LPWSTR) + (name.size() + 1) * sizeof(WCHAR);
+    return (name.size() + 1) * sizeof(WCHAR);
 }
 
-// `names` from `first` on for `limit` bytes, but at least one. Null when there is no memory.
-LPBYTE MakeBlock(const std::vector<std::u16string>& names, std::size_t first, std::size_t limit,
-                 std::size_t& count) {
-    std::size_t bytes = 0;
-    count = 0;
-    for (std::size_t i = first; i < names.size(); ++i, ++count) {
-        if (count > 0 && bytes + BytesOf(names[i]) > limit) break;
-        bytes += BytesOf(names[i]);
-    }
+// Null when there is no memory.
+LPBYTE MakeBlock(const std::vector<std::u16string>& names) {
+    std::size_t bytes = names.size() * sizeof(LPWSTR);
+    for (const std::u16string& name : names)
+        bytes += BytesOf(name);
     auto* block = static_cast<LPBYTE>(LocalAlloc(LPTR, bytes));
     if (block == nullptr) return nullptr;
-    LPBYTE text = block + count * sizeof(LPWSTR);
-    for (std::size_t i = 0; i < count; ++i) {
-        std::memcpy(block + i * sizeof(LPWSTR), &text, sizeof text);
-        const std::u16string& name = names[first + i];
-        std::memcpy(text, name.c_str(), (name.size() + 1) * sizeof(WCHAR));
-        text += (name.size() + 1) * sizeof(WCHAR);
+    LPBYTE pointer = block;
+    LPBYTE text = block + names.size() * sizeof(LPWSTR);
+    for (const std::u16string& name : names) {
+        std::memcpy(pointer, &text, sizeof text);
+        std::memcpy(text, name.c_str(), BytesOf(name));
+        pointer += sizeof text;
+        text += BytesOf(name);
     }
     return block;
 }
 
-// The part that both enumerations share. `Resume` is the type of their handle: the place of the next name.
+// The part that both enumerations share. `Resume` is the type of their handle.
 template <class Resume>
-NET_API_STATUS Enumerate(AccountKind kind, LPCWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
-                         LPDWORD read, LPDWORD total, Resume* resume) {
+NET_API_STATUS Enumerate(AccountKind kind, LPCWSTR server, DWORD level, LPBYTE* buffer, LPDWORD read,
+                         LPDWORD total, Resume* resume) {
     if (level != 0) return ERROR_INVALID_LEVEL;
     if (buffer == nullptr || read == nullptr || total == nullptr) return ERROR_INVALID_PARAMETER;
     if (!permora::host::IsThisServer(server)) return ERROR_BAD_NETPATH;
@@ -65,29 +61,26 @@ NET_API_STATUS Enumerate(AccountKind kind, LPCWSTR server, DWORD level, LPBYTE* 
     for (const std::string& name : found)
         names.push_back(permora::host::ToWide(name));
 
-    const std::size_t first = resume != nullptr ? std::min<std::size_t>(*resume, names.size()) : 0;
-    std::size_t count = 0;
-    LPBYTE block = MakeBlock(names, first, preferredLength, count);
+    LPBYTE block = MakeBlock(names);
     if (block == nullptr) return ERROR_NOT_ENOUGH_MEMORY;
-    const bool isComplete = first + count == names.size();
     *buffer = block;
-    *read = static_cast<DWORD>(count);
-    *total = static_cast<DWORD>(names.size() - first);
-    if (resume != nullptr) *resume = isComplete ? 0 : static_cast<Resume>(first + count);
-    return isComplete ? NERR_Success : ERROR_MORE_DATA;
+    *read = *total = static_cast<DWORD>(names.size());
+    if (resume != nullptr) *resume = 0;
+    return NERR_Success;
 }
 
 }  // namespace
 
-NET_API_STATUS WINAPI NetLocalGroupEnum(LPCWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
-                                        LPDWORD read, LPDWORD total, PDWORD_PTR resume) {
-    return Enumerate(AccountKind::kGroup, server, level, buffer, preferredLength, read, total, resume);
+NET_API_STATUS WINAPI NetLocalGroupEnum(LPCWSTR server, DWORD level, LPBYTE* buffer,
+                                        DWORD /*preferredLength*/, LPDWORD read, LPDWORD total,
+                                        PDWORD_PTR resume) {
+    return Enumerate(AccountKind::kGroup, server, level, buffer, read, total, resume);
 }
 
 NET_API_STATUS WINAPI NetUserEnum(LPCWSTR server, DWORD level, DWORD filter, LPBYTE* buffer,
-                                  DWORD preferredLength, LPDWORD read, LPDWORD total, LPDWORD resume) {
+                                  DWORD /*preferredLength*/, LPDWORD read, LPDWORD total, LPDWORD resume) {
     if (filter != 0) return ERROR_INVALID_PARAMETER;
-    return Enumerate(AccountKind::kUser, server, level, buffer, preferredLength, read, total, resume);
+    return Enumerate(AccountKind::kUser, server, level, buffer, read, total, resume);
 }
 
 BOOL WINAPI CreateWellKnownSid(WELL_KNOWN_SID_TYPE type, PSID domain, PSID sid, DWORD* size) {

@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <cstring>
-#include <string_view>
+#include <string>
 
 #include "platform/api/errors.h"
 #include "platform/api/memory.h"
@@ -15,9 +15,9 @@ using permora::host::ErrnoForMessage;
 using permora::host::FindMessage;
 using permora::host::MessagesOf;
 
-constexpr std::string_view kSentenceEnd = ".\r\n";
 constexpr DWORD kSources = FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM;
-constexpr DWORD kKnownFlags = kSources | FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS;
+// A buffer of the caller's own is not filled.
+constexpr DWORD kNeededFlags = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS;
 
 const char* SystemText(DWORD code) {
     // Not translated, as the tables are not either.
@@ -35,19 +35,12 @@ const char* FindText(DWORD flags, HMODULE library, DWORD code) {
     return (flags & FORMAT_MESSAGE_FROM_SYSTEM) != 0 ? SystemText(code) : nullptr;
 }
 
-// Writes the sentence, its end and the NUL.
-void WriteMessage(std::string_view sentence, char* target) {
-    target = std::copy(sentence.begin(), sentence.end(), target);
-    target = std::copy(kSentenceEnd.begin(), kSentenceEnd.end(), target);
-    *target = '\0';
-}
-
 }  // namespace
 
 // The tables have one language and no inserts; the language and the inserts' arguments decide nothing.
 DWORD WINAPI FormatMessageA(DWORD flags, LPCVOID source, DWORD messageId, DWORD /*languageId*/, LPSTR buffer,
                             DWORD size, va_list* /*arguments*/) {
-    if (buffer == nullptr || (flags & kSources) == 0 || (flags & ~kKnownFlags) != 0) {
+    if (buffer == nullptr || (flags & kSources) == 0 || (flags & ~kSources) != kNeededFlags) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
@@ -63,20 +56,11 @@ DWORD WINAPI FormatMessageA(DWORD flags, LPCVOID source, DWORD messageId, DWORD 
         SetLastError(ERROR_MR_MID_NOT_FOUND);
         return 0;
     }
-    const SIZE_T length = std::strlen(sentence) + kSentenceEnd.size();
-
-    if ((flags & FORMAT_MESSAGE_ALLOCATE_BUFFER) != 0) {
-        // `size` is then the least that the caller wants to have.
-        auto* block = static_cast<char*>(LocalAlloc(LMEM_FIXED, std::max<SIZE_T>(length + 1, size)));
-        if (block == nullptr) return 0;
-        WriteMessage(sentence, block);
-        std::memcpy(buffer, &block, sizeof(block));  // `buffer` is the address of a pointer
-    } else {
-        if (length >= size) {
-            SetLastError(ERROR_INSUFFICIENT_BUFFER);
-            return 0;
-        }
-        WriteMessage(sentence, buffer);
-    }
-    return static_cast<DWORD>(length);
+    const std::string message = std::string(sentence) + ".\r\n";
+    // `size` is the least that the caller wants to have.
+    auto* block = static_cast<char*>(LocalAlloc(LMEM_FIXED, std::max<SIZE_T>(message.size() + 1, size)));
+    if (block == nullptr) return 0;
+    std::memcpy(block, message.c_str(), message.size() + 1);
+    std::memcpy(buffer, &block, sizeof(block));  // `buffer` is the address of a pointer
+    return static_cast<DWORD>(message.size());
 }

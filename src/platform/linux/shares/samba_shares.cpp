@@ -217,15 +217,11 @@ DWORD SambaShares::List(std::vector<Share>& shares) const {
     return ERROR_SUCCESS;
 }
 
-DWORD SambaShares::ReadDescriptors(std::span<Share> shares) const {
-    for (Share& share : shares) {
-        if (IsInterProcess(share)) continue;
-        DWORD error = ReadSambaDescriptor(share.name, share.descriptor);
-        // The tool knows nothing of users' shares.
-        if (IsFailureOfTool(error)) error = ReadOtherDescriptor(share, error);
-        if (error != ERROR_SUCCESS) return error;
-    }
-    return ERROR_SUCCESS;
+DWORD SambaShares::ReadDescriptor(Share& share) const {
+    if (IsInterProcess(share)) return ERROR_SUCCESS;
+    const DWORD error = ReadSambaDescriptor(share.name, share.descriptor);
+    // The tool knows nothing of users' shares.
+    return IsFailureOfTool(error) ? ReadOtherDescriptor(share, error) : error;
 }
 
 DWORD SambaShares::Change(std::string_view name, const ShareChange& change) const {

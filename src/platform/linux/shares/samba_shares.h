@@ -12,7 +12,7 @@ namespace permora::host {
 class SambaShares : public ShareProvider {
   public:
     DWORD List(std::vector<Share>& shares) const override;
-    DWORD ReadDescriptors(std::span<Share> shares) const override;
+    DWORD ReadDescriptor(Share& share) const override;
     DWORD Change(std::string_view name, const ShareChange& change) const override;
     // In Samba's registry where the server reads it, else as a user's share; where users may make none,
     // ERROR_FILE_READ_ONLY.

@@ -1,5 +1,7 @@
 // The services for shares under the system's names. What is checked here holds whoever keeps the shares.
 #include <algorithm>
+#include <cstring>
+#include <initializer_list>
 #include <utility>
 
 #include "platform/api/files.h"
@@ -18,18 +20,24 @@ std::string AnsiOf(LPCWSTR text) {
     return text != nullptr ? ToAnsi(text) : std::string();
 }
 
-DWORD CheckCall(LPCWSTR server, DWORD level, const void* pointer) {
-    if (!IsShareLevel(level)) return ERROR_INVALID_LEVEL;
+constexpr DWORD kLevelWithDescriptor = 502;
+
+DWORD CheckCall(LPCWSTR server, DWORD level, std::initializer_list<DWORD> levels, const void* pointer) {
+    if (std::ranges::find(levels, level) == levels.end()) return ERROR_INVALID_LEVEL;
     if (pointer == nullptr) return ERROR_INVALID_PARAMETER;
     return IsThisServer(server) ? ERROR_SUCCESS : ERROR_BAD_NETPATH;
+}
+
+SHARE_INFO_502 RecordAt(const BYTE* place) {
+    SHARE_INFO_502 record{};
+    std::memcpy(&record, place, sizeof record);
+    return record;
 }
 
 DWORD Refuse(DWORD field, LPDWORD wrongField, DWORD error = ERROR_INVALID_PARAMETER) {
     if (wrongField != nullptr) *wrongField = field;
     return error;
 }
-
-constexpr DWORD kLevelWithDescriptor = 502;
 
 RecentShares& Shares() {
     static RecentShares shares(ThisMachinesShares());
@@ -41,7 +49,7 @@ DWORD FindShare(LPCWSTR name, DWORD level, Share& share) {
     const bool needsDescriptor = level == kLevelWithDescriptor;
     Share found;
     DWORD error = Shares().Find(AnsiOf(name), needsDescriptor ? Freshness::kNow : Freshness::kRecent, found);
-    if (error == ERROR_SUCCESS && needsDescriptor) error = ThisMachinesShares().ReadDescriptors({&found, 1});
+    if (error == ERROR_SUCCESS && needsDescriptor) error = ThisMachinesShares().ReadDescriptor(found);
     if (error == ERROR_SUCCESS) share = std::move(found);
     return error;
 }
@@ -59,21 +67,19 @@ std::string AsHandedOut(const std::string& text) {
 }
 
 // What a record has different from the share; the error when it is something that cannot be changed.
-DWORD FindChange(const ShareRecord& record, const Share& share, ShareChange& change, LPDWORD wrongField) {
-    if (!IsSameShare(AnsiOf(record.name), share.name)) return Refuse(SHARE_NETNAME_PARMNUM, wrongField);
-    if (record.type != share.type) return Refuse(SHARE_TYPE_PARMNUM, wrongField);
-    if (std::string remark = AnsiOf(record.remark); remark != AsHandedOut(share.remark))
+DWORD FindChange(const SHARE_INFO_502& record, const Share& share, ShareChange& change, LPDWORD wrongField) {
+    if (!IsSameShare(AnsiOf(record.shi502_netname), share.name))
+        return Refuse(SHARE_NETNAME_PARMNUM, wrongField);
+    if (record.shi502_type != share.type) return Refuse(SHARE_TYPE_PARMNUM, wrongField);
+    if (record.shi502_permissions != share.permissions) return Refuse(SHARE_PERMISSIONS_PARMNUM, wrongField);
+    if (AnsiOf(record.shi502_path) != AsHandedOut(share.path)) return Refuse(SHARE_PATH_PARMNUM, wrongField);
+    if (!AnsiOf(record.shi502_passwd).empty()) return Refuse(SHARE_PASSWD_PARMNUM, wrongField);
+    if (record.shi502_max_uses == 0) return Refuse(SHARE_MAX_USES_PARMNUM, wrongField, NERR_InvalidMaxUsers);
+    if (record.shi502_max_uses != share.maxUses) change.maxUses = record.shi502_max_uses;
+    if (std::string remark = AnsiOf(record.shi502_remark); remark != AsHandedOut(share.remark))
         change.remark = std::move(remark);
-    if (record.limits) {
-        const ShareRecord::Limits& limits = *record.limits;
-        if (limits.permissions != share.permissions) return Refuse(SHARE_PERMISSIONS_PARMNUM, wrongField);
-        if (AnsiOf(limits.path) != AsHandedOut(share.path)) return Refuse(SHARE_PATH_PARMNUM, wrongField);
-        if (!AnsiOf(limits.password).empty()) return Refuse(SHARE_PASSWD_PARMNUM, wrongField);
-        if (limits.maxUses == 0) return Refuse(SHARE_MAX_USES_PARMNUM, wrongField, NERR_InvalidMaxUsers);
-        if (limits.maxUses != share.maxUses) change.maxUses = limits.maxUses;
-    }
     std::vector<std::uint8_t> descriptor;
-    if (const DWORD error = BytesOf(record.descriptor, descriptor); error != ERROR_SUCCESS)
+    if (const DWORD error = BytesOf(record.shi502_security_descriptor, descriptor); error != ERROR_SUCCESS)
         return Refuse(SHARE_FILE_SD_PARMNUM, wrongField, error);
     if (!descriptor.empty() && descriptor != share.descriptor) change.descriptor = std::move(descriptor);
     return ERROR_SUCCESS;
@@ -97,20 +103,21 @@ DWORD FindFolder(LPCWSTR text, std::string& folder) {
     return ERROR_SUCCESS;
 }
 
-DWORD MakeShare(const ShareRecord& record, Share& share, LPDWORD wrongField) {
-    if (record.name == nullptr || FindShareNameFault(record.name) != ShareNameFault::kNone)
+DWORD MakeShare(const SHARE_INFO_502& record, Share& share, LPDWORD wrongField) {
+    if (record.shi502_netname == nullptr ||
+        FindShareNameFault(record.shi502_netname) != ShareNameFault::kNone)
         return Refuse(SHARE_NETNAME_PARMNUM, wrongField, ERROR_INVALID_NAME);
-    if (record.type != STYPE_DISKTREE) return Refuse(SHARE_TYPE_PARMNUM, wrongField);
-    if (!AnsiOf(record.limits->password).empty()) return Refuse(SHARE_PASSWD_PARMNUM, wrongField);
-    if (record.limits->maxUses == 0) return Refuse(SHARE_MAX_USES_PARMNUM, wrongField, NERR_InvalidMaxUsers);
-    if (const DWORD error = FindFolder(record.limits->path, share.path); error != ERROR_SUCCESS)
+    if (record.shi502_type != STYPE_DISKTREE) return Refuse(SHARE_TYPE_PARMNUM, wrongField);
+    if (!AnsiOf(record.shi502_passwd).empty()) return Refuse(SHARE_PASSWD_PARMNUM, wrongField);
+    if (record.shi502_max_uses == 0) return Refuse(SHARE_MAX_USES_PARMNUM, wrongField, NERR_InvalidMaxUsers);
+    if (const DWORD error = FindFolder(record.shi502_path, share.path); error != ERROR_SUCCESS)
         return Refuse(SHARE_PATH_PARMNUM, wrongField, error);
-    if (const DWORD error = BytesOf(record.descriptor, share.descriptor); error != ERROR_SUCCESS)
-        return Refuse(SHARE_FILE_SD_PARMNUM, wrongField, error);
-    share.name = AnsiOf(record.name);
-    share.remark = AnsiOf(record.remark);
-    share.permissions = record.limits->permissions;
-    share.maxUses = record.limits->maxUses;
+    const DWORD error = BytesOf(record.shi502_security_descriptor, share.descriptor);
+    if (error != ERROR_SUCCESS) return Refuse(SHARE_FILE_SD_PARMNUM, wrongField, error);
+    share.name = AnsiOf(record.shi502_netname);
+    share.remark = AnsiOf(record.shi502_remark);
+    share.permissions = record.shi502_permissions;
+    share.maxUses = record.shi502_max_uses;
     return ERROR_SUCCESS;
 }
 
@@ -119,35 +126,29 @@ DWORD MakeShare(const ShareRecord& record, Share& share, LPDWORD wrongField) {
 
 using namespace permora::host;
 
-NET_API_STATUS WINAPI NetShareEnum(LPWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
+NET_API_STATUS WINAPI NetShareEnum(LPWSTR server, DWORD level, LPBYTE* buffer, DWORD /*preferredLength*/,
                                    LPDWORD read, LPDWORD total, LPDWORD resume) {
-    DWORD error = CheckCall(server, level, buffer);
+    DWORD error = CheckCall(server, level, {1, 2}, buffer);
     if (error != ERROR_SUCCESS) return error;
     if (read == nullptr || total == nullptr) return ERROR_INVALID_PARAMETER;
     std::vector<Share> shares;
     error = Shares().List(shares);
-    if (error == ERROR_SUCCESS && level == kLevelWithDescriptor)
-        error = ThisMachinesShares().ReadDescriptors(shares);
     if (error != ERROR_SUCCESS) return error;
-    const std::size_t first = resume != nullptr ? std::min<std::size_t>(*resume, shares.size()) : 0;
-    std::size_t count = 0;
-    LPBYTE block = MakeShareRecords(std::span(shares).subspan(first), level, preferredLength, count);
+    LPBYTE block = MakeShareRecords(shares, level);
     if (block == nullptr) return ERROR_NOT_ENOUGH_MEMORY;
-    const bool isComplete = first + count == shares.size();
     *buffer = block;
-    *read = static_cast<DWORD>(count);
-    *total = static_cast<DWORD>(shares.size() - first);
-    if (resume != nullptr) *resume = isComplete ? 0 : static_cast<DWORD>(first + count);
-    return isComplete ? NERR_Success : ERROR_MORE_DATA;
+    *read = *total = static_cast<DWORD>(shares.size());
+    if (resume != nullptr) *resume = 0;
+    return NERR_Success;
 }
 
 NET_API_STATUS WINAPI NetShareGetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE* buffer) {
-    if (const DWORD error = CheckCall(server, level, buffer); error != ERROR_SUCCESS) return error;
-    Share share;
-    const DWORD error = FindShare(name, level, share);
+    DWORD error = CheckCall(server, level, {2, kLevelWithDescriptor}, buffer);
     if (error != ERROR_SUCCESS) return error;
-    std::size_t count = 0;
-    LPBYTE block = MakeShareRecords({&share, 1}, level, 0, count);
+    Share share;
+    error = FindShare(name, level, share);
+    if (error != ERROR_SUCCESS) return error;
+    LPBYTE block = MakeShareRecords({&share, 1}, level);
     if (block == nullptr) return ERROR_NOT_ENOUGH_MEMORY;
     *buffer = block;
     return NERR_Success;
@@ -155,23 +156,23 @@ NET_API_STATUS WINAPI NetShareGetInfo(LPWSTR server, LPWSTR name, DWORD level, L
 
 NET_API_STATUS WINAPI NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE record,
                                       LPDWORD wrongField) {
-    DWORD error = CheckCall(server, level, record);
+    DWORD error = CheckCall(server, level, {kLevelWithDescriptor}, record);
     if (error != ERROR_SUCCESS) return error;
     Share share;
     error = FindShare(name, level, share);
     if (error != ERROR_SUCCESS) return error;
     ShareChange change;
-    error = FindChange(ReadShareRecord(level, record), share, change, wrongField);
+    error = FindChange(RecordAt(record), share, change, wrongField);
     if (error != ERROR_SUCCESS) return error;
     const bool isChanged = change.remark || change.maxUses || change.descriptor;
     return isChanged ? Shares().Change(share.name, change) : NERR_Success;
 }
 
 NET_API_STATUS WINAPI NetShareAdd(LPWSTR server, DWORD level, LPBYTE record, LPDWORD wrongField) {
-    if (level == 1) return ERROR_INVALID_LEVEL;
-    if (const DWORD error = CheckCall(server, level, record); error != ERROR_SUCCESS) return error;
+    DWORD error = CheckCall(server, level, {kLevelWithDescriptor}, record);
+    if (error != ERROR_SUCCESS) return error;
     Share share;
-    const DWORD error = MakeShare(ReadShareRecord(level, record), share, wrongField);
+    error = MakeShare(RecordAt(record), share, wrongField);
     return error == ERROR_SUCCESS ? Shares().Add(share) : error;
 }
 

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,10 +38,9 @@ class ShareProvider {
 
     // All shares, each name once, without their descriptors.
     virtual DWORD List(std::vector<Share>& shares) const = 0;
-    // Fills in the descriptors of shares that were listed just now. One that is damaged is
-    // ERROR_INVALID_SECURITY_DESCR, one whose share is gone meanwhile NERR_NetNameNotFound. After a failure
-    // some may be filled in.
-    virtual DWORD ReadDescriptors(std::span<Share> shares) const = 0;
+    // Fills in the descriptor of a share that was listed just now. One that is damaged is
+    // ERROR_INVALID_SECURITY_DESCR, one whose share is gone meanwhile NERR_NetNameNotFound.
+    virtual DWORD ReadDescriptor(Share& share) const = 0;
     virtual DWORD Change(std::string_view name, const ShareChange& change) const = 0;
     // The name has no fault (platform/share_name.h), the path is a folder with drive letter, and the
     // descriptor may be empty. NERR_DuplicateShare.

@@ -1,7 +1,9 @@
 #include "platform/linux/shares/share_records.h"
 
 #include <array>
+#include <cstddef>
 #include <cstring>
+#include <vector>
 
 #include "platform/api/memory.h"
 #include "platform/linux/base/wide_text.h"
@@ -53,59 +55,40 @@ LPWSTR StoreText(const std::u16string& text, LPBYTE& place) {
 
 }  // namespace
 
-bool IsShareLevel(DWORD level) {
-    return level == 1 || level == 2 || level == 502;
-}
-
-LPBYTE MakeShareRecords(std::span<const Share> shares, DWORD level, std::size_t limit, std::size_t& count) {
-    std::vector<RecordParts> chosen;
-    std::size_t total = 0;
+LPBYTE MakeShareRecords(std::span<const Share> shares, DWORD level) {
+    std::vector<RecordParts> parts;
     std::size_t descriptors = 0;
+    std::size_t texts = 0;
     for (const Share& share : shares) {
-        RecordParts parts = RecordPartsOf(share, level);
-        const std::size_t bytes = RecordBytes(level) + parts.DescriptorBytes() + parts.TextBytes();
-        if (!chosen.empty() && total + bytes > limit) break;
-        total += bytes;
-        descriptors += parts.DescriptorBytes();
-        chosen.push_back(std::move(parts));
+        parts.push_back(RecordPartsOf(share, level));
+        descriptors += parts.back().DescriptorBytes();
+        texts += parts.back().TextBytes();
     }
-    auto* block = static_cast<LPBYTE>(LocalAlloc(LPTR, total));
+    const std::size_t records = shares.size() * RecordBytes(level);
+    auto* block = static_cast<LPBYTE>(LocalAlloc(LPTR, records + descriptors + texts));
     if (block == nullptr) return nullptr;
-    // Records, then descriptors, then texts, which keeps all of them aligned.
+    // In this order all of them are aligned.
     LPBYTE record = block;
-    LPBYTE descriptor = block + chosen.size() * RecordBytes(level);
+    LPBYTE descriptor = block + records;
     LPBYTE text = descriptor + descriptors;
-    for (std::size_t i = 0; i < chosen.size(); ++i, record += RecordBytes(level)) {
+    for (std::size_t i = 0; i < shares.size(); ++i, record += RecordBytes(level)) {
         const Share& share = shares[i];
         SHARE_INFO_502 whole{};
-        whole.shi502_netname = StoreText(chosen[i].texts[0], text);
+        whole.shi502_netname = StoreText(parts[i].texts[0], text);
         whole.shi502_type = share.type;
-        whole.shi502_remark = StoreText(chosen[i].texts[1], text);
+        whole.shi502_remark = StoreText(parts[i].texts[1], text);
         whole.shi502_permissions = share.permissions;
         whole.shi502_max_uses = share.maxUses;
         whole.shi502_current_uses = share.currentUses;
-        whole.shi502_path = StoreText(chosen[i].texts[2], text);
-        if (const auto bytes = chosen[i].descriptor; !bytes.empty()) {
+        whole.shi502_path = StoreText(parts[i].texts[2], text);
+        if (const auto bytes = parts[i].descriptor; !bytes.empty()) {
             std::memcpy(descriptor, bytes.data(), bytes.size());
             whole.shi502_security_descriptor = descriptor;
-            descriptor += chosen[i].DescriptorBytes();
+            descriptor += parts[i].DescriptorBytes();
         }
         std::memcpy(record, &whole, RecordBytes(level));
     }
-    count = chosen.size();
     return block;
-}
-
-ShareRecord ReadShareRecord(DWORD level, const BYTE* record) {
-    SHARE_INFO_502 whole{};
-    std::memcpy(&whole, record, RecordBytes(level));
-    ShareRecord read{whole.shi502_netname, whole.shi502_type, whole.shi502_remark, std::nullopt,
-                     whole.shi502_security_descriptor};
-    if (level != 1) {
-        read.limits = ShareRecord::Limits{whole.shi502_permissions, whole.shi502_max_uses, whole.shi502_path,
-                                          whole.shi502_passwd};
-    }
-    return read;
 }
 
 }  // namespace permora::host

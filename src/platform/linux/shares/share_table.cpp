@@ -94,21 +94,6 @@ std::optional<Share> ShareOf(const RegistryValue& value) {
     return share;
 }
 
-DWORD ReadDescriptor(const RegistryDocument& document, Share& share) {
-    RegistryValue value;
-    const bool isGone =
-        document.FindValue(kSharesKey, share.name, value) == RegistryDocument::Lookup::kMissing;
-    if (isGone && !IsInterProcess(share)) return NERR_NetNameNotFound;
-    const auto lookup = document.FindValue(kSecurityKey, share.name, value);
-    if (lookup == RegistryDocument::Lookup::kMissing) return ERROR_SUCCESS;
-    if (lookup == RegistryDocument::Lookup::kDamaged || value.type != REG_BINARY ||
-        !nt::SecurityDescriptor::FromBytes(value.data)) {
-        return ERROR_INVALID_SECURITY_DESCR;
-    }
-    share.descriptor = std::move(value.data);
-    return ERROR_SUCCESS;
-}
-
 // The name as the document spells it; nothing when it keeps no such share.
 std::optional<std::string> FindKeptName(const RegistryDocument& document, std::string_view name) {
     for (const std::string& kept : document.ValueNamesOf(kSharesKey)) {
@@ -149,12 +134,22 @@ DWORD ShareTable::List(std::vector<Share>& shares) const {
     return ERROR_SUCCESS;
 }
 
-DWORD ShareTable::ReadDescriptors(std::span<Share> shares) const {
+DWORD ShareTable::ReadDescriptor(Share& share) const {
     RegistryDocument document;
-    DWORD error = MachineStore().Read(document);
-    for (std::size_t i = 0; error == ERROR_SUCCESS && i < shares.size(); ++i)
-        error = ReadDescriptor(document, shares[i]);
-    return error;
+    const DWORD error = MachineStore().Read(document);
+    if (error != ERROR_SUCCESS) return error;
+    RegistryValue value;
+    const bool isGone =
+        document.FindValue(kSharesKey, share.name, value) == RegistryDocument::Lookup::kMissing;
+    if (isGone && !IsInterProcess(share)) return NERR_NetNameNotFound;
+    const auto lookup = document.FindValue(kSecurityKey, share.name, value);
+    if (lookup == RegistryDocument::Lookup::kMissing) return ERROR_SUCCESS;
+    if (lookup == RegistryDocument::Lookup::kDamaged || value.type != REG_BINARY ||
+        !nt::SecurityDescriptor::FromBytes(value.data)) {
+        return ERROR_INVALID_SECURITY_DESCR;
+    }
+    share.descriptor = std::move(value.data);
+    return ERROR_SUCCESS;
 }
 
 DWORD ShareTable::Change(std::string_view name, const ShareChange& change) const {

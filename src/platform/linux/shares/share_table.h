@@ -15,7 +15,7 @@ namespace permora::host {
 class ShareTable : public ShareProvider {
   public:
     DWORD List(std::vector<Share>& shares) const override;
-    DWORD ReadDescriptors(std::span<Share> shares) const override;
+    DWORD ReadDescriptor(Share& share) const override;
     DWORD Change(std::string_view name, const ShareChange& change) const override;
     DWORD Add(const Share& share) const override;
     DWORD Remove(std::string_view name) const override;
