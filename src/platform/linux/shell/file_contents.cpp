@@ -1,5 +1,6 @@
 #include "platform/linux/shell/file_contents.h"
 
+#include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -18,6 +19,9 @@ constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
 constexpr std::size_t kKernelBytes = std::size_t{4} << 20;
 // What a file system keeps as a hole at the least.
 constexpr std::size_t kHoleBytes = 4096;
+// What the kernel hands to a program that serves a volume for one write through the page cache, unless the
+// program has said that it takes more, as ntfs-3g does with its option big_writes only.
+constexpr off_t kBytesOfCachedWrite = 4096;
 constexpr off_t kBytesOfBlockCount = 512;  // stat(2)
 
 // That it cannot be done in this way, rather than that it cannot be done.
@@ -30,10 +34,26 @@ bool IsZero(const char* bytes, std::size_t count) {
     return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0;
 }
 
+// Past the page cache, which would hand what it gets to such a program page by page, and would be filled with
+// the zeros that the program reads out of holes.
+void PassCacheBy(const VolumeFile& file) {
+    if (!file.volume.isServedByProgram) return;
+    const int flags = fcntl(file.descriptor, F_GETFL);
+    // Where that is refused the cache does it as ever.
+    if (flags >= 0) (void)fcntl(file.descriptor, F_SETFL, flags | O_DIRECT);
+}
+
+// False when it is used already.
+bool UseCache(int file) {
+    const int flags = fcntl(file, F_GETFL);
+    return flags >= 0 && (flags & O_DIRECT) != 0 && fcntl(file, F_SETFL, flags & ~O_DIRECT) == 0;
+}
+
 DWORD WriteAll(int target, const char* bytes, std::size_t count, off_t offset) {
     while (count > 0) {
         const ssize_t written = pwrite(target, bytes, count, offset);
         if (written < 0 && errno == EINTR) continue;
+        if (written < 0 && errno == EINVAL && UseCache(target)) continue;
         if (written < 0) return ErrorFromErrno(errno);
         if (written == 0) return ERROR_DISK_FULL;
         bytes += written;
@@ -65,7 +85,15 @@ DWORD ContentsCopier::Advance(off_t bytes) {
     return talk.GoesOn() ? ERROR_SUCCESS : ERROR_OPERATION_ABORTED;
 }
 
-DWORD ContentsCopier::Copy(int source, const struct stat& status, int target) {
+// Whether the file ends where it was said to, after fewer bytes than were wanted: to try once more would cost
+// small files on NTFS a tenth of their time.
+bool ContentsCopier::IsToldEnd(std::size_t taken, std::size_t wanted, off_t position) const {
+    return taken < wanted && knownSize > 0 && position >= knownSize;
+}
+
+DWORD ContentsCopier::Copy(const VolumeFile& from, const struct stat& status, const VolumeFile& to) {
+    const int source = from.descriptor;
+    const int target = to.descriptor;
     if (status.st_dev != sourceVolume) {
         sourceVolume = status.st_dev;
         mayShareExtents = mayCopyInKernel = true;
@@ -76,12 +104,14 @@ DWORD ContentsCopier::Copy(int source, const struct stat& status, int target) {
         if (!IsNoWay(errno)) return ErrorFromErrno(errno);
         mayShareExtents = false;
     }
+    if (status.st_size > kBytesOfCachedWrite) PassCacheBy(to);
     const bool mayHaveHoles = status.st_blocks < status.st_size / kBytesOfBlockCount;
-    return mayHaveHoles ? CopySparse(source, status.st_size, target)
+    return mayHaveHoles ? CopySparse(from, status.st_size, target)
                         : CopyRange(source, target, 0, std::nullopt);
 }
 
-DWORD ContentsCopier::CopySparse(int source, off_t size, int target) {
+DWORD ContentsCopier::CopySparse(const VolumeFile& from, off_t size, int target) {
+    const int source = from.descriptor;
     for (off_t position = 0; position < size;) {
         off_t data = lseek(source, position, SEEK_DATA);
         if (data < 0 && errno != ENXIO && errno != EINVAL) return ErrorFromErrno(errno);
@@ -92,6 +122,7 @@ DWORD ContentsCopier::CopySparse(int source, off_t size, int target) {
         // A driver that does not tell its holes calls everything data: those of ntfs-3g's volumes.
         const bool isUntold = end < 0 || (data == 0 && end >= size);
         if (isUntold) {
+            PassCacheBy(from);
             const DWORD error = ReadAndWrite(source, target, position, std::nullopt, Zeros::kLeaveOut);
             if (error != ERROR_SUCCESS) return error;
             break;
@@ -126,7 +157,7 @@ DWORD ContentsCopier::CopyRange(int source, int target, off_t start, std::option
         if (copied == 0) return ERROR_SUCCESS;
         if (copied < 0) continue;
         const DWORD error = Advance(copied);
-        if (error != ERROR_SUCCESS) return error;
+        if (error != ERROR_SUCCESS || IsToldEnd(static_cast<std::size_t>(copied), wanted, from)) return error;
     }
     if (end && from >= *end) return ERROR_SUCCESS;
     return ReadAndWrite(source, target, from, end, Zeros::kWrite);
@@ -134,23 +165,23 @@ DWORD ContentsCopier::CopyRange(int source, int target, off_t start, std::option
 
 DWORD ContentsCopier::ReadAndWrite(int source, int target, off_t start, std::optional<off_t> end,
                                    Zeros zeros) {
-    buffer.resize(kBufferBytes);
+    buffer.resize(kBufferBytes / sizeof(Page));
+    char* const bytes = buffer.front().bytes.data();
     for (off_t position = start; !end || position < *end;) {
         const std::size_t wanted =
             end ? std::min(kBufferBytes, static_cast<std::size_t>(*end - position)) : kBufferBytes;
-        const ssize_t taken = pread(source, buffer.data(), wanted, position);
+        const ssize_t taken = pread(source, bytes, wanted, position);
         if (taken < 0 && errno == EINTR) continue;
+        if (taken < 0 && errno == EINVAL && UseCache(source)) continue;
         if (taken < 0) return ErrorFromErrno(errno);
         if (taken == 0) break;
         const auto count = static_cast<std::size_t>(taken);
-        DWORD error = zeros == Zeros::kWrite ? WriteAll(target, buffer.data(), count, position)
-                                             : WriteWithHoles(target, buffer.data(), count, position);
+        DWORD error = zeros == Zeros::kWrite ? WriteAll(target, bytes, count, position)
+                                             : WriteWithHoles(target, bytes, count, position);
         if (error == ERROR_SUCCESS) error = Advance(taken);
         if (error != ERROR_SUCCESS) return error;
         position += taken;
-        // The end, as far as it was told: to read once more would cost small files on NTFS a tenth of their
-        // time.
-        if (count < wanted && knownSize > 0 && position >= knownSize) break;
+        if (IsToldEnd(count, wanted, position)) break;
     }
     return ERROR_SUCCESS;
 }

@@ -112,7 +112,7 @@ class PropertyCopy {
             UniqueFd made;
             problem = MakeStreamFile(name, made);
             if (problem != 0) return NoteWritten(problem);
-            result.error = contents.Copy(stream.Get(), status, made.Get());
+            result.error = contents.Copy({stream.Get(), sourceVolume}, status, {made.Get(), copy.volume});
             return;
         }
         if (status.st_size > XATTR_SIZE_MAX) return NoteWritten(E2BIG);

@@ -1,6 +1,8 @@
 #include "platform/linux/shell/target_folder.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
 
 #include <algorithm>
 #include <array>
@@ -65,6 +67,9 @@ std::size_t ExtensionStart(const std::string& hostName, nt::ObjectKind kind) {
 
 VolumeTraits AskVolume(const ObjectHandle& object) {
     VolumeTraits traits;
+    struct statfs volume {};
+    traits.isServedByProgram = fstatfs(object.Descriptor(), &volume) == 0 &&
+                               static_cast<unsigned>(volume.f_type) == FUSE_SUPER_MAGIC;
     traits.isNtfs = AttributeStoreOf(object) == AttributeStore::kAsk;
     traits.showsStreamsAsFiles = traits.isNtfs && AskExtendedAttribute(object, kStreamListAttribute) == 0;
     return traits;

@@ -111,7 +111,9 @@ PutOutcome TreeCopy::CopyFile(const WalkedItem& item, const std::string& hostNam
     NewFile file;
     error = file.Make(target, hostName, ModeOfCopy(status.st_mode), status.st_size,
                       answers.replaces ? NewFilePlace::kReplacing : NewFilePlace::kFree);
-    if (error == ERROR_SUCCESS) error = contents.Copy(source.Get(), status, file.Object().Descriptor());
+    if (error == ERROR_SUCCESS)
+        error = contents.Copy({source.Get(), sourceVolume}, status,
+                              {file.Object().Descriptor(), target.Volume()});
     if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     const PropertyResult properties = CopyProperties(
         item, sourceVolume, {target.Descriptor(), file.NameNow(), file.Object(), target.Volume()}, contents);
