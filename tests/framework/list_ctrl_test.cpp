@@ -194,6 +194,9 @@ TEST_F(ListCtrl, KeysMoveExtendAndSearch) {
     Key(Qt::Key_Down, Qt::ControlModifier);
     EXPECT_THAT(Selected(), ElementsAre(1, 2));
     EXPECT_EQ(list.GetSelectionMark(), 3);
+    owner.Heard();
+    Key(Qt::Key_F10, Qt::ShiftModifier);
+    EXPECT_THAT(owner.Heard(), ElementsAre("right 3")) << "the context menu's other key";
     Key(Qt::Key_End);
     EXPECT_THAT(Selected(), ElementsAre(25));
     QTest::keyClicks(&Widget(), "C-R");

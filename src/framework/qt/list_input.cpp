@@ -156,7 +156,11 @@ void ListWidget::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void ListWidget::contextMenuEvent(QContextMenuEvent* event) {
-    if (event->reason() != QContextMenuEvent::Keyboard) return;  // the mouse button says it itself
+    // The mouse button says it itself.
+    if (event->reason() == QContextMenuEvent::Keyboard) ReportMenuKey();
+}
+
+void ListWidget::ReportMenuKey() {
     const int row = list->Rows().cursor.focus;
     const QPoint point = row >= 0 ? CellInViewport(row).intersected(viewport()->rect()).center() : QPoint();
     list->ReportRow(Notify::kRightClick, row, ClientPoint(point));
@@ -165,6 +169,11 @@ void ListWidget::contextMenuEvent(QContextMenuEvent* event) {
 // ---- Keyboard ----
 
 void ListWidget::keyPressEvent(QKeyEvent* event) {
+    // Not every system has the toolkit take this for the menu key.
+    if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+        ReportMenuKey();
+        return;
+    }
     const QPointer<ListWidget> self(this);
     const unsigned int virtualKey = VirtualKeyOf(event->key());
     const bool isSearching = sinceTyped.isValid() && !searched.isEmpty() &&

@@ -86,6 +86,7 @@ class ListWidget : public QAbstractScrollArea {
     void EndBand();
     std::vector<int> RowsInBand(const QRect& frame) const;
 
+    void ReportMenuKey();
     bool MoveByKey(int key, SelectMode mode);
     void SearchFor(const QString& typed);
 
