@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <span>
 
+#include "framework/qt/message_icons.h"
+
 namespace permora::qt {
 namespace {
 
@@ -124,12 +126,33 @@ QPixmap DialogStyle::generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap
     return QPixmap::fromImage(Faded(pixmap.toImage()));
 }
 
+QIcon DialogStyle::standardIcon(StandardPixmap kind, const QStyleOption* option,
+                                const QWidget* widget) const {
+    const QIcon icon = MessageIcon(kind);
+    return icon.isNull() ? QProxyStyle::standardIcon(kind, option, widget) : icon;
+}
+
+int DialogStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                           QStyleHintReturn* details) const {
+    return hint == SH_DialogButtonBox_ButtonsHaveIcons
+               ? 0
+               : QProxyStyle::styleHint(hint, option, widget, details);
+}
+
 int DialogStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
     return metric == PM_HeaderMargin ? kCellMargin : QProxyStyle::pixelMetric(metric, option, widget);
 }
 
 void DialogStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const {
+    const auto* menu =
+        element == CE_MenuBarItem ? qstyleoption_cast<const QStyleOptionMenuItem*>(option) : nullptr;
+    if (menu != nullptr && menu->state.testFlag(State_Selected)) {
+        QStyleOptionMenuItem chosen = *menu;
+        chosen.state |= State_Sunken;
+        QProxyStyle::drawControl(element, &chosen, painter, widget);
+        return;
+    }
     const auto* box = element == CE_CheckBox ? qstyleoption_cast<const QStyleOptionButton*>(option) : nullptr;
     if (box != nullptr && IsRaised(widget)) {
         DrawRaisedCheckBox(*painter, *this, *box, *widget);

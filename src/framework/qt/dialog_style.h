@@ -13,13 +13,17 @@ inline constexpr int kCellMargin = 4;
 // Check boxes with texts of several lines have their mark at the first line. Group boxes draw their frame
 // through the middle of their title, since templates place controls for that. Marks have outlines that a dark
 // background does not swallow, headers stand over the texts of their columns, and disabled icons fade into
-// every background. What is disabled can still be read: some fields and lists only show something.
+// every background. The menu that the arrow keys would open is marked. Message boxes have icons that stay
+// sharp and buttons without. What is disabled can still be read: some fields and lists only show something.
 class DialogStyle : public QProxyStyle {
   public:
     using QProxyStyle::polish;
     void polish(QPalette& palette) override;
     QPixmap generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
                                 const QStyleOption* option) const override;
+    QIcon standardIcon(StandardPixmap kind, const QStyleOption* option, const QWidget* widget) const override;
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* details) const override;
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override;
