@@ -23,8 +23,6 @@ constexpr unsigned int kViewId = 0xE900;  // the class library's first pane of a
 constexpr int kItemCountPane = 1;
 constexpr int kItemCountWidth = 200;
 
-constexpr const char* kNothingSelected = "Please, select items to work with them.";
-
 constexpr Size kToolBarImageSize{16, 16};
 
 // In the order of the toolbar's buttons.
@@ -248,19 +246,18 @@ void CMainFrame::EditSettings() {
 
 // The editor shows the first selected item and works on all of them.
 void CMainFrame::OpenSecurityEditor() {
-    const LPCSTR* names = view.GetSelectedNames();
-    const auto count = static_cast<std::size_t>(view.list.GetSelectedCount());
-    if (count > 1 && settings.block.showIntermediateInfo != 0) {
+    const std::span<const LPCSTR> names = view.GetSelectedNames();
+    if (names.size() > 1 && settings.block.showIntermediateInfo != 0) {
         CInfoDlg1 notice(this);
         notice.showIntermediateInfo = &settings.block.showIntermediateInfo;
         notice.DoModal();
     }
-    if (names == nullptr) {
-        ShowInfoBox(GetSafeHwnd(), kNothingSelected);
+    if (names.empty()) {
+        ShowInfoBox(GetSafeHwnd(), kSelectItems);
     } else if (view.sharesMode) {
-        EditShares({names, count});
+        EditShares(names);
     } else {
-        EditItems({names, count});
+        EditItems(names);
     }
     view.ReleaseSelection();
 }
@@ -300,12 +297,11 @@ void CMainFrame::EditItemAt(const std::string& path) {
 }
 
 void CMainFrame::StartSecureDeletion() {
-    const LPCSTR* names = view.GetSelectedNames();
-    const auto count = static_cast<std::size_t>(view.list.GetSelectedCount());
-    if (names == nullptr) {
-        ShowInfoBox(GetSafeHwnd(), kNothingSelected);
+    const std::span<const LPCSTR> names = view.GetSelectedNames();
+    if (names.empty()) {
+        ShowInfoBox(GetSafeHwnd(), kSelectItems);
     } else if (MayDeleteSelection()) {
-        DeleteItems({names, count});
+        DeleteItems(names);
         view.RefreshList();
     }
     view.ReleaseSelection();
@@ -332,14 +328,13 @@ bool CMainFrame::MayDeleteSelection() {
 }
 
 void CMainFrame::StartWizard() {
-    const LPCSTR* names = view.GetSelectedNames();
-    if (names == nullptr) {
-        ShowInfoBox(GetSafeHwnd(), kNothingSelected);
+    const std::span<const LPCSTR> names = view.GetSelectedNames();
+    if (names.empty()) {
+        ShowInfoBox(GetSafeHwnd(), kSelectItems);
         return;
     }
     if (!view.MayWorkOnRows()) return;
-    const auto count = static_cast<std::size_t>(view.list.GetSelectedCount());
-    wizardSheet.SetItems({.names = {names, count},
+    wizardSheet.SetItems({.names = names,
                           .drivesMode = view.driveListShown,
                           .askBeforeSecureDeletion = settings.block.askBeforeSecureDeletion != 0,
                           .showIntermediateInfo = &settings.block.showIntermediateInfo});

@@ -20,8 +20,6 @@
 namespace permora {
 namespace {
 
-constexpr const char* kSelectItems = "Please, select items to work with them.";
-constexpr const char* kSelectItem = "Please, select an item to work with.";
 constexpr const char* kClipboardClosed = "Error: cannot open the clipboard.";
 
 // Has room for `bytes`; ends the process when there is no memory.
@@ -113,14 +111,12 @@ void BrowserView::CopySelected() {
 
 void BrowserView::CopyToClipboard(TransferKind kind) {
     if (driveListShown) return;
-    const LPCSTR* names = GetSelectedNames();
-    if (names == nullptr) {
+    const std::span<const LPCSTR> names = GetSelectedNames();
+    if (names.empty()) {
         ShowInfoBox(GetSafeHwnd(), kSelectItems);
         return;
     }
-    if (MayWorkOnRows()) {
-        PutOnClipboard(kind, {names, static_cast<std::size_t>(list.GetSelectedCount())});
-    }
+    if (MayWorkOnRows()) PutOnClipboard(kind, names);
     ReleaseSelection();
 }
 
@@ -168,13 +164,13 @@ void BrowserView::PasteFromClipboard() {
 }
 
 void BrowserView::DeleteSelected() {
-    const LPCSTR* names = GetSelectedNames();
-    if (names == nullptr) {
+    const std::span<const LPCSTR> names = GetSelectedNames();
+    if (names.empty()) {
         ShowInfoBox(GetSafeHwnd(), kSelectItems);
         return;
     }
     if (!driveListShown) {
-        if (MayWorkOnRows()) DeleteFiles({names, static_cast<std::size_t>(list.GetSelectedCount())});
+        if (MayWorkOnRows()) DeleteFiles(names);
         RefreshList();
     }
     ReleaseSelection();

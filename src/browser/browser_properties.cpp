@@ -13,10 +13,10 @@ void BrowserView::EditAttributes() {
         ShowInfoBox(GetSafeHwnd(), "Cannot set attributes for disk drive.");
         return;
     }
-    const LPCSTR* names = GetSelectedNames();
-    if (names != nullptr && MayWorkOnRows()) {
+    const std::span<const LPCSTR> names = GetSelectedNames();
+    if (!names.empty() && MayWorkOnRows()) {
         CAttributesDlg dialog(this);
-        dialog.names = {names, static_cast<std::size_t>(list.GetSelectedCount())};
+        dialog.names = names;
         dialog.DoModal();
     }
     ReleaseSelection();
@@ -34,7 +34,7 @@ void BrowserView::ShowProperties() {
     if (list.GetItemCount() == 0) return;
     const int row = list.NextSelected(0);
     if (row < 0) {
-        ShowInfoBox(GetSafeHwnd(), "Please, select an item to work with.");
+        ShowInfoBox(GetSafeHwnd(), kSelectItem);
         return;
     }
     std::string path;

@@ -13,9 +13,9 @@ constexpr const char* kCannotSelect = "Error: cannot select items";
 
 }  // namespace
 
-LPCSTR* BrowserView::GetSelectedNames() {
-    const int count = list.GetSelectedCount();
-    if (count == 0) return nullptr;
+std::span<const LPCSTR> BrowserView::GetSelectedNames() {
+    const auto count = static_cast<std::size_t>(list.GetSelectedCount());
+    if (count == 0) return {};
     selectionHeap.reset(HeapCreate(0, 0, 0));
     if (!selectionHeap) ShowFatalErrorBox(GetSafeHwnd(), "Error: Cannot create heap");
     const auto allocate = [this](std::size_t bytes) {
@@ -23,8 +23,8 @@ LPCSTR* BrowserView::GetSelectedNames() {
         if (block == nullptr) ShowFatalErrorBox(GetSafeHwnd(), kNoBuffer);
         return block;
     };
-    auto* names = static_cast<LPCSTR*>(allocate(static_cast<std::size_t>(count) * sizeof(LPCSTR)));
-    int taken = 0;
+    auto* names = static_cast<LPCSTR*>(allocate(count * sizeof(LPCSTR)));
+    std::size_t taken = 0;
     for (int row = list.NextSelected(0); row >= 0; row = list.NextSelected(row + 1)) {
         if (taken == count) ShowFatalErrorBox(GetSafeHwnd(), "Error: Unrecoverable error");
         const std::string name = list.GetItemText(row, kNameColumn);
@@ -32,7 +32,7 @@ LPCSTR* BrowserView::GetSelectedNames() {
         std::memcpy(copy, name.c_str(), name.size() + 1);
         names[taken++] = copy;
     }
-    return names;
+    return {names, count};
 }
 
 void BrowserView::ReleaseSelection() {

@@ -118,7 +118,7 @@ bool BrowserView::FindSharedFolder(const std::string& name, std::string& path) c
 
 void BrowserView::RemoveSelectedShares() {
     if (list.GetSelectedCount() == 0) {
-        ShowInfoBox(GetSafeHwnd(), "Please, select items to work with them.");
+        ShowInfoBox(GetSafeHwnd(), kSelectItems);
         return;
     }
     if (MessageBoxA(GetSafeHwnd(), "Are you sure want to delete specified shared resource", "Deletion",

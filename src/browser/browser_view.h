@@ -30,6 +30,10 @@ class CStatusBar;
 inline constexpr const char* kDriveListLocation = "Accessible disk drives";
 inline constexpr const char* kShareListLocation = "Accessible shared resources";
 
+// What is said where a command finds nothing selected.
+inline constexpr const char* kSelectItems = "Please, select items to work with them.";
+inline constexpr const char* kSelectItem = "Please, select an item to work with.";
+
 class BrowserView : public CWnd {
   public:
     // Registers the clipboard format; ends the process when that cannot be.
@@ -57,10 +61,9 @@ class BrowserView : public CWnd {
 
     // ---- Selection ----
 
-    // The names of the selected rows from top to bottom, as many as the list says are selected; null when
-    // there are none. They live until ReleaseSelection or the next call. Ends the process when there is no
-    // memory.
-    LPCSTR* GetSelectedNames();
+    // The names of the selected rows from top to bottom. They live until ReleaseSelection or the next call.
+    // Ends the process when there is no memory.
+    std::span<const LPCSTR> GetSelectedNames();
     void ReleaseSelection();
     void SelectAll();
     void InvertSelection();

@@ -17,7 +17,8 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::ExitedWithCode;
-using ::testing::IsNull;
+using ::testing::IsEmpty;
+using ::testing::StrEq;
 
 class Browser : public BrowserTest {
   protected:
@@ -189,13 +190,11 @@ TEST_F(Browser, TheSelectionIsHandedOutFromTopToBottom) {
         folder.MakeFile(name);
     Start(R"(T:\)");
     view.SortByColumn(0);
-    EXPECT_THAT(view.GetSelectedNames(), IsNull());
+    EXPECT_THAT(view.GetSelectedNames(), IsEmpty());
     view.list.SetSelected(3, true);
     view.list.SetSelected(1, true);
-    const LPCSTR* names = view.GetSelectedNames();
-    EXPECT_THAT(std::vector<std::string>(names, names + 2), ElementsAre("1", "3"));
-    names = view.GetSelectedNames();
-    EXPECT_STREQ(names[0], "1");
+    EXPECT_THAT(view.GetSelectedNames(), ElementsAre(StrEq("1"), StrEq("3")));
+    EXPECT_THAT(view.GetSelectedNames(), ElementsAre(StrEq("1"), StrEq("3")));
     view.ReleaseSelection();
     EXPECT_EQ(view.selectionHeap, nullptr);
 }
