@@ -33,9 +33,7 @@ void AddrBar::OnLocationChanged() {
 }
 
 void AddrBar::OnEnter() {
-    Notification pressed;
-    pressed.id = ID_GO_TO_LOCATION;
-    pressed.code = Notify::kClicked;
+    Notification pressed{.id = ID_GO_TO_LOCATION, .code = Notify::kClicked};
     OnCmdMsg(pressed);
 }
 

@@ -95,9 +95,7 @@ bool CDialogBar::Create(CFrameWnd& frame, unsigned int templateId) {
 }
 
 void CDialogBar::OnEnterKey() {
-    Notification notification;
-    notification.id = IDOK;
-    notification.code = Notify::kClicked;
+    Notification notification{.id = IDOK, .code = Notify::kClicked};
     OnCmdMsg(notification);
 }
 

@@ -5,17 +5,12 @@
 namespace permora {
 
 bool IsCommandHandled(CCmdTarget& target, unsigned int id) {
-    Notification query;
-    query.id = id;
-    query.code = Notify::kIsHandled;
+    Notification query{.id = id, .code = Notify::kIsHandled};
     return target.OnCmdMsg(query);
 }
 
 CommandState AskCommandState(CCmdTarget& target, unsigned int id, bool checked) {
-    Notification update;
-    update.id = id;
-    update.code = Notify::kUpdateCommand;
-    update.state.checked = checked;
+    Notification update{.id = id, .code = Notify::kUpdateCommand, .state = {.checked = checked}};
     target.OnCmdMsg(update);
     update.state.enabled = update.state.enabled && IsCommandHandled(target, id);
     return update.state;
@@ -24,9 +19,7 @@ CommandState AskCommandState(CCmdTarget& target, unsigned int id, bool checked) 
 bool SendCommand(CCmdTarget& target, unsigned int id) {
     // What was enabled when it was shown may be disabled by now, and keys show nothing.
     if (!AskCommandState(target, id, false).enabled) return false;
-    Notification command;
-    command.id = id;
-    command.code = Notify::kCommand;
+    Notification command{.id = id, .code = Notify::kCommand};
     return target.OnCmdMsg(command);
 }
 

@@ -24,11 +24,10 @@ void CButton::SetCheck(CheckState state) {
 
 bool CBitmapButton::Create(CWnd& owner, const Rect& rect, unsigned int id) {
     if (HasWindow() || !owner.HasWindow()) return false;
-    ControlSpec spec;
-    spec.kind = ControlKind::kBitmapButton;
-    spec.id = id;
-    spec.style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_OWNERDRAW;
-    spec.rect = rect;
+    const ControlSpec spec{.kind = ControlKind::kBitmapButton,
+                           .id = id,
+                           .style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_OWNERDRAW,
+                           .rect = rect};
     WindowAccess::Attach(*this, MakeNativeControl(*this, owner, spec), &owner, id, spec.style);
     WindowAccess::Native(*this)->SetVisible(true);
     return true;

@@ -227,14 +227,12 @@ void GroupRadios(const std::vector<MadeControl>& controls) {
 }
 
 ControlSpec SpecOf(const ControlTemplate& control, ControlKind kind) {
-    ControlSpec spec;
-    spec.kind = kind;
-    spec.id = control.id;
-    spec.style = control.style;
-    spec.text = control.text;
-    spec.pictureId = control.pictureId;
-    spec.rect = DialogUnitsToPixels(control.rect);
-    return spec;
+    return {.kind = kind,
+            .id = control.id,
+            .style = control.style,
+            .text = control.text,
+            .pictureId = control.pictureId,
+            .rect = DialogUnitsToPixels(control.rect)};
 }
 
 }  // namespace

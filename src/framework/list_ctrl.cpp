@@ -30,11 +30,7 @@ DWORD BitsOf(ListView view) {
 
 bool CListCtrl::Create(CWnd& owner, DWORD style, const Rect& rect, unsigned int id) {
     if (HasWindow() || !owner.HasWindow()) return false;
-    ControlSpec spec;
-    spec.kind = ControlKind::kListView;
-    spec.id = id;
-    spec.style = style | WS_CHILD;
-    spec.rect = rect;
+    const ControlSpec spec{.kind = ControlKind::kListView, .id = id, .style = style | WS_CHILD, .rect = rect};
     WindowAccess::Attach(*this, MakeNativeListView(*this, owner, spec), &owner, id, spec.style);
     if ((style & WS_VISIBLE) != 0) WindowAccess::Native(*this)->SetVisible(true);
     return true;

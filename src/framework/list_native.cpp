@@ -116,40 +116,28 @@ void NativeListView::SetCursor(const ListCursor& cursor) {
 }
 
 bool NativeListView::ReportRow(Notify code, int row, Point client) {
-    Notification notification;
-    notification.code = code;
-    notification.row = row;
-    notification.point = client;
+    Notification notification{.code = code, .row = row, .point = client};
     return ReportNotification(notification);
 }
 
 bool NativeListView::ReportKey(unsigned int virtualKey) {
-    Notification notification;
-    notification.code = Notify::kKeyDown;
-    notification.key = virtualKey;
-    notification.row = rows.cursor.focus;
+    Notification notification{.code = Notify::kKeyDown, .row = rows.cursor.focus, .key = virtualKey};
     return ReportNotification(notification);
 }
 
 void NativeListView::ReportColumnClick(int column) {
-    Notification notification;
-    notification.code = Notify::kColumnClick;
-    notification.column = column;
+    Notification notification{.code = Notify::kColumnClick, .column = column};
     ReportNotification(notification);
 }
 
 std::string NativeListView::AskInfoTip(int row) {
-    Notification notification;
-    notification.code = Notify::kInfoTip;
-    notification.row = row;
+    Notification notification{.code = Notify::kInfoTip, .row = row};
     ReportNotification(notification);
     return notification.tip;
 }
 
 void NativeListView::ReportItemChanged(int row) {
-    Notification notification;
-    notification.code = Notify::kItemChanged;
-    notification.row = row;
+    Notification notification{.code = Notify::kItemChanged, .row = row};
     ReportNotification(notification);
 }
 

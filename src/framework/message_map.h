@@ -52,10 +52,10 @@ struct Notification {
     int row = -1;
     int column = -1;
     unsigned int key = 0;  // VK_ code
-    Point point;           // client coordinates of the list view
+    Point point{};         // client coordinates of the list view
     bool handled = true;   // a handler clears it to let the default happen as well
-    std::string tip;       // answer to kInfoTip; empty: no tip
-    CommandState state;    // answer to kUpdateCommand
+    std::string tip{};     // answer to kInfoTip; empty: no tip
+    CommandState state{};  // answer to kUpdateCommand
 };
 
 struct MessageMapEntry {

@@ -108,9 +108,7 @@ void ModalWindow::Press(CWnd* button, unsigned int id) {
         if (auto* native = WindowAccess::NativeAs<NativeButton>(*button)) native->Click();
         return;
     }
-    Notification notification;
-    notification.id = id;
-    notification.code = Notify::kClicked;
+    Notification notification{.id = id, .code = Notify::kClicked};
     WindowAccess::Send(window, notification);
 }
 

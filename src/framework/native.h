@@ -87,9 +87,9 @@ struct ControlSpec {
     ControlKind kind = ControlKind::kStaticText;
     unsigned int id = 0;
     DWORD style = 0;
-    std::string text;
+    std::string text{};
     unsigned int pictureId = 0;  // kStaticPicture: icon (SS_ICON) or bitmap (SS_BITMAP) resource
-    Rect rect;                   // in the parent's client area
+    Rect rect{};                 // in the parent's client area
 };
 
 // Push buttons, check boxes, radio buttons, bitmap buttons. Reports kClicked for the user's clicks only.

@@ -38,12 +38,9 @@ std::string CPropertySheet::State::TabCaption(const CPropertyPage& page) const {
 
 CWnd& CPropertySheet::State::AddControl(std::unique_ptr<CWnd> control, ControlKind kind, unsigned int id,
                                         const std::string& text, DWORD style) {
-    ControlSpec spec;
-    spec.kind = kind;
-    spec.id = id;
-    spec.text = text;
-    spec.style = style | WS_CHILD | WS_VISIBLE;
-    return WindowAccess::AddControl(sheet, std::move(control), spec);
+    return WindowAccess::AddControl(
+        sheet, std::move(control),
+        {.kind = kind, .id = id, .style = style | WS_CHILD | WS_VISIBLE, .text = text});
 }
 
 void CPropertySheet::State::CreateControls() {

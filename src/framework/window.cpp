@@ -24,8 +24,7 @@ bool NativeWindow::ReportNotification(Notification& notification) {
 }
 
 bool NativeWindow::ReportNotification(Notify code) {
-    Notification notification;
-    notification.code = code;
+    Notification notification{.code = code};
     return ReportNotification(notification);
 }
 
