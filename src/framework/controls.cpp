@@ -56,15 +56,6 @@ int CComboBox::AddString(const std::string& text) {
     return combo != nullptr ? combo->AddString(text) : -1;
 }
 
-void CComboBox::ResetContent() {
-    if (auto* combo = WindowAccess::NativeAs<NativeComboBox>(*this)) combo->ResetContent();
-}
-
-int CComboBox::GetCount() const {
-    const auto* combo = WindowAccess::NativeAs<NativeComboBox>(*this);
-    return combo != nullptr ? combo->Count() : 0;
-}
-
 int CComboBox::GetCurSel() const {
     const auto* combo = WindowAccess::NativeAs<NativeComboBox>(*this);
     return combo != nullptr ? combo->Selection() : -1;

@@ -44,12 +44,6 @@ void CListCtrl::SetColumnText(int column, const std::string& header) {
     if (NativeListView* view = NativeOf(*this)) view->SetColumnHeader(column, header);
 }
 
-std::string CListCtrl::GetColumnText(int column) const {
-    const NativeListView* view = NativeOf(*this);
-    if (view == nullptr || column < 0 || column >= static_cast<int>(view->Columns().size())) return {};
-    return view->Columns()[static_cast<std::size_t>(column)].header;
-}
-
 int CListCtrl::GetColumnWidth(int column) const {
     const NativeListView* view = NativeOf(*this);
     if (view == nullptr || column < 0 || column >= static_cast<int>(view->Columns().size())) return 0;

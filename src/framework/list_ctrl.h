@@ -33,7 +33,6 @@ class CListCtrl : public CWnd {
 
     void InsertColumn(int column, const std::string& header, int width);  // pixels; left-aligned
     void SetColumnText(int column, const std::string& header);
-    std::string GetColumnText(int column) const;
     int GetColumnWidth(int column) const;
     void SetExtendedStyle(ListStyle style);
     void SetImageList(const CImageList& images, ImageListKind kind);

@@ -87,11 +87,6 @@ void CMenu::SetText(unsigned int id, const std::string& text) {
     if (MenuItem* item = FindItem(items, id)) item->text = text;
 }
 
-std::string CMenu::GetText(unsigned int id) const {
-    const MenuItem* item = FindItem(items, id);
-    return item != nullptr ? item->text : std::string();
-}
-
 unsigned int CMenu::TrackPopup(Point screen, CWnd& owner) const {
     if (items == nullptr || !owner.HasWindow()) return 0;
     auto* frame = dynamic_cast<CFrameWnd*>(&WindowAccess::TopLevel(owner));

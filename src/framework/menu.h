@@ -25,7 +25,6 @@ class CMenu {
     // By command id, in this menu and its pop-ups.
     void Enable(unsigned int id, bool enabled);
     void SetText(unsigned int id, const std::string& text);
-    std::string GetText(unsigned int id) const;
 
     // Shows the menu at a screen position and returns the command chosen, 0 for none. The caller routes it.
     // Entries are as the caller left them, but a command that the owner's frame finds no handler for is grey.

@@ -121,7 +121,6 @@ class NativeComboBox : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
     virtual int AddString(const std::string& text) = 0;
-    virtual void ResetContent() = 0;
     virtual int Count() const = 0;
     virtual int Selection() const = 0;
     virtual void Select(int index) = 0;

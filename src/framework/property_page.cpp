@@ -28,14 +28,6 @@ bool CPropertyPage::OnQueryCancel() {
 
 void CPropertyPage::OnCancel() {}
 
-int CPropertyPage::OnWizardBack() {
-    return 0;
-}
-
-int CPropertyPage::OnWizardNext() {
-    return 0;
-}
-
 bool CPropertyPage::OnWizardFinish() {
     return true;
 }

@@ -9,11 +9,6 @@
 #include "platform/api/shell.h"
 
 namespace permora {
-namespace {
-
-constexpr int kStay = -1;  // answer of OnWizardBack and OnWizardNext
-
-}  // namespace
 
 int CPropertySheet::State::IndexOf(const CPropertyPage* page) const {
     const auto found = std::ranges::find(pages, page);
@@ -22,13 +17,6 @@ int CPropertySheet::State::IndexOf(const CPropertyPage* page) const {
 
 CPropertyPage* CPropertySheet::State::PageAt(int index) const {
     return index >= 0 && index < Count() ? pages[static_cast<std::size_t>(index)] : nullptr;
-}
-
-CPropertyPage* CPropertySheet::State::PageOfTemplate(int templateId) const {
-    const auto found = std::ranges::find_if(pages, [templateId](const CPropertyPage* page) {
-        return WindowAccess::TemplateId(*page) == static_cast<unsigned int>(templateId);
-    });
-    return found != pages.end() ? *found : nullptr;
 }
 
 // ---- Going from page to page ----
@@ -106,10 +94,7 @@ void CPropertySheet::State::OnWizardButton(unsigned int id) {
         return;
     }
     const int direction = id == kWizardNextId ? 1 : -1;
-    const int answer = direction > 0 ? active->OnWizardNext() : active->OnWizardBack();
-    if (answer == kStay) return;
-    const int target = answer == 0 ? IndexOf(active) + direction : IndexOf(PageOfTemplate(answer));
-    if (SwitchTo(target, direction)) FocusFirstControl(*active);
+    if (SwitchTo(IndexOf(active) + direction, direction)) FocusFirstControl(*active);
 }
 
 void CPropertySheet::State::End(int value) {
@@ -124,11 +109,10 @@ CPropertySheet::CPropertySheet() : state(std::make_unique<State>(*this)) {}
 
 CPropertySheet::~CPropertySheet() = default;
 
-void CPropertySheet::Construct(const std::string& caption, CWnd* owner, int firstPage) {
+void CPropertySheet::Construct(const std::string& caption, CWnd* owner) {
     state->caption = caption;
     state->hasOwnTitle = !caption.empty();
     state->owner = owner;
-    state->firstPage = firstPage;
 }
 
 void CPropertySheet::SetTitle(const std::string& title) {
@@ -141,7 +125,7 @@ void CPropertySheet::AddPage(CPropertyPage& page) {
     if (state->IndexOf(&page) != kNoPage) return;
     state->pages.push_back(&page);
     if (state->modal == nullptr) return;
-    if (NativeTabs* tabs = state->Tabs()) tabs->InsertTab(GetPageCount() - 1, state->TabCaption(page));
+    if (NativeTabs* tabs = state->Tabs()) tabs->InsertTab(state->Count() - 1, state->TabCaption(page));
     state->Layout();
 }
 
@@ -157,19 +141,11 @@ void CPropertySheet::RemovePage(int index) {
     page->sheet = nullptr;
     page->modified = false;
     state->UpdateApplyButton();
-    if (wasActive && GetPageCount() > 0) state->Activate(std::min(index, GetPageCount() - 1), -1);
-}
-
-int CPropertySheet::GetPageCount() const {
-    return state->Count();
+    if (wasActive && state->Count() > 0) state->Activate(std::min(index, state->Count() - 1), -1);
 }
 
 CPropertyPage* CPropertySheet::GetActivePage() const {
     return state->active;
-}
-
-bool CPropertySheet::SetActivePage(int index) {
-    return state->modal != nullptr && state->SwitchTo(index, 1);
 }
 
 void CPropertySheet::SetWizardMode() {
@@ -196,8 +172,7 @@ int CPropertySheet::DoModal() {
     state->CreateControls();
     state->Layout();
 
-    const int first = state->PageAt(state->firstPage) != nullptr ? state->firstPage : 0;
-    if (!state->Activate(first, 1)) {
+    if (!state->Activate(0, 1)) {
         state->result = kFailed;
     } else {
         const bool wantsFocus = OnInitDialog();

@@ -26,12 +26,9 @@ class CPropertyPage : public CDialog {
     virtual bool OnKillActive();  // false: the page stays
     virtual bool OnApply();       // default: OnOK's data transfer, then true; false keeps the sheet open
     void OnOK() override;
-    virtual bool OnQueryCancel();  // false: the sheet stays; all pages are asked before any hears of it
-    void OnCancel() override;      // the sheet is being cancelled
-    // Wizard: id of the page template to go to, 0 the neighbour, -1 to stay.
-    virtual int OnWizardBack();
-    virtual int OnWizardNext();
-    virtual bool OnWizardFinish();  // true: the sheet closes
+    virtual bool OnQueryCancel();   // false: the sheet stays; all pages are asked before any hears of it
+    void OnCancel() override;       // the sheet is being cancelled
+    virtual bool OnWizardFinish();  // true: the wizard closes
     bool OnCmdMsg(Notification& notification) override;
 
   private:
@@ -54,13 +51,11 @@ class CPropertySheet : public CWnd {
     CPropertySheet();
     ~CPropertySheet() override;
 
-    void Construct(const std::string& caption, CWnd* owner, int firstPage = 0);
+    void Construct(const std::string& caption, CWnd* owner);
     void SetTitle(const std::string& title);  // the whole title
     void AddPage(CPropertyPage& page);        // also while the sheet runs
     void RemovePage(int index);
-    int GetPageCount() const;
     CPropertyPage* GetActivePage() const;
-    bool SetActivePage(int index);
     void SetWizardMode();
     // Which wizard buttons there are and can be pressed.
     void SetWizardButtons(WizardButtons buttons);

@@ -29,7 +29,6 @@ struct CPropertySheet::State {
     std::string caption;
     bool hasOwnTitle = false;
     CWnd* owner = nullptr;
-    int firstPage = 0;
     bool isWizard = false;
     std::vector<CPropertyPage*> pages;
 
@@ -43,7 +42,6 @@ struct CPropertySheet::State {
     int Count() const { return static_cast<int>(pages.size()); }
     int IndexOf(const CPropertyPage* page) const;
     CPropertyPage* PageAt(int index) const;
-    CPropertyPage* PageOfTemplate(int templateId) const;
 
     // Making and placing (property_sheet_controls.cpp).
     std::string TabCaption(const CPropertyPage& page) const;

@@ -198,8 +198,7 @@ std::optional<ToolbarTemplate> ParseToolbarTemplate(std::span<const std::byte> d
     ToolbarTemplate toolbar;
     ResourceReader reader(data);
     const std::uint16_t version = reader.TakeU16();
-    toolbar.buttonSize.cx = reader.TakeU16();
-    toolbar.buttonSize.cy = reader.TakeU16();
+    reader.Skip(4);  // size of a picture
     const std::uint16_t count = reader.TakeU16();
     for (int i = 0; i < count && !reader.Failed(); ++i)
         toolbar.commands.push_back(reader.TakeU16());
@@ -218,9 +217,7 @@ std::optional<std::vector<IconGroupEntry>> ParseIconGroup(std::span<const std::b
         const int width = reader.TakeU8();
         const int height = reader.TakeU8();
         icon.size = {width != 0 ? width : kLargestSize, height != 0 ? height : kLargestSize};
-        reader.Skip(4);  // colours, reserved, planes
-        icon.bitsPerPixel = reader.TakeU16();
-        reader.Skip(4);  // size in bytes
+        reader.Skip(10);  // colours, reserved, planes, depth, size in bytes
         icon.iconId = reader.TakeU16();
         icons.push_back(icon);
     }

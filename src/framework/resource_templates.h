@@ -55,13 +55,11 @@ struct AcceleratorTemplate {
 };
 
 struct ToolbarTemplate {
-    Size buttonSize;                     // of the picture, in pixels
     std::vector<unsigned int> commands;  // 0: separator
 };
 
 struct IconGroupEntry {
     Size size;
-    unsigned int bitsPerPixel = 0;
     unsigned int iconId = 0;
 };
 

@@ -14,7 +14,6 @@ inline constexpr DWORD WS_DISABLED    = 0x08000000;
 inline constexpr DWORD WS_CAPTION     = 0x00C00000;
 inline constexpr DWORD WS_BORDER      = 0x00800000;
 inline constexpr DWORD WS_VSCROLL     = 0x00200000;
-inline constexpr DWORD WS_HSCROLL     = 0x00100000;
 inline constexpr DWORD WS_SYSMENU     = 0x00080000;
 inline constexpr DWORD WS_THICKFRAME  = 0x00040000;
 inline constexpr DWORD WS_GROUP       = 0x00020000;
@@ -32,7 +31,6 @@ inline constexpr DWORD BS_OWNERDRAW   = 0x0000000B;
 inline constexpr DWORD BS_MULTILINE   = 0x00002000;
 
 inline constexpr DWORD SS_TYPEMASK    = 0x0000001F;
-inline constexpr DWORD SS_LEFT        = 0x00000000;
 inline constexpr DWORD SS_CENTER      = 0x00000001;
 inline constexpr DWORD SS_RIGHT       = 0x00000002;
 inline constexpr DWORD SS_ICON        = 0x00000003;

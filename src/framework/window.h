@@ -40,7 +40,6 @@ class CWnd : public CCmdTarget {
     HWND GetSafeHwnd() const;
     bool HasWindow() const { return native != nullptr; }
     CWnd* GetParent() const { return parent; }
-    unsigned int GetDlgCtrlID() const { return controlId; }
 
     // Any thread. Text that a worker sets is latest-wins and painted at the display's pace.
     void SetWindowText(const std::string& text);

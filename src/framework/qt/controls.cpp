@@ -269,10 +269,6 @@ class ComboBoxWindow final : public WidgetWindow<NativeComboBox> {
         if (Combo().count() == 1) Combo().setCurrentIndex(-1);
         return Combo().count() - 1;
     }
-    void ResetContent() override {
-        const QSignalBlocker noNotification(Combo());
-        Combo().clear();
-    }
     int Count() const override { return Combo().count(); }
     int Selection() const override { return Combo().currentIndex(); }
     void Select(int index) override {
