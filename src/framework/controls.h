@@ -45,7 +45,7 @@ class CProgressCtrl : public CWnd {
 class CComboBox : public CWnd {
   public:
     int AddString(const std::string& text);  // the new item's index
-    int GetCurSel() const;  // -1: nothing selected
+    int GetCurSel() const;                   // -1: nothing selected
     // An index without item selects nothing. No notification is sent.
     void SetCurSel(int index);
 };
