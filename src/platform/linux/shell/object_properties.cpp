@@ -15,6 +15,7 @@
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/attributes.h"
 #include "platform/linux/files/descriptor_path.h"
+#include "platform/linux/files/descriptor_support.h"
 #include "platform/linux/files/extended_attributes.h"
 #include "platform/linux/files/named_streams.h"
 
@@ -22,7 +23,6 @@ namespace permora::host {
 namespace {
 
 constexpr std::string_view kUserFamily = "user.";
-constexpr std::string_view kUserDescriptor = "user.permora.sd";
 
 // The volume refuses what it is given, rather than failing.
 bool IsRefusal(int problem) {
@@ -61,7 +61,7 @@ class PropertyCopy {
         if (problem != 0 && !IsAbsent(problem)) return Fail(problem);
         for (const std::string& name : names) {
             if (name == kDosAttribute) hasDosAttribute = true;
-            if (!name.starts_with(kUserFamily) || name == kDosAttribute || name == kUserDescriptor) continue;
+            if (!name.starts_with(kUserFamily) || name == kDosAttribute || name == kUserAttribute) continue;
             std::vector<std::uint8_t> value;
             const int readProblem = ReadExtendedAttribute(source.object, name.c_str(), value);
             if (readProblem == ENODATA) continue;  // it vanished
