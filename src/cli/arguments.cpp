@@ -7,6 +7,7 @@
 #include "cli/exit_codes.h"
 #include "cli/terminal_text.h"
 #include "cli/vocabulary.h"
+#include "platform/host_path.h"
 #include "security/access_rights.h"
 #include "wizard/account_rights.h"
 
@@ -33,8 +34,9 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli deny --share Projects --account guest --rights 'Full control'
 
 A path is written as C:\folder\file or as this machine writes it; both mean the same object. A link at its end is
-not followed, and refused with a separator behind it. Rights, scopes and options are listed by the help of a command:
-permora-cli grant --help
+not followed, and refused with a separator behind it. What begins with a dash or looks like C:\file while a file
+here is called so is refused: ./* in the place of * always means files. Rights, scopes and options are listed by
+the help of a command: permora-cli grant --help
 
 Exit code:
   0  done
@@ -43,9 +45,9 @@ Exit code:
      (assign gives every object the list that it makes of the first one's: when that fails, nothing was touched)
   2  wrong arguments, an unknown account, or no consent to a reset or shred: nothing was touched)";
 
-// A path such as "[x]" would be taken for a list of values, with its brackets stripped: another object. So
-// every argument that begins like that goes through the parser behind this character, which no argument
-// needs.
+// A path such as "[x]" would be taken for a list of values, with its brackets stripped: another object. And
+// "++" would be taken for the end of a command and left out. So every argument that begins like the one or is
+// the other goes through the parser behind this character, which no argument needs.
 constexpr char kShield = '\x01';
 
 // Where the value starts that an option has in the same argument ("--option=value"); 0 in any other argument.
@@ -55,8 +57,8 @@ std::size_t ValueStart(const std::string& argument) {
 
 // `start` is where the text starts that the parser takes for a value.
 std::string Shielded(std::string argument, std::size_t start) {
-    const bool needsShield =
-        start < argument.size() && (argument[start] == '[' || argument[start] == kShield);
+    const bool needsShield = argument == "++" || (start < argument.size() &&
+                                                  (argument[start] == '[' || argument[start] == kShield));
     if (needsShield) argument.insert(start, 1, kShield);
     return argument;
 }
@@ -355,6 +357,12 @@ std::string Parser::InterpretCombination() {
     return "";
 }
 
+// Says what is wrong with the arguments; the exit code for that.
+int Refuse(const std::string& problem) {
+    std::fprintf(stderr, "permora-cli: %s\n", PrintableText(problem).c_str());
+    return kExitUsage;
+}
+
 }  // namespace
 
 std::optional<Arguments> ParseArguments(int argumentCount, const char* const* argumentTexts, int& exitCode) {
@@ -368,6 +376,12 @@ std::optional<Arguments> ParseArguments(int argumentCount, const char* const* ar
     bool isBehindDashes = false;
     for (int i = 1; i < argumentCount; ++i) {
         const std::string argument = argumentTexts[i];
+        if (!isBehindDashes && argument.starts_with('-') && IsNameHere(argument.c_str())) {
+            exitCode = Refuse(argument +
+                              ": a file here is called so: write ./ before the name for the file; as an "
+                              "option it can be given in another folder");
+            return std::nullopt;
+        }
         texts.push_back(Shielded(argument, isBehindDashes ? 0 : ValueStart(argument)));
         if (argument == "--") isBehindDashes = true;
     }
@@ -380,8 +394,7 @@ std::optional<Arguments> ParseArguments(int argumentCount, const char* const* ar
     }
     const std::string problem = parser.Interpret();
     if (!problem.empty()) {
-        std::fprintf(stderr, "permora-cli: %s\n", PrintableText(problem).c_str());
-        exitCode = kExitUsage;
+        exitCode = Refuse(problem);
         return std::nullopt;
     }
     return std::move(parser.arguments);

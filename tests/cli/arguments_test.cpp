@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/cli/cli_program.h"
 #include "tests/support/temporary_folder.h"
 
@@ -50,6 +52,50 @@ TEST(ArgumentsTest, WrongArgumentsAreSaidAndTouchNothing) {
         EXPECT_THAT(result.output, HasSubstr(row.says)) << testing::PrintToString(row.arguments);
     }
     EXPECT_EQ(SddlOf(path), before);
+}
+
+// Whoever can write in a folder chooses what a shell puts there for "*".
+TEST(ArgumentsTest, AFileIsNeverTakenForAnOption) {
+    const std::vector<std::string> commands[] = {
+        {"owner", "--set=S-1-5-32-546", "--tree", "file"},
+        {"owner", "--tree", "--set", "S-1-5-32-546", "file"},
+        {"shred", "--force", "--yes", "file"},
+        {"reset", "-x", "file"},
+        {"reset", "--yes", ".", "--", "--dry-run"},
+        {"--help", "show"},
+    };
+    for (const std::vector<std::string>& command : commands) {
+        for (const std::string& name : command) {
+            if (!name.starts_with('-') || name == "--dry-run") continue;
+            const TemporaryFolder folder;
+            const std::string file = folder.MakeFile("file");
+            folder.MakeFile(name);
+            std::filesystem::current_path(folder.Path());
+            const std::string before = SddlOf(file);
+            const CommandResult result = RunCli(command);
+            EXPECT_EQ(result.exitCode, 2) << name;
+            EXPECT_THAT(result.output, HasSubstr("permora-cli: " + name + ": a file here is called so: "))
+                << name;
+            EXPECT_EQ(SddlOf(file), before) << name;
+            EXPECT_EQ(SddlOf("./" + name), before) << name;
+        }
+    }
+}
+
+TEST(ArgumentsTest, WhatTheParserWouldReadAsItsOwnIsAName) {
+    const TemporaryFolder folder;
+    std::filesystem::current_path(folder.Path());
+    for (const char* name : {"[a]", "++", "{}", "\x01[x", "show"})
+        folder.MakeFile(name);
+    EXPECT_EQ(RunCli({"shred", "--yes", "[a]", "++", "{}", "\x01[x", "show"}).output,
+              "deleted: 5, left: 0\n");
+    // Behind a "--" everything is one.
+    for (const char* name : {"-x", "--yes"})
+        folder.MakeFile(name);
+    const CommandResult refused = RunCli({"shred", "--", "--yes", "-x"});
+    EXPECT_THAT(refused.output, HasSubstr("it needs --yes where nobody can be asked"));
+    EXPECT_EQ(RunCli({"show", "--sddl", "--", "-x", "--yes"}).exitCode, 0);
+    EXPECT_TRUE(std::filesystem::exists("--yes"));
 }
 
 TEST(ArgumentsTest, HelpAndVersionAreNoFailure) {

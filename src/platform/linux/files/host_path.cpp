@@ -57,9 +57,13 @@ std::optional<std::string> PathBelowCurrent(const char* argument) {
     return path;
 }
 
-bool IsAmbiguousArgument(const char* argument) {
+bool IsNameHere(const char* argument) {
     struct stat status {};
-    return IsPathOfSystem(argument) && fstatat(AT_FDCWD, argument, &status, AT_SYMLINK_NOFOLLOW) == 0;
+    return fstatat(AT_FDCWD, argument, &status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool IsAmbiguousArgument(const char* argument) {
+    return IsPathOfSystem(argument) && IsNameHere(argument);
 }
 
 }  // namespace permora
