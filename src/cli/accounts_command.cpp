@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "cli/json_output.h"
-#include "cli/listing.h"
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/ascii.h"
 #include "security/account_record.h"

@@ -2,9 +2,10 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdio>
+#include <sstream>
 
 #include "cli/exit_codes.h"
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "cli/vocabulary.h"
 #include "platform/host_path.h"
@@ -358,9 +359,32 @@ std::string Parser::InterpretCombination() {
 }
 
 // Says what is wrong with the arguments; the exit code for that.
-int Refuse(const std::string& problem) {
-    std::fprintf(stderr, "permora-cli: %s\n", PrintableText(problem).c_str());
+int Refuse(std::string_view problem) {
+    PrintError("permora-cli: " + PrintableText(problem) + '\n');
     return kExitUsage;
+}
+
+// What the parser says, in which the arguments stand as it got them, with the arguments as they were typed.
+std::string WithoutShields(std::string_view text) {
+    std::string typed;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == kShield && i + 1 < text.size()) ++i;
+        typed += text[i];
+    }
+    return typed;
+}
+
+// Prints the help or the version, or says what the parser found wrong; the exit code for that.
+int Answer(const CLI::App& app, const CLI::ParseError& error) {
+    if (error.get_exit_code() != 0) {
+        Refuse(WithoutShields(error.what()));
+        PrintError("Run with --help for more information.\n");
+        return kExitUsage;
+    }
+    std::ostringstream text;
+    app.exit(error, text, text);
+    Print(text.str());
+    return kExitDone;
 }
 
 }  // namespace
@@ -368,7 +392,7 @@ int Refuse(const std::string& problem) {
 std::optional<Arguments> ParseArguments(int argumentCount, const char* const* argumentTexts, int& exitCode) {
     Parser parser;
     if (argumentCount < 2) {
-        std::fputs(parser.app.help().c_str(), stderr);
+        PrintError(parser.app.help());
         exitCode = kExitUsage;
         return std::nullopt;
     }
@@ -389,7 +413,7 @@ std::optional<Arguments> ParseArguments(int argumentCount, const char* const* ar
     try {
         parser.app.parse(std::move(texts));
     } catch (const CLI::ParseError& error) {
-        exitCode = parser.app.exit(error) == 0 ? kExitDone : kExitUsage;
+        exitCode = Answer(parser.app, error);
         return std::nullopt;
     }
     const std::string problem = parser.Interpret();

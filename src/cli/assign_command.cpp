@@ -2,6 +2,7 @@
 
 #include "cli/list_change.h"
 #include "cli/listing.h"
+#include "cli/terminal_output.h"
 #include "security/access_rights.h"
 #include "wizard/account_rights.h"
 

@@ -3,6 +3,7 @@
 #include "cli/entry_edits.h"
 #include "cli/list_change.h"
 #include "cli/listing.h"
+#include "cli/terminal_output.h"
 #include "platform/api/errors.h"
 #include "security/account_lookup.h"
 

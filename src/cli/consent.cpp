@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/terminal.h"
 
@@ -16,10 +17,10 @@ bool AskForConsent(const ConsentTexts& texts, const std::vector<Target>& targets
         messages.Say(std::string(texts.warning) + ": it needs --yes where nobody can be asked");
         return false;
     }
-    std::fprintf(stderr, "%s\n", texts.heading);
+    std::string question = std::string(texts.heading) + '\n';
     for (const Target& target : targets)
-        std::fprintf(stderr, "  %s\n", PrintableText(target.argument).c_str());
-    std::fputs("Go on (yes or no)? ", stderr);
+        question += "  " + PrintableText(target.argument) + '\n';
+    PrintError(question + "Go on (yes or no)? ");
     std::array<char, 16> answer{};
     if (std::fgets(answer.data(), answer.size(), stdin) != nullptr &&
         (std::strcmp(answer.data(), "yes\n") == 0 || std::strcmp(answer.data(), "y\n") == 0)) {

@@ -1,6 +1,6 @@
 #include "cli/json_output.h"
 
-#include "cli/listing.h"
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "security/access_rights.h"
 
@@ -24,10 +24,37 @@ Json EntryJson(AccessEntryList& entries, std::size_t index) {
     };
 }
 
+std::string HexOfBytes(std::string_view text) {
+    std::string digits;
+    for (const char byte : text) {
+        const std::string pair = HexText(static_cast<unsigned char>(byte));
+        digits += std::string(2 - pair.size(), '0') + pair;
+    }
+    return digits;
+}
+
+// The value with the bytes of its texts that are no UTF-8.
+Json WithBytes(const Json& value) {
+    if (!value.is_structured()) return value;
+    if (value.is_array()) {
+        Json whole = Json::array();
+        for (const Json& element : value)
+            whole.push_back(WithBytes(element));
+        return whole;
+    }
+    Json whole = Json::object();
+    for (const auto& [key, member] : value.items()) {
+        whole[key] = WithBytes(member);
+        const auto* text = member.get_ptr<const std::string*>();
+        if (text != nullptr && !IsUtf8(*text)) whole[key + "Bytes"] = HexOfBytes(*text);
+    }
+    return whole;
+}
+
 }  // namespace
 
 void PrintJson(const Json& document) {
-    Print(document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+    Print(WithBytes(document).dump(2, ' ', true, Json::error_handler_t::replace) + '\n');
 }
 
 Json EntriesJson(PACL dacl, AccessEntryList& entries) {

@@ -10,7 +10,8 @@ namespace permora {
 
 using Json = nlohmann::ordered_json;
 
-// Texts that are no UTF-8 are repaired.
+// In ASCII: all other characters as \u escapes. A text that is no UTF-8 has U+FFFD in the place of what is
+// none, and where it is the member "x" of an object, "xBytes" behind it holds its bytes in hexadecimal.
 void PrintJson(const Json& document);
 
 // The entries of a list: null where there is no list and everyone may do everything, [] where the list is

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "cli/listing.h"
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 
 namespace permora {

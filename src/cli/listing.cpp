@@ -1,7 +1,6 @@
 #include "cli/listing.h"
 
-#include <cstdio>
-
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 #include "security/access_rows.h"
@@ -72,10 +71,6 @@ bool PrintDescriptor(PSECURITY_DESCRIPTOR descriptor, ConsoleMessages& messages)
     const UniqueLocal<char> owned(text);
     Print(std::string(text) + '\n');
     return true;
-}
-
-void Print(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
 }  // namespace permora

@@ -18,7 +18,7 @@ bool ReadList(const Target& target, ObjectSecurity& object, ConsoleMessages& mes
 std::vector<std::string> RemarksOn(PACL dacl, const AccessEntryList& entries);
 std::vector<std::string> RemarksOn(const ObjectSecurity& object);
 
-// Indented lines, ready for Print.
+// Indented lines.
 std::string InheritsLine(const ObjectSecurity& object);
 std::string RemarkLines(const std::vector<std::string>& remarks);
 // The rows under their titles; empty without rows.
@@ -26,8 +26,5 @@ std::string RowsText(AccessEntryList& entries);
 
 // Prints owner, group and list of a descriptor as text; false after a message when that cannot be done.
 bool PrintDescriptor(PSECURITY_DESCRIPTOR descriptor, ConsoleMessages& messages);
-
-// Writes to standard output.
-void Print(const std::string& text);
 
 }  // namespace permora

@@ -1,6 +1,6 @@
 // The terminal program: shows and changes access lists and owners of files, folders and drive roots and the
 // lists of shares, and deletes files for good.
-#include <cstdio>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -19,6 +19,7 @@
 #include "cli/show_command.h"
 #include "cli/shred_command.h"
 #include "cli/target.h"
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
@@ -88,11 +89,17 @@ int Run(const Arguments& arguments) {
 
 // `exitCode`, or that of a failure when not all of the answer has reached whoever asked.
 int AfterOutput(int exitCode) {
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return exitCode;
+    if (IsAllPrinted()) return exitCode;
     ConsoleMessages messages;
     messages.SetSubject("standard output");
     messages.Say("not everything could be written");
     return exitCode == kExitDone ? kExitSomeFailed : exitCode;
+}
+
+int Main(int argumentCount, const char* const* argumentTexts) {
+    int exitCode = kExitDone;
+    const std::optional<Arguments> arguments = ParseArguments(argumentCount, argumentTexts, exitCode);
+    return AfterOutput(arguments ? Run(*arguments) : exitCode);
 }
 
 }  // namespace
@@ -102,8 +109,10 @@ int main(int argumentCount, char** argumentTexts) {
     permora::PrepareProcess();
     permora::UseUtf8Terminal();
     permora::SetFatalExitCode(permora::kExitSomeFailed);
-    int exitCode = permora::kExitDone;
-    const std::optional<permora::Arguments> arguments =
-        permora::ParseArguments(argumentCount, argumentTexts, exitCode);
-    return permora::AfterOutput(arguments ? permora::Run(*arguments) : exitCode);
+    try {
+        return permora::Main(argumentCount, argumentTexts);
+    } catch (const std::exception& error) {  // no memory
+        permora::PrintError("permora-cli: broken off: " + permora::PrintableText(error.what()) + '\n');
+        return permora::kExitSomeFailed;
+    }
 }

@@ -1,8 +1,8 @@
 #include "cli/messages.h"
 
-#include <cstdio>
 #include <utility>
 
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/system_message.h"
 
@@ -24,8 +24,7 @@ void ConsoleMessages::Say(std::string_view text) {
     text = text.substr(0, text.find_last_not_of("\r\n ") + 1);
     std::string line = "permora-cli: ";
     if (!subject.empty()) line += PrintableText(subject) + ": ";
-    line += PrintableText(text) + '\n';
-    std::fputs(line.c_str(), stderr);
+    PrintError(line + PrintableText(text) + '\n');
 }
 
 void ConsoleMessages::SayIfSilent(std::string_view text) {

@@ -1,6 +1,7 @@
 #include "cli/owner_command.h"
 
 #include "cli/listing.h"
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"

@@ -1,8 +1,9 @@
 #include "cli/setup_command.h"
 
-#include <cstdio>
+#include <string>
 
 #include "app/settings_store.h"
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
@@ -24,8 +25,8 @@ bool RunSetup(const Arguments& arguments, const std::vector<Target>& targets, Co
         messages.SaySystemError(error);
         return false;
     }
-    std::printf("Permora is set up for %s in %s\n", arguments.allUsers ? "all users" : "you",
-                PrintableText(folder).c_str());
+    Print(std::string("Permora is set up for ") + (arguments.allUsers ? "all users" : "you") + " in " +
+          PrintableText(folder) + '\n');
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include "cli/json_output.h"
 #include "cli/list_change.h"
 #include "cli/listing.h"
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 #include "security/text_conversion.h"

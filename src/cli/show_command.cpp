@@ -4,6 +4,7 @@
 
 #include "cli/json_output.h"
 #include "cli/listing.h"
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "cli/consent.h"
-#include "cli/listing.h"
+#include "cli/terminal_output.h"
 #include "cli/tree_progress.h"
 #include "deletion/secure_delete.h"
 #include "platform/api/errors.h"

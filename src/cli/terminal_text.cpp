@@ -29,6 +29,8 @@ constexpr std::array<CharacterRange, 9> kUnseenCharacters = {{
     {0xE0000, 0xE007F},
 }};
 
+constexpr wchar_t kLastCharacter = 0x10FFFF;  // Unicode's; UTF-8 as it was once meant went further
+
 bool IsUnseen(wchar_t character) {
     return std::any_of(kUnseenCharacters.begin(), kUnseenCharacters.end(), [character](CharacterRange range) {
         return character >= range.first && character <= range.last;
@@ -49,7 +51,7 @@ DecodedCharacter DecodeFirst(std::string_view text) {
     wchar_t value = 0;
     mbstate_t state = {};
     const std::size_t length = mbrtowc(&value, text.data(), text.size(), &state);
-    if (length == 0 || length > text.size()) return {false, L'\0', 1};
+    if (length == 0 || length > text.size() || value > kLastCharacter) return {false, L'\0', 1};
     return {true, value, length};
 }
 
@@ -89,6 +91,15 @@ std::string PrintableText(std::string_view text) {
         text.remove_prefix(next.length);
     }
     return printable;
+}
+
+bool IsUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const DecodedCharacter next = DecodeFirst(text);
+        if (!next.isCharacter) return false;
+        text.remove_prefix(next.length);
+    }
+    return true;
 }
 
 std::size_t DisplayWidth(std::string_view text) {

@@ -16,6 +16,8 @@ void UseUtf8Terminal();
 // marks that turn the writing direction or cannot be seen as \u{202e}, bytes that are no UTF-8 as \x9f.
 std::string PrintableText(std::string_view text);
 
+bool IsUtf8(std::string_view text);
+
 // The number of columns that a printable text takes.
 std::size_t DisplayWidth(std::string_view text);
 

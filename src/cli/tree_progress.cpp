@@ -3,7 +3,7 @@
 #include <csignal>
 #include <cstdio>
 
-#include "cli/listing.h"
+#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/terminal.h"
 
@@ -47,12 +47,12 @@ void ProgressLine::Show(std::size_t count, const char* name) {
     shown = now;
     // The last column stays free: a character in it would begin a new line.
     const std::string line = CutToColumns(std::to_string(count) + ": " + PrintableText(name), columns - 1);
-    std::fprintf(stderr, "\r%s\x1b[K", line.c_str());
+    OverwriteErrorLine(line);
     isShown = true;
 }
 
 void ProgressLine::Clear() {
-    if (isShown) std::fputs("\r\x1b[K", stderr);
+    if (isShown) OverwriteErrorLine("");
     isShown = false;
 }
 

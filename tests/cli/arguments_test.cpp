@@ -54,6 +54,35 @@ TEST(ArgumentsTest, WrongArgumentsAreSaidAndTouchNothing) {
     EXPECT_EQ(SddlOf(path), before);
 }
 
+TEST(ArgumentsTest, WhatIsSaidOfAnArgumentNeitherSteersTheTerminalNorForgesLines) {
+    const TemporaryFolder folder;
+    const std::string hostile = "\x1b[2J\x7f\u009b31m\u202e\nroot: changed\n";
+    const std::string printable = "\\u{1b}[2J\\u{7f}\\u{9b}31m\\u{202e}\\u{a}root: changed\\u{a}";
+    const std::vector<std::string> commands[] = {
+        {"show", folder.Path(), "--" + hostile},
+        {"show", folder.Path(), "--json=" + hostile},
+        {"accounts", "--find", "x", hostile},
+        {"accounts", "[" + hostile},
+        {"show", hostile},
+        {"show", "--share", hostile},
+        {"show", "--", "--" + hostile},
+        {"owner", folder.Path(), "--set", hostile},
+        {"grant", folder.Path(), "--account", "Everyone", "--rights", hostile},
+        {"grant", folder.Path(), "--account", "Everyone", "--rights", "1", "--scope", hostile},
+        {"assign", folder.Path(), "--account", "Everyone", "--combination", hostile},
+        {"setup", hostile},
+        {"shred", "--yes", hostile},
+        {"reset", "--yes", hostile},
+    };
+    for (const std::vector<std::string>& command : commands) {
+        const CommandResult result = RunCli(command);
+        EXPECT_NE(result.exitCode, 0) << testing::PrintToString(command);
+        EXPECT_THAT(result.output, HasSubstr(printable));
+        EXPECT_EQ(result.output.find_first_of("\x1b\x7f\x01\xc2\xe2"), result.output.npos) << result.output;
+        EXPECT_THAT(result.output, testing::Not(HasSubstr("\nroot: changed"))) << result.output;
+    }
+}
+
 // Whoever can write in a folder chooses what a shell puts there for "*".
 TEST(ArgumentsTest, AFileIsNeverTakenForAnOption) {
     const std::vector<std::string> commands[] = {

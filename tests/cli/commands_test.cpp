@@ -224,6 +224,21 @@ TEST_F(CommandsTest, JsonOfSeveralIsAnArrayInTheirOrderUnderTheTypedPaths) {
     EXPECT_EQ(objects[2]["entries"], objects[1]["entries"]);
 }
 
+TEST_F(CommandsTest, JsonIsAsciiAndLosesNoByteOfAName) {
+    const std::string name = "\x7f\u009b31m\u202e\xe2\x82x\xff\"\\\n\U0001f600";
+    folder.MakeFile("top/" + name);
+    std::filesystem::current_path(top);
+    const std::string output = RunCli({"show", "--json", name, "."}).output;
+    EXPECT_TRUE(std::ranges::all_of(output, [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }))
+        << output;
+    const nlohmann::json objects = nlohmann::json::parse(output, nullptr, false);
+    ASSERT_EQ(objects.size(), 2U) << output;
+    EXPECT_EQ(objects[0]["path"], "\x7f\u009b31m\u202e\ufffdx\ufffd\"\\\n\U0001f600");
+    EXPECT_EQ(objects[0]["pathBytes"], "7fc29b33316de280aee28278ff225c0af09f9880");
+    EXPECT_EQ(objects[1]["path"], ".");
+    EXPECT_FALSE(objects[1].contains("pathBytes"));
+}
+
 TEST_F(CommandsTest, ANameMeansThatOneObject) {
     // Each stands beside an object that a careless reading would reach instead, and gets a right of its own.
     const std::vector<std::string> names = {"[a]",  "a",   "./C:",    "./b\\c", "b",     "-x", "{}",
