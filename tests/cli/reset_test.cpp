@@ -61,7 +61,8 @@ TEST_F(ResetTest, NothingIsTouchedWithoutConsent) {
 TEST_F(ResetTest, ATerminalIsAskedAndShownNoMoreThanItNeeds) {
     if (const std::string reason = MissingProgram("script"); !reason.empty()) GTEST_SKIP() << reason;
     const auto onTerminal = [this](const char* answer) {
-        return RunCommand({"script", "-qec", "'" + CliPath() + "' reset '" + top + "'", "/dev/null"}, answer);
+        return RunCommand({"script", "-qec", '\'' + CliPath() + "' reset '" + top + "'", "/dev/null"},
+                          answer);
     };
     const CommandResult refused = onTerminal("no\n");
     EXPECT_EQ(refused.exitCode, 2);

@@ -39,7 +39,8 @@ TEST_F(ShredTest, NothingIsTouchedWithoutConsent) {
     EXPECT_THAT(piped.output, HasSubstr("--yes"));
     if (const std::string reason = MissingProgram("script"); !reason.empty()) GTEST_SKIP() << reason;
     const auto onTerminal = [this](const char* answer) {
-        return RunCommand({"script", "-qec", "'" + CliPath() + "' shred '" + top + "'", "/dev/null"}, answer);
+        return RunCommand({"script", "-qec", '\'' + CliPath() + "' shred '" + top + "'", "/dev/null"},
+                          answer);
     };
     const CommandResult refused = onTerminal("no\n");
     EXPECT_EQ(refused.exitCode, 2);

@@ -9,7 +9,12 @@
 namespace permora {
 namespace {
 
-class ListedStatus : public DeletionStatus {
+// A base of its own, which is there before the base that is given it.
+struct StopFlag {
+    std::atomic<bool> isStopping = false;
+};
+
+class ListedStatus : public StopFlag, public DeletionStatus {
   public:
     ListedStatus() : DeletionStatus(isStopping) {}
 
@@ -22,7 +27,6 @@ class ListedStatus : public DeletionStatus {
         return rows;
     }
 
-    std::atomic<bool> isStopping = false;
     int notices = 0;
 
   private:

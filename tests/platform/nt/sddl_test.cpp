@@ -116,7 +116,7 @@ TEST(Sddl, RefusesAListThatNoDescriptorHolds) {
     EXPECT_TRUE(FromSddl(text));
     text += "(A;;FA;;;WD)";
     EXPECT_FALSE(FromSddl(text));
-    text.replace(0, 1, "S");
+    text.front() = 'S';
     EXPECT_FALSE(FromSddl(text));
 }
 

@@ -26,9 +26,9 @@ std::vector<std::string> Shown(const std::vector<SambaAccount>& accounts) {
     std::vector<std::string> shown;
     shown.reserve(accounts.size());
     for (const SambaAccount& account : accounts) {
-        shown.push_back(account.name + " " + account.sid.ToText() + " " +
-                        std::to_string(static_cast<int>(account.use)) +
-                        (account.id ? " " + std::to_string(*account.id) : ""));
+        shown.push_back(account.name + ' ' + account.sid.ToText() + ' ' +
+                        std::to_string(static_cast<int>(account.use)));
+        if (account.id) shown.back() += ' ' + std::to_string(*account.id);
     }
     return shown;
 }

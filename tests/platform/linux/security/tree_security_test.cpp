@@ -111,7 +111,7 @@ TEST_F(TreeSecurity, EveryEntryIsReachedOnce) {
     ASSERT_EQ(SetDescriptorText(tree.Path(), "D:P(A;OICI;FA;;;BA)"), 0U);
     std::vector<std::string> names;
     for (int folder = 0; folder < 3; ++folder) {
-        const std::string parent = "f" + std::to_string(folder);
+        const std::string parent = 'f' + std::to_string(folder);
         tree.MakeFolder(parent);
         names.push_back(parent);
         // More than one block of names.

@@ -95,7 +95,7 @@ inline std::vector<std::string> Below(const std::string& folder) {
         if (entry.is_symlink()) {
             name += "->" + fs::read_symlink(entry).string();
         } else if (entry.is_regular_file()) {
-            name += "=" + (entry.file_size() > 100 ? "large" : ReadWholeFile(entry.path()));
+            name += '=' + (entry.file_size() > 100 ? "large" : ReadWholeFile(entry.path()));
         }
         found.push_back(std::move(name));
     }
