@@ -81,6 +81,10 @@ DWORD ErrorFromErrno(int errorNumber) {
     return ERROR_IO_DEVICE;
 }
 
+DWORD ErrorFromOpening(int errorNumber) {
+    return errorNumber == EWOULDBLOCK ? ERROR_SHARING_VIOLATION : ErrorFromErrno(errorNumber);
+}
+
 int ErrnoForMessage(DWORD code) {
     // A folder on the way is missing: the C library has one text for both.
     if (code == ERROR_PATH_NOT_FOUND) return ENOENT;

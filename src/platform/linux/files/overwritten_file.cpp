@@ -159,7 +159,7 @@ DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& open
     // Without O_NONBLOCK another's lease would be waited for.
     UniqueFd descriptor(
         open(DescriptorPath(file.Descriptor()).Text(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!descriptor) return errno == EWOULDBLOCK ? ERROR_SHARING_VIOLATION : ErrorFromErrno(errno);
+    if (!descriptor) return ErrorFromOpening(errno);
     if (const DWORD error = Reserve(descriptor.Get()); error != ERROR_SUCCESS) return error;
     struct stat status {};
     if (fstat(descriptor.Get(), &status) != 0) return ErrorFromErrno(errno);

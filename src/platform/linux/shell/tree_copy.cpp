@@ -21,10 +21,12 @@ namespace {
 
 constexpr mode_t kPermissions = 0777;
 
-// The very file that is held, which is known to be one: nothing else is opened on the way.
+// The very file that is held, which is known to be one: nothing else is opened on the way. A lease that its
+// owner has on it is not waited for.
 DWORD OpenContents(const ObjectHandle& file, UniqueFd& opened) {
-    opened.Reset(open(DescriptorPath(file.Descriptor()).Text(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-    return opened ? ERROR_SUCCESS : ErrorFromErrno(errno);
+    opened.Reset(
+        open(DescriptorPath(file.Descriptor()).Text(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    return opened ? ERROR_SUCCESS : ErrorFromOpening(errno);
 }
 
 }  // namespace

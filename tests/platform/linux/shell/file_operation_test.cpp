@@ -1,9 +1,12 @@
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 
 #include "platform/api/files.h"
 #include "platform/linux/base/unique_fd.h"
@@ -259,6 +262,65 @@ TEST_F(FileOperations, AskAboutReadOnlyItems) {
     EXPECT_EQ(Run(FO_COPY, {folder.Path("b")}, to.Path()), 0U);
     EXPECT_EQ(KindsOf(asked).size(), 2U);
     EXPECT_EQ(ReadWholeFile(to.Path("b")), "x");
+}
+
+// A program that never gives its lease back, in a process of its own.
+class LeaseHolder {
+  public:
+    explicit LeaseHolder(const std::string& path) {
+        int told[2];
+        if (pipe(told) != 0) return;
+        process = fork();
+        if (process == 0) {
+            const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
+            signal(SIGIO, SIG_IGN);  // by which the kernel asks for it
+            const char isHeld = fcntl(file, F_SETLEASE, F_WRLCK) == 0 ? 'y' : 'n';
+            (void)!write(told[1], &isHeld, 1);
+            for (;;)
+                pause();
+        }
+        char isHeld = 'n';
+        (void)!read(told[0], &isHeld, 1);
+        EXPECT_EQ(isHeld, 'y');
+        close(told[0]);
+        close(told[1]);
+    }
+    ~LeaseHolder() { End(); }
+    LeaseHolder(const LeaseHolder&) = delete;
+    LeaseHolder& operator=(const LeaseHolder&) = delete;
+
+    void End() {
+        if (process <= 0) return;
+        kill(process, SIGKILL);
+        waitpid(process, nullptr, 0);
+        process = 0;
+    }
+
+  private:
+    pid_t process = 0;
+};
+
+TEST_F(FileOperations, DoNotWaitForTheLeaseOfAnother) {
+    constexpr auto kSoon = std::chrono::seconds(10);
+    const TemporaryFolder from;
+    const TemporaryFolder to;
+    for (const char* name : {"a", "leased", "z"})
+        WriteFileText(from.Path(name), name);
+    LeaseHolder holder(from.Path("leased"));
+    const std::vector<std::string> all = {from.Path("a"), from.Path("leased"), from.Path("z")};
+    const auto start = std::chrono::steady_clock::now();
+    answers = {{Question::kFailure, {Answer::kRetry, Answer::kNo}}};
+    EXPECT_EQ(Run(FO_COPY, all, to.Path()), DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_LT(std::chrono::steady_clock::now() - start, kSoon);
+    ASSERT_EQ(asked.size(), 2U);
+    EXPECT_EQ(asked.front().error, DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_TRUE(asked.front().mayRetry);
+    EXPECT_THAT(Below(to.Path()), ElementsAre("a=a", "z=z"));
+
+    answers = {{Question::kFailure, {Answer::kRetry}}};
+    onAsk = [&holder](const auto&) { holder.End(); };
+    EXPECT_EQ(Run(FO_COPY, {from.Path("leased")}, to.Path()), 0U);
+    EXPECT_EQ(ReadWholeFile(to.Path("leased")), "leased");
 }
 
 TEST(CreateDirectory, GivesTheFolderWhatItsOwnFolderHandsDown) {
