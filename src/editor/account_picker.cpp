@@ -62,6 +62,7 @@ void CDlgUsersAndGroups::OnAccountClicked(Notification& notification) {
     if (notification.row < 0) return;  // beside the rows
     const CListCtrl& list = FoundAccounts();
     const std::string name = list.GetItemText(notification.row, kName);
+    if (name.empty()) return;
     const std::string domain = list.GetItemText(notification.row, kDomain);
     NameField().SetWindowText(QualifiedAccountName(domain, name));
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "framework/list_ctrl.h"
 #include "resources/resource_ids.h"
 #include "tests/support/command.h"
 #include "tests/support/own_mounts.h"
@@ -97,6 +98,18 @@ TEST_F(AccountPicker, ListsThousandsOfAccountsInTheirOrder) {
         ASSERT_GE(names.end() - firstGroup, 5000);
         EXPECT_EQ(std::vector(firstGroup, firstGroup + 1000), groups);
         EXPECT_EQ(std::vector(names.end() - 4000, names.end()), users);
+        window.Press("Esc");
+    });
+}
+
+TEST_F(AccountPicker, ARowWithoutANameIsNoAccount) {
+    Run([this](WindowDriver& window) {
+        auto& list = dynamic_cast<CListCtrl&>(*picker.GetDlgItem(IDC_FOUND_ACCOUNTS));
+        list.InsertItem(0, "");
+        list.SetItemText(0, 1, "BUILTIN");
+        window.SetText(IDC_ACCOUNT_NAME, "root");
+        window.SelectRow(IDC_FOUND_ACCOUNTS, 0);
+        EXPECT_EQ(window.Text(IDC_ACCOUNT_NAME), "root");
         window.Press("Esc");
     });
 }

@@ -8,6 +8,8 @@
 #include <chrono>
 #include <thread>
 
+#include "framework/controls.h"
+#include "framework/list_ctrl.h"
 #include "framework/styles.h"
 #include "platform/api/messages.h"
 #include "tests/framework/test_resource_ids.h"
@@ -106,6 +108,59 @@ TEST_F(DialogContract, EnterAndEscapePressButtonsOrReachTheDialog) {
             << each.name;
         EXPECT_EQ(dialog.okCount, each.okCount) << each.name;
         EXPECT_EQ(dialog.cancelCount, each.cancelCount) << each.name;
+    }
+}
+
+TEST_F(DialogContract, TheButtonThatEnterPressesIsShownSo) {
+    TestDialog picker(IDD_PICKER);
+    Run(picker, IDD_PICKER, [&](WindowDriver& window) {
+        EXPECT_EQ(window.DefaultButton(), 0U);
+        window.Click(IDC_PICKER_OK);
+        EXPECT_EQ(window.DefaultButton(), unsigned{IDC_PICKER_OK});
+        window.Press("Shift+Tab");
+        EXPECT_EQ(window.FocusedControl(), unsigned{IDC_ACCOUNT});
+        EXPECT_EQ(window.DefaultButton(), 0U);
+        EXPECT_EQ(picker.okCount, 0);
+        window.Press("Return");
+        EXPECT_EQ(picker.okCount, 1);
+    });
+    TestDialog controls(IDD_CONTROLS);
+    Run(controls, IDD_CONTROLS, [&](WindowDriver& window) {
+        EXPECT_EQ(window.DefaultButton(), unsigned{IDOK});
+        controls.GetDlgItem(IDC_MORE)->SetFocus();
+        EXPECT_EQ(window.DefaultButton(), unsigned{IDC_MORE});
+        // Another default button does not take what Enter means from the one with the focus.
+        controls.GetDlgItem(IDOK)->ModifyStyle(BS_DEFPUSHBUTTON, 0);
+        controls.GetDlgItem(IDCANCEL)->ModifyStyle(0, BS_DEFPUSHBUTTON);
+        EXPECT_EQ(window.DefaultButton(), unsigned{IDC_MORE});
+        ui.ExpectError("over the dialog");
+        MessageBoxA(controls.GetSafeHwnd(), "over the dialog", "Permora Error", MB_OK | MB_ICONERROR);
+        EXPECT_EQ(window.DefaultButton(), unsigned{IDC_MORE});
+        window.Press("Shift+Tab");
+        EXPECT_EQ(window.DefaultButton(), unsigned{IDCANCEL});
+        controls.GetDlgItem(IDCANCEL)->SetFocus();
+        controls.GetDlgItem(IDCANCEL)->ModifyStyle(0, WS_DISABLED);
+        EXPECT_EQ(window.DefaultButton(), 0U);
+        window.Press("Return");
+        EXPECT_EQ(controls.cancelCount, 0);
+    });
+}
+
+TEST_F(DialogContract, TheFocusIsSeenAsSoonAsTheDialogIs) {
+    for (const int control :
+         {IDC_NAME, IDC_INHERIT, IDC_FIRST_LETTER, IDC_SCOPE, IDC_ENTRIES, IDC_MORE, int{IDOK}}) {
+        const auto id = static_cast<unsigned int>(control);
+        TestDialog dialog(IDD_CONTROLS);
+        dialog.onInit = [&] {
+            auto* list = dialog.GetDlgItem<CListCtrl>(IDC_ENTRIES);
+            list->InsertColumn(0, "Name", 90);
+            list->InsertItem(0, "a");
+            dialog.GetDlgItem<CComboBox>(IDC_SCOPE)->AddString("a");
+        };
+        Run(dialog, IDD_CONTROLS, [&](WindowDriver& window) {
+            dialog.GetDlgItem(id)->SetFocus();
+            EXPECT_TRUE(window.ShowsFocus(id)) << id;
+        });
     }
 }
 

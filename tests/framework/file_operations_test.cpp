@@ -156,7 +156,21 @@ TEST(FileOperationQuestions, OfferTheirAnswersAndLeaveTheSafeOneToEnter) {
             << each.text;
         EXPECT_EQ(ask([](WindowDriver& window) { window.Press("Return"); }), Answer::kCancel) << each.text;
         EXPECT_EQ(ask([](WindowDriver& window) { window.Press("Esc"); }), Answer::kCancel) << each.text;
+        // The letters do without Alt, as in message boxes.
+        EXPECT_EQ(ask([first](WindowDriver& window) {
+                      const std::string text = window.Text(first);
+                      window.Press(text.substr(text.find('&') + 1, 1));
+                  }),
+                  each.first)
+            << each.text;
         if (!hasBox) continue;
+        EXPECT_EQ(ask([](WindowDriver& window) {
+                      window.Press("A");
+                      EXPECT_TRUE(window.IsChecked(kFileQuestionForAllId));
+                      window.Press("S");
+                  }),
+                  Answer::kNoToAll)
+            << each.text;
         const auto forAll = [&](unsigned int button) {
             return ask([button](WindowDriver& window) {
                 window.Click(kFileQuestionForAllId);

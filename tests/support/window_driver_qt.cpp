@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QPushButton>
 #include <QTest>
 #include <algorithm>
 
@@ -176,6 +177,30 @@ void WindowDriver::Press(const std::string& key) {
 unsigned int WindowDriver::FocusedControl() const {
     const QWidget* widget = Live(window);
     return widget != nullptr ? ControlIdOf(widget->focusWidget()) : 0;
+}
+
+unsigned int WindowDriver::DefaultButton() const {
+    unsigned int found = 0;
+    const QWidget* widget = Live(window);
+    if (widget == nullptr) return found;
+    for (const QPushButton* button : widget->findChildren<QPushButton*>()) {
+        if (!button->isDefault() || !button->isVisible() || !button->isEnabled()) continue;
+        EXPECT_EQ(found, 0U) << "two default buttons: " << ControlIdOf(button);
+        found = ControlIdOf(button);
+    }
+    return found;
+}
+
+bool WindowDriver::ShowsFocus(unsigned int id) const {
+    auto* control = Control(window, id);
+    if (control == nullptr) return false;
+    EXPECT_EQ(FocusedControl(), id);
+    QWidget& focused = *control->window()->focusWidget();
+    const QImage with = control->grab().toImage();
+    focused.clearFocus();
+    const QImage without = control->grab().toImage();
+    focused.setFocus(Qt::OtherFocusReason);
+    return with != without;
 }
 
 std::vector<unsigned int> WindowDriver::TabThrough() {

@@ -5,7 +5,6 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QSignalBlocker>
 #include <QStyleOptionFocusRect>
@@ -13,6 +12,7 @@
 #include "framework/list_native.h"
 #include "framework/qt/dialog_style.h"
 #include "framework/qt/image.h"
+#include "framework/qt/push_button.h"
 #include "framework/qt/static_controls.h"
 #include "framework/qt/tabs.h"
 #include "framework/qt/widget.h"
@@ -22,25 +22,9 @@ namespace permora {
 namespace {
 
 using qt::FromQt;
+using qt::PushButton;
 using qt::ToQt;
 using qt::WidgetWindow;
-
-// Enter presses it while it has the focus, and only then is it shown so: the toolkit would show some button
-// as the one that Enter presses even where the template has none.
-class PushButton : public QPushButton {
-  public:
-    explicit PushButton(QWidget* parent) : QPushButton(parent) { setAutoDefault(false); }
-
-  protected:
-    void focusInEvent(QFocusEvent* event) override {
-        setAutoDefault(true);
-        QPushButton::focusInEvent(event);
-    }
-    void focusOutEvent(QFocusEvent* event) override {
-        QPushButton::focusOutEvent(event);
-        setAutoDefault(false);
-    }
-};
 
 // A push button that shows pictures. It keeps the push button's role for assistive technology.
 class PictureButton : public PushButton {
@@ -181,10 +165,11 @@ class ButtonWindow final : public WidgetWindow<NativeButton> {
 
   private:
     QAbstractButton& Button() const { return static_cast<QAbstractButton&>(Widget()); }
-    // The look of the button that Enter presses.
     void ShowDefault(DWORD newStyle) {
-        if (auto* push = dynamic_cast<QPushButton*>(&Button()))
-            push->setDefault((newStyle & BS_TYPEMASK) == BS_DEFPUSHBUTTON);
+        auto* push = dynamic_cast<PushButton*>(&Button());
+        if (push == nullptr) return;
+        push->isTemplatesDefault = (newStyle & BS_TYPEMASK) == BS_DEFPUSHBUTTON;
+        qt::ShowDefaultButton(*push->window());
     }
     int TextWidth() const {
         const QStyle& look = *Button().style();

@@ -7,6 +7,7 @@
 #include <QVariant>
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
 #include <span>
 
 #include "framework/qt/message_icons.h"
@@ -97,6 +98,28 @@ void DrawGroupBox(QPainter& painter, const QStyle& style, const QStyleOptionGrou
                        box.state.testFlag(QStyle::State_Enabled), box.text, QPalette::WindowText);
 }
 
+// The toolkit shows the focus in a window only once Tab has moved it there. Whoever has opened the window by
+// a key is to see at once where it is.
+template <class Option>
+std::optional<Option> WithVisibleFocus(const QStyleOption* option) {
+    const auto* known = qstyleoption_cast<const Option*>(option);
+    if (known == nullptr || !known->state.testFlag(QStyle::State_HasFocus)) return std::nullopt;
+    Option visible = *known;
+    visible.state |= QStyle::State_KeyboardFocusChange;
+    return visible;
+}
+
+// A push button with the focus would look as the default button does without it, and the frame of a combo box
+// is hardly seen on a dark background.
+void DrawFocusInside(QPainter& painter, const QStyle& style, const QStyleOption& control,
+                     const QWidget* widget) {
+    constexpr int kInset = 3;
+    QStyleOptionFocusRect focus;
+    focus.QStyleOption::operator=(control);
+    focus.rect = control.rect.adjusted(kInset, kInset, -kInset, -kInset);
+    style.drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, widget);
+}
+
 // The picture in greys through which the background is seen, whatever its colour.
 QImage Faded(const QImage& picture) {
     constexpr int kOpacity = 40;  // of 100
@@ -153,6 +176,11 @@ void DialogStyle::drawControl(ControlElement element, const QStyleOption* option
         QProxyStyle::drawControl(element, &chosen, painter, widget);
         return;
     }
+    if (element == CE_PushButton && option->state.testFlag(State_HasFocus)) {
+        QProxyStyle::drawControl(element, option, painter, widget);
+        DrawFocusInside(*painter, *this, *option, widget);
+        return;
+    }
     const auto* box = element == CE_CheckBox ? qstyleoption_cast<const QStyleOptionButton*>(option) : nullptr;
     if (box != nullptr && IsRaised(widget)) {
         DrawRaisedCheckBox(*painter, *this, *box, *widget);
@@ -170,6 +198,12 @@ QRect DialogStyle::subElementRect(SubElement element, const QStyleOption* option
 
 void DialogStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                                 const QWidget* widget) const {
+    const auto frame =
+        element == PE_FrameFocusRect ? WithVisibleFocus<QStyleOptionFocusRect>(option) : std::nullopt;
+    const auto button =
+        element == PE_PanelButtonCommand ? WithVisibleFocus<QStyleOptionButton>(option) : std::nullopt;
+    if (frame) option = &*frame;
+    if (button) option = &*button;
     QProxyStyle::drawPrimitive(element, option, painter, widget);
     if (element == PE_IndicatorCheckBox || element == PE_IndicatorRadioButton)
         DrawDarkOutline(*painter, *option, element == PE_IndicatorRadioButton);
@@ -181,9 +215,11 @@ void DialogStyle::drawComplexControl(ComplexControl control, const QStyleOptionC
         control == CC_GroupBox ? qstyleoption_cast<const QStyleOptionGroupBox*>(option) : nullptr;
     if (box != nullptr) {
         DrawGroupBox(*painter, *this, *box);
-    } else {
-        QProxyStyle::drawComplexControl(control, option, painter, widget);
+        return;
     }
+    const auto combo = control == CC_ComboBox ? WithVisibleFocus<QStyleOptionComboBox>(option) : std::nullopt;
+    QProxyStyle::drawComplexControl(control, combo ? &*combo : option, painter, widget);
+    if (combo) DrawFocusInside(*painter, *this, *combo, widget);
 }
 
 void AlignToTop(QWidget& checkBox) {

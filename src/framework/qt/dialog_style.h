@@ -14,7 +14,8 @@ inline constexpr int kCellMargin = 4;
 // through the middle of their title, since templates place controls for that. Marks have outlines that a dark
 // background does not swallow, headers stand over the texts of their columns, and disabled icons fade into
 // every background. The menu that the arrow keys would open is marked. Message boxes have icons that stay
-// sharp and buttons without. What is disabled can still be read: some fields and lists only show something.
+// sharp and buttons without. The focus is always seen. What is disabled can still be read: some fields and
+// lists only show something.
 class DialogStyle : public QProxyStyle {
   public:
     using QProxyStyle::polish;

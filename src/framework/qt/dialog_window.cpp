@@ -6,6 +6,7 @@
 
 #include "framework/native.h"
 #include "framework/qt/paint.h"
+#include "framework/qt/push_button.h"
 #include "framework/qt/widget.h"
 #include "framework/styles.h"
 
@@ -79,6 +80,8 @@ class DialogWindow final : public qt::WidgetWindow<NativeDialog> {
   public:
     DialogWindow(CWnd& window, std::unique_ptr<DialogWidget> made) : WidgetWindow(window, std::move(made)) {
         Dialog().paint = [this](CDC& dc) { ReportPaint(dc); };
+        QObject::connect(qApp, &QApplication::focusChanged, &Widget(),
+                         [this] { qt::ShowDefaultButton(Widget()); });
     }
     void SetText(const std::string& text) override {
         title = text;
@@ -93,6 +96,7 @@ class DialogWindow final : public qt::WidgetWindow<NativeDialog> {
     void RunModal() override {
         hasEnded = false;
         Widget().setWindowModality(Qt::ApplicationModal);
+        qt::ShowDefaultButton(Widget());
         Widget().show();
         if (!hasEnded) {
             QEventLoop nested;

@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
@@ -60,6 +61,20 @@ class QuestionWindow : public QDialog {
     }
 
     FileOperationAnswer Answer() const { return answer; }
+
+  protected:
+    // As in message boxes, the underlined letters do without Alt.
+    void keyPressEvent(QKeyEvent* event) override {
+        if ((event->modifiers() & (Qt::AltModifier | Qt::ControlModifier | Qt::MetaModifier)) == 0) {
+            for (auto* button : findChildren<QAbstractButton*>()) {
+                const QKeySequence shortcut = button->shortcut();
+                if (shortcut.isEmpty() || shortcut[0].key() != event->key()) continue;
+                button->animateClick();
+                return;
+            }
+        }
+        QDialog::keyPressEvent(event);
+    }
 
   private:
     QLabel* MakeIcon() {
