@@ -1,5 +1,6 @@
 #include "app/help_commands.h"
 
+#include "app/program_folder.h"
 #include "browser/shell_items.h"
 #include "platform/api/shell.h"
 #include "security/message_boxes.h"
@@ -8,21 +9,20 @@ namespace permora {
 namespace {
 
 // The pages beside the help file, for desktops without a viewer for it.
-constexpr const char* kHelpFile = R"(\ZELHELP.chm)";
 constexpr const char* kFirstPage = R"(\help\index.html)";
 constexpr const char* kSupportPage = R"(\help\support.html)";
 
 }  // namespace
 
 void OpenHelp(HWND owner, const std::string& programFolder) {
-    if (OpenByShell(owner, programFolder + kHelpFile) || OpenByShell(owner, programFolder + kFirstPage))
+    if (OpenByShell(owner, HelpFileIn(programFolder)) || OpenByShell(owner, programFolder + kFirstPage))
         return;
     ShowErrorBox(owner, "Cannot open help file");
 }
 
 void OpenSupportPage(HWND owner, const std::string& programFolder) {
     constexpr UINT kFirstSuccess = 32;
-    const std::string command = "hh " + programFolder + kHelpFile + "::/support.html";
+    const std::string command = "hh " + HelpFileIn(programFolder) + "::/support.html";
     if (WinExec(command.c_str(), SW_SHOW) >= kFirstSuccess ||
         OpenByShell(owner, programFolder + kSupportPage))
         return;

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "app/program_folder.h"
 #include "app/settings_dialog.h"
 #include "app/settings_store.h"
 #include "browser/folder_entries.h"
@@ -147,18 +148,30 @@ DWORD CMainFrame::SaveSettings() {
     return StoreSettings(settings);
 }
 
-// On a first start there is nothing to read. Then the defaults are stored and read back, which only works out
-// where the installation has told the program's folder.
+// On a first start there is nothing to read. Then the defaults are stored and read back.
 void CMainFrame::LoadOrMakeSettings() {
     if (ReadSettings() == ERROR_SUCCESS) return;
     if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS) {
         ShowErrorWithSystemText(GetSafeHwnd(), "saving settings", error);
+        // The help can be found all the same.
+        if (const std::string folder = OwnFolderWithHelp(); !folder.empty())
+            SetProgramFolder(settings, folder);
         return;
     }
-    if (const DWORD error = ReadSettings(); error != ERROR_SUCCESS) {
+    DWORD error = ReadSettings();
+    if (error == ERROR_FILE_NOT_FOUND) error = TellOwnFolder();
+    if (error != ERROR_SUCCESS) {
         ShowErrorWithSystemText(GetSafeHwnd(), "Reading settings", error);
         ExitProcess(0);
     }
+}
+
+// Does what no installation has done: where the help is beside the program, its folder is known.
+DWORD CMainFrame::TellOwnFolder() {
+    const std::string folder = OwnFolderWithHelp();
+    if (folder.empty()) return ERROR_FILE_NOT_FOUND;
+    const DWORD error = StoreProgramFolder(SettingsOwner::kUser, folder);
+    return error == ERROR_SUCCESS ? ReadSettings() : error;
 }
 
 void CMainFrame::ApplySettings() {

@@ -39,6 +39,7 @@ class CMainFrame : public CFrameWnd {
     DWORD ReadSettings();
     DWORD SaveSettings();
     void LoadOrMakeSettings();
+    DWORD TellOwnFolder();
     void ApplySettings();
     void UpdateExplorerVerb();
 

@@ -2,11 +2,11 @@
 
 #include <string>
 
+#include "app/program_folder.h"
 #include "app/settings_store.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
-#include "platform/api/files.h"
 
 namespace permora {
 
@@ -15,8 +15,7 @@ bool RunSetup(const Arguments& arguments, const std::vector<Target>& targets, Co
     const Target& target = targets.front();
     messages.SetSubject(target.argument);
     const std::string folder = target.folder + target.name;
-    const std::string helpFile = folder + R"(\ZELHELP.chm)";
-    if (GetFileAttributesA(helpFile.c_str()) == INVALID_FILE_ATTRIBUTES) {
+    if (!HoldsHelp(folder)) {
         messages.Say("this is not the program's folder: its help, ZELHELP.chm, is not in it");
         return false;
     }

@@ -97,13 +97,27 @@ TEST_F(MainFrame, WithoutAnInstallationItSaysSoAndEnds) {
     EXPECT_EXIT(start(), ExitedWithCode(0), "Reading settings: ");
 }
 
+TEST_F(MainFrame, WithoutAnInstallationItTellsItselfTheFolderThatItsHelpIsIn) {
+    setenv("XDG_CONFIG_HOME", data.MakeFolder("nowhere").c_str(), 1);
+    data.MakeFolder("own");
+    data.MakeFile("own/ZELHELP.chm");
+    system.programPath = R"(T:\own\permora)";
+    Start();
+    EXPECT_EQ(ProgramFolder(Frame().Settings()), R"(T:\own)");
+    EXPECT_EQ(ProgramFolder(Stored()), R"(T:\own)");
+    EXPECT_EQ(Stored().block, SettingsBlock());
+}
+
 TEST_F(MainFrame, DefaultsThatCannotBeStoredDoNotStopTheStart) {
     system.commandLine = R"("permora")";
     system.writeError = ERROR_DISK_FULL;
     ui.ExpectMessageBox("saving settings: " + GetSystemMessageText(ERROR_DISK_FULL), "Permora Error",
                         MB_ICONERROR, IDOK);
+    data.MakeFile("ZELHELP.chm");
+    system.programPath = R"(T:\permora)";
     Start();
     EXPECT_EQ(Frame().Settings().block, SettingsBlock());
+    EXPECT_EQ(ProgramFolder(Frame().Settings()), "T:") << "where the help is";
     EXPECT_EQ(testing::UiDriver::MainWindow().Text(IDC_LOCATION), kDriveListLocation);
 }
 

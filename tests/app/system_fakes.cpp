@@ -19,6 +19,7 @@ LSTATUS __real_RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR ke
 LSTATUS __real_RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD options, REGSAM access, PHKEY result);
 BOOL __real_GetVersionExA(OSVERSIONINFOA* version);
 LPSTR __real_GetCommandLineA();
+DWORD __real_GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size);
 
 LSTATUS __wrap_RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR keyClass, DWORD options,
                                REGSAM access, LPSECURITY_ATTRIBUTES security, PHKEY result,
@@ -48,6 +49,13 @@ BOOL __wrap_GetVersionExA(OSVERSIONINFOA* version) {
 
 LPSTR __wrap_GetCommandLineA() {
     return fakes != nullptr ? fakes->commandLine.data() : __real_GetCommandLineA();
+}
+
+DWORD __wrap_GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
+    if (fakes == nullptr) return __real_GetModuleFileNameA(module, path, size);
+    const std::size_t length = fakes->programPath.copy(path, size - 1);
+    path[length] = '\0';
+    return static_cast<DWORD>(length);
 }
 
 }  // extern "C"

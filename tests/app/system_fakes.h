@@ -21,6 +21,7 @@ class SystemFakes {
     // The error of every change of the registry, when it is not 0.
     DWORD writeError = 0;
     std::string commandLine = "\"permora\"";
+    std::string programPath = R"(C:\nowhere\permora)";
 
   private:
     test::TemporaryFolder folder;

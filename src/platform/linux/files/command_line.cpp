@@ -2,10 +2,12 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <fstream>
 
+#include "platform/api/errors.h"
 #include "platform/api/system.h"
 #include "platform/host_path.h"
 #include "platform/linux/files/paths.h"
@@ -22,15 +24,20 @@ std::string QuotedArgument(const std::string& text) {
     return quoted + '"';
 }
 
-std::string CurrentCommandLine() {
+// As the host writes it; empty when it cannot be read.
+std::string ProgramPath() {
     std::array<char, PATH_MAX> program{};
     const ssize_t length = readlink("/proc/self/exe", program.data(), program.size() - 1);
+    return length > 0 ? program.data() : "";
+}
+
+std::string CurrentCommandLine() {
     std::ifstream file("/proc/self/cmdline", std::ios::binary);
     std::vector<std::string> words;
     for (std::string word; std::getline(file, word, '\0');)
         words.push_back(word);
     if (!words.empty()) words.erase(words.begin());  // whatever the program was called by
-    return CommandLineOf(length > 0 ? program.data() : "", words);
+    return CommandLineOf(ProgramPath(), words);
 }
 
 }  // namespace
@@ -50,4 +57,22 @@ std::string CommandLineOf(const std::string& program, const std::vector<std::str
 LPSTR WINAPI GetCommandLineA() {
     static std::string line = permora::host::CurrentCommandLine();
     return line.data();
+}
+
+DWORD WINAPI GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
+    using namespace permora::host;
+    const auto fail = [](DWORD error) {
+        SetLastError(error);
+        return DWORD{0};
+    };
+    if (module != nullptr) return fail(ERROR_MOD_NOT_FOUND);
+    if (size == 0) return fail(ERROR_INSUFFICIENT_BUFFER);
+    const std::string program = ProgramPath();
+    if (program.empty()) return fail(ERROR_FILE_NOT_FOUND);
+    const std::string shown = PathFromHost(program);
+    const std::size_t length = std::min<std::size_t>(shown.size(), size - 1);
+    path[shown.copy(path, length)] = '\0';
+    if (length == shown.size()) return static_cast<DWORD>(length);
+    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    return size;
 }

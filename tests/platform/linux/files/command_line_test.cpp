@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
+#include "platform/api/errors.h"
+#include "platform/api/system.h"
 #include "tests/platform/linux/files/files_fixture.h"
 
 namespace permora::host {
@@ -31,6 +34,18 @@ TEST_F(CommandLine, HasEveryPathWithItsDriveAndInQuotes) {
     };
     for (const auto& [arguments, rest] : cases)
         EXPECT_EQ(CommandLineOf(program, arguments), R"("T:\a program")" + std::string(rest));
+}
+
+TEST(ModuleFileName, IsCutWhereItDoesNotFit) {
+    std::array<char, 4096> path{};
+    const DWORD length = GetModuleFileNameA(nullptr, path.data(), path.size());
+    const std::string whole = path.data();
+    EXPECT_EQ(length, whole.size());
+    EXPECT_TRUE(std::string(GetCommandLineA()).starts_with('"' + whole + '"'));
+    EXPECT_EQ(GetModuleFileNameA(nullptr, path.data(), 4), 4U);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_EQ(path.data(), whole.substr(0, 3));
+    EXPECT_EQ(GetModuleFileNameA(nullptr, path.data(), 0), 0U);
 }
 
 }  // namespace

@@ -1,0 +1,15 @@
+// The folder that the program and its help stand in.
+#pragma once
+
+#include <string>
+
+namespace permora {
+
+// The path of the help file in `folder`, whether it is there or not.
+std::string HelpFileIn(const std::string& folder);
+bool HoldsHelp(const std::string& folder);
+
+// The folder that this program was started from, if its help is there; else empty.
+std::string OwnFolderWithHelp();
+
+}  // namespace permora
