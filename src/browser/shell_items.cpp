@@ -11,11 +11,6 @@ constexpr std::size_t kMostIcons = 1000;
 
 constexpr const char* kProgressTitle = "File Operation Progress";
 
-CIcon Decoded(const ShellPicture& picture, Size size) {
-    return picture.file.empty() ? CIcon::FromPixels({picture.width, picture.height}, picture.pixels)
-                                : CIcon::FromFile(picture.file, size);
-}
-
 }  // namespace
 
 std::string ShellTypeName(const std::string& path) {
@@ -59,14 +54,14 @@ void RunFileOperation(HWND owner, UINT function, LPCWSTR files, const std::strin
 
 ShellIcons::Pair ShellIcons::Find(const std::string& path) {
     const ShellIcon icon = FindShellIcon(path.c_str());
-    return {IconOf(icon.large, LargeIconSize()), IconOf(icon.small, SmallIconSize())};
+    return {IconOf(icon.large), IconOf(icon.small)};
 }
 
-CIcon ShellIcons::IconOf(const Picture& picture, Size size) {
+CIcon ShellIcons::IconOf(const Picture& picture) {
     if (!picture) return {};
     if (icons.size() >= kMostIcons) icons.clear();
     const auto [entry, isNew] = icons.try_emplace(picture);
-    if (isNew) entry->second = Decoded(*picture, size);
+    if (isNew) entry->second = CIcon::FromPixels({picture->width, picture->height}, picture->pixels);
     return entry->second;
 }
 

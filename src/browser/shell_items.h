@@ -34,7 +34,7 @@ class ShellIcons {
 
   private:
     using Picture = std::shared_ptr<const ShellPicture>;
-    CIcon IconOf(const Picture& picture, Size size);
+    CIcon IconOf(const Picture& picture);
 
     std::map<Picture, CIcon> icons;  // what was made of the shell's pictures, which live as long
 };

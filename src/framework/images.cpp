@@ -1,46 +1,23 @@
 #include "framework/images.h"
 
 #include "framework/native.h"
-#include "framework/picture_decoder.h"
-#include "framework/resource_file.h"
-#include "framework/resource_templates.h"
 
 namespace permora {
 
 CIcon CIcon::Load(unsigned int id) {
-    const auto group = ParseIconGroup(FindProgramResource(ResourceType::kIconGroup, id));
-    if (!group) return {};
-    std::vector<PictureData> pictures;
-    for (const IconGroupEntry& entry : *group) {
-        const auto bytes = FindProgramResource(ResourceType::kIcon, entry.iconId);
-        if (auto picture = DecodePicture(bytes, PictureKind::kIcon)) pictures.push_back(*std::move(picture));
-    }
-    return CIcon(MakeNativeImage(pictures));
+    return CIcon(LoadNativeIcon(id));
 }
 
 CIcon CIcon::FromBitmap(unsigned int id) {
-    std::vector<PictureData> pictures;
-    const auto bytes = FindProgramResource(ResourceType::kBitmap, id);
-    if (auto picture = DecodePicture(bytes, PictureKind::kBitmap)) pictures.push_back(*std::move(picture));
-    return CIcon(MakeNativeImage(pictures));
+    return CIcon(LoadNativeBitmap(id));
 }
 
-CIcon CIcon::FromFile(std::span<const std::byte> file, Size size) {
-    PictureData picture;
-    picture.size = size;
-    picture.file = file;
-    return file.empty() ? CIcon() : CIcon(MakeNativeImage({&picture, 1}));
-}
-
-CIcon CIcon::FromPixels(Size size, const std::vector<std::uint8_t>& pixels) {
+CIcon CIcon::FromPixels(Size size, std::span<const std::uint8_t> pixels) {
     constexpr std::size_t kChannels = 4;
     if (size.cx <= 0 || size.cy <= 0) return {};
     if (pixels.size() / kChannels / static_cast<std::size_t>(size.cx) < static_cast<std::size_t>(size.cy))
         return {};
-    PictureData picture;
-    picture.size = size;
-    picture.pixels = pixels;
-    return CIcon(MakeNativeImage({&picture, 1}));
+    return CIcon(MakeNativeImage(size, pixels));
 }
 
 Size LargeIconSize() {

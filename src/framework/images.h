@@ -1,7 +1,6 @@
 // Icons, bitmaps and image lists.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -23,11 +22,9 @@ class CIcon {
     static CIcon Load(unsigned int id);
     // Bitmap resource `id`, as a picture of one size; empty when there is none.
     static CIcon FromBitmap(unsigned int id);
-    // Pictures from elsewhere, of one size: a whole PNG file, a drawing (SVG file) that is made `size` where
-    // the toolkit can read drawings, or rows of pixels from the top, each in the bytes blue, green, red,
-    // alpha (not premultiplied). Empty when they are not in that form.
-    static CIcon FromFile(std::span<const std::byte> file, Size size);
-    static CIcon FromPixels(Size size, const std::vector<std::uint8_t>& pixels);
+    // A picture from elsewhere, of one size: rows of pixels from the top, each in the bytes blue, green, red,
+    // alpha (not premultiplied). Empty when there are fewer than the size asks for.
+    static CIcon FromPixels(Size size, std::span<const std::uint8_t> pixels);
     explicit operator bool() const { return image != nullptr; }
     const std::shared_ptr<const NativeImage>& Native() const { return image; }
 

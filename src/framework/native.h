@@ -195,14 +195,11 @@ void ServeWorkers();
 // meanwhile is served as ever.
 void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded);
 
-// One picture of an icon or bitmap: 32-bit pixels, top row first, each in the bytes blue, green, red, alpha
-// (not premultiplied), or a whole file, PNG or a drawing (SVG).
-struct PictureData {
-    Size size;  // of the pixels, or the one that a drawing is wanted in
-    std::vector<std::uint8_t> pixels;
-    std::span<const std::byte> file;
-};
-// All sizes of one picture; null when none can be read.
-std::shared_ptr<const NativeImage> MakeNativeImage(std::span<const PictureData> pictures);
+// Icon or bitmap resource `id` with all its sizes; null when there is none or it cannot be read.
+std::shared_ptr<const NativeImage> LoadNativeIcon(unsigned int id);
+std::shared_ptr<const NativeImage> LoadNativeBitmap(unsigned int id);
+// A picture of one size: rows from the top, each pixel in the bytes blue, green, red, alpha (not
+// premultiplied), as many as the size asks for.
+std::shared_ptr<const NativeImage> MakeNativeImage(Size size, std::span<const std::uint8_t> pixels);
 
 }  // namespace permora

@@ -2,7 +2,6 @@
 // only its own windows can draw.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -11,12 +10,9 @@
 
 namespace permora {
 
-// A picture in one of two forms.
+// Rows from the top, each pixel in the bytes blue, green, red, alpha (not premultiplied). On a screen with a
+// scale there are more pixels than the icon's size asks for.
 struct ShellPicture {
-    // A whole file, PNG or a drawing (SVG), from the desktop's icon theme: nothing in it was checked. The
-    // picture's size may differ from the one asked for.
-    std::vector<std::byte> file;
-    // Or rows from the top, each pixel in the bytes blue, green, red, alpha (not premultiplied).
     int width = 0;
     int height = 0;
     std::vector<std::uint8_t> pixels;
@@ -29,7 +25,7 @@ struct ShellIcon {
 };
 
 // The icon of the file or folder `path`. Objects of one kind share their pictures, so a caller can keep what
-// it made of one by its address.
+// it made of one by its address. User-interface thread.
 ShellIcon FindShellIcon(LPCSTR path);
 
 }  // namespace permora

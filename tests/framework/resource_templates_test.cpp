@@ -6,7 +6,6 @@
 
 #include <string_view>
 
-#include "framework/picture_decoder.h"
 #include "framework/resource_file.h"
 #include "resources/embedded_resources.h"
 
@@ -38,13 +37,6 @@ class Bytes {
     void Append(unsigned int value) { bytes.push_back(static_cast<std::byte>(value)); }
     std::vector<std::byte> bytes;
 };
-
-// A bitmap's header, for colours without compression.
-Bytes BitmapHeader(unsigned int width, unsigned int height, unsigned int bits, unsigned int colours = 0) {
-    Bytes bytes;
-    bytes.U32(40).U32(width).U32(height).U16(1).U16(bits).U32(0);
-    return bytes.U32(0).U32(0).U32(0).U32(colours).U32(0);
-}
 
 Bytes PlainDialog() {
     Bytes bytes;
@@ -125,59 +117,6 @@ TEST(ResourceReaders, CutBytesAreRefused) {
             end = static_cast<std::size_t>(entry.data.data() + entry.data.size() - cut.data());
         EXPECT_LT(cut.size() - end, 4U) << size;
     }
-}
-
-struct PictureCase {
-    const char* name;
-    unsigned int width;
-    unsigned int height;
-    unsigned int bits;
-    unsigned int compression;
-};
-
-TEST(Pictures, HeadersThatPromiseTooMuchAreRefused) {
-    for (const PictureCase& each : {PictureCase{"more pixels than bytes", 64, 64, 32, 0},
-                                    {"no width", 0, 1, 32, 0},
-                                    {"negative width", 0xFFFFFFFF, 1, 32, 0},
-                                    {"the lowest height", 1, 0x80000000, 32, 0},
-                                    {"huge", 0x7FFFFFFF, 0x7FFFFFFF, 32, 0},
-                                    {"a palette cut short", 1, 1, 8, 0},
-                                    {"no such depth", 1, 1, 7, 0},
-                                    {"compressed", 1, 1, 32, 1}}) {
-        Bytes bytes;
-        bytes.U32(40).U32(each.width).U32(each.height).U16(1).U16(each.bits).U32(each.compression);
-        bytes.U32(0).U32(0).U32(0).U32(0).U32(0).U32(0x11223344);
-        EXPECT_FALSE(DecodePicture(bytes.Span(), PictureKind::kBitmap)) << each.name;
-    }
-}
-
-TEST(Pictures, APaletteGivesTheColours) {
-    Bytes bytes = BitmapHeader(3, 1, 4, 2);
-    bytes.U32(0x00030201).U32(0x00060504);
-    bytes.U32(0xF001);  // the colours 0, 1 and one that is not there
-    const auto picture = DecodePicture(bytes.Span(), PictureKind::kBitmap);
-    ASSERT_TRUE(picture);
-    EXPECT_THAT(picture->pixels, ::testing::ElementsAre(1, 2, 3, 0xFF, 4, 5, 6, 0xFF, 0, 0, 0, 0xFF));
-}
-
-TEST(Pictures, ANegativeHeightTellsThatTheFirstRowIsOnTop) {
-    for (const bool isTopDown : {false, true}) {
-        Bytes bytes = BitmapHeader(1, isTopDown ? 0xFFFFFFFE : 2, 32);
-        bytes.U32(0x04030201).U32(0x08070605);
-        const auto picture = DecodePicture(bytes.Span(), PictureKind::kBitmap);
-        ASSERT_TRUE(picture);
-        EXPECT_EQ(picture->pixels[0], isTopDown ? 1 : 5);
-    }
-}
-
-TEST(Pictures, AMaskMakesPixelsClear) {
-    Bytes bytes = BitmapHeader(2, 2, 24);
-    bytes.U32(0x04030201).U32(0x00000605);  // one row of two pixels, padded
-    bytes.U32(0x40);                        // the second one is clear
-    const auto picture = DecodePicture(bytes.Span(), PictureKind::kIcon);
-    ASSERT_TRUE(picture);
-    EXPECT_EQ(picture->size, (Size{2, 1}));
-    EXPECT_THAT(picture->pixels, ::testing::ElementsAre(1, 2, 3, 0xFF, 4, 5, 6, 0));
 }
 
 }  // namespace

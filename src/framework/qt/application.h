@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "framework/qt/end_signals.h"
+#include "framework/qt/file_types.h"
 #include "framework/qt/thread_bridge.h"
 #include "platform/file_operation_presenter.h"
 #include "platform/message_presenter.h"
@@ -28,6 +29,7 @@ class QtApplication {
     QApplication application;
     std::unique_ptr<qt::ThreadBridge> bridge;
     qt::EndSignals endSignals;
+    qt::DesktopFileTypes fileTypes;
     std::unique_ptr<MessagePresenter> presenter;
     std::unique_ptr<FileOperationPresenter> fileOperations;
     MessagePresenter* presenterBefore;

@@ -31,15 +31,8 @@ for name in wizard banner; do
     convert "$work/$name.png" -alpha off -type TrueColor "BMP3:../bitmaps/$name.bmp"
 done
 
-# The go button's bitmaps keep their transparent corners: 32 bits a pixel, blue, green, red, alpha, the bottom row
-# first, behind the headers of a 16 x 16 bitmap of 1024 bytes. convert itself writes such a bitmap only with a later header
-# that not every reader knows.
+# The go button's bitmaps keep their transparent corners, so they have the later header, which tells of the alpha channel.
 for name in go_normal go_pressed go_disabled; do
     draw "$name.svg" 16
-    {
-        printf 'BM\066\004\0\0\0\0\0\0\066\0\0\0'
-        printf '\050\0\0\0\020\0\0\0\020\0\0\0\001\0\040\0\0\0\0\0\0\004\0\0'
-        printf '\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0'
-        convert "$work/16.png" -flip -depth 8 BGRA:-
-    } >"../bitmaps/$name.bmp"
+    convert "$work/16.png" "../bitmaps/$name.bmp"
 done

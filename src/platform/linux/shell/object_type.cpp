@@ -2,14 +2,17 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <string_view>
 
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/paths.h"
-#include "platform/linux/shell/mime_database.h"
 
-namespace permora::host {
+namespace permora {
+namespace host {
 namespace {
+
+std::atomic<const FileTypes*> fileTypes = nullptr;
 
 // Of what a link leads to; one that leads nowhere stays a link.
 mode_t ModeBehindLink(const char* path, const std::string& hostName, mode_t mode) {
@@ -20,13 +23,18 @@ mode_t ModeBehindLink(const char* path, const std::string& hostName, mode_t mode
 }
 
 std::string TypeOfFile(const std::string& hostName, mode_t mode) {
-    std::string type = MimeDatabase::Shared().TypeOfName(hostName);
+    const FileTypes* types = CurrentFileTypes();
+    std::string type = types != nullptr ? types->TypeOfName(hostName) : "";
     if (!type.empty()) return type;
     return (mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0 ? "application/x-executable"
                                                        : "application/octet-stream";
 }
 
 }  // namespace
+
+const FileTypes* CurrentFileTypes() {
+    return fileTypes;
+}
 
 DWORD TypeOfObject(const char* path, std::string& type) {
     ObjectHandle object;
@@ -64,4 +72,10 @@ DWORD TypeOfObject(const char* path, std::string& type) {
     return ERROR_SUCCESS;
 }
 
-}  // namespace permora::host
+}  // namespace host
+
+const FileTypes* SetFileTypes(const FileTypes* types) {
+    return host::fileTypes.exchange(types);
+}
+
+}  // namespace permora

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <map>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -14,22 +12,11 @@
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/shell/desktop_opener.h"
-#include "platform/linux/shell/mime_database.h"
 #include "platform/linux/shell/object_type.h"
 #include "platform/linux/shell/share_wizard.h"
 
 namespace permora::host {
 namespace {
-
-// What objects of the type are called; each text is looked up once.
-std::string TextOfType(const std::string& type) {
-    static std::mutex mutex;
-    static std::map<std::string, std::string> texts;
-    const std::lock_guard lock(mutex);
-    const auto [entry, isNew] = texts.try_emplace(type);
-    if (isNew) entry->second = MimeDatabase::Shared().CommentOf(type, WantedLanguages());
-    return entry->second;
-}
 
 // More than 32, and no error code.
 constexpr std::uintptr_t kStarted = 42;
@@ -119,12 +106,13 @@ DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD /*attributes*/, SHFILEINFOA* 
         SetLastError(error);
         return 0;
     }
-    const std::string comment = TextOfType(type);
-    if (comment.empty()) {
+    const permora::FileTypes* types = CurrentFileTypes();
+    const std::string text = types != nullptr ? types->TextOf(type) : "";
+    if (text.empty()) {
         SetLastError(ERROR_NOT_FOUND);
         return 0;
     }
-    CutText(comment, info->szTypeName, sizeof info->szTypeName);
+    CutText(text, info->szTypeName, sizeof info->szTypeName);
     return TRUE;
 }
 

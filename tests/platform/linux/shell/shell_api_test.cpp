@@ -6,14 +6,15 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <thread>
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/file_types.h"
 #include "platform/linux/base/run_tool.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/shell_icons.h"
@@ -49,16 +50,9 @@ class Desktop {
         setenv("LC_ALL", "C", 1);
         setenv("PATH", "/nowhere", 1);
         std::filesystem::create_directories(home.Path("mime/application"));
-        std::filesystem::create_directories(home.Path("mime/inode"));
         std::filesystem::create_directories(home.Path("applications"));
-        std::filesystem::create_directories(home.Path("icons/hicolor/16"));
         Write("mime/globs2",
-              "50:application/x-noted:*.noted\n50:application/x-lonely:*.lonely\n"
-              "50:application/vnd.ms-htmlhelp:*.chm\n50:text/html:*.html\n");
-        Write("mime/application/x-noted.xml", "<comment>" + std::string(78, 'x') + "äö</comment>");
-        Write("mime/inode/directory.xml", "<comment>folder</comment>");
-        Write("icons/hicolor/index.theme", "[Icon Theme]\nDirectories=16\n[16]\nSize=16\n");
-        Write("icons/hicolor/16/inode-directory.png", "picture");
+              "50:application/x-noted:*.noted\n50:application/vnd.ms-htmlhelp:*.chm\n50:text/html:*.html\n");
         Write("program", "#!/bin/sh\nprintf '%s|' \"$@\" \"$PATH\" \"$SECRET\" > " + note + ".new\nmv " +
                              note + ".new " + note + "\n");
         chmod(home.Path("program").c_str(), 0755);
@@ -90,39 +84,62 @@ class Shell : public OnDriveT {
     }
 };
 
-TEST_F(Shell, NamesTypesAndCutsThemBetweenCharacters) {
+// Knows one ending, and calls a type by its own name.
+class KnownTypes : public FileTypes {
+  public:
+    KnownTypes() : before(SetFileTypes(this)) {}
+    ~KnownTypes() override { SetFileTypes(before); }
+    KnownTypes(const KnownTypes&) = delete;
+    KnownTypes& operator=(const KnownTypes&) = delete;
+
+    std::string TypeOfName(const std::string& hostName) const override {
+        return hostName.ends_with(".noted") ? "noted" : "";
+    }
+    std::string TextOf(const std::string& type) const override {
+        if (type == "noted") return std::string(78, 'x') + "äö";
+        return type == "application/octet-stream" ? "" : type;
+    }
+    ShellIcon IconOf(const std::string& type) const override {
+        return {nullptr, type == "noted" ? picture : nullptr};
+    }
+
+    const std::shared_ptr<const ShellPicture> picture = std::make_shared<const ShellPicture>();
+
+  private:
+    const FileTypes* before;
+};
+
+TEST_F(Shell, TellsWhatAnObjectIsByItsKindAndElseByItsName) {
+    const KnownTypes types;
     MakeFile("a.noted");
     MakeFile("b.lonely");
+    MakeFile("run");
+    chmod(folder.Path("run").c_str(), 0755);
     folder.MakeFolder("folder.noted");
+    ASSERT_EQ(mkfifo(folder.Path("pipe.noted").c_str(), 0600), 0);
     ASSERT_EQ(symlink("folder.noted", folder.Path("link").c_str()), 0);
+    ASSERT_EQ(symlink("nowhere", folder.Path("dead.noted").c_str()), 0);
+    const std::pair<const char*, std::string> kTexts[] = {
+        {"a.noted", std::string(78, 'x')},  // cut between two characters
+        {"folder.noted", "inode/directory"}, {"link", "inode/directory"},
+        {"T:\\", "inode/directory"},         {"dead.noted", "inode/symlink"},
+        {"pipe.noted", "inode/fifo"},        {"run", "application/x-executable"},
+    };
     SHFILEINFOA info{};
-    for (const char* path : {"folder.noted", "link", "T:\\"}) {
+    for (const auto& [path, text] : kTexts) {
         EXPECT_NE(SHGetFileInfoA(path, 0, &info, sizeof info, SHGFI_TYPENAME), 0U) << path;
-        EXPECT_STREQ(info.szTypeName, "folder") << path;
+        EXPECT_EQ(std::string(info.szTypeName), text) << path;
     }
-    ASSERT_NE(SHGetFileInfoA("a.noted", 0, &info, sizeof info, SHGFI_TYPENAME), 0U);
-    const std::string cut(78, 'x');
-    EXPECT_EQ(std::string(info.szTypeName), cut);
+    const std::string last = info.szTypeName;
     for (const auto& [path, error] :
          {std::pair("b.lonely", ERROR_NOT_FOUND), std::pair("missing", ERROR_FILE_NOT_FOUND)}) {
         EXPECT_EQ(SHGetFileInfoA(path, 0, &info, sizeof info, SHGFI_TYPENAME), 0U) << path;
         EXPECT_EQ(GetLastError(), error) << path;
-        EXPECT_EQ(std::string(info.szTypeName), cut);
+        EXPECT_EQ(info.szTypeName, last);
     }
-}
-
-TEST_F(Shell, HasOneIconForAllObjectsOfAKind) {
-    folder.MakeFolder("one");
-    folder.MakeFolder("two");
-    MakeFile("a.noted");
-    const auto icon = FindShellIcon("one").small;
-    ASSERT_TRUE(icon);
-    EXPECT_EQ(std::memcmp(icon->file.data(), "picture", icon->file.size()), 0);
-    EXPECT_EQ(FindShellIcon("two").small, icon);
-    for (const char* none : {"a.noted", "missing"}) {
+    EXPECT_EQ(FindShellIcon("a.noted").small, types.picture);
+    for (const char* none : {"folder.noted", "missing"})
         EXPECT_FALSE(FindShellIcon(none).small) << none;
-        EXPECT_FALSE(FindShellIcon(none).large) << none;
-    }
 }
 
 TEST_F(Shell, OpensFilesOfAnyNameWithTheDesktopsProgram) {
