@@ -22,7 +22,7 @@ void CheckBytes(const SecurityDescriptor& descriptor) {
 void CheckInheritance(const SecurityDescriptor& descriptor, ObjectKind kind) {
     const Sid owner(5, {18});
     const Sid group(5, {32, 544});
-    const Acl child = MapGenericRights(descriptor.dacl);
+    const Acl child = MapGenericRights(descriptor.dacl, {});
     const Acl merged = MergeInherited(child, descriptor.dacl, kind, owner, group);
     Require(MergeInherited(merged, descriptor.dacl, kind, owner, group) == merged,
             "inheriting twice changes nothing");

@@ -347,7 +347,7 @@ std::string Parser::InterpretRights() {
     if (arguments.command != Command::kAssign) return "";
     if ((*mask & ~FULL_CONTROL_RIGHTS) != 0)
         return "--rights: assign knows single rights only, no generic ones";
-    if (NamesFullControl(Unshielded(rights))) arguments.rights = RIGHTS_DISPLAY_MASK;
+    if (NamesFullControl(Unshielded(rights))) arguments.rights = kFullControlAsOne;
     return "";
 }
 

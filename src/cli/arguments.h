@@ -44,7 +44,7 @@ struct Arguments {
     // grant, deny, revoke, assign, owner and effective: as typed; owner: empty to show it
     std::string account;
     // grant and deny: never 0, never with SYNCHRONIZE. assign: all that the account is to
-    // have; RIGHTS_DISPLAY_MASK for full control as a whole, as the wizard ticks it.
+    // have; kFullControlAsOne for full control as a whole, as the wizard ticks it.
     DWORD rights = 0;
     // grant and deny:
     std::optional<int> scopeIndex;  // place in kInheritanceScopes; nothing: what suits a file or a folder

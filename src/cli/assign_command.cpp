@@ -3,6 +3,7 @@
 #include "cli/list_change.h"
 #include "cli/listing.h"
 #include "cli/terminal_output.h"
+#include "platform/api/errors.h"
 #include "security/access_rights.h"
 #include "wizard/account_rights.h"
 
@@ -25,10 +26,21 @@ bool HasRights(const AccountRights& rights, DWORD wanted, ConsoleMessages& messa
     return false;
 }
 
-// The entries that all objects are to get; nothing after a message. What the first object would lose is
-// asked here, so that nothing is touched when it may not be changed itself.
-std::optional<std::vector<AccessEntry>> MakeEntries(const Arguments& arguments, const AccountRecord& account,
-                                                    const Target& first, ConsoleMessages& messages) {
+struct NewList {
+    std::vector<AccessEntry> entries;
+    UniqueLocal<ACL> dacl;
+};
+
+// What objects are to get, by their kind.
+struct NewLists {
+    NewList forFolders;
+    NewList forFiles;
+};
+
+// The new rights of the first object's accounts; nothing after a message. What the object would lose is asked
+// here, so that nothing is touched when it may not be changed itself.
+std::optional<AccountRights> MakeRights(const Arguments& arguments, const AccountRecord& account,
+                                        const Target& first, ConsoleMessages& messages) {
     AccountRights rights;
     ObjectSecurity object;
     if (!ReadForChange(first, object, messages)) return std::nullopt;
@@ -42,7 +54,25 @@ std::optional<std::vector<AccessEntry>> MakeEntries(const Arguments& arguments, 
     rights.ApplyCombination(arguments.rights);
     rights.Select(index);  // the boxes show what was written, not what was ticked
     if (!HasRights(rights, arguments.rights, messages)) return std::nullopt;
-    return rights.Entries();
+    return rights;
+}
+
+bool MakeList(HMODULE library, const AccountRights& rights, ItemKind kind, NewList& list,
+              ConsoleMessages& messages) {
+    list.entries = rights.Entries(kind);
+    list.dacl = BuildWholeDacl(library, list.entries, messages);
+    return list.dacl != nullptr;
+}
+
+// Nothing after a message.
+std::optional<NewLists> MakeLists(const Arguments& arguments, const AccountRecord& account,
+                                  const Target& first, HMODULE library, ConsoleMessages& messages) {
+    const std::optional<AccountRights> rights = MakeRights(arguments, account, first, messages);
+    NewLists lists;
+    if (!rights || !MakeList(library, *rights, ItemKind::kFolder, lists.forFolders, messages) ||
+        !MakeList(library, *rights, ItemKind::kFile, lists.forFiles, messages))
+        return std::nullopt;
+    return lists;
 }
 
 // The object with the new list and what it goes on to inherit; false after a message.
@@ -52,21 +82,27 @@ bool Preview(HMODULE library, std::vector<AccessEntry> entries, ObjectSecurity& 
         for (const AccessEntry& entry : object.entries.Entries())
             if (entry.IsInherited()) entries.push_back(entry);
     }
-    const UniqueLocal<ACL> dacl = BuildWholeDacl(library, entries, WrittenMasks::kAsHeld, messages);
+    const UniqueLocal<ACL> dacl = BuildWholeDacl(library, entries, messages);
     if (!dacl) return false;
     object.entries.LoadFromDacl(dacl.get());
     return true;
 }
 
-bool ChangeTarget(const Arguments& arguments, const Target& target, const std::vector<AccessEntry>& entries,
-                  HMODULE library, PACL dacl, ConsoleMessages& messages) {
+bool ChangeTarget(const Arguments& arguments, const Target& target, const NewLists& lists, HMODULE library,
+                  ConsoleMessages& messages) {
     ObjectSecurity object;
     if (!ReadForChange(target, object, messages) || !MayReplace(LossesOf(object), arguments, messages))
         return false;
-    if (!arguments.dryRun) return WriteDacl(target, std::nullopt, dacl, messages);
+    bool isFolder = false;
+    if (const DWORD error = AskIsFolder(target, isFolder); error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+        return false;
+    }
+    const NewList& list = isFolder ? lists.forFolders : lists.forFiles;
+    if (!arguments.dryRun) return WriteDacl(target, std::nullopt, list.dacl.get(), messages);
     const std::string before = StateText(target, "before", object, RemarksOn(object));
-    if (!Preview(library, entries, object, messages)) return false;
-    object.dacl = dacl;  // not none, for the remarks
+    if (!Preview(library, list.entries, object, messages)) return false;
+    object.dacl = list.dacl.get();  // not none, for the remarks
     Print(before + StateText(target, "after", object, RemarksOn(object)));
     return true;
 }
@@ -75,23 +111,20 @@ bool ChangeTarget(const Arguments& arguments, const Target& target, const std::v
 
 bool RunAssign(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
                ConsoleMessages& messages) {
-    std::optional<std::vector<AccessEntry>> entries;
-    UniqueLocal<ACL> dacl;
+    std::optional<NewLists> lists;
     const UniqueLibrary library = LoadAccessListLibrary(nullptr);
     messages.SetSubject(arguments.paths.front());
     // Of another object's list the others would become something else than was asked for.
-    if (!targets.empty() && targets.front().argument == arguments.paths.front()) {
-        entries = MakeEntries(arguments, account, targets.front(), messages);
-        if (entries) dacl = BuildWholeDacl(library.get(), *entries, WrittenMasks::kAsHeld, messages);
-    }
-    if (!dacl) {
+    if (!targets.empty() && targets.front().argument == arguments.paths.front())
+        lists = MakeLists(arguments, account, targets.front(), library.get(), messages);
+    if (!lists) {
         messages.Say("nothing was changed, since all would get the list that is made of this one's");
         return false;
     }
     bool allDone = true;
     for (const Target& target : targets) {
         messages.SetSubject(target.argument);
-        allDone = ChangeTarget(arguments, target, *entries, library.get(), dacl.get(), messages) && allDone;
+        allDone = ChangeTarget(arguments, target, *lists, library.get(), messages) && allDone;
     }
     return allDone;
 }

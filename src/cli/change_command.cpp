@@ -23,8 +23,7 @@ bool ChangeObject(const Arguments& arguments, const AccountRecord& account, cons
     if (result != EditResult::kChanged) return result == EditResult::kNothingToDo;
     if (!MayReplace(losses, arguments, messages)) return false;
     DropOtherEntries(object.entries);
-    const UniqueLocal<ACL> dacl =
-        BuildWholeDacl(library, object.entries.Entries(), WrittenMasks::kWithSynchronize, messages);
+    const UniqueLocal<ACL> dacl = BuildWholeDacl(library, object.entries.Entries(), messages);
     if (!dacl) return false;
     if (!arguments.dryRun) return WriteDacl(target, object.inheritance, dacl.get(), messages);
 

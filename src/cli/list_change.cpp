@@ -18,7 +18,7 @@ bool ReadForChange(const Target& target, ObjectSecurity& object, ConsoleMessages
 }
 
 Losses LossesOf(PACL dacl, const AccessEntryList& entries) {
-    return {entries.OtherTypeCount(), dacl == nullptr};
+    return {entries.OtherTypeCount(), entries.UnacceptableCount(), dacl == nullptr};
 }
 
 Losses LossesOf(const ObjectSecurity& object) {
@@ -28,7 +28,7 @@ Losses LossesOf(const ObjectSecurity& object) {
 void DropOtherEntries(AccessEntryList& entries) {
     for (std::size_t i = entries.Entries().size(); i-- > 0;) {
         const AccessEntry& entry = entries.Entries()[i];
-        if (entry.IsOfOtherType()) entries.RemoveEntry(i);
+        if (entry.IsOfOtherType() || !entry.IsAcceptable()) entries.RemoveEntry(i);
     }
 }
 
@@ -37,6 +37,12 @@ bool MayReplace(const Losses& losses, const Arguments& arguments, ConsoleMessage
         messages.Say("not changed: " + std::to_string(losses.otherEntries) +
                      (losses.otherEntries == 1 ? " entry of another type" : " entries of other types") +
                      " than allow and deny would be lost (--drop-other-entries does it all the same)");
+        return false;
+    }
+    if (losses.unacceptable > 0 && !arguments.dropOtherEntries) {
+        messages.Say("not changed: " + std::to_string(losses.unacceptable) +
+                     (losses.unacceptable == 1 ? " entry that is" : " entries that are") +
+                     " not valid would be lost (--drop-other-entries does it all the same)");
         return false;
     }
     if (losses.everyonesAccess && !arguments.replaceNullList) {
@@ -48,9 +54,9 @@ bool MayReplace(const Losses& losses, const Arguments& arguments, ConsoleMessage
     return true;
 }
 
-UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries, WrittenMasks masks,
+UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries,
                                 ConsoleMessages& messages) {
-    UniqueLocal<ACL> dacl = BuildDacl(nullptr, library, entries, masks);
+    UniqueLocal<ACL> dacl = BuildDacl(nullptr, library, entries);
     if (dacl && GetAceCount(dacl.get()) == entries.size()) return dacl;
     messages.Say("not changed: the new access list cannot be built");
     return nullptr;

@@ -24,6 +24,7 @@ bool ReadForChange(const Target& target, ObjectSecurity& object, ConsoleMessages
 // What a list that was read would lose if it were replaced by one that this program builds.
 struct Losses {
     std::size_t otherEntries;  // of types other than allow and deny
+    std::size_t unacceptable;  // allow and deny entries that are not valid
     bool everyonesAccess;      // there is no list, so everyone may do everything
 };
 
@@ -36,7 +37,7 @@ bool MayReplace(const Losses& losses, const Arguments& arguments, ConsoleMessage
 void DropOtherEntries(AccessEntryList& entries);
 
 // The list that an object is to get. Nothing is left out of it silently.
-UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries, WrittenMasks masks,
+UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries,
                                 ConsoleMessages& messages);
 
 // Writes a list and says so. Without a choice of `inheritance` the object keeps its own.

@@ -30,6 +30,10 @@ std::vector<std::string> RemarksOn(PACL dacl, const AccessEntryList& entries) {
                           (others == 1 ? " entry of another type" : " entries of other types") +
                           " than allow and deny " + (others == 1 ? "is" : "are") + " not shown");
     }
+    if (const std::size_t invalid = entries.UnacceptableCount(); invalid > 0) {
+        remarks.push_back(std::to_string(invalid) +
+                          (invalid == 1 ? " entry is not valid" : " entries are not valid"));
+    }
     return remarks;
 }
 

@@ -122,8 +122,7 @@ bool ChangeShare(const Arguments& arguments, const AccountRecord& account, const
     if (result != EditResult::kChanged) return result == EditResult::kNothingToDo;
     if (!MayReplace(losses, arguments, messages)) return false;
     DropOtherEntries(share.entries);
-    const UniqueLocal<ACL> dacl =
-        BuildWholeDacl(library, share.entries.Entries(), WrittenMasks::kWithSynchronize, messages);
+    const UniqueLocal<ACL> dacl = BuildWholeDacl(library, share.entries.Entries(), messages);
     if (!dacl) return false;
     if (!arguments.dryRun) return Write(name, share, dacl.get(), messages);
     Print(preview + StateText(name, "after", dacl.get(), share.entries));

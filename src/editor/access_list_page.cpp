@@ -19,23 +19,13 @@ static_assert(std::size(kColumnWidths) == kAccessRowTitles.size());
 
 constexpr int kNewEntryScope = 1;  // this folder, subfolders and files
 
-// An entry as the entry dialog starts with it. A type that is neither allow nor deny never has a row.
-PermissionChoice ChoiceOf(const AccessEntry& entry) {
-    PermissionChoice choice;
-    choice.account = entry.account;
-    (entry.IsAllow() ? choice.allowMask : choice.denyMask) = entry.mask;
-    choice.applyIndex = ScopeIndexFromText(ScopeTextFromFlags(entry.aceFlags));
-    choice.childrenOnly = (entry.aceFlags & NO_PROPAGATE_INHERIT_ACE) != 0;
-    return choice;
-}
-
 // What is unusual about the list, in one line; empty when nothing is.
 std::string RemarkOn(const AccessEntryList& list) {
     std::string remark;
     if (!list.IsInCanonicalOrder()) remark = "The entries are not in the usual order.";
-    const std::string others = OtherTypesRemark(list.OtherTypeCount());
-    if (!remark.empty() && !others.empty()) remark += ' ';
-    return remark + others;
+    const std::string losses = LossesRemark(list.OtherTypeCount(), list.UnacceptableCount());
+    if (!remark.empty() && !losses.empty()) remark += ' ';
+    return remark + losses;
 }
 
 }  // namespace
@@ -153,10 +143,11 @@ bool AccessListPage::OnApply() {
     return (!changed || Apply()) && CPropertyPage::OnApply();
 }
 
-// Writes the list to every item and shows what the first one then holds.
+// Writes the list to every item and shows what the first one then holds. A failure has been told, and the
+// sheet stays with the changes.
 bool AccessListPage::Apply() {
-    const UniqueLocal<ACL> dacl = BuildDacl(GetSafeHwnd(), library.get(), EditedList());
-    if (!dacl) return true;  // told, and nothing written; the changes stay
+    const UniqueLocal<ACL> dacl = BuildDacl(GetSafeHwnd(), library.get(), EditedList().Entries());
+    if (!dacl) return false;
     if (!WriteItems(dacl.get())) return false;
     if (!names.empty()) ReadFirstItem();
     changed = false;

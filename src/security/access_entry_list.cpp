@@ -57,12 +57,37 @@ AccessEntry EntryFromAce(void* ace) {
     return entry;
 }
 
+// What the header of an allow or deny entry may say.
+constexpr BYTE kEntryFlags = kScopeFlagsMask | NO_PROPAGATE_INHERIT_ACE | INHERITED_ACE;
+
 BYTE FlagsOf(const PermissionChoice& choice) {
     const BYTE propagation = choice.childrenOnly ? BYTE{NO_PROPAGATE_INHERIT_ACE} : BYTE{0};
     return static_cast<BYTE>(ScopeFlagsFromIndex(choice.applyIndex) | propagation);
 }
 
+// Whether a choice for an entry is the one that the dialog began with. Of the flags only those count that it
+// shows.
+bool IsUnchanged(const AccessEntry& entry, const PermissionChoice& choice) {
+    const PermissionChoice before = ChoiceOf(entry);
+    constexpr BYTE kShownFlags = kScopeFlagsMask | NO_PROPAGATE_INHERIT_ACE;
+    return IsSameAccount(choice.account, before.account) && choice.allowMask == before.allowMask &&
+           choice.denyMask == before.denyMask && FlagsOf(choice) == (entry.aceFlags & kShownFlags);
+}
+
 }  // namespace
+
+bool AccessEntry::IsAcceptable() const {
+    return account.sid != nullptr && IsValidSid(account.sid.get()) != FALSE && (aceFlags & ~kEntryFlags) == 0;
+}
+
+PermissionChoice ChoiceOf(const AccessEntry& entry) {
+    PermissionChoice choice;
+    choice.account = entry.account;
+    (entry.IsAllow() ? choice.allowMask : choice.denyMask) = entry.mask & FULL_CONTROL_RIGHTS;
+    choice.applyIndex = ScopeIndexFromText(ScopeTextFromFlags(entry.aceFlags));
+    choice.childrenOnly = (entry.aceFlags & NO_PROPAGATE_INHERIT_ACE) != 0;
+    return choice;
+}
 
 DWORD GetAceCount(PACL acl) {
     ACL_SIZE_INFORMATION information{};
@@ -86,26 +111,29 @@ std::vector<AccessEntry> EntriesOfDacl(PACL acl) {
 
 void AccessEntryList::LoadFromDacl(PACL acl) {
     entries = EntriesOfDacl(acl);
-    for (AccessEntry& entry : entries) {
-        entry.mask &= ~DWORD{SYNCHRONIZE};
-    }
 }
 
-void AccessEntryList::AddEntry(AccountRecord account, DWORD mask, BYTE flags, BYTE type) {
-    flags = static_cast<BYTE>(flags & ~INHERITED_ACE);
+AccessEntry& AccessEntryList::Join(AccessEntry added) {
+    added.aceFlags = static_cast<BYTE>(added.aceFlags & ~INHERITED_ACE);
     const auto same = std::find_if(entries.begin(), entries.end(), [&](const AccessEntry& entry) {
-        return entry.aceType == type && entry.aceFlags == flags && IsSameAccount(entry.account, account);
+        return entry.aceType == added.aceType && entry.aceFlags == added.aceFlags &&
+               IsSameAccount(entry.account, added.account);
     });
     if (same != entries.end()) {
-        same->mask |= mask;
-        return;
+        same->mask |= added.mask;
+        return *same;
     }
     auto place = entries.begin();
-    if (type == ACCESS_ALLOWED_ACE_TYPE) {
+    if (added.IsAllow()) {
         place = std::find_if(entries.begin(), entries.end(),
                              [](const AccessEntry& entry) { return entry.IsInherited() || entry.IsAllow(); });
     }
-    entries.insert(place, AccessEntry{std::move(account), mask, type, flags});
+    return *entries.insert(place, std::move(added));
+}
+
+void AccessEntryList::AddEntry(AccountRecord account, DWORD mask, BYTE flags, BYTE type) {
+    AccessEntry& entry = Join({std::move(account), mask, type, flags});
+    entry.mask = MaskOfChangedEntry(type, entry.mask);
 }
 
 void AccessEntryList::AddFromDialog(const PermissionChoice& choice) {
@@ -119,6 +147,7 @@ void AccessEntryList::AddFromDialog(const PermissionChoice& choice) {
 }
 
 void AccessEntryList::EditEntry(std::size_t index, const PermissionChoice& choice) {
+    if (!entries[index].IsInherited() && IsUnchanged(entries[index], choice)) return;
     // Adding moves the entries, so what is needed of the old one is taken first.
     const bool wasInherited = entries[index].IsInherited();
     const BYTE ownType = entries[index].aceType;
@@ -130,9 +159,12 @@ void AccessEntryList::EditEntry(std::size_t index, const PermissionChoice& choic
     const DWORD otherChoice = isAllow ? choice.denyMask : choice.allowMask;
     if (wasInherited) {
         // What inheritance grants cannot be taken away here: only the difference becomes an entry.
-        ownChoice ^= ownMask;
+        ownChoice ^= ownMask & ~SYNCHRONIZE;
     } else {
         RemoveEntry(index);
+        // A denial keeps SYNCHRONIZE, unless it stood there for the whole of which less is denied now.
+        const bool wasWhole = (ownMask & FULL_CONTROL_RIGHTS) == FULL_CONTROL_RIGHTS;
+        if (ownChoice != 0 && !wasWhole) ownChoice |= ownMask & SYNCHRONIZE;
     }
     const BYTE flags = FlagsOf(choice);
     if (ownChoice != 0) {
@@ -151,9 +183,8 @@ void AccessEntryList::CopyInheritedEntries() {
     std::vector<AccessEntry> inherited;
     std::copy_if(entries.begin(), entries.end(), std::back_inserter(inherited),
                  [](const AccessEntry& entry) { return entry.IsInherited(); });
-    for (AccessEntry& entry : inherited) {
-        AddEntry(std::move(entry.account), entry.mask, entry.aceFlags, entry.aceType);
-    }
+    for (AccessEntry& entry : inherited)
+        Join(std::move(entry));
 }
 
 void AccessEntryList::RemoveInheritedEntries() {
@@ -168,6 +199,12 @@ bool AccessEntryList::HasInheritedEntries() const {
 std::size_t AccessEntryList::OtherTypeCount() const {
     return static_cast<std::size_t>(std::count_if(
         entries.begin(), entries.end(), [](const AccessEntry& entry) { return entry.IsOfOtherType(); }));
+}
+
+std::size_t AccessEntryList::UnacceptableCount() const {
+    return static_cast<std::size_t>(std::count_if(
+        entries.begin(), entries.end(),
+        [](const AccessEntry& entry) { return !entry.IsOfOtherType() && !entry.IsAcceptable(); }));
 }
 
 bool AccessEntryList::IsInCanonicalOrder() const {

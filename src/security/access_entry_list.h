@@ -10,7 +10,7 @@
 
 namespace permora {
 
-// One access control entry.
+// One access control entry, as the list held it that it was read from.
 struct AccessEntry {
     // Without a SID for an entry whose type keeps its SID elsewhere or that holds no valid one.
     AccountRecord account;
@@ -22,6 +22,9 @@ struct AccessEntry {
     bool IsDeny() const { return aceType == ACCESS_DENIED_ACE_TYPE; }
     // It has no row, and is in no list that is written.
     bool IsOfOtherType() const { return !IsAllow() && !IsDeny(); }
+    // Whether the system takes the entry into a list that is made anew: it does not without a valid SID, or
+    // with flags that an allow or deny entry cannot have.
+    bool IsAcceptable() const;
     bool IsInherited() const { return (aceFlags & INHERITED_ACE) != 0; }
 };
 
@@ -34,6 +37,9 @@ struct PermissionChoice {
     bool childrenOnly = false;  // NO_PROPAGATE_INHERIT_ACE
 };
 
+// An allow or deny entry as the dialog starts with it.
+PermissionChoice ChoiceOf(const AccessEntry& entry);
+
 // The number of entries of a list; 0 for a null list or one that cannot be asked.
 DWORD GetAceCount(PACL acl);
 
@@ -41,9 +47,10 @@ DWORD GetAceCount(PACL acl);
 // out; one that the system cannot hand out is left out. A null list has none.
 std::vector<AccessEntry> EntriesOfDacl(PACL acl);
 
-// The entries in order, with masks without SYNCHRONIZE: nobody sees or edits it, and every entry written gets
-// it again. Reading keeps the order of the list read; editing places entries so that a list in
-// canonical order (explicit deny, explicit allow, inherited) stays in it.
+// The entries in order. What nobody changes keeps every bit of its mask and flags; what is added or changed
+// gets SYNCHRONIZE as MaskOfChangedEntry (security/access_rights.h) says. Reading keeps the order of the list
+// read; editing places entries so that a list in canonical order (explicit deny, explicit allow, inherited)
+// stays in it.
 class AccessEntryList {
   public:
     // Replaces the entries by those of `acl`.
@@ -60,8 +67,8 @@ class AccessEntryList {
     // Adds what the dialog gave for a new account: one entry for each mask that is not 0.
     void AddFromDialog(const PermissionChoice& choice);
     // Applies what the dialog gave for entry `index`, an allow or deny entry. An explicit entry is replaced
-    // by the choice; an inherited one stays, and the rights in which the choice differs become explicit
-    // entries.
+    // by the choice, unless that is what the dialog began with; an inherited one stays, and the rights in
+    // which the choice differs become explicit entries.
     void EditEntry(std::size_t index, const PermissionChoice& choice);
     void RemoveEntry(std::size_t index);
 
@@ -70,14 +77,18 @@ class AccessEntryList {
     void RemoveInheritedEntries();
 
     bool HasInheritedEntries() const;
-    // The entries that are neither allow nor deny. No row shows them and no list built from this one holds
-    // them, so whoever writes must say so first.
+    // Whoever writes must say first what no list built from this one holds: the entries that are neither
+    // allow nor deny, which no row shows either, and the allow and deny entries that are not acceptable.
     std::size_t OtherTypeCount() const;
+    std::size_t UnacceptableCount() const;
     // Explicit deny, then explicit allow, then inherited entries; explicit entries of other types may stand
     // anywhere.
     bool IsInCanonicalOrder() const;
 
   private:
+    // Where the entry stands now: a place of its own, or that of the entry which it has joined.
+    AccessEntry& Join(AccessEntry added);
+
     std::vector<AccessEntry> entries;
 };
 

@@ -42,6 +42,16 @@ const char* MaskDisplayName(DWORD mask) {
     return "";
 }
 
+const char* PermissionText(DWORD mask) {
+    return MaskDisplayName(mask & ~SYNCHRONIZE);
+}
+
+DWORD MaskOfChangedEntry(BYTE aceType, DWORD mask) {
+    const bool deniesLess =
+        aceType == ACCESS_DENIED_ACE_TYPE && (mask & FULL_CONTROL_RIGHTS) != FULL_CONTROL_RIGHTS;
+    return deniesLess ? mask : mask | SYNCHRONIZE;
+}
+
 BYTE ScopeFlagsFromIndex(int index) {
     const auto place = static_cast<std::size_t>(index);  // a negative index lies beyond the table
     return place < kInheritanceScopes.size() ? kInheritanceScopes[place].flags : BYTE{0};

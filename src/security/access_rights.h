@@ -15,6 +15,13 @@ inline constexpr DWORD RIGHTS_DISPLAY_MASK = 0x1F03FF;
 // The thirteen single rights together, without SYNCHRONIZE.
 inline constexpr DWORD FULL_CONTROL_RIGHTS = 0xF01FF;
 
+// SYNCHRONIZE has no box of its own. Clients over the network ask for it whenever they open something, so who
+// may do anything needs it, and who is denied it is locked out, whatever else the list says.
+
+// The mask of an entry that someone made or changed: with SYNCHRONIZE in one that allows, and in a denial of
+// all thirteen rights. A smaller denial keeps what `mask` says.
+DWORD MaskOfChangedEntry(BYTE aceType, DWORD mask);
+
 // One right in the three wordings of the three places that show it. The box ids are the controls of the
 // permission entry dialog (dialog 159).
 struct AccessRight {
@@ -76,6 +83,8 @@ const char* InheritanceText(BYTE aceFlags);
 // The "Permission" text of a mask: "None", the row name of a single right, "Synchronize", "Full control" for
 // exactly the thirteen rights, else "Special".
 const char* MaskDisplayName(DWORD mask);
+// The same as people see it, who are not shown SYNCHRONIZE.
+const char* PermissionText(DWORD mask);
 
 // The ACE flags of a scope by its place in the table; 0 for a place that is not in it.
 BYTE ScopeFlagsFromIndex(int index);

@@ -15,17 +15,24 @@ std::vector<AccessRow> AccessRowsOf(AccessEntryList& list) {
         rows.push_back({.entryIndex = index,
                         .type = AceTypeText(entry.aceType),
                         .name = AccountDisplayName(list.AccountOf(index)),
-                        .permission = MaskDisplayName(entry.mask),
+                        .permission = PermissionText(entry.mask),
                         .inheritance = InheritanceText(entry.aceFlags),
                         .applyTo = ScopeTextFromFlags(entry.aceFlags)});
     }
     return rows;
 }
 
-std::string OtherTypesRemark(std::size_t count) {
-    if (count == 0) return {};
-    if (count == 1) return "1 entry of another type is not shown; applying drops it.";
-    return std::to_string(count) + " entries of other types are not shown; applying drops them.";
+std::string LossesRemark(std::size_t otherTypes, std::size_t unacceptable) {
+    std::string remark;
+    if (otherTypes == 1) {
+        remark = "1 entry of another type is not shown; applying drops it.";
+    } else if (otherTypes > 1) {
+        remark = std::to_string(otherTypes) + " entries of other types are not shown; applying drops them.";
+    }
+    if (unacceptable == 0) return remark;
+    if (!remark.empty()) remark += ' ';
+    if (unacceptable == 1) return remark + "1 entry is not valid; applying drops it.";
+    return remark + std::to_string(unacceptable) + " entries are not valid; applying drops them.";
 }
 
 }  // namespace permora

@@ -25,7 +25,8 @@ struct AccessRow {
 
 // A row for every allow and deny entry, in list order. Looks up the names of all accounts.
 std::vector<AccessRow> AccessRowsOf(AccessEntryList& list);
-// What is said of `count` entries that have no row, where the list is about to be replaced; empty for none.
-std::string OtherTypesRemark(std::size_t count);
+// What is said, where a list is about to be replaced, of the entries that the new one will not have: those of
+// other types, which have no row, and those that are not acceptable. Empty for none.
+std::string LossesRemark(std::size_t otherTypes, std::size_t unacceptable);
 
 }  // namespace permora

@@ -78,8 +78,7 @@ UniqueLibrary LoadAccessListLibrary(HWND owner) {
     return library;
 }
 
-UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEntry> entries,
-                           WrittenMasks masks) {
+UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEntry> entries) {
     const AddAceFunction addDenied = FindAddAceFunction(owner, library, "AddAccessDeniedAceEx");
     const AddAceFunction addAllowed = FindAddAceFunction(owner, library, "AddAccessAllowedAceEx");
     const std::size_t size = DaclSize(entries);
@@ -91,20 +90,15 @@ UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEn
         ShowErrorBox(owner, "Error: cannot initialize object's access control list");
         return nullptr;
     }
-    const DWORD added = masks == WrittenMasks::kWithSynchronize ? SYNCHRONIZE : 0;
     for (const AccessEntry& entry : entries) {
-        if (entry.IsOfOtherType()) {
-            continue;
-        }
-        // An entry that the system refuses (without a valid account) is not part of the list.
+        if (entry.IsOfOtherType() || !entry.IsAcceptable()) continue;
         const AddAceFunction add = entry.IsAllow() ? addAllowed : addDenied;
-        add(dacl.get(), ACL_REVISION, entry.aceFlags, entry.mask | added, entry.account.sid.get());
+        if (add(dacl.get(), ACL_REVISION, entry.aceFlags, entry.mask, entry.account.sid.get()) == FALSE) {
+            ShowLastErrorBox(owner);
+            return nullptr;
+        }
     }
     return dacl;
-}
-
-UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, const AccessEntryList& list) {
-    return BuildDacl(owner, library, list.Entries(), WrittenMasks::kWithSynchronize);
 }
 
 SECURITY_INFORMATION DaclWriteInformation(std::optional<DaclInheritance> inheritance) {

@@ -16,16 +16,11 @@ enum class DaclInheritance { kFromParent, kProtected };
 // The library in which BuildDacl looks its functions up. Ends the process when it cannot be loaded.
 UniqueLibrary LoadAccessListLibrary(HWND owner);
 
-// The masks in which entries are written.
-enum class WrittenMasks { kAsHeld, kWithSynchronize };
-
-// A new access list of the allow and deny entries of `entries`, in their order; entries of other types are
-// not written. Null after an error box when the list cannot be initialised (it would exceed 64 KiB). Ends the
-// process, after its box, when a function is missing from `library` or there is no memory.
-UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEntry> entries,
-                           WrittenMasks masks);
-// The same of an edited list, whose entries get the SYNCHRONIZE that reading took from them.
-UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, const AccessEntryList& list);
+// A new access list of the acceptable allow and deny entries of `entries`, as they are and in their order; no
+// others are written. Null after an error box when the list cannot be initialised (it would exceed 64 KiB) or
+// the system refuses one of those entries. Ends the process, after its box, when a function is missing from
+// `library` or there is no memory.
+UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEntry> entries);
 
 // What SetNamedSecurityInfoA must be told to write a list with this choice; nothing: each object keeps its
 // own.

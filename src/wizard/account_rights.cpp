@@ -10,17 +10,20 @@ namespace {
 
 constexpr std::size_t kFullControl = 0;
 
-// Unlike elsewhere, "Full control" is every bit that is looked at, SYNCHRONIZE included.
-DWORD RightMask(std::size_t right) {
-    return right == kFullControl ? RIGHTS_DISPLAY_MASK : kAccessRights[right].bits;
+// No right of files, though earlier versions have put it into "Full control".
+constexpr DWORD kMeaninglessBit = RIGHTS_DISPLAY_MASK & ~DWORD{FILE_ALL_ACCESS};
+
+// Takes rights from a mask, and with the last of them what stands for nothing by itself.
+void TakeAway(DWORD rights, DWORD& mask) {
+    mask &= ~rights;
+    if ((mask & ~(SYNCHRONIZE | kMeaninglessBit)) == 0) mask = 0;
 }
 
 void AppendEntries(const std::vector<WizardAccountRow>& accounts, BYTE type, DWORD WizardAccountRow::*mask,
-                   std::vector<AccessEntry>& entries) {
+                   BYTE flags, std::vector<AccessEntry>& entries) {
     for (const WizardAccountRow& row : accounts) {
-        if (row.*mask == 0) continue;
-        const BYTE flags = row.inheritToChildren ? OBJECT_INHERIT_ACE | CONTAINER_INHERIT_ACE : 0;
-        entries.push_back({row.account, row.*mask, type, flags});
+        const DWORD held = row.*mask & ~kMeaninglessBit;
+        if (held != 0) entries.push_back({row.account, MaskOfChangedEntry(type, held), type, flags});
     }
 }
 
@@ -29,11 +32,13 @@ void AppendEntries(const std::vector<WizardAccountRow>& accounts, BYTE type, DWO
 void AccountRights::LoadFromDacl(PACL acl) {
     accounts.clear();
     otherTypeCount = 0;
+    unacceptableCount = 0;
     Select(std::nullopt);
     for (const AccessEntry& entry : EntriesOfDacl(acl)) {
         const bool isOther = entry.IsOfOtherType();
-        if (isOther && !entry.IsInherited()) ++otherTypeCount;
-        if (isOther || !entry.account.sid) continue;
+        const bool isLost = isOther || !entry.account.sid;
+        if (isLost && !entry.IsInherited()) ++(isOther ? otherTypeCount : unacceptableCount);
+        if (isLost) continue;
         WizardAccountRow& row = accounts[Add(entry.account)];
         if (entry.IsInherited()) {
             (entry.IsAllow() ? row.inheritedAllow : row.inheritedDeny) |= entry.mask;
@@ -72,7 +77,7 @@ void AccountRights::Select(std::optional<std::size_t> index) {
 
 void AccountRights::CheckByMask(DWORD mask, bool isChecked) {
     for (std::size_t right = 0; right < kRights; ++right)
-        if ((RightMask(right) & mask) != 0) boxes[right] = isChecked;
+        if ((kAccessRights[right].bits & mask) != 0) boxes[right] = isChecked;
 }
 
 void AccountRights::ApplyRightChange(std::size_t right, bool isNowChecked) {
@@ -83,9 +88,9 @@ void AccountRights::ApplyRightChange(std::size_t right, bool isNowChecked) {
     }
     if (!selected) return;
     WizardAccountRow& row = accounts[*selected];
-    const DWORD mask = RightMask(right);
-    row.explicitAllow &= ~mask;
-    row.explicitDeny &= ~mask;
+    const DWORD mask = kAccessRights[right].bits;
+    TakeAway(mask, row.explicitAllow);
+    TakeAway(mask, row.explicitDeny);
     const bool isGrantedFromAbove = (row.inheritedAllow & mask) != 0 && (row.inheritedDeny & mask) == 0;
     if (isNowChecked) {
         if (!isGrantedFromAbove) row.explicitAllow |= mask;
@@ -97,21 +102,21 @@ void AccountRights::ApplyRightChange(std::size_t right, bool isNowChecked) {
 }
 
 void AccountRights::ApplyCombination(DWORD mask) {
-    const DWORD wanted = mask & RIGHTS_DISPLAY_MASK;
-    if (wanted == RIGHTS_DISPLAY_MASK) {
+    if ((mask & kFullControlAsOne) == kFullControlAsOne) {
         if (!boxes[kFullControl]) ApplyRightChange(kFullControl, true);
         return;
     }
     for (std::size_t right = kFullControl + 1; right < kRights; ++right) {
-        const bool isWanted = (RightMask(right) & wanted) != 0;
+        const bool isWanted = (kAccessRights[right].bits & mask) != 0;
         if (boxes[right] != isWanted) ApplyRightChange(right, isWanted);
     }
 }
 
-std::vector<AccessEntry> AccountRights::Entries() const {
+std::vector<AccessEntry> AccountRights::Entries(ItemKind kind) const {
+    const BYTE flags = kind == ItemKind::kFolder ? OBJECT_INHERIT_ACE | CONTAINER_INHERIT_ACE : 0;
     std::vector<AccessEntry> entries;
-    AppendEntries(accounts, ACCESS_DENIED_ACE_TYPE, &WizardAccountRow::explicitDeny, entries);
-    AppendEntries(accounts, ACCESS_ALLOWED_ACE_TYPE, &WizardAccountRow::explicitAllow, entries);
+    AppendEntries(accounts, ACCESS_DENIED_ACE_TYPE, &WizardAccountRow::explicitDeny, flags, entries);
+    AppendEntries(accounts, ACCESS_ALLOWED_ACE_TYPE, &WizardAccountRow::explicitAllow, flags, entries);
     return entries;
 }
 

@@ -14,18 +14,18 @@
 
 namespace permora {
 
-// One account, with the rights of all its entries. The masks are as the entries hold them, SYNCHRONIZE
-// included.
+// One account, with the rights of all its entries, whose masks are joined as they stand there.
 struct WizardAccountRow {
     AccountRecord account;
     DWORD explicitAllow = 0;   // its own entries, as changed here
     DWORD explicitDeny = 0;    // likewise
     DWORD inheritedAllow = 0;  // what comes from above is only looked at
     DWORD inheritedDeny = 0;
-    bool inheritToChildren = true;  // its entries are handed down to everything below
 
     bool Inherits() const { return (inheritedAllow | inheritedDeny) != 0; }
 };
+
+enum class ItemKind { kFolder, kFile };
 
 // A ready-made set of rights.
 struct UsableCombination {
@@ -33,10 +33,13 @@ struct UsableCombination {
     DWORD mask;
 };
 
-// In the order in which the page lists them. "Full control" is RIGHTS_DISPLAY_MASK here.
+// "Full control" as one right, where a mask without SYNCHRONIZE would be the single rights one by one.
+inline constexpr DWORD kFullControlAsOne = FILE_ALL_ACCESS;
+
+// In the order in which the page lists them.
 // clang-format off
 inline constexpr std::array<UsableCombination, 7> kUsableCombinations = {{
-    {"Allow all",      RIGHTS_DISPLAY_MASK},
+    {"Allow all",      kFullControlAsOne},
     {"Deny all",       0},
     {"Modify",         0x1301BF},
     {"Read & execute", 0x1200A9},
@@ -53,8 +56,10 @@ class AccountRights {
 
     // Replaces the accounts by those of the allow and deny entries of `acl`; none is selected then.
     void LoadFromDacl(PACL acl);
-    // The object's own entries of other types, which Entries() leaves out.
+    // What Entries() leaves out of the object's own entries: those of other types, and allow and deny entries
+    // without a valid account.
     std::size_t OtherTypeCount() const { return otherTypeCount; }
+    std::size_t UnacceptableCount() const { return unacceptableCount; }
 
     const std::vector<WizardAccountRow>& Accounts() const { return accounts; }
     // Through which its names are looked up.
@@ -75,15 +80,16 @@ class AccountRights {
     // Changes each box that differs from what `mask` holds, one after the other.
     void ApplyCombination(DWORD mask);
 
-    // The list that all items get: a deny entry for each account with denied rights, then the same for
-    // allowed ones. Nothing inherited is in it.
-    std::vector<AccessEntry> Entries() const;
+    // The list that items of a kind get: a deny entry for each account with denied rights, then the same for
+    // allowed ones. Folders hand them down to everything below; nothing inherited is in it.
+    std::vector<AccessEntry> Entries(ItemKind kind) const;
 
   private:
     void CheckByMask(DWORD mask, bool isChecked);
 
     std::vector<WizardAccountRow> accounts;
     std::size_t otherTypeCount = 0;
+    std::size_t unacceptableCount = 0;
     std::optional<std::size_t> selected;
     std::array<bool, kRights> boxes{};
 };

@@ -4,6 +4,7 @@
 #include "editor/multi_selection_notice.h"
 #include "editor/required_control.h"
 #include "framework/long_work.h"
+#include "platform/api/files.h"
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
 #include "security/access_rows.h"
@@ -18,6 +19,12 @@ constexpr WizardButtons kCannotFinish = WizardButtons::kBack | WizardButtons::kD
 constexpr const char* kNotice =
     "Security Wizard can display information only about one selected item but will apply settings to all "
     "selected items (first selceted item information will be displayed)";
+
+bool IsFolder(LPCSTR path) {
+    const DWORD attributes = GetFileAttributesA(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
+           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+}
 
 }  // namespace
 
@@ -75,8 +82,8 @@ bool CWizardPage3::OnSetActive() {
     isRead = !names.empty() && LoadAccounts();
     // Without the first item's list there is nothing that could be meant for all.
     if (isRead) Sheet()->SetWizardButtons(WizardButtons::kBack | WizardButtons::kFinish);
-    if (rights.OtherTypeCount() > 0)
-        ShowInfoBox(GetSafeHwnd(), OtherTypesRemark(rights.OtherTypeCount()).c_str());
+    const std::string losses = LossesRemark(rights.OtherTypeCount(), rights.UnacceptableCount());
+    if (!losses.empty()) ShowInfoBox(GetSafeHwnd(), losses.c_str());
     return CPropertyPage::OnSetActive();
 }
 
@@ -193,11 +200,15 @@ void CWizardPage3::OnRemove() {
 
 bool CWizardPage3::OnWizardFinish() {
     if (!isRead) return false;
-    const UniqueLocal<ACL> dacl =
-        BuildDacl(GetSafeHwnd(), library.get(), rights.Entries(), WrittenMasks::kAsHeld);
-    if (!dacl) return false;
-    DoLongWork(*this, [this, window = GetSafeHwnd(), list = dacl.get()] {
-        WriteObjectDacl(window, names, std::nullopt, list);
+    const auto build = [this](ItemKind kind) {
+        return BuildDacl(GetSafeHwnd(), library.get(), rights.Entries(kind));
+    };
+    const UniqueLocal<ACL> forFolders = build(ItemKind::kFolder);
+    const UniqueLocal<ACL> forFiles = forFolders ? build(ItemKind::kFile) : nullptr;
+    if (!forFiles) return false;
+    DoLongWork(*this, [this, window = GetSafeHwnd(), folders = forFolders.get(), files = forFiles.get()] {
+        for (const char* const& name : names)
+            WriteObjectDacl(window, {&name, 1}, std::nullopt, IsFolder(name) ? folders : files);
     });
     return CPropertyPage::OnWizardFinish();
 }

@@ -51,14 +51,13 @@ TEST_F(AssignTest, EveryObjectGetsTheFirstOnesEntriesWithTheChange) {
     EXPECT_EQ(ListOf(second), std::string(kSecond) + "\n") << "a preview writes nothing";
 
     Assign({first, second}, {"--account", "Guests", "--combination", "read"});
-    EXPECT_EQ(ListOf(first), "D:AI(A;OICI;FR;;;BU)(A;OICI;CCSWLORC;;;BG)(A;OICIID;FA;;;BA)\n");
-    EXPECT_EQ(ListOf(second), "D:PAI(A;OICI;FR;;;BU)(A;OICI;CCSWLORC;;;BG)\n");
+    EXPECT_EQ(ListOf(first), "D:AI(A;OICI;FR;;;BU)(A;OICI;FR;;;BG)(A;OICIID;FA;;;BA)\n");
+    EXPECT_EQ(ListOf(second), "D:PAI(A;;FR;;;BU)(A;;FR;;;BG)\n");
 
     Assign({first, second}, {"--account", "BUILTIN\\Users", "--rights", "Full control"});
     Assign({first}, {"--account", "Administrators", "--rights", "0xf01fe"});
-    EXPECT_EQ(ListOf(first),
-              "D:AI(D;OICI;CC;;;BA)(A;OICI;0x1f03ff;;;BU)(A;OICI;CCSWLORC;;;BG)(A;OICIID;FA;;;BA)\n");
-    EXPECT_EQ(ListOf(second), "D:PAI(A;OICI;0x1f03ff;;;BU)(A;OICI;CCSWLORC;;;BG)\n");
+    EXPECT_EQ(ListOf(first), "D:AI(D;OICI;CC;;;BA)(A;OICI;FA;;;BU)(A;OICI;FR;;;BG)(A;OICIID;FA;;;BA)\n");
+    EXPECT_EQ(ListOf(second), "D:PAI(A;;FA;;;BU)(A;;FR;;;BG)\n");
 }
 
 // Beside a right from above full control as a whole adds nothing.
@@ -74,7 +73,7 @@ TEST_F(AssignTest, RightsThatWouldBeMissingAreNamed) {
     }
     Assign({first}, {"--account", "Administrators", "--rights", "0xf01ff"});
     EXPECT_EQ(ListOf(first),
-              "D:AI(A;OICI;FR;;;BU)(A;OICI;RC;;;BA)(A;OICIID;CCDCLCSWRPWPDTLOCRSDWDWO;;;BA)\n");
+              "D:AI(A;OICI;FR;;;BU)(A;OICI;0x120000;;;BA)(A;OICIID;CCDCLCSWRPWPDTLOCRSDWDWO;;;BA)\n");
 }
 
 TEST_F(AssignTest, NothingIsLostUnasked) {
@@ -83,7 +82,7 @@ TEST_F(AssignTest, NothingIsLostUnasked) {
     ASSERT_EQ(SetDescriptorText(second, foreign), 0U);
     EXPECT_THAT(Assign({first, second}, readers, 1), HasSubstr("--drop-other-entries"));
     EXPECT_EQ(ListOf(second), std::string(foreign) + "\n");
-    EXPECT_THAT(ListOf(first), HasSubstr("(A;OICI;CCSWLORC;;;WD)"));
+    EXPECT_THAT(ListOf(first), HasSubstr("(A;OICI;FR;;;WD)"));
 
     const std::string before = ListOf(first);
     EXPECT_THAT(Assign({second, first}, {"--account", "Guests", "--rights", "1"}, 1),

@@ -216,6 +216,7 @@ TEST_F(CommandsTest, JsonOfSeveralIsAnArrayInTheirOrderUnderTheTypedPaths) {
                                              {"account", "BUILTIN\\Administrators"},
                                              {"sid", "S-1-5-32-544"},
                                              {"mask", "0xf01ff"},
+                                             {"synchronize", true},
                                              {"permission", "Full control"},
                                              {"inherited", false},
                                              {"applyTo", "This folder, subfolders and files"},

@@ -42,18 +42,18 @@ TEST(NtfsTest, WhatTheCommandsWriteStandsOnTheDisk) {
     EXPECT_EQ(RunCli({"grant", volume.Root(), "--account", "Guests", "--rights", "Delete"}).exitCode, 0);
     EXPECT_THAT(volume.AuditedEntries("/"), HasSubstr("0 0x3 0x110000 S-1-5-20-222\n"));
     EXPECT_EQ(volume.AuditedEntries("/team"),
-              "1 0x9 0x110000 S-1-1-0\n"
+              "1 0x9 0x10000 S-1-1-0\n"
               "0 0x3 0x1a0080 S-1-5-20-221\n"
               "0 0x3 0x1f01ff S-1-5-20-220\n");
     EXPECT_EQ(volume.AuditedEntries("/team/file"),
-              "1 0x10 0x110000 S-1-1-0\n"
+              "1 0x10 0x10000 S-1-1-0\n"
               "0 0x10 0x1a0080 S-1-5-20-221\n"
               "0 0x10 0x1f01ff S-1-5-20-220\n");
     EXPECT_EQ(volume.AuditedEntries("/team/sub"),
-              "1 0x9 0x110000 S-1-1-0\n"
+              "1 0x9 0x10000 S-1-1-0\n"
               "0 0x3 0x1f01ff S-1-5-20-220\n");
     EXPECT_EQ(volume.AuditedEntries("/team/sub/deep"),
-              "1 0x10 0x110000 S-1-1-0\n"
+              "1 0x10 0x10000 S-1-1-0\n"
               "0 0x10 0x1f01ff S-1-5-20-220\n");
     EXPECT_THAT(volume.Audit(), HasSubstr("No errors were found"));
 }

@@ -3,10 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "tests/cli/cli_program.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/samba_fixture.h"
+#include "tests/support/temporary_folder.h"
 
 namespace permora::test {
 namespace {
@@ -45,6 +52,115 @@ TEST_F(SambaTest, TheServerLetsInWhomTheListOfAShareLetsIn) {
     EXPECT_EQ(Enter("guarded", "daemon"), "in");
     EXPECT_EQ(RunCli({"revoke", "--share", "guarded", "--account", "Everyone"}).exitCode, 0);
     EXPECT_THAT(Enter("guarded", "root"), HasSubstr("NT_STATUS_ACCESS_DENIED"));
+}
+
+// Files of the share, which a user of the server reads and writes.
+class SambaFilesTest : public SambaTest {
+  protected:
+    void SetUp() override {
+        SambaTest::SetUp();
+        if (IsSkipped() || HasFatalFailure()) return;
+        ASSERT_EQ(RunCommand({"smbpasswd", "-a", "-s", "daemon"}, "secret\nsecret\n").exitCode, 0);
+        // The kernel looks at the way to the share as well.
+        std::filesystem::permissions(std::filesystem::path(server->Root()).parent_path(),
+                                     std::filesystem::perms(0755));
+        std::ofstream(local) << "text\n";
+    }
+
+    // A new file with a list that is full control for the administrators and what smbcacls makes of
+    // `entries`.
+    std::string MakeFile(const std::string& name, const std::vector<std::string>& entries) {
+        EXPECT_EQ(server->Smbclient("put " + local + " " + name).exitCode, 0);
+        EXPECT_EQ(SetDescriptorText(server->Path(name), "D:P(A;;FA;;;BA)"), 0U);
+        for (const std::string& entry : entries) {
+            const CommandResult added = server->Smbcacls(name, {"--add", entry});
+            EXPECT_EQ(added.exitCode, 0) << added.output;
+        }
+        return server->Path(name);
+    }
+
+    // What the user can do with the file: "get", "put", both or nothing.
+    std::string Uses(const std::string& name) {
+        std::string uses;
+        for (const std::string& command :
+             {"get " + name + " " + local + ".copy", "put " + local + " " + name}) {
+            const CommandResult client = RunCommand(
+                {"smbclient", "//127.0.0.1/share", "-U", "daemon%secret", "-m", "SMB3", "-c", command});
+            const bool isRefused = client.output.find("NT_STATUS_ACCESS_DENIED") != client.output.npos;
+            EXPECT_EQ(client.exitCode != 0, isRefused) << client.output;
+            if (!isRefused) uses += command.substr(0, 3) + ' ';
+        }
+        return uses;
+    }
+
+    // In no order: among entries of one type it says nothing, and the tool puts new ones at the end.
+    static std::multiset<std::string> Lines(const std::string& text) {
+        std::istringstream stream(text);
+        std::multiset<std::string> lines;
+        for (std::string line; std::getline(stream, line);)
+            lines.insert(line);
+        return lines;
+    }
+
+    static void Change(const std::vector<std::string>& arguments) {
+        const CommandResult changed = RunCli(arguments);
+        EXPECT_EQ(changed.exitCode, 0) << changed.output;
+    }
+
+    TemporaryFolder folder;
+    const std::string local = folder.Path("text");
+    const std::string user = "PERMORATEST\\daemon";
+};
+
+TEST_F(SambaFilesTest, ClientsCanDoWhatAChangedListSaysAndItIsTheListOfSmbcacls) {
+    const std::string all = "ALLOWED/0x0/0x1f01ff";
+    const struct {
+        std::vector<std::string> before;
+        std::vector<std::string> command;  // before the path and the account
+        std::vector<std::string> after;
+        const char* uses;
+    } cases[] = {
+        {{all}, {"deny", "--rights", "Create files / Write data"}, {"DENIED/0x0/0x2", all}, "get "},
+        {{all}, {"deny", "--rights", "Take ownership"}, {"DENIED/0x0/0x80000", all}, "get put "},
+        {{all}, {"deny", "--rights", "Full control"}, {"DENIED/0x0/0x1f01ff", all}, ""},
+        {{"DENIED/0x0/0x100002", all}, {"deny", "--rights", "4"}, {"DENIED/0x0/0x100006", all}, ""},
+        {{}, {"grant", "--rights", "0x20089"}, {"ALLOWED/0x0/0x120089"}, "get "},
+        {{"ALLOWED/0x0/0x20089"}, {"grant", "--rights", "1"}, {"ALLOWED/0x0/0x120089"}, "get "},
+        {{}, {"assign", "--combination", "Read"}, {"ALLOWED/0x0/0x120089"}, "get "},
+        {{}, {"assign", "--combination", "Allow all"}, {all}, "get put "},
+        {{all}, {"assign", "--combination", "Read & execute"}, {"ALLOWED/0x0/0x1200a9"}, "get "},
+        {{all}, {"revoke"}, {}, ""},
+    };
+    int number = 0;
+    for (const auto& each : cases) {
+        const std::string name = "ours" + std::to_string(++number);
+        const auto entriesOf = [this](const std::vector<std::string>& rights) {
+            std::vector<std::string> entries;
+            for (const std::string& right : rights)
+                entries.push_back("ACL:" + user + ":" + right);
+            return entries;
+        };
+        std::vector<std::string> command = each.command;
+        command.insert(command.end(), {MakeFile(name, entriesOf(each.before)), "--account", user});
+        Change(command);
+        MakeFile("theirs" + std::to_string(number), entriesOf(each.after));
+        EXPECT_EQ(Lines(server->ServedEntries(name)),
+                  Lines(server->ServedEntries("theirs" + std::to_string(number))))
+            << ::testing::PrintToString(each.command);
+        EXPECT_EQ(Uses(name), each.uses) << ::testing::PrintToString(each.command);
+    }
+}
+
+TEST_F(SambaFilesTest, WhatNobodyChangesStaysBitForBit) {
+    const std::string unusual = "ACL:" + user + ":DENIED/0x0/0x100000";
+    const std::string odd = "ACL:" + user + ":ALLOWED/0x0/0x2ff";
+    const std::string path = MakeFile("kept", {odd, unusual});
+    const std::string before = server->ServedEntries("kept");
+    ASSERT_THAT(before, AllOf(HasSubstr(":1/0x0/0x00100000\n"), HasSubstr(":0/0x0/0x000002ff\n")));
+    Change({"grant", path, "--account", "Guests", "--rights", "Delete"});
+    Change({"deny", path, "--account", "Guests", "--rights", "Read permissions"});
+    Change({"revoke", path, "--account", "Guests"});
+    EXPECT_EQ(server->ServedEntries("kept"), before);
 }
 
 }  // namespace

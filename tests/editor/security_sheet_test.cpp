@@ -67,7 +67,7 @@ TEST_F(SecuritySheet, AddsAnEntryToEveryItemAndResetsWhatIsBelow) {
         EXPECT_FALSE(window.IsEnabled(SheetButton::kApply));
         window.Click(SheetButton::kOk);  // nothing has changed since: nothing is written
     });
-    const std::string expected = "D:PAI(D;;0x140000;;;BU)(A;OIIO;0x100080;;;WD)(A;OICI;FA;;;BA)";
+    const std::string expected = "D:PAI(D;;WD;;;BU)(A;OIIO;0x100080;;;WD)(A;OICI;FA;;;BA)";
     for (const char* name : {"docs", "data"})
         EXPECT_EQ(DaclText(folder.Path(name)), expected) << name;
     EXPECT_EQ(DaclText(folder.Path("docs/report")), "D:AI(A;OIIOID;0x100080;;;WD)(A;OICIID;FA;;;BA)");

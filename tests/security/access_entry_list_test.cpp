@@ -7,6 +7,7 @@
 
 #include "gtest/gtest.h"
 #include "platform/api/errors.h"
+#include "security/access_rights.h"
 #include "tests/security/entries.h"
 
 namespace permora {
@@ -22,21 +23,20 @@ using testing::ListOf;
 using testing::ShortEntry;
 using Entries = std::vector<ShortEntry>;
 
-TEST(AccessEntryList, ReadsEveryEntryInItsOrderWithoutSynchronize) {
+constexpr DWORD kSync = SYNCHRONIZE;
+
+TEST(AccessEntryList, ReadsEveryEntryInItsOrderAsItStands) {
     constexpr BYTE kAudit = SYSTEM_AUDIT_ACE_TYPE;
     constexpr BYTE kCallback = 9;
-    AccessEntryList list = ListOf({{kAllow, 'A', 0x1F01FF, 0x13},
-                                   {kAllowObject, 'B', 0x3, 0},
-                                   {kDeny, 'C', 0x90000001, 0x1F},
-                                   {kCallback, 'D', 0x100000, 0},
-                                   {kAudit, 'E', 0, 0x40}});
-    // The object entry's SID is not where the others have it.
-    EXPECT_EQ(EntriesOf(list), (Entries{{kAllow, 'A', 0xF01FF, 0x13},
-                                        {kAllowObject, '-', 0x3, 0},
-                                        {kDeny, 'C', 0x90000001, 0x1F},
-                                        {kCallback, 'D', 0, 0},
-                                        {kAudit, 'E', 0, 0x40}}));
+    const Entries entries = {{kAllow, 'A', 0x1F01FF, 0x13},  {kAllowObject, 'B', 0x3, 0},
+                             {kDeny, 'C', 0x91100201, 0x1F}, {kCallback, 'D', 0x100000, 0},
+                             {kAudit, 'E', 0, 0x40},         {kAllow, 'F', 1, 0x40}};
+    AccessEntryList list = ListOf(entries);
+    Entries read = entries;
+    read[1].letter = '-';  // an object entry's SID is not where the others have it
+    EXPECT_EQ(EntriesOf(list), read);
     EXPECT_EQ(list.OtherTypeCount(), 3U);
+    EXPECT_EQ(list.UnacceptableCount(), 1U) << "flags of audit entries";
     list.LoadFromDacl(nullptr);
     EXPECT_TRUE(list.Entries().empty());
 }
@@ -83,15 +83,15 @@ TEST(AccessEntryList, MergesOrPlacesAnAddedEntry) {
         {"an allow entry stands before allow entries and after deny entries",
          {{kDeny, 'A', 1, 0}, {kAllow, 'B', 2, 0}, {kAllow, 'C', 4, 0x10}},
          {kAllow, 'D', 8, 0},
-         {{kDeny, 'A', 1, 0}, {kAllow, 'D', 8, 0}, {kAllow, 'B', 2, 0}, {kAllow, 'C', 4, 0x10}}},
+         {{kDeny, 'A', 1, 0}, {kAllow, 'D', kSync | 8, 0}, {kAllow, 'B', 2, 0}, {kAllow, 'C', 4, 0x10}}},
         {"an allow entry stands before inherited deny entries",
          {{kDeny, 'A', 1, 0}, {kDeny, 'B', 2, 0x10}},
          {kAllow, 'D', 8, 0},
-         {{kDeny, 'A', 1, 0}, {kAllow, 'D', 8, 0}, {kDeny, 'B', 2, 0x10}}},
+         {{kDeny, 'A', 1, 0}, {kAllow, 'D', kSync | 8, 0}, {kDeny, 'B', 2, 0x10}}},
         {"an allow entry stands at the end of deny entries",
          {{kDeny, 'A', 1, 0}},
          {kAllow, 'D', 8, 0},
-         {{kDeny, 'A', 1, 0}, {kAllow, 'D', 8, 0}}},
+         {{kDeny, 'A', 1, 0}, {kAllow, 'D', kSync | 8, 0}}},
         {"a deny entry goes to the top, above earlier ones",
          {{kDeny, 'A', 1, 0}, {kAllow, 'B', 2, 0}},
          {kDeny, 'D', 8, 0},
@@ -99,11 +99,23 @@ TEST(AccessEntryList, MergesOrPlacesAnAddedEntry) {
         {"it joins the same account, type and flags where they stand",
          {{kAllow, 'A', 1, 0}, {kAllow, 'B', 2, 3}, {kAllow, 'B', 4, 3}},
          {kAllow, 'B', 8, 3},
-         {{kAllow, 'A', 1, 0}, {kAllow, 'B', 10, 3}, {kAllow, 'B', 4, 3}}},
+         {{kAllow, 'A', 1, 0}, {kAllow, 'B', kSync | 10, 3}, {kAllow, 'B', 4, 3}}},
         {"it joins neither other flags nor another type nor an inherited entry",
          {{kDeny, 'B', 1, 3}, {kAllow, 'B', 2, 2}, {kAllow, 'B', 4, 0x13}},
          {kAllow, 'B', 8, 3},
-         {{kDeny, 'B', 1, 3}, {kAllow, 'B', 8, 3}, {kAllow, 'B', 2, 2}, {kAllow, 'B', 4, 0x13}}},
+         {{kDeny, 'B', 1, 3}, {kAllow, 'B', kSync | 8, 3}, {kAllow, 'B', 2, 2}, {kAllow, 'B', 4, 0x13}}},
+        {"a denial that had SYNCHRONIZE keeps it",
+         {{kDeny, 'A', kSync | 1, 0}},
+         {kDeny, 'A', 2, 0},
+         {{kDeny, 'A', kSync | 3, 0}}},
+        {"a denial gets it with the last of the rights",
+         {{kDeny, 'A', 0xE01FF, 0}},
+         {kDeny, 'A', 0x10000, 0},
+         {{kDeny, 'A', kSync | FULL_CONTROL_RIGHTS, 0}}},
+        {"unusual bits stay",
+         {{kAllow, 'A', 0x81000200, 0}},
+         {kAllow, 'A', 1, 0},
+         {{kAllow, 'A', kSync | 0x81000201, 0}}},
     };
     for (const auto& c : cases) {
         AccessEntryList list = ListOf(c.before);
@@ -131,6 +143,10 @@ TEST(AccessEntryList, CopiesAndRemovesInheritedEntries) {
          {{kAllow, 'A', 1, 3}, {kAllow, 'A', 2, 0x13}, {kAllow, 'A', 4, 0x13}},
          {{kAllow, 'A', 7, 3}, {kAllow, 'A', 2, 0x13}, {kAllow, 'A', 4, 0x13}},
          {{kAllow, 'A', 7, 3}}},
+        {"every bit is copied",
+         {{kDeny, 'A', kSync | 0x10000201, 0x12}},
+         {{kDeny, 'A', kSync | 0x10000201, 2}, {kDeny, 'A', kSync | 0x10000201, 0x12}},
+         {{kDeny, 'A', kSync | 0x10000201, 2}}},
         {"an entry of another type whose account is unknown is copied once",
          {{kAllowObject, '-', 1, 0x10}},
          {{kAllowObject, '-', 1, 0}, {kAllowObject, '-', 1, 0x10}},
@@ -148,8 +164,11 @@ TEST(AccessEntryList, CopiesAndRemovesInheritedEntries) {
 
 TEST(AccessEntryList, AnEditReplacesAnExplicitEntryAndAddsToAnInheritedOne) {
     const Entries two = {{kDeny, 'D', 0x10000, 0}, {kAllow, 'A', 3, 3}};
-    const Entries inherited = {{kAllow, 'A', 0x20000, 0x12}, {kDeny, 'D', 2, 0x10}};
+    const Entries inherited = {{kAllow, 'A', kSync | 0x20000, 0x12}, {kDeny, 'D', kSync | 2, 0x10}};
     const Entries generic = {{kAllow, 'A', GENERIC_ALL, 0x1B}};
+    const Entries unusual = {{kAllow, 'A', 0x10000201, 3},
+                             {kDeny, 'D', kSync | 0x10000202, 3},
+                             {kDeny, 'D', kSync | FULL_CONTROL_RIGHTS, 7}};
     const struct {
         const char* what;
         Entries before;
@@ -163,25 +182,37 @@ TEST(AccessEntryList, AnEditReplacesAnExplicitEntryAndAddsToAnInheritedOne) {
     } cases[] = {
         // clang-format off
         {"an allow entry splits", two, 1, 1, 2, 1, 'A', false,
-         {{kDeny, 'A', 2, 3}, {kDeny, 'D', 0x10000, 0}, {kAllow, 'A', 1, 3}}},
+         {{kDeny, 'A', 2, 3}, {kDeny, 'D', 0x10000, 0}, {kAllow, 'A', kSync | 1, 3}}},
         {"a deny entry splits", two, 0, 4, 0x10000, 0, 'D', false,
-         {{kDeny, 'D', 0x10000, 0}, {kAllow, 'D', 4, 0}, {kAllow, 'A', 3, 3}}},
+         {{kDeny, 'D', 0x10000, 0}, {kAllow, 'D', kSync | 4, 0}, {kAllow, 'A', 3, 3}}},
         {"all boxes cleared", two, 1, 0, 0, 1, 'A', false,
          {{kDeny, 'D', 0x10000, 0}}},
         {"other account, scope and reach", two, 1, 3, 0, 6, 'B', true,
-         {{kDeny, 'D', 0x10000, 0}, {kAllow, 'B', 3, 0x0D}}},
+         {{kDeny, 'D', 0x10000, 0}, {kAllow, 'B', kSync | 3, 0x0D}}},
         {"an index that is no scope", two, 1, 3, 0, -1, 'A', false,
-         {{kDeny, 'D', 0x10000, 0}, {kAllow, 'A', 3, 0}}},
+         {{kDeny, 'D', 0x10000, 0}, {kAllow, 'A', kSync | 3, 0}}},
         {"it joins an entry that was there", {{kAllow, 'A', 1, 0}, {kAllow, 'A', 2, 3}}, 1, 4, 0, 0, 'A', false,
-         {{kAllow, 'A', 5, 0}}},
+         {{kAllow, 'A', kSync | 5, 0}}},
         {"inherited and unchanged", inherited, 0, 0x20000, 0, 2, 'A', false,
          inherited},
         {"inherited allow with more of both", inherited, 0, 0x20001, 0x10000, 2, 'A', false,
-         {{kDeny, 'A', 0x10000, 2}, {kAllow, 'A', 1, 2}, inherited[0], inherited[1]}},
+         {{kDeny, 'A', 0x10000, 2}, {kAllow, 'A', kSync | 1, 2}, inherited[0], inherited[1]}},
         {"inherited deny with more of both", inherited, 1, 8, 6, 0, 'D', false,
-         {{kDeny, 'D', 4, 0}, {kAllow, 'D', 8, 0}, inherited[0], inherited[1]}},
+         {{kDeny, 'D', 4, 0}, {kAllow, 'D', kSync | 8, 0}, inherited[0], inherited[1]}},
         {"generic rights have no box and come back as an explicit entry", generic, 0, 0, 0, 4, 'A', false,
-         {{kAllow, 'A', GENERIC_ALL, 0x0B}, generic[0]}},
+         {{kAllow, 'A', kSync | GENERIC_ALL, 0x0B}, generic[0]}},
+        {"opened and closed, it keeps what no box shows", unusual, 0, 1, 0, 1, 'A', false,
+         unusual},
+        {"the same of a denial", unusual, 1, 0, 2, 1, 'D', false,
+         unusual},
+        {"a denial keeps SYNCHRONIZE", unusual, 1, 0, 4, 1, 'D', false,
+         {{kDeny, 'D', kSync | 4, 3}, unusual[0], unusual[2]}},
+        {"also where nothing else is left of it", unusual, 1, 8, 0, 1, 'D', false,
+         {{kAllow, 'D', kSync | 8, 3}, unusual[0], unusual[2]}},
+        {"but not what it had for denying all", unusual, 2, 0, 4, 1, 'D', true,
+         {{kDeny, 'D', 4, 7}, unusual[0], unusual[1]}},
+        {"denying all", unusual, 0, 0, FULL_CONTROL_RIGHTS, 1, 'A', false,
+         {{kDeny, 'A', kSync | FULL_CONTROL_RIGHTS, 3}, unusual[1], unusual[2]}},
         // clang-format on
     };
     for (const auto& c : cases) {

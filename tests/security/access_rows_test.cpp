@@ -33,5 +33,13 @@ TEST(AccessRows, ShowAllowAndDenyEntriesAndKeepTheIndexOfEach) {
               "4|Allow|HOST\\ada|Special|Inherited|\n");
 }
 
+TEST(AccessRows, EntriesThatANewListWillNotHaveAreCounted) {
+    EXPECT_EQ(LossesRemark(0, 0), "");
+    EXPECT_EQ(LossesRemark(2, 0), "2 entries of other types are not shown; applying drops them.");
+    EXPECT_EQ(LossesRemark(1, 2),
+              "1 entry of another type is not shown; applying drops it. "
+              "2 entries are not valid; applying drops them.");
+}
+
 }  // namespace
 }  // namespace permora

@@ -27,7 +27,7 @@ using testing::ShortEntry;
 class DaclBuilder : public ::testing::Test {
   protected:
     UniqueLocal<ACL> Build(const AccessEntryList& list) const {
-        return BuildDacl(nullptr, library.get(), list);
+        return BuildDacl(nullptr, library.get(), list.Entries());
     }
 
     ServiceFakes services;
@@ -38,17 +38,18 @@ TEST_F(DaclBuilder, WritesAllowAndDenyEntriesInTheirOrderAndNoOthers) {
     AccessEntryList list = ListOf({{kAllow, 'A', 1, 0x10},
                                    {kAllowObject, 'B', 1, 0},
                                    {SYSTEM_AUDIT_ACE_TYPE, 'B', 1, 0},
-                                   {kDeny, 'C', 0x10000002, 0x0F}});
+                                   {kAllow, 'B', 1, 0x40},
+                                   {kDeny, 'C', 0x10000202, 0x0F},
+                                   {kAllow, 'D', 0x120089, 0}});
     list.AddEntry({}, 2, 0, kDeny);  // without an account
+    EXPECT_EQ(list.UnacceptableCount(), 2U);
     const UniqueLocal<ACL> dacl = Build(list);
     ASSERT_NE(dacl, nullptr);
     AccessEntryList written;
     written.LoadFromDacl(dacl.get());
     EXPECT_EQ(EntriesOf(written),
-              (std::vector<ShortEntry>{{kAllow, 'A', 1, 0x10}, {kDeny, 'C', 0x10000002, 0x0F}}));
-    void* ace = nullptr;
-    ASSERT_TRUE(GetAce(dacl.get(), 1, &ace));
-    EXPECT_EQ(static_cast<ACCESS_ALLOWED_ACE*>(ace)->Mask, 0x10100002U);
+              (std::vector<ShortEntry>{
+                  {kAllow, 'A', 1, 0x10}, {kDeny, 'C', 0x10000202, 0x0F}, {kAllow, 'D', 0x120089, 0}}));
 
     const UniqueLocal<ACL> empty = Build({});
     ASSERT_NE(empty, nullptr);

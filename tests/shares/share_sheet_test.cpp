@@ -77,7 +77,7 @@ TEST_F(ShareSheet, EditsAnEntryForTheShareAlone) {
         window.Click(IDC_EDIT_ENTRY);
         window.Click(SheetButton::kOk);
     });
-    EXPECT_EQ(ListOf("docs"), "D:P(D;;0x110000;;;BU)(A;;0x1200a9;;;BU)");
+    EXPECT_EQ(ListOf("docs"), "D:P(D;;SD;;;BU)(A;;0x1200a9;;;BU)");
 }
 
 TEST_F(ShareSheet, StopsAtTheFirstShareThatCannotBeWritten) {

@@ -82,12 +82,14 @@ TEST(AccountRights, AccountsAreGatheredFromTheirEntries) {
     EXPECT_EQ(rights.Add(AccountOf('C')), 2U);
     rights.Select(2);
     rights.ApplyRightChange(2, true);
-    // One deny and one allow entry for each account, as masks are held; nothing inherited.
-    EXPECT_EQ(ShortEntriesOf(rights.Entries()),
-              (std::vector<ShortEntry>{{kDeny, 'B', 2, 3}, {kAllow, 'A', 0x100081, 3}, {kAllow, 'C', 1, 3}}));
+    // One deny and one allow entry for each account; nothing inherited. What allows anything allows to
+    // synchronize.
+    EXPECT_EQ(ShortEntriesOf(rights.Entries(ItemKind::kFolder)),
+              (std::vector<ShortEntry>{
+                  {kDeny, 'B', 2, 3}, {kAllow, 'A', 0x100081, 3}, {kAllow, 'C', 0x100001, 3}}));
     rights.Remove(1);
-    EXPECT_EQ(ShortEntriesOf(rights.Entries()),
-              (std::vector<ShortEntry>{{kAllow, 'A', 0x100081, 3}, {kAllow, 'C', 1, 3}}));
+    EXPECT_EQ(ShortEntriesOf(rights.Entries(ItemKind::kFile)),
+              (std::vector<ShortEntry>{{kAllow, 'A', 0x100081, 0}, {kAllow, 'C', 0x100001, 0}}));
     EXPECT_EQ(BoxesOf(rights), "00000000000000");
 }
 
@@ -107,7 +109,7 @@ TEST(AccountRights, LaterMasksOverrideEarlierOnes) {
 }
 
 TEST(AccountRights, AChangedBoxChangesTheAccountsOwnRights) {
-    constexpr DWORD kFull = 0x1F03FF;
+    constexpr DWORD kFull = FULL_CONTROL_RIGHTS;
     const struct {
         const char* what;
         Masks before;
@@ -126,7 +128,14 @@ TEST(AccountRights, AChangedBoxChangesTheAccountsOwnRights) {
         {"full control checked", {1, 0x10000, 0, 0}, 0, true, {kFull, 0, 0, 0}, "11111111111111"},
         {"full control checked, inherited in part", {4, 2, 1, 0}, 0, true, {0, 0, 1, 0}, "11111111111111"},
         {"full control cleared", {kFull, 0, 0, 0}, 0, false, {kFull, 0, 0, 0}, "01111111111111"},
-        {"one cleared of all", {kFull, 0, 0, 0}, 13, false, {0x1703FF, 0, 0, 0}, "01111111111110"},
+        {"one cleared of all", {kFull, 0, 0, 0}, 13, false, {0x701FF, 0, 0, 0}, "01111111111110"},
+        {"nothing is left but what stands for nothing",
+         {0x100201, 0x100002, 0, 0},
+         2,
+         false,
+         {0, 0x100002, 0, 0},
+         "00000000000000"},
+        {"the same of a denial", {0, 0x100002, 0, 0}, 5, true, {2, 0, 0, 0}, "00000100000000"},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
@@ -150,8 +159,11 @@ TEST(AccountRights, CombinationsChangeOneBoxAfterTheOther) {
         Masks ofNothing;
         Masks ofMixed;
     } cases[] = {
-        {"Allow all", "11111111111111", {0x1F03FF, 0, 0, 0}, {0x1F03FF, 0, 0x30081, 0x80}},
-        {"Deny all", "00000000000000", nothing, {0x100000, 0x70001, 0x30081, 0x80}},
+        {"Allow all",
+         "11111111111111",
+         {FULL_CONTROL_RIGHTS, 0, 0, 0},
+         {FULL_CONTROL_RIGHTS, 0, 0x30081, 0x80}},
+        {"Deny all", "00000000000000", nothing, {0, 0x70001, 0x30081, 0x80}},
         {"Modify", "01111111101100", {0x301BF, 0, 0, 0}, {0x1001BE, 0x40000, 0x30081, 0x80}},
         {"Read & execute", "01111000000100", {0x200A9, 0, 0, 0}, {0x1000A8, 0x50000, 0x30081, 0x80}},
         {"List folder", "01111000000100", {0x200A9, 0, 0, 0}, {0x1000A8, 0x50000, 0x30081, 0x80}},
@@ -169,6 +181,19 @@ TEST(AccountRights, CombinationsChangeOneBoxAfterTheOther) {
             EXPECT_EQ(MasksOf(rights, 0), after);
         }
     }
+}
+
+TEST(AccountRights, WhatIsWrittenCanBeUsed) {
+    const struct {
+        Masks masks;
+        std::vector<ShortEntry> written;
+    } cases[] = {
+        {{0x1F03FF, 0x203, 0, 0}, {{kDeny, 'A', 0x3, 0}, {kAllow, 'A', 0x1F01FF, 0}}},
+        {{0x10000000, FULL_CONTROL_RIGHTS, 0, 0}, {{kDeny, 'A', 0x1F01FF, 0}, {kAllow, 'A', 0x10100000, 0}}},
+        {{0x200, 0x100002, 0, 0}, {{kDeny, 'A', 0x100002, 0}}},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(ShortEntriesOf(OneAccount(each.masks).Entries(ItemKind::kFile)), each.written);
 }
 
 }  // namespace

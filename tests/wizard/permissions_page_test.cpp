@@ -136,9 +136,9 @@ TEST_F(WizardPermissionsPage, AllItemsGetTheFirstOnesAccountsAsChanged) {
         },
         expectNotice);
     EXPECT_EQ(showIntermediateInfo, 0);
-    const std::string entries = "(D;OICI;CC;;;BU)(D;OICI;WO;;;BA)(A;OICI;FR;;;BU)(A;OICI;CCSWLORC;;;BG)";
-    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:AI" + entries + "(A;OICIID;FA;;;BA)");
-    EXPECT_EQ(DaclText(folder.Path("top/second")), "D:PAI" + entries);
+    EXPECT_EQ(DaclText(folder.Path("top/first")),
+              "D:AI(D;OICI;CC;;;BU)(D;OICI;WO;;;BA)(A;OICI;FR;;;BU)(A;OICI;FR;;;BG)(A;OICIID;FA;;;BA)");
+    EXPECT_EQ(DaclText(folder.Path("top/second")), "D:PAI(D;;CC;;;BU)(D;;WO;;;BA)(A;;FR;;;BU)(A;;FR;;;BG)");
 }
 
 TEST_F(WizardPermissionsPage, AccountsAreRemovedAndTheKeyboardDoesAll) {
@@ -179,8 +179,8 @@ TEST_F(WizardPermissionsPage, AccountsAreRemovedAndTheKeyboardDoesAll) {
         ui.ExpectError(HasSubstr("file"));
         window.Click(SheetButton::kFinish);
     });
-    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;0x1f03ff;;;BG)");
-    EXPECT_EQ(DaclText(folder.Path("top/second")), "D:PAI(A;OICI;0x1f03ff;;;BG)");
+    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;FA;;;BG)");
+    EXPECT_EQ(DaclText(folder.Path("top/second")), "D:PAI(A;;FA;;;BG)");
 
     Assign({"first"}, [&](WindowDriver& window) {
         window.Click(IDC_WIZARD_REMOVE_ACCOUNT);
@@ -190,7 +190,7 @@ TEST_F(WizardPermissionsPage, AccountsAreRemovedAndTheKeyboardDoesAll) {
         EXPECT_TRUE(window.IsEnabled(IDC_WIZARD_RIGHTS));
         window.Click(SheetButton::kCancel);
     });
-    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;0x1f03ff;;;BG)") << "only Finish writes";
+    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;FA;;;BG)") << "only Finish writes";
 }
 
 TEST_F(WizardPermissionsPage, OneItemNeedsNoNoticeAndWhatItInheritsStays) {
@@ -207,7 +207,7 @@ TEST_F(WizardPermissionsPage, OneItemNeedsNoNoticeAndWhatItInheritsStays) {
         window.SelectRow(IDC_COMBINATIONS, kReadCombination);
         window.Press("Return");  // is the sheet's, also in a list that takes Space
     });
-    EXPECT_EQ(DaclText(folder.Path("top/third")), "D:AI(D;OICI;DCLCRPWPDTCRSDWDWO;;;BA)(A;ID;FA;;;BA)");
+    EXPECT_EQ(DaclText(folder.Path("top/third")), "D:AI(D;;DCLCRPWPDTCRSDWDWO;;;BA)(A;ID;FA;;;BA)");
 }
 
 TEST_F(WizardPermissionsPage, WithoutTheFirstItemsListThereIsNoFinish) {
@@ -242,7 +242,7 @@ TEST_F(WizardPermissionsPage, WithoutTheFirstItemsListThereIsNoFinish) {
         window.SelectRow(IDC_COMBINATIONS, kReadCombination);
         window.Click(SheetButton::kFinish);
     });
-    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;CCSWLORC;;;WD)");
+    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;OICI;FR;;;WD)");
 }
 
 TEST_F(WizardPermissionsPage, OnAVolumeOfWindows) {
@@ -267,8 +267,8 @@ TEST_F(WizardPermissionsPage, OnAVolumeOfWindows) {
     });
     Enter("/");
     EXPECT_EQ(volume.AuditedEntries("/item"),
-              "0 0x3 0x1f01ff S-1-5-20-220\n"
-              "0 0x3 0x1f03ff S-1-5-20-222\n");
+              "0 0x0 0x1f01ff S-1-5-20-220\n"
+              "0 0x0 0x1f01ff S-1-5-20-222\n");
 }
 
 }  // namespace

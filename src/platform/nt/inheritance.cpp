@@ -99,6 +99,12 @@ void AppendInherited(Acl& acl, const Acl& parent, ObjectKind child, const Sid& o
         acl.revision = kObjectEntryRevision;
 }
 
+// Whether two entries differ at most in whether they were inherited.
+bool IsSameButOrigin(const Ace& one, Ace other) {
+    other.flags = WithoutFlags(other.flags, kInherited) | (one.flags & kInherited);
+    return one == other;
+}
+
 }  // namespace
 
 std::uint32_t MapGenericRights(std::uint32_t mask) {
@@ -110,9 +116,12 @@ std::uint32_t MapGenericRights(std::uint32_t mask) {
     return mapped;
 }
 
-Acl MapGenericRights(Acl acl) {
+Acl MapGenericRights(Acl acl, const Acl& before) {
     for (Ace& ace : acl.entries) {
-        if (!HasFlag(ace, kInheritOnly)) ace.mask = MapGenericRights(ace.mask);
+        const std::uint32_t mapped = MapGenericRights(ace.mask);
+        if (mapped == ace.mask || HasFlag(ace, kInheritOnly)) continue;
+        if (std::ranges::none_of(before.entries, [&](const Ace& held) { return IsSameButOrigin(held, ace); }))
+            ace.mask = mapped;
     }
     return acl;
 }

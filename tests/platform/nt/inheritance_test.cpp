@@ -141,8 +141,11 @@ TEST(Inheritance, AListThatTakesOverObjectEntriesSaysSoAndElseKeepsItsRevision) 
 TEST(Inheritance, GenericRightsAreMappedInEntriesThatApply) {
     EXPECT_EQ(MapGenericRights(0xF0000000), 0x1F01FFU);
     EXPECT_EQ(MapGenericRights(0x01000001), 0x01000001U);
-    EXPECT_EQ(Text(MapGenericRights(List("(A;;GA;;;SY)(A;OICIIO;GA;;;CO)(D;CI;SDGW;;;WD)(A;;;;;WD)"))),
+    const Acl list = List("(A;;GA;;;SY)(A;OICIIO;GA;;;CO)(D;CI;SDGW;;;WD)(A;;;;;WD)");
+    EXPECT_EQ(Text(MapGenericRights(list, {})),
               "(A;;FA;;;SY)(A;OICIIO;GA;;;CO)(D;CI;0x130116;;;WD)(A;;;;;WD)");
+    EXPECT_EQ(Text(MapGenericRights(list, List("(A;ID;GA;;;SY)(D;;SDGW;;;WD)"))),
+              "(A;;GA;;;SY)(A;OICIIO;GA;;;CO)(D;CI;0x130116;;;WD)(A;;;;;WD)");
 }
 
 TEST(Inheritance, ANewObjectSaysWhereItsListCameFrom) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/api/errors.h"
@@ -127,8 +128,9 @@ DWORD SetList(const Change& change, const ResolvedObject& target, DescriptorStor
         descriptor.daclState = nt::DaclState::kNull;
         return ERROR_SUCCESS;
     }
+    nt::Acl list = nt::MapGenericRights(*change.dacl, ListOf(descriptor));
     descriptor.daclState = nt::DaclState::kList;
-    descriptor.dacl = nt::MapGenericRights(*change.dacl);
+    descriptor.dacl = std::move(list);
     if (descriptor.IsDaclProtected() || !target.parent) return ERROR_SUCCESS;
     nt::SecurityDescriptor parent;
     const DWORD error = store.Read(target.parent, parent);

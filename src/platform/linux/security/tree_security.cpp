@@ -101,7 +101,7 @@ namespace permora {
 DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeObserver& observer, TreeCounts& counts) {
     const std::optional<nt::Acl> entries = host::EntriesOf(list);
     if (!entries) return ERROR_INVALID_ACL;
-    const nt::Acl mapped = nt::MapGenericRights(*entries);
+    const nt::Acl mapped = nt::MapGenericRights(*entries, {});
     return host::ListSetting(mapped, mode, observer, counts).Run(folder);
 }
 
