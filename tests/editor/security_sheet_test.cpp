@@ -93,9 +93,9 @@ TEST_F(SecuritySheet, InheritedEntriesAreKeptCopiedOrRemoved) {
         std::string list;
     };
     const Case cases[] = {
-        {IDCANCEL, "D:AI(A;;0x100005;;;WD)(A;OICIID;FA;;;BA)"},
-        {IDYES, "D:PAI(A;OICI;FA;;;BA)(A;;0x100005;;;WD)"},
-        {IDNO, "D:PAI(A;;0x100005;;;WD)"},
+        {IDCANCEL, "D:AI(A;;CCLC;;;WD)(A;OICIID;FA;;;BA)"},
+        {IDYES, "D:PAI(A;OICI;FA;;;BA)(A;;CCLC;;;WD)"},
+        {IDNO, "D:PAI(A;;CCLC;;;WD)"},
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(each.answer);

@@ -48,23 +48,22 @@ TEST(Wizard, OnAnNtfsVolume) {
               "Allow S-1-5-32-546 0x301bf 3\n"
               "Allow S-1-1-0 0x20089 3\n"
               "Allow S-1-5-11 0x200a9 3\n"
-              "Allow S-1-5-18 0xf03ff 3\n"  // SYNCHRONIZE is not shown
+              "Allow S-1-5-18 0xf01ff 3\n"  // SYNCHRONIZE is not shown
               "Allow S-1-5-32-551 0x200a9 3\n");
-    const std::string own =
-        "0 0x3 0x301bf S-1-5-20-222\n"
-        "0 0x3 0x20089 S-1-1-0\n"
-        "0 0x3 0x200a9 S-1-5-b\n"
-        "0 0x3 0x1f03ff S-1-5-12\n"
-        "0 0x3 0x200a9 S-1-5-20-227\n";
-    EXPECT_EQ(volume.AuditedEntries("/team/Alpha"), own +
-                                                        "1 0x13 0x10000 S-1-5-20-222\n"
-                                                        "0 0x13 0x1f01ff S-1-5-20-220\n");
-    EXPECT_EQ(volume.AuditedEntries("/team/Beta"), own);
-    EXPECT_EQ(volume.AuditedEntries("/team/letter"), own +
-                                                         "1 0x10 0x10000 S-1-5-20-222\n"
-                                                         "0 0x10 0x1f01ff S-1-5-20-220\n");
+    const auto own = [](const std::string& flags) {
+        std::string entries;
+        for (const char* entry : {"0x1301bf S-1-5-20-222", "0x120089 S-1-1-0", "0x1200a9 S-1-5-b",
+                                  "0x1f01ff S-1-5-12", "0x1200a9 S-1-5-20-227"})
+            entries += "0 " + flags + ' ' + entry + '\n';
+        return entries;
+    };
+    EXPECT_EQ(volume.AuditedEntries("/team/Alpha"),
+              own("0x3") + "1 0x13 0x10000 S-1-5-20-222\n" + "0 0x13 0x1f01ff S-1-5-20-220\n");
+    EXPECT_EQ(volume.AuditedEntries("/team/Beta"), own("0x3"));
+    EXPECT_EQ(volume.AuditedEntries("/team/letter"),
+              own("0x0") + "1 0x10 0x10000 S-1-5-20-222\n" + "0 0x10 0x1f01ff S-1-5-20-220\n");
     EXPECT_THAT(volume.AuditedEntries("/team/Alpha/Inner"),
-                ::testing::StartsWith("0 0x13 0x301bf S-1-5-20-222\n"));
+                ::testing::StartsWith("0 0x13 0x1301bf S-1-5-20-222\n"));
     EXPECT_THAT(volume.Audit(), ::testing::HasSubstr("No errors were found"));
 }
 
