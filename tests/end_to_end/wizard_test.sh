@@ -77,7 +77,7 @@ Take 4                          # List folder
 Settle
 Picture "assigned"
 Finish
-common=("Allow S-1-1-0 0x20089" "Allow S-1-5-11 0x200a9" "Allow S-1-5-18 0xf03ff" "Allow S-1-5-32-551 0x200a9")
+common=("Allow S-1-1-0 0x20089" "Allow S-1-5-11 0x200a9" "Allow S-1-5-18 0xf01ff" "Allow S-1-5-32-551 0x200a9")
 OwnEntries "Deny S-1-5-32-544 0xf01ff" "Allow S-1-5-32-545 0x116" "Allow S-1-5-32-546 0x301bf" "${common[@]}"
 
 # No notice now. What was denied to administrators is theirs again but for the ownership; Users go.
