@@ -4,12 +4,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/linux/files/drives.h"
 #include "tests/browser/browser_fixture.h"
-#include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
 
 namespace permora::testing {
@@ -139,7 +139,7 @@ TEST_F(BrowserListing, AVolumeWhoseDriverDiesIsReportedAndCanBeLeft) {
     Start(R"(N:\)");
     EXPECT_THAT(Names(), ElementsAre("sub"));
 
-    test::RunCommand({"pkill", "-KILL", "-x", "-P", std::to_string(getpid()), "ntfs-3g"});
+    ASSERT_EQ(kill(volume.Driver(), SIGKILL), 0);
     const auto isDead = [&] { return access(volume.Path("sub").c_str(), F_OK) != 0 && errno == ENOTCONN; };
     ASSERT_TRUE(Window().WaitUntil(isDead));
     ExpectError("Transport endpoint is not connected");

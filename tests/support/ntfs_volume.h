@@ -30,6 +30,8 @@ class NtfsVolume {
     const std::string& Root() const { return root; }
     std::string Path(const std::string& name) const { return root + "/" + name; }
     const std::string& Image() const { return image; }
+    // The process that serves it.
+    int Driver() const { return driver; }
 
     // Anew, when it is mounted already.
     void Mount(NtfsMount mode = NtfsMount::kWritable);
@@ -50,7 +52,7 @@ class NtfsVolume {
     std::string image;
     std::string root;
     std::string problem;
-    int driver = -1;  // process id of ntfs-3g
+    int driver = -1;
 };
 
 }  // namespace permora::test
