@@ -3,9 +3,33 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "platform/ascii.h"
+#include "platform/linux/base/foreign_environment.h"
 
 namespace permora {
+namespace {
+
+// Whose names are what an environment usually has, since they go to a terminal.
+std::string Listed(const std::vector<std::string>& variables) {
+    std::string list;
+    for (const std::string& variable : variables)
+        list += (list.empty() ? "" : ", ") + variable;
+    std::ranges::replace_if(
+        list,
+        [](char c) {
+            return IsControl(c) || !IsAscii({&c, 1});
+        },
+        '?');
+    return list;
+}
+
+}  // namespace
 
 void PrepareProcess() {
     for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
@@ -14,6 +38,12 @@ void PrepareProcess() {
         if (fcntl(stream, F_GETFD) < 0) (void)!open("/", O_PATH | O_DIRECTORY);
     }
     std::signal(SIGXFSZ, SIG_IGN);
+    std::vector<std::string> variables = host::ForgetForeignPlaces();
+    if (variables.empty()) return;
+    std::ranges::sort(variables);
+    std::fprintf(stderr,
+                 "permora: ignored in the environment, since others than root decide what is there: %s\n",
+                 Listed(variables).c_str());
 }
 
 }  // namespace permora

@@ -28,7 +28,18 @@ std::string OwnPlace(const char* variable) {
     return place.starts_with('/') && IsOwn(place) ? place : "";
 }
 
-std::string HomeFromAccount() {
+// `variable`, or `below` in the user's home; empty when there is neither.
+std::string UserFolder(const char* variable, const char* below) {
+    std::string place = OwnPlace(variable);
+    if (!place.empty()) return place;
+    std::string home = OwnPlace("HOME");
+    if (home.empty()) home = HomeOfAccount();
+    return home.empty() ? home : home + below;
+}
+
+}  // namespace
+
+std::string HomeOfAccount() {
     std::array<char, 4096> buffer;
     passwd entry{};
     passwd* found = nullptr;
@@ -37,17 +48,6 @@ std::string HomeFromAccount() {
     const std::string home = isKnown ? entry.pw_dir : "";
     return home.starts_with('/') ? home : "";
 }
-
-// `variable`, or `below` in the user's home; empty when there is neither.
-std::string UserFolder(const char* variable, const char* below) {
-    std::string place = OwnPlace(variable);
-    if (!place.empty()) return place;
-    std::string home = OwnPlace("HOME");
-    if (home.empty()) home = HomeFromAccount();
-    return home.empty() ? home : home + below;
-}
-
-}  // namespace
 
 std::string UserConfigurationFolder() {
     return UserFolder("XDG_CONFIG_HOME", "/.config");

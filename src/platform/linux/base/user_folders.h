@@ -9,6 +9,8 @@
 
 namespace permora::host {
 
+// The user's home as the system knows it; empty when it is no absolute path.
+std::string HomeOfAccount();
 // For configuration files; empty when the user has no home.
 std::string UserConfigurationFolder();
 // For data files: the user's, and then the system's, each an absolute path.

@@ -1,0 +1,154 @@
+#include "platform/linux/base/foreign_environment.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <string_view>
+
+#include "platform/ascii.h"
+#include "platform/linux/base/spawn_plan.h"
+#include "platform/linux/base/user_folders.h"
+
+namespace permora::host {
+namespace {
+
+// By families, since each library reads more of them than its documents tell: Qt, GTK and GLib (which Qt's
+// themes load), the C library, drivers of graphics, X, fonts, TLS, the desktop's base directories.
+constexpr std::array<std::string_view, 39> kFamilies{
+    "__EGL",    "__GL",    "EGL_",   "FC_",          "FONTCONFIG_", "GALLIUM_", "GBM_",    "GCONV_PATH",
+    "GDK_",     "GIO_",    "GLX",    "GNOME_",       "GSETTINGS",   "GTK",      "HOME",    "HOSTALIASES",
+    "ICU_",     "KDE",     "LIBGL_", "LIBVA_",       "LOCPATH",     "MESA_",    "NLSPATH", "OPENSSL_",
+    "PATH",     "PLASMA_", "QML",    "QT",           "SSL_",        "VDPAU_",   "VK_",     "XAPPLRESDIR",
+    "XCOMPOSE", "XCURSOR", "XDG_",   "XENVIRONMENT", "XKB",         "XLOCALE",  "TZDIR"};
+
+// Ends of the names of variables that hold nothing but places: there also a bare name is one.
+constexpr std::array<std::string_view, 9> kPlaceEnds{"PATH",  "DIR",  "DIRS", "HOME",     "FILE",
+                                                     "FILES", "ROOT", "CONF", "FILENAMES"};
+
+bool IsOfFamily(std::string_view name) {
+    return std::ranges::any_of(kFamilies,
+                               [name](std::string_view family) { return name.starts_with(family); });
+}
+
+bool HoldsPlacesOnly(std::string_view name) {
+    return std::ranges::any_of(kPlaceEnds, [name](std::string_view end) { return name.ends_with(end); });
+}
+
+// "key=/place" and "FILE:/place" name a place too.
+bool IsPartHarmless(std::string_view part, bool isPlace) {
+    part = part.substr(part.rfind('=') + 1);
+    if (part.find('/') == part.npos) return !isPlace;
+    return IsRootsAlone(std::string(part));
+}
+
+bool IsHarmless(std::string_view name, std::string_view value) {
+    const bool isPlace = HoldsPlacesOnly(name);
+    // To some, nothing before or behind a separator is the current directory.
+    if (isPlace && (value.starts_with(':') || value.ends_with(':') || value.find("::") != value.npos))
+        return false;
+    while (!value.empty()) {
+        if (!IsPartHarmless(TakeUntil(':', value), isPlace)) return false;
+    }
+    return true;
+}
+
+// A Wayland display without a path is found by way of this folder, which may be another user's: it leads to a
+// screen and to no code.
+void KeepDisplay() {
+    const char* folder = std::getenv("XDG_RUNTIME_DIR");
+    const char* display = std::getenv("WAYLAND_DISPLAY");
+    if (folder == nullptr || display == nullptr || *display == '/' || *display == '\0') return;
+    setenv("WAYLAND_DISPLAY", (std::string(folder) + '/' + display).c_str(), 1);
+}
+
+void Forget(const std::string& name) {
+    if (name == "XDG_RUNTIME_DIR") KeepDisplay();
+    unsetenv(name.c_str());
+    if (name == "PATH") setenv("PATH", kToolPath + sizeof "PATH", 1);
+    if (name == "HOME") {
+        if (const std::string home = HomeOfAccount(); !home.empty()) setenv("HOME", home.c_str(), 1);
+    }
+}
+
+// --- Paths.
+
+bool MayOthersWrite(const struct stat& status) {
+    return (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+}
+
+enum class Step { kTaken, kMissing, kForeign };
+
+// Goes on to `name` in `place` (a path without links and without its last separator); what a link leads to
+// comes before the `rest` instead.
+Step Take(const std::string& name, std::string& place, std::string& rest) {
+    const std::string next = place + '/' + name;
+    struct stat status {};
+    if (lstat(next.c_str(), &status) != 0) return errno == ENOENT ? Step::kMissing : Step::kForeign;
+    if (status.st_uid != 0) return Step::kForeign;
+    if (S_ISLNK(status.st_mode)) {
+        std::string target(PATH_MAX, '\0');
+        const ssize_t length = readlink(next.c_str(), target.data(), target.size());
+        if (length <= 0) return Step::kForeign;
+        target.resize(static_cast<std::size_t>(length));
+        if (target.front() == '/') place.clear();
+        rest = target + '/' + rest;
+        return Step::kTaken;
+    }
+    // In a sticky folder nobody can take root's own object away; whether it is the end is asked there.
+    const bool isSticky = S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0;
+    if (MayOthersWrite(status) && !isSticky) return Step::kForeign;
+    place = next;
+    return Step::kTaken;
+}
+
+// Whether others may make something in the folder, or write the file, that the walk has come to.
+bool IsOpenToOthers(const std::string& place) {
+    struct stat status {};
+    return lstat(place.empty() ? "/" : place.c_str(), &status) != 0 || status.st_uid != 0 ||
+           MayOthersWrite(status);
+}
+
+}  // namespace
+
+bool IsRootsAlone(const std::string& path) {
+    constexpr int kMostSteps = 1000;  // links may go round
+    // Libraries may shorten ".." by the letters alone, to another place than the system's.
+    if (!path.starts_with('/') || path.find("/..") != path.npos) return false;
+    std::string place;
+    std::string rest = path;
+    for (int step = 0; step < kMostSteps; ++step) {
+        rest.erase(0, rest.find_first_not_of('/'));
+        if (rest.empty()) return !IsOpenToOthers(place);
+        const std::string name = rest.substr(0, rest.find('/'));
+        rest.erase(0, name.size());
+        if (name == "..") {
+            place.resize(place.empty() ? 0 : place.rfind('/'));
+        } else if (name != ".") {
+            const Step taken = Take(name, place, rest);
+            if (taken == Step::kForeign) return false;
+            if (taken == Step::kMissing) return !IsOpenToOthers(place);  // root alone can make it
+        }
+    }
+    return false;
+}
+
+std::vector<std::string> ForgetForeignPlaces() {
+    std::vector<std::string> foreign;
+    if (geteuid() != 0) return foreign;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        const std::string_view text(*entry);
+        const std::string_view name = text.substr(0, text.find('='));
+        if (name.size() == text.size() || !IsOfFamily(name)) continue;
+        if (!IsHarmless(name, text.substr(name.size() + 1))) foreign.emplace_back(name);
+    }
+    for (const std::string& name : foreign)
+        Forget(name);
+    return foreign;
+}
+
+}  // namespace permora::host

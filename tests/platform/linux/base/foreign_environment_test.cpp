@@ -1,0 +1,147 @@
+#include "platform/linux/base/foreign_environment.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "tests/support/command.h"
+#include "tests/support/temporary_folder.h"
+
+namespace permora::host {
+namespace {
+
+using test::TemporaryFolder;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr uid_t kOther = 65534;
+
+class ForeignEnvironment : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (geteuid() != 0) GTEST_SKIP() << "only root forgets, and only root can give files away";
+        ASSERT_EQ(chown(foreign.c_str(), kOther, kOther), 0);
+        ASSERT_EQ(chmod(shared.c_str(), 0775), 0);
+        ASSERT_EQ(chmod(sticky.c_str(), 01777), 0);
+        ASSERT_EQ(symlink(foreign.c_str(), folder.Path("to-foreign").c_str()), 0);
+        ASSERT_EQ(symlink("own/inside", folder.Path("to-own").c_str()), 0);
+        ASSERT_EQ(symlink("round", folder.Path("round").c_str()), 0);
+        ASSERT_EQ(symlink("../own", (sticky + "/others-link").c_str()), 0);
+        ASSERT_EQ(lchown((sticky + "/others-link").c_str(), kOther, kOther), 0);
+    }
+
+    const TemporaryFolder folder;
+    const std::string own = folder.MakeFolder("own");
+    const std::string inside = folder.MakeFolder("own/inside");
+    const std::string foreign = folder.MakeFolder("foreign");
+    const std::string below = folder.MakeFolder("foreign/below");
+    const std::string shared = folder.MakeFolder("shared");
+    const std::string sticky = folder.MakeFolder("sticky");
+    const std::string inSticky = folder.MakeFolder("sticky/own");
+};
+
+TEST_F(ForeignEnvironment, APlaceIsRootsAloneWhenNobodyElseHasAHandInIt) {
+    const std::pair<std::string, bool> cases[] = {
+        {"/usr/lib", true},
+        {"/", true},
+        {own, true},
+        {own + "//./inside/", true},
+        {own + "/missing/below", true},
+        {inSticky, true},
+        {folder.Path("to-own"), true},
+        {foreign, false},
+        {below, false},
+        {shared, false},
+        {shared + "/missing", false},
+        {sticky, false},
+        {sticky + "/.", false},
+        {sticky + "/missing", false},
+        {sticky + "/others-link", false},
+        {folder.Path("to-foreign"), false},
+        {folder.Path("to-foreign") + "/below", false},
+        {folder.Path("round"), false},
+        {own + "/../foreign", false},
+        {"/missing/../" + foreign, false},
+        {"own", false},
+        {".", false},
+        {"", false},
+    };
+    for (const auto& [path, isRoots] : cases)
+        EXPECT_EQ(IsRootsAlone(path), isRoots) << path;
+}
+
+TEST_F(ForeignEnvironment, WhatLeadsToOthersIsForgotten) {
+    const struct {
+        const char* name;
+        std::string value;
+        bool isForgotten;
+    } cases[] = {
+        {"QT_PLUGIN_PATH", "/usr/lib:" + foreign, true},
+        {"QT_PLUGIN_PATH", "/usr/lib:", true},
+        {"QT_PLUGIN_PATH", "plugins", true},
+        {"QT_PLUGIN_PATH", own, false},
+        {"QT_PLUGIN_PATH", "", false},
+        {"QT_QPA_PLATFORM_PLUGIN_PATH", foreign, true},
+        {"QT_QPA_PLATFORM", "offscreen", false},
+        {"QT_QPA_PLATFORM", "linuxfb:fb=/dev/null:size=1x1", true},  // everybody may write there
+        {"QT_QPA_GENERIC_PLUGINS", "evdev:/dev/input", false},
+        {"QT_STYLE_OVERRIDE", "Fusion", false},
+        {"GTK_MODULES", "gail:atk-bridge", false},
+        {"GTK_MODULES", "gail:./atk-bridge.so", true},
+        {"GIO_EXTRA_MODULES", below, true},
+        {"LOCPATH", folder.Path("to-foreign"), true},
+        {"FONTCONFIG_FILE", foreign + "/fonts.conf", true},
+        {"XDG_DATA_DIRS", "/usr/share", false},
+        {"XDG_DATA_DIRS", "/usr/share:" + shared, true},
+        {"XAUTHORITY", foreign, false},  // a key to the screen
+        {"EDITOR", foreign, false},
+    };
+    for (const auto& [name, value, isForgotten] : cases) {
+        setenv(name, value.c_str(), 1);
+        EXPECT_EQ(testing::Value(ForgetForeignPlaces(), testing::Contains(name)), isForgotten)
+            << name << "=" << value;
+        EXPECT_EQ(getenv(name) == nullptr, isForgotten) << name << "=" << value;
+        unsetenv(name);
+    }
+}
+
+TEST_F(ForeignEnvironment, RootGetsItsOwnHomeAndToolsAndKeepsTheScreen) {
+    setenv("HOME", foreign.c_str(), 1);
+    setenv("PATH", (foreign + ":/usr/bin").c_str(), 1);
+    setenv("XDG_RUNTIME_DIR", foreign.c_str(), 1);
+    setenv("WAYLAND_DISPLAY", "wayland-7", 1);
+    ForgetForeignPlaces();
+    EXPECT_STREQ(getenv("HOME"), "/root");
+    EXPECT_STREQ(getenv("PATH"), "/usr/bin:/usr/sbin:/bin:/sbin");
+    EXPECT_EQ(getenv("XDG_RUNTIME_DIR"), nullptr);
+    EXPECT_EQ(getenv("WAYLAND_DISPLAY"), foreign + "/wayland-7");
+}
+
+TEST_F(ForeignEnvironment, AnOrdinaryUsersIsHisOwn) {
+    const auto forgotten = test::AsOrdinaryUser([this] {
+        setenv("QT_PLUGIN_PATH", foreign.c_str(), 1);
+        return std::to_string(ForgetForeignPlaces().size());
+    });
+    EXPECT_EQ(forgotten, "0");
+}
+
+// Each program before anything of it has looked.
+TEST_F(ForeignEnvironment, BothProgramsForgetBeforeTheyStart) {
+    for (const char* program : {PERMORA_CLI, PERMORA}) {
+        // The windowed one ends since there is no such platform, and tells where it has looked for one.
+        const test::CommandResult result =
+            test::RunCommand({"env", "QT_PLUGIN_PATH=" + foreign, "LOCPATH=" + foreign, "QT_DEBUG_PLUGINS=1",
+                              "QT_QPA_PLATFORM=none", program, "--version"});
+        EXPECT_THAT(result.output,
+                    HasSubstr("others than root decide what is there: LOCPATH, QT_PLUGIN_PATH\n"));
+        EXPECT_THAT(result.output, Not(HasSubstr(foreign))) << program;
+    }
+    EXPECT_THAT(test::RunCommand({"env", "QT_PLUGIN_PATH=" + own, PERMORA_CLI, "--version"}).output,
+                Not(HasSubstr("ignored")));
+}
+
+}  // namespace
+}  // namespace permora::host
