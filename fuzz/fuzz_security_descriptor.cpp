@@ -1,6 +1,7 @@
 // Descriptors from disks that anyone may have written: read, written, handed down and put into words.
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "fuzz/require.h"
@@ -34,13 +35,20 @@ void CheckInheritance(const SecurityDescriptor& descriptor, ObjectKind kind) {
     }
 }
 
+// The entries of a system list; none for a list that is not there.
+std::vector<Ace> EntriesOf(std::span<const std::uint8_t> saclBytes) {
+    auto acl = Acl::FromBytes(saclBytes);
+    return acl ? std::move(acl->entries) : std::vector<Ace>();
+}
+
 void CheckText(const SecurityDescriptor& descriptor) {
     const auto text = ToSddl(descriptor, kAllParts);
     if (!text) return;
     const auto read = FromSddl(*text);
     Require(read.has_value(), "text that was written can be read");
     Require(read->owner == descriptor.owner && read->group == descriptor.group &&
-                read->daclState == descriptor.daclState && read->dacl.entries == descriptor.dacl.entries,
+                read->daclState == descriptor.daclState && read->dacl.entries == descriptor.dacl.entries &&
+                EntriesOf(read->saclBytes) == EntriesOf(descriptor.saclBytes),
             "text loses no entry and no account");
     Require(ToSddl(*read, kAllParts) == text, "text that was written is written the same again");
 }

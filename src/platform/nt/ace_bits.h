@@ -25,9 +25,10 @@ inline constexpr std::uint32_t kFileGenericExecute = 0x001200A0;
 inline constexpr std::uint32_t kFileGenericWrite   = 0x00120116;
 inline constexpr std::uint32_t kFileGenericRead    = 0x00120089;
 
+inline constexpr std::uint8_t  kMandatoryLabelType = 0x11;
+
 // The first four bytes of an object entry's own part say which GUIDs follow them.
 inline constexpr std::size_t   kObjectFlagsBytes           = 4;
-inline constexpr std::size_t   kGuidBytes                  = 16;
 inline constexpr std::uint32_t kObjectTypePresent          = 1;
 inline constexpr std::uint32_t kInheritedObjectTypePresent = 2;
 // clang-format on

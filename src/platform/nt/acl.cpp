@@ -2,6 +2,7 @@
 
 #include <cassert>
 
+#include "platform/guid_text.h"
 #include "platform/nt/ace_bits.h"
 #include "platform/nt/byte_io.h"
 

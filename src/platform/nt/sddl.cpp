@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "platform/nt/sddl_ace.h"
-#include "platform/nt/well_known_sids.h"
 
 namespace permora::nt {
 namespace {
@@ -85,10 +84,24 @@ bool TakeListWord(std::string_view& text, std::uint16_t ListFlag::*bit, std::uin
     return true;
 }
 
-// Takes an entry with its parentheses off `text`.
+// Where the parenthesis is that closes the one at the beginning; conditions have some within them, and
+// strings may hold any.
+std::size_t FindClosingParenthesis(std::string_view text) {
+    std::size_t depth = 0;
+    bool isInString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '"') isInString = !isInString;
+        if (isInString) continue;
+        if (text[i] == '(') ++depth;
+        if (text[i] == ')' && --depth == 0) return i;
+    }
+    return text.npos;
+}
+
+// Takes an entry with its parentheses off `text`, which begins with one.
 bool TakeEntry(std::string_view& text, const Sid* machine, Acl& acl) {
-    const std::size_t end = text.find(')');
-    if (text.front() != '(' || end == std::string_view::npos) return false;
+    const std::size_t end = FindClosingParenthesis(text);
+    if (end == text.npos) return false;
     auto ace = AceFromSddl(text.substr(1, end - 1), machine);
     if (!ace) return false;
     // A list must say by its revision that it holds object entries.
@@ -98,23 +111,27 @@ bool TakeEntry(std::string_view& text, const Sid* machine, Acl& acl) {
     return true;
 }
 
-// What follows "D:" or "S:"; the flags are added to `control`.
-std::optional<ListText> ReadList(std::string_view text, std::uint16_t ListFlag::*bit, const Sid* machine,
+bool IsAtPart(std::string_view text) {
+    return text.size() >= 2 && text[1] == ':';
+}
+
+// Takes what follows "D:" or "S:" off `text`; the flags are added to `control`.
+std::optional<ListText> TakeList(std::string_view& text, std::uint16_t ListFlag::*bit, const Sid* machine,
                                  std::uint16_t& control) {
     ListText list;
-    while (!text.empty() && text.front() != '(') {
+    while (!text.empty() && text.front() != '(' && !IsAtPart(text)) {
         if (!TakeListWord(text, bit, control, list)) return std::nullopt;
     }
-    while (!text.empty()) {
+    while (text.starts_with('(')) {
         if (list.isNull || !TakeEntry(text, machine, list.acl)) return std::nullopt;
     }
     if (list.acl.ByteSize() > Acl::kMaxBytes) return std::nullopt;
     return list;
 }
 
-bool ReadDacl(std::string_view text, const Sid* machine, SecurityDescriptor& descriptor) {
+bool TakeDacl(std::string_view& text, const Sid* machine, SecurityDescriptor& descriptor) {
     if (descriptor.daclState != DaclState::kAbsent) return false;
-    auto list = ReadList(text, &ListFlag::daclBit, machine, descriptor.control);
+    auto list = TakeList(text, &ListFlag::daclBit, machine, descriptor.control);
     if (!list) return false;
     descriptor.control |= kDaclPresent;
     descriptor.daclState = list->isNull ? DaclState::kNull : DaclState::kList;
@@ -122,30 +139,36 @@ bool ReadDacl(std::string_view text, const Sid* machine, SecurityDescriptor& des
     return true;
 }
 
-bool ReadSacl(std::string_view text, const Sid* machine, SecurityDescriptor& descriptor) {
+bool TakeSacl(std::string_view& text, const Sid* machine, SecurityDescriptor& descriptor) {
     if ((descriptor.control & kSaclPresent) != 0) return false;
-    const auto list = ReadList(text, &ListFlag::saclBit, machine, descriptor.control);
+    const auto list = TakeList(text, &ListFlag::saclBit, machine, descriptor.control);
     if (!list) return false;
     descriptor.control |= kSaclPresent;
     return list->isNull || list->acl.AppendTo(descriptor.saclBytes);
 }
 
-bool ReadAccount(std::string_view text, const Sid* machine, std::optional<Sid>& account) {
+bool TakeAccount(std::string_view& text, const Sid* machine, std::optional<Sid>& account) {
     if (account) return false;
-    account = SidFromSddl(text, machine);
+    // An account ends before the letter of the next part. Looking for the colon keeps a hexadecimal
+    // authority's last digit apart from the letter D.
+    const std::size_t colon = text.find(':', 1);
+    const std::size_t size = colon == text.npos ? text.size() : colon - 1;
+    account = SidFromSddl(text.substr(0, size), machine);
+    text.remove_prefix(size);
     return account.has_value();
 }
 
-bool ReadPart(char key, std::string_view text, const Sid* machine, SecurityDescriptor& descriptor) {
+// Takes what follows the part's letter and colon off `text`.
+bool TakePart(char key, std::string_view& text, const Sid* machine, SecurityDescriptor& descriptor) {
     switch (key) {
         case 'O':
-            return ReadAccount(text, machine, descriptor.owner);
+            return TakeAccount(text, machine, descriptor.owner);
         case 'G':
-            return ReadAccount(text, machine, descriptor.group);
+            return TakeAccount(text, machine, descriptor.group);
         case 'D':
-            return ReadDacl(text, machine, descriptor);
+            return TakeDacl(text, machine, descriptor);
         case 'S':
-            return ReadSacl(text, machine, descriptor);
+            return TakeSacl(text, machine, descriptor);
         default:
             return false;
     }
@@ -172,27 +195,12 @@ std::optional<std::string> ToSddl(const SecurityDescriptor& descriptor, std::uin
 std::optional<SecurityDescriptor> FromSddl(std::string_view text, const Sid* machine) {
     SecurityDescriptor descriptor;
     while (!text.empty()) {
-        if (text.size() < 2 || text[1] != ':') return std::nullopt;
-        // A part ends before the letter of the next one. Looking for the colon keeps a hexadecimal
-        // authority's last digit apart from the letter D.
-        const std::size_t nextColon = text.find(':', 3);
-        const std::size_t end = nextColon == std::string_view::npos ? text.size() : nextColon - 1;
-        if (!ReadPart(text[0], text.substr(2, end - 2), machine, descriptor)) return std::nullopt;
-        text.remove_prefix(end);
+        if (!IsAtPart(text)) return std::nullopt;
+        const char key = text.front();
+        text.remove_prefix(2);
+        if (!TakePart(key, text, machine, descriptor)) return std::nullopt;
     }
     return descriptor;
-}
-
-std::optional<Sid> SidFromSddl(std::string_view text, const Sid* machine) {
-    if (text.size() != 2) return Sid::FromText(text);
-    const auto known = WellKnownSids();
-    const auto row = std::ranges::find(known, text, &WellKnownSid::sddlAlias);
-    if (row != known.end()) return row->sid;
-    if (machine == nullptr) return std::nullopt;
-    const auto accounts = RelativeAccounts();
-    const auto account = std::ranges::find(accounts, text, &RelativeAccount::sddlAlias);
-    if (account == accounts.end()) return std::nullopt;
-    return machine->Append(account->relativeId);
 }
 
 }  // namespace permora::nt

@@ -1,4 +1,5 @@
-// One access control entry as text: the fields between the parentheses of "(A;OICI;FA;;;BA)".
+// One access control entry as text: the fields between the parentheses of "(A;OICI;FA;;;BA)" or
+// "(XA;;FX;;;WD;(@USER.Title == "PM"))".
 #pragma once
 
 #include <optional>
@@ -6,17 +7,15 @@
 #include <string_view>
 
 #include "platform/nt/acl.h"
-#include "platform/nt/sddl.h"
-#include "platform/nt/sid.h"
+#include "platform/nt/sddl_sid.h"
 
 namespace permora::nt {
 
-void AppendSidAsSddl(const Sid& sid, SddlWords words, std::string& text);
-
-// Appends the six fields of an entry. False, with `text` as before, when text cannot hold the whole entry.
+// Appends the fields of an entry. False, with `text` as before, when they would not be read as the same
+// entry.
 [[nodiscard]] bool AppendAceAsSddl(const Ace& ace, SddlWords words, std::string& text);
 
-// The entry whose six fields are `text`; nothing when they break the grammar. `machine` as for FromSddl.
+// The entry whose fields are `text`; nothing when they break the grammar. `machine` as for SidFromSddl.
 std::optional<Ace> AceFromSddl(std::string_view text, const Sid* machine);
 
 }  // namespace permora::nt

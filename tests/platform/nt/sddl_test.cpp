@@ -50,6 +50,14 @@ TEST(Sddl, WritesWhatItReadsInTheSystemsForm) {
          "D:(A;;0x1200a9;;;WD)(A;;CCDCLCSWRPWPSDRCWDWO;;;WD)(A;;CCSWRPRC;;;WD)(A;;FR;;;WD)(A;;0xffffffff;;;"
          "WD)"},
         {"S:(ML;;0x8;;;LW)(ML;;0x1;;;HI)", "S:(ML;;0x8;;;LW)(ML;;NW;;;HI)"},
+        // Conditions and resource attributes, with all that could pass for the end of an entry or a part.
+        {"D:P(XA;OICI;FX;;;WD;(@USER.ad://S:x == \"(D:)\"))(XD;;FA;;;AU;(Member_of {SID(BA), "
+         "SID(SY)}))(A;;FA;;;BA)"
+         "S:AI(XU;SA;CR;;;WD;(Exists "
+         "x))(RA;CI;;;;WD;(\"O:a;\",TS,0x0,\")\",\"D:(\"))(FL;;FX;;;WD;(x))(FL;;FX;;;WD)"},
+        {"D:(ZA;;CR;bf967aba-0de6-11d0-a285-00aa003049e2;;PS;(@RESOURCE.a Any_of {1, 2}))"},
+        {"O:BAS:(RA;;;;;S-1-1-0; (\"Secrecy\",TU,0,3) )D:(XA;;FA;;;WD; ( a==SID(BA) ))G:SY",
+         "O:BAG:SYD:(XA;;FA;;;WD;(a == SID(BA)))S:(RA;;;;;WD;(\"Secrecy\",TU,0x0,3))"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.read);
@@ -81,6 +89,21 @@ TEST(Sddl, MeansTheBytesThatTheSystemStores) {
                   "01 02 000000000005 20000000 20020000"));
 }
 
+TEST(Sddl, MeansTheBytesThatTheSystemStoresForConditions) {
+    const auto descriptor =
+        FromSddl("D:(XA;;CCDCLCSWRPWP;;;MP;(@RESOURCE.c))S:(RA;;;;;WD;(\"colour\",TS,0,\"blue\"))");
+    ASSERT_TRUE(descriptor);
+    std::vector<std::uint8_t> bytes;
+    ASSERT_TRUE(descriptor->AppendTo(bytes));
+    EXPECT_EQ(
+        bytes,
+        Hex("01 00 1480 00000000 00000000 14000000 5c000000"
+            "02 00 4800 0100 0000 12 00 4000 00000000 01 01 000000000001 00000000"
+            "14000000 0300 0000 00000000 01000000 22000000 63006f006c006f00750072000000 62006c00750065000000"
+            "02 00 2800 0100 0000 09 00 2000 3f000000 01 01 000000000010 00210000"
+            "61727478 fa 02000000 6300 00"));
+}
+
 TEST(Sddl, RefusesWhatBreaksTheGrammar) {
     // clang-format off
     const char* const kTexts[] = {
@@ -100,8 +123,10 @@ TEST(Sddl, RefusesWhatBreaksTheGrammar) {
         "D:(OA;;FA;bf967aba-0de6-11d0-a285-00aa003049e;;BA)", "D:(OA;;FA;bf967aba-0de6-11d0-a285-00aa003049e2a;;BA)",
         "D:(OA;;FA;bf967aba00de6-11d0-a285-00aa003049e2;;BA)", "D:(OA;;FA;bf967aba-0de6-11d0-a285-00aa003049g2;;BA)",
         "D:(OA;;FA;{f967aba-0de6-11d0-a285-00aa003049e};;BA)",
-        // Conditions.
-        "D:(XA;;FA;;;WD;(Member_of {SID(BA)}))", "D:(XA;;FA;;;WD)", "S:(RA;;;;;WD;(\"Secrecy\",TU,0,3))",
+        // Conditions and resource attributes.
+        "D:(XA;;FA;;;WD)", "D:(XA;;FA;;;WD;)", "D:(XA;;FA;;;WD;())", "D:(XA;;FA;;;WD;(a)", "D:(XA;;FA;;;WD;(a));",
+        "D:(XA;;FA;;;WD;(a);)", "D:(A;;FA;;;WD;(a))", "D:(A;;FA;;;WD;)", "D:(XA;;FA;;;WD;(\"Secrecy\",TU,0,3))",
+        "S:(RA;;;;;WD;(a))", "S:(RA;;;;;WD)", "D:(XA;;FA;;;WD;(a == \"))", "D:(ZA;;FA;x;;WD;(a))", "S:(ML;;NW;;;LW;(a))",
     };
     // clang-format on
     for (const char* text : kTexts)
@@ -127,6 +152,21 @@ TEST(Sddl, RefusesToDropWhatTextCannotHold) {
     behindTheSid.tail = {0, 0, 0, 0};
     Ace condition = plain;
     condition.type = 0x09;
+    Ace shortNumber = condition;
+    shortNumber.tail = Hex("61727478 f9 02000000 6100 01 0100000000000000 03 02 80 0000");
+    Ace longPadding = condition;
+    longPadding.tail = Hex("61727478 f9 02000000 6100 00 00000000");
+    Ace malformed = condition;
+    malformed.tail = Hex("61727478 89000000");
+    Ace applicationsOwn = condition;
+    applicationsOwn.tail = Hex("01020304");
+    Ace deniedObject = plain;  // a condition without a word for its type
+    deniedObject.type = 0x0C;
+    deniedObject.objectPart = {0, 0, 0, 0};
+    deniedObject.tail = Hex("61727478 f9 02000000 6100 00");
+    Ace attribute = plain;
+    attribute.type = 0x12;
+    attribute.tail = Hex("00000000");
     Ace opaque;
     opaque.type = 0x04;
     Ace unknownObjectFlag = plain;
@@ -135,7 +175,8 @@ TEST(Sddl, RefusesToDropWhatTextCannotHold) {
 
     SecurityDescriptor descriptor;
     descriptor.daclState = DaclState::kList;
-    for (const Ace& ace : {behindTheSid, condition, opaque, unknownObjectFlag}) {
+    for (const Ace& ace : {behindTheSid, condition, shortNumber, longPadding, malformed, applicationsOwn,
+                           deniedObject, attribute, opaque, unknownObjectFlag}) {
         descriptor.dacl.entries = {plain, ace};
         EXPECT_FALSE(ToSddl(descriptor, kAllParts)) << int{ace.type};
         EXPECT_TRUE(ToSddl(descriptor, kAllParts & ~4U)) << "a part that was not asked for does not matter";

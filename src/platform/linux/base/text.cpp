@@ -6,7 +6,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/linux/base/failure.h"
-#include "platform/linux/base/utf8.h"
+#include "platform/utf8.h"
 
 namespace {
 
@@ -37,7 +37,7 @@ Decoded DecodeUtf16(std::u16string_view wide) {
 }
 
 Decoded DecodeAnsi(std::string_view ansi) {
-    const permora::host::Utf8Character character = permora::host::FirstUtf8Character(ansi);
+    const permora::Utf8Character character = permora::FirstUtf8Character(ansi);
     return {character.isWellFormed ? character.codePoint : kReplacement, character.bytes};
 }
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "platform/linux/base/utf8.h"
+#include "platform/utf8.h"
 
 namespace permora::host {
 namespace {

@@ -8,12 +8,12 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/shell.h"
-#include "platform/linux/base/utf8.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/shell/desktop_opener.h"
 #include "platform/linux/shell/object_type.h"
 #include "platform/linux/shell/share_wizard.h"
+#include "platform/utf8.h"
 
 namespace permora::host {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace permora::host {
+namespace permora {
 
 struct Utf8Character {
     char32_t codePoint;  // 0 when malformed
@@ -17,4 +17,4 @@ struct Utf8Character {
 // The character at the start of `text`, which is not empty.
 Utf8Character FirstUtf8Character(std::string_view text);
 
-}  // namespace permora::host
+}  // namespace permora

@@ -1,6 +1,6 @@
-#include "platform/linux/base/utf8.h"
+#include "platform/utf8.h"
 
-namespace permora::host {
+namespace permora {
 namespace {
 
 // The shape of a UTF-8 sequence that its first byte announces. Source: the Unicode Standard, table 3-7
@@ -43,4 +43,4 @@ Utf8Character FirstUtf8Character(std::string_view text) {
     return {codePoint, shape.length, true};
 }
 
-}  // namespace permora::host
+}  // namespace permora

@@ -1,0 +1,30 @@
+// The conditions under which callback entries apply: "(@USER.Title == "PM")". Stored form: [MS-DTYP]
+// 2.4.4.17, operators behind their operands; text: 2.5.1.1.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/nt/sddl_sid.h"
+
+namespace permora::nt {
+
+// Operators, parentheses and negations that stand within each other: deeper conditions are refused, so that
+// no text or disk decides how much stack and time they take.
+inline constexpr std::size_t kMaxConditionDepth = 500;
+
+// The text of a condition as the system writes it, in parentheses; `stored` begins with the signature and may
+// end with padding. Nothing when it is malformed or text has no words for a part of it. Numbers of less than
+// 64 bits read like the others, so only ConditionFromText tells whether the text means the same bytes.
+std::optional<std::string> ConditionToText(std::span<const std::uint8_t> stored, SddlWords words);
+
+// The stored form of the whole of `text`, padded with zeros to a multiple of four; nothing when it breaks the
+// grammar. `machine` as for SidFromSddl.
+std::optional<std::vector<std::uint8_t>> ConditionFromText(std::string_view text, const Sid* machine);
+
+}  // namespace permora::nt
