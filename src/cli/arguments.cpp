@@ -280,7 +280,14 @@ Parser::Parser() {
 
     CLI::App* show = WithShares(AddCommand(Command::kShow, "show", "Show access lists"));
     CLI::Option* jsonFlag = show->add_flag("--json", json, "As JSON: one object, or an array of several");
-    show->add_flag("--sddl", sddl, "As security descriptor text, O:...G:...D:...")->excludes(jsonFlag);
+    CLI::Option* sddlFlag =
+        show->add_flag("--sddl", sddl,
+                       "As security descriptor text, O:...G:...D:...; of several objects two lines\n"
+                       "for each, its path and the text");
+    sddlFlag->excludes(jsonFlag);
+    show->add_flag("--audit", arguments.audit,
+                   "With --sddl: the system access list too (audits, labels, attributes), S:...")
+        ->needs(sddlFlag);
 
     AddEntryOptions(WithShares(AddChange(Command::kGrant, "grant", "Allow an account rights")));
     AddEntryOptions(WithShares(AddChange(Command::kDeny, "deny", "Deny an account rights")));

@@ -40,6 +40,7 @@ struct Arguments {
     // show, grant, deny and revoke: names of shares in the place of paths, as typed
     std::vector<std::string> shares;
     ShowFormat format = ShowFormat::kTable;
+    bool audit = false;  // with kSddl: the system access list too
 
     // grant, deny, revoke, assign, owner and effective: as typed; owner: empty to show it
     std::string account;

@@ -1,9 +1,13 @@
 #include "cli/entry_edits.h"
 
+#include <algorithm>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/api/errors.h"
 #include "security/access_rights.h"
+#include "security/entry_details.h"
 
 namespace permora {
 namespace {
@@ -34,8 +38,35 @@ EditResult AddRights(const Arguments& arguments, const AccountRecord& account, E
     return EditResult::kChanged;
 }
 
-EditResult RevokeRights(const Arguments& arguments, const AccountRecord& account, AccessEntryList& entries,
+// The types of an account's explicit entries that are neither allow nor deny, each once: "Callback allow".
+std::string OtherTypesOf(const AccountRecord& account, PACL dacl) {
+    std::vector<std::string> names;
+    for (const EntryDetails& entry : DetailsOfEntries(dacl)) {
+        const bool isOther =
+            entry.aceType != ACCESS_ALLOWED_ACE_TYPE && entry.aceType != ACCESS_DENIED_ACE_TYPE;
+        std::string name = EntryTypeName(entry.aceType);
+        if (isOther && !entry.IsInherited() && IsSameAccount(entry.account, account) &&
+            std::find(names.begin(), names.end(), name) == names.end())
+            names.push_back(std::move(name));
+    }
+    std::string text;
+    for (const std::string& name : names)
+        text += (text.empty() ? "" : ", ") + name;
+    return text;
+}
+
+void SayNothingToRemove(const Arguments& arguments, const AccountRecord& account, PACL dacl,
                         ConsoleMessages& messages) {
+    const std::string others = OtherTypesOf(account, dacl);
+    if (others.empty())
+        messages.Say("nothing to remove: no explicit entry is for " + arguments.account);
+    else
+        messages.Say("nothing removed: the explicit entries for " + arguments.account +
+                     " are of other types than allow and deny, and stay: " + others);
+}
+
+EditResult RevokeRights(const Arguments& arguments, const AccountRecord& account, PACL dacl,
+                        AccessEntryList& entries, ConsoleMessages& messages) {
     EditResult result = EditResult::kNothingToDo;
     bool inheritedStay = false;
     for (std::size_t i = entries.Entries().size(); i-- > 0;) {
@@ -48,9 +79,7 @@ EditResult RevokeRights(const Arguments& arguments, const AccountRecord& account
             result = EditResult::kChanged;
         }
     }
-    if (result == EditResult::kNothingToDo) {
-        messages.Say("nothing to remove: no explicit entry is for " + arguments.account);
-    }
+    if (result == EditResult::kNothingToDo) SayNothingToRemove(arguments, account, dacl, messages);
     if (inheritedStay) messages.Say("the inherited entries for " + arguments.account + " stay");
     return result;
 }
@@ -75,9 +104,10 @@ EditResult ChangeInheritance(InheritanceChange change, const Target& target, Obj
 
 }  // namespace
 
-EditResult EditEntries(const Arguments& arguments, const AccountRecord& account, EntryPlace place,
+EditResult EditEntries(const Arguments& arguments, const AccountRecord& account, EntryPlace place, PACL dacl,
                        AccessEntryList& entries, ConsoleMessages& messages) {
-    if (arguments.command == Command::kRevoke) return RevokeRights(arguments, account, entries, messages);
+    if (arguments.command == Command::kRevoke)
+        return RevokeRights(arguments, account, dacl, entries, messages);
     return AddRights(arguments, account, place, entries, messages);
 }
 
@@ -90,8 +120,8 @@ EditResult EditObject(const Arguments& arguments, const AccountRecord& account, 
         messages.SaySystemError(error);
         return EditResult::kRefused;
     }
-    return EditEntries(arguments, account, isFolder ? EntryPlace::kFolder : EntryPlace::kFile, object.entries,
-                       messages);
+    return EditEntries(arguments, account, isFolder ? EntryPlace::kFolder : EntryPlace::kFile, object.dacl,
+                       object.entries, messages);
 }
 
 }  // namespace permora

@@ -18,8 +18,8 @@ enum class EditResult {
 // What the list belongs to. Only folders have something below them.
 enum class EntryPlace { kFolder, kFile, kShare };
 
-// Applies grant, deny or revoke to a list.
-EditResult EditEntries(const Arguments& arguments, const AccountRecord& account, EntryPlace place,
+// Applies grant, deny or revoke to entries that were loaded from `dacl`.
+EditResult EditEntries(const Arguments& arguments, const AccountRecord& account, EntryPlace place, PACL dacl,
                        AccessEntryList& entries, ConsoleMessages& messages);
 
 // Applies one of these or inherit to the list of the target, whose folder is current.

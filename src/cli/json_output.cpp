@@ -1,28 +1,36 @@
 #include "cli/json_output.h"
 
+#include <vector>
+
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "security/access_rights.h"
+#include "security/entry_details.h"
 
 namespace permora {
 namespace {
 
-Json EntryJson(AccessEntryList& entries, std::size_t index) {
-    const AccessEntry& entry = entries.Entries()[index];
-    AccountRecord& account = entries.AccountOf(index);
-    // An entry of another type has no row and no name, but a program that reads this must not miss it.
-    return {
-        {"type",
-         entry.IsOfOtherType() ? "Type " + std::to_string(entry.aceType) : AceTypeText(entry.aceType)},
-        {"account", AccountDisplayName(account)},
-        {"sid", account.GetSidText()},
+Json EntryJson(const AccessEntry& entry, EntryDetails& details) {
+    Json json = {
+        {"type", EntryTypeName(entry.aceType)},
+        {"aceType", entry.aceType},
+        {"account", AccountDisplayName(details.account)},
+        {"sid", details.account.GetSidText()},
         {"mask", "0x" + HexText(entry.mask & ~SYNCHRONIZE)},
         {"synchronize", (entry.mask & SYNCHRONIZE) != 0},
         {"permission", PermissionText(entry.mask)},
         {"inherited", entry.IsInherited()},
         {"applyTo", ScopeTextFromFlags(entry.aceFlags)},
+        {"childrenOnly", (entry.aceFlags & NO_PROPAGATE_INHERIT_ACE) != 0},
         {"flags", entry.aceFlags},
+        {"sddl", details.text.empty() ? Json() : Json(details.text)},
     };
+    constexpr BYTE kResourceAttribute = 0x12;
+    const char* const dataKey = entry.aceType == kResourceAttribute ? "attribute" : "condition";
+    if (!details.objectType.empty()) json["objectType"] = details.objectType;
+    if (!details.inheritedObjectType.empty()) json["inheritedObjectType"] = details.inheritedObjectType;
+    if (!details.condition.empty()) json[dataKey] = details.condition;
+    return json;
 }
 
 std::string HexOfBytes(std::string_view text) {
@@ -58,11 +66,13 @@ void PrintJson(const Json& document) {
     Print(WithBytes(document).dump(2, ' ', true, Json::error_handler_t::replace) + '\n');
 }
 
-Json EntriesJson(PACL dacl, AccessEntryList& entries) {
+Json EntriesJson(PACL dacl, const AccessEntryList& entries) {
     if (dacl == nullptr) return {};
+    // As many as there are entries, since `entries` were read from `dacl`.
+    std::vector<EntryDetails> details = DetailsOfEntries(dacl);
     Json array = Json::array();
-    for (std::size_t i = 0; i < entries.Entries().size(); ++i)
-        array.push_back(EntryJson(entries, i));
+    for (std::size_t i = 0; i < entries.Entries().size() && i < details.size(); ++i)
+        array.push_back(EntryJson(entries.Entries()[i], details[i]));
     return array;
 }
 

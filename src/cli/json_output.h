@@ -14,9 +14,9 @@ using Json = nlohmann::ordered_json;
 // none, and where it is the member "x" of an object, "xBytes" behind it holds its bytes in hexadecimal.
 void PrintJson(const Json& document);
 
-// The entries of a list: null where there is no list and everyone may do everything, [] where the list is
-// empty and nobody may do anything.
-Json EntriesJson(PACL dacl, AccessEntryList& entries);
+// The entries of a list, which were loaded from `dacl`: null where there is no list and everyone may do
+// everything, [] where the list is empty and nobody may do anything.
+Json EntriesJson(PACL dacl, const AccessEntryList& entries);
 
 // One object for each path that the user gave and that could be read. Of one path the object stands for
 // itself, so that a script need not unwrap it.

@@ -4,6 +4,7 @@
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 #include "security/access_rows.h"
+#include "security/entry_details.h"
 
 namespace permora {
 
@@ -57,24 +58,71 @@ std::string RowsText(AccessEntryList& entries) {
     if (rows.empty()) return "";
     std::vector<std::vector<std::string>> lines;
     lines.emplace_back(kAccessRowTitles.begin(), kAccessRowTitles.end());
+    bool hasLimits = false;
     for (const AccessRow& row : rows) {
         lines.push_back({row.type, row.name, row.permission, row.inheritance, row.applyTo});
+        const BYTE flags = entries.Entries()[row.entryIndex].aceFlags;
+        lines.back().emplace_back((flags & NO_PROPAGATE_INHERIT_ACE) != 0 ? "direct children only" : "");
+        hasLimits = hasLimits || !lines.back().back().empty();
     }
+    // The texts of the other columns are the same whether an entry is handed on or not.
+    if (hasLimits) lines.front().emplace_back("Handed Down To");
     return AlignedTable(lines, "  ");
 }
 
-bool PrintDescriptor(PSECURITY_DESCRIPTOR descriptor, ConsoleMessages& messages) {
-    constexpr SECURITY_INFORMATION kShown =
-        OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
-    char* text = nullptr;
-    if (ConvertSecurityDescriptorToStringSecurityDescriptorA(descriptor, SDDL_REVISION_1, kShown, &text,
+namespace {
+
+using ListOfDescriptor = BOOL(WINAPI*)(PSECURITY_DESCRIPTOR, LPBOOL, PACL*, LPBOOL);
+
+// Which entry of a list has no text form; empty when each has one.
+std::string EntryWithoutText(PSECURITY_DESCRIPTOR descriptor, ListOfDescriptor listOf, const char* listName) {
+    PACL list = nullptr;
+    BOOL isPresent = FALSE;
+    BOOL isDefaulted = FALSE;
+    if (listOf(descriptor, &isPresent, &list, &isDefaulted) == FALSE || isPresent == FALSE) return {};
+    const std::vector<EntryDetails> entries = DetailsOfEntries(list);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (!entries[i].text.empty()) continue;
+        return "entry " + std::to_string(i + 1) + " of its " + listName + " (" +
+               EntryTypeName(entries[i].aceType) + ") has no text form; --json shows the others";
+    }
+    return {};
+}
+
+void SayWhyNoText(PSECURITY_DESCRIPTOR descriptor, DWORD error, ConsoleMessages& messages) {
+    std::string reason = EntryWithoutText(descriptor, GetSecurityDescriptorDacl, "access list");
+    if (reason.empty())
+        reason = EntryWithoutText(descriptor, GetSecurityDescriptorSacl, "system access list");
+    if (reason.empty())
+        messages.SaySystemError(error);
+    else
+        messages.Say(reason);
+}
+
+}  // namespace
+
+bool PrintDescriptor(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts, const std::string& heading,
+                     ConsoleMessages& messages) {
+    char* converted = nullptr;
+    if (ConvertSecurityDescriptorToStringSecurityDescriptorA(descriptor, SDDL_REVISION_1, parts, &converted,
                                                              nullptr) == FALSE) {
-        messages.SaySystemError(GetLastError());
+        SayWhyNoText(descriptor, GetLastError(), messages);
         return false;
     }
-    const UniqueLocal<char> owned(text);
-    Print(std::string(text) + '\n');
+    const UniqueLocal<char> owned(converted);
+    const std::string text = converted;
+    // It is there to be read again, so it stands as it is or not at all.
+    if (PrintableText(text) != text) {
+        messages.Say("its text has characters that cannot be shown as they are; --json shows them");
+        return false;
+    }
+    Print((heading.empty() ? "" : PrintableText(heading) + '\n') + text + '\n');
     return true;
+}
+
+SECURITY_INFORMATION ShownParts(const Arguments& arguments) {
+    return OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION |
+           (arguments.audit ? SACL_SECURITY_INFORMATION : 0U);
 }
 
 }  // namespace permora

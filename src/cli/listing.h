@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/arguments.h"
 #include "cli/messages.h"
 #include "cli/target.h"
 #include "security/object_security.h"
@@ -24,7 +25,12 @@ std::string RemarkLines(const std::vector<std::string>& remarks);
 // The rows under their titles; empty without rows.
 std::string RowsText(AccessEntryList& entries);
 
-// Prints owner, group and list of a descriptor as text; false after a message when that cannot be done.
-bool PrintDescriptor(PSECURITY_DESCRIPTOR descriptor, ConsoleMessages& messages);
+// Prints parts of a descriptor as one line of text, below a line with `heading` unless that is empty; false
+// after a message when that cannot be done.
+bool PrintDescriptor(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts, const std::string& heading,
+                     ConsoleMessages& messages);
+
+// The parts of a descriptor that are read and shown: owner, group and list, and what was asked for beside.
+SECURITY_INFORMATION ShownParts(const Arguments& arguments);
 
 }  // namespace permora

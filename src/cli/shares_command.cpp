@@ -85,12 +85,14 @@ std::string TableText(ShareSecurity& share) {
            RemarkLines(RemarksOn(share.dacl, share.entries)) + RowsText(share.entries);
 }
 
-bool PrintSddl(const ShareSecurity& share, ConsoleMessages& messages) {
+bool PrintSddl(const Arguments& arguments, const std::string& name, const ShareSecurity& share,
+               ConsoleMessages& messages) {
     if (!share.hasDescriptor) {
         messages.Say("the share has no security descriptor");
         return false;
     }
-    return PrintDescriptor(share.record->shi502_security_descriptor, messages);
+    return PrintDescriptor(share.record->shi502_security_descriptor, ShownParts(arguments),
+                           arguments.shares.size() > 1 ? name : "", messages);
 }
 
 std::string StateText(const std::string& name, const char* moment, PACL dacl, AccessEntryList& entries) {
@@ -118,7 +120,8 @@ bool ChangeShare(const Arguments& arguments, const AccountRecord& account, const
     std::string preview;
     if (arguments.dryRun) preview = StateText(name, "before", share.dacl, share.entries);
 
-    const EditResult result = EditEntries(arguments, account, EntryPlace::kShare, share.entries, messages);
+    const EditResult result =
+        EditEntries(arguments, account, EntryPlace::kShare, share.dacl, share.entries, messages);
     if (result != EditResult::kChanged) return result == EditResult::kNothingToDo;
     if (!MayReplace(losses, arguments, messages)) return false;
     DropOtherEntries(share.entries);
@@ -169,7 +172,7 @@ bool RunShowShares(const Arguments& arguments, ConsoleMessages& messages) {
                 separator = "\n";
                 break;
             case ShowFormat::kSddl:
-                allRead = PrintSddl(share, messages) && allRead;
+                allRead = PrintSddl(arguments, name, share, messages) && allRead;
                 break;
             case ShowFormat::kJson:
                 objects.push_back(FactsJson(FactsOf(*share.record)));

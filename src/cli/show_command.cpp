@@ -14,20 +14,19 @@ namespace {
 // Everything that is shown of one object.
 struct ShownObject {
     ObjectSecurity security;
-    UniqueLocal<void> whole;  // owner, group and DACL in one descriptor
+    UniqueLocal<void> whole;  // owner, group, DACL and what else was asked for in one descriptor
     std::string owner;
 };
 
 // Reads with the checks that every reader of a list makes, then owner and group, which they do not need.
-std::optional<ShownObject> ReadObject(const Target& target, ConsoleMessages& messages) {
+std::optional<ShownObject> ReadObject(const Target& target, SECURITY_INFORMATION parts,
+                                      ConsoleMessages& messages) {
     ShownObject object;
     if (!ReadList(target, object.security, messages)) return std::nullopt;
     PSID owner = nullptr;
     PSECURITY_DESCRIPTOR whole = nullptr;
-    const DWORD error = GetNamedSecurityInfoA(
-        target.name.c_str(), SE_FILE_OBJECT,
-        OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &owner, nullptr,
-        nullptr, nullptr, &whole);
+    const DWORD error = GetNamedSecurityInfoA(target.name.c_str(), SE_FILE_OBJECT, parts, &owner, nullptr,
+                                              nullptr, nullptr, &whole);
     if (error != ERROR_SUCCESS) {
         messages.SaySystemError(error);
         return std::nullopt;
@@ -57,12 +56,13 @@ Json ObjectJson(const Target& target, ShownObject& object) {
 }  // namespace
 
 bool RunShow(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
+    const SECURITY_INFORMATION parts = ShownParts(arguments);
     bool allRead = true;
     Json objects = Json::array();
     const char* separator = "";
     for (const Target& target : targets) {
         messages.SetSubject(target.argument);
-        std::optional<ShownObject> object = ReadObject(target, messages);
+        std::optional<ShownObject> object = ReadObject(target, parts, messages);
         if (!object) {
             allRead = false;
             continue;
@@ -73,7 +73,9 @@ bool RunShow(const Arguments& arguments, const std::vector<Target>& targets, Con
                 separator = "\n";
                 break;
             case ShowFormat::kSddl:
-                allRead = PrintDescriptor(object->whole.get(), messages) && allRead;
+                allRead = PrintDescriptor(object->whole.get(), parts,
+                                          arguments.paths.size() > 1 ? target.argument : "", messages) &&
+                          allRead;
                 break;
             case ShowFormat::kJson:
                 objects.push_back(ObjectJson(target, *object));

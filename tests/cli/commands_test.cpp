@@ -78,6 +78,20 @@ TEST_F(CommandsTest, RevokeSaysWhatItLeaves) {
     EXPECT_THAT(result.output, HasSubstr("the inherited entries for Administrators stay"));
 }
 
+TEST_F(CommandsTest, RevokeTellsEntriesOfOtherTypes) {
+    const std::string list =
+        "D:PAI(XA;;FR;;;BG;(Exists a))(XD;;FR;;;BG;(Exists b))(XA;;FR;;;BG;(Exists c))"
+        "(OA;;CR;4c164200-20c0-11d0-a768-00aa006e0529;;BG)(XA;;FR;;;BU;(Exists a))(A;;FA;;;BA)";
+    ASSERT_EQ(SetDescriptorText(top, list), 0U);
+    const CommandResult result = RunCli({"revoke", top, "--account", "Guests"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.output, HasSubstr("the explicit entries for Guests are of other types than allow and "
+                                         "deny, and stay: Callback allow, Callback deny, Object allow\n"));
+    EXPECT_THAT(RunCli({"revoke", top, "--account", "Everyone"}).output,
+                HasSubstr("nothing to remove: no explicit entry is for Everyone\n"));
+    EXPECT_EQ(DaclText(top), list);
+}
+
 TEST_F(CommandsTest, AScopeSuitsTheObject) {
     const std::string file = folder.MakeFile("top/file");
     ASSERT_EQ(SetDescriptorText(file, "D:P"), 0U);
@@ -155,7 +169,7 @@ TEST_F(CommandsTest, NoListAnEmptyOneAndForeignEntriesAreToldApart) {
         {"D:P", "nobody has access", "[]", ""},
         {"D:P(A;;FR;;;WD)(D;;FR;;;BG)", "do not stand in the usual order", "Deny", ""},
         {"D:P(OA;;RP;4c164200-20c0-11d0-a768-00aa006e0529;;BG)(A;;FR;;;WD)", "1 entry of another type",
-         "Type 5", "--drop-other-entries"},
+         "Object allow", "--drop-other-entries"},
     };
     for (const Case& row : cases) {
         ASSERT_EQ(SetDescriptorText(top, row.sddl), 0U) << row.sddl;
@@ -213,6 +227,7 @@ TEST_F(CommandsTest, JsonOfSeveralIsAnArrayInTheirOrderUnderTheTypedPaths) {
                                           {"inherits", false},
                                           {"entries",
                                            {{{"type", "Allow"},
+                                             {"aceType", 0},
                                              {"account", "BUILTIN\\Administrators"},
                                              {"sid", "S-1-5-32-544"},
                                              {"mask", "0xf01ff"},
@@ -220,7 +235,9 @@ TEST_F(CommandsTest, JsonOfSeveralIsAnArrayInTheirOrderUnderTheTypedPaths) {
                                              {"permission", "Full control"},
                                              {"inherited", false},
                                              {"applyTo", "This folder, subfolders and files"},
-                                             {"flags", 3}}}}}));
+                                             {"childrenOnly", false},
+                                             {"flags", 3},
+                                             {"sddl", "(A;OICI;FA;;;BA)"}}}}}));
     EXPECT_EQ(objects[2]["path"], windowsPath);
     EXPECT_EQ(objects[2]["entries"], objects[1]["entries"]);
 }

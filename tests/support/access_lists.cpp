@@ -56,7 +56,9 @@ class Block {
     std::vector<std::uint8_t> bytes;
 };
 
-DWORD Set(const std::string& hostPath, const nt::SecurityDescriptor& descriptor) {
+}  // namespace
+
+DWORD SetDescriptor(const std::string& hostPath, const nt::SecurityDescriptor& descriptor) {
     SECURITY_INFORMATION parts = 0;
     Block owner;
     Block group;
@@ -87,8 +89,6 @@ DWORD Set(const std::string& hostPath, const nt::SecurityDescriptor& descriptor)
                                  sacl.List());
 }
 
-}  // namespace
-
 std::string DescriptorText(const std::string& hostPath, SECURITY_INFORMATION parts) {
     PSECURITY_DESCRIPTOR found = nullptr;
     InFolderOf object(hostPath);
@@ -107,7 +107,7 @@ std::string DaclText(const std::string& hostPath) {
 
 DWORD SetDescriptorText(const std::string& hostPath, const std::string& sddl) {
     const auto descriptor = nt::FromSddl(sddl);
-    return descriptor ? Set(hostPath, *descriptor) : DWORD{ERROR_INVALID_PARAMETER};
+    return descriptor ? SetDescriptor(hostPath, *descriptor) : DWORD{ERROR_INVALID_PARAMETER};
 }
 
 UniqueLocal<void> DescriptorOf(const std::string& sddl) {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/api/security.h"
+#include "platform/nt/security_descriptor.h"
 #include "platform/resources.h"
 
 namespace permora::test {
@@ -17,6 +18,9 @@ std::string DaclText(const std::string& hostPath);
 // Sets the parts that `sddl` has, and protects the DACL when `sddl` says so ("D:P(...)"), else unprotects it.
 // The result of SetNamedSecurityInfoA, or ERROR_INVALID_PARAMETER when the text is wrong.
 DWORD SetDescriptorText(const std::string& hostPath, const std::string& sddl);
+
+// The same with a descriptor that need not have a text form.
+DWORD SetDescriptor(const std::string& hostPath, const nt::SecurityDescriptor& descriptor);
 
 // The descriptor that `sddl` tells, as the services take it; null when the text is wrong.
 UniqueLocal<void> DescriptorOf(const std::string& sddl);

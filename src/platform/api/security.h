@@ -202,6 +202,8 @@ BOOL WINAPI GetSecurityDescriptorControl(PSECURITY_DESCRIPTOR descriptor,
 // Outputs point into the descriptor and live as long as it does.
 BOOL WINAPI GetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, LPBOOL present, PACL* dacl,
                                       LPBOOL defaulted);
+BOOL WINAPI GetSecurityDescriptorSacl(PSECURITY_DESCRIPTOR descriptor, LPBOOL present, PACL* sacl,
+                                      LPBOOL defaulted);
 // Sizes in bytes, read and written; a size too small is set to the size needed (ERROR_INSUFFICIENT_BUFFER).
 BOOL WINAPI MakeAbsoluteSD(PSECURITY_DESCRIPTOR selfRelative, PSECURITY_DESCRIPTOR absolute,
                            LPDWORD absoluteSize, PACL dacl, LPDWORD daclSize, PACL sacl, LPDWORD saclSize,

@@ -58,6 +58,25 @@ void* Store(const Place& place, const Part& part) {
     return place.bytes;
 }
 
+// Where a view has a list, and what the control word says of it.
+struct ListPlace {
+    WORD presentBit;
+    WORD defaultedBit;
+    PACL DescriptorView::*list;
+};
+
+BOOL HandOutList(PSECURITY_DESCRIPTOR descriptor, const ListPlace& place, LPBOOL present, PACL* list,
+                 LPBOOL defaulted) {
+    const auto view = DescriptorView::Of(descriptor);
+    if (!view) return Fail(ERROR_INVALID_SECURITY_DESCR);
+    if (present == nullptr || list == nullptr || defaulted == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+    *present = (view->control & place.presentBit) != 0 ? TRUE : FALSE;
+    if (*present == FALSE) return TRUE;  // the SDK leaves the other outputs alone
+    *list = (*view).*place.list;
+    *defaulted = (view->control & place.defaultedBit) != 0 ? TRUE : FALSE;
+    return TRUE;
+}
+
 }  // namespace
 
 BOOL WINAPI InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor, DWORD revision) {
@@ -100,14 +119,14 @@ BOOL WINAPI GetSecurityDescriptorControl(PSECURITY_DESCRIPTOR descriptor,
 
 BOOL WINAPI GetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, LPBOOL present, PACL* dacl,
                                       LPBOOL defaulted) {
-    const auto view = DescriptorView::Of(descriptor);
-    if (!view) return Fail(ERROR_INVALID_SECURITY_DESCR);
-    if (present == nullptr || dacl == nullptr || defaulted == nullptr) return Fail(ERROR_INVALID_PARAMETER);
-    *present = (view->control & SE_DACL_PRESENT) != 0 ? TRUE : FALSE;
-    if (*present == FALSE) return TRUE;  // the SDK leaves the other outputs alone
-    *dacl = view->dacl;
-    *defaulted = (view->control & SE_DACL_DEFAULTED) != 0 ? TRUE : FALSE;
-    return TRUE;
+    return HandOutList(descriptor, {SE_DACL_PRESENT, SE_DACL_DEFAULTED, &DescriptorView::dacl}, present, dacl,
+                       defaulted);
+}
+
+BOOL WINAPI GetSecurityDescriptorSacl(PSECURITY_DESCRIPTOR descriptor, LPBOOL present, PACL* sacl,
+                                      LPBOOL defaulted) {
+    return HandOutList(descriptor, {SE_SACL_PRESENT, SE_SACL_DEFAULTED, &DescriptorView::sacl}, present, sacl,
+                       defaulted);
 }
 
 BOOL WINAPI MakeAbsoluteSD(PSECURITY_DESCRIPTOR selfRelative, PSECURITY_DESCRIPTOR absolute,
