@@ -94,6 +94,9 @@ std::span<const WellKnownSid> WellKnownSids() {
         {{kNtAuthority, {19}}, kGroup, "LS", kNt, "LOCAL SERVICE"},
         {{kNtAuthority, {20}}, kGroup, "NS", kNt, "NETWORK SERVICE"},
 
+        {{kNtAuthority, {21, 0, 0, 0, 496}}, kGroup, "", kNt, "Compounded Authentication"},
+        {{kNtAuthority, {21, 0, 0, 0, 497}}, kGroup, "", kNt, "Claims Valid"},
+
         {{kNtAuthority, {32}}, SidUse::kDomain, "", kBuiltin, "BUILTIN"},
         {{kNtAuthority, {32, 544}}, kAlias, "BA", kBuiltin, "Administrators"},
         {{kNtAuthority, {32, 545}}, kAlias, "BU", kBuiltin, "Users"},
@@ -104,6 +107,7 @@ std::span<const WellKnownSid> WellKnownSids() {
         {{kNtAuthority, {32, 550}}, kAlias, "PO", kBuiltin, "Print Operators"},
         {{kNtAuthority, {32, 551}}, kAlias, "BO", kBuiltin, "Backup Operators"},
         {{kNtAuthority, {32, 552}}, kAlias, "RE", kBuiltin, "Replicator"},
+        {{kNtAuthority, {32, 553}}, kAlias, "", kBuiltin, "RAS Servers"},
         {{kNtAuthority, {32, 554}}, kAlias, "RU", kBuiltin, "Pre-Windows 2000 Compatible Access"},
         {{kNtAuthority, {32, 555}}, kAlias, "RD", kBuiltin, "Remote Desktop Users"},
         {{kNtAuthority, {32, 556}}, kAlias, "NO", kBuiltin, "Network Configuration Operators"},
@@ -126,6 +130,8 @@ std::span<const WellKnownSid> WellKnownSids() {
         {{kNtAuthority, {32, 581}}, kAlias, "", kBuiltin, "System Managed Accounts Group"},
         {{kNtAuthority, {32, 582}}, kAlias, "", kBuiltin, "Storage Replica Administrators"},
         {{kNtAuthority, {32, 583}}, kAlias, "", kBuiltin, "Device Owners"},
+        {{kNtAuthority, {32, 584}}, kAlias, "HO", kBuiltin, "User Mode Hardware Operators"},
+        {{kNtAuthority, {32, 585}}, kAlias, "SH", kBuiltin, "OpenSSH Users"},
 
         {{kNtAuthority, {33}}, kGroup, "WR", kNt, "WRITE RESTRICTED"},
         {{kNtAuthority, {64, 10}}, kGroup, "", kNt, "NTLM Authentication"},
