@@ -64,6 +64,13 @@ void ExpectWholeDescriptor(PSECURITY_DESCRIPTOR descriptor, WORD expectedControl
     EXPECT_EQ(BytesAt(view->owner, kOwner.size()), kOwner);
     EXPECT_EQ(BytesAt(view->group, kGroup.size()), kGroup);
     EXPECT_EQ(BytesAt(dacl, kDacl.size()), kDacl);
+    PACL sacl = nullptr;
+    present = FALSE;
+    defaulted = TRUE;
+    ASSERT_TRUE(GetSecurityDescriptorSacl(descriptor, &present, &sacl, &defaulted));
+    EXPECT_TRUE(present);
+    EXPECT_FALSE(defaulted);
+    EXPECT_EQ(BytesAt(sacl, kSacl.size()), kSacl);
 }
 
 struct AbsoluteParts {

@@ -1,4 +1,5 @@
 // Reading and setting access lists of real objects, on every kind of volume that keeps them.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -220,12 +221,23 @@ TEST(NamedSecurityOfUsers, WhoMayWriteAnObjectMayStillNotTakeIt) {
         return std::to_string(SetDescriptorText(path, sddl)) + " ";
     };
     const auto answers = AsOrdinaryUser([&] {
-        return set(others, "O:S-1-22-1-65534") + set(others, "O:BA") + set(own, "O:S-1-22-1-0") +
-               set(own, "O:BA");
+        std::string text;
+        text += set(others, "O:S-1-22-1-65534");
+        text += set(others, "O:BA");
+        text += set(own, "O:S-1-22-1-0");
+        for (const char* owner : {"O:BA", "O:S-1-22-1-65534"}) {
+            text += DescriptorText(own, OWNER_SECURITY_INFORMATION) + ' ';
+            text += set(own, owner);
+        }
+        return text + DescriptorText(own, OWNER_SECURITY_INFORMATION);
     });
-    EXPECT_EQ(answers.value_or(""), "5 5 5 0 ");
-    for (const std::string& path : {others, own})
+    EXPECT_THAT(answers.value_or(""), testing::MatchesRegex("5 5 5 O:S-1-[-0-9]+ 0 O:BA 0 O:S-1-22-1-65534"));
+    for (const std::string& path : {others, own}) {
         EXPECT_EQ(getxattr(path.c_str(), "user.permora.sd", nullptr, 0) > 0, path == own) << path;
+        struct stat status {};
+        ASSERT_EQ(stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_uid, path == own ? 65534U : 0U) << path;
+    }
 }
 
 TEST_P(NamedSecurity, LinkIsTheObjectAndNeverItsTarget) {
