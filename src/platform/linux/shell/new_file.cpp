@@ -2,18 +2,16 @@
 
 #include <fcntl.h>
 #include <stdio.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <cstdint>
 #include <utility>
 
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/new_name.h"
+#include "platform/linux/shell/unfinished_files.h"
 
 namespace permora::host {
 namespace {
@@ -27,15 +25,6 @@ bool HasNoNamelessFiles(int problem) {
 
 }  // namespace
 
-std::string TemporaryName() {
-    std::uint64_t number = 0;
-    // Not for secrecy: whoever guesses it makes the file's making fail, no more.
-    if (getrandom(&number, sizeof number, 0) != sizeof number) number = static_cast<std::uint64_t>(getpid());
-    std::array<char, 32> name{};
-    std::snprintf(name.data(), name.size(), ".permora-%016llx", static_cast<unsigned long long>(number));
-    return name.data();
-}
-
 DWORD FinishWriting(const ObjectHandle& file) {
     const int copy = fcntl(file.Descriptor(), F_DUPFD_CLOEXEC, 0);
     if (copy < 0) return ErrorFromErrno(errno);
@@ -43,13 +32,7 @@ DWORD FinishWriting(const ObjectHandle& file) {
 }
 
 NewFile::~NewFile() {
-    if (isPublished || nameNow.empty()) return;
-    // Only what is still ours.
-    struct stat status {};
-    const int folder = target->Descriptor();
-    if (fstatat(folder, nameNow.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-        AreOneObject(status, object.Status()))
-        unlinkat(folder, nameNow.c_str(), 0);
+    if (!isPublished && !nameNow.empty()) RemoveUnfinished(target->Handle(), nameNow, object);
 }
 
 DWORD NewFile::MakeNamed(mode_t mode, bool isFinal) {
@@ -58,10 +41,14 @@ DWORD NewFile::MakeNamed(mode_t mode, bool isFinal) {
         UniqueFd opened(openat(target->Descriptor(), name.c_str(), kOpenFlags | O_CREAT | O_EXCL, mode));
         if (!opened && errno == EEXIST && !isFinal) continue;
         if (!opened) return ErrorFromErrno(errno);
-        nameNow = name;
+        const int descriptor = opened.Get();
         const DWORD error = ObjectHandle::Adopt(std::move(opened), object);
-        if (error != ERROR_SUCCESS) nameNow.clear();
-        return error;
+        if (error != ERROR_SUCCESS) return error;
+        nameNow = name;
+        if (isFinal) return ERROR_SUCCESS;
+        // A sweep may have come before the mark; then the next name is tried.
+        if (MarkUnfinished(descriptor) && IsUnfinished(target->Handle(), name, object)) return ERROR_SUCCESS;
+        RemoveUnfinished(target->Handle(), name, object);
     }
 }
 
@@ -70,6 +57,7 @@ DWORD NewFile::Make(TargetFolder& folder, const std::string& hostName, mode_t mo
     target = &folder;
     finalName = hostName;
     newPlace = place;
+    folder.SweepOnce();
     DWORD error = ERROR_NOT_SUPPORTED;
     if (folder.Volume().hasNamelessFiles) {
         // Relative to the folder itself: the magic link, since "." may not be entered.
@@ -90,6 +78,7 @@ DWORD NewFile::Make(TargetFolder& folder, const std::string& hostName, mode_t mo
 
 // For a file without a name.
 DWORD NewFile::TakeName(const std::string& name) {
+    static_cast<void>(MarkUnfinished(object.Descriptor()));  // nobody else has it yet
     const DescriptorPath path(object.Descriptor());
     if (linkat(AT_FDCWD, path.Text(), target->Descriptor(), name.c_str(), AT_SYMLINK_FOLLOW) != 0)
         return ErrorFromErrno(errno);

@@ -10,7 +10,7 @@ namespace permora::host {
 enum class NewFilePlace { kFree, kReplacing };
 
 // Unless it was published, the file goes with this object. Where it is written under a name of its own
-// (".permora-" and a number), that stays when the process dies in the middle; on most volumes it has none.
+// (unfinished_files.h), that stays when the process dies in the middle; on most volumes it has none.
 class NewFile {
   public:
     NewFile() = default;
@@ -49,8 +49,5 @@ class NewFile {
 // To be called when all is written: servers, and programs that serve a volume, may tell only when a file is
 // closed what did not get through. 0 or an error code.
 DWORD FinishWriting(const ObjectHandle& file);
-
-// A name for what is not whole yet.
-std::string TemporaryName();
 
 }  // namespace permora::host

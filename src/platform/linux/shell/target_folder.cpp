@@ -19,6 +19,7 @@
 #include "platform/linux/files/folder_listing.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/named_streams.h"
+#include "platform/linux/shell/unfinished_files.h"
 
 namespace permora::host {
 namespace {
@@ -137,6 +138,11 @@ DWORD TargetFolder::FindCopyName(const std::string& hostName, nt::ObjectKind kin
         if (error == ERROR_SUCCESS) copyName = std::move(name);
         return error;
     }
+}
+
+void TargetFolder::SweepOnce() {
+    if (!isNew && !isSwept) SweepUnfinished(held.handle);
+    isSwept = true;
 }
 
 void TargetFolder::Took(const std::string& hostName, const ObjectHandle& object) {

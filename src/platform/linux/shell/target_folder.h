@@ -55,6 +55,10 @@ class TargetFolder {
     // Gives something that was just made in it the descriptor that it hands down.
     DWORD Secure(const ObjectHandle& made);
 
+    // Removes what killed processes left in it (unfinished_files.h), at the first call. To be called before
+    // something is put into it that is not whole yet.
+    void SweepOnce();
+
     // To be told what the folder got.
     void Took(const std::string& hostName, const ObjectHandle& object);
     // Whether the folder got it from this operation, as of two names that the volume takes for one.
@@ -78,6 +82,7 @@ class TargetFolder {
     std::shared_ptr<VolumeTraits> volume;
     std::optional<NewObjectSecurity> security;  // not read before something is made here
     bool isNew = false;  // made by this operation: there is nothing in it that it did not put there
+    bool isSwept = false;
     // On NTFS: the names by what they are without regard to case. Nothing: not read yet.
     std::optional<std::unordered_map<std::u16string, std::string>> names;
     std::unordered_set<ino_t> taken;

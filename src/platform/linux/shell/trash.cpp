@@ -20,6 +20,7 @@
 #include "platform/linux/files/new_name.h"
 #include "platform/linux/security/new_object.h"
 #include "platform/linux/shell/new_file.h"
+#include "platform/linux/shell/unfinished_files.h"
 
 namespace permora::host {
 namespace {

@@ -15,6 +15,7 @@
 #include "platform/linux/files/unmounted_entry.h"
 #include "platform/linux/shell/new_file.h"
 #include "platform/linux/shell/object_properties.h"
+#include "platform/linux/shell/unfinished_files.h"
 
 namespace permora::host {
 namespace {
@@ -145,29 +146,40 @@ PutOutcome TreeCopy::CopyLink(const WalkedItem& item, const std::string& hostNam
     std::string text;
     error = item.object.ReadLinkText(text);
     if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
+    if (!replaces) {
+        error = PutLink(item, text, hostName, hostName);
+        return error == ERROR_SUCCESS ? PutOutcome::kDone : PutOutcome::kFailed;
+    }
+    Current().SweepOnce();
+    // Another process may sweep the link away before it is in its place.
+    constexpr int kAttempts = 5;
+    error = ERROR_FILE_NOT_FOUND;
+    for (int i = 0; i < kAttempts && error == ERROR_FILE_NOT_FOUND; ++i)
+        error = PutLink(item, text, TemporaryName(), hostName);
+    return error == ERROR_SUCCESS ? PutOutcome::kDone : PutOutcome::kFailed;
+}
+
+DWORD TreeCopy::PutLink(const WalkedItem& item, const std::string& text, const std::string& madeName,
+                        const std::string& hostName) {
     TargetFolder& target = Current();
     const int folder = target.Descriptor();
-    const std::string madeName = replaces ? TemporaryName() : hostName;
-    if (symlinkat(text.c_str(), folder, madeName.c_str()) != 0) {
-        error = ErrorFromErrno(errno);
-        return PutOutcome::kFailed;
-    }
+    if (symlinkat(text.c_str(), folder, madeName.c_str()) != 0) return ErrorFromErrno(errno);
     ObjectHandle made;
-    error = ObjectHandle::OpenAt(folder, madeName.c_str(), made);
+    DWORD error = ObjectHandle::OpenAt(folder, madeName.c_str(), made);
     // Something else may have taken its place by now: then it is not ours to change, nor to remove.
     if (error == ERROR_SUCCESS && !made.IsLink()) error = ERROR_FILE_INVALID;
-    if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
+    if (error != ERROR_SUCCESS) return error;
     error = target.Secure(made);
     if (error == ERROR_SUCCESS) error = CopyTimes(item.object, made);
-    if (error == ERROR_SUCCESS && replaces &&
+    if (error == ERROR_SUCCESS && madeName != hostName &&
         renameat(folder, madeName.c_str(), folder, hostName.c_str()) != 0)
         error = ErrorFromErrno(errno);
-    if (error != ERROR_SUCCESS) {
+    if (error == ERROR_SUCCESS) {
+        target.Took(hostName, made);
+    } else {
         unlinkat(folder, madeName.c_str(), 0);
-        return PutOutcome::kFailed;
     }
-    target.Took(hostName, made);
-    return PutOutcome::kDone;
+    return error;
 }
 
 // --- Folders.

@@ -72,6 +72,9 @@ class TreeCopy : public WalkHandler {
     PutOutcome CopyFile(const WalkedItem& item, const std::string& hostName, FileAnswers& answers,
                         DWORD& error);
     PutOutcome CopyLink(const WalkedItem& item, const std::string& hostName, bool replaces, DWORD& error);
+    // A link that is made as `madeName` and then, where that is another, put in the place of `hostName`.
+    DWORD PutLink(const WalkedItem& item, const std::string& text, const std::string& madeName,
+                  const std::string& hostName);
     PutOutcome EnterOnce(const WalkedItem& item, DWORD& error);
     bool AgreesToLoss(const WalkedItem& item, DWORD loss);
 
