@@ -15,6 +15,7 @@
 #include "platform/api/files.h"
 #include "platform/api/messages.h"
 #include "platform/api/shell.h"
+#include "platform/host_path.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -212,7 +213,7 @@ void BrowserView::CreateNewFolder() {
     }
     CNewFolderDlg dialog(this);
     if (dialog.DoModal() != IDOK) return;
-    if (CreateDirectoryA(dialog.folderName.c_str(), nullptr) == FALSE) {
+    if (CreateDirectoryA(PathFromTyped(dialog.folderName).c_str(), nullptr) == FALSE) {
         ShowLastErrorBox(GetSafeHwnd());
         return;
     }

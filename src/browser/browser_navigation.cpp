@@ -7,6 +7,7 @@
 #include "browser/shell_items.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
+#include "platform/host_path.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -161,7 +162,7 @@ void BrowserView::GoToLocation(const std::string& text) {
         return;
     }
     std::string path;
-    if (!EnterFolder(text) || !QueryCurrentDirectory(path)) {
+    if (!EnterFolder(PathFromTyped(text)) || !QueryCurrentDirectory(path)) {
         ReportLastError();
         ReturnToShownFolder();
         return;

@@ -12,7 +12,11 @@ namespace permora {
 // Both forms of a path mean the same object.
 std::string PathFromArgument(const char* argument);
 
-// The same relative to the current directory, whatever that is called by then: for an argument as the host
+// The path that someone typed into a window: one that begins with a slash is the host's, as an argument is.
+// Any other stays as it is, and relative to the current directory.
+std::string PathFromTyped(const std::string& text);
+
+// An argument relative to the current directory, whatever that is called by then: for an argument as the host
 // writes it that names this directory (empty) or something below it. Nothing for every other one.
 std::optional<std::string> PathBelowCurrent(const char* argument);
 

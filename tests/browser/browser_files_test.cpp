@@ -199,6 +199,12 @@ TEST_F(BrowserFiles, NewFoldersAreMadeWhereTheUserIs) {
     });
     ExpectError("");
     view.CreateNewFolder();
+    ui.ExpectDialog(IDD_NEW_FOLDER, [this](WindowDriver& dialog) {
+        dialog.SetText(IDC_FOLDER_NAME, folder.Path("to/deeper"));
+        dialog.Click(IDOK);
+    });
+    view.CreateNewFolder();
+    EXPECT_TRUE(Exists("to/deeper"));
     view.GoToRoot();
     ui.ExpectInformation("Please, enter the disk volume where you would like to create new folder.");
     view.CreateNewFolder();

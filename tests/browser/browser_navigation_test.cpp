@@ -90,6 +90,21 @@ TEST_F(BrowserNavigation, ALocationThatIsTypedIsShownInFull) {
     EXPECT_EQ(view.historyIndex, 4);
 }
 
+// Only a backslash begins at the root of the drive that is shown.
+TEST_F(BrowserNavigation, ASlashBeginsAPathOfTheHostWhateverTheDrive) {
+    Start(R"(T:\a)");
+    view.GoToLocation("/usr");
+    EXPECT_EQ(view.currentFolder, R"(C:\usr)");
+    view.GoToLocation(folder.Path("a/b/"));
+    EXPECT_EQ(view.currentFolder, R"(T:\a\b)");
+    view.GoToLocation(folder.Path("a"));
+    view.GoToLocation(R"(\a\b)");
+    EXPECT_EQ(view.currentFolder, R"(T:\a\b)");
+    ExpectError("No such file or directory");
+    view.GoToLocation("/a/b");
+    EXPECT_EQ(view.currentFolder, R"(T:\a\b)");
+}
+
 TEST_F(BrowserNavigation, AFolderThatIsGoneLeadsToTheNearestOneAboveIt) {
     Start(R"(T:\a\b)");
     std::filesystem::remove_all(folder.Path("a"));

@@ -38,6 +38,10 @@ std::string PathFromArgument(const char* argument) {
     return path;
 }
 
+std::string PathFromTyped(const std::string& text) {
+    return text.starts_with('/') ? PathFromArgument(text.c_str()) : text;
+}
+
 std::optional<std::string> PathBelowCurrent(const char* argument) {
     std::string_view rest(argument);
     if (rest.empty() || rest.front() == '/' || IsPathOfSystem(rest)) return std::nullopt;
