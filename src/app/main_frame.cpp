@@ -212,8 +212,12 @@ void CMainFrame::GoForward() {
 }
 
 void CMainFrame::GoToLocation() {
-    // Leaving puts the folder's path into the field.
+    // Leaving shares mode puts the folder's path into the field.
     const std::string typed = addressBarWnd.locationText;
+    if (view.sharesMode && typed == kShareListLocation) {
+        view.RefreshList();
+        return;
+    }
     LeaveSharesMode();
     view.GoToLocation(typed);
 }

@@ -7,6 +7,7 @@
 #include "app/main_app.h"
 #include "app/settings_store.h"
 #include "framework/command_routing.h"
+#include "platform/api/errors.h"
 #include "platform/linux/files/drives.h"
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
@@ -170,6 +171,25 @@ TEST_F(SharesMode, EndsBeforeTheUserGoesElsewhere) {
         ExpectSharesShown(false);
         EXPECT_EQ(Window().Text(IDC_LOCATION), location);
     }
+}
+
+TEST_F(SharesMode, GoingToTheSharesShowsThemAnew) {
+    Run(ID_SHOW_SHARES);
+    machine.shares.resize(2);
+    Send(ID_GO_TO_LOCATION);  // with what the field says by itself
+    ExpectSharesShown(true);
+    EXPECT_EQ(Rows().size(), 1U);
+    machine.shares.resize(1);
+    Window().SetText(IDC_LOCATION, kShareListLocation);
+    Window().Press("Return");
+    ExpectSharesShown(true);
+    EXPECT_THAT(Rows(), IsEmpty());
+
+    Run(ID_SHOW_SHARES);
+    Window().SetText(IDC_LOCATION, kShareListLocation);
+    ui.ExpectError(GetSystemMessageText(ERROR_FILE_NOT_FOUND));
+    Window().Press("Return");
+    EXPECT_FALSE(Window().IsChecked(ID_SHOW_SHARES)) << "elsewhere it is a path like any other";
 }
 
 TEST_F(SharesMode, StartsTheSystemsWizardForANewShare) {
