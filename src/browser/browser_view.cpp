@@ -79,7 +79,7 @@ void BrowserView::OpenStartFolder(const std::string& commandLine) {
         return;
     }
     currentFolder = folder;
-    if (!ListFolder(currentFolder)) ReportLastError();
+    ListFolder(currentFolder);  // a failure is told when the frame's settings are applied, which lists again
     isDriveRoot = false;
     driveListShown = false;
     RecordLocation();

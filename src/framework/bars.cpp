@@ -155,6 +155,7 @@ void CStatusBar::SetPaneWidth(int pane, int width) {
 void CStatusBar::SetPaneText(int pane, const std::string& text) {
     if (!IsPane(pane)) return;
     texts[static_cast<std::size_t>(pane)] = text;
+    if (pane == 0) prompt.clear();
     ShowPane(pane);
 }
 

@@ -116,6 +116,18 @@ TEST_F(BrowserListing, AFolderThatCannotBeReadIsToldAndLeft) {
     EXPECT_THAT(view.history, ElementsAre("", R"(T:\)"));
 }
 
+// The frame lists again when it applies the settings, and that says why.
+TEST_F(BrowserListing, AStartFolderThatCannotBeReadIsToldOnce) {
+    folder.MakeFile("first");
+    folder.MakeFile("second");
+    TheFaults().onSearch = [] { TheFaults().searchFailsAfter = 1; };
+    Start(R"(T:\)");
+    ExpectError("Input/output error");
+    view.ApplyViewSettings(3, true);
+    EXPECT_EQ(view.currentFolder, R"(T:\)");
+    EXPECT_THAT(Names(), IsEmpty());
+}
+
 TEST_F(BrowserListing, AVolumeThatFailsInTheMiddleIsReported) {
     folder.MakeFolder("a");
     folder.MakeFolder("a/inner");

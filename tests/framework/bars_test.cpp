@@ -43,9 +43,14 @@ TEST_F(Bars, TipsAndPromptsTellWhatAButtonDoes) {
     QEnterEvent enter(QPointF(2, 2), QPointF(2, 2), QPointF(2, 2));
     QApplication::sendEvent(button, &enter);
     EXPECT_EQ(frame.statusBar.GetPaneText(0), "Opens Security Editor");
+    // What the program says is news; the prompt has been read.
+    frame.statusBar.SetPaneText(0, "Processing...");
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Processing...");
+    QApplication::sendEvent(button, &enter);
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Opens Security Editor");
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(button, &leave);
-    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Ready");
+    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Processing...");
 }
 
 TEST_F(Bars, TheKeyboardReachesEveryButton) {
