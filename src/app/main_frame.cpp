@@ -100,9 +100,11 @@ bool CMainFrame::OnCreate() {
 }
 
 bool CMainFrame::CreateBars() {
+    constexpr int kLeastToolBar = 48;  // a button, and the one that leads to the others
     return toolBar.Create(*this) && toolBar.LoadToolBar(IDR_MAIN_FRAME) &&
-           addressBarWnd.Create(*this, IDD_ADDRESS_BAR) && reBar.Create(*this) && reBar.AddBar(toolBar) &&
-           reBar.AddBar(addressBarWnd) && statusBarWnd.Create(*this);
+           addressBarWnd.Create(*this, IDD_ADDRESS_BAR) && reBar.Create(*this) &&
+           reBar.AddBar(toolBar, kLeastToolBar) && reBar.AddBar(addressBarWnd, addressBarWnd.LeastWidth()) &&
+           statusBarWnd.Create(*this);
 }
 
 void CMainFrame::LoadToolBarImages() {
@@ -115,7 +117,6 @@ void CMainFrame::LoadToolBarImages() {
 void CMainFrame::OnSize(Size client) {
     CFrameWnd::OnSize(client);
     if (!addressBarWnd.HasWindow()) return;
-    addressBarWnd.Layout(GetWindowRect());
     reBar.RedrawWindow();
     toolBar.RedrawWindow();
     addressBarWnd.RedrawWindow();

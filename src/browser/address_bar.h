@@ -11,26 +11,31 @@ namespace permora {
 class AddrBar : public CDialogBar {
   public:
     // From dialog resource `templateId`, with the go button beside its field. The button and the Enter key
-    // reach the frame as command 152.
+    // reach the frame as command 152. Escape takes back what was typed and gives the focus to the frame.
     bool Create(CFrameWnd& frame, unsigned int templateId) override;
 
-    // What the field shows.
+    // Where the browser is, which the field then shows.
     void SetLocationText(const std::string& text);
 
-    // Fits the bar into a frame that stands at `frame` on the screen.
-    void Layout(const Rect& frame);
+    // In logical pixels: the caption, a piece of the field and the go button.
+    int LeastWidth() const;
 
     std::string locationText;  // a copy of the field's text, after every change
 
   protected:
+    void OnSize(Size client) override;
     void OnPaint(CDC& dc) override;
     const MessageMap& GetMessageMap() const override;
 
   private:
     void OnLocationChanged();
     void OnEnter();
+    void OnEscape();
+    Rect FieldRect() const;  // in the bar
 
+    CFrameWnd* owner = nullptr;
     CBitmapButton goButton;
+    std::string shownLocation;  // as last set
 };
 
 }  // namespace permora

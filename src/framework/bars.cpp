@@ -90,12 +90,13 @@ bool CDialogBar::Create(CFrameWnd& frame, unsigned int templateId) {
     AttachBar(*this, MakeNativePane(*this, frame, templateId), frame, kDialogBarId);
     MoveWindow(DialogUnitsToPixels({0, 0, dialog->size.cx, dialog->size.cy}));
     CreateTemplateControls(*this, *dialog);
-    WatchEnterKey(*this, [this] { OnEnterKey(); });
+    WatchKeys(
+        *this, [this] { Press(IDOK); }, [this] { Press(IDCANCEL); });
     return true;
 }
 
-void CDialogBar::OnEnterKey() {
-    Notification notification{.id = IDOK, .code = Notify::kClicked};
+void CDialogBar::Press(unsigned int button) {
+    Notification notification{.id = button, .code = Notify::kClicked};
     OnCmdMsg(notification);
 }
 
@@ -116,11 +117,11 @@ bool CReBar::Create(CFrameWnd& frame) {
     return true;
 }
 
-bool CReBar::AddBar(CWnd& bar) {
+bool CReBar::AddBar(CWnd& bar, int leastWidth) {
     auto* nativeBar = WindowAccess::NativeAs<NativeReBar>(*this);
     if (nativeBar == nullptr || !bar.HasWindow()) return false;
     WindowAccess::SetParent(bar, *this);
-    nativeBar->AddBand(bar);
+    nativeBar->AddBand(bar, leastWidth);
     return true;
 }
 

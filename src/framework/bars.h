@@ -33,26 +33,27 @@ class CToolBar : public CWnd {
 };
 
 // A bar made from a dialog template. What its own map does not handle goes to the frame, a click as the
-// command of the button's id. Enter reaches the map as a click on IDOK.
+// command of the button's id. Enter reaches the map as a click on IDOK, Escape as one on IDCANCEL.
 class CDialogBar : public CWnd {
   public:
     virtual bool Create(CFrameWnd& frame, unsigned int templateId);
     bool OnCmdMsg(Notification& notification) override;
 
   private:
-    void OnEnterKey();
+    void Press(unsigned int button);
 };
 
 // Holds bars side by side, each with a gripper that moves its left edge. The last one fills the row.
 class CReBar : public CWnd {
   public:
     bool Create(CFrameWnd& frame);
-    // `bar` becomes a child of the rebar.
-    bool AddBar(CWnd& bar);
+    // `bar` becomes a child of the rebar. In a narrow frame it is left `leastWidth` logical pixels, where the
+    // frame has them.
+    bool AddBar(CWnd& bar, int leastWidth);
 };
 
-// A pane's first text is the string of its id. Prompts stand in front of pane 0's text, which comes back
-// after them.
+// A pane's first text is the string of its id. A prompt stands in front of pane 0's text, which comes back
+// after it, until that text is set anew.
 class CStatusBar : public CWnd {
   public:
     static constexpr unsigned int kSeparator = 0;  // the stretching pane

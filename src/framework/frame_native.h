@@ -63,8 +63,9 @@ class NativeToolBar : public NativeWindow {
 class NativeReBar : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
-    virtual void AddBand(CWnd& bar) = 0;  // takes the native window of `bar` in
-    virtual void LayOut() = 0;            // bands of hidden bars take no room
+    // Takes the native window of `bar` in. A narrow window leaves it `leastWidth` logical pixels.
+    virtual void AddBand(CWnd& bar, int leastWidth) = 0;
+    virtual void LayOut() = 0;  // bands of hidden bars take no room
 };
 
 class NativeStatusBar : public NativeWindow {
@@ -82,8 +83,9 @@ std::unique_ptr<NativeFrame> MakeNativeFrame(CWnd& window, unsigned int id, Fram
 std::unique_ptr<NativeToolBar> MakeNativeToolBar(CWnd& window, CWnd& parent, FrameEvents& events);
 std::unique_ptr<NativeReBar> MakeNativeReBar(CWnd& window, CWnd& parent);
 std::unique_ptr<NativeStatusBar> MakeNativeStatusBar(CWnd& window, CWnd& parent);
-// Runs `onEnter` when Enter is pressed in `pane` and no control uses it.
-void WatchEnterKey(CWnd& pane, std::function<void()> onEnter);
+// Runs `onEnter` when Enter is pressed in `pane` and no control uses it, and `onEscape` at Escape, which then
+// is no accelerator.
+void WatchKeys(CWnd& pane, std::function<void()> onEnter, std::function<void()> onEscape);
 
 // Shows a menu at a screen position until the user has chosen; the command, 0 for none. `highlight` hears of
 // each entry that the user goes to, and 0 at the end.

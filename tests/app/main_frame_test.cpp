@@ -12,6 +12,7 @@
 #include "framework/command_routing.h"
 #include "framework/frame_native.h"
 #include "framework/menu_items.h"
+#include "framework/window_access.h"
 #include "platform/api/errors.h"
 #include "platform/linux/files/drives.h"
 #include "platform/message_presenter.h"
@@ -208,6 +209,33 @@ TEST_F(MainFrame, StandsWhereItStoodUnlessNobodyCouldSeeIt) {
         EXPECT_TRUE(IsUsableWindow(place) && place.left >= 0 && place.left < 2000) << each.name;
         Close();
         EXPECT_EQ(Stored().windowRect, place) << each.name;
+    }
+}
+
+// The first control of `Kind` in a window and its children that can be seen.
+template <class Kind>
+const Kind* FindShown(const CWnd& window) {
+    for (const CWnd* child : WindowAccess::Children(window)) {
+        if (!child->IsWindowVisible()) continue;
+        if (const auto* found = dynamic_cast<const Kind*>(child)) return found;
+        if (const auto* found = FindShown<Kind>(*child)) return found;
+    }
+    return nullptr;
+}
+
+TEST_F(MainFrame, ANarrowWindowKeepsTheAddressAndItsButtonInSight) {
+    Start();
+    for (const int width : {1000, 420, 300}) {
+        SCOPED_TRACE(width);
+        Frame().MoveWindow({20, 30, 20 + width, 430});
+        const auto* edit = FindShown<CEdit>(Frame());
+        const auto* button = FindShown<CBitmapButton>(Frame());
+        ASSERT_TRUE(edit != nullptr && button != nullptr);
+        const Rect field = edit->GetWindowRect();
+        const Rect go = button->GetWindowRect();
+        EXPECT_GE(field.Width(), 60);
+        EXPECT_EQ(go.left, field.right + 5);
+        EXPECT_EQ(go.left, FindShown<CStatusBar>(Frame())->GetWindowRect().right - 47);
     }
 }
 

@@ -20,19 +20,14 @@ Faults& TheFaults() {
 
 bool BrowserFrame::OnCreate() {
     view.Create(*this, 1, commandLine);
-    if (!addressBar.Create(*this, IDD_ADDRESS_BAR) || !reBar.Create(*this) || !reBar.AddBar(addressBar) ||
-        !statusBar.Create(*this))
+    if (!addressBar.Create(*this, IDD_ADDRESS_BAR) || !reBar.Create(*this) ||
+        !reBar.AddBar(addressBar, addressBar.LeastWidth()) || !statusBar.Create(*this))
         return false;
     statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
     view.statusBar = &statusBar;
     view.addressBar = &addressBar;
     SetView(view);
     return true;
-}
-
-void BrowserFrame::OnSize(Size client) {
-    CFrameWnd::OnSize(client);
-    if (addressBar.HasWindow()) addressBar.Layout(GetWindowRect());
 }
 
 const MessageMap& BrowserFrame::GetMessageMap() const {

@@ -39,7 +39,6 @@ class BrowserFrame : public CFrameWnd {
 
   protected:
     bool OnCreate() override;
-    void OnSize(Size client) override;
     const MessageMap& GetMessageMap() const override;
 
   private:

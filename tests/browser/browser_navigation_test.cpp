@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "platform/linux/files/drives.h"
+#include "resources/resource_ids.h"
 #include "tests/browser/browser_fixture.h"
 
 namespace permora::testing {
@@ -141,10 +142,27 @@ TEST_F(BrowserNavigation, TheAddressBarSaysWhereWeAreAndLeadsElsewhere) {
     Window().Click(kGo);
     EXPECT_TRUE(Window().WaitUntil([this] { return view.currentFolder == R"(T:\a)"; }));
 
-    const Rect field = frame.addressBar.GetDlgItem(kField)->GetWindowRect();
-    const Rect bar = frame.addressBar.GetWindowRect();
-    EXPECT_EQ(bar.right, frame.GetWindowRect().right);
-    EXPECT_EQ(field.right, bar.right - 52);
+    const auto fieldRight = [&] { return frame.addressBar.GetDlgItem(kField)->GetWindowRect().right; };
+    EXPECT_EQ(frame.addressBar.GetWindowRect().right, view.GetWindowRect().right);
+    EXPECT_EQ(fieldRight(), view.GetWindowRect().right - 52);
+    frame.addressBar.MoveWindow({100, 2, 400, 25});  // as when its gripper is dragged
+    EXPECT_EQ(fieldRight(), frame.addressBar.GetWindowRect().right - 52);
+}
+
+TEST_F(BrowserNavigation, EscapeInTheAddressBarTakesBackWhatWasTyped) {
+    Start(R"(T:\a)");
+    view.RefreshList();
+    for (const unsigned int id : {unsigned{IDC_LOCATION}, unsigned{ID_GO_TO_LOCATION}}) {
+        Window().SetText(IDC_LOCATION, "elsewhere");
+        if (id == ID_GO_TO_LOCATION) Window().Press("Tab");
+        EXPECT_EQ(Window().FocusedControl(), id);
+        Window().Press("Esc");
+        EXPECT_EQ(Window().Text(IDC_LOCATION), R"(T:\a)");
+        EXPECT_TRUE(view.list.HasFocus());
+    }
+    WindowDriver window = Window();
+    window.Press("Esc");
+    EXPECT_TRUE(window.WaitUntil([this] { return !frame.HasWindow(); })) << "in the list it ends the program";
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <QTimer>
 
 #include "framework/dialog.h"
+#include "framework/qt/widget.h"
 #include "framework/screen_placement.h"
 #include "framework/styles.h"
 #include "tests/framework/test_frame.h"
@@ -142,6 +143,35 @@ TEST(Frame, MaximisedItKnowsWhereItStoodBefore) {
         EXPECT_EQ(frame.GetPlacement().showState, ShowState::kMaximised);
         EXPECT_EQ(frame.GetPlacement().normalRect, before) << (isByUser ? "by the user" : "when shown");
     }
+}
+
+TEST(Frame, TheFrameThatTheDesktopDrawsIsOnTheScreenToo) {
+    for (const bool startsMaximised : {false, true}) {
+        TestFrame frame;
+        ASSERT_TRUE(frame.Show());
+        const QRect screen = frame.Top()->screen()->availableGeometry();
+        ASSERT_NE(frame.Top()->frameGeometry(), frame.Top()->geometry()) << "no frame here";
+        frame.SetPlacement({qt::FromQt(screen.adjusted(-50, -50, 50, 50)),
+                            startsMaximised ? ShowState::kMaximised : ShowState::kNormal});
+        if (startsMaximised) frame.Top()->showNormal();
+        UiDriver::MainWindow().WaitUntil([&] { return screen.contains(frame.Top()->frameGeometry()); });
+        EXPECT_GT(frame.Top()->height(), screen.height() * 3 / 4);
+    }
+}
+
+TEST(Frame, AnEscapeThatWasMeantForAClosedWindowDoesNothing) {
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    UiDriver ui;
+    ui.ExpectDialog(IDD_RENAME, [](WindowDriver& dialog) { dialog.Press("Esc"); });
+    CDialog(IDD_RENAME, &frame).DoModal();
+    frame.PressKey(Qt::Key_Escape);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(frame.log, IsEmpty());
+    constexpr int kMoment = 500;
+    QTest::qWait(kMoment);
+    frame.PressKey(Qt::Key_Escape);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !frame.HasWindow(); }));
 }
 
 TEST(Frame, ClosingIsTheFramesDecision) {

@@ -83,7 +83,8 @@ class TestFrame : public CFrameWnd {
         if (!view.CreateChild(*this, {}, 1) || !toolBar.Create(*this) ||
             !toolBar.LoadToolBar(IDR_MAIN_FRAME) || !addressBar.Create(*this, IDD_ADDRESS_BAR))
             return false;
-        if (!reBar.Create(*this) || !reBar.AddBar(toolBar) || !reBar.AddBar(addressBar)) return false;
+        if (!reBar.Create(*this) || !reBar.AddBar(toolBar, 100) || !reBar.AddBar(addressBar, 100))
+            return false;
         if (!statusBar.Create(*this)) return false;
         images.Create({16, 16});
         for (int button = 0; button < 15; ++button)

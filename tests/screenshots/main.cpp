@@ -141,7 +141,7 @@ class SampleFrame : public CFrameWnd {
 
   protected:
     bool OnCreate() override {
-        if (!reBar.Create(*this) || !bar.Create(*this, barTemplate) || !reBar.AddBar(bar)) return false;
+        if (!reBar.Create(*this) || !bar.Create(*this, barTemplate) || !reBar.AddBar(bar, 100)) return false;
         FillSamples(bar);
         return true;
     }

@@ -12,6 +12,7 @@
 
 #include "framework/frame_native.h"
 #include "framework/qt/image.h"
+#include "framework/qt/late_escape.h"
 #include "framework/qt/widget.h"
 
 namespace permora {
@@ -218,15 +219,24 @@ std::unique_ptr<NativeStatusBar> MakeNativeStatusBar(CWnd& window, CWnd& parent)
     return std::make_unique<StatusBarWindow>(window, std::move(bar));
 }
 
-void WatchEnterKey(CWnd& pane, std::function<void()> onEnter) {
+void WatchKeys(CWnd& pane, std::function<void()> onEnter, std::function<void()> onEscape) {
     QWidget& widget = *qt::WidgetOf(pane);
-    auto* filter = new qt::EventFilter(widget, [enter = std::move(onEnter)](QEvent& event) {
-        if (event.type() != QEvent::KeyPress) return false;
-        const int key = static_cast<QKeyEvent&>(event).key();
-        if (key != Qt::Key_Return && key != Qt::Key_Enter) return false;
-        enter();
-        return true;
-    });
+    auto* filter = new qt::EventFilter(
+        widget, [&widget, enter = std::move(onEnter), escape = std::move(onEscape)](QEvent& event) {
+            const bool isKey = event.type() == QEvent::KeyPress;
+            if (!isKey && event.type() != QEvent::ShortcutOverride) return false;
+            const auto& press = static_cast<QKeyEvent&>(event);
+            const bool isEnter = press.key() == Qt::Key_Return || press.key() == Qt::Key_Enter;
+            if (press.key() != Qt::Key_Escape && !(isKey && isEnter)) return false;
+            event.accept();
+            if (!isKey) return true;
+            if (isEnter) {
+                enter();
+            } else if (!press.isAutoRepeat() && !qt::IsLateEscape(widget)) {
+                escape();
+            }
+            return true;
+        });
     filter->setParent(&widget);
 }
 

@@ -1,18 +1,22 @@
 // The frame window's native half: menu on top, the client area below it.
 #include <QAbstractEventDispatcher>
+#include <QAccessibleWidget>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMenuBar>
 #include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <optional>
 
 #include "framework/frame_native.h"
 #include "framework/qt/image.h"
+#include "framework/qt/late_escape.h"
 #include "framework/qt/list_keys.h"
 #include "framework/qt/menus.h"
 #include "framework/qt/widget.h"
+#include "framework/screen_placement.h"
 #include "framework/styles.h"
 
 namespace permora {
@@ -50,6 +54,12 @@ class FrameWidget : public QWidget {
     QVBoxLayout* column;
 };
 
+// Assistive technology takes a plain widget for something to pass over.
+QAccessibleInterface* MakeFrameAccessible(const QString& /*className*/, QObject* object) {
+    auto* frame = dynamic_cast<FrameWidget*>(object);
+    return frame != nullptr ? new QAccessibleWidget(frame, QAccessible::Window) : nullptr;
+}
+
 // Where a window stands that nobody has placed yet: in the middle of the screen, with room for its bars.
 QRect FirstPlace() {
     const QScreen* screen = QGuiApplication::primaryScreen();
@@ -79,13 +89,17 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
           top(std::move(made)),
           events(listener),
           barWatch(Widget(), [this](QEvent& event) { return OnClientEvent(event); }) {
+        QAccessible::installFactory(MakeFrameAccessible);  // the toolkit keeps a function once
+        qt::WatchForLateEscape(*top);
         top->onClose = [this] { PostClose(); };
         top->onStateChanged = [this] {
             if (!top->isMaximized()) rectBeforeMaximised.reset();
         };
         QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
                          top.get(), [this] {
-                             if (top->isVisible()) events.OnIdle();
+                             if (!top->isVisible()) return;
+                             FitIntoScreen();
+                             events.OnIdle();
                          });
         auto* menuKey = new QShortcut(QKeySequence(Qt::Key_F10), top.get());
         QObject::connect(menuKey, &QShortcut::activated, top.get(), [this] {
@@ -128,6 +142,7 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
             ReportSize({Widget().width(), Widget().height()});
         return false;
     }
+    void FitIntoScreen();
     void PostChosen(unsigned int id) {
         QMetaObject::invokeMethod(
             top.get(), [this, id] { events.OnChosen(id); }, Qt::QueuedConnection);
@@ -140,6 +155,8 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
     // Where a window that was shown maximised would stand otherwise. The toolkit remembers it without the
     // frame around it, which it did not know yet.
     std::optional<Rect> rectBeforeMaximised;
+    // Where the window was placed, until the frame around it is known, which has to be on the screen too.
+    std::optional<Rect> unfitted;
 };
 
 void FrameWindow::SetMenu(const CMenu& menu) {
@@ -158,8 +175,10 @@ void FrameWindow::SetAccelerators(std::span<const AcceleratorTemplate> accelerat
     for (const AcceleratorTemplate& each : accelerators) {
         auto* key = new QShortcut(SequenceOf(each), top.get());
         key->setAutoRepeat(false);  // a key held too long must not delete twice
-        QObject::connect(key, &QShortcut::activated, top.get(),
-                         [this, id = each.command] { PostChosen(id); });
+        const bool isEscape = key->key() == QKeySequence(Qt::Key_Escape);
+        QObject::connect(key, &QShortcut::activated, top.get(), [this, isEscape, id = each.command] {
+            if (!isEscape || !qt::IsLateEscape(*top)) PostChosen(id);
+        });
     }
 }
 
@@ -181,7 +200,21 @@ void FrameWindow::Place(const WindowPlacement& placement) {
         top->setWindowState(top->windowState() | Qt::WindowMaximized);
         rectBeforeMaximised = placement.normalRect;
     }
+    unfitted = placement.normalRect;
     top->show();
+    FitIntoScreen();
+}
+
+void FrameWindow::FitIntoScreen() {
+    if (!unfitted || top->isMaximized() || top->isMinimized()) return;
+    const QMargins frame = top->windowHandle()->frameMargins();
+    if (frame.isNull()) return;  // not known yet, or there is none
+    const Size extra{frame.left() + frame.right(), frame.top() + frame.bottom()};
+    const Rect inner = *unfitted;
+    const Rect outer{inner.left, inner.top, inner.right + extra.cx, inner.bottom + extra.cy};
+    const Rect fitted = PutOnScreen(outer, ScreenAreas());
+    unfitted.reset();
+    if (fitted != outer) Move({fitted.left, fitted.top, fitted.right - extra.cx, fitted.bottom - extra.cy});
 }
 
 }  // namespace

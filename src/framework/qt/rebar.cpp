@@ -13,15 +13,14 @@ namespace permora {
 namespace {
 
 constexpr int kGripperWidth = 8;
-constexpr int kBandMargin = 2;        // around a band
-constexpr int kLeastBandWidth = 100;  // with its gripper
+constexpr int kBandMargin = 2;  // above, below and between the bands
 
 class ReBarWidget : public QWidget {
   public:
     using QWidget::QWidget;
 
-    void AddBand(QWidget& bar) {
-        bands.append({&bar, bar.size(), 0, 0});
+    void AddBand(QWidget& bar, int leastWidth) {
+        bands.append({&bar, bar.size(), kGripperWidth + leastWidth + kBandMargin});
         bar.setParent(this);
         bar.setCursor(Qt::ArrowCursor);  // not that of the grippers
         bar.show();
@@ -33,7 +32,7 @@ class ReBarWidget : public QWidget {
         for (const Band& band : bands) {
             if (IsShown(band)) height = std::max(height, SizeOf(band).height());
         }
-        return {kLeastBandWidth * static_cast<int>(bands.size()), height + 2 * kBandMargin + kLineHeight};
+        return {RoomAfter(-1), height + 2 * kBandMargin + kLineHeight};
     }
 
   protected:
@@ -55,6 +54,7 @@ class ReBarWidget : public QWidget {
     struct Band {
         QPointer<QWidget> bar;
         QSize size;         // with which it came
+        int leastWidth;     // with the gripper
         int userWidth = 0;  // to which the user dragged it, with the gripper; 0: not
         int left = 0;
     };
@@ -74,9 +74,16 @@ class ReBarWidget : public QWidget {
     // The shown band whose left edge can be moved there; -1: none. The first one's cannot.
     qsizetype GripperAt(const QPoint& point) const;
     qsizetype ShownBefore(qsizetype index) const;
+    // What the shown bands after that one need.
     int RoomAfter(qsizetype index) const {
-        return kLeastBandWidth *
-               static_cast<int>(std::count_if(bands.begin() + index + 1, bands.end(), IsShown));
+        int room = 0;
+        for (qsizetype i = index + 1; i < bands.size(); ++i)
+            room += IsShown(bands[i]) ? bands[i].leastWidth : 0;
+        return room;
+    }
+    int RoomFor(qsizetype index) const {
+        const Band& band = bands[index];
+        return std::max(width() - band.left - RoomAfter(index), band.leastWidth);
     }
 
     QList<Band> bands;
@@ -97,12 +104,12 @@ void ReBarWidget::LayOut() {
         Band& band = bands[i];
         if (!IsShown(band)) continue;
         band.left = left;
-        // A narrow window leaves something of every bar in sight.
-        const int room = std::max(width() - left - RoomAfter(i), kLeastBandWidth);
-        const int bandWidth = i == last ? room : std::min(WidthOf(band), room);
-        const int bandHeight = SizeOf(band).height();
-        const int top = kBandMargin + (height() - 2 * kBandMargin - kLineHeight - bandHeight) / 2;
-        band.bar->setGeometry(left + kGripperWidth, top, bandWidth - kGripperWidth - kBandMargin, bandHeight);
+        // A narrow window leaves something of every bar in sight; the last one goes to the very edge.
+        const int bandWidth = i == last ? RoomFor(i) : std::min(WidthOf(band), RoomFor(i));
+        const int barWidth = bandWidth - kGripperWidth - (i == last ? 0 : kBandMargin);
+        const int barHeight = SizeOf(band).height();
+        const int top = kBandMargin + (height() - 2 * kBandMargin - kLineHeight - barHeight) / 2;
+        band.bar->setGeometry(left + kGripperWidth, top, barWidth, barHeight);
         left += bandWidth;
     }
     update();
@@ -142,9 +149,7 @@ void ReBarWidget::mouseMoveEvent(QMouseEvent* event) {
     const qsizetype index = ShownBefore(dragged);
     if (index < 0) return;  // the bar before it has been hidden
     Band& before = bands[index];
-    const int right = width() - kLeastBandWidth;
-    before.userWidth =
-        std::clamp(point.x() - before.left, kLeastBandWidth, std::max(right - before.left, kLeastBandWidth));
+    before.userWidth = std::clamp(point.x() - before.left, before.leastWidth, RoomFor(index));
     LayOut();
 }
 
@@ -157,7 +162,7 @@ class ReBarWindow final : public qt::WidgetWindow<NativeReBar> {
         WidgetWindow::Move(rect);
         LayOut();  // also while nothing is shown yet
     }
-    void AddBand(CWnd& bar) override { ReBar().AddBand(*qt::WidgetOf(bar)); }
+    void AddBand(CWnd& bar, int leastWidth) override { ReBar().AddBand(*qt::WidgetOf(bar), leastWidth); }
     void LayOut() override { ReBar().LayOut(); }
 
   private:
