@@ -137,6 +137,7 @@ bool BrowserView::QueryCurrentDirectory(std::string& path) const {
 }
 
 void BrowserView::ShowLocation(const std::string& text) {
+    list.SetWindowText(text);  // as which assistive technology knows it
     if (addressBar != nullptr) addressBar->SetLocationText(text);
 }
 

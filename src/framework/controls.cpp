@@ -1,5 +1,6 @@
 #include "framework/controls.h"
 
+#include "framework/command_routing.h"
 #include "framework/radio_group.h"
 #include "framework/styles.h"
 #include "framework/window_access.h"
@@ -29,6 +30,7 @@ bool CBitmapButton::Create(CWnd& owner, const Rect& rect, unsigned int id) {
                            .style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_OWNERDRAW,
                            .rect = rect};
     WindowAccess::Attach(*this, MakeNativeControl(*this, owner, spec), &owner, id, spec.style);
+    WindowAccess::Native(*this)->SetAccessibleName(LoadCommandPrompt(id).tip);
     WindowAccess::Native(*this)->SetVisible(true);
     return true;
 }

@@ -23,7 +23,8 @@ class CButton : public CWnd {
 // A push button that shows bitmaps instead of text.
 class CBitmapButton : public CButton {
   public:
-    // Makes the button as a child of `owner`, in its client coordinates. Bitmap resource ids; 0: none.
+    // Makes the button as a child of `owner`, in its client coordinates, for the command `id`, whose tip
+    // names it to assistive technology. Bitmap resource ids; 0: none.
     bool Create(CWnd& owner, const Rect& rect, unsigned int id);
     bool LoadBitmaps(unsigned int normal, unsigned int pressed, unsigned int focused, unsigned int disabled);
 };

@@ -11,11 +11,13 @@
 #include <set>
 
 #include "framework/dialog.h"
+#include "framework/frame_window.h"
 #include "framework/property_sheet.h"
 #include "framework/qt/widget.h"
 #include "framework/resource_templates.h"
 #include "framework/styles.h"
 #include "framework/window_access.h"
+#include "resources/resource_ids.h"
 #include "tests/support/dialog_templates.h"
 #include "tests/support/ui_driver.h"
 
@@ -179,6 +181,18 @@ TEST(Accessibility, NoMnemonicMeansTwoControls) {
             EXPECT_FALSE(isTwice) << "dialog " << id << ": " << control.text;
         }
     }
+}
+
+TEST(Accessibility, AFrameIsAWindowAndItsPictureButtonsTellTheirCommand) {
+    CFrameWnd frame;
+    ASSERT_TRUE(frame.LoadFrame(IDR_MAIN_FRAME));
+    CBitmapButton button;
+    ASSERT_TRUE(button.Create(frame, {0, 0, 16, 16}, ID_GO_TO_LOCATION));
+    const auto* top = QAccessible::queryAccessibleInterface(qt::WidgetOf(frame)->window());
+    EXPECT_EQ(top->role(), QAccessible::Window);
+    EXPECT_EQ(top->text(QAccessible::Name), QStringLiteral("Permora"));
+    const auto* pictures = QAccessible::queryAccessibleInterface(qt::WidgetOf(button));
+    EXPECT_EQ(pictures->text(QAccessible::Name), QStringLiteral("Go to location"));
 }
 
 }  // namespace

@@ -274,8 +274,13 @@ TEST_F(ListCtrl, AssistiveTechnologyReadsNamesAndStates) {
     EXPECT_EQ(interface->role(), QAccessible::List);
     ASSERT_EQ(interface->childCount(), 3);
     QAccessibleInterface* row = interface->child(1);
-    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b-row"));
-    EXPECT_EQ(row->text(QAccessible::Description), QStringLiteral("Type: Folder"));
+    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b-row, Type: Folder"));
+    list.SetView(ListView::kIcons);
+    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b-row")) << "nothing more is seen";
+    list.SetView(ListView::kReport);
+    list.SetWindowText("Where we are");
+    EXPECT_EQ(interface->text(QAccessible::Name), QStringLiteral("Where we are"));
+    row = interface->child(1);
     EXPECT_TRUE(row->state().checkable && row->state().checked && row->state().selected);
     EXPECT_EQ(interface->indexOfChild(row), 1);
     row->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());

@@ -8,7 +8,7 @@
 namespace permora::qt {
 namespace {
 
-// One row. The first column is its name, the others, each after its header, describe it.
+// One row. All that is seen of it is its name: the first column, and the others each after its header.
 class RowAccessible : public QAccessibleInterface, public QAccessibleActionInterface {
   public:
     RowAccessible(ListWidget& shownIn, int shown) : widget(shownIn), row(shown) {}
@@ -41,9 +41,9 @@ class RowAccessible : public QAccessibleInterface, public QAccessibleActionInter
 
 QString RowAccessible::text(QAccessible::Text kind) const {
     const NativeListView& list = *widget.List();
-    if (kind == QAccessible::Name) return ToQt(list.Rows().Text(row, 0));
-    if (kind != QAccessible::Description || list.View() != ListView::kReport) return {};
-    QStringList parts;
+    if (kind != QAccessible::Name) return {};
+    QStringList parts{ToQt(list.Rows().Text(row, 0))};
+    if (list.View() != ListView::kReport) return parts.first();
     for (std::size_t i = 1; i < list.Columns().size(); ++i) {
         const std::string& text = list.Rows().Text(row, static_cast<int>(i));
         if (!text.empty()) parts << ToQt(list.Columns()[i].header + ": " + text);

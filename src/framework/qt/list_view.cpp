@@ -16,7 +16,10 @@ class QtListView : public qt::WidgetWindow<NativeListView> {
         List().Show(*this);
     }
 
-    void SetText(const std::string& text) override { title = text; }
+    void SetText(const std::string& text) override {
+        title = text;
+        SetAccessibleName(text);
+    }
     std::string Text() const override { return title; }
     void Redraw() override { List().viewport()->repaint(); }
     void Invalidate() override { List().viewport()->update(); }
@@ -37,7 +40,7 @@ class QtListView : public qt::WidgetWindow<NativeListView> {
   private:
     qt::ListWidget& List() const { return static_cast<qt::ListWidget&>(Widget()); }
 
-    std::string title;  // nobody sees it
+    std::string title;  // for who does not see the list
 };
 
 // In another view the row that the user was at stays in sight.
