@@ -9,8 +9,10 @@ volumePackages=(ntfs-3g fuse3 attr)
 # A real server, its module that keeps access lists, and its clients.
 serverPackages=(samba samba-vfs-modules smbclient)
 
-# A screen without a display, a window manager, letters, and the hands and eyes of the test that uses them.
-screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core)
+# A screen without a display, a window manager, letters, and the hands and eyes of the test that uses them; a bus, and what
+# a screen reader reads there.
+screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core dbus-daemon at-spi2-core
+    gir1.2-atspi-2.0 python3-gi)
 
 # MissingPackages PACKAGE...: those that are not installed, one a line. A look into dpkg's own tables, no network.
 MissingPackages() {

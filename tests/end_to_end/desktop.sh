@@ -41,6 +41,17 @@ StartDesktop() {
     WaitUntil "the window manager" HasWindowManager
 }
 
+# StartAssistance: a session bus, over which programs tell assistive technology what they show.
+StartAssistance() {
+    dbus-daemon --session --nofork --nopidfile --print-address=5 5>"$HOME/bus" >"$HOME/bus.log" 2>&1 &
+    desktopPids+=($!)
+    WaitUntil "the session bus" test -s "$HOME/bus"
+    DBUS_SESSION_BUS_ADDRESS=$(cat "$HOME/bus")
+    export DBUS_SESSION_BUS_ADDRESS QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
+    gdbus call --session --dest org.a11y.Bus --object-path /org/a11y/bus --method org.a11y.Bus.GetAddress >/dev/null ||
+        Fail "there is no bus for assistive technology"
+}
+
 StopDesktop() {
     local pid
     for pid in "${desktopPids[@]}"; do

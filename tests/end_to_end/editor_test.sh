@@ -19,6 +19,7 @@ IsReset() {
 }
 
 BeginRun "$1" "$2" light
+StartAssistance
 Start "$folder"
 WaitForFolder "$folder"
 xdotool windowmove --sync "$window" 60 40 windowsize --sync "$window" 760 480
@@ -47,6 +48,9 @@ Step "full-control" TickAllowFullControl
 Step "deny-delete" TickDenyDelete
 CloseDialog "Permissions" "$sheet" AcceptEntry
 Picture "added"
+ExpectTold 'dialog|Security Editor - Alpha|active|'
+ExpectTold 'list item|Deny, Name: .*, Permission: Delete, .*, Apply To: This folder, subfolders and files|.*selected|'
+ExpectTold 'list item|Allow, Name: .*, Permission: Full control, .*, Apply To: This folder, subfolders and files||'
 
 OpenDialog "Select Account Name" PressAdd
 TypeAccount Everyone
@@ -63,6 +67,8 @@ CloseDialog "Permissions" "$sheet" AcceptEntry
 Picture "added-by-name"
 
 Step "replace" TickReplace
+ExpectTold 'check box|Replace permission entries on all .*|.*checked|'
+ExpectTold 'check box|Inherit from parent the .*||'
 Step "apply" PressApply
 WaitUntil "all below to inherit" IsReset
 WaitUntil "the walk's dialog to close" HasNoWindow "Applying settings"
@@ -85,6 +91,5 @@ CloseDialog "Permissions" "$sheet" AcceptEntry
 Picture "edited"
 CloseDialog "Security Editor - Alpha" "$window" AcceptSheet
 
-Keys Escape
-WaitForEnd
+Quit
 EndRun

@@ -21,8 +21,8 @@ MakeData() {
     cp -a "$local/Source" "$work/original"
 }
 
-# The host's paths begin at drive C; from the address field the keyboard comes to the list behind the go button.
-GoTo() { TypeLocation "C:$1" && WaitForFolder "$1" && Keys Tab Tab; }
+# From the address field the keyboard comes to the list behind the go button.
+GoTo() { TypeLocation "$1" && WaitForFolder "$1" && Keys Tab Tab; }
 # SameAs FOLDER FOLDER: names, contents and times.
 SameAs() {
     diff -r "$1" "$2" && diff <(cd "$1" && find . -type f -printf '%p %Ts\n' | sort) \
@@ -145,8 +145,7 @@ Offer text/uri-list "file://elsewhere.example/etc/passwd"
 OpenDialog "Permora Error" Keys ctrl+v
 CloseDialog "Permora Error" "$window" Keys Return
 
-TypeLocation C:/ # the volume is left before it is unmounted
+TypeLocation / # the volume is left before it is unmounted
 WaitForFolder /
-Keys Escape
-WaitForEnd
+Quit
 EndRun

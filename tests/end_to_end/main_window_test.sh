@@ -29,10 +29,10 @@ StoredByte() {
 Stored() { [ "$(StoredByte "$1")" = "$2" ] || Fail "byte $1 of the settings is $(StoredByte "$1"), not $2"; }
 
 Geometry() { xdotool getwindowgeometry --shell "$window" | grep -E '^(X|Y|WIDTH|HEIGHT)='; }
+# FindCorner: the client area's left and top edge on the screen, into $left and $top.
+FindCorner() { read -r left top <<<"$(xwininfo -id "$window" | awk '/Absolute upper-left/ { printf "%s ", $NF }')"; }
 DoubleClickTitle() {
-    local left top
-    left=$(xwininfo -id "$window" | sed -n 's/.*Absolute upper-left X: *//p')
-    top=$(xwininfo -id "$window" | sed -n 's/.*Absolute upper-left Y: *//p')
+    FindCorner
     xdotool mousemove --sync $((left + 250)) $((top - 8)) click --repeat 2 --delay 50 1
 }
 IsMaximised() { xprop -id "$window" _NET_WM_STATE | grep -q MAXIMIZED_HORZ; }
@@ -42,18 +42,33 @@ HasGeometry() { [ "$(Geometry)" = "$1" ]; }
 headers=(60 210 360 510)
 headerLine=70
 
+# The go button, at its place in a window of any width.
+GoButton() {
+    Measure "$window"
+    import -silent -window "$window" -crop 20x20+$((WIDTH - 49))+25 -depth 8 rgb:- | sha1sum
+}
+ShowsGoButton() { [ "$(GoButton)" = "$goButton" ]; }
+IsNotMaximised() { ! IsMaximised; }
+
+# FitsScreen: with the frame that the window manager draws around it.
+FitsScreen() {
+    local frameLeft frameRight frameTop frameBottom
+    IFS=', ' read -r frameLeft frameRight frameTop frameBottom < <(xprop -id "$window" _NET_FRAME_EXTENTS | sed 's/.*= //')
+    FindCorner
+    Measure "$window"
+    [ $((left - frameLeft)) -ge 0 ] && [ $((left + WIDTH + frameRight)) -le 1280 ] &&
+        [ $((top - frameTop)) -ge 0 ] && [ $((top + HEIGHT + frameBottom)) -le 900 ]
+}
+
 BeginRun "$1" "$2/$3" "$3"
+StartAssistance
 data=$work/data
 MakeData "$data"
 
-# Without the installation the program says what is missing, and ends.
-XDG_CONFIG_HOME=$work/home/nowhere "$programs/permora" >>"$work/output" 2>&1 &
-programPid=$!
-WaitUntil "the message about settings" HasWindow "Permora Error"
-Settle
+# Where no installation has told its folder the program goes by where it stands.
+XDG_CONFIG_HOME=$work/home/nowhere Start "$data"
 Picture "not-installed"
-Keys Return
-WaitForEnd
+Quit
 
 Start "$data"
 WaitForFolder "$data"
@@ -84,20 +99,34 @@ for column in 1 2 3 0; do
 done
 Step "desktop-icons" Keys alt+v u
 
+ExpectTold 'frame|Permora|active|'
+ExpectTold 'push button|Go to location||'
+ExpectTold "text|Location|.*editable|C:${data//\//.}"
+ExpectTold "list|C:${data//\//.}|focused|"
+ExpectTold 'list item|Alpha, Type: .*, Modified: 1:3:2022  0:.*|.*|'
+ExpectTold 'list item|zebra.html, Type: .*, Size: 5 Bytes, Modified: 1:1:2020  0:.*||'
+ExpectTold 'list item|.*|focused|'
+
+# In the address field Escape belongs to what was typed.
+EnterAddressField elsewhere
+ExpectTold 'text|Location|.*|elsewhere'
+Keys Escape
+ExpectTold "text|Location|editable|C:${data//\//.}"
+ExpectTold "list|C:${data//\//.}|focused|"
+
 OpenDialog "Permora Settings" Keys alt+f s
 ClickInTemplate 238 166 125 41 # "Show tool tips"
 CloseDialog "Permora Settings" "$window" Keys Return
 Stored 37 0
 Stored 36 0
 OpenDialog "About ZEL" Keys alt+h a
-CloseDialog "About ZEL" "$window" Keys Escape
+CloseDialog "About ZEL" "$window" Keys Escape Escape Escape # those after the first are meant for it as well
 
 Keys F5
 Settle
 Picture "before-the-end"
 place=$(Geometry)
-Keys Escape
-WaitForEnd
+Quit
 Stored 16 1 # not maximised
 Stored 32 3 # Details
 
@@ -109,8 +138,7 @@ Settle
 Picture "started-again"
 Same before-the-end started-again
 Step "maximised" DoubleClickTitle
-Keys Escape
-WaitForEnd
+Quit
 Stored 16 3
 Start "$data"
 WaitUntil "the window to be maximised" IsMaximised
@@ -118,7 +146,25 @@ Settle
 Picture "started-maximised"
 Step "as-large-as-before" DoubleClickTitle
 WaitUntil "the window to be where it was" HasGeometry "$place"
-Keys Escape
-WaitForEnd
+
+# However it is sized, the address can be seen whole.
+goButton=$(GoButton)
+for round in {1..10}; do
+    for state in IsMaximised IsNotMaximised; do
+        DoubleClickTitle
+        WaitUntil "the window to change, round $round" $state
+        WaitUntil "the go button, round $round" ShowsGoButton
+    done
+done
+xdotool windowsize --sync "$window" 420 300
+WaitUntil "the go button of a narrow window" ShowsGoButton
+Picture "narrow"
+
+# A place that is larger than the screen.
+xdotool windowmove --sync "$window" 0 0 windowsize --sync "$window" 1280 900
+Quit
+Start "$data"
+WaitUntil "the whole window to be on the screen" FitsScreen
+Quit
 
 EndRun

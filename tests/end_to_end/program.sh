@@ -55,19 +55,23 @@ WaitForEnd() {
     [ "$status" = 0 ] || Fail "the program ended with $status: $(cat "$work/output")"
 }
 
+# Quit: by Escape, more than once where the first is taken for one that was meant for a dialog which has just closed.
+EndsByEscape() { Keys Escape && HasEnded; }
+Quit() { WaitUntil "Escape to end the program" EndsByEscape && WaitForEnd; }
+
 # The folder shown is the program's current directory.
 Shows() { [ "$(readlink "/proc/$programPid/cwd")" = "$1" ]; }
 WaitForFolder() { WaitUntil "the folder $1" Shows "$1"; }
 
 # TypeLocation LOCATION: into the address field, which is there in a window that is wide enough.
 addressField=(700 40)
-TypeLocation() {
+EnterAddressField() {
     ClickAt "${addressField[@]}"
     xdotool mousemove --sync 1278 898 # where it is clicked next, a pointer that is there already is waited for in vain
     Keys ctrl+a
     xdotool type --delay 20 "$1"
-    Keys Return
 }
+TypeLocation() { EnterAddressField "$1" && Keys Return; }
 
 # WaitForDialog TITLE: its id is then in $dialog.
 WaitForDialog() {
@@ -95,6 +99,11 @@ CloseDialog() {
     WaitUntil "the window behind \"$title\" to be active" IsActive "$owner"
     Settle
 }
+
+# Told LINE: whether assistive technology is told such a line of accessible.py, a basic regular expression. Wants
+# StartAssistance before Start.
+Told() { grep -qx "$1" <<<"$("$here/accessible.py")"; }
+ExpectTold() { WaitUntil "assistive technology to be told: $1" Told "$1"; }
 
 # Measure WINDOW: its client area, into $WIDTH and $HEIGHT.
 Measure() { eval "$(xdotool getwindowgeometry --shell "$1" | grep -E '^(WIDTH|HEIGHT)=')"; }

@@ -57,6 +57,5 @@ CloseDialog "Security Editor - plans" "$window" AcceptSheet
 
 Step "files-again" ToggleShares
 WaitForFolder "$folder"
-Keys Escape
-WaitForEnd
+Quit
 EndRun

@@ -119,6 +119,5 @@ WaitUntil "the deletion" test ! -e "$folder/Old/draft"
 Picture "deleted"
 Finish
 
-Keys Escape
-WaitForEnd
+Quit
 EndRun
