@@ -65,7 +65,7 @@ TEST_F(ShowTest, SddlOfSeveralHasTwoLinesForEachAndNamesTheEntryWithoutText) {
     ASSERT_EQ(SetDescriptorText(last, plain), 0U);
     // An operator that does not exist.
     SetChanged(malformed, "O:BAG:BAD:P(XA;;FX;;;WD;(a == 1))(A;;FA;;;BA)", 0x80, 0x7F);
-    ASSERT_EQ(SetDescriptorText(unseen, "O:BAG:BAD:P(XA;;FX;;;WD;(a == \"\x1B[31m\xE2\x80\xAE\"))"), 0U);
+    ASSERT_EQ(SetDescriptorText(unseen, "O:BAG:BAD:P(XA;;FX;;;WD;(a == \"\x1B[31m\xE2\x80\x8B\"))"), 0U);
 
     const CommandResult all = RunCli({"show", "--sddl", first, malformed, unseen, last});
     EXPECT_EQ(all.exitCode, 1);

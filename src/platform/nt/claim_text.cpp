@@ -37,7 +37,7 @@ bool IsNameCharacter(char16_t unit, NameForm form, bool isFirst) {
 void AppendEscape(char16_t unit, std::string& text) {
     text += '%';
     for (unsigned shift = 16; shift > 0; shift -= 4)
-        text += kHexDigits[unit >> (shift - 4) & 0xFU];
+        text += kHexDigits[unsigned{unit} >> (shift - 4) & 0xFU];
 }
 
 bool TakeEscape(std::string_view& text, std::uint16_t& unit) {

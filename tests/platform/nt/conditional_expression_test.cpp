@@ -170,7 +170,7 @@ TEST(ConditionalExpression, RefusesWhatBreaksTheGrammar) {
     };
     for (const char* text : kTexts)
         EXPECT_FALSE(ConditionFromText(text, nullptr)) << text;
-    EXPECT_FALSE(ConditionFromText(std::string_view("(a == \"\0\")", 11), nullptr));
+    EXPECT_FALSE(ConditionFromText(std::string_view("(a == \"\0\")", 10), nullptr));
 }
 
 TEST(ConditionalExpression, RefusesMalformedBytes) {
