@@ -21,7 +21,7 @@ Json EntryJson(const AccessEntry& entry, EntryDetails& details) {
         {"permission", PermissionText(entry.mask)},
         {"inherited", entry.IsInherited()},
         {"applyTo", ScopeTextFromFlags(entry.aceFlags)},
-        {"childrenOnly", (entry.aceFlags & NO_PROPAGATE_INHERIT_ACE) != 0},
+        {"childrenOnly", IsForDirectChildrenOnly(entry.aceFlags)},
         {"flags", entry.aceFlags},
         {"sddl", details.text.empty() ? Json() : Json(details.text)},
     };

@@ -62,7 +62,7 @@ std::string RowsText(AccessEntryList& entries) {
     for (const AccessRow& row : rows) {
         lines.push_back({row.type, row.name, row.permission, row.inheritance, row.applyTo});
         const BYTE flags = entries.Entries()[row.entryIndex].aceFlags;
-        lines.back().emplace_back((flags & NO_PROPAGATE_INHERIT_ACE) != 0 ? "direct children only" : "");
+        lines.back().emplace_back(IsForDirectChildrenOnly(flags) ? "direct children only" : "");
         hasLimits = hasLimits || !lines.back().back().empty();
     }
     // The texts of the other columns are the same whether an entry is handed on or not.

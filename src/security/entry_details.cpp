@@ -150,6 +150,11 @@ std::vector<EntryDetails> DetailsOfEntries(PACL acl) {
     return details;
 }
 
+bool IsForDirectChildrenOnly(BYTE aceFlags) {
+    return (aceFlags & NO_PROPAGATE_INHERIT_ACE) != 0 &&
+           (aceFlags & (OBJECT_INHERIT_ACE | CONTAINER_INHERIT_ACE)) != 0;
+}
+
 std::string EntryTypeName(BYTE aceType) {
     if (aceType < kEntryTypes.size()) return kEntryTypes.at(aceType).name;
     return "Type " + std::to_string(aceType);

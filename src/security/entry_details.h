@@ -25,6 +25,9 @@ struct EntryDetails {
 // The entries that EntriesOfDacl hands out, in the same order.
 std::vector<EntryDetails> DetailsOfEntries(PACL acl);
 
+// Whether such an entry of a folder is handed down to what is in it, and no further.
+bool IsForDirectChildrenOnly(BYTE aceFlags);
+
 // "Allow", "Callback allow", "Mandatory label"; "Type 200" for one that is not known.
 std::string EntryTypeName(BYTE aceType);
 
