@@ -141,7 +141,8 @@ CLI::App* Parser::AddChange(Command command, const char* name, const char* descr
     added->add_flag("--dry-run", arguments.dryRun,
                     "Show the entries before and after the change and write nothing");
     added->add_flag("--drop-other-entries", arguments.dropOtherEntries,
-                    "Change even a list with entries of other types than allow and deny; they are lost");
+                    "Change even a list with entries of other types than allow and deny, or with such\n"
+                    "that are not valid; they are lost");
     added->add_flag("--replace-null-list", arguments.replaceNullList,
                     "Change even an object without any access list, which allows everyone everything;\n"
                     "afterwards only the accounts in the new list have access");
@@ -180,7 +181,8 @@ void Parser::AddAssign() {
                   "Give an account these rights and no others, as the security wizard does: the\n"
                   "first object's own entries, with this change, replace those of every object.\n"
                   "What an object inherits stays; a right that comes from above is taken away by\n"
-                  "denying it.\n"
+                  "denying it. Only entries that name the account itself are changed; what it has\n"
+                  "then, and through which entries, is told of each object.\n"
                   "\"Full control\" and \"Allow all\" add nothing to rights that come from above; where\n"
                   "some would be missing, nothing is changed: 0xf01ff gives each right by itself");
     assign->get_option("--replace-null-list")

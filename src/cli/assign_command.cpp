@@ -2,6 +2,7 @@
 
 #include "cli/list_change.h"
 #include "cli/listing.h"
+#include "cli/rights_left.h"
 #include "cli/terminal_output.h"
 #include "platform/api/errors.h"
 #include "security/access_rights.h"
@@ -75,21 +76,32 @@ std::optional<NewLists> MakeLists(const Arguments& arguments, const AccountRecor
     return lists;
 }
 
-// The object with the new list and what it goes on to inherit; false after a message.
+// Makes the object what it would be, with the new list, which `dacl` then holds, and what it goes on to
+// inherit; false after a message.
 bool Preview(HMODULE library, std::vector<AccessEntry> entries, ObjectSecurity& object,
-             ConsoleMessages& messages) {
+             UniqueLocal<ACL>& dacl, ConsoleMessages& messages) {
     if (object.inheritance == DaclInheritance::kFromParent) {
         for (const AccessEntry& entry : object.entries.Entries())
             if (entry.IsInherited()) entries.push_back(entry);
     }
-    const UniqueLocal<ACL> dacl = BuildWholeDacl(library, entries, messages);
+    dacl = BuildWholeDacl(library, entries, messages);
     if (!dacl) return false;
-    object.entries.LoadFromDacl(dacl.get());
+    object.dacl = dacl.get();
+    object.entries.LoadFromDacl(object.dacl);
     return true;
 }
 
-bool ChangeTarget(const Arguments& arguments, const Target& target, const NewLists& lists, HMODULE library,
-                  ConsoleMessages& messages) {
+// Says what a written list leaves to the account, which may be more than was assigned: by its groups, by its
+// other SIDs and from above. False after a message.
+bool TellRightsLeft(const Target& target, AccountRecord& account, ConsoleMessages& messages) {
+    ObjectSecurity object;
+    if (!ReadList(target, object, messages)) return false;
+    Print(RightsLeftText(object.dacl, account));
+    return true;
+}
+
+bool ChangeTarget(const Arguments& arguments, AccountRecord& account, const Target& target,
+                  const NewLists& lists, HMODULE library, ConsoleMessages& messages) {
     ObjectSecurity object;
     if (!ReadForChange(target, object, messages) || !MayReplace(LossesOf(object), arguments, messages))
         return false;
@@ -99,11 +111,15 @@ bool ChangeTarget(const Arguments& arguments, const Target& target, const NewLis
         return false;
     }
     const NewList& list = isFolder ? lists.forFolders : lists.forFiles;
-    if (!arguments.dryRun) return WriteDacl(target, std::nullopt, list.dacl.get(), messages);
+    if (!arguments.dryRun) {
+        return WriteDacl(target, std::nullopt, list.dacl.get(), messages) &&
+               TellRightsLeft(target, account, messages);
+    }
     const std::string before = StateText(target, "before", object, RemarksOn(object));
-    if (!Preview(library, list.entries, object, messages)) return false;
-    object.dacl = list.dacl.get();  // not none, for the remarks
-    Print(before + StateText(target, "after", object, RemarksOn(object)));
+    UniqueLocal<ACL> dacl;
+    if (!Preview(library, list.entries, object, dacl, messages)) return false;
+    Print(before + StateText(target, "after", object, RemarksOn(object)) +
+          RightsLeftText(object.dacl, account));
     return true;
 }
 
@@ -122,10 +138,12 @@ bool RunAssign(const Arguments& arguments, const AccountRecord& account, const s
         return false;
     }
     bool allDone = true;
+    AccountRecord shown = account;
     for (const Target& target : targets) {
         messages.SetSubject(target.argument);
-        allDone = ChangeTarget(arguments, target, *lists, library.get(), messages) && allDone;
+        allDone = ChangeTarget(arguments, shown, target, *lists, library.get(), messages) && allDone;
     }
+    Print(std::string(kNotConsidered) + '\n');
     return allDone;
 }
 

@@ -2,9 +2,11 @@
 
 #include <optional>
 #include <span>
+#include <utility>
 
 #include "cli/json_output.h"
 #include "cli/listing.h"
+#include "cli/rights_left.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
@@ -13,41 +15,41 @@
 namespace permora {
 namespace {
 
-constexpr const char* kLeftOut =
-    "Not considered: permissions of a share through which someone comes, privileges, what an owner may do "
-    "anyway";
-
 // Without "Full control", which hardly any list of a file gives in the strict sense; the mask's name says it.
 constexpr std::span kSingleRights = std::span(kAccessRights).subspan<1>();
 
 struct Answer {
     ObjectSecurity object;
     std::optional<DWORD> rights;  // nothing: there is no list, and everyone may do everything
+    std::vector<std::string> remarks;
 };
 
-std::optional<Answer> Ask(const Target& target, PSID account, ConsoleMessages& messages) {
+std::optional<Answer> Ask(const Target& target, AccountRecord& account, ConsoleMessages& messages) {
     Answer answer;
     if (!ReadList(target, answer.object, messages)) return std::nullopt;
+    answer.remarks = RemarksOn(answer.object);
     if (answer.object.dacl == nullptr) return answer;
     DWORD rights = 0;
-    const DWORD error = FindEffectiveRights(answer.object.dacl, account, rights);
+    const DWORD error = FindEffectiveRights(answer.object.dacl, account.sid.get(), rights);
+    if (error == ERROR_NONE_MAPPED) {
+        messages.Say(UnknownGroupsText(account));
+        return std::nullopt;
+    }
     if (error != ERROR_SUCCESS) {
         messages.SaySystemError(error);
         return std::nullopt;
     }
     answer.rights = rights;
+    for (std::string& remark : RemarksOnRights(answer.object.dacl, account, rights))
+        answer.remarks.push_back(std::move(remark));
     return answer;
-}
-
-const char* PermissionOf(DWORD rights) {
-    return MaskDisplayName(rights & ~SYNCHRONIZE);
 }
 
 std::string TableText(const Target& target, const std::string& account, const Answer& answer) {
     std::string text = PrintableText(target.argument) + "\n  Account: " + PrintableText(account) + '\n' +
-                       RemarkLines(RemarksOn(answer.object));
+                       RemarkLines(answer.remarks);
     if (!answer.rights) return text;
-    text += std::string("  Permission: ") + PermissionOf(*answer.rights) + '\n';
+    text += std::string("  Permission: ") + PermissionText(*answer.rights) + '\n';
     std::vector<std::vector<std::string>> lines;
     for (const AccessRight& right : kSingleRights)
         lines.push_back({right.listName, IsEffective(right, *answer.rights) ? "yes" : "no"});
@@ -56,16 +58,15 @@ std::string TableText(const Target& target, const std::string& account, const An
 
 // "rights" is null where there is no list and everyone may do everything, and [] where nothing is left.
 Json AnswerJson(const Target& target, AccountRecord& account, const Answer& answer) {
-    Json json = {{"path", target.argument},
-                 {"account", AccountDisplayName(account)},
-                 {"sid", account.GetSidText()},
-                 {"mask", nullptr},
-                 {"permission", nullptr},
-                 {"rights", nullptr},
-                 {"note", kLeftOut}};
+    Json json = {{"path", target.argument},     {"account", AccountDisplayName(account)},
+                 {"sid", account.GetSidText()}, {"mask", nullptr},
+                 {"synchronize", nullptr},      {"permission", nullptr},
+                 {"rights", nullptr},           {"remarks", answer.remarks},
+                 {"note", kNotConsidered}};
     if (!answer.rights) return json;
-    json["mask"] = "0x" + HexText(*answer.rights);
-    json["permission"] = PermissionOf(*answer.rights);
+    json["mask"] = "0x" + HexText(WithoutSynchronize(*answer.rights));
+    json["synchronize"] = (*answer.rights & SYNCHRONIZE) != 0;
+    json["permission"] = PermissionText(*answer.rights);
     json["rights"] = Json::array();
     for (const AccessRight& right : kSingleRights) {
         if (IsEffective(right, *answer.rights)) json["rights"].push_back(right.listName);
@@ -83,7 +84,7 @@ bool RunEffective(const Arguments& arguments, const AccountRecord& account,
     Json answers = Json::array();
     for (const Target& target : targets) {
         messages.SetSubject(target.argument);
-        const std::optional<Answer> answer = Ask(target, account.sid.get(), messages);
+        const std::optional<Answer> answer = Ask(target, shown, messages);
         if (!answer) {
             allRead = false;
         } else if (arguments.format == ShowFormat::kJson) {
@@ -95,7 +96,7 @@ bool RunEffective(const Arguments& arguments, const AccountRecord& account,
     if (arguments.format == ShowFormat::kJson) {
         PrintJsonObjects(answers, arguments.paths.size());
     } else {
-        Print(std::string(kLeftOut) + '\n');
+        Print(std::string(kNotConsidered) + '\n');
     }
     return allRead;
 }

@@ -16,7 +16,7 @@ Json EntryJson(const AccessEntry& entry, EntryDetails& details) {
         {"aceType", entry.aceType},
         {"account", AccountDisplayName(details.account)},
         {"sid", details.account.GetSidText()},
-        {"mask", "0x" + HexText(entry.mask & ~SYNCHRONIZE)},
+        {"mask", "0x" + HexText(WithoutSynchronize(entry.mask))},
         {"synchronize", (entry.mask & SYNCHRONIZE) != 0},
         {"permission", PermissionText(entry.mask)},
         {"inherited", entry.IsInherited()},

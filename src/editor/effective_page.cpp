@@ -9,6 +9,15 @@
 #include "security/message_boxes.h"
 
 namespace permora {
+namespace {
+
+// Of half a sentence, which begins with a small letter.
+std::string AsSentence(std::string text) {
+    text.front() = static_cast<char>(text.front() - ('a' - 'A'));
+    return text + '.';
+}
+
+}  // namespace
 
 const MessageMap& CPage4::GetMessageMap() const {
     static const MessageMap kMap =
@@ -31,17 +40,16 @@ bool CPage4::OnInitDialog() {
     return CPropertyPage::OnInitDialog();
 }
 
+// What is shown stays together: without an answer, the marks with the account that they are of.
 void CPage4::OnChangeAccount() {
     CDlgUsersAndGroups picker(this);
     if (picker.DoModal() != IDOK) return;
     account = picker.result;
-    AccountField().SetWindowText(AccountDisplayName(account));
-    ShowRights();
+    if (ShowRights()) AccountField().SetWindowText(AccountDisplayName(account));
 }
 
-// Without an answer the marks stay as they were.
-void CPage4::ShowRights() {
-    if (objectName.empty()) return;
+bool CPage4::ShowRights() {
+    if (objectName.empty()) return true;
     PACL dacl = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     DWORD error = GetNamedSecurityInfoA(objectName.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
@@ -49,17 +57,26 @@ void CPage4::ShowRights() {
     const UniqueLocal<void> owned(descriptor);
     if (error == ERROR_SUCCESS && dacl == nullptr) {
         ShowInfoBox(GetSafeHwnd(), "Object's access control list is null (All access is allowed always)");
-        return;
+        return false;
     }
     DWORD rights = 0;
     if (error == ERROR_SUCCESS) error = FindEffectiveRights(dacl, account.sid.get(), rights);
+    if (error == ERROR_NONE_MAPPED) {
+        ShowErrorBox(GetSafeHwnd(), AsSentence(UnknownGroupsText(account)).c_str());
+        return false;
+    }
     if (error != ERROR_SUCCESS) {
         ShowSystemErrorBox(GetSafeHwnd(), error);
-        return;
+        return false;
     }
     int row = 0;
     for (const AccessRight& right : kAccessRights)
         RightsList().SetCheck(row++, IsEffective(right, rights));
+    std::string remarks;
+    for (const std::string& remark : RemarksOnRights(dacl, account, rights))
+        remarks += (remarks.empty() ? "" : " ") + AsSentence(remark);
+    RequiredControl<CWnd>(*this, IDC_EFFECTIVE_REMARK).SetWindowText(remarks);
+    return true;
 }
 
 CListCtrl& CPage4::RightsList() const {

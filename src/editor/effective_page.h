@@ -22,7 +22,8 @@ class CPage4 : public CPropertyPage {
 
   private:
     void OnChangeAccount();
-    void ShowRights();
+    // False, and nothing has changed, after a message box.
+    bool ShowRights();
 
     CListCtrl& RightsList() const;
     CEdit& AccountField() const;

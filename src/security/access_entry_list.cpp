@@ -7,8 +7,6 @@
 #include <iterator>
 #include <utility>
 
-#include "security/access_rights.h"
-
 namespace permora {
 namespace {
 
@@ -117,7 +115,8 @@ AccessEntry& AccessEntryList::Join(AccessEntry added) {
     added.aceFlags = static_cast<BYTE>(added.aceFlags & ~INHERITED_ACE);
     const auto same = std::find_if(entries.begin(), entries.end(), [&](const AccessEntry& entry) {
         return entry.aceType == added.aceType && entry.aceFlags == added.aceFlags &&
-               IsSameAccount(entry.account, added.account);
+               IsSameAccount(entry.account, added.account) && !entry.HasIdleGenericRights() &&
+               !added.HasIdleGenericRights();
     });
     if (same != entries.end()) {
         same->mask |= added.mask;
@@ -151,7 +150,8 @@ void AccessEntryList::EditEntry(std::size_t index, const PermissionChoice& choic
     // Adding moves the entries, so what is needed of the old one is taken first.
     const bool wasInherited = entries[index].IsInherited();
     const BYTE ownType = entries[index].aceType;
-    const DWORD ownMask = entries[index].mask;
+    const DWORD ownMask =
+        entries[index].HasIdleGenericRights() ? entries[index].mask & ~GENERIC_RIGHTS : entries[index].mask;
     const bool isAllow = entries[index].IsAllow();
 
     const BYTE otherType = isAllow ? ACCESS_DENIED_ACE_TYPE : ACCESS_ALLOWED_ACE_TYPE;
@@ -159,7 +159,7 @@ void AccessEntryList::EditEntry(std::size_t index, const PermissionChoice& choic
     const DWORD otherChoice = isAllow ? choice.denyMask : choice.allowMask;
     if (wasInherited) {
         // What inheritance grants cannot be taken away here: only the difference becomes an entry.
-        ownChoice ^= ownMask & ~SYNCHRONIZE;
+        ownChoice ^= WithoutSynchronize(ownMask);
     } else {
         RemoveEntry(index);
         // A denial keeps SYNCHRONIZE, unless it stood there for the whole of which less is denied now.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/api/security.h"
+#include "security/access_rights.h"
 #include "security/account_record.h"
 
 namespace permora {
@@ -25,6 +26,11 @@ struct AccessEntry {
     // Whether the system takes the entry into a list that is made anew: it does not without a valid SID, or
     // with flags that an allow or deny entry cannot have.
     bool IsAcceptable() const;
+    // Generic rights that were left in an entry which applies to the object itself. Access checks pass over
+    // them, but they would get their meaning if the entry were set anew with another mask.
+    bool HasIdleGenericRights() const {
+        return (aceFlags & INHERIT_ONLY_ACE) == 0 && (mask & GENERIC_RIGHTS) != 0;
+    }
     bool IsInherited() const { return (aceFlags & INHERITED_ACE) != 0; }
 };
 
@@ -61,8 +67,8 @@ class AccessEntryList {
     AccountRecord& AccountOf(std::size_t index) { return entries[index].account; }
 
     // Adds an explicit entry (INHERITED_ACE in `flags` is dropped): its rights join the first entry of the
-    // same type, flags and account; else a deny entry goes to the top and an allow entry before the first
-    // allow or inherited one.
+    // same type, flags and account, unless one of both has idle generic rights; else a deny entry goes to the
+    // top and an allow entry before the first allow or inherited one.
     void AddEntry(AccountRecord account, DWORD mask, BYTE flags, BYTE type);
     // Adds what the dialog gave for a new account: one entry for each mask that is not 0.
     void AddFromDialog(const PermissionChoice& choice);

@@ -43,7 +43,7 @@ const char* MaskDisplayName(DWORD mask) {
 }
 
 const char* PermissionText(DWORD mask) {
-    return MaskDisplayName(mask & ~SYNCHRONIZE);
+    return MaskDisplayName(WithoutSynchronize(mask));
 }
 
 DWORD MaskOfChangedEntry(BYTE aceType, DWORD mask) {

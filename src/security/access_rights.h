@@ -15,8 +15,15 @@ inline constexpr DWORD RIGHTS_DISPLAY_MASK = 0x1F03FF;
 // The thirteen single rights together, without SYNCHRONIZE.
 inline constexpr DWORD FULL_CONTROL_RIGHTS = 0xF01FF;
 
+// They stand for several rights and get their meaning when an entry is set or handed down.
+inline constexpr DWORD GENERIC_RIGHTS = GENERIC_ALL | GENERIC_EXECUTE | GENERIC_WRITE | GENERIC_READ;
+
 // SYNCHRONIZE has no box of its own. Clients over the network ask for it whenever they open something, so who
 // may do anything needs it, and who is denied it is locked out, whatever else the list says.
+
+constexpr DWORD WithoutSynchronize(DWORD mask) {
+    return mask & ~DWORD{SYNCHRONIZE};
+}
 
 // The mask of an entry that someone made or changed: with SYNCHRONIZE in one that allows, and in a denial of
 // all thirteen rights. A smaller denial keeps what `mask` says.

@@ -16,7 +16,7 @@ constexpr DWORD kMeaninglessBit = RIGHTS_DISPLAY_MASK & ~DWORD{FILE_ALL_ACCESS};
 // Takes rights from a mask, and with the last of them what stands for nothing by itself.
 void TakeAway(DWORD rights, DWORD& mask) {
     mask &= ~rights;
-    if ((mask & ~(SYNCHRONIZE | kMeaninglessBit)) == 0) mask = 0;
+    if ((WithoutSynchronize(mask) & ~kMeaninglessBit) == 0) mask = 0;
 }
 
 void AppendEntries(const std::vector<WizardAccountRow>& accounts, BYTE type, DWORD WizardAccountRow::*mask,

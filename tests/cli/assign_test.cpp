@@ -76,6 +76,23 @@ TEST_F(AssignTest, RightsThatWouldBeMissingAreNamed) {
               "D:AI(A;OICI;FR;;;BU)(A;OICI;0x120000;;;BA)(A;OICIID;CCDCLCSWRPWPDTLOCRSDWDWO;;;BA)\n");
 }
 
+TEST_F(AssignTest, WhatTheAccountHasThenIsSaid) {
+    const std::vector<std::string> denyAll = {"--account", "BUILTIN\\Users", "--combination", "Deny all"};
+    const std::string answer = Assign({first}, denyAll);
+    EXPECT_THAT(answer, HasSubstr(first + ": changed\n  BUILTIN\\Users has no rights\nNot considered: "));
+    ASSERT_EQ(SetDescriptorText(top, "D:P(A;OICI;FA;;;BA)(A;OICI;FR;;;WD)"), 0U);
+    std::vector<std::string> preview = denyAll;
+    preview.emplace_back("--dry-run");
+    for (const std::vector<std::string>& options : {preview, denyAll}) {
+        EXPECT_THAT(
+            Assign({first}, options),
+            HasSubstr("  BUILTIN\\Users has:\n    through Everyone (Inherited): List folder / Read data, "
+                      "Read attributes, Read extended attributes, Read permissions\n"));
+    }
+    EXPECT_THAT(Assign({first}, {"--account", "S-1-5-21-7-8-9-1001", "--combination", "Read"}),
+                HasSubstr("the groups of S-1-5-21-7-8-9-1001 are not known here"));
+}
+
 TEST_F(AssignTest, NothingIsLostUnasked) {
     const std::vector<std::string> readers = {"--account", "Everyone", "--combination", "Read"};
     const char* const foreign = "D:PAI(OA;;CC;bf967aba-0de6-11d0-a285-00aa003049e2;;BA)(A;;FA;;;BA)";

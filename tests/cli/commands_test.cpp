@@ -170,6 +170,8 @@ TEST_F(CommandsTest, NoListAnEmptyOneAndForeignEntriesAreToldApart) {
         {"D:P(A;;FR;;;WD)(D;;FR;;;BG)", "do not stand in the usual order", "Deny", ""},
         {"D:P(OA;;RP;4c164200-20c0-11d0-a768-00aa006e0529;;BG)(A;;FR;;;WD)", "1 entry of another type",
          "Object allow", "--drop-other-entries"},
+        // Flags of entries that audit.
+        {"D:P(A;SA;FR;;;BG)(A;;FR;;;WD)", "1 entry is not valid", "S-1-5-32-546", "--drop-other-entries"},
     };
     for (const Case& row : cases) {
         ASSERT_EQ(SetDescriptorText(top, row.sddl), 0U) << row.sddl;

@@ -82,8 +82,21 @@ TEST(EffectiveTest, SaysWhatTheListLeavesAndWhatItDoesNotTell) {
     const auto array = nlohmann::json::parse(listed.output.substr(start), nullptr, false);
     ASSERT_EQ(array.size(), 2U) << listed.output;
     EXPECT_TRUE(array[0]["rights"].is_null() && array[0]["mask"].is_null());
-    EXPECT_EQ(array[1]["mask"], "0x1f01df");
+    EXPECT_EQ(array[1]["mask"], "0xf01df");
+    EXPECT_EQ(array[1]["synchronize"], true);
     EXPECT_EQ(array[1]["rights"].size(), 12U);
+
+    // Less than is known would be a wrong answer.
+    const CommandResult unknown = RunCli({"effective", full, open, "--account", "S-1-5-21-7-8-9-1001"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_THAT(unknown.output, HasSubstr(full + ": the groups of S-1-5-21-7-8-9-1001 are not known here\n"));
+    EXPECT_THAT(unknown.output, testing::Not(HasSubstr("Permission:")));
+    EXPECT_THAT(unknown.output, HasSubstr("everyone may do everything"));
+
+    ASSERT_EQ(SetDescriptorText(full, "D:P(A;;0x89;;;BG)"), 0U);
+    EXPECT_THAT(RunCli({"effective", full, "--account", "Guests"}).output,
+                testing::AllOf(HasSubstr("members of BUILTIN\\Guests may have more or less"),
+                               HasSubstr("the right to synchronize is not among them")));
 }
 
 }  // namespace

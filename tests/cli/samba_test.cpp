@@ -18,6 +18,7 @@
 namespace permora::test {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 
 class SambaTest : public WithSambaServer {};
@@ -93,6 +94,11 @@ class SambaFilesTest : public SambaTest {
         return uses;
     }
 
+    static std::string UserSid() {
+        return RunCommand({"sh", "-c", "pdbedit -L -v daemon | sed -n 's/^User SID: *//p' | tr -d '\\n'"})
+            .output;
+    }
+
     // In no order: among entries of one type it says nothing, and the tool puts new ones at the end.
     static std::multiset<std::string> Lines(const std::string& text) {
         std::istringstream stream(text);
@@ -161,6 +167,50 @@ TEST_F(SambaFilesTest, WhatNobodyChangesStaysBitForBit) {
     Change({"deny", path, "--account", "Guests", "--rights", "Read permissions"});
     Change({"revoke", path, "--account", "Guests"});
     EXPECT_EQ(server->ServedEntries("kept"), before);
+}
+
+// The server makes files with generic rights in their lists, and grants none for them.
+TEST_F(SambaFilesTest, GenericRightsCountForNobodyAndGoOnDoingSo) {
+    ASSERT_TRUE(std::filesystem::create_directory(server->Path("generic")));
+    std::filesystem::permissions(server->Path("generic"), std::filesystem::perms::all);
+    ASSERT_EQ(SetDescriptorText(server->Path("generic"), "D:P(A;OICIIO;GA;;;" + UserSid() + ")(A;;FA;;;WD)"),
+              0U);
+    ASSERT_EQ(server->Smbclient("put " + local + " generic/made").exitCode, 0);
+    const std::string path = server->Path("generic/made");
+    EXPECT_THAT(server->ServedEntries("generic/made"), HasSubstr(UserSid() + ":0/0x10/0x10000000\n"));
+    EXPECT_EQ(Uses("generic/made"), "");
+    EXPECT_THAT(RunCli({"effective", path, "--account", user}).output,
+                AllOf(HasSubstr("Permission: None\n"), HasSubstr("Note: generic rights, which stand")));
+
+    Change({"inherit", path, "--copy"});
+    Change({"grant", path, "--account", "Guests", "--rights", "Read attributes"});
+    EXPECT_THAT(server->ServedEntries("generic/made"), HasSubstr(UserSid() + ":0/0x0/0x10000000\n"));
+    EXPECT_EQ(Uses("generic/made"), "");
+    Change({"grant", path, "--account", user, "--rights", "0x1200a9"});
+    EXPECT_EQ(Uses("generic/made"), "get ") << "and no full control";
+}
+
+TEST_F(SambaFilesTest, AssignSaysWhatGroupsAndOtherSidsLeaveToTheAccount) {
+    const std::string path = MakeFile("left", {"ACL:" + user + ":ALLOWED/0x0/FULL"});
+    const std::string unixSid = RunCommand({"sh", "-c", "printf S-1-22-1-%s $(id -u daemon)"}).output;
+    for (const std::string& entry :
+         {"ACL:" + unixSid + ":ALLOWED/0x0/0x120089", std::string("ACL:Everyone:ALLOWED/0x0/0x116")})
+        ASSERT_EQ(server->Smbcacls("left", {"--add", entry}).exitCode, 0);
+    const std::vector<std::string> denyAll = {"assign", path, "--account", user, "--combination", "Deny all"};
+    const CommandResult denied = RunCli(denyAll);
+    EXPECT_EQ(denied.exitCode, 0) << denied.output;
+    EXPECT_THAT(
+        denied.output,
+        AllOf(HasSubstr(": changed\n  " + user + " has:\n"),
+              HasSubstr("    through Unix User\\daemon (Not inherited): List folder / Read data, Read "
+                        "attributes, Read extended attributes, Read permissions\n"),
+              HasSubstr("    through Everyone (Not inherited): Create files / Write data, Create folders"
+                        " / Append data, Write attributes, Write extended attributes\n")));
+    EXPECT_EQ(Uses("left"), "get put ");
+    Change({"revoke", path, "--account", "Everyone"});
+    Change({"revoke", path, "--account", unixSid});
+    EXPECT_THAT(RunCli(denyAll).output, HasSubstr("  " + user + " has no rights\n"));
+    EXPECT_EQ(Uses("left"), "");
 }
 
 }  // namespace

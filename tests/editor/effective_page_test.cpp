@@ -79,6 +79,13 @@ TEST_F(EffectivePage, WithoutAnAnswerTheMarksStay) {
     Open([&](WindowDriver& window) {
         const std::string marks = MarksFor(window, "Everyone");
         EXPECT_EQ(marks, "00111000000100");
+        EXPECT_EQ(
+            window.Text(IDC_EFFECTIVE_REMARK),
+            "Members of Everyone may have more or less, by entries for themselves and their other groups.");
+        const auto tellsOfGroups = [&] {
+            ui.ExpectError("The groups of S-1-5-21-7-8-9-1001 are not known here.");
+        };
+        EXPECT_EQ(MarksFor(window, "S-1-5-21-7-8-9-1001", tellsOfGroups), marks);
         Give("D:NO_ACCESS_CONTROL");
         const auto tellsOfNull = [&] {
             ui.ExpectInformation("Object's access control list is null (All access is allowed always)");
@@ -87,6 +94,7 @@ TEST_F(EffectivePage, WithoutAnAnswerTheMarksStay) {
         ASSERT_TRUE(std::filesystem::remove(folder.Path("file")));
         const auto tellsOfMissing = [&] { ui.ExpectError(HasSubstr("file")); };
         EXPECT_EQ(MarksFor(window, "Users", tellsOfMissing), marks);
+        EXPECT_EQ(window.Text(IDC_EFFECTIVE_ACCOUNT), "Everyone") << "whose the marks are";
         window.Press("Esc");
     });
 }

@@ -11,6 +11,23 @@
 #include "resources/resource_ids.h"
 #include "tests/editor/editor_fixture.h"
 
+namespace {
+
+bool areListsRefused = false;
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
+extern "C" {
+
+BOOL __real_InitializeAcl(PACL acl, DWORD size, DWORD revision);
+BOOL __wrap_InitializeAcl(PACL acl, DWORD size, DWORD revision) {
+    return areListsRefused ? FALSE : __real_InitializeAcl(acl, size, revision);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
+
 namespace permora {
 namespace {
 
@@ -212,6 +229,32 @@ TEST_F(SecuritySheet, RowsKeepTheirEntryAndSayWhatIsUnusual) {
         window.Click(SheetButton::kOk);
     });
     EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI(A;;FA;;;BU)");
+}
+
+TEST_F(SecuritySheet, EntriesThatANewListCannotHoldAreToldOfBefore) {
+    Give(folder.Path("data"), "D:P(A;SA;FR;;;BG)(A;;FA;;;BU)(A;;FR;;;WD)");  // flags of entries that audit
+    Edit({"data"}, [](WindowDriver& window) {
+        EXPECT_EQ(window.Text(IDC_LIST_REMARK), "1 entry is not valid; applying drops it.");
+        window.SelectRow(IDC_ACCESS_LIST, 2);
+        window.Click(IDC_REMOVE_ENTRY);
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI(A;;FA;;;BU)");
+}
+
+TEST_F(SecuritySheet, AListThatCannotBeMadeKeepsTheSheetOpen) {
+    const std::string before = DaclText(folder.Path("docs"));
+    Edit({"docs"}, [&](WindowDriver& window) {
+        window.Click(IDC_REMOVE_ENTRY);
+        areListsRefused = true;
+        ui.ExpectError("Error: cannot initialize object's access control list");
+        window.Click(SheetButton::kOk);
+        areListsRefused = false;
+        EXPECT_EQ(DaclText(folder.Path("docs")), before);
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kApply)) << "the changes are still there";
+        window.Click(SheetButton::kCancel);
+    });
+    EXPECT_EQ(DaclText(folder.Path("docs")), before);
 }
 
 TEST_F(SecuritySheet, WithoutAChoiceNothingChanges) {

@@ -28,9 +28,11 @@ void WINAPI BuildTrusteeWithSidA(PTRUSTEE_A trustee, PSID sid);
 
 // The rights that the list's allow and deny entries leave to the account and the groups that it belongs to:
 // an entry earlier in the list wins over a later one, whatever their types. Entries that are only handed down
-// do not count, entries of other types neither; generic rights are those of files. Not considered: what an
-// owner may do anyway, privileges, and groups that an account belongs to only by the way it logs on. 0 or an
-// error code, then `*rights` is untouched; a null list grants everything.
+// do not count, entries of other types and generic rights neither. Not considered: what an owner may do
+// anyway, privileges, and groups that an account belongs to only by the way it logs on. 0 or an error code,
+// then
+// `*rights` is untouched: ERROR_NONE_MAPPED for an account whose groups this machine does not know. A null
+// list grants everything.
 DWORD WINAPI GetEffectiveRightsFromAclA(PACL acl, PTRUSTEE_A trustee, PACCESS_MASK rights);
 
 }  // extern "C"

@@ -28,6 +28,14 @@ const nt::Sid& Anonymous() {
 
 constexpr uid_t kRoot = 0;
 
+// Names of what nobody logs on as: placeholders for the owner and group of each object, which an access check
+// never finds in a list; domains; integrity levels.
+bool IsAccountWithGroups(const nt::Sid& sid, SID_NAME_USE use) {
+    constexpr std::uint64_t kCreatorAuthority = 3;
+    return sid.Authority() != kCreatorAuthority &&
+           (use == SidTypeUser || use == SidTypeGroup || use == SidTypeAlias || use == SidTypeWellKnownGroup);
+}
+
 // The SIDs that were found, and how far their own groups have been looked for.
 class Memberships {
   public:
@@ -39,8 +47,12 @@ class Memberships {
     DWORD Complete() {
         const DWORD sambaError = LearnSambaGroups();
         if (sambaError != ERROR_SUCCESS) return sambaError;
+        const nt::Sid account = sids.front();  // adding moves them
+        const DWORD unknown = CheckIsKnown(account);
+        if (unknown != ERROR_SUCCESS) return unknown;
+        AddServiceGroups(account);
         for (std::size_t next = 0; next < sids.size(); ++next) {
-            const nt::Sid sid = sids[next];  // adding moves them
+            const nt::Sid sid = sids[next];
             const DWORD error = AddGroupsOf(sid);
             if (error != ERROR_SUCCESS) return error;
         }
@@ -52,6 +64,28 @@ class Memberships {
   private:
     void Add(const nt::Sid& sid) {
         if (std::find(sids.begin(), sids.end(), sid) == sids.end()) sids.push_back(sid);
+    }
+
+    // An account without a name here has groups that nobody here can list, as one of a domain or one that was
+    // deleted.
+    static DWORD CheckIsKnown(const nt::Sid& sid) {
+        Account account;
+        const DWORD error = FindAccount(sid, account);
+        if (error != ERROR_SUCCESS) return error;
+        const bool isUnknown = account.use == SidTypeUser && !UserForSid(sid);  // Samba's alone
+        return isUnknown || !IsAccountWithGroups(sid, account.use) ? ERROR_NONE_MAPPED : ERROR_SUCCESS;
+    }
+
+    // The groups of the accounts under which Windows itself runs.
+    void AddServiceGroups(const nt::Sid& account) {
+        if (account == nt::Sid(5, {18})) Add(nt::Sid(5, {32, 544}));  // SYSTEM is one of the Administrators
+        if (account == nt::Sid(5, {18}) || account == nt::Sid(5, {19}) || account == nt::Sid(5, {20}))
+            AddAuthenticatedUsers();
+    }
+
+    void AddAuthenticatedUsers() {
+        Add(nt::Sid(5, {11}));
+        Add(nt::Sid(5, {32, 545}));  // Users, to which those belong
     }
 
     DWORD AddGroupsOf(const nt::Sid& sid) {
@@ -78,7 +112,6 @@ class Memberships {
     DWORD AddUser(uid_t user) {
         std::vector<gid_t> groups;
         const DWORD error = ListGroupsOf(user, groups);
-        if (error == ERROR_NONE_MAPPED) return ERROR_SUCCESS;
         if (error != ERROR_SUCCESS) return error;
         const nt::Sid own = SidForUser(user);
         Add(own);
@@ -101,8 +134,7 @@ class Memberships {
         if (isBelowMachine) {
             if (const std::optional<nt::Sid> none = machine->Append(kNoneId)) Add(*none);
         }
-        Add(nt::Sid(5, {11}));       // Authenticated Users
-        Add(nt::Sid(5, {32, 545}));  // Users, to which those belong
+        AddAuthenticatedUsers();
     }
 
     void AddSambaGroupsOf(const nt::Sid& sid) {

@@ -9,10 +9,10 @@
 
 namespace permora::host {
 
-// The account itself first, each SID once. Groups in groups are followed to the end. An account that this
-// machine does not know stands for itself and Everyone. 0, or an error code when the name service or Samba's
-// tools failed, ERROR_ACCESS_DENIED among them for a process that may not see Samba's databases; `sids` is
-// then as it was.
+// The account itself first, each SID once. Groups in groups are followed to the end. A group stands for
+// itself and what it belongs to, whoever its members are. 0, or an error code: ERROR_NONE_MAPPED for an
+// account whose groups this machine does not know, another one when the name service or Samba's tools failed,
+// ERROR_ACCESS_DENIED among them for a process that may not see Samba's databases; `sids` is then as it was.
 DWORD FindMemberships(const nt::Sid& account, std::vector<nt::Sid>& sids);
 
 }  // namespace permora::host

@@ -9,24 +9,23 @@
 #include "platform/linux/security/descriptor_view.h"
 #include "platform/nt/ace_bits.h"
 #include "platform/nt/acl.h"
-#include "platform/nt/inheritance.h"
 
 namespace {
 
 namespace nt = permora::nt;
 
-// [MS-DTYP] 2.5.3.2: the first entry that speaks of a right decides it.
+// [MS-DTYP] 2.5.3.2: the first entry that speaks of a right decides it. Generic rights speak of none: they
+// get their meaning when an entry is set or handed down, and an access check passes over those that are left.
 DWORD RightsOf(const nt::Acl& acl, const std::vector<nt::Sid>& sids) {
     DWORD granted = 0;
     DWORD denied = 0;
     for (const nt::Ace& entry : acl.entries) {
         if ((entry.flags & nt::kInheritOnly) != 0) continue;
         if (std::find(sids.begin(), sids.end(), entry.sid) == sids.end()) continue;
-        const DWORD mask = nt::MapGenericRights(entry.mask);
-        if (entry.type == ACCESS_ALLOWED_ACE_TYPE) granted |= mask & ~denied;
-        if (entry.type == ACCESS_DENIED_ACE_TYPE) denied |= mask & ~granted;
+        if (entry.type == ACCESS_ALLOWED_ACE_TYPE) granted |= entry.mask & ~denied;
+        if (entry.type == ACCESS_DENIED_ACE_TYPE) denied |= entry.mask & ~granted;
     }
-    return granted;
+    return granted & ~(nt::kGenericAll | nt::kGenericExecute | nt::kGenericWrite | nt::kGenericRead);
 }
 
 }  // namespace

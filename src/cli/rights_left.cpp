@@ -1,0 +1,56 @@
+#include "cli/rights_left.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "cli/listing.h"
+#include "cli/terminal_text.h"
+#include "platform/api/errors.h"
+#include "platform/system_message.h"
+#include "security/access_rights.h"
+#include "security/access_rows.h"
+#include "security/effective_rights.h"
+
+namespace permora {
+namespace {
+
+std::string NamesOf(DWORD rights) {
+    if ((rights & FULL_CONTROL_RIGHTS) == FULL_CONTROL_RIGHTS) return kAccessRights.front().listName;
+    std::string names;
+    for (std::size_t right = 1; right < kAccessRights.size(); ++right) {
+        if ((kAccessRights.at(right).bits & rights) == 0) continue;
+        names += (names.empty() ? "" : ", ") + std::string(kAccessRights.at(right).listName);
+    }
+    return names;
+}
+
+std::string ReasonText(DWORD error, AccountRecord& account) {
+    if (error == ERROR_NONE_MAPPED) return UnknownGroupsText(account);
+    return SystemMessageLine(error);
+}
+
+}  // namespace
+
+std::string RightsLeftText(PACL dacl, AccountRecord& account) {
+    const std::string name = PrintableText(AccountDisplayName(account));
+    std::vector<Grant> grants;
+    if (const DWORD error = FindGrants(dacl, account.sid.get(), grants); error != ERROR_SUCCESS)
+        return "  Which rights " + name +
+               " has cannot be told: " + PrintableText(ReasonText(error, account)) + '\n';
+    AccessEntryList entries;
+    entries.LoadFromDacl(dacl);
+    const std::vector<AccessRow> rows = AccessRowsOf(entries);
+    std::string lines;
+    DWORD all = 0;
+    for (const Grant& grant : grants) {
+        all |= grant.rights;
+        const std::string names = NamesOf(grant.rights);
+        const auto row = std::ranges::find(rows, grant.index, &AccessRow::entryIndex);
+        if (names.empty() || row == rows.end()) continue;
+        lines += "    through " + PrintableText(row->name) + " (" + row->inheritance + "): " + names + '\n';
+    }
+    if (lines.empty()) return "  " + name + " has no rights\n";
+    return "  " + name + " has:\n" + lines + RemarkLines(RemarksOnRights(dacl, account, all));
+}
+
+}  // namespace permora
