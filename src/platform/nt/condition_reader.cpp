@@ -10,8 +10,8 @@
 namespace permora::nt {
 namespace {
 
-// Parentheses within each other. The writer puts at most two around an operator, and one around the whole.
-constexpr std::size_t kMaxNesting = 2 * kMaxConditionDepth + 1;
+// Parentheses within each other: what is written has one for each operator, and one around an attribute.
+constexpr std::size_t kMaxNesting = kMaxConditionDepth + 1;
 
 class ConditionReader {
   public:
