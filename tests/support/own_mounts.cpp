@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "tests/support/command.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -39,6 +40,19 @@ std::string EnterOwnMounts() {
     for (const std::string& place : MountsOfTests())
         umount2(place.c_str(), MNT_DETACH | UMOUNT_NOFOLLOW);  // one that has gone meanwhile is no loss
     return {};
+}
+
+std::string HaveOwnFolder(const std::string& folder, FolderContents contents) {
+    const TemporaryFolder aside;
+    if (contents == FolderContents::kCopied) {
+        const CommandResult copied = RunCommand({"cp", "-a", folder + "/.", aside.Path()});
+        if (copied.exitCode != 0) return copied.output;
+    }
+    if (mount("tmpfs", folder.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=1777") != 0)
+        return folder + ": " + std::strerror(errno);
+    if (contents == FolderContents::kNone) return {};
+    const CommandResult filled = RunCommand({"cp", "-a", aside.Path() + "/.", folder});
+    return filled.exitCode == 0 ? "" : filled.output;
 }
 
 }  // namespace permora::test

@@ -10,4 +10,9 @@ namespace permora::test {
 // their file systems from ending. Needs root. What went wrong; empty when all is well.
 std::string EnterOwnMounts();
 
+// In such mounts: from here on a folder is this process's own, a copy of what it was or empty. What went
+// wrong; empty when all is well.
+enum class FolderContents { kCopied, kNone };
+std::string HaveOwnFolder(const std::string& folder, FolderContents contents);
+
 }  // namespace permora::test

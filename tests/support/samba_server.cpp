@@ -111,10 +111,15 @@ std::string SambaServer::SkipReason() {
     return CannotMountReason();
 }
 
+std::string InstallSamba(const std::string& sharedFolder) {
+    std::string problem = EnterOwnWorld();
+    if (problem.empty()) WriteConfiguration(sharedFolder);
+    return problem;
+}
+
 SambaServer::SambaServer() : root(folder.MakeFolder("shared")) {
-    problem = EnterOwnWorld();
+    problem = InstallSamba(root);
     if (!problem.empty()) return;
-    WriteConfiguration(root);
     const CommandResult user = RunCommand({"smbpasswd", "-a", "-s", "root"}, "secret\nsecret\n");
     if (user.exitCode != 0) {
         problem = "smbpasswd: " + user.output;

@@ -9,6 +9,11 @@
 
 namespace permora::test {
 
+// A Samba that was just installed and never started: its folders are empty but for the configuration of the
+// server below. For a process that enters namespaces of its own by this and has no server yet. What went
+// wrong; empty when all is well.
+std::string InstallSamba(const std::string& sharedFolder);
+
 // smbd on 127.0.0.1:445 with one user, "root", and one share that keeps access lists as they are
 // (vfs objects = acl_xattr, ignore system acls); its registry and its users may add shares. The process that
 // makes it enters mount and network namespaces of its own in which Samba's folders are empty, so that neither

@@ -14,6 +14,8 @@
 #include "platform/linux/accounts/samba_output.h"
 #include "platform/linux/base/run_tool.h"
 #include "platform/linux/base/unique_fd.h"
+#include "platform/linux/samba/samba_places.h"
+#include "platform/linux/samba/samba_questions.h"
 
 namespace permora::host {
 
@@ -22,8 +24,6 @@ namespace {
 // Ours alone, so that the machine's id cannot be found out from a SID that we show.
 constexpr sd_id128_t kApplication =
     SD_ID128_ARRAY(7d, 2e, 0b, 61, 94, c3, 4f, 8a, b6, 15, e8, 43, d9, 70, 2c, 5f);
-
-constexpr const char* kUsualPrivateFolder = "/var/lib/samba/private";
 
 // The machine's id as a SID: 96 of its bits as the three numbers that tell machines apart. Bytes 6 and 8 of
 // an id hold its variety and are the same everywhere, so they are not among them.
@@ -46,41 +46,25 @@ std::string HostName() {
     return IsPlainAccountName(name) ? name : "LOCALHOST";
 }
 
-struct SambaSettings {
-    std::string privateFolder = kUsualPrivateFolder;
-    std::string guestAccount;
-};
-
-SambaSettings ReadSambaSettings() {
-    SambaSettings settings;
-    std::string listing;
-    if (RunTool("testparm", {"-s", "-l", "-v"}, {}, listing) != ERROR_SUCCESS) return settings;
-    const std::string folder = ParseGlobalParameter(listing, "private dir");
-    if (folder.starts_with('/')) settings.privateFolder = folder;
-    settings.guestAccount = ParseGlobalParameter(listing, "guest account");
-    return settings;
-}
-
-// What Samba says of the machine; nothing when it has no databases here. Its tools make missing databases,
-// and with them a new identity of the machine, when they are asked: so they are asked only where the database
-// of the machine's secrets is there already.
-std::optional<Machine> AskSamba() {
+// What Samba says of the machine; nothing when it has no databases here. Where the database of the machine's
+// secrets is missing its tools would tell of an identity made up for the answer, so they are not asked.
+std::optional<Machine> AskSambaAboutMachine() {
     if (!FindTool("net")) return std::nullopt;
-    const SambaSettings settings = ReadSambaSettings();
-    const std::string database = settings.privateFolder + "/secrets.tdb";
+    const SambaPlaces& places = ThisMachinesSambaPlaces();
+    const std::string database = places.privateFolder + "/secrets.tdb";
     const UniqueFd secrets(open(database.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
     if (!secrets && (errno == ENOENT || errno == ENOTDIR)) return std::nullopt;
 
     Machine silent{AccountSource::kHidden, std::nullopt, HostName(), {}};
     std::string answer;
-    if (!secrets || RunTool("net", {"getlocalsid"}, {}, answer) != ERROR_SUCCESS) return silent;
+    if (!secrets || AskSamba("net", {"getlocalsid"}, {}, answer) != ERROR_SUCCESS) return silent;
     const std::optional<SambaAccount> machine = ParseLocalSid(answer);
     if (!machine) return silent;
-    return Machine{AccountSource::kSamba, machine->sid, machine->name, settings.guestAccount};
+    return Machine{AccountSource::kSamba, machine->sid, machine->name, places.guestAccount};
 }
 
 Machine FindMachine() {
-    if (std::optional<Machine> machine = AskSamba()) return *std::move(machine);
+    if (std::optional<Machine> machine = AskSambaAboutMachine()) return *std::move(machine);
     std::optional<nt::Sid> sid = ComputeMachineSid();
     return {sid ? AccountSource::kComputed : AccountSource::kNone, sid, HostName(), {}};
 }

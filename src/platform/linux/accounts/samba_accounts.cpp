@@ -5,7 +5,7 @@
 
 #include "platform/linux/accounts/machine.h"
 #include "platform/linux/accounts/name_service.h"
-#include "platform/linux/base/run_tool.h"
+#include "platform/linux/samba/samba_questions.h"
 
 namespace permora::host {
 
@@ -17,7 +17,7 @@ constexpr ToolLimits kListLimits = {std::chrono::seconds(60), std::size_t{256} <
 std::vector<SambaAccount> ListUsers(const Machine& machine) {
     std::vector<SambaAccount> users;
     std::string listing;
-    if (RunTool("pdbedit", {"-L", "-v"}, kListLimits, listing) != ERROR_SUCCESS) return users;
+    if (AskSamba("pdbedit", {"-L", "-v"}, kListLimits, listing) != ERROR_SUCCESS) return users;
     users = ParseUserList(listing, *machine.sid);
     if (const auto guest = machine.sid->Append(kGuestId); guest && IsPlainAccountName(machine.guestAccount)) {
         users.push_back({machine.guestAccount, *guest, nt::SidUse::kUser, std::nullopt});
@@ -32,7 +32,8 @@ std::vector<SambaAccount> ListUsers(const Machine& machine) {
 std::vector<SambaAccount> ListGroups(const Machine& machine) {
     std::vector<SambaAccount> groups;
     std::string listing;
-    if (RunTool("net", {"groupmap", "list", "verbose"}, kListLimits, listing) != ERROR_SUCCESS) return groups;
+    if (AskSamba("net", {"groupmap", "list", "verbose"}, kListLimits, listing) != ERROR_SUCCESS)
+        return groups;
     groups = ParseGroupMap(listing);
     if (const auto none = machine.sid->Append(kNoneId)) {
         groups.push_back({"None", *none, nt::SidUse::kGroup, std::nullopt});
@@ -49,7 +50,7 @@ SambaAliases ListAliases() {
         if (group.use != nt::SidUse::kAlias) continue;
         std::string listing;
         const std::string sid = group.sid.ToText();
-        aliases.error = RunTool("net", {"groupmap", "listmem", sid}, kListLimits, listing);
+        aliases.error = AskSamba("net", {"groupmap", "listmem", sid}, kListLimits, listing);
         if (aliases.error != ERROR_SUCCESS) break;
         std::vector<nt::Sid> members = ParseMembers(listing);
         if (!members.empty()) aliases.list.push_back({group.sid, std::move(members)});

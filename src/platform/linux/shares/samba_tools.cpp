@@ -9,33 +9,35 @@
 
 #include "platform/linux/accounts/account_names.h"
 #include "platform/linux/accounts/machine.h"
+#include "platform/linux/samba/samba_places.h"
+#include "platform/linux/samba/samba_questions.h"
 #include "platform/nt/sddl.h"
 
 namespace permora::host {
 
 namespace {
 
-// Where every distribution whose server lies in the system's folders has it.
-constexpr const char* kConfiguration = "/etc/samba/smb.conf";
-
 // Room and time for some ten thousand shares.
 constexpr ToolLimits kSambaToolLimits = {std::chrono::seconds(60), std::size_t{64} << 20};
 
 constexpr std::uint32_t kWholeDescriptor = 15;
 
-}  // namespace
-
-DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer,
-                   FailedOutput failedOutput) {
-    const DWORD error = RunTool(tool, arguments, kSambaToolLimits, answer, failedOutput);
+DWORD ErrorOfTool(DWORD error) {
     if (error == ERROR_FILE_NOT_FOUND) return ERROR_SERVICE_DEPENDENCY_DELETED;
     if (error != ERROR_OPERATION_ABORTED) return error;
     return geteuid() == 0 ? NERR_InternalError : ERROR_ACCESS_DENIED;
 }
 
+}  // namespace
+
+DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer,
+                   FailedOutput failedOutput) {
+    return ErrorOfTool(AskSamba(tool, arguments, kSambaToolLimits, answer, failedOutput));
+}
+
 DWORD TellSambaTool(const std::string& tool, const std::vector<std::string>& arguments) {
     std::string answer;
-    return AskSambaTool(tool, arguments, answer);
+    return ErrorOfTool(RunTool(tool, arguments, kSambaToolLimits, answer));
 }
 
 bool IsFailureOfTool(DWORD error) {
@@ -102,16 +104,18 @@ DWORD WriteSambaDescriptor(const std::string& share, const std::vector<std::uint
     // The words of the grammar are not used: some versions take "FA" for fewer rights than it means.
     const auto text = nt::ToSddl(*value, kWholeDescriptor, nt::SddlWords::kNumbers);
     if (!text) return ERROR_NOT_SUPPORTED;
-    return TellSambaTool("sharesec", {"--setsddl=" + *text, "--", share});
+    std::string answer;
+    return ErrorOfTool(
+        TellSambaOfLists("sharesec", {"--setsddl=" + *text, "--", share}, kSambaToolLimits, answer));
 }
 
 bool IsSambaSetUp() {
     std::error_code error;
-    return FindTool("smbd").has_value() && std::filesystem::exists(kConfiguration, error);
+    return FindTool("smbd").has_value() && std::filesystem::exists(kSambaConfiguration, error);
 }
 
 bool IsFixedInFile(std::string_view share) {
-    std::ifstream file(kConfiguration, std::ios::binary);
+    std::ifstream file(kSambaConfiguration, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     return !file || HasSection(text, share);
 }

@@ -1,4 +1,5 @@
-// Samba's tools as they are asked about shares.
+// Samba's tools as they are asked about shares. Who asks changes nothing: the tools then work on copies of
+// Samba's databases.
 #pragma once
 
 #include <string>
@@ -12,10 +13,11 @@ namespace permora::host {
 
 // All answer with 0 or an error code: ERROR_SERVICE_DEPENDENCY_DELETED when the tool is not installed,
 // ERROR_ACCESS_DENIED when it failed and we are not root, NERR_InternalError when it failed for root, else as
-// RunTool. On failure outputs are as they were.
+// AskSamba (samba_questions.h). On failure outputs are as they were.
 
 DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer,
                    FailedOutput failedOutput = FailedOutput::kDropped);
+// For what is to be changed.
 DWORD TellSambaTool(const std::string& tool, const std::vector<std::string>& arguments);
 // Whether such an error code says that the tool ran and failed.
 bool IsFailureOfTool(DWORD error);

@@ -1,0 +1,184 @@
+#include "platform/linux/samba/samba_mirror.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/sendfile.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <thread>
+
+#include "platform/linux/base/host_errors.h"
+
+namespace permora::host {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct ListingCloser {
+    void operator()(DIR* listing) const { closedir(listing); }
+};
+
+// What tools make there is gone with the machine's power, where the first of them is memory.
+constexpr const char* kTemporaryPlaces[] = {"/dev/shm", "/tmp"};
+
+std::string Option(std::string_view setting, const std::string& value) {
+    return "--option=" + std::string(setting) + "=" + value;
+}
+
+DWORD MakeFolder(const std::string& path) {
+    return mkdir(path.c_str(), 0755) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
+// Samba locks ranges of a database's file before it writes there; nobody does as long as all of it is locked
+// for reading. The lock goes when `database` is closed.
+DWORD LockForReading(int database) {
+    constexpr std::chrono::seconds kPatience{10};
+    constexpr std::chrono::milliseconds kPause{5};
+    const Clock::time_point deadline = Clock::now() + kPatience;
+    struct flock whole {};
+    whole.l_type = F_RDLCK;
+    whole.l_whence = SEEK_SET;
+    while (fcntl(database, F_OFD_SETLK, &whole) != 0) {
+        if (errno != EAGAIN && errno != EACCES && errno != EINTR) return ErrorFromErrno(errno);
+        if (Clock::now() > deadline) return ERROR_TIMEOUT;
+        std::this_thread::sleep_for(kPause);
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD CopyToMemory(int database, UniqueFd& copy) {
+    if (const DWORD error = LockForReading(database); error != ERROR_SUCCESS) return error;
+    UniqueFd made(memfd_create("permora-samba", MFD_CLOEXEC));
+    if (!made) return ErrorFromErrno(errno);
+    constexpr std::size_t kBlock = std::size_t{1} << 20;
+    for (;;) {
+        const ssize_t count = sendfile(made.Get(), database, nullptr, kBlock);
+        if (count == 0) break;
+        if (count < 0 && errno != EINTR) return ErrorFromErrno(errno);
+    }
+    copy = std::move(made);
+    return ERROR_SUCCESS;
+}
+
+bool IsRefusal(int errorNumber) {
+    return errorNumber == EACCES || errorNumber == EPERM;
+}
+
+// Where tools keep what they say to a server and to one another: these are theirs alone.
+bool IsTalk(std::string_view name) {
+    return name == "." || name == ".." || name.starts_with("msg.");
+}
+
+}  // namespace
+
+// The folder is ours alone, so nothing in it is anyone else's.
+SambaMirror::~SambaMirror() {
+    std::error_code ignored;
+    if (!root.empty()) std::filesystem::remove_all(root, ignored);
+}
+
+DWORD SambaMirror::Make() {
+    for (const char* place : kTemporaryPlaces) {
+        std::string name = std::string(place) + "/permora-samba-XXXXXX";
+        if (mkdtemp(name.data()) == nullptr) continue;
+        root = name;
+        break;
+    }
+    if (root.empty()) return ErrorFromErrno(errno);
+    for (const std::string kind : {"state", "lock", "cache", "pid"}) {
+        const std::string made = root + '/' + kind;
+        if (const DWORD error = MakeFolder(made); error != ERROR_SUCCESS) return error;
+        options.push_back(Option(kind + " directory", made));
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD SambaMirror::AddState(const std::string& folder) {
+    return AddFolder(folder, "/state",
+                     {"registry.tdb", "share_info.tdb", "group_mapping.tdb", "account_policy.tdb"});
+}
+
+DWORD SambaMirror::AddPrivate(const SambaPlaces& places) {
+    const std::string name = "/private";
+    DWORD error = MakeFolder(root + name);
+    if (error == ERROR_SUCCESS)
+        error = AddFolder(places.privateFolder, name, {"secrets.tdb", "passdb.tdb", "smbpasswd"});
+    if (error != ERROR_SUCCESS) return error;
+    SetPrivate("private dir", root + name);
+
+    // Both may lie elsewhere.
+    const std::string passwords = root + "/smbpasswd";
+    if (places.passwordFile.starts_with('/')) {
+        error = AddEntry(places.passwordFile, passwords, true);
+        SetPrivate("smb passwd file", passwords);
+    }
+    const std::size_t colon = places.userDatabase.find(":/");
+    const std::string kind = places.userDatabase.substr(0, colon);
+    const bool isFile = colon != std::string::npos && (kind == "tdbsam" || kind == "smbpasswd");
+    if (isFile && error == ERROR_SUCCESS) {
+        const std::string users = root + "/users";
+        error = AddEntry(places.userDatabase.substr(colon + 1), users, true);
+        SetPrivate("passdb backend", kind + ":" + users);
+    }
+    return error;
+}
+
+void SambaMirror::SetPrivate(std::string_view setting, const std::string& value) {
+    options.push_back(Option(setting, value));
+    privateOptions.push_back(options.back());
+}
+
+DWORD SambaMirror::AddFolder(const std::string& folder, const std::string& name,
+                             const std::vector<std::string_view>& databases) {
+    const std::string mirrored = root + name;
+    const std::unique_ptr<DIR, ListingCloser> listing(opendir(folder.c_str()));
+    if (!listing) {
+        if (errno == ENOENT || errno == ENOTDIR) return ERROR_SUCCESS;
+        if (!IsRefusal(errno)) return ErrorFromErrno(errno);
+        // A tool is to be refused as we are.
+        return rmdir(mirrored.c_str()) == 0 ? Link(folder, mirrored) : ErrorFromErrno(errno);
+    }
+    errno = 0;
+    while (const dirent* entry = readdir(listing.get())) {
+        const std::string_view entryName = entry->d_name;
+        if (IsTalk(entryName)) continue;
+        const std::string source = folder + '/' + entry->d_name;
+        const bool isDatabase = std::ranges::find(databases, entryName) != databases.end();
+        const DWORD error = AddEntry(source, mirrored + '/' + entry->d_name, isDatabase);
+        if (error != ERROR_SUCCESS) return error;
+        errno = 0;
+    }
+    return errno == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
+DWORD SambaMirror::AddEntry(const std::string& source, const std::string& place, bool isDatabase) {
+    if (!isDatabase) return Link(source, place);
+    const UniqueFd database(open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!database) {
+        if (errno == ENOENT || errno == ENOTDIR) return ERROR_SUCCESS;
+        return IsRefusal(errno) ? Link(source, place) : ErrorFromErrno(errno);
+    }
+    struct stat status {};
+    if (fstat(database.Get(), &status) != 0) return ErrorFromErrno(errno);
+    if (!S_ISREG(status.st_mode)) return Link(source, place);
+    UniqueFd copy;
+    if (const DWORD error = CopyToMemory(database.Get(), copy); error != ERROR_SUCCESS) return error;
+    const std::string memory = "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(copy.Get());
+    copies.push_back(std::move(copy));
+    return Link(memory, place);
+}
+
+DWORD SambaMirror::Link(const std::string& target, const std::string& place) {
+    return symlink(target.c_str(), place.c_str()) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
+}  // namespace permora::host

@@ -1,0 +1,112 @@
+#include "platform/linux/samba/samba_places.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <utility>
+#include <vector>
+
+#include "platform/ascii.h"
+#include "platform/linux/accounts/samba_output.h"
+#include "platform/linux/base/run_tool.h"
+#include "platform/linux/samba/samba_mirror.h"
+
+namespace permora::host {
+
+namespace {
+
+// One parameter on its line or lines: a backslash at the end joins the next one.
+std::string_view TakeJoinedLine(std::string_view& text) {
+    const std::string_view start = text;
+    std::string_view line;
+    do {
+        line = WithoutOuterBlanks(TakeLine(text));
+    } while (line.ends_with('\\') && !text.empty());
+    return start.substr(0, start.size() - text.size());
+}
+
+// Samba looks at neither blanks nor letter case.
+std::string Bare(std::string_view text) {
+    std::string bare = InLowerCase(text);
+    std::erase_if(bare, [](char letter) {
+        return letter == ' ' || letter == '\t' || letter == '\\' || letter == '\r' || letter == '\n';
+    });
+    return bare;
+}
+
+bool IsDropped(std::string_view line, Includes includes) {
+    const std::size_t sign = line.find('=');
+    if (sign == line.npos) return false;
+    const std::string name = Bare(line.substr(0, sign));
+    if (name == "registryshares" || name == "configbackend") return true;
+    if (name == "configfile") return includes == Includes::kDropped;
+    return name == "include" && (includes == Includes::kDropped || Bare(line.substr(sign + 1)) == "registry");
+}
+
+// The listing of all parameters, or an empty text.
+std::string AskTestparm(const std::vector<std::string>& options) {
+    std::vector<std::string> arguments = {"-s", "-l", "-v"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    std::string listing;
+    RunTool("testparm", arguments, {}, listing);
+    return listing;
+}
+
+// Samba makes the registry's database as soon as a configuration mentions it, and an included file may do so.
+// So a listing is only made of a configuration that was seen not to.
+bool OpensRegistry(const SambaMirror& empty, const std::string& configuration) {
+    std::vector<std::string> options = empty.Options();
+    options.push_back(configuration);
+    AskTestparm(options);
+    std::error_code error;
+    return std::filesystem::exists(empty.StateFolder() + "/registry.tdb", error);
+}
+
+std::string FindStateFolder(const std::string& usual) {
+    std::ifstream source(kSambaConfiguration, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(source), std::istreambuf_iterator<char>()};
+    for (const Includes includes : {Includes::kKept, Includes::kDropped}) {
+        SambaMirror empty;
+        if (empty.Make() != ERROR_SUCCESS) return usual;
+        const std::string filtered = empty.Folder() + "/smb.conf";
+        std::ofstream(filtered, std::ios::binary) << WithoutRegistry(text, includes);
+        if (OpensRegistry(empty, filtered)) continue;
+        std::string folder = ParseGlobalParameter(AskTestparm({filtered}), "state directory");
+        return folder.starts_with('/') ? folder : usual;
+    }
+    return usual;
+}
+
+SambaPlaces FindPlaces() {
+    SambaPlaces places;
+    places.stateFolder = FindStateFolder(places.stateFolder);
+    // The registry may say where the rest is.
+    SambaMirror mirror;
+    if (mirror.Make() != ERROR_SUCCESS || mirror.AddState(places.stateFolder) != ERROR_SUCCESS) return places;
+    const std::string listing = AskTestparm(mirror.Options());
+    const std::string folder = ParseGlobalParameter(listing, "private dir");
+    if (folder.starts_with('/')) places.privateFolder = folder;
+    places.passwordFile = ParseGlobalParameter(listing, "smb passwd file");
+    places.userDatabase = ParseGlobalParameter(listing, "passdb backend");
+    places.guestAccount = ParseGlobalParameter(listing, "guest account");
+    return places;
+}
+
+}  // namespace
+
+const SambaPlaces& ThisMachinesSambaPlaces() {
+    static const SambaPlaces places = FindPlaces();
+    return places;
+}
+
+std::string WithoutRegistry(std::string_view configuration, Includes includes) {
+    std::string kept;
+    while (!configuration.empty()) {
+        const std::string_view line = TakeJoinedLine(configuration);
+        if (!IsDropped(line, includes)) kept += line;
+    }
+    return kept;
+}
+
+}  // namespace permora::host
