@@ -1,7 +1,10 @@
+#include "platform/linux/base/letter_case.h"
+
 #include <locale.h>
 #include <cwctype>
 
 #include "platform/api/text.h"
+#include "platform/linux/base/wide_text.h"
 
 namespace {
 
@@ -20,4 +23,14 @@ DWORD WINAPI CharUpperBuffW(LPWSTR text, DWORD count) {
         if (capital <= 0xFFFF) *unit = static_cast<WCHAR>(capital);
     }
     return count;
+}
+
+std::string permora::host::InSmallLetters(std::string_view text) {
+    const locale_t letters = AllLetters();
+    std::u16string wide = ToWide(text);
+    for (char16_t& unit : wide) {
+        const wint_t small = letters != nullptr ? towlower_l(unit, letters) : std::towlower(unit);
+        if (small <= 0xFFFF) unit = static_cast<char16_t>(small);
+    }
+    return ToAnsi(wide);
 }

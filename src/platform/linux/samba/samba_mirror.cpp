@@ -132,6 +132,16 @@ DWORD SambaMirror::AddPrivate(const SambaPlaces& places) {
     return error;
 }
 
+DWORD SambaMirror::AddUserShareFolder() {
+    // Whose folder may hold such shares, Samba tells by its mode, which the caller's umask is not to change.
+    constexpr mode_t kUsualMode = 01770;
+    const std::string folder = UserShareFolder();
+    if (const DWORD error = MakeFolder(folder); error != ERROR_SUCCESS) return error;
+    if (chmod(folder.c_str(), kUsualMode) != 0) return ErrorFromErrno(errno);
+    options.push_back(Option("usershare path", folder));
+    return ERROR_SUCCESS;
+}
+
 void SambaMirror::SetPrivate(std::string_view setting, const std::string& value) {
     options.push_back(Option(setting, value));
     privateOptions.push_back(options.back());

@@ -32,9 +32,13 @@ class SambaMirror {
     // What is in the folder of that kind now. One that is not there adds nothing.
     DWORD AddState(const std::string& folder);
     DWORD AddPrivate(const SambaPlaces& places);
+    // An empty one for users' shares, in the place of the real one. Root alone can make a folder that Samba
+    // takes for that.
+    DWORD AddUserShareFolder();
 
     const std::string& Folder() const { return root; }
     std::string StateFolder() const { return root + "/state"; }
+    std::string UserShareFolder() const { return root + "/usershares"; }
     // What a tool must be told to work here. The private folder is the real one until it has been added.
     const std::vector<std::string>& Options() const { return options; }
     // What leads to the private folder alone.

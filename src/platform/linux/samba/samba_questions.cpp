@@ -1,7 +1,5 @@
 #include "platform/linux/samba/samba_questions.h"
 
-#include "platform/linux/samba/samba_mirror.h"
-
 namespace permora::host {
 
 namespace {
@@ -15,16 +13,25 @@ std::vector<std::string> WithOptions(std::vector<std::string> options,
 
 }  // namespace
 
-DWORD AskSamba(const std::string& tool, const std::vector<std::string>& arguments, const ToolLimits& limits,
-               std::string& answer, FailedOutput failedOutput) {
-    if (!FindTool(tool)) return ERROR_FILE_NOT_FOUND;
+DWORD MirrorSamba(SambaMirror& mirror) {
     const SambaPlaces& places = ThisMachinesSambaPlaces();
-    SambaMirror mirror;
     DWORD error = mirror.Make();
     if (error == ERROR_SUCCESS) error = mirror.AddState(places.stateFolder);
     if (error == ERROR_SUCCESS) error = mirror.AddPrivate(places);
-    if (error != ERROR_SUCCESS) return error;
+    return error;
+}
+
+DWORD AskSamba(const SambaMirror& mirror, const std::string& tool, const std::vector<std::string>& arguments,
+               const ToolLimits& limits, std::string& answer, FailedOutput failedOutput) {
     return RunTool(tool, WithOptions(mirror.Options(), arguments), limits, answer, failedOutput);
+}
+
+DWORD AskSamba(const std::string& tool, const std::vector<std::string>& arguments, const ToolLimits& limits,
+               std::string& answer, FailedOutput failedOutput) {
+    if (!FindTool(tool)) return ERROR_FILE_NOT_FOUND;
+    SambaMirror mirror;
+    const DWORD error = MirrorSamba(mirror);
+    return error == ERROR_SUCCESS ? AskSamba(mirror, tool, arguments, limits, answer, failedOutput) : error;
 }
 
 DWORD TellSambaOfLists(const std::string& tool, const std::vector<std::string>& arguments,

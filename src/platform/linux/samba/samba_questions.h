@@ -5,8 +5,17 @@
 #include <vector>
 
 #include "platform/linux/base/run_tool.h"
+#include "platform/linux/samba/samba_mirror.h"
 
 namespace permora::host {
+
+// Makes a mirror of everything that tools may look at.
+DWORD MirrorSamba(SambaMirror& mirror);
+
+// As RunTool, for a tool that works on what the mirror holds.
+DWORD AskSamba(const SambaMirror& mirror, const std::string& tool, const std::vector<std::string>& arguments,
+               const ToolLimits& limits, std::string& answer,
+               FailedOutput failedOutput = FailedOutput::kDropped);
 
 // As RunTool, for a tool that is only to look: whatever it writes, it writes into copies (samba_mirror.h).
 // Error codes of the copying beside those of RunTool.

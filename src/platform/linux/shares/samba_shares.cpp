@@ -91,10 +91,8 @@ DWORD FindKeeper(std::string_view name, KeptShare& kept) {
     if (error != ERROR_SUCCESS) return error;
     const SambaSection* made = FindSection(users, name);
     if (made == nullptr) return NERR_NetNameNotFound;
-    SambaSection section;
-    error = ReadUserShare(made->name, section);
-    if (error == ERROR_SUCCESS) kept = {Keeper::kUser, std::move(section)};
-    return error;
+    kept = {Keeper::kUser, *made};
+    return ERROR_SUCCESS;
 }
 
 // The list of a share for which the tool that reads them failed with `toolError`.
@@ -208,8 +206,8 @@ DWORD SambaShares::List(std::vector<Share>& shares) const {
         // The server prefers its configuration.
         if (FindSection(sections, share.name) == nullptr) found.push_back(std::move(share));
     }
-    const Share interProcess = InterProcessShare();
-    if (FindSection(sections, interProcess.name) == nullptr) found.push_back(interProcess);
+    // The server has it in any case: a section of that name only says something about it.
+    if (std::ranges::none_of(found, IsInterProcess)) found.push_back(InterProcessShare());
     const std::vector<DriveRoot> drives = ListDriveRoots();
     for (Share& share : found)
         share.path = share.path.starts_with('/') ? PathFromHost(share.path, drives) : std::string();
@@ -234,7 +232,7 @@ DWORD SambaShares::Change(std::string_view name, const ShareChange& change) cons
         case Keeper::kRegistry:
             return ChangeRegistered(kept.section, change);
         case Keeper::kUser:
-            return ChangeUserShare(kept.section, change);
+            return ChangeUserShare(kept.section.name, change);
         case Keeper::kFile:
             if (change.remark || change.maxUses) return ERROR_FILE_READ_ONLY;
             return WriteSambaDescriptor(kept.section.name, *change.descriptor);
@@ -270,7 +268,7 @@ DWORD SambaShares::Remove(std::string_view name) const {
         case Keeper::kRegistry:
             return RemoveRegistered(kept.section.name);
         case Keeper::kUser:
-            return RemoveUserShare(kept.section);
+            return RemoveUserShare(kept.section.name);
         case Keeper::kFile:
             return ERROR_FILE_READ_ONLY;
     }

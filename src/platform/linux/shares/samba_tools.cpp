@@ -7,7 +7,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/linux/accounts/account_names.h"
 #include "platform/linux/accounts/machine.h"
 #include "platform/linux/samba/samba_places.h"
 #include "platform/linux/samba/samba_questions.h"
@@ -35,6 +34,12 @@ DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& argu
     return ErrorOfTool(AskSamba(tool, arguments, kSambaToolLimits, answer, failedOutput));
 }
 
+DWORD AskSambaTool(const SambaMirror& mirror, const std::string& tool,
+                   const std::vector<std::string>& arguments, std::string& answer,
+                   FailedOutput failedOutput) {
+    return ErrorOfTool(AskSamba(mirror, tool, arguments, kSambaToolLimits, answer, failedOutput));
+}
+
 DWORD TellSambaTool(const std::string& tool, const std::vector<std::string>& arguments) {
     std::string answer;
     return ErrorOfTool(RunTool(tool, arguments, kSambaToolLimits, answer));
@@ -52,36 +57,8 @@ DWORD ReadSambaConfiguration(std::vector<SambaSection>& sections) {
     return error;
 }
 
-DWORD ReadSambaSetting(const std::string& name, std::string& value) {
-    std::string answer;
-    const DWORD error = AskSambaTool("testparm", {"-s", "-l", "--parameter-name=" + name}, answer);
-    if (error != ERROR_SUCCESS) return error;
-    if (answer.ends_with('\n')) answer.pop_back();
-    value = std::move(answer);
-    return ERROR_SUCCESS;
-}
-
-// The tool fails as a whole for one share that is damaged, and prints the others all the same.
-DWORD ReadUserShares(std::vector<SambaSection>& sections) {
-    std::string answer;
-    const DWORD error = AskSambaTool("net", {"usershare", "info", "--long"}, answer, FailedOutput::kKept);
-    if (error != ERROR_SUCCESS && !IsFailureOfTool(error)) return error;
-    sections = ParseSambaSections(answer);
-    return ERROR_SUCCESS;
-}
-
-DWORD ReadUserShare(const std::string& name, SambaSection& section) {
-    // The tool takes a pattern.
-    constexpr const char* kPatternCharacters = "*?<>\"";
-    if (!IsPlainAccountName(name) || name.find_first_of(kPatternCharacters) != name.npos)
-        return NERR_NetNameNotFound;
-    std::string answer;
-    const DWORD error = AskSambaTool("net", {"usershare", "info", "--long", "--", name}, answer);
-    if (error != ERROR_SUCCESS) return error;
-    std::vector<SambaSection> sections = ParseSambaSections(answer);
-    if (sections.size() != 1 || !IsSameShare(sections.front().name, name)) return NERR_NetNameNotFound;
-    section = std::move(sections.front());
-    return ERROR_SUCCESS;
+DWORD ReadGlobalSettings(std::string& listing) {
+    return AskSambaTool("testparm", {"-s", "-l", "-v", "--section-name=global"}, listing);
 }
 
 DWORD ReadSambaDescriptor(const std::string& share, std::vector<std::uint8_t>& descriptor) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/linux/base/run_tool.h"
+#include "platform/linux/samba/samba_mirror.h"
 #include "platform/linux/shares/samba_listing.h"
 
 namespace permora::host {
@@ -17,6 +18,10 @@ namespace permora::host {
 
 DWORD AskSambaTool(const std::string& tool, const std::vector<std::string>& arguments, std::string& answer,
                    FailedOutput failedOutput = FailedOutput::kDropped);
+// With a mirror that the caller has made.
+DWORD AskSambaTool(const SambaMirror& mirror, const std::string& tool,
+                   const std::vector<std::string>& arguments, std::string& answer,
+                   FailedOutput failedOutput = FailedOutput::kDropped);
 // For what is to be changed.
 DWORD TellSambaTool(const std::string& tool, const std::vector<std::string>& arguments);
 // Whether such an error code says that the tool ran and failed.
@@ -24,16 +29,8 @@ bool IsFailureOfTool(DWORD error);
 
 // The configuration as the server reads it, the registry's part included.
 DWORD ReadSambaConfiguration(std::vector<SambaSection>& sections);
-// One of the settings that hold for the whole server, "usershare path" for example.
-DWORD ReadSambaSetting(const std::string& name, std::string& value);
-
-// Shares that users made for themselves. Left out are those that the server does not serve either, because
-// their folder is gone or their file is damaged. None where there can be none, or they are not for our eyes.
-DWORD ReadUserShares(std::vector<SambaSection>& sections);
-// One of them, asked for alone: in the whole list a file's name could pass for the text of other shares, and
-// any user may make such files. NERR_NetNameNotFound; a share that is left out above is a failure of the
-// tool.
-DWORD ReadUserShare(const std::string& name, SambaSection& section);
+// The settings that hold for the whole server, to be read with ParseGlobalParameter.
+DWORD ReadGlobalSettings(std::string& listing);
 
 // What a share's own list is, as the server keeps it apart from the configuration.
 DWORD ReadSambaDescriptor(const std::string& share, std::vector<std::uint8_t>& descriptor);

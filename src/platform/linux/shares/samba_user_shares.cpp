@@ -1,18 +1,18 @@
 #include "platform/linux/shares/samba_user_shares.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <fstream>
+#include <iterator>
 #include <utility>
 
 #include "platform/ascii.h"
 #include "platform/linux/accounts/account_directory.h"
+#include "platform/linux/accounts/account_names.h"
 #include "platform/linux/accounts/name_service.h"
-#include "platform/linux/base/host_errors.h"
-#include "platform/linux/base/unique_fd.h"
+#include "platform/linux/samba/samba_questions.h"
 #include "platform/linux/shares/samba_tools.h"
+#include "platform/linux/shares/samba_user_share_files.h"
 
 namespace permora::host {
 
@@ -22,68 +22,80 @@ namespace {
 // serve a share whose file is longer.
 constexpr std::size_t kLongestTexts = 10'000;
 
-// ERROR_FILE_READ_ONLY where users may make no shares.
-DWORD OpenShareFolder(UniqueFd& folder) {
-    std::string limit;
-    std::string path;
-    DWORD error = ReadSambaSetting("usershare max shares", limit);
-    if (error == ERROR_SUCCESS && limit == "0") error = ERROR_FILE_READ_ONLY;
-    if (error == ERROR_SUCCESS) error = ReadSambaSetting("usershare path", path);
-    if (error != ERROR_SUCCESS) return error;
-    UniqueFd opened(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!opened) return errno == ENOENT ? ERROR_FILE_READ_ONLY : ErrorFromErrno(errno);
-    folder = std::move(opened);
-    return ERROR_SUCCESS;
+// Root looks at copies that hold nothing but the files meant; Samba takes nobody else's folder for such
+// shares, and there the tool sees everything.
+bool WorksOnCopies() {
+    return geteuid() == 0;
 }
 
-// The file in which Samba keeps the share, called by its name in small letters. Whoever may make such shares
-// can write in its folder.
-DWORD OpenShareFile(const std::string& name, UniqueFd& file, struct stat& status) {
-    if (name.find('/') != name.npos) return ERROR_INVALID_NAME;
-    UniqueFd folder;
-    if (const DWORD error = OpenShareFolder(folder); error != ERROR_SUCCESS) return error;
-    UniqueFd opened(
-        openat(folder.Get(), InLowerCase(name).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
-    if (!opened || fstat(opened.Get(), &status) != 0) return ErrorFromErrno(errno);
-    if (!S_ISREG(status.st_mode) || status.st_nlink != 1) return ERROR_ACCESS_DENIED;
-    file = std::move(opened);
-    return ERROR_SUCCESS;
+DWORD MirrorUserShares(SambaMirror& mirror) {
+    const DWORD error = MirrorSamba(mirror);
+    return error == ERROR_SUCCESS ? mirror.AddUserShareFolder() : error;
 }
 
-DWORD WriteShare(const std::string& name, const std::string& hostPath, const std::string& remark,
-                 const std::string& acl, bool allowsGuests) {
-    if (name.size() + hostPath.size() + remark.size() + acl.size() > kLongestTexts)
-        return ERROR_NOT_SUPPORTED;
-    return TellSambaTool("net", {"usershare", "add", "--", name, hostPath, remark, acl,
-                                 allowsGuests ? "guest_ok=y" : "guest_ok=n"});
-}
-
-// The tool takes no name of a user, whose home the server may share by it, and writes over a share that is
-// there: a damaged one too, which no list shows.
-DWORD CheckNewName(const std::string& name) {
-    UniqueFd folder;
-    if (const DWORD error = OpenShareFolder(folder); error != ERROR_SUCCESS) return error;
-    for (const std::string& user : {name, InLowerCase(name)}) {
-        id_t id = 0;
-        const DWORD error = FindHostId(AccountKind::kUser, user, id);
-        if (error != ERROR_NONE_MAPPED) return error == ERROR_SUCCESS ? ERROR_INVALID_NAME : error;
+// What cannot be read, or is gone by now, is served by nobody.
+DWORD AskAboutAll(std::string& answer) {
+    const std::vector<std::string> question = {"usershare", "info", "--long"};
+    if (!WorksOnCopies()) return AskSambaTool("net", question, answer, FailedOutput::kKept);
+    UserShareFolder folder;
+    SambaMirror mirror;
+    std::vector<std::string> names;
+    DWORD error = folder.Open();
+    if (error == ERROR_SUCCESS) error = folder.ListNames(names);
+    if (error == ERROR_SUCCESS) error = MirrorUserShares(mirror);
+    for (const std::string& name : names) {
+        UserShareFile file;
+        if (error == ERROR_SUCCESS && folder.Hold(name, file) == ERROR_SUCCESS)
+            error = CopyUserShareFile(file, mirror.UserShareFolder());
     }
-    SambaSection known;
-    const DWORD error = ReadUserShare(name, known);
-    if (error == NERR_NetNameNotFound) return ERROR_SUCCESS;
-    return error == ERROR_SUCCESS || IsFailureOfTool(error) ? NERR_DuplicateShare : error;
+    if (error == ERROR_SUCCESS) error = AskSambaTool(mirror, "net", question, answer, FailedOutput::kKept);
+    return error;
 }
 
-// The tool writes a new file, which belongs to whoever ran it.
-DWORD GiveBack(const std::string& name, const struct stat& before) {
-    UniqueFd file;
-    struct stat status {};
-    const DWORD error = OpenShareFile(name, file, status);
-    if (error != ERROR_SUCCESS) return error;
-    const bool isOurs = status.st_uid == geteuid();
-    if (!isOurs) return ERROR_ACCESS_DENIED;
-    return fchown(file.Get(), before.st_uid, before.st_gid) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
+DWORD AskAboutOne(const UserShareFile& file, const std::string& share, std::string& answer) {
+    const std::vector<std::string> question = {"usershare", "info", "--long", "--", share};
+    if (!WorksOnCopies()) return AskSambaTool("net", question, answer);
+    SambaMirror mirror;
+    DWORD error = MirrorUserShares(mirror);
+    if (error == ERROR_SUCCESS) error = CopyUserShareFile(file, mirror.UserShareFolder());
+    return error == ERROR_SUCCESS ? AskSambaTool(mirror, "net", question, answer) : error;
 }
+
+// Whether the tool told of the file that is meant, and not of one whose name is the same but for the case of
+// its letters.
+bool IsToldBy(const SambaSection& section, const UserShareFile& file) {
+    for (const char* parameter : {"path", "comment"}) {
+        const std::string line =
+            std::string("\n") + parameter + '=' + section.Value(parameter).value_or("") + '\n';
+        if (file.text.find(line) == file.text.npos) return false;
+    }
+    return true;
+}
+
+DWORD HoldShare(const std::string& share, UserShareFolder& folder, UserShareFile& file) {
+    DWORD error = folder.Open();
+    if (error == ERROR_FILE_READ_ONLY) error = NERR_NetNameNotFound;
+    std::string name;
+    if (error == ERROR_SUCCESS) error = folder.FindName(share, name);
+    return error == ERROR_SUCCESS ? folder.Hold(name, file) : error;
+}
+
+DWORD ReadHeld(const UserShareFile& file, const std::string& share, SambaSection& section) {
+    // The tool takes a pattern.
+    constexpr const char* kPatternCharacters = "*?<>\"";
+    if (!IsPlainAccountName(share) || share.find_first_of(kPatternCharacters) != share.npos)
+        return NERR_NetNameNotFound;
+    std::string answer;
+    const DWORD error = AskAboutOne(file, share, answer);
+    if (error != ERROR_SUCCESS) return error;
+    std::vector<SambaSection> sections = ParseSambaSections(answer);
+    if (sections.size() != 1 || !IsSameShare(sections.front().name, share)) return NERR_NetNameNotFound;
+    if (!IsToldBy(sections.front(), file)) return NERR_DuplicateShare;
+    section = std::move(sections.front());
+    return ERROR_SUCCESS;
+}
+
+// --- Writing.
 
 DWORD AclOf(const std::vector<std::uint8_t>& descriptor, std::string& acl) {
     const auto value = nt::SecurityDescriptor::FromBytes(descriptor);
@@ -93,7 +105,72 @@ DWORD AclOf(const std::vector<std::uint8_t>& descriptor, std::string& acl) {
     return ERROR_SUCCESS;
 }
 
+// How the tool is told of a share.
+DWORD AddingArguments(const std::string& name, const std::string& hostPath, const std::string& remark,
+                      const std::string& acl, bool allowsGuests, std::vector<std::string>& arguments) {
+    if (name.size() + hostPath.size() + remark.size() + acl.size() > kLongestTexts)
+        return ERROR_NOT_SUPPORTED;
+    arguments = {"usershare", "add",  "--", name,
+                 hostPath,    remark, acl,  allowsGuests ? "guest_ok=y" : "guest_ok=n"};
+    return ERROR_SUCCESS;
+}
+
+// The text that the tool makes of a share for the file `name`. The tool, which alone knows how the server
+// calls the share's file, writes it into a folder of ours.
+DWORD ComposeFile(const std::vector<std::string>& adding, const std::string& name, std::string& text) {
+    SambaMirror mirror;
+    std::string answer;
+    DWORD error = MirrorUserShares(mirror);
+    if (error == ERROR_SUCCESS) error = AskSambaTool(mirror, "net", adding, answer);
+    if (error != ERROR_SUCCESS) return error;
+    std::ifstream file(mirror.UserShareFolder() + '/' + name, std::ios::binary);
+    if (!file) return NERR_NetNameNotFound;
+    text.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    return ERROR_SUCCESS;
+}
+
+// The tool would give the share to root, who may share everything, and only then could it be given back.
+DWORD WriteShare(const UserShareFolder& folder, const UserShareFile& held,
+                 const std::vector<std::string>& adding) {
+    if (!WorksOnCopies()) return TellSambaTool("net", adding);
+    std::string text;
+    const DWORD error = ComposeFile(adding, held.name, text);
+    return error == ERROR_SUCCESS ? folder.Replace(held, text) : error;
+}
+
+// The tool takes no name of a user, whose home the server may share by it, and writes over a share that is
+// there: a damaged one too, which no list shows.
+DWORD CheckNewName(const std::string& name) {
+    UserShareFolder folder;
+    if (const DWORD error = folder.Open(); error != ERROR_SUCCESS) return error;
+    for (const std::string& user : {name, InLowerCase(name)}) {
+        id_t id = 0;
+        const DWORD error = FindHostId(AccountKind::kUser, user, id);
+        if (error != ERROR_NONE_MAPPED) return error == ERROR_SUCCESS ? ERROR_INVALID_NAME : error;
+    }
+    std::string known;
+    const DWORD error = folder.FindName(name, known);
+    if (error == NERR_NetNameNotFound) return ERROR_SUCCESS;
+    return error == ERROR_SUCCESS ? NERR_DuplicateShare : error;
+}
+
 }  // namespace
+
+// The tool fails as a whole for one share that is damaged, and prints the others all the same.
+DWORD ReadUserShares(std::vector<SambaSection>& sections) {
+    std::string answer;
+    const DWORD error = AskAboutAll(answer);
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_READ_ONLY && !IsFailureOfTool(error)) return error;
+    sections = ParseSambaSections(answer);
+    return ERROR_SUCCESS;
+}
+
+DWORD ReadUserShare(const std::string& name, SambaSection& section) {
+    UserShareFolder folder;
+    UserShareFile file;
+    const DWORD error = HoldShare(name, folder, file);
+    return error == ERROR_SUCCESS ? ReadHeld(file, name, section) : error;
+}
 
 DWORD ReadUserShareDescriptor(const SambaSection& share, std::vector<std::uint8_t>& descriptor) {
     const auto grants = ParseUserShareAcl(share.Value("usershare_acl").value_or(""));
@@ -111,25 +188,30 @@ DWORD ReadUserShareDescriptor(const SambaSection& share, std::vector<std::uint8_
     return ERROR_SUCCESS;
 }
 
-DWORD ChangeUserShare(const SambaSection& share, const ShareChange& change) {
+DWORD ChangeUserShare(const std::string& name, const ShareChange& change) {
     if (change.maxUses) return ERROR_NOT_SUPPORTED;
+    UserShareFolder folder;
+    UserShareFile held;
+    SambaSection share;
+    DWORD error = HoldShare(name, folder, held);
+    if (error == ERROR_SUCCESS) error = ReadHeld(held, name, share);
+    if (error != ERROR_SUCCESS) return error;
     std::vector<std::uint8_t> descriptor;
-    std::string acl;
-    DWORD error = ERROR_SUCCESS;
     if (change.descriptor) {
         descriptor = *change.descriptor;
     } else {
         error = ReadUserShareDescriptor(share, descriptor);
     }
+    std::string acl;
+    std::vector<std::string> adding;
     if (error == ERROR_SUCCESS) error = AclOf(descriptor, acl);
-    UniqueFd file;
-    struct stat before {};
-    if (error == ERROR_SUCCESS) error = OpenShareFile(share.name, file, before);
-    if (error != ERROR_SUCCESS) return error;
-    error = WriteShare(share.name, share.Value("path").value_or(""),
-                       change.remark.value_or(share.Value("comment").value_or("")), acl,
-                       share.IsSet("guest_ok") || share.Value("guest_ok") == "y");
-    return error == ERROR_SUCCESS ? GiveBack(share.name, before) : error;
+    if (error == ERROR_SUCCESS) {
+        const bool allowsGuests = share.IsSet("guest_ok") || share.Value("guest_ok") == "y";
+        error = AddingArguments(share.name, share.Value("path").value_or(""),
+                                change.remark.value_or(share.Value("comment").value_or("")), acl,
+                                allowsGuests, adding);
+    }
+    return error == ERROR_SUCCESS ? WriteShare(folder, held, adding) : error;
 }
 
 DWORD AddUserShare(const Share& share, const std::string& hostPath) {
@@ -139,12 +221,18 @@ DWORD AddUserShare(const Share& share, const std::string& hostPath) {
     if (!share.descriptor.empty()) {
         if (const DWORD error = AclOf(share.descriptor, acl); error != ERROR_SUCCESS) return error;
     }
-    const DWORD error = CheckNewName(share.name);
-    return error == ERROR_SUCCESS ? WriteShare(share.name, hostPath, share.remark, acl, false) : error;
+    std::vector<std::string> adding;
+    DWORD error = CheckNewName(share.name);
+    if (error == ERROR_SUCCESS)
+        error = AddingArguments(share.name, hostPath, share.remark, acl, false, adding);
+    return error == ERROR_SUCCESS ? TellSambaTool("net", adding) : error;
 }
 
-DWORD RemoveUserShare(const SambaSection& share) {
-    return TellSambaTool("net", {"usershare", "delete", "--", share.name});
+DWORD RemoveUserShare(const std::string& name) {
+    UserShareFolder folder;
+    UserShareFile held;
+    const DWORD error = HoldShare(name, folder, held);
+    return error == ERROR_SUCCESS ? folder.Remove(held) : error;
 }
 
 }  // namespace permora::host

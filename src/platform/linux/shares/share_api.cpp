@@ -74,8 +74,11 @@ DWORD FindChange(const SHARE_INFO_502& record, const Share& share, ShareChange& 
     if (record.shi502_permissions != share.permissions) return Refuse(SHARE_PERMISSIONS_PARMNUM, wrongField);
     if (AnsiOf(record.shi502_path) != AsHandedOut(share.path)) return Refuse(SHARE_PATH_PARMNUM, wrongField);
     if (!AnsiOf(record.shi502_passwd).empty()) return Refuse(SHARE_PASSWD_PARMNUM, wrongField);
-    if (record.shi502_max_uses == 0) return Refuse(SHARE_MAX_USES_PARMNUM, wrongField, NERR_InvalidMaxUsers);
-    if (record.shi502_max_uses != share.maxUses) change.maxUses = record.shi502_max_uses;
+    if (record.shi502_max_uses != share.maxUses) {
+        if (record.shi502_max_uses == 0)
+            return Refuse(SHARE_MAX_USES_PARMNUM, wrongField, NERR_InvalidMaxUsers);
+        change.maxUses = record.shi502_max_uses;
+    }
     if (std::string remark = AnsiOf(record.shi502_remark); remark != AsHandedOut(share.remark))
         change.remark = std::move(remark);
     std::vector<std::uint8_t> descriptor;

@@ -167,7 +167,7 @@ TEST_F(SambaSharesTest, TheServerHasWhatWasWritten) {
 
 TEST_F(SambaSharesTest, WhatTheFileFixesStays) {
     std::ofstream("/etc/samba/more.conf")
-        << "[included]\npath = " << server->Root() << "\n[Ipc$]\npath = /\n";
+        << "[included]\npath = " << server->Root() << "\n[ipc$]\nhosts allow = 127.0.0.1\n";
     std::ofstream("/etc/samba/smb.conf", std::ios::app) << "include = /etc/samba/more.conf\n";
     const std::string before = ReadWholeFile("/etc/samba/smb.conf");
     const std::string registry = Net({"conf", "list"}).output;
@@ -176,6 +176,7 @@ TEST_F(SambaSharesTest, WhatTheFileFixesStays) {
     EXPECT_EQ(Delete("SHARE"), ERROR_FILE_READ_ONLY);
     EXPECT_EQ(Delete("included"), ERROR_FILE_READ_ONLY);
     EXPECT_EQ(Delete("ipc$"), ERROR_NOT_SUPPORTED);
+    EXPECT_THAT(Listed(), Contains(StartsWith("IPC$|")));
     EXPECT_EQ(Delete("no such share"), NERR_NetNameNotFound);
     Get("no such share", NERR_NetNameNotFound);
     // Nor may the registry take such a share away, which only adds to it.
@@ -212,6 +213,47 @@ TEST_F(SambaSharesTest, AUsersShareStaysTheUsers) {
     EXPECT_EQ(Delete("other"), NERR_NetNameNotFound);
     EXPECT_EQ(Delete("mine"), NERR_Success);
     EXPECT_NE(access(file.c_str(), F_OK), 0);
+}
+
+// The server calls a share's file by the name in small letters, of all scripts. Files that are called nearly
+// so are other people's.
+TEST_F(SambaSharesTest, OfFilesWithNearlyTheSameNameTheServersOneIsTheShare) {
+    const std::string folder = "/var/lib/samba/usershares/";
+    const std::string own = folder + "äb";
+    const std::string foreign = folder + "Äb";
+    constexpr uid_t kMaker = 65534;
+    constexpr uid_t kOther = 1;
+    for (const bool isForeignFirst : {true, false}) {
+        if (isForeignFirst) std::ofstream(foreign) << "";
+        AddUserShare("ÄB");
+        std::string text = ReadWholeFile(own);
+        std::ofstream(foreign) << text.replace(text.find("a user's"), 8, "another's");
+        ASSERT_EQ(chown(own.c_str(), kMaker, kMaker), 0);
+        ASSERT_EQ(chown(foreign.c_str(), kOther, kOther), 0);
+        EXPECT_THAT(Listed(), Contains("ÄB|0|a user's|" + ShownPath()));
+        EXPECT_EQ(SetList("Äb", "D:(A;;FA;;;BA)"), NERR_Success);
+        EXPECT_EQ(ListOf("ÄB"), "D:(A;;FA;;;BA)");
+        EXPECT_THAT(ReadWholeFile(own),
+                    AllOf(HasSubstr("comment=a user's\nusershare_acl=S-1-5-32-544:f\n"), HasSubstr("=ÄB\n")));
+        EXPECT_EQ(ReadWholeFile(foreign), text);
+        for (const auto& [path, owner] : {std::pair{own, kMaker}, {foreign, kOther}}) {
+            struct stat status {};
+            EXPECT_EQ(stat(path.c_str(), &status), 0);
+            EXPECT_EQ(status.st_uid, owner) << path;
+        }
+        EXPECT_EQ(Delete("äB"), NERR_Success);
+        EXPECT_NE(access(own.c_str(), F_OK), 0);
+        EXPECT_EQ(ReadWholeFile(foreign), text);
+        ASSERT_EQ(unlink(foreign.c_str()), 0);
+    }
+    // A file that the server would never open is not written either.
+    AddUserShare("ÄB");
+    ASSERT_EQ(rename(own.c_str(), foreign.c_str()), 0);
+    const std::string text = ReadWholeFile(foreign);
+    EXPECT_EQ(SetList("ÄB", "D:(A;;FA;;;BA)"), NERR_NetNameNotFound);
+    EXPECT_EQ(ReadWholeFile(foreign), text);
+    EXPECT_NE(access(own.c_str(), F_OK), 0);
+    ASSERT_EQ(unlink(foreign.c_str()), 0);
 }
 
 TEST_F(SambaSharesTest, OneShareWithoutFolderHidesNoOthersAndIsNotReplaced) {

@@ -164,6 +164,28 @@ TEST_F(ShareTableTest, AChangeTouchesWhatDiffersAndNothingElse) {
     EXPECT_EQ(Set(*record), ERROR_INVALID_SECURITY_DESCR);
 }
 
+// Another program may have kept a limit that no new share may have.
+TEST_F(ShareTableTest, AKeptLimitOfNoUsersForbidsNoOtherChange) {
+    std::string table = kTable;
+    const std::string seven = "4d,00,61,00,78,00,55,00,73,00,65,00,73,00,3d,00,37,00";  // "MaxUses=7"
+    ASSERT_NE(table.find(seven), std::string::npos);
+    table = table.replace(table.find(seven), seven.size(), seven.substr(0, seven.size() - 5) + "30,00");
+    WriteTable(table.substr(0, table.find("\n[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\"
+                                          "LanmanServer\\Shares\\Security")));
+    const UniqueLocal<void> descriptor = DescriptorOf("D:(A;;FR;;;WD)");
+    auto record = Get(u"whole");
+    EXPECT_EQ(record->shi502_max_uses, 0U);
+    record->shi502_security_descriptor = descriptor.get();
+    EXPECT_EQ(Set(*record), NERR_Success);
+    record = Get(u"whole");
+    EXPECT_EQ(Sddl(record->shi502_security_descriptor), "D:(A;;FR;;;WD)");
+    EXPECT_EQ(record->shi502_max_uses, 0U);
+    record->shi502_max_uses = 7;
+    EXPECT_EQ(Set(*record), NERR_Success);
+    record->shi502_max_uses = 0;
+    EXPECT_EQ(Set(*record), NERR_InvalidMaxUsers);
+}
+
 TEST_F(ShareTableTest, NewSharesAreChecked) {
     const UniqueLocal<void> descriptor = DescriptorOf("D:(A;;FA;;;BA)");
     const struct {
