@@ -14,15 +14,15 @@ void Scramble(StoredSettings& bytes) {
         byte = static_cast<std::uint8_t>(~(byte ^ kScramblingKey));
 }
 
-bool IsFlag(std::uint8_t value) {
-    return value <= 1;
+// As the language takes a number for a truth value.
+void CleanFlags(SettingsBlock& block) {
+    for (std::uint8_t* flag : {&block.useOwnIcons, &block.showToolTips, &block.askBeforeSecureDeletion,
+                               &block.showIntermediateInfo, &block.explorerMenu})
+        *flag = *flag != 0 ? 1 : 0;
 }
 
 bool IsSound(const ProgramSettings& record) {
-    const SettingsBlock& block = record.block;
     return (record.showCommand == kShowNormal || record.showCommand == kShowMaximised) &&
-           IsFlag(block.useOwnIcons) && IsFlag(block.showToolTips) && IsFlag(block.askBeforeSecureDeletion) &&
-           IsFlag(block.showIntermediateInfo) && IsFlag(block.explorerMenu) &&
            std::ranges::find(record.programFolder, '\0') != record.programFolder.end();
 }
 
@@ -43,6 +43,7 @@ std::optional<ProgramSettings> UnscrambleSettings(std::span<const std::uint8_t> 
     ProgramSettings record;
     std::memcpy(&record, bytes.data(), bytes.size());
     if (!IsSound(record)) return std::nullopt;
+    CleanFlags(record.block);
     return record;
 }
 

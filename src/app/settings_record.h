@@ -52,8 +52,8 @@ static_assert(offsetof(SettingsBlock, useOwnIcons) == 4 && offsetof(SettingsBloc
 using StoredSettings = std::array<std::uint8_t, kSettingsSize>;
 
 StoredSettings ScrambleSettings(const ProgramSettings& record);
-// The record in bytes that anyone may have written. Nothing when the length is another, a flag is neither 0
-// nor 1, the show command is none of the two, or the folder has no end. A window rectangle may be any: the
+// The record in bytes that anyone may have written. Nothing when the length is another, the show command is
+// none of the two, or the folder has no end. A flag that is not 0 is 1. A window rectangle may be any: the
 // frame judges it (IsUsableWindow).
 std::optional<ProgramSettings> UnscrambleSettings(std::span<const std::uint8_t> stored);
 

@@ -47,7 +47,6 @@ TEST(ProgramSettings, IsStoredFieldByFieldAndScrambledWhole) {
 TEST(ProgramSettings, DamagedOnesAreRefused) {
     using Change = std::function<void(ProgramSettings&)>;
     const std::vector<std::pair<const char*, Change>> changes = {
-        {"a flag of 2", [](ProgramSettings& record) { record.block.explorerMenu = 2; }},
         {"a hidden window", [](ProgramSettings& record) { record.showCommand = 0; }},
         {"a minimised window", [](ProgramSettings& record) { record.showCommand = 2; }},
         {"a folder without end", [](ProgramSettings& record) { record.programFolder.fill('x'); }},
@@ -63,6 +62,15 @@ TEST(ProgramSettings, DamagedOnesAreRefused) {
     EXPECT_FALSE(UnscrambleSettings(longer));
     EXPECT_FALSE(UnscrambleSettings(std::span(stored).first(kSettingsSize - 1)));
     EXPECT_FALSE(UnscrambleSettings({}));
+}
+
+TEST(ProgramSettings, FlagsThatAreNotZeroAreSet) {
+    ProgramSettings record = Sample();
+    record.block.useOwnIcons = 2;
+    record.block.showToolTips = 0xFF;
+    ProgramSettings expected = Sample();
+    expected.block.useOwnIcons = 1;
+    EXPECT_EQ(UnscrambleSettings(ScrambleSettings(record)), expected);
 }
 
 TEST(ProgramSettings, WindowsThatNobodyCanMeanAreTold) {
