@@ -116,14 +116,15 @@ DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD /*attributes*/, SHFILEINFOA* 
     return TRUE;
 }
 
-// A file of the wizard's name in the current directory is never opened in its place: anyone may have put it
-// there.
-HINSTANCE WINAPI ShellExecuteA(HWND /*owner*/, LPCSTR operation, LPCSTR file, LPCSTR parameters,
-                               LPCSTR directory, int /*showCommand*/) {
+// The wizard is asked for on behalf of a window. A file of its name in the current directory is never opened
+// in its place, since anyone may have put it there; who opens that file asks for no window's sake, and gets
+// it.
+HINSTANCE WINAPI ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR directory,
+                               int /*showCommand*/) {
     const bool isOpen = operation == nullptr || std::string_view(operation) == "open";
     DWORD error = ERROR_NO_ASSOCIATION;
     if (isOpen && file != nullptr && parameters == nullptr && directory == nullptr)
-        error = file == kShareWizardName ? RunShareWizard() : OpenFile(file);
+        error = owner != nullptr && file == kShareWizardName ? RunShareWizard() : OpenFile(file);
     return reinterpret_cast<HINSTANCE>(error == ERROR_SUCCESS ? kStarted : ShellError(error));
 }
 

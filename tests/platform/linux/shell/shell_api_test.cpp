@@ -17,6 +17,7 @@
 #include "platform/file_types.h"
 #include "platform/linux/base/run_tool.h"
 #include "platform/linux/files/name_mapping.h"
+#include "platform/share_wizard.h"
 #include "platform/shell_icons.h"
 #include "tests/platform/linux/files/files_fixture.h"
 #include "tests/support/command.h"
@@ -150,6 +151,21 @@ TEST_F(Shell, OpensFilesOfAnyNameWithTheDesktopsProgram) {
         EXPECT_GT(Open(EncodeName(name).c_str()), 32U) << name;
         EXPECT_EQ(Desktop::Get().Opened(), folder.Path(name) + "|/usr/bin:/usr/sbin:/bin:/sbin||");
     }
+}
+
+// The program's own request has a window behind it, the opening of a file has none.
+TEST_F(Shell, TellsTheShareWizardFromAFileOfItsName) {
+    int runs = 0;
+    SetShareWizard([&] { ++runs; });
+    MakeFile("shrpubw");
+    EXPECT_EQ(Open("shrpubw"), SE_ERR_NOASSOC) << "what no program is chosen for";
+    EXPECT_EQ(runs, 0);
+    int window = 0;
+    const auto answer = reinterpret_cast<std::uintptr_t>(
+        ShellExecuteA(reinterpret_cast<HWND>(&window), "open", "shrpubw", nullptr, nullptr, SW_SHOW));
+    EXPECT_GT(answer, 32U);
+    EXPECT_EQ(runs, 1);
+    SetShareWizard({});
 }
 
 TEST_F(Shell, SaysWhyItOpensNothing) {
