@@ -2,7 +2,6 @@
 #include "app/main_app.h"
 #include "platform/process_start.h"
 #include "platform/share_wizard.h"
-#include "shares/new_share_dialog.h"
 
 namespace {
 
@@ -12,6 +11,6 @@ permora::CMainApp theApp;
 
 int main(int argumentCount, char** argumentTexts) {
     permora::PrepareProcess();
-    permora::SetShareWizard([] { permora::CNewShareDlg(theApp.mainWindow).DoModal(); });
+    permora::SetShareWizard([] { theApp.ShareFolder(); });
     return theApp.Run(argumentCount, argumentTexts);
 }

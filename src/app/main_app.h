@@ -12,6 +12,9 @@ class CMainApp : public CWinApp {
     bool InitInstance() override;
     void OnEndSession() override;
 
+    // As the main window's, which is there from InitInstance on.
+    void ShareFolder() { frame->ShareFolder(); }
+
   protected:
     const MessageMap& GetMessageMap() const override;
 

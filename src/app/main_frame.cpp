@@ -15,6 +15,7 @@
 #include "platform/api/system.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
+#include "shares/new_share_dialog.h"
 
 namespace permora {
 namespace {
@@ -200,6 +201,11 @@ void CMainFrame::RestorePlacement() {
 
 void CMainFrame::CreateNewFolder() {
     view.CreateNewFolder();
+}
+
+void CMainFrame::ShareFolder() {
+    const bool isShared = CNewShareDlg(this).DoModal() == IDOK;
+    if (isShared && view.sharesMode) view.RefreshList();
 }
 
 void CMainFrame::GoBack() {

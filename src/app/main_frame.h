@@ -22,6 +22,10 @@ class CMainFrame : public CFrameWnd {
     // Writes the settings; a failure is told.
     void KeepSettings();
 
+    // Runs the dialog by which folders are shared where the system has no wizard for that. The list then has
+    // the new share.
+    void ShareFolder();
+
     // Each command is offered to the view first.
     bool OnCmdMsg(Notification& notification) override;
 

@@ -141,7 +141,8 @@ void BrowserView::RemoveShares() {
     }
 }
 
-// The system's own wizard may still be open when this returns: it is the user who lists the shares again.
+// The system's own wizard may still be open when this returns, and then it is the user who lists the shares
+// again.
 void BrowserView::CreateNewShare() {
     HWND owner = Frame()->GetSafeHwnd();
     if (!OpenByShell(owner, "shrpubw")) ShowErrorBox(owner, "Cannot open \"Create a share folder wizard\"");

@@ -72,6 +72,15 @@ NET_API_STATUS __wrap_NetShareGetInfo(LPWSTR, LPWSTR name, DWORD level, LPBYTE* 
     return NERR_Success;
 }
 
+NET_API_STATUS __wrap_NetShareAdd(LPWSTR, DWORD level, LPBYTE record, LPDWORD) {
+    if (level != 502) return ERROR_INVALID_LEVEL;
+    SHARE_INFO_502 share{};
+    std::memcpy(&share, record, sizeof share);
+    fakes->shares.push_back(
+        {permora::WideToAnsi(share.shi502_netname), permora::WideToAnsi(share.shi502_path)});
+    return NERR_Success;
+}
+
 NET_API_STATUS __wrap_NetShareDel(LPWSTR, LPWSTR name, DWORD reserved) {
     const auto share = Find(name);
     if (reserved != 0 || share == fakes->shares.end()) return NERR_NetNameNotFound;

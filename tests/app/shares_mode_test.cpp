@@ -201,6 +201,27 @@ TEST_F(SharesMode, StartsTheSystemsWizardForANewShare) {
     Run(ID_NEW_FOLDER);
 }
 
+TEST_F(SharesMode, HasANewShareWhenItsDialogHasClosed) {
+    const auto share = [this](const char* name) {
+        ui.ExpectDialog(IDD_NEW_SHARE, [name](WindowDriver& dialog) {
+            dialog.SetText(IDC_SHARE_FOLDER, R"(T:\sub)");
+            dialog.SetText(IDC_SHARE_NAME, name);
+            dialog.Press(name[0] != '\0' ? "Return" : "Esc");
+        });
+        Frame().ShareFolder();
+    };
+    Run(ID_SHOW_SHARES);
+    share("new");
+    EXPECT_THAT(Rows(), ::testing::Contains(HasSubstr(R"(new | T:\sub)")));
+    EXPECT_EQ(Window().StatusText(1), "Total items: 4");
+    machine.shares.resize(2);
+    share("");
+    EXPECT_EQ(Rows().size(), 4U) << "nothing was shared";
+    Run(ID_SHOW_SHARES);
+    share("another");
+    EXPECT_THAT(Rows(), ElementsAre(HasSubstr("sub"))) << "files are listed";
+}
+
 // The folder shown has gone, and nobody needs it.
 TEST_F(SharesMode, OpensTheShareSheetOnTheSelection) {
     Run(ID_SHOW_SHARES);

@@ -42,8 +42,6 @@ Step "file-menu" Keys alt+f
 OpenDialog "Create a Shared Folder" Keys n
 Step "new-share" WriteNewShare
 CloseDialog "Create a Shared Folder" "$window" Keys Return
-Step "listed-again" Keys F5
-
 Step "the-new-one" Keys p l a n
 OpenDialog "Security Editor - plans" ChoosePermissions
 sheet=$dialog
