@@ -1,10 +1,11 @@
 # A small volume to play with. Sourced, not run.
 # shellcheck shell=bash
 
-# In a folder that only its owner can write to, so that nobody can put a link where the sample is made.
+# In a folder that only its owner can write to, so that nobody can put a link where the sample is made; those above it
+# are no one else's either.
 sampleFolder=${XDG_CACHE_HOME:-${HOME:?}/.cache}/permora-sample
-sampleImage=$sampleFolder/volume.img
-sample=$sampleFolder/volume
+sampleImage=
+sample=
 # A volume that a user mounted is his to take away, but not through umount.
 unmount=(umount)
 [ "$(id -u)" = 0 ] || unmount=(fusermount3 -u)
@@ -13,15 +14,44 @@ unmount=(umount)
 # can no longer be asked.
 IsMounted() { findmnt --mountpoint "$sample" >/dev/null; }
 
-# MakeSample: an empty NTFS volume mounted on $sample, or a plain folder there when nothing can be mounted. An older
-# sample is removed first.
-MakeSample() {
+# OthersMayWrite FOLDER: whether anyone but root and this user can put something else in the place of what is in it. Where
+# the sticky bit is set, nobody can who does not own that. A group of the user's own name is the user.
+OthersMayWrite() {
+    local owner group mode
+    read -r owner group mode < <(stat --format '%u %G %a' "$1") || return 0
+    [ "$owner" = 0 ] || [ "$owner" = "$(id -u)" ] || return 0
+    mode=$((8#$mode))
+    if (((mode & 01000) != 0)); then return 1; fi
+    (((mode & 0002) != 0)) || { (((mode & 0020) != 0)) && [ "$group" != root ] && [ "$group" != "$(id -un)" ]; }
+}
+
+# PrepareSampleFolder: makes it and finds the places in it, by a path without links, which nobody can turn elsewhere.
+PrepareSampleFolder() {
+    local parent
     mkdir -p "$(dirname "$sampleFolder")"
+    parent=$(readlink -e "$(dirname "$sampleFolder")")
+    sampleFolder=${parent%/}/$(basename "$sampleFolder")
+    while :; do
+        if OthersMayWrite "$parent"; then
+            echo "Others may write in $parent, so no sample is made below it; XDG_CACHE_HOME can name another place." >&2
+            return 1
+        fi
+        [ "$parent" != / ] || break
+        parent=$(dirname "$parent")
+    done
     [ -d "$sampleFolder" ] || mkdir -m 700 "$sampleFolder"
     if [ ! -O "$sampleFolder" ] || [ -L "$sampleFolder" ]; then
         echo "$sampleFolder belongs to someone else." >&2
         return 1
     fi
+    sampleImage=$sampleFolder/volume.img
+    sample=$sampleFolder/volume
+}
+
+# MakeSample: an empty NTFS volume mounted on $sample, or a plain folder there when nothing can be mounted. An older
+# sample is removed first.
+MakeSample() {
+    PrepareSampleFolder || return 1
     if IsMounted && ! "${unmount[@]}" "$sample"; then
         echo "The earlier sample is in use; leave $sample and try again." >&2
         return 1
