@@ -56,7 +56,7 @@ std::string FolderStates::Changes() {
         if (before == known.end()) {
             changes += path + " is new\n";
         } else if (before->second != state) {
-            changes += path + " was " + before->second + ", is " + state + '\n';
+            changes.append(path).append(" was ").append(before->second).append(", is ").append(state) += '\n';
         }
     }
     for (const auto& [path, state] : known) {

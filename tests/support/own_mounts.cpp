@@ -3,6 +3,7 @@
 #include <mntent.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -43,12 +44,15 @@ std::string EnterOwnMounts() {
 }
 
 std::string HaveOwnFolder(const std::string& folder, FolderContents contents) {
+    struct stat status {};
+    if (stat(folder.c_str(), &status) != 0) return folder + ": " + std::strerror(errno);
     const TemporaryFolder aside;
     if (contents == FolderContents::kCopied) {
         const CommandResult copied = RunCommand({"cp", "-a", folder + "/.", aside.Path()});
         if (copied.exitCode != 0) return copied.output;
     }
-    if (mount("tmpfs", folder.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=1777") != 0)
+    if (mount("tmpfs", folder.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, nullptr) != 0 ||
+        chmod(folder.c_str(), status.st_mode & 07777) != 0)
         return folder + ": " + std::strerror(errno);
     if (contents == FolderContents::kNone) return {};
     const CommandResult filled = RunCommand({"cp", "-a", aside.Path() + "/.", folder});
