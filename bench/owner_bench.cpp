@@ -9,9 +9,9 @@
 #include "bench/measure.h"
 #include "bench/sample_tree.h"
 #include "platform/api/errors.h"
-#include "platform/host_path.h"
 #include "platform/resources.h"
 #include "platform/tree_security.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"
 
@@ -40,8 +40,7 @@ void SetOwners(const std::string& top, const Owner& owner, std::size_t objects) 
     const permora::UniqueLocal<void> owned(sid);
     SilentObserver observer;
     permora::TreeCounts counts;
-    const DWORD error =
-        permora::SetOwnersBelow(permora::PathFromArgument(top.c_str()).c_str(), sid, observer, counts);
+    const DWORD error = permora::test::Held(top).SetOwnersBelow(sid, observer, counts);
     Check(error == ERROR_SUCCESS && counts.changed == objects, "not every object was changed");
 }
 

@@ -15,7 +15,7 @@
 #include "platform/api/messages.h"
 #include "platform/host_path.h"
 #include "security/apply_dialog.h"
-#include "security/tree_apply.h"
+#include "security/empty_list.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"
@@ -33,10 +33,11 @@ using permora::bench::SecondsFor;
 using permora::bench::SilentObserver;
 
 void ResetAndCount(const std::string& top, permora::TreeCounts& counts) {
-    const std::string path = permora::PathFromArgument(top.c_str());
-    const std::array<const char*, 1> names = {path.c_str()};
     SilentObserver observer;
-    permora::ApplyToTrees(nullptr, names, permora::TreeListMode::kWrite, observer, counts);
+    const permora::UniqueLocal<ACL> list = permora::MakeEmptyList(nullptr);
+    const DWORD error =
+        permora::test::Held(top).SetListsBelow(list.get(), permora::TreeListMode::kWrite, observer, counts);
+    Check(error == ERROR_SUCCESS, "the walk failed");
 }
 
 void Reset(const std::string& top, std::size_t objects) {
@@ -47,9 +48,9 @@ void Reset(const std::string& top, std::size_t objects) {
 
 void ResetBehindDialog(const std::string& top) {
     const std::string path = permora::PathFromArgument(top.c_str());
-    const std::array<const char*, 1> names = {path.c_str()};
+    const std::array<permora::RememberedObject, 1> items = {permora::RememberedObject(nullptr, path)};
     permora::ApplyDlg dialog(nullptr);
-    dialog.names = names;
+    dialog.items = items;
     Check(dialog.DoModal() == IDOK, "the dialog failed");
 }
 

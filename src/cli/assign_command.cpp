@@ -1,5 +1,9 @@
 #include "cli/assign_command.h"
 
+#include <optional>
+#include <span>
+#include <utility>
+
 #include "cli/list_change.h"
 #include "cli/listing.h"
 #include "cli/rights_left.h"
@@ -39,13 +43,15 @@ struct NewLists {
 };
 
 // The new rights of the first object's accounts; nothing after a message. What the object would lose is asked
-// here, so that nothing is touched when it may not be changed itself.
+// here, so that nothing is touched when it may not be changed itself. `object` is what it had when all this
+// began.
 std::optional<AccountRights> MakeRights(const Arguments& arguments, const AccountRecord& account,
-                                        const Target& first, ConsoleMessages& messages) {
+                                        const HeldObject& first, ObjectSecurity& object,
+                                        ConsoleMessages& messages) {
     AccountRights rights;
-    ObjectSecurity object;
+    ReadParts list;
     if (!ReadForChange(first, object, messages)) return std::nullopt;
-    if (!LoadAccountsFromItem(nullptr, first.name.c_str(), first.place, rights)) {
+    if (!LoadAccountsFromItem(nullptr, first, rights, list)) {
         messages.SayIfSilent("its access list cannot be read");
         return std::nullopt;
     }
@@ -67,8 +73,9 @@ bool MakeList(HMODULE library, const AccountRights& rights, ItemKind kind, NewLi
 
 // Nothing after a message.
 std::optional<NewLists> MakeLists(const Arguments& arguments, const AccountRecord& account,
-                                  const Target& first, HMODULE library, ConsoleMessages& messages) {
-    const std::optional<AccountRights> rights = MakeRights(arguments, account, first, messages);
+                                  const HeldObject& first, ObjectSecurity& object, HMODULE library,
+                                  ConsoleMessages& messages) {
+    const std::optional<AccountRights> rights = MakeRights(arguments, account, first, object, messages);
     NewLists lists;
     if (!rights || !MakeList(library, *rights, ItemKind::kFolder, lists.forFolders, messages) ||
         !MakeList(library, *rights, ItemKind::kFile, lists.forFiles, messages))
@@ -92,35 +99,29 @@ bool Preview(HMODULE library, std::vector<AccessEntry> entries, ObjectSecurity& 
 }
 
 // Says what a written list leaves to the account, which may be more than was assigned: by its groups, by its
-// other SIDs and from above. False after a message.
-bool TellRightsLeft(const Target& target, AccountRecord& account, ConsoleMessages& messages) {
+// other SIDs and from above. Fails after a message.
+ChangeResult TellRightsLeft(const HeldObject& held, AccountRecord& account, ConsoleMessages& messages) {
     ObjectSecurity object;
-    if (!ReadList(target, object, messages)) return false;
+    if (!ReadList(held, object, messages)) return ChangeResult::kFailed;
     Print(RightsLeftText(object.dacl, account));
-    return true;
+    return ChangeResult::kDone;
 }
 
-bool ChangeTarget(const Arguments& arguments, AccountRecord& account, const Target& target,
-                  const NewLists& lists, HMODULE library, ConsoleMessages& messages) {
-    ObjectSecurity object;
-    if (!ReadForChange(target, object, messages) || !MayReplace(LossesOf(object), arguments, messages))
-        return false;
-    bool isFolder = false;
-    if (const DWORD error = AskIsFolder(target, isFolder); error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
-        return false;
-    }
-    const NewList& list = isFolder ? lists.forFolders : lists.forFiles;
+// `object` is what `held` had when it was read.
+ChangeResult GiveList(const Arguments& arguments, AccountRecord& account, const Target& target,
+                      const HeldObject& held, ObjectSecurity& object, HMODULE library, const NewLists& lists,
+                      ConsoleMessages& messages) {
+    const NewList& list = held.IsFolder() ? lists.forFolders : lists.forFiles;
     if (!arguments.dryRun) {
-        return WriteDacl(target, std::nullopt, list.dacl.get(), messages) &&
-               TellRightsLeft(target, account, messages);
+        const ChangeResult result = WriteDacl(target, held, object, std::nullopt, list.dacl.get(), messages);
+        return result == ChangeResult::kDone ? TellRightsLeft(held, account, messages) : result;
     }
     const std::string before = StateText(target, "before", object, RemarksOn(object));
     UniqueLocal<ACL> dacl;
-    if (!Preview(library, list.entries, object, dacl, messages)) return false;
+    if (!Preview(library, list.entries, object, dacl, messages)) return ChangeResult::kFailed;
     Print(before + StateText(target, "after", object, RemarksOn(object)) +
           RightsLeftText(object.dacl, account));
-    return true;
+    return ChangeResult::kDone;
 }
 
 }  // namespace
@@ -128,20 +129,33 @@ bool ChangeTarget(const Arguments& arguments, AccountRecord& account, const Targ
 bool RunAssign(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
                ConsoleMessages& messages) {
     std::optional<NewLists> lists;
+    bool allDone = true;
+    AccountRecord shown = account;
     const UniqueLibrary library = LoadAccessListLibrary(nullptr);
+    // The first object's list is made and written in one turn.
+    const auto makeAndWrite = [&](const HeldObject& first) {
+        ObjectSecurity object;
+        lists = MakeLists(arguments, account, first, object, library.get(), messages);
+        if (!lists) return ChangeResult::kFailed;
+        return GiveList(arguments, shown, targets.front(), first, object, library.get(), *lists, messages);
+    };
     messages.SetSubject(arguments.paths.front());
     // Of another object's list the others would become something else than was asked for.
     if (!targets.empty() && targets.front().argument == arguments.paths.front())
-        lists = MakeLists(arguments, account, targets.front(), library.get(), messages);
+        allDone = ChangeInTurn(targets.front(), makeAndWrite, messages);
     if (!lists) {
         messages.Say("nothing was changed, since all would get the list that is made of this one's");
         return false;
     }
-    bool allDone = true;
-    AccountRecord shown = account;
-    for (const Target& target : targets) {
+    for (const Target& target : std::span(targets).subspan(1)) {
         messages.SetSubject(target.argument);
-        allDone = ChangeTarget(arguments, shown, target, *lists, library.get(), messages) && allDone;
+        const auto write = [&](const HeldObject& held) {
+            ObjectSecurity object;
+            if (!ReadForChange(held, object, messages) || !MayReplace(LossesOf(object), arguments, messages))
+                return ChangeResult::kFailed;
+            return GiveList(arguments, shown, target, held, object, library.get(), *lists, messages);
+        };
+        allDone = ChangeInTurn(target, write, messages) && allDone;
     }
     Print(std::string(kNotConsidered) + '\n');
     return allDone;

@@ -10,29 +10,31 @@
 namespace permora {
 namespace {
 
-bool ChangeObject(const Arguments& arguments, const AccountRecord& account, const Target& target,
-                  HMODULE library, ConsoleMessages& messages) {
+ChangeResult ChangeObject(const Arguments& arguments, const AccountRecord& account, const Target& target,
+                          const HeldObject& held, HMODULE library, ConsoleMessages& messages) {
     ObjectSecurity object;
-    if (!ReadForChange(target, object, messages)) return false;
+    if (!ReadForChange(held, object, messages)) return ChangeResult::kFailed;
     const DaclInheritance inheritanceBefore = *object.inheritance;
     const Losses losses = LossesOf(object);
     std::string preview;
     if (arguments.dryRun) preview = StateText(target, "before", object, RemarksOn(object));
 
-    const EditResult result = EditObject(arguments, account, target, object, messages);
-    if (result != EditResult::kChanged) return result == EditResult::kNothingToDo;
-    if (!MayReplace(losses, arguments, messages)) return false;
+    const EntryPlace place = held.IsFolder() ? EntryPlace::kFolder : EntryPlace::kFile;
+    const EditResult result = EditObject(arguments, account, target, place, object, messages);
+    if (result == EditResult::kNothingToDo) return ChangeResult::kDone;
+    if (result != EditResult::kChanged || !MayReplace(losses, arguments, messages))
+        return ChangeResult::kFailed;
     DropOtherEntries(object.entries);
     const UniqueLocal<ACL> dacl = BuildWholeDacl(library, object.entries.Entries(), messages);
-    if (!dacl) return false;
-    if (!arguments.dryRun) return WriteDacl(target, object.inheritance, dacl.get(), messages);
+    if (!dacl) return ChangeResult::kFailed;
+    if (!arguments.dryRun) return WriteDacl(target, held, object, object.inheritance, dacl.get(), messages);
 
     object.dacl = dacl.get();
     const bool inheritsAnew =
         *object.inheritance != inheritanceBefore && arguments.inheritance == InheritanceChange::kOn;
     const std::vector<std::string> parentsPart = {"the entries that the parent hands down come to these"};
     Print(preview + StateText(target, "after", object, inheritsAnew ? parentsPart : RemarksOn(object)));
-    return true;
+    return ChangeResult::kDone;
 }
 
 }  // namespace
@@ -56,7 +58,10 @@ bool RunChange(const Arguments& arguments, const AccountRecord& account, const s
     bool allDone = true;
     for (const Target& target : targets) {
         messages.SetSubject(target.argument);
-        allDone = ChangeObject(arguments, account, target, library.get(), messages) && allDone;
+        const auto attempt = [&](const HeldObject& object) {
+            return ChangeObject(arguments, account, target, object, library.get(), messages);
+        };
+        allDone = ChangeInTurn(target, attempt, messages) && allDone;
     }
     return allDone;
 }

@@ -26,7 +26,8 @@ struct Answer {
 
 std::optional<Answer> Ask(const Target& target, AccountRecord& account, ConsoleMessages& messages) {
     Answer answer;
-    if (!ReadList(target, answer.object, messages)) return std::nullopt;
+    HeldObject held;
+    if (!FindTarget(target, held, messages) || !ReadList(held, answer.object, messages)) return std::nullopt;
     answer.remarks = RemarksOn(answer.object);
     if (answer.object.dacl == nullptr) return answer;
     DWORD rights = 0;

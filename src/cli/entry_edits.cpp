@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/api/errors.h"
 #include "security/access_rights.h"
 #include "security/entry_details.h"
 
@@ -112,16 +111,10 @@ EditResult EditEntries(const Arguments& arguments, const AccountRecord& account,
 }
 
 EditResult EditObject(const Arguments& arguments, const AccountRecord& account, const Target& target,
-                      ObjectSecurity& object, ConsoleMessages& messages) {
+                      EntryPlace place, ObjectSecurity& object, ConsoleMessages& messages) {
     if (arguments.command == Command::kInherit)
         return ChangeInheritance(arguments.inheritance, target, object, messages);
-    bool isFolder = false;
-    if (const DWORD error = AskIsFolder(target, isFolder); error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
-        return EditResult::kRefused;
-    }
-    return EditEntries(arguments, account, isFolder ? EntryPlace::kFolder : EntryPlace::kFile, object.dacl,
-                       object.entries, messages);
+    return EditEntries(arguments, account, place, object.dacl, object.entries, messages);
 }
 
 }  // namespace permora

@@ -22,8 +22,8 @@ enum class EntryPlace { kFolder, kFile, kShare };
 EditResult EditEntries(const Arguments& arguments, const AccountRecord& account, EntryPlace place, PACL dacl,
                        AccessEntryList& entries, ConsoleMessages& messages);
 
-// Applies one of these or inherit to the list of the target, whose folder is current.
+// Applies one of these or inherit to the list of the target, which is a folder or a file.
 EditResult EditObject(const Arguments& arguments, const AccountRecord& account, const Target& target,
-                      ObjectSecurity& object, ConsoleMessages& messages);
+                      EntryPlace place, ObjectSecurity& object, ConsoleMessages& messages);
 
 }  // namespace permora

@@ -1,16 +1,15 @@
 #include "cli/list_change.h"
 
-#include <array>
-
 #include "cli/listing.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
+#include "platform/api/errors.h"
 
 namespace permora {
 
-bool ReadForChange(const Target& target, ObjectSecurity& object, ConsoleMessages& messages) {
-    if (!ReadList(target, object, messages)) return false;
-    if (!object.inheritance) {
+bool ReadForChange(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages) {
+    if (!ReadList(object, security, messages)) return false;
+    if (!security.inheritance) {
         messages.Say("not changed: whether it inherits cannot be read");
         return false;
     }
@@ -62,14 +61,40 @@ UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> en
     return nullptr;
 }
 
-bool WriteDacl(const Target& target, std::optional<DaclInheritance> inheritance, PACL dacl,
-               ConsoleMessages& messages) {
-    const std::array<const char*, 1> names = {target.name.c_str()};
-    if (WriteObjectDacl(nullptr, names, inheritance, dacl).empty()) {
-        Print(PrintableText(target.argument) + ": changed\n");
-        return true;
+ChangeResult WriteDacl(const Target& target, const HeldObject& object, const ObjectSecurity& before,
+                       std::optional<DaclInheritance> inheritance, PACL dacl, ConsoleMessages& messages) {
+    FailuresBelow below;
+    const DWORD error =
+        object.WriteList(DaclWriteInformation(inheritance), dacl, before.descriptor.get(), below);
+    if (error == ERROR_REVISION_MISMATCH) return ChangeResult::kOutOfDate;
+    if (error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+        return ChangeResult::kFailed;
     }
-    messages.SayIfSilent("its access list cannot be written");
+    Print(PrintableText(target.argument) + ": changed\n");
+    if (below.count == 0) return ChangeResult::kDone;
+    messages.SetSubject(TypedPath(target, below.firstPath));
+    messages.SaySystemError(below.firstError);
+    messages.SetSubject(target.argument);
+    messages.Say("changed itself, but not everything below that inherits: " + std::to_string(below.count) +
+                 (below.count == 1 ? " object" : " objects") + " could not be reached or changed");
+    return ChangeResult::kFailed;
+}
+
+bool ChangeInTurn(const Target& target, const std::function<ChangeResult(const HeldObject&)>& attempt,
+                  ConsoleMessages& messages) {
+    constexpr int kAttempts = 5;
+    HeldObject object;
+    if (!FindTarget(target, object, messages)) return false;
+    if (object.TakeTurn() != ERROR_SUCCESS) {
+        messages.Say("not changed: another program of yours is still changing it");
+        return false;
+    }
+    for (int i = 0; i < kAttempts; ++i) {
+        const ChangeResult result = attempt(object);
+        if (result != ChangeResult::kOutOfDate) return result == ChangeResult::kDone;
+    }
+    messages.Say("not changed: another program changes it all the time");
     return false;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -19,7 +20,7 @@ namespace permora {
 // What answers false or null has said why.
 
 // As ReadList, for a list that is to be replaced.
-bool ReadForChange(const Target& target, ObjectSecurity& object, ConsoleMessages& messages);
+bool ReadForChange(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages);
 
 // What a list that was read would lose if it were replaced by one that this program builds.
 struct Losses {
@@ -40,9 +41,24 @@ void DropOtherEntries(AccessEntryList& entries);
 UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries,
                                 ConsoleMessages& messages);
 
-// Writes a list and says so. Without a choice of `inheritance` the object keeps its own.
-bool WriteDacl(const Target& target, std::optional<DaclInheritance> inheritance, PACL dacl,
-               ConsoleMessages& messages);
+// What became of one attempt to change an object.
+enum class ChangeResult {
+    kDone,
+    kFailed,
+    kOutOfDate,  // another program has changed the list since it was read; nothing was written nor said
+};
+
+// Writes a list in the place of the one that was read as `before`, and says so. Without a choice of
+// `inheritance` the object keeps its own. A failure below the object is told under the name of what failed,
+// and the object itself was changed then.
+ChangeResult WriteDacl(const Target& target, const HeldObject& object, const ObjectSecurity& before,
+                       std::optional<DaclInheritance> inheritance, PACL dacl, ConsoleMessages& messages);
+
+// Changes an object that is found for it: `attempt` reads it, edits what it has read and writes that. While
+// it is at work no other program of this user is; what other programs change in between is not lost, since
+// the attempt is made anew, a few times. False after a message.
+bool ChangeInTurn(const Target& target, const std::function<ChangeResult(const HeldObject&)>& attempt,
+                  ConsoleMessages& messages);
 
 // An object before or after a change, under a line that names it.
 std::string StateText(const Target& target, const char* moment, ObjectSecurity& object,

@@ -8,12 +8,8 @@
 
 namespace permora {
 
-bool ReadList(const Target& target, ObjectSecurity& object, ConsoleMessages& messages) {
-    if (const DWORD error = EnterFolder(target); error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
-        return false;
-    }
-    if (ReadObjectDacl(nullptr, target.name.c_str(), target.place, object)) return true;
+bool ReadList(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages) {
+    if (ReadObjectDacl(nullptr, object, security)) return true;
     messages.SayIfSilent("its access list cannot be read");
     return false;
 }

@@ -11,8 +11,8 @@
 
 namespace permora {
 
-// Makes the target's folder current and reads its list; false after a message.
-bool ReadList(const Target& target, ObjectSecurity& object, ConsoleMessages& messages);
+// Reads the list of a target that was found; false after a message.
+bool ReadList(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages);
 
 // What must be known about a list beside its rows, a sentence each: that there is none, that it is empty, out
 // of order, or holds entries that no row shows.

@@ -31,7 +31,8 @@ namespace {
 
 // The targets of all arguments, found while the current directory is still the user's own. One that means
 // nothing is named and left out.
-std::vector<Target> FindTargets(const std::vector<std::string>& paths, ConsoleMessages& messages) {
+std::vector<Target> FindTargets(const std::vector<std::string>& paths, Command command,
+                                ConsoleMessages& messages) {
     auto start = std::make_shared<FolderHandle>();
     if (FolderHandle::OpenCurrent(*start) != ERROR_SUCCESS) start.reset();
     std::vector<Target> targets;
@@ -41,6 +42,8 @@ std::vector<Target> FindTargets(const std::vector<std::string>& paths, ConsoleMe
         if (IsAmbiguousArgument(path.c_str())) {
             messages.Say("a file here is called so: write ./ before its name, or the path as /folder/file");
         } else if (const DWORD error = MakeTarget(path, start, target); error == ERROR_SUCCESS) {
+            // What is shredded is held by who does it: nobody may have it open then.
+            if (command != Command::kShred) RememberTarget(target);
             targets.push_back(std::move(target));
         } else {
             messages.SaySystemError(error);
@@ -77,7 +80,7 @@ int Run(const Arguments& arguments) {
             return kExitUsage;
         }
     }
-    const std::vector<Target> targets = FindTargets(arguments.paths, messages);
+    const std::vector<Target> targets = FindTargets(arguments.paths, arguments.command, messages);
     bool allDone = targets.size() == arguments.paths.size();
     if (arguments.command == Command::kReset && !ConfirmReset(arguments, targets, messages))
         return kExitUsage;

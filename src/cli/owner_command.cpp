@@ -11,9 +11,9 @@
 namespace permora {
 namespace {
 
-bool ShowOwner(const Target& target, ConsoleMessages& messages) {
+bool ShowOwner(const Target& target, const HeldObject& object, ConsoleMessages& messages) {
     AccountRecord owner;
-    const DWORD error = ReadObjectOwner(target.name.c_str(), owner);
+    const DWORD error = ReadObjectOwner(object, owner);
     if (error != ERROR_SUCCESS) {
         messages.SaySystemError(error);
         return false;
@@ -24,32 +24,33 @@ bool ShowOwner(const Target& target, ConsoleMessages& messages) {
 }
 
 // A failure has been told.
-bool DoTarget(const Target& target, PSID newOwner, ConsoleMessages& messages) {
-    DWORD error = EnterFolder(target);
-    if (error == ERROR_SUCCESS && newOwner != nullptr)
-        error = WriteObjectOwner(target.name.c_str(), newOwner);
-    if (error == ERROR_SUCCESS) return ShowOwner(target, messages);
+bool DoTarget(const Target& target, const HeldObject& object, PSID newOwner, ConsoleMessages& messages) {
+    const DWORD error = newOwner != nullptr ? object.WriteOwner(newOwner) : ERROR_SUCCESS;
+    if (error == ERROR_SUCCESS) return ShowOwner(target, object, messages);
     messages.SaySystemError(error);
     return false;
 }
 
-// The answer for a file or a link, which is no failure of the walk. What does not exist was told before.
-bool HasNothingBelow(DWORD error) {
-    return error == ERROR_DIRECTORY || error == ERROR_CANT_RESOLVE_FILENAME ||
-           error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
-
-// Everything below the folders among the targets. The progress tells each failure.
-void SetTrees(PSID newOwner, const std::vector<Target>& targets, TreeProgress& progress, TreeCounts& counts) {
-    for (const Target& target : targets) {
-        if (IsInterrupted()) return;
-        progress.SetTarget(target);
-        DWORD error = EnterFolder(target);
-        if (error == ERROR_SUCCESS) error = SetOwnersBelow(target.name.c_str(), newOwner, progress, counts);
-        if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED || HasNothingBelow(error)) continue;
+// Everything below the folders among the targets. Each is found again: the trees before it may have taken
+// long. False when one was not; the progress tells all other failures.
+bool SetTrees(PSID newOwner, const std::vector<const Target*>& folders, TreeProgress& progress,
+              TreeCounts& counts, ConsoleMessages& messages) {
+    bool allFound = true;
+    for (const Target* target : folders) {
+        if (IsInterrupted()) break;
+        HeldObject folder;
+        messages.SetSubject(target->argument);
+        if (!FindTarget(*target, folder, messages)) {
+            allFound = false;
+            continue;
+        }
+        progress.SetTarget(*target);
+        const DWORD error = folder.SetOwnersBelow(newOwner, progress, counts);
+        if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED) continue;
         ++counts.passedOver;
-        progress.PassOver(target.name, error);
+        progress.PassOver("", error);
     }
+    return allFound;
 }
 
 }  // namespace
@@ -62,9 +63,13 @@ bool RunOwner(const Arguments& arguments, const AccountRecord& account, const st
         if (const UniqueHandle token = OpenOwnToken()) EnableTakeOwnership(token.get());
     }
     bool allDone = true;
+    std::vector<const Target*> folders;
     for (const Target& target : targets) {
+        HeldObject object;
         messages.SetSubject(target.argument);
-        allDone = DoTarget(target, newOwner, messages) && allDone;
+        const bool isFound = FindTarget(target, object, messages);
+        if (isFound && object.IsFolder()) folders.push_back(&target);
+        allDone = isFound && DoTarget(target, object, newOwner, messages) && allDone;
     }
     if (!arguments.tree) return allDone;
 
@@ -72,7 +77,7 @@ bool RunOwner(const Arguments& arguments, const AccountRecord& account, const st
     TreeCounts counts;
     {
         TreeProgress progress(arguments, messages);
-        SetTrees(newOwner, targets, progress, counts);
+        allDone = SetTrees(newOwner, folders, progress, counts, messages) && allDone;
     }
     PrintCounts(counts, false);
     if (IsInterrupted()) SayInterrupted(messages);

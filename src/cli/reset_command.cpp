@@ -1,14 +1,12 @@
 #include "cli/reset_command.h"
 
 #include <algorithm>
-#include <array>
 
 #include "cli/consent.h"
 #include "cli/listing.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
-#include "platform/api/files.h"
-#include "security/tree_apply.h"
+#include "security/empty_list.h"
 
 namespace permora {
 namespace {
@@ -19,21 +17,21 @@ bool HandsAnythingDown(const AccessEntryList& entries) {
     });
 }
 
-// Whether what is below the target may be reset; says why not.
-bool MayReset(const Arguments& arguments, const Target& target, ConsoleMessages& messages) {
-    bool isFolder = false;
-    DWORD error = EnterFolder(target);
-    if (error == ERROR_SUCCESS) error = AskIsFolder(target, isFolder);
-    if (error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
-        return false;
-    }
-    if (!isFolder) {
+// Whether what is below the target may be reset; says why not. It is found again: the user may have thought
+// for long about the question.
+bool MayReset(const Arguments& arguments, const Target& target, HeldObject& folder,
+              ConsoleMessages& messages) {
+    ObjectSecurity object;
+    if (!FindTarget(target, folder, messages)) return false;
+    if (!folder.IsFolder()) {
         messages.Say("not reset: it is no folder, so nothing is below it");
         return false;
     }
-    ObjectSecurity object;
-    if (!ReadList(target, object, messages)) return false;
+    if (!arguments.dryRun && folder.TakeTurn() != ERROR_SUCCESS) {
+        messages.Say("not reset: another program of yours is still changing it");
+        return false;
+    }
+    if (!ReadList(folder, object, messages)) return false;
     if (arguments.emptyLists || HandsAnythingDown(object.entries)) return true;
     messages.Say(
         "not reset: it hands no entries down, so afterwards nobody would have access to what is below it "
@@ -54,27 +52,32 @@ bool ConfirmReset(const Arguments& arguments, const std::vector<Target>& targets
 
 bool RunReset(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
     WatchForInterrupts();
+    const UniqueLocal<ACL> list = MakeEmptyList(nullptr);
+    if (!list) return false;
     const TreeListMode mode = arguments.dryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite;
     TreeCounts counts;
     bool allDone = true;
-    TreeApplyResult result = TreeApplyResult::kDone;
     {
         TreeProgress observer(arguments, messages);
         for (const Target& target : targets) {
-            if (IsInterrupted() || result != TreeApplyResult::kDone) break;
+            if (IsInterrupted()) break;
+            HeldObject folder;
             messages.SetSubject(target.argument);
-            if (!MayReset(arguments, target, messages)) {
+            if (!MayReset(arguments, target, folder, messages)) {
                 allDone = false;
                 continue;
             }
             observer.SetTarget(target);
-            const std::array<const char*, 1> names = {target.name.c_str()};
-            result = ApplyToTrees(nullptr, names, mode, observer, counts);
+            const DWORD error = folder.SetListsBelow(list.get(), mode, observer, counts);
+            if (error != ERROR_SUCCESS && error != ERROR_OPERATION_ABORTED) {
+                ++counts.passedOver;
+                observer.PassOver("", error);
+            }
         }
     }
     PrintCounts(counts, arguments.dryRun);
     if (IsInterrupted()) SayInterrupted(messages);
-    return allDone && !IsInterrupted() && result == TreeApplyResult::kDone && counts.passedOver == 0;
+    return allDone && !IsInterrupted() && counts.passedOver == 0;
 }
 
 }  // namespace permora

@@ -14,7 +14,7 @@ namespace {
 // Everything that is shown of one object.
 struct ShownObject {
     ObjectSecurity security;
-    UniqueLocal<void> whole;  // owner, group, DACL and what else was asked for in one descriptor
+    ReadParts whole;  // owner, group, DACL and what else was asked for in one descriptor
     std::string owner;
 };
 
@@ -22,18 +22,16 @@ struct ShownObject {
 std::optional<ShownObject> ReadObject(const Target& target, SECURITY_INFORMATION parts,
                                       ConsoleMessages& messages) {
     ShownObject object;
-    if (!ReadList(target, object.security, messages)) return std::nullopt;
-    PSID owner = nullptr;
-    PSECURITY_DESCRIPTOR whole = nullptr;
-    const DWORD error = GetNamedSecurityInfoA(target.name.c_str(), SE_FILE_OBJECT, parts, &owner, nullptr,
-                                              nullptr, nullptr, &whole);
+    HeldObject held;
+    if (!FindTarget(target, held, messages) || !ReadList(held, object.security, messages))
+        return std::nullopt;
+    const DWORD error = held.ReadSecurity(parts, object.whole);
     if (error != ERROR_SUCCESS) {
         messages.SaySystemError(error);
         return std::nullopt;
     }
-    object.whole.reset(whole);
     AccountRecord account;
-    if (account.SetSid(owner)) object.owner = AccountDisplayName(account);
+    if (account.SetSid(object.whole.owner)) object.owner = AccountDisplayName(account);
     return object;
 }
 
@@ -73,7 +71,7 @@ bool RunShow(const Arguments& arguments, const std::vector<Target>& targets, Con
                 separator = "\n";
                 break;
             case ShowFormat::kSddl:
-                allRead = PrintDescriptor(object->whole.get(), parts,
+                allRead = PrintDescriptor(object->whole.descriptor.get(), parts,
                                           arguments.paths.size() > 1 ? target.argument : "", messages) &&
                           allRead;
                 break;

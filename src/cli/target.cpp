@@ -14,6 +14,8 @@ namespace {
 // "C:\": the three characters before which no further part of a path stands.
 constexpr std::size_t kDriveRootLength = 3;
 
+constexpr const char* kFolderAbove = "..\\";
+
 DWORD FullPath(const std::string& path, std::string& full) {
     std::string buffer;
     DWORD length = GetFullPathNameA(path.c_str(), 0, nullptr, nullptr);
@@ -25,6 +27,15 @@ DWORD FullPath(const std::string& path, std::string& full) {
     if (length == 0) return GetLastError();
     buffer.resize(length);
     full = std::move(buffer);
+    return ERROR_SUCCESS;
+}
+
+// A link to a folder is none.
+DWORD AskIsFolder(const Target& target, bool& isFolder) {
+    const DWORD attributes = GetFileAttributesA(target.name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) return GetLastError();
+    isFolder =
+        (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
     return ERROR_SUCCESS;
 }
 
@@ -57,10 +68,36 @@ DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const Folder
     const std::optional<std::string> below = PathBelowCurrent(argument.c_str());
     if (below && start) {
         made.start = start;
-        made.folderFromStart = below->empty() ? "..\\" : below->substr(0, below->rfind('\\') + 1);
+        made.folderFromStart = below->empty() ? kFolderAbove : below->substr(0, below->rfind('\\') + 1);
     }
     target = std::move(made);
     return ERROR_SUCCESS;
+}
+
+void RememberTarget(Target& target) {
+    // What was typed may be the folder itself ("."): that has a name only in the folder above.
+    const bool isStart = target.start && target.folderFromStart == kFolderAbove;
+    if (isStart) {
+        target.object = RememberedObject(target.start, "");
+    } else if (target.start) {
+        target.object = RememberedObject(target.start, target.folderFromStart + target.name);
+    } else {
+        target.object = RememberedObject(nullptr, target.folder + target.name);
+    }
+}
+
+bool FindTarget(const Target& target, HeldObject& object, ConsoleMessages& messages) {
+    HeldObject found;
+    DWORD error = target.object.Find(found);
+    if (error == ERROR_SUCCESS && target.endsWithSeparator && !found.IsFolder()) error = ERROR_DIRECTORY;
+    if (error == ERROR_FILE_INVALID) {
+        messages.Say("left alone: another object has this name by now");
+    } else if (error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+    } else {
+        object = std::move(found);
+    }
+    return error == ERROR_SUCCESS;
 }
 
 DWORD EnterFolder(const Target& target) {
@@ -85,14 +122,6 @@ std::string TypedPath(const Target& target, const std::string& below) {
     std::replace(rest.begin(), rest.end(), '\\', separator);
     const bool endsWithSeparator = typed.find_last_of("/\\") + 1 == typed.size();
     return typed + (endsWithSeparator ? "" : std::string(1, separator)) + rest;
-}
-
-DWORD AskIsFolder(const Target& target, bool& isFolder) {
-    const DWORD attributes = GetFileAttributesA(target.name.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) return GetLastError();
-    isFolder =
-        (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
-    return ERROR_SUCCESS;
 }
 
 }  // namespace permora

@@ -66,10 +66,10 @@ bool TreeProgress::Begin(const char* name) {
 }
 
 void TreeProgress::PassOver(const std::string& path, DWORD error) {
-    const bool isTarget = path == target->name;
+    const bool isTarget = path.empty();
     if (!isTarget && !arguments.verbose) return;
     progress.Clear();
-    messages.SetSubject(TypedPath(*target, path.substr(target->name.size())));
+    messages.SetSubject(TypedPath(*target, path));
     messages.SaySystemError(error);
 }
 

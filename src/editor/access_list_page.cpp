@@ -139,6 +139,12 @@ void AccessListPage::MarkChanged() {
     changed = true;
 }
 
+void AccessListPage::ReadAnew() {
+    if (!names.empty()) ReadFirstItem();
+    SetModified(false);
+    changed = false;
+}
+
 bool AccessListPage::OnApply() {
     return (!changed || Apply()) && CPropertyPage::OnApply();
 }

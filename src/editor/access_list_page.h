@@ -42,6 +42,8 @@ class AccessListPage : public CPropertyPage {
     void OnEdit();
     void RenderRows();
     void MarkChanged();
+    // Forgets the edits and shows what the first item has by now.
+    void ReadAnew();
 
     bool IsChecked(unsigned int id) const;
     void SetCheck(unsigned int id, bool checked);

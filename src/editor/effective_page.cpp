@@ -7,6 +7,7 @@
 #include "resources/resource_ids.h"
 #include "security/effective_rights.h"
 #include "security/message_boxes.h"
+#include "security/object_security.h"
 
 namespace permora {
 namespace {
@@ -49,18 +50,17 @@ void CPage4::OnChangeAccount() {
 }
 
 bool CPage4::ShowRights() {
-    if (objectName.empty()) return true;
-    PACL dacl = nullptr;
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    DWORD error = GetNamedSecurityInfoA(objectName.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
-                                        nullptr, nullptr, &dacl, nullptr, &descriptor);
-    const UniqueLocal<void> owned(descriptor);
-    if (error == ERROR_SUCCESS && dacl == nullptr) {
+    if (items.empty()) return true;
+    HeldObject object;
+    ReadParts parts;
+    if (!FindItem(GetSafeHwnd(), items.front(), object)) return false;
+    DWORD error = object.ReadSecurity(DACL_SECURITY_INFORMATION, parts);
+    if (error == ERROR_SUCCESS && parts.dacl == nullptr) {
         ShowInfoBox(GetSafeHwnd(), "Object's access control list is null (All access is allowed always)");
         return false;
     }
     DWORD rights = 0;
-    if (error == ERROR_SUCCESS) error = FindEffectiveRights(dacl, account.sid.get(), rights);
+    if (error == ERROR_SUCCESS) error = FindEffectiveRights(parts.dacl, account.sid.get(), rights);
     if (error == ERROR_NONE_MAPPED) {
         ShowErrorBox(GetSafeHwnd(), AsSentence(UnknownGroupsText(account)).c_str());
         return false;
@@ -73,7 +73,7 @@ bool CPage4::ShowRights() {
     for (const AccessRight& right : kAccessRights)
         RightsList().SetCheck(row++, IsEffective(right, rights));
     std::string remarks;
-    for (const std::string& remark : RemarksOnRights(dacl, account, rights))
+    for (const std::string& remark : RemarksOnRights(parts.dacl, account, rights))
         remarks += (remarks.empty() ? "" : " ") + AsSentence(remark);
     RequiredControl<CWnd>(*this, IDC_EFFECTIVE_REMARK).SetWindowText(remarks);
     return true;

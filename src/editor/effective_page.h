@@ -1,10 +1,11 @@
 // CPage4: which rights the first selected item's access list leaves to an account.
 #pragma once
 
-#include <string>
+#include <span>
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
+#include "platform/held_object.h"
 #include "security/account_record.h"
 
 namespace permora {
@@ -13,8 +14,8 @@ class CPage4 : public CPropertyPage {
   public:
     CPage4();
 
-    // The item to look at, set before the sheet is shown; relative to the current directory.
-    std::string objectName;
+    // Set before the sheet is shown and borrowed while it runs; the first is the one to look at.
+    std::span<const RememberedObject> items;
 
   protected:
     bool OnInitDialog() override;

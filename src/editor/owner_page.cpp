@@ -8,10 +8,11 @@
 #include "framework/long_work.h"
 #include "framework/stoppable_work.h"
 #include "platform/api/errors.h"
-#include "platform/tree_security.h"
 #include "resources/resource_ids.h"
+#include "security/item_walk.h"
 #include "security/message_boxes.h"
 #include "security/object_owner.h"
+#include "security/object_security.h"
 #include "security/owner_candidates.h"
 
 namespace permora {
@@ -23,26 +24,35 @@ constexpr int kColumnWidth = 500;
 class QuietWalk : public TreeObserver {
   public:
     bool Begin(const char* /*name*/) override { return !isStopped; }
-    void PassOver(const std::string& /*path*/, DWORD /*error*/) override {}
+    void PassOver(const std::string& path, DWORD error) override { mounts.PassOver(path, error); }
+
+    MountedFolders mounts;
 
   private:
     std::atomic<bool> isStopped = false;  // the program ends
     const StoppableWork stoppable{[this] { isStopped = true; }};
 };
 
-void ApplyToItems(HWND window, std::span<const char* const> names, PSID newOwner) {
-    for (const char* name : names) {
-        const DWORD error = WriteObjectOwner(name, newOwner);
+void ApplyToItems(HWND window, std::span<const RememberedObject> items, PSID newOwner) {
+    for (const RememberedObject& item : items) {
+        HeldObject object;
+        if (!FindItem(window, item, object)) continue;
+        const DWORD error = object.WriteOwner(newOwner);
         if (error != ERROR_SUCCESS) ShowSystemErrorBox(window, error);
     }
 }
 
 // A file has nothing below it, and a folder that cannot be entered keeps its contents as they are.
-void ApplyBelow(std::span<const char* const> names, PSID newOwner) {
+void ApplyBelow(HWND window, std::span<const RememberedObject> items, PSID newOwner) {
     QuietWalk walk;
     TreeCounts counts;
-    for (const char* name : names)
-        static_cast<void>(SetOwnersBelow(name, newOwner, walk, counts));
+    for (const RememberedObject& item : items) {
+        HeldObject folder;
+        walk.mounts.SetItem(item.Path());
+        if (FindFolder(window, item, folder))
+            static_cast<void>(folder.SetOwnersBelow(newOwner, walk, counts));
+    }
+    walk.mounts.Tell(window);
 }
 
 }  // namespace
@@ -78,12 +88,14 @@ void CPage3::Fill() {
     list.DeleteAllItems();
     for (AccountRecord& candidate : candidates)
         list.InsertItem(list.GetItemCount(), AccountDisplayName(candidate));
-    if (!names.empty()) ShowOwner();
+    if (!items.empty()) ShowOwner();
 }
 
 void CPage3::ShowOwner() {
+    HeldObject object;
     AccountRecord found;
-    const DWORD error = ReadObjectOwner(names.front(), found);
+    DWORD error = items.front().Find(object);
+    if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, found);
     if (error != ERROR_SUCCESS) {
         ShowErrorWithSystemText(GetSafeHwnd(), "Cannot get owner information", error);
         return;
@@ -111,8 +123,8 @@ bool CPage3::OnApply() {
 
 void CPage3::Apply(PSID newOwner) {
     DoLongWork(*this, [this, newOwner, window = GetSafeHwnd(), isForTrees = TreeBox().IsChecked()] {
-        ApplyToItems(window, names, newOwner);
-        if (isForTrees) ApplyBelow(names, newOwner);
+        ApplyToItems(window, items, newOwner);
+        if (isForTrees) ApplyBelow(window, items, newOwner);
     });
     TreeBox().SetCheck(CheckState::kClear);
     Fill();

@@ -6,6 +6,7 @@
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
+#include "platform/held_object.h"
 #include "security/account_record.h"
 
 namespace permora {
@@ -14,9 +15,8 @@ class CPage3 : public CPropertyPage {
   public:
     CPage3();
 
-    // Set before the sheet is shown. The names are borrowed while it runs and stand relative to the current
-    // directory.
-    std::span<const char* const> names;
+    // Set before the sheet is shown and borrowed while it runs.
+    std::span<const RememberedObject> items;
 
   protected:
     bool OnInitDialog() override;

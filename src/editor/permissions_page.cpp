@@ -30,8 +30,9 @@ const MessageMap& CPage1::GetMessageMap() const {
 CPage1::CPage1() : AccessListPage(IDD_PERMISSIONS_PAGE, EditScopes::kAll) {}
 
 bool CPage1::ReadItem(const char* name) {
-    const ItemPlace place = drivesMode ? ItemPlace::kDriveRoot : ItemPlace::kCurrentDirectory;
-    if (!ReadObjectDacl(GetSafeHwnd(), name, place, object)) return false;
+    HeldObject held;
+    if (!FindItem(GetSafeHwnd(), items.front(), held)) return false;
+    if (!ReadObjectDacl(GetSafeHwnd(), held, object)) return false;
     ShowInheritance();
     Enable({IDC_REPLACE_CHILD_ENTRIES}, IsFolder(name));
     return true;
@@ -65,13 +66,18 @@ void CPage1::OnInheritanceClicked() {
 bool CPage1::WriteItems(PACL dacl) {
     const DaclInheritance inheritance =
         IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
+    ItemsWritten written = ItemsWritten::kAll;
     // It is carried to all that inherits below.
-    DoLongWork(*this, [this, window = GetSafeHwnd(), inheritance, dacl] {
-        WriteObjectDacl(window, names, inheritance, dacl);
+    DoLongWork(*this, [&, window = GetSafeHwnd()] {
+        written = WriteListToItems(window, items, inheritance, {dacl, dacl}, object.descriptor.get());
     });
+    if (written == ItemsWritten::kReadAnew) {
+        ReadAnew();
+        return false;
+    }
     if (IsChecked(IDC_REPLACE_CHILD_ENTRIES)) {
         ApplyDlg dialog(this);
-        dialog.names = names;
+        dialog.items = items;
         dialog.DoModal();
         SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
     }

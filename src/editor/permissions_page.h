@@ -6,12 +6,13 @@
 
 namespace permora {
 
-// The names stand relative to the current directory.
 class CPage1 : public AccessListPage {
   public:
     CPage1();
 
-    bool drivesMode = false;  // the items are drive roots; set before the sheet is shown
+    // Set before the sheet is shown.
+    std::span<const RememberedObject> items;  // what `names` lead to; borrowed while the sheet runs
+    bool drivesMode = false;                  // they are drive roots
 
   protected:
     bool ReadItem(const char* name) override;
@@ -23,7 +24,7 @@ class CPage1 : public AccessListPage {
     void OnInheritanceClicked();
     void ShowInheritance();
 
-    ObjectSecurity object;
+    ObjectSecurity object;  // as read last; its entries as edited since
 };
 
 }  // namespace permora

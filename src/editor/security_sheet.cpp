@@ -10,11 +10,13 @@ void CPSheet::SetUp(CWnd* owner) {
 }
 
 void CPSheet::SetItems(std::span<const char* const> names, bool drivesMode) {
+    items = RememberItems(names, drivesMode ? ItemPlace::kDriveRoot : ItemPlace::kCurrentDirectory);
     SetTitle(std::string("Security Editor - ") + names.front());
     permissionsPage.names = names;
+    permissionsPage.items = items;
     permissionsPage.drivesMode = drivesMode;
-    ownerPage.names = names;
-    effectivePage.objectName = names.front();
+    ownerPage.items = items;
+    effectivePage.items = items;
 }
 
 bool CPSheet::OnInitDialog() {

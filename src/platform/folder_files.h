@@ -15,6 +15,8 @@
 
 namespace permora {
 
+class HeldObject;
+
 enum class FolderEntryKind {
     kFile,
     kFolder,
@@ -95,6 +97,11 @@ class FolderHandle {
 
     // Of the volume that holds the folder.
     DWORD BytesPerSector(DWORD& bytes) const;
+
+    // Holds what stands below this folder at `path`, for its descriptor (held_object.h): a bare name, several
+    // with backslashes between them, or nothing for the folder itself. Links on the way are
+    // followed as the system does, the last name never. Nothing of the folder is needed afterwards.
+    DWORD HoldObject(const std::string& path, HeldObject& object) const;
 
     // Holds a file, never through a link (ERROR_CANT_RESOLVE_FILENAME). The folder must outlive `file`.
     DWORD HoldFile(const std::string& name, FileHandle& file) const;

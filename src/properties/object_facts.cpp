@@ -146,8 +146,10 @@ DWORD ReadObjectFacts(const std::string& path, ObjectFacts& facts) {
 }
 
 std::string OwnerText(const std::string& path) {
+    HeldObject object;
     AccountRecord owner;
-    const DWORD error = ReadObjectOwner(path.c_str(), owner);
+    DWORD error = HeldObject::Hold(path, object);
+    if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, owner);
     if (error != ERROR_SUCCESS) return SystemMessageLine(error);
     return owner.sid ? AccountDisplayName(owner) : "none";
 }

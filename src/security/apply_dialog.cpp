@@ -1,17 +1,17 @@
 #include "security/apply_dialog.h"
 
-#include <string>
-
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
+#include "security/empty_list.h"
+#include "security/item_walk.h"
 #include "security/message_boxes.h"
-#include "security/tree_apply.h"
 
 namespace permora {
 namespace {
 
-// Shows each object's bare name. What cannot be changed is passed over in silence.
+// Shows each object's bare name. What cannot be changed is passed over in silence, but for what is mounted:
+// that is a tree of its own, and who resets a tree may think that it belongs to it.
 class StatusObserver : public TreeObserver {
   public:
     StatusObserver(CStatic& field, const std::atomic<bool>& stop) : status(field), isStopped(stop) {}
@@ -21,7 +21,9 @@ class StatusObserver : public TreeObserver {
         status.RedrawWindow();
         return !isStopped;
     }
-    void PassOver(const std::string& /*path*/, DWORD /*error*/) override {}
+    void PassOver(const std::string& path, DWORD error) override { mounts.PassOver(path, error); }
+
+    MountedFolders mounts;
 
   private:
     CStatic& status;
@@ -57,10 +59,18 @@ void ApplyDlg::OnDestroy() {
 }
 
 void ApplyDlg::Apply(HWND window, CStatic& status) {
+    const UniqueLocal<ACL> list = MakeEmptyList(window);
     StatusObserver observer(status, isStopped);
     TreeCounts counts;
-    const TreeApplyResult result = ApplyToTrees(window, names, TreeListMode::kWrite, observer, counts);
-    EndDialog(result == TreeApplyResult::kDone ? IDOK : kCannotStart);
+    for (const RememberedObject& item : list ? items : std::span<const RememberedObject>()) {
+        if (isStopped) break;
+        HeldObject folder;
+        observer.mounts.SetItem(item.Path());
+        if (!FindFolder(window, item, folder)) continue;
+        static_cast<void>(folder.SetListsBelow(list.get(), TreeListMode::kWrite, observer, counts));
+    }
+    if (list) observer.mounts.Tell(window);
+    EndDialog(list ? IDOK : kCannotStart);
 }
 
 }  // namespace permora

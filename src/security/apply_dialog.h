@@ -6,7 +6,7 @@
 
 #include "framework/dialog.h"
 #include "framework/worker_thread.h"
-#include "platform/tree_security.h"
+#include "platform/held_object.h"
 
 namespace permora {
 
@@ -18,9 +18,8 @@ class ApplyDlg : public CDialog {
 
     explicit ApplyDlg(CWnd* ownerWindow);
 
-    // The selected items, relative to the current directory; those that are no folders are passed over.
-    // Borrowed: names and array must outlive DoModal.
-    std::span<const char* const> names;
+    // The selected items; those that are no folders are passed over. Borrowed until DoModal returns.
+    std::span<const RememberedObject> items;
 
   protected:
     bool OnInitDialog() override;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "security/message_boxes.h"
 
@@ -120,15 +121,16 @@ std::vector<AccessEntry> AccountRights::Entries(ItemKind kind) const {
     return entries;
 }
 
-bool LoadAccountsFromItem(HWND owner, LPCSTR name, ItemPlace place, AccountRights& rights) {
+bool LoadAccountsFromItem(HWND owner, const HeldObject& item, AccountRights& rights, ReadParts& list) {
     rights.LoadFromDacl(nullptr);
-    ObjectDacl object;
-    if (!ReadListOfObject(owner, name, place, HiddenVolume::kFail, object)) return false;
-    if (object.dacl == nullptr) {
+    ReadParts read;
+    if (!ReadListOfObject(owner, item, HiddenVolume::kFail, read)) return false;
+    if (read.dacl == nullptr) {
         ShowInfoBox(owner, "Object's access control list is null (All access is allowed)");
         return false;
     }
-    rights.LoadFromDacl(object.dacl);
+    rights.LoadFromDacl(read.dacl);
+    list = std::move(read);
     return true;
 }
 

@@ -94,8 +94,9 @@ class AccountRights {
     std::array<bool, kRights> boxes{};
 };
 
-// Reads the accounts of an item. False after a message box, and without accounts, when its list cannot be
-// read or it has none.
-[[nodiscard]] bool LoadAccountsFromItem(HWND owner, LPCSTR name, ItemPlace place, AccountRights& rights);
+// Reads the accounts of an item; `list` is what they were read from. False after a message box, and without
+// accounts, when its list cannot be read or it has none.
+[[nodiscard]] bool LoadAccountsFromItem(HWND owner, const HeldObject& item, AccountRights& rights,
+                                        ReadParts& list);
 
 }  // namespace permora

@@ -20,12 +20,6 @@ constexpr const char* kNotice =
     "Security Wizard can display information only about one selected item but will apply settings to all "
     "selected items (first selceted item information will be displayed)";
 
-bool IsFolder(LPCSTR path) {
-    const DWORD attributes = GetFileAttributesA(path);
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
-           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
-}
-
 }  // namespace
 
 const MessageMap& CWizardPage3::GetMessageMap() const {
@@ -70,7 +64,7 @@ void CWizardPage3::SetUpList(unsigned int id, int width, ListStyle style) {
 }
 
 void CWizardPage3::ShowNotice() {
-    if (names.size() <= 1 || showIntermediateInfo == nullptr || *showIntermediateInfo == 0) return;
+    if (items.size() <= 1 || showIntermediateInfo == nullptr || *showIntermediateInfo == 0) return;
     CInfoDlg1 notice(this);
     notice.showIntermediateInfo = showIntermediateInfo;
     notice.text = kNotice;
@@ -78,13 +72,17 @@ void CWizardPage3::ShowNotice() {
 }
 
 bool CWizardPage3::OnSetActive() {
+    ShowItem();
+    return CPropertyPage::OnSetActive();
+}
+
+void CWizardPage3::ShowItem() {
     Sheet()->SetWizardButtons(kCannotFinish);
-    isRead = !names.empty() && LoadAccounts();
+    isRead = !items.empty() && LoadAccounts();
     // Without the first item's list there is nothing that could be meant for all.
     if (isRead) Sheet()->SetWizardButtons(WizardButtons::kBack | WizardButtons::kFinish);
     const std::string losses = LossesRemark(rights.OtherTypeCount(), rights.UnacceptableCount());
     if (!losses.empty()) ShowInfoBox(GetSafeHwnd(), losses.c_str());
-    return CPropertyPage::OnSetActive();
 }
 
 bool CWizardPage3::LoadAccounts() {
@@ -93,8 +91,10 @@ bool CWizardPage3::LoadAccounts() {
     Enable({IDC_WIZARD_ACCOUNTS, IDC_WIZARD_RIGHTS, IDC_COMBINATIONS, IDC_WIZARD_ADD_ACCOUNT,
             IDC_WIZARD_REMOVE_ACCOUNT},
            false);
-    const ItemPlace place = drivesMode ? ItemPlace::kDriveRoot : ItemPlace::kCurrentDirectory;
-    const bool hasList = LoadAccountsFromItem(GetSafeHwnd(), names.front(), place, rights);
+    HeldObject item;
+    rights.LoadFromDacl(nullptr);
+    const bool hasList = FindItem(GetSafeHwnd(), items.front(), item) &&
+                         LoadAccountsFromItem(GetSafeHwnd(), item, rights, shown);
     ShowBoxes();
     if (!hasList) return false;
     const std::size_t count = rights.Accounts().size();
@@ -206,10 +206,15 @@ bool CWizardPage3::OnWizardFinish() {
     const UniqueLocal<ACL> forFolders = build(ItemKind::kFolder);
     const UniqueLocal<ACL> forFiles = forFolders ? build(ItemKind::kFile) : nullptr;
     if (!forFiles) return false;
-    DoLongWork(*this, [this, window = GetSafeHwnd(), folders = forFolders.get(), files = forFiles.get()] {
-        for (const char* const& name : names)
-            WriteObjectDacl(window, {&name, 1}, std::nullopt, IsFolder(name) ? folders : files);
+    ItemsWritten written = ItemsWritten::kAll;
+    DoLongWork(*this, [&, window = GetSafeHwnd()] {
+        written = WriteListToItems(window, items, std::nullopt, {forFolders.get(), forFiles.get()},
+                                   shown.descriptor.get());
     });
+    if (written == ItemsWritten::kReadAnew) {
+        ShowItem();
+        return false;
+    }
     return CPropertyPage::OnWizardFinish();
 }
 

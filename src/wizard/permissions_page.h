@@ -19,10 +19,8 @@ class CWizardPage3 : public CPropertyPage {
     // Ends the program, after the system's message, when "advapi32.dll" cannot be loaded.
     CWizardPage3();
 
-    // Set before the sheet is shown; all are borrowed while it runs. The names stand relative to the current
-    // directory.
-    std::span<const char* const> names;
-    bool drivesMode = true;  // the items are drive roots
+    // Set before the sheet is shown; all are borrowed while it runs.
+    std::span<const RememberedObject> items;
     // The setting by which the notice before several items is shown, and which the notice may clear; null: it
     // is not shown.
     std::uint8_t* showIntermediateInfo = nullptr;
@@ -30,7 +28,8 @@ class CWizardPage3 : public CPropertyPage {
   protected:
     bool OnInitDialog() override;
     bool OnSetActive() override;
-    // Writes the list to every item. False, and nothing is written, when there is no list to be written.
+    // Writes the list to every item. False, and nothing is written, when there is no list to be written, or
+    // the user wants to see first what another program made of the first item.
     bool OnWizardFinish() override;
     const MessageMap& GetMessageMap() const override;
 
@@ -45,6 +44,8 @@ class CWizardPage3 : public CPropertyPage {
 
     void SetUpList(unsigned int id, int width, ListStyle style);
     void ShowNotice();
+    // Reads the first item, and lets the user finish when it has a list.
+    void ShowItem();
     bool LoadAccounts();
     void SelectAccount(std::size_t index);
     // The page's boxes as the rights have them.
@@ -55,6 +56,7 @@ class CWizardPage3 : public CPropertyPage {
 
     UniqueLibrary library;  // where the list's functions are looked up
     AccountRights rights;   // of the first item, as changed since
+    ReadParts shown;        // what they were read from
     bool isRead = false;    // the first item has a list, which has been read
     bool updatingChecks = false;
 };

@@ -15,8 +15,11 @@ void CWizard::SetUp(CWnd* owner) {
 }
 
 void CWizard::SetItems(const WizardItems& items) {
-    deletionPage.names = permissionsPage.names = items.names;
-    deletionPage.drivesMode = permissionsPage.drivesMode = items.drivesMode;
+    objects =
+        RememberItems(items.names, items.drivesMode ? ItemPlace::kDriveRoot : ItemPlace::kCurrentDirectory);
+    permissionsPage.items = objects;
+    deletionPage.names = items.names;
+    deletionPage.drivesMode = items.drivesMode;
     deletionPage.askBeforeSecureDeletion = items.askBeforeSecureDeletion;
     permissionsPage.showIntermediateInfo = items.showIntermediateInfo;
 }

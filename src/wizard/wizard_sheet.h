@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "framework/property_sheet.h"
 #include "wizard/deletion_page.h"
@@ -30,8 +31,10 @@ class CWizard : public CPropertySheet {
 
   protected:
     bool OnInitDialog() override;
+    void OnDestroy() override { objects.clear(); }
 
   private:
+    std::vector<RememberedObject> objects;  // what the names lead to when the wizard is opened
     CWizardPage1 taskPage;
     CWizardPage2 deletionPage;
     CWizardPage3 permissionsPage;

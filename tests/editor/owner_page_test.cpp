@@ -1,6 +1,7 @@
 // The owner page of the security editor on real files.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -68,6 +69,27 @@ TEST_F(OwnerPage, SetsTheOwnerOfEveryItemAndOfWhatIsBelowTheFolders) {
         EXPECT_EQ(Owner(name), "O:BA") << name;
     EXPECT_EQ(Owner("data"), "O:BG");
     EXPECT_NE(DescriptorText(outside.Path("target"), OWNER_SECURITY_INFORMATION), "O:BA");
+}
+
+TEST_F(OwnerPage, WhatWasShownIsGivenAwayAndNothingElseThatHasItsName) {
+    const std::string mounted = folder.MakeFolder("docs/mounted");
+    const bool isMounted = mount("none", mounted.c_str(), "tmpfs", 0, nullptr) == 0;
+    Open({"docs", "data"}, [&](WindowDriver& window) {
+        window.Click(IDC_REPLACE_CHILD_OWNERS);
+        window.SelectRow(IDC_OWNER_CANDIDATES, 0);
+        std::filesystem::rename(folder.Path("data"), folder.Path("moved"));
+        Give(folder.MakeFolder("data"), "O:BG");
+        Give(folder.MakeFile("data/report"), "O:BG");
+        ui.ExpectError("\"data\" is left alone: another object has this name since it was shown here.");
+        ui.ExpectError(HasSubstr("What is below \"data\" is left alone"));
+        if (isMounted) ui.ExpectInformation(HasSubstr("Something is mounted on \"docs\\mounted\"."));
+        window.Click(SheetButton::kOk);
+    });
+    if (isMounted) umount2(mounted.c_str(), MNT_DETACH);
+    for (const char* name : {"docs", "docs/report"})
+        EXPECT_EQ(Owner(name), "O:BA") << name;
+    for (const char* name : {"data", "data/report", "moved", "moved/report"})
+        EXPECT_EQ(Owner(name), "O:BG") << name;
 }
 
 TEST_F(OwnerPage, WithoutTheBoxOrAChosenRowWhatIsBelowOrEverythingStays) {

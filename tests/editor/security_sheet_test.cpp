@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include <filesystem>
 #include <string>
@@ -10,6 +11,7 @@
 
 #include "resources/resource_ids.h"
 #include "tests/editor/editor_fixture.h"
+#include "tests/support/command.h"
 
 namespace {
 
@@ -102,6 +104,68 @@ TEST_F(SecuritySheet, AnItemThatFailsIsToldAndTheOthersAreWritten) {
     });
     for (const char* name : {"docs", "data"})
         EXPECT_EQ(DaclText(folder.Path(name)), "D:PAI(A;OICI;FA;;;BA)") << name;
+}
+
+TEST_F(SecuritySheet, WhatWasShownIsChangedAndNothingElseThatHasItsName) {
+    const std::string docs = DaclText(folder.Path("docs"));
+    const std::string report = DaclText(folder.Path("docs/report"));
+    Give(folder.MakeFolder("important"), "D:P(A;OICI;FA;;;BU)");
+    Give(folder.MakeFile("important/file"), "D:P(A;;FA;;;BG)");
+    Edit({"docs", "data"}, [&](WindowDriver& window) {
+        window.SelectRow(IDC_ACCESS_LIST, 0);
+        window.Click(IDC_REMOVE_ENTRY);
+        window.Click(IDC_REPLACE_CHILD_ENTRIES);
+        std::filesystem::rename(folder.Path("docs"), folder.Path("moved"));
+        std::filesystem::rename(folder.Path("important"), folder.Path("docs"));
+        constexpr const char* kLeftAlone =
+            "\"docs\" is left alone: another object has this name since it was shown here.";
+        ui.ExpectError(kLeftAlone);
+        ui.ExpectDialog(IDD_APPLY_TO_TREE);
+        ui.ExpectError(
+            "What is below \"docs\" is left alone: another object has this name since it was shown here.");
+        ui.ExpectError(kLeftAlone);  // the first item is read anew
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(DaclText(folder.Path("docs")) + DaclText(folder.Path("docs/file")),
+              "D:PAI(A;OICI;FA;;;BU)D:PAI(A;;FA;;;BG)");
+    EXPECT_EQ(DaclText(folder.Path("moved")) + DaclText(folder.Path("moved/report")), docs + report);
+    EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI(A;OICI;FA;;;BA)");
+}
+
+TEST_F(SecuritySheet, WhatAnotherProgramChangedIsNotOverwrittenUnasked) {
+    for (const int answer : {IDNO, IDYES}) {
+        Give(folder.Path("data"), "D:P(A;;FA;;;BU)(A;;FA;;;BA)");
+        Edit({"data"}, [&](WindowDriver& window) {
+            window.SelectRow(IDC_ACCESS_LIST, 0);
+            window.Click(IDC_REMOVE_ENTRY);
+            Give(folder.Path("data"), "D:P(D;;FA;;;BG)(A;;FA;;;BU)");
+            ui.ExpectMessageBox(HasSubstr("\"data\" was changed by another program"), "Changed meanwhile",
+                                MB_YESNO | MB_ICONQUESTION, answer);
+            window.Click(SheetButton::kApply);
+            EXPECT_FALSE(window.IsEnabled(SheetButton::kApply));
+            EXPECT_EQ(window.Rows(IDC_ACCESS_LIST).size(), answer == IDNO ? 2U : 1U) << "what is there now";
+            window.Click(SheetButton::kOk);
+        });
+        EXPECT_EQ(DaclText(folder.Path("data")),
+                  answer == IDNO ? "D:PAI(D;;FA;;;BG)(A;;FA;;;BU)" : "D:PAI(A;;FA;;;BA)");
+    }
+}
+
+TEST_F(SecuritySheet, AFolderOnWhichSomethingIsMountedIsToldWhenATreeIsReset) {
+    if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const std::string mounted = folder.MakeFolder("docs/report/mounted");
+    ASSERT_EQ(mount("none", mounted.c_str(), "tmpfs", 0, nullptr), 0);
+    Edit({"docs"}, [&](WindowDriver& window) {
+        window.Click(IDC_REPLACE_CHILD_ENTRIES);
+        ui.ExpectDialog(IDD_APPLY_TO_TREE);
+        ui.ExpectInformation(
+            "Something is mounted on \"docs\\report\\mounted\". What is mounted is a volume of its own and "
+            "was "
+            "left as it is.");
+        window.Click(SheetButton::kOk);
+    });
+    umount2(mounted.c_str(), MNT_DETACH);
+    EXPECT_EQ(DaclText(folder.Path("docs/report")), "D:AI(A;OICIID;FA;;;BA)");
 }
 
 TEST_F(SecuritySheet, InheritedEntriesAreKeptCopiedOrRemoved) {

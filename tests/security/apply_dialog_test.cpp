@@ -16,6 +16,7 @@
 #include "platform/api/threads.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
+#include "security/object_security.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/refused_threads.h"
 #include "tests/support/temporary_folder.h"
@@ -75,8 +76,9 @@ class ApplyDialog : public ::testing::Test {
     }
 
     static int Run(std::vector<const char*> names) {
+        const std::vector<RememberedObject> items = RememberItems(names, ItemPlace::kCurrentDirectory);
         ApplyDlg dialog(nullptr);
-        dialog.names = names;
+        dialog.items = items;
         return dialog.DoModal();
     }
 

@@ -1,90 +1,106 @@
+// On real files.
 #include "security/object_security.h"
 
-#include <algorithm>
-#include <set>
+#include <gtest/gtest.h>
+#include <sys/vfs.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "gtest/gtest.h"
 #include "platform/api/errors.h"
-#include "platform/api/files.h"
-#include "platform/nt/security_descriptor.h"
 #include "platform/system_message.h"
 #include "security/message_boxes.h"
-#include "tests/security/entries.h"
-#include "tests/security/service_fakes.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/recording_presenter.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+int volumeProblem = 0;  // the errno value of every question about a volume
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
+extern "C" {
+
+int __real_fstatfs(int descriptor, struct statfs* status);
+int __wrap_fstatfs(int descriptor, struct statfs* status) {
+    if (volumeProblem == 0) return __real_fstatfs(descriptor, status);
+    errno = volumeProblem;
+    return -1;
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace permora {
 namespace {
 
-using testing::kAllow;
-using testing::kDeny;
+using test::DaclText;
+using test::Held;
+using test::SetDescriptorText;
 using testing::RecordedBox;
 using testing::RecordingPresenter;
-using testing::ServiceFakes;
-using testing::ShortEntry;
+
+RecordedBox ErrorBox(const std::string& text) {
+    return {kErrorCaption, text, MB_ICONERROR};
+}
 
 RecordedBox SystemError(DWORD code) {
-    return {kErrorCaption, GetSystemMessageText(code), MB_ICONERROR};
+    return ErrorBox(GetSystemMessageText(code));
 }
 
 class ObjectSecurityTest : public ::testing::Test {
   protected:
-    ObjectSecurityTest() {
-        Hold(nt::DaclState::kList, {{kAllow, 'A', 1, 0x13}, {kDeny, 'B', 2, 0}});
-        services.getVolumeInformation = [this](LPCSTR /*root*/, LPDWORD flags) {
-            if (volumeError != ERROR_SUCCESS) {
-                SetLastError(volumeError);
-                return FALSE;
-            }
-            *flags = volumeFlags;
-            return TRUE;
-        };
-        services.getNamedSecurityInfo = [this](LPCSTR path, PACL* dacl, PSECURITY_DESCRIPTOR* descriptor) {
-            EXPECT_STREQ(path, "item");
-            return readError != ERROR_SUCCESS ? readError : HandOut(dacl, descriptor);
-        };
+    void SetUp() override {
+        const DWORD error = SetDescriptorText(folder.Path(), "D:P(A;;FA;;;BA)");
+        if (error == ERROR_NOT_SUPPORTED) GTEST_SKIP() << "the temporary folder holds no access lists";
+        for (const char* name : {"one", "two", "three"})
+            ASSERT_EQ(SetDescriptorText(folder.MakeFile(name), kOwnList), ERROR_SUCCESS);
+        std::filesystem::current_path(folder.Path());
+    }
+    void TearDown() override { volumeProblem = 0; }
+
+    void Damage(const std::string& name) const {
+        const char* attribute = geteuid() == 0 ? "security.NTACL" : "user.permora.sd";
+        ASSERT_EQ(setxattr(folder.Path(name).c_str(), attribute, "\x01\x00garbage", 9, 0), 0);
     }
 
-    // What the object holds from now on.
-    void Hold(nt::DaclState state, const std::vector<ShortEntry>& entries, std::uint16_t control = 0) {
-        held = nt::SecurityDescriptor();
-        held.control = static_cast<std::uint16_t>(held.control | control);
-        held.daclState = state;
-        std::vector<std::uint8_t> bytes = testing::DaclBytes(entries);
-        held.dacl = *nt::Acl::FromBytes(bytes);
+    bool Read(const std::string& name) {
+        return ReadObjectDacl(nullptr, Held(name.starts_with('/') ? name : folder.Path(name)), object);
     }
 
-    DWORD HandOut(PACL* dacl, PSECURITY_DESCRIPTOR* descriptor) const {
-        std::vector<std::uint8_t> bytes;
-        EXPECT_TRUE(held.AppendTo(bytes));
-        *descriptor = LocalAlloc(LMEM_FIXED, bytes.size());
-        std::copy(bytes.begin(), bytes.end(), static_cast<std::uint8_t*>(*descriptor));
-        BOOL present = FALSE;
-        BOOL defaulted = FALSE;
-        EXPECT_TRUE(GetSecurityDescriptorDacl(*descriptor, &present, dacl, &defaulted));
-        return ERROR_SUCCESS;
+    ItemsWritten Write(const std::vector<RememberedObject>& items, const char* sddl) {
+        const UniqueLocal<void> descriptor = test::DescriptorOf(sddl);
+        PACL dacl = nullptr;
+        BOOL isPresent = FALSE;
+        BOOL isDefaulted = FALSE;
+        EXPECT_TRUE(GetSecurityDescriptorDacl(descriptor.get(), &isPresent, &dacl, &isDefaulted));
+        return WriteListToItems(nullptr, items, DaclInheritance::kProtected, {dacl, dacl},
+                                object.descriptor.get());
     }
 
-    bool Read(ItemPlace place = ItemPlace::kCurrentDirectory) {
-        return ReadObjectDacl(nullptr, "item", place, object);
+    std::vector<RememberedObject> Items(const std::vector<const char*>& names) {
+        return RememberItems(names, ItemPlace::kCurrentDirectory);
     }
 
+    static constexpr const char* kOwnList = "D:P(A;;FR;;;BU)(A;;FX;;;BG)";
+    static constexpr const char* kOwnListRead = "D:PAI(A;;FR;;;BU)(A;;FX;;;BG)";
+    static constexpr const char* kNewList = "D:PAI(A;;FA;;;BG)";
+
+    const test::TemporaryFolder folder;
     RecordingPresenter boxes;
-    ServiceFakes services;
-    nt::SecurityDescriptor held;
-    DWORD volumeError = ERROR_SUCCESS;
-    DWORD volumeFlags = FILE_PERSISTENT_ACLS;
-    DWORD readError = ERROR_SUCCESS;
     ObjectSecurity object;
 };
 
 TEST_F(ObjectSecurityTest, ANullListIsToldAndReadsAsNoEntries) {
-    ASSERT_TRUE(Read());
-    Hold(nt::DaclState::kNull, {});
-    ASSERT_TRUE(Read());
+    ASSERT_TRUE(Read("one"));
+    ASSERT_EQ(SetDescriptorText(folder.Path("one"), "D:NO_ACCESS_CONTROL"), ERROR_SUCCESS);
+    ASSERT_TRUE(Read("one"));
     EXPECT_TRUE(object.entries.Entries().empty());
     EXPECT_EQ(object.dacl, nullptr);
     EXPECT_EQ(boxes.TakeBoxes(),
@@ -95,61 +111,96 @@ TEST_F(ObjectSecurityTest, ANullListIsToldAndReadsAsNoEntries) {
 }
 
 TEST_F(ObjectSecurityTest, AnInaccessibleVolumeCountsAsOneWithAccessControlWhereTheReaderSaysSo) {
-    volumeError = ERROR_ACCESS_DENIED;
-    volumeFlags = 0;
-    EXPECT_TRUE(Read());
-    EXPECT_FALSE(
-        ReadListOfObject(nullptr, "item", ItemPlace::kCurrentDirectory, HiddenVolume::kFail, object));
+    const HeldObject held = Held(folder.Path("one"));
+    ASSERT_TRUE(Read("two"));
+    volumeProblem = EACCES;
+    EXPECT_TRUE(ReadObjectDacl(nullptr, held, object));
+    EXPECT_FALSE(ReadListOfObject(nullptr, held, HiddenVolume::kFail, object));
     EXPECT_EQ(boxes.TakeBoxes(), std::vector<RecordedBox>{SystemError(ERROR_ACCESS_DENIED)});
     EXPECT_NE(object.dacl, nullptr) << "what was read before";
 }
 
 TEST_F(ObjectSecurityTest, AFailedReadIsToldAndLeavesWhatWasRead) {
-    ASSERT_TRUE(Read());
+    ASSERT_TRUE(Read("one"));
     const ACL* before = object.dacl;
-    Hold(nt::DaclState::kList, {});
-    const RecordedBox noAccessControl = {
-        kInformationCaption, "Access control is not supported by the file system", MB_ICONINFORMATION};
+    Damage("two");
     const struct {
-        DWORD volumeError;
-        DWORD volumeFlags;
-        DWORD readError;
+        const char* name;
+        int volumeProblem;
         RecordedBox box;
     } cases[] = {
-        {ERROR_NOT_READY, FILE_PERSISTENT_ACLS, 0, SystemError(ERROR_NOT_READY)},
-        {0, ~DWORD{FILE_PERSISTENT_ACLS}, 0, noAccessControl},
-        {0, FILE_PERSISTENT_ACLS, ERROR_FILE_NOT_FOUND, SystemError(ERROR_FILE_NOT_FOUND)},
-        {ERROR_ACCESS_DENIED, 0, ERROR_INVALID_SECURITY_DESCR, SystemError(ERROR_INVALID_SECURITY_DESCR)},
+        {"three", EIO, SystemError(ERROR_IO_DEVICE)},
+        {"/proc/self",
+         0,
+         {kInformationCaption, "Access control is not supported by the file system", MB_ICONINFORMATION}},
+        {"two", 0, SystemError(ERROR_INVALID_SECURITY_DESCR)},
     };
-    for (const auto& c : cases) {
-        volumeError = c.volumeError;
-        volumeFlags = c.volumeFlags;
-        readError = c.readError;
-        EXPECT_FALSE(Read());
-        EXPECT_EQ(boxes.TakeBoxes(), std::vector<RecordedBox>{c.box});
+    for (const auto& each : cases) {
+        volumeProblem = each.volumeProblem;
+        EXPECT_FALSE(Read(each.name)) << each.name;
+        EXPECT_EQ(boxes.TakeBoxes(), std::vector<RecordedBox>{each.box}) << each.name;
         EXPECT_EQ(object.dacl, before);
         EXPECT_EQ(object.entries.Entries().size(), 2U);
     }
 }
 
 TEST_F(ObjectSecurityTest, WritesEveryItemAndTellsEachThatFails) {
-    ACL dacl{};
-    std::string written;
-    std::set<SECURITY_INFORMATION> informations;
-    services.setNamedSecurityInfo = [&](LPCSTR path, SECURITY_INFORMATION information, PACL list) {
-        EXPECT_EQ(list, &dacl);
-        informations.insert(information);
-        written += path + std::string(" ");
-        return path == std::string("two") ? DWORD{ERROR_ACCESS_DENIED} : DWORD{ERROR_SUCCESS};
-    };
-    const std::vector<const char*> paths = {"one", "two", "three"};
-    EXPECT_EQ(WriteObjectDacl(nullptr, paths, DaclInheritance::kProtected, &dacl),
-              std::vector<std::size_t>{1});
-    EXPECT_EQ(written, "one two three ");
-    EXPECT_EQ(boxes.TakeBoxes(), std::vector<RecordedBox>{SystemError(ERROR_ACCESS_DENIED)});
-    EXPECT_EQ(informations, std::set<SECURITY_INFORMATION>{0x80000004});
-    EXPECT_TRUE(WriteObjectDacl(nullptr, {&paths[0], 1}, DaclInheritance::kFromParent, &dacl).empty());
-    EXPECT_EQ(informations, (std::set<SECURITY_INFORMATION>{0x20000004, 0x80000004}));
+    ASSERT_TRUE(Read("one"));
+    Damage("two");
+    EXPECT_EQ(Write(Items({"one", "two", "gone", "three"}), kNewList), ItemsWritten::kAll);
+    EXPECT_EQ(boxes.TakeBoxes(), (std::vector<RecordedBox>{SystemError(ERROR_INVALID_SECURITY_DESCR),
+                                                           SystemError(ERROR_FILE_NOT_FOUND)}));
+    EXPECT_EQ(DaclText(folder.Path("one")) + DaclText(folder.Path("three")),
+              std::string(kNewList) + kNewList);
+}
+
+TEST_F(ObjectSecurityTest, AnItemWhoseNameWasGivenToAnotherObjectIsToldAndBothStayAsTheyWere) {
+    ASSERT_TRUE(Read("one"));
+    const std::vector<RememberedObject> items = Items({"one", "two"});
+    std::filesystem::rename(folder.Path("one"), folder.Path("moved"));
+    std::filesystem::rename(folder.Path("three"), folder.Path("one"));
+    EXPECT_EQ(Write(items, kNewList), ItemsWritten::kAll);
+    EXPECT_EQ(boxes.TakeBoxes(),
+              (std::vector<RecordedBox>{
+                  ErrorBox("\"one\" is left alone: another object has this name since it was shown here.")}));
+    EXPECT_EQ(DaclText(folder.Path("one")) + DaclText(folder.Path("moved")),
+              std::string(kOwnListRead) + kOwnListRead);
+    EXPECT_EQ(DaclText(folder.Path("two")), kNewList);
+}
+
+TEST_F(ObjectSecurityTest, AListThatAnotherProgramChangedIsOverwrittenOnlyWhenTheUserSaysSo) {
+    ASSERT_TRUE(Read("one"));
+    constexpr const char* kForeign = "D:PAI(D;;FA;;;BG)";
+    ASSERT_EQ(SetDescriptorText(folder.Path("one"), kForeign), ERROR_SUCCESS);
+    for (const int answer : {IDNO, IDYES}) {
+        boxes.answer = answer;
+        EXPECT_EQ(Write(Items({"one", "two"}), kNewList),
+                  answer == IDNO ? ItemsWritten::kReadAnew : ItemsWritten::kAll);
+        const std::vector<RecordedBox> shown = boxes.TakeBoxes();
+        ASSERT_EQ(shown.size(), 1U);
+        EXPECT_EQ(shown[0].type, MB_YESNO | MB_ICONQUESTION);
+        EXPECT_EQ(DaclText(folder.Path("one")), answer == IDNO ? kForeign : kNewList);
+        EXPECT_EQ(DaclText(folder.Path("two")), answer == IDNO ? kOwnListRead : kNewList);
+    }
+}
+
+TEST_F(ObjectSecurityTest, AFailureBelowIsToldAsThatOfTheObjectBelow) {
+    folder.MakeFolder("top");
+    ASSERT_EQ(SetDescriptorText(folder.MakeFolder("top/sub"), "D:"), ERROR_SUCCESS);
+    for (const char* name : {"top/sub/bad", "top/sub/worse"}) {
+        folder.MakeFile(name);
+        Damage(name);
+    }
+    ASSERT_TRUE(Read("top"));
+    EXPECT_EQ(Write(Items({"top"}), "D:P(A;OICI;FA;;;BG)"), ItemsWritten::kAll);
+    const std::vector<RecordedBox> shown = boxes.TakeBoxes();
+    ASSERT_EQ(shown.size(), 1U);
+    const std::string text = shown[0].text;
+    const std::string first = text.find("worse") != text.npos ? "worse" : "bad";
+    EXPECT_EQ(text, SystemMessageLine(ERROR_INVALID_SECURITY_DESCR) + "\n\nThis is about \"top\\sub\\" +
+                        first + "\" and 1 more below \"top\". \"top\" itself was changed.");
+    EXPECT_EQ(DaclText(folder.Path("top")), "D:PAI(A;OICI;FA;;;BG)");
+    EXPECT_EQ(DaclText(folder.Path("top/sub")), "D:AI(A;OICIID;FA;;;BG)");
 }
 
 }  // namespace

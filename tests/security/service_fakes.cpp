@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "gtest/gtest.h"
-#include "platform/api/files.h"
 #include "platform/nt/sid.h"
 
 namespace permora::testing {
@@ -106,26 +105,6 @@ BOOL __wrap_LookupAccountSidA(LPCSTR /*system*/, PSID sid, LPSTR name, LPDWORD n
     }
     *use = account->use;
     return TRUE;
-}
-
-BOOL __wrap_GetVolumeInformationA(LPCSTR root, LPSTR, DWORD, LPDWORD, LPDWORD, LPDWORD flags, LPSTR, DWORD) {
-    return fakes->getVolumeInformation(root, flags);
-}
-
-DWORD __wrap_GetNamedSecurityInfoA(LPCSTR path, SE_OBJECT_TYPE type, SECURITY_INFORMATION information,
-                                   PSID* owner, PSID* group, PACL* dacl, PACL* sacl,
-                                   PSECURITY_DESCRIPTOR* descriptor) {
-    EXPECT_EQ(type, SE_FILE_OBJECT);
-    EXPECT_EQ(information, DACL_SECURITY_INFORMATION);
-    EXPECT_TRUE(owner == nullptr && group == nullptr && sacl == nullptr);
-    return fakes->getNamedSecurityInfo(path, dacl, descriptor);
-}
-
-DWORD __wrap_SetNamedSecurityInfoA(LPSTR path, SE_OBJECT_TYPE type, SECURITY_INFORMATION information,
-                                   PSID owner, PSID group, PACL dacl, PACL sacl) {
-    EXPECT_EQ(type, SE_FILE_OBJECT);
-    EXPECT_TRUE(owner == nullptr && group == nullptr && sacl == nullptr);
-    return fakes->setNamedSecurityInfo(path, information, dacl);
 }
 
 }  // extern "C"

@@ -20,7 +20,7 @@ struct FakeAccount {
 };
 
 // While it lives, services that have a function here are answered by it. Without one, the account database is
-// `accounts`, the other services are the real ones, and those that would touch a disk fail the test.
+// `accounts`, the other services are the real ones.
 class ServiceFakes {
   public:
     ServiceFakes();
@@ -38,9 +38,6 @@ class ServiceFakes {
     std::string missingFunction;
 
     std::function<HMODULE(LPCSTR)> loadLibrary;
-    std::function<BOOL(LPCSTR root, LPDWORD flags)> getVolumeInformation;
-    std::function<DWORD(LPCSTR path, PACL* dacl, PSECURITY_DESCRIPTOR* descriptor)> getNamedSecurityInfo;
-    std::function<DWORD(LPCSTR path, SECURITY_INFORMATION information, PACL dacl)> setNamedSecurityInfo;
 };
 
 }  // namespace permora::testing

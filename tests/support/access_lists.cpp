@@ -110,6 +110,13 @@ DWORD SetDescriptorText(const std::string& hostPath, const std::string& sddl) {
     return descriptor ? SetDescriptor(hostPath, *descriptor) : DWORD{ERROR_INVALID_PARAMETER};
 }
 
+HeldObject Held(const std::string& hostPath) {
+    HeldObject object;
+    InFolderOf place(hostPath);
+    if (const char* name = place.Name()) static_cast<void>(HeldObject::Hold(name, object));
+    return object;
+}
+
 UniqueLocal<void> DescriptorOf(const std::string& sddl) {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl.c_str(), SDDL_REVISION_1, &descriptor, nullptr);

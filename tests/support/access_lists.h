@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/api/security.h"
+#include "platform/held_object.h"
 #include "platform/nt/security_descriptor.h"
 #include "platform/resources.h"
 
@@ -21,6 +22,9 @@ DWORD SetDescriptorText(const std::string& hostPath, const std::string& sddl);
 
 // The same with a descriptor that need not have a text form.
 DWORD SetDescriptor(const std::string& hostPath, const nt::SecurityDescriptor& descriptor);
+
+// The object at an absolute host path, held; none when it cannot be found.
+HeldObject Held(const std::string& hostPath);
 
 // The descriptor that `sddl` tells, as the services take it; null when the text is wrong.
 UniqueLocal<void> DescriptorOf(const std::string& sddl);

@@ -22,7 +22,7 @@ inline void PrintTo(const RecordedBox& box, std::ostream* stream) {
     *stream << '[' << box.caption << "] " << box.text << " (type " << box.type << ')';
 }
 
-// Records every box while it lives and answers each with IDOK. A box that the
+// Records every box while it lives and answers each with `answer`. A box that the
 // test has not taken when the presenter ends fails the test: no message goes by unnoticed.
 class RecordingPresenter : public MessagePresenter {
   public:
@@ -36,12 +36,14 @@ class RecordingPresenter : public MessagePresenter {
         }
     }
 
+    int answer = IDOK;
+
     // The boxes shown since the last call.
     std::vector<RecordedBox> TakeBoxes() { return std::exchange(boxes, {}); }
 
     int Present(HWND, const char* text, const char* caption, UINT type) override {
         boxes.push_back({caption, text, type});
-        return IDOK;
+        return answer;
     }
 
   private:

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -139,6 +140,31 @@ TEST_F(WizardPermissionsPage, AllItemsGetTheFirstOnesAccountsAsChanged) {
     EXPECT_EQ(DaclText(folder.Path("top/first")),
               "D:AI(D;OICI;CC;;;BU)(D;OICI;WO;;;BA)(A;OICI;FR;;;BU)(A;OICI;FR;;;BG)(A;OICIID;FA;;;BA)");
     EXPECT_EQ(DaclText(folder.Path("top/second")), "D:PAI(D;;CC;;;BU)(D;;WO;;;BA)(A;;FR;;;BU)(A;;FR;;;BG)");
+}
+
+TEST_F(WizardPermissionsPage, WhatWasShownIsChangedAndNothingElse) {
+    const auto denyAll = [](WindowDriver& window) {
+        window.SelectRow(IDC_WIZARD_ACCOUNTS, 0);
+        window.SelectRow(IDC_COMBINATIONS, kDenyAllCombination);
+    };
+    const std::string second = DaclText(folder.Path("top/second"));
+    Give(folder.Path("top/first"), "D:P(A;;FR;;;BU)");
+    Assign({"first", "second"}, [&](WindowDriver& window) {
+        denyAll(window);
+        Give(folder.Path("top/first"), "D:P(A;;FR;;;BG)");
+        ui.ExpectMessageBox(HasSubstr("\"first\" was changed by another program"), "Changed meanwhile",
+                            MB_YESNO | MB_ICONQUESTION, IDNO);
+        window.Click(SheetButton::kFinish);
+        EXPECT_THAT(window.Rows(IDC_WIZARD_ACCOUNTS), ElementsAre("BUILTIN\\Guests"));
+        denyAll(window);
+        std::filesystem::rename(folder.Path("top/first"), folder.Path("top/moved"));
+        Give(folder.MakeFile("top/first"), "D:P(A;;FA;;;BU)");
+        ui.ExpectError("\"first\" is left alone: another object has this name since it was shown here.");
+        window.Click(SheetButton::kFinish);
+    });
+    EXPECT_EQ(DaclText(folder.Path("top/first")), "D:PAI(A;;FA;;;BU)");
+    EXPECT_EQ(DaclText(folder.Path("top/moved")), "D:PAI(A;;FR;;;BG)");
+    EXPECT_NE(DaclText(folder.Path("top/second")), second);
 }
 
 TEST_F(WizardPermissionsPage, AccountsAreRemovedAndTheKeyboardDoesAll) {

@@ -12,6 +12,9 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/windows/code_page.h"
+#include "platform/windows/held_object_inside.h"
+
 namespace permora {
 namespace {
 
@@ -19,41 +22,16 @@ constexpr ULONG kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 constexpr std::wstring_view kDataType = L":$DATA";
 constexpr std::wstring_view kUnnamedStream = L"::$DATA";
 
-DWORD ToWide(const std::string& text, std::wstring& wide) {
-    const int size = static_cast<int>(text.size());
-    const int length = MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, text.data(), size, nullptr, 0);
-    if (length <= 0) return ERROR_INVALID_NAME;
-    wide.resize(static_cast<std::size_t>(length));
-    MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, text.data(), size, wide.data(), length);
-    return ERROR_SUCCESS;
-}
-
-// ERROR_NO_UNICODE_TRANSLATION for what the code page does not have: a name with a question mark in it would
-// mean another file.
-DWORD ToAnsi(std::wstring_view wide, std::string& text) {
-    const int size = static_cast<int>(wide.size());
-    BOOL isChanged = FALSE;
-    // The UTF-8 code page has every character and refuses the question.
-    BOOL* asked = GetACP() == CP_UTF8 ? nullptr : &isChanged;
-    const int length = WideCharToMultiByte(CP_ACP, 0, wide.data(), size, nullptr, 0, nullptr, asked);
-    if (length <= 0 || isChanged != FALSE) return ERROR_NO_UNICODE_TRANSLATION;
-    text.resize(static_cast<std::size_t>(length));
-    WideCharToMultiByte(CP_ACP, 0, wide.data(), size, text.data(), length, nullptr, nullptr);
-    return ERROR_SUCCESS;
-}
-
 struct OpenRequest {
     ACCESS_MASK access;
     ULONG share = kShareAll;
     ULONG options = 0;
 };
 
-DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request, UniqueHandle& opened) {
-    // Bare names only: the call would take a path, and leave the folder.
-    if (name.empty() || name == "." || name == ".." || name.find_first_of("\\/") != name.npos)
-        return ERROR_INVALID_NAME;
+// `path` is relative to the folder; links on the way are followed, the last name never.
+DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& request, UniqueHandle& opened) {
     std::wstring wide;
-    if (const DWORD error = ToWide(name, wide); error != ERROR_SUCCESS) return error;
+    if (const DWORD error = ToWide(path, wide); error != ERROR_SUCCESS) return error;
     UNICODE_STRING text{};
     text.Buffer = wide.data();
     text.Length = static_cast<USHORT>(wide.size() * sizeof(wchar_t));
@@ -72,6 +50,13 @@ DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request,
     if (status < 0) return RtlNtStatusToDosError(status);
     opened.reset(handle);
     return ERROR_SUCCESS;
+}
+
+DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request, UniqueHandle& opened) {
+    // Bare names only: the call would take a path, and leave the folder.
+    if (name.empty() || name == "." || name == ".." || name.find_first_of("\\/") != name.npos)
+        return ERROR_INVALID_NAME;
+    return OpenBelow(folder, name, request, opened);
 }
 
 FolderEntryKind KindOfAttributes(DWORD attributes, DWORD reparseTag) {
@@ -264,6 +249,17 @@ DWORD FolderHandle::BytesPerSector(DWORD& bytes) const {
         return GetLastError();
     bytes = storage.LogicalBytesPerSector;
     return ERROR_SUCCESS;
+}
+
+DWORD FolderHandle::HoldObject(const std::string& path, HeldObject& object) const {
+    auto held = std::make_unique<HeldObject::Inside>();
+    const DWORD error =
+        path.empty()
+            ? OpenAgain(inside->folder.get(), FILE_READ_ATTRIBUTES, held->object)
+            : OpenBelow(inside->folder.get(), path,
+                        {FILE_READ_ATTRIBUTES, kShareAll, FILE_OPEN_FOR_BACKUP_INTENT}, held->object);
+    if (error == ERROR_SUCCESS) object.inside = std::move(held);
+    return error;
 }
 
 DWORD FolderHandle::HoldFile(const std::string& name, FileHandle& file) const {

@@ -1,7 +1,5 @@
 // SetListsBelow and SetOwnersBelow with the system's own calls. An open search keeps its folder and those
 // above it from being renamed, so the paths of the walk stay true while it is below them.
-#include "platform/tree_security.h"
-
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -10,7 +8,8 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
-#include "platform/resources.h"
+#include "platform/windows/code_page.h"
+#include "platform/windows/held_object_inside.h"
 
 namespace permora {
 namespace {
@@ -48,6 +47,7 @@ class TreeWalk {
         if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return ERROR_DIRECTORY;
         path = folder;
         const DWORD error = Enter();
+        below = path.size();
         if (error != ERROR_SUCCESS) return error;
         while (!open.empty()) {
             path.resize(open.back().pathLength);
@@ -105,7 +105,7 @@ class TreeWalk {
         // It vanished.
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return;
         ++counts.passedOver;
-        observer.PassOver(path, error);
+        observer.PassOver(path.substr(below), error);
     }
 
     Change change;
@@ -114,6 +114,7 @@ class TreeWalk {
     TreeCounts& counts;
     DWORD result = ERROR_SUCCESS;
     std::string path;              // of the current object
+    std::size_t below = 0;         // where in it the part below the walked folder begins
     std::vector<OpenFolder> open;  // from the walked folder down to the current one
 };
 
@@ -127,7 +128,7 @@ DWORD ReadList(std::string& path) {
 }
 
 // By a handle, since the call that takes a name gives what a link leads to the owner.
-DWORD WriteOwner(const std::string& path, PSID owner) {
+DWORD WriteOwnerAt(const std::string& path, PSID owner) {
     HANDLE handle = CreateFileA(
         path.c_str(), WRITE_OWNER, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
         OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
@@ -137,23 +138,43 @@ DWORD WriteOwner(const std::string& path, PSID owner) {
                            nullptr);
 }
 
+// Where a folder lies now. What is done there goes by this path, and the walk's first search keeps the folder
+// and those above it from being renamed.
+DWORD PathOf(HANDLE folder, std::string& path) {
+    std::wstring wide;
+    DWORD length = GetFinalPathNameByHandleW(folder, nullptr, 0, FILE_NAME_NORMALIZED);
+    // The folder may be renamed between the two calls.
+    while (length > wide.size()) {
+        wide.resize(length);
+        length = GetFinalPathNameByHandleW(folder, wide.data(), length, FILE_NAME_NORMALIZED);
+    }
+    if (length == 0) return GetLastError();
+    wide.resize(length);
+    return ToAnsi(wide, path);
+}
+
 }  // namespace
 
-DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeObserver& observer, TreeCounts& counts) {
+DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, TreeObserver& observer,
+                                TreeCounts& counts) const {
     if (list == nullptr || IsValidAcl(list) == FALSE) return ERROR_INVALID_ACL;
     const auto writeList = [list](std::string& path) {
         return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT,
                                      DACL_SECURITY_INFORMATION | UNPROTECTED_DACL_SECURITY_INFORMATION,
                                      nullptr, nullptr, list, nullptr);
     };
+    std::string path;
+    if (const DWORD error = PathOf(inside->object.get(), path); error != ERROR_SUCCESS) return error;
     const Change change = mode == TreeListMode::kWrite ? Change(writeList) : Change(ReadList);
-    return TreeWalk(change, Links::kPassOver, observer, counts).Run(folder);
+    return TreeWalk(change, Links::kPassOver, observer, counts).Run(path.c_str());
 }
 
-DWORD SetOwnersBelow(LPCSTR folder, PSID owner, TreeObserver& observer, TreeCounts& counts) {
+DWORD HeldObject::SetOwnersBelow(PSID owner, TreeObserver& observer, TreeCounts& counts) const {
     if (IsValidSid(owner) == FALSE) return ERROR_INVALID_SID;
-    const auto writeOwner = [owner](const std::string& path) { return WriteOwner(path, owner); };
-    return TreeWalk(writeOwner, Links::kChange, observer, counts).Run(folder);
+    std::string path;
+    if (const DWORD error = PathOf(inside->object.get(), path); error != ERROR_SUCCESS) return error;
+    const auto writeOwner = [owner](const std::string& object) { return WriteOwnerAt(object, owner); };
+    return TreeWalk(writeOwner, Links::kChange, observer, counts).Run(path.c_str());
 }
 
 }  // namespace permora

@@ -21,6 +21,7 @@
 #include "platform/linux/files/mount_table.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/unmounted_entry.h"
+#include "platform/linux/security/held_object_inside.h"
 
 namespace permora {
 namespace host {
@@ -192,6 +193,13 @@ DWORD FolderHandle::KindOf(const std::string& name, FolderEntryKind& kind) const
 DWORD FolderHandle::BytesPerSector(DWORD& bytes) const {
     const DWORD error = inside->AskMount();
     if (error == ERROR_SUCCESS) bytes = inside->sectorBytes;
+    return error;
+}
+
+DWORD FolderHandle::HoldObject(const std::string& path, HeldObject& object) const {
+    auto held = std::make_unique<HeldObject::Inside>();
+    const DWORD error = host::ResolvePathFrom(inside->Descriptor(), path.c_str(), held->target);
+    if (error == ERROR_SUCCESS) object.inside = std::move(held);
     return error;
 }
 

@@ -148,6 +148,27 @@ DWORD ResolvePath(const char* path, ResolvedObject& resolved) {
     return ERROR_SUCCESS;
 }
 
+DWORD ResolvePathFrom(int start, const char* path, ResolvedObject& resolved) {
+    PathText text;
+    ResolvedObject found;
+    DWORD error = ERROR_SUCCESS;
+    if (*path == '\0') {
+        error = OpenFolderAt(start, ".", found.object);
+        if (error == ERROR_SUCCESS) error = OpenFolderAt(start, "..", found.parent);
+    } else {
+        error = ParsePath(path, text);
+        if (error != ERROR_SUCCESS) return error;
+        if (!StartsInOpenFolder(text)) return ResolvePath(path, resolved);
+        ObjectHandle folder;
+        error = OpenFolderAt(start, ".", folder);
+        if (error == ERROR_SUCCESS) error = Follow(text, std::move(folder), found);
+    }
+    if (error != ERROR_SUCCESS) return error;
+    if (IsVolumeRoot(found)) found.parent = ObjectHandle();
+    resolved = std::move(found);
+    return ERROR_SUCCESS;
+}
+
 DWORD ResolvePlace(const char* path, ResolvedPlace& place) {
     PathText text;
     DWORD error = ParsePath(path == nullptr ? "" : path, text);

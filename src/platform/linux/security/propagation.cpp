@@ -5,7 +5,10 @@
 #include <vector>
 
 #include "platform/linux/accounts/unix_accounts.h"
+#include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/tree_walk.h"
+#include "platform/linux/files/walked_names.h"
+#include "platform/linux/security/object_turn.h"
 #include "platform/nt/inheritance.h"
 
 namespace permora::host {
@@ -16,42 +19,49 @@ class ListPropagation : public TreeVisitor {
   public:
     ListPropagation(const nt::Acl& list, DescriptorStore& volume) : lists{list}, store(volume) {}
 
-    WalkDecision Visit(const ObjectHandle& object, const char* /*name*/, std::size_t depth) override {
+    WalkDecision Visit(const ObjectHandle& object, const char* name, std::size_t depth) override {
         if (!store.CanHold(object)) return WalkDecision::kPassOver;
-        const DWORD readError = store.Read(object, descriptor);
-        if (readError != ERROR_SUCCESS) {
-            Keep(readError);
+        bool inherits = false;
+        if (const DWORD error = Update(object, lists[depth], inherits); error != ERROR_SUCCESS) {
+            Keep(error, name, depth);
             return WalkDecision::kPassOver;
         }
-        const bool inherits = descriptor.daclState == nt::DaclState::kList && !descriptor.IsDaclProtected();
         if (!inherits) return WalkDecision::kPassOver;
-        const DWORD writeError = Update(object, lists[depth]);
-        if (writeError != ERROR_SUCCESS) {
-            Keep(writeError);
-            return WalkDecision::kPassOver;
+        if (object.IsFolder()) {
+            RememberList(depth + 1);
+            names.Enter(EncodeName(name), depth);
         }
-        if (object.IsFolder()) RememberList(depth + 1);
         return WalkDecision::kDescend;
     }
 
-    void Fail(DWORD error, const char* /*name*/, std::size_t /*depth*/) override {
+    void Fail(DWORD error, const char* name, std::size_t depth) override {
         // Another volume inherits nothing from this one.
-        if (error != ERROR_NOT_SAME_DEVICE) Keep(error);
+        if (error != ERROR_NOT_SAME_DEVICE) Keep(error, name, depth);
     }
 
-    DWORD FirstError() const { return firstError; }
+    const FailuresBelow& Failures() const { return failures; }
 
   private:
-    void Keep(DWORD error) {
+    // An empty name is that of the folder itself, whose contents could not be listed.
+    void Keep(DWORD error, const char* name, std::size_t depth) {
         // The object vanished after it was opened.
         if (error == ERROR_FILE_NOT_FOUND) return;
-        if (firstError == ERROR_SUCCESS) firstError = error;
+        if (failures.count++ > 0) return;
+        failures.firstError = error;
+        failures.firstPath = names.PathOf(EncodeName(name), depth);
     }
 
-    DWORD Update(const ObjectHandle& object, const nt::Acl& parent) {
-        before = descriptor;
-        JoinInherited(descriptor, parent, object);
-        return descriptor == before ? ERROR_SUCCESS : store.Write(object, descriptor);
+    DWORD Update(const ObjectHandle& object, const nt::Acl& parent, bool& inherits) {
+        DWORD error = turn.Take(object);
+        if (error == ERROR_SUCCESS) error = store.Read(object, descriptor);
+        if (error == ERROR_SUCCESS) {
+            inherits = descriptor.daclState == nt::DaclState::kList && !descriptor.IsDaclProtected();
+            before = descriptor;
+            if (inherits) JoinInherited(descriptor, parent, object);
+            if (descriptor != before) error = store.Write(object, descriptor);
+        }
+        turn.Leave();
+        return error;
     }
 
     // Swapped and not copied: the places of a depth are used again for each folder of that depth.
@@ -62,9 +72,11 @@ class ListPropagation : public TreeVisitor {
 
     std::vector<nt::Acl> lists;  // by depth: the list of the folder in which the objects of that depth stand
     DescriptorStore& store;
+    ObjectTurn turn;
     nt::SecurityDescriptor descriptor;
     nt::SecurityDescriptor before;
-    DWORD firstError = ERROR_SUCCESS;
+    WalkedNames names;
+    FailuresBelow failures;
 };
 
 }  // namespace
@@ -76,10 +88,10 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& parent, co
     descriptor.control |= nt::kDaclAutoInherited;
 }
 
-DWORD PropagateList(const ObjectHandle& folder, const nt::Acl& list, DescriptorStore& store) {
+FailuresBelow PropagateList(const ObjectHandle& folder, const nt::Acl& list, DescriptorStore& store) {
     ListPropagation propagation(list, store);
     WalkTree(folder, propagation);
-    return propagation.FirstError();
+    return propagation.Failures();
 }
 
 }  // namespace permora::host

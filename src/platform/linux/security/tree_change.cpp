@@ -2,21 +2,15 @@
 
 #include "platform/api/errors.h"
 #include "platform/linux/files/name_mapping.h"
-#include "platform/linux/files/path_text.h"
-#include "platform/linux/files/paths.h"
 
 namespace permora::host {
 
-DWORD TreeChange::Run(LPCSTR folder) {
-    ObjectHandle top;
-    DWORD error = OpenObject(folder, top);
-    if (error != ERROR_SUCCESS) return error;
+DWORD TreeChange::Run(const ObjectHandle& top) {
     if (top.IsLink()) return ERROR_CANT_RESOLVE_FILENAME;
     if (!top.IsFolder()) return ERROR_DIRECTORY;
     if (!store.CanHold(top)) return ERROR_NOT_SUPPORTED;
-    error = Begin(top);
+    const DWORD error = Begin(top);
     if (error != ERROR_SUCCESS) return error;
-    folders = {folder};
     WalkTree(top, *this);
     return result;
 }
@@ -31,8 +25,7 @@ WalkDecision TreeChange::Visit(const ObjectHandle& object, const char* hostName,
     if (error != ERROR_SUCCESS) PassOver(error, name, depth);
     if (object.IsFolder()) {
         Enter(object, error, depth + 1);
-        folders.resize(depth + 1);
-        folders.push_back(name);
+        names.Enter(name, depth);
     }
     return WalkDecision::kDescend;
 }
@@ -40,7 +33,9 @@ WalkDecision TreeChange::Visit(const ObjectHandle& object, const char* hostName,
 DWORD TreeChange::ChangeAndCount(const ObjectHandle& object, std::size_t depth) {
     if (!store.CanHold(object)) return ERROR_NOT_SUPPORTED;
     Outcome outcome = Outcome::kUnchanged;
-    const DWORD error = Change(object, depth, outcome);
+    DWORD error = turn.Take(object);
+    if (error == ERROR_SUCCESS) error = Change(object, depth, outcome);
+    turn.Leave();
     if (error == ERROR_SUCCESS) ++(outcome == Outcome::kChanged ? counts.changed : counts.unchanged);
     return error;
 }
@@ -58,12 +53,7 @@ void TreeChange::PassOver(DWORD error, const std::string& name, std::size_t dept
     // It vanished after it was opened.
     if (error == ERROR_FILE_NOT_FOUND) return;
     ++counts.passedOver;
-    std::string path;
-    for (std::size_t i = 0; i <= depth; ++i) {
-        path += folders[i];
-        if (path.empty() || !IsSeparator(path.back())) path += '\\';
-    }
-    observer.PassOver(path + name, error);
+    observer.PassOver(names.PathOf(name, depth), error);
 }
 
 }  // namespace permora::host

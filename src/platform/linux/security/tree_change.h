@@ -4,11 +4,12 @@
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
 #include "platform/linux/files/object_handle.h"
 #include "platform/linux/files/tree_walk.h"
+#include "platform/linux/files/walked_names.h"
 #include "platform/linux/security/descriptor_store.h"
+#include "platform/linux/security/object_turn.h"
 #include "platform/tree_security.h"
 
 namespace permora::host {
@@ -17,8 +18,8 @@ class TreeChange : public TreeVisitor {
   public:
     TreeChange(TreeObserver& listener, TreeCounts& totals) : observer(listener), counts(totals) {}
 
-    // Finds the folder and walks it. The result is that of the services of tree_security.h.
-    DWORD Run(LPCSTR folder);
+    // Walks the folder. The result is that of HeldObject::SetListsBelow.
+    DWORD Run(const ObjectHandle& top);
 
   protected:
     enum class Outcome { kChanged, kUnchanged };
@@ -40,8 +41,9 @@ class TreeChange : public TreeVisitor {
 
     TreeObserver& observer;
     TreeCounts& counts;
+    ObjectTurn turn;
     DWORD result = ERROR_SUCCESS;
-    std::vector<std::string> folders;  // names as shown, by depth of what stands in them
+    WalkedNames names;
 };
 
 }  // namespace permora::host

@@ -1,5 +1,3 @@
-#include "platform/tree_security.h"
-
 #include <cstdint>
 #include <optional>
 #include <utility>
@@ -7,6 +5,8 @@
 
 #include "platform/api/errors.h"
 #include "platform/linux/security/descriptor_view.h"
+#include "platform/linux/security/held_object_inside.h"
+#include "platform/linux/security/object_turn.h"
 #include "platform/linux/security/owner_setting.h"
 #include "platform/linux/security/propagation.h"
 #include "platform/linux/security/tree_change.h"
@@ -98,17 +98,18 @@ class OwnerSetting : public TreeChange {
 
 namespace permora {
 
-DWORD SetListsBelow(LPCSTR folder, PACL list, TreeListMode mode, TreeObserver& observer, TreeCounts& counts) {
+DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, TreeObserver& observer,
+                                TreeCounts& counts) const {
     const std::optional<nt::Acl> entries = host::EntriesOf(list);
     if (!entries) return ERROR_INVALID_ACL;
     const nt::Acl mapped = nt::MapGenericRights(*entries, {});
-    return host::ListSetting(mapped, mode, observer, counts).Run(folder);
+    return host::ListSetting(mapped, mode, observer, counts).Run(inside->target.object);
 }
 
-DWORD SetOwnersBelow(LPCSTR folder, PSID owner, TreeObserver& observer, TreeCounts& counts) {
+DWORD HeldObject::SetOwnersBelow(PSID owner, TreeObserver& observer, TreeCounts& counts) const {
     const std::optional<nt::Sid> account = host::SidOf(owner);
     if (!account) return ERROR_INVALID_SID;
-    return host::OwnerSetting(*account, observer, counts).Run(folder);
+    return host::OwnerSetting(*account, observer, counts).Run(inside->target.object);
 }
 
 }  // namespace permora

@@ -15,7 +15,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/memory.h"
-#include "platform/host_path.h"
+#include "platform/linux/files/name_mapping.h"
 #include "platform/resources.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/recording_observer.h"
@@ -46,12 +46,8 @@ class TreeSecurity : public testing::Test {
 
     DWORD Reset(const std::string& hostPath, TreeListMode mode = TreeListMode::kWrite) {
         counts = {};
-        return SetListsBelow(PathFromArgument(hostPath.c_str()).c_str(), EmptyList().get(), mode, observer,
-                             counts);
+        return Held(hostPath).SetListsBelow(EmptyList().get(), mode, observer, counts);
     }
-
-    // What the observer is told of an object of the tree.
-    std::string Told(const std::string& name) const { return PathFromArgument(tree.Path(name).c_str()); }
 
     const TemporaryFolder tree;
     RecordingObserver observer;
@@ -139,11 +135,11 @@ TEST_F(TreeSecurity, WhatCannotBeSetIsToldAndTheRestIsDone) {
     umount2(tree.Path("mounted").c_str(), MNT_DETACH);
     EXPECT_EQ(result, 0U);
     EXPECT_THAT(observer.passedOver,
-                UnorderedElementsAre(Pair(Told("bad"), ERROR_INVALID_SECURITY_DESCR),
-                                     Pair(Told("end."), ERROR_INVALID_SECURITY_DESCR),
-                                     Pair(Told("bad/file"), ERROR_INVALID_SECURITY_DESCR),
-                                     Pair(Told("bad/sub"), ERROR_INVALID_SECURITY_DESCR),
-                                     Pair(Told("mounted"), ERROR_NOT_SAME_DEVICE)));
+                UnorderedElementsAre(Pair("bad", ERROR_INVALID_SECURITY_DESCR),
+                                     Pair(host::EncodeName("end."), ERROR_INVALID_SECURITY_DESCR),
+                                     Pair("bad\\file", ERROR_INVALID_SECURITY_DESCR),
+                                     Pair("bad\\sub", ERROR_INVALID_SECURITY_DESCR),
+                                     Pair("mounted", ERROR_NOT_SAME_DEVICE)));
     EXPECT_EQ(counts.passedOver, 5U);
     EXPECT_EQ(counts.changed, 1U);
     EXPECT_EQ(DaclText(tree.Path("bad/sub/file")), "D:AI(A;ID;FA;;;WD)");
@@ -213,17 +209,17 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     PSID sid = nullptr;
     ASSERT_TRUE(ConvertStringSidToSidA("S-1-22-1-1", &sid));
     const UniqueLocal<void> owner(sid);
-    ASSERT_EQ(SetOwnersBelow(Told("").c_str(), sid, observer, counts), 0U);
+    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(sid, observer, counts), 0U);
     for (const char* name : {"folder", "folder/file", "link", "folder/outside"})
         EXPECT_EQ(ownerOf(tree.Path(name)), "O:S-1-22-1-1 1") << name;
     EXPECT_EQ(DaclText(file), "D:PAI(A;;FR;;;BG)");
     EXPECT_EQ(ownerOf(tree.Path()) + ownerOf(outside.Path()) + ownerOf(target), before);
     EXPECT_EQ(ownerOf(damaged), "error 1338 0");
-    EXPECT_THAT(observer.passedOver, ElementsAre(Pair(Told("") + "damaged", ERROR_INVALID_SECURITY_DESCR)));
+    EXPECT_THAT(observer.passedOver, ElementsAre(Pair("damaged", ERROR_INVALID_SECURITY_DESCR)));
     EXPECT_EQ(counts.changed, 4U);
-    ASSERT_EQ(SetOwnersBelow(Told("").c_str(), sid, observer, counts), 0U);
+    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(sid, observer, counts), 0U);
     EXPECT_EQ(counts.unchanged, 4U);
-    EXPECT_EQ(SetOwnersBelow(Told("").c_str(), nullptr, observer, counts), ERROR_INVALID_SID);
+    EXPECT_EQ(Held(tree.Path()).SetOwnersBelow(nullptr, observer, counts), ERROR_INVALID_SID);
 }
 
 }  // namespace

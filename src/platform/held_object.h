@@ -1,0 +1,140 @@
+// Objects that are held between what is asked about them and what is done with them: a service of our own
+// beside the system's.
+//
+// The system's calls take names, and every name is resolved anew. Who reads a list, thinks about it and
+// writes another one by the same name may write it on something else: whoever can write in a folder can give
+// the name to another object meanwhile. Here an object is found once, and everything is asked of and done
+// with what was found.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "platform/api/errors.h"
+#include "platform/api/security.h"
+#include "platform/folder_files.h"
+#include "platform/resources.h"
+#include "platform/tree_security.h"
+
+namespace permora {
+
+// Parts of an object's descriptor, in the self-relative descriptor that holds them. Null: the object has
+// none, or it was not asked for; a null list lets everyone do everything.
+struct ReadParts {
+    UniqueLocal<void> descriptor;
+    PSID owner = nullptr;  // into `descriptor`, as is the list
+    PACL dacl = nullptr;
+};
+
+// What a change that was carried to the objects below could not do there.
+struct FailuresBelow {
+    std::size_t count = 0;
+    DWORD firstError = ERROR_SUCCESS;
+    std::string firstPath;  // below the folder: the names with backslashes between them
+};
+
+// An object, a link itself and never what it leads to, whatever becomes of its name. All calls answer with 0
+// or a system error code, and a failed one leaves its outputs untouched. One thread at a time.
+class HeldObject {
+  public:
+    HeldObject();
+    HeldObject(HeldObject&& other) noexcept;
+    HeldObject& operator=(HeldObject&& other) noexcept;
+    ~HeldObject();
+
+    // Finds what a path of files.h names. What stands below a folder that is held is FolderHandle's to find.
+    static DWORD Hold(const std::string& path, HeldObject& object);
+
+    bool IsFolder() const;
+    // Whether the volume that holds the object has access lists: what FILE_PERSISTENT_ACLS tells in the flags
+    // of GetVolumeInformationA.
+    DWORD AskAccessControl(bool& isSupported) const;
+
+    // The parts of the object's descriptor that GetNamedSecurityInfoA would hand out.
+    DWORD ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const;
+
+    // Waits until no other program of this user is at work on the object through this layer; from then on
+    // none is, until the object is let go of. ERROR_BUSY after ten seconds: nobody waits for ever. Other
+    // users' programs and those of other makers do not wait; what they change is noticed by WriteList.
+    DWORD TakeTurn();
+
+    // Gives the object a list as SetNamedSecurityInfoA would with the same `information`, and carries the
+    // change to what inherits below. `expected`, which may be null, is the descriptor that ReadSecurity gave
+    // for DACL_SECURITY_INFORMATION: ERROR_REVISION_MISMATCH, and nothing is written, when another program
+    // has changed the list since. An object that was written although something below it could not be answers
+    // 0 and tells so in `below`; on Windows the system carries the change and tells of nothing.
+    DWORD WriteList(SECURITY_INFORMATION information, PACL list, PSECURITY_DESCRIPTOR expected,
+                    FailuresBelow& below) const;
+    // As SetNamedSecurityInfoA with OWNER_SECURITY_INFORMATION.
+    DWORD WriteOwner(PSID owner) const;
+
+    // Gives every object below this folder the list `list`, unprotected, joined by what the object's own
+    // folder hands down: as SetNamedSecurityInfoA with UNPROTECTED_DACL_SECURITY_INFORMATION would for each
+    // object in turn, a folder before what is in it. The folder itself keeps its list.
+    //
+    // A link is an object like any other and gets the list where the volume can hold one for it; it is never
+    // followed. What is mounted below is passed over with ERROR_NOT_SAME_DEVICE. A folder whose list cannot
+    // be set is entered all the same. An object that vanishes counts as nothing, one that appears in the
+    // middle is reached or not. A folder that is moved or replaced in the middle leads nowhere else. The
+    // current directory stays what it is. Memory and open descriptors grow with the depth only.
+    //
+    // 0 when the walk came to its end, with any number of objects passed over; ERROR_OPERATION_ABORTED when
+    // `observer` ended it. Another code is about the folder itself: it cannot be read or listed to its end,
+    // is a link (ERROR_CANT_RESOLVE_FILENAME) or a file (ERROR_DIRECTORY), or its volume holds no lists
+    // (ERROR_NOT_SUPPORTED); or `list` is not valid (ERROR_INVALID_ACL). What was done is added to `counts`,
+    // whatever the result.
+    //
+    // On Windows the walk is made of the system's own calls. There links keep their lists and are passed over
+    // with ERROR_CANT_RESOLVE_FILENAME, because the system's call would work on their targets, and every
+    // object that is not passed over counts as changed.
+    [[nodiscard]] DWORD SetListsBelow(PACL list, TreeListMode mode, TreeObserver& observer,
+                                      TreeCounts& counts) const;
+
+    // Gives every object below this folder the owner `owner`, as SetNamedSecurityInfoA with
+    // OWNER_SECURITY_INFORMATION would for each; the folder itself keeps its owner. It walks and answers as
+    // SetListsBelow does, but on Windows too a link gets the owner itself. ERROR_INVALID_SID when `owner` is
+    // not valid.
+    [[nodiscard]] DWORD SetOwnersBelow(PSID owner, TreeObserver& observer, TreeCounts& counts) const;
+
+  private:
+    friend class FolderHandle;
+    friend class RememberedObject;
+    struct Inside;
+    std::unique_ptr<Inside> inside;  // null: no object
+};
+
+// An object as it was found under a name, for as long as somebody thinks about it. It can be found again by
+// that name and by no other, and only as long as the name leads to the same object: an object that was made
+// in the place of a deleted one is told from it even where it got its number. Copies are cheap and one
+// object.
+//
+// On Linux each keeps its object open for as long as there are descriptors, half of what the process may have
+// at most; those after that are known by what their volume calls them (number and generation, or birth).
+class RememberedObject {
+  public:
+    RememberedObject();
+    // `path` is relative to `start`, an empty one means `start` itself; without `start` it is a path of
+    // files.h. What cannot be found is remembered as such.
+    RememberedObject(std::shared_ptr<const FolderHandle> start, std::string path);
+    ~RememberedObject();
+    RememberedObject(const RememberedObject& other);
+    RememberedObject& operator=(const RememberedObject& other);
+    RememberedObject(RememberedObject&& other) noexcept;
+    RememberedObject& operator=(RememberedObject&& other) noexcept;
+
+    const std::string& Path() const { return path; }
+    // Holds the object. ERROR_FILE_INVALID when the name leads to another one by now, an error of the search
+    // when it leads nowhere; when the object could not be found in the first place, the error of that search.
+    DWORD Find(HeldObject& object) const;
+
+  private:
+    DWORD FindByName(HeldObject& object) const;
+
+    struct Inside;
+    std::shared_ptr<const FolderHandle> start;
+    std::string path;
+    std::shared_ptr<const Inside> inside;  // null: nothing to be found
+};
+
+}  // namespace permora

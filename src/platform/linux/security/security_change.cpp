@@ -1,0 +1,189 @@
+#include "platform/linux/security/security_change.h"
+
+#include <cstring>
+#include <utility>
+
+#include "platform/api/errors.h"
+#include "platform/api/memory.h"
+#include "platform/linux/security/descriptor_view.h"
+#include "platform/linux/security/owner_setting.h"
+#include "platform/linux/security/propagation.h"
+#include "platform/nt/inheritance.h"
+
+namespace permora::host {
+namespace {
+
+constexpr SECURITY_INFORMATION kParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
+                                        DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
+constexpr SECURITY_INFORMATION kProtection =
+    PROTECTED_DACL_SECURITY_INFORMATION | UNPROTECTED_DACL_SECURITY_INFORMATION;
+
+constexpr WORD kDaclControl = SE_DACL_PRESENT | SE_DACL_DEFAULTED | SE_DACL_AUTO_INHERIT_REQ |
+                              SE_DACL_AUTO_INHERITED | SE_DACL_PROTECTED;
+constexpr WORD kSaclControl = SE_SACL_PRESENT | SE_SACL_DEFAULTED | SE_SACL_AUTO_INHERIT_REQ |
+                              SE_SACL_AUTO_INHERITED | SE_SACL_PROTECTED;
+
+void ClearControl(nt::SecurityDescriptor& descriptor, WORD bits) {
+    descriptor.control &= static_cast<WORD>(~bits);
+}
+
+// Leaves only the parts asked for, and of the control word only what speaks of them.
+void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION parts) {
+    if ((parts & OWNER_SECURITY_INFORMATION) == 0) {
+        descriptor.owner.reset();
+        ClearControl(descriptor, SE_OWNER_DEFAULTED);
+    }
+    if ((parts & GROUP_SECURITY_INFORMATION) == 0) {
+        descriptor.group.reset();
+        ClearControl(descriptor, SE_GROUP_DEFAULTED);
+    }
+    if ((parts & DACL_SECURITY_INFORMATION) == 0) {
+        descriptor.daclState = nt::DaclState::kAbsent;
+        ClearControl(descriptor, kDaclControl);
+    }
+    if ((parts & SACL_SECURITY_INFORMATION) == 0) {
+        descriptor.saclBytes.clear();
+        ClearControl(descriptor, kSaclControl);
+    }
+}
+
+bool TakeSid(PSID sid, nt::Sid& taken) {
+    const std::optional<nt::Sid> copy = SidOf(sid);
+    if (copy) taken = *copy;
+    return copy.has_value();
+}
+
+// What a folder hands down comes from its list; a folder that lets everyone do everything has none.
+const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor) {
+    static const nt::Acl kNothing;
+    return descriptor.daclState == nt::DaclState::kList ? descriptor.dacl : kNothing;
+}
+
+// The list that what the object inherits comes from; the root of a volume has no parent.
+DWORD ReadParentList(const ResolvedObject& target, DescriptorStore& store, nt::Acl& list) {
+    if (!target.parent) return ERROR_SUCCESS;
+    nt::SecurityDescriptor parent;
+    const DWORD error = store.Read(target.parent, parent);
+    if (error == ERROR_SUCCESS) list = ListOf(parent);
+    return error;
+}
+
+bool InheritsAfter(const SecurityChange& change, const nt::SecurityDescriptor& descriptor) {
+    if (!change.Has(DACL_SECURITY_INFORMATION) || !change.dacl ||
+        change.Has(PROTECTED_DACL_SECURITY_INFORMATION))
+        return false;
+    return change.Has(UNPROTECTED_DACL_SECURITY_INFORMATION) || !descriptor.IsDaclProtected();
+}
+
+// A list that is not protected gets what the parent hands down now in place of the inherited entries given:
+// those may come from another object. Without a parent the list stays as given.
+void SetList(const SecurityChange& change, const ResolvedObject& target, const nt::Acl& parentList,
+             nt::SecurityDescriptor& descriptor) {
+    if (change.Has(PROTECTED_DACL_SECURITY_INFORMATION)) descriptor.control |= SE_DACL_PROTECTED;
+    if (change.Has(UNPROTECTED_DACL_SECURITY_INFORMATION)) ClearControl(descriptor, SE_DACL_PROTECTED);
+    ClearControl(descriptor, SE_DACL_DEFAULTED);
+    descriptor.control |= SE_DACL_AUTO_INHERITED;
+    if (!change.dacl) {
+        descriptor.daclState = nt::DaclState::kNull;
+        return;
+    }
+    nt::Acl list = nt::MapGenericRights(*change.dacl, ListOf(descriptor));
+    descriptor.daclState = nt::DaclState::kList;
+    descriptor.dacl = std::move(list);
+    if (!descriptor.IsDaclProtected() && target.parent) JoinInherited(descriptor, parentList, target.object);
+}
+
+void Apply(const SecurityChange& change, const ResolvedObject& target, const nt::Acl& parentList,
+           nt::SecurityDescriptor& descriptor) {
+    if (change.Has(OWNER_SECURITY_INFORMATION)) SetOwnerIn(descriptor, change.owner);
+    if (change.Has(GROUP_SECURITY_INFORMATION)) {
+        descriptor.group = change.group;
+        ClearControl(descriptor, SE_GROUP_DEFAULTED);
+    }
+    if (change.Has(SACL_SECURITY_INFORMATION)) {
+        descriptor.saclBytes = change.sacl;
+        ClearControl(descriptor, SE_SACL_PRESENT | SE_SACL_DEFAULTED);
+        if (!change.sacl.empty()) descriptor.control |= SE_SACL_PRESENT;
+    }
+    if (change.Has(DACL_SECURITY_INFORMATION)) SetList(change, target, parentList, descriptor);
+}
+
+bool DaclBytes(nt::SecurityDescriptor descriptor, std::vector<std::uint8_t>& bytes) {
+    ReduceToParts(descriptor, DACL_SECURITY_INFORMATION);
+    return descriptor.AppendTo(bytes);
+}
+
+// Whether the object's list is still the one that was handed out as `expected`.
+bool HasListOf(const nt::SecurityDescriptor& descriptor, PSECURITY_DESCRIPTOR expected) {
+    const std::optional<nt::SecurityDescriptor> before = DescriptorValue(expected);
+    std::vector<std::uint8_t> bytesBefore;
+    std::vector<std::uint8_t> bytesNow;
+    return before && DaclBytes(*before, bytesBefore) && DaclBytes(descriptor, bytesNow) &&
+           bytesBefore == bytesNow;
+}
+
+// Reads, changes and writes the object itself; the object is read last before the write. `descriptor` is what
+// it has afterwards.
+DWORD ChangeObject(const ResolvedObject& target, const SecurityChange& change, PSECURITY_DESCRIPTOR expected,
+                   DescriptorStore& store, nt::SecurityDescriptor& descriptor) {
+    DWORD error = store.Read(target.object, descriptor);
+    if (error != ERROR_SUCCESS) return error;
+    nt::Acl parentList;
+    if (InheritsAfter(change, descriptor)) {
+        error = ReadParentList(target, store, parentList);
+        // Where the parent is asked by way of another process, that took a while.
+        if (error == ERROR_SUCCESS) error = store.Read(target.object, descriptor);
+        if (error != ERROR_SUCCESS) return error;
+    }
+    if (expected != nullptr && !HasListOf(descriptor, expected)) return ERROR_REVISION_MISMATCH;
+    Apply(change, target, parentList, descriptor);
+    return change.Has(OWNER_SECURITY_INFORMATION) ? WriteWithOwner(target.object, descriptor, store)
+                                                  : store.Write(target.object, descriptor);
+}
+
+}  // namespace
+
+DWORD HandOutDescriptor(nt::SecurityDescriptor descriptor, SECURITY_INFORMATION parts,
+                        UniqueLocal<void>& block) {
+    ReduceToParts(descriptor, parts);
+    std::vector<std::uint8_t> bytes;
+    if (!descriptor.AppendTo(bytes)) return ERROR_INVALID_SECURITY_DESCR;
+    UniqueLocal<void> made(LocalAlloc(LMEM_FIXED, bytes.size()));
+    if (!made) return ERROR_NOT_ENOUGH_MEMORY;
+    std::memcpy(made.get(), bytes.data(), bytes.size());
+    block = std::move(made);
+    return ERROR_SUCCESS;
+}
+
+DWORD TakeChange(SECURITY_INFORMATION information, PSID owner, PSID group, PACL dacl, PACL sacl,
+                 SecurityChange& change) {
+    const bool contradictsItself = (information & kProtection) == kProtection;
+    if ((information & kParts) == 0 || (information & ~(kParts | kProtection)) != 0 || contradictsItself) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    change.information = information;
+    if (change.Has(OWNER_SECURITY_INFORMATION) && !TakeSid(owner, change.owner)) return ERROR_INVALID_SID;
+    if (change.Has(GROUP_SECURITY_INFORMATION) && !TakeSid(group, change.group)) return ERROR_INVALID_SID;
+    if (change.Has(DACL_SECURITY_INFORMATION) && dacl != nullptr) {
+        change.dacl = EntriesOf(dacl);
+        if (!change.dacl) return ERROR_INVALID_ACL;
+    }
+    if (change.Has(SACL_SECURITY_INFORMATION) && sacl != nullptr) {
+        if (!IsValidAcl(sacl)) return ERROR_INVALID_ACL;
+        const auto bytes = ClaimedBytes(sacl);
+        change.sacl.assign(bytes.begin(), bytes.end());
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD ChangeSecurity(const ResolvedObject& target, const SecurityChange& change,
+                     PSECURITY_DESCRIPTOR expected, FailuresBelow& below) {
+    DescriptorStore store;
+    nt::SecurityDescriptor descriptor;
+    const DWORD error = ChangeObject(target, change, expected, store, descriptor);
+    const bool handsDown = change.Has(DACL_SECURITY_INFORMATION) && target.object.IsFolder();
+    if (error == ERROR_SUCCESS && handsDown) below = PropagateList(target.object, ListOf(descriptor), store);
+    return error;
+}
+
+}  // namespace permora::host

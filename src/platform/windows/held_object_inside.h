@@ -1,0 +1,19 @@
+// What is behind a HeldObject.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/held_object.h"
+
+namespace permora {
+
+struct HeldObject::Inside {
+    // For its attributes only. Whatever else is done opens the object again by this handle, never by a name.
+    UniqueHandle object;
+    UniqueHandle turns;  // the file with a lock for each object; null: no turn
+};
+
+// Opens what `object` holds once more.
+DWORD OpenAgain(HANDLE object, DWORD access, UniqueHandle& opened);
+
+}  // namespace permora
