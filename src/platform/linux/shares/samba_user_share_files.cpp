@@ -144,7 +144,7 @@ DWORD UserShareFolder::Hold(const std::string& name, UserShareFile& file) const 
     held.name = name;
     held.file.Reset(openat(folder.Get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
     if (!held.file || fstat(held.file.Get(), &held.status) != 0) return ErrorFromErrno(errno);
-    if (!S_ISREG(held.status.st_mode) || held.status.st_nlink != 1) return ERROR_ACCESS_DENIED;
+    if (!S_ISREG(held.status.st_mode)) return ERROR_ACCESS_DENIED;
     if (const DWORD error = ReadText(held.file.Get(), held.text); error != ERROR_SUCCESS) return error;
     file = std::move(held);
     return ERROR_SUCCESS;
@@ -160,6 +160,7 @@ DWORD UserShareFolder::CheckUnchanged(const UserShareFile& held) const {
 // Where the two files can change places, what was put aside is looked at once more: a user who has replaced
 // his own share in that very moment gets it back.
 DWORD UserShareFolder::Replace(const UserShareFile& held, const std::string& text) const {
+    if (held.status.st_nlink != 1) return ERROR_ACCESS_DENIED;
     std::string temporary;
     DWORD error = NewTemporaryName(temporary);
     if (error == ERROR_SUCCESS) error = MakeFile(folder.Get(), temporary, text, held.status);

@@ -35,11 +35,12 @@ class UserShareFolder {
     DWORD ListNames(std::vector<std::string>& names) const;
     // NERR_NetNameNotFound; NERR_DuplicateShare where it cannot be told which of several files it is.
     DWORD FindName(std::string_view share, std::string& name) const;
-    // ERROR_ACCESS_DENIED for what is no plain file with one name.
+    // ERROR_ACCESS_DENIED for what is no plain file.
     DWORD Hold(const std::string& name, UserShareFile& file) const;
 
     // Puts a new text in the place of the file that is held. The new file belongs to the old one's owner from
-    // the start. ERROR_FILE_INVALID when another file or text is there by now.
+    // the start. ERROR_FILE_INVALID when another file or text is there by now, ERROR_ACCESS_DENIED for a file
+    // that has further names, by which it may be somebody else's too.
     DWORD Replace(const UserShareFile& held, const std::string& text) const;
     DWORD Remove(const UserShareFile& held) const;
 

@@ -208,6 +208,15 @@ TEST_F(SambaSharesTest, AUsersShareStaysTheUsers) {
     EXPECT_EQ(SetList("mine", "D:(A;OICI;FR;;;WD)"), NERR_Success);
     EXPECT_EQ(ListOf("mine"), "D:(A;;FR;;;WD)");
 
+    // The server serves a file with two names; what it says under the other one is not for us to change.
+    const std::string other = "/var/lib/samba/other name";
+    ASSERT_EQ(link(file.c_str(), other.c_str()), 0);
+    EXPECT_THAT(Listed(), Contains(StartsWith("Mine|")));
+    EXPECT_EQ(ListOf("mine"), "D:(A;;FR;;;WD)");
+    EXPECT_EQ(SetList("mine", "D:(A;;FA;;;BA)"), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(ListOf("mine"), "D:(A;;FR;;;WD)");
+    ASSERT_EQ(unlink(other.c_str()), 0);
+
     // A file whose name looks like another share's text makes no one change that other share.
     std::ofstream("/var/lib/samba/usershares/x]\npath=\n[other") << ReadWholeFile(file);
     EXPECT_EQ(Delete("other"), NERR_NetNameNotFound);
