@@ -215,11 +215,16 @@ void Parser::AddOwner() {
     CLI::Option* set =
         owner->add_option("--set", account, R"(The new owner: a name, DOMAIN\name or a SID like S-1-1-0)");
     set->type_name("NAME");
+    CLI::Option* tree =
+        owner->add_flag("--tree", arguments.tree,
+                        "Make NAME the owner of everything below the folders too. Links and what\n"
+                        "is mounted below are not entered, and files with further names (hard\n"
+                        "links), which may be others' files, are passed over");
+    tree->needs(set);
     owner
-        ->add_flag("--tree", arguments.tree,
-                   "Make NAME the owner of everything below the folders too. Links and what\n"
-                   "is mounted below are not entered")
-        ->needs(set);
+        ->add_flag("--linked", arguments.linked,
+                   "With --tree, give also files with further names to NAME, under all of them")
+        ->needs(tree);
 }
 
 void Parser::AddEffective() {

@@ -59,7 +59,8 @@ struct Arguments {
     bool replaceNullList = false;
 
     // owner:
-    bool tree = false;  // everything below too
+    bool tree = false;    // everything below too
+    bool linked = false;  // of that also files with further names
 
     // accounts:
     std::string find;  // what to look for, as typed; empty: everything

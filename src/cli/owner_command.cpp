@@ -33,8 +33,8 @@ bool DoTarget(const Target& target, const HeldObject& object, PSID newOwner, Con
 
 // Everything below the folders among the targets. Each is found again: the trees before it may have taken
 // long. False when one was not; the progress tells all other failures.
-bool SetTrees(PSID newOwner, const std::vector<const Target*>& folders, TreeProgress& progress,
-              TreeCounts& counts, ConsoleMessages& messages) {
+bool SetTrees(PSID newOwner, LinkedFiles linked, const std::vector<const Target*>& folders,
+              TreeProgress& progress, TreeCounts& counts, ConsoleMessages& messages) {
     bool allFound = true;
     for (const Target* target : folders) {
         if (IsInterrupted()) break;
@@ -45,7 +45,7 @@ bool SetTrees(PSID newOwner, const std::vector<const Target*>& folders, TreeProg
             continue;
         }
         progress.SetTarget(*target);
-        const DWORD error = folder.SetOwnersBelow(newOwner, progress, counts);
+        const DWORD error = folder.SetOwnersBelow(newOwner, linked, progress, counts);
         if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED) continue;
         ++counts.passedOver;
         progress.PassOver("", error);
@@ -77,7 +77,9 @@ bool RunOwner(const Arguments& arguments, const AccountRecord& account, const st
     TreeCounts counts;
     {
         TreeProgress progress(arguments, messages);
-        allDone = SetTrees(newOwner, folders, progress, counts, messages) && allDone;
+        allDone = SetTrees(newOwner, arguments.linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,
+                           folders, progress, counts, messages) &&
+                  allDone;
     }
     PrintCounts(counts, false);
     if (IsInterrupted()) SayInterrupted(messages);

@@ -70,7 +70,12 @@ void TreeProgress::PassOver(const std::string& path, DWORD error) {
     if (!isTarget && !arguments.verbose) return;
     progress.Clear();
     messages.SetSubject(TypedPath(*target, path));
-    messages.SaySystemError(error);
+    if (error == kHasFurtherNames) {
+        messages.Say(
+            "not changed: it has further names (hard links) (--linked changes it under all of them)");
+    } else {
+        messages.SaySystemError(error);
+    }
 }
 
 void PrintCounts(const TreeCounts& counts, bool isDryRun) {

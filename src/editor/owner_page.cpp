@@ -24,9 +24,9 @@ constexpr int kColumnWidth = 500;
 class QuietWalk : public TreeObserver {
   public:
     bool Begin(const char* /*name*/) override { return !isStopped; }
-    void PassOver(const std::string& path, DWORD error) override { mounts.PassOver(path, error); }
+    void PassOver(const std::string& path, DWORD error) override { foreign.PassOver(path, error); }
 
-    MountedFolders mounts;
+    ForeignParts foreign;
 
   private:
     std::atomic<bool> isStopped = false;  // the program ends
@@ -48,11 +48,11 @@ void ApplyBelow(HWND window, std::span<const RememberedObject> items, PSID newOw
     TreeCounts counts;
     for (const RememberedObject& item : items) {
         HeldObject folder;
-        walk.mounts.SetItem(item.Path());
+        walk.foreign.SetItem(item.Path());
         if (FindFolder(window, item, folder))
-            static_cast<void>(folder.SetOwnersBelow(newOwner, walk, counts));
+            static_cast<void>(folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, walk, counts));
     }
-    walk.mounts.Tell(window);
+    walk.foreign.Tell(window);
 }
 
 }  // namespace

@@ -95,7 +95,8 @@ class HeldObject {
     // OWNER_SECURITY_INFORMATION would for each; the folder itself keeps its owner. It walks and answers as
     // SetListsBelow does, but on Windows too a link gets the owner itself. ERROR_INVALID_SID when `owner` is
     // not valid.
-    [[nodiscard]] DWORD SetOwnersBelow(PSID owner, TreeObserver& observer, TreeCounts& counts) const;
+    [[nodiscard]] DWORD SetOwnersBelow(PSID owner, LinkedFiles linked, TreeObserver& observer,
+                                       TreeCounts& counts) const;
 
   private:
     friend class FolderHandle;

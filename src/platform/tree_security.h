@@ -13,7 +13,7 @@
 #include <cstddef>
 #include <string>
 
-#include "platform/api/base.h"
+#include "platform/api/errors.h"
 
 namespace permora {
 
@@ -21,6 +21,15 @@ enum class TreeListMode {
     kWrite,
     kCountOnly,  // everything is read and nothing written: counts what kWrite would do
 };
+
+// A file with several names (hard links) has one owner under all of them, wherever they stand. Who may write
+// a file may mostly give it a name of his own, so a tree that others can write in may hold files that were
+// never theirs.
+enum class LinkedFiles {
+    kPassOver,  // with kHasFurtherNames
+    kChange,
+};
+inline constexpr DWORD kHasFurtherNames = ERROR_TOO_MANY_LINKS;
 
 struct TreeCounts {
     std::size_t changed = 0;

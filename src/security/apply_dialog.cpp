@@ -21,9 +21,9 @@ class StatusObserver : public TreeObserver {
         status.RedrawWindow();
         return !isStopped;
     }
-    void PassOver(const std::string& path, DWORD error) override { mounts.PassOver(path, error); }
+    void PassOver(const std::string& path, DWORD error) override { foreign.PassOver(path, error); }
 
-    MountedFolders mounts;
+    ForeignParts foreign;
 
   private:
     CStatic& status;
@@ -65,11 +65,11 @@ void ApplyDlg::Apply(HWND window, CStatic& status) {
     for (const RememberedObject& item : list ? items : std::span<const RememberedObject>()) {
         if (isStopped) break;
         HeldObject folder;
-        observer.mounts.SetItem(item.Path());
+        observer.foreign.SetItem(item.Path());
         if (!FindFolder(window, item, folder)) continue;
         static_cast<void>(folder.SetListsBelow(list.get(), TreeListMode::kWrite, observer, counts));
     }
-    if (list) observer.mounts.Tell(window);
+    if (list) observer.foreign.Tell(window);
     EndDialog(list ? IDOK : kCannotStart);
 }
 

@@ -25,17 +25,27 @@ bool FindFolder(HWND owner, const RememberedObject& item, HeldObject& folder) {
     return true;
 }
 
-void MountedFolders::PassOver(const std::string& path, DWORD error) {
-    if (error != ERROR_NOT_SAME_DEVICE) return;
-    if (count++ == 0) first = ChildPath(item, path);
+void ForeignParts::PassOver(const std::string& path, DWORD error) {
+    if (error != ERROR_NOT_SAME_DEVICE && error != kHasFurtherNames) return;
+    Parts& parts = error == kHasFurtherNames ? linked : mounted;
+    if (parts.count++ == 0) parts.first = ChildPath(item, path);
 }
 
-void MountedFolders::Tell(HWND owner) const {
-    if (count == 0) return;
-    std::string text = "Something is mounted on \"" + first + '"';
-    if (count > 1) text += " and on " + std::to_string(count - 1) + " more of the folders";
-    text += ". What is mounted is a volume of its own and was left as it is.";
-    ShowInfoBox(owner, text.c_str());
+void ForeignParts::Tell(HWND owner) const {
+    if (mounted.count > 0) {
+        std::string text = "Something is mounted on \"" + mounted.first + '"';
+        if (mounted.count > 1)
+            text += " and on " + std::to_string(mounted.count - 1) + " more of the folders";
+        text += ". What is mounted is a volume of its own and was left as it is.";
+        ShowInfoBox(owner, text.c_str());
+    }
+    if (linked.count > 0) {
+        std::string text = '"' + linked.first + "\" has further names (hard links)";
+        if (linked.count > 1)
+            text += ", and so have " + std::to_string(linked.count - 1) + " more of the files";
+        text += ". Under these it may be in another's folder, so it was left as it is.";
+        ShowInfoBox(owner, text.c_str());
+    }
 }
 
 }  // namespace permora

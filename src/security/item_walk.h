@@ -14,20 +14,26 @@ namespace permora {
 // been told.
 [[nodiscard]] bool FindFolder(HWND owner, const RememberedObject& item, HeldObject& folder);
 
-// Keeps which folders a walk passed over because something is mounted on them. Every other object that could
-// not be changed is passed over in silence; but what is mounted looks like a part of the tree and is none.
-class MountedFolders {
+// Keeps what a walk passed over although it looks like a part of the tree alone: folders on which something
+// is mounted, and files with further names. Every other object that could not be changed is passed over in
+// silence.
+class ForeignParts {
   public:
     void SetItem(const std::string& newItem) { item = newItem; }
     // As TreeObserver has it.
     void PassOver(const std::string& path, DWORD error);
-    // Says so in an information box; nothing when there were none.
+    // Says so in an information box for each kind; nothing when there were none.
     void Tell(HWND owner) const;
 
   private:
+    struct Parts {
+        std::string first;
+        std::size_t count = 0;
+    };
+
     std::string item;
-    std::string first;
-    std::size_t count = 0;
+    Parts mounted;
+    Parts linked;
 };
 
 }  // namespace permora

@@ -59,6 +59,28 @@ TEST(OwnerTest, OwnersOfItemsAndTreesStandOnTheDisk) {
     EXPECT_THAT(volume.Audit(), HasSubstr("No errors were found"));
 }
 
+// Whoever may write a file may mostly give it a name in a folder of his own.
+TEST(OwnerTest, ALinkedFileChangesHandsOnlyWhenThatIsAsked) {
+    const TemporaryFolder folder;
+    const std::string top = folder.MakeFolder("top");
+    const std::string outside = folder.MakeFile("outside");
+    ASSERT_EQ(SetDescriptorText(folder.MakeFile("top/plain"), "O:BA"), 0U);
+    if (const std::string reason = CannotHoldListsReason(top); !reason.empty()) GTEST_SKIP() << reason;
+    ASSERT_EQ(SetDescriptorText(outside, "O:BA"), 0U);
+    std::filesystem::create_hard_link(outside, top + "/linked");
+    const CommandResult given = RunCli({"owner", top, "--tree", "--set", "Guests"});
+    EXPECT_EQ(given.exitCode, 1);
+    EXPECT_THAT(given.output,
+                HasSubstr("permora-cli: " + top + "/linked: not changed: it has further names"));
+    EXPECT_THAT(given.output, HasSubstr("changed: 1, already so: 0, passed over: 1\n"));
+    EXPECT_EQ(RunCli({"owner", outside}).output, outside + ": BUILTIN\\Administrators\n");
+
+    const CommandResult asked = RunCli({"owner", top, "--tree", "--linked", "--set", "Guests"});
+    EXPECT_EQ(asked.exitCode, 0);
+    EXPECT_EQ(RunCli({"owner", outside}).output, outside + ": BUILTIN\\Guests\n");
+    EXPECT_EQ(RunCli({"owner", top, "--linked", "--set", "Guests"}).exitCode, 2);
+}
+
 TEST(EffectiveTest, SaysWhatTheListLeavesAndWhatItDoesNotTell) {
     const TemporaryFolder folder;
     if (const std::string reason = CannotHoldListsReason(folder.Path()); !reason.empty())

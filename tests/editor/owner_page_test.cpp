@@ -74,6 +74,8 @@ TEST_F(OwnerPage, SetsTheOwnerOfEveryItemAndOfWhatIsBelowTheFolders) {
 TEST_F(OwnerPage, WhatWasShownIsGivenAwayAndNothingElseThatHasItsName) {
     const std::string mounted = folder.MakeFolder("docs/mounted");
     const bool isMounted = mount("none", mounted.c_str(), "tmpfs", 0, nullptr) == 0;
+    Give(outside.MakeFile("linked"), "O:BG");
+    std::filesystem::create_hard_link(outside.Path("linked"), folder.Path("docs/linked"));
     Open({"docs", "data"}, [&](WindowDriver& window) {
         window.Click(IDC_REPLACE_CHILD_OWNERS);
         window.SelectRow(IDC_OWNER_CANDIDATES, 0);
@@ -83,12 +85,13 @@ TEST_F(OwnerPage, WhatWasShownIsGivenAwayAndNothingElseThatHasItsName) {
         ui.ExpectError("\"data\" is left alone: another object has this name since it was shown here.");
         ui.ExpectError(HasSubstr("What is below \"data\" is left alone"));
         if (isMounted) ui.ExpectInformation(HasSubstr("Something is mounted on \"docs\\mounted\"."));
+        ui.ExpectInformation(HasSubstr("\"docs\\linked\" has further names (hard links)."));
         window.Click(SheetButton::kOk);
     });
     if (isMounted) umount2(mounted.c_str(), MNT_DETACH);
     for (const char* name : {"docs", "docs/report"})
         EXPECT_EQ(Owner(name), "O:BA") << name;
-    for (const char* name : {"data", "data/report", "moved", "moved/report"})
+    for (const char* name : {"data", "data/report", "moved", "moved/report", "docs/linked"})
         EXPECT_EQ(Owner(name), "O:BG") << name;
 }
 

@@ -128,12 +128,17 @@ DWORD ReadList(std::string& path) {
 }
 
 // By a handle, since the call that takes a name gives what a link leads to the owner.
-DWORD WriteOwnerAt(const std::string& path, PSID owner) {
-    HANDLE handle = CreateFileA(
-        path.c_str(), WRITE_OWNER, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-        OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+DWORD WriteOwnerAt(const std::string& path, PSID owner, LinkedFiles linked) {
+    HANDLE handle =
+        CreateFileA(path.c_str(), WRITE_OWNER | FILE_READ_ATTRIBUTES,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                    FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE) return GetLastError();
     const UniqueHandle object(handle);
+    BY_HANDLE_FILE_INFORMATION info{};
+    if (GetFileInformationByHandle(handle, &info) == FALSE) return GetLastError();
+    const bool isFolder = (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    if (linked == LinkedFiles::kPassOver && !isFolder && info.nNumberOfLinks > 1) return kHasFurtherNames;
     return SetSecurityInfo(handle, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, owner, nullptr, nullptr,
                            nullptr);
 }
@@ -169,11 +174,14 @@ DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, TreeObserver& obse
     return TreeWalk(change, Links::kPassOver, observer, counts).Run(path.c_str());
 }
 
-DWORD HeldObject::SetOwnersBelow(PSID owner, TreeObserver& observer, TreeCounts& counts) const {
+DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, TreeObserver& observer,
+                                 TreeCounts& counts) const {
     if (IsValidSid(owner) == FALSE) return ERROR_INVALID_SID;
     std::string path;
     if (const DWORD error = PathOf(inside->object.get(), path); error != ERROR_SUCCESS) return error;
-    const auto writeOwner = [owner](const std::string& object) { return WriteOwnerAt(object, owner); };
+    const auto writeOwner = [owner, linked](const std::string& object) {
+        return WriteOwnerAt(object, owner, linked);
+    };
     return TreeWalk(writeOwner, Links::kChange, observer, counts).Run(path.c_str());
 }
 

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <linux/magic.h>
-#include <strings.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 
@@ -16,9 +15,9 @@
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/system_objects.h"
 #include "platform/linux/files/attributes.h"
-#include "platform/linux/files/extended_attributes.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/named_streams.h"
+#include "platform/linux/files/several_names.h"
 
 namespace permora {
 namespace host {
@@ -33,21 +32,6 @@ constexpr unsigned kZfsMagic = 0x2FC12FC1;
 constexpr std::array<unsigned, 8> kCopyOnWriteVolumes = {
     BTRFS_SUPER_MAGIC,     F2FS_SUPER_MAGIC, JFFS2_SUPER_MAGIC, NILFS_SUPER_MAGIC,
     OVERLAYFS_SUPER_MAGIC, kBcachefsMagic,   kUbifsMagic,       kZfsMagic};
-
-// A short name in the old style is a second one of NTFS's own, and goes with the first. A name that is both
-// long and short is one link, but the volume tells it as a short name too. In doubt there are several.
-DWORD AskSeveralNames(const ObjectHandle& file, const std::string& hostName, bool isNtfs, bool& answer) {
-    struct stat status {};
-    if (fstat(file.Descriptor(), &status) != 0) return ErrorFromErrno(errno);
-    bool hasShortName = false;
-    std::vector<std::uint8_t> value;
-    if (isNtfs && ReadExtendedAttribute(file, "system.ntfs_dos_name", value) == 0) {
-        const std::string shortName(value.begin(), std::find(value.begin(), value.end(), std::uint8_t{0}));
-        hasShortName = !shortName.empty() && strcasecmp(shortName.c_str(), hostName.c_str()) != 0;
-    }
-    answer = status.st_nlink > (hasShortName ? 2U : 1U);
-    return ERROR_SUCCESS;
-}
 
 DWORD AskCopyOnWrite(const ObjectHandle& file, bool& answer) {
     struct statfs status {};
@@ -123,8 +107,7 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
     bool isCompressed = false;
     DWORD error = host::ReadAttributes(file, {}, attributes);
     if (error == ERROR_SUCCESS && inside->isNtfs) error = host::ListStreams(file, streams, access);
-    if (error == ERROR_SUCCESS)
-        error = host::AskSeveralNames(file, inside->hostName, inside->isNtfs, hasSeveralNames);
+    if (error == ERROR_SUCCESS) error = host::AskSeveralNames(file, inside->hostName, hasSeveralNames);
     if (error == ERROR_SUCCESS) error = host::AskCopyOnWrite(file, isCopyOnWrite);
     if (error == ERROR_SUCCESS) error = host::AskCompressed(file, isCompressed);
     if (error != ERROR_SUCCESS) return error;

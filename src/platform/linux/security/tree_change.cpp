@@ -21,7 +21,7 @@ WalkDecision TreeChange::Visit(const ObjectHandle& object, const char* hostName,
         result = ERROR_OPERATION_ABORTED;
         return WalkDecision::kStop;
     }
-    const DWORD error = ChangeAndCount(object, depth);
+    const DWORD error = ChangeAndCount(object, hostName, depth);
     if (error != ERROR_SUCCESS) PassOver(error, name, depth);
     if (object.IsFolder()) {
         Enter(object, error, depth + 1);
@@ -30,10 +30,11 @@ WalkDecision TreeChange::Visit(const ObjectHandle& object, const char* hostName,
     return WalkDecision::kDescend;
 }
 
-DWORD TreeChange::ChangeAndCount(const ObjectHandle& object, std::size_t depth) {
+DWORD TreeChange::ChangeAndCount(const ObjectHandle& object, const char* hostName, std::size_t depth) {
     if (!store.CanHold(object)) return ERROR_NOT_SUPPORTED;
     Outcome outcome = Outcome::kUnchanged;
-    DWORD error = turn.Take(object);
+    DWORD error = Allow(object, hostName);
+    if (error == ERROR_SUCCESS) error = turn.Take(object);
     if (error == ERROR_SUCCESS) error = Change(object, depth, outcome);
     turn.Leave();
     if (error == ERROR_SUCCESS) ++(outcome == Outcome::kChanged ? counts.changed : counts.unchanged);

@@ -28,6 +28,8 @@ class TreeChange : public TreeVisitor {
     virtual DWORD Begin(const ObjectHandle& /*top*/) { return ERROR_SUCCESS; }
     // One object that can have a descriptor. A failure leaves it as it was.
     virtual DWORD Change(const ObjectHandle& object, std::size_t depth, Outcome& outcome) = 0;
+    // Whether it may be changed at all, asked before; an error code says why not. `hostName` is its name.
+    virtual DWORD Allow(const ObjectHandle& /*object*/, const char* /*hostName*/) { return ERROR_SUCCESS; }
     // A folder, whose contents have the depth `inside`, comes next; `error` is that of its own change.
     virtual void Enter(const ObjectHandle& /*folder*/, DWORD /*error*/, std::size_t /*inside*/) {}
 
@@ -36,7 +38,7 @@ class TreeChange : public TreeVisitor {
   private:
     WalkDecision Visit(const ObjectHandle& object, const char* hostName, std::size_t depth) override;
     void Fail(DWORD error, const char* hostName, std::size_t depth) override;
-    DWORD ChangeAndCount(const ObjectHandle& object, std::size_t depth);
+    DWORD ChangeAndCount(const ObjectHandle& object, const char* hostName, std::size_t depth);
     void PassOver(DWORD error, const std::string& name, std::size_t depth);
 
     TreeObserver& observer;

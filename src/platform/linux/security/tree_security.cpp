@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/api/errors.h"
+#include "platform/linux/files/several_names.h"
 #include "platform/linux/security/descriptor_view.h"
 #include "platform/linux/security/held_object_inside.h"
 #include "platform/linux/security/object_turn.h"
@@ -76,10 +77,17 @@ class ListSetting : public TreeChange {
 
 class OwnerSetting : public TreeChange {
   public:
-    OwnerSetting(const nt::Sid& account, TreeObserver& listener, TreeCounts& totals)
-        : TreeChange(listener, totals), owner(account) {}
+    OwnerSetting(const nt::Sid& account, LinkedFiles linkedFiles, TreeObserver& listener, TreeCounts& totals)
+        : TreeChange(listener, totals), owner(account), linked(linkedFiles) {}
 
   private:
+    DWORD Allow(const ObjectHandle& object, const char* hostName) override {
+        if (linked == LinkedFiles::kChange || object.IsFolder()) return ERROR_SUCCESS;
+        bool hasSeveralNames = false;
+        const DWORD error = AskSeveralNames(object, hostName, hasSeveralNames);
+        return error == ERROR_SUCCESS && hasSeveralNames ? kHasFurtherNames : error;
+    }
+
     DWORD Change(const ObjectHandle& object, std::size_t /*depth*/, Outcome& outcome) override {
         const DWORD error = store.Read(object, descriptor);
         if (error != ERROR_SUCCESS) return error;
@@ -90,6 +98,7 @@ class OwnerSetting : public TreeChange {
     }
 
     const nt::Sid owner;
+    const LinkedFiles linked;
     nt::SecurityDescriptor descriptor;
 };
 
@@ -106,10 +115,11 @@ DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, TreeObserver& obse
     return host::ListSetting(mapped, mode, observer, counts).Run(inside->target.object);
 }
 
-DWORD HeldObject::SetOwnersBelow(PSID owner, TreeObserver& observer, TreeCounts& counts) const {
+DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, TreeObserver& observer,
+                                 TreeCounts& counts) const {
     const std::optional<nt::Sid> account = host::SidOf(owner);
     if (!account) return ERROR_INVALID_SID;
-    return host::OwnerSetting(*account, observer, counts).Run(inside->target.object);
+    return host::OwnerSetting(*account, linked, observer, counts).Run(inside->target.object);
 }
 
 }  // namespace permora

@@ -209,7 +209,7 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     PSID sid = nullptr;
     ASSERT_TRUE(ConvertStringSidToSidA("S-1-22-1-1", &sid));
     const UniqueLocal<void> owner(sid);
-    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(sid, observer, counts), 0U);
+    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(sid, LinkedFiles::kPassOver, observer, counts), 0U);
     for (const char* name : {"folder", "folder/file", "link", "folder/outside"})
         EXPECT_EQ(ownerOf(tree.Path(name)), "O:S-1-22-1-1 1") << name;
     EXPECT_EQ(DaclText(file), "D:PAI(A;;FR;;;BG)");
@@ -217,9 +217,10 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     EXPECT_EQ(ownerOf(damaged), "error 1338 0");
     EXPECT_THAT(observer.passedOver, ElementsAre(Pair("damaged", ERROR_INVALID_SECURITY_DESCR)));
     EXPECT_EQ(counts.changed, 4U);
-    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(sid, observer, counts), 0U);
+    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(sid, LinkedFiles::kPassOver, observer, counts), 0U);
     EXPECT_EQ(counts.unchanged, 4U);
-    EXPECT_EQ(Held(tree.Path()).SetOwnersBelow(nullptr, observer, counts), ERROR_INVALID_SID);
+    EXPECT_EQ(Held(tree.Path()).SetOwnersBelow(nullptr, LinkedFiles::kPassOver, observer, counts),
+              ERROR_INVALID_SID);
 }
 
 }  // namespace
