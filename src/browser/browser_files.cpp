@@ -1,6 +1,5 @@
 // Commands that work on files: the clipboard, and the shell's file operations.
 #include <algorithm>
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -22,6 +21,8 @@ namespace permora {
 namespace {
 
 constexpr const char* kClipboardClosed = "Error: cannot open the clipboard.";
+constexpr const char* kClipboardSilent =
+    "Error: the program that the clipboard's contents are from does not answer.";
 
 // Has room for `bytes`; ends the process when there is no memory.
 UniqueLocal<char> AllocateOrEnd(HWND owner, std::size_t bytes) {
@@ -54,20 +55,22 @@ struct ClipboardContents {
     bool operator==(const ClipboardContents&) const = default;
 };
 
-// In the first format that is there; nothing when none is. Empty bytes where there is more than is taken.
-std::optional<ClipboardContents> ContentsOf(const Clipboard& clipboard) {
+// What is there in the first format that is; else `contents` is unchanged. Empty bytes where there is more
+// than is taken.
+ClipboardAnswer AskForContents(const Clipboard& clipboard, ClipboardContents& contents) {
+    if (clipboard.AwaitFormats() == ClipboardAnswer::kSilence) return ClipboardAnswer::kSilence;
     for (const char* name : {kClipboardFormatName, kGnomeFilesFormatName, kUriListFormatName}) {
-        const unsigned int format = RegisterClipboardFormat(name);
-        if (!Clipboard::IsFormatAvailable(format)) continue;
-        ClipboardContents contents;
-        contents.format = format;
-        contents.bytes = clipboard.GetData(format).value_or(std::vector<std::uint8_t>());
-        if (name == kUriListFormatName)
-            contents.kdeCut = clipboard.GetData(RegisterClipboardFormat(kKdeCutFormatName))
-                                  .value_or(std::vector<std::uint8_t>());
-        return contents;
+        ClipboardContents found;
+        found.format = RegisterClipboardFormat(name);
+        if (!Clipboard::IsFormatAvailable(found.format)) continue;
+        if (clipboard.GetData(found.format, found.bytes) == ClipboardAnswer::kSilence ||
+            (name == kUriListFormatName && clipboard.GetData(RegisterClipboardFormat(kKdeCutFormatName),
+                                                             found.kdeCut) == ClipboardAnswer::kSilence))
+            return ClipboardAnswer::kSilence;
+        contents = std::move(found);
+        return ClipboardAnswer::kGiven;
     }
-    return std::nullopt;
+    return ClipboardAnswer::kNothing;
 }
 
 const char* ReadContents(const ClipboardContents& contents, FileTransfer& transfer) {
@@ -146,11 +149,14 @@ void BrowserView::PasteFromClipboard() {
         ShowErrorBox(GetSafeHwnd(), kClipboardClosed);
         return;
     }
-    const auto contents = ContentsOf(clipboard);
+    ClipboardContents contents;
+    const ClipboardAnswer answer = AskForContents(clipboard, contents);
     FileTransfer transfer;
     bool isDone = false;
-    if (contents) {
-        const char* fault = ReadContents(*contents, transfer);
+    if (answer == ClipboardAnswer::kSilence) {
+        ShowErrorBox(GetSafeHwnd(), kClipboardSilent);
+    } else if (answer == ClipboardAnswer::kGiven) {
+        const char* fault = ReadContents(contents, transfer);
         if (fault != nullptr) {
             ShowErrorBox(GetSafeHwnd(), fault);
         } else if (MayWorkOnRows()) {
@@ -159,9 +165,10 @@ void BrowserView::PasteFromClipboard() {
         }
     }
     RefreshList();
+    if (!isDone || transfer.kind == TransferKind::kCopy) return;
     // What was cut is pasted once. Another program may have put something else there in the meantime.
-    if (isDone && transfer.kind == TransferKind::kMove && ContentsOf(clipboard) == contents)
-        clipboard.Empty();
+    ClipboardContents now;
+    if (AskForContents(clipboard, now) == ClipboardAnswer::kGiven && now == contents) clipboard.Empty();
 }
 
 void BrowserView::DeleteSelected() {

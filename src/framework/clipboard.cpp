@@ -1,6 +1,7 @@
 #include "framework/clipboard.h"
 
 #include "framework/clipboard_native.h"
+#include "framework/modal_window.h"
 
 namespace permora {
 namespace {
@@ -12,7 +13,8 @@ bool isHeld = false;  // by this program
 
 }  // namespace
 
-Clipboard::Clipboard(CWnd& owner) : isOpen(!isHeld && owner.HasWindow() && OpenNativeClipboard(owner)) {
+Clipboard::Clipboard(CWnd& ownerWindow)
+    : owner(ownerWindow), isOpen(!isHeld && owner.HasWindow() && OpenNativeClipboard(owner)) {
     if (isOpen) isHeld = true;
 }
 
@@ -30,9 +32,16 @@ bool Clipboard::SetData(unsigned int format, std::span<const std::uint8_t> bytes
     return isOpen && SetNativeClipboardData(format, bytes);
 }
 
-std::optional<std::vector<std::uint8_t>> Clipboard::GetData(unsigned int format) const {
-    if (!isOpen) return std::nullopt;
-    return NativeClipboardData(format, kLargestData);
+ClipboardAnswer Clipboard::AwaitFormats() const {
+    if (!isOpen) return ClipboardAnswer::kNothing;
+    const OwnerDisabler disabled(&owner);
+    return AwaitNativeClipboardFormats();
+}
+
+ClipboardAnswer Clipboard::GetData(unsigned int format, std::vector<std::uint8_t>& bytes) const {
+    if (!isOpen) return ClipboardAnswer::kNothing;
+    const OwnerDisabler disabled(&owner);
+    return NativeClipboardData(format, kLargestData, bytes);
 }
 
 }  // namespace permora

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <vector>
 
@@ -16,7 +15,8 @@ void CloseNativeClipboard();
 bool EmptyNativeClipboard();
 // Beside what this program has put there before, in other formats.
 bool SetNativeClipboardData(unsigned int format, std::span<const std::uint8_t> bytes);
-// Nothing when there is none in this format, or more than `limit` bytes.
-std::optional<std::vector<std::uint8_t>> NativeClipboardData(unsigned int format, std::size_t limit);
+// As the functions of Clipboard; more than `limit` bytes are none.
+ClipboardAnswer AwaitNativeClipboardFormats();
+ClipboardAnswer NativeClipboardData(unsigned int format, std::size_t limit, std::vector<std::uint8_t>& bytes);
 
 }  // namespace permora

@@ -89,8 +89,9 @@ TEST_F(BrowserFiles, GoToAndComeFromOtherProgramsOfTheDesktop) {
     Run(ID_EDIT_CUT);
     const std::string url = "file://" + folder.Path("from/a%20b.txt");
     const auto offered = [this](const char* format) {
-        const auto bytes = Clipboard(frame).GetData(RegisterClipboardFormat(format));
-        return bytes ? std::string(bytes->begin(), bytes->end()) : "none";
+        std::vector<std::uint8_t> bytes;
+        EXPECT_EQ(Clipboard(frame).GetData(RegisterClipboardFormat(format), bytes), ClipboardAnswer::kGiven);
+        return std::string(bytes.begin(), bytes.end());
     };
     EXPECT_EQ(offered(kUriListFormatName), url + "\r\n");
     EXPECT_EQ(offered(kGnomeFilesFormatName), "cut\n" + url);

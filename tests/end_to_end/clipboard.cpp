@@ -2,6 +2,9 @@
 //   permora-test-clipboard get FORMAT        writes what is there to standard output; fails when nothing is
 //   permora-test-clipboard put FORMAT TEXT   offers the text until another program does, and says "offered"
 //   first
+//   permora-test-clipboard hold              takes the clipboard, says "offered", and never answers anybody
+#include <unistd.h>
+
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
@@ -37,6 +40,15 @@ int Put(const QString& format, const char* text) {
     return QGuiApplication::exec();
 }
 
+// A program that hangs.
+[[noreturn]] void Hold() {
+    QGuiApplication::clipboard()->setText(QStringLiteral("never given"));
+    std::puts("offered");
+    std::fflush(stdout);
+    for (;;)
+        pause();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -44,6 +56,7 @@ int main(int argc, char** argv) {
     const std::string_view command = argc > 2 ? argv[1] : "";
     if (command == "get" && argc == 3) return Get(QString::fromUtf8(argv[2]));
     if (command == "put" && argc == 4) return Put(QString::fromUtf8(argv[2]), argv[3]);
-    std::fprintf(stderr, "usage: permora-test-clipboard get FORMAT | put FORMAT TEXT\n");
+    if (argc == 2 && std::string_view(argv[1]) == "hold") Hold();
+    std::fprintf(stderr, "usage: permora-test-clipboard get FORMAT | put FORMAT TEXT | hold\n");
     return EXIT_FAILURE;
 }

@@ -47,12 +47,23 @@ Restore() {
 # Offered FORMAT: what the program has put on the clipboard.
 Offered() { "$programs/permora-test-clipboard" get "$1"; }
 NotOffered() { ! Offered "$1"; }
-# Offer FORMAT TEXT: by another program, on which the script goes on to wait.
-Offer() {
+# TakeClipboard COMMAND...: by another program, on which the script goes on to wait.
+TakeClipboard() {
     rm -f "$work/offered"
-    "$programs/permora-test-clipboard" put "$1" "$2" >"$work/offered" 2>&1 &
+    "$programs/permora-test-clipboard" "$@" >"$work/offered" 2>&1 &
     desktopPids+=($!)
     WaitUntil "the other program's offer" grep -q offered "$work/offered"
+}
+Offer() { TakeClipboard put "$1" "$2"; } # FORMAT TEXT
+# ServedDuring SECONDS COMMAND...: the window is served all that time, in which the command runs. Far more is allowed than
+# it takes, for machines that have other things to do.
+ServedDuring() {
+    local seconds=$1 watcher
+    shift
+    "$programs/permora-test-window-answers" "$window" "$seconds" 1000 >"$work/longest" &
+    watcher=$!
+    "$@"
+    wait "$watcher" || Fail "the window took $(cat "$work/longest") ms to answer"
 }
 HasHiddenBit() { [ $((0x$(getfattr --only-values -n system.ntfs_attrib_be "$1" | xxd -p) & 2)) -ne 0 ]; }
 
@@ -144,6 +155,32 @@ WaitUntil "the clipboard to be emptied" NotOffered x-special/gnome-copied-files
 Offer text/uri-list "file://elsewhere.example/etc/passwd"
 OpenDialog "Permora Error" Keys ctrl+v
 CloseDialog "Permora Error" "$window" Keys Return
+
+# Texts between the address field and other programs, and within it.
+GoTo "$local/Source"
+Offer text/plain "C:$local/Back"
+ClickAt "${addressField[@]}"
+Keys ctrl+a ctrl+v Return
+WaitForFolder "$local/Back"
+ClickAt "${addressField[@]}"
+Keys ctrl+a ctrl+c
+xdotool type --delay 20 "C:/"
+Keys Return
+WaitForFolder /
+ClickAt "${addressField[@]}"
+Keys ctrl+a ctrl+v Return
+WaitForFolder "$local/Back"
+Keys Tab Tab
+
+# With one that has taken the clipboard and hangs.
+TakeClipboard hold
+ServedDuring 5 OpenDialog "Permora Error" Keys ctrl+v
+CloseDialog "Permora Error" "$window" Keys Return
+ServedDuring 1 Step "context-menu-of-a-silent-clipboard" Keys shift+F10
+Keys Escape
+ClickAt "${addressField[@]}"
+ServedDuring 5 OpenDialog "Clipboard" Keys ctrl+v
+CloseDialog "Clipboard" "$window" Keys Return
 
 TypeLocation / # the volume is left before it is unmounted
 WaitForFolder /

@@ -47,6 +47,7 @@ void EndToolkit() {
 QtApplication::QtApplication(int& argc, char** argv)
     : application(argc, argv),
       bridge(std::make_unique<qt::ThreadBridge>()),
+      clipboardOffer(qt::HasSelections() ? std::make_unique<qt::ClipboardOffer>() : nullptr),
       endSignals(EndToolkit),
       presenter(std::make_unique<qt::WindowPresenter>()),
       fileOperations(std::make_unique<qt::FileOperationWindows>()) {

@@ -6,6 +6,7 @@
 
 #include "framework/qt/end_signals.h"
 #include "framework/qt/file_types.h"
+#include "framework/qt/selection_request.h"
 #include "framework/qt/thread_bridge.h"
 #include "platform/file_operation_presenter.h"
 #include "platform/message_presenter.h"
@@ -28,6 +29,7 @@ class QtApplication {
   private:
     QApplication application;
     std::unique_ptr<qt::ThreadBridge> bridge;
+    std::unique_ptr<qt::ClipboardOffer> clipboardOffer;  // where the desktop is an X server's
     qt::EndSignals endSignals;
     qt::DesktopFileTypes fileTypes;
     std::unique_ptr<MessagePresenter> presenter;

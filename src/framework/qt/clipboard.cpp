@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "framework/clipboard_native.h"
+#include "framework/qt/selection_request.h"
 #include "framework/qt/widget.h"
 
 namespace permora {
@@ -27,6 +28,18 @@ QString MimeTypeOf(unsigned int format) {
     return Formats().value(static_cast<qsizetype>(format) - kFirstFormat);
 }
 
+// What this program has put on the clipboard last.
+QPointer<const QMimeData>& Placed() {
+    static QPointer<const QMimeData> placed;
+    return placed;
+}
+
+// The same, if it is still there; else null.
+const QMimeData* OwnData() {
+    const QMimeData* placed = Placed();
+    return placed != nullptr && placed == QGuiApplication::clipboard()->mimeData() ? placed : nullptr;
+}
+
 }  // namespace
 
 unsigned int RegisterClipboardFormat(const std::string& name) {
@@ -40,8 +53,16 @@ unsigned int RegisterClipboardFormat(const std::string& name) {
 
 bool Clipboard::IsFormatAvailable(unsigned int format) {
     const QString type = MimeTypeOf(format);
+    if (type.isEmpty()) return false;
+    if (const QMimeData* own = OwnData()) return own->hasFormat(type);
+    if (const qt::ClipboardOffer* offer = qt::ClipboardOffer::Current()) return offer->Has(type.toUtf8());
     const QMimeData* data = QGuiApplication::clipboard()->mimeData();
-    return !type.isEmpty() && data != nullptr && data->hasFormat(type);
+    return data != nullptr && data->hasFormat(type);
+}
+
+ClipboardAnswer AwaitNativeClipboardFormats() {
+    const qt::ClipboardOffer* offer = OwnData() == nullptr ? qt::ClipboardOffer::Current() : nullptr;
+    return offer == nullptr || offer->Await() ? ClipboardAnswer::kGiven : ClipboardAnswer::kSilence;
 }
 
 // The desktop knows no owner of an open clipboard.
@@ -62,23 +83,35 @@ bool SetNativeClipboardData(unsigned int format, std::span<const std::uint8_t> b
     QClipboard& clipboard = *QGuiApplication::clipboard();
     auto data = std::make_unique<QMimeData>();
     // What is there in other formats stays if it is this program's own.
-    static QPointer<const QMimeData> placed;
-    if (placed != nullptr && placed == clipboard.mimeData()) {
-        for (const QString& other : placed->formats())
-            data->setData(other, placed->data(other));
+    if (const QMimeData* own = OwnData()) {
+        for (const QString& other : own->formats())
+            data->setData(other, own->data(other));
     }
     data->setData(
         type, QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())));
-    placed = data.get();
+    Placed() = data.get();
     clipboard.setMimeData(data.release());
     return Clipboard::IsFormatAvailable(format);
 }
 
-std::optional<std::vector<std::uint8_t>> NativeClipboardData(unsigned int format, std::size_t limit) {
-    if (!Clipboard::IsFormatAvailable(format)) return std::nullopt;
-    const QByteArray data = QGuiApplication::clipboard()->mimeData()->data(MimeTypeOf(format));
-    if (static_cast<std::size_t>(data.size()) > limit) return std::nullopt;
-    return std::vector<std::uint8_t>(data.begin(), data.end());
+ClipboardAnswer NativeClipboardData(unsigned int format, std::size_t limit,
+                                    std::vector<std::uint8_t>& bytes) {
+    if (!Clipboard::IsFormatAvailable(format)) return ClipboardAnswer::kNothing;
+    const QString type = MimeTypeOf(format);
+    QByteArray data;
+    if (OwnData() != nullptr || qt::ClipboardOffer::Current() == nullptr) {
+        data = QGuiApplication::clipboard()->mimeData()->data(type);
+    } else {
+        const auto request = std::make_unique<qt::SelectionRequest>(
+            qt::SelectionKind::kClipboard, type.toUtf8(), static_cast<qsizetype>(limit));
+        const auto state = qt::SelectionRequest::Await(request);
+        if (state == qt::SelectionRequest::State::kWaiting) return ClipboardAnswer::kSilence;
+        if (state == qt::SelectionRequest::State::kRefused) return ClipboardAnswer::kNothing;
+        data = request->Bytes();
+    }
+    if (static_cast<std::size_t>(data.size()) > limit) return ClipboardAnswer::kNothing;
+    bytes.assign(data.begin(), data.end());
+    return ClipboardAnswer::kGiven;
 }
 
 }  // namespace permora

@@ -3,7 +3,6 @@
 #include <QComboBox>
 #include <QGroupBox>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QPainter>
 #include <QRadioButton>
 #include <QSignalBlocker>
@@ -12,6 +11,7 @@
 #include "framework/list_native.h"
 #include "framework/qt/dialog_style.h"
 #include "framework/qt/image.h"
+#include "framework/qt/line_edit.h"
 #include "framework/qt/push_button.h"
 #include "framework/qt/static_controls.h"
 #include "framework/qt/tabs.h"
@@ -22,6 +22,7 @@ namespace permora {
 namespace {
 
 using qt::FromQt;
+using qt::LineEdit;
 using qt::PushButton;
 using qt::ToQt;
 using qt::WidgetWindow;
@@ -191,23 +192,6 @@ class GroupBoxWindow final : public WidgetWindow<NativeWindow> {
 
   private:
     QGroupBox& Box() const { return static_cast<QGroupBox&>(Widget()); }
-};
-
-// Keeps the keys that delete words, which the frame has commands for; the toolkit keeps the other editing
-// keys.
-class LineEdit : public QLineEdit {
-  public:
-    using QLineEdit::QLineEdit;
-
-  protected:
-    bool event(QEvent* event) override {
-        if (event->type() == QEvent::ShortcutOverride) {
-            const auto& key = static_cast<const QKeyEvent&>(*event);
-            if (key.matches(QKeySequence::DeleteEndOfWord) || key.matches(QKeySequence::DeleteStartOfWord))
-                event->accept();
-        }
-        return QLineEdit::event(event);
-    }
 };
 
 class EditWindow final : public WidgetWindow<NativeEdit> {

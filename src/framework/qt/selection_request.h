@@ -1,0 +1,92 @@
+// What other programs offer in the selections of an X server: the clipboard, and what is marked with the
+// mouse.
+//
+// The toolkit asks for it too, but keeps the window from being served meanwhile, for five seconds with each
+// question to a program that does not answer. Protocol: "Peer-to-Peer Communication by Means of Selections"
+// in the Inter-Client Communication Conventions Manual.
+#pragma once
+
+#include <QAbstractNativeEventFilter>
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QMetaObject>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+struct xcb_connection_t;
+struct xcb_property_notify_event_t;
+struct xcb_selection_notify_event_t;
+
+namespace permora::qt {
+
+// False where the display is another than an X server's; nothing here works then.
+bool HasSelections();
+
+enum class SelectionKind { kClipboard, kPrimary };
+
+// One question and the answer to it, which the user-interface thread's events bring.
+class SelectionRequest : public QAbstractNativeEventFilter {
+  public:
+    enum class State { kWaiting, kGiven, kRefused };
+
+    // Asks for a form of the selection, such as "text/uri-list". An answer of more than `limit` bytes counts
+    // as refused. `whenEnded`, which may be empty, is called in the state that the request ends in.
+    SelectionRequest(SelectionKind kind, const QByteArray& form, qsizetype limit,
+                     std::function<void()> whenEnded = {});
+    ~SelectionRequest() override;
+    SelectionRequest(const SelectionRequest&) = delete;
+    SelectionRequest& operator=(const SelectionRequest&) = delete;
+
+    State GetState() const { return state; }
+    const QByteArray& Bytes() const { return bytes; }
+    bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
+
+    // Serves the windows, which take nothing from the user, until the answer is there or the other side has
+    // been silent for some seconds: the request goes on waiting then. `request` may be replaced meanwhile.
+    static State Await(const std::unique_ptr<SelectionRequest>& request);
+
+  private:
+    bool Take(const xcb_selection_notify_event_t& event);
+    bool Take(const xcb_property_notify_event_t& event);
+    void TakeBytes();
+    void End(State newState);
+
+    xcb_connection_t* connection;
+    qsizetype limit;
+    std::function<void()> whenEnded;
+    State state = State::kWaiting;
+    bool comesInPieces = false;
+    std::uint32_t window = 0;
+    std::uint32_t property = 0;
+    QByteArray bytes;
+    QElapsedTimer sinceLastSign;
+};
+
+// What the clipboard's owner offers. It is asked whenever there is another one, and nobody waits for it.
+class ClipboardOffer {
+  public:
+    ClipboardOffer();
+    ~ClipboardOffer();
+    ClipboardOffer(const ClipboardOffer&) = delete;
+    ClipboardOffer& operator=(const ClipboardOffer&) = delete;
+
+    // The application's; null while there is none, or no X server.
+    static ClipboardOffer* Current();
+
+    // False while the owner has not said what it offers.
+    bool Has(const QByteArray& form) const;
+    // As SelectionRequest::Await. False: the owner does not answer.
+    bool Await() const;
+
+  private:
+    void Ask();
+    void TakeForms();
+
+    QMetaObject::Connection whenChanged;
+    std::unique_ptr<SelectionRequest> request;
+    std::vector<std::uint32_t> forms;
+};
+
+}  // namespace permora::qt
