@@ -113,7 +113,7 @@ ItemsWritten WriteListToItems(HWND owner, std::span<const RememberedObject> item
         HeldObject object;
         FailuresBelow below;
         if (FindItem(owner, item, object)) {
-            const PACL dacl = object.IsFolder() ? lists.forFolders : lists.forFiles;
+            PACL dacl = object.IsFolder() ? lists.forFolders : lists.forFiles;
             DWORD error = object.WriteList(information, dacl, expected, below);
             if (error == ERROR_REVISION_MISMATCH && expected != nullptr) {
                 if (!MayOverwrite(owner, item.Path())) return ItemsWritten::kReadAnew;
