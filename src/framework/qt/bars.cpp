@@ -226,13 +226,14 @@ void WatchKeys(CWnd& pane, std::function<void()> onEnter, std::function<void()> 
             const bool isKey = event.type() == QEvent::KeyPress;
             if (!isKey && event.type() != QEvent::ShortcutOverride) return false;
             const auto& press = static_cast<QKeyEvent&>(event);
+            if (press.isAutoRepeat()) return false;
             const bool isEnter = press.key() == Qt::Key_Return || press.key() == Qt::Key_Enter;
             if (press.key() != Qt::Key_Escape && !(isKey && isEnter)) return false;
             event.accept();
             if (!isKey) return true;
             if (isEnter) {
                 enter();
-            } else if (!press.isAutoRepeat() && !qt::IsLateEscape(widget)) {
+            } else if (!qt::IsLateEscape(widget)) {
                 escape();
             }
             return true;

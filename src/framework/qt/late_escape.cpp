@@ -1,5 +1,6 @@
 #include "framework/qt/late_escape.h"
 
+#include <QKeyEvent>
 #include <QVariant>
 #include <chrono>
 
@@ -12,6 +13,10 @@ using Clock = std::chrono::steady_clock;
 
 constexpr char kGivenBack[] = "permoraGivenBack";  // a time of the clock, in its ticks
 
+bool IsEscape(const QEvent& event, QEvent::Type type) {
+    return event.type() == type && static_cast<const QKeyEvent&>(event).key() == Qt::Key_Escape;
+}
+
 // What was typed while the program worked comes after the activation, which waited as well.
 class GivenBackWatch {
   public:
@@ -19,14 +24,25 @@ class GivenBackWatch {
     bool operator()(const QEvent& event) {
         const bool isUnblocked = event.type() == QEvent::WindowUnblocked;
         const bool isActivated = event.type() == QEvent::WindowActivate;
-        if (isUnblocked || (isActivated && awaitsActivation))
+        const bool isStillHeld = IsHeldEscape(event) && IsLateEscape(window);
+        if (IsEscape(event, QEvent::KeyRelease)) released = static_cast<const QKeyEvent&>(event).timestamp();
+        if (isUnblocked || (isActivated && awaitsActivation) || isStillHeld)
             window.setProperty(kGivenBack, qlonglong{Clock::now().time_since_epoch().count()});
         if (isUnblocked || isActivated) awaitsActivation = isUnblocked;
         return false;
     }
 
   private:
+    // The display tells a repetition as a release and a press at one time; the toolkit does not see all of
+    // them.
+    bool IsHeldEscape(const QEvent& event) const {
+        if (!IsEscape(event, QEvent::ShortcutOverride)) return false;
+        const auto& key = static_cast<const QKeyEvent&>(event);
+        return key.isAutoRepeat() || (released != 0 && key.timestamp() == released);
+    }
+
     QWidget& window;
+    quint64 released = 0;  // Escape, at last
     bool awaitsActivation = false;
 };
 
@@ -38,7 +54,8 @@ void WatchForLateEscape(QWidget& window) {
 }
 
 bool IsLateEscape(const QWidget& widget) {
-    constexpr std::chrono::milliseconds kMoment(400);
+    // Longer than a key must be held before it repeats. Not every repetition can be told from a press.
+    constexpr std::chrono::milliseconds kMoment(750);
     const QVariant givenBack = widget.window()->property(kGivenBack);
     if (!givenBack.isValid()) return false;
     const Clock::time_point time{Clock::duration(givenBack.toLongLong())};
