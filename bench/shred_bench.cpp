@@ -29,6 +29,12 @@ class Deletion : public permora::SecureDeleteHost {
     void Failed(const permora::DeletionFailure& failure) override {
         Check(false, failure.name + ": error " + std::to_string(failure.error));
     }
+    // As the terminal program without --force, which looks at each file.
+    permora::FileScrutiny Scrutiny() const override { return permora::FileScrutiny::kObstacles; }
+    bool MayOverwrite(const std::string& name,
+                      const std::vector<permora::OverwriteObstacle>& /*obstacles*/) override {
+        return Check(false, name + ": refused");
+    }
 
   private:
     std::atomic<bool> stop = false;
@@ -49,7 +55,8 @@ void DeleteWithOurs(const std::string& top) {
     Deletion host;
     permora::FolderHandle folder;
     if (Check(permora::FolderHandle::OpenCurrent(folder) == 0, "the folder cannot be opened"))
-        permora::SecureDeleteItem(host, folder, path.filename().string());
+        permora::SecureDeleteItem(host, folder, permora::HoldDeletionItem(folder, path.filename().string()));
+    host.seclusion.End();
     std::filesystem::current_path("/");
 }
 

@@ -320,35 +320,37 @@ void CMainFrame::EditItemAt(const std::string& path) {
     if (canGoBack) SetCurrentDirectoryA(before.c_str());
 }
 
+// What is selected is held before the question, and what is held is deleted.
 void CMainFrame::StartSecureDeletion() {
+    constexpr const char* kCaption = "Secure deletion";
     const std::span<const LPCSTR> names = view.GetSelectedNames();
+    CSecureDelete dialog(this);
     if (names.empty()) {
         ShowInfoBox(GetSafeHwnd(), kSelectItems);
-    } else if (MayDeleteSelection()) {
-        DeleteItems(names);
+    } else if (view.currentFolder.empty()) {
+        MessageBoxA(GetSafeHwnd(), "Cannot remove disk drive.", kCaption, MB_OK | MB_ICONWARNING);
+    } else if (!HoldSelection(names, dialog.chosen)) {
+        view.RefreshList();
+    } else if (MayDeleteSelection(kCaption)) {
+        dialog.DoModal();
         view.RefreshList();
     }
     view.ReleaseSelection();
 }
 
-void CMainFrame::DeleteItems(std::span<const char* const> names) {
-    if (!view.MayWorkOnRows()) return;
-    CSecureDelete dialog(this);
-    dialog.names = names;
-    dialog.DoModal();
+bool CMainFrame::HoldSelection(std::span<const char* const> names, DeletionItems& chosen) {
+    if (!view.MayWorkOnRows()) return false;
+    const DWORD error = HoldDeletionItems(names, chosen);
+    if (error != ERROR_SUCCESS) ShowSystemErrorBox(GetSafeHwnd(), error);
+    return error == ERROR_SUCCESS;
 }
 
-bool CMainFrame::MayDeleteSelection() {
-    constexpr const char* kCaption = "Secure deletion";
-    if (view.currentFolder.empty()) {
-        MessageBoxA(GetSafeHwnd(), "Cannot remove disk drive.", kCaption, MB_OK | MB_ICONWARNING);
-        return false;
-    }
+bool CMainFrame::MayDeleteSelection(const char* caption) const {
     return settings.block.askBeforeSecureDeletion == 0 ||
            MessageBoxA(GetSafeHwnd(),
                        "You will not be able to restore information.\nAre you sure you want to delete the "
                        "selected items?",
-                       kCaption, MB_YESNO | MB_ICONQUESTION) == IDYES;
+                       caption, MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
 
 void CMainFrame::StartWizard() {
@@ -363,6 +365,7 @@ void CMainFrame::StartWizard() {
                           .askBeforeSecureDeletion = settings.block.askBeforeSecureDeletion != 0,
                           .showIntermediateInfo = &settings.block.showIntermediateInfo});
     wizardSheet.DoModal();
+    wizardSheet.SetItems({});
     if (!view.currentFolder.empty()) view.RefreshList();
     view.RedrawWindow();
 }

@@ -6,6 +6,7 @@
 #include "app/settings_record.h"
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
+#include "deletion/deletion_items.h"
 #include "editor/security_sheet.h"
 #include "framework/bars.h"
 #include "framework/frame_window.h"
@@ -62,12 +63,12 @@ class CMainFrame : public CFrameWnd {
     void EditSettings();
     void OpenSecurityEditor();
     void StartSecureDeletion();
-    bool MayDeleteSelection();
+    bool HoldSelection(std::span<const char* const> names, DeletionItems& chosen);
+    bool MayDeleteSelection(const char* caption) const;
     void StartWizard();
     void EditItems(std::span<const char* const> names);
     void EditItemAt(const std::string& path);
     void EditShares(std::span<const char* const> names);
-    void DeleteItems(std::span<const char* const> names);
     void OnUpdateFileCommand(Notification& notification);
     void OnUpdateSharesMode(Notification& notification);
 

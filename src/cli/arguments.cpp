@@ -246,7 +246,8 @@ void Parser::AddShred() {
                     "Delete also files whose contents are known to stay on the disk or under\n"
                     "another name: on copy-on-write file systems, compressed, encrypted or sparse\n"
                     "ones on NTFS, ones with hard links, ones with named streams that move, ones\n"
-                    "that are written by way of a journal");
+                    "that are written by way of a journal; and those of which it cannot be known\n"
+                    "whether they have further names or another program has them open");
     shred->add_flag("--quiet", arguments.quiet, "No progress line on a terminal");
 }
 

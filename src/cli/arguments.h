@@ -74,7 +74,7 @@ struct Arguments {
     bool verbose = false;  // always so for owner
 
     // shred:
-    bool force = false;  // also what cannot be overwritten in place
+    bool force = false;  // also what cannot be overwritten in place, or not for certain
 
     // setup:
     bool allUsers = false;

@@ -65,7 +65,6 @@ bool RunCommand(const Arguments& arguments, const AccountRecord& account, const 
     if (arguments.command == Command::kOwner) return RunOwner(arguments, account, targets, messages);
     if (arguments.command == Command::kEffective) return RunEffective(arguments, account, targets, messages);
     if (arguments.command == Command::kAssign) return RunAssign(arguments, account, targets, messages);
-    if (arguments.command == Command::kShred) return RunShred(arguments, targets, messages);
     return RunChange(arguments, account, targets, messages);
 }
 
@@ -84,8 +83,11 @@ int Run(const Arguments& arguments) {
     bool allDone = targets.size() == arguments.paths.size();
     if (arguments.command == Command::kReset && !ConfirmReset(arguments, targets, messages))
         return kExitUsage;
-    if (arguments.command == Command::kShred && !ConfirmShred(arguments, targets, messages))
-        return kExitUsage;
+    if (arguments.command == Command::kShred) {
+        ShredRun shred(arguments, targets, messages);
+        if (!shred.Confirm()) return kExitUsage;
+        return shred.Run() && allDone ? kExitDone : kExitSomeFailed;
+    }
     allDone = RunCommand(arguments, account, targets, messages) && allDone;
     return allDone ? kExitDone : kExitSomeFailed;
 }

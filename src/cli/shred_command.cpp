@@ -1,34 +1,63 @@
 #include "cli/shred_command.h"
 
-#include <cstdint>
+#include <cstddef>
+#include <string>
+#include <utility>
 
 #include "cli/consent.h"
 #include "cli/terminal_output.h"
 #include "cli/tree_progress.h"
+#include "deletion/folder_trail.h"
 #include "deletion/secure_delete.h"
 #include "platform/api/errors.h"
 
 namespace permora {
 namespace {
 
-const char* TextOf(OverwriteObstacle obstacle) {
-    switch (obstacle) {
-        case OverwriteObstacle::kSeveralNames:
-            return "it has further names (hard links)";
-        case OverwriteObstacle::kCopyOnWriteVolume:
-            return "its file system never writes over what is there";
-        case OverwriteObstacle::kCompressed:
-            return "it is compressed";
-        case OverwriteObstacle::kEncrypted:
-            return "it is encrypted";
-        case OverwriteObstacle::kSparse:
-            return "it is sparse";
-        case OverwriteObstacle::kNamedStreams:
-            return "it has named streams, which this mount moves when it writes them";
-        case OverwriteObstacle::kJournaled:
-            return "its file system writes it by way of the journal";
+// Of so many folders each is held by itself. Targets of a command line mostly lie in one.
+constexpr std::size_t kMostHeldFolders = 256;
+
+bool LieInOneFolder(const Target& one, const Target& other) {
+    return one.folder == other.folder && one.start == other.start &&
+           one.folderFromStart == other.folderFromStart;
+}
+
+DWORD OpenFolderOf(const Target& target, FolderHandle& folder) {
+    const DWORD error = EnterFolder(target);
+    return error == ERROR_SUCCESS ? FolderHandle::OpenCurrent(folder) : error;
+}
+
+// The current directory itself is found by its name in the folder above, which may lead elsewhere already.
+DWORD VerifyStart(const Target& target, const EntryIdentity& identity) {
+    const bool isStart = target.start && target.folderFromStart == "..\\";
+    return isStart ? target.start->VerifyItself(identity) : ERROR_SUCCESS;
+}
+
+// `before`, which may be null, was held last.
+HeldTarget Hold(const Target& target, const HeldTarget* before, std::size_t& folderCount) {
+    HeldTarget held;
+    held.target = target;
+    held.item.name = target.name;
+    if (target.place == ItemPlace::kDriveRoot) return held;
+    std::shared_ptr<const FolderHandle> folder;
+    if (before != nullptr && before->folder && LieInOneFolder(before->target, target) &&
+        !target.endsWithSeparator) {
+        folder = before->folder;
+    } else {
+        auto opened = std::make_shared<FolderHandle>();
+        held.item.error = OpenFolderOf(target, *opened);
+        if (held.item.error != ERROR_SUCCESS) return held;
+        folder = std::move(opened);
+        ++folderCount;
     }
-    return "";
+    held.item = HoldDeletionItem(*folder, target.name);
+    if (held.item.error == ERROR_SUCCESS) held.item.error = VerifyStart(target, held.item.identity);
+    if (folderCount <= kMostHeldFolders) {
+        held.folder = std::move(folder);
+    } else if (held.item.error == ERROR_SUCCESS) {
+        held.item.error = folder->IdentifyItself(held.folderIdentity);
+    }
+    return held;
 }
 
 class ShredHost : public SecureDeleteHost {
@@ -41,42 +70,50 @@ class ShredHost : public SecureDeleteHost {
 
     void SetTarget(const Target& next) {
         target = &next;
-        folders.clear();
+        trail.Clear();
     }
     std::size_t DeletedCount() const { return deletedCount; }
     std::size_t LeftCount() const { return leftCount; }
 
     void BeginEntry(const std::string& name) override { progress.Show(deletedCount, name.c_str()); }
-    void EnterFolder(const std::string& name) override { folders.push_back(name); }
-    void LeaveFolder() override { folders.pop_back(); }
+    void EnterFolder(const std::string& name) override { trail.Enter(name); }
+    void LeaveFolder() override { trail.Leave(); }
     void Deleted(const std::string& /*name*/) override { ++deletedCount; }
     void Failed(const DeletionFailure& failure) override { Leave(failure.name, StatusText(failure)); }
 
-    bool MayOverwrite(const FileHandle& file, const std::string& name) override {
-        if (arguments.force) return true;
-        std::vector<OverwriteObstacle> obstacles;
-        if (const DWORD error = file.FindObstacles(obstacles); error != ERROR_SUCCESS) {
-            Failed({DeletionStep::kExamine, name, error});
-            return false;
+    FileScrutiny Scrutiny() const override {
+        return arguments.force ? FileScrutiny::kNone : FileScrutiny::kObstacles;
+    }
+    bool MayOverwrite(const std::string& name, const std::vector<OverwriteObstacle>& obstacles) override {
+        std::string known;
+        std::string unknown;
+        for (const OverwriteObstacle obstacle : obstacles) {
+            std::string& reasons = IsUncertainty(obstacle) ? unknown : known;
+            reasons += (reasons.empty() ? "" : ", ") + std::string(ObstacleText(obstacle));
         }
-        if (obstacles.empty()) return true;
-        std::string reasons;
-        for (const OverwriteObstacle obstacle : obstacles)
-            reasons += (reasons.empty() ? "" : ", ") + std::string(TextOf(obstacle));
-        Leave(name,
-              "not deleted, its contents would stay: " + reasons + " (--force deletes it all the same)");
+        const std::string start =
+            known.empty() ? "not deleted: " : "not deleted, its contents would stay: " + known;
+        Leave(name, start + (known.empty() || unknown.empty() ? "" : "; ") + unknown +
+                        " (--force deletes it all the same)");
         return false;
+    }
+
+    // No folder in which names were counted stays beyond this.
+    void EndSeclusion() {
+        trail.Clear();
+        seclusion.End();
+        for (const Seclusion::Leftover& left : seclusion.TakeLeftovers())
+            Failed({DeletionStep::kRemoveSeclusion, target->name, left.error, left.name});
     }
 
     // Tells why an object of the current folder stays.
     void Leave(const std::string& name, const std::string& reason) {
         ++leftCount;
         progress.Clear();
-        // The first of the names is the target's own, which the user has typed.
-        std::string below;
-        for (std::size_t i = 1; i < folders.size(); ++i)
-            below += '\\' + folders[i];
-        if (!folders.empty()) below += '\\' + name;
+        // The first name is the target's own, which the user has typed.
+        const std::string path = trail.PathOf(name);
+        const std::size_t separator = path.find('\\');
+        const std::string below = separator == path.npos ? "" : path.substr(separator);
         messages.SetSubject(TypedPath(*target, below));
         messages.Say(reason);
     }
@@ -86,30 +123,49 @@ class ShredHost : public SecureDeleteHost {
     ConsoleMessages& messages;
     ProgressLine progress;
     const Target* target = nullptr;
-    std::vector<std::string> folders;  // from the target down to the current one
+    FolderTrail trail;  // from the target down to the current folder
     std::size_t deletedCount = 0;
     std::size_t leftCount = 0;
 };
 
-void Shred(const Target& target, ShredHost& host) {
+void Shred(const HeldTarget& held, ShredHost& host) {
+    const Target& target = held.target;
     host.SetTarget(target);
     if (target.place == ItemPlace::kDriveRoot) {
         host.Leave(target.name, "not deleted: it is a drive");
         return;
     }
-    FolderHandle folder;
-    DWORD error = EnterFolder(target);
-    if (error == ERROR_SUCCESS) error = FolderHandle::OpenCurrent(folder);
-    if (error != ERROR_SUCCESS) {
-        host.Failed({DeletionStep::kExamine, target.name, error});
+    if (held.item.error != ERROR_SUCCESS) {
+        host.Failed({DeletionStep::kExamine, target.name, held.item.error});
         return;
     }
-    SecureDeleteItem(host, folder, target.name);
+    if (held.folder) {
+        SecureDeleteItem(host, *held.folder, held.item);
+        return;
+    }
+    FolderHandle folder;
+    DWORD error = OpenFolderOf(target, folder);
+    if (error == ERROR_SUCCESS) error = folder.VerifyItself(held.folderIdentity);
+    if (error != ERROR_SUCCESS) {
+        host.Failed({DeletionStep::kCompare, target.name, error});
+        return;
+    }
+    SecureDeleteItem(host, folder, held.item);
+    host.EndSeclusion();
 }
 
 }  // namespace
 
-bool ConfirmShred(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
+ShredRun::ShredRun(const Arguments& userArguments, const std::vector<Target>& userTargets,
+                   ConsoleMessages& console)
+    : arguments(userArguments), targets(userTargets), messages(console) {
+    std::size_t folderCount = 0;
+    held.reserve(targets.size());
+    for (const Target& target : targets)
+        held.push_back(Hold(target, held.empty() ? nullptr : &held.back(), folderCount));
+}
+
+bool ShredRun::Confirm() {
     if (arguments.yes || targets.empty()) return true;
     return AskForConsent(
         {"shred destroys files for good",
@@ -118,13 +174,17 @@ bool ConfirmShred(const Arguments& arguments, const std::vector<Target>& targets
         targets, messages);
 }
 
-bool RunShred(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
+bool ShredRun::Run() {
     ShredHost host(arguments, messages);
     WatchForInterrupts();
-    for (const Target& target : targets) {
+    const FolderHandle* folder = nullptr;
+    for (const HeldTarget& each : held) {
         if (IsInterrupted()) break;
-        Shred(target, host);
+        if (each.folder.get() != folder && folder != nullptr) host.EndSeclusion();
+        folder = each.folder.get();
+        Shred(each, host);
     }
+    if (!held.empty()) host.EndSeclusion();
     Print("deleted: " + std::to_string(host.DeletedCount()) + ", left: " + std::to_string(host.LeftCount()) +
           '\n');
     if (IsInterrupted())

@@ -1,5 +1,6 @@
 #include "deletion/secure_delete.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 #include <vector>
@@ -27,40 +28,42 @@ SizeFunction FindSizeFunction(const SecureDeleteHost& host) {
 // One file on its way from being opened to being deleted.
 class FileDeletion {
   public:
-    FileDeletion(SecureDeleteHost& user, const FolderHandle& place, const std::string& fileName)
-        : host(user), folder(place), name(fileName), readSize(FindSizeFunction(user)) {}
+    FileDeletion(SecureDeleteHost& user, const FilePlace& where, const std::string& fileName)
+        : host(user), place(where), name(fileName), readSize(FindSizeFunction(user)) {}
 
-    bool Run() {
+    bool Run(const EntryIdentity* identity) {
         host.BeginDeleting(name);
-        const Outcome outcome = OverwriteAll();
-        if (outcome != Outcome::kDone) return outcome == Outcome::kStopped;
-        if (const DWORD error = folder.RemoveFile(name, held); error != ERROR_SUCCESS)
-            return Fail(DeletionStep::kDeleteFile, error);
-        host.Deleted(name);
-        return true;
+        Outcome outcome = OverwriteAll(identity);
+        if (outcome == Outcome::kDone) outcome = Remove();
+        if (outcome == Outcome::kDone) {
+            host.Deleted(name);
+        } else if (isSecluded) {
+            GiveBack();
+        }
+        return outcome != Outcome::kFailed;
     }
 
   private:
-    bool Fail(DeletionStep step, DWORD error) {
-        host.Failed({step, name, error});
-        return false;
-    }
     Outcome FailWith(DeletionStep step, DWORD error) {
-        Fail(step, error);
+        host.Failed({step, name, error});
         return Outcome::kFailed;
     }
 
     // The contents and all streams. The contents are opened first, so that a file that someone else uses
     // stays whole, and overwritten last. What is asked is asked of the file that is held then.
-    Outcome OverwriteAll() {
-        if (const DWORD error = folder.BytesPerSector(sectorBytes); error != ERROR_SUCCESS)
+    Outcome OverwriteAll(const EntryIdentity* identity) {
+        if (const DWORD error = place.folder.BytesPerSector(sectorBytes); error != ERROR_SUCCESS)
             return FailWith(DeletionStep::kAskVolume, error);
         UniqueHandle file;
-        std::vector<std::string> streams;
-        DWORD error = folder.HoldFile(name, held);
+        DWORD error = place.folder.HoldFile(name, held);
+        if (error == ERROR_SUCCESS && identity != nullptr) {
+            if (const DWORD problem = held.Verify(*identity); problem != ERROR_SUCCESS)
+                return FailWith(DeletionStep::kCompare, problem);
+        }
         if (error == ERROR_SUCCESS) error = held.OpenForOverwriting(file);
         if (error != ERROR_SUCCESS) return FailWith(DeletionStep::kOpenFile, error);
-        if (!host.MayOverwrite(held, name)) return Outcome::kFailed;
+        if (const Outcome outcome = Scrutinize(); outcome != Outcome::kDone) return outcome;
+        std::vector<std::string> streams;
         error = held.ListNamedStreams(streams);
         if (error != ERROR_SUCCESS) return FailWith(DeletionStep::kOpenFile, error);
         for (const std::string& stream : streams) {
@@ -68,6 +71,45 @@ class FileDeletion {
             if (outcome != Outcome::kDone) return outcome;
         }
         return OverwriteAndClose(std::move(file));
+    }
+
+    Outcome Scrutinize() {
+        std::vector<OverwriteObstacle> obstacles;
+        Outcome outcome = Outcome::kDone;
+        switch (host.Scrutiny()) {
+            case FileScrutiny::kNone:
+                break;
+            case FileScrutiny::kOpeners:
+                if (!held.KnowsOpeners()) obstacles.push_back(OverwriteObstacle::kOpenersUnknown);
+                break;
+            case FileScrutiny::kObstacles:
+                outcome = FindObstacles(obstacles);
+                // A count of one name alone may have been made the moment after another one vanished.
+                if (outcome == Outcome::kDone && obstacles.empty()) outcome = CountSecluded(obstacles);
+                break;
+        }
+        if (outcome != Outcome::kDone || obstacles.empty()) return outcome;
+        return host.MayOverwrite(name, obstacles) ? Outcome::kDone : Outcome::kFailed;
+    }
+
+    Outcome FindObstacles(std::vector<OverwriteObstacle>& obstacles) {
+        const DWORD error = held.FindObstacles(obstacles);
+        return error == ERROR_SUCCESS ? Outcome::kDone : FailWith(DeletionStep::kExamine, error);
+    }
+
+    Outcome CountSecluded(std::vector<OverwriteObstacle>& obstacles) {
+        const DWORD error = host.seclusion.Take(held, place);
+        if (error == ERROR_FILE_INVALID || error == ERROR_FILE_NOT_FOUND)
+            return FailWith(DeletionStep::kCompare, error);
+        isSecluded = error == ERROR_SUCCESS;
+        bool hasSeveralNames = false;
+        if (!isSecluded) {
+            obstacles.push_back(OverwriteObstacle::kNamesUnknown);
+        } else if (const DWORD problem = held.HasSeveralNames(hasSeveralNames); problem != ERROR_SUCCESS) {
+            return FailWith(DeletionStep::kExamine, problem);
+        }
+        if (hasSeveralNames) obstacles.push_back(OverwriteObstacle::kSeveralNames);
+        return Outcome::kDone;
     }
 
     Outcome OverwriteStream(const std::string& stream) {
@@ -90,24 +132,59 @@ class FileDeletion {
         const UniqueLocal<void> zeros(LocalAlloc(LMEM_FIXED, sectorBytes));
         if (!zeros) return FailWith(DeletionStep::kAllocate, GetLastError());
         std::memset(zeros.get(), 0, sectorBytes);
-        for (LONGLONG remaining = size.QuadPart; remaining > 0; remaining -= sectorBytes) {
-            if (host.stopRequested) {
-                FlushFileBuffers(file);
-                return Outcome::kStopped;
-            }
-            DWORD written = 0;
-            if (WriteFile(file, zeros.get(), sectorBytes, &written, nullptr) == FALSE)
-                return FailWith(DeletionStep::kWrite, GetLastError());
-        }
+        const Outcome outcome = WriteZeros(file, zeros.get(), size.QuadPart);
+        if (outcome == Outcome::kStopped) FlushFileBuffers(file);
+        if (outcome != Outcome::kDone) return outcome;
         if (FlushFileBuffers(file) == FALSE) return FailWith(DeletionStep::kFlush, GetLastError());
         return Outcome::kDone;
     }
 
+    // Into all that has a place on the disk, a sector at a time.
+    Outcome WriteZeros(HANDLE file, const void* zeros, LONGLONG size) {
+        LONGLONG next = 0;  // where the next sector would be written
+        for (FileRange range; range.end < size;) {
+            if (host.stopRequested) return Outcome::kStopped;
+            if (const DWORD error = FindAllocated(file, range.end, range); error != ERROR_SUCCESS)
+                return FailWith(DeletionStep::kGetSize, error);
+            const LONGLONG begin = std::max(range.begin - range.begin % sectorBytes, next);
+            if (range.begin == range.end || begin >= range.end) continue;
+            if (begin != next && !Seek(file, begin)) return FailWith(DeletionStep::kWrite, GetLastError());
+            for (next = begin; next < range.end; next += sectorBytes) {
+                if (host.stopRequested) return Outcome::kStopped;
+                DWORD written = 0;
+                if (WriteFile(file, zeros, sectorBytes, &written, nullptr) == FALSE)
+                    return FailWith(DeletionStep::kWrite, GetLastError());
+            }
+        }
+        // What was gathered before a hole at the end is still a matter of writing.
+        if (next > 0 && next < size && !Seek(file, size))
+            return FailWith(DeletionStep::kWrite, GetLastError());
+        return Outcome::kDone;
+    }
+
+    static bool Seek(HANDLE file, LONGLONG place) {
+        LARGE_INTEGER distance{};
+        distance.QuadPart = place;
+        return SetFilePointerEx(file, distance, nullptr, FILE_BEGIN) != FALSE;
+    }
+
+    Outcome Remove() {
+        const DWORD error = held.Remove();
+        return error == ERROR_SUCCESS ? Outcome::kDone : FailWith(DeletionStep::kDeleteFile, error);
+    }
+
+    void GiveBack() {
+        DeletionFailure failure{DeletionStep::kGiveBack, name};
+        failure.error = host.seclusion.GiveBack(held, failure.leftIn);
+        if (failure.error != ERROR_SUCCESS) host.Failed(failure);
+    }
+
     SecureDeleteHost& host;
-    const FolderHandle& folder;
+    const FilePlace& place;
     const std::string& name;
     SizeFunction readSize;
     FileHandle held;
+    bool isSecluded = false;
     DWORD sectorBytes = 0;
 };
 
@@ -124,20 +201,16 @@ void Remove(SecureDeleteHost& host, const FolderHandle& folder, const std::strin
     }
 }
 
-void DeleteFileOrLink(SecureDeleteHost& host, const FolderHandle& folder, const FolderEntry& entry) {
-    if (entry.kind == FolderEntryKind::kFile) {
-        SecureDeleteFile(host, folder, entry.name);
-    } else {
-        Remove(host, folder, entry.name, &FolderHandle::RemoveLink, DeletionStep::kDeleteFile);
-    }
+void RemoveLink(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
+    Remove(host, folder, name, &FolderHandle::RemoveLink, DeletionStep::kDeleteFile);
 }
 
 class FolderDeletion {
   public:
     FolderDeletion(SecureDeleteHost& user, const FolderHandle& place) : host(user), top(place) {}
 
-    void Run(const std::string& name) {
-        Enter(name);
+    void Run(const DeletionItem& item) {
+        Enter(item.name, &item.identity);
         while (!open.empty()) {
             FolderEntry entry;
             const DWORD error = open.back().folder.NextEntry(entry);
@@ -161,17 +234,30 @@ class FolderDeletion {
 
     void Delete(const FolderEntry& entry) {
         host.BeginEntry(entry.name);
-        if (entry.kind == FolderEntryKind::kFolder) {
-            Enter(entry.name);
-        } else {
-            DeleteFileOrLink(host, Current(), entry);
+        switch (entry.kind) {
+            case FolderEntryKind::kFolder:
+                Enter(entry.name, nullptr);
+                break;
+            case FolderEntryKind::kFile:
+                SecureDeleteFile(host, {top, Current(), open.size()}, entry.name, nullptr);
+                break;
+            case FolderEntryKind::kOther:
+                RemoveLink(host, Current(), entry.name);
+                break;
         }
     }
 
-    void Enter(const std::string& name) {
+    // `identity`, which may be null, is of the folder that is meant.
+    void Enter(const std::string& name, const EntryIdentity* identity) {
         FolderHandle entered;
-        if (const DWORD error = Current().OpenFolder(name, entered); error != ERROR_SUCCESS) {
-            host.Failed({DeletionStep::kEnterFolder, name, error});
+        DeletionFailure failure{DeletionStep::kEnterFolder, name};
+        failure.error = Current().OpenFolder(name, entered);
+        if (failure.error == ERROR_SUCCESS && identity != nullptr) {
+            failure.step = DeletionStep::kCompare;
+            failure.error = entered.VerifyItself(*identity);
+        }
+        if (failure.error != ERROR_SUCCESS) {
+            host.Failed(failure);
         } else {
             open.push_back({std::move(entered), name});
             host.EnterFolder(name);
@@ -180,6 +266,7 @@ class FolderDeletion {
 
     // `end` is what its listing ended with. Closed before it is removed.
     void Leave(DWORD end) {
+        host.seclusion.Leave(open.size());
         const std::string name = std::move(open.back().name);
         open.pop_back();
         host.LeaveFolder();
@@ -202,23 +289,35 @@ SecureDeleteHost::SecureDeleteHost(const std::atomic<bool>& stop)
     if (!systemLibrary) ShowFatalLastErrorBox(nullptr);
 }
 
-void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
-    FolderEntryKind kind{};
-    if (const DWORD error = folder.KindOf(name, kind); error != ERROR_SUCCESS) {
-        host.Failed({DeletionStep::kExamine, name, error});
-    } else if (kind == FolderEntryKind::kFolder) {
-        SecureDeleteFolder(host, folder, name);
-    } else {
-        DeleteFileOrLink(host, folder, {name, kind});
+void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const DeletionItem& item) {
+    if (item.error != ERROR_SUCCESS) {
+        host.Failed({DeletionStep::kExamine, item.name, item.error});
+        return;
+    }
+    switch (item.kind) {
+        case FolderEntryKind::kFolder:
+            SecureDeleteFolder(host, folder, item);
+            break;
+        case FolderEntryKind::kFile:
+            SecureDeleteFile(host, {folder, folder, 0}, item.name, &item.identity);
+            break;
+        case FolderEntryKind::kOther:
+            if (const DWORD error = folder.VerifyEntry(item.name, item.identity); error != ERROR_SUCCESS) {
+                host.Failed({DeletionStep::kCompare, item.name, error});
+            } else {
+                RemoveLink(host, folder, item.name);
+            }
+            break;
     }
 }
 
-bool SecureDeleteFile(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
-    return FileDeletion(host, folder, name).Run();
+bool SecureDeleteFile(SecureDeleteHost& host, const FilePlace& place, const std::string& name,
+                      const EntryIdentity* identity) {
+    return FileDeletion(host, place, name).Run(identity);
 }
 
-void SecureDeleteFolder(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
-    FolderDeletion(host, folder).Run(name);
+void SecureDeleteFolder(SecureDeleteHost& host, const FolderHandle& folder, const DeletionItem& item) {
+    FolderDeletion(host, folder).Run(item);
 }
 
 }  // namespace permora

@@ -8,12 +8,22 @@
 
 #include <atomic>
 #include <string>
+#include <vector>
 
 #include "deletion/deletion_failure.h"
+#include "deletion/deletion_items.h"
+#include "deletion/seclusion.h"
 #include "platform/folder_files.h"
 #include "platform/resources.h"
 
 namespace permora {
+
+// What is found out about a file before it is overwritten.
+enum class FileScrutiny {
+    kNone,
+    kOpeners,    // whether nobody else has it open: OverwriteObstacle::kOpenersUnknown
+    kObstacles,  // all that is known to keep its contents on the disk or under another name
+};
 
 // What the engine needs of who runs it. The calls come on the engine's thread.
 class SecureDeleteHost {
@@ -43,22 +53,30 @@ class SecureDeleteHost {
     virtual void Deleted(const std::string& /*name*/) {}
     // Something stays where it is; the run goes on with what comes next.
     virtual void Failed(const DeletionFailure& failure) = 0;
-    // Whether the file, which nobody else has open, may be overwritten at all. False: the host has told why
-    // it stays.
-    virtual bool MayOverwrite(const FileHandle& /*file*/, const std::string& /*name*/) { return true; }
+    // Asked for every file.
+    virtual FileScrutiny Scrutiny() const { return FileScrutiny::kOpeners; }
+    // Whether the file may be overwritten all the same; `obstacles` are some. False: the host has told why it
+    // stays.
+    virtual bool MayOverwrite(const std::string& name, const std::vector<OverwriteObstacle>& obstacles) = 0;
+
+    // Where names are counted, with FileScrutiny::kObstacles. The engine ends it in no folder that it
+    // removes; who runs the engine ends it after the last item, and before one in another folder.
+    Seclusion seclusion;
 
     const UniqueLibrary systemLibrary;
 };
 
-// Deletes the file or folder `name` of an open folder.
-void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name);
+// Deletes a file or folder of an open folder, unless its name leads to another one by now.
+void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const DeletionItem& item);
 
-// Overwrites and deletes a file with all its streams. True when it is gone or the run was stopped in the
-// middle of it, false after a failure that was told.
-bool SecureDeleteFile(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name);
+// Overwrites and deletes a file with all its streams; `identity`, which may be null, is the one that is
+// meant. True when it is gone or the run was stopped in the middle of it, false after a failure that was
+// told.
+bool SecureDeleteFile(SecureDeleteHost& host, const FilePlace& place, const std::string& name,
+                      const EntryIdentity* identity);
 
 // Deletes everything in a folder, and the folder when nothing stayed in it. Depth costs memory and, on Linux,
 // an open descriptor for each level, but no stack.
-void SecureDeleteFolder(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name);
+void SecureDeleteFolder(SecureDeleteHost& host, const FolderHandle& folder, const DeletionItem& item);
 
 }  // namespace permora

@@ -1,13 +1,15 @@
 #include "deletion/secure_delete_dialog.h"
 
+#include <optional>
 #include <string>
 
+#include "deletion/folder_trail.h"
 #include "deletion/secure_delete.h"
 #include "framework/stoppable_work.h"
 #include "framework/styles.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
-#include "platform/folder_files.h"
+#include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 
@@ -27,29 +29,52 @@ class CSecureDelete::Run : public SecureDeleteHost {
         progress.SetWindowText(name);
         progress.RedrawWindow();
     }
+    void EnterFolder(const std::string& name) override { trail.Enter(name); }
+    void LeaveFolder() override { trail.Leave(); }
+
+    // Which object it is about stands in a line of its own, as the box covers the label.
     void Failed(const DeletionFailure& failure) override {
-        ShowErrorWithSystemText(window, BoxPrefix(failure).c_str(), failure.error);
+        const std::string systemText = GetSystemMessageText(failure.error);
+        if (systemText.empty()) return;
+        const std::string path = trail.PathOf(failure.name);
+        std::string text = BoxPrefix(failure) + ": " + systemText;
+        if (!IsNamedInBox(failure) || path != failure.name)
+            text += "\n" + path;  // the text of the system ends with a line break
+        ShowErrorBox(window, text.c_str());
+    }
+
+    // Asked once; the answer is for all that come after.
+    bool MayOverwrite(const std::string& name, const std::vector<OverwriteObstacle>& /*obstacles*/) override {
+        if (!mayBeOpenElsewhere) {
+            const std::string text =
+                "Whether another program has this file open cannot be known:\n\n" + trail.PathOf(name) +
+                "\n\nDelete it, and the others of which that cannot be known? No leaves them where they are.";
+            mayBeOpenElsewhere =
+                MessageBoxA(window, text.c_str(), "Secure deletion", MB_YESNO | MB_ICONQUESTION) == IDYES;
+        }
+        return *mayBeOpenElsewhere;
     }
 
     void Work() {
         const StoppableWork stoppable([this] { dialog.stopRequested = true; });
-        for (const char* name : dialog.names) {
+        for (const DeletionItem& item : dialog.chosen.items) {
             if (stopRequested) {
                 dialog.EndDialog(IDCANCEL);
                 return;
             }
-            BeginEntry(name);
-            SecureDeleteItem(*this, folder, name);
+            BeginEntry(item.name);
+            trail.Clear();
+            SecureDeleteItem(*this, dialog.chosen.folder, item);
         }
         dialog.EndDialog(dialog.isCancelled ? IDCANCEL : IDOK);
     }
-
-    FolderHandle folder;  // in which the items are
 
   private:
     CSecureDelete& dialog;
     HWND window;
     CStatic& progress;
+    FolderTrail trail;
+    std::optional<bool> mayBeOpenElsewhere;
 };
 
 CSecureDelete::CSecureDelete(CWnd* ownerWindow) : CDialog(IDD_SECURE_DELETION, ownerWindow) {}
@@ -74,9 +99,7 @@ bool CSecureDelete::OnInitDialog() {
         return false;
     }
     run = std::make_unique<Run>(*this, *progress);
-    DWORD error = FolderHandle::OpenCurrent(run->folder);
-    if (error == ERROR_SUCCESS) error = worker.Start([this] { run->Work(); });
-    if (error != ERROR_SUCCESS) {
+    if (const DWORD error = worker.Start([this] { run->Work(); }); error != ERROR_SUCCESS) {
         ShowSystemErrorBox(GetSafeHwnd(), error);
         EndDialog(kCannotStart);
     }

@@ -3,8 +3,8 @@
 
 #include <atomic>
 #include <memory>
-#include <span>
 
+#include "deletion/deletion_items.h"
 #include "framework/dialog.h"
 #include "framework/worker_thread.h"
 
@@ -19,9 +19,8 @@ class CSecureDelete : public CDialog {
     explicit CSecureDelete(CWnd* ownerWindow = nullptr);
     ~CSecureDelete() override;
 
-    // The selected items, relative to the current directory. Borrowed: names and array must outlive DoModal,
-    // which ends when no worker reads them any more.
-    std::span<const char* const> names;
+    // The selected items. Set before DoModal, which ends when no worker reads them any more.
+    DeletionItems chosen;
 
   protected:
     bool OnInitDialog() override;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/api/base.h"
+#include "platform/entry_identity.h"
 #include "platform/resources.h"
 
 namespace permora {
@@ -37,7 +38,22 @@ enum class OverwriteObstacle {
     kSparse,
     kNamedStreams,  // the driver of the volume moves named streams when it writes them
     kJournaled,     // the file system writes the contents by way of its journal, where they stay for a while
+    kNamesUnknown,  // a name may have vanished at the moment of the count (secluded_folder.h)
+    kOpenersUnknown,  // another program may have it open: FileHandle::KnowsOpeners
 };
+
+// Bytes of a file from `begin` to before `end`.
+struct FileRange {
+    LONGLONG begin = 0;
+    LONGLONG end = 0;
+};
+
+// The first bytes at or after `from` that may have a place on the disk, of contents that were opened for
+// overwriting. Holes have none: zeros written there would only fill the disk, and a file that is nothing but
+// a hole can be larger than it. What is set aside for the file has one, although it reads as zeros: older
+// contents of the file may stand there. An empty range: nothing is there up to its end, from which the search
+// goes on until it has come to the file's end.
+DWORD FindAllocated(HANDLE contents, LONGLONG from, FileRange& range);
 
 // A file that is held, whatever becomes of its name: every call is about the file that was found when it was
 // held. All calls answer with 0 or a system error code, and a failed one leaves its outputs untouched. One
@@ -51,9 +67,12 @@ class FileHandle {
 
     // The contents, to be overwritten with WriteFile from their beginning and closed by the caller. Nobody
     // else may have them open, nor open them until they are closed (ERROR_SHARING_VIOLATION); on Linux this
-    // is the kernel's write lease, and where a file system has none a lock among those who ask for locks.
-    // Read-only files are refused (ERROR_ACCESS_DENIED), also to root.
+    // is the kernel's write lease, and where there is none a lock among those who ask for locks
+    // (KnowsOpeners). Read-only files are refused (ERROR_ACCESS_DENIED), also to root.
     DWORD OpenForOverwriting(UniqueHandle& contents) const;
+    // Whether it is known that nobody else had the file open when it was opened for overwriting: the kernel
+    // has no lease for files of another user's (but for root) and on some file systems.
+    bool KnowsOpeners() const;
 
     // The streams beside the contents, as names for OpenStreamForOverwriting. Only NTFS has any.
     DWORD ListNamedStreams(std::vector<std::string>& streams) const;
@@ -64,8 +83,19 @@ class FileHandle {
     // Some is known only when the contents have been opened for overwriting.
     DWORD FindObstacles(std::vector<OverwriteObstacle>& obstacles) const;
 
+    // OverwriteObstacle::kSeveralNames alone.
+    DWORD HasSeveralNames(bool& answer) const;
+
+    // ERROR_FILE_INVALID when it is another file.
+    DWORD Verify(const EntryIdentity& identity) const;
+
+    // Removes the name by which it was reached; nothing of the file may be open any more. ERROR_FILE_INVALID,
+    // and nothing is removed, when the name leads to another file by now.
+    DWORD Remove() const;
+
   private:
     friend class FolderHandle;
+    friend class SecludedFolder;
     struct Inside;
     std::unique_ptr<Inside> inside;  // null: no file
 };
@@ -95,6 +125,14 @@ class FolderHandle {
 
     DWORD KindOf(const std::string& name, FolderEntryKind& kind) const;
 
+    // What the entry is, to be compared later.
+    DWORD Identify(const std::string& name, EntryIdentity& identity, FolderEntryKind& kind) const;
+    DWORD IdentifyItself(EntryIdentity& identity) const;
+    // ERROR_FILE_INVALID when the name leads to something else by now.
+    DWORD VerifyEntry(const std::string& name, const EntryIdentity& identity) const;
+    // ERROR_FILE_INVALID when this folder is something else.
+    DWORD VerifyItself(const EntryIdentity& identity) const;
+
     // Of the volume that holds the folder.
     DWORD BytesPerSector(DWORD& bytes) const;
 
@@ -106,9 +144,6 @@ class FolderHandle {
     // Holds a file, never through a link (ERROR_CANT_RESOLVE_FILENAME). The folder must outlive `file`.
     DWORD HoldFile(const std::string& name, FileHandle& file) const;
 
-    // Removes the name of a file that is held, for which nothing of the file may be open any more.
-    // ERROR_FILE_INVALID, and nothing is removed, when the name leads to another file by now.
-    DWORD RemoveFile(const std::string& name, const FileHandle& file) const;
     // Removes a link or device itself. What has contents is refused (ERROR_ACCESS_DENIED; ERROR_NOT_SUPPORTED
     // when there is no means to reach them).
     DWORD RemoveLink(const std::string& name) const;
@@ -116,6 +151,7 @@ class FolderHandle {
     DWORD RemoveFolder(const std::string& name) const;
 
   private:
+    friend class SecludedFolder;
     struct Inside;
     std::unique_ptr<Inside> inside;  // null: no folder
 };

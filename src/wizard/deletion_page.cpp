@@ -8,7 +8,6 @@
 #include "framework/worker_updates.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
-#include "platform/folder_files.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "wizard/deletion_status.h"
@@ -31,9 +30,9 @@ class CWizardPage2::Run : public DeletionStatus {
 
     void Work() {
         const StoppableWork stoppable([this] { stop = true; });
-        for (const char* name : page.names) {
+        for (const DeletionItem& item : page.chosen.items) {
             if (stopRequested) break;
-            SecureDeleteItem(*this, folder, name);
+            SecureDeleteItem(*this, page.chosen.folder, item);
         }
         if (!stopRequested) WriteTotal();
         hasEnded = true;
@@ -42,7 +41,6 @@ class CWizardPage2::Run : public DeletionStatus {
 
     std::atomic<bool> stop = false;
     std::atomic<bool> hasEnded = false;  // all rows are written
-    FolderHandle folder;                 // in which the items are
     bool isOver = false;                 // the page has seen the end
 
   protected:
@@ -59,6 +57,12 @@ CWizardPage2::CWizardPage2() : CPropertyPage(IDD_WIZARD_DELETION_PAGE) {}
 
 CWizardPage2::~CWizardPage2() = default;
 
+void CWizardPage2::SetNames(std::span<const char* const> names) {
+    chosen = {};
+    isAnythingChosen = !names.empty();
+    choiceError = isAnythingChosen ? HoldDeletionItems(names, chosen) : ERROR_SUCCESS;
+}
+
 bool CWizardPage2::OnInitDialog() {
     auto& list = RequiredControl<CListCtrl>(*this, IDC_DELETION_STATUS);
     list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
@@ -70,7 +74,7 @@ bool CWizardPage2::OnInitDialog() {
 bool CWizardPage2::OnSetActive() {
     constexpr WizardButtons kIdle = WizardButtons::kBack | WizardButtons::kDisabledFinish;
     Sheet()->SetWizardButtons(kIdle);
-    if (!names.empty() && !IsRunning()) {
+    if (isAnythingChosen && !IsRunning()) {
         Sheet()->SetWizardButtons(WizardButtons::kDisabledFinish);
         if (MayDelete()) {
             Start();
@@ -97,7 +101,7 @@ bool CWizardPage2::MayDelete() const {
 // When it cannot be started, only Cancel is left.
 void CWizardPage2::Start() {
     run = std::make_unique<Run>(*this);
-    DWORD error = FolderHandle::OpenCurrent(run->folder);
+    DWORD error = choiceError;
     if (error == ERROR_SUCCESS) error = worker.Start([this] { run->Work(); });
     if (error == ERROR_SUCCESS) return;
     run.reset();

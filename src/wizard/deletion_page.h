@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 
+#include "deletion/deletion_items.h"
 #include "framework/property_sheet.h"
 #include "framework/worker_thread.h"
 
@@ -15,9 +16,10 @@ class CWizardPage2 : public CPropertyPage {
     CWizardPage2();
     ~CWizardPage2() override;
 
-    // Set before the sheet is shown. The names stand relative to the current directory. Borrowed: names and
-    // array must outlive the sheet's DoModal, which ends when no worker reads them any more.
-    std::span<const char* const> names;
+    // What is to be deleted, objects of the current directory. Holds them from this moment on, until it is
+    // called without any; to be called before the sheet is shown and after it has closed.
+    void SetNames(std::span<const char* const> names);
+    // Set before the sheet is shown.
     bool askBeforeSecureDeletion = true;
     bool drivesMode = true;  // the items are drive roots, which are refused
 
@@ -36,6 +38,9 @@ class CWizardPage2 : public CPropertyPage {
     void ShowStatus();
     bool IsRunning() const;
 
+    DeletionItems chosen;
+    DWORD choiceError = 0;  // why nothing could be held
+    bool isAnythingChosen = false;
     std::unique_ptr<Run> run;   // what the worker has, or had; null: none
     bool isCancelling = false;  // the user wants the sheet to close when the worker has stopped
     WorkerThread worker;

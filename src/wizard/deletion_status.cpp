@@ -10,10 +10,13 @@ namespace {
 bool IsNamed(DeletionStep step) {
     switch (step) {
         case DeletionStep::kExamine:
+        case DeletionStep::kCompare:
         case DeletionStep::kAllocate:
         case DeletionStep::kEnterFolder:
         case DeletionStep::kListFolder:
         case DeletionStep::kRemoveFolder:
+        case DeletionStep::kGiveBack:
+        case DeletionStep::kRemoveSeclusion:
             return true;
         case DeletionStep::kAskVolume:
         case DeletionStep::kOpenFile:
@@ -45,6 +48,14 @@ void DeletionStatus::Failed(const DeletionFailure& failure) {
     } else {
         Append(text);
     }
+}
+
+bool DeletionStatus::MayOverwrite(const std::string& /*name*/,
+                                  const std::vector<OverwriteObstacle>& obstacles) {
+    if (stopRequested) return false;
+    for (const OverwriteObstacle obstacle : obstacles)
+        Append(std::string("not deleted: ") + ObstacleText(obstacle));
+    return false;
 }
 
 void DeletionStatus::WriteTotal() {

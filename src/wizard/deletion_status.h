@@ -25,6 +25,8 @@ class DeletionStatus : public SecureDeleteHost {
     // From here on rows are written only while no stop is requested.
     void Deleted(const std::string& name) override;
     void Failed(const DeletionFailure& failure) override;
+    // Never; the row below the file's tells why.
+    bool MayOverwrite(const std::string& name, const std::vector<OverwriteObstacle>& obstacles) override;
     // The last row, an empty one before it.
     void WriteTotal();
 

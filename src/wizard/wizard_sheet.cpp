@@ -18,7 +18,8 @@ void CWizard::SetItems(const WizardItems& items) {
     objects =
         RememberItems(items.names, items.drivesMode ? ItemPlace::kDriveRoot : ItemPlace::kCurrentDirectory);
     permissionsPage.items = objects;
-    deletionPage.names = items.names;
+    // Drives are refused when the page is shown.
+    deletionPage.SetNames(items.names);
     deletionPage.drivesMode = items.drivesMode;
     deletionPage.askBeforeSecureDeletion = items.askBeforeSecureDeletion;
     permissionsPage.showIntermediateInfo = items.showIntermediateInfo;

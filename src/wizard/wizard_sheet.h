@@ -27,6 +27,7 @@ class CWizard : public CPropertySheet {
     CWizard() : taskPage(deletionPage, permissionsPage) {}
     // `owner` is the main frame. To be called once.
     void SetUp(CWnd* owner);
+    // The items are held for the deletion from here on, until this is called without any.
     void SetItems(const WizardItems& items);
 
   protected:

@@ -2,9 +2,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
+#include <utility>
 
 #include "tests/cli/cli_program.h"
 #include "tests/support/temporary_folder.h"
@@ -64,6 +67,60 @@ TEST_F(ShredTest, WhatIsSwappedWhileTheQuestionStandsIsNotReached) {
     EXPECT_TRUE(std::filesystem::is_empty(sub + "-moved"));
 }
 
+// Somebody who may write in the folder above gives the name to something else before the answer.
+TEST_F(ShredTest, WhatGetsTheNameWhileTheQuestionStandsStays) {
+    if (const std::string reason = MissingProgram("script"); !reason.empty()) GTEST_SKIP() << reason;
+    const auto shredSwapped = [this](const std::string& from, const std::string& name) {
+        const std::string log = folder.Path("log");
+        std::filesystem::remove(log);
+        return RunCommand({"sh", "-c", R"(cd "$1" && (tries=0
+            until grep -qs "Go on" "$2" || [ $tries -gt 1000 ]; do sleep 0.01; tries=$((tries + 1)); done
+            mv "$4" "$4-2"; mv "$5" "$4"; echo yes) | script -qefc "'$0' shred '$3'" "$2")",
+                           CliPath(), from, log, name, top, folder.Path("important")});
+    };
+    for (const auto& [from, name] : std::initializer_list<std::pair<std::string, std::string>>{
+             {folder.Path(), "top"}, {"/", top}, {top, "."}, {sub, ".."}, {folder.Path(), "./top/."}}) {
+        folder.MakeFolder("important");
+        folder.MakeFile("important/file");
+        const CommandResult result = shredSwapped(from, name);
+        EXPECT_EQ(result.exitCode, 1) << name << ": " << result.output;
+        EXPECT_THAT(result.output, HasSubstr("its name leads to something else by now")) << name;
+        EXPECT_TRUE(std::filesystem::exists(top + "/file")) << name;
+        std::filesystem::remove_all(top);
+        std::filesystem::rename(top + "-2", top);
+        EXPECT_TRUE(IsWhole()) << name;
+    }
+}
+
+TEST_F(ShredTest, WhatNobodyCanKnowIsSaidAndNeedsForce) {
+    if (geteuid() != 0) GTEST_SKIP() << "becoming an ordinary user needs root";
+    std::ofstream(second) << "contents";
+    chmod(folder.Path().c_str(), 0755);
+    chmod(top.c_str(), 0777);
+    chmod(second.c_str(), 0666);
+    const auto shred = [this](const std::vector<std::string>& options) {
+        return AsOrdinaryUser([&] {
+            std::vector<std::string> arguments = {"shred", second, "--yes"};
+            arguments.insert(arguments.end(), options.begin(), options.end());
+            return RunCli(arguments).output;
+        });
+    };
+    EXPECT_THAT(shred({}).value_or(""),
+                HasSubstr("not deleted: whether another program has it open cannot be "
+                          "known (--force deletes it all the same)\n"));
+    EXPECT_EQ(ReadWholeFile(second), "contents");
+    EXPECT_EQ(shred({"--force"}), "deleted: 1, left: 0\n");
+
+    // Neither can the names be counted where the user may make no folder.
+    std::ofstream(file) << "contents";
+    ASSERT_EQ(chown(file.c_str(), 65534, 65534), 0);
+    chmod(top.c_str(), 0755);
+    const auto refused = AsOrdinaryUser([&] { return RunCli({"shred", file, "--yes"}).output; });
+    EXPECT_THAT(refused.value_or(""),
+                HasSubstr("not deleted: whether it has further names (hard links) cannot be"));
+    EXPECT_EQ(ReadWholeFile(file), "contents");
+}
+
 TEST_F(ShredTest, WhatStaysIsNamedAsItWasTyped) {
     chmod(file.c_str(), 0444);
     std::filesystem::current_path(folder.Path());
@@ -94,14 +151,18 @@ TEST_F(ShredTest, AFileWithFurtherNamesNeedsForce) {
 
 TEST_F(ShredTest, SignalsToEndStopIt) {
     // Far more than can be overwritten in the time.
-    std::ofstream(second) << "x";
-    std::filesystem::resize_file(second, std::uintmax_t{64} << 30);
+    if (RunCommand({"fallocate", "-l", "8G", second}).exitCode != 0) GTEST_SKIP() << "no room for 8 GiB";
     for (const char* signal : {"INT", "TERM", "HUP"}) {
+        // While it is overwritten it is not in its place.
         const CommandResult stopped =
-            RunCommand({"sh", "-c", R"(before=$(stat -c %b "$1"); "$0" shred "$1" --yes &
-                            until [ $(stat -c %b "$1") -gt $((before + 8)) ]; do sleep 0.01; done
+            RunCommand({"sh", "-c", R"(touch -d 2000-01-01 "$1"; "$0" shred "$1" --yes &
+                            tries=0 time=0
+                            until [ $time -gt 1000000000 ] || [ $tries -gt 1000 ]; do
+                                sleep 0.01; tries=$((tries + 1))
+                                time=$(stat -c %Y "$3"/.permora-shred-*/second 2>&- || echo 0)
+                            done
                             kill -$2 $!; wait $!)",
-                        CliPath(), second, signal});
+                        CliPath(), second, signal, top});
         EXPECT_EQ(stopped.exitCode, 1) << signal;
         EXPECT_THAT(stopped.output, HasSubstr("deleted: 0, left: 0\n")) << signal;
         EXPECT_THAT(stopped.output, HasSubstr("permora-cli: interrupted: ")) << signal;

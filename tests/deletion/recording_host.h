@@ -30,11 +30,18 @@ class RecordingHost : public SecureDeleteHost {
     }
     void Deleted(const std::string& name) override { deleted.push_back(name); }
     void Failed(const DeletionFailure& failure) override { failures.push_back(failure); }
+    FileScrutiny Scrutiny() const override { return scrutiny; }
+    bool MayOverwrite(const std::string& /*name*/, const std::vector<OverwriteObstacle>& found) override {
+        obstacles = found;
+        return false;
+    }
 
     // Deletes an object of the current directory.
     void Delete(const std::string& name) {
         FolderHandle folder;
-        if (FolderHandle::OpenCurrent(folder) == 0) SecureDeleteItem(*this, folder, name);
+        if (FolderHandle::OpenCurrent(folder) != 0) return;
+        SecureDeleteItem(*this, folder, HoldDeletionItem(folder, name));
+        seclusion.End();
     }
 
     std::atomic<bool> isStopping = false;
@@ -42,6 +49,8 @@ class RecordingHost : public SecureDeleteHost {
     std::vector<std::string> entries;
     std::vector<std::string> deleted;
     std::vector<DeletionFailure> failures;
+    FileScrutiny scrutiny = FileScrutiny::kOpeners;
+    std::vector<OverwriteObstacle> obstacles;  // of the file that was refused last
 };
 
 }  // namespace test

@@ -15,6 +15,7 @@
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "tests/support/command.h"
+#include "tests/support/refused_leases.h"
 #include "tests/support/refused_threads.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
@@ -84,7 +85,7 @@ class SecureDeleteDialog : public ::testing::Test {
     }
     static int Run(std::vector<const char*> names) {
         CSecureDelete dialog;
-        dialog.names = names;
+        EXPECT_EQ(HoldDeletionItems(names, dialog.chosen), ERROR_SUCCESS);
         return dialog.DoModal();
     }
 
@@ -109,13 +110,41 @@ TEST_F(SecureDeleteDialog, AFailureIsOneBoxAndTheRestGoes) {
     // Boxes come when the dialog is there.
     writingMayGoOn = gate.get_future().share();
     ui.ExpectDialog(IDD_SECURE_DELETION, [&](WindowDriver&) { gate.set_value(); });
-    ui.ExpectMessageBox("Opening file: " + GetSystemMessageText(ERROR_ACCESS_DENIED), kErrorCaption,
-                        kErrorBox, IDOK);
+    folder.MakeFolder("deep");
+    folder.MakeFile("deep/readonly");
+    std::filesystem::permissions("deep/readonly", std::filesystem::perms::owner_read);
+    const std::string denied = "Opening file: " + GetSystemMessageText(ERROR_ACCESS_DENIED) + "\n";
+    ui.ExpectMessageBox(denied + "readonly", kErrorCaption, kErrorBox, IDOK);
+    ui.ExpectMessageBox(denied + "deep\\readonly", kErrorCaption, kErrorBox, IDOK);
+    ui.ExpectMessageBox("Error: deleting \"deep\": " + GetSystemMessageText(ERROR_DIR_NOT_EMPTY),
+                        kErrorCaption, kErrorBox, IDOK);
     ui.ExpectMessageBox("Error: deleting \"missing\": " + GetSystemMessageText(ERROR_FILE_NOT_FOUND),
                         kErrorCaption, kErrorBox, IDOK);
-    EXPECT_EQ(Run({"top", "readonly", "missing", "last"}), IDOK);
+    EXPECT_EQ(Run({"top", "readonly", "deep", "missing", "last"}), IDOK);
     EXPECT_TRUE(std::filesystem::exists("readonly"));
     EXPECT_FALSE(std::filesystem::exists("last"));
+}
+
+TEST_F(SecureDeleteDialog, AsksOnceAboutFilesThatOthersMayHaveOpen) {
+    for (const int answer : {IDNO, IDYES}) {
+        MakeTree();
+        folder.MakeFile("second");
+        test::areLeasesRefused = true;
+        writingMayGoOn.reset();
+        ui.ExpectDialog(IDD_SECURE_DELETION);
+        ui.ExpectMessageBox(
+            "Whether another program has this file open cannot be known:\n\ntop\\a && b\n\nDelete it, and "
+            "the others of "
+            "which that cannot be known? No leaves them where they are.",
+            "Secure deletion", MB_YESNO | MB_ICONQUESTION, answer);
+        if (answer == IDNO)
+            ui.ExpectMessageBox("Error: deleting \"top\": " + GetSystemMessageText(ERROR_DIR_NOT_EMPTY),
+                                kErrorCaption, kErrorBox, IDOK);
+        EXPECT_EQ(Run({"top", "second"}), IDOK);
+        test::areLeasesRefused = false;
+        EXPECT_EQ(std::filesystem::exists("top/a && b"), answer == IDNO);
+        EXPECT_EQ(std::filesystem::exists("second"), answer == IDNO);
+    }
 }
 
 TEST_F(SecureDeleteDialog, TellsWhyItCannotStartAndTouchesNothing) {

@@ -217,9 +217,9 @@ TEST_F(SecureDelete, AStopLeavesWhatIsNotYetDone) {
     FolderHandle place;
     Fill("file", 512);
     ASSERT_EQ(FolderHandle::OpenCurrent(place), ERROR_SUCCESS);
-    EXPECT_TRUE(SecureDeleteFile(host, place, "file"));
+    EXPECT_TRUE(SecureDeleteFile(host, {place, place, 0}, "file", nullptr));
     EXPECT_TRUE(Exists("work/file"));
-    EXPECT_FALSE(SecureDeleteFile(host, place, "missing"));
+    EXPECT_FALSE(SecureDeleteFile(host, {place, place, 0}, "missing", nullptr));
 }
 
 TEST_F(SecureDelete, ATreeGoesFromItsLeavesAndLinksLeadNowhere) {
@@ -312,6 +312,86 @@ TEST_F(SecureDelete, AFileThatIsSwappedStaysWhole) {
                             DeletionFailure{DeletionStep::kOpenFile, "link", ERROR_ACCESS_DENIED},
                             DeletionFailure{DeletionStep::kRemoveFolder, "top", ERROR_DIR_NOT_EMPTY}));
     EXPECT_THAT(host.deleted, IsEmpty());
+}
+
+TEST_F(SecureDelete, WhatGotTheNameAfterTheChoiceStays) {
+    folder.MakeFolder("work/junk");
+    folder.MakeFolder("work/important");
+    Fill("important/file", 100);
+    for (const char* name : {"old file", "new file", "kept"})
+        Fill(name, 100);
+    std::filesystem::create_symlink("a", "link");
+    const char* names[] = {"junk", "old file", "link", "kept"};
+    DeletionItems chosen;
+    ASSERT_EQ(HoldDeletionItems(names, chosen), ERROR_SUCCESS);
+    std::filesystem::rename("junk", "junk 2");
+    std::filesystem::rename("important", "junk");
+    std::filesystem::rename("new file", "old file");
+    unlink("link");
+    std::filesystem::create_symlink("b", "link");
+    for (const DeletionItem& item : chosen.items)
+        SecureDeleteItem(host, chosen.folder, item);
+    EXPECT_THAT(host.failures,
+                ElementsAre(DeletionFailure{DeletionStep::kCompare, "junk", ERROR_FILE_INVALID},
+                            DeletionFailure{DeletionStep::kCompare, "old file", ERROR_FILE_INVALID},
+                            DeletionFailure{DeletionStep::kCompare, "link", ERROR_FILE_INVALID}));
+    EXPECT_EQ(test::ReadWholeFile("junk/file") + test::ReadWholeFile("old file"), std::string(200, 'x'));
+    EXPECT_THAT(host.deleted, ElementsAre("kept"));
+}
+
+// More than there are descriptors; a new file gets the number of one that is gone.
+TEST_F(SecureDelete, HundredsOfItemsAreToldFromWhatTakesTheirPlace) {
+    if (geteuid() != 0) GTEST_SKIP() << "the limit on open files cannot be raised again";
+    constexpr int kCount = 300;
+    std::vector<std::string> names;
+    std::vector<const char*> texts;
+    for (int i = 0; i < kCount; ++i)
+        Fill(names.emplace_back(std::to_string(i)), 10);
+    for (const std::string& name : names)
+        texts.push_back(name.c_str());
+    rlimit usual{};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const rlimit few{OpenDescriptors() + 40, OpenDescriptors() + 40};
+    setrlimit(RLIMIT_NOFILE, &few);
+    DeletionItems chosen;
+    EXPECT_EQ(HoldDeletionItems(texts, chosen), ERROR_SUCCESS);
+    for (const std::string& name : {names.front(), names.back()}) {
+        unlink(name.c_str());
+        Fill(name, 10);
+    }
+    for (const DeletionItem& item : chosen.items)
+        SecureDeleteItem(host, chosen.folder, item);
+    setrlimit(RLIMIT_NOFILE, &usual);
+    EXPECT_THAT(host.failures,
+                ElementsAre(DeletionFailure{DeletionStep::kCompare, names.front(), ERROR_FILE_INVALID},
+                            DeletionFailure{DeletionStep::kCompare, names.back(), ERROR_FILE_INVALID}));
+    EXPECT_EQ(host.deleted.size(), std::size_t{kCount - 2});
+}
+
+TEST_F(SecureDelete, WhoMayHaveAForeignFileOpenIsNotKnown) {
+    if (geteuid() != 0) GTEST_SKIP() << "becoming an ordinary user needs root";
+    Fill("foreign", 100);
+    Fill("own", 100);
+    chmod("foreign", 0666);
+    chmod(folder.Path("").c_str(), 0755);
+    chmod(".", 0777);
+    ASSERT_EQ(chown("own", 65534, 65534), 0);
+    const host::UniqueFd other(open("foreign", O_RDONLY | O_CLOEXEC));
+    for (const FileScrutiny scrutiny : {FileScrutiny::kOpeners, FileScrutiny::kObstacles}) {
+        const auto answer = test::AsOrdinaryUser([this, scrutiny] {
+            host.scrutiny = scrutiny;
+            host.Delete("foreign");
+            return std::string(host.obstacles == std::vector{OverwriteObstacle::kOpenersUnknown} ? "unknown"
+                                                                                                 : "");
+        });
+        EXPECT_EQ(answer, "unknown");
+        EXPECT_EQ(test::ReadWholeFile("foreign"), std::string(100, 'x'));
+    }
+    test::AsOrdinaryUser([this] {
+        host.Delete("own");
+        return std::string();
+    });
+    EXPECT_FALSE(Exists("work/own"));
 }
 
 TEST_F(SecureDelete, WhatCannotBeLookedAtIsNoFolder) {

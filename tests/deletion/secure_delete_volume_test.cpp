@@ -174,25 +174,74 @@ TEST_F(OnVolume, ZerosOfSmallFilesDoNotWaitInTheJournal) {
     EXPECT_THAT(PlacesOf("SMALLMARK", test::ReadWholeFile(volume.Image())), IsEmpty());
 }
 
-TEST_F(OnVolume, ADiskThatIsFullKeepsTheFile) {
+// A file of a gigabyte and more on a smaller volume, with something at its beginning, in its middle and at
+// its end.
+constexpr off_t kHuge = off_t{1} << 30;
+
+void WriteWithHoles(const std::string& path, const std::string& mark) {
+    const std::string text = Contents(mark, 5000);
+    const host::UniqueFd file(open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    for (const off_t place : {off_t{0}, kHuge / 2 + 1234, kHuge})
+        ASSERT_EQ(pwrite(file.Get(), text.data(), text.size(), place), static_cast<ssize_t>(text.size()));
+    ASSERT_EQ(fsync(file.Get()), 0);
+}
+
+TEST_F(OnVolume, HolesAreNotFilledAndWhatIsAllocatedIsOverwritten) {
     if (const std::string reason = Ext4Volume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
     const Ext4Volume volume;
     ASSERT_EQ(volume.Problem(), "");
     std::filesystem::current_path(volume.Root());
-    Write("holes", "");
-    std::filesystem::resize_file("holes", std::uintmax_t{1} << 30);
-    host.Delete("holes");
-    EXPECT_THAT(host.failures, ElementsAre(DeletionFailure{DeletionStep::kWrite, "holes", ERROR_DISK_FULL}));
-    EXPECT_TRUE(std::filesystem::exists("holes"));
+    WriteWithHoles("holes", "HOLEMARK");
+    Write("nothing", "");
+    std::filesystem::resize_file("nothing", std::uintmax_t{1} << 40);
+    // Reads as zeros, but the blocks are those of the old contents; and a hole behind them.
+    Write("set aside", Contents("ASIDEMARK", 200'000));
+    sync();
+    {
+        const host::UniqueFd file(open("set aside", O_WRONLY | O_CLOEXEC));
+        ASSERT_EQ(fallocate(file.Get(), FALLOC_FL_ZERO_RANGE, 0, 200'000), 0);
+        ASSERT_EQ(ftruncate(file.Get(), kHuge), 0);
+    }
+    sync();
+    const std::string before = test::ReadWholeFile(volume.Image());
+    for (const char* name : {"holes", "nothing", "set aside"})
+        host.Delete(name);
+    const std::string after = test::ReadWholeFile(volume.Image());
+    EXPECT_THAT(host.failures, IsEmpty());
+    EXPECT_THAT(host.deleted, SizeIs(3));
+    for (const char* mark : {"HOLEMARK", "ASIDEMARK"})
+        ExpectZeroed(mark, before, after);
+}
 
-    // Nothing is left for less than a run either.
-    Write("few holes", "");
-    std::filesystem::resize_file("few holes", 700 * 1000);
-    Write("filler", std::string(std::size_t{32} << 20, 'x'));
-    host.failures.clear();
-    host.Delete("few holes");
-    EXPECT_THAT(host.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kWrite, "few holes", ERROR_DISK_FULL}));
+// What has no blocks yet is a hole to some questions and data to others.
+TEST_F(OnVolume, WhatIsNotOnTheDiskYetIsNoHole) {
+    const test::TemporaryFolder disk;
+    setenv("TMPDIR", "/dev/shm", 1);
+    const test::TemporaryFolder memory;
+    unsetenv("TMPDIR");
+    for (const std::string& place : {disk.Path(), memory.Path()}) {
+        std::filesystem::current_path(place);
+        Write("file", Contents("MARK", 5000));
+        std::filesystem::resize_file("file", kHuge);
+        FolderHandle folder;
+        FileHandle file;
+        UniqueHandle contents;
+        FileRange range;
+        ASSERT_EQ(FolderHandle::OpenCurrent(folder), ERROR_SUCCESS);
+        ASSERT_EQ(folder.HoldFile("file", file), ERROR_SUCCESS);
+        ASSERT_EQ(file.OpenForOverwriting(contents), ERROR_SUCCESS);
+        EXPECT_EQ(FindAllocated(contents.get(), 0, range), ERROR_SUCCESS);
+        EXPECT_EQ(range.begin, 0) << place;
+        EXPECT_GE(range.end, 5000) << place;
+        EXPECT_LE(range.end, 1 << 20) << place;
+        EXPECT_EQ(FindAllocated(contents.get(), range.end, range), ERROR_SUCCESS);
+        EXPECT_EQ(range.begin, range.end) << place;
+        EXPECT_EQ(range.end, kHuge) << place;
+        contents.reset();
+        host.Delete("file");
+        std::filesystem::current_path("/");
+    }
+    EXPECT_THAT(host.deleted, SizeIs(2));
 }
 
 TEST_F(OnVolume, WhatIsMountedBelowStays) {
@@ -239,6 +288,28 @@ TEST_F(OnNtfs, KeepsNothingAndStaysSound) {
     EXPECT_FALSE(PlacesOf("SIDENT", before).empty());
     EXPECT_THAT(PlacesOf("SIDENT", after), IsEmpty());
     EXPECT_THAT(volume->Audit(), ::testing::HasSubstr("No errors were found"));
+}
+
+// ntfs-3g does not tell where holes are.
+TEST_F(OnNtfs, HolesAreNotFilled) {
+    WriteWithHoles(volume->Path("holes"), "HOLEMARK");
+    const std::string before = test::ReadWholeFile(volume->Image());
+    std::filesystem::current_path(volume->Root());
+    host.Delete("holes");
+    std::filesystem::current_path("/");
+    EXPECT_THAT(host.failures, IsEmpty());
+    ExpectZeroed("HOLEMARK", before, test::ReadWholeFile(volume->Image()));
+    EXPECT_THAT(volume->Audit(), ::testing::HasSubstr("No errors were found"));
+}
+
+TEST_F(OnNtfs, NamesAreCountedInPlaceWhereOwnersDoNotMatter) {
+    Write(volume->Path("file"), "x");
+    std::filesystem::current_path(volume->Root());
+    host.scrutiny = FileScrutiny::kObstacles;
+    host.Delete("file");
+    EXPECT_THAT(host.obstacles, IsEmpty());
+    EXPECT_THAT(host.deleted, ElementsAre("file"));
+    EXPECT_TRUE(std::filesystem::is_empty(volume->Root()));
 }
 
 TEST_F(OnNtfs, StreamsThatAreFilesAreOverwrittenInPlace) {
@@ -321,7 +392,9 @@ TEST_F(OnNtfs, TellsWhatItCannotReplace) {
     for (const auto& [name, expected] : cases) {
         std::vector<OverwriteObstacle> obstacles;
         FileHandle file;
+        UniqueHandle contents;
         ASSERT_EQ(folder.HoldFile(name, file), ERROR_SUCCESS) << name;
+        ASSERT_EQ(file.OpenForOverwriting(contents), ERROR_SUCCESS) << name;
         EXPECT_EQ(file.FindObstacles(obstacles), ERROR_SUCCESS) << name;
         EXPECT_EQ(obstacles, expected) << name;
     }

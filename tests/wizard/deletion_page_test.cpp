@@ -17,6 +17,7 @@
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "tests/support/command.h"
+#include "tests/support/refused_leases.h"
 #include "tests/support/refused_threads.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_backend.h"
@@ -137,6 +138,39 @@ TEST_F(WizardDeletionPage, ListsWhatBecomesOfEachAndCountsWhatIsGone) {
     EXPECT_TRUE(std::filesystem::exists("kept/readonly"));
     EXPECT_FALSE(std::filesystem::exists("top"));
     EXPECT_FALSE(std::filesystem::exists("last"));
+}
+
+TEST_F(WizardDeletionPage, WhatGotTheNameSinceTheChoiceStays) {
+    MakeFile("file", 1);
+    MakeFile("important", 1);
+    Run({"file"}, [&](WindowDriver& window) {
+        std::filesystem::rename("important", "file");
+        GoToDeletion(window);
+        WaitForEnd(window);
+        EXPECT_THAT(window.Rows(IDC_DELETION_STATUS),
+                    ElementsAre("file: deleting... ",
+                                "file: not deleted, its name leads to something else by now: " +
+                                    GetSystemMessageText(ERROR_FILE_INVALID),
+                                "", "Total deleted: 0"));
+        window.Click(SheetButton::kFinish);
+    });
+    EXPECT_TRUE(std::filesystem::exists("file"));
+}
+
+TEST_F(WizardDeletionPage, WhatOthersMayHaveOpenStaysAndIsListed) {
+    MakeFile("file", 1);
+    test::areLeasesRefused = true;
+    Run({"file"}, [&](WindowDriver& window) {
+        GoToDeletion(window);
+        WaitForEnd(window);
+        EXPECT_THAT(window.Rows(IDC_DELETION_STATUS),
+                    ElementsAre("file: deleting... ",
+                                "not deleted: whether another program has it open cannot be known", "",
+                                "Total deleted: 0"));
+        window.Click(SheetButton::kFinish);
+    });
+    test::areLeasesRefused = false;
+    EXPECT_EQ(test::ReadWholeFile("file"), "x");
 }
 
 TEST_F(WizardDeletionPage, DeletesNothingWithoutAYesAndNoDrives) {

@@ -35,6 +35,8 @@ inline constexpr DWORD FILE_UNICODE_ON_DISK       = 0x00000004;
 inline constexpr DWORD FILE_PERSISTENT_ACLS       = 0x00000008;
 inline constexpr DWORD FILE_READ_ONLY_VOLUME      = 0x00080000;
 
+inline constexpr DWORD FILE_BEGIN = 0;
+
 inline constexpr UINT DRIVE_UNKNOWN     = 0;
 inline constexpr UINT DRIVE_NO_ROOT_DIR = 1;
 inline constexpr UINT DRIVE_REMOVABLE   = 2;
@@ -107,6 +109,10 @@ UINT WINAPI GetDriveTypeA(LPCSTR root);
 
 // Of a file that platform/folder_files.h opened; one thread at a time. `size` in bytes.
 BOOL WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
+// Where WriteFile goes on, in bytes from the file's beginning: `method` is FILE_BEGIN
+// (ERROR_INVALID_PARAMETER). Writes what was gathered before. `position`, which may be null, becomes the new
+// place.
+BOOL WINAPI SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER position, DWORD method);
 // Writes after what was written last, from the file's beginning on; the file grows as needed. The bytes are
 // gathered into larger runs, so an error may be told by a later call, at the latest by that which reaches the
 // end of what was in the file; FlushFileBuffers tells those of the disk.

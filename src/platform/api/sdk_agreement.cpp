@@ -154,7 +154,7 @@ static_assert(FILE_CASE_PRESERVED_NAMES           == 0x2);
 static_assert(FILE_UNICODE_ON_DISK                == 0x4);
 static_assert(FILE_PERSISTENT_ACLS                == 0x8);
 static_assert(FILE_READ_ONLY_VOLUME               == 0x80000);
-static_assert(DRIVE_UNKNOWN == 0 && DRIVE_NO_ROOT_DIR == 1 && DRIVE_REMOVABLE == 2 && DRIVE_FIXED == 3);
+static_assert(FILE_BEGIN == 0 && DRIVE_UNKNOWN == 0 && DRIVE_NO_ROOT_DIR == 1 && DRIVE_REMOVABLE == 2 && DRIVE_FIXED == 3);
 static_assert(DRIVE_REMOTE == 4 && DRIVE_CDROM == 5 && DRIVE_RAMDISK == 6);
 static_assert(GetFileExInfoStandard == 0 && sizeof(WIN32_FILE_ATTRIBUTE_DATA) == 36);
 static_assert(offsetof(WIN32_FILE_ATTRIBUTE_DATA, ftCreationTime) == 4 && offsetof(WIN32_FILE_ATTRIBUTE_DATA, ftLastAccessTime) == 12);

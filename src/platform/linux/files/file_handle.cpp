@@ -4,6 +4,7 @@
 #include <linux/magic.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -15,6 +16,7 @@
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/system_objects.h"
 #include "platform/linux/files/attributes.h"
+#include "platform/linux/files/entry_identity.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/named_streams.h"
 #include "platform/linux/files/several_names.h"
@@ -70,8 +72,13 @@ DWORD FileHandle::OpenForOverwriting(UniqueHandle& contents) const {
     if (error == ERROR_SUCCESS) error = host::OpenAlone(inside->object, opened, inside->journaled);
     if (error != ERROR_SUCCESS) return error;
     inside->isJournaled = opened->IsJournaled();
+    inside->isKnownAlone = opened->IsKnownAlone();
     contents.reset(host::SystemObjects().Add(std::move(opened)));
     return ERROR_SUCCESS;
+}
+
+bool FileHandle::KnowsOpeners() const {
+    return inside->isKnownAlone;
 }
 
 DWORD FileHandle::ListNamedStreams(std::vector<std::string>& streams) const {
@@ -107,7 +114,7 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
     bool isCompressed = false;
     DWORD error = host::ReadAttributes(file, {}, attributes);
     if (error == ERROR_SUCCESS && inside->isNtfs) error = host::ListStreams(file, streams, access);
-    if (error == ERROR_SUCCESS) error = host::AskSeveralNames(file, inside->hostName, hasSeveralNames);
+    if (error == ERROR_SUCCESS) error = HasSeveralNames(hasSeveralNames);
     if (error == ERROR_SUCCESS) error = host::AskCopyOnWrite(file, isCopyOnWrite);
     if (error == ERROR_SUCCESS) error = host::AskCompressed(file, isCompressed);
     if (error != ERROR_SUCCESS) return error;
@@ -119,12 +126,32 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
         {OverwriteObstacle::kSparse, (attributes & FILE_ATTRIBUTE_SPARSE_FILE) != 0},
         {OverwriteObstacle::kNamedStreams, access == host::StreamAccess::kAttributes},
         {OverwriteObstacle::kJournaled, inside->isJournaled},
+        {OverwriteObstacle::kOpenersUnknown, !inside->isKnownAlone},
     };
     obstacles.clear();
     for (const auto& [obstacle, isThere] : answers) {
         if (isThere) obstacles.push_back(obstacle);
     }
     return ERROR_SUCCESS;
+}
+
+DWORD FileHandle::HasSeveralNames(bool& answer) const {
+    return host::AskSeveralNames(inside->object, inside->hostName, answer);
+}
+
+DWORD FileHandle::Verify(const EntryIdentity& identity) const {
+    return identity.inside->Verify(inside->object);
+}
+
+DWORD FileHandle::Remove() const {
+    host::ObjectHandle found;
+    const DWORD error = host::ObjectHandle::OpenUnmountedAt(inside->folder, inside->hostName.c_str(), found);
+    if (error != ERROR_SUCCESS) return error;
+    // The kernel has no call that removes a name only while it leads to a certain file: what is swapped from
+    // here on is not seen. A file that is held keeps its number from being given to another.
+    if (!found.IsSameObject(inside->object)) return ERROR_FILE_INVALID;
+    return unlinkat(inside->folder, inside->hostName.c_str(), 0) == 0 ? ERROR_SUCCESS
+                                                                      : host::ErrorFromErrno(errno);
 }
 
 }  // namespace permora

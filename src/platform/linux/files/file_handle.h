@@ -11,11 +11,14 @@ namespace permora {
 
 struct FileHandle::Inside {
     host::ObjectHandle object;
-    int folder = -1;       // the descriptor of the folder, which outlives this; not owned
+    int home = -1;    // the descriptor of the folder in which it was found; that outlives this, not owned
+    int folder = -1;  // of that in which its name is now, the same or a SecludedFolder's
     std::string hostName;  // of the file when it was held
     bool isNtfs = false;
     host::Journaled journaled = host::Journaled::kNone;  // on the volume
-    bool isJournaled = false;                            // known when it was opened for overwriting
+    // Known when it was opened for overwriting.
+    bool isJournaled = false;
+    bool isKnownAlone = false;
 };
 
 namespace host {

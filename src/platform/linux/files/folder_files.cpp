@@ -5,19 +5,23 @@
 #include <unistd.h>
 
 #include <dirent.h>
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "platform/api/errors.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/attributes.h"
+#include "platform/linux/files/entry_identity.h"
 #include "platform/linux/files/extended_attributes.h"
 #include "platform/linux/files/file_handle.h"
 #include "platform/linux/files/file_system_types.h"
-#include "platform/linux/files/folder_listing.h"
+#include "platform/linux/files/folder_handle.h"
 #include "platform/linux/files/mount_table.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/unmounted_entry.h"
@@ -71,6 +75,12 @@ Journaled JournaledOn(const MountEntry& mount) {
     return isAll ? Journaled::kAll : Journaled::kSome;
 }
 
+// What knows no owners takes them from the mount. Names as the kernel and the helpers of FUSE give them.
+bool HasNoOwners(std::string_view fileSystem) {
+    constexpr std::array<std::string_view, 4> kTypes = {"exfat", "fuseblk", "msdos", "vfat"};
+    return std::find(kTypes.begin(), kTypes.end(), fileSystem) != kTypes.end();
+}
+
 // `flags` are those of unlinkat(2).
 DWORD RemoveName(int folder, const std::string& hostName, int flags) {
     return unlinkat(folder, hostName.c_str(), flags) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
@@ -99,39 +109,32 @@ DWORD RefuseUnreadableFile(const ObjectHandle& object) {
 using host::ObjectHandle;
 using host::UniqueFd;
 
-struct FolderHandle::Inside {
-    explicit Inside(UniqueFd opened) : listing(std::move(opened)) {}
-
-    int Descriptor() const { return listing.Descriptor(); }
-
-    // Asked of the volume at the first file. Where it is not NTFS, what looks like a stream is none.
-    DWORD AskNtfs(const ObjectHandle& object, bool& answer) {
-        if (!isNtfs) {
-            const int error = host::AskExtendedAttribute(object, host::kNtfsAttribute);
-            if (error != 0 && !host::IsAbsent(error)) return host::ErrorFromErrno(error);
-            isNtfs = error == 0;
-        }
-        answer = *isNtfs;
-        return ERROR_SUCCESS;
+DWORD FolderHandle::Inside::AskNtfs(const ObjectHandle& object, bool& answer) {
+    if (!isNtfs) {
+        const int error = host::AskExtendedAttribute(object, host::kNtfsAttribute);
+        if (error != 0 && !host::IsAbsent(error)) return host::ErrorFromErrno(error);
+        isNtfs = error == 0;
     }
+    answer = *isNtfs;
+    return ERROR_SUCCESS;
+}
 
-    // Asked once for all folders below.
-    DWORD AskMount() {
-        if (sectorBytes != 0) return ERROR_SUCCESS;
-        ObjectHandle folder;
-        const DWORD error = ObjectHandle::OpenAt(Descriptor(), ".", folder);
-        if (error != ERROR_SUCCESS) return error;
-        const std::optional<host::MountEntry> mount = host::MountOf(folder);
-        sectorBytes = host::SectorBytesOf(mount ? host::BlockDeviceOf(*mount) : "");
-        if (mount) journaled = host::JournaledOn(*mount);
-        return ERROR_SUCCESS;
-    }
+DWORD FolderHandle::Inside::AskMount() {
+    if (sectorBytes != 0) return ERROR_SUCCESS;
+    ObjectHandle folder;
+    const DWORD error = ObjectHandle::OpenAt(Descriptor(), ".", folder);
+    if (error != ERROR_SUCCESS) return error;
+    const std::optional<host::MountEntry> mount = host::MountOf(folder);
+    sectorBytes = host::SectorBytesOf(mount ? host::BlockDeviceOf(*mount) : "");
+    if (mount) journaled = host::JournaledOn(*mount);
+    if (mount) hasNoOwners = host::HasNoOwners(mount->fileSystem);
+    return ERROR_SUCCESS;
+}
 
-    host::FolderListing listing;
-    std::optional<bool> isNtfs;
-    DWORD sectorBytes = 0;  // 0: not asked yet
-    host::Journaled journaled = host::Journaled::kNone;
-};
+DWORD FolderHandle::Inside::Hold(ObjectHandle& folder) const {
+    UniqueFd copy(fcntl(Descriptor(), F_DUPFD_CLOEXEC, 0));
+    return copy ? ObjectHandle::Adopt(std::move(copy), folder) : host::ErrorFromErrno(errno);
+}
 
 FolderHandle::FolderHandle() = default;
 FolderHandle::FolderHandle(FolderHandle&& other) noexcept = default;
@@ -161,6 +164,7 @@ DWORD FolderHandle::OpenFolder(const std::string& name, FolderHandle& folder) co
     entered->isNtfs = inside->isNtfs;
     entered->sectorBytes = inside->sectorBytes;
     entered->journaled = inside->journaled;
+    entered->hasNoOwners = inside->hasNoOwners;
     folder.inside = std::move(entered);
     return ERROR_SUCCESS;
 }
@@ -190,6 +194,39 @@ DWORD FolderHandle::KindOf(const std::string& name, FolderEntryKind& kind) const
     return ERROR_SUCCESS;
 }
 
+DWORD FolderHandle::Identify(const std::string& name, EntryIdentity& identity, FolderEntryKind& kind) const {
+    std::string hostName;
+    if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
+    ObjectHandle object;
+    // Also of what is mounted there, which is refused later.
+    const DWORD error = ObjectHandle::OpenAt(inside->Descriptor(), hostName.c_str(), object);
+    if (error != ERROR_SUCCESS) return error;
+    kind = host::KindOfMode(object.Status().st_mode);
+    identity.inside = std::make_unique<EntryIdentity::Inside>(std::move(object));
+    return ERROR_SUCCESS;
+}
+
+DWORD FolderHandle::IdentifyItself(EntryIdentity& identity) const {
+    ObjectHandle folder;
+    const DWORD error = inside->Hold(folder);
+    if (error == ERROR_SUCCESS) identity.inside = std::make_unique<EntryIdentity::Inside>(std::move(folder));
+    return error;
+}
+
+DWORD FolderHandle::VerifyEntry(const std::string& name, const EntryIdentity& identity) const {
+    std::string hostName;
+    if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
+    ObjectHandle object;
+    const DWORD error = ObjectHandle::OpenAt(inside->Descriptor(), hostName.c_str(), object);
+    return error == ERROR_SUCCESS ? identity.inside->Verify(object) : error;
+}
+
+DWORD FolderHandle::VerifyItself(const EntryIdentity& identity) const {
+    ObjectHandle folder;
+    const DWORD error = inside->Hold(folder);
+    return error == ERROR_SUCCESS ? identity.inside->Verify(folder) : error;
+}
+
 DWORD FolderHandle::BytesPerSector(DWORD& bytes) const {
     const DWORD error = inside->AskMount();
     if (error == ERROR_SUCCESS) bytes = inside->sectorBytes;
@@ -212,22 +249,10 @@ DWORD FolderHandle::HoldFile(const std::string& name, FileHandle& file) const {
     if (error == ERROR_SUCCESS) error = inside->AskMount();
     if (error != ERROR_SUCCESS) return error;
     held->journaled = inside->journaled;
-    held->folder = inside->Descriptor();
+    held->home = held->folder = inside->Descriptor();
     held->hostName = std::move(hostName);
     file.inside = std::move(held);
     return ERROR_SUCCESS;
-}
-
-DWORD FolderHandle::RemoveFile(const std::string& name, const FileHandle& file) const {
-    std::string hostName;
-    if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
-    ObjectHandle object;
-    const DWORD error = host::HoldEntry(inside->Descriptor(), hostName, object);
-    if (error != ERROR_SUCCESS) return error;
-    // The kernel has no call that removes a name only while it leads to a certain file: what is swapped from
-    // here on is not seen. A file that is held keeps its number from being given to another.
-    if (!object.IsSameObject(file.inside->object)) return ERROR_FILE_INVALID;
-    return host::RemoveName(inside->Descriptor(), hostName, 0);
 }
 
 DWORD FolderHandle::RemoveLink(const std::string& name) const {

@@ -29,6 +29,16 @@ class StreamAttribute : public OverwrittenFile {
         return ERROR_SUCCESS;
     }
 
+    DWORD Find(LONGLONG from, FileRange& range) const override {
+        const auto end = static_cast<LONGLONG>(size);
+        range = {std::min(from, end), end};
+        return ERROR_SUCCESS;
+    }
+
+    DWORD Seek(LONGLONG place) override {
+        return place == static_cast<LONGLONG>(value.size()) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
+    }
+
     DWORD Write(std::span<const std::uint8_t> bytes) override {
         const auto taken = bytes.first(std::min(size - value.size(), bytes.size()));
         value.insert(value.end(), taken.begin(), taken.end());

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "platform/linux/files/extended_attributes.h"
+
 namespace permora::host {
 namespace {
 
@@ -49,7 +51,11 @@ std::vector<std::uint8_t> BirthOf(const ObjectHandle& object) {
 
 ObjectIdentity::ObjectIdentity(const ObjectHandle& object)
     : device(object.Status().st_dev), number(object.Status().st_ino) {
-    if (!HasLastingMarks(object)) return;
+    // ntfs-3g tells the volume's own time of creation.
+    if (!HasLastingMarks(object)) {
+        if (ReadExtendedAttribute(object, "system.ntfs_crtime", mark) != 0) mark.clear();
+        return;
+    }
     mark = FileHandleOf(object);
     if (mark.empty()) mark = BirthOf(object);
 }

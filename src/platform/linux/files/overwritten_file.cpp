@@ -17,6 +17,7 @@
 #include "platform/api/files.h"
 #include "platform/linux/base/failure.h"
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/allocated_ranges.h"
 #include "platform/linux/files/descriptor_path.h"
 
 namespace permora::host {
@@ -50,16 +51,39 @@ DWORD AskJournaled(int descriptor, bool& answer) {
     return ERROR_SUCCESS;
 }
 
+// How a file was opened.
+struct Opening {
+    UniqueFd descriptor;
+    off_t size = 0;
+    RangeSource ranges = RangeSource::kWhole;
+    bool isKnownAlone = false;
+    bool isJournaled = false;
+};
+
 class HostFile : public OverwrittenFile {
   public:
-    HostFile(UniqueFd opened, off_t size, bool goesByJournal)
-        : descriptor(std::move(opened)), sizeBefore(size), isJournaled(goesByJournal) {}
+    explicit HostFile(Opening opened)
+        : descriptor(std::move(opened.descriptor)),
+          sizeBefore(opened.size),
+          ranges(opened.ranges),
+          isKnownAlone(opened.isKnownAlone),
+          isJournaled(opened.isJournaled) {}
 
     DWORD Size(LONGLONG& bytes) const override {
         struct stat status {};
         if (fstat(descriptor.Get(), &status) != 0) return ErrorFromErrno(errno);
         bytes = status.st_size;
         return ERROR_SUCCESS;
+    }
+
+    DWORD Find(LONGLONG from, FileRange& range) const override {
+        return FindRange(ranges, descriptor.Get(), from, sizeBefore, range);
+    }
+
+    DWORD Seek(LONGLONG place) override {
+        const DWORD error = WriteRun();
+        if (error == ERROR_SUCCESS) position = place;
+        return error;
     }
 
     DWORD Write(std::span<const std::uint8_t> bytes) override {
@@ -85,6 +109,7 @@ class HostFile : public OverwrittenFile {
     }
 
     bool IsJournaled() const override { return isJournaled; }
+    bool IsKnownAlone() const override { return isKnownAlone; }
 
   private:
     // What is there is overwritten before the file grows: contents that a file system keeps in its own tables
@@ -126,6 +151,8 @@ class HostFile : public OverwrittenFile {
 
     UniqueFd descriptor;
     off_t sizeBefore;
+    RangeSource ranges;
+    bool isKnownAlone;
     bool isJournaled;
     off_t position = 0;
     std::unique_ptr<std::uint8_t, FreeCloser> run;
@@ -134,14 +161,28 @@ class HostFile : public OverwrittenFile {
     bool canBeDirect = true;
 };
 
-DWORD Reserve(int descriptor) {
+DWORD Reserve(int descriptor, bool& isKnownAlone) {
     // The signal that tells of others who want the file. Without a choice it is one that ends the process;
     // nobody minds this one.
-    if (fcntl(descriptor, F_SETSIG, SIGURG) == 0 && fcntl(descriptor, F_SETLEASE, F_WRLCK) == 0)
-        return ERROR_SUCCESS;
+    isKnownAlone = fcntl(descriptor, F_SETSIG, SIGURG) == 0 && fcntl(descriptor, F_SETLEASE, F_WRLCK) == 0;
+    if (isKnownAlone) return ERROR_SUCCESS;
     if (errno == EAGAIN) return ERROR_SHARING_VIOLATION;
     const bool isLocked = flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     return isLocked ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
+}
+
+DWORD OpenReserved(const ObjectHandle& file, int access, Opening& opening) {
+    // Without O_NONBLOCK another's lease would be waited for.
+    UniqueFd opened(
+        open(DescriptorPath(file.Descriptor()).Text(), access | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!opened) return ErrorFromOpening(errno);
+    if (const DWORD error = Reserve(opened.Get(), opening.isKnownAlone); error != ERROR_SUCCESS) return error;
+    struct stat status {};
+    if (fstat(opened.Get(), &status) != 0) return ErrorFromErrno(errno);
+    opening.size = status.st_size;
+    opening.ranges = FindRangeSource(opened.Get(), status);
+    opening.descriptor = std::move(opened);
+    return ERROR_SUCCESS;
 }
 
 // Runs `work`, which answers with an error code, on the file that a handle stands for.
@@ -156,18 +197,17 @@ BOOL WithFile(HANDLE handle, const Work& work) {
 }  // namespace
 
 DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& opened, Journaled journaled) {
-    // Without O_NONBLOCK another's lease would be waited for.
-    UniqueFd descriptor(
-        open(DescriptorPath(file.Descriptor()).Text(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!descriptor) return ErrorFromOpening(errno);
-    if (const DWORD error = Reserve(descriptor.Get()); error != ERROR_SUCCESS) return error;
-    struct stat status {};
-    if (fstat(descriptor.Get(), &status) != 0) return ErrorFromErrno(errno);
-    bool isJournaled = journaled == Journaled::kAll;
-    const DWORD error =
-        journaled == Journaled::kSome ? AskJournaled(descriptor.Get(), isJournaled) : ERROR_SUCCESS;
-    if (error == ERROR_SUCCESS)
-        opened = std::make_shared<HostFile>(std::move(descriptor), status.st_size, isJournaled);
+    Opening opening;
+    DWORD error = OpenReserved(file, O_WRONLY, opening);
+    if (error == ERROR_SUCCESS && opening.ranges == RangeSource::kContents) {
+        // Who has a lease cannot open the file once more.
+        opening.descriptor.Reset();
+        error = OpenReserved(file, O_RDWR, opening);
+    }
+    opening.isJournaled = journaled == Journaled::kAll;
+    if (error == ERROR_SUCCESS && journaled == Journaled::kSome)
+        error = AskJournaled(opening.descriptor.Get(), opening.isJournaled);
+    if (error == ERROR_SUCCESS) opened = std::make_shared<HostFile>(std::move(opening));
     return error;
 }
 
@@ -176,6 +216,15 @@ DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& open
 BOOL WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size) {
     using namespace permora::host;
     return WithFile(file, [&](const OverwrittenFile& found) { return found.Size(size->QuadPart); });
+}
+
+BOOL WINAPI SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER position, DWORD method) {
+    using namespace permora::host;
+    if (method != FILE_BEGIN || distance.QuadPart < 0) return Fail(ERROR_INVALID_PARAMETER);
+    const BOOL isThere =
+        WithFile(file, [&](OverwrittenFile& found) { return found.Seek(distance.QuadPart); });
+    if (isThere != FALSE && position != nullptr) *position = distance;
+    return isThere;
 }
 
 BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped) {
@@ -192,3 +241,13 @@ BOOL WINAPI FlushFileBuffers(HANDLE file) {
     using namespace permora::host;
     return WithFile(file, [](OverwrittenFile& found) { return found.Flush(); });
 }
+
+namespace permora {
+
+DWORD FindAllocated(HANDLE contents, LONGLONG from, FileRange& range) {
+    const std::shared_ptr<host::SystemObject> object = host::SystemObjects().Find(contents);
+    const auto* file = dynamic_cast<const host::OverwrittenFile*>(object.get());
+    return file != nullptr ? file->Find(from, range) : ERROR_INVALID_HANDLE;
+}
+
+}  // namespace permora

@@ -1,4 +1,4 @@
-// A file that is open to be overwritten, and what WriteFile, FlushFileBuffers and GetFileSizeEx make of it.
+// A file that is open to be overwritten, and what the system's calls and FindAllocated make of it.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +6,7 @@
 #include <span>
 
 #include "platform/api/errors.h"
+#include "platform/folder_files.h"
 #include "platform/linux/base/system_objects.h"
 #include "platform/linux/files/object_handle.h"
 
@@ -15,10 +16,14 @@ namespace permora::host {
 class OverwrittenFile : public SystemObject {
   public:
     virtual DWORD Size(LONGLONG& bytes) const = 0;
+    virtual DWORD Find(LONGLONG from, FileRange& range) const = 0;
+    virtual DWORD Seek(LONGLONG place) = 0;
     virtual DWORD Write(std::span<const std::uint8_t> bytes) = 0;
     virtual DWORD Flush() = 0;
     // Whether the file system writes the contents by way of its journal.
     virtual bool IsJournaled() const { return false; }
+    // Whether the kernel said that nobody else had it open.
+    virtual bool IsKnownAlone() const { return true; }
 };
 
 // Of which files on a volume the contents go by way of the journal.
@@ -28,7 +33,7 @@ enum class Journaled { kNone, kSome, kAll };
 //
 // That is the kernel's write lease, which keeps who opens the file afterwards waiting until it is closed (at
 // most for /proc/sys/fs/lease-break-time, 45 seconds usually). Where there are no leases, or the file belongs
-// to another user, it is a lock (flock) that only those see who ask for one too.
+// to another user, it is a lock (flock) that only those see who ask for one too, and IsKnownAlone is false.
 //
 // What goes by way of a journal is not at its place when the file is flushed. The flush therefore empties the
 // journal too, where this process may do that.

@@ -1,0 +1,53 @@
+#include "deletion/seclusion.h"
+
+#include <utility>
+
+#include "platform/api/errors.h"
+
+namespace permora {
+
+DWORD Seclusion::Take(FileHandle& file, const FilePlace& place) {
+    if (folder) {
+        const DWORD error = folder.Take(file);
+        if (error != ERROR_NOT_SAME_DEVICE) return error;
+        End();
+    }
+    const DWORD error = MakeAndTake(file, place.top, 0);
+    // A user may change a folder and not the one above it; and a volume may keep its folders apart.
+    return folder || place.level == 0 ? error : MakeAndTake(file, place.folder, place.level);
+}
+
+// Without a folder afterwards when it does not serve here.
+DWORD Seclusion::MakeAndTake(FileHandle& file, const FolderHandle& place, std::size_t level) {
+    DWORD error = SecludedFolder::Make(place, folder);
+    if (error != ERROR_SUCCESS) return error;
+    madeAt = level;
+    error = folder.Take(file);
+    if (error == ERROR_NOT_SAME_DEVICE) End();
+    return error;
+}
+
+DWORD Seclusion::GiveBack(FileHandle& file, std::string& leftIn) {
+    const DWORD error = folder.GiveBack(file);
+    if (error == ERROR_SUCCESS) return error;
+    leftIn = folder.Name();
+    folder = {};
+    return error;
+}
+
+void Seclusion::Leave(std::size_t level) {
+    if (madeAt >= level) End();
+}
+
+void Seclusion::End() {
+    SecludedFolder ended = std::exchange(folder, {});
+    if (!ended) return;
+    if (const DWORD error = ended.Remove(); error != ERROR_SUCCESS)
+        leftovers.push_back({ended.Name(), error});
+}
+
+std::vector<Seclusion::Leftover> Seclusion::TakeLeftovers() {
+    return std::exchange(leftovers, {});
+}
+
+}  // namespace permora

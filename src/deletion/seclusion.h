@@ -1,0 +1,50 @@
+// Takes files to where their names can be counted (platform/secluded_folder.h): one folder serves all files
+// of a run on one volume, as far as it can.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "platform/folder_files.h"
+#include "platform/secluded_folder.h"
+
+namespace permora {
+
+// Where a file is.
+struct FilePlace {
+    const FolderHandle& top;     // holds what is to be deleted as a whole
+    const FolderHandle& folder;  // holds the file
+    std::size_t level;           // how far that is below the top; 0: the same
+};
+
+class Seclusion {
+  public:
+    // As SecludedFolder::Take; makes the folder when it is needed, as high up as the system lets it.
+    DWORD Take(FileHandle& file, const FilePlace& place);
+    // As SecludedFolder::GiveBack. A file that cannot go back stays in the folder, which is then left as it
+    // is, and `leftIn` becomes the folder's name.
+    DWORD GiveBack(FileHandle& file, std::string& leftIn);
+
+    // Folders of this level and those below it are about to be removed.
+    void Leave(std::size_t level);
+    // Removes the folder, if there is one.
+    void End();
+
+    // A folder that could not be removed.
+    struct Leftover {
+        std::string name;
+        DWORD error;
+    };
+    // Those since the last call.
+    std::vector<Leftover> TakeLeftovers();
+
+  private:
+    DWORD MakeAndTake(FileHandle& file, const FolderHandle& place, std::size_t level);
+
+    SecludedFolder folder;
+    std::size_t madeAt = 0;  // the level of the folder in which it stands
+    std::vector<Leftover> leftovers;
+};
+
+}  // namespace permora

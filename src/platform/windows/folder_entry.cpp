@@ -1,0 +1,87 @@
+#include "platform/windows/folder_entry.h"
+
+#include <winternl.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+#include "platform/windows/code_page.h"
+
+namespace permora {
+DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& request, UniqueHandle& opened) {
+    std::wstring wide;
+    if (const DWORD error = ToWide(path, wide); error != ERROR_SUCCESS) return error;
+    UNICODE_STRING text{};
+    text.Buffer = wide.data();
+    text.Length = static_cast<USHORT>(wide.size() * sizeof(wchar_t));
+    text.MaximumLength = text.Length;
+    OBJECT_ATTRIBUTES attributes{};
+    attributes.Length = sizeof attributes;
+    attributes.RootDirectory = folder;
+    attributes.ObjectName = &text;
+    attributes.Attributes = OBJ_CASE_INSENSITIVE;
+    IO_STATUS_BLOCK answer{};
+    HANDLE handle = nullptr;
+    const NTSTATUS status =
+        NtCreateFile(&handle, request.access | SYNCHRONIZE, &attributes, &answer, nullptr,
+                     FILE_ATTRIBUTE_NORMAL, request.share, FILE_OPEN,
+                     request.options | FILE_SYNCHRONOUS_IO_NONALERT | FILE_OPEN_REPARSE_POINT, nullptr, 0);
+    if (status < 0) return RtlNtStatusToDosError(status);
+    opened.reset(handle);
+    return ERROR_SUCCESS;
+}
+
+DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request, UniqueHandle& opened) {
+    // Bare names only: the call would take a path, and leave the folder.
+    if (name.empty() || name == "." || name == ".." || name.find_first_of("\\/") != name.npos)
+        return ERROR_INVALID_NAME;
+    return OpenBelow(folder, name, request, opened);
+}
+
+DWORD RemoveOpened(HANDLE object) {
+    FILE_DISPOSITION_INFO disposition{TRUE};
+    return SetFileInformationByHandle(object, FileDispositionInfo, &disposition, sizeof disposition) != FALSE
+               ? ERROR_SUCCESS
+               : GetLastError();
+}
+
+bool ObjectMark::operator==(const ObjectMark& other) const {
+    return volume == other.volume && created == other.created &&
+           std::equal(std::begin(number.Identifier), std::end(number.Identifier),
+                      std::begin(other.number.Identifier));
+}
+
+DWORD MarkOf(HANDLE object, ObjectMark& mark) {
+    FILE_ID_INFO id{};
+    FILE_BASIC_INFO basic{};
+    if (GetFileInformationByHandleEx(object, FileBasicInfo, &basic, sizeof basic) == FALSE)
+        return GetLastError();
+    if (GetFileInformationByHandleEx(object, FileIdInfo, &id, sizeof id) != FALSE) {
+        mark = {id.VolumeSerialNumber, id.FileId, basic.CreationTime.QuadPart};
+        return ERROR_SUCCESS;
+    }
+    // File systems without the long numbers have short ones.
+    BY_HANDLE_FILE_INFORMATION info{};
+    if (GetFileInformationByHandle(object, &info) == FALSE) return GetLastError();
+    ObjectMark found{info.dwVolumeSerialNumber, {}, basic.CreationTime.QuadPart};
+    std::memcpy(found.number.Identifier, &info.nFileIndexHigh, sizeof info.nFileIndexHigh);
+    std::memcpy(found.number.Identifier + sizeof info.nFileIndexHigh, &info.nFileIndexLow,
+                sizeof info.nFileIndexLow);
+    mark = found;
+    return ERROR_SUCCESS;
+}
+
+DWORD VerifyMark(HANDLE object, const ObjectMark& expected) {
+    ObjectMark mark;
+    const DWORD error = MarkOf(object, mark);
+    if (error != ERROR_SUCCESS) return error;
+    return mark == expected ? ERROR_SUCCESS : ERROR_FILE_INVALID;
+}
+
+EntryIdentity::EntryIdentity() = default;
+EntryIdentity::EntryIdentity(EntryIdentity&& other) noexcept = default;
+EntryIdentity& EntryIdentity::operator=(EntryIdentity&& other) noexcept = default;
+EntryIdentity::~EntryIdentity() = default;
+
+}  // namespace permora
