@@ -37,8 +37,8 @@ class Frame : public CFrameWnd {
   protected:
     bool OnCreate() override {
         view.Create(*this, 1, R"("permora")");
-        if (!addressBar.Create(*this, IDD_ADDRESS_BAR) || !reBar.Create(*this) || !reBar.AddBar(addressBar) ||
-            !statusBar.Create(*this))
+        if (!addressBar.Create(*this, IDD_ADDRESS_BAR) || !reBar.Create(*this) ||
+            !reBar.AddBar(addressBar, addressBar.LeastWidth()) || !statusBar.Create(*this))
             return false;
         statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
         view.statusBar = &statusBar;
