@@ -20,9 +20,9 @@ std::string PathFromTyped(const std::string& text);
 // writes it that names this directory (empty) or something below it. Nothing for every other one.
 std::optional<std::string> PathBelowCurrent(const char* argument);
 
-// Whether the host finds something in the current directory by this name or relative path. Who can write there
-// can give any names, and a shell puts them in the place of "*": of an argument that would mean something else
-// than that file, nobody knows which of the two was meant.
+// Whether the host finds something in the current directory by this name or relative path. Who can write
+// there can give any names, and a shell puts them in the place of "*": of an argument that would mean
+// something else than that file, nobody knows which of the two was meant.
 bool IsNameHere(const char* argument);
 
 // Whether that is so of an argument that is taken for a path with a drive letter or a leading backslash.

@@ -71,10 +71,10 @@ extern "C" {
 DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD attributes, SHFILEINFOA* info, UINT infoSize, UINT flags);
 
 // Opens a file or folder, or an address ("http://", "https://", "mailto:"), with the program that the desktop
-// has for it; "shrpubw", with an owner, is the system's wizard for new shares (platform/share_wizard.h). `operation` is
-// "open" or null; `parameters` must be null. Returns more than 32 when the desktop took it over, else why
-// not: an error code below 31, or SE_ERR_NOASSOC for any other, which is the last error. On Linux it waits up
-// to a second for the desktop's refusal.
+// has for it; "shrpubw", with an owner, is the system's wizard for new shares (platform/share_wizard.h).
+// `operation` is "open" or null; `parameters` must be null. Returns more than 32 when the desktop took it
+// over, else why not: an error code below 31, or SE_ERR_NOASSOC for any other, which is the last error. On
+// Linux it waits up to a second for the desktop's refusal.
 HINSTANCE WINAPI ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR directory,
                                int showCommand);
 
