@@ -142,7 +142,7 @@ bool RunAssign(const Arguments& arguments, const AccountRecord& account, const s
     messages.SetSubject(arguments.paths.front());
     // Of another object's list the others would become something else than was asked for.
     if (!targets.empty() && targets.front().argument == arguments.paths.front())
-        allDone = ChangeInTurn(targets.front(), makeAndWrite, messages);
+        allDone = ChangeInTurn(arguments, targets.front(), makeAndWrite, messages);
     if (!lists) {
         messages.Say("nothing was changed, since all would get the list that is made of this one's");
         return false;
@@ -155,7 +155,7 @@ bool RunAssign(const Arguments& arguments, const AccountRecord& account, const s
                 return ChangeResult::kFailed;
             return GiveList(arguments, shown, target, held, object, library.get(), *lists, messages);
         };
-        allDone = ChangeInTurn(target, write, messages) && allDone;
+        allDone = ChangeInTurn(arguments, target, write, messages) && allDone;
     }
     Print(std::string(kNotConsidered) + '\n');
     return allDone;

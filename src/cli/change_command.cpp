@@ -61,7 +61,7 @@ bool RunChange(const Arguments& arguments, const AccountRecord& account, const s
         const auto attempt = [&](const HeldObject& object) {
             return ChangeObject(arguments, account, target, object, library.get(), messages);
         };
-        allDone = ChangeInTurn(target, attempt, messages) && allDone;
+        allDone = ChangeInTurn(arguments, target, attempt, messages) && allDone;
     }
     return allDone;
 }

@@ -81,12 +81,12 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
     return ChangeResult::kFailed;
 }
 
-bool ChangeInTurn(const Target& target, const std::function<ChangeResult(const HeldObject&)>& attempt,
-                  ConsoleMessages& messages) {
+bool ChangeInTurn(const Arguments& arguments, const Target& target,
+                  const std::function<ChangeResult(const HeldObject&)>& attempt, ConsoleMessages& messages) {
     constexpr int kAttempts = 5;
     HeldObject object;
     if (!FindTarget(target, object, messages)) return false;
-    if (object.TakeTurn() != ERROR_SUCCESS) {
+    if (!arguments.dryRun && object.TakeTurn() != ERROR_SUCCESS) {
         messages.Say("not changed: another program of yours is still changing it");
         return false;
     }

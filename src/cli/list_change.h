@@ -56,9 +56,10 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
 
 // Changes an object that is found for it: `attempt` reads it, edits what it has read and writes that. While
 // it is at work no other program of this user is; what other programs change in between is not lost, since
-// the attempt is made anew, a few times. False after a message.
-bool ChangeInTurn(const Target& target, const std::function<ChangeResult(const HeldObject&)>& attempt,
-                  ConsoleMessages& messages);
+// the attempt is made anew, a few times. With dryRun nothing is written, so nobody has to wait. False after a
+// message.
+bool ChangeInTurn(const Arguments& arguments, const Target& target,
+                  const std::function<ChangeResult(const HeldObject&)>& attempt, ConsoleMessages& messages);
 
 // An object before or after a change, under a line that names it.
 std::string StateText(const Target& target, const char* moment, ObjectSecurity& object,

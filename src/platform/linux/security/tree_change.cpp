@@ -34,7 +34,8 @@ DWORD TreeChange::ChangeAndCount(const ObjectHandle& object, const char* hostNam
     if (!store.CanHold(object)) return ERROR_NOT_SUPPORTED;
     Outcome outcome = Outcome::kUnchanged;
     DWORD error = Allow(object, hostName);
-    if (error == ERROR_SUCCESS) error = turn.Take(object);
+    // Who writes nothing takes no turn either, for which a file may have to be made.
+    if (error == ERROR_SUCCESS && mode == TreeListMode::kWrite) error = turn.Take(object);
     if (error == ERROR_SUCCESS) error = Change(object, depth, outcome);
     turn.Leave();
     if (error == ERROR_SUCCESS) ++(outcome == Outcome::kChanged ? counts.changed : counts.unchanged);

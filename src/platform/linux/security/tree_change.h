@@ -16,7 +16,8 @@ namespace permora::host {
 
 class TreeChange : public TreeVisitor {
   public:
-    TreeChange(TreeObserver& listener, TreeCounts& totals) : observer(listener), counts(totals) {}
+    TreeChange(TreeListMode writing, TreeObserver& listener, TreeCounts& totals)
+        : mode(writing), observer(listener), counts(totals) {}
 
     // Walks the folder. The result is that of HeldObject::SetListsBelow.
     DWORD Run(const ObjectHandle& top);
@@ -34,6 +35,7 @@ class TreeChange : public TreeVisitor {
     virtual void Enter(const ObjectHandle& /*folder*/, DWORD /*error*/, std::size_t /*inside*/) {}
 
     DescriptorStore store;
+    const TreeListMode mode;
 
   private:
     WalkDecision Visit(const ObjectHandle& object, const char* hostName, std::size_t depth) override;

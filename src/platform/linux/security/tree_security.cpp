@@ -26,7 +26,7 @@ struct FolderList {
 class ListSetting : public TreeChange {
   public:
     ListSetting(const nt::Acl& list, TreeListMode writing, TreeObserver& listener, TreeCounts& totals)
-        : TreeChange(listener, totals), explicitEntries(list), mode(writing) {}
+        : TreeChange(writing, listener, totals), explicitEntries(list) {}
 
   private:
     DWORD Begin(const ObjectHandle& top) override { return ReadFolder(top, lists.emplace_back()); }
@@ -69,7 +69,6 @@ class ListSetting : public TreeChange {
     }
 
     const nt::Acl& explicitEntries;
-    TreeListMode mode;
     std::vector<FolderList> lists;  // by depth of what stands in them
     nt::SecurityDescriptor before;
     nt::SecurityDescriptor after;
@@ -78,7 +77,7 @@ class ListSetting : public TreeChange {
 class OwnerSetting : public TreeChange {
   public:
     OwnerSetting(const nt::Sid& account, LinkedFiles linkedFiles, TreeObserver& listener, TreeCounts& totals)
-        : TreeChange(listener, totals), owner(account), linked(linkedFiles) {}
+        : TreeChange(TreeListMode::kWrite, listener, totals), owner(account), linked(linkedFiles) {}
 
   private:
     DWORD Allow(const ObjectHandle& object, const char* hostName) override {
