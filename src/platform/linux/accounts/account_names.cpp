@@ -10,7 +10,7 @@ namespace permora::host {
 namespace {
 
 // More than any name service hands out.
-constexpr std::size_t kLongestName = 1024;
+constexpr std::size_t kLongestAccountName = 1024;
 
 char UpperLetter(char letter) {
     return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
@@ -24,7 +24,7 @@ bool IsUtf8(std::string_view text) {
 }  // namespace
 
 bool IsPlainAccountName(std::string_view name) {
-    if (name.empty() || name.size() > kLongestName) return false;
+    if (name.empty() || name.size() > kLongestAccountName) return false;
     const auto isForbidden = [](char character) { return IsControl(character) || character == '\\'; };
     return std::none_of(name.begin(), name.end(), isForbidden) && IsUtf8(name);
 }

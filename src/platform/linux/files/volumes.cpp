@@ -1,5 +1,4 @@
 // Facts about drives and the volumes on them.
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -10,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,6 +17,7 @@
 #include "platform/api/files.h"
 #include "platform/linux/base/failure.h"
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/unique_listing.h"
 #include "platform/linux/files/current_directory.h"
 #include "platform/linux/files/descriptor_support.h"
 #include "platform/linux/files/drives.h"
@@ -69,14 +68,10 @@ std::string UnescapeLabel(std::string_view name) {
     return label;
 }
 
-struct ListingCloser {
-    void operator()(DIR* listing) const { closedir(listing); }
-};
-
 std::string LabelOf(const MountEntry& mount) {
     const std::string device = BlockDeviceOf(mount);
     if (device.empty()) return {};
-    const std::unique_ptr<DIR, ListingCloser> labels(opendir("/dev/disk/by-label"));
+    const UniqueListing labels(opendir("/dev/disk/by-label"));
     if (!labels) return {};
     while (const dirent* entry = readdir(labels.get())) {
         struct stat status {};

@@ -1,6 +1,5 @@
 #include "platform/linux/samba/samba_mirror.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/sendfile.h>
@@ -12,20 +11,16 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
 #include <thread>
 
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/unique_listing.h"
 
 namespace permora::host {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-struct ListingCloser {
-    void operator()(DIR* listing) const { closedir(listing); }
-};
 
 // What tools make there is gone with the machine's power, where the first of them is memory.
 constexpr const char* kTemporaryPlaces[] = {"/dev/shm", "/tmp"};
@@ -69,7 +64,7 @@ DWORD CopyToMemory(int database, UniqueFd& copy) {
     return ERROR_SUCCESS;
 }
 
-bool IsRefusal(int errorNumber) {
+bool IsDenied(int errorNumber) {
     return errorNumber == EACCES || errorNumber == EPERM;
 }
 
@@ -150,10 +145,10 @@ void SambaMirror::SetPrivate(std::string_view setting, const std::string& value)
 DWORD SambaMirror::AddFolder(const std::string& folder, const std::string& name,
                              const std::vector<std::string_view>& databases) {
     const std::string mirrored = root + name;
-    const std::unique_ptr<DIR, ListingCloser> listing(opendir(folder.c_str()));
+    const UniqueListing listing(opendir(folder.c_str()));
     if (!listing) {
         if (errno == ENOENT || errno == ENOTDIR) return ERROR_SUCCESS;
-        if (!IsRefusal(errno)) return ErrorFromErrno(errno);
+        if (!IsDenied(errno)) return ErrorFromErrno(errno);
         // A tool is to be refused as we are.
         return rmdir(mirrored.c_str()) == 0 ? Link(folder, mirrored) : ErrorFromErrno(errno);
     }
@@ -175,7 +170,7 @@ DWORD SambaMirror::AddEntry(const std::string& source, const std::string& place,
     const UniqueFd database(open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!database) {
         if (errno == ENOENT || errno == ENOTDIR) return ERROR_SUCCESS;
-        return IsRefusal(errno) ? Link(source, place) : ErrorFromErrno(errno);
+        return IsDenied(errno) ? Link(source, place) : ErrorFromErrno(errno);
     }
     struct stat status {};
     if (fstat(database.Get(), &status) != 0) return ErrorFromErrno(errno);

@@ -1,6 +1,5 @@
 #include "platform/linux/shares/samba_user_share_files.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/random.h>
 #include <unistd.h>
@@ -10,7 +9,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <set>
 #include <utility>
 
@@ -18,6 +16,7 @@
 #include "platform/linux/accounts/samba_output.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/letter_case.h"
+#include "platform/linux/base/unique_listing.h"
 #include "platform/linux/shares/samba_tools.h"
 
 namespace permora::host {
@@ -28,11 +27,7 @@ namespace {
 constexpr std::size_t kLongestFile = 64 << 10;
 constexpr mode_t kMode = 0644;
 
-struct ListingCloser {
-    void operator()(DIR* listing) const { closedir(listing); }
-};
-
-DWORD ReadText(int file, std::string& text) {
+DWORD ReadShareText(int file, std::string& text) {
     std::string read(kLongestFile, '\0');
     std::size_t length = 0;
     while (length < read.size()) {
@@ -50,7 +45,7 @@ DWORD ReadText(int file, std::string& text) {
     return ERROR_SUCCESS;
 }
 
-DWORD WriteText(int file, std::string_view text) {
+DWORD WriteShareText(int file, std::string_view text) {
     while (!text.empty()) {
         const ssize_t count = write(file, text.data(), text.size());
         if (count > 0) {
@@ -70,7 +65,7 @@ DWORD MakeFile(int folder, const std::string& name, const std::string& text, con
     DWORD error = ERROR_SUCCESS;
     if (fchown(file.Get(), like.st_uid, like.st_gid) != 0 || fchmod(file.Get(), kMode) != 0)
         error = ErrorFromErrno(errno);
-    if (error == ERROR_SUCCESS) error = WriteText(file.Get(), text);
+    if (error == ERROR_SUCCESS) error = WriteShareText(file.Get(), text);
     if (error == ERROR_SUCCESS && fsync(file.Get()) != 0) error = ErrorFromErrno(errno);
     if (error != ERROR_SUCCESS) unlinkat(folder, name.c_str(), 0);
     return error;
@@ -107,7 +102,7 @@ DWORD UserShareFolder::Open() {
 DWORD UserShareFolder::ListNames(std::vector<std::string>& names) const {
     const int again = openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (again < 0) return ErrorFromErrno(errno);
-    const std::unique_ptr<DIR, ListingCloser> listing(fdopendir(again));
+    const UniqueListing listing(fdopendir(again));
     if (!listing) {
         const int problem = errno;
         close(again);
@@ -145,7 +140,7 @@ DWORD UserShareFolder::Hold(const std::string& name, UserShareFile& file) const 
     held.file.Reset(openat(folder.Get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
     if (!held.file || fstat(held.file.Get(), &held.status) != 0) return ErrorFromErrno(errno);
     if (!S_ISREG(held.status.st_mode)) return ERROR_ACCESS_DENIED;
-    if (const DWORD error = ReadText(held.file.Get(), held.text); error != ERROR_SUCCESS) return error;
+    if (const DWORD error = ReadShareText(held.file.Get(), held.text); error != ERROR_SUCCESS) return error;
     file = std::move(held);
     return ERROR_SUCCESS;
 }

@@ -16,7 +16,7 @@
 namespace permora::host {
 namespace {
 
-constexpr off_t kSmallBytes = 64 << 10;
+constexpr off_t kSmallFile = 64 << 10;
 constexpr int kOpenFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW;
 
 bool HasNoNamelessFiles(int problem) {
@@ -72,7 +72,7 @@ DWORD NewFile::Make(TargetFolder& folder, const std::string& hostName, mode_t mo
         }
     }
     if (!folder.Volume().hasNamelessFiles)
-        error = MakeNamed(mode, size <= kSmallBytes && place == NewFilePlace::kFree);
+        error = MakeNamed(mode, size <= kSmallFile && place == NewFilePlace::kFree);
     return error == ERROR_SUCCESS ? folder.Secure(object) : error;
 }
 
