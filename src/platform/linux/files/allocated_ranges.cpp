@@ -20,7 +20,7 @@ namespace {
 
 constexpr off_t kStatusBlockBytes = 512;  // of st_blocks: stat(2)
 
-constexpr off_t kSmallBytes = 64 << 10;
+constexpr off_t kSmallFileBytes = 64 << 10;
 
 // What is read at once, what of it is looked at as one piece, and after how much there is an answer.
 constexpr std::size_t kReadBytes = std::size_t{1} << 20;
@@ -105,7 +105,7 @@ RangeSource FindRangeSource(int descriptor, const struct stat& status) {
     // Whatever is missing of a small file fills no disk, and contents in the volume's own tables have no
     // blocks.
     const bool isWhole =
-        size <= kSmallBytes || status.st_blocks >= (size + kStatusBlockBytes - 1) / kStatusBlockBytes;
+        size <= kSmallFileBytes || status.st_blocks >= (size + kStatusBlockBytes - 1) / kStatusBlockBytes;
     return isWhole ? RangeSource::kWhole : RangeSource::kContents;
 }
 

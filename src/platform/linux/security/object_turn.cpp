@@ -8,8 +8,11 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/registry/registry_places.h"
@@ -20,16 +23,13 @@ namespace {
 constexpr auto kLongestWait = std::chrono::seconds(10);
 constexpr auto kPause = std::chrono::milliseconds(2);
 
-// Where the file may lie, best first: what goes with the machine's end before what is kept.
-std::vector<std::string> LockFiles() {
-    std::vector<std::string> places;
-    // Nobody else can write there; the variable may still name the folder of the user before sudo.
-    if (geteuid() == 0) {
-        places.emplace_back("/run/permora.lock");
-    } else if (const char* folder = std::getenv("XDG_RUNTIME_DIR"); folder != nullptr && *folder == '/') {
+// Where the file may lie that goes with the machine's end, best first. Not by a variable first: programs of
+// one user have it or not, and must meet at one file.
+std::vector<std::string> PassingPlaces() {
+    if (geteuid() == 0) return {"/run/permora.lock"};
+    std::vector<std::string> places = {"/run/user/" + std::to_string(geteuid()) + "/permora.lock"};
+    if (const char* folder = std::getenv("XDG_RUNTIME_DIR"); folder != nullptr && *folder == '/')
         places.push_back(std::string(folder) + "/permora.lock");
-    }
-    if (const std::string own = UserRegistryFolder(); !own.empty()) places.push_back(own + "/objects.lock");
     return places;
 }
 
@@ -40,12 +40,21 @@ bool IsOwnFile(const UniqueFd& file) {
            (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
+UniqueFd OpenOwnFile(const std::string& path) {
+    UniqueFd file(open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
+    return file && IsOwnFile(file) ? std::move(file) : UniqueFd();
+}
+
 UniqueFd OpenLockFile() {
-    for (const std::string& place : LockFiles()) {
-        UniqueFd file(open(place.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
-        if (file && IsOwnFile(file)) return file;
-    }
-    return {};
+    for (const std::string& place : PassingPlaces())
+        if (UniqueFd file = OpenOwnFile(place)) return file;
+    const std::string settings = UserRegistryFolder();
+    if (settings.empty()) return {};
+    // As the first setting that is kept would make it.
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(settings).parent_path(), error);
+    mkdir(settings.c_str(), S_IRWXU);
+    return OpenOwnFile(settings + "/objects.lock");
 }
 
 // Each object has a byte of the file, which is never written.
@@ -71,13 +80,8 @@ bool SetLock(const UniqueFd& file, short type, off_t place) {
     return fcntl(file.Get(), F_OFD_SETLK, &lock) == 0;
 }
 
-}  // namespace
-
-DWORD ObjectTurn::Take(const ObjectHandle& object) {
-    Leave();
-    if (!isOpened) file = OpenLockFile();
-    isOpened = true;
-    place = PlaceOf(object);
+// ERROR_BUSY when somebody else still has the place at the end of the longest wait.
+DWORD WaitForTurn(const UniqueFd& file, off_t place) {
     const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     while (file && !SetLock(file, F_WRLCK, place)) {
         // A file system that has no locks.
@@ -85,13 +89,49 @@ DWORD ObjectTurn::Take(const ObjectHandle& object) {
         if (std::chrono::steady_clock::now() > deadline) return ERROR_BUSY;
         std::this_thread::sleep_for(kPause);
     }
-    isTaken = true;
     return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+DWORD ObjectTurn::Take(const ObjectHandle& object) {
+    Leave();
+    if (!isOpened) file = OpenLockFile();
+    isOpened = true;
+    place = PlaceOf(object);
+    const DWORD error = WaitForTurn(file, place);
+    isTaken = error == ERROR_SUCCESS;
+    return error;
 }
 
 void ObjectTurn::Leave() {
     if (isTaken && file) SetLock(file, F_UNLCK, place);
     isTaken = false;
+}
+
+DWORD WalkTurns::Take(const ObjectHandle& object, std::size_t depth) {
+    LeaveTo(depth);
+    if (!isOpened) file = OpenLockFile();
+    isOpened = true;
+    const off_t place = PlaceOf(object);
+    const DWORD error = WaitForTurn(file, place);
+    if (error == ERROR_SUCCESS) current = place;
+    return error;
+}
+
+void WalkTurns::Keep() {
+    kept.push_back(std::exchange(current, std::nullopt));
+}
+
+void WalkTurns::Leave() {
+    if (current && file) SetLock(file, F_UNLCK, *current);
+    current.reset();
+}
+
+void WalkTurns::LeaveTo(std::size_t depth) {
+    for (std::size_t i = depth; i < kept.size(); ++i)
+        if (kept[i] && file) SetLock(file, F_UNLCK, *kept[i]);
+    kept.resize(depth);
 }
 
 }  // namespace permora::host

@@ -7,6 +7,10 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
+#include <optional>
+#include <vector>
+
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/files/object_handle.h"
 
@@ -33,6 +37,28 @@ class ObjectTurn {
     bool isOpened = false;  // or at least tried
     off_t place = 0;        // in it, of the object that the turn is about
     bool isTaken = false;
+};
+
+// The turns of a walk: on the object that it is at, and on the folders that this stands in. What is in a
+// folder gets what the walk remembers of the folder, so nobody else may change the folder meanwhile. One open
+// file for all of them.
+class WalkTurns {
+  public:
+    // The walk has come to `object` at `depth` (platform/linux/files/tree_walk.h): ends the turns on what it
+    // has left, and waits as ObjectTurn::Take does.
+    DWORD Take(const ObjectHandle& object, std::size_t depth);
+    // The object is a folder that the walk enters: keeps the turn on it until the walk is back at its depth.
+    void Keep();
+    // Ends the turn on the object, unless it is kept.
+    void Leave();
+
+  private:
+    void LeaveTo(std::size_t depth);
+
+    UniqueFd file;  // opened at the first turn
+    bool isOpened = false;
+    std::optional<off_t> current;
+    std::vector<std::optional<off_t>> kept;  // by depth: of the folders above
 };
 
 }  // namespace permora::host

@@ -22,7 +22,11 @@ class ListPropagation : public TreeVisitor {
     WalkDecision Visit(const ObjectHandle& object, const char* name, std::size_t depth) override {
         if (!store.CanHold(object)) return WalkDecision::kPassOver;
         bool inherits = false;
-        if (const DWORD error = Update(object, lists[depth], inherits); error != ERROR_SUCCESS) {
+        DWORD error = turns.Take(object, depth);
+        if (error == ERROR_SUCCESS) error = Update(object, lists[depth], inherits);
+        if (error == ERROR_SUCCESS && inherits && object.IsFolder()) turns.Keep();
+        turns.Leave();
+        if (error != ERROR_SUCCESS) {
             Keep(error, name, depth);
             return WalkDecision::kPassOver;
         }
@@ -52,16 +56,12 @@ class ListPropagation : public TreeVisitor {
     }
 
     DWORD Update(const ObjectHandle& object, const nt::Acl& parent, bool& inherits) {
-        DWORD error = turn.Take(object);
-        if (error == ERROR_SUCCESS) error = store.Read(object, descriptor);
-        if (error == ERROR_SUCCESS) {
-            inherits = descriptor.daclState == nt::DaclState::kList && !descriptor.IsDaclProtected();
-            before = descriptor;
-            if (inherits) JoinInherited(descriptor, parent, object);
-            if (descriptor != before) error = store.Write(object, descriptor);
-        }
-        turn.Leave();
-        return error;
+        const DWORD error = store.Read(object, descriptor);
+        if (error != ERROR_SUCCESS) return error;
+        inherits = descriptor.daclState == nt::DaclState::kList && !descriptor.IsDaclProtected();
+        before = descriptor;
+        if (inherits) JoinInherited(descriptor, parent, object);
+        return descriptor == before ? ERROR_SUCCESS : store.Write(object, descriptor);
     }
 
     // Swapped and not copied: the places of a depth are used again for each folder of that depth.
@@ -72,7 +72,7 @@ class ListPropagation : public TreeVisitor {
 
     std::vector<nt::Acl> lists;  // by depth: the list of the folder in which the objects of that depth stand
     DescriptorStore& store;
-    ObjectTurn turn;
+    WalkTurns turns;
     nt::SecurityDescriptor descriptor;
     nt::SecurityDescriptor before;
     WalkedNames names;

@@ -23,6 +23,8 @@ WalkDecision TreeChange::Visit(const ObjectHandle& object, const char* hostName,
     }
     const DWORD error = ChangeAndCount(object, hostName, depth);
     if (error != ERROR_SUCCESS) PassOver(error, name, depth);
+    // Whoever has the turn on a folder is at work on what is in it too.
+    if (error == ERROR_BUSY) return WalkDecision::kPassOver;
     if (object.IsFolder()) {
         Enter(object, error, depth + 1);
         names.Enter(name, depth);
@@ -35,9 +37,10 @@ DWORD TreeChange::ChangeAndCount(const ObjectHandle& object, const char* hostNam
     Outcome outcome = Outcome::kUnchanged;
     DWORD error = Allow(object, hostName);
     // Who writes nothing takes no turn either, for which a file may have to be made.
-    if (error == ERROR_SUCCESS && mode == TreeListMode::kWrite) error = turn.Take(object);
+    if (error == ERROR_SUCCESS && mode == TreeListMode::kWrite) error = turns.Take(object, depth);
     if (error == ERROR_SUCCESS) error = Change(object, depth, outcome);
-    turn.Leave();
+    if (object.IsFolder() && error != ERROR_BUSY) turns.Keep();
+    turns.Leave();
     if (error == ERROR_SUCCESS) ++(outcome == Outcome::kChanged ? counts.changed : counts.unchanged);
     return error;
 }

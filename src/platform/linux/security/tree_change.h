@@ -45,7 +45,7 @@ class TreeChange : public TreeVisitor {
 
     TreeObserver& observer;
     TreeCounts& counts;
-    ObjectTurn turn;
+    WalkTurns turns;
     DWORD result = ERROR_SUCCESS;
     WalkedNames names;
 };

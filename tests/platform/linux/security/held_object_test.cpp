@@ -8,13 +8,17 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
+#include "tests/support/recording_observer.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -185,6 +189,52 @@ TEST_F(HeldObjectTest, OneProgramWaitsForTheOtherAndNobodyElseCanMakeItWait) {
                   return std::to_string(access("/run/permora.lock", R_OK) == 0 ? 1 : 0);
               }),
               "0");
+}
+
+// Has the turn on a folder taken while a walk is at something in it.
+class Rival : public RecordingObserver {
+  public:
+    explicit Rival(HeldObject& wanted) : folder(wanted) {}
+
+    bool Begin(const char* name) override {
+        if (std::string(name) == "inside") {
+            thread = std::jthread([this] { isTaken = folder.TakeTurn() == ERROR_SUCCESS; });
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            wasTakenInside = isTaken;
+        }
+        return RecordingObserver::Begin(name);
+    }
+
+    std::atomic<bool> isTaken = false;
+    bool wasTakenInside = false;
+
+  private:
+    HeldObject& folder;
+    std::jthread thread;
+};
+
+// What is in it gets what the walk remembers of the folder.
+TEST_F(HeldObjectTest, AWalkKeepsTheTurnOnTheFoldersThatItIsIn) {
+    folder.MakeFolder("top");
+    folder.MakeFolder("top/sub");
+    folder.MakeFile("top/sub/inside");
+    HeldObject top;
+    HeldObject sub;
+    ASSERT_EQ(start->HoldObject("top", top), ERROR_SUCCESS);
+    ASSERT_EQ(start->HoldObject("top\\sub", sub), ERROR_SUCCESS);
+    const UniqueLocal<void> nothing = DescriptorOf("D:");
+    PACL list = nullptr;
+    BOOL isPresent = FALSE;
+    BOOL isDefaulted = FALSE;
+    ASSERT_TRUE(GetSecurityDescriptorDacl(nothing.get(), &isPresent, &list, &isDefaulted));
+    Rival rival(sub);
+    TreeCounts counts;
+    EXPECT_EQ(top.SetListsBelow(list, TreeListMode::kWrite, rival, counts), ERROR_SUCCESS);
+    EXPECT_EQ(counts.changed + counts.unchanged, 2U);
+    EXPECT_FALSE(rival.wasTakenInside);
+    for (int i = 0; i < 100 && !rival.isTaken; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(rival.isTaken) << "the walk has ended";
 }
 
 }  // namespace
