@@ -157,16 +157,18 @@ void AccessEntryList::EditEntry(std::size_t index, const PermissionChoice& choic
     const BYTE otherType = isAllow ? ACCESS_DENIED_ACE_TYPE : ACCESS_ALLOWED_ACE_TYPE;
     DWORD ownChoice = isAllow ? choice.allowMask : choice.denyMask;
     const DWORD otherChoice = isAllow ? choice.denyMask : choice.allowMask;
+    const BYTE flags = FlagsOf(choice);
     if (wasInherited) {
-        // What inheritance grants cannot be taken away here: only the difference becomes an entry.
-        ownChoice ^= WithoutSynchronize(ownMask);
+        // What inheritance grants cannot be taken away here: only the difference becomes an entry. A generic
+        // right that is only handed down would be all that it stands for in an entry for the object itself.
+        const DWORD handedDown = (flags & INHERIT_ONLY_ACE) != 0 ? ownMask : ownMask & ~GENERIC_RIGHTS;
+        ownChoice ^= WithoutSynchronize(handedDown);
     } else {
         RemoveEntry(index);
         // A denial keeps SYNCHRONIZE, unless it stood there for the whole of which less is denied now.
         const bool wasWhole = (ownMask & FULL_CONTROL_RIGHTS) == FULL_CONTROL_RIGHTS;
         if (ownChoice != 0 && !wasWhole) ownChoice |= ownMask & SYNCHRONIZE;
     }
-    const BYTE flags = FlagsOf(choice);
     if (ownChoice != 0) {
         AddEntry(choice.account, ownChoice, flags, ownType);
     }

@@ -16,6 +16,9 @@ constexpr DWORD kMeaninglessBit = RIGHTS_DISPLAY_MASK & ~DWORD{FILE_ALL_ACCESS};
 
 // Takes rights from a mask, and with the last of them what stands for nothing by itself.
 void TakeAway(DWORD rights, DWORD& mask) {
+    // In a denial of everything SYNCHRONIZE stood for the whole: who is denied less must not be locked out by
+    // it. An entry that allows something gets it again.
+    if ((mask & FULL_CONTROL_RIGHTS) == FULL_CONTROL_RIGHTS) mask = WithoutSynchronize(mask);
     mask &= ~rights;
     if ((WithoutSynchronize(mask) & ~kMeaninglessBit) == 0) mask = 0;
 }
@@ -41,10 +44,13 @@ void AccountRights::LoadFromDacl(PACL acl) {
         if (isLost && !entry.IsInherited()) ++(isOther ? otherTypeCount : unacceptableCount);
         if (isLost) continue;
         WizardAccountRow& row = accounts[Add(entry.account)];
+        // Generic rights that mean nothing where they stand would mean something in an entry that is made
+        // anew.
+        const DWORD mask = entry.HasIdleGenericRights() ? entry.mask & ~GENERIC_RIGHTS : entry.mask;
         if (entry.IsInherited()) {
-            (entry.IsAllow() ? row.inheritedAllow : row.inheritedDeny) |= entry.mask;
+            (entry.IsAllow() ? row.inheritedAllow : row.inheritedDeny) |= mask;
         } else {
-            (entry.IsAllow() ? row.explicitAllow : row.explicitDeny) |= entry.mask;
+            (entry.IsAllow() ? row.explicitAllow : row.explicitDeny) |= mask;
         }
     }
 }

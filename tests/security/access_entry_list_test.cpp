@@ -209,6 +209,8 @@ TEST(AccessEntryList, AnEditReplacesAnExplicitEntryAndAddsToAnInheritedOne) {
          {{kDeny, 'D', 4, 0}, {kAllow, 'D', kSync | 8, 0}, inherited[0], inherited[1]}},
         {"generic rights have no box and come back as an explicit entry", generic, 0, 0, 0, 4, 'A', false,
          {{kAllow, 'A', kSync | GENERIC_ALL, 0x0B}, generic[0]}},
+        {"but do not apply to the object itself by that", generic, 0, 1, 0, 0, 'A', false,
+         {{kAllow, 'A', kSync | 1, 0}, generic[0]}},
         {"unless they mean nothing there", {{kAllow, 'A', GENERIC_ALL, 0x13}}, 0, 0, 0, 1, 'A', false,
          {{kAllow, 'A', GENERIC_ALL, 0x13}}},
         {"opened and closed, it keeps what no box shows", unusual, 0, 1, 0, 1, 'A', false,

@@ -120,6 +120,12 @@ TEST(AccountRights, AChangedBoxChangesTheAccountsOwnRights) {
     } cases[] = {
         {"checked: allowed", {0, 0, 0, 0}, 2, true, {1, 0, 0, 0}, "00100000000000"},
         {"checked: the own denial goes", {0, 3, 0, 0}, 2, true, {1, 2, 0, 0}, "00100000000000"},
+        {"checked: no longer denied all, so not shut out",
+         {0, 0x1F01FF, 0, 0},
+         2,
+         true,
+         {1, 0xF01FE, 0, 0},
+         "00100000000000"},
         {"checked: what was inherited is back", {0, 1, 1, 0}, 2, true, {0, 0, 1, 0}, "00100000000000"},
         {"checked: against an inherited denial", {0, 0, 1, 1}, 2, true, {1, 0, 1, 1}, "00100000000000"},
         {"cleared: the own right goes", {3, 0, 0, 0}, 2, false, {2, 0, 0, 0}, "00000100000000"},
@@ -189,7 +195,8 @@ TEST(AccountRights, WhatIsWrittenCanBeUsed) {
         std::vector<ShortEntry> written;
     } cases[] = {
         {{0x1F03FF, 0x203, 0, 0}, {{kDeny, 'A', 0x3, 0}, {kAllow, 'A', 0x1F01FF, 0}}},
-        {{0x10000000, FULL_CONTROL_RIGHTS, 0, 0}, {{kDeny, 'A', 0x1F01FF, 0}, {kAllow, 'A', 0x10100000, 0}}},
+        {{0x10000001, FULL_CONTROL_RIGHTS, 0, 0}, {{kDeny, 'A', 0x1F01FF, 0}, {kAllow, 'A', 0x100001, 0}}},
+        {{0x10000000, 0, 0, 0}, {}},  // it meant nothing, and would mean everything in a new entry
         {{0x200, 0x100002, 0, 0}, {{kDeny, 'A', 0x100002, 0}}},
     };
     for (const auto& each : cases)
