@@ -22,6 +22,7 @@
 namespace {
 
 bool areStreamsRefused = false;
+int dataSearches = 0;
 
 }  // namespace
 
@@ -33,6 +34,12 @@ int __wrap_setxattr(const char* path, const char* name, const void* value, size_
     if (!areStreamsRefused) return __real_setxattr(path, name, value, size, flags);
     errno = EIO;
     return -1;
+}
+
+off_t __real_lseek(int descriptor, off_t place, int whence);
+off_t __wrap_lseek(int descriptor, off_t place, int whence) {
+    if (whence == SEEK_DATA) ++dataSearches;
+    return __real_lseek(descriptor, place, whence);
 }
 
 }  // extern "C"
@@ -211,6 +218,29 @@ TEST_F(OnVolume, HolesAreNotFilledAndWhatIsAllocatedIsOverwritten) {
     EXPECT_THAT(host.deleted, SizeIs(3));
     for (const char* mark : {"HOLEMARK", "ASIDEMARK"})
         ExpectZeroed(mark, before, after);
+}
+
+// Each search for data goes through all that is set aside before it.
+TEST_F(OnVolume, WhatIsSetAsideInManyPlacesIsSearchedOnce) {
+    if (const std::string reason = Ext4Volume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const Ext4Volume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    std::filesystem::current_path(volume.Root());
+    constexpr off_t kCount = 200;
+    constexpr off_t kStep = 16384;
+    Write("file", "");
+    {
+        const host::UniqueFd file(open("file", O_WRONLY | O_CLOEXEC));
+        for (off_t i = 0; i < kCount; ++i)
+            ASSERT_EQ(fallocate(file.Get(), 0, i * kStep, 4096), 0);
+        ASSERT_EQ(pwrite(file.Get(), "x", 1, kCount * kStep), 1);
+        ASSERT_EQ(fsync(file.Get()), 0);
+    }
+    dataSearches = 0;
+    host.Delete("file");
+    EXPECT_THAT(host.failures, IsEmpty());
+    EXPECT_THAT(host.deleted, ElementsAre("file"));
+    EXPECT_LT(dataSearches, 5);
 }
 
 // What has no blocks yet is a hole to some questions and data to others.

@@ -22,9 +22,11 @@ constexpr off_t kStatusBlockBytes = 512;  // of st_blocks: stat(2)
 
 constexpr off_t kSmallFileBytes = 64 << 10;
 
-// What is read at once, what of it is looked at as one piece, and after how much there is an answer.
+// What is read at once, what of it is looked at as one piece, how many zeros end a range (fewer are sooner
+// overwritten than passed over), and after how many there is an answer.
 constexpr std::size_t kReadBytes = std::size_t{1} << 20;
 constexpr off_t kPieceBytes = 4096;
+constexpr off_t kLeastZeros = off_t{64} << 10;
 constexpr off_t kMostZeros = off_t{64} << 20;
 
 // Neighbours that the file system keeps apart are one range here.
@@ -65,7 +67,7 @@ bool IsZeros(const std::uint8_t* bytes, std::size_t count) {
 
 DWORD FindContents(int descriptor, off_t from, off_t size, FileRange& range) {
     std::vector<std::uint8_t> bytes(kReadBytes);
-    const off_t last = std::min(size, from + kMostZeros);
+    const off_t last = from + std::min(size - from, kMostZeros);
     for (off_t place = from; place < last;) {
         const ssize_t count = pread(descriptor, bytes.data(), bytes.size(), place);
         if (count < 0 && errno == EINTR) continue;
@@ -79,8 +81,9 @@ DWORD FindContents(int descriptor, off_t from, off_t size, FileRange& range) {
         while (begin < count && isEmpty(begin))
             begin += kPieceBytes;
         off_t end = begin;
-        while (end < count && !isEmpty(end))
-            end += kPieceBytes;
+        for (off_t piece = begin; piece < count && piece - end < kLeastZeros; piece += kPieceBytes) {
+            if (!isEmpty(piece)) end = piece + kPieceBytes;
+        }
         if (begin < count) {
             range = {std::min(place + begin, size), std::min(place + std::min<off_t>(end, count), size)};
             return ERROR_SUCCESS;
@@ -109,14 +112,20 @@ RangeSource FindRangeSource(int descriptor, const struct stat& status) {
     return isWhole ? RangeSource::kWhole : RangeSource::kContents;
 }
 
-DWORD FindRange(RangeSource source, int descriptor, off_t from, off_t size, FileRange& range) {
+DWORD FindRange(RangeSource source, int descriptor, off_t from, off_t size, DataAhead& ahead,
+                FileRange& range) {
     if (source == RangeSource::kWhole || from >= size) {
         range = {std::min(from, size), size};
         return ERROR_SUCCESS;
     }
     if (source == RangeSource::kContents) return FindContents(descriptor, from, size, range);
-    FileRange data{size, size};
-    int problem = FindData(descriptor, from, size, data);
+    int problem = 0;
+    if (ahead.from < 0 || from < ahead.from || from > ahead.range.begin) {
+        FileRange found;
+        problem = FindData(descriptor, from, size, found);
+        if (problem == 0) ahead = {from, found};
+    }
+    const FileRange data = ahead.range;
     FileRange extent = data;
     // What waits in memory for its place is data before it is an extent, and the other way round where space
     // is set aside.

@@ -17,8 +17,16 @@ enum class RangeSource {
 // `status` is the file's, of which nobody changes anything meanwhile.
 RangeSource FindRangeSource(int descriptor, const struct stat& status);
 
-// FindAllocated for a file of `size` bytes. kContents needs a descriptor for reading, and answers after 64
-// MiB of zeros with an empty range, so that it can be stopped.
-DWORD FindRange(RangeSource source, int descriptor, off_t from, off_t size, FileRange& range);
+// Data that a search from `from` on has found beyond what it answered with: at every extent the file system
+// would look through all that follow once more.
+struct DataAhead {
+    off_t from = -1;  // below 0: none yet
+    FileRange range;
+};
+
+// FindAllocated for a file of `size` bytes; `ahead` is kept from call to call. kContents needs a descriptor
+// for reading, and answers after 64 MiB of zeros with an empty range, so that it can be stopped.
+DWORD FindRange(RangeSource source, int descriptor, off_t from, off_t size, DataAhead& ahead,
+                FileRange& range);
 
 }  // namespace permora::host

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "platform/api/files.h"
@@ -77,7 +78,7 @@ class HostFile : public OverwrittenFile {
     }
 
     DWORD Find(LONGLONG from, FileRange& range) const override {
-        return FindRange(ranges, descriptor.Get(), from, sizeBefore, range);
+        return FindRange(ranges, descriptor.Get(), from, sizeBefore, ahead, range);
     }
 
     DWORD Seek(LONGLONG place) override {
@@ -95,7 +96,7 @@ class HostFile : public OverwrittenFile {
             waiting += count;
             bytes = bytes.subspan(count);
             // Also at the last sector of what was there, so that an error is one of writing.
-            const bool isWhole = position + static_cast<off_t>(waiting) >= sizeBefore;
+            const bool isWhole = static_cast<off_t>(waiting) >= sizeBefore - position;
             if (waiting < kRunBytes && !(isWhole && bytes.empty())) break;
             if (const DWORD error = WriteRun(); error != ERROR_SUCCESS) return error;
         }
@@ -121,8 +122,13 @@ class HostFile : public OverwrittenFile {
         // The page cache would only cost time for what nobody will read again. It takes whole runs as they
         // come; the rest, and file systems that cannot do without it, go the usual way.
         if (isDirect != (inPlace == kRunBytes)) SetDirect(!isDirect);
-        const DWORD error = WriteAll(bytes.first(inPlace));
-        return error == ERROR_SUCCESS ? WriteAll(bytes.subspan(inPlace)) : error;
+        if (const DWORD error = WriteAll(bytes.first(inPlace)); error != ERROR_SUCCESS) return error;
+        // What is beyond the largest size, of any file or of this volume's, was never there.
+        const off_t room = std::numeric_limits<off_t>::max() - position;
+        const std::span<const std::uint8_t> growth = bytes.subspan(inPlace);
+        const DWORD error = WriteAll(
+            growth.first(static_cast<std::size_t>(std::min(room, static_cast<off_t>(growth.size())))));
+        return error == ERROR_FILE_TOO_LARGE ? ERROR_SUCCESS : error;
     }
 
     void SetDirect(bool wanted) {
@@ -152,6 +158,7 @@ class HostFile : public OverwrittenFile {
     UniqueFd descriptor;
     off_t sizeBefore;
     RangeSource ranges;
+    mutable DataAhead ahead;
     bool isKnownAlone;
     bool isJournaled;
     off_t position = 0;
