@@ -177,12 +177,14 @@ bool ShredRun::Confirm() {
 bool ShredRun::Run() {
     ShredHost host(arguments, messages);
     WatchForInterrupts();
+    OutliveReaders();
     const FolderHandle* folder = nullptr;
-    for (const HeldTarget& each : held) {
+    for (HeldTarget& each : held) {
         if (IsInterrupted()) break;
         if (each.folder.get() != folder && folder != nullptr) host.EndSeclusion();
         folder = each.folder.get();
         Shred(each, host);
+        each.item.identity = {};  // a file that is remembered keeps its space
     }
     if (!held.empty()) host.EndSeclusion();
     Print("deleted: " + std::to_string(host.DeletedCount()) + ", left: " + std::to_string(host.LeftCount()) +

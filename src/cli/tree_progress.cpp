@@ -29,6 +29,12 @@ void WatchForInterrupts() {
 #endif
 }
 
+void OutliveReaders() {
+#ifdef SIGPIPE
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
+}
+
 const std::atomic<bool>& IsInterrupted() {
     return isInterrupted;
 }

@@ -18,6 +18,9 @@ namespace permora {
 void WatchForInterrupts();
 // Set by the first such signal; lives as long as the program.
 const std::atomic<bool>& IsInterrupted();
+// From now on the program does not end when nobody reads any more what it writes (SIGPIPE), for work that
+// must not end in its middle. IsAllPrinted tells of it.
+void OutliveReaders();
 // `rest` says how what was not reached is.
 void SayInterrupted(ConsoleMessages& messages, const char* rest = "the rest is as it was");
 

@@ -57,7 +57,7 @@ class CSecureDelete::Run : public SecureDeleteHost {
 
     void Work() {
         const StoppableWork stoppable([this] { dialog.stopRequested = true; });
-        for (const DeletionItem& item : dialog.chosen.items) {
+        for (DeletionItem& item : dialog.chosen.items) {
             if (stopRequested) {
                 dialog.EndDialog(IDCANCEL);
                 return;
@@ -65,6 +65,7 @@ class CSecureDelete::Run : public SecureDeleteHost {
             BeginEntry(item.name);
             trail.Clear();
             SecureDeleteItem(*this, dialog.chosen.folder, item);
+            item.identity = {};  // a file that is remembered keeps its space
         }
         dialog.EndDialog(dialog.isCancelled ? IDCANCEL : IDOK);
     }

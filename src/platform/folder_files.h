@@ -86,7 +86,7 @@ class FileHandle {
     // OverwriteObstacle::kSeveralNames alone.
     DWORD HasSeveralNames(bool& answer) const;
 
-    // ERROR_FILE_INVALID when it is another file.
+    // ERROR_FILE_INVALID when it is another file, or `identity` is of no object.
     DWORD Verify(const EntryIdentity& identity) const;
 
     // Removes the name by which it was reached; nothing of the file may be open any more. ERROR_FILE_INVALID,
@@ -123,14 +123,12 @@ class FolderHandle {
     // What is deleted or made meanwhile is listed or not.
     DWORD NextEntry(FolderEntry& entry);
 
-    DWORD KindOf(const std::string& name, FolderEntryKind& kind) const;
-
     // What the entry is, to be compared later.
     DWORD Identify(const std::string& name, EntryIdentity& identity, FolderEntryKind& kind) const;
     DWORD IdentifyItself(EntryIdentity& identity) const;
-    // ERROR_FILE_INVALID when the name leads to something else by now.
+    // ERROR_FILE_INVALID when the name leads to something else by now, or `identity` is of no object.
     DWORD VerifyEntry(const std::string& name, const EntryIdentity& identity) const;
-    // ERROR_FILE_INVALID when this folder is something else.
+    // ERROR_FILE_INVALID when this folder is something else, or `identity` is of no object.
     DWORD VerifyItself(const EntryIdentity& identity) const;
 
     // Of the volume that holds the folder.

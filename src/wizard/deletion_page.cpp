@@ -30,9 +30,10 @@ class CWizardPage2::Run : public DeletionStatus {
 
     void Work() {
         const StoppableWork stoppable([this] { stop = true; });
-        for (const DeletionItem& item : page.chosen.items) {
+        for (DeletionItem& item : page.chosen.items) {
             if (stopRequested) break;
             SecureDeleteItem(*this, page.chosen.folder, item);
+            item.identity = {};  // a file that is remembered keeps its space
         }
         if (!stopRequested) WriteTotal();
         hasEnded = true;

@@ -149,6 +149,16 @@ TEST_F(ShredTest, AFileWithFurtherNamesNeedsForce) {
     EXPECT_EQ(ReadWholeFile(folder.Path("other")), std::string(512, '\0'));
 }
 
+// What is told then is told while the file stands where its names were counted.
+TEST_F(ShredTest, AFileGoesBackAlsoWhenNobodyReadsAnyMore) {
+    std::ofstream(file) << "contents";
+    const CommandResult result =
+        RunCommand({"sh", "-c", R"({ sleep 0.3; ulimit -f 0; exec "$0" shred "$1" --yes; } 2>&1 | true)",
+                    CliPath(), file});
+    EXPECT_EQ(result.exitCode, 0) << result.output;
+    EXPECT_EQ(ReadWholeFile(file), "contents");
+}
+
 TEST_F(ShredTest, SignalsToEndStopIt) {
     // Far more than can be overwritten in the time.
     if (RunCommand({"fallocate", "-l", "8G", second}).exitCode != 0) GTEST_SKIP() << "no room for 8 GiB";

@@ -109,15 +109,6 @@ DWORD FolderHandle::NextEntry(FolderEntry& entry) {
     }
 }
 
-DWORD FolderHandle::KindOf(const std::string& name, FolderEntryKind& kind) const {
-    UniqueHandle object;
-    FILE_ATTRIBUTE_TAG_INFO tag{};
-    DWORD error = OpenIn(inside->folder.get(), name, {FILE_READ_ATTRIBUTES}, object);
-    if (error == ERROR_SUCCESS) error = TagOf(object.get(), tag);
-    if (error == ERROR_SUCCESS) kind = KindOfAttributes(tag.FileAttributes, tag.ReparseTag);
-    return error;
-}
-
 DWORD FolderHandle::Identify(const std::string& name, EntryIdentity& identity, FolderEntryKind& kind) const {
     UniqueHandle object;
     FILE_ATTRIBUTE_TAG_INFO tag{};
@@ -139,13 +130,14 @@ DWORD FolderHandle::IdentifyItself(EntryIdentity& identity) const {
 }
 
 DWORD FolderHandle::VerifyEntry(const std::string& name, const EntryIdentity& identity) const {
+    if (!identity.inside) return ERROR_FILE_INVALID;
     UniqueHandle object;
     const DWORD error = OpenIn(inside->folder.get(), name, {FILE_READ_ATTRIBUTES}, object);
     return error == ERROR_SUCCESS ? VerifyMark(object.get(), identity.inside->mark) : error;
 }
 
 DWORD FolderHandle::VerifyItself(const EntryIdentity& identity) const {
-    return VerifyMark(inside->folder.get(), identity.inside->mark);
+    return identity.inside ? VerifyMark(inside->folder.get(), identity.inside->mark) : ERROR_FILE_INVALID;
 }
 
 DWORD FolderHandle::BytesPerSector(DWORD& bytes) const {

@@ -140,7 +140,7 @@ DWORD FileHandle::HasSeveralNames(bool& answer) const {
 }
 
 DWORD FileHandle::Verify(const EntryIdentity& identity) const {
-    return identity.inside->Verify(inside->object);
+    return identity.inside ? identity.inside->Verify(inside->object) : ERROR_FILE_INVALID;
 }
 
 DWORD FileHandle::Remove() const {

@@ -184,16 +184,6 @@ DWORD FolderHandle::NextEntry(FolderEntry& entry) {
     return ERROR_SUCCESS;
 }
 
-DWORD FolderHandle::KindOf(const std::string& name, FolderEntryKind& kind) const {
-    std::string hostName;
-    if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
-    struct stat status {};
-    if (fstatat(inside->Descriptor(), hostName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
-        return host::ErrorFromErrno(errno);
-    kind = host::KindOfMode(status.st_mode);
-    return ERROR_SUCCESS;
-}
-
 DWORD FolderHandle::Identify(const std::string& name, EntryIdentity& identity, FolderEntryKind& kind) const {
     std::string hostName;
     if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
@@ -214,6 +204,7 @@ DWORD FolderHandle::IdentifyItself(EntryIdentity& identity) const {
 }
 
 DWORD FolderHandle::VerifyEntry(const std::string& name, const EntryIdentity& identity) const {
+    if (!identity.inside) return ERROR_FILE_INVALID;
     std::string hostName;
     if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
     ObjectHandle object;
@@ -222,6 +213,7 @@ DWORD FolderHandle::VerifyEntry(const std::string& name, const EntryIdentity& id
 }
 
 DWORD FolderHandle::VerifyItself(const EntryIdentity& identity) const {
+    if (!identity.inside) return ERROR_FILE_INVALID;
     ObjectHandle folder;
     const DWORD error = inside->Hold(folder);
     return error == ERROR_SUCCESS ? identity.inside->Verify(folder) : error;
