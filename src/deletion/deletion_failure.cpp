@@ -17,7 +17,7 @@ struct StepTexts {
 };
 
 // clang-format off
-constexpr std::array<StepTexts, 14> kTexts = {{
+constexpr std::array<StepTexts, 15> kTexts = {{
     {DeletionStep::kExamine,         "",                      "cannot get attributes: "},
     {DeletionStep::kCompare,         "Its name leads to something else by now", "not deleted, its name leads to something else by now: "},
     {DeletionStep::kAskVolume,       "Error",                 "cannot get disk information: "},
@@ -30,6 +30,7 @@ constexpr std::array<StepTexts, 14> kTexts = {{
     {DeletionStep::kEnterFolder,     "",                      "cannot open directory: "},
     {DeletionStep::kListFolder,      "",                      "cannot list directory: "},
     {DeletionStep::kRemoveFolder,    "",                      "cannot remove directory: "},
+    {DeletionStep::kSeclude,         "",                      "cannot be moved to where its names are counted: "},
     {DeletionStep::kGiveBack,        "",                      "left in the new folder \"%s\", it cannot go back: "},
     {DeletionStep::kRemoveSeclusion, "",                      "the new folder \"%s\" cannot be removed: "},
 }};

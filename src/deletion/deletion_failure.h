@@ -22,6 +22,7 @@ enum class DeletionStep {
     kEnterFolder,
     kListFolder,
     kRemoveFolder,
+    kSeclude,          // taking it to where its names are counted
     kGiveBack,         // bringing it back from where its names were counted
     kRemoveSeclusion,  // removing the folder where names were counted
 };

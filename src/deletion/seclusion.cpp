@@ -9,7 +9,7 @@ namespace permora {
 DWORD Seclusion::Take(FileHandle& file, const FilePlace& place) {
     if (folder) {
         const DWORD error = folder.Take(file);
-        if (error != ERROR_NOT_SAME_DEVICE) return error;
+        if (error == ERROR_SUCCESS || (error != ERROR_NOT_SAME_DEVICE && !folder.IsGone())) return error;
         End();
     }
     const DWORD error = MakeAndTake(file, place.top, 0);
@@ -35,13 +35,17 @@ DWORD Seclusion::GiveBack(FileHandle& file, std::string& leftIn) {
     return error;
 }
 
+bool Seclusion::StandsIn(std::size_t level, const std::string& name) const {
+    return folder && madeAt == level && folder.Name() == name;
+}
+
 void Seclusion::Leave(std::size_t level) {
     if (madeAt >= level) End();
 }
 
 void Seclusion::End() {
     SecludedFolder ended = std::exchange(folder, {});
-    if (!ended) return;
+    if (!ended || ended.IsGone()) return;
     if (const DWORD error = ended.Remove(); error != ERROR_SUCCESS)
         leftovers.push_back({ended.Name(), error});
 }

@@ -26,9 +26,11 @@ class Seclusion {
     // is, and `leftIn` becomes the folder's name.
     DWORD GiveBack(FileHandle& file, std::string& leftIn);
 
+    // Whether an entry of the folder of this level is the folder of the seclusion.
+    bool StandsIn(std::size_t level, const std::string& name) const;
     // Folders of this level and those below it are about to be removed.
     void Leave(std::size_t level);
-    // Removes the folder, if there is one.
+    // Removes the folder, if there is one that nobody else has removed.
     void End();
 
     // A folder that could not be removed.

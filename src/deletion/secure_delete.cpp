@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -14,6 +15,13 @@
 
 namespace permora {
 namespace {
+
+// Why no folder that is closed to others can be made, or no file be moved there; with any other error it
+// could.
+bool IsNoPlaceToCount(DWORD error) {
+    return error == ERROR_ACCESS_DENIED || error == ERROR_NOT_SUPPORTED || error == ERROR_NOT_SAME_DEVICE ||
+           error == ERROR_WRITE_PROTECT;
+}
 
 enum class Outcome { kDone, kStopped, kFailed };
 
@@ -101,6 +109,8 @@ class FileDeletion {
         const DWORD error = host.seclusion.Take(held, place);
         if (error == ERROR_FILE_INVALID || error == ERROR_FILE_NOT_FOUND)
             return FailWith(DeletionStep::kCompare, error);
+        if (error != ERROR_SUCCESS && !IsNoPlaceToCount(error))
+            return FailWith(DeletionStep::kSeclude, error);
         isSecluded = error == ERROR_SUCCESS;
         bool hasSeveralNames = false;
         if (!isSecluded) {
@@ -144,12 +154,15 @@ class FileDeletion {
         LONGLONG next = 0;  // where the next sector would be written
         for (FileRange range; range.end < size;) {
             if (host.stopRequested) return Outcome::kStopped;
-            if (const DWORD error = FindAllocated(file, range.end, range); error != ERROR_SUCCESS)
+            const LONGLONG from = range.end;
+            if (const DWORD error = FindAllocated(file, from, range); error != ERROR_SUCCESS)
                 return FailWith(DeletionStep::kGetSize, error);
+            // It has got another size since it was opened: somebody else writes it.
+            if (range.end <= from) return FailWith(DeletionStep::kGetSize, ERROR_SHARING_VIOLATION);
             const LONGLONG begin = std::max(range.begin - range.begin % sectorBytes, next);
             if (range.begin == range.end || begin >= range.end) continue;
             if (begin != next && !Seek(file, begin)) return FailWith(DeletionStep::kWrite, GetLastError());
-            for (next = begin; next < range.end; next += sectorBytes) {
+            for (next = begin; next < range.end; next = SectorAfter(next)) {
                 if (host.stopRequested) return Outcome::kStopped;
                 DWORD written = 0;
                 if (WriteFile(file, zeros, sectorBytes, &written, nullptr) == FALSE)
@@ -160,6 +173,11 @@ class FileDeletion {
         if (next > 0 && next < size && !Seek(file, size))
             return FailWith(DeletionStep::kWrite, GetLastError());
         return Outcome::kDone;
+    }
+
+    // A file can end where no whole sector follows any more.
+    LONGLONG SectorAfter(LONGLONG sector) const {
+        return sector + std::min<LONGLONG>(sectorBytes, std::numeric_limits<LONGLONG>::max() - sector);
     }
 
     static bool Seek(HANDLE file, LONGLONG place) {
@@ -233,6 +251,8 @@ class FolderDeletion {
     const FolderHandle& Current() const { return open.empty() ? top : open.back().folder; }
 
     void Delete(const FolderEntry& entry) {
+        // It was made in the folder that is being listed.
+        if (host.seclusion.StandsIn(open.size(), entry.name)) return;
         host.BeginEntry(entry.name);
         switch (entry.kind) {
             case FolderEntryKind::kFolder:

@@ -29,6 +29,8 @@ class SecludedFolder {
 
     explicit operator bool() const { return inside != nullptr; }
     const std::string& Name() const;
+    // Whether somebody has removed it: who may write in the place may remove an empty folder there.
+    bool IsGone() const;
 
     // Makes one in `place`, of which nothing is needed afterwards. ERROR_NOT_SUPPORTED when others could
     // enter what is made there.

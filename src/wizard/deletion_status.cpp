@@ -15,6 +15,7 @@ bool IsNamed(DeletionStep step) {
         case DeletionStep::kEnterFolder:
         case DeletionStep::kListFolder:
         case DeletionStep::kRemoveFolder:
+        case DeletionStep::kSeclude:
         case DeletionStep::kGiveBack:
         case DeletionStep::kRemoveSeclusion:
             return true;

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -21,9 +22,10 @@
 
 namespace {
 
-// What happens before the next entry is moved, and how many folders were made.
+// What happens before the next entry is moved, how many folders were made, and what is to go wrong with it.
 std::function<void()> beforeMove;
 int madeFolders = 0;
+int makingProblem = 0;  // an errno value
 
 }  // namespace
 
@@ -39,6 +41,10 @@ int __wrap_renameat2(int from, const char* name, int to, const char* newName, un
 int __real_mkdirat(int folder, const char* name, mode_t mode);
 int __wrap_mkdirat(int folder, const char* name, mode_t mode) {
     ++madeFolders;
+    if (makingProblem != 0) {
+        errno = makingProblem;
+        return -1;
+    }
     return __real_mkdirat(folder, name, mode);
 }
 
@@ -63,7 +69,7 @@ class SeclusionTest : public ::testing::Test {
     ~SeclusionTest() override {
         std::filesystem::current_path("/");
         beforeMove = nullptr;
-        madeFolders = 0;
+        madeFolders = makingProblem = 0;
     }
 
     static void Fill(const std::string& path) { std::ofstream(path, std::ios::binary) << kText; }
@@ -165,6 +171,77 @@ TEST_F(SeclusionTest, OneFolderServesATree) {
     EXPECT_EQ(host.deleted.size(), 7U);
     EXPECT_THAT(Names(), IsEmpty());
     EXPECT_EQ(madeFolders, 1);
+}
+
+TEST_F(SeclusionTest, AFolderThatSomebodyRemovesIsMadeAgain) {
+    folder.MakeFolder("work/top");
+    for (const char* name : {"top/one", "top/two", "top/three"})
+        Fill(name);
+    host.onEntry = [this](const std::string&) {
+        for (const std::string& name : Names()) {
+            if (name != "top") std::filesystem::remove(name);
+        }
+    };
+    host.Delete("top");
+    EXPECT_THAT(host.failures, IsEmpty());
+    EXPECT_THAT(Names(), IsEmpty());
+    EXPECT_EQ(madeFolders, 3);
+
+    // It need not be there at the end.
+    Fill("file");
+    FolderHandle place;
+    ASSERT_EQ(FolderHandle::OpenCurrent(place), ERROR_SUCCESS);
+    SecureDeleteItem(host, place, HoldDeletionItem(place, "file"));
+    for (const std::string& name : Names())
+        std::filesystem::remove(name);
+    host.seclusion.End();
+    EXPECT_THAT(host.seclusion.TakeLeftovers(), IsEmpty());
+}
+
+// The folder above cannot be changed by the user, so it is made in the one that is being listed.
+TEST_F(SeclusionTest, TheFolderItselfIsNoEntryOfTheTree) {
+    if (geteuid() != 0) GTEST_SKIP() << "becoming an ordinary user needs root";
+    constexpr int kCount = 2000;
+    folder.MakeFolder("work/top");
+    for (const std::string& path : {folder.Path(""), work})
+        chmod(path.c_str(), 0755);
+    ASSERT_EQ(chown("top", 65534, 65534), 0);
+    for (int i = 0; i < kCount; ++i) {
+        const std::string name = "top/" + std::to_string(i);
+        Fill(name);
+        ASSERT_EQ(chown(name.c_str(), 65534, 65534), 0);
+    }
+    const auto answer = test::AsOrdinaryUser([this] {
+        host.Delete("top");
+        const bool isFolderAlone = host.failures == std::vector{DeletionFailure{DeletionStep::kRemoveFolder,
+                                                                                "top", ERROR_ACCESS_DENIED}};
+        return (isFolderAlone ? "deleted: " : "failures: " + std::to_string(host.failures.size()) + ": ") +
+               std::to_string(host.deleted.size()) + ", folders: " + std::to_string(madeFolders);
+    });
+    // One that could not be made above, and one for all.
+    EXPECT_EQ(answer, "deleted: " + std::to_string(kCount) + ", folders: 2");
+    EXPECT_TRUE(std::filesystem::is_empty("top"));
+}
+
+TEST_F(SeclusionTest, OnlyWhereNoFolderCanBeIsItUncertain) {
+    struct Case {
+        int problem;
+        std::vector<OverwriteObstacle> obstacles;
+        std::vector<DeletionFailure> failures;
+    };
+    Fill("file");
+    for (const Case& each : {Case{EROFS, {OverwriteObstacle::kNamesUnknown}, {}},
+                             {EACCES, {OverwriteObstacle::kNamesUnknown}, {}},
+                             {ENOSPC, {}, {{DeletionStep::kSeclude, "file", ERROR_DISK_FULL}}},
+                             {EDQUOT, {}, {{DeletionStep::kSeclude, "file", ERROR_NOT_ENOUGH_QUOTA}}}}) {
+        makingProblem = each.problem;
+        host.obstacles.clear();
+        host.failures.clear();
+        host.Delete("file");
+        EXPECT_EQ(host.obstacles, each.obstacles) << each.problem;
+        EXPECT_EQ(host.failures, each.failures) << each.problem;
+        EXPECT_EQ(test::ReadWholeFile("file"), kText) << each.problem;
+    }
 }
 
 TEST_F(SeclusionTest, WhereNoFolderCanBeMadeItIsSaid) {

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
@@ -18,6 +19,7 @@
 #include "platform/linux/base/unique_fd.h"
 #include "tests/deletion/recording_host.h"
 #include "tests/support/command.h"
+#include "tests/support/refused_leases.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -180,6 +182,42 @@ TEST_F(SecureDelete, WritesThatTheSystemCutsShortAreFinished) {
     EXPECT_EQ(test::ReadWholeFile("file"), std::string(1536, '\0'));
 }
 
+// Where another program cannot be kept from it.
+TEST_F(SecureDelete, AFileThatGrowsMeanwhileIsLeft) {
+    class GrowingHost : public test::RecordingHost {
+        FileScrutiny Scrutiny() const override {
+            std::filesystem::resize_file("file", 5000);
+            return FileScrutiny::kNone;
+        }
+    };
+    Fill("file", 1000);
+    GrowingHost growing;
+    test::areLeasesRefused = true;
+    growing.Delete("file");
+    test::areLeasesRefused = false;
+    EXPECT_THAT(growing.failures,
+                ElementsAre(DeletionFailure{DeletionStep::kGetSize, "file", ERROR_SHARING_VIOLATION}));
+    EXPECT_TRUE(Exists("work/file"));
+}
+
+// No whole sector has room at its end.
+TEST_F(SecureDelete, TheLargestFileGoes) {
+    setenv("TMPDIR", "/dev/shm", 1);
+    const test::TemporaryFolder memory;
+    unsetenv("TMPDIR");
+    std::filesystem::current_path(memory.Path());
+    constexpr off_t kLargest = std::numeric_limits<off_t>::max();
+    {
+        const host::UniqueFd file(open("file", O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+        ASSERT_EQ(ftruncate(file.Get(), kLargest), 0);
+        ASSERT_EQ(pwrite(file.Get(), "x", 1, kLargest - 1), 1);
+    }
+    host.Delete("file");
+    EXPECT_THAT(host.failures, IsEmpty());
+    EXPECT_THAT(host.deleted, ElementsAre("file"));
+    std::filesystem::current_path("/");
+}
+
 TEST_F(SecureDelete, AReadOnlyFolderStays) {
     folder.MakeFolder("work/top");
     ASSERT_TRUE(SetFileAttributesA("top", FILE_ATTRIBUTE_READONLY));
@@ -337,6 +375,23 @@ TEST_F(SecureDelete, WhatGotTheNameAfterTheChoiceStays) {
                             DeletionFailure{DeletionStep::kCompare, "link", ERROR_FILE_INVALID}));
     EXPECT_EQ(test::ReadWholeFile("junk/file") + test::ReadWholeFile("old file"), std::string(200, 'x'));
     EXPECT_THAT(host.deleted, ElementsAre("kept"));
+}
+
+TEST_F(SecureDelete, NothingIsWhatWasNotRemembered) {
+    folder.MakeFolder("work/sub");
+    Fill("file", 100);
+    std::filesystem::create_symlink("a", "link");
+    FolderHandle place;
+    ASSERT_EQ(FolderHandle::OpenCurrent(place), ERROR_SUCCESS);
+    for (const char* name : {"sub", "file", "link"}) {
+        DeletionItem item = HoldDeletionItem(place, name);
+        item.identity = {};
+        host.failures.clear();
+        SecureDeleteItem(host, place, item);
+        EXPECT_THAT(host.failures,
+                    ElementsAre(DeletionFailure{DeletionStep::kCompare, name, ERROR_FILE_INVALID}));
+        EXPECT_TRUE(Exists(std::string("work/") + name));
+    }
 }
 
 // More than there are descriptors; a new file gets the number of one that is gone.

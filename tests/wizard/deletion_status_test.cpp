@@ -50,6 +50,8 @@ TEST(DeletionStatus, EachFailureHasItsRow) {
         {DeletionStep::kFlush, {"x: deleting... ", "cannot flush writing buffers: " + denied}},
         {DeletionStep::kDeleteFile, {"x: deleting... ", "cannot delete file: " + denied}},
         {DeletionStep::kRemoveFolder, {"x: cannot remove directory: " + denied}},
+        {DeletionStep::kSeclude,
+         {"x: deleting... ", "x: cannot be moved to where its names are counted: " + denied}},
     };
     for (const auto& each : cases) {
         ListedStatus status;

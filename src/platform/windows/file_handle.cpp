@@ -156,7 +156,7 @@ DWORD FileHandle::HasSeveralNames(bool& answer) const {
 }
 
 DWORD FileHandle::Verify(const EntryIdentity& identity) const {
-    return VerifyMark(inside->file.get(), identity.inside->mark);
+    return identity.inside ? VerifyMark(inside->file.get(), identity.inside->mark) : ERROR_FILE_INVALID;
 }
 
 DWORD FileHandle::Remove() const {
@@ -181,6 +181,10 @@ SecludedFolder::~SecludedFolder() = default;
 
 const std::string& SecludedFolder::Name() const {
     return inside->name;
+}
+
+bool SecludedFolder::IsGone() const {
+    return false;
 }
 
 DWORD SecludedFolder::Make(const FolderHandle& /*place*/, SecludedFolder& made) {

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/file_handle.h"
 #include "platform/linux/files/folder_handle.h"
 #include "platform/linux/files/new_name.h"
@@ -29,6 +30,17 @@ DWORD MakeName(std::string& name) {
                   static_cast<unsigned long long>(number));
     name = text.data();
     return ERROR_SUCCESS;
+}
+
+// Whether nobody else comes into it. What is this process's own and not closed to others is closed first: a
+// folder of NTFS gets the list that the one above hands down, whatever mode is asked for.
+bool IsClosed(const ObjectHandle& folder) {
+    constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
+    struct stat status = folder.Status();
+    if (status.st_uid != geteuid()) return false;
+    if ((status.st_mode & kOthers) == 0) return true;
+    return chmod(DescriptorPath(folder.Descriptor()).Text(), S_IRWXU) == 0 &&
+           fstat(folder.Descriptor(), &status) == 0 && (status.st_mode & kOthers) == 0;
 }
 
 // Whatever stands there, only when nothing has the new name.
@@ -60,6 +72,12 @@ const std::string& SecludedFolder::Name() const {
     return inside->name;
 }
 
+bool SecludedFolder::IsGone() const {
+    if (!inside->folder) return false;
+    struct stat status {};
+    return fstat(inside->folder.Descriptor(), &status) == 0 && status.st_nlink == 0;
+}
+
 DWORD SecludedFolder::Make(const FolderHandle& place, SecludedFolder& made) {
     SecludedFolder fresh;
     fresh.inside = std::make_unique<Inside>();
@@ -74,11 +92,11 @@ DWORD SecludedFolder::Make(const FolderHandle& place, SecludedFolder& made) {
         return host::ErrorFromErrno(errno);
     error = ObjectHandle::OpenUnmountedAt(parts.place.Descriptor(), parts.name.c_str(), parts.folder,
                                           O_DIRECTORY);
-    const struct stat& status = parts.folder.Status();
-    const bool isOurs = status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
-    if (error == ERROR_SUCCESS && !isOurs) {
+    if (error != ERROR_SUCCESS) {
+        unlinkat(parts.place.Descriptor(), parts.name.c_str(), AT_REMOVEDIR);
+    } else if (!host::IsClosed(parts.folder)) {
         error = fresh.Remove();
-        // Mounted in the usual way NTFS shows everything as the same user's, with the same mode.
+        // Mounted in the usual way NTFS shows everything as the same user's, with the same mode for ever.
         if (error == ERROR_SUCCESS && !isNtfs && !place.inside->hasNoOwners) error = ERROR_NOT_SUPPORTED;
         parts.folder = {};
     }
