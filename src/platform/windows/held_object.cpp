@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/windows/folder_entry.h"
 #include "platform/windows/held_object_inside.h"
 
 namespace permora {
@@ -14,13 +15,6 @@ namespace {
 
 constexpr DWORD kShareEverything = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kItself = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT;
-
-// What NTFS and ReFS call the object; a number that is given again counts as another one.
-DWORD IdentityOf(HANDLE object, FILE_ID_INFO& identity) {
-    return GetFileInformationByHandleEx(object, FileIdInfo, &identity, sizeof identity) != FALSE
-               ? ERROR_SUCCESS
-               : GetLastError();
-}
 
 DWORD ReadFrom(HANDLE object, SECURITY_INFORMATION information, ReadParts& parts) {
     ReadParts read;
@@ -45,26 +39,26 @@ bool HasListOf(HANDLE object, PSECURITY_DESCRIPTOR expected) {
 }
 
 // A file of this user's own with a byte to lock for each object; it is never written.
-DWORD OpenLockFile(UniqueHandle& file) {
+UniqueHandle OpenLockFile() {
     char folder[MAX_PATH] = {};
     const DWORD length = GetEnvironmentVariableA("LOCALAPPDATA", folder, MAX_PATH);
-    if (length == 0 || length >= MAX_PATH) return ERROR_PATH_NOT_FOUND;
+    if (length == 0 || length >= MAX_PATH) return nullptr;
     const std::string path = std::string(folder) + "\\permora-objects.lock";
     HANDLE opened =
         CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                     OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) return GetLastError();
-    file.reset(opened);
-    return ERROR_SUCCESS;
+    return UniqueHandle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
 }
 
-DWORD WaitForLock(HANDLE file, const FILE_ID_INFO& identity) {
+DWORD WaitForLock(HANDLE file, const ObjectMark& mark) {
     constexpr ULONGLONG kLongestWait = 10'000;  // milliseconds
     constexpr DWORD kPause = 2;
+    ULONGLONG number = 0;
+    std::memcpy(&number, mark.number.Identifier, sizeof number);
+    number ^= mark.volume;
     OVERLAPPED place{};
-    std::memcpy(&place.Offset, identity.FileId.Identifier, sizeof place.Offset);
-    std::memcpy(&place.OffsetHigh, identity.FileId.Identifier + sizeof place.Offset, sizeof place.OffsetHigh);
-    place.OffsetHigh &= 0x7FFFFFFF;
+    place.Offset = static_cast<DWORD>(number);
+    place.OffsetHigh = static_cast<DWORD>(number >> 32) & 0x7FFFFFFF;
     const ULONGLONG begin = GetTickCount64();
     while (LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place) == FALSE) {
         if (GetLastError() != ERROR_LOCK_VIOLATION && GetLastError() != ERROR_IO_PENDING)
@@ -73,6 +67,18 @@ DWORD WaitForLock(HANDLE file, const FILE_ID_INFO& identity) {
         Sleep(kPause);
     }
     return ERROR_SUCCESS;
+}
+
+// Waits for the turn on `object`, which lasts as long as `turns` is open: ERROR_BUSY after ten seconds. Where
+// there is no place for the file, nothing that tells objects apart or no locks, there are no turns: the
+// answer is 0, and `turns` stays as it was.
+DWORD TakeTurnOn(HANDLE object, UniqueHandle& turns) {
+    ObjectMark mark;
+    UniqueHandle file = OpenLockFile();
+    if (!file || MarkOf(object, mark) != ERROR_SUCCESS) return ERROR_SUCCESS;
+    const DWORD error = WaitForLock(file.get(), mark);
+    if (error == ERROR_SUCCESS) turns = std::move(file);
+    return error == ERROR_BUSY ? error : ERROR_SUCCESS;
 }
 
 }  // namespace
@@ -122,21 +128,15 @@ DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& part
 }
 
 DWORD HeldObject::TakeTurn() {
-    if (inside->turns) return ERROR_SUCCESS;
-    FILE_ID_INFO identity{};
-    UniqueHandle file;
-    // Where there is no place for the file, or nothing that tells objects apart, there are no turns.
-    if (OpenLockFile(file) != ERROR_SUCCESS) return ERROR_SUCCESS;
-    if (IdentityOf(inside->object.get(), identity) != ERROR_SUCCESS) return ERROR_SUCCESS;
-    const DWORD error = WaitForLock(file.get(), identity);
-    if (error == ERROR_SUCCESS) inside->turns = std::move(file);
-    return error;
+    return inside->turns ? ERROR_SUCCESS : TakeTurnOn(inside->object.get(), inside->turns);
 }
 
 DWORD HeldObject::WriteList(SECURITY_INFORMATION information, PACL list, PSECURITY_DESCRIPTOR expected,
                             FailuresBelow& /*below*/) const {
     UniqueHandle object;
-    const DWORD error = OpenAgain(inside->object.get(), READ_CONTROL | WRITE_DAC, object);
+    UniqueHandle turns;
+    DWORD error = OpenAgain(inside->object.get(), READ_CONTROL | WRITE_DAC, object);
+    if (error == ERROR_SUCCESS && !inside->turns) error = TakeTurnOn(inside->object.get(), turns);
     if (error != ERROR_SUCCESS) return error;
     if (expected != nullptr && !HasListOf(object.get(), expected)) return ERROR_REVISION_MISMATCH;
     return SetSecurityInfo(object.get(), SE_FILE_OBJECT, information, nullptr, nullptr, list, nullptr);
@@ -144,7 +144,9 @@ DWORD HeldObject::WriteList(SECURITY_INFORMATION information, PACL list, PSECURI
 
 DWORD HeldObject::WriteOwner(PSID owner) const {
     UniqueHandle object;
-    const DWORD error = OpenAgain(inside->object.get(), WRITE_OWNER, object);
+    UniqueHandle turns;
+    DWORD error = OpenAgain(inside->object.get(), WRITE_OWNER, object);
+    if (error == ERROR_SUCCESS && !inside->turns) error = TakeTurnOn(inside->object.get(), turns);
     if (error != ERROR_SUCCESS) return error;
     return SetSecurityInfo(object.get(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, owner, nullptr, nullptr,
                            nullptr);
@@ -153,7 +155,7 @@ DWORD HeldObject::WriteOwner(PSID owner) const {
 // The object, or why it could not be found.
 struct RememberedObject::Inside {
     DWORD error = ERROR_SUCCESS;
-    FILE_ID_INFO identity{};
+    ObjectMark mark;
     HeldObject kept;  // so that its number is not given to another
 };
 
@@ -168,8 +170,7 @@ RememberedObject::RememberedObject(std::shared_ptr<const FolderHandle> startFold
     : start(std::move(startFolder)), path(std::move(objectPath)) {
     auto found = std::make_shared<Inside>();
     found->error = FindByName(found->kept);
-    if (found->error == ERROR_SUCCESS)
-        found->error = IdentityOf(found->kept.inside->object.get(), found->identity);
+    if (found->error == ERROR_SUCCESS) found->error = MarkOf(found->kept.inside->object.get(), found->mark);
     inside = std::move(found);
 }
 
@@ -181,13 +182,9 @@ DWORD RememberedObject::Find(HeldObject& object) const {
     if (!inside) return ERROR_FILE_NOT_FOUND;
     if (inside->error != ERROR_SUCCESS) return inside->error;
     HeldObject found;
-    FILE_ID_INFO identity{};
     DWORD error = FindByName(found);
-    if (error == ERROR_SUCCESS) error = IdentityOf(found.inside->object.get(), identity);
+    if (error == ERROR_SUCCESS) error = VerifyMark(found.inside->object.get(), inside->mark);
     if (error != ERROR_SUCCESS) return error;
-    const bool isSame = identity.VolumeSerialNumber == inside->identity.VolumeSerialNumber &&
-                        std::memcmp(&identity.FileId, &inside->identity.FileId, sizeof identity.FileId) == 0;
-    if (!isSame) return ERROR_FILE_INVALID;
     object = std::move(found);
     return ERROR_SUCCESS;
 }
