@@ -25,10 +25,13 @@ DWORD Take(std::optional<nt::SecurityDescriptor> parsed, nt::SecurityDescriptor&
     return ERROR_SUCCESS;
 }
 
-nt::SecurityDescriptor MadeFromMode(const ObjectHandle& object) {
-    const struct stat& status = object.Status();
-    return DescriptorFromMode(status.st_mode, object.Kind(), SidForUser(status.st_uid),
-                              SidForGroup(status.st_gid));
+// By what the mode and the owners are now: they may have been changed since the object was opened.
+DWORD MakeFromMode(const ObjectHandle& object, nt::SecurityDescriptor& descriptor) {
+    struct stat status {};
+    if (fstat(object.Descriptor(), &status) != 0) return ErrorFromErrno(errno);
+    descriptor = DescriptorFromMode(status.st_mode, object.Kind(), SidForUser(status.st_uid),
+                                    SidForGroup(status.st_gid));
+    return ERROR_SUCCESS;
 }
 
 DWORD WriteError(const ObjectHandle& object, int problem) {
@@ -118,8 +121,7 @@ DWORD DescriptorStore::Read(const ObjectHandle& object, nt::SecurityDescriptor& 
         if (problem == 0) return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
         if (!IsAbsent(problem)) return ErrorFromErrno(problem);
     }
-    descriptor = MadeFromMode(object);
-    return ERROR_SUCCESS;
+    return MakeFromMode(object, descriptor);
 }
 
 DWORD DescriptorStore::Write(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor) {

@@ -146,6 +146,16 @@ TEST_F(HeldObjectTest, AListThatIsAnotherOneByNowIsLeftAlone) {
     ASSERT_EQ(SetDescriptorText(file, "O:BGD:P(A;;FR;;;BU)"), 0U);
     EXPECT_EQ(Write(held, "D:(A;;FA;;;BG)", read.descriptor.get(), below), ERROR_SUCCESS);
     EXPECT_EQ(DaclText(file), "D:PAI(A;;FA;;;BG)");
+
+    // The mode is the list of what has none stored.
+    const std::string plain = folder.MakeFile("plain");
+    ASSERT_EQ(chmod(plain.c_str(), 0600), 0);
+    const HeldObject heldPlain = Held(plain);
+    ASSERT_EQ(heldPlain.ReadSecurity(DACL_SECURITY_INFORMATION, read), ERROR_SUCCESS);
+    ASSERT_EQ(chmod(plain.c_str(), 0644), 0);
+    const std::string now = DaclText(plain);
+    EXPECT_EQ(Write(heldPlain, "D:(A;;FA;;;BG)", read.descriptor.get(), below), ERROR_REVISION_MISMATCH);
+    EXPECT_EQ(DaclText(plain), now);
 }
 
 TEST_F(HeldObjectTest, AFailureBelowIsNamedAndCounted) {
