@@ -78,8 +78,9 @@ EditResult RevokeRights(const Arguments& arguments, const AccountRecord& account
             result = EditResult::kChanged;
         }
     }
+    // Another attempt after a change by another program need not say it again.
+    if (inheritedStay) messages.SayIfSilent("the inherited entries for " + arguments.account + " stay");
     if (result == EditResult::kNothingToDo) SayNothingToRemove(arguments, account, dacl, messages);
-    if (inheritedStay) messages.Say("the inherited entries for " + arguments.account + " stay");
     return result;
 }
 

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 
+#include "cli/entry_edits.h"
 #include "platform/api/errors.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
@@ -63,7 +64,7 @@ TEST_F(ListChange, WhatAnotherProgramWritesInBetweenIsKept) {
     ASSERT_EQ(test::SetDescriptorText(other, "D:P(D;;FA;;;BU)(A;;FA;;;BA)"), ERROR_SUCCESS);
     int attempts = 0;
     EXPECT_TRUE(ChangeInTurn(
-        target,
+        Arguments{}, target,
         [&](const HeldObject& object) {
             return AddGuests(object, [&] {
                 if (++attempts == 1) CopyListFrom(other);
@@ -80,7 +81,7 @@ TEST_F(ListChange, OneThatChangesItAllTheTimeWins) {
     ASSERT_EQ(test::SetDescriptorText(lists[1], "D:P(D;;FX;;;BU)"), ERROR_SUCCESS);
     std::size_t attempts = 0;
     EXPECT_FALSE(ChangeInTurn(
-        target,
+        Arguments{}, target,
         [&](const HeldObject& object) {
             return AddGuests(object, [&] { CopyListFrom(lists[++attempts % 2]); });
         },
@@ -88,6 +89,35 @@ TEST_F(ListChange, OneThatChangesItAllTheTimeWins) {
     EXPECT_GT(attempts, 1U);
     EXPECT_LT(attempts, 20U);
     EXPECT_EQ(test::DaclText(file), test::DaclText(lists[attempts % 2]));
+}
+
+TEST_F(ListChange, WhatARevokeLeavesIsSaidOnce) {
+    ASSERT_EQ(test::SetDescriptorText(folder.Path(), "D:P(A;OICI;FA;;;BG)"), ERROR_SUCCESS);
+    ASSERT_EQ(test::SetDescriptorText(file, "D:(A;;FR;;;BG)"), ERROR_SUCCESS);
+    Arguments arguments;
+    arguments.command = Command::kRevoke;
+    arguments.account = "Guests";
+    AccountRecord guests;
+    PSID sid = nullptr;
+    ASSERT_TRUE(ConvertStringSidToSidA("S-1-5-32-546", &sid));
+    ASSERT_TRUE(guests.SetSid(UniqueLocal<void>(sid).get()));
+    messages.SetSubject("file");
+    testing::internal::CaptureStderr();
+    int attempts = 0;
+    EXPECT_TRUE(ChangeInTurn(
+        arguments, target,
+        [&](const HeldObject& object) {
+            ObjectSecurity security;
+            EXPECT_TRUE(ReadForChange(object, security, messages));
+            EXPECT_EQ(
+                EditEntries(arguments, guests, EntryPlace::kFile, security.dacl, security.entries, messages),
+                EditResult::kChanged);
+            return ++attempts < 3 ? ChangeResult::kOutOfDate : ChangeResult::kDone;
+        },
+        messages));
+    EXPECT_EQ(attempts, 3);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "permora-cli: file: the inherited entries for Guests stay\n");
 }
 
 }  // namespace
