@@ -102,13 +102,17 @@ class FileDeletion {
 
     Outcome FindObstacles(std::vector<OverwriteObstacle>& obstacles) {
         const DWORD error = held.FindObstacles(obstacles);
+        if (HasLostItsName(error)) return FailWith(DeletionStep::kCompare, error);
         return error == ERROR_SUCCESS ? Outcome::kDone : FailWith(DeletionStep::kExamine, error);
+    }
+
+    static bool HasLostItsName(DWORD error) {
+        return error == ERROR_FILE_INVALID || error == ERROR_FILE_NOT_FOUND;
     }
 
     Outcome CountSecluded(std::vector<OverwriteObstacle>& obstacles) {
         const DWORD error = host.seclusion.Take(held, place);
-        if (error == ERROR_FILE_INVALID || error == ERROR_FILE_NOT_FOUND)
-            return FailWith(DeletionStep::kCompare, error);
+        if (HasLostItsName(error)) return FailWith(DeletionStep::kCompare, error);
         if (error != ERROR_SUCCESS && !IsNoPlaceToCount(error))
             return FailWith(DeletionStep::kSeclude, error);
         isSecluded = error == ERROR_SUCCESS;

@@ -136,7 +136,7 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
 }
 
 DWORD FileHandle::HasSeveralNames(bool& answer) const {
-    return host::AskSeveralNames(inside->object, inside->hostName, answer);
+    return host::AskSeveralNames(inside->folder, inside->hostName, inside->object, answer);
 }
 
 DWORD FileHandle::Verify(const EntryIdentity& identity) const {

@@ -1,5 +1,6 @@
 #include "platform/linux/files/several_names.h"
 
+#include <fcntl.h>
 #include <strings.h>
 #include <sys/stat.h>
 
@@ -15,22 +16,31 @@
 namespace permora::host {
 namespace {
 
-// A name that is both long and short is one link, but the volume tells it as a short name too.
-bool HasShortNameBeside(const ObjectHandle& file, const std::string& hostName) {
+// A name that is both long and short is one link, but the volume tells it as a short name too. ntfs-3g tells
+// none of a file with several long names (EMLINK); old versions do, and lowntfs-3g does not know by which
+// name the file was found, so what it tells may stand in another folder.
+bool HasShortNameBeside(int folder, const std::string& hostName, const ObjectHandle& file) {
     std::vector<std::uint8_t> value;
     if (AttributeStoreOf(file) != AttributeStore::kAsk ||
         ReadExtendedAttribute(file, "system.ntfs_dos_name", value) != 0)
         return false;
     const std::string shortName(value.begin(), std::find(value.begin(), value.end(), std::uint8_t{0}));
-    return !shortName.empty() && strcasecmp(shortName.c_str(), hostName.c_str()) != 0;
+    struct stat status {};
+    const bool isBareName = !shortName.empty() && shortName.find('/') == shortName.npos;
+    return isBareName && strcasecmp(shortName.c_str(), hostName.c_str()) != 0 &&
+           fstatat(folder, shortName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+           AreOneObject(status, file.Status());
 }
 
 }  // namespace
 
-DWORD AskSeveralNames(const ObjectHandle& file, const std::string& hostName, bool& answer) {
+DWORD AskSeveralNames(int folder, const std::string& hostName, const ObjectHandle& file, bool& answer) {
+    // One call tells the count and that the name is among those counted. The file itself would tell one name
+    // as well when this one was taken away and another is left, wherever that stands.
     struct stat status {};
-    if (fstat(file.Descriptor(), &status) != 0) return ErrorFromErrno(errno);
-    answer = status.st_nlink > 1 && (status.st_nlink > 2 || !HasShortNameBeside(file, hostName));
+    if (fstatat(folder, hostName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return ErrorFromErrno(errno);
+    if (!AreOneObject(status, file.Status())) return ERROR_FILE_INVALID;
+    answer = status.st_nlink > 1 && (status.st_nlink > 2 || !HasShortNameBeside(folder, hostName, file));
     return ERROR_SUCCESS;
 }
 

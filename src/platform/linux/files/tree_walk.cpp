@@ -61,12 +61,14 @@ class TreeWalk {
     void VisitEntry(const char* name) {
         const std::size_t depth = open.size() - 1;
         ObjectHandle object;
-        const DWORD error = ObjectHandle::OpenUnmountedAt(open.back()->listing.Descriptor(), name, object);
+        const int folder = open.back()->listing.Descriptor();
+        const DWORD error = ObjectHandle::OpenUnmountedAt(folder, name, object);
         if (error == ERROR_FILE_NOT_FOUND) return;
         if (error != ERROR_SUCCESS) {
             visitor.Fail(error, name, depth);
             return;
         }
+        visitor.SetFolder(folder);
         const WalkDecision decision = visitor.Visit(object, name, depth);
         isStopped = decision == WalkDecision::kStop;
         if (decision == WalkDecision::kDescend && object.IsFolder()) Enter(object, name);

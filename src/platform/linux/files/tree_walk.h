@@ -26,6 +26,16 @@ class TreeVisitor {
     // was not listed to its end; the walk goes on with the next one. An empty name means the walked folder
     // itself.
     virtual void Fail(DWORD error, const char* name, std::size_t depth) = 0;
+
+    // The walk's: where the object stands that comes next.
+    void SetFolder(int descriptor) { openFolder = descriptor; }
+
+  protected:
+    // The descriptor of the folder in which the visited object stands. It lives for the call, not owned.
+    int Folder() const { return openFolder; }
+
+  private:
+    int openFolder = -1;
 };
 
 // Walks by open handles: links are visited and never followed, what is mounted below (another volume, or

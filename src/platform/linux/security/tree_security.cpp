@@ -83,7 +83,7 @@ class OwnerSetting : public TreeChange {
     DWORD Allow(const ObjectHandle& object, const char* hostName) override {
         if (linked == LinkedFiles::kChange || object.IsFolder()) return ERROR_SUCCESS;
         bool hasSeveralNames = false;
-        const DWORD error = AskSeveralNames(object, hostName, hasSeveralNames);
+        const DWORD error = AskSeveralNames(Folder(), hostName, object, hasSeveralNames);
         return error == ERROR_SUCCESS && hasSeveralNames ? kHasFurtherNames : error;
     }
 

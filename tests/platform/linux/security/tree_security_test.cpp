@@ -10,7 +10,10 @@
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
+#include <functional>
+#include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/api/errors.h"
@@ -221,6 +224,42 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     EXPECT_EQ(counts.unchanged, 4U);
     EXPECT_EQ(Held(tree.Path()).SetOwnersBelow(nullptr, LinkedFiles::kPassOver, observer, counts),
               ERROR_INVALID_SID);
+}
+
+// Who takes the name in the tree away at the right moment leaves the file one name, which stands elsewhere.
+TEST_F(TreeSecurity, ALinkedFileWhoseNameGoesMeanwhileKeepsItsOwner) {
+    class Intruder : public RecordingObserver {
+      public:
+        explicit Intruder(std::function<void()> act) : meanwhile(std::move(act)) {}
+        bool Begin(const char* name) override {
+            meanwhile();
+            return RecordingObserver::Begin(name);
+        }
+
+      private:
+        std::function<void()> meanwhile;
+    };
+    const TemporaryFolder outside;
+    const std::string file = outside.MakeFile("file");
+    const std::string link = tree.Path("link");
+    ASSERT_EQ(SetDescriptorText(file, "O:BUD:P(A;;FR;;;BG)"), 0U);
+    PSID sid = nullptr;
+    ASSERT_TRUE(ConvertStringSidToSidA("S-1-22-1-1", &sid));
+    const UniqueLocal<void> owner(sid);
+    for (const bool isReplaced : {false, true}) {
+        std::filesystem::create_hard_link(file, link);
+        Intruder intruder([&] {
+            std::filesystem::remove(link);
+            if (isReplaced) tree.MakeFile("link");
+        });
+        ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(sid, LinkedFiles::kPassOver, intruder, counts), 0U);
+        EXPECT_THAT(intruder.begun, ElementsAre("link"));
+        EXPECT_EQ(counts.changed, 0U);
+        EXPECT_EQ(DescriptorText(file, OWNER_SECURITY_INFORMATION), "O:BU");
+        if (isReplaced) {
+            EXPECT_THAT(intruder.passedOver, ElementsAre(Pair("link", ERROR_FILE_INVALID)));
+        }
+    }
 }
 
 }  // namespace
