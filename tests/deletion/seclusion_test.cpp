@@ -207,7 +207,8 @@ TEST_F(SeclusionTest, TheFolderItselfIsNoEntryOfTheTree) {
         chmod(path.c_str(), 0755);
     ASSERT_EQ(chown("top", 65534, 65534), 0);
     for (int i = 0; i < kCount; ++i) {
-        const std::string name = "top/" + std::to_string(i);
+        // Long ones, so that the system lists them in many pieces.
+        const std::string name = "top/" + std::string(200, 'n') + std::to_string(i);
         Fill(name);
         ASSERT_EQ(chown(name.c_str(), 65534, 65534), 0);
     }

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -200,21 +201,46 @@ TEST_F(SecureDelete, AFileThatGrowsMeanwhileIsLeft) {
     EXPECT_TRUE(Exists("work/file"));
 }
 
-// No whole sector has room at its end.
-TEST_F(SecureDelete, TheLargestFileGoes) {
+// Its last sector ends beyond what this process may write.
+TEST_F(SecureDelete, AFileThatCannotGrowGoes) {
+    Fill("file", 1000);
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit usual{};
+    getrlimit(RLIMIT_FSIZE, &usual);
+    const rlimit tight{1000, usual.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &tight);
+    host.Delete("file");
+    setrlimit(RLIMIT_FSIZE, &usual);
+    std::signal(SIGXFSZ, SIG_DFL);
+    EXPECT_THAT(host.failures, IsEmpty());
+    EXPECT_THAT(host.deleted, ElementsAre("file"));
+}
+
+// No file can have more.
+TEST_F(SecureDelete, TheLastBytesOfTheLargestFileAreOverwritten) {
     setenv("TMPDIR", "/dev/shm", 1);
     const test::TemporaryFolder memory;
     unsetenv("TMPDIR");
     std::filesystem::current_path(memory.Path());
     constexpr off_t kLargest = std::numeric_limits<off_t>::max();
-    {
-        const host::UniqueFd file(open("file", O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
-        ASSERT_EQ(ftruncate(file.Get(), kLargest), 0);
-        ASSERT_EQ(pwrite(file.Get(), "x", 1, kLargest - 1), 1);
-    }
-    host.Delete("file");
-    EXPECT_THAT(host.failures, IsEmpty());
-    EXPECT_THAT(host.deleted, ElementsAre("file"));
+    const host::UniqueFd made(open("file", O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    ASSERT_EQ(ftruncate(made.Get(), kLargest), 0);
+    ASSERT_EQ(pwrite(made.Get(), "x", 1, kLargest - 1), 1);
+    FolderHandle place;
+    FileHandle file;
+    UniqueHandle contents;
+    ASSERT_EQ(FolderHandle::OpenCurrent(place), ERROR_SUCCESS);
+    ASSERT_EQ(place.HoldFile("file", file), ERROR_SUCCESS);
+    test::areLeasesRefused = true;
+    EXPECT_EQ(file.OpenForOverwriting(contents), ERROR_SUCCESS);
+    test::areLeasesRefused = false;
+    LARGE_INTEGER begin{};
+    begin.QuadPart = kLargest - 300;
+    EXPECT_TRUE(SetFilePointerEx(contents.get(), begin, nullptr, FILE_BEGIN));
+    EXPECT_TRUE(WriteFile(contents.get(), std::string(512, '\0').data(), 512, nullptr, nullptr));
+    char last = 'x';
+    EXPECT_EQ(pread(made.Get(), &last, 1, kLargest - 1), 1);
+    EXPECT_EQ(last, '\0');
     std::filesystem::current_path("/");
 }
 
