@@ -32,8 +32,8 @@ DWORD MakeName(std::string& name) {
     return ERROR_SUCCESS;
 }
 
-// Whether nobody else comes into it. What is this process's own and not closed to others is closed first: a
-// folder of NTFS gets the list that the one above hands down, whatever mode is asked for.
+// Whether nobody else comes into it. What is this process's own and not closed to others is closed first: not
+// every driver minds the mode that is asked for at the making.
 bool IsClosed(const ObjectHandle& folder) {
     constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
     struct stat status = folder.Status();
