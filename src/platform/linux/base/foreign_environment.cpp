@@ -1,6 +1,9 @@
 #include "platform/linux/base/foreign_environment.h"
 
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,16 +22,18 @@ namespace {
 
 // By families, since each library reads more of them than its documents tell: Qt, GTK and GLib (which Qt's
 // themes load), the C library, drivers of graphics, X, fonts, TLS, the desktop's base directories.
-constexpr std::array<std::string_view, 39> kFamilies{
-    "__EGL",    "__GL",    "EGL_",   "FC_",          "FONTCONFIG_", "GALLIUM_", "GBM_",    "GCONV_PATH",
-    "GDK_",     "GIO_",    "GLX",    "GNOME_",       "GSETTINGS",   "GTK",      "HOME",    "HOSTALIASES",
-    "ICU_",     "KDE",     "LIBGL_", "LIBVA_",       "LOCPATH",     "MESA_",    "NLSPATH", "OPENSSL_",
-    "PATH",     "PLASMA_", "QML",    "QT",           "SSL_",        "VDPAU_",   "VK_",     "XAPPLRESDIR",
-    "XCOMPOSE", "XCURSOR", "XDG_",   "XENVIRONMENT", "XKB",         "XLOCALE",  "TZDIR"};
+constexpr std::array<std::string_view, 40> kFamilies{
+    "__EGL",       "__GL",     "EGL_",     "FC_",    "FONTCONFIG_",  "GALLIUM_", "GBM_",    "GCONV_PATH",
+    "GDK_",        "GIO_",     "GLX",      "GNOME_", "GSETTINGS",    "GTK",      "HOME",    "HOSTALIASES",
+    "ICU_",        "KDE",      "LANGUAGE", "LIBGL_", "LIBVA_",       "LOCPATH",  "MESA_",   "NLSPATH",
+    "OPENSSL_",    "PATH",     "PLASMA_",  "QML",    "QT",           "SSL_",     "VDPAU_",  "VK_",
+    "XAPPLRESDIR", "XCOMPOSE", "XCURSOR",  "XDG_",   "XENVIRONMENT", "XKB",      "XLOCALE", "TZDIR"};
 
 // Ends of the names of variables that hold nothing but places: there also a bare name is one.
-constexpr std::array<std::string_view, 9> kPlaceEnds{"PATH",  "DIR",  "DIRS", "HOME",     "FILE",
-                                                     "FILES", "ROOT", "CONF", "FILENAMES"};
+constexpr std::string_view kPlaceEnds[] = {
+    "PATH",       "DIR",       "DIRS",   "HOME",    "FILE",          "FILES",           "ROOT",
+    "CONF",       "FILENAMES", "PREFIX", "ENGINES", "EXTRA_MODULES", "OPENSSL_MODULES", "XENVIRONMENT",
+    "HOSTALIASES"};
 
 bool IsOfFamily(std::string_view name) {
     return std::ranges::any_of(kFamilies,
@@ -39,9 +44,10 @@ bool HoldsPlacesOnly(std::string_view name) {
     return std::ranges::any_of(kPlaceEnds, [name](std::string_view end) { return name.ends_with(end); });
 }
 
-// "key=/place" and "FILE:/place" name a place too.
+// "key=/place" and "FILE:/place" name a place too, but where all is a place "=" is a letter of it.
 bool IsPartHarmless(std::string_view part, bool isPlace) {
-    part = part.substr(part.rfind('=') + 1);
+    if (const std::size_t sign = part.find('='); !isPlace && sign < part.find('/'))
+        part.remove_prefix(sign + 1);
     if (part.find('/') == part.npos) return !isPlace;
     return IsRootsAlone(std::string(part));
 }
@@ -81,6 +87,14 @@ bool MayOthersWrite(const struct stat& status) {
     return (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
 }
 
+// A user may have volumes of his own mounted, on which he says what is root's: without set-user-ID programs.
+// So is memory, but that comes empty.
+bool MayBeUsersVolume(const std::string& place) {
+    struct statfs status {};
+    if (statfs(place.c_str(), &status) != 0) return true;
+    return (status.f_flags & ST_NOSUID) != 0 && status.f_type != TMPFS_MAGIC;
+}
+
 enum class Step { kTaken, kMissing, kForeign };
 
 // Goes on to `name` in `place` (a path without links and without its last separator); what a link leads to
@@ -101,16 +115,17 @@ Step Take(const std::string& name, std::string& place, std::string& rest) {
     }
     // In a sticky folder nobody can take root's own object away; whether it is the end is asked there.
     const bool isSticky = S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0;
-    if (MayOthersWrite(status) && !isSticky) return Step::kForeign;
+    if ((MayOthersWrite(status) && !isSticky) || MayBeUsersVolume(next)) return Step::kForeign;
     place = next;
     return Step::kTaken;
 }
 
 // Whether others may make something in the folder, or write the file, that the walk has come to.
 bool IsOpenToOthers(const std::string& place) {
+    const std::string whole = place.empty() ? "/" : place;
     struct stat status {};
-    return lstat(place.empty() ? "/" : place.c_str(), &status) != 0 || status.st_uid != 0 ||
-           MayOthersWrite(status);
+    return lstat(whole.c_str(), &status) != 0 || status.st_uid != 0 || MayOthersWrite(status) ||
+           MayBeUsersVolume(whole);
 }
 
 }  // namespace

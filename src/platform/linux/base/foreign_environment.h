@@ -9,7 +9,8 @@ namespace permora::host {
 
 // Whether nobody but root decides what is found under a path, now and later: root owns everything on the way,
 // links too, and nobody else may write there. A folder in which all may only make files of their own (sticky)
-// may stand on the way to something of root's, not at the end. Only absolute paths are.
+// may stand on the way to something of root's, not at the end. Only absolute paths are, and nothing is on a
+// volume that a user may have had mounted.
 bool IsRootsAlone(const std::string& path);
 
 // In a process that runs as root, forgets the variables by which the libraries of this program find code,

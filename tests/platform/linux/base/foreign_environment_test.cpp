@@ -2,12 +2,17 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
 #include "tests/support/command.h"
+#include "tests/support/own_mounts.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::host {
@@ -73,6 +78,29 @@ TEST_F(ForeignEnvironment, APlaceIsRootsAloneWhenNobodyElseHasAHandInIt) {
         EXPECT_EQ(IsRootsAlone(path), isRoots) << path;
 }
 
+// What such a volume says is root's, its maker has written there.
+TEST_F(ForeignEnvironment, AVolumeThatAUserMayHaveMountedIsForeign) {
+    if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const struct {
+        const char* fileSystem;
+        unsigned long flags;
+        bool isRoots;
+    } cases[] = {{"ramfs", 0, true}, {"ramfs", MS_NOSUID, false}, {"tmpfs", MS_NOSUID, true}};
+    for (const auto& [fileSystem, flags, isRoots] : cases) {
+        const auto answer = test::InAnotherProcess([this, fileSystem, flags] {
+            if (const std::string problem = test::EnterOwnMounts(); !problem.empty()) return problem;
+            if (mount("none", inside.c_str(), fileSystem, flags, "mode=755") != 0)
+                return std::string(std::strerror(errno));
+            std::string answers;
+            for (const std::string& path : {inside, folder.Path("to-own"), inside + "/missing"})
+                answers += IsRootsAlone(path) ? "root's " : "foreign ";
+            return answers;
+        });
+        EXPECT_EQ(answer, isRoots ? "root's root's root's " : "foreign foreign foreign ")
+            << fileSystem << ' ' << flags;
+    }
+}
+
 TEST_F(ForeignEnvironment, WhatLeadsToOthersIsForgotten) {
     const struct {
         const char* name;
@@ -82,16 +110,28 @@ TEST_F(ForeignEnvironment, WhatLeadsToOthersIsForgotten) {
         {"QT_PLUGIN_PATH", "/usr/lib:" + foreign, true},
         {"QT_PLUGIN_PATH", "/usr/lib:", true},
         {"QT_PLUGIN_PATH", "plugins", true},
+        {"QT_PLUGIN_PATH", foreign + "/a=/usr", true},
+        {"QT_PLUGIN_PATH", "a=/usr", true},
         {"QT_PLUGIN_PATH", own, false},
         {"QT_PLUGIN_PATH", "", false},
         {"QT_QPA_PLATFORM_PLUGIN_PATH", foreign, true},
         {"QT_QPA_PLATFORM", "offscreen", false},
         {"QT_QPA_PLATFORM", "linuxfb:fb=/dev/null:size=1x1", true},  // everybody may write there
+        {"QT_QPA_PLATFORM", "linuxfb:fb=" + foreign, true},
+        {"QT_QPA_PLATFORM", "linuxfb:fb=" + own, false},
         {"QT_QPA_GENERIC_PLUGINS", "evdev:/dev/input", false},
         {"QT_STYLE_OVERRIDE", "Fusion", false},
         {"GTK_MODULES", "gail:atk-bridge", false},
         {"GTK_MODULES", "gail:./atk-bridge.so", true},
         {"GIO_EXTRA_MODULES", below, true},
+        {"GIO_EXTRA_MODULES", "modules", true},
+        {"OPENSSL_MODULES", "modules", true},
+        {"OPENSSL_ENGINES", "engines", true},
+        {"GTK_EXE_PREFIX", "here", true},
+        {"XENVIRONMENT", "resources", true},
+        {"HOSTALIASES", "aliases", true},
+        {"LANGUAGE", "de_AT:de:en", false},
+        {"LANGUAGE", "de:../../.." + foreign, true},
         {"LOCPATH", folder.Path("to-foreign"), true},
         {"FONTCONFIG_FILE", foreign + "/fonts.conf", true},
         {"XDG_DATA_DIRS", "/usr/share", false},
