@@ -23,8 +23,8 @@ namespace permora::host {
 
 namespace {
 
-// More than the server reads of one.
-constexpr std::size_t kLongestFile = 64 << 10;
+// One more byte than the server reads: a longer file is a damaged one to it.
+constexpr std::size_t kLongestFile = (10 << 10) + 1;
 constexpr mode_t kMode = 0644;
 
 DWORD ReadShareText(int file, std::string& text) {
@@ -153,7 +153,8 @@ DWORD UserShareFolder::CheckUnchanged(const UserShareFile& held) const {
 }
 
 // Where the two files can change places, what was put aside is looked at once more: a user who has replaced
-// his own share in that very moment gets it back.
+// his own share in that very moment gets it back. Where that fails, what is aside
+// is his and stays.
 DWORD UserShareFolder::Replace(const UserShareFile& held, const std::string& text) const {
     if (held.status.st_nlink != 1) return ERROR_ACCESS_DENIED;
     std::string temporary;
@@ -167,8 +168,10 @@ DWORD UserShareFolder::Replace(const UserShareFile& held, const std::string& tex
         struct stat aside {};
         const bool isOurs = fstatat(folder.Get(), from, &aside, AT_SYMLINK_NOFOLLOW) == 0 &&
                             aside.st_dev == held.status.st_dev && aside.st_ino == held.status.st_ino;
-        if (!isOurs && renameat2(folder.Get(), from, folder.Get(), to, RENAME_EXCHANGE) == 0)
+        if (!isOurs) {
             error = ERROR_FILE_INVALID;
+            if (renameat2(folder.Get(), from, folder.Get(), to, RENAME_EXCHANGE) != 0) return error;
+        }
     } else if (error == ERROR_SUCCESS && (errno == EINVAL || errno == ENOSYS)) {
         if (renameat(folder.Get(), from, folder.Get(), to) == 0) return ERROR_SUCCESS;
         error = ErrorFromErrno(errno);

@@ -33,7 +33,13 @@ DWORD MirrorUserShares(SambaMirror& mirror) {
     return error == ERROR_SUCCESS ? mirror.AddUserShareFolder() : error;
 }
 
-// What cannot be read, or is gone by now, is served by nobody.
+// A file that is gone by now, is a link or no file, or may be read by nobody: the server serves none either.
+// After any other failure it may still serve what we have not seen.
+bool IsServedByNobody(DWORD error) {
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_CANT_RESOLVE_FILENAME ||
+           error == ERROR_DEV_NOT_EXIST || error == ERROR_ACCESS_DENIED;
+}
+
 DWORD AskAboutAll(std::string& answer) {
     const std::vector<std::string> question = {"usershare", "info", "--long"};
     if (!WorksOnCopies()) return AskSambaTool("net", question, answer, FailedOutput::kKept);
@@ -44,9 +50,14 @@ DWORD AskAboutAll(std::string& answer) {
     if (error == ERROR_SUCCESS) error = folder.ListNames(names);
     if (error == ERROR_SUCCESS) error = MirrorUserShares(mirror);
     for (const std::string& name : names) {
+        if (error != ERROR_SUCCESS) break;
         UserShareFile file;
-        if (error == ERROR_SUCCESS && folder.Hold(name, file) == ERROR_SUCCESS)
+        error = folder.Hold(name, file);
+        if (error == ERROR_SUCCESS) {
             error = CopyUserShareFile(file, mirror.UserShareFolder());
+        } else if (IsServedByNobody(error)) {
+            error = ERROR_SUCCESS;
+        }
     }
     if (error == ERROR_SUCCESS) error = AskSambaTool(mirror, "net", question, answer, FailedOutput::kKept);
     return error;

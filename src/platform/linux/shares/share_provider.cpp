@@ -1,7 +1,7 @@
 #include "platform/linux/shares/share_provider.h"
 
-#include "platform/api/text.h"
 #include "platform/ascii.h"
+#include "platform/linux/base/letter_case.h"
 #include "platform/linux/base/wide_text.h"
 #include "platform/linux/shares/samba_shares.h"
 #include "platform/linux/shares/samba_tools.h"
@@ -24,9 +24,7 @@ bool IsSameShare(std::string_view one, std::string_view other) {
 }
 
 std::u16string ShareKey(std::string_view name) {
-    std::u16string key = ToWide(name);
-    CharUpperBuffW(key.data(), static_cast<DWORD>(key.size()));
-    return key;
+    return ToWide(InSmallLetters(name));
 }
 
 Share InterProcessShare() {

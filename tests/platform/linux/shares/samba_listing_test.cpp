@@ -45,6 +45,9 @@ TEST(SambaListingTest, SharesComeOutOfAnyText) {
         // What a remark says of a share that is there already is not believed.
         {"[a]\n\tpath = /a\n[b]\n\tcomment = x\n[A]\n\tpath = /forged\n\tcomment = y\n",
          {"a|0||-1|/a", "b|0|x|-1|"}},
+        // Names are one by their small letters, as to the server: these capitals are the same.
+        {"[public]\n[publıc]\n[ſ]\n[s]\n[Ä]\n[ä]\n",
+         {"public|0||-1|", "publıc|0||-1|", "ſ|0||-1|", "s|0||-1|", "Ä|0||-1|"}},
     };
     for (const auto& each : cases)
         EXPECT_EQ(Shown(each.listing), each.shares) << each.listing;

@@ -1,15 +1,19 @@
 // The services for shares over a real Samba server, with sharesec, rpcclient and net as judges.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <cstdio>
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include "platform/api/errors.h"
 #include "platform/api/shares.h"
+#include "platform/linux/base/unique_fd.h"
 #include "platform/linux/base/wide_text.h"
 #include "platform/resources.h"
 #include "tests/support/access_lists.h"
@@ -263,6 +267,33 @@ TEST_F(SambaSharesTest, OfFilesWithNearlyTheSameNameTheServersOneIsTheShare) {
     EXPECT_EQ(ReadWholeFile(foreign), text);
     EXPECT_NE(access(own.c_str(), F_OK), 0);
     ASSERT_EQ(unlink(foreign.c_str()), 0);
+}
+
+// What the server would not read either hides nothing; what it may read by and by is not left out of the
+// list.
+TEST_F(SambaSharesTest, AFileThatCannotBeReadNowIsNotPassedOver) {
+    const std::string folder = "/var/lib/samba/usershares/";
+    AddUserShare("leased");
+    ASSERT_EQ(symlink("leased", (folder + "link").c_str()), 0);
+    ASSERT_EQ(mkdir((folder + "folder").c_str(), 0755), 0);
+    ASSERT_EQ(mknod((folder + "pipe").c_str(), S_IFIFO | 0644, 0), 0);
+    ASSERT_EQ(mknod((folder + "socket").c_str(), S_IFSOCK | 0644, 0), 0);
+    EXPECT_THAT(Listed(), Contains(StartsWith("leased|")));
+    {
+        const host::UniqueFd file(open((folder + "leased").c_str(), O_RDONLY | O_CLOEXEC));
+        const auto before = std::signal(SIGIO, SIG_IGN);  // by which its maker hears that he is to let go
+        ASSERT_EQ(fcntl(file.Get(), F_SETLEASE, F_WRLCK), 0);
+        LPBYTE block = nullptr;
+        DWORD read = 0;
+        DWORD total = 0;
+        EXPECT_EQ(NetShareEnum(nullptr, 2, &block, MAX_PREFERRED_LENGTH, &read, &total, nullptr), ERROR_BUSY);
+        NetApiBufferFree(block);
+        fcntl(file.Get(), F_SETLEASE, F_UNLCK);
+        std::signal(SIGIO, before);
+    }
+    EXPECT_THAT(Listed(), Contains(StartsWith("leased|")));
+    for (const char* name : {"leased", "link", "folder", "pipe", "socket"})
+        EXPECT_EQ(std::remove((folder + name).c_str()), 0) << name;
 }
 
 TEST_F(SambaSharesTest, OneShareWithoutFolderHidesNoOthersAndIsNotReplaced) {
