@@ -35,8 +35,10 @@ NewFile::~NewFile() {
     if (!isPublished && !nameNow.empty()) RemoveUnfinished(target->Handle(), nameNow, object);
 }
 
+// Attempts have an end: the program behind a volume may say anything.
 DWORD NewFile::MakeNamed(mode_t mode, bool isFinal) {
-    for (;;) {
+    constexpr int kMostAttempts = 100;
+    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
         const std::string name = isFinal ? finalName : TemporaryName();
         UniqueFd opened(openat(target->Descriptor(), name.c_str(), kOpenFlags | O_CREAT | O_EXCL, mode));
         if (!opened && errno == EEXIST && !isFinal) continue;
@@ -50,6 +52,7 @@ DWORD NewFile::MakeNamed(mode_t mode, bool isFinal) {
         if (MarkUnfinished(descriptor) && IsUnfinished(target->Handle(), name, object)) return ERROR_SUCCESS;
         RemoveUnfinished(target->Handle(), name, object);
     }
+    return ERROR_FILE_INVALID;
 }
 
 DWORD NewFile::Make(TargetFolder& folder, const std::string& hostName, mode_t mode, off_t size,
