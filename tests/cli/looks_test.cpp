@@ -2,6 +2,7 @@
 // its tools would make them, and with them a new identity of the machine.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -28,9 +29,8 @@ class LooksTest : public testing::Test {
         if (!SambaServer::SkipReason().empty()) return;
         folder = std::make_unique<TemporaryFolder>();
         problem = EnterOwnMounts();
-        for (const char* place : {"/etc", "/run"})
-            if (problem.empty()) problem = HaveOwnFolder(place, FolderContents::kCopied);
-        for (const char* place : {"/root", "/home", "/dev/shm"})
+        if (problem.empty()) problem = HaveOwnFolder("/etc", FolderContents::kCopied);
+        for (const char* place : {"/run", "/root", "/home", "/dev/shm"})
             if (problem.empty()) problem = HaveOwnFolder(place, FolderContents::kNone);
         if (problem.empty()) problem = InstallSamba(folder->MakeFolder("shared"));
         setenv("HOME", "/root", 1);
@@ -47,7 +47,7 @@ class LooksTest : public testing::Test {
     static FolderStates Machine(const std::string& looked) {
         return {{"/etc", "/run", "/root", "/home", "/var/lib/samba", "/var/cache/samba", "/var/log/samba",
                  looked},
-                {"/etc/permora", "/root/.config/permora"}};
+                {"/run", "/etc/permora", "/root/.config/permora"}};
     }
 
     // All commands that change nothing, on the folder `inner` and the file `file` in a folder.
@@ -100,8 +100,23 @@ class LooksTest : public testing::Test {
         }
     }
 
-    // What a command needs for itself while it runs.
-    void TearDown() override { EXPECT_EQ(RunCommand({"find", "/dev/shm", "-mindepth", "1"}).output, ""); }
+    // There the configuration's own places are not found out.
+    static void ExpectNoIdentityMadeUpWhereNothingCanBeMade() {
+        const char* const places[] = {"/run", "/dev/shm", "/tmp"};
+        for (const char* place : places) {
+            ASSERT_EQ(mount(place, place, nullptr, MS_BIND, nullptr), 0) << place;
+            ASSERT_EQ(mount(nullptr, place, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr), 0) << place;
+        }
+        const CommandResult accounts = RunCli({"accounts"});
+        EXPECT_THAT(accounts.output, AllOf(HasSubstr("Unix User\\daemon"), Not(HasSubstr("S-1-5-21-"))));
+        for (const char* place : places)
+            EXPECT_EQ(umount2(place, MNT_DETACH), 0) << place;
+    }
+
+    // What a command needs for itself goes with it.
+    void TearDown() override {
+        EXPECT_EQ(RunCommand({"find", "/run", "/dev/shm", "-name", "permora-*"}).output, "");
+    }
 
     static inline std::unique_ptr<TemporaryFolder> folder;
     static inline std::string problem;
@@ -159,6 +174,7 @@ TEST_F(LooksTest, SeeDatabasesInOtherPlaces) {
                 AllOf(HasSubstr("Guests"), Not(HasSubstr("Everyone"))));
     EXPECT_THAT(RunCli({"accounts"}).output, HasSubstr("PERMORATEST\\daemon"));
     EXPECT_EQ(used.Changes(), "");
+    ExpectNoIdentityMadeUpWhereNothingCanBeMade();
     std::ofstream("/etc/samba/smb.conf") << before;
 }
 

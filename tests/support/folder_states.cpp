@@ -32,7 +32,7 @@ FolderStates::FolderStates(std::vector<std::string> all, std::vector<std::string
 std::map<std::string, std::string> FolderStates::Read() const {
     std::map<std::string, std::string> states;
     for (const std::string& folder : folders) {
-        states[folder] = StateOf(folder);
+        if (std::ranges::find(exceptions, folder) == exceptions.end()) states[folder] = StateOf(folder);
         std::error_code error;
         fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
         for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {

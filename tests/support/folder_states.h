@@ -10,7 +10,7 @@ namespace permora::test {
 class FolderStates {
   public:
     // Of these folders with all below them, as the host writes paths, but for what is in `exceptions`. Links
-    // are not followed.
+    // are not followed. Of a folder that is itself an exception, only what is in it counts.
     FolderStates(std::vector<std::string> folders, std::vector<std::string> exceptions);
 
     // A line for each object that came, went, or is another one now in anything but the time of its last

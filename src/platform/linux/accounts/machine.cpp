@@ -53,7 +53,8 @@ std::optional<Machine> AskSambaAboutMachine() {
     const SambaPlaces& places = ThisMachinesSambaPlaces();
     const std::string database = places.privateFolder + "/secrets.tdb";
     const UniqueFd secrets(open(database.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
-    if (!secrets && (errno == ENOENT || errno == ENOTDIR)) return std::nullopt;
+    const bool isMissing = !secrets && (errno == ENOENT || errno == ENOTDIR);
+    if (isMissing && places.error == ERROR_SUCCESS) return std::nullopt;
 
     Machine silent{AccountSource::kHidden, std::nullopt, HostName(), {}};
     std::string answer;

@@ -22,8 +22,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// What tools make there is gone with the machine's power, where the first of them is memory.
-constexpr const char* kTemporaryPlaces[] = {"/dev/shm", "/tmp"};
+// Root alone can fill the first, and what tools make in the first two, which are memory, is gone with the
+// machine's power.
+constexpr const char* kTemporaryPlaces[] = {"/run", "/dev/shm", "/tmp"};
 
 std::string Option(std::string_view setting, const std::string& value) {
     return "--option=" + std::string(setting) + "=" + value;

@@ -2,8 +2,9 @@
 //
 // Samba's tools open databases for writing whatever they are told to do, and make those that are missing:
 // with that of secrets a new identity of the machine, under which nobody knows the accounts of before. So who
-// only wants to look lets them work on copies. The copies are in memory, and a process that is killed leaves
-// names behind that lead to nothing.
+// only wants to look lets them work on copies. Copies of databases are in memory and go with the process. One
+// that is killed leaves the folder, readable by its user alone, with what tools made there and the texts of
+// users' shares.
 #pragma once
 
 #include <string>

@@ -1,6 +1,7 @@
 #include "platform/linux/samba/samba_places.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -9,6 +10,7 @@
 
 #include "platform/ascii.h"
 #include "platform/linux/accounts/samba_output.h"
+#include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/run_tool.h"
 #include "platform/linux/samba/samba_mirror.h"
 
@@ -63,27 +65,40 @@ bool OpensRegistry(const SambaMirror& empty, const std::string& configuration) {
     return std::filesystem::exists(empty.StateFolder() + "/registry.tdb", error);
 }
 
-std::string FindStateFolder(const std::string& usual) {
+DWORD WriteConfiguration(const std::string& path, const std::string& text) {
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    file.close();
+    return file ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
+// Leaves `folder` as it is where Samba does not tell.
+DWORD FindStateFolder(std::string& folder) {
     std::ifstream source(kSambaConfiguration, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(source), std::istreambuf_iterator<char>()};
     for (const Includes includes : {Includes::kKept, Includes::kDropped}) {
         SambaMirror empty;
-        if (empty.Make() != ERROR_SUCCESS) return usual;
+        if (const DWORD error = empty.Make(); error != ERROR_SUCCESS) return error;
         const std::string filtered = empty.Folder() + "/smb.conf";
-        std::ofstream(filtered, std::ios::binary) << WithoutRegistry(text, includes);
+        // A part of it would name another folder than the whole.
+        const DWORD error = WriteConfiguration(filtered, WithoutRegistry(text, includes));
+        if (error != ERROR_SUCCESS) return error;
         if (OpensRegistry(empty, filtered)) continue;
-        std::string folder = ParseGlobalParameter(AskTestparm({filtered}), "state directory");
-        return folder.starts_with('/') ? folder : usual;
+        const std::string told = ParseGlobalParameter(AskTestparm({filtered}), "state directory");
+        if (told.starts_with('/')) folder = told;
+        break;
     }
-    return usual;
+    return ERROR_SUCCESS;
 }
 
 SambaPlaces FindPlaces() {
     SambaPlaces places;
-    places.stateFolder = FindStateFolder(places.stateFolder);
+    places.error = FindStateFolder(places.stateFolder);
     // The registry may say where the rest is.
     SambaMirror mirror;
-    if (mirror.Make() != ERROR_SUCCESS || mirror.AddState(places.stateFolder) != ERROR_SUCCESS) return places;
+    if (places.error == ERROR_SUCCESS) places.error = mirror.Make();
+    if (places.error == ERROR_SUCCESS) places.error = mirror.AddState(places.stateFolder);
+    if (places.error != ERROR_SUCCESS) return places;
     const std::string listing = AskTestparm(mirror.Options());
     const std::string folder = ParseGlobalParameter(listing, "private dir");
     if (folder.starts_with('/')) places.privateFolder = folder;

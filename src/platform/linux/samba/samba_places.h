@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/api/errors.h"
+
 namespace permora::host {
 
 // Where every distribution whose server lies in the system's folders has it.
@@ -12,9 +14,10 @@ inline constexpr const char* kSambaConfiguration = "/etc/samba/smb.conf";
 struct SambaPlaces {
     std::string stateFolder = "/var/lib/samba";            // the registry, the lists of shares, the groups
     std::string privateFolder = "/var/lib/samba/private";  // the machine's identity, the users
-    std::string passwordFile;  // of the user database's old form; empty: in the private folder
-    std::string userDatabase;  // its kind, "tdbsam" for one, perhaps with a colon and its own path
-    std::string guestAccount;  // the host's user that is Samba's guest; empty: not known
+    std::string passwordFile;     // of the user database's old form; empty: in the private folder
+    std::string userDatabase;     // its kind, "tdbsam" for one, perhaps with a colon and its own path
+    std::string guestAccount;     // the host's user that is Samba's guest; empty: not known
+    DWORD error = ERROR_SUCCESS;  // of finding out; when there is one, they may be other places
 };
 
 // As the configuration says, found out once and without leaving anything behind. Where Samba's tools do not

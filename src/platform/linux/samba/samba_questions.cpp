@@ -15,7 +15,8 @@ std::vector<std::string> WithOptions(std::vector<std::string> options,
 
 DWORD MirrorSamba(SambaMirror& mirror) {
     const SambaPlaces& places = ThisMachinesSambaPlaces();
-    DWORD error = mirror.Make();
+    DWORD error = places.error;
+    if (error == ERROR_SUCCESS) error = mirror.Make();
     if (error == ERROR_SUCCESS) error = mirror.AddState(places.stateFolder);
     if (error == ERROR_SUCCESS) error = mirror.AddPrivate(places);
     return error;
@@ -37,9 +38,11 @@ DWORD AskSamba(const std::string& tool, const std::vector<std::string>& argument
 DWORD TellSambaOfLists(const std::string& tool, const std::vector<std::string>& arguments,
                        const ToolLimits& limits, std::string& answer) {
     if (!FindTool(tool)) return ERROR_FILE_NOT_FOUND;
+    const SambaPlaces& places = ThisMachinesSambaPlaces();
     SambaMirror mirror;
-    DWORD error = mirror.Make();
-    if (error == ERROR_SUCCESS) error = mirror.AddPrivate(ThisMachinesSambaPlaces());
+    DWORD error = places.error;
+    if (error == ERROR_SUCCESS) error = mirror.Make();
+    if (error == ERROR_SUCCESS) error = mirror.AddPrivate(places);
     if (error != ERROR_SUCCESS) return error;
     return RunTool(tool, WithOptions(mirror.PrivateOptions(), arguments), limits, answer);
 }
