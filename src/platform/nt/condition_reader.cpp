@@ -240,7 +240,7 @@ bool ConditionReader::ReadSid() {
 
 std::optional<std::vector<std::uint8_t>> ConditionFromText(std::string_view text, const Sid* machine) {
     ConditionReader reader(text, machine);
-    AppendBytes(reader.Stored(), kConditionSignature);
+    reader.Stored().assign(kConditionSignature.begin(), kConditionSignature.end());
     if (!reader.ReadWhole()) return std::nullopt;
     std::vector<std::uint8_t> stored = std::move(reader.Stored());
     stored.resize(RoundUpToFour(stored.size()));

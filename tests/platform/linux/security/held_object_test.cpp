@@ -95,7 +95,7 @@ TEST_F(HeldObjectTest, ManyObjectsAreKnownAgainWithFewDescriptors) {
     constexpr std::size_t kObjects = 300;
     std::vector<std::string> names;
     for (std::size_t i = 0; i < kObjects; ++i) {
-        names.push_back("f" + std::to_string(i));
+        names.push_back('f' + std::to_string(i));
         folder.MakeFile(names.back());
     }
     const auto answer = InAnotherProcess([&]() -> std::string {

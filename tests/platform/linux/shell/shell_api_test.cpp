@@ -97,7 +97,7 @@ class KnownTypes : public FileTypes {
         return hostName.ends_with(".noted") ? "noted" : "";
     }
     std::string TextOf(const std::string& type) const override {
-        if (type == "noted") return std::string(78, 'x') + "äö";
+        if (type == "noted") return std::string(78, 'x').append("äö");
         return type == "application/octet-stream" ? "" : type;
     }
     ShellIcon IconOf(const std::string& type) const override {
