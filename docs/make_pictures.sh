@@ -85,6 +85,7 @@ BeginRun "$2" "$steps" light
 trap 'End; rm -rf "$steps"' EXIT
 # shellcheck source=tools/sample.sh
 source "$project/tools/sample.sh"
+PrepareSampleFolder || Fail "there is no place for the sample"
 BecomeFileServer
 MakeLists
 
@@ -133,7 +134,6 @@ for name in Projects Inbox; do
     [ "$name" != Projects ] || Take new-share "$dialog"
     CloseDialog "Create a Shared Folder" "$window" Keys Return
 done
-Step "refresh" Keys F5
 Step "a-share" Keys P
 Take shares
 Step "files-again" Keys alt+e h
@@ -162,7 +162,6 @@ CloseDialog "Security Wizard" "$window" Keys Return
 
 TakeDialog settings "Permora Settings" Keys alt+f s
 CloseDialog "Permora Settings" "$window" Keys Escape
-Keys Escape
-WaitForEnd
+Quit
 EndRun >/dev/null
 echo "The pictures are in $project/docs/pictures."
