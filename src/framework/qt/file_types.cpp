@@ -94,7 +94,10 @@ std::string DesktopFileTypes::TypeOfName(const std::string& hostName) const {
 }
 
 std::string DesktopFileTypes::TextOf(const std::string& type) const {
-    return database.mimeTypeForName(QString::fromStdString(type)).comment().toStdString();
+    const std::lock_guard lock(textsInUse);
+    const auto [entry, isNew] = texts.try_emplace(type);
+    if (isNew) entry->second = database.mimeTypeForName(QString::fromStdString(type)).comment().toStdString();
+    return entry->second;
 }
 
 ShellIcon DesktopFileTypes::IconOf(const std::string& type) const {

@@ -7,6 +7,7 @@
 #include <QSet>
 #include <QString>
 #include <map>
+#include <mutex>
 #include <string>
 
 #include "platform/file_types.h"
@@ -46,6 +47,8 @@ class DesktopFileTypes : public FileTypes {
   private:
     QMimeDatabase database;
     mutable std::map<std::string, ShellIcon> icons;  // by type, so that objects of a kind share theirs
+    mutable std::mutex textsInUse;
+    mutable std::map<std::string, std::string> texts;  // by type; each is looked up once
     const FileTypes* before;
 };
 
