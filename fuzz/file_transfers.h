@@ -21,13 +21,12 @@ void RequirePaths(std::basic_string_view<Unit> list) {
 
 // `transfer` as a reader leaves it when it was empty before.
 inline void RequireSound(const char* fault, const FileTransfer& transfer) {
-    if (fault != nullptr) {
+    if (fault != nullptr)
         Require(transfer.list.empty() && transfer.wideList.empty(), "what is refused leaves nothing");
-    } else if (transfer.isWide) {
+    else if (transfer.isWide)
         RequirePaths<WCHAR>(transfer.wideList);
-    } else {
+    else
         RequirePaths<char>(transfer.list);
-    }
 }
 
 }  // namespace permora

@@ -276,13 +276,12 @@ void CMainFrame::OpenSecurityEditor() {
         notice.showIntermediateInfo = &settings.block.showIntermediateInfo;
         notice.DoModal();
     }
-    if (names.empty()) {
+    if (names.empty())
         ShowInfoBox(GetSafeHwnd(), kSelectItems);
-    } else if (view.sharesMode) {
+    else if (view.sharesMode)
         EditShares(names);
-    } else {
+    else
         EditItems(names);
-    }
     view.ReleaseSelection();
 }
 

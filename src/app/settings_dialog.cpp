@@ -48,9 +48,8 @@ bool CSettingsDlg::OnInitDialog() {
         controls.at(i)->SetCheck(CheckState::kClear);
     }
     if (block.viewMode < kViewCount) controls.at(block.viewMode)->SetCheck(CheckState::kChecked);
-    for (std::size_t i = 0; i < kFlags.size(); ++i) {
+    for (std::size_t i = 0; i < kFlags.size(); ++i)
         if (block.*kFlags.at(i) != 0) controls.at(kViewCount + i)->SetCheck(CheckState::kChecked);
-    }
     if (!HasExplorerVerb()) {
         controls.at(kExplorerMenu)->SetCheck(CheckState::kClear);
         controls.at(kExplorerMenu)->ModifyStyle(WS_VISIBLE, WS_DISABLED);

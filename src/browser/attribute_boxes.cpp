@@ -64,9 +64,8 @@ CheckedBoxes BoxesOf(DWORD attributes) {
 
 DWORD AttributeWordOf(const CheckedBoxes& boxes) {
     DWORD word = 0;
-    for (std::size_t i = 0; i < kWrittenCount; ++i) {
+    for (std::size_t i = 0; i < kWrittenCount; ++i)
         if (boxes.test(i) != IsInverted(i)) word |= kFlags.at(i);
-    }
     return word != 0 ? word : FILE_ATTRIBUTE_NORMAL;
 }
 

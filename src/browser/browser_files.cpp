@@ -83,19 +83,17 @@ const char* ReadContents(const ClipboardContents& contents, FileTransfer& transf
 
 void Transfer(HWND owner, const FileTransfer& transfer, const std::string& folder) {
     const UINT function = transfer.kind == TransferKind::kCopy ? FO_COPY : FO_MOVE;
-    if (transfer.isWide) {
+    if (transfer.isWide)
         RunFileOperation(owner, function, transfer.wideList.c_str(), folder);
-    } else {
+    else
         RunFileOperation(owner, function, transfer.list.c_str(), folder);
-    }
 }
 
 }  // namespace
 
 bool BrowserView::CanPaste() {
-    for (const char* name : {kClipboardFormatName, kGnomeFilesFormatName, kUriListFormatName}) {
+    for (const char* name : {kClipboardFormatName, kGnomeFilesFormatName, kUriListFormatName})
         if (Clipboard::IsFormatAvailable(RegisterClipboardFormat(name))) return true;
-    }
     return false;
 }
 

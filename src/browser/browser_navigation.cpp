@@ -77,9 +77,8 @@ void BrowserView::FocusAgain(const std::string& name, int row) {
 
 int BrowserView::RowNamed(const std::string& name) const {
     const int count = list.GetItemCount();
-    for (int row = 0; row < count; ++row) {
+    for (int row = 0; row < count; ++row)
         if (list.GetItemText(row, kNameColumn) == name) return row;
-    }
     return -1;
 }
 
@@ -205,21 +204,19 @@ void BrowserView::OpenSelected() {
     const int row = list.GetSelectionMark();
     if (row < 0) return;
     const std::string name = list.GetItemText(row, kNameColumn);
-    if (MayBeFolder(name)) {
+    if (MayBeFolder(name))
         OpenFolderRow(name);
-    } else {
+    else
         OpenFileRow(name);
-    }
     list.RedrawWindow();
 }
 
 void BrowserView::OpenFolderRow(const std::string& name) {
     const std::string path = PathOfRow(name);
-    if (MayBeFolder(path)) {
+    if (MayBeFolder(path))
         TryFolder(path);
-    } else {
+    else
         ReportLastError();
-    }
 }
 
 void BrowserView::OpenFileRow(const std::string& name) {

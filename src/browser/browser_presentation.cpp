@@ -37,9 +37,8 @@ void BrowserView::ChangeView(ListView mode) {
     list.SetView(mode);
     detailsView = mode == ListView::kReport;
     const int position = static_cast<int>(mode);
-    if (CMenu menu = ViewMenu()) {
+    if (CMenu menu = ViewMenu())
         menu.CheckRadioByPosition(kFirstModeEntry, kLastModeEntry, kFirstModeEntry + position);
-    }
     if (viewModeChosen) viewModeChosen(static_cast<std::uint32_t>(position));
 }
 

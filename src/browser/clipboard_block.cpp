@@ -26,11 +26,10 @@ void WriteNumber(std::span<std::uint8_t> bytes, std::size_t offset, std::uint32_
 
 template <class Unit>
 Unit UnitAt(std::span<const std::uint8_t> bytes, std::size_t place) {
-    if constexpr (sizeof(Unit) == 1) {
+    if constexpr (sizeof(Unit) == 1)
         return static_cast<Unit>(bytes[place]);
-    } else {
+    else
         return static_cast<Unit>(ReadNumber<std::uint16_t>(bytes, place * sizeof(Unit)));
-    }
 }
 
 // Up to the second of two NULs, which must come before the end of `bytes`.

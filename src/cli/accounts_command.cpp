@@ -42,11 +42,10 @@ bool RunAccounts(const Arguments& arguments) {
                          {"type", type},
                          {"sid", sid}});
     }
-    if (arguments.format == ShowFormat::kJson) {
+    if (arguments.format == ShowFormat::kJson)
         PrintJson(array);
-    } else {
+    else
         Print(AlignedTable(table, ""));
-    }
     return true;
 }
 

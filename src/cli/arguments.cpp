@@ -84,9 +84,8 @@ std::string CombinationHelp() {
 
 std::string ScopeHelp() {
     std::string help = "Where the entry applies, as number or text; without it 1 on folders, 0 on files:";
-    for (std::size_t i = 0; i < kInheritanceScopes.size(); ++i) {
+    for (std::size_t i = 0; i < kInheritanceScopes.size(); ++i)
         help += "\n  " + std::to_string(i) + " " + kInheritanceScopes.at(i).text;
-    }
     return help;
 }
 

@@ -69,9 +69,8 @@ Json AnswerJson(const Target& target, AccountRecord& account, const Answer& answ
     json["synchronize"] = (*answer.rights & SYNCHRONIZE) != 0;
     json["permission"] = PermissionText(*answer.rights);
     json["rights"] = Json::array();
-    for (const AccessRight& right : kSingleRights) {
+    for (const AccessRight& right : kSingleRights)
         if (IsEffective(right, *answer.rights)) json["rights"].push_back(right.listName);
-    }
     return json;
 }
 
@@ -86,19 +85,17 @@ bool RunEffective(const Arguments& arguments, const AccountRecord& account,
     for (const Target& target : targets) {
         messages.SetSubject(target.argument);
         const std::optional<Answer> answer = Ask(target, shown, messages);
-        if (!answer) {
+        if (!answer)
             allRead = false;
-        } else if (arguments.format == ShowFormat::kJson) {
+        else if (arguments.format == ShowFormat::kJson)
             answers.push_back(AnswerJson(target, shown, *answer));
-        } else {
+        else
             Print(TableText(target, name, *answer) + '\n');
-        }
     }
-    if (arguments.format == ShowFormat::kJson) {
+    if (arguments.format == ShowFormat::kJson)
         PrintJsonObjects(answers, arguments.paths.size());
-    } else {
+    else
         Print(std::string(kNotConsidered) + '\n');
-    }
     return allRead;
 }
 

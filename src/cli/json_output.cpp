@@ -77,11 +77,10 @@ Json EntriesJson(PACL dacl, const AccessEntryList& entries) {
 }
 
 void PrintJsonObjects(const Json& objects, std::size_t paths) {
-    if (paths != 1) {
+    if (paths != 1)
         PrintJson(objects);
-    } else if (!objects.empty()) {
+    else if (!objects.empty())
         PrintJson(objects.front());
-    }
 }
 
 }  // namespace permora

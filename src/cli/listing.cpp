@@ -18,9 +18,8 @@ std::vector<std::string> RemarksOn(PACL dacl, const AccessEntryList& entries) {
     if (dacl == nullptr) return {"there is no access list: everyone may do everything"};
     std::vector<std::string> remarks;
     if (entries.Entries().empty()) remarks.emplace_back("the access list is empty: nobody has access");
-    if (!entries.IsInCanonicalOrder()) {
+    if (!entries.IsInCanonicalOrder())
         remarks.emplace_back("the entries do not stand in the usual order (deny, allow, inherited)");
-    }
     const std::size_t others = entries.OtherTypeCount();
     if (others > 0) {
         remarks.push_back(std::to_string(others) +

@@ -147,11 +147,10 @@ bool RunShares(const Arguments& arguments, ConsoleMessages& messages) {
         table.push_back({share.name, share.type, UsesText(share.maxUses), share.path, share.remark});
         array.push_back(FactsJson(share));
     }
-    if (arguments.format == ShowFormat::kJson) {
+    if (arguments.format == ShowFormat::kJson)
         PrintJson(array);
-    } else {
+    else
         Print(AlignedTable(table, ""));
-    }
     return true;
 }
 

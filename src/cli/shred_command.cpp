@@ -52,11 +52,10 @@ HeldTarget Hold(const Target& target, const HeldTarget* before, std::size_t& fol
     }
     held.item = HoldDeletionItem(*folder, target.name);
     if (held.item.error == ERROR_SUCCESS) held.item.error = VerifyStart(target, held.item.identity);
-    if (folderCount <= kMostHeldFolders) {
+    if (folderCount <= kMostHeldFolders)
         held.folder = std::move(folder);
-    } else if (held.item.error == ERROR_SUCCESS) {
+    else if (held.item.error == ERROR_SUCCESS)
         held.item.error = folder->IdentifyItself(held.folderIdentity);
-    }
     return held;
 }
 

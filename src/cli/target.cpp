@@ -77,26 +77,24 @@ DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const Folder
 void RememberTarget(Target& target) {
     // What was typed may be the folder itself ("."): that has a name only in the folder above.
     const bool isStart = target.start && target.folderFromStart == kFolderAbove;
-    if (isStart) {
+    if (isStart)
         target.object = RememberedObject(target.start, "");
-    } else if (target.start) {
+    else if (target.start)
         target.object = RememberedObject(target.start, target.folderFromStart + target.name);
-    } else {
+    else
         target.object = RememberedObject(nullptr, target.folder + target.name);
-    }
 }
 
 bool FindTarget(const Target& target, HeldObject& object, ConsoleMessages& messages) {
     HeldObject found;
     DWORD error = target.object.Find(found);
     if (error == ERROR_SUCCESS && target.endsWithSeparator && !found.IsFolder()) error = ERROR_DIRECTORY;
-    if (error == ERROR_FILE_INVALID) {
+    if (error == ERROR_FILE_INVALID)
         messages.Say("left alone: another object has this name by now");
-    } else if (error != ERROR_SUCCESS) {
+    else if (error != ERROR_SUCCESS)
         messages.SaySystemError(error);
-    } else {
+    else
         object = std::move(found);
-    }
     return error == ERROR_SUCCESS;
 }
 

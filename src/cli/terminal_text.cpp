@@ -81,13 +81,12 @@ std::string PrintableText(std::string_view text) {
     std::string printable;
     while (!text.empty()) {
         const DecodedCharacter next = DecodeFirst(text);
-        if (!next.isCharacter) {
+        if (!next.isCharacter)
             printable += "\\x" + HexText(static_cast<unsigned char>(text.front()));
-        } else if (wcwidth(next.value) < 0 || next.value == L'\0' || IsUnseen(next.value)) {
+        else if (wcwidth(next.value) < 0 || next.value == L'\0' || IsUnseen(next.value))
             printable += "\\u{" + HexText(static_cast<unsigned>(next.value)) + '}';
-        } else {
+        else
             printable += text.substr(0, next.length);
-        }
         text.remove_prefix(next.length);
     }
     return printable;

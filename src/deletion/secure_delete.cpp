@@ -43,11 +43,10 @@ class FileDeletion {
         host.BeginDeleting(name);
         Outcome outcome = OverwriteAll(identity);
         if (outcome == Outcome::kDone) outcome = Remove();
-        if (outcome == Outcome::kDone) {
+        if (outcome == Outcome::kDone)
             host.Deleted(name);
-        } else if (isSecluded) {
+        else if (isSecluded)
             GiveBack();
-        }
         return outcome != Outcome::kFailed;
     }
 
@@ -117,11 +116,10 @@ class FileDeletion {
             return FailWith(DeletionStep::kSeclude, error);
         isSecluded = error == ERROR_SUCCESS;
         bool hasSeveralNames = false;
-        if (!isSecluded) {
+        if (!isSecluded)
             obstacles.push_back(OverwriteObstacle::kNamesUnknown);
-        } else if (const DWORD problem = held.HasSeveralNames(hasSeveralNames); problem != ERROR_SUCCESS) {
+        else if (const DWORD problem = held.HasSeveralNames(hasSeveralNames); problem != ERROR_SUCCESS)
             return FailWith(DeletionStep::kExamine, problem);
-        }
         if (hasSeveralNames) obstacles.push_back(OverwriteObstacle::kSeveralNames);
         return Outcome::kDone;
     }
@@ -216,11 +214,10 @@ using Removal = DWORD (FolderHandle::*)(const std::string&) const;
 void Remove(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name, Removal removal,
             DeletionStep step) {
     host.BeginDeleting(name);
-    if (const DWORD error = (folder.*removal)(name); error != ERROR_SUCCESS) {
+    if (const DWORD error = (folder.*removal)(name); error != ERROR_SUCCESS)
         host.Failed({step, name, error});
-    } else {
+    else
         host.Deleted(name);
-    }
 }
 
 void RemoveLink(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
@@ -238,11 +235,10 @@ class FolderDeletion {
             const DWORD error = open.back().folder.NextEntry(entry);
             // From here the folders above are closed and stay.
             if (host.stopRequested) return;
-            if (error == ERROR_SUCCESS) {
+            if (error == ERROR_SUCCESS)
                 Delete(entry);
-            } else {
+            else
                 Leave(error);
-            }
         }
     }
 
@@ -294,11 +290,10 @@ class FolderDeletion {
         const std::string name = std::move(open.back().name);
         open.pop_back();
         host.LeaveFolder();
-        if (end == ERROR_NO_MORE_FILES) {
+        if (end == ERROR_NO_MORE_FILES)
             Remove(host, Current(), name, &FolderHandle::RemoveFolder, DeletionStep::kRemoveFolder);
-        } else {
+        else
             host.Failed({DeletionStep::kListFolder, name, end});
-        }
     }
 
     SecureDeleteHost& host;
@@ -326,11 +321,10 @@ void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const 
             SecureDeleteFile(host, {folder, folder, 0}, item.name, &item.identity);
             break;
         case FolderEntryKind::kOther:
-            if (const DWORD error = folder.VerifyEntry(item.name, item.identity); error != ERROR_SUCCESS) {
+            if (const DWORD error = folder.VerifyEntry(item.name, item.identity); error != ERROR_SUCCESS)
                 host.Failed({DeletionStep::kCompare, item.name, error});
-            } else {
+            else
                 RemoveLink(host, folder, item.name);
-            }
             break;
     }
 }

@@ -16,9 +16,8 @@ void CButton::SetCheck(CheckState state) {
     auto* button = WindowAccess::NativeAs<NativeButton>(*this);
     if (button == nullptr) return;
     if (state == CheckState::kChecked && IsRadioButton(*this)) {
-        for (CWnd* other : RadioGroupOf(*this)) {
+        for (CWnd* other : RadioGroupOf(*this))
             if (other != this) WindowAccess::NativeAs<NativeButton>(*other)->SetCheck(CheckState::kClear);
-        }
     }
     button->SetCheck(state);
 }

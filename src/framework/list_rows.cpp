@@ -12,11 +12,10 @@ void MoveForInsertion(int& place, int row) {
 }
 
 void MoveForDeletion(int& place, int row) {
-    if (place == row) {
+    if (place == row)
         place = -1;
-    } else if (place > row) {
+    else if (place > row)
         --place;
-    }
 }
 
 }  // namespace
@@ -92,9 +91,8 @@ bool ListRows::SetSelected(int row, bool selected) {
 
 int ListRows::NextSelected(int from) const {
     if (selectedCount == 0) return -1;
-    for (int row = std::max(from, 0); row < Count(); ++row) {
+    for (int row = std::max(from, 0); row < Count(); ++row)
         if (At(row).isSelected) return row;
-    }
     return -1;
 }
 

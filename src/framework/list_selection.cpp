@@ -11,9 +11,8 @@ enum class Others { kUnselect, kKeep };
 void SelectRange(NativeListView& list, int one, int other, Others others) {
     const auto [first, last] = std::minmax(one, other);
     if (others == Others::kUnselect) {
-        for (int row = list.Rows().NextSelected(0); row >= 0; row = list.Rows().NextSelected(row + 1)) {
+        for (int row = list.Rows().NextSelected(0); row >= 0; row = list.Rows().NextSelected(row + 1))
             if (row < first || row > last) list.Select(row, false);
-        }
     }
     for (int row = first; row <= last && list.Rows().Has(row); ++row)
         list.Select(row, true);
@@ -48,21 +47,19 @@ void SelectByClick(NativeListView& list, int row, SelectMode wanted) {
         return;
     }
     list.SetCursor({row, row, row});
-    if (mode == SelectMode::kToggle) {
+    if (mode == SelectMode::kToggle)
         list.Select(row, !list.Rows().IsSelected(row));
-    } else {
+    else
         SelectOnly(list, row);
-    }
 }
 
 void SelectByMove(NativeListView& list, int row, SelectMode wanted) {
     if (!list.Rows().Has(row)) return;
     const SelectMode mode = Allowed(list, wanted);
-    if (mode == SelectMode::kToggle) {
+    if (mode == SelectMode::kToggle)
         list.SetCursor({row, row, list.Rows().cursor.anchor});
-    } else {
+    else
         SelectByClick(list, row, mode);
-    }
 }
 
 void PressSpace(NativeListView& list, SelectMode mode) {
@@ -97,9 +94,8 @@ bool BandSelection::WasSelected(int row) const {
 }
 
 void BandSelection::Update(const std::vector<int>& touched) {
-    for (const int row : inside) {
+    for (const int row : inside)
         if (!std::binary_search(touched.begin(), touched.end(), row)) list.Select(row, WasSelected(row));
-    }
     for (const int row : touched)
         list.Select(row, mode != SelectMode::kToggle || !WasSelected(row));
     inside = touched;

@@ -4,9 +4,8 @@ namespace permora {
 
 const MessageMapEntry* MessageMap::Find(unsigned int id, Notify code) const {
     for (const MessageMap* map = this; map != nullptr; map = map->base) {
-        for (const MessageMapEntry& entry : map->entries) {
+        for (const MessageMapEntry& entry : map->entries)
             if (entry.code == code && id >= entry.firstId && id <= entry.lastId) return &entry;
-        }
     }
     return nullptr;
 }

@@ -78,12 +78,10 @@ void CPropertySheet::State::OnOkButton() {
 
 void CPropertySheet::State::OnCancelButton() {
     const std::vector<CPropertyPage*> asked = pages;
-    for (CPropertyPage* page : asked) {
+    for (CPropertyPage* page : asked)
         if (page->HasWindow() && !page->OnQueryCancel()) return;
-    }
-    for (CPropertyPage* page : asked) {
+    for (CPropertyPage* page : asked)
         if (page->HasWindow()) page->OnCancel();
-    }
     End(IDCANCEL);
 }
 

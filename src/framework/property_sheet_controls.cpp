@@ -100,9 +100,8 @@ void CPropertySheet::State::Layout() {
         PlaceButtons({IDOK, IDCANCEL, kSheetApplyId}, client);
     }
     modal->SetClientSize(client);
-    for (CPropertyPage* each : pages) {
+    for (CPropertyPage* each : pages)
         if (each->HasWindow()) each->MoveWindow(pageArea);
-    }
 }
 
 // In a row at the lower right.
@@ -135,9 +134,8 @@ bool CPropertySheet::State::CreatePage(CPropertyPage& page) {
 void CPropertySheet::State::UpdateTabOrder() {
     std::vector<CWnd*> order;
     if (CWnd* tabs = sheet.GetDlgItem(kSheetTabsId)) order.push_back(tabs);
-    for (CPropertyPage* page : pages) {
+    for (CPropertyPage* page : pages)
         if (page->HasWindow()) order.push_back(page);
-    }
     for (const unsigned int id :
          {kWizardBackId, kWizardNextId, kWizardFinishId, unsigned{IDOK}, unsigned{IDCANCEL}, kSheetApplyId}) {
         if (CWnd* button = sheet.GetDlgItem(id)) order.push_back(button);

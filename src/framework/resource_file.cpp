@@ -24,9 +24,8 @@ std::optional<std::vector<ResourceEntry>> ReadResourceFile(std::span<const std::
         if (reader.Failed()) return std::nullopt;
         reader.Align(kAlignment);
         // The empty entry at the beginning, which tells the format from an older one, has the type 0.
-        if (type.isNumber && name.isNumber && type.number != 0) {
+        if (type.isNumber && name.isNumber && type.number != 0)
             entries.push_back({type.number, name.number, data});
-        }
     }
     return entries;
 }

@@ -129,11 +129,10 @@ void CWnd::EnableWindow(bool enable) {
 }
 
 void CWnd::RedrawWindow() {
-    if (!IsUiThread()) {
+    if (!IsUiThread())
         QueueRedraw(*this);
-    } else if (native != nullptr) {
+    else if (native != nullptr)
         native->Redraw();
-    }
 }
 
 void CWnd::Invalidate() {
@@ -153,11 +152,10 @@ bool CWnd::IsWindowVisible() const {
 }
 
 void CWnd::ShowWindow(int showCommand) {
-    if (showCommand == SW_HIDE) {
+    if (showCommand == SW_HIDE)
         ModifyStyle(WS_VISIBLE, 0);
-    } else {
+    else
         ModifyStyle(0, WS_VISIBLE);
-    }
 }
 
 void CWnd::SetFocus() {

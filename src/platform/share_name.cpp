@@ -51,9 +51,8 @@ bool EqualsReserved(WideView name, std::string_view reserved) {
 ShareNameFault FindShareNameFault(WideView name) {
     if (name.empty()) return ShareNameFault::kEmpty;
     if (name.size() > NNLEN) return ShareNameFault::kTooLong;
-    if (std::any_of(name.begin(), name.end(), IsForbidden) || HasHalfCharacter(name)) {
+    if (std::any_of(name.begin(), name.end(), IsForbidden) || HasHalfCharacter(name))
         return ShareNameFault::kForbiddenCharacter;
-    }
     if (name.front() == u' ' || name.back() == u' ') return ShareNameFault::kOuterBlank;
     const bool isReserved =
         std::any_of(kReserved.begin(), kReserved.end(),

@@ -16,9 +16,7 @@ std::string GetSystemMessageText(DWORD code) {
     UniqueLibrary networkMessages;
     if (code >= kFirstNetworkError && code <= kLastNetworkError) {
         networkMessages.reset(LoadLibraryExA("netmsg.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE));
-        if (networkMessages) {
-            flags |= FORMAT_MESSAGE_FROM_HMODULE;
-        }
+        if (networkMessages) flags |= FORMAT_MESSAGE_FROM_HMODULE;
     }
     // With FORMAT_MESSAGE_ALLOCATE_BUFFER the buffer argument is the address of a pointer in disguise.
     char* allocated = nullptr;

@@ -39,9 +39,8 @@ constexpr NamedAttribute kNamedAttributes[] = {
 
 std::string AttributeText(DWORD attributes) {
     std::string text;
-    for (const NamedAttribute& each : kNamedAttributes) {
+    for (const NamedAttribute& each : kNamedAttributes)
         if ((attributes & each.flag) != 0) text += (text.empty() ? "" : ", ") + std::string(each.name);
-    }
     return text.empty() ? "none" : text;
 }
 

@@ -42,11 +42,10 @@ class CPropertiesDlg::Count : public TreeSizeObserver {
     void Run(const std::string& path) {
         TreeSize measured;
         const DWORD error = MeasureTree(path.c_str(), *this, measured);
-        if (error != ERROR_SUCCESS) {
+        if (error != ERROR_SUCCESS)
             Fail(error);
-        } else if (!stop) {
+        else if (!stop)
             Show(measured, "");
-        }
     }
 
     void Fail(DWORD error) const {

@@ -31,10 +31,8 @@ PSID SidInAce(BYTE* ace, BYTE aceType, std::size_t aceSize) {
     }
     BYTE* sid = ace + kSidOffset;
     const std::size_t subAuthorityCount = sid[1];
-    if (kSidOffset + kSidHeaderSize + subAuthorityCount * sizeof(DWORD) > aceSize ||
-        IsValidSid(sid) == FALSE) {
+    if (kSidOffset + kSidHeaderSize + subAuthorityCount * sizeof(DWORD) > aceSize || IsValidSid(sid) == FALSE)
         return nullptr;
-    }
     return sid;
 }
 
@@ -45,9 +43,7 @@ AccessEntry EntryFromAce(void* ace) {
     entry.aceType = header.AceType;
     entry.aceFlags = header.AceFlags;
     auto* bytes = static_cast<BYTE*>(ace);
-    if (header.AceSize >= kSidOffset) {
-        std::memcpy(&entry.mask, bytes + sizeof header, sizeof entry.mask);
-    }
+    if (header.AceSize >= kSidOffset) std::memcpy(&entry.mask, bytes + sizeof header, sizeof entry.mask);
     if (PSID sid = SidInAce(bytes, header.AceType, header.AceSize); sid != nullptr) {
         // Without memory the entry stays without an account, as it does when an account cannot be copied.
         static_cast<void>(entry.account.SetSid(sid, {}));
@@ -99,11 +95,8 @@ DWORD GetAceCount(PACL acl) {
 std::vector<AccessEntry> EntriesOfDacl(PACL acl) {
     std::vector<AccessEntry> entries;
     const DWORD count = GetAceCount(acl);
-    for (DWORD index = 0; index < count; ++index) {
-        if (void* ace = nullptr; GetAce(acl, index, &ace) != FALSE) {
-            entries.push_back(EntryFromAce(ace));
-        }
-    }
+    for (DWORD index = 0; index < count; ++index)
+        if (void* ace = nullptr; GetAce(acl, index, &ace) != FALSE) entries.push_back(EntryFromAce(ace));
     return entries;
 }
 
@@ -137,12 +130,8 @@ void AccessEntryList::AddEntry(AccountRecord account, DWORD mask, BYTE flags, BY
 
 void AccessEntryList::AddFromDialog(const PermissionChoice& choice) {
     const BYTE flags = FlagsOf(choice);
-    if (choice.allowMask != 0) {
-        AddEntry(choice.account, choice.allowMask, flags, ACCESS_ALLOWED_ACE_TYPE);
-    }
-    if (choice.denyMask != 0) {
-        AddEntry(choice.account, choice.denyMask, flags, ACCESS_DENIED_ACE_TYPE);
-    }
+    if (choice.allowMask != 0) AddEntry(choice.account, choice.allowMask, flags, ACCESS_ALLOWED_ACE_TYPE);
+    if (choice.denyMask != 0) AddEntry(choice.account, choice.denyMask, flags, ACCESS_DENIED_ACE_TYPE);
 }
 
 void AccessEntryList::EditEntry(std::size_t index, const PermissionChoice& choice) {
@@ -169,12 +158,8 @@ void AccessEntryList::EditEntry(std::size_t index, const PermissionChoice& choic
         const bool wasWhole = (ownMask & FULL_CONTROL_RIGHTS) == FULL_CONTROL_RIGHTS;
         if (ownChoice != 0 && !wasWhole) ownChoice |= ownMask & SYNCHRONIZE;
     }
-    if (ownChoice != 0) {
-        AddEntry(choice.account, ownChoice, flags, ownType);
-    }
-    if (otherChoice != 0) {
-        AddEntry(choice.account, otherChoice, flags, otherType);
-    }
+    if (ownChoice != 0) AddEntry(choice.account, ownChoice, flags, ownType);
+    if (otherChoice != 0) AddEntry(choice.account, otherChoice, flags, otherType);
 }
 
 void AccessEntryList::RemoveEntry(std::size_t index) {
@@ -213,15 +198,11 @@ bool AccessEntryList::IsInCanonicalOrder() const {
     enum Group { kExplicitDeny, kExplicitAllow, kInherited };
     Group reached = kExplicitDeny;
     for (const AccessEntry& entry : entries) {
-        if (!entry.IsInherited() && entry.IsOfOtherType()) {
-            continue;
-        }
+        if (!entry.IsInherited() && entry.IsOfOtherType()) continue;
         const Group group = entry.IsInherited() ? kInherited
                             : entry.IsAllow()   ? kExplicitAllow
                                                 : kExplicitDeny;
-        if (group < reached) {
-            return false;
-        }
+        if (group < reached) return false;
         reached = group;
     }
     return true;

@@ -22,23 +22,12 @@ const char* InheritanceText(BYTE aceFlags) {
 
 const char* MaskDisplayName(DWORD mask) {
     const DWORD shown = mask & RIGHTS_DISPLAY_MASK;
-    if (shown == 0) {
-        return "None";
-    }
-    if (shown == FULL_CONTROL_RIGHTS) {
-        return kAccessRights[0].rowName;
-    }
-    if (!std::has_single_bit(shown)) {
-        return "Special";
-    }
-    if (shown == SYNCHRONIZE) {
-        return "Synchronize";
-    }
-    for (const AccessRight& right : kAccessRights) {
-        if (right.bits == shown) {
-            return right.rowName;
-        }
-    }
+    if (shown == 0) return "None";
+    if (shown == FULL_CONTROL_RIGHTS) return kAccessRights[0].rowName;
+    if (!std::has_single_bit(shown)) return "Special";
+    if (shown == SYNCHRONIZE) return "Synchronize";
+    for (const AccessRight& right : kAccessRights)
+        if (right.bits == shown) return right.rowName;
     return "";
 }
 
@@ -58,20 +47,14 @@ BYTE ScopeFlagsFromIndex(int index) {
 }
 
 const char* ScopeTextFromFlags(BYTE aceFlags) {
-    for (const InheritanceScope& scope : kInheritanceScopes) {
-        if (scope.flags == (aceFlags & kScopeFlagsMask)) {
-            return scope.text;
-        }
-    }
+    for (const InheritanceScope& scope : kInheritanceScopes)
+        if (scope.flags == (aceFlags & kScopeFlagsMask)) return scope.text;
     return "";
 }
 
 int ScopeIndexFromText(std::string_view text) {
-    for (std::size_t place = 0; place < kInheritanceScopes.size(); ++place) {
-        if (text == kInheritanceScopes[place].text) {
-            return static_cast<int>(place);
-        }
-    }
+    for (std::size_t place = 0; place < kInheritanceScopes.size(); ++place)
+        if (text == kInheritanceScopes[place].text) return static_cast<int>(place);
     return 0;
 }
 

@@ -9,9 +9,7 @@ std::vector<AccessRow> AccessRowsOf(AccessEntryList& list) {
     const std::vector<AccessEntry>& entries = list.Entries();
     for (std::size_t index = 0; index < entries.size(); ++index) {
         const AccessEntry& entry = entries[index];
-        if (entry.IsOfOtherType()) {
-            continue;
-        }
+        if (entry.IsOfOtherType()) continue;
         rows.push_back({.entryIndex = index,
                         .type = AceTypeText(entry.aceType),
                         .name = AccountDisplayName(list.AccountOf(index)),
@@ -24,11 +22,10 @@ std::vector<AccessRow> AccessRowsOf(AccessEntryList& list) {
 
 std::string LossesRemark(std::size_t otherTypes, std::size_t unacceptable) {
     std::string remark;
-    if (otherTypes == 1) {
+    if (otherTypes == 1)
         remark = "1 entry of another type is not shown; applying drops it.";
-    } else if (otherTypes > 1) {
+    else if (otherTypes > 1)
         remark = std::to_string(otherTypes) + " entries of other types are not shown; applying drops them.";
-    }
     if (unacceptable == 0) return remark;
     if (!remark.empty()) remark += ' ';
     if (unacceptable == 1) return remark + "1 entry is not valid; applying drops it.";

@@ -18,17 +18,13 @@ UniqueLocal<char> ZeroedText(DWORD size) {
 
 DWORD LookupSidByName(LPCSTR name, UniqueLocal<void>& sid) {
     UniqueLocal<void> found(LocalAlloc(LMEM_FIXED, SECURITY_MAX_SID_SIZE));
-    if (!found) {
-        return GetLastError();
-    }
+    if (!found) return GetLastError();
     // The services insist on telling the domain and the type, which nobody here wants.
     SID_NAME_USE use = SidTypeInvalid;
     DWORD sidSize = SECURITY_MAX_SID_SIZE;
     DWORD domainSize = 0;
     if (LookupAccountNameA(nullptr, name, found.get(), &sidSize, nullptr, &domainSize, &use) == FALSE) {
-        if (const DWORD error = GetLastError(); error != ERROR_INSUFFICIENT_BUFFER) {
-            return error;
-        }
+        if (const DWORD error = GetLastError(); error != ERROR_INSUFFICIENT_BUFFER) return error;
         ++domainSize;
         sidSize = SECURITY_MAX_SID_SIZE;
         const UniqueLocal<char> domain = ZeroedText(domainSize);
@@ -58,21 +54,15 @@ DWORD LookupNameBySid(PSID sid, UniqueLocal<char>& name, UniqueLocal<char>& doma
     if (!look()) {
         const DWORD error = GetLastError();
         const bool tooSmall = nameSize > kUsualNameSize || domainSize > kUsualNameSize;
-        if (!tooSmall) {
-            return error;
-        }
+        if (!tooSmall) return error;
         // Of a text that did fit, the length without its NUL may have been reported.
         nameSize = std::max(nameSize, kUsualNameSize);
         domainSize = std::max(domainSize, kUsualNameSize);
-        if (!look()) {
-            return GetLastError();
-        }
+        if (!look()) return GetLastError();
     }
     name = std::move(foundName);
     domain = std::move(foundDomain);
-    if (use != nullptr) {
-        *use = foundUse;
-    }
+    if (use != nullptr) *use = foundUse;
     return ERROR_SUCCESS;
 }
 

@@ -15,9 +15,7 @@ namespace {
 UniqueLocal<void> CopyOfSid(PSID sid) {
     const DWORD length = GetLengthSid(sid);
     UniqueLocal<void> copy(LocalAlloc(LMEM_FIXED, length));
-    if (!copy || CopySid(length, copy.get(), sid) == FALSE) {
-        return nullptr;
-    }
+    if (!copy || CopySid(length, copy.get(), sid) == FALSE) return nullptr;
     return copy;
 }
 
@@ -31,15 +29,11 @@ AccountRecord::AccountRecord(const AccountRecord& other) {
 }
 
 AccountRecord& AccountRecord::operator=(const AccountRecord& other) {
-    if (this == &other) {
-        return *this;
-    }
+    if (this == &other) return *this;
     Clear();
     if (other.sid) {
         sid = CopyOfSid(other.sid.get());
-        if (!sid) {
-            return *this;
-        }
+        if (!sid) return *this;
     }
     use = other.use;
     name = other.name;
@@ -54,13 +48,9 @@ void AccountRecord::Clear() {
 }
 
 bool AccountRecord::SetSid(PSID newSid, std::string newMachine) {
-    if (newSid == nullptr) {
-        return false;
-    }
+    if (newSid == nullptr) return false;
     UniqueLocal<void> copy = CopyOfSid(newSid);
-    if (!copy) {
-        return false;
-    }
+    if (!copy) return false;
     Clear();
     sid = std::move(copy);
     machine = std::move(newMachine);
@@ -72,9 +62,7 @@ bool AccountRecord::SetSid(PSID newSid) {
 }
 
 bool AccountRecord::Lookup() {
-    if (!sid) {
-        return false;
-    }
+    if (!sid) return false;
     std::array<char, kFirstNameSize> firstName{};
     std::array<char, kFirstNameSize> firstDomain{};
     DWORD nameSize = kFirstNameSize;
@@ -127,9 +115,7 @@ std::string AccountRecord::GetDomain() {
 }
 
 std::string AccountRecord::GetSidText() {
-    if (!sid) {
-        return {};
-    }
+    if (!sid) return {};
     const BYTE(&authority)[6] = GetSidIdentifierAuthority(sid.get())->Value;
     std::string text = "S-1-";
     if (authority[0] != 0 || authority[1] != 0) {
@@ -141,15 +127,13 @@ std::string AccountRecord::GetSidText() {
         }
     } else {
         DWORD number = 0;
-        for (std::size_t i = 2; i < 6; ++i) {
+        for (std::size_t i = 2; i < 6; ++i)
             number = number << 8 | authority[i];
-        }
         text += std::to_string(number);
     }
     const BYTE count = *GetSidSubAuthorityCount(sid.get());
-    for (DWORD i = 0; i < count; ++i) {
+    for (DWORD i = 0; i < count; ++i)
         text += '-' + std::to_string(*GetSidSubAuthority(sid.get(), i));
-    }
     sidText = text;
     return text;
 }
@@ -163,9 +147,7 @@ std::string QualifiedAccountName(const std::string& domain, const std::string& n
 }
 
 std::string AccountDisplayName(AccountRecord& record) {
-    if (!record.sid || IsValidSid(record.sid.get()) == FALSE) {
-        return {};
-    }
+    if (!record.sid || IsValidSid(record.sid.get()) == FALSE) return {};
     const std::string text = QualifiedAccountName(record.GetDomain(), record.GetName());
     return text.empty() ? record.GetSidText() : text;
 }

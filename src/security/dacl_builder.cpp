@@ -26,9 +26,7 @@ std::size_t DaclSize(std::span<const AccessEntry> entries) {
     for (const AccessEntry& entry : entries) {
         size += sizeof(ACE_HEADER) + sizeof(ACCESS_MASK);
         PSID sid = entry.account.sid.get();
-        if (sid != nullptr && IsValidSid(sid) != FALSE) {
-            size += GetLengthSid(sid);
-        }
+        if (sid != nullptr && IsValidSid(sid) != FALSE) size += GetLengthSid(sid);
     }
     return size;
 }
@@ -58,9 +56,7 @@ bool MakeAbsolute(PSECURITY_DESCRIPTOR source, AbsoluteSizes& sizes, const Absol
 
 bool TakeBlocks(HANDLE heap, const AbsoluteSizes& sizes, AbsoluteBlocks& blocks) {
     const auto take = [heap](DWORD size, void*& block) {
-        if (size != 0) {
-            block = HeapAlloc(heap, 0, size);
-        }
+        if (size != 0) block = HeapAlloc(heap, 0, size);
         return size == 0 || block != nullptr;
     };
     return sizes.descriptor != 0 && take(sizes.descriptor, blocks.descriptor) &&
@@ -72,9 +68,7 @@ bool TakeBlocks(HANDLE heap, const AbsoluteSizes& sizes, AbsoluteBlocks& blocks)
 
 UniqueLibrary LoadAccessListLibrary(HWND owner) {
     UniqueLibrary library(LoadLibraryA("advapi32.dll"));
-    if (!library) {
-        ShowFatalLastErrorBox(owner);
-    }
+    if (!library) ShowFatalLastErrorBox(owner);
     return library;
 }
 
@@ -83,9 +77,7 @@ UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEn
     const AddAceFunction addAllowed = FindAddAceFunction(owner, library, "AddAccessAllowedAceEx");
     const std::size_t size = DaclSize(entries);
     UniqueLocal<ACL> dacl(static_cast<PACL>(LocalAlloc(LMEM_FIXED, size)));
-    if (!dacl) {
-        ShowFatalErrorBox(owner, "Error: cannot allocate buffer");
-    }
+    if (!dacl) ShowFatalErrorBox(owner, "Error: cannot allocate buffer");
     if (InitializeAcl(dacl.get(), static_cast<DWORD>(size), ACL_REVISION) == FALSE) {
         ShowErrorBox(owner, "Error: cannot initialize object's access control list");
         return nullptr;
@@ -111,18 +103,12 @@ SECURITY_INFORMATION DaclWriteInformation(std::optional<DaclInheritance> inherit
 bool MakeAbsoluteDescriptor(PSECURITY_DESCRIPTOR descriptor, PSECURITY_DESCRIPTOR& absolute,
                             UniqueHeap& heap) {
     UniqueHeap newHeap(HeapCreate(0, 0, 0));
-    if (!newHeap) {
-        return false;
-    }
+    if (!newHeap) return false;
     // Asked without blocks, the call fails and reports what it needs; anything else is not an answer.
     AbsoluteSizes sizes;
-    if (MakeAbsolute(descriptor, sizes, {}) || GetLastError() == ERROR_SUCCESS) {
-        return false;
-    }
+    if (MakeAbsolute(descriptor, sizes, {}) || GetLastError() == ERROR_SUCCESS) return false;
     AbsoluteBlocks blocks;
-    if (!TakeBlocks(newHeap.get(), sizes, blocks) || !MakeAbsolute(descriptor, sizes, blocks)) {
-        return false;
-    }
+    if (!TakeBlocks(newHeap.get(), sizes, blocks) || !MakeAbsolute(descriptor, sizes, blocks)) return false;
     absolute = blocks.descriptor;
     heap = std::move(newHeap);
     return true;

@@ -143,10 +143,9 @@ EntryDetails DetailsOf(Bytes entry, BYTE revision) {
 std::vector<EntryDetails> DetailsOfEntries(PACL acl) {
     std::vector<EntryDetails> details;
     const DWORD count = GetAceCount(acl);
-    for (DWORD index = 0; index < count; ++index) {
+    for (DWORD index = 0; index < count; ++index)
         if (void* ace = nullptr; GetAce(acl, index, &ace) != FALSE)
             details.push_back(DetailsOf(EntryBytes(ace), acl->AclRevision));
-    }
     return details;
 }
 

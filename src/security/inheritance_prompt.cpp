@@ -5,9 +5,7 @@
 namespace permora {
 
 InheritanceOffResult TurnInheritanceOff(HWND owner, AccessEntryList& list) {
-    if (!list.HasInheritedEntries()) {
-        return InheritanceOffResult::kNothingInherited;
-    }
+    if (!list.HasInheritedEntries()) return InheritanceOffResult::kNothingInherited;
     const int answer = MessageBoxA(owner,
                                    "Would you like to copy inherited entries into this access control list?\n"
                                    "Click Yes to copy\n"

@@ -24,9 +24,7 @@ void ShowFatalErrorBox(HWND owner, LPCSTR text) {
 }
 
 void ShowSystemErrorBox(HWND owner, DWORD code) {
-    if (const std::string text = GetSystemMessageText(code); !text.empty()) {
-        ShowErrorBox(owner, text.c_str());
-    }
+    if (const std::string text = GetSystemMessageText(code); !text.empty()) ShowErrorBox(owner, text.c_str());
 }
 
 void ShowLastErrorBox(HWND owner) {
@@ -39,9 +37,8 @@ void ShowFatalLastErrorBox(HWND owner) {
 }
 
 void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code) {
-    if (const std::string systemText = GetSystemMessageText(code); !systemText.empty()) {
+    if (const std::string systemText = GetSystemMessageText(code); !systemText.empty())
         ShowErrorBox(owner, (text + (": " + systemText)).c_str());
-    }
 }
 
 void SetFatalExitCode(UINT code) {

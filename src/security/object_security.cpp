@@ -27,9 +27,7 @@ bool HasAccessControl(HWND owner, const HeldObject& object, HiddenVolume hidden)
 std::optional<DaclInheritance> InheritanceOf(PSECURITY_DESCRIPTOR descriptor) {
     SECURITY_DESCRIPTOR_CONTROL control = 0;
     DWORD revision = 0;
-    if (GetSecurityDescriptorControl(descriptor, &control, &revision) == FALSE) {
-        return std::nullopt;
-    }
+    if (GetSecurityDescriptorControl(descriptor, &control, &revision) == FALSE) return std::nullopt;
     return (control & SE_DACL_PROTECTED) != 0 ? DaclInheritance::kProtected : DaclInheritance::kFromParent;
 }
 
@@ -41,9 +39,7 @@ std::string Quoted(const std::string& name) {
 void TellFailuresBelow(HWND owner, const std::string& item, const FailuresBelow& below) {
     std::string text =
         SystemMessageLine(below.firstError) + "\n\nThis is about " + Quoted(ChildPath(item, below.firstPath));
-    if (below.count > 1) {
-        text += " and " + std::to_string(below.count - 1) + " more below " + Quoted(item);
-    }
+    if (below.count > 1) text += " and " + std::to_string(below.count - 1) + " more below " + Quoted(item);
     text += ". " + Quoted(item) + " itself was changed.";
     ShowErrorBox(owner, text.c_str());
 }

@@ -5,14 +5,10 @@
 namespace permora {
 
 std::string WideToAnsi(LPCWSTR wide) {
-    if (wide == nullptr) {
-        return {};
-    }
+    if (wide == nullptr) return {};
     // Sizes count the NUL, which a std::string keeps by itself.
     const int size = WideCharToMultiByte(CP_ACP, 0, wide, -1, nullptr, 0, nullptr, nullptr);
-    if (size <= 0) {
-        return {};
-    }
+    if (size <= 0) return {};
     std::string ansi(static_cast<std::size_t>(size), '\0');
     const int written = WideCharToMultiByte(CP_ACP, 0, wide, -1, ansi.data(), size, nullptr, nullptr);
     ansi.resize(written > 0 ? static_cast<std::size_t>(written) - 1 : 0);

@@ -109,9 +109,8 @@ bool ReadShareDacl(HWND owner, LPCSTR name, ShareSecurity& share) {
 }
 
 bool WriteShareDacl(HWND owner, std::span<const char* const> names, PACL dacl) {
-    for (const char* name : names) {
+    for (const char* name : names)
         if (!WriteDacl(owner, name, dacl)) return false;
-    }
     return true;
 }
 

@@ -47,11 +47,10 @@ void AccountRights::LoadFromDacl(PACL acl) {
         // Generic rights that mean nothing where they stand would mean something in an entry that is made
         // anew.
         const DWORD mask = entry.HasIdleGenericRights() ? entry.mask & ~GENERIC_RIGHTS : entry.mask;
-        if (entry.IsInherited()) {
+        if (entry.IsInherited())
             (entry.IsAllow() ? row.inheritedAllow : row.inheritedDeny) |= mask;
-        } else {
+        else
             (entry.IsAllow() ? row.explicitAllow : row.explicitDeny) |= mask;
-        }
     }
 }
 

@@ -77,11 +77,10 @@ bool CWizardPage2::OnSetActive() {
     Sheet()->SetWizardButtons(kIdle);
     if (isAnythingChosen && !IsRunning()) {
         Sheet()->SetWizardButtons(WizardButtons::kDisabledFinish);
-        if (MayDelete()) {
+        if (MayDelete())
             Start();
-        } else {
+        else
             Sheet()->SetWizardButtons(kIdle);
-        }
     }
     return CPropertyPage::OnSetActive();
 }
@@ -120,9 +119,8 @@ void CWizardPage2::ShowStatus() {
     // The list follows its end until the user looks at something in it.
     const int last = list.GetItemCount() - 1;
     const bool isFollowing = list.GetSelectedCount() == 0 && (last < 0 || list.IsItemVisible(last));
-    for (const StatusChange& change : run->TakeChanges()) {
+    for (const StatusChange& change : run->TakeChanges())
         if (!list.SetItemText(change.row, 0, change.text)) list.InsertItem(change.row, change.text);
-    }
     if (isFollowing) list.EnsureVisible(list.GetItemCount() - 1);
     if (!hasEnded) return;
     run->isOver = true;

@@ -44,11 +44,10 @@ void DeletionStatus::Deleted(const std::string& name) {
 void DeletionStatus::Failed(const DeletionFailure& failure) {
     if (stopRequested) return;
     const std::string text = (IsNamed(failure.step) ? failure.name + ": " : "") + StatusText(failure);
-    if (failure.step == DeletionStep::kRemoveFolder) {
+    if (failure.step == DeletionStep::kRemoveFolder)
         Write(rowCount - 1, text);
-    } else {
+    else
         Append(text);
-    }
 }
 
 bool DeletionStatus::MayOverwrite(const std::string& /*name*/,

@@ -125,13 +125,11 @@ TEST_F(MainFrame, DefaultsThatCannotBeStoredDoNotStopTheStart) {
 TEST_F(MainFrame, EveryCommandOfTheMenuCanBeChosen) {
     Start();
     const std::function<void(const CMenu::Items&)> expectEnabled = [&](const CMenu::Items& items) {
-        for (const MenuItem& item : items.entries) {
-            if (item.popup != nullptr) {
+        for (const MenuItem& item : items.entries)
+            if (item.popup != nullptr)
                 expectEnabled(*item.popup);
-            } else if (!item.IsSeparator()) {
+            else if (!item.IsSeparator())
                 EXPECT_TRUE(AskCommandState(Frame(), item.id, false).enabled) << item.text;
-            }
-        }
     };
     expectEnabled(*Frame().GetMenu().Shared());
 }

@@ -133,9 +133,8 @@ TEST(ArgumentsTest, HelpAndVersionAreNoFailure) {
     EXPECT_THAT(version.output, testing::MatchesRegex("permora-cli [0-9]+\\.[0-9]+\\.[0-9]+\n"));
     const CommandResult help = RunCli({"--help"});
     EXPECT_EQ(help.exitCode, 0);
-    for (const char* word : {"show", "grant", "deny", "revoke", "inherit", "Exit code"}) {
+    for (const char* word : {"show", "grant", "deny", "revoke", "inherit", "Exit code"})
         EXPECT_THAT(help.output, HasSubstr(word));
-    }
     EXPECT_THAT(RunCli({"grant", "--help"}).output, HasSubstr("Take ownership"));
 }
 

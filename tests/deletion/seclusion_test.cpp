@@ -178,9 +178,8 @@ TEST_F(SeclusionTest, AFolderThatSomebodyRemovesIsMadeAgain) {
     for (const char* name : {"top/one", "top/two", "top/three"})
         Fill(name);
     host.onEntry = [this](const std::string&) {
-        for (const std::string& name : Names()) {
+        for (const std::string& name : Names())
             if (name != "top") std::filesystem::remove(name);
-        }
     };
     host.Delete("top");
     EXPECT_THAT(host.failures, IsEmpty());

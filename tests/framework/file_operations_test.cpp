@@ -62,11 +62,9 @@ TEST(FileOperationWindow, ShowsTheProgressAndCancels) {
             EXPECT_EQ(window.Title(), "File Operation Progress");
             EXPECT_EQ(window.Text(kProgressFromId), R"(C:\from)");
             EXPECT_EQ(window.Text(kProgressToId), R"(D:\to)");
-            for (const QWidget* label : QApplication::allWidgets()) {
-                if (label->objectName() == QStringLiteral("control %1").arg(int{kProgressToId})) {
+            for (const QWidget* label : QApplication::allWidgets())
+                if (label->objectName() == QStringLiteral("control %1").arg(int{kProgressToId}))
                     EXPECT_EQ(label->accessibleName(), R"(To: D:\to)");
-                }
-            }
             EXPECT_EQ(window.Text(kProgressAmountId), "512 bytes of 3.0 MB, 1 of 2 items");
             window.Click(IDCANCEL);
         },
@@ -144,12 +142,10 @@ TEST(FileOperationQuestions, OfferTheirAnswersAndLeaveTheSafeOneToEnter) {
         EXPECT_EQ(ask([&](WindowDriver& window) {
                       EXPECT_THAT(window.Text(kFileQuestionTextId), HasSubstr(each.text));
                       EXPECT_EQ(window.Has(kFileQuestionForAllId), hasBox) << each.text;
-                      if (each.kind == Kind::kFailure) {
+                      if (each.kind == Kind::kFailure)
                           EXPECT_THAT(window.Text(kFileQuestionMoreId), HasSubstr("ermission denied"));
-                      }
-                      if (each.kind == Kind::kReplaceFile) {
+                      if (each.kind == Kind::kReplaceFile)
                           EXPECT_EQ(window.Text(kFileQuestionSourceId), "1.5 KB");
-                      }
                       window.Click(first);
                   }),
                   each.first)

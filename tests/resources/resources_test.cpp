@@ -104,9 +104,8 @@ std::vector<std::pair<std::string, std::uint16_t>> DefinedNumbers() {
         std::string directive;
         std::string name;
         unsigned number = 0;
-        if (words >> directive >> name >> number && directive == "#define") {
+        if (words >> directive >> name >> number && directive == "#define")
             numbers.emplace_back(name, static_cast<std::uint16_t>(number));
-        }
     }
     return numbers;
 }
@@ -126,9 +125,8 @@ std::set<std::uint16_t> NumbersWithPrefix(const std::string& prefix) {
 template <typename Value>
 std::set<std::uint16_t> Keys(const std::map<std::uint16_t, Value>& map) {
     std::set<std::uint16_t> keys;
-    for (const auto& entry : map) {
+    for (const auto& entry : map)
         keys.insert(entry.first);
-    }
     return keys;
 }
 
@@ -167,9 +165,7 @@ std::string Describe(const ControlTemplate& control) {
 std::vector<MenuItemTemplate> CommandsOf(const std::vector<MenuItemTemplate>& items) {
     std::vector<MenuItemTemplate> commands;
     for (const MenuItemTemplate& item : items) {
-        if (item.id != 0) {
-            commands.push_back(item);
-        }
+        if (item.id != 0) commands.push_back(item);
         const auto nested = CommandsOf(item.items);
         commands.insert(commands.end(), nested.begin(), nested.end());
     }
@@ -178,9 +174,8 @@ std::vector<MenuItemTemplate> CommandsOf(const std::vector<MenuItemTemplate>& it
 
 std::set<std::uint16_t> CommandNumbers(std::uint16_t menu) {
     std::set<std::uint16_t> numbers;
-    for (const MenuItemTemplate& item : CommandsOf(Resources().menus.at(menu))) {
+    for (const MenuItemTemplate& item : CommandsOf(Resources().menus.at(menu)))
         numbers.insert(static_cast<std::uint16_t>(item.id));
-    }
     return numbers;
 }
 
@@ -223,17 +218,14 @@ TEST(Resources, EveryNumberHasAResourceAndEveryResourceAName) {
 TEST(Resources, PicturesHaveTheSizesTheyAreShownIn) {
     for (const auto& [id, sizes] : Resources().iconSizes) {
         std::vector<int> expected = {16, 24, 32, 48};
-        if (id == IDR_MAIN_FRAME) {
-            expected.push_back(256);
-        }
+        if (id == IDR_MAIN_FRAME) expected.push_back(256);
         EXPECT_THAT(sizes, ::testing::UnorderedElementsAreArray(expected)) << "icon " << id;
     }
     const auto& bitmaps = Resources().bitmapSizes;
     EXPECT_EQ(bitmaps.at(IDB_WIZARD), (Size{66, 358}));
     EXPECT_EQ(bitmaps.at(IDB_BANNER), (Size{358, 66}));
-    for (const int id : {IDB_GO_NORMAL, IDB_GO_PRESSED, IDB_GO_DISABLED}) {
+    for (const int id : {IDB_GO_NORMAL, IDB_GO_PRESSED, IDB_GO_DISABLED})
         EXPECT_EQ(bitmaps.at(static_cast<std::uint16_t>(id)), (Size{16, 16}));
-    }
 }
 
 TEST(DialogTemplates, AreWindowsOfTheRightKind) {
@@ -249,11 +241,10 @@ TEST(DialogTemplates, AreWindowsOfTheRightKind) {
         SCOPED_TRACE("dialog " + std::to_string(id));
         EXPECT_EQ(dialog.caption.empty(), id == IDD_ADDRESS_BAR);
         const std::uint32_t windowStyle = dialog.style & (kPopUp | kChild | kCaption | kDisabled);
-        if (pages.contains(id)) {
+        if (pages.contains(id))
             EXPECT_EQ(windowStyle, kChild | kCaption | kDisabled);
-        } else {
+        else
             EXPECT_EQ(windowStyle, id == IDD_ADDRESS_BAR ? kChild : kPopUp | kCaption);
-        }
     }
 }
 
@@ -296,9 +287,7 @@ TEST(DialogTemplates, PutLabelsBeforeWhatTheyName) {
         SCOPED_TRACE("dialog " + std::to_string(id));
         const auto& controls = dialog.controls;
         for (auto label = controls.begin(); label != controls.end(); ++label) {
-            if (!IsLabel(*label) || label->text[label->text.find_last_not_of(' ')] != ':') {
-                continue;
-            }
+            if (!IsLabel(*label) || label->text[label->text.find_last_not_of(' ')] != ':') continue;
             const auto named = std::find_if(label, controls.end(),
                                             [](const ControlTemplate& c) { return c.id != kUnnamed; });
             const bool announced =
@@ -331,11 +320,9 @@ TEST(Menus, ShowOnlyKeysThatWork) {
     keys.emplace("Backspace", ID_GO_UP);
 
     std::set<std::pair<std::string, std::uint16_t>> shown;
-    for (const MenuItemTemplate& item : CommandsOf(Resources().menus.at(IDR_MAIN_FRAME))) {
-        if (const auto tab = item.text.find('\t'); tab != std::string::npos) {
+    for (const MenuItemTemplate& item : CommandsOf(Resources().menus.at(IDR_MAIN_FRAME)))
+        if (const auto tab = item.text.find('\t'); tab != std::string::npos)
             shown.emplace(item.text.substr(item.text.find_first_not_of(' ', tab + 1)), item.id);
-        }
-    }
     EXPECT_EQ(shown, keys);
 }
 
@@ -343,9 +330,8 @@ TEST(Menus, HaveTheEntriesThatTheProgramFindsByPosition) {
     const auto& menu = Resources().menus.at(IDR_MAIN_FRAME);
     const auto commandsOf = [&](std::size_t popUp) {
         std::vector<int> ids;
-        for (const MenuItemTemplate& item : menu.at(popUp).items) {
+        for (const MenuItemTemplate& item : menu.at(popUp).items)
             ids.push_back(static_cast<int>(item.id));
-        }
         return ids;
     };
     EXPECT_THAT(commandsOf(0), ::testing::Contains(ID_NEW_FOLDER));
@@ -359,11 +345,9 @@ TEST(Menus, HaveTheEntriesThatTheProgramFindsByPosition) {
 TEST(Menus, GiveNoMnemonicTwiceInOnePopUp) {
     for (const MenuItemTemplate& popUp : Resources().menus.at(IDR_MAIN_FRAME)) {
         std::set<int> mnemonics;
-        for (const MenuItemTemplate& item : popUp.items) {
-            if (const auto mark = item.text.find('&'); mark != std::string::npos) {
+        for (const MenuItemTemplate& item : popUp.items)
+            if (const auto mark = item.text.find('&'); mark != std::string::npos)
                 EXPECT_TRUE(mnemonics.insert(std::tolower(item.text.at(mark + 1))).second) << item.text;
-            }
-        }
     }
 }
 

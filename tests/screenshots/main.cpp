@@ -50,11 +50,10 @@ void FillRights(CListCtrl& list) {
 void FillSamples(CWnd& window) {
     for (CWnd* child : WindowAccess::Children(window)) {
         if (auto* list = dynamic_cast<CListCtrl*>(child)) {
-            if (list->GetView() == ListView::kList) {
+            if (list->GetView() == ListView::kList)
                 FillRights(*list);
-            } else {
+            else
                 FillList(*list);
-            }
         }
         if (auto* edit = dynamic_cast<CEdit*>(child)) edit->SetWindowText("BUILTIN\\Administrators");
         if (auto* combo = dynamic_cast<CComboBox*>(child)) {
@@ -62,9 +61,8 @@ void FillSamples(CWnd& window) {
             combo->SetCurSel(0);
         }
     }
-    for (const unsigned int progress : {unsigned{IDC_APPLY_PROGRESS}, unsigned{IDC_DELETION_PROGRESS}}) {
+    for (const unsigned int progress : {unsigned{IDC_APPLY_PROGRESS}, unsigned{IDC_DELETION_PROGRESS}})
         if (CWnd* label = window.GetDlgItem(progress)) label->SetWindowText("Minutes & reports of March.odt");
-    }
 }
 
 class SampleDialog : public CDialog {
@@ -155,13 +153,12 @@ class SampleFrame : public CFrameWnd {
 void TakePictures(const Series& series) {
     for (const unsigned int id : testing::DialogTemplates()) {
         const DWORD style = LoadDialogTemplate(id)->style;
-        if ((style & WS_CHILD) == 0) {
+        if ((style & WS_CHILD) == 0)
             SampleDialog(id, series).DoModal();
-        } else if ((style & WS_CAPTION) != 0) {
+        else if ((style & WS_CAPTION) != 0)
             SampleSheet(id, series).DoModal();
-        } else {
+        else
             SampleFrame(id).TakePicture(series);
-        }
     }
     TakeFileOperationPictures(series);
 }

@@ -29,9 +29,8 @@ void ServeEvents() {
 }
 
 bool TakePicture(const QString& path) {
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
+    for (QWidget* widget : QApplication::topLevelWidgets())
         if (widget->isVisible()) return widget->grab().save(path);
-    }
     return false;
 }
 

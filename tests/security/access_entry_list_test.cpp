@@ -247,9 +247,8 @@ TEST(AccessEntryList, KnowsTheCanonicalOrder) {
         {{{kDeny, 'A', 1, 0x10}, {kDeny, 'A', 1, 0}}, false},
         {{{kAllowObject, 'A', 1, 0x10}, {kAllow, 'A', 1, 0}}, false},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
         EXPECT_EQ(ListOf(c.entries).IsInCanonicalOrder(), c.canonical) << ::testing::PrintToString(c.entries);
-    }
 }
 
 }  // namespace

@@ -47,15 +47,13 @@ TEST(AccessRights, AMaskIsNamedByTheBitsThatAreLookedAt) {
         {SYNCHRONIZE, "Synchronize"},
         {0x200, ""},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
         EXPECT_STREQ(MaskDisplayName(c.mask), c.name) << std::hex << c.mask;
-    }
 }
 
 TEST(AccessRights, FlagsTextAndIndexOfAScopeLeadToEachOther) {
-    for (int index = 0; index < 7; ++index) {
+    for (int index = 0; index < 7; ++index)
         EXPECT_EQ(ScopeIndexFromText(ScopeTextFromFlags(ScopeFlagsFromIndex(index))), index);
-    }
     const struct {
         BYTE flags;
         const char* text;
@@ -68,15 +66,12 @@ TEST(AccessRights, FlagsTextAndIndexOfAScopeLeadToEachOther) {
         {0x04, "This folder only"},
         {0xE1, "This folder and files"},
     };
-    for (const auto& c : texts) {
+    for (const auto& c : texts)
         EXPECT_STREQ(ScopeTextFromFlags(c.flags), c.text) << int{c.flags};
-    }
-    for (const int index : {7, -1, -2147483647 - 1, 2147483647}) {
+    for (const int index : {7, -1, -2147483647 - 1, 2147483647})
         EXPECT_EQ(ScopeFlagsFromIndex(index), 0) << index;
-    }
-    for (const char* text : {"", "files only", "Files only ", "Files"}) {
+    for (const char* text : {"", "files only", "Files only ", "Files"})
         EXPECT_EQ(ScopeIndexFromText(text), 0) << text;
-    }
 }
 
 }  // namespace

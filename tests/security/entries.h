@@ -75,9 +75,8 @@ inline std::vector<ShortEntry> EntriesOf(const AccessEntryList& list) {
     std::vector<ShortEntry> entries;
     for (const AccessEntry& entry : list.Entries()) {
         char letter = '-';
-        if (void* sid = entry.account.sid.get(); sid != nullptr) {
+        if (void* sid = entry.account.sid.get(); sid != nullptr)
             letter = static_cast<char>(*GetSidSubAuthority(sid, 4));
-        }
         entries.push_back({entry.aceType, letter, entry.mask, entry.aceFlags});
     }
     return entries;

@@ -58,9 +58,8 @@ TEST(MessageBoxes, LookNetworkErrorsUpInTheNetworkLibraryAlone) {
         ++loads;
         return nullptr;
     };
-    for (const DWORD code : {2099U, 2100U, 2999U, 3000U}) {
+    for (const DWORD code : {2099U, 2100U, 2999U, 3000U})
         GetSystemMessageText(code);
-    }
     EXPECT_EQ(loads, 2);
     EXPECT_EQ(GetSystemMessageText(kServerNotStarted), "");
 }

@@ -110,12 +110,11 @@ namespace {
 std::vector<std::string> Offered() {
     testing::RecordingPresenter presenter;
     std::vector<std::string> offered;
-    if (auto candidates = FindOwnerCandidates(nullptr)) {
+    if (auto candidates = FindOwnerCandidates(nullptr))
         for (AccountRecord& candidate : *candidates)
             offered.push_back(candidate.GetSidText());
-    } else {
+    else
         offered.emplace_back("nothing");
-    }
     for (const testing::RecordedBox& box : presenter.TakeBoxes())
         offered.push_back(box.text.substr(0, box.text.find_last_not_of("\r\n") + 1));
     return offered;

@@ -17,9 +17,7 @@ BOOL Fail(DWORD error) {
 }
 
 bool TakeAllocation() {
-    if (fakes == nullptr || fakes->allocationsLeft-- > 0) {
-        return true;
-    }
+    if (fakes == nullptr || fakes->allocationsLeft-- > 0) return true;
     SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return false;
 }
@@ -29,9 +27,7 @@ bool TakeAllocation() {
 bool Report(const std::string& text, LPSTR buffer, LPDWORD size) {
     const auto needed = static_cast<DWORD>(text.size() + 1);
     const bool fits = *size >= needed;
-    if (fits) {
-        std::memcpy(buffer, text.c_str(), needed);
-    }
+    if (fits) std::memcpy(buffer, text.c_str(), needed);
     *size = fits ? needed - 1 : needed;
     return fits;
 }
@@ -95,14 +91,10 @@ BOOL __wrap_LookupAccountSidA(LPCSTR /*system*/, PSID sid, LPSTR name, LPDWORD n
                               LPDWORD domainSize, PSID_NAME_USE use) {
     const auto value = nt::Sid::FromBytes({static_cast<const BYTE*>(sid), GetLengthSid(sid)});
     const FakeAccount* account = Find(value->ToText());
-    if (account == nullptr) {
-        return FALSE;
-    }
+    if (account == nullptr) return FALSE;
     const bool nameFits = Report(account->name, name, nameSize);
     const bool domainFits = Report(account->domain, domain, domainSize);
-    if (!nameFits || !domainFits) {
-        return Fail(ERROR_INSUFFICIENT_BUFFER);
-    }
+    if (!nameFits || !domainFits) return Fail(ERROR_INSUFFICIENT_BUFFER);
     *use = account->use;
     return TRUE;
 }

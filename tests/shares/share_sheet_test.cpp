@@ -112,11 +112,10 @@ TEST_F(ShareSheet, LeavesAShareAloneThatTakesNoDescriptor) {
     for (const NET_API_STATUS answer : {NET_API_STATUS{ERROR_ACCESS_DENIED}, NERR_Success}) {
         setInfoAnswer = answer;
         ui.ExpectInformation("There is no security descriptor associated with object.");
-        if (answer == NERR_Success) {
+        if (answer == NERR_Success)
             ui.ExpectInformation("The security descriptor can not be associated with object.");
-        } else {
+        else
             ui.ExpectError("Cannot assign new security descriptor: " + GetSystemMessageText(answer));
-        }
         Edit({"docs"}, [](WindowDriver& window) {
             for (const int id : {IDC_ACCESS_LIST, IDC_ADD_ENTRY, IDC_EDIT_ENTRY, IDC_REMOVE_ENTRY})
                 EXPECT_FALSE(window.IsEnabled(static_cast<unsigned int>(id))) << id;

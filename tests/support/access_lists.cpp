@@ -73,9 +73,8 @@ DWORD SetDescriptor(const std::string& hostPath, const nt::SecurityDescriptor& d
         parts |= GROUP_SECURITY_INFORMATION;
     }
     if (descriptor.daclState != nt::DaclState::kAbsent) {
-        if (descriptor.daclState == nt::DaclState::kList && !dacl.Fill(descriptor.dacl)) {
+        if (descriptor.daclState == nt::DaclState::kList && !dacl.Fill(descriptor.dacl))
             return ERROR_INVALID_PARAMETER;
-        }
         parts |= DACL_SECURITY_INFORMATION |
                  (descriptor.IsDaclProtected() ? PROTECTED_DACL_SECURITY_INFORMATION
                                                : UNPROTECTED_DACL_SECURITY_INFORMATION);

@@ -55,9 +55,8 @@ std::vector<char*> ArgumentVector(const std::vector<std::string>& arguments) {
 
 int ExitCodeOf(pid_t process) {
     int status = 0;
-    while (waitpid(process, &status, 0) < 0) {
+    while (waitpid(process, &status, 0) < 0)
         if (errno != EINTR) return -1;
-    }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 

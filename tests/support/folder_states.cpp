@@ -37,11 +37,10 @@ std::map<std::string, std::string> FolderStates::Read() const {
         fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
         for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
             const std::string path = entry->path();
-            if (std::ranges::find(exceptions, path) != exceptions.end()) {
+            if (std::ranges::find(exceptions, path) != exceptions.end())
                 entry.disable_recursion_pending();
-            } else {
+            else
                 states[path] = StateOf(path);
-            }
         }
         if (error) states[folder] += " not read: " + error.message();
     }
@@ -53,15 +52,13 @@ std::string FolderStates::Changes() {
     std::string changes;
     for (const auto& [path, state] : now) {
         const auto before = known.find(path);
-        if (before == known.end()) {
+        if (before == known.end())
             changes += path + " is new\n";
-        } else if (before->second != state) {
+        else if (before->second != state)
             changes.append(path).append(" was ").append(before->second).append(", is ").append(state) += '\n';
-        }
     }
-    for (const auto& [path, state] : known) {
+    for (const auto& [path, state] : known)
         if (!now.contains(path)) changes += path + " is gone\n";
-    }
     known = std::move(now);
     return changes;
 }

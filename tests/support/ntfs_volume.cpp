@@ -27,9 +27,8 @@ bool MakeSparseFile(const std::string& path, std::uint64_t bytes) {
 }  // namespace
 
 std::string NtfsVolume::SkipReason() {
-    for (const char* program : {"mkntfs", "ntfs-3g", "ntfssecaudit"}) {
+    for (const char* program : {"mkntfs", "ntfs-3g", "ntfssecaudit"})
         if (std::string reason = MissingProgram(program); !reason.empty()) return reason;
-    }
     if (!UniqueFd(open("/dev/fuse", O_RDWR | O_CLOEXEC))) return "/dev/fuse cannot be opened";
     return CannotMountReason();
 }

@@ -25,10 +25,9 @@ struct MountTableCloser {
 std::vector<std::string> MountsOfTests() {
     const std::unique_ptr<FILE, MountTableCloser> table(setmntent("/proc/self/mounts", "re"));
     std::vector<std::string> places;
-    while (const mntent* entry = table ? getmntent(table.get()) : nullptr) {
+    while (const mntent* entry = table ? getmntent(table.get()) : nullptr)
         if (std::string place = entry->mnt_dir; place.find(kTemporaryFolderPrefix) != std::string::npos)
             places.push_back(std::move(place));
-    }
     return places;
 }
 

@@ -31,9 +31,8 @@ class RecordingPresenter : public MessagePresenter {
     RecordingPresenter& operator=(const RecordingPresenter&) = delete;
     ~RecordingPresenter() override {
         SetMessagePresenter(previous);
-        for (const RecordedBox& box : boxes) {
+        for (const RecordedBox& box : boxes)
             ADD_FAILURE() << "unexpected message box: " << ::testing::PrintToString(box);
-        }
     }
 
     int answer = IDOK;

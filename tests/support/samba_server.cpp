@@ -105,9 +105,8 @@ CommandResult RunSmbcacls(const std::string& share, const std::string& name,
 }  // namespace
 
 std::string SambaServer::SkipReason() {
-    for (const char* program : {"smbd", "smbpasswd", "smbcacls", "smbclient"}) {
+    for (const char* program : {"smbd", "smbpasswd", "smbcacls", "smbclient"})
         if (std::string reason = MissingProgram(program); !reason.empty()) return reason;
-    }
     return CannotMountReason();
 }
 
@@ -148,9 +147,8 @@ CommandResult SambaServer::Smbcacls(const std::string& name, const std::vector<s
 std::string SambaServer::ServedEntries(const std::string& name) const {
     std::istringstream text(Smbcacls(name).output);
     std::string entries;
-    for (std::string line; std::getline(text, line);) {
+    for (std::string line; std::getline(text, line);)
         if (line.starts_with("ACL:")) entries += line.substr(4) + '\n';
-    }
     return entries;
 }
 

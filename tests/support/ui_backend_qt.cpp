@@ -161,9 +161,8 @@ bool ServeEventsUntil(const std::function<bool()>& condition, std::chrono::milli
 
 std::vector<HWND> OpenWindows() {
     std::vector<HWND> windows;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
+    for (QWidget* widget : QApplication::topLevelWidgets())
         if (widget->isVisible()) windows.push_back(HandleOf(*widget));
-    }
     return windows;
 }
 

@@ -212,10 +212,9 @@ UiDriver::UiDriver() : state(std::make_shared<State>()) {
 
 UiDriver::~UiDriver() {
     WatchModalWindows(nullptr);
-    for (const auto& level : state->declared) {
+    for (const auto& level : state->declared)
         for (const Expectation& expectation : level)
             ADD_FAILURE() << "declared, but did not come: " << expectation;
-    }
 }
 
 void UiDriver::ExpectDialog(unsigned int templateId, Script script) {

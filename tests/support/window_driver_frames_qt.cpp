@@ -22,9 +22,8 @@ struct FoundEntry {
 
 // The entry of `command` in `menu`, which is open, or in one of its pop-ups, which are opened on the way.
 FoundEntry FindEntry(QMenu& menu, unsigned int command) {
-    for (QAction* action : menu.actions()) {
+    for (QAction* action : menu.actions())
         if (action->menu() == nullptr && action->data().toUInt() == command) return {&menu, action};
-    }
     for (QAction* action : menu.actions()) {
         if (action->menu() == nullptr) continue;
         menu.setActiveAction(action);

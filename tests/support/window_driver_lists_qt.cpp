@@ -61,10 +61,9 @@ std::vector<std::string> WindowDriver::Rows(unsigned int id) const {
 
 std::vector<std::string> WindowDriver::Headers(unsigned int id) const {
     std::vector<std::string> headers;
-    if (const auto* list = Control<ListWidget>(window, id)) {
+    if (const auto* list = Control<ListWidget>(window, id))
         for (const ListColumn& column : list->List()->Columns())
             headers.push_back(column.header);
-    }
     return headers;
 }
 
@@ -85,9 +84,8 @@ bool WindowDriver::IsRowChecked(unsigned int id, int row) const {
 
 int WindowDriver::FindRow(unsigned int id, const std::string& text) const {
     const auto* list = Control<ListWidget>(window, id);
-    for (int row = 0; list != nullptr && row < list->List()->Rows().Count(); ++row) {
+    for (int row = 0; list != nullptr && row < list->List()->Rows().Count(); ++row)
         if (list->List()->Rows().Text(row, 0) == text) return row;
-    }
     ADD_FAILURE() << "no row \"" << text << "\"";
     return -1;
 }

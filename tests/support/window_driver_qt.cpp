@@ -25,10 +25,9 @@ const QString kControlName = QStringLiteral("control %1");
 const QString kToolbarButtonName = QStringLiteral("button %1");
 
 unsigned int ControlIdOf(const QWidget* widget) {
-    for (; widget != nullptr; widget = widget->parentWidget()) {
+    for (; widget != nullptr; widget = widget->parentWidget())
         if (widget->objectName().startsWith(QLatin1String("control ")))
             return static_cast<unsigned int>(widget->objectName().section(QLatin1Char(' '), 1).toInt());
-    }
     return 0;
 }
 
@@ -38,9 +37,8 @@ QString TextOf(const QWidget& widget) {
     if (const auto* edit = qobject_cast<const QLineEdit*>(&widget)) return edit->text();
     if (const auto* combo = qobject_cast<const QComboBox*>(&widget)) return combo->currentText();
     if (const auto* box = qobject_cast<const QGroupBox*>(&widget)) return box->title();
-    if (const auto* button = qobject_cast<const QAbstractButton*>(&widget)) {
+    if (const auto* button = qobject_cast<const QAbstractButton*>(&widget))
         return button->text().replace(QLatin1Char('\n'), QLatin1Char(' '));  // the back end breaks lines
-    }
     return {};
 }
 
@@ -67,13 +65,11 @@ void PressKey(QWidget& window, QKeyCombination key) {
 }
 
 void TypeText(QWidget& widget, const std::string& text) {
-    for (const char32_t letter : ToQt(text).toUcs4()) {
-        if (letter < 0x80) {
+    for (const char32_t letter : ToQt(text).toUcs4())
+        if (letter < 0x80)
             QTest::keyClick(&widget, static_cast<char>(letter));
-        } else {
+        else
             QTest::sendKeyEvent(QTest::Click, &widget, Qt::Key_unknown, QString::fromUcs4(&letter, 1), {});
-        }
-    }
 }
 
 }  // namespace
@@ -108,11 +104,10 @@ void ClickWidget(QWidget& target, const QPoint& point, Qt::MouseButton button,
         return;
     }
     QWindow* native = window.windowHandle();
-    if (clicks == Clicks::kOne) {
+    if (clicks == Clicks::kOne)
         QTest::mouseClick(native, button, modifiers, place);
-    } else {
+    else
         QTest::mouseDClick(native, button, modifiers, place);
-    }
     QCoreApplication::processEvents();
 }
 

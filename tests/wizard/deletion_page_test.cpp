@@ -243,9 +243,8 @@ TEST_P(WizardDeletionEnds, AtEveryMoment) {
     EXPECT_EQ(std::filesystem::exists("top/file"), !isFileGone);
     EXPECT_EQ(std::filesystem::exists("top"), moment != Moment::kAfter);
     EXPECT_EQ(std::filesystem::exists("later"), moment != Moment::kAfter);
-    if (moment == Moment::kInAFile) {
+    if (moment == Moment::kInAFile)
         EXPECT_EQ(test::ReadWholeFile("top/file"), std::string(512, '\0') + std::string(1536, 'x'));
-    }
     // Nothing of it reaches the next run.
     items.askBeforeSecureDeletion = false;
     MakeFile("next", 1);

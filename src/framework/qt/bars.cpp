@@ -71,13 +71,11 @@ void ToolBarWindow::SetButtons(std::span<const ToolButton> made) {
     watches.clear();
     Bar().clear();
     buttons.clear();
-    for (const ToolButton& each : made) {
-        if (each.id == 0) {
+    for (const ToolButton& each : made)
+        if (each.id == 0)
             Bar().addSeparator();
-        } else {
+        else
             AddButton(each);
-        }
-    }
     KeepTabStop();
 }
 
@@ -231,11 +229,10 @@ void WatchKeys(CWnd& pane, std::function<void()> onEnter, std::function<void()> 
             if (press.key() != Qt::Key_Escape && !(isKey && isEnter)) return false;
             event.accept();
             if (!isKey) return true;
-            if (isEnter) {
+            if (isEnter)
                 enter();
-            } else if (!qt::IsLateEscape(widget)) {
+            else if (!qt::IsLateEscape(widget))
                 escape();
-            }
             return true;
         });
     filter->setParent(&widget);

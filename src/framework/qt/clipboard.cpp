@@ -83,10 +83,9 @@ bool SetNativeClipboardData(unsigned int format, std::span<const std::uint8_t> b
     QClipboard& clipboard = *QGuiApplication::clipboard();
     auto data = std::make_unique<QMimeData>();
     // What is there in other formats stays if it is this program's own.
-    if (const QMimeData* own = OwnData()) {
+    if (const QMimeData* own = OwnData())
         for (const QString& other : own->formats())
             data->setData(other, own->data(other));
-    }
     data->setData(
         type, QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())));
     Placed() = data.get();

@@ -9,11 +9,10 @@ namespace permora {
 void SetCursor(Cursor cursor) {
     QWidget* under = QApplication::widgetAt(QCursor::pos());
     if (under == nullptr) return;
-    if (cursor == Cursor::kHand) {
+    if (cursor == Cursor::kHand)
         under->setCursor(Qt::PointingHandCursor);
-    } else {
+    else
         under->unsetCursor();
-    }
 }
 
 }  // namespace permora

@@ -182,11 +182,10 @@ void DialogStyle::drawControl(ControlElement element, const QStyleOption* option
         return;
     }
     const auto* box = element == CE_CheckBox ? qstyleoption_cast<const QStyleOptionButton*>(option) : nullptr;
-    if (box != nullptr && IsRaised(widget)) {
+    if (box != nullptr && IsRaised(widget))
         DrawRaisedCheckBox(*painter, *this, *box, *widget);
-    } else {
+    else
         QProxyStyle::drawControl(element, option, painter, widget);
-    }
 }
 
 // The style would take clicks only where it would have drawn the box.

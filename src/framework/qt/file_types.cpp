@@ -64,11 +64,10 @@ void TypedNames::AddRules(const QString& path, QStringList& patterns) {
         const QString ending = pattern.mid(2);
         const bool isEnding = pattern.startsWith(u"*.") && !ending.contains(u'*') && !ending.contains(u'?') &&
                               !ending.contains(u'[') && !ending.contains(u'\\');
-        if (isEnding) {
+        if (isEnding)
             endings.insert(LastPart(ending));
-        } else {
+        else
             patterns.append(QRegularExpression::wildcardToRegularExpression(pattern));
-        }
     }
 }
 

@@ -164,10 +164,9 @@ void FrameWindow::SetMenu(const CMenu& menu) {
     handlers.opening = [this](CMenu::Items& items) { events.OnMenuOpening(items); };
     handlers.highlighted = [this](unsigned int id) { events.OnHighlight(id); };
     handlers.chosen = [this](unsigned int id) { PostChosen(id); };
-    for (const MenuItem& item : menu.Shared()->entries) {
+    for (const MenuItem& item : menu.Shared()->entries)
         if (item.popup != nullptr)
             qt::ShowItems(*top->Menu().addMenu(qt::MenuText(item.text)), item.popup, handlers);
-    }
     top->ShowMenu();
 }
 

@@ -94,9 +94,8 @@ QIcon ToQt(const CIcon& icon) {
 
 QPixmap LargestPixmap(const QIcon& icon) {
     QSize largest;
-    for (const QSize& size : icon.availableSizes()) {
+    for (const QSize& size : icon.availableSizes())
         if (size.width() > largest.width()) largest = size;
-    }
     return largest.isValid() ? icon.pixmap(largest, 1.0) : QPixmap();
 }
 

@@ -125,9 +125,8 @@ QAccessibleInterface* ListAccessible::child(int index) const {
 }
 
 int ListAccessible::indexOfChild(const QAccessibleInterface* child) const {
-    for (auto each = rows.constBegin(); each != rows.constEnd(); ++each) {
+    for (auto each = rows.constBegin(); each != rows.constEnd(); ++each)
         if (QAccessible::accessibleInterface(each.value()) == child) return each.key();
-    }
     return -1;
 }
 

@@ -59,30 +59,27 @@ void ListWidget::PressLeft(int row, const QPoint& viewportPoint, SelectMode mode
     }
     // Of several selected rows all stay selected until the button is let go.
     press.selectsOnRelease = mode == SelectMode::kReplace && list->Rows().IsSelected(row);
-    if (press.selectsOnRelease) {
+    if (press.selectsOnRelease)
         list->SetCursor({row, row, row});
-    } else {
+    else
         SelectByClick(*list, row, mode);
-    }
 }
 
 void ListWidget::PressRight(int row) {
-    if (list->Rows().IsSelected(row)) {
+    if (list->Rows().IsSelected(row))
         list->SetCursor({row, row, row});
-    } else {
+    else
         SelectByClick(*list, row, SelectMode::kReplace);
-    }
 }
 
 void ListWidget::mouseMoveEvent(QMouseEvent* event) {
     if (!band) return;
     const QPoint point = event->position().toPoint();
     MoveBand(point);
-    if (viewport()->rect().contains(point)) {
+    if (viewport()->rect().contains(point))
         bandScroll.stop();
-    } else if (!bandScroll.isActive()) {
+    else if (!bandScroll.isActive())
         bandScroll.start(kBandScrollMilliseconds, this);
-    }
 }
 
 void ListWidget::MoveBand(const QPoint& viewportPoint) {
@@ -95,9 +92,8 @@ void ListWidget::MoveBand(const QPoint& viewportPoint) {
 std::vector<int> ListWidget::RowsInBand(const QRect& frame) const {
     std::vector<int> touched;
     const RowRange rows = layout.RowsIn(FromQt(frame));
-    for (int row = rows.first; row < rows.last; ++row) {
+    for (int row = rows.first; row < rows.last; ++row)
         if (ToQt(layout.Cell(row)).intersects(frame)) touched.push_back(row);
-    }
     return touched;
 }
 
@@ -115,11 +111,10 @@ void ListWidget::ScrollForBand() {
 }
 
 void ListWidget::timerEvent(QTimerEvent* event) {
-    if (event->timerId() == bandScroll.timerId()) {
+    if (event->timerId() == bandScroll.timerId())
         ScrollForBand();
-    } else {
+    else
         QAbstractScrollArea::timerEvent(event);
-    }
 }
 
 void ListWidget::EndBand() {

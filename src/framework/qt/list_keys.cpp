@@ -37,9 +37,8 @@ unsigned int VirtualKeyOf(int key) {
         return static_cast<unsigned int>(key);
     constexpr unsigned int kF1 = 0x70;
     if (key >= Qt::Key_F1 && key <= Qt::Key_F24) return kF1 + static_cast<unsigned int>(key - Qt::Key_F1);
-    for (const KeyCode& each : kKeyCodes) {
+    for (const KeyCode& each : kKeyCodes)
         if (each.key == key) return each.virtualKey;
-    }
     return 0;
 }
 
@@ -49,16 +48,14 @@ int KeyOf(unsigned int virtualKey) {
     constexpr int kF1 = 0x70;
     constexpr int kF24 = 0x87;
     if (code >= kF1 && code <= kF24) return Qt::Key_F1 + code - kF1;
-    for (const KeyCode& each : kKeyCodes) {
+    for (const KeyCode& each : kKeyCodes)
         if (each.virtualKey == virtualKey) return each.key;
-    }
     return Qt::Key_unknown;
 }
 
 std::optional<ListStep> StepOf(int key) {
-    for (const KeyStep& each : kKeySteps) {
+    for (const KeyStep& each : kKeySteps)
         if (each.key == key) return each.step;
-    }
     return std::nullopt;
 }
 

@@ -51,11 +51,10 @@ void ListWidget::RowStateChanged(int row) {
 
 void ListWidget::RowTextChanged(int row) {
     const bool isSizedByText = list->View() == ListView::kList || list->View() == ListView::kSmallIcons;
-    if (isSizedByText) {
+    if (isSizedByText)
         MarkForLayout();
-    } else {
+    else
         Update(row);
-    }
 }
 
 void ListWidget::ColumnsChanged() {
@@ -222,11 +221,10 @@ void ListWidget::scrollContentsBy(int /*dx*/, int /*dy*/) {
 
 void ListWidget::wheelEvent(QWheelEvent* event) {
     // Rows that fill downwards are scrolled sideways by the ordinary wheel.
-    if (list->View() == ListView::kList) {
+    if (list->View() == ListView::kList)
         QCoreApplication::sendEvent(horizontalScrollBar(), event);
-    } else {
+    else
         QAbstractScrollArea::wheelEvent(event);
-    }
 }
 
 void ListWidget::focusInEvent(QFocusEvent* event) {

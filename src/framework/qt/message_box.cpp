@@ -73,9 +73,8 @@ int Show(HWND owner, const char* text, const char* caption, UINT type) {
     if (isBusy) QApplication::setOverrideCursor(Qt::ArrowCursor);
     const int chosen = box.exec();
     if (isBusy) QApplication::restoreOverrideCursor();
-    for (const ButtonId& each : kButtonIds) {
+    for (const ButtonId& each : kButtonIds)
         if (each.button == chosen) return each.id;
-    }
     return 0;
 }
 

@@ -5,11 +5,10 @@
 namespace permora::qt {
 
 void PushButton::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         click();
-    } else {
+    else
         QPushButton::keyPressEvent(event);
-    }
 }
 
 void ShowDefaultButton(const QWidget& window) {

@@ -29,9 +29,8 @@ class ReBarWidget : public QWidget {
     void LayOut();
     QSize sizeHint() const override {
         int height = 0;
-        for (const Band& band : bands) {
+        for (const Band& band : bands)
             if (IsShown(band)) height = std::max(height, SizeOf(band).height());
-        }
         return {RoomAfter(-1), height + 2 * kBandMargin + kLineHeight};
     }
 
@@ -132,9 +131,8 @@ void ReBarWidget::paintEvent(QPaintEvent* /*event*/) {
 }
 
 qsizetype ReBarWidget::GripperAt(const QPoint& point) const {
-    for (qsizetype i = 0; i < bands.size(); ++i) {
+    for (qsizetype i = 0; i < bands.size(); ++i)
         if (IsShown(bands[i]) && ShownBefore(i) >= 0 && GripperOf(bands[i]).contains(point)) return i;
-    }
     return -1;
 }
 

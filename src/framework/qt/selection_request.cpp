@@ -120,11 +120,10 @@ bool SelectionRequest::nativeEventFilter(const QByteArray& eventType, void* mess
 
 bool SelectionRequest::Take(const xcb_selection_notify_event_t& event) {
     if (event.requestor != window || comesInPieces) return false;
-    if (event.property == property) {
+    if (event.property == property)
         TakeBytes();
-    } else {
+    else
         End(State::kRefused);
-    }
     return true;
 }
 

@@ -38,9 +38,8 @@ QWidget* WidgetOf(const CWnd& window) {
 }
 
 QWidget* LiveWidget(HWND handle) {
-    for (QWidget* widget : QApplication::allWidgets()) {
+    for (QWidget* widget : QApplication::allWidgets())
         if (HandleOf(*widget) == handle) return widget;
-    }
     return nullptr;
 }
 

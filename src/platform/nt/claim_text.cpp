@@ -207,9 +207,8 @@ bool AppendQuoted(std::span<const std::uint8_t> stored, std::string& text) {
 bool TakeQuoted(std::string_view& text, std::vector<std::uint8_t>& stored) {
     stored.clear();
     if (!TakeCharacter('"', text)) return false;
-    while (!text.empty() && text.front() != '"') {
+    while (!text.empty() && text.front() != '"')
         if (text.front() == '\0' || !TakeUtf8(text, stored)) return false;
-    }
     return TakeCharacter('"', text);
 }
 

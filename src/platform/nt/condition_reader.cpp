@@ -125,9 +125,8 @@ bool ConditionReader::ReadTerm() {
         return true;
     }
     if (text.starts_with('(')) return ReadEnclosed() && ReadRelations();
-    for (const OperatorKind kind : {OperatorKind::kMembership, OperatorKind::kExistence}) {
+    for (const OperatorKind kind : {OperatorKind::kMembership, OperatorKind::kExistence})
         if (const ConditionOperator* row = TakeOperator(kind)) return ReadUnary(*row);
-    }
     return ReadAttribute(true) && ReadRelations();
 }
 

@@ -80,9 +80,8 @@ bool AppendStoredNumber(Bytes& bytes, std::string& text) {
 }
 
 std::optional<std::string> ConditionWriter::Write() {
-    while (!rest.empty() && rest.front() != token::kPadding) {
+    while (!rest.empty() && rest.front() != token::kPadding)
         if (!WriteToken()) return std::nullopt;
-    }
     const bool isPadding = std::ranges::all_of(rest, [](std::uint8_t byte) { return byte == 0; });
     if (!isPadding || operands.size() != 1 || !operands.front().IsCondition()) return std::nullopt;
     return std::move(operands.front()).Enclosed();

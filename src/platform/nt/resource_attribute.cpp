@@ -203,9 +203,8 @@ std::optional<std::vector<std::uint8_t>> AttributeReader::Read() {
         !ReadFlags())
         return std::nullopt;
     AppendU16(name, 0);
-    while (!TakeSeparator(')')) {
+    while (!TakeSeparator(')'))
         if (!TakeSeparator(',') || !ReadValue()) return std::nullopt;
-    }
     if (!text.empty()) return std::nullopt;
     return Stored();
 }

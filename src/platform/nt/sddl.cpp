@@ -31,9 +31,8 @@ bool Includes(std::uint32_t parts, SddlParts part) {
 }
 
 void AppendListFlags(std::uint16_t control, std::uint16_t ListFlag::*bit, std::string& text) {
-    for (const ListFlag& flag : kListFlags) {
+    for (const ListFlag& flag : kListFlags)
         if ((control & flag.*bit) != 0) text += flag.letters;
-    }
 }
 
 bool AppendEntries(const Acl& acl, SddlWords words, std::string& text) {
@@ -119,12 +118,10 @@ bool IsAtPart(std::string_view text) {
 std::optional<ListText> TakeList(std::string_view& text, std::uint16_t ListFlag::*bit, const Sid* machine,
                                  std::uint16_t& control) {
     ListText list;
-    while (!text.empty() && text.front() != '(' && !IsAtPart(text)) {
+    while (!text.empty() && text.front() != '(' && !IsAtPart(text))
         if (!TakeListWord(text, bit, control, list)) return std::nullopt;
-    }
-    while (text.starts_with('(')) {
+    while (text.starts_with('('))
         if (list.isNull || !TakeEntry(text, machine, list.acl)) return std::nullopt;
-    }
     if (list.acl.ByteSize() > Acl::kMaxBytes) return std::nullopt;
     return list;
 }

@@ -19,9 +19,8 @@ bool AppendBits(std::span<const Abbreviation> table, std::uint32_t bits, std::st
     for (const Abbreviation& row : table)
         nameless &= ~row.value;
     if (nameless != 0) return false;
-    for (const Abbreviation& row : table) {
+    for (const Abbreviation& row : table)
         if ((bits & row.value) != 0) text += row.letters;
-    }
     return true;
 }
 

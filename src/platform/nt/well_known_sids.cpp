@@ -23,9 +23,8 @@ constexpr std::string_view kLabels = "Mandatory Label";
 bool ComesBefore(const Sid& one, const Sid& other) {
     if (one.Authority() != other.Authority()) return one.Authority() < other.Authority();
     const std::size_t common = std::min(one.SubAuthorityCount(), other.SubAuthorityCount());
-    for (std::size_t i = 0; i < common; ++i) {
+    for (std::size_t i = 0; i < common; ++i)
         if (one.SubAuthority(i) != other.SubAuthority(i)) return one.SubAuthority(i) < other.SubAuthority(i);
-    }
     return one.SubAuthorityCount() < other.SubAuthorityCount();
 }
 

@@ -142,9 +142,8 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
         {OverwriteObstacle::kSparse, (info.dwFileAttributes & FILE_ATTRIBUTE_SPARSE_FILE) != 0},
     };
     obstacles.clear();
-    for (const auto& [obstacle, isThere] : answers) {
+    for (const auto& [obstacle, isThere] : answers)
         if (isThere) obstacles.push_back(obstacle);
-    }
     return ERROR_SUCCESS;
 }
 

@@ -80,22 +80,20 @@ class TreeWalk {
     void Advance(OpenFolder& folder) {
         folder.hasNext = FindNextFileA(folder.search.get(), &folder.next) != FALSE;
         if (folder.hasNext || GetLastError() == ERROR_NO_MORE_FILES) return;
-        if (open.size() == 1) {
+        if (open.size() == 1)
             result = GetLastError();
-        } else {
+        else
             PassOver(GetLastError());
-        }
     }
 
     void Visit(const WIN32_FIND_DATAA& entry) {
         const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
         const bool isRefused = isLink && links == Links::kPassOver;
         const DWORD error = isRefused ? DWORD{ERROR_CANT_RESOLVE_FILENAME} : change(path);
-        if (error == ERROR_SUCCESS) {
+        if (error == ERROR_SUCCESS)
             ++counts.changed;
-        } else {
+        else
             PassOver(error);
-        }
         if (isLink || (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return;
         const DWORD listingError = Enter();
         if (listingError != ERROR_SUCCESS) PassOver(listingError);

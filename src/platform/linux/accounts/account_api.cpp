@@ -36,9 +36,8 @@ bool IsAnotherMachine(LPCSTR system) {
 
 BOOL WINAPI LookupAccountSidA(LPCSTR system, PSID sid, LPSTR name, LPDWORD nameSize, LPSTR domain,
                               LPDWORD domainSize, PSID_NAME_USE use) {
-    if (sid == nullptr || nameSize == nullptr || domainSize == nullptr || use == nullptr) {
+    if (sid == nullptr || nameSize == nullptr || domainSize == nullptr || use == nullptr)
         return Fail(ERROR_INVALID_PARAMETER);
-    }
     if (!IsValidSid(sid)) return Fail(ERROR_INVALID_SID);
     const std::optional<Sid> value = Sid::FromBytes({static_cast<const BYTE*>(sid), GetLengthSid(sid)});
     if (!value) return Fail(ERROR_INVALID_SID);
@@ -62,9 +61,8 @@ BOOL WINAPI LookupAccountSidA(LPCSTR system, PSID sid, LPSTR name, LPDWORD nameS
 
 BOOL WINAPI LookupAccountNameA(LPCSTR system, LPCSTR account, PSID sid, LPDWORD sidSize, LPSTR domain,
                                LPDWORD domainSize, PSID_NAME_USE use) {
-    if (account == nullptr || sidSize == nullptr || domainSize == nullptr || use == nullptr) {
+    if (account == nullptr || sidSize == nullptr || domainSize == nullptr || use == nullptr)
         return Fail(ERROR_INVALID_PARAMETER);
-    }
     if (IsAnotherMachine(system)) return Fail(ERROR_NONE_MAPPED);
 
     Sid value;

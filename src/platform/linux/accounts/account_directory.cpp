@@ -41,9 +41,8 @@ DWORD DescribeComputed(const Machine& machine, const nt::Sid& sid, Account& acco
         const std::optional<id_t> id = IdOfComputedSid(kind, *machine.sid, sid);
         if (!id) continue;
         // Most users have a group of the same name, so groups are told apart by their domain.
-        if (kind == AccountKind::kUser) {
+        if (kind == AccountKind::kUser)
             return DescribeHostAccount(kind, *id, machine.name, SidTypeUser, account);
-        }
         return DescribeHostAccount(kind, *id, UnixDomainName(kind), SidTypeAlias, account);
     }
     return ERROR_NONE_MAPPED;
@@ -62,9 +61,8 @@ DWORD DescribeSambaAccount(const Machine& machine, const nt::Sid& sid, Account& 
 DWORD DescribeOfMachine(const nt::Sid& sid, Account& account) {
     for (const AccountKind kind : kKinds) {
         const SID_NAME_USE use = kind == AccountKind::kUser ? SidTypeUser : SidTypeGroup;
-        if (const std::optional<id_t> id = IdOfUnixSid(kind, sid)) {
+        if (const std::optional<id_t> id = IdOfUnixSid(kind, sid))
             return DescribeHostAccount(kind, *id, UnixDomainName(kind), use, account);
-        }
     }
     const Machine& machine = ThisMachine();
     if (!machine.sid) return ERROR_NONE_MAPPED;
@@ -182,11 +180,9 @@ DWORD FindBare(std::string_view name, LetterCase letterCase, nt::Sid& sid) {
 }
 
 DWORD FindQualified(std::string_view domain, std::string_view name, LetterCase letterCase, nt::Sid& sid) {
-    for (const AccountKind kind : kKinds) {
-        if (IsSameName(domain, UnixDomainName(kind), LetterCase::kIgnored)) {
+    for (const AccountKind kind : kKinds)
+        if (IsSameName(domain, UnixDomainName(kind), LetterCase::kIgnored))
             return FindInUnixDomain(kind, name, letterCase, sid);
-        }
-    }
     if (FindWellKnown(name, &domain, letterCase, sid) == ERROR_SUCCESS) return ERROR_SUCCESS;
     const bool isMachine = IsSameName(domain, ThisMachine().name, LetterCase::kIgnored);
     return isMachine ? FindOfMachine(name, letterCase, sid) : ERROR_NONE_MAPPED;

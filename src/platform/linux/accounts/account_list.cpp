@@ -9,9 +9,8 @@ namespace permora::host {
 namespace {
 
 void AppendSambaAccounts(const Machine& machine, AccountKind kind, std::vector<std::string>& names) {
-    for (const SambaAccount& account : AllSambaAccounts(kind).All()) {
+    for (const SambaAccount& account : AllSambaAccounts(kind).All())
         if (account.sid.IsDirectlyBelow(*machine.sid)) names.push_back(machine.name + '\\' + account.name);
-    }
 }
 
 bool HasSambaAccount(AccountKind kind, id_t id) {
@@ -34,9 +33,8 @@ DWORD ListAccountNames(AccountKind kind, std::vector<std::string>& names) {
     std::vector<std::string> found;
     if (machine.source == AccountSource::kSamba) AppendSambaAccounts(machine, kind, found);
     const std::string domain = HostDomain(machine, kind);
-    for (const HostAccount& account : hosts) {
+    for (const HostAccount& account : hosts)
         if (!HasSambaAccount(kind, account.id)) found.push_back(domain + '\\' + account.name);
-    }
     names = std::move(found);
     return ERROR_SUCCESS;
 }

@@ -139,10 +139,9 @@ class Memberships {
 
     void AddSambaGroupsOf(const nt::Sid& sid) {
         if (aliases == nullptr) return;
-        for (const SambaAlias& alias : aliases->list) {
+        for (const SambaAlias& alias : aliases->list)
             if (std::find(alias.members.begin(), alias.members.end(), sid) != alias.members.end())
                 Add(alias.sid);
-        }
     }
 
     std::vector<nt::Sid> sids;

@@ -197,9 +197,8 @@ DWORD FindHostName(AccountKind kind, id_t id, std::string& name) {
             return ERROR_SUCCESS;
         }
     }
-    if (kind == AccountKind::kUser) {
+    if (kind == AccountKind::kUser)
         return Ask(getpwuid_r, id, [&](const passwd& user) { return TakeName(user.pw_name, name); });
-    }
     return Ask(getgrgid_r, id, [&](const group& found) { return TakeName(found.gr_name, name); });
 }
 
@@ -211,9 +210,8 @@ DWORD FindHostId(AccountKind kind, const std::string& name, id_t& id) {
             return ERROR_SUCCESS;
         }
     }
-    if (kind == AccountKind::kUser) {
+    if (kind == AccountKind::kUser)
         return Ask(getpwnam_r, name.c_str(), [&](const passwd& user) { return TakeId(user.pw_uid, id); });
-    }
     return Ask(getgrnam_r, name.c_str(), [&](const group& found) { return TakeId(found.gr_gid, id); });
 }
 

@@ -19,9 +19,8 @@ std::vector<SambaAccount> ListUsers(const Machine& machine) {
     std::string listing;
     if (AskSamba("pdbedit", {"-L", "-v"}, kListLimits, listing) != ERROR_SUCCESS) return users;
     users = ParseUserList(listing, *machine.sid);
-    if (const auto guest = machine.sid->Append(kGuestId); guest && IsPlainAccountName(machine.guestAccount)) {
+    if (const auto guest = machine.sid->Append(kGuestId); guest && IsPlainAccountName(machine.guestAccount))
         users.push_back({machine.guestAccount, *guest, nt::SidUse::kUser, std::nullopt});
-    }
     for (SambaAccount& user : users) {
         id_t id = 0;
         if (FindHostId(AccountKind::kUser, user.name, id) == ERROR_SUCCESS) user.id = id;
@@ -35,9 +34,8 @@ std::vector<SambaAccount> ListGroups(const Machine& machine) {
     if (AskSamba("net", {"groupmap", "list", "verbose"}, kListLimits, listing) != ERROR_SUCCESS)
         return groups;
     groups = ParseGroupMap(listing);
-    if (const auto none = machine.sid->Append(kNoneId)) {
+    if (const auto none = machine.sid->Append(kNoneId))
         groups.push_back({"None", *none, nt::SidUse::kGroup, std::nullopt});
-    }
     return groups;
 }
 
@@ -78,9 +76,8 @@ const SambaAccount* SambaAccounts::Find(const nt::Sid& sid) const {
 }
 
 const SambaAccount* SambaAccounts::Find(std::string_view name, LetterCase letterCase) const {
-    for (const SambaAccount& account : accounts) {
+    for (const SambaAccount& account : accounts)
         if (IsSameName(account.name, name, letterCase)) return &account;
-    }
     return nullptr;
 }
 

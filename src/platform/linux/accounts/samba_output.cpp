@@ -132,9 +132,8 @@ std::vector<SambaAccount> ParseGroupMap(std::string_view text) {
 
 std::vector<nt::Sid> ParseMembers(std::string_view text) {
     std::vector<nt::Sid> members;
-    for (const std::string_view line : SplitLines(text)) {
+    for (const std::string_view line : SplitLines(text))
         if (const std::optional<nt::Sid> sid = nt::Sid::FromText(line)) members.push_back(*sid);
-    }
     return members;
 }
 

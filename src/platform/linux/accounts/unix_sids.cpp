@@ -32,9 +32,8 @@ nt::Sid UnixSid(AccountKind kind, id_t id) {
 std::optional<id_t> IdOfUnixSid(AccountKind kind, const nt::Sid& sid) {
     if (sid.Authority() != kUnixAuthority || sid.SubAuthorityCount() != 2) return std::nullopt;
     // The highest number means "leave as it is" to chown: no account has it.
-    if (sid.SubAuthority(0) != UnixDomain(kind) || sid.SubAuthority(1) == std::numeric_limits<id_t>::max()) {
+    if (sid.SubAuthority(0) != UnixDomain(kind) || sid.SubAuthority(1) == std::numeric_limits<id_t>::max())
         return std::nullopt;
-    }
     return sid.SubAuthority(1);
 }
 

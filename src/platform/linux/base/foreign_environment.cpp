@@ -57,9 +57,8 @@ bool IsHarmless(std::string_view name, std::string_view value) {
     // To some, nothing before or behind a separator is the current directory.
     if (isPlace && (value.starts_with(':') || value.ends_with(':') || value.find("::") != value.npos))
         return false;
-    while (!value.empty()) {
+    while (!value.empty())
         if (!IsPartHarmless(TakeUntil(':', value), isPlace)) return false;
-    }
     return true;
 }
 

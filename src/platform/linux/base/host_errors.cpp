@@ -72,12 +72,10 @@ constexpr ErrorPair kOtherErrors[] = {
 }  // namespace
 
 DWORD ErrorFromErrno(int errorNumber) {
-    for (const ErrorPair& pair : kFileSystemErrors) {
+    for (const ErrorPair& pair : kFileSystemErrors)
         if (pair.errorNumber == errorNumber) return pair.code;
-    }
-    for (const ErrorPair& pair : kOtherErrors) {
+    for (const ErrorPair& pair : kOtherErrors)
         if (pair.errorNumber == errorNumber) return pair.code;
-    }
     return ERROR_IO_DEVICE;
 }
 
@@ -88,9 +86,8 @@ DWORD ErrorFromOpening(int errorNumber) {
 int ErrnoForMessage(DWORD code) {
     // A folder on the way is missing: the C library has one text for both.
     if (code == ERROR_PATH_NOT_FOUND) return ENOENT;
-    for (const ErrorPair& pair : kFileSystemErrors) {
+    for (const ErrorPair& pair : kFileSystemErrors)
         if (pair.code == code) return pair.errorNumber;
-    }
     return 0;
 }
 

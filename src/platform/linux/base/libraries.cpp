@@ -67,17 +67,15 @@ Library* FindByName(std::string_view name) {
         EqualsIgnoringCase(name.substr(name.size() - extension.size()), extension)) {
         name.remove_suffix(extension.size());
     }
-    for (Library& library : Libraries()) {
+    for (Library& library : Libraries())
         if (EqualsIgnoringCase(name, library.name)) return &library;
-    }
     return nullptr;
 }
 
 // The library that `handle` stands for while it is loaded, else null.
 Library* FindLoaded(HMODULE handle) {
-    for (Library& library : Libraries()) {
+    for (Library& library : Libraries())
         if (&library == handle && library.loads != 0) return &library;
-    }
     return nullptr;
 }
 
@@ -127,9 +125,8 @@ FARPROC WINAPI GetProcAddress(HMODULE library, LPCSTR name) {
         return nullptr;
     }
     if (name != nullptr) {
-        for (const Function& function : loaded->functions) {
+        for (const Function& function : loaded->functions)
             if (function.name == name) return function.address;
-        }
     }
     SetLastError(ERROR_PROC_NOT_FOUND);
     return nullptr;

@@ -27,11 +27,10 @@ std::string PercentEncoded(std::string_view hostPath) {
     encoded.reserve(hostPath.size());
     for (const char character : hostPath) {
         const auto byte = static_cast<unsigned char>(character);
-        if (StandsForItself(character)) {
+        if (StandsForItself(character))
             encoded += character;
-        } else {
+        else
             encoded += {'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
-        }
     }
     return encoded;
 }

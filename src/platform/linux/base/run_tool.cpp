@@ -71,9 +71,8 @@ std::optional<std::string> FindTool(const std::string& name) {
     for (const char* folder : kToolFolders) {
         std::string path = folder + name;
         struct stat status {};
-        if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && access(path.c_str(), X_OK) == 0) {
+        if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && access(path.c_str(), X_OK) == 0)
             return path;
-        }
     }
     return std::nullopt;
 }

@@ -30,9 +30,8 @@ constexpr bool IsLowSurrogate(char32_t unit) {
 Decoded DecodeUtf16(std::u16string_view wide) {
     const char32_t unit = wide[0];
     if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) return {unit, 1};
-    if (IsHighSurrogate(unit) && wide.size() > 1 && IsLowSurrogate(wide[1])) {
+    if (IsHighSurrogate(unit) && wide.size() > 1 && IsLowSurrogate(wide[1]))
         return {0x10000 + ((unit - 0xD800) << 10) + (wide[1] - 0xDC00U), 2};
-    }
     return {kReplacement, 1};
 }
 

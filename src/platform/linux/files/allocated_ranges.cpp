@@ -81,9 +81,8 @@ DWORD FindContents(int descriptor, off_t from, off_t size, FileRange& range) {
         while (begin < count && isEmpty(begin))
             begin += kPieceBytes;
         off_t end = begin;
-        for (off_t piece = begin; piece < count && piece - end < kLeastZeros; piece += kPieceBytes) {
+        for (off_t piece = begin; piece < count && piece - end < kLeastZeros; piece += kPieceBytes)
             if (!isEmpty(piece)) end = piece + kPieceBytes;
-        }
         if (begin < count) {
             range = {std::min(place + begin, size), std::min(place + std::min<off_t>(end, count), size)};
             return ERROR_SUCCESS;

@@ -100,13 +100,12 @@ DWORD AttributesFromMode(const struct stat& status) {
 // `kind` is what the kind of the object says.
 DWORD Join(const StoredAttributes& stored, const struct stat& status, DWORD kind) {
     DWORD flags = kind;
-    if (stored.onNtfs) {
+    if (stored.onNtfs)
         flags |= *stored.onNtfs & (kSettable | kKeptByVolume);
-    } else if (stored.fromSamba && stored.fromSamba->HasAttributes()) {
+    else if (stored.fromSamba && stored.fromSamba->HasAttributes())
         flags |= stored.fromSamba->attributes & kSettable;
-    } else {
+    else
         flags |= AttributesFromMode(status);
-    }
     return flags != 0 ? flags : FILE_ATTRIBUTE_NORMAL;
 }
 

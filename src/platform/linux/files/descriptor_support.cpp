@@ -32,9 +32,8 @@ DescriptorStoreKind StoreKindOf(const ObjectHandle& object) {
     if (IsThere(object, kNtfs3gAttribute)) return DescriptorStoreKind::kNtfs3g;
     if (IsThere(object, kNtfs3Attribute)) return DescriptorStoreKind::kNtfs3;
     // The kernel demands it for writing attributes of the "security" family.
-    if (HasCapability(CapabilitySet::kEffective, CAP_SYS_ADMIN)) {
+    if (HasCapability(CapabilitySet::kEffective, CAP_SYS_ADMIN))
         return CanBeThere(object, kSambaAttribute) ? DescriptorStoreKind::kSamba : DescriptorStoreKind::kNone;
-    }
     const bool holdsUserAttributes = S_ISREG(object.Status().st_mode) || object.IsFolder();
     return holdsUserAttributes && CanBeThere(object, kUserAttribute) ? DescriptorStoreKind::kUser
                                                                      : DescriptorStoreKind::kNone;

@@ -78,9 +78,8 @@ class DirectorySearch {
             if (Describe({name, DT_DIR}, name, data)) return ERROR_SUCCESS;
         }
         DWORD error = ERROR_SUCCESS;
-        for (FolderListing::Entry entry{}; listing.Next(entry, error);) {
+        for (FolderListing::Entry entry{}; listing.Next(entry, error);)
             if (Describe(entry, EncodeName(entry.name), data)) return ERROR_SUCCESS;
-        }
         return error != ERROR_SUCCESS ? error : ERROR_NO_MORE_FILES;
     }
 

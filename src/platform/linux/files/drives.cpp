@@ -80,10 +80,9 @@ LetterTable LettersOfMachine() {
     const std::optional<MountedDevices> devices = ReadMountedDevices();
     LetterTable letters;
     letters.isComplete = devices.has_value();
-    for (const auto& [letter, hostRoot] : devices.value_or(MountedDevices())) {
+    for (const auto& [letter, hostRoot] : devices.value_or(MountedDevices()))
         if (CanBePinned(letter) && hostRoot.starts_with('/'))
             letters.pins.emplace(letter, WithoutLinks(hostRoot));
-    }
     return letters;
 }
 
@@ -168,9 +167,8 @@ UINT CurrentType(const LetteredVolume& volume) {
     if (!mount) {
         UniqueFd folder(open(volume.drive.hostRoot.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
         ObjectHandle handle;
-        if (!folder || ObjectHandle::Adopt(std::move(folder), handle) != ERROR_SUCCESS) {
+        if (!folder || ObjectHandle::Adopt(std::move(folder), handle) != ERROR_SUCCESS)
             return DRIVE_NO_ROOT_DIR;
-        }
         mount = MountOf(handle);
         if (!mount) return DRIVE_UNKNOWN;
     }
@@ -182,9 +180,8 @@ UINT CurrentType(const LetteredVolume& volume) {
 
 std::vector<Drive> ListDrives() {
     std::vector<Drive> drives;
-    for (const LetteredVolume& volume : CurrentVolumes()) {
+    for (const LetteredVolume& volume : CurrentVolumes())
         drives.push_back({volume.drive.letter, volume.drive.hostRoot, CurrentType(volume)});
-    }
     return drives;
 }
 
@@ -213,9 +210,8 @@ std::vector<Drive> DrivesFromMountTable(const std::string& mountInfo) {
 std::optional<DriveRoot> FindDrive(char letter) {
     // The drive that most paths name needs no look at the mount table.
     if (letter == kSystemDrive) return DriveRoot{kSystemDrive, "/"};
-    for (LetteredVolume& volume : CurrentVolumes()) {
+    for (LetteredVolume& volume : CurrentVolumes())
         if (volume.drive.letter == letter) return std::move(volume.drive);
-    }
     return std::nullopt;
 }
 

@@ -129,9 +129,8 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
         {OverwriteObstacle::kOpenersUnknown, !inside->isKnownAlone},
     };
     obstacles.clear();
-    for (const auto& [obstacle, isThere] : answers) {
+    for (const auto& [obstacle, isThere] : answers)
         if (isThere) obstacles.push_back(obstacle);
-    }
     return ERROR_SUCCESS;
 }
 

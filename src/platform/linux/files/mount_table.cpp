@@ -59,9 +59,8 @@ std::optional<MountEntry> ParseLine(std::string_view line) {
 
 std::vector<MountEntry> ParseMountTable(std::string_view mountInfo) {
     std::vector<MountEntry> entries;
-    while (!mountInfo.empty()) {
+    while (!mountInfo.empty())
         if (auto entry = ParseLine(TakeLine(mountInfo))) entries.push_back(std::move(*entry));
-    }
     return entries;
 }
 
@@ -88,9 +87,8 @@ std::optional<MountEntry> MountOf(const ObjectHandle& object) {
     const std::optional<std::uint64_t> number = MountIdOf(object);
     if (!number) return std::nullopt;
     const std::string id = std::to_string(*number);
-    for (MountEntry& entry : ParseMountTable(ReadMountTable())) {
+    for (MountEntry& entry : ParseMountTable(ReadMountTable()))
         if (entry.id == id) return std::move(entry);
-    }
     return std::nullopt;
 }
 

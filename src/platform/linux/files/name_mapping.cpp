@@ -54,11 +54,10 @@ bool Unescape(std::string_view name, std::string& bytes) {
     for (std::size_t position = 0; position < name.size();) {
         const Utf8Character character = FirstUtf8Character(name.substr(position));
         if (!character.isWellFormed) return false;
-        if (IsEscape(character.codePoint)) {
+        if (IsEscape(character.codePoint))
             bytes += static_cast<char>(character.codePoint - kEscapeBase);
-        } else {
+        else
             bytes += name.substr(position, character.bytes);
-        }
         position += character.bytes;
     }
     return true;
@@ -75,11 +74,10 @@ std::string EncodeName(std::string_view hostName) {
         const std::string_view bytes = hostName.substr(position, character.bytes);
         position += bytes.size();
         const bool isLostAtEnd = position == hostName.size() && (bytes == "." || bytes == " ");
-        if (!character.isWellFormed || !IsPlain(character.codePoint) || isLostAtEnd) {
+        if (!character.isWellFormed || !IsPlain(character.codePoint) || isLostAtEnd)
             AppendEscaped(bytes, name);
-        } else {
+        else
             name += bytes;
-        }
     }
     return name;
 }

@@ -94,10 +94,9 @@ DWORD ListStreams(const ObjectHandle& file, std::vector<std::string>& names, Str
     if (const int failure = ListExtendedAttributes(file, attributes); failure != 0)
         return ErrorFromErrno(failure);
     std::vector<std::string> streams;
-    for (const std::string& attribute : attributes) {
+    for (const std::string& attribute : attributes)
         if (attribute.starts_with(kAttributePrefix))
             streams.push_back(attribute.substr(kAttributePrefix.size()));
-    }
     names = std::move(streams);
     access = names.empty() ? StreamAccess::kNone : StreamAccess::kAttributes;
     return ERROR_SUCCESS;

@@ -8,13 +8,12 @@ namespace {
 
 void AddComponent(std::string_view component, PathText& text) {
     if (component.empty() || component == ".") return;
-    if (component != "..") {
+    if (component != "..")
         text.components.push_back(component);
-    } else if (!text.components.empty()) {
+    else if (!text.components.empty())
         text.components.pop_back();
-    } else if (text.start == PathText::Start::kCurrentFolder) {
+    else if (text.start == PathText::Start::kCurrentFolder)
         ++text.ascents;
-    }
 }
 
 }  // namespace

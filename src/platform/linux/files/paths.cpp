@@ -49,9 +49,8 @@ DWORD OpenAboveCurrent(std::size_t ascents, const DriveRoot& drive, StartingPlac
     ObjectHandle root;
     DWORD error = OpenFolderAt(AT_FDCWD, drive.hostRoot.c_str(), root);
     if (error == ERROR_SUCCESS) error = OpenFolderAt(AT_FDCWD, ".", start.folder);
-    for (; error == ERROR_SUCCESS && ascents > 0 && !start.folder.IsSameObject(root); --ascents) {
+    for (; error == ERROR_SUCCESS && ascents > 0 && !start.folder.IsSameObject(root); --ascents)
         error = OpenFolderAt(start.folder.Descriptor(), "..", start.folder);
-    }
     start.isDriveRoot = error == ERROR_SUCCESS && start.folder.IsSameObject(root);
     return ErrorOnTheWay(error);
 }

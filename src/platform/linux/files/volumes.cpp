@@ -93,9 +93,8 @@ bool IgnoresCase(std::string_view fileSystem) {
 DWORD AskVolume(const ObjectHandle& folder, VolumeInformation& facts) {
     struct statfs status {};
     struct statvfs portable {};
-    if (fstatfs(folder.Descriptor(), &status) != 0 || fstatvfs(folder.Descriptor(), &portable) != 0) {
+    if (fstatfs(folder.Descriptor(), &status) != 0 || fstatvfs(folder.Descriptor(), &portable) != 0)
         return ErrorFromErrno(errno);
-    }
     std::array<DWORD, 2> identity{};
     static_assert(sizeof identity == sizeof status.f_fsid);
     std::memcpy(identity.data(), &status.f_fsid, sizeof identity);
@@ -179,9 +178,8 @@ BOOL WINAPI GetDiskFreeSpaceExA(LPCSTR path, PULARGE_INTEGER availableToCaller, 
 
 DWORD WINAPI GetLogicalDriveStringsA(DWORD size, LPSTR buffer) {
     std::string roots;
-    for (const permora::host::Drive& drive : permora::host::ListDrives()) {
+    for (const permora::host::Drive& drive : permora::host::ListDrives())
         roots += {drive.letter, ':', '\\', '\0'};
-    }
     return permora::host::HandOut(roots, size, buffer);
 }
 
@@ -189,13 +187,11 @@ UINT WINAPI GetDriveTypeA(LPCSTR root) {
     using namespace permora::host;
     char letter = 0;
     std::string currentPath;
-    if (root != nullptr) {
+    if (root != nullptr)
         letter = DriveOfRoot(root);
-    } else if (CurrentHostPath(currentPath) == ERROR_SUCCESS) {
+    else if (CurrentHostPath(currentPath) == ERROR_SUCCESS)
         letter = DriveHolding(currentPath).letter;
-    }
-    for (const Drive& drive : ListDrives()) {
+    for (const Drive& drive : ListDrives())
         if (drive.letter == letter) return drive.type;
-    }
     return DRIVE_NO_ROOT_DIR;
 }

@@ -42,9 +42,8 @@ LayeredKey RootOf(HKEY key) {
         return LayeredKey({{user, "HKEY_CURRENT_USER"}, {machine, "HKEY_USERS\\.DEFAULT"}},
                           RegistryWrites::kToFirst);
     }
-    if (key == HKEY_LOCAL_MACHINE) {
+    if (key == HKEY_LOCAL_MACHINE)
         return LayeredKey({{machine, "HKEY_LOCAL_MACHINE"}}, RegistryWrites::kToFirst);
-    }
     if (key == HKEY_USERS) return LayeredKey({{machine, "HKEY_USERS"}}, RegistryWrites::kToFirst);
     // HKEY_CLASSES_ROOT
     return LayeredKey(
@@ -145,9 +144,8 @@ LSTATUS WINAPI RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD options, REGSAM acce
 LSTATUS WINAPI RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR /*keyClass*/, DWORD options,
                                REGSAM access, LPSECURITY_ATTRIBUTES security, PHKEY result,
                                LPDWORD disposition) {
-    if (reserved != 0 || options != REG_OPTION_NON_VOLATILE || security != nullptr || result == nullptr) {
+    if (reserved != 0 || options != REG_OPTION_NON_VOLATILE || security != nullptr || result == nullptr)
         return Status(ERROR_INVALID_PARAMETER);
-    }
     DWORD happened = 0;
     const DWORD error = Create(key, subKey, access, *result, happened);
     if (error == ERROR_SUCCESS && disposition != nullptr) *disposition = happened;
@@ -171,9 +169,8 @@ LSTATUS WINAPI RegQueryValueExA(HKEY key, LPCSTR name, LPDWORD reserved, LPDWORD
 LSTATUS WINAPI RegSetValueExA(HKEY key, LPCSTR name, DWORD reserved, DWORD type, const BYTE* data,
                               DWORD size) {
     RegistryValue value{name != nullptr ? name : "", type, {}};
-    if (reserved != 0 || (data == nullptr && size != 0) || HasControlCharacter(value.name)) {
+    if (reserved != 0 || (data == nullptr && size != 0) || HasControlCharacter(value.name))
         return Status(ERROR_INVALID_PARAMETER);
-    }
     if (size != 0) value.data.assign(data, data + size);
     std::optional<LayeredKey> found;
     const DWORD error = FindBelow(key, nullptr, KEY_SET_VALUE, found);

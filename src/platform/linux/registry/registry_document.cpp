@@ -102,9 +102,8 @@ std::optional<RegistryDocument::Entry> RegistryDocument::EntryFrom(std::size_t p
 }
 
 bool RegistryDocument::HasKey(std::string_view path) const {
-    for (auto section = SectionFrom(0); section; section = SectionFrom(section->end)) {
+    for (auto section = SectionFrom(0); section; section = SectionFrom(section->end))
         if (EqualsIgnoringCase(section->path, path) || IsBelow(section->path, path)) return true;
-    }
     return false;
 }
 
@@ -142,19 +141,16 @@ std::map<std::string, RegistryDocument::Entry> RegistryDocument::LastEntriesOf(s
     std::map<std::string, Entry> entries;
     for (auto section = SectionFrom(0); section; section = SectionFrom(section->end)) {
         if (!EqualsIgnoringCase(section->path, path)) continue;
-        for (auto entry = EntryFrom(section->body, *section); entry;
-             entry = EntryFrom(entry->next, *section)) {
+        for (auto entry = EntryFrom(section->body, *section); entry; entry = EntryFrom(entry->next, *section))
             if (entry->name) entries[InLowerCase(*entry->name)] = *entry;
-        }
     }
     return entries;
 }
 
 std::optional<RegistryDocument::Section> RegistryDocument::FindSection(std::string_view path) const {
     std::optional<Section> found;
-    for (auto section = SectionFrom(0); section; section = SectionFrom(section->end)) {
+    for (auto section = SectionFrom(0); section; section = SectionFrom(section->end))
         if (EqualsIgnoringCase(section->path, path)) found = section;
-    }
     return found;
 }
 
@@ -163,10 +159,8 @@ std::optional<RegistryDocument::Entry> RegistryDocument::FindEntry(std::string_v
     std::optional<Entry> found;
     for (auto section = SectionFrom(0); section; section = SectionFrom(section->end)) {
         if (!EqualsIgnoringCase(section->path, path)) continue;
-        for (auto entry = EntryFrom(section->body, *section); entry;
-             entry = EntryFrom(entry->next, *section)) {
+        for (auto entry = EntryFrom(section->body, *section); entry; entry = EntryFrom(entry->next, *section))
             if (entry->name && EqualsIgnoringCase(*entry->name, name)) found = entry;
-        }
     }
     return found;
 }

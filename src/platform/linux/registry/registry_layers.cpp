@@ -100,9 +100,8 @@ DWORD LayeredKey::Remove() const {
     if (error != ERROR_SUCCESS) return error;
     return layer->store.Change([layer](RegistryDocument& document) {
         // Another program may have been here since.
-        if (!document.HasKey(layer->path) || !document.SubkeysOf(layer->path).empty()) {
+        if (!document.HasKey(layer->path) || !document.SubkeysOf(layer->path).empty())
             return DWORD{ERROR_ACCESS_DENIED};
-        }
         document.RemoveKey(layer->path);
         return DWORD{ERROR_SUCCESS};
     });

@@ -122,9 +122,8 @@ DWORD WriteNewFile(int folder, std::string_view text, mode_t mode) {
 
 DWORD ReplaceText(int folder, std::string_view text, mode_t mode) {
     DWORD error = WriteNewFile(folder, text, mode);
-    if (error == ERROR_SUCCESS && renameat(folder, kNewFileName, folder, kFileName) != 0) {
+    if (error == ERROR_SUCCESS && renameat(folder, kNewFileName, folder, kFileName) != 0)
         error = ErrorFromErrno(errno);
-    }
     if (error != ERROR_SUCCESS) {
         unlinkat(folder, kNewFileName, 0);
         return error;

@@ -170,12 +170,10 @@ std::string HexLines(std::string beginning, const std::vector<std::uint8_t>& byt
 std::optional<ValueLine> SplitValueLine(std::string_view line) {
     ValueLine split;
     line = WithoutBlanksBefore(line);
-    if (line.starts_with('@')) {
+    if (line.starts_with('@'))
         line.remove_prefix(1);
-    } else if (!TakeQuoted(line, split.name) ||
-               std::any_of(split.name.begin(), split.name.end(), IsControl)) {
+    else if (!TakeQuoted(line, split.name) || std::any_of(split.name.begin(), split.name.end(), IsControl))
         return std::nullopt;
-    }
     line = WithoutBlanksBefore(line);
     if (!line.starts_with('=')) return std::nullopt;
     split.content = WithoutBlanksBefore(line.substr(1));

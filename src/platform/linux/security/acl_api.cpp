@@ -92,9 +92,8 @@ BOOL AppendEntry(PACL acl, DWORD revision, BYTE type, DWORD flags, DWORD mask, P
 
 BOOL WINAPI InitializeAcl(PACL acl, DWORD size, DWORD revision) {
     constexpr DWORD kLargestSize = 0xFFFF;  // AclSize has sixteen bits
-    if (acl == nullptr || size > kLargestSize || !IsKnownRevision(revision)) {
+    if (acl == nullptr || size > kLargestSize || !IsKnownRevision(revision))
         return Fail(ERROR_INVALID_PARAMETER);
-    }
     if (size < sizeof(ACL)) return Fail(ERROR_INSUFFICIENT_BUFFER);
     const auto wholeEntries = static_cast<WORD>(size - size % kAceAlignment);
     const ACL header{static_cast<BYTE>(revision), 0, wholeEntries, 0, 0};

@@ -137,9 +137,8 @@ BOOL WINAPI MakeAbsoluteSD(PSECURITY_DESCRIPTOR selfRelative, PSECURITY_DESCRIPT
     if (!IsSelfRelative(*view)) return Fail(ERROR_BAD_DESCRIPTOR_FORMAT);
     const Parts parts = PartsOf(*view);
     if (!AreValid(parts)) return Fail(ERROR_INVALID_SECURITY_DESCR);
-    for (const DWORD* size : {absoluteSize, daclSize, saclSize, ownerSize, primaryGroupSize}) {
+    for (const DWORD* size : {absoluteSize, daclSize, saclSize, ownerSize, primaryGroupSize})
         if (size == nullptr) return Fail(ERROR_INVALID_PARAMETER);
-    }
 
     const Place saclPlace{sacl, saclSize};
     const Place daclPlace{dacl, daclSize};

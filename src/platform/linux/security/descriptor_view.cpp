@@ -18,9 +18,8 @@ bool LeadsIntoHeader(DWORD offset) {
 
 std::optional<DescriptorView> ViewOfSelfRelative(PSECURITY_DESCRIPTOR descriptor) {
     const auto header = ReadHeader<SECURITY_DESCRIPTOR_RELATIVE>(descriptor);
-    for (const DWORD offset : {header.Owner, header.Group, header.Sacl, header.Dacl}) {
+    for (const DWORD offset : {header.Owner, header.Group, header.Sacl, header.Dacl})
         if (LeadsIntoHeader(offset)) return std::nullopt;
-    }
     const auto partAt = [descriptor](DWORD offset) -> void* {
         return offset != 0 ? static_cast<BYTE*>(descriptor) + offset : nullptr;
     };
@@ -41,9 +40,8 @@ DescriptorView ViewOfAbsolute(PSECURITY_DESCRIPTOR descriptor) {
 
 std::optional<DescriptorView> DescriptorView::Of(PSECURITY_DESCRIPTOR descriptor) {
     const auto* bytes = static_cast<const BYTE*>(descriptor);
-    if (bytes == nullptr || bytes[offsetof(SECURITY_DESCRIPTOR, Revision)] != SECURITY_DESCRIPTOR_REVISION) {
+    if (bytes == nullptr || bytes[offsetof(SECURITY_DESCRIPTOR, Revision)] != SECURITY_DESCRIPTOR_REVISION)
         return std::nullopt;
-    }
     SECURITY_DESCRIPTOR_CONTROL control = 0;
     std::memcpy(&control, bytes + offsetof(SECURITY_DESCRIPTOR, Control), sizeof(control));
     auto view =

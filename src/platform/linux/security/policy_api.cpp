@@ -66,9 +66,8 @@ constexpr std::uint32_t kErrorFacility = 0xC0070000;
 constexpr std::uint32_t kFacilityMask = 0xFFFF0000;
 
 NTSTATUS StatusOf(DWORD error) {
-    for (const StatusRow& row : kStatuses) {
+    for (const StatusRow& row : kStatuses)
         if (row.error == error) return static_cast<NTSTATUS>(row.status);
-    }
     return static_cast<NTSTATUS>(kErrorFacility | error);
 }
 
@@ -192,8 +191,7 @@ NTSTATUS WINAPI LsaFreeMemory(LPVOID buffer) {
 ULONG WINAPI LsaNtStatusToWinError(NTSTATUS status) {
     using namespace permora::host;
     const auto value = static_cast<std::uint32_t>(status);
-    for (const StatusRow& row : kStatuses) {
+    for (const StatusRow& row : kStatuses)
         if (row.status == value) return row.error;
-    }
     return (value & kFacilityMask) == kErrorFacility ? value & ~kFacilityMask : ERROR_MR_MID_NOT_FOUND;
 }

@@ -13,16 +13,14 @@ std::span<const Privilege> Privileges() {
 }
 
 const Privilege* FindPrivilege(std::string_view name) {
-    for (const Privilege& privilege : Privileges()) {
+    for (const Privilege& privilege : Privileges())
         if (EqualsIgnoringCase(privilege.name, name)) return &privilege;
-    }
     return nullptr;
 }
 
 const Privilege* FindPrivilege(const LUID& id) {
-    for (const Privilege& privilege : Privileges()) {
+    for (const Privilege& privilege : Privileges())
         if (privilege.id.LowPart == id.LowPart && privilege.id.HighPart == id.HighPart) return &privilege;
-    }
     return nullptr;
 }
 

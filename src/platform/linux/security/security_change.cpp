@@ -158,9 +158,8 @@ DWORD HandOutDescriptor(nt::SecurityDescriptor descriptor, SECURITY_INFORMATION 
 DWORD TakeChange(SECURITY_INFORMATION information, PSID owner, PSID group, PACL dacl, PACL sacl,
                  SecurityChange& change) {
     const bool contradictsItself = (information & kProtection) == kProtection;
-    if ((information & kParts) == 0 || (information & ~(kParts | kProtection)) != 0 || contradictsItself) {
+    if ((information & kParts) == 0 || (information & ~(kParts | kProtection)) != 0 || contradictsItself)
         return ERROR_INVALID_PARAMETER;
-    }
     change.information = information;
     if (change.Has(OWNER_SECURITY_INFORMATION) && !TakeSid(owner, change.owner)) return ERROR_INVALID_SID;
     if (change.Has(GROUP_SECURITY_INFORMATION) && !TakeSid(group, change.group)) return ERROR_INVALID_SID;

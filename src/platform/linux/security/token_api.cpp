@@ -100,10 +100,9 @@ bool TakeEntries(PTOKEN_PRIVILEGES state, DWORD size, std::vector<LUID_AND_ATTRI
 
 std::vector<LUID_AND_ATTRIBUTES> AllDisabled() {
     std::vector<LUID_AND_ATTRIBUTES> entries;
-    for (const Privilege& privilege : Privileges()) {
+    for (const Privilege& privilege : Privileges())
         if (HasCapability(CapabilitySet::kPermitted, privilege.capability))
             entries.push_back({privilege.id, 0});
-    }
     return entries;
 }
 
@@ -143,15 +142,13 @@ BOOL WINAPI AdjustTokenPrivileges(HANDLE token, BOOL disableAll, PTOKEN_PRIVILEG
     if (!permora::host::FindToken(token, TOKEN_ADJUST_PRIVILEGES)) return FALSE;
     if (previous != nullptr || needed != nullptr) return Fail(ERROR_INVALID_PARAMETER);
     std::vector<LUID_AND_ATTRIBUTES> entries;
-    if (disableAll != FALSE) {
+    if (disableAll != FALSE)
         entries = permora::host::AllDisabled();
-    } else if (!permora::host::TakeEntries(newState, size, entries)) {
+    else if (!permora::host::TakeEntries(newState, size, entries))
         return Fail(ERROR_INVALID_PARAMETER);
-    }
     DWORD outcome = ERROR_SUCCESS;
-    for (const LUID_AND_ATTRIBUTES& entry : entries) {
+    for (const LUID_AND_ATTRIBUTES& entry : entries)
         if (!permora::host::Adjust(entry)) outcome = ERROR_NOT_ALL_ASSIGNED;
-    }
     SetLastError(outcome);
     return TRUE;
 }

@@ -46,11 +46,10 @@ DWORD TreeChange::ChangeAndCount(const ObjectHandle& object, const char* hostNam
 }
 
 void TreeChange::Fail(DWORD error, const char* hostName, std::size_t depth) {
-    if (*hostName == '\0') {
+    if (*hostName == '\0')
         result = error;
-    } else {
+    else
         PassOver(error, EncodeName(hostName), depth);
-    }
 }
 
 // `depth` is that of the object.

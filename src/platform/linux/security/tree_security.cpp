@@ -52,11 +52,10 @@ class ListSetting : public TreeChange {
     void Enter(const ObjectHandle& object, DWORD error, std::size_t inside) override {
         lists.resize(inside);
         FolderList& folder = lists.emplace_back();
-        if (error == ERROR_SUCCESS) {
+        if (error == ERROR_SUCCESS)
             std::swap(folder.list, after.dacl);
-        } else {
+        else
             folder.readError = ReadFolder(object, folder);
-        }
     }
 
     DWORD ReadFolder(const ObjectHandle& object, FolderList& folder) {

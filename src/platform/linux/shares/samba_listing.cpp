@@ -59,9 +59,8 @@ char AccessOf(const nt::Ace& ace) {
 }  // namespace
 
 std::optional<std::string> SambaSection::Value(std::string_view parameter) const {
-    for (const auto& [known, value] : parameters) {
+    for (const auto& [known, value] : parameters)
         if (known == parameter) return value;
-    }
     return std::nullopt;
 }
 

@@ -34,11 +34,10 @@ DWORD ReadShareText(int file, std::string& text) {
         const ssize_t count =
             pread(file, read.data() + length, read.size() - length, static_cast<off_t>(length));
         if (count == 0) break;
-        if (count > 0) {
+        if (count > 0)
             length += static_cast<std::size_t>(count);
-        } else if (errno != EINTR) {
+        else if (errno != EINTR)
             return ErrorFromErrno(errno);
-        }
     }
     read.resize(length);
     text = std::move(read);
@@ -48,11 +47,10 @@ DWORD ReadShareText(int file, std::string& text) {
 DWORD WriteShareText(int file, std::string_view text) {
     while (!text.empty()) {
         const ssize_t count = write(file, text.data(), text.size());
-        if (count > 0) {
+        if (count > 0)
             text.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
+        else if (errno != EINTR)
             return ErrorFromErrno(errno);
-        }
     }
     return ERROR_SUCCESS;
 }

@@ -53,11 +53,10 @@ DWORD AskAboutAll(std::string& answer) {
         if (error != ERROR_SUCCESS) break;
         UserShareFile file;
         error = folder.Hold(name, file);
-        if (error == ERROR_SUCCESS) {
+        if (error == ERROR_SUCCESS)
             error = CopyUserShareFile(file, mirror.UserShareFolder());
-        } else if (IsServedByNobody(error)) {
+        else if (IsServedByNobody(error))
             error = ERROR_SUCCESS;
-        }
     }
     if (error == ERROR_SUCCESS) error = AskSambaTool(mirror, "net", question, answer, FailedOutput::kKept);
     return error;
@@ -208,11 +207,10 @@ DWORD ChangeUserShare(const std::string& name, const ShareChange& change) {
     if (error == ERROR_SUCCESS) error = ReadHeld(held, name, share);
     if (error != ERROR_SUCCESS) return error;
     std::vector<std::uint8_t> descriptor;
-    if (change.descriptor) {
+    if (change.descriptor)
         descriptor = *change.descriptor;
-    } else {
+    else
         error = ReadUserShareDescriptor(share, descriptor);
-    }
     std::string acl;
     std::vector<std::string> adding;
     if (error == ERROR_SUCCESS) error = AclOf(descriptor, acl);

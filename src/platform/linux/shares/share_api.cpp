@@ -92,10 +92,8 @@ DWORD FindChange(const SHARE_INFO_502& record, const Share& share, ShareChange& 
 DWORD FindFolder(LPCWSTR text, std::string& folder) {
     std::string path = AnsiOf(text);
     PathText parts;
-    if (ParsePath(path, parts) != ERROR_SUCCESS || parts.drive == 0 ||
-        parts.start != PathText::Start::kRoot) {
+    if (ParsePath(path, parts) != ERROR_SUCCESS || parts.drive == 0 || parts.start != PathText::Start::kRoot)
         return NERR_UnknownDevDir;
-    }
     std::string whole = JoinPath(parts.drive, parts.components);
     const DWORD attributes = GetFileAttributesA(whole.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0 ||

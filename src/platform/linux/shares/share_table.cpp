@@ -60,11 +60,10 @@ std::optional<std::string> FieldOf(Fields& fields, std::string_view field) {
 void SetField(Fields& fields, std::string_view field, std::string_view value) {
     std::string text(field);
     text.append("=").append(value);
-    if (std::string* old = FindField(fields, field); old != nullptr) {
+    if (std::string* old = FindField(fields, field); old != nullptr)
         *old = std::move(text);
-    } else {
+    else
         fields.push_back(std::move(text));
-    }
 }
 
 // A field that is missing keeps what `number` has.
@@ -96,9 +95,8 @@ std::optional<Share> ShareOf(const RegistryValue& value) {
 
 // The name as the document spells it; nothing when it keeps no such share.
 std::optional<std::string> FindKeptName(const RegistryDocument& document, std::string_view name) {
-    for (const std::string& kept : document.ValueNamesOf(kSharesKey)) {
+    for (const std::string& kept : document.ValueNamesOf(kSharesKey))
         if (IsSameShare(kept, name)) return kept;
-    }
     return std::nullopt;
 }
 

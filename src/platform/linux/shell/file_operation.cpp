@@ -135,11 +135,10 @@ void OperationRun::CopyOrMoveAll() {
     const bool isRenamed = request.kind == FileOperationKind::kMove &&
                            finder.FindPlace(request.sources.front(), first) == ERROR_SUCCESS &&
                            AreOnOneMount(first.folder->handle, target->Handle());
-    if (isRenamed) {
+    if (isRenamed)
         talk.totals.AddItems(request.sources.size());
-    } else {
+    else
         talk.totals.AddTrees(request.sources);
-    }
     TreeCopy copy(talk, *target);
     for (const std::string& path : request.sources) {
         FoundItem item;
@@ -171,11 +170,10 @@ void OperationRun::MoveItem(const FoundItem& item, TargetFolder& target, TreeCop
         return;
     }
     if (!MayTouch(DescribeObject(item.ShownPath(), item.object), item.object, talk)) return;
-    if (AreOnOneMount(item.object, target.Handle())) {
+    if (AreOnOneMount(item.object, target.Handle()))
         TreeMove(talk, target).Move(AsWalked(item));
-    } else {
+    else
         MoveByCopying(AsWalked(item), item.hostName, target, copy, Replacing::kAsk, talk);
-    }
 }
 
 // --- Renaming.
@@ -227,11 +225,10 @@ void OperationRun::Rename() {
 // --- Deleting.
 
 void OperationRun::DeleteAll() {
-    if (request.usesTrash) {
+    if (request.usesTrash)
         talk.totals.AddItems(request.sources.size());
-    } else {
+    else
         talk.totals.AddTrees(request.sources);
-    }
     mounts = ParseMountTable(ReadMountTable());
     for (const std::string& path : request.sources) {
         FoundItem item;
@@ -273,11 +270,10 @@ bool OperationRun::DeleteItem(const std::string& path, const FoundItem& item) {
         return IsBeyondTrash(error) ? ERROR_SUCCESS : error;
     });
     if (!isSettled) return true;
-    if (error != ERROR_SUCCESS) {
+    if (error != ERROR_SUCCESS)
         DeleteForGood(path, item);
-    } else {
+    else
         ++talk.progress.itemsDone;
-    }
     return true;
 }
 

@@ -66,13 +66,12 @@ DWORD NewFile::Make(TargetFolder& folder, const std::string& hostName, mode_t mo
         // Relative to the folder itself: the magic link, since "." may not be entered.
         UniqueFd opened(
             open(DescriptorPath(folder.Descriptor()).Text(), O_RDWR | O_CLOEXEC | O_TMPFILE, mode));
-        if (opened) {
+        if (opened)
             error = ObjectHandle::Adopt(std::move(opened), object);
-        } else if (HasNoNamelessFiles(errno)) {
+        else if (HasNoNamelessFiles(errno))
             folder.Volume().hasNamelessFiles = false;
-        } else {
+        else
             return ErrorFromErrno(errno);
-        }
     }
     if (!folder.Volume().hasNamelessFiles)
         error = MakeNamed(mode, size <= kSmallFile && place == NewFilePlace::kFree);

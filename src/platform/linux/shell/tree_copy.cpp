@@ -174,11 +174,10 @@ DWORD TreeCopy::PutLink(const WalkedItem& item, const std::string& text, const s
     if (error == ERROR_SUCCESS && madeName != hostName &&
         renameat(folder, madeName.c_str(), folder, hostName.c_str()) != 0)
         error = ErrorFromErrno(errno);
-    if (error == ERROR_SUCCESS) {
+    if (error == ERROR_SUCCESS)
         target.Took(hostName, made);
-    } else {
+    else
         unlinkat(folder, madeName.c_str(), 0);
-    }
     return error;
 }
 

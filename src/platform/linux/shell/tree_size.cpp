@@ -52,11 +52,10 @@ DWORD MeasureTree(LPCSTR path, TreeSizeObserver& observer, TreeSize& size) {
     if (error != ERROR_SUCCESS) return error;
     size = {};
     host::SizeVisitor visitor(observer, size);
-    if (object.IsFolder()) {
+    if (object.IsFolder())
         host::WalkTree(object, visitor);
-    } else {
+    else
         visitor.Visit(object, "", 0);
-    }
     return ERROR_SUCCESS;
 }
 

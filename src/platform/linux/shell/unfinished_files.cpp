@@ -38,9 +38,8 @@ std::vector<std::string> TemporaryNamesIn(const ObjectHandle& folder) {
     DWORD error = folder.OpenForListing(opened);
     if (error != ERROR_SUCCESS) return names;
     FolderListing listing(std::move(opened));
-    for (FolderListing::Entry entry{}; listing.Next(entry, error);) {
+    for (FolderListing::Entry entry{}; listing.Next(entry, error);)
         if (IsTemporaryName(entry.name)) names.emplace_back(entry.name);
-    }
     return names;
 }
 

@@ -124,9 +124,8 @@ TEST(AccountLookupTest, TheHostsAccountsAreFoundByTheTextTheyAreShownBy) {
 }
 
 TEST(AccountLookupTest, NamesMeanWhatTheDocumentationSays) {
-    if (ThisMachine().source != AccountSource::kComputed) {
+    if (ThisMachine().source != AccountSource::kComputed)
         GTEST_SKIP() << "this machine has no id, or accounts of Samba's";
-    }
     const std::string machine = ThisMachine().name;
     const std::string root = SidForUser(0).ToText();
     const std::string rootGroup = SidForGroup(0).ToText();

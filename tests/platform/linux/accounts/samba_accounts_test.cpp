@@ -46,9 +46,8 @@ class SambaAccountsTest : public testing::Test {
     }
 
     static std::string SkipReason() {
-        for (const char* program : {"net", "pdbedit", "rpcclient"}) {
+        for (const char* program : {"net", "pdbedit", "rpcclient"})
             if (std::string reason = test::MissingProgram(program); !reason.empty()) return reason;
-        }
         return test::SambaServer::SkipReason();
     }
 
@@ -110,11 +109,10 @@ TEST_F(SambaAccountsTest, NamesHaveTheSidsThatTheServerGives) {
     const std::vector<std::string> answers = AskServer(commands);
     for (std::size_t i = 0; i < names.size(); ++i) {
         nt::Sid sid;
-        if (FindAccountSid(names[i], sid) == ERROR_NONE_MAPPED) {
+        if (FindAccountSid(names[i], sid) == ERROR_NONE_MAPPED)
             EXPECT_EQ(answers[i], "result was NT_STATUS_NONE_MAPPED") << names[i];
-        } else {
+        else
             EXPECT_THAT(answers[i], StartsWith(names[i] + " " + sid.ToText() + " (")) << names[i];
-        }
     }
 }
 

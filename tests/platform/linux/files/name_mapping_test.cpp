@@ -27,9 +27,8 @@ void ExpectRoundTrip(const std::string& hostName) {
 // Coming back whole also proves that no two host names share a text.
 TEST(NameMapping, EveryHostNameIsShownAsOneTextThatLeadsBackToIt) {
     std::string bytes;
-    for (int byte = 1; byte < 256; ++byte) {
+    for (int byte = 1; byte < 256; ++byte)
         if (byte != '/') bytes += static_cast<char>(byte);
-    }
     for (const char first : bytes) {
         for (const char second : bytes) {
             const std::string pair{first, second};

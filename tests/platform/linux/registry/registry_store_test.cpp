@@ -145,10 +145,9 @@ TEST_F(RegistryStores, LoseNothingToProgramsThatWriteAtTheSameTime) {
         ASSERT_GT(wait(&result), 0);
         EXPECT_EQ(result, 0);
     }
-    for (int writer = 0; writer < kWriters; ++writer) {
+    for (int writer = 0; writer < kWriters; ++writer)
         for (int i = 0; i < kValues; ++i)
             EXPECT_TRUE(Has(store, std::to_string(writer) + " " + std::to_string(i))) << writer << ' ' << i;
-    }
 }
 
 }  // namespace

@@ -144,10 +144,9 @@ TEST_F(EffectiveRightsAndSamba, AgreeOnMadeUpListsForUsersOfManyGroups) {
     }
     std::vector<std::array<DWORD, kUsers.size()>> judged(lists.size());
     const auto judge = [&](std::size_t first) {
-        for (std::size_t i = first; i < lists.size(); i += 2) {
+        for (std::size_t i = first; i < lists.size(); i += 2)
             for (std::size_t user = 0; user < kUsers.size(); ++user)
                 judged[i][user] = Sambas("list" + std::to_string(i), kUsers.at(user));
-        }
     };
     std::thread other([&] { judge(1); });
     judge(0);

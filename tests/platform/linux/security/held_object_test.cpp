@@ -105,10 +105,9 @@ TEST_F(HeldObjectTest, ManyObjectsAreKnownAgainWithFewDescriptors) {
         for (const std::string& name : names)
             objects.emplace_back(start, name);
         HeldObject found;
-        for (const RememberedObject& object : objects) {
+        for (const RememberedObject& object : objects)
             if (const DWORD error = object.Find(found); error != ERROR_SUCCESS)
                 return object.Path() + " " + std::to_string(error);
-        }
         found = HeldObject();
         // The last one was not kept open, so its number is free when it is deleted.
         const std::string last = folder.Path(names.back());

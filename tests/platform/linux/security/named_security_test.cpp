@@ -331,9 +331,8 @@ TEST_P(NamedSecurity, FirstWriteThatFailsChangesNothing) {
 TEST_P(NamedSecurity, LargeListIsKeptWholeOrRefusedWhole) {
     const auto listOf = [](int entries) {
         std::string sddl = "D:P";
-        for (int i = 0; i < entries; ++i) {
+        for (int i = 0; i < entries; ++i)
             sddl.append("(A;;FR;;;S-1-5-21-1-2-3-").append(std::to_string(i)).append(")");
-        }
         return sddl;
     };
     const DWORD error = SetDacl("top/file", listOf(1800));

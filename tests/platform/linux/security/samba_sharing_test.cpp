@@ -97,9 +97,8 @@ TEST_F(SambaSharing, ObjectsThatSambaMakesInheritWhatThisLayerComputes) {
 
 TEST_F(SambaSharing, ChangesReachAllBelowAsWithSambasOwnTool) {
     for (const std::string top : {"ours", "peers"}) {
-        for (const char* folder : {"", "/a", "/a/b", "/shielded", "/shielded/c"}) {
+        for (const char* folder : {"", "/a", "/a/b", "/shielded", "/shielded/c"})
             ASSERT_EQ(mkdir(server->Path(top + folder).c_str(), 0755), 0);
-        }
         ASSERT_EQ(SetDescriptorText(server->Path(top), "O:BAG:BUD:P(A;OICI;FA;;;BA)"), ERROR_SUCCESS);
         ASSERT_EQ(SetDescriptorText(server->Path(top + "/shielded"), "O:BAG:BUD:P(A;OICI;FA;;;SY)"),
                   ERROR_SUCCESS);

@@ -256,9 +256,7 @@ TEST_F(TreeSecurity, ALinkedFileWhoseNameGoesMeanwhileKeepsItsOwner) {
         EXPECT_THAT(intruder.begun, ElementsAre("link"));
         EXPECT_EQ(counts.changed, 0U);
         EXPECT_EQ(DescriptorText(file, OWNER_SECURITY_INFORMATION), "O:BU");
-        if (isReplaced) {
-            EXPECT_THAT(intruder.passedOver, ElementsAre(Pair("link", ERROR_FILE_INVALID)));
-        }
+        if (isReplaced) EXPECT_THAT(intruder.passedOver, ElementsAre(Pair("link", ERROR_FILE_INVALID)));
     }
 }
 

@@ -92,11 +92,10 @@ inline std::vector<std::string> Below(const std::string& folder) {
     std::vector<std::string> found;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
         std::string name = entry.path().lexically_relative(folder);
-        if (entry.is_symlink()) {
+        if (entry.is_symlink())
             name += "->" + fs::read_symlink(entry).string();
-        } else if (entry.is_regular_file()) {
+        else if (entry.is_regular_file())
             name += '=' + (entry.file_size() > 100 ? "large" : ReadWholeFile(entry.path()));
-        }
         found.push_back(std::move(name));
     }
     std::sort(found.begin(), found.end());

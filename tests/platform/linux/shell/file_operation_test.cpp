@@ -240,9 +240,7 @@ TEST_F(FileOperations, RenameWithinTheFolderAndNeverOntoAnother) {
         EXPECT_EQ(static_cast<DWORD>(SHFileOperationA(&operation)), each.error);
         const bool isRenamed = each.error == ERROR_SUCCESS;
         EXPECT_NE(std::filesystem::exists(folder.Path("old")), isRenamed);
-        if (isRenamed) {
-            EXPECT_EQ(ReadWholeFile(folder.Path(each.newName)), "x");
-        }
+        if (isRenamed) EXPECT_EQ(ReadWholeFile(folder.Path(each.newName)), "x");
         EXPECT_EQ(ReadWholeFile(folder.Path("taken")), "y");
     }
 }
