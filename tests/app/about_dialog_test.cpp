@@ -13,10 +13,10 @@ namespace permora {
 namespace {
 
 TEST(AboutDialog, AClickOnTheLinkOpensTheWebSiteAndOneBesideItDoesNot) {
-    testing::UiDriver ui;
-    testing::ShellFakes shell;
+    test::UiDriver ui;
+    test::ShellFakes shell;
     CAboutDlg about(nullptr);
-    ui.ExpectDialog(IDD_ABOUT, [&](testing::WindowDriver& dialog) {
+    ui.ExpectDialog(IDD_ABOUT, [&](test::WindowDriver& dialog) {
         const Size units = DialogBaseUnits();
         const auto at = [&](int x, int y) { return Point{x * units.cx / 6, y * units.cy / 13}; };
         dialog.ClickAt(at(100, 226));

@@ -11,7 +11,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using Boxes = std::vector<testing::RecordedBox>;
+using Boxes = std::vector<test::RecordedBox>;
 
 constexpr const char* kFolder = R"(C:\Tools)";
 constexpr const char* kChm = R"(open C:\Tools\ZELHELP.chm)";
@@ -47,8 +47,8 @@ TEST(HelpCommands, OpenWhatThereIsAndSayWhatCannotBeOpened) {
              {"no web site", site, {"open"}, {kSite}, std::string("Error: cannot open \"") + kWebSite + "\""},
          }) {
         SCOPED_TRACE(each.name);
-        testing::ShellFakes shell;
-        testing::RecordingPresenter presenter;
+        test::ShellFakes shell;
+        test::RecordingPresenter presenter;
         shell.refused = each.refused;
         each.command();
         EXPECT_EQ(shell.requests, each.requests);

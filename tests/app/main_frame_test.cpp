@@ -49,13 +49,13 @@ class MainFrame : public ::testing::Test {
     void Start() { ASSERT_TRUE(app.InitInstance()); }
     CMainFrame& Frame() { return dynamic_cast<CMainFrame&>(*app.mainWindow); }
     void Run(unsigned int command) { Frame().RunCommand(command); }
-    std::vector<std::string> Rows() { return testing::UiDriver::MainWindow().Rows(kList); }
+    std::vector<std::string> Rows() { return test::UiDriver::MainWindow().Rows(kList); }
     // Shows a folder, selects the file in it, and moves a folder above it away.
     void SelectFileAndMoveItsFolder() {
         data.MakeFolder("sub/inner");
         data.MakeFile("sub/inner/file");
         Start();
-        auto window = testing::UiDriver::MainWindow();
+        auto window = test::UiDriver::MainWindow();
         window.SetText(IDC_LOCATION, R"(T:\sub\inner)");
         window.Press("Return");
         window.SelectRow(kList, 0);
@@ -68,13 +68,13 @@ class MainFrame : public ::testing::Test {
     }
     // Ends the program as the user does.
     void Close() {
-        auto window = testing::UiDriver::MainWindow();
+        auto window = test::UiDriver::MainWindow();
         Run(ID_APP_EXIT);
         window.WaitUntil([&] { return !app.mainWindow->HasWindow(); });
     }
 
-    testing::UiDriver ui;
-    testing::SystemFakes system;
+    test::UiDriver ui;
+    test::SystemFakes system;
     test::TemporaryFolder data;
     CMainApp app;
 };
@@ -84,7 +84,7 @@ TEST_F(MainFrame, AFirstStartMakesTheSettings) {
     EXPECT_EQ(Stored().block, SettingsBlock());
     EXPECT_EQ(ProgramFolder(Frame().Settings()), kProgramFolder);
     EXPECT_THAT(Rows(), ElementsAre(HasSubstr("sub"), HasSubstr("file")));
-    EXPECT_EQ(testing::UiDriver::MainWindow().Text(IDC_LOCATION), R"(T:\)");
+    EXPECT_EQ(test::UiDriver::MainWindow().Text(IDC_LOCATION), R"(T:\)");
     const Rect screen = ScreenAreas().front();
     EXPECT_GT(Frame().GetWindowRect().Width(), screen.Width() / 2) << "with room for the address";
 }
@@ -119,7 +119,7 @@ TEST_F(MainFrame, DefaultsThatCannotBeStoredDoNotStopTheStart) {
     Start();
     EXPECT_EQ(Frame().Settings().block, SettingsBlock());
     EXPECT_EQ(ProgramFolder(Frame().Settings()), "T:") << "where the help is";
-    EXPECT_EQ(testing::UiDriver::MainWindow().Text(IDC_LOCATION), kDriveListLocation);
+    EXPECT_EQ(test::UiDriver::MainWindow().Text(IDC_LOCATION), kDriveListLocation);
 }
 
 TEST_F(MainFrame, EveryCommandOfTheMenuCanBeChosen) {
@@ -151,7 +151,7 @@ TEST_F(MainFrame, OwnIconsAreASettingWithACheckMark) {
 
 TEST_F(MainFrame, TheSettingsDialogActsAtOnce) {
     Start();
-    ui.ExpectDialog(IDD_SETTINGS, [](testing::WindowDriver& dialog) {
+    ui.ExpectDialog(IDD_SETTINGS, [](test::WindowDriver& dialog) {
         EXPECT_TRUE(dialog.IsChecked(IDC_SETTINGS_ICONS));
         dialog.Click(IDC_SETTINGS_DETAILS);
         dialog.Click(IDC_SETTINGS_INTERMEDIATE_INFO);
@@ -163,7 +163,7 @@ TEST_F(MainFrame, TheSettingsDialogActsAtOnce) {
     EXPECT_EQ(Stored().block.viewMode, 3U);
     EXPECT_EQ(Stored().block.showIntermediateInfo, 0);
 
-    ui.ExpectDialog(IDD_SETTINGS, [](testing::WindowDriver& dialog) { dialog.Click(IDOK); });
+    ui.ExpectDialog(IDD_SETTINGS, [](test::WindowDriver& dialog) { dialog.Click(IDOK); });
     ui.ExpectError("Error: saving settings: " + GetSystemMessageText(ERROR_ACCESS_DENIED));
     system.writeError = ERROR_ACCESS_DENIED;
     Run(ID_SETTINGS);
@@ -254,16 +254,16 @@ TEST_F(MainFrame, TheSecurityEditorOpensOnTheSelection) {
     ui.ExpectInformation("Please, select items to work with them.");
     Run(ID_PERMISSIONS);
 
-    auto window = testing::UiDriver::MainWindow();
+    auto window = test::UiDriver::MainWindow();
     const auto openOnBoth = [&] {
         window.SelectRows(kList, {0, 1});
-        ui.ExpectSheet("Security Editor - sub", [](testing::WindowDriver& sheet) {
+        ui.ExpectSheet("Security Editor - sub", [](test::WindowDriver& sheet) {
             EXPECT_THAT(sheet.Tabs(), ElementsAre("Permissions", "Owner", "Effective Permissions"));
             sheet.Press("Esc");
         });
         Run(ID_PERMISSIONS);
     };
-    ui.ExpectDialog(IDD_SELECTION_NOTICE, [](testing::WindowDriver& notice) {
+    ui.ExpectDialog(IDD_SELECTION_NOTICE, [](test::WindowDriver& notice) {
         notice.Click(IDC_DO_NOT_SHOW_AGAIN);
         notice.Click(IDOK);
     });
@@ -276,12 +276,12 @@ TEST_F(MainFrame, PropertiesAreThoseOfTheTopmostRowAndOpenTheEditor) {
     Start();
     ui.ExpectInformation("Please, select an item to work with.");
     Run(ID_PROPERTIES);
-    auto window = testing::UiDriver::MainWindow();
+    auto window = test::UiDriver::MainWindow();
     window.SelectRows(kList, {0, 1});
-    ui.ExpectDialog(IDD_FOLDER_PROPERTIES, [this](testing::WindowDriver& properties) {
+    ui.ExpectDialog(IDD_FOLDER_PROPERTIES, [this](test::WindowDriver& properties) {
         EXPECT_EQ(properties.Title(), "Properties - sub");
         ui.ExpectSheet("Security Editor - sub",
-                       [](testing::WindowDriver& sheet) { sheet.Click(testing::SheetButton::kCancel); });
+                       [](test::WindowDriver& sheet) { sheet.Click(test::SheetButton::kCancel); });
         properties.Click(IDC_PROPERTY_PERMISSIONS);
         properties.Click(IDCANCEL);
     });
@@ -291,7 +291,7 @@ TEST_F(MainFrame, PropertiesAreThoseOfTheTopmostRowAndOpenTheEditor) {
 
     Run(ID_GO_TO_ROOT);
     window.SelectRow(kList, 0);
-    ui.ExpectDialog(IDD_DRIVE_PROPERTIES, [](testing::WindowDriver& properties) { properties.Press("Esc"); });
+    ui.ExpectDialog(IDD_DRIVE_PROPERTIES, [](test::WindowDriver& properties) { properties.Press("Esc"); });
     Run(ID_PROPERTIES);
 }
 
@@ -307,7 +307,7 @@ TEST_F(MainFrame, SecureDeletionAsksAndShowsWhatIsLeft) {
     ui.ExpectInformation("Please, select items to work with them.");
     Run(ID_SECURE_DELETION);
 
-    auto window = testing::UiDriver::MainWindow();
+    auto window = test::UiDriver::MainWindow();
     window.SelectRow(kList, 0);
     expectQuestion(IDNO);
     Run(ID_SECURE_DELETION);
@@ -317,7 +317,7 @@ TEST_F(MainFrame, SecureDeletionAsksAndShowsWhatIsLeft) {
     Run(ID_SECURE_DELETION);
     EXPECT_THAT(Rows(), ElementsAre(HasSubstr("file")));
 
-    ui.ExpectDialog(IDD_SETTINGS, [](testing::WindowDriver& dialog) {
+    ui.ExpectDialog(IDD_SETTINGS, [](test::WindowDriver& dialog) {
         dialog.Click(IDC_SETTINGS_ASK_BEFORE_DELETION);
         dialog.Click(IDOK);
     });
@@ -335,11 +335,11 @@ TEST_F(MainFrame, SecureDeletionAsksAndShowsWhatIsLeft) {
 
 TEST_F(MainFrame, WhatGetsTheNameWhileTheQuestionStandsIsNotDeleted) {
     Start();
-    auto window = testing::UiDriver::MainWindow();
+    auto window = test::UiDriver::MainWindow();
     window.SelectRow(kList, 0);
     std::filesystem::create_directory(data.Path("important"));
     ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION,
-                        [this](testing::WindowDriver& question) {
+                        [this](test::WindowDriver& question) {
                             std::filesystem::rename(data.Path("sub"), data.Path("sub 2"));
                             std::filesystem::rename(data.Path("important"), data.Path("sub"));
                             question.Press("Alt+Y");
@@ -355,25 +355,25 @@ TEST_F(MainFrame, TheWizardWorksOnTheSelectionAndTheListShowsWhatIsLeft) {
     Start();
     ui.ExpectInformation("Please, select items to work with them.");
     Run(ID_WIZARD);
-    auto window = testing::UiDriver::MainWindow();
+    auto window = test::UiDriver::MainWindow();
     window.SelectRow(kList, 1);
-    ui.ExpectSheet("Security Wizard", [&](testing::WindowDriver& sheet) {
+    ui.ExpectSheet("Security Wizard", [&](test::WindowDriver& sheet) {
         sheet.Click(IDC_TASK_DELETION);
         ui.ExpectMessageBox("Are you sure want to delete selected items?", "Secure deletion",
                             MB_YESNO | MB_ICONQUESTION, IDYES);
-        sheet.Click(testing::SheetButton::kNext);
-        sheet.WaitUntil([&] { return sheet.IsEnabled(testing::SheetButton::kFinish); });
-        sheet.Click(testing::SheetButton::kFinish);
+        sheet.Click(test::SheetButton::kNext);
+        sheet.WaitUntil([&] { return sheet.IsEnabled(test::SheetButton::kFinish); });
+        sheet.Click(test::SheetButton::kFinish);
     });
     window.Press("Alt+W");
     EXPECT_THAT(Rows(), ElementsAre(HasSubstr("sub")));
 
     Run(ID_GO_TO_ROOT);
     window.SelectRow(kList, 0);
-    ui.ExpectSheet("Security Wizard", [&](testing::WindowDriver& sheet) {
+    ui.ExpectSheet("Security Wizard", [&](test::WindowDriver& sheet) {
         sheet.Click(IDC_TASK_DELETION);
         ui.ExpectMessageBox(HasSubstr("can not delete disk drives"), "Security Wizard", MB_OK, IDOK);
-        sheet.Click(testing::SheetButton::kNext);
+        sheet.Click(test::SheetButton::kNext);
         sheet.Press("Esc");
     });
     Run(ID_WIZARD);

@@ -18,7 +18,7 @@ constexpr unsigned int kBoxes[] = {IDC_SETTINGS_OWN_ICONS, IDC_SETTINGS_TOOL_TIP
 class SettingsDialog : public ::testing::Test {
   protected:
     // The block after the dialog, and the result of its run.
-    int Run(SettingsBlock& block, const testing::UiDriver::Script& script) {
+    int Run(SettingsBlock& block, const test::UiDriver::Script& script) {
         CSettingsDlg dialog(nullptr);
         dialog.block = block;
         ui.ExpectDialog(IDD_SETTINGS, script);
@@ -27,15 +27,15 @@ class SettingsDialog : public ::testing::Test {
         return result;
     }
 
-    testing::UiDriver ui;
-    testing::SystemFakes system;
+    test::UiDriver ui;
+    test::SystemFakes system;
 };
 
 TEST_F(SettingsDialog, ShowsTheBlockAndGivesBackWhatIsChosen) {
     system.majorVersion = 5;
     SettingsBlock block{2, 1, 0, 1, 0, 1, {}};
     EXPECT_EQ(Run(block,
-                  [](testing::WindowDriver& dialog) {
+                  [](test::WindowDriver& dialog) {
                       EXPECT_TRUE(dialog.IsChecked(IDC_SETTINGS_LIST));
                       EXPECT_EQ(dialog.FocusedControl(), unsigned{IDC_SETTINGS_LIST});
                       EXPECT_FALSE(dialog.IsChecked(IDC_SETTINGS_ICONS));
@@ -55,7 +55,7 @@ TEST_F(SettingsDialog, ShowsTheBlockAndGivesBackWhatIsChosen) {
 
 TEST_F(SettingsDialog, OnLaterSystemsTheExplorerIsNotOffered) {
     SettingsBlock block;
-    Run(block, [](testing::WindowDriver& dialog) {
+    Run(block, [](test::WindowDriver& dialog) {
         EXPECT_FALSE(dialog.IsVisible(IDC_SETTINGS_EXPLORER_MENU));
         dialog.Click(IDOK);
     });
@@ -65,7 +65,7 @@ TEST_F(SettingsDialog, OnLaterSystemsTheExplorerIsNotOffered) {
 TEST_F(SettingsDialog, AViewThatThereIsNotStaysUnlessOneIsChosen) {
     SettingsBlock block;
     block.viewMode = 9;
-    Run(block, [](testing::WindowDriver& dialog) {
+    Run(block, [](test::WindowDriver& dialog) {
         for (const unsigned int view : kViews)
             EXPECT_FALSE(dialog.IsChecked(view)) << view;
         dialog.Press("Enter");

@@ -30,7 +30,7 @@ class SettingsStore : public ::testing::Test {
         return text.ends_with('\0') ? text.c_str() : text + " without its end";
     }
 
-    testing::SystemFakes registry;
+    test::SystemFakes registry;
 };
 
 TEST_F(SettingsStore, WhatIsNotThereOrNotSoundFailsAndLeavesTheDefaults) {

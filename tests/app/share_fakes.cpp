@@ -10,9 +10,9 @@
 
 namespace {
 
-using permora::testing::FakeShare;
+using permora::test::FakeShare;
 
-permora::testing::ShareFakes* fakes = nullptr;
+permora::test::ShareFakes* fakes = nullptr;
 
 // A record with room behind it for two texts.
 template <class Record>
@@ -91,7 +91,7 @@ NET_API_STATUS __wrap_NetShareDel(LPWSTR, LPWSTR name, DWORD reserved) {
 
 }  // extern "C"
 
-namespace permora::testing {
+namespace permora::test {
 
 ShareFakes::ShareFakes() {
     fakes = this;
@@ -101,4 +101,4 @@ ShareFakes::~ShareFakes() {
     fakes = nullptr;
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -7,7 +7,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/network.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 struct FakeShare {
     std::string name;
@@ -28,4 +28,4 @@ class ShareFakes {
     NET_API_STATUS listError = NERR_Success;  // once the shares above are handed out
 };
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -19,11 +19,11 @@
 namespace permora {
 namespace {
 
+using test::UiDriver;
+using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using testing::UiDriver;
-using testing::WindowDriver;
 
 constexpr unsigned int kList = BrowserView::kListId;
 constexpr const char* kFolder = R"(T:\)";
@@ -69,9 +69,9 @@ class SharesMode : public ::testing::Test {
     }
 
     UiDriver ui;
-    testing::SystemFakes system;
-    testing::ShellFakes shell;
-    testing::ShareFakes machine;
+    test::SystemFakes system;
+    test::ShellFakes shell;
+    test::ShareFakes machine;
     test::TemporaryFolder data;
     CMainApp app;
 };

@@ -6,7 +6,7 @@
 
 namespace {
 
-permora::testing::ShellFakes* fakes = nullptr;
+permora::test::ShellFakes* fakes = nullptr;
 
 constexpr std::uintptr_t kLastFailure = 32;
 
@@ -27,7 +27,7 @@ UINT __wrap_WinExec(LPCSTR commandLine, UINT) {
 
 }  // extern "C"
 
-namespace permora::testing {
+namespace permora::test {
 
 ShellFakes::ShellFakes() {
     fakes = this;
@@ -43,4 +43,4 @@ bool ShellFakes::Serve(const std::string& request) {
                         [&](const std::string& start) { return request.starts_with(start); });
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

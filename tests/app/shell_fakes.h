@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace permora::testing {
+namespace permora::test {
 
 class ShellFakes {
   public:
@@ -21,4 +21,4 @@ class ShellFakes {
     bool Serve(const std::string& request);
 };
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -7,7 +7,7 @@
 
 namespace {
 
-permora::testing::SystemFakes* fakes = nullptr;
+permora::test::SystemFakes* fakes = nullptr;
 
 }  // namespace
 
@@ -60,7 +60,7 @@ DWORD __wrap_GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
 
 }  // extern "C"
 
-namespace permora::testing {
+namespace permora::test {
 
 SystemFakes::SystemFakes() {
     setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
@@ -71,4 +71,4 @@ SystemFakes::~SystemFakes() {
     fakes = nullptr;
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

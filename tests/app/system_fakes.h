@@ -6,7 +6,7 @@
 #include "platform/api/base.h"
 #include "tests/support/temporary_folder.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 // While it lives the user's registry is empty, HKEY_CLASSES_ROOT a key of it, and the system's version the
 // one below.
@@ -27,4 +27,4 @@ class SystemFakes {
     test::TemporaryFolder folder;
 };
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -13,7 +13,7 @@
 #include "tests/browser/browser_fixture.h"
 #include "tests/support/ntfs_volume.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 TEST(AttributeBoxes, MakeTheWordThatIsWritten) {
@@ -165,4 +165,4 @@ TEST_F(AttributesDialog, OnNtfsLetsOnlyFilesBeTemporary) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

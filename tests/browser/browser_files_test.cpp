@@ -11,7 +11,7 @@
 #include "resources/resource_ids.h"
 #include "tests/browser/browser_fixture.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using namespace std::string_literals;
@@ -258,4 +258,4 @@ TEST_F(BrowserFiles, CommandsNeedRowsOfTheFolderThatIsShown) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -11,7 +11,7 @@
 #include "platform/linux/files/drives.h"
 #include "resources/resource_ids.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 Faults& TheFaults() {
     static Faults faults;
@@ -76,9 +76,9 @@ void BrowserTest::Open(const std::string& name) {
     view.OpenSelected();
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test
 
-using permora::testing::TheFaults;
+using permora::test::TheFaults;
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 // Lets the system's services fail or the world change in the middle of a listing.
 struct Faults {
@@ -67,4 +67,4 @@ class BrowserTest : public ::testing::Test {
     BrowserView& view = frame.view;
 };
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -12,7 +12,7 @@
 #include "tests/browser/browser_fixture.h"
 #include "tests/support/ntfs_volume.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using ::testing::AllOf;
@@ -185,4 +185,4 @@ TEST_F(BrowserListing, DrivesAreShownWithTypeAndSize) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

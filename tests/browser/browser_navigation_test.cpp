@@ -7,7 +7,7 @@
 #include "resources/resource_ids.h"
 #include "tests/browser/browser_fixture.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -166,4 +166,4 @@ TEST_F(BrowserNavigation, EscapeInTheAddressBarTakesBackWhatWasTyped) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -12,7 +12,7 @@
 #include "resources/resource_ids.h"
 #include "tests/browser/browser_fixture.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -241,4 +241,4 @@ TEST_F(Browser, WhatLeavesNoWayOnEndsTheProgram) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -44,8 +44,8 @@ BOOL __wrap_WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written,
 namespace permora {
 namespace {
 
-using testing::UiDriver;
-using testing::WindowDriver;
+using test::UiDriver;
+using test::WindowDriver;
 
 constexpr UINT kErrorBox = MB_OK | MB_ICONERROR;
 

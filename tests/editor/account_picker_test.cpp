@@ -18,8 +18,8 @@
 namespace permora {
 namespace {
 
-using testing::UiDriver;
-using testing::WindowDriver;
+using test::UiDriver;
+using test::WindowDriver;
 
 class AccountPicker : public ::testing::Test {
   protected:

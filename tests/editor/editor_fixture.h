@@ -14,7 +14,7 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 // The current directory is a temporary folder whose list hands nothing down.
 class EditorTest : public ::testing::Test {
@@ -49,4 +49,4 @@ class EditorTest : public ::testing::Test {
     CPSheet sheet;
 };
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -13,14 +13,14 @@
 namespace permora {
 namespace {
 
+using test::SheetButton;
+using test::UiDriver;
+using test::WindowDriver;
 using ::testing::HasSubstr;
-using testing::SheetButton;
-using testing::UiDriver;
-using testing::WindowDriver;
 
 constexpr const char* kNone = "00000000000000";
 
-class EffectivePage : public testing::EditorTest {
+class EffectivePage : public test::EditorTest {
   protected:
     void MakeFiles() override { Give("D:P"); }
 

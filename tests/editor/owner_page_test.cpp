@@ -16,12 +16,12 @@ namespace permora {
 namespace {
 
 using test::DescriptorText;
+using test::SheetButton;
+using test::UiDriver;
+using test::WindowDriver;
 using ::testing::HasSubstr;
-using testing::SheetButton;
-using testing::UiDriver;
-using testing::WindowDriver;
 
-class OwnerPage : public testing::EditorTest {
+class OwnerPage : public test::EditorTest {
   protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "only root may give objects away";

@@ -10,8 +10,8 @@
 namespace permora {
 namespace {
 
-using testing::UiDriver;
-using testing::WindowDriver;
+using test::UiDriver;
+using test::WindowDriver;
 
 AccountRecord Account(const char* name) {
     UniqueLocal<void> sid;

@@ -34,14 +34,14 @@ namespace permora {
 namespace {
 
 using test::DaclText;
+using test::SheetButton;
+using test::UiDriver;
+using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using testing::SheetButton;
-using testing::UiDriver;
-using testing::WindowDriver;
 
-class SecuritySheet : public testing::EditorTest {
+class SecuritySheet : public test::EditorTest {
   protected:
     // "docs" hands entries down to "docs/report"; "data" and the file "notes" have lists of their own.
     void MakeFiles() override {

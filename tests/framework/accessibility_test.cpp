@@ -24,9 +24,9 @@
 namespace permora {
 namespace {
 
-using testing::DialogTemplates;
-using testing::UiDriver;
-using testing::WindowDriver;
+using test::DialogTemplates;
+using test::UiDriver;
+using test::WindowDriver;
 
 using Check = std::function<void(WindowDriver&, CWnd&, const DialogTemplate&)>;
 

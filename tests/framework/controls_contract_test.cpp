@@ -17,10 +17,10 @@
 namespace permora {
 namespace {
 
+using test::UiDriver;
+using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::UiDriver;
-using testing::WindowDriver;
 
 using Events = std::vector<std::string>;
 

@@ -18,9 +18,9 @@
 namespace permora {
 namespace {
 
+using test::UiDriver;
+using test::WindowDriver;
 using ::testing::ElementsAre;
-using testing::UiDriver;
-using testing::WindowDriver;
 
 constexpr unsigned int kMissingTemplate = 9999;
 constexpr int kEndedByTest = -2;

@@ -7,7 +7,7 @@
 #include "framework/dialog.h"
 #include "resources/resource_ids.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 int Ask(const char* question) {
@@ -30,4 +30,4 @@ TEST(UiDriver, FailsForWindowsThatWereNotDeclaredOrDoNotComeAndAnswersThemSafely
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

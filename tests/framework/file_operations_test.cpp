@@ -14,7 +14,7 @@
 #include "tests/framework/test_frame.h"
 #include "tests/support/ui_driver.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -238,4 +238,4 @@ TEST(FileOperationTexts, AreRounded) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

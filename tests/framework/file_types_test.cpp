@@ -10,7 +10,7 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using test::TemporaryFolder;
@@ -77,4 +77,4 @@ TEST_F(DesktopTypes, HaveTheIconsOfTheThemeAndShareThem) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

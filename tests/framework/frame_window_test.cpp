@@ -16,10 +16,10 @@
 namespace permora {
 namespace {
 
+using test::UiDriver;
+using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::UiDriver;
-using testing::WindowDriver;
 
 TEST(Frame, CommandsAreChosenFromMenuAndToolbarAndByKey) {
     TestFrame frame;

@@ -13,7 +13,7 @@
 #include "resources/resource_ids.h"
 #include "tests/support/ui_driver.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 std::set<int> WidthsOf(const CIcon& icon) {
@@ -63,4 +63,4 @@ TEST(Images, PixelsThatAreTooFewAreNoIcon) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

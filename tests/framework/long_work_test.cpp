@@ -15,8 +15,8 @@
 namespace permora {
 namespace {
 
-using testing::UiDriver;
-using testing::WindowDriver;
+using test::UiDriver;
+using test::WindowDriver;
 
 class PaintedDialog : public CDialog {
   public:

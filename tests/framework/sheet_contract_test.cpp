@@ -14,11 +14,11 @@
 namespace permora {
 namespace {
 
+using test::SheetButton;
+using test::UiDriver;
+using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::SheetButton;
-using testing::UiDriver;
-using testing::WindowDriver;
 
 using Calls = std::vector<std::string>;
 

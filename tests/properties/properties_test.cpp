@@ -20,7 +20,7 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using ::testing::HasSubstr;
@@ -126,4 +126,4 @@ TEST_F(Properties, OfADriveTellItsSpace) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

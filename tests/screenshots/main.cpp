@@ -151,7 +151,7 @@ class SampleFrame : public CFrameWnd {
 };
 
 void TakePictures(const Series& series) {
-    for (const unsigned int id : testing::DialogTemplates()) {
+    for (const unsigned int id : test::DialogTemplates()) {
         const DWORD style = LoadDialogTemplate(id)->style;
         if ((style & WS_CHILD) == 0)
             SampleDialog(id, series).DoModal();

@@ -13,14 +13,14 @@
 namespace permora {
 namespace {
 
-using testing::AccountOf;
-using testing::AclIn;
-using testing::EntriesOf;
-using testing::kAllow;
-using testing::kAllowObject;
-using testing::kDeny;
-using testing::ListOf;
-using testing::ShortEntry;
+using test::AccountOf;
+using test::AclIn;
+using test::EntriesOf;
+using test::kAllow;
+using test::kAllowObject;
+using test::kDeny;
+using test::ListOf;
+using test::ShortEntry;
 using Entries = std::vector<ShortEntry>;
 
 constexpr DWORD kSync = SYNCHRONIZE;

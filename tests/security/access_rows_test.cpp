@@ -10,18 +10,18 @@
 namespace permora {
 namespace {
 
-using testing::kAllow;
-using testing::kAllowObject;
-using testing::kDeny;
+using test::kAllow;
+using test::kAllowObject;
+using test::kDeny;
 
 TEST(AccessRows, ShowAllowAndDenyEntriesAndKeepTheIndexOfEach) {
-    testing::ServiceFakes services;
-    services.accounts = {{testing::SidOf('A').ToText(), "HOST", "ada", SidTypeUser}};
-    AccessEntryList list = testing::ListOf({{kAllowObject, 'A', 1, 0},
-                                            {kDeny, 'A', 0x100002, 0},
-                                            {SYSTEM_AUDIT_ACE_TYPE, 'A', 1, 0},
-                                            {kAllow, 'B', 0x1F01FF, 0x1B},
-                                            {kAllow, 'A', 3, 0x18}});
+    test::ServiceFakes services;
+    services.accounts = {{test::SidOf('A').ToText(), "HOST", "ada", SidTypeUser}};
+    AccessEntryList list = test::ListOf({{kAllowObject, 'A', 1, 0},
+                                         {kDeny, 'A', 0x100002, 0},
+                                         {SYSTEM_AUDIT_ACE_TYPE, 'A', 1, 0},
+                                         {kAllow, 'B', 0x1F01FF, 0x1B},
+                                         {kAllow, 'A', 3, 0x18}});
     std::string text;
     for (const AccessRow& row : AccessRowsOf(list)) {
         text += std::to_string(row.entryIndex) + '|' + row.type + '|' + row.name + '|' + row.permission +

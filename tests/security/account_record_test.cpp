@@ -12,8 +12,8 @@
 namespace permora {
 namespace {
 
-using testing::AccountOf;
-using testing::ServiceFakes;
+using test::AccountOf;
+using test::ServiceFakes;
 
 const nt::Sid kEveryone{1, {0}};
 const nt::Sid kAdministrators{5, {32, 544}};

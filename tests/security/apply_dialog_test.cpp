@@ -53,8 +53,8 @@ namespace {
 
 using test::DaclText;
 using test::SetDescriptorText;
-using testing::UiDriver;
-using testing::WindowDriver;
+using test::UiDriver;
+using test::WindowDriver;
 
 constexpr UINT kErrorBox = MB_OK | MB_ICONERROR;
 

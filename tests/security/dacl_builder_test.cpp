@@ -15,14 +15,14 @@
 namespace permora {
 namespace {
 
-using testing::EntriesOf;
-using testing::kAllow;
-using testing::kAllowObject;
-using testing::kDeny;
-using testing::ListOf;
-using testing::RecordingPresenter;
-using testing::ServiceFakes;
-using testing::ShortEntry;
+using test::EntriesOf;
+using test::kAllow;
+using test::kAllowObject;
+using test::kDeny;
+using test::ListOf;
+using test::RecordingPresenter;
+using test::ServiceFakes;
+using test::ShortEntry;
 
 class DaclBuilder : public ::testing::Test {
   protected:
@@ -63,11 +63,11 @@ TEST_F(DaclBuilder, TellsWhenTheListWouldBeTooLarge) {
     EXPECT_NE(Build(ListOf(entries)), nullptr);  // 8 + 1819 * 36 bytes, nearly 64 KiB
 
     AccessEntryList tooLarge = ListOf(entries);
-    tooLarge.AddEntry(testing::AccountOf('B'), 1, 0, kAllow);
-    tooLarge.AddEntry(testing::AccountOf('C'), 1, 0, kAllow);
+    tooLarge.AddEntry(test::AccountOf('B'), 1, 0, kAllow);
+    tooLarge.AddEntry(test::AccountOf('C'), 1, 0, kAllow);
     EXPECT_EQ(Build(tooLarge), nullptr);
     EXPECT_EQ(boxes.TakeBoxes(),
-              (std::vector<testing::RecordedBox>{
+              (std::vector<test::RecordedBox>{
                   {kErrorCaption, "Error: cannot initialize object's access control list", MB_ICONERROR}}));
 }
 
@@ -92,10 +92,10 @@ class AbsoluteDescriptor : public ::testing::Test {
   protected:
     AbsoluteDescriptor() {
         nt::SecurityDescriptor descriptor;
-        descriptor.owner = testing::SidOf('O');
-        descriptor.group = testing::SidOf('G');
+        descriptor.owner = test::SidOf('O');
+        descriptor.group = test::SidOf('G');
         descriptor.daclState = nt::DaclState::kList;
-        descriptor.dacl.entries.push_back({kDeny, 3, 7, testing::SidOf('A'), {}, {}});
+        descriptor.dacl.entries.push_back({kDeny, 3, 7, test::SidOf('A'), {}, {}});
         static_cast<void>(descriptor.AppendTo(bytes));
     }
 

@@ -8,7 +8,7 @@
 #include "platform/nt/acl.h"
 #include "security/access_entry_list.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 // An entry for the account `letter`, whose SID ends in that letter; '-' for an entry without a SID.
 struct ShortEntry {
@@ -82,4 +82,4 @@ inline std::vector<ShortEntry> EntriesOf(const AccessEntryList& list) {
     return entries;
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

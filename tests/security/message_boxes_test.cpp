@@ -12,8 +12,8 @@
 namespace permora {
 namespace {
 
-using testing::RecordedBox;
-using testing::RecordingPresenter;
+using test::RecordedBox;
+using test::RecordingPresenter;
 
 constexpr DWORD kNoSuchError = 0x2FFFFFFF;
 constexpr DWORD kServerNotStarted = 2114;
@@ -51,7 +51,7 @@ TEST(MessageBoxes, ShowNothingForAnErrorWithoutText) {
 
 TEST(MessageBoxes, LookNetworkErrorsUpInTheNetworkLibraryAlone) {
     EXPECT_NE(GetSystemMessageText(kServerNotStarted), "");
-    testing::ServiceFakes services;
+    test::ServiceFakes services;
     int loads = 0;
     services.loadLibrary = [&](LPCSTR name) {
         EXPECT_STREQ(name, "netmsg.dll");

@@ -42,9 +42,9 @@ namespace {
 
 using test::DaclText;
 using test::Held;
+using test::RecordedBox;
+using test::RecordingPresenter;
 using test::SetDescriptorText;
-using testing::RecordedBox;
-using testing::RecordingPresenter;
 
 RecordedBox ErrorBox(const std::string& text) {
     return {kErrorCaption, text, MB_ICONERROR};

@@ -108,14 +108,14 @@ namespace {
 
 // The candidates' SIDs, then the texts of the boxes that were shown.
 std::vector<std::string> Offered() {
-    testing::RecordingPresenter presenter;
+    test::RecordingPresenter presenter;
     std::vector<std::string> offered;
     if (auto candidates = FindOwnerCandidates(nullptr))
         for (AccountRecord& candidate : *candidates)
             offered.push_back(candidate.GetSidText());
     else
         offered.emplace_back("nothing");
-    for (const testing::RecordedBox& box : presenter.TakeBoxes())
+    for (const test::RecordedBox& box : presenter.TakeBoxes())
         offered.push_back(box.text.substr(0, box.text.find_last_not_of("\r\n") + 1));
     return offered;
 }

@@ -6,7 +6,7 @@
 #include "gtest/gtest.h"
 #include "platform/nt/sid.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 ServiceFakes* fakes = nullptr;
@@ -102,4 +102,4 @@ BOOL __wrap_LookupAccountSidA(LPCSTR /*system*/, PSID sid, LPSTR name, LPDWORD n
 }  // extern "C"
 // NOLINTEND(bugprone-reserved-identifier)
 
-}  // namespace permora::testing
+}  // namespace permora::test

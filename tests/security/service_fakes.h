@@ -9,7 +9,7 @@
 #include "platform/api/libraries.h"
 #include "platform/api/security.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 // One account of the made-up account database.
 struct FakeAccount {
@@ -40,4 +40,4 @@ class ServiceFakes {
     std::function<HMODULE(LPCSTR)> loadLibrary;
 };
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -6,7 +6,7 @@
 #include "resources/resource_ids.h"
 #include "tests/shares/share_table.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using ::testing::HasSubstr;
@@ -80,4 +80,4 @@ TEST_F(NewShareDialog, SharesAFolderForReaders) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

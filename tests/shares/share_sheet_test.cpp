@@ -10,7 +10,7 @@
 #include "security/object_security.h"
 #include "tests/shares/share_table.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -126,4 +126,4 @@ TEST_F(ShareSheet, LeavesAShareAloneThatTakesNoDescriptor) {
 }
 
 }  // namespace
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -16,13 +16,13 @@ NET_API_STATUS __real_NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, L
 
 NET_API_STATUS __wrap_NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE record,
                                       LPDWORD wrongField) {
-    if (const auto answer = permora::testing::setInfoAnswer) return *answer;
+    if (const auto answer = permora::test::setInfoAnswer) return *answer;
     return __real_NetShareSetInfo(server, name, level, record, wrongField);
 }
 
 }  // extern "C"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using WideText = std::basic_string<WCHAR>;
@@ -86,4 +86,4 @@ void WithShareTable::RemoveShare(const std::string& name) {
     EXPECT_EQ(NetShareDel(nullptr, AnsiToWide(name, wideName), 0), NERR_Success) << name;
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -10,7 +10,7 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 // What changes of shares are answered with in the place of being made; nothing: they are made.
 inline std::optional<NET_API_STATUS> setInfoAnswer;
@@ -32,4 +32,4 @@ class WithShareTable : public ::testing::Test {
     UiDriver ui;
 };
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -8,7 +8,7 @@
 #include "framework/resource_templates.h"
 #include "resources/embedded_resources.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 // Their numbers.
 inline std::vector<unsigned int> DialogTemplates() {
@@ -20,4 +20,4 @@ inline std::vector<unsigned int> DialogTemplates() {
     return ids;
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -8,7 +8,7 @@
 #include "gtest/gtest.h"
 #include "platform/message_presenter.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 struct RecordedBox {
     std::string caption;
@@ -50,4 +50,4 @@ class RecordingPresenter : public MessagePresenter {
     std::vector<RecordedBox> boxes;
 };
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -8,7 +8,7 @@
 
 #include "platform/api/base.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 enum class ModalKind { kDialog, kSheet, kMessageBox, kMenu };
 
@@ -40,4 +40,4 @@ void CloseSafely(HWND window);
 // Asks all windows to close, the topmost first, until one refuses: as the desktop does when the session ends.
 void CloseAllWindows();
 
-}  // namespace permora::testing
+}  // namespace permora::test

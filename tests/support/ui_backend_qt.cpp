@@ -22,7 +22,7 @@
 #include "platform/api/messages.h"
 #include "tests/support/window_driver.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using qt::FromQt;
@@ -212,4 +212,4 @@ void CloseAllWindows() {
     QApplication::closeAllWindows();
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

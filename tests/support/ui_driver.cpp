@@ -11,7 +11,7 @@
 #include "framework/native.h"
 #include "tests/support/ui_backend.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 // In milliseconds: how long a window may stay open after its script, and how long one that was told to close
@@ -267,4 +267,4 @@ WindowDriver UiDriver::MainWindow() {
     return WindowDriver(frames.empty() ? nullptr : frames.front());
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

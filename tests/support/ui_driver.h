@@ -27,7 +27,7 @@
 #include "platform/api/messages.h"
 #include "tests/support/window_driver.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 using TextMatcher = ::testing::Matcher<const std::string&>;
 
@@ -63,4 +63,4 @@ class UiDriver {
     std::shared_ptr<State> state;
 };
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -13,7 +13,7 @@
 #include "framework/geometry.h"
 #include "platform/api/base.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 // The buttons of sheets and wizards that have no id of their own in a template.
 enum class SheetButton : unsigned int {
@@ -119,4 +119,4 @@ class WindowDriver {
     HWND window;
 };
 
-}  // namespace permora::testing
+}  // namespace permora::test

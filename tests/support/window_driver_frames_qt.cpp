@@ -10,7 +10,7 @@
 #include "framework/qt/widget.h"
 #include "tests/support/window_driver_qt.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using qt::FromQt;
@@ -113,4 +113,4 @@ void WindowDriver::SwitchToTab(const std::string& caption) {
     ADD_FAILURE() << "no tab \"" << caption << "\"";
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

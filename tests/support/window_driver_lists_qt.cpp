@@ -5,7 +5,7 @@
 #include "framework/qt/list_widget.h"
 #include "tests/support/window_driver_qt.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using qt::ListWidget;
@@ -129,4 +129,4 @@ void WindowDriver::ClickHeader(unsigned int id, int column) {
     ClickWidget(*header->viewport(), point);
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

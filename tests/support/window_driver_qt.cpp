@@ -15,7 +15,7 @@
 #include "tests/support/ui_backend.h"
 #include "tests/support/window_driver_qt.h"
 
-namespace permora::testing {
+namespace permora::test {
 namespace {
 
 using qt::FromQt;
@@ -114,7 +114,7 @@ void ClickWidget(QWidget& target, const QPoint& point, Qt::MouseButton button,
 // ---- The window ----
 
 bool WindowDriver::IsOpen() const {
-    return testing::IsOpen(window);
+    return test::IsOpen(window);
 }
 
 std::string WindowDriver::Title() const {
@@ -296,4 +296,4 @@ void WindowDriver::SelectItem(unsigned int id, const std::string& text) {
     QTest::mouseClick(items.viewport(), Qt::LeftButton, Qt::NoModifier, items.visualRect(item).center());
 }
 
-}  // namespace permora::testing
+}  // namespace permora::test

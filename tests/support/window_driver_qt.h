@@ -9,7 +9,7 @@
 
 #include "tests/support/window_driver.h"
 
-namespace permora::testing {
+namespace permora::test {
 
 // Null, and a failure of the test, when the window has gone.
 QWidget* Live(HWND window);
@@ -35,4 +35,4 @@ enum class Clicks { kOne, kTwo };
 void ClickWidget(QWidget& target, const QPoint& point, Qt::MouseButton button = Qt::LeftButton,
                  Qt::KeyboardModifiers modifiers = {}, Clicks clicks = Clicks::kOne);
 
-}  // namespace permora::testing
+}  // namespace permora::test

@@ -10,18 +10,18 @@
 namespace permora {
 namespace {
 
-using testing::AccountOf;
-using testing::kAllow;
-using testing::kAllowObject;
-using testing::kDeny;
-using testing::ShortEntry;
+using test::AccountOf;
+using test::kAllow;
+using test::kAllowObject;
+using test::kDeny;
+using test::ShortEntry;
 
 constexpr BYTE kInherited = INHERITED_ACE | 3;
 
 AccountRights RightsOf(const std::vector<ShortEntry>& entries) {
-    std::vector<std::uint8_t> bytes = testing::DaclBytes(entries);
+    std::vector<std::uint8_t> bytes = test::DaclBytes(entries);
     AccountRights rights;
-    rights.LoadFromDacl(testing::AclIn(bytes));
+    rights.LoadFromDacl(test::AclIn(bytes));
     return rights;
 }
 

@@ -64,11 +64,11 @@ BOOL __wrap_FlushFileBuffers(HANDLE file) {
 namespace permora {
 namespace {
 
+using test::SheetButton;
+using test::UiDriver;
+using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::SheetButton;
-using testing::UiDriver;
-using testing::WindowDriver;
 
 constexpr const char* kTitle = "Security Wizard";
 
@@ -278,7 +278,7 @@ TEST_F(WizardDeletionPage, TheSessionsEndAnswersTheQuestionWithNo) {
     items.askBeforeSecureDeletion = true;
     Run({"file"}, [&](WindowDriver& window) {
         ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION,
-                            [](WindowDriver&) { testing::CloseAllWindows(); });
+                            [](WindowDriver&) { test::CloseAllWindows(); });
         GoToDeletion(window);
     });
     EXPECT_EQ(test::ReadWholeFile("file"), "x");

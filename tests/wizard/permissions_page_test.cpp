@@ -23,12 +23,12 @@ namespace {
 
 using test::DaclText;
 using test::SetDescriptorText;
+using test::SheetButton;
+using test::UiDriver;
+using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using testing::SheetButton;
-using testing::UiDriver;
-using testing::WindowDriver;
 
 constexpr const char* kTitle = "Security Wizard";
 constexpr int kReadCombination = 5;
