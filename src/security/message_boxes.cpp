@@ -8,6 +8,11 @@ namespace {
 
 UINT fatalExitCode = 0;
 
+bool LeavesNoWayOn(Step step) {
+    return step == Step::kLoadLibrary || step == Step::kFindListFunctions || step == Step::kTakeBuffer ||
+           step == Step::kCloseFile;
+}
+
 }  // namespace
 
 void ShowErrorBox(HWND owner, LPCSTR text) {
@@ -39,6 +44,18 @@ void ShowFatalLastErrorBox(HWND owner) {
 void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code) {
     if (const std::string systemText = GetSystemMessageText(code); !systemText.empty())
         ShowErrorBox(owner, (text + (": " + systemText)).c_str());
+}
+
+void ShowOutcome(HWND owner, const Outcome& outcome) {
+    if (outcome.IsDone()) return;
+    const std::string text = BoxText(outcome);
+    if (!text.empty()) (IsInformation(outcome.step) ? ShowInfoBox : ShowErrorBox)(owner, text.c_str());
+    if (LeavesNoWayOn(outcome.step)) ExitProcess(fatalExitCode);
+}
+
+void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes) {
+    for (const Outcome& outcome : outcomes)
+        ShowOutcome(owner, outcome);
 }
 
 void SetFatalExitCode(UINT code) {

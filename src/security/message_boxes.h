@@ -2,7 +2,10 @@
 // window that reports and may be null.
 #pragma once
 
+#include <span>
+
 #include "platform/api/base.h"
+#include "security/outcome.h"
 
 namespace permora {
 
@@ -21,6 +24,11 @@ void ShowLastErrorBox(HWND owner);
 [[noreturn]] void ShowFatalLastErrorBox(HWND owner);
 // "text: system text". A code that has no text shows no box.
 void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code);
+
+// What the outcome's text says, nothing when all was done. Ends the process after a step that leaves no way
+// on: a service that the program is made of is missing, or there is no memory for a list.
+void ShowOutcome(HWND owner, const Outcome& outcome);
+void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes);
 
 // The exit code of a process that a fatal box ends, 0 unless it is set. To be called before threads are
 // started.
