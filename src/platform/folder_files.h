@@ -109,8 +109,14 @@ class FolderHandle {
     FolderHandle& operator=(FolderHandle&& other) noexcept;
     ~FolderHandle();
 
-    // The current directory, to reach what is in it. It cannot be listed.
-    static DWORD OpenCurrent(FolderHandle& folder);
+    // The folder that a path of files.h leads to ("." is the current directory). Links on the way are
+    // followed; the last component is not when it is a link (ERROR_CANT_RESOLVE_FILENAME), unless a separator
+    // comes after it. A file is refused (ERROR_DIRECTORY). Where the folder may be entered but not listed,
+    // only NextEntry fails, with ERROR_ACCESS_DENIED.
+    static DWORD Open(const std::string& path, FolderHandle& folder);
+    // The same with this folder in the place of the current directory; an empty path opens this folder again.
+    DWORD OpenPath(const std::string& path, FolderHandle& folder) const;
+    static DWORD OpenCurrent(FolderHandle& folder) { return Open(".", folder); }
     // Makes the folder the current directory, whatever it is called by now.
     DWORD MakeCurrent() const;
 

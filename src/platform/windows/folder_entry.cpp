@@ -5,10 +5,26 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <utility>
 
 #include "platform/windows/code_page.h"
 
 namespace permora {
+
+DWORD FinalPathOf(HANDLE object, std::wstring& path) {
+    std::wstring found;
+    DWORD length = GetFinalPathNameByHandleW(object, nullptr, 0, FILE_NAME_NORMALIZED);
+    // The object may be renamed between the two calls.
+    while (length > found.size()) {
+        found.resize(length);
+        length = GetFinalPathNameByHandleW(object, found.data(), length, FILE_NAME_NORMALIZED);
+    }
+    if (length == 0) return GetLastError();
+    found.resize(length);
+    path = std::move(found);
+    return ERROR_SUCCESS;
+}
+
 DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& request, UniqueHandle& opened) {
     std::wstring wide;
     if (const DWORD error = ToWide(path, wide); error != ERROR_SUCCESS) return error;
@@ -23,10 +39,10 @@ DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& reque
     attributes.Attributes = OBJ_CASE_INSENSITIVE;
     IO_STATUS_BLOCK answer{};
     HANDLE handle = nullptr;
-    const NTSTATUS status =
-        NtCreateFile(&handle, request.access | SYNCHRONIZE, &attributes, &answer, nullptr,
-                     FILE_ATTRIBUTE_NORMAL, request.share, FILE_OPEN,
-                     request.options | FILE_SYNCHRONOUS_IO_NONALERT | FILE_OPEN_REPARSE_POINT, nullptr, 0);
+    const ULONG lastLink = request.lastLink == LastLink::kItself ? FILE_OPEN_REPARSE_POINT : 0;
+    const NTSTATUS status = NtCreateFile(
+        &handle, request.access | SYNCHRONIZE, &attributes, &answer, nullptr, FILE_ATTRIBUTE_NORMAL,
+        request.share, FILE_OPEN, request.options | FILE_SYNCHRONOUS_IO_NONALERT | lastLink, nullptr, 0);
     if (status < 0) return RtlNtStatusToDosError(status);
     opened.reset(handle);
     return ERROR_SUCCESS;

@@ -12,13 +12,19 @@ namespace permora {
 
 inline constexpr ULONG kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
+enum class LastLink { kItself, kFollow };
+
 struct OpenRequest {
     ACCESS_MASK access;
     ULONG share = kShareAll;
     ULONG options = 0;
+    LastLink lastLink = LastLink::kItself;  // what the path opens when it ends in a link
 };
 
-// `path` is relative to the folder; links on the way are followed, the last name never.
+// Where an object lies now, as a path that the system's calls take.
+DWORD FinalPathOf(HANDLE object, std::wstring& path);
+
+// `path` is relative to the folder; links on the way are followed.
 DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& request, UniqueHandle& opened);
 // Opens an entry of a folder, or a stream of a file, by its bare name.
 DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request, UniqueHandle& opened);

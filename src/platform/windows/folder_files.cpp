@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstring>
 #include <cwchar>
+#include <filesystem>
+#include <functional>
 #include <string_view>
 #include <utility>
 
@@ -37,35 +39,89 @@ DWORD TagOf(HANDLE object, FILE_ATTRIBUTE_TAG_INFO& tag) {
 struct FolderHandle::Inside {
     explicit Inside(UniqueHandle opened) : folder(std::move(opened)) {}
 
+    // `open` opens an object with an access of its argument. Who may not list a folder may still enter it.
+    static DWORD Adopt(const std::function<DWORD(ACCESS_MASK, UniqueHandle&)>& open, FolderHandle& folder);
+    // A path whose last component is followed when a separator comes after it.
+    static DWORD OpenNamed(const std::wstring& path, FolderHandle& folder);
+
     UniqueHandle folder;
     // What the system listed last, and where the next entry of it begins.
     alignas(8) std::array<std::byte, 8192> block{};
     const std::byte* next = nullptr;
 };
 
+DWORD FolderHandle::Inside::Adopt(const std::function<DWORD(ACCESS_MASK, UniqueHandle&)>& open,
+                                  FolderHandle& folder) {
+    constexpr ACCESS_MASK kEnter = FILE_TRAVERSE | FILE_READ_ATTRIBUTES;
+    UniqueHandle opened;
+    FILE_ATTRIBUTE_TAG_INFO tag{};
+    DWORD error = open(kEnter | FILE_LIST_DIRECTORY, opened);
+    if (error == ERROR_ACCESS_DENIED) error = open(kEnter, opened);
+    if (error == ERROR_SUCCESS) error = TagOf(opened.get(), tag);
+    if (error != ERROR_SUCCESS) return error;
+    switch (KindOfAttributes(tag.FileAttributes, tag.ReparseTag)) {
+        case FolderEntryKind::kFolder:
+            folder.inside = std::make_unique<Inside>(std::move(opened));
+            return ERROR_SUCCESS;
+        case FolderEntryKind::kFile:
+            return ERROR_DIRECTORY;
+        case FolderEntryKind::kOther:
+            break;
+    }
+    return ERROR_CANT_RESOLVE_FILENAME;
+}
+
+DWORD FolderHandle::Inside::OpenNamed(const std::wstring& path, FolderHandle& folder) {
+    return Adopt(
+        [&](ACCESS_MASK access, UniqueHandle& opened) {
+            const DWORD last = path.ends_with(L'\\') ? 0 : FILE_FLAG_OPEN_REPARSE_POINT;
+            HANDLE handle = CreateFileW(path.c_str(), access, kShareAll, nullptr, OPEN_EXISTING,
+                                        FILE_FLAG_BACKUP_SEMANTICS | last, nullptr);
+            if (handle == INVALID_HANDLE_VALUE) return GetLastError();
+            opened.reset(handle);
+            return DWORD{ERROR_SUCCESS};
+        },
+        folder);
+}
+
 FolderHandle::FolderHandle() = default;
 FolderHandle::FolderHandle(FolderHandle&& other) noexcept = default;
 FolderHandle& FolderHandle::operator=(FolderHandle&& other) noexcept = default;
 FolderHandle::~FolderHandle() = default;
 
-DWORD FolderHandle::OpenCurrent(FolderHandle& folder) {
-    HANDLE handle = CreateFileA(".", FILE_TRAVERSE | FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
-                                FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) return GetLastError();
-    folder.inside = std::make_unique<Inside>(UniqueHandle(handle));
-    return ERROR_SUCCESS;
+DWORD FolderHandle::Open(const std::string& path, FolderHandle& folder) {
+    std::wstring wide;
+    const DWORD error = ToWide(path, wide);
+    return error == ERROR_SUCCESS ? Inside::OpenNamed(wide, folder) : error;
+}
+
+DWORD FolderHandle::OpenPath(const std::string& path, FolderHandle& folder) const {
+    // The kernel knows no "..", and what names a drive or begins at its root is not found from here.
+    if (path.starts_with("..") || path.starts_with('\\') || path.find(':') != path.npos) {
+        std::wstring wide;
+        std::wstring rest;
+        DWORD error = FinalPathOf(inside->folder.get(), wide);
+        if (error == ERROR_SUCCESS) error = ToWide(path, rest);
+        if (error != ERROR_SUCCESS) return error;
+        const std::filesystem::path full = std::filesystem::path(wide) / std::filesystem::path(rest);
+        return Inside::OpenNamed(full.lexically_normal().wstring(), folder);
+    }
+    return Inside::Adopt(
+        [&](ACCESS_MASK access, UniqueHandle& opened) {
+            if (path.empty()) return OpenAgain(inside->folder.get(), access, opened);
+            const bool isFollowed = path.ends_with('\\');
+            return OpenBelow(inside->folder.get(), path.substr(0, path.size() - (isFollowed ? 1 : 0)),
+                             {access, kShareAll, FILE_OPEN_FOR_BACKUP_INTENT,
+                              isFollowed ? LastLink::kFollow : LastLink::kItself},
+                             opened);
+        },
+        folder);
 }
 
 DWORD FolderHandle::MakeCurrent() const {
     std::wstring path;
-    DWORD length = GetFinalPathNameByHandleW(inside->folder.get(), nullptr, 0, FILE_NAME_NORMALIZED);
-    // The folder may be renamed between the two calls.
-    while (length > path.size()) {
-        path.resize(length);
-        length = GetFinalPathNameByHandleW(inside->folder.get(), path.data(), length, FILE_NAME_NORMALIZED);
-    }
-    if (length == 0) return GetLastError();
-    path.resize(length);
+    const DWORD error = FinalPathOf(inside->folder.get(), path);
+    if (error != ERROR_SUCCESS) return error;
     return SetCurrentDirectoryW(path.c_str()) != FALSE ? ERROR_SUCCESS : GetLastError();
 }
 

@@ -9,6 +9,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/windows/code_page.h"
+#include "platform/windows/folder_entry.h"
 #include "platform/windows/held_object_inside.h"
 
 namespace permora {
@@ -145,15 +146,8 @@ DWORD WriteOwnerAt(const std::string& path, PSID owner, LinkedFiles linked) {
 // and those above it from being renamed.
 DWORD PathOf(HANDLE folder, std::string& path) {
     std::wstring wide;
-    DWORD length = GetFinalPathNameByHandleW(folder, nullptr, 0, FILE_NAME_NORMALIZED);
-    // The folder may be renamed between the two calls.
-    while (length > wide.size()) {
-        wide.resize(length);
-        length = GetFinalPathNameByHandleW(folder, wide.data(), length, FILE_NAME_NORMALIZED);
-    }
-    if (length == 0) return GetLastError();
-    wide.resize(length);
-    return ToAnsi(wide, path);
+    const DWORD error = FinalPathOf(folder, wide);
+    return error == ERROR_SUCCESS ? ToAnsi(wide, path) : error;
 }
 
 }  // namespace

@@ -87,10 +87,9 @@ DWORD WINAPI GetCurrentDirectoryA(DWORD size, LPSTR buffer) {
 
 BOOL WINAPI SetCurrentDirectoryA(LPCSTR path) {
     permora::host::ResolvedObject resolved;
-    const DWORD error = permora::host::ResolvePath(path, resolved);
+    DWORD error = permora::host::ResolvePath(path, resolved);
+    if (error == ERROR_SUCCESS) error = resolved.object.RequireFolder();
     if (error != ERROR_SUCCESS) return Fail(error);
-    if (resolved.object.IsLink()) return Fail(ERROR_CANT_RESOLVE_FILENAME);
-    if (!resolved.object.IsFolder()) return Fail(ERROR_DIRECTORY);
     if (fchdir(resolved.object.Descriptor()) != 0) return Fail(permora::host::ErrorFromErrno(errno));
     return TRUE;
 }

@@ -141,12 +141,29 @@ FolderHandle::FolderHandle(FolderHandle&& other) noexcept = default;
 FolderHandle& FolderHandle::operator=(FolderHandle&& other) noexcept = default;
 FolderHandle::~FolderHandle() = default;
 
-DWORD FolderHandle::OpenCurrent(FolderHandle& folder) {
+DWORD FolderHandle::Inside::Adopt(const ObjectHandle& object, FolderHandle& folder) {
     host::RaiseDescriptorLimit();
-    UniqueFd opened(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!opened) return host::ErrorFromErrno(errno);
-    folder.inside = std::make_unique<Inside>(std::move(opened));
-    return ERROR_SUCCESS;
+    UniqueFd opened;
+    DWORD error = object.RequireFolder();
+    if (error == ERROR_SUCCESS) error = object.OpenForListing(opened);
+    if (error == ERROR_ACCESS_DENIED) {
+        opened.Reset(fcntl(object.Descriptor(), F_DUPFD_CLOEXEC, 0));
+        error = opened ? ERROR_SUCCESS : host::ErrorFromErrno(errno);
+    }
+    if (error == ERROR_SUCCESS) folder.inside = std::make_unique<Inside>(std::move(opened));
+    return error;
+}
+
+DWORD FolderHandle::Open(const std::string& path, FolderHandle& folder) {
+    host::ResolvedObject found;
+    const DWORD error = host::ResolvePath(path.c_str(), found);
+    return error == ERROR_SUCCESS ? Inside::Adopt(found.object, folder) : error;
+}
+
+DWORD FolderHandle::OpenPath(const std::string& path, FolderHandle& folder) const {
+    host::ResolvedObject found;
+    const DWORD error = host::ResolvePathFrom(inside->Descriptor(), path.c_str(), found);
+    return error == ERROR_SUCCESS ? Inside::Adopt(found.object, folder) : error;
 }
 
 DWORD FolderHandle::MakeCurrent() const {

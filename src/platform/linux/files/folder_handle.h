@@ -14,6 +14,9 @@ namespace permora {
 struct FolderHandle::Inside {
     explicit Inside(host::UniqueFd opened) : listing(std::move(opened)) {}
 
+    // Opens an object that must be a folder.
+    static DWORD Adopt(const host::ObjectHandle& object, FolderHandle& folder);
+
     int Descriptor() const { return listing.Descriptor(); }
 
     // Asked of the volume at the first file. Where it is not NTFS, what looks like a stream is none.

@@ -34,6 +34,11 @@ DWORD ObjectHandle::Adopt(UniqueFd descriptor, ObjectHandle& handle) {
     return ERROR_SUCCESS;
 }
 
+DWORD ObjectHandle::RequireFolder() const {
+    if (IsLink()) return ERROR_CANT_RESOLVE_FILENAME;
+    return IsFolder() ? ERROR_SUCCESS : ERROR_DIRECTORY;
+}
+
 DWORD ObjectHandle::OpenForListing(UniqueFd& listing) const {
     if (!IsFolder()) return ERROR_DIRECTORY;
     // The magic link and not ".", which a folder that may be listed but not entered does not have.

@@ -41,6 +41,8 @@ class ObjectHandle {
     bool IsSameObject(const ObjectHandle& other) const { return AreOneObject(status, other.status); }
     nt::ObjectKind Kind() const { return IsFolder() ? nt::ObjectKind::kFolder : nt::ObjectKind::kFile; }
 
+    // ERROR_CANT_RESOLVE_FILENAME for a link, ERROR_DIRECTORY for any other object that is no folder.
+    DWORD RequireFolder() const;
     // A second descriptor of the same folder that can be listed (O_RDONLY | O_DIRECTORY).
     DWORD OpenForListing(UniqueFd& listing) const;
     // The text of a link.

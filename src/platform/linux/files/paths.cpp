@@ -12,6 +12,7 @@
 #include "platform/ascii.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/current_directory.h"
+#include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/drives.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/path_text.h"
@@ -44,34 +45,35 @@ DWORD OpenDriveRoot(char letter, StartingPlace& start) {
     return ErrorOnTheWay(OpenFolderAt(AT_FDCWD, drive->hostRoot.c_str(), start.folder));
 }
 
-// Goes up from the current directory by the folders that really hold it, but never out of its drive.
-DWORD OpenAboveCurrent(std::size_t ascents, const DriveRoot& drive, StartingPlace& start) {
+// Goes up from the folder `base` by the folders that really hold it, but never out of its drive.
+DWORD OpenAbove(int base, std::size_t ascents, const DriveRoot& drive, StartingPlace& start) {
     ObjectHandle root;
     DWORD error = OpenFolderAt(AT_FDCWD, drive.hostRoot.c_str(), root);
-    if (error == ERROR_SUCCESS) error = OpenFolderAt(AT_FDCWD, ".", start.folder);
+    if (error == ERROR_SUCCESS) error = OpenFolderAt(base, ".", start.folder);
     for (; error == ERROR_SUCCESS && ascents > 0 && !start.folder.IsSameObject(root); --ascents)
         error = OpenFolderAt(start.folder.Descriptor(), "..", start.folder);
     start.isDriveRoot = error == ERROR_SUCCESS && start.folder.IsSameObject(root);
     return ErrorOnTheWay(error);
 }
 
-// A bare name, as tree walks use it, needs no name of the current directory.
-bool StartsInOpenFolder(const PathText& text) {
+// What is in the folder is found without the folder's own name, and so is a folder that is held.
+bool NeedsNoNameOf(int base, const PathText& text) {
     return text.start == PathText::Start::kCurrentFolder && text.drive == 0 && text.ascents == 0 &&
-           !text.components.empty();
+           (base != AT_FDCWD || !text.components.empty());
 }
 
-DWORD OpenStart(const PathText& text, StartingPlace& start) {
+// `base`, an open folder or AT_FDCWD, stands for the current directory.
+DWORD OpenStart(int base, const PathText& text, StartingPlace& start) {
     const bool isRooted = text.start == PathText::Start::kRoot;
     if (isRooted && text.drive != 0) return OpenDriveRoot(text.drive, start);
-    if (StartsInOpenFolder(text)) return OpenFolderAt(AT_FDCWD, ".", start.folder);
-    std::string currentPath;
-    const DWORD error = CurrentHostPath(currentPath);
+    if (NeedsNoNameOf(base, text)) return OpenFolderAt(base, ".", start.folder);
+    std::string basePath;
+    const DWORD error = base == AT_FDCWD ? CurrentHostPath(basePath) : HostPathOf(base, basePath);
     if (error != ERROR_SUCCESS) return error;
-    const DriveRoot current = DriveHolding(currentPath);
+    const DriveRoot current = DriveHolding(basePath);
     const char letter = text.drive != 0 ? text.drive : current.letter;
     if (isRooted || letter != current.letter) return OpenDriveRoot(letter, start);
-    return OpenAboveCurrent(text.ascents, current, start);
+    return OpenAbove(base, text.ascents, current, start);
 }
 
 // From `folder` along the components of `text`, of which there is at least one, up to the last.
@@ -124,16 +126,10 @@ bool IsVolumeRoot(const ResolvedObject& found) {
     return found.object.IsFolder() && found.object.Status().st_dev != found.parent.Status().st_dev;
 }
 
-}  // namespace
-
-DWORD ResolvePath(const char* path, ResolvedObject& resolved) {
-    PathText text;
-    DWORD error = ParsePath(path == nullptr ? "" : path, text);
-    if (error != ERROR_SUCCESS) return error;
+DWORD Resolve(int base, const PathText& text, ResolvedObject& resolved) {
     StartingPlace start;
-    error = OpenStart(text, start);
+    DWORD error = OpenStart(base, text, start);
     if (error != ERROR_SUCCESS) return error;
-
     ResolvedObject found;
     if (!text.components.empty()) {
         error = Follow(text, std::move(start.folder), found);
@@ -147,25 +143,18 @@ DWORD ResolvePath(const char* path, ResolvedObject& resolved) {
     return ERROR_SUCCESS;
 }
 
+}  // namespace
+
+DWORD ResolvePath(const char* path, ResolvedObject& resolved) {
+    PathText text;
+    const DWORD error = ParsePath(path == nullptr ? "" : path, text);
+    return error == ERROR_SUCCESS ? Resolve(AT_FDCWD, text, resolved) : error;
+}
+
 DWORD ResolvePathFrom(int start, const char* path, ResolvedObject& resolved) {
     PathText text;
-    ResolvedObject found;
-    DWORD error = ERROR_SUCCESS;
-    if (*path == '\0') {
-        error = OpenFolderAt(start, ".", found.object);
-        if (error == ERROR_SUCCESS) error = OpenFolderAt(start, "..", found.parent);
-    } else {
-        error = ParsePath(path, text);
-        if (error != ERROR_SUCCESS) return error;
-        if (!StartsInOpenFolder(text)) return ResolvePath(path, resolved);
-        ObjectHandle folder;
-        error = OpenFolderAt(start, ".", folder);
-        if (error == ERROR_SUCCESS) error = Follow(text, std::move(folder), found);
-    }
-    if (error != ERROR_SUCCESS) return error;
-    if (IsVolumeRoot(found)) found.parent = ObjectHandle();
-    resolved = std::move(found);
-    return ERROR_SUCCESS;
+    const DWORD error = *path == '\0' ? ERROR_SUCCESS : ParsePath(path, text);
+    return error == ERROR_SUCCESS ? Resolve(start, text, resolved) : error;
 }
 
 DWORD ResolvePlace(const char* path, ResolvedPlace& place) {
@@ -174,7 +163,7 @@ DWORD ResolvePlace(const char* path, ResolvedPlace& place) {
     if (error != ERROR_SUCCESS) return error;
     if (text.components.empty()) return ERROR_ACCESS_DENIED;
     StartingPlace start;
-    error = OpenStart(text, start);
+    error = OpenStart(AT_FDCWD, text, start);
     if (error != ERROR_SUCCESS) return error;
     ResolvedPlace found;
     error = Approach(text, start.folder, found.hostName);
@@ -188,7 +177,7 @@ DWORD OpenObject(const char* path, ObjectHandle& object) {
     PathText text;
     DWORD error = ParsePath(path == nullptr ? "" : path, text);
     if (error != ERROR_SUCCESS) return error;
-    if (StartsInOpenFolder(text) && text.components.size() == 1 && !text.endsWithSeparator) {
+    if (NeedsNoNameOf(AT_FDCWD, text) && text.components.size() == 1 && !text.endsWithSeparator) {
         std::string hostName;
         if (!DecodeName(text.components.front(), hostName)) return ERROR_INVALID_NAME;
         return ObjectHandle::OpenAt(AT_FDCWD, hostName.c_str(), object);

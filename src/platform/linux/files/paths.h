@@ -23,8 +23,8 @@ struct ResolvedObject {
 // component that no host name shows as. `resolved` is replaced only on success.
 DWORD ResolvePath(const char* path, ResolvedObject& resolved);
 
-// The same for a path without a drive that is found from the open folder `start`, at or below it; an empty
-// one is the folder itself. Every other path is found as above.
+// The same with the open folder `start` in the place of the current directory; an empty path is that folder
+// itself.
 DWORD ResolvePathFrom(int start, const char* path, ResolvedObject& resolved);
 
 // Where a path leads, whether or not there is anything.

@@ -6,10 +6,9 @@
 namespace permora::host {
 
 DWORD TreeChange::Run(const ObjectHandle& top) {
-    if (top.IsLink()) return ERROR_CANT_RESOLVE_FILENAME;
-    if (!top.IsFolder()) return ERROR_DIRECTORY;
-    if (!store.CanHold(top)) return ERROR_NOT_SUPPORTED;
-    const DWORD error = Begin(top);
+    DWORD error = top.RequireFolder();
+    if (error == ERROR_SUCCESS && !store.CanHold(top)) error = ERROR_NOT_SUPPORTED;
+    if (error == ERROR_SUCCESS) error = Begin(top);
     if (error != ERROR_SUCCESS) return error;
     WalkTree(top, *this);
     return result;
