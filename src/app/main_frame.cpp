@@ -1,6 +1,8 @@
 #include "app/main_frame.h"
 
 #include <array>
+#include <memory>
+#include <utility>
 
 #include "app/program_folder.h"
 #include "app/settings_dialog.h"
@@ -280,24 +282,23 @@ void CMainFrame::OpenSecurityEditor() {
         ShowInfoBox(GetSafeHwnd(), kSelectItems);
     else if (view.sharesMode)
         EditShares(names);
-    else
-        EditItems(names);
+    else if (Place place; HoldSelection(names, place))
+        EditItems(place);
     view.ReleaseSelection();
 }
 
-void CMainFrame::EditItems(std::span<const char* const> names) {
-    if (!view.MayWorkOnRows()) return;
-    securitySheet.SetItems(names, view.driveListShown);
+void CMainFrame::EditItems(const Place& place) {
+    securitySheet.SetPlace(place);
     securitySheet.DoModal();
 }
 
 void CMainFrame::EditShares(std::span<const char* const> names) {
-    shareSheet.SetShares(names);
+    shareSheet.SetPlace({PlaceKind::kShares, nullptr, {names.begin(), names.end()}});
     shareSheet.DoModal();
 }
 
-// For the properties of a row. The editor asks the current directory's volume and works on a bare name, so
-// that nobody can put another folder into the path while it is open.
+// For the properties of a row. The editor works on a bare name in a folder that is held, so that nobody can
+// put another folder into the path while it is open.
 void CMainFrame::EditItemAt(const std::string& path) {
     const std::string folder = FolderAbove(path);
     const bool isDriveRoot = folder.empty();
@@ -312,10 +313,8 @@ void CMainFrame::EditItemAt(const std::string& path) {
     } else if (!isDriveRoot && !view.MayWorkOnRows()) {
         return;
     }
-    const std::string name = isDriveRoot ? path : NameInFolder(path);
-    const char* const names[] = {name.c_str()};
-    securitySheet.SetItems(names, isDriveRoot);
-    securitySheet.DoModal();
+    Place place{PlaceKind::kDrives, nullptr, {path}};
+    if (isDriveRoot || HoldCurrentFolder({NameInFolder(path)}, place)) EditItems(place);
     if (canGoBack) SetCurrentDirectoryA(before.c_str());
 }
 
@@ -328,19 +327,28 @@ void CMainFrame::StartSecureDeletion() {
         ShowInfoBox(GetSafeHwnd(), kSelectItems);
     } else if (view.currentFolder.empty()) {
         MessageBoxA(GetSafeHwnd(), "Cannot remove disk drive.", kCaption, MB_OK | MB_ICONWARNING);
-    } else if (!HoldSelection(names, dialog.chosen)) {
+    } else if (Place place; !HoldSelection(names, place)) {
         view.RefreshList();
-    } else if (MayDeleteSelection(kCaption)) {
+    } else if (dialog.chosen = HoldDeletionItems(place); MayDeleteSelection(kCaption)) {
         dialog.DoModal();
         view.RefreshList();
     }
     view.ReleaseSelection();
 }
 
-bool CMainFrame::HoldSelection(std::span<const char* const> names, DeletionItems& chosen) {
+bool CMainFrame::HoldSelection(std::span<const char* const> names, Place& place) {
     if (!view.MayWorkOnRows()) return false;
-    const DWORD error = HoldDeletionItems(names, chosen);
+    std::vector<std::string> selected(names.begin(), names.end());
+    if (!view.driveListShown) return HoldCurrentFolder(std::move(selected), place);
+    place = {PlaceKind::kDrives, nullptr, std::move(selected)};
+    return true;
+}
+
+bool CMainFrame::HoldCurrentFolder(std::vector<std::string> names, Place& place) {
+    auto folder = std::make_shared<FolderHandle>();
+    const DWORD error = FolderHandle::OpenCurrent(*folder);
     if (error != ERROR_SUCCESS) ShowSystemErrorBox(GetSafeHwnd(), error);
+    place = {PlaceKind::kFolder, std::move(folder), std::move(names)};
     return error == ERROR_SUCCESS;
 }
 
@@ -358,13 +366,11 @@ void CMainFrame::StartWizard() {
         ShowInfoBox(GetSafeHwnd(), kSelectItems);
         return;
     }
-    if (!view.MayWorkOnRows()) return;
-    wizardSheet.SetItems({.names = names,
-                          .drivesMode = view.driveListShown,
-                          .askBeforeSecureDeletion = settings.block.askBeforeSecureDeletion != 0,
-                          .showIntermediateInfo = &settings.block.showIntermediateInfo});
+    Place place;
+    if (!HoldSelection(names, place)) return;
+    wizardSheet.SetPlace(place, {.askBeforeSecureDeletion = settings.block.askBeforeSecureDeletion != 0,
+                                 .showIntermediateInfo = &settings.block.showIntermediateInfo});
     wizardSheet.DoModal();
-    wizardSheet.SetItems({});
     if (!view.currentFolder.empty()) view.RefreshList();
     view.RedrawWindow();
 }

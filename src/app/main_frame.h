@@ -2,14 +2,16 @@
 #pragma once
 
 #include <span>
+#include <string>
+#include <vector>
 
 #include "app/settings_record.h"
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
-#include "deletion/deletion_items.h"
 #include "editor/security_sheet.h"
 #include "framework/bars.h"
 #include "framework/frame_window.h"
+#include "platform/place.h"
 #include "properties/properties_service.h"
 #include "shares/share_sheet.h"
 #include "wizard/wizard_sheet.h"
@@ -63,10 +65,12 @@ class CMainFrame : public CFrameWnd {
     void EditSettings();
     void OpenSecurityEditor();
     void StartSecureDeletion();
-    bool HoldSelection(std::span<const char* const> names, DeletionItems& chosen);
+    // Both hold the folder before the user is asked anything. On false, the reason has been shown.
+    bool HoldSelection(std::span<const char* const> names, Place& place);
+    bool HoldCurrentFolder(std::vector<std::string> names, Place& place);
     bool MayDeleteSelection(const char* caption) const;
     void StartWizard();
-    void EditItems(std::span<const char* const> names);
+    void EditItems(const Place& place);
     void EditItemAt(const std::string& path);
     void EditShares(std::span<const char* const> names);
     void OnUpdateFileCommand(Notification& notification);

@@ -14,24 +14,24 @@
 namespace permora {
 namespace {
 
-std::string SidText(PSID sid) {
-    AccountRecord record;
-    return record.SetSid(sid) ? record.GetSidText() : std::string();
-}
-
 bool Contains(std::string_view text, std::string_view part) {
     return InLowerCase(text).find(InLowerCase(part)) != std::string::npos;
 }
 
 }  // namespace
 
-bool RunAccounts(const Arguments& arguments) {
+bool RunAccounts(const Arguments& arguments, ConsoleMessages& messages) {
+    std::vector<AccountRecord> accounts;
+    if (const Outcome outcome = FindLocalAccounts(accounts); !outcome.IsDone()) {
+        messages.Say(outcome);
+        return false;
+    }
     Json array = Json::array();
     std::vector<std::vector<std::string>> table = {{"Name", "Type", "SID"}};
-    for (const FoundAccount& account : FindLocalAccounts(nullptr)) {
+    for (AccountRecord& account : accounts) {
         const std::string name = QualifiedAccountName(account.domain, account.name);
         const std::string type = AccountTypeText(account.use);
-        const std::string sid = SidText(account.sid.get());
+        const std::string sid = account.GetSidText();
         const bool isWanted =
             Contains(name, arguments.find) || Contains(sid, arguments.find) || Contains(type, arguments.find);
         if (!isWanted) continue;

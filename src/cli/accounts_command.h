@@ -2,10 +2,11 @@
 #pragma once
 
 #include "cli/arguments.h"
+#include "cli/messages.h"
 
 namespace permora {
 
-// Always true: there is nothing that could fail.
-bool RunAccounts(const Arguments& arguments);
+// On false, the reason has been reported.
+bool RunAccounts(const Arguments& arguments, ConsoleMessages& messages);
 
 }  // namespace permora

@@ -51,8 +51,12 @@ std::optional<AccountRights> MakeRights(const Arguments& arguments, const Accoun
     AccountRights rights;
     ReadParts list;
     if (!ReadForChange(first, object, messages)) return std::nullopt;
-    if (!LoadAccountsFromItem(nullptr, first, rights, list)) {
-        messages.SayIfSilent("its access list cannot be read");
+    if (const Outcome outcome = LoadAccountsFromItem(first, rights, list); !outcome.IsDone()) {
+        messages.Say(outcome);
+        return std::nullopt;
+    }
+    if (list.dacl == nullptr) {
+        messages.Say("Object's access control list is null (All access is allowed)");
         return std::nullopt;
     }
     if (!MayReplace(LossesOf(object), arguments, messages)) return std::nullopt;

@@ -40,15 +40,11 @@ ChangeResult ChangeObject(const Arguments& arguments, const AccountRecord& accou
 }  // namespace
 
 DWORD FindAccount(const std::string& text, AccountRecord& account) {
-    UniqueLocal<void> sid;
-    if (text.starts_with("S-") || text.starts_with("s-")) {
-        // Only a text of this form: the two-letter abbreviations of SIDs could be names of users.
-        PSID found = nullptr;
-        if (ConvertStringSidToSidA(text.c_str(), &found) == FALSE) return GetLastError();
-        sid.reset(found);
-    } else if (const DWORD error = LookupSidByName(text.c_str(), sid); error != ERROR_SUCCESS) {
-        return error;
-    }
+    // Only a text of this form: the two-letter abbreviations of SIDs could be names of users.
+    if (!text.starts_with("S-") && !text.starts_with("s-")) return LookupAccountByName(text.c_str(), account);
+    PSID found = nullptr;
+    if (ConvertStringSidToSidA(text.c_str(), &found) == FALSE) return GetLastError();
+    const UniqueLocal<void> sid(found);
     return account.SetSid(sid.get()) ? ERROR_SUCCESS : ERROR_INVALID_SID;
 }
 

@@ -86,7 +86,7 @@ EditResult RevokeRights(const Arguments& arguments, const AccountRecord& account
 
 EditResult ChangeInheritance(InheritanceChange change, const Target& target, ObjectSecurity& object,
                              ConsoleMessages& messages) {
-    if (target.place == ItemPlace::kDriveRoot) {
+    if (target.place == PlaceKind::kDrives) {
         messages.Say("not changed: the root of a drive has no parent to inherit from");
         return EditResult::kRefused;
     }

@@ -9,9 +9,9 @@
 namespace permora {
 
 bool ReadList(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages) {
-    if (ReadObjectDacl(nullptr, object, security)) return true;
-    messages.SayIfSilent("its access list cannot be read");
-    return false;
+    const Outcome outcome = ReadObjectDacl(object, security);
+    if (!outcome.IsDone()) messages.Say(outcome);
+    return outcome.IsDone();
 }
 
 std::vector<std::string> RemarksOn(PACL dacl, const AccessEntryList& entries) {

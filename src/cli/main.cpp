@@ -59,7 +59,7 @@ bool RunCommand(const Arguments& arguments, const AccountRecord& account, const 
     if (isAboutShares && arguments.command == Command::kShow) return RunShowShares(arguments, messages);
     if (isAboutShares) return RunChangeShares(arguments, account, messages);
     if (arguments.command == Command::kShow) return RunShow(arguments, targets, messages);
-    if (arguments.command == Command::kAccounts) return RunAccounts(arguments);
+    if (arguments.command == Command::kAccounts) return RunAccounts(arguments, messages);
     if (arguments.command == Command::kSetup) return RunSetup(arguments, targets, messages);
     if (arguments.command == Command::kReset) return RunReset(arguments, targets, messages);
     if (arguments.command == Command::kOwner) return RunOwner(arguments, account, targets, messages);

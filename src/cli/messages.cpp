@@ -27,6 +27,10 @@ void ConsoleMessages::Say(std::string_view text) {
     PrintError(line + PrintableText(text) + '\n');
 }
 
+void ConsoleMessages::Say(const Outcome& outcome) {
+    Say(LineText(outcome));
+}
+
 void ConsoleMessages::SayIfSilent(std::string_view text) {
     if (!hasSpoken) Say(text);
 }

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/message_presenter.h"
+#include "security/outcome.h"
 
 namespace permora {
 
@@ -22,6 +23,7 @@ class ConsoleMessages : public MessagePresenter {
 
     // Writes one line, a line break at the end of `text` left out.
     void Say(std::string_view text);
+    void Say(const Outcome& outcome);
     // The same unless something was said since the subject was set, as by a box that told the failure.
     void SayIfSilent(std::string_view text);
     // The system's text for an error code, or its number when it has none: no failure is silent.

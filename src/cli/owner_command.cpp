@@ -5,7 +5,7 @@
 #include "cli/terminal_text.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
-#include "security/object_owner.h"
+#include "security/object_security.h"
 #include "security/owner_candidates.h"
 
 namespace permora {

@@ -66,9 +66,9 @@ DWORD ListShares(std::vector<Facts>& shares) {
 // --- Lists.
 
 bool Load(const std::string& name, ShareSecurity& share, ConsoleMessages& messages) {
-    if (LoadShareDacl(nullptr, name.c_str(), share)) return true;
-    messages.SayIfSilent("the share cannot be read");
-    return false;
+    const Outcome outcome = LoadShareDacl(name, share);
+    if (!outcome.IsDone()) messages.Say(outcome);
+    return outcome.IsDone();
 }
 
 Facts FactsOf(const SHARE_INFO_502& record) {
@@ -101,15 +101,14 @@ std::string StateText(const std::string& name, const char* moment, PACL dacl, Ac
 }
 
 bool Write(const std::string& name, const ShareSecurity& share, PACL dacl, ConsoleMessages& messages) {
-    const std::array<const char*, 1> names = {name.c_str()};
     // A list needs a descriptor to stand in.
-    const bool isReady = share.hasDescriptor || GiveShareDescriptor(nullptr, name.c_str(), *share.record);
-    if (isReady && WriteShareDacl(nullptr, names, dacl)) {
+    Outcome outcome = share.hasDescriptor ? Outcome() : GiveShareDescriptor(name, *share.record);
+    if (outcome.IsDone()) outcome = WriteShareDacl({&name, 1}, dacl);
+    if (outcome.IsDone())
         Print(PrintableText(name) + ": changed\n");
-        return true;
-    }
-    messages.SayIfSilent("its access list cannot be written");
-    return false;
+    else
+        messages.Say(outcome);
+    return outcome.IsDone();
 }
 
 bool ChangeShare(const Arguments& arguments, const AccountRecord& account, const std::string& name,

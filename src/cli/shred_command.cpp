@@ -38,7 +38,7 @@ HeldTarget Hold(const Target& target, const HeldTarget* before, std::size_t& fol
     HeldTarget held;
     held.target = target;
     held.item.name = target.name;
-    if (target.place == ItemPlace::kDriveRoot) return held;
+    if (target.place == PlaceKind::kDrives) return held;
     std::shared_ptr<const FolderHandle> folder;
     if (before != nullptr && before->folder && LieInOneFolder(before->target, target) &&
         !target.endsWithSeparator) {
@@ -130,7 +130,7 @@ class ShredHost : public SecureDeleteHost {
 void Shred(const HeldTarget& held, ShredHost& host) {
     const Target& target = held.target;
     host.SetTarget(target);
-    if (target.place == ItemPlace::kDriveRoot) {
+    if (target.place == PlaceKind::kDrives) {
         host.Leave(target.name, "not deleted: it is a drive");
         return;
     }

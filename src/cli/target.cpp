@@ -55,7 +55,7 @@ DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const Folder
     made.argument = argument;
     if (path.size() == kDriveRootLength) {
         made.name = path;
-        made.place = ItemPlace::kDriveRoot;
+        made.place = PlaceKind::kDrives;
         target = std::move(made);
         return ERROR_SUCCESS;
     }

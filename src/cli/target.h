@@ -21,7 +21,7 @@ struct Target {
     std::shared_ptr<const FolderHandle> start;
     std::string folderFromStart;  // empty: the start itself
     std::string name;             // bare, or "C:\" for a drive root
-    ItemPlace place = ItemPlace::kCurrentDirectory;
+    PlaceKind place = PlaceKind::kFolder;
     bool endsWithSeparator = false;  // as typed: it must be a folder
 };
 

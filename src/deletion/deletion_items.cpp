@@ -1,9 +1,5 @@
 #include "deletion/deletion_items.h"
 
-#include <utility>
-
-#include "platform/api/errors.h"
-
 namespace permora {
 
 DeletionItem HoldDeletionItem(const FolderHandle& folder, const std::string& name) {
@@ -13,14 +9,12 @@ DeletionItem HoldDeletionItem(const FolderHandle& folder, const std::string& nam
     return item;
 }
 
-DWORD HoldDeletionItems(std::span<const char* const> names, DeletionItems& held) {
-    DeletionItems made;
-    if (const DWORD error = FolderHandle::OpenCurrent(made.folder); error != ERROR_SUCCESS) return error;
-    made.items.reserve(names.size());
-    for (const char* name : names)
-        made.items.push_back(HoldDeletionItem(made.folder, name));
-    held = std::move(made);
-    return ERROR_SUCCESS;
+DeletionItems HoldDeletionItems(const Place& place) {
+    DeletionItems held{place.folder, {}};
+    held.items.reserve(place.names.size());
+    for (const std::string& name : place.names)
+        held.items.push_back(HoldDeletionItem(*place.folder, name));
+    return held;
 }
 
 }  // namespace permora

@@ -2,11 +2,12 @@
 // question was about, whatever its name leads to by then.
 #pragma once
 
-#include <span>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/folder_files.h"
+#include "platform/place.h"
 
 namespace permora {
 
@@ -21,13 +22,13 @@ struct DeletionItem {
 // What cannot be looked at is remembered with the error, which is told when its turn comes.
 DeletionItem HoldDeletionItem(const FolderHandle& folder, const std::string& name);
 
-// Objects of the current directory, which is held.
+// Objects of a folder, which is held; null: of none.
 struct DeletionItems {
-    FolderHandle folder;
+    std::shared_ptr<const FolderHandle> folder;
     std::vector<DeletionItem> items;
 };
 
-// 0 or a system error code, when the current directory cannot be held; `held` is then untouched.
-DWORD HoldDeletionItems(std::span<const char* const> names, DeletionItems& held);
+// Of a place of PlaceKind::kFolder.
+DeletionItems HoldDeletionItems(const Place& place);
 
 }  // namespace permora

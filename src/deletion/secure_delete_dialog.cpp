@@ -64,7 +64,7 @@ class CSecureDelete::Run : public SecureDeleteHost {
             }
             BeginEntry(item.name);
             trail.Clear();
-            SecureDeleteItem(*this, dialog.chosen.folder, item);
+            SecureDeleteItem(*this, *dialog.chosen.folder, item);
             item.identity = {};  // a file that is remembered keeps its space
         }
         dialog.EndDialog(dialog.isCancelled ? IDCANCEL : IDOK);

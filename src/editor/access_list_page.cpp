@@ -53,16 +53,16 @@ bool AccessListPage::OnInitDialog() {
     list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
     changed = false;
     EditedList() = {};
-    if (!names.empty()) ReadFirstItem();
+    ReadFirstItem();
     return CPropertyPage::OnInitDialog();
 }
 
-// Controls that the read leaves disabled stay so when it fails, and the rows keep what they showed.
+// When the read fails, the controls stay disabled and the rows keep what they showed.
 void AccessListPage::ReadFirstItem() {
     Enable({IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES, IDC_ACCESS_LIST, IDC_EDIT_ENTRY,
             IDC_REMOVE_ENTRY},
            false);
-    if (ReadItem(names.front())) RenderRows();
+    if (ReadItem()) RenderRows();
 }
 
 void AccessListPage::RenderRows() {
@@ -140,24 +140,21 @@ void AccessListPage::MarkChanged() {
 }
 
 void AccessListPage::ReadAnew() {
-    if (!names.empty()) ReadFirstItem();
+    ReadFirstItem();
     SetModified(false);
     changed = false;
 }
 
+// Writes the list to every item and shows what the first one then holds. After a failure the sheet stays with
+// the changes.
 bool AccessListPage::OnApply() {
-    return (!changed || Apply()) && CPropertyPage::OnApply();
-}
-
-// Writes the list to every item and shows what the first one then holds. A failure has been told, and the
-// sheet stays with the changes.
-bool AccessListPage::Apply() {
-    const UniqueLocal<ACL> dacl = BuildDacl(GetSafeHwnd(), library.get(), EditedList().Entries());
-    if (!dacl) return false;
-    if (!WriteItems(dacl.get())) return false;
-    if (!names.empty()) ReadFirstItem();
-    changed = false;
-    return true;
+    if (changed) {
+        const UniqueLocal<ACL> dacl = BuildDacl(GetSafeHwnd(), library.get(), EditedList().Entries());
+        if (!dacl || !WriteItems(dacl.get())) return false;
+        ReadFirstItem();
+        changed = false;
+    }
+    return CPropertyPage::OnApply();
 }
 
 CListCtrl& AccessListPage::AccessList() const {

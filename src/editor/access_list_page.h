@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <initializer_list>
 #include <optional>
-#include <span>
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
@@ -16,13 +15,13 @@ namespace permora {
 // The scopes that the entry dialog offers when an entry is edited. A new entry may have any.
 enum class EditScopes { kAll, kThisObjectOnly };
 
-// Shows the list of the first item and applies it to all of them. What the items are, and so how their lists
-// are read and written, is the derived page's. Its template has the controls of IDD_PERMISSIONS_PAGE.
-class AccessListPage : public CPropertyPage {
-  public:
-    // Set before the sheet is shown and borrowed while it runs.
-    std::span<const char* const> names;
+// What is said of a null list.
+inline constexpr const char* kNullListText =
+    "There is no any access control list associated with object (All access is currently allowed).";
 
+// Shows the list of the first item and applies it to all of them. The derived page knows what the items are,
+// and reads and writes their lists. Its template has the controls of IDD_PERMISSIONS_PAGE.
+class AccessListPage : public CPropertyPage {
   protected:
     // Ends the program, after the system's message, when "advapi32.dll" cannot be loaded.
     AccessListPage(unsigned int pageTemplate, EditScopes scopes);
@@ -31,10 +30,10 @@ class AccessListPage : public CPropertyPage {
     bool OnApply() override;
     const MessageMap& GetMessageMap() const override;
 
-    // Reads the list of the item `name` and sets the two boxes. The boxes, the list, "Edit..." and "Remove"
-    // are disabled. A failure has been told; the entries are as they were, or there are none.
-    virtual bool ReadItem(const char* name) = 0;
-    // Writes `dacl` to every item. Failures have been told; false: the sheet stays, and its changes unsaved.
+    // Reads the list of the first item and sets the two boxes. The boxes, the list, "Edit..." and "Remove"
+    // are disabled. On false, the reason has been shown; the entries are as they were, or there are none.
+    virtual bool ReadItem() = 0;
+    // Writes `dacl` to every item and shows what failed. On false, the sheet stays with its changes.
     virtual bool WriteItems(PACL dacl) = 0;
     // As last read, with the edits since.
     virtual AccessEntryList& EditedList() = 0;
@@ -55,7 +54,6 @@ class AccessListPage : public CPropertyPage {
     void OnListClicked();
 
     void ReadFirstItem();
-    bool Apply();
     CListCtrl& AccessList() const;
     // Where the selected row's entry stands in the list. None without a selection, and where a failed read
     // has left rows whose entries are gone.

@@ -48,9 +48,11 @@ bool CDlgUsersAndGroups::OnInitDialog() {
 void CDlgUsersAndGroups::OnFind() {
     CListCtrl& list = FoundAccounts();
     list.DeleteAllItems();
-    std::vector<FoundAccount> found;
-    DoLongWork(*this, [&found, window = GetSafeHwnd()] { found = FindLocalAccounts(window); });
-    for (const FoundAccount& account : found) {
+    Outcome outcome;
+    std::vector<AccountRecord> found;
+    DoLongWork(*this, [&] { outcome = FindLocalAccounts(found); });
+    ShowOutcome(GetSafeHwnd(), outcome);
+    for (const AccountRecord& account : found) {
         const int row = list.GetItemCount();
         list.InsertItem(row, account.name);
         list.SetItemText(row, kDomain, account.domain);
@@ -78,9 +80,7 @@ void CDlgUsersAndGroups::OnOK() {
         ShowErrorBox(GetSafeHwnd(), "Account name is not valid");
         return;
     }
-    UniqueLocal<void> sid;
-    if (LookupSidByName(name.c_str(), sid) != ERROR_SUCCESS || IsValidSid(sid.get()) == FALSE ||
-        !result.SetSid(sid.get())) {
+    if (LookupAccountByName(name.c_str(), result) != ERROR_SUCCESS) {
         ShowErrorBox(GetSafeHwnd(), "Account name is not valid user or group name");
         return;
     }

@@ -7,7 +7,6 @@
 #include "resources/resource_ids.h"
 #include "security/effective_rights.h"
 #include "security/message_boxes.h"
-#include "security/object_security.h"
 
 namespace permora {
 namespace {
@@ -50,25 +49,21 @@ void CPage4::OnChangeAccount() {
 }
 
 bool CPage4::ShowRights() {
-    if (items.empty()) return true;
     HeldObject object;
     ReadParts parts;
-    if (!FindItem(GetSafeHwnd(), items.front(), object)) return false;
-    DWORD error = object.ReadSecurity(DACL_SECURITY_INFORMATION, parts);
-    if (error == ERROR_SUCCESS && parts.dacl == nullptr) {
+    Outcome outcome = FindItem(place->items.front(), object);
+    if (outcome.IsDone()) outcome.code = object.ReadSecurity(DACL_SECURITY_INFORMATION, parts);
+    if (outcome.IsDone() && parts.dacl == nullptr) {
         ShowInfoBox(GetSafeHwnd(), "Object's access control list is null (All access is allowed always)");
         return false;
     }
     DWORD rights = 0;
-    if (error == ERROR_SUCCESS) error = FindEffectiveRights(parts.dacl, account.sid.get(), rights);
-    if (error == ERROR_NONE_MAPPED) {
+    if (outcome.IsDone()) outcome.code = FindEffectiveRights(parts.dacl, account.sid.get(), rights);
+    if (outcome.code == ERROR_NONE_MAPPED)
         ShowErrorBox(GetSafeHwnd(), AsSentence(UnknownGroupsText(account)).c_str());
-        return false;
-    }
-    if (error != ERROR_SUCCESS) {
-        ShowSystemErrorBox(GetSafeHwnd(), error);
-        return false;
-    }
+    else
+        ShowOutcome(GetSafeHwnd(), outcome);
+    if (!outcome.IsDone()) return false;
     int row = 0;
     for (const AccessRight& right : kAccessRights)
         RightsList().SetCheck(row++, IsEffective(right, rights));

@@ -1,12 +1,9 @@
 // CPage4: which rights the first selected item's access list leaves to an account.
 #pragma once
 
-#include <span>
-
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
-#include "platform/held_object.h"
-#include "security/account_record.h"
+#include "security/object_security.h"
 
 namespace permora {
 
@@ -14,8 +11,8 @@ class CPage4 : public CPropertyPage {
   public:
     CPage4();
 
-    // Set before the sheet is shown and borrowed while it runs; the first is the one to look at.
-    std::span<const RememberedObject> items;
+    // Set before the sheet is shown, and borrowed while it runs; one item at least, which is looked at.
+    const RememberedPlace* place = nullptr;
 
   protected:
     bool OnInitDialog() override;

@@ -1,7 +1,9 @@
 #include "editor/owner_page.h"
 
+#include <algorithm>
 #include <atomic>
-#include <optional>
+#include <iterator>
+#include <span>
 #include <utility>
 
 #include "editor/required_control.h"
@@ -9,10 +11,8 @@
 #include "framework/stoppable_work.h"
 #include "platform/api/errors.h"
 #include "resources/resource_ids.h"
-#include "security/item_walk.h"
+#include "security/folder_walk.h"
 #include "security/message_boxes.h"
-#include "security/object_owner.h"
-#include "security/object_security.h"
 #include "security/owner_candidates.h"
 
 namespace permora {
@@ -20,39 +20,27 @@ namespace {
 
 constexpr int kColumnWidth = 500;
 
-// What cannot be changed inside a tree is left as it is.
-class QuietWalk : public TreeObserver {
-  public:
-    bool Begin(const char* /*name*/) override { return !isStopped; }
-    void PassOver(const std::string& path, DWORD error) override { foreign.PassOver(path, error); }
-
-    ForeignParts foreign;
-
-  private:
-    std::atomic<bool> isStopped = false;  // the program ends
-    const StoppableWork stoppable{[this] { isStopped = true; }};
-};
-
-void ApplyToItems(HWND window, std::span<const RememberedObject> items, PSID newOwner) {
+Outcomes ApplyToItems(std::span<const RememberedObject> items, PSID newOwner) {
+    Outcomes failures;
     for (const RememberedObject& item : items) {
         HeldObject object;
-        if (!FindItem(window, item, object)) continue;
-        const DWORD error = object.WriteOwner(newOwner);
-        if (error != ERROR_SUCCESS) ShowSystemErrorBox(window, error);
+        Outcome outcome = FindItem(item, object);
+        if (outcome.IsDone()) outcome.code = object.WriteOwner(newOwner);
+        if (!outcome.IsDone()) failures.push_back(outcome);
     }
+    return failures;
 }
 
-// A file has nothing below it, and a folder that cannot be entered keeps its contents as they are.
-void ApplyBelow(HWND window, std::span<const RememberedObject> items, PSID newOwner) {
-    QuietWalk walk;
-    TreeCounts counts;
-    for (const RememberedObject& item : items) {
-        HeldObject folder;
-        walk.foreign.SetItem(item.Path());
-        if (FindFolder(window, item, folder))
-            static_cast<void>(folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, walk, counts));
-    }
-    walk.foreign.Tell(window);
+// What cannot be changed inside a tree is left as it is.
+Outcomes ApplyBelow(std::span<const RememberedObject> items, PSID newOwner) {
+    std::atomic<bool> isStopped = false;  // the program ends
+    const StoppableWork stoppable([&] { isStopped = true; });
+    return WalkFolders(
+        items, [&](const char* /*name*/) { return !isStopped; },
+        [&](const HeldObject& folder, TreeObserver& observer) {
+            TreeCounts counts;
+            return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, observer, counts);
+        });
 }
 
 }  // namespace
@@ -81,26 +69,26 @@ bool CPage3::OnInitDialog() {
 
 // Where the candidates cannot be found, the list and the field keep what they show.
 void CPage3::Fill() {
-    std::optional<std::vector<AccountRecord>> found = FindOwnerCandidates(GetSafeHwnd());
-    if (!found) return;
-    candidates = std::move(*found);
+    OwnerCandidates found = FindOwnerCandidates();
+    ShowOutcomes(GetSafeHwnd(), found.failures);
+    if (!found.accounts) return;
+    candidates = std::move(*found.accounts);
     CListCtrl& list = CandidateList();
     list.DeleteAllItems();
     for (AccountRecord& candidate : candidates)
         list.InsertItem(list.GetItemCount(), AccountDisplayName(candidate));
-    if (!items.empty()) ShowOwner();
+    ShowOwner();
 }
 
 void CPage3::ShowOwner() {
     HeldObject object;
     AccountRecord found;
-    DWORD error = items.front().Find(object);
+    DWORD error = place->items.front().Find(object);
     if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, found);
-    if (error != ERROR_SUCCESS) {
-        ShowErrorWithSystemText(GetSafeHwnd(), "Cannot get owner information", error);
-        return;
-    }
-    OwnerField().SetWindowText(AccountDisplayName(found));
+    if (error == ERROR_SUCCESS)
+        OwnerField().SetWindowText(AccountDisplayName(found));
+    else
+        ShowOutcome(GetSafeHwnd(), {error, Step::kReadOwner});
 }
 
 void CPage3::OnCandidateClicked() {
@@ -122,10 +110,13 @@ bool CPage3::OnApply() {
 }
 
 void CPage3::Apply(PSID newOwner) {
-    DoLongWork(*this, [this, newOwner, window = GetSafeHwnd(), isForTrees = TreeBox().IsChecked()] {
-        ApplyToItems(window, items, newOwner);
-        if (isForTrees) ApplyBelow(window, items, newOwner);
+    const bool isForTrees = TreeBox().IsChecked();
+    Outcomes outcomes;
+    DoLongWork(*this, [&] {
+        outcomes = ApplyToItems(place->items, newOwner);
+        if (isForTrees) std::ranges::move(ApplyBelow(place->items, newOwner), std::back_inserter(outcomes));
     });
+    ShowOutcomes(GetSafeHwnd(), outcomes);
     TreeBox().SetCheck(CheckState::kClear);
     Fill();
 }

@@ -1,13 +1,11 @@
 // CPage3: the owner of the first selected item, and another one for all of them.
 #pragma once
 
-#include <span>
 #include <vector>
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
-#include "platform/held_object.h"
-#include "security/account_record.h"
+#include "security/object_security.h"
 
 namespace permora {
 
@@ -15,8 +13,8 @@ class CPage3 : public CPropertyPage {
   public:
     CPage3();
 
-    // Set before the sheet is shown and borrowed while it runs.
-    std::span<const RememberedObject> items;
+    // Set before the sheet is shown, and borrowed while it runs; one item at least.
+    const RememberedPlace* place = nullptr;
 
   protected:
     bool OnInitDialog() override;

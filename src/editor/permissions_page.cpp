@@ -1,20 +1,12 @@
 #include "editor/permissions_page.h"
 
-#include "framework/long_work.h"
-#include "platform/api/files.h"
+#include "editor/list_writing.h"
+#include "platform/api/messages.h"
 #include "resources/resource_ids.h"
 #include "security/apply_dialog.h"
-#include "security/inheritance_prompt.h"
+#include "security/message_boxes.h"
 
 namespace permora {
-namespace {
-
-bool IsFolder(LPCSTR path) {
-    const DWORD attributes = GetFileAttributesA(path);
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
-}  // namespace
 
 const MessageMap& CPage1::GetMessageMap() const {
     static const MessageMap kMap =
@@ -29,55 +21,55 @@ const MessageMap& CPage1::GetMessageMap() const {
 
 CPage1::CPage1() : AccessListPage(IDD_PERMISSIONS_PAGE, EditScopes::kAll) {}
 
-bool CPage1::ReadItem(const char* name) {
+bool CPage1::ReadItem() {
     HeldObject held;
-    if (!FindItem(GetSafeHwnd(), items.front(), held)) return false;
-    if (!ReadObjectDacl(GetSafeHwnd(), held, object)) return false;
+    Outcome outcome = FindItem(place->items.front(), held);
+    if (outcome.IsDone()) outcome = ReadObjectDacl(held, object);
+    ShowOutcome(GetSafeHwnd(), outcome);
+    if (!outcome.IsDone()) return false;
+    if (object.dacl == nullptr) ShowInfoBox(GetSafeHwnd(), kNullListText);
     ShowInheritance();
-    Enable({IDC_REPLACE_CHILD_ENTRIES}, IsFolder(name));
+    Enable({IDC_REPLACE_CHILD_ENTRIES}, held.IsFolder());
     return true;
 }
 
 void CPage1::ShowInheritance() {
     SetCheck(IDC_INHERIT_FROM_PARENT, object.inheritance == DaclInheritance::kFromParent);
     // A drive root has no parent.
-    Enable({IDC_INHERIT_FROM_PARENT}, object.inheritance.has_value() && !drivesMode);
+    Enable({IDC_INHERIT_FROM_PARENT}, object.inheritance.has_value() && place->kind != PlaceKind::kDrives);
 }
 
 void CPage1::OnInheritanceClicked() {
-    if (!IsChecked(IDC_INHERIT_FROM_PARENT)) {
-        switch (TurnInheritanceOff(GetSafeHwnd(), object.entries)) {
-            case InheritanceOffResult::kCopied:
-            case InheritanceOffResult::kRemoved:
-                RenderRows();
-                break;
-            case InheritanceOffResult::kCancelled:
-                SetCheck(IDC_INHERIT_FROM_PARENT, true);
-                break;
-            case InheritanceOffResult::kNothingInherited:
-                break;
+    if (!IsChecked(IDC_INHERIT_FROM_PARENT) && object.entries.HasInheritedEntries()) {
+        const int answer =
+            MessageBoxA(GetSafeHwnd(),
+                        "Would you like to copy inherited entries into this access control list?\n"
+                        "Click Yes to copy\n"
+                        "Click No to delete inherited entries\n"
+                        "Click Cancel to cancel operation",
+                        "Inherited entries", MB_YESNOCANCEL | MB_ICONQUESTION);
+        if (answer == IDYES) object.entries.CopyInheritedEntries();
+        if (answer == IDYES || answer == IDNO) {
+            object.entries.RemoveInheritedEntries();
+            RenderRows();
+        } else {
+            SetCheck(IDC_INHERIT_FROM_PARENT, true);
         }
     }
     RedrawWindow();
     MarkChanged();
 }
 
-// Items that fail have told so, and the others are written.
 bool CPage1::WriteItems(PACL dacl) {
     const DaclInheritance inheritance =
         IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
-    ItemsWritten written = ItemsWritten::kAll;
-    // It is carried to all that inherits below.
-    DoLongWork(*this, [&, window = GetSafeHwnd()] {
-        written = WriteListToItems(window, items, inheritance, {dacl, dacl}, object.descriptor.get());
-    });
-    if (written == ItemsWritten::kReadAnew) {
+    if (!WriteListAsking(*this, *place, inheritance, {dacl, dacl}, object.descriptor.get())) {
         ReadAnew();
         return false;
     }
     if (IsChecked(IDC_REPLACE_CHILD_ENTRIES)) {
         ApplyDlg dialog(this);
-        dialog.items = items;
+        dialog.items = place->items;
         dialog.DoModal();
         SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
     }

@@ -10,12 +10,11 @@ class CPage1 : public AccessListPage {
   public:
     CPage1();
 
-    // Set before the sheet is shown.
-    std::span<const RememberedObject> items;  // what `names` lead to; borrowed while the sheet runs
-    bool drivesMode = false;                  // they are drive roots
+    // Set before the sheet is shown, and borrowed while it runs; one item at least.
+    const RememberedPlace* place = nullptr;
 
   protected:
-    bool ReadItem(const char* name) override;
+    bool ReadItem() override;
     bool WriteItems(PACL dacl) override;
     AccessEntryList& EditedList() override { return object.entries; }
     const MessageMap& GetMessageMap() const override;

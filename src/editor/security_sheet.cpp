@@ -9,14 +9,12 @@ void CPSheet::SetUp(CWnd* owner) {
     AddPage(effectivePage);
 }
 
-void CPSheet::SetItems(std::span<const char* const> names, bool drivesMode) {
-    items = RememberItems(names, drivesMode ? ItemPlace::kDriveRoot : ItemPlace::kCurrentDirectory);
-    SetTitle(std::string("Security Editor - ") + names.front());
-    permissionsPage.names = names;
-    permissionsPage.items = items;
-    permissionsPage.drivesMode = drivesMode;
-    ownerPage.items = items;
-    effectivePage.items = items;
+void CPSheet::SetPlace(const Place& place) {
+    SetTitle("Security Editor - " + place.names.front());
+    remembered = RememberPlace(place);
+    permissionsPage.place = &remembered;
+    ownerPage.place = &remembered;
+    effectivePage.place = &remembered;
 }
 
 bool CPSheet::OnInitDialog() {

@@ -13,7 +13,7 @@
 #include "platform/api/time.h"
 #include "platform/link_target.h"
 #include "platform/system_message.h"
-#include "security/object_owner.h"
+#include "security/object_security.h"
 
 namespace permora {
 namespace {

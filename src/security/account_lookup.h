@@ -1,16 +1,12 @@
-// Look-ups between account names and security identifiers on this machine. Results are system error codes.
+// From the name of an account to the account.
 #pragma once
 
-#include "platform/api/security.h"
-#include "platform/resources.h"
+#include "security/account_record.h"
 
 namespace permora {
 
-// The SID of an account given as name, DOMAIN\name or MACHINE\name. `sid` is untouched on failure.
-DWORD LookupSidByName(LPCSTR name, UniqueLocal<void>& sid);
-
-// Name, domain and type of an account; `use` may be null. On failure `name` and `domain` are null and `use`
-// is untouched.
-DWORD LookupNameBySid(PSID sid, UniqueLocal<char>& name, UniqueLocal<char>& domain, PSID_NAME_USE use);
+// Gives `account` the SID of the account of this machine that is called so: name, DOMAIN\name or
+// MACHINE\name. A system error code; `account` is untouched on failure.
+DWORD LookupAccountByName(LPCSTR name, AccountRecord& account);
 
 }  // namespace permora

@@ -12,8 +12,8 @@ namespace permora {
 
 class ApplyDlg : public CDialog {
   public:
-    // What DoModal returns besides IDOK, which says that every tree was walked: an error box told why nothing
-    // was touched.
+    // What DoModal returns besides IDOK, which means that every tree was walked. Nothing was changed, and the
+    // reason has been shown in an error box.
     static constexpr int kCannotStart = 3;
 
     explicit ApplyDlg(CWnd* ownerWindow);
@@ -23,8 +23,7 @@ class ApplyDlg : public CDialog {
 
   protected:
     bool OnInitDialog() override;
-    // The user cannot stop a walk, so neither Enter, Escape nor a close request end the dialog: its worker
-    // does.
+    // The user cannot stop a walk: only the worker ends the dialog.
     void OnOK() override {}
     void OnCancel() override {}
 

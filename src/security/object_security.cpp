@@ -1,27 +1,18 @@
 #include "security/object_security.h"
 
-#include <memory>
-#include <string>
 #include <utility>
 
 #include "platform/api/errors.h"
-#include "platform/api/messages.h"
-#include "platform/system_message.h"
-#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
 
-bool HasAccessControl(HWND owner, const HeldObject& object, HiddenVolume hidden) {
+Outcome NeedAccessControl(const HeldObject& object, HiddenVolume hidden) {
     bool isSupported = true;
     const DWORD error = object.AskAccessControl(isSupported);
-    const bool isReadOn = error == ERROR_ACCESS_DENIED && hidden == HiddenVolume::kReadOn;
-    if (error != ERROR_SUCCESS && !isReadOn) {
-        ShowSystemErrorBox(owner, error);
-        return false;
-    }
-    if (!isSupported) ShowInfoBox(owner, "Access control is not supported by the file system");
-    return isSupported;
+    if (error == ERROR_ACCESS_DENIED && hidden == HiddenVolume::kReadOn) return {};
+    if (error == ERROR_SUCCESS && !isSupported) return {ERROR_NOT_SUPPORTED, Step::kUseAccessControl};
+    return {error};
 }
 
 std::optional<DaclInheritance> InheritanceOf(PSECURITY_DESCRIPTOR descriptor) {
@@ -31,44 +22,45 @@ std::optional<DaclInheritance> InheritanceOf(PSECURITY_DESCRIPTOR descriptor) {
     return (control & SE_DACL_PROTECTED) != 0 ? DaclInheritance::kProtected : DaclInheritance::kFromParent;
 }
 
-std::string Quoted(const std::string& name) {
-    return '"' + name + '"';
-}
-
-// The item itself was written, so the system's text alone would mislead.
-void TellFailuresBelow(HWND owner, const std::string& item, const FailuresBelow& below) {
-    std::string text =
-        SystemMessageLine(below.firstError) + "\n\nThis is about " + Quoted(ChildPath(item, below.firstPath));
-    if (below.count > 1) text += " and " + std::to_string(below.count - 1) + " more below " + Quoted(item);
-    text += ". " + Quoted(item) + " itself was changed.";
-    ShowErrorBox(owner, text.c_str());
-}
-
-bool MayOverwrite(HWND owner, const std::string& item) {
-    const std::string text = "The access control list of " + Quoted(item) +
-                             " was changed by another program after it was shown here.\n"
-                             "Click Yes to overwrite it with the list shown here\n"
-                             "Click No to write nothing and show the new one";
-    return MessageBoxA(owner, text.c_str(), "Changed meanwhile", MB_YESNO | MB_ICONQUESTION) == IDYES;
-}
-
 }  // namespace
 
-bool ReadListOfObject(HWND owner, const HeldObject& object, HiddenVolume hidden, ReadParts& list) {
-    if (!HasAccessControl(owner, object, hidden)) return false;
-    const DWORD error = object.ReadSecurity(DACL_SECURITY_INFORMATION, list);
-    if (error != ERROR_SUCCESS) ShowSystemErrorBox(owner, error);
-    return error == ERROR_SUCCESS;
+RememberedPlace RememberPlace(const Place& place) {
+    RememberedPlace remembered{place.kind, {}};
+    remembered.items.reserve(place.names.size());
+    for (const std::string& name : place.names)
+        remembered.items.emplace_back(place.folder, name);
+    return remembered;
 }
 
-bool ReadObjectDacl(HWND owner, const HeldObject& object, ObjectSecurity& security) {
+Outcome FindItem(const RememberedObject& item, HeldObject& object) {
+    const DWORD error = item.Find(object);
+    return {error, error == ERROR_FILE_INVALID ? Step::kFindAgain : Step::kNone, item.Path()};
+}
+
+Outcome ReadListOfObject(const HeldObject& object, HiddenVolume hidden, ReadParts& list) {
+    Outcome outcome = NeedAccessControl(object, hidden);
+    if (outcome.IsDone()) outcome.code = object.ReadSecurity(DACL_SECURITY_INFORMATION, list);
+    return outcome;
+}
+
+Outcome ReadObjectDacl(const HeldObject& object, ObjectSecurity& security) {
     ObjectSecurity read;
-    if (!ReadListOfObject(owner, object, HiddenVolume::kReadOn, read)) return false;
-    if (read.dacl == nullptr) ShowInfoBox(owner, kNullListText);
+    Outcome outcome = ReadListOfObject(object, HiddenVolume::kReadOn, read);
+    if (!outcome.IsDone()) return outcome;
     read.inheritance = InheritanceOf(read.descriptor.get());
     read.entries.LoadFromDacl(read.dacl);
     security = std::move(read);
-    return true;
+    return outcome;
+}
+
+DWORD ReadObjectOwner(const HeldObject& object, AccountRecord& account) {
+    ReadParts parts;
+    const DWORD error = object.ReadSecurity(OWNER_SECURITY_INFORMATION, parts);
+    if (error != ERROR_SUCCESS) return error;
+    AccountRecord read;
+    if (parts.owner != nullptr && !read.SetSid(parts.owner)) return GetLastError();
+    account = std::move(read);
+    return ERROR_SUCCESS;
 }
 
 std::string ChildPath(const std::string& item, const std::string& below) {
@@ -76,51 +68,27 @@ std::string ChildPath(const std::string& item, const std::string& below) {
     return item + (item.ends_with('\\') ? "" : "\\") + below;
 }
 
-std::vector<RememberedObject> RememberItems(std::span<const char* const> names, ItemPlace place) {
-    auto folder = std::make_shared<FolderHandle>();
-    const bool isInFolder =
-        place == ItemPlace::kCurrentDirectory && FolderHandle::OpenCurrent(*folder) == ERROR_SUCCESS;
-    if (!isInFolder) folder.reset();
-    std::vector<RememberedObject> items;
-    items.reserve(names.size());
-    for (const char* name : names)
-        items.emplace_back(folder, name);
-    return items;
-}
-
-bool FindItem(HWND owner, const RememberedObject& item, HeldObject& object) {
-    const DWORD error = item.Find(object);
-    if (error == ERROR_FILE_INVALID) {
-        const std::string text =
-            Quoted(item.Path()) + " is left alone: another object has this name since it was shown here.";
-        ShowErrorBox(owner, text.c_str());
-    } else if (error != ERROR_SUCCESS) {
-        ShowSystemErrorBox(owner, error);
-    }
-    return error == ERROR_SUCCESS;
-}
-
-ItemsWritten WriteListToItems(HWND owner, std::span<const RememberedObject> items,
-                              std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
-                              PSECURITY_DESCRIPTOR shown) {
-    const SECURITY_INFORMATION information = DaclWriteInformation(inheritance);
+Outcomes WriteListToItems(std::span<const RememberedObject> items, std::optional<DaclInheritance> inheritance,
+                          const ListsByKind& lists, PSECURITY_DESCRIPTOR shown) {
+    Outcomes failures;
     PSECURITY_DESCRIPTOR expected = shown;
     for (const RememberedObject& item : items) {
         HeldObject object;
         FailuresBelow below;
-        if (FindItem(owner, item, object)) {
+        Outcome outcome = FindItem(item, object);
+        if (outcome.IsDone()) {
             PACL dacl = object.IsFolder() ? lists.forFolders : lists.forFiles;
-            DWORD error = object.WriteList(information, dacl, expected, below);
-            if (error == ERROR_REVISION_MISMATCH && expected != nullptr) {
-                if (!MayOverwrite(owner, item.Path())) return ItemsWritten::kReadAnew;
-                error = object.WriteList(information, dacl, nullptr, below);
-            }
-            if (error != ERROR_SUCCESS) ShowSystemErrorBox(owner, error);
-            if (below.count > 0) TellFailuresBelow(owner, item.Path(), below);
+            outcome.code = object.WriteList(DaclWriteInformation(inheritance), dacl, expected, below);
+        }
+        if (!outcome.IsDone()) failures.push_back(outcome);
+        if (outcome.code == ERROR_REVISION_MISMATCH) break;
+        if (below.count > 0) {
+            failures.push_back({below.firstError, Step::kCarryDown, ChildPath(item.Path(), below.firstPath),
+                                item.Path(), below.count - 1});
         }
         expected = nullptr;  // only the first one's list was shown
     }
-    return ItemsWritten::kAll;
+    return failures;
 }
 
 }  // namespace permora

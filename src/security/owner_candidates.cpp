@@ -11,7 +11,6 @@
 #include "platform/api/errors.h"
 #include "platform/api/policy.h"
 #include "platform/api/token.h"
-#include "security/message_boxes.h"
 #include "security/text_conversion.h"
 
 namespace permora {
@@ -31,21 +30,14 @@ void AddOnce(PSID sid, Candidates& candidates) {
     if (candidate.SetSid(sid)) candidates.push_back(std::move(candidate));
 }
 
-UniquePolicy OpenPolicy(HWND owner) {
+// The policy's accounts. Two outcomes of a failure: what was being done, and the system's text.
+Outcomes AddFromPolicy(Candidates& candidates) {
     LSA_OBJECT_ATTRIBUTES attributes{};
-    LSA_HANDLE policy = nullptr;
-    const DWORD error = LsaNtStatusToWinError(
-        LsaOpenPolicy(nullptr, &attributes, POLICY_VIEW_LOCAL_INFORMATION | POLICY_LOOKUP_NAMES, &policy));
-    if (error == ERROR_SUCCESS) return UniquePolicy(policy);
-    ShowErrorBox(owner, "Error: cannot open local security policy");
-    ShowSystemErrorBox(owner, error);
-    return nullptr;
-}
-
-// False after two error boxes.
-bool AddFromPolicy(HWND owner, Candidates& candidates) {
-    const UniquePolicy policy = OpenPolicy(owner);
-    if (!policy) return false;
+    LSA_HANDLE opened = nullptr;
+    DWORD error = LsaNtStatusToWinError(
+        LsaOpenPolicy(nullptr, &attributes, POLICY_VIEW_LOCAL_INFORMATION | POLICY_LOOKUP_NAMES, &opened));
+    if (error != ERROR_SUCCESS) return {{error, Step::kOpenPolicy}, {error}};
+    const UniquePolicy policy(opened);
     std::basic_string<WCHAR> buffer;
     LSA_UNICODE_STRING right{};
     right.Buffer = AnsiToWide(kTakeOwnership, buffer);
@@ -53,30 +45,24 @@ bool AddFromPolicy(HWND owner, Candidates& candidates) {
     right.MaximumLength = right.Length;
     LPVOID block = nullptr;
     ULONG count = 0;
-    const DWORD error =
-        LsaNtStatusToWinError(LsaEnumerateAccountsWithUserRight(policy.get(), &right, &block, &count));
-    if (error != ERROR_SUCCESS) {
-        ShowErrorBox(owner, "Error: cannot enumerate users");
-        ShowSystemErrorBox(owner, error);
-        return false;
-    }
+    error = LsaNtStatusToWinError(LsaEnumerateAccountsWithUserRight(policy.get(), &right, &block, &count));
+    if (error != ERROR_SUCCESS) return {{error, Step::kEnumerateUsers}, {error}};
     const UniqueLsaMemory<LSA_ENUMERATION_INFORMATION> accounts(
         static_cast<LSA_ENUMERATION_INFORMATION*>(block));
     for (const LSA_ENUMERATION_INFORMATION& account : std::span(accounts.get(), count))
         AddOnce(account.Sid, candidates);
-    return true;
+    return {};
 }
 
-// Null when the token does not tell.
-UniqueLocal<void> ReadToken(HANDLE token, TOKEN_INFORMATION_CLASS informationClass) {
+// Empty when the token cannot be read.
+std::vector<BYTE> ReadToken(HANDLE token, TOKEN_INFORMATION_CLASS informationClass) {
     DWORD size = 0;
     if (GetTokenInformation(token, informationClass, nullptr, 0, &size) != FALSE ||
         GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
-        return nullptr;
+        return {};
     }
-    UniqueLocal<void> block(LocalAlloc(LMEM_FIXED, size));
-    if (!block || GetTokenInformation(token, informationClass, block.get(), size, &size) == FALSE)
-        return nullptr;
+    std::vector<BYTE> block(size);
+    if (GetTokenInformation(token, informationClass, block.data(), size, &size) == FALSE) block.clear();
     return block;
 }
 
@@ -88,21 +74,12 @@ bool IsTakeOwnership(LUID privilege) {
 }
 
 bool HoldsTakeOwnership(HANDLE token) {
-    const UniqueLocal<void> block = ReadToken(token, TokenPrivileges);
-    if (!block) return false;
-    const auto* held = static_cast<const TOKEN_PRIVILEGES*>(block.get());
+    const std::vector<BYTE> block = ReadToken(token, TokenPrivileges);
+    if (block.empty()) return false;
+    const auto* held = reinterpret_cast<const TOKEN_PRIVILEGES*>(block.data());
     const std::span privileges(&held->Privileges[0], held->PrivilegeCount);
     return std::any_of(privileges.begin(), privileges.end(),
                        [](const LUID_AND_ATTRIBUTES& privilege) { return IsTakeOwnership(privilege.Luid); });
-}
-
-void AddFromToken(HWND owner, Candidates& candidates) {
-    const UniqueHandle token = OpenOwnToken();
-    if (!token) return;
-    if (!EnableTakeOwnership(token.get())) ShowLastErrorBox(owner);
-    if (!HoldsTakeOwnership(token.get())) return;
-    if (const UniqueLocal<void> user = ReadToken(token.get(), TokenUser))
-        AddOnce(static_cast<const TOKEN_USER*>(user.get())->User.Sid, candidates);
 }
 
 }  // namespace
@@ -114,17 +91,28 @@ UniqueHandle OpenOwnToken() {
     return UniqueHandle(token);
 }
 
-bool EnableTakeOwnership(HANDLE token) {
+DWORD EnableTakeOwnership(HANDLE token) {
     TOKEN_PRIVILEGES enabled{1, {{{}, SE_PRIVILEGE_ENABLED}}};
-    return LookupPrivilegeValueA(nullptr, kTakeOwnership.data(), &enabled.Privileges[0].Luid) != FALSE &&
-           AdjustTokenPrivileges(token, FALSE, &enabled, sizeof enabled, nullptr, nullptr) != FALSE;
+    const bool isDone =
+        LookupPrivilegeValueA(nullptr, kTakeOwnership.data(), &enabled.Privileges[0].Luid) != FALSE &&
+        AdjustTokenPrivileges(token, FALSE, &enabled, sizeof enabled, nullptr, nullptr) != FALSE;
+    return isDone ? ERROR_SUCCESS : GetLastError();
 }
 
-std::optional<std::vector<AccountRecord>> FindOwnerCandidates(HWND owner) {
+OwnerCandidates FindOwnerCandidates() {
+    OwnerCandidates found;
     Candidates candidates;
-    if (!AddFromPolicy(owner, candidates)) return std::nullopt;
-    AddFromToken(owner, candidates);
-    return candidates;
+    found.failures = AddFromPolicy(candidates);
+    if (!found.failures.empty()) return found;
+    if (const UniqueHandle token = OpenOwnToken()) {
+        if (const DWORD error = EnableTakeOwnership(token.get()); error != ERROR_SUCCESS)
+            found.failures.push_back({error});
+        const std::vector<BYTE> user =
+            HoldsTakeOwnership(token.get()) ? ReadToken(token.get(), TokenUser) : std::vector<BYTE>();
+        if (!user.empty()) AddOnce(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid, candidates);
+    }
+    found.accounts = std::move(candidates);
+    return found;
 }
 
 }  // namespace permora

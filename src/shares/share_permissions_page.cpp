@@ -1,27 +1,51 @@
 #include "shares/share_permissions_page.h"
 
+#include <utility>
+
 #include "framework/long_work.h"
 #include "resources/resource_ids.h"
+#include "security/message_boxes.h"
 
 namespace permora {
 
 CSharePage1::CSharePage1() : AccessListPage(IDD_SHARE_PERMISSIONS_PAGE, EditScopes::kThisObjectOnly) {}
 
 // Nothing can be added to a list that could not be read.
-bool CSharePage1::ReadItem(const char* name) {
+bool CSharePage1::ReadItem() {
     Enable({IDC_ADD_ENTRY}, false);
-    if (!ReadShareDacl(GetSafeHwnd(), name, share)) return false;
+    if (!ReadShare()) return false;
     SetCheck(IDC_INHERIT_FROM_PARENT, false);
+    return true;
+}
+
+// A share without a descriptor is given one with a null list at once.
+bool CSharePage1::ReadShare() {
+    const std::string& name = names.front();
+    share = {};
+    ShareSecurity read;
+    Outcome outcome = LoadShareDacl(name, read);
+    if (outcome.IsDone() && !read.hasDescriptor) {
+        ShowInfoBox(GetSafeHwnd(), "There is no security descriptor associated with object.");
+        outcome = GiveShareDescriptor(name, *read.record);
+        if (outcome.IsDone()) outcome = LoadShareDacl(name, read);
+    }
+    ShowOutcome(GetSafeHwnd(), outcome);
+    if (!outcome.IsDone()) return false;
+    if (!read.hasDescriptor) {
+        ShowInfoBox(GetSafeHwnd(), "The security descriptor can not be associated with object.");
+        return false;
+    }
+    if (read.dacl == nullptr) ShowInfoBox(GetSafeHwnd(), kNullListText);
+    share = std::move(read);
     return true;
 }
 
 // Shares before one that fails are written, those after it are not.
 bool CSharePage1::WriteItems(PACL dacl) {
-    bool isWritten = false;
-    DoLongWork(*this, [this, &isWritten, window = GetSafeHwnd(), dacl] {
-        isWritten = WriteShareDacl(window, names, dacl);
-    });
-    return isWritten;
+    Outcome outcome;
+    DoLongWork(*this, [&] { outcome = WriteShareDacl(names, dacl); });
+    ShowOutcome(GetSafeHwnd(), outcome);
+    return outcome.IsDone();
 }
 
 }  // namespace permora

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <span>
+#include <string>
 
 #include "platform/api/shares.h"
 #include "platform/resources.h"
 #include "security/access_entry_list.h"
+#include "security/outcome.h"
 
 namespace permora {
 
@@ -17,23 +19,18 @@ struct ShareSecurity {
     AccessEntryList entries;
 };
 
-// All show an error box for every failure and are false then. Names of shares are in the ANSI code page;
-// shares are those of this machine.
+// Names of shares are in the ANSI code page; shares are those of this machine.
 
-// Reads the record of a share and nothing else. On failure `share` is as it was.
-[[nodiscard]] bool LoadShareDacl(HWND owner, LPCSTR name, ShareSecurity& share);
-
-// Reads the share as the permissions page shows it. A share without a descriptor is given one with a null
-// list at once; that, and a null list, are told in an information box. What `share` held is let go of before.
-[[nodiscard]] bool ReadShareDacl(HWND owner, LPCSTR name, ShareSecurity& share);
+// Reads the record of a share. On failure `share` is untouched.
+Outcome LoadShareDacl(const std::string& name, ShareSecurity& share);
 
 // Gives a share that was read without a descriptor one with a null list, by which everyone may do everything
 // as before.
-[[nodiscard]] bool GiveShareDescriptor(HWND owner, LPCSTR name, const SHARE_INFO_502& record);
+Outcome GiveShareDescriptor(const std::string& name, const SHARE_INFO_502& record);
 
 // Puts `dacl` into the descriptors of all shares, one after the other; whatever else their records say is
 // written back as it was read. Ends at the first that fails: those before it have the new list, it and those
 // after it are as they were.
-[[nodiscard]] bool WriteShareDacl(HWND owner, std::span<const char* const> names, PACL dacl);
+Outcome WriteShareDacl(std::span<const std::string> names, PACL dacl);
 
 }  // namespace permora

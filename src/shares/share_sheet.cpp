@@ -1,6 +1,6 @@
 #include "shares/share_sheet.h"
 
-#include <string>
+#include <utility>
 
 namespace permora {
 
@@ -9,9 +9,9 @@ void CShareSheet::SetUp(CWnd* owner) {
     AddPage(permissionsPage);
 }
 
-void CShareSheet::SetShares(std::span<const char* const> names) {
-    SetTitle(std::string("Security Editor - ") + names.front());
-    permissionsPage.names = names;
+void CShareSheet::SetPlace(Place shares) {
+    SetTitle("Security Editor - " + shares.names.front());
+    permissionsPage.names = std::move(shares.names);
 }
 
 bool CShareSheet::OnInitDialog() {

@@ -1,9 +1,8 @@
 // CShareSheet: the security editor on the shares selected in the browser.
 #pragma once
 
-#include <span>
-
 #include "framework/property_sheet.h"
+#include "platform/place.h"
 #include "shares/share_permissions_page.h"
 
 namespace permora {
@@ -13,9 +12,8 @@ class CShareSheet : public CPropertySheet {
   public:
     // `owner` is the main frame. To be called once.
     void SetUp(CWnd* owner);
-    // The shares of the next DoModal, in the order of the browser's rows; the first gives the title. The
-    // names are borrowed until it returns.
-    void SetShares(std::span<const char* const> names);
+    // The shares of the next DoModal, one at least; the first gives the title.
+    void SetPlace(Place shares);
 
   protected:
     bool OnInitDialog() override;

@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <utility>
-
-#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
@@ -126,17 +123,10 @@ std::vector<AccessEntry> AccountRights::Entries(ItemKind kind) const {
     return entries;
 }
 
-bool LoadAccountsFromItem(HWND owner, const HeldObject& item, AccountRights& rights, ReadParts& list) {
-    rights.LoadFromDacl(nullptr);
-    ReadParts read;
-    if (!ReadListOfObject(owner, item, HiddenVolume::kFail, read)) return false;
-    if (read.dacl == nullptr) {
-        ShowInfoBox(owner, "Object's access control list is null (All access is allowed)");
-        return false;
-    }
-    rights.LoadFromDacl(read.dacl);
-    list = std::move(read);
-    return true;
+Outcome LoadAccountsFromItem(const HeldObject& item, AccountRights& rights, ReadParts& list) {
+    Outcome outcome = ReadListOfObject(item, HiddenVolume::kFail, list);
+    rights.LoadFromDacl(outcome.IsDone() ? list.dacl : nullptr);
+    return outcome;
 }
 
 }  // namespace permora

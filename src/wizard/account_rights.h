@@ -94,9 +94,8 @@ class AccountRights {
     std::array<bool, kRights> boxes{};
 };
 
-// Reads the accounts of an item; `list` is what they were read from. False after a message box, and without
-// accounts, when its list cannot be read or it has none.
-[[nodiscard]] bool LoadAccountsFromItem(HWND owner, const HeldObject& item, AccountRights& rights,
-                                        ReadParts& list);
+// Reads the accounts of an item; `list` is what they were read from, and there are none where the item has no
+// list (`list.dacl` is null). On failure there are no accounts either, and `list` is untouched.
+Outcome LoadAccountsFromItem(const HeldObject& item, AccountRights& rights, ReadParts& list);
 
 }  // namespace permora

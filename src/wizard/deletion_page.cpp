@@ -32,7 +32,7 @@ class CWizardPage2::Run : public DeletionStatus {
         const StoppableWork stoppable([this] { stop = true; });
         for (DeletionItem& item : page.chosen.items) {
             if (stopRequested) break;
-            SecureDeleteItem(*this, page.chosen.folder, item);
+            SecureDeleteItem(*this, *page.chosen.folder, item);
             item.identity = {};  // a file that is remembered keeps its space
         }
         if (!stopRequested) WriteTotal();
@@ -58,10 +58,14 @@ CWizardPage2::CWizardPage2() : CPropertyPage(IDD_WIZARD_DELETION_PAGE) {}
 
 CWizardPage2::~CWizardPage2() = default;
 
-void CWizardPage2::SetNames(std::span<const char* const> names) {
+void CWizardPage2::SetPlace(const Place& place) {
+    kind = place.kind;
+    chosen = kind == PlaceKind::kFolder ? HoldDeletionItems(place) : DeletionItems();
+}
+
+void CWizardPage2::LetGo() {
+    StopWorker();
     chosen = {};
-    isAnythingChosen = !names.empty();
-    choiceError = isAnythingChosen ? HoldDeletionItems(names, chosen) : ERROR_SUCCESS;
 }
 
 bool CWizardPage2::OnInitDialog() {
@@ -75,7 +79,7 @@ bool CWizardPage2::OnInitDialog() {
 bool CWizardPage2::OnSetActive() {
     constexpr WizardButtons kIdle = WizardButtons::kBack | WizardButtons::kDisabledFinish;
     Sheet()->SetWizardButtons(kIdle);
-    if (isAnythingChosen && !IsRunning()) {
+    if (!IsRunning()) {
         Sheet()->SetWizardButtons(WizardButtons::kDisabledFinish);
         if (MayDelete())
             Start();
@@ -86,7 +90,7 @@ bool CWizardPage2::OnSetActive() {
 }
 
 bool CWizardPage2::MayDelete() const {
-    if (drivesMode) {
+    if (kind == PlaceKind::kDrives) {
         MessageBoxA(
             GetSafeHwnd(),
             "Security Wizard can not delete disk drives.\nPlease, select folders and files to delete.",
@@ -101,8 +105,7 @@ bool CWizardPage2::MayDelete() const {
 // When it cannot be started, only Cancel is left.
 void CWizardPage2::Start() {
     run = std::make_unique<Run>(*this);
-    DWORD error = choiceError;
-    if (error == ERROR_SUCCESS) error = worker.Start([this] { run->Work(); });
+    const DWORD error = worker.Start([this] { run->Work(); });
     if (error == ERROR_SUCCESS) return;
     run.reset();
     ShowSystemErrorBox(GetSafeHwnd(), error);
@@ -137,7 +140,7 @@ bool CWizardPage2::OnQueryCancel() {
 }
 
 // Only when the program itself ends can the worker still be at work here.
-void CWizardPage2::OnDestroy() {
+void CWizardPage2::StopWorker() {
     if (run) run->stop = true;
     worker.Wait();
     run.reset();

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <memory>
-#include <span>
 
 #include "deletion/deletion_items.h"
 #include "framework/property_sheet.h"
@@ -16,31 +15,32 @@ class CWizardPage2 : public CPropertyPage {
     CWizardPage2();
     ~CWizardPage2() override;
 
-    // What is to be deleted, objects of the current directory. Holds them from this moment on, until it is
-    // called without any; to be called before the sheet is shown and after it has closed.
-    void SetNames(std::span<const char* const> names);
-    // Set before the sheet is shown.
+    // Set before the sheet is shown: what is to be deleted, held from this moment on until LetGo. Drives are
+    // refused when the page is shown.
+    void SetPlace(const Place& place);
     bool askBeforeSecureDeletion = true;
-    bool drivesMode = true;  // the items are drive roots, which are refused
+
+    // Ends the worker at its next stop point, and lets go of what was held.
+    void LetGo();
 
   protected:
     bool OnInitDialog() override;
     bool OnSetActive() override;
     // While the worker runs it is asked to stop, and the sheet closes when it has.
     bool OnQueryCancel() override;
-    void OnDestroy() override;  // stops the worker, if it still runs, at its next stop point
+    void OnDestroy() override { StopWorker(); }
 
   private:
     class Run;
 
     bool MayDelete() const;
+    void StopWorker();
     void Start();
     void ShowStatus();
     bool IsRunning() const;
 
+    PlaceKind kind = PlaceKind::kFolder;
     DeletionItems chosen;
-    DWORD choiceError = 0;  // why nothing could be held
-    bool isAnythingChosen = false;
     std::unique_ptr<Run> run;   // what the worker has, or had; null: none
     bool isCancelling = false;  // the user wants the sheet to close when the worker has stopped
     WorkerThread worker;

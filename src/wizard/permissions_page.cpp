@@ -1,10 +1,9 @@
 #include "wizard/permissions_page.h"
 
 #include "editor/account_picker.h"
+#include "editor/list_writing.h"
 #include "editor/multi_selection_notice.h"
 #include "editor/required_control.h"
-#include "framework/long_work.h"
-#include "platform/api/files.h"
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
 #include "security/access_rows.h"
@@ -64,7 +63,7 @@ void CWizardPage3::SetUpList(unsigned int id, int width, ListStyle style) {
 }
 
 void CWizardPage3::ShowNotice() {
-    if (items.size() <= 1 || showIntermediateInfo == nullptr || *showIntermediateInfo == 0) return;
+    if (place->items.size() <= 1 || showIntermediateInfo == nullptr || *showIntermediateInfo == 0) return;
     CInfoDlg1 notice(this);
     notice.showIntermediateInfo = showIntermediateInfo;
     notice.text = kNotice;
@@ -78,7 +77,7 @@ bool CWizardPage3::OnSetActive() {
 
 void CWizardPage3::ShowItem() {
     Sheet()->SetWizardButtons(kCannotFinish);
-    isRead = !items.empty() && LoadAccounts();
+    isRead = LoadAccounts();
     // Without the first item's list there is nothing that could be meant for all.
     if (isRead) Sheet()->SetWizardButtons(WizardButtons::kBack | WizardButtons::kFinish);
     const std::string losses = LossesRemark(rights.OtherTypeCount(), rights.UnacceptableCount());
@@ -93,10 +92,15 @@ bool CWizardPage3::LoadAccounts() {
            false);
     HeldObject item;
     rights.LoadFromDacl(nullptr);
-    const bool hasList = FindItem(GetSafeHwnd(), items.front(), item) &&
-                         LoadAccountsFromItem(GetSafeHwnd(), item, rights, shown);
+    Outcome outcome = FindItem(place->items.front(), item);
+    if (outcome.IsDone()) outcome = LoadAccountsFromItem(item, rights, shown);
     ShowBoxes();
-    if (!hasList) return false;
+    ShowOutcome(GetSafeHwnd(), outcome);
+    if (!outcome.IsDone()) return false;
+    if (shown.dacl == nullptr) {
+        ShowInfoBox(GetSafeHwnd(), "Object's access control list is null (All access is allowed)");
+        return false;
+    }
     const std::size_t count = rights.Accounts().size();
     for (std::size_t index = 0; index < count; ++index)
         list.InsertItem(static_cast<int>(index), AccountDisplayName(rights.AccountAt(index)));
@@ -206,12 +210,8 @@ bool CWizardPage3::OnWizardFinish() {
     const UniqueLocal<ACL> forFolders = build(ItemKind::kFolder);
     const UniqueLocal<ACL> forFiles = forFolders ? build(ItemKind::kFile) : nullptr;
     if (!forFiles) return false;
-    ItemsWritten written = ItemsWritten::kAll;
-    DoLongWork(*this, [&, window = GetSafeHwnd()] {
-        written = WriteListToItems(window, items, std::nullopt, {forFolders.get(), forFiles.get()},
-                                   shown.descriptor.get());
-    });
-    if (written == ItemsWritten::kReadAnew) {
+    if (!WriteListAsking(*this, *place, std::nullopt, {forFolders.get(), forFiles.get()},
+                         shown.descriptor.get())) {
         ShowItem();
         return false;
     }

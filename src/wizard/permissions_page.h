@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
-#include <span>
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
@@ -19,8 +18,8 @@ class CWizardPage3 : public CPropertyPage {
     // Ends the program, after the system's message, when "advapi32.dll" cannot be loaded.
     CWizardPage3();
 
-    // Set before the sheet is shown; all are borrowed while it runs.
-    std::span<const RememberedObject> items;
+    // Set before the sheet is shown; all is borrowed while it runs.
+    const RememberedPlace* place = nullptr;  // one item at least
     // The setting by which the notice before several items is shown, and which the notice may clear; null: it
     // is not shown.
     std::uint8_t* showIntermediateInfo = nullptr;
@@ -28,8 +27,8 @@ class CWizardPage3 : public CPropertyPage {
   protected:
     bool OnInitDialog() override;
     bool OnSetActive() override;
-    // Writes the list to every item. False, and nothing is written, when there is no list to be written, or
-    // the user wants to see first what another program made of the first item.
+    // Writes the list to every item. On false, nothing was written: there is no list, or the user first wants
+    // to see what another program made of the first item.
     bool OnWizardFinish() override;
     const MessageMap& GetMessageMap() const override;
 

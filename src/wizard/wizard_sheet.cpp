@@ -14,15 +14,17 @@ void CWizard::SetUp(CWnd* owner) {
     SetWizardMode();
 }
 
-void CWizard::SetItems(const WizardItems& items) {
-    objects =
-        RememberItems(items.names, items.drivesMode ? ItemPlace::kDriveRoot : ItemPlace::kCurrentDirectory);
-    permissionsPage.items = objects;
-    // Drives are refused when the page is shown.
-    deletionPage.SetNames(items.names);
-    deletionPage.drivesMode = items.drivesMode;
-    deletionPage.askBeforeSecureDeletion = items.askBeforeSecureDeletion;
-    permissionsPage.showIntermediateInfo = items.showIntermediateInfo;
+void CWizard::SetPlace(const Place& place, const WizardSettings& settings) {
+    remembered = RememberPlace(place);
+    permissionsPage.place = &remembered;
+    permissionsPage.showIntermediateInfo = settings.showIntermediateInfo;
+    deletionPage.SetPlace(place);
+    deletionPage.askBeforeSecureDeletion = settings.askBeforeSecureDeletion;
+}
+
+void CWizard::OnDestroy() {
+    remembered.items.clear();
+    deletionPage.LetGo();
 }
 
 bool CWizard::OnInitDialog() {

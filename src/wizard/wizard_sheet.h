@@ -2,8 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
-#include <vector>
 
 #include "framework/property_sheet.h"
 #include "wizard/deletion_page.h"
@@ -12,13 +10,10 @@
 
 namespace permora {
 
-// What one DoModal works on. All is borrowed until it returns.
-struct WizardItems {
-    // In the order of the browser's rows, relative to the current directory.
-    std::span<const char* const> names;
-    bool drivesMode = false;  // they are drive roots
+// What the user has set for the wizard.
+struct WizardSettings {
     bool askBeforeSecureDeletion = true;
-    std::uint8_t* showIntermediateInfo = nullptr;  // the setting that the notice may clear
+    std::uint8_t* showIntermediateInfo = nullptr;  // borrowed; the setting that the notice may clear
 };
 
 // One object serves the program's whole life; each DoModal begins with the choice of the task.
@@ -27,15 +22,16 @@ class CWizard : public CPropertySheet {
     CWizard() : taskPage(deletionPage, permissionsPage) {}
     // `owner` is the main frame. To be called once.
     void SetUp(CWnd* owner);
-    // The items are held for the deletion from here on, until this is called without any.
-    void SetItems(const WizardItems& items);
+    // What the next DoModal is about, a folder's items or drives, one at least. The items are held from here
+    // on, until the wizard has closed.
+    void SetPlace(const Place& place, const WizardSettings& settings);
 
   protected:
     bool OnInitDialog() override;
-    void OnDestroy() override { objects.clear(); }
+    void OnDestroy() override;
 
   private:
-    std::vector<RememberedObject> objects;  // what the names lead to when the wizard is opened
+    RememberedPlace remembered;
     CWizardPage1 taskPage;
     CWizardPage2 deletionPage;
     CWizardPage3 permissionsPage;

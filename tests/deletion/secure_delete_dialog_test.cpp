@@ -15,6 +15,7 @@
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "tests/support/command.h"
+#include "tests/support/places.h"
 #include "tests/support/refused_leases.h"
 #include "tests/support/refused_threads.h"
 #include "tests/support/temporary_folder.h"
@@ -83,9 +84,9 @@ class SecureDeleteDialog : public ::testing::Test {
         EXPECT_TRUE(std::filesystem::exists("later"));
         return result;
     }
-    static int Run(std::vector<const char*> names) {
+    static int Run(std::vector<std::string> names) {
         CSecureDelete dialog;
-        EXPECT_EQ(HoldDeletionItems(names, dialog.chosen), ERROR_SUCCESS);
+        dialog.chosen = HoldDeletionItems(test::InCurrentFolder(std::move(names)));
         return dialog.DoModal();
     }
 

@@ -20,6 +20,7 @@
 #include "platform/linux/base/unique_fd.h"
 #include "tests/deletion/recording_host.h"
 #include "tests/support/command.h"
+#include "tests/support/places.h"
 #include "tests/support/refused_leases.h"
 #include "tests/support/temporary_folder.h"
 
@@ -385,16 +386,15 @@ TEST_F(SecureDelete, WhatGotTheNameAfterTheChoiceStays) {
     for (const char* name : {"old file", "new file", "kept"})
         Fill(name, 100);
     std::filesystem::create_symlink("a", "link");
-    const char* names[] = {"junk", "old file", "link", "kept"};
-    DeletionItems chosen;
-    ASSERT_EQ(HoldDeletionItems(names, chosen), ERROR_SUCCESS);
+    const DeletionItems chosen =
+        HoldDeletionItems(test::InCurrentFolder({"junk", "old file", "link", "kept"}));
     std::filesystem::rename("junk", "junk 2");
     std::filesystem::rename("important", "junk");
     std::filesystem::rename("new file", "old file");
     unlink("link");
     std::filesystem::create_symlink("b", "link");
     for (const DeletionItem& item : chosen.items)
-        SecureDeleteItem(host, chosen.folder, item);
+        SecureDeleteItem(host, *chosen.folder, item);
     EXPECT_THAT(host.failures,
                 ElementsAre(DeletionFailure{DeletionStep::kCompare, "junk", ERROR_FILE_INVALID},
                             DeletionFailure{DeletionStep::kCompare, "old file", ERROR_FILE_INVALID},
@@ -425,23 +425,19 @@ TEST_F(SecureDelete, HundredsOfItemsAreToldFromWhatTakesTheirPlace) {
     if (geteuid() != 0) GTEST_SKIP() << "the limit on open files cannot be raised again";
     constexpr int kCount = 300;
     std::vector<std::string> names;
-    std::vector<const char*> texts;
     for (int i = 0; i < kCount; ++i)
         Fill(names.emplace_back(std::to_string(i)), 10);
-    for (const std::string& name : names)
-        texts.push_back(name.c_str());
     rlimit usual{};
     getrlimit(RLIMIT_NOFILE, &usual);
     const rlimit few{OpenDescriptors() + 40, OpenDescriptors() + 40};
     setrlimit(RLIMIT_NOFILE, &few);
-    DeletionItems chosen;
-    EXPECT_EQ(HoldDeletionItems(texts, chosen), ERROR_SUCCESS);
+    const DeletionItems chosen = HoldDeletionItems(test::InCurrentFolder(names));
     for (const std::string& name : {names.front(), names.back()}) {
         unlink(name.c_str());
         Fill(name, 10);
     }
     for (const DeletionItem& item : chosen.items)
-        SecureDeleteItem(host, chosen.folder, item);
+        SecureDeleteItem(host, *chosen.folder, item);
     setrlimit(RLIMIT_NOFILE, &usual);
     EXPECT_THAT(host.failures,
                 ElementsAre(DeletionFailure{DeletionStep::kCompare, names.front(), ERROR_FILE_INVALID},

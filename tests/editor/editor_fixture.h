@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "editor/security_sheet.h"
@@ -11,6 +12,7 @@
 #include "platform/api/files.h"
 #include "platform/host_path.h"
 #include "tests/support/access_lists.h"
+#include "tests/support/places.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
@@ -34,10 +36,13 @@ class EditorTest : public ::testing::Test {
     }
 
     // Opens the editor on `names` and shows its page `tab`; the script ends with a button of the sheet.
-    void Edit(const std::vector<const char*>& names, const UiDriver::Script& script,
+    void Edit(std::vector<std::string> names, const UiDriver::Script& script,
               const std::string& tab = "Permissions") {
-        sheet.SetItems(names, false);
-        ui.ExpectSheet(std::string("Security Editor - ") + names.front(), [&](WindowDriver& window) {
+        Edit(InCurrentFolder(std::move(names)), script, tab);
+    }
+    void Edit(const Place& place, const UiDriver::Script& script, const std::string& tab = "Permissions") {
+        sheet.SetPlace(place);
+        ui.ExpectSheet("Security Editor - " + place.names.front(), [&](WindowDriver& window) {
             if (window.ActiveTab() != tab) window.SwitchToTab(tab);
             script(window);
         });

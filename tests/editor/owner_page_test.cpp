@@ -39,7 +39,7 @@ class OwnerPage : public test::EditorTest {
         return DescriptorText(folder.Path(name), OWNER_SECURITY_INFORMATION);
     }
 
-    void Open(const std::vector<const char*>& names, const UiDriver::Script& script) {
+    void Open(const std::vector<std::string>& names, const UiDriver::Script& script) {
         Edit(names, script, "Owner");
     }
 

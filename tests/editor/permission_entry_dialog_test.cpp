@@ -14,10 +14,8 @@ using test::UiDriver;
 using test::WindowDriver;
 
 AccountRecord Account(const char* name) {
-    UniqueLocal<void> sid;
     AccountRecord record;
-    EXPECT_EQ(LookupSidByName(name, sid), 0U) << name;
-    EXPECT_TRUE(record.SetSid(sid.get()));
+    EXPECT_EQ(LookupAccountByName(name, record), 0U) << name;
     return record;
 }
 

@@ -15,7 +15,7 @@
 #include "properties/object_facts.h"
 #include "properties/properties_service.h"
 #include "resources/resource_ids.h"
-#include "security/object_owner.h"
+#include "security/object_security.h"
 #include "security/text_conversion.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"

@@ -18,6 +18,7 @@
 #include "security/message_boxes.h"
 #include "security/object_security.h"
 #include "tests/support/access_lists.h"
+#include "tests/support/places.h"
 #include "tests/support/refused_threads.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
@@ -75,10 +76,10 @@ class ApplyDialog : public ::testing::Test {
         workMayGoOn.reset();
     }
 
-    static int Run(std::vector<const char*> names) {
-        const std::vector<RememberedObject> items = RememberItems(names, ItemPlace::kCurrentDirectory);
+    static int Run(std::vector<std::string> names) {
+        const RememberedPlace place = RememberPlace(test::InCurrentFolder(std::move(names)));
         ApplyDlg dialog(nullptr);
-        dialog.items = items;
+        dialog.items = place.items;
         return dialog.DoModal();
     }
 

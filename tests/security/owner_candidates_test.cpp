@@ -9,10 +9,8 @@
 #include <string>
 
 #include "platform/api/errors.h"
-#include "platform/api/messages.h"
 #include "platform/api/policy.h"
 #include "platform/api/token.h"
-#include "tests/support/recording_presenter.h"
 
 namespace {
 
@@ -106,17 +104,19 @@ BOOL __wrap_GetTokenInformation(HANDLE /*token*/, TOKEN_INFORMATION_CLASS inform
 namespace permora {
 namespace {
 
-// The candidates' SIDs, then the texts of the boxes that were shown.
+// The candidates' SIDs, then the texts of the failures.
 std::vector<std::string> Offered() {
-    test::RecordingPresenter presenter;
+    OwnerCandidates candidates = FindOwnerCandidates();
     std::vector<std::string> offered;
-    if (auto candidates = FindOwnerCandidates(nullptr))
-        for (AccountRecord& candidate : *candidates)
+    if (candidates.accounts)
+        for (AccountRecord& candidate : *candidates.accounts)
             offered.push_back(candidate.GetSidText());
     else
         offered.emplace_back("nothing");
-    for (const test::RecordedBox& box : presenter.TakeBoxes())
-        offered.push_back(box.text.substr(0, box.text.find_last_not_of("\r\n") + 1));
+    for (const Outcome& failure : candidates.failures) {
+        const std::string text = BoxText(failure);
+        offered.push_back(text.substr(0, text.find_last_not_of("\r\n") + 1));
+    }
     return offered;
 }
 

@@ -7,7 +7,6 @@
 #include "platform/api/errors.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
-#include "security/object_security.h"
 #include "tests/shares/share_table.h"
 
 namespace permora::test {
@@ -21,11 +20,11 @@ class ShareSheet : public WithShareTable {
     ~ShareSheet() override { setInfoAnswer.reset(); }
 
     // Opens the sheet on shares; the script ends with a button of it.
-    void Edit(const std::vector<const char*>& names, const UiDriver::Script& script) {
+    void Edit(const std::vector<std::string>& names, const UiDriver::Script& script) {
         CShareSheet sheet;
         sheet.SetUp(nullptr);
-        sheet.SetShares(names);
-        ui.ExpectSheet(std::string("Security Editor - ") + names.front(), script);
+        sheet.SetPlace({PlaceKind::kShares, nullptr, names});
+        ui.ExpectSheet("Security Editor - " + names.front(), script);
         sheet.DoModal();
     }
     static void ExpectNoBoxes(const WindowDriver& window) {

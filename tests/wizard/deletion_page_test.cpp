@@ -17,6 +17,7 @@
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "tests/support/command.h"
+#include "tests/support/places.h"
 #include "tests/support/refused_leases.h"
 #include "tests/support/refused_threads.h"
 #include "tests/support/temporary_folder.h"
@@ -77,7 +78,7 @@ class WizardDeletionPage : public ::testing::Test {
     WizardDeletionPage() {
         std::filesystem::current_path(folder.Path());
         sheet.SetUp(nullptr);
-        items.askBeforeSecureDeletion = false;
+        settings.askBeforeSecureDeletion = false;
     }
     ~WizardDeletionPage() override {
         std::filesystem::current_path("/");
@@ -89,9 +90,11 @@ class WizardDeletionPage : public ::testing::Test {
         std::ofstream(folder.Path(name)) << std::string(bytes, 'x');
     }
     // The wizard on `names`, at the first page; the sheet's result.
-    int Run(const std::vector<const char*>& names, const UiDriver::Script& script) {
-        items.names = names;
-        sheet.SetItems(items);
+    int Run(std::vector<std::string> names, const UiDriver::Script& script) {
+        return Run(test::InCurrentFolder(std::move(names)), script);
+    }
+    int Run(const Place& place, const UiDriver::Script& script) {
+        sheet.SetPlace(place, settings);
         ui.ExpectSheet(kTitle, script);
         return sheet.DoModal();
     }
@@ -108,7 +111,7 @@ class WizardDeletionPage : public ::testing::Test {
     }
 
     const test::TemporaryFolder folder;
-    WizardItems items;
+    WizardSettings settings;
     UiDriver ui;
     CWizard sheet;
 };
@@ -175,7 +178,7 @@ TEST_F(WizardDeletionPage, WhatOthersMayHaveOpenStaysAndIsListed) {
 
 TEST_F(WizardDeletionPage, DeletesNothingWithoutAYesAndNoDrives) {
     MakeFile("file", 1);
-    items.askBeforeSecureDeletion = true;
+    settings.askBeforeSecureDeletion = true;
     Run({"file"}, [&](WindowDriver& window) {
         for (int i = 0; i < 2; ++i) {  // each activation asks anew
             ExpectQuestion(IDNO);
@@ -193,8 +196,7 @@ TEST_F(WizardDeletionPage, DeletesNothingWithoutAYesAndNoDrives) {
             EXPECT_FALSE(window.IsEnabled(button)) << "only Cancel is left";
         window.Click(SheetButton::kCancel);
     });
-    items.drivesMode = true;
-    Run({"file"}, [&](WindowDriver& window) {
+    Run(Place{PlaceKind::kDrives, nullptr, {"file"}}, [&](WindowDriver& window) {
         EXPECT_TRUE(window.IsChecked(IDC_TASK_PERMISSIONS)) << "whatever was chosen before";
         ui.ExpectMessageBox(
             "Security Wizard can not delete disk drives.\nPlease, select folders and files to delete.",
@@ -225,7 +227,7 @@ TEST_P(WizardDeletionEnds, AtEveryMoment) {
     opening = &gate;
     if (moment == Moment::kInAFile) closedGate = Gate::kWrite;
     if (moment == Moment::kBetweenEntries) closedGate = Gate::kFlush;
-    items.askBeforeSecureDeletion = moment == Moment::kRefused;
+    settings.askBeforeSecureDeletion = moment == Moment::kRefused;
     Run({"top", "later"}, [&](WindowDriver& window) {
         if (moment == Moment::kBefore) return leave(window);
         if (moment == Moment::kRefused) ExpectQuestion(IDNO);
@@ -246,7 +248,7 @@ TEST_P(WizardDeletionEnds, AtEveryMoment) {
     if (moment == Moment::kInAFile)
         EXPECT_EQ(test::ReadWholeFile("top/file"), std::string(512, '\0') + std::string(1536, 'x'));
     // Nothing of it reaches the next run.
-    items.askBeforeSecureDeletion = false;
+    settings.askBeforeSecureDeletion = false;
     MakeFile("next", 1);
     const int result = Run({"next"}, [&](WindowDriver& window) {
         GoToDeletion(window);
@@ -275,7 +277,7 @@ INSTANTIATE_TEST_SUITE_P(Wizard, WizardDeletionEnds,
 // What the desktop closes unanswered is no Yes, and the sheet closes below it.
 TEST_F(WizardDeletionPage, TheSessionsEndAnswersTheQuestionWithNo) {
     MakeFile("file", 1);
-    items.askBeforeSecureDeletion = true;
+    settings.askBeforeSecureDeletion = true;
     Run({"file"}, [&](WindowDriver& window) {
         ui.ExpectMessageBox(::testing::_, "Secure deletion", MB_YESNO | MB_ICONQUESTION,
                             [](WindowDriver&) { test::CloseAllWindows(); });

@@ -14,6 +14,7 @@
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
+#include "tests/support/places.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 #include "wizard/wizard_sheet.h"
@@ -56,10 +57,11 @@ class WizardPermissionsPage : public ::testing::Test {
     // The wizard on `names` at the permissions page; the script ends with a button of the sheet. `expect`
     // declares what comes before the page is there.
     void Assign(
-        const std::vector<const char*>& names, const UiDriver::Script& script,
+        std::vector<std::string> names, const UiDriver::Script& script,
         const std::function<void()>& expect = [] {}) {
-        sheet.SetItems(
-            {.names = names, .drivesMode = drivesMode, .showIntermediateInfo = &showIntermediateInfo});
+        sheet.SetPlace(areDrives ? Place{PlaceKind::kDrives, nullptr, std::move(names)}
+                                 : test::InCurrentFolder(std::move(names)),
+                       {.showIntermediateInfo = &showIntermediateInfo});
         ui.ExpectSheet(kTitle, [&](WindowDriver& window) {
             EXPECT_FALSE(window.IsEnabled(SheetButton::kBack));
             expect();
@@ -83,7 +85,7 @@ class WizardPermissionsPage : public ::testing::Test {
     }
 
     const test::TemporaryFolder folder;
-    bool drivesMode = false;
+    bool areDrives = false;
     std::uint8_t showIntermediateInfo = 0;
     UiDriver ui;
     CWizard sheet;
@@ -285,9 +287,9 @@ TEST_F(WizardPermissionsPage, OnAVolumeOfWindows) {
     });
     // Of a drive's root its own volume is asked, not that of the current directory, which holds no lists.
     Enter("/proc");
-    drivesMode = true;
+    areDrives = true;
     const std::string root = PathFromArgument(volume.Root().c_str());
-    Assign({root.c_str()}, [&](WindowDriver& window) {
+    Assign({root}, [&](WindowDriver& window) {
         EXPECT_TRUE(window.IsEnabled(SheetButton::kFinish));
         window.Click(SheetButton::kCancel);
     });

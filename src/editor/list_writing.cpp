@@ -1,0 +1,42 @@
+#include "editor/list_writing.h"
+
+#include <string>
+
+#include "framework/long_work.h"
+#include "platform/api/errors.h"
+#include "platform/api/messages.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+bool IsOutOfDate(const Outcomes& outcomes) {
+    return !outcomes.empty() && outcomes.front().code == ERROR_REVISION_MISMATCH;
+}
+
+bool MayOverwrite(HWND owner, const std::string& item) {
+    const std::string text = "The access control list of \"" + item +
+                             "\" was changed by another program after it was shown here.\n"
+                             "Click Yes to overwrite it with the list shown here\n"
+                             "Click No to write nothing and show the new one";
+    return MessageBoxA(owner, text.c_str(), "Changed meanwhile", MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
+}  // namespace
+
+bool WriteListAsking(CWnd& page, const RememberedPlace& place, std::optional<DaclInheritance> inheritance,
+                     const ListsByKind& lists, PSECURITY_DESCRIPTOR shown) {
+    Outcomes outcomes;
+    const auto write = [&](PSECURITY_DESCRIPTOR expected) {
+        DoLongWork(page, [&] { outcomes = WriteListToItems(place.items, inheritance, lists, expected); });
+    };
+    write(shown);
+    if (IsOutOfDate(outcomes)) {
+        if (!MayOverwrite(page.GetSafeHwnd(), outcomes.front().object)) return false;
+        write(nullptr);
+    }
+    ShowOutcomes(page.GetSafeHwnd(), outcomes);
+    return true;
+}
+
+}  // namespace permora
