@@ -2,6 +2,7 @@
 #include "app/main_app.h"
 #include "platform/process_start.h"
 #include "platform/share_wizard.h"
+#include "security/message_boxes.h"
 
 namespace {
 
@@ -11,6 +12,7 @@ permora::CMainApp theApp;
 
 int main(int argumentCount, char** argumentTexts) {
     permora::PrepareProcess();
+    permora::ReportLackOfMemory();
     permora::SetShareWizard([] { theApp.ShareFolder(); });
     return theApp.Run(argumentCount, argumentTexts);
 }

@@ -1,5 +1,9 @@
 #include "security/message_boxes.h"
 
+#include <cstdlib>
+#include <exception>
+#include <new>
+
 #include "platform/api/messages.h"
 #include "platform/system_message.h"
 
@@ -56,6 +60,18 @@ void ShowOutcome(HWND owner, const Outcome& outcome) {
 void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes) {
     for (const Outcome& outcome : outcomes)
         ShowOutcome(owner, outcome);
+}
+
+void ReportLackOfMemory() {
+    std::set_terminate([] {
+        try {
+            if (const std::exception_ptr thrown = std::current_exception()) std::rethrow_exception(thrown);
+        } catch (const std::bad_alloc&) {
+            ShowOutcome(nullptr, {ERROR_NOT_ENOUGH_MEMORY, Step::kTakeBuffer});
+        } catch (...) {  // a fault of the program
+        }
+        std::abort();
+    });
 }
 
 void SetFatalExitCode(UINT code) {

@@ -1,5 +1,4 @@
-// The message boxes through which every part of the program reports. Each has one OK button; `owner` is the
-// window that reports and may be null.
+// The message boxes of the windowed program. Each has one OK button; `owner` may be null.
 #pragma once
 
 #include <span>
@@ -25,10 +24,13 @@ void ShowLastErrorBox(HWND owner);
 // "text: system text". A code that has no text shows no box.
 void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code);
 
-// What the outcome's text says, nothing when all was done. Ends the process after a step that leaves no way
-// on: a service that the program is made of is missing, or there is no memory for a list.
+// Shows the text of a failure; nothing when all was done. Ends the process after a step that leaves no way
+// on: a library or function of the system is missing, there is no memory, or a file cannot be closed.
 void ShowOutcome(HWND owner, const Outcome& outcome);
 void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes);
+
+// From now on, memory that cannot be had (std::bad_alloc), on any thread, ends the process after a box.
+void ReportLackOfMemory();
 
 // The exit code of a process that a fatal box ends, 0 unless it is set. To be called before threads are
 // started.

@@ -1,6 +1,8 @@
 #include "security/message_boxes.h"
 
+#include <new>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "gtest/gtest.h"
@@ -74,6 +76,12 @@ TEST(MessageBoxes, AFatalBoxEndsTheProcessEvenWithoutText) {
             },
             ::testing::ExitedWithCode(0), GetSystemMessageText(code).substr(0, 10));
     }
+    EXPECT_EXIT(
+        {
+            ReportLackOfMemory();
+            std::thread([] { throw std::bad_alloc(); }).join();
+        },
+        ::testing::ExitedWithCode(0), "Error: cannot allocate buffer");
     SetFatalExitCode(3);
     EXPECT_EXIT(ShowFatalErrorBox(nullptr, "no way on"), ::testing::ExitedWithCode(3), "no way on");
     EXPECT_EXIT(ShowFatalLastErrorBox(nullptr), ::testing::ExitedWithCode(3), "");
