@@ -19,7 +19,7 @@ static_assert(std::size(kColumnWidths) == kAccessRowTitles.size());
 
 constexpr int kNewEntryScope = 1;  // this folder, subfolders and files
 
-// What is unusual about the list, in one line; empty when nothing is.
+// One line about what is unusual in the list; may be empty.
 std::string RemarkOn(const AccessEntryList& list) {
     std::string remark;
     if (!list.IsInCanonicalOrder()) remark = "The entries are not in the usual order.";
@@ -128,7 +128,7 @@ void AccessListPage::OnRemove() {
     RenderRows();
 }
 
-// The user may have chosen another row: an inherited entry cannot be removed.
+// An inherited entry cannot be removed.
 void AccessListPage::OnListClicked() {
     if (const auto index = SelectedEntry())
         Enable({IDC_REMOVE_ENTRY}, !EditedList().Entries()[*index].IsInherited());
@@ -145,15 +145,13 @@ void AccessListPage::ReadAnew() {
     changed = false;
 }
 
-// Writes the list to every item and shows what the first one then holds. After a failure the sheet stays with
-// the changes.
-bool AccessListPage::OnApply() {
-    if (changed) {
-        const UniqueLocal<ACL> dacl = BuildDacl(GetSafeHwnd(), library.get(), EditedList().Entries());
-        if (!dacl || !WriteItems(dacl.get())) return false;
-        ReadFirstItem();
-        changed = false;
-    }
+UniqueLocal<ACL> AccessListPage::MakeList() {
+    return BuildDacl(GetSafeHwnd(), library.get(), EditedList().Entries());
+}
+
+bool AccessListPage::FinishApply() {
+    ReadFirstItem();
+    changed = false;
     return CPropertyPage::OnApply();
 }
 

@@ -1,4 +1,4 @@
-// AccessListPage: the page on which an access list is shown and edited, of files and of shares alike.
+// AccessListPage: shows and edits an access list, of files and of shares.
 #pragma once
 
 #include <cstddef>
@@ -12,10 +12,10 @@
 
 namespace permora {
 
-// The scopes that the entry dialog offers when an entry is edited. A new entry may have any.
+// The scopes that the entry dialog offers for an existing entry. A new entry may have any.
 enum class EditScopes { kAll, kThisObjectOnly };
 
-// What is said of a null list.
+// The message about a null list.
 inline constexpr const char* kNullListText =
     "There is no any access control list associated with object (All access is currently allowed).";
 
@@ -27,21 +27,27 @@ class AccessListPage : public CPropertyPage {
     AccessListPage(unsigned int pageTemplate, EditScopes scopes);
 
     bool OnInitDialog() override;
-    bool OnApply() override;
+    // Writes the edited list to all items and shows what the first one has then. On false, the sheet stays
+    // with its changes.
+    bool OnApply() override = 0;
     const MessageMap& GetMessageMap() const override;
 
     // Reads the list of the first item and sets the two boxes. The boxes, the list, "Edit..." and "Remove"
     // are disabled. On false, the reason has been shown; the entries are as they were, or there are none.
     virtual bool ReadItem() = 0;
-    // Writes `dacl` to every item and shows what failed. On false, the sheet stays with its changes.
-    virtual bool WriteItems(PACL dacl) = 0;
-    // As last read, with the edits since.
+    // The list as last read, with the edits since.
     virtual AccessEntryList& EditedList() = 0;
+
+    bool IsChanged() const { return changed; }
+    // The edited list, to be written. Null after an error box.
+    UniqueLocal<ACL> MakeList();
+    // Ends an OnApply that has written the list.
+    bool FinishApply();
 
     void OnEdit();
     void RenderRows();
     void MarkChanged();
-    // Forgets the edits and shows what the first item has by now.
+    // Discards the edits and shows the present list of the first item.
     void ReadAnew();
 
     bool IsChecked(unsigned int id) const;
@@ -55,8 +61,8 @@ class AccessListPage : public CPropertyPage {
 
     void ReadFirstItem();
     CListCtrl& AccessList() const;
-    // Where the selected row's entry stands in the list. None without a selection, and where a failed read
-    // has left rows whose entries are gone.
+    // The index of the selected row's entry in the list. None without a selection, and after a failed read,
+    // when the rows may show entries that are gone.
     std::optional<std::size_t> SelectedEntry();
 
     EditScopes editScopes;

@@ -42,7 +42,7 @@ bool CDlgUsersAndGroups::OnInitDialog() {
     list.InsertColumn(kType, "Type", 100);
     CDialog::OnInitDialog();
     nameField.SetFocus();
-    return false;  // the focus is where it should be
+    return false;  // the focus is set
 }
 
 void CDlgUsersAndGroups::OnFind() {
@@ -69,7 +69,7 @@ void CDlgUsersAndGroups::OnAccountClicked(Notification& notification) {
     NameField().SetWindowText(QualifiedAccountName(domain, name));
 }
 
-// What a click does, done with the keyboard.
+// The keyboard selects without a click.
 void CDlgUsersAndGroups::OnAccountSelected(Notification& notification) {
     if (FoundAccounts().IsSelected(notification.row)) OnAccountClicked(notification);
 }

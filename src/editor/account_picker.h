@@ -1,4 +1,4 @@
-// CDlgUsersAndGroups: the user names one account, by typing or by choosing from those of the machine.
+// CDlgUsersAndGroups: the user types an account or chooses one of the machine's.
 #pragma once
 
 #include "framework/dialog.h"
@@ -11,13 +11,13 @@ class CDlgUsersAndGroups : public CDialog {
   public:
     explicit CDlgUsersAndGroups(CWnd* ownerWindow = nullptr);
 
-    // An account set here is offered in the edit box. After IDOK it is the chosen one (its SID; names are
-    // looked up on demand); after IDCANCEL it is as the caller left it.
+    // The caller may preset an account, which the edit box then shows. After IDOK it is the chosen one; after
+    // IDCANCEL it is unchanged.
     AccountRecord result;
 
   protected:
     bool OnInitDialog() override;
-    void OnOK() override;  // resolves what stands in the edit box; stays open when it is no account
+    void OnOK() override;  // stays open when the edit box names no account
     const MessageMap& GetMessageMap() const override;
 
   private:

@@ -11,7 +11,7 @@
 namespace permora {
 namespace {
 
-// Of half a sentence, which begins with a small letter.
+// `text` begins with a small letter.
 std::string AsSentence(std::string text) {
     text.front() = static_cast<char>(text.front() - ('a' - 'A'));
     return text + '.';
@@ -34,13 +34,13 @@ bool CPage4::OnInitDialog() {
     CListCtrl& list = RightsList();
     AccountField().EnableWindow(false);
     list.SetExtendedStyle(ListStyle::kCheckBoxes);
-    list.EnableWindow(false);  // the marks are for reading
+    list.EnableWindow(false);  // the marks are read-only
     for (const AccessRight& right : kAccessRights)
         list.InsertItem(list.GetItemCount(), right.listName);
     return CPropertyPage::OnInitDialog();
 }
 
-// What is shown stays together: without an answer, the marks with the account that they are of.
+// On failure, the previous account and its marks stay.
 void CPage4::OnChangeAccount() {
     CDlgUsersAndGroups picker(this);
     if (picker.DoModal() != IDOK) return;

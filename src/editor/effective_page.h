@@ -1,4 +1,4 @@
-// CPage4: which rights the first selected item's access list leaves to an account.
+// CPage4: the rights that an account has by the first selected item's access list.
 #pragma once
 
 #include "framework/list_ctrl.h"
@@ -11,7 +11,7 @@ class CPage4 : public CPropertyPage {
   public:
     CPage4();
 
-    // Set before the sheet is shown, and borrowed while it runs; one item at least, which is looked at.
+    // Set before the sheet is shown, and borrowed while it runs; one item at least, which is read.
     const RememberedPlace* place = nullptr;
 
   protected:
@@ -20,13 +20,13 @@ class CPage4 : public CPropertyPage {
 
   private:
     void OnChangeAccount();
-    // False, and nothing has changed, after a message box.
+    // On false, nothing has changed, and a message box has been shown.
     bool ShowRights();
 
     CListCtrl& RightsList() const;
     CEdit& AccountField() const;
 
-    AccountRecord account;  // the one chosen last
+    AccountRecord account;  // the last one chosen
 };
 
 }  // namespace permora

@@ -1,4 +1,4 @@
-// Writing lists to the items of a place, with what the user is asked and shown then.
+// Writes lists to the items of a place, with the boxes that belong to it.
 #pragma once
 
 #include <optional>
@@ -8,9 +8,9 @@
 
 namespace permora {
 
-// As WriteListToItems, on a thread of its own; then shows what failed. When another program has changed the
-// list of the first item since it was shown, asks whether that is to be overwritten. On false, it is not:
-// nothing was written, and the page shows the item anew.
+// Calls WriteListToItems on a thread of its own, then shows the failures. When another program has changed
+// the list of the first item since it was shown, the user is asked whether to overwrite it. On false, nothing
+// was written, since the user said no.
 [[nodiscard]] bool WriteListAsking(CWnd& page, const RememberedPlace& place,
                                    std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
                                    PSECURITY_DESCRIPTOR shown);

@@ -1,4 +1,4 @@
-// CInfoDlg1: says, before a sheet opens on several items, which of them it shows.
+// CInfoDlg1: the notice before a sheet opens on several items.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ class CInfoDlg1 : public CDialog {
 
     // The setting that "Do not show this message again" clears. Borrowed; null: nothing is kept.
     std::uint8_t* showIntermediateInfo = nullptr;
-    // Stands in place of the template's text. Empty: the template's.
+    // Replaces the template's text unless it is empty.
     std::string text;
 
   protected:

@@ -31,7 +31,7 @@ Outcomes ApplyToItems(std::span<const RememberedObject> items, PSID newOwner) {
     return failures;
 }
 
-// What cannot be changed inside a tree is left as it is.
+// Objects in a tree that cannot be changed are left as they are.
 Outcomes ApplyBelow(std::span<const RememberedObject> items, PSID newOwner) {
     std::atomic<bool> isStopped = false;  // the program ends
     const StoppableWork stoppable([&] { isStopped = true; });
@@ -104,7 +104,7 @@ void CPage3::OnCandidateSelected(Notification& notification) {
 bool CPage3::OnApply() {
     const int row = changed ? CandidateList().NextSelected(0) : -1;
     changed = false;
-    // A copy: the candidates are read anew at the end.
+    // A copy, since Apply reads the candidates anew.
     if (row >= 0) Apply(AccountRecord(candidates[static_cast<std::size_t>(row)]).sid.get());
     return CPropertyPage::OnApply();
 }

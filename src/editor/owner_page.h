@@ -1,4 +1,4 @@
-// CPage3: the owner of the first selected item, and another one for all of them.
+// CPage3: shows the owner of the first selected item, and gives all items another one.
 #pragma once
 
 #include <vector>

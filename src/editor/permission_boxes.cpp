@@ -50,7 +50,7 @@ void PermissionBoxes::Click(RightColumn column, std::size_t row, bool isNowCheck
     if (isNowChecked)
         SetUnlessLocked(other[row], false);
     else
-        own[kFullControlRow].isChecked = false;  // locked or not: it no longer holds
+        own[kFullControlRow].isChecked = false;  // also when it is locked: it no longer holds
 }
 
 void PermissionBoxes::ClearAll() {

@@ -1,5 +1,5 @@
-// The 28 check boxes of the permission entry dialog without their windows: what is checked, what cannot be
-// changed, and what a click on one box does to the others.
+// The 28 check boxes of the permission entry dialog, without windows: their states, and what a click on one
+// changes in the others.
 #pragma once
 
 #include <array>
@@ -24,16 +24,16 @@ class PermissionBoxes {
 
     const PermissionBox& At(RightColumn column, std::size_t row) const { return BoxesOf(column)[row]; }
 
-    // Checks the boxes that say what `mask` holds, and clears the column's others.
+    // Checks the boxes of the rights in `mask`, and clears the others of the column.
     void SetMask(RightColumn column, DWORD mask);
-    // The checked single rights of a column. "Full control" adds nothing by itself.
+    // The checked single rights of a column; the box "Full control" adds none.
     DWORD MaskOf(RightColumn column) const;
 
-    // For an inherited entry: what it grants or denies cannot be taken away here.
+    // For an inherited entry, whose rights cannot be removed.
     void LockChecked();
     // The user has checked or cleared a box.
     void Click(RightColumn column, std::size_t row, bool isNowChecked);
-    void ClearAll();  // all that are not locked
+    void ClearAll();  // but the locked ones
 
   private:
     using Column = std::array<PermissionBox, kRows>;

@@ -54,7 +54,7 @@ bool CDlgPermissions::OnInitDialog() {
     ShowAccount();
     const bool wantsFocus = CDialog::OnInitDialog();
     if (inheritedEntry) return wantsFocus;
-    // Past "Change...", which the Enter key would press: it is to accept the entry.
+    // Not to "Change...": the Enter key must press OK.
     scopes.SetFocus();
     return false;
 }
@@ -75,7 +75,7 @@ void CDlgPermissions::OnChangeAccount() {
     CDlgUsersAndGroups picker(this);
     picker.result = pendingAccount;
     picker.DoModal();
-    pendingAccount = picker.result;  // as it was, when the picker was cancelled
+    pendingAccount = picker.result;  // unchanged when the picker was cancelled
     ShowAccount();
 }
 

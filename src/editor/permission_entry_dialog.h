@@ -9,14 +9,14 @@
 
 namespace permora {
 
-// The caller fills the fields, runs the dialog and, after IDOK, takes the choice. After IDCANCEL the fields
-// are as the caller left them.
+// The caller sets the fields, runs the dialog and, after IDOK, takes the choice. After IDCANCEL the fields
+// are unchanged.
 class CDlgPermissions : public CDialog {
   public:
     explicit CDlgPermissions(CWnd* ownerWindow = nullptr);
 
     PermissionChoice choice;
-    bool inheritedEntry = false;  // what the entry holds is locked; rights can be added to it
+    bool inheritedEntry = false;  // its rights are locked; others can be added
     bool singleScope = false;     // offer "This folder only" alone
 
   protected:

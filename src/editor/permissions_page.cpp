@@ -60,10 +60,13 @@ void CPage1::OnInheritanceClicked() {
     MarkChanged();
 }
 
-bool CPage1::WriteItems(PACL dacl) {
+bool CPage1::OnApply() {
+    if (!IsChanged()) return CPropertyPage::OnApply();
+    const UniqueLocal<ACL> dacl = MakeList();
+    if (!dacl) return false;
     const DaclInheritance inheritance =
         IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
-    if (!WriteListAsking(*this, *place, inheritance, {dacl, dacl}, object.descriptor.get())) {
+    if (!WriteListAsking(*this, *place, inheritance, {dacl.get(), dacl.get()}, object.descriptor.get())) {
         ReadAnew();
         return false;
     }
@@ -73,7 +76,7 @@ bool CPage1::WriteItems(PACL dacl) {
         dialog.DoModal();
         SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
     }
-    return true;
+    return FinishApply();
 }
 
 }  // namespace permora

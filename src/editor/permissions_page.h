@@ -15,7 +15,7 @@ class CPage1 : public AccessListPage {
 
   protected:
     bool ReadItem() override;
-    bool WriteItems(PACL dacl) override;
+    bool OnApply() override;
     AccessEntryList& EditedList() override { return object.entries; }
     const MessageMap& GetMessageMap() const override;
 
@@ -23,7 +23,7 @@ class CPage1 : public AccessListPage {
     void OnInheritanceClicked();
     void ShowInheritance();
 
-    ObjectSecurity object;  // as read last; its entries as edited since
+    ObjectSecurity object;  // as last read, with the edits since
 };
 
 }  // namespace permora

@@ -6,8 +6,8 @@
 
 namespace permora {
 
-// The control of `window` with this id. When the template has none of this kind the process ends, after a box
-// with `text`.
+// The control of `window` with this id. Without one of this kind, a box with `text` is shown and the process
+// ends.
 template <typename Control>
 Control& RequiredControl(const CWnd& window, unsigned int id,
                          const char* text = "Error: cannot initialize dialog box") {

@@ -13,8 +13,8 @@ class CPSheet : public CPropertySheet {
   public:
     // `owner` is the main frame. To be called once.
     void SetUp(CWnd* owner);
-    // What the next DoModal is about, a folder's items or drives, one at least; the first gives the title. An
-    // item whose name leads to another object later is left alone, and the user is told so.
+    // The items of the next DoModal: of a folder, or drives; one at least. The first gives the title. When
+    // the name of an item leads to another object later, that object is left alone and the user is informed.
     void SetPlace(const Place& place);
 
   protected:

@@ -1,4 +1,4 @@
-// The rows in which a person reads an access list.
+// The rows of an access list, as windows and the terminal show them.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@ inline constexpr std::array<const char*, 5> kAccessRowTitles = {"Type", "Name", 
 
 // One entry in five texts, in the order of kAccessRowTitles.
 struct AccessRow {
-    std::size_t entryIndex;  // in the list; entries without a row make it run ahead of the row's position
+    std::size_t entryIndex;  // in the list, where some entries have no row
     const char* type;
     std::string name;
     const char* permission;
@@ -25,8 +25,9 @@ struct AccessRow {
 
 // A row for every allow and deny entry, in list order. Looks up the names of all accounts.
 std::vector<AccessRow> AccessRowsOf(AccessEntryList& list);
-// What is said, where a list is about to be replaced, of the entries that the new one will not have: those of
-// other types, which have no row, and those that are not acceptable. Empty for none.
+
+// A remark about the entries that are lost when the list is replaced: those of other types, which have no
+// row, and those that are not acceptable. Empty for none.
 std::string LossesRemark(std::size_t otherTypes, std::size_t unacceptable);
 
 }  // namespace permora

@@ -28,7 +28,7 @@ bool ApplyDlg::OnInitDialog() {
     return true;
 }
 
-// Only when the program itself ends can the worker still be at work here.
+// The worker may still run when the program itself ends.
 void ApplyDlg::OnDestroy() {
     isStopped = true;
     worker.Wait();

@@ -1,4 +1,4 @@
-// ApplyDlg: resets whole folder trees on a worker thread and shows the name that it has come to.
+// ApplyDlg: resets whole folder trees on a worker thread and shows the name of the present object.
 #pragma once
 
 #include <atomic>
@@ -18,7 +18,7 @@ class ApplyDlg : public CDialog {
 
     explicit ApplyDlg(CWnd* ownerWindow);
 
-    // The selected items; those that are no folders are passed over. Borrowed until DoModal returns.
+    // The selected items, borrowed until DoModal returns; only folders are walked.
     std::span<const RememberedObject> items;
 
   protected:

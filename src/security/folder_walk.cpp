@@ -9,7 +9,7 @@
 namespace permora {
 namespace {
 
-// Keeps what is left alone because it may not belong to the tree: somebody may think that it was changed.
+// Records what is left alone because it may not belong to the tree; the user may think that it was changed.
 class WalkObserver : public TreeObserver {
   public:
     explicit WalkObserver(const std::function<bool(const char* name)>& beginObject) : begin(beginObject) {}

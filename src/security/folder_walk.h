@@ -9,13 +9,12 @@
 
 namespace permora {
 
-// Calls `change` for each item that is a folder, in its turn (HeldObject::TakeTurn); the observer that it
-// gets is for the walk. `begin` is called with the bare name of each object that a walk comes to, and ends
-// all walks with false. Items that are no folders or cannot be found are passed over, and so is what cannot
-// be changed below one.
+// Calls `change` for each item that is a folder, in its turn (HeldObject::TakeTurn), with the observer for
+// the walk. `begin` gets the bare name of each object before it is changed; on false, all walks end. Items
+// that are no folders or cannot be found are skipped, and so are objects below that cannot be changed.
 //
-// The outcomes are folders that were not walked, since another object has their name by now or their turn did
-// not come, and at the end what a walk left alone: volumes that are mounted below, files with further names.
+// The outcomes are the folders that were not walked, since their names lead to other objects now or their
+// turn did not come, then what the walks left alone: volumes mounted below, and files with further names.
 Outcomes WalkFolders(std::span<const RememberedObject> items,
                      const std::function<bool(const char* name)>& begin,
                      const std::function<DWORD(const HeldObject& folder, TreeObserver& observer)>& change);

@@ -11,8 +11,9 @@ namespace {
 
 enum class Kind { kError, kInformation };
 
-// In the texts stand {system} for the system's text, {reason} for the same without its line break, {object},
-// {place}, and {more} for `more` where there are further objects, in which {count} is their number.
+// In the texts, {system} is the system's text, {reason} the same without its line break, {object} and {place}
+// are those of the outcome. {more} is the text `more` where there are further objects, and {count} their
+// number.
 struct StepTexts {
     Step step;
     std::string_view box;
@@ -22,7 +23,7 @@ struct StepTexts {
 };
 
 // clang-format off
-constexpr std::array<StepTexts, 32> kTexts = {{
+constexpr std::array<StepTexts, 33> kTexts = {{
     {Step::kNone,              "{system}"},
 
     {Step::kFindAgain,         "\"{object}\" is left alone: another object has this name since it was shown here.",
@@ -43,6 +44,7 @@ constexpr std::array<StepTexts, 32> kTexts = {{
     {Step::kInitializeList,    "Error: cannot initialize object's access control list"},
     {Step::kMakeAbsolute,      "Error: cannot convert security descriptor to absolute format"},
     {Step::kAssignDescriptor,  "Cannot assign new security descriptor: {system}"},
+    {Step::kShareFolder,       "Error: cannot share the folder: {system}"},
 
     {Step::kOpenPolicy,        "Error: cannot open local security policy"},
     {Step::kEnumerateUsers,    "Error: cannot enumerate users"},

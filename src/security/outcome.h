@@ -1,4 +1,4 @@
-// What became of a piece of work. The model returns it and says nothing; a window or the terminal speaks.
+// The result of a piece of work. The model returns it and shows nothing; windows and the terminal do.
 #pragma once
 
 #include <cstddef>
@@ -9,9 +9,9 @@
 
 namespace permora {
 
-// What was being done. outcome.cpp has the words for each.
+// What was being done. outcome.cpp has the texts of each step.
 enum class Step {
-    kNone,  // the system's text for the code says it all
+    kNone,  // the system's text for the code is enough
 
     // Objects and their lists.
     kFindAgain,         // the object's name leads to another object by now
@@ -28,6 +28,7 @@ enum class Step {
     kInitializeList,
     kMakeAbsolute,
     kAssignDescriptor,  // to a share that has none
+    kShareFolder,
 
     // Owners.
     kOpenPolicy,
@@ -58,22 +59,22 @@ struct [[nodiscard]] Outcome {
     Step step = Step::kNone;
     std::string object = {};  // name or path of what it concerns, for people; empty: what the caller named
     std::string place = {};   // the folder in which something was left, or below which the object stands
-    std::size_t more = 0;     // how many further objects the same happened to
+    std::size_t more = 0;     // the number of further objects with the same result
 
     bool IsDone() const { return code == ERROR_SUCCESS; }
 };
 
-// Of work on several objects: what failed, in the order in which it happened. Empty: all was done.
+// The failures of work on several objects, in their order. Empty: all was done.
 using Outcomes = std::vector<Outcome>;
 
-// What a message box says. Empty where the system has no text for the code: no box is shown then.
+// The text of a message box. Empty where the system has no text for the code: no box is shown then.
 std::string BoxText(const Outcome& outcome);
-// Whether the box's text has the object in it.
+// Whether the box's text names the object.
 bool IsNamedInBox(Step step);
-// Whether it is said as information and not as an error.
+// Whether the box is an information and not an error.
 bool IsInformation(Step step);
 
-// What a line of a list or of the terminal says; never empty. The caller names the object before it.
+// The text for a line of a list or of the terminal, before which the caller names the object. Never empty.
 std::string LineText(const Outcome& outcome);
 
 }  // namespace permora

@@ -10,11 +10,11 @@
 
 namespace permora {
 
-// The token of this process, for asking for and switching on privileges. Null when it cannot be opened.
+// The token of this process, for reading and enabling privileges. Null when it cannot be opened.
 UniqueHandle OpenOwnToken();
 
-// Switches on the privilege that lets this process take ownership of objects whose lists do not allow it. A
-// token that does not hold it stays as it is, which is no failure. A system error code.
+// Enables the privilege to take ownership of objects whose lists do not allow it. No failure for a token that
+// does not hold it. A system error code.
 DWORD EnableTakeOwnership(HANDLE token);
 
 struct OwnerCandidates {
@@ -25,8 +25,7 @@ struct OwnerCandidates {
     Outcomes failures;
 };
 
-// Also switches on the token's privilege to take ownership; where that fails, there are candidates all the
-// same.
+// Also enables the token's privilege to take ownership; a failure of that is reported beside the accounts.
 OwnerCandidates FindOwnerCandidates();
 
 }  // namespace permora

@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "platform/api/errors.h"
+#include "platform/api/shares.h"
 #include "platform/resources.h"
 #include "platform/share_name.h"
 #include "security/text_conversion.h"
@@ -12,10 +13,10 @@ namespace {
 
 using WideText = std::basic_string<WCHAR>;
 
-// Everyone: read and execute. Where a share has no list of its own, everyone may do everything.
+// Everyone: read and execute. Without a list of its own, a share would let everyone do everything.
 constexpr const char* kReadersOnly = "D:(A;;0x1200a9;;;WD)";
 
-// 0 for what is no number of users.
+// 0 when the text is no number of users.
 DWORD UserLimitOf(const std::string& text) {
     DWORD limit = 0;
     const char* end = text.data() + text.size();
@@ -55,11 +56,11 @@ NewShareFault FindNewShareFault(const NewShare& share) {
     return {};
 }
 
-NET_API_STATUS CreateShare(const NewShare& share) {
+Outcome CreateShare(const NewShare& share) {
     PSECURITY_DESCRIPTOR readersOnly = nullptr;
     if (ConvertStringSecurityDescriptorToSecurityDescriptorA(kReadersOnly, SDDL_REVISION_1, &readersOnly,
                                                              nullptr) == FALSE) {
-        return GetLastError();
+        return {GetLastError(), Step::kShareFolder};
     }
     const UniqueLocal<void> descriptor(readersOnly);
     WideText name;
@@ -72,7 +73,7 @@ NET_API_STATUS CreateShare(const NewShare& share) {
     record.shi502_max_uses = share.hasUserLimit ? UserLimitOf(share.userLimit) : SHI_USES_UNLIMITED;
     record.shi502_path = AnsiToWide(share.folder, folder);
     record.shi502_security_descriptor = descriptor.get();
-    return NetShareAdd(nullptr, 502, reinterpret_cast<LPBYTE>(&record), nullptr);
+    return {NetShareAdd(nullptr, 502, reinterpret_cast<LPBYTE>(&record), nullptr), Step::kShareFolder};
 }
 
 }  // namespace permora

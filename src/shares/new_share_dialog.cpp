@@ -9,7 +9,7 @@
 namespace permora {
 namespace {
 
-// What a share of the folder would be called; empty for a drive's root.
+// The name to propose for a share of the folder; empty for a drive's root.
 std::string NameOfFolder(const std::string& path) {
     return path.substr(path.rfind('\\') + 1);
 }
@@ -65,16 +65,13 @@ void CNewShareDlg::OnOK() {
         GetDlgItem(ControlOf(fault.field))->SetFocus();
         return;
     }
-    NET_API_STATUS status = NERR_Success;
-    DoLongWork(*this, [&] { status = CreateShare(share); });
-    if (status != NERR_Success) {
-        ShowErrorWithSystemText(GetSafeHwnd(), "Error: cannot share the folder", status);
-        return;
-    }
-    CDialog::OnOK();
+    Outcome outcome;
+    DoLongWork(*this, [&] { outcome = CreateShare(share); });
+    ShowOutcome(GetSafeHwnd(), outcome);
+    if (outcome.IsDone()) CDialog::OnOK();
 }
 
-// The folder may be written as the host does.
+// The folder may also be a path of the host.
 NewShare CNewShareDlg::Written() const {
     NewShare share;
     if (const std::string folder = Text(IDC_SHARE_FOLDER); !folder.empty())

@@ -1,4 +1,4 @@
-// CNewShareDlg: shares a folder, where the system has no wizard for that.
+// CNewShareDlg: shares a folder; for systems without a wizard of their own.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace permora {
 
-// IDOK: the folder is shared.
+// DoModal returns IDOK when the folder has been shared.
 class CNewShareDlg : public CDialog {
   public:
     explicit CNewShareDlg(CWnd* ownerWindow);

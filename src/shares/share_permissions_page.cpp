@@ -41,11 +41,14 @@ bool CSharePage1::ReadShare() {
 }
 
 // Shares before one that fails are written, those after it are not.
-bool CSharePage1::WriteItems(PACL dacl) {
+bool CSharePage1::OnApply() {
+    if (!IsChanged()) return CPropertyPage::OnApply();
+    const UniqueLocal<ACL> dacl = MakeList();
+    if (!dacl) return false;
     Outcome outcome;
-    DoLongWork(*this, [&] { outcome = WriteShareDacl(names, dacl); });
+    DoLongWork(*this, [&] { outcome = WriteShareDacl(names, dacl.get()); });
     ShowOutcome(GetSafeHwnd(), outcome);
-    return outcome.IsDone();
+    return outcome.IsDone() && FinishApply();
 }
 
 }  // namespace permora

@@ -19,7 +19,7 @@ class CSharePage1 : public AccessListPage {
 
   protected:
     bool ReadItem() override;
-    bool WriteItems(PACL dacl) override;
+    bool OnApply() override;
     AccessEntryList& EditedList() override { return share.entries; }
 
   private:

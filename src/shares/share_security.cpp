@@ -22,7 +22,7 @@ NET_API_STATUS GetRecord(const std::string& name, ShareRecord& record) {
     return status;
 }
 
-// Everything but the descriptor goes back as it was read.
+// Writes the record back as it was read, with another descriptor.
 NET_API_STATUS SetDescriptor(const std::string& name, const SHARE_INFO_502& read,
                              PSECURITY_DESCRIPTOR descriptor) {
     std::basic_string<WCHAR> wideName;

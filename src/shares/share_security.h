@@ -1,4 +1,5 @@
-// Reading the access list that the machine's server keeps for a share, and writing one to several shares.
+// The access lists that the machine's server keeps for shares: reading one, and writing one to several
+// shares.
 #pragma once
 
 #include <span>
@@ -11,11 +12,11 @@
 
 namespace permora {
 
-// What a read gave.
+// A share as it was read.
 struct ShareSecurity {
     UniqueNetworkBuffer<SHARE_INFO_502> record;  // null: nothing was read
-    bool hasDescriptor = false;                  // without one everyone may do everything
-    PACL dacl = nullptr;                         // into `record`; null: no list, likewise
+    bool hasDescriptor = false;                  // without a descriptor everyone may do everything
+    PACL dacl = nullptr;                         // into `record`; null: no list, the same
     AccessEntryList entries;
 };
 
@@ -24,13 +25,12 @@ struct ShareSecurity {
 // Reads the record of a share. On failure `share` is untouched.
 Outcome LoadShareDacl(const std::string& name, ShareSecurity& share);
 
-// Gives a share that was read without a descriptor one with a null list, by which everyone may do everything
-// as before.
+// Gives a share without a descriptor one with a null list, which lets everyone do everything as before.
 Outcome GiveShareDescriptor(const std::string& name, const SHARE_INFO_502& record);
 
-// Puts `dacl` into the descriptors of all shares, one after the other; whatever else their records say is
-// written back as it was read. Ends at the first that fails: those before it have the new list, it and those
-// after it are as they were.
+// Puts `dacl` into the descriptors of all shares, one after the other; the rest of their records is written
+// back as it was read. Stops at the first failure: the shares before it have the new list, the others are
+// unchanged.
 Outcome WriteShareDacl(std::span<const std::string> names, PACL dacl);
 
 }  // namespace permora

@@ -11,10 +11,10 @@ constexpr std::size_t kFullControl = 0;
 // No right of files, though earlier versions have put it into "Full control".
 constexpr DWORD kMeaninglessBit = RIGHTS_DISPLAY_MASK & ~DWORD{FILE_ALL_ACCESS};
 
-// Takes rights from a mask, and with the last of them what stands for nothing by itself.
+// Removes rights from a mask. The bits that are no right by themselves go with the last right.
 void TakeAway(DWORD rights, DWORD& mask) {
-    // In a denial of everything SYNCHRONIZE stood for the whole: who is denied less must not be locked out by
-    // it. An entry that allows something gets it again.
+    // A denial of everything includes SYNCHRONIZE; a denial of less with that bit would lock the account out.
+    // An allow entry gets the bit again when it is written.
     if ((mask & FULL_CONTROL_RIGHTS) == FULL_CONTROL_RIGHTS) mask = WithoutSynchronize(mask);
     mask &= ~rights;
     if ((WithoutSynchronize(mask) & ~kMeaninglessBit) == 0) mask = 0;
@@ -41,8 +41,7 @@ void AccountRights::LoadFromDacl(PACL acl) {
         if (isLost && !entry.IsInherited()) ++(isOther ? otherTypeCount : unacceptableCount);
         if (isLost) continue;
         WizardAccountRow& row = accounts[Add(entry.account)];
-        // Generic rights that mean nothing where they stand would mean something in an entry that is made
-        // anew.
+        // Generic rights without meaning in this entry would have one in a new entry.
         const DWORD mask = entry.HasIdleGenericRights() ? entry.mask & ~GENERIC_RIGHTS : entry.mask;
         if (entry.IsInherited())
             (entry.IsAllow() ? row.inheritedAllow : row.inheritedDeny) |= mask;
@@ -65,7 +64,7 @@ void AccountRights::Remove(std::size_t index) {
     Select(std::nullopt);
 }
 
-// Each mask overrides those before it.
+// Each mask overrides the ones before it.
 void AccountRights::Select(std::optional<std::size_t> index) {
     selected = index;
     boxes.fill(false);
@@ -99,7 +98,7 @@ void AccountRights::ApplyRightChange(std::size_t right, bool isNowChecked) {
         if (!isGrantedFromAbove) row.explicitAllow |= mask;
         return;
     }
-    // What comes from above can only be taken away by an entry of the account's own.
+    // Only an explicit deny entry takes an inherited right away.
     if (isGrantedFromAbove) row.explicitDeny |= mask;
     boxes[kFullControl] = false;
 }

@@ -1,6 +1,5 @@
-// What the wizard's permissions page decides, without its window: the accounts that a list names, the boxes
-// that say what one of them may do, what a changed box makes of the account's own rights, and the list that
-// comes of it all.
+// The wizard's permissions page without its window: the accounts that a list names, the boxes that show the
+// rights of one of them, how a changed box changes the account's own rights, and the resulting list.
 #pragma once
 
 #include <array>
@@ -14,12 +13,12 @@
 
 namespace permora {
 
-// One account, with the rights of all its entries, whose masks are joined as they stand there.
+// One account with the rights of all its entries; the masks are joined as they are.
 struct WizardAccountRow {
     AccountRecord account;
-    DWORD explicitAllow = 0;   // its own entries, as changed here
-    DWORD explicitDeny = 0;    // likewise
-    DWORD inheritedAllow = 0;  // what comes from above is only looked at
+    DWORD explicitAllow = 0;   // of explicit entries, as changed here
+    DWORD explicitDeny = 0;    // the same
+    DWORD inheritedAllow = 0;  // of inherited entries; never changed
     DWORD inheritedDeny = 0;
 
     bool Inherits() const { return (inheritedAllow | inheritedDeny) != 0; }
@@ -49,39 +48,40 @@ inline constexpr std::array<UsableCombination, 7> kUsableCombinations = {{
 }};
 // clang-format on
 
-// Accounts are counted in the order in which the list names them first, rights as in kAccessRights.
+// Indexes of accounts follow the order in which the list first names them, those of rights kAccessRights.
 class AccountRights {
   public:
     static constexpr std::size_t kRights = kAccessRights.size();
 
-    // Replaces the accounts by those of the allow and deny entries of `acl`; none is selected then.
+    // Takes the accounts of the allow and deny entries of `acl`; none is selected then.
     void LoadFromDacl(PACL acl);
-    // What Entries() leaves out of the object's own entries: those of other types, and allow and deny entries
+    // How many explicit entries Entries() leaves out: those of other types, and allow and deny entries
     // without a valid account.
     std::size_t OtherTypeCount() const { return otherTypeCount; }
     std::size_t UnacceptableCount() const { return unacceptableCount; }
 
     const std::vector<WizardAccountRow>& Accounts() const { return accounts; }
-    // Through which its names are looked up.
+    // Not const, since it looks its names up.
     AccountRecord& AccountAt(std::size_t index) { return accounts[index].account; }
-    // The place of the account, which is added at the end, without rights, when it is new.
+    // The index of the account. A new one is added at the end, without rights.
     std::size_t Add(const AccountRecord& account);
-    // Forgets an account with its rights; none is selected then.
+    // Removes an account; none is selected then.
     void Remove(std::size_t index);
 
-    // The account whose rights the boxes show, and which changed boxes are about; nothing: all are clear.
+    // Selects the account whose rights the boxes show and change; without one all boxes are clear.
     void Select(std::optional<std::size_t> index);
 
     std::optional<std::size_t> Selected() const { return selected; }
 
     bool IsChecked(std::size_t right) const { return boxes[right]; }
-    // A box has been checked or cleared; it was the other way before. Other boxes may follow.
+    // The user has checked or cleared a box. Other boxes may change too.
     void ApplyRightChange(std::size_t right, bool isNowChecked);
-    // Changes each box that differs from what `mask` holds, one after the other.
+    // Changes the boxes that differ from `mask`, one after the other.
     void ApplyCombination(DWORD mask);
 
-    // The list that items of a kind get: a deny entry for each account with denied rights, then the same for
-    // allowed ones. Folders hand them down to everything below; nothing inherited is in it.
+    // The list for items of a kind, without inherited entries: a deny entry for each account with denied
+    // rights, then an allow entry for each with allowed rights. Those of folders are inherited by everything
+    // below.
     std::vector<AccessEntry> Entries(ItemKind kind) const;
 
   private:
@@ -94,8 +94,8 @@ class AccountRights {
     std::array<bool, kRights> boxes{};
 };
 
-// Reads the accounts of an item; `list` is what they were read from, and there are none where the item has no
-// list (`list.dacl` is null). On failure there are no accounts either, and `list` is untouched.
+// Reads the list of an item into `list`, and its accounts into `rights`; a null list has none. On failure
+// there are no accounts, and `list` is untouched.
 Outcome LoadAccountsFromItem(const HeldObject& item, AccountRights& rights, ReadParts& list);
 
 }  // namespace permora

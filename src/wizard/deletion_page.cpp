@@ -19,8 +19,8 @@ constexpr int kStatusWidth = 700;
 
 }  // namespace
 
-// What the worker has of the page; written before it starts. The worker never waits for the user-interface
-// thread, which takes the rows from here at the display's pace.
+// The worker's data, written before it starts. The worker never waits for the user-interface thread, which
+// takes the rows when it can show them.
 class CWizardPage2::Run : public DeletionStatus {
   public:
     explicit Run(CWizardPage2& shownPage)
@@ -33,7 +33,7 @@ class CWizardPage2::Run : public DeletionStatus {
         for (DeletionItem& item : page.chosen.items) {
             if (stopRequested) break;
             SecureDeleteItem(*this, *page.chosen.folder, item);
-            item.identity = {};  // a file that is remembered keeps its space
+            item.identity = {};  // a remembered file would keep its space
         }
         if (!stopRequested) WriteTotal();
         hasEnded = true;
@@ -117,9 +117,9 @@ bool CWizardPage2::IsRunning() const {
 
 void CWizardPage2::ShowStatus() {
     if (!IsRunning()) return;
-    const bool hasEnded = run->hasEnded;  // asked first: then all rows are there
+    const bool hasEnded = run->hasEnded;  // read first: then TakeChanges returns all rows
     auto& list = RequiredControl<CListCtrl>(*this, IDC_DELETION_STATUS);
-    // The list follows its end until the user looks at something in it.
+    // The list scrolls to its end until the user has scrolled or selected a row.
     const int last = list.GetItemCount() - 1;
     const bool isFollowing = list.GetSelectedCount() == 0 && (last < 0 || list.IsItemVisible(last));
     for (const StatusChange& change : run->TakeChanges())
@@ -139,7 +139,7 @@ bool CWizardPage2::OnQueryCancel() {
     return false;
 }
 
-// Only when the program itself ends can the worker still be at work here.
+// The worker may still run when the program itself ends.
 void CWizardPage2::StopWorker() {
     if (run) run->stop = true;
     worker.Wait();

@@ -1,5 +1,4 @@
-// CWizardPage2: deletes the selected items for good, from the moment in which it is shown, and lists what
-// becomes of each.
+// CWizardPage2: deletes the selected items for good as soon as it is shown, and lists the results.
 #pragma once
 
 #include <memory>
@@ -15,18 +14,18 @@ class CWizardPage2 : public CPropertyPage {
     CWizardPage2();
     ~CWizardPage2() override;
 
-    // Set before the sheet is shown: what is to be deleted, held from this moment on until LetGo. Drives are
-    // refused when the page is shown.
+    // Set before the sheet is shown: the items to delete, held until LetGo. Drives are refused when the page
+    // is shown.
     void SetPlace(const Place& place);
     bool askBeforeSecureDeletion = true;
 
-    // Ends the worker at its next stop point, and lets go of what was held.
+    // Stops the worker at its next stop point and releases the items.
     void LetGo();
 
   protected:
     bool OnInitDialog() override;
     bool OnSetActive() override;
-    // While the worker runs it is asked to stop, and the sheet closes when it has.
+    // Asks a running worker to stop; the sheet closes when it has.
     bool OnQueryCancel() override;
     void OnDestroy() override { StopWorker(); }
 
@@ -41,8 +40,8 @@ class CWizardPage2 : public CPropertyPage {
 
     PlaceKind kind = PlaceKind::kFolder;
     DeletionItems chosen;
-    std::unique_ptr<Run> run;   // what the worker has, or had; null: none
-    bool isCancelling = false;  // the user wants the sheet to close when the worker has stopped
+    std::unique_ptr<Run> run;   // the worker's data, present or past; may be null
+    bool isCancelling = false;  // the sheet closes when the worker has stopped
     WorkerThread worker;
 };
 

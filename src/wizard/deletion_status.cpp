@@ -5,8 +5,8 @@
 namespace permora {
 namespace {
 
-// A file's failure stands below the row with its name. What has no such row yet is named in its own, and so
-// is a folder that cannot be removed, whose row says so itself.
+// Whether the row of a failure begins with the name. A file's failure needs none, since it follows the row
+// with the name; the row of a folder that cannot be removed is replaced.
 bool IsNamed(DeletionStep step) {
     switch (step) {
         case DeletionStep::kExamine:

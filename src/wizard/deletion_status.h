@@ -1,5 +1,5 @@
-// What the wizard's deletion page lists, without its window: rows on files and folders in the order in which
-// the engine comes to them.
+// The list of the wizard's deletion page without its window: rows about files and folders, in the order of
+// the engine.
 #pragma once
 
 #include <mutex>
@@ -10,31 +10,31 @@
 
 namespace permora {
 
-// A text for a row, which is new when there was none at that place.
+// A new text for a row, or a new row at the end.
 struct StatusChange {
     int row;
     std::string text;
 };
 
-// The engine's thread writes rows; another one takes them at its own pace.
+// The engine's thread writes rows; another thread takes them when it likes.
 class DeletionStatus : public SecureDeleteHost {
   public:
     using SecureDeleteHost::SecureDeleteHost;
 
     void BeginDeleting(const std::string& name) override;
-    // From here on rows are written only while no stop is requested.
+    // From here on, rows are written only while no stop is requested.
     void Deleted(const std::string& name) override;
     void Failed(const DeletionFailure& failure) override;
-    // Never; the row below the file's tells why.
+    // Always false; the row below the file's gives the reason.
     bool MayOverwrite(const std::string& name, const std::vector<OverwriteObstacle>& obstacles) override;
-    // The last row, an empty one before it.
+    // Writes an empty row and the last one.
     void WriteTotal();
 
-    // What was written since the last call, in order. Any thread.
+    // The changes since the last call, in order. Any thread.
     std::vector<StatusChange> TakeChanges();
 
   protected:
-    // On the engine's thread: there is something to take, where there was nothing before.
+    // Called on the engine's thread when TakeChanges, having had nothing to take, has something.
     virtual void OnChanges() = 0;
 
   private:

@@ -78,7 +78,7 @@ bool CWizardPage3::OnSetActive() {
 void CWizardPage3::ShowItem() {
     Sheet()->SetWizardButtons(kCannotFinish);
     isRead = LoadAccounts();
-    // Without the first item's list there is nothing that could be meant for all.
+    // Without the first item's list there is nothing to apply to all.
     if (isRead) Sheet()->SetWizardButtons(WizardButtons::kBack | WizardButtons::kFinish);
     const std::string losses = LossesRemark(rights.OtherTypeCount(), rights.UnacceptableCount());
     if (!losses.empty()) ShowInfoBox(GetSafeHwnd(), losses.c_str());
@@ -139,8 +139,8 @@ void CWizardPage3::OnAccountClicked() {
     SelectAccount(index);
 }
 
-// What a click does, done with the keyboard or the other mouse button. What the page selects itself is shown
-// already.
+// The keyboard and the other mouse button select without a click. The page's own selections are already
+// shown.
 void CWizardPage3::OnAccountSelected(Notification& notification) {
     const bool isShown = rights.Selected() == static_cast<std::size_t>(notification.row);
     if (isShown != List(IDC_WIZARD_ACCOUNTS).IsSelected(notification.row)) OnAccountClicked();
@@ -165,7 +165,7 @@ void CWizardPage3::OnCombinationClicked() {
     ShowBoxes();
 }
 
-// The keyboard goes through the combinations without taking them; Space takes one, as a click does.
+// The arrow keys only select a combination; Space applies it, as a click does.
 void CWizardPage3::OnCombinationKey(Notification& notification) {
     constexpr unsigned int kSpace = 0x20;
     notification.handled = false;

@@ -1,4 +1,4 @@
-// CWizardPage3: gives accounts rights on all selected items, beginning with what the first one's list says.
+// CWizardPage3: gives accounts rights on all selected items, starting from the first one's list.
 #pragma once
 
 #include <cstddef>
@@ -20,15 +20,14 @@ class CWizardPage3 : public CPropertyPage {
 
     // Set before the sheet is shown; all is borrowed while it runs.
     const RememberedPlace* place = nullptr;  // one item at least
-    // The setting by which the notice before several items is shown, and which the notice may clear; null: it
-    // is not shown.
+    // The setting that shows the notice before several items, which the notice may clear; null: no notice.
     std::uint8_t* showIntermediateInfo = nullptr;
 
   protected:
     bool OnInitDialog() override;
     bool OnSetActive() override;
-    // Writes the list to every item. On false, nothing was written: there is no list, or the user first wants
-    // to see what another program made of the first item.
+    // Writes the list to every item. On false, nothing was written: there is no list, or another program
+    // changed the first item's and the user did not overwrite it.
     bool OnWizardFinish() override;
     const MessageMap& GetMessageMap() const override;
 
@@ -43,11 +42,11 @@ class CWizardPage3 : public CPropertyPage {
 
     void SetUpList(unsigned int id, int width, ListStyle style);
     void ShowNotice();
-    // Reads the first item, and lets the user finish when it has a list.
+    // Reads the first item; enables Finish when it has a list.
     void ShowItem();
     bool LoadAccounts();
     void SelectAccount(std::size_t index);
-    // The page's boxes as the rights have them.
+    // Shows the rights of the selected account in the boxes.
     void ShowBoxes();
 
     CListCtrl& List(unsigned int id) const;

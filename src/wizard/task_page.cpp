@@ -19,7 +19,7 @@ const MessageMap& CWizardPage1::GetMessageMap() const {
 CWizardPage1::CWizardPage1(CPropertyPage& deletion, CPropertyPage& permissions)
     : CPropertyPage(IDD_WIZARD_TASK_PAGE), deletionPage(deletion), permissionsPage(permissions) {}
 
-// Whatever the last run chose.
+// Each run begins with the same task.
 bool CWizardPage1::OnInitDialog() {
     RequiredControl<CButton>(*this, IDC_TASK_PERMISSIONS).SetCheck(CheckState::kChecked);
     ChoosePermissions();

@@ -1,4 +1,4 @@
-// CWizardPage1: the user picks the task; its page follows.
+// CWizardPage1: the user chooses the task, whose page follows.
 #pragma once
 
 #include "framework/property_sheet.h"
@@ -7,7 +7,7 @@ namespace permora {
 
 class CWizardPage1 : public CPropertyPage {
   public:
-    // The pages of the tasks, of which the sheet has one at a time, behind this one.
+    // The pages of the tasks; the sheet has one of them at a time, after this page.
     CWizardPage1(CPropertyPage& deletion, CPropertyPage& permissions);
 
   protected:

@@ -10,7 +10,7 @@
 
 namespace permora {
 
-// What the user has set for the wizard.
+// The user's settings for the wizard.
 struct WizardSettings {
     bool askBeforeSecureDeletion = true;
     std::uint8_t* showIntermediateInfo = nullptr;  // borrowed; the setting that the notice may clear
@@ -22,8 +22,8 @@ class CWizard : public CPropertySheet {
     CWizard() : taskPage(deletionPage, permissionsPage) {}
     // `owner` is the main frame. To be called once.
     void SetUp(CWnd* owner);
-    // What the next DoModal is about, a folder's items or drives, one at least. The items are held from here
-    // on, until the wizard has closed.
+    // The items of the next DoModal: of a folder, or drives; one at least. They are held until the wizard has
+    // closed.
     void SetPlace(const Place& place, const WizardSettings& settings);
 
   protected:
