@@ -26,8 +26,8 @@ using permora::test::TemporaryFolder;
 class Deletion : public permora::SecureDeleteHost {
   public:
     Deletion() : SecureDeleteHost(stop) {}
-    void Failed(const permora::DeletionFailure& failure) override {
-        Check(false, failure.name + ": error " + std::to_string(failure.error));
+    void Failed(const permora::Outcome& failure) override {
+        Check(false, failure.object + ": error " + std::to_string(failure.code));
     }
     // As the terminal program without --force, which looks at each file.
     permora::FileScrutiny Scrutiny() const override { return permora::FileScrutiny::kObstacles; }
@@ -53,9 +53,9 @@ void DeleteWithOurs(const std::string& top) {
     const std::filesystem::path path(top);
     std::filesystem::current_path(path.parent_path());
     Deletion host;
-    permora::FolderHandle folder;
-    if (Check(permora::FolderHandle::OpenCurrent(folder) == 0, "the folder cannot be opened"))
-        permora::SecureDeleteItem(host, folder, permora::HoldDeletionItem(folder, path.filename().string()));
+    const auto folder = std::make_shared<permora::FolderHandle>();
+    if (Check(permora::FolderHandle::Open(".", *folder) == 0, "the folder cannot be opened"))
+        permora::SecureDeleteItem(host, permora::RememberedObject(folder, path.filename().string()));
     host.seclusion.End();
     std::filesystem::current_path("/");
 }

@@ -329,7 +329,7 @@ void CMainFrame::StartSecureDeletion() {
         MessageBoxA(GetSafeHwnd(), "Cannot remove disk drive.", kCaption, MB_OK | MB_ICONWARNING);
     } else if (Place place; !HoldSelection(names, place)) {
         view.RefreshList();
-    } else if (dialog.chosen = HoldDeletionItems(place); MayDeleteSelection(kCaption)) {
+    } else if (dialog.chosen = RememberPlace(place).items; MayDeleteSelection(kCaption)) {
         dialog.DoModal();
         view.RefreshList();
     }

@@ -7,7 +7,7 @@
 #include "cli/consent.h"
 #include "cli/terminal_output.h"
 #include "cli/tree_progress.h"
-#include "deletion/folder_trail.h"
+#include "deletion/obstacle_texts.h"
 #include "deletion/secure_delete.h"
 #include "platform/api/errors.h"
 
@@ -23,39 +23,42 @@ bool LieInOneFolder(const Target& one, const Target& other) {
 }
 
 DWORD OpenFolderOf(const Target& target, FolderHandle& folder) {
-    const DWORD error = EnterFolder(target);
-    return error == ERROR_SUCCESS ? FolderHandle::OpenCurrent(folder) : error;
+    return target.start ? target.start->OpenPath(target.folderFromStart, folder)
+                        : FolderHandle::Open(target.folder, folder);
 }
 
 // The current directory itself is found by its name in the folder above, which may lead elsewhere already.
-DWORD VerifyStart(const Target& target, const EntryIdentity& identity) {
+DWORD VerifyStart(const Target& target) {
     const bool isStart = target.start && target.folderFromStart == "..\\";
-    return isStart ? target.start->VerifyItself(identity) : ERROR_SUCCESS;
+    return isStart ? target.object.Verify(*target.start) : ERROR_SUCCESS;
 }
 
 // `before`, which may be null, was held last.
 HeldTarget Hold(const Target& target, const HeldTarget* before, std::size_t& folderCount) {
     HeldTarget held;
     held.target = target;
-    held.item.name = target.name;
     if (target.place == PlaceKind::kDrives) return held;
-    std::shared_ptr<const FolderHandle> folder;
-    if (before != nullptr && before->folder && LieInOneFolder(before->target, target) &&
-        !target.endsWithSeparator) {
-        folder = before->folder;
-    } else {
+    if (before != nullptr && before->folder && LieInOneFolder(before->target, target)) {
+        held.folder = before->folder;
+    } else if (folderCount < kMostHeldFolders) {
         auto opened = std::make_shared<FolderHandle>();
-        held.item.error = OpenFolderOf(target, *opened);
-        if (held.item.error != ERROR_SUCCESS) return held;
-        folder = std::move(opened);
+        held.error = OpenFolderOf(target, *opened);
+        if (held.error != ERROR_SUCCESS) return held;
+        held.folder = std::move(opened);
         ++folderCount;
+    } else {
+        held.rememberedFolder =
+            RememberedObject(target.start, target.start ? target.folderFromStart : target.folder);
     }
-    held.item = HoldDeletionItem(*folder, target.name);
-    if (held.item.error == ERROR_SUCCESS) held.item.error = VerifyStart(target, held.item.identity);
-    if (folderCount <= kMostHeldFolders)
-        held.folder = std::move(folder);
-    else if (held.item.error == ERROR_SUCCESS)
-        held.item.error = folder->IdentifyItself(held.folderIdentity);
+    RememberedObject& object = held.target.object;
+    if (held.folder)
+        object = RememberedObject(held.folder, target.name);
+    else
+        RememberTarget(held.target);
+    held.error = object.Error();
+    if (held.error == ERROR_SUCCESS && target.endsWithSeparator && object.Kind() != FolderEntryKind::kFolder)
+        held.error = ERROR_DIRECTORY;
+    if (held.error == ERROR_SUCCESS) held.error = VerifyStart(held.target);
     return held;
 }
 
@@ -69,16 +72,14 @@ class ShredHost : public SecureDeleteHost {
 
     void SetTarget(const Target& next) {
         target = &next;
-        trail.Clear();
+        trail = {};
     }
     std::size_t DeletedCount() const { return deletedCount; }
     std::size_t LeftCount() const { return leftCount; }
 
     void BeginEntry(const std::string& name) override { progress.Show(deletedCount, name.c_str()); }
-    void EnterFolder(const std::string& name) override { trail.Enter(name); }
-    void LeaveFolder() override { trail.Leave(); }
     void Deleted(const std::string& /*name*/) override { ++deletedCount; }
-    void Failed(const DeletionFailure& failure) override { Leave(failure.name, StatusText(failure)); }
+    void Failed(const Outcome& failure) override { Leave(failure.object, LineText(failure)); }
 
     FileScrutiny Scrutiny() const override {
         return arguments.force ? FileScrutiny::kNone : FileScrutiny::kObstacles;
@@ -99,10 +100,12 @@ class ShredHost : public SecureDeleteHost {
 
     // No folder in which names were counted stays beyond this.
     void EndSeclusion() {
-        trail.Clear();
+        trail = {};
         seclusion.End();
-        for (const Seclusion::Leftover& left : seclusion.TakeLeftovers())
-            Failed({DeletionStep::kRemoveSeclusion, target->name, left.error, left.name});
+        for (Outcome& left : seclusion.TakeLeftovers()) {
+            left.object = target->name;
+            Failed(left);
+        }
     }
 
     // Tells why an object of the current folder stays.
@@ -122,7 +125,6 @@ class ShredHost : public SecureDeleteHost {
     ConsoleMessages& messages;
     ProgressLine progress;
     const Target* target = nullptr;
-    FolderTrail trail;  // from the target down to the current folder
     std::size_t deletedCount = 0;
     std::size_t leftCount = 0;
 };
@@ -134,22 +136,13 @@ void Shred(const HeldTarget& held, ShredHost& host) {
         host.Leave(target.name, "not deleted: it is a drive");
         return;
     }
-    if (held.item.error != ERROR_SUCCESS) {
-        host.Failed({DeletionStep::kExamine, target.name, held.item.error});
-        return;
-    }
-    if (held.folder) {
-        SecureDeleteItem(host, *held.folder, held.item);
-        return;
-    }
+    if (held.error != ERROR_SUCCESS) return host.Failed({held.error, Step::kExamine, target.name});
+    if (held.folder) return SecureDeleteItem(host, *held.folder, target.name, target.object);
     FolderHandle folder;
     DWORD error = OpenFolderOf(target, folder);
-    if (error == ERROR_SUCCESS) error = folder.VerifyItself(held.folderIdentity);
-    if (error != ERROR_SUCCESS) {
-        host.Failed({DeletionStep::kCompare, target.name, error});
-        return;
-    }
-    SecureDeleteItem(host, folder, held.item);
+    if (error == ERROR_SUCCESS) error = held.rememberedFolder.Verify(folder);
+    if (error != ERROR_SUCCESS) return host.Failed({error, Step::kCompare, target.name});
+    SecureDeleteItem(host, folder, target.name, target.object);
     host.EndSeclusion();
 }
 
@@ -183,7 +176,7 @@ bool ShredRun::Run() {
         if (each.folder.get() != folder && folder != nullptr) host.EndSeclusion();
         folder = each.folder.get();
         Shred(each, host);
-        each.item.identity = {};  // a file that is remembered keeps its space
+        each.target.object = {};  // a file that is remembered keeps its space
     }
     if (!held.empty()) host.EndSeclusion();
     Print("deleted: " + std::to_string(host.DeletedCount()) + ", left: " + std::to_string(host.LeftCount()) +

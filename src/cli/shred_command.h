@@ -7,17 +7,15 @@
 #include "cli/arguments.h"
 #include "cli/messages.h"
 #include "cli/target.h"
-#include "deletion/deletion_items.h"
 
 namespace permora {
 
-// A target as it was before anybody was asked.
+// A target as it was before anybody was asked; `target.object` is what is deleted.
 struct HeldTarget {
     Target target;
-    DeletionItem item;
-    std::shared_ptr<const FolderHandle>
-        folder;                    // holds the item; null: too many are held, or `item.error` says why
-    EntryIdentity folderIdentity;  // where the folder is not held
+    std::shared_ptr<const FolderHandle> folder;  // holds the object; null: too many are held, or `error`
+    RememberedObject rememberedFolder;           // where the folder is not held
+    DWORD error = 0;                             // why the object cannot be deleted
 };
 
 // Holds every target from its construction on: what is deleted is what the question was about.

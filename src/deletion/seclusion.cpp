@@ -27,12 +27,10 @@ DWORD Seclusion::MakeAndTake(FileHandle& file, const FolderHandle& place, std::s
     return error;
 }
 
-DWORD Seclusion::GiveBack(FileHandle& file, std::string& leftIn) {
-    const DWORD error = folder.GiveBack(file);
-    if (error == ERROR_SUCCESS) return error;
-    leftIn = folder.Name();
-    folder = {};
-    return error;
+Outcome Seclusion::GiveBack(FileHandle& file) {
+    Outcome outcome{folder.GiveBack(file), Step::kGiveBack};
+    if (!outcome.IsDone()) outcome.place = std::exchange(folder, {}).Name();
+    return outcome;
 }
 
 bool Seclusion::StandsIn(std::size_t level, const std::string& name) const {
@@ -47,10 +45,10 @@ void Seclusion::End() {
     SecludedFolder ended = std::exchange(folder, {});
     if (!ended || ended.IsGone()) return;
     if (const DWORD error = ended.Remove(); error != ERROR_SUCCESS)
-        leftovers.push_back({ended.Name(), error});
+        leftovers.push_back({error, Step::kRemoveSeclusion, {}, ended.Name()});
 }
 
-std::vector<Seclusion::Leftover> Seclusion::TakeLeftovers() {
+Outcomes Seclusion::TakeLeftovers() {
     return std::exchange(leftovers, {});
 }
 

@@ -1,13 +1,13 @@
-// Takes files to where their names can be counted (platform/secluded_folder.h): one folder serves all files
+// Moves files to where their names can be counted (platform/secluded_folder.h): one folder serves all files
 // of a run on one volume, as far as it can.
 #pragma once
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
 #include "platform/folder_files.h"
 #include "platform/secluded_folder.h"
+#include "security/outcome.h"
 
 namespace permora {
 
@@ -23,8 +23,8 @@ class Seclusion {
     // As SecludedFolder::Take; makes the folder when it is needed, as high up as the system lets it.
     DWORD Take(FileHandle& file, const FilePlace& place);
     // As SecludedFolder::GiveBack. A file that cannot go back stays in the folder, which is then left as it
-    // is, and `leftIn` becomes the folder's name.
-    DWORD GiveBack(FileHandle& file, std::string& leftIn);
+    // is; the outcome names it as the place.
+    Outcome GiveBack(FileHandle& file);
 
     // Whether an entry of the folder of this level is the folder of the seclusion.
     bool StandsIn(std::size_t level, const std::string& name) const;
@@ -33,20 +33,15 @@ class Seclusion {
     // Removes the folder, if there is one that nobody else has removed.
     void End();
 
-    // A folder that could not be removed.
-    struct Leftover {
-        std::string name;
-        DWORD error;
-    };
-    // Those since the last call.
-    std::vector<Leftover> TakeLeftovers();
+    // The folders that could not be removed since the last call, each as a place.
+    Outcomes TakeLeftovers();
 
   private:
     DWORD MakeAndTake(FileHandle& file, const FolderHandle& place, std::size_t level);
 
     SecludedFolder folder;
     std::size_t madeAt = 0;  // the level of the folder in which it stands
-    std::vector<Leftover> leftovers;
+    Outcomes leftovers;
 };
 
 }  // namespace permora

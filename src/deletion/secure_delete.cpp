@@ -10,8 +10,8 @@
 #include "platform/api/files.h"
 #include "platform/api/libraries.h"
 #include "platform/api/memory.h"
+#include "platform/held_object.h"
 #include "platform/library_function.h"
-#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
@@ -23,66 +23,63 @@ bool IsNoPlaceToCount(DWORD error) {
            error == ERROR_WRITE_PROTECT;
 }
 
-enum class Outcome { kDone, kStopped, kFailed };
-
 using SizeFunction = BOOL(WINAPI*)(HANDLE, PLARGE_INTEGER);
 
-SizeFunction FindSizeFunction(const SecureDeleteHost& host) {
-    const auto found = FindFunction<SizeFunction>(host.systemLibrary.get(), "GetFileSizeEx");
-    if (found == nullptr) ShowFatalLastErrorBox(host.Window());
-    return found;
+// The run was stopped, or the host refused the file. An outcome of no step, which is not reported.
+Outcome BrokenOff() {
+    return {ERROR_OPERATION_ABORTED};
 }
 
 // One file on its way from being opened to being deleted.
 class FileDeletion {
   public:
     FileDeletion(SecureDeleteHost& user, const FilePlace& where, const std::string& fileName)
-        : host(user), place(where), name(fileName), readSize(FindSizeFunction(user)) {}
+        : host(user),
+          place(where),
+          name(fileName),
+          readSize(FindFunction<SizeFunction>(user.systemLibrary.get(), "GetFileSizeEx")) {}
 
-    bool Run(const EntryIdentity* identity) {
+    // `expected`, which may be null, is the file that is meant.
+    void Run(const RememberedObject* expected) {
+        if (readSize == nullptr) return host.Failed({GetLastError(), Step::kLoadLibrary});
         host.BeginDeleting(name);
-        Outcome outcome = OverwriteAll(identity);
-        if (outcome == Outcome::kDone) outcome = Remove();
-        if (outcome == Outcome::kDone)
-            host.Deleted(name);
-        else if (isSecluded)
-            GiveBack();
-        return outcome != Outcome::kFailed;
+        Outcome outcome = OverwriteAll(expected);
+        if (outcome.IsDone()) outcome = {held.Remove(), Step::kDeleteFile};
+        if (outcome.IsDone()) return host.Deleted(name);
+        Report(outcome);
+        if (isSecluded) Report(host.seclusion.GiveBack(held));
     }
 
   private:
-    Outcome FailWith(DeletionStep step, DWORD error) {
-        host.Failed({step, name, error});
-        return Outcome::kFailed;
+    void Report(Outcome outcome) {
+        if (outcome.IsDone() || outcome.step == Step::kNone) return;
+        if (outcome.step != Step::kCloseFile) outcome.object = name;
+        host.Failed(outcome);
     }
 
     // The contents and all streams. The contents are opened first, so that a file that someone else uses
-    // stays whole, and overwritten last. What is asked is asked of the file that is held then.
-    Outcome OverwriteAll(const EntryIdentity* identity) {
+    // stays whole, and overwritten last. All questions are about the file that is held then.
+    Outcome OverwriteAll(const RememberedObject* expected) {
         if (const DWORD error = place.folder.BytesPerSector(sectorBytes); error != ERROR_SUCCESS)
-            return FailWith(DeletionStep::kAskVolume, error);
+            return {error, Step::kAskVolume};
         UniqueHandle file;
         DWORD error = place.folder.HoldFile(name, held);
-        if (error == ERROR_SUCCESS && identity != nullptr) {
-            if (const DWORD problem = held.Verify(*identity); problem != ERROR_SUCCESS)
-                return FailWith(DeletionStep::kCompare, problem);
-        }
+        if (error == ERROR_SUCCESS && expected != nullptr)
+            if (const DWORD problem = expected->Verify(held); problem != ERROR_SUCCESS)
+                return {problem, Step::kCompare};
         if (error == ERROR_SUCCESS) error = held.OpenForOverwriting(file);
-        if (error != ERROR_SUCCESS) return FailWith(DeletionStep::kOpenFile, error);
-        if (const Outcome outcome = Scrutinize(); outcome != Outcome::kDone) return outcome;
+        if (error != ERROR_SUCCESS) return {error, Step::kOpenFile};
         std::vector<std::string> streams;
-        error = held.ListNamedStreams(streams);
-        if (error != ERROR_SUCCESS) return FailWith(DeletionStep::kOpenFile, error);
-        for (const std::string& stream : streams) {
-            const Outcome outcome = OverwriteStream(stream);
-            if (outcome != Outcome::kDone) return outcome;
-        }
-        return OverwriteAndClose(std::move(file));
+        Outcome outcome = Scrutinize();
+        if (outcome.IsDone()) outcome = {held.ListNamedStreams(streams), Step::kOpenFile};
+        for (const std::string& stream : streams)
+            if (outcome.IsDone()) outcome = OverwriteStream(stream);
+        return outcome.IsDone() ? OverwriteAndClose(std::move(file)) : outcome;
     }
 
     Outcome Scrutinize() {
         std::vector<OverwriteObstacle> obstacles;
-        Outcome outcome = Outcome::kDone;
+        Outcome outcome;
         switch (host.Scrutiny()) {
             case FileScrutiny::kNone:
                 break;
@@ -90,91 +87,82 @@ class FileDeletion {
                 if (!held.KnowsOpeners()) obstacles.push_back(OverwriteObstacle::kOpenersUnknown);
                 break;
             case FileScrutiny::kObstacles:
-                outcome = FindObstacles(obstacles);
+                outcome = OutcomeOfCount(held.FindObstacles(obstacles), Step::kExamine);
                 // A count of one name alone may have been made the moment after another one vanished.
-                if (outcome == Outcome::kDone && obstacles.empty()) outcome = CountSecluded(obstacles);
+                if (outcome.IsDone() && obstacles.empty()) outcome = CountSecluded(obstacles);
                 break;
         }
-        if (outcome != Outcome::kDone || obstacles.empty()) return outcome;
-        return host.MayOverwrite(name, obstacles) ? Outcome::kDone : Outcome::kFailed;
+        const bool isRefused = outcome.IsDone() && !obstacles.empty() && !host.MayOverwrite(name, obstacles);
+        return isRefused ? BrokenOff() : outcome;
     }
 
-    Outcome FindObstacles(std::vector<OverwriteObstacle>& obstacles) {
-        const DWORD error = held.FindObstacles(obstacles);
-        if (HasLostItsName(error)) return FailWith(DeletionStep::kCompare, error);
-        return error == ERROR_SUCCESS ? Outcome::kDone : FailWith(DeletionStep::kExamine, error);
-    }
-
-    static bool HasLostItsName(DWORD error) {
-        return error == ERROR_FILE_INVALID || error == ERROR_FILE_NOT_FOUND;
+    // A file that has lost its name is not the one that was chosen.
+    static Outcome OutcomeOfCount(DWORD error, Step step) {
+        const bool isNameLost = error == ERROR_FILE_INVALID || error == ERROR_FILE_NOT_FOUND;
+        return {error, isNameLost ? Step::kCompare : step};
     }
 
     Outcome CountSecluded(std::vector<OverwriteObstacle>& obstacles) {
         const DWORD error = host.seclusion.Take(held, place);
-        if (HasLostItsName(error)) return FailWith(DeletionStep::kCompare, error);
-        if (error != ERROR_SUCCESS && !IsNoPlaceToCount(error))
-            return FailWith(DeletionStep::kSeclude, error);
-        isSecluded = error == ERROR_SUCCESS;
-        bool hasSeveralNames = false;
-        if (!isSecluded)
+        if (IsNoPlaceToCount(error)) {
             obstacles.push_back(OverwriteObstacle::kNamesUnknown);
-        else if (const DWORD problem = held.HasSeveralNames(hasSeveralNames); problem != ERROR_SUCCESS)
-            return FailWith(DeletionStep::kExamine, problem);
+            return {};
+        }
+        if (error != ERROR_SUCCESS) return OutcomeOfCount(error, Step::kSeclude);
+        isSecluded = true;
+        bool hasSeveralNames = false;
+        const DWORD problem = held.HasSeveralNames(hasSeveralNames);
         if (hasSeveralNames) obstacles.push_back(OverwriteObstacle::kSeveralNames);
-        return Outcome::kDone;
+        return {problem, Step::kExamine};
     }
 
     Outcome OverwriteStream(const std::string& stream) {
         UniqueHandle opened;
         const DWORD error = held.OpenStreamForOverwriting(stream, opened);
-        if (error != ERROR_SUCCESS) return FailWith(DeletionStep::kOpenFile, error);
-        return OverwriteAndClose(std::move(opened));
+        return error == ERROR_SUCCESS ? OverwriteAndClose(std::move(opened))
+                                      : Outcome{error, Step::kOpenFile};
     }
 
     Outcome OverwriteAndClose(UniqueHandle file) {
         const Outcome outcome = Overwrite(file.get());
-        if (CloseHandle(file.release()) == FALSE)
-            ShowFatalErrorBox(host.Window(), "Error: cannot close file");
-        return outcome;
+        return CloseHandle(file.release()) != FALSE ? outcome : LastError(Step::kCloseFile);
     }
+
+    static Outcome LastError(Step step) { return {GetLastError(), step}; }
 
     Outcome Overwrite(HANDLE file) {
         LARGE_INTEGER size{};
-        if (readSize(file, &size) == FALSE) return FailWith(DeletionStep::kGetSize, GetLastError());
+        if (readSize(file, &size) == FALSE) return LastError(Step::kGetSize);
         const UniqueLocal<void> zeros(LocalAlloc(LMEM_FIXED, sectorBytes));
-        if (!zeros) return FailWith(DeletionStep::kAllocate, GetLastError());
+        if (!zeros) return LastError(Step::kTakeZeros);
         std::memset(zeros.get(), 0, sectorBytes);
         const Outcome outcome = WriteZeros(file, zeros.get(), size.QuadPart);
-        if (outcome == Outcome::kStopped) FlushFileBuffers(file);
-        if (outcome != Outcome::kDone) return outcome;
-        if (FlushFileBuffers(file) == FALSE) return FailWith(DeletionStep::kFlush, GetLastError());
-        return Outcome::kDone;
+        if (!outcome.IsDone() && outcome.step != Step::kNone) return outcome;
+        return FlushFileBuffers(file) == FALSE && outcome.IsDone() ? LastError(Step::kFlush) : outcome;
     }
 
     // Into all that has a place on the disk, a sector at a time.
     Outcome WriteZeros(HANDLE file, const void* zeros, LONGLONG size) {
         LONGLONG next = 0;  // where the next sector would be written
         for (FileRange range; range.end < size;) {
-            if (host.stopRequested) return Outcome::kStopped;
+            if (host.stopRequested) return BrokenOff();
             const LONGLONG from = range.end;
             if (const DWORD error = FindAllocated(file, from, range); error != ERROR_SUCCESS)
-                return FailWith(DeletionStep::kGetSize, error);
+                return {error, Step::kGetSize};
             // It has got another size since it was opened: somebody else writes it.
-            if (range.end <= from) return FailWith(DeletionStep::kGetSize, ERROR_SHARING_VIOLATION);
+            if (range.end <= from) return {ERROR_SHARING_VIOLATION, Step::kGetSize};
             const LONGLONG begin = std::max(range.begin - range.begin % sectorBytes, next);
             if (range.begin == range.end || begin >= range.end) continue;
-            if (begin != next && !Seek(file, begin)) return FailWith(DeletionStep::kWrite, GetLastError());
+            if (begin != next && !Seek(file, begin)) return LastError(Step::kWrite);
             for (next = begin; next < range.end; next = SectorAfter(next)) {
-                if (host.stopRequested) return Outcome::kStopped;
+                if (host.stopRequested) return BrokenOff();
                 DWORD written = 0;
                 if (WriteFile(file, zeros, sectorBytes, &written, nullptr) == FALSE)
-                    return FailWith(DeletionStep::kWrite, GetLastError());
+                    return LastError(Step::kWrite);
             }
         }
         // What was gathered before a hole at the end is still a matter of writing.
-        if (next > 0 && next < size && !Seek(file, size))
-            return FailWith(DeletionStep::kWrite, GetLastError());
-        return Outcome::kDone;
+        return next > 0 && next < size && !Seek(file, size) ? LastError(Step::kWrite) : Outcome();
     }
 
     // A file can end where no whole sector follows any more.
@@ -186,17 +174,6 @@ class FileDeletion {
         LARGE_INTEGER distance{};
         distance.QuadPart = place;
         return SetFilePointerEx(file, distance, nullptr, FILE_BEGIN) != FALSE;
-    }
-
-    Outcome Remove() {
-        const DWORD error = held.Remove();
-        return error == ERROR_SUCCESS ? Outcome::kDone : FailWith(DeletionStep::kDeleteFile, error);
-    }
-
-    void GiveBack() {
-        DeletionFailure failure{DeletionStep::kGiveBack, name};
-        failure.error = host.seclusion.GiveBack(held, failure.leftIn);
-        if (failure.error != ERROR_SUCCESS) host.Failed(failure);
     }
 
     SecureDeleteHost& host;
@@ -212,24 +189,26 @@ using Removal = DWORD (FolderHandle::*)(const std::string&) const;
 
 // What has no contents of its own, or none any more.
 void Remove(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name, Removal removal,
-            DeletionStep step) {
+            Step step) {
     host.BeginDeleting(name);
     if (const DWORD error = (folder.*removal)(name); error != ERROR_SUCCESS)
-        host.Failed({step, name, error});
+        host.Failed({error, step, name});
     else
         host.Deleted(name);
 }
 
 void RemoveLink(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name) {
-    Remove(host, folder, name, &FolderHandle::RemoveLink, DeletionStep::kDeleteFile);
+    Remove(host, folder, name, &FolderHandle::RemoveLink, Step::kDeleteFile);
 }
 
+// Depth costs memory and, on Linux, an open descriptor for each level, but no stack.
 class FolderDeletion {
   public:
     FolderDeletion(SecureDeleteHost& user, const FolderHandle& place) : host(user), top(place) {}
 
-    void Run(const DeletionItem& item) {
-        Enter(item.name, &item.identity);
+    // Deletes everything in a folder, and the folder when nothing stayed in it.
+    void Run(const std::string& name, const RememberedObject& expected) {
+        Enter(name, &expected);
         while (!open.empty()) {
             FolderEntry entry;
             const DWORD error = open.back().folder.NextEntry(entry);
@@ -259,7 +238,7 @@ class FolderDeletion {
                 Enter(entry.name, nullptr);
                 break;
             case FolderEntryKind::kFile:
-                SecureDeleteFile(host, {top, Current(), open.size()}, entry.name, nullptr);
+                FileDeletion(host, {top, Current(), open.size()}, entry.name).Run(nullptr);
                 break;
             case FolderEntryKind::kOther:
                 RemoveLink(host, Current(), entry.name);
@@ -267,21 +246,15 @@ class FolderDeletion {
         }
     }
 
-    // `identity`, which may be null, is of the folder that is meant.
-    void Enter(const std::string& name, const EntryIdentity* identity) {
+    // `expected`, which may be null, is the folder that is meant.
+    void Enter(const std::string& name, const RememberedObject* expected) {
         FolderHandle entered;
-        DeletionFailure failure{DeletionStep::kEnterFolder, name};
-        failure.error = Current().OpenFolder(name, entered);
-        if (failure.error == ERROR_SUCCESS && identity != nullptr) {
-            failure.step = DeletionStep::kCompare;
-            failure.error = entered.VerifyItself(*identity);
-        }
-        if (failure.error != ERROR_SUCCESS) {
-            host.Failed(failure);
-        } else {
-            open.push_back({std::move(entered), name});
-            host.EnterFolder(name);
-        }
+        Outcome outcome{Current().OpenFolder(name, entered), Step::kEnterFolder, name};
+        if (outcome.IsDone() && expected != nullptr)
+            outcome = {expected->Verify(entered), Step::kCompare, name};
+        if (!outcome.IsDone()) return host.Failed(outcome);
+        host.trail.Enter(name, open.size());
+        open.push_back({std::move(entered), name});
     }
 
     // `end` is what its listing ended with. Closed before it is removed.
@@ -289,11 +262,11 @@ class FolderDeletion {
         host.seclusion.Leave(open.size());
         const std::string name = std::move(open.back().name);
         open.pop_back();
-        host.LeaveFolder();
+        host.trail.LeaveTo(open.size());
         if (end == ERROR_NO_MORE_FILES)
-            Remove(host, Current(), name, &FolderHandle::RemoveFolder, DeletionStep::kRemoveFolder);
+            Remove(host, Current(), name, &FolderHandle::RemoveFolder, Step::kRemoveFolder);
         else
-            host.Failed({DeletionStep::kListFolder, name, end});
+            host.Failed({end, Step::kListFolder, name});
     }
 
     SecureDeleteHost& host;
@@ -301,41 +274,42 @@ class FolderDeletion {
     std::vector<OpenFolder> open;  // from the folder to be deleted down to the current one
 };
 
+// `object` is no file and no folder.
+DWORD VerifyName(const FolderHandle& folder, const std::string& name, const RememberedObject& object) {
+    HeldObject found;
+    const DWORD error = folder.HoldObject(name, found);
+    return error == ERROR_SUCCESS ? object.Verify(found) : error;
+}
+
 }  // namespace
 
 SecureDeleteHost::SecureDeleteHost(const std::atomic<bool>& stop)
-    : stopRequested(stop), systemLibrary(LoadLibraryA("kernel32.dll")) {
-    if (!systemLibrary) ShowFatalLastErrorBox(nullptr);
-}
+    : stopRequested(stop), systemLibrary(LoadLibraryA("kernel32.dll")) {}
 
-void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const DeletionItem& item) {
-    if (item.error != ERROR_SUCCESS) {
-        host.Failed({DeletionStep::kExamine, item.name, item.error});
-        return;
-    }
-    switch (item.kind) {
+void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name,
+                      const RememberedObject& object) {
+    host.trail = {};
+    if (object.Error() != ERROR_SUCCESS) return host.Failed({object.Error(), Step::kExamine, name});
+    switch (object.Kind()) {
         case FolderEntryKind::kFolder:
-            SecureDeleteFolder(host, folder, item);
+            FolderDeletion(host, folder).Run(name, object);
             break;
         case FolderEntryKind::kFile:
-            SecureDeleteFile(host, {folder, folder, 0}, item.name, &item.identity);
+            FileDeletion(host, {folder, folder, 0}, name).Run(&object);
             break;
         case FolderEntryKind::kOther:
-            if (const DWORD error = folder.VerifyEntry(item.name, item.identity); error != ERROR_SUCCESS)
-                host.Failed({DeletionStep::kCompare, item.name, error});
+            if (const DWORD error = VerifyName(folder, name, object); error != ERROR_SUCCESS)
+                host.Failed({error, Step::kCompare, name});
             else
-                RemoveLink(host, folder, item.name);
+                RemoveLink(host, folder, name);
             break;
     }
 }
 
-bool SecureDeleteFile(SecureDeleteHost& host, const FilePlace& place, const std::string& name,
-                      const EntryIdentity* identity) {
-    return FileDeletion(host, place, name).Run(identity);
-}
-
-void SecureDeleteFolder(SecureDeleteHost& host, const FolderHandle& folder, const DeletionItem& item) {
-    FolderDeletion(host, folder).Run(item);
+void SecureDeleteItem(SecureDeleteHost& host, const RememberedObject& object) {
+    // The root of a drive stands in no folder.
+    if (!object.Start()) return host.Failed({ERROR_ACCESS_DENIED, Step::kExamine, object.Path()});
+    SecureDeleteItem(host, *object.Start(), object.Path(), object);
 }
 
 }  // namespace permora

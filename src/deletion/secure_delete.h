@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "deletion/deletion_failure.h"
-#include "deletion/deletion_items.h"
 #include "deletion/seclusion.h"
-#include "platform/folder_files.h"
+#include "platform/folder_trail.h"
+#include "platform/remembered_object.h"
 #include "platform/resources.h"
+#include "security/outcome.h"
 
 namespace permora {
 
@@ -25,11 +25,10 @@ enum class FileScrutiny {
     kObstacles,  // all that is known to keep its contents on the disk or under another name
 };
 
-// What the engine needs of who runs it. The calls come on the engine's thread.
+// What the engine needs of its user. The calls come on the engine's thread.
 class SecureDeleteHost {
   public:
-    // `stop` must outlive the host. Loads the system library of GetFileSizeEx; without it the process ends
-    // after its box.
+    // `stop` must outlive the host.
     explicit SecureDeleteHost(const std::atomic<bool>& stop);
     SecureDeleteHost(const SecureDeleteHost&) = delete;
     SecureDeleteHost& operator=(const SecureDeleteHost&) = delete;
@@ -40,43 +39,35 @@ class SecureDeleteHost {
     // from its beginning to the last sector written.
     const std::atomic<bool>& stopRequested;
 
-    // The window that owns message boxes; may be null.
-    virtual HWND Window() const { return nullptr; }
     // An entry of a folder comes next.
     virtual void BeginEntry(const std::string& /*name*/) {}
-    // The entries of this folder come next, until it is left.
-    virtual void EnterFolder(const std::string& /*name*/) {}
-    virtual void LeaveFolder() {}
     // Work on a file begins, or an emptied folder is about to be removed.
     virtual void BeginDeleting(const std::string& /*name*/) {}
     // What was begun last is gone.
     virtual void Deleted(const std::string& /*name*/) {}
-    // Something stays where it is; the run goes on with what comes next.
-    virtual void Failed(const DeletionFailure& failure) = 0;
+    // An object stays where it is, named by its bare name, and the run goes on with the next one. Without a
+    // name it is no object that failed: a service of the system is missing, or a file cannot be closed.
+    virtual void Failed(const Outcome& failure) = 0;
     // Asked for every file.
     virtual FileScrutiny Scrutiny() const { return FileScrutiny::kOpeners; }
-    // Whether the file may be overwritten all the same; `obstacles` are some. False: the host has told why it
-    // stays.
+    // Whether the file may be overwritten all the same; `obstacles` are some. On false, the host has reported
+    // why the file stays.
     virtual bool MayOverwrite(const std::string& name, const std::vector<OverwriteObstacle>& obstacles) = 0;
 
-    // Where names are counted, with FileScrutiny::kObstacles. The engine ends it in no folder that it
-    // removes; who runs the engine ends it after the last item, and before one in another folder.
+    // The folders that the engine has entered, from the one that is deleted as a whole on.
+    FolderTrail trail;
+    // Where names are counted, with FileScrutiny::kObstacles. The engine removes no folder that holds the
+    // seclusion's. Whoever runs the engine ends the seclusion after the last item, and before an item in
+    // another folder.
     Seclusion seclusion;
 
-    const UniqueLibrary systemLibrary;
+    const UniqueLibrary systemLibrary;  // with GetFileSizeEx
 };
 
-// Deletes a file or folder of an open folder, unless its name leads to another one by now.
-void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const DeletionItem& item);
-
-// Overwrites and deletes a file with all its streams; `identity`, which may be null, is the one that is
-// meant. True when it is gone or the run was stopped in the middle of it, false after a failure that was
-// told.
-bool SecureDeleteFile(SecureDeleteHost& host, const FilePlace& place, const std::string& name,
-                      const EntryIdentity* identity);
-
-// Deletes everything in a folder, and the folder when nothing stayed in it. Depth costs memory and, on Linux,
-// an open descriptor for each level, but no stack.
-void SecureDeleteFolder(SecureDeleteHost& host, const FolderHandle& folder, const DeletionItem& item);
+// Deletes a file or folder of an open folder, unless its name leads to another one than `object` by now.
+void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name,
+                      const RememberedObject& object);
+// Deletes what was remembered by its bare name in a folder.
+void SecureDeleteItem(SecureDeleteHost& host, const RememberedObject& object);
 
 }  // namespace permora

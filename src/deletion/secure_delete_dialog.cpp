@@ -3,13 +3,11 @@
 #include <optional>
 #include <string>
 
-#include "deletion/folder_trail.h"
 #include "deletion/secure_delete.h"
 #include "framework/stoppable_work.h"
 #include "framework/styles.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
-#include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 
@@ -24,21 +22,18 @@ class CSecureDelete::Run : public SecureDeleteHost {
           window(shownDialog.GetSafeHwnd()),
           progress(label) {}
 
-    HWND Window() const override { return window; }
     void BeginEntry(const std::string& name) override {
         progress.SetWindowText(name);
         progress.RedrawWindow();
     }
-    void EnterFolder(const std::string& name) override { trail.Enter(name); }
-    void LeaveFolder() override { trail.Leave(); }
 
-    // Which object it is about stands in a line of its own, as the box covers the label.
-    void Failed(const DeletionFailure& failure) override {
-        const std::string systemText = GetSystemMessageText(failure.error);
-        if (systemText.empty()) return;
-        const std::string path = trail.PathOf(failure.name);
-        std::string text = BoxPrefix(failure) + ": " + systemText;
-        if (!IsNamedInBox(failure) || path != failure.name)
+    // The path stands in a line of its own, as the box covers the label.
+    void Failed(const Outcome& failure) override {
+        if (failure.object.empty()) return ShowOutcome(window, failure);
+        std::string text = BoxText(failure);
+        if (text.empty()) return;
+        const std::string path = trail.PathOf(failure.object);
+        if (!IsNamedInBox(failure.step) || path != failure.object)
             text += "\n" + path;  // the text of the system ends with a line break
         ShowErrorBox(window, text.c_str());
     }
@@ -57,15 +52,14 @@ class CSecureDelete::Run : public SecureDeleteHost {
 
     void Work() {
         const StoppableWork stoppable([this] { dialog.stopRequested = true; });
-        for (DeletionItem& item : dialog.chosen.items) {
+        for (RememberedObject& item : dialog.chosen) {
             if (stopRequested) {
                 dialog.EndDialog(IDCANCEL);
                 return;
             }
-            BeginEntry(item.name);
-            trail.Clear();
-            SecureDeleteItem(*this, *dialog.chosen.folder, item);
-            item.identity = {};  // a file that is remembered keeps its space
+            BeginEntry(item.Path());
+            SecureDeleteItem(*this, item);
+            item = {};  // a file that is remembered keeps its space
         }
         dialog.EndDialog(dialog.isCancelled ? IDCANCEL : IDOK);
     }
@@ -74,7 +68,6 @@ class CSecureDelete::Run : public SecureDeleteHost {
     CSecureDelete& dialog;
     HWND window;
     CStatic& progress;
-    FolderTrail trail;
     std::optional<bool> mayBeOpenElsewhere;
 };
 

@@ -3,10 +3,11 @@
 
 #include <atomic>
 #include <memory>
+#include <vector>
 
-#include "deletion/deletion_items.h"
 #include "framework/dialog.h"
 #include "framework/worker_thread.h"
+#include "platform/remembered_object.h"
 
 namespace permora {
 
@@ -19,8 +20,8 @@ class CSecureDelete : public CDialog {
     explicit CSecureDelete(CWnd* ownerWindow = nullptr);
     ~CSecureDelete() override;
 
-    // The selected items. Set before DoModal, which ends when no worker reads them any more.
-    DeletionItems chosen;
+    // The selected items of a folder. Set before DoModal, which ends when no worker reads them any more.
+    std::vector<RememberedObject> chosen;
 
   protected:
     bool OnInitDialog() override;

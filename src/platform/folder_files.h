@@ -11,12 +11,12 @@
 #include <vector>
 
 #include "platform/api/base.h"
-#include "platform/entry_identity.h"
 #include "platform/resources.h"
 
 namespace permora {
 
 class HeldObject;
+class RememberedObject;
 
 enum class FolderEntryKind {
     kFile,
@@ -86,15 +86,13 @@ class FileHandle {
     // OverwriteObstacle::kSeveralNames alone.
     DWORD HasSeveralNames(bool& answer) const;
 
-    // ERROR_FILE_INVALID when it is another file, or `identity` is of no object.
-    DWORD Verify(const EntryIdentity& identity) const;
-
     // Removes the name by which it was reached; nothing of the file may be open any more. ERROR_FILE_INVALID,
     // and nothing is removed, when the name leads to another file by now.
     DWORD Remove() const;
 
   private:
     friend class FolderHandle;
+    friend class RememberedObject;
     friend class SecludedFolder;
     struct Inside;
     std::unique_ptr<Inside> inside;  // null: no file
@@ -129,14 +127,6 @@ class FolderHandle {
     // What is deleted or made meanwhile is listed or not.
     DWORD NextEntry(FolderEntry& entry);
 
-    // What the entry is, to be compared later.
-    DWORD Identify(const std::string& name, EntryIdentity& identity, FolderEntryKind& kind) const;
-    DWORD IdentifyItself(EntryIdentity& identity) const;
-    // ERROR_FILE_INVALID when the name leads to something else by now, or `identity` is of no object.
-    DWORD VerifyEntry(const std::string& name, const EntryIdentity& identity) const;
-    // ERROR_FILE_INVALID when this folder is something else, or `identity` is of no object.
-    DWORD VerifyItself(const EntryIdentity& identity) const;
-
     // Of the volume that holds the folder.
     DWORD BytesPerSector(DWORD& bytes) const;
 
@@ -155,6 +145,7 @@ class FolderHandle {
     DWORD RemoveFolder(const std::string& name) const;
 
   private:
+    friend class RememberedObject;
     friend class SecludedFolder;
     struct Inside;
     std::unique_ptr<Inside> inside;  // null: no folder

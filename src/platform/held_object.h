@@ -13,7 +13,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
-#include "platform/folder_files.h"
+#include "platform/remembered_object.h"
 #include "platform/resources.h"
 #include "platform/tree_security.h"
 
@@ -103,39 +103,6 @@ class HeldObject {
     friend class RememberedObject;
     struct Inside;
     std::unique_ptr<Inside> inside;  // null: no object
-};
-
-// An object as it was found under a name, for as long as somebody thinks about it. It can be found again by
-// that name and by no other, and only as long as the name leads to the same object: an object that was made
-// in the place of a deleted one is told from it even where it got its number. Copies are cheap and one
-// object.
-//
-// On Linux each keeps its object open for as long as there are descriptors, half of what the process may have
-// at most; those after that are known by what their volume calls them (number and generation, or birth).
-class RememberedObject {
-  public:
-    RememberedObject();
-    // `path` is relative to `start`, an empty one means `start` itself; without `start` it is a path of
-    // files.h. What cannot be found is remembered as such.
-    RememberedObject(std::shared_ptr<const FolderHandle> start, std::string path);
-    ~RememberedObject();
-    RememberedObject(const RememberedObject& other);
-    RememberedObject& operator=(const RememberedObject& other);
-    RememberedObject(RememberedObject&& other) noexcept;
-    RememberedObject& operator=(RememberedObject&& other) noexcept;
-
-    const std::string& Path() const { return path; }
-    // Holds the object. ERROR_FILE_INVALID when the name leads to another one by now, an error of the search
-    // when it leads nowhere; when the object could not be found in the first place, the error of that search.
-    DWORD Find(HeldObject& object) const;
-
-  private:
-    DWORD FindByName(HeldObject& object) const;
-
-    struct Inside;
-    std::shared_ptr<const FolderHandle> start;
-    std::string path;
-    std::shared_ptr<const Inside> inside;  // null: nothing to be found
 };
 
 }  // namespace permora

@@ -26,14 +26,19 @@ class CWizardPage2::Run : public DeletionStatus {
     explicit Run(CWizardPage2& shownPage)
         : DeletionStatus(stop), page(shownPage), window(shownPage.GetSafeHwnd()) {}
 
-    HWND Window() const override { return window; }
+    void Failed(const Outcome& failure) override {
+        if (failure.object.empty())
+            ShowOutcome(window, failure);
+        else
+            DeletionStatus::Failed(failure);
+    }
 
     void Work() {
         const StoppableWork stoppable([this] { stop = true; });
-        for (DeletionItem& item : page.chosen.items) {
+        for (RememberedObject& item : page.place->items) {
             if (stopRequested) break;
-            SecureDeleteItem(*this, *page.chosen.folder, item);
-            item.identity = {};  // a remembered file would keep its space
+            SecureDeleteItem(*this, item);
+            item = {};  // a remembered file would keep its space
         }
         if (!stopRequested) WriteTotal();
         hasEnded = true;
@@ -58,16 +63,6 @@ CWizardPage2::CWizardPage2() : CPropertyPage(IDD_WIZARD_DELETION_PAGE) {}
 
 CWizardPage2::~CWizardPage2() = default;
 
-void CWizardPage2::SetPlace(const Place& place) {
-    kind = place.kind;
-    chosen = kind == PlaceKind::kFolder ? HoldDeletionItems(place) : DeletionItems();
-}
-
-void CWizardPage2::LetGo() {
-    StopWorker();
-    chosen = {};
-}
-
 bool CWizardPage2::OnInitDialog() {
     auto& list = RequiredControl<CListCtrl>(*this, IDC_DELETION_STATUS);
     list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
@@ -90,7 +85,7 @@ bool CWizardPage2::OnSetActive() {
 }
 
 bool CWizardPage2::MayDelete() const {
-    if (kind == PlaceKind::kDrives) {
+    if (place->kind == PlaceKind::kDrives) {
         MessageBoxA(
             GetSafeHwnd(),
             "Security Wizard can not delete disk drives.\nPlease, select folders and files to delete.",

@@ -3,9 +3,9 @@
 
 #include <memory>
 
-#include "deletion/deletion_items.h"
 #include "framework/property_sheet.h"
 #include "framework/worker_thread.h"
+#include "security/object_security.h"
 
 namespace permora {
 
@@ -14,13 +14,13 @@ class CWizardPage2 : public CPropertyPage {
     CWizardPage2();
     ~CWizardPage2() override;
 
-    // Set before the sheet is shown: the items to delete, held until LetGo. Drives are refused when the page
-    // is shown.
-    void SetPlace(const Place& place);
+    // Set before the sheet is shown: the items to delete, borrowed while the worker runs, which releases each
+    // item that it is done with. Drives are refused when the page is shown.
+    RememberedPlace* place = nullptr;
     bool askBeforeSecureDeletion = true;
 
-    // Stops the worker at its next stop point and releases the items.
-    void LetGo();
+    // Stops the worker at its next stop point.
+    void StopWorker();
 
   protected:
     bool OnInitDialog() override;
@@ -33,13 +33,10 @@ class CWizardPage2 : public CPropertyPage {
     class Run;
 
     bool MayDelete() const;
-    void StopWorker();
     void Start();
     void ShowStatus();
     bool IsRunning() const;
 
-    PlaceKind kind = PlaceKind::kFolder;
-    DeletionItems chosen;
     std::unique_ptr<Run> run;   // the worker's data, present or past; may be null
     bool isCancelling = false;  // the sheet closes when the worker has stopped
     WorkerThread worker;

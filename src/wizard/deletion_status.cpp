@@ -2,32 +2,25 @@
 
 #include <utility>
 
+#include "deletion/obstacle_texts.h"
+
 namespace permora {
 namespace {
 
 // Whether the row of a failure begins with the name. A file's failure needs none, since it follows the row
 // with the name; the row of a folder that cannot be removed is replaced.
-bool IsNamed(DeletionStep step) {
+bool IsNamed(Step step) {
     switch (step) {
-        case DeletionStep::kExamine:
-        case DeletionStep::kCompare:
-        case DeletionStep::kAllocate:
-        case DeletionStep::kEnterFolder:
-        case DeletionStep::kListFolder:
-        case DeletionStep::kRemoveFolder:
-        case DeletionStep::kSeclude:
-        case DeletionStep::kGiveBack:
-        case DeletionStep::kRemoveSeclusion:
+        case Step::kAskVolume:
+        case Step::kOpenFile:
+        case Step::kGetSize:
+        case Step::kWrite:
+        case Step::kFlush:
+        case Step::kDeleteFile:
+            return false;
+        default:
             return true;
-        case DeletionStep::kAskVolume:
-        case DeletionStep::kOpenFile:
-        case DeletionStep::kGetSize:
-        case DeletionStep::kWrite:
-        case DeletionStep::kFlush:
-        case DeletionStep::kDeleteFile:
-            break;
     }
-    return false;
 }
 
 }  // namespace
@@ -41,10 +34,10 @@ void DeletionStatus::Deleted(const std::string& name) {
     if (!stopRequested) Write(rowCount - 1, name + ": deleted successefully");
 }
 
-void DeletionStatus::Failed(const DeletionFailure& failure) {
+void DeletionStatus::Failed(const Outcome& failure) {
     if (stopRequested) return;
-    const std::string text = (IsNamed(failure.step) ? failure.name + ": " : "") + StatusText(failure);
-    if (failure.step == DeletionStep::kRemoveFolder)
+    const std::string text = (IsNamed(failure.step) ? failure.object + ": " : "") + LineText(failure);
+    if (failure.step == Step::kRemoveFolder)
         Write(rowCount - 1, text);
     else
         Append(text);

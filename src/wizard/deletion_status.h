@@ -24,7 +24,7 @@ class DeletionStatus : public SecureDeleteHost {
     void BeginDeleting(const std::string& name) override;
     // From here on, rows are written only while no stop is requested.
     void Deleted(const std::string& name) override;
-    void Failed(const DeletionFailure& failure) override;
+    void Failed(const Outcome& failure) override;
     // Always false; the row below the file's gives the reason.
     bool MayOverwrite(const std::string& name, const std::vector<OverwriteObstacle>& obstacles) override;
     // Writes an empty row and the last one.

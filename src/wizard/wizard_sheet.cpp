@@ -18,13 +18,13 @@ void CWizard::SetPlace(const Place& place, const WizardSettings& settings) {
     remembered = RememberPlace(place);
     permissionsPage.place = &remembered;
     permissionsPage.showIntermediateInfo = settings.showIntermediateInfo;
-    deletionPage.SetPlace(place);
+    deletionPage.place = &remembered;
     deletionPage.askBeforeSecureDeletion = settings.askBeforeSecureDeletion;
 }
 
 void CWizard::OnDestroy() {
+    deletionPage.StopWorker();
     remembered.items.clear();
-    deletionPage.LetGo();
 }
 
 bool CWizard::OnInitDialog() {

@@ -7,15 +7,17 @@
 #include <vector>
 
 #include "deletion/secure_delete.h"
+#include "security/object_security.h"
+#include "tests/support/places.h"
 
 namespace permora {
 
-inline bool operator==(const DeletionFailure& one, const DeletionFailure& other) {
-    return one.step == other.step && one.name == other.name && one.error == other.error;
+inline bool operator==(const Outcome& one, const Outcome& other) {
+    return one.step == other.step && one.object == other.object && one.code == other.code;
 }
 
-inline void PrintTo(const DeletionFailure& failure, std::ostream* stream) {
-    *stream << failure.name << ": step " << static_cast<int>(failure.step) << ", error " << failure.error;
+inline void PrintTo(const Outcome& outcome, std::ostream* stream) {
+    *stream << outcome.object << ": step " << static_cast<int>(outcome.step) << ", code " << outcome.code;
 }
 
 namespace test {
@@ -29,7 +31,7 @@ class RecordingHost : public SecureDeleteHost {
         if (onEntry) onEntry(name);
     }
     void Deleted(const std::string& name) override { deleted.push_back(name); }
-    void Failed(const DeletionFailure& failure) override { failures.push_back(failure); }
+    void Failed(const Outcome& failure) override { failures.push_back(failure); }
     FileScrutiny Scrutiny() const override { return scrutiny; }
     bool MayOverwrite(const std::string& /*name*/, const std::vector<OverwriteObstacle>& found) override {
         obstacles = found;
@@ -38,17 +40,18 @@ class RecordingHost : public SecureDeleteHost {
 
     // Deletes an object of the current directory.
     void Delete(const std::string& name) {
-        FolderHandle folder;
-        if (FolderHandle::OpenCurrent(folder) != 0) return;
-        SecureDeleteItem(*this, folder, HoldDeletionItem(folder, name));
+        SecureDeleteItem(*this, Remember(name));
         seclusion.End();
+    }
+    static RememberedObject Remember(const std::string& name) {
+        return RememberPlace(InCurrentFolder({name})).items.front();
     }
 
     std::atomic<bool> isStopping = false;
     std::function<void(const std::string&)> onEntry;
     std::vector<std::string> entries;
     std::vector<std::string> deleted;
-    std::vector<DeletionFailure> failures;
+    Outcomes failures;
     FileScrutiny scrutiny = FileScrutiny::kOpeners;
     std::vector<OverwriteObstacle> obstacles;  // of the file that was refused last
 };

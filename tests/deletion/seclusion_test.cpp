@@ -109,9 +109,9 @@ TEST_F(SeclusionTest, AFileThatGetsASecondNameAgainAndAgainIsNeverOverwritten) {
     unlink("bait");
     // Where the name was taken again, the file could not go back: that is told.
     for (const std::string& name : Names()) {
-        EXPECT_TRUE(std::any_of(host.failures.begin(), host.failures.end(),
-                                [&](const DeletionFailure& failure) { return failure.leftIn == name; }))
-            << name;
+        EXPECT_TRUE(std::any_of(host.failures.begin(), host.failures.end(), [&](const Outcome& failure) {
+            return failure.place == name;
+        })) << name;
     }
 }
 
@@ -139,8 +139,7 @@ TEST_F(SeclusionTest, AnotherFileUnderTheNameStaysWhole) {
         std::filesystem::rename("other", "file");
     };
     host.Delete("file");
-    EXPECT_THAT(host.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kCompare, "file", ERROR_FILE_INVALID}));
+    EXPECT_THAT(host.failures, ElementsAre(Outcome{ERROR_FILE_INVALID, Step::kCompare, "file"}));
     EXPECT_THAT(Names(), ::testing::UnorderedElementsAre("file", "taken"));
     for (const char* name : {"file", "taken"})
         EXPECT_EQ(test::ReadWholeFile(name), kText);
@@ -153,10 +152,9 @@ TEST_F(SeclusionTest, WhatCannotGoBackIsNamedWithItsPlace) {
         beforeMove = [] { std::ofstream("file") << "new"; };
     };
     host.Delete("file");
-    ASSERT_THAT(host.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kGiveBack, "file", ERROR_ALREADY_EXISTS}));
-    EXPECT_THAT(host.failures[0].leftIn, StartsWith(".permora-shred-"));
-    EXPECT_EQ(test::ReadWholeFile(host.failures[0].leftIn + "/file"), kText);
+    ASSERT_THAT(host.failures, ElementsAre(Outcome{ERROR_ALREADY_EXISTS, Step::kGiveBack, "file"}));
+    EXPECT_THAT(host.failures[0].place, StartsWith(".permora-shred-"));
+    EXPECT_EQ(test::ReadWholeFile(host.failures[0].place + "/file"), kText);
     EXPECT_EQ(test::ReadWholeFile("file"), "new");
     EXPECT_THAT(host.seclusion.TakeLeftovers(), IsEmpty()) << "it was told once";
 }
@@ -188,9 +186,7 @@ TEST_F(SeclusionTest, AFolderThatSomebodyRemovesIsMadeAgain) {
 
     // It need not be there at the end.
     Fill("file");
-    FolderHandle place;
-    ASSERT_EQ(FolderHandle::OpenCurrent(place), ERROR_SUCCESS);
-    SecureDeleteItem(host, place, HoldDeletionItem(place, "file"));
+    SecureDeleteItem(host, host.Remember("file"));
     for (const std::string& name : Names())
         std::filesystem::remove(name);
     host.seclusion.End();
@@ -213,8 +209,8 @@ TEST_F(SeclusionTest, TheFolderItselfIsNoEntryOfTheTree) {
     }
     const auto answer = test::AsOrdinaryUser([this] {
         host.Delete("top");
-        const bool isFolderAlone = host.failures == std::vector{DeletionFailure{DeletionStep::kRemoveFolder,
-                                                                                "top", ERROR_ACCESS_DENIED}};
+        const bool isFolderAlone =
+            host.failures == std::vector{Outcome{ERROR_ACCESS_DENIED, Step::kRemoveFolder, "top"}};
         return (isFolderAlone ? "deleted: " : "failures: " + std::to_string(host.failures.size()) + ": ") +
                std::to_string(host.deleted.size()) + ", folders: " + std::to_string(madeFolders);
     });
@@ -227,13 +223,13 @@ TEST_F(SeclusionTest, OnlyWhereNoFolderCanBeIsItUncertain) {
     struct Case {
         int problem;
         std::vector<OverwriteObstacle> obstacles;
-        std::vector<DeletionFailure> failures;
+        Outcomes failures;
     };
     Fill("file");
     for (const Case& each : {Case{EROFS, {OverwriteObstacle::kNamesUnknown}, {}},
                              {EACCES, {OverwriteObstacle::kNamesUnknown}, {}},
-                             {ENOSPC, {}, {{DeletionStep::kSeclude, "file", ERROR_DISK_FULL}}},
-                             {EDQUOT, {}, {{DeletionStep::kSeclude, "file", ERROR_NOT_ENOUGH_QUOTA}}}}) {
+                             {ENOSPC, {}, {{ERROR_DISK_FULL, Step::kSeclude, "file"}}},
+                             {EDQUOT, {}, {{ERROR_NOT_ENOUGH_QUOTA, Step::kSeclude, "file"}}}}) {
         makingProblem = each.problem;
         host.obstacles.clear();
         host.failures.clear();

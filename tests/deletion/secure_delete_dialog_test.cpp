@@ -14,6 +14,7 @@
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
+#include "security/object_security.h"
 #include "tests/support/command.h"
 #include "tests/support/places.h"
 #include "tests/support/refused_leases.h"
@@ -86,7 +87,7 @@ class SecureDeleteDialog : public ::testing::Test {
     }
     static int Run(std::vector<std::string> names) {
         CSecureDelete dialog;
-        dialog.chosen = HoldDeletionItems(test::InCurrentFolder(std::move(names)));
+        dialog.chosen = RememberPlace(test::InCurrentFolder(std::move(names))).items;
         return dialog.DoModal();
     }
 

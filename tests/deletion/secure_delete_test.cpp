@@ -149,18 +149,18 @@ TEST_F(SecureDelete, WholeSectorsReachTheDiskBeforeTheNameGoes) {
 TEST_F(SecureDelete, AFailureIsToldWithItsStepAndTheFileStays) {
     struct Case {
         bool* fault;
-        DeletionStep step;
+        Step step;
         DWORD error;
     };
     bool isReadOnly = false;
     bool isOpenElsewhere = false;
     const Case cases[] = {
-        {&isReadOnly, DeletionStep::kOpenFile, ERROR_ACCESS_DENIED},
-        {&isOpenElsewhere, DeletionStep::kOpenFile, ERROR_SHARING_VIOLATION},
-        {&isMemoryRefused, DeletionStep::kAllocate, ERROR_NOT_ENOUGH_MEMORY},
-        {&isWritingRefused, DeletionStep::kWrite, ERROR_CRC},
-        {&isFlushingRefused, DeletionStep::kFlush, ERROR_CRC},
-        {&isDiskBroken, DeletionStep::kFlush, ERROR_IO_DEVICE},
+        {&isReadOnly, Step::kOpenFile, ERROR_ACCESS_DENIED},
+        {&isOpenElsewhere, Step::kOpenFile, ERROR_SHARING_VIOLATION},
+        {&isMemoryRefused, Step::kTakeZeros, ERROR_NOT_ENOUGH_MEMORY},
+        {&isWritingRefused, Step::kWrite, ERROR_CRC},
+        {&isFlushingRefused, Step::kFlush, ERROR_CRC},
+        {&isDiskBroken, Step::kFlush, ERROR_IO_DEVICE},
     };
     Fill("file", 700);
     const std::size_t before = OpenDescriptors();
@@ -171,7 +171,7 @@ TEST_F(SecureDelete, AFailureIsToldWithItsStepAndTheFileStays) {
         host.failures.clear();
         host.Delete("file");
         *each.fault = false;
-        EXPECT_THAT(host.failures, ElementsAre(DeletionFailure{each.step, "file", each.error}));
+        EXPECT_THAT(host.failures, ElementsAre(Outcome{each.error, each.step, "file"}));
         EXPECT_TRUE(Exists("work/file"));
     }
     EXPECT_EQ(OpenDescriptors(), before);
@@ -197,8 +197,7 @@ TEST_F(SecureDelete, AFileThatGrowsMeanwhileIsLeft) {
     test::areLeasesRefused = true;
     growing.Delete("file");
     test::areLeasesRefused = false;
-    EXPECT_THAT(growing.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kGetSize, "file", ERROR_SHARING_VIOLATION}));
+    EXPECT_THAT(growing.failures, ElementsAre(Outcome{ERROR_SHARING_VIOLATION, Step::kGetSize, "file"}));
     EXPECT_TRUE(Exists("work/file"));
 }
 
@@ -230,7 +229,7 @@ TEST_F(SecureDelete, TheLastBytesOfTheLargestFileAreOverwritten) {
     FolderHandle place;
     FileHandle file;
     UniqueHandle contents;
-    ASSERT_EQ(FolderHandle::OpenCurrent(place), ERROR_SUCCESS);
+    ASSERT_EQ(FolderHandle::Open(".", place), ERROR_SUCCESS);
     ASSERT_EQ(place.HoldFile("file", file), ERROR_SUCCESS);
     test::areLeasesRefused = true;
     EXPECT_EQ(file.OpenForOverwriting(contents), ERROR_SUCCESS);
@@ -249,8 +248,7 @@ TEST_F(SecureDelete, AReadOnlyFolderStays) {
     folder.MakeFolder("work/top");
     ASSERT_TRUE(SetFileAttributesA("top", FILE_ATTRIBUTE_READONLY));
     host.Delete("top");
-    EXPECT_THAT(host.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kRemoveFolder, "top", ERROR_ACCESS_DENIED}));
+    EXPECT_THAT(host.failures, ElementsAre(Outcome{ERROR_ACCESS_DENIED, Step::kRemoveFolder, "top"}));
     EXPECT_TRUE(Exists("work/top"));
 }
 
@@ -279,12 +277,10 @@ TEST_F(SecureDelete, AStopLeavesWhatIsNotYetDone) {
     EXPECT_THAT(host.deleted, IsEmpty());
     EXPECT_EQ(test::ReadWholeFile("top/sub/file"), std::string(1024, '\0') + std::string(1024, 'x'));
 
-    FolderHandle place;
     Fill("file", 512);
-    ASSERT_EQ(FolderHandle::OpenCurrent(place), ERROR_SUCCESS);
-    EXPECT_TRUE(SecureDeleteFile(host, {place, place, 0}, "file", nullptr));
+    host.Delete("file");
     EXPECT_TRUE(Exists("work/file"));
-    EXPECT_FALSE(SecureDeleteFile(host, {place, place, 0}, "missing", nullptr));
+    EXPECT_THAT(host.failures, IsEmpty());
 }
 
 TEST_F(SecureDelete, ATreeGoesFromItsLeavesAndLinksLeadNowhere) {
@@ -326,8 +322,8 @@ TEST_F(SecureDelete, AFolderThatIsSwappedLeadsNowhereElse) {
     };
     host.Delete("top");
     ASSERT_EQ(host.failures.size(), 2U);
-    EXPECT_EQ(host.failures[0].step, DeletionStep::kEnterFolder);
-    EXPECT_EQ(host.failures[1].step, DeletionStep::kRemoveFolder);
+    EXPECT_EQ(host.failures[0].step, Step::kEnterFolder);
+    EXPECT_EQ(host.failures[1].step, Step::kRemoveFolder);
 
     // While it is being emptied.
     folder.MakeFolder("work/second");
@@ -370,12 +366,11 @@ TEST_F(SecureDelete, AFileThatIsSwappedStaysWhole) {
     host.onEntry = [](const std::string&) { std::filesystem::rename("pipe", "top/link"); };
     host.Delete("top");
     EXPECT_TRUE(Exists("work/top/link"));
-    EXPECT_THAT(host.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kDeleteFile, "file", ERROR_FILE_INVALID},
-                            DeletionFailure{DeletionStep::kDeleteFile, "link", ERROR_ACCESS_DENIED},
-                            DeletionFailure{DeletionStep::kRemoveFolder, "top", ERROR_DIR_NOT_EMPTY},
-                            DeletionFailure{DeletionStep::kOpenFile, "link", ERROR_ACCESS_DENIED},
-                            DeletionFailure{DeletionStep::kRemoveFolder, "top", ERROR_DIR_NOT_EMPTY}));
+    EXPECT_THAT(host.failures, ElementsAre(Outcome{ERROR_FILE_INVALID, Step::kDeleteFile, "file"},
+                                           Outcome{ERROR_ACCESS_DENIED, Step::kDeleteFile, "link"},
+                                           Outcome{ERROR_DIR_NOT_EMPTY, Step::kRemoveFolder, "top"},
+                                           Outcome{ERROR_ACCESS_DENIED, Step::kOpenFile, "link"},
+                                           Outcome{ERROR_DIR_NOT_EMPTY, Step::kRemoveFolder, "top"}));
     EXPECT_THAT(host.deleted, IsEmpty());
 }
 
@@ -386,19 +381,17 @@ TEST_F(SecureDelete, WhatGotTheNameAfterTheChoiceStays) {
     for (const char* name : {"old file", "new file", "kept"})
         Fill(name, 100);
     std::filesystem::create_symlink("a", "link");
-    const DeletionItems chosen =
-        HoldDeletionItems(test::InCurrentFolder({"junk", "old file", "link", "kept"}));
+    const RememberedPlace chosen = RememberPlace(test::InCurrentFolder({"junk", "old file", "link", "kept"}));
     std::filesystem::rename("junk", "junk 2");
     std::filesystem::rename("important", "junk");
     std::filesystem::rename("new file", "old file");
     unlink("link");
     std::filesystem::create_symlink("b", "link");
-    for (const DeletionItem& item : chosen.items)
-        SecureDeleteItem(host, *chosen.folder, item);
-    EXPECT_THAT(host.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kCompare, "junk", ERROR_FILE_INVALID},
-                            DeletionFailure{DeletionStep::kCompare, "old file", ERROR_FILE_INVALID},
-                            DeletionFailure{DeletionStep::kCompare, "link", ERROR_FILE_INVALID}));
+    for (const RememberedObject& item : chosen.items)
+        SecureDeleteItem(host, item);
+    EXPECT_THAT(host.failures, ElementsAre(Outcome{ERROR_FILE_INVALID, Step::kCompare, "junk"},
+                                           Outcome{ERROR_FILE_INVALID, Step::kCompare, "old file"},
+                                           Outcome{ERROR_FILE_INVALID, Step::kCompare, "link"}));
     EXPECT_EQ(test::ReadWholeFile("junk/file") + test::ReadWholeFile("old file"), std::string(200, 'x'));
     EXPECT_THAT(host.deleted, ElementsAre("kept"));
 }
@@ -408,14 +401,11 @@ TEST_F(SecureDelete, NothingIsWhatWasNotRemembered) {
     Fill("file", 100);
     std::filesystem::create_symlink("a", "link");
     FolderHandle place;
-    ASSERT_EQ(FolderHandle::OpenCurrent(place), ERROR_SUCCESS);
+    ASSERT_EQ(FolderHandle::Open(".", place), ERROR_SUCCESS);
     for (const char* name : {"sub", "file", "link"}) {
-        DeletionItem item = HoldDeletionItem(place, name);
-        item.identity = {};
         host.failures.clear();
-        SecureDeleteItem(host, place, item);
-        EXPECT_THAT(host.failures,
-                    ElementsAre(DeletionFailure{DeletionStep::kCompare, name, ERROR_FILE_INVALID}));
+        SecureDeleteItem(host, place, name, RememberedObject());
+        EXPECT_THAT(host.failures, ElementsAre(Outcome{ERROR_FILE_NOT_FOUND, Step::kExamine, name}));
         EXPECT_TRUE(Exists(std::string("work/") + name));
     }
 }
@@ -431,17 +421,16 @@ TEST_F(SecureDelete, HundredsOfItemsAreToldFromWhatTakesTheirPlace) {
     getrlimit(RLIMIT_NOFILE, &usual);
     const rlimit few{OpenDescriptors() + 40, OpenDescriptors() + 40};
     setrlimit(RLIMIT_NOFILE, &few);
-    const DeletionItems chosen = HoldDeletionItems(test::InCurrentFolder(names));
+    const RememberedPlace chosen = RememberPlace(test::InCurrentFolder(names));
     for (const std::string& name : {names.front(), names.back()}) {
         unlink(name.c_str());
         Fill(name, 10);
     }
-    for (const DeletionItem& item : chosen.items)
-        SecureDeleteItem(host, *chosen.folder, item);
+    for (const RememberedObject& item : chosen.items)
+        SecureDeleteItem(host, item);
     setrlimit(RLIMIT_NOFILE, &usual);
-    EXPECT_THAT(host.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kCompare, names.front(), ERROR_FILE_INVALID},
-                            DeletionFailure{DeletionStep::kCompare, names.back(), ERROR_FILE_INVALID}));
+    EXPECT_THAT(host.failures, ElementsAre(Outcome{ERROR_FILE_INVALID, Step::kCompare, names.front()},
+                                           Outcome{ERROR_FILE_INVALID, Step::kCompare, names.back()}));
     EXPECT_EQ(host.deleted.size(), std::size_t{kCount - 2});
 }
 
@@ -477,12 +466,11 @@ TEST_F(SecureDelete, WhatCannotBeLookedAtIsNoFolder) {
     Fill("top/kept", 10);
     for (const char* name : {"missing", "..", ".", "", "top\\kept"})
         host.Delete(name);
-    EXPECT_THAT(host.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kExamine, "missing", ERROR_FILE_NOT_FOUND},
-                            DeletionFailure{DeletionStep::kExamine, "..", ERROR_INVALID_NAME},
-                            DeletionFailure{DeletionStep::kExamine, ".", ERROR_INVALID_NAME},
-                            DeletionFailure{DeletionStep::kExamine, "", ERROR_INVALID_NAME},
-                            DeletionFailure{DeletionStep::kExamine, "top\\kept", ERROR_INVALID_NAME}));
+    EXPECT_THAT(host.failures, ElementsAre(Outcome{ERROR_FILE_NOT_FOUND, Step::kExamine, "missing"},
+                                           Outcome{ERROR_INVALID_NAME, Step::kEnterFolder, ".."},
+                                           Outcome{ERROR_INVALID_NAME, Step::kEnterFolder, "."},
+                                           Outcome{ERROR_INVALID_NAME, Step::kEnterFolder, ""},
+                                           Outcome{ERROR_INVALID_NAME, Step::kOpenFile, "top\\kept"}));
     EXPECT_TRUE(Exists("work/kept") && Exists("work/top/kept"));
 }
 
@@ -494,8 +482,7 @@ TEST_F(SecureDelete, VanishedEntriesAreToldAndTheRestGoes) {
         if (name == "one") unlink("top/one");
     };
     host.Delete("top");
-    EXPECT_THAT(host.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kOpenFile, "one", ERROR_FILE_NOT_FOUND}));
+    EXPECT_THAT(host.failures, ElementsAre(Outcome{ERROR_FILE_NOT_FOUND, Step::kOpenFile, "one"}));
     EXPECT_THAT(host.deleted, ElementsAre("two", "top"));
 }
 

@@ -155,7 +155,7 @@ TEST_F(OnVolume, Ext4TellsWhatItWritesByWayOfItsJournal) {
         FileHandle file;
         UniqueHandle contents;
         std::vector<OverwriteObstacle> obstacles;
-        ASSERT_EQ(FolderHandle::OpenCurrent(folder), ERROR_SUCCESS);
+        ASSERT_EQ(FolderHandle::Open(".", folder), ERROR_SUCCESS);
         ASSERT_EQ(folder.HoldFile("file", file), ERROR_SUCCESS);
         ASSERT_EQ(file.OpenForOverwriting(contents), ERROR_SUCCESS);
         EXPECT_EQ(file.FindObstacles(obstacles), ERROR_SUCCESS);
@@ -257,7 +257,7 @@ TEST_F(OnVolume, WhatIsNotOnTheDiskYetIsNoHole) {
         FileHandle file;
         UniqueHandle contents;
         FileRange range;
-        ASSERT_EQ(FolderHandle::OpenCurrent(folder), ERROR_SUCCESS);
+        ASSERT_EQ(FolderHandle::Open(".", folder), ERROR_SUCCESS);
         ASSERT_EQ(folder.HoldFile("file", file), ERROR_SUCCESS);
         ASSERT_EQ(file.OpenForOverwriting(contents), ERROR_SUCCESS);
         EXPECT_EQ(FindAllocated(contents.get(), 0, range), ERROR_SUCCESS);
@@ -281,8 +281,7 @@ TEST_F(OnVolume, WhatIsMountedBelowStays) {
     Write(volume.Path("kept"), "x");
     std::filesystem::current_path(std::filesystem::path(volume.Root()).parent_path());
     host.Delete("mounted");
-    EXPECT_THAT(host.failures,
-                ElementsAre(DeletionFailure{DeletionStep::kEnterFolder, "mounted", ERROR_NOT_SAME_DEVICE}));
+    EXPECT_THAT(host.failures, ElementsAre(Outcome{ERROR_NOT_SAME_DEVICE, Step::kEnterFolder, "mounted"}));
     EXPECT_TRUE(std::filesystem::exists(volume.Path("kept")));
 }
 
@@ -362,7 +361,7 @@ TEST_F(OnNtfs, StreamsThatAreFilesAreOverwrittenInPlace) {
     FolderHandle folder;
     FileHandle file;
     UniqueHandle stream;
-    ASSERT_EQ(FolderHandle::OpenCurrent(folder), ERROR_SUCCESS);
+    ASSERT_EQ(FolderHandle::Open(".", folder), ERROR_SUCCESS);
     ASSERT_EQ(folder.HoldFile("held", file), ERROR_SUCCESS);
     EXPECT_EQ(file.OpenStreamForOverwriting("stream", stream), ERROR_SUCCESS);
     std::filesystem::rename("held", "away");
@@ -380,13 +379,13 @@ TEST_F(OnNtfs, AStreamThatIsNotDoneKeepsItsLengthAndItsFile) {
     areStreamsRefused = true;
     host.Delete("file");
     areStreamsRefused = false;
-    EXPECT_THAT(host.failures, ElementsAre(DeletionFailure{DeletionStep::kFlush, "file", ERROR_IO_DEVICE}));
+    EXPECT_THAT(host.failures, ElementsAre(Outcome{ERROR_IO_DEVICE, Step::kFlush, "file"}));
     EXPECT_EQ(test::ReadWholeFile("file"), "contents");
 
     FolderHandle folder;
     FileHandle file;
     UniqueHandle stream;
-    ASSERT_EQ(FolderHandle::OpenCurrent(folder), ERROR_SUCCESS);
+    ASSERT_EQ(FolderHandle::Open(".", folder), ERROR_SUCCESS);
     ASSERT_EQ(folder.HoldFile("file", file), ERROR_SUCCESS);
     ASSERT_EQ(file.OpenStreamForOverwriting("zone", stream), ERROR_SUCCESS);
     EXPECT_TRUE(WriteFile(stream.get(), std::string(512, '\0').data(), 512, nullptr, nullptr));
@@ -411,7 +410,7 @@ TEST_F(OnNtfs, TellsWhatItCannotReplace) {
     ASSERT_EQ(RunCommand({"setfattr", "-n", "user.s", "-v", "x", volume->Path("streams")}).exitCode, 0);
     std::filesystem::current_path(volume->Root());
     FolderHandle folder;
-    ASSERT_EQ(FolderHandle::OpenCurrent(folder), ERROR_SUCCESS);
+    ASSERT_EQ(FolderHandle::Open(".", folder), ERROR_SUCCESS);
     const std::pair<const char*, std::vector<OverwriteObstacle>> cases[] = {
         {"plain", {}},
         {"short name", {}},

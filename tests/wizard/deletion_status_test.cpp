@@ -39,29 +39,28 @@ using Rows = std::vector<std::string>;
 TEST(DeletionStatus, EachFailureHasItsRow) {
     const std::string denied = GetSystemMessageText(ERROR_ACCESS_DENIED);
     const struct {
-        DeletionStep step;
+        Step step;
         Rows rows;
     } cases[] = {
-        {DeletionStep::kAskVolume, {"x: deleting... ", "cannot get disk information: " + denied}},
-        {DeletionStep::kOpenFile, {"x: deleting... ", "cannot open file: " + denied}},
-        {DeletionStep::kGetSize, {"x: deleting... ", "cannot get file size: " + denied}},
-        {DeletionStep::kAllocate, {"x: deleting... ", "x: " + denied}},
-        {DeletionStep::kWrite, {"x: deleting... ", "cannot write to file: " + denied}},
-        {DeletionStep::kFlush, {"x: deleting... ", "cannot flush writing buffers: " + denied}},
-        {DeletionStep::kDeleteFile, {"x: deleting... ", "cannot delete file: " + denied}},
-        {DeletionStep::kRemoveFolder, {"x: cannot remove directory: " + denied}},
-        {DeletionStep::kSeclude,
-         {"x: deleting... ", "x: cannot be moved to where its names are counted: " + denied}},
+        {Step::kAskVolume, {"x: deleting... ", "cannot get disk information: " + denied}},
+        {Step::kOpenFile, {"x: deleting... ", "cannot open file: " + denied}},
+        {Step::kGetSize, {"x: deleting... ", "cannot get file size: " + denied}},
+        {Step::kTakeZeros, {"x: deleting... ", "x: " + denied}},
+        {Step::kWrite, {"x: deleting... ", "cannot write to file: " + denied}},
+        {Step::kFlush, {"x: deleting... ", "cannot flush writing buffers: " + denied}},
+        {Step::kDeleteFile, {"x: deleting... ", "cannot delete file: " + denied}},
+        {Step::kRemoveFolder, {"x: cannot remove directory: " + denied}},
+        {Step::kSeclude, {"x: deleting... ", "x: cannot be moved to where its names are counted: " + denied}},
     };
     for (const auto& each : cases) {
         ListedStatus status;
         status.BeginDeleting("x");
-        status.Failed({each.step, "x", ERROR_ACCESS_DENIED});
+        status.Failed({ERROR_ACCESS_DENIED, each.step, "x"});
         EXPECT_EQ(status.Rows(), each.rows);
     }
     ListedStatus status;  // what fails before its work begins
-    status.Failed({DeletionStep::kExamine, "x", ERROR_ACCESS_DENIED});
-    status.Failed({DeletionStep::kEnterFolder, "x", ERROR_ACCESS_DENIED});
+    status.Failed({ERROR_ACCESS_DENIED, Step::kExamine, "x"});
+    status.Failed({ERROR_ACCESS_DENIED, Step::kEnterFolder, "x"});
     EXPECT_EQ(status.Rows(),
               (Rows{"x: cannot get attributes: " + denied, "x: cannot open directory: " + denied}));
 }
@@ -76,7 +75,7 @@ TEST(DeletionStatus, AStopEndsTheRowsButNotTheCount) {
     status.BeginDeleting("two");
     status.Deleted("two");
     status.BeginDeleting("three");
-    status.Failed({DeletionStep::kOpenFile, "three", ERROR_ACCESS_DENIED});
+    status.Failed({ERROR_ACCESS_DENIED, Step::kOpenFile, "three"});
     status.WriteTotal();
     EXPECT_EQ(status.Rows(), (Rows{"one: deleted successefully", "two: deleting... ", "three: deleting... ",
                                    "", "Total deleted: 2"}));

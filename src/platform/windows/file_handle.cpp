@@ -154,10 +154,6 @@ DWORD FileHandle::HasSeveralNames(bool& answer) const {
     return ERROR_SUCCESS;
 }
 
-DWORD FileHandle::Verify(const EntryIdentity& identity) const {
-    return identity.inside ? VerifyMark(inside->file.get(), identity.inside->mark) : ERROR_FILE_INVALID;
-}
-
 DWORD FileHandle::Remove() const {
     UniqueHandle object;
     ObjectMark held;

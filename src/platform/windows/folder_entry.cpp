@@ -95,9 +95,18 @@ DWORD VerifyMark(HANDLE object, const ObjectMark& expected) {
     return mark == expected ? ERROR_SUCCESS : ERROR_FILE_INVALID;
 }
 
-EntryIdentity::EntryIdentity() = default;
-EntryIdentity::EntryIdentity(EntryIdentity&& other) noexcept = default;
-EntryIdentity& EntryIdentity::operator=(EntryIdentity&& other) noexcept = default;
-EntryIdentity::~EntryIdentity() = default;
+FolderEntryKind KindOfTag(const FILE_ATTRIBUTE_TAG_INFO& tag) {
+    const auto [attributes, reparseTag] = tag;
+    // Other reparse points than name surrogates are files whose contents are kept in a way of their own.
+    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(reparseTag))
+        return FolderEntryKind::kOther;
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FolderEntryKind::kFolder : FolderEntryKind::kFile;
+}
+
+DWORD TagOf(HANDLE object, FILE_ATTRIBUTE_TAG_INFO& tag) {
+    return GetFileInformationByHandleEx(object, FileAttributeTagInfo, &tag, sizeof tag) != FALSE
+               ? ERROR_SUCCESS
+               : GetLastError();
+}
 
 }  // namespace permora

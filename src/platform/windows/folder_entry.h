@@ -2,10 +2,13 @@
 // opened is never a reparse point's target.
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
-#include "platform/entry_identity.h"
 #include "platform/folder_files.h"
 
 namespace permora {
@@ -46,8 +49,21 @@ DWORD MarkOf(HANDLE object, ObjectMark& mark);
 // ERROR_FILE_INVALID when `object` is another one.
 DWORD VerifyMark(HANDLE object, const ObjectMark& expected);
 
-struct EntryIdentity::Inside {
-    ObjectMark mark;
+DWORD TagOf(HANDLE object, FILE_ATTRIBUTE_TAG_INFO& tag);
+FolderEntryKind KindOfTag(const FILE_ATTRIBUTE_TAG_INFO& tag);
+
+struct FolderHandle::Inside {
+    explicit Inside(UniqueHandle opened) : folder(std::move(opened)) {}
+
+    // `open` opens an object with an access of its argument. Who may not list a folder may still enter it.
+    static DWORD Adopt(const std::function<DWORD(ACCESS_MASK, UniqueHandle&)>& open, FolderHandle& folder);
+    // A path whose last component is followed when a separator comes after it.
+    static DWORD OpenNamed(const std::wstring& path, FolderHandle& folder);
+
+    UniqueHandle folder;
+    // What the system listed last, and where the next entry of it begins.
+    alignas(8) std::array<std::byte, 8192> block{};
+    const std::byte* next = nullptr;
 };
 
 struct FileHandle::Inside {

@@ -19,36 +19,6 @@
 #include "platform/windows/held_object_inside.h"
 
 namespace permora {
-namespace {
-
-FolderEntryKind KindOfAttributes(DWORD attributes, DWORD reparseTag) {
-    // Other reparse points than name surrogates are files whose contents are kept in a way of their own.
-    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(reparseTag))
-        return FolderEntryKind::kOther;
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FolderEntryKind::kFolder : FolderEntryKind::kFile;
-}
-
-DWORD TagOf(HANDLE object, FILE_ATTRIBUTE_TAG_INFO& tag) {
-    return GetFileInformationByHandleEx(object, FileAttributeTagInfo, &tag, sizeof tag) != FALSE
-               ? ERROR_SUCCESS
-               : GetLastError();
-}
-
-}  // namespace
-
-struct FolderHandle::Inside {
-    explicit Inside(UniqueHandle opened) : folder(std::move(opened)) {}
-
-    // `open` opens an object with an access of its argument. Who may not list a folder may still enter it.
-    static DWORD Adopt(const std::function<DWORD(ACCESS_MASK, UniqueHandle&)>& open, FolderHandle& folder);
-    // A path whose last component is followed when a separator comes after it.
-    static DWORD OpenNamed(const std::wstring& path, FolderHandle& folder);
-
-    UniqueHandle folder;
-    // What the system listed last, and where the next entry of it begins.
-    alignas(8) std::array<std::byte, 8192> block{};
-    const std::byte* next = nullptr;
-};
 
 DWORD FolderHandle::Inside::Adopt(const std::function<DWORD(ACCESS_MASK, UniqueHandle&)>& open,
                                   FolderHandle& folder) {
@@ -59,7 +29,7 @@ DWORD FolderHandle::Inside::Adopt(const std::function<DWORD(ACCESS_MASK, UniqueH
     if (error == ERROR_ACCESS_DENIED) error = open(kEnter, opened);
     if (error == ERROR_SUCCESS) error = TagOf(opened.get(), tag);
     if (error != ERROR_SUCCESS) return error;
-    switch (KindOfAttributes(tag.FileAttributes, tag.ReparseTag)) {
+    switch (KindOfTag(tag)) {
         case FolderEntryKind::kFolder:
             folder.inside = std::make_unique<Inside>(std::move(opened));
             return ERROR_SUCCESS;
@@ -134,8 +104,7 @@ DWORD FolderHandle::OpenFolder(const std::string& name, FolderHandle& folder) co
                          opened);
     if (error == ERROR_SUCCESS) error = TagOf(opened.get(), tag);
     if (error != ERROR_SUCCESS) return error;
-    if (KindOfAttributes(tag.FileAttributes, tag.ReparseTag) != FolderEntryKind::kFolder)
-        return ERROR_CANT_RESOLVE_FILENAME;
+    if (KindOfTag(tag) != FolderEntryKind::kFolder) return ERROR_CANT_RESOLVE_FILENAME;
     folder.inside = std::make_unique<Inside>(std::move(opened));
     return ERROR_SUCCESS;
 }
@@ -160,40 +129,9 @@ DWORD FolderHandle::NextEntry(FolderEntry& entry) {
         std::string text;
         if (const DWORD error = ToAnsi(name, text); error != ERROR_SUCCESS) return error;
         // A reparse point has its tag in the place of the size of its attributes: MS-FSCC, 2.4.14.
-        entry = {std::move(text), KindOfAttributes(info.FileAttributes, info.EaSize)};
+        entry = {std::move(text), KindOfTag({info.FileAttributes, info.EaSize})};
         return ERROR_SUCCESS;
     }
-}
-
-DWORD FolderHandle::Identify(const std::string& name, EntryIdentity& identity, FolderEntryKind& kind) const {
-    UniqueHandle object;
-    FILE_ATTRIBUTE_TAG_INFO tag{};
-    auto found = std::make_unique<EntryIdentity::Inside>();
-    DWORD error = OpenIn(inside->folder.get(), name, {FILE_READ_ATTRIBUTES}, object);
-    if (error == ERROR_SUCCESS) error = TagOf(object.get(), tag);
-    if (error == ERROR_SUCCESS) error = MarkOf(object.get(), found->mark);
-    if (error != ERROR_SUCCESS) return error;
-    kind = KindOfAttributes(tag.FileAttributes, tag.ReparseTag);
-    identity.inside = std::move(found);
-    return ERROR_SUCCESS;
-}
-
-DWORD FolderHandle::IdentifyItself(EntryIdentity& identity) const {
-    auto found = std::make_unique<EntryIdentity::Inside>();
-    const DWORD error = MarkOf(inside->folder.get(), found->mark);
-    if (error == ERROR_SUCCESS) identity.inside = std::move(found);
-    return error;
-}
-
-DWORD FolderHandle::VerifyEntry(const std::string& name, const EntryIdentity& identity) const {
-    if (!identity.inside) return ERROR_FILE_INVALID;
-    UniqueHandle object;
-    const DWORD error = OpenIn(inside->folder.get(), name, {FILE_READ_ATTRIBUTES}, object);
-    return error == ERROR_SUCCESS ? VerifyMark(object.get(), identity.inside->mark) : error;
-}
-
-DWORD FolderHandle::VerifyItself(const EntryIdentity& identity) const {
-    return identity.inside ? VerifyMark(inside->folder.get(), identity.inside->mark) : ERROR_FILE_INVALID;
 }
 
 DWORD FolderHandle::BytesPerSector(DWORD& bytes) const {
@@ -236,9 +174,7 @@ DWORD FolderHandle::RemoveLink(const std::string& name) const {
     DWORD error = OpenIn(inside->folder.get(), name, {DELETE | FILE_READ_ATTRIBUTES}, object);
     if (error == ERROR_SUCCESS) error = TagOf(object.get(), tag);
     if (error != ERROR_SUCCESS) return error;
-    return KindOfAttributes(tag.FileAttributes, tag.ReparseTag) == FolderEntryKind::kOther
-               ? RemoveOpened(object.get())
-               : ERROR_ACCESS_DENIED;
+    return KindOfTag(tag) == FolderEntryKind::kOther ? RemoveOpened(object.get()) : ERROR_ACCESS_DENIED;
 }
 
 DWORD FolderHandle::RemoveFolder(const std::string& name) const {

@@ -152,41 +152,47 @@ DWORD HeldObject::WriteOwner(PSID owner) const {
                            nullptr);
 }
 
-// The object, or why it could not be found.
 struct RememberedObject::Inside {
-    DWORD error = ERROR_SUCCESS;
-    ObjectMark mark;
-    HeldObject kept;  // so that its number is not given to another
-};
+    static DWORD Verify(const Inside* remembered, const UniqueHandle& object) {
+        if (remembered == nullptr || remembered->error != ERROR_SUCCESS) return ERROR_FILE_INVALID;
+        return VerifyMark(object.get(), remembered->mark);
+    }
 
-RememberedObject::RememberedObject() = default;
-RememberedObject::~RememberedObject() = default;
-RememberedObject::RememberedObject(const RememberedObject& other) = default;
-RememberedObject& RememberedObject::operator=(const RememberedObject& other) = default;
-RememberedObject::RememberedObject(RememberedObject&& other) noexcept = default;
-RememberedObject& RememberedObject::operator=(RememberedObject&& other) noexcept = default;
+    DWORD error = ERROR_SUCCESS;
+    FolderEntryKind kind = FolderEntryKind::kFile;
+    ObjectMark mark;
+};
 
 RememberedObject::RememberedObject(std::shared_ptr<const FolderHandle> startFolder, std::string objectPath)
     : start(std::move(startFolder)), path(std::move(objectPath)) {
     auto found = std::make_shared<Inside>();
-    found->error = FindByName(found->kept);
-    if (found->error == ERROR_SUCCESS) found->error = MarkOf(found->kept.inside->object.get(), found->mark);
+    HeldObject object;
+    found->error = FindByName(object);
+    if (found->error == ERROR_SUCCESS) found->error = MarkOf(object.inside->object.get(), found->mark);
+    FILE_ATTRIBUTE_TAG_INFO tag{};
+    if (found->error == ERROR_SUCCESS) found->error = TagOf(object.inside->object.get(), tag);
+    found->kind = KindOfTag(tag);
     inside = std::move(found);
 }
 
-DWORD RememberedObject::FindByName(HeldObject& object) const {
-    return start ? start->HoldObject(path, object) : HeldObject::Hold(path, object);
+DWORD RememberedObject::Error() const {
+    return inside ? inside->error : ERROR_FILE_NOT_FOUND;
 }
 
-DWORD RememberedObject::Find(HeldObject& object) const {
-    if (!inside) return ERROR_FILE_NOT_FOUND;
-    if (inside->error != ERROR_SUCCESS) return inside->error;
-    HeldObject found;
-    DWORD error = FindByName(found);
-    if (error == ERROR_SUCCESS) error = VerifyMark(found.inside->object.get(), inside->mark);
-    if (error != ERROR_SUCCESS) return error;
-    object = std::move(found);
-    return ERROR_SUCCESS;
+FolderEntryKind RememberedObject::Kind() const {
+    return inside->kind;
+}
+
+DWORD RememberedObject::Verify(const HeldObject& object) const {
+    return Inside::Verify(inside.get(), object.inside->object);
+}
+
+DWORD RememberedObject::Verify(const FileHandle& file) const {
+    return Inside::Verify(inside.get(), file.inside->file);
+}
+
+DWORD RememberedObject::Verify(const FolderHandle& folder) const {
+    return Inside::Verify(inside.get(), folder.inside->folder);
 }
 
 }  // namespace permora

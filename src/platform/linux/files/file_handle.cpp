@@ -16,7 +16,6 @@
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/system_objects.h"
 #include "platform/linux/files/attributes.h"
-#include "platform/linux/files/entry_identity.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/named_streams.h"
 #include "platform/linux/files/several_names.h"
@@ -136,10 +135,6 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
 
 DWORD FileHandle::HasSeveralNames(bool& answer) const {
     return host::AskSeveralNames(inside->folder, inside->hostName, inside->object, answer);
-}
-
-DWORD FileHandle::Verify(const EntryIdentity& identity) const {
-    return identity.inside ? identity.inside->Verify(inside->object) : ERROR_FILE_INVALID;
 }
 
 DWORD FileHandle::Remove() const {

@@ -17,7 +17,6 @@
 #include "platform/api/errors.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/attributes.h"
-#include "platform/linux/files/entry_identity.h"
 #include "platform/linux/files/extended_attributes.h"
 #include "platform/linux/files/file_handle.h"
 #include "platform/linux/files/file_system_types.h"
@@ -33,11 +32,6 @@ namespace {
 
 constexpr DWORD kUsualSectorBytes = 512;
 constexpr DWORD kLargestSectorBytes = 65536;
-
-FolderEntryKind KindOfMode(mode_t mode) {
-    if (S_ISDIR(mode)) return FolderEntryKind::kFolder;
-    return S_ISREG(mode) ? FolderEntryKind::kFile : FolderEntryKind::kOther;
-}
 
 DWORD OpenEntry(int folder, const std::string& hostName, int flags, UniqueFd& opened) {
     const int problem = OpenUnmountedEntry(folder, hostName.c_str(), flags, opened);
@@ -87,6 +81,11 @@ DWORD RemoveName(int folder, const std::string& hostName, int flags) {
 }
 
 }  // namespace
+
+FolderEntryKind KindOfMode(mode_t mode) {
+    if (S_ISDIR(mode)) return FolderEntryKind::kFolder;
+    return S_ISREG(mode) ? FolderEntryKind::kFile : FolderEntryKind::kOther;
+}
 
 // ntfs-3g shows as a broken link what it has no means to read, such as a file whose contents the system has
 // compressed in its own way. What leads elsewhere, and so has no contents, says so in its tag: the bit of
@@ -199,41 +198,6 @@ DWORD FolderHandle::NextEntry(FolderEntry& entry) {
                    : FolderEntryKind::kFile;
     entry = {host::EncodeName(found.name), kind};
     return ERROR_SUCCESS;
-}
-
-DWORD FolderHandle::Identify(const std::string& name, EntryIdentity& identity, FolderEntryKind& kind) const {
-    std::string hostName;
-    if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
-    ObjectHandle object;
-    // Also of what is mounted there, which is refused later.
-    const DWORD error = ObjectHandle::OpenAt(inside->Descriptor(), hostName.c_str(), object);
-    if (error != ERROR_SUCCESS) return error;
-    kind = host::KindOfMode(object.Status().st_mode);
-    identity.inside = std::make_unique<EntryIdentity::Inside>(std::move(object));
-    return ERROR_SUCCESS;
-}
-
-DWORD FolderHandle::IdentifyItself(EntryIdentity& identity) const {
-    ObjectHandle folder;
-    const DWORD error = inside->Hold(folder);
-    if (error == ERROR_SUCCESS) identity.inside = std::make_unique<EntryIdentity::Inside>(std::move(folder));
-    return error;
-}
-
-DWORD FolderHandle::VerifyEntry(const std::string& name, const EntryIdentity& identity) const {
-    if (!identity.inside) return ERROR_FILE_INVALID;
-    std::string hostName;
-    if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
-    ObjectHandle object;
-    const DWORD error = ObjectHandle::OpenAt(inside->Descriptor(), hostName.c_str(), object);
-    return error == ERROR_SUCCESS ? identity.inside->Verify(object) : error;
-}
-
-DWORD FolderHandle::VerifyItself(const EntryIdentity& identity) const {
-    if (!identity.inside) return ERROR_FILE_INVALID;
-    ObjectHandle folder;
-    const DWORD error = inside->Hold(folder);
-    return error == ERROR_SUCCESS ? identity.inside->Verify(folder) : error;
 }
 
 DWORD FolderHandle::BytesPerSector(DWORD& bytes) const {

@@ -10,6 +10,11 @@
 #include "platform/linux/files/overwritten_file.h"
 
 namespace permora {
+namespace host {
+
+FolderEntryKind KindOfMode(mode_t mode);
+
+}  // namespace host
 
 struct FolderHandle::Inside {
     explicit Inside(host::UniqueFd opened) : listing(std::move(opened)) {}

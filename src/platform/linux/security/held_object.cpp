@@ -1,36 +1,18 @@
 #include "platform/held_object.h"
 
 #include <sys/vfs.h>
-#include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
-#include <optional>
 #include <utility>
 
 #include "platform/api/errors.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/descriptor_support.h"
-#include "platform/linux/files/object_identity.h"
-#include "platform/linux/files/unmounted_entry.h"
 #include "platform/linux/security/descriptor_view.h"
 #include "platform/linux/security/held_object_inside.h"
 #include "platform/linux/security/security_change.h"
 
 namespace permora {
-namespace {
-
-// The objects that are open only because somebody remembers them, in the whole process.
-std::atomic<long> rememberedOpen = 0;
-
-// Half of the descriptors are left to those who work.
-bool MayStayOpen() {
-    const long limit = sysconf(_SC_OPEN_MAX);
-    return limit < 0 || rememberedOpen < limit / 2;
-}
-
-}  // namespace
-
 HeldObject::HeldObject() = default;
 HeldObject::HeldObject(HeldObject&& other) noexcept = default;
 HeldObject& HeldObject::operator=(HeldObject&& other) noexcept = default;
@@ -93,59 +75,6 @@ DWORD HeldObject::WriteOwner(PSID owner) const {
     DWORD error = host::TakeChange(OWNER_SECURITY_INFORMATION, owner, nullptr, nullptr, nullptr, change);
     if (error == ERROR_SUCCESS && !inside->turn) error = turn.Take(inside->target.object);
     return error == ERROR_SUCCESS ? host::ChangeSecurity(inside->target, change, nullptr, below) : error;
-}
-
-// The object, or why it could not be found.
-struct RememberedObject::Inside {
-    Inside() = default;
-    Inside(const Inside&) = delete;
-    Inside& operator=(const Inside&) = delete;
-    ~Inside() {
-        if (kept) --rememberedOpen;
-    }
-
-    DWORD error = ERROR_SUCCESS;
-    host::ObjectIdentity identity;
-    std::optional<host::ObjectHandle> kept;  // so that its number is not given to another
-};
-
-RememberedObject::RememberedObject() = default;
-RememberedObject::~RememberedObject() = default;
-RememberedObject::RememberedObject(const RememberedObject& other) = default;
-RememberedObject& RememberedObject::operator=(const RememberedObject& other) = default;
-RememberedObject::RememberedObject(RememberedObject&& other) noexcept = default;
-RememberedObject& RememberedObject::operator=(RememberedObject&& other) noexcept = default;
-
-RememberedObject::RememberedObject(std::shared_ptr<const FolderHandle> startFolder, std::string objectPath)
-    : start(std::move(startFolder)), path(std::move(objectPath)) {
-    auto found = std::make_shared<Inside>();
-    HeldObject object;
-    host::RaiseDescriptorLimit();
-    found->error = FindByName(object);
-    if (found->error == ERROR_SUCCESS) {
-        host::ObjectHandle& handle = object.inside->target.object;
-        found->identity = host::ObjectIdentity(handle);
-        if (MayStayOpen()) {
-            found->kept = std::move(handle);
-            ++rememberedOpen;
-        }
-    }
-    inside = std::move(found);
-}
-
-DWORD RememberedObject::FindByName(HeldObject& object) const {
-    return start ? start->HoldObject(path, object) : HeldObject::Hold(path, object);
-}
-
-DWORD RememberedObject::Find(HeldObject& object) const {
-    if (!inside) return ERROR_FILE_NOT_FOUND;
-    if (inside->error != ERROR_SUCCESS) return inside->error;
-    HeldObject found;
-    const DWORD error = FindByName(found);
-    if (error != ERROR_SUCCESS) return error;
-    if (host::ObjectIdentity(found.inside->target.object) != inside->identity) return ERROR_FILE_INVALID;
-    object = std::move(found);
-    return ERROR_SUCCESS;
 }
 
 }  // namespace permora

@@ -4,10 +4,10 @@
 #include <utility>
 #include <vector>
 
+#include "platform/folder_trail.h"
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/tree_walk.h"
-#include "platform/linux/files/walked_names.h"
 #include "platform/linux/security/object_turn.h"
 #include "platform/nt/inheritance.h"
 
@@ -75,7 +75,7 @@ class ListPropagation : public TreeVisitor {
     WalkTurns turns;
     nt::SecurityDescriptor descriptor;
     nt::SecurityDescriptor before;
-    WalkedNames names;
+    FolderTrail names;
     FailuresBelow failures;
 };
 

@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <string>
 
+#include "platform/folder_trail.h"
 #include "platform/linux/files/object_handle.h"
 #include "platform/linux/files/tree_walk.h"
-#include "platform/linux/files/walked_names.h"
 #include "platform/linux/security/descriptor_store.h"
 #include "platform/linux/security/object_turn.h"
 #include "platform/tree_security.h"
@@ -47,7 +47,7 @@ class TreeChange : public TreeVisitor {
     TreeCounts& counts;
     WalkTurns turns;
     DWORD result = ERROR_SUCCESS;
-    WalkedNames names;
+    FolderTrail names;
 };
 
 }  // namespace permora::host
