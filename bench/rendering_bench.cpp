@@ -10,8 +10,7 @@
 #include "bench/measure.h"
 #include "bench/sample_tree.h"
 #include "platform/api/errors.h"
-#include "platform/api/security.h"
-#include "platform/resources.h"
+#include "platform/held_object.h"
 #include "security/access_entry_list.h"
 #include "security/access_rows.h"
 #include "tests/support/ntfs_volume.h"
@@ -55,14 +54,14 @@ std::size_t ReadRaw(const std::string& name, const char* attribute) {
 
 // Returns how many rows there are.
 std::size_t ReadAndRender(const std::string& name) {
-    PACL dacl = nullptr;
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    const DWORD error = GetNamedSecurityInfoA(name.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
-                                              nullptr, nullptr, &dacl, nullptr, &descriptor);
-    if (error != ERROR_SUCCESS) return 0;
-    const permora::UniqueLocal<void> block(descriptor);
+    permora::HeldObject object;
+    permora::ReadParts parts;
+    if (permora::HeldObject::Hold(name, object) != ERROR_SUCCESS ||
+        object.ReadSecurity(DACL_SECURITY_INFORMATION, parts) != ERROR_SUCCESS) {
+        return 0;
+    }
     permora::AccessEntryList list;
-    list.LoadFromDacl(dacl);
+    list.LoadFromDacl(parts.dacl);
     return permora::AccessRowsOf(list).size();
 }
 

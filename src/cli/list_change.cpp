@@ -64,8 +64,8 @@ UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> en
 ChangeResult WriteDacl(const Target& target, const HeldObject& object, const ObjectSecurity& before,
                        std::optional<DaclInheritance> inheritance, PACL dacl, ConsoleMessages& messages) {
     FailuresBelow below;
-    const DWORD error =
-        object.WriteList(DaclWriteInformation(inheritance), dacl, before.descriptor.get(), below);
+    const DWORD error = object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
+                                             before.descriptor.get(), below);
     if (error == ERROR_REVISION_MISMATCH) return ChangeResult::kOutOfDate;
     if (error != ERROR_SUCCESS) {
         messages.SaySystemError(error);

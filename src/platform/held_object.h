@@ -27,6 +27,14 @@ struct ReadParts {
     PACL dacl = nullptr;
 };
 
+// New parts for a descriptor, in the caller's memory, as SetNamedSecurityInfoA takes them.
+struct NewParts {
+    PSID owner = nullptr;
+    PSID group = nullptr;
+    PACL dacl = nullptr;
+    PACL sacl = nullptr;
+};
+
 // What a change that was carried to the objects below could not do there.
 struct FailuresBelow {
     std::size_t count = 0;
@@ -51,23 +59,26 @@ class HeldObject {
     // of GetVolumeInformationA.
     DWORD AskAccessControl(bool& isSupported) const;
 
-    // The parts of the object's descriptor that GetNamedSecurityInfoA would hand out.
+    // The parts asked for in one self-relative block. An object without a stored descriptor has one made from
+    // its owner, group and mode. ERROR_INVALID_SECURITY_DESCR for a damaged one.
     DWORD ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const;
 
     // Waits until no other program of this user is at work on the object through this layer; from then on
     // none is, until the object is let go of. ERROR_BUSY after ten seconds: nobody waits for ever. Other
-    // users' programs and those of other makers do not wait; what they change is noticed by WriteList.
+    // users' programs and those of other makers do not wait; what they change is noticed by WriteSecurity.
     DWORD TakeTurn();
 
-    // Gives the object a list as SetNamedSecurityInfoA would with the same `information`, and carries the
-    // change to what inherits below. `expected`, which may be null, is the descriptor that ReadSecurity gave
-    // for DACL_SECURITY_INFORMATION: ERROR_REVISION_MISMATCH, and nothing is written, when another program
-    // has changed the list since. An object that was written although something below it could not be answers
-    // 0 and tells so in `below`; on Windows the system carries the change and tells of nothing.
-    DWORD WriteList(SECURITY_INFORMATION information, PACL list, PSECURITY_DESCRIPTOR expected,
-                    FailuresBelow& below) const;
-    // As SetNamedSecurityInfoA with OWNER_SECURITY_INFORMATION.
-    DWORD WriteOwner(PSID owner) const;
+    // Writes the parts of the descriptor that `information` names, as SetNamedSecurityInfoA would, and
+    // carries a new list to everything that inherits below. `expected`, which may be null, is the descriptor
+    // that ReadSecurity gave for DACL_SECURITY_INFORMATION: ERROR_REVISION_MISMATCH, and nothing is written,
+    // when another program has changed the list since. 0 when the object itself was written; `below` has what
+    // could not be written below it (on Windows the system does that, and reports nothing).
+    DWORD WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
+                        PSECURITY_DESCRIPTOR expected, FailuresBelow& below) const;
+    DWORD WriteOwner(PSID owner) const {
+        FailuresBelow none;
+        return WriteSecurity(OWNER_SECURITY_INFORMATION, {.owner = owner}, nullptr, none);
+    }
 
     // Gives every object below this folder the list `list`, unprotected, joined by what the object's own
     // folder hands down: as SetNamedSecurityInfoA with UNPROTECTED_DACL_SECURITY_INFORMATION would for each

@@ -22,8 +22,8 @@ UniqueLibrary LoadAccessListLibrary(HWND owner);
 // `library` or there is no memory.
 UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEntry> entries);
 
-// What SetNamedSecurityInfoA must be told to write a list with this choice; nothing: each object keeps its
-// own.
+// What HeldObject::WriteSecurity must be told to write a list with this choice; nothing: each object keeps
+// its own.
 SECURITY_INFORMATION DaclWriteInformation(std::optional<DaclInheritance> inheritance);
 
 // Turns a self-relative descriptor into an absolute one whose parts all live in `heap`. On failure both

@@ -19,28 +19,16 @@ namespace permora::test {
 
 namespace {
 
-// The services take names relative to the current directory. Unlike a path with a drive letter, such a name
-// means the same object while other tests mount and unmount volumes.
-class InFolderOf {
-  public:
-    explicit InFolderOf(const std::string& hostPath)
-        : before(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)),
-          name(host::EncodeName(hostPath.substr(hostPath.rfind('/') + 1))),
-          isEntered(chdir(hostPath.substr(0, hostPath.rfind('/') + 1).c_str()) == 0) {}
-    ~InFolderOf() {
-        if (fchdir(before.Get()) != 0) std::perror("fchdir");
-    }
-    InFolderOf(const InFolderOf&) = delete;
-    InFolderOf& operator=(const InFolderOf&) = delete;
-
-    // Null when the folder cannot be entered.
-    char* Name() { return isEntered ? name.data() : nullptr; }
-
-  private:
-    host::UniqueFd before;
-    std::string name;
-    bool isEntered;
-};
+// The object at an absolute host path. The folder is entered for it: unlike a path with a drive letter, a
+// name in the current directory means the same object while other tests mount and unmount volumes.
+DWORD Hold(const std::string& hostPath, HeldObject& object) {
+    const std::size_t nameStart = hostPath.rfind('/') + 1;
+    const host::UniqueFd before(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (chdir(hostPath.substr(0, nameStart).c_str()) != 0) return ERROR_PATH_NOT_FOUND;
+    const DWORD error = HeldObject::Hold(host::EncodeName(hostPath.substr(nameStart)), object);
+    if (fchdir(before.Get()) != 0) std::perror("fchdir");
+    return error;
+}
 
 // A copy of a SID or list as the services take them.
 class Block {
@@ -83,19 +71,23 @@ DWORD SetDescriptor(const std::string& hostPath, const nt::SecurityDescriptor& d
         sacl.Fill(descriptor.saclBytes);
         parts |= SACL_SECURITY_INFORMATION;
     }
-    InFolderOf object(hostPath);
-    return SetNamedSecurityInfoA(object.Name(), SE_FILE_OBJECT, parts, owner.Sid(), group.Sid(), dacl.List(),
-                                 sacl.List());
+    HeldObject object;
+    FailuresBelow below;
+    DWORD error = Hold(hostPath, object);
+    if (error == ERROR_SUCCESS) {
+        error =
+            object.WriteSecurity(parts, {owner.Sid(), group.Sid(), dacl.List(), sacl.List()}, nullptr, below);
+    }
+    return error != ERROR_SUCCESS ? error : below.firstError;
 }
 
 std::string DescriptorText(const std::string& hostPath, SECURITY_INFORMATION parts) {
-    PSECURITY_DESCRIPTOR found = nullptr;
-    InFolderOf object(hostPath);
-    const DWORD error = GetNamedSecurityInfoA(object.Name(), SE_FILE_OBJECT, parts, nullptr, nullptr, nullptr,
-                                              nullptr, &found);
+    HeldObject object;
+    ReadParts found;
+    DWORD error = Hold(hostPath, object);
+    if (error == ERROR_SUCCESS) error = object.ReadSecurity(parts, found);
     if (error != ERROR_SUCCESS) return "error " + std::to_string(error);
-    const UniqueLocal<void> block(found);
-    const auto descriptor = host::DescriptorValue(found);
+    const auto descriptor = host::DescriptorValue(found.descriptor.get());
     if (!descriptor) return "no valid descriptor";
     return nt::ToSddl(*descriptor, parts).value_or("no text form");
 }
@@ -111,8 +103,7 @@ DWORD SetDescriptorText(const std::string& hostPath, const std::string& sddl) {
 
 HeldObject Held(const std::string& hostPath) {
     HeldObject object;
-    InFolderOf place(hostPath);
-    if (const char* name = place.Name()) static_cast<void>(HeldObject::Hold(name, object));
+    static_cast<void>(Hold(hostPath, object));
     return object;
 }
 

@@ -17,7 +17,8 @@ std::string DescriptorText(const std::string& hostPath, SECURITY_INFORMATION par
 std::string DaclText(const std::string& hostPath);
 
 // Sets the parts that `sddl` has, and protects the DACL when `sddl` says so ("D:P(...)"), else unprotects it.
-// The result of SetNamedSecurityInfoA, or ERROR_INVALID_PARAMETER when the text is wrong.
+// A system error code, that of the first failure below the object too; ERROR_INVALID_PARAMETER when the text
+// is wrong.
 DWORD SetDescriptorText(const std::string& hostPath, const std::string& sddl);
 
 // The same with a descriptor that need not have a text form.

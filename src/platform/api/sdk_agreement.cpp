@@ -254,7 +254,6 @@ static_assert(AclRevisionInformation == 1 && AclSizeInformation == 2);
 static_assert(SidTypeUser == 1 && SidTypeGroup == 2 && SidTypeDomain == 3 && SidTypeAlias == 4);
 static_assert(SidTypeWellKnownGroup == 5 && SidTypeDeletedAccount == 6 && SidTypeInvalid == 7);
 static_assert(SidTypeUnknown == 8 && SidTypeComputer == 9);
-static_assert(SE_UNKNOWN_OBJECT_TYPE == 0 && SE_FILE_OBJECT == 1);
 static_assert(SDDL_REVISION_1 == 1);
 
 // security.h: layouts

@@ -161,8 +161,6 @@ enum SID_NAME_USE {
 };
 using PSID_NAME_USE = SID_NAME_USE*;
 
-enum SE_OBJECT_TYPE { SE_UNKNOWN_OBJECT_TYPE = 0, SE_FILE_OBJECT = 1 };
-
 inline constexpr DWORD SDDL_REVISION_1 = 1;
 
 extern "C" {
@@ -208,19 +206,6 @@ BOOL WINAPI GetSecurityDescriptorSacl(PSECURITY_DESCRIPTOR descriptor, LPBOOL pr
 BOOL WINAPI MakeAbsoluteSD(PSECURITY_DESCRIPTOR selfRelative, PSECURITY_DESCRIPTOR absolute,
                            LPDWORD absoluteSize, PACL dacl, LPDWORD daclSize, PACL sacl, LPDWORD saclSize,
                            PSID owner, LPDWORD ownerSize, PSID primaryGroup, LPDWORD primaryGroupSize);
-
-// --- Descriptors of named objects. Results are error codes, not last errors.
-// The descriptor comes as one self-relative LocalAlloc block with the parts asked for; the other outputs
-// point into it. An object without stored descriptor yields one made from its owner, group and mode. A stored
-// descriptor that is damaged is ERROR_INVALID_SECURITY_DESCR.
-DWORD WINAPI GetNamedSecurityInfoA(LPCSTR name, SE_OBJECT_TYPE type, SECURITY_INFORMATION information,
-                                   PSID* owner, PSID* group, PACL* dacl, PACL* sacl,
-                                   PSECURITY_DESCRIPTOR* descriptor);
-// Writes the parts named in `information` and leaves the others as they are. A list that is not protected is
-// joined with what the parent hands down, and the change is carried to all objects below; the first error met
-// there is returned after the whole tree was visited.
-DWORD WINAPI SetNamedSecurityInfoA(LPSTR name, SE_OBJECT_TYPE type, SECURITY_INFORMATION information,
-                                   PSID owner, PSID group, PACL dacl, PACL sacl);
 
 // --- Accounts. Name and domain sizes in characters with the NUL; on ERROR_INSUFFICIENT_BUFFER all sizes are
 // set to what is needed, on success the texts' to their lengths without the NUL. A null or empty `system`

@@ -131,25 +131,21 @@ DWORD HeldObject::TakeTurn() {
     return inside->turns ? ERROR_SUCCESS : TakeTurnOn(inside->object.get(), inside->turns);
 }
 
-DWORD HeldObject::WriteList(SECURITY_INFORMATION information, PACL list, PSECURITY_DESCRIPTOR expected,
-                            FailuresBelow& /*below*/) const {
+DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
+                                PSECURITY_DESCRIPTOR expected, FailuresBelow& /*below*/) const {
+    constexpr SECURITY_INFORMATION kOwners = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION;
+    DWORD access = 0;
+    if ((information & kOwners) != 0) access |= WRITE_OWNER;
+    if ((information & DACL_SECURITY_INFORMATION) != 0) access |= READ_CONTROL | WRITE_DAC;
+    if ((information & SACL_SECURITY_INFORMATION) != 0) access |= ACCESS_SYSTEM_SECURITY;
     UniqueHandle object;
     UniqueHandle turns;
-    DWORD error = OpenAgain(inside->object.get(), READ_CONTROL | WRITE_DAC, object);
+    DWORD error = OpenAgain(inside->object.get(), access, object);
     if (error == ERROR_SUCCESS && !inside->turns) error = TakeTurnOn(inside->object.get(), turns);
     if (error != ERROR_SUCCESS) return error;
     if (expected != nullptr && !HasListOf(object.get(), expected)) return ERROR_REVISION_MISMATCH;
-    return SetSecurityInfo(object.get(), SE_FILE_OBJECT, information, nullptr, nullptr, list, nullptr);
-}
-
-DWORD HeldObject::WriteOwner(PSID owner) const {
-    UniqueHandle object;
-    UniqueHandle turns;
-    DWORD error = OpenAgain(inside->object.get(), WRITE_OWNER, object);
-    if (error == ERROR_SUCCESS && !inside->turns) error = TakeTurnOn(inside->object.get(), turns);
-    if (error != ERROR_SUCCESS) return error;
-    return SetSecurityInfo(object.get(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, owner, nullptr, nullptr,
-                           nullptr);
+    return SetSecurityInfo(object.get(), SE_FILE_OBJECT, information, parts.owner, parts.group, parts.dacl,
+                           parts.sacl);
 }
 
 struct RememberedObject::Inside {

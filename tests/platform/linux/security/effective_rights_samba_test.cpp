@@ -83,18 +83,13 @@ class EffectiveRightsAndSamba : public WithSambaServer {
     static std::string Sid(const std::string& name) { return SidOf(name).ToText(); }
 
     static DWORD Ours(const std::string& object, const std::string& user) {
-        PACL dacl = nullptr;
-        PSECURITY_DESCRIPTOR descriptor = nullptr;
-        EXPECT_EQ(
-            GetNamedSecurityInfoA(PathFromArgument(server->Path(object).c_str()).c_str(), SE_FILE_OBJECT,
-                                  DACL_SECURITY_INFORMATION, nullptr, nullptr, &dacl, nullptr, &descriptor),
-            ERROR_SUCCESS);
-        const UniqueLocal<void> owned(descriptor);
+        ReadParts parts;
+        EXPECT_EQ(Held(server->Path(object)).ReadSecurity(DACL_SECURITY_INFORMATION, parts), ERROR_SUCCESS);
         const nt::Sid sid = SidOf(user);
         TRUSTEE_A trustee{};
         BuildTrusteeWithSidA(&trustee, const_cast<std::uint8_t*>(sid.Bytes().data()));
         DWORD rights = 0;
-        EXPECT_EQ(GetEffectiveRightsFromAclA(dacl, &trustee, &rights), ERROR_SUCCESS);
+        EXPECT_EQ(GetEffectiveRightsFromAclA(parts.dacl, &trustee, &rights), ERROR_SUCCESS);
         return rights;
     }
 

@@ -43,8 +43,8 @@ class HeldObjectTest : public testing::Test {
         BOOL isPresent = FALSE;
         BOOL isDefaulted = FALSE;
         EXPECT_TRUE(GetSecurityDescriptorDacl(descriptor.get(), &isPresent, &list, &isDefaulted));
-        return object.WriteList(DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION, list,
-                                expected, below);
+        return object.WriteSecurity(DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
+                                    {.dacl = list}, expected, below);
     }
 
     const TemporaryFolder folder;

@@ -13,7 +13,6 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
-#include "platform/linux/files/drives.h"
 #include "platform/linux/security/samba_attribute.h"
 #include "platform/nt/sddl.h"
 #include "platform/resources.h"
@@ -60,7 +59,7 @@ std::string PlaceName(const testing::TestParamInfo<Place>& place) {
 
 // A folder "top" that inherits nothing, with a file and a folder with a file and further folders, all of
 // which inherit from it. Everything is asked of and told to the system's services.
-class NamedSecurity : public testing::TestWithParam<Place> {
+class HeldObjectSecurity : public testing::TestWithParam<Place> {
   protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "writing system attributes needs root";
@@ -69,8 +68,6 @@ class NamedSecurity : public testing::TestWithParam<Place> {
             volume = std::make_unique<NtfsVolume>();
             ASSERT_EQ(volume->Problem(), "");
         }
-        // A letter of its own: those of volumes move while other tests mount theirs.
-        host::PinDrive('T', volume ? volume->Root() : local.Path());
         ASSERT_EQ(mkdir(Path("top").c_str(), 0755), 0);
         ASSERT_EQ(SetDescriptorText(Path("top"), "O:BAG:BUD:P(A;OICI;FA;;;BA)"), ERROR_SUCCESS);
         Make("top/folder/", "O:BAG:BUD:");
@@ -98,9 +95,10 @@ class NamedSecurity : public testing::TestWithParam<Place> {
     std::unique_ptr<NtfsVolume> volume;
 };
 
-INSTANTIATE_TEST_SUITE_P(Volumes, NamedSecurity, testing::Values(Place::kLocalDisk, Place::kNtfs), PlaceName);
+INSTANTIATE_TEST_SUITE_P(Volumes, HeldObjectSecurity, testing::Values(Place::kLocalDisk, Place::kNtfs),
+                         PlaceName);
 
-TEST_P(NamedSecurity, ChangeOfAFolderReachesAllBelowAndKeepsTheirOwnEntries) {
+TEST_P(HeldObjectSecurity, ChangeOfAFolderReachesAllBelowAndKeepsTheirOwnEntries) {
     ASSERT_EQ(SetDacl("top/folder", "D:(D;CI;WD;;;BG)"), ERROR_SUCCESS);
     ASSERT_EQ(SetDacl("top/folder/file", "D:(A;;FR;;;BU)"), ERROR_SUCCESS);
     ASSERT_EQ(SetDacl("top", "D:P(A;OI;FR;;;WD)(A;OICI;FA;;;SY)"), ERROR_SUCCESS);
@@ -110,7 +108,7 @@ TEST_P(NamedSecurity, ChangeOfAFolderReachesAllBelowAndKeepsTheirOwnEntries) {
     EXPECT_EQ(Dacl("top/folder/sub/deep"), "D:AI(D;CIID;WD;;;BG)(A;OIIOID;FR;;;WD)(A;OICIID;FA;;;SY)");
 }
 
-TEST_P(NamedSecurity, ProtectedObjectsAndAllBelowThemKeepTheirLists) {
+TEST_P(HeldObjectSecurity, ProtectedObjectsAndAllBelowThemKeepTheirLists) {
     ASSERT_EQ(SetDacl("top/folder", "D:P(A;OICI;FR;;;BU)"), ERROR_SUCCESS);
     ASSERT_EQ(SetDacl("top", "D:P(A;OICI;FA;;;SY)"), ERROR_SUCCESS);
     EXPECT_EQ(Dacl("top/folder"), "D:PAI(A;OICI;FR;;;BU)");
@@ -121,31 +119,31 @@ TEST_P(NamedSecurity, ProtectedObjectsAndAllBelowThemKeepTheirLists) {
     EXPECT_EQ(Dacl("top/folder/file"), "D:AI(A;ID;FA;;;SY)");
 }
 
-TEST_P(NamedSecurity, InheritedEntriesGivenAreKeptOnlyWhereNothingIsInherited) {
+TEST_P(HeldObjectSecurity, InheritedEntriesGivenAreKeptOnlyWhereNothingIsInherited) {
     ASSERT_EQ(SetDacl("top/file", "D:(A;;FR;;;BU)(A;ID;FX;;;WD)"), ERROR_SUCCESS);
     EXPECT_EQ(Dacl("top/file"), "D:AI(A;;FR;;;BU)(A;ID;FA;;;BA)");
     ASSERT_EQ(SetDacl("top/file", "D:P(A;;FR;;;BU)(A;ID;FX;;;WD)"), ERROR_SUCCESS);
     EXPECT_EQ(Dacl("top/file"), "D:PAI(A;;FR;;;BU)(A;ID;FX;;;WD)");
 }
 
-TEST_P(NamedSecurity, WithoutAWordOnProtectionTheObjectsStateStays) {
+TEST_P(HeldObjectSecurity, WithoutAWordOnProtectionTheObjectsStateStays) {
     ACL list{2, 0, sizeof(ACL), 0, 0};
-    std::string path = R"(T:\top\file)";
+    const HeldObject file = Held(Path("top/file"));
     for (const char* before : {"D:P(A;;FR;;;BU)", "D:(A;;FR;;;BU)"}) {
         ASSERT_EQ(SetDacl("top/file", before), ERROR_SUCCESS);
-        ASSERT_EQ(SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
-                                        nullptr, &list, nullptr),
+        FailuresBelow below;
+        ASSERT_EQ(file.WriteSecurity(DACL_SECURITY_INFORMATION, {.dacl = &list}, nullptr, below),
                   ERROR_SUCCESS);
         EXPECT_EQ(Dacl("top/file"), before[2] == 'P' ? "D:PAI" : "D:AI(A;ID;FA;;;BA)");
     }
 }
 
-TEST_P(NamedSecurity, GenericRightsBecomeTheirFileRights) {
+TEST_P(HeldObjectSecurity, GenericRightsBecomeTheirFileRights) {
     ASSERT_EQ(SetDacl("top/file", "D:P(A;;GR;;;BU)(A;;GA;;;BA)"), ERROR_SUCCESS);
     EXPECT_EQ(Dacl("top/file"), "D:PAI(A;;FR;;;BU)(A;;FA;;;BA)");
 }
 
-TEST_P(NamedSecurity, NullEmptyAndFilledListsStayThreeDifferentThings) {
+TEST_P(HeldObjectSecurity, NullEmptyAndFilledListsStayThreeDifferentThings) {
     ASSERT_EQ(SetDacl("top/file", "D:NO_ACCESS_CONTROL"), ERROR_SUCCESS);
     ASSERT_EQ(SetDacl("top/folder", "D:P"), ERROR_SUCCESS);
     struct {
@@ -154,19 +152,14 @@ TEST_P(NamedSecurity, NullEmptyAndFilledListsStayThreeDifferentThings) {
         unsigned entries;
     } const states[] = {{"top/file", true, 0}, {"top/folder", false, 0}, {"top", false, 1}};
     for (const auto& state : states) {
-        PACL dacl = nullptr;
-        PSECURITY_DESCRIPTOR descriptor = nullptr;
-        const std::string path = R"(T:\)" + std::string(state.name);
-        ASSERT_EQ(GetNamedSecurityInfoA(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
-                                        nullptr, &dacl, nullptr, &descriptor),
-                  ERROR_SUCCESS);
-        const UniqueLocal<void> block(descriptor);
+        ReadParts parts;
+        ASSERT_EQ(Held(Path(state.name)).ReadSecurity(DACL_SECURITY_INFORMATION, parts), ERROR_SUCCESS);
         SECURITY_DESCRIPTOR_CONTROL control = 0;
         DWORD revision = 0;
-        ASSERT_TRUE(GetSecurityDescriptorControl(descriptor, &control, &revision));
+        ASSERT_TRUE(GetSecurityDescriptorControl(parts.descriptor.get(), &control, &revision));
         EXPECT_NE(control & SE_DACL_PRESENT, 0) << state.name;
-        ASSERT_EQ(dacl == nullptr, state.isNull) << state.name;
-        EXPECT_EQ(dacl != nullptr ? dacl->AceCount : 0U, state.entries) << state.name;
+        ASSERT_EQ(parts.dacl == nullptr, state.isNull) << state.name;
+        EXPECT_EQ(parts.dacl != nullptr ? parts.dacl->AceCount : 0U, state.entries) << state.name;
     }
     // A folder without list has nothing to hand down, and a child without list nothing to gain.
     ASSERT_EQ(SetDacl("top", "D:NO_ACCESS_CONTROL"), ERROR_SUCCESS);
@@ -174,7 +167,7 @@ TEST_P(NamedSecurity, NullEmptyAndFilledListsStayThreeDifferentThings) {
     EXPECT_EQ(Dacl("top/file"), Dacl("top"));
 }
 
-TEST_P(NamedSecurity, SettingTheListKeepsOwnerGroupAndSystemList) {
+TEST_P(HeldObjectSecurity, SettingTheListKeepsOwnerGroupAndSystemList) {
     constexpr SECURITY_INFORMATION kOthers =
         OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
     const std::string others = "O:BGG:BUS:(AU;SAFA;FA;;;WD)";
@@ -186,7 +179,7 @@ TEST_P(NamedSecurity, SettingTheListKeepsOwnerGroupAndSystemList) {
 }
 
 // The host's users 1 and 2 by the SIDs that they have on every host.
-TEST_P(NamedSecurity, AnOwnerIsSetInTheDescriptorAndOnTheHostOrNowhere) {
+TEST_P(HeldObjectSecurity, AnOwnerIsSetInTheDescriptorAndOnTheHostOrNowhere) {
     const auto hostOwner = [this](const char* name) {
         struct stat status {};
         EXPECT_EQ(lstat(Path(name).c_str(), &status), 0);
@@ -209,7 +202,7 @@ TEST_P(NamedSecurity, AnOwnerIsSetInTheDescriptorAndOnTheHostOrNowhere) {
     }
 }
 
-TEST(NamedSecurityOfUsers, WhoMayWriteAnObjectMayStillNotTakeIt) {
+TEST(HeldObjectSecurityOfUsers, WhoMayWriteAnObjectMayStillNotTakeIt) {
     if (geteuid() != 0) GTEST_SKIP() << "becoming another user needs root";
     const TemporaryFolder folder;
     const std::string others = folder.MakeFile("others");
@@ -240,7 +233,7 @@ TEST(NamedSecurityOfUsers, WhoMayWriteAnObjectMayStillNotTakeIt) {
     }
 }
 
-TEST_P(NamedSecurity, LinkIsTheObjectAndNeverItsTarget) {
+TEST_P(HeldObjectSecurity, LinkIsTheObjectAndNeverItsTarget) {
     const TemporaryFolder outside;
     ASSERT_EQ(SetDescriptorText(outside.MakeFile("target"), "O:BAG:BUD:P(A;;FR;;;BU)"), ERROR_SUCCESS);
     ASSERT_EQ(symlink(outside.Path("target").c_str(), Path("top/link").c_str()), 0);
@@ -250,7 +243,7 @@ TEST_P(NamedSecurity, LinkIsTheObjectAndNeverItsTarget) {
     EXPECT_EQ(DaclText(outside.Path("target")), "D:PAI(A;;FR;;;BU)");
 }
 
-TEST_P(NamedSecurity, FailureInTheMiddleLeavesThatObjectAndReachesTheOthers) {
+TEST_P(HeldObjectSecurity, FailureInTheMiddleLeavesThatObjectAndReachesTheOthers) {
     for (const char* name : {"top/a", "top/b", "top/c"})
         Make(name, "O:BAG:BUD:");
     failingWrite = 3;  // the folder itself is the first write
@@ -266,7 +259,7 @@ TEST_P(NamedSecurity, FailureInTheMiddleLeavesThatObjectAndReachesTheOthers) {
     EXPECT_EQ(unchanged, 1);
 }
 
-TEST_P(NamedSecurity, AListThatCannotBeReadIsAnErrorAndStays) {
+TEST_P(HeldObjectSecurity, AListThatCannotBeReadIsAnErrorAndStays) {
     isReadingRefused = true;
     const std::string read = Dacl("top/file");
     const DWORD written = SetDacl("top/file", "D:P");
@@ -276,7 +269,7 @@ TEST_P(NamedSecurity, AListThatCannotBeReadIsAnErrorAndStays) {
     EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;BA)");
 }
 
-TEST_P(NamedSecurity, WhatIsSetIsNoDefaultAnyMoreAndWhatIsTakenAwayIsGone) {
+TEST_P(HeldObjectSecurity, WhatIsSetIsNoDefaultAnyMoreAndWhatIsTakenAwayIsGone) {
     constexpr WORD kDefaults =
         SE_OWNER_DEFAULTED | SE_GROUP_DEFAULTED | SE_DACL_DEFAULTED | SE_SACL_DEFAULTED;
     auto descriptor = nt::FromSddl("O:BAG:BUD:P(A;;FA;;;BA)S:(AU;SA;FA;;;WD)");
@@ -291,14 +284,11 @@ TEST_P(NamedSecurity, WhatIsSetIsNoDefaultAnyMoreAndWhatIsTakenAwayIsGone) {
                        stored.size(), 0),
               0);
     const auto control = [&] {
-        PSECURITY_DESCRIPTOR found = nullptr;
-        EXPECT_EQ(GetNamedSecurityInfoA(R"(T:\top\file)", SE_FILE_OBJECT, 15, nullptr, nullptr, nullptr,
-                                        nullptr, &found),
-                  ERROR_SUCCESS);
-        const UniqueLocal<void> block(found);
+        ReadParts parts;
+        EXPECT_EQ(Held(file).ReadSecurity(15, parts), ERROR_SUCCESS);
         SECURITY_DESCRIPTOR_CONTROL bits = 0;
         DWORD revision = 0;
-        EXPECT_TRUE(GetSecurityDescriptorControl(found, &bits, &revision));
+        EXPECT_TRUE(GetSecurityDescriptorControl(parts.descriptor.get(), &bits, &revision));
         return bits & (kDefaults | SE_SACL_PRESENT);
     };
     EXPECT_EQ(control(), kDefaults | SE_SACL_PRESENT);
@@ -320,7 +310,7 @@ TEST(PropagatedList, ReportsTheFirstOfSeveralFailures) {
     EXPECT_EQ(failingWrite, 0);
 }
 
-TEST_P(NamedSecurity, FirstWriteThatFailsChangesNothing) {
+TEST_P(HeldObjectSecurity, FirstWriteThatFailsChangesNothing) {
     failingWrite = 1;
     EXPECT_EQ(SetDacl("top", "D:P(A;OICI;FA;;;SY)"), ERROR_IO_DEVICE);
     EXPECT_EQ(Dacl("top"), "D:PAI(A;OICI;FA;;;BA)");
@@ -328,7 +318,7 @@ TEST_P(NamedSecurity, FirstWriteThatFailsChangesNothing) {
 }
 
 // One attribute of the kernel holds 64 KiB, ext4 keeps less beside an object.
-TEST_P(NamedSecurity, LargeListIsKeptWholeOrRefusedWhole) {
+TEST_P(HeldObjectSecurity, LargeListIsKeptWholeOrRefusedWhole) {
     const auto listOf = [](int entries) {
         std::string sddl = "D:P";
         for (int i = 0; i < entries; ++i)
@@ -347,11 +337,12 @@ TEST_P(NamedSecurity, LargeListIsKeptWholeOrRefusedWhole) {
     EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;BA)");
 }
 
-TEST_P(NamedSecurity, BadArgumentsAreRefusedBeforeAnythingIsTouched) {
-    std::string path = R"(T:\top\file)";
+TEST_P(HeldObjectSecurity, BadArgumentsAreRefusedBeforeAnythingIsTouched) {
+    const HeldObject file = Held(Path("top/file"));
     ACL tooLong{2, 0, sizeof(ACL), 1, 0};  // counts an entry that is not there
     const auto set = [&](SECURITY_INFORMATION information, PSID owner, PACL dacl) {
-        return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, information, owner, nullptr, dacl, nullptr);
+        FailuresBelow below;
+        return file.WriteSecurity(information, {.owner = owner, .dacl = dacl}, nullptr, below);
     };
     BYTE badSid[8] = {2, 0, 0, 0, 0, 0, 0, 5};
     EXPECT_EQ(set(0, nullptr, nullptr), ERROR_INVALID_PARAMETER);

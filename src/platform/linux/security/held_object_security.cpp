@@ -1,17 +1,24 @@
-#include "platform/linux/security/security_change.h"
-
+// The descriptor of a held object: handing out parts of it, and writing new ones.
 #include <cstring>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "platform/api/errors.h"
 #include "platform/api/memory.h"
+#include "platform/held_object.h"
+#include "platform/linux/security/descriptor_store.h"
 #include "platform/linux/security/descriptor_view.h"
+#include "platform/linux/security/held_object_inside.h"
 #include "platform/linux/security/owner_setting.h"
 #include "platform/linux/security/propagation.h"
 #include "platform/nt/inheritance.h"
 
-namespace permora::host {
+namespace permora {
 namespace {
+
+using host::DescriptorStore;
+using host::ResolvedObject;
 
 constexpr SECURITY_INFORMATION kParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
                                         DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
@@ -22,6 +29,17 @@ constexpr WORD kDaclControl = SE_DACL_PRESENT | SE_DACL_DEFAULTED | SE_DACL_AUTO
                               SE_DACL_AUTO_INHERITED | SE_DACL_PROTECTED;
 constexpr WORD kSaclControl = SE_SACL_PRESENT | SE_SACL_DEFAULTED | SE_SACL_AUTO_INHERIT_REQ |
                               SE_SACL_AUTO_INHERITED | SE_SACL_PROTECTED;
+
+// New parts, checked and copied from the caller's memory.
+struct SecurityChange {
+    SECURITY_INFORMATION information = 0;
+    nt::Sid owner;
+    nt::Sid group;
+    std::optional<nt::Acl> dacl;     // nothing: a null list
+    std::vector<std::uint8_t> sacl;  // empty: no list
+
+    bool Has(SECURITY_INFORMATION bit) const { return (information & bit) != 0; }
+};
 
 void ClearControl(nt::SecurityDescriptor& descriptor, WORD bits) {
     descriptor.control &= static_cast<WORD>(~bits);
@@ -48,7 +66,7 @@ void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION part
 }
 
 bool TakeSid(PSID sid, nt::Sid& taken) {
-    const std::optional<nt::Sid> copy = SidOf(sid);
+    const std::optional<nt::Sid> copy = host::SidOf(sid);
     if (copy) taken = *copy;
     return copy.has_value();
 }
@@ -90,12 +108,13 @@ void SetList(const SecurityChange& change, const ResolvedObject& target, const n
     nt::Acl list = nt::MapGenericRights(*change.dacl, ListOf(descriptor));
     descriptor.daclState = nt::DaclState::kList;
     descriptor.dacl = std::move(list);
-    if (!descriptor.IsDaclProtected() && target.parent) JoinInherited(descriptor, parentList, target.object);
+    if (!descriptor.IsDaclProtected() && target.parent)
+        host::JoinInherited(descriptor, parentList, target.object);
 }
 
 void Apply(const SecurityChange& change, const ResolvedObject& target, const nt::Acl& parentList,
            nt::SecurityDescriptor& descriptor) {
-    if (change.Has(OWNER_SECURITY_INFORMATION)) SetOwnerIn(descriptor, change.owner);
+    if (change.Has(OWNER_SECURITY_INFORMATION)) host::SetOwnerIn(descriptor, change.owner);
     if (change.Has(GROUP_SECURITY_INFORMATION)) {
         descriptor.group = change.group;
         ClearControl(descriptor, SE_GROUP_DEFAULTED);
@@ -115,17 +134,17 @@ bool DaclBytes(nt::SecurityDescriptor descriptor, std::vector<std::uint8_t>& byt
 
 // Whether the object's list is still the one that was handed out as `expected`.
 bool HasListOf(const nt::SecurityDescriptor& descriptor, PSECURITY_DESCRIPTOR expected) {
-    const std::optional<nt::SecurityDescriptor> before = DescriptorValue(expected);
+    const std::optional<nt::SecurityDescriptor> before = host::DescriptorValue(expected);
     std::vector<std::uint8_t> bytesBefore;
     std::vector<std::uint8_t> bytesNow;
     return before && DaclBytes(*before, bytesBefore) && DaclBytes(descriptor, bytesNow) &&
            bytesBefore == bytesNow;
 }
 
-// Reads, changes and writes the object itself; the object is read last before the write. `descriptor` is what
-// it has afterwards.
-DWORD ChangeObject(const ResolvedObject& target, const SecurityChange& change, PSECURITY_DESCRIPTOR expected,
-                   DescriptorStore& store, nt::SecurityDescriptor& descriptor) {
+// Reads the descriptor and applies the change. The object is read last: what happens between this and the
+// write is not seen.
+DWORD MakeChanged(const ResolvedObject& target, const SecurityChange& change, PSECURITY_DESCRIPTOR expected,
+                  DescriptorStore& store, nt::SecurityDescriptor& descriptor) {
     DWORD error = store.Read(target.object, descriptor);
     if (error != ERROR_SUCCESS) return error;
     nt::Acl parentList;
@@ -137,14 +156,33 @@ DWORD ChangeObject(const ResolvedObject& target, const SecurityChange& change, P
     }
     if (expected != nullptr && !HasListOf(descriptor, expected)) return ERROR_REVISION_MISMATCH;
     Apply(change, target, parentList, descriptor);
-    return change.Has(OWNER_SECURITY_INFORMATION) ? WriteWithOwner(target.object, descriptor, store)
-                                                  : store.Write(target.object, descriptor);
+    return ERROR_SUCCESS;
 }
 
-}  // namespace
+// By the contract of SetNamedSecurityInfoA. On failure `change` is half made.
+DWORD TakeChange(SECURITY_INFORMATION information, const NewParts& parts, SecurityChange& change) {
+    const bool contradictsItself = (information & kProtection) == kProtection;
+    if ((information & kParts) == 0 || (information & ~(kParts | kProtection)) != 0 || contradictsItself)
+        return ERROR_INVALID_PARAMETER;
+    change.information = information;
+    if (change.Has(OWNER_SECURITY_INFORMATION) && !TakeSid(parts.owner, change.owner))
+        return ERROR_INVALID_SID;
+    if (change.Has(GROUP_SECURITY_INFORMATION) && !TakeSid(parts.group, change.group))
+        return ERROR_INVALID_SID;
+    if (change.Has(DACL_SECURITY_INFORMATION) && parts.dacl != nullptr) {
+        change.dacl = host::EntriesOf(parts.dacl);
+        if (!change.dacl) return ERROR_INVALID_ACL;
+    }
+    if (change.Has(SACL_SECURITY_INFORMATION) && parts.sacl != nullptr) {
+        if (!IsValidAcl(parts.sacl)) return ERROR_INVALID_ACL;
+        const auto bytes = host::ClaimedBytes(parts.sacl);
+        change.sacl.assign(bytes.begin(), bytes.end());
+    }
+    return ERROR_SUCCESS;
+}
 
-DWORD HandOutDescriptor(nt::SecurityDescriptor descriptor, SECURITY_INFORMATION parts,
-                        UniqueLocal<void>& block) {
+// The parts asked for, self-relative.
+DWORD HandOut(nt::SecurityDescriptor descriptor, SECURITY_INFORMATION parts, UniqueLocal<void>& block) {
     ReduceToParts(descriptor, parts);
     std::vector<std::uint8_t> bytes;
     if (!descriptor.AppendTo(bytes)) return ERROR_INVALID_SECURITY_DESCR;
@@ -155,34 +193,38 @@ DWORD HandOutDescriptor(nt::SecurityDescriptor descriptor, SECURITY_INFORMATION 
     return ERROR_SUCCESS;
 }
 
-DWORD TakeChange(SECURITY_INFORMATION information, PSID owner, PSID group, PACL dacl, PACL sacl,
-                 SecurityChange& change) {
-    const bool contradictsItself = (information & kProtection) == kProtection;
-    if ((information & kParts) == 0 || (information & ~(kParts | kProtection)) != 0 || contradictsItself)
-        return ERROR_INVALID_PARAMETER;
-    change.information = information;
-    if (change.Has(OWNER_SECURITY_INFORMATION) && !TakeSid(owner, change.owner)) return ERROR_INVALID_SID;
-    if (change.Has(GROUP_SECURITY_INFORMATION) && !TakeSid(group, change.group)) return ERROR_INVALID_SID;
-    if (change.Has(DACL_SECURITY_INFORMATION) && dacl != nullptr) {
-        change.dacl = EntriesOf(dacl);
-        if (!change.dacl) return ERROR_INVALID_ACL;
-    }
-    if (change.Has(SACL_SECURITY_INFORMATION) && sacl != nullptr) {
-        if (!IsValidAcl(sacl)) return ERROR_INVALID_ACL;
-        const auto bytes = ClaimedBytes(sacl);
-        change.sacl.assign(bytes.begin(), bytes.end());
-    }
+}  // namespace
+
+DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const {
+    nt::SecurityDescriptor found;
+    ReadParts read;
+    DWORD error = DescriptorStore().Read(inside->target.object, found);
+    if (error == ERROR_SUCCESS) error = HandOut(std::move(found), information, read.descriptor);
+    if (error != ERROR_SUCCESS) return error;
+    const auto view = host::DescriptorView::Of(read.descriptor.get());
+    if (!view) return ERROR_INVALID_SECURITY_DESCR;
+    read.owner = view->owner;
+    read.dacl = view->dacl;
+    parts = std::move(read);
     return ERROR_SUCCESS;
 }
 
-DWORD ChangeSecurity(const ResolvedObject& target, const SecurityChange& change,
-                     PSECURITY_DESCRIPTOR expected, FailuresBelow& below) {
+DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
+                                PSECURITY_DESCRIPTOR expected, FailuresBelow& below) const {
+    const host::ObjectHandle& object = inside->target.object;
+    SecurityChange change;
+    host::ObjectTurn turn;
     DescriptorStore store;
     nt::SecurityDescriptor descriptor;
-    const DWORD error = ChangeObject(target, change, expected, store, descriptor);
-    const bool handsDown = change.Has(DACL_SECURITY_INFORMATION) && target.object.IsFolder();
-    if (error == ERROR_SUCCESS && handsDown) below = PropagateList(target.object, ListOf(descriptor), store);
+    DWORD error = TakeChange(information, parts, change);
+    if (error == ERROR_SUCCESS && !inside->turn) error = turn.Take(object);
+    if (error == ERROR_SUCCESS) error = MakeChanged(inside->target, change, expected, store, descriptor);
+    if (error != ERROR_SUCCESS) return error;
+    error = change.Has(OWNER_SECURITY_INFORMATION) ? host::WriteWithOwner(object, descriptor, store)
+                                                   : store.Write(object, descriptor);
+    const bool handsDown = change.Has(DACL_SECURITY_INFORMATION) && object.IsFolder();
+    if (error == ERROR_SUCCESS && handsDown) below = host::PropagateList(object, ListOf(descriptor), store);
     return error;
 }
 
-}  // namespace permora::host
+}  // namespace permora
