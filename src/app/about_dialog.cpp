@@ -2,6 +2,7 @@
 
 #include "app/help_commands.h"
 #include "framework/device_context.h"
+#include "framework/dialog_controls.h"
 #include "framework/frame_window.h"
 #include "resources/resource_ids.h"
 
@@ -20,7 +21,7 @@ CAboutDlg::CAboutDlg(CWnd* ownerWindow) : CDialog(IDD_ABOUT, ownerWindow) {}
 bool CAboutDlg::OnInitDialog() {
     CDialog::OnInitDialog();
     // By definition a rectangle of four by eight dialog units.
-    const Rect base = MapDialogRect({0, 0, 4, 8});
+    const Rect base = DialogUnitsToPixels({0, 0, 4, 8});
     linkRect = {kLink.left * base.right / kLinkUnits.cx, kLink.top * base.bottom / kLinkUnits.cy,
                 kLink.right * base.right / kLinkUnits.cx, kLink.bottom * base.bottom / kLinkUnits.cy};
     return true;

@@ -65,10 +65,6 @@ void CDialog::EndDialog(int result) {
     });
 }
 
-Rect CDialog::MapDialogRect(const Rect& units) {
-    return DialogUnitsToPixels(units);
-}
-
 bool CDialog::OnInitDialog() {
     DoDataExchange(false);
     return true;
@@ -81,12 +77,6 @@ void CDialog::OnOK() {
 
 void CDialog::OnCancel() {
     EndDialog(IDCANCEL);
-}
-
-void CDialog::DoDataExchange(bool /*save*/) {}
-
-const MessageMap& CDialog::GetMessageMap() const {
-    return CWnd::GetMessageMap();
 }
 
 bool CDialog::OnCmdMsg(Notification& notification) {

@@ -21,8 +21,6 @@ class CDialog : public CWnd {
     // Ends DoModal with `result`; the first of several counts. Any thread. Before OnInitDialog returns it
     // keeps the dialog from being shown.
     void EndDialog(int result);
-    // Dialog units in pixels; all dialogs have the one dialog font.
-    static Rect MapDialogRect(const Rect& units);
 
   protected:
     // True: the framework gives the focus to the first control that takes it.
@@ -31,9 +29,8 @@ class CDialog : public CWnd {
     virtual void OnCancel();  // default: EndDialog(IDCANCEL)
     // Moves values between fields and controls; `save` is true from controls to fields. Called before
     // OnInitDialog's default returns and from OnOK's default.
-    virtual void DoDataExchange(bool save);
+    virtual void DoDataExchange(bool /*save*/) {}
 
-    const MessageMap& GetMessageMap() const override;
     bool OnCmdMsg(Notification& notification) override;
 
   private:

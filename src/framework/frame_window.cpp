@@ -175,10 +175,6 @@ bool CFrameWnd::OnCmdMsg(Notification& notification) {
     return application != nullptr && application->OnCmdMsg(notification);
 }
 
-bool CFrameWnd::OnCreate() {
-    return true;
-}
-
 void CFrameWnd::OnClose() {
     DestroyWindow();
     StopToolkit();

@@ -47,9 +47,9 @@ class CFrameWnd : public CWnd {
     bool OnCmdMsg(Notification& notification) override;  // this frame, then the application object
 
   protected:
-    virtual bool OnCreate();            // false: LoadFrame fails
-    virtual void OnClose();             // default: destroys the window and ends the message loop
-    void OnSize(Size client) override;  // lays bars and view out
+    virtual bool OnCreate() { return true; }  // false: LoadFrame fails
+    virtual void OnClose();                   // default: destroys the window and ends the message loop
+    void OnSize(Size client) override;        // lays bars and view out
     void OnSetFocus() override;
     const MessageMap& GetMessageMap() const override;
 

@@ -44,15 +44,7 @@ void CImageList::DeleteImageList() {
 int CImageList::Add(const CIcon& icon) {
     if (!icon || images->size == Size{}) return -1;
     images->icons.push_back(icon);
-    return GetImageCount() - 1;
-}
-
-int CImageList::GetImageCount() const {
-    return static_cast<int>(images->icons.size());
-}
-
-Size CImageList::ImageSize() const {
-    return images->size;
+    return static_cast<int>(images->icons.size()) - 1;
 }
 
 }  // namespace permora

@@ -44,8 +44,6 @@ class CImageList {
     void DeleteImageList();
     // The new image's index, or -1 when the icon is empty or the list not created.
     int Add(const CIcon& icon);
-    int GetImageCount() const;
-    Size ImageSize() const;
 
     struct Images {
         Size size;

@@ -44,10 +44,10 @@ void CListCtrl::SetColumnText(int column, const std::string& header) {
     if (NativeListView* view = NativeOf(*this)) view->SetColumnHeader(column, header);
 }
 
-int CListCtrl::GetColumnWidth(int column) const {
+const ListRows& CListCtrl::Rows() const {
+    static const ListRows kNone;
     const NativeListView* view = NativeOf(*this);
-    if (view == nullptr || column < 0 || column >= static_cast<int>(view->Columns().size())) return 0;
-    return view->Columns()[static_cast<std::size_t>(column)].width;
+    return view != nullptr ? view->Rows() : kNone;
 }
 
 void CListCtrl::SetExtendedStyle(ListStyle style) {
@@ -77,19 +77,9 @@ bool CListCtrl::SetItemText(int row, int column, const std::string& text) {
     return view != nullptr && view->SetRowText(row, column, text);
 }
 
-std::string CListCtrl::GetItemText(int row, int column) const {
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr ? std::string(view->Rows().Text(row, column)) : std::string();
-}
-
 bool CListCtrl::SetItemData(int row, std::intptr_t data) {
     NativeListView* view = NativeOf(*this);
     return view != nullptr && view->SetRowData(row, data);
-}
-
-std::intptr_t CListCtrl::GetItemData(int row) const {
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr ? view->Rows().Data(row) : 0;
 }
 
 bool CListCtrl::DeleteItem(int row) {
@@ -104,59 +94,22 @@ bool CListCtrl::DeleteAllItems() {
     return true;
 }
 
-int CListCtrl::GetItemCount() const {
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr ? view->Rows().Count() : 0;
-}
-
-int CListCtrl::GetSelectedCount() const {
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr ? view->Rows().SelectedCount() : 0;
-}
-
-bool CListCtrl::IsSelected(int row) const {
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr && view->Rows().IsSelected(row);
-}
-
 bool CListCtrl::SetSelected(int row, bool selected) {
     NativeListView* view = NativeOf(*this);
     return view != nullptr && view->Select(row, selected);
 }
 
-int CListCtrl::NextSelected(int from) const {
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr ? view->Rows().NextSelected(from) : -1;
-}
-
-int CListCtrl::GetSelectionMark() const {
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr ? view->Rows().cursor.mark : -1;
-}
-
 void CListCtrl::SetSelectionMark(int row) {
-    NativeListView* view = NativeOf(*this);
-    if (view == nullptr) return;
-    const int mark = view->Rows().Has(row) ? row : -1;
-    view->SetCursor({view->Rows().cursor.focus, mark, mark});
-}
-
-int CListCtrl::GetFocusedRow() const {
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr ? view->Rows().cursor.focus : -1;
+    const int mark = Rows().Has(row) ? row : -1;
+    if (NativeListView* view = NativeOf(*this)) view->SetCursor({Rows().cursor.focus, mark, mark});
 }
 
 void CListCtrl::SetFocusedRow(int row) {
+    if (!Rows().Has(row)) return;
+    const ListCursor cursor = Rows().cursor;
     NativeListView* view = NativeOf(*this);
-    if (view == nullptr || !view->Rows().Has(row)) return;
-    const ListCursor cursor = view->Rows().cursor;
     view->SetCursor({row, cursor.mark, cursor.anchor});
     view->EnsureVisible(row);
-}
-
-bool CListCtrl::GetCheck(int row) const {
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr && view->Rows().IsChecked(row);
 }
 
 void CListCtrl::SetCheck(int row, bool checked) {
@@ -168,13 +121,11 @@ void CListCtrl::SortItems(const std::function<bool(std::intptr_t, std::intptr_t)
 }
 
 void CListCtrl::EnsureVisible(int row) {
-    NativeListView* view = NativeOf(*this);
-    if (view != nullptr && view->Rows().Has(row)) view->EnsureVisible(row);
+    if (Rows().Has(row)) NativeOf(*this)->EnsureVisible(row);
 }
 
 bool CListCtrl::IsItemVisible(int row) const {
-    NativeListView* view = NativeOf(*this);
-    return view != nullptr && view->Rows().Has(row) && view->IsInView(row);
+    return Rows().Has(row) && NativeOf(*this)->IsInView(row);
 }
 
 }  // namespace permora

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "framework/images.h"
+#include "framework/list_rows.h"
 #include "framework/window.h"
 
 namespace permora {
@@ -33,7 +34,6 @@ class CListCtrl : public CWnd {
 
     void InsertColumn(int column, const std::string& header, int width);  // pixels; left-aligned
     void SetColumnText(int column, const std::string& header);
-    int GetColumnWidth(int column) const;
     void SetExtendedStyle(ListStyle style);
     void SetImageList(const CImageList& images, ImageListKind kind);
     void SetView(ListView view);
@@ -42,29 +42,31 @@ class CListCtrl : public CWnd {
     // Inserts a row before `row` (at the end when it is the count). False when `row` is out of range.
     bool InsertItem(int row, const std::string& text, int image = -1);
     bool SetItemText(int row, int column, const std::string& text);
-    std::string GetItemText(int row, int column) const;
+    std::string GetItemText(int row, int column) const { return Rows().Text(row, column); }
     bool SetItemData(int row, std::intptr_t data);
-    std::intptr_t GetItemData(int row) const;
+    std::intptr_t GetItemData(int row) const { return Rows().Data(row); }
     bool DeleteItem(int row);
     bool DeleteAllItems();
-    int GetItemCount() const;
+    int GetItemCount() const { return Rows().Count(); }
 
-    int GetSelectedCount() const;
-    bool IsSelected(int row) const;
+    int GetSelectedCount() const { return Rows().SelectedCount(); }
+    bool IsSelected(int row) const { return Rows().IsSelected(row); }
     // In a single-selection list selecting a row unselects the one before. Sends kItemChanged when it
     // changes.
     bool SetSelected(int row, bool selected);
     // First selected row at or after `from`; -1 when there is none.
-    int NextSelected(int from) const;
-    int GetSelectionMark() const;  // the row that the user last clicked or moved to; -1: none
+    int NextSelected(int from) const { return Rows().NextSelected(from); }
+    // The row that the user last clicked or moved to; -1: none.
+    int GetSelectionMark() const { return Rows().cursor.mark; }
     void SetSelectionMark(int row);
-    int GetFocusedRow() const;  // where the keyboard is within the list; -1: nowhere
+    // Where the keyboard is within the list; -1: nowhere.
+    int GetFocusedRow() const { return Rows().cursor.focus; }
     // Moves the keyboard to a row, which is brought into view. Neither selects nor marks it.
     void SetFocusedRow(int row);
 
     // Check boxes (ListStyle::kCheckBoxes). Setting sends kItemChanged when it changes something, as a click
     // does.
-    bool GetCheck(int row) const;
+    bool GetCheck(int row) const { return Rows().IsChecked(row); }
     void SetCheck(int row, bool checked);
 
     // Stable; `isLess` compares item data.
@@ -72,6 +74,9 @@ class CListCtrl : public CWnd {
     void EnsureVisible(int row);
     // Whether at least a part of the row can be seen without scrolling.
     bool IsItemVisible(int row) const;
+
+  private:
+    const ListRows& Rows() const;  // none while there is no window
 };
 
 }  // namespace permora

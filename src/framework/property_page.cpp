@@ -5,30 +5,8 @@ namespace permora {
 CPropertyPage::CPropertyPage(unsigned int templateNumber, unsigned int captionNumber)
     : CDialog(templateNumber), captionId(captionNumber) {}
 
-bool CPropertyPage::OnSetActive() {
-    return true;
-}
-
-bool CPropertyPage::OnKillActive() {
-    return true;
-}
-
 bool CPropertyPage::OnApply() {
     OnOK();
-    return true;
-}
-
-void CPropertyPage::OnOK() {
-    DoDataExchange(true);
-}
-
-bool CPropertyPage::OnQueryCancel() {
-    return true;
-}
-
-void CPropertyPage::OnCancel() {}
-
-bool CPropertyPage::OnWizardFinish() {
     return true;
 }
 

@@ -22,13 +22,15 @@ class CPropertyPage : public CDialog {
 
   protected:
     friend class CPropertySheet;
-    virtual bool OnSetActive();   // false: the sheet goes on to the next page
-    virtual bool OnKillActive();  // false: the page stays
-    virtual bool OnApply();       // default: OnOK's data transfer, then true; false keeps the sheet open
-    void OnOK() override;
-    virtual bool OnQueryCancel();   // false: the sheet stays; all pages are asked before any hears of it
-    void OnCancel() override;       // the sheet is being cancelled
-    virtual bool OnWizardFinish();  // true: the wizard closes
+    virtual bool OnSetActive() { return true; }   // false: the sheet goes on to the next page
+    virtual bool OnKillActive() { return true; }  // false: the page stays
+    // Default: OnOK, then true. False keeps the sheet open.
+    virtual bool OnApply();
+    void OnOK() override { DoDataExchange(true); }
+    // False: the sheet stays. All pages are asked before OnCancel runs for any.
+    virtual bool OnQueryCancel() { return true; }
+    void OnCancel() override {}                     // the sheet is being cancelled
+    virtual bool OnWizardFinish() { return true; }  // true: the wizard closes
     bool OnCmdMsg(Notification& notification) override;
 
   private:

@@ -47,25 +47,14 @@ Rect TakeRect(ResourceReader& reader) {
     return {left, top, left + width, top + height};
 }
 
-enum class DialogFormat { kPlain, kExtended };
-
-ControlTemplate TakeControl(ResourceReader& reader, DialogFormat format) {
+ControlTemplate TakeControl(ResourceReader& reader) {
     constexpr std::size_t kAlignment = 4;
-    constexpr unsigned int kNoId = 0xFFFF;
     ControlTemplate control;
     reader.Align(kAlignment);
-    if (format == DialogFormat::kExtended) {
-        reader.Skip(8);  // help id, extended style
-        control.style = reader.TakeU32();
-        control.rect = TakeRect(reader);
-        control.id = reader.TakeU32();
-    } else {
-        control.style = reader.TakeU32();
-        reader.Skip(4);  // extended style
-        control.rect = TakeRect(reader);
-        control.id = reader.TakeU16();
-        if (control.id == kNoId) control.id = 0xFFFFFFFF;
-    }
+    reader.Skip(8);  // help id, extended style
+    control.style = reader.TakeU32();
+    control.rect = TakeRect(reader);
+    control.id = reader.TakeU32();
     control.className = ClassName(reader.TakeNumberOrText());
     auto title = reader.TakeNumberOrText();
     control.pictureId = title.number;
@@ -74,14 +63,14 @@ ControlTemplate TakeControl(ResourceReader& reader, DialogFormat format) {
     return control;
 }
 
-// The flags of one menu item, in the plain format.
+// The flags of one menu item.
 constexpr unsigned int kMenuGrayed = 0x0001;
 constexpr unsigned int kMenuDisabled = 0x0002;
 constexpr unsigned int kMenuChecked = 0x0008;
 constexpr unsigned int kMenuPopup = 0x0010;
 constexpr unsigned int kMenuLast = 0x0080;
 
-bool TakePlainMenu(ResourceReader& reader, std::vector<MenuItemTemplate>& items, int depth) {
+bool TakeMenu(ResourceReader& reader, std::vector<MenuItemTemplate>& items, int depth) {
     if (depth > kDeepestMenu) return false;
     unsigned int flags = 0;
     do {
@@ -93,43 +82,9 @@ bool TakePlainMenu(ResourceReader& reader, std::vector<MenuItemTemplate>& items,
         if (!item.isPopup) item.id = reader.TakeU16();
         item.text = reader.TakeText();
         if (reader.Failed()) return false;
-        if (item.isPopup && !TakePlainMenu(reader, item.items, depth + 1)) return false;
+        if (item.isPopup && !TakeMenu(reader, item.items, depth + 1)) return false;
         items.push_back(std::move(item));
     } while ((flags & kMenuLast) == 0);
-    return true;
-}
-
-// The flags of one item in the extended format.
-constexpr unsigned int kExtendedSeparator = 0x0800;  // type
-constexpr unsigned int kExtendedGrayed = 0x0003;     // state
-constexpr unsigned int kExtendedChecked = 0x0008;    // state
-constexpr unsigned int kExtendedPopup = 0x01;
-constexpr unsigned int kExtendedLast = 0x80;
-
-bool TakeExtendedMenu(ResourceReader& reader, std::vector<MenuItemTemplate>& items, int depth) {
-    constexpr std::size_t kAlignment = 4;
-    if (depth > kDeepestMenu) return false;
-    unsigned int flags = 0;
-    do {
-        MenuItemTemplate item;
-        reader.Align(kAlignment);
-        const std::uint32_t type = reader.TakeU32();
-        const std::uint32_t state = reader.TakeU32();
-        item.id = reader.TakeU32();
-        flags = reader.TakeU16();
-        item.text = reader.TakeText();
-        item.isPopup = (flags & kExtendedPopup) != 0;
-        item.enabled = (state & kExtendedGrayed) == 0;
-        item.checked = (state & kExtendedChecked) != 0;
-        if (reader.Failed()) return false;
-        if ((type & kExtendedSeparator) != 0) item = {};
-        if (item.isPopup) {
-            reader.Align(kAlignment);
-            reader.Skip(4);  // help id
-            if (!TakeExtendedMenu(reader, item.items, depth + 1)) return false;
-        }
-        items.push_back(std::move(item));
-    } while ((flags & kExtendedLast) == 0);
     return true;
 }
 
@@ -138,16 +93,11 @@ bool TakeExtendedMenu(ResourceReader& reader, std::vector<MenuItemTemplate>& ite
 std::optional<DialogTemplate> ParseDialogTemplate(std::span<const std::byte> data) {
     DialogTemplate dialog;
     ResourceReader reader(data);
-    auto format = DialogFormat::kPlain;
     const std::uint16_t version = reader.TakeU16();
-    if (const std::uint16_t signature = reader.TakeU16(); version == 1 && signature == 0xFFFF) {
-        format = DialogFormat::kExtended;
-        reader.Skip(8);  // help id, extended style
-        dialog.style = reader.TakeU32();
-    } else {
-        dialog.style = version | std::uint32_t{signature} << 16U;
-        reader.Skip(4);  // extended style
-    }
+    const std::uint16_t signature = reader.TakeU16();
+    if (version != 1 || signature != 0xFFFF) return std::nullopt;
+    reader.Skip(8);  // help id, extended style
+    dialog.style = reader.TakeU32();
     const std::uint16_t count = reader.TakeU16();
     const Rect rect = TakeRect(reader);
     dialog.size = {rect.Width(), rect.Height()};
@@ -155,11 +105,11 @@ std::optional<DialogTemplate> ParseDialogTemplate(std::span<const std::byte> dat
     reader.TakeNumberOrText();  // window class
     dialog.caption = reader.TakeText();
     if ((dialog.style & kHasFont) != 0) {
-        reader.Skip(format == DialogFormat::kExtended ? 6 : 2);  // size, weight, italic, character set
+        reader.Skip(6);  // size, weight, italic, character set
         reader.TakeText();
     }
     for (int i = 0; i < count && !reader.Failed(); ++i)
-        dialog.controls.push_back(TakeControl(reader, format));
+        dialog.controls.push_back(TakeControl(reader));
     if (reader.Failed()) return std::nullopt;
     return dialog;
 }
@@ -170,9 +120,7 @@ std::optional<std::vector<MenuItemTemplate>> ParseMenuTemplate(std::span<const s
     const std::uint16_t version = reader.TakeU16();
     const std::uint16_t headerSize = reader.TakeU16();
     reader.Skip(headerSize);
-    const bool complete =
-        version == 0 ? TakePlainMenu(reader, items, 0) : version == 1 && TakeExtendedMenu(reader, items, 0);
-    if (!complete) return std::nullopt;
+    if (version != 0 || !TakeMenu(reader, items, 0)) return std::nullopt;
     return items;
 }
 

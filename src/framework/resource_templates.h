@@ -2,9 +2,9 @@
 // Load functions take the program's own resource of that number. Nothing is returned for damaged bytes and
 // for a resource that does not exist. Texts are UTF-8.
 //
-// Formats: "DLGTEMPLATE", "DLGTEMPLATEEX", "MENUHEADER", "MENUEX_TEMPLATE_HEADER", "ACCELTABLEENTRY",
-// "STRINGTABLE" and "NEWHEADER" in the Windows SDK's documentation; the toolbar is the class library's
-// (version, width, height, count, then the commands).
+// Formats: "DLGTEMPLATEEX", "MENUHEADER", "ACCELTABLEENTRY", "STRINGTABLE" and "NEWHEADER" in the Windows
+// SDK's documentation; the toolbar is the class library's (version, width, height, count, then the commands).
+// The older format of dialogs and the newer one of menus, which the program has none of, count as damaged.
 #pragma once
 
 #include <cstddef>

@@ -135,20 +135,8 @@ void CWnd::RedrawWindow() {
         native->Redraw();
 }
 
-void CWnd::Invalidate() {
-    if (native != nullptr) native->Invalidate();
-}
-
 bool CWnd::IsWindowEnabled() const {
     return native != nullptr && (native->style & WS_DISABLED) == 0;
-}
-
-bool CWnd::IsWindowVisible() const {
-    for (const CWnd* window = this; window != nullptr; window = window->parent) {
-        if ((window->GetStyle() & WS_VISIBLE) == 0) return false;
-        if ((window->GetStyle() & WS_CHILD) == 0) break;
-    }
-    return true;
 }
 
 void CWnd::ShowWindow(int showCommand) {

@@ -51,12 +51,10 @@ class CWnd : public CCmdTarget {
     void ModifyStyle(DWORD remove, DWORD add);
     // Paints anew: invalidate, erase and update now. Any thread; from a worker it means "soon".
     void RedrawWindow();
-    void Invalidate();
 
     // Takes WS_DISABLED away or gives it.
     void EnableWindow(bool enable);
     bool IsWindowEnabled() const;
-    bool IsWindowVisible() const;
     void ShowWindow(int showCommand);  // SW_ constants
     void SetFocus();
     bool HasFocus() const;

@@ -12,6 +12,7 @@
 #include "framework/command_routing.h"
 #include "framework/frame_native.h"
 #include "framework/menu_items.h"
+#include "framework/styles.h"
 #include "framework/window_access.h"
 #include "platform/api/errors.h"
 #include "platform/linux/files/drives.h"
@@ -214,7 +215,7 @@ TEST_F(MainFrame, StandsWhereItStoodUnlessNobodyCouldSeeIt) {
 template <class Kind>
 const Kind* FindShown(const CWnd& window) {
     for (const CWnd* child : WindowAccess::Children(window)) {
-        if (!child->IsWindowVisible()) continue;
+        if ((child->GetStyle() & WS_VISIBLE) == 0) continue;
         if (const auto* found = dynamic_cast<const Kind*>(child)) return found;
         if (const auto* found = FindShown<Kind>(*child)) return found;
     }

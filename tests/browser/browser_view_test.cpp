@@ -93,11 +93,11 @@ TEST_F(Browser, DetailsFillTheColumnsAndStay) {
 
     view.ApplyViewSettings(7, false);
     EXPECT_FALSE(menu.IsCheckedByPosition(2));
-    EXPECT_EQ(view.largeImages.GetImageCount(), 14 + 2);
+    EXPECT_EQ(view.largeImages.Shared()->icons.size(), 14U + 2U);
     EXPECT_EQ(view.list.GetView(), ListView::kIcons);
     view.ApplyViewSettings(2, true);
     EXPECT_TRUE(menu.IsCheckedByPosition(2));
-    EXPECT_EQ(view.smallImages.GetImageCount(), 14);
+    EXPECT_EQ(view.smallImages.Shared()->icons.size(), 14U);
     EXPECT_EQ(view.list.GetView(), ListView::kList);
 }
 

@@ -97,12 +97,12 @@ TEST(Frame, TheViewFillsWhatTheBarsLeave) {
     frame.MoveWindow({0, 0, 500, 400});
     expectFilled(top, bottom);
     frame.RunCommand(ID_VIEW_STATUS_BAR);
-    EXPECT_FALSE(frame.statusBar.IsWindowVisible());
+    EXPECT_EQ(frame.statusBar.GetStyle() & WS_VISIBLE, 0U);
     expectFilled(top, 0);
 
     const int addressLeft = frame.addressBar.GetWindowRect().left;
     frame.RunCommand(ID_VIEW_TOOLBAR);
-    EXPECT_FALSE(frame.toolBar.IsWindowVisible());
+    EXPECT_EQ(frame.toolBar.GetStyle() & WS_VISIBLE, 0U);
     EXPECT_LT(frame.addressBar.GetWindowRect().left, addressLeft);
     frame.RunCommand(ID_VIEW_TOOLBAR);
     EXPECT_EQ(frame.addressBar.GetWindowRect().left, addressLeft);

@@ -73,6 +73,8 @@ class ListOwner : public CWnd {
 
 class ListCtrl : public testing::Test {
   protected:
+    static constexpr int kFirstColumnWidth = 120;
+
     ListCtrl() {
         auto widget = std::make_unique<QWidget>();
         widget->resize(500, 300);
@@ -83,7 +85,7 @@ class ListCtrl : public testing::Test {
     void Make(DWORD style, int rows = 5) {
         ASSERT_TRUE(
             list.Create(owner, style | WS_VISIBLE | WS_TABSTOP, {0, 0, 400, 250}, ListOwner::kListId));
-        list.InsertColumn(0, "Name", 120);
+        list.InsertColumn(0, "Name", kFirstColumnWidth);
         list.InsertColumn(1, "Type", 100);
         for (int row = 0; row < rows; ++row) {
             list.InsertItem(row, std::string(1, static_cast<char>('a' + row % 26)) + "-row");
@@ -259,7 +261,7 @@ TEST_F(ListCtrl, TipsAreAskedForRowsAndShownAsPlainText) {
     list.SetItemText(2, 1, "a text <much> longer than its column is wide, to be read in a tip");
     rest(OnText(2));
     EXPECT_FALSE(QToolTip::text().contains(QStringLiteral("c-row")));
-    rest({list.GetColumnWidth(0) + 5, OnText(2).y()});
+    rest({kFirstColumnWidth + 5, OnText(2).y()});
     EXPECT_TRUE(QToolTip::text().contains(QStringLiteral("&lt;much&gt;")));
 }
 

@@ -1,4 +1,4 @@
-// The readers of resources: formats that the program's own resources do not use, and damaged bytes.
+// The readers of resources: unusual and damaged bytes.
 #include "framework/resource_templates.h"
 
 #include <gmock/gmock.h>
@@ -38,46 +38,27 @@ class Bytes {
     std::vector<std::byte> bytes;
 };
 
-Bytes PlainDialog() {
+// With a font, and one control with a long id.
+Bytes Dialog() {
     Bytes bytes;
-    bytes.U32(0x80C80040).U32(0).U16(1).U16(0).U16(0).U16(100).U16(50);  // style with a font, one control
-    bytes.U16(0).U16(0).Text(u"Gr\u00FC\u00DFe \U0001F512").U16(8).Text(u"MS Shell Dlg").Align();
-    bytes.U32(0x50010000).U32(0).U16(7).U16(0xFFFE).U16(50).U16(14).U16(1);
+    bytes.U16(1).U16(0xFFFF).U32(0).U32(0).U32(0x80C80040).U16(1).U16(0).U16(0).U16(100).U16(50);
+    bytes.U16(0).U16(0).Text(u"Gr\u00FC\u00DFe \U0001F512").U16(8).U32(0).Text(u"MS Shell Dlg").Align();
+    bytes.U32(0).U32(0).U32(0x50010000).U16(7).U16(0xFFFE).U16(50).U16(14).U32(70'000);
     return bytes.U16(0xFFFF).U16(0x80).Text(u"OK").U16(0);
 }
 
-TEST(DialogTemplates, ThePlainFormatIsRead) {
-    const auto dialog = ParseDialogTemplate(PlainDialog().Span());
+TEST(DialogTemplates, NegativePlacesAndLongIdsAreRead) {
+    const auto dialog = ParseDialogTemplate(Dialog().Span());
     ASSERT_TRUE(dialog);
     EXPECT_EQ(dialog->caption,
               "Gr\xC3\xBC\xC3\x9F"
               "e \xF0\x9F\x94\x92");
     EXPECT_EQ(dialog->size, (Size{100, 50}));
     ASSERT_EQ(dialog->controls.size(), 1U);
-    EXPECT_EQ(dialog->controls[0].id, 1U);
+    EXPECT_EQ(dialog->controls[0].id, 70'000U);
     EXPECT_EQ(dialog->controls[0].className, "BUTTON");
     EXPECT_EQ(dialog->controls[0].text, "OK");
     EXPECT_EQ(dialog->controls[0].rect, (Rect{7, -2, 57, 12}));
-}
-
-TEST(MenuTemplates, TheExtendedFormatIsRead) {
-    constexpr unsigned int kSeparator = 0x800;
-    Bytes bytes;
-    bytes.U16(1).U16(4).U32(0);
-    bytes.U32(0).U32(0).U32(9).U16(0x81).Text(u"&File").Align().U32(
-        0);                                                     // the last of its level, with a pop-up
-    bytes.U32(0).U32(3).U32(101).U16(0).Text(u"Open").Align();  // greyed
-    bytes.U32(kSeparator).U32(0).U32(0).U16(0).Text(u"").Align();
-    bytes.U32(0).U32(8).U32(102).U16(0x80).Text(u"Close").Align();  // checked
-    const auto menu = ParseMenuTemplate(bytes.Span());
-    ASSERT_TRUE(menu);
-    ASSERT_EQ(menu->size(), 1U);
-    const auto& items = menu->front().items;
-    ASSERT_EQ(items.size(), 3U);
-    EXPECT_FALSE(items[0].enabled);
-    EXPECT_TRUE(items[1].text.empty() && items[1].id == 0);
-    EXPECT_EQ(items[2].id, 102U);
-    EXPECT_TRUE(items[2].checked);
 }
 
 TEST(MenuTemplates, EndlessNestingIsRefused) {
@@ -101,7 +82,7 @@ TEST(StringTables, HalvesOfCharactersBecomeReplacements) {
 
 // Whatever a file is cut to, its readers say so, and read no byte behind the end (the sanitizers watch).
 TEST(ResourceReaders, CutBytesAreRefused) {
-    const Bytes whole = PlainDialog();
+    const Bytes whole = Dialog();
     for (std::size_t size = 0; size < whole.Span().size(); ++size) {
         const std::vector<std::byte> cut(whole.Span().begin(),
                                          whole.Span().begin() + static_cast<long>(size));

@@ -19,13 +19,10 @@ namespace permora {
 namespace {
 
 // One stop of the Tab key, in which the arrow keys move. A click leaves the focus where it is.
-class ToolBarWindow final : public qt::WidgetWindow<NativeToolBar> {
+class ToolBarWindow final : public qt::WidgetWindow<NativeToolBar, QToolBar> {
   public:
     ToolBarWindow(CWnd& window, std::unique_ptr<QToolBar> made, FrameEvents& listener)
         : WidgetWindow(window, std::move(made)), events(listener) {}
-
-    void SetText(const std::string& /*text*/) override {}
-    std::string Text() const override { return {}; }
 
     void SetButtons(std::span<const ToolButton> made) override;
     void SetImages(const CImageList& images) override;
@@ -44,7 +41,6 @@ class ToolBarWindow final : public qt::WidgetWindow<NativeToolBar> {
     }
 
   private:
-    QToolBar& Bar() const { return static_cast<QToolBar&>(Widget()); }
     QAction* ActionOf(unsigned int id) const;
     void AddButton(const ToolButton& button);
     void OnTriggered(QAction& action);
@@ -69,11 +65,11 @@ QAction* ToolBarWindow::ActionOf(unsigned int id) const {
 
 void ToolBarWindow::SetButtons(std::span<const ToolButton> made) {
     watches.clear();
-    Bar().clear();
+    Widget().clear();
     buttons.clear();
     for (const ToolButton& each : made)
         if (each.id == 0)
-            Bar().addSeparator();
+            Widget().addSeparator();
         else
             AddButton(each);
     KeepTabStop();
@@ -92,9 +88,9 @@ void ToolBarWindow::KeepTabStop() {
 }
 
 void ToolBarWindow::AddButton(const ToolButton& made) {
-    QAction* action = Bar().addAction(qt::ToQt(made.prompt.tip));
+    QAction* action = Widget().addAction(qt::ToQt(made.prompt.tip));
     action->setData(made.id);
-    auto* button = static_cast<QToolButton*>(Bar().widgetForAction(action));
+    auto* button = static_cast<QToolButton*>(Widget().widgetForAction(action));
     button->setFocusPolicy(Qt::NoFocus);
     button->setAccessibleDescription(qt::ToQt(made.prompt.status));
     qt::SetIdentity(*button, "button", made.id);
@@ -108,7 +104,7 @@ void ToolBarWindow::AddButton(const ToolButton& made) {
 void ToolBarWindow::SetImages(const CImageList& images) {
     const auto& shared = images.Shared();
     if (shared == nullptr) return;
-    Bar().setIconSize(QSize(shared->size.cx, shared->size.cy));
+    Widget().setIconSize(QSize(shared->size.cx, shared->size.cy));
     for (qsizetype i = 0; i < buttons.size() && i < static_cast<qsizetype>(shared->icons.size()); ++i)
         buttons[i]->defaultAction()->setIcon(qt::ToQt(shared->icons[static_cast<std::size_t>(i)]));
 }
@@ -117,7 +113,7 @@ void ToolBarWindow::OnTriggered(QAction& action) {
     // The toolkit lets a pressed button go by itself; that is the command's to decide.
     if (action.isCheckable()) action.setChecked(true);
     QMetaObject::invokeMethod(
-        &Bar(), [this, id = action.data().toUInt()] { events.OnChosen(id); }, Qt::QueuedConnection);
+        &Widget(), [this, id = action.data().toUInt()] { events.OnChosen(id); }, Qt::QueuedConnection);
 }
 
 bool ToolBarWindow::OnButtonEvent(QToolButton& button, QEvent& event) {
@@ -167,7 +163,7 @@ void ToolBarWindow::FocusButton(qsizetype from, qsizetype step) {
     }
 }
 
-class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar> {
+class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar, QStatusBar> {
   public:
     using WidgetWindow::WidgetWindow;
 
@@ -179,9 +175,9 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar> {
             delete pane;
         panes.clear();
         for (const int width : widths) {
-            auto* pane = new QLabel(&Bar());
+            auto* pane = new QLabel(&Widget());
             pane->setTextFormat(Qt::PlainText);
-            Bar().addWidget(pane, width == kStretch ? 1 : 0);
+            Widget().addWidget(pane, width == kStretch ? 1 : 0);
             panes.append(pane);
             if (width == kStretch) {
                 pane->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -195,8 +191,6 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar> {
     void SetPane(int pane, const std::string& text) override { panes[pane]->setText(qt::ToQt(text)); }
 
   private:
-    QStatusBar& Bar() const { return static_cast<QStatusBar&>(Widget()); }
-
     QList<QLabel*> panes;
 };
 

@@ -23,6 +23,7 @@ namespace {
 
 using qt::FromQt;
 using qt::LineEdit;
+using qt::NewControl;
 using qt::PushButton;
 using qt::ToQt;
 using qt::WidgetWindow;
@@ -118,44 +119,45 @@ void MakeTabStop(const QButtonGroup& group, const QAbstractButton& checked) {
         each->setFocusPolicy(each == &checked ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
-class ButtonWindow final : public WidgetWindow<NativeButton> {
+class ButtonWindow final : public WidgetWindow<NativeButton, QAbstractButton> {
   public:
     ButtonWindow(CWnd& window, std::unique_ptr<QAbstractButton> made, const ControlSpec& spec)
         : WidgetWindow(window, std::move(made)), wraps((spec.style & BS_MULTILINE) != 0) {
-        QObject::connect(&Button(), &QAbstractButton::clicked, &Button(),
+        QObject::connect(&Widget(), &QAbstractButton::clicked, &Widget(),
                          [this] { ReportNotification(Notify::kClicked); });
-        if (wraps) qt::AlignToTop(Button());
+        // Radio buttons have the tab stop of their group, see GroupRadioButtons.
+        if (spec.kind != ControlKind::kRadioButton) qt::ApplyTabStop(Widget(), spec.style);
+        if (wraps) qt::AlignToTop(Widget());
         SetText(spec.text);
         ShowDefault(spec.style);
     }
 
-    void SetText(const std::string& newText) override {
-        text = newText;
-        Button().setText(wraps ? WrapText(ToQt(text), Button().fontMetrics(), TextWidth()) : ToQt(text));
-        if (wraps) Button().setAccessibleName(ToQt(text));
+    void SetText(const std::string& text) override {
+        WidgetWindow::SetText(text);
+        Widget().setText(wraps ? WrapText(ToQt(text), Widget().fontMetrics(), TextWidth()) : ToQt(text));
+        if (wraps) Widget().setAccessibleName(ToQt(text));
     }
-    std::string Text() const override { return text; }
     void Move(const Rect& rect) override {
         WidgetWindow::Move(rect);
-        if (wraps) SetText(text);
+        if (wraps) SetText(Text());
     }
 
     CheckState Check() const override {
-        return Button().isChecked() ? CheckState::kChecked : CheckState::kClear;
+        return Widget().isChecked() ? CheckState::kChecked : CheckState::kClear;
     }
     void SetCheck(CheckState state) override {
         // A group keeps one of its buttons checked; the program may clear it nevertheless.
-        QButtonGroup* group = Button().group();
+        QButtonGroup* group = Widget().group();
         if (group != nullptr) group->setExclusive(false);
-        Button().setChecked(state == CheckState::kChecked);
+        Widget().setChecked(state == CheckState::kChecked);
         if (group != nullptr) group->setExclusive(true);
-        if (group != nullptr && state == CheckState::kChecked) MakeTabStop(*group, Button());
+        if (group != nullptr && state == CheckState::kChecked) MakeTabStop(*group, Widget());
     }
-    void Click() override { Button().click(); }
+    void Click() override { Widget().click(); }
     void StyleChanged(DWORD /*before*/) override { ShowDefault(style); }
     void SetPictures(const CIcon& normal, const CIcon& pressed, const CIcon& focused,
                      const CIcon& disabled) override {
-        auto* picture = dynamic_cast<PictureButton*>(&Button());
+        auto* picture = dynamic_cast<PictureButton*>(&Widget());
         if (picture == nullptr) return;
         picture->normal = qt::LargestPixmap(ToQt(normal));
         picture->pressed = qt::LargestPixmap(ToQt(pressed));
@@ -165,130 +167,93 @@ class ButtonWindow final : public WidgetWindow<NativeButton> {
     }
 
   private:
-    QAbstractButton& Button() const { return static_cast<QAbstractButton&>(Widget()); }
     void ShowDefault(DWORD newStyle) {
-        auto* push = dynamic_cast<PushButton*>(&Button());
+        auto* push = dynamic_cast<PushButton*>(&Widget());
         if (push == nullptr) return;
         push->isTemplatesDefault = (newStyle & BS_TYPEMASK) == BS_DEFPUSHBUTTON;
         qt::ShowDefaultButton(*push->window());
     }
     int TextWidth() const {
-        const QStyle& look = *Button().style();
-        return Button().width() - look.pixelMetric(QStyle::PM_IndicatorWidth, nullptr, &Button()) -
-               look.pixelMetric(QStyle::PM_CheckBoxLabelSpacing, nullptr, &Button());
+        const QStyle& look = *Widget().style();
+        return Widget().width() - look.pixelMetric(QStyle::PM_IndicatorWidth, nullptr, &Widget()) -
+               look.pixelMetric(QStyle::PM_CheckBoxLabelSpacing, nullptr, &Widget());
     }
 
-    std::string text;
     bool wraps;
 };
 
-class GroupBoxWindow final : public WidgetWindow<NativeWindow> {
+class GroupBoxWindow final : public WidgetWindow<NativeWindow, QGroupBox> {
   public:
-    GroupBoxWindow(CWnd& window, std::unique_ptr<QGroupBox> made) : WidgetWindow(window, std::move(made)) {
+    GroupBoxWindow(CWnd& window, std::unique_ptr<QGroupBox> made, const ControlSpec& spec)
+        : WidgetWindow(window, std::move(made)) {
         Widget().setAttribute(Qt::WA_TransparentForMouseEvents);
+        SetText(spec.text);
     }
-    void SetText(const std::string& text) override { Box().setTitle(ToQt(text)); }
-    std::string Text() const override { return FromQt(Box().title()); }
-
-  private:
-    QGroupBox& Box() const { return static_cast<QGroupBox&>(Widget()); }
+    void SetText(const std::string& text) override {
+        WidgetWindow::SetText(text);
+        Widget().setTitle(ToQt(text));
+    }
 };
 
-class EditWindow final : public WidgetWindow<NativeEdit> {
+class EditWindow final : public WidgetWindow<NativeEdit, QLineEdit> {
   public:
     EditWindow(CWnd& window, std::unique_ptr<QLineEdit> made, const ControlSpec& spec)
         : WidgetWindow(window, std::move(made)) {
-        Edit().setReadOnly((spec.style & ES_READONLY) != 0);
+        qt::ApplyTabStop(Widget(), spec.style);
+        Widget().setReadOnly((spec.style & ES_READONLY) != 0);
         if ((spec.style & WS_BORDER) == 0) LookLikeText();
         SetText(spec.text);
-        QObject::connect(&Edit(), &QLineEdit::textChanged, &Edit(),
+        QObject::connect(&Widget(), &QLineEdit::textChanged, &Widget(),
                          [this] { ReportNotification(Notify::kTextChanged); });
     }
     void SetText(const std::string& text) override {
-        Edit().setText(ToQt(text));
-        Edit().setCursorPosition(0);  // the beginning of a long text is what one reads first
+        Widget().setText(ToQt(text));
+        Widget().setCursorPosition(0);  // the beginning of a long text is what one reads first
     }
-    std::string Text() const override { return FromQt(Edit().text()); }
-    void StyleChanged(DWORD /*before*/) override { Edit().setReadOnly((style & ES_READONLY) != 0); }
-    void SelectAll() override { Edit().selectAll(); }
+    std::string Text() const override { return FromQt(Widget().text()); }
+    void StyleChanged(DWORD /*before*/) override { Widget().setReadOnly((style & ES_READONLY) != 0); }
+    void SelectAll() override { Widget().selectAll(); }
 
   private:
     // Without a border a field is a text that can be selected.
     void LookLikeText() {
-        Edit().setFrame(false);
+        Widget().setFrame(false);
         QPalette colours;
         colours.setBrush(QPalette::Base, Qt::transparent);
-        Edit().setPalette(colours);
+        Widget().setPalette(colours);
     }
-    QLineEdit& Edit() const { return static_cast<QLineEdit&>(Widget()); }
 };
 
-class ComboBoxWindow final : public WidgetWindow<NativeComboBox> {
+class ComboBoxWindow final : public WidgetWindow<NativeComboBox, QComboBox> {
   public:
-    ComboBoxWindow(CWnd& window, std::unique_ptr<QComboBox> made) : WidgetWindow(window, std::move(made)) {
-        QObject::connect(&Combo(), &QComboBox::currentIndexChanged, &Combo(),
+    ComboBoxWindow(CWnd& window, std::unique_ptr<QComboBox> made, const ControlSpec& spec)
+        : WidgetWindow(window, std::move(made)) {
+        qt::ApplyTabStop(Widget(), spec.style);
+        QObject::connect(&Widget(), &QComboBox::currentIndexChanged, &Widget(),
                          [this] { ReportNotification(Notify::kSelectionChanged); });
     }
-    void SetText(const std::string& text) override { Select(Combo().findText(ToQt(text))); }
-    std::string Text() const override { return FromQt(Combo().currentText()); }
+    void SetText(const std::string& text) override { Select(Widget().findText(ToQt(text))); }
+    std::string Text() const override { return FromQt(Widget().currentText()); }
     int AddString(const std::string& text) override {
-        const QSignalBlocker noNotification(Combo());
-        Combo().addItem(ToQt(text));
+        const QSignalBlocker noNotification(Widget());
+        Widget().addItem(ToQt(text));
         // The toolkit selects the first item by itself.
-        if (Combo().count() == 1) Combo().setCurrentIndex(-1);
-        return Combo().count() - 1;
+        if (Widget().count() == 1) Widget().setCurrentIndex(-1);
+        return Widget().count() - 1;
     }
-    int Count() const override { return Combo().count(); }
-    int Selection() const override { return Combo().currentIndex(); }
+    int Count() const override { return Widget().count(); }
+    int Selection() const override { return Widget().currentIndex(); }
     void Select(int index) override {
-        const QSignalBlocker noNotification(Combo());
-        Combo().setCurrentIndex(index);
-        Combo().update();
+        const QSignalBlocker noNotification(Widget());
+        Widget().setCurrentIndex(index);
+        Widget().update();
     }
-
-  private:
-    QComboBox& Combo() const { return static_cast<QComboBox&>(Widget()); }
 };
 
-// Makes a widget of a control's size, hidden until the shared half shows it.
-template <class Kind>
-std::unique_ptr<Kind> NewWidget(CWnd& parent, const ControlSpec& spec) {
-    auto widget = std::make_unique<Kind>(qt::WidgetOf(parent));
-    widget->setVisible(false);
-    widget->setGeometry(ToQt(spec.rect));
-    qt::SetIdentity(*widget, "control", spec.id);
-    return widget;
-}
-
-template <class Kind>
-std::unique_ptr<NativeWindow> MakeButton(CWnd& window, CWnd& parent, const ControlSpec& spec) {
-    auto button = NewWidget<Kind>(parent, spec);
-    qt::ApplyTabStop(*button, spec.style);
-    return std::make_unique<ButtonWindow>(window, std::move(button), spec);
-}
-
-// The template's groups decide which buttons exclude each other, see GroupRadioButtons. They have no tab stop
-// of their own.
-std::unique_ptr<NativeWindow> MakeRadioButton(CWnd& window, CWnd& parent, const ControlSpec& spec) {
-    return std::make_unique<ButtonWindow>(window, NewWidget<RadioButton>(parent, spec), spec);
-}
-
-std::unique_ptr<NativeWindow> MakeGroupBox(CWnd& window, CWnd& parent, const ControlSpec& spec) {
-    auto box = std::make_unique<GroupBoxWindow>(window, NewWidget<QGroupBox>(parent, spec));
-    box->SetText(spec.text);
-    return box;
-}
-
-std::unique_ptr<NativeWindow> MakeEdit(CWnd& window, CWnd& parent, const ControlSpec& spec) {
-    auto edit = NewWidget<LineEdit>(parent, spec);
-    qt::ApplyTabStop(*edit, spec.style);
-    return std::make_unique<EditWindow>(window, std::move(edit), spec);
-}
-
-std::unique_ptr<NativeWindow> MakeComboBox(CWnd& window, CWnd& parent, const ControlSpec& spec) {
-    auto combo = NewWidget<QComboBox>(parent, spec);
-    qt::ApplyTabStop(*combo, spec.style);
-    return std::make_unique<ComboBoxWindow>(window, std::move(combo));
+// A control of the class `Window` with a widget of the class `Own`.
+template <class Window, class Own>
+std::unique_ptr<NativeWindow> Make(CWnd& window, CWnd& parent, const ControlSpec& spec) {
+    return std::make_unique<Window>(window, NewControl<Own>(parent, spec), spec);
 }
 
 }  // namespace
@@ -296,19 +261,19 @@ std::unique_ptr<NativeWindow> MakeComboBox(CWnd& window, CWnd& parent, const Con
 std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, const ControlSpec& spec) {
     switch (spec.kind) {
         case ControlKind::kPushButton:
-            return MakeButton<PushButton>(window, parent, spec);
+            return Make<ButtonWindow, PushButton>(window, parent, spec);
         case ControlKind::kCheckBox:
-            return MakeButton<QCheckBox>(window, parent, spec);
+            return Make<ButtonWindow, QCheckBox>(window, parent, spec);
         case ControlKind::kRadioButton:
-            return MakeRadioButton(window, parent, spec);
+            return Make<ButtonWindow, RadioButton>(window, parent, spec);
         case ControlKind::kGroupBox:
-            return MakeGroupBox(window, parent, spec);
+            return Make<GroupBoxWindow, QGroupBox>(window, parent, spec);
         case ControlKind::kBitmapButton:
-            return MakeButton<PictureButton>(window, parent, spec);
+            return Make<ButtonWindow, PictureButton>(window, parent, spec);
         case ControlKind::kEdit:
-            return MakeEdit(window, parent, spec);
+            return Make<EditWindow, LineEdit>(window, parent, spec);
         case ControlKind::kComboBox:
-            return MakeComboBox(window, parent, spec);
+            return Make<ComboBoxWindow, QComboBox>(window, parent, spec);
         case ControlKind::kStaticText:
         case ControlKind::kStaticPicture:
         case ControlKind::kEtchedFrame:

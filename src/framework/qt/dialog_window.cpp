@@ -13,16 +13,11 @@
 namespace permora {
 namespace {
 
-using PaintFunction = std::function<void(CDC&)>;
-
 // The controls stand where the template says; the keyboard's rules are the shared half's.
 class DialogWidget : public QDialog {
   public:
     DialogWidget(QWidget* parent, Qt::WindowFlags flags, DialogKeys& handler)
-        : QDialog(parent, flags), keys(handler) {
-        setMouseTracking(true);
-    }
-    PaintFunction paint;
+        : QDialog(parent, flags), keys(handler) {}
 
     void reject() override { keys.OnEscapeKeyOrCloseBox(); }
 
@@ -55,39 +50,38 @@ class DialogWidget : public QDialog {
         event->ignore();
         keys.OnEscapeKeyOrCloseBox();
     }
-    void paintEvent(QPaintEvent* event) override {
-        QDialog::paintEvent(event);
-        qt::PaintWith(*this, paint);
-    }
 
   private:
     DialogKeys& keys;
 };
 
-class PaneWidget : public QWidget {
+// A window in which the program paints and watches the mouse.
+template <class Kind>
+class PaintedWindow : public qt::WidgetWindow<Kind> {
   public:
-    explicit PaneWidget(QWidget* parent) : QWidget(parent) { setMouseTracking(true); }
-    PaintFunction paint;
+    PaintedWindow(CWnd& window, std::unique_ptr<QWidget> made)
+        : qt::WidgetWindow<Kind>(window, std::move(made)) {
+        this->Widget().setMouseTracking(true);
+    }
 
   protected:
-    void paintEvent(QPaintEvent* event) override {
-        QWidget::paintEvent(event);
-        qt::PaintWith(*this, paint);
+    bool OnEvent(QEvent& event) override {
+        if (event.type() == QEvent::Paint)
+            qt::PaintWith(this->Widget(), [this](CDC& dc) { this->ReportPaint(dc); });
+        return qt::WidgetWindow<Kind>::OnEvent(event);
     }
 };
 
-class DialogWindow final : public qt::WidgetWindow<NativeDialog> {
+class DialogWindow final : public PaintedWindow<NativeDialog> {
   public:
-    DialogWindow(CWnd& window, std::unique_ptr<DialogWidget> made) : WidgetWindow(window, std::move(made)) {
-        Dialog().paint = [this](CDC& dc) { ReportPaint(dc); };
+    DialogWindow(CWnd& window, std::unique_ptr<DialogWidget> made) : PaintedWindow(window, std::move(made)) {
         QObject::connect(qApp, &QApplication::focusChanged, &Widget(),
                          [this] { qt::ShowDefaultButton(Widget()); });
     }
     void SetText(const std::string& text) override {
-        title = text;
+        PaintedWindow::SetText(text);
         qt::SetTitle(Widget(), text);
     }
-    std::string Text() const override { return title; }
     void SetClientSize(Size size) override { Widget().setFixedSize(size.cx, size.cy); }
     void SetTabOrder(std::span<CWnd* const> controls) override {
         for (std::size_t i = 1; i < controls.size(); ++i)
@@ -116,23 +110,8 @@ class DialogWindow final : public qt::WidgetWindow<NativeDialog> {
     }
 
   private:
-    DialogWidget& Dialog() const { return static_cast<DialogWidget&>(Widget()); }
-
-    std::string title;
     QEventLoop* loop = nullptr;
     bool hasEnded = false;
-};
-
-class PaneWindow final : public qt::WidgetWindow<NativeWindow> {
-  public:
-    PaneWindow(CWnd& window, std::unique_ptr<PaneWidget> made) : WidgetWindow(window, std::move(made)) {
-        static_cast<PaneWidget&>(Widget()).paint = [this](CDC& dc) { ReportPaint(dc); };
-    }
-    void SetText(const std::string& newText) override { text = newText; }
-    std::string Text() const override { return text; }
-
-  private:
-    std::string text;
 };
 
 }  // namespace
@@ -149,9 +128,9 @@ std::unique_ptr<NativeDialog> MakeNativeDialog(CWnd& window, CWnd* owner, DWORD 
 }
 
 std::unique_ptr<NativeWindow> MakeNativePane(CWnd& window, CWnd& parent, unsigned int templateId) {
-    auto widget = std::make_unique<PaneWidget>(qt::WidgetOf(parent));
+    auto widget = std::make_unique<QWidget>(qt::WidgetOf(parent));
     qt::SetIdentity(*widget, "pane", templateId);
-    return std::make_unique<PaneWindow>(window, std::move(widget));
+    return std::make_unique<PaintedWindow<NativeWindow>>(window, std::move(widget));
 }
 
 }  // namespace permora

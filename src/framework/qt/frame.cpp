@@ -85,10 +85,7 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
   public:
     FrameWindow(CWnd& window, std::unique_ptr<QWidget> client, std::unique_ptr<FrameWidget> made,
                 FrameEvents& listener)
-        : WidgetWindow(window, std::move(client)),
-          top(std::move(made)),
-          events(listener),
-          barWatch(Widget(), [this](QEvent& event) { return OnClientEvent(event); }) {
+        : WidgetWindow(window, std::move(client)), top(std::move(made)), events(listener) {
         QAccessible::installFactory(MakeFrameAccessible);  // the toolkit keeps a function once
         qt::WatchForLateEscape(*top);
         top->onClose = [this] { PostClose(); };
@@ -111,10 +108,9 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
     FrameWindow& operator=(const FrameWindow&) = delete;
 
     void SetText(const std::string& text) override {
-        title = text;
+        WidgetWindow::SetText(text);
         qt::SetTitle(*top, text);
     }
-    std::string Text() const override { return title; }
     void SetEnabled(bool enabled) override { top->setEnabled(enabled); }
     void SetVisible(bool visible) override { top->setVisible(visible); }
     void Redraw() override { top->repaint(); }
@@ -135,13 +131,15 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
             top.get(), [this] { events.OnCloseRequest(); }, Qt::QueuedConnection);
     }
 
-  private:
+  protected:
     // A bar wants another size: its font or style has changed, or it knows them only now that it is shown.
-    bool OnClientEvent(const QEvent& event) {
+    bool OnEvent(QEvent& event) override {
         if (event.type() == QEvent::LayoutRequest && Window().HasWindow())
             ReportSize({Widget().width(), Widget().height()});
-        return false;
+        return WidgetWindow::OnEvent(event);
     }
+
+  private:
     void FitIntoScreen();
     void PostChosen(unsigned int id) {
         QMetaObject::invokeMethod(
@@ -150,8 +148,6 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
 
     std::unique_ptr<FrameWidget> top;
     FrameEvents& events;
-    qt::EventFilter barWatch;
-    std::string title;
     // Where a window that was shown maximised would stand otherwise. The toolkit remembers it without the
     // frame around it, which it did not know yet.
     std::optional<Rect> rectBeforeMaximised;

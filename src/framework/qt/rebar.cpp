@@ -151,20 +151,15 @@ void ReBarWidget::mouseMoveEvent(QMouseEvent* event) {
     LayOut();
 }
 
-class ReBarWindow final : public qt::WidgetWindow<NativeReBar> {
+class ReBarWindow final : public qt::WidgetWindow<NativeReBar, ReBarWidget> {
   public:
-    ReBarWindow(CWnd& window, std::unique_ptr<ReBarWidget> made) : WidgetWindow(window, std::move(made)) {}
-    void SetText(const std::string& /*text*/) override {}
-    std::string Text() const override { return {}; }
+    using WidgetWindow::WidgetWindow;
     void Move(const Rect& rect) override {
         WidgetWindow::Move(rect);
         LayOut();  // also while nothing is shown yet
     }
-    void AddBand(CWnd& bar, int leastWidth) override { ReBar().AddBand(*qt::WidgetOf(bar), leastWidth); }
-    void LayOut() override { ReBar().LayOut(); }
-
-  private:
-    ReBarWidget& ReBar() const { return static_cast<ReBarWidget&>(Widget()); }
+    void AddBand(CWnd& bar, int leastWidth) override { Widget().AddBand(*qt::WidgetOf(bar), leastWidth); }
+    void LayOut() override { Widget().LayOut(); }
 };
 
 }  // namespace

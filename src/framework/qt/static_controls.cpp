@@ -77,58 +77,38 @@ class StaticWindow final : public WidgetWindow<NativeWindow> {
     StaticWindow(CWnd& window, std::unique_ptr<QFrame> made, const ControlSpec& spec)
         : WidgetWindow(window, std::move(made)) {
         Widget().setAttribute(Qt::WA_TransparentForMouseEvents);
-        Widget().setVisible(false);
-        Widget().setGeometry(ToQt(spec.rect));
-        SetIdentity(Widget(), "control", spec.id);
         SetText(spec.text);
     }
-    void SetText(const std::string& newText) override {
-        text = newText;
+    void SetText(const std::string& text) override {
+        WidgetWindow::SetText(text);
         if (auto* label = dynamic_cast<TextLabel*>(&Widget())) label->setText(ToQt(text));
     }
-    std::string Text() const override { return text; }
-
-  private:
-    std::string text;
 };
 
-class ProgressBarWindow final : public WidgetWindow<NativeProgressBar> {
+class ProgressBarWindow final : public WidgetWindow<NativeProgressBar, QProgressBar> {
   public:
-    ProgressBarWindow(CWnd& window, std::unique_ptr<QProgressBar> made, const ControlSpec& spec)
-        : WidgetWindow(window, std::move(made)) {
-        Widget().setVisible(false);
-        Widget().setGeometry(ToQt(spec.rect));
-        SetIdentity(Widget(), "control", spec.id);
-    }
-    // What stands in the bar is its position.
-    void SetText(const std::string& /*newText*/) override {}
-    std::string Text() const override { return FromQt(Bar().text()); }
-    void SetPosition(int percent) override { Bar().setValue(percent); }
-
-  private:
-    QProgressBar& Bar() const { return static_cast<QProgressBar&>(Widget()); }
+    using WidgetWindow::WidgetWindow;
+    std::string Text() const override { return FromQt(Widget().text()); }  // the position
+    void SetPosition(int percent) override { Widget().setValue(percent); }
 };
 
 }  // namespace
 
 std::unique_ptr<NativeWindow> MakeStatic(CWnd& window, CWnd& parent, const ControlSpec& spec) {
-    QWidget* parentWidget = WidgetOf(parent);
     if (spec.kind == ControlKind::kProgressBar)
-        return std::make_unique<ProgressBarWindow>(window, std::make_unique<QProgressBar>(parentWidget),
-                                                   spec);
+        return std::make_unique<ProgressBarWindow>(window, NewControl<QProgressBar>(parent, spec));
     if (spec.kind == ControlKind::kStaticPicture) {
         const CIcon picture = (spec.style & SS_TYPEMASK) == SS_ICON ? CIcon::Load(spec.pictureId)
                                                                     : CIcon::FromBitmap(spec.pictureId);
-        auto label = std::make_unique<PictureLabel>(parentWidget, ToQt(picture));
-        return std::make_unique<StaticWindow>(window, std::move(label), spec);
+        return std::make_unique<StaticWindow>(window, NewControl<PictureLabel>(parent, spec, ToQt(picture)),
+                                              spec);
     }
     if (spec.kind == ControlKind::kEtchedFrame) {
-        auto frame = std::make_unique<QFrame>(parentWidget);
+        auto frame = NewControl<QFrame>(parent, spec);
         frame->setFrameStyle(static_cast<int>(QFrame::Box) | static_cast<int>(QFrame::Sunken));
         return std::make_unique<StaticWindow>(window, std::move(frame), spec);
     }
-    return std::make_unique<StaticWindow>(window, std::make_unique<TextLabel>(parentWidget, spec.style),
-                                          spec);
+    return std::make_unique<StaticWindow>(window, NewControl<TextLabel>(parent, spec, spec.style), spec);
 }
 
 }  // namespace qt

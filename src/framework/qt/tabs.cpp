@@ -11,54 +11,48 @@ namespace permora::qt {
 namespace {
 
 // The pages stand in front of the empty ones of the toolkit's tab widget, which draws tabs and frame.
-class TabsWindow final : public WidgetWindow<NativeTabs> {
+class TabsWindow final : public WidgetWindow<NativeTabs, QTabWidget> {
   public:
     TabsWindow(CWnd& window, std::unique_ptr<QTabWidget> made) : WidgetWindow(window, std::move(made)) {
-        QObject::connect(&Tabs(), &QTabWidget::currentChanged, &Tabs(),
+        QObject::connect(&Widget(), &QTabWidget::currentChanged, &Widget(),
                          [this] { ReportNotification(Notify::kSelectionChanged); });
     }
-    void SetText(const std::string& /*text*/) override {}
-    std::string Text() const override { return FromQt(Tabs().tabText(Tabs().currentIndex())); }
+    std::string Text() const override { return FromQt(Widget().tabText(Widget().currentIndex())); }
     void InsertTab(int index, const std::string& text) override {
-        const QSignalBlocker noNotification(Tabs());
-        Tabs().insertTab(index, new QWidget, ToQt(text));
+        const QSignalBlocker noNotification(Widget());
+        Widget().insertTab(index, new QWidget, ToQt(text));
     }
     void RemoveTab(int index) override {
-        const QSignalBlocker noNotification(Tabs());
-        const std::unique_ptr<QWidget> page(Tabs().widget(index));
-        Tabs().removeTab(index);
+        const QSignalBlocker noNotification(Widget());
+        const std::unique_ptr<QWidget> page(Widget().widget(index));
+        Widget().removeTab(index);
     }
-    int Selection() const override { return Tabs().currentIndex(); }
+    int Selection() const override { return Widget().currentIndex(); }
     void Select(int index) override {
-        const QSignalBlocker noNotification(Tabs());
-        Tabs().setCurrentIndex(index);
+        const QSignalBlocker noNotification(Widget());
+        Widget().setCurrentIndex(index);
     }
     Size SizeAround(Size page) const override {
-        const QSize bar = Tabs().tabBar()->sizeHint();
+        const QSize bar = Widget().tabBar()->sizeHint();
         const int frame = 2 * FrameWidth();
         return {std::max(page.cx, bar.width()) + frame, page.cy + bar.height() + frame};
     }
     Rect PageArea() const override {
-        const QRect geometry = Tabs().geometry();
-        const int top = Tabs().tabBar()->sizeHint().height() + FrameWidth();
+        const QRect geometry = Widget().geometry();
+        const int top = Widget().tabBar()->sizeHint().height() + FrameWidth();
         return FromQt(geometry.adjusted(FrameWidth(), top, -FrameWidth(), -FrameWidth()));
     }
 
   private:
-    QTabWidget& Tabs() const { return static_cast<QTabWidget&>(Widget()); }
     int FrameWidth() const {
-        return Tabs().style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, &Tabs()) + 1;
+        return Widget().style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, &Widget()) + 1;
     }
 };
 
 }  // namespace
 
 std::unique_ptr<NativeTabs> MakeTabs(CWnd& window, CWnd& parent, const ControlSpec& spec) {
-    auto tabs = std::make_unique<QTabWidget>(WidgetOf(parent));
-    tabs->setVisible(false);
-    tabs->setGeometry(ToQt(spec.rect));
-    SetIdentity(*tabs, "control", spec.id);
-    return std::make_unique<TabsWindow>(window, std::move(tabs));
+    return std::make_unique<TabsWindow>(window, NewControl<QTabWidget>(parent, spec));
 }
 
 }  // namespace permora::qt

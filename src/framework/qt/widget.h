@@ -1,4 +1,4 @@
-// What every window of this back end shares: a widget, its events, and the answers to NativeWindow.
+// What the windows of this back end share: a widget, its events, and their half of NativeWindow.
 #pragma once
 
 #include <QEvent>
@@ -29,7 +29,8 @@ QWidget* LiveWidget(HWND handle);
 CWnd* WindowOf(const QWidget& widget);
 void SetWindow(QWidget& widget, CWnd& window);
 
-// Shows `widget`'s events to a function before the widget sees them; true from it swallows the event.
+// Shows `widget`'s events to a function before the widget gets them; the widget does not get an event for
+// which the function returns true.
 class EventFilter : public QObject {
   public:
     EventFilter(QWidget& widget, std::function<bool(QEvent&)> filter);
@@ -49,11 +50,21 @@ void MoveTo(QWidget& widget, const Rect& rect);
 Point PositionOf(const QEvent& mouseEvent);
 bool IsLeftPress(const QEvent& event);
 
-// `Kind` is NativeWindow or one of its kinds.
-template <class Kind>
+// Makes the widget of a control, hidden until the shared half shows it.
+template <class Own, class... Arguments>
+std::unique_ptr<Own> NewControl(CWnd& parent, const ControlSpec& spec, Arguments&&... arguments) {
+    auto widget = std::make_unique<Own>(WidgetOf(parent), std::forward<Arguments>(arguments)...);
+    widget->setVisible(false);
+    widget->setGeometry(ToQt(spec.rect));
+    SetIdentity(*widget, "control", spec.id);
+    return widget;
+}
+
+// `Kind` is NativeWindow or one of its kinds, `Own` the class of the widget.
+template <class Kind, class Own = QWidget>
 class WidgetWindow : public Kind {
   public:
-    WidgetWindow(CWnd& window, std::unique_ptr<QWidget> made)
+    WidgetWindow(CWnd& window, std::unique_ptr<Own> made)
         : Kind(window),
           widget(std::move(made)),
           filter(*widget, [this](QEvent& event) { return OnEvent(event); }) {
@@ -61,6 +72,8 @@ class WidgetWindow : public Kind {
     }
 
     HWND Handle() const override { return HandleOf(*widget); }
+    void SetText(const std::string& newText) override { keptText = newText; }
+    std::string Text() const override { return keptText; }
     void SetEnabled(bool enabled) override { widget->setEnabled(enabled); }
     void SetVisible(bool visible) override { widget->setVisible(visible); }
     void Redraw() override { widget->repaint(); }
@@ -77,10 +90,9 @@ class WidgetWindow : public Kind {
     void SetAccessibleName(const std::string& name) override { widget->setAccessibleName(ToQt(name)); }
 
   protected:
-    QWidget& Widget() const { return *widget; }
-
-  private:
-    bool OnEvent(QEvent& event) {
+    Own& Widget() const { return *widget; }
+    // Comes before the widget's own functions; true keeps the event from them.
+    virtual bool OnEvent(QEvent& event) {
         // The window of the contract hears nothing before it owns this object.
         if (!Kind::Window().HasWindow()) return false;
         switch (event.type()) {
@@ -99,8 +111,10 @@ class WidgetWindow : public Kind {
         }
     }
 
-    std::unique_ptr<QWidget> widget;
+  private:
+    std::unique_ptr<Own> widget;
     EventFilter filter;
+    std::string keptText;
 };
 
 }  // namespace permora::qt
