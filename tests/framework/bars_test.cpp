@@ -93,5 +93,19 @@ TEST_F(Bars, AGripperMovesTheEdgeBetweenTwoBars) {
     EXPECT_EQ(after.right, before.right);
 }
 
+TEST_F(Bars, TheMarkOfHiddenButtonsIsSeenOnADarkBackground) {
+    QWidget* toolBar = reinterpret_cast<QWidget*>(frame.toolBar.GetSafeHwnd());
+    toolBar->setPalette(QPalette(QColor(40, 40, 40)));
+    toolBar->resize(60, toolBar->height());
+    auto* mark = toolBar->findChild<QToolButton*>(QStringLiteral("qt_toolbar_ext_button"));
+    ASSERT_TRUE(QTest::qWaitFor([mark] { return mark->isVisible(); }));
+    const QImage picture = mark->grab().toImage();
+    int lightest = 0;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            lightest = std::max(lightest, picture.pixelColor(x, y).lightness());
+    EXPECT_GT(lightest, 200);
+}
+
 }  // namespace
 }  // namespace permora

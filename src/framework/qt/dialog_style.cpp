@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QStyleOptionButton>
 #include <QStyleOptionFocusRect>
+#include <QStyleOptionToolButton>
 #include <QVariant>
 #include <algorithm>
 #include <cstdlib>
@@ -134,6 +135,19 @@ QImage Faded(const QImage& picture) {
     return faded;
 }
 
+// The mark of a toolbar whose buttons do not all fit is dark in every theme. In a dark theme it gets the
+// colour of texts.
+void RecolourOverflowMark(QStyleOptionToolButton& button) {
+    const QColor text = button.palette.color(QPalette::ButtonText);
+    if (text.lightness() <= button.palette.color(QPalette::Button).lightness()) return;
+    QPixmap mark = button.icon.pixmap(button.iconSize);
+    QPainter painter(&mark);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(mark.rect(), text);
+    painter.end();
+    button.icon = mark;
+}
+
 }  // namespace
 
 void DialogStyle::polish(QPalette& palette) {
@@ -214,6 +228,14 @@ void DialogStyle::drawComplexControl(ComplexControl control, const QStyleOptionC
         control == CC_GroupBox ? qstyleoption_cast<const QStyleOptionGroupBox*>(option) : nullptr;
     if (box != nullptr) {
         DrawGroupBox(*painter, *this, *box);
+        return;
+    }
+    const auto* tool =
+        control == CC_ToolButton ? qstyleoption_cast<const QStyleOptionToolButton*>(option) : nullptr;
+    if (tool != nullptr && widget != nullptr && widget->inherits("QToolBarExtension")) {
+        QStyleOptionToolButton button = *tool;
+        RecolourOverflowMark(button);
+        QProxyStyle::drawComplexControl(control, &button, painter, widget);
         return;
     }
     const auto combo = control == CC_ComboBox ? WithVisibleFocus<QStyleOptionComboBox>(option) : std::nullopt;
