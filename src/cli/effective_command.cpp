@@ -31,7 +31,7 @@ std::optional<Answer> Ask(const Target& target, AccountRecord& account, ConsoleM
     answer.remarks = RemarksOn(answer.object);
     if (answer.object.dacl == nullptr) return answer;
     DWORD rights = 0;
-    const DWORD error = FindEffectiveRights(answer.object.dacl, account.sid.get(), rights);
+    const DWORD error = FindEffectiveRights(answer.object.dacl, account.RawSid(), rights);
     if (error == ERROR_NONE_MAPPED) {
         messages.Say(UnknownGroupsText(account));
         return std::nullopt;

@@ -56,7 +56,7 @@ bool MayReplace(const Losses& losses, const Arguments& arguments, ConsoleMessage
 UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries,
                                 ConsoleMessages& messages) {
     UniqueLocal<ACL> dacl = BuildDacl(nullptr, library, entries);
-    if (dacl && GetAceCount(dacl.get()) == entries.size()) return dacl;
+    if (dacl && dacl->AceCount == entries.size()) return dacl;
     messages.Say("not changed: the new access list cannot be built");
     return nullptr;
 }

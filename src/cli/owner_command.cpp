@@ -57,7 +57,7 @@ bool SetTrees(PSID newOwner, LinkedFiles linked, const std::vector<const Target*
 
 bool RunOwner(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
               ConsoleMessages& messages) {
-    PSID newOwner = account.sid.get();
+    PSID newOwner = account.RawSid();
     if (newOwner != nullptr) {
         // Where the token holds nothing that helps, each object tells.
         if (const UniqueHandle token = OpenOwnToken()) EnableTakeOwnership(token.get());

@@ -34,7 +34,7 @@ std::string ReasonText(DWORD error, AccountRecord& account) {
 std::string RightsLeftText(PACL dacl, AccountRecord& account) {
     const std::string name = PrintableText(AccountDisplayName(account));
     std::vector<Grant> grants;
-    if (const DWORD error = FindGrants(dacl, account.sid.get(), grants); error != ERROR_SUCCESS)
+    if (const DWORD error = FindGrants(dacl, account.RawSid(), grants); error != ERROR_SUCCESS)
         return "  Which rights " + name +
                " has cannot be told: " + PrintableText(ReasonText(error, account)) + '\n';
     AccessEntryList entries;

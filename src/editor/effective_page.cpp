@@ -58,7 +58,7 @@ bool CPage4::ShowRights() {
         return false;
     }
     DWORD rights = 0;
-    if (outcome.IsDone()) outcome.code = FindEffectiveRights(parts.dacl, account.sid.get(), rights);
+    if (outcome.IsDone()) outcome.code = FindEffectiveRights(parts.dacl, account.RawSid(), rights);
     if (outcome.code == ERROR_NONE_MAPPED)
         ShowErrorBox(GetSafeHwnd(), AsSentence(UnknownGroupsText(account)).c_str());
     else

@@ -105,7 +105,7 @@ bool CPage3::OnApply() {
     const int row = changed ? CandidateList().NextSelected(0) : -1;
     changed = false;
     // A copy, since Apply reads the candidates anew.
-    if (row >= 0) Apply(AccountRecord(candidates[static_cast<std::size_t>(row)]).sid.get());
+    if (row >= 0) Apply(AccountRecord(candidates[static_cast<std::size_t>(row)]).RawSid());
     return CPropertyPage::OnApply();
 }
 

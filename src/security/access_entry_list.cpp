@@ -1,53 +1,25 @@
 #include "security/access_entry_list.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
-#include <cstring>
 #include <iterator>
 #include <utility>
+
+#include "platform/nt/byte_io.h"
+#include "platform/raw_security.h"
 
 namespace permora {
 namespace {
 
-// The types whose header and mask are followed by the SID ([MS-DTYP] 2.4.4, and for the last two ntifs.h of
-// the driver kit). Object types put flags and GUIDs in between, the compound type a word of its own: there,
-// the same bytes could pass for some other account.
-constexpr std::array<BYTE, 13> kSidFollowsMask = {
-    0x00, 0x01, 0x02, 0x03,  // allowed, denied, audit, alarm
-    0x09, 0x0A, 0x0D, 0x0E,  // their callback forms
-    0x11, 0x12, 0x13,        // mandatory label, resource attribute, scoped policy
-    0x14, 0x15,              // process trust label, access filter
-};
-
-constexpr std::size_t kSidOffset = sizeof(ACE_HEADER) + sizeof(ACCESS_MASK);
-constexpr std::size_t kSidHeaderSize = 8;
-
-// The SID in an entry of `aceSize` bytes; null when there is none, or none that is valid and lies inside.
-PSID SidInAce(BYTE* ace, BYTE aceType, std::size_t aceSize) {
-    if (std::find(kSidFollowsMask.begin(), kSidFollowsMask.end(), aceType) == kSidFollowsMask.end() ||
-        aceSize < kSidOffset + kSidHeaderSize) {
-        return nullptr;
-    }
-    BYTE* sid = ace + kSidOffset;
-    const std::size_t subAuthorityCount = sid[1];
-    if (kSidOffset + kSidHeaderSize + subAuthorityCount * sizeof(DWORD) > aceSize || IsValidSid(sid) == FALSE)
-        return nullptr;
-    return sid;
-}
-
-AccessEntry EntryFromAce(void* ace) {
-    ACE_HEADER header{};
-    std::memcpy(&header, ace, sizeof header);
+AccessEntry EntryOf(const nt::Ace& ace) {
     AccessEntry entry;
-    entry.aceType = header.AceType;
-    entry.aceFlags = header.AceFlags;
-    auto* bytes = static_cast<BYTE*>(ace);
-    if (header.AceSize >= kSidOffset) std::memcpy(&entry.mask, bytes + sizeof header, sizeof entry.mask);
-    if (PSID sid = SidInAce(bytes, header.AceType, header.AceSize); sid != nullptr) {
-        // Without memory the entry stays without an account, as it does when an account cannot be copied.
-        static_cast<void>(entry.account.SetSid(sid, {}));
-    }
+    // Most types whose layout is not known begin with a mask too.
+    const bool isOpaque = nt::ShapeOfAceType(ace.type) == nt::AceShape::kOpaque;
+    entry.mask = isOpaque ? nt::ReadU32(ace.tail, 0).value_or(0) : ace.mask;
+    entry.aceType = ace.type;
+    entry.aceFlags = ace.flags;
+    // Entries of object types differ in what they are about, so an account does not make two of them the
+    // same.
+    if (!ace.object) entry.account.sid = ace.sid;
     return entry;
 }
 
@@ -71,7 +43,7 @@ bool IsUnchanged(const AccessEntry& entry, const PermissionChoice& choice) {
 }  // namespace
 
 bool AccessEntry::IsAcceptable() const {
-    return account.sid != nullptr && IsValidSid(account.sid.get()) != FALSE && (aceFlags & ~kEntryFlags) == 0;
+    return account.sid && (aceFlags & ~kEntryFlags) == 0;
 }
 
 PermissionChoice ChoiceOf(const AccessEntry& entry) {
@@ -83,20 +55,9 @@ PermissionChoice ChoiceOf(const AccessEntry& entry) {
     return choice;
 }
 
-DWORD GetAceCount(PACL acl) {
-    ACL_SIZE_INFORMATION information{};
-    if (acl == nullptr ||
-        GetAclInformation(acl, &information, sizeof information, AclSizeInformation) == FALSE) {
-        return 0;
-    }
-    return information.AceCount;
-}
-
 std::vector<AccessEntry> EntriesOfDacl(PACL acl) {
     std::vector<AccessEntry> entries;
-    const DWORD count = GetAceCount(acl);
-    for (DWORD index = 0; index < count; ++index)
-        if (void* ace = nullptr; GetAce(acl, index, &ace) != FALSE) entries.push_back(EntryFromAce(ace));
+    std::ranges::transform(AcesOf(acl), std::back_inserter(entries), EntryOf);
     return entries;
 }
 

@@ -13,7 +13,7 @@ namespace permora {
 
 // One access control entry, as the list held it that it was read from.
 struct AccessEntry {
-    // Without a SID for an entry whose type keeps its SID elsewhere or that holds no valid one.
+    // Without a SID for an entry of an object type or an unknown one, and for one that holds no valid SID.
     AccountRecord account;
     DWORD mask = 0;
     BYTE aceType = ACCESS_ALLOWED_ACE_TYPE;
@@ -46,11 +46,8 @@ struct PermissionChoice {
 // An allow or deny entry as the dialog starts with it.
 PermissionChoice ChoiceOf(const AccessEntry& entry);
 
-// The number of entries of a list; 0 for a null list or one that cannot be asked.
-DWORD GetAceCount(PACL acl);
-
-// The entries of a list in its order, with their masks as they stand there. Entries of every type are handed
-// out; one that the system cannot hand out is left out. A null list has none.
+// The entries of every type that AcesOf (platform/raw_security.h) gives, with their masks as they stand
+// there.
 std::vector<AccessEntry> EntriesOfDacl(PACL acl);
 
 // The entries in order. What nobody changes keeps every bit of its mask and flags; what is added or changed

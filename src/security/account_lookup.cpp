@@ -21,8 +21,7 @@ DWORD LookupAccountByName(LPCSTR name, AccountRecord& account) {
             FALSE)
             return GetLastError();
     }
-    const bool isTaken = IsValidSid(sid.data()) != FALSE && account.SetSid(sid.data());
-    return isTaken ? ERROR_SUCCESS : ERROR_INVALID_SID;
+    return account.SetSid(sid.data()) ? ERROR_SUCCESS : ERROR_INVALID_SID;
 }
 
 }  // namespace permora

@@ -9,6 +9,7 @@
 #include "platform/api/account_enumeration.h"
 #include "platform/api/errors.h"
 #include "platform/library_function.h"
+#include "platform/resources.h"
 #include "security/account_lookup.h"
 #include "security/text_conversion.h"
 
@@ -24,8 +25,7 @@ class Search {
     explicit Search(std::vector<AccountRecord>& accounts) : found(accounts) {}
 
     void Add(AccountRecord account) {
-        PSID sid = account.sid.get();
-        if (!known.emplace(static_cast<const char*>(sid), GetLengthSid(sid)).second) return;
+        if (!known.insert(account.GetSidText()).second) return;
         if (account.Lookup() && account.use != SidTypeUnknown) found.push_back(std::move(account));
     }
 
@@ -65,7 +65,7 @@ class Search {
 
   private:
     std::vector<AccountRecord>& found;
-    std::unordered_set<std::string> known;  // the bytes of their SIDs
+    std::unordered_set<std::string> known;  // the texts of their SIDs
 };
 
 }  // namespace

@@ -25,8 +25,7 @@ std::size_t DaclSize(std::span<const AccessEntry> entries) {
     std::size_t size = sizeof(ACL);
     for (const AccessEntry& entry : entries) {
         size += sizeof(ACE_HEADER) + sizeof(ACCESS_MASK);
-        PSID sid = entry.account.sid.get();
-        if (sid != nullptr && IsValidSid(sid) != FALSE) size += GetLengthSid(sid);
+        if (entry.account.sid) size += entry.account.sid->ByteSize();
     }
     return size;
 }
@@ -85,7 +84,7 @@ UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEn
     for (const AccessEntry& entry : entries) {
         if (entry.IsOfOtherType() || !entry.IsAcceptable()) continue;
         const AddAceFunction add = entry.IsAllow() ? addAllowed : addDenied;
-        if (add(dacl.get(), ACL_REVISION, entry.aceFlags, entry.mask, entry.account.sid.get()) == FALSE) {
+        if (add(dacl.get(), ACL_REVISION, entry.aceFlags, entry.mask, entry.account.RawSid()) == FALSE) {
             ShowLastErrorBox(owner);
             return nullptr;
         }

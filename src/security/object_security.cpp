@@ -58,7 +58,7 @@ DWORD ReadObjectOwner(const HeldObject& object, AccountRecord& account) {
     const DWORD error = object.ReadSecurity(OWNER_SECURITY_INFORMATION, parts);
     if (error != ERROR_SUCCESS) return error;
     AccountRecord read;
-    if (parts.owner != nullptr && !read.SetSid(parts.owner)) return GetLastError();
+    if (parts.owner != nullptr && !read.SetSid(parts.owner)) return ERROR_INVALID_SID;
     account = std::move(read);
     return ERROR_SUCCESS;
 }

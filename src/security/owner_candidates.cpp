@@ -22,12 +22,11 @@ constexpr DWORD kPrivilegeNameSize = 256;
 using Candidates = std::vector<AccountRecord>;
 
 void AddOnce(PSID sid, Candidates& candidates) {
-    const bool isThere = std::any_of(
-        candidates.begin(), candidates.end(),
-        [sid](const AccountRecord& candidate) { return EqualSid(candidate.sid.get(), sid) != FALSE; });
-    if (isThere) return;
-    AccountRecord candidate;
-    if (candidate.SetSid(sid)) candidates.push_back(std::move(candidate));
+    AccountRecord added;
+    const bool isNew = added.SetSid(sid) && std::ranges::none_of(candidates, [&](const auto& candidate) {
+                           return IsSameAccount(candidate, added);
+                       });
+    if (isNew) candidates.push_back(std::move(added));
 }
 
 // The policy's accounts. Two outcomes of a failure: what was being done, and the system's text.

@@ -56,7 +56,7 @@ TEST_F(AccountPicker, FindsEachAccountOnceAndInItsOrder) {
         EXPECT_EQ(window.Text(IDC_ACCOUNT_NAME), "BUILTIN\\Administrators");
         window.Press("Esc");
     });
-    EXPECT_EQ(picker.result.sid, nullptr) << "a search chooses nothing";
+    EXPECT_FALSE(picker.result.sid) << "a search chooses nothing";
 }
 
 // Appends `count` lines to a table of this test's own machine, in an order that is neither that of the names

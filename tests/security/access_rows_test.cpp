@@ -10,18 +10,11 @@
 namespace permora {
 namespace {
 
-using test::kAllow;
-using test::kAllowObject;
-using test::kDeny;
-
 TEST(AccessRows, ShowAllowAndDenyEntriesAndKeepTheIndexOfEach) {
     test::ServiceFakes services;
-    services.accounts = {{test::SidOf('A').ToText(), "HOST", "ada", SidTypeUser}};
-    AccessEntryList list = test::ListOf({{kAllowObject, 'A', 1, 0},
-                                         {kDeny, 'A', 0x100002, 0},
-                                         {SYSTEM_AUDIT_ACE_TYPE, 'A', 1, 0},
-                                         {kAllow, 'B', 0x1F01FF, 0x1B},
-                                         {kAllow, 'A', 3, 0x18}});
+    services.accounts = {{"S-1-5-32-544", "HOST", "ada", SidTypeUser}};
+    AccessEntryList list =
+        test::ListOf("(OA;;0x1;;;BA)(D;;0x100002;;;BA)(AU;;0x1;;;BA)(A;OICIIOID;FA;;;BU)(A;IOID;0x3;;;BA)");
     std::string text;
     for (const AccessRow& row : AccessRowsOf(list)) {
         text += std::to_string(row.entryIndex) + '|' + row.type + '|' + row.name + '|' + row.permission +
@@ -29,7 +22,7 @@ TEST(AccessRows, ShowAllowAndDenyEntriesAndKeepTheIndexOfEach) {
     }
     EXPECT_EQ(text,
               "1|Deny|HOST\\ada|Write file/Create file|Not inherited|This folder only\n"
-              "3|Allow|S-1-5-21-1-2-3-66|Full control|Inherited|Subfolders and files only\n"
+              "3|Allow|S-1-5-32-545|Full control|Inherited|Subfolders and files only\n"
               "4|Allow|HOST\\ada|Special|Inherited|\n");
 }
 

@@ -5,7 +5,6 @@
 
 #include "gtest/gtest.h"
 #include "platform/api/errors.h"
-#include "platform/nt/security_descriptor.h"
 #include "platform/system_message.h"
 #include "security/message_boxes.h"
 #include "tests/security/entries.h"
@@ -15,14 +14,10 @@
 namespace permora {
 namespace {
 
-using test::EntriesOf;
-using test::kAllow;
-using test::kAllowObject;
-using test::kDeny;
 using test::ListOf;
 using test::RecordingPresenter;
 using test::ServiceFakes;
-using test::ShortEntry;
+using test::TextOf;
 
 class DaclBuilder : public ::testing::Test {
   protected:
@@ -35,21 +30,16 @@ class DaclBuilder : public ::testing::Test {
 };
 
 TEST_F(DaclBuilder, WritesAllowAndDenyEntriesInTheirOrderAndNoOthers) {
-    AccessEntryList list = ListOf({{kAllow, 'A', 1, 0x10},
-                                   {kAllowObject, 'B', 1, 0},
-                                   {SYSTEM_AUDIT_ACE_TYPE, 'B', 1, 0},
-                                   {kAllow, 'B', 1, 0x40},
-                                   {kDeny, 'C', 0x10000202, 0x0F},
-                                   {kAllow, 'D', 0x120089, 0}});
-    list.AddEntry({}, 2, 0, kDeny);  // without an account
+    AccessEntryList list = ListOf(
+        "(A;ID;0x1;;;BA)(OA;;0x1;;;BU)(AU;;0x1;;;BU)(A;SA;0x1;;;BU)(D;OICINPIO;0x10000202;;;BG)(A;;0x120089;;"
+        ";WD)");
+    list.AddEntry({}, 2, 0, ACCESS_DENIED_ACE_TYPE);  // without an account
     EXPECT_EQ(list.UnacceptableCount(), 2U);
     const UniqueLocal<ACL> dacl = Build(list);
     ASSERT_NE(dacl, nullptr);
     AccessEntryList written;
     written.LoadFromDacl(dacl.get());
-    EXPECT_EQ(EntriesOf(written),
-              (std::vector<ShortEntry>{
-                  {kAllow, 'A', 1, 0x10}, {kDeny, 'C', 0x10000202, 0x0F}, {kAllow, 'D', 0x120089, 0}}));
+    EXPECT_EQ(TextOf(written), "(A;ID;CC;;;BA)(D;OICINPIO;0x10000202;;;BG)(A;;FR;;;WD)");
 
     const UniqueLocal<ACL> empty = Build({});
     ASSERT_NE(empty, nullptr);
@@ -59,12 +49,14 @@ TEST_F(DaclBuilder, WritesAllowAndDenyEntriesInTheirOrderAndNoOthers) {
 
 TEST_F(DaclBuilder, TellsWhenTheListWouldBeTooLarge) {
     RecordingPresenter boxes;
-    std::vector<ShortEntry> entries(1819, {kAllow, 'A', 1, 0});
+    std::string entries;
+    for (int i = 0; i < 1819; ++i)
+        entries += "(A;;0x1;;;S-1-5-21-1-2-3-4)";
     EXPECT_NE(Build(ListOf(entries)), nullptr);  // 8 + 1819 * 36 bytes, nearly 64 KiB
 
     AccessEntryList tooLarge = ListOf(entries);
-    tooLarge.AddEntry(test::AccountOf('B'), 1, 0, kAllow);
-    tooLarge.AddEntry(test::AccountOf('C'), 1, 0, kAllow);
+    tooLarge.AddEntry(test::AccountOf("S-1-5-21-1-2-3-5"), 1, 0, ACCESS_ALLOWED_ACE_TYPE);
+    tooLarge.AddEntry(test::AccountOf("S-1-5-21-1-2-3-6"), 1, 0, ACCESS_ALLOWED_ACE_TYPE);
     EXPECT_EQ(Build(tooLarge), nullptr);
     EXPECT_EQ(boxes.TakeBoxes(),
               (std::vector<test::RecordedBox>{
@@ -91,12 +83,8 @@ TEST_F(DaclBuilder, EndsTheProcessWithoutLibraryFunctionOrMemory) {
 class AbsoluteDescriptor : public ::testing::Test {
   protected:
     AbsoluteDescriptor() {
-        nt::SecurityDescriptor descriptor;
-        descriptor.owner = test::SidOf('O');
-        descriptor.group = test::SidOf('G');
-        descriptor.daclState = nt::DaclState::kList;
-        descriptor.dacl.entries.push_back({kDeny, 3, 7, test::SidOf('A'), {}, {}});
-        static_cast<void>(descriptor.AppendTo(bytes));
+        const auto descriptor = nt::FromSddl("O:BAG:SYD:(D;OICI;0x7;;;WD)");
+        EXPECT_TRUE(descriptor && descriptor->AppendTo(bytes));
     }
 
     ServiceFakes services;

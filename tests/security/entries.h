@@ -1,62 +1,29 @@
-// Access lists in a notation short enough for tables.
+// Access lists in the notation of lists: "(D;;0x1;;;WD)(A;OICI;FA;;;BA)".
 #pragma once
 
-#include <cstdint>
-#include <ostream>
+#include <span>
+#include <string>
+#include <string_view>
 #include <vector>
 
-#include "platform/nt/acl.h"
+#include "gtest/gtest.h"
+#include "platform/nt/sddl.h"
+#include "platform/nt/sddl_ace.h"
 #include "security/access_entry_list.h"
 
 namespace permora::test {
 
-// An entry for the account `letter`, whose SID ends in that letter; '-' for an entry without a SID.
-struct ShortEntry {
-    BYTE type;
-    char letter;
-    DWORD mask;
-    BYTE flags;
-
-    friend bool operator==(const ShortEntry& one, const ShortEntry& other) = default;
-};
-
-inline void PrintTo(const ShortEntry& entry, std::ostream* stream) {
-    *stream << "{type " << int{entry.type} << ", " << entry.letter << std::hex << ", 0x" << entry.mask
-            << ", 0x" << int{entry.flags} << '}' << std::dec;
-}
-
-inline constexpr BYTE kAllow = ACCESS_ALLOWED_ACE_TYPE;
-inline constexpr BYTE kDeny = ACCESS_DENIED_ACE_TYPE;
-inline constexpr BYTE kAllowObject = 5;  // its SID stands behind object flags
-
-inline nt::Sid SidOf(char letter) {
-    return {5, {21, 1, 2, 3, static_cast<std::uint32_t>(letter)}};
-}
-
-inline AccountRecord AccountOf(const nt::Sid& sid) {
+inline AccountRecord AccountOf(std::string_view sid) {
     AccountRecord account;
-    std::vector<std::uint8_t> bytes(sid.Bytes().begin(), sid.Bytes().end());
-    static_cast<void>(account.SetSid(bytes.data(), {}));
+    account.sid = nt::SidFromSddl(sid);
+    EXPECT_TRUE(account.sid) << sid;
     return account;
 }
 
-inline AccountRecord AccountOf(char letter) {
-    return AccountOf(SidOf(letter));
-}
-
-inline std::vector<std::uint8_t> DaclBytes(const std::vector<ShortEntry>& entries) {
-    nt::Acl acl;
-    for (const ShortEntry& entry : entries) {
-        nt::Ace ace{entry.type, entry.flags, entry.mask, SidOf(entry.letter), {}, {}};
-        if (entry.type == kAllowObject) {
-            // No GUIDs. Read as a SID, these flags would begin a valid one.
-            ace.objectPart = {1, 0, 0, 0};
-            ace.objectPart.resize(4 + 16);
-        }
-        acl.entries.push_back(std::move(ace));
-    }
+inline std::vector<std::uint8_t> DaclBytes(const std::string& text) {
+    const auto descriptor = nt::FromSddl("D:" + text);
     std::vector<std::uint8_t> bytes;
-    static_cast<void>(acl.AppendTo(bytes));
+    EXPECT_TRUE(descriptor && descriptor->dacl.AppendTo(bytes)) << text;
     return bytes;
 }
 
@@ -64,22 +31,32 @@ inline PACL AclIn(std::vector<std::uint8_t>& bytes) {
     return static_cast<PACL>(static_cast<void*>(bytes.data()));
 }
 
-inline AccessEntryList ListOf(const std::vector<ShortEntry>& entries) {
-    std::vector<std::uint8_t> bytes = DaclBytes(entries);
+inline AccessEntryList ListOf(const std::string& text) {
+    std::vector<std::uint8_t> bytes = DaclBytes(text);
     AccessEntryList list;
     list.LoadFromDacl(AclIn(bytes));
     return list;
 }
 
-inline std::vector<ShortEntry> EntriesOf(const AccessEntryList& list) {
-    std::vector<ShortEntry> entries;
-    for (const AccessEntry& entry : list.Entries()) {
-        char letter = '-';
-        if (void* sid = entry.account.sid.get(); sid != nullptr)
-            letter = static_cast<char>(*GetSidSubAuthority(sid, 4));
-        entries.push_back({entry.aceType, letter, entry.mask, entry.aceFlags});
+// An entry without an account is written with S-1-0-0.
+inline std::string TextOf(std::span<const AccessEntry> entries) {
+    std::string text;
+    for (const AccessEntry& entry : entries) {
+        nt::Ace ace{entry.aceType, entry.aceFlags, entry.mask, entry.account.sid.value_or(nt::Sid()), {}, {}};
+        text += '(';
+        EXPECT_TRUE(nt::AppendAceAsSddl(ace, nt::SddlWords::kAbbreviations, text)) << int{entry.aceType};
+        text += ')';
     }
-    return entries;
+    return text;
+}
+
+inline std::string TextOf(const AccessEntryList& list) {
+    return TextOf(list.Entries());
+}
+
+// The same list as TextOf writes it.
+inline std::string Canonical(const std::string& text) {
+    return TextOf(ListOf(text));
 }
 
 }  // namespace permora::test

@@ -11,27 +11,14 @@ namespace permora {
 namespace {
 
 using test::AccountOf;
-using test::kAllow;
-using test::kAllowObject;
-using test::kDeny;
-using test::ShortEntry;
+using test::Canonical;
+using test::TextOf;
 
-constexpr BYTE kInherited = INHERITED_ACE | 3;
-
-AccountRights RightsOf(const std::vector<ShortEntry>& entries) {
+AccountRights RightsOf(const std::string& entries) {
     std::vector<std::uint8_t> bytes = test::DaclBytes(entries);
     AccountRights rights;
     rights.LoadFromDacl(test::AclIn(bytes));
     return rights;
-}
-
-std::vector<ShortEntry> ShortEntriesOf(const std::vector<AccessEntry>& entries) {
-    std::vector<ShortEntry> shortEntries;
-    for (const AccessEntry& entry : entries) {
-        const DWORD letter = *GetSidSubAuthority(entry.account.sid.get(), 4);
-        shortEntries.push_back({entry.aceType, static_cast<char>(letter), entry.mask, entry.aceFlags});
-    }
-    return shortEntries;
 }
 
 // A digit for each box, 1 where it is checked.
@@ -58,38 +45,34 @@ Masks MasksOf(const AccountRights& rights, std::size_t index) {
 
 // One account with these masks, selected.
 AccountRights OneAccount(const Masks& masks) {
-    AccountRights rights = RightsOf({{kDeny, 'A', masks.explicitDeny, 3},
-                                     {kAllow, 'A', masks.explicitAllow, 3},
-                                     {kDeny, 'A', masks.inheritedDeny, kInherited},
-                                     {kAllow, 'A', masks.inheritedAllow, kInherited}});
+    const auto entry = [](const char* typeAndFlags, DWORD mask) {
+        return '(' + std::string(typeAndFlags) + ';' + std::to_string(mask) + ";;;BA)";
+    };
+    AccountRights rights =
+        RightsOf(entry("D;OICI", masks.explicitDeny) + entry("A;OICI", masks.explicitAllow) +
+                 entry("D;OICIID", masks.inheritedDeny) + entry("A;OICIID", masks.inheritedAllow));
     rights.Select(0);
     return rights;
 }
 
 TEST(AccountRights, AccountsAreGatheredFromTheirEntries) {
-    AccountRights rights = RightsOf({{kAllow, 'A', 0x100001, 0},
-                                     {kAllowObject, 'X', 1, 0},
-                                     {SYSTEM_AUDIT_ACE_TYPE, 'X', 1, 0},
-                                     {kDeny, 'B', 2, 3},
-                                     {kAllow, 'A', 0x80, 9},
-                                     {kDeny, 'A', 4, kInherited},
-                                     {kAllow, 'A', 0x100020, kInherited}});
+    AccountRights rights = RightsOf(
+        "(A;;0x100001;;;BA)(OA;;0x1;;;PU)(AU;;0x1;;;PU)(D;OICI;0x2;;;BU)(A;OIIO;0x80;;;BA)(D;OICIID;0x4;;;BA)"
+        "(A;OICIID;0x100020;;;BA)");
     ASSERT_EQ(rights.Accounts().size(), 2U);
     EXPECT_EQ(MasksOf(rights, 0), (Masks{0x100081, 0, 0x100020, 4}));
     EXPECT_EQ(MasksOf(rights, 1), (Masks{0, 2, 0, 0}));
     EXPECT_TRUE(rights.Accounts()[0].Inherits());
-    EXPECT_EQ(rights.Add(AccountOf('B')), 1U);
-    EXPECT_EQ(rights.Add(AccountOf('C')), 2U);
+    EXPECT_EQ(rights.Add(AccountOf("BU")), 1U);
+    EXPECT_EQ(rights.Add(AccountOf("BG")), 2U);
     rights.Select(2);
     rights.ApplyRightChange(2, true);
     // One deny and one allow entry for each account; nothing inherited. What allows anything allows to
     // synchronize.
-    EXPECT_EQ(ShortEntriesOf(rights.Entries(ItemKind::kFolder)),
-              (std::vector<ShortEntry>{
-                  {kDeny, 'B', 2, 3}, {kAllow, 'A', 0x100081, 3}, {kAllow, 'C', 0x100001, 3}}));
+    EXPECT_EQ(TextOf(rights.Entries(ItemKind::kFolder)),
+              Canonical("(D;OICI;0x2;;;BU)(A;OICI;0x100081;;;BA)(A;OICI;0x100001;;;BG)"));
     rights.Remove(1);
-    EXPECT_EQ(ShortEntriesOf(rights.Entries(ItemKind::kFile)),
-              (std::vector<ShortEntry>{{kAllow, 'A', 0x100081, 0}, {kAllow, 'C', 0x100001, 0}}));
+    EXPECT_EQ(TextOf(rights.Entries(ItemKind::kFile)), "(A;;0x100081;;;BA)(A;;0x100001;;;BG)");
     EXPECT_EQ(BoxesOf(rights), "00000000000000");
 }
 
@@ -192,15 +175,15 @@ TEST(AccountRights, CombinationsChangeOneBoxAfterTheOther) {
 TEST(AccountRights, WhatIsWrittenCanBeUsed) {
     const struct {
         Masks masks;
-        std::vector<ShortEntry> written;
+        const char* written;
     } cases[] = {
-        {{0x1F03FF, 0x203, 0, 0}, {{kDeny, 'A', 0x3, 0}, {kAllow, 'A', 0x1F01FF, 0}}},
-        {{0x10000001, FULL_CONTROL_RIGHTS, 0, 0}, {{kDeny, 'A', 0x1F01FF, 0}, {kAllow, 'A', 0x100001, 0}}},
-        {{0x10000000, 0, 0, 0}, {}},  // it meant nothing, and would mean everything in a new entry
-        {{0x200, 0x100002, 0, 0}, {{kDeny, 'A', 0x100002, 0}}},
+        {{0x1F03FF, 0x203, 0, 0}, "(D;;0x3;;;BA)(A;;FA;;;BA)"},
+        {{0x10000001, FULL_CONTROL_RIGHTS, 0, 0}, "(D;;FA;;;BA)(A;;0x100001;;;BA)"},
+        {{0x10000000, 0, 0, 0}, ""},  // it meant nothing, and would mean everything in a new entry
+        {{0x200, 0x100002, 0, 0}, "(D;;0x100002;;;BA)"},
     };
     for (const auto& each : cases)
-        EXPECT_EQ(ShortEntriesOf(OneAccount(each.masks).Entries(ItemKind::kFile)), each.written);
+        EXPECT_EQ(TextOf(OneAccount(each.masks).Entries(ItemKind::kFile)), Canonical(each.written));
 }
 
 }  // namespace

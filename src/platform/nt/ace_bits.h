@@ -1,8 +1,6 @@
-// The numbers that entries are made of. Source: [MS-DTYP] 2.4.3 (access mask), 2.4.4.1 (entry header) and
-// 2.4.4.3 (object entries).
+// The numbers that entries are made of. Source: [MS-DTYP] 2.4.3 (access mask) and 2.4.4.1 (entry header).
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 namespace permora::nt {
@@ -20,17 +18,13 @@ inline constexpr std::uint32_t kGenericAll         = 0x10000000;
 inline constexpr std::uint32_t kGenericExecute     = 0x20000000;
 inline constexpr std::uint32_t kGenericWrite       = 0x40000000;
 inline constexpr std::uint32_t kGenericRead        = 0x80000000;
+inline constexpr std::uint32_t kGenericRights      = kGenericAll | kGenericExecute | kGenericWrite | kGenericRead;
 inline constexpr std::uint32_t kFileAllAccess      = 0x001F01FF;
 inline constexpr std::uint32_t kFileGenericExecute = 0x001200A0;
 inline constexpr std::uint32_t kFileGenericWrite   = 0x00120116;
 inline constexpr std::uint32_t kFileGenericRead    = 0x00120089;
 
-inline constexpr std::uint8_t  kMandatoryLabelType = 0x11;
-
-// The first four bytes of an object entry's own part say which GUIDs follow them.
-inline constexpr std::size_t   kObjectFlagsBytes           = 4;
-inline constexpr std::uint32_t kObjectTypePresent          = 1;
-inline constexpr std::uint32_t kInheritedObjectTypePresent = 2;
+inline constexpr std::uint8_t kMandatoryLabelType = 0x11;
 // clang-format on
 
 }  // namespace permora::nt

@@ -1,9 +1,8 @@
 #include "platform/nt/acl.h"
 
+#include <algorithm>
 #include <cassert>
 
-#include "platform/guid_text.h"
-#include "platform/nt/ace_bits.h"
 #include "platform/nt/byte_io.h"
 
 namespace permora::nt {
@@ -12,19 +11,59 @@ namespace {
 constexpr std::size_t kAceHeaderBytes = 4;
 constexpr std::size_t kMaskBytes = 4;
 
-constexpr std::uint8_t kMinAclRevision = 2;
-constexpr std::uint8_t kMaxAclRevision = 4;
+// The first four bytes of an object entry's own part say which GUIDs follow them.
+constexpr std::size_t kObjectFlagsBytes = 4;
+constexpr std::uint32_t kObjectTypePresent = 1;
+constexpr std::uint32_t kInheritedObjectTypePresent = 2;
 
-// The bytes between mask and SID of the object entry `bytes`: flags that say which GUIDs follow, and the
-// GUIDs.
-std::optional<std::span<const std::uint8_t>> ReadObjectPart(std::span<const std::uint8_t> bytes) {
-    constexpr std::size_t kOffset = kAceHeaderBytes + kMaskBytes;
-    const auto flags = ReadU32(bytes, kOffset);
+// Takes the GUID off `rest` that `flag` announces; false when it does not fit.
+bool TakeGuid(std::uint32_t flag, ObjectTypes& types, std::optional<Guid>& guid,
+              std::span<const std::uint8_t>& rest) {
+    if ((types.otherFlags & flag) == 0) return true;
+    if (rest.size() < sizeof(Guid)) return false;
+    std::ranges::copy(rest.first<sizeof(Guid)>(), guid.emplace().begin());
+    types.otherFlags &= ~flag;
+    rest = rest.subspan(sizeof(Guid));
+    return true;
+}
+
+// What stands between mask and SID of an object entry, which is taken off `rest`; nothing when it is cut off.
+std::optional<ObjectTypes> TakeObjectTypes(std::span<const std::uint8_t>& rest) {
+    const auto flags = ReadU32(rest, 0);
     if (!flags) return std::nullopt;
-    std::size_t size = kObjectFlagsBytes;
-    if ((*flags & kObjectTypePresent) != 0) size += kGuidBytes;
-    if ((*flags & kInheritedObjectTypePresent) != 0) size += kGuidBytes;
-    return Slice(bytes, kOffset, size);
+    rest = rest.subspan(kObjectFlagsBytes);
+    ObjectTypes types{{}, {}, *flags};
+    if (!TakeGuid(kObjectTypePresent, types, types.objectType, rest) ||
+        !TakeGuid(kInheritedObjectTypePresent, types, types.inheritedObjectType, rest))
+        return std::nullopt;
+    return types;
+}
+
+std::size_t ByteSizeOf(const ObjectTypes& types) {
+    return kObjectFlagsBytes + (types.objectType ? sizeof(Guid) : 0) +
+           (types.inheritedObjectType ? sizeof(Guid) : 0);
+}
+
+void AppendObjectTypes(std::vector<std::uint8_t>& bytes, const ObjectTypes& types) {
+    AppendU32(bytes, types.otherFlags | (types.objectType ? kObjectTypePresent : 0) |
+                         (types.inheritedObjectType ? kInheritedObjectTypePresent : 0));
+    for (const std::optional<Guid>& guid : {types.objectType, types.inheritedObjectType})
+        if (guid) AppendBytes(bytes, *guid);
+}
+
+// Fills what follows the header; what cannot be read is left in `rest`.
+void TakeBody(Ace& ace, std::span<const std::uint8_t>& rest) {
+    const AceShape shape = ShapeOfAceType(ace.type);
+    const auto mask = ReadU32(rest, 0);
+    if (shape == AceShape::kOpaque || !mask) return;
+    ace.mask = *mask;
+    rest = rest.subspan(kMaskBytes);
+    if (shape == AceShape::kObject) {
+        ace.object = TakeObjectTypes(rest);
+        if (!ace.object) return;
+    }
+    ace.sid = Sid::FromBytes(rest);
+    if (ace.sid) rest = rest.subspan(ace.sid->ByteSize());
 }
 
 }  // namespace
@@ -59,54 +98,51 @@ AceShape ShapeOfAceType(std::uint8_t type) {
     }
 }
 
-std::optional<Ace> Ace::FromBytes(std::span<const std::uint8_t> bytes) {
+std::optional<std::size_t> Ace::SizeIn(std::span<const std::uint8_t> bytes) {
     const auto size = ReadU16(bytes, 2);
     if (!size || *size < kAceHeaderBytes || *size % 4 != 0 || *size > bytes.size()) return std::nullopt;
-    const auto entry = bytes.first(*size);
+    return *size;
+}
 
-    Ace ace;
-    ace.type = entry[0];
-    ace.flags = entry[1];
-    const AceShape shape = ShapeOfAceType(ace.type);
-    std::size_t offset = kAceHeaderBytes;
-    if (shape != AceShape::kOpaque) {
-        const auto mask = ReadU32(entry, offset);
-        if (!mask) return std::nullopt;
-        ace.mask = *mask;
-        offset += kMaskBytes;
-        if (shape == AceShape::kObject) {
-            const auto objectPart = ReadObjectPart(entry);
-            if (!objectPart) return std::nullopt;
-            ace.objectPart.assign(objectPart->begin(), objectPart->end());
-            offset += objectPart->size();
-        }
-        const auto sid = Sid::FromBytes(entry.subspan(offset));
-        if (!sid) return std::nullopt;
-        ace.sid = *sid;
-        offset += sid->ByteSize();
-    }
-    const auto tail = entry.subspan(offset);
-    ace.tail.assign(tail.begin(), tail.end());
+std::optional<Ace> Ace::FromDamagedBytes(std::span<const std::uint8_t> bytes) {
+    const auto size = SizeIn(bytes);
+    if (!size) return std::nullopt;
+    std::optional<Ace> ace(std::in_place);
+    ace->type = bytes[0];
+    ace->flags = bytes[1];
+    auto rest = bytes.first(*size).subspan(kAceHeaderBytes);
+    TakeBody(*ace, rest);
+    ace->tail.assign(rest.begin(), rest.end());
+    return ace;
+}
+
+bool Ace::IsDamaged() const {
+    return ShapeOfAceType(type) != AceShape::kOpaque && !sid;
+}
+
+std::optional<Ace> Ace::FromBytes(std::span<const std::uint8_t> bytes) {
+    auto ace = FromDamagedBytes(bytes);
+    if (ace && ace->IsDamaged()) ace.reset();
     return ace;
 }
 
 std::size_t Ace::ByteSize() const {
     std::size_t size = kAceHeaderBytes + tail.size();
-    if (ShapeOfAceType(type) != AceShape::kOpaque) size += kMaskBytes + objectPart.size() + sid.ByteSize();
+    if (sid) size += kMaskBytes + (object ? ByteSizeOf(*object) : 0) + sid->ByteSize();
     return RoundUpToFour(size);
 }
 
 void Ace::AppendTo(std::vector<std::uint8_t>& bytes) const {
     const std::size_t size = ByteSize();
-    assert(size <= Acl::kMaxBytes);
+    assert(size <= Acl::kMaxBytes && !IsDamaged());
     const std::size_t end = bytes.size() + size;
     bytes.push_back(type);
     bytes.push_back(flags);
     AppendU16(bytes, static_cast<std::uint16_t>(size));
-    if (ShapeOfAceType(type) != AceShape::kOpaque) {
+    if (sid) {
         AppendU32(bytes, mask);
-        AppendBytes(bytes, objectPart);
-        AppendBytes(bytes, sid.Bytes());
+        if (object) AppendObjectTypes(bytes, *object);
+        AppendBytes(bytes, sid->Bytes());
     }
     AppendBytes(bytes, tail);
     bytes.resize(end);
@@ -116,7 +152,7 @@ std::optional<Acl> Acl::FromBytes(std::span<const std::uint8_t> bytes) {
     if (bytes.size() < kHeaderBytes) return std::nullopt;
     const std::size_t size = ReadU16(bytes, 2).value_or(0);
     const std::size_t count = ReadU16(bytes, 4).value_or(0);
-    if (bytes[0] < kMinAclRevision || bytes[0] > kMaxAclRevision) return std::nullopt;
+    if (bytes[0] < kLowestRevision || bytes[0] > kHighestRevision) return std::nullopt;
     if (size < kHeaderBytes || size % 4 != 0 || size > bytes.size()) return std::nullopt;
     // Before anything is allocated for entries that cannot be there.
     if (count > (size - kHeaderBytes) / kAceHeaderBytes) return std::nullopt;

@@ -1,13 +1,13 @@
 // Access control entries and lists as plain values. Binary forms: [MS-DTYP] 2.4.4 (ACE) and 2.4.5 (ACL).
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <vector>
 
+#include "platform/nt/guid_text.h"
 #include "platform/nt/sid.h"
 
 namespace permora::nt {
@@ -20,20 +20,35 @@ enum class AceShape {
 };
 AceShape ShapeOfAceType(std::uint8_t type);
 
+// What an object entry is about.
+struct ObjectTypes {
+    std::optional<Guid> objectType;           // none: everything
+    std::optional<Guid> inheritedObjectType;  // the class of objects that inherit the entry; none: all
+    std::uint32_t otherFlags = 0;             // the stored flags that announce no GUID
+
+    friend bool operator==(const ObjectTypes& one, const ObjectTypes& other) = default;
+};
+
 // One entry of any type. Reading and writing it again gives the same bytes.
 struct Ace {
     std::uint8_t type = 0;
     std::uint8_t flags = 0;
-    std::uint32_t mask = 0;  // 0 for opaque entries
-    Sid sid;                 // S-1-0-0 for opaque entries
-    // kObject: object flags (4 bytes) and the GUIDs they announce, as stored. Else empty.
-    std::vector<std::uint8_t> objectPart;
+    std::uint32_t mask = 0;             // 0 for opaque entries
+    std::optional<Sid> sid;             // nothing for opaque and for damaged entries
+    std::optional<ObjectTypes> object;  // of kObject entries alone
     // What follows the SID (kMaskAndSid, kObject), or everything after the header (kOpaque).
     std::vector<std::uint8_t> tail;
 
-    // The entry at the start of `bytes`, which may be longer; nothing when its size is under its minimum, not
-    // a multiple of four or beyond `bytes`, or its SID does not lie inside it.
+    // The size of the entry at the start of `bytes`, which may be longer. Nothing when the size is under that
+    // of a header, not a multiple of four or beyond `bytes`.
+    static std::optional<std::size_t> SizeIn(std::span<const std::uint8_t> bytes);
+    // The entry at the start of `bytes`; nothing when SizeIn gives nothing or the entry is damaged.
     static std::optional<Ace> FromBytes(std::span<const std::uint8_t> bytes);
+    // The same for showing what a damaged entry still says: what can be read, and the rest in `tail`.
+    static std::optional<Ace> FromDamagedBytes(std::span<const std::uint8_t> bytes);
+    // Whether a part is missing that the type has: SID, object flags or a GUID that these announce.
+    bool IsDamaged() const;
+
     // A multiple of four: a tail of another length is followed by zeros when it is written.
     std::size_t ByteSize() const;
     // Appends the binary form of an entry of at most Acl::kMaxBytes.
@@ -46,8 +61,11 @@ struct Ace {
 struct Acl {
     static constexpr std::size_t kHeaderBytes = 8;
     static constexpr std::size_t kMaxBytes = 0xFFFC;  // AclSize has 16 bits and is a multiple of four
+    // Of ordinary lists and of those with object entries; compound entries had the one between.
+    static constexpr std::uint8_t kLowestRevision = 2;
+    static constexpr std::uint8_t kHighestRevision = 4;
 
-    std::uint8_t revision = 2;
+    std::uint8_t revision = kLowestRevision;
     std::vector<Ace> entries;
 
     // The list at the start of `bytes`, which may be longer. Nothing when the revision is not 2 to 4, AclSize

@@ -3,14 +3,12 @@
 #include <algorithm>
 
 #include "platform/nt/ace_bits.h"
-#include "platform/nt/byte_io.h"
 
 namespace permora::nt {
 namespace {
 
 constexpr std::uint8_t kInheritanceFlags =
     kObjectInherit | kContainerInherit | kNoPropagateInherit | kInheritOnly;
-constexpr std::uint8_t kObjectEntryRevision = 4;
 
 bool HasFlag(const Ace& ace, std::uint8_t flag) {
     return (ace.flags & flag) != 0;
@@ -20,14 +18,10 @@ std::uint8_t WithoutFlags(std::uint8_t flags, std::uint8_t removed) {
     return static_cast<std::uint8_t>(flags & ~removed);
 }
 
-bool IsObjectEntry(const Ace& ace) {
-    return ShapeOfAceType(ace.type) == AceShape::kObject;
-}
-
 // An entry may be meant for one class of directory objects only, named by a GUID. Files and folders have no
 // class, so no GUID means them.
 bool IsForOtherObjectClass(const Ace& ace) {
-    return IsObjectEntry(ace) && (ReadU32(ace.objectPart, 0).value_or(0) & kInheritedObjectTypePresent) != 0;
+    return ace.object && ace.object->inheritedObjectType;
 }
 
 // Whether the entry has an effect on the child itself. The parent's "inherit only" does not matter: it keeps
@@ -58,10 +52,8 @@ Sid SubstituteCreator(const Sid& sid, const Sid& owner, const Sid& group) {
 Ace EffectiveEntry(const Ace& ace, const Sid& owner, const Sid& group) {
     Ace effective = ace;
     effective.flags = WithoutFlags(ace.flags, kInheritanceFlags) | kInherited;
-    if (ShapeOfAceType(ace.type) != AceShape::kOpaque) {
-        effective.mask = MapGenericRights(ace.mask);
-        effective.sid = SubstituteCreator(ace.sid, owner, group);
-    }
+    effective.mask = MapGenericRights(ace.mask);
+    if (ace.sid) effective.sid = SubstituteCreator(*ace.sid, owner, group);
     return effective;
 }
 
@@ -95,8 +87,8 @@ void AppendInherited(Acl& acl, const Acl& parent, ObjectKind child, const Sid& o
     for (const Ace& ace : parent.entries)
         AppendInherited(acl.entries, ace, child, owner, group);
     // A list must say by its revision that it holds object entries.
-    if (acl.revision < kObjectEntryRevision && std::ranges::any_of(acl.entries, IsObjectEntry))
-        acl.revision = kObjectEntryRevision;
+    if (std::ranges::any_of(acl.entries, [](const Ace& ace) { return ace.object.has_value(); }))
+        acl.revision = Acl::kHighestRevision;
 }
 
 // Whether two entries differ at most in whether they were inherited.
@@ -108,7 +100,7 @@ bool IsSameButOrigin(const Ace& one, Ace other) {
 }  // namespace
 
 std::uint32_t MapGenericRights(std::uint32_t mask) {
-    std::uint32_t mapped = mask & ~(kGenericAll | kGenericExecute | kGenericWrite | kGenericRead);
+    std::uint32_t mapped = mask & ~kGenericRights;
     if ((mask & kGenericAll) != 0) mapped |= kFileAllAccess;
     if ((mask & kGenericExecute) != 0) mapped |= kFileGenericExecute;
     if ((mask & kGenericWrite) != 0) mapped |= kFileGenericWrite;

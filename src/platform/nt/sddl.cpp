@@ -104,7 +104,7 @@ bool TakeEntry(std::string_view& text, const Sid* machine, Acl& acl) {
     auto ace = AceFromSddl(text.substr(1, end - 1), machine);
     if (!ace) return false;
     // A list must say by its revision that it holds object entries.
-    if (ShapeOfAceType(ace->type) == AceShape::kObject) acl.revision = 4;
+    if (ace->object) acl.revision = Acl::kHighestRevision;
     acl.entries.push_back(std::move(*ace));
     text.remove_prefix(end + 1);
     return true;

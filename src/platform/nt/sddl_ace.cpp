@@ -6,9 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/guid_text.h"
 #include "platform/nt/ace_bits.h"
-#include "platform/nt/byte_io.h"
 #include "platform/nt/conditional_expression.h"
 #include "platform/nt/resource_attribute.h"
 #include "platform/nt/sddl_rights.h"
@@ -75,39 +73,27 @@ bool AppendData(AceData kind, std::span<const std::uint8_t> data, SddlWords word
     return true;
 }
 
-// Appends the fields "object type;inherited object type". False when the object part says more than two
-// GUIDs.
+// Appends the fields "object type;inherited object type;". False when the flags say more than these.
 bool AppendObjectFields(const Ace& ace, std::string& text) {
-    std::span<const std::uint8_t> rest = ace.objectPart;
-    std::uint32_t flags = 0;
-    if (ShapeOfAceType(ace.type) == AceShape::kObject) {
-        flags = ReadU32(rest, 0).value_or(~0U);
-        if ((flags & ~(kObjectTypePresent | kInheritedObjectTypePresent)) != 0) return false;
-        rest = rest.subspan(kObjectFlagsBytes);
-    }
-    for (const std::uint32_t flag : {kObjectTypePresent, kInheritedObjectTypePresent}) {
-        if ((flags & flag) != 0) {
-            if (rest.size() < kGuidBytes) return false;
-            AppendGuid(rest.first<kGuidBytes>(), text);
-            rest = rest.subspan(kGuidBytes);
-        }
+    const ObjectTypes types = ace.object.value_or(ObjectTypes());
+    for (const std::optional<Guid>& guid : {types.objectType, types.inheritedObjectType}) {
+        if (guid) AppendGuid(*guid, text);
         text += ';';
     }
-    return rest.empty();
+    return types.otherFlags == 0;
+}
+
+bool ReadGuidField(std::string_view text, std::optional<Guid>& guid) {
+    if (!text.empty()) guid = GuidFromText(text);
+    return text.empty() || guid;
 }
 
 bool ReadObjectFields(std::string_view objectType, std::string_view inheritedObjectType, Ace& ace) {
     if (ShapeOfAceType(ace.type) != AceShape::kObject)
         return objectType.empty() && inheritedObjectType.empty();
-    AppendU32(ace.objectPart, (objectType.empty() ? 0 : kObjectTypePresent) |
-                                  (inheritedObjectType.empty() ? 0 : kInheritedObjectTypePresent));
-    for (const std::string_view text : {objectType, inheritedObjectType}) {
-        if (text.empty()) continue;
-        const auto guid = GuidFromText(text);
-        if (!guid) return false;
-        AppendBytes(ace.objectPart, *guid);
-    }
-    return true;
+    ObjectTypes& types = ace.object.emplace();
+    return ReadGuidField(objectType, types.objectType) &&
+           ReadGuidField(inheritedObjectType, types.inheritedObjectType);
 }
 
 // The fields of an entry, the last one with whatever stands behind a sixth semicolon; nothing when there are
@@ -134,7 +120,7 @@ std::optional<AceFields> SplitFields(std::string_view text) {
 
 bool AppendAceAsSddl(const Ace& ace, SddlWords words, std::string& text) {
     const auto* const word = std::ranges::find(kAceWords, ace.type, &AceWord::type);
-    if (word == std::end(kAceWords)) return false;
+    if (word == std::end(kAceWords) || !ace.sid) return false;
     std::string fields(word->letters);
     fields += ';';
     if (!AppendBits(kFlags, ace.flags, fields)) return false;
@@ -142,7 +128,7 @@ bool AppendAceAsSddl(const Ace& ace, SddlWords words, std::string& text) {
     AppendRights(ace.mask, ace.type, words, fields);
     fields += ';';
     if (!AppendObjectFields(ace, fields)) return false;
-    AppendSidAsSddl(ace.sid, words, fields);
+    AppendSidAsSddl(*ace.sid, words, fields);
     if (!AppendData(word->data, ace.tail, words, fields)) return false;
     text += fields;
     return true;
@@ -165,7 +151,7 @@ std::optional<Ace> AceFromSddl(std::string_view text, const Sid* machine) {
         return std::nullopt;
     ace.flags = static_cast<std::uint8_t>(*flags);
     ace.mask = *mask;
-    ace.sid = *sid;
+    ace.sid = sid;
     if (!split->data) return MayBeWithoutData(word->data) ? std::optional(std::move(ace)) : std::nullopt;
     auto data = DataFromText(word->data, *split->data, machine);
     if (!data) return std::nullopt;

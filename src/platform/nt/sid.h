@@ -47,7 +47,8 @@ class Sid {
     friend bool operator==(const Sid& one, const Sid& other);
 
   private:
-    std::array<std::uint8_t, kMaxBytes> bytes{};  // unused tail is zero
+    // The unused tail is zero. Aligned as the system's SID is, so that its functions can be lent the bytes.
+    alignas(std::uint32_t) std::array<std::uint8_t, kMaxBytes> bytes{};
 };
 
 }  // namespace permora::nt

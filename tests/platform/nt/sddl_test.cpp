@@ -162,7 +162,7 @@ TEST(Sddl, RefusesToDropWhatTextCannotHold) {
     applicationsOwn.tail = Hex("01020304");
     Ace deniedObject = plain;  // a condition without a word for its type
     deniedObject.type = 0x0C;
-    deniedObject.objectPart = {0, 0, 0, 0};
+    deniedObject.object.emplace();
     deniedObject.tail = Hex("61727478 f9 02000000 6100 00");
     Ace attribute = plain;
     attribute.type = 0x12;
@@ -171,7 +171,7 @@ TEST(Sddl, RefusesToDropWhatTextCannotHold) {
     opaque.type = 0x04;
     Ace unknownObjectFlag = plain;
     unknownObjectFlag.type = 0x05;
-    unknownObjectFlag.objectPart = {4, 0, 0, 0};
+    unknownObjectFlag.object = {{}, {}, 4};
 
     SecurityDescriptor descriptor;
     descriptor.daclState = DaclState::kList;

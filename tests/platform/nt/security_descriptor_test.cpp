@@ -181,7 +181,7 @@ TEST(SecurityDescriptor, EveryTruncationIsRefused) {
 TEST(SecurityDescriptor, AListThatIsTooLargeLeavesTheOutputAlone) {
     SecurityDescriptor descriptor;
     descriptor.daclState = DaclState::kList;
-    descriptor.dacl.entries.resize(4000);
+    descriptor.dacl.entries.assign(4000, {0, 0, 1, kAdministrators, {}, {}});
     std::vector<std::uint8_t> bytes = {7};
     EXPECT_FALSE(descriptor.AppendTo(bytes));
     descriptor.daclState = DaclState::kAbsent;

@@ -3,26 +3,25 @@
 #include <cstddef>
 #include <cstring>
 #include <optional>
+#include <vector>
 
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/linux/base/failure.h"
 #include "platform/nt/acl.h"
+#include "platform/raw_security.h"
 
 namespace {
 
+namespace nt = permora::nt;
 using permora::host::Fail;
 
-// [MS-DTYP] 2.4.5: 2 for ordinary lists, 4 for those with object entries; 3 was compound entries.
-constexpr DWORD kLowestRevision = ACL_REVISION;
-constexpr DWORD kHighestRevision = ACL_REVISION_DS;
 constexpr DWORD kInheritanceFlags =
     OBJECT_INHERIT_ACE | CONTAINER_INHERIT_ACE | NO_PROPAGATE_INHERIT_ACE | INHERIT_ONLY_ACE | INHERITED_ACE;
 constexpr std::size_t kAceAlignment = 4;
-constexpr std::size_t kSidOffset = offsetof(ACCESS_ALLOWED_ACE, SidStart);
 
 bool IsKnownRevision(DWORD revision) {
-    return revision >= kLowestRevision && revision <= kHighestRevision;
+    return revision >= nt::Acl::kLowestRevision && revision <= nt::Acl::kHighestRevision;
 }
 
 BYTE* BytesOf(PACL acl) {
@@ -40,14 +39,7 @@ std::optional<ACL> ReadHeader(PACL acl) {
 
 // The size of the entry at `offset`, or nothing when it does not lie wholly inside the list.
 std::optional<std::size_t> EntrySize(PACL acl, const ACL& header, std::size_t offset) {
-    ACE_HEADER entry;
-    if (header.AclSize - offset < sizeof(entry)) return std::nullopt;
-    std::memcpy(&entry, BytesOf(acl) + offset, sizeof(entry));
-    if (entry.AceSize < sizeof(entry) || entry.AceSize % kAceAlignment != 0 ||
-        entry.AceSize > header.AclSize - offset) {
-        return std::nullopt;
-    }
-    return entry.AceSize;
+    return nt::Ace::SizeIn({BytesOf(acl) + offset, header.AclSize - offset});
 }
 
 // Where entry `index` starts, or the first unused byte when `index` is the number of entries. Nothing when an
@@ -69,17 +61,13 @@ BOOL AppendEntry(PACL acl, DWORD revision, BYTE type, DWORD flags, DWORD mask, P
     if (!end) return Fail(ERROR_INVALID_ACL);
     if (!IsKnownRevision(revision)) return Fail(ERROR_REVISION_MISMATCH);
     if ((flags & ~kInheritanceFlags) != 0) return Fail(ERROR_INVALID_FLAGS);
-    if (!IsValidSid(sid)) return Fail(ERROR_INVALID_SID);
+    const std::optional<nt::Sid> account = permora::SidOf(sid);
+    if (!account) return Fail(ERROR_INVALID_SID);
 
-    const DWORD sidLength = GetLengthSid(sid);
-    const auto size = static_cast<WORD>(kSidOffset + sidLength);
-    if (size > header->AclSize - *end) return Fail(ERROR_ALLOTTED_SPACE_EXCEEDED);
-
-    const ACE_HEADER entry{type, static_cast<BYTE>(flags), size};
-    BYTE* target = BytesOf(acl) + *end;
-    std::memmove(target + kSidOffset, sid, sidLength);
-    std::memcpy(target, &entry, sizeof(entry));
-    std::memcpy(target + offsetof(ACCESS_ALLOWED_ACE, Mask), &mask, sizeof(mask));
+    std::vector<BYTE> entry;
+    nt::Ace{type, static_cast<BYTE>(flags), mask, account, {}, {}}.AppendTo(entry);
+    if (entry.size() > header->AclSize - *end) return Fail(ERROR_ALLOTTED_SPACE_EXCEEDED);
+    std::memcpy(BytesOf(acl) + *end, entry.data(), entry.size());
 
     // A list takes the highest revision that any of its entries was added with.
     if (revision > header->AclRevision) header->AclRevision = static_cast<BYTE>(revision);
@@ -102,8 +90,7 @@ BOOL WINAPI InitializeAcl(PACL acl, DWORD size, DWORD revision) {
 }
 
 BOOL WINAPI IsValidAcl(PACL acl) {
-    const std::optional<ACL> header = ReadHeader(acl);
-    return header && permora::nt::Acl::FromBytes({BytesOf(acl), header->AclSize}).has_value();
+    return permora::AclOf(acl).has_value();
 }
 
 BOOL WINAPI GetAclInformation(PACL acl, LPVOID information, DWORD size,

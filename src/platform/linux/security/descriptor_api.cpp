@@ -5,10 +5,11 @@
 #include "platform/api/security.h"
 #include "platform/linux/base/failure.h"
 #include "platform/linux/security/descriptor_view.h"
+#include "platform/raw_security.h"
 
 namespace {
 
-using permora::host::ClaimedBytes;
+using permora::ClaimedBytes;
 using permora::host::DescriptorView;
 using permora::host::Fail;
 

@@ -1,6 +1,9 @@
 #include "platform/linux/security/descriptor_view.h"
 
 #include <cstring>
+#include <utility>
+
+#include "platform/raw_security.h"
 
 namespace permora::host {
 namespace {
@@ -52,34 +55,20 @@ std::optional<DescriptorView> DescriptorView::Of(PSECURITY_DESCRIPTOR descriptor
     return view;
 }
 
-std::span<const BYTE> ClaimedBytes(PACL acl) {
-    if (acl == nullptr) return {};
-    return {reinterpret_cast<const BYTE*>(acl), ReadHeader<ACL>(acl).AclSize};
-}
-
-std::optional<nt::Sid> SidOf(PSID sid) {
-    if (IsValidSid(sid) == FALSE) return std::nullopt;
-    return nt::Sid::FromBytes({static_cast<const BYTE*>(sid), GetLengthSid(sid)});
-}
-
-std::optional<nt::Acl> EntriesOf(PACL acl) {
-    if (IsValidAcl(acl) == FALSE) return std::nullopt;
-    return nt::Acl::FromBytes(ClaimedBytes(acl));
-}
-
 std::optional<nt::SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descriptor) {
-    if (!IsValidSecurityDescriptor(descriptor)) return std::nullopt;
     const auto view = DescriptorView::Of(descriptor);
     if (!view) return std::nullopt;
-
     nt::SecurityDescriptor value;
     value.control = view->control | SE_SELF_RELATIVE;
     value.resourceManagerControl = view->resourceManagerControl;
     value.owner = SidOf(view->owner);
     value.group = SidOf(view->group);
+    if ((view->owner != nullptr && !value.owner) || (view->group != nullptr && !value.group) ||
+        (view->sacl != nullptr && IsValidAcl(view->sacl) == FALSE))
+        return std::nullopt;
     if ((view->control & SE_DACL_PRESENT) != 0) value.daclState = nt::DaclState::kNull;
     if (view->dacl != nullptr) {
-        auto dacl = nt::Acl::FromBytes(ClaimedBytes(view->dacl));
+        auto dacl = AclOf(view->dacl);
         if (!dacl) return std::nullopt;
         value.daclState = nt::DaclState::kList;
         value.dacl = std::move(*dacl);

@@ -2,12 +2,9 @@
 #pragma once
 
 #include <optional>
-#include <span>
 
 #include "platform/api/security.h"
-#include "platform/nt/acl.h"
 #include "platform/nt/security_descriptor.h"
-#include "platform/nt/sid.h"
 
 namespace permora::host {
 
@@ -26,13 +23,6 @@ struct DescriptorView {
     // revision is unknown or an offset leads into the header itself.
     static std::optional<DescriptorView> Of(PSECURITY_DESCRIPTOR descriptor);
 };
-
-// The bytes that a list's header claims, unchecked and lent by the list; none for no list.
-std::span<const BYTE> ClaimedBytes(PACL acl);
-
-// Copies of what a caller hands over, checked whole; nothing when it is null or not valid.
-std::optional<nt::Sid> SidOf(PSID sid);
-std::optional<nt::Acl> EntriesOf(PACL acl);
 
 // The value of a descriptor in either form; nothing when it is not valid.
 std::optional<nt::SecurityDescriptor> DescriptorValue(PSECURITY_DESCRIPTOR descriptor);

@@ -6,9 +6,9 @@
 
 #include "platform/api/errors.h"
 #include "platform/linux/accounts/memberships.h"
-#include "platform/linux/security/descriptor_view.h"
 #include "platform/nt/ace_bits.h"
 #include "platform/nt/acl.h"
+#include "platform/raw_security.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ DWORD RightsOf(const nt::Acl& acl, const std::vector<nt::Sid>& sids) {
         if (entry.type == ACCESS_ALLOWED_ACE_TYPE) granted |= entry.mask & ~denied;
         if (entry.type == ACCESS_DENIED_ACE_TYPE) denied |= entry.mask & ~granted;
     }
-    return granted & ~(nt::kGenericAll | nt::kGenericExecute | nt::kGenericWrite | nt::kGenericRead);
+    return granted & ~nt::kGenericRights;
 }
 
 }  // namespace
@@ -37,13 +37,13 @@ void WINAPI BuildTrusteeWithSidA(PTRUSTEE_A trustee, PSID sid) {
 DWORD WINAPI GetEffectiveRightsFromAclA(PACL acl, PTRUSTEE_A trustee, PACCESS_MASK rights) {
     if (trustee == nullptr || rights == nullptr || trustee->TrusteeForm != TRUSTEE_IS_SID)
         return ERROR_INVALID_PARAMETER;
-    const std::optional<nt::Sid> account = permora::host::SidOf(trustee->ptstrName);
+    const std::optional<nt::Sid> account = permora::SidOf(trustee->ptstrName);
     if (!account) return ERROR_INVALID_SID;
     if (acl == nullptr) {
         *rights = FILE_ALL_ACCESS;
         return ERROR_SUCCESS;
     }
-    const std::optional<nt::Acl> list = permora::host::EntriesOf(acl);
+    const std::optional<nt::Acl> list = permora::AclOf(acl);
     if (!list) return ERROR_INVALID_ACL;
     std::vector<nt::Sid> sids;
     const DWORD error = permora::host::FindMemberships(*account, sids);

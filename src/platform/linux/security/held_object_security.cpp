@@ -13,6 +13,7 @@
 #include "platform/linux/security/owner_setting.h"
 #include "platform/linux/security/propagation.h"
 #include "platform/nt/inheritance.h"
+#include "platform/raw_security.h"
 
 namespace permora {
 namespace {
@@ -66,7 +67,7 @@ void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION part
 }
 
 bool TakeSid(PSID sid, nt::Sid& taken) {
-    const std::optional<nt::Sid> copy = host::SidOf(sid);
+    const std::optional<nt::Sid> copy = SidOf(sid);
     if (copy) taken = *copy;
     return copy.has_value();
 }
@@ -170,12 +171,12 @@ DWORD TakeChange(SECURITY_INFORMATION information, const NewParts& parts, Securi
     if (change.Has(GROUP_SECURITY_INFORMATION) && !TakeSid(parts.group, change.group))
         return ERROR_INVALID_SID;
     if (change.Has(DACL_SECURITY_INFORMATION) && parts.dacl != nullptr) {
-        change.dacl = host::EntriesOf(parts.dacl);
+        change.dacl = AclOf(parts.dacl);
         if (!change.dacl) return ERROR_INVALID_ACL;
     }
     if (change.Has(SACL_SECURITY_INFORMATION) && parts.sacl != nullptr) {
         if (!IsValidAcl(parts.sacl)) return ERROR_INVALID_ACL;
-        const auto bytes = host::ClaimedBytes(parts.sacl);
+        const auto bytes = ClaimedBytes(parts.sacl);
         change.sacl.assign(bytes.begin(), bytes.end());
     }
     return ERROR_SUCCESS;

@@ -5,7 +5,6 @@
 
 #include "platform/api/errors.h"
 #include "platform/linux/files/several_names.h"
-#include "platform/linux/security/descriptor_view.h"
 #include "platform/linux/security/held_object_inside.h"
 #include "platform/linux/security/object_turn.h"
 #include "platform/linux/security/owner_setting.h"
@@ -13,6 +12,7 @@
 #include "platform/linux/security/tree_change.h"
 #include "platform/nt/inheritance.h"
 #include "platform/nt/security_descriptor.h"
+#include "platform/raw_security.h"
 
 namespace permora::host {
 namespace {
@@ -107,7 +107,7 @@ namespace permora {
 
 DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, TreeObserver& observer,
                                 TreeCounts& counts) const {
-    const std::optional<nt::Acl> entries = host::EntriesOf(list);
+    const std::optional<nt::Acl> entries = AclOf(list);
     if (!entries) return ERROR_INVALID_ACL;
     const nt::Acl mapped = nt::MapGenericRights(*entries, {});
     return host::ListSetting(mapped, mode, observer, counts).Run(inside->target.object);
@@ -115,7 +115,7 @@ DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, TreeObserver& obse
 
 DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, TreeObserver& observer,
                                  TreeCounts& counts) const {
-    const std::optional<nt::Sid> account = host::SidOf(owner);
+    const std::optional<nt::Sid> account = SidOf(owner);
     if (!account) return ERROR_INVALID_SID;
     return host::OwnerSetting(*account, linked, observer, counts).Run(inside->target.object);
 }

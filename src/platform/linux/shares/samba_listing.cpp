@@ -113,8 +113,8 @@ std::optional<std::string> FormatUserShareAcl(const nt::SecurityDescriptor& desc
     std::string text;
     for (const nt::Ace& ace : descriptor.dacl.entries) {
         const char access = AccessOf(ace);
-        if (access == 0) return std::nullopt;
-        text += (text.empty() ? "" : ",") + ace.sid.ToText() + ':' + LowerLetter(access);
+        if (access == 0 || !ace.sid) return std::nullopt;
+        text += (text.empty() ? "" : ",") + ace.sid->ToText() + ':' + LowerLetter(access);
     }
     // An empty one would be taken for the usual one, by which everyone may read.
     if (text.empty()) return std::nullopt;

@@ -15,7 +15,7 @@
 #include "platform/api/messages.h"
 #include "platform/api/policy.h"
 #include "platform/api/token.h"
-#include "platform/linux/security/descriptor_view.h"
+#include "platform/raw_security.h"
 #include "platform/resources.h"
 #include "tests/support/command.h"
 #include "tests/support/own_mounts.h"
@@ -44,7 +44,7 @@ std::string HoldersOf(std::u16string right) {
     if (status != 0) return "error " + std::to_string(LsaNtStatusToWinError(status));
     std::string holders;
     for (ULONG i = 0; i < count; ++i)
-        holders += host::SidOf(accounts.get()[i].Sid).value().ToText() + ' ';
+        holders += SidOf(accounts.get()[i].Sid).value().ToText() + ' ';
     return holders;
 }
 

@@ -6,7 +6,8 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
-#include "platform/linux/security/descriptor_view.h"
+#include "platform/nt/security_descriptor.h"
+#include "platform/raw_security.h"
 #include "platform/resources.h"
 
 namespace {
@@ -45,7 +46,7 @@ TEST(SddlApi, ReadsSids) {
         PSID sid = nullptr;
         ASSERT_TRUE(ConvertStringSidToSidA(written, &sid)) << written;
         const UniqueLocal<void> owned(sid);
-        EXPECT_EQ(permora::host::SidOf(sid), permora::nt::Sid::FromText(expected));
+        EXPECT_EQ(permora::SidOf(sid), permora::nt::Sid::FromText(expected));
     }
     PSID sid = nullptr;
     for (const char* text : {"", "S-1-5-", "S-1-5-32-544 ", "QQ"}) {

@@ -1,15 +1,15 @@
-#include "platform/guid_text.h"
+#include "platform/nt/guid_text.h"
 
 #include <charconv>
+#include <cstddef>
 #include <system_error>
 
-namespace permora {
+namespace permora::nt {
 namespace {
 
 // Which stored byte each pair of hexadecimal digits shows: the first three groups of a GUID are little-endian
 // numbers, the rest bytes.
-constexpr std::array<std::size_t, kGuidBytes> kGuidByteOrder = {3, 2, 1,  0,  5,  4,  7,  6,
-                                                                8, 9, 10, 11, 12, 13, 14, 15};
+constexpr std::array<std::size_t, 16> kGuidByteOrder = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
 
 constexpr std::size_t kGuidTextSize = 36;
 
@@ -19,9 +19,9 @@ bool IsDashBefore(std::size_t pair) {
 
 }  // namespace
 
-void AppendGuid(std::span<const std::uint8_t, kGuidBytes> guid, std::string& text) {
+void AppendGuid(const Guid& guid, std::string& text) {
     constexpr std::string_view kDigits = "0123456789abcdef";
-    for (std::size_t pair = 0; pair < kGuidBytes; ++pair) {
+    for (std::size_t pair = 0; pair < kGuidByteOrder.size(); ++pair) {
         if (IsDashBefore(pair)) text += '-';
         const unsigned byte = guid[kGuidByteOrder[pair]];
         text += kDigits[byte >> 4U];
@@ -29,10 +29,10 @@ void AppendGuid(std::span<const std::uint8_t, kGuidBytes> guid, std::string& tex
     }
 }
 
-std::optional<std::array<std::uint8_t, kGuidBytes>> GuidFromText(std::string_view text) {
+std::optional<Guid> GuidFromText(std::string_view text) {
     if (text.size() != kGuidTextSize) return std::nullopt;
-    std::array<std::uint8_t, kGuidBytes> guid{};
-    for (std::size_t pair = 0; pair < kGuidBytes; ++pair) {
+    Guid guid{};
+    for (std::size_t pair = 0; pair < kGuidByteOrder.size(); ++pair) {
         if (IsDashBefore(pair)) {
             if (text.front() != '-') return std::nullopt;
             text.remove_prefix(1);
@@ -45,4 +45,4 @@ std::optional<std::array<std::uint8_t, kGuidBytes>> GuidFromText(std::string_vie
     return guid;
 }
 
-}  // namespace permora
+}  // namespace permora::nt
