@@ -62,8 +62,8 @@ struct FileOperationObject {
 struct FileOperationQuestion {
     FileOperationQuestionKind kind = FileOperationQuestionKind::kFailure;
     FileOperationKind operation = FileOperationKind::kCopy;
-    FileOperationObject source;
-    FileOperationObject target;
+    FileOperationObject source = {};
+    FileOperationObject target = {};
     DWORD error = 0;       // of kFailure and kPropertyLoss
     bool mayRetry = true;  // of kFailure
     DWORD itemCount = 0;   // of kTrash

@@ -9,7 +9,7 @@ namespace permora::host {
 bool MayTouch(FileOperationObject source, const ObjectHandle& object, OperationTalk& talk) {
     DWORD attributes = 0;
     if (!object.IsFolder() && !S_ISREG(object.Status().st_mode)) return true;
-    // Who cannot be asked is not protected by it; the work itself tells what is wrong.
+    // Attributes that cannot be read protect nothing; the work itself reports what is wrong.
     if (ReadAttributes(object, {}, attributes) != ERROR_SUCCESS) return true;
     if ((attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_SYSTEM)) == 0) return true;
     return talk.Agrees(FileOperationQuestionKind::kProtectedItem, std::move(source));

@@ -1,4 +1,4 @@
-// Putting items where something may stand already, and what is asked then.
+// Putting items where something may stand already, and the questions about that.
 #pragma once
 
 #include <utility>

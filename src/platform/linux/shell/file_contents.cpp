@@ -119,7 +119,7 @@ DWORD ContentsCopier::CopySparse(const VolumeFile& from, off_t size, int target)
         if (isRestHole) data = size;
         off_t end = data < 0 ? -1 : data;
         if (data >= 0 && data < size) end = lseek(source, data, SEEK_HOLE);
-        // A driver that does not tell its holes calls everything data: those of ntfs-3g's volumes.
+        // A driver that does not report holes calls everything data: those of ntfs-3g's volumes.
         const bool isUntold = end < 0 || (data == 0 && end >= size);
         if (isUntold) {
             PassCacheBy(from);

@@ -78,7 +78,7 @@ class OperationRun {
     }
 
   private:
-    // Runs `step`, which answers with an error code, until it succeeds or the user gives up.
+    // Runs `step`, which returns an error code, until it succeeds or the user gives up.
     template <typename Step>
     bool Try(const std::string& path, const Step& step) {
         for (;;) {
@@ -173,7 +173,7 @@ void OperationRun::MoveItem(const FoundItem& item, TargetFolder& target, TreeCop
     if (AreOnOneMount(item.object, target.Handle()))
         TreeMove(talk, target).Move(AsWalked(item));
     else
-        MoveByCopying(AsWalked(item), item.hostName, target, copy, Replacing::kAsk, talk);
+        MoveByCopying(AsWalked(item), item.hostName, target, copy, NewFilePlace::kFree, talk);
 }
 
 // --- Renaming.
@@ -207,7 +207,7 @@ DWORD OperationRun::RenameOnce(const FoundItem& item) {
     if (problem == EXDEV) {
         talk.totals.AddTrees({item.ShownPath()});
         TreeCopy copy(talk, *target);
-        MoveByCopying(AsWalked(item), place.hostName, *target, copy, Replacing::kAsk, talk);
+        MoveByCopying(AsWalked(item), place.hostName, *target, copy, NewFilePlace::kFree, talk);
         return ERROR_SUCCESS;
     }
     return problem == 0 ? ERROR_SUCCESS : ErrorFromErrno(problem);

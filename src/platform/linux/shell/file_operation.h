@@ -8,7 +8,7 @@
 
 namespace permora::host {
 
-// What was asked for. Paths are those of platform/api/files.h.
+// The order of a caller. Paths are those of platform/api/files.h.
 struct FileOperationRequest {
     FileOperationKind kind = FileOperationKind::kCopy;
     std::vector<std::string> sources;

@@ -10,7 +10,7 @@
 namespace permora::host {
 namespace {
 
-// Writes all that the volume of a folder has got, and tells what could not be written.
+// Writes all changes of a folder's volume to the disk. An error: some could not be written.
 DWORD SyncVolume(const ObjectHandle& folder) {
     UniqueFd opened;
     const DWORD error = folder.OpenForListing(opened);
@@ -21,13 +21,13 @@ DWORD SyncVolume(const ObjectHandle& folder) {
 }  // namespace
 
 void MoveByCopying(const WalkedItem& item, const std::string& newName, TargetFolder& target, TreeCopy& copy,
-                   Replacing replacing, OperationTalk& talk) {
+                   NewFilePlace place, OperationTalk& talk) {
     CopiedFiles copied;
     const std::size_t passedOverBefore = talk.PassedOver();
-    copy.Copy(item, newName, replacing, &copied);
+    copy.Copy(item, newName, place, &copied);
     // All of it is there, or all of it stays here.
     if (talk.IsCancelled() || talk.PassedOver() != passedOverBefore) return;
-    // The kernel tells only once what it lost: to ask it again would be answered with a success.
+    // The kernel reports lost writes only once: a second call would succeed.
     if (const DWORD error = SyncVolume(target.Handle()); error != ERROR_SUCCESS) {
         talk.FailsForGood(DescribeObject(target.ShownPath(), target.Handle()), error);
         return;

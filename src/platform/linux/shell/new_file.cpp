@@ -36,7 +36,8 @@ NewFile::~NewFile() {
 }
 
 // Attempts have an end: the program behind a volume may say anything.
-DWORD NewFile::MakeNamed(mode_t mode, bool isFinal) {
+DWORD NewFile::MakeNamed(mode_t mode, FirstName first) {
+    const bool isFinal = first == FirstName::kFinal;
     constexpr int kMostAttempts = 100;
     for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
         const std::string name = isFinal ? finalName : TemporaryName();
@@ -74,7 +75,8 @@ DWORD NewFile::Make(TargetFolder& folder, const std::string& hostName, mode_t mo
             return ErrorFromErrno(errno);
     }
     if (!folder.Volume().hasNamelessFiles)
-        error = MakeNamed(mode, size <= kSmallFile && place == NewFilePlace::kFree);
+        error = MakeNamed(mode, size <= kSmallFile && place == NewFilePlace::kFree ? FirstName::kFinal
+                                                                                   : FirstName::kTemporary);
     return error == ERROR_SUCCESS ? folder.Secure(object) : error;
 }
 

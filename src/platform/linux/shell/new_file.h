@@ -35,7 +35,9 @@ class NewFile {
     DWORD Publish();
 
   private:
-    DWORD MakeNamed(mode_t mode, bool isFinal);
+    enum class FirstName { kFinal, kTemporary };
+
+    DWORD MakeNamed(mode_t mode, FirstName first);
     DWORD TakeName(const std::string& name);
 
     TargetFolder* target = nullptr;
@@ -46,8 +48,8 @@ class NewFile {
     bool isPublished = false;
 };
 
-// To be called when all is written: servers, and programs that serve a volume, may tell only when a file is
-// closed what did not get through. 0 or an error code.
+// To be called when all is written: servers, and programs that serve a volume, may report lost writes only
+// when a file is closed. 0 or an error code.
 DWORD FinishWriting(const ObjectHandle& file);
 
 }  // namespace permora::host

@@ -73,39 +73,25 @@ bool OperationTalk::Agrees(FileOperationQuestion question) {
 
 bool OperationTalk::Agrees(FileOperationQuestionKind kind, FileOperationObject source,
                            FileOperationObject target) {
-    FileOperationQuestion question;
-    question.kind = kind;
-    question.source = std::move(source);
-    question.target = std::move(target);
-    return Agrees(std::move(question));
-}
-
-FileOperationAnswer OperationTalk::AskAboutFailure(FileOperationObject source, DWORD error, bool mayRetry) {
-    FileOperationQuestion question;
-    question.source = std::move(source);
-    question.error = error;
-    question.mayRetry = mayRetry;
-    return Ask(std::move(question));
+    return Agrees({.kind = kind, .source = std::move(source), .target = std::move(target)});
 }
 
 OperationTalk::AfterFailure OperationTalk::Fails(FileOperationObject source, DWORD error) {
-    if (AskAboutFailure(std::move(source), error, true) == FileOperationAnswer::kRetry)
+    if (Ask({.source = std::move(source), .error = error}) == FileOperationAnswer::kRetry)
         return AfterFailure::kRetry;
     PassOver(error);
     return AfterFailure::kPassOver;
 }
 
 void OperationTalk::FailsForGood(FileOperationObject source, DWORD error) {
-    AskAboutFailure(std::move(source), error, false);
+    Ask({.source = std::move(source), .error = error, .mayRetry = false});
     PassOver(error);
 }
 
 void OperationTalk::ComesIntoItself(FileOperationObject source, FileOperationObject target) {
-    FileOperationQuestion question;
-    question.kind = FileOperationQuestionKind::kFolderIntoItself;
-    question.source = std::move(source);
-    question.target = std::move(target);
-    Ask(std::move(question));
+    Ask({.kind = FileOperationQuestionKind::kFolderIntoItself,
+         .source = std::move(source),
+         .target = std::move(target)});
     PassOver(ERROR_INVALID_PARAMETER);
 }
 

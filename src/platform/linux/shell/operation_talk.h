@@ -16,31 +16,31 @@ namespace permora::host {
 // An item as questions show it.
 FileOperationObject DescribeObject(std::string path, const ObjectHandle& object);
 
-// Passes on progress at a pace that costs nothing, remembers answers that hold for all, and keeps how the
-// operation went. One thread at a time.
+// Reports progress at a pace that costs nothing, remembers answers that hold for all, and counts what was
+// passed over. One thread at a time.
 class OperationTalk {
   public:
     OperationTalk(FileOperationHost& user, FileOperationKind operation);
 
-    // What the next report tells, but for the totals; kept up by those who do the work.
+    // For the next report, without the totals; kept up to date by those who do the work.
     FileOperationProgress progress;
     OperationTotals totals;
 
-    // Tells the user how far the operation is, unless that was told just now. False once it is cancelled.
+    // Reports the progress, unless the last report was just now. False once the operation is cancelled.
     bool GoesOn();
     bool IsCancelled() const { return isCancelled; }
 
     // Yes or no. No counts as passed over; a cancelled operation says no.
     bool Agrees(FileOperationQuestion question);
-    // The same of an item, and of what it meets.
+    // The same about an item, and what stands in its way.
     bool Agrees(FileOperationQuestionKind kind, FileOperationObject source, FileOperationObject target = {});
 
     enum class AfterFailure { kRetry, kPassOver };
-    // Tells a failure.
+    // Reports a failure and asks whether to try again.
     AfterFailure Fails(FileOperationObject source, DWORD error);
-    // Tells one that cannot be tried again: it is passed over.
+    // Reports a failure that cannot be tried again; the item is passed over.
     void FailsForGood(FileOperationObject source, DWORD error);
-    // Tells that a folder would come into itself, which nothing can mend.
+    // Reports that a folder would come into itself; the folder is passed over.
     void ComesIntoItself(FileOperationObject source, FileOperationObject target);
 
     // How much was passed over until now, for whatever reason.
@@ -52,7 +52,6 @@ class OperationTalk {
 
   private:
     FileOperationAnswer Ask(FileOperationQuestion question);
-    FileOperationAnswer AskAboutFailure(FileOperationObject source, DWORD error, bool mayRetry);
     void PassOver(DWORD error);
 
     FileOperationHost& host;

@@ -19,7 +19,7 @@ class CountingVisitor : public TreeVisitor {
         return totals.isGivenUp ? WalkDecision::kStop : WalkDecision::kDescend;
     }
 
-    // The work itself tells.
+    // The work itself reports failures.
     void Fail(DWORD /*error*/, const char* /*name*/, std::size_t /*depth*/) override {}
 
   private:

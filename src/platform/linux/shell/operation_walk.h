@@ -30,17 +30,17 @@ class WalkHandler {
     virtual void Leave(const WalkedItem& item) = 0;
 };
 
-// Walks by open handles: links are handed over and never followed, what is mounted below is told as a failure
-// (ERROR_NOT_SAME_DEVICE) and not entered, and a folder that is moved or replaced by a link in the middle of
-// the walk leads nowhere else. What cannot be opened or listed is told to the user; what vanishes is no
-// failure. A cancelled walk ends where it is, without leaving the folders that it entered.
+// Walks by open handles: links are handed over and never followed, what is mounted below is reported as a
+// failure (ERROR_NOT_SAME_DEVICE) and not entered, and a folder that is moved or replaced by a link in the
+// middle of the walk leads nowhere else. What cannot be opened or listed is reported to the user; what
+// vanishes is no failure. A cancelled walk ends where it is, without leaving the folders that it entered.
 //
 // Each level of folders costs one open descriptor and 8 KiB, and no stack. Counts the items that are done and
 // names the one in work.
 void WalkItem(const WalkedItem& top, OperationTalk& talk, WalkHandler& handler);
 
 // Removes the name of an item; `flags` are those of unlinkat(2). What has vanished is removed; what cannot be
-// is told to the user, who may pass it over.
+// is reported to the user, who may pass it over.
 void RemoveName(const WalkedItem& item, int flags, OperationTalk& talk);
 
 }  // namespace permora::host

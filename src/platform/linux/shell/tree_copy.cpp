@@ -43,9 +43,9 @@ bool CopiedFiles::Hold(const struct stat& source) const {
            found->second.lastWrite.tv_nsec == source.st_mtim.tv_nsec;
 }
 
-void TreeCopy::Copy(const WalkedItem& item, std::string newName, Replacing replacing, CopiedFiles* copied) {
+void TreeCopy::Copy(const WalkedItem& item, std::string newName, NewFilePlace place, CopiedFiles* copied) {
     topName = std::move(newName);
-    topReplacing = replacing;
+    topPlace = place;
     record = copied;
     sourceVolume = AskVolume(item.object);
     talk.progress.toFolder = top.ShownPath();
@@ -62,7 +62,7 @@ const std::string& TreeCopy::NewNameOf(const WalkedItem& item) const {
 void TreeCopy::File(const WalkedItem& item) {
     const ULONGLONG before = talk.progress.bytesDone;
     FileAnswers answers;
-    answers.replaces = entered.empty() && topReplacing == Replacing::kAgreed;
+    if (entered.empty()) answers.place = topPlace;
     const PutOutcome outcome = PutWithRetries(item, Current(), talk, [&](DWORD& error) {
         talk.progress.bytesDone = before;
         return CopyOnce(item, answers, error);
@@ -84,17 +84,15 @@ PutOutcome TreeCopy::CopyOnce(const WalkedItem& item, FileAnswers& answers, DWOR
     if (error == ERROR_SUCCESS) error = target.CheckName(hostName);
     if (error == ERROR_SUCCESS) error = target.FindClash(hostName, clash);
     if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
-    if (clash && !answers.replaces) {
+    if (clash && answers.place == NewFilePlace::kFree) {
         const ClashAnswer answer = AskAboutClash(item, target, *clash, talk, error);
         if (answer != ClashAnswer::kGoOn)
             return answer == ClashAnswer::kFail ? PutOutcome::kFailed : PutOutcome::kPassedOver;
-        answers.replaces = true;
     }
     // What stands there keeps the case of its name, as on Windows.
     if (clash) hostName = clash->hostName;
-    answers.replaces = clash.has_value();
-    return isLink ? CopyLink(item, hostName, answers.replaces, error)
-                  : CopyFile(item, hostName, answers, error);
+    answers.place = clash ? NewFilePlace::kReplacing : NewFilePlace::kFree;
+    return isLink ? CopyLink(item, hostName, answers.place, error) : CopyFile(item, hostName, answers, error);
 }
 
 // Where the host keeps no modes everything has all bits, which says nothing about who may use it.
@@ -112,8 +110,7 @@ PutOutcome TreeCopy::CopyFile(const WalkedItem& item, const std::string& hostNam
     if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
     const struct stat& status = item.object.Status();
     NewFile file;
-    error = file.Make(target, hostName, ModeOfCopy(status.st_mode), status.st_size,
-                      answers.replaces ? NewFilePlace::kReplacing : NewFilePlace::kFree);
+    error = file.Make(target, hostName, ModeOfCopy(status.st_mode), status.st_size, answers.place);
     if (error == ERROR_SUCCESS)
         error = contents.Copy({source.Get(), sourceVolume}, status,
                               {file.Object().Descriptor(), target.Volume()});
@@ -132,21 +129,19 @@ PutOutcome TreeCopy::CopyFile(const WalkedItem& item, const std::string& hostNam
 }
 
 bool TreeCopy::AgreesToLoss(const WalkedItem& item, DWORD loss) {
-    FileOperationQuestion question;
-    question.kind = FileOperationQuestionKind::kPropertyLoss;
-    question.source = item.Described();
-    question.target.path = Current().ShownPathOf(NewNameOf(item));
-    question.target.isFolder = item.object.IsFolder();
-    question.error = loss;
-    return talk.Agrees(std::move(question));
+    return talk.Agrees(
+        {.kind = FileOperationQuestionKind::kPropertyLoss,
+         .source = item.Described(),
+         .target = {.path = Current().ShownPathOf(NewNameOf(item)), .isFolder = item.object.IsFolder()},
+         .error = loss});
 }
 
-PutOutcome TreeCopy::CopyLink(const WalkedItem& item, const std::string& hostName, bool replaces,
+PutOutcome TreeCopy::CopyLink(const WalkedItem& item, const std::string& hostName, NewFilePlace place,
                               DWORD& error) {
     std::string text;
     error = item.object.ReadLinkText(text);
     if (error != ERROR_SUCCESS) return PutOutcome::kFailed;
-    if (!replaces) {
+    if (place == NewFilePlace::kFree) {
         error = PutLink(item, text, hostName, hostName);
         return error == ERROR_SUCCESS ? PutOutcome::kDone : PutOutcome::kFailed;
     }

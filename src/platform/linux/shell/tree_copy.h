@@ -12,6 +12,7 @@
 
 #include "platform/linux/shell/clash_question.h"
 #include "platform/linux/shell/file_contents.h"
+#include "platform/linux/shell/new_file.h"
 #include "platform/linux/shell/operation_walk.h"
 #include "platform/linux/shell/target_folder.h"
 
@@ -33,19 +34,18 @@ class CopiedFiles {
     std::map<std::pair<dev_t, ino_t>, State> states;
 };
 
-// Whether a file that has the name of the item itself is asked about.
-enum class Replacing { kAsk, kAgreed };
-
 // Questions, failures and progress go through `talk`. An item that cannot be copied is passed over, and what
-// had its name stays. Links are copied as links; pipes, sockets and devices are told as not supported, since
-// whoever made them elsewhere may have meant them for another machine.
+// had its name stays. Links are copied as links. Pipes, sockets and devices are reported as not supported:
+// they may have been meant for another machine.
 class TreeCopy : public WalkHandler {
   public:
     // `target` must outlive this.
     TreeCopy(OperationTalk& user, TargetFolder& target) : talk(user), top(target), contents(user) {}
 
-    // Copies one item, which is called `newName` in the target. `copied` gets what was copied.
-    void Copy(const WalkedItem& item, std::string newName, Replacing replacing = Replacing::kAsk,
+    // Copies one item, which is called `newName` in the target. In NewFilePlace::kReplacing the user has
+    // already agreed that it replaces a file with that name. `copied`, which may be null, gets what was
+    // copied.
+    void Copy(const WalkedItem& item, std::string newName, NewFilePlace place = NewFilePlace::kFree,
               CopiedFiles* copied = nullptr);
 
     void File(const WalkedItem& item) override;
@@ -59,7 +59,7 @@ class TreeCopy : public WalkHandler {
     };
     // What was settled about one file before it was tried again.
     struct FileAnswers {
-        bool replaces = false;
+        NewFilePlace place = NewFilePlace::kFree;
         bool mayLose = false;
     };
 
@@ -71,7 +71,8 @@ class TreeCopy : public WalkHandler {
     PutOutcome CopyOnce(const WalkedItem& item, FileAnswers& answers, DWORD& error);
     PutOutcome CopyFile(const WalkedItem& item, const std::string& hostName, FileAnswers& answers,
                         DWORD& error);
-    PutOutcome CopyLink(const WalkedItem& item, const std::string& hostName, bool replaces, DWORD& error);
+    PutOutcome CopyLink(const WalkedItem& item, const std::string& hostName, NewFilePlace place,
+                        DWORD& error);
     // A link that is made as `madeName` and then, where that is another, put in the place of `hostName`.
     DWORD PutLink(const WalkedItem& item, const std::string& text, const std::string& madeName,
                   const std::string& hostName);
@@ -83,7 +84,7 @@ class TreeCopy : public WalkHandler {
     ContentsCopier contents;
     std::vector<EnteredTarget> entered;  // below `top`, as the walk is below the item
     std::string topName;
-    Replacing topReplacing = Replacing::kAsk;
+    NewFilePlace topPlace = NewFilePlace::kFree;
     VolumeTraits sourceVolume;
     CopiedFiles* record = nullptr;
 };

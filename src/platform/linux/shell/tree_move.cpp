@@ -43,7 +43,7 @@ PutOutcome TreeMove::MoveOnce(const WalkedItem& item, DWORD& error) {
         target.Took(item.hostName, item.object);
         return PutOutcome::kDone;
     }
-    if (problem == EXDEV) return CopyInstead(item, Replacing::kAsk);
+    if (problem == EXDEV) return CopyInstead(item, NewFilePlace::kFree);
     error = ErrorFromErrno(problem);
     return PutOutcome::kFailed;
 }
@@ -63,17 +63,17 @@ PutOutcome TreeMove::Settle(const WalkedItem& item, Clash clash, DWORD& error) {
         target.Took(clash.hostName, item.object);
         return PutOutcome::kDone;
     }
-    if (errno == EXDEV) return CopyInstead(item, Replacing::kAgreed);
+    if (errno == EXDEV) return CopyInstead(item, NewFilePlace::kReplacing);
     error = ErrorFromErrno(errno);
     return PutOutcome::kFailed;
 }
 
 // Until now it counted as one item.
-PutOutcome TreeMove::CopyInstead(const WalkedItem& item, Replacing replacing) {
+PutOutcome TreeMove::CopyInstead(const WalkedItem& item, NewFilePlace place) {
     const std::size_t passedOverBefore = talk.PassedOver();
     talk.totals.AddTrees({item.ShownPath()});
     TreeCopy copy(talk, Current());
-    MoveByCopying(item, item.hostName, Current(), copy, replacing, talk);
+    MoveByCopying(item, item.hostName, Current(), copy, place, talk);
     return talk.PassedOver() == passedOverBefore ? PutOutcome::kDone : PutOutcome::kPassedOver;
 }
 
@@ -91,7 +91,7 @@ void TreeMove::Leave(const WalkedItem& item) {
     const EnteredTarget left = std::move(entered.back());
     entered.pop_back();
     talk.progress.toFolder = Current().ShownPath();
-    // What was passed over in it was told already.
+    // What was passed over in it has been reported.
     if (left.passedOverBefore == talk.PassedOver()) RemoveName(item, AT_REMOVEDIR, talk);
 }
 

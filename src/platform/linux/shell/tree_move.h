@@ -38,7 +38,7 @@ class TreeMove : public WalkHandler {
     PutOutcome MoveWithRetries(const WalkedItem& item);
     PutOutcome MoveOnce(const WalkedItem& item, DWORD& error);
     PutOutcome Settle(const WalkedItem& item, Clash clash, DWORD& error);
-    PutOutcome CopyInstead(const WalkedItem& item, Replacing replacing);
+    PutOutcome CopyInstead(const WalkedItem& item, NewFilePlace place);
 
     OperationTalk& talk;
     TargetFolder& top;

@@ -13,7 +13,7 @@ namespace permora::host {
 bool TreeRemoval::MayRemove(const WalkedItem& item) const {
     struct stat status {};
     if (fstatat(item.folder, item.hostName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
-        return true;  // it vanished, or removing it tells why not
+        return true;  // it vanished, or its removal reports why not
     if (!AreOneObject(status, item.object.Status())) return false;
     return copied == nullptr || copied->Hold(status);
 }
@@ -38,7 +38,7 @@ bool TreeRemoval::Enter(const WalkedItem& item) {
 void TreeRemoval::Leave(const WalkedItem& item) {
     const bool isWhole = passedOverBefore.back() == talk.PassedOver();
     passedOverBefore.pop_back();
-    // What was passed over in it was told already.
+    // What was passed over in it has been reported.
     if (isWhole) RemoveName(item, AT_REMOVEDIR, talk);
 }
 
