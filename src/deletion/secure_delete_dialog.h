@@ -14,7 +14,7 @@ namespace permora {
 class CSecureDelete : public CDialog {
   public:
     // What DoModal returns beside IDOK, when the worker went through all items, and IDCANCEL, when it was
-    // stopped before one of them: a box told why nothing was touched.
+    // stopped before one of them: nothing was touched, and a box gave the reason.
     static constexpr int kCannotStart = 3;
 
     explicit CSecureDelete(CWnd* ownerWindow = nullptr);

@@ -1,9 +1,9 @@
 // Work on what is in a folder that is held open: a service of our own beside the system's.
 //
-// The system's calls take paths, and every path is resolved anew. Who destroys files in folders that others
-// can write must not: a folder that was swapped for a link between two calls would lead the second one into
-// another tree. Here a folder is opened once, and everything in it is reached by its bare name through that
-// handle. The current directory stays what it is, but for MakeCurrent.
+// The system's calls take paths, and every path is resolved anew. A program that destroys files in
+// folders that others can write must not do that: a folder that was swapped for a link between two calls
+// would lead the second one into another tree. Here a folder is opened once, and everything in it is reached
+// by its bare name through that handle. The current directory stays what it is, but for MakeCurrent.
 #pragma once
 
 #include <memory>

@@ -1,10 +1,10 @@
-// Objects that are held between what is asked about them and what is done with them: a service of our own
+// Objects that are held between the reading and the writing of what belongs to them: a service of our own
 // beside the system's.
 //
-// The system's calls take names, and every name is resolved anew. Who reads a list, thinks about it and
-// writes another one by the same name may write it on something else: whoever can write in a folder can give
-// the name to another object meanwhile. Here an object is found once, and everything is asked of and done
-// with what was found.
+// The system's calls take names, and every name is resolved anew. A program that reads a list and writes
+// another one by the same name may write it on something else: others who can write in the folder can give
+// the name to another object meanwhile. Here an object is found once, and everything is read from and written
+// to what was found.
 #pragma once
 
 #include <cstddef>
@@ -55,8 +55,8 @@ class HeldObject {
     static DWORD Hold(const std::string& path, HeldObject& object);
 
     bool IsFolder() const;
-    // Whether the volume that holds the object has access lists: what FILE_PERSISTENT_ACLS tells in the flags
-    // of GetVolumeInformationA.
+    // Whether the volume that holds the object has access lists: FILE_PERSISTENT_ACLS in the flags of
+    // GetVolumeInformationA.
     DWORD AskAccessControl(bool& isSupported) const;
 
     // The parts asked for in one self-relative block. An object without a stored descriptor has one made from

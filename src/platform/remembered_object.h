@@ -14,7 +14,8 @@ namespace permora {
 class HeldObject;
 
 // An object, a link itself and never what it leads to, as it was found under a name. An object that was made
-// later is told from it even where it got the number of one that is gone. Copies are cheap and one object.
+// later is recognised as another one, even if it has the number of one that is gone. Copies are cheap and one
+// object.
 //
 // On Linux each keeps its object open while half of the descriptors that the process may have suffice; those
 // after that are known by what their volume calls them (number and generation, or time of creation). A file

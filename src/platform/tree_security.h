@@ -1,11 +1,11 @@
 // One access list, or one owner, for everything below a folder (HeldObject::SetListsBelow and
-// SetOwnersBelow): services of our own beside the system's. Here stands what they tell while they are at
+// SetOwnersBelow): services of our own beside the system's. Here stands what they report while they
 // work.
 //
 // SetNamedSecurityInfoA on a folder carries inheritance to everything below it, so a caller who walks a tree
 // and calls it for each object pays for every object once for each folder above it. And a caller can descend
 // by names only, which others may change between two calls. The system's own call for trees
-// (TreeResetNamedSecurityInfoA) rewrites the folder itself too, tells of objects by their full path only, and
+// (TreeResetNamedSecurityInfoA) rewrites the folder itself too, reports objects by their full path only, and
 // leaves open what it does with links. So the walk is the layer's: each object is read and written once, and
 // nothing outside the tree is ever touched.
 #pragma once
@@ -34,7 +34,7 @@ inline constexpr DWORD kHasFurtherNames = ERROR_TOO_MANY_LINKS;
 struct TreeCounts {
     std::size_t changed = 0;
     std::size_t unchanged = 0;   // they were so already
-    std::size_t passedOver = 0;  // each was told with its reason
+    std::size_t passedOver = 0;  // each was reported with its reason
 };
 
 // Called on the thread that called the service. Texts live for the call.
@@ -46,8 +46,8 @@ class TreeObserver {
     virtual bool Begin(const char* name) = 0;
 
     // An object that is as it was, by its path below the folder that is walked (the names with backslashes
-    // between them); a folder that could itself be changed but whose contents could not be listed is told
-    // too.
+    // between them); a folder that could itself be changed but whose contents could not be listed is
+    // reported too.
     virtual void PassOver(const std::string& path, DWORD error) = 0;
 };
 

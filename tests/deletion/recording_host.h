@@ -1,4 +1,4 @@
-// A host of the deletion that keeps what it is told.
+// A host of the deletion that records its calls.
 #pragma once
 
 #include <functional>

@@ -107,7 +107,7 @@ TEST_F(SeclusionTest, AFileThatGetsASecondNameAgainAndAgainIsNeverOverwritten) {
     EXPECT_TRUE(isWhole);
     EXPECT_FALSE(host.failures.empty());
     unlink("bait");
-    // Where the name was taken again, the file could not go back: that is told.
+    // Where the name was taken again, the file could not go back, which is reported.
     for (const std::string& name : Names()) {
         EXPECT_TRUE(std::any_of(host.failures.begin(), host.failures.end(), [&](const Outcome& failure) {
             return failure.place == name;

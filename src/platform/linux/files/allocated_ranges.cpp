@@ -101,7 +101,7 @@ RangeSource FindRangeSource(int descriptor, const struct stat& status) {
     FileRange first;
     if (FindExtent(descriptor, 0, size, first) == 0)
         return first.begin == 0 && first.end >= size ? RangeSource::kWhole : RangeSource::kExtents;
-    // Without holes in it a file looks like one on a file system that does not tell holes.
+    // A file without holes looks like one on a file system that does not report holes.
     const off_t hole = lseek(descriptor, 0, SEEK_HOLE);
     if (hole >= 0 && hole < size) return RangeSource::kHoles;
     // Whatever is missing of a small file fills no disk, and contents in the volume's own tables have no

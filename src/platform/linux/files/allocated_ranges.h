@@ -6,11 +6,11 @@
 
 namespace permora::host {
 
-// Who tells what is allocated.
+// Where it is known from what is allocated.
 enum class RangeSource {
-    kWhole,     // all of it
-    kExtents,   // the file system lists extents (FIEMAP), also those that are set aside and read as zeros
-    kHoles,     // it tells holes from data (lseek), and sets nothing aside where it matters
+    kWhole,    // all of it
+    kExtents,  // the file system lists extents (FIEMAP), also those that are set aside and read as zeros
+    kHoles,  // the file system distinguishes holes from data (lseek), and sets nothing aside where it matters
     kContents,  // nobody, and there is less than its size: what is not zeros must be somewhere
 };
 
@@ -25,7 +25,7 @@ struct DataAhead {
 };
 
 // FindAllocated for a file of `size` bytes; `ahead` is kept from call to call. kContents needs a descriptor
-// for reading, and answers after 64 MiB of zeros with an empty range, so that it can be stopped.
+// for reading, and returns an empty range after 64 MiB of zeros, so that it can be stopped.
 DWORD FindRange(RangeSource source, int descriptor, off_t from, off_t size, DataAhead& ahead,
                 FileRange& range);
 

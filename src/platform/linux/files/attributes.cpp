@@ -69,7 +69,8 @@ DWORD ReadStored(const AttributeReader& read, AttributeStore store, StoredAttrib
     }
     std::vector<std::uint8_t> value;
     const int error = read(kDosAttribute, value);
-    // Whoever may not read a file may not read this attribute either, but still sees the file in its folder.
+    // Without the right to read a file this attribute cannot be read either, but the folder still lists the
+    // file.
     const bool isHidden = error == EACCES || error == EPERM;
     if (error != 0 && !IsAbsent(error) && !isHidden) return ErrorFromErrno(error);
     if (error == 0) stored.fromSamba = DosAttribute::FromBytes(value);

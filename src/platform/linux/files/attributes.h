@@ -14,9 +14,9 @@ inline constexpr const char* kNtfsAttribute = "system.ntfs_attrib";
 // Where Samba keeps them (dos_attribute.h).
 inline constexpr const char* kDosAttribute = "user.DOSATTRIB";
 
-// Where the objects of a volume keep their attributes. Who lists a folder asks once and not for each object.
+// Where the objects of a volume keep their attributes. A listing finds this out once and not for each object.
 enum class AttributeStore {
-    kAsk,    // every object is asked for the volume's own, and without them for Samba's
+    kAsk,    // the volume's own are read from every object, and where it has none, Samba's
     kSamba,  // the volume has none of its own
 };
 

@@ -63,7 +63,7 @@ DWORD HandOut(const std::string& text, DWORD size, LPSTR buffer) {
 }
 
 DWORD CurrentHostPath(std::string& hostPath) {
-    // The C library's form with a buffer of its own also answers where the path is longer than PATH_MAX.
+    // The C library's form with a buffer of its own also works where the path is longer than PATH_MAX.
     const std::unique_ptr<char, decltype(&free)> path(getcwd(nullptr, 0), &free);
     if (!path) return errno == ENOENT ? ERROR_PATH_NOT_FOUND : ErrorFromErrno(errno);
     if (*path != '/') return ERROR_PATH_NOT_FOUND;

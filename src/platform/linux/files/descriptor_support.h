@@ -19,9 +19,9 @@ enum class DescriptorStoreKind {
     kUser,    // for everyone else; only files and folders can have it
 };
 
-// Asks the object, since a type name does not tell: an NTFS image file is mounted as type "fuse". The answer
-// holds for all objects of a volume, except that links, devices and the like answer kNone where files and
-// folders answer kUser.
+// Examines the object, since the type name is not enough: an NTFS image file is mounted as type "fuse". The
+// answer holds for all objects of a volume, except that links, devices and the like answer kNone where files
+// and folders answer kUser.
 DescriptorStoreKind StoreKindOf(const ObjectHandle& object);
 
 }  // namespace permora::host

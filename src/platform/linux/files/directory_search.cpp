@@ -97,7 +97,7 @@ class DirectorySearch {
         } else if (errno == ENOENT) {
             return false;
         } else {
-            // What cannot be asked is listed all the same: it exists, and its folder says what it is.
+            // What cannot be examined is listed all the same: it exists, and its folder says what it is.
             found.dwFileAttributes = AttributesOfType(entry.type);
         }
         data = found;

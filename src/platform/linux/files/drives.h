@@ -41,7 +41,7 @@ std::optional<DriveRoot> FindDrive(char letter);
 // The drive with the longest root that holds an absolute host path (without "." and "..").
 DriveRoot DriveHolding(std::string_view hostPath);
 
-// For whoever asks about many paths: the roots of all drives as the machine stands now, and the same question
+// For many paths: the roots of all drives as the machine stands now, and the same question
 // about them.
 std::vector<DriveRoot> ListDriveRoots();
 DriveRoot DriveHolding(std::string_view hostPath, const std::vector<DriveRoot>& roots);

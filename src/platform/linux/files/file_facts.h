@@ -9,7 +9,7 @@
 namespace permora::host {
 
 // Fills the fields that WIN32_FIND_DATAA and WIN32_FILE_ATTRIBUTE_DATA have in common, but for the time of
-// creation, which fstatat does not tell. `facts` must be empty.
+// creation, which fstatat does not give. `facts` must be empty.
 template <typename Facts>
 void FillFacts(const struct stat& status, DWORD attributes, Facts& facts) {
     facts.dwFileAttributes = attributes;

@@ -7,7 +7,7 @@
 
 namespace permora::host {
 
-// The DRIVE_ type of a mounted volume as far as its file system tells: disks are DRIVE_FIXED.
+// The DRIVE_ type of a mounted volume as far as its file system says: disks are DRIVE_FIXED.
 // DRIVE_NO_ROOT_DIR: a virtual file system, a program that mounted itself, or a folder mounted once more,
 // which nobody would call a disk.
 UINT DriveTypeOfMount(const MountEntry& mount);

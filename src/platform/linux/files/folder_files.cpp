@@ -190,7 +190,7 @@ DWORD FolderHandle::NextEntry(FolderEntry& entry) {
     DWORD error = ERROR_SUCCESS;
     if (!inside->listing.Next(found, error)) return error != ERROR_SUCCESS ? error : ERROR_NO_MORE_FILES;
     FolderEntryKind kind = host::KindOfMode(static_cast<mode_t>(DTTOIF(found.type)));
-    // Who cannot be asked has vanished, and then whatever is done with it tells so.
+    // What cannot be examined has vanished; whatever is done with it reports that.
     struct stat status {};
     if (found.type == DT_UNKNOWN)
         kind = fstatat(inside->Descriptor(), found.name, &status, AT_SYMLINK_NOFOLLOW) == 0

@@ -12,7 +12,7 @@
 
 namespace permora::host {
 
-// Whether what was asked about at two times, or by two names, is one object.
+// Whether two answers of fstat, at two times or by two names, are about one object.
 inline bool AreOneObject(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }

@@ -51,7 +51,7 @@ std::vector<std::uint8_t> BirthOf(const ObjectHandle& object) {
 
 ObjectIdentity::ObjectIdentity(const ObjectHandle& object)
     : device(object.Status().st_dev), number(object.Status().st_ino) {
-    // ntfs-3g tells the volume's own time of creation.
+    // ntfs-3g gives the volume's own time of creation.
     if (!HasLastingMarks(object)) {
         if (ReadExtendedAttribute(object, "system.ntfs_crtime", mark) != 0) mark.clear();
         return;

@@ -10,7 +10,7 @@
 
 namespace permora::host {
 
-// What tells an object from all others, also from one that got its number after it was deleted: where the
+// Distinguishes an object from all others, also from one that got its number after it was deleted: where the
 // file system has them, the generation that goes with the number, or else the time of its birth. Those behind
 // FUSE and overlays have neither that lasts; there NTFS has a time of its own, and else the number alone must
 // do.

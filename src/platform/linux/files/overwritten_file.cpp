@@ -169,7 +169,7 @@ class HostFile : public OverwrittenFile {
 };
 
 DWORD Reserve(int descriptor, bool& isKnownAlone) {
-    // The signal that tells of others who want the file. Without a choice it is one that ends the process;
+    // The signal that somebody else wants the file. Without a choice it is one that ends the process;
     // nobody minds this one.
     isKnownAlone = fcntl(descriptor, F_SETSIG, SIGURG) == 0 && fcntl(descriptor, F_SETLEASE, F_WRLCK) == 0;
     if (isKnownAlone) return ERROR_SUCCESS;
@@ -192,7 +192,7 @@ DWORD OpenReserved(const ObjectHandle& file, int access, Opening& opening) {
     return ERROR_SUCCESS;
 }
 
-// Runs `work`, which answers with an error code, on the file that a handle stands for.
+// Runs `work`, which returns an error code, on the file that a handle stands for.
 template <typename Work>
 BOOL WithFile(HANDLE handle, const Work& work) {
     const std::shared_ptr<SystemObject> object = SystemObjects().Find(handle);
@@ -207,7 +207,7 @@ DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& open
     Opening opening;
     DWORD error = OpenReserved(file, O_WRONLY, opening);
     if (error == ERROR_SUCCESS && opening.ranges == RangeSource::kContents) {
-        // Who has a lease cannot open the file once more.
+        // The holder of a lease cannot open the file once more.
         opening.descriptor.Reset();
         error = OpenReserved(file, O_RDWR, opening);
     }

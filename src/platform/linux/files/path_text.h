@@ -27,8 +27,7 @@ struct PathText {
     Start start = Start::kCurrentFolder;
     std::size_t ascents = 0;  // how many ".." lead above the current folder; none lead above a root
     std::vector<std::string_view> components;  // as shown; "." and ".." are worked off
-    // The path ends with a separator: it asks for what is inside, so it must be a folder, and a link there is
-    // followed.
+    // The path ends with a separator: it names a folder, and a link there is followed.
     bool endsWithSeparator = false;
 };
 

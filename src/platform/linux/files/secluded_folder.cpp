@@ -129,7 +129,7 @@ DWORD SecludedFolder::Take(FileHandle& file) const {
         taken.folder = here;
         return ERROR_SUCCESS;
     }
-    // What cannot go back stays here, and keeps the folder from being removed, which is told.
+    // What cannot go back stays here and keeps the folder from being removed, which is reported.
     host::Move(here, taken.home, taken.hostName);
     return error == ERROR_SUCCESS ? ERROR_FILE_INVALID : error;
 }

@@ -16,9 +16,9 @@
 namespace permora::host {
 namespace {
 
-// A name that is both long and short is one link, but the volume tells it as a short name too. ntfs-3g tells
-// none of a file with several long names (EMLINK); old versions do, and lowntfs-3g does not know by which
-// name the file was found, so what it tells may stand in another folder.
+// A name that is both long and short is one link, but the volume reports it as a short name too. ntfs-3g
+// tells none of a file with several long names (EMLINK); old versions do, and lowntfs-3g does not know by
+// which name the file was found, so the short name may stand in another folder.
 bool HasShortNameBeside(int folder, const std::string& hostName, const ObjectHandle& file) {
     std::vector<std::uint8_t> value;
     if (AttributeStoreOf(file) != AttributeStore::kAsk ||
@@ -35,8 +35,8 @@ bool HasShortNameBeside(int folder, const std::string& hostName, const ObjectHan
 }  // namespace
 
 DWORD AskSeveralNames(int folder, const std::string& hostName, const ObjectHandle& file, bool& answer) {
-    // One call tells the count and that the name is among those counted. The file itself would tell one name
-    // as well when this one was taken away and another is left, wherever that stands.
+    // One call gives the count, and that the name is among those counted. The file itself would report one
+    // name as well when this one was taken away and another is left, wherever that stands.
     struct stat status {};
     if (fstatat(folder, hostName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return ErrorFromErrno(errno);
     if (!AreOneObject(status, file.Status())) return ERROR_FILE_INVALID;

@@ -1,4 +1,4 @@
-// Visits every object below a folder, whoever may be changing the tree meanwhile.
+// Visits every object below a folder, also while others change the tree.
 #pragma once
 
 #include <cstddef>

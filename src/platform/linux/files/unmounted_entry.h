@@ -13,7 +13,7 @@ namespace permora::host {
 int OpenUnmountedEntry(int folder, const char* hostName, int flags, UniqueFd& opened, mode_t mode = 0);
 
 // A walk holds a descriptor for each level of folders. A thousand is the usual limit, tens of thousands are
-// usually allowed to who asks.
+// usually allowed on request.
 void RaiseDescriptorLimit();
 
 }  // namespace permora::host

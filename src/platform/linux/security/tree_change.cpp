@@ -22,7 +22,7 @@ WalkDecision TreeChange::Visit(const ObjectHandle& object, const char* hostName,
     }
     const DWORD error = ChangeAndCount(object, hostName, depth);
     if (error != ERROR_SUCCESS) PassOver(error, name, depth);
-    // Whoever has the turn on a folder is at work on what is in it too.
+    // The holder of the turn on a folder is at work on what is in it too.
     if (error == ERROR_BUSY) return WalkDecision::kPassOver;
     if (object.IsFolder()) {
         Enter(object, error, depth + 1);
@@ -35,7 +35,7 @@ DWORD TreeChange::ChangeAndCount(const ObjectHandle& object, const char* hostNam
     if (!store.CanHold(object)) return ERROR_NOT_SUPPORTED;
     Outcome outcome = Outcome::kUnchanged;
     DWORD error = Allow(object, hostName);
-    // Who writes nothing takes no turn either, for which a file may have to be made.
+    // Without a write no turn is needed, for which a file may have to be made.
     if (error == ERROR_SUCCESS && mode == TreeListMode::kWrite) error = turns.Take(object, depth);
     if (error == ERROR_SUCCESS) error = Change(object, depth, outcome);
     if (object.IsFolder() && error != ERROR_BUSY) turns.Keep();

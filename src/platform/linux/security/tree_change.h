@@ -29,7 +29,7 @@ class TreeChange : public TreeVisitor {
     virtual DWORD Begin(const ObjectHandle& /*top*/) { return ERROR_SUCCESS; }
     // One object that can have a descriptor. A failure leaves it as it was.
     virtual DWORD Change(const ObjectHandle& object, std::size_t depth, Outcome& outcome) = 0;
-    // Whether it may be changed at all, asked before; an error code says why not. `hostName` is its name.
+    // Called before Change: 0 when the object may be changed, else an error code. `hostName` is its name.
     virtual DWORD Allow(const ObjectHandle& /*object*/, const char* /*hostName*/) { return ERROR_SUCCESS; }
     // A folder, whose contents have the depth `inside`, comes next; `error` is that of its own change.
     virtual void Enter(const ObjectHandle& /*folder*/, DWORD /*error*/, std::size_t /*inside*/) {}
