@@ -135,7 +135,7 @@ bool RunAssign(const Arguments& arguments, const AccountRecord& account, const s
     std::optional<NewLists> lists;
     bool allDone = true;
     AccountRecord shown = account;
-    const UniqueLibrary library = LoadAccessListLibrary(nullptr);
+    const UniqueLibrary library = LoadAccessListLibrary();
     // The first object's list is made and written in one turn.
     const auto makeAndWrite = [&](const HeldObject& first) {
         ObjectSecurity object;

@@ -50,7 +50,7 @@ DWORD FindAccount(const std::string& text, AccountRecord& account) {
 
 bool RunChange(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
                ConsoleMessages& messages) {
-    const UniqueLibrary library = LoadAccessListLibrary(nullptr);
+    const UniqueLibrary library = LoadAccessListLibrary();
     bool allDone = true;
     for (const Target& target : targets) {
         messages.SetSubject(target.argument);

@@ -55,7 +55,8 @@ bool MayReplace(const Losses& losses, const Arguments& arguments, ConsoleMessage
 
 UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries,
                                 ConsoleMessages& messages) {
-    UniqueLocal<ACL> dacl = BuildDacl(nullptr, library, entries);
+    UniqueLocal<ACL> dacl;
+    if (const Outcome outcome = BuildDacl(library, entries, dacl); !outcome.IsDone()) messages.Say(outcome);
     if (dacl && dacl->AceCount == entries.size()) return dacl;
     messages.Say("not changed: the new access list cannot be built");
     return nullptr;

@@ -24,7 +24,6 @@
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
 #include "platform/process_start.h"
-#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
@@ -113,7 +112,6 @@ int Main(int argumentCount, const char* const* argumentTexts) {
 int main(int argumentCount, char** argumentTexts) {
     permora::PrepareProcess();
     permora::UseUtf8Terminal();
-    permora::SetFatalExitCode(permora::kExitSomeFailed);
     try {
         return permora::Main(argumentCount, argumentTexts);
     } catch (const std::exception& error) {  // no memory

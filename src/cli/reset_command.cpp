@@ -52,8 +52,11 @@ bool ConfirmReset(const Arguments& arguments, const std::vector<Target>& targets
 
 bool RunReset(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
     WatchForInterrupts();
-    const UniqueLocal<ACL> list = MakeEmptyList(nullptr);
-    if (!list) return false;
+    UniqueLocal<ACL> list;
+    if (const Outcome outcome = MakeEmptyList(list); !outcome.IsDone()) {
+        messages.Say(outcome);
+        return false;
+    }
     const TreeListMode mode = arguments.dryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite;
     TreeCounts counts;
     bool allDone = true;

@@ -183,7 +183,7 @@ bool RunShowShares(const Arguments& arguments, ConsoleMessages& messages) {
 }
 
 bool RunChangeShares(const Arguments& arguments, const AccountRecord& account, ConsoleMessages& messages) {
-    const UniqueLibrary library = LoadAccessListLibrary(nullptr);
+    const UniqueLibrary library = LoadAccessListLibrary();
     bool allDone = true;
     for (const std::string& name : arguments.shares) {
         messages.SetSubject(name);

@@ -42,9 +42,9 @@ const MessageMap& AccessListPage::GetMessageMap() const {
 }
 
 AccessListPage::AccessListPage(unsigned int pageTemplate, EditScopes scopes)
-    : CPropertyPage(pageTemplate, IDS_PERMISSIONS_TAB),
-      editScopes(scopes),
-      library(LoadAccessListLibrary(nullptr)) {}
+    : CPropertyPage(pageTemplate, IDS_PERMISSIONS_TAB), editScopes(scopes), library(LoadAccessListLibrary()) {
+    if (!library) ShowFatalLastErrorBox(nullptr);
+}
 
 bool AccessListPage::OnInitDialog() {
     CListCtrl& list = AccessList();
@@ -146,7 +146,9 @@ void AccessListPage::ReadAnew() {
 }
 
 UniqueLocal<ACL> AccessListPage::MakeList() {
-    return BuildDacl(GetSafeHwnd(), library.get(), EditedList().Entries());
+    UniqueLocal<ACL> dacl;
+    ShowOutcome(GetSafeHwnd(), BuildDacl(library.get(), EditedList().Entries(), dacl));
+    return dacl;
 }
 
 bool AccessListPage::FinishApply() {

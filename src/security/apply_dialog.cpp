@@ -35,7 +35,8 @@ void ApplyDlg::OnDestroy() {
 }
 
 void ApplyDlg::Apply(HWND window, CStatic& status) {
-    const UniqueLocal<ACL> list = MakeEmptyList(window);
+    UniqueLocal<ACL> list;
+    ShowOutcome(window, MakeEmptyList(list));
     if (list) {
         const auto showName = [&](const char* name) {
             status.SetWindowText(name);

@@ -5,19 +5,9 @@
 
 #include "platform/api/errors.h"
 #include "platform/library_function.h"
-#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
-
-using AddAceFunction = decltype(&AddAccessAllowedAceEx);
-
-// The function of that name, ending the process without it.
-AddAceFunction FindAddAceFunction(HWND owner, HMODULE library, LPCSTR name) {
-    const auto found = FindFunction<AddAceFunction>(library, name);
-    if (found == nullptr) ShowFatalErrorBox(owner, "Error: cannot load functions to apply settings");
-    return found;
-}
 
 // Bytes of a list of all entries. Those that will not be written are counted too, which leaves room at the
 // end.
@@ -65,31 +55,29 @@ bool TakeBlocks(HANDLE heap, const AbsoluteSizes& sizes, AbsoluteBlocks& blocks)
 
 }  // namespace
 
-UniqueLibrary LoadAccessListLibrary(HWND owner) {
-    UniqueLibrary library(LoadLibraryA("advapi32.dll"));
-    if (!library) ShowFatalLastErrorBox(owner);
-    return library;
+UniqueLibrary LoadAccessListLibrary() {
+    return UniqueLibrary(LoadLibraryA("advapi32.dll"));
 }
 
-UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEntry> entries) {
-    const AddAceFunction addDenied = FindAddAceFunction(owner, library, "AddAccessDeniedAceEx");
-    const AddAceFunction addAllowed = FindAddAceFunction(owner, library, "AddAccessAllowedAceEx");
+Outcome BuildDacl(HMODULE library, std::span<const AccessEntry> entries, UniqueLocal<ACL>& dacl) {
+    using AddAceFunction = decltype(&AddAccessAllowedAceEx);
+    const auto addDenied = FindFunction<AddAceFunction>(library, "AddAccessDeniedAceEx");
+    const auto addAllowed = FindFunction<AddAceFunction>(library, "AddAccessAllowedAceEx");
+    if (library == nullptr || addDenied == nullptr || addAllowed == nullptr)
+        return {ERROR_PROC_NOT_FOUND, Step::kFindListFunctions};
     const std::size_t size = DaclSize(entries);
-    UniqueLocal<ACL> dacl(static_cast<PACL>(LocalAlloc(LMEM_FIXED, size)));
-    if (!dacl) ShowFatalErrorBox(owner, "Error: cannot allocate buffer");
-    if (InitializeAcl(dacl.get(), static_cast<DWORD>(size), ACL_REVISION) == FALSE) {
-        ShowErrorBox(owner, "Error: cannot initialize object's access control list");
-        return nullptr;
-    }
+    UniqueLocal<ACL> made(static_cast<PACL>(LocalAlloc(LMEM_FIXED, size)));
+    if (!made) return {ERROR_NOT_ENOUGH_MEMORY, Step::kTakeBuffer};
+    if (InitializeAcl(made.get(), static_cast<DWORD>(size), ACL_REVISION) == FALSE)
+        return {ERROR_INVALID_ACL, Step::kInitializeList};
     for (const AccessEntry& entry : entries) {
         if (entry.IsOfOtherType() || !entry.IsAcceptable()) continue;
         const AddAceFunction add = entry.IsAllow() ? addAllowed : addDenied;
-        if (add(dacl.get(), ACL_REVISION, entry.aceFlags, entry.mask, entry.account.RawSid()) == FALSE) {
-            ShowLastErrorBox(owner);
-            return nullptr;
-        }
+        if (add(made.get(), ACL_REVISION, entry.aceFlags, entry.mask, entry.account.RawSid()) == FALSE)
+            return {GetLastError()};
     }
-    return dacl;
+    dacl = std::move(made);
+    return {};
 }
 
 SECURITY_INFORMATION DaclWriteInformation(std::optional<DaclInheritance> inheritance) {

@@ -7,20 +7,22 @@
 #include "platform/api/security.h"
 #include "platform/resources.h"
 #include "security/access_entry_list.h"
+#include "security/outcome.h"
 
 namespace permora {
 
 // Whether an object takes up what its parent hands down, or is protected from it.
 enum class DaclInheritance { kFromParent, kProtected };
 
-// The library in which BuildDacl looks its functions up. Ends the process when it cannot be loaded.
-UniqueLibrary LoadAccessListLibrary(HWND owner);
+// The library in which BuildDacl looks its functions up. Null with the last error set when it cannot be
+// loaded.
+UniqueLibrary LoadAccessListLibrary();
 
-// A new access list of the acceptable allow and deny entries of `entries`, as they are and in their order; no
-// others are written. Null after an error box when the list cannot be initialised (it would exceed 64 KiB) or
-// the system refuses one of those entries. Ends the process, after its box, when a function is missing from
-// `library` or there is no memory.
-UniqueLocal<ACL> BuildDacl(HWND owner, HMODULE library, std::span<const AccessEntry> entries);
+// Makes an access list of the acceptable allow and deny entries of `entries`, as they are and in their order;
+// no others are written. Fails when `library` is null or misses a function (Step::kFindListFunctions),
+// without memory (Step::kTakeBuffer), when the list would exceed 64 KiB (Step::kInitializeList), and when the
+// system refuses one of the entries. `dacl` is then untouched.
+Outcome BuildDacl(HMODULE library, std::span<const AccessEntry> entries, UniqueLocal<ACL>& dacl);
 
 // What HeldObject::WriteSecurity must be told to write a list with this choice; nothing: each object keeps
 // its own.

@@ -1,16 +1,19 @@
 #include "security/empty_list.h"
 
-#include "security/message_boxes.h"
+#include <utility>
+
+#include "platform/api/errors.h"
 
 namespace permora {
 
-UniqueLocal<ACL> MakeEmptyList(HWND owner) {
+Outcome MakeEmptyList(UniqueLocal<ACL>& list) {
     constexpr DWORD kSize = sizeof(ACL);
-    UniqueLocal<ACL> list(static_cast<PACL>(LocalAlloc(LMEM_FIXED, kSize)));
-    if (!list) ShowFatalErrorBox(owner, "Error: cannot allocate buffer");
-    if (InitializeAcl(list.get(), kSize, ACL_REVISION) != FALSE) return list;
-    ShowErrorBox(owner, "Error: cannot initialize object's access control list");
-    return nullptr;
+    UniqueLocal<ACL> made(static_cast<PACL>(LocalAlloc(LMEM_FIXED, kSize)));
+    if (!made) return {ERROR_NOT_ENOUGH_MEMORY, Step::kTakeBuffer};
+    if (InitializeAcl(made.get(), kSize, ACL_REVISION) == FALSE)
+        return {ERROR_INVALID_ACL, Step::kInitializeList};
+    list = std::move(made);
+    return {};
 }
 
 }  // namespace permora

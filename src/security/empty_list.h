@@ -3,11 +3,12 @@
 
 #include "platform/api/security.h"
 #include "platform/resources.h"
+#include "security/outcome.h"
 
 namespace permora {
 
-// A list without entries, for HeldObject::SetListsBelow. Null after an error box; ends the process, after its
-// box, when there is no memory for it.
-UniqueLocal<ACL> MakeEmptyList(HWND owner);
+// Makes a list without entries, for HeldObject::SetListsBelow. Step::kTakeBuffer or Step::kInitializeList
+// when it cannot; `list` is then untouched.
+Outcome MakeEmptyList(UniqueLocal<ACL>& list);
 
 }  // namespace permora

@@ -10,8 +10,6 @@
 namespace permora {
 namespace {
 
-UINT fatalExitCode = 0;
-
 bool LeavesNoWayOn(Step step) {
     return step == Step::kLoadLibrary || step == Step::kFindListFunctions || step == Step::kTakeBuffer ||
            step == Step::kCloseFile;
@@ -29,7 +27,7 @@ void ShowInfoBox(HWND owner, LPCSTR text) {
 
 void ShowFatalErrorBox(HWND owner, LPCSTR text) {
     ShowErrorBox(owner, text);
-    ExitProcess(fatalExitCode);
+    ExitProcess(0);
 }
 
 void ShowSystemErrorBox(HWND owner, DWORD code) {
@@ -42,7 +40,7 @@ void ShowLastErrorBox(HWND owner) {
 
 void ShowFatalLastErrorBox(HWND owner) {
     ShowLastErrorBox(owner);
-    ExitProcess(fatalExitCode);
+    ExitProcess(0);
 }
 
 void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code) {
@@ -54,7 +52,7 @@ void ShowOutcome(HWND owner, const Outcome& outcome) {
     if (outcome.IsDone()) return;
     const std::string text = BoxText(outcome);
     if (!text.empty()) (IsInformation(outcome.step) ? ShowInfoBox : ShowErrorBox)(owner, text.c_str());
-    if (LeavesNoWayOn(outcome.step)) ExitProcess(fatalExitCode);
+    if (LeavesNoWayOn(outcome.step)) ExitProcess(0);
 }
 
 void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes) {
@@ -72,10 +70,6 @@ void ReportLackOfMemory() {
         }
         std::abort();
     });
-}
-
-void SetFatalExitCode(UINT code) {
-    fatalExitCode = code;
 }
 
 }  // namespace permora

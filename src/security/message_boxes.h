@@ -32,8 +32,4 @@ void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes);
 // From now on, memory that cannot be had (std::bad_alloc), on any thread, ends the process after a box.
 void ReportLackOfMemory();
 
-// The exit code of a process that a fatal box ends, 0 unless it is set. To be called before threads are
-// started.
-void SetFatalExitCode(UINT code);
-
 }  // namespace permora

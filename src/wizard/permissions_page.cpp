@@ -36,8 +36,9 @@ const MessageMap& CWizardPage3::GetMessageMap() const {
     return kMap;
 }
 
-CWizardPage3::CWizardPage3()
-    : CPropertyPage(IDD_WIZARD_PERMISSIONS_PAGE), library(LoadAccessListLibrary(nullptr)) {}
+CWizardPage3::CWizardPage3() : CPropertyPage(IDD_WIZARD_PERMISSIONS_PAGE), library(LoadAccessListLibrary()) {
+    if (!library) ShowFatalLastErrorBox(nullptr);
+}
 
 bool CWizardPage3::OnInitDialog() {
     SetUpList(IDC_WIZARD_ACCOUNTS, 308, ListStyle::kFullRowSelect | ListStyle::kLabelTips);
@@ -205,7 +206,9 @@ void CWizardPage3::OnRemove() {
 bool CWizardPage3::OnWizardFinish() {
     if (!isRead) return false;
     const auto build = [this](ItemKind kind) {
-        return BuildDacl(GetSafeHwnd(), library.get(), rights.Entries(kind));
+        UniqueLocal<ACL> dacl;
+        ShowOutcome(GetSafeHwnd(), BuildDacl(library.get(), rights.Entries(kind), dacl));
+        return dacl;
     };
     const UniqueLocal<ACL> forFolders = build(ItemKind::kFolder);
     const UniqueLocal<ACL> forFiles = forFolders ? build(ItemKind::kFile) : nullptr;

@@ -56,7 +56,7 @@ class ListChange : public ::testing::Test {
     const std::string file = folder.MakeFile("file");
     Target target;
     ConsoleMessages messages;
-    UniqueLibrary library = LoadAccessListLibrary(nullptr);
+    UniqueLibrary library = LoadAccessListLibrary();
 };
 
 TEST_F(ListChange, WhatAnotherProgramWritesInBetweenIsKept) {

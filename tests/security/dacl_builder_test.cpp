@@ -5,28 +5,29 @@
 
 #include "gtest/gtest.h"
 #include "platform/api/errors.h"
-#include "platform/system_message.h"
-#include "security/message_boxes.h"
 #include "tests/security/entries.h"
 #include "tests/security/service_fakes.h"
-#include "tests/support/recording_presenter.h"
 
 namespace permora {
 namespace {
 
 using test::ListOf;
-using test::RecordingPresenter;
 using test::ServiceFakes;
 using test::TextOf;
 
 class DaclBuilder : public ::testing::Test {
   protected:
-    UniqueLocal<ACL> Build(const AccessEntryList& list) const {
-        return BuildDacl(nullptr, library.get(), list.Entries());
+    // Null after a failure.
+    UniqueLocal<ACL> Build(const AccessEntryList& list) {
+        UniqueLocal<ACL> dacl;
+        failure = BuildDacl(library.get(), list.Entries(), dacl);
+        EXPECT_EQ(dacl != nullptr, failure.IsDone());
+        return dacl;
     }
 
     ServiceFakes services;
-    UniqueLibrary library = LoadAccessListLibrary(nullptr);
+    UniqueLibrary library = LoadAccessListLibrary();
+    Outcome failure;
 };
 
 TEST_F(DaclBuilder, WritesAllowAndDenyEntriesInTheirOrderAndNoOthers) {
@@ -47,8 +48,7 @@ TEST_F(DaclBuilder, WritesAllowAndDenyEntriesInTheirOrderAndNoOthers) {
     EXPECT_EQ(empty->AceCount, 0);
 }
 
-TEST_F(DaclBuilder, TellsWhenTheListWouldBeTooLarge) {
-    RecordingPresenter boxes;
+TEST_F(DaclBuilder, FailsWhenTheListWouldBeTooLarge) {
     std::string entries;
     for (int i = 0; i < 1819; ++i)
         entries += "(A;;0x1;;;S-1-5-21-1-2-3-4)";
@@ -58,26 +58,23 @@ TEST_F(DaclBuilder, TellsWhenTheListWouldBeTooLarge) {
     tooLarge.AddEntry(test::AccountOf("S-1-5-21-1-2-3-5"), 1, 0, ACCESS_ALLOWED_ACE_TYPE);
     tooLarge.AddEntry(test::AccountOf("S-1-5-21-1-2-3-6"), 1, 0, ACCESS_ALLOWED_ACE_TYPE);
     EXPECT_EQ(Build(tooLarge), nullptr);
-    EXPECT_EQ(boxes.TakeBoxes(),
-              (std::vector<test::RecordedBox>{
-                  {kErrorCaption, "Error: cannot initialize object's access control list", MB_ICONERROR}}));
+    EXPECT_EQ(failure.step, Step::kInitializeList);
 }
 
-TEST_F(DaclBuilder, EndsTheProcessWithoutLibraryFunctionOrMemory) {
+TEST_F(DaclBuilder, FailsWithoutLibraryFunctionOrMemory) {
     for (const char* missing : {"AddAccessAllowedAceEx", "AddAccessDeniedAceEx"}) {
         services.missingFunction = missing;
-        EXPECT_EXIT(Build({}), ::testing::ExitedWithCode(0), "cannot load functions to apply settings");
+        EXPECT_EQ(Build({}), nullptr);
+        EXPECT_EQ(failure.step, Step::kFindListFunctions) << missing;
     }
     services.missingFunction.clear();
     services.allocationsLeft = 0;
-    EXPECT_EXIT(Build({}), ::testing::ExitedWithCode(0), "cannot allocate buffer");
-    services.allocationsLeft = 9;
-    services.loadLibrary = [](LPCSTR) {
-        SetLastError(ERROR_ACCESS_DENIED);
-        return nullptr;
-    };
-    EXPECT_EXIT(LoadAccessListLibrary(nullptr), ::testing::ExitedWithCode(0),
-                GetSystemMessageText(ERROR_ACCESS_DENIED).substr(0, 10));
+    EXPECT_EQ(Build({}), nullptr);
+    EXPECT_EQ(failure.step, Step::kTakeBuffer);
+    services.loadLibrary = [](LPCSTR) { return nullptr; };
+    library = LoadAccessListLibrary();
+    EXPECT_EQ(Build({}), nullptr);
+    EXPECT_EQ(failure.step, Step::kFindListFunctions) << "no library";
 }
 
 class AbsoluteDescriptor : public ::testing::Test {
