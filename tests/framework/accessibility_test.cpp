@@ -1,5 +1,4 @@
 // Every dialog of the program can be used without seeing it and without a mouse.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QAccessible>

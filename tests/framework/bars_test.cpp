@@ -10,7 +10,6 @@
 #include <QTimer>
 #include <QToolTip>
 
-#include "framework/styles.h"
 #include "tests/framework/test_frame.h"
 
 namespace permora {

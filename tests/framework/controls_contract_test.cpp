@@ -8,7 +8,6 @@
 
 #include "framework/dialog.h"
 #include "framework/list_ctrl.h"
-#include "framework/styles.h"
 #include "platform/api/messages.h"
 #include "platform/api/shell.h"
 #include "tests/framework/test_resource_ids.h"

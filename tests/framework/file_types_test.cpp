@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <QIcon>
-#include <QImage>
 #include <filesystem>
 #include <fstream>
 
+#include "tests/support/scoped_variable.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
@@ -39,14 +39,13 @@ class DesktopTypes : public ::testing::Test {
         std::ofstream(home.Path("icons/mine/any/note.svg"))
             << R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 8 8">)"
                R"(<rect width="8" height="8" fill="#f00"/></svg>)";
-        setenv("XDG_DATA_HOME", home.Path().c_str(), 1);
         QIcon::setThemeSearchPaths({QString::fromStdString(home.Path("icons"))});
         QIcon::setThemeName("mine");
     }
-    ~DesktopTypes() override { unsetenv("XDG_DATA_HOME"); }
 
     const UiDriver ui;
     TemporaryFolder home;
+    const ScopedVariable dataHome{"XDG_DATA_HOME", home.Path()};
 };
 
 TEST_F(DesktopTypes, AreToldByNamesAlone) {

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
-#include <QHeaderView>
 #include <QHelpEvent>
 #include <QTest>
 #include <QToolTip>

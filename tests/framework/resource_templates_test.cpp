@@ -1,7 +1,6 @@
 // The readers of resources: unusual and damaged bytes.
 #include "framework/resource_templates.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string_view>

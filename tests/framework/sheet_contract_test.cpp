@@ -6,7 +6,6 @@
 
 #include <utility>
 
-#include "framework/styles.h"
 #include "platform/api/messages.h"
 #include "tests/framework/test_resource_ids.h"
 #include "tests/support/ui_driver.h"

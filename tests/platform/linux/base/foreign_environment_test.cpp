@@ -13,6 +13,7 @@
 
 #include "tests/support/command.h"
 #include "tests/support/own_mounts.h"
+#include "tests/support/scoped_variable.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::host {
@@ -140,19 +141,18 @@ TEST_F(ForeignEnvironment, WhatLeadsToOthersIsForgotten) {
         {"EDITOR", foreign, false},
     };
     for (const auto& [name, value, isForgotten] : cases) {
-        setenv(name, value.c_str(), 1);
+        const test::ScopedVariable variable(name, value);
         EXPECT_EQ(testing::Value(ForgetForeignPlaces(), testing::Contains(name)), isForgotten)
             << name << "=" << value;
         EXPECT_EQ(getenv(name) == nullptr, isForgotten) << name << "=" << value;
-        unsetenv(name);
     }
 }
 
 TEST_F(ForeignEnvironment, RootGetsItsOwnHomeAndToolsAndKeepsTheScreen) {
-    setenv("HOME", foreign.c_str(), 1);
-    setenv("PATH", (foreign + ":/usr/bin").c_str(), 1);
-    setenv("XDG_RUNTIME_DIR", foreign.c_str(), 1);
-    setenv("WAYLAND_DISPLAY", "wayland-7", 1);
+    const test::ScopedVariable home("HOME", foreign);
+    const test::ScopedVariable path("PATH", foreign + ":/usr/bin");
+    const test::ScopedVariable runtime("XDG_RUNTIME_DIR", foreign);
+    const test::ScopedVariable display("WAYLAND_DISPLAY", "wayland-7");
     ForgetForeignPlaces();
     EXPECT_STREQ(getenv("HOME"), "/root");
     EXPECT_STREQ(getenv("PATH"), "/usr/bin:/usr/sbin:/bin:/sbin");

@@ -6,10 +6,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 
 #include "platform/linux/base/unique_fd.h"
 #include "tests/support/command.h"
+#include "tests/support/scoped_variable.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::host {
@@ -33,7 +33,7 @@ TEST(RunToolTest, GivesTheToolNothingOfThisProcess) {
     // Open across exec, as other libraries open theirs.
     const UniqueFd leaking(fcntl(UniqueFd(open("/dev/null", O_RDONLY)).Get(), F_DUPFD, 500));
     ASSERT_TRUE(leaking);
-    setenv("LD_PRELOAD_OF_SOMEBODY", "x", 1);
+    const test::ScopedVariable foreign("LD_PRELOAD_OF_SOMEBODY", "x");
     EXPECT_EQ(OutputOf("env", {}), "LC_ALL=C\nPATH=/usr/bin:/usr/sbin:/bin:/sbin\n");
     EXPECT_EQ(OutputOf("cat", {}), "");
     const std::string open = OutputOf("sh", {"-c", "echo /proc/$$/fd/*; echo hidden >&2"});
@@ -42,7 +42,7 @@ TEST(RunToolTest, GivesTheToolNothingOfThisProcess) {
 }
 
 TEST(RunToolTest, FindsToolsInTheSystemsFoldersOnly) {
-    setenv("PATH", "/tmp", 1);
+    const test::ScopedVariable path("PATH", "/tmp");
     EXPECT_THAT(FindTool("sh").value_or(""), testing::EndsWith("bin/sh"));
     for (const char* name : {"", ".", "/bin/sh", "../bin/sh", "no-such-tool"})
         EXPECT_FALSE(FindTool(name)) << name;

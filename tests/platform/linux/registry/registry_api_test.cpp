@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -9,6 +8,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/registry.h"
 #include "platform/linux/registry/registry_places.h"
+#include "tests/support/scoped_variable.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::host {
@@ -17,8 +17,6 @@ namespace {
 // The user's registry is a file of the test's own.
 class Registry : public testing::Test {
   protected:
-    Registry() { setenv("XDG_CONFIG_HOME", base.Path().c_str(), 1); }
-
     static HKEY Create(const char* path, REGSAM access = KEY_READ | KEY_WRITE) {
         HKEY key = nullptr;
         EXPECT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, path, 0, nullptr, REG_OPTION_NON_VOLATILE, access,
@@ -33,6 +31,7 @@ class Registry : public testing::Test {
     }
 
     test::TemporaryFolder base;
+    const test::ScopedVariable configuration{"XDG_CONFIG_HOME", base.Path()};
 };
 
 TEST_F(Registry, KeepsValuesFromOneOpeningToTheNext) {
@@ -118,7 +117,7 @@ TEST_F(Registry, OfRootIsNotWhereAnotherUsersEnvironmentPoints) {
     EXPECT_EQ(UserRegistryFolder(), base.Path("permora"));
     ASSERT_EQ(chown(base.Path().c_str(), 65534, 65534), 0);
     setenv("XDG_CONFIG_HOME", base.Path("missing").c_str(), 1);
-    setenv("HOME", base.Path().c_str(), 1);
+    const test::ScopedVariable home("HOME", base.Path());
     EXPECT_EQ(UserRegistryFolder(), "/root/.config/permora");
     setenv("HOME", "relative", 1);
     unsetenv("XDG_CONFIG_HOME");

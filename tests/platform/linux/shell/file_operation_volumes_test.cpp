@@ -39,8 +39,6 @@ namespace permora::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr time_t kThen = 1'000'000'000;
 constexpr off_t kSparseBytes = off_t{64} << 20;
@@ -96,18 +94,25 @@ void ExpectEverything(const std::string& tree, const std::string& inherited) {
     EXPECT_EQ(DaclText(tree + "/sub"), "D:AI(A;OICIID;FA;;;" + inherited + ")");
 }
 
+// Between the local disk and an NTFS volume.
 class VolumeOperations : public FileOperations {
   protected:
     void SetUp() override {
         if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+        MakeVolume(std::uint64_t{256} << 20);
     }
+    void MakeVolume(std::uint64_t bytes) {
+        volume = std::make_unique<NtfsVolume>(bytes);
+        ASSERT_EQ(volume->Problem(), "");
+    }
+    void ExpectSoundVolume() { EXPECT_THAT(volume->Audit(), testing::HasSubstr("No errors were found")); }
+
+    const TemporaryFolder local;
+    std::unique_ptr<NtfsVolume> volume;
 };
 
 TEST_F(VolumeOperations, CarryEverythingButTheAccessListFromVolumeToVolume) {
-    NtfsVolume ntfs(std::uint64_t{256} << 20);
-    ASSERT_EQ(ntfs.Problem(), "");
-    const TemporaryFolder local;
-    const std::string places[] = {local.Path(), ntfs.Root()};
+    const std::string places[] = {local.Path(), volume->Root()};
     for (const std::string& from : places) {
         for (const std::string& to : places) {
             for (const UINT function : {FO_COPY, FO_MOVE}) {
@@ -129,32 +134,28 @@ TEST_F(VolumeOperations, CarryEverythingButTheAccessListFromVolumeToVolume) {
             }
         }
     }
-    EXPECT_THAT(ntfs.Audit(), HasSubstr("No errors were found"));
+    ExpectSoundVolume();
 }
 
 TEST_F(VolumeOperations, MoveWithinAVolumeKeepsTheAccessList) {
-    NtfsVolume ntfs;
-    ASSERT_EQ(ntfs.Problem(), "");
     for (const char* name : {"d", "to"})
-        mkdir(ntfs.Path(name).c_str(), 0777);
-    WriteFileText(ntfs.Path("d/f"), "x");
-    ASSERT_EQ(SetDescriptorText(ntfs.Path("d"), "D:P(A;OICI;FA;;;WD)"), 0U);
-    ASSERT_EQ(SetDescriptorText(ntfs.Path("to"), "D:P(A;OICI;FA;;;BA)"), 0U);
-    const std::string ofFolder = DaclText(ntfs.Path("d"));
-    const std::string ofFile = DaclText(ntfs.Path("d/f"));
-    EXPECT_EQ(Run(FO_MOVE, {ntfs.Path("d")}, ntfs.Path("to")), 0U);
-    EXPECT_EQ(DaclText(ntfs.Path("to/d")), ofFolder);
-    EXPECT_EQ(Run(FO_MOVE, {ntfs.Path("to/d/f")}, ntfs.Root()), 0U);
-    EXPECT_EQ(DaclText(ntfs.Path("f")), ofFile);
-    EXPECT_THAT(ntfs.Audit(), HasSubstr("No errors were found"));
+        mkdir(volume->Path(name).c_str(), 0777);
+    WriteFileText(volume->Path("d/f"), "x");
+    ASSERT_EQ(SetDescriptorText(volume->Path("d"), "D:P(A;OICI;FA;;;WD)"), 0U);
+    ASSERT_EQ(SetDescriptorText(volume->Path("to"), "D:P(A;OICI;FA;;;BA)"), 0U);
+    const std::string ofFolder = DaclText(volume->Path("d"));
+    const std::string ofFile = DaclText(volume->Path("d/f"));
+    EXPECT_EQ(Run(FO_MOVE, {volume->Path("d")}, volume->Path("to")), 0U);
+    EXPECT_EQ(DaclText(volume->Path("to/d")), ofFolder);
+    EXPECT_EQ(Run(FO_MOVE, {volume->Path("to/d/f")}, volume->Root()), 0U);
+    EXPECT_EQ(DaclText(volume->Path("f")), ofFile);
+    ExpectSoundVolume();
 }
 
 TEST_F(VolumeOperations, CarryStreamsThatAreShownAsFiles) {
     NtfsVolume files;
-    NtfsVolume attributes;
-    ASSERT_EQ(files.Problem() + attributes.Problem(), "");
+    ASSERT_EQ(files.Problem(), "");
     files.Mount(NtfsMount::kStreamsAsFiles);
-    const TemporaryFolder local;
     WriteFileText(local.Path("a"), "x");
     ASSERT_EQ(setxattr(local.Path("a").c_str(), "user.note", "stream", 6, 0), 0);
     EXPECT_EQ(Run(FO_COPY, {local.Path("a")}, files.Root()), 0U);
@@ -165,8 +166,8 @@ TEST_F(VolumeOperations, CarryStreamsThatAreShownAsFiles) {
     // An attribute holds 64 KiB: the user is asked, and what is not agreed to is not done.
     for (const Answer answer : {Answer::kNo, Answer::kYes}) {
         answers[Question::kPropertyLoss] = {answer};
-        EXPECT_EQ(Run(FO_COPY, {files.Path("a")}, attributes.Root()), 0U);
-        EXPECT_EQ(std::filesystem::exists(attributes.Path("a")), answer == Answer::kYes);
+        EXPECT_EQ(Run(FO_COPY, {files.Path("a")}, volume->Root()), 0U);
+        EXPECT_EQ(std::filesystem::exists(volume->Path("a")), answer == Answer::kYes);
     }
     // What is no stream's name would lead elsewhere.
     local.MakeFolder("d");
@@ -175,13 +176,10 @@ TEST_F(VolumeOperations, CarryStreamsThatAreShownAsFiles) {
     EXPECT_EQ(Run(FO_COPY, {local.Path("d")}, files.Root()), 0U);
     EXPECT_FALSE(std::filesystem::exists(files.Path("stray")));
     char value[8] = {};
-    EXPECT_EQ(getxattr(attributes.Path("a").c_str(), "user.note", value, sizeof value), 6);
+    EXPECT_EQ(getxattr(volume->Path("a").c_str(), "user.note", value, sizeof value), 6);
 }
 
 TEST_F(VolumeOperations, GiveNothingANameOnNtfsUnderWhichWindowsWouldNotFindIt) {
-    NtfsVolume ntfs;
-    ASSERT_EQ(ntfs.Problem(), "");
-    const TemporaryFolder local;
     local.MakeFolder("d");
     WriteFileText(local.Path("d/\xC3\xA4.txt"), "one");
     WriteFileText(local.Path("d/\xC3\x84.TXT"), "two");
@@ -194,60 +192,50 @@ TEST_F(VolumeOperations, GiveNothingANameOnNtfsUnderWhichWindowsWouldNotFindIt) 
     // Neither takes the place of the other, and nothing is taken away.
     const auto before = Below(local.Path());
     answers[Question::kFailure].assign(6, Answer::kNo);
-    EXPECT_NE(Run(FO_MOVE, {local.Path("d")}, ntfs.Root()), 0U);
-    EXPECT_EQ(Below(ntfs.Path("d")).size(), kTaken);
+    EXPECT_NE(Run(FO_MOVE, {local.Path("d")}, volume->Root()), 0U);
+    EXPECT_EQ(Below(volume->Path("d")).size(), kTaken);
     EXPECT_EQ(Below(local.Path()), before);
-    EXPECT_EQ(Run(FO_RENAME, {ntfs.Path("d")}, ntfs.Path("D")), 0U);
-    EXPECT_EQ(Below(ntfs.Path("D")).size(), kTaken);
+    EXPECT_EQ(Run(FO_RENAME, {volume->Path("d")}, volume->Path("D")), 0U);
+    EXPECT_EQ(Below(volume->Path("D")).size(), kTaken);
     // Where the driver let both in, each stands for itself.
     for (const char* name : {"x", "X"})
-        WriteFileText(ntfs.Path(name), "old");
+        WriteFileText(volume->Path(name), "old");
     WriteFileText(local.Path("X"), "new");
     answers[Question::kReplaceFile] = {Answer::kYes};
-    EXPECT_EQ(Run(FO_COPY, {local.Path("X")}, ntfs.Root()), 0U);
-    EXPECT_EQ(ReadWholeFile(ntfs.Path("x")) + ReadWholeFile(ntfs.Path("X")), "oldnew");
+    EXPECT_EQ(Run(FO_COPY, {local.Path("X")}, volume->Root()), 0U);
+    EXPECT_EQ(ReadWholeFile(volume->Path("x")) + ReadWholeFile(volume->Path("X")), "oldnew");
 }
 
-TEST_F(VolumeOperations, AMoveKeepsWhatWasChangedMeanwhile) {
-    NtfsVolume ntfs;
-    ASSERT_EQ(ntfs.Problem(), "");
-    const TemporaryFolder local;
+TEST_F(VolumeOperations, AMoveKeepsASourceThatItDidNotCopyAsItIs) {
+    const auto expectKept = [this](DWORD error, const char* contents) {
+        answers[Question::kFailure] = {Answer::kRetry};
+        EXPECT_EQ(Run(FO_MOVE, {local.Path("f")}, volume->Root()), error);
+        EXPECT_FALSE(asked.back().mayRetry);
+        EXPECT_TRUE(isAborted);
+        EXPECT_EQ(ReadWholeFile(local.Path("f")), contents);
+    };
+    // The disk lost what was written to it.
     WriteFileText(local.Path("f"), "then");
-    WriteFileText(ntfs.Path("f"), "old");
+    isSyncLost = true;
+    expectKept(ERROR_IO_DEVICE, "then");
+    // The source was changed meanwhile.
+    WriteFileText(volume->Path("f"), "old");
     onAsk = [&](const FileOperationQuestion& question) {
         if (question.kind == Question::kReplaceFile) WriteFileText(local.Path("f"), "and now");
     };
-    answers = {{Question::kReplaceFile, {Answer::kYes}}, {Question::kFailure, {Answer::kRetry}}};
-    EXPECT_EQ(Run(FO_MOVE, {local.Path("f")}, ntfs.Root()), ERROR_FILE_INVALID);
-    EXPECT_FALSE(asked.back().mayRetry);
-    EXPECT_TRUE(isAborted);
-    EXPECT_EQ(ReadWholeFile(local.Path("f")), "and now");
-}
-
-TEST_F(VolumeOperations, AMoveKeepsTheSourceOfWhatTheDiskLost) {
-    NtfsVolume ntfs;
-    ASSERT_EQ(ntfs.Problem(), "");
-    const TemporaryFolder local;
-    WriteFileText(local.Path("f"), "x");
-    isSyncLost = true;
-    answers[Question::kFailure] = {Answer::kRetry};
-    EXPECT_EQ(Run(FO_MOVE, {local.Path("f")}, ntfs.Root()), ERROR_IO_DEVICE);
-    EXPECT_FALSE(asked.back().mayRetry);
-    EXPECT_TRUE(isAborted);
-    EXPECT_THAT(Below(local.Path()), ElementsAre("f=x"));
+    answers[Question::kReplaceFile] = {Answer::kYes};
+    expectKept(ERROR_FILE_INVALID, "and now");
 }
 
 TEST_F(VolumeOperations, AFullVolumeLeavesNothingHalfAndTheSourceWhole) {
-    NtfsVolume ntfs(std::uint64_t{4} << 20);
-    ASSERT_EQ(ntfs.Problem(), "");
-    const TemporaryFolder local;
+    ASSERT_NO_FATAL_FAILURE(MakeVolume(std::uint64_t{4} << 20));
     const TemporaryFolder small;
     ASSERT_EQ(mount("none", small.Path().c_str(), "tmpfs", 0, "size=2m"), 0);
     local.MakeFolder("d");
     WriteFileText(local.Path("d/a"), "x");
     WriteFileText(local.Path("d/big"), std::string(std::size_t{6} << 20, 'x'));
     const auto before = Below(local.Path());
-    for (const std::string& target : {ntfs.Root(), small.Path()}) {
+    for (const std::string& target : {volume->Root(), small.Path()}) {
         SCOPED_TRACE(target);
         answers[Question::kFailure] = {Answer::kRetry, Answer::kNo};
         EXPECT_EQ(Run(FO_MOVE, {local.Path("d")}, target), ERROR_DISK_FULL);
@@ -265,7 +253,7 @@ TEST_F(VolumeOperations, AFullVolumeLeavesNothingHalfAndTheSourceWhole) {
         EXPECT_EQ(Below(target).size(), 3U);
     }
     umount(small.Path().c_str());
-    EXPECT_THAT(ntfs.Audit(), HasSubstr("No errors were found"));
+    ExpectSoundVolume();
 }
 
 // What lies in its lower layer alone the kernel does not rename, though it is one volume.

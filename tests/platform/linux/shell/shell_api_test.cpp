@@ -21,6 +21,7 @@
 #include "platform/shell_icons.h"
 #include "tests/platform/linux/files/files_fixture.h"
 #include "tests/support/command.h"
+#include "tests/support/scoped_variable.h"
 
 namespace permora::host {
 namespace {
@@ -49,7 +50,6 @@ class Desktop {
         for (const char* variable : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_DATA_DIRS"})
             setenv(variable, home.Path().c_str(), 1);
         setenv("LC_ALL", "C", 1);
-        setenv("PATH", "/nowhere", 1);
         std::filesystem::create_directories(home.Path("mime/application"));
         std::filesystem::create_directories(home.Path("applications"));
         Write("mime/globs2",
@@ -74,6 +74,9 @@ class Desktop {
 class Shell : public OnDriveT {
   protected:
     Shell() { Desktop::Get(); }
+
+    const test::ScopedVariable noTools{"PATH", "/nowhere"};
+    const test::ScopedVariable secret{"SECRET", "ours"};
     static std::uintptr_t Open(const char* file, const char* operation = "open") {
         return reinterpret_cast<std::uintptr_t>(
             ShellExecuteA(nullptr, operation, file, nullptr, nullptr, SW_SHOW));
@@ -145,7 +148,6 @@ TEST_F(Shell, TellsWhatAnObjectIsByItsKindAndElseByItsName) {
 
 TEST_F(Shell, OpensFilesOfAnyNameWithTheDesktopsProgram) {
     if (!FindTool("gio")) GTEST_SKIP() << "gio is not installed";
-    setenv("SECRET", "ours", 1);
     for (const char* name : {"plain.noted", "-v 'x' $(touch y) \"z\" %41.noted", "文\xFF.noted"}) {
         MakeFile(name);
         EXPECT_GT(Open(EncodeName(name).c_str()), 32U) << name;

@@ -4,10 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
-
 #include "tests/platform/linux/shell/file_operation_fixture.h"
 #include "tests/support/ntfs_volume.h"
+#include "tests/support/scoped_variable.h"
 
 namespace permora::test {
 namespace {
@@ -16,13 +15,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::MatchesRegex;
 using testing::UnorderedElementsAre;
-
-std::vector<std::string> NamesIn(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.push_back(entry.path().filename());
-    return names;
-}
 
 // Puts back what the info file tells, as any program does that keeps to the common rules.
 void Restore(const std::string& trash, const std::string& name, const std::string& top) {
@@ -39,8 +31,6 @@ void Restore(const std::string& trash, const std::string& name, const std::strin
 
 class TrashOperations : public FileOperations {
   protected:
-    TrashOperations() { setenv("XDG_DATA_HOME", data.Path().c_str(), 1); }
-
     void Delete(const std::vector<std::string>& paths) {
         answers[Question::kTrash] = {Answer::kYes};
         EXPECT_EQ(Run(FO_DELETE, paths), 0U);
@@ -48,6 +38,7 @@ class TrashOperations : public FileOperations {
     }
 
     const TemporaryFolder data;
+    const ScopedVariable dataHome{"XDG_DATA_HOME", data.Path()};
 };
 
 TEST_F(TrashOperations, TakeWhatIsDeletedAndTellWhereItWas) {

@@ -37,13 +37,6 @@ void DieAt(long call) {
     ASSERT_EQ(prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter), 0);
 }
 
-std::vector<std::string> NamesIn(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.push_back(entry.path().filename());
-    return names;
-}
-
 class Unfinished : public FileOperations {
   protected:
     // Copies over what is there, in a process that dies at the given call; whether it did.
@@ -129,10 +122,10 @@ TEST_F(Unfinished, OnlyWhatIsOursAndForsakenIsSwept) {
 
 TEST_F(Unfinished, ACopyIsNotSweptFromUnderAnother) {
     if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
-    const NtfsVolume volume;
+    const NtfsVolume volume(std::uint64_t{256} << 20);
     ASSERT_EQ(volume.Problem(), "");
-    // More than goes by its final name at once.
-    WriteFileText(sources.Path("file"), std::string(std::size_t{40} << 20, 'x'));
+    // Takes longer than the time between two reports.
+    WriteFileText(sources.Path("file"), std::string(std::size_t{200} << 20, 'x'));
     WriteFileText(sources.Path("other"), "other");
     bool hasCopiedOther = false;
     onReport = [&](const FileOperationProgress& progress) {
