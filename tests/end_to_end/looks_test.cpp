@@ -1,9 +1,7 @@
 // The windowed program opens every page on a machine whose Samba was never started (looks_test.sh), and
 // leaves the machine as it was.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>

@@ -12,7 +12,6 @@
 #include "framework/resource_file.h"
 #include "framework/resource_reader.h"
 #include "framework/resource_templates.h"
-#include "framework/styles.h"
 #include "resources/embedded_resources.h"
 #include "resources/resource_ids.h"
 

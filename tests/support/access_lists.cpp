@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <optional>
 #include <vector>
 
 #include "platform/api/errors.h"
@@ -111,6 +110,14 @@ UniqueLocal<void> DescriptorOf(const std::string& sddl) {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl.c_str(), SDDL_REVISION_1, &descriptor, nullptr);
     return UniqueLocal<void>(descriptor);
+}
+
+PACL ListOf(const UniqueLocal<void>& descriptor) {
+    PACL list = nullptr;
+    BOOL isPresent = FALSE;
+    BOOL isDefaulted = FALSE;
+    GetSecurityDescriptorDacl(descriptor.get(), &isPresent, &list, &isDefaulted);
+    return list;
 }
 
 std::string SddlOfParts(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts) {

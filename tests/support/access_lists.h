@@ -30,6 +30,9 @@ HeldObject Held(const std::string& hostPath);
 // The descriptor that `sddl` tells, as the services take it; null when the text is wrong.
 UniqueLocal<void> DescriptorOf(const std::string& sddl);
 
+// Its list, which lives as long as the descriptor; null where it has none.
+PACL ListOf(const UniqueLocal<void>& descriptor);
+
 // Parts of a descriptor as SDDL; "none" without one.
 std::string SddlOfParts(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts);
 

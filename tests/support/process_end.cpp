@@ -2,7 +2,6 @@
 // that did so in the middle of a test would have passed.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 
 #include "platform/api/base.h"
 

@@ -1,10 +1,8 @@
 // The two look-ups under the system's names, on the accounts that every machine has.
-#include <gmock/gmock.h>
 #include <grp.h>
 #include <pwd.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <sys/mount.h>
 
-#include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>

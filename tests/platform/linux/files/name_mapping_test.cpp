@@ -1,6 +1,5 @@
 #include "platform/linux/files/name_mapping.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>

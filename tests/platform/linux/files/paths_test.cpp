@@ -1,6 +1,5 @@
 #include "platform/linux/files/paths.h"
 
-#include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 

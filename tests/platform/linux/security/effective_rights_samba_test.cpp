@@ -6,7 +6,6 @@
 
 #include <array>
 #include <fstream>
-#include <memory>
 #include <random>
 #include <sstream>
 #include <string>

@@ -16,12 +16,9 @@ DWORD Ask(const char* sidText, const std::string& sddl, DWORD& rights) {
     const UniqueLocal<void> account(sid);
     const UniqueLocal<void> descriptor = test::DescriptorOf(sddl);
     EXPECT_TRUE(descriptor);
-    BOOL present = FALSE;
-    PACL dacl = nullptr;
-    EXPECT_TRUE(GetSecurityDescriptorDacl(descriptor.get(), &present, &dacl, &present));
     TRUSTEE_A trustee{};
     BuildTrusteeWithSidA(&trustee, sid);
-    return GetEffectiveRightsFromAclA(dacl, &trustee, &rights);
+    return GetEffectiveRightsFromAclA(test::ListOf(descriptor), &trustee, &rights);
 }
 
 DWORD RightsOf(const char* sidText, const std::string& sddl) {

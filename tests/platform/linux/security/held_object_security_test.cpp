@@ -119,14 +119,22 @@ TEST_P(HeldObjectSecurity, ProtectedObjectsAndAllBelowThemKeepTheirLists) {
     EXPECT_EQ(Dacl("top/folder/file"), "D:AI(A;ID;FA;;;SY)");
 }
 
-TEST_P(HeldObjectSecurity, InheritedEntriesGivenAreKeptOnlyWhereNothingIsInherited) {
-    ASSERT_EQ(SetDacl("top/file", "D:(A;;FR;;;BU)(A;ID;FX;;;WD)"), ERROR_SUCCESS);
-    EXPECT_EQ(Dacl("top/file"), "D:AI(A;;FR;;;BU)(A;ID;FA;;;BA)");
-    ASSERT_EQ(SetDacl("top/file", "D:P(A;;FR;;;BU)(A;ID;FX;;;WD)"), ERROR_SUCCESS);
-    EXPECT_EQ(Dacl("top/file"), "D:PAI(A;;FR;;;BU)(A;ID;FX;;;WD)");
-}
-
-TEST_P(HeldObjectSecurity, WithoutAWordOnProtectionTheObjectsStateStays) {
+TEST_P(HeldObjectSecurity, WhatIsStoredOfAListThatIsSet) {
+    const struct {
+        const char* set;
+        const char* stored;
+    } cases[] = {
+        // Inherited entries that are given are kept only where nothing is inherited.
+        {"D:(A;;FR;;;BU)(A;ID;FX;;;WD)", "D:AI(A;;FR;;;BU)(A;ID;FA;;;BA)"},
+        {"D:P(A;;FR;;;BU)(A;ID;FX;;;WD)", "D:PAI(A;;FR;;;BU)(A;ID;FX;;;WD)"},
+        // Generic rights become their file rights.
+        {"D:P(A;;GR;;;BU)(A;;GA;;;BA)", "D:PAI(A;;FR;;;BU)(A;;FA;;;BA)"},
+    };
+    for (const auto& each : cases) {
+        ASSERT_EQ(SetDacl("top/file", each.set), ERROR_SUCCESS) << each.set;
+        EXPECT_EQ(Dacl("top/file"), each.stored) << each.set;
+    }
+    // Without a word on protection the object's state stays.
     ACL list{2, 0, sizeof(ACL), 0, 0};
     const HeldObject file = Held(Path("top/file"));
     for (const char* before : {"D:P(A;;FR;;;BU)", "D:(A;;FR;;;BU)"}) {
@@ -136,11 +144,6 @@ TEST_P(HeldObjectSecurity, WithoutAWordOnProtectionTheObjectsStateStays) {
                   ERROR_SUCCESS);
         EXPECT_EQ(Dacl("top/file"), before[2] == 'P' ? "D:PAI" : "D:AI(A;ID;FA;;;BA)");
     }
-}
-
-TEST_P(HeldObjectSecurity, GenericRightsBecomeTheirFileRights) {
-    ASSERT_EQ(SetDacl("top/file", "D:P(A;;GR;;;BU)(A;;GA;;;BA)"), ERROR_SUCCESS);
-    EXPECT_EQ(Dacl("top/file"), "D:PAI(A;;FR;;;BU)(A;;FA;;;BA)");
 }
 
 TEST_P(HeldObjectSecurity, NullEmptyAndFilledListsStayThreeDifferentThings) {
@@ -259,16 +262,6 @@ TEST_P(HeldObjectSecurity, FailureInTheMiddleLeavesThatObjectAndReachesTheOthers
     EXPECT_EQ(unchanged, 1);
 }
 
-TEST_P(HeldObjectSecurity, AListThatCannotBeReadIsAnErrorAndStays) {
-    isReadingRefused = true;
-    const std::string read = Dacl("top/file");
-    const DWORD written = SetDacl("top/file", "D:P");
-    isReadingRefused = false;
-    EXPECT_EQ(read, "error " + std::to_string(ERROR_IO_DEVICE));
-    EXPECT_EQ(written, ERROR_IO_DEVICE);
-    EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;BA)");
-}
-
 TEST_P(HeldObjectSecurity, WhatIsSetIsNoDefaultAnyMoreAndWhatIsTakenAwayIsGone) {
     constexpr WORD kDefaults =
         SE_OWNER_DEFAULTED | SE_GROUP_DEFAULTED | SE_DACL_DEFAULTED | SE_SACL_DEFAULTED;
@@ -310,13 +303,6 @@ TEST(PropagatedList, ReportsTheFirstOfSeveralFailures) {
     EXPECT_EQ(failingWrite, 0);
 }
 
-TEST_P(HeldObjectSecurity, FirstWriteThatFailsChangesNothing) {
-    failingWrite = 1;
-    EXPECT_EQ(SetDacl("top", "D:P(A;OICI;FA;;;SY)"), ERROR_IO_DEVICE);
-    EXPECT_EQ(Dacl("top"), "D:PAI(A;OICI;FA;;;BA)");
-    EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;BA)");
-}
-
 // One attribute of the kernel holds 64 KiB, ext4 keeps less beside an object.
 TEST_P(HeldObjectSecurity, LargeListIsKeptWholeOrRefusedWhole) {
     const auto listOf = [](int entries) {
@@ -337,7 +323,15 @@ TEST_P(HeldObjectSecurity, LargeListIsKeptWholeOrRefusedWhole) {
     EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;BA)");
 }
 
-TEST_P(HeldObjectSecurity, BadArgumentsAreRefusedBeforeAnythingIsTouched) {
+TEST_P(HeldObjectSecurity, FailuresLeaveTheListAsItWas) {
+    failingWrite = 1;
+    EXPECT_EQ(SetDacl("top", "D:P(A;OICI;FA;;;SY)"), ERROR_IO_DEVICE);
+    EXPECT_EQ(Dacl("top"), "D:PAI(A;OICI;FA;;;BA)");
+    isReadingRefused = true;
+    EXPECT_EQ(Dacl("top/file"), "error " + std::to_string(ERROR_IO_DEVICE));
+    EXPECT_EQ(SetDacl("top/file", "D:P"), ERROR_IO_DEVICE);
+    isReadingRefused = false;
+    EXPECT_EQ(Dacl("top/file"), "D:AI(A;ID;FA;;;BA)");
     const HeldObject file = Held(Path("top/file"));
     ACL tooLong{2, 0, sizeof(ACL), 1, 0};  // counts an entry that is not there
     const auto set = [&](SECURITY_INFORMATION information, PSID owner, PACL dacl) {

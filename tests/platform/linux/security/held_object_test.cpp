@@ -39,12 +39,8 @@ class HeldObjectTest : public testing::Test {
     static DWORD Write(const HeldObject& object, const char* sddl, PSECURITY_DESCRIPTOR expected,
                        FailuresBelow& below) {
         const UniqueLocal<void> descriptor = DescriptorOf(sddl);
-        PACL list = nullptr;
-        BOOL isPresent = FALSE;
-        BOOL isDefaulted = FALSE;
-        EXPECT_TRUE(GetSecurityDescriptorDacl(descriptor.get(), &isPresent, &list, &isDefaulted));
         return object.WriteSecurity(DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
-                                    {.dacl = list}, expected, below);
+                                    {.dacl = ListOf(descriptor)}, expected, below);
     }
 
     const TemporaryFolder folder;
@@ -232,13 +228,9 @@ TEST_F(HeldObjectTest, AWalkKeepsTheTurnOnTheFoldersThatItIsIn) {
     ASSERT_EQ(start->HoldObject("top", top), ERROR_SUCCESS);
     ASSERT_EQ(start->HoldObject("top\\sub", sub), ERROR_SUCCESS);
     const UniqueLocal<void> nothing = DescriptorOf("D:");
-    PACL list = nullptr;
-    BOOL isPresent = FALSE;
-    BOOL isDefaulted = FALSE;
-    ASSERT_TRUE(GetSecurityDescriptorDacl(nothing.get(), &isPresent, &list, &isDefaulted));
     Rival rival(sub);
     TreeCounts counts;
-    EXPECT_EQ(top.SetListsBelow(list, TreeListMode::kWrite, rival, counts), ERROR_SUCCESS);
+    EXPECT_EQ(top.SetListsBelow(ListOf(nothing), TreeListMode::kWrite, rival, counts), ERROR_SUCCESS);
     EXPECT_EQ(counts.changed + counts.unchanged, 2U);
     EXPECT_FALSE(rival.wasTakenInside);
     for (int i = 0; i < 100 && !rival.isTaken; ++i)

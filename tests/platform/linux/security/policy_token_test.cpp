@@ -1,7 +1,5 @@
 // The machine's policy and the process's token.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,10 +7,8 @@
 #include <array>
 #include <fstream>
 #include <string>
-#include <vector>
 
 #include "platform/api/errors.h"
-#include "platform/api/messages.h"
 #include "platform/api/policy.h"
 #include "platform/api/token.h"
 #include "platform/raw_security.h"

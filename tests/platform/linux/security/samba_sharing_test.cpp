@@ -1,9 +1,7 @@
 // One folder, two programs: what this one writes a real Samba server understands, and the other way round.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <memory>
 #include <optional>
 #include <string>
 

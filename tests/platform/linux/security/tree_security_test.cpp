@@ -35,12 +35,6 @@ using testing::UnorderedElementsAre;
 constexpr SECURITY_INFORMATION kAllParts =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 
-UniqueLocal<ACL> EmptyList() {
-    UniqueLocal<ACL> list(static_cast<PACL>(LocalAlloc(LMEM_FIXED, sizeof(ACL))));
-    EXPECT_TRUE(InitializeAcl(list.get(), sizeof(ACL), ACL_REVISION));
-    return list;
-}
-
 class TreeSecurity : public testing::Test {
   protected:
     void SetUp() override {
@@ -49,7 +43,13 @@ class TreeSecurity : public testing::Test {
 
     DWORD Reset(const std::string& hostPath, TreeListMode mode = TreeListMode::kWrite) {
         counts = {};
-        return Held(hostPath).SetListsBelow(EmptyList().get(), mode, observer, counts);
+        const UniqueLocal<void> nothing = DescriptorOf("D:");
+        return Held(hostPath).SetListsBelow(ListOf(nothing), mode, observer, counts);
+    }
+    // S-1-22-1-1
+    static PSID SidOfUser1() {
+        static const nt::Sid sid(22, {1, 1});
+        return const_cast<std::uint8_t*>(sid.Bytes().data());
     }
 
     const TemporaryFolder tree;
@@ -209,10 +209,7 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     };
     const std::string before = ownerOf(tree.Path()) + ownerOf(outside.Path()) + ownerOf(target);
 
-    PSID sid = nullptr;
-    ASSERT_TRUE(ConvertStringSidToSidA("S-1-22-1-1", &sid));
-    const UniqueLocal<void> owner(sid);
-    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(sid, LinkedFiles::kPassOver, observer, counts), 0U);
+    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, observer, counts), 0U);
     for (const char* name : {"folder", "folder/file", "link", "folder/outside"})
         EXPECT_EQ(ownerOf(tree.Path(name)), "O:S-1-22-1-1 1") << name;
     EXPECT_EQ(DaclText(file), "D:PAI(A;;FR;;;BG)");
@@ -220,7 +217,7 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     EXPECT_EQ(ownerOf(damaged), "error 1338 0");
     EXPECT_THAT(observer.passedOver, ElementsAre(Pair("damaged", ERROR_INVALID_SECURITY_DESCR)));
     EXPECT_EQ(counts.changed, 4U);
-    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(sid, LinkedFiles::kPassOver, observer, counts), 0U);
+    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, observer, counts), 0U);
     EXPECT_EQ(counts.unchanged, 4U);
     EXPECT_EQ(Held(tree.Path()).SetOwnersBelow(nullptr, LinkedFiles::kPassOver, observer, counts),
               ERROR_INVALID_SID);
@@ -243,16 +240,14 @@ TEST_F(TreeSecurity, ALinkedFileWhoseNameGoesMeanwhileKeepsItsOwner) {
     const std::string file = outside.MakeFile("file");
     const std::string link = tree.Path("link");
     ASSERT_EQ(SetDescriptorText(file, "O:BUD:P(A;;FR;;;BG)"), 0U);
-    PSID sid = nullptr;
-    ASSERT_TRUE(ConvertStringSidToSidA("S-1-22-1-1", &sid));
-    const UniqueLocal<void> owner(sid);
     for (const bool isReplaced : {false, true}) {
         std::filesystem::create_hard_link(file, link);
         Intruder intruder([&] {
             std::filesystem::remove(link);
             if (isReplaced) tree.MakeFile("link");
         });
-        ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(sid, LinkedFiles::kPassOver, intruder, counts), 0U);
+        ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, intruder, counts),
+                  0U);
         EXPECT_THAT(intruder.begun, ElementsAre("link"));
         EXPECT_EQ(counts.changed, 0U);
         EXPECT_EQ(DescriptorText(file, OWNER_SECURITY_INFORMATION), "O:BU");

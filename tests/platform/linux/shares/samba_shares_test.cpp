@@ -11,19 +11,14 @@
 #include <string>
 #include <vector>
 
-#include "platform/api/errors.h"
-#include "platform/api/shares.h"
 #include "platform/linux/base/unique_fd.h"
-#include "platform/linux/base/wide_text.h"
-#include "platform/resources.h"
-#include "tests/support/access_lists.h"
+#include "tests/platform/linux/shares/share_calls.h"
 #include "tests/support/samba_fixture.h"
 
 namespace permora::test {
 namespace {
 
 using host::ToAnsi;
-using host::ToWide;
 using testing::AllOf;
 using testing::Contains;
 using testing::HasSubstr;
@@ -32,8 +27,6 @@ using testing::StartsWith;
 
 constexpr DWORD kNoLimit = SHI_USES_UNLIMITED;
 constexpr const char* kAll = "D:(A;;FA;;;WD)";
-
-using Record = UniqueNetworkBuffer<SHARE_INFO_502>;
 
 class SambaSharesTest : public WithSambaServer {
   protected:
@@ -59,66 +52,20 @@ class SambaSharesTest : public WithSambaServer {
     }
 
     // "name|type|remark|path" of each share.
-    static std::vector<std::string> Listed() {
-        LPBYTE block = nullptr;
-        DWORD read = 0;
-        DWORD total = 0;
-        std::vector<std::string> lines;
-        EXPECT_EQ(NetShareEnum(nullptr, 2, &block, MAX_PREFERRED_LENGTH, &read, &total, nullptr),
-                  NERR_Success);
-        const UniqueNetworkBuffer<SHARE_INFO_2> owned(reinterpret_cast<SHARE_INFO_2*>(block));
-        for (DWORD i = 0; i < read; ++i) {
-            const SHARE_INFO_2& record = owned.get()[i];
-            lines.push_back(ToAnsi(record.shi2_netname) + '|' + std::to_string(record.shi2_type) + '|' +
-                            ToAnsi(record.shi2_remark) + '|' + ToAnsi(record.shi2_path));
-        }
-        return lines;
-    }
-
-    static Record Get(const std::string& name, DWORD expected = NERR_Success) {
-        LPBYTE block = nullptr;
-        EXPECT_EQ(NetShareGetInfo(nullptr, ToWide(name).data(), 502, &block), expected) << name;
-        return Record(reinterpret_cast<SHARE_INFO_502*>(block));
-    }
-    static DWORD Set(SHARE_INFO_502& record) {
-        return NetShareSetInfo(nullptr, record.shi502_netname, 502, reinterpret_cast<LPBYTE>(&record),
-                               nullptr);
-    }
-    static DWORD SetRemark(SHARE_INFO_502& record, std::u16string remark) {
-        record.shi502_remark = remark.data();
-        return Set(record);
-    }
-    static DWORD SetList(const std::string& name, const char* sddl) {
-        const UniqueLocal<void> descriptor = DescriptorOf(sddl);
-        const Record record = Get(name);
-        record->shi502_security_descriptor = descriptor.get();
-        return Set(*record);
+    static std::vector<std::string> Listed(NET_API_STATUS expected = NERR_Success) {
+        return TextsOfShares<2, SHARE_INFO_2>(
+            [](const SHARE_INFO_2& record) {
+                return ToAnsi(record.shi2_netname) + '|' + std::to_string(record.shi2_type) + '|' +
+                       ToAnsi(record.shi2_remark) + '|' + ToAnsi(record.shi2_path);
+            },
+            expected);
     }
     static DWORD Add(const std::string& name, DWORD maxUses, const char* sddl) {
         return AddFolder(name, server->Root(), maxUses, sddl);
     }
     static DWORD AddFolder(const std::string& name, const std::string& folder, DWORD maxUses,
                            const char* sddl) {
-        std::u16string wideName = ToWide(name);
-        std::u16string path = ToWide(folder);
-        std::u16string remark = u"made here";
-        const UniqueLocal<void> descriptor = DescriptorOf(sddl);
-        path = u"C:" + path;
-        SHARE_INFO_502 record{};
-        record.shi502_netname = wideName.data();
-        record.shi502_remark = remark.data();
-        record.shi502_max_uses = maxUses;
-        record.shi502_path = path.data();
-        record.shi502_security_descriptor = descriptor.get();
-        return NetShareAdd(nullptr, 502, reinterpret_cast<LPBYTE>(&record), nullptr);
-    }
-    static DWORD Delete(const std::string& name) { return NetShareDel(nullptr, ToWide(name).data(), 0); }
-
-    static std::string ListOf(const std::string& name) {
-        const Record record = Get(name);
-        return record ? SddlOfParts(record->shi502_security_descriptor,
-                                    OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION)
-                      : "none";
+        return AddShare(name, "C:" + folder, maxUses, sddl);
     }
     static std::string ShownPath() {
         return "C:" + [] {
@@ -139,33 +86,33 @@ TEST_F(SambaSharesTest, SharesOfAllOriginsAreListed) {
         AllOf(Contains("share|0||" + ShownPath()), Contains("-odd [name]|0|remark|" + ShownPath()),
               Contains("of the registry|0|remark|" + ShownPath()),
               Contains("of a user|0|a user's|" + ShownPath()), Contains("IPC$|2147483651|Remote IPC|")));
-    EXPECT_EQ(ListOf("of a user"), "D:(A;;FR;;;WD)(D;;FA;;;BG)");
-    EXPECT_EQ(ListOf("-ODD [name]"), "D:(A;;FA;;;WD)");
+    EXPECT_EQ(ShareListText("of a user"), "D:(A;;FR;;;WD)(D;;FA;;;BG)");
+    EXPECT_EQ(ShareListText("-ODD [name]"), "D:(A;;FA;;;WD)");
 }
 
 TEST_F(SambaSharesTest, TheServerHasWhatWasWritten) {
     AddRegistryShare("-dash");
     for (const char* name : {"plain", "-dash"}) {
-        EXPECT_EQ(SetList(name, "O:BAD:(D;;FA;;;BG)(A;;FA;;;BA)(A;OICI;0x1200a9;;;S-1-5-21-1-2-3-4)"),
+        EXPECT_EQ(SetShareList(name, "O:BAD:(D;;FA;;;BG)(A;;FA;;;BA)(A;OICI;0x1200a9;;;S-1-5-21-1-2-3-4)"),
                   NERR_Success);
-        EXPECT_EQ(ListOf(name), "O:BAD:(D;;FA;;;BG)(A;;FA;;;BA)(A;OICI;0x1200a9;;;S-1-5-21-1-2-3-4)");
+        EXPECT_EQ(ShareListText(name), "O:BAD:(D;;FA;;;BG)(A;;FA;;;BA)(A;OICI;0x1200a9;;;S-1-5-21-1-2-3-4)");
         EXPECT_THAT(Served(name), AllOf(HasSubstr("Num ACEs:\t3"), HasSubstr("0x1f01ff"),
                                         HasSubstr("SID: S-1-5-21-1-2-3-4")));
     }
     // No list and an empty one are opposites.
-    EXPECT_EQ(SetList("-dash", "O:BAD:"), NERR_Success);
-    EXPECT_EQ(ListOf("-dash"), "O:BAD:");
-    EXPECT_EQ(SetList("-dash", "O:BAD:NO_ACCESS_CONTROL"), NERR_Success);
-    EXPECT_EQ(ListOf("-dash"), "O:BA");
+    EXPECT_EQ(SetShareList("-dash", "O:BAD:"), NERR_Success);
+    EXPECT_EQ(ShareListText("-dash"), "O:BAD:");
+    EXPECT_EQ(SetShareList("-dash", "O:BAD:NO_ACCESS_CONTROL"), NERR_Success);
+    EXPECT_EQ(ShareListText("-dash"), "O:BA");
 
-    const Record record = Get("-DASH");
+    const ShareRecord record = GetShare("-DASH");
     record->shi502_max_uses = 4;
-    EXPECT_EQ(SetRemark(*record, u"new; \"one\""), NERR_Success);
+    EXPECT_EQ(SetShareRemark(*record, u"new; \"one\""), NERR_Success);
     EXPECT_EQ(Net({"conf", "showshare", "--", "-dash"}).output,
               "[-dash]\n\tpath = " + server->Root() +
                   "\n\tguest ok = no\n\tread only = no\n\tcomment = new; \"one\"\n\tmax connections = 4\n");
-    EXPECT_EQ(SetRemark(*record, u"a\n[b]"), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(Delete("-dash"), NERR_Success);
+    EXPECT_EQ(SetShareRemark(*record, u"a\n[b]"), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(DeleteShare("-dash"), NERR_Success);
     EXPECT_THAT(Net({"conf", "list"}).output, Not(HasSubstr("-dash")));
 }
 
@@ -175,20 +122,20 @@ TEST_F(SambaSharesTest, WhatTheFileFixesStays) {
     std::ofstream("/etc/samba/smb.conf", std::ios::app) << "include = /etc/samba/more.conf\n";
     const std::string before = ReadWholeFile("/etc/samba/smb.conf");
     const std::string registry = Net({"conf", "list"}).output;
-    const Record record = Get("share");
-    EXPECT_EQ(SetRemark(*record, u"new"), ERROR_FILE_READ_ONLY);
-    EXPECT_EQ(Delete("SHARE"), ERROR_FILE_READ_ONLY);
-    EXPECT_EQ(Delete("included"), ERROR_FILE_READ_ONLY);
-    EXPECT_EQ(Delete("ipc$"), ERROR_NOT_SUPPORTED);
+    const ShareRecord record = GetShare("share");
+    EXPECT_EQ(SetShareRemark(*record, u"new"), ERROR_FILE_READ_ONLY);
+    EXPECT_EQ(DeleteShare("SHARE"), ERROR_FILE_READ_ONLY);
+    EXPECT_EQ(DeleteShare("included"), ERROR_FILE_READ_ONLY);
+    EXPECT_EQ(DeleteShare("ipc$"), ERROR_NOT_SUPPORTED);
     EXPECT_THAT(Listed(), Contains(StartsWith("IPC$|")));
-    EXPECT_EQ(Delete("no such share"), NERR_NetNameNotFound);
-    Get("no such share", NERR_NetNameNotFound);
+    EXPECT_EQ(DeleteShare("no such share"), NERR_NetNameNotFound);
+    GetShare("no such share", NERR_NetNameNotFound);
     // Nor may the registry take such a share away, which only adds to it.
     ASSERT_EQ(Net({"conf", "setparm", "share", "comment", "added"}).exitCode, 0);
-    EXPECT_EQ(Delete("share"), ERROR_FILE_READ_ONLY);
+    EXPECT_EQ(DeleteShare("share"), ERROR_FILE_READ_ONLY);
     ASSERT_EQ(Net({"conf", "delshare", "share"}).exitCode, 0);
     ASSERT_EQ(Net({"conf", "setparm", "included", "comment", "added"}).exitCode, 0);
-    EXPECT_EQ(Delete("included"), ERROR_FILE_READ_ONLY);
+    EXPECT_EQ(DeleteShare("included"), ERROR_FILE_READ_ONLY);
     EXPECT_EQ(ReadWholeFile("/etc/samba/smb.conf"), before);
     EXPECT_EQ(Net({"conf", "list"}).output, registry);
 }
@@ -198,33 +145,33 @@ TEST_F(SambaSharesTest, AUsersShareStaysTheUsers) {
     const std::string file = "/var/lib/samba/usershares/mine";
     constexpr uid_t kMaker = 65534;
     ASSERT_EQ(chown(file.c_str(), kMaker, kMaker), 0);
-    EXPECT_EQ(SetList("mine", "D:(A;;FA;;;BA)(A;;FR;;;WD)"), NERR_Success);
-    EXPECT_EQ(ListOf("mine"), "D:(A;;FA;;;BA)(A;;FR;;;WD)");
-    EXPECT_EQ(SetRemark(*Get("mine"), u"new"), NERR_Success);
+    EXPECT_EQ(SetShareList("mine", "D:(A;;FA;;;BA)(A;;FR;;;WD)"), NERR_Success);
+    EXPECT_EQ(ShareListText("mine"), "D:(A;;FA;;;BA)(A;;FR;;;WD)");
+    EXPECT_EQ(SetShareRemark(*GetShare("mine"), u"new"), NERR_Success);
     EXPECT_THAT(Net({"usershare", "info", "--long", "mine"}).output,
                 HasSubstr("comment=new\nusershare_acl=BUILTIN\\Administrators:F,Everyone:R,\nguest_ok=n\n"));
     struct stat status {};
     ASSERT_EQ(stat(file.c_str(), &status), 0);
     EXPECT_EQ(status.st_uid, kMaker);
-    EXPECT_EQ(SetList("mine", "D:(A;OICIIO;FA;;;WD)"), ERROR_NOT_SUPPORTED);
-    EXPECT_EQ(SetRemark(*Get("mine"), std::u16string(10'200, u'x')), ERROR_NOT_SUPPORTED);
-    EXPECT_EQ(ListOf("mine"), "D:(A;;FA;;;BA)(A;;FR;;;WD)");
-    EXPECT_EQ(SetList("mine", "D:(A;OICI;FR;;;WD)"), NERR_Success);
-    EXPECT_EQ(ListOf("mine"), "D:(A;;FR;;;WD)");
+    EXPECT_EQ(SetShareList("mine", "D:(A;OICIIO;FA;;;WD)"), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(SetShareRemark(*GetShare("mine"), std::u16string(10'200, u'x')), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(ShareListText("mine"), "D:(A;;FA;;;BA)(A;;FR;;;WD)");
+    EXPECT_EQ(SetShareList("mine", "D:(A;OICI;FR;;;WD)"), NERR_Success);
+    EXPECT_EQ(ShareListText("mine"), "D:(A;;FR;;;WD)");
 
     // The server serves a file with two names; what it says under the other one is not for us to change.
     const std::string other = "/var/lib/samba/other name";
     ASSERT_EQ(link(file.c_str(), other.c_str()), 0);
     EXPECT_THAT(Listed(), Contains(StartsWith("Mine|")));
-    EXPECT_EQ(ListOf("mine"), "D:(A;;FR;;;WD)");
-    EXPECT_EQ(SetList("mine", "D:(A;;FA;;;BA)"), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(ListOf("mine"), "D:(A;;FR;;;WD)");
+    EXPECT_EQ(ShareListText("mine"), "D:(A;;FR;;;WD)");
+    EXPECT_EQ(SetShareList("mine", "D:(A;;FA;;;BA)"), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(ShareListText("mine"), "D:(A;;FR;;;WD)");
     ASSERT_EQ(unlink(other.c_str()), 0);
 
     // A file whose name looks like another share's text makes no one change that other share.
     std::ofstream("/var/lib/samba/usershares/x]\npath=\n[other") << ReadWholeFile(file);
-    EXPECT_EQ(Delete("other"), NERR_NetNameNotFound);
-    EXPECT_EQ(Delete("mine"), NERR_Success);
+    EXPECT_EQ(DeleteShare("other"), NERR_NetNameNotFound);
+    EXPECT_EQ(DeleteShare("mine"), NERR_Success);
     EXPECT_NE(access(file.c_str(), F_OK), 0);
 }
 
@@ -244,8 +191,8 @@ TEST_F(SambaSharesTest, OfFilesWithNearlyTheSameNameTheServersOneIsTheShare) {
         ASSERT_EQ(chown(own.c_str(), kMaker, kMaker), 0);
         ASSERT_EQ(chown(foreign.c_str(), kOther, kOther), 0);
         EXPECT_THAT(Listed(), Contains("ÄB|0|a user's|" + ShownPath()));
-        EXPECT_EQ(SetList("Äb", "D:(A;;FA;;;BA)"), NERR_Success);
-        EXPECT_EQ(ListOf("ÄB"), "D:(A;;FA;;;BA)");
+        EXPECT_EQ(SetShareList("Äb", "D:(A;;FA;;;BA)"), NERR_Success);
+        EXPECT_EQ(ShareListText("ÄB"), "D:(A;;FA;;;BA)");
         EXPECT_THAT(ReadWholeFile(own),
                     AllOf(HasSubstr("comment=a user's\nusershare_acl=S-1-5-32-544:f\n"), HasSubstr("=ÄB\n")));
         EXPECT_EQ(ReadWholeFile(foreign), text);
@@ -254,7 +201,7 @@ TEST_F(SambaSharesTest, OfFilesWithNearlyTheSameNameTheServersOneIsTheShare) {
             EXPECT_EQ(stat(path.c_str(), &status), 0);
             EXPECT_EQ(status.st_uid, owner) << path;
         }
-        EXPECT_EQ(Delete("äB"), NERR_Success);
+        EXPECT_EQ(DeleteShare("äB"), NERR_Success);
         EXPECT_NE(access(own.c_str(), F_OK), 0);
         EXPECT_EQ(ReadWholeFile(foreign), text);
         ASSERT_EQ(unlink(foreign.c_str()), 0);
@@ -263,7 +210,7 @@ TEST_F(SambaSharesTest, OfFilesWithNearlyTheSameNameTheServersOneIsTheShare) {
     AddUserShare("ÄB");
     ASSERT_EQ(rename(own.c_str(), foreign.c_str()), 0);
     const std::string text = ReadWholeFile(foreign);
-    EXPECT_EQ(SetList("ÄB", "D:(A;;FA;;;BA)"), NERR_NetNameNotFound);
+    EXPECT_EQ(SetShareList("ÄB", "D:(A;;FA;;;BA)"), NERR_NetNameNotFound);
     EXPECT_EQ(ReadWholeFile(foreign), text);
     EXPECT_NE(access(own.c_str(), F_OK), 0);
     ASSERT_EQ(unlink(foreign.c_str()), 0);
@@ -283,11 +230,7 @@ TEST_F(SambaSharesTest, AFileThatCannotBeReadNowIsNotPassedOver) {
         const host::UniqueFd file(open((folder + "leased").c_str(), O_RDONLY | O_CLOEXEC));
         const auto before = std::signal(SIGIO, SIG_IGN);  // by which its maker hears that he is to let go
         ASSERT_EQ(fcntl(file.Get(), F_SETLEASE, F_WRLCK), 0);
-        LPBYTE block = nullptr;
-        DWORD read = 0;
-        DWORD total = 0;
-        EXPECT_EQ(NetShareEnum(nullptr, 2, &block, MAX_PREFERRED_LENGTH, &read, &total, nullptr), ERROR_BUSY);
-        NetApiBufferFree(block);
+        Listed(ERROR_BUSY);
         fcntl(file.Get(), F_SETLEASE, F_UNLCK);
         std::signal(SIGIO, before);
     }
@@ -328,7 +271,7 @@ TEST_F(SambaSharesTest, OneShareWithoutFolderHidesNoOthersAndIsNotReplaced) {
 TEST_F(SambaSharesTest, NewSharesGoIntoTheRegistry) {
     EXPECT_EQ(Add("made", 3, "D:(A;;0x1200a9;;;WD)"), NERR_Success);
     EXPECT_THAT(Served("MADE"), AllOf(HasSubstr("remark:\tmade here\n"), HasSubstr("0x1200a9")));
-    EXPECT_EQ(Get("made")->shi502_max_uses, 3U);
+    EXPECT_EQ(GetShare("made")->shi502_max_uses, 3U);
     EXPECT_EQ(Add("Made", 3, "D:(A;;FA;;;WD)"), NERR_DuplicateShare);
     EXPECT_EQ(Add("plain", 3, "D:(A;;FA;;;WD)"), NERR_DuplicateShare);
     for (const char* name : {"global", "Homes", "100%"})
@@ -336,8 +279,8 @@ TEST_F(SambaSharesTest, NewSharesGoIntoTheRegistry) {
     EXPECT_EQ(Add("many", DWORD{1} << 31, "D:(A;;FA;;;WD)"), NERR_InvalidMaxUsers);
     // A share whose list cannot be kept is not left open to everyone.
     EXPECT_NE(Add("half", 3, "D:(A;;FA;;;BA)S:(ML;;NW;;;LW)"), NERR_Success);
-    Get("half", NERR_NetNameNotFound);
-    EXPECT_EQ(Delete("made"), NERR_Success);
+    GetShare("half", NERR_NetNameNotFound);
+    EXPECT_EQ(DeleteShare("made"), NERR_Success);
 }
 
 }  // namespace
