@@ -124,7 +124,7 @@ class FileDeletion {
     }
 
     Outcome OverwriteAndClose(UniqueHandle file) {
-        const Outcome outcome = Overwrite(file.get());
+        Outcome outcome = Overwrite(file.get());
         return CloseHandle(file.release()) != FALSE ? outcome : LastError(Step::kCloseFile);
     }
 
@@ -136,7 +136,7 @@ class FileDeletion {
         const UniqueLocal<void> zeros(LocalAlloc(LMEM_FIXED, sectorBytes));
         if (!zeros) return LastError(Step::kTakeZeros);
         std::memset(zeros.get(), 0, sectorBytes);
-        const Outcome outcome = WriteZeros(file, zeros.get(), size.QuadPart);
+        Outcome outcome = WriteZeros(file, zeros.get(), size.QuadPart);
         if (!outcome.IsDone() && outcome.step != Step::kNone) return outcome;
         return FlushFileBuffers(file) == FALSE && outcome.IsDone() ? LastError(Step::kFlush) : outcome;
     }
