@@ -90,7 +90,7 @@ bool CFrameWnd::LoadFrame(unsigned int id) {
     parts->menu = CMenu::Load(id);
     if (parts->menu) nativeFrame.SetMenu(parts->menu);
     if (const auto accelerators = LoadAcceleratorTable(id)) nativeFrame.SetAccelerators(*accelerators);
-    SetIcon(CIcon::Load(id));
+    nativeFrame.SetIcon(CIcon::Load(id));
     SetWindowText(LoadResourceString(id));
     if (!OnCreate()) {
         DestroyWindow();
@@ -105,10 +105,6 @@ bool CFrameWnd::LoadFrame(unsigned int id) {
 
 CMenu CFrameWnd::GetMenu() const {
     return parts->menu;
-}
-
-void CFrameWnd::SetIcon(const CIcon& icon) {
-    if (auto* nativeFrame = NativeOf(*this)) nativeFrame->SetIcon(icon);
 }
 
 WindowPlacement CFrameWnd::GetPlacement() const {
@@ -157,14 +153,6 @@ void CFrameWnd::ShowPrompt(unsigned int id) {
     if (statusBar != nullptr) statusBar->ShowPrompt(id != 0 ? LoadCommandPrompt(id).status : std::string());
 }
 
-void CFrameWnd::ShowControlBar(CWnd& bar, bool show) {
-    bar.ShowWindow(show ? SW_SHOW : SW_HIDE);
-    if (CWnd* holder = bar.GetParent()) {
-        if (auto* reBar = WindowAccess::NativeAs<NativeReBar>(*holder)) reBar->LayOut();
-    }
-    RecalcLayout();
-}
-
 void CFrameWnd::PostClose() {
     if (auto* nativeFrame = NativeOf(*this)) nativeFrame->PostClose();
 }
@@ -201,7 +189,13 @@ const MessageMap& CFrameWnd::GetMessageMap() const {
 }
 
 void CFrameWnd::OnToggleBar(Notification& notification) {
-    if (CWnd* bar = ControlBar(notification.id)) ShowControlBar(*bar, !IsShown(*bar));
+    CWnd* bar = ControlBar(notification.id);
+    if (bar == nullptr) return;
+    bar->ShowWindow(IsShown(*bar) ? SW_HIDE : SW_SHOW);
+    if (CWnd* holder = bar->GetParent()) {
+        if (auto* reBar = WindowAccess::NativeAs<NativeReBar>(*holder)) reBar->LayOut();
+    }
+    RecalcLayout();
 }
 
 void CFrameWnd::OnUpdateBar(Notification& notification) {

@@ -17,8 +17,8 @@ struct WindowPlacement {
     ShowState showState = ShowState::kNormal;
 };
 
-// Commands from menu, accelerators, toolbar and context menus go through OnCmdMsg; before a menu opens and
-// while the program is idle each command's state is asked for (Notify::kUpdateCommand). A command without
+// Commands from menu, accelerators, toolbar and context menus go through OnCmdMsg. Before a menu opens and
+// while the program is idle, Notify::kUpdateCommand updates the state of each command. A command without
 // handler is disabled. Prompts (string resource of a command's id, split at the newline) show in status pane
 // 0 while a menu entry is highlighted and as the toolbar's tips.
 class CFrameWnd : public CWnd {
@@ -30,19 +30,15 @@ class CFrameWnd : public CWnd {
     // OnCreate.
     bool LoadFrame(unsigned int id);
     CMenu GetMenu() const;
-    void SetIcon(const CIcon& icon);
     WindowPlacement GetPlacement() const;
     void SetPlacement(const WindowPlacement& placement);  // shows the window
-    // The child that fills what the bars leave. The frame's focus goes to it.
+    // The child that fills the area beside the bars. It gets the focus of the frame.
     void SetView(CWnd& view);
-    void RecalcLayout();
-    // Runs a command as the menu does: not while it or the frame is disabled.
+    // Runs a command as the menu does: nothing happens while the command or the frame is disabled.
     void RunCommand(unsigned int id);
-    // Shows what the status bar says about a command; 0: what it said before.
+    // Shows the prompt of a command in the status bar; 0: removes it.
     void ShowPrompt(unsigned int id);
-    // Standard commands 59392, 59393: show or hide the toolbar and the status bar.
-    void ShowControlBar(CWnd& bar, bool show);
-    void PostClose();  // OnClose, once the messages before it are served
+    void PostClose();  // OnClose, after the messages before it
 
     bool OnCmdMsg(Notification& notification) override;  // this frame, then the application object
 
@@ -57,6 +53,8 @@ class CFrameWnd : public CWnd {
     friend struct WindowAccess;
     struct Parts;
 
+    void RecalcLayout();
+    // Standard commands 59392, 59393: show or hide the toolbar and the status bar.
     void OnToggleBar(Notification& notification);
     void OnUpdateBar(Notification& notification);
     CWnd* ControlBar(unsigned int id) const;
@@ -71,17 +69,18 @@ class CWinApp : public CCmdTarget {
     ~CWinApp() override;
 
     virtual bool InitInstance() = 0;
-    // Before the main window goes that is still there: something other than its closing ends the program.
+    // Called before an open main window is destroyed because the program ends for another reason than its
+    // closing.
     virtual void OnEndSession() {}
-    // Starts the toolkit, runs InitInstance and the message loop, and destroys the main window if it is still
-    // there; the process's exit code.
+    // Starts the toolkit, runs InitInstance and the message loop, and destroys the main window if it still
+    // exists. Returns the exit code of the process.
     int Run(int argc, char** argv);
     CWnd* mainWindow = nullptr;
 };
 CWinApp* GetApp();
 
 enum class Cursor { kArrow, kHand };
-// The pointer's shape over the window that it is over.
+// Sets the pointer's shape for the window below it.
 void SetCursor(Cursor cursor);
 
 }  // namespace permora
