@@ -25,15 +25,15 @@ class CToolBar : public CWnd {
 
   private:
     friend class CFrameWnd;
-    // Asks for the state of each button's command and shows it.
+    // Updates and shows the state of each command.
     void UpdateButtons(CFrameWnd& frame);
 
     std::vector<unsigned int> buttons;  // without separators
     std::vector<unsigned int> pressedButtons;
 };
 
-// A bar made from a dialog template. What its own map does not handle goes to the frame, a click as the
-// command of the button's id. Enter reaches the map as a click on IDOK, Escape as one on IDCANCEL.
+// A bar made from a dialog template. Notifications that its map does not handle go to the frame, a click as
+// the command with the button's id. Enter becomes a click on IDOK, Escape a click on IDCANCEL.
 class CDialogBar : public CWnd {
   public:
     virtual bool Create(CFrameWnd& frame, unsigned int templateId);
@@ -47,13 +47,13 @@ class CDialogBar : public CWnd {
 class CReBar : public CWnd {
   public:
     bool Create(CFrameWnd& frame);
-    // `bar` becomes a child of the rebar. In a narrow frame it is left `leastWidth` logical pixels, where the
-    // frame has them.
+    // `bar` becomes a child of the rebar. In a narrow frame it keeps `leastWidth` logical pixels if the frame
+    // has them.
     bool AddBar(CWnd& bar, int leastWidth);
 };
 
-// A pane's first text is the string of its id. A prompt stands in front of pane 0's text, which comes back
-// after it, until that text is set anew.
+// The first text of a pane is the string of its id. A prompt covers the text of pane 0 until it is removed or
+// that text is set.
 class CStatusBar : public CWnd {
   public:
     static constexpr unsigned int kSeparator = 0;  // the stretching pane

@@ -1,4 +1,4 @@
-// Commands on their way: whether somebody handles them, how they are shown, and what is said about them.
+// Routing of commands: their handlers, states and prompts.
 #pragma once
 
 #include <string>
@@ -8,10 +8,10 @@
 
 namespace permora {
 
-// Would `target`, with whatever it routes to, handle the command?
+// Whether `target`, or an object that it routes to, handles the command.
 bool IsCommandHandled(CCmdTarget& target, unsigned int id);
-// The state in which the command is to be shown: `checked` as it is shown now, unless a handler of
-// kUpdateCommand decides.
+// The state in which to show the command. `checked` is the present state; it stays unless a handler of
+// kUpdateCommand changes it.
 CommandState AskCommandState(CCmdTarget& target, unsigned int id, bool checked);
 // Runs the command unless its state is disabled; true when a handler took it.
 bool SendCommand(CCmdTarget& target, unsigned int id);

@@ -15,11 +15,11 @@ class CDialog : public CWnd {
     // `owner` may be null. The window is made by DoModal; the object may run again and again.
     explicit CDialog(unsigned int templateId, CWnd* owner = nullptr);
 
-    // Makes the window, runs OnInitDialog, then serves it until EndDialog; destroys the window and returns
-    // the result. -1 when the template is missing. The owner is disabled meanwhile.
+    // Makes the window, runs OnInitDialog, processes events until EndDialog, destroys the window and returns
+    // the result; -1 when the template is missing. The owner is disabled meanwhile.
     int DoModal();
-    // Ends DoModal with `result`; the first of several counts. Any thread. Before OnInitDialog returns it
-    // keeps the dialog from being shown.
+    // Ends DoModal with `result`; the first call counts. Any thread. Called before OnInitDialog returns, it
+    // prevents the dialog from being shown.
     void EndDialog(int result);
 
   protected:

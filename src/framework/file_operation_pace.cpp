@@ -6,10 +6,10 @@
 namespace permora {
 namespace {
 
-// What an item takes beside its bytes, as so many bytes more.
+// The cost of an item beside its bytes, in bytes.
 constexpr double kBytesOfAnItem = 128.0 * 1024;
 
-// After so many seconds a speed counts only a third.
+// After so many seconds the weight of a speed has fallen to about a third.
 constexpr double kMemory = 8;
 
 constexpr double kEnoughSeconds = 2;

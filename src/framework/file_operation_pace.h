@@ -8,8 +8,8 @@
 
 namespace permora {
 
-// Bytes and items both count, since small files take their time for being many. The speed is that of the last
-// seconds, the older the less, so that the time left follows changes without jumping about.
+// Bytes and items both count, since many small files take time too. The speed is an average of the last
+// seconds, in which older ones weigh less, so that the time left follows changes without jumping.
 class FileOperationPace {
   public:
     using Time = std::chrono::steady_clock::time_point;
@@ -21,7 +21,7 @@ class FileOperationPace {
 
     // What is done of the whole, from 0 to 1. Nothing while the whole is not known.
     std::optional<double> Fraction() const;
-    // Nothing before there was enough to see.
+    // Nothing in the first seconds.
     std::optional<std::chrono::seconds> TimeLeft() const;
 
   private:

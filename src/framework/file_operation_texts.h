@@ -1,4 +1,4 @@
-// What is said of file operations: their progress, and their questions with the answers.
+// Texts of file operations: their progress, and their questions with the answers.
 #pragma once
 
 #include <chrono>

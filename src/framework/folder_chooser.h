@@ -7,8 +7,8 @@
 
 namespace permora {
 
-// Lets the user choose a folder, beginning at `path` where that is one; `path` is then the one chosen. False,
-// and `path` as it was, when the user chose none or one that no path leads to.
+// Lets the user choose a folder and stores it in `path`. The dialog begins at `path` if that is a folder. On
+// false, `path` is unchanged: the user chose none, or one without a path.
 [[nodiscard]] bool ChooseFolder(CWnd& owner, const std::string& title, std::string& path);
 
 }  // namespace permora

@@ -19,20 +19,21 @@ namespace permora {
 inline constexpr unsigned int kToolBarId = 59392;
 inline constexpr unsigned int kStatusBarId = 59393;
 
-// What a frame hears from its back end. Implemented by the shared half. Commands and the wish to close come
-// when the back end is done with the event that caused them, since they may destroy the frame.
+// Receives the events of a frame. Implemented by the shared half. Commands and close requests come after the
+// back end has finished the event that caused them, since they may destroy the frame.
 class FrameEvents {
   public:
     virtual ~FrameEvents() = default;
     virtual void OnMenuOpening(CMenu::Items& items) = 0;  // a pop-up, before it is shown
-    virtual void OnHighlight(unsigned int id) = 0;        // a command in a menu or toolbar; 0: none any more
+    virtual void OnHighlight(unsigned int id) = 0;        // a command in a menu or toolbar; 0: no longer
     virtual void OnChosen(unsigned int id) = 0;           // by menu, toolbar or key
     virtual void OnCloseRequest() = 0;
-    virtual void OnIdle() = 0;  // all events are served
+    virtual void OnIdle() = 0;  // no event is waiting
 };
 
-// The client area lies below the menu. The window's rectangle does not count the frame that the desktop draws
-// around it: its width is not known before the window is shown, and a stored rectangle would grow by it.
+// The client area lies below the menu. The window's rectangle is without the frame that the desktop draws
+// around it: the width of that is unknown before the window is shown, and a stored rectangle would grow by
+// it.
 class NativeFrame : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
@@ -83,12 +84,12 @@ std::unique_ptr<NativeFrame> MakeNativeFrame(CWnd& window, unsigned int id, Fram
 std::unique_ptr<NativeToolBar> MakeNativeToolBar(CWnd& window, CWnd& parent, FrameEvents& events);
 std::unique_ptr<NativeReBar> MakeNativeReBar(CWnd& window, CWnd& parent);
 std::unique_ptr<NativeStatusBar> MakeNativeStatusBar(CWnd& window, CWnd& parent);
-// Runs `onEnter` when Enter is pressed in `pane` and no control uses it, and `onEscape` at Escape, which then
-// is no accelerator.
+// Runs `onEnter` when Enter is pressed in `pane` and no control uses it. Runs `onEscape` at Escape, which
+// then does not act as an accelerator.
 void WatchKeys(CWnd& pane, std::function<void()> onEnter, std::function<void()> onEscape);
 
-// Shows a menu at a screen position until the user has chosen; the command, 0 for none. `highlight` hears of
-// each entry that the user goes to, and 0 at the end.
+// Shows a menu at a screen position and returns the chosen command, 0 for none. `highlight` is called with
+// each entry that the user moves to, and with 0 at the end.
 unsigned int TrackNativeMenu(const CMenu& menu, Point screen, CWnd& owner,
                              const std::function<void(unsigned int id)>& highlight);
 

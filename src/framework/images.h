@@ -13,7 +13,7 @@ namespace permora {
 
 class NativeImage;  // the back end's half; immutable and shared
 
-// An icon at every size it has. Copies share.
+// An icon with all its sizes. Copies share the pictures.
 class CIcon {
   public:
     CIcon() = default;
@@ -36,7 +36,7 @@ class CIcon {
 Size LargeIconSize();
 Size SmallIconSize();
 
-// A list of icons of one size. Shared with the controls that show it: a control sees what is added later.
+// A list of icons of one size. Controls that show it share it, and see icons that are added later.
 class CImageList {
   public:
     CImageList();

@@ -19,7 +19,7 @@ enum class ListStyle : unsigned int {
     kNone = 0,
     kFullRowSelect = 1,
     kCheckBoxes = 2,
-    kInfoTips = 4,   // asks for the tip of a row
+    kInfoTips = 4,   // shows the tips that kInfoTip handlers give
     kLabelTips = 8,  // shows a report's texts in full where they are cut (LVS_EX_LABELTIP)
 };
 constexpr ListStyle operator|(ListStyle one, ListStyle other) {

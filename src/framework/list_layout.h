@@ -1,5 +1,5 @@
-// Where the rows of a list view stand. All cells of a view are of one size, so that nothing has to be kept
-// for a row and any place is found at once, however many rows there are.
+// Positions of the rows of a list view. All cells of a view have one size, so that no position is stored and
+// each is found in constant time.
 #pragma once
 
 #include "framework/geometry.h"
@@ -19,7 +19,7 @@ struct RowRange {
 class ListLayout {
   public:
     ListLayout() = default;
-    // `cell` is the size of one row's place, at least one pixel each way, `client` what of the list is seen.
+    // `cell` is the size of one row, at least one pixel each way; `client` is the visible area.
     ListLayout(ListView view, int count, Size cell, Size client);
 
     Size ContentSize() const;

@@ -1,5 +1,5 @@
-// The list view's seam: the shared half keeps the rows and says what changes; a back end shows them and tells
-// what the user does.
+// The seam of the list view: the shared half keeps the rows and reports changes; a back end shows them and
+// reports the actions of the user.
 #pragma once
 
 #include <functional>
@@ -22,7 +22,7 @@ class NativeListView : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
 
-    // What is shown. The back end reads it; rows are changed through the functions below.
+    // The contents. The back end reads them; rows are changed through the functions below.
     const ListRows& Rows() const { return rows; }
     const std::vector<ListColumn>& Columns() const { return columns; }
     bool HasStyle(ListStyle bit) const;
@@ -51,14 +51,16 @@ class NativeListView : public NativeWindow {
     virtual void EnsureVisible(int row) = 0;
     virtual bool IsInView(int row) = 0;  // at least a part of it
 
-    // The back end's reports of the user's acts. True: a handler took it. A handler may destroy the list.
+    // Reports of the back end about actions of the user. True: a handler took it. A handler may destroy the
+    // list.
     bool ReportRow(Notify code, int row, Point client);
     bool ReportKey(unsigned int virtualKey);
     void ReportColumnClick(int column);
     std::string AskInfoTip(int row);
 
   protected:
-    // What the back end must show anew, soon: callers change many rows one after the other.
+    // The back end must show these changes soon, but not at once: callers change many rows one after the
+    // other.
     virtual void OnRowsChanged() = 0;  // their number or order
     virtual void OnRowTextChanged(int row) = 0;
     virtual void OnRowStateChanged(int row) = 0;  // selected or checked

@@ -19,15 +19,15 @@ struct ListCursor {
     int anchor = -1;  // where a range that Shift extends begins
 };
 
-// Rows are counted from 0. Setters with a truth value answer whether something changed; all ignore rows and
-// columns that do not exist.
+// Rows are counted from 0. Setters return true when something changed. Rows and columns that do not exist are
+// ignored.
 class ListRows {
   public:
     int Count() const { return static_cast<int>(rows.size()); }
     bool Has(int row) const { return row >= 0 && row < Count(); }
 
-    // Before `row`, at the end when it is the count. False when `row` is out of range. `columns` is how many
-    // texts the row will get, so that they fit at once.
+    // Before `row`, at the end when it is the count. False when `row` is out of range. `columns` texts are
+    // reserved.
     bool Insert(int row, const std::string& text, int image, int columns);
     bool Delete(int row);
     void Clear();

@@ -7,7 +7,7 @@
 
 namespace permora {
 
-// What the keys held down make of a click or a move.
+// How a click or a move changes the selection, by the keys held down.
 enum class SelectMode {
     kReplace,   // the row alone
     kToggle,    // Ctrl: the row's own state changes; a move by keyboard changes none
@@ -29,9 +29,10 @@ void ToggleCheck(NativeListView& list, int row);
 // The selection that a frame drawn with the mouse makes. Meant for lists that allow several rows.
 class BandSelection {
   public:
-    // Keeps what is selected now when `mode` is not kReplace, else clears it.
+    // Clears the selection when `mode` is kReplace.
     BandSelection(NativeListView& list, SelectMode mode);
-    // `touched` are the rows that the frame touches now; kToggle turns those that were selected before.
+    // `touched` are the rows that the frame touches now, ascending. kToggle unselects those that were
+    // selected before.
     void Update(const std::vector<int>& touched);
 
   private:

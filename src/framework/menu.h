@@ -26,8 +26,8 @@ class CMenu {
     void Enable(unsigned int id, bool enabled);
     void SetText(unsigned int id, const std::string& text);
 
-    // Shows the menu at a screen position and returns the command chosen, 0 for none. The caller routes it.
-    // Entries are as the caller left them, but a command that the owner's frame finds no handler for is grey.
+    // Shows the menu at a screen position and returns the chosen command, 0 for none. The caller routes it.
+    // Commands without a handler in the owner's frame are grey.
     unsigned int TrackPopup(Point screen, CWnd& owner) const;
 
     struct Items;

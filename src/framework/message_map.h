@@ -22,7 +22,7 @@ namespace permora {
 
 class CCmdTarget;
 
-// What happened to a control, or what is asked about a command.
+// An event of a control, or a question about a command.
 enum class Notify {
     kClicked,           // button, check box or radio button pressed by the user (BN_CLICKED)
     kTextChanged,       // edit field (EN_CHANGE)
@@ -30,13 +30,14 @@ enum class Notify {
     kClick,             // list view: left click, on a row or beside (NM_CLICK)
     kDoubleClick,       // list view (NM_DBLCLK)
     kRightClick,        // list view (NM_RCLICK)
-    kItemChanged,       // list view: selection or check state of `row` changed, by whomever (LVN_ITEMCHANGED)
+    kItemChanged,       // list view: `row` was selected, checked or the opposite, by user or program
+                        // (LVN_ITEMCHANGED)
     kColumnClick,       // list view: header of `column` clicked (LVN_COLUMNCLICK)
     kKeyDown,           // list view: `key` pressed (LVN_KEYDOWN)
     kInfoTip,           // list view: the tip of `row` is wanted; the handler fills `tip` (LVN_GETINFOTIP)
     kCommand,           // menu, accelerator or toolbar command
     kUpdateCommand,     // a command's state is about to be shown; the handler adjusts `state`
-    kIsHandled,         // would a handler for kCommand be found? Runs none; maps have no entries for it
+    kIsHandled,         // whether there is a handler for kCommand; runs none, and maps have no entries for it
 };
 
 // How a menu entry or toolbar button is shown.
@@ -45,7 +46,7 @@ struct CommandState {
     bool checked = false;
 };
 
-// Everything a handler may want to know. Fields that a notification does not name keep their initial values.
+// The data of an event. Fields without meaning for a notification keep their initial values.
 struct Notification {
     unsigned int id = 0;  // control or command
     Notify code = Notify::kCommand;
@@ -53,7 +54,7 @@ struct Notification {
     int column = -1;
     unsigned int key = 0;  // VK_ code
     Point point{};         // client coordinates of the list view
-    bool handled = true;   // a handler clears it to let the default happen as well
+    bool handled = true;   // a handler clears it so that the default happens as well
     std::string tip{};     // answer to kInfoTip; empty: no tip
     CommandState state{};  // answer to kUpdateCommand
 };
@@ -105,7 +106,7 @@ MessageMap MakeMessageMap(const MessageMap& base, std::initializer_list<MessageL
     return map;
 }
 
-// Whatever receives commands and notifications: windows, and the application object.
+// Receives commands and notifications: windows and the application object.
 class CCmdTarget {
   public:
     virtual ~CCmdTarget() = default;

@@ -1,4 +1,4 @@
-// One run of a dialog or a sheet: its top-level window, the keyboard's rules in it, and its modal loop.
+// One run of a dialog or a sheet: its top-level window, the rules of its keyboard, and its modal loop.
 #pragma once
 
 #include <functional>
@@ -10,8 +10,8 @@
 
 namespace permora {
 
-// While it lives the top-level window over `owner`, the owner of a modal window, counts as disabled. `owner`
-// may be null, and may lose its window meanwhile.
+// While it exists, the top-level window of `owner` counts as disabled. `owner` may be null, and may lose its
+// window meanwhile.
 class OwnerDisabler {
   public:
     explicit OwnerDisabler(CWnd* owner);
@@ -32,13 +32,13 @@ class ModalWindow : public DialogKeys {
     ModalWindow& operator=(const ModalWindow&) = delete;
 
     void SetClientSize(Size size);
-    // The keyboard goes through the controls of `windows` (of a control: itself), in that order.
+    // Sets the tab order: the controls of each of `windows`; a control counts as itself.
     void SetTabOrder(const std::vector<CWnd*>& windows);
-    // Shows the window and serves it until End; the owner is disabled meanwhile.
+    // Shows the window and processes events until End; the owner is disabled meanwhile.
     void Run();
     void End();
 
-    // What Ctrl+Tab and Ctrl+PageDown (1) or their opposites (-1) do, where there are pages.
+    // For windows with pages: Ctrl+Tab and Ctrl+PageDown call it with 1, their opposites with -1.
     std::function<bool(int direction)> onNextPage;
 
     void OnEnterKey() override;
@@ -46,7 +46,7 @@ class ModalWindow : public DialogKeys {
     bool OnNextPageKey(int direction) override;
 
   private:
-    // Enter and Escape act as the buttons do, and reach the dialog's message map where there is no button.
+    // Clicks `button`. Without a button the message map gets a click on `id`.
     void Press(CWnd* button, unsigned int id);
 
     CWnd& window;

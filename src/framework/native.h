@@ -1,7 +1,7 @@
 // The seam between the framework's shared half and a back end: what a back end must make.
 //
-// A window of the contract (CWnd) owns one NativeWindow while it has a window. The shared half asks through
-// the virtual functions, the back end reports through the protected ones. All of it runs on the
+// A window of the contract (CWnd) owns one NativeWindow while it has a window. The shared half calls the
+// virtual functions; the back end reports events through the protected ones. Everything runs on the
 // user-interface thread unless a declaration says otherwise. Geometry is in logical pixels.
 #pragma once
 
@@ -46,7 +46,7 @@ class NativeWindow {
     virtual void Move(const Rect& rect) = 0;  // as CWnd::MoveWindow
     // The size at which no text is cut.
     virtual Size PreferredSize() const = 0;
-    // What assistive technology calls the window where its own text does not do.
+    // The name for assistive technology, where the window's text is not suitable.
     virtual void SetAccessibleName(const std::string& name) = 0;
 
     DWORD style = 0;  // kept by the shared half
@@ -58,7 +58,7 @@ class NativeWindow {
     Handled ReportMouseMove(Point client) { return target.OnMouseMove(client); }
     Handled ReportLeftButtonDown(Point client) { return target.OnLButtonDown(client); }
     void ReportFocus() { target.OnSetFocus(); }
-    // Offers `notification` (its id is filled in here) to the parent; true when a handler took it.
+    // Sends `notification`, with the window's id, to the parent. True: a handler took it.
     bool ReportNotification(Notification& notification);
     bool ReportNotification(Notify code);
 
@@ -92,7 +92,7 @@ struct ControlSpec {
     Rect rect{};                 // in the parent's client area
 };
 
-// Push buttons, check boxes, radio buttons, bitmap buttons. Reports kClicked for the user's clicks only.
+// Push buttons, check boxes, radio buttons, bitmap buttons. Reports kClicked only for clicks of the user.
 class NativeButton : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
@@ -116,7 +116,7 @@ class NativeProgressBar : public NativeWindow {
     virtual void SetPosition(int percent) = 0;
 };
 
-// Reports kSelectionChanged for the user's choices only.
+// Reports kSelectionChanged only for choices of the user.
 class NativeComboBox : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
@@ -126,8 +126,8 @@ class NativeComboBox : public NativeWindow {
     virtual void Select(int index) = 0;
 };
 
-// The row of tabs of a sheet, with the frame around its pages. Reports kSelectionChanged for the user's
-// choices only.
+// The row of tabs of a sheet, with the frame around its pages. Reports kSelectionChanged only for choices of
+// the user.
 class NativeTabs : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
@@ -139,7 +139,7 @@ class NativeTabs : public NativeWindow {
     virtual Rect PageArea() const = 0;             // in the parent's client area
 };
 
-// What a top-level dialog window hears from the keyboard and its title bar. Implemented by the shared half.
+// Receives keys and the close box of a top-level dialog window. Implemented by the shared half.
 class DialogKeys {
   public:
     virtual ~DialogKeys() = default;
@@ -148,15 +148,15 @@ class DialogKeys {
     virtual bool OnNextPageKey(int /*direction*/) { return false; }  // Ctrl+Tab, Ctrl+PageDown: 1; back: -1
 };
 
-// A top-level window of fixed size that is served by a modal loop.
+// A top-level window of fixed size with a modal loop.
 class NativeDialog : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
     virtual void SetClientSize(Size size) = 0;
-    // The keyboard's order through controls, which may be grandchildren.
+    // The tab order. The controls may be grandchildren.
     virtual void SetTabOrder(std::span<CWnd* const> controls) = 0;
-    virtual void RunModal() = 0;  // centres on the owner, shows, and serves events until EndModal
-    virtual void EndModal() = 0;  // also before RunModal has begun to serve
+    virtual void RunModal() = 0;  // centres on the owner, shows, and processes events until EndModal
+    virtual void EndModal() = 0;  // may come before RunModal processes events
 };
 
 // ---- What the back end makes. Parents must have a window. ----
@@ -167,7 +167,8 @@ std::unique_ptr<NativeDialog> MakeNativeDialog(CWnd& window, CWnd* owner, DWORD 
 // A window without frame that holds the controls of a template: a sheet's page, a dialog bar.
 std::unique_ptr<NativeWindow> MakeNativePane(CWnd& window, CWnd& parent, unsigned int templateId);
 std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, const ControlSpec& spec);
-// Makes `buttons` exclude each other; they share one place in the tab order and the arrow keys move in them.
+// Makes `buttons` exclude each other. They share one place in the tab order; the arrow keys move between
+// them.
 void GroupRadioButtons(std::span<CWnd* const> buttons);
 // `label`'s mnemonic leads to `target`.
 void SetLabelTarget(CWnd& label, CWnd& target);
@@ -177,22 +178,21 @@ void SetLabelTarget(CWnd& label, CWnd& target);
 // documentation.
 Size DialogBaseUnits();
 
-// Starts the toolkit on this thread, runs `start` and, when that is true, serves events until StopToolkit;
-// runs `finish` in either case. The process's exit code.
+// Starts the toolkit on this thread and runs `start`. If `start` returns true, processes events until
+// StopToolkit. Runs `finish` in either case. Returns the exit code of the process.
 int RunToolkit(int argc, char** argv, const std::function<bool()>& start,
                const std::function<void()>& finish);
 void StopToolkit();
-// Whether a modal window is open, message boxes included. User-interface thread.
+// True while a modal window or a message box is open. User-interface thread.
 bool IsModalWindowOpen();
 
 // Runs `work` on the user-interface thread after `milliseconds`. User-interface thread.
 void PostLater(int milliseconds, std::function<void()> work);
-// Runs the calls of worker threads that wait for this thread, the user-interface thread, or were posted to
-// it.
+// Runs the work that worker threads have posted to this thread, the user-interface thread.
 void ServeWorkers();
-// Asks `hasEnded`, which may take a moment to answer, until it says so. In between all windows are served,
-// but nothing that the user does is: the pointer says that the program is busy. A modal window that opens
-// meanwhile is served as ever.
+// Calls `hasEnded`, which may take a moment, until it returns true. Between the calls windows are painted,
+// input of the user is dropped, and the pointer shows that the program is busy. A modal window that opens
+// meanwhile takes input as usual.
 void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded);
 
 // Icon or bitmap resource `id` with all its sizes; null when there is none or it cannot be read.

@@ -7,9 +7,8 @@
 
 namespace permora {
 
-// `wanted`, moved and made smaller so far that it stands on one of `screens`: the one that it shares the
-// largest area with, or the first. A window that a stored rectangle puts where no screen is could not be
-// used.
+// Moves and shrinks `wanted` so that it fits on one of `screens`: the one with which it shares the largest
+// area, or the first. A stored rectangle may lie where no screen is any more.
 Rect PutOnScreen(const Rect& wanted, std::span<const Rect> screens);
 
 }  // namespace permora

@@ -1,5 +1,5 @@
-// Work on other threads that would leave something half done if the process just went: a file that is being
-// copied, one that is being overwritten.
+// Work on other threads that must not be cut off by the end of the process: a file that is being copied or
+// overwritten.
 #pragma once
 
 #include <chrono>
@@ -7,11 +7,11 @@
 
 namespace permora {
 
-// Stands, on any thread, as long as the work runs.
+// Exists while the work runs, on any thread.
 class StoppableWork {
   public:
-    // `stop` asks the work to return soon. Called on another thread, once at most, while the object stands;
-    // it must not wait.
+    // `stop` requests the work to return soon. It is called at most once, on another thread, while the object
+    // exists, and must not wait.
     explicit StoppableWork(std::function<void()> stop);
     ~StoppableWork();
     StoppableWork(const StoppableWork&) = delete;
@@ -21,8 +21,8 @@ class StoppableWork {
     std::function<void()> stopWork;
 };
 
-// Asks all work that stands to stop and waits until it has ended, `limit` at most. Any thread that does not
-// work itself; what the work asks of windows is not served meanwhile.
+// Stops all running work and waits for its end, for `limit` at most. Any thread that does no such work
+// itself. Calls of the work to the user-interface thread wait meanwhile.
 void StopAllWork(std::chrono::milliseconds limit);
 
 }  // namespace permora

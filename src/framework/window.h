@@ -1,8 +1,8 @@
 // CWnd: the base of everything that has a window.
 //
-// Threads: windows are made, used and destroyed on the user-interface thread. The few operations that a
-// worker may call say so: the framework hands them over. A worker that reports faster than the display paints
-// does not wait: of several texts set for one window only the latest is shown.
+// Threads: windows are made, used and destroyed on the user-interface thread. The few functions that a worker
+// may call say so; the framework passes them on. A worker never waits for the display: of several texts set
+// for one window only the latest is shown.
 #pragma once
 
 #include <functional>
@@ -23,7 +23,7 @@ struct NativeWindowDeleter {
     void operator()(NativeWindow* window) const;
 };
 
-// What an offer of a window message wants back.
+// Whether a handler used a window message.
 enum class Handled { kNo, kYes };
 
 class CWnd : public CCmdTarget {
@@ -41,7 +41,7 @@ class CWnd : public CCmdTarget {
     bool HasWindow() const { return native != nullptr; }
     CWnd* GetParent() const { return parent; }
 
-    // Any thread. Text that a worker sets is latest-wins and painted at the display's pace.
+    // Any thread. Of the texts that a worker sets the latest is shown, at the display's pace.
     void SetWindowText(const std::string& text);
     std::string GetWindowText() const;
 
@@ -52,7 +52,6 @@ class CWnd : public CCmdTarget {
     // Paints anew: invalidate, erase and update now. Any thread; from a worker it means "soon".
     void RedrawWindow();
 
-    // Takes WS_DISABLED away or gives it.
     void EnableWindow(bool enable);
     bool IsWindowEnabled() const;
     void ShowWindow(int showCommand);  // SW_ constants
@@ -63,10 +62,10 @@ class CWnd : public CCmdTarget {
     Rect GetClientRect() const;         // origin 0,0
     void MoveWindow(const Rect& rect);  // parent's client coordinates; the screen's for top-level windows
 
-    // A control of this window by id; null when the template has none. The typed form is null also when the
-    // control is of another kind. A template's controls belong to this window. Their objects stay, without
-    // windows, until this window is made anew or its object goes, so that a worker that is about to end may
-    // still call what any thread may call.
+    // A control of this window by id; null when there is none. The typed form is also null when the control
+    // is of another kind. The controls of a template belong to this window. After the window is destroyed
+    // their objects stay until it is made again or its object is destroyed, so that a worker that is about to
+    // end may still call functions for any thread.
     CWnd* GetDlgItem(unsigned int id) const;
     template <class Control>
     Control* GetDlgItem(unsigned int id) const {
@@ -78,18 +77,18 @@ class CWnd : public CCmdTarget {
 
   protected:
     // Window messages. The defaults do what the window's kind does.
-    virtual void OnDestroy() {}  // the window is about to go
+    virtual void OnDestroy() {}  // before the window is destroyed
     virtual void OnSize(Size /*client*/) {}
-    virtual void OnPaint(CDC& /*dc*/) {}  // after the background, before nothing else
+    virtual void OnPaint(CDC& /*dc*/) {}  // over the background
     virtual Handled OnMouseMove(Point /*client*/) { return Handled::kNo; }
     virtual Handled OnLButtonDown(Point /*client*/) { return Handled::kNo; }
     virtual void OnSetFocus() {}
 
   private:
     friend class NativeWindow;
-    friend struct WindowAccess;  // lets the framework's own sources reach what the back end needs
+    friend struct WindowAccess;  // for the framework's own sources
 
-    void ReleaseWindow();  // without telling the window of it
+    void ReleaseWindow();  // without OnDestroy
 
     std::unique_ptr<NativeWindow, NativeWindowDeleter> native;
     CWnd* parent = nullptr;
@@ -98,9 +97,9 @@ class CWnd : public CCmdTarget {
     std::vector<std::unique_ptr<CWnd>> ownedControls;  // those that came from the template
 };
 
-// Runs `work` on the user-interface thread: at once when called there, else after the messages before it,
-// without waiting (Post) or waiting until it is done (Call). Call must not be used by a worker that the
-// user-interface thread is waiting for.
+// Runs `work` on the user-interface thread. Post queues it after earlier messages and returns at once. Call
+// runs it and returns when it is done. A worker that the user-interface thread is waiting for must not use
+// Call.
 void PostToUiThread(std::function<void()> work);
 void CallOnUiThread(const std::function<void()>& work);
 bool IsUiThread();

@@ -1,4 +1,4 @@
-// The framework's own way to the private half of the contract's classes.
+// Access of the framework's sources to private members of the contract's classes.
 #pragma once
 
 #include <memory>
@@ -27,7 +27,7 @@ struct WindowAccess {
                        DWORD style);
     // Attaches a control and hands its object to `parent`.
     static CWnd& AddControl(CWnd& parent, std::unique_ptr<CWnd> control, const ControlSpec& spec);
-    // Only the contract's half; the native windows are the back end's.
+    // Changes the contract's half only; the back end moves the native window.
     static void SetParent(CWnd& window, CWnd& parent);
     // All child windows, in the order in which they were made.
     static const std::vector<CWnd*>& Children(const CWnd& window) { return window.children; }

@@ -1,4 +1,4 @@
-// WorkerThread: a thread that works for a window, and that the window can wait for.
+// WorkerThread: a thread that works for a window; the window can wait for it.
 #pragma once
 
 #include <chrono>
@@ -17,15 +17,15 @@ class WorkerThread {
     WorkerThread(const WorkerThread&) = delete;
     WorkerThread& operator=(const WorkerThread&) = delete;
 
-    // Runs `work` on a new thread, after waiting for the one before. 0, or a system error code when there is
-    // no thread: then nothing runs.
+    // Waits for earlier work, then runs `work` on a new thread. Returns 0, or a system error code when no
+    // thread could be made; nothing runs then.
     DWORD Start(std::function<void()> work);
 
-    // Whether the work has returned, or does within `patience`; true when there is none.
+    // True when the work has returned or returns within `patience`, and when there is none.
     bool HasEnded(std::chrono::milliseconds patience);
 
-    // Returns when the work has returned, at once when there is none. What the work asks of windows meanwhile
-    // is served.
+    // Returns when the work has returned, at once when there is none. Calls of the work to windows run
+    // meanwhile.
     void Wait();
 
   private:

@@ -1,4 +1,4 @@
-// Windows that are painted while the program works, and take nothing from the user.
+// Windows that are painted while the program works, but take no input of the user.
 #include <QApplication>
 #include <QEvent>
 
@@ -14,7 +14,7 @@ bool IsFromUser(const QEvent& event) {
         case QEvent::Shortcut:
         case QEvent::InputMethod:
             return true;
-        // What is under the pointer is to be known afterwards.
+        // Widgets must know afterwards whether the pointer is over them.
         case QEvent::Enter:
         case QEvent::HoverEnter:
         case QEvent::HoverMove:
@@ -25,8 +25,7 @@ bool IsFromUser(const QEvent& event) {
     }
 }
 
-// While it stands, what the user does is dropped, but for what he does in a modal window that opens
-// meanwhile.
+// While it exists, input of the user is dropped, except in a modal window that opens meanwhile.
 class InputBarrier : public QObject {
   public:
     InputBarrier() { qApp->installEventFilter(this); }

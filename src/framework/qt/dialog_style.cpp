@@ -99,8 +99,8 @@ void DrawGroupBox(QPainter& painter, const QStyle& style, const QStyleOptionGrou
                        box.state.testFlag(QStyle::State_Enabled), box.text, QPalette::WindowText);
 }
 
-// The toolkit shows the focus in a window only once Tab has moved it there. Whoever has opened the window by
-// a key is to see at once where it is.
+// The toolkit shows the focus only after Tab has moved it. A user who opened the window by a key must see it
+// at once.
 template <class Option>
 std::optional<Option> WithVisibleFocus(const QStyleOption* option) {
     const auto* known = qstyleoption_cast<const Option*>(option);

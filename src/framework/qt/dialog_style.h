@@ -1,4 +1,4 @@
-// The desktop's look, with what dialog templates expect of it.
+// The desktop's style, adapted to dialog templates.
 #pragma once
 
 #include <QProxyStyle>
@@ -12,10 +12,10 @@ inline constexpr int kCellMargin = 4;
 
 // Check boxes with texts of several lines have their mark at the first line. Group boxes draw their frame
 // through the middle of their title, since templates place controls for that. Marks have outlines that a dark
-// background does not swallow, headers stand over the texts of their columns, and disabled icons fade into
-// every background. The menu that the arrow keys would open is marked. Message boxes have icons that stay
-// sharp and buttons without. The focus is always seen. What is disabled can still be read: some fields and
-// lists only show something.
+// background does not swallow, as has the toolbar's overflow mark. Headers stand over the texts of their
+// columns, and disabled icons fade into every background. The menu that the arrow keys would open is marked.
+// Message boxes have sharp icons, and buttons without icons. The focus is always visible. Disabled texts are
+// readable, since some fields and lists only show something.
 class DialogStyle : public QProxyStyle {
   public:
     using QProxyStyle::polish;

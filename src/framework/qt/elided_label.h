@@ -5,8 +5,8 @@
 
 namespace permora::qt {
 
-// Its tip tells the whole text, as does the label to assistive technology, behind the caption that it has.
-// It asks for no more room than `letters` take, whatever it shows.
+// Its tip shows the whole text. Assistive technology reads the caption and the whole text. Its size is that
+// of `letters` letters, whatever it shows.
 class ElidedLabel : public QLabel {
   public:
     explicit ElidedLabel(int letters, QWidget* parent = nullptr, QString caption = {});

@@ -6,10 +6,11 @@
 
 namespace permora::qt {
 
-// Keeps in mind when `window` got the keyboard back from a modal window.
+// Records when `window` gets the keyboard back from a modal window.
 void WatchForLateEscape(QWidget& window);
 
-// Whether an Escape that comes to `widget` now was meant for another window. Its window is watched.
+// Whether an Escape that comes to `widget` now was meant for a modal window before. Needs WatchForLateEscape
+// for its window.
 bool IsLateEscape(const QWidget& widget);
 
 }  // namespace permora::qt

@@ -1,4 +1,4 @@
-// What assistive technology reads of a list view: a list whose items have names, selection and check states.
+// A list view for assistive technology: a list whose items have names, selection and check states.
 #pragma once
 
 #include <QAccessibleWidget>
@@ -8,10 +8,10 @@
 
 namespace permora::qt {
 
-// Makes the toolkit ask this file for list views. Once is enough, more do nothing.
+// Registers the accessibility of list views with the toolkit. Further calls do nothing.
 void InstallListAccessibility();
 
-// Told to whoever listens; nothing happens when nobody does.
+// Events for assistive technology. Without it nothing happens.
 void NotifyRowsChanged(ListWidget& widget);
 void NotifyStateChanged(ListWidget& widget, int row);
 void NotifyFocusRow(ListWidget& widget, int row);

@@ -9,15 +9,15 @@
 
 namespace permora::qt {
 
-// Made for one layout, painting or question; both arguments must outlive it.
+// Made for one layout, painting or query; both arguments must outlive it.
 class ListPainter {
   public:
     ListPainter(const QAbstractScrollArea& widget, const NativeListView& list);
 
-    // The size of every row's cell, when `available` is what can be seen.
+    // The size of the cells, when `available` is the visible area.
     QSize CellSize(const QSize& available) const;
     void Paint(QPainter& painter, int row, const QRect& cell) const;
-    // The parts of a cell, in its coordinates. The hot part is where a click means the row.
+    // The parts of a cell, in its coordinates. A click on the hot part is a click on the row.
     QRect CheckBox(const QRect& cell) const;  // empty when there are no check boxes
     QRect HotPart(int row, const QRect& cell) const;
     // The text of the report's column at `x`, in the cell's coordinates, when it is cut there; else empty.

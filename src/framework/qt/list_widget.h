@@ -18,12 +18,11 @@ class ListWidget : public QAbstractScrollArea {
   public:
     explicit ListWidget(QWidget* parent);
 
-    // Shows `list`, which owns this widget, from here on.
+    // Shows `list`, which owns this widget.
     void Show(NativeListView& list);
     NativeListView* List() const { return list; }
 
-    // What changed in the list. Rows are laid out anew before the next painting or question, however many
-    // changed.
+    // Changes of the list. Rows are laid out again before the next painting or query, however many changed.
     void RowsChanged();
     void RowTextChanged(int row);
     void RowStateChanged(int row);
@@ -62,7 +61,7 @@ class ListWidget : public QAbstractScrollArea {
         QPoint start;
         QPoint end;
     };
-    // What a pressed button becomes when it is let go.
+    // A pressed mouse button, until its release.
     struct Press {
         Qt::MouseButton button = Qt::NoButton;
         int row = -1;

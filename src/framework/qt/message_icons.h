@@ -6,7 +6,7 @@
 
 namespace permora::qt {
 
-// Empty for what is not the icon of a message box.
+// Empty for other icons than those of message boxes.
 QIcon MessageIcon(QStyle::StandardPixmap kind);
 
 }  // namespace permora::qt

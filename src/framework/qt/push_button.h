@@ -1,4 +1,4 @@
-// The push buttons of dialogs, one of which Enter presses and shows so.
+// The push buttons of dialogs. The one that Enter presses is marked.
 #pragma once
 
 #include <QPushButton>
@@ -17,8 +17,8 @@ class PushButton : public QPushButton {
     void keyPressEvent(QKeyEvent* event) override;
 };
 
-// Gives the button that Enter would press, if there is one, the look of it, and takes it from all others. To
-// be called whenever the focus has moved in `window` or its default button has become another.
+// Marks the button that Enter would press, if there is one, and no other. To be called whenever the focus
+// moves in `window` or its default button changes.
 void ShowDefaultButton(const QWidget& window);
 
 }  // namespace permora::qt

@@ -11,8 +11,8 @@ namespace permora::qt {
 // Made and destroyed on the thread that is to run the work.
 class ThreadBridge : public QObject {
   public:
-    // Any thread: `work` runs after all that was posted before. It is destroyed without having run when the
-    // bridge goes before.
+    // Any thread: `work` runs after everything that was posted before. It is destroyed without running if the
+    // bridge is destroyed first.
     void Post(std::function<void()> work);
     // Runs what was posted until now.
     void Serve();
@@ -21,8 +21,8 @@ class ThreadBridge : public QObject {
     void customEvent(QEvent* event) override;
 
   private:
-    // A queue beside the toolkit's, whose events say no more than that there is work: so everything that
-    // goes from one thread to another does so under a lock that tools for finding races can see.
+    // The toolkit's events only signal that there is work. The work itself passes between threads under this
+    // lock, which tools for finding races can see.
     std::mutex mutex;
     std::deque<std::function<void()>> posted;
 };
