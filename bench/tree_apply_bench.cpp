@@ -34,7 +34,8 @@ using permora::bench::SilentObserver;
 
 void ResetAndCount(const std::string& top, permora::TreeCounts& counts) {
     SilentObserver observer;
-    const permora::UniqueLocal<ACL> list = permora::MakeEmptyList(nullptr);
+    permora::UniqueLocal<ACL> list;
+    Check(permora::MakeEmptyList(list).IsDone(), "no list");
     const DWORD error =
         permora::test::Held(top).SetListsBelow(list.get(), permora::TreeListMode::kWrite, observer, counts);
     Check(error == ERROR_SUCCESS, "the walk failed");
