@@ -11,7 +11,7 @@
 
 namespace permora {
 
-// One access control entry, as the list held it that it was read from.
+// One access control entry, as it stood in the list that was read.
 struct AccessEntry {
     // Without a SID for an entry of an object type or an unknown one, and for one that holds no valid SID.
     AccountRecord account;
@@ -21,13 +21,13 @@ struct AccessEntry {
 
     bool IsAllow() const { return aceType == ACCESS_ALLOWED_ACE_TYPE; }
     bool IsDeny() const { return aceType == ACCESS_DENIED_ACE_TYPE; }
-    // It has no row, and is in no list that is written.
+    // Such an entry has no row and is never written.
     bool IsOfOtherType() const { return !IsAllow() && !IsDeny(); }
-    // Whether the system takes the entry into a list that is made anew: it does not without a valid SID, or
-    // with flags that an allow or deny entry cannot have.
+    // Whether the system accepts the entry in a new list: it needs a valid SID and no flags but those of
+    // allow and deny entries.
     bool IsAcceptable() const;
-    // Generic rights that were left in an entry which applies to the object itself. Access checks pass over
-    // them, but they would get their meaning if the entry were set anew with another mask.
+    // Generic rights in an entry that applies to the object itself. Access checks ignore them, but they would
+    // take effect if the entry were set again with another mask.
     bool HasIdleGenericRights() const {
         return (aceFlags & INHERIT_ONLY_ACE) == 0 && (mask & GENERIC_RIGHTS) != 0;
     }
@@ -46,14 +46,12 @@ struct PermissionChoice {
 // An allow or deny entry as the dialog starts with it.
 PermissionChoice ChoiceOf(const AccessEntry& entry);
 
-// The entries of every type that AcesOf (platform/raw_security.h) gives, with their masks as they stand
-// there.
+// The entries of every type that AcesOf (platform/raw_security.h) gives, with their masks unchanged.
 std::vector<AccessEntry> EntriesOfDacl(PACL acl);
 
-// The entries in order. What nobody changes keeps every bit of its mask and flags; what is added or changed
-// gets SYNCHRONIZE as MaskOfChangedEntry (security/access_rights.h) says. Reading keeps the order of the list
-// read; editing places entries so that a list in canonical order (explicit deny, explicit allow, inherited)
-// stays in it.
+// The entries in order. Unchanged entries keep every bit of mask and flags; added and changed ones get
+// SYNCHRONIZE by MaskOfChangedEntry (security/access_rights.h). Reading keeps the order. A list in
+// canonical order (explicit deny, explicit allow, inherited) stays in it when it is edited.
 class AccessEntryList {
   public:
     // Replaces the entries by those of `acl`.
@@ -80,8 +78,8 @@ class AccessEntryList {
     void RemoveInheritedEntries();
 
     bool HasInheritedEntries() const;
-    // Whoever writes must say first what no list built from this one holds: the entries that are neither
-    // allow nor deny, which no row shows either, and the allow and deny entries that are not acceptable.
+    // Entries that a list built from this one will not have: those that are neither allow nor deny, and the
+    // allow and deny entries that are not acceptable. The user must be informed before the list is written.
     std::size_t OtherTypeCount() const;
     std::size_t UnacceptableCount() const;
     // Explicit deny, then explicit allow, then inherited entries; explicit entries of other types may stand

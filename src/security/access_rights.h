@@ -10,7 +10,7 @@
 
 namespace permora {
 
-// The bits that are looked at when a mask is named; the others are carried along unseen.
+// The bits that name a mask; the others are kept but not shown.
 inline constexpr DWORD RIGHTS_DISPLAY_MASK = 0x1F03FF;
 // The thirteen single rights together, without SYNCHRONIZE.
 inline constexpr DWORD FULL_CONTROL_RIGHTS = 0xF01FF;
@@ -18,8 +18,8 @@ inline constexpr DWORD FULL_CONTROL_RIGHTS = 0xF01FF;
 // They stand for several rights and get their meaning when an entry is set or handed down.
 inline constexpr DWORD GENERIC_RIGHTS = GENERIC_ALL | GENERIC_EXECUTE | GENERIC_WRITE | GENERIC_READ;
 
-// SYNCHRONIZE has no box of its own. Clients over the network ask for it whenever they open something, so who
-// may do anything needs it, and who is denied it is locked out, whatever else the list says.
+// SYNCHRONIZE has no box of its own. Network clients request it with every open: an account needs it to use
+// any other right, and is locked out when it is denied.
 
 constexpr DWORD WithoutSynchronize(DWORD mask) {
     return mask & ~DWORD{SYNCHRONIZE};
@@ -90,7 +90,7 @@ const char* InheritanceText(BYTE aceFlags);
 // The "Permission" text of a mask: "None", the row name of a single right, "Synchronize", "Full control" for
 // exactly the thirteen rights, else "Special".
 const char* MaskDisplayName(DWORD mask);
-// The same as people see it, who are not shown SYNCHRONIZE.
+// The same without SYNCHRONIZE, which is not shown.
 const char* PermissionText(DWORD mask);
 
 // The ACE flags of a scope by its place in the table; 0 for a place that is not in it.

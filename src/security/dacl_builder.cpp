@@ -91,7 +91,7 @@ bool MakeAbsoluteDescriptor(PSECURITY_DESCRIPTOR descriptor, PSECURITY_DESCRIPTO
                             UniqueHeap& heap) {
     UniqueHeap newHeap(HeapCreate(0, 0, 0));
     if (!newHeap) return false;
-    // Asked without blocks, the call fails and reports what it needs; anything else is not an answer.
+    // Without blocks, the call must fail and report the sizes.
     AbsoluteSizes sizes;
     if (MakeAbsolute(descriptor, sizes, {}) || GetLastError() == ERROR_SUCCESS) return false;
     AbsoluteBlocks blocks;

@@ -38,8 +38,8 @@ DWORD FindEffectiveRights(PACL dacl, PSID account, DWORD& rights) {
     return GetEffectiveRightsFromAclA(dacl, &trustee, &rights);
 }
 
-// The system tells no more than the whole. What it tells of the first entries alone grows with each entry
-// that gives something, and only with those.
+// The system gives only the rights of a whole list. Those of its first entries alone grow with each entry
+// that grants something, and only with those.
 DWORD FindGrants(PACL dacl, PSID account, std::vector<Grant>& grants) {
     std::vector<Grant> found;
     if (dacl != nullptr) {

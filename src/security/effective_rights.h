@@ -29,11 +29,11 @@ DWORD FindGrants(PACL dacl, PSID account, std::vector<Grant>& grants);
 // "the groups of HOST\\anna are not known here"
 std::string UnknownGroupsText(AccountRecord& account);
 
-// What someone should know who is told these rights, in half sentences. Looks up the account's names.
+// Remarks to show with these rights, in half sentences. Looks up the account's names.
 std::vector<std::string> RemarksOnRights(PACL dacl, AccountRecord& account, DWORD rights);
 
-// Whether the row of a right is to be marked. "Full control" asks for every bit of RIGHTS_DISPLAY_MASK, more
-// than the rights of files are.
+// Whether the row of a right is to be marked. "Full control" needs every bit of RIGHTS_DISPLAY_MASK, which
+// is more than the rights of files.
 bool IsEffective(const AccessRight& right, DWORD rights);
 
 }  // namespace permora

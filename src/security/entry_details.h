@@ -1,5 +1,4 @@
-// What entries of any type say of themselves, for lists that tell more than the rows of
-// security/access_rows.h.
+// Everything in an entry of any type, for listings with more than the rows of security/access_rows.h.
 #pragma once
 
 #include <string>
@@ -22,7 +21,7 @@ struct EntryDetails {
     bool IsInherited() const { return (aceFlags & INHERITED_ACE) != 0; }
 };
 
-// The entries that EntriesOfDacl hands out, in the same order.
+// The entries of EntriesOfDacl, in the same order.
 std::vector<EntryDetails> DetailsOfEntries(PACL acl);
 
 // Whether such an entry of a folder is handed down to what is in it, and no further.

@@ -41,7 +41,7 @@ struct SecurityDescriptor {
     // Present but null when kSaclPresent is set and this is empty.
     std::vector<std::uint8_t> saclBytes;
 
-    // Checks the whole descriptor before it answers: revision 1, self-relative, every part inside `bytes`, no
+    // Checks the whole descriptor first: revision 1, self-relative, every part inside `bytes`, no
     // two parts overlapping (owner and group may be the same bytes), every SID, list and entry well formed,
     // for the system access list too. A list that the control word says is not there is wrong too, since
     // readers differ on what it means. Nothing when anything is wrong.

@@ -19,7 +19,7 @@ struct DescriptorView {
     PACL sacl;
     PACL dacl;
 
-    // Reads the header, in the form that its control word tells. Nothing when the descriptor is null, its
+    // Reads the header, in the form that its control word states. Nothing when the descriptor is null, its
     // revision is unknown or an offset leads into the header itself.
     static std::optional<DescriptorView> Of(PSECURITY_DESCRIPTOR descriptor);
 };

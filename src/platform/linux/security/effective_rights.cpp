@@ -14,8 +14,8 @@ namespace {
 
 namespace nt = permora::nt;
 
-// [MS-DTYP] 2.5.3.2: the first entry that speaks of a right decides it. Generic rights speak of none: they
-// get their meaning when an entry is set or handed down, and an access check passes over those that are left.
+// [MS-DTYP] 2.5.3.2: the first entry with a right decides it. Generic rights do not count: they are mapped
+// when an entry is set or inherited, and an access check ignores those that are left.
 DWORD RightsOf(const nt::Acl& acl, const std::vector<nt::Sid>& sids) {
     DWORD granted = 0;
     DWORD denied = 0;
