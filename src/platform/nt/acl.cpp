@@ -66,6 +66,18 @@ void TakeBody(Ace& ace, std::span<const std::uint8_t>& rest) {
     if (ace.sid) rest = rest.subspan(ace.sid->ByteSize());
 }
 
+// Fills `ace`, a new one, in place: lists have many. False when the bytes hold no whole entry.
+bool ReadEntry(std::span<const std::uint8_t> bytes, Ace& ace) {
+    const auto size = Ace::SizeIn(bytes);
+    if (!size) return false;
+    ace.type = bytes[0];
+    ace.flags = bytes[1];
+    auto rest = bytes.first(*size).subspan(kAceHeaderBytes);
+    TakeBody(ace, rest);
+    ace.tail.assign(rest.begin(), rest.end());
+    return true;
+}
+
 }  // namespace
 
 AceShape ShapeOfAceType(std::uint8_t type) {
@@ -105,14 +117,8 @@ std::optional<std::size_t> Ace::SizeIn(std::span<const std::uint8_t> bytes) {
 }
 
 std::optional<Ace> Ace::FromDamagedBytes(std::span<const std::uint8_t> bytes) {
-    const auto size = SizeIn(bytes);
-    if (!size) return std::nullopt;
     std::optional<Ace> ace(std::in_place);
-    ace->type = bytes[0];
-    ace->flags = bytes[1];
-    auto rest = bytes.first(*size).subspan(kAceHeaderBytes);
-    TakeBody(*ace, rest);
-    ace->tail.assign(rest.begin(), rest.end());
+    if (!ReadEntry(bytes, *ace)) ace.reset();
     return ace;
 }
 
@@ -162,10 +168,9 @@ std::optional<Acl> Acl::FromBytes(std::span<const std::uint8_t> bytes) {
     acl.entries.reserve(count);
     auto rest = bytes.first(size).subspan(kHeaderBytes);
     for (std::size_t i = 0; i < count; ++i) {
-        auto entry = Ace::FromBytes(rest);
-        if (!entry) return std::nullopt;
-        rest = rest.subspan(entry->ByteSize());
-        acl.entries.push_back(std::move(*entry));
+        Ace& entry = acl.entries.emplace_back();
+        if (!ReadEntry(rest, entry) || entry.IsDamaged()) return std::nullopt;
+        rest = rest.subspan(entry.ByteSize());
     }
     return acl;
 }
