@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "platform/api/errors.h"
-#include "platform/linux/base/system_objects.h"
+#include "platform/linux/base/handle_table.h"
 
 HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES /*attributes*/, SIZE_T /*stackSize*/,
                            LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD flags, LPDWORD threadId) {
@@ -16,7 +16,7 @@ HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES /*attributes*/, SIZE_T /*stackS
     }
     try {
         std::thread(start, parameter).detach();
-        return SystemObjects().Add(std::make_shared<SystemObject>());
+        return OpenHandles().Add(std::make_shared<SystemObject>());
     } catch (const std::system_error&) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;

@@ -121,14 +121,9 @@ class DirectorySearch {
 };
 
 // A search that was started, and the rest of one for a single name.
-struct OpenSearch {
+struct OpenSearch : HandleObject {
     std::unique_ptr<DirectorySearch> entries;  // null: there is nothing more
 };
-
-HandleTable<OpenSearch>& Searches() {
-    static HandleTable<OpenSearch> table;
-    return table;
-}
 
 // Opens the folder of a pattern: `path` is empty or ends with a separator or a colon.
 DWORD OpenSearched(const std::string& path, ObjectHandle& folder) {
@@ -184,14 +179,14 @@ HANDLE WINAPI FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
     using namespace permora::host;
     auto search = std::make_shared<OpenSearch>();
     const DWORD error = StartSearch(pattern == nullptr ? "" : pattern, *search, *data);
-    if (error == ERROR_SUCCESS) return Searches().Add(std::move(search));
+    if (error == ERROR_SUCCESS) return OpenHandles().Add(std::move(search));
     SetLastError(error);
     return INVALID_HANDLE_VALUE;
 }
 
 BOOL WINAPI FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data) {
     using namespace permora::host;
-    const std::shared_ptr<OpenSearch> open = Searches().Find(search);
+    const std::shared_ptr<OpenSearch> open = OpenHandles().Find<OpenSearch>(search);
     if (!open) return Fail(ERROR_INVALID_HANDLE);
     const DWORD error = open->entries ? open->entries->Next(*data) : ERROR_NO_MORE_FILES;
     return error == ERROR_SUCCESS ? TRUE : Fail(error);
@@ -199,5 +194,5 @@ BOOL WINAPI FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data) {
 
 BOOL WINAPI FindClose(HANDLE search) {
     using namespace permora::host;
-    return Searches().Remove(search) ? TRUE : Fail(ERROR_INVALID_HANDLE);
+    return OpenHandles().Remove<OpenSearch>(search) ? TRUE : Fail(ERROR_INVALID_HANDLE);
 }

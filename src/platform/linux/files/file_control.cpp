@@ -7,7 +7,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/linux/base/failure.h"
-#include "platform/linux/base/system_objects.h"
+#include "platform/linux/base/handle_table.h"
 #include "platform/linux/files/attributes.h"
 #include "platform/linux/files/file_handle.h"
 #include "platform/linux/files/overwritten_file.h"
@@ -54,8 +54,7 @@ DWORD OpenControlled(const char* path, std::shared_ptr<ControlledFile>& file) {
 }
 
 DWORD SetCompression(HANDLE handle, const void* input, DWORD inputSize) {
-    const std::shared_ptr<SystemObject> found = SystemObjects().Find(handle);
-    const auto* file = dynamic_cast<const ControlledFile*>(found.get());
+    const std::shared_ptr<const ControlledFile> file = OpenHandles().Find<ControlledFile>(handle);
     if (file == nullptr) return ERROR_INVALID_HANDLE;
     WORD format = 0;
     if (input == nullptr || inputSize < sizeof format) return ERROR_INVALID_PARAMETER;
@@ -83,7 +82,7 @@ HANDLE WINAPI CreateFileA(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATT
                            disposition == OPEN_EXISTING && likeFile == nullptr;
     std::shared_ptr<ControlledFile> file;
     const DWORD error = isOffered ? OpenControlled(path, file) : ERROR_INVALID_PARAMETER;
-    if (error == ERROR_SUCCESS) return SystemObjects().Add(std::move(file));
+    if (error == ERROR_SUCCESS) return OpenHandles().Add(std::move(file));
     SetLastError(error);
     return INVALID_HANDLE_VALUE;
 }

@@ -13,8 +13,8 @@
 #include <memory>
 #include <utility>
 
+#include "platform/linux/base/handle_table.h"
 #include "platform/linux/base/host_errors.h"
-#include "platform/linux/base/system_objects.h"
 #include "platform/linux/files/attributes.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/named_streams.h"
@@ -72,7 +72,7 @@ DWORD FileHandle::OpenForOverwriting(UniqueHandle& contents) const {
     if (error != ERROR_SUCCESS) return error;
     inside->isJournaled = opened->IsJournaled();
     inside->isKnownAlone = opened->IsKnownAlone();
-    contents.reset(host::SystemObjects().Add(std::move(opened)));
+    contents.reset(host::OpenHandles().Add(std::move(opened)));
     return ERROR_SUCCESS;
 }
 
@@ -99,7 +99,7 @@ DWORD FileHandle::OpenStreamForOverwriting(const std::string& stream, UniqueHand
     DWORD error = host::RefuseReadOnly(inside->object);
     if (error == ERROR_SUCCESS)
         error = host::OpenStream({inside->folder, inside->hostName, inside->object}, hostStream, opened);
-    if (error == ERROR_SUCCESS) contents.reset(host::SystemObjects().Add(std::move(opened)));
+    if (error == ERROR_SUCCESS) contents.reset(host::OpenHandles().Add(std::move(opened)));
     return error;
 }
 

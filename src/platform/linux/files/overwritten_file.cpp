@@ -195,8 +195,7 @@ DWORD OpenReserved(const ObjectHandle& file, int access, Opening& opening) {
 // Runs `work`, which returns an error code, on the file that a handle stands for.
 template <typename Work>
 BOOL WithFile(HANDLE handle, const Work& work) {
-    const std::shared_ptr<SystemObject> object = SystemObjects().Find(handle);
-    auto* file = dynamic_cast<OverwrittenFile*>(object.get());
+    const std::shared_ptr<OverwrittenFile> file = OpenHandles().Find<OverwrittenFile>(handle);
     const DWORD error = file != nullptr ? work(*file) : ERROR_INVALID_HANDLE;
     return error == ERROR_SUCCESS ? TRUE : Fail(error);
 }
@@ -252,8 +251,7 @@ BOOL WINAPI FlushFileBuffers(HANDLE file) {
 namespace permora {
 
 DWORD FindAllocated(HANDLE contents, LONGLONG from, FileRange& range) {
-    const std::shared_ptr<host::SystemObject> object = host::SystemObjects().Find(contents);
-    const auto* file = dynamic_cast<const host::OverwrittenFile*>(object.get());
+    const auto file = host::OpenHandles().Find<host::OverwrittenFile>(contents);
     return file != nullptr ? file->Find(from, range) : ERROR_INVALID_HANDLE;
 }
 

@@ -7,7 +7,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/folder_files.h"
-#include "platform/linux/base/system_objects.h"
+#include "platform/linux/base/handle_table.h"
 #include "platform/linux/files/object_handle.h"
 
 namespace permora::host {

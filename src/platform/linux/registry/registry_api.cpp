@@ -17,15 +17,11 @@
 namespace permora::host {
 namespace {
 
-struct OpenKey {
-    LayeredKey key;
-    REGSAM access;
+struct OpenKey : HandleObject {
+    OpenKey(LayeredKey opened, REGSAM granted) : key(std::move(opened)), access(granted) {}
+    const LayeredKey key;
+    const REGSAM access;
 };
-
-HandleTable<OpenKey>& OpenKeys() {
-    static HandleTable<OpenKey> table;
-    return table;
-}
 
 constexpr REGSAM kEveryAccess = KEY_READ | KEY_WRITE;
 
@@ -53,12 +49,12 @@ LayeredKey RootOf(HKEY key) {
 
 // Null for what is no handle of a key.
 std::shared_ptr<const OpenKey> FindKey(HKEY key) {
-    if (!IsRoot(key)) return OpenKeys().Find(key);
-    return std::make_shared<const OpenKey>(OpenKey{RootOf(key), kEveryAccess});
+    if (!IsRoot(key)) return OpenHandles().Find<OpenKey>(key);
+    return std::make_shared<const OpenKey>(RootOf(key), kEveryAccess);
 }
 
 HKEY AddKey(LayeredKey key, REGSAM access) {
-    return static_cast<HKEY>(OpenKeys().Add(std::make_shared<OpenKey>(OpenKey{std::move(key), access})));
+    return static_cast<HKEY>(OpenHandles().Add(std::make_shared<OpenKey>(std::move(key), access)));
 }
 
 bool HasControlCharacter(std::string_view text) {
@@ -153,7 +149,7 @@ LSTATUS WINAPI RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR /*
 }
 
 LSTATUS WINAPI RegCloseKey(HKEY key) {
-    return Status(IsRoot(key) || OpenKeys().Remove(key) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE);
+    return Status(IsRoot(key) || OpenHandles().Remove<OpenKey>(key) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE);
 }
 
 LSTATUS WINAPI RegQueryValueExA(HKEY key, LPCSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data,

@@ -33,14 +33,10 @@ constexpr const char* kAccountsKey = "HKEY_LOCAL_MACHINE\\SECURITY\\Policy\\Acco
 constexpr std::size_t kSetHeader = 8;
 constexpr std::size_t kSetEntry = sizeof(LUID_AND_ATTRIBUTES);
 
-struct Policy {
-    ACCESS_MASK access;
+struct Policy : HandleObject {
+    explicit Policy(ACCESS_MASK granted) : access(granted) {}
+    const ACCESS_MASK access;
 };
-
-HandleTable<Policy>& OpenPolicies() {
-    static HandleTable<Policy> policies;
-    return policies;
-}
 
 // --- Status codes.
 
@@ -91,8 +87,8 @@ std::optional<bool> HasPrivilege(std::span<const std::uint8_t> set, const LUID& 
 
 // What a system has at first: the administrators.
 const nt::Sid& DefaultHolder() {
-    static const nt::Sid administrators(5, {32, 544});
-    return administrators;
+    static const nt::Sid kAdministrators(5, {32, 544});
+    return kAdministrators;
 }
 
 DWORD FindHolders(const LUID& privilege, std::vector<nt::Sid>& holders) {
@@ -152,19 +148,20 @@ NTSTATUS WINAPI LsaOpenPolicy(PLSA_UNICODE_STRING system, PLSA_OBJECT_ATTRIBUTES
     const bool namesOne = system != nullptr && system->Length != 0;
     if (namesOne && !permora::host::IsThisMachine(permora::host::TextOf(system).value_or("")))
         return StatusOf(ERROR_BAD_NETPATH);
-    *policy = permora::host::OpenPolicies().Add(
-        std::make_shared<permora::host::Policy>(permora::host::Policy{access}));
+    *policy = permora::host::OpenHandles().Add(std::make_shared<permora::host::Policy>(access));
     return StatusOf(ERROR_SUCCESS);
 }
 
 NTSTATUS WINAPI LsaClose(LSA_HANDLE policy) {
-    return StatusOf(permora::host::OpenPolicies().Remove(policy) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE);
+    return StatusOf(permora::host::OpenHandles().Remove<permora::host::Policy>(policy)
+                        ? ERROR_SUCCESS
+                        : ERROR_INVALID_HANDLE);
 }
 
 NTSTATUS WINAPI LsaEnumerateAccountsWithUserRight(LSA_HANDLE policy, PLSA_UNICODE_STRING right,
                                                   LPVOID* buffer, PULONG count) {
     constexpr ACCESS_MASK kNeeded = POLICY_VIEW_LOCAL_INFORMATION | POLICY_LOOKUP_NAMES;
-    const auto open = permora::host::OpenPolicies().Find(policy);
+    const auto open = permora::host::OpenHandles().Find<permora::host::Policy>(policy);
     if (!open) return StatusOf(ERROR_INVALID_HANDLE);
     if ((open->access & kNeeded) != kNeeded) return StatusOf(ERROR_ACCESS_DENIED);
     if (buffer == nullptr || count == nullptr) return StatusOf(ERROR_INVALID_PARAMETER);

@@ -13,7 +13,7 @@
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/base/capabilities.h"
 #include "platform/linux/base/failure.h"
-#include "platform/linux/base/system_objects.h"
+#include "platform/linux/base/handle_table.h"
 #include "platform/linux/security/privileges.h"
 
 namespace permora::host {
@@ -27,7 +27,7 @@ class Token : public SystemObject {
 
 // Null, with the last error set, for what is no token or was not opened for this.
 std::shared_ptr<const Token> FindToken(HANDLE handle, DWORD access) {
-    auto token = std::dynamic_pointer_cast<const Token>(SystemObjects().Find(handle));
+    auto token = OpenHandles().Find<const Token>(handle);
     if (!token) {
         SetLastError(ERROR_INVALID_HANDLE);
     } else if ((token->access & access) != access) {
@@ -120,7 +120,7 @@ BOOL WINAPI OpenProcessToken(HANDLE process, DWORD access, HANDLE* token) {
     if (process != GetCurrentProcess()) return Fail(ERROR_INVALID_HANDLE);
     if (token == nullptr || (access & ~(TOKEN_QUERY | TOKEN_ADJUST_PRIVILEGES)) != 0)
         return Fail(ERROR_INVALID_PARAMETER);
-    *token = permora::host::SystemObjects().Add(std::make_shared<permora::host::Token>(access));
+    *token = permora::host::OpenHandles().Add(std::make_shared<permora::host::Token>(access));
     return TRUE;
 }
 

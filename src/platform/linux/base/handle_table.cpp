@@ -1,4 +1,4 @@
-#include "platform/linux/base/system_objects.h"
+#include "platform/linux/base/handle_table.h"
 
 #include "platform/api/errors.h"
 #include "platform/api/threads.h"
@@ -6,15 +6,15 @@
 
 namespace permora::host {
 
-HandleTable<SystemObject>& SystemObjects() {
+HandleTable& OpenHandles() {
     // Outlives every thread.
-    static auto& objects = *new HandleTable<SystemObject>;
-    return objects;
+    static auto& handles = *new HandleTable;
+    return handles;
 }
 
 }  // namespace permora::host
 
 BOOL WINAPI CloseHandle(HANDLE handle) {
     using namespace permora::host;
-    return SystemObjects().Remove(handle) ? TRUE : Fail(ERROR_INVALID_HANDLE);
+    return OpenHandles().Remove<SystemObject>(handle) ? TRUE : Fail(ERROR_INVALID_HANDLE);
 }
