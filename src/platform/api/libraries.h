@@ -12,7 +12,7 @@ inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE = 0x00000002;
 extern "C" {
 
 // The system libraries are known by their names ("advapi32.dll", in any letter case, with or without ".dll").
-// An unknown name fails with ERROR_MOD_NOT_FOUND. Loads are counted; each needs its FreeLibrary.
+// An unknown name fails with ERROR_MOD_NOT_FOUND. Each load needs its FreeLibrary.
 HMODULE WINAPI LoadLibraryA(LPCSTR name);
 HMODULE WINAPI LoadLibraryExA(LPCSTR name, HANDLE reserved, DWORD flags);
 BOOL WINAPI FreeLibrary(HMODULE library);

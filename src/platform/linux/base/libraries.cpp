@@ -1,6 +1,5 @@
 #include "platform/linux/base/libraries.h"
 
-#include <atomic>
 #include <string_view>
 
 #include "platform/api/account_enumeration.h"
@@ -26,7 +25,8 @@ FARPROC AddressOf(Service* service) {
 
 }  // namespace
 
-// One system library; a handle is its address. The tag is the SDK's.
+// One system library. It is part of the program and always loaded; a handle is its address. The tag is the
+// SDK's.
 struct HINSTANCE__ {  // NOLINT(bugprone-reserved-identifier)
     struct Function {
         std::string_view name;
@@ -36,7 +36,6 @@ struct HINSTANCE__ {  // NOLINT(bugprone-reserved-identifier)
     std::string_view name;  // without ".dll"
     std::span<const Function> functions;
     std::span<const Message> messages;
-    std::atomic<unsigned> loads = 0;
 };
 
 namespace {
@@ -44,38 +43,38 @@ namespace {
 using Library = HINSTANCE__;
 using Function = Library::Function;
 
-std::span<Library> Libraries() {
-    static const Function securityFunctions[] = {
+std::span<const Library> Libraries() {
+    static const Function kSecurityFunctions[] = {
         {"AddAccessAllowedAceEx", AddressOf(AddAccessAllowedAceEx)},
         {"AddAccessDeniedAceEx", AddressOf(AddAccessDeniedAceEx)},
         {"CreateWellKnownSid", AddressOf(CreateWellKnownSid)},
     };
-    static const Function kernelFunctions[] = {
+    static const Function kKernelFunctions[] = {
         {"GetFileSizeEx", AddressOf(GetFileSizeEx)},
     };
-    static Library libraries[] = {
-        {"advapi32", securityFunctions, {}},
-        {"kernel32", kernelFunctions, {}},
+    static const Library kLibraries[] = {
+        {"advapi32", kSecurityFunctions, {}},
+        {"kernel32", kKernelFunctions, {}},
         {"netmsg", {}, NetworkMessages()},
     };
-    return libraries;
+    return kLibraries;
 }
 
-Library* FindByName(std::string_view name) {
+HMODULE FindByName(std::string_view name) {
     constexpr std::string_view extension = ".dll";
     if (name.size() > extension.size() &&
         EqualsIgnoringCase(name.substr(name.size() - extension.size()), extension)) {
         name.remove_suffix(extension.size());
     }
-    for (Library& library : Libraries())
-        if (EqualsIgnoringCase(name, library.name)) return &library;
+    for (const Library& library : Libraries())
+        if (EqualsIgnoringCase(name, library.name)) return const_cast<HMODULE>(&library);  // the SDK's type
     return nullptr;
 }
 
-// The library that `handle` stands for while it is loaded, else null.
-Library* FindLoaded(HMODULE handle) {
-    for (Library& library : Libraries())
-        if (&library == handle && library.loads != 0) return &library;
+// Null for what is no handle of a library.
+const Library* FindByHandle(HMODULE handle) {
+    for (const Library& library : Libraries())
+        if (&library == handle) return &library;
     return nullptr;
 }
 
@@ -84,8 +83,8 @@ Library* FindLoaded(HMODULE handle) {
 namespace permora::host {
 
 const std::span<const Message>* MessagesOf(HMODULE library) {
-    const Library* loaded = FindLoaded(library);
-    return loaded != nullptr ? &loaded->messages : nullptr;
+    const Library* found = FindByHandle(library);
+    return found != nullptr ? &found->messages : nullptr;
 }
 
 }  // namespace permora::host
@@ -99,33 +98,23 @@ HMODULE WINAPI LoadLibraryExA(LPCSTR name, HANDLE reserved, DWORD flags) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    Library* library = FindByName(name);
-    if (library == nullptr) {
-        SetLastError(ERROR_MOD_NOT_FOUND);
-        return nullptr;
-    }
-    ++library->loads;
+    HMODULE library = FindByName(name);
+    if (library == nullptr) SetLastError(ERROR_MOD_NOT_FOUND);
     return library;
 }
 
 BOOL WINAPI FreeLibrary(HMODULE library) {
-    Library* loaded = FindLoaded(library);
-    if (loaded == nullptr) return Fail(ERROR_INVALID_HANDLE);
-    // Another thread may free the last load in this moment; the count must not fall below zero.
-    unsigned loads = loaded->loads;
-    while (loads != 0 && !loaded->loads.compare_exchange_weak(loads, loads - 1)) {
-    }
-    return loads != 0 ? TRUE : Fail(ERROR_INVALID_HANDLE);
+    return FindByHandle(library) != nullptr ? TRUE : Fail(ERROR_INVALID_HANDLE);
 }
 
 FARPROC WINAPI GetProcAddress(HMODULE library, LPCSTR name) {
-    const Library* loaded = FindLoaded(library);
-    if (loaded == nullptr) {
+    const Library* found = FindByHandle(library);
+    if (found == nullptr) {
         SetLastError(ERROR_MOD_NOT_FOUND);
         return nullptr;
     }
     if (name != nullptr) {
-        for (const Function& function : loaded->functions)
+        for (const Function& function : found->functions)
             if (function.name == name) return function.address;
     }
     SetLastError(ERROR_PROC_NOT_FOUND);

@@ -8,8 +8,7 @@
 
 namespace permora::host {
 
-// The message table of a loaded library: empty when it has none, null when the handle is not that of a loaded
-// library.
+// The message table of a library: empty when it has none, null when the handle is not that of a library.
 const std::span<const Message>* MessagesOf(HMODULE library);
 
 }  // namespace permora::host

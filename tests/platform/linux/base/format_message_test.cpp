@@ -72,17 +72,14 @@ TEST(FormatMessage, HasATextForEveryErrorThatTheProgramKnows) {
 TEST(FormatMessage, SearchesALibraryBeforeTheSystem) {
     constexpr DWORD kNetNotStarted = 2102;
     constexpr DWORD kBoth = FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM;
-    HMODULE freed = nullptr;
-    {
-        const UniqueLibrary network(LoadLibraryExA("netmsg.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE));
-        freed = network.get();
-        EXPECT_NE(TextOf(kNetNotStarted, kBoth, network.get()), "");
-        EXPECT_NE(TextOf(ERROR_ACCESS_DENIED, kBoth, network.get()), "") << "falls back to the system";
-        EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, FORMAT_MESSAGE_FROM_HMODULE, network.get()), "");
-        EXPECT_EQ(GetLastError(), ERROR_MR_MID_NOT_FOUND);
-    }
+    const UniqueLibrary network(LoadLibraryExA("netmsg.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE));
+    EXPECT_NE(TextOf(kNetNotStarted, kBoth, network.get()), "");
+    EXPECT_NE(TextOf(ERROR_ACCESS_DENIED, kBoth, network.get()), "") << "falls back to the system";
+    EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, FORMAT_MESSAGE_FROM_HMODULE, network.get()), "");
+    EXPECT_EQ(GetLastError(), ERROR_MR_MID_NOT_FOUND);
     EXPECT_EQ(TextOf(kNetNotStarted), "") << "the system alone does not know it";
-    EXPECT_EQ(TextOf(kNetNotStarted, kBoth, freed), "");
+    int noLibrary = 0;
+    EXPECT_EQ(TextOf(kNetNotStarted, kBoth, reinterpret_cast<HMODULE>(&noLibrary)), "");
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
