@@ -41,10 +41,10 @@ bool IsHandedOn(const Ace& ace, ObjectKind child) {
 // variants (S-1-3-2, S-1-3-3) name the owner of an impersonating server, which a file never has: they stay,
 // and match nobody. OWNER RIGHTS (S-1-3-4) is no placeholder: the access check itself gives it its meaning.
 Sid SubstituteCreator(const Sid& sid, const Sid& owner, const Sid& group) {
-    static const Sid creatorOwner(3, {0});
-    static const Sid creatorGroup(3, {1});
-    if (sid == creatorOwner) return owner;
-    if (sid == creatorGroup) return group;
+    static const Sid kCreatorOwner(3, {0});
+    static const Sid kCreatorGroup(3, {1});
+    if (sid == kCreatorOwner) return owner;
+    if (sid == kCreatorGroup) return group;
     return sid;
 }
 

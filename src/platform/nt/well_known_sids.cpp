@@ -60,7 +60,7 @@ std::span<const WellKnownSid> WellKnownSids() {
     constexpr SidUse kGroup = SidUse::kWellKnownGroup;
     constexpr SidUse kAlias = SidUse::kAlias;
     // clang-format off
-    static const WellKnownSid table[] = {
+    static const WellKnownSid kTable[] = {
         {{kNullAuthority, {0}}, kGroup, "", "", "NULL SID"},
 
         {{kWorldAuthority, {0}}, kGroup, "WD", "", "Everyone"},
@@ -167,7 +167,7 @@ std::span<const WellKnownSid> WellKnownSids() {
         {{kAuthenticationAuthority, {6}}, kGroup, "", "", "Key property attestation"},
     };
     // clang-format on
-    return table;
+    return kTable;
 }
 
 const WellKnownSid* FindWellKnownSid(const Sid& sid) {

@@ -10,8 +10,8 @@ namespace {
 
 // The letters of all scripts, whatever language the user has chosen: names sort alike for everybody.
 locale_t AllLetters() {
-    static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    return locale;
+    static const locale_t kLocale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return kLocale;
 }
 
 }  // namespace

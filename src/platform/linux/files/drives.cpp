@@ -89,18 +89,19 @@ LetterTable LettersOfMachine() {
 // The letters of this process, for one thread at a time.
 class SharedLetters {
   public:
-    SharedLetters() : lock(Mutex()) {}
+    SharedLetters() : lock(All().mutex) {}
 
-    LetterTable& operator*() const {
-        static LetterTable letters = LettersOfMachine();
-        return letters;
-    }
+    LetterTable& operator*() const { return All().letters; }
     LetterTable* operator->() const { return &**this; }
 
   private:
-    static std::mutex& Mutex() {
-        static std::mutex mutex;
-        return mutex;
+    struct Guarded {
+        std::mutex mutex;
+        LetterTable letters = LettersOfMachine();
+    };
+    static Guarded& All() {
+        static Guarded letters;
+        return letters;
     }
 
     std::lock_guard<std::mutex> lock;

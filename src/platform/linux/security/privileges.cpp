@@ -8,8 +8,8 @@ namespace permora::host {
 
 std::span<const Privilege> Privileges() {
     // What takes ownership of others' objects is the kernel's chown.
-    static constexpr Privilege privileges[] = {{"SeTakeOwnershipPrivilege", {9, 0}, CAP_CHOWN}};
-    return privileges;
+    static constexpr Privilege kPrivileges[] = {{"SeTakeOwnershipPrivilege", {9, 0}, CAP_CHOWN}};
+    return kPrivileges;
 }
 
 const Privilege* FindPrivilege(std::string_view name) {

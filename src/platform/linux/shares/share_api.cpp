@@ -39,8 +39,14 @@ DWORD Refuse(DWORD field, LPDWORD wrongField, DWORD error = ERROR_INVALID_PARAME
     return error;
 }
 
-RecentShares& Shares() {
-    static RecentShares shares(ThisMachinesShares());
+// Who keeps this machine's shares, and what is known of them.
+struct MachineShares {
+    const std::unique_ptr<const ShareProvider> provider = MakeShareProvider();
+    RecentShares recent{*provider};
+};
+
+MachineShares& Shares() {
+    static MachineShares shares;
     return shares;
 }
 
@@ -48,8 +54,9 @@ RecentShares& Shares() {
 DWORD FindShare(LPCWSTR name, DWORD level, Share& share) {
     const bool needsDescriptor = level == kLevelWithDescriptor;
     Share found;
-    DWORD error = Shares().Find(AnsiOf(name), needsDescriptor ? Freshness::kNow : Freshness::kRecent, found);
-    if (error == ERROR_SUCCESS && needsDescriptor) error = ThisMachinesShares().ReadDescriptor(found);
+    DWORD error =
+        Shares().recent.Find(AnsiOf(name), needsDescriptor ? Freshness::kNow : Freshness::kRecent, found);
+    if (error == ERROR_SUCCESS && needsDescriptor) error = Shares().provider->ReadDescriptor(found);
     if (error == ERROR_SUCCESS) share = std::move(found);
     return error;
 }
@@ -133,7 +140,7 @@ NET_API_STATUS WINAPI NetShareEnum(LPWSTR server, DWORD level, LPBYTE* buffer, D
     if (error != ERROR_SUCCESS) return error;
     if (read == nullptr || total == nullptr) return ERROR_INVALID_PARAMETER;
     std::vector<Share> shares;
-    error = Shares().List(shares);
+    error = Shares().recent.List(shares);
     if (error != ERROR_SUCCESS) return error;
     LPBYTE block = MakeShareRecords(shares, level);
     if (block == nullptr) return ERROR_NOT_ENOUGH_MEMORY;
@@ -166,7 +173,7 @@ NET_API_STATUS WINAPI NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, L
     error = FindChange(RecordAt(record), share, change, wrongField);
     if (error != ERROR_SUCCESS) return error;
     const bool isChanged = change.remark || change.maxUses || change.descriptor;
-    return isChanged ? Shares().Change(share.name, change) : NERR_Success;
+    return isChanged ? Shares().recent.Change(share.name, change) : NERR_Success;
 }
 
 NET_API_STATUS WINAPI NetShareAdd(LPWSTR server, DWORD level, LPBYTE record, LPDWORD wrongField) {
@@ -174,11 +181,11 @@ NET_API_STATUS WINAPI NetShareAdd(LPWSTR server, DWORD level, LPBYTE record, LPD
     if (error != ERROR_SUCCESS) return error;
     Share share;
     error = MakeShare(RecordAt(record), share, wrongField);
-    return error == ERROR_SUCCESS ? Shares().Add(share) : error;
+    return error == ERROR_SUCCESS ? Shares().recent.Add(share) : error;
 }
 
 NET_API_STATUS WINAPI NetShareDel(LPWSTR server, LPWSTR name, DWORD reserved) {
     if (reserved != 0) return ERROR_INVALID_PARAMETER;
     if (!IsThisServer(server)) return ERROR_BAD_NETPATH;
-    return Shares().Remove(AnsiOf(name));
+    return Shares().recent.Remove(AnsiOf(name));
 }

@@ -9,12 +9,9 @@
 
 namespace permora::host {
 
-const ShareProvider& ThisMachinesShares() {
-    static const SambaShares samba;
-    static const ShareTable table;
-    static const bool isSambaSetUp = IsSambaSetUp();
-    if (isSambaSetUp) return samba;
-    return table;
+std::unique_ptr<const ShareProvider> MakeShareProvider() {
+    if (IsSambaSetUp()) return std::make_unique<SambaShares>();
+    return std::make_unique<ShareTable>();
 }
 
 // Nearly all names are of ASCII, and a name is compared with thousands of others.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -48,9 +49,8 @@ class ShareProvider {
     virtual DWORD Remove(std::string_view name) const = 0;
 };
 
-// Samba where it is set up on this machine, else the machine's own table. Found out once; lives as long as
-// the process.
-const ShareProvider& ThisMachinesShares();
+// Samba where it is set up on this machine, else the machine's own table.
+std::unique_ptr<const ShareProvider> MakeShareProvider();
 
 // Whether two names mean the same share.
 bool IsSameShare(std::string_view one, std::string_view other);
