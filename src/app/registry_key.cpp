@@ -32,7 +32,7 @@ DWORD RegistryKey::Close() {
     return Code(RegCloseKey(std::exchange(handle, nullptr)));
 }
 
-DWORD RegistryKey::Read(const char* name, RegistryValue& value) const {
+DWORD RegistryKey::Read(const char* name, ValueBuffer& value) const {
     auto size = static_cast<DWORD>(value.room.size());
     DWORD type = 0;
     const LONG result =

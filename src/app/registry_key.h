@@ -11,7 +11,7 @@
 namespace permora {
 
 // A value to be read: room for its bytes, and what was found.
-struct RegistryValue {
+struct ValueBuffer {
     std::span<std::byte> room;
     DWORD type = 0;  // REG_ constant
     DWORD size = 0;  // in bytes
@@ -30,7 +30,7 @@ class RegistryKey {
     DWORD Close();
 
     // ERROR_MORE_DATA when the value does not fit.
-    DWORD Read(const char* name, RegistryValue& value) const;
+    DWORD Read(const char* name, ValueBuffer& value) const;
     // `name` null: the key's default value. The text is stored with its NUL.
     DWORD WriteText(const char* name, const std::string& text) const;
     DWORD WriteBytes(const char* name, std::span<const std::uint8_t> bytes) const;

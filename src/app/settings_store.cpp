@@ -22,7 +22,7 @@ constexpr const char* kVerbText = "Open Permora";
 
 DWORD LoadRecord(const RegistryKey& key, ProgramSettings& record) {
     StoredSettings stored{};
-    RegistryValue value{std::as_writable_bytes(std::span(stored))};
+    ValueBuffer value{std::as_writable_bytes(std::span(stored))};
     const DWORD error = key.Read(kRecordValue, value);
     if (error != ERROR_SUCCESS) return error;
     if (value.type != REG_BINARY) return ERROR_INVALID_DATA;
@@ -34,7 +34,7 @@ DWORD LoadRecord(const RegistryKey& key, ProgramSettings& record) {
 
 DWORD LoadProgramFolder(const RegistryKey& key, ProgramSettings& record) {
     std::array<char, sizeof(record.programFolder)> text{};
-    RegistryValue value{std::as_writable_bytes(std::span(text))};
+    ValueBuffer value{std::as_writable_bytes(std::span(text))};
     const DWORD error = key.Read(kFolderValue, value);
     if (error != ERROR_SUCCESS) return error;
     if (value.type != REG_SZ) return ERROR_INVALID_DATA;

@@ -23,7 +23,7 @@ class SettingsStore : public ::testing::Test {
     static std::string TextAt(HKEY root, const char* path, const char* name) {
         RegistryKey key;
         std::array<std::byte, 300> bytes{};
-        RegistryValue value{bytes};
+        ValueBuffer value{bytes};
         if (key.Open(root, path, KEY_READ) != ERROR_SUCCESS || key.Read(name, value) != ERROR_SUCCESS)
             return "(none)";
         const std::string text(reinterpret_cast<const char*>(bytes.data()), value.size);

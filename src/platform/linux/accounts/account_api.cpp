@@ -44,7 +44,7 @@ BOOL WINAPI LookupAccountSidA(LPCSTR system, PSID sid, LPSTR name, LPDWORD nameS
     if (IsAnotherMachine(system)) return Fail(ERROR_NONE_MAPPED);
 
     Account account;
-    const DWORD error = permora::host::FindAccount(*value, account);
+    const DWORD error = permora::host::FindAccountOfSid(*value, account);
     if (error != ERROR_SUCCESS) return Fail(error);
     const TextBuffer nameBuffer{name, nameSize};
     const TextBuffer domainBuffer{domain, domainSize};
@@ -69,7 +69,7 @@ BOOL WINAPI LookupAccountNameA(LPCSTR system, LPCSTR account, PSID sid, LPDWORD 
     DWORD error = permora::host::FindAccountSid(account, value);
     if (error != ERROR_SUCCESS) return Fail(error);
     Account found;  // stays an unknown one for a SID given as text that nobody has
-    error = permora::host::FindAccount(value, found);
+    error = permora::host::FindAccountOfSid(value, found);
     if (error != ERROR_SUCCESS && error != ERROR_NONE_MAPPED) return Fail(error);
 
     const auto needed = static_cast<DWORD>(value.ByteSize());

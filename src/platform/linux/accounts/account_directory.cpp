@@ -190,7 +190,7 @@ DWORD FindQualified(std::string_view domain, std::string_view name, LetterCase l
 
 }  // namespace
 
-DWORD FindAccount(const nt::Sid& sid, Account& account) {
+DWORD FindAccountOfSid(const nt::Sid& sid, Account& account) {
     if (const nt::WellKnownSid* row = nt::FindWellKnownSid(sid)) {
         account = {std::string(row->name), std::string(row->domain), UseOf(row->use)};
         return ERROR_SUCCESS;

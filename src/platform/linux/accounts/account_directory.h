@@ -18,7 +18,7 @@ struct Account {
 
 // ERROR_NONE_MAPPED when no account has the SID; another code when the name service failed. What the name
 // service says is believed for a few seconds, so that a listing of many objects asks it once an account.
-DWORD FindAccount(const nt::Sid& sid, Account& account);
+DWORD FindAccountOfSid(const nt::Sid& sid, Account& account);
 
 // The SID that `text` names: NAME, DOMAIN\NAME or a SID's text form.
 DWORD FindAccountSid(std::string_view text, nt::Sid& sid);

@@ -17,13 +17,13 @@ namespace permora::host {
 namespace {
 
 const nt::Sid& Everyone() {
-    static const nt::Sid sid(1, {0});
-    return sid;
+    static const nt::Sid kSid(1, {0});
+    return kSid;
 }
 
 const nt::Sid& Anonymous() {
-    static const nt::Sid sid(5, {7});
-    return sid;
+    static const nt::Sid kSid(5, {7});
+    return kSid;
 }
 
 constexpr uid_t kRoot = 0;
@@ -70,7 +70,7 @@ class Memberships {
     // deleted.
     static DWORD CheckIsKnown(const nt::Sid& sid) {
         Account account;
-        const DWORD error = FindAccount(sid, account);
+        const DWORD error = FindAccountOfSid(sid, account);
         if (error != ERROR_SUCCESS) return error;
         const bool isUnknown = account.use == SidTypeUser && !UserForSid(sid);  // Samba's alone
         return isUnknown || !IsAccountWithGroups(sid, account.use) ? ERROR_NONE_MAPPED : ERROR_SUCCESS;

@@ -67,7 +67,7 @@ TEST(AccountEnumeration, HandsOutEachAccountUnderANameThatMeansIt) {
         nt::Sid sid;
         Account account;
         ASSERT_EQ(FindAccountSid(name, sid), ERROR_SUCCESS) << name;
-        ASSERT_EQ(FindAccount(sid, account), ERROR_SUCCESS) << name;
+        ASSERT_EQ(FindAccountOfSid(sid, account), ERROR_SUCCESS) << name;
         EXPECT_EQ(account.domain + '\\' + account.name, name);
         sids.insert(sid.ToText());
     }

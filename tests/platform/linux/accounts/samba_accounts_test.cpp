@@ -87,7 +87,7 @@ TEST_F(SambaAccountsTest, SidsHaveTheNamesThatTheServerGives) {
     std::vector<std::string> shown;
     for (const std::string& sid : sids) {
         Account account;
-        const DWORD error = FindAccount(nt::Sid::FromText(sid).value(), account);
+        const DWORD error = FindAccountOfSid(nt::Sid::FromText(sid).value(), account);
         const std::string text =
             error == ERROR_NONE_MAPPED ? "*unknown*\\*unknown*" : account.domain + "\\" + account.name;
         commands.push_back("lookupsids " + sid);
