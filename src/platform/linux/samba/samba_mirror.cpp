@@ -114,7 +114,7 @@ DWORD SambaMirror::AddPrivate(const SambaPlaces& places) {
     // Both may lie elsewhere.
     const std::string passwords = root + "/smbpasswd";
     if (places.passwordFile.starts_with('/')) {
-        error = AddEntry(places.passwordFile, passwords, true);
+        error = CopyDatabase(places.passwordFile, passwords);
         SetPrivate("smb passwd file", passwords);
     }
     const std::size_t colon = places.userDatabase.find(":/");
@@ -122,7 +122,7 @@ DWORD SambaMirror::AddPrivate(const SambaPlaces& places) {
     const bool isFile = colon != std::string::npos && (kind == "tdbsam" || kind == "smbpasswd");
     if (isFile && error == ERROR_SUCCESS) {
         const std::string users = root + "/users";
-        error = AddEntry(places.userDatabase.substr(colon + 1), users, true);
+        error = CopyDatabase(places.userDatabase.substr(colon + 1), users);
         SetPrivate("passdb backend", kind + ":" + users);
     }
     return error;
@@ -159,15 +159,15 @@ DWORD SambaMirror::AddFolder(const std::string& folder, const std::string& name,
         if (IsTalk(entryName)) continue;
         const std::string source = folder + '/' + entry->d_name;
         const bool isDatabase = std::ranges::find(databases, entryName) != databases.end();
-        const DWORD error = AddEntry(source, mirrored + '/' + entry->d_name, isDatabase);
+        const std::string place = mirrored + '/' + entry->d_name;
+        const DWORD error = isDatabase ? CopyDatabase(source, place) : Link(source, place);
         if (error != ERROR_SUCCESS) return error;
         errno = 0;
     }
     return errno == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
 }
 
-DWORD SambaMirror::AddEntry(const std::string& source, const std::string& place, bool isDatabase) {
-    if (!isDatabase) return Link(source, place);
+DWORD SambaMirror::CopyDatabase(const std::string& source, const std::string& place) {
     const UniqueFd database(open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!database) {
         if (errno == ENOENT || errno == ENOTDIR) return ERROR_SUCCESS;

@@ -48,7 +48,7 @@ class SambaMirror {
   private:
     DWORD AddFolder(const std::string& folder, const std::string& name,
                     const std::vector<std::string_view>& databases);
-    DWORD AddEntry(const std::string& source, const std::string& place, bool isDatabase);
+    DWORD CopyDatabase(const std::string& source, const std::string& place);
     DWORD Link(const std::string& target, const std::string& place);
     void SetPrivate(std::string_view setting, const std::string& value);
 
