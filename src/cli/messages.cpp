@@ -8,10 +8,10 @@
 
 namespace permora {
 
-ConsoleMessages::ConsoleMessages() : previous(SetMessagePresenter(this)) {}
+ConsoleMessages::ConsoleMessages() : previous(thePresenters.messages.exchange(this)) {}
 
 ConsoleMessages::~ConsoleMessages() {
-    SetMessagePresenter(previous);
+    thePresenters.messages = previous;
 }
 
 void ConsoleMessages::SetSubject(std::string newSubject) {

@@ -9,19 +9,13 @@ namespace {
 // More than the paths of a million files; what another program offers beyond that is not taken.
 constexpr std::size_t kLargestData = std::size_t{256} << 20U;
 
-bool isHeld = false;  // by this program
-
 }  // namespace
 
 Clipboard::Clipboard(CWnd& ownerWindow)
-    : owner(ownerWindow), isOpen(!isHeld && owner.HasWindow() && OpenNativeClipboard(owner)) {
-    if (isOpen) isHeld = true;
-}
+    : owner(ownerWindow), isOpen(owner.HasWindow() && OpenNativeClipboard(owner)) {}
 
 Clipboard::~Clipboard() {
-    if (!isOpen) return;
-    CloseNativeClipboard();
-    isHeld = false;
+    if (isOpen) CloseNativeClipboard();
 }
 
 bool Clipboard::Empty() {

@@ -10,6 +10,7 @@
 
 namespace permora {
 
+// False while the clipboard is open.
 bool OpenNativeClipboard(CWnd& owner);
 void CloseNativeClipboard();
 bool EmptyNativeClipboard();

@@ -26,6 +26,7 @@ struct Queue {
     std::mutex mutex;
     std::unordered_map<const CWnd*, Update> updates;
     bool isFlushDue = false;
+    Clock::time_point lastFlush;  // of the user-interface thread alone
 };
 
 // Outlives every window, also global ones.
@@ -56,7 +57,7 @@ void Flush() {
 }
 
 void FlushAtDisplayPace() {
-    static Clock::time_point lastFlush;  // user-interface thread only
+    Clock::time_point& lastFlush = TheQueue().lastFlush;
     const auto sinceLast = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastFlush);
     if (sinceLast < kPaintInterval) {
         PostLater(static_cast<int>((kPaintInterval - sinceLast).count()), FlushAtDisplayPace);

@@ -1,14 +1,12 @@
-// Who shows the file operations of this process: how far one has come, and what it has to ask.
-//
-// SHFileOperationA hands each operation to the presenter that is set here. Without one it runs on the
-// caller's thread and gets the safest answers: nothing is replaced, merged, changed or deleted for good, and
-// what fails is skipped. On Windows the shell shows its own windows and this header has nothing behind it.
+// Who shows the file operations of this process: how far one has come, and what it has to ask
+// (platform/presenters.h).
 #pragma once
 
 #include <string>
 
 #include "platform/api/base.h"
 #include "platform/api/time.h"
+#include "platform/presenters.h"
 
 namespace permora {
 
@@ -96,9 +94,5 @@ class FileOperationPresenter {
     // Runs the job, which is borrowed, and returns after its end. `title` is that of the window.
     virtual void Present(HWND owner, const std::string& title, FileOperationJob& job) = 0;
 };
-
-// Sets the presenter (borrowed; null restores the default) and returns the one before it (null for the
-// default). Thread-safe; a presenter must outlive the operations that it shows.
-FileOperationPresenter* SetFileOperationPresenter(FileOperationPresenter* presenter);
 
 }  // namespace permora

@@ -1,12 +1,10 @@
-// Who knows the desktop's types of files: what a name says, what a type is called, and its icon.
-//
-// SHGetFileInfoA and FindShellIcon ask the one that is set here. Without one, as in the terminal program, no
-// type has a text or an icon. On Windows the shell knows the types itself, and this header has nothing behind
-// it.
+// Who knows the desktop's types of files: what a name says, what a type is called, and its icon
+// (platform/presenters.h).
 #pragma once
 
 #include <string>
 
+#include "platform/presenters.h"
 #include "platform/shell_icons.h"
 
 namespace permora {
@@ -25,9 +23,5 @@ class FileTypes {
     // The icon that the desktop has for the MIME type. User-interface thread.
     virtual ShellIcon IconOf(const std::string& type) const = 0;
 };
-
-// Sets the types (borrowed; null: none) and returns those before. They must outlive the questions asked of
-// them.
-const FileTypes* SetFileTypes(const FileTypes* types);
 
 }  // namespace permora

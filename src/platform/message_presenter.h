@@ -1,12 +1,8 @@
-// Who shows the message boxes of this process.
-//
-// MessageBoxA asks the presenter that is set here. The default writes the text to standard error and answers
-// with the safest button. The windowed program sets one that
-// opens a dialog, the terminal program one that names the object at fault, tests one that records. On Windows
-// the system shows its own boxes and this header has nothing behind it.
+// Who shows the message boxes of this process (platform/presenters.h).
 #pragma once
 
 #include "platform/api/messages.h"
+#include "platform/presenters.h"
 
 namespace permora {
 
@@ -32,9 +28,5 @@ class MessagePresenter {
     // chosen.
     virtual int Present(HWND owner, const char* text, const char* caption, UINT type) = 0;
 };
-
-// Sets the presenter (borrowed; null restores the default) and returns the one before it (null for the
-// default). Thread-safe; a presenter must outlive the boxes that it shows.
-MessagePresenter* SetMessagePresenter(MessagePresenter* presenter);
 
 }  // namespace permora

@@ -12,10 +12,10 @@ PropertiesService::PropertiesService(CWnd& ownerWindow,
                                      std::function<void(const std::string& path)> securityEditor)
     : mainWindow(ownerWindow),
       editSecurity(std::move(securityEditor)),
-      before(SetPropertiesPresenter(this)) {}
+      before(thePresenters.properties.exchange(this)) {}
 
 PropertiesService::~PropertiesService() {
-    SetPropertiesPresenter(before);
+    thePresenters.properties = before;
 }
 
 void PropertiesService::Present(HWND owner, const char* path) {

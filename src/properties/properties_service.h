@@ -5,7 +5,7 @@
 #include <string>
 
 #include "framework/window.h"
-#include "platform/properties_presenter.h"
+#include "platform/presenters.h"
 
 namespace permora {
 

@@ -93,7 +93,7 @@ TEST_F(MainFrame, AFirstStartMakesTheSettings) {
 TEST_F(MainFrame, WithoutAnInstallationItSaysSoAndEnds) {
     const auto start = [this] {
         setenv("XDG_CONFIG_HOME", data.MakeFolder("nowhere").c_str(), 1);
-        SetMessagePresenter(nullptr);  // boxes go to standard error
+        thePresenters.messages = nullptr;  // boxes go to standard error
         app.InitInstance();
     };
     EXPECT_EXIT(start(), ExitedWithCode(0), "Reading settings: ");

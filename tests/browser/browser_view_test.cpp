@@ -233,7 +233,7 @@ TEST_F(Browser, WhatLeavesNoWayOnEndsTheProgram) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");  // the toolkit has threads
     for (const auto& [text, work] : kCases) {
         const auto fail = [&work = work] {
-            SetMessagePresenter(nullptr);  // boxes go to standard error
+            thePresenters.messages = nullptr;  // boxes go to standard error
             work();
         };
         EXPECT_EXIT(fail(), ExitedWithCode(0), text);

@@ -17,9 +17,7 @@ using test::TemporaryFolder;
 
 // The types of a desktop that has been described in files.
 const FileTypes& Types() {
-    const FileTypes* types = SetFileTypes(nullptr);
-    SetFileTypes(types);
-    return *types;
+    return *thePresenters.fileTypes.load();
 }
 
 class DesktopTypes : public ::testing::Test {

@@ -42,7 +42,7 @@ class UnendingJob : public FileOperationJob {
 };
 
 void Present(std::function<void()> endProgram) {
-    FileOperationPresenter* windows = SetFileOperationPresenter(nullptr);
+    FileOperationPresenter* windows = thePresenters.fileOperations;
     UnendingJob job(std::move(endProgram));
     windows->Present(nullptr, "Copying", job);
 }

@@ -26,11 +26,11 @@ inline void PrintTo(const RecordedBox& box, std::ostream* stream) {
 // test has not taken when the presenter ends fails the test: no message goes by unnoticed.
 class RecordingPresenter : public MessagePresenter {
   public:
-    RecordingPresenter() : previous(SetMessagePresenter(this)) {}
+    RecordingPresenter() : previous(thePresenters.messages.exchange(this)) {}
     RecordingPresenter(const RecordingPresenter&) = delete;
     RecordingPresenter& operator=(const RecordingPresenter&) = delete;
     ~RecordingPresenter() override {
-        SetMessagePresenter(previous);
+        thePresenters.messages = previous;
         for (const RecordedBox& box : boxes)
             ADD_FAILURE() << "unexpected message box: " << ::testing::PrintToString(box);
     }

@@ -2,11 +2,9 @@
 
 #include <QFontMetrics>
 #include <QTimer>
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <future>
-#include <thread>
 #include <utility>
 
 #include "framework/native.h"
@@ -18,18 +16,16 @@
 namespace permora {
 namespace {
 
-// On the user-interface thread. Null while there is no toolkit.
-std::atomic<qt::ThreadBridge*> uiBridge = nullptr;
-std::atomic<std::thread::id> uiThread = std::this_thread::get_id();
-std::atomic<bool> isDisplayLost = false;
+std::atomic<QtApplication*> theToolkit = nullptr;
 
 // The toolkit calls exit() in the middle of everything when the display's server goes. No window can be
 // destroyed in order any more, but what is half done on a disk can be put in order.
 void EndWithoutDisplay(int exitCode, void* /*argument*/) {
     constexpr std::chrono::seconds kLimit{5};
-    if (uiBridge.load() == nullptr) return;
-    isDisplayLost = true;
-    SetMessagePresenter(nullptr);
+    QtApplication* toolkit = theToolkit;
+    if (toolkit == nullptr) return;
+    toolkit->isDisplayLost = true;
+    thePresenters.messages = nullptr;
     StopAllWork(kLimit);
     std::fflush(nullptr);
     std::_Exit(exitCode);
@@ -37,7 +33,7 @@ void EndWithoutDisplay(int exitCode, void* /*argument*/) {
 
 // Ends all loops, in which windows may stand that refuse to be closed; whoever ran them waits for its work.
 void EndToolkit() {
-    SetMessagePresenter(nullptr);
+    thePresenters.messages = nullptr;
     StopAllWork(std::chrono::milliseconds(0));
     QCoreApplication::exit(0);
 }
@@ -47,24 +43,27 @@ void EndToolkit() {
 QtApplication::QtApplication(int& argc, char** argv)
     : application(argc, argv),
       bridge(std::make_unique<qt::ThreadBridge>()),
-      clipboardOffer(qt::HasSelections() ? std::make_unique<qt::ClipboardOffer>() : nullptr),
       endSignals(EndToolkit),
       presenter(std::make_unique<qt::WindowPresenter>()),
       fileOperations(std::make_unique<qt::FileOperationWindows>()) {
     // The frame's closing ends the program, not that of a dialog that stands alone.
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(new qt::DialogStyle);  // the application owns it
-    uiThread = std::this_thread::get_id();
-    uiBridge = bridge.get();
+    if (qt::HasSelections()) clipboard.offer = std::make_unique<qt::ClipboardOffer>();
+    theToolkit = this;
     [[maybe_unused]] static const int kRegistered = on_exit(EndWithoutDisplay, nullptr);
-    presenterBefore = SetMessagePresenter(presenter.get());
-    fileOperationsBefore = SetFileOperationPresenter(fileOperations.get());
+    presenterBefore = thePresenters.messages.exchange(presenter.get());
+    fileOperationsBefore = thePresenters.fileOperations.exchange(fileOperations.get());
 }
 
 QtApplication::~QtApplication() {
-    SetFileOperationPresenter(fileOperationsBefore);
-    SetMessagePresenter(presenterBefore);
-    uiBridge = nullptr;
+    thePresenters.fileOperations = fileOperationsBefore;
+    thePresenters.messages = presenterBefore;
+    theToolkit = nullptr;
+}
+
+QtApplication* QtApplication::Current() {
+    return theToolkit;
 }
 
 int QtApplication::Run() {
@@ -89,34 +88,35 @@ bool IsModalWindowOpen() {
 }
 
 bool IsUiThread() {
-    return uiThread.load() == std::this_thread::get_id();
+    const QtApplication* toolkit = theToolkit;
+    return toolkit == nullptr || toolkit->IsOnUiThread();
 }
 
 void PostToUiThread(std::function<void()> work) {
-    qt::ThreadBridge* bridge = uiBridge;
-    if (bridge != nullptr) bridge->Post(std::move(work));
+    if (QtApplication* toolkit = theToolkit) toolkit->Bridge().Post(std::move(work));
 }
 
 void CallOnUiThread(const std::function<void()>& work) {
-    qt::ThreadBridge* bridge = uiBridge;
-    if (IsUiThread() || bridge == nullptr) {
+    QtApplication* toolkit = theToolkit;
+    if (toolkit == nullptr || toolkit->IsOnUiThread()) {
         work();
-    } else if (!isDisplayLost) {
+    } else if (!toolkit->isDisplayLost) {
         auto task = std::make_shared<std::packaged_task<void()>>([&work]() noexcept { work(); });
         const std::future<void> end = task->get_future();
         // The task is the bridge's alone, so that the wait also ends when the bridge goes without having run
         // it.
-        bridge->Post([own = std::move(task)] { (*own)(); });
+        toolkit->Bridge().Post([own = std::move(task)] { (*own)(); });
         end.wait();
     }
 }
 
 void PostLater(int milliseconds, std::function<void()> work) {
-    QTimer::singleShot(milliseconds, Qt::PreciseTimer, uiBridge.load(), std::move(work));
+    if (QtApplication* toolkit = theToolkit)
+        QTimer::singleShot(milliseconds, Qt::PreciseTimer, &toolkit->Bridge(), std::move(work));
 }
 
 void ServeWorkers() {
-    if (qt::ThreadBridge* bridge = uiBridge) bridge->Serve();
+    if (QtApplication* toolkit = theToolkit) toolkit->Bridge().Serve();
 }
 
 Size DialogBaseUnits() {

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <QApplication>
+#include <atomic>
 #include <memory>
+#include <thread>
 
+#include "framework/qt/clipboard.h"
 #include "framework/qt/end_signals.h"
 #include "framework/qt/file_types.h"
-#include "framework/qt/selection_request.h"
 #include "framework/qt/thread_bridge.h"
 #include "platform/file_operation_presenter.h"
 #include "platform/message_presenter.h"
@@ -26,10 +28,22 @@ class QtApplication {
     // left as well, and messages go to standard error. The process's exit code.
     int Run();
 
+    // Null while there is none. Any thread.
+    static QtApplication* Current();
+
+    // Serves the user-interface thread. Any thread.
+    qt::ThreadBridge& Bridge() { return *bridge; }
+    bool IsOnUiThread() const { return uiThread == std::this_thread::get_id(); }
+    // User-interface thread.
+    qt::ClipboardState& Clipboard() { return clipboard; }
+
+    std::atomic<bool> isDisplayLost = false;
+
   private:
     QApplication application;
+    std::thread::id uiThread = std::this_thread::get_id();
     std::unique_ptr<qt::ThreadBridge> bridge;
-    std::unique_ptr<qt::ClipboardOffer> clipboardOffer;  // where the desktop is an X server's
+    qt::ClipboardState clipboard;
     qt::EndSignals endSignals;
     qt::DesktopFileTypes fileTypes;
     std::unique_ptr<MessagePresenter> presenter;

@@ -5,11 +5,11 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
-#include <QPointer>
 #include <memory>
+#include <utility>
 
 #include "framework/clipboard_native.h"
-#include "framework/qt/selection_request.h"
+#include "framework/qt/application.h"
 #include "framework/qt/widget.h"
 
 namespace permora {
@@ -18,25 +18,18 @@ namespace {
 // Where the system begins to number registered formats.
 constexpr unsigned int kFirstFormat = 0xC000;
 
-QStringList& Formats() {
-    static QStringList formats;
-    return formats;
+qt::ClipboardState& State() {
+    return QtApplication::Current()->Clipboard();
 }
 
 // Null for a number that was never handed out.
 QString MimeTypeOf(unsigned int format) {
-    return Formats().value(static_cast<qsizetype>(format) - kFirstFormat);
+    return State().formats.value(static_cast<qsizetype>(format) - kFirstFormat);
 }
 
-// What this program has put on the clipboard last.
-QPointer<const QMimeData>& Placed() {
-    static QPointer<const QMimeData> placed;
-    return placed;
-}
-
-// The same, if it is still there; else null.
+// What this program has put on the clipboard, if it is still there; else null.
 const QMimeData* OwnData() {
-    const QMimeData* placed = Placed();
+    const QMimeData* placed = State().placed;
     return placed != nullptr && placed == QGuiApplication::clipboard()->mimeData() ? placed : nullptr;
 }
 
@@ -47,30 +40,34 @@ unsigned int RegisterClipboardFormat(const std::string& name) {
     const QString lower = qt::ToQt(name).toLower();
     const bool isMimeType = lower.contains(QLatin1Char('/'));
     const QString type = isMimeType ? lower : QStringLiteral("application/x-permora.") + lower;
-    if (!Formats().contains(type)) Formats().append(type);
-    return kFirstFormat + static_cast<unsigned int>(Formats().indexOf(type));
+    QStringList& formats = State().formats;
+    if (!formats.contains(type)) formats.append(type);
+    return kFirstFormat + static_cast<unsigned int>(formats.indexOf(type));
 }
 
 bool Clipboard::IsFormatAvailable(unsigned int format) {
     const QString type = MimeTypeOf(format);
     if (type.isEmpty()) return false;
     if (const QMimeData* own = OwnData()) return own->hasFormat(type);
-    if (const qt::ClipboardOffer* offer = qt::ClipboardOffer::Current()) return offer->Has(type.toUtf8());
+    if (State().offer) return State().offer->Has(type.toUtf8());
     const QMimeData* data = QGuiApplication::clipboard()->mimeData();
     return data != nullptr && data->hasFormat(type);
 }
 
 ClipboardAnswer AwaitNativeClipboardFormats() {
-    const qt::ClipboardOffer* offer = OwnData() == nullptr ? qt::ClipboardOffer::Current() : nullptr;
-    return offer == nullptr || offer->Await() ? ClipboardAnswer::kGiven : ClipboardAnswer::kSilence;
+    const qt::ClipboardOffer* offer = State().offer.get();
+    return OwnData() != nullptr || offer == nullptr || offer->Await() ? ClipboardAnswer::kGiven
+                                                                      : ClipboardAnswer::kSilence;
 }
 
 // The desktop knows no owner of an open clipboard.
 bool OpenNativeClipboard(CWnd& /*owner*/) {
-    return true;
+    return !std::exchange(State().isOpen, true);
 }
 
-void CloseNativeClipboard() {}
+void CloseNativeClipboard() {
+    State().isOpen = false;
+}
 
 bool EmptyNativeClipboard() {
     QGuiApplication::clipboard()->clear();
@@ -88,7 +85,7 @@ bool SetNativeClipboardData(unsigned int format, std::span<const std::uint8_t> b
             data->setData(other, own->data(other));
     data->setData(
         type, QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())));
-    Placed() = data.get();
+    State().placed = data.get();
     clipboard.setMimeData(data.release());
     return Clipboard::IsFormatAvailable(format);
 }
@@ -98,7 +95,7 @@ ClipboardAnswer NativeClipboardData(unsigned int format, std::size_t limit,
     if (!Clipboard::IsFormatAvailable(format)) return ClipboardAnswer::kNothing;
     const QString type = MimeTypeOf(format);
     QByteArray data;
-    if (OwnData() != nullptr || qt::ClipboardOffer::Current() == nullptr) {
+    if (OwnData() != nullptr || State().offer == nullptr) {
         data = QGuiApplication::clipboard()->mimeData()->data(type);
     } else {
         const auto request = std::make_unique<qt::SelectionRequest>(

@@ -15,20 +15,19 @@ namespace {
 constexpr std::array<int, 3> kEndSignals{SIGTERM, SIGINT, SIGHUP};
 constexpr unsigned int kSecondsToEnd = 10;
 
-// Kept for the whole process: a signal may be on its way when the object goes.
-int SignalDescriptor() {
-    static const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    return descriptor;
-}
+// Written by the handler. Kept for the whole process: a signal may be on its way when the object goes.
+int endDescriptor = -1;
 
-// For the handler, which may not ask for it.
-int writtenBySignal = -1;
+int OpenEndDescriptor() {
+    if (endDescriptor < 0) endDescriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    return endDescriptor;
+}
 
 void TellOfEnd(int /*signal*/) {
     const int kept = errno;
     const std::uint64_t one = 1;
     // When it cannot be written, the process ends with the alarm.
-    static_cast<void>(!write(writtenBySignal, &one, sizeof one));
+    static_cast<void>(!write(endDescriptor, &one, sizeof one));
     alarm(kSecondsToEnd);
     errno = kept;
 }
@@ -50,12 +49,11 @@ void StopHandling(int signal) {
 
 }  // namespace
 
-EndSignals::EndSignals(std::function<void()> end) : notifier(SignalDescriptor(), QSocketNotifier::Read) {
+EndSignals::EndSignals(std::function<void()> end) : notifier(OpenEndDescriptor(), QSocketNotifier::Read) {
     QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [this, end = std::move(end)] {
         notifier.setEnabled(false);
         end();
     });
-    writtenBySignal = SignalDescriptor();
     // Who reads what the program says on a pipe may have ended at the same signal.
     std::signal(SIGPIPE, SIG_IGN);
     for (const int signal : kEndSignals)

@@ -7,6 +7,8 @@
 #include <QMimeType>
 #include <QStandardPaths>
 #include <QStringList>
+#include <algorithm>
+#include <string_view>
 
 #include "framework/images.h"
 
@@ -35,22 +37,27 @@ QString LastPart(const QString& text) {
     return text.mid(text.lastIndexOf(u'.') + 1).toLower();
 }
 
+bool IsLiteral(QStringView pattern) {
+    constexpr QStringView kSpecial = u"*?[\\";
+    return std::ranges::none_of(pattern, [&](QChar letter) { return kSpecial.contains(letter); });
+}
+
 }  // namespace
 
-TypedNames::TypedNames() {
+NameRules::NameRules() {
     const QStringList folders = QStandardPaths::locateAll(
         QStandardPaths::GenericDataLocation, QStringLiteral("mime"), QStandardPaths::LocateDirectory);
     isWhole = !folders.isEmpty();
-    QStringList patterns;
+    QStringList otherPatterns;
     for (const QString& folder : folders)
-        AddRules(folder + QStringLiteral("/globs2"), patterns);
-    others.setPattern(patterns.join(u'|'));
-    others.setPatternOptions(QRegularExpression::CaseInsensitiveOption);
-    isWhole = isWhole && others.isValid();
+        AddRules(folder + QStringLiteral("/globs2"), otherPatterns);
+    patterns.setPattern(otherPatterns.join(u'|'));
+    patterns.setPatternOptions(QRegularExpression::CaseInsensitiveOption);
+    isWhole = isWhole && patterns.isValid();
 }
 
 // "weight:type:pattern" on each line, and perhaps flags.
-void TypedNames::AddRules(const QString& path, QStringList& patterns) {
+void NameRules::AddRules(const QString& path, QStringList& otherPatterns) {
     constexpr qsizetype kPatternField = 2;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
@@ -61,39 +68,53 @@ void TypedNames::AddRules(const QString& path, QStringList& patterns) {
         const QString line = QString::fromUtf8(file.readLine()).trimmed();
         const QString pattern = line.section(u':', kPatternField, kPatternField);
         if (line.startsWith(u'#') || pattern.isEmpty()) continue;
-        const QString ending = pattern.mid(2);
-        const bool isEnding = pattern.startsWith(u"*.") && !ending.contains(u'*') && !ending.contains(u'?') &&
-                              !ending.contains(u'[') && !ending.contains(u'\\');
-        if (isEnding)
-            endings.insert(LastPart(ending));
+        if (IsLiteral(pattern))
+            names.insert(pattern.toLower());
+        else if (pattern.startsWith(u"*.") && IsLiteral(pattern.sliced(2)))
+            endings.insert(LastPart(pattern));
         else
-            patterns.append(QRegularExpression::wildcardToRegularExpression(pattern));
+            otherPatterns.append(QRegularExpression::wildcardToRegularExpression(pattern));
     }
 }
 
-bool TypedNames::MayMatch(const QString& name) const {
-    if (!isWhole || endings.contains(LastPart(name))) return true;
-    return !others.pattern().isEmpty() && others.match(name).hasMatch();
+bool NameRules::MayMatchEnding(const QString& name) const {
+    return !isWhole || endings.contains(LastPart(name));
 }
 
-DesktopFileTypes::DesktopFileTypes() : before(SetFileTypes(this)) {
+bool NameRules::MayMatchOther(const QString& name) const {
+    if (!isWhole || names.contains(name.toLower())) return true;
+    return !patterns.pattern().isEmpty() && patterns.match(name).hasMatch();
+}
+
+DesktopFileTypes::DesktopFileTypes() : before(thePresenters.fileTypes.exchange(this)) {
     if (QIcon::fallbackThemeName().isEmpty()) QIcon::setFallbackThemeName(kUsualTheme);
 }
 
 DesktopFileTypes::~DesktopFileTypes() {
-    SetFileTypes(before);
+    thePresenters.fileTypes = before;
 }
 
 std::string DesktopFileTypes::TypeOfName(const std::string& hostName) const {
+    constexpr std::size_t kMostEndings = 4096;  // names come from disks that anyone may have written
     const QString name = QString::fromStdString(hostName);
-    static const TypedNames typedNames;  // read when the first name is asked about
-    if (!typedNames.MayMatch(name)) return {};
+    const std::lock_guard lock(mutex);
+    if (!rules) rules.emplace();
+    if (rules->MayMatchOther(name)) return Ask(name);
+    const std::size_t dot = hostName.find('.');
+    if (dot == hostName.npos || !rules->MayMatchEnding(name)) return {};
+    const std::string_view ending = std::string_view(hostName).substr(dot);
+    if (const auto known = typesOfEndings.find(ending); known != typesOfEndings.end()) return known->second;
+    if (typesOfEndings.size() >= kMostEndings) typesOfEndings.clear();
+    return typesOfEndings[std::string(ending)] = Ask(name);
+}
+
+std::string DesktopFileTypes::Ask(const QString& name) const {
     const QMimeType type = database.mimeTypeForFile(name, QMimeDatabase::MatchExtension);
     return type.isDefault() ? std::string() : type.name().toStdString();
 }
 
 std::string DesktopFileTypes::TextOf(const std::string& type) const {
-    const std::lock_guard lock(textsInUse);
+    const std::lock_guard lock(mutex);
     const auto [entry, isNew] = texts.try_emplace(type);
     if (isNew) entry->second = database.mimeTypeForName(QString::fromStdString(type)).comment().toStdString();
     return entry->second;

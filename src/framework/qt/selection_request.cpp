@@ -4,7 +4,6 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QHash>
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -21,8 +20,6 @@ using namespace std::chrono_literals;
 
 constexpr qsizetype kMostForms = 16'384;
 
-ClipboardOffer* current = nullptr;
-
 struct ReplyDeleter {
     void operator()(void* reply) const { std::free(reply); }
 };
@@ -36,15 +33,11 @@ xcb_connection_t* Connection() {
 }
 
 xcb_atom_t AtomOf(const QByteArray& name) {
-    static QHash<QByteArray, xcb_atom_t> known;
-    if (const auto found = known.constFind(name); found != known.constEnd()) return *found;
     xcb_connection_t* connection = Connection();
     const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
         connection, xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data()),
         nullptr));
-    const xcb_atom_t atom = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-    known.insert(name, atom);
-    return atom;
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 // Never shown: it is what the answer is put on.
@@ -159,7 +152,6 @@ void SelectionRequest::End(State newState) {
 }
 
 ClipboardOffer::ClipboardOffer() {
-    current = this;
     const QClipboard* clipboard = QGuiApplication::clipboard();
     whenChanged = QObject::connect(clipboard, &QClipboard::dataChanged, clipboard, [this] { Ask(); });
     Ask();
@@ -167,15 +159,12 @@ ClipboardOffer::ClipboardOffer() {
 
 ClipboardOffer::~ClipboardOffer() {
     QObject::disconnect(whenChanged);
-    current = nullptr;
-}
-
-ClipboardOffer* ClipboardOffer::Current() {
-    return current;
 }
 
 bool ClipboardOffer::Has(const QByteArray& form) const {
-    return !forms.empty() && std::ranges::find(forms, AtomOf(form)) != forms.end();
+    if (forms.empty()) return false;
+    if (!atoms.contains(form)) atoms.insert(form, AtomOf(form));
+    return std::ranges::find(forms, atoms[form]) != forms.end();
 }
 
 bool ClipboardOffer::Await() const {

@@ -9,6 +9,7 @@
 #include <QAbstractNativeEventFilter>
 #include <QByteArray>
 #include <QElapsedTimer>
+#include <QHash>
 #include <QMetaObject>
 #include <cstdint>
 #include <functional>
@@ -72,9 +73,6 @@ class ClipboardOffer {
     ClipboardOffer(const ClipboardOffer&) = delete;
     ClipboardOffer& operator=(const ClipboardOffer&) = delete;
 
-    // The application's; null while there is none, or no X server.
-    static ClipboardOffer* Current();
-
     // False while the owner has not said what it offers.
     bool Has(const QByteArray& form) const;
     // As SelectionRequest::Await. False: the owner does not answer.
@@ -87,6 +85,7 @@ class ClipboardOffer {
     QMetaObject::Connection whenChanged;
     std::unique_ptr<SelectionRequest> request;
     std::vector<std::uint32_t> forms;
+    mutable QHash<QByteArray, std::uint32_t> atoms;  // of the forms that were asked about
 };
 
 }  // namespace permora::qt

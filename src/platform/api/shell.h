@@ -71,7 +71,7 @@ extern "C" {
 DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD attributes, SHFILEINFOA* info, UINT infoSize, UINT flags);
 
 // Opens a file or folder, or an address ("http://", "https://", "mailto:"), with the program that the desktop
-// has for it; "shrpubw", with an owner, is the system's wizard for new shares (platform/share_wizard.h).
+// has for it; "shrpubw", with an owner, is the system's wizard for new shares (platform/presenters.h).
 // `operation` is "open" or null; `parameters` must be null. Returns more than 32 when the desktop took it
 // over, else why not: an error code below 31, or SE_ERR_NOASSOC for any other, which is the last error. On
 // Linux it waits up to a second for the desktop's refusal.
@@ -79,7 +79,7 @@ HINSTANCE WINAPI ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR
                                int showCommand);
 
 // Shows the properties of the object at `name`, a full path; `type` is SHOP_FILEPATH and `page` null. FALSE
-// when there is no such object. On Linux the sheet is that of platform/properties_presenter.h, and the call
+// when there is no such object. On Linux the sheet is that of platform/presenters.h, and the call
 // returns when it has been closed.
 BOOL WINAPI SHObjectProperties(HWND owner, DWORD type, LPCWSTR name, LPCWSTR page);
 

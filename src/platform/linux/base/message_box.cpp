@@ -1,4 +1,3 @@
-#include <atomic>
 #include <cstdio>
 #include <string_view>
 
@@ -7,40 +6,24 @@
 
 namespace {
 
-using permora::MessagePresenter;
-
 // For processes that have nobody to ask.
-class StandardErrorPresenter final : public MessagePresenter {
-  public:
-    int Present(HWND /*owner*/, const char* text, const char* caption, UINT type) override {
-        std::string_view line(text);
-        line = line.substr(0, line.find_last_not_of("\r\n ") + 1);  // system messages end in a line break
-        std::fprintf(stderr, "%s: %.*s\n", caption, static_cast<int>(line.size()), line.data());
-        return permora::SafestButton(type);
-    }
-};
-
-StandardErrorPresenter standardError;
-std::atomic<MessagePresenter*> currentPresenter = nullptr;
-
-}  // namespace
-
-namespace permora {
-
-MessagePresenter* SetMessagePresenter(MessagePresenter* presenter) {
-    return currentPresenter.exchange(presenter);
+int WriteToStandardError(const char* text, const char* caption, UINT type) {
+    std::string_view line(text);
+    line = line.substr(0, line.find_last_not_of("\r\n ") + 1);  // system messages end in a line break
+    std::fprintf(stderr, "%s: %.*s\n", caption, static_cast<int>(line.size()), line.data());
+    return permora::SafestButton(type);
 }
 
-}  // namespace permora
+}  // namespace
 
 int WINAPI MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
     if (permora::SafestButton(type) == 0) {
         SetLastError(ERROR_INVALID_MSGBOX_STYLE);
         return 0;
     }
-    MessagePresenter* presenter = currentPresenter.load();
-    if (presenter == nullptr) presenter = &standardError;
-    // Without a caption the SDK titles a box "Error".
-    return presenter->Present(owner, text != nullptr ? text : "", caption != nullptr ? caption : "Error",
-                              type);
+    if (text == nullptr) text = "";
+    if (caption == nullptr) caption = "Error";  // the SDK's title of a box without a caption
+    permora::MessagePresenter* presenter = permora::thePresenters.messages;
+    return presenter != nullptr ? presenter->Present(owner, text, caption, type)
+                                : WriteToStandardError(text, caption, type);
 }

@@ -1,5 +1,4 @@
 // SHFileOperationA and SHFileOperationW.
-#include <atomic>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,17 +23,6 @@ class SilentHost final : public FileOperationHost {
                                                                   : FileOperationAnswer::kNo;
     }
 };
-
-class SilentPresenter final : public FileOperationPresenter {
-  public:
-    void Present(HWND /*owner*/, const std::string& /*title*/, FileOperationJob& job) override {
-        SilentHost host;
-        job.Run(host);
-    }
-};
-
-SilentPresenter silentPresenter;
-std::atomic<FileOperationPresenter*> currentFileOperationPresenter = nullptr;
 
 std::string InCodePage(std::string_view text) {
     return std::string(text);
@@ -97,25 +85,20 @@ int RunOperation(Operation* operation) {
     const DWORD error = RequestOf(*operation, request);
     if (error != ERROR_SUCCESS) return static_cast<int>(error);
     FileOperation job(std::move(request));
-    FileOperationPresenter* presenter = currentFileOperationPresenter.load();
-    if (presenter == nullptr) presenter = &silentPresenter;
-    std::string title;
-    if (operation->lpszProgressTitle != nullptr) title = InCodePage(operation->lpszProgressTitle);
-    presenter->Present(operation->hwnd, title, job);
+    if (FileOperationPresenter* presenter = thePresenters.fileOperations) {
+        std::string title;
+        if (operation->lpszProgressTitle != nullptr) title = InCodePage(operation->lpszProgressTitle);
+        presenter->Present(operation->hwnd, title, job);
+    } else {
+        SilentHost host;
+        job.Run(host);
+    }
     operation->fAnyOperationsAborted = job.IsIncomplete() ? TRUE : FALSE;
     return static_cast<int>(job.FirstError());
 }
 
 }  // namespace
 }  // namespace permora::host
-
-namespace permora {
-
-FileOperationPresenter* SetFileOperationPresenter(FileOperationPresenter* presenter) {
-    return host::currentFileOperationPresenter.exchange(presenter);
-}
-
-}  // namespace permora
 
 int WINAPI SHFileOperationA(LPSHFILEOPSTRUCTA operation) {
     return permora::host::RunOperation(operation);

@@ -2,17 +2,14 @@
 
 #include <sys/stat.h>
 
-#include <atomic>
 #include <string_view>
 
+#include "platform/file_types.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/paths.h"
 
-namespace permora {
-namespace host {
+namespace permora::host {
 namespace {
-
-std::atomic<const FileTypes*> fileTypes = nullptr;
 
 // Of what a link leads to; one that leads nowhere stays a link.
 mode_t ModeBehindLink(const char* path, const std::string& hostName, mode_t mode) {
@@ -23,7 +20,7 @@ mode_t ModeBehindLink(const char* path, const std::string& hostName, mode_t mode
 }
 
 std::string TypeOfFile(const std::string& hostName, mode_t mode) {
-    const FileTypes* types = CurrentFileTypes();
+    const FileTypes* types = thePresenters.fileTypes;
     std::string type = types != nullptr ? types->TypeOfName(hostName) : "";
     if (!type.empty()) return type;
     return (mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0 ? "application/x-executable"
@@ -31,10 +28,6 @@ std::string TypeOfFile(const std::string& hostName, mode_t mode) {
 }
 
 }  // namespace
-
-const FileTypes* CurrentFileTypes() {
-    return fileTypes;
-}
 
 DWORD TypeOfObject(const char* path, std::string& type) {
     ObjectHandle object;
@@ -72,10 +65,4 @@ DWORD TypeOfObject(const char* path, std::string& type) {
     return ERROR_SUCCESS;
 }
 
-}  // namespace host
-
-const FileTypes* SetFileTypes(const FileTypes* types) {
-    return host::fileTypes.exchange(types);
-}
-
-}  // namespace permora
+}  // namespace permora::host

@@ -4,12 +4,8 @@
 #include <string>
 
 #include "platform/api/errors.h"
-#include "platform/file_types.h"
 
 namespace permora::host {
-
-// The types that are set (platform/file_types.h); null: none.
-const FileTypes* CurrentFileTypes();
 
 // The MIME type of the object that a path of platform/api/files.h names: from its kind, else from its name. A
 // link is of the type of what it leads to. 0 or an error code.

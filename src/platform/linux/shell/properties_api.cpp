@@ -1,36 +1,27 @@
 #include <string>
-#include <utility>
 
 #include "platform/api/errors.h"
 #include "platform/api/shell.h"
 #include "platform/linux/base/failure.h"
 #include "platform/linux/base/wide_text.h"
 #include "platform/linux/files/paths.h"
-#include "platform/properties_presenter.h"
+#include "platform/presenters.h"
 
-namespace permora {
-namespace host {
+namespace permora::host {
 namespace {
-
-PropertiesPresenter* propertiesPresenter = nullptr;
 
 DWORD ShowProperties(HWND owner, const std::string& path) {
     ObjectHandle object;
     const DWORD error = OpenObject(path.c_str(), object);
     if (error != ERROR_SUCCESS) return error;
-    if (propertiesPresenter == nullptr) return ERROR_NOT_SUPPORTED;
-    propertiesPresenter->Present(owner, path.c_str());
+    PropertiesPresenter* presenter = thePresenters.properties;
+    if (presenter == nullptr) return ERROR_NOT_SUPPORTED;
+    presenter->Present(owner, path.c_str());
     return ERROR_SUCCESS;
 }
 
 }  // namespace
-}  // namespace host
-
-PropertiesPresenter* SetPropertiesPresenter(PropertiesPresenter* presenter) {
-    return std::exchange(host::propertiesPresenter, presenter);
-}
-
-}  // namespace permora
+}  // namespace permora::host
 
 BOOL WINAPI SHObjectProperties(HWND owner, DWORD type, LPCWSTR name, LPCWSTR page) {
     using namespace permora::host;

@@ -8,11 +8,11 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/shell.h"
+#include "platform/file_types.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/shell/desktop_opener.h"
 #include "platform/linux/shell/object_type.h"
-#include "platform/linux/shell/share_wizard.h"
 #include "platform/utf8.h"
 
 namespace permora::host {
@@ -71,6 +71,16 @@ DWORD OpenHelp(std::string_view argument) {
     return OpenFile(file.c_str());
 }
 
+// What the system calls its wizard for new shares.
+constexpr std::string_view kShareWizardName = "shrpubw";
+
+DWORD RunShareWizard() {
+    void (*const wizard)() = thePresenters.shareWizard;
+    if (wizard == nullptr) return ERROR_FILE_NOT_FOUND;
+    wizard();
+    return ERROR_SUCCESS;
+}
+
 // The code that a shell service returns for a failure: what does not fit among the codes up to 31 is the
 // refusal.
 std::uintptr_t ShellError(DWORD error) {
@@ -106,7 +116,7 @@ DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD /*attributes*/, SHFILEINFOA* 
         SetLastError(error);
         return 0;
     }
-    const permora::FileTypes* types = CurrentFileTypes();
+    const permora::FileTypes* types = permora::thePresenters.fileTypes;
     const std::string text = types != nullptr ? types->TextOf(type) : "";
     if (text.empty()) {
         SetLastError(ERROR_NOT_FOUND);

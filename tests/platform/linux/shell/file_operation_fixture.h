@@ -31,8 +31,8 @@ inline std::string Shown(const std::string& hostPath) {
 
 class FileOperations : public testing::Test, public FileOperationPresenter, public FileOperationHost {
   protected:
-    FileOperations() { SetFileOperationPresenter(this); }
-    ~FileOperations() override { SetFileOperationPresenter(nullptr); }
+    FileOperations() { thePresenters.fileOperations = this; }
+    ~FileOperations() override { thePresenters.fileOperations = nullptr; }
 
     // Host paths. The code that the call returned.
     DWORD Run(UINT function, const std::vector<std::string>& sources, const std::string& target = {},

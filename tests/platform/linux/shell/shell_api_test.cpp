@@ -17,7 +17,6 @@
 #include "platform/file_types.h"
 #include "platform/linux/base/run_tool.h"
 #include "platform/linux/files/name_mapping.h"
-#include "platform/share_wizard.h"
 #include "platform/shell_icons.h"
 #include "tests/platform/linux/files/files_fixture.h"
 #include "tests/support/command.h"
@@ -91,8 +90,8 @@ class Shell : public OnDriveT {
 // Knows one ending, and calls a type by its own name.
 class KnownTypes : public FileTypes {
   public:
-    KnownTypes() : before(SetFileTypes(this)) {}
-    ~KnownTypes() override { SetFileTypes(before); }
+    KnownTypes() : before(thePresenters.fileTypes.exchange(this)) {}
+    ~KnownTypes() override { thePresenters.fileTypes = before; }
     KnownTypes(const KnownTypes&) = delete;
     KnownTypes& operator=(const KnownTypes&) = delete;
 
@@ -157,8 +156,8 @@ TEST_F(Shell, OpensFilesOfAnyNameWithTheDesktopsProgram) {
 
 // The program's own request has a window behind it, the opening of a file has none.
 TEST_F(Shell, TellsTheShareWizardFromAFileOfItsName) {
-    int runs = 0;
-    SetShareWizard([&] { ++runs; });
+    static int runs = 0;
+    thePresenters.shareWizard = [] { ++runs; };
     MakeFile("shrpubw");
     EXPECT_EQ(Open("shrpubw"), SE_ERR_NOASSOC) << "what no program is chosen for";
     EXPECT_EQ(runs, 0);
@@ -167,7 +166,7 @@ TEST_F(Shell, TellsTheShareWizardFromAFileOfItsName) {
         ShellExecuteA(reinterpret_cast<HWND>(&window), "open", "shrpubw", nullptr, nullptr, SW_SHOW));
     EXPECT_GT(answer, 32U);
     EXPECT_EQ(runs, 1);
-    SetShareWizard({});
+    thePresenters.shareWizard = nullptr;
 }
 
 TEST_F(Shell, SaysWhyItOpensNothing) {
