@@ -31,7 +31,8 @@ void EndWithoutDisplay(int exitCode, void* /*argument*/) {
     std::_Exit(exitCode);
 }
 
-// Ends all loops, in which windows may stand that refuse to be closed; whoever ran them waits for its work.
+// Ends all loops, also those of windows that refuse to be closed. The callers of the loops wait for their
+// work.
 void EndToolkit() {
     thePresenters.messages = nullptr;
     StopAllWork(std::chrono::milliseconds(0));

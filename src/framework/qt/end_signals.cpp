@@ -54,7 +54,7 @@ EndSignals::EndSignals(std::function<void()> end) : notifier(OpenEndDescriptor()
         notifier.setEnabled(false);
         end();
     });
-    // Who reads what the program says on a pipe may have ended at the same signal.
+    // The reader of a pipe may have ended at the same signal.
     std::signal(SIGPIPE, SIG_IGN);
     for (const int signal : kEndSignals)
         Handle(signal);

@@ -1,4 +1,4 @@
-// The signals by which a session, a terminal or an administrator tells a program to end.
+// The signals by which a session, a terminal or an administrator ends a program.
 #pragma once
 
 #include <QSocketNotifier>

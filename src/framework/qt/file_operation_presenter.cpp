@@ -95,7 +95,7 @@ class Presentation final : public FileOperationHost {
         while (!hasEnded && !IsShown())
             loop.processEvents(EventsServed() | QEventLoop::WaitForMoreEvents);
         if (!hasEnded) loop.exec(QEventLoop::DialogExec);
-        // The program was told to end, which ends all loops.
+        // The program is about to end, which ends all loops.
         isCancelled = true;
         while (!hasEnded)
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);

@@ -40,7 +40,7 @@ xcb_atom_t AtomOf(const QByteArray& name) {
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
-// Never shown: it is what the answer is put on.
+// Never shown: the answer is put on it.
 xcb_window_t MakeWindow(xcb_connection_t* connection) {
     const xcb_window_t window = xcb_generate_id(connection);
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
@@ -83,7 +83,7 @@ SelectionRequest::~SelectionRequest() {
 SelectionRequest::State SelectionRequest::Await(const std::unique_ptr<SelectionRequest>& request) {
     constexpr std::chrono::milliseconds kBetweenPaintings = 2ms;
     constexpr std::chrono::milliseconds kPatience = 3s;
-    constexpr std::chrono::milliseconds kLongest = 60s;  // for whoever answers in small pieces
+    constexpr std::chrono::milliseconds kLongest = 60s;  // for an owner that answers in small pieces
     if (request->state != State::kWaiting) return request->state;
     request->sinceLastSign.start();
     QElapsedTimer sinceStart;

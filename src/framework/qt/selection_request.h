@@ -27,7 +27,7 @@ bool HasSelections();
 
 enum class SelectionKind { kClipboard, kPrimary };
 
-// One question and the answer to it, which the user-interface thread's events bring.
+// One request and its answer, which comes as an event of the user-interface thread.
 class SelectionRequest : public QAbstractNativeEventFilter {
   public:
     enum class State { kWaiting, kGiven, kRefused };
@@ -75,7 +75,7 @@ class ClipboardOffer {
 
     // False while the owner has not said what it offers.
     bool Has(const QByteArray& form) const;
-    // As SelectionRequest::Await. False: the owner does not answer.
+    // As SelectionRequest::Await. False: the owner has been silent.
     bool Await() const;
 
   private:

@@ -18,7 +18,7 @@ struct TextBuffer {
     LPSTR text;
     LPDWORD size;
 
-    // No text means no room, whatever its size says.
+    // Without a buffer there is no room, whatever its size.
     bool Holds(std::string_view value) const { return text != nullptr && *size > value.size(); }
     void Store(std::string_view value) const {
         std::memcpy(text, value.data(), value.size());

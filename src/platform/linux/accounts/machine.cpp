@@ -46,8 +46,8 @@ std::string HostName() {
     return IsPlainAccountName(name) ? name : "LOCALHOST";
 }
 
-// What Samba says of the machine; nothing when it has no databases here. Where the database of the machine's
-// secrets is missing its tools would tell of an identity made up for the answer, so they are not asked.
+// The machine as Samba knows it; nothing when Samba has no databases here. Where the database of the
+// machine's secrets is missing, its tools would make an identity up, so they are not run.
 std::optional<Machine> AskSambaAboutMachine() {
     if (!FindTool("net")) return std::nullopt;
     const SambaPlaces& places = ThisMachinesSambaPlaces();

@@ -95,7 +95,7 @@ class Memberships {
         return user ? AddUser(*user) : ERROR_SUCCESS;
     }
 
-    // Without Samba's groups the rest would be half an answer.
+    // Without Samba's groups the list would be incomplete.
     DWORD LearnSambaGroups() {
         const AccountSource source = ThisMachine().source;
         if (source == AccountSource::kHidden) return ERROR_ACCESS_DENIED;

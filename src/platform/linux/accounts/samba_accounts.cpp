@@ -42,7 +42,7 @@ std::vector<SambaAccount> ListGroups(const Machine& machine) {
 SambaAliases ListAliases() {
     SambaAliases aliases;
     const std::vector<SambaAccount>& groups = AllSambaAccounts(AccountKind::kGroup).All();
-    // There is one at least, where the tool answers.
+    // A tool that works lists one at least.
     if (groups.empty()) aliases.error = ERROR_NO_SUCH_DOMAIN;
     for (const SambaAccount& group : groups) {
         if (group.use != nt::SidUse::kAlias) continue;

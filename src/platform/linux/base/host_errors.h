@@ -5,7 +5,7 @@
 
 namespace permora::host {
 
-// The error code that says the same as `errorNumber` (an errno value, not 0). Numbers without a counterpart
+// The error code with the meaning of `errorNumber` (an errno value, not 0). Numbers without a counterpart
 // give ERROR_IO_DEVICE.
 DWORD ErrorFromErrno(int errorNumber);
 

@@ -6,7 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// Debian 12's version of this header forgets to say so itself.
+// Debian 12's version of this header lacks it.
 extern "C" {
 #include <sys/pidfd.h>
 }
@@ -88,7 +88,7 @@ DWORD RunTool(const std::string& name, const std::vector<std::string>& arguments
     const UniqueFd source(ends[0]);
     UniqueFd target(ends[1]);
     pid_t child = -1;
-    // Tools must speak the language that their answers are read in.
+    // The tools' output is parsed in one language.
     const int problem = SpawnPlan(target.Get(), SpawnPlan::Ties::kOwnGroup)
                             .Start(*path, arguments, {"LC_ALL=C", kToolPath}, child);
     if (problem != 0) return ErrorFromErrno(problem);

@@ -30,7 +30,7 @@ class LayeredKey {
     // The key at `subPath` below this one; the key itself when that is empty.
     LayeredKey Below(const std::string& subPath) const;
 
-    // All answer with 0 or an error code. A later layer is not read when an earlier one has the answer.
+    // All return 0 or an error code. A later layer is read only when the earlier ones do not have the value.
     DWORD Exists(bool& exists) const;
     // ERROR_FILE_NOT_FOUND, or ERROR_BADDB for a damaged value.
     DWORD Query(const std::string& name, RegistryValue& value) const;

@@ -69,7 +69,7 @@ bool IsDenied(int errorNumber) {
     return errorNumber == EACCES || errorNumber == EPERM;
 }
 
-// Where tools keep what they say to a server and to one another: these are theirs alone.
+// Where tools exchange messages with a server and with one another: each tool gets its own.
 bool IsTalk(std::string_view name) {
     return name == "." || name == ".." || name.starts_with("msg.");
 }
@@ -129,7 +129,8 @@ DWORD SambaMirror::AddPrivate(const SambaPlaces& places) {
 }
 
 DWORD SambaMirror::AddUserShareFolder() {
-    // Whose folder may hold such shares, Samba tells by its mode, which the caller's umask is not to change.
+    // Samba decides by the folder's mode whether it may hold such shares, so the caller's umask must not
+    // change it.
     constexpr mode_t kUsualMode = 01770;
     const std::string folder = UserShareFolder();
     if (const DWORD error = MakeFolder(folder); error != ERROR_SUCCESS) return error;

@@ -26,7 +26,7 @@ class SambaMirror {
     SambaMirror& operator=(const SambaMirror&) = delete;
     ~SambaMirror();
 
-    // All answer with 0 or an error code, ERROR_TIMEOUT when a database stays locked for ten seconds.
+    // All return 0 or an error code, ERROR_TIMEOUT when a database stays locked for ten seconds.
 
     // The folder, in which Samba seems never to have run. Once, before anything else.
     DWORD Make();

@@ -72,7 +72,7 @@ DWORD WriteConfiguration(const std::string& path, const std::string& text) {
     return file ? ERROR_SUCCESS : ErrorFromErrno(errno);
 }
 
-// Leaves `folder` as it is where Samba does not tell.
+// Leaves `folder` as it is where Samba does not give it.
 DWORD FindStateFolder(std::string& folder) {
     std::ifstream source(kSambaConfiguration, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(source), std::istreambuf_iterator<char>()};

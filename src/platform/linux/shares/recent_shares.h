@@ -14,8 +14,8 @@ enum class Freshness {
     kRecent,  // at most two seconds old
 };
 
-// Whoever lists thousands of shares asks about each of them next: then the provider is asked once, not for
-// each. A change made through this object is seen at once. May be used by several threads.
+// A listing of thousands of shares is followed by a call for each of them: the provider is then asked once. A
+// change made through this object is seen at once. May be used by several threads.
 class RecentShares {
   public:
     // The provider must outlive this object.

@@ -12,7 +12,7 @@
 
 namespace permora::host {
 
-// All answer with 0 or an error code: ERROR_SERVICE_DEPENDENCY_DELETED when the tool is not installed,
+// All return 0 or an error code: ERROR_SERVICE_DEPENDENCY_DELETED when the tool is not installed,
 // ERROR_ACCESS_DENIED when it failed and we are not root, NERR_InternalError when it failed for root, else as
 // AskSamba (samba_questions.h). On failure outputs are as they were.
 

@@ -24,7 +24,7 @@ struct UserShareFile {
 // scripts, and belongs to its maker, who thereby vouches for the shared folder. Whoever may make such shares
 // may put files of any name there; the server reaches none whose name has capitals.
 //
-// All answer with 0 or an error code; on failure outputs and files are as they were.
+// All return 0 or an error code; on failure outputs and files are as they were.
 class UserShareFolder {
   public:
     // ERROR_FILE_READ_ONLY where users may make no shares.

@@ -115,7 +115,7 @@ DWORD AclOf(const std::vector<std::uint8_t>& descriptor, std::string& acl) {
     return ERROR_SUCCESS;
 }
 
-// How the tool is told of a share.
+// The tool's arguments for a share.
 DWORD AddingArguments(const std::string& name, const std::string& hostPath, const std::string& remark,
                       const std::string& acl, bool allowsGuests, std::vector<std::string>& arguments) {
     if (name.size() + hostPath.size() + remark.size() + acl.size() > kLongestTexts)

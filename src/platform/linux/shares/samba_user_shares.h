@@ -9,7 +9,7 @@
 
 namespace permora::host {
 
-// All answer with 0 or an error code.
+// All return 0 or an error code.
 
 // Shares that users made for themselves. Left out are those that the server does not serve either, because
 // their folder is gone or their file is damaged. None where there can be none, or they are not for our eyes.

@@ -50,7 +50,7 @@ MachineShares& Shares() {
     return shares;
 }
 
-// One share with all that the level tells.
+// One share with all that the level holds.
 DWORD FindShare(LPCWSTR name, DWORD level, Share& share) {
     const bool needsDescriptor = level == kLevelWithDescriptor;
     Share found;

@@ -31,7 +31,7 @@ struct ShareChange {
     std::optional<std::vector<std::uint8_t>> descriptor;
 };
 
-// All answer with 0 or an error code. Names have no letter case: a name need not be the share's own spelling.
+// All return 0 or an error code. Names have no letter case: a name need not be the share's own spelling.
 // On failure outputs are as they were.
 class ShareProvider {
   public:

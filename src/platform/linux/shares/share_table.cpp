@@ -121,7 +121,7 @@ DWORD ShareTable::List(std::vector<Share>& shares) const {
     const DWORD error = MachineStore().Read(document);
     if (error != ERROR_SUCCESS) return error;
     std::vector<Share> found;
-    std::set<std::u16string> known;  // the registry tells "Ä" from "ä"
+    std::set<std::u16string> known;  // to the registry "Ä" and "ä" are two keys
     for (const RegistryValue& value : document.ValuesOf(kSharesKey)) {
         std::optional<Share> share = IsPlainAccountName(value.name) ? ShareOf(value) : std::nullopt;
         if (share && known.insert(ShareKey(share->name)).second) found.push_back(*std::move(share));

@@ -54,7 +54,7 @@ DWORD OpenFile(const char* file) {
     return page.empty() ? error : OpenWithDesktop(page);
 }
 
-// "C:\a\help.chm::/page.html". Viewers of Linux are not told a page, so the page beside the file comes first.
+// "C:\a\help.chm::/page.html". Viewers of Linux take no page, so the page beside the file comes first.
 DWORD OpenHelp(std::string_view argument) {
     constexpr std::string_view kPageMark = "::/";
     const std::size_t mark = argument.find(kPageMark);

@@ -30,7 +30,7 @@ struct Clash {
     ObjectHandle object;
 };
 
-// Functions that can fail answer with 0 or an error code.
+// Functions that can fail return 0 or an error code.
 class TargetFolder {
   public:
     // A folder that is there already.
@@ -59,7 +59,7 @@ class TargetFolder {
     // something is put into it that is not whole yet.
     void SweepOnce();
 
-    // To be told what the folder got.
+    // Remembers what the folder got.
     void Took(const std::string& hostName, const ObjectHandle& object);
     // Whether the folder got it from this operation, as of two names that the volume takes for one.
     bool HasTaken(const ObjectHandle& object) const;
