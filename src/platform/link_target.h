@@ -1,4 +1,4 @@
-// Where links lead: a service of our own for the sheet of properties_presenter.h. On Windows the shell's
+// Where links lead: a service of our own for the sheet of PropertiesPresenter. On Windows the shell's
 // sheet asks for itself, and this header has nothing behind it.
 #pragma once
 

@@ -1,4 +1,4 @@
-// How much is in a folder: a service of our own for the sheet of properties_presenter.h. On Windows the
+// How much is in a folder: a service of our own for the sheet of PropertiesPresenter. On Windows the
 // shell's sheet counts for itself, and this header has nothing behind it.
 #pragma once
 
