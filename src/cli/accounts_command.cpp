@@ -1,9 +1,9 @@
-#include "cli/accounts_command.h"
-
+// accounts: the accounts that this machine knows.
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "cli/commands.h"
 #include "cli/json_output.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
@@ -14,27 +14,36 @@
 namespace permora {
 namespace {
 
+class AccountsCommand : public Command {
+  public:
+    explicit AccountsCommand(const CommandParent& parent)
+        : Command(parent, "accounts", "List the accounts that this machine knows") {}
+
+    ExitCode Run() override;
+
+  private:
+    TextOption find{*this, "--find", "TEXT", "Only those in whose name, SID or type this text stands"};
+    JsonFlag json{*this, JsonShape::kArray};
+};
+
 bool Contains(std::string_view text, std::string_view part) {
     return InLowerCase(text).find(InLowerCase(part)) != std::string::npos;
 }
 
-}  // namespace
-
-bool RunAccounts(const Arguments& arguments, ConsoleMessages& messages) {
+ExitCode AccountsCommand::Run() {
     std::vector<AccountRecord> accounts;
     if (const Outcome outcome = FindLocalAccounts(accounts); !outcome.IsDone()) {
         messages.Say(outcome);
-        return false;
+        return ExitCode::kSomeFailed;
     }
+    const std::string wanted = find.Text().value_or("");
     Json array = Json::array();
     std::vector<std::vector<std::string>> table = {{"Name", "Type", "SID"}};
     for (AccountRecord& account : accounts) {
         const std::string name = QualifiedAccountName(account.domain, account.name);
         const std::string type = AccountTypeText(account.use);
         const std::string sid = account.GetSidText();
-        const bool isWanted =
-            Contains(name, arguments.find) || Contains(sid, arguments.find) || Contains(type, arguments.find);
-        if (!isWanted) continue;
+        if (!Contains(name, wanted) && !Contains(sid, wanted) && !Contains(type, wanted)) continue;
         table.push_back({name, type, sid});
         array.push_back({{"account", name},
                          {"name", account.name},
@@ -42,11 +51,17 @@ bool RunAccounts(const Arguments& arguments, ConsoleMessages& messages) {
                          {"type", type},
                          {"sid", sid}});
     }
-    if (arguments.format == ShowFormat::kJson)
+    if (json)
         PrintJson(array);
     else
         Print(AlignedTable(table, ""));
-    return true;
+    return ExitCode::kDone;
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeAccounts(const CommandParent& parent) {
+    return std::make_unique<AccountsCommand>(parent);
 }
 
 }  // namespace permora

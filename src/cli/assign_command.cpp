@@ -1,12 +1,14 @@
-#include "cli/assign_command.h"
-
+// assign: gives an account exactly these rights, as the security wizard does.
 #include <optional>
-#include <span>
 #include <utility>
 
+#include "cli/account_option.h"
+#include "cli/commands.h"
 #include "cli/list_change.h"
 #include "cli/listing.h"
+#include "cli/object_command.h"
 #include "cli/rights_left.h"
+#include "cli/rights_options.h"
 #include "cli/terminal_output.h"
 #include "platform/api/errors.h"
 #include "security/access_rights.h"
@@ -42,51 +44,6 @@ struct NewLists {
     NewList forFiles;
 };
 
-// The new rights of the first object's accounts; nothing after a message. What the object would lose is asked
-// here, so that nothing is touched when it may not be changed itself. `object` is what it had when all this
-// began.
-std::optional<AccountRights> MakeRights(const Arguments& arguments, const AccountRecord& account,
-                                        const HeldObject& first, ObjectSecurity& object,
-                                        ConsoleMessages& messages) {
-    AccountRights rights;
-    ReadParts list;
-    if (!ReadForChange(first, object, messages)) return std::nullopt;
-    if (const Outcome outcome = LoadAccountsFromItem(first, rights, list); !outcome.IsDone()) {
-        messages.Say(outcome);
-        return std::nullopt;
-    }
-    if (list.dacl == nullptr) {
-        messages.Say("Object's access control list is null (All access is allowed)");
-        return std::nullopt;
-    }
-    if (!MayReplace(LossesOf(object), arguments, messages)) return std::nullopt;
-    const std::size_t index = rights.Add(account);
-    rights.Select(index);
-    rights.ApplyCombination(arguments.rights);
-    rights.Select(index);  // the boxes show what was written, not what was ticked
-    if (!HasRights(rights, arguments.rights, messages)) return std::nullopt;
-    return rights;
-}
-
-bool MakeList(HMODULE library, const AccountRights& rights, ItemKind kind, NewList& list,
-              ConsoleMessages& messages) {
-    list.entries = rights.Entries(kind);
-    list.dacl = BuildWholeDacl(library, list.entries, messages);
-    return list.dacl != nullptr;
-}
-
-// Nothing after a message.
-std::optional<NewLists> MakeLists(const Arguments& arguments, const AccountRecord& account,
-                                  const HeldObject& first, ObjectSecurity& object, HMODULE library,
-                                  ConsoleMessages& messages) {
-    const std::optional<AccountRights> rights = MakeRights(arguments, account, first, object, messages);
-    NewLists lists;
-    if (!rights || !MakeList(library, *rights, ItemKind::kFolder, lists.forFolders, messages) ||
-        !MakeList(library, *rights, ItemKind::kFile, lists.forFiles, messages))
-        return std::nullopt;
-    return lists;
-}
-
 // Makes the object what it would be, with the new list, which `dacl` then holds, and what it goes on to
 // inherit; false after a message.
 bool Preview(HMODULE library, std::vector<AccessEntry> entries, ObjectSecurity& object,
@@ -102,67 +59,167 @@ bool Preview(HMODULE library, std::vector<AccessEntry> entries, ObjectSecurity& 
     return true;
 }
 
+class AssignCommand : public ObjectCommand {
+  public:
+    explicit AssignCommand(const CommandParent& parent)
+        : ObjectCommand(
+              parent, "assign",
+              "Give an account these rights and no others, as the security wizard does: the\n"
+              "first object's own entries, with this change, replace those of every object.\n"
+              "What an object inherits stays; a right that comes from above is taken away by\n"
+              "denying it. Only entries that name the account itself are changed; what it has\n"
+              "then, and through which entries, is told of each object.\n"
+              "\"Full control\" and \"Allow all\" add nothing to rights that come from above; where\n"
+              "some would be missing, nothing is changed: 0xf01ff gives each right by itself") {}
+
+    std::string Interpret() override;
+
+  private:
+    ExitCode Begin(const std::vector<Target>& targets) override;
+    bool Do(const Target& target) override;
+    bool End() override;
+
+    std::optional<AccountRights> MakeRights(const HeldObject& held, ObjectSecurity& object);
+    bool MakeList(const AccountRights& rights, ItemKind kind, NewList& list);
+    bool MakeLists(const HeldObject& held, ObjectSecurity& object);
+    ChangeResult TellRightsLeft(const HeldObject& held);
+    ChangeResult GiveList(const Target& target, const HeldObject& held, ObjectSecurity& object);
+    bool Assign(const Target& target);
+
+    ChangeOptions options{*this,
+                          "Change even an object without any access list, which allows everyone everything;\n"
+                          "the first one must have a list, since all get what is made of it"};
+    AccountOption account{*this};
+    Choice choice{*this};
+    CombinationOption combination{choice};
+    RightsOption rights{choice, Presence::kOptional};
+
+    // All that the account is to have; kFullControlAsOne for full control as a whole, as the wizard ticks it.
+    DWORD wanted = 0;
+    UniqueLibrary library;
+    std::optional<NewLists> lists;  // once they are made of the first object's
+    const Target* first = nullptr;
+    bool isFirstDone = false;
+};
+
+std::string AssignCommand::Interpret() {
+    if (std::string problem = ObjectCommand::Interpret(); !problem.empty()) return problem;
+    if ((rights.Mask() & ~FULL_CONTROL_RIGHTS) != 0)
+        return "--rights: assign knows single rights only, no generic ones";
+    wanted = combination.Mask().value_or(rights.NamesAll() ? kFullControlAsOne : rights.Mask());
+    return {};
+}
+
+// The new rights of the first object's accounts; nothing after a message. What the object would lose is asked
+// here, so that nothing is touched when it may not be changed itself. `object` is what it had when all this
+// began.
+std::optional<AccountRights> AssignCommand::MakeRights(const HeldObject& held, ObjectSecurity& object) {
+    AccountRights made;
+    ReadParts list;
+    if (!ReadForChange(held, object, messages)) return std::nullopt;
+    if (const Outcome outcome = LoadAccountsFromItem(held, made, list); !outcome.IsDone()) {
+        messages.Say(outcome);
+        return std::nullopt;
+    }
+    if (list.dacl == nullptr) {
+        messages.Say("Object's access control list is null (All access is allowed)");
+        return std::nullopt;
+    }
+    if (!MayReplace(LossesOf(object.dacl, object.entries), options.Choices(), messages)) return std::nullopt;
+    const std::size_t index = made.Add(account.Account());
+    made.Select(index);
+    made.ApplyCombination(wanted);
+    made.Select(index);  // the boxes show what was written, not what was ticked
+    if (!HasRights(made, wanted, messages)) return std::nullopt;
+    return made;
+}
+
+bool AssignCommand::MakeList(const AccountRights& made, ItemKind kind, NewList& list) {
+    list.entries = made.Entries(kind);
+    list.dacl = BuildWholeDacl(library.get(), list.entries, messages);
+    return list.dacl != nullptr;
+}
+
+// Makes `lists`; none after a message.
+bool AssignCommand::MakeLists(const HeldObject& held, ObjectSecurity& object) {
+    lists.reset();
+    const std::optional<AccountRights> made = MakeRights(held, object);
+    NewLists all;
+    if (!made || !MakeList(*made, ItemKind::kFolder, all.forFolders) ||
+        !MakeList(*made, ItemKind::kFile, all.forFiles))
+        return false;
+    lists = std::move(all);
+    return true;
+}
+
 // Says what a written list leaves to the account, which may be more than was assigned: by its groups, by its
 // other SIDs and from above. Fails after a message.
-ChangeResult TellRightsLeft(const HeldObject& held, AccountRecord& account, ConsoleMessages& messages) {
+ChangeResult AssignCommand::TellRightsLeft(const HeldObject& held) {
     ObjectSecurity object;
     if (!ReadList(held, object, messages)) return ChangeResult::kFailed;
-    Print(RightsLeftText(object.dacl, account));
+    Print(RightsLeftText(object.dacl, account.Account()));
     return ChangeResult::kDone;
 }
 
 // `object` is what `held` had when it was read.
-ChangeResult GiveList(const Arguments& arguments, AccountRecord& account, const Target& target,
-                      const HeldObject& held, ObjectSecurity& object, HMODULE library, const NewLists& lists,
-                      ConsoleMessages& messages) {
-    const NewList& list = held.IsFolder() ? lists.forFolders : lists.forFiles;
-    if (!arguments.dryRun) {
+ChangeResult AssignCommand::GiveList(const Target& target, const HeldObject& held, ObjectSecurity& object) {
+    const NewList& list = held.IsFolder() ? lists->forFolders : lists->forFiles;
+    if (options.Choices().mode == ChangeMode::kWrite) {
         const ChangeResult result = WriteDacl(target, held, object, std::nullopt, list.dacl.get(), messages);
-        return result == ChangeResult::kDone ? TellRightsLeft(held, account, messages) : result;
+        return result == ChangeResult::kDone ? TellRightsLeft(held) : result;
     }
     const std::string before = StateText(target, "before", object, RemarksOn(object));
     UniqueLocal<ACL> dacl;
-    if (!Preview(library, list.entries, object, dacl, messages)) return ChangeResult::kFailed;
+    if (!Preview(library.get(), list.entries, object, dacl, messages)) return ChangeResult::kFailed;
     Print(before + StateText(target, "after", object, RemarksOn(object)) +
-          RightsLeftText(object.dacl, account));
+          RightsLeftText(object.dacl, account.Account()));
     return ChangeResult::kDone;
+}
+
+// The first object's list is made and written in one turn.
+bool AssignCommand::Assign(const Target& target) {
+    ChangeTurn turn;
+    if (!turn.Begin(target, options.Choices().mode, messages)) return false;
+    while (turn.TryAgain(messages)) {
+        const HeldObject& held = turn.Object();
+        ObjectSecurity object;
+        const bool isReady = &target == first ? MakeLists(held, object)
+                                              : ReadForChange(held, object, messages) &&
+                                                    MayReplace(LossesOf(object.dacl, object.entries),
+                                                               options.Choices(), messages);
+        if (!isReady) return false;
+        const ChangeResult result = GiveList(target, held, object);
+        if (result != ChangeResult::kOutOfDate) return result == ChangeResult::kDone;
+    }
+    return false;
+}
+
+ExitCode AssignCommand::Begin(const std::vector<Target>& targets) {
+    library = LoadAccessListLibrary();
+    messages.SetSubject(Paths().front());
+    // Of another object's list the others would become something else than was asked for.
+    if (!targets.empty() && targets.front().argument == Paths().front()) {
+        first = &targets.front();
+        isFirstDone = Assign(*first);
+    }
+    if (lists) return ExitCode::kDone;
+    messages.Say("nothing was changed, since all would get the list that is made of this one's");
+    return ExitCode::kSomeFailed;
+}
+
+bool AssignCommand::Do(const Target& target) {
+    return &target == first ? isFirstDone : Assign(target);
+}
+
+bool AssignCommand::End() {
+    Print(std::string(kNotConsidered) + '\n');
+    return true;
 }
 
 }  // namespace
 
-bool RunAssign(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
-               ConsoleMessages& messages) {
-    std::optional<NewLists> lists;
-    bool allDone = true;
-    AccountRecord shown = account;
-    const UniqueLibrary library = LoadAccessListLibrary();
-    // The first object's list is made and written in one turn.
-    const auto makeAndWrite = [&](const HeldObject& first) {
-        ObjectSecurity object;
-        lists = MakeLists(arguments, account, first, object, library.get(), messages);
-        if (!lists) return ChangeResult::kFailed;
-        return GiveList(arguments, shown, targets.front(), first, object, library.get(), *lists, messages);
-    };
-    messages.SetSubject(arguments.paths.front());
-    // Of another object's list the others would become something else than was asked for.
-    if (!targets.empty() && targets.front().argument == arguments.paths.front())
-        allDone = ChangeInTurn(arguments, targets.front(), makeAndWrite, messages);
-    if (!lists) {
-        messages.Say("nothing was changed, since all would get the list that is made of this one's");
-        return false;
-    }
-    for (const Target& target : std::span(targets).subspan(1)) {
-        messages.SetSubject(target.argument);
-        const auto write = [&](const HeldObject& held) {
-            ObjectSecurity object;
-            if (!ReadForChange(held, object, messages) || !MayReplace(LossesOf(object), arguments, messages))
-                return ChangeResult::kFailed;
-            return GiveList(arguments, shown, target, held, object, library.get(), *lists, messages);
-        };
-        allDone = ChangeInTurn(arguments, target, write, messages) && allDone;
-    }
-    Print(std::string(kNotConsidered) + '\n');
-    return allDone;
+std::unique_ptr<Command> MakeAssign(const CommandParent& parent) {
+    return std::make_unique<AssignCommand>(parent);
 }
 
 }  // namespace permora

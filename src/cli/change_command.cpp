@@ -1,65 +1,107 @@
 #include "cli/change_command.h"
 
-#include "cli/entry_edits.h"
-#include "cli/list_change.h"
 #include "cli/listing.h"
+#include "cli/share_listing.h"
 #include "cli/terminal_output.h"
-#include "platform/api/errors.h"
-#include "security/account_lookup.h"
+#include "cli/terminal_text.h"
 
 namespace permora {
 namespace {
 
-ChangeResult ChangeObject(const Arguments& arguments, const AccountRecord& account, const Target& target,
-                          const HeldObject& held, HMODULE library, ConsoleMessages& messages) {
-    ObjectSecurity object;
-    if (!ReadForChange(held, object, messages)) return ChangeResult::kFailed;
-    const DaclInheritance inheritanceBefore = *object.inheritance;
-    const Losses losses = LossesOf(object);
-    std::string preview;
-    if (arguments.dryRun) preview = StateText(target, "before", object, RemarksOn(object));
+std::string StateOfShare(const std::string& name, const char* moment, PACL dacl, AccessEntryList& entries) {
+    return PrintableText(name) + ' ' + moment + ":\n" + RemarkLines(RemarksOn(dacl, entries)) +
+           RowsText(entries);
+}
 
-    const EntryPlace place = held.IsFolder() ? EntryPlace::kFolder : EntryPlace::kFile;
-    const EditResult result = EditObject(arguments, account, target, place, object, messages);
-    if (result == EditResult::kNothingToDo) return ChangeResult::kDone;
-    if (result != EditResult::kChanged || !MayReplace(losses, arguments, messages))
-        return ChangeResult::kFailed;
-    DropOtherEntries(object.entries);
-    const UniqueLocal<ACL> dacl = BuildWholeDacl(library, object.entries.Entries(), messages);
-    if (!dacl) return ChangeResult::kFailed;
-    if (!arguments.dryRun) return WriteDacl(target, held, object, object.inheritance, dacl.get(), messages);
-
-    object.dacl = dacl.get();
-    const bool inheritsAnew =
-        *object.inheritance != inheritanceBefore && arguments.inheritance == InheritanceChange::kOn;
-    const std::vector<std::string> parentsPart = {"the entries that the parent hands down come to these"};
-    Print(preview + StateText(target, "after", object, inheritsAnew ? parentsPart : RemarksOn(object)));
-    return ChangeResult::kDone;
+EntryPlace PlaceOf(const Target& target, const HeldObject& object) {
+    if (target.place == PlaceKind::kDrives) return EntryPlace::kDrive;
+    return object.IsFolder() ? EntryPlace::kFolder : EntryPlace::kFile;
 }
 
 }  // namespace
 
-DWORD FindAccount(const std::string& text, AccountRecord& account) {
-    // Only a text of this form: the two-letter abbreviations of SIDs could be names of users.
-    if (!text.starts_with("S-") && !text.starts_with("s-")) return LookupAccountByName(text.c_str(), account);
-    PSID found = nullptr;
-    if (ConvertStringSidToSidA(text.c_str(), &found) == FALSE) return GetLastError();
-    const UniqueLocal<void> sid(found);
-    return account.SetSid(sid.get()) ? ERROR_SUCCESS : ERROR_INVALID_SID;
+void ChangeCommand::SayOnce(const std::string& text) {
+    if (said != text) messages.Say(text);
+    said = text;
 }
 
-bool RunChange(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
-               ConsoleMessages& messages) {
-    const UniqueLibrary library = LoadAccessListLibrary();
-    bool allDone = true;
-    for (const Target& target : targets) {
-        messages.SetSubject(target.argument);
-        const auto attempt = [&](const HeldObject& object) {
-            return ChangeObject(arguments, account, target, object, library.get(), messages);
-        };
-        allDone = ChangeInTurn(arguments, target, attempt, messages) && allDone;
+ExitCode ChangeCommand::Begin(const std::vector<Target>& /*targets*/) {
+    library = LoadAccessListLibrary();
+    return ExitCode::kDone;
+}
+
+// The list that the edited entries come to.
+bool ChangeCommand::MakeList(const Losses& losses, AccessEntryList& entries, UniqueLocal<ACL>& dacl) {
+    if (!MayReplace(losses, options.Choices(), messages)) return false;
+    DropOtherEntries(entries);
+    dacl = BuildWholeDacl(library.get(), entries.Entries(), messages);
+    return dacl != nullptr;
+}
+
+bool ChangeCommand::Do(const Target& target) {
+    said.clear();
+    const ChangeMode mode = options.Choices().mode;
+    ChangeTurn turn;
+    if (!turn.Begin(target, mode, messages)) return false;
+    while (turn.TryAgain(messages)) {
+        const HeldObject& held = turn.Object();
+        ObjectSecurity object;
+        if (!ReadForChange(held, object, messages)) return false;
+        const Losses losses = LossesOf(object.dacl, object.entries);
+        const DaclInheritance before = *object.inheritance;
+        const std::string preview =
+            mode == ChangeMode::kDryRun ? StateText(target, "before", object, RemarksOn(object)) : "";
+
+        EditedList list{PlaceOf(target, held), object.dacl, object.entries, object.inheritance};
+        const EditResult edited = Edit(list);
+        if (edited != EditResult::kChanged) return edited == EditResult::kNothingToDo;
+        UniqueLocal<ACL> dacl;
+        if (!MakeList(losses, object.entries, dacl)) return false;
+        if (mode == ChangeMode::kWrite) {
+            const ChangeResult result =
+                WriteDacl(target, held, object, object.inheritance, dacl.get(), messages);
+            if (result == ChangeResult::kOutOfDate) continue;
+            return result == ChangeResult::kDone;
+        }
+        object.dacl = dacl.get();
+        const bool inheritsAnew =
+            object.inheritance != before && object.inheritance == DaclInheritance::kFromParent;
+        const std::vector<std::string> parentsPart = {"the entries that the parent hands down come to these"};
+        Print(preview + StateText(target, "after", object, inheritsAnew ? parentsPart : RemarksOn(object)));
+        return true;
     }
-    return allDone;
+    return false;
+}
+
+bool ChangeCommand::WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl) {
+    // A list needs a descriptor to stand in.
+    Outcome outcome = share.hasDescriptor ? Outcome() : GiveShareDescriptor(name, *share.record);
+    if (outcome.IsDone()) outcome = WriteShareDacl({&name, 1}, dacl);
+    if (outcome.IsDone())
+        Print(PrintableText(name) + ": changed\n");
+    else
+        messages.Say(outcome);
+    return outcome.IsDone();
+}
+
+bool ChangeCommand::DoShare(const std::string& name) {
+    said.clear();
+    ShareSecurity share;
+    if (!ReadShare(name, share, messages)) return false;
+    const Losses losses = LossesOf(share.dacl, share.entries);
+    const bool isDryRun = options.Choices().mode == ChangeMode::kDryRun;
+    std::string preview;
+    if (isDryRun) preview = StateOfShare(name, "before", share.dacl, share.entries);
+
+    std::optional<DaclInheritance> noInheritance;
+    EditedList list{EntryPlace::kShare, share.dacl, share.entries, noInheritance};
+    const EditResult edited = Edit(list);
+    if (edited != EditResult::kChanged) return edited == EditResult::kNothingToDo;
+    UniqueLocal<ACL> dacl;
+    if (!MakeList(losses, share.entries, dacl)) return false;
+    if (!isDryRun) return WriteShare(name, share, dacl.get());
+    Print(preview + StateOfShare(name, "after", dacl.get(), share.entries));
+    return true;
 }
 
 }  // namespace permora

@@ -1,23 +1,54 @@
-// The commands that change access lists: grant, deny, revoke and inherit.
+// A command that edits the entries of access lists: grant, deny, revoke and inherit.
 #pragma once
 
+#include <optional>
+#include <string>
 #include <vector>
 
-#include "cli/arguments.h"
-#include "cli/messages.h"
-#include "cli/target.h"
-#include "security/account_record.h"
+#include "cli/list_change.h"
+#include "cli/object_command.h"
+#include "shares/share_security.h"
 
 namespace permora {
 
-// The account that a name, DOMAIN\name or SID text means. On failure `account` is untouched and the result is
-// a system error code.
-DWORD FindAccount(const std::string& text, AccountRecord& account);
+enum class EditResult {
+    kChanged,      // the list is to be written
+    kNothingToDo,  // it already is as asked for; the reason was printed
+    kRefused,      // the change would make no sense here; the reason was printed
+};
 
-// Changes every target in order, or with dryRun prints what the change would make of it. `account` is the one
-// that grant, deny and revoke are about. An object that cannot be changed is named on standard error with the
-// reason and left as it is; the others are still done. Returns whether all were done.
-bool RunChange(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
-               ConsoleMessages& messages);
+// What a list belongs to. Only folders and drives have something below them.
+enum class EntryPlace { kDrive, kFolder, kFile, kShare };
+
+struct EditedList {
+    EntryPlace place;
+    PACL dacl;  // as it was read
+    AccessEntryList& entries;
+    std::optional<DaclInheritance>& inheritance;  // nothing for a share, which inherits nothing
+};
+
+// Reads each list, edits it and writes it, or prints with --dry-run what would come of it. An object that
+// cannot be changed is left as it is.
+class ChangeCommand : public ObjectCommand {
+  protected:
+    using ObjectCommand::ObjectCommand;
+
+    virtual EditResult Edit(EditedList& list) = 0;
+    // Prints what is to be known about the object beside the result. Another attempt after a change by
+    // another program does not repeat it.
+    void SayOnce(const std::string& text);
+
+    ExitCode Begin(const std::vector<Target>& targets) override;
+    bool Do(const Target& target) final;
+    bool DoShare(const std::string& name) final;
+
+  private:
+    bool MakeList(const Losses& losses, AccessEntryList& entries, UniqueLocal<ACL>& dacl);
+    bool WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl);
+
+    ChangeOptions options{*this};
+    UniqueLibrary library;
+    std::string said;
+};
 
 }  // namespace permora

@@ -12,6 +12,7 @@
 namespace permora {
 
 bool AskForConsent(const ConsentTexts& texts, const std::vector<Target>& targets, ConsoleMessages& messages) {
+    if (targets.empty()) return true;
     messages.SetSubject("");
     if (TerminalColumns(stdin) == 0) {
         messages.Say(std::string(texts.warning) + ": it needs --yes where nobody can be asked");

@@ -3,10 +3,17 @@
 
 #include <vector>
 
+#include "cli/command.h"
 #include "cli/messages.h"
 #include "cli/target.h"
 
 namespace permora {
+
+// --yes.
+struct YesFlag : Flag {
+    explicit YesFlag(OptionPlace place)
+        : Flag(place, "--yes", "Do not ask; needed where nobody can be asked") {}
+};
 
 struct ConsentTexts {
     const char* warning;  // what happens, for who cannot be asked: "reset removes ..."
@@ -14,8 +21,8 @@ struct ConsentTexts {
     const char* refused;  // what to say after a no: "nothing was changed"
 };
 
-// Whether the user agrees, by typing so on a terminal. Says why when not; without a terminal the answer is
-// no.
+// Whether the user agrees, by typing so on a terminal; without a terminal the answer is no. The reason was
+// printed when not. Nobody is asked about no targets.
 bool AskForConsent(const ConsentTexts& texts, const std::vector<Target>& targets, ConsoleMessages& messages);
 
 }  // namespace permora

@@ -1,11 +1,13 @@
-#include "cli/effective_command.h"
-
+// effective: what an access list leaves to an account and its groups.
 #include <optional>
 #include <span>
 #include <utility>
 
+#include "cli/account_option.h"
+#include "cli/commands.h"
 #include "cli/json_output.h"
 #include "cli/listing.h"
+#include "cli/object_command.h"
 #include "cli/rights_left.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
@@ -74,29 +76,44 @@ Json AnswerJson(const Target& target, AccountRecord& account, const Answer& answ
     return json;
 }
 
-}  // namespace
-
-bool RunEffective(const Arguments& arguments, const AccountRecord& account,
-                  const std::vector<Target>& targets, ConsoleMessages& messages) {
-    AccountRecord shown = account;
-    const std::string name = AccountDisplayName(shown);
-    bool allRead = true;
-    Json answers = Json::array();
-    for (const Target& target : targets) {
-        messages.SetSubject(target.argument);
-        const std::optional<Answer> answer = Ask(target, shown, messages);
-        if (!answer)
-            allRead = false;
-        else if (arguments.format == ShowFormat::kJson)
-            answers.push_back(AnswerJson(target, shown, *answer));
-        else
-            Print(TableText(target, name, *answer) + '\n');
+class EffectiveCommand : public ObjectCommand {
+  public:
+    explicit EffectiveCommand(const CommandParent& parent)
+        : ObjectCommand(parent, "effective", "Show what an access list leaves to an account and its groups") {
     }
-    if (arguments.format == ShowFormat::kJson)
-        PrintJsonObjects(answers, arguments.paths.size());
+
+  private:
+    bool Do(const Target& target) override;
+    bool End() override;
+
+    AccountOption account{*this};
+    JsonFlag json{*this, JsonShape::kObjects};
+    Json answers = Json::array();
+};
+
+bool EffectiveCommand::Do(const Target& target) {
+    AccountRecord& shown = account.Account();
+    const std::optional<Answer> answer = Ask(target, shown, messages);
+    if (!answer) return false;
+    if (json)
+        answers.push_back(AnswerJson(target, shown, *answer));
+    else
+        Print(TableText(target, AccountDisplayName(shown), *answer) + '\n');
+    return true;
+}
+
+bool EffectiveCommand::End() {
+    if (json)
+        PrintJsonObjects(answers, ObjectCount());
     else
         Print(std::string(kNotConsidered) + '\n');
-    return allRead;
+    return true;
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeEffective(const CommandParent& parent) {
+    return std::make_unique<EffectiveCommand>(parent);
 }
 
 }  // namespace permora

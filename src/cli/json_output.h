@@ -4,11 +4,22 @@
 #include <cstddef>
 #include <nlohmann/json.hpp>
 
+#include "cli/command.h"
 #include "security/access_entry_list.h"
 
 namespace permora {
 
 using Json = nlohmann::ordered_json;
+
+enum class JsonShape { kObjects, kArray };
+
+// --json.
+struct JsonFlag : Flag {
+    JsonFlag(OptionPlace place, JsonShape shape)
+        : Flag(place, "--json",
+               shape == JsonShape::kArray ? "As JSON: an array of objects"
+                                          : "As JSON: one object, or an array of several") {}
+};
 
 // In ASCII: all other characters as \u escapes. A text that is no UTF-8 has U+FFFD in the place of what is
 // none, and where it is the member "x" of an object, "xBytes" behind it holds its bytes in hexadecimal.

@@ -7,6 +7,18 @@
 
 namespace permora {
 
+ChangeOptions::ChangeOptions(OptionPlace place, const char* nullListDescription)
+    : dryRun(place, "--dry-run", "Show the entries before and after the change and write nothing"),
+      dropOtherEntries(place, "--drop-other-entries",
+                       "Change even a list with entries of other types than allow and deny, or with such\n"
+                       "that are not valid; they are lost"),
+      replaceNullList(place, "--replace-null-list", nullListDescription) {}
+
+ChangeChoices ChangeOptions::Choices() const {
+    return {dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite, static_cast<bool>(dropOtherEntries),
+            static_cast<bool>(replaceNullList)};
+}
+
 bool ReadForChange(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages) {
     if (!ReadList(object, security, messages)) return false;
     if (!security.inheritance) {
@@ -20,10 +32,6 @@ Losses LossesOf(PACL dacl, const AccessEntryList& entries) {
     return {entries.OtherTypeCount(), entries.UnacceptableCount(), dacl == nullptr};
 }
 
-Losses LossesOf(const ObjectSecurity& object) {
-    return LossesOf(object.dacl, object.entries);
-}
-
 void DropOtherEntries(AccessEntryList& entries) {
     for (std::size_t i = entries.Entries().size(); i-- > 0;) {
         const AccessEntry& entry = entries.Entries()[i];
@@ -31,20 +39,20 @@ void DropOtherEntries(AccessEntryList& entries) {
     }
 }
 
-bool MayReplace(const Losses& losses, const Arguments& arguments, ConsoleMessages& messages) {
-    if (losses.otherEntries > 0 && !arguments.dropOtherEntries) {
+bool MayReplace(const Losses& losses, const ChangeChoices& choices, ConsoleMessages& messages) {
+    if (losses.otherEntries > 0 && !choices.dropOtherEntries) {
         messages.Say("not changed: " + std::to_string(losses.otherEntries) +
                      (losses.otherEntries == 1 ? " entry of another type" : " entries of other types") +
                      " than allow and deny would be lost (--drop-other-entries does it all the same)");
         return false;
     }
-    if (losses.unacceptable > 0 && !arguments.dropOtherEntries) {
+    if (losses.unacceptable > 0 && !choices.dropOtherEntries) {
         messages.Say("not changed: " + std::to_string(losses.unacceptable) +
                      (losses.unacceptable == 1 ? " entry that is" : " entries that are") +
                      " not valid would be lost (--drop-other-entries does it all the same)");
         return false;
     }
-    if (losses.everyonesAccess && !arguments.replaceNullList) {
+    if (losses.everyonesAccess && !choices.replaceNullList) {
         messages.Say(
             "not changed: everyone may do everything now, and only those in the new list could afterwards "
             "(--replace-null-list does it all the same)");
@@ -82,19 +90,16 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
     return ChangeResult::kFailed;
 }
 
-bool ChangeInTurn(const Arguments& arguments, const Target& target,
-                  const std::function<ChangeResult(const HeldObject&)>& attempt, ConsoleMessages& messages) {
-    constexpr int kAttempts = 5;
-    HeldObject object;
+bool ChangeTurn::Begin(const Target& target, ChangeMode mode, ConsoleMessages& messages) {
     if (!FindTarget(target, object, messages)) return false;
-    if (!arguments.dryRun && object.TakeTurn() != ERROR_SUCCESS) {
-        messages.Say("not changed: another program of yours is still changing it");
-        return false;
-    }
-    for (int i = 0; i < kAttempts; ++i) {
-        const ChangeResult result = attempt(object);
-        if (result != ChangeResult::kOutOfDate) return result == ChangeResult::kDone;
-    }
+    const bool isTurn = mode == ChangeMode::kDryRun || object.TakeTurn() == ERROR_SUCCESS;
+    if (!isTurn) messages.Say("not changed: another program of yours is still changing it");
+    return isTurn;
+}
+
+bool ChangeTurn::TryAgain(ConsoleMessages& messages) {
+    constexpr int kAttempts = 5;
+    if (attempts++ < kAttempts) return true;
     messages.Say("not changed: another program changes it all the time");
     return false;
 }

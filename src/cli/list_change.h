@@ -3,21 +3,45 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "cli/arguments.h"
+#include "cli/command.h"
 #include "cli/messages.h"
 #include "cli/target.h"
+#include "cli/tree_progress.h"
 #include "security/dacl_builder.h"
 #include "security/object_security.h"
 
 namespace permora {
 
-// What answers false or null has said why.
+// On false or null, the reason was printed.
+
+// What the user has chosen about a change.
+struct ChangeChoices {
+    ChangeMode mode = ChangeMode::kWrite;
+    bool dropOtherEntries = false;
+    bool replaceNullList = false;
+};
+
+// --dry-run, --drop-other-entries and --replace-null-list.
+class ChangeOptions {
+  public:
+    explicit ChangeOptions(
+        OptionPlace place,
+        const char* nullListDescription =
+            "Change even an object without any access list, which allows everyone everything;\n"
+            "afterwards only the accounts in the new list have access");
+
+    ChangeChoices Choices() const;
+
+  private:
+    Flag dryRun;
+    Flag dropOtherEntries;
+    Flag replaceNullList;
+};
 
 // As ReadList, for a list that is to be replaced.
 bool ReadForChange(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages);
@@ -30,9 +54,8 @@ struct Losses {
 };
 
 Losses LossesOf(PACL dacl, const AccessEntryList& entries);
-Losses LossesOf(const ObjectSecurity& object);
 // Whether the user accepts the losses.
-bool MayReplace(const Losses& losses, const Arguments& arguments, ConsoleMessages& messages);
+bool MayReplace(const Losses& losses, const ChangeChoices& choices, ConsoleMessages& messages);
 
 // Takes out what the user accepted to lose.
 void DropOtherEntries(AccessEntryList& entries);
@@ -45,21 +68,38 @@ UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> en
 enum class ChangeResult {
     kDone,
     kFailed,
-    kOutOfDate,  // another program has changed the list since it was read; nothing was written nor said
+    kOutOfDate,  // another program has changed the list since it was read; nothing was written or printed
 };
 
 // Writes a list in the place of the one that was read as `before`, and says so. Without a choice of
-// `inheritance` the object keeps its own. A failure below the object is told under the name of what failed,
-// and the object itself was changed then.
+// `inheritance` the object keeps its own. A failure below the object is reported under the name of what
+// failed; the object itself was changed then.
 ChangeResult WriteDacl(const Target& target, const HeldObject& object, const ObjectSecurity& before,
                        std::optional<DaclInheritance> inheritance, PACL dacl, ConsoleMessages& messages);
 
-// Changes an object that is found for it: `attempt` reads it, edits what it has read and writes that. While
-// it is at work no other program of this user is; what other programs change in between is not lost, since
-// the attempt is made anew, a few times. With dryRun nothing is written, so nobody has to wait. False after a
-// message.
-bool ChangeInTurn(const Arguments& arguments, const Target& target,
-                  const std::function<ChangeResult(const HeldObject&)>& attempt, ConsoleMessages& messages);
+// The turn of this program on an object that is to be changed. No other program of this user works on it
+// meanwhile. What other programs change in between is not lost: the change is tried anew, a few times.
+//
+//     ChangeTurn turn;
+//     if (!turn.Begin(target, mode, messages)) return false;
+//     while (turn.TryAgain(messages)) {
+//         (read turn.Object(), edit, write)
+//         if (result != ChangeResult::kOutOfDate) return result == ChangeResult::kDone;
+//     }
+//     return false;
+class ChangeTurn {
+  public:
+    // Finds the object and waits for the turn on it. A dry run writes nothing and waits for nobody.
+    bool Begin(const Target& target, ChangeMode mode, ConsoleMessages& messages);
+    // Whether there is to be another attempt.
+    bool TryAgain(ConsoleMessages& messages);
+
+    const HeldObject& Object() const { return object; }
+
+  private:
+    HeldObject object;
+    int attempts = 0;
+};
 
 // An object before or after a change, under a line that names it.
 std::string StateText(const Target& target, const char* moment, ObjectSecurity& object,

@@ -115,9 +115,4 @@ bool PrintDescriptor(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts
     return true;
 }
 
-SECURITY_INFORMATION ShownParts(const Arguments& arguments) {
-    return OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION |
-           (arguments.audit ? SACL_SECURITY_INFORMATION : 0U);
-}
-
 }  // namespace permora

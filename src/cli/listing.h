@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "cli/arguments.h"
 #include "cli/messages.h"
 #include "cli/target.h"
 #include "security/object_security.h"
@@ -29,8 +28,5 @@ std::string RowsText(AccessEntryList& entries);
 // after a message when that cannot be done.
 bool PrintDescriptor(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts, const std::string& heading,
                      ConsoleMessages& messages);
-
-// The parts of a descriptor that are read and shown: owner, group and list, and what was asked for beside.
-SECURITY_INFORMATION ShownParts(const Arguments& arguments);
 
 }  // namespace permora

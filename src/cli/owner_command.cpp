@@ -1,6 +1,11 @@
-#include "cli/owner_command.h"
+// owner: shows and sets owners.
+#include <optional>
+#include <vector>
 
-#include "cli/listing.h"
+#include "cli/account_option.h"
+#include "cli/commands.h"
+#include "cli/interrupts.h"
+#include "cli/object_command.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "cli/tree_progress.h"
@@ -11,9 +16,45 @@
 namespace permora {
 namespace {
 
-bool ShowOwner(const Target& target, const HeldObject& object, ConsoleMessages& messages) {
+class OwnerCommand : public ObjectCommand {
+  public:
+    explicit OwnerCommand(const CommandParent& parent)
+        : ObjectCommand(parent, "owner", "Show or change who owns objects") {
+        tree.Needs(newOwner.Option());
+        linked.Needs(tree);
+    }
+
+  private:
+    ExitCode Begin(const std::vector<Target>& targets) override;
+    bool Do(const Target& target) override;
+    bool End() override;
+    bool SetTrees(TreeCounts& counts);
+
+    AccountOption newOwner{*this, "--set", R"(The new owner: a name, DOMAIN\name or a SID like S-1-1-0)",
+                           Presence::kOptional};
+    Flag tree{*this, "--tree",
+              "Make NAME the owner of everything below the folders too. Links and what\n"
+              "is mounted below are not entered, and files with further names (hard\n"
+              "links), which may be others' files, are passed over"};
+    Flag linked{*this, "--linked",
+                "With --tree, give also files with further names to NAME, under all of them"};
+    std::vector<Target> folders;
+};
+
+ExitCode OwnerCommand::Begin(const std::vector<Target>& /*targets*/) {
+    // Where the token holds nothing that helps, the failure is reported for each object.
+    if (newOwner.IsGiven())
+        if (const UniqueHandle token = OpenOwnToken()) EnableTakeOwnership(token.get());
+    return ExitCode::kDone;
+}
+
+bool OwnerCommand::Do(const Target& target) {
+    HeldObject object;
+    if (!FindTarget(target, object, messages)) return false;
+    if (object.IsFolder()) folders.push_back(target);
+    DWORD error = newOwner.IsGiven() ? object.WriteOwner(newOwner.Account().RawSid()) : ERROR_SUCCESS;
     AccountRecord owner;
-    const DWORD error = ReadObjectOwner(object, owner);
+    if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, owner);
     if (error != ERROR_SUCCESS) {
         messages.SaySystemError(error);
         return false;
@@ -23,67 +64,40 @@ bool ShowOwner(const Target& target, const HeldObject& object, ConsoleMessages& 
     return true;
 }
 
-// A failure has been told.
-bool DoTarget(const Target& target, const HeldObject& object, PSID newOwner, ConsoleMessages& messages) {
-    const DWORD error = newOwner != nullptr ? object.WriteOwner(newOwner) : ERROR_SUCCESS;
-    if (error == ERROR_SUCCESS) return ShowOwner(target, object, messages);
-    messages.SaySystemError(error);
-    return false;
-}
-
 // Everything below the folders among the targets. Each is found again: the trees before it may have taken
-// long. False when one was not; the progress tells all other failures.
-bool SetTrees(PSID newOwner, LinkedFiles linked, const std::vector<const Target*>& folders,
-              TreeProgress& progress, TreeCounts& counts, ConsoleMessages& messages) {
+// long. False when one was not found.
+bool OwnerCommand::SetTrees(TreeCounts& counts) {
+    TreeProgress progress(Progress::kShown, PassedOver::kNamed, messages);
     bool allFound = true;
-    for (const Target* target : folders) {
+    for (const Target& target : folders) {
         if (IsInterrupted()) break;
         HeldObject folder;
-        messages.SetSubject(target->argument);
-        if (!FindTarget(*target, folder, messages)) {
+        messages.SetSubject(target.argument);
+        if (!FindTarget(target, folder, messages)) {
             allFound = false;
             continue;
         }
-        progress.SetTarget(*target);
-        const DWORD error = folder.SetOwnersBelow(newOwner, linked, progress, counts);
-        if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED) continue;
-        ++counts.passedOver;
-        progress.PassOver("", error);
+        progress.SetTarget(target);
+        progress.EndTarget(
+            folder.SetOwnersBelow(newOwner.Account().RawSid(),
+                                  linked ? LinkedFiles::kChange : LinkedFiles::kPassOver, progress, counts),
+            counts);
     }
     return allFound;
 }
 
-}  // namespace
-
-bool RunOwner(const Arguments& arguments, const AccountRecord& account, const std::vector<Target>& targets,
-              ConsoleMessages& messages) {
-    PSID newOwner = account.RawSid();
-    if (newOwner != nullptr) {
-        // Where the token holds nothing that helps, each object tells.
-        if (const UniqueHandle token = OpenOwnToken()) EnableTakeOwnership(token.get());
-    }
-    bool allDone = true;
-    std::vector<const Target*> folders;
-    for (const Target& target : targets) {
-        HeldObject object;
-        messages.SetSubject(target.argument);
-        const bool isFound = FindTarget(target, object, messages);
-        if (isFound && object.IsFolder()) folders.push_back(&target);
-        allDone = isFound && DoTarget(target, object, newOwner, messages) && allDone;
-    }
-    if (!arguments.tree) return allDone;
-
+bool OwnerCommand::End() {
+    if (!tree) return true;
     WatchForInterrupts();
     TreeCounts counts;
-    {
-        TreeProgress progress(arguments, messages);
-        allDone = SetTrees(newOwner, arguments.linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,
-                           folders, progress, counts, messages) &&
-                  allDone;
-    }
-    PrintCounts(counts, false);
-    if (IsInterrupted()) SayInterrupted(messages);
-    return allDone && !IsInterrupted() && counts.passedOver == 0;
+    const bool allFound = SetTrees(counts);
+    return EndTrees(counts, ChangeMode::kWrite, messages) && allFound;
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeOwner(const CommandParent& parent) {
+    return std::make_unique<OwnerCommand>(parent);
 }
 
 }  // namespace permora

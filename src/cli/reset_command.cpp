@@ -1,9 +1,12 @@
-#include "cli/reset_command.h"
-
+// reset: everything below a folder gets what it inherits and nothing else.
 #include <algorithm>
+#include <optional>
 
+#include "cli/commands.h"
 #include "cli/consent.h"
+#include "cli/interrupts.h"
 #include "cli/listing.h"
+#include "cli/object_command.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
 #include "security/empty_list.h"
@@ -17,70 +20,86 @@ bool HandsAnythingDown(const AccessEntryList& entries) {
     });
 }
 
-// Whether what is below the target may be reset; says why not. It is found again: the user may have thought
-// for long about the question.
-bool MayReset(const Arguments& arguments, const Target& target, HeldObject& folder,
-              ConsoleMessages& messages) {
+class ResetCommand : public ObjectCommand {
+  public:
+    explicit ResetCommand(const CommandParent& parent)
+        : ObjectCommand(parent, "reset",
+                        "Give everything below a folder what it inherits and nothing else: entries\n"
+                        "of its own go, and protection from inheritance ends. The folder itself\n"
+                        "keeps its list. Links and what is mounted below are not entered") {}
+
+  private:
+    ExitCode Begin(const std::vector<Target>& targets) override;
+    bool Do(const Target& target) override;
+    bool End() override;
+    bool MayReset(const HeldObject& folder);
+
+    Flag dryRun{*this, "--dry-run", "Count what would change and write nothing"};
+    YesFlag yes{*this};
+    Flag emptyLists{*this, "--empty-lists",
+                    "Go on even below a folder that hands nothing down;\n"
+                    "afterwards nobody has access to what is below it"};
+    QuietFlag quiet{*this};
+    Flag verbose{*this, "--verbose", "Name each object that is passed over, with the reason"};
+
+    UniqueLocal<ACL> list;
+    std::optional<TreeProgress> progress;
+    TreeCounts counts;
+};
+
+ExitCode ResetCommand::Begin(const std::vector<Target>& targets) {
+    const ConsentTexts texts = {
+        "reset removes every entry that is set below the folders",
+        "Everything below these folders loses the entries set for it and keeps what it inherits:",
+        "nothing was changed"};
+    if (!dryRun && !yes && !AskForConsent(texts, targets, messages)) return ExitCode::kUsage;
+    WatchForInterrupts();
+    progress.emplace(quiet ? Progress::kQuiet : Progress::kShown,
+                     verbose ? PassedOver::kNamed : PassedOver::kCounted, messages);
+    const Outcome outcome = MakeEmptyList(list);
+    if (!outcome.IsDone()) messages.Say(outcome);
+    return ExitCodeOf(outcome.IsDone());
+}
+
+// Whether what is below the folder may be reset; the reason was printed when not.
+bool ResetCommand::MayReset(const HeldObject& folder) {
     ObjectSecurity object;
-    if (!FindTarget(target, folder, messages)) return false;
-    if (!folder.IsFolder()) {
-        messages.Say("not reset: it is no folder, so nothing is below it");
-        return false;
-    }
-    if (!arguments.dryRun && folder.TakeTurn() != ERROR_SUCCESS) {
-        messages.Say("not reset: another program of yours is still changing it");
-        return false;
-    }
     if (!ReadList(folder, object, messages)) return false;
-    if (arguments.emptyLists || HandsAnythingDown(object.entries)) return true;
+    if (emptyLists || HandsAnythingDown(object.entries)) return true;
     messages.Say(
         "not reset: it hands no entries down, so afterwards nobody would have access to what is below it "
         "(--empty-lists does it all the same)");
     return false;
 }
 
-}  // namespace
-
-bool ConfirmReset(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
-    if (arguments.dryRun || arguments.yes || targets.empty()) return true;
-    return AskForConsent(
-        {"reset removes every entry that is set below the folders",
-         "Everything below these folders loses the entries set for it and keeps what it inherits:",
-         "nothing was changed"},
-        targets, messages);
-}
-
-bool RunReset(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
-    WatchForInterrupts();
-    UniqueLocal<ACL> list;
-    if (const Outcome outcome = MakeEmptyList(list); !outcome.IsDone()) {
-        messages.Say(outcome);
+bool ResetCommand::Do(const Target& target) {
+    HeldObject folder;
+    // It is found again: the user may have thought for long about the question.
+    if (!FindTarget(target, folder, messages)) return false;
+    if (!folder.IsFolder()) {
+        messages.Say("not reset: it is no folder, so nothing is below it");
         return false;
     }
-    const TreeListMode mode = arguments.dryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite;
-    TreeCounts counts;
-    bool allDone = true;
-    {
-        TreeProgress observer(arguments, messages);
-        for (const Target& target : targets) {
-            if (IsInterrupted()) break;
-            HeldObject folder;
-            messages.SetSubject(target.argument);
-            if (!MayReset(arguments, target, folder, messages)) {
-                allDone = false;
-                continue;
-            }
-            observer.SetTarget(target);
-            const DWORD error = folder.SetListsBelow(list.get(), mode, observer, counts);
-            if (error != ERROR_SUCCESS && error != ERROR_OPERATION_ABORTED) {
-                ++counts.passedOver;
-                observer.PassOver("", error);
-            }
-        }
+    if (!dryRun && folder.TakeTurn() != ERROR_SUCCESS) {
+        messages.Say("not reset: another program of yours is still changing it");
+        return false;
     }
-    PrintCounts(counts, arguments.dryRun);
-    if (IsInterrupted()) SayInterrupted(messages);
-    return allDone && !IsInterrupted() && counts.passedOver == 0;
+    if (!MayReset(folder)) return false;
+    progress->SetTarget(target);
+    const TreeListMode mode = dryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite;
+    progress->EndTarget(folder.SetListsBelow(list.get(), mode, *progress, counts), counts);
+    return true;
+}
+
+bool ResetCommand::End() {
+    progress.reset();
+    return EndTrees(counts, dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite, messages);
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeReset(const CommandParent& parent) {
+    return std::make_unique<ResetCommand>(parent);
 }
 
 }  // namespace permora

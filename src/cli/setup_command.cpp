@@ -1,32 +1,56 @@
-#include "cli/setup_command.h"
-
+// setup: tells the windowed program the folder that it is installed in.
 #include <string>
 
 #include "app/program_folder.h"
 #include "app/settings_store.h"
+#include "cli/commands.h"
+#include "cli/object_command.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 
 namespace permora {
+namespace {
 
-bool RunSetup(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
-    if (targets.empty()) return false;
-    const Target& target = targets.front();
-    messages.SetSubject(target.argument);
+class SetupCommand : public ObjectCommand {
+  public:
+    explicit SetupCommand(const CommandParent& parent)
+        : ObjectCommand(parent, "setup",
+                        "Tell the windowed program the folder that it is installed in, where its\n"
+                        "help is; the installation does this",
+                        Objects::kPaths, "The folder that holds permora") {}
+
+    std::string Interpret() override {
+        const std::string problem = ObjectCommand::Interpret();
+        return problem.empty() && ObjectCount() > 1 ? "setup takes one folder" : problem;
+    }
+
+  private:
+    bool Do(const Target& target) override;
+
+    Flag allUsers{*this, "--all-users", "For every user who was not told another folder"};
+};
+
+bool SetupCommand::Do(const Target& target) {
     const std::string folder = target.folder + target.name;
     if (!HoldsHelp(folder)) {
         messages.Say("this is not the program's folder: its help, ZELHELP.chm, is not in it");
         return false;
     }
-    const SettingsOwner owner = arguments.allUsers ? SettingsOwner::kEveryUser : SettingsOwner::kUser;
+    const SettingsOwner owner = allUsers ? SettingsOwner::kEveryUser : SettingsOwner::kUser;
     if (const DWORD error = StoreProgramFolder(owner, folder); error != ERROR_SUCCESS) {
         messages.SaySystemError(error);
         return false;
     }
-    Print(std::string("Permora is set up for ") + (arguments.allUsers ? "all users" : "you") + " in " +
+    Print(std::string("Permora is set up for ") + (allUsers ? "all users" : "you") + " in " +
           PrintableText(folder) + '\n');
     return true;
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeSetup(const CommandParent& parent) {
+    return std::make_unique<SetupCommand>(parent);
 }
 
 }  // namespace permora

@@ -1,9 +1,8 @@
 #include "cli/show_command.h"
 
-#include <optional>
-
-#include "cli/json_output.h"
+#include "cli/commands.h"
 #include "cli/listing.h"
+#include "cli/share_listing.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
@@ -14,25 +13,23 @@ namespace {
 // Everything that is shown of one object.
 struct ShownObject {
     ObjectSecurity security;
-    ReadParts whole;  // owner, group, DACL and what else was asked for in one descriptor
+    ReadParts whole;  // owner, group, list and what else was asked for in one descriptor
     std::string owner;
 };
 
 // Reads with the checks that every reader of a list makes, then owner and group, which they do not need.
-std::optional<ShownObject> ReadObject(const Target& target, SECURITY_INFORMATION parts,
-                                      ConsoleMessages& messages) {
-    ShownObject object;
+bool ReadObject(const Target& target, SECURITY_INFORMATION parts, ShownObject& object,
+                ConsoleMessages& messages) {
     HeldObject held;
-    if (!FindTarget(target, held, messages) || !ReadList(held, object.security, messages))
-        return std::nullopt;
+    if (!FindTarget(target, held, messages) || !ReadList(held, object.security, messages)) return false;
     const DWORD error = held.ReadSecurity(parts, object.whole);
     if (error != ERROR_SUCCESS) {
         messages.SaySystemError(error);
-        return std::nullopt;
+        return false;
     }
     AccountRecord account;
     if (account.SetSid(object.whole.owner)) object.owner = AccountDisplayName(account);
-    return object;
+    return true;
 }
 
 std::string TableText(const Target& target, ShownObject& object) {
@@ -51,37 +48,84 @@ Json ObjectJson(const Target& target, ShownObject& object) {
     };
 }
 
+class ShowCommand : public ShowListsCommand {
+  public:
+    explicit ShowCommand(const CommandParent& parent)
+        : ShowListsCommand(parent, "show", "Show access lists") {
+        sddl.Excludes(json);
+        audit.Needs(sddl);
+    }
+
+  private:
+    ShowFormat Format() const override {
+        if (sddl) return ShowFormat::kSddl;
+        return json ? ShowFormat::kJson : ShowFormat::kTable;
+    }
+    SECURITY_INFORMATION Parts() const override {
+        return ShowListsCommand::Parts() | (audit ? SACL_SECURITY_INFORMATION : 0U);
+    }
+
+    ShareOption shares{*this};
+    JsonFlag json{*this, JsonShape::kObjects};
+    Flag sddl{*this, "--sddl",
+              "As security descriptor text, O:...G:...D:...; of several objects two lines\n"
+              "for each, its path and the text"};
+    Flag audit{*this, "--audit",
+               "With --sddl: the system access list too (audits, labels, attributes), S:..."};
+};
+
 }  // namespace
 
-bool RunShow(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages) {
-    const SECURITY_INFORMATION parts = ShownParts(arguments);
-    bool allRead = true;
-    Json objects = Json::array();
-    const char* separator = "";
-    for (const Target& target : targets) {
-        messages.SetSubject(target.argument);
-        std::optional<ShownObject> object = ReadObject(target, parts, messages);
-        if (!object) {
-            allRead = false;
-            continue;
-        }
-        switch (arguments.format) {
-            case ShowFormat::kTable:
-                Print(separator + TableText(target, *object));
-                separator = "\n";
-                break;
-            case ShowFormat::kSddl:
-                allRead = PrintDescriptor(object->whole.descriptor.get(), parts,
-                                          arguments.paths.size() > 1 ? target.argument : "", messages) &&
-                          allRead;
-                break;
-            case ShowFormat::kJson:
-                objects.push_back(ObjectJson(target, *object));
-                break;
-        }
+SECURITY_INFORMATION ShowListsCommand::Parts() const {
+    return OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+}
+
+bool ShowListsCommand::PrintSddl(const std::string& name, PSECURITY_DESCRIPTOR descriptor) {
+    return PrintDescriptor(descriptor, Parts(), ObjectCount() > 1 ? name : "", messages);
+}
+
+void ShowListsCommand::PrintTable(const std::string& text) {
+    Print(separator + text);
+    separator = "\n";
+}
+
+bool ShowListsCommand::Do(const Target& target) {
+    ShownObject object;
+    if (!ReadObject(target, Parts(), object, messages)) return false;
+    const ShowFormat format = Format();
+    if (format == ShowFormat::kSddl) return PrintSddl(target.argument, object.whole.descriptor.get());
+    if (format == ShowFormat::kJson)
+        objects.push_back(ObjectJson(target, object));
+    else
+        PrintTable(TableText(target, object));
+    return true;
+}
+
+bool ShowListsCommand::DoShare(const std::string& name) {
+    ShareSecurity share;
+    if (!ReadShare(name, share, messages)) return false;
+    const ShowFormat format = Format();
+    if (format == ShowFormat::kSddl) {
+        if (share.hasDescriptor) return PrintSddl(name, share.record->shi502_security_descriptor);
+        messages.Say("the share has no security descriptor");
+        return false;
     }
-    if (arguments.format == ShowFormat::kJson) PrintJsonObjects(objects, arguments.paths.size());
-    return allRead;
+    if (format == ShowFormat::kJson) {
+        objects.push_back(FactsJson(FactsOf(*share.record)));
+        objects.back()["entries"] = EntriesJson(share.dacl, share.entries);
+    } else {
+        PrintTable(ShareText(share));
+    }
+    return true;
+}
+
+bool ShowListsCommand::End() {
+    if (Format() == ShowFormat::kJson) PrintJsonObjects(objects, ObjectCount());
+    return true;
+}
+
+std::unique_ptr<Command> MakeShow(const CommandParent& parent) {
+    return std::make_unique<ShowCommand>(parent);
 }
 
 }  // namespace permora

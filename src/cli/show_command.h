@@ -1,16 +1,34 @@
-// The listing of one or more objects' access lists.
+// The commands that show objects with their access lists: show, and shares show.
 #pragma once
 
-#include <vector>
+#include <cstdint>
 
-#include "cli/arguments.h"
-#include "cli/messages.h"
-#include "cli/target.h"
+#include "cli/json_output.h"
+#include "cli/object_command.h"
 
 namespace permora {
 
-// Prints every target in order; returns whether all could be read. An object that cannot be read is named on
-// standard error and left out.
-bool RunShow(const Arguments& arguments, const std::vector<Target>& targets, ConsoleMessages& messages);
+enum class ShowFormat : std::uint8_t { kTable, kJson, kSddl };
+
+// Reads only. An object that cannot be read is left out.
+class ShowListsCommand : public ObjectCommand {
+  protected:
+    using ObjectCommand::ObjectCommand;
+
+    virtual ShowFormat Format() const = 0;
+    // The parts of a descriptor that are shown as text.
+    virtual SECURITY_INFORMATION Parts() const;
+
+    bool Do(const Target& target) final;
+    bool DoShare(const std::string& name) final;
+    bool End() final;
+
+  private:
+    bool PrintSddl(const std::string& name, PSECURITY_DESCRIPTOR descriptor);
+    void PrintTable(const std::string& text);
+
+    Json objects = Json::array();
+    const char* separator = "";
+};
 
 }  // namespace permora

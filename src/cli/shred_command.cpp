@@ -1,10 +1,14 @@
-#include "cli/shred_command.h"
-
+// shred: deletes files for good.
 #include <cstddef>
+#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
+#include "cli/commands.h"
 #include "cli/consent.h"
+#include "cli/interrupts.h"
+#include "cli/object_command.h"
 #include "cli/terminal_output.h"
 #include "cli/tree_progress.h"
 #include "deletion/obstacle_texts.h"
@@ -17,14 +21,17 @@ namespace {
 // Of so many folders each is held by itself. Targets of a command line mostly lie in one.
 constexpr std::size_t kMostHeldFolders = 256;
 
+// A target as it was before anybody was asked; `target.object` is what is deleted.
+struct HeldTarget {
+    Target target;
+    std::shared_ptr<const FolderHandle> folder;  // holds the object; null: too many are held, or `error`
+    RememberedObject rememberedFolder;           // where the folder is not held
+    DWORD error = 0;                             // why the object cannot be deleted
+};
+
 bool LieInOneFolder(const Target& one, const Target& other) {
     return one.folder == other.folder && one.start == other.start &&
            one.folderFromStart == other.folderFromStart;
-}
-
-DWORD OpenFolderOf(const Target& target, FolderHandle& folder) {
-    return target.start ? target.start->OpenPath(target.folderFromStart, folder)
-                        : FolderHandle::Open(target.folder, folder);
 }
 
 // The current directory itself is found by its name in the folder above, which may lead elsewhere already.
@@ -34,7 +41,7 @@ DWORD VerifyStart(const Target& target) {
 }
 
 // `before`, which may be null, was held last.
-HeldTarget Hold(const Target& target, const HeldTarget* before, std::size_t& folderCount) {
+HeldTarget HoldForDeletion(const Target& target, const HeldTarget* before, std::size_t& folderCount) {
     HeldTarget held;
     held.target = target;
     if (target.place == PlaceKind::kDrives) return held;
@@ -64,11 +71,8 @@ HeldTarget Hold(const Target& target, const HeldTarget* before, std::size_t& fol
 
 class ShredHost : public SecureDeleteHost {
   public:
-    ShredHost(const Arguments& userArguments, ConsoleMessages& console)
-        : SecureDeleteHost(IsInterrupted()),
-          arguments(userArguments),
-          messages(console),
-          progress(userArguments.quiet) {}
+    ShredHost(FileScrutiny asked, Progress line, ConsoleMessages& console)
+        : SecureDeleteHost(IsInterrupted()), scrutiny(asked), messages(console), progress(line) {}
 
     void SetTarget(const Target& next) {
         target = &next;
@@ -81,9 +85,7 @@ class ShredHost : public SecureDeleteHost {
     void Deleted(const std::string& /*name*/) override { ++deletedCount; }
     void Failed(const Outcome& failure) override { Leave(failure.object, LineText(failure)); }
 
-    FileScrutiny Scrutiny() const override {
-        return arguments.force ? FileScrutiny::kNone : FileScrutiny::kObstacles;
-    }
+    FileScrutiny Scrutiny() const override { return scrutiny; }
     bool MayOverwrite(const std::string& name, const std::vector<OverwriteObstacle>& obstacles) override {
         std::string known;
         std::string unknown;
@@ -100,6 +102,7 @@ class ShredHost : public SecureDeleteHost {
 
     // No folder in which names were counted stays beyond this.
     void EndSeclusion() {
+        progress.Clear();
         trail = {};
         seclusion.End();
         for (Outcome& left : seclusion.TakeLeftovers()) {
@@ -121,7 +124,7 @@ class ShredHost : public SecureDeleteHost {
     }
 
   private:
-    const Arguments& arguments;
+    const FileScrutiny scrutiny;
     ConsoleMessages& messages;
     ProgressLine progress;
     const Target* target = nullptr;
@@ -146,44 +149,76 @@ void Shred(const HeldTarget& held, ShredHost& host) {
     host.EndSeclusion();
 }
 
-}  // namespace
+class ShredCommand : public ObjectCommand {
+  public:
+    explicit ShredCommand(const CommandParent& parent)
+        : ObjectCommand(parent, "shred",
+                        "Overwrite files with zeros on the disk, then delete them; folders with all\n"
+                        "that is in them. Links are removed, never followed, and what is mounted\n"
+                        "below stays. What the disk itself keeps (spare sectors, flash memory,\n"
+                        "journals, snapshots) and copies elsewhere are not reached") {}
 
-ShredRun::ShredRun(const Arguments& userArguments, const std::vector<Target>& userTargets,
-                   ConsoleMessages& console)
-    : arguments(userArguments), targets(userTargets), messages(console) {
+  private:
+    // The files are held by this command alone: nobody may have one open that is deleted.
+    void Hold(Target& /*target*/) override {}
+    ExitCode Begin(const std::vector<Target>& targets) override;
+    bool Do(const Target& target) override;
+    bool End() override;
+
+    YesFlag yes{*this};
+    Flag force{*this, "--force",
+               "Delete also files whose contents are known to stay on the disk or under\n"
+               "another name: on copy-on-write file systems, compressed, encrypted or sparse\n"
+               "ones on NTFS, ones with hard links, ones with named streams that move, ones\n"
+               "that are written by way of a journal; and those of which it cannot be known\n"
+               "whether they have further names or another program has them open"};
+    QuietFlag quiet{*this};
+
+    std::vector<HeldTarget> held;  // what is deleted is what the question was about
+    std::size_t next = 0;          // of them
+    std::optional<ShredHost> host;
+};
+
+ExitCode ShredCommand::Begin(const std::vector<Target>& targets) {
     std::size_t folderCount = 0;
     held.reserve(targets.size());
     for (const Target& target : targets)
-        held.push_back(Hold(target, held.empty() ? nullptr : &held.back(), folderCount));
-}
-
-bool ShredRun::Confirm() {
-    if (arguments.yes || targets.empty()) return true;
-    return AskForConsent(
-        {"shred destroys files for good",
-         "These files, and folders with all that is in them, are overwritten and deleted for good:",
-         "nothing was deleted"},
-        targets, messages);
-}
-
-bool ShredRun::Run() {
-    ShredHost host(arguments, messages);
+        held.push_back(HoldForDeletion(target, held.empty() ? nullptr : &held.back(), folderCount));
+    const ConsentTexts texts = {
+        "shred destroys files for good",
+        "These files, and folders with all that is in them, are overwritten and deleted for good:",
+        "nothing was deleted"};
+    if (!yes && !AskForConsent(texts, targets, messages)) return ExitCode::kUsage;
     WatchForInterrupts();
     OutliveReaders();
-    const FolderHandle* folder = nullptr;
-    for (HeldTarget& each : held) {
-        if (IsInterrupted()) break;
-        if (each.folder.get() != folder && folder != nullptr) host.EndSeclusion();
-        folder = each.folder.get();
-        Shred(each, host);
-        each.target.object = {};  // a file that is remembered keeps its space
-    }
-    if (!held.empty()) host.EndSeclusion();
-    Print("deleted: " + std::to_string(host.DeletedCount()) + ", left: " + std::to_string(host.LeftCount()) +
-          '\n');
+    host.emplace(force ? FileScrutiny::kNone : FileScrutiny::kObstacles,
+                 quiet ? Progress::kQuiet : Progress::kShown, messages);
+    return ExitCode::kDone;
+}
+
+bool ShredCommand::Do(const Target& /*target*/) {
+    HeldTarget& each = held[next];
+    const FolderHandle* before = next == 0 ? nullptr : held[next - 1].folder.get();
+    if (before != nullptr && each.folder.get() != before) host->EndSeclusion();
+    Shred(each, *host);
+    each.target.object = {};  // a file that is remembered keeps its space
+    ++next;
+    return true;  // what was left is counted
+}
+
+bool ShredCommand::End() {
+    if (!held.empty()) host->EndSeclusion();
+    Print("deleted: " + std::to_string(host->DeletedCount()) +
+          ", left: " + std::to_string(host->LeftCount()) + '\n');
     if (IsInterrupted())
         SayInterrupted(messages, "the rest is as it was, but for the file that was being overwritten");
-    return host.LeftCount() == 0 && !IsInterrupted();
+    return host->LeftCount() == 0 && !IsInterrupted();
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeShred(const CommandParent& parent) {
+    return std::make_unique<ShredCommand>(parent);
 }
 
 }  // namespace permora

@@ -30,15 +30,6 @@ DWORD FullPath(const std::string& path, std::string& full) {
     return ERROR_SUCCESS;
 }
 
-// A link to a folder is none.
-DWORD AskIsFolder(const Target& target, bool& isFolder) {
-    const DWORD attributes = GetFileAttributesA(target.name.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) return GetLastError();
-    isFolder =
-        (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
-    return ERROR_SUCCESS;
-}
-
 }  // namespace
 
 DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const FolderHandle>& start,
@@ -98,17 +89,9 @@ bool FindTarget(const Target& target, HeldObject& object, ConsoleMessages& messa
     return error == ERROR_SUCCESS;
 }
 
-DWORD EnterFolder(const Target& target) {
-    if (target.folder.empty()) return ERROR_SUCCESS;
-    if (target.start) {
-        if (const DWORD error = target.start->MakeCurrent(); error != ERROR_SUCCESS) return error;
-    }
-    const std::string& folder = target.start ? target.folderFromStart : target.folder;
-    if (!folder.empty() && SetCurrentDirectoryA(folder.c_str()) == FALSE) return GetLastError();
-    if (!target.endsWithSeparator) return ERROR_SUCCESS;
-    bool isFolder = false;
-    const DWORD error = AskIsFolder(target, isFolder);
-    return error == ERROR_SUCCESS && !isFolder ? ERROR_DIRECTORY : error;
+DWORD OpenFolderOf(const Target& target, FolderHandle& folder) {
+    return target.start ? target.start->OpenPath(target.folderFromStart, folder)
+                        : FolderHandle::Open(target.folder, folder);
 }
 
 std::string TypedPath(const Target& target, const std::string& below) {

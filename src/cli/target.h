@@ -1,4 +1,4 @@
-// An object named on the command line, in the form in which the access list services take it.
+// An object that was named on the command line.
 #pragma once
 
 #include <memory>
@@ -15,7 +15,7 @@ struct Target {
     std::string argument;  // as typed: how every message and listing names the object
     // As it was found when the program was started, before anything was asked about it.
     RememberedObject object;
-    std::string folder;  // absolute, to be made current before `name` is used; empty for a drive root
+    std::string folder;  // absolute, with a separator at its end; empty for a drive root
     // What was typed relative to the current directory is found from there, whatever that is called by then;
     // null for everything else.
     std::shared_ptr<const FolderHandle> start;
@@ -26,23 +26,22 @@ struct Target {
 };
 
 // Finds out what an argument names, relative to the current directory, which is `start` (null when it cannot
-// be held): all arguments must have been asked about before the first EnterFolder. The text alone is looked
-// at, and the object need not exist; it is held with RememberTarget. On failure `target` is untouched and the
-// result is a system error code.
+// be held). Only the text is looked at: the object need not exist, and is held by RememberTarget. On failure
+// `target` is untouched. Returns a system error code.
 DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const FolderHandle>& start,
                  Target& target);
 
-// Holds what the target leads to, so that it is known again. What cannot be found is told by FindTarget.
+// Holds what the target leads to, so that it is known again. When it cannot be found, FindTarget says so.
 void RememberTarget(Target& target);
 
-// The object of a target that was remembered; false after a message: it cannot be found, another object has
-// its name by now, or it is a link or a file with a separator behind it ("link/" means what the link leads to
-// for every other program; to take the link in silence would be another object than the one meant).
+// Finds the object of a target that was remembered. On false the reason was printed: it cannot be found,
+// another object has its name by now, or it is a link or a file with a separator behind it ("link/" means
+// what the link leads to for every other program; to take the link would be another object than the one
+// meant).
 bool FindTarget(const Target& target, HeldObject& object, ConsoleMessages& messages);
 
-// Makes the folder that holds the object current, so that its bare name means it. Returns a system error
-// code: ERROR_DIRECTORY for a link or a file with a separator behind it.
-DWORD EnterFolder(const Target& target);
+// Opens the folder in which the target has its name. Returns a system error code.
+DWORD OpenFolderOf(const Target& target, FolderHandle& folder);
 
 // The path of something below the target, which is given with backslashes (empty: the target itself), as the
 // user would have typed it.

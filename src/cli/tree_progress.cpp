@@ -1,50 +1,15 @@
 #include "cli/tree_progress.h"
 
-#include <csignal>
 #include <cstdio>
 
+#include "cli/interrupts.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
+#include "platform/api/errors.h"
 #include "platform/terminal.h"
 
 namespace permora {
-namespace {
-
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not wait");
-std::atomic<bool> isInterrupted = false;
-
-void TakeInterrupt(int signal) {
-    isInterrupted = true;
-    std::signal(signal, SIG_DFL);
-}
-
-}  // namespace
-
-void WatchForInterrupts() {
-    std::signal(SIGINT, TakeInterrupt);
-    std::signal(SIGTERM, TakeInterrupt);
-#ifdef SIGHUP
-    // Who started the program may have it outlive its terminal.
-    if (std::signal(SIGHUP, TakeInterrupt) == SIG_IGN) std::signal(SIGHUP, SIG_IGN);
-#endif
-}
-
-void OutliveReaders() {
-#ifdef SIGPIPE
-    std::signal(SIGPIPE, SIG_IGN);
-#endif
-}
-
-const std::atomic<bool>& IsInterrupted() {
-    return isInterrupted;
-}
-
-void SayInterrupted(ConsoleMessages& messages, const char* rest) {
-    messages.SetSubject("");
-    messages.Say(std::string("interrupted: ") + rest);
-}
-
-ProgressLine::ProgressLine(bool isQuiet) : columns(isQuiet ? 0 : TerminalColumns(stderr)) {}
+ProgressLine::ProgressLine(Progress mode) : columns(mode == Progress::kQuiet ? 0 : TerminalColumns(stderr)) {}
 
 void ProgressLine::Show(std::size_t count, const char* name) {
     if (columns == 0) return;
@@ -62,8 +27,14 @@ void ProgressLine::Clear() {
     isShown = false;
 }
 
-TreeProgress::TreeProgress(const Arguments& userArguments, ConsoleMessages& console)
-    : arguments(userArguments), messages(console), progress(userArguments.quiet) {}
+TreeProgress::TreeProgress(Progress line, PassedOver passedOver, ConsoleMessages& console)
+    : mode(passedOver), messages(console), progress(line) {}
+
+void TreeProgress::EndTarget(DWORD error, TreeCounts& counts) {
+    if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED) return;
+    ++counts.passedOver;
+    PassOver("", error);
+}
 
 bool TreeProgress::Begin(const char* name) {
     if (IsInterrupted()) return false;
@@ -73,7 +44,7 @@ bool TreeProgress::Begin(const char* name) {
 
 void TreeProgress::PassOver(const std::string& path, DWORD error) {
     const bool isTarget = path.empty();
-    if (!isTarget && !arguments.verbose) return;
+    if (!isTarget && mode == PassedOver::kCounted) return;
     progress.Clear();
     messages.SetSubject(TypedPath(*target, path));
     if (error == kHasFurtherNames) {
@@ -84,9 +55,12 @@ void TreeProgress::PassOver(const std::string& path, DWORD error) {
     }
 }
 
-void PrintCounts(const TreeCounts& counts, bool isDryRun) {
-    Print((isDryRun ? "would change: " : "changed: ") + std::to_string(counts.changed) + ", already so: " +
-          std::to_string(counts.unchanged) + ", passed over: " + std::to_string(counts.passedOver) + '\n');
+bool EndTrees(const TreeCounts& counts, ChangeMode mode, ConsoleMessages& messages) {
+    Print((mode == ChangeMode::kDryRun ? "would change: " : "changed: ") + std::to_string(counts.changed) +
+          ", already so: " + std::to_string(counts.unchanged) +
+          ", passed over: " + std::to_string(counts.passedOver) + '\n');
+    if (IsInterrupted()) SayInterrupted(messages);
+    return counts.passedOver == 0 && !IsInterrupted();
 }
 
 }  // namespace permora

@@ -1,34 +1,29 @@
-// What is said while a whole tree is changed, and how the user ends it.
+// What is printed while a whole tree is changed.
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <string>
 
-#include "cli/arguments.h"
+#include "cli/command.h"
 #include "cli/messages.h"
 #include "cli/target.h"
 #include "platform/tree_security.h"
 
 namespace permora {
 
-// From now on the first Ctrl-C, like the other signals to end (SIGTERM, a terminal that closes), ends walks
-// between two objects. A second one ends the program at once.
-void WatchForInterrupts();
-// Set by the first such signal; lives as long as the program.
-const std::atomic<bool>& IsInterrupted();
-// From now on the program does not end when nobody reads any more what it writes (SIGPIPE), for work that
-// must not end in its middle. IsAllPrinted tells of it.
-void OutliveReaders();
-// `rest` says how what was not reached is.
-void SayInterrupted(ConsoleMessages& messages, const char* rest = "the rest is as it was");
+// --quiet.
+struct QuietFlag : Flag {
+    explicit QuietFlag(OptionPlace place) : Flag(place, "--quiet", "No progress line on a terminal") {}
+};
+
+enum class Progress { kShown, kQuiet };
 
 // One line on the terminal that is written over again and again, at most ten times a second, so that the
 // terminal never slows the walk.
 class ProgressLine {
   public:
-    explicit ProgressLine(bool isQuiet);
+    explicit ProgressLine(Progress mode);
     ~ProgressLine() { Clear(); }
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
@@ -42,25 +37,33 @@ class ProgressLine {
     bool isShown = false;
 };
 
+enum class PassedOver { kNamed, kCounted };
+
 // Shows the object that the walk has come to, and names those that it passes over as the user would type
-// them: always the target itself, the others when the arguments say so (verbose).
+// them: always the target itself, the others with kNamed.
 class TreeProgress : public TreeObserver {
   public:
-    TreeProgress(const Arguments& userArguments, ConsoleMessages& console);
+    TreeProgress(Progress mode, PassedOver passedOver, ConsoleMessages& console);
 
+    // `next` is borrowed until the next call.
     void SetTarget(const Target& next) { target = &next; }
+    // Ends the work on the target, which gave `error`. A failure counts as one object that was passed over.
+    void EndTarget(DWORD error, TreeCounts& counts);
 
     bool Begin(const char* name) override;
     void PassOver(const std::string& path, DWORD error) override;
 
   private:
-    const Arguments& arguments;
+    const PassedOver mode;
     ConsoleMessages& messages;
     ProgressLine progress;
     const Target* target = nullptr;
     std::size_t count = 0;
 };
 
-void PrintCounts(const TreeCounts& counts, bool isDryRun);
+enum class ChangeMode { kWrite, kDryRun };
+
+// What is printed when the trees are done. Whether nothing was passed over and the user has not interrupted.
+bool EndTrees(const TreeCounts& counts, ChangeMode mode, ConsoleMessages& messages);
 
 }  // namespace permora

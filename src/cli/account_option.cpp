@@ -1,0 +1,41 @@
+#include "cli/account_option.h"
+
+#include "platform/api/errors.h"
+#include "platform/resources.h"
+#include "platform/system_message.h"
+#include "security/account_lookup.h"
+
+namespace permora {
+namespace {
+
+// On failure `account` is untouched. Returns a system error code.
+DWORD FindAccount(const std::string& text, AccountRecord& account) {
+    // Only a text of this form: the two-letter abbreviations of SIDs could be names of users.
+    if (!text.starts_with("S-") && !text.starts_with("s-")) return LookupAccountByName(text.c_str(), account);
+    PSID found = nullptr;
+    if (ConvertStringSidToSidA(text.c_str(), &found) == FALSE) return GetLastError();
+    const UniqueLocal<void> sid(found);
+    return account.SetSid(sid.get()) ? ERROR_SUCCESS : ERROR_INVALID_SID;
+}
+
+}  // namespace
+
+AccountOption::AccountOption(Command& command)
+    : AccountOption(command, "--account", R"(The account: a name, DOMAIN\name or a SID like S-1-1-0)",
+                    Presence::kRequired) {}
+
+AccountOption::AccountOption(Command& command, const char* optionName, const char* description,
+                             Presence presence)
+    : name(optionName), option(command, optionName, "NAME", description, presence) {
+    command.Add(*this);
+}
+
+std::string AccountOption::Interpret() {
+    const std::optional<std::string> text = option.Text();
+    if (!text) return {};
+    if (text->empty()) return std::string(name) + ": the name is empty";
+    const DWORD error = FindAccount(*text, account);
+    return error == ERROR_SUCCESS ? std::string() : *text + ": " + SystemMessageLine(error);
+}
+
+}  // namespace permora

@@ -1,0 +1,34 @@
+// The account that a command is about.
+#pragma once
+
+#include <string>
+
+#include "cli/command.h"
+#include "security/account_record.h"
+
+namespace permora {
+
+class AccountOption final : public Argument {
+  public:
+    // --account, which must be given.
+    explicit AccountOption(Command& command);
+    // Another option that names one.
+    AccountOption(Command& command, const char* name, const char* description, Presence presence);
+
+    // Finds the account that was named: by a name, DOMAIN\name or the text of a SID.
+    std::string Interpret() override;
+
+    bool IsGiven() const { return account.sid.has_value(); }
+    // Looks up the account's names when they are asked for.
+    AccountRecord& Account() { return account; }
+    // As typed.
+    std::string Text() const { return option.Text().value_or(""); }
+    const TextOption& Option() const { return option; }
+
+  private:
+    const char* name;
+    TextOption option;
+    AccountRecord account;
+};
+
+}  // namespace permora

@@ -1,0 +1,59 @@
+#include "cli/command.h"
+
+#include <CLI/CLI.hpp>
+
+#include "cli/argument_shield.h"
+
+namespace permora {
+
+Command::Command(const CommandParent& parent, const char* name, const char* description)
+    : messages(parent.messages),
+      parser(*parent.parser.add_subcommand(name, description)),
+      chosen(parent.chosen) {
+    // A command's own commands are asked before it.
+    parser.callback([this] {
+        if (chosen == nullptr) chosen = this;
+    });
+}
+
+std::string Command::Interpret() {
+    std::string problem;
+    for (Argument* argument : arguments) {
+        problem = argument->Interpret();
+        if (!problem.empty()) break;
+    }
+    return problem;
+}
+
+Choice::Choice(Command& owner) : OptionPlace(owner, *owner.Parser().add_option_group("choice", "One of:")) {
+    parser.require_option(1);
+}
+
+Flag::Flag(OptionPlace place, const char* name, const char* description)
+    : option(*place.parser.add_flag(name, isSet, description)) {}
+
+void Flag::Needs(const Flag& other) {
+    option.needs(&other.option);
+}
+
+void Flag::Needs(const TextOption& other) {
+    option.needs(&other.option);
+}
+
+void Flag::Excludes(const Flag& other) {
+    option.excludes(&other.option);
+}
+
+TextOption::TextOption(OptionPlace place, const char* name, const char* type, const std::string& description,
+                       Presence presence)
+    : option(*place.parser.add_option(name, shielded, description)) {
+    option.type_name(type);
+    option.required(presence == Presence::kRequired);
+}
+
+std::optional<std::string> TextOption::Text() const {
+    if (!shielded) return std::nullopt;
+    return Unshielded(*shielded);
+}
+
+}  // namespace permora

@@ -1,0 +1,132 @@
+// What every command of the terminal program is made of: its options, declared as members, and its work.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/messages.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+namespace permora {
+
+class Command;
+class TextOption;
+
+// What the program's exit tells a script.
+enum class ExitCode : std::uint8_t {
+    kDone = 0,
+    kSomeFailed = 1,  // and every other was done, unless the program had to break off
+    kUsage = 2,       // nothing was touched
+};
+
+constexpr ExitCode ExitCodeOf(bool allDone) {
+    return allDone ? ExitCode::kDone : ExitCode::kSomeFailed;
+}
+
+// Where commands add themselves: the program, or a command with commands of its own. All is borrowed and must
+// outlive the commands.
+struct CommandParent {
+    CLI::App& parser;
+    Command*& chosen;  // set by the parser: the command that the user named
+    ConsoleMessages& messages;
+};
+
+// An argument whose text has a meaning of its own. A member of its command.
+class Argument {
+  public:
+    // Finds the meaning of what was typed. Returns what is wrong with it, or an empty text.
+    virtual std::string Interpret() = 0;
+
+  protected:
+    ~Argument() = default;
+};
+
+class Command {
+  public:
+    virtual ~Command() = default;
+    Command(const Command&) = delete;
+    Command& operator=(const Command&) = delete;
+
+    // Interprets the arguments after they were parsed. Returns what is wrong with them, or an empty text.
+    virtual std::string Interpret();
+    // Does the work. What fails is named on standard error.
+    virtual ExitCode Run() = 0;
+
+    // Includes an argument in Interpret. It must live as long as this.
+    void Add(Argument& argument) { arguments.push_back(&argument); }
+    CLI::App& Parser() { return parser; }
+
+  protected:
+    Command(const CommandParent& parent, const char* name, const char* description);
+    // For the commands that belong to this one.
+    CommandParent AsParent() { return {parser, chosen, messages}; }
+
+    ConsoleMessages& messages;
+
+  private:
+    CLI::App& parser;
+    Command*& chosen;
+    std::vector<Argument*> arguments;
+};
+
+// Where an option stands: in a command, or in a choice among some of its options.
+struct OptionPlace {
+    OptionPlace(Command& owner)
+        : command(owner), parser(owner.Parser()) {}  // NOLINT(google-explicit-constructor)
+    OptionPlace(Command& owner, CLI::App& group) : command(owner), parser(group) {}
+
+    Command& command;
+    CLI::App& parser;
+};
+
+// Exactly one of the options that stand in it must be given.
+struct Choice : OptionPlace {
+    explicit Choice(Command& owner);
+};
+
+enum class Presence : std::uint8_t { kOptional, kRequired };
+
+// An option without a value.
+class Flag {
+  public:
+    Flag(OptionPlace place, const char* name, const char* description);
+    Flag(const Flag&) = delete;
+    Flag& operator=(const Flag&) = delete;
+
+    // Whether it was given.
+    explicit operator bool() const { return isSet; }
+    // It is refused without the other option, or together with it.
+    void Needs(const Flag& other);
+    void Needs(const TextOption& other);
+    void Excludes(const Flag& other);
+
+  private:
+    bool isSet = false;
+    CLI::Option& option;
+};
+
+// An option with a text.
+class TextOption {
+  public:
+    // `type` stands for the text in the help.
+    TextOption(OptionPlace place, const char* name, const char* type, const std::string& description,
+               Presence presence = Presence::kOptional);
+    TextOption(const TextOption&) = delete;
+    TextOption& operator=(const TextOption&) = delete;
+
+    // As typed; nothing when the option was not given.
+    std::optional<std::string> Text() const;
+
+  private:
+    friend class Flag;
+    std::optional<std::string> shielded;
+    CLI::Option& option;
+};
+
+}  // namespace permora

@@ -1,0 +1,25 @@
+// All commands of the terminal program. Each is made in a source of its own, which adds its name, its options
+// and its help to the parser.
+#pragma once
+
+#include <memory>
+
+#include "cli/command.h"
+
+namespace permora {
+
+std::unique_ptr<Command> MakeAccounts(const CommandParent& parent);
+std::unique_ptr<Command> MakeAssign(const CommandParent& parent);
+std::unique_ptr<Command> MakeDeny(const CommandParent& parent);
+std::unique_ptr<Command> MakeEffective(const CommandParent& parent);
+std::unique_ptr<Command> MakeGrant(const CommandParent& parent);
+std::unique_ptr<Command> MakeInherit(const CommandParent& parent);
+std::unique_ptr<Command> MakeOwner(const CommandParent& parent);
+std::unique_ptr<Command> MakeReset(const CommandParent& parent);
+std::unique_ptr<Command> MakeRevoke(const CommandParent& parent);
+std::unique_ptr<Command> MakeSetup(const CommandParent& parent);
+std::unique_ptr<Command> MakeShares(const CommandParent& parent);
+std::unique_ptr<Command> MakeShow(const CommandParent& parent);
+std::unique_ptr<Command> MakeShred(const CommandParent& parent);
+
+}  // namespace permora

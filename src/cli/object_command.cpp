@@ -1,0 +1,91 @@
+#include "cli/object_command.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "cli/argument_shield.h"
+#include "cli/interrupts.h"
+#include "platform/api/errors.h"
+#include "platform/host_path.h"
+
+namespace permora {
+namespace {
+
+// False when a name is empty.
+bool TakeNames(std::vector<std::string>& names) {
+    bool areNames = true;
+    for (std::string& name : names) {
+        name = Unshielded(name);
+        areNames = areNames && !name.empty();
+    }
+    return areNames;
+}
+
+}  // namespace
+
+ObjectCommand::ObjectCommand(const CommandParent& parent, const char* name, const char* description,
+                             Objects objects, const char* pathDescription)
+    : Command(parent, name, description) {
+    if (objects == Objects::kShares) {
+        Parser()
+            .add_option("NAME", shares, "Names of shares; behind -- also those that begin with a dash")
+            ->required()
+            ->type_name("");
+        return;
+    }
+    Parser().add_option("PATH", paths, pathDescription)->required()->type_name("");
+}
+
+ObjectCommand::ShareOption::ShareOption(ObjectCommand& command) {
+    CLI::Option* path = command.Parser().get_option("PATH")->required(false);
+    command.Parser()
+        .add_option("--share", command.shares,
+                    "Shares in the place of paths: the lists that the server keeps for them,\n"
+                    "which apply to whoever comes over the network")
+        ->type_name("NAME")
+        ->excludes(path);
+}
+
+std::string ObjectCommand::Interpret() {
+    if (!TakeNames(paths)) return "a path is empty";
+    if (!TakeNames(shares)) return "the name of a share is empty";
+    if (ObjectCount() == 0) return "PATH or --share is required";
+    return Command::Interpret();
+}
+
+std::vector<Target> ObjectCommand::FindTargets() {
+    auto start = std::make_shared<FolderHandle>();
+    if (FolderHandle::OpenCurrent(*start) != ERROR_SUCCESS) start.reset();
+    std::vector<Target> targets;
+    for (const std::string& path : paths) {
+        messages.SetSubject(path);
+        Target target;
+        if (IsAmbiguousArgument(path.c_str())) {
+            messages.Say("a file here is called so: write ./ before its name, or the path as /folder/file");
+        } else if (const DWORD error = MakeTarget(path, start, target); error == ERROR_SUCCESS) {
+            Hold(target);
+            targets.push_back(std::move(target));
+        } else {
+            messages.SaySystemError(error);
+        }
+    }
+    return targets;
+}
+
+ExitCode ObjectCommand::Run() {
+    const std::vector<Target> targets = FindTargets();
+    if (const ExitCode code = Begin(targets); code != ExitCode::kDone) return code;
+    bool allDone = targets.size() == paths.size();
+    for (const Target& target : targets) {
+        if (IsInterrupted()) break;
+        messages.SetSubject(target.argument);
+        allDone = Do(target) && allDone;
+    }
+    for (const std::string& share : shares) {
+        messages.SetSubject(share);
+        allDone = DoShare(share) && allDone;
+    }
+    return ExitCodeOf(End() && allDone);
+}
+
+}  // namespace permora

@@ -1,0 +1,130 @@
+#include "cli/program.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/argument_shield.h"
+#include "cli/messages.h"
+#include "cli/terminal_output.h"
+#include "cli/terminal_text.h"
+#include "platform/host_path.h"
+
+namespace permora {
+namespace {
+
+constexpr const char* kDescription =
+    "Shows and changes who may do what with files, folders and shares, and deletes files for good.";
+
+constexpr const char* kFooter = R"(Examples:
+  permora-cli show /mnt/data/Projects
+  permora-cli show --json 'C:\mnt\data\Projects' /mnt/data/Payroll
+  permora-cli grant /mnt/data/Projects --account 'BUILTIN\Users' --rights 'Read attributes,Read permissions'
+  permora-cli deny /mnt/data/Projects --account guest --rights 'Full control' --scope 'Files only' --dry-run
+  permora-cli revoke /mnt/data/Projects --account S-1-5-32-546
+  permora-cli inherit /mnt/data/Payroll --copy
+  permora-cli assign /mnt/data/Projects /mnt/data/Plans --account anna --combination Modify --dry-run
+  permora-cli reset /mnt/data/Projects --dry-run --verbose
+  permora-cli owner /mnt/data/Projects --set 'BUILTIN\Administrators' --tree
+  permora-cli effective /mnt/data/Payroll --account anna
+  permora-cli shred /mnt/data/Old /mnt/data/Payroll/2009.ods
+  permora-cli accounts --find admin
+  permora-cli shares
+  permora-cli deny --share Projects --account guest --rights 'Full control'
+
+A path is written as C:\folder\file or as this machine writes it; both mean the same object. A link at its end is
+not followed, and refused with a separator behind it. What begins with a dash or looks like C:\file while a file
+here is called so is refused: ./* in the place of * always means files. Rights, scopes and options are listed by
+the help of a command: permora-cli grant --help
+
+Exit code:
+  0  done
+  1  some object failed: each one is named on standard error with its reason (by reset only with --verbose), and all
+     others were done; or reset, owner or shred was interrupted
+     (assign gives every object the list that it makes of the first one's: when that fails, nothing was touched)
+  2  wrong arguments, an unknown account, or no consent to a reset or shred: nothing was touched)";
+
+// Prints what is wrong with the arguments.
+ExitCode Refuse(std::string_view problem) {
+    PrintError("permora-cli: " + PrintableText(problem) + '\n');
+    return ExitCode::kUsage;
+}
+
+// Prints the help or the version, or what the parser found wrong.
+ExitCode Answer(const CLI::App& app, const CLI::ParseError& error) {
+    if (error.get_exit_code() != 0) {
+        Refuse(WithoutShields(error.what()));
+        PrintError("Run with --help for more information.\n");
+        return ExitCode::kUsage;
+    }
+    std::ostringstream text;
+    app.exit(error, text, text);
+    Print(text.str());
+    return ExitCode::kDone;
+}
+
+// The arguments as the parser takes them, from the end; what is wrong with them otherwise.
+std::string ShieldArguments(std::span<const char* const> arguments, std::vector<std::string>& shielded) {
+    ArgumentPlace place = ArgumentPlace::kAmongOptions;
+    for (const char* const text : arguments) {
+        const std::string argument = text;
+        if (place == ArgumentPlace::kAmongOptions && argument.starts_with('-') && IsNameHere(text)) {
+            return argument +
+                   ": a file here is called so: write ./ before the name for the file; as an option it can "
+                   "be "
+                   "given in another folder";
+        }
+        shielded.push_back(Shielded(argument, place));
+        if (argument == "--") place = ArgumentPlace::kBehindDashes;
+    }
+    std::ranges::reverse(shielded);
+    return {};
+}
+
+// `exitCode`, or that of a failure when not all of the answer has reached whoever asked.
+int AfterOutput(ExitCode exitCode, ConsoleMessages& messages) {
+    if (!IsAllPrinted()) {
+        messages.SetSubject("standard output");
+        messages.Say("not everything could be written");
+        exitCode = std::max(exitCode, ExitCode::kSomeFailed);
+    }
+    return static_cast<int>(exitCode);
+}
+
+}  // namespace
+
+int RunProgram(std::span<MakeCommand* const> commands, int argumentCount, const char* const* argumentTexts) {
+    CLI::App app{kDescription, "permora-cli"};
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "permora-cli " PERMORA_VERSION, "Print the version");
+    app.set_help_flag("--help", "Print this help; behind a command, that command's help");
+    app.get_formatter()->column_width(26);
+    ConsoleMessages messages;
+    Command* chosen = nullptr;
+    std::vector<std::unique_ptr<Command>> made;
+    for (MakeCommand* const make : commands)
+        made.push_back(make({app, chosen, messages}));
+    app.footer(kFooter);  // last, so that the commands' own help stays short
+
+    const std::span arguments(argumentTexts, static_cast<std::size_t>(argumentCount));
+    if (arguments.size() < 2) {
+        PrintError(app.help());
+        return static_cast<int>(ExitCode::kUsage);
+    }
+    std::vector<std::string> shielded;
+    std::string problem = ShieldArguments(arguments.subspan(1), shielded);
+    if (problem.empty()) {
+        try {
+            app.parse(std::move(shielded));
+        } catch (const CLI::ParseError& error) {
+            return AfterOutput(Answer(app, error), messages);
+        }
+        problem = chosen->Interpret();
+    }
+    return AfterOutput(problem.empty() ? chosen->Run() : Refuse(problem), messages);
+}
+
+}  // namespace permora

@@ -1,0 +1,56 @@
+// The options that say which rights an entry is about, and where it applies.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "cli/command.h"
+#include "platform/api/base.h"
+
+namespace permora {
+
+// --rights.
+class RightsOption final : public Argument {
+  public:
+    RightsOption(OptionPlace place, Presence presence);
+    std::string Interpret() override;
+
+    // Without SYNCHRONIZE; 0 when the option was not given, and never otherwise.
+    DWORD Mask() const { return mask; }
+    // Whether the user named full control as a whole, rather than all rights one by one or as a mask.
+    bool NamesAll() const;
+
+  private:
+    TextOption option;
+    DWORD mask = 0;
+};
+
+// --combination.
+class CombinationOption final : public Argument {
+  public:
+    explicit CombinationOption(OptionPlace place);
+    std::string Interpret() override;
+
+    // Of one of kUsableCombinations; nothing when the option was not given.
+    std::optional<DWORD> Mask() const { return mask; }
+
+  private:
+    TextOption option;
+    std::optional<DWORD> mask;
+};
+
+// --scope.
+class ScopeOption final : public Argument {
+  public:
+    explicit ScopeOption(OptionPlace place);
+    std::string Interpret() override;
+
+    // The place in kInheritanceScopes; nothing when the option was not given.
+    std::optional<int> Index() const { return index; }
+
+  private:
+    TextOption option;
+    std::optional<int> index;
+};
+
+}  // namespace permora
