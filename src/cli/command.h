@@ -8,7 +8,7 @@
 
 #include "cli/messages.h"
 
-namespace CLI {
+namespace CLI {  // NOLINT(readability-identifier-naming): the parser names itself so
 class App;
 class Option;
 }  // namespace CLI
