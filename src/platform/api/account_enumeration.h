@@ -1,4 +1,4 @@
-// What accounts there are: those of this machine, and those that are the same on every machine.
+// Lists accounts: those of this machine, and those that are the same on every machine.
 #pragma once
 
 #include "platform/api/base.h"
@@ -7,7 +7,7 @@
 
 #ifndef _WIN32
 
-// Every number from the first to the last of these can be asked for.
+// Every number from the first to the last of these is valid.
 enum WELL_KNOWN_SID_TYPE {
     WinWorldSid = 1,
     WinBuiltinAdministratorsSid = 26,
@@ -24,14 +24,14 @@ struct USER_INFO_0 {
 
 extern "C" {
 
-// The SID of a type into `sid`, of `*size` bytes; `*size` becomes its length. Types 38 to 50 are accounts of
-// a domain and need its SID: ERROR_INVALID_PARAMETER without one, and for types that are not known.
-// ERROR_INSUFFICIENT_BUFFER, with the size needed, when it does not fit.
+// Writes the SID of a type to `sid`, a buffer of `*size` bytes; `*size` becomes its length. Types 38 to 50
+// are accounts of a domain and need its SID. ERROR_INVALID_PARAMETER without that SID, and for unknown types.
+// ERROR_INSUFFICIENT_BUFFER, with the needed size, when the SID does not fit.
 BOOL WINAPI CreateWellKnownSid(WELL_KNOWN_SID_TYPE type, PSID domain, PSID sid, DWORD* size);
 
 // This machine's local groups and users, level 0 alone (ERROR_INVALID_LEVEL), each name with its domain,
 // since one bare name may mean a user, a group and more. `server` must be null or this machine
-// (ERROR_BAD_NETPATH). A call hands out all of them whatever `preferredLength` says, so `*resume` (which may
+// (ERROR_BAD_NETPATH). A call returns all of them whatever `preferredLength` says, so `*resume` (which may
 // be null) becomes 0. The caller frees the buffer with NetApiBufferFree.
 NET_API_STATUS WINAPI NetLocalGroupEnum(LPCWSTR server, DWORD level, LPBYTE* buffer, DWORD preferredLength,
                                         LPDWORD read, LPDWORD total, PDWORD_PTR resume);

@@ -59,7 +59,7 @@ using HMODULE = HINSTANCE__*;
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;
 
-// What services answer that hand out a handle and have none.
+// The handle that services return on failure.
 inline void* const INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
 
 union ULARGE_INTEGER {

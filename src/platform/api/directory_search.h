@@ -1,4 +1,4 @@
-// What is in a folder.
+// Lists the contents of a folder.
 #pragma once
 
 #include "platform/api/base.h"
@@ -8,10 +8,10 @@
 
 struct WIN32_FIND_DATAA {
     DWORD dwFileAttributes;
-    FILETIME ftCreationTime;  // not asked of the host: 0
+    FILETIME ftCreationTime;  // always 0: not read from the host
     FILETIME ftLastAccessTime;
     FILETIME ftLastWriteTime;
-    DWORD nFileSizeHigh;  // in bytes; 0 for what is no file
+    DWORD nFileSizeHigh;  // in bytes; 0 unless a file
     DWORD nFileSizeLow;
     DWORD dwReserved0;
     DWORD dwReserved1;
@@ -28,7 +28,7 @@ extern "C" {
 // the name of one object; others with wildcards are ERROR_INVALID_NAME. INVALID_HANDLE_VALUE on failure:
 // ERROR_FILE_NOT_FOUND when there is no such object, ERROR_PATH_NOT_FOUND without the folder,
 // ERROR_NO_MORE_FILES for the root of a drive with nothing in it. The caller closes the search with
-// FindClose. What the host tells about an object that may not be looked at is its name and kind.
+// FindClose. Of an object that this process may not examine, only the name and kind are filled in.
 HANDLE WINAPI FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data);
 // ERROR_NO_MORE_FILES at the end; any other error ends the search too. What was deleted in the middle is
 // passed over.

@@ -1,4 +1,4 @@
-// What an access list grants one account.
+// The rights that an access list grants to one account.
 // Layouts and numbers: the SDK's "Access Control" documentation.
 #pragma once
 
@@ -26,13 +26,13 @@ extern "C" {
 // Makes a trustee of a SID, which is borrowed.
 void WINAPI BuildTrusteeWithSidA(PTRUSTEE_A trustee, PSID sid);
 
-// The rights that the list's allow and deny entries leave to the account and the groups that it belongs to:
-// an entry earlier in the list wins over a later one, whatever their types. Entries that are only handed down
-// do not count, entries of other types and generic rights neither. Not considered: what an owner may do
-// anyway, privileges, and groups that an account belongs to only by the way it logs on. 0 or an error code,
-// then
-// `*rights` is untouched: ERROR_NONE_MAPPED for an account whose groups this machine does not know. A null
-// list grants everything.
+// The rights that the list's allow and deny entries grant to the account through itself and its groups. An
+// earlier entry wins over a later one, whatever their types. Inherit-only entries, entries of other types and
+// generic rights do not count. Not considered: the implicit rights of an owner, privileges, and groups that
+// depend on how the account logs on. A null list grants everything.
+//
+// Returns 0 or an error code; `*rights` is then untouched. ERROR_NONE_MAPPED: this machine does not know the
+// groups of the account.
 DWORD WINAPI GetEffectiveRightsFromAclA(PACL acl, PTRUSTEE_A trustee, PACCESS_MASK rights);
 
 }  // extern "C"

@@ -1,7 +1,7 @@
-// What a volume does with the contents of a file beside reading and writing them: compressing and encrypting.
+// Compression and encryption of a file's contents by its volume.
 //
-// Paths as in files.h. On Linux no volume is known that does either on demand: a request for the state that
-// the object is in already succeeds, any other fails with ERROR_NOT_SUPPORTED and changes nothing.
+// Paths as in files.h. No known volume on Linux does either on demand: a request for the state that the
+// object already has succeeds, any other fails with ERROR_NOT_SUPPORTED and changes nothing.
 #pragma once
 
 #include "platform/api/base.h"

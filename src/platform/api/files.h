@@ -50,10 +50,10 @@ enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 
 struct WIN32_FILE_ATTRIBUTE_DATA {
     DWORD dwFileAttributes;
-    FILETIME ftCreationTime;  // 0 where the volume does not say
+    FILETIME ftCreationTime;  // 0 where the volume does not keep it
     FILETIME ftLastAccessTime;
     FILETIME ftLastWriteTime;
-    DWORD nFileSizeHigh;  // in bytes; 0 for what is no file
+    DWORD nFileSizeHigh;  // in bytes; 0 unless a file
     DWORD nFileSizeLow;
 };
 
@@ -64,7 +64,7 @@ extern "C" {
 
 // FILE_ATTRIBUTE_ flags of the object itself, or INVALID_FILE_ATTRIBUTES with the last error set.
 DWORD WINAPI GetFileAttributesA(LPCSTR path);
-// Fills the WIN32_FILE_ATTRIBUTE_DATA that `data` points to with what the object itself is. `level` is
+// Fills the WIN32_FILE_ATTRIBUTE_DATA at `data` with the facts of the object itself. `level` is
 // GetFileExInfoStandard.
 BOOL WINAPI GetFileAttributesExA(LPCSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data);
 // Sets the flags that can be set (read-only, hidden, system, archive, temporary, offline, not indexed) and
@@ -72,10 +72,10 @@ BOOL WINAPI GetFileAttributesExA(LPCSTR path, GET_FILEEX_INFO_LEVELS level, LPVO
 // cannot hold any.
 BOOL WINAPI SetFileAttributesA(LPCSTR path, DWORD attributes);
 
-// Makes a folder, which gets the access list that its own folder hands down; a separator at the end of the
+// Makes a folder, which inherits its access list from its parent; a separator at the end of the
 // path does not matter. `attributes` must be null (ERROR_INVALID_PARAMETER). ERROR_ALREADY_EXISTS when there
-// is anything of this name, ERROR_PATH_NOT_FOUND when the folder to hold it is missing, ERROR_INVALID_NAME
-// for a name that Windows would not take. A failure leaves no folder.
+// is an object of this name, ERROR_PATH_NOT_FOUND when the parent folder is missing, ERROR_INVALID_NAME
+// for a name that Windows does not allow. A failure leaves no folder.
 BOOL WINAPI CreateDirectoryA(LPCSTR path, LPSECURITY_ATTRIBUTES attributes);
 
 // The current directory as a path with drive letter. Returns its length without the NUL when `size` (in
@@ -96,8 +96,8 @@ BOOL WINAPI GetVolumeInformationA(LPCSTR root, LPSTR volumeName, DWORD volumeNam
                                   LPDWORD maximumComponentLength, LPDWORD fileSystemFlags,
                                   LPSTR fileSystemName, DWORD fileSystemNameSize);
 
-// Bytes on the volume that holds the folder `path` (null: the current directory): what this process may still
-// fill, the whole volume, and all that is free. Every output may be null.
+// Bytes on the volume that holds the folder `path` (null: the current directory): free for this process,
+// total, and free altogether. Every output may be null.
 BOOL WINAPI GetDiskFreeSpaceExA(LPCSTR path, PULARGE_INTEGER availableToCaller, PULARGE_INTEGER total,
                                 PULARGE_INTEGER free);
 
@@ -109,17 +109,17 @@ UINT WINAPI GetDriveTypeA(LPCSTR root);
 
 // Of a file that platform/folder_files.h opened; one thread at a time. `size` in bytes.
 BOOL WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
-// Where WriteFile goes on, in bytes from the file's beginning: `method` is FILE_BEGIN
-// (ERROR_INVALID_PARAMETER). Writes what was gathered before. `position`, which may be null, becomes the new
-// place.
+// Sets where WriteFile continues, in bytes from the file's beginning: `method` must be FILE_BEGIN
+// (ERROR_INVALID_PARAMETER). Writes all buffered bytes first. `position`, which may be null, receives the new
+// position.
 BOOL WINAPI SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER position, DWORD method);
-// Writes after what was written last, from the file's beginning on; the file grows as needed. The bytes are
-// gathered into larger runs, so an error may be told by a later call, at the latest by that which reaches the
-// end of what was in the file; FlushFileBuffers tells those of the disk.
+// Writes at the current position, which begins at the start of the file; the file grows as needed. Bytes are
+// buffered, so a later call may report the error: at the latest the one that reaches the old end of the file.
+// FlushFileBuffers reports the errors of the disk.
 // `overlapped` must be null (ERROR_INVALID_PARAMETER).
 BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped);
-// Returns when all that was written is on the disk, or tells why it is not. Closing the file does neither:
-// what was not flushed is lost.
+// Returns when all written bytes are on the disk, or an error. Closing the file does not write: bytes that
+// were not flushed are lost.
 BOOL WINAPI FlushFileBuffers(HANDLE file);
 
 }  // extern "C"

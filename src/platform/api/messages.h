@@ -29,10 +29,10 @@ inline constexpr int IDNO = 7;
 
 extern "C" {
 
-// The text of error code `messageId`, ending in a line break. FORMAT_MESSAGE_ALLOCATE_BUFFER must be asked
-// for: `buffer` is the address of a pointer that receives a LocalAlloc block; the caller frees it with
-// LocalFree. Returns the number of characters without the NUL, or 0 (ERROR_MR_MID_NOT_FOUND when no table
-// has a text).
+// The text of error code `messageId`, ending in a line break. FORMAT_MESSAGE_ALLOCATE_BUFFER must be set:
+// `buffer` is the address of a pointer that receives a LocalAlloc block; the caller frees it with
+// LocalFree. Returns the number of characters without the NUL, or 0 (ERROR_MR_MID_NOT_FOUND: no table has a
+// text).
 DWORD WINAPI FormatMessageA(DWORD flags, LPCVOID source, DWORD messageId, DWORD languageId, LPSTR buffer,
                             DWORD size, va_list* arguments);
 

@@ -1,4 +1,4 @@
-// What all network management services share: their result, the blocks that they hand out, their error codes.
+// Common to all network management services: their result type, their buffers, their error codes.
 // Numbers: Microsoft Learn, "Network Management Error Codes". Codes of other ranges are system error codes.
 #pragma once
 
@@ -18,12 +18,12 @@ inline constexpr NET_API_STATUS NERR_InvalidMaxUsers = 2122;
 inline constexpr NET_API_STATUS NERR_InternalError = 2140;
 inline constexpr NET_API_STATUS NERR_NetNameNotFound = 2310;
 
-// As the length preferred: everything at once.
+// As the preferred length: everything at once.
 inline constexpr DWORD MAX_PREFERRED_LENGTH = 0xFFFFFFFF;
 
 extern "C" {
 
-// Frees what a network management service handed out; null is fine.
+// Frees a buffer of a network management service; null is allowed.
 NET_API_STATUS WINAPI NetApiBufferFree(LPVOID buffer);
 
 }  // extern "C"

@@ -23,7 +23,7 @@ struct LSA_UNICODE_STRING {
 };
 using PLSA_UNICODE_STRING = LSA_UNICODE_STRING*;
 
-// Nothing in it is looked at.
+// All fields are ignored.
 struct LSA_OBJECT_ATTRIBUTES {
     ULONG Length;
     HANDLE RootDirectory;

@@ -1,7 +1,7 @@
 // The registry: settings of the user and of the machine.
 //
-// Paths of keys have components separated by backslashes, which like names of values have no letter case (of
-// ASCII). Where the keys are kept on Linux: docs/platform.md. Every change is on the disk when the call
+// Components of key paths are separated by backslashes. Key and value names ignore the case of ASCII letters.
+// Where the keys are kept on Linux: docs/platform.md. Every change is on the disk when the call
 // returns, and several programs may make them at a time.
 #pragma once
 
@@ -18,11 +18,11 @@ using PHKEY = HKEY*;
 using REGSAM = DWORD;
 using LSTATUS = LONG;
 
-// The merged view of the user's and the machine's registered types; what is new goes to the machine.
+// The merged view of the user's and the machine's registered types; new keys go to the machine.
 inline HKEY__* const HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000000)});
 inline HKEY__* const HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000001)});
 inline HKEY__* const HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000002)});
-// Only ".DEFAULT": what users see who have no value of their own.
+// Only ".DEFAULT": the values for users who have none of their own.
 inline HKEY__* const HKEY_USERS = reinterpret_cast<HKEY>(std::intptr_t{std::int32_t(0x80000003)});
 
 inline constexpr REGSAM KEY_QUERY_VALUE = 0x0001;
@@ -44,13 +44,13 @@ inline constexpr DWORD REG_MULTI_SZ = 7;
 
 extern "C" {
 
-// All answer with 0 or an error code: ERROR_FILE_NOT_FOUND for a key or value that is not there,
-// ERROR_ACCESS_DENIED for what the handle was not opened for or the user may not do, ERROR_BADDB for a file
-// or value that is damaged.
+// All return 0 or an error code: ERROR_FILE_NOT_FOUND for a missing key or value, ERROR_ACCESS_DENIED where
+// the access of the handle or the rights of the user do not suffice, ERROR_BADDB for a damaged file or
+// value.
 
 // `subKey` may be null or empty: the key itself. The caller closes the handle.
 LSTATUS WINAPI RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD options, REGSAM access, PHKEY result);
-// Makes the key and those above it where they are missing. `disposition` (may be null) tells which it was.
+// Opens the key; makes it and those above it where they are missing. `disposition` (may be null) says which.
 LSTATUS WINAPI RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR keyClass, DWORD options,
                                REGSAM access, LPSECURITY_ATTRIBUTES security, PHKEY result,
                                LPDWORD disposition);
@@ -65,10 +65,10 @@ LSTATUS WINAPI RegSetValueExA(HKEY key, LPCSTR name, DWORD reserved, DWORD type,
                               DWORD size);
 
 // The name of a key below. `nameSize` is in bytes: of the buffer, then of the name without its NUL.
-// ERROR_NO_MORE_ITEMS behind the last. Class and time are not kept: their pointers must be null.
+// ERROR_NO_MORE_ITEMS after the last. Class and time are not kept: their pointers must be null.
 LSTATUS WINAPI RegEnumKeyExA(HKEY key, DWORD index, LPSTR name, LPDWORD nameSize, LPDWORD reserved,
                              LPSTR keyClass, LPDWORD classSize, FILETIME* lastWrite);
-// Deletes a key with its values; one that has keys below it is ERROR_ACCESS_DENIED.
+// Deletes a key with its values. ERROR_ACCESS_DENIED when there are keys below it.
 LSTATUS WINAPI RegDeleteKeyA(HKEY key, LPCSTR subKey);
 
 }  // extern "C"

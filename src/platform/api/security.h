@@ -165,8 +165,8 @@ inline constexpr DWORD SDDL_REVISION_1 = 1;
 
 extern "C" {
 
-// --- Security identifiers. A SID handed to these functions must be readable for its whole length; only
-// IsValidSid may be asked about a doubtful one.
+// --- Security identifiers. A SID passed to these functions must be readable for its whole length; only
+// IsValidSid takes doubtful ones.
 BOOL WINAPI IsValidSid(PSID sid);
 DWORD WINAPI GetLengthSid(PSID sid);
 BOOL WINAPI CopySid(DWORD targetSize, PSID target, PSID source);
@@ -188,7 +188,7 @@ BOOL WINAPI AddAccessDeniedAceEx(PACL acl, DWORD revision, DWORD flags, DWORD ma
 
 // --- Security descriptors, absolute or self-relative.
 
-// An absolute descriptor that has nothing yet. The revision must be SECURITY_DESCRIPTOR_REVISION.
+// Makes an empty absolute descriptor. The revision must be SECURITY_DESCRIPTOR_REVISION.
 BOOL WINAPI InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor, DWORD revision);
 // Puts a list into an absolute descriptor, which goes on pointing to it; a null list that is present allows
 // everyone everything. A self-relative descriptor is ERROR_INVALID_SECURITY_DESCR.

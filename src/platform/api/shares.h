@@ -42,7 +42,7 @@ struct SHARE_INFO_2 {
     DWORD shi2_permissions;
     DWORD shi2_max_uses;
     DWORD shi2_current_uses;
-    LPWSTR shi2_path;  // of this machine, with drive letter; empty for what is no folder
+    LPWSTR shi2_path;  // of this machine, with drive letter; empty unless a folder
     LPWSTR shi2_passwd;
 };
 
@@ -61,8 +61,8 @@ struct SHARE_INFO_502 {
 
 extern "C" {
 
-// All answer with NERR_Success, an error code of network.h or a system error code. `server` must be null or
-// this machine (ERROR_BAD_NETPATH). Names of shares have no letter case. Other levels than those told are
+// All return NERR_Success, an error code of network.h or a system error code. `server` must be null or this
+// machine (ERROR_BAD_NETPATH). Names of shares ignore letter case. Other levels than those named here are
 // ERROR_INVALID_LEVEL.
 
 // Records of level 1 or 2, in the order of the machine's list: all of them whatever `preferredLength` says,
@@ -76,10 +76,10 @@ NET_API_STATUS WINAPI NetShareEnum(LPWSTR server, DWORD level, LPBYTE* buffer, D
 NET_API_STATUS WINAPI NetShareGetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE* buffer);
 
 // Changes, by a record of level 502, the remark, the greatest number of users and the descriptor (of either
-// form, checked whole; null leaves it as it is) where they differ from what the share has. The other fields
+// form, checked whole; null leaves it as it is) where they differ from those of the share. The other fields
 // must be as they were read: ERROR_INVALID_PARAMETER, and in `*wrongField` (which may be null) its number.
-// What cannot be changed because it is fixed in a file of the server is ERROR_FILE_READ_ONLY. What was
-// changed before a failure is put back.
+// ERROR_FILE_READ_ONLY: a configuration file of the server fixes the value. What was changed before a failure
+// is restored.
 NET_API_STATUS WINAPI NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, LPBYTE record,
                                       LPDWORD wrongField);
 
@@ -88,7 +88,7 @@ NET_API_STATUS WINAPI NetShareSetInfo(LPWSTR server, LPWSTR name, DWORD level, L
 // NERR_InvalidMaxUsers for 0 users.
 NET_API_STATUS WINAPI NetShareAdd(LPWSTR server, DWORD level, LPBYTE record, LPDWORD wrongField);
 
-// Ends the sharing; what was shared stays. `reserved` must be 0. NERR_NetNameNotFound; ERROR_FILE_READ_ONLY
+// Ends the sharing; the folder stays. `reserved` must be 0. NERR_NetNameNotFound; ERROR_FILE_READ_ONLY
 // as above.
 NET_API_STATUS WINAPI NetShareDel(LPWSTR server, LPWSTR name, DWORD reserved);
 

@@ -1,4 +1,4 @@
-// What the desktop knows about files and does with them.
+// What the desktop knows about files and does with them: types, programs, file operations.
 #pragma once
 
 #include "platform/api/base.h"
@@ -65,16 +65,16 @@ using LPSHFILEOPSTRUCTW = SHFILEOPSTRUCTW*;
 
 extern "C" {
 
-// Tells what kind of file or folder `path` is, in the user's language, as the desktop calls it. Only
-// SHGFI_TYPENAME is offered: icons are those of platform/shell_icons.h. 0 when there is no such object, or
-// nothing is known about its kind; `info` is then unchanged.
+// The desktop's name for the type of the file or folder `path`, in the user's language. Only SHGFI_TYPENAME
+// is offered: icons are those of platform/shell_icons.h. Returns 0 when there is no such object, or its type
+// is unknown; `info` is then unchanged.
 DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD attributes, SHFILEINFOA* info, UINT infoSize, UINT flags);
 
-// Opens a file or folder, or an address ("http://", "https://", "mailto:"), with the program that the desktop
-// has for it; "shrpubw", with an owner, is the system's wizard for new shares (platform/presenters.h).
-// `operation` is "open" or null; `parameters` must be null. Returns more than 32 when the desktop took it
-// over, else why not: an error code below 31, or SE_ERR_NOASSOC for any other, which is the last error. On
-// Linux it waits up to a second for the desktop's refusal.
+// Opens a file or folder, or an address ("http://", "https://", "mailto:"), with the desktop's program for
+// it; "shrpubw", with an owner, is the system's wizard for new shares (platform/presenters.h).
+// `operation` is "open" or null; `parameters` must be null. Returns more than 32 on success, else an error
+// code below 31, or SE_ERR_NOASSOC for any other error, which is then the last error. On Linux it waits up to
+// a second for the desktop's refusal.
 HINSTANCE WINAPI ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR directory,
                                int showCommand);
 
@@ -87,17 +87,17 @@ BOOL WINAPI SHObjectProperties(HWND owner, DWORD type, LPCWSTR name, LPCWSTR pag
 // (docs/platform.md). Returns more than 31 when it was started, else an error code up to 31.
 UINT WINAPI WinExec(LPCSTR commandLine, UINT showCommand);
 
-// Copies, moves, renames or deletes files and folders with all that is in them; what a link leads to is never
+// Copies, moves, renames or deletes files and folders with their contents; the target of a link is never
 // touched. platform/file_operation_presenter.h shows the progress and asks what there is to ask, failures
-// included; what it all means on Linux: docs/platform.md.
+// included. Details for Linux: docs/platform.md.
 //
 // `pFrom` is a list of paths, each with its NUL, and one more NUL after the last. `pTo` is one path and two
 // NULs: the folder into which is copied or moved, or the new name, in the same folder, of the one object that
 // is renamed. FOF_ALLOWUNDO is the only flag: what is deleted goes to the trash. `hNameMappings` is not
-// looked at.
+// read.
 //
-// Returns 0 when everything was done, also when the user passed something over or cancelled: then
-// `fAnyOperationsAborted` is set. Else an error code, that of the first failure.
+// Returns 0 when everything was done, also when the user skipped something or cancelled, which sets
+// `fAnyOperationsAborted`. Otherwise the error code of the first failure.
 int WINAPI SHFileOperationA(LPSHFILEOPSTRUCTA operation);
 int WINAPI SHFileOperationW(LPSHFILEOPSTRUCTW operation);
 

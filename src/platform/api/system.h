@@ -18,7 +18,7 @@ inline constexpr DWORD VER_PLATFORM_WIN32_NT = 2;
 
 extern "C" {
 
-// 10.0 on Linux: the version whose services are meant, whatever the kernel calls itself.
+// 10.0 on Linux: the version of Windows whose services are implemented.
 BOOL WINAPI GetVersionExA(OSVERSIONINFOA* version);
 
 // The path of the program (`module` must be null, no other is known here): `path` gets it with its NUL. Its

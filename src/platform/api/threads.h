@@ -17,16 +17,16 @@ using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
 extern "C" {
 
 // Runs `start` with `parameter` on a new thread at once; the thread ends when it returns. The handle, which
-// the caller closes, tells nothing of the thread and does not keep it. Null with the last error set
+// the caller closes, has no other use and does not keep the thread alive. Null with the last error set
 // (ERROR_NOT_ENOUGH_MEMORY) when there is no thread.
 //
-// `stackSize` is what is set aside at once, in bytes; the stack grows beyond it, to the same size whatever is
-// asked. Processes do not hand handles down here, so `attributes` (which may be null) are not looked at. No
-// `flags` are known and `threadId` must be null: ERROR_INVALID_PARAMETER.
+// `stackSize` is the initial size in bytes; the stack may grow to the system's usual limit. Handles are not
+// inherited by other processes here, so `attributes` (which may be null) are ignored. `flags` must be 0 and
+// `threadId` null: ERROR_INVALID_PARAMETER.
 HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize, LPTHREAD_START_ROUTINE start,
                            LPVOID parameter, DWORD flags, LPDWORD threadId);
 
-// ERROR_INVALID_HANDLE for what is no open handle, null included.
+// ERROR_INVALID_HANDLE unless it is an open handle.
 BOOL WINAPI CloseHandle(HANDLE handle);
 
 }  // extern "C"

@@ -1,4 +1,4 @@
-// Times as the system writes them.
+// Time values.
 #pragma once
 
 #include "platform/api/base.h"

@@ -41,7 +41,7 @@ enum TOKEN_INFORMATION_CLASS { TokenUser = 1, TokenPrivileges = 3 };
 
 extern "C" {
 
-// Stands for this process; not to be closed.
+// A pseudo handle of this process; it is not closed.
 HANDLE WINAPI GetCurrentProcess();
 
 // The token of this process, the only one that can be opened. The caller closes it.
@@ -52,9 +52,9 @@ BOOL WINAPI OpenProcessToken(HANDLE process, DWORD access, HANDLE* token);
 BOOL WINAPI GetTokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS informationClass, LPVOID information,
                                 DWORD size, LPDWORD needed);
 
-// Switches privileges on or off, in this thread and in those that it starts later. Those that the token does
-// not hold are passed over: the call still succeeds, and the last error is then ERROR_NOT_ALL_ASSIGNED, else
-// 0. The former state is not told: `previous` and `needed` must be null.
+// Enables or disables privileges, in this thread and in those that it starts later. Privileges that the token
+// does not hold are skipped: the call succeeds, and the last error is then ERROR_NOT_ALL_ASSIGNED, else 0.
+// The former state is not returned: `previous` and `needed` must be null.
 BOOL WINAPI AdjustTokenPrivileges(HANDLE token, BOOL disableAll, PTOKEN_PRIVILEGES newState, DWORD size,
                                   PTOKEN_PRIVILEGES previous, LPDWORD needed);
 

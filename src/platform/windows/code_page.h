@@ -1,4 +1,4 @@
-// Texts in the ANSI code page, in which the program speaks, and in UTF-16, in which the system does.
+// Conversion between the program's texts (ANSI code page) and the system's (UTF-16).
 #pragma once
 
 #include <string>
@@ -8,11 +8,11 @@
 
 namespace permora {
 
-// ERROR_INVALID_NAME for what is no text of the code page.
+// ERROR_INVALID_NAME for bytes that are no text of the code page.
 DWORD ToWide(const std::string& text, std::wstring& wide);
 
-// ERROR_NO_UNICODE_TRANSLATION for what the code page does not have: a name with a question mark in it would
-// mean another file.
+// ERROR_NO_UNICODE_TRANSLATION for characters outside the code page: with question marks in their place the
+// name would mean another file.
 DWORD ToAnsi(std::wstring_view wide, std::string& text);
 
 }  // namespace permora

@@ -33,7 +33,7 @@ DWORD AskSparse(HANDLE file, bool& answer) {
     return ERROR_SUCCESS;
 }
 
-// Who may read may ask where the holes are.
+// Read access is enough to ask for the holes.
 DWORD AddReadingIfSparse(HANDLE file, DWORD& access) {
     bool isSparse = false;
     const DWORD error = AskSparse(file, isSparse);
@@ -91,7 +91,7 @@ DWORD FileHandle::OpenForOverwriting(UniqueHandle& contents) const {
     return ERROR_SUCCESS;
 }
 
-// Sharing nothing is the system's own promise.
+// The system itself guarantees it: the file is opened without sharing.
 bool FileHandle::KnowsOpeners() const {
     return true;
 }
@@ -163,8 +163,7 @@ DWORD FileHandle::Remove() const {
     return error == ERROR_SUCCESS ? RemoveOpened(object.get()) : error;
 }
 
-// Who removes a name opens the file for that, which nobody can while it is open without sharing: no folder is
-// needed.
+// Nobody can remove a name while the file is open without sharing, so no secluded folder is needed.
 struct SecludedFolder::Inside {
     std::string name;
 };

@@ -35,7 +35,7 @@ DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request,
 // `object` is open for DELETE.
 DWORD RemoveOpened(HANDLE object);
 
-// What a volume calls an object. FAT gives the numbers of deleted objects to others, which are younger.
+// A volume's number of an object. FAT reuses the numbers of deleted objects, for younger objects.
 struct ObjectMark {
     ULONGLONG volume = 0;
     FILE_ID_128 number{};

@@ -38,7 +38,7 @@ bool HasListOf(HANDLE object, PSECURITY_DESCRIPTOR expected) {
            std::memcmp(now.descriptor.get(), expected, size) == 0;
 }
 
-// A file of this user's own with a byte to lock for each object; it is never written.
+// A file of this user, with one byte to lock for each object. It is never written.
 UniqueHandle OpenLockFile() {
     char folder[MAX_PATH] = {};
     const DWORD length = GetEnvironmentVariableA("LOCALAPPDATA", folder, MAX_PATH);
@@ -70,8 +70,8 @@ DWORD WaitForLock(HANDLE file, const ObjectMark& mark) {
 }
 
 // Waits for the turn on `object`, which lasts as long as `turns` is open: ERROR_BUSY after ten seconds. Where
-// there is no place for the file, nothing that tells objects apart or no locks, there are no turns: the
-// answer is 0, and `turns` stays as it was.
+// there is no place for the file, no identity of objects or no locks, there are no turns: the result is 0,
+// and `turns` stays as it was.
 DWORD TakeTurnOn(HANDLE object, UniqueHandle& turns) {
     ObjectMark mark;
     UniqueHandle file = OpenLockFile();

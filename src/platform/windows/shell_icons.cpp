@@ -25,7 +25,7 @@ using UniqueScreen = std::unique_ptr<std::remove_pointer_t<HDC>, ScreenCloser>;
 
 constexpr int kChannels = 4;
 
-// The bitmap's pixels in 32 bits each, from the top; empty when the system does not give them.
+// The bitmap's pixels in 32 bits each, from the top; empty on failure.
 std::vector<std::uint8_t> PixelsOf(HDC screen, HBITMAP bitmap, int width, int height) {
     BITMAPINFO info{};
     info.bmiHeader.biSize = sizeof info.bmiHeader;

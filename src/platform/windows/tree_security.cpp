@@ -28,7 +28,7 @@ struct OpenFolder {
     WIN32_FIND_DATAA next;
 };
 
-// Changes the object at a path, which the system's calls want as a text that they could change.
+// Changes the object at a path. The system's calls take a writable text.
 using Change = std::function<DWORD(std::string& path)>;
 
 enum class Links {
@@ -117,7 +117,7 @@ class TreeWalk {
     std::vector<OpenFolder> open;  // from the walked folder down to the current one
 };
 
-// Whether the object's list could be looked at.
+// Whether the object's list could be read.
 DWORD ReadList(std::string& path) {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     const DWORD error = GetNamedSecurityInfoA(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
@@ -126,7 +126,7 @@ DWORD ReadList(std::string& path) {
     return error;
 }
 
-// By a handle, since the call that takes a name gives what a link leads to the owner.
+// By a handle: the call that takes a name would set the owner of the target of a link.
 DWORD WriteOwnerAt(const std::string& path, PSID owner, LinkedFiles linked) {
     HANDLE handle =
         CreateFileA(path.c_str(), WRITE_OWNER | FILE_READ_ATTRIBUTES,
