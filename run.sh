@@ -18,10 +18,10 @@ hasDisplay=${DISPLAY:-}${WAYLAND_DISPLAY:-}
 BuildPreset release "${targets[@]}"
 programs=$PWD/build/release/bin
 cli=$programs/permora-cli
-# The windowed program finds its help in the folder that it was told.
+# The windowed program looks for its help in the folder that is set here.
 "$cli" setup -- "$programs" >/dev/null
 
-# SavePictures FOLDER: of every dialog, and of the main window on the folder.
+# SavePictures FOLDER saves pictures of every dialog and of the main window on the folder.
 SavePictures() {
     local pictures=$PWD/build/pictures
     QT_QPA_PLATFORM=offscreen "$programs/permora-screenshots" "$pictures" >/dev/null 2>&1

@@ -3,7 +3,7 @@
 #   sudo bench/compare.sh [--quick] [--output FILE] [NAME...]
 # --quick takes small samples and few runs (some three minutes). --output writes the table to a file too. With names,
 # "copy" for example, only those benchmarks run. Ends with 1 when a benchmark could not do its work; rows that miss
-# their goals are named, and are no failure: how fast this machine is today is not known here.
+# their goals are named but are no failure, since the speed of the machine is unknown.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 # shellcheck source=tools/packages.sh
@@ -23,8 +23,7 @@ while [ $# -gt 0 ]; do
     esac
     shift
 done
-# Those that make the fewest files come first: a disk without a journal makes files slowly while many were deleted just
-# before.
+# Benchmarks with few files come first: a disk without a journal makes files slowly after many were deleted.
 [ ${#names[@]} -gt 0 ] || names=(startup list copy shred share rendering listing propagation tree_apply owner)
 
 EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" >&2
@@ -36,7 +35,7 @@ table=$(mktemp)
 runtime=$(mktemp -d)
 trap 'rm -rf "$table" "$runtime"' EXIT
 export XDG_RUNTIME_DIR=$runtime # the toolkit complains when there is none
-# Say LINE...: as soon as it is known, for whoever watches, and into the table.
+# Say LINE... prints at once and adds to the table.
 Say() { printf '%s\n' "$@" | tee -a "$table"; }
 
 processor=$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)
@@ -46,7 +45,7 @@ Say "$(date --utc '+%F %H:%M') UTC, $(nproc) x ${processor:-$(uname -m)}, Linux 
     "|---|---|---|---|---|---|---|"
 failed=()
 for name in "${names[@]}"; do
-    # Its own words about what went wrong are on standard error already.
+    # The benchmark has already reported the reason on standard error.
     "build/release/bin/${name}_bench" "${quick[@]}" | tee -a "$table" || failed+=("$name")
 done
 Say "" "Load after: $(Load)."

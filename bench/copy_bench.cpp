@@ -88,8 +88,8 @@ struct Way {
     std::function<std::string()> newPlace;
 };
 
-// Both by turns, and each of them first by turns, after a run that does not count. What was written before is
-// on the disk when a run begins.
+// Runs both by turns and lets each begin by turns, after a run that does not count. Earlier writes are on the
+// disk when a run begins.
 void Compare(const Way& way, const Sample& sample) {
     const std::string source = way.from + "/" + sample.what;
     std::filesystem::create_directory(source);
@@ -98,8 +98,8 @@ void Compare(const Way& way, const Sample& sample) {
         const std::string target = way.newPlace() + "/target";
         sync();
         const double seconds = SecondsFor([&] { copy(source, target); });
-        // Many files stay until the end: a disk without a journal looks through all that were deleted just
-        // now for each new one, and then the run after would take twice as long.
+        // Many files stay until the end: for each new file, a disk without a journal looks through all that
+        // were just deleted, and the next run would take twice as long.
         if (sample.make != MakeSmallFiles) std::filesystem::remove_all(target);
         return seconds;
     };
@@ -121,7 +121,7 @@ void CompareAll(const Way& way) {
 }
 
 void CompareWithNtfs(const TemporaryFolder& local, const std::function<std::string()>& newLocalPlace) {
-    // The driver remembers where it looked for room last, and what it read: so a new one serves each run.
+    // Each run gets a new driver, since a driver remembers what it read and where it last found room.
     std::optional<NtfsVolume> target;
     CompareAll({"local disk to NTFS", local.MakeFolder("sources"), [&] {
                     target.emplace(std::uint64_t{2} << 30);

@@ -1,6 +1,6 @@
 // A list view of 100,000 rows: how long they take to insert one by one, the memory of each, and how long a
 // painting takes after a jump to the middle, in every view. Nothing is shown: the toolkit paints into memory.
-// Times are this process's, whatever else the machine does. Prints rows of the table in README.md.
+// Times are processor time of this process. Prints rows of the table in README.md.
 #include <malloc.h>
 
 #include <QApplication>
@@ -50,7 +50,7 @@ void Fill(CListCtrl& list) {
     }
 }
 
-// The painting after a jump to the middle. Every list that people look at is painted within a frame.
+// The painting after a jump to the middle, which must fit into one frame.
 void MeasureView(CListCtrl& list, ListView view, const char* name) {
     auto& widget = static_cast<qt::ListWidget&>(*qt::WidgetOf(list));
     list.SetView(view);

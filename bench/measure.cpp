@@ -27,7 +27,7 @@ std::size_t StatusField(const std::string& field) {
 bool isEveryCheckFine = true;
 bool isQuick = false;
 
-// A number as a text, with so many digits behind the point.
+// A number as text, with the given digits after the point.
 std::string Number(double value, int digits) {
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), "%.*f", digits, value);
@@ -93,7 +93,7 @@ double Median(std::vector<double> values) {
 }
 
 std::size_t PeakKibibytesOf(const std::function<void()>& work) {
-    // What earlier work gave back to the heap would be used again unseen.
+    // Otherwise memory that earlier work returned to the heap would be reused without being counted.
     malloc_trim(0);
     // "5" resets the peak to what is resident now: proc(5), /proc/pid/clear_refs.
     std::ofstream("/proc/self/clear_refs") << "5";

@@ -45,7 +45,7 @@ void SetOwners(const std::string& top, const Owner& owner, std::size_t objects) 
     Check(error == ERROR_SUCCESS && counts.changed == objects, "not every object was changed");
 }
 
-// Runs both by turns, so that what else the machine does falls on both.
+// Runs both by turns, so that other load affects both.
 void CompareWithLoop(const char* what, const char* place, const std::string& top, std::size_t objects,
                      const char* attribute, const Owners& owners) {
     const auto loop = [&](const Owner& owner) {

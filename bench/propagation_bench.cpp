@@ -40,7 +40,7 @@ struct Medians {
     double plain = 0;
 };
 
-// Runs both by turns, so that what else the machine does falls on both.
+// Runs both by turns, so that other load affects both.
 Medians CompareWithLoop(const char* place, const std::string& top, std::size_t objects, const char* attribute,
                         int runs) {
     if (!Check(MakeSampleTree(top, objects), "cannot make the tree")) return {};
@@ -51,7 +51,7 @@ Medians CompareWithLoop(const char* place, const std::string& top, std::size_t o
     std::vector<double> ours;
     std::vector<double> plain;
     for (int run = 0; run < runs; ++run) {
-        // The loop changes a byte and changes it back, so that ours finds what it wrote itself.
+        // The loop changes a byte and changes it back, so that our side finds its own bytes.
         plain.push_back(SecondsFor(loop));
         loop();
         ours.push_back(SecondsFor([&] { set(run + 1); }));

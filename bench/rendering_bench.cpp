@@ -29,8 +29,8 @@ using permora::test::TemporaryFolder;
 
 constexpr std::size_t kObjects = 10'000;
 
-// The folders of the sample with the names in them, as the program is given them: each folder becomes the
-// current directory and its objects are named without it. The raw loop is given the same.
+// A folder of the sample and the names in it. For both sides, each folder becomes the current directory and
+// its objects are named without it.
 struct NamedFolder {
     std::string path;
     std::vector<std::string> names;
@@ -52,7 +52,7 @@ std::size_t ReadRaw(const std::string& name, const char* attribute) {
     return lgetxattr(name.c_str(), attribute, value.data(), value.size()) > 0 ? 1 : 0;
 }
 
-// Returns how many rows there are.
+// Returns the number of rows.
 std::size_t ReadAndRender(const std::string& name) {
     permora::HeldObject object;
     permora::ReadParts parts;

@@ -71,7 +71,7 @@ void RunPeer(const std::vector<std::string>& command) {
     Check(result.exitCode == 0, command.front() + ": " + result.output);
 }
 
-// What everyone does who replaces a file so that a power cut leaves the old one or the new one.
+// The least work that replaces a file so that a power cut leaves the old one or the new one.
 void ReplaceFile(const std::string& folder, const std::string& contents) {
     const std::string path = folder + "/peer";
     const std::string fresh = path + ".new";
@@ -93,7 +93,7 @@ void CompareListings(const ShareProvider& provider, const std::string& where, st
     PrintRatio({"listing shares", where, "`net conf list`"}, ours, peers, goal);
 }
 
-// The table's file lies on the local disk, where the machine keeps its own.
+// The table's file is on the local disk, where the machine keeps its own.
 void FillTable(const TemporaryFolder& folder, const std::string& shared, const std::string& where,
                std::size_t shares) {
     const std::string kept = folder.MakeFolder("kept");

@@ -29,7 +29,7 @@ class Deletion : public permora::SecureDeleteHost {
     void Failed(const permora::Outcome& failure) override {
         Check(false, failure.object + ": error " + std::to_string(failure.code));
     }
-    // As the terminal program without --force, which looks at each file.
+    // As the terminal program does without --force: each file is examined.
     permora::FileScrutiny Scrutiny() const override { return permora::FileScrutiny::kObstacles; }
     bool MayOverwrite(const std::string& name,
                       const std::vector<permora::OverwriteObstacle>& /*obstacles*/) override {
@@ -67,7 +67,7 @@ void DeleteWithPeer(const std::string& top) {
     std::filesystem::remove_all(top);
 }
 
-// Both by turns, so that what else the machine does falls on both.
+// Runs both by turns, so that other load affects both.
 void Compare(const char* place, const std::string& top, std::size_t count, std::size_t bytes) {
     std::vector<double> ours;
     std::vector<double> peers;

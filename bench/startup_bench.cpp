@@ -26,7 +26,7 @@ constexpr char kPainted = 'p';
 constexpr const char* kProgramRole = "program";
 constexpr const char* kBareRole = "bare window";
 
-// Ends the process once a window has been painted and what was painted is on its way to the screen.
+// Ends the process once a window has been painted and its pixels are on their way to the screen.
 class PaintWatch : public QObject {
   public:
     bool eventFilter(QObject* target, QEvent* event) override {

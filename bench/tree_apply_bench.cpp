@@ -55,7 +55,7 @@ void ResetBehindDialog(const std::string& top) {
     Check(dialog.DoModal() == IDOK, "the dialog failed");
 }
 
-// The folder's list as it lies on the disk, so that it can be changed and nothing below with it.
+// The folder's list on the disk, so that it can be changed without the objects below.
 std::vector<std::uint8_t> StoredList(const std::string& top, const char* attribute, const char* sddl) {
     Check(permora::test::SetDescriptorText(top, sddl) == ERROR_SUCCESS, "setting the list failed");
     std::vector<std::uint8_t> value(4096);
@@ -70,7 +70,7 @@ struct Seconds {
     double plain = 0;
 };
 
-// Runs both by turns, so that what else the machine does falls on both. Returns the medians.
+// Runs both by turns, so that other load affects both. Returns the medians.
 Seconds CompareWithLoop(const char* place, const std::string& top, std::size_t objects, const char* attribute,
                         int runs) {
     if (!Check(permora::bench::MakeSampleTree(top, objects), "cannot make the tree")) return {};
@@ -87,14 +87,14 @@ Seconds CompareWithLoop(const char* place, const std::string& top, std::size_t o
     std::vector<double> withDialog;
     std::vector<double> plain;
     for (int run = 0; run < runs; ++run) {
-        // The loop changes a byte and changes it back, so that ours finds what it wrote itself.
+        // The loop changes a byte and changes it back, so that our side finds its own bytes.
         plain.push_back(SecondsFor(loop));
         loop();
         setTop(lists.front());
         ours.push_back(SecondsFor([&] { Reset(top, objects); }));
         setTop(lists.back());
         withDialog.push_back(SecondsFor([&] { ResetBehindDialog(top); }));
-        // It counts nothing itself: nothing may be left to do.
+        // The dialog returns no counts, so the check is that nothing is left to do.
         permora::TreeCounts left;
         ResetAndCount(top, left);
         Check(left.unchanged == objects, "the dialog left objects as they were");

@@ -6,7 +6,7 @@ target_compile_options(permora_settings INTERFACE
     -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
     -Woverloaded-virtual -Wcast-align -Wformat=2)
 
-# GCC 12 takes joining a text and a string for an overlapping copy once it optimises: GCC bug 105651.
+# When it optimises, GCC 12 mistakes joining a text and a string for an overlapping copy: GCC bug 105651.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     target_compile_options(permora_settings INTERFACE -Wno-restrict)
 endif()

@@ -1,5 +1,5 @@
-// Conditions and resource attributes: text that someone typed, and the bytes behind an entry's SID that
-// anyone may have written. The first byte says which.
+// Conditions and resource attributes: typed text, and the bytes after an entry's SID, which anyone may have
+// written. The first byte selects one.
 #include <algorithm>
 #include <cstdint>
 #include <span>

@@ -1,4 +1,4 @@
-// Descriptors as text that someone typed: whatever is accepted means exactly one descriptor.
+// Descriptors as typed text: an accepted text means exactly one descriptor.
 #include <cstdint>
 #include <string_view>
 #include <vector>

@@ -1,5 +1,5 @@
-// What Samba's tools print about shares, which users of the machine have a part in: whatever it is, shares
-// come out of it that can be told and asked for, and grants that are written are read as the same.
+// The output of Samba's tools about shares, which users of the machine can influence: every share that is
+// read has a name that can be shown and a section, and grants that are read can be written.
 #include <algorithm>
 #include <cstdint>
 #include <string>
