@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t kFilesInAFolder = 100;
 constexpr const char* kTopDescriptor = "O:BAG:BUD:P(A;OICI;FA;;;BA)(A;OICI;FR;;;BU)";
 
-// What nftw's function works with; it takes no argument of ours.
+// The state of nftw's function, which takes no argument of ours.
 const char* attributeName = nullptr;
 std::size_t attributeCount = 0;
 std::optional<uid_t> hostOwner;

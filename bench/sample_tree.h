@@ -13,7 +13,7 @@
 
 namespace permora::bench {
 
-// Of a walk that must reach every object.
+// Observes a walk that must reach every object.
 class SilentObserver : public TreeObserver {
   public:
     bool Begin(const char* /*name*/) override { return true; }
@@ -21,12 +21,12 @@ class SilentObserver : public TreeObserver {
 };
 
 // Folders of 100 files below `top`, `objects` in all, each of which has the two entries that it inherits and
-// no others. False when something could not be made.
+// no others. False if something could not be made.
 bool MakeSampleTree(const std::string& top, std::size_t objects);
 
-// Reads the attribute `name` of every object below `top` and `top` itself and writes it again, with a byte in
-// it changed that means nothing, so that the file system has to store it. With an owner, the object is given
-// to that user in between. Returns how many.
+// Reads the attribute `name` of `top` and every object below it and writes it again with one meaningless byte
+// changed, so that the file system has to store it. With an owner, the object is given to that user in
+// between. Returns the number of objects.
 std::size_t RewriteAttributes(const std::string& top, const char* name,
                               std::optional<uid_t> owner = std::nullopt);
 

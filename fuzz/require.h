@@ -1,4 +1,4 @@
-// A property that must hold for every input: what a fuzz target proves beyond "it did not crash".
+// A property that must hold for every input, so that a fuzz target checks more than "it did not crash".
 #pragma once
 
 #include <cstdio>
