@@ -2,7 +2,6 @@
 // that did so in the middle of a test would have passed.
 #include <gtest/gtest.h>
 
-
 #include "platform/api/base.h"
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names

@@ -8,8 +8,8 @@
 
 namespace permora::test {
 
-// The variable has `value` while this object lives, and its former state afterwards, so that later tests of the
-// same process find their tools and folders.
+// The variable has `value` while this object lives, and its former state afterwards, so that later tests of
+// the same process find their tools and folders.
 class ScopedVariable {
   public:
     ScopedVariable(std::string variable, const std::string& value) : name(std::move(variable)) {
