@@ -152,7 +152,7 @@ UniqueLocal<ACL> AccessListPage::MakeList() {
 }
 
 bool AccessListPage::FinishApply() {
-    ReadFirstItem();
+    if (changed) ReadFirstItem();
     changed = false;
     return CPropertyPage::OnApply();
 }

@@ -41,7 +41,7 @@ class AccessListPage : public CPropertyPage {
     bool IsChanged() const { return changed; }
     // The edited list, to be written. Null after an error box.
     UniqueLocal<ACL> MakeList();
-    // Ends an OnApply that has written the list.
+    // Ends an OnApply that has written the list, or had nothing to write.
     bool FinishApply();
 
     void OnEdit();

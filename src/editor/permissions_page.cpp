@@ -61,7 +61,7 @@ void CPage1::OnInheritanceClicked() {
 }
 
 bool CPage1::OnApply() {
-    if (!IsChanged()) return CPropertyPage::OnApply();
+    if (!IsChanged()) return FinishApply();
     const UniqueLocal<ACL> dacl = MakeList();
     if (!dacl) return false;
     const DaclInheritance inheritance =

@@ -42,7 +42,7 @@ bool CSharePage1::ReadShare() {
 
 // Shares before one that fails are written, those after it are not.
 bool CSharePage1::OnApply() {
-    if (!IsChanged()) return CPropertyPage::OnApply();
+    if (!IsChanged()) return FinishApply();
     const UniqueLocal<ACL> dacl = MakeList();
     if (!dacl) return false;
     Outcome outcome;
