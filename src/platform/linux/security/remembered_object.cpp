@@ -13,7 +13,6 @@
 
 namespace permora {
 namespace host {
-namespace {
 
 // A descriptor that is open only because somebody remembers its object. Together they take half of those that
 // the process may have; the rest is for the work itself.
@@ -39,7 +38,6 @@ class Pin {
     ObjectHandle kept;
 };
 
-}  // namespace
 }  // namespace host
 
 struct RememberedObject::Inside {
