@@ -41,8 +41,7 @@ class Frame : public CFrameWnd {
             !reBar.AddBar(addressBar, addressBar.LeastWidth()) || !statusBar.Create(*this))
             return false;
         statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
-        view.statusBar = &statusBar;
-        view.addressBar = &addressBar;
+        view.AttachBars(addressBar, statusBar);
         SetView(view);
         return true;
     }
@@ -65,9 +64,9 @@ double SecondsOfLs(const std::string& path) {
 
 double SecondsOfListing(Frame& frame, const std::string& path) {
     return bench::SecondsFor([&] {
-        bench::Check(frame.view.ListFolder(path), "the folder cannot be listed");
+        frame.view.GoToLocation(path);
         QApplication::processEvents();
-        bench::Check(frame.view.list.GetItemCount() == static_cast<int>(bench::Scaled(kFiles)),
+        bench::Check(frame.view.List().GetItemCount() == static_cast<int>(bench::Scaled(kFiles)),
                      "files are missing");
     });
 }
@@ -92,7 +91,7 @@ void Measure(Frame& frame, const std::string& path) {
         for (std::size_t i = 0; i < kModes.size(); ++i) {
             frame.view.GoToRoot();
             frame.view.SetViewMode(kModes[i].view);
-            frame.view.useOwnIcons = kModes[i].hasOwnIcons;
+            frame.view.SetIcons(kModes[i].hasOwnIcons ? RowIcons::kOwn : RowIcons::kShell);
             ours[i].push_back(SecondsOfListing(frame, shown));
         }
     }

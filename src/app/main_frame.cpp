@@ -7,10 +7,12 @@
 #include "app/program_folder.h"
 #include "app/settings_dialog.h"
 #include "app/settings_store.h"
-#include "browser/folder_entries.h"
+#include "browser/drive_rows.h"
 #include "browser/folder_paths.h"
+#include "browser/share_rows.h"
 #include "deletion/secure_delete_dialog.h"
 #include "editor/multi_selection_notice.h"
+#include "editor/security_sheet.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/api/messages.h"
@@ -18,6 +20,8 @@
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "shares/new_share_dialog.h"
+#include "shares/share_sheet.h"
+#include "wizard/wizard_sheet.h"
 
 namespace permora {
 namespace {
@@ -45,6 +49,25 @@ ProgramSettings DefaultSettings(const Rect& windowRect) {
     return defaults;
 }
 
+template <class Sheet>
+void ShowSheet(CWnd& owner, const Place& place) {
+    Sheet sheet;
+    sheet.SetUp(&owner);
+    sheet.SetPlace(place);
+    sheet.DoModal();
+}
+
+void ShowEditor(CWnd& owner, const Place& place) {
+    if (place.kind == PlaceKind::kShares)
+        ShowSheet<CShareSheet>(owner, place);
+    else
+        ShowSheet<CPSheet>(owner, place);
+}
+
+RowIcons IconsOf(const ProgramSettings& settings) {
+    return settings.block.useOwnIcons != 0 ? RowIcons::kOwn : RowIcons::kShell;
+}
+
 }  // namespace
 
 const MessageMap& CMainFrame::GetMessageMap() const {
@@ -62,7 +85,6 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_SECURE_DELETION, Notify::kCommand, &CMainFrame::StartSecureDeletion},
             {ID_WIZARD, Notify::kCommand, &CMainFrame::StartWizard},
             {ID_SHOW_SHARES, Notify::kUpdateCommand, &CMainFrame::OnUpdateSharesMode},
-            {ID_NEW_FOLDER, Notify::kCommand, &CMainFrame::CreateNewFolder},
             {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_UP, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
@@ -84,19 +106,14 @@ bool CMainFrame::OnCmdMsg(Notification& notification) {
 bool CMainFrame::OnCreate() {
     if (!CFrameWnd::OnCreate()) return false;
     LoadOrMakeSettings();
-    view.viewModeChosen = [this](std::uint32_t mode) { settings.block.viewMode = mode; };
+    view.SetViewModeObserver([this](std::uint32_t mode) { settings.block.viewMode = mode; });
     view.Create(*this, kViewId, GetCommandLineA());
     SetView(view);
     if (!CreateBars()) return false;
 
-    view.addressBar = &addressBarWnd;
-    view.statusBar = &statusBarWnd;
-    addressBarWnd.SetLocationText(view.currentFolder.empty() ? kDriveListLocation : view.currentFolder);
+    view.AttachBars(addressBarWnd, statusBarWnd);
     statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
     statusBarWnd.SetPaneWidth(kItemCountPane, kItemCountWidth);
-    securitySheet.SetUp(this);
-    shareSheet.SetUp(this);
-    wizardSheet.SetUp(this);
     LoadToolBarImages();
     ApplySettings();
     return true;
@@ -180,7 +197,7 @@ DWORD CMainFrame::TellOwnFolder() {
 
 void CMainFrame::ApplySettings() {
     toolBar.EnableToolTips(settings.block.showToolTips != 0);
-    view.ApplyViewSettings(settings.block.viewMode, settings.block.useOwnIcons != 0);
+    view.ApplyViewSettings(settings.block.viewMode, IconsOf(settings));
     UpdateExplorerVerb();
 }
 
@@ -201,29 +218,25 @@ void CMainFrame::RestorePlacement() {
 
 // ---- Commands ----
 
-void CMainFrame::CreateNewFolder() {
-    view.CreateNewFolder();
-}
-
 void CMainFrame::ShareFolder() {
     const bool isShared = CNewShareDlg(this).DoModal() == IDOK;
-    if (isShared && view.sharesMode) view.RefreshList();
+    if (isShared && view.IsShowing(PlaceKind::kShares)) view.RefreshList();
 }
 
 void CMainFrame::GoBack() {
     LeaveSharesMode();
-    view.MoveInHistory(-1);
+    view.MoveInHistory(HistoryStep::kBack);
 }
 
 void CMainFrame::GoForward() {
     LeaveSharesMode();
-    view.MoveInHistory(1);
+    view.MoveInHistory(HistoryStep::kForward);
 }
 
 void CMainFrame::GoToLocation() {
     // Leaving shares mode puts the folder's path into the field.
     const std::string typed = addressBarWnd.locationText;
-    if (view.sharesMode && typed == kShareListLocation) {
+    if (view.IsShowing(PlaceKind::kShares) && typed == kShareListLocation) {
         view.RefreshList();
         return;
     }
@@ -237,26 +250,25 @@ void CMainFrame::GoToRoot() {
 }
 
 void CMainFrame::ToggleSharesMode() {
-    if (view.sharesMode) {
+    if (view.IsShowing(PlaceKind::kShares)) {
         LeaveSharesMode();
         return;
     }
     GetMenu().SetText(ID_NEW_FOLDER, "&New Share...");
     toolBar.PressButton(ID_SHOW_SHARES, true);
-    view.EnterSharesMode();
+    view.ShowShares();
 }
 
 void CMainFrame::LeaveSharesMode() {
-    if (!view.sharesMode) return;
+    if (!view.IsShowing(PlaceKind::kShares)) return;
     GetMenu().SetText(ID_NEW_FOLDER, "&New Folder...");
     toolBar.PressButton(ID_SHOW_SHARES, false);
-    view.LeaveSharesMode();
+    view.LeaveShares();
 }
 
 void CMainFrame::ToggleOwnIcons() {
-    const bool ownIcons = !view.useOwnIcons;
-    view.SetOwnIcons(ownIcons);
-    settings.block.useOwnIcons = ownIcons ? 1 : 0;
+    settings.block.useOwnIcons = settings.block.useOwnIcons != 0 ? 0 : 1;
+    view.SetIcons(IconsOf(settings));
     view.RefreshList();
 }
 
@@ -272,84 +284,50 @@ void CMainFrame::EditSettings() {
 
 // The editor shows the first selected item and works on all of them.
 void CMainFrame::OpenSecurityEditor() {
-    const std::span<const LPCSTR> names = view.GetSelectedNames();
-    if (names.size() > 1 && settings.block.showIntermediateInfo != 0) {
+    if (view.List().GetSelectedCount() > 1 && settings.block.showIntermediateInfo != 0) {
         CInfoDlg1 notice(this);
         notice.showIntermediateInfo = &settings.block.showIntermediateInfo;
         notice.DoModal();
     }
-    if (names.empty())
-        ShowInfoBox(GetSafeHwnd(), kSelectItems);
-    else if (view.sharesMode)
-        EditShares(names);
-    else if (Place place; HoldSelection(names, place))
-        EditItems(place);
-    view.ReleaseSelection();
+    Place place;
+    if (view.HoldSelection(place)) ShowEditor(*this, place);
 }
 
-void CMainFrame::EditItems(const Place& place) {
-    securitySheet.SetPlace(place);
-    securitySheet.DoModal();
-}
-
-void CMainFrame::EditShares(std::span<const char* const> names) {
-    shareSheet.SetPlace({PlaceKind::kShares, nullptr, {names.begin(), names.end()}});
-    shareSheet.DoModal();
-}
-
-// For the properties of a row. The editor works on a bare name in a folder that is held, so that nobody can
-// put another folder into the path while it is open.
+// For the properties of a row.
 void CMainFrame::EditItemAt(const std::string& path) {
+    Place place;
+    const Outcome outcome = HoldItemAt(path, place);
+    ShowOutcome(GetSafeHwnd(), outcome);
+    if (outcome.IsDone()) ShowEditor(*this, place);
+}
+
+// The editor works on a bare name in a folder that is held, so that nobody can put another folder into the
+// path while it is open.
+Outcome CMainFrame::HoldItemAt(const std::string& path, Place& place) const {
     const std::string folder = FolderAbove(path);
-    const bool isDriveRoot = folder.empty();
-    std::string before;
-    bool canGoBack = false;
-    if (!isDriveRoot && view.sharesMode) {
-        canGoBack = view.QueryCurrentDirectory(before);
-        if (!EnterFolder(folder)) {
-            ShowLastErrorBox(GetSafeHwnd());
-            return;
-        }
-    } else if (!isDriveRoot && !view.MayWorkOnRows()) {
-        return;
-    }
-    Place place{PlaceKind::kDrives, nullptr, {path}};
-    if (isDriveRoot || HoldCurrentFolder({NameInFolder(path)}, place)) EditItems(place);
-    if (canGoBack) SetCurrentDirectoryA(before.c_str());
+    if (folder.empty()) return DriveRows().Hold({path}, place);
+    if (view.IsShowing(PlaceKind::kFolder)) return view.Rows().Hold({NameInFolder(path)}, place);
+    FolderRows rows(folder);
+    const Outcome opened = rows.Open();
+    return opened.IsDone() ? rows.Hold({NameInFolder(path)}, place) : opened;
 }
 
 // What is selected is held before the question, and what is held is deleted.
 void CMainFrame::StartSecureDeletion() {
     constexpr const char* kCaption = "Secure deletion";
-    const std::span<const LPCSTR> names = view.GetSelectedNames();
-    CSecureDelete dialog(this);
-    if (names.empty()) {
-        ShowInfoBox(GetSafeHwnd(), kSelectItems);
-    } else if (view.currentFolder.empty()) {
+    if (view.IsShowing(PlaceKind::kDrives) && view.List().GetSelectedCount() > 0) {
         MessageBoxA(GetSafeHwnd(), "Cannot remove disk drive.", kCaption, MB_OK | MB_ICONWARNING);
-    } else if (Place place; !HoldSelection(names, place)) {
-        view.RefreshList();
-    } else if (dialog.chosen = RememberPlace(place).items; MayDeleteSelection(kCaption)) {
-        dialog.DoModal();
-        view.RefreshList();
+        return;
     }
-    view.ReleaseSelection();
-}
-
-bool CMainFrame::HoldSelection(std::span<const char* const> names, Place& place) {
-    if (!view.MayWorkOnRows()) return false;
-    std::vector<std::string> selected(names.begin(), names.end());
-    if (!view.driveListShown) return HoldCurrentFolder(std::move(selected), place);
-    place = {PlaceKind::kDrives, nullptr, std::move(selected)};
-    return true;
-}
-
-bool CMainFrame::HoldCurrentFolder(std::vector<std::string> names, Place& place) {
-    auto folder = std::make_shared<FolderHandle>();
-    const DWORD error = FolderHandle::OpenCurrent(*folder);
-    if (error != ERROR_SUCCESS) ShowSystemErrorBox(GetSafeHwnd(), error);
-    place = {PlaceKind::kFolder, std::move(folder), std::move(names)};
-    return error == ERROR_SUCCESS;
+    const bool hasSelection = view.List().GetSelectedCount() > 0;
+    Place place;
+    if (view.HoldSelection(place)) {
+        CSecureDelete dialog(this);
+        dialog.chosen = RememberPlace(place).items;
+        if (!MayDeleteSelection(kCaption)) return;
+        dialog.DoModal();
+    }
+    if (hasSelection) view.RefreshList();
 }
 
 bool CMainFrame::MayDeleteSelection(const char* caption) const {
@@ -361,28 +339,25 @@ bool CMainFrame::MayDeleteSelection(const char* caption) const {
 }
 
 void CMainFrame::StartWizard() {
-    const std::span<const LPCSTR> names = view.GetSelectedNames();
-    if (names.empty()) {
-        ShowInfoBox(GetSafeHwnd(), kSelectItems);
-        return;
-    }
     Place place;
-    if (!HoldSelection(names, place)) return;
-    wizardSheet.SetPlace(place, {.askBeforeSecureDeletion = settings.block.askBeforeSecureDeletion != 0,
-                                 .showIntermediateInfo = &settings.block.showIntermediateInfo});
-    wizardSheet.DoModal();
-    if (!view.currentFolder.empty()) view.RefreshList();
+    if (!view.HoldSelection(place)) return;
+    CWizard wizard;
+    wizard.SetUp(this);
+    wizard.SetPlace(place, {.askBeforeSecureDeletion = settings.block.askBeforeSecureDeletion != 0,
+                            .showIntermediateInfo = &settings.block.showIntermediateInfo});
+    wizard.DoModal();
+    if (view.IsShowing(PlaceKind::kFolder)) view.RefreshList();
     view.RedrawWindow();
 }
 
 // Shares have no place in the history and nothing above them, and are no files.
 void CMainFrame::OnUpdateFileCommand(Notification& notification) {
-    notification.state.enabled = !view.sharesMode;
+    notification.state.enabled = !view.IsShowing(PlaceKind::kShares);
 }
 
 // Shown in the menu and as the toolbar's pressed button.
 void CMainFrame::OnUpdateSharesMode(Notification& notification) {
-    notification.state.checked = view.sharesMode;
+    notification.state.checked = view.IsShowing(PlaceKind::kShares);
 }
 
 }  // namespace permora

@@ -1,20 +1,15 @@
 // CMainFrame: the program's main window, with its bars, its list and the settings.
 #pragma once
 
-#include <span>
 #include <string>
-#include <vector>
 
 #include "app/settings_record.h"
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
-#include "editor/security_sheet.h"
 #include "framework/bars.h"
 #include "framework/frame_window.h"
 #include "platform/place.h"
 #include "properties/properties_service.h"
-#include "shares/share_sheet.h"
-#include "wizard/wizard_sheet.h"
 
 namespace permora {
 
@@ -54,7 +49,6 @@ class CMainFrame : public CFrameWnd {
     void LoadToolBarImages();
 
     // Commands.
-    void CreateNewFolder();
     void GoBack();
     void GoForward();
     void GoToLocation();
@@ -65,14 +59,10 @@ class CMainFrame : public CFrameWnd {
     void EditSettings();
     void OpenSecurityEditor();
     void StartSecureDeletion();
-    // Both hold the folder before the user is asked anything. On false, the reason has been shown.
-    bool HoldSelection(std::span<const char* const> names, Place& place);
-    bool HoldCurrentFolder(std::vector<std::string> names, Place& place);
     bool MayDeleteSelection(const char* caption) const;
     void StartWizard();
-    void EditItems(const Place& place);
     void EditItemAt(const std::string& path);
-    void EditShares(std::span<const char* const> names);
+    Outcome HoldItemAt(const std::string& path, Place& place) const;
     void OnUpdateFileCommand(Notification& notification);
     void OnUpdateSharesMode(Notification& notification);
 
@@ -82,9 +72,6 @@ class CMainFrame : public CFrameWnd {
     CReBar reBar;
     AddrBar addressBarWnd;
     BrowserView view;
-    CPSheet securitySheet;  // one object for all openings, as those that follow
-    CShareSheet shareSheet;
-    CWizard wizardSheet;
     ProgramSettings settings;
     PropertiesService properties{*this, [this](const std::string& path) { EditItemAt(path); }};
 };

@@ -69,11 +69,13 @@ DWORD AttributeWordOf(const CheckedBoxes& boxes) {
     return word != 0 ? word : FILE_ATTRIBUTE_NORMAL;
 }
 
-DWORD AssignAttributes(std::span<const char* const> names, const CheckedBoxes& boxes,
-                       const CheckedBoxes& before) {
+DWORD AssignAttributes(const Place& place, const CheckedBoxes& boxes, const CheckedBoxes& before) {
     const DWORD word = AttributeWordOf(boxes);
     const CheckedBoxes changed = boxes ^ before;
-    for (const char* name : names) {
+    // The calls below take names and no folder.
+    if (const DWORD error = place.folder->MakeCurrent(); error != ERROR_SUCCESS) return error;
+    for (const std::string& each : place.names) {
+        const char* name = each.c_str();
         DWORD error = SetFileAttributesA(name, word) != FALSE ? ERROR_SUCCESS : GetLastError();
         if (error == ERROR_SUCCESS && changed.test(kCompressed))
             error = Compress(name, boxes.test(kCompressed));

@@ -3,9 +3,9 @@
 
 #include <bitset>
 #include <cstddef>
-#include <span>
 
 #include "platform/api/base.h"
+#include "platform/place.h"
 
 namespace permora {
 
@@ -32,10 +32,9 @@ CheckedBoxes BoxesOf(DWORD attributes);
 // encryption are no matter of flags.
 DWORD AttributeWordOf(const CheckedBoxes& boxes);
 
-// Makes every item in order what the boxes say, in place of what it was; compression and encryption only when
-// their boxes differ from `before`, the first item's. 0, or the error of the first step that failed: nothing
-// more is done then, and what was done stays.
-DWORD AssignAttributes(std::span<const char* const> names, const CheckedBoxes& boxes,
-                       const CheckedBoxes& before);
+// Makes every item of a folder in order what the boxes say, in place of what it was; compression and
+// encryption only when their boxes differ from `before`, the first item's. 0, or the error of the first step
+// that failed: nothing more is done then, and what was done stays.
+DWORD AssignAttributes(const Place& place, const CheckedBoxes& boxes, const CheckedBoxes& before);
 
 }  // namespace permora

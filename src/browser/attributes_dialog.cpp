@@ -1,6 +1,7 @@
 #include "browser/attributes_dialog.h"
 
 #include <string>
+#include <utility>
 
 #include "framework/styles.h"
 #include "platform/api/errors.h"
@@ -20,7 +21,8 @@ constexpr std::array<unsigned int, kAttributeBoxCount> kControlIds = {
 
 }  // namespace
 
-CAttributesDlg::CAttributesDlg(CWnd* ownerWindow) : CDialog(IDD_ATTRIBUTES, ownerWindow) {}
+CAttributesDlg::CAttributesDlg(Place items, CWnd* ownerWindow)
+    : CDialog(IDD_ATTRIBUTES, ownerWindow), place(std::move(items)) {}
 
 bool CAttributesDlg::OnInitDialog() {
     CDialog::OnInitDialog();
@@ -28,10 +30,14 @@ bool CAttributesDlg::OnInitDialog() {
         boxes.at(i) = GetDlgItem<CButton>(kControlIds.at(i));
         if (boxes.at(i) == nullptr) ShowFatalErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
     }
-    SetWindowText(std::string("File Attributes - ") + names.front());
+    SetWindowText("File Attributes - " + place.names.front());
     WIN32_FILE_ATTRIBUTE_DATA first{};
-    if (GetFileAttributesExA(names.front(), GetFileExInfoStandard, &first) == FALSE) {
-        ShowErrorWithSystemText(GetSafeHwnd(), "Retrieving file attributes", GetLastError());
+    DWORD error = place.folder->MakeCurrent();
+    if (error == ERROR_SUCCESS &&
+        GetFileAttributesExA(place.names.front().c_str(), GetFileExInfoStandard, &first) == FALSE)
+        error = GetLastError();
+    if (error != ERROR_SUCCESS) {
+        ShowErrorWithSystemText(GetSafeHwnd(), "Retrieving file attributes", error);
         EndDialog(IDCANCEL);
         return true;
     }
@@ -48,7 +54,7 @@ void CAttributesDlg::OnOK() {
     CheckedBoxes chosen;
     for (std::size_t i = 0; i < boxes.size(); ++i)
         chosen.set(i, boxes.at(i)->IsChecked());
-    if (const DWORD error = AssignAttributes(names, chosen, shown); error != ERROR_SUCCESS)
+    if (const DWORD error = AssignAttributes(place, chosen, shown); error != ERROR_SUCCESS)
         ShowErrorWithSystemText(GetSafeHwnd(), "Attributes assignment", error);
     CDialog::OnOK();
 }

@@ -2,20 +2,17 @@
 #pragma once
 
 #include <array>
-#include <span>
 
 #include "browser/attribute_boxes.h"
 #include "framework/dialog.h"
+#include "platform/place.h"
 
 namespace permora {
 
 class CAttributesDlg : public CDialog {
   public:
-    explicit CAttributesDlg(CWnd* ownerWindow = nullptr);
-
-    // The selected items, relative to the current directory; at least one. Borrowed: names and array must
-    // outlive DoModal.
-    std::span<const char* const> names;
+    // Of the items of a folder, one at least.
+    CAttributesDlg(Place items, CWnd* ownerWindow);
 
   protected:
     // Where the first item's attributes cannot be read a box says why, and the dialog is not shown.
@@ -24,6 +21,7 @@ class CAttributesDlg : public CDialog {
     void OnOK() override;
 
   private:
+    Place place;
     CheckedBoxes shown;                                // of the first item when the dialog opened
     std::array<CButton*, kAttributeBoxCount> boxes{};  // by AttributeBox
 };

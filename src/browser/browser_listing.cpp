@@ -1,139 +1,98 @@
-// Filling the list: drives and folders.
+// Filling the list, and what the bars say of it.
+#include <algorithm>
 #include <string>
+#include <utility>
 
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
-#include "browser/drive_rows.h"
 #include "browser/list_presentation.h"
 #include "framework/bars.h"
-#include "platform/api/errors.h"
-#include "platform/api/files.h"
 #include "security/message_boxes.h"
 
 namespace permora {
 namespace {
 
-// A root and its NUL in the system's list of drives.
-constexpr std::size_t kDriveEntryLength = 4;
-
-// "C:\" and so on, each with its NUL; empty when the system gives none. A drive may come while we ask.
-std::string DriveStrings(HWND owner) {
-    DWORD size = GetLogicalDriveStringsA(0, nullptr);
-    while (true) {
-        const UniqueLocal<char> buffer(static_cast<char*>(LocalAlloc(LMEM_FIXED, size)));
-        if (!buffer) ShowFatalLastErrorBox(owner);
-        const DWORD length = GetLogicalDriveStringsA(size, buffer.get());
-        if (length == 0 || length < size) return {buffer.get(), length};
-        size = length;
-    }
-}
-
-DWORD FileSystemFlagsOf(const std::string& root) {
-    DWORD flags = 0;
-    const bool isKnown =
-        GetVolumeInformationA(root.c_str(), nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) != FALSE;
-    return isKnown ? flags : 0;
-}
-
-std::string FixedDriveSize(const std::string& root) {
-    ULARGE_INTEGER available{};
-    ULARGE_INTEGER total{};
-    if (GetDiskFreeSpaceExA(root.c_str(), &available, &total, nullptr) == FALSE) return {};
-    return DriveSizeText(total.QuadPart, available.QuadPart);
-}
+constexpr int kMessagePane = 0;
+constexpr int kCountPane = 1;
 
 }  // namespace
 
-bool BrowserView::ListFolder(const std::string& path) {
-    if (!EnterFolder(path) || !list.DeleteAllItems() || !InitFolderImages()) return false;
-    ShowState("Processing...");
-    const bool isFilled = FillFolder();
-    const DWORD error = GetLastError();
-    ShowState("Ready");
-    if (!isFilled || !QueryCurrentDirectory(currentFolder)) {
-        if (!isFilled) SetLastError(error);
-        return false;
-    }
-    ShowLocation(currentFolder);
-    return true;
-}
+// Takes the rows of one source into the list.
+class BrowserView::Filling : public RowReceiver {
+  public:
+    Filling(BrowserView& browser, PlaceKind source)
+        : view(browser), ending(source == PlaceKind::kShares ? "" : " ") {}
 
-// Folders first, then files, each in the order of the directory search.
-bool BrowserView::FillFolder() {
-    int row = 0;
-    return FillPass(EntryKind::kFolder, row) && FillPass(EntryKind::kFile, row);
-}
+    bool Add(const Row& row) override {
+        const int place = view.list.GetItemCount();
+        const int image = row.image == kShellImage ? view.images.AddShellIcon(row.name) : row.image;
+        if (!view.list.InsertItem(place, row.name, image) || !view.list.SetItemData(place, row.position))
+            return false;
+        const std::pair<int, const std::string&> texts[] = {
+            {kTypeColumn, row.type}, {kSizeColumn, row.size}, {kModifiedColumn, row.modified}};
+        return std::ranges::all_of(texts, [&](const auto& each) {
+            return each.second.empty() || view.list.SetItemText(place, each.first, each.second);
+        });
+    }
+    void ShowCount(int count) override {
+        view.ShowItemCount("Total items: " + std::to_string(count) + ending);
+    }
 
-bool BrowserView::FillPass(EntryKind wanted, int& row) {
-    constexpr int kCountStep = 10;
-    bool hasParent = false;
-    FolderSearch search;
-    WIN32_FIND_DATAA found{};
-    while (search.Next(found)) {
-        const EntryKind kind = KindOf(found);
-        if (kind == EntryKind::kParent) hasParent = true;
-        if (kind != wanted) continue;
-        if (!AddFolderRow(row, found)) return false;
-        ++row;
-        if (row % kCountStep == 0) ShowItemCount(row);
-    }
-    if (search.Error() != ERROR_SUCCESS) {
-        SetLastError(search.Error());
-        return false;
-    }
-    ShowItemCount(row);
+  private:
+    BrowserView& view;
+    const char* ending;
+};
+
+Outcome BrowserView::Fill(RowSource& source) {
+    if (!list.DeleteAllItems() || !images.Rebuild(list, source.Images())) return {ERROR_NOT_ENOUGH_MEMORY};
+    const bool isFolder = source.Kind() == PlaceKind::kFolder;
+    if (isFolder) ShowState("Processing...");
+    const bool isReport = list.GetView() == ListView::kReport;
+    Filling filling(*this, source.Kind());
+    Outcome outcome = source.List({isReport ? RowDetail::kAll : RowDetail::kName, rowIcons}, filling);
+    if (isFolder) ShowState("Ready");
     PaintStatusBar();
-    isDriveRoot = !hasParent;
-    itemCount = row;
-    driveListShown = false;
-    return true;
+    if (outcome.IsDone()) ShowLocation(source.Location());
+    return outcome;
 }
 
-bool BrowserView::AddFolderRow(int row, const WIN32_FIND_DATAA& found) {
-    const std::string name = found.cFileName;
-    const int image = useOwnIcons ? OwnIconIndex(found) : static_cast<int>(kFolderImageCount) + row;
-    if (!list.InsertItem(row, name, image) || !list.SetItemData(row, row)) return false;
-    if (!useOwnIcons) AddShellIcons(name);
-    if (detailsView) FillDetails(name, row, found);
-    return true;
+// On failure, the location is what it was, and the list shows what it did, nothing, or a part of the source.
+Outcome BrowserView::Show(std::unique_ptr<RowSource> source) {
+    Outcome outcome = source->Open();
+    if (outcome.IsDone()) outcome = Fill(*source);
+    if (outcome.IsDone()) (aside ? aside : location) = std::move(source);
+    return outcome;
 }
 
-bool BrowserView::ListDrives() {
-    if (!list.DeleteAllItems() || !InitDriveImages()) return false;
-    const std::string roots = DriveStrings(GetSafeHwnd());
-    itemCount = 0;
-    for (std::size_t place = 0; place + kDriveEntryLength <= roots.size(); place += kDriveEntryLength) {
-        if (!AddDriveRow(itemCount, roots.c_str() + place)) return false;
-        ++itemCount;
-        ShowItemCount(itemCount);
-        PaintStatusBar();
+Outcome BrowserView::ListAgain() {
+    return Show(Rows().Anew());
+}
+
+void BrowserView::RefreshList() {
+    const int focusedRow = list.GetFocusedRow();
+    const std::string focusedName = list.GetItemText(focusedRow, kNameColumn);
+    const int markedRow = list.GetSelectionMark();
+    const std::string markedName = list.GetItemText(markedRow, kNameColumn);
+    if (const Outcome outcome = ListAgain(); !outcome.IsDone()) {
+        const bool isGone = IsShowing(PlaceKind::kFolder) && IsFolderGone(Rows().Folder());
+        if (!isGone || !ShowNearestParent()) ShowOutcome(GetSafeHwnd(), outcome);
+        return;
     }
-    ShowLocation(kDriveListLocation);
-    driveListShown = true;
-    return true;
+    if (markedRow >= 0) list.SetSelectionMark(RowNamed(markedName));
+    if (focusedRow >= 0) FocusAgain(focusedName, focusedRow);
 }
 
-// `drive` is the drive's position in the system's list, which the rows keep among those that are shown.
-bool BrowserView::AddDriveRow(int drive, const std::string& root) {
-    const UINT type = GetDriveTypeA(root.c_str());
-    DriveLook look = LookOfDrive(type);
-    if (DependsOnFileSystem(look)) look = WithFileSystem(look, FileSystemFlagsOf(root));
-    if (look.image < 0) return true;
-    const std::string size = type == DRIVE_FIXED ? FixedDriveSize(root) : std::string();
-    const int row = list.GetItemCount();
-    return list.InsertItem(row, root, look.image) && list.SetItemData(row, drive) &&
-           list.SetItemText(row, kTypeColumn, look.typeText) && list.SetItemText(row, kSizeColumn, size);
+// The keyboard goes on at the row of that name, or where it was when there is none any more.
+void BrowserView::FocusAgain(const std::string& name, int row) {
+    const int again = RowNamed(name);
+    list.SetFocusedRow(again >= 0 ? again : std::min(row, list.GetItemCount() - 1));
 }
 
-bool BrowserView::QueryCurrentDirectory(std::string& path) const {
-    const DWORD size = GetCurrentDirectoryA(0, nullptr);
-    if (size == 0) return false;
-    const UniqueLocal<char> buffer(static_cast<char*>(LocalAlloc(LMEM_FIXED, size)));
-    if (!buffer) ShowFatalLastErrorBox(GetSafeHwnd());
-    const DWORD length = GetCurrentDirectoryA(size, buffer.get());
-    if (length == 0 || length >= size) return false;  // it changed in between
-    path.assign(buffer.get(), length);
-    return true;
+int BrowserView::RowNamed(const std::string& name) const {
+    const int count = list.GetItemCount();
+    for (int row = 0; row < count; ++row)
+        if (list.GetItemText(row, kNameColumn) == name) return row;
+    return -1;
 }
 
 void BrowserView::ShowLocation(const std::string& text) {
@@ -150,10 +109,10 @@ void BrowserView::ShowState(const char* text) {
 }
 
 // Painting each tenth row of a fast folder would cost more than reading it: the display's pace is enough.
-void BrowserView::ShowItemCount(int count) {
+void BrowserView::ShowItemCount(const std::string& text) {
     if (statusBar == nullptr) return;
     constexpr std::chrono::milliseconds kDisplayPace(16);
-    statusBar->SetPaneText(kCountPane, "Total items: " + std::to_string(count) + ' ');
+    statusBar->SetPaneText(kCountPane, text);
     if (std::chrono::steady_clock::now() - statusPainted >= kDisplayPace) PaintStatusBar();
 }
 

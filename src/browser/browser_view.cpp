@@ -1,12 +1,18 @@
 #include "browser/browser_view.h"
 
+#include <utility>
+
+#include "browser/address_bar.h"
 #include "browser/clipboard_block.h"
+#include "browser/drive_rows.h"
+#include "browser/file_clipboard.h"
+#include "browser/list_presentation.h"
+#include "browser/row_order.h"
 #include "browser/start_folder.h"
 #include "framework/clipboard.h"
 #include "framework/frame_window.h"
 #include "framework/list_styles.h"
 #include "framework/styles.h"
-#include "platform/api/files.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 
@@ -16,10 +22,16 @@ namespace {
 constexpr int kSelectionPopup = 0;
 constexpr int kNoSelectionPopup = 1;
 
-// What needs items; where there are none of the file system's, some of it makes no sense.
-constexpr unsigned int kFileCommands[] = {ID_EDIT_CUT, ID_EDIT_COPY, ID_EDIT_PASTE,
-                                          ID_DELETE,   ID_RENAME,    ID_ATTRIBUTES};
-constexpr unsigned int kSecurityCommands[] = {ID_WIZARD, ID_SECURE_DELETION};
+// Positions in the frame's View menu.
+constexpr int kOwnIconsEntry = 2;
+constexpr int kFirstModeEntry = 4;
+constexpr int kLastModeEntry = 7;
+
+// The commands of the context menu that not all kinds of rows have.
+constexpr unsigned int kDependentCommands[] = {ID_EDIT_CUT, ID_EDIT_COPY,  ID_EDIT_PASTE, ID_DELETE,
+                                               ID_RENAME,   ID_ATTRIBUTES, ID_WIZARD,     ID_SECURE_DELETION};
+
+constexpr const char* kCannotSelect = "Error: cannot select items";
 
 }  // namespace
 
@@ -33,13 +45,14 @@ const MessageMap& BrowserView::GetMessageMap() const {
                                    {kListId, Notify::kInfoTip, &BrowserView::OnInfoTip},
                                    {ID_SELECT_ALL, Notify::kCommand, &BrowserView::SelectAll},
                                    {ID_INVERT_SELECTION, Notify::kCommand, &BrowserView::InvertSelection},
-                                   {ID_ATTRIBUTES, Notify::kCommand, &BrowserView::EditAttributes},
-                                   {ID_EDIT_CUT, Notify::kCommand, &BrowserView::CutSelected},
-                                   {ID_EDIT_COPY, Notify::kCommand, &BrowserView::CopySelected},
-                                   {ID_EDIT_PASTE, Notify::kCommand, &BrowserView::PasteFromClipboard},
-                                   {ID_DELETE, Notify::kCommand, &BrowserView::DeleteSelected},
-                                   {ID_RENAME, Notify::kCommand, &BrowserView::RenameSelected},
-                                   {ID_PROPERTIES, Notify::kCommand, &BrowserView::ShowProperties},
+                                   {ID_ATTRIBUTES, Notify::kCommand, &BrowserView::OnFileCommand},
+                                   {ID_EDIT_CUT, Notify::kCommand, &BrowserView::OnFileCommand},
+                                   {ID_EDIT_COPY, Notify::kCommand, &BrowserView::OnFileCommand},
+                                   {ID_EDIT_PASTE, Notify::kCommand, &BrowserView::OnFileCommand},
+                                   {ID_DELETE, Notify::kCommand, &BrowserView::OnFileCommand},
+                                   {ID_RENAME, Notify::kCommand, &BrowserView::OnFileCommand},
+                                   {ID_NEW_FOLDER, Notify::kCommand, &BrowserView::OnFileCommand},
+                                   {ID_PROPERTIES, Notify::kCommand, &BrowserView::OnFileCommand},
                                    {ID_GO_UP, Notify::kCommand, &BrowserView::GoUp},
                                    {ID_REFRESH, Notify::kCommand, &BrowserView::RefreshList},
                                    {ID_VIEW_ICONS, Notify::kCommand, &BrowserView::OnViewMode},
@@ -47,11 +60,12 @@ const MessageMap& BrowserView::GetMessageMap() const {
                                    {ID_VIEW_LIST, Notify::kCommand, &BrowserView::OnViewMode},
                                    {ID_VIEW_DETAILS, Notify::kCommand, &BrowserView::OnViewMode},
                                });
-    return sharesMode ? SharesModeMap(kMap) : kMap;
+    return kMap;
 }
 
-BrowserView::BrowserView() : clipboardFormat(RegisterClipboardFormat(kClipboardFormatName)) {
-    if (clipboardFormat == 0) ShowFatalErrorBox(nullptr, "Error: cannot register clipboard data format.");
+BrowserView::BrowserView() : location(std::make_unique<DriveRows>()) {
+    if (RegisterClipboardFormat(kClipboardFormatName) == 0)
+        ShowFatalErrorBox(nullptr, "Error: cannot register clipboard data format.");
 }
 
 void BrowserView::Create(CWnd& owner, unsigned int id, const std::string& commandLine) {
@@ -59,30 +73,35 @@ void BrowserView::Create(CWnd& owner, unsigned int id, const std::string& comman
     if (!contextMenu) ShowErrorBox(owner.GetSafeHwnd(), "Error: cannot load menu");
 
     if (!CreateChild(owner, {}, id) || !list.Create(*this, WS_VISIBLE | WS_TABSTOP | LVS_ICON, {}, kListId) ||
-        !largeImages.Create(LargeIconSize()) || !smallImages.Create(SmallIconSize())) {
+        !images.Rebuild(list, {}))
         ShowFatalErrorBox(owner.GetSafeHwnd(), "Error: cannot initialize main window");
-    }
     constexpr int kColumnWidth = 150;
     int column = 0;
     for (const char* header : {"Name", "Type", "Size", "Modified"})
         list.InsertColumn(column++, header, kColumnWidth);
-    list.SetImageList(largeImages, ImageListKind::kNormal);
-    list.SetImageList(smallImages, ImageListKind::kSmall);
     list.SetExtendedStyle(ListStyle::kInfoTips);
     OpenStartFolder(commandLine);
 }
 
+// A failure to list is reported when the frame's settings are applied, which lists again.
 void BrowserView::OpenStartFolder(const std::string& commandLine) {
     const std::string folder = StartFolderOf(commandLine);
-    if (folder.empty() || !EnterFolder(folder)) {
-        ListDrives();
-        return;
+    auto start = std::make_unique<FolderRows>(folder);
+    if (!folder.empty() && start->Open().IsDone()) {
+        location = std::move(start);
+        history.Record(location->Folder());
     }
-    currentFolder = folder;
-    ListFolder(currentFolder);  // a failure is told when the frame's settings are applied, which lists again
-    isDriveRoot = false;
-    driveListShown = false;
-    RecordLocation();
+    static_cast<void>(Fill(*location));
+}
+
+void BrowserView::AttachBars(AddrBar& address, CStatusBar& status) {
+    addressBar = &address;
+    statusBar = &status;
+    addressBar->SetLocationText(Rows().Location());
+}
+
+void BrowserView::SetViewModeObserver(std::function<void(std::uint32_t viewMode)> chosen) {
+    viewModeChosen = std::move(chosen);
 }
 
 void BrowserView::OnSize(Size client) {
@@ -97,15 +116,11 @@ CFrameWnd* BrowserView::Frame() const {
     return dynamic_cast<CFrameWnd*>(GetParent());
 }
 
-void BrowserView::RunCommand(unsigned int id) {
-    if (CFrameWnd* frame = Frame()) frame->RunCommand(id);
-}
-
 // ---- Notifications. After a double click or a key the list goes on with its own reaction. ----
 
 void BrowserView::OnDoubleClick(Notification& notification) {
     notification.handled = false;
-    if (!sharesMode && notification.row >= 0) OpenSelected();
+    if (notification.row >= 0) OpenSelected();
 }
 
 void BrowserView::OnKeyDown(Notification& notification) {
@@ -115,13 +130,13 @@ void BrowserView::OnKeyDown(Notification& notification) {
     notification.handled = false;
     switch (notification.key) {
         case kBackspace:
-            if (!sharesMode) GoUp();
+            GoUp();
             break;
         case kEnter:
-            if (!sharesMode) OpenSelected();
+            OpenSelected();
             break;
         case kDelete:
-            RunCommand(ID_DELETE);
+            if (CFrameWnd* frame = Frame()) frame->RunCommand(ID_DELETE);
             break;
         default:
             break;
@@ -133,7 +148,7 @@ void BrowserView::OnColumnClick(Notification& notification) {
 }
 
 void BrowserView::OnInfoTip(Notification& notification) {
-    if (BuildInfoText(list.GetItemText(notification.row, 0))) notification.tip = infoText;
+    notification.tip = Rows().Tip(list.GetItemText(notification.row, kNameColumn));
 }
 
 void BrowserView::OnViewMode(Notification& notification) {
@@ -148,15 +163,98 @@ void BrowserView::OnRightClick(Notification& notification) {
     const Rect place = list.GetWindowRect();
     const Point clicked{place.left + notification.point.x, place.top + notification.point.y};
     const unsigned int command = popup.TrackPopup(clicked, *this);
-    if (command != 0) RunCommand(command);
+    CFrameWnd* frame = Frame();
+    if (command != 0 && frame != nullptr) frame->RunCommand(command);
 }
 
 void BrowserView::EnableContextCommands(CMenu& menu) const {
-    for (const unsigned int id : kFileCommands)
-        menu.Enable(id, sharesMode ? id == ID_DELETE : !driveListShown);
-    for (const unsigned int id : kSecurityCommands)
-        menu.Enable(id, !sharesMode);
-    if (!sharesMode && !driveListShown) menu.Enable(ID_EDIT_PASTE, CanPaste());
+    for (const unsigned int id : kDependentCommands)
+        menu.Enable(id, Rows().Offers(id) && (id != ID_EDIT_PASTE || HasFilesToPaste()));
+}
+
+void BrowserView::OnFileCommand(Notification& notification) {
+    commands.Run(notification.id);
+}
+
+// ---- Selection ----
+
+std::vector<std::string> BrowserView::SelectedNames() const {
+    std::vector<std::string> names;
+    for (int row = list.NextSelected(0); row >= 0; row = list.NextSelected(row + 1))
+        names.push_back(list.GetItemText(row, kNameColumn));
+    return names;
+}
+
+bool BrowserView::HoldSelection(Place& place) const {
+    std::vector<std::string> names = SelectedNames();
+    if (names.empty()) {
+        ShowInfoBox(GetSafeHwnd(), kSelectItems);
+        return false;
+    }
+    const Outcome outcome = Rows().Hold(std::move(names), place);
+    ShowOutcome(GetSafeHwnd(), outcome);
+    return outcome.IsDone();
+}
+
+void BrowserView::SelectAll() {
+    bool areAllSelected = true;
+    for (int row = 0; row < list.GetItemCount(); ++row)
+        areAllSelected = list.SetSelected(row, true) && areAllSelected;
+    if (!areAllSelected) ShowErrorBox(GetSafeHwnd(), kCannotSelect);
+}
+
+void BrowserView::InvertSelection() {
+    bool areAllInverted = true;
+    for (int row = 0; row < list.GetItemCount(); ++row)
+        areAllInverted = list.SetSelected(row, !list.IsSelected(row)) && areAllInverted;
+    if (!areAllInverted) ShowErrorBox(GetSafeHwnd(), kCannotSelect);
+}
+
+// ---- View modes, icons and order ----
+
+CMenu BrowserView::ViewMenu() const {
+    constexpr int kViewMenu = 2;
+    const CFrameWnd* frame = Frame();
+    const CMenu menu = frame != nullptr ? frame->GetMenu() : CMenu();
+    return menu ? menu.GetSubMenu(kViewMenu) : CMenu();
+}
+
+void BrowserView::SetViewMode(ListView mode) {
+    ChangeView(mode);
+    if (mode == ListView::kReport) RefreshList();
+}
+
+void BrowserView::ChangeView(ListView mode) {
+    list.SetView(mode);
+    const int position = static_cast<int>(mode);
+    if (CMenu menu = ViewMenu())
+        menu.CheckRadioByPosition(kFirstModeEntry, kLastModeEntry, kFirstModeEntry + position);
+    if (viewModeChosen) viewModeChosen(static_cast<std::uint32_t>(position));
+}
+
+void BrowserView::ApplyViewSettings(std::uint32_t viewMode, RowIcons icons) {
+    constexpr std::uint32_t kViewModes = 4;
+    if (viewMode < kViewModes) ChangeView(static_cast<ListView>(viewMode));
+    SetIcons(icons);
+    RefreshList();
+}
+
+void BrowserView::SetIcons(RowIcons icons) {
+    rowIcons = icons;
+    if (CMenu menu = ViewMenu()) menu.CheckByPosition(kOwnIconsEntry, icons == RowIcons::kOwn);
+}
+
+void BrowserView::SortByColumn(int column) {
+    const int count = list.GetItemCount();
+    std::vector<std::string> texts;
+    texts.reserve(static_cast<std::size_t>(count));
+    for (int row = 0; row < count; ++row) {
+        texts.push_back(list.GetItemText(row, column));
+        list.SetItemData(row, row);
+    }
+    list.SortItems(OrderByColumn(column, texts));
+    for (int row = 0; row < count; ++row)
+        list.SetItemData(row, row);
 }
 
 }  // namespace permora

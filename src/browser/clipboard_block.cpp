@@ -1,6 +1,5 @@
 #include "browser/clipboard_block.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace permora {
@@ -58,16 +57,14 @@ const char* ReadFileList(std::span<const std::uint8_t> bytes, std::basic_string<
 
 }  // namespace
 
-std::size_t ClipboardBlockSize(const std::string& folder, std::span<const char* const> names) {
-    return kHeaderSize + FileListSize(folder + '\\', names);
-}
-
-void WriteClipboardBlock(TransferKind kind, const std::string& folder, std::span<const char* const> names,
-                         std::span<std::uint8_t> block) {
-    std::ranges::fill(block.first(kHeaderSize), std::uint8_t{0});
+std::vector<std::uint8_t> ClipboardBlockOf(TransferKind kind, const std::string& folder,
+                                           std::span<const std::string> names) {
+    std::vector<std::uint8_t> block(kHeaderSize);
     WriteNumber(block, kOffsetField, kHeaderSize);
     WriteNumber(block, kOperationField, kind == TransferKind::kCopy ? 1 : 0);
-    WriteFileList(folder + '\\', names, reinterpret_cast<char*>(block.subspan(kHeaderSize).data()));
+    const std::string list = FileListOf(folder + '\\', names);
+    block.insert(block.end(), list.begin(), list.end());
+    return block;
 }
 
 const char* ReadClipboardBlock(std::span<const std::uint8_t> block, FileTransfer& transfer) {

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "browser/file_list.h"
 
@@ -22,12 +23,10 @@ namespace permora {
 
 inline constexpr const char* kClipboardFormatName = "ZELClipboardData";
 
-// The size in bytes of the block for `names` in `folder`. The paths in it have a backslash between the two
-// also where the folder ends in one: "C:\\a.txt".
-std::size_t ClipboardBlockSize(const std::string& folder, std::span<const char* const> names);
-// Writes the block, which is of that size.
-void WriteClipboardBlock(TransferKind kind, const std::string& folder, std::span<const char* const> names,
-                         std::span<std::uint8_t> block);
+// The block for `names` in `folder`. The paths in it have a backslash between the two also where the folder
+// ends in one: "C:\\a.txt".
+std::vector<std::uint8_t> ClipboardBlockOf(TransferKind kind, const std::string& folder,
+                                           std::span<const std::string> names);
 
 // Null when the block is sound; `transfer` is then what it says. Else what is wrong with it, for the user,
 // and `transfer` is unchanged.

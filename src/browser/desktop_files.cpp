@@ -46,13 +46,13 @@ const char* ReadAddresses(TransferKind kind, std::string_view text, FileTransfer
 
 }  // namespace
 
-bool MakeDesktopFileTexts(TransferKind kind, const std::string& folder, std::span<const char* const> names,
+bool MakeDesktopFileTexts(TransferKind kind, const std::string& folder, std::span<const std::string> names,
                           DesktopFileTexts& texts) {
     const std::string folderUrl = FileUrlOf(folder);
     if (folderUrl.empty()) return false;
     const bool isCut = kind == TransferKind::kMove;
     DesktopFileTexts made{{}, isCut ? "cut" : "copy", isCut ? "1" : "0"};
-    for (const char* name : names) {
+    for (const std::string& name : names) {
         const std::string part = FileUrlPart(name);
         if (part.empty()) return false;
         std::string url = folderUrl;

@@ -25,7 +25,7 @@ struct DesktopFileTexts {
 
 // Of `names` in `folder`, in all three formats. False when one of them has no address; `texts` is then
 // unchanged.
-bool MakeDesktopFileTexts(TransferKind kind, const std::string& folder, std::span<const char* const> names,
+bool MakeDesktopFileTexts(TransferKind kind, const std::string& folder, std::span<const std::string> names,
                           DesktopFileTexts& texts);
 
 // What another program has offered, from which nothing can be trusted. Null when all addresses lead to files

@@ -1,12 +1,114 @@
 #include "browser/drive_rows.h"
 
+#include <array>
+
+#include "browser/folder_rows.h"
 #include "browser/list_presentation.h"
 #include "resources/resource_ids.h"
 
 namespace permora {
+namespace {
 
 constexpr std::array<unsigned int, 5> kDriveImages = {IDI_DRIVE_REMOVABLE, IDI_DRIVE_FIXED, IDI_DRIVE_CDROM,
                                                       IDI_DRIVE_PROTECTED, IDI_DRIVE_NETWORK};
+constexpr int kRemovableImage = 0;
+constexpr int kFixedImage = 1;
+constexpr int kDiscImage = 2;
+constexpr int kProtectedImage = 3;  // the file system keeps access lists
+constexpr int kNetworkImage = 4;
+
+// A root and its NUL in the system's list of drives.
+constexpr std::size_t kDriveEntryLength = 4;
+
+// "C:\" and so on, each with its NUL; empty when the system gives none. A drive may come while we ask.
+std::string DriveStrings() {
+    std::string strings;
+    DWORD length = GetLogicalDriveStringsA(0, nullptr);
+    while (length > strings.size()) {
+        strings.resize(length);
+        length = GetLogicalDriveStringsA(static_cast<DWORD>(strings.size()), strings.data());
+    }
+    strings.resize(length);
+    return strings;
+}
+
+constexpr DWORD kNameRoom = 261;
+
+struct VolumeFacts {
+    std::array<char, kNameRoom> label{};
+    std::array<char, kNameRoom> fileSystem{};
+    DWORD flags = 0;
+};
+
+// False where the volume does not answer; nothing is known then.
+bool AskVolume(const std::string& root, VolumeFacts& facts) {
+    return GetVolumeInformationA(root.c_str(), facts.label.data(), kNameRoom, nullptr, nullptr, &facts.flags,
+                                 facts.fileSystem.data(), kNameRoom) != FALSE;
+}
+
+struct DriveSpace {
+    ULARGE_INTEGER available{};  // to this user
+    ULARGE_INTEGER total{};
+};
+
+bool AskSpace(const std::string& root, DriveSpace& space) {
+    return GetDiskFreeSpaceExA(root.c_str(), &space.available, &space.total, nullptr) != FALSE;
+}
+
+Row RowOfDrive(const std::string& root) {
+    const UINT type = GetDriveTypeA(root.c_str());
+    DriveLook look = LookOfDrive(type);
+    if (VolumeFacts facts; DependsOnFileSystem(look) && AskVolume(root, facts))
+        look = WithFileSystem(look, facts.flags);
+    Row row{.name = root, .type = look.typeText, .image = look.image};
+    if (DriveSpace space; type == DRIVE_FIXED && AskSpace(root, space))
+        row.size = DriveSizeText(space.total.QuadPart, space.available.QuadPart);
+    return row;
+}
+
+}  // namespace
+
+std::span<const unsigned int> DriveRows::Images() const {
+    return kDriveImages;
+}
+
+bool DriveRows::Offers(unsigned int command) const {
+    return command == ID_WIZARD || command == ID_SECURE_DELETION;
+}
+
+Outcome DriveRows::List(const RowOptions& /*options*/, RowReceiver& receiver) {
+    const std::string roots = DriveStrings();
+    int count = 0;
+    for (std::size_t place = 0; place + kDriveEntryLength <= roots.size(); place += kDriveEntryLength) {
+        Row row = RowOfDrive(roots.c_str() + place);
+        row.position = count;
+        if (row.image >= 0 && !receiver.Add(row)) return {ERROR_NOT_ENOUGH_MEMORY};
+        receiver.ShowCount(++count);
+    }
+    return {};
+}
+
+// As much as the drive gives.
+std::string DriveRows::Tip(const std::string& root) const {
+    VolumeFacts facts;
+    if (!AskVolume(root, facts)) return {};
+    const std::string fileSystem = facts.fileSystem.data();
+    std::string tip = std::string("Name: ") + facts.label.data() +
+                      "\nFile System: " + (fileSystem.empty() ? "Unknown" : fileSystem);
+    DriveSpace space;
+    if (!AskSpace(root, space)) return tip;
+    return tip + "\nTotal Space: " + FormatSize(space.total.QuadPart) +
+           "\nAvailable Space: " + FormatSize(space.available.QuadPart);
+}
+
+Outcome DriveRows::FindPath(const std::string& root, std::string& path) const {
+    path = root;
+    return {};
+}
+
+std::unique_ptr<RowSource> DriveRows::Enter(const std::string& root) const {
+    return std::make_unique<FolderRows>(root);
+}
 
 DriveLook LookOfDrive(UINT driveType) {
     switch (driveType) {

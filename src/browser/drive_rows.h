@@ -1,21 +1,26 @@
-// How drives look in the list of drives.
+// The machine's drives as rows of the browser.
 #pragma once
 
-#include <array>
-#include <cstdint>
-#include <string>
-
+#include "browser/row_source.h"
 #include "platform/api/files.h"
 
 namespace permora {
 
-// Images of the drive list, as icon resources in the order of the images.
-inline constexpr int kRemovableImage = 0;
-inline constexpr int kFixedImage = 1;
-inline constexpr int kDiscImage = 2;
-inline constexpr int kProtectedImage = 3;  // the file system keeps access lists
-inline constexpr int kNetworkImage = 4;
-extern const std::array<unsigned int, 5> kDriveImages;
+inline constexpr const char* kDriveListLocation = "Accessible disk drives";
+
+// The name of a row is the drive's root ("C:\").
+class DriveRows : public RowSource {
+  public:
+    PlaceKind Kind() const override { return PlaceKind::kDrives; }
+    std::string Location() const override { return kDriveListLocation; }
+    std::span<const unsigned int> Images() const override;
+    bool Offers(unsigned int command) const override;
+    std::unique_ptr<RowSource> Anew() const override { return std::make_unique<DriveRows>(); }
+    Outcome List(const RowOptions& options, RowReceiver& receiver) override;
+    std::string Tip(const std::string& root) const override;
+    Outcome FindPath(const std::string& root, std::string& path) const override;
+    std::unique_ptr<RowSource> Enter(const std::string& root) const override;
+};
 
 struct DriveLook {
     int image = -1;  // -1: the drive is not shown

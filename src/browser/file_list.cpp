@@ -1,7 +1,6 @@
 #include "browser/file_list.h"
 
 #include <algorithm>
-#include <cstring>
 #include <type_traits>
 
 #include "security/text_conversion.h"
@@ -71,20 +70,14 @@ bool IsWellFormed(std::basic_string_view<WCHAR> text) {
 
 }  // namespace
 
-std::size_t FileListSize(std::string_view prefix, std::span<const char* const> names) {
-    std::size_t size = 1;
-    for (const char* name : names)
-        size += prefix.size() + std::strlen(name) + 1;
-    return size;
-}
-
-void WriteFileList(std::string_view prefix, std::span<const char* const> names, char* list) {
-    for (const char* name : names) {
-        list = std::ranges::copy(prefix, list).out;
-        list = std::ranges::copy(std::string_view(name), list).out;
-        *list++ = '\0';
+std::string FileListOf(std::string_view prefix, std::span<const std::string> names) {
+    std::string list;
+    for (const std::string& name : names) {
+        list += prefix;
+        list += name;
+        list += '\0';
     }
-    *list = '\0';
+    return list + '\0';
 }
 
 bool IsPathOfFile(std::string_view path) {

@@ -30,10 +30,8 @@ inline constexpr const char* kNoPathsOfFiles =
     "Error: the clipboard holds something else than full paths of files and folders.";
 inline constexpr const char* kTooManyFiles = "Error: there are too many files on the clipboard.";
 
-// The size in bytes of a list of `names`, each behind `prefix`.
-std::size_t FileListSize(std::string_view prefix, std::span<const char* const> names);
-// Writes that list to `list`, which has room for it.
-void WriteFileList(std::string_view prefix, std::span<const char* const> names, char* list);
+// The list of `names`, each behind `prefix`.
+std::string FileListOf(std::string_view prefix, std::span<const std::string> names);
 
 // Whether a path from elsewhere is one that a file or folder can have: from a drive or a server on, without
 // "." and "..", wildcards and what else no name has, and not a drive itself. A separator at the end is

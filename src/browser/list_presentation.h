@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "browser/folder_entries.h"
+#include "platform/api/directory_search.h"
 
 namespace permora {
 

@@ -1,13 +1,9 @@
 #include "browser/shell_items.h"
 
-#include "platform/api/shell.h"
 #include "security/text_conversion.h"
 
 namespace permora {
 namespace {
-
-// Where each object has a picture of its own, keeping them all would only fill the memory.
-constexpr std::size_t kMostIcons = 1000;
 
 constexpr const char* kProgressTitle = "File Operation Progress";
 
@@ -50,19 +46,6 @@ void RunFileOperation(HWND owner, UINT function, LPCWSTR files, const std::strin
     operation.fFlags = FOF_ALLOWUNDO;
     operation.lpszProgressTitle = AnsiToWide(kProgressTitle, title);
     SHFileOperationW(&operation);
-}
-
-ShellIcons::Pair ShellIcons::Find(const std::string& path) {
-    const ShellIcon icon = FindShellIcon(path.c_str());
-    return {IconOf(icon.large), IconOf(icon.small)};
-}
-
-CIcon ShellIcons::IconOf(const Picture& picture) {
-    if (!picture) return {};
-    if (icons.size() >= kMostIcons) icons.clear();
-    const auto [entry, isNew] = icons.try_emplace(picture);
-    if (isNew) entry->second = CIcon::FromPixels({picture->width, picture->height}, picture->pixels);
-    return entry->second;
 }
 
 }  // namespace permora

@@ -1,12 +1,9 @@
 // What the desktop's shell says about files and folders, and what it does with them.
 #pragma once
 
-#include <map>
-#include <memory>
 #include <string>
 
-#include "framework/images.h"
-#include "platform/shell_icons.h"
+#include "platform/api/shell.h"
 
 namespace permora {
 
@@ -21,22 +18,5 @@ bool OpenByShell(HWND owner, const std::string& target);
 // path, or empty.
 void RunFileOperation(HWND owner, UINT function, LPCSTR files, const std::string& target);
 void RunFileOperation(HWND owner, UINT function, LPCWSTR files, const std::string& target);
-
-// The shell's icons. Objects of one kind share one, so that a long list costs little.
-class ShellIcons {
-  public:
-    // Either is empty when the shell has none.
-    struct Pair {
-        CIcon large;
-        CIcon small;
-    };
-    Pair Find(const std::string& path);
-
-  private:
-    using Picture = std::shared_ptr<const ShellPicture>;
-    CIcon IconOf(const Picture& picture);
-
-    std::map<Picture, CIcon> icons;  // what was made of the shell's pictures, which live as long
-};
 
 }  // namespace permora

@@ -23,7 +23,7 @@ struct StepTexts {
 };
 
 // clang-format off
-constexpr std::array<StepTexts, 33> kTexts = {{
+constexpr std::array<StepTexts, 35> kTexts = {{
     {Step::kNone,              "{system}"},
 
     {Step::kFindAgain,         "\"{object}\" is left alone: another object has this name since it was shown here.",
@@ -49,6 +49,9 @@ constexpr std::array<StepTexts, 33> kTexts = {{
     {Step::kOpenPolicy,        "Error: cannot open local security policy"},
     {Step::kEnumerateUsers,    "Error: cannot enumerate users"},
     {Step::kReadOwner,         "Cannot get owner information: {system}"},
+
+    {Step::kEnumerateShares,   "Error: cannot enumerate shared resources: {system}"},
+    {Step::kRemoveShares,      "Error: one or more shared resources coud not be removed: {system}"},
 
     {Step::kExamine,           "Error: deleting \"{object}\": {system}", "cannot get attributes: {system}"},
     {Step::kCompare,           "Its name leads to something else by now: {system}",

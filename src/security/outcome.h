@@ -35,6 +35,10 @@ enum class Step {
     kEnumerateUsers,
     kReadOwner,
 
+    // Shares.
+    kEnumerateShares,
+    kRemoveShares,
+
     // Secure deletion.
     kExamine,    // finding out whether it is a file or a folder
     kCompare,    // with what was chosen

@@ -9,6 +9,7 @@
 
 #include "app/main_app.h"
 #include "app/settings_store.h"
+#include "browser/drive_rows.h"
 #include "framework/command_routing.h"
 #include "framework/frame_native.h"
 #include "framework/menu_items.h"

@@ -12,6 +12,7 @@
 #include "resources/resource_ids.h"
 #include "tests/browser/browser_fixture.h"
 #include "tests/support/ntfs_volume.h"
+#include "tests/support/places.h"
 
 namespace permora::test {
 namespace {
@@ -96,10 +97,10 @@ TEST_F(AttributesDialog, StopsAtTheFirstItemThatFails) {
     EXPECT_EQ(Of("3"), FILE_ATTRIBUTE_NORMAL);
 
     // What the hidden boxes would ask for comes after the word, and stops the rest.
-    const char* names[] = {"1", "3"};
+    const Place place = InCurrentFolder({"1", "3"});
     const CheckedBoxes before = BoxesOf(FILE_ATTRIBUTE_NORMAL);
     for (const DWORD asked : {FILE_ATTRIBUTE_COMPRESSED, FILE_ATTRIBUTE_ENCRYPTED}) {
-        EXPECT_EQ(AssignAttributes(names, BoxesOf(FILE_ATTRIBUTE_SYSTEM | asked), before),
+        EXPECT_EQ(AssignAttributes(place, BoxesOf(FILE_ATTRIBUTE_SYSTEM | asked), before),
                   ERROR_NOT_SUPPORTED);
         EXPECT_EQ(Of("1"), FILE_ATTRIBUTE_SYSTEM);
         EXPECT_EQ(Of("3"), FILE_ATTRIBUTE_NORMAL);
@@ -151,7 +152,7 @@ TEST_F(AttributesDialog, OnNtfsLetsOnlyFilesBeTemporary) {
     EXPECT_EQ(OnVolume(volume.Path("a folder")), 0x110U);
 
     view.InvertSelection();
-    view.list.SetSelected(Row("file"), true);
+    view.List().SetSelected(Row("file"), true);
     ui.ExpectDialog(IDD_ATTRIBUTES, [](WindowDriver& dialog) {
         dialog.Click(IDC_ALLOW_INDEXING);
         dialog.Click(IDC_TEMPORARY);

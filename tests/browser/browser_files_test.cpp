@@ -33,11 +33,11 @@ class BrowserFiles : public BrowserTest {
     void Run(unsigned int command) { frame.RunCommand(command); }
     void Go(const std::string& path) {
         view.GoToLocation(path);
-        ASSERT_EQ(view.currentFolder, path);
+        ASSERT_EQ(view.Rows().Folder(), path);
     }
     void Select(const std::string& name) {
-        for (int row = 0; row < view.list.GetItemCount(); ++row)
-            view.list.SetSelected(row, view.list.GetItemText(row, 0) == name);
+        for (int row = 0; row < view.List().GetItemCount(); ++row)
+            view.List().SetSelected(row, view.List().GetItemText(row, 0) == name);
     }
     void ExpectQuestion(unsigned int answer) {
         ui.ExpectDialog(kFileQuestionWindowId, [answer](WindowDriver& window) { window.Click(answer); });
@@ -74,12 +74,12 @@ TEST_F(BrowserFiles, CopiesArePastedAgainAndAgainAndWhatWasCutOnce) {
     Select("a b.txt");
     Run(ID_EDIT_CUT);
     EXPECT_TRUE(Exists("third/a b.txt"));
-    EXPECT_TRUE(BrowserView::CanPaste());
+    EXPECT_TRUE(HasFilesToPaste());
     Go(R"(T:\)");
     Run(ID_EDIT_PASTE);
     EXPECT_THAT(Names(), UnorderedElementsAre("from", "third", "to", "a b.txt"));
     EXPECT_FALSE(Exists("third/a b.txt"));
-    EXPECT_FALSE(BrowserView::CanPaste());
+    EXPECT_FALSE(HasFilesToPaste());
     Run(ID_EDIT_PASTE);
 }
 
@@ -106,7 +106,7 @@ TEST_F(BrowserFiles, GoToAndComeFromOtherProgramsOfTheDesktop) {
     PutOnClipboard(kGnomeFilesFormatName, "cut\n" + url);
     Run(ID_EDIT_PASTE);
     EXPECT_FALSE(Exists("from/a b.txt"));
-    EXPECT_FALSE(BrowserView::CanPaste());
+    EXPECT_FALSE(HasFilesToPaste());
     std::string wide("\x14\0\0\0\0\0\0\0\0\0\0\0\1\0\0\0\1\0\0\0", 20);
     for (const char letter : "T:\\a b.txt\0"s)
         wide += {letter, '\0'};
@@ -128,7 +128,7 @@ TEST_F(BrowserFiles, NothingIsTouchedByWhatCannotBePasted) {
         ExpectError("Error: the ");
         Run(ID_EDIT_PASTE);
         EXPECT_THAT(Names(), ElementsAre()) << format;
-        EXPECT_TRUE(BrowserView::CanPaste());
+        EXPECT_TRUE(HasFilesToPaste());
     }
     const Clipboard held(frame);
     ExpectError("Error: cannot open the clipboard.");
@@ -192,23 +192,23 @@ TEST_F(BrowserFiles, NewFoldersAreMadeWhereTheUserIs) {
         dialog.SetText(IDC_FOLDER_NAME, "caf\u00E9 100%");
         dialog.Click(IDOK);
     });
-    view.CreateNewFolder();
+    frame.RunCommand(ID_NEW_FOLDER);
     EXPECT_THAT(Names(), UnorderedElementsAre("caf\u00E9 100%", "sub", "a b.txt"));
     ui.ExpectDialog(IDD_NEW_FOLDER, [](WindowDriver& dialog) {
         dialog.SetText(IDC_FOLDER_NAME, "sub");
         dialog.Click(IDOK);
     });
     ExpectError("");
-    view.CreateNewFolder();
+    frame.RunCommand(ID_NEW_FOLDER);
     ui.ExpectDialog(IDD_NEW_FOLDER, [this](WindowDriver& dialog) {
         dialog.SetText(IDC_FOLDER_NAME, folder.Path("to/deeper"));
         dialog.Click(IDOK);
     });
-    view.CreateNewFolder();
+    frame.RunCommand(ID_NEW_FOLDER);
     EXPECT_TRUE(Exists("to/deeper"));
     view.GoToRoot();
     ui.ExpectInformation("Please, enter the disk volume where you would like to create new folder.");
-    view.CreateNewFolder();
+    frame.RunCommand(ID_NEW_FOLDER);
 }
 
 TEST_F(BrowserFiles, CommandsNeedRowsOfTheFolderThatIsShown) {
@@ -231,9 +231,9 @@ TEST_F(BrowserFiles, CommandsNeedRowsOfTheFolderThatIsShown) {
         ASSERT_EQ(chdir(folder.Path("other").c_str()), 0);
         std::filesystem::create_directory_symlink("other", folder.Path("from"));
         ExpectError("");
-        command == ID_NEW_FOLDER ? view.CreateNewFolder() : Run(command);
+        command == ID_NEW_FOLDER ? frame.RunCommand(ID_NEW_FOLDER) : Run(command);
         const bool isListedAgain = command != ID_EDIT_CUT && command != ID_EDIT_COPY;
-        EXPECT_EQ(view.currentFolder, isListedAgain ? R"(T:\other)" : R"(T:\from)") << command;
+        EXPECT_EQ(view.Rows().Folder(), isListedAgain ? R"(T:\other)" : R"(T:\from)") << command;
         std::filesystem::remove(folder.Path("from"));
         std::filesystem::rename(folder.Path("real"), folder.Path("from"));
     }
@@ -254,7 +254,7 @@ TEST_F(BrowserFiles, CommandsNeedRowsOfTheFolderThatIsShown) {
     for (const unsigned int command : kCommands)
         Run(command);
     Run(ID_EDIT_PASTE);
-    EXPECT_TRUE(BrowserView::CanPaste());
+    EXPECT_TRUE(HasFilesToPaste());
 }
 
 }  // namespace

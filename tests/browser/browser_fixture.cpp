@@ -2,11 +2,8 @@
 
 #include <unistd.h>
 
-#include <utility>
-
 #include "platform/api/directory_search.h"
 #include "platform/api/errors.h"
-#include "platform/api/memory.h"
 #include "platform/api/shell.h"
 #include "platform/linux/files/drives.h"
 #include "resources/resource_ids.h"
@@ -24,8 +21,7 @@ bool BrowserFrame::OnCreate() {
         !reBar.AddBar(addressBar, addressBar.LeastWidth()) || !statusBar.Create(*this))
         return false;
     statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
-    view.statusBar = &statusBar;
-    view.addressBar = &addressBar;
+    view.AttachBars(addressBar, statusBar);
     SetView(view);
     return true;
 }
@@ -53,16 +49,16 @@ void BrowserTest::Start(const std::string& path) {
     frame.commandLine = path.empty() ? R"("permora")" : R"("permora" ")" + path + '"';
     ASSERT_TRUE(frame.LoadFrame(IDR_MAIN_FRAME));
     frame.SetPlacement({{20, 30, 720, 530}, ShowState::kNormal});
-    EXPECT_TRUE(Window().WaitUntil([this] { return view.list.HasFocus(); }));
+    EXPECT_TRUE(Window().WaitUntil([this] { return view.List().HasFocus(); }));
 }
 
 std::vector<std::string> BrowserTest::Names() {
     std::vector<std::string> names;
-    for (int row = 0; row < view.list.GetItemCount(); ++row) {
+    for (int row = 0; row < view.List().GetItemCount(); ++row) {
         // A drive keeps its place in the system's list, which has drives that are not shown.
-        EXPECT_GE(view.list.GetItemData(row), row);
-        EXPECT_TRUE(view.driveListShown || view.list.GetItemData(row) == row);
-        names.push_back(view.list.GetItemText(row, 0));
+        EXPECT_GE(view.List().GetItemData(row), row);
+        EXPECT_TRUE(view.IsShowing(PlaceKind::kDrives) || view.List().GetItemData(row) == row);
+        names.push_back(view.List().GetItemText(row, 0));
     }
     return names;
 }
@@ -72,7 +68,7 @@ void BrowserTest::ExpectError(const std::string& text) {
 }
 
 void BrowserTest::Open(const std::string& name) {
-    view.list.SetSelectionMark(Row(name));
+    view.List().SetSelectionMark(Row(name));
     view.OpenSelected();
 }
 
@@ -80,24 +76,10 @@ void BrowserTest::Open(const std::string& name) {
 
 using permora::test::TheFaults;
 
-namespace {
-
-bool TakeHeapCall() {
-    int& left = TheFaults().heapCallsLeft;
-    if (left == 0) return false;
-    if (left > 0) --left;
-    return true;
-}
-
-}  // namespace
-
 extern "C" {
 
 HANDLE __real_FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data);
 BOOL __real_FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data);
-HANDLE __real_HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize);
-LPVOID __real_HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes);
-HLOCAL __real_LocalAlloc(UINT flags, SIZE_T bytes);
 
 HANDLE __wrap_FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
     if (TheFaults().onSearch) TheFaults().onSearch();
@@ -110,20 +92,6 @@ BOOL __wrap_FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data) {
         return FALSE;
     }
     return __real_FindNextFileA(search, data);
-}
-
-HANDLE __wrap_HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize) {
-    return TakeHeapCall() ? __real_HeapCreate(options, initialSize, maximumSize) : nullptr;
-}
-
-LPVOID __wrap_HeapAlloc(HANDLE heap, DWORD flags, SIZE_T bytes) {
-    return TakeHeapCall() ? __real_HeapAlloc(heap, flags, bytes) : nullptr;
-}
-
-HLOCAL __wrap_LocalAlloc(UINT flags, SIZE_T bytes) {
-    if (!std::exchange(TheFaults().nextBufferFails, false)) return __real_LocalAlloc(flags, bytes);
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return nullptr;
 }
 
 HINSTANCE __wrap_ShellExecuteA(HWND, LPCSTR operation, LPCSTR file, LPCSTR, LPCSTR, int) {

@@ -9,6 +9,8 @@
 
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
+#include "browser/drive_rows.h"
+#include "browser/file_clipboard.h"
 #include "framework/frame_window.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
@@ -20,8 +22,6 @@ struct Faults {
     std::string opened;              // by the shell, which takes everything but "missing"
     std::function<void()> onSearch;  // before each search of a folder
     int searchFailsAfter = -1;       // so many entries; -1: never
-    int heapCallsLeft = -1;          // before there is no more memory; -1: no end
-    bool nextBufferFails = false;    // of the local heap
 };
 Faults& TheFaults();
 

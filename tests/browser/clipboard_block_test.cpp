@@ -36,7 +36,7 @@ TEST(ClipboardBlock, IsWrittenAsLaidOut) {
     const struct {
         TransferKind kind;
         const char* folder;
-        std::vector<const char*> names;
+        std::vector<std::string> names;
         std::string block;
     } cases[] = {
         {TransferKind::kCopy,
@@ -46,8 +46,7 @@ TEST(ClipboardBlock, IsWrittenAsLaidOut) {
         {TransferKind::kMove, R"(C:\)", {"a.txt"}, Header(20, 0, 0) + "C:\\\\a.txt\0\0"s},
     };
     for (const auto& each : cases) {
-        std::vector<std::uint8_t> block(ClipboardBlockSize(each.folder, each.names), 0xEE);
-        WriteClipboardBlock(each.kind, each.folder, each.names, block);
+        const std::vector<std::uint8_t> block = ClipboardBlockOf(each.kind, each.folder, each.names);
         EXPECT_EQ(block, BytesOf(each.block)) << each.folder;
         FileTransfer read;
         EXPECT_STREQ(ReadClipboardBlock(block, read), nullptr);
@@ -124,7 +123,7 @@ TEST(ClipboardBlock, WithAnythingWrongIsRefused) {
 }
 
 TEST(DesktopFiles, GoBothWaysInTheFormatsOfOtherPrograms) {
-    const std::vector<const char*> names = {"a b.txt", "\u65E5#%.txt"};
+    const std::vector<std::string> names = {"a b.txt", "\u65E5#%.txt"};
     DesktopFileTexts texts;
     ASSERT_TRUE(MakeDesktopFileTexts(TransferKind::kMove, R"(C:\srv)", names, texts));
     EXPECT_EQ(texts.uriList, "file:///srv/a%20b.txt\r\nfile:///srv/%E6%97%A5%23%25.txt\r\n");

@@ -92,6 +92,13 @@ DWORD FolderHandle::MakeCurrent() const {
     std::wstring path;
     const DWORD error = FinalPathOf(inside->folder.get(), path);
     if (error != ERROR_SUCCESS) return error;
+    // The current directory is shown to people, in the form that they know.
+    constexpr std::wstring_view kVerbatim = LR"(\\?\)";
+    constexpr std::wstring_view kVerbatimServer = LR"(\\?\UNC\)";
+    if (path.starts_with(kVerbatimServer))
+        path.replace(0, kVerbatimServer.size(), LR"(\\)");
+    else if (path.starts_with(kVerbatim))
+        path.erase(0, kVerbatim.size());
     return SetCurrentDirectoryW(path.c_str()) != FALSE ? ERROR_SUCCESS : GetLastError();
 }
 

@@ -1,20 +1,13 @@
-// Commands that work on files: the clipboard, and the shell's file operations.
+#include "browser/file_clipboard.h"
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
 
-#include "browser/browser_view.h"
 #include "browser/clipboard_block.h"
 #include "browser/desktop_files.h"
-#include "browser/list_presentation.h"
-#include "browser/new_folder_dialog.h"
-#include "browser/rename_dialog.h"
 #include "browser/shell_items.h"
 #include "framework/clipboard.h"
-#include "platform/api/files.h"
-#include "platform/api/messages.h"
-#include "platform/api/shell.h"
-#include "platform/host_path.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -23,13 +16,6 @@ namespace {
 constexpr const char* kClipboardClosed = "Error: cannot open the clipboard.";
 constexpr const char* kClipboardSilent =
     "Error: the program that the clipboard's contents are from does not answer.";
-
-// Has room for `bytes`; ends the process when there is no memory.
-UniqueLocal<char> AllocateOrEnd(HWND owner, std::size_t bytes) {
-    UniqueLocal<char> block(static_cast<char*>(LocalAlloc(LMEM_FIXED, bytes)));
-    if (!block) ShowFatalLastErrorBox(owner);
-    return block;
-}
 
 std::span<const std::uint8_t> BytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
@@ -91,60 +77,30 @@ void Transfer(HWND owner, const FileTransfer& transfer, const std::string& folde
 
 }  // namespace
 
-bool BrowserView::CanPaste() {
+bool HasFilesToPaste() {
     for (const char* name : {kClipboardFormatName, kGnomeFilesFormatName, kUriListFormatName})
         if (Clipboard::IsFormatAvailable(RegisterClipboardFormat(name))) return true;
     return false;
 }
 
-bool BrowserView::MayWorkOnRows() const {
-    if (ReturnToShownFolder()) return true;
-    ShowLastErrorBox(GetSafeHwnd());
-    return false;
-}
-
-void BrowserView::CutSelected() {
-    CopyToClipboard(TransferKind::kMove);
-}
-
-void BrowserView::CopySelected() {
-    CopyToClipboard(TransferKind::kCopy);
-}
-
-void BrowserView::CopyToClipboard(TransferKind kind) {
-    if (driveListShown) return;
-    const std::span<const LPCSTR> names = GetSelectedNames();
-    if (names.empty()) {
-        ShowInfoBox(GetSafeHwnd(), kSelectItems);
-        return;
-    }
-    if (MayWorkOnRows()) PutOnClipboard(kind, names);
-    ReleaseSelection();
-}
-
-void BrowserView::PutOnClipboard(TransferKind kind, std::span<const LPCSTR> names) {
-    const std::size_t size = ClipboardBlockSize(currentFolder, names);
-    const UniqueLocal<char> memory = AllocateOrEnd(GetSafeHwnd(), size);
-    const std::span<std::uint8_t> block(reinterpret_cast<std::uint8_t*>(memory.get()), size);
-    WriteClipboardBlock(kind, currentFolder, names, block);
-
-    Clipboard clipboard(*this);
+void PutFilesOnClipboard(CWnd& owner, TransferKind kind, const std::string& folder,
+                         std::span<const std::string> names) {
+    Clipboard clipboard(owner);
     if (!clipboard.IsOpen()) {
-        ShowErrorBox(GetSafeHwnd(), kClipboardClosed);
+        ShowErrorBox(owner.GetSafeHwnd(), kClipboardClosed);
         return;
     }
     DesktopFileTexts texts;
-    bool isSet = clipboard.Empty() && clipboard.SetData(clipboardFormat, block);
-    if (isSet && MakeDesktopFileTexts(kind, currentFolder, names, texts))
-        isSet = OfferToDesktop(clipboard, texts);
-    if (!isSet) ShowErrorBox(GetSafeHwnd(), "Error: cannot set clipboard data.");
+    bool isSet = clipboard.Empty() && clipboard.SetData(RegisterClipboardFormat(kClipboardFormatName),
+                                                        ClipboardBlockOf(kind, folder, names));
+    if (isSet && MakeDesktopFileTexts(kind, folder, names, texts)) isSet = OfferToDesktop(clipboard, texts);
+    if (!isSet) ShowErrorBox(owner.GetSafeHwnd(), "Error: cannot set clipboard data.");
 }
 
-void BrowserView::PasteFromClipboard() {
-    if (driveListShown) return;
-    Clipboard clipboard(*this);
+void PasteFiles(CWnd& owner, const RowSource& target, const std::function<void()>& refresh) {
+    Clipboard clipboard(owner);
     if (!clipboard.IsOpen()) {
-        ShowErrorBox(GetSafeHwnd(), kClipboardClosed);
+        ShowErrorBox(owner.GetSafeHwnd(), kClipboardClosed);
         return;
     }
     ClipboardContents contents;
@@ -152,77 +108,23 @@ void BrowserView::PasteFromClipboard() {
     FileTransfer transfer;
     bool isDone = false;
     if (answer == ClipboardAnswer::kSilence) {
-        ShowErrorBox(GetSafeHwnd(), kClipboardSilent);
+        ShowErrorBox(owner.GetSafeHwnd(), kClipboardSilent);
     } else if (answer == ClipboardAnswer::kGiven) {
         const char* fault = ReadContents(contents, transfer);
         if (fault != nullptr) {
-            ShowErrorBox(GetSafeHwnd(), fault);
-        } else if (MayWorkOnRows()) {
-            Transfer(GetSafeHwnd(), transfer, currentFolder);
+            ShowErrorBox(owner.GetSafeHwnd(), fault);
+        } else if (const DWORD error = target.Verify(); error != ERROR_SUCCESS) {
+            ShowSystemErrorBox(owner.GetSafeHwnd(), error);
+        } else {
+            Transfer(owner.GetSafeHwnd(), transfer, target.Folder());
             isDone = true;
         }
     }
-    RefreshList();
+    refresh();
     if (!isDone || transfer.kind == TransferKind::kCopy) return;
     // What was cut is pasted once. Another program may have put something else there in the meantime.
     ClipboardContents now;
     if (AskForContents(clipboard, now) == ClipboardAnswer::kGiven && now == contents) clipboard.Empty();
-}
-
-void BrowserView::DeleteSelected() {
-    const std::span<const LPCSTR> names = GetSelectedNames();
-    if (names.empty()) {
-        ShowInfoBox(GetSafeHwnd(), kSelectItems);
-        return;
-    }
-    if (!driveListShown) {
-        if (MayWorkOnRows()) DeleteFiles(names);
-        RefreshList();
-    }
-    ReleaseSelection();
-}
-
-void BrowserView::DeleteFiles(std::span<const LPCSTR> names) {
-    const std::string prefix = PathOfRow("");
-    const UniqueLocal<char> files = AllocateOrEnd(GetSafeHwnd(), FileListSize(prefix, names));
-    WriteFileList(prefix, names, files.get());
-    RunFileOperation(GetSafeHwnd(), FO_DELETE, files.get(), "");
-}
-
-void BrowserView::RenameSelected() {
-    if (driveListShown) return;
-    const int row = list.NextSelected(0);
-    if (row < 0) {
-        ShowInfoBox(GetSafeHwnd(), kSelectItem);
-        return;
-    }
-    if (MayWorkOnRows()) {
-        CRenameDlg dialog(this);
-        dialog.folder = currentFolder;
-        dialog.oldName = list.GetItemText(row, kNameColumn);
-        dialog.mayRename = [this] { return MayWorkOnRows(); };
-        dialog.DoModal();
-    }
-    RefreshList();
-}
-
-void BrowserView::CreateNewFolder() {
-    if (driveListShown) {
-        ShowInfoBox(GetSafeHwnd(),
-                    "Please, enter the disk volume where you would like to create new folder.");
-        return;
-    }
-    if (!MayWorkOnRows()) {
-        RefreshList();
-        return;
-    }
-    CNewFolderDlg dialog(this);
-    if (dialog.DoModal() != IDOK) return;
-    if (CreateDirectoryA(PathFromTyped(dialog.folderName).c_str(), nullptr) == FALSE) {
-        ShowLastErrorBox(GetSafeHwnd());
-        return;
-    }
-    RefreshList();
 }
 
 }  // namespace permora

@@ -1,0 +1,23 @@
+// Files on the clipboard, in the program's own format and in those of the desktop. Failures are reported.
+#pragma once
+
+#include <functional>
+#include <span>
+#include <string>
+
+#include "browser/file_list.h"
+#include "browser/row_source.h"
+#include "framework/window.h"
+
+namespace permora {
+
+bool HasFilesToPaste();
+
+void PutFilesOnClipboard(CWnd& owner, TransferKind kind, const std::string& folder,
+                         std::span<const std::string> names);
+
+// Copies or moves what is on the clipboard into the folder of `target`, and then calls `refresh`. Cut files
+// are then taken off the clipboard.
+void PasteFiles(CWnd& owner, const RowSource& target, const std::function<void()>& refresh);
+
+}  // namespace permora

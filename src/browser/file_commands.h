@@ -1,0 +1,44 @@
+// The commands on the rows of the browser and the selection among them. Failures are reported.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "browser/file_list.h"
+#include "security/outcome.h"
+
+namespace permora {
+
+class BrowserView;
+
+class FileCommands {
+  public:
+    explicit FileCommands(BrowserView& browser) : view(browser) {}
+
+    void Run(unsigned int command);
+
+  private:
+    // The selected names; a box asks for some where there are none.
+    bool TakeSelection(std::vector<std::string>& names) const;
+    // The topmost selected name; a box asks for one where there is none.
+    bool TakeTopmost(std::string& name) const;
+    // Whether `outcome` is a success; else the reason is reported.
+    bool Accept(const Outcome& outcome) const;
+    bool MayWorkOnFolder() const;
+
+    void PutOnClipboard(TransferKind kind);
+    void Paste();
+    void Delete();
+    void DeleteFiles(const std::vector<std::string>& names) const;
+    void DeleteShares(const std::vector<std::string>& names) const;
+    void Rename();
+    void CreateNew();
+    void CreateNewFolder();
+    void CreateNewShare() const;
+    void EditAttributes();
+    void ShowProperties();
+
+    BrowserView& view;
+};
+
+}  // namespace permora

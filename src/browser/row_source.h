@@ -1,0 +1,88 @@
+// Where the rows of the browser's list come from: drives, a folder, or shares. A source knows no window.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/place.h"
+#include "security/outcome.h"
+
+namespace permora {
+
+// The picture is the shell's for this very object, and none of RowSource::Images.
+inline constexpr int kShellImage = -1;
+
+// One row, by its columns. The name is what commands find the object by.
+struct Row {
+    std::string name;
+    std::string type = {};
+    std::string size = {};
+    std::string modified = {};
+    int image = 0;               // in RowSource::Images, or kShellImage
+    std::intptr_t position = 0;  // among all that the source has found, shown or not
+};
+
+enum class RowDetail {
+    kName,  // the other columns stay empty where they take time to find out
+    kAll,
+};
+enum class RowIcons {
+    kOwn,
+    kShell,
+};
+struct RowOptions {
+    RowDetail detail = RowDetail::kName;
+    RowIcons icons = RowIcons::kOwn;
+};
+
+// Takes the rows in the order in which they are shown.
+class RowReceiver {
+  public:
+    virtual ~RowReceiver() = default;
+    virtual bool Add(const Row& row) = 0;   // false: there is no room for it
+    virtual void ShowCount(int count) = 0;  // how many objects were found so far
+};
+
+class RowSource {
+  public:
+    virtual ~RowSource() = default;
+
+    // What the rows are, and so what a selection of them is (Place::kind).
+    virtual PlaceKind Kind() const = 0;
+    // As the address bar has it.
+    virtual std::string Location() const = 0;
+    // The full path of the folder shown, which the history remembers; empty: none.
+    virtual std::string Folder() const { return {}; }
+    virtual const char* TypeHeader() const { return "Type"; }
+    // The pictures of the rows, as icon resources.
+    virtual std::span<const unsigned int> Images() const = 0;
+    // Whether the context menu offers a command that not all kinds of rows have.
+    virtual bool Offers(unsigned int command) const = 0;
+
+    // A source of the same location as it is now, not opened yet.
+    virtual std::unique_ptr<RowSource> Anew() const = 0;
+    // Finds the location. To be called once, before all that follows.
+    virtual Outcome Open() { return {}; }
+    // On failure, `receiver` has the rows before it.
+    virtual Outcome List(const RowOptions& options, RowReceiver& receiver) = 0;
+
+    // The tip of a row; empty: none.
+    virtual std::string Tip(const std::string& /*name*/) const { return {}; }
+    // The full path of what a row stands for.
+    virtual Outcome FindPath(const std::string& name, std::string& path) const = 0;
+    // What a row leads to when it is entered.
+    virtual std::unique_ptr<RowSource> Enter(const std::string& name) const = 0;
+    // Selected rows as a place to work on. On failure, `place` is untouched.
+    virtual Outcome Hold(std::vector<std::string> names, Place& place) const;
+
+    // For calls of the system that take bare names: makes the folder shown the current directory, whatever
+    // its name is by now. Sources without a folder need none.
+    virtual DWORD MakeCurrent() const { return ERROR_SUCCESS; }
+    // The same for work by full paths: fails when the path of the folder shown leads elsewhere by now.
+    virtual DWORD Verify() const { return ERROR_SUCCESS; }
+};
+
+}  // namespace permora
