@@ -307,9 +307,11 @@ Outcome CMainFrame::HoldItemAt(const std::string& path, Place& place) const {
     const std::string folder = FolderAbove(path);
     if (folder.empty()) return DriveRows().Hold({path}, place);
     if (view.IsShowing(PlaceKind::kFolder)) return view.Rows().Hold({NameInFolder(path)}, place);
-    FolderRows rows(folder);
-    const Outcome opened = rows.Open();
-    return opened.IsDone() ? rows.Hold({NameInFolder(path)}, place) : opened;
+    // A share's folder. The separator enters it where it is a link.
+    auto held = std::make_shared<FolderHandle>();
+    const Outcome opened{FolderHandle::Open(folder + (folder.ends_with('\\') ? "" : "\\"), *held)};
+    if (opened.IsDone()) place = {PlaceKind::kFolder, std::move(held), {NameInFolder(path)}};
+    return opened;
 }
 
 // What is selected is held before the question, and what is held is deleted.

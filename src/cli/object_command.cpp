@@ -55,7 +55,7 @@ std::string ObjectCommand::Interpret() {
 
 std::vector<Target> ObjectCommand::FindTargets() {
     auto start = std::make_shared<FolderHandle>();
-    if (FolderHandle::OpenCurrent(*start) != ERROR_SUCCESS) start.reset();
+    if (FolderHandle::Open(".", *start) != ERROR_SUCCESS) start.reset();
     std::vector<Target> targets;
     for (const std::string& path : paths) {
         messages.SetSubject(path);

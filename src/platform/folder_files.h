@@ -114,7 +114,6 @@ class FolderHandle {
     static DWORD Open(const std::string& path, FolderHandle& folder);
     // The same with this folder in the place of the current directory; an empty path opens this folder again.
     DWORD OpenPath(const std::string& path, FolderHandle& folder) const;
-    static DWORD OpenCurrent(FolderHandle& folder) { return Open(".", folder); }
     // Makes the folder the current directory, whatever it is called by now.
     DWORD MakeCurrent() const;
 

@@ -116,6 +116,7 @@ TEST_F(SharesMode, PropertiesOpenTheEditorOnTheSharedFolder) {
     machine.shares = {{"data", R"(T:\sub)"}, {"odd", R"(T:\sub)", ERROR_ACCESS_DENIED}};
     Run(ID_GO_TO_ROOT);
     Run(ID_SHOW_SHARES);
+    const auto before = std::filesystem::current_path();
     Window().SelectRow(kList, 0);
     ui.ExpectDialog(IDD_FOLDER_PROPERTIES, [&](WindowDriver& properties) {
         ui.ExpectSheet("Security Editor - sub", [&](WindowDriver& sheet) {
@@ -126,6 +127,7 @@ TEST_F(SharesMode, PropertiesOpenTheEditorOnTheSharedFolder) {
         properties.Press("Esc");
     });
     Run(ID_PROPERTIES);
+    EXPECT_EQ(std::filesystem::current_path(), before);
     Window().SelectRow(kList, 1);
     ui.ExpectError(GetSystemMessageText(ERROR_ACCESS_DENIED));
     Run(ID_PROPERTIES);

@@ -30,6 +30,10 @@ const MessageMap& BrowserFrame::GetMessageMap() const {
     static const MessageMap kMap = MakeMessageMap<BrowserFrame>(
         CFrameWnd::GetMessageMap(), {
                                         {ID_GO_TO_LOCATION, Notify::kCommand, &BrowserFrame::OnGoToLocation},
+                                        // Commands without a handler would be grey in every menu.
+                                        {ID_PERMISSIONS, Notify::kCommand, &BrowserFrame::OnOther},
+                                        {ID_SECURE_DELETION, Notify::kCommand, &BrowserFrame::OnOther},
+                                        {ID_WIZARD, Notify::kCommand, &BrowserFrame::OnOther},
                                     });
     return kMap;
 }

@@ -43,6 +43,7 @@ class BrowserFrame : public CFrameWnd {
 
   private:
     void OnGoToLocation() { view.GoToLocation(addressBar.locationText); }
+    void OnOther() {}
 };
 
 class BrowserTest : public ::testing::Test {

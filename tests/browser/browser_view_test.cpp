@@ -6,6 +6,7 @@
 
 #include <filesystem>
 
+#include "browser/clipboard_block.h"
 #include "framework/clipboard.h"
 #include "framework/menu_items.h"
 #include "platform/message_presenter.h"
@@ -136,23 +137,49 @@ TEST_F(Browser, TheContextMenuRunsWhatIsChosen) {
 TEST_F(Browser, TheContextMenuGreysWhatCannotBeDone) {
     folder.MakeFile("file");
     Start(R"(T:\)");
-    // Of the commands that depend on the rows; a row is there for shares, too.
-    const auto greyed = [this] {
+    const auto greyed = [this](int row) {
         std::vector<unsigned int> commands;
-        for (const unsigned int id :
-             std::initializer_list<unsigned int>{ID_SECURE_DELETION, ID_WIZARD, ID_EDIT_CUT, ID_EDIT_COPY,
-                                                 ID_EDIT_PASTE, ID_DELETE, ID_RENAME, ID_ATTRIBUTES})
-            if (!view.Rows().Offers(id)) commands.push_back(id);
+        view.List().SetSelected(0, false);
+        ui.ExpectMenu([&](const WindowDriver& menu) { commands = menu.GreyedCommands(); });
+        Window().RightClickRow(BrowserView::kListId, row);
         return commands;
     };
-    EXPECT_THAT(greyed(), IsEmpty());
-    view.ShowShares();
-    EXPECT_THAT(greyed(), ElementsAre(ID_SECURE_DELETION, ID_WIZARD, ID_EDIT_CUT, ID_EDIT_COPY, ID_EDIT_PASTE,
-                                      ID_RENAME, ID_ATTRIBUTES));
-    view.LeaveShares();
-    view.GoToRoot();
-    EXPECT_THAT(greyed(),
-                ElementsAre(ID_EDIT_CUT, ID_EDIT_COPY, ID_EDIT_PASTE, ID_DELETE, ID_RENAME, ID_ATTRIBUTES));
+    struct Case {
+        const char* where;
+        std::function<void()> goThere;
+        std::vector<unsigned int> onRow;
+        std::vector<unsigned int> besideRows;
+    };
+    const auto empty = [this] { EXPECT_TRUE(Clipboard(frame).Empty()); };
+    const auto copy = [this] {
+        constexpr std::uint8_t kAny[] = {1};
+        EXPECT_TRUE(Clipboard(frame).SetData(RegisterClipboardFormat(kClipboardFormatName), kAny));
+    };
+    // A row stands for a share, since this machine may have none.
+    const auto showShares = [this] {
+        view.ShowShares();
+        view.List().InsertItem(0, "share", 0);
+    };
+    const Case kCases[] = {
+        {"a folder, with nothing copied", empty, {ID_EDIT_PASTE}, {ID_EDIT_PASTE}},
+        {"a folder, with something copied", copy, {}, {}},
+        {"shares",
+         showShares,
+         {ID_SECURE_DELETION, ID_WIZARD, ID_EDIT_CUT, ID_EDIT_COPY, ID_EDIT_PASTE, ID_RENAME, ID_ATTRIBUTES},
+         {ID_EDIT_PASTE}},
+        {"drives",
+         [this] {
+             view.LeaveShares();
+             view.GoToRoot();
+         },
+         {ID_EDIT_CUT, ID_EDIT_COPY, ID_EDIT_PASTE, ID_DELETE, ID_RENAME, ID_ATTRIBUTES},
+         {ID_EDIT_PASTE}},
+    };
+    for (const Case& each : kCases) {
+        each.goThere();
+        EXPECT_EQ(greyed(0), each.onRow) << each.where;
+        EXPECT_EQ(greyed(WindowDriver::kBesideRows), each.besideRows) << each.where;
+    }
 }
 
 TEST_F(Browser, TheSelectionIsHandedOutFromTopToBottom) {

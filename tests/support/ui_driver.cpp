@@ -167,6 +167,7 @@ void UiDriver::State::Serve(const ModalWindow& modal, const Expectation& expecta
             if (takesInput && !expectation.script) ChooseButton(modal.window, expectation.answer);
             break;
         case ModalKind::kMenu:
+            if (takesInput && expectation.script) RunScript(modal, expectation);
             if (takesInput) ChooseCommand(modal.window, static_cast<unsigned int>(expectation.answer));
             break;
         default:
@@ -258,6 +259,13 @@ void UiDriver::ExpectMenu(unsigned int command) {
     Expectation expectation;
     expectation.kind = ModalKind::kMenu;
     expectation.answer = static_cast<int>(command);
+    state->Declare(std::move(expectation));
+}
+
+void UiDriver::ExpectMenu(Script script) {
+    Expectation expectation;
+    expectation.kind = ModalKind::kMenu;
+    expectation.script = std::move(script);
     state->Declare(std::move(expectation));
 }
 

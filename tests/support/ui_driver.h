@@ -53,6 +53,8 @@ class UiDriver {
     void ExpectInformation(const TextMatcher& text);
     // A menu that pops up by itself, not from a menu bar; the user chooses `command`, 0: nothing.
     void ExpectMenu(unsigned int command);
+    // The same; `script` looks at the menu, and nothing is chosen.
+    void ExpectMenu(Script script);
 
     // The window that is open and not modal: the program's frame. Fails the test when there is not exactly
     // one.

@@ -110,6 +110,9 @@ class WindowDriver {
     void ChooseMenu(unsigned int command);
     MenuEntry ReadMenu(unsigned int command);
     std::string StatusText(int pane) const;
+    // Of this window as a menu that pops up by itself: the commands that cannot be chosen, from top to
+    // bottom.
+    std::vector<unsigned int> GreyedCommands() const;
 
     // Serves events until `condition` holds. False, and a failure of the test, when it does not in time.
     bool WaitUntil(const std::function<bool()>& condition,

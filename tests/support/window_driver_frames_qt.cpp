@@ -67,6 +67,14 @@ void WindowDriver::ChooseMenu(unsigned int command) {
     QCoreApplication::processEvents();
 }
 
+std::vector<unsigned int> WindowDriver::GreyedCommands() const {
+    std::vector<unsigned int> greyed;
+    const QWidget* menu = Live(window);
+    for (const QAction* action : menu != nullptr ? menu->actions() : QList<QAction*>())
+        if (!action->isSeparator() && !action->isEnabled()) greyed.push_back(action->data().toUInt());
+    return greyed;
+}
+
 MenuEntry WindowDriver::ReadMenu(unsigned int command) {
     const FoundEntry entry = OpenMenuOf(window, command);
     if (entry.action == nullptr) return {};

@@ -33,7 +33,7 @@ class HeldObjectTest : public testing::Test {
             GTEST_SKIP() << "the temporary folder holds no access lists";
         std::filesystem::current_path(folder.Path());
         start = std::make_shared<FolderHandle>();
-        ASSERT_EQ(FolderHandle::OpenCurrent(*start), ERROR_SUCCESS);
+        ASSERT_EQ(FolderHandle::Open(".", *start), ERROR_SUCCESS);
     }
 
     static DWORD Write(const HeldObject& object, const char* sddl, PSECURITY_DESCRIPTOR expected,
