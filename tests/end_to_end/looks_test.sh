@@ -56,8 +56,7 @@ Look "Properties - looked at" "$window" Keys alt+e e
 Keys F5
 Settle
 Step "files-again" Keys alt+e h
-Keys Escape
-WaitForEnd
+Quit
 HomeFiles >"$work/home-after"
 diff "$work/home-before" "$work/home-after" >&2 || Fail "the home is another"
 EndRun
