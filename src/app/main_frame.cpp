@@ -309,7 +309,7 @@ Outcome CMainFrame::HoldItemAt(const std::string& path, Place& place) const {
     if (view.IsShowing(PlaceKind::kFolder)) return view.Rows().Hold({NameInFolder(path)}, place);
     // A share's folder. The separator enters it where it is a link.
     auto held = std::make_shared<FolderHandle>();
-    const Outcome opened{FolderHandle::Open(folder + (folder.ends_with('\\') ? "" : "\\"), *held)};
+    Outcome opened{FolderHandle::Open(folder + (folder.ends_with('\\') ? "" : "\\"), *held)};
     if (opened.IsDone()) place = {PlaceKind::kFolder, std::move(held), {NameInFolder(path)}};
     return opened;
 }
