@@ -7,6 +7,6 @@ source tools/packages.sh
 # shellcheck source=tools/build.sh
 source tools/build.sh
 
-EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${screenPackages[@]}"
+EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${domainPackages[@]}" "${screenPackages[@]}"
 BuildPreset dev
 exec ctest --preset dev --parallel "$(nproc)" "$@"

@@ -8,7 +8,8 @@ buildPackages=(cmake ninja-build g++ gcc-mingw-w64-x86-64-posix qt6-base-dev lib
 volumePackages=(ntfs-3g fuse3 attr)
 # A real server, its module that keeps access lists, and its clients.
 serverPackages=(samba samba-vfs-modules smbclient)
-
+# A domain: what its controller and its members need beside the server.
+domainPackages=(winbind samba-ad-provision samba-dsdb-modules iproute2)
 # A screen without a display, a window manager, letters, and the hands and eyes of the test that uses them; a bus, and what
 # a screen reader reads there.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core dbus-daemon at-spi2-core
@@ -41,8 +42,9 @@ InstallPackages() {
     AsRoot env DEBIAN_FRONTEND=noninteractive apt-get install --yes --quiet --no-install-recommends "$@" </dev/null ||
         status=$?
     [ "$placedGuard" = no ] || AsRoot rm -f "$guard"
-    if [ "$status" = 0 ] && [ -d /run/systemd/system ] && [[ " $* " == *" samba "* ]]; then
-        AsRoot systemctl --quiet disable smbd nmbd samba-ad-dc || true
+    if [ "$status" = 0 ] && [ -d /run/systemd/system ]; then
+        [[ " $* " != *" samba "* ]] || AsRoot systemctl --quiet disable smbd nmbd samba-ad-dc || true
+        [[ " $* " != *" winbind "* ]] || AsRoot systemctl --quiet disable winbind || true
     fi
     return "$status"
 }

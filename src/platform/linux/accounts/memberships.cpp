@@ -12,6 +12,7 @@
 #include "platform/linux/accounts/samba_accounts.h"
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/accounts/unix_sids.h"
+#include "platform/linux/samba/samba_places.h"
 
 namespace permora::host {
 namespace {
@@ -90,9 +91,19 @@ class Memberships {
 
     DWORD AddGroupsOf(const nt::Sid& sid) {
         AddSambaGroupsOf(sid);
-        if (const std::optional<gid_t> group = GroupForSid(sid)) AddGroup(*group);
+        const std::optional<gid_t> group = GroupForSid(sid);
         const std::optional<uid_t> user = UserForSid(sid);
+        const bool isOfDomain = (group && IsOfDomain(AccountKind::kGroup, *group, SidForGroup(*group))) ||
+                                (user && IsOfDomain(AccountKind::kUser, *user, SidForUser(*user)));
+        if (isOfDomain) return ERROR_NONE_MAPPED;
+        if (group) AddGroup(*group);
         return user ? AddUser(*user) : ERROR_SUCCESS;
+    }
+
+    // An account that neither Samba nor the host itself keeps. Its number does not show which SIDs it and its
+    // groups have in the domain.
+    static bool IsOfDomain(AccountKind kind, id_t id, const nt::Sid& own) {
+        return ThisMachinesSambaPlaces().isInDomain && own == UnixSid(kind, id) && !IsInHostFiles(kind, id);
     }
 
     // Without Samba's groups the list would be incomplete.

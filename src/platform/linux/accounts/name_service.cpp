@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
@@ -75,8 +76,8 @@ DWORD TakeId(id_t found, id_t& id) {
 }
 
 // Calls `next` (getpwent_r and its like) until it has no more records, and has `take` look at each.
-template <typename Record, typename Take>
-DWORD AskForAll(int (*next)(Record*, char*, std::size_t, Record**), Take take) {
+template <typename Record, typename Next, typename Take>
+DWORD AskForAll(Next next, Take take) {
     std::vector<char> buffer(kFirstBuffer);
     for (;;) {
         Record record{};
@@ -157,11 +158,13 @@ class Listings {
         DWORD error = ERROR_SUCCESS;
         if (kind == AccountKind::kUser) {
             setpwent();
-            error = AskForAll(getpwent_r, [&](const passwd& user) { take(user.pw_name, user.pw_uid); });
+            error =
+                AskForAll<passwd>(getpwent_r, [&](const passwd& user) { take(user.pw_name, user.pw_uid); });
             endpwent();
         } else {
             setgrent();
-            error = AskForAll(getgrent_r, [&](const group& found) { take(found.gr_name, found.gr_gid); });
+            error =
+                AskForAll<group>(getgrent_r, [&](const group& found) { take(found.gr_name, found.gr_gid); });
             endgrent();
         }
         return error;
@@ -177,7 +180,30 @@ Listings& LastListings() {
     return listings;
 }
 
+struct FileCloser {
+    void operator()(FILE* file) const { fclose(file); }
+};
+
 }  // namespace
+
+bool IsInHostFiles(AccountKind kind, id_t id) {
+    const char* const path = kind == AccountKind::kUser ? "/etc/passwd" : "/etc/group";
+    const std::unique_ptr<FILE, FileCloser> file(fopen(path, "re"));
+    if (!file) return false;
+    bool isFound = false;
+    if (kind == AccountKind::kUser) {
+        const auto next = [&](passwd* record, char* buffer, std::size_t size, passwd** found) {
+            return fgetpwent_r(file.get(), record, buffer, size, found);
+        };
+        AskForAll<passwd>(next, [&](const passwd& user) { isFound |= user.pw_uid == id; });
+    } else {
+        const auto next = [&](group* record, char* buffer, std::size_t size, group** found) {
+            return fgetgrent_r(file.get(), record, buffer, size, found);
+        };
+        AskForAll<group>(next, [&](const group& listed) { isFound |= listed.gr_gid == id; });
+    }
+    return isFound;
+}
 
 DWORD ListGroupsOf(uid_t user, std::vector<gid_t>& groups) {
     return Ask(getpwuid_r, user, [&](const passwd& found) { return TakeGroups(found, groups); });

@@ -16,6 +16,9 @@ namespace permora::host {
 DWORD FindHostName(AccountKind kind, id_t id, std::string& name);
 DWORD FindHostId(AccountKind kind, const std::string& name, id_t& id);
 
+// Whether the host's own files (/etc/passwd, /etc/group) have the account, whoever else knows it.
+bool IsInHostFiles(AccountKind kind, id_t id);
+
 // The groups of a user, the primary one first. ERROR_NONE_MAPPED when there is no such user.
 DWORD ListGroupsOf(uid_t user, std::vector<gid_t>& groups);
 

@@ -65,6 +65,13 @@ bool OpensRegistry(const SambaMirror& empty, const std::string& configuration) {
     return std::filesystem::exists(empty.StateFolder() + "/registry.tdb", error);
 }
 
+bool IsInDomain(const std::string& listing) {
+    const std::string security = InLowerCase(ParseGlobalParameter(listing, "security"));
+    const std::string role = InLowerCase(ParseGlobalParameter(listing, "server role"));
+    return security == "ads" || security == "domain" || role == "member server" ||
+           role == "active directory domain controller";
+}
+
 DWORD WriteConfiguration(const std::string& path, const std::string& text) {
     std::ofstream file(path, std::ios::binary);
     file << text;
@@ -105,6 +112,7 @@ SambaPlaces FindPlaces() {
     places.passwordFile = ParseGlobalParameter(listing, "smb passwd file");
     places.userDatabase = ParseGlobalParameter(listing, "passdb backend");
     places.guestAccount = ParseGlobalParameter(listing, "guest account");
+    places.isInDomain = IsInDomain(listing);
     return places;
 }
 

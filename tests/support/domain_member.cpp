@@ -1,0 +1,48 @@
+#include "tests/support/domain_member.h"
+
+#include <cstdlib>
+
+namespace permora::test {
+
+namespace {
+
+constexpr const char* kShare = "//127.0.0.1/data";
+
+std::string Credentials(const std::string& user) {
+    return "EXAMPLE\\" + user + "%Passw0rd!";
+}
+
+}  // namespace
+
+std::string DomainSid(unsigned relativeId) {
+    return "S-1-5-21-1111111111-2222222222-3333333333-" + std::to_string(relativeId);
+}
+
+CommandResult ControlDomain(const std::vector<std::string>& command) {
+    std::vector<std::string> arguments = {DOMAIN_SCRIPT};
+    arguments.insert(arguments.end(), command.begin(), command.end());
+    return RunCommand(arguments);
+}
+
+CommandResult SmbclientAs(const std::string& user, const std::string& commands) {
+    return RunCommand({"smbclient", kShare, "-U", Credentials(user), "-m", "SMB3", "-c", commands});
+}
+
+CommandResult SmbcaclsAs(const std::string& user, const std::string& name,
+                         const std::vector<std::string>& options) {
+    std::vector<std::string> arguments = {"smbcacls", kShare, name, "-U", Credentials(user), "-m", "SMB3"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return RunCommand(arguments);
+}
+
+void OnDomainMember::SetUp() {
+    if (getenv("PERMORA_DOMAIN") == nullptr)
+        GTEST_SKIP() << "tests/support/domain.sh did not start this program";
+}
+
+void OnDomainMember::Control(const std::vector<std::string>& command) {
+    const CommandResult done = ControlDomain(command);
+    ASSERT_EQ(done.exitCode, 0) << done.output;
+}
+
+}  // namespace permora::test
