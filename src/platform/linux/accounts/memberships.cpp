@@ -86,7 +86,8 @@ class Memberships {
 
     void AddAuthenticatedUsers() {
         Add(nt::Sid(5, {11}));
-        Add(nt::Sid(5, {32, 545}));  // Users, to which those belong
+        // Windows puts them into Users. Samba does not, unless the group has them as members.
+        if (ThisMachine().source != AccountSource::kSamba) Add(nt::Sid(5, {32, 545}));
     }
 
     DWORD AddGroupsOf(const nt::Sid& sid) {

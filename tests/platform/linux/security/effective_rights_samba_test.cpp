@@ -108,9 +108,9 @@ class EffectiveRightsAndSamba : public WithSambaServer {
     // have.
     static std::string MadeUpList(std::mt19937& random) {
         static const std::vector<std::string> accounts = {
-            Sid("anna"),     Sid("bert"),     Sid("cleo"),          Sid("Writers"),  Sid("Editors"),
-            "S-1-22-1-5001", "S-1-22-2-5010", "S-1-22-2-5009",      "S-1-22-2-5011", "S-1-5-32-544",
-            "S-1-5-11",      "S-1-1-0",       "S-1-5-21-7-8-9-1001"};
+            Sid("anna"),     Sid("bert"),     Sid("cleo"),     Sid("Writers"),       Sid("Editors"),
+            "S-1-22-1-5001", "S-1-22-2-5010", "S-1-22-2-5009", "S-1-22-2-5011",      "S-1-5-32-544",
+            "S-1-5-11",      "S-1-5-32-545",  "S-1-1-0",       "S-1-5-21-7-8-9-1001"};
         constexpr std::array kFlags = {"", "", "OICI", "NPCI", "OICIIO", "CIIO"};
         const auto choose = [&random](std::size_t count) { return random() % count; };
         std::string sddl = "O:SYG:BUD:P(A;;RC;;;WD)";  // no user is its owner, who may do more
