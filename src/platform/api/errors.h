@@ -75,6 +75,7 @@ inline constexpr DWORD ERROR_TIMEOUT                   = 1460;
 inline constexpr DWORD ERROR_NOT_ENOUGH_QUOTA          = 1816;
 inline constexpr DWORD ERROR_CANT_RESOLVE_FILENAME     = 1921;
 inline constexpr DWORD ERROR_FILE_READ_ONLY            = 6009;
+inline constexpr DWORD ERROR_DS_NAME_ERROR_NOT_UNIQUE  = 8471;
 // clang-format on
 
 #endif

@@ -117,6 +117,7 @@ static_assert(ERROR_TIMEOUT                == 1460);
 static_assert(ERROR_NOT_ENOUGH_QUOTA       == 1816);
 static_assert(ERROR_CANT_RESOLVE_FILENAME  == 1921);
 static_assert(ERROR_FILE_READ_ONLY         == 6009);
+static_assert(ERROR_DS_NAME_ERROR_NOT_UNIQUE == 8471);
 
 // memory.h, libraries.h, text.h
 static_assert(LMEM_FIXED == 0 && LMEM_ZEROINIT == 0x40 && LPTR == 0x40);

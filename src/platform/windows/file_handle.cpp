@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/api/file_control.h"
 #include "platform/secluded_folder.h"
 #include "platform/windows/code_page.h"
 #include "platform/windows/folder_entry.h"

@@ -1,20 +1,16 @@
 // Accounts by SID and by name. Rules: docs/platform.md, "Accounts".
 #pragma once
 
-#include <string>
 #include <string_view>
 
+#include "platform/accounts.h"
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/nt/sid.h"
 
 namespace permora::host {
 
-struct Account {
-    std::string name;
-    std::string domain;  // empty where the account is shown by its bare name
-    SID_NAME_USE use = SidTypeUnknown;
-};
+using Account = AccountName;
 
 // ERROR_NONE_MAPPED when no account has the SID; another code when the name service failed. What the name
 // service says is believed for a few seconds, so that a listing of many objects asks it once an account.

@@ -168,6 +168,7 @@ constexpr Message kSystemMessages[] = {
     {1909, "The account is locked after too many failed logons"},
     {1920, "The system cannot get at the file"},
     {6009, "It is settled in a configuration file, which is only read here"},
+    {8471, "The name means several accounts; write the domain before it"},
 };
 // clang-format on
 
