@@ -130,6 +130,7 @@ enum class GroupsOrigin : std::uint8_t {
     kDomain,        // a domain account: one of the last two, this process may not see which (only root may)
 };
 
+// What a list grants to the account is nt::GrantedRights(list, sids) (platform/nt/granted_rights.h).
 struct AccountGroups {
     // The account itself first, then everything that stands for it in access lists: its groups, those that
     // they belong to, Everyone, Authenticated Users, and the like. Each once.

@@ -24,6 +24,8 @@ inline constexpr std::uint32_t kFileGenericExecute = 0x001200A0;
 inline constexpr std::uint32_t kFileGenericWrite   = 0x00120116;
 inline constexpr std::uint32_t kFileGenericRead    = 0x00120089;
 
+inline constexpr std::uint8_t kAccessAllowedType  = 0x00;
+inline constexpr std::uint8_t kAccessDeniedType   = 0x01;
 inline constexpr std::uint8_t kMandatoryLabelType = 0x11;
 // clang-format on
 
