@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tests/cli/cli_program.h"
-#include "tests/support/domain_member.h"
+#include "tests/support/domain_fixture.h"
 
 namespace permora::test {
 namespace {
@@ -19,8 +19,6 @@ using testing::Not;
 
 class DomainTest : public OnDomainMember {
   protected:
-    static std::string Path(const std::string& name) { return std::string(kSharedFolder) + "/" + name; }
-
     // A new file of the share with one entry beside those that the server gives it.
     static std::string MakeFile(const std::string& name, const std::string& entry) {
         std::ofstream(Path(name)) << "text\n";

@@ -18,6 +18,10 @@ std::string DomainSid(unsigned relativeId) {
     return "S-1-5-21-1111111111-2222222222-3333333333-" + std::to_string(relativeId);
 }
 
+std::string NotOnDomainMemberReason() {
+    return getenv("PERMORA_DOMAIN") == nullptr ? "tests/support/domain.sh did not start this program" : "";
+}
+
 CommandResult ControlDomain(const std::vector<std::string>& command) {
     std::vector<std::string> arguments = {DOMAIN_SCRIPT};
     arguments.insert(arguments.end(), command.begin(), command.end());
@@ -33,16 +37,6 @@ CommandResult SmbcaclsAs(const std::string& user, const std::string& name,
     std::vector<std::string> arguments = {"smbcacls", kShare, name, "-U", Credentials(user), "-m", "SMB3"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     return RunCommand(arguments);
-}
-
-void OnDomainMember::SetUp() {
-    if (getenv("PERMORA_DOMAIN") == nullptr)
-        GTEST_SKIP() << "tests/support/domain.sh did not start this program";
-}
-
-void OnDomainMember::Control(const std::vector<std::string>& command) {
-    const CommandResult done = ControlDomain(command);
-    ASSERT_EQ(done.exitCode, 0) << done.output;
 }
 
 }  // namespace permora::test

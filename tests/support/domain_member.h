@@ -2,8 +2,6 @@
 // (tests/support/domain.sh).
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
@@ -34,6 +32,9 @@ inline constexpr const char* kOperatorsSid = "S-1-5-21-4000000001-4000000002-400
 // The share "data" of the member keeps access lists as they are.
 inline constexpr const char* kSharedFolder = "/srv/data";
 
+// Why this program is not on the member of a domain; empty when it is.
+std::string NotOnDomainMemberReason();
+
 // A command of domain.sh, such as {"stop", "winbindd"}, and its result.
 CommandResult ControlDomain(const std::vector<std::string>& command);
 
@@ -41,13 +42,5 @@ CommandResult ControlDomain(const std::vector<std::string>& command);
 CommandResult SmbclientAs(const std::string& user, const std::string& commands);
 CommandResult SmbcaclsAs(const std::string& user, const std::string& name,
                          const std::vector<std::string>& options = {});
-
-// Tests on the member. They are skipped in a program that was not started by domain.sh.
-class OnDomainMember : public testing::Test {
-  protected:
-    void SetUp() override;
-    // ControlDomain, which must succeed.
-    static void Control(const std::vector<std::string>& command);
-};
 
 }  // namespace permora::test
