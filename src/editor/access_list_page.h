@@ -9,6 +9,7 @@
 #include "framework/property_sheet.h"
 #include "platform/resources.h"
 #include "security/access_entry_list.h"
+#include "security/account_news.h"
 
 namespace permora {
 
@@ -60,6 +61,8 @@ class AccessListPage : public CPropertyPage {
     void OnListClicked();
 
     void ReadFirstItem();
+    // Shows names that have become known.
+    void RenderNames();
     CListCtrl& AccessList() const;
     // The index of the selected row's entry in the list. None without a selection, and after a failed read,
     // when the rows may show entries that are gone.
@@ -68,6 +71,7 @@ class AccessListPage : public CPropertyPage {
     EditScopes editScopes;
     UniqueLibrary library;  // where the list's functions are looked up
     bool changed = false;   // since the last read
+    AccountNewsWatch news{*this, [this] { RenderNames(); }};
 };
 
 }  // namespace permora
