@@ -19,9 +19,10 @@
 #include "platform/api/system.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
+#include "security/object_security.h"
 #include "shares/new_share_dialog.h"
 #include "shares/share_sheet.h"
-#include "wizard/wizard_sheet.h"
+#include "wizard/security_wizard.h"
 
 namespace permora {
 namespace {
@@ -47,21 +48,6 @@ ProgramSettings DefaultSettings(const Rect& windowRect) {
     const DWORD length = GetCurrentDirectoryA(folder.size(), folder.data());
     if (length < folder.size()) SetProgramFolder(defaults, folder.data());
     return defaults;
-}
-
-template <class Sheet>
-void ShowSheet(CWnd& owner, const Place& place) {
-    Sheet sheet;
-    sheet.SetUp(&owner);
-    sheet.SetPlace(place);
-    sheet.DoModal();
-}
-
-void ShowEditor(CWnd& owner, const Place& place) {
-    if (place.kind == PlaceKind::kShares)
-        ShowSheet<CShareSheet>(owner, place);
-    else
-        ShowSheet<CPSheet>(owner, place);
 }
 
 RowIcons IconsOf(const ProgramSettings& settings) {
@@ -290,7 +276,11 @@ void CMainFrame::OpenSecurityEditor() {
         notice.DoModal();
     }
     Place place;
-    if (view.HoldSelection(place)) ShowEditor(*this, place);
+    if (!view.HoldSelection(place)) return;
+    if (place.kind == PlaceKind::kShares)
+        EditShareSecurity(this, place);
+    else
+        EditSecurity(this, place);
 }
 
 // For the properties of a row.
@@ -298,7 +288,7 @@ void CMainFrame::EditItemAt(const std::string& path) {
     Place place;
     const Outcome outcome = HoldItemAt(path, place);
     ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone()) ShowEditor(*this, place);
+    if (outcome.IsDone()) EditSecurity(this, place);
 }
 
 // The editor works on a bare name in a folder that is held, so that nobody can put another folder into the
@@ -343,11 +333,9 @@ bool CMainFrame::MayDeleteSelection(const char* caption) const {
 void CMainFrame::StartWizard() {
     Place place;
     if (!view.HoldSelection(place)) return;
-    CWizard wizard;
-    wizard.SetUp(this);
-    wizard.SetPlace(place, {.askBeforeSecureDeletion = settings.block.askBeforeSecureDeletion != 0,
-                            .showIntermediateInfo = &settings.block.showIntermediateInfo});
-    wizard.DoModal();
+    RunSecurityWizard(this, place,
+                      {.askBeforeSecureDeletion = settings.block.askBeforeSecureDeletion != 0,
+                       .showIntermediateInfo = &settings.block.showIntermediateInfo});
     if (view.IsShowing(PlaceKind::kFolder)) view.RefreshList();
     view.RedrawWindow();
 }

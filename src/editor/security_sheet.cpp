@@ -1,26 +1,43 @@
 #include "editor/security_sheet.h"
 
+#include "editor/effective_page.h"
+#include "editor/owner_page.h"
+#include "editor/permissions_page.h"
+#include "framework/property_sheet.h"
+
 namespace permora {
+namespace {
 
-void CPSheet::SetUp(CWnd* owner) {
-    Construct("Security Editor", owner);
-    AddPage(permissionsPage);
-    AddPage(ownerPage);
-    AddPage(effectivePage);
-}
+class CPSheet : public CPropertySheet {
+  public:
+    CPSheet(CWnd* owner, const Place& place) : remembered(RememberPlace(place)) {
+        Construct("Security Editor - " + place.names.front(), owner);
+        permissionsPage.place = &remembered;
+        ownerPage.place = &remembered;
+        effectivePage.place = &remembered;
+        AddPage(permissionsPage);
+        AddPage(ownerPage);
+        AddPage(effectivePage);
+    }
 
-void CPSheet::SetPlace(const Place& place) {
-    SetTitle("Security Editor - " + place.names.front());
-    remembered = RememberPlace(place);
-    permissionsPage.place = &remembered;
-    ownerPage.place = &remembered;
-    effectivePage.place = &remembered;
-}
+  protected:
+    bool OnInitDialog() override {
+        const bool result = CPropertySheet::OnInitDialog();
+        SetFocus();
+        return result;
+    }
 
-bool CPSheet::OnInitDialog() {
-    const bool result = CPropertySheet::OnInitDialog();
-    SetFocus();
-    return result;
+  private:
+    RememberedPlace remembered;
+    CPage1 permissionsPage;
+    CPage3 ownerPage;
+    CPage4 effectivePage;
+};
+
+}  // namespace
+
+void EditSecurity(CWnd* owner, const Place& place) {
+    CPSheet(owner, place).DoModal();
 }
 
 }  // namespace permora

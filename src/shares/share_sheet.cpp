@@ -1,23 +1,34 @@
 #include "shares/share_sheet.h"
 
-#include <utility>
+#include "framework/property_sheet.h"
+#include "shares/share_permissions_page.h"
 
 namespace permora {
+namespace {
 
-void CShareSheet::SetUp(CWnd* owner) {
-    Construct("Security Editor", owner);
-    AddPage(permissionsPage);
-}
+class CShareSheet : public CPropertySheet {
+  public:
+    CShareSheet(CWnd* owner, const Place& shares) {
+        Construct("Security Editor - " + shares.names.front(), owner);
+        permissionsPage.names = shares.names;
+        AddPage(permissionsPage);
+    }
 
-void CShareSheet::SetPlace(Place shares) {
-    SetTitle("Security Editor - " + shares.names.front());
-    permissionsPage.names = std::move(shares.names);
-}
+  protected:
+    bool OnInitDialog() override {
+        const bool result = CPropertySheet::OnInitDialog();
+        SetFocus();
+        return result;
+    }
 
-bool CShareSheet::OnInitDialog() {
-    const bool result = CPropertySheet::OnInitDialog();
-    SetFocus();
-    return result;
+  private:
+    CSharePage1 permissionsPage;
+};
+
+}  // namespace
+
+void EditShareSecurity(CWnd* owner, const Place& shares) {
+    CShareSheet(owner, shares).DoModal();
 }
 
 }  // namespace permora

@@ -7,30 +7,26 @@ constexpr const char* kWizardTitle = "Security Wizard";
 
 }  // namespace
 
-void CWizard::SetUp(CWnd* owner) {
+CWizard::CWizard(CWnd* owner, const Place& place, const WizardSettings& settings)
+    : remembered(RememberPlace(place)), taskPage(deletionPage, permissionsPage) {
     Construct(kWizardTitle, owner);
+    deletionPage.place = &remembered;
+    deletionPage.askBeforeSecureDeletion = settings.askBeforeSecureDeletion;
+    permissionsPage.place = &remembered;
+    permissionsPage.showIntermediateInfo = settings.showIntermediateInfo;
     AddPage(taskPage);
     AddPage(permissionsPage);
     SetWizardMode();
-}
-
-void CWizard::SetPlace(const Place& place, const WizardSettings& settings) {
-    remembered = RememberPlace(place);
-    permissionsPage.place = &remembered;
-    permissionsPage.showIntermediateInfo = settings.showIntermediateInfo;
-    deletionPage.place = &remembered;
-    deletionPage.askBeforeSecureDeletion = settings.askBeforeSecureDeletion;
-}
-
-void CWizard::OnDestroy() {
-    deletionPage.StopWorker();
-    remembered.items.clear();
 }
 
 bool CWizard::OnInitDialog() {
     const bool result = CPropertySheet::OnInitDialog();
     SetTitle(kWizardTitle);
     return result;
+}
+
+void RunSecurityWizard(CWnd* owner, const Place& place, const WizardSettings& settings) {
+    CWizard(owner, place, settings).DoModal();
 }
 
 }  // namespace permora

@@ -26,7 +26,6 @@ class EditorTest : public ::testing::Test {
         if (error == ERROR_NOT_SUPPORTED) GTEST_SKIP() << "the temporary folder holds no access lists";
         ASSERT_EQ(error, ERROR_SUCCESS);
         ASSERT_NE(SetCurrentDirectoryA(PathFromArgument(folder.Path().c_str()).c_str()), FALSE);
-        sheet.SetUp(nullptr);
         MakeFiles();
     }
     virtual void MakeFiles() = 0;
@@ -41,17 +40,15 @@ class EditorTest : public ::testing::Test {
         Edit(InCurrentFolder(std::move(names)), script, tab);
     }
     void Edit(const Place& place, const UiDriver::Script& script, const std::string& tab = "Permissions") {
-        sheet.SetPlace(place);
         ui.ExpectSheet("Security Editor - " + place.names.front(), [&](WindowDriver& window) {
             if (window.ActiveTab() != tab) window.SwitchToTab(tab);
             script(window);
         });
-        sheet.DoModal();
+        EditSecurity(nullptr, place);
     }
 
     const test::TemporaryFolder folder;
     UiDriver ui;
-    CPSheet sheet;
 };
 
 }  // namespace permora::test

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include "editor/access_list_page.h"
 #include "platform/api/errors.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
@@ -21,11 +22,8 @@ class ShareSheet : public WithShareTable {
 
     // Opens the sheet on shares; the script ends with a button of it.
     void Edit(const std::vector<std::string>& names, const UiDriver::Script& script) {
-        CShareSheet sheet;
-        sheet.SetUp(nullptr);
-        sheet.SetPlace({PlaceKind::kShares, nullptr, names});
         ui.ExpectSheet("Security Editor - " + names.front(), script);
-        sheet.DoModal();
+        EditShareSecurity(nullptr, {PlaceKind::kShares, nullptr, names});
     }
     static void ExpectNoBoxes(const WindowDriver& window) {
         for (const int id : {IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES}) {

@@ -77,7 +77,6 @@ class WizardDeletionPage : public ::testing::Test {
   protected:
     WizardDeletionPage() {
         std::filesystem::current_path(folder.Path());
-        sheet.SetUp(nullptr);
         settings.askBeforeSecureDeletion = false;
     }
     ~WizardDeletionPage() override {
@@ -94,9 +93,10 @@ class WizardDeletionPage : public ::testing::Test {
         return Run(test::InCurrentFolder(std::move(names)), script);
     }
     int Run(const Place& place, const UiDriver::Script& script) {
-        sheet.SetPlace(place, settings);
+        CWizard wizard(nullptr, place, settings);
+        sheet = &wizard;
         ui.ExpectSheet(kTitle, script);
-        return sheet.DoModal();
+        return wizard.DoModal();
     }
     static void GoToDeletion(WindowDriver& window) {
         window.Click(IDC_TASK_DELETION);
@@ -113,7 +113,7 @@ class WizardDeletionPage : public ::testing::Test {
     const test::TemporaryFolder folder;
     WizardSettings settings;
     UiDriver ui;
-    CWizard sheet;
+    CWizard* sheet = nullptr;  // the latest
 };
 
 TEST_F(WizardDeletionPage, ListsWhatBecomesOfEachAndCountsWhatIsGone) {
@@ -300,7 +300,7 @@ TEST_F(WizardDeletionPage, TheProgramsEndWaitsForTheWorker) {
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
             gate.set_value();
         });
-        WindowAccess::NativeAs<NativeDialog>(sheet)->EndModal();
+        WindowAccess::NativeAs<NativeDialog>(*sheet)->EndModal();
     });
     opener.join();
     EXPECT_EQ(test::ReadWholeFile("file"), std::string(512, '\0') + std::string(1536, 'x'));

@@ -17,7 +17,8 @@
 #include "tests/support/places.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
-#include "wizard/wizard_sheet.h"
+#include "wizard/account_rights.h"
+#include "wizard/security_wizard.h"
 
 namespace permora {
 namespace {
@@ -45,7 +46,6 @@ class WizardPermissionsPage : public ::testing::Test {
         Give(folder.MakeFolder("top/first"), "D:(D;;CC;;;BU)(A;;FR;;;BU)");
         Give(folder.MakeFile("top/second"), "D:P(A;;FA;;;WD)");
         Enter(folder.Path("top"));
-        sheet.SetUp(nullptr);
     }
 
     static void Give(const std::string& path, const std::string& sddl) {
@@ -59,16 +59,15 @@ class WizardPermissionsPage : public ::testing::Test {
     void Assign(
         std::vector<std::string> names, const UiDriver::Script& script,
         const std::function<void()>& expect = [] {}) {
-        sheet.SetPlace(areDrives ? Place{PlaceKind::kDrives, nullptr, std::move(names)}
-                                 : test::InCurrentFolder(std::move(names)),
-                       {.showIntermediateInfo = &showIntermediateInfo});
+        const Place place = areDrives ? Place{PlaceKind::kDrives, nullptr, std::move(names)}
+                                      : test::InCurrentFolder(std::move(names));
         ui.ExpectSheet(kTitle, [&](WindowDriver& window) {
             EXPECT_FALSE(window.IsEnabled(SheetButton::kBack));
             expect();
             window.Click(SheetButton::kNext);
             script(window);
         });
-        sheet.DoModal();
+        RunSecurityWizard(nullptr, place, {.showIntermediateInfo = &showIntermediateInfo});
     }
     void Add(WindowDriver& window, const std::string& account) {
         ui.ExpectDialog(IDD_ACCOUNT_PICKER, [&](WindowDriver& picker) {
@@ -88,7 +87,6 @@ class WizardPermissionsPage : public ::testing::Test {
     bool areDrives = false;
     std::uint8_t showIntermediateInfo = 0;
     UiDriver ui;
-    CWizard sheet;
 };
 
 TEST_F(WizardPermissionsPage, AllItemsGetTheFirstOnesAccountsAsChanged) {
@@ -224,11 +222,6 @@ TEST_F(WizardPermissionsPage, AccountsAreRemovedAndTheKeyboardDoesAll) {
 TEST_F(WizardPermissionsPage, OneItemNeedsNoNoticeAndWhatItInheritsStays) {
     Give(folder.MakeFile("top/third"), "D:");
     showIntermediateInfo = 1;
-    ui.ExpectSheet(kTitle, [](WindowDriver& window) {
-        window.Click(IDC_TASK_DELETION);  // which the next run does not remember
-        window.Click(SheetButton::kCancel);
-    });
-    sheet.DoModal();
     Assign({"third"}, [](WindowDriver& window) {
         EXPECT_THAT(window.Rows(IDC_WIZARD_ACCOUNTS), ElementsAre("BUILTIN\\Administrators"));
         EXPECT_FALSE(window.IsEnabled(IDC_WIZARD_REMOVE_ACCOUNT));

@@ -1,0 +1,21 @@
+// The security wizard on the items selected in the browser.
+#pragma once
+
+#include <cstdint>
+
+#include "framework/window.h"
+#include "platform/place.h"
+
+namespace permora {
+
+// The user's settings for the wizard.
+struct WizardSettings {
+    bool askBeforeSecureDeletion = true;
+    std::uint8_t* showIntermediateInfo = nullptr;  // borrowed; the setting that the notice may clear
+};
+
+// Shows the wizard until it is closed: one task for all items, rights for accounts or deletion for good. The
+// items stand in a folder, or are drives; there is at least one. They are held until the wizard has closed.
+void RunSecurityWizard(CWnd* owner, const Place& place, const WizardSettings& settings);
+
+}  // namespace permora
