@@ -20,8 +20,8 @@
 namespace permora::host {
 namespace {
 
-// By families, since each library reads more of them than its documents tell: Qt, GTK and GLib (which Qt's
-// themes load), the C library, drivers of graphics, X, fonts, TLS, the desktop's base directories.
+// Whole families, since each library reads more variables than it documents: Qt, GTK and GLib (which Qt's
+// themes load), the C library, graphics drivers, X, fonts, TLS, the desktop's base directories.
 constexpr std::array<std::string_view, 40> kFamilies{
     "__EGL",       "__GL",     "EGL_",     "FC_",    "FONTCONFIG_",  "GALLIUM_", "GBM_",    "GCONV_PATH",
     "GDK_",        "GIO_",     "GLX",      "GNOME_", "GSETTINGS",    "GTK",      "HOME",    "HOSTALIASES",
@@ -29,7 +29,7 @@ constexpr std::array<std::string_view, 40> kFamilies{
     "OPENSSL_",    "PATH",     "PLASMA_",  "QML",    "QT",           "SSL_",     "VDPAU_",  "VK_",
     "XAPPLRESDIR", "XCOMPOSE", "XCURSOR",  "XDG_",   "XENVIRONMENT", "XKB",      "XLOCALE", "TZDIR"};
 
-// Ends of the names of variables that hold nothing but places: there also a bare name is one.
+// Suffixes of variables that hold only places. In these a bare name is a place, too.
 constexpr std::string_view kPlaceEnds[] = {
     "PATH",       "DIR",       "DIRS",   "HOME",    "FILE",          "FILES",           "ROOT",
     "CONF",       "FILENAMES", "PREFIX", "ENGINES", "EXTRA_MODULES", "OPENSSL_MODULES", "XENVIRONMENT",
@@ -44,7 +44,8 @@ bool HoldsPlacesOnly(std::string_view name) {
     return std::ranges::any_of(kPlaceEnds, [name](std::string_view end) { return name.ends_with(end); });
 }
 
-// "key=/place" and "FILE:/place" name a place too, but where all is a place "=" is a letter of it.
+// "key=/place" and "FILE:/place" name a place, too. In a variable that holds only places, "=" is part of the
+// name.
 bool IsPartHarmless(std::string_view part, bool isPlace) {
     if (const std::size_t sign = part.find('='); !isPlace && sign < part.find('/'))
         part.remove_prefix(sign + 1);
@@ -54,7 +55,7 @@ bool IsPartHarmless(std::string_view part, bool isPlace) {
 
 bool IsHarmless(std::string_view name, std::string_view value) {
     const bool isPlace = HoldsPlacesOnly(name);
-    // To some, nothing before or behind a separator is the current directory.
+    // Some programs read an empty element as the current directory.
     if (isPlace && (value.starts_with(':') || value.ends_with(':') || value.find("::") != value.npos))
         return false;
     while (!value.empty())
@@ -62,8 +63,8 @@ bool IsHarmless(std::string_view name, std::string_view value) {
     return true;
 }
 
-// A Wayland display without a path is found by way of this folder, which may be another user's: it leads to a
-// screen and to no code.
+// A Wayland display without a path is found through this folder. It may belong to another user: it leads to a
+// screen, not to code.
 void KeepDisplay() {
     const char* folder = std::getenv("XDG_RUNTIME_DIR");
     const char* display = std::getenv("WAYLAND_DISPLAY");
@@ -86,8 +87,8 @@ bool MayOthersWrite(const struct stat& status) {
     return (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
 }
 
-// A user may have volumes of his own mounted, on which he says what is root's: without set-user-ID programs.
-// So is memory, but that comes empty.
+// A user may have volumes of their own mounted and choose what belongs to root there; such mounts are nosuid.
+// Memory file systems are nosuid, too, but they start empty.
 bool MayBeUsersVolume(const std::string& place) {
     struct statfs status {};
     if (statfs(place.c_str(), &status) != 0) return true;
@@ -96,8 +97,8 @@ bool MayBeUsersVolume(const std::string& place) {
 
 enum class Step { kTaken, kMissing, kForeign };
 
-// Goes on to `name` in `place` (a path without links and without its last separator); what a link leads to
-// comes before the `rest` instead.
+// Continues to `name` in `place` (a path without links and without its last separator). The target of a link
+// is put in front of the `rest` instead.
 Step Take(const std::string& name, std::string& place, std::string& rest) {
     const std::string next = place + '/' + name;
     struct stat status {};
@@ -112,14 +113,14 @@ Step Take(const std::string& name, std::string& place, std::string& rest) {
         rest = target + '/' + rest;
         return Step::kTaken;
     }
-    // In a sticky folder nobody can take root's own object away; whether it is the end is asked there.
+    // Nobody can remove root's own object from a sticky folder. The last component is checked there.
     const bool isSticky = S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0;
     if ((MayOthersWrite(status) && !isSticky) || MayBeUsersVolume(next)) return Step::kForeign;
     place = next;
     return Step::kTaken;
 }
 
-// Whether others may make something in the folder, or write the file, that the walk has come to.
+// Whether others may create something in the folder, or write to the file, that the walk has reached.
 bool IsOpenToOthers(const std::string& place) {
     const std::string whole = place.empty() ? "/" : place;
     struct stat status {};
@@ -131,7 +132,7 @@ bool IsOpenToOthers(const std::string& place) {
 
 bool IsRootsAlone(const std::string& path) {
     constexpr int kMostSteps = 1000;  // links may go round
-    // Libraries may shorten ".." by the letters alone, to another place than the system's.
+    // Libraries may resolve ".." in the text alone, and so reach another place than the system.
     if (!path.starts_with('/') || path.find("/..") != path.npos) return false;
     std::string place;
     std::string rest = path;

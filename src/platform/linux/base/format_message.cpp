@@ -16,11 +16,11 @@ using permora::host::FindMessage;
 using permora::host::MessagesOf;
 
 constexpr DWORD kSources = FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM;
-// A buffer of the caller's own is not filled.
+// Filling a buffer of the caller is not implemented.
 constexpr DWORD kNeededFlags = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS;
 
 const char* SystemText(DWORD code) {
-    // Not translated, as the tables are not either.
+    // Not translated, like the tables.
     if (const int errorNumber = ErrnoForMessage(code); errorNumber != 0) return strerrordesc_np(errorNumber);
     return FindMessage(permora::host::SystemMessages(), code);
 }
@@ -37,14 +37,14 @@ const char* FindText(DWORD flags, HMODULE library, DWORD code) {
 
 }  // namespace
 
-// The tables have one language and no inserts; the language and the inserts' arguments decide nothing.
+// The tables have one language and no inserts, so the language and the arguments for inserts are ignored.
 DWORD WINAPI FormatMessageA(DWORD flags, LPCVOID source, DWORD messageId, DWORD /*languageId*/, LPSTR buffer,
                             DWORD size, va_list* /*arguments*/) {
     if (buffer == nullptr || (flags & kSources) == 0 || (flags & ~kSources) != kNeededFlags) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
-    // The SDK takes every kind of source as a pointer to constant; of ours it is always a library.
+    // The SDK takes every kind of source as a pointer to constant. Here it is always a library.
     HMODULE library = static_cast<HMODULE>(const_cast<void*>(source));
     // No library means the program itself, which has no table of its own.
     if ((flags & FORMAT_MESSAGE_FROM_HMODULE) != 0 && library != nullptr && MessagesOf(library) == nullptr) {
@@ -57,7 +57,7 @@ DWORD WINAPI FormatMessageA(DWORD flags, LPCVOID source, DWORD messageId, DWORD 
         return 0;
     }
     const std::string message = std::string(sentence) + ".\r\n";
-    // `size` is the least that the caller wants to have.
+    // `size` is the smallest buffer that the caller accepts.
     auto* block = static_cast<char*>(LocalAlloc(LMEM_FIXED, std::max<SIZE_T>(message.size() + 1, size)));
     if (block == nullptr) return 0;
     std::memcpy(block, message.c_str(), message.size() + 1);

@@ -10,8 +10,8 @@ struct ErrorPair {
     DWORD code;
 };
 
-// Every errno value that file, attribute and process calls give. The first row of a code is also the one
-// whose text describes it; codes of the second table have words of their own in system_messages.cpp.
+// Every errno value of file, attribute and process calls. The first row of a code also gives its text. The
+// codes of the second table have texts of their own in system_messages.cpp.
 // clang-format off
 constexpr ErrorPair kFileSystemErrors[] = {
     {ENOENT,       ERROR_FILE_NOT_FOUND},
@@ -84,7 +84,7 @@ DWORD ErrorFromOpening(int errorNumber) {
 }
 
 int ErrnoForMessage(DWORD code) {
-    // A folder on the way is missing: the C library has one text for both.
+    // A folder of the path is missing. The C library has one text for both cases.
     if (code == ERROR_PATH_NOT_FOUND) return ENOENT;
     for (const ErrorPair& pair : kFileSystemErrors)
         if (pair.code == code) return pair.errorNumber;

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The letters of all scripts, whatever language the user has chosen: names sort alike for everybody.
+// The letters of all scripts, independent of the user's language: names sort the same way for everybody.
 locale_t AllLetters() {
     static const locale_t kLocale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     return kLocale;

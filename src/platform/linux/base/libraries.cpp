@@ -16,17 +16,17 @@ using permora::host::Fail;
 using permora::host::Message;
 using permora::host::NetworkMessages;
 
-// A function of any type as the one type that GetProcAddress returns; the caller turns it back.
+// Converts a function of any type to the type that GetProcAddress returns. The caller converts it back.
 template <typename Service>
 FARPROC AddressOf(Service* service) {
-    // By way of void(), the type that the compiler lets every function type be cast to and from.
+    // Through void(), to and from which the compiler lets every function type be cast.
     return reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(service));
 }
 
 }  // namespace
 
-// One system library. It is part of the program and always loaded; a handle is its address. The tag is the
-// SDK's.
+// One system library. It is part of the program and always loaded; its handle is its address. The SDK chose
+// the tag.
 struct HINSTANCE__ {  // NOLINT(bugprone-reserved-identifier)
     struct Function {
         std::string_view name;
@@ -71,7 +71,7 @@ HMODULE FindByName(std::string_view name) {
     return nullptr;
 }
 
-// Null for what is no handle of a library.
+// Null unless `handle` is a handle of a library.
 const Library* FindByHandle(HMODULE handle) {
     for (const Library& library : Libraries())
         if (&library == handle) return &library;

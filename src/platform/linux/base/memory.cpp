@@ -14,20 +14,19 @@ namespace {
 
 using permora::host::Fail;
 
-// No object is larger; the C library promises nothing for sizes beyond it.
+// The largest object that the C library supports.
 constexpr SIZE_T kLargestBlock = static_cast<SIZE_T>(std::numeric_limits<std::ptrdiff_t>::max());
 
 enum class Content { kUnset, kZero };
 
-// Never null for a size of 0. Null when there is no memory.
+// Null only when there is no memory, also for a size of 0.
 void* TakeMemory(SIZE_T bytes, Content content) {
     if (bytes > kLargestBlock) return nullptr;
     if (bytes == 0) bytes = 1;
     return content == Content::kZero ? std::calloc(1, bytes) : std::malloc(bytes);
 }
 
-// Stands before every block of a private heap and links it to the one before, so that all are freed by a
-// walk.
+// Precedes every block of a private heap and links it to the previous block, so that all can be freed.
 struct alignas(std::max_align_t) BlockHeader {
     BlockHeader* next;
 };

@@ -6,7 +6,7 @@
 
 namespace {
 
-// For processes that have nobody to ask.
+// For processes without anybody to ask.
 int WriteToStandardError(const char* text, const char* caption, UINT type) {
     std::string_view line(text);
     line = line.substr(0, line.find_last_not_of("\r\n ") + 1);  // system messages end in a line break

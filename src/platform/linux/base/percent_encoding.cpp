@@ -12,7 +12,7 @@ bool StandsForItself(char character) {
     return isLetter || isDigit || std::string_view("-_.!~*'()/").find(character) != std::string_view::npos;
 }
 
-// -1 for what is no hexadecimal digit.
+// -1 for other characters.
 int DigitOf(char character) {
     if (character >= '0' && character <= '9') return character - '0';
     const char lower = LowerLetter(character);

@@ -6,7 +6,7 @@
 
 void WINAPI ExitProcess(UINT code) {
     std::fflush(nullptr);
-    // The host keeps the low eight bits only; a failure code whose low bits are zero must not end as success.
+    // The host keeps only the low eight bits. A failure code whose low bits are zero must not become success.
     const UINT visible = code & 0xFFU;
     _exit(static_cast<int>(code != 0 && visible == 0 ? 1U : visible));
 }

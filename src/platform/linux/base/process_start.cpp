@@ -15,7 +15,7 @@
 namespace permora {
 namespace {
 
-// Whose names are what an environment usually has, since they go to a terminal.
+// Only variables with ordinary names, since these are printed on a terminal.
 std::string Listed(const std::vector<std::string>& variables) {
     std::string list;
     for (const std::string& variable : variables)
@@ -33,8 +33,8 @@ std::string Listed(const std::vector<std::string>& variables) {
 
 void PrepareProcess() {
     for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
-        // The lowest number that is free is this one. A folder that is only held can neither be read nor
-        // written, and it is always there.
+        // This is the lowest free descriptor. "/" always exists, and with O_PATH it can be neither read nor
+        // written.
         if (fcntl(stream, F_GETFD) < 0) (void)!open("/", O_PATH | O_DIRECTORY);
     }
     std::signal(SIGXFSZ, SIG_IGN);

@@ -29,7 +29,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::array kToolFolders = {"/usr/bin/", "/usr/sbin/", "/bin/", "/sbin/"};
 
-// ERROR_SUCCESS when there is something to read, or an end to be seen, before the deadline.
+// ERROR_SUCCESS when there is output to read, or the output has ended, before the deadline.
 DWORD AwaitReadable(int descriptor, Clock::time_point deadline) {
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
@@ -88,7 +88,7 @@ DWORD RunTool(const std::string& name, const std::vector<std::string>& arguments
     const UniqueFd source(ends[0]);
     UniqueFd target(ends[1]);
     pid_t child = -1;
-    // The tools' output is parsed in one language.
+    // The parsers know one language.
     const int problem = SpawnPlan(target.Get(), SpawnPlan::Ties::kOwnGroup)
                             .Start(*path, arguments, {"LC_ALL=C", kToolPath}, child);
     if (problem != 0) return ErrorFromErrno(problem);

@@ -10,7 +10,7 @@
 namespace permora::host {
 namespace {
 
-// The system does not write to these texts; its interface is older than const.
+// The system does not write to these texts. Its interface predates const.
 std::vector<char*> Words(const std::vector<std::string>& texts) {
     std::vector<char*> words;
     words.reserve(texts.size() + 1);
@@ -24,7 +24,8 @@ std::vector<char*> Words(const std::vector<std::string>& texts) {
 
 SpawnPlan::SpawnPlan(int outputTarget, Ties ties) {
     posix_spawn_file_actions_init(&actions);
-    // The pipe first: its descriptor may be one of the three when this process was started without them.
+    // The pipe first: if this process was started without some of the three, its descriptor may be one of
+    // them.
     Note(outputTarget < 0
              ? posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0)
              : posix_spawn_file_actions_adddup2(&actions, outputTarget, STDOUT_FILENO));

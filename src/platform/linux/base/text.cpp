@@ -26,7 +26,8 @@ constexpr bool IsLowSurrogate(char32_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-// The code point at the start of `wide`, which is not empty. A lone surrogate decodes as the replacement.
+// The code point at the start of `wide`, which is not empty. A lone surrogate becomes the replacement
+// character.
 Decoded DecodeUtf16(std::u16string_view wide) {
     const char32_t unit = wide[0];
     if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) return {unit, 1};
@@ -40,7 +41,7 @@ Decoded DecodeAnsi(std::string_view ansi) {
     return {character.isWellFormed ? character.codePoint : kReplacement, character.bytes};
 }
 
-// Stores the code point as UTF-8 when `target` is not null; the number of bytes either way.
+// Stores the code point as UTF-8 unless `target` is null. Returns the number of bytes in both cases.
 std::size_t EncodeUtf8(char32_t codePoint, char* target) {
     char bytes[4];
     std::size_t count = 0;
@@ -77,7 +78,7 @@ std::size_t EncodeUtf16(char32_t codePoint, char16_t* target) {
     return 2;
 }
 
-// Converts the whole of `source` when `target` is not null; the number of target units either way.
+// Converts all of `source` unless `target` is null. Returns the number of target units in both cases.
 template <typename Source, typename Target>
 std::size_t ConvertAll(std::basic_string_view<Source> source, Target* target,
                        Decoded (*decode)(std::basic_string_view<Source>),
@@ -91,8 +92,8 @@ std::size_t ConvertAll(std::basic_string_view<Source> source, Target* target,
     return written;
 }
 
-// The contract that both services share. The size is found before anything is stored, so that a target that
-// is too small stays as it was.
+// The shared contract of both services. The size is computed before anything is stored, so a target that is
+// too small is left unchanged.
 template <typename Source, typename Target>
 int Convert(UINT codePage, DWORD flags, const Source* source, int sourceCount, Target* target, int targetSize,
             Decoded (*decode)(std::basic_string_view<Source>), std::size_t (*encode)(char32_t, Target*)) {
@@ -118,7 +119,7 @@ int Convert(UINT codePage, DWORD flags, const Source* source, int sourceCount, T
 
 int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideCount, LPSTR ansi,
                                int ansiSize, LPCSTR defaultChar, LPBOOL usedDefaultChar) {
-    // UTF-8 has a form for every character; the SDK refuses a substitute for it.
+    // UTF-8 can express every character, and the SDK accepts no substitute character for it.
     if (defaultChar != nullptr || usedDefaultChar != nullptr) return Fail(ERROR_INVALID_PARAMETER);
     return Convert(codePage, flags, wide, wideCount, ansi, ansiSize, DecodeUtf16, EncodeUtf8);
 }

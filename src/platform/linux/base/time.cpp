@@ -16,7 +16,7 @@ using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
 
 constexpr std::int64_t kTicksPerSecond = Ticks::period::den;
 
-// From the beginning of 1601 to that of 1970.
+// From the start of 1601 to the start of 1970.
 constexpr std::int64_t kSecondsBeforeEpoch = 11'644'473'600;
 
 constexpr std::chrono::sys_days kFirstDay{std::chrono::year{1601} / 1 / 1};

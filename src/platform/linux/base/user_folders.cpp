@@ -13,7 +13,7 @@
 namespace permora::host {
 namespace {
 
-// Whether the place, or what would hold it, belongs to the user or to the system.
+// Whether the place, or the nearest existing folder above it, belongs to the user or to the system.
 bool IsOwn(std::string place) {
     struct stat status {};
     while (!place.empty() && stat(place.c_str(), &status) != 0)
@@ -21,7 +21,7 @@ bool IsOwn(std::string place) {
     return place.empty() || status.st_uid == geteuid() || status.st_uid == 0;
 }
 
-// The value of an environment variable that names a place; empty when it is not to be believed.
+// The value of an environment variable that names a place; empty when it cannot be trusted.
 std::string OwnPlace(const char* variable) {
     const char* value = std::getenv(variable);
     const std::string place = value != nullptr ? value : "";

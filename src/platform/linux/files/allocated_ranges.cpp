@@ -22,14 +22,14 @@ constexpr off_t kStatusBlockBytes = 512;  // of st_blocks: stat(2)
 
 constexpr off_t kSmallFileBytes = 64 << 10;
 
-// What is read at once, what of it is looked at as one piece, how many zeros end a range (fewer are sooner
-// overwritten than passed over), and after how many there is an answer.
+// Bytes: one read, one piece of it that is examined, the zeros that end a range (overwriting fewer is faster
+// than skipping them), and the zeros after which the search returns.
 constexpr std::size_t kReadBytes = std::size_t{1} << 20;
 constexpr off_t kPieceBytes = 4096;
 constexpr off_t kLeastZeros = off_t{64} << 10;
 constexpr off_t kMostZeros = off_t{64} << 20;
 
-// Neighbours that the file system keeps apart are one range here.
+// Adjacent extents are one range here.
 int FindExtent(int descriptor, off_t from, off_t size, FileRange& range) {
     constexpr std::size_t kMostExtents = 32;
     alignas(fiemap) std::array<std::byte, sizeof(fiemap) + kMostExtents * sizeof(fiemap_extent)> space{};
@@ -37,7 +37,7 @@ int FindExtent(int descriptor, off_t from, off_t size, FileRange& range) {
     request->fm_start = static_cast<std::uint64_t>(from);
     request->fm_length = static_cast<std::uint64_t>(size - from);
     request->fm_extent_count = kMostExtents;
-    // Without FIEMAP_FLAG_SYNC: contents that are not on the disk yet need not get there first.
+    // Without FIEMAP_FLAG_SYNC: contents that are not on the disk yet need not be written first.
     if (ioctl(descriptor, FS_IOC_FIEMAP, request) != 0) return errno;
     FileRange found{size, size};
     for (std::size_t i = 0; i < request->fm_mapped_extents; ++i) {
@@ -104,8 +104,7 @@ RangeSource FindRangeSource(int descriptor, const struct stat& status) {
     // A file without holes looks like one on a file system that does not report holes.
     const off_t hole = lseek(descriptor, 0, SEEK_HOLE);
     if (hole >= 0 && hole < size) return RangeSource::kHoles;
-    // Whatever is missing of a small file fills no disk, and contents in the volume's own tables have no
-    // blocks.
+    // A small file cannot fill a disk, and contents in the volume's own tables have no blocks.
     const bool isWhole =
         size <= kSmallFileBytes || status.st_blocks >= (size + kStatusBlockBytes - 1) / kStatusBlockBytes;
     return isWhole ? RangeSource::kWhole : RangeSource::kContents;
@@ -126,13 +125,13 @@ DWORD FindRange(RangeSource source, int descriptor, off_t from, off_t size, Data
     }
     const FileRange data = ahead.range;
     FileRange extent = data;
-    // What waits in memory for its place is data before it is an extent, and the other way round where space
-    // is set aside.
+    // Contents that wait in memory for their place are data, but no extent yet. Reserved space is an extent,
+    // but no data.
     if (problem == 0 && source == RangeSource::kExtents) problem = FindExtent(descriptor, from, size, extent);
     if (problem != 0) return ErrorFromErrno(problem);
     const FileRange& first =
         extent.begin < data.begin || (extent.begin == data.begin && extent.end > data.end) ? extent : data;
-    // A driver is believed only as far as it comes to an end.
+    // A driver may report ranges without end.
     if (first.begin < from || first.end <= from || first.end > size) return ERROR_INVALID_DATA;
     range = first;
     return ERROR_SUCCESS;

@@ -27,11 +27,11 @@ namespace {
 constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                             FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_TEMPORARY | FILE_ATTRIBUTE_OFFLINE |
                             FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-// What only the volume itself can say.
+// Known to the volume alone.
 constexpr DWORD kKeptByVolume = FILE_ATTRIBUTE_SPARSE_FILE | FILE_ATTRIBUTE_REPARSE_POINT |
                                 FILE_ATTRIBUTE_COMPRESSED | FILE_ATTRIBUTE_ENCRYPTED;
 
-// What an object has stored. At most one of both.
+// The stored attributes of an object. At most one of the two is there.
 struct StoredAttributes {
     std::optional<DWORD> onNtfs;
     std::optional<DosAttribute> fromSamba;
@@ -69,8 +69,7 @@ DWORD ReadStored(const AttributeReader& read, AttributeStore store, StoredAttrib
     }
     std::vector<std::uint8_t> value;
     const int error = read(kDosAttribute, value);
-    // Without the right to read a file this attribute cannot be read either, but the folder still lists the
-    // file.
+    // Without the right to read a file, this attribute cannot be read. The folder still lists the file.
     const bool isHidden = error == EACCES || error == EPERM;
     if (error != 0 && !IsAbsent(error) && !isHidden) return ErrorFromErrno(error);
     if (error == 0) stored.fromSamba = DosAttribute::FromBytes(value);
@@ -85,20 +84,20 @@ bool LeadsToFolder(const ObjectHandle& link, const ObjectHandle& folder) {
            fstatat(folder.Descriptor(), target.c_str(), &status, 0) == 0 && S_ISDIR(status.st_mode);
 }
 
-// What the kind of the object says, which no stored value can override.
+// The attributes that follow from the kind of the object. No stored value overrides them.
 DWORD AttributesOfKind(const struct stat& status, bool leadsToFolder) {
     if (S_ISDIR(status.st_mode)) return FILE_ATTRIBUTE_DIRECTORY;
     if (!S_ISLNK(status.st_mode)) return 0;
     return FILE_ATTRIBUTE_REPARSE_POINT | (leadsToFolder ? FILE_ATTRIBUTE_DIRECTORY : 0);
 }
 
-// A file that nobody may write is what a person would call read-only.
+// A file that nobody may write is read-only.
 DWORD AttributesFromMode(const struct stat& status) {
     const bool isWritable = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0;
     return S_ISREG(status.st_mode) && !isWritable ? FILE_ATTRIBUTE_READONLY : 0;
 }
 
-// `kind` is what the kind of the object says.
+// `kind` holds the attributes that follow from the kind of the object.
 DWORD Join(const StoredAttributes& stored, const struct stat& status, DWORD kind) {
     DWORD flags = kind;
     if (stored.onNtfs)
@@ -120,7 +119,7 @@ int WriteOnNtfs(const ObjectHandle& object, DWORD present, DWORD attributes) {
 }
 
 int WriteForSamba(const ObjectHandle& object, DosAttribute present, DWORD attributes) {
-    // The kernel refuses such attributes on links and devices as if it were a matter of permission.
+    // For links and devices, the kernel refuses such attributes with a permission error.
     if (!IsFileOrFolder(object)) return ENOTSUP;
     present.validFields |= 0x1;
     present.attributes = (present.attributes & ~kSettable) | (attributes & kSettable);
@@ -128,7 +127,7 @@ int WriteForSamba(const ObjectHandle& object, DosAttribute present, DWORD attrib
     return WriteExtendedAttribute(object, kDosAttribute, present.ToBytes());
 }
 
-// The volume's own on NTFS, in the system's form; elsewhere the host's, where the file system keeps it.
+// On NTFS the volume's own time, in the system's form; elsewhere the host's, if the file system keeps one.
 FILETIME CreationTimeOf(const ObjectHandle& object) {
     FILETIME time{};
     std::vector<std::uint8_t> value;
@@ -139,7 +138,7 @@ FILETIME CreationTimeOf(const ObjectHandle& object) {
     struct statx status {};
     const bool isTold = statx(object.Descriptor(), "", AT_EMPTY_PATH, STATX_BTIME, &status) == 0 &&
                         (status.stx_mask & STATX_BTIME) != 0;
-    // Volumes that were made by tools leave the field empty.
+    // Some tools that make volumes leave the field empty.
     if (isTold && status.stx_btime.tv_sec != 0)
         time = FileTimeOf({status.stx_btime.tv_sec, static_cast<long>(status.stx_btime.tv_nsec)});
     return time;

@@ -24,7 +24,7 @@ std::string QuotedArgument(const std::string& text) {
     return quoted + '"';
 }
 
-// As the host writes it; empty when it cannot be read.
+// In the host's form; empty when it cannot be read.
 std::string ProgramPath() {
     std::array<char, PATH_MAX> program{};
     const ssize_t length = readlink("/proc/self/exe", program.data(), program.size() - 1);

@@ -23,7 +23,7 @@ DWORD CurrentPath(std::string& path) {
     return error;
 }
 
-// The components of `current`, an absolute path, that are left after going up; a root is never left.
+// The components of `current`, an absolute path, that remain after going up. Going up stops at the root.
 std::vector<std::string_view> FolderAbove(const PathText& current, std::size_t ascents) {
     std::vector<std::string_view> components = current.components;
     components.resize(components.size() - std::min(ascents, components.size()));

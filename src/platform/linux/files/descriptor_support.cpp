@@ -10,8 +10,8 @@
 namespace permora::host {
 namespace {
 
-// The object has the attribute, or has one that cannot be read just now: whoever reads it then gets to see
-// that error, rather than an answer from some other store.
+// The object has the attribute, or has one that cannot be read now. Reading then reports that error, instead
+// of reading from another store.
 bool HasAttribute(int answer) {
     return answer == 0 || answer == EACCES || answer == EIO;
 }
@@ -31,7 +31,7 @@ bool CanBeThere(const ObjectHandle& object, const char* name) {
 DescriptorStoreKind StoreKindOf(const ObjectHandle& object) {
     if (IsThere(object, kNtfs3gAttribute)) return DescriptorStoreKind::kNtfs3g;
     if (IsThere(object, kNtfs3Attribute)) return DescriptorStoreKind::kNtfs3;
-    // The kernel demands it for writing attributes of the "security" family.
+    // The kernel requires it for writing attributes of the "security" family.
     if (HasCapability(CapabilitySet::kEffective, CAP_SYS_ADMIN))
         return CanBeThere(object, kSambaAttribute) ? DescriptorStoreKind::kSamba : DescriptorStoreKind::kNone;
     const bool holdsUserAttributes = S_ISREG(object.Status().st_mode) || object.IsFolder();

@@ -25,7 +25,7 @@
 namespace permora::host {
 namespace {
 
-// The pattern taken apart: "C:\a\" and "*".
+// The parts of a pattern: "C:\a\" and "*".
 struct SearchPattern {
     std::string folder;
     std::string_view name;
@@ -36,7 +36,7 @@ SearchPattern SplitPattern(std::string_view pattern) {
     return {std::string(pattern.substr(0, folderEnd)), pattern.substr(folderEnd)};
 }
 
-// False when the name is too long for the caller's structure, which no name that the kernel gives is.
+// False when the name is too long for the caller's structure. No name from the kernel is.
 bool FillName(std::string_view shownName, WIN32_FIND_DATAA& data) {
     if (shownName.size() >= sizeof data.cFileName) return false;
     std::memcpy(data.cFileName, shownName.data(), shownName.size());
@@ -44,7 +44,7 @@ bool FillName(std::string_view shownName, WIN32_FIND_DATAA& data) {
     return true;
 }
 
-// What is left to say about an object that cannot be opened.
+// The facts that are known of an object that cannot be opened.
 DWORD AttributesOfType(unsigned char type) {
     switch (type) {
         case DT_DIR:
@@ -62,7 +62,7 @@ bool IsDriveRoot(const ObjectHandle& folder) {
     return DriveHolding(hostPath).hostRoot == hostPath;
 }
 
-// The entries of one folder, one after the other. Not for two threads at a time.
+// The entries of one folder, one after the other. One thread at a time.
 class DirectorySearch {
   public:
     DirectorySearch(ObjectHandle searched, UniqueFd opened)
@@ -86,7 +86,7 @@ class DirectorySearch {
   private:
     enum class Dots { kSelf, kParent, kDone };
 
-    // False when there is no such object any more.
+    // False when the object no longer exists.
     bool Describe(const FolderListing::Entry& entry, std::string_view shownName, WIN32_FIND_DATAA& data) {
         WIN32_FIND_DATAA found{};
         if (!FillName(shownName, found)) return false;
@@ -97,7 +97,7 @@ class DirectorySearch {
         } else if (errno == ENOENT) {
             return false;
         } else {
-            // What cannot be examined is listed all the same: it exists, and its folder says what it is.
+            // An object that cannot be examined is listed as well: it exists, and its folder knows its kind.
             found.dwFileAttributes = AttributesOfType(entry.type);
         }
         data = found;
@@ -108,7 +108,7 @@ class DirectorySearch {
         // Another volume may be mounted there.
         const bool isOfThisVolume = status.st_dev == folder.Status().st_dev;
         DWORD attributes = S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
-        // Attributes that cannot be read leave it at that.
+        // If the attributes cannot be read, the kind stands alone.
         (void)ReadAttributesAt(listing.Descriptor(), name, status,
                                isOfThisVolume ? store : AttributeStore::kAsk, attributes);
         return attributes;
@@ -120,7 +120,7 @@ class DirectorySearch {
     Dots dots;
 };
 
-// A search that was started, and the rest of one for a single name.
+// A search in progress, and the rest of a search for a single name.
 struct OpenSearch : HandleObject {
     std::unique_ptr<DirectorySearch> entries;  // null: there is nothing more
 };
@@ -132,7 +132,7 @@ DWORD OpenSearched(const std::string& path, ObjectHandle& folder) {
     const std::string bare = path.substr(0, path.find_last_not_of("\\/") + 1);
     const bool isNamed = !bare.empty() && bare.back() != ':';
     if (isNamed) {
-        // Without the separator first, which takes the right to enter the folder.
+        // First without the separator, which would need the right to enter the folder.
         error = OpenObject(bare.c_str(), folder);
         if (error == ERROR_SUCCESS && folder.IsLink()) error = OpenObject(path.c_str(), folder);
     } else {

@@ -23,16 +23,16 @@ constexpr char kSystemDrive = 'C';
 
 using Pins = std::map<char, std::string>;
 
-// The letters that volumes have had in this process, by mount point. Who holds a path must not be led to
-// another volume by what is mounted or unmounted meanwhile, so no other mount point ever gets them.
+// The letters that volumes have had in this process, by mount point. No other mount point ever gets one of
+// them: a path must not lead to another volume after something was mounted or unmounted.
 using GivenLetters = std::map<std::string, char>;
 
-// Which letters there are, and which are taken.
+// The letters, and which of them are taken.
 struct LetterTable {
     Pins pins;
     GivenLetters given;
-    // Otherwise the machine's registry is damaged. A letter that it may have given to one volume must not
-    // lead to another: no further ones are given out.
+    // Otherwise the machine's registry is damaged. It may have given a letter to one volume, and that letter
+    // must not lead to another: no more letters are given out.
     bool isComplete = true;
 
     bool HasLetter(const std::string& mountPoint) const {
@@ -49,7 +49,7 @@ struct LetterTable {
     }
 
     // Gives a mount point the letter that it had, or the first from D on that is not pinned and was never
-    // given, until there are none left.
+    // given, while there are letters left.
     std::optional<char> LetterFor(const std::string& mountPoint) {
         if (HasLetter(mountPoint)) return given.at(mountPoint);
         if (!isComplete) return std::nullopt;
@@ -66,7 +66,7 @@ bool CanBePinned(char letter) {
     return letter >= 'A' && letter <= 'Z' && letter != kSystemDrive;
 }
 
-// The kernel names the current directory without links, and so must the root of its drive be named.
+// The kernel's path of the current directory has no links, so the root of its drive must have none either.
 std::string WithoutLinks(std::string hostRoot) {
     const std::unique_ptr<char, decltype(&free)> resolved(realpath(hostRoot.c_str(), nullptr), &free);
     if (resolved) hostRoot = resolved.get();
@@ -75,7 +75,7 @@ std::string WithoutLinks(std::string hostRoot) {
     return hostRoot;
 }
 
-// With what the machine's administrator pinned.
+// With the letters that the machine's administrator pinned.
 LetterTable LettersOfMachine() {
     const std::optional<MountedDevices> devices = ReadMountedDevices();
     LetterTable letters;
@@ -86,7 +86,7 @@ LetterTable LettersOfMachine() {
     return letters;
 }
 
-// The letters of this process, for one thread at a time.
+// The letters of this process. One thread at a time.
 class SharedLetters {
   public:
     SharedLetters() : lock(All().mutex) {}
@@ -107,14 +107,14 @@ class SharedLetters {
     std::lock_guard<std::mutex> lock;
 };
 
-// A drive before anyone asked for its type.
+// A drive whose type is not known yet.
 struct LetteredVolume {
     DriveRoot drive;
     std::optional<MountEntry> mount;  // none for a pinned folder
 };
 
 std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, LetterTable& letters) {
-    // In the order of mount points, and of several mounts at one point the last, which hides the others.
+    // In the order of mount points. Of several mounts at one point only the last, which hides the others.
     std::map<std::string, MountEntry> visible;
     for (MountEntry& mount : mounts) {
         std::string mountPoint = mount.mountPoint;
@@ -139,12 +139,12 @@ std::vector<LetteredVolume> AssignLetters(std::vector<MountEntry> mounts, Letter
                 volumes.push_back({{*letter, mountPoint}, std::move(mount)});
         }
     };
-    // Of a volume's places the one that has its letter comes first.
+    // Of several places of a volume, the one that has its letter comes first.
     for (const bool hasLetter : {true, false}) {
         for (auto& [mountPoint, mount] : visible)
             if ((mountPoint == "/" || letters.HasLetter(mountPoint)) == hasLetter) add(mountPoint, mount);
     }
-    // A root directory that is no mount point of its own (chroot) is in no table.
+    // A root directory that is not a mount point (chroot) is in no table.
     if (!visible.contains("/")) volumes.push_back({{kSystemDrive, "/"}, std::nullopt});
     std::sort(volumes.begin(), volumes.end(), [](const LetteredVolume& one, const LetteredVolume& other) {
         return one.drive.letter < other.drive.letter;
@@ -157,7 +157,7 @@ std::vector<LetteredVolume> CurrentVolumes() {
     return AssignLetters(std::move(mounts), *SharedLetters());
 }
 
-// The type of the volume at `mount`, taking one that would get no letter of its own for a disk.
+// The type of the volume at `mount`. A volume that would get no letter of its own counts as a disk.
 UINT TypeOfDisk(const MountEntry& mount) {
     const UINT type = DriveTypeOfMount(mount);
     return type == DRIVE_NO_ROOT_DIR ? DRIVE_FIXED : type;
@@ -209,7 +209,7 @@ std::vector<Drive> DrivesFromMountTable(const std::string& mountInfo) {
 }
 
 std::optional<DriveRoot> FindDrive(char letter) {
-    // The drive that most paths name needs no look at the mount table.
+    // The drive of most paths needs no look at the mount table.
     if (letter == kSystemDrive) return DriveRoot{kSystemDrive, "/"};
     for (LetteredVolume& volume : CurrentVolumes())
         if (volume.drive.letter == letter) return std::move(volume.drive);

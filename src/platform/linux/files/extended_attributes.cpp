@@ -37,7 +37,7 @@ ssize_t GetAttributeAt(int folder, const char* hostName, const char* name, void*
                    sizeof arguments);
 }
 
-// A kernel without the call, or a container that forbids what it does not know, may give any error.
+// A kernel without the call, or a container that forbids unknown calls, may return any error.
 bool HasGetAttributeAt() {
     static const bool answer = [] {
         return GetAttributeAt(AT_FDCWD, "/", "user.permora.question", nullptr, 0) >= 0 || errno == ENODATA ||
@@ -56,9 +56,9 @@ int ReadGrowing(const std::function<ssize_t(void*, std::size_t)>& get, std::vect
             return 0;
         }
         const int error = errno;
-        // ntfs-3g says EIO where others say ERANGE: the size tells a buffer that was too small from a broken
-        // disk. It may grow again before the next attempt, but each attempt has a larger buffer than the
-        // last.
+        // ntfs-3g returns EIO where others return ERANGE. Asking for the size tells a buffer that was too
+        // small from a broken disk. The attribute may grow before the next attempt, but each attempt has a
+        // larger buffer.
         if (error != ERANGE && error != EIO) return error;
         const ssize_t needed = get(nullptr, 0);
         if (needed < 0) return errno;

@@ -31,8 +31,8 @@ class ControlledFile : public SystemObject {
 
 enum class WantedState { kClear, kSet };
 
-// ntfs-3g takes a change of these flags for a file without a complaint and leaves them as they are, and
-// setting them would not change what stands on the disk.
+// ntfs-3g reports success for a change of these flags and leaves them unchanged. Setting them would not
+// change the contents on the disk.
 DWORD AskForState(const ObjectHandle& object, DWORD flag, WantedState wanted) {
     DWORD attributes = 0;
     const DWORD error = ReadAttributes(object, {}, attributes);

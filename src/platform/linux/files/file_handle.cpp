@@ -29,7 +29,7 @@ constexpr unsigned kBcachefsMagic = 0xCA451A4E;
 constexpr unsigned kUbifsMagic = 0x24051905;
 constexpr unsigned kZfsMagic = 0x2FC12FC1;
 
-// They write changed contents to a fresh place, an overlay to another file system.
+// They write changed contents to a new place; an overlay writes them to another file system.
 constexpr std::array<unsigned, 8> kCopyOnWriteVolumes = {
     BTRFS_SUPER_MAGIC,     F2FS_SUPER_MAGIC, JFFS2_SUPER_MAGIC, NILFS_SUPER_MAGIC,
     OVERLAYFS_SUPER_MAGIC, kBcachefsMagic,   kUbifsMagic,       kZfsMagic};
@@ -141,8 +141,8 @@ DWORD FileHandle::Remove() const {
     host::ObjectHandle found;
     const DWORD error = host::ObjectHandle::OpenUnmountedAt(inside->folder, inside->hostName.c_str(), found);
     if (error != ERROR_SUCCESS) return error;
-    // The kernel has no call that removes a name only while it leads to a certain file: what is swapped from
-    // here on is not seen. A file that is held keeps its number from being given to another.
+    // The kernel has no call that removes a name only while it leads to a certain file, so a swap after this
+    // check is not noticed. The held file keeps its inode number from being reused.
     if (!found.IsSameObject(inside->object)) return ERROR_FILE_INVALID;
     return unlinkat(inside->folder, inside->hostName.c_str(), 0) == 0 ? ERROR_SUCCESS
                                                                       : host::ErrorFromErrno(errno);

@@ -22,7 +22,7 @@ struct FileSystemRow {
 // helpers' mount entries.
 // clang-format off
 constexpr FileSystemRow kFileSystems[] = {
-    // The kernel's windows into itself.
+    // Interfaces of the kernel.
     {"autofs",               kNoDrive},
     {"binder",               kNoDrive},
     {"binfmt_misc",          kNoDrive},
@@ -89,20 +89,20 @@ constexpr FileSystemRow kFileSystems[] = {
 };
 // clang-format on
 
-// The system keeps its own small files in memory there.
+// The system keeps small files of its own in memory there.
 bool IsSystemPlace(std::string_view mountPoint) {
     constexpr std::array<std::string_view, 4> kPlaces{"/dev", "/proc", "/run", "/sys"};
     return std::any_of(kPlaces.begin(), kPlaces.end(),
                        [mountPoint](std::string_view place) { return IsAtOrBelow(mountPoint, place); });
 }
 
-// A program packed as an AppImage mounts itself there for as long as it runs.
+// A program packed as an AppImage mounts itself there while it runs.
 bool IsPackagedProgram(const MountEntry& mount) {
     return mount.fileSystem.starts_with("fuse.") && mount.mountPoint.starts_with("/tmp/.mount_");
 }
 
-// Btrfs mounts a subvolume, which is a volume for all that a user can see, with its path as the root; only
-// its options tell it from a folder mounted once more.
+// Btrfs mounts a subvolume, which looks like a volume to the user, with its path as the root. Only its
+// options distinguish it from a bind mount of a folder.
 bool IsSubvolume(const MountEntry& mount) {
     const std::string option = ",subvol=" + mount.root + ",";
     return mount.fileSystem == "btrfs" && ("," + mount.options + ",").find(option) != std::string::npos;
@@ -129,8 +129,8 @@ UINT DriveTypeOfMount(const MountEntry& mount) {
 }
 
 std::string BlockDeviceOf(const MountEntry& mount) {
-    // Volumes that a program serves (ntfs-3g) or that may span disks (btrfs) have a number of no device, but
-    // name the device file as their source.
+    // Volumes that a program serves (ntfs-3g) or that may span disks (btrfs) have a device number without a
+    // device, but name the device file as their source.
     if (!mount.device.starts_with("0:")) return mount.device;
     struct stat status {};
     if (!mount.source.starts_with("/dev/") || stat(mount.source.c_str(), &status) != 0) return {};
@@ -141,7 +141,7 @@ std::string BlockDeviceOf(const MountEntry& mount) {
 bool IsOnRemovableDisk(const MountEntry& mount) {
     const std::string device = BlockDeviceOf(mount);
     if (device.empty()) return false;
-    // A partition has no such file, but the disk in whose folder it lies has.
+    // A partition has no such file, but its disk has one, in the folder above.
     const std::string folder = "/sys/dev/block/" + device;
     return SaysYes(folder + "/removable") || SaysYes(folder + "/../removable");
 }

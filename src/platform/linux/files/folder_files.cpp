@@ -53,7 +53,7 @@ DWORD HoldFile(int folder, const std::string& hostName, ObjectHandle& file) {
 }
 
 DWORD SectorBytesOf(const std::string& device) {
-    // A partition has no queue, but the disk in whose folder it lies has.
+    // A partition has no queue, but its disk has one, in the folder above.
     for (const char* place : {"/queue", "/../queue"}) {
         std::ifstream file("/sys/dev/block/" + device + place + "/logical_block_size");
         DWORD bytes = 0;
@@ -69,7 +69,8 @@ Journaled JournaledOn(const MountEntry& mount) {
     return isAll ? Journaled::kAll : Journaled::kSome;
 }
 
-// What knows no owners takes them from the mount. Names as the kernel and the helpers of FUSE give them.
+// File systems without owners take them from the mount options. Names as the kernel and the FUSE helpers use
+// them.
 bool HasNoOwners(std::string_view fileSystem) {
     constexpr std::array<std::string_view, 4> kTypes = {"exfat", "fuseblk", "msdos", "vfat"};
     return std::find(kTypes.begin(), kTypes.end(), fileSystem) != kTypes.end();
@@ -87,9 +88,9 @@ FolderEntryKind KindOfMode(mode_t mode) {
     return S_ISREG(mode) ? FolderEntryKind::kFile : FolderEntryKind::kOther;
 }
 
-// ntfs-3g shows as a broken link what it has no means to read, such as a file whose contents the system has
-// compressed in its own way. What leads elsewhere, and so has no contents, says so in its tag: the bit of
-// name surrogates in MS-FSCC, 2.1.2.1, or the tag of the UNIX objects of NFS servers there.
+// ntfs-3g shows a file that it cannot read as a broken link, for example one whose contents the system has
+// compressed. A real link has no contents, and its tag says so: the bit of name surrogates
+// (MS-FSCC, 2.1.2.1), or the tag of the UNIX objects of NFS servers.
 DWORD RefuseUnreadableFile(const ObjectHandle& object) {
     constexpr DWORD kLeadsElsewhere = 0x20000000;
     constexpr DWORD kNfsObject = 0x80000014;
@@ -176,7 +177,7 @@ DWORD FolderHandle::OpenFolder(const std::string& name, FolderHandle& folder) co
     const DWORD error = host::OpenEntry(inside->Descriptor(), hostName, O_RDONLY | O_DIRECTORY, opened);
     if (error != ERROR_SUCCESS) return error;
     auto entered = std::make_unique<Inside>(std::move(opened));
-    // The same volume: nothing was crossed.
+    // The same volume: no mount point was crossed.
     entered->isNtfs = inside->isNtfs;
     entered->sectorBytes = inside->sectorBytes;
     entered->journaled = inside->journaled;
@@ -190,7 +191,7 @@ DWORD FolderHandle::NextEntry(FolderEntry& entry) {
     DWORD error = ERROR_SUCCESS;
     if (!inside->listing.Next(found, error)) return error != ERROR_SUCCESS ? error : ERROR_NO_MORE_FILES;
     FolderEntryKind kind = host::KindOfMode(static_cast<mode_t>(DTTOIF(found.type)));
-    // What cannot be examined has vanished; whatever is done with it reports that.
+    // An object that cannot be examined has vanished. The next operation on it reports that.
     struct stat status {};
     if (found.type == DT_UNKNOWN)
         kind = fstatat(inside->Descriptor(), found.name, &status, AT_SYMLINK_NOFOLLOW) == 0

@@ -27,8 +27,8 @@ bool FolderListing::Next(Entry& entry, DWORD& error) {
 
 bool FolderListing::Fill(DWORD& error) {
     const long count = syscall(SYS_getdents64, folder.Get(), block.data(), block.size());
-    // A folder that was removed while it was open has no more names. One that may be entered but not listed
-    // is open without the right to read it.
+    // A folder that was removed while it was open has no more names. EBADF: a folder that may be entered but
+    // not listed is open without the right to read it.
     if (count < 0 && errno != ENOENT) error = ErrorFromErrno(errno == EBADF ? EACCES : errno);
     if (count <= 0) return false;
     filled = static_cast<std::size_t>(count);

@@ -26,13 +26,14 @@ std::string PathFromArgument(const char* argument) {
 
     std::string hostPath;
     if (text.front() != '/') {
-        // A current directory without a name (deleted) leaves nothing that the argument could be relative to.
+        // The argument cannot be relative to a deleted current directory, which has no path.
         if (host::CurrentHostPath(hostPath) != ERROR_SUCCESS) return {};
         hostPath += '/';
     }
     hostPath += text;
     std::string path = host::PathFromHost(hostPath);
-    // To the host "link/" and "link/." mean what the link leads to, and so does a separator at the end here.
+    // On the host "link/" and "link/." mean the target of the link. A separator at the end means the same
+    // here.
     const bool asksForFolder = text.ends_with('/') || text.ends_with("/.");
     if (asksForFolder && path.back() != '\\') path += '\\';
     return path;

@@ -17,7 +17,7 @@ bool IsOctal(char character) {
     return character >= '0' && character <= '7';
 }
 
-// Blanks, tabs, line ends and backslashes stand as a backslash and three octal digits.
+// Blanks, tabs, line ends and backslashes are written as a backslash and three octal digits.
 std::string Unescape(std::string_view field) {
     std::string text;
     for (std::size_t i = 0; i < field.size(); ++i) {

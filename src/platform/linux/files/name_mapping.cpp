@@ -17,15 +17,15 @@ constexpr bool IsEscape(char32_t codePoint) {
     return codePoint > kEscapeBase && codePoint <= kEscapeBase + 0xFF;
 }
 
-// Whether the code point stands for itself in a shown name, its place apart.
+// Whether the code point stands for itself in a shown name, wherever it is in the name.
 constexpr bool IsPlain(char32_t codePoint) {
     constexpr std::u32string_view kReserved = U"\\:*?\"<>|";
     const bool isControl = codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
     return !isControl && !IsEscape(codePoint) && kReserved.find(codePoint) == kReserved.npos;
 }
 
-// Most names are: plain ASCII, for which both ways of the mapping do nothing. All others are looked at
-// longer.
+// Most names are plain ASCII, which the mapping leaves as it is in both directions. Only the others are
+// examined further.
 bool IsOrdinary(std::string_view name) {
     constexpr auto kOrdinary = [] {
         std::array<bool, 0x100> table{};
@@ -49,7 +49,7 @@ void AppendEscaped(std::string_view bytes, std::string& name) {
     }
 }
 
-// What the escapes of `name` stand for; false when it is not UTF-8.
+// Replaces the escapes in `name` by the bytes that they stand for. False when it is not UTF-8.
 bool Unescape(std::string_view name, std::string& bytes) {
     for (std::size_t position = 0; position < name.size();) {
         const Utf8Character character = FirstUtf8Character(name.substr(position));
@@ -91,7 +91,7 @@ bool DecodeName(std::string_view name, std::string& hostName) {
     if (!Unescape(name, decoded)) return false;
     if (decoded.empty() || decoded == "." || decoded == "..") return false;
     if (decoded.find('/') != decoded.npos || decoded.find('\0') != decoded.npos) return false;
-    // Only the one text that this host name shows as may lead to it.
+    // Only the text as which this host name is shown may lead to it.
     if (EncodeName(decoded) != name) return false;
     hostName = std::move(decoded);
     return true;

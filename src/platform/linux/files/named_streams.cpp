@@ -17,8 +17,8 @@ namespace {
 
 constexpr std::string_view kAttributePrefix = "user.";
 
-// Replaced at the flush, by a value of the length that it had. Through the held object and not through a
-// descriptor of its own: who has a write lease on a file cannot open it once more.
+// Replaced at the flush by a value of the same length, through the held object. The holder of a write lease
+// on a file cannot open it again.
 class StreamAttribute : public OverwrittenFile {
   public:
     StreamAttribute(ObjectHandle held, std::string attributeName, std::size_t length)
@@ -108,7 +108,7 @@ bool IsStreamName(std::string_view stream) {
 
 int OpenStreamFile(const FileInFolder& place, const std::string& stream, int flags, UniqueFd& opened) {
     if (!IsStreamName(stream)) return EINVAL;
-    // Never waiting for what is no stream.
+    // Opening never waits, for example for a pipe.
     if ((flags & O_PATH) == 0) flags |= O_NONBLOCK;
     const mode_t mode = (flags & O_CREAT) != 0 ? S_IRUSR | S_IWUSR : 0;
     UniqueFd found;

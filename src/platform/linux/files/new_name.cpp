@@ -26,7 +26,7 @@ bool LeadToOneObject(int folder, const char* hostName, int newFolder, const char
            fstatat(newFolder, newName, &other, AT_SYMLINK_NOFOLLOW) == 0 && AreOneObject(one, other);
 }
 
-// Renames over a file that was made to keep the name free.
+// Renames over a file that was made to reserve the name.
 int RenameOverOwn(int folder, const char* hostName, int newFolder, const char* newName) {
     const UniqueFd own(openat(newFolder, newName, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0));
     if (!own) return errno;
@@ -41,7 +41,7 @@ int LinkAndUnlink(int folder, const char* hostName, int newFolder, const char* n
         const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP || errno == EMLINK;
         return hasNoLinks ? RenameOverOwn(folder, hostName, newFolder, newName) : errno;
     }
-    // A program that saves its file by renaming may have put another one there.
+    // A program that saves by renaming may have put another file there.
     int problem = LeadToOneObject(folder, hostName, newFolder, newName) ? 0 : ESTALE;
     if (problem == 0 && unlinkat(folder, hostName, 0) != 0) problem = errno;
     if (problem != 0) unlinkat(newFolder, newName, 0);
@@ -52,7 +52,8 @@ int LinkAndUnlink(int folder, const char* hostName, int newFolder, const char* n
 
 int RenameToFreeName(int folder, const char* hostName, int newFolder, const char* newName, RenamedKind kind) {
     if (renameat2(folder, hostName, newFolder, newName, RENAME_NOREPLACE) == 0) return 0;
-    // EINVAL also when a folder would come into itself; the usual renaming says so again.
+    // EINVAL also means that a folder would be moved into itself. The ordinary renaming then reports it
+    // again.
     if (errno != EINVAL && errno != ENOSYS) return errno;
     return kind == RenamedKind::kFolder ? RenameFolder(folder, hostName, newFolder, newName)
                                         : LinkAndUnlink(folder, hostName, newFolder, newName);

@@ -41,7 +41,7 @@ DWORD ObjectHandle::RequireFolder() const {
 
 DWORD ObjectHandle::OpenForListing(UniqueFd& listing) const {
     if (!IsFolder()) return ERROR_DIRECTORY;
-    // The magic link and not ".", which a folder that may be listed but not entered does not have.
+    // Through the magic link: opening "." needs the right to enter the folder.
     UniqueFd opened(open(DescriptorPath(Descriptor()).Text(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened) return ErrorFromErrno(errno);
     listing = std::move(opened);

@@ -13,15 +13,15 @@
 namespace permora::host {
 namespace {
 
-// A FUSE server gives an object another handle when the kernel has forgotten it in between, and an overlay
-// another birth when its lower layer is copied up.
+// On FUSE, an object's handle changes after the kernel has forgotten the object. On an overlay, its time of
+// birth changes when the lower layer is copied up.
 bool HasLastingMarks(const ObjectHandle& object) {
     struct statfs volume {};
     if (fstatfs(object.Descriptor(), &volume) != 0) return false;
     return volume.f_type != FUSE_SUPER_MAGIC && volume.f_type != OVERLAYFS_SUPER_MAGIC;
 }
 
-// The file system's own name for the object, which has its generation in it; empty when it has none to give.
+// The file system's own handle of the object, which contains its generation; empty when it has none.
 std::vector<std::uint8_t> FileHandleOf(const ObjectHandle& object) {
     alignas(file_handle) std::uint8_t block[sizeof(file_handle) + MAX_HANDLE_SZ];
     file_handle header{};
@@ -51,7 +51,7 @@ std::vector<std::uint8_t> BirthOf(const ObjectHandle& object) {
 
 ObjectIdentity::ObjectIdentity(const ObjectHandle& object)
     : device(object.Status().st_dev), number(object.Status().st_ino) {
-    // ntfs-3g gives the volume's own time of creation.
+    // ntfs-3g reports the volume's own time of creation.
     if (!HasLastingMarks(object)) {
         if (ReadExtendedAttribute(object, "system.ntfs_crtime", mark) != 0) mark.clear();
         return;

@@ -24,17 +24,17 @@
 namespace permora::host {
 namespace {
 
-// What is written at once. A system call for each sector would cost more than the disk does.
+// Bytes of one write. A system call for each sector would cost more than the disk.
 constexpr std::size_t kRunBytes = std::size_t{1} << 20;
 
-// What writing past the page cache asks of memory, by every disk.
+// The alignment that direct writing needs, on every disk.
 constexpr std::size_t kAlignment = 4096;
 
 struct FreeCloser {
     void operator()(std::uint8_t* block) const { std::free(block); }
 };
 
-// What ext4 has in its journal goes to its place. Needs the rights of an administrator and Linux 5.14.
+// Moves the contents of ext4's journal to their place. Needs the rights of an administrator and Linux 5.14.
 DWORD EmptyJournal(int descriptor) {
     constexpr unsigned long kCheckpoint = _IOW('f', 43, std::uint32_t);  // the kernel's documents of ext4
     std::uint32_t flags = 0;
@@ -43,7 +43,7 @@ DWORD EmptyJournal(int descriptor) {
     return isNoWay ? ERROR_SUCCESS : ErrorFromErrno(errno);
 }
 
-// ext4 keeps small files in its own tables (inline_data), which it writes by way of the journal.
+// ext4 keeps small files in its own tables (inline_data), which it writes through the journal.
 DWORD AskJournaled(int descriptor, bool& answer) {
     constexpr unsigned kInlineData = 0x10000000;  // in no header: ext4's own source
     unsigned flags = 0;  // the kernel writes 32 bits, whatever the request's number says
@@ -95,7 +95,7 @@ class HostFile : public OverwrittenFile {
             std::memcpy(run.get() + waiting, bytes.data(), count);
             waiting += count;
             bytes = bytes.subspan(count);
-            // Also at the last sector of what was there, so that an error is one of writing.
+            // Also at the last sector of the old contents, so that an error is an error of writing.
             const bool isWhole = static_cast<off_t>(waiting) >= sizeBefore - position;
             if (waiting < kRunBytes && !(isWhole && bytes.empty())) break;
             if (const DWORD error = WriteRun(); error != ERROR_SUCCESS) return error;
@@ -113,17 +113,17 @@ class HostFile : public OverwrittenFile {
     bool IsKnownAlone() const override { return isKnownAlone; }
 
   private:
-    // What is there is overwritten before the file grows: contents that a file system keeps in its own tables
-    // (NTFS, ext4) are moved when they grow, and would leave a copy behind.
+    // The old contents are overwritten before the file grows: a file system that keeps them in its own tables
+    // (NTFS, ext4) moves them when they grow, and would leave a copy behind.
     DWORD WriteRun() {
         const std::span<const std::uint8_t> bytes(run.get(), std::exchange(waiting, 0));
         const auto inPlace = static_cast<std::size_t>(
             std::clamp(sizeBefore - position, off_t{0}, static_cast<off_t>(bytes.size())));
-        // The page cache would only cost time for what nobody will read again. It takes whole runs as they
-        // come; the rest, and file systems that cannot do without it, go the usual way.
+        // Nobody will read the zeros again, so the page cache would only cost time. Whole aligned runs go
+        // past it; the rest, and file systems that cannot do without it, are written in the ordinary way.
         if (isDirect != (inPlace == kRunBytes)) SetDirect(!isDirect);
         if (const DWORD error = WriteAll(bytes.first(inPlace)); error != ERROR_SUCCESS) return error;
-        // What is beyond the largest size, of any file or of this volume's, was never there.
+        // No contents exist beyond the largest size, of files in general or of this volume.
         const off_t room = std::numeric_limits<off_t>::max() - position;
         const std::span<const std::uint8_t> growth = bytes.subspan(inPlace);
         const DWORD error = WriteAll(
@@ -169,8 +169,8 @@ class HostFile : public OverwrittenFile {
 };
 
 DWORD Reserve(int descriptor, bool& isKnownAlone) {
-    // The signal that somebody else wants the file. Without a choice it is one that ends the process;
-    // nobody minds this one.
+    // The signal when another process wants the file. The default would end the process; this one is
+    // ignored.
     isKnownAlone = fcntl(descriptor, F_SETSIG, SIGURG) == 0 && fcntl(descriptor, F_SETLEASE, F_WRLCK) == 0;
     if (isKnownAlone) return ERROR_SUCCESS;
     if (errno == EAGAIN) return ERROR_SHARING_VIOLATION;
@@ -179,7 +179,7 @@ DWORD Reserve(int descriptor, bool& isKnownAlone) {
 }
 
 DWORD OpenReserved(const ObjectHandle& file, int access, Opening& opening) {
-    // Without O_NONBLOCK another's lease would be waited for.
+    // Without O_NONBLOCK, opening would wait for another process's lease.
     UniqueFd opened(
         open(DescriptorPath(file.Descriptor()).Text(), access | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!opened) return ErrorFromOpening(errno);
@@ -206,7 +206,7 @@ DWORD OpenAlone(const ObjectHandle& file, std::shared_ptr<OverwrittenFile>& open
     Opening opening;
     DWORD error = OpenReserved(file, O_WRONLY, opening);
     if (error == ERROR_SUCCESS && opening.ranges == RangeSource::kContents) {
-        // The holder of a lease cannot open the file once more.
+        // The holder of a lease cannot open the file again.
         opening.descriptor.Reset();
         error = OpenReserved(file, O_RDWR, opening);
     }

@@ -20,7 +20,7 @@
 namespace permora::host {
 namespace {
 
-// A folder where a path starts.
+// The folder where a path starts.
 struct StartingPlace {
     ObjectHandle folder;
     bool isDriveRoot = false;
@@ -33,7 +33,7 @@ DWORD OpenFolderAt(int base, const char* hostPath, ObjectHandle& folder) {
     return ObjectHandle::Adopt(std::move(opened), folder);
 }
 
-// What is missing on the way to an object is a path, not a file.
+// A missing folder above an object is a missing path, not a missing file.
 DWORD ErrorOnTheWay(DWORD error) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_DIRECTORY ? ERROR_PATH_NOT_FOUND : error;
 }
@@ -45,7 +45,7 @@ DWORD OpenDriveRoot(char letter, StartingPlace& start) {
     return ErrorOnTheWay(OpenFolderAt(AT_FDCWD, drive->hostRoot.c_str(), start.folder));
 }
 
-// Goes up from the folder `base` by the folders that really hold it, but never out of its drive.
+// Goes up from the folder `base` through its real parents, but never out of its drive.
 DWORD OpenAbove(int base, std::size_t ascents, const DriveRoot& drive, StartingPlace& start) {
     ObjectHandle root;
     DWORD error = OpenFolderAt(AT_FDCWD, drive.hostRoot.c_str(), root);
@@ -56,7 +56,7 @@ DWORD OpenAbove(int base, std::size_t ascents, const DriveRoot& drive, StartingP
     return ErrorOnTheWay(error);
 }
 
-// What is in the folder is found without the folder's own name, and so is a folder that is held.
+// The objects in the folder, and a held folder, are found without the folder's own name.
 bool NeedsNoNameOf(int base, const PathText& text) {
     return text.start == PathText::Start::kCurrentFolder && text.drive == 0 && text.ascents == 0 &&
            (base != AT_FDCWD || !text.components.empty());
@@ -91,7 +91,7 @@ DWORD Follow(const PathText& text, ObjectHandle folder, ResolvedObject& found) {
     std::string hostName;
     if (const DWORD error = Approach(text, folder, hostName); error != ERROR_SUCCESS) return error;
     if (text.endsWithSeparator) {
-        // It may have been a link: its target is held by another folder than `folder`.
+        // It may have been a link, whose target is in another folder.
         const DWORD error = OpenFolderAt(folder.Descriptor(), hostName.c_str(), found.object);
         return error == ERROR_SUCCESS ? OpenFolderAt(found.object.Descriptor(), "..", found.parent) : error;
     }
@@ -100,7 +100,7 @@ DWORD Follow(const PathText& text, ObjectHandle folder, ResolvedObject& found) {
     return error;
 }
 
-// The components of an absolute host path, "." and ".." worked off.
+// The components of an absolute host path, with "." and ".." resolved.
 std::vector<std::string_view> ComponentsOf(std::string_view hostPath) {
     std::vector<std::string_view> components;
     while (!hostPath.empty()) {
@@ -121,8 +121,8 @@ bool IsVolumeRoot(const ResolvedObject& found) {
         (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0) {
         return true;
     }
-    // Subvolumes are not mounted. Only folders can be their roots, and only folders are asked: files in an
-    // overlay have the number of the layer that they lie in.
+    // Subvolumes are not mounted. Only folders can be their roots, so only folders are compared: files in an
+    // overlay have the device number of their layer.
     return found.object.IsFolder() && found.object.Status().st_dev != found.parent.Status().st_dev;
 }
 

@@ -32,8 +32,8 @@ DWORD MakeName(std::string& name) {
     return ERROR_SUCCESS;
 }
 
-// Whether nobody else comes into it. What is this process's own and not closed to others is closed first: not
-// every driver minds the mode that is asked for at the making.
+// Whether nobody else can enter it. A folder of this process that is open to others is closed first: not
+// every driver respects the mode that was given when it was made.
 bool IsClosed(const ObjectHandle& folder) {
     constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
     struct stat status = folder.Status();
@@ -43,7 +43,7 @@ bool IsClosed(const ObjectHandle& folder) {
            fstat(folder.Descriptor(), &status) == 0 && (status.st_mode & kOthers) == 0;
 }
 
-// Whatever stands there, only when nothing has the new name.
+// Moves any kind of object, but only when nothing has the new name.
 DWORD Move(int from, int to, const std::string& hostName) {
     struct stat status {};
     if (fstatat(from, hostName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return ErrorFromErrno(errno);
@@ -96,7 +96,7 @@ DWORD SecludedFolder::Make(const FolderHandle& place, SecludedFolder& made) {
         unlinkat(parts.place.Descriptor(), parts.name.c_str(), AT_REMOVEDIR);
     } else if (!host::IsClosed(parts.folder)) {
         error = fresh.Remove();
-        // Mounted in the usual way NTFS shows everything as the same user's, with the same mode for ever.
+        // NTFS, mounted in the usual way, shows everything with the same owner and an unchangeable mode.
         if (error == ERROR_SUCCESS && !isNtfs && !place.inside->hasNoOwners) error = ERROR_NOT_SUPPORTED;
         parts.folder = {};
     }
@@ -119,7 +119,7 @@ DWORD SecludedFolder::Take(FileHandle& file) const {
     if (!inside->folder) return ERROR_SUCCESS;
     FileHandle::Inside& taken = *file.inside;
     const int here = inside->folder.Descriptor();
-    // Nobody else comes here, so a usual renaming replaces nothing where the driver has no better one.
+    // Nobody else can enter this folder, so ordinary renaming replaces nothing where the driver has no other.
     const int problem = host::RenameToFreeName(taken.home, taken.hostName.c_str(), here,
                                                taken.hostName.c_str(), host::RenamedKind::kFolder);
     if (problem != 0) return host::ErrorFromErrno(problem);
@@ -129,7 +129,7 @@ DWORD SecludedFolder::Take(FileHandle& file) const {
         taken.folder = here;
         return ERROR_SUCCESS;
     }
-    // What cannot go back stays here and keeps the folder from being removed, which is reported.
+    // An object that cannot be moved back stays here. The folder then cannot be removed, which is reported.
     host::Move(here, taken.home, taken.hostName);
     return error == ERROR_SUCCESS ? ERROR_FILE_INVALID : error;
 }

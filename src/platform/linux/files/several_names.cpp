@@ -16,9 +16,9 @@
 namespace permora::host {
 namespace {
 
-// A name that is both long and short is one link, but the volume reports it as a short name too. ntfs-3g
-// tells none of a file with several long names (EMLINK); old versions do, and lowntfs-3g does not know by
-// which name the file was found, so the short name may stand in another folder.
+// A name that is both long and short is one link, but the volume reports it as a short name as well. ntfs-3g
+// reports no short name of a file with several long names (EMLINK). Old versions do, and lowntfs-3g does not
+// know by which name the file was found, so the short name may be in another folder.
 bool HasShortNameBeside(int folder, const std::string& hostName, const ObjectHandle& file) {
     std::vector<std::uint8_t> value;
     if (AttributeStoreOf(file) != AttributeStore::kAsk ||
@@ -35,8 +35,8 @@ bool HasShortNameBeside(int folder, const std::string& hostName, const ObjectHan
 }  // namespace
 
 DWORD AskSeveralNames(int folder, const std::string& hostName, const ObjectHandle& file, bool& answer) {
-    // One call gives the count, and that the name is among those counted. The file itself would report one
-    // name as well when this one was taken away and another is left, wherever that stands.
+    // One call gives the count, and proves that this name is counted. The file alone would also report one
+    // name if this one had been removed and another one existed elsewhere.
     struct stat status {};
     if (fstatat(folder, hostName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return ErrorFromErrno(errno);
     if (!AreOneObject(status, file.Status())) return ERROR_FILE_INVALID;

@@ -37,7 +37,7 @@ struct VolumeInformation {
     std::string fileSystem;
 };
 
-// "C:\" and nothing more; the letter, upper case, or 0.
+// The letter of "C:\", in upper case; 0 for any other text.
 char DriveOfRoot(std::string_view root) {
     return root.size() == 3 && IsSeparator(root[2]) ? DriveLetterOf(root) : '\0';
 }
@@ -56,7 +56,7 @@ int DigitValue(char digit) {
     return digit >= 'a' && digit <= 'f' ? digit - 'a' + 10 : -1;
 }
 
-// The device manager writes characters that a file name should not hold as \x and two hexadecimal digits.
+// The device manager writes characters that are unsuitable for file names as \x and two hexadecimal digits.
 std::string UnescapeLabel(std::string_view name) {
     std::string label;
     while (!name.empty()) {
@@ -84,7 +84,7 @@ std::string LabelOf(const MountEntry& mount) {
     return {};
 }
 
-// File systems that take "A" and "a" for one name.
+// File systems for which "A" and "a" are the same name.
 bool IgnoresCase(std::string_view fileSystem) {
     constexpr std::array<std::string_view, 6> kTypes{"cifs", "exfat", "msdos", "smb3", "smbfs", "vfat"};
     return std::find(kTypes.begin(), kTypes.end(), fileSystem) != kTypes.end();
@@ -130,7 +130,7 @@ void HandOut(ULONGLONG value, PULARGE_INTEGER target) {
     if (target != nullptr) target->QuadPart = value;
 }
 
-// Numbers that cannot be true (a program behind FUSE may say anything) are cut.
+// Impossible numbers are cut; a program behind FUSE may report anything.
 ULONGLONG BytesOf(fsblkcnt_t blocks, const struct statvfs& status) {
     ULONGLONG bytes = 0;
     if (__builtin_mul_overflow(ULONGLONG{blocks}, ULONGLONG{status.f_frsize}, &bytes)) return ~ULONGLONG{0};

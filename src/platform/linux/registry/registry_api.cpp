@@ -34,7 +34,7 @@ LayeredKey RootOf(HKEY key) {
     const RegistryStore user(UserRegistryFolder(), RegistryAudience::kOwner);
     const RegistryStore machine(MachineRegistryFolder(), RegistryAudience::kEveryone);
     if (key == HKEY_CURRENT_USER) {
-        // What the system gives to users who are new.
+        // The system's settings for new users.
         return LayeredKey({{user, "HKEY_CURRENT_USER"}, {machine, "HKEY_USERS\\.DEFAULT"}},
                           RegistryWrites::kToFirst);
     }
@@ -47,7 +47,7 @@ LayeredKey RootOf(HKEY key) {
         RegistryWrites::kWhereItLies);
 }
 
-// Null for what is no handle of a key.
+// Null unless it is the handle of a key.
 std::shared_ptr<const OpenKey> FindKey(HKEY key) {
     if (!IsRoot(key)) return OpenHandles().Find<OpenKey>(key);
     return std::make_shared<const OpenKey>(RootOf(key), kEveryAccess);
@@ -61,7 +61,7 @@ bool HasControlCharacter(std::string_view text) {
     return std::any_of(text.begin(), text.end(), IsControl);
 }
 
-// A path of keys in the one form that files have; null is the empty path.
+// A path of keys in the form of the files; null is the empty path.
 DWORD ReadSubPath(const char* text, std::string& subPath) {
     constexpr std::size_t kLongestName = 255;
     std::string_view path = text != nullptr ? text : "";

@@ -22,7 +22,7 @@ std::string_view WithoutLineEnd(std::string_view line) {
     return line;
 }
 
-// The path in "[HKEY_...]"; empty for headings of another kind, such as one that says to delete a key.
+// The path in "[HKEY_...]"; empty for other headings, such as one that deletes a key.
 std::string_view PathInHeading(std::string_view line) {
     line = WithoutBlanksBehind(line);
     if (!line.starts_with("[HKEY_") || !line.ends_with(']')) return {};
@@ -89,7 +89,7 @@ std::optional<RegistryDocument::Entry> RegistryDocument::EntryFrom(std::size_t p
     const std::optional<ValueLine> value = SplitValueLine(last);
     if (!value || value->content == "-") return entry;
     entry.name = value->name;
-    // What looks like a line of its own is one, so that a damaged value takes no other with it.
+    // A line that looks like the start of a value is one, so that a damaged value does not swallow the next.
     for (bool goesOn = IsContinued(value->content); goesOn && entry.next < section.end;) {
         std::size_t next = 0;
         last = LineAt(entry.next, next);
@@ -191,7 +191,7 @@ void RegistryDocument::Replace(std::size_t begin, std::size_t end, std::string_v
 }
 
 void RegistryDocument::AddKey(std::string_view path) {
-    // From the root down; the root itself needs no lines.
+    // From the root down. The root itself needs no lines.
     for (std::size_t end = path.find('\\'); end != path.npos;) {
         end = path.find('\\', end + 1);
         const std::string key(path.substr(0, end));
@@ -210,7 +210,7 @@ void RegistryDocument::SetValue(std::string_view path, const RegistryValue& valu
     }
     if (!FindSection(path)) AddKey(path);
     const Section section = *FindSection(path);
-    // Before the blank lines that set the next key off.
+    // Before the blank lines that separate the next key.
     std::size_t place = section.end;
     while (place > section.body) {
         const std::size_t line = text.rfind('\n', place - 2) + 1;

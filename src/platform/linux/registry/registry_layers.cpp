@@ -99,7 +99,7 @@ DWORD LayeredKey::Remove() const {
     if (error == ERROR_SUCCESS) error = ChooseForWriting(layer);
     if (error != ERROR_SUCCESS) return error;
     return layer->store.Change([layer](RegistryDocument& document) {
-        // Another program may have been here since.
+        // Another program may have changed it since.
         if (!document.HasKey(layer->path) || !document.SubkeysOf(layer->path).empty())
             return DWORD{ERROR_ACCESS_DENIED};
         document.RemoveKey(layer->path);

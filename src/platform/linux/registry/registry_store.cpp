@@ -24,12 +24,12 @@ constexpr const char* kFileName = "registry.reg";
 constexpr const char* kNewFileName = "registry.reg.new";
 constexpr const char* kLockName = "registry.lock";
 
-// No registry that a person keeps is larger.
+// Larger than any real registry.
 constexpr off_t kLargestFile = off_t{16} << 20;
 
-// Everything in the folder is opened by this rule.
+// Every file in the folder is opened in this way.
 DWORD OpenOwn(int folder, const char* name, int flags, UniqueFd& file) {
-    // Without waiting, in case somebody put a pipe there.
+    // Without waiting, in case there is a pipe.
     UniqueFd opened(openat(folder, name, flags | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
     if (!opened) return ErrorFromErrno(errno);
     struct stat status {};
@@ -63,7 +63,7 @@ DWORD ReadText(int folder, std::string& text) {
     struct stat status {};
     if (fstat(file.Get(), &status) != 0) return ErrorFromErrno(errno);
     if (status.st_size > kLargestFile) return ERROR_FILE_TOO_LARGE;
-    // With room for what a change adds, so that the text need not move.
+    // With room for additions, so that the text need not be moved.
     constexpr std::size_t kRoom = 4096;
     std::string found(static_cast<std::size_t>(status.st_size) + kRoom, '\0');
     std::size_t size = 0;
@@ -89,7 +89,7 @@ DWORD ReadDocument(int folder, RegistryDocument& document) {
     return ERROR_SUCCESS;
 }
 
-// The lock goes with `lock`, however this process ends.
+// The lock ends with `lock`, however this process ends.
 DWORD TakeLock(int folder, UniqueFd& lock) {
     constexpr std::chrono::seconds kPatience{5};
     UniqueFd file;
@@ -106,7 +106,7 @@ DWORD TakeLock(int folder, UniqueFd& lock) {
 }
 
 DWORD WriteNewFile(int folder, std::string_view text, mode_t mode) {
-    // Left behind by a process that was killed while it held the lock.
+    // A killed process left it behind while it held the lock.
     unlinkat(folder, kNewFileName, 0);
     UniqueFd file;
     const DWORD error = OpenOwn(folder, kNewFileName, O_WRONLY | O_CREAT | O_EXCL, file);
@@ -128,7 +128,7 @@ DWORD ReplaceText(int folder, std::string_view text, mode_t mode) {
         unlinkat(folder, kNewFileName, 0);
         return error;
     }
-    // The new file is in place by now; whether its name survives a power cut is all that is left to do.
+    // The new file is in place. Syncing the folder makes its name survive a power cut.
     fsync(folder);
     return ERROR_SUCCESS;
 }

@@ -31,7 +31,7 @@ bool IsText(DWORD type) {
     return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
-// Takes a text in quotes from the front of `rest`.
+// Removes a text in quotes from the front of `rest`.
 bool TakeQuoted(std::string_view& rest, std::string& text) {
     std::string taken;
     for (std::size_t i = 1; rest.starts_with('"') && i < rest.size(); ++i) {
@@ -115,7 +115,7 @@ bool ParseHexContent(std::string_view content, DWORD& type, std::vector<std::uin
         if (end == content.npos || !ParseHexNumber(content.substr(1, end - 1), 8, parsedType)) return false;
         content.remove_prefix(end + 1);
     }
-    // A last line that says it goes on: the rest was lost.
+    // The last line ends with a continuation mark: the rest was lost.
     if (!content.starts_with(":") || EndsWithBackslash(content)) return false;
     std::vector<std::uint8_t> bytes;
     if (!ParseBytes(content.substr(1), bytes)) return false;

@@ -22,7 +22,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Root alone can fill the first, and what tools make in the first two, which are memory, is gone with the
+// Only root can fill the first one. The first two are in memory, so what tools leave there ends with the
 // machine's power.
 constexpr const char* kTemporaryPlaces[] = {"/run", "/dev/shm", "/tmp"};
 
@@ -34,8 +34,8 @@ DWORD MakeFolder(const std::string& path) {
     return mkdir(path.c_str(), 0755) == 0 ? ERROR_SUCCESS : ErrorFromErrno(errno);
 }
 
-// Samba locks ranges of a database's file before it writes there; nobody does as long as all of it is locked
-// for reading. The lock goes when `database` is closed.
+// Samba locks ranges of a database's file before it writes. Nobody writes while the whole file is locked for
+// reading. Closing `database` ends the lock.
 DWORD LockForReading(int database) {
     constexpr std::chrono::seconds kPatience{10};
     constexpr std::chrono::milliseconds kPause{5};
@@ -69,14 +69,14 @@ bool IsDenied(int errorNumber) {
     return errorNumber == EACCES || errorNumber == EPERM;
 }
 
-// Where tools exchange messages with a server and with one another: each tool gets its own.
+// The folder where tools exchange messages with a server and each other. Each tool gets its own.
 bool IsTalk(std::string_view name) {
     return name == "." || name == ".." || name.starts_with("msg.");
 }
 
 }  // namespace
 
-// The folder is ours alone, so nothing in it is anyone else's.
+// Nobody else can use the folder, so everything in it is ours.
 SambaMirror::~SambaMirror() {
     std::error_code ignored;
     if (!root.empty()) std::filesystem::remove_all(root, ignored);
@@ -111,7 +111,7 @@ DWORD SambaMirror::AddPrivate(const SambaPlaces& places) {
     if (error != ERROR_SUCCESS) return error;
     SetPrivate("private dir", root + name);
 
-    // Both may lie elsewhere.
+    // Both may be elsewhere.
     const std::string passwords = root + "/smbpasswd";
     if (places.passwordFile.starts_with('/')) {
         error = CopyDatabase(places.passwordFile, passwords);
@@ -129,8 +129,8 @@ DWORD SambaMirror::AddPrivate(const SambaPlaces& places) {
 }
 
 DWORD SambaMirror::AddUserShareFolder() {
-    // Samba decides by the folder's mode whether it may hold such shares, so the caller's umask must not
-    // change it.
+    // The folder's mode decides whether Samba accepts such shares in it, so the caller's umask must not
+    // change the mode.
     constexpr mode_t kUsualMode = 01770;
     const std::string folder = UserShareFolder();
     if (const DWORD error = MakeFolder(folder); error != ERROR_SUCCESS) return error;
@@ -151,7 +151,7 @@ DWORD SambaMirror::AddFolder(const std::string& folder, const std::string& name,
     if (!listing) {
         if (errno == ENOENT || errno == ENOTDIR) return ERROR_SUCCESS;
         if (!IsDenied(errno)) return ErrorFromErrno(errno);
-        // A tool is to be refused as we are.
+        // The tool must not be able to read more than this process.
         return rmdir(mirrored.c_str()) == 0 ? Link(folder, mirrored) : ErrorFromErrno(errno);
     }
     errno = 0;

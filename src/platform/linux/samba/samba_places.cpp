@@ -18,7 +18,7 @@ namespace permora::host {
 
 namespace {
 
-// One parameter on its line or lines: a backslash at the end joins the next one.
+// One parameter on its line or lines: a backslash at the end of a line continues it.
 std::string_view TakeJoinedLine(std::string_view& text) {
     const std::string_view start = text;
     std::string_view line;
@@ -28,7 +28,7 @@ std::string_view TakeJoinedLine(std::string_view& text) {
     return start.substr(0, start.size() - text.size());
 }
 
-// Samba looks at neither blanks nor letter case.
+// Samba ignores blanks and letter case.
 std::string Bare(std::string_view text) {
     std::string bare = InLowerCase(text);
     std::erase_if(bare, [](char letter) {
@@ -46,7 +46,7 @@ bool IsDropped(std::string_view line, Includes includes) {
     return name == "include" && (includes == Includes::kDropped || Bare(line.substr(sign + 1)) == "registry");
 }
 
-// The listing of all parameters, or an empty text.
+// The listing of all parameters; empty on failure.
 std::string AskTestparm(const std::vector<std::string>& options) {
     std::vector<std::string> arguments = {"-s", "-l", "-v"};
     arguments.insert(arguments.end(), options.begin(), options.end());
@@ -55,8 +55,8 @@ std::string AskTestparm(const std::vector<std::string>& options) {
     return listing;
 }
 
-// Samba makes the registry's database as soon as a configuration mentions it, and an included file may do so.
-// So a listing is only made of a configuration that was seen not to.
+// Samba creates the registry's database as soon as a configuration mentions it, perhaps in an included file.
+// So the configuration is listed only after a check that it does not.
 bool OpensRegistry(const SambaMirror& empty, const std::string& configuration) {
     std::vector<std::string> options = empty.Options();
     options.push_back(configuration);
@@ -79,7 +79,7 @@ DWORD WriteConfiguration(const std::string& path, const std::string& text) {
     return file ? ERROR_SUCCESS : ErrorFromErrno(errno);
 }
 
-// Leaves `folder` as it is where Samba does not give it.
+// Leaves `folder` unchanged if Samba does not name it.
 DWORD FindStateFolder(std::string& folder) {
     std::ifstream source(kSambaConfiguration, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(source), std::istreambuf_iterator<char>()};
@@ -87,7 +87,7 @@ DWORD FindStateFolder(std::string& folder) {
         SambaMirror empty;
         if (const DWORD error = empty.Make(); error != ERROR_SUCCESS) return error;
         const std::string filtered = empty.Folder() + "/smb.conf";
-        // A part of it would name another folder than the whole.
+        // A truncated path would name another folder.
         const DWORD error = WriteConfiguration(filtered, WithoutRegistry(text, includes));
         if (error != ERROR_SUCCESS) return error;
         if (OpensRegistry(empty, filtered)) continue;
@@ -101,7 +101,7 @@ DWORD FindStateFolder(std::string& folder) {
 SambaPlaces FindPlaces() {
     SambaPlaces places;
     places.error = FindStateFolder(places.stateFolder);
-    // The registry may say where the rest is.
+    // The registry may hold the other places.
     SambaMirror mirror;
     if (places.error == ERROR_SUCCESS) places.error = mirror.Make();
     if (places.error == ERROR_SUCCESS) places.error = mirror.AddState(places.stateFolder);

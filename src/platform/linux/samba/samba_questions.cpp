@@ -4,7 +4,7 @@ namespace permora::host {
 
 namespace {
 
-// Options come first: behind "--" are names.
+// Options come first: everything after "--" is a name.
 std::vector<std::string> WithOptions(std::vector<std::string> options,
                                      const std::vector<std::string>& arguments) {
     options.insert(options.end(), arguments.begin(), arguments.end());

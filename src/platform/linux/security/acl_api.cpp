@@ -37,7 +37,7 @@ std::optional<ACL> ReadHeader(PACL acl) {
     return header;
 }
 
-// The size of the entry at `offset`, or nothing when it does not lie wholly inside the list.
+// The size of the entry at `offset`; nothing unless the entry lies inside the list.
 std::optional<std::size_t> EntrySize(PACL acl, const ACL& header, std::size_t offset) {
     return nt::Ace::SizeIn({BytesOf(acl) + offset, header.AclSize - offset});
 }

@@ -42,7 +42,7 @@ bool IsSelfRelative(const DescriptorView& view) {
     return (view.control & SE_SELF_RELATIVE) != 0;
 }
 
-// A place of the caller for one part, and the caller's word on how large it is.
+// The caller's buffer for one part, and the size that the caller gave for it.
 struct Place {
     void* bytes;
     LPDWORD size;
@@ -52,14 +52,14 @@ bool IsTooSmall(const Place& place, const Part& part) {
     return part.bytes != nullptr && (place.bytes == nullptr || *place.size < part.length);
 }
 
-// Copies the part if there is one, and gives its new home.
+// Copies the part if there is one. Returns the copy.
 void* Store(const Place& place, const Part& part) {
     if (part.bytes == nullptr) return nullptr;
     std::memcpy(place.bytes, part.bytes, part.length);
     return place.bytes;
 }
 
-// Where a view has a list, and what the control word says of it.
+// The place of a list in a view, and its flags in the control word.
 struct ListPlace {
     WORD presentBit;
     WORD defaultedBit;

@@ -25,7 +25,7 @@ DWORD Take(std::optional<nt::SecurityDescriptor> parsed, nt::SecurityDescriptor&
     return ERROR_SUCCESS;
 }
 
-// By what the mode and the owners are now: they may have been changed since the object was opened.
+// From the present mode and owners, which may have changed since the object was opened.
 DWORD MakeFromMode(const ObjectHandle& object, nt::SecurityDescriptor& descriptor) {
     struct stat status {};
     if (fstat(object.Descriptor(), &status) != 0) return ErrorFromErrno(errno);
@@ -35,8 +35,8 @@ DWORD MakeFromMode(const ObjectHandle& object, nt::SecurityDescriptor& descripto
 }
 
 DWORD WriteError(const ObjectHandle& object, int problem) {
-    // Once ntfs-3g could not store a list on a full volume, it takes every new list for one that it has,
-    // until the volume is mounted anew.
+    // After ntfs-3g has failed to store a list on a full volume, it treats every new list as one that it
+    // already has, until the volume is mounted again.
     if (problem == EEXIST) return ERROR_IO_DEVICE;
     const bool isTooLarge = problem == E2BIG || problem == ERANGE || (problem == ENOSPC && HasRoom(object));
     return isTooLarge ? ERROR_ALLOTTED_SPACE_EXCEEDED : ErrorFromErrno(problem);
@@ -85,7 +85,7 @@ bool DescriptorStore::HasHostOwners(const ObjectHandle& object) {
 bool DescriptorStore::ReadNtfs(const ObjectHandle& object, int& problem) {
     if (!kind) {
         if (IsOnLinuxVolume(object)) return false;
-        // Each question to ntfs-3g is a round trip to another process, so the question is the read itself.
+        // Each request to ntfs-3g is a round trip to another process, so reading itself is the test.
         problem = ReadExtendedAttribute(object, kNtfs3gAttribute, stored);
         if (problem == 0) {
             kind = DescriptorStoreKind::kNtfs3g;

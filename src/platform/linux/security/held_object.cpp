@@ -30,7 +30,7 @@ bool HeldObject::IsFolder() const {
 }
 
 DWORD HeldObject::AskAccessControl(bool& isSupported) const {
-    // Links and devices cannot hold every kind of list that their volume keeps, but their folder can.
+    // Links and devices cannot hold every kind of list of their volume, but their folder can.
     const host::ResolvedObject& target = inside->target;
     const host::ObjectHandle& asked =
         target.object.IsFolder() || !target.parent ? target.object : target.parent;

@@ -1,4 +1,4 @@
-// The descriptor of a held object: handing out parts of it, and writing new ones.
+// The descriptor of a held object: reading parts of it, and writing new ones.
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -46,7 +46,7 @@ void ClearControl(nt::SecurityDescriptor& descriptor, WORD bits) {
     descriptor.control &= static_cast<WORD>(~bits);
 }
 
-// Leaves only the parts asked for, and of the control word only what speaks of them.
+// Keeps only the requested parts, and of the control word only their flags.
 void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION parts) {
     if ((parts & OWNER_SECURITY_INFORMATION) == 0) {
         descriptor.owner.reset();
@@ -72,13 +72,13 @@ bool TakeSid(PSID sid, nt::Sid& taken) {
     return copy.has_value();
 }
 
-// What a folder hands down comes from its list; a folder that lets everyone do everything has none.
+// A folder hands down entries of its list. A folder that lets everyone do everything has no list.
 const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor) {
     static const nt::Acl kNothing;
     return descriptor.daclState == nt::DaclState::kList ? descriptor.dacl : kNothing;
 }
 
-// The list that what the object inherits comes from; the root of a volume has no parent.
+// The list from which the object inherits; the root of a volume has no parent.
 DWORD ReadParentList(const ResolvedObject& target, DescriptorStore& store, nt::Acl& list) {
     if (!target.parent) return ERROR_SUCCESS;
     nt::SecurityDescriptor parent;
@@ -94,8 +94,8 @@ bool InheritsAfter(const SecurityChange& change, const nt::SecurityDescriptor& d
     return change.Has(UNPROTECTED_DACL_SECURITY_INFORMATION) || !descriptor.IsDaclProtected();
 }
 
-// A list that is not protected gets what the parent hands down now in place of the inherited entries given:
-// those may come from another object. Without a parent the list stays as given.
+// A list that is not protected gets the entries that the parent hands down now. They replace the inherited
+// entries that were given, which may come from another object. Without a parent, the list stays as given.
 void SetList(const SecurityChange& change, const ResolvedObject& target, const nt::Acl& parentList,
              nt::SecurityDescriptor& descriptor) {
     if (change.Has(PROTECTED_DACL_SECURITY_INFORMATION)) descriptor.control |= SE_DACL_PROTECTED;
@@ -133,7 +133,7 @@ bool DaclBytes(nt::SecurityDescriptor descriptor, std::vector<std::uint8_t>& byt
     return descriptor.AppendTo(bytes);
 }
 
-// Whether the object's list is still the one that was handed out as `expected`.
+// Whether the object's list is still the one that was read as `expected`.
 bool HasListOf(const nt::SecurityDescriptor& descriptor, PSECURITY_DESCRIPTOR expected) {
     const std::optional<nt::SecurityDescriptor> before = host::DescriptorValue(expected);
     std::vector<std::uint8_t> bytesBefore;
@@ -142,8 +142,8 @@ bool HasListOf(const nt::SecurityDescriptor& descriptor, PSECURITY_DESCRIPTOR ex
            bytesBefore == bytesNow;
 }
 
-// Reads the descriptor and applies the change. The object is read last: what happens between this and the
-// write is not seen.
+// Reads the descriptor and applies the change. The object is read last, since a change between this and the
+// write is not noticed.
 DWORD MakeChanged(const ResolvedObject& target, const SecurityChange& change, PSECURITY_DESCRIPTOR expected,
                   DescriptorStore& store, nt::SecurityDescriptor& descriptor) {
     DWORD error = store.Read(target.object, descriptor);
@@ -151,7 +151,7 @@ DWORD MakeChanged(const ResolvedObject& target, const SecurityChange& change, PS
     nt::Acl parentList;
     if (InheritsAfter(change, descriptor)) {
         error = ReadParentList(target, store, parentList);
-        // Where the parent is asked by way of another process, that took a while.
+        // Reading the parent through another process took a while.
         if (error == ERROR_SUCCESS) error = store.Read(target.object, descriptor);
         if (error != ERROR_SUCCESS) return error;
     }
@@ -160,7 +160,7 @@ DWORD MakeChanged(const ResolvedObject& target, const SecurityChange& change, PS
     return ERROR_SUCCESS;
 }
 
-// By the contract of SetNamedSecurityInfoA. On failure `change` is half made.
+// By the contract of SetNamedSecurityInfoA. On failure, `change` is incomplete.
 DWORD TakeChange(SECURITY_INFORMATION information, const NewParts& parts, SecurityChange& change) {
     const bool contradictsItself = (information & kProtection) == kProtection;
     if ((information & kParts) == 0 || (information & ~(kParts | kProtection)) != 0 || contradictsItself)
@@ -182,7 +182,7 @@ DWORD TakeChange(SECURITY_INFORMATION information, const NewParts& parts, Securi
     return ERROR_SUCCESS;
 }
 
-// The parts asked for, self-relative.
+// The requested parts, self-relative.
 DWORD HandOut(nt::SecurityDescriptor descriptor, SECURITY_INFORMATION parts, UniqueLocal<void>& block) {
     ReduceToParts(descriptor, parts);
     std::vector<std::uint8_t> bytes;

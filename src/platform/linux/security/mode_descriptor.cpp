@@ -10,10 +10,10 @@ namespace permora::host {
 
 namespace {
 
-// What everyone may do who can reach the object, and no mode bit takes away.
+// The rights of everyone who can reach the object. No mode bit takes them away.
 constexpr std::uint32_t kStatusRights = READ_CONTROL | SYNCHRONIZE | FILE_READ_ATTRIBUTES;
 
-// What the owner may do whatever the mode says: chmod and utimes ask for ownership only.
+// The rights of the owner under every mode: chmod and utimes require only ownership.
 constexpr std::uint32_t kOwnerRights = kStatusRights | WRITE_DAC | FILE_WRITE_ATTRIBUTES;
 
 // The rights that the three lowest bits of `bits` give.

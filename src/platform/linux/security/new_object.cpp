@@ -39,7 +39,7 @@ DWORD NewObjectSecurity::Of(const ObjectHandle& folder, NewObjectSecurity& secur
     const DWORD error = made.store.Read(folder, made.parent);
     if (error != ERROR_SUCCESS) return error;
     made.handsDown = HandsDown(made.parent);
-    // The folder, which can hold one if anything can, tells the store what volume this is.
+    // The folder determines the store, since it can hold a descriptor if any object can.
     (void)made.store.CanHold(folder);
     security = std::move(made);
     return ERROR_SUCCESS;
@@ -48,7 +48,7 @@ DWORD NewObjectSecurity::Of(const ObjectHandle& folder, NewObjectSecurity& secur
 DWORD NewObjectSecurity::Give(const ObjectHandle& object) {
     if (!store.CanHold(object)) return ERROR_SUCCESS;
     const bool hasHostOwners = store.HasHostOwners(object);
-    // The usual case, and that of many small files.
+    // The usual case, also with many small files.
     if (hasHostOwners && !handsDown) return ERROR_SUCCESS;
     const nt::Sid owner = SidForUser(hasHostOwners ? object.Status().st_uid : geteuid());
     const nt::Sid group = SidForGroup(hasHostOwners ? object.Status().st_gid : getegid());
@@ -68,7 +68,7 @@ DWORD NewObjectSecurity::MakeFolder(const ObjectHandle& folder, const std::strin
     if (mkdirat(folder.Descriptor(), hostName.c_str(), mode) != 0) return ErrorFromErrno(errno);
     ObjectHandle object;
     DWORD error = ObjectHandle::OpenUnmountedAt(folder.Descriptor(), hostName.c_str(), object, O_DIRECTORY);
-    // Something else may have taken its place by now: then it is not ours to change, nor to remove.
+    // Another object may have taken its place. Then it must be neither changed nor removed.
     if (error != ERROR_SUCCESS) return error;
     if (IsOnLinuxVolume(object) && object.Status().st_uid != geteuid()) return ERROR_FILE_INVALID;
     error = Give(object);

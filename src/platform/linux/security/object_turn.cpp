@@ -23,8 +23,8 @@ namespace {
 constexpr auto kLongestWait = std::chrono::seconds(10);
 constexpr auto kPause = std::chrono::milliseconds(2);
 
-// Where the file may lie that goes with the machine's end, best first. Not by a variable first: programs of
-// one user have it or not, and must meet at one file.
+// Folders for the lock file that do not outlive the machine's run, best first. No environment variable: only
+// some programs of a user may have it, and all must use the same file.
 std::vector<std::string> PassingPlaces() {
     if (geteuid() == 0) return {"/run/permora.lock"};
     std::vector<std::string> places = {"/run/user/" + std::to_string(geteuid()) + "/permora.lock"};
@@ -33,7 +33,7 @@ std::vector<std::string> PassingPlaces() {
     return places;
 }
 
-// Only a file of this user's that nobody else can open is one that nobody else can lock.
+// Nobody else can lock a file that belongs to this user and that nobody else can open.
 bool IsOwnFile(const UniqueFd& file) {
     struct stat status {};
     return fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid() &&
@@ -50,7 +50,7 @@ UniqueFd OpenLockFile() {
         if (UniqueFd file = OpenOwnFile(place)) return file;
     const std::string settings = UserRegistryFolder();
     if (settings.empty()) return {};
-    // As the first setting that is kept would make it.
+    // With the mode that keeping a setting would give it.
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(settings).parent_path(), error);
     mkdir(settings.c_str(), S_IRWXU);
@@ -59,7 +59,7 @@ UniqueFd OpenLockFile() {
 
 // Each object has a byte of the file, which is never written.
 off_t PlaceOf(const ObjectHandle& object) {
-    // Both numbers are small and close together; their bits are spread by the multiplier of 64-bit FNV.
+    // Both numbers are small and close together. The multiplier of 64-bit FNV spreads their bits.
     constexpr std::uint64_t kSpread = 0x100000001b3;
     std::uint64_t place = 0xcbf29ce484222325;
     for (std::uint64_t number :
@@ -70,7 +70,7 @@ off_t PlaceOf(const ObjectHandle& object) {
     return static_cast<off_t>(place >> 2);
 }
 
-// Locks that belong to the open file and not to the process: they keep threads apart too, and end with it.
+// Locks that belong to the open file, not to the process: they also separate threads, and end with the file.
 bool SetLock(const UniqueFd& file, short type, off_t place) {
     struct flock lock {};
     lock.l_type = type;
@@ -80,11 +80,11 @@ bool SetLock(const UniqueFd& file, short type, off_t place) {
     return fcntl(file.Get(), F_OFD_SETLK, &lock) == 0;
 }
 
-// ERROR_BUSY when somebody else still has the place at the end of the longest wait.
+// ERROR_BUSY when another program still holds the lock after the longest wait.
 DWORD WaitForTurn(const UniqueFd& file, off_t place) {
     const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     while (file && !SetLock(file, F_WRLCK, place)) {
-        // A file system that has no locks.
+        // A file system without locks.
         if (errno != EAGAIN && errno != EACCES && errno != EINTR) break;
         if (std::chrono::steady_clock::now() > deadline) return ERROR_BUSY;
         std::this_thread::sleep_for(kPause);

@@ -23,13 +23,13 @@ DWORD ChangeHostOwner(const ObjectHandle& object, uid_t user) {
     return ErrorFromErrno(errno);
 }
 
-// The kernel lets whoever may write a file change its user attributes, the one with the descriptor among
-// them. Its owner is another matter.
+// The kernel lets everyone who may write to a file change its user attributes, including the descriptor.
+// Changing the owner needs more.
 bool MayChangeOwner(const ObjectHandle& object) {
     return object.Status().st_uid == geteuid() || HasCapability(CapabilitySet::kEffective, CAP_CHOWN);
 }
 
-// The host's user that is to own the object; nothing when that is as it should be.
+// The host's user who must become the owner; nothing when no change is needed.
 std::optional<uid_t> NewHostOwner(const ObjectHandle& object, const nt::Sid& owner, DescriptorStore& store) {
     if (!store.HasHostOwners(object)) return std::nullopt;
     const std::optional<uid_t> user = UserForSid(owner);

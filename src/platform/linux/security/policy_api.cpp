@@ -85,7 +85,7 @@ std::optional<bool> HasPrivilege(std::span<const std::uint8_t> set, const LUID& 
     return false;
 }
 
-// What a system has at first: the administrators.
+// The initial state of a system: the administrators.
 const nt::Sid& DefaultHolder() {
     static const nt::Sid kAdministrators(5, {32, 544});
     return kAdministrators;

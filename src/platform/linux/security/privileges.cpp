@@ -7,7 +7,7 @@
 namespace permora::host {
 
 std::span<const Privilege> Privileges() {
-    // What takes ownership of others' objects is the kernel's chown.
+    // Taking ownership of others' objects needs the kernel's chown.
     static constexpr Privilege kPrivileges[] = {{"SeTakeOwnershipPrivilege", {9, 0}, CAP_CHOWN}};
     return kPrivileges;
 }

@@ -14,8 +14,8 @@
 namespace permora {
 namespace host {
 
-// A descriptor that is open only because somebody remembers its object. Together they take half of those that
-// the process may have; the rest is for the work itself.
+// A descriptor that is open only to remember its object. All of them together take half of the descriptors
+// that the process may have; the rest is for the work itself.
 class Pin {
   public:
     Pin() = default;

@@ -18,14 +18,14 @@ constexpr std::size_t kTypedHash = 2 + 64;
 constexpr std::size_t kTime = 8;
 constexpr std::size_t kSecondHash = 64;
 constexpr std::uint16_t kVersionWritten = 1;
-// Any number but 0 says that the pointer leads somewhere; this is the one with which Samba begins.
+// Any number but 0 marks a pointer that is not null. Samba begins with this one.
 constexpr std::uint32_t kPointer = 0x00020000;
 
 constexpr std::size_t kDescriptorHeader = 20;
-// Where the header has its four offsets: owner, group, SACL, DACL.
+// The position of the header's four offsets: owner, group, SACL, DACL.
 constexpr std::array<std::size_t, 4> kOffsetPlaces = {4, 8, 12, 16};
 
-// Where the descriptor starts in a version 4: behind the description, whose length the writer chose.
+// The start of the descriptor in version 4: after the description, whose length the writer chose.
 std::optional<std::size_t> StartInVersion4(std::span<const std::uint8_t> attribute) {
     constexpr std::size_t kDescription = kVersionAndPointer + kSecondPointer + kTypedHash;
     if (attribute.size() < kDescription) return std::nullopt;
@@ -36,7 +36,7 @@ std::optional<std::size_t> StartInVersion4(std::span<const std::uint8_t> attribu
     return nt::RoundUpToFour(kDescription + length) + kTime + kSecondHash;
 }
 
-// Where the descriptor starts; it may be beyond the end.
+// The start of the descriptor, perhaps beyond the end of the attribute.
 std::optional<std::size_t> DescriptorStart(std::span<const std::uint8_t> attribute) {
     const auto version = nt::ReadU16(attribute, 0);
     const auto pointer = nt::ReadU32(attribute, 4);

@@ -1,4 +1,4 @@
-// SIDs of texts, and security descriptors as text and back.
+// Converts SIDs and security descriptors between text and binary form.
 #include <cstring>
 #include <string>
 #include <vector>
@@ -49,7 +49,7 @@ BOOL WINAPI ConvertSecurityDescriptorToStringSecurityDescriptorA(PSECURITY_DESCR
     const auto value = DescriptorValue(descriptor);
     if (!value) return Fail(ERROR_INVALID_SECURITY_DESCR);
     const auto written = permora::nt::ToSddl(*value, information & kAllParts);
-    // It holds an entry of a type for which the language has no word.
+    // The language has no word for the type of one of its entries.
     if (!written) return Fail(ERROR_NOT_SUPPORTED);
     void* copy = LocalCopy(written->c_str(), written->size() + 1);
     if (copy == nullptr) return FALSE;

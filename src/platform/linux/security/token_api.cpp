@@ -25,7 +25,7 @@ class Token : public SystemObject {
     const DWORD access;
 };
 
-// Null, with the last error set, for what is no token or was not opened for this.
+// Null, with the last error set, unless it is a token that was opened with this right.
 std::shared_ptr<const Token> FindToken(HANDLE handle, DWORD access) {
     auto token = OpenHandles().Find<const Token>(handle);
     if (!token) {
@@ -48,7 +48,7 @@ BOOL HandOut(std::span<const BYTE> bytes, LPVOID information, DWORD size, LPDWOR
     return TRUE;
 }
 
-// The SID stands behind the structure that points to it.
+// The SID follows the structure that points to it.
 BOOL HandOutUser(LPVOID information, DWORD size, LPDWORD needed) {
     const nt::Sid user = SidForUser(geteuid());
     std::vector<BYTE> bytes(sizeof(TOKEN_USER) + user.ByteSize());

@@ -22,7 +22,7 @@ DWORD RecentShares::Refresh() {
     return ERROR_SUCCESS;
 }
 
-// What was known may no longer be so, even after a change that failed.
+// The known shares may be out of date, even after a change that failed.
 DWORD RecentShares::Forget(DWORD error) {
     const std::lock_guard lock(guard);
     end = {};

@@ -18,7 +18,7 @@ bool IsTrue(std::string_view value) {
     return std::ranges::find(kWords, InLowerCase(value)) != kWords.end();
 }
 
-// Sections that are no shares.
+// Sections that are not shares.
 bool IsPattern(std::string_view name) {
     return EqualsIgnoringCase(name, "global") || EqualsIgnoringCase(name, "homes") ||
            EqualsIgnoringCase(name, "printers");
@@ -47,7 +47,7 @@ constexpr std::uint32_t kFull = nt::kFileAllAccess;
 constexpr std::uint32_t kRead = nt::kFileGenericRead;
 constexpr std::uint32_t kReadAndExecute = nt::kFileGenericRead | nt::kFileGenericExecute;
 
-// What an entry hands down counts for nothing on a share, which has nothing below it.
+// A share has nothing below it, so entries that are only handed down do not count.
 char AccessOf(const nt::Ace& ace) {
     if ((ace.flags & INHERIT_ONLY_ACE) != 0 || !ace.tail.empty()) return 0;
     if (ace.type == ACCESS_DENIED_ACE_TYPE) return ace.mask == kFull ? 'D' : '\0';
@@ -116,7 +116,7 @@ std::optional<std::string> FormatUserShareAcl(const nt::SecurityDescriptor& desc
         if (access == 0 || !ace.sid) return std::nullopt;
         text += (text.empty() ? "" : ",") + ace.sid->ToText() + ':' + LowerLetter(access);
     }
-    // An empty one would be taken for the usual one, by which everyone may read.
+    // An empty list would be read as the default, which lets everyone read.
     if (text.empty()) return std::nullopt;
     return text;
 }

@@ -22,7 +22,7 @@ const SambaSection* FindSection(const Sections& sections, std::string_view name)
     return found != sections.end() ? &*found : nullptr;
 }
 
-// The server takes shares of the registry in only when it was told to.
+// The server uses the registry's shares only if its configuration says so.
 bool UsesRegistry(const Sections& configuration) {
     const SambaSection* global = FindSection(configuration, "global");
     return global != nullptr && global->IsSet("registry shares");
@@ -39,8 +39,9 @@ struct KeptShare {
     SambaSection section;  // as the keeper has it
 };
 
-// The name as the server's registry spells it; empty when there is no such share in it, or the server does
-// not read it. Only names are asked for: with thousands of shares their settings take Samba's tool a second.
+// The name as the server's registry spells it; empty when it holds no such share, or the server does not use
+// the registry. Only names are listed: with thousands of shares, Samba's tool needs a second for their
+// settings.
 DWORD FindRegistered(const Sections& configuration, std::string_view name, std::string& registered) {
     registered.clear();
     if (!UsesRegistry(configuration)) return ERROR_SUCCESS;
@@ -64,9 +65,9 @@ DWORD ReadRegistered(const std::string& name, SambaSection& section) {
     return ERROR_SUCCESS;
 }
 
-// Only names that were listed are ever handed to a tool.
+// Tools get only names that were listed.
 DWORD FindKeeper(std::string_view name, KeptShare& kept) {
-    // It is there by itself.
+    // The server always has it.
     if (IsSameShare(name, InterProcessShare().name)) return ERROR_NOT_SUPPORTED;
     Sections configuration;
     DWORD error = ReadSambaConfiguration(configuration);
@@ -124,7 +125,7 @@ std::string LimitText(DWORD maxUses) {
     return std::to_string(maxUses == SHI_USES_UNLIMITED ? 0 : maxUses);
 }
 
-// Puts back what has been changed when a later step fails.
+// Undoes the changes when a later step fails.
 DWORD ChangeRegistered(const SambaSection& section, const ShareChange& change) {
     std::vector<std::pair<std::string, std::string>> wanted;
     if (change.remark) wanted.emplace_back("comment", *change.remark);
@@ -144,7 +145,7 @@ DWORD ChangeRegistered(const SambaSection& section, const ShareChange& change) {
     return error;
 }
 
-// Nobody writes through the share before its list says who may.
+// The share is read-only until it has its list.
 DWORD AddRegistered(const Share& share, const std::string& hostPath) {
     DWORD error = TellSambaTool(
         "net", {"conf", "addshare", "--", share.name, hostPath, "writeable=n", "guest_ok=n", share.remark});
@@ -154,12 +155,12 @@ DWORD AddRegistered(const Share& share, const std::string& hostPath) {
     if (error == ERROR_SUCCESS && !share.descriptor.empty())
         error = WriteSambaDescriptor(share.name, share.descriptor);
     if (error == ERROR_SUCCESS) error = SetParameter(share.name, "read only", "no");
-    // Better no share than one that is open to more people than was asked for.
+    // No share is better than one that is open to too many people.
     if (error != ERROR_SUCCESS) TellSambaTool("net", {"conf", "delshare", "--", share.name});
     return error;
 }
 
-// A file that the configuration includes may have the share too, and then it stays.
+// An included configuration file may define the share, too. It then stays.
 DWORD RemoveRegistered(const std::string& name) {
     DWORD error = TellSambaTool("net", {"conf", "delshare", "--", name});
     Sections configuration;
@@ -174,7 +175,7 @@ bool IsPlainText(std::string_view text) {
     return std::none_of(text.begin(), text.end(), IsControl);
 }
 
-// Samba takes what stands behind a percent sign for a variable, and drops blanks and quotation marks around
+// Samba reads the letter after a percent sign as a variable, and removes blanks and quotation marks around
 // values.
 DWORD FindHostFolder(const std::string& path, std::string& hostPath) {
     ObjectHandle folder;
@@ -206,7 +207,7 @@ DWORD SambaShares::List(std::vector<Share>& shares) const {
         // The server prefers its configuration.
         if (FindSection(sections, share.name) == nullptr) found.push_back(std::move(share));
     }
-    // The server has it in any case: a section of that name only says something about it.
+    // The server always has this share. A section of that name only changes its settings.
     if (std::ranges::none_of(found, IsInterProcess)) found.push_back(InterProcessShare());
     const std::vector<DriveRoot> drives = ListDriveRoots();
     for (Share& share : found)
@@ -218,7 +219,7 @@ DWORD SambaShares::List(std::vector<Share>& shares) const {
 DWORD SambaShares::ReadDescriptor(Share& share) const {
     if (IsInterProcess(share)) return ERROR_SUCCESS;
     const DWORD error = ReadSambaDescriptor(share.name, share.descriptor);
-    // The tool knows nothing of users' shares.
+    // The tool does not know users' shares.
     return IsFailureOfTool(error) ? ReadOtherDescriptor(share, error) : error;
 }
 

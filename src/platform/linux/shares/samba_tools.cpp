@@ -49,7 +49,7 @@ bool IsFailureOfTool(DWORD error) {
     return error == NERR_InternalError || error == ERROR_ACCESS_DENIED;
 }
 
-// Without the tool's own judgement ("-l"), which finds fault with configurations that the server takes.
+// Without the tool's own checks ("-l"), which reject configurations that the server accepts.
 DWORD ReadSambaConfiguration(std::vector<SambaSection>& sections) {
     std::string answer;
     const DWORD error = AskSambaTool("testparm", {"-s", "-l"}, answer);
@@ -78,7 +78,7 @@ DWORD WriteSambaDescriptor(const std::string& share, const std::vector<std::uint
     auto value = nt::SecurityDescriptor::FromBytes(descriptor);
     if (!value) return ERROR_INVALID_SECURITY_DESCR;
     if (value->daclState == nt::DaclState::kNull) value->daclState = nt::DaclState::kAbsent;
-    // The words of the grammar are not used: some versions take "FA" for fewer rights than it means.
+    // Without the grammar's abbreviations: some versions read "FA" as fewer rights.
     const auto text = nt::ToSddl(*value, kWholeDescriptor, nt::SddlWords::kNumbers);
     if (!text) return ERROR_NOT_SUPPORTED;
     std::string answer;

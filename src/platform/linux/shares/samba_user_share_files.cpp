@@ -23,7 +23,7 @@ namespace permora::host {
 
 namespace {
 
-// One more byte than the server reads: a longer file is a damaged one to it.
+// One byte more than the server reads. It treats a longer file as damaged.
 constexpr std::size_t kLongestFile = (10 << 10) + 1;
 constexpr mode_t kMode = 0644;
 
@@ -55,7 +55,7 @@ DWORD WriteShareText(int file, std::string_view text) {
     return ERROR_SUCCESS;
 }
 
-// A file that nobody has seen yet is given away before it has a text.
+// The file changes its owner while it is empty and unknown to anybody.
 DWORD MakeFile(int folder, const std::string& name, const std::string& text, const struct stat& like) {
     const UniqueFd file(
         openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kMode));
@@ -69,7 +69,7 @@ DWORD MakeFile(int folder, const std::string& name, const std::string& text, con
     return error;
 }
 
-// Samba passes over names that begin with a colon, and gives its own unfinished files such.
+// Samba ignores names that begin with a colon, and uses them for its own unfinished files.
 DWORD NewTemporaryName(std::string& name) {
     std::uint64_t number = 0;
     if (getrandom(&number, sizeof number, 0) != sizeof number) return ErrorFromErrno(errno);

@@ -18,12 +18,12 @@ namespace permora::host {
 
 namespace {
 
-// The server reads no more than 10,240 bytes of a share's file, names of the values included, and does not
+// The server reads at most 10,240 bytes of a share's file, including the names of the values, and does not
 // serve a share whose file is longer.
 constexpr std::size_t kLongestTexts = 10'000;
 
-// Root looks at copies that hold nothing but the files meant; Samba takes nobody else's folder for such
-// shares, and there the tool sees everything.
+// Root's tools get copies of the chosen files alone. Other users' tools work on the real folder, since Samba
+// accepts no folder of another owner.
 bool WorksOnCopies() {
     return geteuid() == 0;
 }
@@ -33,8 +33,8 @@ DWORD MirrorUserShares(SambaMirror& mirror) {
     return error == ERROR_SUCCESS ? mirror.AddUserShareFolder() : error;
 }
 
-// A file that is gone by now, is a link or no file, or may be read by nobody: the server serves none either.
-// After any other failure it may still serve what we have not seen.
+// A file that is gone, that is a link or not a file, or that nobody may read: the server does not serve it
+// either. After any other failure, the server may still serve the share.
 bool IsServedByNobody(DWORD error) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_CANT_RESOLVE_FILENAME ||
            error == ERROR_DEV_NOT_EXIST || error == ERROR_ACCESS_DENIED;
@@ -71,8 +71,7 @@ DWORD AskAboutOne(const UserShareFile& file, const std::string& share, std::stri
     return error == ERROR_SUCCESS ? AskSambaTool(mirror, "net", question, answer) : error;
 }
 
-// Whether the tool told of the file that is meant, and not of one whose name is the same but for the case of
-// its letters.
+// Whether the tool described this file, and not one whose name differs only in letter case.
 bool IsToldBy(const SambaSection& section, const UserShareFile& file) {
     for (const char* parameter : {"path", "comment"}) {
         const std::string line =
@@ -91,7 +90,7 @@ DWORD HoldShare(const std::string& share, UserShareFolder& folder, UserShareFile
 }
 
 DWORD ReadHeld(const UserShareFile& file, const std::string& share, SambaSection& section) {
-    // The tool takes a pattern.
+    // The tool reads the name as a pattern.
     constexpr const char* kPatternCharacters = "*?<>\"";
     if (!IsPlainAccountName(share) || share.find_first_of(kPatternCharacters) != share.npos)
         return NERR_NetNameNotFound;
@@ -125,8 +124,8 @@ DWORD AddingArguments(const std::string& name, const std::string& hostPath, cons
     return ERROR_SUCCESS;
 }
 
-// The text that the tool makes of a share for the file `name`. The tool, which alone knows how the server
-// calls the share's file, writes it into a folder of ours.
+// The text of the share's file `name`. Only the tool knows the server's name of that file, so it writes it
+// into a folder of ours.
 DWORD ComposeFile(const std::vector<std::string>& adding, const std::string& name, std::string& text) {
     SambaMirror mirror;
     std::string answer;
@@ -139,7 +138,7 @@ DWORD ComposeFile(const std::vector<std::string>& adding, const std::string& nam
     return ERROR_SUCCESS;
 }
 
-// The tool would give the share to root, who may share everything, and only then could it be given back.
+// The tool would first give the share to root, who may share everything, before it could be given back.
 DWORD WriteShare(const UserShareFolder& folder, const UserShareFile& held,
                  const std::vector<std::string>& adding) {
     if (!WorksOnCopies()) return TellSambaTool("net", adding);
@@ -148,8 +147,8 @@ DWORD WriteShare(const UserShareFolder& folder, const UserShareFile& held,
     return error == ERROR_SUCCESS ? folder.Replace(held, text) : error;
 }
 
-// The tool takes no name of a user, whose home the server may share by it, and writes over a share that is
-// there: a damaged one too, which no list shows.
+// The tool refuses the name of a user, since the server may share the user's home under it. It overwrites an
+// existing share, even a damaged one that no list shows.
 DWORD CheckNewName(const std::string& name) {
     UserShareFolder folder;
     if (const DWORD error = folder.Open(); error != ERROR_SUCCESS) return error;
@@ -166,7 +165,7 @@ DWORD CheckNewName(const std::string& name) {
 
 }  // namespace
 
-// The tool fails as a whole for one share that is damaged, and prints the others all the same.
+// For one damaged share the tool fails as a whole, but still prints the others.
 DWORD ReadUserShares(std::vector<SambaSection>& sections) {
     std::string answer;
     const DWORD error = AskAboutAll(answer);
@@ -225,7 +224,7 @@ DWORD ChangeUserShare(const std::string& name, const ShareChange& change) {
 
 DWORD AddUserShare(const Share& share, const std::string& hostPath) {
     if (share.maxUses != SHI_USES_UNLIMITED) return ERROR_NOT_SUPPORTED;
-    // Without a list everyone may do everything, as everywhere else.
+    // Without a list everyone may do everything, as for files.
     std::string acl = "S-1-1-0:f";
     if (!share.descriptor.empty()) {
         if (const DWORD error = AclOf(share.descriptor, acl); error != ERROR_SUCCESS) return error;

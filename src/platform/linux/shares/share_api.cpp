@@ -1,4 +1,4 @@
-// The services for shares under the system's names. What is checked here holds whoever keeps the shares.
+// The services for shares under the system's names. The checks here apply to every provider of shares.
 #include <algorithm>
 #include <cstring>
 #include <initializer_list>
@@ -39,7 +39,7 @@ DWORD Refuse(DWORD field, LPDWORD wrongField, DWORD error = ERROR_INVALID_PARAME
     return error;
 }
 
-// Who keeps this machine's shares, and what is known of them.
+// The providers of this machine's shares, and the shares as last read.
 struct MachineShares {
     const std::unique_ptr<const ShareProvider> provider = MakeShareProvider();
     RecentShares recent{*provider};
@@ -50,7 +50,7 @@ MachineShares& Shares() {
     return shares;
 }
 
-// One share with all that the level holds.
+// One share with everything of its level.
 DWORD FindShare(LPCWSTR name, DWORD level, Share& share) {
     const bool needsDescriptor = level == kLevelWithDescriptor;
     Share found;
@@ -61,19 +61,20 @@ DWORD FindShare(LPCWSTR name, DWORD level, Share& share) {
     return error;
 }
 
-// The bytes of a caller's descriptor of either form, checked whole. None is no bytes.
+// The checked bytes of a caller's descriptor of either form; empty for none.
 DWORD BytesOf(PSECURITY_DESCRIPTOR descriptor, std::vector<std::uint8_t>& bytes) {
     if (descriptor == nullptr) return ERROR_SUCCESS;
     const auto value = DescriptorValue(descriptor);
     return value && value->AppendTo(bytes) ? ERROR_SUCCESS : ERROR_INVALID_SECURITY_DESCR;
 }
 
-// As the services hand texts out, so that what was read and is given back counts as the same.
+// In the form in which the services return texts, so that a text that was read and is given back is
+// unchanged.
 std::string AsHandedOut(const std::string& text) {
     return ToAnsi(ToWide(text));
 }
 
-// What a record has different from the share; the error when it is something that cannot be changed.
+// The differences of a record from the share; an error for a difference that cannot be applied.
 DWORD FindChange(const SHARE_INFO_502& record, const Share& share, ShareChange& change, LPDWORD wrongField) {
     if (!IsSameShare(AnsiOf(record.shi502_netname), share.name))
         return Refuse(SHARE_NETNAME_PARMNUM, wrongField);
@@ -95,7 +96,7 @@ DWORD FindChange(const SHARE_INFO_502& record, const Share& share, ShareChange& 
     return ERROR_SUCCESS;
 }
 
-// "C:\a" for a folder that is there; NERR_UnknownDevDir for anything else.
+// "C:\a" for an existing folder; NERR_UnknownDevDir for anything else.
 DWORD FindFolder(LPCWSTR text, std::string& folder) {
     std::string path = AnsiOf(text);
     PathText parts;

@@ -14,7 +14,7 @@ std::unique_ptr<const ShareProvider> MakeShareProvider() {
     return std::make_unique<ShareTable>();
 }
 
-// Nearly all names are of ASCII, and a name is compared with thousands of others.
+// Nearly all names are ASCII, and a name is compared with thousands of others.
 bool IsSameShare(std::string_view one, std::string_view other) {
     if (IsAscii(one) && IsAscii(other)) return EqualsIgnoringCase(one, other);
     return ShareKey(one) == ShareKey(other);

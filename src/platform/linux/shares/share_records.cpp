@@ -12,7 +12,7 @@ namespace permora::host {
 
 namespace {
 
-// Level 502 begins as level 2 does, and that as level 1: one way of filling them serves all.
+// Level 502 begins like level 2, and level 2 like level 1, so all are filled in the same way.
 static_assert(offsetof(SHARE_INFO_2, shi2_remark) == offsetof(SHARE_INFO_1, shi1_remark));
 static_assert(offsetof(SHARE_INFO_502, shi502_path) == offsetof(SHARE_INFO_2, shi2_path));
 
@@ -24,7 +24,7 @@ std::size_t RecordBytes(DWORD level) {
     return level == 2 ? sizeof(SHARE_INFO_2) : sizeof(SHARE_INFO_502);
 }
 
-// What a record points to.
+// The memory to which a record points.
 struct RecordParts {
     std::array<std::u16string, 3> texts;  // name, remark, path
     std::span<const std::uint8_t> descriptor;
@@ -67,7 +67,7 @@ LPBYTE MakeShareRecords(std::span<const Share> shares, DWORD level) {
     const std::size_t records = shares.size() * RecordBytes(level);
     auto* block = static_cast<LPBYTE>(LocalAlloc(LPTR, records + descriptors + texts));
     if (block == nullptr) return nullptr;
-    // In this order all of them are aligned.
+    // In this order, all of them are aligned.
     LPBYTE record = block;
     LPBYTE descriptor = block + records;
     LPBYTE text = descriptor + descriptors;

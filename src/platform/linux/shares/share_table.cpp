@@ -66,7 +66,7 @@ void SetField(Fields& fields, std::string_view field, std::string_view value) {
         fields.push_back(std::move(text));
 }
 
-// A field that is missing keeps what `number` has.
+// A missing field leaves `number` unchanged.
 bool ReadNumber(Fields& fields, std::string_view field, DWORD& number) {
     const std::optional<std::string> text = FieldOf(fields, field);
     if (!text) return true;
@@ -109,7 +109,7 @@ void ChangeFields(RegistryValue& value, const ShareChange& change) {
     value.data = JoinFields(fields);
 }
 
-// What a change or removal of a share that is not kept is answered with.
+// The error for changing or removing a share that does not exist.
 DWORD NotKept(std::string_view name) {
     return IsSameShare(name, InterProcessShare().name) ? ERROR_NOT_SUPPORTED : NERR_NetNameNotFound;
 }
@@ -174,7 +174,7 @@ DWORD ShareTable::Add(const Share& share) const {
                                "Remark=" + share.remark,
                                "Type=" + std::to_string(share.type)};
         document.SetValue(kSharesKey, {share.name, REG_MULTI_SZ, JoinFields(fields)});
-        // One that an earlier share of this name has left behind would count for this one.
+        // A list that an earlier share of this name left behind would apply to this one.
         document.RemoveValue(kSecurityKey, share.name);
         if (!share.descriptor.empty())
             document.SetValue(kSecurityKey, {share.name, REG_BINARY, share.descriptor});
