@@ -22,25 +22,28 @@ constexpr std::span kSingleRights = std::span(kAccessRights).subspan<1>();
 
 struct Answer {
     ObjectSecurity object;
-    std::optional<EffectiveRights> effective;  // nothing: there is no list, and everyone may do everything
+    std::optional<DWORD> rights;  // nothing: there is no list, and everyone may do everything
     std::vector<std::string> remarks;
 };
 
-std::optional<Answer> Ask(const Target& target, AccountRecord& account, GroupsRequest request,
-                          ConsoleMessages& messages) {
+std::optional<Answer> Ask(const Target& target, AccountRecord& account, ConsoleMessages& messages) {
     Answer answer;
     HeldObject held;
     if (!FindTarget(target, held, messages) || !ReadList(held, answer.object, messages)) return std::nullopt;
     answer.remarks = RemarksOn(answer.object);
     if (answer.object.dacl == nullptr) return answer;
-    EffectiveRights effective;
-    if (const DWORD error = FindEffectiveRights(answer.object.dacl, account, request, effective);
-        error != ERROR_SUCCESS) {
-        messages.Say(NoRightsText(error, account));
+    DWORD rights = 0;
+    const DWORD error = FindEffectiveRights(answer.object.dacl, account.RawSid(), rights);
+    if (error == ERROR_NONE_MAPPED) {
+        messages.Say(UnknownGroupsText(account));
         return std::nullopt;
     }
-    answer.effective = effective;
-    for (std::string& remark : RemarksOnRights(answer.object.dacl, account, effective))
+    if (error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+        return std::nullopt;
+    }
+    answer.rights = rights;
+    for (std::string& remark : RemarksOnRights(answer.object.dacl, account, rights))
         answer.remarks.push_back(std::move(remark));
     return answer;
 }
@@ -48,29 +51,12 @@ std::optional<Answer> Ask(const Target& target, AccountRecord& account, GroupsRe
 std::string TableText(const Target& target, const std::string& account, const Answer& answer) {
     std::string text = PrintableText(target.argument) + "\n  Account: " + PrintableText(account) + '\n' +
                        RemarkLines(answer.remarks);
-    if (!answer.effective) return text;
-    const DWORD rights = answer.effective->rights;
-    text += std::string("  Permission: ") + PermissionText(rights) + '\n';
+    if (!answer.rights) return text;
+    text += std::string("  Permission: ") + PermissionText(*answer.rights) + '\n';
     std::vector<std::vector<std::string>> lines;
     for (const AccessRight& right : kSingleRights)
-        lines.push_back({right.listName, IsEffective(right, rights) ? "yes" : "no"});
+        lines.push_back({right.listName, IsEffective(right, *answer.rights) ? "yes" : "no"});
     return text + AlignedTable(lines, "  ");
-}
-
-const char* OriginName(GroupsOrigin origin) {
-    switch (origin) {
-        case GroupsOrigin::kThisMachine:
-            return "machine";
-        case GroupsOrigin::kExact:
-            return "exact";
-        case GroupsOrigin::kLastLogon:
-            return "lastLogon";
-        case GroupsOrigin::kWithoutLogon:
-            return "withoutLogon";
-        case GroupsOrigin::kDomain:
-            break;
-    }
-    return "domain";
 }
 
 // "rights" is null where there is no list and everyone may do everything, and [] where nothing is left.
@@ -78,17 +64,15 @@ Json AnswerJson(const Target& target, AccountRecord& account, const Answer& answ
     Json json = {{"path", target.argument},     {"account", AccountDisplayName(account)},
                  {"sid", account.GetSidText()}, {"mask", nullptr},
                  {"synchronize", nullptr},      {"permission", nullptr},
-                 {"rights", nullptr},           {"groups", nullptr},
-                 {"remarks", answer.remarks},   {"note", kNotConsidered}};
-    if (!answer.effective) return json;
-    const auto [rights, origin] = *answer.effective;
-    json["mask"] = "0x" + HexText(WithoutSynchronize(rights));
-    json["synchronize"] = (rights & SYNCHRONIZE) != 0;
-    json["permission"] = PermissionText(rights);
-    json["groups"] = OriginName(origin);
+                 {"rights", nullptr},           {"remarks", answer.remarks},
+                 {"note", kNotConsidered}};
+    if (!answer.rights) return json;
+    json["mask"] = "0x" + HexText(WithoutSynchronize(*answer.rights));
+    json["synchronize"] = (*answer.rights & SYNCHRONIZE) != 0;
+    json["permission"] = PermissionText(*answer.rights);
     json["rights"] = Json::array();
     for (const AccessRight& right : kSingleRights)
-        if (IsEffective(right, rights)) json["rights"].push_back(right.listName);
+        if (IsEffective(right, *answer.rights)) json["rights"].push_back(right.listName);
     return json;
 }
 
@@ -103,16 +87,13 @@ class EffectiveCommand : public ObjectCommand {
     bool End() override;
 
     AccountOption account{*this};
-    Flag exact{*this, "--exact",
-               "Count the groups that a logon would give a domain account now; only root may ask for them"};
     JsonFlag json{*this, JsonShape::kObjects};
     Json answers = Json::array();
 };
 
 bool EffectiveCommand::Do(const Target& target) {
     AccountRecord& shown = account.Account();
-    const std::optional<Answer> answer =
-        Ask(target, shown, exact ? GroupsRequest::kExact : GroupsRequest::kUsual, messages);
+    const std::optional<Answer> answer = Ask(target, shown, messages);
     if (!answer) return false;
     if (json)
         answers.push_back(AnswerJson(target, shown, *answer));

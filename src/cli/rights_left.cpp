@@ -6,6 +6,7 @@
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
+#include "platform/system_message.h"
 #include "security/access_rights.h"
 #include "security/access_rows.h"
 #include "security/effective_rights.h"
@@ -23,20 +24,25 @@ std::string NamesOf(DWORD rights) {
     return names;
 }
 
+std::string ReasonText(DWORD error, AccountRecord& account) {
+    if (error == ERROR_NONE_MAPPED) return UnknownGroupsText(account);
+    return SystemMessageLine(error);
+}
+
 }  // namespace
 
 std::string RightsLeftText(PACL dacl, AccountRecord& account) {
     const std::string name = PrintableText(AccountDisplayName(account));
-    Grants grants;
-    if (const DWORD error = FindGrants(dacl, account, grants); error != ERROR_SUCCESS)
+    std::vector<Grant> grants;
+    if (const DWORD error = FindGrants(dacl, account.RawSid(), grants); error != ERROR_SUCCESS)
         return "  Which rights " + name +
-               " has cannot be told: " + PrintableText(NoRightsText(error, account)) + '\n';
+               " has cannot be told: " + PrintableText(ReasonText(error, account)) + '\n';
     AccessEntryList entries;
     entries.LoadFromDacl(dacl);
-    const std::vector<AccessRow> rows = AccessRowsOf(entries, AccountDisplayName);
+    const std::vector<AccessRow> rows = AccessRowsOf(entries);
     std::string lines;
     DWORD all = 0;
-    for (const Grant& grant : grants.list) {
+    for (const Grant& grant : grants) {
         all |= grant.rights;
         const std::string names = NamesOf(grant.rights);
         const auto row = std::ranges::find(rows, grant.index, &AccessRow::entryIndex);
@@ -44,8 +50,7 @@ std::string RightsLeftText(PACL dacl, AccountRecord& account) {
         lines += "    through " + PrintableText(row->name) + " (" + row->inheritance + "): " + names + '\n';
     }
     if (lines.empty()) return "  " + name + " has no rights\n";
-    return "  " + name + " has:\n" + lines +
-           RemarkLines(RemarksOnRights(dacl, account, {all, grants.origin}));
+    return "  " + name + " has:\n" + lines + RemarkLines(RemarksOnRights(dacl, account, all));
 }
 
 }  // namespace permora

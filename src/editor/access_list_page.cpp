@@ -17,8 +17,6 @@ namespace {
 constexpr int kColumnWidths[] = {60, 120, 100, 110, 120};
 static_assert(std::size(kColumnWidths) == kAccessRowTitles.size());
 
-constexpr int kNameColumn = 1;
-
 constexpr int kNewEntryScope = 1;  // this folder, subfolders and files
 
 // One line about what is unusual in the list; may be empty.
@@ -56,7 +54,6 @@ bool AccessListPage::OnInitDialog() {
     changed = false;
     EditedList() = {};
     ReadFirstItem();
-    news.Start();
     return CPropertyPage::OnInitDialog();
 }
 
@@ -72,10 +69,10 @@ void AccessListPage::RenderRows() {
     CListCtrl& list = AccessList();
     Enable({IDC_ACCESS_LIST, IDC_ADD_ENTRY, IDC_EDIT_ENTRY, IDC_REMOVE_ENTRY}, false);
     list.DeleteAllItems();
-    for (const AccessRow& row : AccessRowsOf(EditedList(), AccountNameSoFar)) {
+    for (const AccessRow& row : AccessRowsOf(EditedList())) {
         const int position = list.GetItemCount();
         list.InsertItem(position, row.type);
-        list.SetItemText(position, kNameColumn, row.name);
+        list.SetItemText(position, 1, row.name);
         list.SetItemText(position, 2, row.permission);
         list.SetItemText(position, 3, row.inheritance);
         list.SetItemText(position, 4, row.applyTo);
@@ -89,14 +86,6 @@ void AccessListPage::RenderRows() {
     OnListClicked();
     Enable({IDC_ACCESS_LIST}, true);
     list.SetFocus();
-}
-
-void AccessListPage::RenderNames() {
-    CListCtrl& list = AccessList();
-    const std::vector<AccessRow> rows = AccessRowsOf(EditedList(), AccountNameSoFar);
-    if (static_cast<int>(rows.size()) != list.GetItemCount()) return;  // after a failed read
-    for (int position = 0; const AccessRow& row : rows)
-        list.SetItemText(position++, kNameColumn, row.name);
 }
 
 void AccessListPage::OnAdd() {

@@ -9,7 +9,6 @@
 #include "framework/property_sheet.h"
 #include "platform/resources.h"
 #include "security/access_entry_list.h"
-#include "security/account_news.h"
 
 namespace permora {
 
@@ -61,8 +60,6 @@ class AccessListPage : public CPropertyPage {
     void OnListClicked();
 
     void ReadFirstItem();
-    // Shows names that have become known.
-    void RenderNames();
     CListCtrl& AccessList() const;
     // The index of the selected row's entry in the list. None without a selection, and after a failed read,
     // when the rows may show entries that are gone.
@@ -71,7 +68,6 @@ class AccessListPage : public CPropertyPage {
     EditScopes editScopes;
     UniqueLibrary library;  // where the list's functions are looked up
     bool changed = false;   // since the last read
-    AccountNewsWatch news{*this, [this] { RenderNames(); }};
 };
 
 }  // namespace permora

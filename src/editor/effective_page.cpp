@@ -2,11 +2,8 @@
 
 #include "editor/account_picker.h"
 #include "editor/required_control.h"
-#include "framework/long_work.h"
-#include "framework/styles.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
-#include "platform/api/shell.h"
 #include "resources/resource_ids.h"
 #include "security/effective_rights.h"
 #include "security/message_boxes.h"
@@ -27,7 +24,6 @@ const MessageMap& CPage4::GetMessageMap() const {
         MakeMessageMap<CPage4>(CPropertyPage::GetMessageMap(),
                                {
                                    {IDC_CHANGE_EFFECTIVE_ACCOUNT, Notify::kClicked, &CPage4::OnChangeAccount},
-                                   {IDC_EXACT_GROUPS, Notify::kClicked, &CPage4::OnAskExactly},
                                });
     return kMap;
 }
@@ -41,7 +37,6 @@ bool CPage4::OnInitDialog() {
     list.EnableWindow(false);  // the marks are read-only
     for (const AccessRight& right : kAccessRights)
         list.InsertItem(list.GetItemCount(), right.listName);
-    OfferExactGroups(GroupsOrigin::kThisMachine);
     return CPropertyPage::OnInitDialog();
 }
 
@@ -50,19 +45,10 @@ void CPage4::OnChangeAccount() {
     CDlgUsersAndGroups picker(this);
     if (picker.DoModal() != IDOK) return;
     account = picker.result;
-    if (ShowRights(GroupsRequest::kUsual)) AccountField().SetWindowText(AccountNameSoFar(account));
+    if (ShowRights()) AccountField().SetWindowText(AccountDisplayName(account));
 }
 
-void CPage4::OnAskExactly() {
-    ShowRights(GroupsRequest::kExact);
-}
-
-void CPage4::OfferExactGroups(GroupsOrigin origin) {
-    const bool isOffered = MayAskForExactGroups() && origin != GroupsOrigin::kThisMachine;
-    RequiredControl<CButton>(*this, IDC_EXACT_GROUPS).ShowWindow(isOffered ? SW_SHOW : SW_HIDE);
-}
-
-bool CPage4::ShowRights(GroupsRequest request) {
+bool CPage4::ShowRights() {
     HeldObject object;
     ReadParts parts;
     Outcome outcome = FindItem(place->items.front(), object);
@@ -71,24 +57,20 @@ bool CPage4::ShowRights(GroupsRequest request) {
         ShowInfoBox(GetSafeHwnd(), "Object's access control list is null (All access is allowed always)");
         return false;
     }
-    EffectiveRights effective;
-    if (outcome.IsDone()) {
-        DoLongWork(*this,
-                   [&] { outcome.code = FindEffectiveRights(parts.dacl, account, request, effective); });
-    }
+    DWORD rights = 0;
+    if (outcome.IsDone()) outcome.code = FindEffectiveRights(parts.dacl, account.RawSid(), rights);
     if (outcome.code == ERROR_NONE_MAPPED)
-        ShowErrorBox(GetSafeHwnd(), AsSentence(NoRightsText(outcome.code, account)).c_str());
+        ShowErrorBox(GetSafeHwnd(), AsSentence(UnknownGroupsText(account)).c_str());
     else
         ShowOutcome(GetSafeHwnd(), outcome);
     if (!outcome.IsDone()) return false;
     int row = 0;
     for (const AccessRight& right : kAccessRights)
-        RightsList().SetCheck(row++, IsEffective(right, effective.rights));
+        RightsList().SetCheck(row++, IsEffective(right, rights));
     std::string remarks;
-    for (const std::string& remark : RemarksOnRights(parts.dacl, account, effective))
+    for (const std::string& remark : RemarksOnRights(parts.dacl, account, rights))
         remarks += (remarks.empty() ? "" : " ") + AsSentence(remark);
     RequiredControl<CWnd>(*this, IDC_EFFECTIVE_REMARK).SetWindowText(remarks);
-    OfferExactGroups(effective.origin);
     return true;
 }
 

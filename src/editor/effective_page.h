@@ -3,7 +3,6 @@
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
-#include "platform/accounts.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -21,11 +20,8 @@ class CPage4 : public CPropertyPage {
 
   private:
     void OnChangeAccount();
-    void OnAskExactly();
     // On false, nothing has changed, and a message box has been shown.
-    bool ShowRights(GroupsRequest request);
-    // For an account whose groups may be known better.
-    void OfferExactGroups(GroupsOrigin origin);
+    bool ShowRights();
 
     CListCtrl& RightsList() const;
     CEdit& AccountField() const;

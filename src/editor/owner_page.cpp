@@ -64,7 +64,6 @@ bool CPage3::OnInitDialog() {
     list.InsertColumn(0, "", kColumnWidth);
     changed = false;
     Fill();
-    news.Start();
     return CPropertyPage::OnInitDialog();
 }
 
@@ -77,22 +76,17 @@ void CPage3::Fill() {
     CListCtrl& list = CandidateList();
     list.DeleteAllItems();
     for (AccountRecord& candidate : candidates)
-        list.InsertItem(list.GetItemCount(), AccountNameSoFar(candidate));
+        list.InsertItem(list.GetItemCount(), AccountDisplayName(candidate));
     ShowOwner();
-}
-
-void CPage3::RenderNames() {
-    for (std::size_t row = 0; row < candidates.size(); ++row)
-        CandidateList().SetItemText(static_cast<int>(row), 0, AccountNameSoFar(candidates[row]));
-    if (owner.sid) OwnerField().SetWindowText(AccountNameSoFar(owner));
 }
 
 void CPage3::ShowOwner() {
     HeldObject object;
+    AccountRecord found;
     DWORD error = place->items.front().Find(object);
-    if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, owner);
+    if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, found);
     if (error == ERROR_SUCCESS)
-        OwnerField().SetWindowText(AccountNameSoFar(owner));
+        OwnerField().SetWindowText(AccountDisplayName(found));
     else
         ShowOutcome(GetSafeHwnd(), {error, Step::kReadOwner});
 }

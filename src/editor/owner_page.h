@@ -5,7 +5,6 @@
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
-#include "security/account_news.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -28,8 +27,6 @@ class CPage3 : public CPropertyPage {
 
     void Fill();
     void ShowOwner();
-    // Shows names that have become known.
-    void RenderNames();
     void Apply(PSID newOwner);
 
     CListCtrl& CandidateList() const;
@@ -37,9 +34,7 @@ class CPage3 : public CPropertyPage {
     CButton& TreeBox() const;
 
     std::vector<AccountRecord> candidates;  // in the order of the rows
-    AccountRecord owner;                    // as last read
     bool changed = false;                   // the list was clicked since the last apply
-    AccountNewsWatch news{*this, [this] { RenderNames(); }};
 };
 
 }  // namespace permora

@@ -105,7 +105,7 @@ void CDlgPermissions::OnOK() {
 }
 
 void CDlgPermissions::ShowAccount() {
-    GetDlgItem(IDC_ENTRY_ACCOUNT)->SetWindowText(AccountNameSoFar(pendingAccount));
+    GetDlgItem(IDC_ENTRY_ACCOUNT)->SetWindowText(AccountDisplayName(pendingAccount));
 }
 
 void CDlgPermissions::ShowBoxes() {

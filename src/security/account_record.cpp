@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <vector>
 
-#include "platform/accounts.h"
 #include "platform/api/errors.h"
 #include "platform/raw_security.h"
 
@@ -88,14 +86,6 @@ std::string AccountDisplayName(AccountRecord& record) {
     const std::string text =
         record.Lookup() ? QualifiedAccountName(record.domain, record.name) : std::string();
     return text.empty() ? record.GetSidText() : text;
-}
-
-std::string AccountNameSoFar(AccountRecord& record) {
-    AccountName found;
-    if (record.sid &&
-        FindAccountName(*record.sid, std::chrono::milliseconds(0), found) == NameAnswer::kNotYet)
-        return record.GetSidText();
-    return AccountDisplayName(record);
 }
 
 }  // namespace permora

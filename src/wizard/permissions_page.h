@@ -9,7 +9,6 @@
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
 #include "platform/resources.h"
-#include "security/account_news.h"
 #include "wizard/account_rights.h"
 
 namespace permora {
@@ -46,8 +45,6 @@ class CWizardPage3 : public CPropertyPage {
     // Reads the first item; enables Finish when it has a list.
     void ShowItem();
     bool LoadAccounts();
-    // Shows names that have become known.
-    void RenderNames();
     void SelectAccount(std::size_t index);
     // Shows the rights of the selected account in the boxes.
     void ShowBoxes();
@@ -60,7 +57,6 @@ class CWizardPage3 : public CPropertyPage {
     ReadParts shown;        // what they were read from
     bool isRead = false;    // the first item has a list, which has been read
     bool updatingChecks = false;
-    AccountNewsWatch news{*this, [this] { RenderNames(); }};
 };
 
 }  // namespace permora
