@@ -160,7 +160,7 @@ void CMainFrame::LoadOrMakeSettings() {
     if (ReadSettings() == ERROR_SUCCESS) return;
     if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS) {
         ShowErrorWithSystemText(GetSafeHwnd(), "saving settings", error);
-        // The help can be found all the same.
+        // The help can be found nevertheless.
         if (const std::string folder = OwnFolderWithHelp(); !folder.empty())
             SetProgramFolder(settings, folder);
         return;
@@ -173,7 +173,7 @@ void CMainFrame::LoadOrMakeSettings() {
     }
 }
 
-// Does what no installation has done: where the help is beside the program, its folder is known.
+// Stands in for an installation: if the help is beside the program, the program's folder is stored.
 DWORD CMainFrame::TellOwnFolder() {
     const std::string folder = OwnFolderWithHelp();
     if (folder.empty()) return ERROR_FILE_NOT_FOUND;
@@ -196,7 +196,7 @@ void CMainFrame::UpdateExplorerVerb() {
 
 void CMainFrame::RestorePlacement() {
     WindowPlacement placement = GetPlacement();
-    // A rectangle off all screens is the framework's to mend; one that nobody can mean is left out.
+    // The framework corrects a rectangle outside all screens. An impossible one is ignored.
     if (IsUsableWindow(settings.windowRect)) placement.normalRect = settings.windowRect;
     placement.showState = settings.showCommand == kShowMaximised ? ShowState::kMaximised : ShowState::kNormal;
     SetPlacement(placement);
@@ -291,20 +291,20 @@ void CMainFrame::EditItemAt(const std::string& path) {
     if (outcome.IsDone()) EditSecurity(this, place);
 }
 
-// The editor works on a bare name in a folder that is held, so that nobody can put another folder into the
-// path while it is open.
+// The editor works on a name in a held folder, so that nobody can put another folder into the path while it
+// is open.
 Outcome CMainFrame::HoldItemAt(const std::string& path, Place& place) const {
     const std::string folder = FolderAbove(path);
     if (folder.empty()) return DriveRows().Hold({path}, place);
     if (view.IsShowing(PlaceKind::kFolder)) return view.Rows().Hold({NameInFolder(path)}, place);
-    // A share's folder. The separator enters it where it is a link.
+    // A share's folder. The separator follows it if it is a link.
     auto held = std::make_shared<FolderHandle>();
     Outcome opened{FolderHandle::Open(folder + (folder.ends_with('\\') ? "" : "\\"), *held)};
     if (opened.IsDone()) place = {PlaceKind::kFolder, std::move(held), {NameInFolder(path)}};
     return opened;
 }
 
-// What is selected is held before the question, and what is held is deleted.
+// The selection is held before the question, and exactly the held objects are deleted.
 void CMainFrame::StartSecureDeletion() {
     constexpr const char* kCaption = "Secure deletion";
     if (view.IsShowing(PlaceKind::kDrives) && view.List().GetSelectedCount() > 0) {
@@ -340,7 +340,7 @@ void CMainFrame::StartWizard() {
     view.RedrawWindow();
 }
 
-// Shares have no place in the history and nothing above them, and are no files.
+// Shares are not files, have nothing above them, and are not in the history.
 void CMainFrame::OnUpdateFileCommand(Notification& notification) {
     notification.state.enabled = !view.IsShowing(PlaceKind::kShares);
 }

@@ -6,7 +6,7 @@
 namespace permora {
 namespace {
 
-// Against a glance at the registry, not against anyone who reads this.
+// Hides the values from a glance at the registry, not from readers of this code.
 constexpr std::uint8_t kScramblingKey = 0xA7;
 
 void Scramble(StoredSettings& bytes) {
@@ -14,7 +14,7 @@ void Scramble(StoredSettings& bytes) {
         byte = static_cast<std::uint8_t>(~(byte ^ kScramblingKey));
 }
 
-// As the language takes a number for a truth value.
+// Any number but 0 is true.
 void CleanFlags(SettingsBlock& block) {
     for (std::uint8_t* flag : {&block.useOwnIcons, &block.showToolTips, &block.askBeforeSecureDeletion,
                                &block.showIntermediateInfo, &block.explorerMenu})

@@ -38,7 +38,7 @@ DWORD LoadProgramFolder(const RegistryKey& key, ProgramSettings& record) {
     const DWORD error = key.Read(kFolderValue, value);
     if (error != ERROR_SUCCESS) return error;
     if (value.type != REG_SZ) return ERROR_INVALID_DATA;
-    // What others wrote need not end in a NUL, and what follows one does not count.
+    // A value that others wrote may lack its NUL, and bytes after a NUL do not count.
     const std::string folder(text.data(), value.size);
     return SetProgramFolder(record, folder.substr(0, folder.find('\0'))) ? ERROR_SUCCESS : ERROR_INVALID_DATA;
 }

@@ -74,8 +74,8 @@ int AddrBar::LeastWidth() const {
     return FieldRect().left + kLeastField + kGap + kGoMargin;
 }
 
-// The field and the button keep their distances from the bar's right edge, which is the frame's, and so from
-// each other, whatever room the font gives the caption.
+// The field and the button keep their distances from the bar's right edge, which is the frame's, and from
+// each other, whatever width the caption has in the font.
 void AddrBar::OnSize(Size client) {
     CWnd* field = GetDlgItem(IDC_LOCATION);
     if (field == nullptr || !goButton.HasWindow()) return;

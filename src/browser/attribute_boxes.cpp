@@ -72,7 +72,7 @@ DWORD AttributeWordOf(const CheckedBoxes& boxes) {
 DWORD AssignAttributes(const Place& place, const CheckedBoxes& boxes, const CheckedBoxes& before) {
     const DWORD word = AttributeWordOf(boxes);
     const CheckedBoxes changed = boxes ^ before;
-    // The calls below take names and no folder.
+    // The calls below take names without a folder.
     if (const DWORD error = place.folder->MakeCurrent(); error != ERROR_SUCCESS) return error;
     for (const std::string& each : place.names) {
         const char* name = each.c_str();

@@ -44,7 +44,7 @@ bool CAttributesDlg::OnInitDialog() {
     shown = BoxesOf(first.dwFileAttributes);
     for (std::size_t i = 0; i < boxes.size(); ++i)
         boxes.at(i)->SetCheck(shown.test(i) ? CheckState::kChecked : CheckState::kClear);
-    // Only files are temporary. What the box says is written nevertheless.
+    // Only files are temporary. The state of the box is written nevertheless.
     const bool isFolder = (first.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     boxes.at(static_cast<std::size_t>(AttributeBox::kTemporary))->EnableWindow(!isFolder);
     return true;

@@ -1,4 +1,4 @@
-// Filling the list, and what the bars say of it.
+// Filling the list, and the texts of the bars.
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -17,7 +17,7 @@ constexpr int kCountPane = 1;
 
 }  // namespace
 
-// Takes the rows of one source into the list.
+// Puts the rows of one source into the list.
 class BrowserView::Filling : public RowReceiver {
   public:
     Filling(BrowserView& browser, PlaceKind source)
@@ -56,7 +56,7 @@ Outcome BrowserView::Fill(RowSource& source) {
     return outcome;
 }
 
-// On failure, the location is what it was, and the list shows what it did, nothing, or a part of the source.
+// On failure, the location is unchanged. The list is unchanged, empty, or shows a part of the source.
 Outcome BrowserView::Show(std::unique_ptr<RowSource> source) {
     Outcome outcome = source->Open();
     if (outcome.IsDone()) outcome = Fill(*source);
@@ -82,7 +82,7 @@ void BrowserView::RefreshList() {
     if (focusedRow >= 0) FocusAgain(focusedName, focusedRow);
 }
 
-// The keyboard goes on at the row of that name, or where it was when there is none any more.
+// The keyboard continues at the row of that name or, if there is none, where it was.
 void BrowserView::FocusAgain(const std::string& name, int row) {
     const int again = RowNamed(name);
     list.SetFocusedRow(again >= 0 ? again : std::min(row, list.GetItemCount() - 1));
@@ -100,7 +100,7 @@ void BrowserView::ShowLocation(const std::string& text) {
     if (addressBar != nullptr) addressBar->SetLocationText(text);
 }
 
-// ---- The status bar. No message loop runs while a folder is read, so what it says is painted at once. ----
+// ---- The status bar. No message loop runs while a folder is read, so its texts are painted at once. ----
 
 void BrowserView::ShowState(const char* text) {
     if (statusBar == nullptr) return;
@@ -108,7 +108,8 @@ void BrowserView::ShowState(const char* text) {
     PaintStatusBar();
 }
 
-// Painting each tenth row of a fast folder would cost more than reading it: the display's pace is enough.
+// Painting the count for each tenth row of a fast folder would cost more than reading it, so the display sets
+// the pace.
 void BrowserView::ShowItemCount(const std::string& text) {
     if (statusBar == nullptr) return;
     constexpr std::chrono::milliseconds kDisplayPace(16);

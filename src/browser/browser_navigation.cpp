@@ -26,7 +26,7 @@ bool BrowserView::ShowLocationAgain() {
     return IsShowing(PlaceKind::kFolder) && IsFolderGone(Rows().Folder()) && ShowNearestParent();
 }
 
-// What the user sees vanish is told, since nobody chose to go elsewhere.
+// A folder that vanishes is reported, since the user did not choose to leave it.
 bool BrowserView::ShowNearestParent() {
     const std::string gone = location->Folder();
     std::string nearest = FolderAbove(gone);
@@ -88,7 +88,7 @@ void BrowserView::GoToLocation(const std::string& text) {
     if (outcome.IsDone()) GoTo(std::make_unique<FolderRows>(typed->Folder()));
 }
 
-// Shows another location and records it, or says why not and shows the location before.
+// Shows another location and records it. On failure, reports the reason and shows the previous location.
 void BrowserView::GoTo(std::unique_ptr<RowSource> source) {
     if (const Outcome outcome = Show(std::move(source)); !outcome.IsDone()) {
         ShowOutcome(GetSafeHwnd(), outcome);
@@ -103,7 +103,7 @@ void BrowserView::OpenSelected() {
     if (row < 0 || IsShowing(PlaceKind::kShares)) return;
     const std::string name = list.GetItemText(row, kNameColumn);
     const DWORD error = Rows().MakeCurrent();
-    // Attributes that cannot be read count as those of a folder.
+    // An object whose attributes cannot be read counts as a folder.
     if (error != ERROR_SUCCESS)
         ShowSystemErrorBox(GetSafeHwnd(), error);
     else if ((GetFileAttributesA(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0)

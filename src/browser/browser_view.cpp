@@ -83,7 +83,7 @@ void BrowserView::Create(CWnd& owner, unsigned int id, const std::string& comman
     OpenStartFolder(commandLine);
 }
 
-// A failure to list is reported when the frame's settings are applied, which lists again.
+// A failure is reported when the frame applies its settings, which lists again.
 void BrowserView::OpenStartFolder(const std::string& commandLine) {
     const std::string folder = StartFolderOf(commandLine);
     auto start = std::make_unique<FolderRows>(folder);
@@ -116,7 +116,7 @@ CFrameWnd* BrowserView::Frame() const {
     return dynamic_cast<CFrameWnd*>(GetParent());
 }
 
-// ---- Notifications. After a double click or a key the list goes on with its own reaction. ----
+// ---- Notifications. After a double click or a key, the list reacts itself as well. ----
 
 void BrowserView::OnDoubleClick(Notification& notification) {
     notification.handled = false;

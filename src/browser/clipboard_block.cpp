@@ -31,7 +31,7 @@ Unit UnitAt(std::span<const std::uint8_t> bytes, std::size_t place) {
         return static_cast<Unit>(ReadNumber<std::uint16_t>(bytes, place * sizeof(Unit)));
 }
 
-// Up to the second of two NULs, which must come before the end of `bytes`.
+// Up to two NULs, which must be inside `bytes`.
 template <class Unit>
 const char* ReadFileList(std::span<const std::uint8_t> bytes, std::basic_string<Unit>& list) {
     const std::size_t units = bytes.size() / sizeof(Unit);

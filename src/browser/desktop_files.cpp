@@ -14,7 +14,7 @@ std::string_view TextOf(std::span<const std::uint8_t> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-// Takes the first line off `text`, without its end. Some programs end a text with a NUL.
+// Removes and returns the first line of `text`, without its end. Some programs end a text with a NUL.
 std::string_view TakeLine(std::string_view& text) {
     std::string_view line = text.substr(0, text.find('\n'));
     text.remove_prefix(std::min(line.size() + 1, text.size()));

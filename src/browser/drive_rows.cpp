@@ -20,7 +20,7 @@ constexpr int kNetworkImage = 4;
 // A root and its NUL in the system's list of drives.
 constexpr std::size_t kDriveEntryLength = 4;
 
-// "C:\" and so on, each with its NUL; empty when the system gives none. A drive may come while we ask.
+// "C:\" and so on, each with its NUL; empty on failure. A drive may appear between the two calls.
 std::string DriveStrings() {
     std::string strings;
     DWORD length = GetLogicalDriveStringsA(0, nullptr);
@@ -40,7 +40,7 @@ struct VolumeFacts {
     DWORD flags = 0;
 };
 
-// False where the volume does not answer; nothing is known then.
+// False if the volume does not respond; nothing is known then.
 bool AskVolume(const std::string& root, VolumeFacts& facts) {
     return GetVolumeInformationA(root.c_str(), facts.label.data(), kNameRoom, nullptr, nullptr, &facts.flags,
                                  facts.fileSystem.data(), kNameRoom) != FALSE;
@@ -88,7 +88,7 @@ Outcome DriveRows::List(const RowOptions& /*options*/, RowReceiver& receiver) {
     return {};
 }
 
-// As much as the drive gives.
+// As much as is known of the drive.
 std::string DriveRows::Tip(const std::string& root) const {
     VolumeFacts facts;
     if (!AskVolume(root, facts)) return {};

@@ -41,8 +41,8 @@ struct ClipboardContents {
     bool operator==(const ClipboardContents&) const = default;
 };
 
-// What is there in the first format that is; else `contents` is unchanged. Empty bytes where there is more
-// than is taken.
+// Reads the first format that the clipboard has; otherwise leaves `contents` unchanged. Empty when the data
+// is too large.
 ClipboardAnswer AskForContents(const Clipboard& clipboard, ClipboardContents& contents) {
     if (clipboard.AwaitFormats() == ClipboardAnswer::kSilence) return ClipboardAnswer::kSilence;
     for (const char* name : {kClipboardFormatName, kGnomeFilesFormatName, kUriListFormatName}) {
@@ -122,7 +122,7 @@ void PasteFiles(CWnd& owner, const RowSource& target, const std::function<void()
     }
     refresh();
     if (!isDone || transfer.kind == TransferKind::kCopy) return;
-    // What was cut is pasted once. Another program may have put something else there in the meantime.
+    // A cut file is pasted once. Another program may have put something else there meanwhile.
     ClipboardContents now;
     if (AskForContents(clipboard, now) == ClipboardAnswer::kGiven && now == contents) clipboard.Empty();
 }

@@ -90,7 +90,7 @@ void FileCommands::DeleteFiles(const std::vector<std::string>& names) const {
     RunFileOperation(view.GetSafeHwnd(), FO_DELETE, FileListOf(folder, names).c_str(), "");
 }
 
-// What cannot be removed stays shared, and so does all below it in the list.
+// On a failure, this share and all below it in the list stay shared.
 void FileCommands::DeleteShares(const std::vector<std::string>& names) const {
     if (MessageBoxA(view.GetSafeHwnd(), "Are you sure want to delete specified shared resource", "Deletion",
                     MB_YESNO | MB_ICONQUESTION) == IDYES)
@@ -133,8 +133,7 @@ void FileCommands::CreateNewFolder() {
     view.RefreshList();
 }
 
-// The system's own wizard may still be open when this returns, and then it is the user who lists the shares
-// again.
+// The system's own wizard may still be open when this returns. Then the user must refresh the list.
 void FileCommands::CreateNewShare() const {
     HWND owner = view.GetParent()->GetSafeHwnd();
     if (!OpenByShell(owner, "shrpubw")) ShowErrorBox(owner, "Cannot open \"Create a share folder wizard\"");

@@ -8,7 +8,7 @@
 namespace permora {
 namespace {
 
-// What the system takes at most, in units of the text.
+// The system's limit, in units of the text.
 constexpr std::size_t kLongestPath = 32'767;
 
 template <class Unit>
@@ -28,7 +28,7 @@ constexpr bool IsLetter(Unit unit) {
     return (unit >= Unit{'a'} && unit <= Unit{'z'}) || (unit >= Unit{'A'} && unit <= Unit{'Z'});
 }
 
-// The system drops dots and blanks at the end of a name, which would then be another's.
+// The system drops dots and blanks at the end of a name, which would then name another object.
 template <class Unit>
 bool IsName(std::basic_string_view<Unit> name) {
     return name.back() != Unit{'.'} && name.back() != Unit{' '} &&
@@ -54,7 +54,7 @@ bool HasShapeOfFile(std::basic_string_view<Unit> path) {
     return names > (isOnDrive ? 0 : kServerAndShare);
 }
 
-// Each half of a pair stands where it belongs.
+// Whether all surrogates are in pairs.
 bool IsWellFormed(std::basic_string_view<WCHAR> text) {
     const auto isBetween = [](WCHAR unit, unsigned int first, unsigned int last) {
         return unit >= first && unit <= last;

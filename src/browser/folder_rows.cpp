@@ -30,7 +30,7 @@ class FolderSearch {
         error = reason == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : reason;
         return false;
     }
-    // Why Next had nothing more: ERROR_SUCCESS at the end of the folder.
+    // Why Next returned false: ERROR_SUCCESS at the end of the folder.
     DWORD Error() const { return error; }
 
   private:
@@ -46,7 +46,7 @@ std::string SizeTextOf(const WIN32_FIND_DATAA& found) {
     return FormatSize((std::uint64_t{found.nFileSizeHigh} << 32) | found.nFileSizeLow);
 }
 
-// A link is only entered when a separator asks for what is inside.
+// A link is followed only with a separator at the end.
 DWORD OpenFolder(const FolderHandle* base, const std::string& path, FolderHandle& folder) {
     const auto open = [&](const std::string& each) {
         return base != nullptr ? base->OpenPath(each, folder) : FolderHandle::Open(each, folder);
@@ -64,7 +64,7 @@ DWORD QueryCurrentDirectory(std::string& path) {
     return ERROR_SUCCESS;
 }
 
-// Adds folders, or else what is none, behind `row.position` rows.
+// Adds the folders, or everything else, after `row.position` rows.
 Outcome ListPass(bool wantsFolders, const RowOptions& options, Row& row, RowReceiver& receiver) {
     constexpr int kCountStep = 10;
     FolderSearch search;
@@ -159,7 +159,7 @@ DWORD FolderRows::MakeCurrent() const {
     return held->MakeCurrent();
 }
 
-// The system reports where the folder is without any link. Is that the path shown, then the path leads here.
+// The system reports the folder's path without links. If that is the shown path, the shown path leads here.
 DWORD FolderRows::Verify() const {
     std::string now;
     if (held->MakeCurrent() == ERROR_SUCCESS && QueryCurrentDirectory(now) == ERROR_SUCCESS && now == path)

@@ -35,7 +35,7 @@ CIcon RowImages::OwnIcon(unsigned int id) {
 }
 
 CIcon RowImages::IconOf(const Picture& picture) {
-    // Where each object has a picture of its own, keeping them all would only fill the memory.
+    // If each object has a picture of its own, keeping them all would only fill the memory.
     constexpr std::size_t kMostIcons = 1000;
     if (!picture) return {};
     if (shellIcons.size() >= kMostIcons) shellIcons.clear();

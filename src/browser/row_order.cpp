@@ -12,7 +12,7 @@
 namespace permora {
 namespace {
 
-// Each row's key is made once: a comparison of two of them costs little, however long the list is.
+// Each row's key is made once, since a long list needs many comparisons.
 template <class Key>
 RowOrder OrderByKey(const std::vector<std::string>& texts, Key (*keyOf)(const std::string&)) {
     std::vector<Key> keys(texts.size());
@@ -29,7 +29,7 @@ std::string UpperCased(const std::string& text) {
     return WideToAnsi(wide.c_str());
 }
 
-// The number at which `text` begins, which is then cut off; 0 when there is none.
+// Removes and returns the number at the start of `text`; 0 when there is none.
 std::int64_t TakeNumber(const char*& text, const char* end) {
     std::int64_t number = 0;
     text = std::from_chars(text, end, number).ptr;

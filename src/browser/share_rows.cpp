@@ -13,13 +13,13 @@ namespace {
 constexpr std::array<unsigned int, 2> kShareImages = {IDI_DRIVE_NETWORK, IDI_SHARED_FOLDER};
 constexpr int kShareImage = 1;
 
-// What the machine offers for its own services.
+// The shares of the machine's own services.
 constexpr const char* kServiceShare = "IPC$";
 
-// What one call for the shares handed out.
+// The result of one call for shares.
 class ShareRecords {
   public:
-    // The shares from `resume` on, which becomes the place of the next call.
+    // The shares from `resume` on, which becomes the start of the next call.
     NET_API_STATUS Read(DWORD& resume) {
         LPBYTE block = nullptr;
         DWORD total = 0;
@@ -65,7 +65,7 @@ Outcome ShareRows::List(const RowOptions& /*options*/, RowReceiver& receiver) {
         for (const SHARE_INFO_1& share : records.Shares()) {
             Row row{.name = WideToAnsi(share.shi1_netname), .image = kShareImage, .position = count};
             if (row.name == kServiceShare) continue;
-            // By its own name, which the code page of the row may not hold.
+            // By its wide name, since the row's code page may not have all its characters.
             static_cast<void>(ReadSharePath(share.shi1_netname, row.type));  // else it stays empty
             if (!receiver.Add(row)) return {ERROR_NOT_ENOUGH_MEMORY};
             ++count;

@@ -15,7 +15,7 @@ std::string ShellTypeName(const std::string& path) {
 }
 
 bool OpenByShell(HWND owner, const std::string& target) {
-    // The shell hands out a number in the shape of a handle.
+    // The shell returns a number as a handle.
     constexpr std::uintptr_t kLastFailure = 32;
     const HINSTANCE result = ShellExecuteA(owner, "open", target.c_str(), nullptr, nullptr, SW_SHOW);
     return reinterpret_cast<std::uintptr_t>(result) > kLastFailure;

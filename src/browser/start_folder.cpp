@@ -2,7 +2,7 @@
 
 namespace permora {
 
-// The quote that begins the program's path, at the very start, is passed over; the next one ends it.
+// The quote at the very start begins the program's path; the next one ends it.
 std::string StartFolderOf(const std::string& commandLine) {
     const std::size_t programEnd = commandLine.find('"', 1);
     if (programEnd == std::string::npos) return {};

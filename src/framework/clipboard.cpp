@@ -6,7 +6,7 @@
 namespace permora {
 namespace {
 
-// More than the paths of a million files; what another program offers beyond that is not taken.
+// More than the paths of a million files. Larger data of another program is refused.
 constexpr std::size_t kLargestData = std::size_t{256} << 20U;
 
 }  // namespace

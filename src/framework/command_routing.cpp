@@ -17,7 +17,7 @@ CommandState AskCommandState(CCmdTarget& target, unsigned int id, bool checked) 
 }
 
 bool SendCommand(CCmdTarget& target, unsigned int id) {
-    // What was enabled when it was shown may be disabled by now, and keys show nothing.
+    // A command may have been disabled since it was shown, and keys are never shown.
     if (!AskCommandState(target, id, false).enabled) return false;
     Notification command{.id = id, .code = Notify::kCommand};
     return target.OnCmdMsg(command);

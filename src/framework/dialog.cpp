@@ -9,8 +9,8 @@
 
 namespace permora {
 
-// User-interface thread only, but for the number. A worker's EndDialog may arrive when the run, or even the
-// dialog, has gone.
+// User-interface thread only, except for the number. A worker's EndDialog may arrive after the run has ended,
+// or even after the dialog is gone.
 struct CDialog::Run {
     std::atomic<unsigned int> number = 0;  // counts the runs: what was meant for one must not end the next
     ModalWindow* modal = nullptr;          // null: not running
@@ -80,7 +80,7 @@ void CDialog::OnCancel() {
 }
 
 bool CDialog::OnCmdMsg(Notification& notification) {
-    // A key or a click may come when the dialog has ended already, and must not change what it gave.
+    // A key or a click may arrive after the dialog has ended, and must not change its result.
     if (run->hasEnded) return true;
     if (CWnd::OnCmdMsg(notification)) return true;
     if (notification.code != Notify::kClicked) return false;

@@ -127,7 +127,7 @@ bool IsLabel(const MadeControl& made) {
 }
 
 // The label in the same row before `index`, or directly before it in another row; null when there is none.
-// Boxes without text are passed over, since one label may stand before several of them.
+// Boxes without text are skipped, since one label may belong to several of them.
 const MadeControl* LabelBefore(const std::vector<MadeControl>& controls, std::size_t index) {
     for (std::size_t i = index; i-- > 0;) {
         if (IsLabel(controls[i])) return &controls[i];
@@ -186,7 +186,7 @@ int RoomToTheRight(const std::vector<MadeControl>& controls, const MadeControl& 
     return right;
 }
 
-// Sizes in dialog units fit the system's own font; with others some texts of boxes need more.
+// Sizes in dialog units fit the system's own font. With other fonts, some texts of boxes need more room.
 void WidenForText(const std::vector<MadeControl>& controls, const MadeControl& made,
                   const DialogTemplate& dialog) {
     if (!HasCheckMark(made.kind) || made.control->text.empty()) return;

@@ -6,7 +6,7 @@
 namespace permora {
 namespace {
 
-// The cost of an item beside its bytes, in bytes.
+// The cost of an item in addition to its contents, in bytes.
 constexpr double kBytesOfAnItem = 128.0 * 1024;
 
 // After so many seconds the weight of a speed has fallen to about a third.
@@ -41,7 +41,7 @@ std::optional<double> FileOperationPace::Fraction() const {
 }
 
 std::optional<std::chrono::seconds> FileOperationPace::TimeLeft() const {
-    // Nobody waits for longer.
+    // A longer time is useless to the user.
     constexpr double kLongest = 100.0 * 24 * 3600;
     if (!isTotalKnown || seconds < kEnoughSeconds || speed <= 0) return std::nullopt;
     const double left = std::max(0.0, total - done) * weight / speed;

@@ -86,7 +86,7 @@ FileQuestionTexts MergeTexts(const FileOperationQuestion& question) {
 }
 
 FileQuestionTexts ProtectedTexts(const FileOperationQuestion& question) {
-    // Copying changes only what stands in its place.
+    // Copying changes only an object of the same name.
     const bool isReplaced = question.operation == FileOperationKind::kCopy;
     FileQuestionTexts texts;
     texts.text = Quoted(question.source.path) + " is read-only or belongs to the system. Do you want to " +

@@ -16,7 +16,7 @@
 namespace permora {
 namespace {
 
-// Numbers that the class library has for every program: a command, and the text while nothing is pointed at.
+// The class library's numbers for every program: a command, and the text while nothing is pointed at.
 constexpr unsigned int kExitCommand = 57665;
 constexpr unsigned int kIdleMessage = 57345;
 
@@ -26,7 +26,7 @@ NativeFrame* NativeOf(const CFrameWnd& frame) {
     return WindowAccess::NativeAs<NativeFrame>(frame);
 }
 
-// The first window of `Kind` among the children of `window` and their children: bars may stand in a rebar.
+// The first window of `Kind` among the children of `window` and their children: bars may be in a rebar.
 template <class Kind>
 Kind* FindBar(const CWnd* window) {
     if (window == nullptr) return nullptr;
@@ -43,7 +43,7 @@ bool IsBar(const CWnd& window) {
            dynamic_cast<const CDialogBar*>(&window) != nullptr;
 }
 
-// A request that was on its way when a modal window opened would act behind its back, or destroy it.
+// A request that arrives after a modal window has opened would act behind it, or destroy it.
 bool TakesRequests(const CFrameWnd& frame) {
     return frame.IsWindowEnabled() && !IsModalWindowOpen();
 }

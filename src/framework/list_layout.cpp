@@ -50,7 +50,7 @@ RowRange ListLayout::RowsIn(const Rect& area) const {
     return {std::min(firstLine * lineLength, count), std::min(lastLine * lineLength, count)};
 }
 
-// Cells that are seen at once, without the one that stays in sight.
+// Visible cells, without the one that stays in sight.
 int ListLayout::PageStep() const {
     const int lines = FillsDown() ? client.cx / cell.cx : client.cy / cell.cy;
     return std::max(view == ListView::kReport ? lines - 1 : lines, 1) * lineLength;

@@ -93,7 +93,7 @@ bool NativeListView::Select(int row, bool selected) {
     if (selected && IsSingleSelection()) {
         const int before = rows.NextSelected(0);
         if (before >= 0 && before != row) Select(before, false);
-        // The keyboard goes on from the row that is shown as chosen.
+        // The keyboard continues from the selected row.
         if (rows.Has(row)) SetCursor({row, rows.cursor.mark, row});
     }
     if (!rows.SetSelected(row, selected)) return rows.Has(row);

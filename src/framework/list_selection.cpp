@@ -7,7 +7,7 @@ namespace {
 
 enum class Others { kUnselect, kKeep };
 
-// Handlers run between the changes and may change the list, so nothing is remembered over a call.
+// Handlers run between the changes and may change the list, so nothing is kept across a call.
 void SelectRange(NativeListView& list, int one, int other, Others others) {
     const auto [first, last] = std::minmax(one, other);
     if (others == Others::kUnselect) {

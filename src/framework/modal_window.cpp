@@ -32,7 +32,7 @@ bool CanTakeFocus(const CWnd& control) {
     return IsTabStop(control) && control.IsWindowEnabled() && (control.GetStyle() & WS_VISIBLE) != 0;
 }
 
-// The keyboard enters a group of radio buttons at the one that is checked.
+// The keyboard enters a group of radio buttons at the checked one.
 CWnd& EntryOf(CWnd& control) {
     if (!IsRadioButton(control)) return control;
     const std::vector<CWnd*> group = RadioGroupOf(control);
@@ -53,7 +53,7 @@ void AppendTabStops(CWnd& window, std::vector<CWnd*>& order) {
 OwnerDisabler::OwnerDisabler(CWnd* owner)
     : top(owner != nullptr ? &WindowAccess::TopLevel(*owner) : nullptr) {
     if (top == nullptr || !top->IsWindowEnabled()) top = nullptr;
-    // The toolkit's modality keeps the input away; the bit is for those who ask. Greying the contents would
+    // The toolkit's modality blocks the input; the bit is for callers that ask. Greying the contents would
     // only flicker.
     if (top != nullptr) WindowAccess::Native(*top)->style |= WS_DISABLED;
 }

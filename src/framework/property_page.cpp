@@ -11,7 +11,7 @@ bool CPropertyPage::OnApply() {
 }
 
 bool CPropertyPage::OnCmdMsg(Notification& notification) {
-    // A click that waited while the sheet applied its pages may come when that has ended it.
+    // A click that waited while the sheet applied its pages may arrive after the sheet has ended.
     if (sheet != nullptr && sheet->state->hasEnded) return true;
     return CDialog::OnCmdMsg(notification);
 }

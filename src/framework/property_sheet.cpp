@@ -24,7 +24,7 @@ CPropertyPage* CPropertySheet::State::PageAt(int index) const {
 bool CPropertySheet::State::Activate(int index, int direction) {
     for (CPropertyPage* page = PageAt(index); page != nullptr; page = PageAt(index)) {
         if (!page->HasWindow() && !CreatePage(*page)) return false;
-        // Its initialisation may have changed which pages there are.
+        // The initialisation may have changed the set of pages.
         index = IndexOf(page);
         if (page->OnSetActive()) {
             if (active != nullptr && active != page) active->ShowWindow(SW_HIDE);
@@ -190,7 +190,7 @@ bool CPropertySheet::OnInitDialog() {
 }
 
 bool CPropertySheet::OnCmdMsg(Notification& notification) {
-    // A key pressed twice may come when the sheet has ended already.
+    // The second press of a key may arrive after the sheet has ended.
     if (state->hasEnded) return true;
     if (CWnd::OnCmdMsg(notification)) return true;
     if (notification.code == Notify::kSelectionChanged && notification.id == kSheetTabsId) {

@@ -9,7 +9,7 @@
 namespace permora {
 namespace {
 
-// Distances in dialog units, as the system's own dialogs keep them.
+// Distances of the system's own dialogs, in dialog units.
 constexpr int kSheetMargin = 7;
 constexpr int kGap = 4;
 constexpr int kButtonWidth = 50;
@@ -149,7 +149,7 @@ void CPropertySheet::State::UpdateApplyButton() {
     SetStyleBit(sheet.GetDlgItem(kSheetApplyId), WS_DISABLED, !isModified);
 }
 
-// Next and Finish share one place, as wizards have it; the one that is there is the default button.
+// Next and Finish share one place, as in all wizards. The visible one is the default button.
 void CPropertySheet::State::ShowWizardButtons(WizardButtons buttons) {
     const bool canFinish = Has(buttons, WizardButtons::kFinish);
     const bool showsFinish = canFinish || Has(buttons, WizardButtons::kDisabledFinish);

@@ -23,7 +23,7 @@ std::optional<std::vector<ResourceEntry>> ReadResourceFile(std::span<const std::
         const auto data = reader.TakeBytes(dataSize);
         if (reader.Failed()) return std::nullopt;
         reader.Align(kAlignment);
-        // The empty entry at the beginning, which tells the format from an older one, has the type 0.
+        // The empty entry at the beginning, which distinguishes the format from an older one, has the type 0.
         if (type.isNumber && name.isNumber && type.number != 0)
             entries.push_back({type.number, name.number, data});
     }
@@ -31,8 +31,8 @@ std::optional<std::vector<ResourceEntry>> ReadResourceFile(std::span<const std::
 }
 
 std::span<const std::byte> FindProgramResource(ResourceType type, unsigned int id) {
-    // The resources lie in the program itself; a damaged file would be a fault of the build, and shows no
-    // resource at all.
+    // The resources are part of the program. A damaged file would be a fault of the build, and has no
+    // resources at all.
     static const std::vector<ResourceEntry> kEntries =
         ReadResourceFile(EmbeddedResources()).value_or(std::vector<ResourceEntry>());
     const auto found = std::ranges::find_if(kEntries, [type, id](const ResourceEntry& entry) {

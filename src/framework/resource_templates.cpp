@@ -10,7 +10,7 @@ namespace {
 
 constexpr DWORD kHasFont = 0x40;  // DS_SETFONT, also part of DS_SHELLFONT
 constexpr unsigned int kStringsPerBlock = 16;
-// Nested deeper than any menu a person could use; keeps a damaged one from exhausting the stack.
+// Deeper than any usable menu; keeps a damaged one from exhausting the stack.
 constexpr int kDeepestMenu = 16;
 
 std::string ClassName(const ResourceReader::NumberOrText& name) {

@@ -21,7 +21,7 @@ struct Span {
     int end;
 };
 
-// Stored numbers may be anything, so differences are taken in 64 bits.
+// Stored numbers may be anything, so differences need 64 bits.
 Span FitInto(Span wanted, Span room, int smallest) {
     const std::int64_t extent = room.end - room.start;
     const std::int64_t length = std::clamp<std::int64_t>(std::int64_t{wanted.end} - wanted.start,

@@ -16,8 +16,7 @@ bool NativeWindow::ReportNotification(Notification& notification) {
     CWnd* parent = target.parent;
     if (parent == nullptr) return false;
     notification.id = target.controlId;
-    // Modality keeps the user away from a window that counts as disabled, but not what assistive technology
-    // clicks for him.
+    // Modality blocks the user's input to a disabled window, but not clicks by assistive technology.
     if (notification.code == Notify::kClicked && !WindowAccess::TopLevel(target).IsWindowEnabled())
         return true;
     return parent->OnCmdMsg(notification);

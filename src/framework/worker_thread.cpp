@@ -24,12 +24,12 @@ WorkerThread::~WorkerThread() {
 
 DWORD WorkerThread::Start(std::function<void()> work) {
     Wait();
-    // An exception ends the program, as on any thread. Kept in the future it would let a window wait for ever
-    // for work that is half done.
+    // An exception ends the program, as on any thread. If the future kept it, a window would wait for ever
+    // for unfinished work.
     auto task = std::make_unique<Task>([work = std::move(work)]() noexcept { work(); });
     std::future<void> taskEnd = task->get_future();
     SECURITY_ATTRIBUTES attributes{sizeof attributes, nullptr, TRUE};
-    // Closed at once: the task tells its end.
+    // Closed at once: the future signals the end.
     const UniqueHandle thread(CreateThread(&attributes, kStackBytes, Work, task.get(), 0, nullptr));
     if (!thread) return GetLastError();
     static_cast<void>(task.release());  // the thread's now

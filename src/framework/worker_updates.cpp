@@ -13,7 +13,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Displays paint about sixty times a second; painting more often is work that nobody sees.
+// Displays paint about sixty times a second. More would not be seen.
 constexpr std::chrono::milliseconds kPaintInterval{16};
 
 struct Update {
@@ -43,7 +43,7 @@ void Apply(const CWnd& window, const Update& update) {
     if (update.work) update.work();  // last, since it may destroy the window
 }
 
-// Applies what waits now. One window at a time, since a change may run code that destroys another.
+// Applies the waiting updates. One window at a time, since a change may run code that destroys another.
 void Flush() {
     Queue& queue = TheQueue();
     std::unique_lock lock(queue.mutex);

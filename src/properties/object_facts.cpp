@@ -111,7 +111,7 @@ ObjectFacts FactsOfDrive(const std::string& root) {
     drive.kind = type.empty() ? "Drive" : type + " drive";
     std::array<char, 261> label{};
     std::array<char, 261> fileSystem{};
-    // Both stay empty where the volume does not answer.
+    // Both stay empty if the volume does not respond.
     static_cast<void>(GetVolumeInformationA(root.c_str(), label.data(), DWORD{label.size()}, nullptr, nullptr,
                                             nullptr, fileSystem.data(), DWORD{fileSystem.size()}));
     drive.name = label.front() == '\0' ? root : root + " (" + label.data() + ')';

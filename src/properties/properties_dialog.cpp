@@ -30,7 +30,7 @@ bool IsMeasured(ObjectSort sort) {
 
 }  // namespace
 
-// What the worker has of the dialog: its fields, any of which may be null.
+// The dialog's fields for the worker. Any of them may be null.
 class CPropertiesDlg::Count : public TreeSizeObserver {
   public:
     explicit Count(CPropertiesDlg& dialog)
@@ -134,7 +134,7 @@ void CPropertiesDlg::StartCount() {
     constexpr unsigned int kCounted[] = {IDC_PROPERTY_SIZE, IDC_PROPERTY_SIZE_ON_DISK, IDC_PROPERTY_CONTENTS};
     for (const unsigned int id : kCounted)
         ShowText(id, "Counting...");
-    // The worker must not ask for the fields itself.
+    // The worker must not look up the fields itself.
     auto count = std::make_shared<Count>(*this);
     const DWORD error = worker.Start([count, counted = path] { count->Run(counted); });
     if (error != ERROR_SUCCESS) count->Fail(error);

@@ -18,8 +18,8 @@ namespace {
 
 std::atomic<QtApplication*> theToolkit = nullptr;
 
-// The toolkit calls exit() in the middle of everything when the display's server goes. No window can be
-// destroyed in order any more, but what is half done on a disk can be put in order.
+// The toolkit calls exit() at any moment when the display server goes away. Windows can no longer be
+// destroyed in order, but unfinished work on a disk can be put in order.
 void EndWithoutDisplay(int exitCode, void* /*argument*/) {
     constexpr std::chrono::seconds kLimit{5};
     QtApplication* toolkit = theToolkit;
@@ -32,7 +32,7 @@ void EndWithoutDisplay(int exitCode, void* /*argument*/) {
 }
 
 // Ends all loops, also those of windows that refuse to be closed. The callers of the loops wait for their
-// work.
+// workers.
 void EndToolkit() {
     thePresenters.messages = nullptr;
     StopAllWork(std::chrono::milliseconds(0));
@@ -47,7 +47,7 @@ QtApplication::QtApplication(int& argc, char** argv)
       endSignals(EndToolkit),
       presenter(std::make_unique<qt::WindowPresenter>()),
       fileOperations(std::make_unique<qt::FileOperationWindows>()) {
-    // The frame's closing ends the program, not that of a dialog that stands alone.
+    // Closing the frame ends the program; closing a dialog without a frame does not.
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(new qt::DialogStyle);  // the application owns it
     if (qt::HasSelections()) clipboard.offer = std::make_unique<qt::ClipboardOffer>();
@@ -104,8 +104,8 @@ void CallOnUiThread(const std::function<void()>& work) {
     } else if (!toolkit->isDisplayLost) {
         auto task = std::make_shared<std::packaged_task<void()>>([&work]() noexcept { work(); });
         const std::future<void> end = task->get_future();
-        // The task is the bridge's alone, so that the wait also ends when the bridge goes without having run
-        // it.
+        // The bridge alone owns the task, so the wait also ends when the bridge is destroyed without having
+        // run it.
         toolkit->Bridge().Post([own = std::move(task)] { (*own)(); });
         end.wait();
     }

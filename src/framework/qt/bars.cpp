@@ -18,7 +18,7 @@
 namespace permora {
 namespace {
 
-// One stop of the Tab key, in which the arrow keys move. A click leaves the focus where it is.
+// One stop of the Tab key, within which the arrow keys move. A click does not move the focus.
 class ToolBarWindow final : public qt::WidgetWindow<NativeToolBar, QToolBar> {
   public:
     ToolBarWindow(CWnd& window, std::unique_ptr<QToolBar> made, FrameEvents& listener)
@@ -46,13 +46,13 @@ class ToolBarWindow final : public qt::WidgetWindow<NativeToolBar, QToolBar> {
     void OnTriggered(QAction& action);
     bool OnButtonEvent(QToolButton& button, QEvent& event);
     bool OnButtonKey(QToolButton& button, int key);
-    // The Tab key stops at a button that can be used.
+    // The Tab key stops at an enabled button.
     void KeepTabStop();
     void FocusButton(qsizetype from, qsizetype step);
 
     FrameEvents& events;
     QList<QToolButton*> buttons;  // without separators
-    // Gone before the buttons, which still get events while they go.
+    // Removed before the buttons, which still get events while they are destroyed.
     std::vector<std::unique_ptr<qt::EventFilter>> watches;
     bool showsTips = true;
 };
@@ -110,7 +110,7 @@ void ToolBarWindow::SetImages(const CImageList& images) {
 }
 
 void ToolBarWindow::OnTriggered(QAction& action) {
-    // The toolkit lets a pressed button go by itself; that is the command's to decide.
+    // The toolkit releases a pressed button by itself, but the command decides that.
     if (action.isCheckable()) action.setChecked(true);
     QMetaObject::invokeMethod(
         &Widget(), [this, id = action.data().toUInt()] { events.OnChosen(id); }, Qt::QueuedConnection);

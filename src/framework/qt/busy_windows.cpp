@@ -1,4 +1,4 @@
-// Windows that are painted while the program works, but take no input of the user.
+// Windows that are painted while the program works, but accept no input.
 #include <QApplication>
 #include <QEvent>
 

@@ -1,5 +1,5 @@
-// The desktop's clipboard. Its formats are MIME types; what it holds outlives the program where the desktop
-// keeps it.
+// The desktop's clipboard. Its formats are MIME types. Its contents outlive the program if the desktop keeps
+// them.
 #include "framework/clipboard.h"
 
 #include <QClipboard>
@@ -15,19 +15,19 @@
 namespace permora {
 namespace {
 
-// Where the system begins to number registered formats.
+// The system's first number for registered formats.
 constexpr unsigned int kFirstFormat = 0xC000;
 
 qt::ClipboardState& State() {
     return QtApplication::Current()->Clipboard();
 }
 
-// Null for a number that was never handed out.
+// Null unless the number was registered.
 QString MimeTypeOf(unsigned int format) {
     return State().formats.value(static_cast<qsizetype>(format) - kFirstFormat);
 }
 
-// What this program has put on the clipboard, if it is still there; else null.
+// The data that this program put on the clipboard; null if it is no longer there.
 const QMimeData* OwnData() {
     const QMimeData* placed = State().placed;
     return placed != nullptr && placed == QGuiApplication::clipboard()->mimeData() ? placed : nullptr;
@@ -79,7 +79,7 @@ bool SetNativeClipboardData(unsigned int format, std::span<const std::uint8_t> b
     if (type.isEmpty()) return false;
     QClipboard& clipboard = *QGuiApplication::clipboard();
     auto data = std::make_unique<QMimeData>();
-    // What is there in other formats stays if it is this program's own.
+    // Other formats stay if this program put them there.
     if (const QMimeData* own = OwnData())
         for (const QString& other : own->formats())
             data->setData(other, own->data(other));

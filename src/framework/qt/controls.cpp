@@ -60,7 +60,7 @@ class PictureButton : public PushButton {
     }
 };
 
-// The arrow keys go through a group in the template's order; the toolkit would go by where the buttons stand.
+// The arrow keys move through a group in the template's order; the toolkit's order would be by position.
 class RadioButton : public QRadioButton {
   public:
     using QRadioButton::QRadioButton;
@@ -97,7 +97,7 @@ class RadioButton : public QRadioButton {
     }
 };
 
-// The toolkit's boxes and buttons do not wrap their texts: breaks are put in where the width asks for them.
+// The toolkit's boxes and buttons do not wrap their texts, so line breaks are inserted for the width.
 QString WrapText(const QString& text, const QFontMetrics& metrics, int width) {
     QString wrapped;
     QString line;
@@ -113,7 +113,7 @@ QString WrapText(const QString& text, const QFontMetrics& metrics, int width) {
     return wrapped + line;
 }
 
-// The keyboard enters a group of radio buttons at the one that is checked.
+// The keyboard enters a group of radio buttons at the checked one.
 void MakeTabStop(const QButtonGroup& group, const QAbstractButton& checked) {
     for (QAbstractButton* each : group.buttons())
         each->setFocusPolicy(each == &checked ? Qt::StrongFocus : Qt::ClickFocus);

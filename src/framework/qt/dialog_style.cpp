@@ -43,7 +43,7 @@ void DrawRaisedCheckBox(QPainter& painter, const QStyle& style, const QStyleOpti
     style.drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, &widget);
 }
 
-// Some styles derive a mark's outline from the window's colour, which is not seen on a dark background.
+// Some styles derive a mark's outline from the window's colour, which is invisible on a dark background.
 void DrawDarkOutline(QPainter& painter, const QStyleOption& option, bool isRound) {
     QColor outline = option.palette.color(QPalette::Text);
     if (outline.lightness() <= option.palette.color(QPalette::Base).lightness()) return;
@@ -61,8 +61,8 @@ void DrawDarkOutline(QPainter& painter, const QStyleOption& option, bool isRound
     painter.restore();
 }
 
-// Gives disabled text a colour between that of text and its background, unless it has one of its own that
-// stands out more. Some themes do not tell the two apart.
+// Gives disabled text a colour between those of text and background, unless its own differs more from both.
+// Some themes do not distinguish disabled text.
 void TellDisabledApart(QPalette& palette, QPalette::ColorRole textRole, QPalette::ColorRole groundRole) {
     constexpr qreal kTextShare = 0.55;
     const QColor text = palette.color(QPalette::Active, textRole);
@@ -99,8 +99,8 @@ void DrawGroupBox(QPainter& painter, const QStyle& style, const QStyleOptionGrou
                        box.state.testFlag(QStyle::State_Enabled), box.text, QPalette::WindowText);
 }
 
-// The toolkit shows the focus only after Tab has moved it. A user who opened the window by a key must see it
-// at once.
+// The toolkit shows the focus only after Tab has moved it. A user who opened the window by a key must see the
+// focus at once.
 template <class Option>
 std::optional<Option> WithVisibleFocus(const QStyleOption* option) {
     const auto* known = qstyleoption_cast<const Option*>(option);
@@ -110,8 +110,8 @@ std::optional<Option> WithVisibleFocus(const QStyleOption* option) {
     return visible;
 }
 
-// A push button with the focus would look as the default button does without it, and the frame of a combo box
-// is hardly seen on a dark background.
+// A push button with the focus would look like the default button without it, and the frame of a combo box is
+// hardly visible on a dark background.
 void DrawFocusInside(QPainter& painter, const QStyle& style, const QStyleOption& control,
                      const QWidget* widget) {
     constexpr int kInset = 3;

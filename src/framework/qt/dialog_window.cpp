@@ -13,7 +13,7 @@
 namespace permora {
 namespace {
 
-// The controls stand where the template says; the keyboard's rules are the shared half's.
+// The template places the controls; the shared half has the rules for the keyboard.
 class DialogWidget : public QDialog {
   public:
     DialogWidget(QWidget* parent, Qt::WindowFlags flags, DialogKeys& handler)
@@ -43,7 +43,7 @@ class DialogWidget : public QDialog {
             default:
                 break;
         }
-        // Past the toolkit's dialog, which has rules of its own for Enter and Escape.
+        // Bypasses the toolkit's dialog, which has rules of its own for Enter and Escape.
         QWidget::keyPressEvent(event);  // NOLINT(bugprone-parent-virtual-call)
     }
     void closeEvent(QCloseEvent* event) override {

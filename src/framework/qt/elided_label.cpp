@@ -15,10 +15,10 @@ ElidedLabel::ElidedLabel(int shownLetters, QWidget* parent, QString caption)
 void ElidedLabel::Show(const QString& whole) {
     if (whole == text()) return;
     setText(whole);
-    // Whether a tip is markup is told by its looks alone.
+    // The toolkit guesses from the text whether a tip is markup.
     setToolTip(whole.isEmpty() ? whole
                                : QLatin1String("<qt>") + whole.toHtmlEscaped() + QLatin1String("</qt>"));
-    // A name stands in for the text.
+    // An accessible name would replace the text.
     if (!captionShown.isEmpty()) setAccessibleName(captionShown + QLatin1Char(' ') + whole);
 }
 

@@ -15,7 +15,8 @@ namespace {
 constexpr std::array<int, 3> kEndSignals{SIGTERM, SIGINT, SIGHUP};
 constexpr unsigned int kSecondsToEnd = 10;
 
-// Written by the handler. Kept for the whole process: a signal may be on its way when the object goes.
+// The handler writes to it. It stays open for the whole process: a signal may arrive while the object is
+// destroyed.
 int endDescriptor = -1;
 
 int OpenEndDescriptor() {
@@ -32,7 +33,7 @@ void TellOfEnd(int /*signal*/) {
     errno = kept;
 }
 
-// Each signal once: SA_RESETHAND brings back what it does by itself.
+// Each signal once: SA_RESETHAND restores its default action.
 void Handle(int signal) {
     struct sigaction before {};
     if (sigaction(signal, nullptr, &before) != 0 || before.sa_handler == SIG_IGN) return;

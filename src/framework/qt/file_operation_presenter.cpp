@@ -25,7 +25,8 @@ namespace {
 constexpr int kMillisecondsBeforeWindow = 500;
 constexpr int kMillisecondsBetweenDisplays = 100;
 
-// One operation. Everything but what a host does runs on the user-interface thread.
+// One operation. Only the host's functions run on the worker; everything else runs on the user-interface
+// thread.
 class Presentation final : public FileOperationHost {
   public:
     Presentation(QWidget* owner, const std::string& windowTitle)
@@ -34,7 +35,7 @@ class Presentation final : public FileOperationHost {
           window(new FileOperationWindow(owner, windowTitle, [this] { isCancelled = true; })) {
         QObject::connect(&appear, &QTimer::timeout, window, [this] { window->show(); });
         QObject::connect(&display, &QTimer::timeout, window, [this] { Display(); });
-        // With its owner, and then nobody can cancel any more.
+        // Destroyed with its owner. Then nobody can cancel any more.
         QObject::connect(window, &QObject::destroyed, &loop, [this] { isCancelled = true; });
         appear.setSingleShot(true);
         appear.start(kMillisecondsBeforeWindow);
@@ -86,7 +87,7 @@ class Presentation final : public FileOperationHost {
 
     bool IsShown() const { return window && window->isVisible(); }
 
-    // Until the operation's window keeps input from all others, it waits.
+    // Input waits until the operation's window blocks all others.
     QEventLoop::ProcessEventsFlags EventsServed() const {
         return IsShown() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents;
     }

@@ -24,10 +24,10 @@ namespace {
 
 constexpr int kLettersInRow = 64;
 
-// The first choice and the second; further ones there are not.
+// There are two choices at most.
 constexpr std::array<unsigned int, 2> kChoiceIds = {IDYES, IDNO};
 
-// In the user's own time and form; empty when it is not known.
+// In the user's time zone and format; empty when unknown.
 QString LocalTimeText(const FILETIME& time) {
     constexpr qint64 kTicksPerMillisecond = 10'000;
     constexpr qint64 kMillisecondsTo1970 = 11'644'473'600'000;
@@ -63,7 +63,7 @@ class QuestionWindow : public QDialog {
     FileOperationAnswer Answer() const { return answer; }
 
   protected:
-    // As in message boxes, the underlined letters do without Alt.
+    // As in message boxes, the underlined letters work without Alt.
     void keyPressEvent(QKeyEvent* event) override {
         if ((event->modifiers() & (Qt::AltModifier | Qt::ControlModifier | Qt::MetaModifier)) == 0) {
             for (auto* button : findChildren<QAbstractButton*>()) {
@@ -142,7 +142,7 @@ class QuestionWindow : public QDialog {
         for (std::size_t i = 0; i < texts.choices.size(); ++i) {
             const FileQuestionChoice& choice = texts.choices.at(i);
             auto* button = buttons->addButton(ToQt(choice.text), QDialogButtonBox::ActionRole);
-            // The only choice there is may be that of passing over.
+            // Skipping may be the only choice.
             const bool passesOver = choice.answer == FileOperationAnswer::kNo;
             SetIdentity(*button, "control", passesOver ? IDNO : kChoiceIds.at(i));
             QObject::connect(button, &QPushButton::clicked, this, [this, &choice] { Choose(choice); });

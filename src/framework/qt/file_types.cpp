@@ -15,7 +15,7 @@
 namespace permora::qt {
 namespace {
 
-// The theme that most desktops have, for what the user's own lacks.
+// The theme of most desktops, for icons that the user's theme lacks.
 constexpr const char* kUsualTheme = "Adwaita";
 
 std::shared_ptr<const ShellPicture> PictureOf(const QIcon& icon, Size size) {

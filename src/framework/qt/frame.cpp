@@ -28,7 +28,7 @@ class FrameWidget : public QWidget {
     std::function<void()> onStateChanged;
 
     FrameWidget() : bar(new QMenuBar(this)), column(new QVBoxLayout(this)) {
-        // In the window on every desktop, where its keys are.
+        // In the window on every desktop, since its keys work there.
         bar->setNativeMenuBar(false);
         column->setContentsMargins(0, 0, 0, 0);
         column->setSpacing(0);
@@ -39,7 +39,7 @@ class FrameWidget : public QWidget {
 
   protected:
     void closeEvent(QCloseEvent* event) override {
-        // The end of the session is not to be refused.
+        // The end of the session must not be refused.
         event->setAccepted(qGuiApp->isSavingSession());
         if (onClose) onClose();
     }
@@ -54,13 +54,13 @@ class FrameWidget : public QWidget {
     QVBoxLayout* column;
 };
 
-// Assistive technology takes a plain widget for something to pass over.
+// Assistive technology would skip a plain widget.
 QAccessibleInterface* MakeFrameAccessible(const QString& /*className*/, QObject* object) {
     auto* frame = dynamic_cast<FrameWidget*>(object);
     return frame != nullptr ? new QAccessibleWidget(frame, QAccessible::Window) : nullptr;
 }
 
-// Where a window stands that nobody has placed yet: in the middle of the screen, with room for its bars.
+// The first place of a window: in the middle of the screen, with room for its bars.
 QRect FirstPlace() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     if (screen == nullptr) return {0, 0, 640, 480};
@@ -80,7 +80,7 @@ QKeySequence SequenceOf(const AcceleratorTemplate& accelerator) {
     return {QKeyCombination(modifiers, static_cast<Qt::Key>(key))};
 }
 
-// The contract's window is the client area; the top-level window around it is kept beside.
+// The contract's window is the client area; the top-level window around it is a second widget.
 class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
   public:
     FrameWindow(CWnd& window, std::unique_ptr<QWidget> client, std::unique_ptr<FrameWidget> made,
@@ -132,7 +132,7 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
     }
 
   protected:
-    // A bar wants another size: its font or style has changed, or it knows them only now that it is shown.
+    // A bar has another size: its font or style has changed, or became known only when it was shown.
     bool OnEvent(QEvent& event) override {
         if (event.type() == QEvent::LayoutRequest && Window().HasWindow())
             ReportSize({Widget().width(), Widget().height()});
@@ -148,10 +148,10 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
 
     std::unique_ptr<FrameWidget> top;
     FrameEvents& events;
-    // Where a window that was shown maximised would stand otherwise. The toolkit remembers it without the
-    // frame around it, which it did not know yet.
+    // The normal place of a window that was shown maximised. The toolkit remembers it without the window's
+    // frame, which it did not know yet.
     std::optional<Rect> rectBeforeMaximised;
-    // Where the window was placed, until the frame around it is known, which has to be on the screen too.
+    // The place of the window until its frame is known, which must be on the screen as well.
     std::optional<Rect> unfitted;
 };
 

@@ -19,7 +19,7 @@ QByteArray Borrowed(std::span<const std::byte> bytes) {
                                    static_cast<qsizetype>(bytes.size()));
 }
 
-// Resources hold the pictures of files without the files' own headers, so each file is put together again.
+// Resources hold the pictures of files without the files' headers, so each file is assembled again.
 // Formats: "BITMAPFILEHEADER" and "Icons" in the Windows SDK's documentation.
 QDataStream& StartFile(QDataStream& stream) {
     stream.setByteOrder(QDataStream::LittleEndian);
@@ -37,7 +37,7 @@ QByteArray IconFile(const std::vector<IconGroupEntry>& group) {
     const quint32 start = kHeaderSize + kEntrySize * static_cast<quint32>(group.size());
     for (const IconGroupEntry& entry : group) {
         const QByteArray picture = Borrowed(FindProgramResource(ResourceType::kIcon, entry.iconId));
-        // A side of 256 pixels is written as 0. Colours, planes and depth stand in the picture itself.
+        // A side of 256 pixels is written as 0. Colours, planes and depth are in the picture itself.
         stream << static_cast<quint8>(entry.size.cx) << static_cast<quint8>(entry.size.cy) << quint16{0}
                << quint16{1} << quint16{32} << static_cast<quint32>(picture.size())
                << start + static_cast<quint32>(pictures.size());
@@ -51,12 +51,12 @@ QByteArray BitmapFile(std::span<const std::byte> resource) {
     QByteArray header;
     QDataStream stream(&header, QIODevice::WriteOnly);
     StartFile(stream).writeRawData("BM", 2);
-    // Where the pixels begin is left to the picture's own header.
+    // The picture's own header gives the start of the pixels.
     stream << kHeaderSize + static_cast<quint32>(resource.size()) << quint32{0} << quint32{0};
     return header + Borrowed(resource);
 }
 
-// All pictures in a file of the format, which is not guessed.
+// All pictures in a file of the given format, which is not guessed.
 std::shared_ptr<const NativeImage> ReadImage(QByteArray file, const char* format) {
     QBuffer buffer(&file);
     QImageReader reader(&buffer, format);

@@ -17,7 +17,7 @@ bool IsEscape(const QEvent& event, QEvent::Type type) {
     return event.type() == type && static_cast<const QKeyEvent&>(event).key() == Qt::Key_Escape;
 }
 
-// What was typed while the program worked comes after the activation, which waited as well.
+// Keys that were typed while the program worked arrive after the activation, which waited as well.
 class GivenBackWatch {
   public:
     explicit GivenBackWatch(QWidget& watched) : window(watched) {}
@@ -33,8 +33,8 @@ class GivenBackWatch {
     }
 
   private:
-    // The display tells a repetition as a release and a press at one time; the toolkit does not see all of
-    // them.
+    // The display reports a repetition as a release and a press at the same time. The toolkit does not
+    // recognise all of them.
     bool IsHeldEscape(const QEvent& event) const {
         if (!IsEscape(event, QEvent::ShortcutOverride)) return false;
         const auto& key = static_cast<const QKeyEvent&>(event);
@@ -54,7 +54,7 @@ void WatchForLateEscape(QWidget& window) {
 }
 
 bool IsLateEscape(const QWidget& widget) {
-    // Longer than a key must be held before it repeats. Not every repetition can be told from a press.
+    // Longer than the delay before a held key repeats. Not every repetition can be recognised.
     constexpr std::chrono::milliseconds kMoment(750);
     const QVariant givenBack = widget.window()->property(kGivenBack);
     if (!givenBack.isValid()) return false;

@@ -17,7 +17,7 @@ constexpr qsizetype kMostText = qsizetype{1} << 20U;
 
 enum class TextAnswer { kGiven, kNothing, kSilence };
 
-// In the forms that programs offer text in.
+// In the formats in which programs offer text.
 TextAnswer AskForText(SelectionKind kind, QString& text) {
     for (const char* form : {"UTF8_STRING", "text/plain;charset=utf-8", "STRING"}) {
         const auto request = std::make_unique<SelectionRequest>(kind, form, kMostText);
@@ -47,7 +47,7 @@ void LineEdit::keyPressEvent(QKeyEvent* event) {
         QLineEdit::keyPressEvent(event);
         return;
     }
-    // By this one key the toolkit takes what is marked.
+    // With this key, the toolkit pastes the selection.
     const bool takesMarked =
         event->key() == Qt::Key_Insert && event->modifiers().testFlag(Qt::ControlModifier);
     Paste(takesMarked ? SelectionKind::kPrimary : SelectionKind::kClipboard);
@@ -62,7 +62,7 @@ void LineEdit::mouseReleaseEvent(QMouseEvent* event) {
     }
 }
 
-// The toolkit's own menu, but for the question whether there is something to paste.
+// The toolkit's own menu, except for the test whether there is something to paste.
 void LineEdit::contextMenuEvent(QContextMenuEvent* event) {
     QMenu menu(this);
     const auto add = [&menu, this](const char* text, QKeySequence::StandardKey key, bool isEnabled,

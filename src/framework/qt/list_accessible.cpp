@@ -8,7 +8,8 @@
 namespace permora::qt {
 namespace {
 
-// One row. All that is seen of it is its name: the first column, and the others each after its header.
+// One row. Its accessible name holds everything visible: the first column, then each other column after its
+// header.
 class RowAccessible : public QAccessibleInterface, public QAccessibleActionInterface {
   public:
     RowAccessible(ListWidget& shownIn, int shown) : widget(shownIn), row(shown) {}
@@ -110,7 +111,7 @@ class ListAccessible : public QAccessibleWidget {
 
   private:
     ListWidget& list;
-    // Made when first asked for: most rows of a long list never are.
+    // Made at the first request: most rows of a long list are never requested.
     mutable QHash<int, QAccessible::Id> rows;
 };
 
@@ -118,7 +119,7 @@ QAccessibleInterface* ListAccessible::child(int index) const {
     if (!list.List()->Rows().Has(index)) return nullptr;
     const auto found = rows.constFind(index);
     if (found != rows.constEnd()) return QAccessible::accessibleInterface(*found);
-    // The toolkit owns what is registered.
+    // The toolkit owns registered objects.
     auto* made = new RowAccessible(list, index);
     rows.insert(index, QAccessible::registerAccessibleInterface(made));
     return made;
@@ -164,7 +165,7 @@ void InstallListAccessibility() {
 
 void NotifyRowsChanged(ListWidget& widget) {
     if (!QAccessible::isActive()) return;
-    // Items stand for places in the list; after a change another row may stand there.
+    // Items stand for positions in the list. After a change, another row may be there.
     if (auto* made = dynamic_cast<ListAccessible*>(QAccessible::queryAccessibleInterface(&widget)))
         made->ForgetRows();
     QAccessibleEvent event(&widget, QAccessible::ObjectReorder);

@@ -57,7 +57,7 @@ void ListWidget::PressLeft(int row, const QPoint& viewportPoint, SelectMode mode
         band.emplace(Band{BandSelection(*list, mode), start, start});
         return;
     }
-    // Of several selected rows all stay selected until the button is let go.
+    // If several rows are selected, all stay selected until the button is released.
     press.selectsOnRelease = mode == SelectMode::kReplace && list->Rows().IsSelected(row);
     if (press.selectsOnRelease)
         list->SetCursor({row, row, row});
@@ -151,7 +151,7 @@ void ListWidget::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void ListWidget::contextMenuEvent(QContextMenuEvent* event) {
-    // The mouse button says it itself.
+    // The mouse button has already reported it.
     if (event->reason() == QContextMenuEvent::Keyboard) ReportMenuKey();
 }
 
@@ -164,7 +164,7 @@ void ListWidget::ReportMenuKey() {
 // ---- Keyboard ----
 
 void ListWidget::keyPressEvent(QKeyEvent* event) {
-    // Not every system has the toolkit take this for the menu key.
+    // The toolkit does not map this to the menu key on every system.
     if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
         ReportMenuKey();
         return;
@@ -173,7 +173,7 @@ void ListWidget::keyPressEvent(QKeyEvent* event) {
     const unsigned int virtualKey = VirtualKeyOf(event->key());
     const bool isSearching = sinceTyped.isValid() && !searched.isEmpty() &&
                              sinceTyped.elapsed() < QApplication::keyboardInputInterval();
-    // A space in the name that is searched for must not act on the row.
+    // A space within a typed name must not act on the row.
     const bool isSpaceTyped = event->key() == Qt::Key_Space && isSearching;
     const bool isTaken = virtualKey != 0 && !isSpaceTyped && list->ReportKey(virtualKey);
     if (!self) return;
@@ -204,7 +204,7 @@ bool ListWidget::MoveByKey(int key, SelectMode mode) {
     return true;
 }
 
-// The next row that begins with what was typed. A letter typed several times steps through its rows.
+// The next row that begins with the typed text. Typing one letter several times steps through its rows.
 void ListWidget::SearchFor(const QString& typed) {
     searched = typed;
     sinceTyped.start();

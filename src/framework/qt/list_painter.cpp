@@ -17,7 +17,8 @@ constexpr int kGap = 4;            // between check box, icon and text
 constexpr int kIconPadding = 6;    // above and below a large icon
 constexpr int kLabelLines = 2;     // under a large icon
 constexpr int kLabelLetters = 14;  // the width of a label under a large icon
-// Rows whose texts are measured to find the width that fits all; beyond them the longest text does.
+// The number of rows whose texts are measured for the common width. In longer lists, the longest text
+// decides.
 constexpr int kMeasuredRows = 256;
 
 QRect Centred(const QSize& size, const QRect& area) {
@@ -109,7 +110,7 @@ QRect ListPainter::CheckBox(const QRect& cell) const {
     return PartsOf(cell).check;
 }
 
-// The text with a little air around, as far as there is room.
+// The rectangle of the text with some space around, within the cell.
 QRect ListPainter::TextRect(int row, const QRect& label) const {
     const QFontMetrics metrics = widget.fontMetrics();
     const int advance = metrics.horizontalAdvance(Text(row, 0));

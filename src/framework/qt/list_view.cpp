@@ -38,7 +38,7 @@ class QtListView final : public qt::WidgetWindow<NativeListView, qt::ListWidget>
     void OnFocusRowChanged(int before) override { Widget().FocusRowChanged(before); }
 };
 
-// In another view the row that the user was at stays in sight.
+// After a change of the view, the user's row stays in sight.
 void QtListView::StyleChanged(DWORD before) {
     Widget().AppearanceChanged();
     if (((before ^ style) & LVS_TYPEMASK) == 0) return;

@@ -91,7 +91,7 @@ void ListWidget::LayOutHeader() {
     header->setGeometry(area.left(), area.top() - height, area.width(), height);
 }
 
-// Scroll bars take room from what they scroll, so one may make the other needed.
+// A scroll bar takes room from the contents, so one may make the other necessary.
 void ListWidget::LayOut() {
     if (!needsLayout || list == nullptr) return;
     needsLayout = false;

@@ -71,7 +71,7 @@ unsigned int TrackNativeMenu(const CMenu& menu, Point screen, CWnd& owner,
     handlers.opening = [](CMenu::Items&) {};
     handlers.highlighted = highlight;
     handlers.chosen = [](unsigned int) {};
-    // Not a child of the owner, which may go while the menu is open.
+    // Not a child of the owner, which may be destroyed while the menu is open.
     QMenu native;
     native.ensurePolished();
     native.setObjectName(QStringLiteral("popup menu"));

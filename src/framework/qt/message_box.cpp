@@ -68,7 +68,7 @@ int Show(HWND owner, const char* text, const char* caption, UINT type) {
     box.setDefaultButton(set.safest);
     box.setEscapeButton(set.safest);
     box.setWindowModality(Qt::ApplicationModal);
-    // Over a window that is busy (DoLongWork) too, the box is not.
+    // A busy window (DoLongWork) has set the waiting cursor.
     const bool isBusy = QApplication::overrideCursor() != nullptr;
     if (isBusy) QApplication::setOverrideCursor(Qt::ArrowCursor);
     const int chosen = box.exec();

@@ -79,7 +79,7 @@ void DrawSign(QPainter& painter, const MessageLook& look) {
     }
 }
 
-// Draws in the size that is asked for, so that large displays get sharp edges.
+// Draws in the requested size, so that large displays get sharp edges.
 class MessageIconEngine : public QIconEngine {
   public:
     explicit MessageIconEngine(const MessageLook& shown) : look(shown) {}

@@ -7,7 +7,7 @@
 namespace permora::qt {
 namespace {
 
-// `colour` as it can be read on `background`: lighter on a dark one, of the same hue.
+// A readable form of `colour` on `background`: lighter on a dark one, with the same hue.
 QColor Readable(QColor colour, const QColor& background) {
     constexpr int kDark = 128;
     constexpr int kLightEnough = 190;

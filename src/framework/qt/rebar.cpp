@@ -59,7 +59,7 @@ class ReBarWidget : public QWidget {
     };
 
     static bool IsShown(const Band& band) { return band.bar != nullptr && !band.bar->isHidden(); }
-    // A bar that wants no size of its own keeps the height that it came with.
+    // A bar without a size of its own keeps its initial height.
     static QSize SizeOf(const Band& band) {
         return band.bar->sizeHint().isValid() ? band.bar->sizeHint() : band.size;
     }
@@ -73,7 +73,7 @@ class ReBarWidget : public QWidget {
     // The shown band whose left edge can be moved there; -1: none. The first one's cannot.
     qsizetype GripperAt(const QPoint& point) const;
     qsizetype ShownBefore(qsizetype index) const;
-    // What the shown bands after that one need.
+    // The width that the visible bands after that one need.
     int RoomAfter(qsizetype index) const {
         int room = 0;
         for (qsizetype i = index + 1; i < bands.size(); ++i)
@@ -103,7 +103,7 @@ void ReBarWidget::LayOut() {
         Band& band = bands[i];
         if (!IsShown(band)) continue;
         band.left = left;
-        // A narrow window leaves something of every bar in sight; the last one goes to the very edge.
+        // In a narrow window, a part of every bar stays visible. The last one extends to the edge.
         const int bandWidth = i == last ? RoomFor(i) : std::min(WidthOf(band), RoomFor(i));
         const int barWidth = bandWidth - kGripperWidth - (i == last ? 0 : kBandMargin);
         const int barHeight = SizeOf(band).height();

@@ -40,7 +40,7 @@ xcb_atom_t AtomOf(const QByteArray& name) {
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
-// Never shown: the answer is put on it.
+// Never shown: it receives the answer.
 xcb_window_t MakeWindow(xcb_connection_t* connection) {
     const xcb_window_t window = xcb_generate_id(connection);
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
@@ -73,7 +73,7 @@ SelectionRequest::SelectionRequest(SelectionKind kind, const QByteArray& form, q
     sinceLastSign.start();
 }
 
-// What comes later goes to a window that is no more.
+// Later data goes to a destroyed window.
 SelectionRequest::~SelectionRequest() {
     if (window == 0) return;
     xcb_destroy_window(connection, window);
@@ -120,7 +120,7 @@ bool SelectionRequest::Take(const xcb_selection_notify_event_t& event) {
     return true;
 }
 
-// A piece has been put where the one before it was taken away.
+// The next piece has arrived.
 bool SelectionRequest::Take(const xcb_property_notify_event_t& event) {
     if (event.window != window) return false;
     if (comesInPieces && event.atom == property && event.state == XCB_PROPERTY_NEW_VALUE) TakeBytes();

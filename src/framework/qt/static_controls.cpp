@@ -28,8 +28,8 @@ int TextFlags(DWORD style) {
     }
 }
 
-// Draws its text as the template's style asks, which the toolkit's label cannot: tabs and mnemonics. What the
-// label is to assistive technology and to the keyboard is the toolkit's.
+// Draws tabs and mnemonics by the template's style, which the toolkit's label cannot. Assistive technology
+// and the keyboard use the toolkit's label.
 class TextLabel : public QLabel {
   public:
     TextLabel(QWidget* parent, DWORD style) : QLabel(parent), flags(TextFlags(style)) {
@@ -71,7 +71,7 @@ class PictureLabel : public QLabel {
     QIcon icon;
 };
 
-// A control that takes no input: the mouse reaches what lies behind it.
+// A control without input: the mouse reaches the window behind it.
 class StaticWindow final : public WidgetWindow<NativeWindow> {
   public:
     StaticWindow(CWnd& window, std::unique_ptr<QFrame> made, const ControlSpec& spec)

@@ -10,7 +10,7 @@
 namespace permora::qt {
 namespace {
 
-// The pages stand in front of the empty ones of the toolkit's tab widget, which draws tabs and frame.
+// The pages are in front of the empty pages of the toolkit's tab widget, which draws tabs and frame.
 class TabsWindow final : public WidgetWindow<NativeTabs, QTabWidget> {
   public:
     TabsWindow(CWnd& window, std::unique_ptr<QTabWidget> made) : WidgetWindow(window, std::move(made)) {

@@ -18,7 +18,7 @@ void ThreadBridge::Serve() {
     QCoreApplication::sendPostedEvents(this, QEvent::User);
 }
 
-// One event, one piece of work: what comes between them in the toolkit's queue keeps its place.
+// One event for each piece of work, so that other events in the toolkit's queue keep their order.
 void ThreadBridge::customEvent(QEvent* /*event*/) {
     std::function<void()> work;
     {

@@ -69,7 +69,7 @@ void SetIdentity(QWidget& widget, const char* kind, unsigned int id) {
 }
 
 void SetTitle(QWidget& widget, const std::string& text) {
-    // The toolkit takes "[*]" for a place holder.
+    // The toolkit reads "[*]" as a placeholder.
     widget.setWindowTitle(ToQt(text).replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
 }
 

@@ -9,7 +9,7 @@ namespace permora::host {
 bool MayTouch(FileOperationObject source, const ObjectHandle& object, OperationTalk& talk) {
     DWORD attributes = 0;
     if (!object.IsFolder() && !S_ISREG(object.Status().st_mode)) return true;
-    // Attributes that cannot be read protect nothing; the work itself reports what is wrong.
+    // Unreadable attributes do not protect the file. The operation itself reports the error.
     if (ReadAttributes(object, {}, attributes) != ERROR_SUCCESS) return true;
     if ((attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_SYSTEM)) == 0) return true;
     return talk.Agrees(FileOperationQuestionKind::kProtectedItem, std::move(source));
@@ -17,7 +17,7 @@ bool MayTouch(FileOperationObject source, const ObjectHandle& object, OperationT
 
 ClashAnswer AskAboutClash(const WalkedItem& item, const TargetFolder& target, const Clash& clash,
                           OperationTalk& talk, DWORD& error) {
-    // What was put there just now must not go again, whatever was answered for all.
+    // A file that this operation has just put there must not be replaced, whatever the user chose for all.
     if (item.object.IsFolder() != clash.object.IsFolder() || target.HasTaken(clash.object)) {
         error = ERROR_ALREADY_EXISTS;
         return ClashAnswer::kFail;

@@ -20,7 +20,7 @@
 namespace permora::host {
 namespace {
 
-// How long a refusal may take to arrive.
+// The longest time until a refusal arrives.
 constexpr std::chrono::seconds kPatience{1};
 
 struct Opener {
@@ -29,13 +29,13 @@ struct Opener {
 };
 
 std::optional<Opener> FindOpener(const std::string& target) {
-    // The one that knows the desktop's databases itself comes before the script that looks for others.
+    // First the program that reads the desktop's databases itself, then the script that looks for others.
     if (auto path = FindTool("gio")) return Opener{*std::move(path), {"open", target}};
     if (auto path = FindTool("xdg-open")) return Opener{*std::move(path), {target}};
     return std::nullopt;
 }
 
-// What programs need to find the user's desktop, and no more: not where to look for programs and libraries.
+// Only what programs need to find the user's desktop, without search paths for programs and libraries.
 std::vector<std::string> DesktopEnvironment() {
     constexpr const char* kVariables[] = {
         "DBUS_SESSION_BUS_ADDRESS",
@@ -81,7 +81,7 @@ DWORD OpenWithDesktop(const std::string& target) {
                             .Start(opener->path, opener->arguments, DesktopEnvironment(), child);
     if (problem != 0) return ErrorFromErrno(problem);
 
-    // Someone must take the ended child off the system's books, however long it lives.
+    // The ended child must be waited for, however long it lives.
     std::promise<bool> verdict;
     std::future<bool> answer = verdict.get_future();
     try {

@@ -17,14 +17,14 @@ namespace {
 
 constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
 constexpr std::size_t kKernelBytes = std::size_t{4} << 20;
-// What a file system keeps as a hole at the least.
+// The smallest hole of usual file systems.
 constexpr std::size_t kHoleBytes = 4096;
-// What the kernel hands to a program that serves a volume for one write through the page cache, unless the
-// program has said that it takes more, as ntfs-3g does with its option big_writes only.
+// The size of one write that the kernel sends from the page cache to a program that serves a volume, unless
+// the program accepts more, as ntfs-3g does only with its option big_writes.
 constexpr off_t kBytesOfCachedWrite = 4096;
 constexpr off_t kBytesOfBlockCount = 512;  // stat(2)
 
-// That it cannot be done in this way, rather than that it cannot be done.
+// Whether the error means that another way of copying may work.
 bool IsNoWay(int problem) {
     return problem == EOPNOTSUPP || problem == ENOTTY || problem == EXDEV || problem == EINVAL ||
            problem == ENOSYS || problem == EPERM || problem == ETXTBSY || problem == EBADF;
@@ -34,16 +34,16 @@ bool IsZero(const char* bytes, std::size_t count) {
     return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0;
 }
 
-// Past the page cache, which would hand what it gets to such a program page by page, and would be filled with
-// the zeros that the program reads out of holes.
+// Past the page cache, which would send single pages to such a program, and would be filled with the zeros
+// that the program reads from holes.
 void PassCacheBy(const VolumeFile& file) {
     if (!file.volume.isServedByProgram) return;
     const int flags = fcntl(file.descriptor, F_GETFL);
-    // Where that is refused the cache does it as ever.
+    // If that is refused, the cache is used.
     if (flags >= 0) (void)fcntl(file.descriptor, F_SETFL, flags | O_DIRECT);
 }
 
-// False when it is used already.
+// False when it is already in use.
 bool UseCache(int file) {
     const int flags = fcntl(file, F_GETFL);
     return flags >= 0 && (flags & O_DIRECT) != 0 && fcntl(file, F_SETFL, flags & ~O_DIRECT) == 0;
@@ -63,7 +63,7 @@ DWORD WriteAll(int target, const char* bytes, std::size_t count, off_t offset) {
     return ERROR_SUCCESS;
 }
 
-// Writes what is not zero.
+// Writes the parts that are not zero.
 DWORD WriteWithHoles(int target, const char* bytes, std::size_t count, off_t offset) {
     for (std::size_t start = 0; start < count;) {
         std::size_t end = start;
@@ -85,8 +85,8 @@ DWORD ContentsCopier::Advance(off_t bytes) {
     return talk.GoesOn() ? ERROR_SUCCESS : ERROR_OPERATION_ABORTED;
 }
 
-// Whether the file ends where it was said to, after fewer bytes than were wanted: to try once more would cost
-// small files on NTFS a tenth of their time.
+// Whether a short read has reached the expected end of the file. Another read would cost small files on NTFS
+// a tenth of their time.
 bool ContentsCopier::IsToldEnd(std::size_t taken, std::size_t wanted, off_t position) const {
     return taken < wanted && knownSize > 0 && position >= knownSize;
 }
@@ -119,7 +119,7 @@ DWORD ContentsCopier::CopySparse(const VolumeFile& from, off_t size, int target)
         if (isRestHole) data = size;
         off_t end = data < 0 ? -1 : data;
         if (data >= 0 && data < size) end = lseek(source, data, SEEK_HOLE);
-        // A driver that does not report holes calls everything data: those of ntfs-3g's volumes.
+        // A driver that does not report holes, such as ntfs-3g, reports everything as data.
         const bool isUntold = end < 0 || (data == 0 && end >= size);
         if (isUntold) {
             PassCacheBy(from);
@@ -141,7 +141,8 @@ DWORD ContentsCopier::CopySparse(const VolumeFile& from, off_t size, int target)
     return ERROR_SUCCESS;
 }
 
-// To the end of the file when no other end is given: it may have grown, and some say that they are empty.
+// Up to the end of the file unless another end is given: the file may have grown, and some files report size
+// 0.
 DWORD ContentsCopier::CopyRange(int source, int target, off_t start, std::optional<off_t> end) {
     off_t from = start;
     off_t to = start;
@@ -152,7 +153,7 @@ DWORD ContentsCopier::CopyRange(int source, int target, off_t start, std::option
         if (copied < 0 && errno == EINTR) continue;
         if (copied < 0 && !IsNoWay(errno)) return ErrorFromErrno(errno);
         if (copied < 0) mayCopyInKernel = false;
-        // The files of some virtual file systems have contents only for those who read them.
+        // The files of some virtual file systems report no contents, but have some when they are read.
         if (copied == 0 && from == start) break;
         if (copied == 0) return ERROR_SUCCESS;
         if (copied < 0) continue;

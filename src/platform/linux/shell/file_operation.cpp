@@ -33,7 +33,7 @@ WalkedItem AsWalked(const FoundItem& item) {
     return {item.folder->handle.Descriptor(), item.folder->shownPath, item.hostName, item.object};
 }
 
-// Whether `folder` is `above` or lies in it, by the folders that really hold it.
+// Whether `folder` is `above` or below it, judged by its real parents.
 bool LiesIn(const ObjectHandle& folder, const ObjectHandle& above) {
     ObjectHandle current;
     if (ObjectHandle::OpenAt(folder.Descriptor(), ".", current) != ERROR_SUCCESS) return false;
@@ -47,12 +47,12 @@ bool LiesIn(const ObjectHandle& folder, const ObjectHandle& above) {
     return true;
 }
 
-// What is mounted on a name cannot be taken away from there.
+// A mount point cannot be removed.
 bool IsMountPoint(const FoundItem& item) {
     return MountIdOf(item.object) != MountIdOf(item.folder->handle);
 }
 
-// The trash cannot take the item, whatever is tried again.
+// The trash cannot take the item, and trying again does not help.
 bool IsBeyondTrash(DWORD error) {
     return error == ERROR_NOT_SAME_DEVICE || error == ERROR_INVALID_PARAMETER || error == ERROR_NOT_SUPPORTED;
 }
@@ -130,7 +130,7 @@ void OperationRun::CopyOrMoveAll() {
         return error;
     });
     if (!isOpen) return;
-    // What is selected together lies in one folder.
+    // Items that are selected together are in one folder.
     FoundItem first;
     const bool isRenamed = request.kind == FileOperationKind::kMove &&
                            finder.FindPlace(request.sources.front(), first) == ERROR_SUCCESS &&
@@ -192,7 +192,7 @@ DWORD OperationRun::RenameOnce(const FoundItem& item) {
     error = target->CheckName(place.hostName);
     if (error == ERROR_SUCCESS) error = target->FindClash(place.hostName, clash);
     if (error != ERROR_SUCCESS) return error;
-    // Another case of the same letters is no other file, where names have no case.
+    // Where names have no letter case, a name with another case is the same file.
     const bool isOwn =
         clash && clash->object.IsSameObject(item.object) &&
         (clash->hostName == item.hostName || EqualsIgnoringCase(clash->hostName, item.hostName));
@@ -256,7 +256,7 @@ bool OperationRun::ConfirmsTrash(const FoundItem& item) {
     return isTrashConfirmed;
 }
 
-// False when nothing more is to be deleted.
+// False when the operation must end.
 bool OperationRun::DeleteItem(const std::string& path, const FoundItem& item) {
     if (!FindTrash(item)) {
         DeleteForGood(path, item);
@@ -281,7 +281,7 @@ void OperationRun::DeleteForGood(const std::string& path, const FoundItem& item)
     if (!talk.Agrees(FileOperationQuestionKind::kDeleteForGood,
                      DescribeObject(item.ShownPath(), item.object)))
         return;
-    // Until now it counted as one item.
+    // So far it was counted as one item.
     const bool isCountedAgain = request.usesTrash && item.object.IsFolder();
     if (isCountedAgain) talk.totals.AddTrees({path});
     TreeRemoval removal(talk);

@@ -14,7 +14,7 @@
 namespace permora::host {
 namespace {
 
-// For processes that have nobody to ask. What goes to the trash can be had back.
+// For processes without anybody to ask. Items in the trash can be restored.
 class SilentHost final : public FileOperationHost {
   public:
     bool Report(const FileOperationProgress& /*progress*/) override { return true; }
@@ -32,7 +32,7 @@ std::string InCodePage(std::u16string_view text) {
     return ToAnsi(text);
 }
 
-// The texts of a list that ends with an empty one.
+// The texts of a list that an empty text ends.
 template <typename Character>
 std::vector<std::string> PathsOf(const Character* list) {
     std::vector<std::string> paths;

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view kScheme = "file:";
 
-// Nobody, or this machine by one of its names.
+// Empty, or one of this machine's names.
 bool IsHere(std::string_view computer) {
     std::array<char, 256> name{};
     if (computer.empty() || EqualsIgnoringCase(computer, "localhost")) return true;

@@ -54,7 +54,7 @@ DWORD ItemFinder::FindPlace(const std::string& path, FoundItem& place) {
     if (error != ERROR_SUCCESS) return error;
     found.hostName = std::move(resolved.hostName);
     found.folder = std::make_shared<const HeldFolder>(std::move(folder));
-    // Only a plain name at the end leaves what stands before it as the folder's own path.
+    // The text before the last component is the folder's path only if that component is a plain name.
     std::string decoded;
     if (DecodeName(name, decoded)) {
         lastFolderText = folderText;

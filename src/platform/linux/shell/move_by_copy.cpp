@@ -10,7 +10,7 @@
 namespace permora::host {
 namespace {
 
-// Writes all changes of a folder's volume to the disk. An error: some could not be written.
+// Writes all changes on a folder's volume to the disk. On an error, some may be lost.
 DWORD SyncVolume(const ObjectHandle& folder) {
     UniqueFd opened;
     const DWORD error = folder.OpenForListing(opened);
@@ -25,9 +25,9 @@ void MoveByCopying(const WalkedItem& item, const std::string& newName, TargetFol
     CopiedFiles copied;
     const std::size_t passedOverBefore = talk.PassedOver();
     copy.Copy(item, newName, place, &copied);
-    // All of it is there, or all of it stays here.
+    // The move is complete, or everything stays.
     if (talk.IsCancelled() || talk.PassedOver() != passedOverBefore) return;
-    // The kernel reports lost writes only once: a second call would succeed.
+    // The kernel reports lost writes only once, so a second call would succeed.
     if (const DWORD error = SyncVolume(target.Handle()); error != ERROR_SUCCESS) {
         talk.FailsForGood(DescribeObject(target.ShownPath(), target.Handle()), error);
         return;

@@ -35,7 +35,7 @@ NewFile::~NewFile() {
     if (!isPublished && !nameNow.empty()) RemoveUnfinished(target->Handle(), nameNow, object);
 }
 
-// Attempts have an end: the program behind a volume may say anything.
+// The number of attempts is limited, since the program behind a volume may return anything.
 DWORD NewFile::MakeNamed(mode_t mode, FirstName first) {
     const bool isFinal = first == FirstName::kFinal;
     constexpr int kMostAttempts = 100;
@@ -49,7 +49,7 @@ DWORD NewFile::MakeNamed(mode_t mode, FirstName first) {
         if (error != ERROR_SUCCESS) return error;
         nameNow = name;
         if (isFinal) return ERROR_SUCCESS;
-        // A sweep may have come before the mark; then the next name is tried.
+        // A clean-up may have removed it before it was marked. Then the next name is tried.
         if (MarkUnfinished(descriptor) && IsUnfinished(target->Handle(), name, object)) return ERROR_SUCCESS;
         RemoveUnfinished(target->Handle(), name, object);
     }
@@ -64,7 +64,7 @@ DWORD NewFile::Make(TargetFolder& folder, const std::string& hostName, mode_t mo
     folder.SweepOnce();
     DWORD error = ERROR_NOT_SUPPORTED;
     if (folder.Volume().hasNamelessFiles) {
-        // Relative to the folder itself: the magic link, since "." may not be entered.
+        // Relative to the folder itself, through the magic link: "." needs the right to enter it.
         UniqueFd opened(
             open(DescriptorPath(folder.Descriptor()).Text(), O_RDWR | O_CLOEXEC | O_TMPFILE, mode));
         if (opened)

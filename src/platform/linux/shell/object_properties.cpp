@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::string_view kUserFamily = "user.";
 
-// The volume refuses what it is given, rather than failing.
+// Whether the volume refuses the value, as opposed to a failure.
 bool IsRefusal(int problem) {
     return problem == ENOTSUP || problem == E2BIG || problem == ERANGE || problem == EPERM ||
            problem == EACCES || problem == EINVAL || problem == ENAMETOOLONG;
@@ -46,7 +46,7 @@ class PropertyCopy {
   private:
     void Fail(int problem) { result.error = ErrorFromErrno(problem); }
 
-    // What writing to the copy came to.
+    // The result of writing to the copy.
     void NoteWritten(int problem) {
         const bool isTooLarge = problem == ENOSPC && HasRoom(copy.object);
         if (problem == 0) return;
@@ -71,7 +71,7 @@ class PropertyCopy {
         }
     }
 
-    // The attribute or stream `name`, in whichever form the target's volume has such things.
+    // The attribute or stream `name`, in the form of the target's volume.
     int WriteValue(const std::string& name, const std::vector<std::uint8_t>& value) {
         if (!copy.volume.showsStreamsAsFiles)
             return WriteExtendedAttribute(copy.object, (std::string(kUserFamily) + name).c_str(), value);
@@ -125,7 +125,7 @@ class PropertyCopy {
         const bool isReadOnlyByMode = S_ISREG(source.object.Status().st_mode) &&
                                       (source.object.Status().st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
         const bool hasOwn = hasDosAttribute || sourceVolume.isNtfs;
-        // The mode goes with the copy; where attributes do not follow it, they say the same.
+        // The mode is copied, too. Where the attributes do not follow from it, they must agree with it.
         if (!hasOwn && !(isReadOnlyByMode && copy.volume.isNtfs)) return;
         DWORD attributes = 0;
         result.error = ReadAttributes(source.object, {}, attributes);

@@ -11,7 +11,7 @@
 namespace permora::host {
 namespace {
 
-// Of what a link leads to; one that leads nowhere stays a link.
+// The type of a link's target; a broken link stays a link.
 mode_t ModeBehindLink(const char* path, const std::string& hostName, mode_t mode) {
     ResolvedObject link;
     if (ResolvePath(path, link) != ERROR_SUCCESS || !link.parent) return mode;

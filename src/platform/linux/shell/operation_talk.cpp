@@ -43,7 +43,7 @@ bool OperationTalk::GoesOn() {
     progress.bytesTotal = std::max<ULONGLONG>(totals.Bytes(), progress.bytesDone);
     progress.isTotalKnown = totals.AreKnown();
     if (!host.Report(progress)) isCancelled = true;
-    // From the end of the report: a slow user does not take all the time of the work.
+    // Measured from the end of the report, so that a slow answer does not use up the time of the work.
     nextReport = steady_clock::now() + kPace;
     return !isCancelled;
 }

@@ -19,7 +19,7 @@ class CountingVisitor : public TreeVisitor {
         return totals.isGivenUp ? WalkDecision::kStop : WalkDecision::kDescend;
     }
 
-    // The work itself reports failures.
+    // The operation itself reports failures.
     void Fail(DWORD /*error*/, const char* /*name*/, std::size_t /*depth*/) override {}
 
   private:
@@ -42,7 +42,7 @@ void OperationTotals::AddTrees(std::vector<std::string> paths) {
     try {
         counter = std::thread([this] { CountAll(); });
     } catch (const std::system_error&) {
-        // Without a thread the totals stay unknown, and the work is done all the same.
+        // Without a thread the totals stay unknown. The operation goes on.
     }
 }
 

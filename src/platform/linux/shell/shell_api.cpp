@@ -18,7 +18,7 @@
 namespace permora::host {
 namespace {
 
-// More than 32, and no error code.
+// Any number above 32 means success.
 constexpr std::uintptr_t kStarted = 42;
 
 bool IsAddress(std::string_view text) {
@@ -35,7 +35,7 @@ DWORD FindHostPath(const char* path, std::string& hostPath) {
 
 constexpr std::string_view kHelpExtension = ".chm";
 
-// The page of a help file as it stands beside the file: "help/support.html" in the file's folder. Empty when
+// The page of a help file that is stored beside it: "help/support.html" in the file's folder. Empty when
 // there is none.
 std::string PageBeside(const std::string& helpFile, std::string_view page) {
     const std::string path = helpFile.substr(0, helpFile.rfind('/')) + "/help/" + std::string(page);
@@ -54,7 +54,7 @@ DWORD OpenFile(const char* file) {
     return page.empty() ? error : OpenWithDesktop(page);
 }
 
-// "C:\a\help.chm::/page.html". Viewers of Linux take no page, so the page beside the file comes first.
+// "C:\a\help.chm::/page.html". Viewers on Linux accept no page, so the page beside the file is tried first.
 DWORD OpenHelp(std::string_view argument) {
     constexpr std::string_view kPageMark = "::/";
     const std::size_t mark = argument.find(kPageMark);
@@ -71,7 +71,7 @@ DWORD OpenHelp(std::string_view argument) {
     return OpenFile(file.c_str());
 }
 
-// What the system calls its wizard for new shares.
+// The file name of the system's wizard for new shares.
 constexpr std::string_view kShareWizardName = "shrpubw";
 
 DWORD RunShareWizard() {
@@ -81,8 +81,7 @@ DWORD RunShareWizard() {
     return ERROR_SUCCESS;
 }
 
-// The code that a shell service returns for a failure: what does not fit among the codes up to 31 is the
-// refusal.
+// The code of a shell service for a failure. Errors that have no code below 32 become "access denied".
 std::uintptr_t ShellError(DWORD error) {
     SetLastError(error);
     return error < SE_ERR_NOASSOC ? error : SE_ERR_NOASSOC;
@@ -126,9 +125,8 @@ DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD /*attributes*/, SHFILEINFOA* 
     return TRUE;
 }
 
-// The wizard is asked for on behalf of a window. A file of its name in the current directory is never opened
-// in its place, since anyone may have put it there; who opens that file asks for no window's sake, and gets
-// it.
+// A call with a window means the wizard. A file of its name in the current directory is never opened instead,
+// since anyone may have put it there. Opening that file on purpose is a call without a window.
 HINSTANCE WINAPI ShellExecuteA(HWND owner, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR directory,
                                int /*showCommand*/) {
     const bool isOpen = operation == nullptr || std::string_view(operation) == "open";

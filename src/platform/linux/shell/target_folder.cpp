@@ -24,15 +24,15 @@
 namespace permora::host {
 namespace {
 
-// Unit for unit, as NTFS compares names.
+// By UTF-16 units, as NTFS compares names.
 std::u16string WithoutCase(const std::string& hostName) {
     std::u16string name = ToWide(hostName);
     CharUpperBuffW(name.data(), static_cast<DWORD>(name.size()));
     return name;
 }
 
-// Windows opens a device under these names in whatever folder, also with an extension or with blanks at the
-// end: "Naming Files, Paths, and Namespaces" of its documentation.
+// In every folder, Windows opens a device under these names, also with an extension or blanks at the end.
+// Source: "Naming Files, Paths, and Namespaces" in its documentation.
 bool IsDeviceName(std::string_view hostName) {
     constexpr std::array<std::string_view, 6> kDevices{"con", "prn", "aux", "nul", "conin$", "conout$"};
     constexpr std::array<std::string_view, 2> kNumberedDevices{"com", "lpt"};
@@ -46,7 +46,7 @@ bool IsDeviceName(std::string_view hostName) {
            std::ranges::find(kNumbers, name.substr(kLetters)) != kNumbers.end();
 }
 
-// `folder` may have become another one since it was found.
+// The name of `folder` may lead to another folder since it was found.
 DWORD ReadNames(const ObjectHandle& folder, std::unordered_map<std::u16string, std::string>& names) {
     UniqueFd opened;
     DWORD error = folder.OpenForListing(opened);
@@ -57,7 +57,7 @@ DWORD ReadNames(const ObjectHandle& folder, std::unordered_map<std::u16string, s
     return error;
 }
 
-// Where the name of a file ends and its extension begins.
+// The position where the extension begins.
 std::size_t ExtensionStart(const std::string& hostName, nt::ObjectKind kind) {
     const std::size_t dot = hostName.rfind('.');
     const bool hasExtension = kind == nt::ObjectKind::kFile && dot != hostName.npos && dot != 0;
@@ -109,7 +109,7 @@ DWORD TargetFolder::FindClash(const std::string& hostName, std::optional<Clash>&
     if (const DWORD error = LoadNames(); error != ERROR_SUCCESS) return error;
     const auto known = names->find(WithoutCase(hostName));
     if (known == names->end()) return ERROR_SUCCESS;
-    // Where the driver let several in, the one of exactly this name is meant.
+    // Some drivers allow several names that differ only in case. Then exactly this name is meant.
     const DWORD error = OpenClash(hostName, clash);
     const bool isSettled = error != ERROR_SUCCESS || clash || known->second == hostName;
     return isSettled ? error : OpenClash(known->second, clash);

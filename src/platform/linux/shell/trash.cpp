@@ -28,9 +28,8 @@ namespace {
 constexpr std::size_t kMaxNameBytes = 255;
 constexpr std::string_view kInfoSuffix = ".trashinfo";
 
-// Volumes that keep no owners of the host's show all that is on them as the mounting user's, also what is
-// made just now. A file, which is held from its making on: who owns the folder could put something of his own
-// in its place.
+// Volumes without owners of the host show every object as the mounting user's, also a new one. The test uses
+// a file, which is held from the moment that it is made: the owner of the folder could replace a folder.
 bool KeepsOwners(const ObjectHandle& folder) {
     const std::string probe = TemporaryName();
     struct stat status {};
@@ -46,7 +45,7 @@ DWORD OpenFolderIn(const ObjectHandle& folder, const char* hostName, ObjectHandl
     return ObjectHandle::OpenUnmountedAt(folder.Descriptor(), hostName, entry, O_DIRECTORY);
 }
 
-// A folder for this user alone, made when it is not there.
+// A folder for this user alone. It is made if missing.
 DWORD OpenOrMake(const ObjectHandle& folder, const std::string& hostName, ObjectHandle& entry) {
     ObjectHandle found;
     DWORD error = OpenFolderIn(folder, hostName.c_str(), found);
@@ -66,7 +65,7 @@ DWORD OpenPlace(const std::string& hostPath, ObjectHandle& place) {
     return opened ? ObjectHandle::Adopt(std::move(opened), place) : ErrorFromErrno(errno);
 }
 
-// The user's folder for data, made with those above it where it is not there yet.
+// The user's folder for data. It is made if missing, with those above it.
 DWORD OpenDataFolder(ObjectHandle& folder) {
     const std::vector<std::string> folders = DataFolders();
     if (folders.empty()) return ERROR_PATH_NOT_FOUND;
@@ -77,7 +76,7 @@ DWORD OpenDataFolder(ObjectHandle& folder) {
     return OpenPlace(path, folder);
 }
 
-// A folder for all users, where the administrator made one.
+// The folder for all users, if the administrator made one.
 DWORD OpenShared(const ObjectHandle& top, ObjectHandle& trash) {
     ObjectHandle shared;
     const DWORD error = OpenFolderIn(top, ".Trash", shared);
@@ -86,7 +85,7 @@ DWORD OpenShared(const ObjectHandle& top, ObjectHandle& trash) {
     return OpenOrMake(shared, std::to_string(getuid()), trash);
 }
 
-// The name for the `attempt`th attempt, short enough to have the suffix too: "a.txt", "a.2.txt", ...
+// The name for an attempt, short enough for the suffix: "a.txt", "a.2.txt", ...
 std::string NameInTrash(const std::string& hostName, unsigned attempt) {
     const std::string number = attempt == 1 ? "" : "." + std::to_string(attempt);
     const std::size_t dot = hostName.rfind('.');
@@ -95,7 +94,7 @@ std::string NameInTrash(const std::string& hostName, unsigned attempt) {
     if (extension.size() > room / 2) extension.clear();
     std::string stem = hostName.substr(0, hostName.size() - extension.size());
     std::size_t length = std::min(stem.size(), room - extension.size());
-    // Not in the middle of a character, which has four bytes at most.
+    // Not in the middle of a character of up to four bytes.
     const auto isInside = [&stem](std::size_t place) {
         return place < stem.size() && (static_cast<unsigned char>(stem[place]) & 0xC0U) == 0x80U;
     };
@@ -128,7 +127,7 @@ DWORD Trash::OpenIn(const ObjectHandle& place, std::string hostPathOfTop) {
     return ERROR_SUCCESS;
 }
 
-// Makes the info file whole, or not at all. ERROR_ALREADY_EXISTS when there is one of the name.
+// Makes the complete info file, or none. ERROR_ALREADY_EXISTS when the name is taken.
 DWORD Trash::WriteInfo(const std::string& hostName, const std::string& text) {
     UniqueFd file(openat(info.Descriptor(), hostName.c_str(),
                          O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
@@ -165,7 +164,7 @@ DWORD Trash::For(const HeldFolder& folder, Trash& trash) {
     ObjectHandle top;
     if (!mount) return ERROR_NOT_SUPPORTED;
     error = OpenPlace(mount->mountPoint, top);
-    // Something else may be mounted over it.
+    // Another volume may be mounted over it.
     if (error == ERROR_SUCCESS && !AreOnOneMount(top, folder.handle)) error = ERROR_NOT_SUPPORTED;
     if (error != ERROR_SUCCESS) return error;
     if (OpenShared(top, place) != ERROR_SUCCESS)

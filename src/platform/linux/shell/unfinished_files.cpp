@@ -31,7 +31,7 @@ bool IsTemporaryName(std::string_view name) {
            std::ranges::all_of(name.substr(kPrefix.size()), isDigit);
 }
 
-// The names first: a listing that something is removed under may pass over others.
+// All names first: removing files during a listing may make it skip others.
 std::vector<std::string> TemporaryNamesIn(const ObjectHandle& folder) {
     std::vector<std::string> names;
     UniqueFd opened;
@@ -43,7 +43,7 @@ std::vector<std::string> TemporaryNamesIn(const ObjectHandle& folder) {
     return names;
 }
 
-// Whether nobody is at the file any more. `mark` keeps others from it from now on.
+// Whether no process works on the file any more. From now on, `mark` keeps others away from it.
 bool IsForsaken(const ObjectHandle& file, UniqueFd& mark) {
     constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     mark.Reset(open(DescriptorPath(file.Descriptor()).Text(), kFlags));
@@ -54,7 +54,7 @@ bool IsForsaken(const ObjectHandle& file, UniqueFd& mark) {
 
 std::string TemporaryName() {
     std::uint64_t number = 0;
-    // Not for secrecy: whoever guesses it makes the file's making fail, no more.
+    // It needs no secrecy: guessing the name can only make the creation of the file fail.
     if (getrandom(&number, sizeof number, 0) != sizeof number) number = static_cast<std::uint64_t>(getpid());
     std::array<char, kDigits + 1> digits{};
     std::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(number));
