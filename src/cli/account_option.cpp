@@ -10,7 +10,7 @@ namespace {
 
 // On failure `account` is untouched. Returns a system error code.
 DWORD FindAccount(const std::string& text, AccountRecord& account) {
-    // Only a text of this form: the two-letter abbreviations of SIDs could be names of users.
+    // Not the two-letter abbreviations of SIDs, which could be names of users.
     if (!text.starts_with("S-") && !text.starts_with("s-")) return LookupAccountByName(text.c_str(), account);
     PSID found = nullptr;
     if (ConvertStringSidToSidA(text.c_str(), &found) == FALSE) return GetLastError();

@@ -5,7 +5,7 @@ namespace {
 
 constexpr char kShield = '\x01';
 
-// Where the value starts that an option has in the same argument ("--option=value"); 0 in any other argument.
+// The start of an option's value in the same argument ("--option=value"); 0 in any other argument.
 std::size_t ValueStart(const std::string& argument) {
     return argument.starts_with("--") ? argument.find('=') + 1 : 0;
 }

@@ -17,8 +17,8 @@
 namespace permora {
 namespace {
 
-// Whether the selected account has all `wanted` rights; false after a message. Some are missing only where
-// full control as a whole is taken for there because a part of it comes from above.
+// Whether the selected account has all `wanted` rights; false after a message. Rights are missing only if
+// full control was ticked as a whole because a part of it is inherited.
 bool HasRights(const AccountRights& rights, DWORD wanted, ConsoleMessages& messages) {
     std::string missing;
     for (std::size_t right = 1; right < AccountRights::kRights; ++right) {
@@ -38,14 +38,14 @@ struct NewList {
     UniqueLocal<ACL> dacl;
 };
 
-// What objects are to get, by their kind.
+// The new lists of objects, by kind.
 struct NewLists {
     NewList forFolders;
     NewList forFiles;
 };
 
-// Makes the object what it would be, with the new list, which `dacl` then holds, and what it goes on to
-// inherit; false after a message.
+// Gives `object` the list that it would have: the new one, which `dacl` then holds, and what it still
+// inherits. False after a message.
 bool Preview(HMODULE library, std::vector<AccessEntry> entries, ObjectSecurity& object,
              UniqueLocal<ACL>& dacl, ConsoleMessages& messages) {
     if (object.inheritance == DaclInheritance::kFromParent) {
@@ -94,7 +94,7 @@ class AssignCommand : public ObjectCommand {
     CombinationOption combination{choice};
     RightsOption rights{choice, Presence::kOptional};
 
-    // All that the account is to have; kFullControlAsOne for full control as a whole, as the wizard ticks it.
+    // All rights of the account; kFullControlAsOne for full control as a whole, as the wizard ticks it.
     DWORD wanted = 0;
     UniqueLibrary library;
     std::optional<NewLists> lists;  // once they are made of the first object's
@@ -110,9 +110,9 @@ std::string AssignCommand::Interpret() {
     return {};
 }
 
-// The new rights of the first object's accounts; nothing after a message. What the object would lose is asked
-// here, so that nothing is touched when it may not be changed itself. `object` is what it had when all this
-// began.
+// The new rights of the first object's accounts; nothing after a message. Losses of the object are checked
+// here, so that nothing is changed if the first object may not be changed. `object` is its state at the
+// start.
 std::optional<AccountRights> AssignCommand::MakeRights(const HeldObject& held, ObjectSecurity& object) {
     AccountRights made;
     ReadParts list;
@@ -140,7 +140,7 @@ bool AssignCommand::MakeList(const AccountRights& made, ItemKind kind, NewList& 
     return list.dacl != nullptr;
 }
 
-// Makes `lists`; none after a message.
+// Makes `lists`; false after a message.
 bool AssignCommand::MakeLists(const HeldObject& held, ObjectSecurity& object) {
     lists.reset();
     const std::optional<AccountRights> made = MakeRights(held, object);
@@ -152,8 +152,8 @@ bool AssignCommand::MakeLists(const HeldObject& held, ObjectSecurity& object) {
     return true;
 }
 
-// Says what a written list leaves to the account, which may be more than was assigned: by its groups, by its
-// other SIDs and from above. Fails after a message.
+// Prints the rights that a written list leaves to the account. They may be more than was assigned, through
+// its groups, its other SIDs and inheritance. False after a message.
 ChangeResult AssignCommand::TellRightsLeft(const HeldObject& held) {
     ObjectSecurity object;
     if (!ReadList(held, object, messages)) return ChangeResult::kFailed;
@@ -161,7 +161,7 @@ ChangeResult AssignCommand::TellRightsLeft(const HeldObject& held) {
     return ChangeResult::kDone;
 }
 
-// `object` is what `held` had when it was read.
+// `object` is the state of `held` when it was read.
 ChangeResult AssignCommand::GiveList(const Target& target, const HeldObject& held, ObjectSecurity& object) {
     const NewList& list = held.IsFolder() ? lists->forFolders : lists->forFiles;
     if (options.Choices().mode == ChangeMode::kWrite) {
@@ -197,7 +197,7 @@ bool AssignCommand::Assign(const Target& target) {
 ExitCode AssignCommand::Begin(const std::vector<Target>& targets) {
     library = LoadAccessListLibrary();
     messages.SetSubject(Paths().front());
-    // Of another object's list the others would become something else than was asked for.
+    // With another object's list, the others would get other rights than requested.
     if (!targets.empty() && targets.front().argument == Paths().front()) {
         first = &targets.front();
         isFirstDone = Assign(*first);

@@ -30,7 +30,7 @@ ExitCode ChangeCommand::Begin(const std::vector<Target>& /*targets*/) {
     return ExitCode::kDone;
 }
 
-// The list that the edited entries come to.
+// The list of the edited entries.
 bool ChangeCommand::MakeList(const Losses& losses, AccessEntryList& entries, UniqueLocal<ACL>& dacl) {
     if (!MayReplace(losses, options.Choices(), messages)) return false;
     DropOtherEntries(entries);
@@ -74,7 +74,7 @@ bool ChangeCommand::Do(const Target& target) {
 }
 
 bool ChangeCommand::WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl) {
-    // A list needs a descriptor to stand in.
+    // A list needs a descriptor.
     Outcome outcome = share.hasDescriptor ? Outcome() : GiveShareDescriptor(name, *share.record);
     if (outcome.IsDone()) outcome = WriteShareDacl({&name, 1}, dacl);
     if (outcome.IsDone())

@@ -10,7 +10,7 @@ Command::Command(const CommandParent& parent, const char* name, const char* desc
     : messages(parent.messages),
       parser(*parent.parser.add_subcommand(name, description)),
       chosen(parent.chosen) {
-    // A command's own commands are asked before it.
+    // A command's own commands come before it.
     parser.callback([this] {
         if (chosen == nullptr) chosen = this;
     });

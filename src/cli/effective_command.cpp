@@ -17,7 +17,8 @@
 namespace permora {
 namespace {
 
-// Without "Full control", which hardly any list of a file gives in the strict sense; the mask's name says it.
+// Without "Full control", which hardly any list of a file grants in the strict sense. The name of the mask
+// shows it.
 constexpr std::span kSingleRights = std::span(kAccessRights).subspan<1>();
 
 struct Answer {

@@ -37,7 +37,7 @@ EditResult GrantCommand::Edit(EditedList& list) {
         choice.applyIndex = scope.Index().value_or(kThisFolderSubfoldersAndFiles);
         choice.childrenOnly = static_cast<bool>(childrenOnly);
     } else {
-        // There is nothing below it: the part of a scope that reaches further says nothing there.
+        // A file has nothing below it, so only the part of a scope for the object itself applies.
         const BYTE flags = ScopeFlagsFromIndex(scope.Index().value_or(kThisFolderOnly));
         if ((flags & INHERIT_ONLY_ACE) != 0) {
             messages.Say(std::string("not changed: on a ") +

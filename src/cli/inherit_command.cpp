@@ -1,4 +1,4 @@
-// inherit: whether an object takes up what its parent hands down.
+// inherit: whether an object inherits from its parent.
 #include "cli/change_command.h"
 #include "cli/commands.h"
 
@@ -25,7 +25,7 @@ EditResult InheritCommand::Edit(EditedList& list) {
         return EditResult::kRefused;
     }
     if (on) {
-        // Entries that a protected list still calls inherited are stale: the parent hands down its own anew.
+        // Entries that a protected list still marks as inherited are stale: the parent hands down new ones.
         if (list.inheritance == DaclInheritance::kProtected) list.entries.RemoveInheritedEntries();
         list.inheritance = DaclInheritance::kFromParent;
         return EditResult::kChanged;

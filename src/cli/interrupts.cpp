@@ -20,7 +20,7 @@ void WatchForInterrupts() {
     std::signal(SIGINT, TakeInterrupt);
     std::signal(SIGTERM, TakeInterrupt);
 #ifdef SIGHUP
-    // Who started the program may have it outlive its terminal.
+    // The parent may have started the program to outlive its terminal (nohup).
     if (std::signal(SIGHUP, TakeInterrupt) == SIG_IGN) std::signal(SIGHUP, SIG_IGN);
 #endif
 }

@@ -42,7 +42,7 @@ std::string HexOfBytes(std::string_view text) {
     return digits;
 }
 
-// The value with the bytes of its texts that are no UTF-8.
+// The value, with the bytes of those of its texts that are not UTF-8.
 Json WithBytes(const Json& value) {
     if (!value.is_structured()) return value;
     if (value.is_array()) {
@@ -68,7 +68,7 @@ void PrintJson(const Json& document) {
 
 Json EntriesJson(PACL dacl, const AccessEntryList& entries) {
     if (dacl == nullptr) return {};
-    // As many as there are entries, since `entries` were read from `dacl`.
+    // As many as `entries`, which were read from `dacl`.
     std::vector<EntryDetails> details = DetailsOfEntries(dacl);
     Json array = Json::array();
     for (std::size_t i = 0; i < entries.Entries().size() && i < details.size(); ++i)

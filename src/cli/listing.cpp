@@ -69,7 +69,7 @@ namespace {
 
 using ListOfDescriptor = BOOL(WINAPI*)(PSECURITY_DESCRIPTOR, LPBOOL, PACL*, LPBOOL);
 
-// Which entry of a list has no text form; empty when each has one.
+// The first entry of a list without a text form; empty when each has one.
 std::string EntryWithoutText(PSECURITY_DESCRIPTOR descriptor, ListOfDescriptor listOf, const char* listName) {
     PACL list = nullptr;
     BOOL isPresent = FALSE;
@@ -106,7 +106,7 @@ bool PrintDescriptor(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts
     }
     const UniqueLocal<char> owned(converted);
     const std::string text = converted;
-    // It is there to be read again, so it stands as it is or not at all.
+    // Programs read it again, so it is printed unchanged or not at all.
     if (PrintableText(text) != text) {
         messages.Say("its text has characters that cannot be shown as they are; --json shows them");
         return false;

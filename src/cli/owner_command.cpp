@@ -42,7 +42,7 @@ class OwnerCommand : public ObjectCommand {
 };
 
 ExitCode OwnerCommand::Begin(const std::vector<Target>& /*targets*/) {
-    // Where the token holds nothing that helps, the failure is reported for each object.
+    // Without the privilege, the failure is reported for each object.
     if (newOwner.IsGiven())
         if (const UniqueHandle token = OpenOwnToken()) EnableTakeOwnership(token.get());
     return ExitCode::kDone;
@@ -64,8 +64,8 @@ bool OwnerCommand::Do(const Target& target) {
     return true;
 }
 
-// Everything below the folders among the targets. Each is found again: the trees before it may have taken
-// long. False when one was not found.
+// Everything below the folders among the targets. Each folder is found again, since the trees before it may
+// have taken long. False when one was not found.
 bool OwnerCommand::SetTrees(TreeCounts& counts) {
     TreeProgress progress(Progress::kShown, PassedOver::kNamed, messages);
     bool allFound = true;

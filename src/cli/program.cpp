@@ -66,7 +66,7 @@ ExitCode Answer(const CLI::App& app, const CLI::ParseError& error) {
     return ExitCode::kDone;
 }
 
-// The arguments as the parser takes them, from the end; what is wrong with them otherwise.
+// The arguments in the parser's order, from the last; or what is wrong with them.
 std::string ShieldArguments(std::span<const char* const> arguments, std::vector<std::string>& shielded) {
     ArgumentPlace place = ArgumentPlace::kAmongOptions;
     for (const char* const text : arguments) {
@@ -84,7 +84,7 @@ std::string ShieldArguments(std::span<const char* const> arguments, std::vector<
     return {};
 }
 
-// `exitCode`, or that of a failure when not all of the answer has reached whoever asked.
+// `exitCode`, or that of a failure when the output could not be written completely.
 int AfterOutput(ExitCode exitCode, ConsoleMessages& messages) {
     if (!IsAllPrinted()) {
         messages.SetSubject("standard output");

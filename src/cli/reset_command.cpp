@@ -74,7 +74,7 @@ bool ResetCommand::MayReset(const HeldObject& folder) {
 
 bool ResetCommand::Do(const Target& target) {
     HeldObject folder;
-    // It is found again: the user may have thought for long about the question.
+    // The folder is found again, since the user may have taken long to answer.
     if (!FindTarget(target, folder, messages)) return false;
     if (!folder.IsFolder()) {
         messages.Say("not reset: it is no folder, so nothing is below it");

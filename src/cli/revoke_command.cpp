@@ -1,4 +1,4 @@
-// revoke: an account's entries go.
+// revoke: removes an account's entries.
 #include <algorithm>
 #include <vector>
 

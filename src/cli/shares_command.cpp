@@ -15,7 +15,7 @@ namespace {
 
 class ShowSharesCommand : public ShowListsCommand {
   public:
-    // `sharesJson` is the flag of "shares", which may stand before "show".
+    // `sharesJson` is the flag of "shares", which may come before "show".
     ShowSharesCommand(const CommandParent& parent, const Flag& sharesJson)
         : ShowListsCommand(parent, "show", "Show shares with their access lists, as show --share does",
                            Objects::kShares),

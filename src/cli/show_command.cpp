@@ -10,14 +10,14 @@
 namespace permora {
 namespace {
 
-// Everything that is shown of one object.
+// Everything that is printed about one object.
 struct ShownObject {
     ObjectSecurity security;
     ReadParts whole;  // owner, group, list and what else was asked for in one descriptor
     std::string owner;
 };
 
-// Reads with the checks that every reader of a list makes, then owner and group, which they do not need.
+// Reads the list with the usual checks, then owner and group, for which these checks are not needed.
 bool ReadObject(const Target& target, SECURITY_INFORMATION parts, ShownObject& object,
                 ConsoleMessages& messages) {
     HeldObject held;

@@ -18,10 +18,10 @@
 namespace permora {
 namespace {
 
-// Of so many folders each is held by itself. Targets of a command line mostly lie in one.
+// At most so many folders are held for their targets. Most command lines name objects of one folder.
 constexpr std::size_t kMostHeldFolders = 256;
 
-// A target as it was before anybody was asked; `target.object` is what is deleted.
+// A target as it was before the question; `target.object` is the object to delete.
 struct HeldTarget {
     Target target;
     std::shared_ptr<const FolderHandle> folder;  // holds the object; null: too many are held, or `error`
@@ -34,13 +34,14 @@ bool LieInOneFolder(const Target& one, const Target& other) {
            one.folderFromStart == other.folderFromStart;
 }
 
-// The current directory itself is found by its name in the folder above, which may lead elsewhere already.
+// The current directory itself is found by its name in the folder above. That name may already lead
+// elsewhere.
 DWORD VerifyStart(const Target& target) {
     const bool isStart = target.start && target.folderFromStart == "..\\";
     return isStart ? target.object.Verify(*target.start) : ERROR_SUCCESS;
 }
 
-// `before`, which may be null, was held last.
+// `before` is the last held target, or null.
 HeldTarget HoldForDeletion(const Target& target, const HeldTarget* before, std::size_t& folderCount) {
     HeldTarget held;
     held.target = target;
@@ -100,7 +101,7 @@ class ShredHost : public SecureDeleteHost {
         return false;
     }
 
-    // No folder in which names were counted stays beyond this.
+    // Folders in which names were counted are removed here at the latest.
     void EndSeclusion() {
         progress.Clear();
         trail = {};
@@ -111,11 +112,11 @@ class ShredHost : public SecureDeleteHost {
         }
     }
 
-    // Tells why an object of the current folder stays.
+    // Prints why an object of the current folder stays.
     void Leave(const std::string& name, const std::string& reason) {
         ++leftCount;
         progress.Clear();
-        // The first name is the target's own, which the user has typed.
+        // The first name is the target's own, as the user typed it.
         const std::string path = trail.PathOf(name);
         const std::size_t separator = path.find('\\');
         const std::string below = separator == path.npos ? "" : path.substr(separator);
@@ -159,7 +160,7 @@ class ShredCommand : public ObjectCommand {
                         "journals, snapshots) and copies elsewhere are not reached") {}
 
   private:
-    // The files are held by this command alone: nobody may have one open that is deleted.
+    // Only this command holds the files: a file that another process has open is not deleted.
     void Hold(Target& /*target*/) override {}
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;

@@ -11,7 +11,7 @@
 namespace permora {
 namespace {
 
-// "C:\": the three characters before which no further part of a path stands.
+// "C:\": the length of a drive's root.
 constexpr std::size_t kDriveRootLength = 3;
 
 constexpr const char* kFolderAbove = "..\\";
@@ -19,7 +19,7 @@ constexpr const char* kFolderAbove = "..\\";
 DWORD FullPath(const std::string& path, std::string& full) {
     std::string buffer;
     DWORD length = GetFullPathNameA(path.c_str(), 0, nullptr, nullptr);
-    // The answer depends on the current directory, which someone else may rename between the two calls.
+    // The result depends on the current directory, which another process may rename between the two calls.
     while (length > buffer.size()) {
         buffer.resize(length);
         length = GetFullPathNameA(path.c_str(), length, buffer.data(), nullptr);
@@ -66,7 +66,7 @@ DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const Folder
 }
 
 void RememberTarget(Target& target) {
-    // What was typed may be the folder itself ("."): that has a name only in the folder above.
+    // The user may have named the folder itself ("."), which has a name only in the folder above.
     const bool isStart = target.start && target.folderFromStart == kFolderAbove;
     if (isStart)
         target.object = RememberedObject(target.start, "");

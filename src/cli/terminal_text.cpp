@@ -15,8 +15,8 @@ struct CharacterRange {
     wchar_t last;
 };
 
-// Characters without a picture of their own: they reverse the text around them, join or split it unseen, or
-// end a line. The Unicode Character Database's general category Cf, and the two separators Zl and Zp.
+// Invisible characters that reverse the text around them, join or split it, or end a line. The Unicode
+// Character Database's general category Cf, and the two separators Zl and Zp.
 constexpr std::array<CharacterRange, 9> kUnseenCharacters = {{
     {0x00AD, 0x00AD},
     {0x061C, 0x061C},
@@ -37,8 +37,8 @@ bool IsUnseen(wchar_t character) {
     });
 }
 
-// The next character of a text and the bytes that it takes; a byte that begins no UTF-8 character is one byte
-// of no character.
+// The next character of a text and its bytes. A byte that begins no UTF-8 character stands alone, without a
+// character.
 struct DecodedCharacter {
     bool isCharacter;
     wchar_t value;
@@ -46,7 +46,7 @@ struct DecodedCharacter {
 };
 
 DecodedCharacter DecodeFirst(std::string_view text) {
-    // The C library reads a NUL as the end; here it is a control character like any other.
+    // For the C library, NUL ends the text. Here it is a control character like any other.
     if (text.front() == '\0') return {true, L'\0', 1};
     wchar_t value = 0;
     mbstate_t state = {};

@@ -16,7 +16,7 @@ void ProgressLine::Show(std::size_t count, const char* name) {
     const auto now = std::chrono::steady_clock::now();
     if (now - shown < std::chrono::milliseconds(100)) return;
     shown = now;
-    // The last column stays free: a character in it would begin a new line.
+    // The last column stays empty: a character in it would begin a new line.
     const std::string line = CutToColumns(std::to_string(count) + ": " + PrintableText(name), columns - 1);
     OverwriteErrorLine(line);
     isShown = true;

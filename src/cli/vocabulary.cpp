@@ -46,7 +46,7 @@ std::optional<DWORD> ParseNumber(std::string_view text) {
     return number;
 }
 
-// What stands between the commas; one empty item in an empty list.
+// The items between the commas; an empty list has one empty item.
 std::vector<std::string_view> ItemsOf(std::string_view list) {
     std::vector<std::string_view> items;
     for (;;) {

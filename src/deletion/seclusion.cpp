@@ -13,11 +13,12 @@ DWORD Seclusion::Take(FileHandle& file, const FilePlace& place) {
         End();
     }
     const DWORD error = MakeAndTake(file, place.top, 0);
-    // A user may change a folder and not the one above it; and a volume may keep its folders apart.
+    // A user may have the right to change a folder but not the one above it. A volume may also be unable to
+    // move objects between its folders.
     return folder || place.level == 0 ? error : MakeAndTake(file, place.folder, place.level);
 }
 
-// Without a folder afterwards when it does not serve here.
+// Leaves no folder if it cannot be used here.
 DWORD Seclusion::MakeAndTake(FileHandle& file, const FolderHandle& place, std::size_t level) {
     DWORD error = SecludedFolder::Make(place, folder);
     if (error != ERROR_SUCCESS) return error;

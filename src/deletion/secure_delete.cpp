@@ -16,8 +16,7 @@
 namespace permora {
 namespace {
 
-// Why no folder that is closed to others can be made, or no file be moved there; with any other error it
-// could.
+// The errors that mean that no folder can be closed to others, or no file be moved there.
 bool IsNoPlaceToCount(DWORD error) {
     return error == ERROR_ACCESS_DENIED || error == ERROR_NOT_SUPPORTED || error == ERROR_NOT_SAME_DEVICE ||
            error == ERROR_WRITE_PROTECT;
@@ -30,7 +29,7 @@ Outcome BrokenOff() {
     return {ERROR_OPERATION_ABORTED};
 }
 
-// One file on its way from being opened to being deleted.
+// One file, from opening to deletion.
 class FileDeletion {
   public:
     FileDeletion(SecureDeleteHost& user, const FilePlace& where, const std::string& fileName)
@@ -39,7 +38,7 @@ class FileDeletion {
           name(fileName),
           readSize(FindFunction<SizeFunction>(user.systemLibrary.get(), "GetFileSizeEx")) {}
 
-    // `expected`, which may be null, is the file that is meant.
+    // `expected` is the chosen file, or null.
     void Run(const RememberedObject* expected) {
         if (readSize == nullptr) return host.Failed({GetLastError(), Step::kLoadLibrary});
         host.BeginDeleting(name);
@@ -57,8 +56,8 @@ class FileDeletion {
         host.Failed(outcome);
     }
 
-    // The contents and all streams. The contents are opened first, so that a file that someone else uses
-    // stays whole, and overwritten last. All questions are about the file that is held then.
+    // The contents and all streams. The contents are opened first, so that a file in use stays unchanged, and
+    // overwritten last. All checks are made on the file that is then held.
     Outcome OverwriteAll(const RememberedObject* expected) {
         if (const DWORD error = place.folder.BytesPerSector(sectorBytes); error != ERROR_SUCCESS)
             return {error, Step::kAskVolume};
@@ -88,7 +87,7 @@ class FileDeletion {
                 break;
             case FileScrutiny::kObstacles:
                 outcome = OutcomeOfCount(held.FindObstacles(obstacles), Step::kExamine);
-                // A count of one name alone may have been made the moment after another one vanished.
+                // A count of one name may have been made just after another name vanished.
                 if (outcome.IsDone() && obstacles.empty()) outcome = CountSecluded(obstacles);
                 break;
         }
@@ -96,7 +95,7 @@ class FileDeletion {
         return isRefused ? BrokenOff() : outcome;
     }
 
-    // A file that has lost its name is not the one that was chosen.
+    // A file that has lost its name is not the chosen one.
     static Outcome OutcomeOfCount(DWORD error, Step step) {
         const bool isNameLost = error == ERROR_FILE_INVALID || error == ERROR_FILE_NOT_FOUND;
         return {error, isNameLost ? Step::kCompare : step};
@@ -141,7 +140,7 @@ class FileDeletion {
         return FlushFileBuffers(file) == FALSE && outcome.IsDone() ? LastError(Step::kFlush) : outcome;
     }
 
-    // Into all that has a place on the disk, a sector at a time.
+    // Overwrites everything that has a place on the disk, a sector at a time.
     Outcome WriteZeros(HANDLE file, const void* zeros, LONGLONG size) {
         LONGLONG next = 0;  // where the next sector would be written
         for (FileRange range; range.end < size;) {
@@ -149,7 +148,7 @@ class FileDeletion {
             const LONGLONG from = range.end;
             if (const DWORD error = FindAllocated(file, from, range); error != ERROR_SUCCESS)
                 return {error, Step::kGetSize};
-            // It has got another size since it was opened: somebody else writes it.
+            // The size has changed since it was opened: another process writes to it.
             if (range.end <= from) return {ERROR_SHARING_VIOLATION, Step::kGetSize};
             const LONGLONG begin = std::max(range.begin - range.begin % sectorBytes, next);
             if (range.begin == range.end || begin >= range.end) continue;
@@ -161,11 +160,11 @@ class FileDeletion {
                     return LastError(Step::kWrite);
             }
         }
-        // What was gathered before a hole at the end is still a matter of writing.
+        // Data gathered before a hole at the end must still be written.
         return next > 0 && next < size && !Seek(file, size) ? LastError(Step::kWrite) : Outcome();
     }
 
-    // A file can end where no whole sector follows any more.
+    // At the largest sizes, no whole sector follows.
     LONGLONG SectorAfter(LONGLONG sector) const {
         return sector + std::min<LONGLONG>(sectorBytes, std::numeric_limits<LONGLONG>::max() - sector);
     }
@@ -187,7 +186,7 @@ class FileDeletion {
 
 using Removal = DWORD (FolderHandle::*)(const std::string&) const;
 
-// What has no contents of its own, or none any more.
+// Removes an object without contents.
 void Remove(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name, Removal removal,
             Step step) {
     host.BeginDeleting(name);
@@ -206,13 +205,13 @@ class FolderDeletion {
   public:
     FolderDeletion(SecureDeleteHost& user, const FolderHandle& place) : host(user), top(place) {}
 
-    // Deletes everything in a folder, and the folder when nothing stayed in it.
+    // Deletes everything in a folder, then the folder if it is empty.
     void Run(const std::string& name, const RememberedObject& expected) {
         Enter(name, &expected);
         while (!open.empty()) {
             FolderEntry entry;
             const DWORD error = open.back().folder.NextEntry(entry);
-            // From here the folders above are closed and stay.
+            // The run ends: the folders above are closed and stay.
             if (host.stopRequested) return;
             if (error == ERROR_SUCCESS)
                 Delete(entry);
@@ -230,7 +229,7 @@ class FolderDeletion {
     const FolderHandle& Current() const { return open.empty() ? top : open.back().folder; }
 
     void Delete(const FolderEntry& entry) {
-        // It was made in the folder that is being listed.
+        // The secluded folder was made in the folder that is being listed.
         if (host.seclusion.StandsIn(open.size(), entry.name)) return;
         host.BeginEntry(entry.name);
         switch (entry.kind) {
@@ -246,7 +245,7 @@ class FolderDeletion {
         }
     }
 
-    // `expected`, which may be null, is the folder that is meant.
+    // `expected` is the chosen folder, or null.
     void Enter(const std::string& name, const RememberedObject* expected) {
         FolderHandle entered;
         Outcome outcome{Current().OpenFolder(name, entered), Step::kEnterFolder, name};
@@ -257,7 +256,7 @@ class FolderDeletion {
         open.push_back({std::move(entered), name});
     }
 
-    // `end` is what its listing ended with. Closed before it is removed.
+    // `end` is the result of its listing. The folder is closed before it is removed.
     void Leave(DWORD end) {
         host.seclusion.Leave(open.size());
         const std::string name = std::move(open.back().name);
@@ -274,7 +273,7 @@ class FolderDeletion {
     std::vector<OpenFolder> open;  // from the folder to be deleted down to the current one
 };
 
-// `object` is no file and no folder.
+// `object` is neither a file nor a folder.
 DWORD VerifyName(const FolderHandle& folder, const std::string& name, const RememberedObject& object) {
     HeldObject found;
     const DWORD error = folder.HoldObject(name, found);
@@ -307,7 +306,7 @@ void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const 
 }
 
 void SecureDeleteItem(SecureDeleteHost& host, const RememberedObject& object) {
-    // The root of a drive stands in no folder.
+    // The root of a drive has no folder above it.
     if (!object.Start()) return host.Failed({ERROR_ACCESS_DENIED, Step::kExamine, object.Path()});
     SecureDeleteItem(host, *object.Start(), object.Path(), object);
 }

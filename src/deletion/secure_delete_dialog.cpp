@@ -13,7 +13,7 @@
 
 namespace permora {
 
-// What the worker has of the dialog; written before it starts.
+// The worker's view of the dialog; written before it starts.
 class CSecureDelete::Run : public SecureDeleteHost {
   public:
     Run(CSecureDelete& shownDialog, CStatic& label)
@@ -27,7 +27,7 @@ class CSecureDelete::Run : public SecureDeleteHost {
         progress.RedrawWindow();
     }
 
-    // The path stands in a line of its own, as the box covers the label.
+    // The path is on a line of its own, since the box covers the label.
     void Failed(const Outcome& failure) override {
         if (failure.object.empty()) return ShowOutcome(window, failure);
         std::string text = BoxText(failure);
@@ -38,7 +38,7 @@ class CSecureDelete::Run : public SecureDeleteHost {
         ShowErrorBox(window, text.c_str());
     }
 
-    // Asked once; the answer is for all that come after.
+    // Asked once; the answer holds for all later files.
     bool MayOverwrite(const std::string& name, const std::vector<OverwriteObstacle>& /*obstacles*/) override {
         if (!mayBeOpenElsewhere) {
             const std::string text =

@@ -19,7 +19,7 @@ static_assert(std::size(kColumnWidths) == kAccessRowTitles.size());
 
 constexpr int kNewEntryScope = 1;  // this folder, subfolders and files
 
-// One line about what is unusual in the list; may be empty.
+// One line about unusual properties of the list; empty for none.
 std::string RemarkOn(const AccessEntryList& list) {
     std::string remark;
     if (!list.IsInCanonicalOrder()) remark = "The entries are not in the usual order.";
@@ -57,7 +57,7 @@ bool AccessListPage::OnInitDialog() {
     return CPropertyPage::OnInitDialog();
 }
 
-// When the read fails, the controls stay disabled and the rows keep what they showed.
+// When reading fails, the controls stay disabled and the rows stay as they were.
 void AccessListPage::ReadFirstItem() {
     Enable({IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES, IDC_ACCESS_LIST, IDC_EDIT_ENTRY,
             IDC_REMOVE_ENTRY},

@@ -67,7 +67,7 @@ bool CPage3::OnInitDialog() {
     return CPropertyPage::OnInitDialog();
 }
 
-// Where the candidates cannot be found, the list and the field keep what they show.
+// If the candidates cannot be found, the list and the field stay as they were.
 void CPage3::Fill() {
     OwnerCandidates found = FindOwnerCandidates();
     ShowOutcomes(GetSafeHwnd(), found.failures);

@@ -12,18 +12,17 @@ namespace {
 
 AccessEntry EntryOf(const nt::Ace& ace) {
     AccessEntry entry;
-    // Most types whose layout is not known begin with a mask too.
+    // Most types with an unknown layout begin with a mask as well.
     const bool isOpaque = nt::ShapeOfAceType(ace.type) == nt::AceShape::kOpaque;
     entry.mask = isOpaque ? nt::ReadU32(ace.tail, 0).value_or(0) : ace.mask;
     entry.aceType = ace.type;
     entry.aceFlags = ace.flags;
-    // Entries of object types differ in what they are about, so an account does not make two of them the
-    // same.
+    // Object entries concern different objects, so the same account does not make two of them equal.
     if (!ace.object) entry.account.sid = ace.sid;
     return entry;
 }
 
-// What the header of an allow or deny entry may say.
+// The flags of an allow or deny entry.
 constexpr BYTE kEntryFlags = kScopeFlagsMask | NO_PROPAGATE_INHERIT_ACE | INHERITED_ACE;
 
 BYTE FlagsOf(const PermissionChoice& choice) {
@@ -31,8 +30,8 @@ BYTE FlagsOf(const PermissionChoice& choice) {
     return static_cast<BYTE>(ScopeFlagsFromIndex(choice.applyIndex) | propagation);
 }
 
-// Whether a choice for an entry is the one that the dialog began with. Of the flags only those count that it
-// shows.
+// Whether a choice for an entry is the one with which the dialog began. Only the flags that the dialog shows
+// count.
 bool IsUnchanged(const AccessEntry& entry, const PermissionChoice& choice) {
     const PermissionChoice before = ChoiceOf(entry);
     constexpr BYTE kShownFlags = kScopeFlagsMask | NO_PROPAGATE_INHERIT_ACE;
@@ -97,7 +96,7 @@ void AccessEntryList::AddFromDialog(const PermissionChoice& choice) {
 
 void AccessEntryList::EditEntry(std::size_t index, const PermissionChoice& choice) {
     if (!entries[index].IsInherited() && IsUnchanged(entries[index], choice)) return;
-    // Adding moves the entries, so what is needed of the old one is taken first.
+    // Adding moves the entries, so the old one's values are copied first.
     const bool wasInherited = entries[index].IsInherited();
     const BYTE ownType = entries[index].aceType;
     const DWORD ownMask =
@@ -109,13 +108,14 @@ void AccessEntryList::EditEntry(std::size_t index, const PermissionChoice& choic
     const DWORD otherChoice = isAllow ? choice.denyMask : choice.allowMask;
     const BYTE flags = FlagsOf(choice);
     if (wasInherited) {
-        // What inheritance grants cannot be taken away here: only the difference becomes an entry. A generic
-        // right that is only handed down would be all that it stands for in an entry for the object itself.
+        // Inherited rights cannot be removed here: only the difference becomes an entry. A generic right that
+        // is only handed down would become all the rights that it stands for in an entry for the object
+        // itself.
         const DWORD handedDown = (flags & INHERIT_ONLY_ACE) != 0 ? ownMask : ownMask & ~GENERIC_RIGHTS;
         ownChoice ^= WithoutSynchronize(handedDown);
     } else {
         RemoveEntry(index);
-        // A denial keeps SYNCHRONIZE, unless it stood there for the whole of which less is denied now.
+        // A denial keeps SYNCHRONIZE, unless it belonged to a denial of everything that now denies less.
         const bool wasWhole = (ownMask & FULL_CONTROL_RIGHTS) == FULL_CONTROL_RIGHTS;
         if (ownChoice != 0 && !wasWhole) ownChoice |= ownMask & SYNCHRONIZE;
     }

@@ -9,7 +9,7 @@ namespace permora {
 
 DWORD LookupAccountByName(LPCSTR name, AccountRecord& account) {
     alignas(DWORD) std::array<BYTE, SECURITY_MAX_SID_SIZE> sid{};
-    // The service insists on the domain and the type, which nobody here wants.
+    // The service requires room for the domain and the type, which are not used here.
     SID_NAME_USE use = SidTypeInvalid;
     DWORD sidSize = sid.size();
     DWORD domainSize = 0;

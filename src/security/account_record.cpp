@@ -53,7 +53,7 @@ bool AccountRecord::Lookup() {
 }
 
 bool AccountRecord::LookupLongNames(DWORD nameSize, DWORD domainSize) {
-    // Of a text that did fit, the length without its NUL may have been reported.
+    // The reported size of a text that did fit may not count its NUL.
     nameSize = std::max(nameSize, kFirstNameSize);
     domainSize = std::max(domainSize, kFirstNameSize);
     std::vector<char> longName(nameSize);

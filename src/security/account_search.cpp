@@ -43,8 +43,8 @@ class Search {
         }
     }
 
-    // Calls `enumerate` (a buffer, a count and a resume handle to fill; a status) until it has handed out all
-    // names. `Info` is the level-0 structure, and `name` its one field.
+    // Calls `enumerate` (it fills a buffer, a count and a resume handle, and returns a status) until it has
+    // returned all names. `Info` is the level-0 structure, and `name` its one field.
     template <class Info, class Resume, class Enumerate>
     void AddEnumerated(Enumerate enumerate, LPWSTR Info::*name) {
         Resume resume = 0;

@@ -9,7 +9,7 @@
 namespace permora {
 namespace {
 
-// Bytes of a list of all entries. Those that will not be written are counted too, which leaves room at the
+// Bytes of a list of all entries. Entries that will not be written are counted as well and leave room at the
 // end.
 std::size_t DaclSize(std::span<const AccessEntry> entries) {
     std::size_t size = sizeof(ACL);

@@ -14,7 +14,7 @@
 namespace permora {
 namespace {
 
-// Accounts that the system calls groups, though nobody is a member of them: ANONYMOUS LOGON, SYSTEM and the
+// Accounts that the system calls groups although they have no members: ANONYMOUS LOGON, SYSTEM and the
 // services.
 constexpr std::array<std::string_view, 5> kWithoutMembers = {"S-1-5-7", "S-1-5-17", "S-1-5-18", "S-1-5-19",
                                                              "S-1-5-20"};

@@ -9,7 +9,8 @@
 namespace permora {
 namespace {
 
-// Records what is left alone because it may not belong to the tree; the user may think that it was changed.
+// Records objects that are passed over because they may not belong to the tree. The user may expect them to
+// be changed.
 class WalkObserver : public TreeObserver {
   public:
     explicit WalkObserver(const std::function<bool(const char* name)>& beginObject) : begin(beginObject) {}

@@ -29,7 +29,7 @@ void AddOnce(PSID sid, Candidates& candidates) {
     if (isNew) candidates.push_back(std::move(added));
 }
 
-// The policy's accounts. Two outcomes of a failure: what was being done, and the system's text.
+// The policy's accounts. A failure has two outcomes: the step, and the system's text.
 Outcomes AddFromPolicy(Candidates& candidates) {
     LSA_OBJECT_ATTRIBUTES attributes{};
     LSA_HANDLE opened = nullptr;

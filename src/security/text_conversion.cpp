@@ -6,7 +6,7 @@ namespace permora {
 
 std::string WideToAnsi(LPCWSTR wide) {
     if (wide == nullptr) return {};
-    // Sizes count the NUL, which a std::string keeps by itself.
+    // Sizes count the NUL, which std::string adds itself.
     const int size = WideCharToMultiByte(CP_ACP, 0, wide, -1, nullptr, 0, nullptr, nullptr);
     if (size <= 0) return {};
     std::string ansi(static_cast<std::size_t>(size), '\0');
@@ -16,7 +16,7 @@ std::string WideToAnsi(LPCWSTR wide) {
 }
 
 LPWSTR AnsiToWide(std::string_view ansi, std::basic_string<WCHAR>& buffer) {
-    // No code page makes more than one UTF-16 unit of a byte.
+    // In no code page does a byte become more than one UTF-16 unit.
     buffer.assign(ansi.size(), WCHAR{});
     const int count = static_cast<int>(ansi.size());
     const int written =

@@ -16,7 +16,7 @@ using WideText = std::basic_string<WCHAR>;
 // Everyone: read and execute. Without a list of its own, a share would let everyone do everything.
 constexpr const char* kReadersOnly = "D:(A;;0x1200a9;;;WD)";
 
-// 0 when the text is no number of users.
+// 0 unless the text is a number of users.
 DWORD UserLimitOf(const std::string& text) {
     DWORD limit = 0;
     const char* end = text.data() + text.size();

@@ -40,7 +40,7 @@ bool CSharePage1::ReadShare() {
     return true;
 }
 
-// Shares before one that fails are written, those after it are not.
+// After a failure, the remaining shares are not written.
 bool CSharePage1::OnApply() {
     if (!IsChanged()) return FinishApply();
     const UniqueLocal<ACL> dacl = MakeList();

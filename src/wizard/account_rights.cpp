@@ -8,10 +8,10 @@ namespace {
 
 constexpr std::size_t kFullControl = 0;
 
-// No right of files, though earlier versions have put it into "Full control".
+// Not a right of files, although earlier versions put it into "Full control".
 constexpr DWORD kMeaninglessBit = RIGHTS_DISPLAY_MASK & ~DWORD{FILE_ALL_ACCESS};
 
-// Removes rights from a mask. The bits that are no right by themselves go with the last right.
+// Removes rights from a mask. Bits that are not rights by themselves are removed with the last right.
 void TakeAway(DWORD rights, DWORD& mask) {
     // A denial of everything includes SYNCHRONIZE; a denial of less with that bit would lock the account out.
     // An allow entry gets the bit again when it is written.
@@ -98,7 +98,7 @@ void AccountRights::ApplyRightChange(std::size_t right, bool isNowChecked) {
         if (!isGrantedFromAbove) row.explicitAllow |= mask;
         return;
     }
-    // Only an explicit deny entry takes an inherited right away.
+    // Only an explicit deny entry removes an inherited right.
     if (isGrantedFromAbove) row.explicitDeny |= mask;
     boxes[kFullControl] = false;
 }

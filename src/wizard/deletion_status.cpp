@@ -7,8 +7,8 @@
 namespace permora {
 namespace {
 
-// Whether the row of a failure begins with the name. A file's failure needs none, since it follows the row
-// with the name; the row of a folder that cannot be removed is replaced.
+// Whether the row of a failure begins with the name. A file's failure follows the row with its name; the row
+// of a folder that cannot be removed is replaced.
 bool IsNamed(Step step) {
     switch (step) {
         case Step::kAskVolume:
