@@ -16,7 +16,7 @@ constexpr std::size_t kObjectFlagsBytes = 4;
 constexpr std::uint32_t kObjectTypePresent = 1;
 constexpr std::uint32_t kInheritedObjectTypePresent = 2;
 
-// Takes the GUID off `rest` that `flag` announces; false when it does not fit.
+// Removes the GUID that `flag` announces from `rest`; false when it does not fit.
 bool TakeGuid(std::uint32_t flag, ObjectTypes& types, std::optional<Guid>& guid,
               std::span<const std::uint8_t>& rest) {
     if ((types.otherFlags & flag) == 0) return true;
@@ -27,7 +27,7 @@ bool TakeGuid(std::uint32_t flag, ObjectTypes& types, std::optional<Guid>& guid,
     return true;
 }
 
-// What stands between mask and SID of an object entry, which is taken off `rest`; nothing when it is cut off.
+// Removes the fields between mask and SID of an object entry from `rest`; nothing when they are cut off.
 std::optional<ObjectTypes> TakeObjectTypes(std::span<const std::uint8_t>& rest) {
     const auto flags = ReadU32(rest, 0);
     if (!flags) return std::nullopt;
@@ -51,7 +51,7 @@ void AppendObjectTypes(std::vector<std::uint8_t>& bytes, const ObjectTypes& type
         if (guid) AppendBytes(bytes, *guid);
 }
 
-// Fills what follows the header; what cannot be read is left in `rest`.
+// Fills the fields after the header. Bytes that cannot be read stay in `rest`.
 void TakeBody(Ace& ace, std::span<const std::uint8_t>& rest) {
     const AceShape shape = ShapeOfAceType(ace.type);
     const auto mask = ReadU32(rest, 0);
@@ -66,7 +66,7 @@ void TakeBody(Ace& ace, std::span<const std::uint8_t>& rest) {
     if (ace.sid) rest = rest.subspan(ace.sid->ByteSize());
 }
 
-// Fills `ace`, a new one, in place: lists have many. False when the bytes hold no whole entry.
+// Fills `ace`, a new one, in place, since lists have many. False unless the bytes hold a whole entry.
 bool ReadEntry(std::span<const std::uint8_t> bytes, Ace& ace) {
     const auto size = Ace::SizeIn(bytes);
     if (!size) return false;
@@ -160,7 +160,7 @@ std::optional<Acl> Acl::FromBytes(std::span<const std::uint8_t> bytes) {
     const std::size_t count = ReadU16(bytes, 4).value_or(0);
     if (bytes[0] < kLowestRevision || bytes[0] > kHighestRevision) return std::nullopt;
     if (size < kHeaderBytes || size % 4 != 0 || size > bytes.size()) return std::nullopt;
-    // Before anything is allocated for entries that cannot be there.
+    // Before memory is allocated for entries that cannot exist.
     if (count > (size - kHeaderBytes) / kAceHeaderBytes) return std::nullopt;
 
     Acl acl;

@@ -21,7 +21,7 @@ constexpr bool IsBlank(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
-// Whether a character stands in a name as it is.
+// Whether a character is written unchanged in a name.
 bool IsNameCharacter(char16_t unit, NameForm form, bool isFirst) {
     if (unit >= 0x80) return false;
     const char character = static_cast<char>(unit);
@@ -60,7 +60,7 @@ void AppendUtf16(char32_t codePoint, std::vector<std::uint8_t>& stored) {
     AppendU16(stored, static_cast<std::uint16_t>(0xDC00U | (codePoint & 0x3FFU)));
 }
 
-// Takes the character at the front of `text`, which is not empty, into `stored`; false when it is no UTF-8.
+// Moves the first character of `text`, which is not empty, to `stored`; false unless it is UTF-8.
 bool TakeUtf8(std::string_view& text, std::vector<std::uint8_t>& stored) {
     const Utf8Character character = FirstUtf8Character(text);
     if (!character.isWellFormed) return false;
@@ -89,7 +89,7 @@ void AppendUtf8(char32_t codePoint, std::string& text) {
     }
 }
 
-// The character at `offset`, which moves behind it; nothing for half a pair of surrogates or half a unit.
+// The character at `offset`, which then moves past it; nothing for half a surrogate pair or half a unit.
 std::optional<char32_t> CharacterAt(std::span<const std::uint8_t> stored, std::size_t& offset) {
     const auto first = ReadU16(stored, offset);
     if (!first) return std::nullopt;

@@ -10,7 +10,8 @@
 namespace permora::nt {
 namespace {
 
-// Parentheses within each other: what is written has one for each operator, and one around an attribute.
+// The deepest nesting of parentheses: our own texts have one pair for each operator, and one around an
+// attribute.
 constexpr std::size_t kMaxNesting = kMaxConditionDepth + 1;
 
 class ConditionReader {
@@ -68,7 +69,7 @@ void ConditionReader::AppendCounted(std::uint8_t code, std::span<const std::uint
 
 // The operator of this kind at the front of the text, which is not part of a longer word.
 const ConditionOperator* ConditionReader::FindWord(OperatorKind kind) const {
-    // Everything that could go on as the name of a local attribute belongs to the word.
+    // Every character of a local attribute's name belongs to the word.
     const std::string_view word = text.substr(0, text.find_first_of(" \t\n\v\f\r(){}<>=!&|\",#"));
     for (const ConditionOperator& row : kConditionOperators) {
         if (row.kind != kind) continue;
@@ -138,7 +139,7 @@ bool ConditionReader::ReadUnary(const ConditionOperator& row) {
     return isRead;
 }
 
-// What an attribute or a result is compared with, if with anything.
+// The second operand of a comparison, if there is one.
 bool ConditionReader::ReadRelations() {
     while (const ConditionOperator* row = TakeOperator(OperatorKind::kRelation)) {
         if (!ReadOperand(true)) return false;
@@ -243,7 +244,7 @@ std::optional<std::vector<std::uint8_t>> ConditionFromText(std::string_view text
     if (!reader.ReadWhole()) return std::nullopt;
     std::vector<std::uint8_t> stored = std::move(reader.Stored());
     stored.resize(RoundUpToFour(stored.size()));
-    // Operators of the same rank count as within each other, which only the writing finds out.
+    // Operators of the same rank are nested. Only writing finds out how deep.
     if (!ConditionToText(stored, SddlWords::kNumbers)) return std::nullopt;
     return stored;
 }

@@ -54,7 +54,7 @@ std::optional<std::uint8_t> TakeByte(Bytes& bytes) {
     return byte;
 }
 
-// The bytes whose number stands before them.
+// The bytes after their number.
 std::optional<Bytes> TakeCounted(Bytes& bytes) {
     const auto size = ReadU32(bytes, 0);
     if (!size) return std::nullopt;
@@ -151,7 +151,7 @@ bool ConditionWriter::WriteUnary(const ConditionOperator& row, Operand operand) 
 bool ConditionWriter::WriteBinary(const ConditionOperator& row, Operand left, Operand right) {
     if (!left.IsCondition()) return false;
     const bool isLogical = row.kind == OperatorKind::kLogical;
-    // A local attribute cannot be told from a value there.
+    // In this place a local attribute would look like a value.
     const bool canStandRight = right.kind == Operand::Kind::kAttribute || right.kind == Operand::Kind::kValue;
     if (isLogical ? !right.IsCondition() : !canStandRight) return false;
     const std::size_t depth = std::max(left.depth, right.depth);
@@ -164,7 +164,7 @@ bool ConditionWriter::WriteBinary(const ConditionOperator& row, Operand left, Op
     return PushResult(std::move(text), true, depth);
 }
 
-// A value that is not itself a list; what it consists of is taken off `bytes`.
+// A value that is not a list. Removes its bytes from `bytes`.
 bool ConditionWriter::AppendValue(std::uint8_t code, Bytes& bytes, std::string& text) const {
     if (code >= token::kInt8 && code <= token::kInt64) return AppendStoredNumber(bytes, text);
     const auto counted = TakeCounted(bytes);

@@ -6,8 +6,7 @@
 
 namespace permora::nt {
 
-// Generic rights are mapped when an entry is set or inherited, and an access check ignores those that are
-// left.
+// Generic rights are mapped when an entry is set or inherited. An access check ignores the remaining ones.
 std::uint32_t GrantedRights(const Acl& acl, std::span<const Sid> sids) {
     std::uint32_t granted = 0;
     std::uint32_t denied = 0;

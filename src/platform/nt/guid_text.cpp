@@ -7,8 +7,8 @@
 namespace permora::nt {
 namespace {
 
-// Which stored byte each pair of hexadecimal digits shows: the first three groups of a GUID are little-endian
-// numbers, the rest bytes.
+// The stored byte of each pair of hexadecimal digits: the first three groups of a GUID are little-endian
+// numbers, the rest are bytes.
 constexpr std::array<std::size_t, 16> kGuidByteOrder = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
 
 constexpr std::size_t kGuidTextSize = 36;

@@ -30,8 +30,8 @@ bool AppliesToChild(const Ace& ace, ObjectKind child) {
     return HasFlag(ace, child == ObjectKind::kFile ? kObjectInherit : kContainerInherit);
 }
 
-// Whether the child hands the entry on in its turn. A file has nothing below it, and "no propagate" ends an
-// entry's journey at the first level.
+// Whether the child hands the entry on. A file has nothing below it, and "no propagate" ends inheritance at
+// the first level.
 bool IsHandedOn(const Ace& ace, ObjectKind child) {
     return child == ObjectKind::kFolder && HasFlag(ace, kObjectInherit | kContainerInherit) &&
            !HasFlag(ace, kNoPropagateInherit);
@@ -57,8 +57,8 @@ Ace EffectiveEntry(const Ace& ace, const Sid& owner, const Sid& group) {
     return effective;
 }
 
-// The entry as a folder keeps it for what is below it only: generic rights and placeholders stay, because
-// they get their meaning from each object that takes them over.
+// The entry as a folder keeps it only for the objects below: generic rights and placeholders stay, because
+// each object that inherits them gives them their meaning.
 Ace HandedOnEntry(const Ace& ace) {
     Ace handedOn = ace;
     handedOn.flags |= kInheritOnly | kInherited;
@@ -75,8 +75,8 @@ void AppendInherited(std::vector<Ace>& entries, const Ace& ace, ObjectKind child
     }
     Ace& effective = entries.emplace_back(EffectiveEntry(ace, owner, group));
     if (!isHandedOn) return;
-    // One entry can do both jobs unless taking effect has changed it: then what is below would inherit the
-    // change (the folder's owner in place of each file's own), so the original follows for it.
+    // One entry can serve both purposes unless taking effect has changed it. Objects below would then inherit
+    // the change (the folder's owner instead of their own), so the original is added for them.
     if (effective.mask == ace.mask && effective.sid == ace.sid)
         effective.flags |= ace.flags & (kObjectInherit | kContainerInherit);
     else
@@ -86,12 +86,12 @@ void AppendInherited(std::vector<Ace>& entries, const Ace& ace, ObjectKind child
 void AppendInherited(Acl& acl, const Acl& parent, ObjectKind child, const Sid& owner, const Sid& group) {
     for (const Ace& ace : parent.entries)
         AppendInherited(acl.entries, ace, child, owner, group);
-    // A list must say by its revision that it holds object entries.
+    // The revision of a list must announce its object entries.
     if (std::ranges::any_of(acl.entries, [](const Ace& ace) { return ace.object.has_value(); }))
         acl.revision = Acl::kHighestRevision;
 }
 
-// Whether two entries differ at most in whether they were inherited.
+// Whether two entries are equal except for the flag that marks them as inherited.
 bool IsSameButOrigin(const Ace& one, Ace other) {
     other.flags = WithoutFlags(other.flags, kInherited) | (one.flags & kInherited);
     return one == other;

@@ -31,8 +31,8 @@ constexpr ClaimWord kClaimWords[] = {
 constexpr std::size_t kClaimHeaderBytes = 16;
 constexpr std::size_t kOffsetBytes = 4;
 
-// The flags of the grammar: sixteen bits of the attribute's maker above eight that are 0, and six of the
-// system.
+// The flags of the grammar: sixteen bits of the attribute's maker, eight bits that are 0, and six flags of
+// the system.
 constexpr std::uint32_t kFlagsOfGrammar = 0xFFFF003F;
 
 // A value of 64 bits as text, by the rules of its type.
@@ -120,7 +120,7 @@ std::optional<std::string> AttributeWriter::Write() {
     return isPadding ? std::optional(std::move(text)) : std::nullopt;
 }
 
-// The units before the NUL that ends a text, which is passed over.
+// The units of a text before its NUL, which is skipped.
 bool AttributeWriter::TakeText(std::span<const std::uint8_t>& units) {
     const std::size_t begin = next;
     while (const auto unit = ReadU16(stored, next)) {
@@ -244,7 +244,7 @@ bool AttributeReader::ReadString(std::vector<std::uint8_t>& value) {
     return true;
 }
 
-// The system takes pairs of digits without the "#" too.
+// The system also accepts pairs of digits without the "#".
 bool AttributeReader::ReadOctets(std::vector<std::uint8_t>& value) {
     std::vector<std::uint8_t> octets;
     if (text.starts_with('#')) {

@@ -7,7 +7,7 @@
 namespace permora::nt {
 namespace {
 
-// What stands before the entries of a list.
+// The part of a list before its entries.
 struct ListFlag {
     std::string_view letters;
     std::uint16_t daclBit;
@@ -20,7 +20,7 @@ constexpr ListFlag kListFlags[] = {
 };
 constexpr std::string_view kNullList = "NO_ACCESS_CONTROL";
 
-// A list as text describes it.
+// A list as described by text.
 struct ListText {
     bool isNull = false;
     Acl acl;
@@ -66,7 +66,7 @@ bool AppendSacl(const SecurityDescriptor& descriptor, SddlWords words, std::stri
     return acl && AppendEntries(*acl, words, text);
 }
 
-// Takes a flag or the word for a null list off `text`.
+// Removes a flag or the word for a null list from `text`.
 bool TakeListWord(std::string_view& text, std::uint16_t ListFlag::*bit, std::uint16_t& control,
                   ListText& list) {
     if (text.starts_with(kNullList)) {
@@ -83,8 +83,8 @@ bool TakeListWord(std::string_view& text, std::uint16_t ListFlag::*bit, std::uin
     return true;
 }
 
-// Where the parenthesis is that closes the one at the beginning; conditions have some within them, and
-// strings may hold any.
+// The position of the parenthesis that closes the first one. Conditions contain parentheses, and strings may
+// contain any.
 std::size_t FindClosingParenthesis(std::string_view text) {
     std::size_t depth = 0;
     bool isInString = false;
@@ -97,13 +97,13 @@ std::size_t FindClosingParenthesis(std::string_view text) {
     return text.npos;
 }
 
-// Takes an entry with its parentheses off `text`, which begins with one.
+// Removes an entry with its parentheses from `text`, which begins with one.
 bool TakeEntry(std::string_view& text, const Sid* machine, Acl& acl) {
     const std::size_t end = FindClosingParenthesis(text);
     if (end == text.npos) return false;
     auto ace = AceFromSddl(text.substr(1, end - 1), machine);
     if (!ace) return false;
-    // A list must say by its revision that it holds object entries.
+    // The revision of a list must announce its object entries.
     if (ace->object) acl.revision = Acl::kHighestRevision;
     acl.entries.push_back(std::move(*ace));
     text.remove_prefix(end + 1);
@@ -114,7 +114,7 @@ bool IsAtPart(std::string_view text) {
     return text.size() >= 2 && text[1] == ':';
 }
 
-// Takes what follows "D:" or "S:" off `text`; the flags are added to `control`.
+// Removes the part after "D:" or "S:" from `text`; its flags are added to `control`.
 std::optional<ListText> TakeList(std::string_view& text, std::uint16_t ListFlag::*bit, const Sid* machine,
                                  std::uint16_t& control) {
     ListText list;
@@ -146,8 +146,8 @@ bool TakeSacl(std::string_view& text, const Sid* machine, SecurityDescriptor& de
 
 bool TakeAccount(std::string_view& text, const Sid* machine, std::optional<Sid>& account) {
     if (account) return false;
-    // An account ends before the letter of the next part. Looking for the colon keeps a hexadecimal
-    // authority's last digit apart from the letter D.
+    // An account ends before the letter of the next part. The colon distinguishes the letter D from the last
+    // digit of a hexadecimal authority.
     const std::size_t colon = text.find(':', 1);
     const std::size_t size = colon == text.npos ? text.size() : colon - 1;
     account = SidFromSddl(text.substr(0, size), machine);
@@ -155,7 +155,7 @@ bool TakeAccount(std::string_view& text, const Sid* machine, std::optional<Sid>&
     return account.has_value();
 }
 
-// Takes what follows the part's letter and colon off `text`.
+// Removes the part after its letter and colon from `text`.
 bool TakePart(char key, std::string_view& text, const Sid* machine, SecurityDescriptor& descriptor) {
     switch (key) {
         case 'O':

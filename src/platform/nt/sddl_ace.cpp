@@ -15,7 +15,7 @@
 namespace permora::nt {
 namespace {
 
-// What stands behind the SID, in the text's seventh field.
+// The bytes after the SID, as the seventh field of the text.
 enum class AceData {
     kNone,
     kCondition,
@@ -96,7 +96,7 @@ bool ReadObjectFields(std::string_view objectType, std::string_view inheritedObj
            ReadGuidField(inheritedObjectType, types.inheritedObjectType);
 }
 
-// The fields of an entry, the last one with whatever stands behind a sixth semicolon; nothing when there are
+// The fields of an entry. The last one includes everything after a sixth semicolon. Nothing when there are
 // fewer than six.
 struct AceFields {
     std::array<std::string_view, 6> fields;

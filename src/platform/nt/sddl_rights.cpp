@@ -12,7 +12,7 @@ namespace permora::nt {
 namespace {
 
 // clang-format off
-// Names for whole masks, written only where the mask is exactly that.
+// Names for whole masks, written only for exactly this mask.
 constexpr Abbreviation kFileRights[] = {
     {"FA", kFileAllAccess}, {"FR", kFileGenericRead}, {"FW", kFileGenericWrite}, {"FX", kFileGenericExecute},
 };
@@ -31,7 +31,7 @@ constexpr Abbreviation kKeyRights[] = {
     {"KA", 0x000F003F}, {"KR", 0x00020019}, {"KW", 0x00020006}, {"KX", 0x00020019},
 };
 
-// In a mandatory label the low bits say what an account of a lower level may not do.
+// In a mandatory label, the low bits are the denied rights of accounts of a lower level.
 constexpr Abbreviation kLabelRights[] = {
     {"NW", 0x00000001}, {"NR", 0x00000002}, {"NX", 0x00000004},
 };

@@ -13,7 +13,7 @@ constexpr std::size_t kGroupOffset = 8;
 constexpr std::size_t kSaclOffset = 12;
 constexpr std::size_t kDaclOffset = 16;
 
-// Where a part lies in the descriptor; empty for a part that is not there.
+// The range of a part in the descriptor; empty for a missing part.
 struct Extent {
     std::size_t begin = 0;
     std::size_t end = 0;
@@ -31,8 +31,8 @@ struct Extents {
     Extent sacl;
     Extent dacl;
 
-    // Owner and group may be the same bytes: writers that store one SID for both exist. Anything else that
-    // overlaps is no descriptor that a system wrote.
+    // Owner and group may be the same bytes, since some writers store one SID for both. No system writes
+    // other overlapping parts.
     bool AreSeparate() const {
         const bool ownerIsGroup = owner == group;
         return (ownerIsGroup || !Overlap(owner, group)) && !Overlap(owner, sacl) && !Overlap(owner, dacl) &&
@@ -40,7 +40,7 @@ struct Extents {
     }
 };
 
-// What follows `offset`; nothing when it points into the header or past the end.
+// The bytes from `offset` on; nothing when it points into the header or past the end.
 std::optional<std::span<const std::uint8_t>> PartAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
     if (offset < kHeaderBytes || offset >= bytes.size()) return std::nullopt;
     return bytes.subspan(offset);
@@ -72,7 +72,7 @@ std::optional<Acl> ReadAcl(std::span<const std::uint8_t> bytes, std::size_t fiel
 bool ReadDacl(std::span<const std::uint8_t> bytes, SecurityDescriptor& descriptor, Extent& extent) {
     const bool hasOffset = ReadU32(bytes, kDaclOffset) != 0U;
     if ((descriptor.control & kDaclPresent) == 0) {
-        // A list that the control word denies would be read as "everyone" by some and as a list by others.
+        // Without the flag in the control word, some would read the list, and others "everyone".
         return !hasOffset;
     }
     descriptor.daclState = DaclState::kNull;
@@ -94,7 +94,7 @@ bool ReadSacl(std::span<const std::uint8_t> bytes, SecurityDescriptor& descripto
     return true;
 }
 
-// The control word as the parts that are really there demand it.
+// The control word that fits the existing parts.
 std::uint16_t ControlToWrite(const SecurityDescriptor& descriptor) {
     unsigned control = descriptor.control | kSelfRelative;
     if (descriptor.daclState == DaclState::kAbsent)
@@ -105,7 +105,7 @@ std::uint16_t ControlToWrite(const SecurityDescriptor& descriptor) {
     return static_cast<std::uint16_t>(control);
 }
 
-// The offset for a part of `size` bytes, 0 when there is none; `next` moves behind the part.
+// The offset for a part of `size` bytes, 0 for a missing part; `next` moves past the part.
 std::uint32_t Place(std::size_t size, std::size_t& next) {
     if (size == 0) return 0;
     const std::size_t offset = next;

@@ -16,8 +16,8 @@ constexpr std::size_t kAuthorityOffset = 2;
 constexpr std::size_t kAuthorityBytes = 6;
 constexpr std::uint64_t kMaxAuthority = 0xFFFFFFFFFFFF;
 
-// The number that `text` starts with, which is taken off it; false, with `text` as before, when there is none
-// or it is larger than `limit`.
+// Removes the number at the start of `text`. False, with `text` unchanged, when there is none or it is larger
+// than `limit`.
 bool TakeNumber(std::string_view& text, int base, std::uint64_t limit, std::uint64_t& number) {
     std::uint64_t value = 0;
     const char* const end = text.data() + text.size();
@@ -34,7 +34,7 @@ bool TakePrefix(std::string_view& text, std::string_view prefix) {
     return true;
 }
 
-// The authority's six bytes stand most significant first, unlike every other number of the format.
+// The authority's six bytes are big-endian, unlike every other number of the format.
 void StoreAuthority(std::span<std::uint8_t> bytes, std::uint64_t authority) {
     for (std::size_t i = kAuthorityBytes; i-- > 0; authority >>= 8U)
         bytes[kAuthorityOffset + i] = static_cast<std::uint8_t>(authority);

@@ -7,7 +7,7 @@
 namespace permora::nt {
 namespace {
 
-// What follows the authority; kOfDomain: the relative id below a domain's SID.
+// The numbers after the authority; for kOfDomain, the relative id below a domain's SID.
 struct Row {
     enum Kind : std::uint8_t { kAuthorityAlone, kOneSub, kBuiltinAlias, kOfDomain };
     Kind kind;

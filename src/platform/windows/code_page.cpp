@@ -16,7 +16,7 @@ DWORD ToWide(const std::string& text, std::wstring& wide) {
 DWORD ToAnsi(std::wstring_view wide, std::string& text) {
     const int size = static_cast<int>(wide.size());
     BOOL isChanged = FALSE;
-    // The UTF-8 code page has every character and refuses the question.
+    // The UTF-8 code page has every character, and the call fails for it.
     BOOL* asked = GetACP() == CP_UTF8 ? nullptr : &isChanged;
     const int length = WideCharToMultiByte(CP_ACP, 0, wide.data(), size, nullptr, 0, nullptr, asked);
     if (length <= 0 || isChanged != FALSE) return ERROR_NO_UNICODE_TRANSLATION;

@@ -34,7 +34,7 @@ DWORD AskSparse(HANDLE file, bool& answer) {
     return ERROR_SUCCESS;
 }
 
-// Read access is enough to ask for the holes.
+// Read access is enough to query the holes.
 DWORD AddReadingIfSparse(HANDLE file, DWORD& access) {
     bool isSparse = false;
     const DWORD error = AskSparse(file, isSparse);

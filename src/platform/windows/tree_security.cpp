@@ -101,7 +101,7 @@ class TreeWalk {
     }
 
     void PassOver(DWORD error) {
-        // It vanished.
+        // The object has vanished.
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return;
         ++counts.passedOver;
         observer.PassOver(path.substr(below), error);
@@ -142,8 +142,8 @@ DWORD WriteOwnerAt(const std::string& path, PSID owner, LinkedFiles linked) {
                            nullptr);
 }
 
-// Where a folder lies now. What is done there goes by this path, and the walk's first search keeps the folder
-// and those above it from being renamed.
+// The present path of a folder. The walk uses this path, and its first search keeps the folder and those
+// above it from being renamed.
 DWORD PathOf(HANDLE folder, std::string& path) {
     std::wstring wide;
     const DWORD error = FinalPathOf(folder, wide);
