@@ -121,7 +121,7 @@ void CompareAll(const Way& way) {
 }
 
 void CompareWithNtfs(const TemporaryFolder& local, const std::function<std::string()>& newLocalPlace) {
-    // Each run gets a new driver, since a driver remembers what it read and where it last found room.
+    // Each run gets a new driver, since a driver caches contents and free space.
     std::optional<NtfsVolume> target;
     CompareAll({"local disk to NTFS", local.MakeFolder("sources"), [&] {
                     target.emplace(std::uint64_t{2} << 30);

@@ -65,7 +65,7 @@ std::size_t ReadAndRender(const std::string& name) {
     return permora::AccessRowsOf(list).size();
 }
 
-// The sum of what `work` gives for each object, in its folder.
+// The sum of the results of `work` for each object, in its folder.
 template <typename Work>
 std::size_t SumOver(const std::vector<NamedFolder>& folders, const Work& work) {
     std::size_t sum = 0;

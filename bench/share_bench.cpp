@@ -111,7 +111,7 @@ void FillTable(const TemporaryFolder& folder, const std::string& shared, const s
     PrintRatio({"adding each of these shares", where, "the same file replaced"}, ours, peer, 2, {3, " s"});
 }
 
-// All at once, which takes Samba's tool a moment.
+// All at once, for which Samba's tool needs a moment.
 void FillServer(const TemporaryFolder& folder, const std::string& shared, std::size_t shares) {
     const std::string path = folder.Path("shares.conf");
     {

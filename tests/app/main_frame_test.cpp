@@ -1,4 +1,4 @@
-// The main window from its start to its end, and what it keeps.
+// The main window from its start to its end, and its stored settings.
 #include "app/main_frame.h"
 
 #include <gmock/gmock.h>

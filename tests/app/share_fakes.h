@@ -1,4 +1,4 @@
-// A machine with the shares that the test says.
+// A machine with the shares of the test's choice.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ struct FakeShare {
     NET_API_STATUS removeError = NERR_Success;
 };
 
-// While it lives it stands in for the machine's own shares, which are handed out one a call.
+// While it exists, it replaces the machine's own shares, and returns one for each call.
 class ShareFakes {
   public:
     ShareFakes();

@@ -1,4 +1,4 @@
-// A desktop that opens what the test says, and remembers what it was asked for.
+// A desktop that opens objects as the test decides, and records the requests.
 #pragma once
 
 #include <string>

@@ -96,7 +96,7 @@ TEST_F(AttributesDialog, StopsAtTheFirstItemThatFails) {
     EXPECT_EQ(Of("1"), FILE_ATTRIBUTE_NORMAL);
     EXPECT_EQ(Of("3"), FILE_ATTRIBUTE_NORMAL);
 
-    // What the hidden boxes would ask for comes after the word, and stops the rest.
+    // The changes of the hidden boxes come after the attribute word, and their failure stops the rest.
     const Place place = InCurrentFolder({"1", "3"});
     const CheckedBoxes before = BoxesOf(FILE_ATTRIBUTE_NORMAL);
     for (const DWORD asked : {FILE_ATTRIBUTE_COMPRESSED, FILE_ATTRIBUTE_ENCRYPTED}) {

@@ -219,7 +219,7 @@ TEST_F(BrowserFiles, CommandsNeedRowsOfTheFolderThatIsShown) {
                                                   : "Please, select items to work with them.");
         Run(command);
     }
-    // Another folder stands behind the path now, with files of the same names. It is shown, not worked on.
+    // Another folder has taken the path, with files of the same names. It is shown, not changed.
     PutOnClipboard(kGnomeFilesFormatName, "cut\nfile://" + folder.Path("to"));
     folder.MakeFolder("other");
     folder.MakeFile("other/a b.txt");

@@ -1,4 +1,4 @@
-// What the list shows of real folders and drives.
+// The list on real folders and drives.
 #include <sys/fsuid.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -112,7 +112,7 @@ TEST_F(BrowserListing, AFolderThatCannotBeReadIsToldAndLeft) {
     EXPECT_THAT(view.History().Locations(), ElementsAre("", R"(T:\)"));
 }
 
-// The frame lists again when it applies the settings, and that says why.
+// The frame lists again when it applies the settings, and then reports the reason.
 TEST_F(BrowserListing, AStartFolderThatCannotBeReadIsToldOnce) {
     folder.MakeFile("first");
     folder.MakeFile("second");

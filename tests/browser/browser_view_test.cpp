@@ -155,7 +155,7 @@ TEST_F(Browser, TheContextMenuGreysWhatCannotBeDone) {
         constexpr std::uint8_t kAny[] = {1};
         EXPECT_TRUE(Clipboard(frame).SetData(RegisterClipboardFormat(kClipboardFormatName), kAny));
     };
-    // A row stands for a share, since this machine may have none.
+    // A row replaces a share, since this machine may have none.
     const auto showShares = [this] {
         view.ShowShares();
         view.List().InsertItem(0, "share", 0);

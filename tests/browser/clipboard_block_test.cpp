@@ -1,4 +1,4 @@
-// What the clipboard holds: the program's own block to the byte, and what of others' lists is taken.
+// The clipboard's formats: the program's own block to the byte, and the accepted lists of other programs.
 #include "browser/clipboard_block.h"
 
 #include <gmock/gmock.h>

@@ -5,7 +5,7 @@
 namespace permora {
 namespace {
 
-// What a drive looks like when its file system keeps access lists, and when it does not.
+// The rows of drives with and without access lists.
 std::string Describe(UINT type, DWORD flags) {
     DriveLook look = LookOfDrive(type);
     if (DependsOnFileSystem(look)) look = WithFileSystem(look, flags);

@@ -1,4 +1,4 @@
-// What the program says to its arguments alone, before it touches anything.
+// Wrong arguments, which are reported before anything is touched.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -83,7 +83,7 @@ TEST(ArgumentsTest, WhatIsSaidOfAnArgumentNeitherSteersTheTerminalNorForgesLines
     }
 }
 
-// Whoever can write in a folder chooses what a shell puts there for "*".
+// Everyone who can write in a folder decides how a shell expands "*".
 TEST(ArgumentsTest, AFileIsNeverTakenForAnOption) {
     const std::vector<std::string> commands[] = {
         {"owner", "--set=S-1-5-32-546", "--tree", "file"},

@@ -21,7 +21,7 @@ class AssignTest : public testing::Test {
         ASSERT_EQ(SetDescriptorText(first, "D:(A;OICI;FR;;;BU)"), 0U);
         ASSERT_EQ(SetDescriptorText(second, kSecond), 0U);
     }
-    // What assign answers for `paths`, and the lists of both objects then.
+    // The output of assign for `paths`, and the lists of both objects afterwards.
     std::string Assign(const std::vector<std::string>& paths, const std::vector<std::string>& options,
                        int exitCode = 0) const {
         std::vector<std::string> arguments = {"assign"};

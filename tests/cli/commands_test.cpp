@@ -19,7 +19,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-// Administrators may do everything, and what is below inherits it.
+// Administrators may do everything, and objects below inherit it.
 constexpr const char* kPlainList = "O:BAG:BAD:P(A;OICI;FA;;;BA)";
 
 // The thirteen rights by number.
@@ -260,7 +260,7 @@ TEST_F(CommandsTest, JsonIsAsciiAndLosesNoByteOfAName) {
 }
 
 TEST_F(CommandsTest, ANameMeansThatOneObject) {
-    // Each stands beside an object that a careless reading would reach instead, and gets a right of its own.
+    // Each is beside an object that careless parsing would reach instead, and gets a right of its own.
     const std::vector<std::string> names = {"[a]",  "a",   "./C:",    "./b\\c", "b",     "-x", "{}",
                                             "end.", "end", "\x1b[2J", "\xff",   "grant", "++"};
     for (const std::string& name : names)
@@ -282,7 +282,7 @@ TEST_F(CommandsTest, ANameMeansThatOneObject) {
         EXPECT_EQ(objects[i]["entries"][0]["mask"], mask.str()) << names[i];
     }
     EXPECT_THAT(RunCli({"show", "\x1b[2J"}).output, HasSubstr("\\u{1b}[2J"));
-    // Without the "./" it could as well mean the drive, and stands where a shell was given "*".
+    // Without the "./" it could also mean the drive. A shell may produce it from "*".
     const CommandResult ambiguous = RunCli({"show", "C:"});
     EXPECT_EQ(ambiguous.exitCode, 1);
     EXPECT_THAT(ambiguous.output, HasSubstr("permora-cli: C:: a file here is called so: "));
@@ -297,7 +297,7 @@ TEST_F(CommandsTest, ALinkIsNeverFollowedAtTheEndOfAPath) {
     const std::string before = SddlOf(top) + SddlOf(file);
     for (const std::string& path : {link, toFile})
         RunCli({"grant", path, "--account", "Everyone", "--rights", "1"});
-    // With a separator behind it, it would mean what it leads to.
+    // With a separator at the end, it would mean its target.
     const std::string linkBefore = SddlOf(link);
     for (const std::string& path : {link + "/", link + "/.", toFile + "/", file + "/"}) {
         const CommandResult refused = RunCli({"grant", path, "--account", "Guests", "--rights", "2"});

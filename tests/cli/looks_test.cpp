@@ -113,7 +113,7 @@ class LooksTest : public testing::Test {
             EXPECT_EQ(umount2(place, MNT_DETACH), 0) << place;
     }
 
-    // What a command needs for itself goes with it.
+    // Files that a command makes for itself are removed with it.
     void TearDown() override {
         EXPECT_EQ(RunCommand({"find", "/run", "/dev/shm", "-name", "permora-*"}).output, "");
     }
@@ -149,7 +149,7 @@ TEST_F(LooksTest, AChangeOfAListMakesNoNewIdentity) {
     EXPECT_THAT(RunCli({"show", place + "/file"}).output, HasSubstr("daemon"));
 }
 
-// What the databases say is seen as before, wherever the configuration has them.
+// The contents of the databases are found as before, wherever the configuration puts them.
 TEST_F(LooksTest, SeeDatabasesInOtherPlaces) {
     const std::string place = folder->MakeFolder("moved");
     const std::string elsewhere = folder->MakeFolder("samba");

@@ -1,4 +1,4 @@
-// What other people and programs do while a command is at work, or waits for an answer.
+// Other people and programs act while a command works or waits for an answer.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/xattr.h>

@@ -1,4 +1,4 @@
-// The commands on a real NTFS volume, with ntfssecaudit as judge of what stands on the disk afterwards.
+// The commands on a real NTFS volume. ntfssecaudit judges the result on the disk.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -21,7 +21,8 @@ TEST(NtfsTest, WhatTheCommandsWriteStandsOnTheDisk) {
         std::filesystem::create_directory(volume.Path(name));
     for (const char* name : {"team/file", "team/sub/deep"})
         EXPECT_EQ(RunCommand({"touch", volume.Path(name)}).exitCode, 0);
-    // What ntfs-3g gives a new object is not inherited; from here on everything below "team" inherits.
+    // ntfs-3g gives a new object a list that is not inherited. From here on, everything below "team"
+    // inherits.
     ASSERT_EQ(SetDescriptorText(volume.Path("team"), "D:P(A;OICI;FA;;;BA)"), 0U);
     for (const char* name : {"team/file", "team/sub", "team/sub/deep"})
         ASSERT_EQ(SetDescriptorText(volume.Path(name), "D:"), 0U) << name;
@@ -38,7 +39,7 @@ TEST(NtfsTest, WhatTheCommandsWriteStandsOnTheDisk) {
     EXPECT_EQ(RunCli({"revoke", sub, "--account", "Users"}).exitCode, 0);
     EXPECT_EQ(RunCli({"grant", team, "--account", "Users", "--rights", "Take ownership"}).exitCode, 0);
 
-    // The root's own list is padded, and "team" is protected from what it hands down.
+    // The root's own list is padded, and "team" is protected from its inheritance.
     EXPECT_EQ(RunCli({"grant", volume.Root(), "--account", "Guests", "--rights", "Delete"}).exitCode, 0);
     EXPECT_THAT(volume.AuditedEntries("/"), HasSubstr("0 0x3 0x110000 S-1-5-20-222\n"));
     EXPECT_EQ(volume.AuditedEntries("/team"),

@@ -59,7 +59,7 @@ TEST(OwnerTest, OwnersOfItemsAndTreesStandOnTheDisk) {
     EXPECT_THAT(volume.Audit(), HasSubstr("No errors were found"));
 }
 
-// Whoever may write a file may mostly give it a name in a folder of his own.
+// Everyone who may write to a file can mostly give it a name in a folder of their own.
 TEST(OwnerTest, ALinkedFileChangesHandsOnlyWhenThatIsAsked) {
     const TemporaryFolder folder;
     const std::string top = folder.MakeFolder("top");
@@ -108,7 +108,7 @@ TEST(EffectiveTest, SaysWhatTheListLeavesAndWhatItDoesNotTell) {
     EXPECT_EQ(array[1]["synchronize"], true);
     EXPECT_EQ(array[1]["rights"].size(), 12U);
 
-    // Less than is known would be a wrong answer.
+    // A smaller number would be a wrong answer.
     const CommandResult unknown = RunCli({"effective", full, open, "--account", "S-1-5-21-7-8-9-1001"});
     EXPECT_EQ(unknown.exitCode, 1);
     EXPECT_THAT(unknown.output, HasSubstr(full + ": the groups of S-1-5-21-7-8-9-1001 are not known here\n"));

@@ -80,7 +80,7 @@ class SambaFilesTest : public SambaTest {
         return server->Path(name);
     }
 
-    // What the user can do with the file: "get", "put", both or nothing.
+    // The possible operations of the user on the file: "get", "put", both or nothing.
     std::string Uses(const std::string& name) {
         std::string uses;
         for (const std::string& command :
@@ -99,7 +99,7 @@ class SambaFilesTest : public SambaTest {
             .output;
     }
 
-    // In no order: among entries of one type it says nothing, and the tool puts new ones at the end.
+    // Without order: it has no meaning among entries of one type, and the tool appends new ones.
     static std::multiset<std::string> Lines(const std::string& text) {
         std::istringstream stream(text);
         std::multiset<std::string> lines;

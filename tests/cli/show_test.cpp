@@ -1,4 +1,4 @@
-// What `show` tells of objects whose lists hold more than the rows.
+// The output of `show` for objects whose lists hold more than the rows.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -123,7 +123,7 @@ TEST_F(ShowTest, JsonTellsWhatEntriesOfEveryTypeAre) {
 
 TEST_F(ShowTest, RowsTellEntriesForDirectChildrenFromOthers) {
     const std::string top = folder.MakeFolder("top");
-    // The flag says nothing where nothing is handed down.
+    // The flag has no meaning if nothing is handed down.
     ASSERT_EQ(SetDescriptorText(top, "D:P(A;OICI;FR;;;BG)(A;NP;FR;;;BU)"), 0U);
     const std::string before = RunCli({"show", top}).output;
     ASSERT_EQ(SetDescriptorText(top, "D:P(A;OICINP;FR;;;BG)(A;OICI;FR;;;BU)"), 0U);

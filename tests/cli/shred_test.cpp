@@ -67,7 +67,7 @@ TEST_F(ShredTest, WhatIsSwappedWhileTheQuestionStandsIsNotReached) {
     EXPECT_TRUE(std::filesystem::is_empty(sub + "-moved"));
 }
 
-// Somebody who may write in the folder above gives the name to something else before the answer.
+// Before the answer, somebody who may write in the folder above gives the name to another object.
 TEST_F(ShredTest, WhatGetsTheNameWhileTheQuestionStandsStays) {
     if (const std::string reason = MissingProgram("script"); !reason.empty()) GTEST_SKIP() << reason;
     const auto shredSwapped = [this](const std::string& from, const std::string& name) {
@@ -142,14 +142,14 @@ TEST_F(ShredTest, AFileWithFurtherNamesNeedsForce) {
     const CommandResult refused = RunCli({"shred", file, "--yes"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_THAT(refused.output, HasSubstr("hard links"));
-    // What is said must not get into the file, which could be open under the number of a stream.
+    // Messages must not get into the file, which could have the descriptor of a standard stream.
     EXPECT_EQ(RunCommand({"sh", "-c", R"("$0" shred "$1" --yes <&- >&- 2>&-)", CliPath(), file}).exitCode, 1);
     EXPECT_EQ(ReadWholeFile(file), "contents");
     EXPECT_EQ(RunCli({"shred", file, "--yes", "--force"}).exitCode, 0);
     EXPECT_EQ(ReadWholeFile(folder.Path("other")), std::string(512, '\0'));
 }
 
-// What is told then is told while the file stands where its names were counted.
+// The message comes while the file is in the folder where its names are counted.
 TEST_F(ShredTest, AFileGoesBackAlsoWhenNobodyReadsAnyMore) {
     std::ofstream(file) << "contents";
     const CommandResult result =

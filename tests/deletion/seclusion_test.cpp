@@ -22,7 +22,7 @@
 
 namespace {
 
-// What happens before the next entry is moved, how many folders were made, and what is to go wrong with it.
+// The action before the next entry is moved, the number of folders made, and the planned failure.
 std::function<void()> beforeMove;
 int madeFolders = 0;
 int makingProblem = 0;  // an errno value

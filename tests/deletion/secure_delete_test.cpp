@@ -26,7 +26,7 @@
 
 namespace {
 
-// What the engine asked of the system, in one word each, and what is to go wrong with it.
+// The engine's calls to the system, one word each, and the planned failures.
 std::string calls;
 std::function<void()> beforeWrite;
 bool isWritingRefused = false;
@@ -342,7 +342,7 @@ TEST_F(SecureDelete, AFolderThatIsSwappedLeadsNowhereElse) {
 }
 
 TEST_F(SecureDelete, AFileThatIsSwappedStaysWhole) {
-    // Another file takes the name of what is being overwritten.
+    // Another file takes the name of the file that is being overwritten.
     Fill("file", 512);
     Fill("other", 512);
     beforeWrite = [] {
@@ -354,14 +354,14 @@ TEST_F(SecureDelete, AFileThatIsSwappedStaysWhole) {
     EXPECT_EQ(test::ReadWholeFile("file"), std::string(512, 'x'));
     EXPECT_EQ(test::ReadWholeFile("taken"), std::string(512, '\0'));
 
-    // A file takes the name of what was listed as a link.
+    // A file takes the name of an object that was listed as a link.
     folder.MakeFolder("work/top");
     std::filesystem::create_symlink("missing", "top/link");
     host.onEntry = [](const std::string&) { std::filesystem::rename("taken", "top/link"); };
     host.Delete("top");
     EXPECT_TRUE(Exists("work/top/link"));
 
-    // A pipe takes the name of what was listed as a file.
+    // A pipe takes the name of an object that was listed as a file.
     ASSERT_EQ(mkfifo("pipe", 0600), 0);
     host.onEntry = [](const std::string&) { std::filesystem::rename("pipe", "top/link"); };
     host.Delete("top");
@@ -491,7 +491,7 @@ TEST_F(SecureDelete, ThousandsOfNestedFoldersGo) {
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
     if (limit.rlim_max < kDepth + 100) GTEST_SKIP() << "this machine allows too few open files";
-    // In memory: a disk takes its time over that many folders.
+    // In memory: a disk would be slow with so many folders.
     setenv("TMPDIR", "/dev/shm", 1);
     const test::TemporaryFolder memory;
     unsetenv("TMPDIR");

@@ -1,4 +1,4 @@
-// Reads the image behind a mounted volume: what was there is not there any more.
+// Reads the image behind a mounted volume: the old contents are gone.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -53,7 +53,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-// A text that stands nowhere but in what the test writes.
+// A text that occurs only where the test writes it.
 std::string Contents(const std::string& mark, std::size_t size) {
     std::string text;
     while (text.size() < size)
@@ -131,7 +131,7 @@ TEST_F(OnVolume, Ext4KeepsNothing) {
     std::filesystem::current_path(volume.Root());
     host.Delete("large");
     host.Delete("small");
-    // Without a sync: what is not on the disk now never was on its way.
+    // Without a sync: data that is not on the disk now was never sent there.
     const std::string after = test::ReadWholeFile(volume.Image());
     std::filesystem::current_path("/");
     EXPECT_THAT(host.failures, IsEmpty());
@@ -163,14 +163,14 @@ TEST_F(OnVolume, Ext4TellsWhatItWritesByWayOfItsJournal) {
     }
 }
 
-// ext4 puts them into its own tables, and what it writes there goes into the journal first.
+// ext4 puts them into its own tables, which it writes to the journal first.
 TEST_F(OnVolume, ZerosOfSmallFilesDoNotWaitInTheJournal) {
     if (const std::string reason = Ext4Volume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
     const Ext4Volume volume("inline_data");
     ASSERT_EQ(volume.Problem(), "");
     Write(volume.Path("small"), Contents("SMALLMARK", 50));
     sync();
-    // What the journal itself keeps goes, so that the mark stands in its place alone.
+    // Clears the journal, so that the mark is only in its place.
     const host::UniqueFd root(open(volume.Root().c_str(), O_RDONLY));
     std::uint32_t withZeros = 2;
     ASSERT_EQ(ioctl(root.Get(), _IOW('f', 43, std::uint32_t), &withZeros), 0);
@@ -220,7 +220,7 @@ TEST_F(OnVolume, HolesAreNotFilledAndWhatIsAllocatedIsOverwritten) {
         ExpectZeroed(mark, before, after);
 }
 
-// Each search for data goes through all that is set aside before it.
+// Each search for data passes through all reserved space before it.
 TEST_F(OnVolume, WhatIsSetAsideInManyPlacesIsSearchedOnce) {
     if (const std::string reason = Ext4Volume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
     const Ext4Volume volume;
@@ -243,7 +243,7 @@ TEST_F(OnVolume, WhatIsSetAsideInManyPlacesIsSearchedOnce) {
     EXPECT_LT(dataSearches, 5);
 }
 
-// What has no blocks yet is a hole to some questions and data to others.
+// Data without blocks is a hole for some calls and data for others.
 TEST_F(OnVolume, WhatIsNotOnTheDiskYetIsNoHole) {
     const test::TemporaryFolder disk;
     setenv("TMPDIR", "/dev/shm", 1);
@@ -313,7 +313,7 @@ TEST_F(OnNtfs, KeepsNothingAndStaysSound) {
     const std::string after = test::ReadWholeFile(volume->Image());
     for (const char* mark : {"LARGEMARK", "TINYMARK", "STREAMMARK"})
         ExpectZeroed(mark, before, after);
-    // It grew out of the volume's table, which has put what it knows of the clusters there.
+    // It grew out of the volume's table, which now holds the list of its clusters there.
     EXPECT_FALSE(PlacesOf("SIDENT", before).empty());
     EXPECT_THAT(PlacesOf("SIDENT", after), IsEmpty());
     EXPECT_THAT(volume->Audit(), ::testing::HasSubstr("No errors were found"));

@@ -26,7 +26,8 @@ class EffectivePage : public test::EditorTest {
 
     void Open(const UiDriver::Script& script) { Edit({"file"}, script, "Effective Permissions"); }
 
-    // Picks an account; a digit for each row then, 1 where it is marked. `expect` declares what is shown.
+    // Picks an account. Returns a digit for each row, 1 for a marked one. `expect` declares the windows that
+    // come.
     std::string MarksFor(
         WindowDriver& window, const std::string& account, const std::function<void()>& expect = [] {}) {
         ui.ExpectDialog(IDD_ACCOUNT_PICKER, [&](WindowDriver& picker) {

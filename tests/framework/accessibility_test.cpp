@@ -148,7 +148,7 @@ TEST(Accessibility, TheKeyboardReachesEveryControlInOrder) {
     ForEachDialog([](WindowDriver& window, CWnd&, const DialogTemplate& dialogTemplate) {
         const std::vector<unsigned int> expected = ExpectedTabOrder(dialogTemplate);
         std::vector<unsigned int> order = window.TabThrough();
-        // A sheet's own tabs and buttons stand around those of the page.
+        // A sheet's own tabs and buttons surround those of the page.
         std::erase_if(order, [&](unsigned int id) {
             return std::ranges::none_of(dialogTemplate.controls,
                                         [id](const auto& each) { return each.id == id; });

@@ -42,7 +42,7 @@ TEST_F(Bars, TipsAndPromptsTellWhatAButtonDoes) {
     QEnterEvent enter(QPointF(2, 2), QPointF(2, 2), QPointF(2, 2));
     QApplication::sendEvent(button, &enter);
     EXPECT_EQ(frame.statusBar.GetPaneText(0), "Opens Security Editor");
-    // What the program says is news; the prompt has been read.
+    // A text of the program is news; the prompt has been read.
     frame.statusBar.SetPaneText(0, "Processing...");
     EXPECT_EQ(frame.statusBar.GetPaneText(0), "Processing...");
     QApplication::sendEvent(button, &enter);

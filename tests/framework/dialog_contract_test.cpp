@@ -24,7 +24,7 @@ using ::testing::ElementsAre;
 constexpr unsigned int kMissingTemplate = 9999;
 constexpr int kEndedByTest = -2;
 
-// Counts what the dialog's own functions are asked.
+// Counts the calls of the dialog's own functions.
 class TestDialog : public CDialog {
   public:
     using CDialog::CDialog;

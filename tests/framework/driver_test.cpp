@@ -1,4 +1,4 @@
-// The driver of the user interface tests must notice what a test did not declare, and never hang.
+// The driver of the user interface tests must notice windows that a test did not declare, and never hang.
 #include "tests/support/ui_driver.h"
 
 #include <gtest/gtest-spi.h>

@@ -1,4 +1,4 @@
-// The windows of file operations, with jobs that do nothing but what the test tells them.
+// The windows of file operations, with jobs that only follow the test.
 #include <gtest/gtest.h>
 
 #include <QApplication>

@@ -49,7 +49,7 @@ const char* NameOf(Notify code) {
     }
 }
 
-// Hears everything that the list says, written as "changed 3".
+// Records all notifications of the list, as "changed 3".
 class ListOwner : public CWnd {
   public:
     bool OnCmdMsg(Notification& notification) override {

@@ -1,4 +1,4 @@
-// What the user sees of work that a window waits for, and what it takes from him.
+// Long work of a window: painting goes on, and input is dropped.
 #include "framework/long_work.h"
 
 #include <gtest/gtest.h>

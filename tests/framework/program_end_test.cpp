@@ -19,7 +19,7 @@ namespace {
 
 using testing::ExitedWithCode;
 
-// Has begun something when the program is told to end, and must be let put it in order.
+// Works when the program is told to end, and must be allowed to finish in order.
 class UnendingJob : public FileOperationJob {
   public:
     explicit UnendingJob(std::function<void()> end) : endProgram(std::move(end)) {}
@@ -29,7 +29,7 @@ class UnendingJob : public FileOperationJob {
         while (host.Report({}))
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        // Who reads what it says may be gone already.
+        // The reader of its output may be gone already.
         int pipeEnds[2] = {};
         ASSERT_EQ(pipe(pipeEnds), 0);
         close(pipeEnds[0]);

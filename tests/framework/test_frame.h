@@ -16,7 +16,7 @@
 
 namespace permora {
 
-// Who handled which command, in order.
+// The handlers and their commands, in order.
 using CommandLog = std::vector<std::string>;
 
 class TestView : public CWnd {

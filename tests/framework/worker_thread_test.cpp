@@ -11,7 +11,7 @@
 namespace permora {
 namespace {
 
-// Who waits must not keep the worker from what it waits for itself.
+// Waiting must not block the calls for which the worker waits itself.
 TEST(WorkerThread, IsServedWhileItIsWaitedFor) {
     bool isServedHere = false;
     std::atomic<bool> isDone = false;

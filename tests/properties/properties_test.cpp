@@ -84,7 +84,7 @@ TEST_F(Properties, OfAFileAreItsOwn) {
         EXPECT_EQ(dialog.Text(IDC_PROPERTY_ATTRIBUTES), "hidden, system");
         EXPECT_THAT(dialog.Text(IDC_PROPERTY_OWNER), HasSubstr("root"));
         dialog.Press("Alt+P");
-        // What the editor did to the object is told.
+        // The change that the editor made to the object is shown.
         EXPECT_THAT(dialog.Text(IDC_PROPERTY_OWNER), HasSubstr("No such file"));
         dialog.Press("Return");  // from a field to the default button
     });

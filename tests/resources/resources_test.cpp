@@ -314,7 +314,7 @@ TEST(Menus, ShowOnlyKeysThatWork) {
         text += name != keyNames.end() ? name->first : std::string(1, static_cast<char>(key.key));
         EXPECT_TRUE(keys.emplace(text, key.command).second) << text;
     }
-    // The list answers these itself.
+    // The list handles these itself.
     keys.emplace("Del", ID_DELETE);
     keys.emplace("Backspace", ID_GO_UP);
 

@@ -1,4 +1,4 @@
-// Who is offered as an owner, whatever the policy and the token say. Both are made up by the linker's wraps.
+// The accounts that are offered as owners, for various policies and tokens. The linker's wraps invent both.
 #include "security/owner_candidates.h"
 
 #include <gmock/gmock.h>

@@ -31,7 +31,7 @@ class ServiceFakes {
     std::vector<FakeAccount> accounts;
     // The error of every account look-up, when it is not 0.
     DWORD accountError = ERROR_SUCCESS;
-    // The number of allocations (local or private heap, heaps included) that still succeed.
+    // The number of further allocations (local or private heap, heaps included) that succeed.
     int allocationsLeft = 1'000'000;
 
     // The name that no library has a function for.

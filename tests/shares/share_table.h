@@ -12,7 +12,7 @@
 
 namespace permora::test {
 
-// What changes of shares are answered with in the place of being made; nothing: they are made.
+// The error that changes of shares return instead of being made; nothing: they are made.
 inline std::optional<NET_API_STATUS> setInfoAnswer;
 
 class WithShareTable : public ::testing::Test {

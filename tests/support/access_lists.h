@@ -27,7 +27,7 @@ DWORD SetDescriptor(const std::string& hostPath, const nt::SecurityDescriptor& d
 // The object at an absolute host path, held; none when it cannot be found.
 HeldObject Held(const std::string& hostPath);
 
-// The descriptor that `sddl` tells, as the services take it; null when the text is wrong.
+// The descriptor of `sddl` in the form of the services; null when the text is wrong.
 UniqueLocal<void> DescriptorOf(const std::string& sddl);
 
 // Its list, which lives as long as the descriptor; null where it has none.

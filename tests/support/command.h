@@ -18,7 +18,7 @@ struct CommandResult {
 // than a pipe holds (64 KiB) is not meant to be handed over.
 CommandResult RunCommand(const std::vector<std::string>& arguments, std::string_view input = {});
 
-// What `work` answers in a process of its own; nothing when it ends otherwise.
+// The result of `work` in a process of its own; nothing when that process ends otherwise.
 std::optional<std::string> InAnotherProcess(const std::function<std::string()>& work);
 
 // The same in one that runs as an ordinary user ("nobody", no privileges). Needs root.

@@ -1,4 +1,4 @@
-// What stands in folders, to hold those to it who only looked.
+// The state of folders, to prove that looking at them changed nothing.
 #pragma once
 
 #include <map>

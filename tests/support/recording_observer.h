@@ -1,4 +1,4 @@
-// Keeps what a change of a tree tells.
+// Records the reports of a change of a tree.
 #pragma once
 
 #include <string>

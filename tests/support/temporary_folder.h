@@ -5,7 +5,7 @@
 
 namespace permora::test {
 
-// With which the names of all these folders begin.
+// The prefix of the names of all these folders.
 inline constexpr const char* kTemporaryFolderPrefix = "/permora-test-";
 
 // A new empty folder on the local disk, removed with everything in it at the end (what is mounted below is

@@ -1,4 +1,4 @@
-// What the driver of user interface tests needs of a toolkit, beside WindowDriver.
+// The toolkit's services for the driver of user interface tests, beside WindowDriver.
 #pragma once
 
 #include <chrono>

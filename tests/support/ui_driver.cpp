@@ -106,7 +106,7 @@ void CloseOrEnd(HWND window) {
 }  // namespace
 
 struct UiDriver::State : std::enable_shared_from_this<State> {
-    // What the test declared, and above it what each running script did.
+    // The test's declarations, and above them those of each running script.
     std::vector<std::deque<Expectation>> declared{1};
 
     void Declare(Expectation expectation) { declared.back().push_back(std::move(expectation)); }
@@ -140,7 +140,7 @@ std::optional<Expectation> UiDriver::State::Take(const ModalWindow& modal) {
     return expectation;
 }
 
-// How long a file operation takes, and so whether its window comes, is a matter of the machine.
+// The time of a file operation, and so whether its window comes, depends on the machine.
 bool UiDriver::State::IsChanceWindow(const ModalWindow& modal) {
     const auto* next = Next();
     return modal.kind == ModalKind::kDialog && modal.templateId == kProgressWindowId &&
@@ -186,7 +186,7 @@ void UiDriver::State::RunScript(const ModalWindow& modal, const Expectation& exp
     declared.emplace_back();
     WindowDriver driver(modal.window);
     expectation.script(driver);
-    // What has not come yet comes next.
+    // The remaining declarations come next.
     std::deque<Expectation> left = std::move(declared.back());
     declared.pop_back();
     auto& outer = declared.back();

@@ -31,7 +31,7 @@ unsigned int ControlIdOf(const QWidget* widget) {
     return 0;
 }
 
-// What the user reads on a widget.
+// The text of a widget as the user reads it.
 QString TextOf(const QWidget& widget) {
     if (const auto* label = qobject_cast<const QLabel*>(&widget)) return label->text();
     if (const auto* edit = qobject_cast<const QLineEdit*>(&widget)) return edit->text();

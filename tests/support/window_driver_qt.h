@@ -1,4 +1,4 @@
-// What the parts of WindowDriver on the Qt back end share.
+// Shared by the parts of WindowDriver on the Qt back end.
 #pragma once
 
 #include <gtest/gtest.h>

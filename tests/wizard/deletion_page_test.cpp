@@ -274,7 +274,7 @@ INSTANTIATE_TEST_SUITE_P(Wizard, WizardDeletionEnds,
                                             ::testing::Bool()),
                          NameOf);
 
-// What the desktop closes unanswered is no Yes, and the sheet closes below it.
+// A question that the desktop closes is not answered with Yes, and the sheet below it closes.
 TEST_F(WizardDeletionPage, TheSessionsEndAnswersTheQuestionWithNo) {
     MakeFile("file", 1);
     settings.askBeforeSecureDeletion = true;

@@ -278,7 +278,7 @@ TEST_F(WizardPermissionsPage, OnAVolumeOfWindows) {
         window.SelectRow(IDC_COMBINATIONS, 0);
         window.Click(SheetButton::kFinish);
     });
-    // Of a drive's root its own volume is asked, not that of the current directory, which holds no lists.
+    // A drive's root is on its own volume, not on that of the current directory, which holds no lists.
     Enter("/proc");
     areDrives = true;
     const std::string root = PathFromArgument(volume.Root().c_str());

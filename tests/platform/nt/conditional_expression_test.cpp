@@ -52,7 +52,7 @@ TEST(ConditionalExpression, MeansTheBytesThatTheSystemStores) {
         {"(a != +0)", "f8 02000000 6100 04 0000000000000000 01 02 81"},
         {"(a == 00)", "f8 02000000 6100 04 0000000000000000 03 01 80"},
         {"(a == -9223372036854775808)", "f8 02000000 6100 04 0000000000000080 02 02 80"},
-        // Names: what may not stand in them is escaped, outside ASCII always.
+        // Names: forbidden characters are escaped, and all characters outside ASCII.
         {"(@USER.ad://x_[y]%0020%d83d == \"\xC3\xA4\xF0\x9F\x98\x80\")",
          "f9 18000000 610064003a002f002f0078005f005b0079005d0020003dd8 10 06000000 e4003dd800de 80"},
         {"(a%005b@b == 1)", "f8 08000000 61005b0040006200 04 0100000000000000 03 02 80"},

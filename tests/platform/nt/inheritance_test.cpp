@@ -50,7 +50,7 @@ TEST(Inheritance, WhatOneEntryOfTheParentBecomes) {
         {"(A;OICINP;FA;;;BA)", "(A;ID;FA;;;BA)", "(A;ID;FA;;;BA)"},
         {"(A;CINPIO;FA;;;BA)", "", "(A;ID;FA;;;BA)"},
         {"(A;OINP;FA;;;BA)", "(A;ID;FA;;;BA)", ""},
-        // What was inherited is handed on like the rest.
+        // Inherited entries are handed on like the others.
         {"(D;OICIID;FW;;;WD)", "(D;ID;FW;;;WD)", "(D;OICIID;FW;;;WD)"},
         // Generic rights are mapped where the entry takes effect, and split from what is handed on.
         {"(A;OICI;GA;;;BA)", "(A;ID;FA;;;BA)", "(A;ID;FA;;;BA)(A;OICIIOID;GA;;;BA)"},

@@ -217,7 +217,7 @@ TEST(MachineSidTest, IsTheSameInEveryProcess) {
     EXPECT_EQ(elsewhere, sidText());
 }
 
-// Samba's tools make databases when they are asked, and a new SID with them.
+// Samba's tools create databases when they are run, with a new SID.
 TEST(MachineSidTest, AskingMakesNoSambaDatabase) {
     const char* const databases = "/var/lib/samba";
     if (!std::filesystem::exists(databases)) GTEST_SKIP() << "Samba is not installed";

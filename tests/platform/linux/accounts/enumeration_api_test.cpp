@@ -1,4 +1,4 @@
-// Accounts that a user can choose from: each must be exactly the one that its name says.
+// The accounts that are offered to a user: each name must mean exactly this account.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// What the name service answers is handed over, whatever it does. One user is made up by the linker's wraps.
+// Answers and failures of the name service are passed on. The linker's wraps invent one user.
 #include "platform/linux/accounts/name_service.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@ namespace {
 
 constexpr uid_t kMadeUpUser = 4'000'000'001;
 
-// How the name service answers for the user that is made up.
+// The name service's answer for the invented user.
 struct Answer {
     std::size_t buffer;  // the smallest that it accepts
     const char* name;    // null: none, with `result`

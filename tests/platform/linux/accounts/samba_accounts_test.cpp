@@ -31,7 +31,7 @@ class SambaAccountsTest : public testing::Test {
         EXPECT_EQ(RunCommand({"smbpasswd", "-a", "-s", "daemon"}, "secret\nsecret\n").exitCode, 0);
         EXPECT_EQ(Map({"ntgroup=My Users", "unixgroup=users", "type=local"}), 0);
         EXPECT_EQ(Map({"ntgroup=Dom Games", "unixgroup=games", "rid=514", "type=domain"}), 0);
-        // It must ask before this process does, and keeps the answer to itself.
+        // It must ask before this process does. It keeps the answer.
         ordinaryUsersView = test::AsOrdinaryUser([] {
             return std::string(MachineSid() == nullptr ? "no machine" : "machine") + ", " +
                    SidForUser(0).ToText() + ", " + SidForGroup(0).ToText();
@@ -57,7 +57,7 @@ class SambaAccountsTest : public testing::Test {
         return RunCommand(arguments).exitCode;
     }
 
-    // The one line with which the server answers each command.
+    // The server's answer to each command, one line.
     static std::vector<std::string> AskServer(const std::vector<std::string>& commands) {
         std::string all;
         for (const std::string& command : commands)
@@ -133,7 +133,7 @@ TEST_F(SambaAccountsTest, OwnersAreWhoTheServerSaysTheyAre) {
     }
 }
 
-// Computed ids would name other accounts than Samba's: without Samba's answer there are none.
+// Computed ids would mean other accounts than Samba's, so without Samba's answer there are none.
 TEST_F(SambaAccountsTest, WhoMayNotReadTheDatabasesSeesTheHostsNumbers) {
     EXPECT_EQ(ordinaryUsersView, "no machine, S-1-22-1-0, S-1-22-2-0");
 }

@@ -76,7 +76,7 @@ TEST(SambaOutputTest, LeavesOutUsersOfWhomAnythingIsWrong) {
     }
 }
 
-// Whoever may write a description can make it look like another record.
+// Everyone who may write a description can make it look like another record.
 TEST(SambaOutputTest, BelievesNoUserThatIsListedTwice) {
     const std::string forged = "x\n" + User("root", kMachine + "-1005");
     EXPECT_THAT(Users(User("root", kMachine + "-1000") + User("mallory", kMachine + "-1005", forged) +

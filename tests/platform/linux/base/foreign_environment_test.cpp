@@ -79,7 +79,7 @@ TEST_F(ForeignEnvironment, APlaceIsRootsAloneWhenNobodyElseHasAHandInIt) {
         EXPECT_EQ(IsRootsAlone(path), isRoots) << path;
 }
 
-// What such a volume says is root's, its maker has written there.
+// On such a volume, its maker decides what belongs to root.
 TEST_F(ForeignEnvironment, AVolumeThatAUserMayHaveMountedIsForeign) {
     if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
     const struct {
@@ -171,7 +171,7 @@ TEST_F(ForeignEnvironment, AnOrdinaryUsersIsHisOwn) {
 // Each program before anything of it has looked.
 TEST_F(ForeignEnvironment, BothProgramsForgetBeforeTheyStart) {
     for (const char* program : {PERMORA_CLI, PERMORA}) {
-        // The windowed one ends since there is no such platform, and tells where it has looked for one.
+        // The windowed program ends because there is no such platform, and prints where it searched.
         const test::CommandResult result =
             test::RunCommand({"env", "QT_PLUGIN_PATH=" + foreign, "LOCPATH=" + foreign, "QT_DEBUG_PLUGINS=1",
                               "QT_QPA_PLATFORM=none", program, "--version"});

@@ -83,7 +83,7 @@ TEST(FormatMessage, SearchesALibraryBeforeTheSystem) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
-// Every error of the host says something, and what it says when shown is what the host meant.
+// Every error of the host has a text, and the text has the host's meaning.
 TEST(HostErrors, KeepTheirMeaningInTheMessage) {
     for (int errorNumber = 1; errorNumber < 140; ++errorNumber) {
         const DWORD code = ErrorFromErrno(errorNumber);

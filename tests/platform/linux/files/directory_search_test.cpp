@@ -70,7 +70,7 @@ TEST_F(DirectorySearches, ListEverythingAndTheTwoDotsBelowARoot) {
                                                  EncodeName("\xFF"
                                                             "\x1F."),
                                                  "Grüße 文", "link"));
-    // What is listed can be asked for again.
+    // A listed name can be searched for again.
     for (const std::string& name : root.names) {
         EXPECT_THAT(Search(name.c_str()).attributes,
                     ElementsAre(Pair(name, GetFileAttributesA(name.c_str()))));

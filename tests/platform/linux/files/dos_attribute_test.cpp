@@ -51,7 +51,7 @@ TEST(DosAttribute, DamagedBytesAreRefused) {
         for (std::size_t size = 0; size < whole.size(); ++size) {
             const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
             const auto attribute = DosAttribute::FromBytes(cut);
-            // What is left of a text may still be one.
+            // A truncated text may still be valid.
             EXPECT_TRUE(!attribute || size <= 6) << form.hex << " cut to " << size;
         }
     }

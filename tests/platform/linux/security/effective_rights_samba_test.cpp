@@ -1,5 +1,5 @@
-// What lists leave to accounts, with a real Samba server as the judge: it is asked, as each user, how far the
-// user may go with a folder that has the list.
+// The rights that lists grant to accounts, with a real Samba server as the judge: it is asked, as each user,
+// how far the user may go with a folder that has the list.
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>

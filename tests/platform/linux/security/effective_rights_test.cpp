@@ -9,7 +9,7 @@
 namespace permora {
 namespace {
 
-// What the service answers about the account and the list, both as text.
+// The service's answer for the account and the list, both as text.
 DWORD Ask(const char* sidText, const std::string& sddl, DWORD& rights) {
     PSID sid = nullptr;
     EXPECT_TRUE(ConvertStringSidToSidA(sidText, &sid));

@@ -1,4 +1,4 @@
-// Objects that are held between a question and what is done after it.
+// Objects that are held between a question and the action after it.
 #include "platform/held_object.h"
 
 #include <gmock/gmock.h>
@@ -142,7 +142,7 @@ TEST_F(HeldObjectTest, AListThatIsAnotherOneByNowIsLeftAlone) {
     EXPECT_EQ(Write(held, "D:(A;;FA;;;BG)", read.descriptor.get(), below), ERROR_SUCCESS);
     EXPECT_EQ(DaclText(file), "D:PAI(A;;FA;;;BG)");
 
-    // The mode is the list of what has none stored.
+    // Without a stored list, the mode is the list.
     const std::string plain = folder.MakeFile("plain");
     ASSERT_EQ(chmod(plain.c_str(), 0600), 0);
     const HeldObject heldPlain = Held(plain);
@@ -218,7 +218,7 @@ class Rival : public RecordingObserver {
     std::jthread thread;
 };
 
-// What is in it gets what the walk remembers of the folder.
+// The objects in it inherit from the list that the walk keeps of the folder.
 TEST_F(HeldObjectTest, AWalkKeepsTheTurnOnTheFoldersThatItIsIn) {
     folder.MakeFolder("top");
     folder.MakeFolder("top/sub");

@@ -15,7 +15,7 @@ const nt::Sid kOwner(5, {21, 1, 2, 3, 1000});
 const nt::Sid kGroup(5, {21, 1, 2, 3, 1001});
 const nt::Sid kEveryone(1, {0});
 
-// What a list grants to someone with these SIDs: for each right the first entry that speaks of it decides.
+// The rights that a list grants to these SIDs: for each right, the first entry with it decides.
 std::uint32_t Granted(const nt::Acl& list, const std::vector<nt::Sid>& sids) {
     std::uint32_t granted = 0;
     std::uint32_t denied = 0;
@@ -29,7 +29,7 @@ std::uint32_t Granted(const nt::Acl& list, const std::vector<nt::Sid>& sids) {
     return granted;
 }
 
-// What the kernel grants for three mode bits, as far as the bits decide.
+// The rights that the kernel grants for three mode bits.
 std::uint32_t Expected(unsigned bits, bool mayEmpty) {
     std::uint32_t rights = 0;
     if ((bits & 4U) != 0) rights |= FILE_READ_DATA | FILE_READ_EA;
@@ -47,7 +47,7 @@ TEST(ModeDescriptor, EveryModeGrantsWhatTheKernelGrants) {
             const bool mayEmpty = kind == nt::ObjectKind::kFolder && (mode & 01000U) == 0;
             const nt::Acl list = DescriptorFromMode(mode, kind, kOwner, kGroup).dacl;
             const std::uint32_t owner = Granted(list, {kOwner, kGroup, kEveryone});
-            // An owner who may do everything is said to have full control, whatever the object is.
+            // An owner with all rights has full control, whatever the object is.
             const std::uint32_t decided = mayEmpty ? kDecided : kDecided & ~FILE_DELETE_CHILD;
             ASSERT_EQ(owner & decided, Expected(mode >> 6U & 7U, mayEmpty)) << std::oct << mode;
             ASSERT_EQ(Granted(list, {kGroup, kEveryone}) & kDecided, Expected(mode >> 3U & 7U, mayEmpty))

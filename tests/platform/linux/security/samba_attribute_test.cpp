@@ -34,7 +34,7 @@ Bytes Joined(std::initializer_list<Bytes> pieces) {
 
 const Bytes kPointer = {4, 0, 2, 0};
 
-// What stands in front of the descriptor in each version.
+// The bytes before the descriptor in each version.
 const Bytes kPrefixes[] = {
     Joined({{1, 0, 1, 0}, kPointer}),
     Joined({{2, 0, 2, 0}, kPointer, kPointer, Zeros(16)}),

@@ -1,4 +1,5 @@
-// One folder, two programs: what this one writes a real Samba server understands, and the other way round.
+// One folder, two programs: a real Samba server understands the lists of this program, and the other way
+// round.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -21,14 +22,14 @@ constexpr SECURITY_INFORMATION kAllButSacl =
 
 class SambaSharing : public WithSambaServer {
   protected:
-    // What Samba says about an object of the share.
+    // Samba's view of an object of the share.
     static std::optional<nt::SecurityDescriptor> Samba(const std::string& name) {
         return Parsed(server->Smbcacls(name, {"--sddl"}).output);
     }
     static std::optional<nt::SecurityDescriptor> SambaOnPlainShare(const std::string& name) {
         return Parsed(server->SmbcaclsOnPlainShare(name, {"--sddl"}).output);
     }
-    // What this program says about it.
+    // This program's view of it.
     static std::optional<nt::SecurityDescriptor> Ours(const std::string& name) {
         return Parsed(DescriptorText(server->Path(name), kAllButSacl));
     }

@@ -24,7 +24,7 @@ UniqueLocal<void> Parse(const char* text, ULONG* size = nullptr) {
     return UniqueLocal<void>(descriptor);
 }
 
-// The text of the parts asked for; empty when there is none.
+// The text of the requested parts; empty when there is none.
 std::string Write(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts = kEverything) {
     LPSTR text = nullptr;
     ULONG length = 0;

@@ -223,7 +223,7 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
               ERROR_INVALID_SID);
 }
 
-// Who takes the name in the tree away at the right moment leaves the file one name, which stands elsewhere.
+// Removing the name in the tree at the right moment leaves the file one name, which is elsewhere.
 TEST_F(TreeSecurity, ALinkedFileWhoseNameGoesMeanwhileKeepsItsOwner) {
     class Intruder : public RecordingObserver {
       public:

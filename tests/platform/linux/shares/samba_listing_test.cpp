@@ -42,7 +42,7 @@ TEST(SambaListingTest, SharesComeOutOfAnyText) {
         {"[a\tb]\n[\xFF]\n[a\\b]\n", {}},
         {"[a]\n\tcomment = \xFF\xFE\n\tmax connections = 99999999999\n", {"a|0|\xFF\xFE|-1|"}},
         {"[a]\n\tmax connections = -1\n", {"a|0||-1|"}},
-        // What a remark says of a share that is there already is not believed.
+        // A remark cannot describe a share again that was already listed.
         {"[a]\n\tpath = /a\n[b]\n\tcomment = x\n[A]\n\tpath = /forged\n\tcomment = y\n",
          {"a|0||-1|/a", "b|0|x|-1|"}},
         // Names are one by their small letters, as to the server: these capitals are the same.

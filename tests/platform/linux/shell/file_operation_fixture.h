@@ -1,4 +1,4 @@
-// The shell's file operations with a user who answers as a test tells.
+// The shell's file operations with a user whose answers the test gives.
 #pragma once
 
 #include <gmock/gmock.h>

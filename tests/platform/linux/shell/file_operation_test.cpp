@@ -124,7 +124,7 @@ TEST_F(FileOperations, RefuseAFolderThatWouldComeIntoItself) {
             SCOPED_TRACE(target);
             answers[Question::kFolderIntoItself] = {Answer::kNo};
             EXPECT_NE(Run(function, {place.Path("a")}, target), 0U);
-            // By way of the mount it shows only when the walk meets the target.
+            // Through the mount, this is visible only when the walk meets the target.
             EXPECT_EQ(asked.front().source.path, Shown(place.Path(target == bound ? "a/b" : "a")));
             std::filesystem::remove_all(place.Path("a/b/a"));  // what a copy by way of the mount began with
             EXPECT_THAT(Below(place.Path()), ElementsAre("a", "a/b"));
@@ -145,7 +145,7 @@ TEST_F(FileOperations, AreNotLedAwayByAFolderThatIsSwappedForALink) {
             WriteFileText(folder->Path("d/a"), folder == &from ? "new" : "old");
         }
         chmod(from.Path("d/a").c_str(), 0444);
-        // The folder of the item that is asked about, and that which it goes into.
+        // The folder of the item in question, and the target folder.
         onAsk = [&](const FileOperationQuestion& question) {
             if (question.source.isFolder) return;
             for (const TemporaryFolder* folder : {&from, &to}) {
@@ -156,7 +156,7 @@ TEST_F(FileOperations, AreNotLedAwayByAFolderThatIsSwappedForALink) {
         if (function == FO_DELETE) {
             answers = {{Question::kDeleteForGood, {Answer::kYes}},
                        {Question::kProtectedItem, {Answer::kYes}}};
-            // The folder's name is a link by then, and that is what goes.
+            // The folder's name is a link by then, and the link is deleted.
             answers[Question::kFailure] = {Answer::kNo};
             Run(function, {from.Path("d")}, "", kForGood);
             EXPECT_THAT(Below(from.Path("moved")), IsEmpty());
@@ -262,7 +262,7 @@ TEST_F(FileOperations, AskAboutReadOnlyItems) {
     EXPECT_EQ(ReadWholeFile(to.Path("b")), "x");
 }
 
-// A program that never gives its lease back, in a process of its own.
+// A program that never releases its lease, in a process of its own.
 class LeaseHolder {
   public:
     explicit LeaseHolder(const std::string& path) {

@@ -26,7 +26,7 @@ extern "C" {
 
 int __real_syncfs(int descriptor);
 int __wrap_syncfs(int descriptor) {
-    // As the kernel does it: what was lost is told once.
+    // Like the kernel: a lost write is reported once.
     if (!std::exchange(isSyncLost, false)) return __real_syncfs(descriptor);
     errno = EIO;
     return -1;
@@ -163,13 +163,13 @@ TEST_F(VolumeOperations, CarryStreamsThatAreShownAsFiles) {
     WriteFileText(files.Path("a:big"), std::string(100'000, 'b'));
     EXPECT_EQ(Run(FO_COPY, {files.Path("a")}, files.Root()), 0U);
     EXPECT_EQ(ReadWholeFile(files.Path("a - Copy:big")).size(), 100'000U);
-    // An attribute holds 64 KiB: the user is asked, and what is not agreed to is not done.
+    // An attribute holds 64 KiB: the user is asked, and without consent nothing is copied.
     for (const Answer answer : {Answer::kNo, Answer::kYes}) {
         answers[Question::kPropertyLoss] = {answer};
         EXPECT_EQ(Run(FO_COPY, {files.Path("a")}, volume->Root()), 0U);
         EXPECT_EQ(std::filesystem::exists(volume->Path("a")), answer == Answer::kYes);
     }
-    // What is no stream's name would lead elsewhere.
+    // A name that is no stream's would lead elsewhere.
     local.MakeFolder("d");
     ASSERT_EQ(setxattr(local.Path("d").c_str(), "user./../stray", "x", 1, 0), 0);
     answers[Question::kPropertyLoss] = {Answer::kYes};
@@ -189,7 +189,7 @@ TEST_F(VolumeOperations, GiveNothingANameOnNtfsUnderWhichWindowsWouldNotFindIt) 
     for (const char* plain : {"com", "com10", "console", "x.con"})
         WriteFileText(local.Path("d/" + std::string(plain)), "reached");
     constexpr std::size_t kTaken = 5;
-    // Neither takes the place of the other, and nothing is taken away.
+    // Neither replaces the other, and nothing is removed.
     const auto before = Below(local.Path());
     answers[Question::kFailure].assign(6, Answer::kNo);
     EXPECT_NE(Run(FO_MOVE, {local.Path("d")}, volume->Root()), 0U);
@@ -197,7 +197,7 @@ TEST_F(VolumeOperations, GiveNothingANameOnNtfsUnderWhichWindowsWouldNotFindIt) 
     EXPECT_EQ(Below(local.Path()), before);
     EXPECT_EQ(Run(FO_RENAME, {volume->Path("d")}, volume->Path("D")), 0U);
     EXPECT_EQ(Below(volume->Path("D")).size(), kTaken);
-    // Where the driver let both in, each stands for itself.
+    // If the driver allowed both names, each is a file of its own.
     for (const char* name : {"x", "X"})
         WriteFileText(volume->Path(name), "old");
     WriteFileText(local.Path("X"), "new");
@@ -242,7 +242,7 @@ TEST_F(VolumeOperations, AFullVolumeLeavesNothingHalfAndTheSourceWhole) {
         EXPECT_TRUE(isAborted);
         EXPECT_THAT(Below(target), ElementsAre("d", "d/a=x"));
         EXPECT_EQ(Below(local.Path()), before);
-        // What stands there is kept until the new one is whole.
+        // The old file is kept until the new one is complete.
         WriteFileText(target + "/d/big", "old");
         std::filesystem::remove(target + "/d/a");
         answers = {{Question::kMergeFolders, {Answer::kYes}},
@@ -256,7 +256,7 @@ TEST_F(VolumeOperations, AFullVolumeLeavesNothingHalfAndTheSourceWhole) {
     ExpectSoundVolume();
 }
 
-// What lies in its lower layer alone the kernel does not rename, though it is one volume.
+// The kernel does not rename objects that are only in the lower layer, although it is one volume.
 TEST_F(FileOperations, MoveAnOverlaysFoldersByCopyingThem) {
     if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
     const TemporaryFolder base;

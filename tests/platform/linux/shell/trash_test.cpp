@@ -16,7 +16,7 @@ using testing::IsEmpty;
 using testing::MatchesRegex;
 using testing::UnorderedElementsAre;
 
-// Puts back what the info file tells, as any program does that keeps to the common rules.
+// Restores an item by its info file, as any program does that follows the common rules.
 void Restore(const std::string& trash, const std::string& name, const std::string& top) {
     const CommandResult result =
         RunCommand({"python3", "-c",
@@ -93,7 +93,7 @@ TEST_F(TrashOperations, KeepEachVolumesItemsOnTheVolume) {
     EXPECT_THAT(volume.Audit(), testing::HasSubstr("No errors were found"));
 }
 
-// On a volume whose trash another user laid out, or that has none, everything is asked about.
+// On a volume whose trash another user made, or that has none, the user is asked about everything.
 TEST_F(TrashOperations, NeverUseWhatAnotherUserMayHaveLaidOut) {
     if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
     const std::string own = ".Trash-" + std::to_string(getuid());

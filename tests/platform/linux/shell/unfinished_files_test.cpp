@@ -1,4 +1,4 @@
-// What is left of a copy that is killed, and that the next one takes it away.
+// The remains of a killed copy, which the next copy removes.
 #include "platform/linux/shell/unfinished_files.h"
 
 #include <fcntl.h>
@@ -39,7 +39,7 @@ void DieAt(long call) {
 
 class Unfinished : public FileOperations {
   protected:
-    // Copies over what is there, in a process that dies at the given call; whether it did.
+    // Copies over an existing file, in a process that dies at the given call. Returns whether it died.
     bool CopyAndDie(const std::vector<std::string>& items, const std::string& target, long call) {
         return !InAnotherProcess([&] {
             answers[Question::kReplaceFile].assign(items.size(), Answer::kYes);
