@@ -1,11 +1,12 @@
 #include "browser/share_rows.h"
 
 #include <array>
+#include <utility>
+#include <vector>
 
-#include "platform/api/shares.h"
-#include "platform/resources.h"
 #include "resources/resource_ids.h"
 #include "security/text_conversion.h"
+#include "shares/share_list.h"
 
 namespace permora {
 namespace {
@@ -15,34 +16,6 @@ constexpr int kShareImage = 1;
 
 // The shares of the machine's own services.
 constexpr const char* kServiceShare = "IPC$";
-
-// The result of one call for shares.
-class ShareRecords {
-  public:
-    // The shares from `resume` on, which becomes the start of the next call.
-    NET_API_STATUS Read(DWORD& resume) {
-        LPBYTE block = nullptr;
-        DWORD total = 0;
-        const NET_API_STATUS status =
-            NetShareEnum(nullptr, 1, &block, MAX_PREFERRED_LENGTH, &count, &total, &resume);
-        records.reset(reinterpret_cast<SHARE_INFO_1*>(block));
-        return status;
-    }
-    std::span<const SHARE_INFO_1> Shares() const { return {records.get(), count}; }
-
-  private:
-    UniqueNetworkBuffer<SHARE_INFO_1> records;
-    DWORD count = 0;
-};
-
-// The folder that is shared under a name.
-NET_API_STATUS ReadSharePath(LPWSTR name, std::string& path) {
-    LPBYTE block = nullptr;
-    const NET_API_STATUS status = NetShareGetInfo(nullptr, name, 2, &block);
-    const UniqueNetworkBuffer<SHARE_INFO_2> record(reinterpret_cast<SHARE_INFO_2*>(block));
-    if (status == NERR_Success) path = WideToAnsi(record->shi2_path);
-    return status;
-}
 
 }  // namespace
 
@@ -55,29 +28,25 @@ bool ShareRows::Offers(unsigned int command) const {
 }
 
 Outcome ShareRows::List(const RowOptions& /*options*/, RowReceiver& receiver) {
+    std::vector<ListedShare> shares;
+    const NET_API_STATUS status = ListShares(shares);
     int count = 0;
-    DWORD resume = 0;
-    NET_API_STATUS status = ERROR_MORE_DATA;
-    while (status == ERROR_MORE_DATA) {
-        ShareRecords records;
-        status = records.Read(resume);
-        if (status != NERR_Success && status != ERROR_MORE_DATA) return {status, Step::kEnumerateShares};
-        for (const SHARE_INFO_1& share : records.Shares()) {
-            Row row{.name = WideToAnsi(share.shi1_netname), .image = kShareImage, .position = count};
-            if (row.name == kServiceShare) continue;
-            // By its wide name, since the row's code page may not have all its characters.
-            static_cast<void>(ReadSharePath(share.shi1_netname, row.type));  // else it stays empty
-            if (!receiver.Add(row)) return {ERROR_NOT_ENOUGH_MEMORY};
-            ++count;
-        }
+    for (ListedShare& share : shares) {
+        if (share.name == kServiceShare) continue;
+        const Row row{.name = std::move(share.name),
+                      .type = std::move(share.path),
+                      .image = kShareImage,
+                      .position = count};
+        if (!receiver.Add(row)) return {ERROR_NOT_ENOUGH_MEMORY};
+        ++count;
     }
+    if (status != NERR_Success) return {status, Step::kEnumerateShares};
     receiver.ShowCount(count);
     return {};
 }
 
 Outcome ShareRows::FindPath(const std::string& name, std::string& path) const {
-    std::basic_string<WCHAR> wideName;
-    return {ReadSharePath(AnsiToWide(name, wideName), path)};
+    return {FindSharePath(name, path)};
 }
 
 Outcome RemoveShares(std::span<const std::string> names) {

@@ -4,28 +4,14 @@
 
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
-#include "security/text_conversion.h"
 
 namespace permora {
-namespace {
 
-std::string TypeText(DWORD type) {
+std::string ShareTypeText(DWORD type) {
     constexpr std::array<const char*, 4> kTypes = {"Folder", "Printer", "Device", "IPC"};
     const DWORD kind = type & ~STYPE_SPECIAL;
     const std::string text = kind < kTypes.size() ? kTypes.at(kind) : "Type " + std::to_string(kind);
     return (type & STYPE_SPECIAL) != 0 ? text + ", administrative" : text;
-}
-
-}  // namespace
-
-ShareFacts FactsOf(const SHARE_INFO_2& record) {
-    return {WideToAnsi(record.shi2_netname), TypeText(record.shi2_type), WideToAnsi(record.shi2_path),
-            WideToAnsi(record.shi2_remark), record.shi2_max_uses};
-}
-
-ShareFacts FactsOf(const SHARE_INFO_502& record) {
-    return {WideToAnsi(record.shi502_netname), TypeText(record.shi502_type), WideToAnsi(record.shi502_path),
-            WideToAnsi(record.shi502_remark), record.shi502_max_uses};
 }
 
 std::string UsesText(DWORD maxUses) {
@@ -33,14 +19,17 @@ std::string UsesText(DWORD maxUses) {
 }
 
 Json FactsJson(const ShareFacts& facts) {
-    Json json = {{"name", facts.name}, {"type", facts.type}, {"path", facts.path}, {"remark", facts.remark}};
+    Json json = {{"name", facts.name},
+                 {"type", ShareTypeText(facts.type)},
+                 {"path", facts.path},
+                 {"remark", facts.remark}};
     json["maxUses"] = facts.maxUses == SHI_USES_UNLIMITED ? Json() : Json(facts.maxUses);
     return json;
 }
 
 std::string ShareText(ShareSecurity& share) {
     const ShareFacts facts = FactsOf(*share.record);
-    std::string text = PrintableText(facts.name) + "\n  Type: " + facts.type + '\n';
+    std::string text = PrintableText(facts.name) + "\n  Type: " + ShareTypeText(facts.type) + '\n';
     if (!facts.path.empty()) text += "  Path: " + PrintableText(facts.path) + '\n';
     if (!facts.remark.empty()) text += "  Remark: " + PrintableText(facts.remark) + '\n';
     return text + "  Users: " + UsesText(facts.maxUses) + '\n' +

@@ -5,22 +5,12 @@
 
 #include "cli/json_output.h"
 #include "cli/messages.h"
+#include "shares/share_list.h"
 #include "shares/share_security.h"
 
 namespace permora {
 
-// What a share is, beside its list. Texts are in the ANSI code page.
-struct ShareFacts {
-    std::string name;
-    std::string type;
-    std::string path;
-    std::string remark;
-    DWORD maxUses = 0;  // of users at the same time
-};
-
-ShareFacts FactsOf(const SHARE_INFO_2& record);
-ShareFacts FactsOf(const SHARE_INFO_502& record);
-
+std::string ShareTypeText(DWORD type);
 std::string UsesText(DWORD maxUses);
 Json FactsJson(const ShareFacts& facts);
 // A share with its list.

@@ -8,7 +8,6 @@
 #include "cli/show_command.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
-#include "platform/api/errors.h"
 
 namespace permora {
 namespace {
@@ -40,41 +39,32 @@ class SharesCommand : public Command {
     ShowSharesCommand show{AsParent(), json};
 };
 
-// All shares; a system error code.
-DWORD ListShares(std::vector<ShareFacts>& shares) {
-    DWORD resume = 0;
-    NET_API_STATUS status = ERROR_MORE_DATA;
-    while (status == ERROR_MORE_DATA) {
-        LPBYTE block = nullptr;
-        DWORD read = 0;
-        DWORD total = 0;
-        status = NetShareEnum(nullptr, 2, &block, MAX_PREFERRED_LENGTH, &read, &total, &resume);
-        if (status != NERR_Success && status != ERROR_MORE_DATA) return status;
-        const UniqueNetworkBuffer<SHARE_INFO_2> records(reinterpret_cast<SHARE_INFO_2*>(block));
-        for (DWORD i = 0; i < read; ++i)
-            shares.push_back(FactsOf(records.get()[i]));
-    }
-    return ERROR_SUCCESS;
-}
-
 ExitCode SharesCommand::Run() {
-    std::vector<ShareFacts> shares;
-    if (const DWORD error = ListShares(shares); error != ERROR_SUCCESS) {
+    std::vector<ListedShare> shares;
+    if (const NET_API_STATUS error = ListShares(shares); error != NERR_Success) {
         messages.SetSubject("shares");
         messages.SaySystemError(error);
         return ExitCode::kSomeFailed;
     }
+    ExitCode result = ExitCode::kDone;
     Json array = Json::array();
     std::vector<std::vector<std::string>> table = {{"Name", "Type", "Users", "Path", "Remark"}};
-    for (const ShareFacts& share : shares) {
-        table.push_back({share.name, share.type, UsesText(share.maxUses), share.path, share.remark});
+    for (const ListedShare& share : shares) {
+        if (share.error != NERR_Success) {
+            messages.SetSubject(share.name);
+            messages.SaySystemError(share.error);
+            result = ExitCode::kSomeFailed;
+            continue;
+        }
+        table.push_back(
+            {share.name, ShareTypeText(share.type), UsesText(share.maxUses), share.path, share.remark});
         array.push_back(FactsJson(share));
     }
     if (json)
         PrintJson(array);
     else
         Print(AlignedTable(table, ""));
-    return ExitCode::kDone;
+    return result;
 }
 
 }  // namespace
