@@ -29,17 +29,22 @@ class DomainTest : public OnDomainMember {
 };
 
 // With "winbind use default domain" the domain's users look like the host's own.
-TEST_F(DomainTest, EffectiveRightsOfAnAccountWhoseGroupsAreNotKnownAreAnError) {
+TEST_F(DomainTest, EffectiveRightsCountTheGroupsOfTheDomainOrAreAnError) {
     Control({"on", "member", "sed", "-i", R"(s/^\[data\]/winbind use default domain = yes\n&/)",
              "/etc/samba/smb.conf"});
     Control({"stop", "winbindd"});
     Control({"start", "winbindd"});
     const std::string file = MakeFile("granted", "ACL:EXAMPLE\\Engineering:ALLOWED/0x0/READ");
     EXPECT_EQ(SmbclientAs("anna", "get granted /dev/null").exitCode, 0);
+    for (const std::string account :
+         {"anna", "EXAMPLE\\anna", "anna@example.test", "Unix User\\anna", "S-1-22-1-101103"}) {
+        const CommandResult shown = RunCli({"effective", file, "--account", account});
+        EXPECT_EQ(shown.exitCode, 0) << account;
+        EXPECT_THAT(shown.output, HasSubstr("  List folder / Read data         yes\n")) << account;
+    }
     for (const std::string& account :
-         {std::string("anna"), std::string("Unix User\\anna"), std::string("S-1-22-1-101103"),
-          std::string("S-1-22-2-101107"), std::string("S-1-22-1-4711"), std::string("S-1-5-21-7-8-9-513"),
-          DomainSid(kDeleted)}) {
+         {std::string("S-1-22-2-101107"), std::string("S-1-22-1-4711"), std::string("S-1-5-21-7-8-9-513"),
+          DomainSid(kEngineering), DomainSid(kDeleted)}) {
         const CommandResult shown = RunCli({"effective", file, "--account", account});
         EXPECT_EQ(shown.exitCode, 1) << account;
         EXPECT_THAT(shown.output, AllOf(HasSubstr(" are not known here\n"), Not(HasSubstr("Permission:"))))

@@ -32,7 +32,7 @@ void WINAPI BuildTrusteeWithSidA(PTRUSTEE_A trustee, PSID sid);
 // depend on how the account logs on. A null list grants everything.
 //
 // Returns 0 or an error code; `*rights` is then untouched. ERROR_NONE_MAPPED: this machine does not know the
-// groups of the account.
+// groups of the account. ERROR_NO_SUCH_DOMAIN: its domain does not answer.
 DWORD WINAPI GetEffectiveRightsFromAclA(PACL acl, PTRUSTEE_A trustee, PACCESS_MASK rights);
 
 }  // extern "C"

@@ -14,12 +14,12 @@ void AppendSambaAccounts(const Machine& machine, AccountKind kind, std::vector<s
 }
 
 bool HasSambaAccount(AccountKind kind, id_t id) {
-    return ThisMachine().source == AccountSource::kSamba && AllSambaAccounts(kind).Find(id) != nullptr;
+    return ThisMachine().source == RelativeIdSource::kSamba && AllSambaAccounts(kind).Find(id) != nullptr;
 }
 
 // Where the host's accounts are the machine's own, its users are found below the machine's name.
 std::string HostDomain(const Machine& machine, AccountKind kind) {
-    const bool isMachines = machine.source == AccountSource::kComputed && kind == AccountKind::kUser;
+    const bool isMachines = machine.source == RelativeIdSource::kComputed && kind == AccountKind::kUser;
     return isMachines ? machine.name : std::string(UnixDomainName(kind));
 }
 
@@ -31,7 +31,7 @@ DWORD ListAccountNames(AccountKind kind, std::vector<std::string>& names) {
     if (error != ERROR_SUCCESS) return error;
     const Machine& machine = ThisMachine();
     std::vector<std::string> found;
-    if (machine.source == AccountSource::kSamba) AppendSambaAccounts(machine, kind, found);
+    if (machine.source == RelativeIdSource::kSamba) AppendSambaAccounts(machine, kind, found);
     const std::string domain = HostDomain(machine, kind);
     for (const HostAccount& account : hosts)
         if (!HasSambaAccount(kind, account.id)) found.push_back(domain + '\\' + account.name);

@@ -56,18 +56,18 @@ std::optional<Machine> AskSambaAboutMachine() {
     const bool isMissing = !secrets && (errno == ENOENT || errno == ENOTDIR);
     if (isMissing && places.error == ERROR_SUCCESS) return std::nullopt;
 
-    Machine silent{AccountSource::kHidden, std::nullopt, HostName(), {}};
+    Machine silent{RelativeIdSource::kHidden, std::nullopt, HostName(), {}};
     std::string answer;
     if (!secrets || AskSamba("net", {"getlocalsid"}, {}, answer) != ERROR_SUCCESS) return silent;
     const std::optional<SambaAccount> machine = ParseLocalSid(answer);
     if (!machine) return silent;
-    return Machine{AccountSource::kSamba, machine->sid, machine->name, places.guestAccount};
+    return Machine{RelativeIdSource::kSamba, machine->sid, machine->name, places.guestAccount};
 }
 
 Machine FindMachine() {
     if (std::optional<Machine> machine = AskSambaAboutMachine()) return *std::move(machine);
     std::optional<nt::Sid> sid = ComputeMachineSid();
-    return {sid ? AccountSource::kComputed : AccountSource::kNone, sid, HostName(), {}};
+    return {sid ? RelativeIdSource::kComputed : RelativeIdSource::kNone, sid, HostName(), {}};
 }
 
 }  // namespace

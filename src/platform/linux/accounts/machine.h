@@ -9,7 +9,7 @@
 namespace permora::host {
 
 // Where the relative ids of the machine's users and groups come from.
-enum class AccountSource {
+enum class RelativeIdSource {
     kComputed,  // from their numbers on the host
     kSamba,     // from Samba's databases, which alone know them
     kHidden,    // Samba has databases but does not hand them to us
@@ -17,7 +17,7 @@ enum class AccountSource {
 };
 
 struct Machine {
-    AccountSource source = AccountSource::kNone;
+    RelativeIdSource source = RelativeIdSource::kNone;
     std::optional<nt::Sid> sid;  // always there unless the source is kHidden or kNone
     std::string name;            // the domain of its accounts, in upper case
     std::string guestAccount;    // the host's user that Samba makes its guest; empty without Samba

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/linux/accounts/account_directory.h"
+#include "platform/linux/accounts/domain_accounts.h"
 #include "platform/linux/accounts/machine.h"
 #include "platform/linux/accounts/name_service.h"
 #include "platform/linux/accounts/samba_accounts.h"
@@ -71,7 +72,7 @@ class Memberships {
     // deleted.
     static DWORD CheckIsKnown(const nt::Sid& sid) {
         Account account;
-        const DWORD error = FindAccountOfSid(sid, account);
+        const DWORD error = FindAccountHere(sid, account);
         if (error != ERROR_SUCCESS) return error;
         const bool isUnknown = account.use == SidTypeUser && !UserForSid(sid);  // Samba's alone
         return isUnknown || !IsAccountWithGroups(sid, account.use) ? ERROR_NONE_MAPPED : ERROR_SUCCESS;
@@ -87,7 +88,7 @@ class Memberships {
     void AddAuthenticatedUsers() {
         Add(nt::Sid(5, {11}));
         // Windows puts them into Users. Samba does not, unless the group has them as members.
-        if (ThisMachine().source != AccountSource::kSamba) Add(nt::Sid(5, {32, 545}));
+        if (ThisMachine().source != RelativeIdSource::kSamba) Add(nt::Sid(5, {32, 545}));
     }
 
     DWORD AddGroupsOf(const nt::Sid& sid) {
@@ -104,14 +105,15 @@ class Memberships {
     // An account that neither Samba nor the host itself keeps. Its number does not show which SIDs it and its
     // groups have in the domain.
     static bool IsOfDomain(AccountKind kind, id_t id, const nt::Sid& own) {
-        return ThisMachinesSambaPlaces().isInDomain && own == UnixSid(kind, id) && !IsInHostFiles(kind, id);
+        const bool isSambas = own != UnixSid(kind, id) && !TheDomainAccounts().IsOfDomain(own);
+        return ThisMachinesSambaPlaces().isInDomain && !isSambas && !IsInHostFiles(kind, id);
     }
 
     // Without Samba's groups the list would be incomplete.
     DWORD LearnSambaGroups() {
-        const AccountSource source = ThisMachine().source;
-        if (source == AccountSource::kHidden) return ERROR_ACCESS_DENIED;
-        if (source == AccountSource::kSamba) aliases = &AllSambaAliases();
+        const RelativeIdSource source = ThisMachine().source;
+        if (source == RelativeIdSource::kHidden) return ERROR_ACCESS_DENIED;
+        if (source == RelativeIdSource::kSamba) aliases = &AllSambaAliases();
         return aliases != nullptr ? aliases->error : ERROR_SUCCESS;
     }
 

@@ -6,12 +6,15 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "platform/linux/accounts/domain_accounts.h"
 #include "platform/linux/base/host_errors.h"
 
 namespace permora::host {
@@ -126,7 +129,27 @@ class Listing {
     std::unordered_map<id_t, std::size_t> byId;
 };
 
-// The last listings. Enumerating has one state for the whole process, so only one thread does it at a time.
+// Enumerating has one state for the whole process, so only one thread does it at a time.
+DWORD Enumerate(AccountKind kind, std::vector<HostAccount>& accounts) {
+    static std::mutex kEnumerating;
+    const std::lock_guard lock(kEnumerating);
+    const auto take = [&](const char* name, id_t id) {
+        if (IsPlainAccountName(name)) accounts.push_back({name, id});
+    };
+    DWORD error = ERROR_SUCCESS;
+    if (kind == AccountKind::kUser) {
+        setpwent();
+        error = AskForAll<passwd>(getpwent_r, [&](const passwd& user) { take(user.pw_name, user.pw_uid); });
+        endpwent();
+    } else {
+        setgrent();
+        error = AskForAll<group>(getgrent_r, [&](const group& found) { take(found.gr_name, found.gr_gid); });
+        endgrent();
+    }
+    return error;
+}
+
+// The last listings.
 class Listings {
   public:
     // Null when there is none or it is too old.
@@ -137,37 +160,15 @@ class Listings {
         return last;
     }
 
-    DWORD Make(AccountKind kind, std::shared_ptr<const Listing>& listing) {
+    void Keep(AccountKind kind, const std::vector<HostAccount>& accounts) {
+        auto listing = std::make_shared<const Listing>(accounts);
         const std::lock_guard lock(mutex);
-        std::vector<HostAccount> accounts;
-        const DWORD error = Enumerate(kind, accounts);
-        if (error != ERROR_SUCCESS) return error;
-        listing = Of(kind) = std::make_shared<const Listing>(std::move(accounts));
-        return ERROR_SUCCESS;
+        Of(kind) = std::move(listing);
     }
 
   private:
     std::shared_ptr<const Listing>& Of(AccountKind kind) {
         return kind == AccountKind::kUser ? users : groups;
-    }
-
-    static DWORD Enumerate(AccountKind kind, std::vector<HostAccount>& accounts) {
-        const auto take = [&](const char* name, id_t id) {
-            if (IsPlainAccountName(name)) accounts.push_back({name, id});
-        };
-        DWORD error = ERROR_SUCCESS;
-        if (kind == AccountKind::kUser) {
-            setpwent();
-            error =
-                AskForAll<passwd>(getpwent_r, [&](const passwd& user) { take(user.pw_name, user.pw_uid); });
-            endpwent();
-        } else {
-            setgrent();
-            error =
-                AskForAll<group>(getgrent_r, [&](const group& found) { take(found.gr_name, found.gr_gid); });
-            endgrent();
-        }
-        return error;
     }
 
     std::mutex mutex;
@@ -184,36 +185,80 @@ struct FileCloser {
     void operator()(FILE* file) const { fclose(file); }
 };
 
-}  // namespace
-
-bool IsInHostFiles(AccountKind kind, id_t id) {
+// The host's own files, which never make anyone wait.
+void ListHostFiles(AccountKind kind, const std::function<void(const char* name, id_t id)>& take) {
     const char* const path = kind == AccountKind::kUser ? "/etc/passwd" : "/etc/group";
     const std::unique_ptr<FILE, FileCloser> file(fopen(path, "re"));
-    if (!file) return false;
-    bool isFound = false;
+    if (!file) return;
     if (kind == AccountKind::kUser) {
         const auto next = [&](passwd* record, char* buffer, std::size_t size, passwd** found) {
             return fgetpwent_r(file.get(), record, buffer, size, found);
         };
-        AskForAll<passwd>(next, [&](const passwd& user) { isFound |= user.pw_uid == id; });
+        AskForAll<passwd>(next, [&](const passwd& user) { take(user.pw_name, user.pw_uid); });
     } else {
         const auto next = [&](group* record, char* buffer, std::size_t size, group** found) {
             return fgetgrent_r(file.get(), record, buffer, size, found);
         };
-        AskForAll<group>(next, [&](const group& listed) { isFound |= listed.gr_gid == id; });
+        AskForAll<group>(next, [&](const group& listed) { take(listed.gr_name, listed.gr_gid); });
     }
-    return isFound;
+}
+
+template <class Matches>
+std::optional<HostAccount> FindInHostFiles(AccountKind kind, Matches matches) {
+    std::optional<HostAccount> account;
+    ListHostFiles(kind, [&](const char* name, id_t id) {
+        if (!account && matches(name, id)) account = {name, id};
+    });
+    return account;
+}
+
+bool IsDomainThere() {
+    DomainLink& link = TheDomainAccounts().Link();
+    return link.Availability(Patience::For(kLookupTime)) != DomainAvailability::kNone;
+}
+
+// In a domain the name service may ask winbind, and wait for minutes as that does.
+template <class Value>
+DWORD AskWithin(std::chrono::milliseconds limit, Value& value, std::function<DWORD(Value&)> ask) {
+    if (!IsDomainThere()) return ask(value);
+    using Answer = std::pair<DWORD, Value>;
+    const auto asked = TheDomainAccounts().Link().Ask<Answer>(
+        Patience::For(limit), limit, [ask = std::move(ask)](Winbind& /*connection*/, Answer& answer) {
+            answer.first = ask(answer.second);
+            return WinbindAnswer::kFound;
+        });
+    if (asked.answer != WinbindAnswer::kFound) return kDomainOffline;
+    if (asked.value.first == ERROR_SUCCESS) value = asked.value.second;
+    return asked.value.first;
+}
+
+}  // namespace
+
+bool IsInHostFiles(AccountKind kind, id_t id) {
+    return FindInHostFiles(kind, [id](const char*, id_t listed) { return listed == id; }).has_value();
 }
 
 DWORD ListGroupsOf(uid_t user, std::vector<gid_t>& groups) {
-    return Ask(getpwuid_r, user, [&](const passwd& found) { return TakeGroups(found, groups); });
+    return AskWithin<std::vector<gid_t>>(kGroupsTime, groups, [user](std::vector<gid_t>& list) {
+        return Ask(getpwuid_r, user, [&](const passwd& found) { return TakeGroups(found, list); });
+    });
 }
 
 DWORD ListHostAccounts(AccountKind kind, std::vector<HostAccount>& accounts) {
-    std::shared_ptr<const Listing> listing;
-    const DWORD error = LastListings().Make(kind, listing);
-    if (error == ERROR_SUCCESS) accounts = listing->All();
-    return error;
+    std::vector<HostAccount> list;
+    DWORD error = AskWithin<std::vector<HostAccount>>(
+        kGroupsTime, list, [kind](std::vector<HostAccount>& found) { return Enumerate(kind, found); });
+    // The domain's accounts are listed elsewhere.
+    if (error == kDomainOffline) {
+        ListHostFiles(kind, [&](const char* name, id_t id) {
+            if (IsPlainAccountName(name)) list.push_back({name, id});
+        });
+        error = ERROR_SUCCESS;
+    }
+    if (error != ERROR_SUCCESS) return error;
+    LastListings().Keep(kind, list);
+    accounts = std::move(list);
+    return ERROR_SUCCESS;
 }
 
 DWORD FindHostName(AccountKind kind, id_t id, std::string& name) {
@@ -223,9 +268,15 @@ DWORD FindHostName(AccountKind kind, id_t id, std::string& name) {
             return ERROR_SUCCESS;
         }
     }
-    if (kind == AccountKind::kUser)
-        return Ask(getpwuid_r, id, [&](const passwd& user) { return TakeName(user.pw_name, name); });
-    return Ask(getgrgid_r, id, [&](const group& found) { return TakeName(found.gr_name, name); });
+    if (IsDomainThere()) {
+        const auto own = FindInHostFiles(kind, [id](const char*, id_t listed) { return listed == id; });
+        if (own) return TakeName(own->name.c_str(), name);
+    }
+    return AskWithin<std::string>(kLookupTime, name, [kind, id](std::string& found) {
+        if (kind == AccountKind::kUser)
+            return Ask(getpwuid_r, id, [&](const passwd& user) { return TakeName(user.pw_name, found); });
+        return Ask(getgrgid_r, id, [&](const group& listed) { return TakeName(listed.gr_name, found); });
+    });
 }
 
 DWORD FindHostId(AccountKind kind, const std::string& name, id_t& id) {
@@ -236,9 +287,17 @@ DWORD FindHostId(AccountKind kind, const std::string& name, id_t& id) {
             return ERROR_SUCCESS;
         }
     }
-    if (kind == AccountKind::kUser)
-        return Ask(getpwnam_r, name.c_str(), [&](const passwd& user) { return TakeId(user.pw_uid, id); });
-    return Ask(getgrnam_r, name.c_str(), [&](const group& found) { return TakeId(found.gr_gid, id); });
+    if (IsDomainThere()) {
+        const auto own = FindInHostFiles(kind, [&](const char* listed, id_t) { return name == listed; });
+        if (own) return TakeId(own->id, id);
+    }
+    return AskWithin<id_t>(kLookupTime, id, [kind, name](id_t& found) {
+        if (kind == AccountKind::kUser)
+            return Ask(getpwnam_r, name.c_str(),
+                       [&](const passwd& user) { return TakeId(user.pw_uid, found); });
+        return Ask(getgrnam_r, name.c_str(),
+                   [&](const group& listed) { return TakeId(listed.gr_gid, found); });
+    });
 }
 
 }  // namespace permora::host

@@ -12,7 +12,8 @@
 namespace permora::host {
 
 // ERROR_NONE_MAPPED when there is no such account (or its name is not a plain one); another code when the
-// name service failed. Outputs are stored on success only.
+// name service failed. Outputs are stored on success only. In a domain the name service may have to ask it:
+// kDomainOffline where that does not answer in time.
 DWORD FindHostName(AccountKind kind, id_t id, std::string& name);
 DWORD FindHostId(AccountKind kind, const std::string& name, id_t& id);
 
@@ -29,7 +30,7 @@ struct HostAccount {
 
 // All accounts that the name service enumerates (a directory service may keep its own to itself), in its
 // order; those without a plain name are left out. What it lists is believed for a few seconds, in which the
-// functions above answer from it.
+// functions above answer from it. While the domain is offline, those of the host's own files.
 DWORD ListHostAccounts(AccountKind kind, std::vector<HostAccount>& accounts);
 
 }  // namespace permora::host

@@ -112,6 +112,7 @@ SambaPlaces FindPlaces() {
     places.passwordFile = ParseGlobalParameter(listing, "smb passwd file");
     places.userDatabase = ParseGlobalParameter(listing, "passdb backend");
     places.guestAccount = ParseGlobalParameter(listing, "guest account");
+    places.workgroup = ParseGlobalParameter(listing, "workgroup");
     places.isInDomain = IsInDomain(listing);
     return places;
 }
@@ -119,7 +120,8 @@ SambaPlaces FindPlaces() {
 }  // namespace
 
 const SambaPlaces& ThisMachinesSambaPlaces() {
-    static const SambaPlaces places = FindPlaces();
+    // Never destroyed: a thread that looks for the domain may outlive the rest.
+    static const SambaPlaces& places = *new SambaPlaces(FindPlaces());
     return places;
 }
 

@@ -17,6 +17,7 @@ struct SambaPlaces {
     std::string passwordFile;     // of the user database's old form; empty: in the private folder
     std::string userDatabase;     // its kind, "tdbsam" for one, perhaps with a colon and its own path
     std::string guestAccount;     // the host's user that is Samba's guest; empty: not known
+    std::string workgroup;        // the short name of the domain, in one
     bool isInDomain = false;      // a member or a controller of an Active Directory domain
     DWORD error = ERROR_SUCCESS;  // of finding out; when there is one, they may be other places
 };

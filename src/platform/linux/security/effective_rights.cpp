@@ -1,10 +1,9 @@
 #include "platform/api/effective_rights.h"
 
 #include <optional>
-#include <vector>
 
+#include "platform/accounts.h"
 #include "platform/api/errors.h"
-#include "platform/linux/accounts/memberships.h"
 #include "platform/nt/acl.h"
 #include "platform/nt/granted_rights.h"
 #include "platform/raw_security.h"
@@ -24,9 +23,9 @@ DWORD WINAPI GetEffectiveRightsFromAclA(PACL acl, PTRUSTEE_A trustee, PACCESS_MA
     }
     const std::optional<permora::nt::Acl> list = permora::AclOf(acl);
     if (!list) return ERROR_INVALID_ACL;
-    std::vector<permora::nt::Sid> sids;
-    const DWORD error = permora::host::FindMemberships(*account, sids);
+    permora::AccountGroups groups;
+    const DWORD error = permora::FindAccountGroups(*account, permora::GroupsRequest::kUsual, groups);
     if (error != ERROR_SUCCESS) return error;
-    *rights = permora::nt::GrantedRights(*list, sids);
+    *rights = permora::nt::GrantedRights(*list, groups.sids);
     return ERROR_SUCCESS;
 }

@@ -29,19 +29,25 @@ bool MayChangeOwner(const ObjectHandle& object) {
     return object.Status().st_uid == geteuid() || HasCapability(CapabilitySet::kEffective, CAP_CHOWN);
 }
 
-// The host's user who must become the owner; nothing when no change is needed.
-std::optional<uid_t> NewHostOwner(const ObjectHandle& object, const nt::Sid& owner, DescriptorStore& store) {
-    if (!store.HasHostOwners(object)) return std::nullopt;
-    const std::optional<uid_t> user = UserForSid(owner);
-    return user != object.Status().st_uid ? user : std::nullopt;
+// The host's user who must become the owner; nothing when no change is needed. An error when a domain does
+// not answer: the object would otherwise get two different owners.
+DWORD FindNewHostOwner(const ObjectHandle& object, const nt::Sid& owner, DescriptorStore& store,
+                       std::optional<uid_t>& user) {
+    std::optional<uid_t> found;
+    if (store.HasHostOwners(object)) {
+        if (const DWORD error = FindUserForSid(owner, found); error != ERROR_SUCCESS) return error;
+    }
+    user = found != object.Status().st_uid ? found : std::nullopt;
+    return ERROR_SUCCESS;
 }
 
 }  // namespace
 
 bool HasOwner(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor, const nt::Sid& owner,
               DescriptorStore& store) {
+    std::optional<uid_t> user;
     return descriptor.owner == owner && (descriptor.control & SE_OWNER_DEFAULTED) == 0 &&
-           !NewHostOwner(object, owner, store);
+           FindNewHostOwner(object, owner, store, user) == ERROR_SUCCESS && !user;
 }
 
 void SetOwnerIn(nt::SecurityDescriptor& descriptor, const nt::Sid& owner) {
@@ -53,11 +59,12 @@ DWORD WriteWithOwner(const ObjectHandle& object, const nt::SecurityDescriptor& d
                      DescriptorStore& store) {
     if (!store.CanHold(object)) return ERROR_NOT_SUPPORTED;
     if (store.HasHostOwners(object) && !MayChangeOwner(object)) return ERROR_ACCESS_DENIED;
-    const std::optional<uid_t> user =
-        descriptor.owner ? NewHostOwner(object, *descriptor.owner, store) : std::nullopt;
+    std::optional<uid_t> user;
+    DWORD error = descriptor.owner ? FindNewHostOwner(object, *descriptor.owner, store, user) : ERROR_SUCCESS;
+    if (error != ERROR_SUCCESS) return error;
     if (!user) return store.Write(object, descriptor);
 
-    DWORD error = ChangeHostOwner(object, *user);
+    error = ChangeHostOwner(object, *user);
     if (error != ERROR_SUCCESS) return error;
     error = store.Write(object, descriptor);
     if (error != ERROR_SUCCESS) ChangeHostOwner(object, object.Status().st_uid);

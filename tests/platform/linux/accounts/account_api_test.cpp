@@ -122,7 +122,7 @@ TEST(AccountLookupTest, TheHostsAccountsAreFoundByTheTextTheyAreShownBy) {
 }
 
 TEST(AccountLookupTest, NamesMeanWhatTheDocumentationSays) {
-    if (ThisMachine().source != AccountSource::kComputed)
+    if (ThisMachine().source != RelativeIdSource::kComputed)
         GTEST_SKIP() << "this machine has no id, or accounts of Samba's";
     const std::string machine = ThisMachine().name;
     const std::string root = SidForUser(0).ToText();
@@ -225,7 +225,7 @@ TEST(MachineSidTest, AskingMakesNoSambaDatabase) {
         mount("tmpfs", databases, "tmpfs", 0, nullptr) != 0) {
         GTEST_SKIP() << "this process may not mount";
     }
-    EXPECT_NE(ThisMachine().source, AccountSource::kSamba);
+    EXPECT_NE(ThisMachine().source, RelativeIdSource::kSamba);
     EXPECT_EQ(FindBySid(SidForUser(0)).name, "root");
     EXPECT_TRUE(std::filesystem::is_empty(databases));
 }

@@ -42,7 +42,7 @@ class SambaAccountsTest : public testing::Test {
     void SetUp() override {
         if (!SkipReason().empty()) GTEST_SKIP() << SkipReason();
         ASSERT_EQ(server->Problem(), "");
-        ASSERT_EQ(ThisMachine().source, AccountSource::kSamba);
+        ASSERT_EQ(ThisMachine().source, RelativeIdSource::kSamba);
     }
 
     static std::string SkipReason() {
