@@ -63,7 +63,7 @@ DWORD DomainAccounts::CheckDomain(std::chrono::milliseconds wait) {
         case DomainAvailability::kNone:
             return ERROR_NONE_MAPPED;
         case DomainAvailability::kUnknown:
-            return kNameNotYet;
+            return wait.count() == 0 ? kNameNotYet : kDomainOffline;
         case DomainAvailability::kOnline:
             return ERROR_SUCCESS;
         default:

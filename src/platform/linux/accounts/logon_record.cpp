@@ -18,7 +18,7 @@ namespace permora::host {
 namespace {
 
 // Room for some hundred thousand accounts.
-constexpr ToolLimits kListLimits = {std::chrono::seconds(10), std::size_t{64} << 20};
+constexpr ToolLimits kRecordLimits = {std::chrono::seconds(10), std::size_t{64} << 20};
 constexpr ToolLimits kTicketLimits = {kGroupsTime, std::size_t{1} << 20};
 constexpr std::size_t kLargestTicket = std::size_t{1} << 20;
 
@@ -66,7 +66,7 @@ bool IsInLogonListing(std::string_view listing, const nt::Sid& account) {
 
 DWORD FindRecordOfLogon(const nt::Sid& account, bool& hasLoggedOn) {
     std::string listing;
-    const DWORD error = RunTool("net", {"cache", "samlogon", "list"}, kListLimits, listing);
+    const DWORD error = RunTool("net", {"cache", "samlogon", "list"}, kRecordLimits, listing);
     if (error == ERROR_SUCCESS) hasLoggedOn = IsInLogonListing(listing, account);
     return error;
 }
