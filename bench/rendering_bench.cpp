@@ -48,7 +48,7 @@ std::vector<NamedFolder> FoldersOf(const std::vector<std::string>& hostPaths) {
 }
 
 std::size_t ReadRaw(const std::string& name, const char* attribute) {
-    std::array<char, 65536> value;
+    std::array<char, 4096> value;
     return lgetxattr(name.c_str(), attribute, value.data(), value.size()) > 0 ? 1 : 0;
 }
 
