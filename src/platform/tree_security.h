@@ -37,17 +37,20 @@ struct TreeCounts {
     std::size_t passedOver = 0;  // each was reported with its reason
 };
 
-// Called on the thread that called the service. Texts live for the call.
+// Texts live for the call.
 class TreeObserver {
   public:
     virtual ~TreeObserver() = default;
 
-    // The object with this bare name comes next. False ends the walk and leaves it as it is.
+    // The object with this bare name comes next. False ends the walk and leaves it as it is. One call at a
+    // time, on any thread that works for the service: others may just then be at work on other objects, which
+    // they end.
     virtual bool Begin(const char* name) = 0;
 
     // An object that is as it was, by its path below the folder that is walked (the names with backslashes
     // between them); a folder that could itself be changed but whose contents could not be listed is
-    // reported too.
+    // reported too. On the thread that called the service, when the walk has ended, in the order of the
+    // paths.
     virtual void PassOver(const std::string& path, DWORD error) = 0;
 };
 

@@ -19,7 +19,7 @@ struct TreeSize {
 class TreeSizeObserver {
   public:
     virtual ~TreeSizeObserver() = default;
-    // After each object. False ends the measuring.
+    // After each object, one call at a time, on any thread. False ends the measuring.
     virtual bool Measured(const TreeSize& soFar) = 0;
 };
 

@@ -46,6 +46,12 @@ int __wrap_setxattr(const char* path, const char* name, const void* value, size_
     return __real_setxattr(path, name, value, size, flags);
 }
 
+int __real_fsetxattr(int file, const char* name, const void* value, size_t size, int flags);
+int __wrap_fsetxattr(int file, const char* name, const void* value, size_t size, int flags) {
+    if (workMayGoOn) workMayGoOn->wait();
+    return __real_fsetxattr(file, name, value, size, flags);
+}
+
 }  // extern "C"
 // NOLINTEND(bugprone-reserved-identifier)
 

@@ -8,6 +8,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
+#include "platform/passed_over.h"
 #include "platform/windows/code_page.h"
 #include "platform/windows/folder_entry.h"
 #include "platform/windows/held_object_inside.h"
@@ -59,10 +60,14 @@ class TreeWalk {
             const WIN32_FIND_DATAA entry = open.back().next;
             Advance(open.back());
             if (std::strcmp(entry.cFileName, ".") == 0 || std::strcmp(entry.cFileName, "..") == 0) continue;
-            if (!observer.Begin(entry.cFileName)) return ERROR_OPERATION_ABORTED;
+            if (!observer.Begin(entry.cFileName)) {
+                result = ERROR_OPERATION_ABORTED;
+                break;
+            }
             path += entry.cFileName;
             Visit(entry);
         }
+        passedOver.Tell(observer);
         return result;
     }
 
@@ -104,13 +109,14 @@ class TreeWalk {
         // The object has vanished.
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return;
         ++counts.passedOver;
-        observer.PassOver(path.substr(below), error);
+        passedOver.Add(path.substr(below), error);
     }
 
     Change change;
     Links links;
     TreeObserver& observer;
     TreeCounts& counts;
+    PassedOverObjects passedOver;
     DWORD result = ERROR_SUCCESS;
     std::string path;              // of the current object
     std::size_t below = 0;         // where in it the part below the walked folder begins

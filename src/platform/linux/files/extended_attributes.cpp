@@ -74,7 +74,12 @@ bool IsAbsent(int error) {
 }
 
 int ReadExtendedAttribute(const ObjectHandle& object, const char* name, std::vector<std::uint8_t>& value) {
-    const DescriptorPath path(object.Descriptor());
+    const int descriptor = object.Descriptor();
+    if (object.IsReadable()) {
+        return ReadGrowing(
+            [&](void* buffer, std::size_t size) { return fgetxattr(descriptor, name, buffer, size); }, value);
+    }
+    const DescriptorPath path(descriptor);
     return ReadGrowing(
         [&](void* buffer, std::size_t size) { return getxattr(path.Text(), name, buffer, size); }, value);
 }
@@ -131,6 +136,8 @@ bool HasRoom(const ObjectHandle& object) {
 
 int WriteExtendedAttribute(const ObjectHandle& object, const char* name,
                            std::span<const std::uint8_t> value) {
+    if (object.IsReadable())
+        return fsetxattr(object.Descriptor(), name, value.data(), value.size(), 0) == 0 ? 0 : errno;
     const DescriptorPath path(object.Descriptor());
     return setxattr(path.Text(), name, value.data(), value.size(), 0) == 0 ? 0 : errno;
 }

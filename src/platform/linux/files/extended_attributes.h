@@ -1,5 +1,6 @@
-// Extended attributes of an object held by a handle. They go through /proc/self/fd, so that links and objects
-// that cannot be opened for reading are reached too, and a name that changed meanwhile does not matter.
+// Extended attributes of an object held by a handle. Unless that is readable they go through /proc/self/fd,
+// so that links and objects that cannot be opened for reading are reached too, and a name that changed
+// meanwhile does not matter.
 #pragma once
 
 #include <cstdint>

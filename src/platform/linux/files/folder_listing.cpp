@@ -13,7 +13,9 @@
 
 namespace permora::host {
 
-FolderListing::FolderListing(UniqueFd opened) : folder(std::move(opened)) {}
+FolderListing::FolderListing(UniqueFd opened, off_t begin) : folder(std::move(opened)), behindLast(begin) {
+    if (begin != 0) lseek(folder.Get(), begin, SEEK_SET);
+}
 
 bool FolderListing::Next(Entry& entry, DWORD& error) {
     for (;;) {
@@ -41,6 +43,9 @@ FolderListing::Entry FolderListing::TakeEntry() {
     std::uint16_t length = 0;
     std::memcpy(&length, entry + offsetof(dirent64, d_reclen), sizeof length);
     position += length;
+    std::int64_t behind = 0;
+    std::memcpy(&behind, entry + offsetof(dirent64, d_off), sizeof behind);
+    behindLast = behind;
     return {reinterpret_cast<const char*>(entry + offsetof(dirent64, d_name)),
             entry[offsetof(dirent64, d_type)]};
 }

@@ -1,6 +1,8 @@
 // The names in an open folder.
 #pragma once
 
+#include <sys/types.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -13,10 +15,12 @@ namespace permora::host {
 // Reads a block of names at a time, in the order in which the file system gives them.
 class FolderListing {
   public:
-    // Takes a folder that was opened for reading.
-    explicit FolderListing(UniqueFd opened);
+    // Takes a folder that was opened for reading. `begin` is where another listing of it stood.
+    explicit FolderListing(UniqueFd opened, off_t begin = 0);
 
     int Descriptor() const { return folder.Get(); }
+    // Behind the entry that was taken last.
+    off_t Position() const { return behindLast; }
 
     struct Entry {
         const char* name;    // as the host writes it
@@ -33,6 +37,7 @@ class FolderListing {
     static constexpr std::size_t kBlockBytes = 8192;
 
     UniqueFd folder;
+    off_t behindLast;  // as the file system counts
     std::size_t position = 0;
     std::size_t filled = 0;
     std::array<std::uint8_t, kBlockBytes> block;

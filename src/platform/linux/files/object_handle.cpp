@@ -26,10 +26,33 @@ DWORD ObjectHandle::OpenUnmountedAt(int folder, const char* hostName, ObjectHand
     return problem == 0 ? Adopt(std::move(opened), handle) : ErrorFromErrno(problem);
 }
 
+// With O_DIRECTORY the kernel looks at the kind before it opens anything: no pipe is waited for, and no
+// device notices.
+DWORD ObjectHandle::OpenUnmountedFolderAt(int folder, const char* hostName, ObjectHandle& handle) {
+    UniqueFd opened;
+    const int problem = OpenUnmountedEntry(folder, hostName, O_RDONLY | O_DIRECTORY, opened);
+    if (problem != 0) return OpenUnmountedAt(folder, hostName, handle);
+    const DWORD error = Adopt(std::move(opened), handle);
+    if (error == ERROR_SUCCESS) handle.isReadable = true;
+    return error;
+}
+
+DWORD ObjectHandle::OpenUnmountedFileAt(int folder, const char* hostName, ObjectHandle& handle) {
+    UniqueFd opened;
+    ObjectHandle file;
+    if (OpenUnmountedEntry(folder, hostName, O_RDONLY | O_NONBLOCK | O_NOCTTY, opened) != 0 ||
+        Adopt(std::move(opened), file) != ERROR_SUCCESS || !S_ISREG(file.status.st_mode))
+        return OpenUnmountedAt(folder, hostName, handle);
+    handle = std::move(file);
+    handle.isReadable = true;
+    return ERROR_SUCCESS;
+}
+
 DWORD ObjectHandle::Adopt(UniqueFd descriptor, ObjectHandle& handle) {
     struct stat status {};
     if (fstat(descriptor.Get(), &status) != 0) return ErrorFromErrno(errno);
     handle.descriptor = std::move(descriptor);
+    handle.isReadable = false;
     handle.status = status;
     return ERROR_SUCCESS;
 }
@@ -45,6 +68,12 @@ DWORD ObjectHandle::OpenForListing(UniqueFd& listing) const {
     UniqueFd opened(open(DescriptorPath(Descriptor()).Text(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened) return ErrorFromErrno(errno);
     listing = std::move(opened);
+    return ERROR_SUCCESS;
+}
+
+DWORD ObjectHandle::TakeForListing(UniqueFd& listing) {
+    if (!isReadable || !IsFolder()) return OpenForListing(listing);
+    listing = std::move(descriptor);
     return ERROR_SUCCESS;
 }
 

@@ -30,6 +30,12 @@ class ObjectHandle {
     // The same unless something is mounted on the entry (ERROR_NOT_SAME_DEVICE). `flags` are further ones of
     // open(2), O_DIRECTORY for example.
     static DWORD OpenUnmountedAt(int folder, const char* hostName, ObjectHandle& handle, int flags = 0);
+    // The same for what a listing says is a folder: it can then mostly be listed through this very handle,
+    // and its attributes need no way through /proc. Anything else by that name is opened as above.
+    static DWORD OpenUnmountedFolderAt(int folder, const char* hostName, ObjectHandle& handle);
+    // The same for what a listing says is a file, where no device can be opened (OpenWithoutDevices). A file
+    // that another program has a lease on is opened as above, without waiting.
+    static DWORD OpenUnmountedFileAt(int folder, const char* hostName, ObjectHandle& handle);
     // Takes over a descriptor that is already open.
     static DWORD Adopt(UniqueFd descriptor, ObjectHandle& handle);
 
@@ -43,13 +49,18 @@ class ObjectHandle {
 
     // ERROR_CANT_RESOLVE_FILENAME for a link, ERROR_DIRECTORY for any other object that is no folder.
     DWORD RequireFolder() const;
+    // Whether it is open for reading (O_RDONLY) rather than as a mere place (O_PATH).
+    bool IsReadable() const { return isReadable; }
     // A second descriptor of the same folder that can be listed (O_RDONLY | O_DIRECTORY).
     DWORD OpenForListing(UniqueFd& listing) const;
+    // The same, for the last user of the handle: the handle's own where that is readable.
+    DWORD TakeForListing(UniqueFd& listing);
     // The text of a link.
     DWORD ReadLinkText(std::string& text) const;
 
   private:
     UniqueFd descriptor;
+    bool isReadable = false;
     struct stat status {};
 };
 

@@ -1,89 +1,377 @@
 #include "platform/linux/files/tree_walk.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
-#include <memory>
-#include <string>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
-#include "platform/linux/files/folder_listing.h"
+#include "platform/linux/files/linux_volume.h"
+#include "platform/linux/files/open_folder.h"
+#include "platform/linux/files/thread_tuner.h"
 #include "platform/linux/files/unmounted_entry.h"
 
 namespace permora::host {
-
 namespace {
 
-// A folder on the way down, with its own bare name.
-struct WalkedFolder {
-    WalkedFolder(UniqueFd opened, const char* hostName) : listing(std::move(opened)), name(hostName) {}
+// A server with a latency wants many requests at a time, whatever the processors.
+constexpr std::size_t kLeastLimit = 16;
+constexpr std::size_t kOpenLevels = 64;  // of one thread
 
-    FolderListing listing;
-    std::string name;
+std::size_t MostThreads() {
+    return std::max<std::size_t>(kLeastLimit, std::thread::hardware_concurrency());
+}
+
+// What the threads of a walk share.
+class WalkShare {
+  public:
+    WalkShare(TreeVisitor& caller, std::optional<std::size_t> fixed, bool hasNoDevices)
+        : isFixed(fixed.has_value()),
+          areFilesOpened(hasNoDevices),
+          visitor(caller),
+          allowed(fixed.value_or(1)),
+          tuner(MostThreads(), std::chrono::steady_clock::now()) {}
+
+    // Folders with names to come.
+    void Add(const std::shared_ptr<OpenFolder>& folder);
+    void Remove(const std::shared_ptr<OpenFolder>& folder);
+    // Removes a folder that only the calling thread works on, and is then the only one to know. False when
+    // others do.
+    bool Withdraw(const std::shared_ptr<OpenFolder>& folder);
+
+    // Waits until the thread with this number may work on a folder; null at the end of the walk.
+    std::shared_ptr<OpenFolder> Join(std::size_t number);
+    // The thread has nothing in work any more.
+    void Rest();
+
+    bool MayWork(std::size_t number) const { return number < allowed.load(std::memory_order_relaxed); }
+    bool IsStopped() const { return isStopped.load(std::memory_order_relaxed); }
+    void Stop() { isStopped = true; }
+    // One object more is done. Whether further threads are to be started.
+    bool CountObject();
+    std::size_t Allowed() const { return allowed; }
+
+    std::unique_ptr<VisitingThread> NewThread();
+    void EndThread(std::unique_ptr<VisitingThread> thread);
+    void Fail(DWORD error, const std::string& path);
+
+    const bool isFixed;
+    const bool areFilesOpened;  // rather than only named
+
+  private:
+    void SetAllowed(std::size_t threads);
+
+    std::mutex visitorGuard;
+    TreeVisitor& visitor;
+
+    std::mutex guard;  // of the next ones
+    std::condition_variable work;
+    std::condition_variable permission;
+    OpenFolders joinable;
+    std::size_t busy = 0;
+    bool isOver = false;
+
+    std::atomic<bool> isStopped = false;
+    std::atomic<std::size_t> allowed;
+    std::atomic<std::uint64_t> objects = 0;
+
+    std::mutex tunerGuard;
+    ThreadTuner tuner;
 };
 
-class TreeWalk {
-  public:
-    explicit TreeWalk(TreeVisitor& caller) : visitor(caller) {}
+void WalkShare::Add(const std::shared_ptr<OpenFolder>& folder) {
+    {
+        const std::lock_guard lock(guard);
+        joinable.push_back(folder);
+    }
+    work.notify_one();
+}
 
-    void Run(const ObjectHandle& folder) {
-        Enter(folder, "");
-        while (!open.empty() && !isStopped) {
-            DWORD error = ERROR_SUCCESS;
-            if (FolderListing::Entry entry{}; open.back()->listing.Next(entry, error)) {
-                VisitEntry(entry.name);
-                continue;
-            }
-            const std::unique_ptr<WalkedFolder> ended = std::move(open.back());
-            open.pop_back();
-            if (error != ERROR_SUCCESS) visitor.Fail(error, ended->name.c_str(), DepthOf(open.size()));
+// From the back: what was opened last mostly ends first.
+void WalkShare::Remove(const std::shared_ptr<OpenFolder>& folder) {
+    const std::lock_guard lock(guard);
+    const auto found = std::find(joinable.rbegin(), joinable.rend(), folder);
+    if (found != joinable.rend()) joinable.erase(std::next(found).base());
+}
+
+bool WalkShare::Withdraw(const std::shared_ptr<OpenFolder>& folder) {
+    const std::lock_guard lock(guard);
+    const auto found = std::find(joinable.begin(), joinable.end(), folder);
+    const bool isJoinable = found != joinable.end();
+    if (folder.use_count() > (isJoinable ? 2 : 1)) return false;
+    if (isJoinable) joinable.erase(found);
+    return true;
+}
+
+std::shared_ptr<OpenFolder> WalkShare::Join(std::size_t number) {
+    std::unique_lock lock(guard);
+    for (;;) {
+        if (isOver || IsStopped() || (busy == 0 && joinable.empty())) {
+            isOver = true;
+            work.notify_all();
+            permission.notify_all();
+            return nullptr;
+        }
+        if (!MayWork(number)) {
+            work.notify_one();  // the call may have been for one that may
+            permission.wait(lock);
+        } else if (joinable.empty()) {
+            work.wait(lock);
+        } else {
+            ++busy;
+            return joinable.front();
+        }
+    }
+}
+
+void WalkShare::Rest() {
+    {
+        const std::lock_guard lock(guard);
+        --busy;
+    }
+    work.notify_one();
+}
+
+void WalkShare::SetAllowed(std::size_t threads) {
+    {
+        const std::lock_guard lock(guard);
+        allowed = threads;
+    }
+    permission.notify_all();
+}
+
+bool WalkShare::CountObject() {
+    constexpr std::uint64_t kObjectsBetweenLooks = 16;
+    const std::uint64_t done = objects.fetch_add(1, std::memory_order_relaxed) + 1;
+    if (isFixed || done % kObjectsBetweenLooks != 0) return false;
+    const std::unique_lock lock(tunerGuard, std::try_to_lock);
+    if (!lock.owns_lock()) return false;
+    const std::size_t before = allowed;
+    const std::size_t threads = tuner.Update(done, std::chrono::steady_clock::now());
+    if (threads != before) SetAllowed(threads);
+    return threads > before;
+}
+
+std::unique_ptr<VisitingThread> WalkShare::NewThread() {
+    const std::lock_guard lock(visitorGuard);
+    return visitor.NewThread();
+}
+
+void WalkShare::EndThread(std::unique_ptr<VisitingThread> thread) {
+    const std::lock_guard lock(visitorGuard);
+    thread.reset();
+}
+
+void WalkShare::Fail(DWORD error, const std::string& path) {
+    const std::lock_guard lock(visitorGuard);
+    visitor.Fail(error, path);
+}
+
+// The threads beside the caller's.
+class Helpers {
+  public:
+    explicit Helpers(WalkShare& shared) : share(shared) {}
+    // Only when the caller's thread has nothing left to do.
+    ~Helpers() {
+        {
+            const std::lock_guard lock(guard);
+            isEnded = true;
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+
+    // As many as may work now. A system that starts no more leaves the work to those that there are.
+    void Start();
+
+  private:
+    WalkShare& share;
+    std::mutex guard;
+    bool isEnded = false;
+    std::vector<std::thread> threads;
+};
+
+// One thread on its way down: the folders that it works on, each in the one before it.
+class Descent {
+  public:
+    Descent(WalkShare& shared, Helpers& started, std::size_t ownNumber)
+        : share(shared), helpers(started), number(ownNumber), visiting(share.NewThread()) {}
+    ~Descent() { share.EndThread(std::move(visiting)); }
+
+    void Run() {
+        while (std::shared_ptr<OpenFolder> joined = share.Join(number)) {
+            const FolderRef folder = joined->Folder();
+            levels.push_back({std::move(joined), folder});
+            while (!levels.empty() && !share.IsStopped() && (closed != 0 || share.MayWork(number)))
+                Step();
+            // What is left here is known to the others.
+            levels.clear();
+            closed = nextToClose = 0;
+            visiting->Rest();
+            share.Rest();
         }
     }
 
   private:
-    // The depth of a folder that is listed while `above` others are: the walked one has none, nor a name.
-    static std::size_t DepthOf(std::size_t above) { return above == 0 ? 0 : above - 1; }
+    // A folder that is in work, or closed for the time being.
+    struct Level {
+        std::shared_ptr<OpenFolder> open;
+        FolderRef folder;
+        dev_t device = 0;
+        ino_t inode = 0;
+        off_t position = 0;
+    };
 
-    void Enter(const ObjectHandle& folder, const char* name) {
-        UniqueFd listing;
-        const DWORD error = folder.OpenForListing(listing);
-        if (error == ERROR_FILE_NOT_FOUND) return;
-        if (error != ERROR_SUCCESS) {
-            visitor.Fail(error, name, DepthOf(open.size()));
-            return;
-        }
-        open.push_back(std::make_unique<WalkedFolder>(std::move(listing), name));
-    }
+    void Step();
+    DWORD OpenEntry(int folder, unsigned char type, ObjectHandle& object) const;
+    void VisitEntry(OpenFolder& folder, unsigned char type);
+    void Enter(ObjectHandle& object, std::unique_ptr<FolderNotes> notes);
+    void CloseHighLevel();
+    void Reopen(int below);
+    static DWORD OpenAbove(int below, Level& level);
 
-    void VisitEntry(const char* name) {
-        const std::size_t depth = open.size() - 1;
-        ObjectHandle object;
-        const int folder = open.back()->listing.Descriptor();
-        const DWORD error = ObjectHandle::OpenUnmountedAt(folder, name, object);
-        if (error == ERROR_FILE_NOT_FOUND) return;
-        if (error != ERROR_SUCCESS) {
-            visitor.Fail(error, name, depth);
-            return;
-        }
-        visitor.SetFolder(folder);
-        const WalkDecision decision = visitor.Visit(object, name, depth);
-        isStopped = decision == WalkDecision::kStop;
-        if (decision == WalkDecision::kDescend && object.IsFolder()) Enter(object, name);
-    }
-
-    TreeVisitor& visitor;
-    std::vector<std::unique_ptr<WalkedFolder>> open;  // from the walked folder down to the current one
-    bool isStopped = false;
+    WalkShare& share;
+    Helpers& helpers;
+    const std::size_t number;
+    std::unique_ptr<VisitingThread> visiting;
+    std::vector<Level> levels;
+    std::size_t closed = 0;       // how many of them are
+    std::size_t nextToClose = 0;  // the lowest that was not tried
+    std::string name;
 };
+
+void Descent::Step() {
+    OpenFolder& folder = *levels.back().open;
+    DWORD error = ERROR_SUCCESS;
+    if (unsigned char type = DT_UNKNOWN; folder.Next(name, type, error)) return VisitEntry(folder, type);
+    if (error != ERROR_SUCCESS) share.Fail(error, folder.Folder()->PathOf(""));
+    const Level ended = std::move(levels.back());
+    levels.pop_back();
+    share.Remove(ended.open);
+    nextToClose = std::min(nextToClose, levels.size());
+    if (!levels.empty() && !levels.back().open) Reopen(ended.open->Descriptor());
+}
+
+DWORD Descent::OpenEntry(int folder, unsigned char type, ObjectHandle& object) const {
+    if (type == DT_DIR) return ObjectHandle::OpenUnmountedFolderAt(folder, name.c_str(), object);
+    if (type == DT_REG && share.areFilesOpened)
+        return ObjectHandle::OpenUnmountedFileAt(folder, name.c_str(), object);
+    return ObjectHandle::OpenUnmountedAt(folder, name.c_str(), object);
+}
+
+void Descent::VisitEntry(OpenFolder& folder, unsigned char type) {
+    ObjectHandle object;
+    const DWORD error = OpenEntry(folder.Descriptor(), type, object);
+    if (error == ERROR_FILE_NOT_FOUND) return;
+    if (error != ERROR_SUCCESS) return share.Fail(error, folder.Folder()->PathOf(name));
+    std::unique_ptr<FolderNotes> notes;
+    const WalkDecision decision =
+        visiting->Visit({object, name, folder.Folder(), folder.Descriptor()}, notes);
+    if (decision == WalkDecision::kStop) return share.Stop();
+    if (share.CountObject()) helpers.Start();
+    if (decision == WalkDecision::kDescend && object.IsFolder()) Enter(object, std::move(notes));
+}
+
+void Descent::Enter(ObjectHandle& object, std::unique_ptr<FolderNotes> notes) {
+    FolderRef entered = WalkedFolder::Make(levels.back().folder, name, std::move(notes));
+    UniqueFd listing;
+    const DWORD error = object.TakeForListing(listing);
+    if (error == ERROR_FILE_NOT_FOUND) return;
+    if (error != ERROR_SUCCESS) return share.Fail(error, entered->PathOf(""));
+    levels.push_back({std::make_shared<OpenFolder>(entered, std::move(listing), 0), entered});
+    share.Add(levels.back().open);
+    if (levels.size() - closed > kOpenLevels) CloseHighLevel();
+}
+
+// The highest that no other thread works on.
+void Descent::CloseHighLevel() {
+    for (; nextToClose + 1 < levels.size(); ++nextToClose) {
+        Level& level = levels[nextToClose];
+        struct stat status {};
+        if (!level.open || fstat(level.open->Descriptor(), &status) != 0 || !share.Withdraw(level.open))
+            continue;
+        level.device = status.st_dev;
+        level.inode = status.st_ino;
+        level.position = level.open->Position();
+        level.open.reset();
+        ++closed;
+        ++nextToClose;
+        return;
+    }
+}
+
+DWORD Descent::OpenAbove(int below, Level& level) {
+    UniqueFd opened;
+    const int problem = OpenUnmountedEntry(below, "..", O_RDONLY | O_DIRECTORY, opened);
+    if (problem == ENOENT) return ERROR_FILE_INVALID;  // it was moved out of what can be reached
+    if (problem != 0) return ErrorFromErrno(problem);
+    struct stat status {};
+    if (fstat(opened.Get(), &status) != 0) return ErrorFromErrno(errno);
+    if (status.st_dev != level.device || status.st_ino != level.inode) return ERROR_FILE_INVALID;
+    level.open = std::make_shared<OpenFolder>(level.folder, std::move(opened), level.position);
+    return ERROR_SUCCESS;
+}
+
+// The folder that the walk comes back to, from the one that it has just ended. Without it the closed ones
+// above are out of reach too.
+void Descent::Reopen(int below) {
+    const DWORD error = OpenAbove(below, levels.back());
+    if (error == ERROR_SUCCESS) {
+        --closed;
+        nextToClose = std::min(nextToClose, levels.size() - 1);
+        share.Add(levels.back().open);
+        return;
+    }
+    while (!levels.empty() && !levels.back().open) {
+        share.Fail(error, levels.back().folder->PathOf(""));
+        levels.pop_back();
+        --closed;
+    }
+    nextToClose = std::min(nextToClose, levels.size());
+}
+
+void Helpers::Start() {
+    const std::lock_guard lock(guard);
+    try {
+        while (!isEnded && threads.size() + 1 < share.Allowed()) {
+            const std::size_t number = threads.size() + 1;
+            threads.emplace_back([this, number] { Descent(share, *this, number).Run(); });
+        }
+    } catch (const std::system_error&) {
+        // The system has no more threads.
+    }
+}
 
 }  // namespace
 
-void WalkTree(const ObjectHandle& folder, TreeVisitor& visitor) {
+void WalkTree(const ObjectHandle& folder, std::unique_ptr<FolderNotes> notes, TreeVisitor& visitor,
+              std::optional<std::size_t> threads) {
     RaiseDescriptorLimit();
-    TreeWalk(visitor).Run(folder);
+    FolderRef top = WalkedFolder::Make({}, "", std::move(notes));
+    std::optional<UniqueFd> view;
+    if (visitor.WantsReadableFiles()) view = OpenWithoutDevices(folder);
+    UniqueFd listing;
+    const DWORD error = view ? ERROR_SUCCESS : folder.OpenForListing(listing);
+    if (error == ERROR_FILE_NOT_FOUND) return;
+    if (error != ERROR_SUCCESS) return visitor.Fail(error, "");
+    WalkShare share(visitor, threads, view.has_value());
+    if (view) listing = std::move(*view);
+    share.Add(std::make_shared<OpenFolder>(std::move(top), std::move(listing), 0));
+    Helpers helpers(share);
+    helpers.Start();
+    Descent(share, helpers, 0).Run();
 }
 
 }  // namespace permora::host

@@ -1,9 +1,13 @@
-// Visits every object below a folder, also while others change the tree.
+// Visits every object below a folder, on as many threads as help, also while others change the tree.
 #pragma once
 
 #include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
 
 #include "platform/linux/files/object_handle.h"
+#include "platform/linux/files/walked_folder.h"
 
 namespace permora::host {
 
@@ -13,40 +17,64 @@ enum class WalkDecision {
     kStop,      // end the walk
 };
 
+// An object that a walk has come to. All of it lives for the call that it is handed to; a visitor that is not
+// done by then may take over the handle of what is no folder, and copy `place`.
+struct VisitedObject {
+    ObjectHandle& object;
+    const std::string& hostName;
+    const FolderRef& place;  // the folder in which it stands
+    int folder;              // which is open here
+
+    std::string Path() const { return place->PathOf(hostName); }
+};
+
+// What a visitor needs on one thread: buffers, locks, counts.
+class VisitingThread {
+  public:
+    virtual ~VisitingThread() = default;
+
+    // One object, before all that is below it. `notes` may be given for a folder into which the walk is to
+    // descend; they are Notes() of the `place` of what stands in it.
+    virtual WalkDecision Visit(const VisitedObject& visited, std::unique_ptr<FolderNotes>& notes) = 0;
+    // There is nothing to visit for now: what was put off is to be done, what was kept for long to be let go.
+    // The end of a walk is told so too.
+    virtual void Rest() {}
+};
+
+// All calls may come on any thread of the walk, one at a time, also those of destructors of VisitingThread;
+// only their visits are at the same time.
 class TreeVisitor {
   public:
     virtual ~TreeVisitor() = default;
 
-    // One object, before all that is below it. `name` is its bare name as the host writes it. `depth` is 0
-    // for what stands directly in the walked folder and one more for each folder in between. Handle and name
-    // live for the call.
-    virtual WalkDecision Visit(const ObjectHandle& object, const char* name, std::size_t depth) = 0;
+    virtual std::unique_ptr<VisitingThread> NewThread() = 0;
+
+    // Whether files are to be opened for reading where that is safe (OpenWithoutDevices), which pays for who
+    // reads or writes their attributes. Scanners that look at every file that is opened look at these too.
+    virtual bool WantsReadableFiles() const { return false; }
 
     // An object that was not visited (ERROR_NOT_SAME_DEVICE: something is mounted on it), or a folder that
-    // was not listed to its end; the walk goes on with the next one. An empty name means the walked folder
-    // itself.
-    virtual void Fail(DWORD error, const char* name, std::size_t depth) = 0;
-
-    // The walk's: where the object stands that comes next.
-    void SetFolder(int descriptor) { openFolder = descriptor; }
-
-  protected:
-    // The descriptor of the folder in which the visited object stands. It lives for the call, not owned.
-    int Folder() const { return openFolder; }
-
-  private:
-    int openFolder = -1;
+    // was not listed to its end; the walk goes on with what is left. The path is shown and below the walked
+    // folder; an empty one is that folder itself.
+    virtual void Fail(DWORD error, const std::string& path) = 0;
 };
 
 // Walks by open handles: links are visited and never followed, what is mounted below (another volume, or
 // another place of this one) is neither visited nor entered, and a folder that is moved or replaced by a link
-// in the middle of the walk leads nowhere else. An object that vanishes is no failure. Objects come in the
-// order in which the file system lists them; those that appear or move during the walk are visited or not, as
-// for any listing.
+// in the middle of the walk leads nowhere else. An object that vanishes is no failure. Every name is visited
+// once, a folder before what is in it, and otherwise in no order; those that appear or move during the walk
+// are visited or not, as for any listing.
 //
-// Costs one open descriptor and 8 KiB for each level of folders and nothing for the number of objects. The
-// process's limit on open descriptors is raised as far as it may; deeper trees fail with
-// ERROR_TOO_MANY_OPEN_FILES for what is below. Needs no stack to speak of. Linux 5.6 or newer.
-void WalkTree(const ObjectHandle& folder, TreeVisitor& visitor);
+// Threads: the walk begins on the caller's alone and takes more as long as they bring more (ThreadTuner), or
+// exactly `threads`. Idle ones take the next name of the highest folder that still has some, whoever opened
+// it, and go down from there, so that one folder of a million files occupies them all like a million folders
+// with one file. A walk that is stopped visits nothing more; visits that have begun end.
+//
+// Needs for each thread no more than 64 open folders of 8 KiB. Higher ones are closed meanwhile and found
+// again as the parent of the folder below, by device and inode: one that was moved away by then is reported
+// with ERROR_FILE_INVALID and not listed further. For each level of folders above those in work there is a
+// record of some 150 bytes and the notes, and nothing for the number of objects. Linux 5.6 or newer.
+void WalkTree(const ObjectHandle& folder, std::unique_ptr<FolderNotes> notes, TreeVisitor& visitor,
+              std::optional<std::size_t> threads = std::nullopt);
 
 }  // namespace permora::host

@@ -1,8 +1,6 @@
 #include "platform/linux/security/descriptor_store.h"
 
-#include <linux/magic.h>
 #include <sys/stat.h>
-#include <sys/statfs.h>
 
 #include <cerrno>
 #include <optional>
@@ -12,6 +10,7 @@
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/extended_attributes.h"
+#include "platform/linux/files/linux_volume.h"
 #include "platform/linux/security/mode_descriptor.h"
 #include "platform/linux/security/samba_attribute.h"
 
@@ -43,20 +42,6 @@ DWORD WriteError(const ObjectHandle& object, int problem) {
 }
 
 }  // namespace
-
-bool IsOnLinuxVolume(const ObjectHandle& object) {
-    struct statfs volume {};
-    if (fstatfs(object.Descriptor(), &volume) != 0) return false;
-    switch (volume.f_type) {
-        case EXT4_SUPER_MAGIC:
-        case XFS_SUPER_MAGIC:
-        case BTRFS_SUPER_MAGIC:
-        case TMPFS_MAGIC:
-            return true;
-        default:
-            return false;
-    }
-}
 
 DescriptorStoreKind DescriptorStore::KindFor(const ObjectHandle& object) {
     if (!kind) kind = StoreKindOf(object);

@@ -11,11 +11,6 @@
 
 namespace permora::host {
 
-// Whether the object surely lies on a file system of Linux's own, which keeps owners and attributes itself
-// (ext4, XFS, Btrfs, tmpfs). The kernel tells that at once, where asking for an attribute takes as long as
-// reading one.
-bool IsOnLinuxVolume(const ObjectHandle& object);
-
 // The store of one volume. The first object that it meets decides which one, and what follows must lie on the
 // same mount. It keeps buffers between calls, so a walk uses one store and a thread its own.
 class DescriptorStore {

@@ -11,6 +11,7 @@
 
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/linux_volume.h"
 #include "platform/nt/ace_bits.h"
 #include "platform/nt/inheritance.h"
 #include "platform/nt/sid.h"

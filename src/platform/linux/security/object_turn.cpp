@@ -45,16 +45,8 @@ UniqueFd OpenOwnFile(const std::string& path) {
     return file && IsOwnFile(file) ? std::move(file) : UniqueFd();
 }
 
-UniqueFd OpenLockFile() {
-    for (const std::string& place : PassingPlaces())
-        if (UniqueFd file = OpenOwnFile(place)) return file;
-    const std::string settings = UserRegistryFolder();
-    if (settings.empty()) return {};
-    // With the mode that keeping a setting would give it.
-    std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(settings).parent_path(), error);
-    mkdir(settings.c_str(), S_IRWXU);
-    return OpenOwnFile(settings + "/objects.lock");
+LockFile Shared(UniqueFd file) {
+    return file ? std::make_shared<const UniqueFd>(std::move(file)) : nullptr;
 }
 
 // Each object has a byte of the file, which is never written.
@@ -71,19 +63,19 @@ off_t PlaceOf(const ObjectHandle& object) {
 }
 
 // Locks that belong to the open file, not to the process: they also separate threads, and end with the file.
-bool SetLock(const UniqueFd& file, short type, off_t place) {
+bool SetLock(const UniqueFd& file, short type, off_t place, off_t length = 1) {
     struct flock lock {};
     lock.l_type = type;
     lock.l_whence = SEEK_SET;
     lock.l_start = place;
-    lock.l_len = 1;
+    lock.l_len = length;
     return fcntl(file.Get(), F_OFD_SETLK, &lock) == 0;
 }
 
 // ERROR_BUSY when another program still holds the lock after the longest wait.
 DWORD WaitForTurn(const UniqueFd& file, off_t place) {
     const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
-    while (file && !SetLock(file, F_WRLCK, place)) {
+    while (!SetLock(file, F_WRLCK, place)) {
         // A file system without locks.
         if (errno != EAGAIN && errno != EACCES && errno != EINTR) break;
         if (std::chrono::steady_clock::now() > deadline) return ERROR_BUSY;
@@ -94,44 +86,77 @@ DWORD WaitForTurn(const UniqueFd& file, off_t place) {
 
 }  // namespace
 
-DWORD ObjectTurn::Take(const ObjectHandle& object) {
+LockFile OpenLockFile() {
+    for (const std::string& place : PassingPlaces())
+        if (UniqueFd file = OpenOwnFile(place)) return Shared(std::move(file));
+    const std::string settings = UserRegistryFolder();
+    if (settings.empty()) return {};
+    // With the mode that keeping a setting would give it.
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(settings).parent_path(), error);
+    mkdir(settings.c_str(), S_IRWXU);
+    return Shared(OpenOwnFile(settings + "/objects.lock"));
+}
+
+ObjectTurn& ObjectTurn::operator=(ObjectTurn&& other) noexcept {
+    if (this == &other) return *this;
+    Leave();
+    file = std::move(other.file);
+    isOpened = std::exchange(other.isOpened, false);
+    place = other.place;
+    isTaken = std::exchange(other.isTaken, false);
+    return *this;
+}
+
+bool ObjectTurn::TryTake(const ObjectHandle& object) {
     Leave();
     if (!isOpened) file = OpenLockFile();
     isOpened = true;
     place = PlaceOf(object);
-    const DWORD error = WaitForTurn(file, place);
+    isTaken = !file || SetLock(*file, F_WRLCK, place);
+    return isTaken;
+}
+
+DWORD ObjectTurn::Take(const ObjectHandle& object) {
+    if (TryTake(object)) return ERROR_SUCCESS;
+    const DWORD error = WaitForTurn(*file, place);
     isTaken = error == ERROR_SUCCESS;
     return error;
 }
 
 void ObjectTurn::Leave() {
-    if (isTaken && file) SetLock(file, F_UNLCK, place);
+    if (isTaken && file) SetLock(*file, F_UNLCK, place);
     isTaken = false;
 }
 
-DWORD WalkTurns::Take(const ObjectHandle& object, std::size_t depth) {
-    LeaveTo(depth);
-    if (!isOpened) file = OpenLockFile();
+DWORD WalkTurns::Take(const ObjectHandle& object) {
+    if (!object.IsFolder()) return TakeFile(PlaceOf(object));
+    onFolder = ObjectTurn(foldersFile);
+    if (onFolder.TryTake(object)) return ERROR_SUCCESS;
+    LeaveAll();
+    return onFolder.Take(object);
+}
+
+DWORD WalkTurns::TakeFile(off_t place) {
+    // More would cost more time than is saved: the kernel looks through all of them for each new one.
+    constexpr int kMostFiles = 8;
+    if (!isOpened) filesFile = OpenLockFile();
     isOpened = true;
-    const off_t place = PlaceOf(object);
-    const DWORD error = WaitForTurn(file, place);
-    if (error == ERROR_SUCCESS) current = place;
-    return error;
+    if (!filesFile) return ERROR_SUCCESS;
+    if (filesHeld == kMostFiles) LeaveAll();
+    if (!SetLock(*filesFile, F_WRLCK, place)) {
+        LeaveAll();
+        if (const DWORD error = WaitForTurn(*filesFile, place); error != ERROR_SUCCESS) return error;
+    }
+    ++filesHeld;
+    return ERROR_SUCCESS;
 }
 
-void WalkTurns::Keep() {
-    kept.push_back(std::exchange(current, std::nullopt));
-}
-
-void WalkTurns::Leave() {
-    if (current && file) SetLock(file, F_UNLCK, *current);
-    current.reset();
-}
-
-void WalkTurns::LeaveTo(std::size_t depth) {
-    for (std::size_t i = depth; i < kept.size(); ++i)
-        if (kept[i] && file) SetLock(file, F_UNLCK, *kept[i]);
-    kept.resize(depth);
+void WalkTurns::LeaveAll() {
+    onFolder.Leave();
+    constexpr off_t kToTheEnd = 0;
+    if (filesHeld > 0) SetLock(*filesFile, F_UNLCK, 0, kToTheEnd);
+    filesHeld = 0;
 }
 
 }  // namespace permora::host

@@ -7,58 +7,78 @@
 
 #include <sys/types.h>
 
-#include <cstddef>
-#include <optional>
-#include <vector>
+#include <memory>
+#include <utility>
 
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/files/object_handle.h"
 
 namespace permora::host {
 
+// The file, opened; null where none can be had.
+using LockFile = std::shared_ptr<const UniqueFd>;
+LockFile OpenLockFile();
+
 class ObjectTurn {
   public:
+    // Opens the lock file at the first turn.
     ObjectTurn() = default;
-    ObjectTurn(ObjectTurn&&) = default;
-    ObjectTurn& operator=(ObjectTurn&&) = default;
+    // By a lock file that others use too: turns that share one never wait for one another.
+    explicit ObjectTurn(LockFile shared) : file(std::move(shared)), isOpened(true) {}
+    ObjectTurn(ObjectTurn&& other) noexcept
+        : file(std::move(other.file)),
+          isOpened(std::exchange(other.isOpened, false)),
+          place(other.place),
+          isTaken(std::exchange(other.isTaken, false)) {}
+    ObjectTurn& operator=(ObjectTurn&& other) noexcept;
+    ~ObjectTurn() { Leave(); }
 
     // Ends the turn that this has, and waits for one on `object`: ERROR_BUSY after ten seconds. Ends with
     // this, with Leave, and with the process. Where no lock file can be had there are no turns, and the
     // answer is 0. Turns of one process count like those of different ones; whoever has one and waits for
     // another must go down a tree.
     DWORD Take(const ObjectHandle& object);
+    // The same unless somebody else has it; false then, and at once.
+    bool TryTake(const ObjectHandle& object);
     void Leave();
 
     // Whether Take has been answered with 0 since.
     explicit operator bool() const { return isTaken; }
 
   private:
-    UniqueFd file;          // opened at the first turn
+    LockFile file;
     bool isOpened = false;  // or at least tried
     off_t place = 0;        // in it, of the object that the turn is about
     bool isTaken = false;
 };
 
-// The turns of a walk: on the object that it is at, and on the folders that this stands in. What is in a
-// folder gets what the walk remembers of the folder, so nobody else may change the folder meanwhile. One open
-// file for all of them.
+// The turns of one thread of a walk: on the objects that it is at, and on folders, which the walk keeps while
+// it is below them. What is in a folder gets what the walk remembers of the folder, so nobody else may change
+// the folder meanwhile.
 class WalkTurns {
   public:
-    // The walk has come to `object` at `depth` (platform/linux/files/tree_walk.h): ends the turns on what it
-    // has left, and waits as ObjectTurn::Take does.
-    DWORD Take(const ObjectHandle& object, std::size_t depth);
-    // The object is a folder that the walk enters: keeps the turn on it until the walk is back at its depth.
-    void Keep();
-    // Ends the turn on the object, unless it is kept.
-    void Leave();
+    // All threads of a walk share one lock file for folders, each of which is met once. A file with several
+    // names may be met by two of them at a time, which then take turns like strangers.
+    explicit WalkTurns(LockFile sharedForFolders) : foldersFile(std::move(sharedForFolders)) {}
+
+    // Waits as ObjectTurn::Take does.
+    DWORD Take(const ObjectHandle& object);
+    // The turn on the object, which is a folder that the walk enters.
+    ObjectTurn Keep() { return std::move(onFolder); }
+    // Ends the turn on the object. Those on files are ended together after some of them, which takes half the
+    // calls, and before anything is waited for.
+    void Leave() { onFolder.Leave(); }
+    // Ends all that are not kept; for a thread that has nothing to do.
+    void LeaveAll();
 
   private:
-    void LeaveTo(std::size_t depth);
+    DWORD TakeFile(off_t place);
 
-    UniqueFd file;  // opened at the first turn
+    const LockFile foldersFile;
+    ObjectTurn onFolder;
+    LockFile filesFile;  // opened at the first turn
     bool isOpened = false;
-    std::optional<off_t> current;
-    std::vector<std::optional<off_t>> kept;  // by depth: of the folders above
+    int filesHeld = 0;
 };
 
 }  // namespace permora::host

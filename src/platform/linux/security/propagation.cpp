@@ -1,14 +1,14 @@
 #include "platform/linux/security/propagation.h"
 
-#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
 #include <utility>
-#include <vector>
 
-#include "platform/folder_trail.h"
 #include "platform/linux/accounts/unix_accounts.h"
-#include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/tree_walk.h"
 #include "platform/linux/security/object_turn.h"
+#include "platform/linux/security/tree_change.h"
 #include "platform/nt/inheritance.h"
 
 namespace permora::host {
@@ -17,44 +17,57 @@ namespace {
 
 class ListPropagation : public TreeVisitor {
   public:
-    ListPropagation(const nt::Acl& list, DescriptorStore& volume) : lists{list}, store(volume) {}
+    explicit ListPropagation(const DescriptorStore& volume) : store(volume), folderTurns(OpenLockFile()) {}
 
-    WalkDecision Visit(const ObjectHandle& object, const char* name, std::size_t depth) override {
-        if (!store.CanHold(object)) return WalkDecision::kPassOver;
-        bool inherits = false;
-        DWORD error = turns.Take(object, depth);
-        if (error == ERROR_SUCCESS) error = Update(object, lists[depth], inherits);
-        if (error == ERROR_SUCCESS && inherits && object.IsFolder()) turns.Keep();
-        turns.Leave();
-        if (error != ERROR_SUCCESS) {
-            Keep(error, name, depth);
-            return WalkDecision::kPassOver;
-        }
-        if (!inherits) return WalkDecision::kPassOver;
-        if (object.IsFolder()) {
-            RememberList(depth + 1);
-            names.Enter(EncodeName(name), depth);
-        }
-        return WalkDecision::kDescend;
-    }
+    std::unique_ptr<VisitingThread> NewThread() override;
+    bool WantsReadableFiles() const override { return true; }
 
-    void Fail(DWORD error, const char* name, std::size_t depth) override {
-        // Another volume inherits nothing from this one.
-        if (error != ERROR_NOT_SAME_DEVICE) Keep(error, name, depth);
+    void Fail(DWORD error, const std::string& path) override {
+        // Another volume inherits nothing from this one. And an object may vanish after it was opened.
+        if (error == ERROR_NOT_SAME_DEVICE || error == ERROR_FILE_NOT_FOUND) return;
+        const std::lock_guard lock(guard);
+        if (failures.count++ > 0 && failures.firstPath <= path) return;
+        failures.firstError = error;
+        failures.firstPath = path;
     }
 
     const FailuresBelow& Failures() const { return failures; }
 
+    const DescriptorStore store;  // each thread has a copy
+    const LockFile folderTurns;
+
   private:
-    // An empty name is that of the folder itself, whose contents could not be listed.
-    void Keep(DWORD error, const char* name, std::size_t depth) {
-        // The object vanished after it was opened.
-        if (error == ERROR_FILE_NOT_FOUND) return;
-        if (failures.count++ > 0) return;
-        failures.firstError = error;
-        failures.firstPath = names.PathOf(EncodeName(name), depth);
+    std::mutex guard;
+    FailuresBelow failures;
+};
+
+class PropagationThread : public VisitingThread {
+  public:
+    explicit PropagationThread(ListPropagation& shared)
+        : propagation(shared), store(shared.store), turns(shared.folderTurns) {}
+
+    WalkDecision Visit(const VisitedObject& visited, std::unique_ptr<FolderNotes>& notes) override {
+        const ObjectHandle& object = visited.object;
+        if (!store.CanHold(object)) return WalkDecision::kPassOver;
+        const auto& parent = static_cast<const ChangedFolder&>(*visited.place->Notes());
+        bool inherits = false;
+        DWORD error = turns.Take(object);
+        if (error == ERROR_SUCCESS) error = Update(object, *parent.list, inherits);
+        if (error != ERROR_SUCCESS) propagation.Fail(error, visited.Path());
+        if (error != ERROR_SUCCESS || !inherits || !object.IsFolder()) {
+            turns.Leave();
+            return WalkDecision::kPassOver;
+        }
+        auto folder = std::make_unique<ChangedFolder>();
+        folder->turn = turns.Keep();
+        folder->list = ShareList(descriptor.dacl, parent.list);
+        notes = std::move(folder);
+        return WalkDecision::kDescend;
     }
 
+    void Rest() override { turns.LeaveAll(); }
+
+  private:
     DWORD Update(const ObjectHandle& object, const nt::Acl& parent, bool& inherits) {
         const DWORD error = store.Read(object, descriptor);
         if (error != ERROR_SUCCESS) return error;
@@ -64,20 +77,16 @@ class ListPropagation : public TreeVisitor {
         return descriptor == before ? ERROR_SUCCESS : store.Write(object, descriptor);
     }
 
-    // Swapped and not copied: the places of a depth are used again for each folder of that depth.
-    void RememberList(std::size_t depth) {
-        if (lists.size() == depth) lists.emplace_back();
-        std::swap(lists[depth], descriptor.dacl);
-    }
-
-    std::vector<nt::Acl> lists;  // by depth: the list of the folder in which the objects of that depth stand
-    DescriptorStore& store;
+    ListPropagation& propagation;
+    DescriptorStore store;
     WalkTurns turns;
     nt::SecurityDescriptor descriptor;
     nt::SecurityDescriptor before;
-    FolderTrail names;
-    FailuresBelow failures;
 };
+
+std::unique_ptr<VisitingThread> ListPropagation::NewThread() {
+    return std::make_unique<PropagationThread>(*this);
+}
 
 }  // namespace
 
@@ -88,9 +97,12 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& parent, co
     descriptor.control |= nt::kDaclAutoInherited;
 }
 
-FailuresBelow PropagateList(const ObjectHandle& folder, const nt::Acl& list, DescriptorStore& store) {
-    ListPropagation propagation(list, store);
-    WalkTree(folder, propagation);
+FailuresBelow PropagateList(const ObjectHandle& folder, const nt::Acl& list, const DescriptorStore& store,
+                            std::optional<std::size_t> threads) {
+    auto notes = std::make_unique<ChangedFolder>();
+    notes->list = std::make_shared<const nt::Acl>(list);
+    ListPropagation propagation(store);
+    WalkTree(folder, std::move(notes), propagation, threads);
     return propagation.Failures();
 }
 

@@ -1,6 +1,9 @@
 // Carries a folder's changed access list down to all objects that inherit from it.
 #pragma once
 
+#include <cstddef>
+#include <optional>
+
 #include "platform/held_object.h"
 #include "platform/linux/files/object_handle.h"
 #include "platform/linux/security/descriptor_store.h"
@@ -19,7 +22,9 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& parent, co
 // the entries that its mode gives as explicit ones, if there is anything for it to inherit.
 //
 // Each object is written at most once, and only when its descriptor changes. A failure leaves that object and
-// what is below it as they were, and the walk goes on.
-FailuresBelow PropagateList(const ObjectHandle& folder, const nt::Acl& list, DescriptorStore& store);
+// what is below it as they were, and the walk goes on. `store` is that of the volume; `threads` are those of
+// WalkTree.
+FailuresBelow PropagateList(const ObjectHandle& folder, const nt::Acl& list, const DescriptorStore& store,
+                            std::optional<std::size_t> threads = std::nullopt);
 
 }  // namespace permora::host

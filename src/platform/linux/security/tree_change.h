@@ -2,18 +2,31 @@
 // counts.
 #pragma once
 
-#include <cstddef>
+#include <memory>
+#include <mutex>
 #include <string>
 
-#include "platform/folder_trail.h"
 #include "platform/linux/files/object_handle.h"
 #include "platform/linux/files/tree_walk.h"
 #include "platform/linux/security/descriptor_store.h"
 #include "platform/linux/security/object_turn.h"
+#include "platform/nt/acl.h"
+#include "platform/passed_over.h"
 #include "platform/tree_security.h"
 
 namespace permora::host {
 
+// What a walk remembers of a folder for what is in it.
+struct ChangedFolder : FolderNotes {
+    ObjectTurn turn;
+    DWORD readError = ERROR_SUCCESS;      // why its list is not known; then nothing in it can be set
+    std::shared_ptr<const nt::Acl> list;  // what stands on it now; null where nobody needs it
+};
+
+// The list of a folder, which mostly is that of the one above it: deep trees then have one list in memory.
+std::shared_ptr<const nt::Acl> ShareList(nt::Acl& list, const std::shared_ptr<const nt::Acl>& above);
+
+// What all threads share.
 class TreeChange : public TreeVisitor {
   public:
     TreeChange(TreeListMode writing, TreeObserver& listener, TreeCounts& totals)
@@ -23,31 +36,57 @@ class TreeChange : public TreeVisitor {
     DWORD Run(const ObjectHandle& top);
 
   protected:
+    // The walk begins, with what is to be remembered of its folder; an error ends it.
+    virtual DWORD Begin(const ObjectHandle& /*top*/, ChangedFolder& /*notes*/) { return ERROR_SUCCESS; }
+
+    DescriptorStore store;  // of the top; each thread has a copy
+    const TreeListMode mode;
+
+  private:
+    friend class TreeChangeThread;
+    bool WantsReadableFiles() const override { return true; }
+    void Fail(DWORD error, const std::string& path) override;
+    bool BeginObject(const std::string& name);
+    void PassOver(DWORD error, const std::string& path);
+
+    LockFile folderTurns;
+    std::mutex guard;  // of what follows
+    TreeObserver& observer;
+    TreeCounts& counts;
+    PassedOverObjects passedOver;
+    DWORD result = ERROR_SUCCESS;
+};
+
+// What one thread does.
+class TreeChangeThread : public VisitingThread {
+  public:
+    explicit TreeChangeThread(TreeChange& shared)
+        : store(shared.store), mode(shared.mode), change(shared), turns(shared.folderTurns) {}
+    ~TreeChangeThread() override;
+
+  protected:
     enum class Outcome { kChanged, kUnchanged };
 
-    // The walk begins; an error ends it.
-    virtual DWORD Begin(const ObjectHandle& /*top*/) { return ERROR_SUCCESS; }
-    // One object that can have a descriptor. A failure leaves it as it was.
-    virtual DWORD Change(const ObjectHandle& object, std::size_t depth, Outcome& outcome) = 0;
-    // Called before Change: 0 when the object may be changed, else an error code. `hostName` is its name.
-    virtual DWORD Allow(const ObjectHandle& /*object*/, const char* /*hostName*/) { return ERROR_SUCCESS; }
-    // A folder, whose contents have the depth `inside`, comes next; `error` is that of its own change.
-    virtual void Enter(const ObjectHandle& /*folder*/, DWORD /*error*/, std::size_t /*inside*/) {}
+    // One object that can have a descriptor, in a folder of which `parent` is remembered. A failure leaves it
+    // as it was.
+    virtual DWORD Change(const ObjectHandle& object, const ChangedFolder& parent, Outcome& outcome) = 0;
+    // Called before Change: 0 when the object may be changed, else an error code.
+    virtual DWORD Allow(const VisitedObject& /*visited*/) { return ERROR_SUCCESS; }
+    // The walk goes into a folder; `error` is that of its own change.
+    virtual void Remember(const ObjectHandle& /*folder*/, DWORD /*error*/, const ChangedFolder& /*parent*/,
+                          ChangedFolder& /*notes*/) {}
 
     DescriptorStore store;
     const TreeListMode mode;
 
   private:
-    WalkDecision Visit(const ObjectHandle& object, const char* hostName, std::size_t depth) override;
-    void Fail(DWORD error, const char* hostName, std::size_t depth) override;
-    DWORD ChangeAndCount(const ObjectHandle& object, const char* hostName, std::size_t depth);
-    void PassOver(DWORD error, const std::string& name, std::size_t depth);
+    WalkDecision Visit(const VisitedObject& visited, std::unique_ptr<FolderNotes>& notes) override;
+    void Rest() override { turns.LeaveAll(); }
+    DWORD ChangeAndCount(const VisitedObject& visited);
 
-    TreeObserver& observer;
-    TreeCounts& counts;
+    TreeChange& change;
     WalkTurns turns;
-    DWORD result = ERROR_SUCCESS;
-    FolderTrail names;
+    TreeCounts counts;
 };
 
 }  // namespace permora::host

@@ -1,7 +1,7 @@
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include "platform/api/errors.h"
 #include "platform/linux/files/several_names.h"
@@ -17,23 +17,42 @@
 namespace permora::host {
 namespace {
 
-// What the objects in a folder inherit from.
-struct FolderList {
-    DWORD readError = ERROR_SUCCESS;  // why its list is not known; then nothing in it can be set
-    nt::Acl list;                     // what stands on it now
-};
+DWORD ReadFolderList(const ObjectHandle& object, DescriptorStore& store, nt::Acl& list) {
+    nt::SecurityDescriptor descriptor;
+    const DWORD error = store.Read(object, descriptor);
+    // Without a list there is nothing to hand down.
+    if (error == ERROR_SUCCESS && descriptor.daclState == nt::DaclState::kList)
+        list = std::move(descriptor.dacl);
+    return error;
+}
 
 class ListSetting : public TreeChange {
   public:
     ListSetting(const nt::Acl& list, TreeListMode writing, TreeObserver& listener, TreeCounts& totals)
         : TreeChange(writing, listener, totals), explicitEntries(list) {}
 
-  private:
-    DWORD Begin(const ObjectHandle& top) override { return ReadFolder(top, lists.emplace_back()); }
+    const nt::Acl& ExplicitEntries() const { return explicitEntries; }
 
+  private:
+    std::unique_ptr<VisitingThread> NewThread() override;
+    DWORD Begin(const ObjectHandle& top, ChangedFolder& notes) override {
+        nt::Acl list;
+        const DWORD error = ReadFolderList(top, store, list);
+        notes.list = ShareList(list, nullptr);
+        return error;
+    }
+
+    const nt::Acl& explicitEntries;
+};
+
+class ListSettingThread : public TreeChangeThread {
+  public:
+    explicit ListSettingThread(ListSetting& shared)
+        : TreeChangeThread(shared), explicitEntries(shared.ExplicitEntries()) {}
+
+  private:
     // Reads once and writes at most once.
-    DWORD Change(const ObjectHandle& object, std::size_t depth, Outcome& outcome) override {
-        const FolderList& parent = lists[depth];
+    DWORD Change(const ObjectHandle& object, const ChangedFolder& parent, Outcome& outcome) override {
         const DWORD error = store.Read(object, before);
         if (error != ERROR_SUCCESS) return error;
         if (parent.readError != ERROR_SUCCESS) return parent.readError;
@@ -41,7 +60,7 @@ class ListSetting : public TreeChange {
         after.control &= static_cast<std::uint16_t>(~(nt::kDaclProtected | SE_DACL_DEFAULTED));
         after.daclState = nt::DaclState::kList;
         after.dacl = explicitEntries;
-        JoinInherited(after, parent.list, object);
+        JoinInherited(after, *parent.list, object);
         if (after == before) return ERROR_SUCCESS;
         outcome = Outcome::kChanged;
         return mode == TreeListMode::kWrite ? store.Write(object, after) : ERROR_SUCCESS;
@@ -49,56 +68,65 @@ class ListSetting : public TreeChange {
 
     // What is in the folder inherits from what stands on it: the new list, or where that could not be set the
     // one it has kept.
-    void Enter(const ObjectHandle& object, DWORD error, std::size_t inside) override {
-        lists.resize(inside);
-        FolderList& folder = lists.emplace_back();
-        if (error == ERROR_SUCCESS)
-            std::swap(folder.list, after.dacl);
-        else
-            folder.readError = ReadFolder(object, folder);
-    }
-
-    DWORD ReadFolder(const ObjectHandle& object, FolderList& folder) {
-        nt::SecurityDescriptor descriptor;
-        const DWORD error = store.Read(object, descriptor);
-        // Without a list there is nothing to hand down.
-        if (error == ERROR_SUCCESS && descriptor.daclState == nt::DaclState::kList)
-            folder.list = std::move(descriptor.dacl);
-        return error;
+    void Remember(const ObjectHandle& folder, DWORD error, const ChangedFolder& parent,
+                  ChangedFolder& notes) override {
+        if (error != ERROR_SUCCESS) {
+            after.dacl = {};
+            notes.readError = ReadFolderList(folder, store, after.dacl);
+        }
+        notes.list = ShareList(after.dacl, parent.list);
     }
 
     const nt::Acl& explicitEntries;
-    std::vector<FolderList> lists;  // by depth of what stands in them
     nt::SecurityDescriptor before;
     nt::SecurityDescriptor after;
 };
+
+std::unique_ptr<VisitingThread> ListSetting::NewThread() {
+    return std::make_unique<ListSettingThread>(*this);
+}
 
 class OwnerSetting : public TreeChange {
   public:
     OwnerSetting(const nt::Sid& account, LinkedFiles linkedFiles, TreeObserver& listener, TreeCounts& totals)
         : TreeChange(TreeListMode::kWrite, listener, totals), owner(account), linked(linkedFiles) {}
 
+    const nt::Sid owner;
+    const LinkedFiles linked;
+
   private:
-    DWORD Allow(const ObjectHandle& object, const char* hostName) override {
-        if (linked == LinkedFiles::kChange || object.IsFolder()) return ERROR_SUCCESS;
+    std::unique_ptr<VisitingThread> NewThread() override;
+};
+
+class OwnerSettingThread : public TreeChangeThread {
+  public:
+    explicit OwnerSettingThread(OwnerSetting& shared) : TreeChangeThread(shared), setting(shared) {}
+
+  private:
+    DWORD Allow(const VisitedObject& visited) override {
+        if (setting.linked == LinkedFiles::kChange || visited.object.IsFolder()) return ERROR_SUCCESS;
         bool hasSeveralNames = false;
-        const DWORD error = AskSeveralNames(Folder(), hostName, object, hasSeveralNames);
+        const DWORD error =
+            AskSeveralNames(visited.folder, visited.hostName, visited.object, hasSeveralNames);
         return error == ERROR_SUCCESS && hasSeveralNames ? kHasFurtherNames : error;
     }
 
-    DWORD Change(const ObjectHandle& object, std::size_t /*depth*/, Outcome& outcome) override {
+    DWORD Change(const ObjectHandle& object, const ChangedFolder& /*parent*/, Outcome& outcome) override {
         const DWORD error = store.Read(object, descriptor);
         if (error != ERROR_SUCCESS) return error;
-        if (HasOwner(object, descriptor, owner, store)) return ERROR_SUCCESS;
+        if (HasOwner(object, descriptor, setting.owner, store)) return ERROR_SUCCESS;
         outcome = Outcome::kChanged;
-        SetOwnerIn(descriptor, owner);
+        SetOwnerIn(descriptor, setting.owner);
         return WriteWithOwner(object, descriptor, store);
     }
 
-    const nt::Sid owner;
-    const LinkedFiles linked;
+    const OwnerSetting& setting;
     nt::SecurityDescriptor descriptor;
 };
+
+std::unique_ptr<VisitingThread> OwnerSetting::NewThread() {
+    return std::make_unique<OwnerSettingThread>(*this);
+}
 
 }  // namespace
 }  // namespace permora::host

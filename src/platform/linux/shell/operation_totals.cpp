@@ -1,5 +1,6 @@
 #include "platform/linux/shell/operation_totals.h"
 
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -8,23 +9,31 @@
 
 namespace permora::host {
 
-class CountingVisitor : public TreeVisitor {
+namespace {
+
+class CountingThread : public VisitingThread {
   public:
-    explicit CountingVisitor(OperationTotals& counted) : totals(counted) {}
-
-    WalkDecision Visit(const ObjectHandle& object, const char* /*name*/, std::size_t /*depth*/) override {
-        ++totals.items;
-        if (S_ISREG(object.Status().st_mode))
-            totals.bytes += static_cast<std::uint64_t>(object.Status().st_size);
-        return totals.isGivenUp ? WalkDecision::kStop : WalkDecision::kDescend;
+    explicit CountingThread(OperationTotals& counted) : totals(counted) {}
+    WalkDecision Visit(const VisitedObject& visited, std::unique_ptr<FolderNotes>& /*notes*/) override {
+        return totals.CountObject(visited.object) ? WalkDecision::kDescend : WalkDecision::kStop;
     }
-
-    // The operation itself reports failures.
-    void Fail(DWORD /*error*/, const char* /*name*/, std::size_t /*depth*/) override {}
 
   private:
     OperationTotals& totals;
 };
+
+class Counting : public TreeVisitor {
+  public:
+    explicit Counting(OperationTotals& counted) : totals(counted) {}
+    std::unique_ptr<VisitingThread> NewThread() override { return std::make_unique<CountingThread>(totals); }
+    // The operation itself reports failures.
+    void Fail(DWORD /*error*/, const std::string& /*path*/) override {}
+
+  private:
+    OperationTotals& totals;
+};
+
+}  // namespace
 
 OperationTotals::~OperationTotals() {
     isGivenUp = true;
@@ -61,16 +70,21 @@ void OperationTotals::CountAll() {
 }
 
 void OperationTotals::Count(const std::vector<std::string>& paths) {
-    CountingVisitor visitor(*this);
+    Counting counting(*this);
     ItemFinder finder;
     for (const std::string& path : paths) {
         FoundItem item;
         if (isGivenUp || finder.Find(path, item) != ERROR_SUCCESS) continue;
-        if (visitor.Visit(item.object, item.hostName.c_str(), 0) == WalkDecision::kDescend &&
-            item.object.IsFolder())
-            WalkTree(item.object, visitor);
+        // On one thread: it runs beside the operation.
+        if (CountObject(item.object) && item.object.IsFolder()) WalkTree(item.object, nullptr, counting, 1);
     }
     --uncounted;
+}
+
+bool OperationTotals::CountObject(const ObjectHandle& object) {
+    ++items;
+    if (S_ISREG(object.Status().st_mode)) bytes += static_cast<std::uint64_t>(object.Status().st_size);
+    return !isGivenUp;
 }
 
 }  // namespace permora::host

@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include "platform/linux/files/object_handle.h"
+
 namespace permora::host {
 
 class OperationTotals {
@@ -26,8 +28,10 @@ class OperationTotals {
     std::uint64_t Bytes() const { return bytes; }
     bool AreKnown() const { return uncounted == 0; }
 
+    // One object, on any thread. False when the counting is given up.
+    bool CountObject(const ObjectHandle& object);
+
   private:
-    friend class CountingVisitor;
     void CountAll();
     void Count(const std::vector<std::string>& paths);
 

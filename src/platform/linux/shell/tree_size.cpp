@@ -1,5 +1,7 @@
 #include "platform/tree_size.h"
 
+#include <memory>
+#include <mutex>
 #include <set>
 #include <utility>
 
@@ -11,15 +13,23 @@ namespace permora {
 namespace host {
 namespace {
 
-class SizeVisitor : public TreeVisitor {
+class TreeMeasuring : public TreeVisitor {
   public:
-    SizeVisitor(TreeSizeObserver& reported, TreeSize& counted) : observer(reported), size(counted) {}
+    TreeMeasuring(TreeSizeObserver& reported, TreeSize& counted) : observer(reported), size(counted) {}
 
-    WalkDecision Visit(const ObjectHandle& object, const char* /*name*/, std::size_t /*depth*/) override {
+    // The walk comes upon so many objects at a time that a lock for each is nothing beside opening it.
+    WalkDecision Measure(const ObjectHandle& object) {
+        const std::lock_guard lock(guard);
+        if (isStopped) return WalkDecision::kStop;
         Count(object);
-        return observer.Measured(size) ? WalkDecision::kDescend : WalkDecision::kStop;
+        isStopped = !observer.Measured(size);
+        return isStopped ? WalkDecision::kStop : WalkDecision::kDescend;
     }
-    void Fail(DWORD error, const char* /*name*/, std::size_t /*depth*/) override {
+
+    std::unique_ptr<VisitingThread> NewThread() override;
+
+    void Fail(DWORD error, const std::string& /*path*/) override {
+        const std::lock_guard lock(guard);
         ++(error == ERROR_NOT_SAME_DEVICE ? size.mounted : size.unread);
     }
 
@@ -38,10 +48,27 @@ class SizeVisitor : public TreeVisitor {
         size.bytesOnDisk += kBlockBytes * static_cast<ULONGLONG>(status.st_blocks);
     }
 
+    std::mutex guard;
     TreeSizeObserver& observer;
     TreeSize& size;
+    bool isStopped = false;
     std::set<std::pair<dev_t, ino_t>> severalNames;  // files with more than one name that were counted
 };
+
+class MeasuringThread : public VisitingThread {
+  public:
+    explicit MeasuringThread(TreeMeasuring& shared) : measuring(shared) {}
+    WalkDecision Visit(const VisitedObject& visited, std::unique_ptr<FolderNotes>& /*notes*/) override {
+        return measuring.Measure(visited.object);
+    }
+
+  private:
+    TreeMeasuring& measuring;
+};
+
+std::unique_ptr<VisitingThread> TreeMeasuring::NewThread() {
+    return std::make_unique<MeasuringThread>(*this);
+}
 
 }  // namespace
 }  // namespace host
@@ -51,11 +78,11 @@ DWORD MeasureTree(LPCSTR path, TreeSizeObserver& observer, TreeSize& size) {
     const DWORD error = host::OpenObject(path, object);
     if (error != ERROR_SUCCESS) return error;
     size = {};
-    host::SizeVisitor visitor(observer, size);
+    host::TreeMeasuring measuring(observer, size);
     if (object.IsFolder())
-        host::WalkTree(object, visitor);
+        host::WalkTree(object, nullptr, measuring);
     else
-        visitor.Visit(object, "", 0);
+        measuring.Measure(object);
     return ERROR_SUCCESS;
 }
 

@@ -40,6 +40,15 @@ int __wrap_setxattr(const char* path, const char* name, const void* value, size_
     return __real_setxattr(path, name, value, size, flags);
 }
 
+int __real_fsetxattr(int file, const char* name, const void* value, size_t size, int flags);
+int __wrap_fsetxattr(int file, const char* name, const void* value, size_t size, int flags) {
+    if (failingWrite > 0 && --failingWrite == 0) {
+        errno = EIO;
+        return -1;
+    }
+    return __real_fsetxattr(file, name, value, size, flags);
+}
+
 ssize_t __real_getxattr(const char* path, const char* name, void* value, size_t size);
 ssize_t __wrap_getxattr(const char* path, const char* name, void* value, size_t size) {
     if (!isReadingRefused || size == 0) return __real_getxattr(path, name, value, size);
@@ -291,16 +300,19 @@ TEST_P(HeldObjectSecurity, WhatIsSetIsNoDefaultAnyMoreAndWhatIsTakenAwayIsGone) 
     EXPECT_EQ(control(), 0);
 }
 
+// First in the order of their paths, in whatever order the volume lists them.
 TEST(PropagatedList, ReportsTheFirstOfSeveralFailures) {
     if (geteuid() != 0) GTEST_SKIP() << "writing system attributes needs root";
-    const TemporaryFolder folder;
-    for (const char* name : {"a", "b"})
-        folder.MakeFile(name);
-    const std::string first = std::filesystem::directory_iterator(folder.Path())->path();
-    ASSERT_EQ(setxattr(first.c_str(), "security.NTACL", "\x01\x00garbage", 9, 0), 0);
-    failingWrite = 2;  // after the folder's own, that of the other file
-    EXPECT_EQ(SetDescriptorText(folder.Path(), "D:P(A;OICI;FA;;;SY)"), ERROR_INVALID_SECURITY_DESCR);
-    EXPECT_EQ(failingWrite, 0);
+    for (const auto& [damaged, first] :
+         {std::pair("a", ERROR_INVALID_SECURITY_DESCR), std::pair("b", ERROR_IO_DEVICE)}) {
+        const TemporaryFolder folder;
+        for (const char* name : {"a", "b"})
+            folder.MakeFile(name);
+        ASSERT_EQ(setxattr(folder.Path(damaged).c_str(), "security.NTACL", "\x01\x00garbage", 9, 0), 0);
+        failingWrite = 2;  // after the folder's own, that of the other file
+        EXPECT_EQ(SetDescriptorText(folder.Path(), "D:P(A;OICI;FA;;;SY)"), static_cast<DWORD>(first));
+        EXPECT_EQ(failingWrite, 0);
+    }
 }
 
 // One attribute of the kernel holds 64 KiB, ext4 keeps less beside an object.

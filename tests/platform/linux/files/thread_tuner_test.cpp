@@ -1,0 +1,83 @@
+#include "platform/linux/files/thread_tuner.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+namespace permora::host {
+namespace {
+
+// Objects in a second with so many threads.
+using Machine = std::function<double(std::size_t threads)>;
+
+struct Judgement {
+    std::size_t threads;  // at the end
+    double share;         // of the objects that the best number would have brought
+};
+
+// Lets a tuner choose for some seconds on a machine.
+Judgement LetChoose(const Machine& machine, std::size_t most, double best) {
+    constexpr int kSeconds = 10;
+    constexpr int kStepsOfSecond = 1000;
+    const ThreadTuner::Time begin{};
+    ThreadTuner tuner(most, begin);
+    double objects = 0;
+    for (int step = 1; step <= kSeconds * kStepsOfSecond; ++step) {
+        objects += machine(tuner.Threads()) / kStepsOfSecond;
+        tuner.Update(static_cast<std::uint64_t>(objects), begin + std::chrono::milliseconds(step));
+    }
+    return {tuner.Threads(), objects / (best * kSeconds)};
+}
+
+TEST(ThreadTuner, FindsTheNumberThatHelps) {
+    const auto share = [](std::size_t threads, double serial) {
+        return static_cast<double>(threads) / (1 + serial * static_cast<double>(threads - 1));
+    };
+    struct Case {
+        const char* what;
+        Machine machine;
+        std::size_t most;
+        double best;
+        std::size_t least;  // the numbers that are as good as any
+        std::size_t greatest;
+    };
+    const Case cases[] = {
+        {"one request at a time", [](std::size_t) { return 30'000.0; }, 16, 30'000, 1, 2},
+        {"more threads are slower", [](std::size_t n) { return 30'000.0 / static_cast<double>(n); }, 16,
+         30'000, 1, 2},
+        {"two processors", [&](std::size_t n) { return 1e5 * share(std::min<std::size_t>(n, 2), 0.2); }, 16,
+         1e5 * share(2, 0.2), 2, 4},
+        {"a slow server", [](std::size_t n) { return 300.0 * static_cast<double>(n); }, 16, 4800, 16, 16},
+        {"a large machine", [&](std::size_t n) { return 1e5 * share(n, 0.01); }, 64, 1e5 * share(64, 0.01),
+         32, 64},
+        {"a limit that is no power of two", [](std::size_t n) { return 1e4 * static_cast<double>(n); }, 24,
+         24e4, 12, 24},
+    };
+    for (const Case& test : cases) {
+        const Judgement judgement = LetChoose(test.machine, test.most, test.best);
+        EXPECT_GE(judgement.threads, test.least) << test.what;
+        EXPECT_LE(judgement.threads, test.greatest) << test.what;
+        EXPECT_GT(judgement.share, 0.9) << test.what;
+    }
+}
+
+TEST(ThreadTuner, NoticesWhenAnotherNumberHelps) {
+    const ThreadTuner::Time begin{};
+    ThreadTuner tuner(16, begin);
+    double objects = 0;
+    std::size_t mostLater = 0;
+    for (int step = 1; step <= 6000; ++step) {
+        const bool isServed = step > 3000;
+        objects += isServed ? static_cast<double>(tuner.Threads()) * 10 : 10;
+        tuner.Update(static_cast<std::uint64_t>(objects), begin + std::chrono::milliseconds(step));
+        if (isServed)
+            mostLater = std::max(mostLater, tuner.Threads());
+        else
+            EXPECT_LE(tuner.Threads(), 2U);
+    }
+    EXPECT_EQ(mostLater, 16U);
+}
+
+}  // namespace
+}  // namespace permora::host
