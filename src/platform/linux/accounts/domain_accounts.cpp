@@ -41,6 +41,12 @@ bool IsNamed(const WinbindDomain& domain, std::string_view text) {
            (!domain.dnsName.empty() && EqualsIgnoringCase(domain.dnsName, text));
 }
 
+// "Not found" counts only where the domain answers: winbind says so too when nobody does.
+WinbindAnswer Confirmed(Winbind& winbind, WinbindAnswer answer, const nt::Sid& domain) {
+    if (answer != WinbindAnswer::kNotFound) return answer;
+    return DomainLink::Verify(winbind, domain) == WinbindAnswer::kFound ? answer : WinbindAnswer::kFailed;
+}
+
 }  // namespace
 
 DomainAccounts& TheDomainAccounts() {
@@ -151,11 +157,12 @@ std::vector<nt::Sid> DomainAccounts::TakePending() {
         return taken;
     }
     const nt::Sid domain = DomainPart(pending.front());
-    const auto rest =
-        std::ranges::stable_partition(pending, [&](const nt::Sid& sid) {
-            return taken.size() < kMostAtOnce && sid.IsDirectlyBelow(domain) && (taken.push_back(sid), true);
-        }).begin();
-    pending.erase(pending.begin(), rest);
+    const auto isTaken = [&](const nt::Sid& sid) {
+        if (taken.size() >= kMostAtOnce || !sid.IsDirectlyBelow(domain)) return false;
+        taken.push_back(sid);
+        return true;
+    };
+    pending.erase(pending.begin(), std::stable_partition(pending.begin(), pending.end(), isTaken));
     return taken;
 }
 
@@ -187,9 +194,7 @@ void DomainAccounts::AskForNames(const std::vector<nt::Sid>& sids) {
 void DomainAccounts::AskForForeignName(const nt::Sid& sid) {
     const nt::Sid own = link.OwnDomain().sid;
     const auto asked = link.Call<WinbindName>(kLookupTime, [&](Winbind& winbind, WinbindName& name) {
-        const WinbindAnswer answer = winbind.FindName(sid, name);
-        if (answer != WinbindAnswer::kNotFound) return answer;
-        return DomainLink::Verify(winbind, own) == WinbindAnswer::kFound ? answer : WinbindAnswer::kFailed;
+        return Confirmed(winbind, winbind.FindName(sid, name), own);
     });
     if (asked.answer == WinbindAnswer::kFound)
         Keep(sid, ERROR_SUCCESS, {asked.value.name, asked.value.domain, UseOf(asked.value)});
@@ -220,10 +225,7 @@ DWORD DomainAccounts::FindSid(const NameText& text, LetterCase letterCase, nt::S
     const std::string name(text.name);
     const auto asked = link.Ask<nt::Sid>(
         Patience::For(kLookupTime), kLookupTime, [domain, name, own](Winbind& winbind, nt::Sid& found) {
-            const WinbindAnswer answer = winbind.FindSid(domain, name, found);
-            if (answer != WinbindAnswer::kNotFound) return answer;
-            return DomainLink::Verify(winbind, own.sid) == WinbindAnswer::kFound ? answer
-                                                                                 : WinbindAnswer::kFailed;
+            return Confirmed(winbind, winbind.FindSid(domain, name, found), own.sid);
         });
     switch (asked.answer) {
         case WinbindAnswer::kFound:
@@ -250,13 +252,15 @@ DWORD DomainAccounts::FindSidOf(AccountKind kind, id_t id, nt::Sid& sid) {
         }
     }
     KnownId known;
-    if (const DWORD error = CheckDomain(kLookupTime); error == ERROR_NONE_MAPPED)
-        return error;
-    else if (!IsInHostFiles(kind, id)) {
+    const DWORD error = CheckDomain(kLookupTime);
+    if (error == ERROR_NONE_MAPPED) return error;
+    if (!IsInHostFiles(kind, id)) {
         if (error != ERROR_SUCCESS) return error;
-        const auto asked = link.Ask<nt::Sid>(
-            Patience::For(kLookupTime), kLookupTime,
-            [kind, id](Winbind& winbind, nt::Sid& found) { return winbind.FindSidOf(kind, id, found); });
+        const auto asked =
+            link.Ask<nt::Sid>(Patience::For(kLookupTime), kLookupTime,
+                              [kind, id, own = link.OwnDomain().sid](Winbind& winbind, nt::Sid& found) {
+                                  return Confirmed(winbind, winbind.FindSidOf(kind, id, found), own);
+                              });
         if (asked.answer == WinbindAnswer::kFailed) return kDomainOffline;
         if (asked.answer == WinbindAnswer::kFound && IsOfDomain(asked.value))
             known = {ERROR_SUCCESS, asked.value, {}};
@@ -284,10 +288,7 @@ DWORD DomainAccounts::FindUser(const nt::Sid& sid, uid_t& user) {
     }
     const auto asked = link.Ask<uid_t>(
         Patience::For(kLookupTime), kLookupTime, [sid, domain](Winbind& winbind, uid_t& found) {
-            const WinbindAnswer answer = winbind.FindUser(sid, found);
-            if (answer != WinbindAnswer::kNotFound) return answer;
-            return DomainLink::Verify(winbind, domain->sid) == WinbindAnswer::kFound ? answer
-                                                                                     : WinbindAnswer::kFailed;
+            return Confirmed(winbind, winbind.FindUser(sid, found), domain->sid);
         });
     if (asked.answer == WinbindAnswer::kFailed) return kDomainOffline;
     if (asked.answer != WinbindAnswer::kFound) return ERROR_NONE_MAPPED;

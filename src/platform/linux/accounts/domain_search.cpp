@@ -13,7 +13,7 @@ namespace permora::host {
 
 namespace {
 
-constexpr std::uint32_t kFirstRelativeId = 500;
+constexpr std::uint32_t kFirstAsked = 500;
 constexpr std::uint32_t kIdsAtOnce = 1500;
 constexpr int kEmptyPiecesAtEnd = 3;
 constexpr std::size_t kNamesAtOnce = 50;
@@ -63,7 +63,7 @@ class DomainSearch {
 
     DWORD WalkIds() {
         int emptyPieces = 0;
-        for (std::uint32_t first = kFirstRelativeId; emptyPieces < kEmptyPiecesAtEnd; first += kIdsAtOnce) {
+        for (std::uint32_t first = kFirstAsked; emptyPieces < kEmptyPiecesAtEnd; first += kIdsAtOnce) {
             std::vector<WinbindName> names;
             const DWORD error = Ask<std::vector<WinbindName>>(
                 kPieceTime, names,
@@ -156,7 +156,8 @@ DWORD DomainAccounts::Search(const std::atomic<bool>& isStopped, FoundRows& rows
     if (error != ERROR_SUCCESS) return kDomainOffline;
     std::vector<WinbindDomain> domains = link.Domains();
     // The machine's own first.
-    std::ranges::stable_partition(domains, [](const WinbindDomain& domain) { return domain.isOwn; });
+    std::stable_partition(domains.begin(), domains.end(),
+                          [](const WinbindDomain& domain) { return domain.isOwn; });
     for (const WinbindDomain& domain : domains) {
         if (domain.isLocal) continue;
         const DWORD result = DomainSearch(link, domain, isStopped, rows).Run();

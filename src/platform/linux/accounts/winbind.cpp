@@ -139,10 +139,17 @@ Winbind::~Winbind() {
     if (context != nullptr) library.freeContext(context);
 }
 
+std::unique_ptr<Winbind> Winbind::Connect() {
+    const WinbindLibrary* functions = TheWinbindLibrary();
+    if (functions == nullptr) return nullptr;
+    std::unique_ptr<Winbind> connection(new Winbind(*functions));
+    if (connection->context == nullptr) connection.reset();
+    return connection;
+}
+
 Winbind* Winbind::OfThisThread() {
-    thread_local const std::unique_ptr<Winbind> kConnection(
-        TheWinbindLibrary() != nullptr ? new Winbind(*TheWinbindLibrary()) : nullptr);
-    return kConnection != nullptr && kConnection->context != nullptr ? kConnection.get() : nullptr;
+    thread_local const std::unique_ptr<Winbind> kConnection = Connect();
+    return kConnection.get();
 }
 
 WinbindAnswer Winbind::ListDomains(std::vector<WinbindDomain>& domains) {

@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -81,6 +82,7 @@ class Winbind {
     WinbindAnswer FindSidOf(AccountKind kind, id_t id, nt::Sid& sid);
 
   private:
+    static std::unique_ptr<Winbind> Connect();
     explicit Winbind(const WinbindLibrary& functions);
 
     const WinbindLibrary& library;

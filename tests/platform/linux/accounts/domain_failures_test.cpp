@@ -147,6 +147,10 @@ TEST_F(DomainFailuresTest, WhatIsNotFoundWithoutAControllerIsNotDenied) {
     ASSERT_EQ(SidOf("nobody"), ERROR_NONE_MAPPED);
     TheFakeWinbind().mood = FakeMood::kNoController;
     EXPECT_EQ(SidOf("nobody"), kDomainOffline);
+    SetUp();
+    TheFakeWinbind().mood = FakeMood::kNoController;
+    nt::Sid sid;
+    EXPECT_EQ(accounts->FindSidOf(host::AccountKind::kUser, 4711, sid), kDomainOffline);
 }
 
 TEST_F(DomainFailuresTest, ANameThatIsNotFoundSoonAfterAnOutageIsNotDenied) {
@@ -162,7 +166,7 @@ TEST_F(DomainFailuresTest, AnEmptyListIsAnError) {
     std::vector<AccountRow> rows;
     EXPECT_EQ(Search(rows), ERROR_SUCCESS);
     EXPECT_EQ(rows.size(), 204U);
-    for (const int calls : {1, 2, 5, 6}) {
+    for (const int calls : {1, 2, 7, 8, 9, 10}) {
         rows.clear();
         TheFakeWinbind().mood = FakeMood::kHealthy;
         TheFakeWinbind().healthyCallsLeft = calls;
