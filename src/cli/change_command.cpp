@@ -4,6 +4,7 @@
 #include "cli/share_listing.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
+#include "platform/api/errors.h"
 
 namespace permora {
 namespace {
@@ -73,35 +74,45 @@ bool ChangeCommand::Do(const Target& target) {
     return false;
 }
 
-bool ChangeCommand::WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl) {
-    // A list needs a descriptor.
-    Outcome outcome = share.hasDescriptor ? Outcome() : GiveShareDescriptor(name, *share.record);
-    if (outcome.IsDone()) outcome = WriteShareDacl({&name, 1}, dacl);
+ChangeResult ChangeCommand::WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl) {
+    // A list needs a descriptor to stand in.
+    Outcome outcome = share.hasDescriptor ? Outcome() : GiveShareDescriptor(name);
+    if (outcome.IsDone()) outcome = WriteShareDacl(name, dacl, &share);
+    if (outcome.code == ERROR_REVISION_MISMATCH) return ChangeResult::kOutOfDate;
     if (outcome.IsDone())
         Print(PrintableText(name) + ": changed\n");
     else
         messages.Say(outcome);
-    return outcome.IsDone();
+    return outcome.IsDone() ? ChangeResult::kDone : ChangeResult::kFailed;
 }
 
 bool ChangeCommand::DoShare(const std::string& name) {
     said.clear();
-    ShareSecurity share;
-    if (!ReadShare(name, share, messages)) return false;
-    const Losses losses = LossesOf(share.dacl, share.entries);
-    const bool isDryRun = options.Choices().mode == ChangeMode::kDryRun;
-    std::string preview;
-    if (isDryRun) preview = StateOfShare(name, "before", share.dacl, share.entries);
+    const ChangeMode mode = options.Choices().mode;
+    ChangeTurn turn;
+    if (!turn.Begin(name, mode, messages)) return false;
+    while (turn.TryAgain(messages)) {
+        ShareSecurity share;
+        if (!ReadShare(name, share, messages)) return false;
+        const Losses losses = LossesOf(share.dacl, share.entries);
+        const std::string preview =
+            mode == ChangeMode::kDryRun ? StateOfShare(name, "before", share.dacl, share.entries) : "";
 
-    std::optional<DaclInheritance> noInheritance;
-    EditedList list{EntryPlace::kShare, share.dacl, share.entries, noInheritance};
-    const EditResult edited = Edit(list);
-    if (edited != EditResult::kChanged) return edited == EditResult::kNothingToDo;
-    UniqueLocal<ACL> dacl;
-    if (!MakeList(losses, share.entries, dacl)) return false;
-    if (!isDryRun) return WriteShare(name, share, dacl.get());
-    Print(preview + StateOfShare(name, "after", dacl.get(), share.entries));
-    return true;
+        std::optional<DaclInheritance> noInheritance;
+        EditedList list{EntryPlace::kShare, share.dacl, share.entries, noInheritance};
+        const EditResult edited = Edit(list);
+        if (edited != EditResult::kChanged) return edited == EditResult::kNothingToDo;
+        UniqueLocal<ACL> dacl;
+        if (!MakeList(losses, share.entries, dacl)) return false;
+        if (mode == ChangeMode::kWrite) {
+            const ChangeResult result = WriteShare(name, share, dacl.get());
+            if (result == ChangeResult::kOutOfDate) continue;
+            return result == ChangeResult::kDone;
+        }
+        Print(preview + StateOfShare(name, "after", dacl.get(), share.entries));
+        return true;
+    }
+    return false;
 }
 
 }  // namespace permora

@@ -44,7 +44,7 @@ class ChangeCommand : public ObjectCommand {
 
   private:
     bool MakeList(const Losses& losses, AccessEntryList& entries, UniqueLocal<ACL>& dacl);
-    bool WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl);
+    ChangeResult WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl);
 
     ChangeOptions options{*this};
     UniqueLibrary library;

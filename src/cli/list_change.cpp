@@ -6,6 +6,14 @@
 #include "platform/api/errors.h"
 
 namespace permora {
+namespace {
+
+bool IsTurn(DWORD error, ConsoleMessages& messages) {
+    if (error != ERROR_SUCCESS) messages.Say("not changed: another program of yours is still changing it");
+    return error == ERROR_SUCCESS;
+}
+
+}  // namespace
 
 ChangeOptions::ChangeOptions(OptionPlace place, const char* nullListDescription)
     : dryRun(place, "--dry-run", "Show the entries before and after the change and write nothing"),
@@ -92,9 +100,11 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
 
 bool ChangeTurn::Begin(const Target& target, ChangeMode mode, ConsoleMessages& messages) {
     if (!FindTarget(target, object, messages)) return false;
-    const bool isTurn = mode == ChangeMode::kDryRun || object.TakeTurn() == ERROR_SUCCESS;
-    if (!isTurn) messages.Say("not changed: another program of yours is still changing it");
-    return isTurn;
+    return IsTurn(mode == ChangeMode::kDryRun ? ERROR_SUCCESS : object.TakeTurn(), messages);
+}
+
+bool ChangeTurn::Begin(const std::string& share, ChangeMode mode, ConsoleMessages& messages) {
+    return IsTurn(mode == ChangeMode::kDryRun ? ERROR_SUCCESS : shareTurn.Take(share), messages);
 }
 
 bool ChangeTurn::TryAgain(ConsoleMessages& messages) {

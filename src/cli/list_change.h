@@ -12,6 +12,7 @@
 #include "cli/messages.h"
 #include "cli/target.h"
 #include "cli/tree_progress.h"
+#include "platform/share_turn.h"
 #include "security/dacl_builder.h"
 #include "security/object_security.h"
 
@@ -91,6 +92,8 @@ class ChangeTurn {
   public:
     // Finds the object and waits for the turn on it. A dry run writes nothing and waits for nobody.
     bool Begin(const Target& target, ChangeMode mode, ConsoleMessages& messages);
+    // The same for a share, which is no object to hold.
+    bool Begin(const std::string& share, ChangeMode mode, ConsoleMessages& messages);
     // Whether there is to be another attempt.
     bool TryAgain(ConsoleMessages& messages);
 
@@ -98,6 +101,7 @@ class ChangeTurn {
 
   private:
     HeldObject object;
+    ShareTurn shareTurn;
     int attempts = 0;
 };
 

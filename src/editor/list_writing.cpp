@@ -14,15 +14,15 @@ bool IsOutOfDate(const Outcomes& outcomes) {
     return !outcomes.empty() && outcomes.front().code == ERROR_REVISION_MISMATCH;
 }
 
-bool MayOverwrite(HWND owner, const std::string& item) {
+}  // namespace
+
+bool MayOverwriteList(HWND owner, const std::string& item) {
     const std::string text = "The access control list of \"" + item +
                              "\" was changed by another program after it was shown here.\n"
                              "Click Yes to overwrite it with the list shown here\n"
                              "Click No to write nothing and show the new one";
     return MessageBoxA(owner, text.c_str(), "Changed meanwhile", MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
-
-}  // namespace
 
 bool WriteListAsking(CWnd& page, const RememberedPlace& place, std::optional<DaclInheritance> inheritance,
                      const ListsByKind& lists, PSECURITY_DESCRIPTOR shown) {
@@ -32,7 +32,7 @@ bool WriteListAsking(CWnd& page, const RememberedPlace& place, std::optional<Dac
     };
     write(shown);
     if (IsOutOfDate(outcomes)) {
-        if (!MayOverwrite(page.GetSafeHwnd(), outcomes.front().object)) return false;
+        if (!MayOverwriteList(page.GetSafeHwnd(), outcomes.front().object)) return false;
         write(nullptr);
     }
     ShowOutcomes(page.GetSafeHwnd(), outcomes);

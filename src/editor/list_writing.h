@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "framework/window.h"
 #include "security/object_security.h"
@@ -14,5 +15,8 @@ namespace permora {
 [[nodiscard]] bool WriteListAsking(CWnd& page, const RememberedPlace& place,
                                    std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
                                    PSECURITY_DESCRIPTOR shown);
+
+// Asks whether to write a list in the place of one that another program has changed since it was shown.
+bool MayOverwriteList(HWND owner, const std::string& item);
 
 }  // namespace permora

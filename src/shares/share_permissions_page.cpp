@@ -2,7 +2,10 @@
 
 #include <utility>
 
+#include "editor/list_writing.h"
 #include "framework/long_work.h"
+#include "platform/api/errors.h"
+#include "platform/share_turn.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 
@@ -26,7 +29,9 @@ bool CSharePage1::ReadShare() {
     Outcome outcome = LoadShareDacl(name, read);
     if (outcome.IsDone() && !read.hasDescriptor) {
         ShowInfoBox(GetSafeHwnd(), "There is no security descriptor associated with object.");
-        outcome = GiveShareDescriptor(name, *read.record);
+        ShareTurn turn;
+        outcome = {turn.Take(name)};
+        if (outcome.IsDone()) outcome = GiveShareDescriptor(name);
         if (outcome.IsDone()) outcome = LoadShareDacl(name, read);
     }
     ShowOutcome(GetSafeHwnd(), outcome);
@@ -46,7 +51,17 @@ bool CSharePage1::OnApply() {
     const UniqueLocal<ACL> dacl = MakeList();
     if (!dacl) return false;
     Outcome outcome;
-    DoLongWork(*this, [&] { outcome = WriteShareDacl(names, dacl.get()); });
+    const auto write = [&](ShareSecurity* shown) {
+        DoLongWork(*this, [&] { outcome = WriteListToShares(names, dacl.get(), shown); });
+    };
+    write(&share);
+    if (outcome.code == ERROR_REVISION_MISMATCH) {
+        if (!MayOverwriteList(GetSafeHwnd(), names.front())) {
+            ReadAnew();
+            return false;
+        }
+        write(nullptr);
+    }
     ShowOutcome(GetSafeHwnd(), outcome);
     return outcome.IsDone() && FinishApply();
 }

@@ -1,9 +1,11 @@
 #include "shares/share_security.h"
 
+#include <cstring>
 #include <string>
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/share_turn.h"
 #include "security/dacl_builder.h"
 #include "security/text_conversion.h"
 
@@ -32,15 +34,9 @@ NET_API_STATUS SetDescriptor(const std::string& name, const SHARE_INFO_502& read
                            nullptr);
 }
 
-Outcome WriteDacl(const std::string& name, PACL dacl) {
-    ShareRecord record;
-    if (const NET_API_STATUS status = GetRecord(name, record); status != NERR_Success) return {status};
-    PSECURITY_DESCRIPTOR absolute = nullptr;
-    UniqueHeap heap;
-    if (!MakeAbsoluteDescriptor(record->shi502_security_descriptor, absolute, heap))
-        return {ERROR_INVALID_SECURITY_DESCR, Step::kMakeAbsolute};
-    if (SetSecurityDescriptorDacl(absolute, TRUE, dacl, FALSE) == FALSE) return {GetLastError()};
-    return {SetDescriptor(name, *record, absolute)};
+bool IsSameList(PACL one, PACL other) {
+    if (one == nullptr || other == nullptr) return one == other;
+    return one->AclSize == other->AclSize && std::memcmp(one, other, one->AclSize) == 0;
 }
 
 }  // namespace
@@ -60,17 +56,41 @@ Outcome LoadShareDacl(const std::string& name, ShareSecurity& share) {
     return {};
 }
 
-Outcome GiveShareDescriptor(const std::string& name, const SHARE_INFO_502& record) {
+Outcome GiveShareDescriptor(const std::string& name) {
+    ShareSecurity share;
+    if (Outcome outcome = LoadShareDacl(name, share); !outcome.IsDone() || share.hasDescriptor)
+        return outcome;
     SECURITY_DESCRIPTOR descriptor{};
     if (InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) == FALSE ||
         SetSecurityDescriptorDacl(&descriptor, TRUE, nullptr, FALSE) == FALSE)
         return {GetLastError()};
-    return {SetDescriptor(name, record, &descriptor), Step::kAssignDescriptor};
+    return {SetDescriptor(name, *share.record, &descriptor), Step::kAssignDescriptor};
 }
 
-Outcome WriteShareDacl(std::span<const std::string> names, PACL dacl) {
-    for (const std::string& name : names)
-        if (Outcome outcome = WriteDacl(name, dacl); !outcome.IsDone()) return outcome;
+Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* shown) {
+    ShareSecurity share;
+    if (Outcome outcome = LoadShareDacl(name, share); !outcome.IsDone()) return outcome;
+    if (shown != nullptr && !IsSameList(shown->dacl, share.dacl)) return {ERROR_REVISION_MISMATCH};
+    PSECURITY_DESCRIPTOR absolute = nullptr;
+    UniqueHeap heap;
+    if (!MakeAbsoluteDescriptor(share.record->shi502_security_descriptor, absolute, heap))
+        return {ERROR_INVALID_SECURITY_DESCR, Step::kMakeAbsolute};
+    if (SetSecurityDescriptorDacl(absolute, TRUE, dacl, FALSE) == FALSE) return {GetLastError()};
+    return {SetDescriptor(name, *share.record, absolute)};
+}
+
+Outcome WriteListToShares(std::span<const std::string> names, PACL dacl, ShareSecurity* shown) {
+    for (const std::string& name : names) {
+        const bool isFirst = &name == names.data();
+        ShareTurn turn;
+        Outcome outcome{turn.Take(name)};
+        if (outcome.IsDone()) outcome = WriteShareDacl(name, dacl, isFirst ? shown : nullptr);
+        if (!outcome.IsDone()) return outcome;
+        ShareSecurity written;
+        if (!isFirst || shown == nullptr || !LoadShareDacl(name, written).IsDone()) continue;
+        shown->record = std::move(written.record);
+        shown->dacl = written.dacl;
+    }
     return {};
 }
 

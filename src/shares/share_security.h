@@ -25,12 +25,20 @@ struct ShareSecurity {
 // Reads the record of a share. On failure `share` is untouched.
 Outcome LoadShareDacl(const std::string& name, ShareSecurity& share);
 
-// Gives a share without a descriptor one with a null list, which lets everyone do everything as before.
-Outcome GiveShareDescriptor(const std::string& name, const SHARE_INFO_502& record);
+// Both of these read the share, change it and write it back whole: the caller has the turn on it (ShareTurn).
+
+// Gives a share without a descriptor one with a null list, which lets everyone do everything as before. A
+// share that has one by now keeps it.
+Outcome GiveShareDescriptor(const std::string& name);
+// Puts `dacl` into the share's descriptor. `shown`, which may be null, is the share as it was read:
+// ERROR_REVISION_MISMATCH, and nothing is written, when another program has changed the list since.
+Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* shown);
 
 // Puts `dacl` into the descriptors of all shares, one after the other; the rest of their records is written
-// back as it was read. Stops at the first failure: the shares before it have the new list, the others are
-// unchanged.
-Outcome WriteShareDacl(std::span<const std::string> names, PACL dacl);
+// back as it was read. Takes the turn on
+// each. `shown`, which may be null, is the first share as WriteShareDacl takes it. Stops at the first
+// failure: the shares before it have the new list, the others are unchanged. Once the first is written,
+// `shown` has its new record.
+Outcome WriteListToShares(std::span<const std::string> names, PACL dacl, ShareSecurity* shown);
 
 }  // namespace permora

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <fstream>
+#include <future>
 
 #include "tests/cli/cli_program.h"
 #include "tests/support/own_mounts.h"
@@ -22,13 +23,18 @@ constexpr const char* kTable =
     "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\LanmanServer\\Shares]\n"
     "\"one\"=hex(7):50,00,61,00,74,00,68,00,3d,00,43,00,3a,00,5c,00,74,00,6d,00,70,00,00,00,00,00\n";
 
-TEST(SharesCommandTest, OnlyAChangeGivesAShareADescriptor) {
-    if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
-    ASSERT_EQ(EnterOwnMounts(), "");
-    ASSERT_EQ(mount("tmpfs", "/etc", "tmpfs", 0, "mode=0755"), 0);
-    ASSERT_EQ(mkdir("/etc/permora", 0755), 0);
-    std::ofstream(kTableFile) << kTable;
+class SharesCommandTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+        ASSERT_EQ(EnterOwnMounts(), "");
+        ASSERT_EQ(mount("tmpfs", "/etc", "tmpfs", 0, "mode=0755"), 0);
+        ASSERT_EQ(mkdir("/etc/permora", 0755), 0);
+        std::ofstream(kTableFile) << kTable;
+    }
+};
 
+TEST_F(SharesCommandTest, OnlyAChangeGivesAShareADescriptor) {
     EXPECT_THAT(RunCli({"shares"}).output, HasSubstr("one   Folder               unlimited  C:\\tmp"));
     EXPECT_THAT(RunCli({"shares", "show", "ONE"}).output,
                 HasSubstr("  Note: there is no access list: everyone may do everything\n"));
@@ -54,6 +60,27 @@ TEST(SharesCommandTest, OnlyAChangeGivesAShareADescriptor) {
     EXPECT_EQ(some.exitCode, 1);
     EXPECT_THAT(some.output, HasSubstr("permora-cli: none: The share does not exist.\n"));
     EXPECT_EQ(RunCli({"show", "--share", "one", "--sddl"}).output, "D:\n");
+}
+
+TEST_F(SharesCommandTest, OfTwoChangesAtTheSameTimeNoneIsLost) {
+    const std::vector<std::string> start = {"grant",    "--share",  "one", "--account",
+                                            "Everyone", "--rights", "1",   "--replace-null-list"};
+    ASSERT_EQ(RunCli(start).exitCode, 0);
+    const auto change = [](const char* command, const char* rights) {
+        return std::async(std::launch::async, [=] {
+            return RunCli({command, "--share", "ONE", "--account", "Guests", "--rights", rights}).output;
+        });
+    };
+    for (int round = 0; round < 40; ++round) {
+        ASSERT_EQ(RunCli({"revoke", "--account", "Guests", "--share", "one"}).exitCode, 0);
+        auto granted = change("grant", "2");
+        auto denied = change("deny", "4");
+        EXPECT_EQ(granted.get(), "ONE: changed\n");
+        EXPECT_EQ(denied.get(), "ONE: changed\n");
+        EXPECT_EQ(RunCli({"show", "--share", "one", "--sddl"}).output,
+                  "D:(D;;LC;;;BG)(A;;0x100002;;;BG)(A;;0x100001;;;WD)\n")
+            << round;
+    }
 }
 
 }  // namespace

@@ -104,6 +104,34 @@ TEST_F(ShareSheet, StopsAtTheFirstShareThatCannotBeWritten) {
         EXPECT_EQ(ListOf(name), "D:(A;;FA;;;BA)") << name;
 }
 
+TEST_F(ShareSheet, AsksBeforeItOverwritesWhatAnotherProgramWrote) {
+    const auto remove = [](WindowDriver& window) {
+        window.SelectRow(IDC_ACCESS_LIST, 1);
+        window.Click(IDC_REMOVE_ENTRY);
+    };
+    const auto changeMeanwhile = [this](const char* list) {
+        RemoveShare("docs");
+        AddShare("docs", list);
+    };
+    AddShare("docs", "D:(A;;FA;;;BA)(A;;FA;;;BU)");
+    Edit({"docs"}, [&](WindowDriver& window) {
+        remove(window);
+        changeMeanwhile("D:(A;;FA;;;WD)(A;;FA;;;BG)");
+        ui.ExpectMessageBox(::testing::HasSubstr("\"docs\" was changed by another program"),
+                            "Changed meanwhile", MB_YESNO | MB_ICONQUESTION, IDNO);
+        window.Click(SheetButton::kApply);
+        EXPECT_EQ(ListOf("docs"), "D:(A;;FA;;;WD)(A;;FA;;;BG)");
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kApply)) << "it shows the new list";
+
+        remove(window);
+        changeMeanwhile("D:(A;;FA;;;BU)");
+        ui.ExpectMessageBox(::testing::HasSubstr("\"docs\" was changed by another program"),
+                            "Changed meanwhile", MB_YESNO | MB_ICONQUESTION, IDYES);
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(ListOf("docs"), "D:(A;;FA;;;WD)");
+}
+
 TEST_F(ShareSheet, LeavesAShareAloneThatTakesNoDescriptor) {
     AddShare("docs", nullptr);
     for (const NET_API_STATUS answer : {NET_API_STATUS{ERROR_ACCESS_DENIED}, NERR_Success}) {

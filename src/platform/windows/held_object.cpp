@@ -50,12 +50,9 @@ UniqueHandle OpenLockFile() {
     return UniqueHandle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
 }
 
-DWORD WaitForLock(HANDLE file, const ObjectMark& mark) {
+DWORD WaitForLock(HANDLE file, ULONGLONG number) {
     constexpr ULONGLONG kLongestWait = 10'000;  // milliseconds
     constexpr DWORD kPause = 2;
-    ULONGLONG number = 0;
-    std::memcpy(&number, mark.number.Identifier, sizeof number);
-    number ^= mark.volume;
     OVERLAPPED place{};
     place.Offset = static_cast<DWORD>(number);
     place.OffsetHigh = static_cast<DWORD>(number >> 32) & 0x7FFFFFFF;
@@ -69,19 +66,24 @@ DWORD WaitForLock(HANDLE file, const ObjectMark& mark) {
     return ERROR_SUCCESS;
 }
 
-// Waits for the turn on `object`, which lasts as long as `turns` is open: ERROR_BUSY after ten seconds. Where
-// there is no place for the file, no identity of objects or no locks, there are no turns: the result is 0,
-// and `turns` stays as it was.
+// Where objects have no identity there are no turns either.
 DWORD TakeTurnOn(HANDLE object, UniqueHandle& turns) {
     ObjectMark mark;
-    UniqueHandle file = OpenLockFile();
-    if (!file || MarkOf(object, mark) != ERROR_SUCCESS) return ERROR_SUCCESS;
-    const DWORD error = WaitForLock(file.get(), mark);
-    if (error == ERROR_SUCCESS) turns = std::move(file);
-    return error == ERROR_BUSY ? error : ERROR_SUCCESS;
+    if (MarkOf(object, mark) != ERROR_SUCCESS) return ERROR_SUCCESS;
+    ULONGLONG number = 0;
+    std::memcpy(&number, mark.number.Identifier, sizeof number);
+    return TakeTurnAt(number ^ mark.volume, turns);
 }
 
 }  // namespace
+
+DWORD TakeTurnAt(ULONGLONG number, UniqueHandle& turns) {
+    UniqueHandle file = OpenLockFile();
+    if (!file) return ERROR_SUCCESS;
+    const DWORD error = WaitForLock(file.get(), number);
+    if (error == ERROR_SUCCESS) turns = std::move(file);
+    return error == ERROR_BUSY ? error : ERROR_SUCCESS;
+}
 
 DWORD OpenAgain(HANDLE object, DWORD access, UniqueHandle& opened) {
     HANDLE handle = ReOpenFile(object, access, kShareEverything, kItself);

@@ -16,4 +16,9 @@ struct HeldObject::Inside {
 // Opens what `object` holds once more.
 DWORD OpenAgain(HANDLE object, DWORD access, UniqueHandle& opened);
 
+// Waits for the turn on what `number` stands for, which lasts as long as `turns` is open: ERROR_BUSY after
+// ten seconds. Where there is no place for the file, or no locks, there are no turns: the result is 0, and
+// `turns` stays as it was.
+DWORD TakeTurnAt(ULONGLONG number, UniqueHandle& turns);
+
 }  // namespace permora

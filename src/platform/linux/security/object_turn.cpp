@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -49,17 +50,17 @@ LockFile Shared(UniqueFd file) {
     return file ? std::make_shared<const UniqueFd>(std::move(file)) : nullptr;
 }
 
-// Each object has a byte of the file, which is never written.
-off_t PlaceOf(const ObjectHandle& object) {
-    // Both numbers are small and close together. The multiplier of 64-bit FNV spreads their bits.
-    constexpr std::uint64_t kSpread = 0x100000001b3;
+// Each object has a byte of the file, which is never written. Its place is a hash by 64-bit FNV.
+off_t PlaceOf(std::string_view key) {
     std::uint64_t place = 0xcbf29ce484222325;
-    for (std::uint64_t number :
-         {std::uint64_t{object.Status().st_dev}, std::uint64_t{object.Status().st_ino}}) {
-        for (int byte = 0; byte < 8; ++byte, number >>= 8)
-            place = (place ^ (number & 0xff)) * kSpread;
-    }
+    for (const char byte : key)
+        place = (place ^ static_cast<std::uint8_t>(byte)) * 0x100000001b3;
     return static_cast<off_t>(place >> 2);
+}
+
+off_t PlaceOf(const ObjectHandle& object) {
+    const std::array<std::uint64_t, 2> numbers = {object.Status().st_dev, object.Status().st_ino};
+    return PlaceOf({reinterpret_cast<const char*>(numbers.data()), sizeof numbers});
 }
 
 // Locks that belong to the open file, not to the process: they also separate threads, and end with the file.
@@ -108,17 +109,29 @@ ObjectTurn& ObjectTurn::operator=(ObjectTurn&& other) noexcept {
     return *this;
 }
 
-bool ObjectTurn::TryTake(const ObjectHandle& object) {
+bool ObjectTurn::TryTakeAt(off_t objectPlace) {
     Leave();
     if (!isOpened) file = OpenLockFile();
     isOpened = true;
-    place = PlaceOf(object);
+    place = objectPlace;
     isTaken = !file || SetLock(*file, F_WRLCK, place);
     return isTaken;
 }
 
+bool ObjectTurn::TryTake(const ObjectHandle& object) {
+    return TryTakeAt(PlaceOf(object));
+}
+
 DWORD ObjectTurn::Take(const ObjectHandle& object) {
-    if (TryTake(object)) return ERROR_SUCCESS;
+    return TakeAt(PlaceOf(object));
+}
+
+DWORD ObjectTurn::Take(std::string_view key) {
+    return TakeAt(PlaceOf(key));
+}
+
+DWORD ObjectTurn::TakeAt(off_t objectPlace) {
+    if (TryTakeAt(objectPlace)) return ERROR_SUCCESS;
     const DWORD error = WaitForTurn(*file, place);
     isTaken = error == ERROR_SUCCESS;
     return error;

@@ -8,6 +8,7 @@
 #include <sys/types.h>
 
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include "platform/linux/base/unique_fd.h"
@@ -38,7 +39,9 @@ class ObjectTurn {
     // answer is 0. Turns of one process count like those of different ones; whoever has one and waits for
     // another must go down a tree.
     DWORD Take(const ObjectHandle& object);
-    // The same unless somebody else has it; false then, and at once.
+    // The same for what is no file: `key` is its name.
+    DWORD Take(std::string_view key);
+    // As Take for an object, unless somebody else has it; false then, and at once.
     bool TryTake(const ObjectHandle& object);
     void Leave();
 
@@ -46,6 +49,9 @@ class ObjectTurn {
     explicit operator bool() const { return isTaken; }
 
   private:
+    DWORD TakeAt(off_t objectPlace);
+    bool TryTakeAt(off_t objectPlace);
+
     LockFile file;
     bool isOpened = false;  // or at least tried
     off_t place = 0;        // in it, of the object that the turn is about

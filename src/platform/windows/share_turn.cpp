@@ -1,0 +1,23 @@
+#include "platform/share_turn.h"
+
+#include <utility>
+
+#include "platform/windows/code_page.h"
+#include "platform/windows/held_object_inside.h"
+
+namespace permora {
+
+DWORD ShareTurn::Take(const std::string& name) {
+    std::wstring wide;
+    if (const DWORD error = ToWide(name, wide); error != ERROR_SUCCESS) return error;
+    CharLowerBuffW(wide.data(), static_cast<DWORD>(wide.size()));
+    ULONGLONG number = 0xcbf29ce484222325;  // a hash by 64-bit FNV
+    for (const wchar_t letter : wide)
+        number = (number ^ letter) * 0x100000001b3;
+    UniqueHandle turn;
+    const DWORD error = TakeTurnAt(number, turn);
+    if (error == ERROR_SUCCESS) lock = std::make_shared<UniqueHandle>(std::move(turn));
+    return error;
+}
+
+}  // namespace permora
