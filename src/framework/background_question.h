@@ -1,0 +1,28 @@
+// BackgroundQuestion: something that a window asks for without waiting, and may stop being interested in.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "platform/api/base.h"
+
+namespace permora {
+
+// Unlike a WorkerThread it never waits for its thread, which may go on after the window and then answers
+// nobody. User-interface thread only.
+class BackgroundQuestion {
+  public:
+    // Forgets an earlier question. Runs `ask` on a new thread, then `use` on the user-interface thread,
+    // unless the question has been forgotten by then. `ask` may outlive this object: it must own all that it
+    // uses. Returns 0, or a system error code when no thread could be made; nothing runs then.
+    DWORD Ask(std::function<void()> ask, std::function<void()> use);
+    void Forget() { pending.reset(); }
+    bool IsAsking() const { return pending != nullptr; }
+
+  private:
+    static DWORD WINAPI Work(LPVOID task) noexcept;
+
+    std::shared_ptr<std::function<void()>> pending;  // what to do with the answer; null: nobody asks
+};
+
+}  // namespace permora
