@@ -62,7 +62,7 @@ std::size_t ReadAndRender(const std::string& name) {
     }
     permora::AccessEntryList list;
     list.LoadFromDacl(parts.dacl);
-    return permora::AccessRowsOf(list).size();
+    return permora::AccessRowsOf(list, permora::AccountDisplayName).size();
 }
 
 // The sum of the results of `work` for each object, in its folder.

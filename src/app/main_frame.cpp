@@ -1,6 +1,7 @@
 #include "app/main_frame.h"
 
 #include <array>
+#include <chrono>
 #include <memory>
 #include <utility>
 
@@ -13,11 +14,14 @@
 #include "deletion/secure_delete_dialog.h"
 #include "editor/multi_selection_notice.h"
 #include "editor/security_sheet.h"
+#include "framework/resource_templates.h"
+#include "platform/accounts.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/api/messages.h"
 #include "platform/api/system.h"
 #include "resources/resource_ids.h"
+#include "security/account_lookup.h"
 #include "security/message_boxes.h"
 #include "security/object_security.h"
 #include "shares/new_share_dialog.h"
@@ -29,6 +33,7 @@ namespace {
 
 constexpr unsigned int kViewId = 0xE900;  // the class library's first pane of a frame
 
+constexpr int kMessagePane = 0;
 constexpr int kItemCountPane = 1;
 constexpr int kItemCountWidth = 200;
 
@@ -102,7 +107,19 @@ bool CMainFrame::OnCreate() {
     statusBarWnd.SetPaneWidth(kItemCountPane, kItemCountWidth);
     LoadToolBarImages();
     ApplySettings();
+    constexpr std::chrono::milliseconds kPause(500);
+    domainTimer.Start(kPause, [this] { ShowDomainState(); });
     return true;
+}
+
+// Takes the place of "Ready" alone: prompts and what is going on pass.
+void CMainFrame::ShowDomainState() {
+    const std::string text = OfflineText(StateOfDomain());
+    const std::string ready = LoadResourceString(IDS_IDLE_MESSAGE);
+    const std::string shown = statusBarWnd.GetPaneText(kMessagePane);
+    if (shown == ready || (shown == offlineText && !shown.empty()))
+        statusBarWnd.SetPaneText(kMessagePane, text.empty() ? ready : text);
+    offlineText = text;
 }
 
 bool CMainFrame::CreateBars() {

@@ -8,6 +8,7 @@
 #include "browser/browser_view.h"
 #include "framework/bars.h"
 #include "framework/frame_window.h"
+#include "framework/repeated_work.h"
 #include "platform/place.h"
 #include "properties/properties_service.h"
 
@@ -46,6 +47,7 @@ class CMainFrame : public CFrameWnd {
     void UpdateExplorerVerb();
 
     bool CreateBars();
+    void ShowDomainState();
     void LoadToolBarImages();
 
     // Commands.
@@ -73,6 +75,8 @@ class CMainFrame : public CFrameWnd {
     AddrBar addressBarWnd;
     BrowserView view;
     ProgramSettings settings;
+    RepeatedWork domainTimer;
+    std::string offlineText;  // in the status bar; empty: the domain answers
     PropertiesService properties{*this, [this](const std::string& path) { EditItemAt(path); }};
 };
 

@@ -35,7 +35,9 @@ std::string AccountOption::Interpret() {
     if (!text) return {};
     if (text->empty()) return std::string(name) + ": the name is empty";
     const DWORD error = FindAccount(*text, account);
-    return error == ERROR_SUCCESS ? std::string() : *text + ": " + SystemMessageLine(error);
+    if (error == ERROR_SUCCESS) return {};
+    const std::string reason = NotLookedUpText(error);
+    return *text + ": " + (reason.empty() ? SystemMessageLine(error) : reason);
 }
 
 }  // namespace permora

@@ -1,61 +1,102 @@
-// accounts: the accounts that this machine knows.
+// accounts: the accounts of this machine and its domain.
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/interrupts.h"
 #include "cli/json_output.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
-#include "platform/ascii.h"
+#include "platform/api/errors.h"
 #include "security/account_record.h"
 #include "security/account_search.h"
 
 namespace permora {
 namespace {
 
+// Prints accounts as they come, in columns that grow where a later batch needs it, or as elements of one
+// array.
+class AccountPrinter {
+  public:
+    explicit AccountPrinter(bool printsJson) : isJson(printsJson) {}
+
+    void Print(const std::vector<AccountRecord>& accounts) {
+        if (isJson)
+            PrintElements(accounts);
+        else
+            PrintLines(accounts);
+    }
+
+    void End() {
+        if (isJson)
+            array.End();
+        else if (!hasTitles)
+            PrintLines({});
+    }
+
+  private:
+    void PrintLines(const std::vector<AccountRecord>& accounts) {
+        std::vector<std::vector<std::string>> lines;
+        if (!std::exchange(hasTitles, true)) lines.push_back({"Name", "Type", "SID"});
+        for (const AccountRecord& account : accounts) {
+            lines.push_back({QualifiedAccountName(account.domain, account.name), AccountTypeText(account.use),
+                             account.GetSidText()});
+        }
+        permora::Print(AlignedTable(lines, "", widths));
+    }
+
+    void PrintElements(const std::vector<AccountRecord>& accounts) {
+        for (const AccountRecord& account : accounts) {
+            array.Add({{"account", QualifiedAccountName(account.domain, account.name)},
+                       {"name", account.name},
+                       {"domain", account.domain},
+                       {"type", AccountTypeText(account.use)},
+                       {"sid", account.GetSidText()}});
+        }
+    }
+
+    bool isJson;
+    bool hasTitles = false;
+    std::vector<std::size_t> widths;
+    JsonArrayPrinter array;
+};
+
 class AccountsCommand : public Command {
   public:
     explicit AccountsCommand(const CommandParent& parent)
-        : Command(parent, "accounts", "List the accounts that this machine knows") {}
+        : Command(parent, "accounts", "List the accounts of this machine and its domain") {}
 
     ExitCode Run() override;
 
   private:
-    TextOption find{*this, "--find", "TEXT", "Only those in whose name, SID or type this text stands"};
+    TextOption find{*this, "--find,--search", "TEXT",
+                    "Only those in whose name, SID or type this text stands"};
     JsonFlag json{*this, JsonShape::kArray};
 };
 
-bool Contains(std::string_view text, std::string_view part) {
-    return InLowerCase(text).find(InLowerCase(part)) != std::string::npos;
-}
-
 ExitCode AccountsCommand::Run() {
-    std::vector<AccountRecord> accounts;
-    if (const Outcome outcome = FindLocalAccounts(accounts); !outcome.IsDone()) {
+    std::vector<AccountRecord> local;
+    if (const Outcome outcome = FindLocalAccounts(local); !outcome.IsDone()) {
         messages.Say(outcome);
         return ExitCode::kSomeFailed;
     }
+    WatchForInterrupts();
     const std::string wanted = find.Text().value_or("");
-    Json array = Json::array();
-    std::vector<std::vector<std::string>> table = {{"Name", "Type", "SID"}};
-    for (AccountRecord& account : accounts) {
-        const std::string name = QualifiedAccountName(account.domain, account.name);
-        const std::string type = AccountTypeText(account.use);
-        const std::string sid = account.GetSidText();
-        if (!Contains(name, wanted) && !Contains(sid, wanted) && !Contains(type, wanted)) continue;
-        table.push_back({name, type, sid});
-        array.push_back({{"account", name},
-                         {"name", account.name},
-                         {"domain", account.domain},
-                         {"type", type},
-                         {"sid", sid}});
-    }
-    if (json)
-        PrintJson(array);
-    else
-        Print(AlignedTable(table, ""));
-    return ExitCode::kDone;
+    AccountPrinter printer(static_cast<bool>(json));
+    std::vector<AccountRecord> shown;
+    std::ranges::copy_if(local, std::back_inserter(shown),
+                         [&](const AccountRecord& account) { return IsFoundBy(wanted, account); });
+    printer.Print(shown);
+    const SearchOutcome domain = FindDomainAccounts(
+        wanted, local, IsInterrupted(), [&](const std::vector<AccountRecord>& more) { printer.Print(more); });
+    printer.End();
+    if (domain.error == ERROR_OPERATION_ABORTED) SayInterrupted(messages, "there may be more accounts");
+    if (const std::string missing = MissingAccountsText(domain); !missing.empty()) messages.Say(missing);
+    return ExitCodeOf(domain.error == ERROR_SUCCESS);
 }
 
 }  // namespace

@@ -23,28 +23,29 @@ constexpr std::span kSingleRights = std::span(kAccessRights).subspan<1>();
 
 struct Answer {
     ObjectSecurity object;
-    std::optional<DWORD> rights;  // nothing: there is no list, and everyone may do everything
+    std::optional<EffectiveRights> effective;  // nothing: there is no list, and everyone may do everything
     std::vector<std::string> remarks;
 };
 
-std::optional<Answer> Ask(const Target& target, AccountRecord& account, ConsoleMessages& messages) {
+// `exactGroups` are counted; null: the usual ones.
+std::optional<Answer> Ask(const Target& target, AccountRecord& account, const AccountGroups* exactGroups,
+                          ConsoleMessages& messages) {
     Answer answer;
     HeldObject held;
     if (!FindTarget(target, held, messages) || !ReadList(held, answer.object, messages)) return std::nullopt;
     answer.remarks = RemarksOn(answer.object);
     if (answer.object.dacl == nullptr) return answer;
-    DWORD rights = 0;
-    const DWORD error = FindEffectiveRights(answer.object.dacl, account.RawSid(), rights);
-    if (error == ERROR_NONE_MAPPED) {
-        messages.Say(UnknownGroupsText(account));
-        return std::nullopt;
-    }
+    EffectiveRights effective;
+    const DWORD error =
+        exactGroups != nullptr
+            ? FindEffectiveRights(answer.object.dacl, *exactGroups, effective)
+            : FindEffectiveRights(answer.object.dacl, account, GroupsRequest::kUsual, effective);
     if (error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
+        messages.Say(NoRightsText(error, GroupsRequest::kUsual, account));
         return std::nullopt;
     }
-    answer.rights = rights;
-    for (std::string& remark : RemarksOnRights(answer.object.dacl, account, rights))
+    answer.effective = effective;
+    for (std::string& remark : RemarksOnRights(answer.object.dacl, account, effective))
         answer.remarks.push_back(std::move(remark));
     return answer;
 }
@@ -52,12 +53,29 @@ std::optional<Answer> Ask(const Target& target, AccountRecord& account, ConsoleM
 std::string TableText(const Target& target, const std::string& account, const Answer& answer) {
     std::string text = PrintableText(target.argument) + "\n  Account: " + PrintableText(account) + '\n' +
                        RemarkLines(answer.remarks);
-    if (!answer.rights) return text;
-    text += std::string("  Permission: ") + PermissionText(*answer.rights) + '\n';
+    if (!answer.effective) return text;
+    const DWORD rights = answer.effective->rights;
+    text += std::string("  Permission: ") + PermissionText(rights) + '\n';
     std::vector<std::vector<std::string>> lines;
     for (const AccessRight& right : kSingleRights)
-        lines.push_back({right.listName, IsEffective(right, *answer.rights) ? "yes" : "no"});
+        lines.push_back({right.listName, IsEffective(right, rights) ? "yes" : "no"});
     return text + AlignedTable(lines, "  ");
+}
+
+const char* OriginName(GroupsOrigin origin) {
+    switch (origin) {
+        case GroupsOrigin::kThisMachine:
+            return "machine";
+        case GroupsOrigin::kExact:
+            return "exact";
+        case GroupsOrigin::kLastLogon:
+            return "lastLogon";
+        case GroupsOrigin::kWithoutLogon:
+            return "withoutLogon";
+        case GroupsOrigin::kDomain:
+            break;
+    }
+    return "domain";
 }
 
 // "rights" is null where there is no list and everyone may do everything, and [] where nothing is left.
@@ -65,15 +83,17 @@ Json AnswerJson(const Target& target, AccountRecord& account, const Answer& answ
     Json json = {{"path", target.argument},     {"account", AccountDisplayName(account)},
                  {"sid", account.GetSidText()}, {"mask", nullptr},
                  {"synchronize", nullptr},      {"permission", nullptr},
-                 {"rights", nullptr},           {"remarks", answer.remarks},
-                 {"note", kNotConsidered}};
-    if (!answer.rights) return json;
-    json["mask"] = "0x" + HexText(WithoutSynchronize(*answer.rights));
-    json["synchronize"] = (*answer.rights & SYNCHRONIZE) != 0;
-    json["permission"] = PermissionText(*answer.rights);
+                 {"rights", nullptr},           {"groups", nullptr},
+                 {"remarks", answer.remarks},   {"note", kNotConsidered}};
+    if (!answer.effective) return json;
+    const auto [rights, origin] = *answer.effective;
+    json["mask"] = "0x" + HexText(WithoutSynchronize(rights));
+    json["synchronize"] = (rights & SYNCHRONIZE) != 0;
+    json["permission"] = PermissionText(rights);
+    json["groups"] = OriginName(origin);
     json["rights"] = Json::array();
     for (const AccessRight& right : kSingleRights)
-        if (IsEffective(right, *answer.rights)) json["rights"].push_back(right.listName);
+        if (IsEffective(right, rights)) json["rights"].push_back(right.listName);
     return json;
 }
 
@@ -86,21 +106,42 @@ class EffectiveCommand : public ObjectCommand {
   private:
     bool Do(const Target& target) override;
     bool End() override;
+    // The groups of --exact, which are asked for once. Null after a message.
+    const AccountGroups* FindExactGroups();
 
     AccountOption account{*this};
+    Flag exact{*this, "--exact",
+               "Count the groups that a logon would give a domain account now; only root may ask for them"};
     JsonFlag json{*this, JsonShape::kObjects};
     Json answers = Json::array();
+    std::optional<AccountGroups> exactGroups;
 };
 
 bool EffectiveCommand::Do(const Target& target) {
     AccountRecord& shown = account.Account();
-    const std::optional<Answer> answer = Ask(target, shown, messages);
+    const AccountGroups* const groups = exact ? FindExactGroups() : nullptr;
+    if (exact && groups == nullptr) return false;
+    const std::optional<Answer> answer = Ask(target, shown, groups, messages);
     if (!answer) return false;
     if (json)
         answers.push_back(AnswerJson(target, shown, *answer));
     else
         Print(TableText(target, AccountDisplayName(shown), *answer) + '\n');
     return true;
+}
+
+const AccountGroups* EffectiveCommand::FindExactGroups() {
+    if (!exactGroups) {
+        AccountRecord& asked = account.Account();
+        AccountGroups found;
+        const DWORD error = FindAccountGroups(*asked.sid, GroupsRequest::kExact, found);
+        if (error != ERROR_SUCCESS) {
+            messages.Say(NoRightsText(error, GroupsRequest::kExact, asked));
+            return nullptr;
+        }
+        exactGroups = std::move(found);
+    }
+    return &*exactGroups;
 }
 
 bool EffectiveCommand::End() {

@@ -60,10 +60,26 @@ Json WithBytes(const Json& value) {
     return whole;
 }
 
+std::string TextOf(const Json& value) {
+    return WithBytes(value).dump(2, ' ', true, Json::error_handler_t::replace);
+}
+
 }  // namespace
 
 void PrintJson(const Json& document) {
-    Print(WithBytes(document).dump(2, ' ', true, Json::error_handler_t::replace) + '\n');
+    Print(TextOf(document) + '\n');
+}
+
+void JsonArrayPrinter::Add(const Json& element) {
+    std::string text = (isEmpty ? "[\n" : ",\n") + TextOf(element);
+    for (std::size_t line = text.find('\n'); line != std::string::npos; line = text.find('\n', line + 1))
+        text.insert(line + 1, "  ");
+    isEmpty = false;
+    Print(text);
+}
+
+void JsonArrayPrinter::End() {
+    Print(isEmpty ? "[]\n" : "\n]\n");
 }
 
 Json EntriesJson(PACL dacl, const AccessEntryList& entries) {

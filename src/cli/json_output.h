@@ -25,6 +25,16 @@ struct JsonFlag : Flag {
 // none, and where it is the member "x" of an object, "xBytes" behind it holds its bytes in hexadecimal.
 void PrintJson(const Json& document);
 
+// An array that is printed element by element, as PrintJson would print the whole.
+class JsonArrayPrinter {
+  public:
+    void Add(const Json& element);
+    void End();
+
+  private:
+    bool isEmpty = true;
+};
+
 // The entries of a list, which were loaded from `dacl`: null where there is no list and everyone may do
 // everything, [] where the list is empty and nobody may do anything.
 Json EntriesJson(PACL dacl, const AccessEntryList& entries);

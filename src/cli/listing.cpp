@@ -49,7 +49,7 @@ std::string RemarkLines(const std::vector<std::string>& remarks) {
 }
 
 std::string RowsText(AccessEntryList& entries) {
-    const std::vector<AccessRow> rows = AccessRowsOf(entries);
+    const std::vector<AccessRow> rows = AccessRowsOf(entries, AccountDisplayName);
     if (rows.empty()) return "";
     std::vector<std::vector<std::string>> lines;
     lines.emplace_back(kAccessRowTitles.begin(), kAccessRowTitles.end());

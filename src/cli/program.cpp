@@ -11,7 +11,9 @@
 #include "cli/messages.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
+#include "platform/accounts.h"
 #include "platform/host_path.h"
+#include "security/account_lookup.h"
 
 namespace permora {
 namespace {
@@ -84,6 +86,14 @@ std::string ShieldArguments(std::span<const char* const> arguments, std::vector<
     return {};
 }
 
+// Once for all the names that are missing.
+void TellOffline(ConsoleMessages& messages) {
+    const std::string text = OfflineText(StateOfDomain());
+    if (text.empty()) return;
+    messages.SetSubject("");
+    messages.Say(text);
+}
+
 // `exitCode`, or that of a failure when the output could not be written completely.
 int AfterOutput(ExitCode exitCode, ConsoleMessages& messages) {
     if (!IsAllPrinted()) {
@@ -124,7 +134,9 @@ int RunProgram(std::span<MakeCommand* const> commands, int argumentCount, const 
         }
         problem = chosen->Interpret();
     }
-    return AfterOutput(problem.empty() ? chosen->Run() : Refuse(problem), messages);
+    const ExitCode exitCode = problem.empty() ? chosen->Run() : Refuse(problem);
+    TellOffline(messages);
+    return AfterOutput(exitCode, messages);
 }
 
 }  // namespace permora

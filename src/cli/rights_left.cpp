@@ -6,7 +6,6 @@
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
-#include "platform/system_message.h"
 #include "security/access_rights.h"
 #include "security/access_rows.h"
 #include "security/effective_rights.h"
@@ -24,25 +23,21 @@ std::string NamesOf(DWORD rights) {
     return names;
 }
 
-std::string ReasonText(DWORD error, AccountRecord& account) {
-    if (error == ERROR_NONE_MAPPED) return UnknownGroupsText(account);
-    return SystemMessageLine(error);
-}
-
 }  // namespace
 
 std::string RightsLeftText(PACL dacl, AccountRecord& account) {
     const std::string name = PrintableText(AccountDisplayName(account));
-    std::vector<Grant> grants;
-    if (const DWORD error = FindGrants(dacl, account.RawSid(), grants); error != ERROR_SUCCESS)
+    Grants grants;
+    if (const DWORD error = FindGrants(dacl, account, grants); error != ERROR_SUCCESS)
         return "  Which rights " + name +
-               " has cannot be told: " + PrintableText(ReasonText(error, account)) + '\n';
+               " has cannot be told: " + PrintableText(NoRightsText(error, GroupsRequest::kUsual, account)) +
+               '\n';
     AccessEntryList entries;
     entries.LoadFromDacl(dacl);
-    const std::vector<AccessRow> rows = AccessRowsOf(entries);
+    const std::vector<AccessRow> rows = AccessRowsOf(entries, AccountDisplayName);
     std::string lines;
     DWORD all = 0;
-    for (const Grant& grant : grants) {
+    for (const Grant& grant : grants.list) {
         all |= grant.rights;
         const std::string names = NamesOf(grant.rights);
         const auto row = std::ranges::find(rows, grant.index, &AccessRow::entryIndex);
@@ -50,7 +45,8 @@ std::string RightsLeftText(PACL dacl, AccountRecord& account) {
         lines += "    through " + PrintableText(row->name) + " (" + row->inheritance + "): " + names + '\n';
     }
     if (lines.empty()) return "  " + name + " has no rights\n";
-    return "  " + name + " has:\n" + lines + RemarkLines(RemarksOnRights(dacl, account, all));
+    return "  " + name + " has:\n" + lines +
+           RemarkLines(RemarksOnRights(dacl, account, {all, grants.origin}));
 }
 
 }  // namespace permora

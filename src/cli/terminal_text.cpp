@@ -112,8 +112,13 @@ std::size_t DisplayWidth(std::string_view text) {
 }
 
 std::string AlignedTable(const std::vector<std::vector<std::string>>& lines, std::string_view indent) {
-    std::vector<std::vector<std::string>> cells;
     std::vector<std::size_t> widths;
+    return AlignedTable(lines, indent, widths);
+}
+
+std::string AlignedTable(const std::vector<std::vector<std::string>>& lines, std::string_view indent,
+                         std::vector<std::size_t>& widths) {
+    std::vector<std::vector<std::string>> cells;
     for (const std::vector<std::string>& line : lines) {
         cells.emplace_back();
         widths.resize(std::max(widths.size(), line.size()));

@@ -30,5 +30,9 @@ std::string HexText(unsigned value);
 // Lines of text in columns as wide as their widest cell, two blanks apart, each line begun with `indent`. The
 // cells are made printable.
 std::string AlignedTable(const std::vector<std::vector<std::string>>& lines, std::string_view indent);
+// The next lines of a table that is printed in parts. `widths` are the columns' so far, none at the start,
+// and grow where a cell needs more.
+std::string AlignedTable(const std::vector<std::vector<std::string>>& lines, std::string_view indent,
+                         std::vector<std::size_t>& widths);
 
 }  // namespace permora

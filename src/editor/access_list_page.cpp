@@ -17,6 +17,8 @@ namespace {
 constexpr int kColumnWidths[] = {60, 120, 100, 110, 120};
 static_assert(std::size(kColumnWidths) == kAccessRowTitles.size());
 
+constexpr int kNameColumn = 1;
+
 constexpr int kNewEntryScope = 1;  // this folder, subfolders and files
 
 // One line about unusual properties of the list; empty for none.
@@ -53,8 +55,14 @@ bool AccessListPage::OnInitDialog() {
     list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
     changed = false;
     EditedList() = {};
+    news.Start([this] { RenderNames(); });
     ReadFirstItem();
     return CPropertyPage::OnInitDialog();
+}
+
+void AccessListPage::OnDestroy() {
+    news.Stop();
+    CPropertyPage::OnDestroy();
 }
 
 // When reading fails, the controls stay disabled and the rows stay as they were.
@@ -69,10 +77,10 @@ void AccessListPage::RenderRows() {
     CListCtrl& list = AccessList();
     Enable({IDC_ACCESS_LIST, IDC_ADD_ENTRY, IDC_EDIT_ENTRY, IDC_REMOVE_ENTRY}, false);
     list.DeleteAllItems();
-    for (const AccessRow& row : AccessRowsOf(EditedList())) {
+    for (const AccessRow& row : AccessRowsOf(EditedList(), AccountNameSoFar)) {
         const int position = list.GetItemCount();
         list.InsertItem(position, row.type);
-        list.SetItemText(position, 1, row.name);
+        list.SetItemText(position, kNameColumn, row.name);
         list.SetItemText(position, 2, row.permission);
         list.SetItemText(position, 3, row.inheritance);
         list.SetItemText(position, 4, row.applyTo);
@@ -86,6 +94,14 @@ void AccessListPage::RenderRows() {
     OnListClicked();
     Enable({IDC_ACCESS_LIST}, true);
     list.SetFocus();
+}
+
+void AccessListPage::RenderNames() {
+    CListCtrl& list = AccessList();
+    const std::vector<AccessRow> rows = AccessRowsOf(EditedList(), AccountNameSoFar);
+    if (static_cast<int>(rows.size()) != list.GetItemCount()) return;  // after a failed read
+    for (int position = 0; const AccessRow& row : rows)
+        list.SetItemText(position++, kNameColumn, row.name);
 }
 
 void AccessListPage::OnAdd() {

@@ -9,6 +9,7 @@
 #include "framework/property_sheet.h"
 #include "platform/resources.h"
 #include "security/access_entry_list.h"
+#include "security/account_news.h"
 
 namespace permora {
 
@@ -27,6 +28,7 @@ class AccessListPage : public CPropertyPage {
     AccessListPage(unsigned int pageTemplate, EditScopes scopes);
 
     bool OnInitDialog() override;
+    void OnDestroy() override;
     // Writes the edited list to all items and shows what the first one has then. On false, the sheet stays
     // with its changes.
     bool OnApply() override = 0;
@@ -60,6 +62,8 @@ class AccessListPage : public CPropertyPage {
     void OnListClicked();
 
     void ReadFirstItem();
+    // Shows names that have become known.
+    void RenderNames();
     CListCtrl& AccessList() const;
     // The index of the selected row's entry in the list. None without a selection, and after a failed read,
     // when the rows may show entries that are gone.
@@ -68,6 +72,7 @@ class AccessListPage : public CPropertyPage {
     EditScopes editScopes;
     UniqueLibrary library;  // where the list's functions are looked up
     bool changed = false;   // since the last read
+    AccountNewsWatch news;
 };
 
 }  // namespace permora

@@ -1,11 +1,17 @@
 #include "editor/account_picker.h"
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 #include "editor/required_control.h"
 #include "framework/long_work.h"
+#include "framework/styles.h"
 #include "platform/api/errors.h"
+#include "platform/api/shell.h"
+#include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/account_lookup.h"
-#include "security/account_search.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -13,13 +19,19 @@ namespace {
 
 enum Column { kName, kDomain, kType };
 
+std::string CountText(int count) {
+    return count == 1 ? "1 account" : std::to_string(count) + " accounts";
+}
+
 }  // namespace
 
 const MessageMap& CDlgUsersAndGroups::GetMessageMap() const {
     static const MessageMap kMap = MakeMessageMap<CDlgUsersAndGroups>(
         CDialog::GetMessageMap(),
         {
+            {IDC_ACCOUNT_NAME, Notify::kTextChanged, &CDlgUsersAndGroups::OnTextChanged},
             {IDC_FIND_ACCOUNTS, Notify::kClicked, &CDlgUsersAndGroups::OnFind},
+            {IDC_STOP_SEARCH, Notify::kClicked, &CDlgUsersAndGroups::OnStop},
             {IDC_FOUND_ACCOUNTS, Notify::kClick, &CDlgUsersAndGroups::OnAccountClicked},
             {IDC_FOUND_ACCOUNTS, Notify::kItemChanged, &CDlgUsersAndGroups::OnAccountSelected},
             {IDC_FOUND_ACCOUNTS, Notify::kDoubleClick, &CDlgUsersAndGroups::OnOK},
@@ -35,7 +47,8 @@ bool CDlgUsersAndGroups::OnInitDialog() {
     auto& list = RequiredControl<CListCtrl>(*this, IDC_FOUND_ACCOUNTS);
     CEdit& nameField = NameField();
 
-    nameField.SetWindowText(AccountDisplayName(result));
+    SetName(AccountNameSoFar(result));
+    ShowSearch(SearchState::kIdle, "");
     list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
     list.InsertColumn(kName, "Name", 120);
     list.InsertColumn(kDomain, "Domain", 100);
@@ -46,13 +59,48 @@ bool CDlgUsersAndGroups::OnInitDialog() {
 }
 
 void CDlgUsersAndGroups::OnFind() {
-    CListCtrl& list = FoundAccounts();
-    list.DeleteAllItems();
+    FoundAccounts().DeleteAllItems();
     Outcome outcome;
     std::vector<AccountRecord> found;
     DoLongWork(*this, [&] { outcome = FindLocalAccounts(found); });
     ShowOutcome(GetSafeHwnd(), outcome);
-    for (const AccountRecord& account : found) {
+    local = std::move(found);
+    ShowFound();
+}
+
+void CDlgUsersAndGroups::ShowFound() {
+    FoundAccounts().DeleteAllItems();
+    std::vector<AccountRecord> shown;
+    std::ranges::copy_if(local, std::back_inserter(shown),
+                         [this](const AccountRecord& account) { return IsFoundBy(typed, account); });
+    AddRows(shown);
+    ShowEnd({});
+    if (StateOfDomain().availability == DomainAvailability::kNone) return;
+    const DWORD error = domain.Start(typed, local);
+    if (error == ERROR_SUCCESS)
+        ShowProgress();
+    else
+        ShowSearch(SearchState::kIdle, SystemMessageLine(error));
+}
+
+void CDlgUsersAndGroups::ShowProgress() {
+    ShowSearch(SearchState::kRunning,
+               "Searching the domain: " + CountText(FoundAccounts().GetItemCount()) + " so far");
+}
+
+// A list that is not whole never looks so.
+void CDlgUsersAndGroups::ShowEnd(const SearchOutcome& outcome) {
+    const std::string count = CountText(FoundAccounts().GetItemCount());
+    const std::string missing = MissingAccountsText(outcome);
+    if (outcome.error == ERROR_OPERATION_ABORTED)
+        ShowSearch(SearchState::kIdle, "Stopped: there may be more than these " + count);
+    else
+        ShowSearch(SearchState::kIdle, missing.empty() ? count : missing);
+}
+
+void CDlgUsersAndGroups::AddRows(const std::vector<AccountRecord>& accounts) {
+    CListCtrl& list = FoundAccounts();
+    for (const AccountRecord& account : accounts) {
         const int row = list.GetItemCount();
         list.InsertItem(row, account.name);
         list.SetItemText(row, kDomain, account.domain);
@@ -60,13 +108,41 @@ void CDlgUsersAndGroups::OnFind() {
     }
 }
 
+void CDlgUsersAndGroups::ShowSearch(SearchState state, const std::string& text) {
+    RequiredControl<CStatic>(*this, IDC_SEARCH_STATE).SetWindowText(text);
+    auto& stop = RequiredControl<CButton>(*this, IDC_STOP_SEARCH);
+    if (state == SearchState::kIdle && stop.HasFocus()) NameField().SetFocus();
+    stop.ShowWindow(state == SearchState::kRunning ? SW_SHOW : SW_HIDE);
+}
+
+void CDlgUsersAndGroups::OnStop() {
+    domain.Stop();
+}
+
+void CDlgUsersAndGroups::OnDestroy() {
+    domain.Close();
+    local.clear();
+    CDialog::OnDestroy();
+}
+
+// After the first search, the list follows what is typed.
+void CDlgUsersAndGroups::OnTextChanged() {
+    typed = isOwnText ? std::string() : NameField().GetWindowText();
+    if (!isOwnText && !local.empty()) ShowFound();
+}
+
+void CDlgUsersAndGroups::SetName(const std::string& name) {
+    isOwnText = true;
+    NameField().SetWindowText(name);
+    isOwnText = false;
+}
+
 void CDlgUsersAndGroups::OnAccountClicked(Notification& notification) {
     if (notification.row < 0) return;  // beside the rows
     const CListCtrl& list = FoundAccounts();
     const std::string name = list.GetItemText(notification.row, kName);
     if (name.empty()) return;
-    const std::string domain = list.GetItemText(notification.row, kDomain);
-    NameField().SetWindowText(QualifiedAccountName(domain, name));
+    SetName(QualifiedAccountName(list.GetItemText(notification.row, kDomain), name));
 }
 
 // The keyboard selects without a click.
@@ -80,8 +156,12 @@ void CDlgUsersAndGroups::OnOK() {
         ShowErrorBox(GetSafeHwnd(), "Account name is not valid");
         return;
     }
-    if (LookupAccountByName(name.c_str(), result) != ERROR_SUCCESS) {
-        ShowErrorBox(GetSafeHwnd(), "Account name is not valid user or group name");
+    DWORD error = ERROR_SUCCESS;
+    DoLongWork(*this, [&] { error = LookupAccountByName(name.c_str(), result); });
+    if (error != ERROR_SUCCESS) {
+        const std::string reason = NotLookedUpText(error);
+        ShowErrorBox(GetSafeHwnd(), reason.empty() ? "Account name is not valid user or group name"
+                                                   : (name + ": " + reason + '.').c_str());
         return;
     }
     CDialog::OnOK();

@@ -1,9 +1,14 @@
 #include "editor/effective_page.h"
 
+#include <memory>
+
 #include "editor/account_picker.h"
 #include "editor/required_control.h"
+#include "framework/long_work.h"
+#include "framework/styles.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
+#include "platform/api/shell.h"
 #include "resources/resource_ids.h"
 #include "security/effective_rights.h"
 #include "security/message_boxes.h"
@@ -11,19 +16,43 @@
 namespace permora {
 namespace {
 
-// `text` begins with a small letter.
+constexpr const char* kAskExactly = "Ask &exactly";
+
 std::string AsSentence(std::string text) {
-    text.front() = static_cast<char>(text.front() - ('a' - 'A'));
+    if (text.front() >= 'a' && text.front() <= 'z')
+        text.front() = static_cast<char>(text.front() - ('a' - 'A'));
     return text + '.';
 }
 
 }  // namespace
+
+// One question about an account, which a thread may answer that outlives the page.
+struct CPage4::Inquiry {
+    AccountRecord account;
+    GroupsRequest request = GroupsRequest::kUsual;
+    ReadParts parts{};
+    DWORD error = ERROR_SUCCESS;
+    EffectiveRights effective{};
+    std::string remarks{};  // sentences on the rights, or on groups that are not known
+
+    void FindAnswer() {
+        error = FindEffectiveRights(parts.dacl, account, request, effective);
+        if (error != ERROR_SUCCESS) {
+            remarks = UnknownGroupsText(error, request, account);
+            if (!remarks.empty()) remarks = AsSentence(remarks);
+            return;
+        }
+        for (const std::string& remark : RemarksOnRights(parts.dacl, account, effective))
+            remarks += (remarks.empty() ? "" : " ") + AsSentence(remark);
+    }
+};
 
 const MessageMap& CPage4::GetMessageMap() const {
     static const MessageMap kMap =
         MakeMessageMap<CPage4>(CPropertyPage::GetMessageMap(),
                                {
                                    {IDC_CHANGE_EFFECTIVE_ACCOUNT, Notify::kClicked, &CPage4::OnChangeAccount},
+                                   {IDC_EXACT_GROUPS, Notify::kClicked, &CPage4::OnAskExactly},
                                });
     return kMap;
 }
@@ -37,41 +66,99 @@ bool CPage4::OnInitDialog() {
     list.EnableWindow(false);  // the marks are read-only
     for (const AccessRight& right : kAccessRights)
         list.InsertItem(list.GetItemCount(), right.listName);
+    OfferExactGroups(GroupsOrigin::kThisMachine);
+    remarks.clear();
+    news.Start([this] {
+        // Empty until an account is chosen, whatever was chosen before.
+        if (!AccountField().GetWindowText().empty()) AccountField().SetWindowText(AccountNameSoFar(account));
+    });
     return CPropertyPage::OnInitDialog();
+}
+
+void CPage4::OnDestroy() {
+    exactly.Forget();
+    news.Stop();
+    CPropertyPage::OnDestroy();
 }
 
 // On failure, the previous account and its marks stay.
 void CPage4::OnChangeAccount() {
     CDlgUsersAndGroups picker(this);
     if (picker.DoModal() != IDOK) return;
-    account = picker.result;
-    if (ShowRights()) AccountField().SetWindowText(AccountDisplayName(account));
+    StopAsking();
+    Inquiry inquiry{.account = picker.result};
+    if (!ReadList(inquiry)) return;
+    DoLongWork(*this, [&] { inquiry.FindAnswer(); });
+    if (ShowAnswer(inquiry)) AccountField().SetWindowText(AccountNameSoFar(account));
 }
 
-bool CPage4::ShowRights() {
+// A logon takes a moment, or ten seconds where the domain is slow: the page can be used meanwhile.
+void CPage4::OnAskExactly() {
+    if (exactly.IsAsking()) {
+        StopAsking();
+        return;
+    }
+    const auto inquiry = std::make_shared<Inquiry>(Inquiry{account, GroupsRequest::kExact});
+    if (!ReadList(*inquiry)) return;
+    const DWORD error = exactly.Ask([inquiry] { inquiry->FindAnswer(); },
+                                    [this, inquiry] {
+                                        StopAsking();
+                                        ShowAnswer(*inquiry);
+                                    });
+    if (error != ERROR_SUCCESS) {
+        ShowSystemErrorBox(GetSafeHwnd(), error);
+        return;
+    }
+    ExactButton().SetWindowText("&Stop");
+    ShowRemarks("Asking which groups a logon of " + AccountNameSoFar(account) + " gives now...");
+}
+
+void CPage4::StopAsking() {
+    exactly.Forget();
+    ExactButton().SetWindowText(kAskExactly);
+    ShowRemarks(remarks);
+}
+
+void CPage4::OfferExactGroups(GroupsOrigin origin) {
+    const bool isOffered = MayAskForExactGroups() && origin != GroupsOrigin::kThisMachine;
+    ExactButton().ShowWindow(isOffered ? SW_SHOW : SW_HIDE);
+}
+
+bool CPage4::ReadList(Inquiry& inquiry) {
     HeldObject object;
-    ReadParts parts;
     Outcome outcome = FindItem(place->items.front(), object);
-    if (outcome.IsDone()) outcome.code = object.ReadSecurity(DACL_SECURITY_INFORMATION, parts);
-    if (outcome.IsDone() && parts.dacl == nullptr) {
-        ShowInfoBox(GetSafeHwnd(), "Object's access control list is null (All access is allowed always)");
+    if (outcome.IsDone()) outcome.code = object.ReadSecurity(DACL_SECURITY_INFORMATION, inquiry.parts);
+    ShowOutcome(GetSafeHwnd(), outcome);
+    if (!outcome.IsDone()) return false;
+    if (inquiry.parts.dacl != nullptr) return true;
+    ShowInfoBox(GetSafeHwnd(), "Object's access control list is null (All access is allowed always)");
+    return false;
+}
+
+bool CPage4::ShowAnswer(Inquiry& inquiry) {
+    if (inquiry.error != ERROR_SUCCESS) {
+        if (inquiry.remarks.empty())
+            ShowSystemErrorBox(GetSafeHwnd(), inquiry.error);
+        else
+            ShowErrorBox(GetSafeHwnd(), inquiry.remarks.c_str());
         return false;
     }
-    DWORD rights = 0;
-    if (outcome.IsDone()) outcome.code = FindEffectiveRights(parts.dacl, account.RawSid(), rights);
-    if (outcome.code == ERROR_NONE_MAPPED)
-        ShowErrorBox(GetSafeHwnd(), AsSentence(UnknownGroupsText(account)).c_str());
-    else
-        ShowOutcome(GetSafeHwnd(), outcome);
-    if (!outcome.IsDone()) return false;
     int row = 0;
     for (const AccessRight& right : kAccessRights)
-        RightsList().SetCheck(row++, IsEffective(right, rights));
-    std::string remarks;
-    for (const std::string& remark : RemarksOnRights(parts.dacl, account, rights))
-        remarks += (remarks.empty() ? "" : " ") + AsSentence(remark);
-    RequiredControl<CWnd>(*this, IDC_EFFECTIVE_REMARK).SetWindowText(remarks);
+        RightsList().SetCheck(row++, IsEffective(right, inquiry.effective.rights));
+    account = inquiry.account;
+    remarks = inquiry.remarks;
+    ShowRemarks(remarks);
+    OfferExactGroups(inquiry.effective.origin);
     return true;
+}
+
+void CPage4::ShowRemarks(const std::string& text) {
+    RequiredControl<CWnd>(*this, IDC_EFFECTIVE_REMARK).SetWindowText(text);
+}
+
+CButton& CPage4::ExactButton() const {
+    return RequiredControl<CButton>(*this, IDC_EXACT_GROUPS);
 }
 
 CListCtrl& CPage4::RightsList() const {

@@ -63,8 +63,14 @@ bool CPage3::OnInitDialog() {
     list.SetExtendedStyle(ListStyle::kFullRowSelect);
     list.InsertColumn(0, "", kColumnWidth);
     changed = false;
+    news.Start([this] { RenderNames(); });
     Fill();
     return CPropertyPage::OnInitDialog();
+}
+
+void CPage3::OnDestroy() {
+    news.Stop();
+    CPropertyPage::OnDestroy();
 }
 
 // If the candidates cannot be found, the list and the field stay as they were.
@@ -76,17 +82,22 @@ void CPage3::Fill() {
     CListCtrl& list = CandidateList();
     list.DeleteAllItems();
     for (AccountRecord& candidate : candidates)
-        list.InsertItem(list.GetItemCount(), AccountDisplayName(candidate));
+        list.InsertItem(list.GetItemCount(), AccountNameSoFar(candidate));
     ShowOwner();
+}
+
+void CPage3::RenderNames() {
+    for (std::size_t row = 0; row < candidates.size(); ++row)
+        CandidateList().SetItemText(static_cast<int>(row), 0, AccountNameSoFar(candidates[row]));
+    if (owner.sid) OwnerField().SetWindowText(AccountNameSoFar(owner));
 }
 
 void CPage3::ShowOwner() {
     HeldObject object;
-    AccountRecord found;
     DWORD error = place->items.front().Find(object);
-    if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, found);
+    if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, owner);
     if (error == ERROR_SUCCESS)
-        OwnerField().SetWindowText(AccountDisplayName(found));
+        OwnerField().SetWindowText(AccountNameSoFar(owner));
     else
         ShowOutcome(GetSafeHwnd(), {error, Step::kReadOwner});
 }

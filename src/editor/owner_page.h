@@ -5,6 +5,7 @@
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
+#include "security/account_news.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -18,6 +19,7 @@ class CPage3 : public CPropertyPage {
 
   protected:
     bool OnInitDialog() override;
+    void OnDestroy() override;
     bool OnApply() override;
     const MessageMap& GetMessageMap() const override;
 
@@ -27,6 +29,8 @@ class CPage3 : public CPropertyPage {
 
     void Fill();
     void ShowOwner();
+    // Shows names that have become known.
+    void RenderNames();
     void Apply(PSID newOwner);
 
     CListCtrl& CandidateList() const;
@@ -34,7 +38,9 @@ class CPage3 : public CPropertyPage {
     CButton& TreeBox() const;
 
     std::vector<AccountRecord> candidates;  // in the order of the rows
+    AccountRecord owner;                    // as last read
     bool changed = false;                   // the list was clicked since the last apply
+    AccountNewsWatch news;
 };
 
 }  // namespace permora

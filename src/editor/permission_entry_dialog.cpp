@@ -51,12 +51,18 @@ bool CDlgPermissions::OnInitDialog() {
     if (inheritedEntry) LockInherited();
     ShowBoxes();
     pendingAccount = choice.account;
+    news.Start([this] { ShowAccount(); });
     ShowAccount();
     const bool wantsFocus = CDialog::OnInitDialog();
     if (inheritedEntry) return wantsFocus;
     // Not to "Change...": the Enter key must press OK.
     scopes.SetFocus();
     return false;
+}
+
+void CDlgPermissions::OnDestroy() {
+    news.Stop();
+    CDialog::OnDestroy();
 }
 
 std::span<const InheritanceScope> CDlgPermissions::ScopesToOffer() const {
@@ -105,7 +111,7 @@ void CDlgPermissions::OnOK() {
 }
 
 void CDlgPermissions::ShowAccount() {
-    GetDlgItem(IDC_ENTRY_ACCOUNT)->SetWindowText(AccountDisplayName(pendingAccount));
+    GetDlgItem(IDC_ENTRY_ACCOUNT)->SetWindowText(AccountNameSoFar(pendingAccount));
 }
 
 void CDlgPermissions::ShowBoxes() {

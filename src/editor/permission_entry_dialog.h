@@ -6,6 +6,7 @@
 #include "editor/permission_boxes.h"
 #include "framework/dialog.h"
 #include "security/access_entry_list.h"
+#include "security/account_news.h"
 
 namespace permora {
 
@@ -21,6 +22,7 @@ class CDlgPermissions : public CDialog {
 
   protected:
     bool OnInitDialog() override;
+    void OnDestroy() override;
     void OnOK() override;
     const MessageMap& GetMessageMap() const override;
 
@@ -36,6 +38,7 @@ class CDlgPermissions : public CDialog {
     CButton* BoxOf(RightColumn column, std::size_t row) const;
 
     AccountRecord pendingAccount;  // becomes the choice's when OK is pressed
+    AccountNewsWatch news;
     PermissionBoxes boxes;
 };
 

@@ -147,6 +147,7 @@
 #define IDC_CHANGE_EFFECTIVE_ACCOUNT 1088
 #define IDC_EFFECTIVE_ACCOUNT 1089
 #define IDC_EFFECTIVE_REMARK 1151
+#define IDC_EXACT_GROUPS 1157
 
 // Permission entry dialog.
 #define IDD_PERMISSION_ENTRY 159
@@ -195,6 +196,8 @@
 #define IDC_PICKER_CANCEL 1032
 #define IDC_PICKER_OK 1033
 #define IDC_ACCOUNT_NAME 1034
+#define IDC_SEARCH_STATE 1155
+#define IDC_STOP_SEARCH 1156
 
 // Progress of applying settings to a folder tree.
 #define IDD_APPLY_TO_TREE 161

@@ -4,7 +4,7 @@
 
 namespace permora {
 
-std::vector<AccessRow> AccessRowsOf(AccessEntryList& list) {
+std::vector<AccessRow> AccessRowsOf(AccessEntryList& list, NameAccount* nameOf) {
     std::vector<AccessRow> rows;
     const std::vector<AccessEntry>& entries = list.Entries();
     for (std::size_t index = 0; index < entries.size(); ++index) {
@@ -12,7 +12,7 @@ std::vector<AccessRow> AccessRowsOf(AccessEntryList& list) {
         if (entry.IsOfOtherType()) continue;
         rows.push_back({.entryIndex = index,
                         .type = AceTypeText(entry.aceType),
-                        .name = AccountDisplayName(list.AccountOf(index)),
+                        .name = nameOf(list.AccountOf(index)),
                         .permission = PermissionText(entry.mask),
                         .inheritance = InheritanceText(entry.aceFlags),
                         .applyTo = ScopeTextFromFlags(entry.aceFlags)});

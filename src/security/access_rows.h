@@ -23,8 +23,11 @@ struct AccessRow {
     const char* applyTo;  // empty for an entry that applies to nothing
 };
 
-// A row for every allow and deny entry, in list order. Looks up the names of all accounts.
-std::vector<AccessRow> AccessRowsOf(AccessEntryList& list);
+// Looks up the name of an account: AccountDisplayName or AccountNameSoFar.
+using NameAccount = std::string(AccountRecord& account);
+
+// A row for every allow and deny entry, in list order.
+std::vector<AccessRow> AccessRowsOf(AccessEntryList& list, NameAccount* nameOf);
 
 // A remark about the entries that are lost when the list is replaced: those of other types, which have no
 // row, and those that are not acceptable. Empty for none.

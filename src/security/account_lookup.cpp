@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 
+#include "platform/accounts.h"
 #include "platform/api/errors.h"
 
 namespace permora {
@@ -22,6 +23,22 @@ DWORD LookupAccountByName(LPCSTR name, AccountRecord& account) {
             return GetLastError();
     }
     return account.SetSid(sid.data()) ? ERROR_SUCCESS : ERROR_INVALID_SID;
+}
+
+std::string OfflineText(const DomainState& state) {
+    if (state.availability != DomainAvailability::kOffline) return {};
+    return "The domain " + state.domain + " does not answer: accounts are shown by their SIDs";
+}
+
+std::string NotLookedUpText(DWORD error) {
+    const std::string domain = StateOfDomain().domain;
+    if (error == kAmbiguousName) {
+        return "this machine and its domain both have an account of that name. Write whose it is, such as " +
+               QualifiedAccountName(domain.empty() ? "DOMAIN" : domain, "name");
+    }
+    if (error != kDomainOffline && error != kNameNotYet) return {};
+    return (domain.empty() ? "the domain" : "the domain " + domain) +
+           " does not answer, so the name cannot be looked up";
 }
 
 }  // namespace permora

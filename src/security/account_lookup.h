@@ -1,12 +1,22 @@
 // From the name of an account to the account.
 #pragma once
 
+#include <string>
+
+#include "platform/accounts.h"
 #include "security/account_record.h"
 
 namespace permora {
 
-// Gives `account` the SID of the account of this machine that is called so: name, DOMAIN\name or
-// MACHINE\name. A system error code; `account` is untouched on failure.
+// Gives `account` the SID of the account of this machine or its domain that is called so: name, DOMAIN\name,
+// MACHINE\name or name@domain. A system error code; `account` is untouched on failure.
 DWORD LookupAccountByName(LPCSTR name, AccountRecord& account);
+
+// Why a name could not be looked up, in half a sentence: several accounts have it, or the domain that knows
+// does not answer. Empty for other errors.
+std::string NotLookedUpText(DWORD error);
+
+// "The domain EXAMPLE does not answer..."; empty unless it is offline.
+std::string OfflineText(const DomainState& state);
 
 }  // namespace permora

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <vector>
 
+#include "platform/accounts.h"
 #include "platform/api/errors.h"
 #include "platform/raw_security.h"
 
@@ -86,6 +88,17 @@ std::string AccountDisplayName(AccountRecord& record) {
     const std::string text =
         record.Lookup() ? QualifiedAccountName(record.domain, record.name) : std::string();
     return text.empty() ? record.GetSidText() : text;
+}
+
+std::string AccountNameSoFar(AccountRecord& record) {
+    AccountName found;
+    if (!record.sid) return {};
+    if (FindAccountName(*record.sid, std::chrono::milliseconds(0), found) != NameAnswer::kKnown)
+        return record.GetSidText();
+    record.name = found.name;
+    record.domain = found.domain;
+    record.use = found.use;
+    return QualifiedAccountName(found.domain, found.name);
 }
 
 }  // namespace permora

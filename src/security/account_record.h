@@ -43,4 +43,8 @@ std::string QualifiedAccountName(const std::string& domain, const std::string& n
 // without a SID. Looks the names up in the account database.
 std::string AccountDisplayName(AccountRecord& record);
 
+// The same without waiting for a domain: the SID's text until the name is known (platform/accounts.h,
+// AccountNews).
+std::string AccountNameSoFar(AccountRecord& record);
+
 }  // namespace permora

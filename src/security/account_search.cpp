@@ -3,13 +3,16 @@
 #include <array>
 #include <span>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
 #include "platform/api/account_enumeration.h"
 #include "platform/api/errors.h"
+#include "platform/ascii.h"
 #include "platform/library_function.h"
 #include "platform/resources.h"
+#include "platform/system_message.h"
 #include "security/account_lookup.h"
 #include "security/text_conversion.h"
 
@@ -68,6 +71,17 @@ class Search {
     std::unordered_set<std::string> known;  // the texts of their SIDs
 };
 
+bool IsPartOf(std::string_view text, std::string_view part) {
+    return InLowerCase(text).find(InLowerCase(part)) != std::string::npos;
+}
+
+// The platform searches names and SIDs, but not types.
+bool IsPartOfAType(const std::string& text) {
+    for (int use = SidTypeUser; use <= SidTypeComputer; ++use)
+        if (IsPartOf(AccountTypeText(static_cast<SID_NAME_USE>(use)), text)) return true;
+    return false;
+}
+
 }  // namespace
 
 Outcome FindLocalAccounts(std::vector<AccountRecord>& accounts) {
@@ -87,6 +101,35 @@ Outcome FindLocalAccounts(std::vector<AccountRecord>& accounts) {
         },
         &USER_INFO_0::usri0_name);
     return {};
+}
+
+bool IsFoundBy(const std::string& text, const AccountRecord& account) {
+    return IsPartOf(QualifiedAccountName(account.domain, account.name), text) ||
+           IsPartOf(account.GetSidText(), text) || IsPartOf(AccountTypeText(account.use), text);
+}
+
+SearchOutcome FindDomainAccounts(const std::string& text, const std::vector<AccountRecord>& local,
+                                 const std::atomic<bool>& isStopped,
+                                 const std::function<void(std::vector<AccountRecord> accounts)>& take) {
+    if (StateOfDomain().availability == DomainAvailability::kNone) return {};
+    std::unordered_set<std::string> known;
+    for (const AccountRecord& account : local)
+        known.insert(account.GetSidText());
+    const auto takeRows = [&](const std::vector<AccountRow>& rows) {
+        std::vector<AccountRecord> accounts;
+        for (const AccountRow& row : rows) {
+            AccountRecord account{row.sid, row.use, row.name, row.domain};
+            if (!known.contains(account.GetSidText()) && IsFoundBy(text, account))
+                accounts.push_back(std::move(account));
+        }
+        if (!accounts.empty()) take(std::move(accounts));
+    };
+    return SearchAccounts(IsPartOfAType(text) ? std::string() : text, isStopped, takeRows);
+}
+
+std::string MissingAccountsText(const SearchOutcome& outcome) {
+    if (outcome.error == ERROR_SUCCESS || outcome.error == ERROR_OPERATION_ABORTED) return {};
+    return "The accounts of " + outcome.source + " are missing: " + SystemMessageLine(outcome.error);
 }
 
 const char* AccountTypeText(SID_NAME_USE use) {

@@ -2,13 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
-#include <cstring>
+#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "platform/api/effective_rights.h"
 #include "platform/api/errors.h"
+#include "platform/nt/granted_rights.h"
+#include "platform/raw_security.h"
+#include "platform/system_message.h"
 #include "security/access_entry_list.h"
 
 namespace permora {
@@ -30,32 +32,68 @@ bool HasGenericRights(const AccessEntry& entry) {
     return !entry.IsOfOtherType() && entry.HasIdleGenericRights();
 }
 
-}  // namespace
-
-DWORD FindEffectiveRights(PACL dacl, PSID account, DWORD& rights) {
+DWORD AskTheSystem(PACL dacl, PSID account, DWORD& rights) {
     TRUSTEE_A trustee{};
     BuildTrusteeWithSidA(&trustee, account);
     return GetEffectiveRightsFromAclA(dacl, &trustee, &rights);
 }
 
-// The system gives only the rights of a whole list. Those of its first entries alone grow with each entry
-// that grants something, and only with those.
-DWORD FindGrants(PACL dacl, PSID account, std::vector<Grant>& grants) {
-    std::vector<Grant> found;
+// Half a sentence; empty when there is nothing to say.
+std::string RemarkOnGroups(GroupsOrigin origin, AccountRecord& account) {
+    const std::string groups = "the groups of " + AccountDisplayName(account);
+    switch (origin) {
+        case GroupsOrigin::kThisMachine:
+            return {};
+        case GroupsOrigin::kExact:
+            return groups + " are those that a logon gives it now";
+        case GroupsOrigin::kLastLogon:
+            return groups + " are as of the last logon; later changes in the domain are not counted";
+        case GroupsOrigin::kWithoutLogon:
+            return groups +
+                   " are as the domain lists them, since it has not logged on here; Domain Users is " +
+                   "counted in any case";
+        case GroupsOrigin::kDomain:
+            break;
+    }
+    return groups + " may be as of the last logon; later changes in the domain are then not counted";
+}
+
+}  // namespace
+
+DWORD FindEffectiveRights(PACL dacl, const AccountRecord& account, GroupsRequest request,
+                          EffectiveRights& effective) {
+    if (!account.sid) return ERROR_INVALID_SID;
+    AccountGroups groups;
+    if (const DWORD error = FindAccountGroups(*account.sid, request, groups); error != ERROR_SUCCESS)
+        return error;
+    if (request == GroupsRequest::kExact) return FindEffectiveRights(dacl, groups, effective);
+    DWORD rights = 0;
+    if (const DWORD error = AskTheSystem(dacl, account.RawSid(), rights); error != ERROR_SUCCESS)
+        return error;
+    effective = {rights, groups.origin};
+    return ERROR_SUCCESS;
+}
+
+// The rights of a list's first entries alone grow with each entry that grants something, and only with those.
+DWORD FindGrants(PACL dacl, const AccountRecord& account, Grants& grants) {
+    Grants found;
     if (dacl != nullptr) {
-        std::vector<std::uint32_t> copy((dacl->AclSize + sizeof(std::uint32_t) - 1) / sizeof(std::uint32_t));
-        std::memcpy(copy.data(), dacl, dacl->AclSize);
-        PACL beginning = static_cast<PACL>(static_cast<void*>(copy.data()));
+        const std::optional<nt::Acl> list = AclOf(dacl);
+        if (!list) return ERROR_INVALID_ACL;
+        if (!account.sid) return ERROR_INVALID_SID;
+        AccountGroups groups;
+        if (const DWORD error = FindAccountGroups(*account.sid, GroupsRequest::kUsual, groups);
+            error != ERROR_SUCCESS)
+            return error;
+        found.origin = groups.origin;
+        nt::Acl beginning;
         DWORD before = 0;
-        for (WORD count = 0; count++ < dacl->AceCount;) {
-            void* ace = nullptr;
-            if (GetAce(dacl, count - 1U, &ace) == FALSE) return GetLastError();
-            if (static_cast<ACE_HEADER*>(ace)->AceType != ACCESS_ALLOWED_ACE_TYPE) continue;
-            beginning->AceCount = count;
-            DWORD rights = 0;
-            if (const DWORD error = FindEffectiveRights(beginning, account, rights); error != ERROR_SUCCESS)
-                return error;
-            if ((rights & ~before) != 0) found.push_back({count - 1U, rights & ~before});
+        for (const nt::Ace& entry : list->entries) {
+            beginning.entries.push_back(entry);
+            if (entry.type != ACCESS_ALLOWED_ACE_TYPE) continue;
+            const DWORD rights = nt::GrantedRights(beginning, groups.sids);
+            if ((rights & ~before) != 0)
+                found.list.push_back({beginning.entries.size() - 1, rights & ~before});
             before = rights;
         }
     }
@@ -63,12 +101,39 @@ DWORD FindGrants(PACL dacl, PSID account, std::vector<Grant>& grants) {
     return ERROR_SUCCESS;
 }
 
-std::string UnknownGroupsText(AccountRecord& account) {
-    return "the groups of " + AccountDisplayName(account) + " are not known here";
+DWORD FindEffectiveRights(PACL dacl, const AccountGroups& groups, EffectiveRights& effective) {
+    const std::optional<nt::Acl> list = AclOf(dacl);
+    if (!list) return ERROR_INVALID_ACL;
+    effective = {nt::GrantedRights(*list, groups.sids), groups.origin};
+    return ERROR_SUCCESS;
 }
 
-std::vector<std::string> RemarksOnRights(PACL dacl, AccountRecord& account, DWORD rights) {
+std::string UnknownGroupsText(DWORD error, GroupsRequest request, AccountRecord& account) {
+    const std::string groups = "the groups of " + AccountDisplayName(account);
+    if (error == ERROR_NONE_MAPPED) return groups + " are not known here";
+    if (error == kDomainOffline || error == kNameNotYet)
+        return groups + " are not known, since its domain does not answer";
+    if (request == GroupsRequest::kExact && error == ERROR_ACCESS_DENIED)
+        return groups + " as a logon gives them now can be asked for by root alone";
+    if (request == GroupsRequest::kExact && error == ERROR_NOT_SUPPORTED) {
+        return groups +
+               " as a logon gives them now cannot be asked for: it cannot log on, or Samba's tools are not "
+               "installed";
+    }
+    return {};
+}
+
+std::string NoRightsText(DWORD error, GroupsRequest request, AccountRecord& account) {
+    const std::string text = UnknownGroupsText(error, request, account);
+    return text.empty() ? SystemMessageLine(error) : text;
+}
+
+std::vector<std::string> RemarksOnRights(PACL dacl, AccountRecord& account,
+                                         const EffectiveRights& effective) {
+    const DWORD rights = effective.rights;
     std::vector<std::string> remarks;
+    if (std::string remark = RemarkOnGroups(effective.origin, account); !remark.empty())
+        remarks.push_back(std::move(remark));
     if (HasMembers(account)) {
         remarks.push_back("members of " + AccountDisplayName(account) +
                           " may have more or less, by entries for themselves and their other groups");

@@ -5,15 +5,22 @@
 #include <string>
 #include <vector>
 
+#include "platform/accounts.h"
 #include "security/access_rights.h"
 #include "security/account_record.h"
 
 namespace permora {
 
+struct EffectiveRights {
+    DWORD rights = 0;
+    GroupsOrigin origin = GroupsOrigin::kThisMachine;  // what is known of the account's groups
+};
+
 // The rights of the account with its groups, denials taken off. A list that is null has no answer: everyone
-// may do everything. 0 or a system error code, ERROR_NONE_MAPPED for an account whose groups are not known on
-// this machine; `rights` is then untouched.
-DWORD FindEffectiveRights(PACL dacl, PSID account, DWORD& rights);
+// may do everything. 0 or an error code of FindAccountGroups, ERROR_NONE_MAPPED for an account whose groups
+// are not known on this machine; `effective` is then untouched.
+DWORD FindEffectiveRights(PACL dacl, const AccountRecord& account, GroupsRequest request,
+                          EffectiveRights& effective);
 
 // What an allow entry gives the account, directly or as a member of a group, of what no entry before it
 // decides.
@@ -22,15 +29,26 @@ struct Grant {
     DWORD rights;       // never 0
 };
 
-// The grants that make up the effective rights, in the list's order; none without a list. Errors as above;
-// `grants` is then untouched.
-DWORD FindGrants(PACL dacl, PSID account, std::vector<Grant>& grants);
+// The grants that make up the effective rights, in the list's order; none without a list.
+struct Grants {
+    std::vector<Grant> list;
+    GroupsOrigin origin = GroupsOrigin::kThisMachine;
+};
 
-// "the groups of HOST\\anna are not known here"
-std::string UnknownGroupsText(AccountRecord& account);
+// Errors as above; `grants` is then untouched.
+DWORD FindGrants(PACL dacl, const AccountRecord& account, Grants& grants);
+
+// The rights of whoever has these groups. ERROR_INVALID_ACL for a list that is damaged or null.
+DWORD FindEffectiveRights(PACL dacl, const AccountGroups& groups, EffectiveRights& effective);
+
+// Why the rights of the account cannot be told: "the groups of HOST\\anna are not known here". A half
+// sentence; empty for errors that are not about its groups.
+std::string UnknownGroupsText(DWORD error, GroupsRequest request, AccountRecord& account);
+// The same, or the system's text.
+std::string NoRightsText(DWORD error, GroupsRequest request, AccountRecord& account);
 
 // Remarks to show with these rights, in half sentences. Looks up the account's names.
-std::vector<std::string> RemarksOnRights(PACL dacl, AccountRecord& account, DWORD rights);
+std::vector<std::string> RemarksOnRights(PACL dacl, AccountRecord& account, const EffectiveRights& effective);
 
 // Whether the row of a right is to be marked. "Full control" needs every bit of RIGHTS_DISPLAY_MASK, which
 // is more than the rights of files.

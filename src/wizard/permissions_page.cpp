@@ -53,7 +53,20 @@ bool CWizardPage3::OnInitDialog() {
     for (const UsableCombination& combination : kUsableCombinations)
         combinations.InsertItem(combinations.GetItemCount(), combination.text);
     Sheet()->SetWizardButtons(kCannotFinish);
+    news.Start([this] { RenderNames(); });
     return CPropertyPage::OnInitDialog();
+}
+
+void CWizardPage3::OnDestroy() {
+    news.Stop();
+    CPropertyPage::OnDestroy();
+}
+
+void CWizardPage3::RenderNames() {
+    CListCtrl& list = List(IDC_WIZARD_ACCOUNTS);
+    if (static_cast<int>(rights.Accounts().size()) != list.GetItemCount()) return;  // after a failed read
+    for (int row = 0; row < list.GetItemCount(); ++row)
+        list.SetItemText(row, 0, AccountNameSoFar(rights.AccountAt(static_cast<std::size_t>(row))));
 }
 
 void CWizardPage3::SetUpList(unsigned int id, int width, ListStyle style) {
@@ -104,7 +117,7 @@ bool CWizardPage3::LoadAccounts() {
     }
     const std::size_t count = rights.Accounts().size();
     for (std::size_t index = 0; index < count; ++index)
-        list.InsertItem(static_cast<int>(index), AccountDisplayName(rights.AccountAt(index)));
+        list.InsertItem(static_cast<int>(index), AccountNameSoFar(rights.AccountAt(index)));
     Enable({IDC_WIZARD_ADD_ACCOUNT}, true);
     if (count == 0) return true;
     SelectAccount(0);
@@ -181,7 +194,7 @@ void CWizardPage3::OnAdd() {
     CListCtrl& list = List(IDC_WIZARD_ACCOUNTS);
     const std::size_t index = rights.Add(picker.result);
     if (static_cast<int>(index) == list.GetItemCount()) {
-        list.InsertItem(list.GetItemCount(), AccountDisplayName(picker.result));
+        list.InsertItem(list.GetItemCount(), AccountNameSoFar(picker.result));
         Enable({IDC_WIZARD_REMOVE_ACCOUNT}, true);
     }
     SelectAccount(index);

@@ -9,6 +9,7 @@
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
 #include "platform/resources.h"
+#include "security/account_news.h"
 #include "wizard/account_rights.h"
 
 namespace permora {
@@ -25,6 +26,7 @@ class CWizardPage3 : public CPropertyPage {
 
   protected:
     bool OnInitDialog() override;
+    void OnDestroy() override;
     bool OnSetActive() override;
     // Writes the list to every item. On false, nothing was written: there is no list, or another program
     // changed the first item's and the user did not overwrite it.
@@ -45,6 +47,8 @@ class CWizardPage3 : public CPropertyPage {
     // Reads the first item; enables Finish when it has a list.
     void ShowItem();
     bool LoadAccounts();
+    // Shows names that have become known.
+    void RenderNames();
     void SelectAccount(std::size_t index);
     // Shows the rights of the selected account in the boxes.
     void ShowBoxes();
@@ -57,6 +61,7 @@ class CWizardPage3 : public CPropertyPage {
     ReadParts shown;        // what they were read from
     bool isRead = false;    // the first item has a list, which has been read
     bool updatingChecks = false;
+    AccountNewsWatch news;
 };
 
 }  // namespace permora

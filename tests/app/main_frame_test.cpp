@@ -21,6 +21,7 @@
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "tests/app/system_fakes.h"
+#include "tests/support/fake_domain.h"
 #include "tests/support/ui_driver.h"
 
 namespace permora {
@@ -89,6 +90,24 @@ TEST_F(MainFrame, AFirstStartMakesTheSettings) {
     EXPECT_EQ(test::UiDriver::MainWindow().Text(IDC_LOCATION), R"(T:\)");
     const Rect screen = ScreenAreas().front();
     EXPECT_GT(Frame().GetWindowRect().Width(), screen.Width() / 2) << "with room for the address";
+}
+
+TEST_F(MainFrame, SaysInItsStatusBarThatTheDomainDoesNotAnswer) {
+    constexpr int kMessagePane = 0;
+    test::FakeDomain domain;
+    Start();
+    auto window = test::UiDriver::MainWindow();
+    const auto shows = [&](const std::string& text) {
+        return window.WaitUntil([&] { return window.StatusText(kMessagePane) == text; });
+    };
+    EXPECT_TRUE(shows("Ready"));
+    domain.SetState(DomainAvailability::kOffline);
+    const std::string offline = "The domain EXAMPLE does not answer: accounts are shown by their SIDs";
+    EXPECT_TRUE(shows(offline));
+    Run(ID_REFRESH);
+    EXPECT_TRUE(shows(offline)) << "after a listing has said \"Ready\"";
+    domain.SetState(DomainAvailability::kOnline);
+    EXPECT_TRUE(shows("Ready"));
 }
 
 TEST_F(MainFrame, WithoutAnInstallationItSaysSoAndEnds) {

@@ -321,7 +321,7 @@ TEST(AccountsCommand, FindsByNameSidAndTypeAndSaysTheSameInBothForms) {
         EXPECT_EQ(found[0]["account"], "BUILTIN\\Administrators");
         EXPECT_EQ(found[0]["type"], "Alias");
     }
-    EXPECT_EQ(nlohmann::json::parse(RunCli({"accounts", "--json", "--find", "[nobody has this"}).output),
+    EXPECT_EQ(nlohmann::json::parse(RunCli({"accounts", "--json", "--search", "[nobody has this"}).output),
               nlohmann::json::array());
 }
 

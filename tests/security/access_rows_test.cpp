@@ -16,7 +16,7 @@ TEST(AccessRows, ShowAllowAndDenyEntriesAndKeepTheIndexOfEach) {
     AccessEntryList list =
         test::ListOf("(OA;;0x1;;;BA)(D;;0x100002;;;BA)(AU;;0x1;;;BA)(A;OICIIOID;FA;;;BU)(A;IOID;0x3;;;BA)");
     std::string text;
-    for (const AccessRow& row : AccessRowsOf(list)) {
+    for (const AccessRow& row : AccessRowsOf(list, AccountDisplayName)) {
         text += std::to_string(row.entryIndex) + '|' + row.type + '|' + row.name + '|' + row.permission +
                 '|' + row.inheritance + '|' + row.applyTo + '\n';
     }
