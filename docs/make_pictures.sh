@@ -2,7 +2,8 @@
 # Makes the pictures of the guide anew: the real program, worked by keyboard on a sample volume.
 #   docs/make_pictures.sh [PROGRAM-FOLDER]
 # Without a folder of programs the optimised ones are built. Wants root: the volume, the machine's name, its accounts and its
-# shares are made up for the pictures, in namespaces of their own, so that every machine makes the same ones.
+# shares are made up for the pictures, in namespaces of their own, so that every machine makes the same ones. The pictures
+# of a domain are made on the member server of the tests' domain.
 set -euo pipefail
 self=$(readlink -f "$0")
 project=$(dirname "$(dirname "$self")")
@@ -11,11 +12,12 @@ source "$project/tools/packages.sh"
 # shellcheck source=tools/build.sh
 source "$project/tools/build.sh"
 
-if [ "${1:-}" != --inside ]; then
+if [ "${1:-}" != --inside ] && [ "${1:-}" != --in-domain ]; then
     EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${screenPackages[@]}"
     programFolder=${1:-$project/build/release/bin}
     [ $# -gt 0 ] || (cd "$project" && BuildPreset release permora permora-cli)
-    exec unshare --mount --uts "$self" --inside "$(readlink -f "$programFolder")"
+    unshare --mount --uts "$self" --inside "$(readlink -f "$programFolder")"
+    exec "$project/tests/support/domain.sh" run "$self" --in-domain "$(readlink -f "$programFolder")"
 fi
 
 export LC_ALL=C.UTF-8 TZ=UTC
@@ -78,9 +80,48 @@ End() {
     umount --lazy /etc "$work/layers" 2>/dev/null || true
     CleanUp
 }
+
+TakeDomainPictures() {
+    local folder=/srv/data/Plans
+    mkdir "$folder"
+    "$programs/permora-cli" assign "$folder" --account 'EXAMPLE\Engineering' --combination Modify
+    "$programs/permora-cli" grant "$folder" --account 'EXAMPLE\anna' --rights 'Change permissions'
+    "$programs/permora-cli" deny "$folder" --account 'EXAMPLE\carla' --rights 'Delete'
+    smbclient //FILES/data --user 'EXAMPLE\anna%Passw0rd!' --command 'ls' >/dev/null
+
+    Start /srv/data
+    WaitForFolder /srv/data
+    xdotool windowmove --sync "$window" 60 40 windowsize --sync "$window" 820 420
+    Step "details" Keys alt+v d
+    Step "a-folder" Keys P
+    TakeDialog domain-permissions "Security Editor - Plans" Keys alt+p
+    sheet=$dialog
+    OpenDialog "Select Account Name" PressAdd
+    TypeText eng
+    Keys Tab space
+    sleep 1 # the domain is searched after a pause in typing
+    Settle
+    Take domain-account "$dialog"
+    CloseDialog "Select Account Name" "$sheet" Keys Escape
+    Step "owner-page" Keys ctrl+Tab
+    Step "effective-page" Keys ctrl+Tab
+    OpenDialog "Select Account Name" Keys space
+    CloseDialog "Select Account Name" "$sheet" TypeAccount 'EXAMPLE\anna'
+    Take domain-effective "$sheet"
+    CloseDialog "Security Editor - Plans" "$window" Keys Escape
+    Quit
+    EndRun >/dev/null
+}
+
+steps=$(mktemp -d)
+if [ "$1" = --in-domain ]; then
+    BeginRun "$2" "$steps" light
+    trap 'CleanUp; rm -rf "$steps"' EXIT
+    TakeDomainPictures
+    exit
+fi
 rm -rf "$project/docs/pictures"
 mkdir "$project/docs/pictures"
-steps=$(mktemp -d)
 BeginRun "$2" "$steps" light
 trap 'End; rm -rf "$steps"' EXIT
 # shellcheck source=tools/sample.sh
