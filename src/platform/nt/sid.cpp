@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <charconv>
+#include <cstring>
 #include <system_error>
 
 #include "platform/nt/byte_io.h"
@@ -149,7 +150,10 @@ std::optional<Sid> Sid::Append(std::uint32_t subAuthority) const {
 }
 
 bool Sid::IsDirectlyBelow(const Sid& domain) const {
-    return SubAuthorityCount() > 0 && domain.Append(SubAuthority(SubAuthorityCount() - 1)) == *this;
+    constexpr std::size_t kAuthorityAt = 2;  // after the revision and the number of parts
+    return SubAuthorityCount() == domain.SubAuthorityCount() + 1 &&
+           std::memcmp(bytes.data() + kAuthorityAt, domain.bytes.data() + kAuthorityAt,
+                       domain.ByteSize() - kAuthorityAt) == 0;
 }
 
 bool operator==(const Sid& one, const Sid& other) {

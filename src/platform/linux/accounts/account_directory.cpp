@@ -52,6 +52,8 @@ std::array<AccountSource*, 3> AccountSources() {
 }
 
 DWORD FindAccountOfSid(const nt::Sid& sid, Account& account, std::chrono::milliseconds wait) {
+    // Long lists consist of these.
+    if (DomainAccounts::IsOfDomain(sid)) return TheDomainAccounts().FindName(sid, wait, account);
     for (AccountSource* source : AccountSources()) {
         Account found;
         const DWORD error = source->FindName(sid, wait, found);
