@@ -133,18 +133,18 @@ WinbindName NameOf(const char* domain, const char* name, int type) {
 
 }  // namespace
 
-Winbind::Winbind(const WinbindLibrary& functions) : library(functions), context(functions.createContext()) {}
+Winbind::Winbind(const WinbindLibrary& functions, WinbindContext* connection)
+    : library(functions), context(connection) {}
 
 Winbind::~Winbind() {
-    if (context != nullptr) library.freeContext(context);
+    library.freeContext(context);
 }
 
 std::unique_ptr<Winbind> Winbind::Connect() {
     const WinbindLibrary* functions = TheWinbindLibrary();
-    if (functions == nullptr) return nullptr;
-    std::unique_ptr<Winbind> connection(new Winbind(*functions));
-    if (connection->context == nullptr) connection.reset();
-    return connection;
+    WinbindContext* connection = functions != nullptr ? functions->createContext() : nullptr;
+    if (connection == nullptr) return nullptr;
+    return std::unique_ptr<Winbind>(new Winbind(*functions, connection));
 }
 
 Winbind* Winbind::OfThisThread() {

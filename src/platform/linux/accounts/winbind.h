@@ -83,10 +83,10 @@ class Winbind {
 
   private:
     static std::unique_ptr<Winbind> Connect();
-    explicit Winbind(const WinbindLibrary& functions);
+    Winbind(const WinbindLibrary& functions, WinbindContext* connection);  // owns the context
 
     const WinbindLibrary& library;
-    WinbindContext* context;  // null when there was no memory: nothing may be called then
+    WinbindContext* context;
 };
 
 }  // namespace permora::host
