@@ -149,7 +149,8 @@ std::unique_ptr<Winbind> Winbind::Connect() {
 
 Winbind* Winbind::OfThisThread() {
     thread_local const std::unique_ptr<Winbind> kConnection = Connect();
-    return kConnection.get();
+    // The analyzer takes the variable for one that is gone at the end of this function.
+    return kConnection.get();  // NOLINT(clang-analyzer-cplusplus.NewDelete)
 }
 
 WinbindAnswer Winbind::ListDomains(std::vector<WinbindDomain>& domains) {
