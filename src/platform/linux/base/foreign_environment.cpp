@@ -40,26 +40,31 @@ bool IsOfFamily(std::string_view name) {
                                [name](std::string_view family) { return name.starts_with(family); });
 }
 
-bool HoldsPlacesOnly(std::string_view name) {
-    return std::ranges::any_of(kPlaceEnds, [name](std::string_view end) { return name.ends_with(end); });
+enum class Contents { kPlacesOnly, kAnything };
+
+Contents ContentsOf(std::string_view name) {
+    const bool isForPlaces =
+        std::ranges::any_of(kPlaceEnds, [name](std::string_view end) { return name.ends_with(end); });
+    return isForPlaces ? Contents::kPlacesOnly : Contents::kAnything;
 }
 
 // "key=/place" and "FILE:/place" name a place, too. In a variable that holds only places, "=" is part of the
 // name.
-bool IsPartHarmless(std::string_view part, bool isPlace) {
-    if (const std::size_t sign = part.find('='); !isPlace && sign < part.find('/'))
+bool IsPartHarmless(std::string_view part, Contents contents) {
+    if (const std::size_t sign = part.find('='); contents == Contents::kAnything && sign < part.find('/'))
         part.remove_prefix(sign + 1);
-    if (part.find('/') == part.npos) return !isPlace;
+    if (part.find('/') == part.npos) return contents == Contents::kAnything;
     return IsRootsAlone(std::string(part));
 }
 
 bool IsHarmless(std::string_view name, std::string_view value) {
-    const bool isPlace = HoldsPlacesOnly(name);
+    const Contents contents = ContentsOf(name);
     // Some programs read an empty element as the current directory.
-    if (isPlace && (value.starts_with(':') || value.ends_with(':') || value.find("::") != value.npos))
+    if (contents == Contents::kPlacesOnly &&
+        (value.starts_with(':') || value.ends_with(':') || value.find("::") != value.npos))
         return false;
     while (!value.empty())
-        if (!IsPartHarmless(TakeUntil(':', value), isPlace)) return false;
+        if (!IsPartHarmless(TakeUntil(':', value), contents)) return false;
     return true;
 }
 

@@ -114,13 +114,15 @@ DWORD AclOf(const std::vector<std::uint8_t>& descriptor, std::string& acl) {
     return ERROR_SUCCESS;
 }
 
+enum class Guests { kRefused, kAllowed };
+
 // The tool's arguments for a share.
 DWORD AddingArguments(const std::string& name, const std::string& hostPath, const std::string& remark,
-                      const std::string& acl, bool allowsGuests, std::vector<std::string>& arguments) {
+                      const std::string& acl, Guests guests, std::vector<std::string>& arguments) {
     if (name.size() + hostPath.size() + remark.size() + acl.size() > kLongestTexts)
         return ERROR_NOT_SUPPORTED;
     arguments = {"usershare", "add",  "--", name,
-                 hostPath,    remark, acl,  allowsGuests ? "guest_ok=y" : "guest_ok=n"};
+                 hostPath,    remark, acl,  guests == Guests::kAllowed ? "guest_ok=y" : "guest_ok=n"};
     return ERROR_SUCCESS;
 }
 
@@ -214,10 +216,10 @@ DWORD ChangeUserShare(const std::string& name, const ShareChange& change) {
     std::vector<std::string> adding;
     if (error == ERROR_SUCCESS) error = AclOf(descriptor, acl);
     if (error == ERROR_SUCCESS) {
-        const bool allowsGuests = share.IsSet("guest_ok") || share.Value("guest_ok") == "y";
+        const bool isAllowed = share.IsSet("guest_ok") || share.Value("guest_ok") == "y";
         error = AddingArguments(share.name, share.Value("path").value_or(""),
                                 change.remark.value_or(share.Value("comment").value_or("")), acl,
-                                allowsGuests, adding);
+                                isAllowed ? Guests::kAllowed : Guests::kRefused, adding);
     }
     return error == ERROR_SUCCESS ? WriteShare(folder, held, adding) : error;
 }
@@ -232,7 +234,7 @@ DWORD AddUserShare(const Share& share, const std::string& hostPath) {
     std::vector<std::string> adding;
     DWORD error = CheckNewName(share.name);
     if (error == ERROR_SUCCESS)
-        error = AddingArguments(share.name, hostPath, share.remark, acl, false, adding);
+        error = AddingArguments(share.name, hostPath, share.remark, acl, Guests::kRefused, adding);
     return error == ERROR_SUCCESS ? TellSambaTool("net", adding) : error;
 }
 
