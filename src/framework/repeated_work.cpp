@@ -7,7 +7,7 @@
 namespace permora {
 
 void RepeatedWork::Start(std::chrono::milliseconds pause, std::function<void()> work) {
-    repeated = std::make_shared<const Repeated>(pause, std::move(work));
+    repeated = std::make_shared<const Repeated>(Repeated{pause, std::move(work)});
     RunLater(repeated);
 }
 
