@@ -16,26 +16,12 @@ constexpr std::size_t kDriveRootLength = 3;
 
 constexpr const char* kFolderAbove = "..\\";
 
-DWORD FullPath(const std::string& path, std::string& full) {
-    std::string buffer;
-    DWORD length = GetFullPathNameA(path.c_str(), 0, nullptr, nullptr);
-    // The result depends on the current directory, which another process may rename between the two calls.
-    while (length > buffer.size()) {
-        buffer.resize(length);
-        length = GetFullPathNameA(path.c_str(), length, buffer.data(), nullptr);
-    }
-    if (length == 0) return GetLastError();
-    buffer.resize(length);
-    full = std::move(buffer);
-    return ERROR_SUCCESS;
-}
-
 }  // namespace
 
 DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const FolderHandle>& start,
                  Target& target) {
     std::string path;
-    const DWORD error = FullPath(PathFromArgument(argument.c_str()), path);
+    const DWORD error = FullPathOf(PathFromArgument(argument.c_str()), path);
     if (error != ERROR_SUCCESS) return error;
 
     const bool endsWithSeparator = path.ends_with('\\');

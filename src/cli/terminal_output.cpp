@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/terminal_text.h"
+#include "platform/terminal.h"
 
 namespace permora {
 namespace {
@@ -17,7 +18,7 @@ void Write(std::FILE* stream, std::string_view text) {
         if (line.size() < text.size()) printable += '\n';
         text.remove_prefix(std::min(line.size() + 1, text.size()));
     }
-    std::fwrite(printable.data(), 1, printable.size(), stream);
+    WriteText(stream, printable);
 }
 
 }  // namespace
@@ -35,7 +36,7 @@ void PrintError(std::string_view text) {
 }
 
 void OverwriteErrorLine(std::string_view text) {
-    std::fputs(("\r" + PrintableText(text) + "\x1b[K").c_str(), stderr);
+    OverwriteLine(stderr, PrintableText(text));
 }
 
 }  // namespace permora

@@ -1,18 +1,19 @@
 #include "cli/terminal_text.h"
 
-#include <wchar.h>
-
 #include <algorithm>
 #include <array>
 #include <clocale>
 #include <cstdio>
 
+#include "platform/terminal.h"
+#include "platform/utf8.h"
+
 namespace permora {
 namespace {
 
 struct CharacterRange {
-    wchar_t first;
-    wchar_t last;
+    char32_t first;
+    char32_t last;
 };
 
 // Invisible characters that reverse the text around them, join or split it, or end a line. The Unicode
@@ -29,30 +30,16 @@ constexpr std::array<CharacterRange, 9> kUnseenCharacters = {{
     {0xE0000, 0xE007F},
 }};
 
-constexpr wchar_t kLastCharacter = 0x10FFFF;  // Unicode's; UTF-8 as it was once meant went further
-
-bool IsUnseen(wchar_t character) {
+bool IsUnseen(char32_t character) {
     return std::any_of(kUnseenCharacters.begin(), kUnseenCharacters.end(), [character](CharacterRange range) {
         return character >= range.first && character <= range.last;
     });
 }
 
-// The next character of a text and its bytes. A byte that begins no UTF-8 character stands alone, without a
-// character.
-struct DecodedCharacter {
-    bool isCharacter;
-    wchar_t value;
-    std::size_t length;
-};
-
-DecodedCharacter DecodeFirst(std::string_view text) {
-    // For the C library, NUL ends the text. Here it is a control character like any other.
-    if (text.front() == '\0') return {true, L'\0', 1};
-    wchar_t value = 0;
-    mbstate_t state = {};
-    const std::size_t length = mbrtowc(&value, text.data(), text.size(), &state);
-    if (length == 0 || length > text.size() || value > kLastCharacter) return {false, L'\0', 1};
-    return {true, value, length};
+// A byte that begins no UTF-8 character is one byte of no character.
+Utf8Character DecodeFirst(std::string_view text) {
+    const Utf8Character first = FirstUtf8Character(text);
+    return first.isWellFormed ? first : Utf8Character{0, 1, false};
 }
 
 }  // namespace
@@ -80,23 +67,23 @@ void UseUtf8Terminal() {
 std::string PrintableText(std::string_view text) {
     std::string printable;
     while (!text.empty()) {
-        const DecodedCharacter next = DecodeFirst(text);
-        if (!next.isCharacter)
+        const Utf8Character next = DecodeFirst(text);
+        if (!next.isWellFormed)
             printable += "\\x" + HexText(static_cast<unsigned char>(text.front()));
-        else if (wcwidth(next.value) < 0 || next.value == L'\0' || IsUnseen(next.value))
-            printable += "\\u{" + HexText(static_cast<unsigned>(next.value)) + '}';
+        else if (ColumnsOfCharacter(next.codePoint) < 0 || next.codePoint == 0 || IsUnseen(next.codePoint))
+            printable += "\\u{" + HexText(static_cast<unsigned>(next.codePoint)) + '}';
         else
-            printable += text.substr(0, next.length);
-        text.remove_prefix(next.length);
+            printable += text.substr(0, next.bytes);
+        text.remove_prefix(next.bytes);
     }
     return printable;
 }
 
 bool IsUtf8(std::string_view text) {
     while (!text.empty()) {
-        const DecodedCharacter next = DecodeFirst(text);
-        if (!next.isCharacter) return false;
-        text.remove_prefix(next.length);
+        const Utf8Character next = DecodeFirst(text);
+        if (!next.isWellFormed) return false;
+        text.remove_prefix(next.bytes);
     }
     return true;
 }
@@ -104,9 +91,10 @@ bool IsUtf8(std::string_view text) {
 std::size_t DisplayWidth(std::string_view text) {
     std::size_t width = 0;
     while (!text.empty()) {
-        const DecodedCharacter next = DecodeFirst(text);
-        width += static_cast<std::size_t>(std::max(0, next.isCharacter ? wcwidth(next.value) : 1));
-        text.remove_prefix(next.length);
+        const Utf8Character next = DecodeFirst(text);
+        width +=
+            static_cast<std::size_t>(std::max(0, next.isWellFormed ? ColumnsOfCharacter(next.codePoint) : 1));
+        text.remove_prefix(next.bytes);
     }
     return width;
 }

@@ -8,8 +8,8 @@
 
 namespace permora {
 
-// Must be called once before the functions below: they read and measure UTF-8 through the C library, whatever
-// the user's own locale is.
+// Must be called once before the functions below: the C library measures UTF-8 for them, whatever the user's
+// own locale is.
 void UseUtf8Terminal();
 
 // `text` with everything that could steer the terminal or mislead the reader spelled out: control characters,

@@ -84,7 +84,7 @@ std::optional<DWORD> ParseRights(std::string_view list, std::string& problem) {
         }
         mask |= *bits;
     }
-    mask &= ~SYNCHRONIZE;
+    mask &= ~DWORD{SYNCHRONIZE};
     if (mask == 0) {
         problem = "the list names no right";
         return std::nullopt;

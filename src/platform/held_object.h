@@ -96,17 +96,12 @@ class HeldObject {
     // is a link (ERROR_CANT_RESOLVE_FILENAME) or a file (ERROR_DIRECTORY), or its volume holds no lists
     // (ERROR_NOT_SUPPORTED); or `list` is not valid (ERROR_INVALID_ACL). What was done is added to `counts`,
     // whatever the result.
-    //
-    // On Windows the walk is made of the system's own calls. There links keep their lists and are passed over
-    // with ERROR_CANT_RESOLVE_FILENAME, because the system's call would work on their targets, and every
-    // object that is not passed over counts as changed.
     [[nodiscard]] DWORD SetListsBelow(PACL list, TreeListMode mode, TreeObserver& observer,
                                       TreeCounts& counts) const;
 
     // Gives every object below this folder the owner `owner`, as SetNamedSecurityInfoA with
     // OWNER_SECURITY_INFORMATION would for each; the folder itself keeps its owner. It walks and answers as
-    // SetListsBelow does, but on Windows too a link gets the owner itself. ERROR_INVALID_SID when `owner` is
-    // not valid.
+    // SetListsBelow does. ERROR_INVALID_SID when `owner` is not valid.
     [[nodiscard]] DWORD SetOwnersBelow(PSID owner, LinkedFiles linked, TreeObserver& observer,
                                        TreeCounts& counts) const;
 

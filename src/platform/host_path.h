@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/api/base.h"
+
 namespace permora {
 
 // The absolute path, in the form of platform/api/files.h, of what someone typed as an argument: a path with a
@@ -11,6 +13,10 @@ namespace permora {
 // directory. Empty (no path at all) when that directory was deleted. Text only; the object need not exist.
 // Both forms of a path mean the same object.
 std::string PathFromArgument(const char* argument);
+
+// The absolute path that GetFullPathNameA makes of a path, of any length; nothing of it need exist. 0 or a
+// system error code, with `full` as before.
+DWORD FullPathOf(const std::string& path, std::string& full);
 
 // The path that someone typed into a window: one that begins with a slash is the host's, as an argument is.
 // Any other stays as it is, and relative to the current directory.

@@ -15,4 +15,7 @@ DWORD ToWide(const std::string& text, std::wstring& wide);
 // name would mean another file.
 DWORD ToAnsi(std::wstring_view wide, std::string& text);
 
+// For messages: with a replacement for what the code page lacks.
+std::string ShownText(std::wstring_view wide);
+
 }  // namespace permora

@@ -99,10 +99,19 @@ bool FileHandle::KnowsOpeners() const {
 
 DWORD FileHandle::ListNamedStreams(std::vector<std::string>& streams) const {
     constexpr std::size_t kListBytes = std::size_t{64} << 10;
+    DWORD flags = 0;
+    if (GetVolumeInformationByHandleW(inside->file.get(), nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) ==
+        FALSE)
+        return GetLastError();
+    // Such a volume may refuse the question, each in its way.
+    if ((flags & FILE_NAMED_STREAMS) == 0) {
+        streams.clear();
+        return ERROR_SUCCESS;
+    }
     std::vector<std::byte> list(kListBytes);
     if (GetFileInformationByHandleEx(inside->file.get(), FileStreamInfo, list.data(), kListBytes) == FALSE) {
         if (GetLastError() != ERROR_HANDLE_EOF) return GetLastError();
-        streams.clear();  // no stream at all, as on volumes without any
+        streams.clear();  // no stream at all, as folders have it
         return ERROR_SUCCESS;
     }
     std::vector<std::string> found;

@@ -25,12 +25,42 @@ DWORD FinalPathOf(HANDLE object, std::wstring& path) {
     return ERROR_SUCCESS;
 }
 
-DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& request, UniqueHandle& opened) {
-    std::wstring wide;
-    if (const DWORD error = ToWide(path, wide); error != ERROR_SUCCESS) return error;
+DWORD MakeFullPath(std::wstring& path) {
+    std::wstring full;
+    DWORD length = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    // The answer depends on the current directory, which may change between the two calls.
+    while (length > full.size()) {
+        full.resize(length);
+        length = GetFullPathNameW(path.c_str(), length, full.data(), nullptr);
+    }
+    if (length == 0) return GetLastError();
+    full.resize(length);
+    path = std::move(full);
+    return ERROR_SUCCESS;
+}
+
+DWORD ToVerbatimPath(const std::string& path, std::wstring& verbatim) {
+    std::wstring full;
+    DWORD error = ToWide(path, full);
+    if (error == ERROR_SUCCESS) error = MakeFullPath(full);
+    if (error != ERROR_SUCCESS) return error;
+    const bool isServer = full.starts_with(LR"(\\)");
+    const bool isDeviceOrVerbatim = full.starts_with(LR"(\\.\)") || full.starts_with(LR"(\\?\)");
+    if (isDeviceOrVerbatim)
+        verbatim = std::move(full);
+    else
+        verbatim = isServer ? LR"(\\?\UNC)" + full.substr(1) : LR"(\\?\)" + full;
+    return ERROR_SUCCESS;
+}
+
+namespace {
+
+DWORD OpenRelative(HANDLE folder, std::wstring path, const OpenRequest& request, UniqueHandle& opened) {
+    constexpr std::size_t kMostBytes = 0xFFFE;  // what the length of a text of the kernel can say
+    if (path.size() * sizeof(wchar_t) > kMostBytes) return ERROR_FILENAME_EXCED_RANGE;
     UNICODE_STRING text{};
-    text.Buffer = wide.data();
-    text.Length = static_cast<USHORT>(wide.size() * sizeof(wchar_t));
+    text.Buffer = path.data();
+    text.Length = static_cast<USHORT>(path.size() * sizeof(wchar_t));
     text.MaximumLength = text.Length;
     OBJECT_ATTRIBUTES attributes{};
     attributes.Length = sizeof attributes;
@@ -48,11 +78,25 @@ DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& reque
     return ERROR_SUCCESS;
 }
 
-DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request, UniqueHandle& opened) {
+}  // namespace
+
+DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& request, UniqueHandle& opened) {
+    std::wstring wide;
+    const DWORD error = ToWide(path, wide);
+    return error == ERROR_SUCCESS ? OpenRelative(folder, std::move(wide), request, opened) : error;
+}
+
+DWORD OpenIn(HANDLE folder, const std::wstring& name, const OpenRequest& request, UniqueHandle& opened) {
     // Bare names only: the call would take a path, and leave the folder.
-    if (name.empty() || name == "." || name == ".." || name.find_first_of("\\/") != name.npos)
+    if (name.empty() || name == L"." || name == L".." || name.find_first_of(L"\\/") != name.npos)
         return ERROR_INVALID_NAME;
-    return OpenBelow(folder, name, request, opened);
+    return OpenRelative(folder, name, request, opened);
+}
+
+DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request, UniqueHandle& opened) {
+    std::wstring wide;
+    const DWORD error = ToWide(name, wide);
+    return error == ERROR_SUCCESS ? OpenIn(folder, wide, request, opened) : error;
 }
 
 DWORD RemoveOpened(HANDLE object) {

@@ -2,14 +2,13 @@
 // opened is never a reparse point's target.
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
 #include <utility>
 
 #include "platform/folder_files.h"
+#include "platform/windows/folder_listing.h"
 
 namespace permora {
 
@@ -27,10 +26,17 @@ struct OpenRequest {
 // Where an object lies now, as a path that the system's calls take.
 DWORD FinalPathOf(HANDLE object, std::wstring& path);
 
+// Makes a path absolute, as GetFullPathNameW does.
+DWORD MakeFullPath(std::wstring& path);
+// A path as callers write it in the form that the kernel takes as it is, whatever its length:
+// "\\?\C:\folder".
+DWORD ToVerbatimPath(const std::string& path, std::wstring& verbatim);
+
 // `path` is relative to the folder; links on the way are followed.
 DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& request, UniqueHandle& opened);
 // Opens an entry of a folder, or a stream of a file, by its bare name.
 DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request, UniqueHandle& opened);
+DWORD OpenIn(HANDLE folder, const std::wstring& name, const OpenRequest& request, UniqueHandle& opened);
 
 // `object` is open for DELETE.
 DWORD RemoveOpened(HANDLE object);
@@ -53,17 +59,16 @@ DWORD TagOf(HANDLE object, FILE_ATTRIBUTE_TAG_INFO& tag);
 FolderEntryKind KindOfTag(const FILE_ATTRIBUTE_TAG_INFO& tag);
 
 struct FolderHandle::Inside {
-    explicit Inside(UniqueHandle opened) : folder(std::move(opened)) {}
+    explicit Inside(UniqueHandle opened) : listing(std::move(opened)) {}
+
+    HANDLE Folder() const { return listing.Folder(); }
 
     // `open` opens an object with an access of its argument. Who may not list a folder may still enter it.
     static DWORD Adopt(const std::function<DWORD(ACCESS_MASK, UniqueHandle&)>& open, FolderHandle& folder);
     // A path whose last component is followed when a separator comes after it.
     static DWORD OpenNamed(const std::wstring& path, FolderHandle& folder);
 
-    UniqueHandle folder;
-    // What the system listed last, and where the next entry of it begins.
-    alignas(8) std::array<std::byte, 8192> block{};
-    const std::byte* next = nullptr;
+    FolderListing listing;
 };
 
 struct FileHandle::Inside {

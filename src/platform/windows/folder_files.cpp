@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <cstring>
 #include <cwchar>
-#include <filesystem>
 #include <functional>
 #include <string_view>
 #include <utility>
@@ -17,15 +16,46 @@
 #include "platform/windows/code_page.h"
 #include "platform/windows/folder_entry.h"
 #include "platform/windows/held_object_inside.h"
+#include "platform/windows/privileges.h"
 
 namespace permora {
+namespace {
+
+// The length of "\\?\C:" or "\\?\UNC\server\share" in a path that GetFinalPathNameByHandleW gave.
+std::size_t RootLength(const std::wstring& path) {
+    constexpr std::wstring_view kServer = LR"(\\?\UNC\)";
+    if (!path.starts_with(kServer)) return std::min(path.size(), path.find(L'\\', 4));
+    return std::min(path.size(), path.find(L'\\', path.find(L'\\', kServer.size()) + 1));
+}
+
+// `path` as seen from the folder at `full`. The system takes no ".." in paths of its own form.
+std::wstring JoinPaths(std::wstring full, const std::wstring& path) {
+    if (path.find(L':') != path.npos || path.starts_with(LR"(\\)")) return path;
+    const std::size_t root = RootLength(full);
+    if (path.starts_with(L'\\')) full.resize(root);
+    if (full.ends_with(L'\\')) full.pop_back();
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find(L'\\', begin), path.size());
+        const std::wstring component = path.substr(begin, end - begin);
+        begin = end + 1;
+        if (component == L"..")
+            full.resize(std::max(root, std::min(full.size(), full.rfind(L'\\'))));
+        else if (!component.empty() && component != L".")
+            full += L'\\' + component;
+    }
+    // A separator at the end asks for what a link leads to, and a root has one.
+    return path.ends_with(L'\\') || full.size() == root ? full + L'\\' : full;
+}
+
+}  // namespace
 
 DWORD FolderHandle::Inside::Adopt(const std::function<DWORD(ACCESS_MASK, UniqueHandle&)>& open,
                                   FolderHandle& folder) {
     constexpr ACCESS_MASK kEnter = FILE_TRAVERSE | FILE_READ_ATTRIBUTES;
     UniqueHandle opened;
     FILE_ATTRIBUTE_TAG_INFO tag{};
-    DWORD error = open(kEnter | FILE_LIST_DIRECTORY, opened);
+    DWORD error =
+        WithPrivileges(kReadingPrivileges, [&] { return open(kEnter | FILE_LIST_DIRECTORY, opened); });
     if (error == ERROR_ACCESS_DENIED) error = open(kEnter, opened);
     if (error == ERROR_SUCCESS) error = TagOf(opened.get(), tag);
     if (error != ERROR_SUCCESS) return error;
@@ -61,26 +91,25 @@ FolderHandle::~FolderHandle() = default;
 
 DWORD FolderHandle::Open(const std::string& path, FolderHandle& folder) {
     std::wstring wide;
-    const DWORD error = ToWide(path, wide);
+    const DWORD error = ToVerbatimPath(path, wide);
     return error == ERROR_SUCCESS ? Inside::OpenNamed(wide, folder) : error;
 }
 
 DWORD FolderHandle::OpenPath(const std::string& path, FolderHandle& folder) const {
     // The kernel knows no "..", and what names a drive or begins at its root is not found from here.
     if (path.starts_with("..") || path.starts_with('\\') || path.find(':') != path.npos) {
-        std::wstring wide;
+        std::wstring full;
         std::wstring rest;
-        DWORD error = FinalPathOf(inside->folder.get(), wide);
-        if (error == ERROR_SUCCESS) error = ToWide(path, rest);
+        DWORD error = ToWide(path, rest);
+        if (error == ERROR_SUCCESS) error = FinalPathOf(inside->Folder(), full);
         if (error != ERROR_SUCCESS) return error;
-        const std::filesystem::path full = std::filesystem::path(wide) / std::filesystem::path(rest);
-        return Inside::OpenNamed(full.lexically_normal().wstring(), folder);
+        return Inside::OpenNamed(JoinPaths(full, rest), folder);
     }
     return Inside::Adopt(
         [&](ACCESS_MASK access, UniqueHandle& opened) {
-            if (path.empty()) return OpenAgain(inside->folder.get(), access, opened);
+            if (path.empty()) return OpenAgain(inside->Folder(), access, opened);
             const bool isFollowed = path.ends_with('\\');
-            return OpenBelow(inside->folder.get(), path.substr(0, path.size() - (isFollowed ? 1 : 0)),
+            return OpenBelow(inside->Folder(), path.substr(0, path.size() - (isFollowed ? 1 : 0)),
                              {access, kShareAll, FILE_OPEN_FOR_BACKUP_INTENT,
                               isFollowed ? LastLink::kFollow : LastLink::kItself},
                              opened);
@@ -90,7 +119,7 @@ DWORD FolderHandle::OpenPath(const std::string& path, FolderHandle& folder) cons
 
 DWORD FolderHandle::MakeCurrent() const {
     std::wstring path;
-    const DWORD error = FinalPathOf(inside->folder.get(), path);
+    const DWORD error = FinalPathOf(inside->Folder(), path);
     if (error != ERROR_SUCCESS) return error;
     // The current directory is shown to people, in the form that they know.
     constexpr std::wstring_view kVerbatim = LR"(\\?\)";
@@ -105,10 +134,10 @@ DWORD FolderHandle::MakeCurrent() const {
 DWORD FolderHandle::OpenFolder(const std::string& name, FolderHandle& folder) const {
     UniqueHandle opened;
     FILE_ATTRIBUTE_TAG_INFO tag{};
-    DWORD error = OpenIn(inside->folder.get(), name,
-                         {FILE_LIST_DIRECTORY | FILE_TRAVERSE | FILE_READ_ATTRIBUTES, kShareAll,
-                          FILE_DIRECTORY_FILE | FILE_OPEN_FOR_BACKUP_INTENT},
-                         opened);
+    constexpr OpenRequest kListed = {FILE_LIST_DIRECTORY | FILE_TRAVERSE | FILE_READ_ATTRIBUTES, kShareAll,
+                                     FILE_DIRECTORY_FILE | FILE_OPEN_FOR_BACKUP_INTENT};
+    DWORD error =
+        WithPrivileges(kReadingPrivileges, [&] { return OpenIn(inside->Folder(), name, kListed, opened); });
     if (error == ERROR_SUCCESS) error = TagOf(opened.get(), tag);
     if (error != ERROR_SUCCESS) return error;
     if (KindOfTag(tag) != FolderEntryKind::kFolder) return ERROR_CANT_RESOLVE_FILENAME;
@@ -117,36 +146,22 @@ DWORD FolderHandle::OpenFolder(const std::string& name, FolderHandle& folder) co
 }
 
 DWORD FolderHandle::NextEntry(FolderEntry& entry) {
-    for (;;) {
-        if (inside->next == nullptr) {
-            if (GetFileInformationByHandleEx(inside->folder.get(), FileFullDirectoryInfo,
-                                             inside->block.data(),
-                                             static_cast<DWORD>(inside->block.size())) == FALSE) {
-                return GetLastError();
-            }
-            inside->next = inside->block.data();
-        }
-        FILE_FULL_DIR_INFO info{};
-        std::memcpy(&info, inside->next, offsetof(FILE_FULL_DIR_INFO, FileName));
-        const auto* letters = inside->next + offsetof(FILE_FULL_DIR_INFO, FileName);
-        std::wstring name(info.FileNameLength / sizeof(wchar_t), L'\0');
-        std::memcpy(name.data(), letters, name.size() * sizeof(wchar_t));
-        inside->next = info.NextEntryOffset != 0 ? inside->next + info.NextEntryOffset : nullptr;
-        if (name == L"." || name == L"..") continue;
-        std::string text;
-        if (const DWORD error = ToAnsi(name, text); error != ERROR_SUCCESS) return error;
-        // A reparse point has its tag in the place of the size of its attributes: MS-FSCC, 2.4.14.
-        entry = {std::move(text), KindOfTag({info.FileAttributes, info.EaSize})};
-        return ERROR_SUCCESS;
-    }
+    FoundEntry found;
+    std::string name;
+    DWORD error = inside->listing.Next(found);
+    if (error == ERROR_SUCCESS) error = ToAnsi(found.name, name);
+    if (error == ERROR_SUCCESS) entry = {std::move(name), found.kind};
+    return error;
 }
 
 DWORD FolderHandle::BytesPerSector(DWORD& bytes) const {
-    FILE_STORAGE_INFO storage{};
-    if (GetFileInformationByHandleEx(inside->folder.get(), FileStorageInfo, &storage, sizeof storage) ==
-        FALSE)
-        return GetLastError();
-    bytes = storage.LogicalBytesPerSector;
+    // Every volume has an answer to this, also one of a server.
+    FILE_FS_SIZE_INFORMATION size{};
+    IO_STATUS_BLOCK answer{};
+    const NTSTATUS status =
+        NtQueryVolumeInformationFile(inside->Folder(), &answer, &size, sizeof size, FileFsSizeInformation);
+    if (status < 0) return RtlNtStatusToDosError(status);
+    bytes = size.BytesPerSector;
     return ERROR_SUCCESS;
 }
 
@@ -154,8 +169,8 @@ DWORD FolderHandle::HoldObject(const std::string& path, HeldObject& object) cons
     auto held = std::make_unique<HeldObject::Inside>();
     const DWORD error =
         path.empty()
-            ? OpenAgain(inside->folder.get(), FILE_READ_ATTRIBUTES, held->object)
-            : OpenBelow(inside->folder.get(), path,
+            ? OpenAgain(inside->Folder(), FILE_READ_ATTRIBUTES, held->object)
+            : OpenBelow(inside->Folder(), path,
                         {FILE_READ_ATTRIBUTES, kShareAll, FILE_OPEN_FOR_BACKUP_INTENT}, held->object);
     if (error == ERROR_SUCCESS) object.inside = std::move(held);
     return error;
@@ -163,11 +178,11 @@ DWORD FolderHandle::HoldObject(const std::string& path, HeldObject& object) cons
 
 DWORD FolderHandle::HoldFile(const std::string& name, FileHandle& file) const {
     auto held = std::make_unique<FileHandle::Inside>();
-    held->folder = inside->folder.get();
+    held->folder = inside->Folder();
     held->name = name;
     FILE_ATTRIBUTE_TAG_INFO tag{};
-    DWORD error = OpenIn(inside->folder.get(), name,
-                         {FILE_READ_ATTRIBUTES, kShareAll, FILE_NON_DIRECTORY_FILE}, held->file);
+    DWORD error = OpenIn(inside->Folder(), name, {FILE_READ_ATTRIBUTES, kShareAll, FILE_NON_DIRECTORY_FILE},
+                         held->file);
     if (error == ERROR_SUCCESS) error = TagOf(held->file.get(), tag);
     if (error != ERROR_SUCCESS) return error;
     if ((tag.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return ERROR_CANT_RESOLVE_FILENAME;
@@ -178,7 +193,7 @@ DWORD FolderHandle::HoldFile(const std::string& name, FileHandle& file) const {
 DWORD FolderHandle::RemoveLink(const std::string& name) const {
     UniqueHandle object;
     FILE_ATTRIBUTE_TAG_INFO tag{};
-    DWORD error = OpenIn(inside->folder.get(), name, {DELETE | FILE_READ_ATTRIBUTES}, object);
+    DWORD error = OpenIn(inside->Folder(), name, {DELETE | FILE_READ_ATTRIBUTES}, object);
     if (error == ERROR_SUCCESS) error = TagOf(object.get(), tag);
     if (error != ERROR_SUCCESS) return error;
     return KindOfTag(tag) == FolderEntryKind::kOther ? RemoveOpened(object.get()) : ERROR_ACCESS_DENIED;
@@ -186,7 +201,7 @@ DWORD FolderHandle::RemoveLink(const std::string& name) const {
 
 DWORD FolderHandle::RemoveFolder(const std::string& name) const {
     UniqueHandle object;
-    const DWORD error = OpenIn(inside->folder.get(), name, {DELETE, kShareAll, FILE_DIRECTORY_FILE}, object);
+    const DWORD error = OpenIn(inside->Folder(), name, {DELETE, kShareAll, FILE_DIRECTORY_FILE}, object);
     return error == ERROR_SUCCESS ? RemoveOpened(object.get()) : error;
 }
 

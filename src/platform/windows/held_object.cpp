@@ -9,6 +9,7 @@
 #include "platform/api/errors.h"
 #include "platform/windows/folder_entry.h"
 #include "platform/windows/held_object_inside.h"
+#include "platform/windows/privileges.h"
 
 namespace permora {
 namespace {
@@ -36,6 +37,11 @@ bool HasListOf(HANDLE object, PSECURITY_DESCRIPTOR expected) {
     const DWORD size = GetSecurityDescriptorLength(now.descriptor.get());
     return size == GetSecurityDescriptorLength(expected) &&
            std::memcmp(now.descriptor.get(), expected, size) == 0;
+}
+
+// A system access list is read and written by those with a privilege alone.
+DWORD SystemListAccess(SECURITY_INFORMATION information) {
+    return (information & SACL_SECURITY_INFORMATION) != 0 ? DWORD{ACCESS_SYSTEM_SECURITY} : 0;
 }
 
 // A file of this user, with one byte to lock for each object. It is never written.
@@ -98,7 +104,9 @@ HeldObject& HeldObject::operator=(HeldObject&& other) noexcept = default;
 HeldObject::~HeldObject() = default;
 
 DWORD HeldObject::Hold(const std::string& path, HeldObject& object) {
-    HANDLE opened = CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kShareEverything, nullptr, OPEN_EXISTING,
+    std::wstring wide;
+    if (const DWORD error = ToVerbatimPath(path, wide); error != ERROR_SUCCESS) return error;
+    HANDLE opened = CreateFileW(wide.c_str(), FILE_READ_ATTRIBUTES, kShareEverything, nullptr, OPEN_EXISTING,
                                 kItself, nullptr);
     if (opened == INVALID_HANDLE_VALUE) return GetLastError();
     object.inside = std::make_unique<Inside>();
@@ -125,7 +133,9 @@ DWORD HeldObject::AskAccessControl(bool& isSupported) const {
 
 DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const {
     UniqueHandle object;
-    const DWORD error = OpenAgain(inside->object.get(), READ_CONTROL, object);
+    const DWORD access = READ_CONTROL | SystemListAccess(information);
+    const DWORD error =
+        WithPrivileges(kReadingPrivileges, [&] { return OpenAgain(inside->object.get(), access, object); });
     return error == ERROR_SUCCESS ? ReadFrom(object.get(), information, parts) : error;
 }
 
@@ -139,21 +149,25 @@ DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts
     DWORD access = 0;
     if ((information & kOwners) != 0) access |= WRITE_OWNER;
     if ((information & DACL_SECURITY_INFORMATION) != 0) access |= READ_CONTROL | WRITE_DAC;
-    if ((information & SACL_SECURITY_INFORMATION) != 0) access |= ACCESS_SYSTEM_SECURITY;
+    access |= SystemListAccess(information);
     UniqueHandle object;
     UniqueHandle turns;
-    DWORD error = OpenAgain(inside->object.get(), access, object);
+    DWORD error =
+        WithPrivileges(kChangingPrivileges, [&] { return OpenAgain(inside->object.get(), access, object); });
     if (error == ERROR_SUCCESS && !inside->turns) error = TakeTurnOn(inside->object.get(), turns);
     if (error != ERROR_SUCCESS) return error;
     if (expected != nullptr && !HasListOf(object.get(), expected)) return ERROR_REVISION_MISMATCH;
-    return SetSecurityInfo(object.get(), SE_FILE_OBJECT, information, parts.owner, parts.group, parts.dacl,
-                           parts.sacl);
+    // An owner who is not the user takes a privilege here, too.
+    return WithPrivileges(kChangingPrivileges, [&] {
+        return SetSecurityInfo(object.get(), SE_FILE_OBJECT, information, parts.owner, parts.group,
+                               parts.dacl, parts.sacl);
+    });
 }
 
 struct RememberedObject::Inside {
-    static DWORD Verify(const Inside* remembered, const UniqueHandle& object) {
+    static DWORD Verify(const Inside* remembered, HANDLE object) {
         if (remembered == nullptr || remembered->error != ERROR_SUCCESS) return ERROR_FILE_INVALID;
-        return VerifyMark(object.get(), remembered->mark);
+        return VerifyMark(object, remembered->mark);
     }
 
     DWORD error = ERROR_SUCCESS;
@@ -182,15 +196,15 @@ FolderEntryKind RememberedObject::Kind() const {
 }
 
 DWORD RememberedObject::Verify(const HeldObject& object) const {
-    return Inside::Verify(inside.get(), object.inside->object);
+    return Inside::Verify(inside.get(), object.inside->object.get());
 }
 
 DWORD RememberedObject::Verify(const FileHandle& file) const {
-    return Inside::Verify(inside.get(), file.inside->file);
+    return Inside::Verify(inside.get(), file.inside->file.get());
 }
 
 DWORD RememberedObject::Verify(const FolderHandle& folder) const {
-    return Inside::Verify(inside.get(), folder.inside->folder);
+    return Inside::Verify(inside.get(), folder.inside->Folder());
 }
 
 }  // namespace permora

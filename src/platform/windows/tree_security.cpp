@@ -1,186 +1,150 @@
-// SetListsBelow and SetOwnersBelow with the system's own calls. An open search keeps its folder and those
-// above it from being renamed, so the paths of the walk stay true while it is below them.
-#include <cstring>
-#include <functional>
-#include <memory>
+// SetListsBelow and SetOwnersBelow: what an object inherits is computed here, as the system does when it
+// carries a list down, so that each object is read and written once.
+#include <cstdint>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
-#include "platform/passed_over.h"
-#include "platform/windows/code_page.h"
+#include "platform/nt/inheritance.h"
+#include "platform/raw_security.h"
 #include "platform/windows/folder_entry.h"
 #include "platform/windows/held_object_inside.h"
+#include "platform/windows/privileges.h"
+#include "platform/windows/tree_change.h"
 
 namespace permora {
 namespace {
 
-struct FindCloser {
-    void operator()(void* search) const { FindClose(search); }
-};
-using UniqueSearch = std::unique_ptr<void, FindCloser>;
-
-// A folder that is being listed, always one entry ahead.
-struct OpenFolder {
-    UniqueSearch search;
-    std::size_t pathLength;  // of the folder, with the separator after it
-    bool hasNext;
-    WIN32_FIND_DATAA next;
+// What the objects in a folder inherit from.
+struct FolderList {
+    DWORD readError = ERROR_SUCCESS;  // why its list is not known; then nothing in it can be set
+    nt::Acl list;                     // what stands on it now
 };
 
-// Changes the object at a path. The system's calls take a writable text.
-using Change = std::function<DWORD(std::string& path)>;
+DWORD WriteList(HANDLE object, const nt::Acl& list) {
+    nt::SecurityDescriptor descriptor;
+    descriptor.daclState = nt::DaclState::kList;
+    descriptor.dacl = list;
+    // The system keeps the mark of an inherited list only for who asks for it with the other bit.
+    descriptor.control |= nt::kDaclAutoInherited | nt::kDaclAutoInheritRequest;
+    std::vector<std::uint8_t> bytes;
+    if (!descriptor.AppendTo(bytes)) return ERROR_INVALID_ACL;
+    const SECURITY_INFORMATION parts = DACL_SECURITY_INFORMATION | UNPROTECTED_DACL_SECURITY_INFORMATION;
+    return SetKernelObjectSecurity(object, parts, bytes.data()) != FALSE ? ERROR_SUCCESS : GetLastError();
+}
 
-enum class Links {
-    kPassOver,  // the change would work on what they lead to
-    kChange,    // it works on the link itself
-};
-
-class TreeWalk {
+class ListSetting : public TreeChange {
   public:
-    TreeWalk(Change work, Links rule, TreeObserver& listener, TreeCounts& totals)
-        : change(std::move(work)), links(rule), observer(listener), counts(totals) {}
-
-    DWORD Run(LPCSTR folder) {
-        const DWORD attributes = GetFileAttributesA(folder);
-        if (attributes == INVALID_FILE_ATTRIBUTES) return GetLastError();
-        if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return ERROR_CANT_RESOLVE_FILENAME;
-        if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return ERROR_DIRECTORY;
-        path = folder;
-        const DWORD error = Enter();
-        below = path.size();
-        if (error != ERROR_SUCCESS) return error;
-        while (!open.empty()) {
-            path.resize(open.back().pathLength);
-            if (!open.back().hasNext) {
-                open.pop_back();
-                continue;
-            }
-            const WIN32_FIND_DATAA entry = open.back().next;
-            Advance(open.back());
-            if (std::strcmp(entry.cFileName, ".") == 0 || std::strcmp(entry.cFileName, "..") == 0) continue;
-            if (!observer.Begin(entry.cFileName)) {
-                result = ERROR_OPERATION_ABORTED;
-                break;
-            }
-            path += entry.cFileName;
-            Visit(entry);
-        }
-        passedOver.Tell(observer);
-        return result;
-    }
+    ListSetting(const nt::Acl& list, TreeListMode writing, TreeObserver& listener, TreeCounts& totals)
+        : TreeChange(listener, totals), explicitEntries(list), mode(writing) {}
 
   private:
-    // Begins to list the folder at `path`.
-    DWORD Enter() {
-        if (path.back() != '\\' && path.back() != '/') path += '\\';
-        OpenFolder folder{nullptr, path.size(), true, {}};
-        HANDLE search = FindFirstFileA((path + '*').c_str(), &folder.next);
-        if (search == INVALID_HANDLE_VALUE) return GetLastError();
-        folder.search.reset(search);
-        open.push_back(std::move(folder));
-        return ERROR_SUCCESS;
+    DWORD Begin(HANDLE top) override { return ReadFolder(top, lists.emplace_back()); }
+
+    DWORD Access() const override {
+        return mode == TreeListMode::kWrite ? READ_CONTROL | WRITE_DAC : READ_CONTROL;
     }
 
-    void Advance(OpenFolder& folder) {
-        folder.hasNext = FindNextFileA(folder.search.get(), &folder.next) != FALSE;
-        if (folder.hasNext || GetLastError() == ERROR_NO_MORE_FILES) return;
-        if (open.size() == 1)
-            result = GetLastError();
-        else
-            PassOver(GetLastError());
+    DWORD Change(HANDLE object, std::size_t depth, Outcome& outcome) override {
+        const FolderList& parent = lists[depth];
+        FILE_ATTRIBUTE_TAG_INFO tag{};
+        DWORD error = TagOf(object, tag);
+        if (error == ERROR_SUCCESS) error = ReadDescriptor(object, before);
+        if (error != ERROR_SUCCESS) return error;
+        if (parent.readError != ERROR_SUCCESS) return parent.readError;
+        const bool isFolder = (tag.FileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        after = before;
+        after.control &= static_cast<std::uint16_t>(~(nt::kDaclProtected | SE_DACL_DEFAULTED));
+        after.control |= nt::kDaclPresent | nt::kDaclAutoInherited;
+        after.daclState = nt::DaclState::kList;
+        after.dacl = nt::MergeInherited(explicitEntries, parent.list,
+                                        isFolder ? nt::ObjectKind::kFolder : nt::ObjectKind::kFile,
+                                        before.owner.value_or(nt::Sid()), before.group.value_or(nt::Sid()));
+        if (after == before) return ERROR_SUCCESS;
+        outcome = Outcome::kChanged;
+        return mode == TreeListMode::kWrite ? WriteList(object, after.dacl) : ERROR_SUCCESS;
     }
 
-    void Visit(const WIN32_FIND_DATAA& entry) {
-        const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-        const bool isRefused = isLink && links == Links::kPassOver;
-        const DWORD error = isRefused ? DWORD{ERROR_CANT_RESOLVE_FILENAME} : change(path);
+    // What is in the folder inherits from what stands on it: the new list, or where that could not be set the
+    // one it has kept.
+    void Enter(HANDLE folder, DWORD error, std::size_t inside) override {
+        lists.resize(inside);
+        FolderList& entered = lists.emplace_back();
         if (error == ERROR_SUCCESS)
-            ++counts.changed;
+            std::swap(entered.list, after.dacl);
         else
-            PassOver(error);
-        if (isLink || (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return;
-        const DWORD listingError = Enter();
-        if (listingError != ERROR_SUCCESS) PassOver(listingError);
+            entered.readError = ReadFolder(folder, entered);
     }
 
-    void PassOver(DWORD error) {
-        // The object has vanished.
-        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return;
-        ++counts.passedOver;
-        passedOver.Add(path.substr(below), error);
+    DWORD ReadFolder(HANDLE object, FolderList& folder) {
+        nt::SecurityDescriptor descriptor;
+        const DWORD error = ReadDescriptor(object, descriptor);
+        // Without a list there is nothing to hand down.
+        if (error == ERROR_SUCCESS && descriptor.daclState == nt::DaclState::kList)
+            folder.list = std::move(descriptor.dacl);
+        return error;
     }
 
-    Change change;
-    Links links;
-    TreeObserver& observer;
-    TreeCounts& counts;
-    PassedOverObjects passedOver;
-    DWORD result = ERROR_SUCCESS;
-    std::string path;              // of the current object
-    std::size_t below = 0;         // where in it the part below the walked folder begins
-    std::vector<OpenFolder> open;  // from the walked folder down to the current one
+    const nt::Acl& explicitEntries;
+    const TreeListMode mode;
+    std::vector<FolderList> lists;  // by depth of what stands in them
+    nt::SecurityDescriptor before;
+    nt::SecurityDescriptor after;
 };
 
-// Whether the object's list could be read.
-DWORD ReadList(std::string& path) {
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    const DWORD error = GetNamedSecurityInfoA(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
-                                              nullptr, nullptr, nullptr, nullptr, &descriptor);
-    const UniqueLocal<void> owned(descriptor);
-    return error;
-}
+class OwnerSetting : public TreeChange {
+  public:
+    OwnerSetting(const nt::Sid& account, LinkedFiles linkedFiles, TreeObserver& listener, TreeCounts& totals)
+        : TreeChange(listener, totals), owner(account), linked(linkedFiles) {}
 
-// By a handle: the call that takes a name would set the owner of the target of a link.
-DWORD WriteOwnerAt(const std::string& path, PSID owner, LinkedFiles linked) {
-    HANDLE handle =
-        CreateFileA(path.c_str(), WRITE_OWNER | FILE_READ_ATTRIBUTES,
-                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                    FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) return GetLastError();
-    const UniqueHandle object(handle);
-    BY_HANDLE_FILE_INFORMATION info{};
-    if (GetFileInformationByHandle(handle, &info) == FALSE) return GetLastError();
-    const bool isFolder = (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (linked == LinkedFiles::kPassOver && !isFolder && info.nNumberOfLinks > 1) return kHasFurtherNames;
-    return SetSecurityInfo(handle, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, owner, nullptr, nullptr,
-                           nullptr);
-}
+  private:
+    DWORD Begin(HANDLE /*top*/) override { return ERROR_SUCCESS; }
 
-// The present path of a folder. The walk uses this path, and its first search keeps the folder and those
-// above it from being renamed.
-DWORD PathOf(HANDLE folder, std::string& path) {
-    std::wstring wide;
-    const DWORD error = FinalPathOf(folder, wide);
-    return error == ERROR_SUCCESS ? ToAnsi(wide, path) : error;
-}
+    DWORD Access() const override { return READ_CONTROL | WRITE_OWNER; }
+
+    DWORD Change(HANDLE object, std::size_t /*depth*/, Outcome& outcome) override {
+        BY_HANDLE_FILE_INFORMATION info{};
+        if (GetFileInformationByHandle(object, &info) == FALSE) return GetLastError();
+        const bool isFolder = (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (linked == LinkedFiles::kPassOver && !isFolder && info.nNumberOfLinks > 1) return kHasFurtherNames;
+        nt::SecurityDescriptor descriptor;
+        if (const DWORD error = ReadDescriptor(object, descriptor); error != ERROR_SUCCESS) return error;
+        if (descriptor.owner == owner) return ERROR_SUCCESS;
+        outcome = Outcome::kChanged;
+        nt::SecurityDescriptor changed;
+        changed.owner = owner;
+        std::vector<std::uint8_t> bytes;
+        if (!changed.AppendTo(bytes)) return ERROR_INVALID_SID;
+        return WithPrivileges(kChangingPrivileges, [&] {
+            return SetKernelObjectSecurity(object, OWNER_SECURITY_INFORMATION, bytes.data()) != FALSE
+                       ? DWORD{ERROR_SUCCESS}
+                       : GetLastError();
+        });
+    }
+
+    void Enter(HANDLE /*folder*/, DWORD /*error*/, std::size_t /*inside*/) override {}
+
+    const nt::Sid owner;
+    const LinkedFiles linked;
+};
 
 }  // namespace
 
 DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, TreeObserver& observer,
                                 TreeCounts& counts) const {
-    if (list == nullptr || IsValidAcl(list) == FALSE) return ERROR_INVALID_ACL;
-    const auto writeList = [list](std::string& path) {
-        return SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT,
-                                     DACL_SECURITY_INFORMATION | UNPROTECTED_DACL_SECURITY_INFORMATION,
-                                     nullptr, nullptr, list, nullptr);
-    };
-    std::string path;
-    if (const DWORD error = PathOf(inside->object.get(), path); error != ERROR_SUCCESS) return error;
-    const Change change = mode == TreeListMode::kWrite ? Change(writeList) : Change(ReadList);
-    return TreeWalk(change, Links::kPassOver, observer, counts).Run(path.c_str());
+    const std::optional<nt::Acl> entries = AclOf(list);
+    if (!entries) return ERROR_INVALID_ACL;
+    const nt::Acl mapped = nt::MapGenericRights(*entries, {});
+    return ListSetting(mapped, mode, observer, counts).Run(inside->object.get());
 }
 
 DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, TreeObserver& observer,
                                  TreeCounts& counts) const {
-    if (IsValidSid(owner) == FALSE) return ERROR_INVALID_SID;
-    std::string path;
-    if (const DWORD error = PathOf(inside->object.get(), path); error != ERROR_SUCCESS) return error;
-    const auto writeOwner = [owner, linked](const std::string& object) {
-        return WriteOwnerAt(object, owner, linked);
-    };
-    return TreeWalk(writeOwner, Links::kChange, observer, counts).Run(path.c_str());
+    const std::optional<nt::Sid> account = SidOf(owner);
+    if (!account) return ERROR_INVALID_SID;
+    return OwnerSetting(*account, linked, observer, counts).Run(inside->object.get());
 }
 
 }  // namespace permora

@@ -2,6 +2,9 @@
 
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <wchar.h>
+
+#include <string>
 
 namespace permora {
 
@@ -12,6 +15,18 @@ unsigned TerminalColumns(std::FILE* stream) {
     winsize size{};
     if (ioctl(descriptor, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualColumns;
     return size.ws_col;
+}
+
+void WriteText(std::FILE* stream, std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stream);
+}
+
+void OverwriteLine(std::FILE* stream, std::string_view text) {
+    WriteText(stream, '\r' + std::string(text) + "\x1b[K");
+}
+
+int ColumnsOfCharacter(char32_t character) {
+    return wcwidth(static_cast<wchar_t>(character));
 }
 
 }  // namespace permora

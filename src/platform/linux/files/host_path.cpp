@@ -5,7 +5,10 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
 #include "platform/linux/files/current_directory.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/path_text.h"
@@ -37,6 +40,20 @@ std::string PathFromArgument(const char* argument) {
     const bool asksForFolder = text.ends_with('/') || text.ends_with("/.");
     if (asksForFolder && path.back() != '\\') path += '\\';
     return path;
+}
+
+DWORD FullPathOf(const std::string& path, std::string& full) {
+    std::string buffer;
+    DWORD length = GetFullPathNameA(path.c_str(), 0, nullptr, nullptr);
+    // The result depends on the current directory, which another process may rename between the two calls.
+    while (length > buffer.size()) {
+        buffer.resize(length);
+        length = GetFullPathNameA(path.c_str(), length, buffer.data(), nullptr);
+    }
+    if (length == 0) return GetLastError();
+    buffer.resize(length);
+    full = std::move(buffer);
+    return ERROR_SUCCESS;
 }
 
 std::string PathFromTyped(const std::string& text) {
