@@ -11,8 +11,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     target_compile_options(permora_settings INTERFACE -Wno-restrict)
 endif()
 
-if(NOT WIN32)
-    target_compile_options(permora_settings INTERFACE -fstack-protector-strong)
+target_compile_options(permora_settings INTERFACE -fstack-protector-strong)
+if(WIN32)
+    # One file with no library beside it, the same bytes from each build.
+    target_link_options(permora_settings INTERFACE -static -fstack-protector-strong -Wl,--no-insert-timestamp $<$<CONFIG:Release>:-s>)
+else()
     target_compile_definitions(permora_settings INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
     target_link_options(permora_settings INTERFACE -Wl,-z,relro,-z,now)
 endif()

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Runs a Windows program under Wine, with a Windows of its own below build/wine: tools/wine.sh PROGRAM ARGUMENT...
+set -euo pipefail
+folder=$(dirname "$(dirname "$(readlink -f "$0")")")/build/wine
+wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
+export WINEPREFIX=$folder/prefix WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all}
+# Nothing of the desktop is needed: no menu entries, no offers to download a browser engine or a runtime.
+export WINEDLLOVERRIDES='winemenubuilder.exe,mscoree,mshtml=d'
+unset DISPLAY WAYLAND_DISPLAY
+
+# The first one makes the prefix; others that start meanwhile wait for it.
+mkdir -p "$folder"
+exec 9>"$folder/lock"
+flock 9
+if [ ! -e "$folder/ready" ]; then
+    "$wine" wineboot --init >"$folder/first-start.log" 2>&1 9>&- || { cat "$folder/first-start.log" >&2; exit 125; }
+    touch "$folder/ready"
+fi
+exec 9>&-
+exec "$wine" "$@"
