@@ -15,6 +15,9 @@ domainPackages=(winbind samba-ad-provision samba-dsdb-modules iproute2)
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core dbus-daemon at-spi2-core
     gir1.2-atspi-2.0 python3-gi)
 
+# To build for Windows and to run that: the compiler, the source of the test framework, and Wine without its 32-bit half.
+windowsPackages=(g++-mingw-w64-x86-64-posix googletest wine64 zip)
+
 # MissingPackages PACKAGE...: those that are not installed, one a line. A look into dpkg's own tables, no network.
 MissingPackages() {
     local installed

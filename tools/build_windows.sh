@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# Makes the programs for Windows: build/windows/bin/permora-cli.exe, and build/windows/permora-VERSION-windows.zip with
+# it, its tests and their run.cmd. Two builds of one commit give the same bytes.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")/.."
+# shellcheck source=tools/packages.sh
+source tools/packages.sh
+# shellcheck source=tools/build.sh
+source tools/build.sh
+
+EnsurePackages "${buildPackages[@]}" "${windowsPackages[@]}"
+BuildPreset windows
+out=build/windows
+tools/check_windows_program.sh $out/bin/permora-cli.exe
+
+version=$(sed -nE 's/^CMAKE_PROJECT_VERSION:STATIC=//p' $out/CMakeCache.txt)
+folder=$out/zip/permora-$version
+rm -rf "$out/zip"
+mkdir -p "$folder/bin" "$folder/tests"
+cp $out/bin/permora-cli.exe "$folder/bin/"
+cp LICENSE docs/terminal.md docs/windows.md "$folder/"
+cp $out/tests/windows_*_test.exe tests/windows/run.cmd "$folder/tests/"
+x86_64-w64-mingw32-strip "$folder"/tests/*.exe
+# The time of the commit, for the same bytes from the same sources.
+stamp=$(git log -1 --format=%ct 2>/dev/null || echo 0)
+find "$out/zip" -exec touch --no-dereference --date="@$stamp" {} +
+archive=$PWD/$out/permora-$version-windows.zip
+rm -f "$archive"
+(cd "$out/zip" && find "permora-$version" -type f | LC_ALL=C sort | TZ=UTC zip --quiet -X -@ "$archive")
+echo "$archive"
