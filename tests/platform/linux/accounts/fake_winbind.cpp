@@ -96,6 +96,7 @@ using namespace permora::test;
 
 #define FAKE extern "C" __attribute__((visibility("default")))
 
+// NOLINTBEGIN(readability-identifier-naming): the names of the library
 FAKE void* wbcCtxCreate() {
     return std::malloc(1);
 }
@@ -156,7 +157,7 @@ FAKE int wbcCtxLookupRids(void*, WinbindSid*, int count, std::uint32_t* relative
             (*names)[i] = NameFor(person.name);
             (*types)[i] = person.type;
         }
-        // Names without an end of the crowd.
+        // A crowd whose relative ids lie apart.
         if (relativeIds[i] >= 5000 && relativeIds[i] < 5200) {
             (*names)[i] = "crowd";
             (*types)[i] = 1;
@@ -231,3 +232,4 @@ FAKE int wbcCtxAuthenticateUserEx(void*, const WinbindLogon*, WinbindLogonResult
     const int code = Begin();
     return code != 0 ? code : kWinbindAuthenticationFailed;
 }
+// NOLINTEND(readability-identifier-naming)
