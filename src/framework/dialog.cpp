@@ -65,13 +65,7 @@ void CDialog::EndDialog(int result) {
     });
 }
 
-bool CDialog::OnInitDialog() {
-    DoDataExchange(false);
-    return true;
-}
-
 void CDialog::OnOK() {
-    DoDataExchange(true);
     EndDialog(IDOK);
 }
 

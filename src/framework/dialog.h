@@ -24,12 +24,9 @@ class CDialog : public CWnd {
 
   protected:
     // True: the framework gives the focus to the first control that takes it.
-    virtual bool OnInitDialog();
-    virtual void OnOK();      // default: transfers data, then EndDialog(IDOK)
+    virtual bool OnInitDialog() { return true; }
+    virtual void OnOK();      // default: EndDialog(IDOK)
     virtual void OnCancel();  // default: EndDialog(IDCANCEL)
-    // Moves values between fields and controls; `save` is true from controls to fields. Called before
-    // OnInitDialog's default returns and from OnOK's default.
-    virtual void DoDataExchange(bool /*save*/) {}
 
     bool OnCmdMsg(Notification& notification) override;
 

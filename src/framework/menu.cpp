@@ -65,11 +65,6 @@ void CMenu::CheckByPosition(int position, bool checked) {
     if (MenuItem* item = ItemAt(items, position)) item->checked = checked;
 }
 
-bool CMenu::IsCheckedByPosition(int position) const {
-    const MenuItem* item = ItemAt(items, position);
-    return item != nullptr && item->checked;
-}
-
 void CMenu::CheckRadioByPosition(int first, int last, int checked) {
     for (int position = first; position <= last; ++position) {
         MenuItem* item = ItemAt(items, position);

@@ -20,7 +20,6 @@ class CMenu {
     CMenu GetSubMenu(int position) const;
 
     void CheckByPosition(int position, bool checked);
-    bool IsCheckedByPosition(int position) const;
     void CheckRadioByPosition(int first, int last, int checked);
     // By command id, in this menu and its pop-ups.
     void Enable(unsigned int id, bool enabled);

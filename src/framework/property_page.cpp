@@ -5,11 +5,6 @@ namespace permora {
 CPropertyPage::CPropertyPage(unsigned int templateNumber, unsigned int captionNumber)
     : CDialog(templateNumber), captionId(captionNumber) {}
 
-bool CPropertyPage::OnApply() {
-    OnOK();
-    return true;
-}
-
 bool CPropertyPage::OnCmdMsg(Notification& notification) {
     // A click that waited while the sheet applied its pages may arrive after the sheet has ended.
     if (sheet != nullptr && sheet->state->hasEnded) return true;

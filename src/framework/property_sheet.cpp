@@ -142,10 +142,6 @@ void CPropertySheet::RemovePage(int index) {
     if (wasActive && state->Count() > 0) state->Activate(std::min(index, state->Count() - 1), -1);
 }
 
-CPropertyPage* CPropertySheet::GetActivePage() const {
-    return state->active;
-}
-
 void CPropertySheet::SetWizardMode() {
     state->isWizard = true;
 }
@@ -183,10 +179,6 @@ int CPropertySheet::DoModal() {
     for (CPropertyPage* page : state->pages)
         page->sheet = nullptr;
     return state->result;
-}
-
-bool CPropertySheet::OnInitDialog() {
-    return true;
 }
 
 bool CPropertySheet::OnCmdMsg(Notification& notification) {

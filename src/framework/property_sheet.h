@@ -24,9 +24,8 @@ class CPropertyPage : public CDialog {
     friend class CPropertySheet;
     virtual bool OnSetActive() { return true; }   // false: the sheet goes on to the next page
     virtual bool OnKillActive() { return true; }  // false: the page stays
-    // Default: OnOK, then true. False keeps the sheet open.
-    virtual bool OnApply();
-    void OnOK() override { DoDataExchange(true); }
+    virtual bool OnApply() { return true; }       // false keeps the sheet open
+    void OnOK() override {}
     // False: the sheet stays. All pages are asked before OnCancel runs for any.
     virtual bool OnQueryCancel() { return true; }
     void OnCancel() override {}                     // the sheet is being cancelled
@@ -57,7 +56,6 @@ class CPropertySheet : public CWnd {
     void SetTitle(const std::string& title);  // the whole title
     void AddPage(CPropertyPage& page);        // also while the sheet runs
     void RemovePage(int index);
-    CPropertyPage* GetActivePage() const;
     void SetWizardMode();
     // Which wizard buttons there are and can be pressed.
     void SetWizardButtons(WizardButtons buttons);
@@ -68,7 +66,7 @@ class CPropertySheet : public CWnd {
     int DoModal();
 
   protected:
-    virtual bool OnInitDialog();
+    virtual bool OnInitDialog() { return true; }
 
     bool OnCmdMsg(Notification& notification) override;
 

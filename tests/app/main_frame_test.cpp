@@ -157,12 +157,12 @@ TEST_F(MainFrame, EveryCommandOfTheMenuCanBeChosen) {
 
 TEST_F(MainFrame, OwnIconsAreASettingWithACheckMark) {
     Start();
-    const CMenu menu = Frame().GetMenu().GetSubMenu(2);
-    EXPECT_TRUE(menu.IsCheckedByPosition(2));
+    const auto isChecked = [] { return test::UiDriver::MainWindow().ReadMenu(ID_VIEW_OWN_ICONS).isChecked; };
+    EXPECT_TRUE(isChecked());
     data.MakeFile("later");
     Run(ID_VIEW_OWN_ICONS);
     EXPECT_EQ(Rows().size(), 3U);
-    EXPECT_FALSE(menu.IsCheckedByPosition(2));
+    EXPECT_FALSE(isChecked());
     EXPECT_EQ(Frame().Settings().block.useOwnIcons, 0);
     Run(ID_VIEW_SMALL_ICONS);
     Close();

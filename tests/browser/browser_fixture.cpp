@@ -53,7 +53,7 @@ void BrowserTest::Start(const std::string& path) {
     frame.commandLine = path.empty() ? R"("permora")" : R"("permora" ")" + path + '"';
     ASSERT_TRUE(frame.LoadFrame(IDR_MAIN_FRAME));
     frame.SetPlacement({{20, 30, 720, 530}, ShowState::kNormal});
-    EXPECT_TRUE(Window().WaitUntil([this] { return view.List().HasFocus(); }));
+    EXPECT_TRUE(Window().WaitUntil([this] { return Window().HasFocus(BrowserView::kListId); }));
 }
 
 std::vector<std::string> BrowserTest::Names() {

@@ -157,7 +157,7 @@ TEST_F(BrowserNavigation, EscapeInTheAddressBarTakesBackWhatWasTyped) {
         EXPECT_EQ(Window().FocusedControl(), id);
         Window().Press("Esc");
         EXPECT_EQ(Window().Text(IDC_LOCATION), R"(T:\a)");
-        EXPECT_TRUE(view.List().HasFocus());
+        EXPECT_TRUE(Window().HasFocus(BrowserView::kListId));
     }
     WindowDriver window = Window();
     window.Press("Esc");

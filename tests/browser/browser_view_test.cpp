@@ -83,19 +83,21 @@ TEST_F(Browser, DetailsFillTheColumnsAndStay) {
     EXPECT_EQ(view.List().GetItemText(1, 3), "7:3:2010  5:14");
     EXPECT_EQ(view.List().GetItemText(0, 2), "");
     EXPECT_NE(view.List().GetItemText(0, 1), "");
-    const CMenu menu = frame.GetMenu().GetSubMenu(2);
-    EXPECT_TRUE(menu.IsCheckedByPosition(7));
+    const auto isChecked = [](unsigned int command) {
+        return UiDriver::MainWindow().ReadMenu(command).isChecked;
+    };
+    EXPECT_TRUE(isChecked(ID_VIEW_DETAILS));
     run(ID_VIEW_ICONS);
-    EXPECT_TRUE(menu.IsCheckedByPosition(4));
-    EXPECT_FALSE(menu.IsCheckedByPosition(7));
+    EXPECT_TRUE(isChecked(ID_VIEW_ICONS));
+    EXPECT_FALSE(isChecked(ID_VIEW_DETAILS));
     EXPECT_EQ(view.List().GetItemText(1, 2), "4 GB");
     EXPECT_THAT(modes, ElementsAre(3, 0));
 
     view.ApplyViewSettings(7, RowIcons::kShell);
-    EXPECT_FALSE(menu.IsCheckedByPosition(2));
+    EXPECT_FALSE(isChecked(ID_VIEW_OWN_ICONS));
     EXPECT_EQ(view.List().GetView(), ListView::kIcons);
     view.ApplyViewSettings(2, RowIcons::kOwn);
-    EXPECT_TRUE(menu.IsCheckedByPosition(2));
+    EXPECT_TRUE(isChecked(ID_VIEW_OWN_ICONS));
     EXPECT_EQ(view.List().GetView(), ListView::kList);
 }
 

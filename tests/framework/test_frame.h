@@ -12,6 +12,7 @@
 
 #include "framework/bars.h"
 #include "framework/frame_window.h"
+#include "framework/qt/widget.h"
 #include "resources/resource_ids.h"
 
 namespace permora {
@@ -55,7 +56,8 @@ class TestFrame : public CFrameWnd {
     bool Show() {
         if (!LoadFrame(IDR_MAIN_FRAME)) return false;
         SetPlacement({{20, 30, 720, 530}, ShowState::kNormal});
-        return QTest::qWaitForWindowActive(Top()) && QTest::qWaitFor([this] { return view.HasFocus(); });
+        return QTest::qWaitForWindowActive(Top()) &&
+               QTest::qWaitFor([this] { return QApplication::focusWidget() == qt::WidgetOf(view); });
     }
     QWidget* Top() const { return reinterpret_cast<QWidget*>(GetSafeHwnd())->window(); }
     QToolButton* Button(unsigned int id) const {

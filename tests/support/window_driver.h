@@ -50,6 +50,7 @@ class WindowDriver {
     void Press(const std::string& key);
     // The control with the focus; 0: none, or one without id.
     unsigned int FocusedControl() const;
+    bool HasFocus(unsigned int id) const;
     // The button that is shown as the one that Enter presses; 0: none. Fails the test when there are several.
     unsigned int DefaultButton() const;
     // Whether the user sees that the control, which has it, has the focus.

@@ -174,6 +174,11 @@ unsigned int WindowDriver::FocusedControl() const {
     return widget != nullptr ? ControlIdOf(widget->focusWidget()) : 0;
 }
 
+bool WindowDriver::HasFocus(unsigned int id) const {
+    const auto* control = Control(window, id);
+    return control != nullptr && control->hasFocus();
+}
+
 unsigned int WindowDriver::DefaultButton() const {
     unsigned int found = 0;
     const QWidget* widget = Live(window);
