@@ -20,14 +20,6 @@ CIcon CIcon::FromPixels(Size size, std::span<const std::uint8_t> pixels) {
     return CIcon(MakeNativeImage(size, pixels));
 }
 
-Size LargeIconSize() {
-    return {32, 32};
-}
-
-Size SmallIconSize() {
-    return {16, 16};
-}
-
 CImageList::CImageList() : images(std::make_shared<Images>()) {}
 
 bool CImageList::Create(Size size) {

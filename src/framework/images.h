@@ -33,8 +33,12 @@ class CIcon {
 };
 
 // System sizes of icons, in logical pixels (SM_CXICON, SM_CXSMICON).
-Size LargeIconSize();
-Size SmallIconSize();
+constexpr Size LargeIconSize() {
+    return {32, 32};
+}
+constexpr Size SmallIconSize() {
+    return {16, 16};
+}
 
 // A list of icons of one size. Controls that show it share it, and see icons that are added later.
 class CImageList {
