@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdio>
+#include <utility>
 
 #include "platform/system_message.h"
 
@@ -41,93 +42,79 @@ FileQuestionChoice Skip() {
 }
 
 FileQuestionTexts TrashTexts(const FileOperationQuestion& question) {
-    FileQuestionTexts texts;
-    texts.text =
-        question.itemCount == 1
-            ? "Do you want to move " + Quoted(question.source.path) + " to the trash?"
-            : "Do you want to move these " + std::to_string(question.itemCount) + " items to the trash?";
-    texts.choices = {Yes("&Move to Trash")};
-    return texts;
+    const std::string items = question.itemCount == 1
+                                  ? Quoted(question.source.path)
+                                  : "these " + std::to_string(question.itemCount) + " items";
+    return {.text = "Do you want to move " + items + " to the trash?", .choices = {Yes("&Move to Trash")}};
 }
 
 FileQuestionTexts DeletionTexts(const FileOperationQuestion& question) {
-    FileQuestionTexts texts;
-    texts.text = "Do you want to delete " + Quoted(question.source.path) + " for good?";
-    texts.more = question.source.isFolder
-                     ? "No trash can take it. All that is in the folder is deleted and cannot be restored."
-                     : "No trash can take it, and it cannot be restored.";
-    texts.choices = {Yes("&Delete"), Skip()};
-    texts.forAll = "Do the same with &all that no trash can take";
-    texts.isWarning = true;
-    return texts;
+    return {.text = "Do you want to delete " + Quoted(question.source.path) + " for good?",
+            .more = question.source.isFolder
+                        ? "No trash can take it. All that is in the folder is deleted and cannot be restored."
+                        : "No trash can take it, and it cannot be restored.",
+            .choices = {Yes("&Delete"), Skip()},
+            .forAll = "Do the same with &all that no trash can take",
+            .isWarning = true};
 }
 
 FileQuestionTexts ReplaceTexts(const FileOperationQuestion& question) {
-    FileQuestionTexts texts;
-    texts.text = "There is a file " + Quoted(question.target.path) + " already. Do you want to replace it?";
-    texts.choices = {Yes("&Replace"), Skip()};
-    texts.forAll = "Do the same with &all files that exist already";
-    texts.targetCaption = "The file that is there:";
-    texts.sourceCaption = "The file that would replace it:";
-    texts.isWarning = true;
-    return texts;
+    return {
+        .text = "There is a file " + Quoted(question.target.path) + " already. Do you want to replace it?",
+        .choices = {Yes("&Replace"), Skip()},
+        .forAll = "Do the same with &all files that exist already",
+        .targetCaption = "The file that is there:",
+        .sourceCaption = "The file that would replace it:",
+        .isWarning = true};
 }
 
 FileQuestionTexts MergeTexts(const FileOperationQuestion& question) {
-    FileQuestionTexts texts;
-    texts.text =
-        "There is a folder " + Quoted(question.target.path) + " already. Do you want to merge the two?";
-    texts.more = "You are asked about files that are in both.";
-    texts.choices = {Yes("&Merge"), Skip()};
-    texts.forAll = "Do the same with &all folders that exist already";
-    texts.targetCaption = "The folder that is there:";
-    texts.sourceCaption = "The folder whose contents would be added:";
-    return texts;
+    return {.text = "There is a folder " + Quoted(question.target.path) +
+                    " already. Do you want to merge the two?",
+            .more = "You are asked about files that are in both.",
+            .choices = {Yes("&Merge"), Skip()},
+            .forAll = "Do the same with &all folders that exist already",
+            .targetCaption = "The folder that is there:",
+            .sourceCaption = "The folder whose contents would be added:"};
 }
 
 FileQuestionTexts ProtectedTexts(const FileOperationQuestion& question) {
     // Copying changes only an object of the same name.
     const bool isReplaced = question.operation == FileOperationKind::kCopy;
-    FileQuestionTexts texts;
-    texts.text = Quoted(question.source.path) + " is read-only or belongs to the system. Do you want to " +
-                 (isReplaced ? "replace" : WordsOf(question.operation).verb) + " it all the same?";
-    texts.choices = {Yes("&Yes"), Skip()};
-    texts.forAll = "Do the same with &all that is protected";
-    texts.isWarning = true;
-    return texts;
+    return {.text = Quoted(question.source.path) + " is read-only or belongs to the system. Do you want to " +
+                    (isReplaced ? "replace" : WordsOf(question.operation).verb) + " it all the same?",
+            .choices = {Yes("&Yes"), Skip()},
+            .forAll = "Do the same with &all that is protected",
+            .isWarning = true};
 }
 
 FileQuestionTexts LossTexts(const FileOperationQuestion& question) {
-    FileQuestionTexts texts;
-    texts.text = "The volume cannot hold some attributes or streams of " + Quoted(question.source.path) +
-                 ". Do you want to " + WordsOf(question.operation).verb + " it without them?";
-    texts.more = SystemMessageLine(question.error);
-    texts.choices = {Yes("&Continue"), Skip()};
-    texts.forAll = "Do the same with &all that would lose something";
-    texts.isWarning = true;
-    return texts;
+    return {.text = "The volume cannot hold some attributes or streams of " + Quoted(question.source.path) +
+                    ". Do you want to " + WordsOf(question.operation).verb + " it without them?",
+            .more = SystemMessageLine(question.error),
+            .choices = {Yes("&Continue"), Skip()},
+            .forAll = "Do the same with &all that would lose something",
+            .isWarning = true};
 }
 
 FileQuestionTexts FailureTexts(const FileOperationQuestion& question) {
-    FileQuestionTexts texts;
-    texts.text = Quoted(question.source.path) + " could not be " + WordsOf(question.operation).past + '.';
-    texts.more = SystemMessageLine(question.error) + "\n\n" + question.source.path;
+    std::vector<FileQuestionChoice> choices{Skip()};
     if (question.mayRetry)
-        texts.choices.push_back({"&Try Again", FileOperationAnswer::kRetry, FileOperationAnswer::kRetry});
-    texts.choices.push_back(Skip());
-    texts.forAll = "Skip &all that fails for the same reason";
-    texts.isWarning = true;
-    return texts;
+        choices.insert(choices.begin(),
+                       {"&Try Again", FileOperationAnswer::kRetry, FileOperationAnswer::kRetry});
+    return {.text = Quoted(question.source.path) + " could not be " + WordsOf(question.operation).past + '.',
+            .more = SystemMessageLine(question.error) + "\n\n" + question.source.path,
+            .choices = std::move(choices),
+            .forAll = "Skip &all that fails for the same reason",
+            .isWarning = true};
 }
 
 FileQuestionTexts IntoItselfTexts(const FileOperationQuestion& question) {
-    FileQuestionTexts texts;
-    texts.text = "The folder " + Quoted(question.source.path) + " cannot be " +
-                 WordsOf(question.operation).past + " into itself.";
-    texts.more = question.target.path;
-    texts.choices = {Skip()};
-    texts.isWarning = true;
-    return texts;
+    return {.text = "The folder " + Quoted(question.source.path) + " cannot be " +
+                    WordsOf(question.operation).past + " into itself.",
+            .more = question.target.path,
+            .choices = {Skip()},
+            .isWarning = true};
 }
 
 }  // namespace

@@ -29,12 +29,12 @@ struct FileQuestionChoice {
 
 struct FileQuestionTexts {
     std::string text;
-    std::string more;                         // below, less prominent; may be empty
-    std::vector<FileQuestionChoice> choices;  // beside cancelling, which is always possible
-    std::string forAll;                       // of the box; empty: there is none
+    std::string more{};                         // below, less prominent; may be empty
+    std::vector<FileQuestionChoice> choices{};  // beside cancelling, which is always possible
+    std::string forAll{};                       // of the box; empty: there is none
     // Over the two objects, with which they are shown; empty: they are not.
-    std::string targetCaption;
-    std::string sourceCaption;
+    std::string targetCaption{};
+    std::string sourceCaption{};
     bool isWarning = false;
 };
 
