@@ -23,14 +23,10 @@ void CButton::SetCheck(CheckState state) {
 }
 
 bool CBitmapButton::Create(CWnd& owner, const Rect& rect, unsigned int id) {
-    if (HasWindow() || !owner.HasWindow()) return false;
-    const ControlSpec spec{.kind = ControlKind::kBitmapButton,
-                           .id = id,
-                           .style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_OWNERDRAW,
-                           .rect = rect};
-    WindowAccess::Attach(*this, MakeNativeControl(*this, owner, spec), &owner, id, spec.style);
+    constexpr DWORD kStyle = WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_OWNERDRAW;
+    const ControlSpec spec{.kind = ControlKind::kBitmapButton, .id = id, .style = kStyle, .rect = rect};
+    if (!WindowAccess::CreateControl(*this, owner, spec)) return false;
     WindowAccess::Native(*this)->SetAccessibleName(LoadCommandPrompt(id).tip);
-    WindowAccess::Native(*this)->SetVisible(true);
     return true;
 }
 

@@ -1,5 +1,7 @@
 #include "framework/list_ctrl.h"
 
+#include <algorithm>
+
 #include "framework/list_native.h"
 #include "framework/list_styles.h"
 #include "framework/styles.h"
@@ -7,10 +9,6 @@
 
 namespace permora {
 namespace {
-
-NativeListView* NativeOf(const CListCtrl& list) {
-    return WindowAccess::NativeAs<NativeListView>(list);
-}
 
 DWORD BitsOf(ListView view) {
     switch (view) {
@@ -29,33 +27,73 @@ DWORD BitsOf(ListView view) {
 }  // namespace
 
 bool CListCtrl::Create(CWnd& owner, DWORD style, const Rect& rect, unsigned int id) {
-    if (HasWindow() || !owner.HasWindow()) return false;
-    const ControlSpec spec{.kind = ControlKind::kListView, .id = id, .style = style | WS_CHILD, .rect = rect};
-    WindowAccess::Attach(*this, MakeNativeListView(*this, owner, spec), &owner, id, spec.style);
-    if ((style & WS_VISIBLE) != 0) WindowAccess::Native(*this)->SetVisible(true);
-    return true;
+    return WindowAccess::CreateControl(
+        *this, owner, {.kind = ControlKind::kListView, .id = id, .style = style | WS_CHILD, .rect = rect});
+}
+
+void CListCtrl::OnDestroy() {
+    rows = {};
+    columns.clear();
+    extendedStyle = ListStyle::kNone;
+    normalImages.reset();
+    smallImages.reset();
+}
+
+NativeListView& CListCtrl::Native() const {
+    return *WindowAccess::NativeAs<NativeListView>(*this);
+}
+
+ListDisplay& CListCtrl::Display() const {
+    return Native().Display();
+}
+
+// ---- Columns and looks ----
+
+bool CListCtrl::HasColumn(int column) const {
+    return column >= 0 && column < static_cast<int>(columns.size());
 }
 
 void CListCtrl::InsertColumn(int column, const std::string& header, int width) {
-    if (NativeListView* view = NativeOf(*this)) view->InsertColumn(column, {header, width});
+    if (!HasWindow()) return;
+    const int place = std::clamp(column, 0, static_cast<int>(columns.size()));
+    columns.insert(columns.begin() + place, {header, width});
+    Display().AppearanceChanged();
 }
 
 void CListCtrl::SetColumnText(int column, const std::string& header) {
-    if (NativeListView* view = NativeOf(*this)) view->SetColumnHeader(column, header);
+    if (!HasColumn(column)) return;
+    columns[static_cast<std::size_t>(column)].header = header;
+    Display().AppearanceChanged();
 }
 
-const ListRows& CListCtrl::Rows() const {
-    static const ListRows kNone;
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr ? view->Rows() : kNone;
+void CListCtrl::SetColumnWidth(int column, int width) {
+    if (!HasColumn(column)) return;
+    columns[static_cast<std::size_t>(column)].width = std::max(width, 0);
+    Display().AppearanceChanged();
 }
 
 void CListCtrl::SetExtendedStyle(ListStyle style) {
-    if (NativeListView* view = NativeOf(*this)) view->SetListStyle(style);
+    if (!HasWindow()) return;
+    extendedStyle = style;
+    Display().AppearanceChanged();
+}
+
+bool CListCtrl::HasExtendedStyle(ListStyle bit) const {
+    return (static_cast<unsigned int>(extendedStyle) & static_cast<unsigned int>(bit)) != 0;
+}
+
+bool CListCtrl::IsSingleSelection() const {
+    return (GetStyle() & LVS_SINGLESEL) != 0;
 }
 
 void CListCtrl::SetImageList(const CImageList& images, ImageListKind kind) {
-    if (NativeListView* view = NativeOf(*this)) view->SetImages(images, kind);
+    if (!HasWindow()) return;
+    (kind == ImageListKind::kNormal ? normalImages : smallImages) = images.Shared();
+    Display().AppearanceChanged();
+}
+
+const CImageList::Images* CListCtrl::Images() const {
+    return GetView() == ListView::kIcons ? normalImages.get() : smallImages.get();
 }
 
 void CListCtrl::SetView(ListView view) {
@@ -63,69 +101,114 @@ void CListCtrl::SetView(ListView view) {
 }
 
 ListView CListCtrl::GetView() const {
-    const NativeListView* view = NativeOf(*this);
-    return view != nullptr ? view->View() : ListView::kReport;
+    for (const ListView view : {ListView::kIcons, ListView::kSmallIcons, ListView::kList})
+        if (HasWindow() && (GetStyle() & LVS_TYPEMASK) == BitsOf(view)) return view;
+    return ListView::kReport;
 }
+
+// ---- Rows. There are none while there is no window. ----
 
 bool CListCtrl::InsertItem(int row, const std::string& text, int image) {
-    NativeListView* view = NativeOf(*this);
-    return view != nullptr && view->InsertRow(row, text, image);
-}
-
-bool CListCtrl::SetItemText(int row, int column, const std::string& text) {
-    NativeListView* view = NativeOf(*this);
-    return view != nullptr && view->SetRowText(row, column, text);
-}
-
-bool CListCtrl::SetItemData(int row, std::intptr_t data) {
-    NativeListView* view = NativeOf(*this);
-    return view != nullptr && view->SetRowData(row, data);
-}
-
-bool CListCtrl::DeleteItem(int row) {
-    NativeListView* view = NativeOf(*this);
-    return view != nullptr && view->DeleteRow(row);
-}
-
-bool CListCtrl::DeleteAllItems() {
-    NativeListView* view = NativeOf(*this);
-    if (view == nullptr) return false;
-    view->DeleteAllRows();
+    if (!HasWindow() || !rows.Insert(row, text, image, static_cast<int>(columns.size()))) return false;
+    Display().RowsChanged();
     return true;
 }
 
-bool CListCtrl::SetSelected(int row, bool selected) {
-    NativeListView* view = NativeOf(*this);
-    return view != nullptr && view->Select(row, selected);
+bool CListCtrl::SetItemText(int row, int column, const std::string& text) {
+    if (!rows.Has(row) || (column != 0 && !HasColumn(column))) return false;
+    if (rows.SetText(row, column, text)) Display().RowTextChanged(row);
+    return true;
 }
 
-void CListCtrl::SetSelectionMark(int row) {
-    const int mark = Rows().Has(row) ? row : -1;
-    if (NativeListView* view = NativeOf(*this)) view->SetCursor({Rows().cursor.focus, mark, mark});
+bool CListCtrl::DeleteItem(int row) {
+    if (!rows.Delete(row)) return false;
+    Display().RowsChanged();
+    return true;
 }
 
-void CListCtrl::SetFocusedRow(int row) {
-    if (!Rows().Has(row)) return;
-    const ListCursor cursor = Rows().cursor;
-    NativeListView* view = NativeOf(*this);
-    view->SetCursor({row, cursor.mark, cursor.anchor});
-    view->EnsureVisible(row);
-}
-
-void CListCtrl::SetCheck(int row, bool checked) {
-    if (NativeListView* view = NativeOf(*this)) view->Check(row, checked);
+bool CListCtrl::DeleteAllItems() {
+    if (!HasWindow()) return false;
+    if (rows.Count() == 0) return true;
+    rows.Clear();
+    Display().RowsChanged();
+    return true;
 }
 
 void CListCtrl::SortItems(const std::function<bool(std::intptr_t, std::intptr_t)>& isLess) {
-    if (NativeListView* view = NativeOf(*this)) view->SortRows(isLess);
+    if (!HasWindow()) return;
+    rows.Sort(isLess);
+    Display().RowsChanged();
+}
+
+bool CListCtrl::SetSelected(int row, bool selected) {
+    if (!rows.Has(row)) return false;
+    if (selected && IsSingleSelection()) {
+        const int before = rows.NextSelected(0);
+        if (before >= 0 && before != row) SetSelected(before, false);
+        // The keyboard continues from the selected row.
+        if (rows.Has(row)) SetCursor({row, rows.cursor.mark, row});
+    }
+    if (!rows.SetSelected(row, selected)) return rows.Has(row);
+    ReportChangeOf(row);
+    return true;
+}
+
+void CListCtrl::SetCheck(int row, bool checked) {
+    if (rows.SetChecked(row, checked)) ReportChangeOf(row);
+}
+
+void CListCtrl::SetCursor(const ListCursor& cursor) {
+    const int before = rows.cursor.focus;
+    rows.cursor = cursor;
+    if (before != cursor.focus) Display().FocusRowChanged(before);
+}
+
+void CListCtrl::SetSelectionMark(int row) {
+    const int mark = rows.Has(row) ? row : -1;
+    if (HasWindow()) SetCursor({rows.cursor.focus, mark, mark});
+}
+
+void CListCtrl::SetFocusedRow(int row) {
+    if (!rows.Has(row)) return;
+    SetCursor({row, rows.cursor.mark, rows.cursor.anchor});
+    Display().EnsureVisible(row);
 }
 
 void CListCtrl::EnsureVisible(int row) {
-    if (Rows().Has(row)) NativeOf(*this)->EnsureVisible(row);
+    if (rows.Has(row)) Display().EnsureVisible(row);
 }
 
 bool CListCtrl::IsItemVisible(int row) const {
-    return Rows().Has(row) && NativeOf(*this)->IsInView(row);
+    return rows.Has(row) && Display().IsInView(row);
+}
+
+// ---- Reports ----
+
+void CListCtrl::ReportChangeOf(int row) {
+    Display().RowStateChanged(row);
+    Notification notification{.code = Notify::kItemChanged, .row = row};
+    Native().ReportNotification(notification);
+}
+
+bool CListCtrl::ReportRow(Notify code, int row, Point client) {
+    Notification notification{.code = code, .row = row, .point = client};
+    return Native().ReportNotification(notification);
+}
+
+bool CListCtrl::ReportKey(unsigned int virtualKey) {
+    Notification notification{.code = Notify::kKeyDown, .row = rows.cursor.focus, .key = virtualKey};
+    return Native().ReportNotification(notification);
+}
+
+void CListCtrl::ReportColumnClick(int column) {
+    Notification notification{.code = Notify::kColumnClick, .column = column};
+    Native().ReportNotification(notification);
+}
+
+std::string CListCtrl::AskInfoTip(int row) {
+    Notification notification{.code = Notify::kInfoTip, .row = row};
+    Native().ReportNotification(notification);
+    return notification.tip;
 }
 
 }  // namespace permora

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "framework/images.h"
 #include "framework/list_rows.h"
@@ -26,13 +28,24 @@ constexpr ListStyle operator|(ListStyle one, ListStyle other) {
     return static_cast<ListStyle>(static_cast<unsigned int>(one) | static_cast<unsigned int>(other));
 }
 
+struct ListColumn {
+    std::string header;  // left-aligned
+    int width = 0;       // logical pixels; changes when the user drags the header
+};
+
+class ListDisplay;
+class NativeListView;
+
 // Rows are counted from 0, as shown. Rows are cheap: 100,000 of them may be inserted one by one.
 class CListCtrl : public CWnd {
   public:
+    CListCtrl() = default;
+    ~CListCtrl() override { DestroyWindow(); }
+
     // A list as the child of `owner` that is not from a template.
     bool Create(CWnd& owner, DWORD style, const Rect& rect, unsigned int id);
 
-    void InsertColumn(int column, const std::string& header, int width);  // pixels; left-aligned
+    void InsertColumn(int column, const std::string& header, int width);
     void SetColumnText(int column, const std::string& header);
     void SetExtendedStyle(ListStyle style);
     void SetImageList(const CImageList& images, ImageListKind kind);
@@ -42,31 +55,31 @@ class CListCtrl : public CWnd {
     // Inserts a row before `row` (at the end when it is the count). False when `row` is out of range.
     bool InsertItem(int row, const std::string& text, int image = -1);
     bool SetItemText(int row, int column, const std::string& text);
-    std::string GetItemText(int row, int column) const { return Rows().Text(row, column); }
-    bool SetItemData(int row, std::intptr_t data);
-    std::intptr_t GetItemData(int row) const { return Rows().Data(row); }
+    std::string GetItemText(int row, int column) const { return rows.Text(row, column); }
+    bool SetItemData(int row, std::intptr_t data) { return rows.SetData(row, data); }
+    std::intptr_t GetItemData(int row) const { return rows.Data(row); }
     bool DeleteItem(int row);
-    bool DeleteAllItems();
-    int GetItemCount() const { return Rows().Count(); }
+    bool DeleteAllItems();  // false without a window
+    int GetItemCount() const { return rows.Count(); }
 
-    int GetSelectedCount() const { return Rows().SelectedCount(); }
-    bool IsSelected(int row) const { return Rows().IsSelected(row); }
-    // In a single-selection list selecting a row unselects the one before. Sends kItemChanged when it
-    // changes.
+    int GetSelectedCount() const { return rows.SelectedCount(); }
+    bool IsSelected(int row) const { return rows.IsSelected(row); }
+    // In a single-selection list selecting a row unselects the one before. Sends kItemChanged after each
+    // row's change. A handler may change the list, but not destroy it; the same holds for SetCheck.
     bool SetSelected(int row, bool selected);
     // First selected row at or after `from`; -1 when there is none.
-    int NextSelected(int from) const { return Rows().NextSelected(from); }
+    int NextSelected(int from) const { return rows.NextSelected(from); }
     // The row that the user last clicked or moved to; -1: none.
-    int GetSelectionMark() const { return Rows().cursor.mark; }
+    int GetSelectionMark() const { return rows.cursor.mark; }
     void SetSelectionMark(int row);
     // Where the keyboard is within the list; -1: nowhere.
-    int GetFocusedRow() const { return Rows().cursor.focus; }
+    int GetFocusedRow() const { return rows.cursor.focus; }
     // Moves the keyboard to a row, which is brought into view. Neither selects nor marks it.
     void SetFocusedRow(int row);
 
     // Check boxes (ListStyle::kCheckBoxes). Setting sends kItemChanged when it changes something, as a click
     // does.
-    bool GetCheck(int row) const { return Rows().IsChecked(row); }
+    bool GetCheck(int row) const { return rows.IsChecked(row); }
     void SetCheck(int row, bool checked);
 
     // Stable; `isLess` compares item data.
@@ -75,8 +88,36 @@ class CListCtrl : public CWnd {
     // Whether at least a part of the row can be seen without scrolling.
     bool IsItemVisible(int row) const;
 
+    // ---- For the back end, which shows the list and reports the actions of the user ----
+
+    const ListRows& Rows() const { return rows; }
+    const std::vector<ListColumn>& Columns() const { return columns; }
+    bool HasExtendedStyle(ListStyle bit) const;
+    bool IsSingleSelection() const;
+    const CImageList::Images* Images() const;  // those of the view; null: none given
+    void SetColumnWidth(int column, int width);
+    void SetCursor(const ListCursor& cursor);
+
+    // True: a handler took it. A handler may destroy the list.
+    bool ReportRow(Notify code, int row, Point client);
+    bool ReportKey(unsigned int virtualKey);
+    void ReportColumnClick(int column);
+    std::string AskInfoTip(int row);
+
+  protected:
+    void OnDestroy() override;  // the contents go with the window
+
   private:
-    const ListRows& Rows() const;  // none while there is no window
+    NativeListView& Native() const;  // only while there is a window
+    ListDisplay& Display() const;    // as above
+    bool HasColumn(int column) const;
+    void ReportChangeOf(int row);
+
+    ListRows rows;
+    std::vector<ListColumn> columns;
+    ListStyle extendedStyle = ListStyle::kNone;
+    std::shared_ptr<CImageList::Images> normalImages;
+    std::shared_ptr<CImageList::Images> smallImages;
 };
 
 }  // namespace permora

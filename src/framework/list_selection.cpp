@@ -8,35 +8,35 @@ namespace {
 enum class Others { kUnselect, kKeep };
 
 // Handlers run between the changes and may change the list, so nothing is kept across a call.
-void SelectRange(NativeListView& list, int one, int other, Others others) {
+void SelectRange(CListCtrl& list, int one, int other, Others others) {
     const auto [first, last] = std::minmax(one, other);
     if (others == Others::kUnselect) {
         for (int row = list.Rows().NextSelected(0); row >= 0; row = list.Rows().NextSelected(row + 1))
-            if (row < first || row > last) list.Select(row, false);
+            if (row < first || row > last) list.SetSelected(row, false);
     }
     for (int row = first; row <= last && list.Rows().Has(row); ++row)
-        list.Select(row, true);
+        list.SetSelected(row, true);
 }
 
-void ExtendTo(NativeListView& list, int row, Others others) {
+void ExtendTo(CListCtrl& list, int row, Others others) {
     ListCursor cursor = list.Rows().cursor;
     if (!list.Rows().Has(cursor.anchor)) cursor.anchor = row;
     list.SetCursor({row, row, cursor.anchor});
     SelectRange(list, cursor.anchor, row, others);
 }
 
-SelectMode Allowed(const NativeListView& list, SelectMode mode) {
+SelectMode Allowed(const CListCtrl& list, SelectMode mode) {
     const bool isRange = mode == SelectMode::kExtend || mode == SelectMode::kAddRange;
     return list.IsSingleSelection() && isRange ? SelectMode::kReplace : mode;
 }
 
 }  // namespace
 
-void SelectOnly(NativeListView& list, int row) {
+void SelectOnly(CListCtrl& list, int row) {
     SelectRange(list, row, row, Others::kUnselect);
 }
 
-void SelectByClick(NativeListView& list, int row, SelectMode wanted) {
+void SelectByClick(CListCtrl& list, int row, SelectMode wanted) {
     const SelectMode mode = Allowed(list, wanted);
     if (!list.Rows().Has(row)) {
         if (mode == SelectMode::kReplace) SelectOnly(list, -1);
@@ -48,12 +48,12 @@ void SelectByClick(NativeListView& list, int row, SelectMode wanted) {
     }
     list.SetCursor({row, row, row});
     if (mode == SelectMode::kToggle)
-        list.Select(row, !list.Rows().IsSelected(row));
+        list.SetSelected(row, !list.Rows().IsSelected(row));
     else
         SelectOnly(list, row);
 }
 
-void SelectByMove(NativeListView& list, int row, SelectMode wanted) {
+void SelectByMove(CListCtrl& list, int row, SelectMode wanted) {
     if (!list.Rows().Has(row)) return;
     const SelectMode mode = Allowed(list, wanted);
     if (mode == SelectMode::kToggle)
@@ -62,28 +62,28 @@ void SelectByMove(NativeListView& list, int row, SelectMode wanted) {
         SelectByClick(list, row, mode);
 }
 
-void PressSpace(NativeListView& list, SelectMode mode) {
+void PressSpace(CListCtrl& list, SelectMode mode) {
     const int focus = list.Rows().cursor.focus;
     if (!list.Rows().Has(focus)) return;
-    if (!list.HasStyle(ListStyle::kCheckBoxes)) {
+    if (!list.HasExtendedStyle(ListStyle::kCheckBoxes)) {
         SelectByClick(list, focus, mode);
         return;
     }
     const bool checked = !list.Rows().IsChecked(focus);
     const bool isOneOfSelected = list.Rows().IsSelected(focus);
-    list.Check(focus, checked);
+    list.SetCheck(focus, checked);
     if (!isOneOfSelected) return;
     for (int row = list.Rows().NextSelected(0); row >= 0; row = list.Rows().NextSelected(row + 1))
-        list.Check(row, checked);
+        list.SetCheck(row, checked);
 }
 
-void ToggleCheck(NativeListView& list, int row) {
+void ToggleCheck(CListCtrl& list, int row) {
     if (!list.Rows().Has(row)) return;
     list.SetCursor({row, row, row});
-    list.Check(row, !list.Rows().IsChecked(row));
+    list.SetCheck(row, !list.Rows().IsChecked(row));
 }
 
-BandSelection::BandSelection(NativeListView& shown, SelectMode wanted) : list(shown), mode(wanted) {
+BandSelection::BandSelection(CListCtrl& shown, SelectMode wanted) : list(shown), mode(wanted) {
     if (mode == SelectMode::kReplace) SelectOnly(list, -1);
     for (int row = list.Rows().NextSelected(0); row >= 0; row = list.Rows().NextSelected(row + 1))
         before.push_back(row);
@@ -95,9 +95,9 @@ bool BandSelection::WasSelected(int row) const {
 
 void BandSelection::Update(const std::vector<int>& touched) {
     for (const int row : inside)
-        if (!std::binary_search(touched.begin(), touched.end(), row)) list.Select(row, WasSelected(row));
+        if (!std::binary_search(touched.begin(), touched.end(), row)) list.SetSelected(row, WasSelected(row));
     for (const int row : touched)
-        list.Select(row, mode != SelectMode::kToggle || !WasSelected(row));
+        list.SetSelected(row, mode != SelectMode::kToggle || !WasSelected(row));
     inside = touched;
 }
 

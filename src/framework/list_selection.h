@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "framework/list_native.h"
+#include "framework/list_ctrl.h"
 
 namespace permora {
 
@@ -16,21 +16,21 @@ enum class SelectMode {
 };
 
 // Selects `row` alone; -1: nothing.
-void SelectOnly(NativeListView& list, int row);
+void SelectOnly(CListCtrl& list, int row);
 // A click on `row`, which becomes the focus row and the mark; -1: beside all rows.
-void SelectByClick(NativeListView& list, int row, SelectMode mode);
+void SelectByClick(CListCtrl& list, int row, SelectMode mode);
 // The keyboard's move to `row`.
-void SelectByMove(NativeListView& list, int row, SelectMode mode);
+void SelectByMove(CListCtrl& list, int row, SelectMode mode);
 // The Space key on the focus row: checks or unchecks it (with all selected rows, when it is one of them), or
 // selects it in a list without check boxes.
-void PressSpace(NativeListView& list, SelectMode mode);
-void ToggleCheck(NativeListView& list, int row);
+void PressSpace(CListCtrl& list, SelectMode mode);
+void ToggleCheck(CListCtrl& list, int row);
 
 // The selection that a frame drawn with the mouse makes. Meant for lists that allow several rows.
 class BandSelection {
   public:
     // Clears the selection when `mode` is kReplace.
-    BandSelection(NativeListView& list, SelectMode mode);
+    BandSelection(CListCtrl& list, SelectMode mode);
     // `touched` are the rows that the frame touches now, ascending. kToggle unselects those that were
     // selected before.
     void Update(const std::vector<int>& touched);
@@ -38,7 +38,7 @@ class BandSelection {
   private:
     bool WasSelected(int row) const;
 
-    NativeListView& list;
+    CListCtrl& list;
     SelectMode mode;
     std::vector<int> before;  // ascending
     std::vector<int> inside;  // ascending

@@ -38,12 +38,16 @@ void WindowAccess::Attach(CWnd& window, std::unique_ptr<NativeWindow> native, CW
     if ((style & WS_DISABLED) != 0) window.native->SetEnabled(false);
 }
 
-CWnd& WindowAccess::AddControl(CWnd& parent, std::unique_ptr<CWnd> control, const ControlSpec& spec) {
-    CWnd& window = *control;
+bool WindowAccess::CreateControl(CWnd& window, CWnd& parent, const ControlSpec& spec) {
+    if (window.HasWindow() || !parent.HasWindow()) return false;
     Attach(window, MakeNativeControl(window, parent, spec), &parent, spec.id, spec.style);
-    parent.ownedControls.push_back(std::move(control));
     if ((spec.style & WS_VISIBLE) != 0) window.native->SetVisible(true);
-    return window;
+    return true;
+}
+
+CWnd& WindowAccess::AddControl(CWnd& parent, std::unique_ptr<CWnd> control, const ControlSpec& spec) {
+    CreateControl(*control, parent, spec);
+    return *parent.ownedControls.emplace_back(std::move(control));
 }
 
 void WindowAccess::SetParent(CWnd& window, CWnd& parent) {

@@ -25,7 +25,9 @@ struct WindowAccess {
     // the windows of its children before its own.
     static void Attach(CWnd& window, std::unique_ptr<NativeWindow> native, CWnd* parent, unsigned int id,
                        DWORD style);
-    // Attaches a control and hands its object to `parent`.
+    // Makes a control of `parent`. False when it has a window already, or `parent` has none.
+    static bool CreateControl(CWnd& window, CWnd& parent, const ControlSpec& spec);
+    // Makes a control and hands its object to `parent`.
     static CWnd& AddControl(CWnd& parent, std::unique_ptr<CWnd> control, const ControlSpec& spec);
     // Changes the contract's half only; the back end moves the native window.
     static void SetParent(CWnd& window, CWnd& parent);

@@ -42,7 +42,7 @@ void ClickOnRow(HWND window, unsigned int id, int row, Qt::MouseButton button = 
     ClickWidget(*list->viewport(), PointOf(*list, row), button, modifiers, clicks);
 }
 
-std::string RowText(const NativeListView& list, int row) {
+std::string RowText(const CListCtrl& list, int row) {
     std::string text = list.Rows().Text(row, 0);
     for (int column = 1; column < static_cast<int>(list.Columns().size()); ++column)
         text += " | " + list.Rows().Text(row, column);

@@ -8,10 +8,10 @@
 #include <QSignalBlocker>
 #include <QStyleOptionFocusRect>
 
-#include "framework/list_native.h"
 #include "framework/qt/dialog_style.h"
 #include "framework/qt/image.h"
 #include "framework/qt/line_edit.h"
+#include "framework/qt/list_widget.h"
 #include "framework/qt/push_button.h"
 #include "framework/qt/static_controls.h"
 #include "framework/qt/tabs.h"
@@ -280,7 +280,7 @@ std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, cons
         case ControlKind::kProgressBar:
             return qt::MakeStatic(window, parent, spec);
         case ControlKind::kListView:
-            return MakeNativeListView(window, parent, spec);
+            return qt::MakeListView(dynamic_cast<CListCtrl&>(window), parent, spec);
         case ControlKind::kTabs:
             return qt::MakeTabs(window, parent, spec);
     }

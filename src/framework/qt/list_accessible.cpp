@@ -34,17 +34,17 @@ class RowAccessible : public QAccessibleInterface, public QAccessibleActionInter
     QStringList keyBindingsForAction(const QString& /*name*/) const override { return {}; }
 
   private:
-    bool HasCheckBox() const { return widget.List()->HasStyle(ListStyle::kCheckBoxes); }
+    bool HasCheckBox() const { return widget.List()->HasExtendedStyle(ListStyle::kCheckBoxes); }
 
     ListWidget& widget;
     int row;
 };
 
 QString RowAccessible::text(QAccessible::Text kind) const {
-    const NativeListView& list = *widget.List();
+    const CListCtrl& list = *widget.List();
     if (kind != QAccessible::Name) return {};
     QStringList parts{ToQt(list.Rows().Text(row, 0))};
-    if (list.View() != ListView::kReport) return parts.first();
+    if (list.GetView() != ListView::kReport) return parts.first();
     for (std::size_t i = 1; i < list.Columns().size(); ++i) {
         const std::string& text = list.Rows().Text(row, static_cast<int>(i));
         if (!text.empty()) parts << ToQt(list.Columns()[i].header + ": " + text);
@@ -64,7 +64,7 @@ QAccessible::State RowAccessible::state() const {
         state.invalid = true;
         return state;
     }
-    const NativeListView& list = *widget.List();
+    const CListCtrl& list = *widget.List();
     state.selectable = true;
     state.multiSelectable = !list.IsSingleSelection();
     state.selected = list.Rows().IsSelected(row);
@@ -88,7 +88,7 @@ QStringList RowAccessible::actionNames() const {
 
 void RowAccessible::doAction(const QString& name) {
     if (!isValid() || !actionNames().contains(name)) return;
-    NativeListView& list = *widget.List();
+    CListCtrl& list = *widget.List();
     if (name == toggleAction()) {
         ToggleCheck(list, row);
     } else {
@@ -176,7 +176,7 @@ void NotifyStateChanged(ListWidget& widget, int row) {
     if (!QAccessible::isActive() || !widget.List()->Rows().Has(row)) return;
     QAccessible::State changed;
     changed.selected = true;
-    changed.checked = widget.List()->HasStyle(ListStyle::kCheckBoxes);
+    changed.checked = widget.List()->HasExtendedStyle(ListStyle::kCheckBoxes);
     QAccessibleStateChangeEvent event(&widget, changed);
     event.setChild(row);
     QAccessible::updateAccessibility(&event);

@@ -22,7 +22,7 @@ void ListHeader::Model::Reset() {
     endResetModel();
 }
 
-ListHeader::ListHeader(NativeListView& shown, QWidget* parent)
+ListHeader::ListHeader(CListCtrl& shown, QWidget* parent)
     : QHeaderView(Qt::Horizontal, parent), list(shown), model(shown) {
     setModel(&model);
     setFocusPolicy(Qt::NoFocus);
@@ -47,7 +47,7 @@ void ListHeader::Refresh() {
     if (count() != model.columnCount({})) model.Reset();
     for (int column = 0; column < count(); ++column)
         resizeSection(column, list.Columns()[static_cast<std::size_t>(column)].width);
-    setSectionsClickable((list.style & LVS_NOSORTHEADER) == 0);
+    setSectionsClickable((list.GetStyle() & LVS_NOSORTHEADER) == 0);
     viewport()->update();
     isRefreshing = false;
 }

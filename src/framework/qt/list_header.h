@@ -4,14 +4,14 @@
 #include <QAbstractTableModel>
 #include <QHeaderView>
 
-#include "framework/list_native.h"
+#include "framework/list_ctrl.h"
 
 namespace permora::qt {
 
 // Shows the headers of a list's columns. The user's dragging changes the columns' widths.
 class ListHeader : public QHeaderView {
   public:
-    ListHeader(NativeListView& list, QWidget* parent);
+    ListHeader(CListCtrl& list, QWidget* parent);
     ~ListHeader() override;
     // The list's columns or its style changed.
     void Refresh();
@@ -19,7 +19,7 @@ class ListHeader : public QHeaderView {
   private:
     class Model : public QAbstractTableModel {
       public:
-        explicit Model(const NativeListView& shown) : list(shown) {}
+        explicit Model(const CListCtrl& shown) : list(shown) {}
         int rowCount(const QModelIndex& /*parent*/) const override { return 0; }
         int columnCount(const QModelIndex& parent) const override;
         QVariant data(const QModelIndex& /*index*/, int /*role*/) const override { return {}; }
@@ -27,10 +27,10 @@ class ListHeader : public QHeaderView {
         void Reset();
 
       private:
-        const NativeListView& list;
+        const CListCtrl& list;
     };
 
-    NativeListView& list;
+    CListCtrl& list;
     Model model;
     bool isRefreshing = false;
 };

@@ -23,9 +23,10 @@ void ListWidget::ShowTip(const QPoint& viewportPoint, const QPoint& globalPoint)
     const int row = HitRow(viewportPoint);
     const QPointer<ListWidget> self(this);
     QString tip;
-    if (row >= 0 && list->HasStyle(ListStyle::kLabelTips))
+    if (row >= 0 && list->HasExtendedStyle(ListStyle::kLabelTips))
         tip = ListPainter(*this, *list).CutText(row, CellInViewport(row), viewportPoint.x());
-    if (row >= 0 && tip.isEmpty() && list->HasStyle(ListStyle::kInfoTips)) tip = ToQt(list->AskInfoTip(row));
+    if (row >= 0 && tip.isEmpty() && list->HasExtendedStyle(ListStyle::kInfoTips))
+        tip = ToQt(list->AskInfoTip(row));
     if (!self) return;
     if (tip.isEmpty()) {
         QToolTip::hideText();

@@ -27,11 +27,11 @@ QRect Centred(const QSize& size, const QRect& area) {
 
 }  // namespace
 
-ListPainter::ListPainter(const QAbstractScrollArea& shownIn, const NativeListView& shown)
-    : widget(shownIn), list(shown), view(shown.View()) {}
+ListPainter::ListPainter(const QAbstractScrollArea& shownIn, const CListCtrl& shown)
+    : widget(shownIn), list(shown), view(shown.GetView()) {}
 
 QSize ListPainter::CheckSize() const {
-    if (!list.HasStyle(ListStyle::kCheckBoxes)) return {0, 0};
+    if (!list.HasExtendedStyle(ListStyle::kCheckBoxes)) return {0, 0};
     const QStyle& style = *widget.style();
     return {style.pixelMetric(QStyle::PM_IndicatorWidth, nullptr, &widget),
             style.pixelMetric(QStyle::PM_IndicatorHeight, nullptr, &widget)};
@@ -140,13 +140,13 @@ QString ListPainter::CutText(int row, const QRect& cell, int x) const {
 }
 
 QRect ListPainter::HotPart(int row, const QRect& cell) const {
-    if (view == ListView::kReport && list.HasStyle(ListStyle::kFullRowSelect)) return cell;
+    if (view == ListView::kReport && list.HasExtendedStyle(ListStyle::kFullRowSelect)) return cell;
     const Parts parts = PartsOf(cell);
     return parts.check.united(parts.icon).united(TextRect(row, parts.label));
 }
 
 bool ListPainter::ShowsSelection() const {
-    return widget.hasFocus() || (list.style & LVS_SHOWSELALWAYS) != 0;
+    return widget.hasFocus() || (list.GetStyle() & LVS_SHOWSELALWAYS) != 0;
 }
 
 QPalette::ColorGroup ListPainter::ColourGroup() const {
@@ -165,7 +165,7 @@ void ListPainter::SetTextColour(QPainter& painter, bool isHighlighted) const {
 
 void ListPainter::Paint(QPainter& painter, int row, const QRect& cell) const {
     const Parts parts = PartsOf(cell);
-    const bool isFullRow = view == ListView::kReport && list.HasStyle(ListStyle::kFullRowSelect);
+    const bool isFullRow = view == ListView::kReport && list.HasExtendedStyle(ListStyle::kFullRowSelect);
     const bool isHighlighted = list.Rows().IsSelected(row) && ShowsSelection();
     const bool isFocused = row == list.Rows().cursor.focus && widget.hasFocus();
     // Measuring a text costs as much as painting it, so only marked rows are measured.

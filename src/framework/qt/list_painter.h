@@ -5,14 +5,14 @@
 #include <QPainter>
 #include <QRect>
 
-#include "framework/list_native.h"
+#include "framework/list_ctrl.h"
 
 namespace permora::qt {
 
 // Made for one layout, painting or query; both arguments must outlive it.
 class ListPainter {
   public:
-    ListPainter(const QAbstractScrollArea& widget, const NativeListView& list);
+    ListPainter(const QAbstractScrollArea& widget, const CListCtrl& list);
 
     // The size of the cells, when `available` is the visible area.
     QSize CellSize(const QSize& available) const;
@@ -50,7 +50,7 @@ class ListPainter {
     void SetTextColour(QPainter& painter, bool isHighlighted) const;
 
     const QAbstractScrollArea& widget;
-    const NativeListView& list;
+    const CListCtrl& list;
     ListView view;
 };
 

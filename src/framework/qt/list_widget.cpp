@@ -21,11 +21,10 @@ ListWidget::ListWidget(QWidget* parent) : QAbstractScrollArea(parent) {
     viewport()->setMouseTracking(false);
 }
 
-void ListWidget::Show(NativeListView& shown) {
+void ListWidget::Show(CListCtrl& shown) {
     InstallListAccessibility();
     list = &shown;
     header = new ListHeader(shown, this);
-    AppearanceChanged();
 }
 
 // ---- Changes ----
@@ -50,16 +49,11 @@ void ListWidget::RowStateChanged(int row) {
 }
 
 void ListWidget::RowTextChanged(int row) {
-    const bool isSizedByText = list->View() == ListView::kList || list->View() == ListView::kSmallIcons;
+    const bool isSizedByText = list->GetView() == ListView::kList || list->GetView() == ListView::kSmallIcons;
     if (isSizedByText)
         MarkForLayout();
     else
         Update(row);
-}
-
-void ListWidget::ColumnsChanged() {
-    header->Refresh();
-    MarkForLayout();
 }
 
 void ListWidget::AppearanceChanged() {
@@ -83,7 +77,8 @@ void ListWidget::Update(int row) {
 // ---- Layout ----
 
 void ListWidget::LayOutHeader() {
-    const bool hasHeader = list->View() == ListView::kReport && (list->style & LVS_NOCOLUMNHEADER) == 0;
+    const bool hasHeader =
+        list->GetView() == ListView::kReport && (list->GetStyle() & LVS_NOCOLUMNHEADER) == 0;
     header->setVisible(hasHeader);
     const int height = hasHeader ? header->sizeHint().height() : 0;
     setViewportMargins(0, height, 0, 0);
@@ -103,7 +98,7 @@ void ListWidget::LayOut() {
     QSize client;
     for (int pass = 0; pass < 3; ++pass) {
         client = whole - QSize(hasVertical ? bars.width() : 0, hasHorizontal ? bars.height() : 0);
-        layout = ListLayout(list->View(), list->Rows().Count(), {cell.width(), cell.height()},
+        layout = ListLayout(list->GetView(), list->Rows().Count(), {cell.width(), cell.height()},
                             {client.width(), client.height()});
         const Size content = layout.ContentSize();
         hasVertical = hasVertical || content.cy > client.height();
@@ -123,8 +118,8 @@ void ListWidget::SetScrollRanges(const QSize& client) {
     vertical.setSingleStep(cell.Height());
     horizontal.setRange(0, std::max(content.cx - client.width(), 0));
     horizontal.setPageStep(std::max(client.width(), 1));
-    horizontal.setSingleStep(list->View() == ListView::kList ? cell.Width()
-                                                             : fontMetrics().averageCharWidth() * 2);
+    horizontal.setSingleStep(list->GetView() == ListView::kList ? cell.Width()
+                                                                : fontMetrics().averageCharWidth() * 2);
     header->setOffset(horizontal.value());
 }
 
@@ -142,8 +137,12 @@ void ListWidget::EnsureVisible(int row) {
         if (first < bar.value()) bar.setValue(first);
     };
     reveal(*verticalScrollBar(), cell.top, cell.bottom, seen.height());
-    if (list->View() != ListView::kReport)
+    if (list->GetView() != ListView::kReport)
         reveal(*horizontalScrollBar(), cell.left, cell.right, seen.width());
+}
+
+bool ListWidget::IsInView(int row) {
+    return viewport()->rect().intersects(CellInViewport(row));
 }
 
 QRect ListWidget::CellInViewport(int row) {
@@ -161,7 +160,7 @@ int ListWidget::HitRow(const QPoint& viewportPoint) {
 }
 
 bool ListWidget::IsOnCheckBox(int row, const QPoint& viewportPoint) {
-    if (row < 0 || !list->HasStyle(ListStyle::kCheckBoxes)) return false;
+    if (row < 0 || !list->HasExtendedStyle(ListStyle::kCheckBoxes)) return false;
     return ListPainter(*this, *list).CheckBox(CellInViewport(row)).contains(viewportPoint);
 }
 
@@ -221,7 +220,7 @@ void ListWidget::scrollContentsBy(int /*dx*/, int /*dy*/) {
 
 void ListWidget::wheelEvent(QWheelEvent* event) {
     // Rows that fill downwards are scrolled sideways by the ordinary wheel.
-    if (list->View() == ListView::kList)
+    if (list->GetView() == ListView::kList)
         QCoreApplication::sendEvent(horizontalScrollBar(), event);
     else
         QAbstractScrollArea::wheelEvent(event);

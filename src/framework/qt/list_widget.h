@@ -14,23 +14,23 @@
 
 namespace permora::qt {
 
-class ListWidget : public QAbstractScrollArea {
+class ListWidget : public QAbstractScrollArea, public ListDisplay {
   public:
     explicit ListWidget(QWidget* parent);
 
-    // Shows `list`, which owns this widget.
-    void Show(NativeListView& list);
-    NativeListView* List() const { return list; }
+    // Shows `list`, whose native half owns this widget.
+    void Show(CListCtrl& list);
+    CListCtrl* List() const { return list; }
 
-    // Changes of the list. Rows are laid out again before the next painting or query, however many changed.
-    void RowsChanged();
-    void RowTextChanged(int row);
-    void RowStateChanged(int row);
-    void ColumnsChanged();
-    void AppearanceChanged();
-    void FocusRowChanged(int before);
+    // Rows are laid out again before the next painting or query, however many changed.
+    void RowsChanged() override;
+    void RowTextChanged(int row) override;
+    void RowStateChanged(int row) override;
+    void AppearanceChanged() override;
+    void FocusRowChanged(int before) override;
+    void EnsureVisible(int row) override;
+    bool IsInView(int row) override;
 
-    void EnsureVisible(int row);
     // Where the row is seen, in the viewport; may lie outside.
     QRect CellInViewport(int row);
     // The row whose picture or text is there; -1: none.
@@ -89,7 +89,7 @@ class ListWidget : public QAbstractScrollArea {
     bool MoveByKey(int key, SelectMode mode);
     void SearchFor(const QString& typed);
 
-    NativeListView* list = nullptr;
+    CListCtrl* list = nullptr;
     ListHeader* header = nullptr;  // a child widget
     ListLayout layout;
     bool needsLayout = true;
@@ -99,5 +99,7 @@ class ListWidget : public QAbstractScrollArea {
     QString searched;        // what was typed without a pause
     QElapsedTimer sinceTyped;
 };
+
+std::unique_ptr<NativeWindow> MakeListView(CListCtrl& list, CWnd& parent, const ControlSpec& spec);
 
 }  // namespace permora::qt
