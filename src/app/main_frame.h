@@ -18,7 +18,7 @@ class CMainFrame : public CFrameWnd {
   public:
     // Puts the window where the settings say and shows it.
     void RestorePlacement();
-    // Writes the settings; a failure is told.
+    // Writes the settings. A failure is shown in a box.
     void KeepSettings();
 
     // Runs the dialog by which folders are shared where the system has no wizard for that. The list then has

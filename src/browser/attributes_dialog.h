@@ -15,9 +15,9 @@ class CAttributesDlg : public CDialog {
     CAttributesDlg(Place items, CWnd* ownerWindow);
 
   protected:
-    // Where the first item's attributes cannot be read a box says why, and the dialog is not shown.
+    // If the first item's attributes cannot be read, a box shows the error instead of the dialog.
     bool OnInitDialog() override;
-    // Closes the dialog in either case; a box tells the first failure.
+    // Always closes the dialog. The first failure is shown in a box.
     void OnOK() override;
 
   private:

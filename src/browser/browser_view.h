@@ -22,7 +22,7 @@ class AddrBar;
 class CFrameWnd;
 class CStatusBar;
 
-// What is said where a command finds nothing selected.
+// The message of a command for which nothing is selected.
 inline constexpr const char* kSelectItems = "Please, select items to work with them.";
 
 class BrowserView : public CWnd {
@@ -37,7 +37,7 @@ class BrowserView : public CWnd {
     void Create(CWnd& owner, unsigned int id, const std::string& commandLine);
     // The frame's bars, once it has them. The address bar shows the location from now on.
     void AttachBars(AddrBar& address, CStatusBar& status);
-    // `chosen` hears of each view mode that becomes current, as the settings write it.
+    // `chosen` is called with each view mode that becomes current, as the settings store it.
     void SetViewModeObserver(std::function<void(std::uint32_t viewMode)> chosen);
 
     // What is shown.
@@ -46,8 +46,8 @@ class BrowserView : public CWnd {
     const BrowserHistory& History() const { return history; }
     CListCtrl& List() { return list; }
 
-    // Shows the same location again, with the focus on the row that had it. A folder that is gone leads to
-    // the nearest one above it that is not, and a message says so; any other failure is reported.
+    // Shows the same location again, with the focus on the row that had it. If the folder is gone,
+    // shows the nearest one above it and a message. Any other failure is reported.
     void RefreshList();
 
     // The names of the selected rows, from top to bottom.

@@ -1,7 +1,7 @@
 // The program's own clipboard format, registered as "ZELClipboardData": one block with the files that were
 // cut or copied.
 //
-// It begins with the system's DROPFILES structure, little-endian, in which `fNC` says what is to be done:
+// It begins with the system's DROPFILES structure, little-endian, in which `fNC` is the operation:
 //
 //      0  offset of the list from the beginning of the block
 //      4  x, y (two signed numbers, not used)
@@ -9,7 +9,7 @@
 //     16  0: the list is 8-bit text in the ANSI code page, else UTF-16
 //     20  the list (file_list.h)
 //
-// What is written has its list at 20, in 8-bit text. What is read may come from anyone.
+// The program writes the list at 20, in 8-bit text. A block that it reads may come from anyone.
 #pragma once
 
 #include <cstdint>
@@ -28,8 +28,8 @@ inline constexpr const char* kClipboardFormatName = "ZELClipboardData";
 std::vector<std::uint8_t> ClipboardBlockOf(TransferKind kind, const std::string& folder,
                                            std::span<const std::string> names);
 
-// Null when the block is sound; `transfer` is then what it says. Else what is wrong with it, for the user,
-// and `transfer` is unchanged.
+// Reads the block into `transfer` and returns null. If the block is damaged, returns a message for the user
+// and leaves `transfer` unchanged.
 const char* ReadClipboardBlock(std::span<const std::uint8_t> block, FileTransfer& transfer);
 
 }  // namespace permora

@@ -28,9 +28,9 @@ struct DesktopFileTexts {
 bool MakeDesktopFileTexts(TransferKind kind, const std::string& folder, std::span<const std::string> names,
                           DesktopFileTexts& texts);
 
-// What another program has offered, from which nothing can be trusted. Null when all addresses lead to files
-// and folders of this computer; `transfer` is then to be done with them. Else what is wrong, for the user,
-// and `transfer` is unchanged.
+// Read text from another program, which is not to be trusted, into `transfer` and return null. Unless all
+// addresses lead to files and folders of this computer, return a message for the user and leave `transfer`
+// unchanged.
 const char* ReadGnomeFiles(std::span<const std::uint8_t> text, FileTransfer& transfer);
 // `kdeCut` is empty when that format is not offered.
 const char* ReadUriList(std::span<const std::uint8_t> text, std::span<const std::uint8_t> kdeCut,

@@ -30,8 +30,8 @@ struct DriveLook {
 // By the system's drive type (DRIVE_ constant).
 DriveLook LookOfDrive(UINT driveType);
 
-// Whether a look depends on what the file system can do. Drives that may be slow to answer, or have nothing
-// in them, are not asked.
+// Whether a look depends on what the file system can do. Drives that may be slow or
+// empty are not asked.
 bool DependsOnFileSystem(const DriveLook& look);
 
 // The look after the file system was asked for its flags.

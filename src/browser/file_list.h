@@ -21,10 +21,10 @@ struct FileTransfer {
     std::basic_string<WCHAR> wideList;
 };
 
-// More files than this nobody means to paste.
+// The most files that are pasted at once.
 inline constexpr std::size_t kMostFiles = 1'000'000;
 
-// What is said of a list that cannot be used, whatever its format.
+// Messages about a list that cannot be used, whatever its format.
 inline constexpr const char* kDamagedFileList = "Error: the list of files on the clipboard is damaged.";
 inline constexpr const char* kNoPathsOfFiles =
     "Error: the clipboard holds something else than full paths of files and folders.";

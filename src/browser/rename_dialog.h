@@ -8,15 +8,15 @@
 
 namespace permora {
 
-// Set the fields before DoModal. The shell tells what fails.
+// Set the fields before DoModal. The shell shows failures.
 class CRenameDlg : public CDialog {
   public:
     explicit CRenameDlg(CWnd* ownerWindow);
 
     std::string folder;  // full path
     std::string oldName;
-    // Asked before the name is given, since the folder may have been replaced while the user thought. It
-    // tells why not.
+    // Called before the object is renamed, since the folder may have been replaced meanwhile. On false, the
+    // reason has been reported.
     std::function<bool()> mayRename;
 
   protected:

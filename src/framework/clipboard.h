@@ -29,17 +29,17 @@ class Clipboard {
     bool Empty();
     bool SetData(unsigned int format, std::span<const std::uint8_t> bytes);
 
-    // Another program must be asked for what it has put there. Both functions serve the windows meanwhile,
-    // which take nothing from the user, and give up (kSilence) after some seconds without a sign of it.
+    // Both functions ask the program that owns the data. Meanwhile windows are painted but take no input.
+    // After some seconds without a sign of that program, the functions give up (kSilence).
 
-    // Lets IsFormatAvailable know: kGiven or kSilence.
+    // Waits until IsFormatAvailable is up to date: kGiven or kSilence.
     ClipboardAnswer AwaitFormats() const;
-    // Bytes that another program may have written: trust nothing. `bytes` is untouched unless there are some;
-    // more than can be meant are none.
+    // The bytes may come from another program and are not to be trusted. kNothing when there are too many;
+    // `bytes` is unchanged unless the answer is kGiven.
     ClipboardAnswer GetData(unsigned int format, std::vector<std::uint8_t>& bytes) const;
 
-    // As far as that is known, which takes a moment after another program has put something there; nobody is
-    // asked.
+    // What is known without asking. That may be out of date for a moment after another program has put
+    // something there.
     static bool IsFormatAvailable(unsigned int format);
 
   private:

@@ -10,7 +10,7 @@ namespace permora {
 
 enum class ObjectSort { kFile, kFolder, kLink, kDrive };
 
-// What cannot be found out is "Unknown".
+// A fact that cannot be read is "Unknown".
 struct ObjectFacts {
     ObjectSort sort = ObjectSort::kFile;
     std::string name;  // bare; a drive's root and label
@@ -30,11 +30,11 @@ struct ObjectFacts {
     int usedPercent = 0;
 };
 
-// Of the object at a full path. 0, or an error code when there is none; `facts` is then unchanged. May wait
-// for the disk, but looks at no other object.
+// Reads the facts of the object at a full path. Returns 0, or an error code, and `facts` is then unchanged.
+// May wait for the disk, but reads no other object.
 DWORD ReadObjectFacts(const std::string& path, ObjectFacts& facts);
 
-// The account, or why it cannot be told.
+// The name of the owner, or the error that prevents reading it.
 std::string OwnerText(const std::string& path);
 
 // "1 KB (1,536 bytes)".

@@ -13,7 +13,7 @@ namespace permora {
 
 class CPropertiesDlg : public CDialog {
   public:
-    // `objectPath` is a full path, `objectFacts` what ReadObjectFacts said of it.
+    // `objectPath` is a full path, `objectFacts` what ReadObjectFacts returned for it.
     CPropertiesDlg(std::string objectPath, ObjectFacts objectFacts, CWnd* ownerWindow);
 
     // Runs the security editor on the object; the button is disabled when there is none.

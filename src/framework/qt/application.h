@@ -24,8 +24,8 @@ class QtApplication {
     QtApplication(const QtApplication&) = delete;
     QtApplication& operator=(const QtApplication&) = delete;
 
-    // Serves events until StopToolkit, or until a signal tells the process to end: then all modal windows are
-    // left as well, and messages go to standard error. The process's exit code.
+    // Serves events until StopToolkit, or until a signal ends the process; all modal windows are then closed,
+    // and messages go to standard error. Returns the exit code of the process.
     int Run();
 
     // Null while there is none. Any thread.

@@ -6,8 +6,8 @@
 namespace permora::qt {
 
 // Runs each operation on a thread of its own and serves the program's windows meanwhile, which take no input
-// but the operation's own. Its window comes when the work takes longer than half a second. When the program
-// is told to end, the operation is cancelled, and Present returns after its end.
+// but the operation's own. Its window appears when the work takes longer than half a second. When the
+// program must end, the operation is cancelled, and Present returns after it.
 class FileOperationWindows : public FileOperationPresenter {
   public:
     void Present(HWND owner, const std::string& title, FileOperationJob& job) override;

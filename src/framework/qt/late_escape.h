@@ -1,5 +1,5 @@
-// An Escape that comes when a modal window has just closed was meant for that one: typed twice, held, or
-// waiting while the program worked.
+// An Escape that arrives right after a modal window has closed was pressed for that window: typed twice,
+// held, or waiting while the program worked.
 #pragma once
 
 #include <QWidget>
@@ -9,8 +9,8 @@ namespace permora::qt {
 // Records when `window` gets the keyboard back from a modal window.
 void WatchForLateEscape(QWidget& window);
 
-// Whether an Escape that comes to `widget` now was meant for a modal window before. Needs WatchForLateEscape
-// for its window.
+// Whether an Escape that `widget` gets now was pressed for a modal window that has closed. Needs
+// WatchForLateEscape for its window.
 bool IsLateEscape(const QWidget& widget);
 
 }  // namespace permora::qt

@@ -44,8 +44,8 @@ class SelectionRequest : public QAbstractNativeEventFilter {
     const QByteArray& Bytes() const { return bytes; }
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 
-    // Serves the windows, which take nothing from the user, until the answer is there or the other side has
-    // been silent for some seconds: the request goes on waiting then. `request` may be replaced meanwhile.
+    // Waits until the answer is there or the owner has been silent for some seconds; the request then goes on
+    // waiting. Meanwhile windows are painted but take no input, and `request` may be replaced.
     static State Await(const std::unique_ptr<SelectionRequest>& request);
 
   private:
@@ -65,7 +65,7 @@ class SelectionRequest : public QAbstractNativeEventFilter {
     QElapsedTimer sinceLastSign;
 };
 
-// What the clipboard's owner offers. It is asked whenever there is another one, and nobody waits for it.
+// What the clipboard's owner offers. Each new owner is asked, without waiting for the answer.
 class ClipboardOffer {
   public:
     ClipboardOffer();
@@ -73,7 +73,7 @@ class ClipboardOffer {
     ClipboardOffer(const ClipboardOffer&) = delete;
     ClipboardOffer& operator=(const ClipboardOffer&) = delete;
 
-    // False while the owner has not said what it offers.
+    // False until the owner has answered.
     bool Has(const QByteArray& form) const;
     // As SelectionRequest::Await. False: the owner has been silent.
     bool Await() const;

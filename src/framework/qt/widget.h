@@ -40,7 +40,7 @@ class EventFilter : public QObject {
     std::function<bool(QEvent&)> filter;
 };
 
-// Widgets are reached by Tab only where the template says so.
+// Makes Tab reach the widget only if the template has WS_TABSTOP.
 void ApplyTabStop(QWidget& widget, DWORD style);
 // Names the widget after its control or template, for tests and automation.
 void SetIdentity(QWidget& widget, const char* kind, unsigned int id);
@@ -93,7 +93,7 @@ class WidgetWindow : public Kind {
     Own& Widget() const { return *widget; }
     // Comes before the widget's own functions; true keeps the event from them.
     virtual bool OnEvent(QEvent& event) {
-        // The window of the contract hears nothing before it owns this object.
+        // Nothing is reported before the window of the contract owns this object.
         if (!Kind::Window().HasWindow()) return false;
         switch (event.type()) {
             case QEvent::Resize:
