@@ -19,6 +19,8 @@ class FolderListing {
     explicit FolderListing(UniqueFd opened, off_t begin = 0);
 
     int Descriptor() const { return folder.Get(); }
+    // Whether it is known that there are further entries.
+    bool HasMore() const { return position < filled; }
     // Behind the entry that was taken last.
     off_t Position() const { return behindLast; }
 

@@ -28,6 +28,12 @@ class OpenFolder {
         return listing.Position();
     }
 
+    // Whether it is known that there are names left.
+    bool HasMore() const {
+        const std::lock_guard lock(guard);
+        return listing.HasMore();
+    }
+
     // The next name, with its DT_ type. False at the end; the thread that comes upon an error gets it.
     bool Next(std::string& name, unsigned char& type, DWORD& error) {
         const std::lock_guard lock(guard);

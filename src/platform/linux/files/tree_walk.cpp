@@ -213,10 +213,12 @@ class Descent {
     void Run() {
         while (std::shared_ptr<OpenFolder> joined = share.Join(number)) {
             const FolderRef folder = joined->Folder();
-            levels.push_back({std::move(joined), folder});
+            levels.push_back({.open = std::move(joined), .folder = folder, .isShared = true});
             while (!levels.empty() && !share.IsStopped() && (closed != 0 || share.MayWork(number)))
                 Step();
-            // What is left here is known to the others.
+            // What is left here is for the others.
+            for (Level& level : levels)
+                ShareLevel(level);
             levels.clear();
             closed = nextToClose = 0;
             visiting->Rest();
@@ -229,12 +231,14 @@ class Descent {
     struct Level {
         std::shared_ptr<OpenFolder> open;
         FolderRef folder;
+        bool isShared = false;  // others may take names from it
         dev_t device = 0;
         ino_t inode = 0;
         off_t position = 0;
     };
 
     void Step();
+    void ShareLevel(Level& level);
     DWORD OpenEntry(int folder, unsigned char type, ObjectHandle& object) const;
     void VisitEntry(OpenFolder& folder, unsigned char type);
     void Enter(ObjectHandle& object, std::unique_ptr<FolderNotes> notes);
@@ -252,14 +256,24 @@ class Descent {
     std::string name;
 };
 
+void Descent::ShareLevel(Level& level) {
+    if (!level.isShared && level.open) share.Add(level.open);
+    level.isShared = true;
+}
+
 void Descent::Step() {
     OpenFolder& folder = *levels.back().open;
     DWORD error = ERROR_SUCCESS;
-    if (unsigned char type = DT_UNKNOWN; folder.Next(name, type, error)) return VisitEntry(folder, type);
+    if (unsigned char type = DT_UNKNOWN; folder.Next(name, type, error)) {
+        // A single name is not worth waking another thread: in a chain of folders it would wait for this one
+        // at each of them.
+        if (folder.HasMore()) ShareLevel(levels.back());
+        return VisitEntry(folder, type);
+    }
     if (error != ERROR_SUCCESS) share.Fail(error, folder.Folder()->PathOf(""));
     const Level ended = std::move(levels.back());
     levels.pop_back();
-    share.Remove(ended.open);
+    if (ended.isShared) share.Remove(ended.open);
     nextToClose = std::min(nextToClose, levels.size());
     if (!levels.empty() && !levels.back().open) Reopen(ended.open->Descriptor());
 }
@@ -290,8 +304,8 @@ void Descent::Enter(ObjectHandle& object, std::unique_ptr<FolderNotes> notes) {
     const DWORD error = object.TakeForListing(listing);
     if (error == ERROR_FILE_NOT_FOUND) return;
     if (error != ERROR_SUCCESS) return share.Fail(error, entered->PathOf(""));
-    levels.push_back({std::make_shared<OpenFolder>(entered, std::move(listing), 0), entered});
-    share.Add(levels.back().open);
+    levels.push_back(
+        {.open = std::make_shared<OpenFolder>(entered, std::move(listing), 0), .folder = entered});
     if (levels.size() - closed > kOpenLevels) CloseHighLevel();
 }
 
@@ -306,6 +320,7 @@ void Descent::CloseHighLevel() {
         level.inode = status.st_ino;
         level.position = level.open->Position();
         level.open.reset();
+        level.isShared = false;
         ++closed;
         ++nextToClose;
         return;
@@ -331,7 +346,6 @@ void Descent::Reopen(int below) {
     if (error == ERROR_SUCCESS) {
         --closed;
         nextToClose = std::min(nextToClose, levels.size() - 1);
-        share.Add(levels.back().open);
         return;
     }
     while (!levels.empty() && !levels.back().open) {

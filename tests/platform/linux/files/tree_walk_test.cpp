@@ -300,6 +300,25 @@ TEST(TreeWalk, ADeepTreeNeedsFewOpenFolders) {
     setrlimit(RLIMIT_NOFILE, &before);
 }
 
+// Handing each of its folders to another thread would take longer than visiting it.
+TEST(TreeWalk, AChainOfFoldersIsWalkedByOneThread) {
+    const TemporaryFolder tree;
+    std::string path;
+    for (int i = 0; i < 300; ++i)
+        tree.MakeFolder(path += (i == 0 ? "d" : "/d"));
+    Counter visitor;
+    std::mutex guard;
+    std::set<std::thread::id> atWork;
+    visitor.onVisit = [&](const VisitedObject&) {
+        const std::lock_guard lock(guard);
+        atWork.insert(std::this_thread::get_id());
+        std::this_thread::yield();
+    };
+    WalkTree(OpenFolder(tree.Path()), nullptr, visitor, 4);
+    EXPECT_EQ(visitor.objects, 300U);
+    EXPECT_EQ(atWork.size(), 1U);
+}
+
 // The way back up leads nowhere but to the folder that was left.
 TEST(TreeWalk, AFolderMovedAwayMeanwhileIsToldWhenTheWalkComesBack) {
     constexpr std::size_t kDepth = 200;
