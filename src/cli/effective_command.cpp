@@ -27,29 +27,6 @@ struct Answer {
     std::vector<std::string> remarks;
 };
 
-// `exactGroups` are counted; null: the usual ones.
-std::optional<Answer> Ask(const Target& target, AccountRecord& account, const AccountGroups* exactGroups,
-                          ConsoleMessages& messages) {
-    Answer answer;
-    HeldObject held;
-    if (!FindTarget(target, held, messages) || !ReadList(held, answer.object, messages)) return std::nullopt;
-    answer.remarks = RemarksOn(answer.object);
-    if (answer.object.dacl == nullptr) return answer;
-    EffectiveRights effective;
-    const DWORD error =
-        exactGroups != nullptr
-            ? FindEffectiveRights(answer.object.dacl, *exactGroups, effective)
-            : FindEffectiveRights(answer.object.dacl, account, GroupsRequest::kUsual, effective);
-    if (error != ERROR_SUCCESS) {
-        messages.Say(NoRightsText(error, GroupsRequest::kUsual, account));
-        return std::nullopt;
-    }
-    answer.effective = effective;
-    for (std::string& remark : RemarksOnRights(answer.object.dacl, account, effective))
-        answer.remarks.push_back(std::move(remark));
-    return answer;
-}
-
 std::string TableText(const Target& target, const std::string& account, const Answer& answer) {
     std::string text = PrintableText(target.argument) + "\n  Account: " + PrintableText(account) + '\n' +
                        RemarkLines(answer.remarks);
@@ -106,22 +83,23 @@ class EffectiveCommand : public ObjectCommand {
   private:
     bool Do(const Target& target) override;
     bool End() override;
-    // The groups of --exact, which are asked for once. Null after a message.
-    const AccountGroups* FindExactGroups();
+    std::optional<Answer> Ask(const Target& target);
+    // Null after a message.
+    const AccountGroups* FindGroups();
 
     AccountOption account{*this};
     Flag exact{*this, "--exact",
                "Count the groups that a logon would give a domain account now; only root may ask for them"};
     JsonFlag json{*this, JsonShape::kObjects};
     Json answers = Json::array();
-    std::optional<AccountGroups> exactGroups;
+    // The domain is asked once, however many objects there are.
+    std::optional<DWORD> groupsError;
+    AccountGroups groups;
 };
 
 bool EffectiveCommand::Do(const Target& target) {
     AccountRecord& shown = account.Account();
-    const AccountGroups* const groups = exact ? FindExactGroups() : nullptr;
-    if (exact && groups == nullptr) return false;
-    const std::optional<Answer> answer = Ask(target, shown, groups, messages);
+    const std::optional<Answer> answer = Ask(target);
     if (!answer) return false;
     if (json)
         answers.push_back(AnswerJson(target, shown, *answer));
@@ -130,18 +108,33 @@ bool EffectiveCommand::Do(const Target& target) {
     return true;
 }
 
-const AccountGroups* EffectiveCommand::FindExactGroups() {
-    if (!exactGroups) {
-        AccountRecord& asked = account.Account();
-        AccountGroups found;
-        const DWORD error = FindAccountGroups(*asked.sid, GroupsRequest::kExact, found);
-        if (error != ERROR_SUCCESS) {
-            messages.Say(NoRightsText(error, GroupsRequest::kExact, asked));
-            return nullptr;
-        }
-        exactGroups = std::move(found);
+std::optional<Answer> EffectiveCommand::Ask(const Target& target) {
+    Answer answer;
+    HeldObject held;
+    if (!FindTarget(target, held, messages) || !ReadList(held, answer.object, messages)) return std::nullopt;
+    answer.remarks = RemarksOn(answer.object);
+    if (answer.object.dacl == nullptr) return answer;
+    const AccountGroups* const counted = FindGroups();
+    if (counted == nullptr) return std::nullopt;
+    EffectiveRights effective;
+    const DWORD error = FindEffectiveRights(answer.object.dacl, *counted, effective);
+    if (error != ERROR_SUCCESS) {
+        messages.SaySystemError(error);
+        return std::nullopt;
     }
-    return &*exactGroups;
+    answer.effective = effective;
+    for (std::string& remark : RemarksOnRights(answer.object.dacl, account.Account(), effective))
+        answer.remarks.push_back(std::move(remark));
+    return answer;
+}
+
+const AccountGroups* EffectiveCommand::FindGroups() {
+    AccountRecord& asked = account.Account();
+    const GroupsRequest request = exact ? GroupsRequest::kExact : GroupsRequest::kUsual;
+    if (!groupsError) groupsError = FindAccountGroups(*asked.sid, request, groups);
+    if (*groupsError == ERROR_SUCCESS) return &groups;
+    messages.Say(NoRightsText(*groupsError, request, asked));
+    return nullptr;
 }
 
 bool EffectiveCommand::End() {
