@@ -24,9 +24,9 @@ while [ $# -gt 0 ]; do
     shift
 done
 # Benchmarks with few files come first: a disk without a journal makes files slowly after many were deleted.
-[ ${#names[@]} -gt 0 ] || names=(startup list copy shred share rendering listing propagation tree_apply owner threads)
+[ ${#names[@]} -gt 0 ] || names=(startup list copy shred share rendering domain_rendering listing propagation tree_apply owner threads)
 
-EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" >&2
+EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${domainPackages[@]}" >&2
 BuildPreset release "${names[@]/%/_bench}" >&2
 
 Load() { cut -d ' ' -f 1-3 /proc/loadavg; }
@@ -45,8 +45,10 @@ Say "$(date --utc '+%F %H:%M') UTC, $(nproc) x ${processor:-$(uname -m)}, Linux 
     "|---|---|---|---|---|---|---|"
 failed=()
 for name in "${names[@]}"; do
+    inDomain=()
+    [[ $name != domain_* ]] || inDomain=(tests/support/domain.sh run --users 200)
     # The benchmark has already reported the reason on standard error.
-    "build/release/bin/${name}_bench" "${quick[@]}" | tee -a "$table" || failed+=("$name")
+    "${inDomain[@]}" "build/release/bin/${name}_bench" "${quick[@]}" | tee -a "$table" || failed+=("$name")
 done
 Say "" "Load after: $(Load)."
 
