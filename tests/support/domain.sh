@@ -266,6 +266,11 @@ Provision() {
     Logged On member net sam addmem Operators 'EXAMPLE\Auditors'
     Logged On member net sam addmem Operators 'EXAMPLE\carla'
     Logged On member cp /etc/krb5.keytab /var/lib/samba/
+    # At the first logon ever, the member fills its built-in groups.
+    Start smbd
+    AwaitService smbd
+    Logged On member smbclient //127.0.0.1/data --user="EXAMPLE\\Administrator%$domainPassword" --command=quit
+    Stop smbd
     Stop winbindd
     Stop controller
     pkill samba-dcerpcd || true # whoever asks the member's database starts one; in this world it is the only one
