@@ -27,13 +27,11 @@ bool MayOverwriteList(HWND owner, const std::string& item) {
 bool WriteListAsking(CWnd& page, const RememberedPlace& place, std::optional<DaclInheritance> inheritance,
                      const ListsByKind& lists, PSECURITY_DESCRIPTOR shown) {
     Outcomes outcomes;
-    const auto write = [&](PSECURITY_DESCRIPTOR expected) {
+    // Where no list is expected, none is out of date.
+    for (PSECURITY_DESCRIPTOR expected = shown;; expected = nullptr) {
         DoLongWork(page, [&] { outcomes = WriteListToItems(place.items, inheritance, lists, expected); });
-    };
-    write(shown);
-    if (IsOutOfDate(outcomes)) {
+        if (!IsOutOfDate(outcomes)) break;
         if (!MayOverwriteList(page.GetSafeHwnd(), outcomes.front().object)) return false;
-        write(nullptr);
     }
     ShowOutcomes(page.GetSafeHwnd(), outcomes);
     return true;
