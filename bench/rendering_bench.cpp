@@ -11,6 +11,7 @@
 #include "bench/sample_tree.h"
 #include "platform/api/errors.h"
 #include "platform/held_object.h"
+#include "platform/raw_security.h"
 #include "security/access_entry_list.h"
 #include "security/access_rows.h"
 #include "tests/support/ntfs_volume.h"
@@ -60,8 +61,7 @@ std::size_t ReadAndRender(const std::string& name) {
         object.ReadSecurity(DACL_SECURITY_INFORMATION, parts) != ERROR_SUCCESS) {
         return 0;
     }
-    permora::AccessEntryList list;
-    list.LoadFromDacl(parts.dacl);
+    permora::AccessEntryList list(permora::AcesOf(parts.dacl));
     return permora::AccessRowsOf(list, permora::AccountDisplayName).size();
 }
 

@@ -15,7 +15,7 @@
 #include "platform/api/messages.h"
 #include "platform/host_path.h"
 #include "security/apply_dialog.h"
-#include "security/empty_list.h"
+#include "security/dacl_builder.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"

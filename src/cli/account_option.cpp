@@ -26,18 +26,14 @@ AccountOption::AccountOption(Command& command)
 
 AccountOption::AccountOption(Command& command, const char* optionName, const char* description,
                              Presence presence)
-    : name(optionName), option(command, optionName, "NAME", description, presence) {
-    command.Add(*this);
-}
+    : TextOption(command, optionName, "NAME", description, presence), name(optionName) {}
 
-std::string AccountOption::Interpret() {
-    const std::optional<std::string> text = option.Text();
-    if (!text) return {};
-    if (text->empty()) return std::string(name) + ": the name is empty";
-    const DWORD error = FindAccount(*text, account);
+std::string AccountOption::Interpret(const std::string& text) {
+    if (text.empty()) return std::string(name) + ": the name is empty";
+    const DWORD error = FindAccount(text, account);
     if (error == ERROR_SUCCESS) return {};
     const std::string reason = NotLookedUpText(error);
-    return *text + ": " + (reason.empty() ? SystemMessageLine(error) : reason);
+    return text + ": " + (reason.empty() ? SystemMessageLine(error) : reason);
 }
 
 }  // namespace permora

@@ -8,7 +8,7 @@
 
 namespace permora {
 
-class AccountOption final : public Argument {
+class AccountOption final : public TextOption {
   public:
     // --account, which must be given.
     explicit AccountOption(Command& command);
@@ -16,18 +16,14 @@ class AccountOption final : public Argument {
     AccountOption(Command& command, const char* name, const char* description, Presence presence);
 
     // Finds the account that was named: by a name, DOMAIN\name or the text of a SID.
-    std::string Interpret() override;
+    std::string Interpret(const std::string& text) override;
 
     bool IsGiven() const { return account.sid.has_value(); }
     // Looks up the account's names when they are asked for.
     AccountRecord& Account() { return account; }
-    // As typed.
-    std::string Text() const { return option.Text().value_or(""); }
-    const TextOption& Option() const { return option; }
 
   private:
     const char* name;
-    TextOption option;
     AccountRecord account;
 };
 

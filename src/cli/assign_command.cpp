@@ -10,7 +10,7 @@
 #include "cli/rights_left.h"
 #include "cli/rights_options.h"
 #include "cli/terminal_output.h"
-#include "platform/api/errors.h"
+#include "platform/raw_security.h"
 #include "security/access_rights.h"
 #include "wizard/account_rights.h"
 
@@ -33,29 +33,18 @@ bool HasRights(const AccountRights& rights, DWORD wanted, ConsoleMessages& messa
     return false;
 }
 
-struct NewList {
-    std::vector<AccessEntry> entries;
-    UniqueLocal<ACL> dacl;
-};
-
-// The new lists of objects, by kind.
-struct NewLists {
-    NewList forFolders;
-    NewList forFiles;
-};
-
 // Gives `object` the list that it would have: the new one, which `dacl` then holds, and what it still
 // inherits. False after a message.
-bool Preview(HMODULE library, std::vector<AccessEntry> entries, ObjectSecurity& object,
-             UniqueLocal<ACL>& dacl, ConsoleMessages& messages) {
+bool Preview(std::vector<AccessEntry> entries, ObjectSecurity& object, UniqueLocal<ACL>& dacl,
+             ConsoleMessages& messages) {
     if (object.inheritance == DaclInheritance::kFromParent) {
         for (const AccessEntry& entry : object.entries.Entries())
             if (entry.IsInherited()) entries.push_back(entry);
     }
-    dacl = BuildWholeDacl(library, entries, messages);
+    dacl = BuildWholeDacl(entries, messages);
     if (!dacl) return false;
     object.dacl = dacl.get();
-    object.entries.LoadFromDacl(object.dacl);
+    object.entries = AccessEntryList(AcesOf(object.dacl));
     return true;
 }
 
@@ -79,9 +68,7 @@ class AssignCommand : public ObjectCommand {
     bool Do(const Target& target) override;
     bool End() override;
 
-    std::optional<AccountRights> MakeRights(const HeldObject& held, ObjectSecurity& object);
-    bool MakeList(const AccountRights& rights, ItemKind kind, NewList& list);
-    bool MakeLists(const HeldObject& held, ObjectSecurity& object);
+    bool MakeRights(const HeldObject& held, ObjectSecurity& object);
     ChangeResult TellRightsLeft(const HeldObject& held);
     ChangeResult GiveList(const Target& target, const HeldObject& held, ObjectSecurity& object);
     bool Assign(const Target& target);
@@ -96,8 +83,7 @@ class AssignCommand : public ObjectCommand {
 
     // All rights of the account; kFullControlAsOne for full control as a whole, as the wizard ticks it.
     DWORD wanted = 0;
-    UniqueLibrary library;
-    std::optional<NewLists> lists;  // once they are made of the first object's
+    std::optional<AccountRights> assigned;  // to every object; made of the first one's list
     const Target* first = nullptr;
     bool isFirstDone = false;
 };
@@ -110,45 +96,28 @@ std::string AssignCommand::Interpret() {
     return {};
 }
 
-// The new rights of the first object's accounts; nothing after a message. Losses of the object are checked
+// Makes `assigned`; false after a message. Losses of the object are checked
 // here, so that nothing is changed if the first object may not be changed. `object` is its state at the
 // start.
-std::optional<AccountRights> AssignCommand::MakeRights(const HeldObject& held, ObjectSecurity& object) {
+bool AssignCommand::MakeRights(const HeldObject& held, ObjectSecurity& object) {
+    assigned.reset();
     AccountRights made;
     ReadParts list;
-    if (!ReadForChange(held, object, messages)) return std::nullopt;
-    if (const Outcome outcome = LoadAccountsFromItem(held, made, list); !outcome.IsDone()) {
-        messages.Say(outcome);
-        return std::nullopt;
-    }
+    if (!ReadForChange(held, object, messages) || !messages.Check(LoadAccountsFromItem(held, made, list)))
+        return false;
     if (list.dacl == nullptr) {
         messages.Say("Object's access control list is null (All access is allowed)");
-        return std::nullopt;
+        return false;
     }
-    if (!MayReplace(LossesOf(object.dacl, object.entries), options.Choices(), messages)) return std::nullopt;
+    if (!options.MayReplace(LossesOf(object.dacl, object.entries), messages)) return false;
     const std::size_t index = made.Add(account.Account());
     made.Select(index);
     made.ApplyCombination(wanted);
     made.Select(index);  // the boxes show what was written, not what was ticked
-    if (!HasRights(made, wanted, messages)) return std::nullopt;
-    return made;
-}
-
-bool AssignCommand::MakeList(const AccountRights& made, ItemKind kind, NewList& list) {
-    list.entries = made.Entries(kind);
-    list.dacl = BuildWholeDacl(library.get(), list.entries, messages);
-    return list.dacl != nullptr;
-}
-
-// Makes `lists`; false after a message.
-bool AssignCommand::MakeLists(const HeldObject& held, ObjectSecurity& object) {
-    lists.reset();
-    const std::optional<AccountRights> made = MakeRights(held, object);
-    NewLists all;
-    if (!made || !MakeList(*made, ItemKind::kFolder, all.forFolders) ||
-        !MakeList(*made, ItemKind::kFile, all.forFiles))
+    // The lists of folders and of files have the same size.
+    if (!HasRights(made, wanted, messages) || !BuildWholeDacl(made.Entries(ItemKind::kFile), messages))
         return false;
-    lists = std::move(all);
+    assigned = std::move(made);
     return true;
 }
 
@@ -163,14 +132,17 @@ ChangeResult AssignCommand::TellRightsLeft(const HeldObject& held) {
 
 // `object` is the state of `held` when it was read.
 ChangeResult AssignCommand::GiveList(const Target& target, const HeldObject& held, ObjectSecurity& object) {
-    const NewList& list = held.IsFolder() ? lists->forFolders : lists->forFiles;
-    if (options.Choices().mode == ChangeMode::kWrite) {
-        const ChangeResult result = WriteDacl(target, held, object, std::nullopt, list.dacl.get(), messages);
+    const std::vector<AccessEntry> entries =
+        assigned->Entries(held.IsFolder() ? ItemKind::kFolder : ItemKind::kFile);
+    UniqueLocal<ACL> dacl;
+    if (options.Mode() == ChangeMode::kWrite) {
+        dacl = BuildWholeDacl(entries, messages);
+        if (!dacl) return ChangeResult::kFailed;
+        const ChangeResult result = WriteDacl(target, held, object, std::nullopt, dacl.get(), messages);
         return result == ChangeResult::kDone ? TellRightsLeft(held) : result;
     }
     const std::string before = StateText(target, "before", object, RemarksOn(object));
-    UniqueLocal<ACL> dacl;
-    if (!Preview(library.get(), list.entries, object, dacl, messages)) return ChangeResult::kFailed;
+    if (!Preview(entries, object, dacl, messages)) return ChangeResult::kFailed;
     Print(before + StateText(target, "after", object, RemarksOn(object)) +
           RightsLeftText(object.dacl, account.Account()));
     return ChangeResult::kDone;
@@ -179,14 +151,14 @@ ChangeResult AssignCommand::GiveList(const Target& target, const HeldObject& hel
 // The first object's list is made and written in one turn.
 bool AssignCommand::Assign(const Target& target) {
     ChangeTurn turn;
-    if (!turn.Begin(target, options.Choices().mode, messages)) return false;
+    if (!turn.Begin(target, options.Mode(), messages)) return false;
     while (turn.TryAgain(messages)) {
         const HeldObject& held = turn.Object();
         ObjectSecurity object;
-        const bool isReady = &target == first ? MakeLists(held, object)
-                                              : ReadForChange(held, object, messages) &&
-                                                    MayReplace(LossesOf(object.dacl, object.entries),
-                                                               options.Choices(), messages);
+        const bool isReady = &target == first
+                                 ? MakeRights(held, object)
+                                 : ReadForChange(held, object, messages) &&
+                                       options.MayReplace(LossesOf(object.dacl, object.entries), messages);
         if (!isReady) return false;
         const ChangeResult result = GiveList(target, held, object);
         if (result != ChangeResult::kOutOfDate) return result == ChangeResult::kDone;
@@ -195,14 +167,13 @@ bool AssignCommand::Assign(const Target& target) {
 }
 
 ExitCode AssignCommand::Begin(const std::vector<Target>& targets) {
-    library = LoadAccessListLibrary();
     messages.SetSubject(Paths().front());
     // With another object's list, the others would get other rights than requested.
     if (!targets.empty() && targets.front().argument == Paths().front()) {
         first = &targets.front();
         isFirstDone = Assign(*first);
     }
-    if (lists) return ExitCode::kDone;
+    if (assigned) return ExitCode::kDone;
     messages.Say("nothing was changed, since all would get the list that is made of this one's");
     return ExitCode::kSomeFailed;
 }

@@ -26,38 +26,34 @@ void ChangeCommand::SayOnce(const std::string& text) {
     said = text;
 }
 
-ExitCode ChangeCommand::Begin(const std::vector<Target>& /*targets*/) {
-    library = LoadAccessListLibrary();
-    return ExitCode::kDone;
-}
-
-// The list of the edited entries.
-bool ChangeCommand::MakeList(const Losses& losses, AccessEntryList& entries, UniqueLocal<ACL>& dacl) {
-    if (!MayReplace(losses, options.Choices(), messages)) return false;
-    DropOtherEntries(entries);
-    dacl = BuildWholeDacl(library.get(), entries.Entries(), messages);
-    return dacl != nullptr;
+// Edits the list and builds what is to be written.
+EditResult ChangeCommand::MakeList(EditedList list, UniqueLocal<ACL>& dacl) {
+    const Losses losses = LossesOf(list.dacl, list.entries);
+    const EditResult edited = Edit(list);
+    if (edited != EditResult::kChanged) return edited;
+    if (!options.MayReplace(losses, messages)) return EditResult::kRefused;
+    DropOtherEntries(list.entries);
+    dacl = BuildWholeDacl(list.entries.Entries(), messages);
+    return dacl ? edited : EditResult::kRefused;
 }
 
 bool ChangeCommand::Do(const Target& target) {
     said.clear();
-    const ChangeMode mode = options.Choices().mode;
+    const ChangeMode mode = options.Mode();
     ChangeTurn turn;
     if (!turn.Begin(target, mode, messages)) return false;
     while (turn.TryAgain(messages)) {
         const HeldObject& held = turn.Object();
         ObjectSecurity object;
         if (!ReadForChange(held, object, messages)) return false;
-        const Losses losses = LossesOf(object.dacl, object.entries);
         const DaclInheritance before = *object.inheritance;
         const std::string preview =
             mode == ChangeMode::kDryRun ? StateText(target, "before", object, RemarksOn(object)) : "";
 
-        EditedList list{PlaceOf(target, held), object.dacl, object.entries, object.inheritance};
-        const EditResult edited = Edit(list);
-        if (edited != EditResult::kChanged) return edited == EditResult::kNothingToDo;
         UniqueLocal<ACL> dacl;
-        if (!MakeList(losses, object.entries, dacl)) return false;
+        const EditResult edited =
+            MakeList({PlaceOf(target, held), object.dacl, object.entries, object.inheritance}, dacl);
+        if (edited != EditResult::kChanged) return edited == EditResult::kNothingToDo;
         if (mode == ChangeMode::kWrite) {
             const ChangeResult result =
                 WriteDacl(target, held, object, object.inheritance, dacl.get(), messages);
@@ -79,31 +75,27 @@ ChangeResult ChangeCommand::WriteShare(const std::string& name, const ShareSecur
     Outcome outcome = share.hasDescriptor ? Outcome() : GiveShareDescriptor(name);
     if (outcome.IsDone()) outcome = WriteShareDacl(name, dacl, &share);
     if (outcome.code == ERROR_REVISION_MISMATCH) return ChangeResult::kOutOfDate;
-    if (outcome.IsDone())
-        Print(PrintableText(name) + ": changed\n");
-    else
-        messages.Say(outcome);
-    return outcome.IsDone() ? ChangeResult::kDone : ChangeResult::kFailed;
+    if (!messages.Check(outcome)) return ChangeResult::kFailed;
+    Print(PrintableText(name) + ": changed\n");
+    return ChangeResult::kDone;
 }
 
 bool ChangeCommand::DoShare(const std::string& name) {
     said.clear();
-    const ChangeMode mode = options.Choices().mode;
+    const ChangeMode mode = options.Mode();
     ChangeTurn turn;
     if (!turn.Begin(name, mode, messages)) return false;
     while (turn.TryAgain(messages)) {
         ShareSecurity share;
-        if (!ReadShare(name, share, messages)) return false;
-        const Losses losses = LossesOf(share.dacl, share.entries);
+        if (!messages.Check(LoadShareDacl(name, share))) return false;
         const std::string preview =
             mode == ChangeMode::kDryRun ? StateOfShare(name, "before", share.dacl, share.entries) : "";
 
         std::optional<DaclInheritance> noInheritance;
-        EditedList list{EntryPlace::kShare, share.dacl, share.entries, noInheritance};
-        const EditResult edited = Edit(list);
-        if (edited != EditResult::kChanged) return edited == EditResult::kNothingToDo;
         UniqueLocal<ACL> dacl;
-        if (!MakeList(losses, share.entries, dacl)) return false;
+        const EditResult edited =
+            MakeList({EntryPlace::kShare, share.dacl, share.entries, noInheritance}, dacl);
+        if (edited != EditResult::kChanged) return edited == EditResult::kNothingToDo;
         if (mode == ChangeMode::kWrite) {
             const ChangeResult result = WriteShare(name, share, dacl.get());
             if (result == ChangeResult::kOutOfDate) continue;

@@ -14,7 +14,7 @@ namespace permora {
 enum class EditResult {
     kChanged,      // the list is to be written
     kNothingToDo,  // it already is as asked for; the reason was printed
-    kRefused,      // the change would make no sense here; the reason was printed
+    kRefused,      // the change cannot be made here, or would make no sense; the reason was printed
 };
 
 // What a list belongs to. Only folders and drives have something below them.
@@ -38,16 +38,14 @@ class ChangeCommand : public ObjectCommand {
     // another program does not repeat it.
     void SayOnce(const std::string& text);
 
-    ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) final;
     bool DoShare(const std::string& name) final;
 
   private:
-    bool MakeList(const Losses& losses, AccessEntryList& entries, UniqueLocal<ACL>& dacl);
+    EditResult MakeList(EditedList list, UniqueLocal<ACL>& dacl);
     ChangeResult WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl);
 
     ChangeOptions options{*this};
-    UniqueLibrary library;
     std::string said;
 };
 

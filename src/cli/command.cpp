@@ -17,12 +17,12 @@ Command::Command(const CommandParent& parent, const char* name, const char* desc
 }
 
 std::string Command::Interpret() {
-    std::string problem;
-    for (Argument* argument : arguments) {
-        problem = argument->Interpret();
-        if (!problem.empty()) break;
+    for (TextOption* option : options) {
+        const std::optional<std::string> text = option->Text();
+        if (!text) continue;
+        if (std::string problem = option->Interpret(*text); !problem.empty()) return problem;
     }
-    return problem;
+    return {};
 }
 
 Choice::Choice(Command& owner) : OptionPlace(owner, *owner.Parser().add_option_group("choice", "One of:")) {
@@ -49,6 +49,7 @@ TextOption::TextOption(OptionPlace place, const char* name, const char* type, co
     : option(*place.parser.add_option(name, shielded, description)) {
     option.type_name(type);
     option.required(presence == Presence::kRequired);
+    place.command.Add(*this);
 }
 
 std::optional<std::string> TextOption::Text() const {

@@ -37,16 +37,6 @@ struct CommandParent {
     ConsoleMessages& messages;
 };
 
-// An argument whose text has a meaning of its own. A member of its command.
-class Argument {
-  public:
-    // Finds the meaning of what was typed. Returns what is wrong with it, or an empty text.
-    virtual std::string Interpret() = 0;
-
-  protected:
-    ~Argument() = default;
-};
-
 class Command {
   public:
     virtual ~Command() = default;
@@ -58,8 +48,8 @@ class Command {
     // Does the work. What fails is named on standard error.
     virtual ExitCode Run() = 0;
 
-    // Includes an argument in Interpret. It must live as long as this.
-    void Add(Argument& argument) { arguments.push_back(&argument); }
+    // Includes an option in Interpret. It must live as long as this.
+    void Add(TextOption& option) { options.push_back(&option); }
     CLI::App& Parser() { return parser; }
 
   protected:
@@ -72,7 +62,7 @@ class Command {
   private:
     CLI::App& parser;
     Command*& chosen;
-    std::vector<Argument*> arguments;
+    std::vector<TextOption*> options;
 };
 
 // Where an option stands: in a command, or in a choice among some of its options.
@@ -111,17 +101,21 @@ class Flag {
     CLI::Option& option;
 };
 
-// An option with a text.
+// An option with a text. A member of its command. One whose text has a meaning of its own is derived from it.
 class TextOption {
   public:
     // `type` stands for the text in the help.
     TextOption(OptionPlace place, const char* name, const char* type, const std::string& description,
                Presence presence = Presence::kOptional);
+    virtual ~TextOption() = default;
     TextOption(const TextOption&) = delete;
     TextOption& operator=(const TextOption&) = delete;
 
     // As typed; nothing when the option was not given.
     std::optional<std::string> Text() const;
+    // Finds the meaning of what was typed, when the option was given. Returns what is wrong with it, or an
+    // empty text.
+    virtual std::string Interpret(const std::string& /*text*/) { return {}; }
 
   private:
     friend class Flag;

@@ -22,11 +22,6 @@ ChangeOptions::ChangeOptions(OptionPlace place, const char* nullListDescription)
                        "that are not valid; they are lost"),
       replaceNullList(place, "--replace-null-list", nullListDescription) {}
 
-ChangeChoices ChangeOptions::Choices() const {
-    return {dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite, static_cast<bool>(dropOtherEntries),
-            static_cast<bool>(replaceNullList)};
-}
-
 bool ReadForChange(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages) {
     if (!ReadList(object, security, messages)) return false;
     if (!security.inheritance) {
@@ -47,20 +42,20 @@ void DropOtherEntries(AccessEntryList& entries) {
     }
 }
 
-bool MayReplace(const Losses& losses, const ChangeChoices& choices, ConsoleMessages& messages) {
-    if (losses.otherEntries > 0 && !choices.dropOtherEntries) {
+bool ChangeOptions::MayReplace(const Losses& losses, ConsoleMessages& messages) const {
+    if (losses.otherEntries > 0 && !dropOtherEntries) {
         messages.Say("not changed: " + std::to_string(losses.otherEntries) +
                      (losses.otherEntries == 1 ? " entry of another type" : " entries of other types") +
                      " than allow and deny would be lost (--drop-other-entries does it all the same)");
         return false;
     }
-    if (losses.unacceptable > 0 && !choices.dropOtherEntries) {
+    if (losses.unacceptable > 0 && !dropOtherEntries) {
         messages.Say("not changed: " + std::to_string(losses.unacceptable) +
                      (losses.unacceptable == 1 ? " entry that is" : " entries that are") +
                      " not valid would be lost (--drop-other-entries does it all the same)");
         return false;
     }
-    if (losses.everyonesAccess && !choices.replaceNullList) {
+    if (losses.everyonesAccess && !replaceNullList) {
         messages.Say(
             "not changed: everyone may do everything now, and only those in the new list could afterwards "
             "(--replace-null-list does it all the same)");
@@ -69,12 +64,12 @@ bool MayReplace(const Losses& losses, const ChangeChoices& choices, ConsoleMessa
     return true;
 }
 
-UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries,
-                                ConsoleMessages& messages) {
+UniqueLocal<ACL> BuildWholeDacl(std::span<const AccessEntry> entries, ConsoleMessages& messages) {
     UniqueLocal<ACL> dacl;
-    if (const Outcome outcome = BuildDacl(library, entries, dacl); !outcome.IsDone()) messages.Say(outcome);
-    if (dacl && dacl->AceCount == entries.size()) return dacl;
-    messages.Say("not changed: the new access list cannot be built");
+    Outcome outcome = BuildDacl(LoadAccessListLibrary().get(), entries, dacl);
+    if (outcome.IsDone() && dacl->AceCount != entries.size()) outcome.code = ERROR_INVALID_ACL;
+    if (outcome.IsDone()) return dacl;
+    messages.Say("not changed: the new access list cannot be built: " + LineText(outcome));
     return nullptr;
 }
 
@@ -84,10 +79,7 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
     const DWORD error = object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
                                              before.descriptor.get(), below);
     if (error == ERROR_REVISION_MISMATCH) return ChangeResult::kOutOfDate;
-    if (error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
-        return ChangeResult::kFailed;
-    }
+    if (!messages.Check({error})) return ChangeResult::kFailed;
     Print(PrintableText(target.argument) + ": changed\n");
     if (below.count == 0) return ChangeResult::kDone;
     messages.SetSubject(TypedPath(target, below.firstPath));

@@ -20,12 +20,14 @@ namespace permora {
 
 // On false or null, the reason was printed.
 
-// What the user has chosen about a change.
-struct ChangeChoices {
-    ChangeMode mode = ChangeMode::kWrite;
-    bool dropOtherEntries = false;
-    bool replaceNullList = false;
+// What a list that was read would lose if it were replaced by one that this program builds.
+struct Losses {
+    std::size_t otherEntries;  // of types other than allow and deny
+    std::size_t unacceptable;  // allow and deny entries that are not valid
+    bool everyonesAccess;      // there is no list, so everyone may do everything
 };
+
+Losses LossesOf(PACL dacl, const AccessEntryList& entries);
 
 // --dry-run, --drop-other-entries and --replace-null-list.
 class ChangeOptions {
@@ -36,7 +38,9 @@ class ChangeOptions {
             "Change even an object without any access list, which allows everyone everything;\n"
             "afterwards only the accounts in the new list have access");
 
-    ChangeChoices Choices() const;
+    ChangeMode Mode() const { return dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite; }
+    // Whether the user accepts the losses.
+    bool MayReplace(const Losses& losses, ConsoleMessages& messages) const;
 
   private:
     Flag dryRun;
@@ -47,23 +51,11 @@ class ChangeOptions {
 // As ReadList, for a list that is to be replaced.
 bool ReadForChange(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages);
 
-// What a list that was read would lose if it were replaced by one that this program builds.
-struct Losses {
-    std::size_t otherEntries;  // of types other than allow and deny
-    std::size_t unacceptable;  // allow and deny entries that are not valid
-    bool everyonesAccess;      // there is no list, so everyone may do everything
-};
-
-Losses LossesOf(PACL dacl, const AccessEntryList& entries);
-// Whether the user accepts the losses.
-bool MayReplace(const Losses& losses, const ChangeChoices& choices, ConsoleMessages& messages);
-
 // Takes out what the user accepted to lose.
 void DropOtherEntries(AccessEntryList& entries);
 
 // The list that an object is to get. Nothing is left out of it silently.
-UniqueLocal<ACL> BuildWholeDacl(HMODULE library, std::span<const AccessEntry> entries,
-                                ConsoleMessages& messages);
+UniqueLocal<ACL> BuildWholeDacl(std::span<const AccessEntry> entries, ConsoleMessages& messages);
 
 // What became of one attempt to change an object.
 enum class ChangeResult {

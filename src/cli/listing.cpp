@@ -9,9 +9,7 @@
 namespace permora {
 
 bool ReadList(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages) {
-    const Outcome outcome = ReadObjectDacl(object, security);
-    if (!outcome.IsDone()) messages.Say(outcome);
-    return outcome.IsDone();
+    return messages.Check(ReadObjectDacl(object, security));
 }
 
 std::vector<std::string> RemarksOn(PACL dacl, const AccessEntryList& entries) {

@@ -27,4 +27,9 @@ void ConsoleMessages::SaySystemError(DWORD code) {
     Say(SystemMessageLine(code));
 }
 
+bool ConsoleMessages::Check(const Outcome& outcome) {
+    if (!outcome.IsDone()) Say(outcome);
+    return outcome.IsDone();
+}
+
 }  // namespace permora

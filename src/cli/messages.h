@@ -24,6 +24,8 @@ class ConsoleMessages {
     void Say(const Outcome& outcome);
     // The system's text for an error code, or its number when it has none: no failure is silent.
     void SaySystemError(DWORD code);
+    // Whether all was done; else a line gives the reason.
+    bool Check(const Outcome& outcome);
 
   private:
     std::string subject;

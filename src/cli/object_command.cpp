@@ -62,11 +62,9 @@ std::vector<Target> ObjectCommand::FindTargets() {
         Target target;
         if (IsAmbiguousArgument(path.c_str())) {
             messages.Say("a file here is called so: write ./ before its name, or the path as /folder/file");
-        } else if (const DWORD error = MakeTarget(path, start, target); error == ERROR_SUCCESS) {
+        } else if (messages.Check({MakeTarget(path, start, target)})) {
             Hold(target);
             targets.push_back(std::move(target));
-        } else {
-            messages.SaySystemError(error);
         }
     }
     return targets;

@@ -20,7 +20,7 @@ class OwnerCommand : public ObjectCommand {
   public:
     explicit OwnerCommand(const CommandParent& parent)
         : ObjectCommand(parent, "owner", "Show or change who owns objects") {
-        tree.Needs(newOwner.Option());
+        tree.Needs(newOwner);
         linked.Needs(tree);
     }
 
@@ -55,10 +55,7 @@ bool OwnerCommand::Do(const Target& target) {
     DWORD error = newOwner.IsGiven() ? object.WriteOwner(newOwner.Account().RawSid()) : ERROR_SUCCESS;
     AccountRecord owner;
     if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, owner);
-    if (error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
-        return false;
-    }
+    if (!messages.Check({error})) return false;
     const std::string name = AccountDisplayName(owner);
     Print(PrintableText(target.argument) + ": " + (name.empty() ? "none" : PrintableText(name)) + '\n');
     return true;

@@ -9,7 +9,7 @@
 #include "cli/object_command.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
-#include "security/empty_list.h"
+#include "security/dacl_builder.h"
 
 namespace permora {
 namespace {
@@ -56,9 +56,7 @@ ExitCode ResetCommand::Begin(const std::vector<Target>& targets) {
     WatchForInterrupts();
     progress.emplace(quiet ? Progress::kQuiet : Progress::kShown,
                      verbose ? PassedOver::kNamed : PassedOver::kCounted, messages);
-    const Outcome outcome = MakeEmptyList(list);
-    if (!outcome.IsDone()) messages.Say(outcome);
-    return ExitCodeOf(outcome.IsDone());
+    return ExitCodeOf(messages.Check(MakeEmptyList(list)));
 }
 
 // Whether what is below the folder may be reset; the reason was printed when not.

@@ -21,6 +21,7 @@ class RevokeCommand : public ChangeCommand {
   private:
     EditResult Edit(EditedList& list) override;
     void SayNothingToRemove(PACL dacl);
+    std::string Named() const { return account.Text().value_or(""); }
 
     ShareOption shares{*this};
     AccountOption account{*this};
@@ -46,9 +47,9 @@ std::string OtherTypesOf(const AccountRecord& account, PACL dacl) {
 void RevokeCommand::SayNothingToRemove(PACL dacl) {
     const std::string others = OtherTypesOf(account.Account(), dacl);
     if (others.empty())
-        messages.Say("nothing to remove: no explicit entry is for " + account.Text());
+        messages.Say("nothing to remove: no explicit entry is for " + Named());
     else
-        messages.Say("nothing removed: the explicit entries for " + account.Text() +
+        messages.Say("nothing removed: the explicit entries for " + Named() +
                      " are of other types than allow and deny, and stay: " + others);
 }
 
@@ -66,7 +67,7 @@ EditResult RevokeCommand::Edit(EditedList& list) {
             result = EditResult::kChanged;
         }
     }
-    if (inheritedStay) SayOnce("the inherited entries for " + account.Text() + " stay");
+    if (inheritedStay) SayOnce("the inherited entries for " + Named() + " stay");
     if (result == EditResult::kNothingToDo) SayNothingToRemove(list.dacl);
     return result;
 }

@@ -6,6 +6,7 @@
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
+#include "platform/raw_security.h"
 #include "security/access_rights.h"
 #include "security/access_rows.h"
 #include "security/effective_rights.h"
@@ -32,8 +33,7 @@ std::string RightsLeftText(PACL dacl, AccountRecord& account) {
         return "  Which rights " + name +
                " has cannot be told: " + PrintableText(NoRightsText(error, GroupsRequest::kUsual, account)) +
                '\n';
-    AccessEntryList entries;
-    entries.LoadFromDacl(dacl);
+    AccessEntryList entries(AcesOf(dacl));
     const std::vector<AccessRow> rows = AccessRowsOf(entries, AccountDisplayName);
     std::string lines;
     DWORD all = 0;

@@ -31,45 +31,31 @@ std::string ScopeHelp() {
 }  // namespace
 
 RightsOption::RightsOption(OptionPlace place, Presence presence)
-    : option(place, "--rights", "LIST", RightsHelp(), presence) {
-    place.command.Add(*this);
-}
+    : TextOption(place, "--rights", "LIST", RightsHelp(), presence) {}
 
-std::string RightsOption::Interpret() {
-    const std::optional<std::string> text = option.Text();
-    if (!text) return {};
+std::string RightsOption::Interpret(const std::string& text) {
     std::string problem;
-    const std::optional<DWORD> parsed = ParseRights(*text, problem);
-    if (!parsed) return "--rights: " + problem;
-    mask = *parsed;
-    return {};
+    mask = ParseRights(text, problem).value_or(0);
+    return problem.empty() ? problem : "--rights: " + problem;
 }
 
 bool RightsOption::NamesAll() const {
-    return NamesFullControl(option.Text().value_or(""));
+    return NamesFullControl(Text().value_or(""));
 }
 
 CombinationOption::CombinationOption(OptionPlace place)
-    : option(place, "--combination", "NAME", CombinationHelp()) {
-    place.command.Add(*this);
+    : TextOption(place, "--combination", "NAME", CombinationHelp()) {}
+
+std::string CombinationOption::Interpret(const std::string& text) {
+    mask = ParseCombination(text);
+    return mask ? "" : "--combination: no combination is called \"" + text + "\"";
 }
 
-std::string CombinationOption::Interpret() {
-    const std::optional<std::string> text = option.Text();
-    if (!text) return {};
-    mask = ParseCombination(*text);
-    return mask ? "" : "--combination: no combination is called \"" + *text + "\"";
-}
+ScopeOption::ScopeOption(OptionPlace place) : TextOption(place, "--scope", "N|TEXT", ScopeHelp()) {}
 
-ScopeOption::ScopeOption(OptionPlace place) : option(place, "--scope", "N|TEXT", ScopeHelp()) {
-    place.command.Add(*this);
-}
-
-std::string ScopeOption::Interpret() {
-    const std::optional<std::string> text = option.Text();
-    if (!text) return {};
-    index = ParseScope(*text);
-    return index ? "" : "--scope: no scope is called \"" + *text + "\"";
+std::string ScopeOption::Interpret(const std::string& text) {
+    index = ParseScope(text);
+    return index ? "" : "--scope: no scope is called \"" + text + "\"";
 }
 
 }  // namespace permora

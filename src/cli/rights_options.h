@@ -10,10 +10,10 @@
 namespace permora {
 
 // --rights.
-class RightsOption final : public Argument {
+class RightsOption final : public TextOption {
   public:
     RightsOption(OptionPlace place, Presence presence);
-    std::string Interpret() override;
+    std::string Interpret(const std::string& text) override;
 
     // Without SYNCHRONIZE; 0 when the option was not given, and never otherwise.
     DWORD Mask() const { return mask; }
@@ -21,35 +21,32 @@ class RightsOption final : public Argument {
     bool NamesAll() const;
 
   private:
-    TextOption option;
     DWORD mask = 0;
 };
 
 // --combination.
-class CombinationOption final : public Argument {
+class CombinationOption final : public TextOption {
   public:
     explicit CombinationOption(OptionPlace place);
-    std::string Interpret() override;
+    std::string Interpret(const std::string& text) override;
 
     // Of one of kUsableCombinations; nothing when the option was not given.
     std::optional<DWORD> Mask() const { return mask; }
 
   private:
-    TextOption option;
     std::optional<DWORD> mask;
 };
 
 // --scope.
-class ScopeOption final : public Argument {
+class ScopeOption final : public TextOption {
   public:
     explicit ScopeOption(OptionPlace place);
-    std::string Interpret() override;
+    std::string Interpret(const std::string& text) override;
 
     // The place in kInheritanceScopes; nothing when the option was not given.
     std::optional<int> Index() const { return index; }
 
   private:
-    TextOption option;
     std::optional<int> index;
 };
 

@@ -7,7 +7,6 @@
 #include "cli/object_command.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
-#include "platform/api/errors.h"
 
 namespace permora {
 namespace {
@@ -38,10 +37,7 @@ bool SetupCommand::Do(const Target& target) {
         return false;
     }
     const SettingsOwner owner = allUsers ? SettingsOwner::kEveryUser : SettingsOwner::kUser;
-    if (const DWORD error = StoreProgramFolder(owner, folder); error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
-        return false;
-    }
+    if (!messages.Check({StoreProgramFolder(owner, folder)})) return false;
     Print(std::string("Permora is set up for ") + (allUsers ? "all users" : "you") + " in " +
           PrintableText(folder) + '\n');
     return true;

@@ -36,10 +36,4 @@ std::string ShareText(ShareSecurity& share) {
            RemarkLines(RemarksOn(share.dacl, share.entries)) + RowsText(share.entries);
 }
 
-bool ReadShare(const std::string& name, ShareSecurity& share, ConsoleMessages& messages) {
-    const Outcome outcome = LoadShareDacl(name, share);
-    if (!outcome.IsDone()) messages.Say(outcome);
-    return outcome.IsDone();
-}
-
 }  // namespace permora

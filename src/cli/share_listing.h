@@ -16,7 +16,4 @@ Json FactsJson(const ShareFacts& facts);
 // A share with its list.
 std::string ShareText(ShareSecurity& share);
 
-// Reads a share with its list; false after a message.
-bool ReadShare(const std::string& name, ShareSecurity& share, ConsoleMessages& messages);
-
 }  // namespace permora

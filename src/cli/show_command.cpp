@@ -21,12 +21,9 @@ struct ShownObject {
 bool ReadObject(const Target& target, SECURITY_INFORMATION parts, ShownObject& object,
                 ConsoleMessages& messages) {
     HeldObject held;
-    if (!FindTarget(target, held, messages) || !ReadList(held, object.security, messages)) return false;
-    const DWORD error = held.ReadSecurity(parts, object.whole);
-    if (error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
+    if (!FindTarget(target, held, messages) || !ReadList(held, object.security, messages) ||
+        !messages.Check({held.ReadSecurity(parts, object.whole)}))
         return false;
-    }
     AccountRecord account;
     if (account.SetSid(object.whole.owner)) object.owner = AccountDisplayName(account);
     return true;
@@ -103,7 +100,7 @@ bool ShowListsCommand::Do(const Target& target) {
 
 bool ShowListsCommand::DoShare(const std::string& name) {
     ShareSecurity share;
-    if (!ReadShare(name, share, messages)) return false;
+    if (!messages.Check(LoadShareDacl(name, share))) return false;
     const ShowFormat format = Format();
     if (format == ShowFormat::kSddl) {
         if (share.hasDescriptor) return PrintSddl(name, share.record->shi502_security_descriptor);

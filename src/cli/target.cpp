@@ -64,15 +64,11 @@ void RememberTarget(Target& target) {
 
 bool FindTarget(const Target& target, HeldObject& object, ConsoleMessages& messages) {
     HeldObject found;
-    DWORD error = target.object.Find(found);
-    if (error == ERROR_SUCCESS && target.endsWithSeparator && !found.IsFolder()) error = ERROR_DIRECTORY;
-    if (error == ERROR_FILE_INVALID)
-        messages.Say("left alone: another object has this name by now");
-    else if (error != ERROR_SUCCESS)
-        messages.SaySystemError(error);
-    else
-        object = std::move(found);
-    return error == ERROR_SUCCESS;
+    Outcome outcome = FindItem(target.object, found);
+    if (outcome.IsDone() && target.endsWithSeparator && !found.IsFolder()) outcome.code = ERROR_DIRECTORY;
+    if (!messages.Check(outcome)) return false;
+    object = std::move(found);
+    return true;
 }
 
 DWORD OpenFolderOf(const Target& target, FolderHandle& folder) {

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "platform/nt/byte_io.h"
-#include "platform/raw_security.h"
 
 namespace permora {
 namespace {
@@ -54,14 +53,8 @@ PermissionChoice ChoiceOf(const AccessEntry& entry) {
     return choice;
 }
 
-std::vector<AccessEntry> EntriesOfDacl(PACL acl) {
-    std::vector<AccessEntry> entries;
-    std::ranges::transform(AcesOf(acl), std::back_inserter(entries), EntryOf);
-    return entries;
-}
-
-void AccessEntryList::LoadFromDacl(PACL acl) {
-    entries = EntriesOfDacl(acl);
+AccessEntryList::AccessEntryList(std::span<const nt::Ace> list) {
+    std::ranges::transform(list, std::back_inserter(entries), EntryOf);
 }
 
 AccessEntry& AccessEntryList::Join(AccessEntry added) {

@@ -3,9 +3,11 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <vector>
 
 #include "platform/api/security.h"
+#include "platform/nt/acl.h"
 #include "security/access_rights.h"
 #include "security/account_record.h"
 
@@ -46,16 +48,14 @@ struct PermissionChoice {
 // An allow or deny entry as the dialog starts with it.
 PermissionChoice ChoiceOf(const AccessEntry& entry);
 
-// The entries of every type that AcesOf (platform/raw_security.h) gives, with their masks unchanged.
-std::vector<AccessEntry> EntriesOfDacl(PACL acl);
-
 // The entries in order. Unchanged entries keep every bit of mask and flags; added and changed ones get
 // SYNCHRONIZE by MaskOfChangedEntry (security/access_rights.h). Reading keeps the order. A list in
 // canonical order (explicit deny, explicit allow, inherited) stays in it when it is edited.
 class AccessEntryList {
   public:
-    // Replaces the entries by those of `acl`.
-    void LoadFromDacl(PACL acl);
+    AccessEntryList() = default;
+    // Entries of every type, as AcesOf (platform/raw_security.h) reads them, with their masks unchanged.
+    explicit AccessEntryList(std::span<const nt::Ace> list);
 
     const std::vector<AccessEntry>& Entries() const { return entries; }
     // The account of entry `index`, through which its names are looked up.

@@ -3,7 +3,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
-#include "security/empty_list.h"
+#include "security/dacl_builder.h"
 #include "security/folder_walk.h"
 #include "security/message_boxes.h"
 

@@ -20,6 +20,16 @@ std::size_t DaclSize(std::span<const AccessEntry> entries) {
     return size;
 }
 
+// A list without entries yet, of `size` bytes.
+Outcome MakeList(std::size_t size, UniqueLocal<ACL>& list) {
+    UniqueLocal<ACL> made(static_cast<PACL>(LocalAlloc(LMEM_FIXED, size)));
+    if (!made) return {ERROR_NOT_ENOUGH_MEMORY, Step::kTakeBuffer};
+    if (InitializeAcl(made.get(), static_cast<DWORD>(size), ACL_REVISION) == FALSE)
+        return {ERROR_INVALID_ACL, Step::kInitializeList};
+    list = std::move(made);
+    return {};
+}
+
 // The sizes of a descriptor's five blocks, in the order in which MakeAbsoluteSD takes them.
 struct AbsoluteSizes {
     DWORD descriptor = 0;
@@ -65,11 +75,8 @@ Outcome BuildDacl(HMODULE library, std::span<const AccessEntry> entries, UniqueL
     const auto addAllowed = FindFunction<AddAceFunction>(library, "AddAccessAllowedAceEx");
     if (library == nullptr || addDenied == nullptr || addAllowed == nullptr)
         return {ERROR_PROC_NOT_FOUND, Step::kFindListFunctions};
-    const std::size_t size = DaclSize(entries);
-    UniqueLocal<ACL> made(static_cast<PACL>(LocalAlloc(LMEM_FIXED, size)));
-    if (!made) return {ERROR_NOT_ENOUGH_MEMORY, Step::kTakeBuffer};
-    if (InitializeAcl(made.get(), static_cast<DWORD>(size), ACL_REVISION) == FALSE)
-        return {ERROR_INVALID_ACL, Step::kInitializeList};
+    UniqueLocal<ACL> made;
+    if (Outcome outcome = MakeList(DaclSize(entries), made); !outcome.IsDone()) return outcome;
     for (const AccessEntry& entry : entries) {
         if (entry.IsOfOtherType() || !entry.IsAcceptable()) continue;
         const AddAceFunction add = entry.IsAllow() ? addAllowed : addDenied;
@@ -78,6 +85,10 @@ Outcome BuildDacl(HMODULE library, std::span<const AccessEntry> entries, UniqueL
     }
     dacl = std::move(made);
     return {};
+}
+
+Outcome MakeEmptyList(UniqueLocal<ACL>& dacl) {
+    return MakeList(sizeof(ACL), dacl);
 }
 
 SECURITY_INFORMATION DaclWriteInformation(std::optional<DaclInheritance> inheritance) {

@@ -24,6 +24,11 @@ UniqueLibrary LoadAccessListLibrary();
 // system refuses one of the entries. `dacl` is then untouched.
 Outcome BuildDacl(HMODULE library, std::span<const AccessEntry> entries, UniqueLocal<ACL>& dacl);
 
+// The list without entries that everything below a folder gets when it is to keep only what it inherits
+// (HeldObject::SetListsBelow). Step::kTakeBuffer or Step::kInitializeList when it cannot be made; `dacl` is
+// then untouched.
+Outcome MakeEmptyList(UniqueLocal<ACL>& dacl);
+
 // What HeldObject::WriteSecurity must be told to write a list with this choice; nothing: each object keeps
 // its own.
 SECURITY_INFORMATION DaclWriteInformation(std::optional<DaclInheritance> inheritance);

@@ -142,8 +142,8 @@ std::vector<std::string> RemarksOnRights(PACL dacl, AccountRecord& account,
         remarks.emplace_back(
             "over the network these rights cannot be used, since the right to synchronize is not among them");
     }
-    const std::vector<AccessEntry> entries = EntriesOfDacl(dacl);
-    if (std::ranges::any_of(entries, HasGenericRights))
+    const AccessEntryList entries(AcesOf(dacl));
+    if (std::ranges::any_of(entries.Entries(), HasGenericRights))
         remarks.emplace_back("generic rights, which stand in the list, are not counted");
     return remarks;
 }

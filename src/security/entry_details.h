@@ -21,7 +21,7 @@ struct EntryDetails {
     bool IsInherited() const { return (aceFlags & INHERITED_ACE) != 0; }
 };
 
-// The entries of EntriesOfDacl, in the same order.
+// The entries of the list, as AcesOf (platform/raw_security.h) reads them.
 std::vector<EntryDetails> DetailsOfEntries(PACL acl);
 
 // Whether such an entry of a folder is handed down to what is in it, and no further.

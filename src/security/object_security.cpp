@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/raw_security.h"
 
 namespace permora {
 namespace {
@@ -48,7 +49,7 @@ Outcome ReadObjectDacl(const HeldObject& object, ObjectSecurity& security) {
     Outcome outcome = ReadListOfObject(object, HiddenVolume::kReadOn, read);
     if (!outcome.IsDone()) return outcome;
     read.inheritance = InheritanceOf(read.descriptor.get());
-    read.entries.LoadFromDacl(read.dacl);
+    read.entries = AccessEntryList(AcesOf(read.dacl));
     security = std::move(read);
     return outcome;
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/raw_security.h"
 #include "platform/share_turn.h"
 #include "security/dacl_builder.h"
 #include "security/text_conversion.h"
@@ -51,7 +52,7 @@ Outcome LoadShareDacl(const std::string& name, ShareSecurity& share) {
     if (read.hasDescriptor &&
         GetSecurityDescriptorDacl(descriptor, &isPresent, &read.dacl, &isDefaulted) == FALSE)
         return {GetLastError()};
-    read.entries.LoadFromDacl(read.dacl);
+    read.entries = AccessEntryList(AcesOf(read.dacl));
     share = std::move(read);
     return {};
 }

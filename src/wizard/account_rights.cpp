@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "platform/raw_security.h"
+
 namespace permora {
 namespace {
 
@@ -30,12 +32,8 @@ void AppendEntries(const std::vector<WizardAccountRow>& accounts, BYTE type, DWO
 
 }  // namespace
 
-void AccountRights::LoadFromDacl(PACL acl) {
-    accounts.clear();
-    otherTypeCount = 0;
-    unacceptableCount = 0;
-    Select(std::nullopt);
-    for (const AccessEntry& entry : EntriesOfDacl(acl)) {
+AccountRights::AccountRights(const AccessEntryList& list) {
+    for (const AccessEntry& entry : list.Entries()) {
         const bool isOther = entry.IsOfOtherType();
         const bool isLost = isOther || !entry.account.sid;
         if (isLost && !entry.IsInherited()) ++(isOther ? otherTypeCount : unacceptableCount);
@@ -124,7 +122,7 @@ std::vector<AccessEntry> AccountRights::Entries(ItemKind kind) const {
 
 Outcome LoadAccountsFromItem(const HeldObject& item, AccountRights& rights, ReadParts& list) {
     Outcome outcome = ReadListOfObject(item, HiddenVolume::kFail, list);
-    rights.LoadFromDacl(outcome.IsDone() ? list.dacl : nullptr);
+    rights = outcome.IsDone() ? AccountRights(AccessEntryList(AcesOf(list.dacl))) : AccountRights();
     return outcome;
 }
 

@@ -53,8 +53,9 @@ class AccountRights {
   public:
     static constexpr std::size_t kRights = kAccessRights.size();
 
-    // Takes the accounts of the allow and deny entries of `acl`; none is selected then.
-    void LoadFromDacl(PACL acl);
+    AccountRights() = default;
+    // The accounts of the allow and deny entries of a list; none is selected.
+    explicit AccountRights(const AccessEntryList& list);
     // How many explicit entries Entries() leaves out: those of other types, and allow and deny entries
     // without a valid account.
     std::size_t OtherTypeCount() const { return otherTypeCount; }

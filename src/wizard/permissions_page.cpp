@@ -105,7 +105,7 @@ bool CWizardPage3::LoadAccounts() {
             IDC_WIZARD_REMOVE_ACCOUNT},
            false);
     HeldObject item;
-    rights.LoadFromDacl(nullptr);
+    rights = {};
     Outcome outcome = FindItem(place->items.front(), item);
     if (outcome.IsDone()) outcome = LoadAccountsFromItem(item, rights, shown);
     ShowBoxes();

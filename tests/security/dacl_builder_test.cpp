@@ -5,6 +5,7 @@
 
 #include "gtest/gtest.h"
 #include "platform/api/errors.h"
+#include "platform/raw_security.h"
 #include "tests/security/entries.h"
 #include "tests/security/service_fakes.h"
 
@@ -38,9 +39,8 @@ TEST_F(DaclBuilder, WritesAllowAndDenyEntriesInTheirOrderAndNoOthers) {
     EXPECT_EQ(list.UnacceptableCount(), 2U);
     const UniqueLocal<ACL> dacl = Build(list);
     ASSERT_NE(dacl, nullptr);
-    AccessEntryList written;
-    written.LoadFromDacl(dacl.get());
-    EXPECT_EQ(TextOf(written), "(A;ID;CC;;;BA)(D;OICINPIO;0x10000202;;;BG)(A;;FR;;;WD)");
+    EXPECT_EQ(TextOf(AccessEntryList(AcesOf(dacl.get()))),
+              "(A;ID;CC;;;BA)(D;OICINPIO;0x10000202;;;BG)(A;;FR;;;WD)");
 
     const UniqueLocal<ACL> empty = Build({});
     ASSERT_NE(empty, nullptr);

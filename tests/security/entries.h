@@ -20,22 +20,10 @@ inline AccountRecord AccountOf(std::string_view sid) {
     return account;
 }
 
-inline std::vector<std::uint8_t> DaclBytes(const std::string& text) {
-    const auto descriptor = nt::FromSddl("D:" + text);
-    std::vector<std::uint8_t> bytes;
-    EXPECT_TRUE(descriptor && descriptor->dacl.AppendTo(bytes)) << text;
-    return bytes;
-}
-
-inline PACL AclIn(std::vector<std::uint8_t>& bytes) {
-    return static_cast<PACL>(static_cast<void*>(bytes.data()));
-}
-
 inline AccessEntryList ListOf(const std::string& text) {
-    std::vector<std::uint8_t> bytes = DaclBytes(text);
-    AccessEntryList list;
-    list.LoadFromDacl(AclIn(bytes));
-    return list;
+    const auto descriptor = nt::FromSddl("D:" + text);
+    EXPECT_TRUE(descriptor) << text;
+    return descriptor ? AccessEntryList(descriptor->dacl.entries) : AccessEntryList();
 }
 
 // An entry without an account is written with S-1-0-0.

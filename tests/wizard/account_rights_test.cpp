@@ -15,10 +15,7 @@ using test::Canonical;
 using test::TextOf;
 
 AccountRights RightsOf(const std::string& entries) {
-    std::vector<std::uint8_t> bytes = test::DaclBytes(entries);
-    AccountRights rights;
-    rights.LoadFromDacl(test::AclIn(bytes));
-    return rights;
+    return AccountRights(test::ListOf(entries));
 }
 
 // A digit for each box, 1 where it is checked.
