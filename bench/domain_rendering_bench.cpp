@@ -12,6 +12,7 @@
 #include "bench/measure.h"
 #include "platform/api/errors.h"
 #include "platform/held_object.h"
+#include "platform/raw_security.h"
 #include "security/access_entry_list.h"
 #include "security/access_rows.h"
 #include "tests/support/access_lists.h"
@@ -72,8 +73,7 @@ std::size_t Render(const std::string& kind, const std::string& domain, std::size
             held.ReadSecurity(DACL_SECURITY_INFORMATION, parts) != ERROR_SUCCESS) {
             continue;
         }
-        permora::AccessEntryList list;
-        list.LoadFromDacl(parts.dacl);
+        permora::AccessEntryList list(permora::AcesOf(parts.dacl));
         for (const permora::AccessRow& row : permora::AccessRowsOf(list, permora::AccountDisplayName))
             if (row.name.starts_with(domain)) ++named;
     }
