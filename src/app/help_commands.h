@@ -1,4 +1,5 @@
-// What the Help menu opens outside the program. A failure is shown in an error box of `owner`.
+// The commands of the Help menu that open something outside the program. A failure is shown in an error box
+// of `owner`.
 #pragma once
 
 #include <string>
@@ -12,7 +13,7 @@ inline constexpr const char* kWebSite = "https://valdrix.example/";
 
 // The help file in the program's folder; its pages where the desktop has no viewer for the file.
 void OpenHelp(HWND owner, const std::string& programFolder);
-// The page on technical support inside the help file; the page alone where there is no viewer.
+// The page on technical support inside the help file, or the page alone without a viewer.
 void OpenSupportPage(HWND owner, const std::string& programFolder);
 void OpenWebSite(HWND owner);
 

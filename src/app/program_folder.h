@@ -1,4 +1,4 @@
-// The folder that the program and its help stand in.
+// The folder of the program and its help.
 #pragma once
 
 #include <string>

@@ -10,7 +10,7 @@
 
 namespace permora {
 
-// A value to be read: room for its bytes, and what was found.
+// A value to read: a buffer for its bytes, and the result.
 struct ValueBuffer {
     std::span<std::byte> room;
     DWORD type = 0;  // REG_ constant
@@ -34,7 +34,7 @@ class RegistryKey {
     // `name` null: the key's default value. The text is stored with its NUL.
     DWORD WriteText(const char* name, const std::string& text) const;
     DWORD WriteBytes(const char* name, std::span<const std::uint8_t> bytes) const;
-    // Deletes a key below this one with everything in it. That there is none is no failure.
+    // Deletes a key below this one with everything in it. A missing key is not a failure.
     DWORD DeleteTree(const char* name) const;
 
   private:

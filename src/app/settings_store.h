@@ -11,8 +11,8 @@
 
 namespace permora {
 
-// Loads both values into `record`. A failure leaves what comes after it as it was: when only "Path" cannot be
-// read, the stored record is there. ERROR_INVALID_DATA when a value is not what it should be.
+// Loads both values into `record`. After a failure the rest is unchanged: when only "Path" cannot be read,
+// the stored record has been loaded. ERROR_INVALID_DATA for a malformed value.
 DWORD LoadSettings(ProgramSettings& record);
 DWORD StoreSettings(const ProgramSettings& record);
 
@@ -22,8 +22,8 @@ enum class SettingsOwner { kUser, kEveryUser };
 // For the installation: stores the program's folder ("Path").
 DWORD StoreProgramFolder(SettingsOwner owner, const std::string& folder);
 
-// Adds the entry "Open Permora", which starts `programFolder`\ZEL.exe on a folder, or takes it away. Both do
-// nothing on systems of major version 6 and later.
+// Adds or removes the entry "Open Permora", which starts `programFolder`\ZEL.exe on a folder. Both do nothing
+// on systems of major version 6 and later.
 DWORD RegisterExplorerVerb(const std::string& programFolder);
 DWORD RemoveExplorerVerb();
 

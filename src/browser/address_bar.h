@@ -11,7 +11,7 @@ namespace permora {
 class AddrBar : public CDialogBar {
   public:
     // From dialog resource `templateId`, with the go button beside its field. The button and the Enter key
-    // reach the frame as command 152. Escape takes back what was typed and gives the focus to the frame.
+    // reach the frame as command 152. Escape restores the location and gives the focus to the frame.
     bool Create(CFrameWnd& frame, unsigned int templateId) override;
 
     // Where the browser is, which the field then shows.

@@ -32,9 +32,9 @@ CheckedBoxes BoxesOf(DWORD attributes);
 // encryption are no matter of flags.
 DWORD AttributeWordOf(const CheckedBoxes& boxes);
 
-// Makes every item of a folder in order what the boxes say, in place of what it was; compression and
-// encryption only when their boxes differ from `before`, the first item's. 0, or the error of the first step
-// that failed: nothing more is done then, and what was done stays.
+// Gives each item of a folder, in order, the attributes of the boxes. Compression and encryption are changed
+// only if their boxes differ from `before`, the first item's. Returns 0, or the error of the first step that
+// failed. Then nothing more is done, and earlier changes stay.
 DWORD AssignAttributes(const Place& place, const CheckedBoxes& boxes, const CheckedBoxes& before);
 
 }  // namespace permora

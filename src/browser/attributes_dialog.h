@@ -1,4 +1,4 @@
-// CAttributesDlg: shows the attributes of the first selected item and gives what is chosen to all of them.
+// CAttributesDlg: shows the attributes of the first selected item and gives the chosen ones to all of them.
 #pragma once
 
 #include <array>

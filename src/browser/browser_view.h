@@ -32,15 +32,15 @@ class BrowserView : public CWnd {
     // Registers the clipboard format; ends the process when that cannot be.
     BrowserView();
 
-    // Makes the window and its list as a child of `owner`, and shows the folder that the command line asks
-    // for (StartFolderOf), or the drives. Ends the process when a window or image list cannot be made.
+    // Makes the window and its list as a child of `owner`, and shows the folder of the command line
+    // (StartFolderOf), or the drives. Ends the process when a window or image list cannot be made.
     void Create(CWnd& owner, unsigned int id, const std::string& commandLine);
     // The frame's bars, once it has them. The address bar shows the location from now on.
     void AttachBars(AddrBar& address, CStatusBar& status);
     // `chosen` is called with each view mode that becomes current, as the settings store it.
     void SetViewModeObserver(std::function<void(std::uint32_t viewMode)> chosen);
 
-    // What is shown.
+    // The location shown.
     const RowSource& Rows() const { return aside ? *aside : *location; }
     bool IsShowing(PlaceKind kind) const { return Rows().Kind() == kind; }
     const BrowserHistory& History() const { return history; }
@@ -64,7 +64,7 @@ class BrowserView : public CWnd {
     void MoveInHistory(HistoryStep step);
     void GoUp();
     void GoToRoot();  // to the drives
-    // To what the user typed; relative paths begin at the folder shown.
+    // To the typed path; relative paths begin at the folder shown.
     void GoToLocation(const std::string& text);
     // Opens the row that the user was at last.
     void OpenSelected();

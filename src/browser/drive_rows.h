@@ -34,7 +34,7 @@ DriveLook LookOfDrive(UINT driveType);
 // empty are not asked.
 bool DependsOnFileSystem(const DriveLook& look);
 
-// The look after the file system was asked for its flags.
+// The look with the flags of the file system.
 DriveLook WithFileSystem(DriveLook look, DWORD fileSystemFlags);
 
 // "50 GB (Available: 7 GB)", from bytes.

@@ -16,8 +16,8 @@ bool HasFilesToPaste();
 void PutFilesOnClipboard(CWnd& owner, TransferKind kind, const std::string& folder,
                          std::span<const std::string> names);
 
-// Copies or moves what is on the clipboard into the folder of `target`, and then calls `refresh`. Cut files
-// are then taken off the clipboard.
+// Copies or moves the files on the clipboard into the folder of `target`, then calls `refresh`. Cut files are
+// then removed from the clipboard.
 void PasteFiles(CWnd& owner, const RowSource& target, const std::function<void()>& refresh);
 
 }  // namespace permora

@@ -18,9 +18,9 @@ class FileCommands {
     void Run(unsigned int command);
 
   private:
-    // The selected names; a box asks for some where there are none.
+    // The selected names. Without a selection, a box asks for one.
     bool TakeSelection(std::vector<std::string>& names) const;
-    // The topmost selected name; a box asks for one where there is none.
+    // The topmost selected name. Without a selection, a box asks for one.
     bool TakeTopmost(std::string& name) const;
     // Whether `outcome` is a success; else the reason is reported.
     bool Accept(const Outcome& outcome) const;

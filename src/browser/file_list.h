@@ -13,7 +13,7 @@ namespace permora {
 
 enum class TransferKind { kMove, kCopy };
 
-// What a paste is to do. Its list is 8-bit text in the ANSI code page or UTF-16; the other one is empty.
+// The request of a paste. Its list is 8-bit text in the ANSI code page or UTF-16; the other one is empty.
 struct FileTransfer {
     TransferKind kind = TransferKind::kCopy;
     bool isWide = false;

@@ -1,4 +1,4 @@
-// CRenameDlg: asks for the new name of a file or folder, and gives it.
+// CRenameDlg: asks for the new name of a file or folder, and renames it.
 #pragma once
 
 #include <functional>

@@ -38,7 +38,7 @@ struct RowOptions {
     RowIcons icons = RowIcons::kOwn;
 };
 
-// Takes the rows in the order in which they are shown.
+// Receives the rows in the order in which they are shown.
 class RowReceiver {
   public:
     virtual ~RowReceiver() = default;
@@ -50,7 +50,7 @@ class RowSource {
   public:
     virtual ~RowSource() = default;
 
-    // What the rows are, and so what a selection of them is (Place::kind).
+    // The kind of the rows, and so of a selection of them (Place::kind).
     virtual PlaceKind Kind() const = 0;
     // As the address bar has it.
     virtual std::string Location() const = 0;
@@ -71,9 +71,9 @@ class RowSource {
 
     // The tip of a row; empty: none.
     virtual std::string Tip(const std::string& /*name*/) const { return {}; }
-    // The full path of what a row stands for.
+    // The full path of a row's object.
     virtual Outcome FindPath(const std::string& name, std::string& path) const = 0;
-    // What a row leads to when it is entered.
+    // The source for a row that is entered.
     virtual std::unique_ptr<RowSource> Enter(const std::string& name) const = 0;
     // Selected rows as a place to work on. On failure, `place` is untouched.
     virtual Outcome Hold(std::vector<std::string> names, Place& place) const;

@@ -1,4 +1,4 @@
-// The folder that the command line asks for.
+// The folder of the command line.
 #pragma once
 
 #include <string>

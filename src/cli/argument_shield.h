@@ -1,8 +1,8 @@
-// Keeps the parser from reading a name as something of its own.
+// Keeps the parser from giving names a meaning of its own.
 //
-// A path such as "[x]" would be taken for a list of values, with its brackets stripped: another object. "++"
-// would be taken for the end of a command and left out. So every argument that begins like the one or is the
-// other goes through the parser behind a character that no argument needs.
+// The parser would read a path such as "[x]" as a list of values and strip its brackets, which names another
+// object. It would read "++" as the end of a command and drop it. So every such argument gets a prefix
+// character, which no argument needs, on its way through the parser.
 #pragma once
 
 #include <string>
@@ -10,12 +10,12 @@
 
 namespace permora {
 
-// The argument as the parser gets it. What stands behind "--" is no option.
+// The argument as the parser gets it. Arguments after "--" are not options.
 enum class ArgumentPlace { kAmongOptions, kBehindDashes };
 std::string Shielded(std::string argument, ArgumentPlace place);
 // A value as it was typed.
 std::string Unshielded(const std::string& value);
-// What the parser says, in which arguments stand as it got them, with the arguments as they were typed.
+// A message of the parser, with its arguments as the user typed them.
 std::string WithoutShields(std::string_view text);
 
 }  // namespace permora

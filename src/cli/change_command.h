@@ -17,7 +17,7 @@ enum class EditResult {
     kRefused,      // the change cannot be made here, or would make no sense; the reason was printed
 };
 
-// What a list belongs to. Only folders and drives have something below them.
+// The owner of a list. Only folders and drives have objects below them.
 enum class EntryPlace { kDrive, kFolder, kFile, kShare };
 
 struct EditedList {
@@ -27,15 +27,15 @@ struct EditedList {
     std::optional<DaclInheritance>& inheritance;  // nothing for a share, which inherits nothing
 };
 
-// Reads each list, edits it and writes it, or prints with --dry-run what would come of it. An object that
-// cannot be changed is left as it is.
+// Reads each list, edits it and writes it, or prints the result with --dry-run. An object that cannot be
+// changed is left unchanged.
 class ChangeCommand : public ObjectCommand {
   protected:
     using ObjectCommand::ObjectCommand;
 
     virtual EditResult Edit(EditedList& list) = 0;
-    // Prints what is to be known about the object beside the result. Another attempt after a change by
-    // another program does not repeat it.
+    // Prints remarks about the object beside the result. They are not repeated when another program has
+    // changed the list and the change is tried again.
     void SayOnce(const std::string& text);
 
     bool Do(const Target& target) final;

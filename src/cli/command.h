@@ -18,7 +18,7 @@ namespace permora {
 class Command;
 class TextOption;
 
-// What the program's exit tells a script.
+// The exit code for scripts.
 enum class ExitCode : std::uint8_t {
     kDone = 0,
     kSomeFailed = 1,  // and every other was done, unless the program had to break off
@@ -43,7 +43,7 @@ class Command {
     Command(const Command&) = delete;
     Command& operator=(const Command&) = delete;
 
-    // Interprets the arguments after they were parsed. Returns what is wrong with them, or an empty text.
+    // Interprets the parsed arguments. Returns the fault, or an empty text.
     virtual std::string Interpret();
     // Does the work. What fails is named on standard error.
     virtual ExitCode Run() = 0;
@@ -65,7 +65,7 @@ class Command {
     std::vector<TextOption*> options;
 };
 
-// Where an option stands: in a command, or in a choice among some of its options.
+// The place of an option: a command, or a choice among some of its options.
 struct OptionPlace {
     OptionPlace(Command& owner)
         : command(owner), parser(owner.Parser()) {}  // NOLINT(google-explicit-constructor)
@@ -75,7 +75,7 @@ struct OptionPlace {
     CLI::App& parser;
 };
 
-// Exactly one of the options that stand in it must be given.
+// Exactly one of the options in it must be given.
 struct Choice : OptionPlace {
     explicit Choice(Command& owner);
 };
@@ -104,7 +104,7 @@ class Flag {
 // An option with a text. A member of its command. One whose text has a meaning of its own is derived from it.
 class TextOption {
   public:
-    // `type` stands for the text in the help.
+    // `type` represents the text in the help.
     TextOption(OptionPlace place, const char* name, const char* type, const std::string& description,
                Presence presence = Presence::kOptional);
     virtual ~TextOption() = default;

@@ -21,8 +21,8 @@ struct ConsentTexts {
     const char* refused;  // what to say after a no: "nothing was changed"
 };
 
-// Whether the user agrees, by typing so on a terminal; without a terminal the answer is no. The reason was
-// printed when not. Nobody is asked about no targets.
+// Whether the user agrees, by typing so on a terminal; without a terminal the answer is no. On false, the
+// reason was printed. Without targets nobody is asked.
 bool AskForConsent(const ConsentTexts& texts, const std::vector<Target>& targets, ConsoleMessages& messages);
 
 }  // namespace permora

@@ -12,11 +12,11 @@ namespace permora {
 void WatchForInterrupts();
 // Set by the first such signal; lives as long as the program.
 const std::atomic<bool>& IsInterrupted();
-// `rest` says how what was not reached is.
+// `rest` describes the state of the objects that were not reached.
 void SayInterrupted(ConsoleMessages& messages, const char* rest = "the rest is as it was");
 
-// From now on the program does not end when nobody reads any more what it writes (SIGPIPE), for work that
-// must not end in its middle. IsAllPrinted tells of it.
+// From now on, the program does not end when its output has no reader (SIGPIPE), for work that must not be
+// cut off. IsAllPrinted reports it.
 void OutliveReaders();
 
 }  // namespace permora

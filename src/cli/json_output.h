@@ -1,4 +1,4 @@
-// What the commands print for programs.
+// The commands' output for programs.
 #pragma once
 
 #include <cstddef>
@@ -21,8 +21,9 @@ struct JsonFlag : Flag {
                                           : "As JSON: one object, or an array of several") {}
 };
 
-// In ASCII: all other characters as \u escapes. A text that is no UTF-8 has U+FFFD in the place of what is
-// none, and where it is the member "x" of an object, "xBytes" behind it holds its bytes in hexadecimal.
+// In ASCII, with \u escapes for all other characters. In a text that is not UTF-8, U+FFFD replaces the
+// invalid bytes. If it is the member "x" of an object, the member "xBytes" after it holds all bytes in
+// hexadecimal.
 void PrintJson(const Json& document);
 
 // An array that is printed element by element, as PrintJson would print the whole.
@@ -39,8 +40,8 @@ class JsonArrayPrinter {
 // everything, [] where the list is empty and nobody may do anything.
 Json EntriesJson(PACL dacl, const AccessEntryList& entries);
 
-// One object for each path that the user gave and that could be read. Of one path the object stands for
-// itself, so that a script need not unwrap it.
+// One object for each path that the user gave and that could be read. For a single path, the object is not in
+// an array, so that a script need not unwrap it.
 void PrintJsonObjects(const Json& objects, std::size_t paths);
 
 }  // namespace permora

@@ -1,4 +1,4 @@
-// What the commands that replace access lists do alike: reading with its refusals, building, writing,
+// The common steps of all commands that replace access lists: reading with its refusals, building, writing,
 // showing.
 #pragma once
 
@@ -20,7 +20,7 @@ namespace permora {
 
 // On false or null, the reason was printed.
 
-// What a list that was read would lose if it were replaced by one that this program builds.
+// The losses of a list if it were replaced by one that this program builds.
 struct Losses {
     std::size_t otherEntries;  // of types other than allow and deny
     std::size_t unacceptable;  // allow and deny entries that are not valid
@@ -51,7 +51,7 @@ class ChangeOptions {
 // As ReadList, for a list that is to be replaced.
 bool ReadForChange(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages);
 
-// Takes out what the user accepted to lose.
+// Removes the losses that the user accepted.
 void DropOtherEntries(AccessEntryList& entries);
 
 // The list that an object is to get. Nothing is left out of it silently.

@@ -13,8 +13,8 @@ namespace permora {
 // Reads the list of a target that was found; false after a message.
 bool ReadList(const HeldObject& object, ObjectSecurity& security, ConsoleMessages& messages);
 
-// What must be known about a list beside its rows, a sentence each: that there is none, that it is empty, out
-// of order, or holds entries that no row shows.
+// Remarks about a list beside its rows, a sentence each: that there is none, that it is empty, out of order,
+// or holds entries that no row shows.
 std::vector<std::string> RemarksOn(PACL dacl, const AccessEntryList& entries);
 std::vector<std::string> RemarksOn(const ObjectSecurity& object);
 

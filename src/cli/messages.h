@@ -1,4 +1,4 @@
-// What the program says on standard error: each line names the object that it is about.
+// The messages on standard error. Each line names its object.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ class ConsoleMessages {
     ConsoleMessages(const ConsoleMessages&) = delete;
     ConsoleMessages& operator=(const ConsoleMessages&) = delete;
 
-    // What the following messages are about, as the user typed it. Empty: the program's arguments as a whole.
+    // The object of the following messages, as the user typed it. Empty: the program's arguments as a whole.
     void SetSubject(std::string newSubject);
 
     // Writes one line, a line break at the end of `text` left out.

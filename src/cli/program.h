@@ -10,8 +10,8 @@ namespace permora {
 
 using MakeCommand = std::unique_ptr<Command>(const CommandParent& parent);
 
-// Runs the command that the arguments name, out of those that `commands` make, which stand in the help in
-// their order. Returns the exit code of the program.
+// Runs the command that the arguments name. `commands` make all commands, in the order of the help. Returns
+// the exit code of the program.
 int RunProgram(std::span<MakeCommand* const> commands, int argumentCount, const char* const* argumentTexts);
 
 }  // namespace permora

@@ -1,4 +1,4 @@
-// What is told of the rights that a list leaves to an account.
+// The output about the rights that a list grants to an account.
 #pragma once
 
 #include <string>
@@ -8,13 +8,13 @@
 
 namespace permora {
 
-// What no answer about rights takes into account.
+// The remark about everything that effective rights do not consider.
 inline constexpr const char* kNotConsidered =
     "Not considered: permissions of a share through which someone comes, privileges, what an owner may do "
     "anyway";
 
-// Indented lines that say what `account` may do by the list of an object and through which of its entries, or
-// that it may do nothing, or why that cannot be told. A null list lets everyone do everything.
+// Indented lines with the rights of `account` by the list of an object and the entries that grant them, or
+// that it has none, or why they are not known. A null list lets everyone do everything.
 std::string RightsLeftText(PACL dacl, AccountRecord& account);
 
 }  // namespace permora

@@ -1,4 +1,4 @@
-// The options that say which rights an entry is about, and where it applies.
+// The options for the rights of an entry and its scope.
 #pragma once
 
 #include <optional>

@@ -13,11 +13,11 @@ namespace permora {
 
 struct Target {
     std::string argument;  // as typed: how every message and listing names the object
-    // As it was found when the program was started, before anything was asked about it.
+    // As it was found at the start of the program, before any question.
     RememberedObject object;
     std::string folder;  // absolute, with a separator at its end; empty for a drive root
-    // What was typed relative to the current directory is found from there, whatever that is called by then;
-    // null for everything else.
+    // The held current directory, for relative paths, which stay valid when it is renamed; null for other
+    // paths.
     std::shared_ptr<const FolderHandle> start;
     std::string folderFromStart;  // empty: the start itself
     std::string name;             // bare, or "C:\" for a drive root
@@ -31,13 +31,12 @@ struct Target {
 DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const FolderHandle>& start,
                  Target& target);
 
-// Holds what the target leads to, so that it is known again. When it cannot be found, FindTarget says so.
+// Remembers the object of the target. If it cannot be found, FindTarget reports it.
 void RememberTarget(Target& target);
 
-// Finds the object of a target that was remembered. On false the reason was printed: it cannot be found,
-// another object has its name by now, or it is a link or a file with a separator behind it ("link/" means
-// what the link leads to for every other program; to take the link would be another object than the one
-// meant).
+// Finds the object of a remembered target. On false, the reason was printed: it cannot be found, another
+// object has its name now, or it is a link or a file with a separator at the end. For every other program,
+// "link/" means the target of the link, so the link itself would be the wrong object.
 bool FindTarget(const Target& target, HeldObject& object, ConsoleMessages& messages);
 
 // Opens the folder in which the target has its name. Returns a system error code.

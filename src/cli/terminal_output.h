@@ -11,7 +11,7 @@ namespace permora {
 
 // Writes to standard output.
 void Print(std::string_view text);
-// Whether everything has reached whoever reads standard output; waits for it.
+// Whether everything has reached the reader of standard output; waits for it.
 bool IsAllPrinted();
 
 // Writes to standard error.

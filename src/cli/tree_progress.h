@@ -1,4 +1,4 @@
-// What is printed while a whole tree is changed.
+// The output while a whole tree is changed.
 #pragma once
 
 #include <chrono>
@@ -63,7 +63,7 @@ class TreeProgress : public TreeObserver {
 
 enum class ChangeMode { kWrite, kDryRun };
 
-// What is printed when the trees are done. Whether nothing was passed over and the user has not interrupted.
+// Prints the end of the trees. Returns whether nothing was passed over and the user has not interrupted.
 bool EndTrees(const TreeCounts& counts, ChangeMode mode, ConsoleMessages& messages);
 
 }  // namespace permora

@@ -1,4 +1,4 @@
-// What is said of files that are not overwritten.
+// The texts about files that are not overwritten.
 #pragma once
 
 #include "platform/folder_files.h"

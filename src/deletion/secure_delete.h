@@ -18,14 +18,14 @@
 
 namespace permora {
 
-// What is found out about a file before it is overwritten.
+// The checks of a file before it is overwritten.
 enum class FileScrutiny {
     kNone,
     kOpeners,    // whether nobody else has it open: OverwriteObstacle::kOpenersUnknown
     kObstacles,  // all that is known to keep its contents on the disk or under another name
 };
 
-// What the engine needs of its user. The calls come on the engine's thread.
+// The engine's interface to its user. The calls come on the engine's thread.
 class SecureDeleteHost {
   public:
     // `stop` must outlive the host.
@@ -43,12 +43,12 @@ class SecureDeleteHost {
     virtual void BeginEntry(const std::string& /*name*/) {}
     // Work on a file begins, or an emptied folder is about to be removed.
     virtual void BeginDeleting(const std::string& /*name*/) {}
-    // What was begun last is gone.
+    // The latest entry has been deleted.
     virtual void Deleted(const std::string& /*name*/) {}
-    // An object stays where it is, named by its bare name, and the run goes on with the next one. Without a
-    // name it is no object that failed: a service of the system is missing, or a file cannot be closed.
+    // An object stays, named by its bare name, and the run continues with the next one. Without a name, no
+    // object failed: a service of the system is missing, or a file cannot be closed.
     virtual void Failed(const Outcome& failure) = 0;
-    // Asked for every file.
+    // Called for every file.
     virtual FileScrutiny Scrutiny() const { return FileScrutiny::kOpeners; }
     // Whether the file may be overwritten all the same; `obstacles` are some. On false, the host has reported
     // why the file stays.
@@ -67,7 +67,7 @@ class SecureDeleteHost {
 // Deletes a file or folder of an open folder, unless its name leads to another one than `object` by now.
 void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name,
                       const RememberedObject& object);
-// Deletes what was remembered by its bare name in a folder.
+// Deletes a remembered object by its bare name in a folder.
 void SecureDeleteItem(SecureDeleteHost& host, const RememberedObject& object);
 
 }  // namespace permora

@@ -25,7 +25,7 @@ class CSecureDelete : public CDialog {
 
   protected:
     bool OnInitDialog() override;
-    // Escape asks the worker to stop, as the button does; the dialog stays until it has.
+    // Escape stops the worker, like the button; the dialog stays until it has ended.
     void OnCancel() override;
     void OnOK() override {}
     void OnDestroy() override;  // stops the worker, if it still runs, at its next stop point

@@ -29,7 +29,7 @@ class AccessListPage : public CPropertyPage {
 
     bool OnInitDialog() override;
     void OnDestroy() override;
-    // Writes the edited list to all items and shows what the first one has then. On false, the sheet stays
+    // Writes the edited list to all items and shows the new list of the first one. On false, the sheet stays
     // with its changes.
     bool OnApply() override = 0;
     const MessageMap& GetMessageMap() const override;

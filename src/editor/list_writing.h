@@ -10,8 +10,8 @@
 namespace permora {
 
 // Calls WriteListToItems on a thread of its own, then shows the failures. When another program has changed
-// the list of the first item since it was shown, the user is asked whether to overwrite it. On false, nothing
-// was written, since the user said no.
+// the list of the first item since it was shown, the user is asked whether to overwrite it. On false, the
+// user refused and nothing was written.
 [[nodiscard]] bool WriteListAsking(CWnd& page, const RememberedPlace& place,
                                    std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
                                    PSECURITY_DESCRIPTOR shown);

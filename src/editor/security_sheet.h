@@ -6,7 +6,7 @@
 
 namespace permora {
 
-// Shows the editor until it is closed. The items stand in a folder, or are drives; there is at least one. The
+// Shows the editor until it is closed. The items are in one folder, or are drives; there is at least one. The
 // first one is shown and gives the title, and changes go to all of them. When the name of an item leads to
 // another object later, that object is left alone and the user is informed.
 void EditSecurity(CWnd* owner, const Place& place);

@@ -11,7 +11,7 @@
 namespace permora {
 
 // Id of the format named `name`, the same for every program of the session; 0 on failure. A MIME type
-// ("text/uri-list") stands for itself where the desktop's formats are MIME types.
+// ("text/uri-list") means that MIME type where the desktop's formats are MIME types.
 unsigned int RegisterClipboardFormat(const std::string& name);
 
 // What became of a question to the program that the clipboard's contents are from.

@@ -1,4 +1,4 @@
-// The clipboard's seam: what a back end must offer beside RegisterClipboardFormat and
+// The clipboard's seam: a back end's functions beside RegisterClipboardFormat and
 // Clipboard::IsFormatAvailable.
 #pragma once
 

@@ -23,7 +23,7 @@ class CDialog : public CWnd {
     void EndDialog(int result);
 
   protected:
-    // True: the framework gives the focus to the first control that takes it.
+    // True: the framework gives the focus to the first control that accepts it.
     virtual bool OnInitDialog() { return true; }
     virtual void OnOK();      // default: EndDialog(IDOK)
     virtual void OnCancel();  // default: EndDialog(IDCANCEL)

@@ -19,7 +19,7 @@ class FileOperationPace {
     // The operation waits for its user: the time until the next Add does not count.
     void Pause() { last.reset(); }
 
-    // What is done of the whole, from 0 to 1. Nothing while the whole is not known.
+    // The completed part, from 0 to 1. Nothing while the total is not known.
     std::optional<double> Fraction() const;
     // Nothing in the first seconds.
     std::optional<std::chrono::seconds> TimeLeft() const;

@@ -1,4 +1,4 @@
-// The seam of frame windows, their menus and their bars: what a back end must make beside native.h.
+// The seam of frame windows, their menus and their bars, beside native.h.
 #pragma once
 
 #include <functional>
@@ -31,9 +31,8 @@ class FrameEvents {
     virtual void OnIdle() = 0;  // no event is waiting
 };
 
-// The client area lies below the menu. The window's rectangle is without the frame that the desktop draws
-// around it: the width of that is unknown before the window is shown, and a stored rectangle would grow by
-// it.
+// The client area is below the menu. The window's rectangle excludes the frame that the desktop draws around
+// it: its width is unknown before the window is shown, and a stored rectangle would grow by it.
 class NativeFrame : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
@@ -78,7 +77,7 @@ class NativeStatusBar : public NativeWindow {
     virtual void SetPane(int pane, const std::string& text) = 0;
 };
 
-// ---- What the back end makes. `events` outlives the window. ----
+// ---- Made by the back end. `events` outlives the window. ----
 
 std::unique_ptr<NativeFrame> MakeNativeFrame(CWnd& window, unsigned int id, FrameEvents& events);
 std::unique_ptr<NativeToolBar> MakeNativeToolBar(CWnd& window, CWnd& parent, FrameEvents& events);

@@ -11,7 +11,7 @@ namespace permora {
 
 enum class ShowState { kNormal, kMaximised };
 
-// Where a frame stands: its rectangle when not maximised, in screen coordinates, and how it is shown.
+// The placement of a frame: its rectangle when not maximised, in screen coordinates, and how it is shown.
 struct WindowPlacement {
     Rect normalRect;
     ShowState showState = ShowState::kNormal;

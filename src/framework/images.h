@@ -22,8 +22,8 @@ class CIcon {
     static CIcon Load(unsigned int id);
     // Bitmap resource `id`, as a picture of one size; empty when there is none.
     static CIcon FromBitmap(unsigned int id);
-    // A picture from elsewhere, of one size: rows of pixels from the top, each in the bytes blue, green, red,
-    // alpha (not premultiplied). Empty when there are fewer than the size asks for.
+    // A picture of one size from pixels: rows from the top, each pixel in the bytes blue, green, red, alpha
+    // (not premultiplied). Empty when there are too few for the size.
     static CIcon FromPixels(Size size, std::span<const std::uint8_t> pixels);
     explicit operator bool() const { return image != nullptr; }
     const std::shared_ptr<const NativeImage>& Native() const { return image; }

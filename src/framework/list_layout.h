@@ -7,7 +7,7 @@
 
 namespace permora {
 
-// Which way the keyboard goes from a row.
+// The direction in which the keyboard moves from a row.
 enum class ListStep { kUp, kDown, kLeft, kRight, kPageUp, kPageDown, kHome, kEnd };
 
 // The cells with `first` up to and without `last`.
@@ -26,7 +26,7 @@ class ListLayout {
     // In the coordinates of the whole content.
     Rect Cell(int row) const;
     int RowAt(Point point) const;  // -1: beside all cells
-    // All rows whose cells meet `area`, and where cells stand in several columns perhaps some more.
+    // All rows whose cells meet `area`; with cells in several columns perhaps some more.
     RowRange RowsIn(const Rect& area) const;
     // The row to which `step` leads; `row` itself when it leads nowhere.
     int Neighbour(int row, ListStep step) const;

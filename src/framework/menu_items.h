@@ -1,4 +1,4 @@
-// What stands behind CMenu: the entries that all its copies share.
+// The entries of a menu, which all copies of a CMenu share.
 #pragma once
 
 #include <memory>

@@ -53,7 +53,7 @@ class ModalWindow : public DialogKeys {
     CWnd* owner;
 };
 
-// Gives the focus to the first control of `window` that takes it, with the text of an edit field selected.
+// Gives the focus to the first control of `window` that accepts it, with the text of an edit field selected.
 void FocusFirstControl(CWnd& window);
 
 }  // namespace permora

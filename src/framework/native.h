@@ -159,7 +159,7 @@ class NativeDialog : public NativeWindow {
     virtual void EndModal() = 0;  // may come before RunModal processes events
 };
 
-// ---- What the back end makes. Parents must have a window. ----
+// ---- Made by the back end. Parents must have a window. ----
 
 // `templateId` names the window for tests and automation.
 std::unique_ptr<NativeDialog> MakeNativeDialog(CWnd& window, CWnd* owner, DWORD style,
@@ -190,16 +190,16 @@ bool IsModalWindowOpen();
 void PostLater(int milliseconds, std::function<void()> work);
 // Runs the work that worker threads have posted to this thread, the user-interface thread.
 void ServeWorkers();
-// Calls `hasEnded`, which may take a moment, until it returns true. Between the calls windows are painted,
-// input of the user is dropped, and the pointer shows that the program is busy. A modal window that opens
-// meanwhile takes input as usual.
+// Calls `hasEnded`, which may take a moment, until it returns true. Between the calls, windows are painted,
+// input is dropped, and the pointer shows that the program is busy. A modal window that opens meanwhile
+// accepts input as usual.
 void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded);
 
 // Icon or bitmap resource `id` with all its sizes; null when there is none or it cannot be read.
 std::shared_ptr<const NativeImage> LoadNativeIcon(unsigned int id);
 std::shared_ptr<const NativeImage> LoadNativeBitmap(unsigned int id);
 // A picture of one size: rows from the top, each pixel in the bytes blue, green, red, alpha (not
-// premultiplied), as many as the size asks for.
+// premultiplied), as many as the size needs.
 std::shared_ptr<const NativeImage> MakeNativeImage(Size size, std::span<const std::uint8_t> pixels);
 
 }  // namespace permora

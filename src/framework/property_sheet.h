@@ -10,10 +10,11 @@ namespace permora {
 
 class CPropertySheet;
 
-// One page. Its window is made when the sheet first shows it and goes with the sheet's; the object stays.
+// One page. Its window is made when the sheet first shows it, and destroyed with the sheet's; the object
+// stays.
 class CPropertyPage : public CDialog {
   public:
-    // `captionId`: string resource of the tab; 0 takes the template's caption.
+    // `captionId`: string resource of the tab; 0 means the template's caption.
     explicit CPropertyPage(unsigned int templateId, unsigned int captionId = 0);
 
     // Marks the page changed or not; the sheet's Apply button follows.
@@ -26,7 +27,7 @@ class CPropertyPage : public CDialog {
     virtual bool OnKillActive() { return true; }  // false: the page stays
     virtual bool OnApply() { return true; }       // false keeps the sheet open
     void OnOK() override {}
-    // False: the sheet stays. All pages are asked before OnCancel runs for any.
+    // False: the sheet stays. Called for all pages before OnCancel runs for any.
     virtual bool OnQueryCancel() { return true; }
     void OnCancel() override {}                     // the sheet is being cancelled
     virtual bool OnWizardFinish() { return true; }  // true: the wizard closes
@@ -59,7 +60,7 @@ class CPropertySheet : public CWnd {
     void SetWizardMode();
     // Which wizard buttons there are and can be pressed.
     void SetWizardButtons(WizardButtons buttons);
-    // What the Cancel button does, also while that is disabled.
+    // Does the same as the Cancel button, also while that is disabled.
     void Cancel();
 
     // Runs the sheet; the result is IDOK, IDCANCEL, or ID_WIZFINISH.

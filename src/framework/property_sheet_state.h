@@ -1,4 +1,4 @@
-// What a property sheet is made of, for its own sources.
+// The parts of a property sheet, for its own sources.
 #pragma once
 
 #include <memory>

@@ -8,8 +8,8 @@
 
 namespace permora {
 
-// After the first read that would pass the end every read gives zeros and empty texts, and Failed() is true:
-// a parser asks once, when it is done or before it loops.
+// After the first read past the end, every read returns zeros and empty texts, and Failed() is true: a parser
+// checks it once, at its end or before a loop.
 class ResourceReader {
   public:
     explicit ResourceReader(std::span<const std::byte> source) : bytes(source) {}

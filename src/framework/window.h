@@ -76,7 +76,7 @@ class CWnd : public CCmdTarget {
     void DestroyWindow();
 
   protected:
-    // Window messages. The defaults do what the window's kind does.
+    // Window messages. The defaults are those of the window's kind.
     virtual void OnDestroy() {}  // before the window is destroyed
     virtual void OnSize(Size /*client*/) {}
     virtual void OnPaint(CDC& /*dc*/) {}  // over the background

@@ -1,4 +1,4 @@
-// What the properties dialog shows, gathered and put into texts without a window.
+// The contents of the properties dialog, gathered and put into texts without a window.
 #pragma once
 
 #include <string>
@@ -40,7 +40,7 @@ std::string OwnerText(const std::string& path);
 // "1 KB (1,536 bytes)".
 std::string SizeText(ULONGLONG bytes);
 
-// "2 files, 1 folder", and what was not counted.
+// "2 files, 1 folder", and the objects that were not counted.
 std::string ContentsText(const TreeSize& size);
 
 }  // namespace permora

@@ -1,4 +1,4 @@
-// CPropertiesDlg: what a file, folder, link or drive is, with a count of what is in a folder.
+// CPropertiesDlg: the facts about a file, folder, link or drive, with a count of a folder's contents.
 #pragma once
 
 #include <atomic>

@@ -1,4 +1,4 @@
-// Stands in for the shell's sheet of properties where the system has none.
+// Replaces the shell's sheet of properties where the system has none.
 #pragma once
 
 #include <functional>

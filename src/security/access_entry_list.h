@@ -36,7 +36,7 @@ struct AccessEntry {
     bool IsInherited() const { return (aceFlags & INHERITED_ACE) != 0; }
 };
 
-// What the user decided in the permission entry dialog.
+// The user's choices in the permission entry dialog.
 struct PermissionChoice {
     AccountRecord account;
     DWORD allowMask = 0;  // never with SYNCHRONIZE
@@ -65,11 +65,11 @@ class AccessEntryList {
     // same type, flags and account, unless one of both has idle generic rights; else a deny entry goes to the
     // top and an allow entry before the first allow or inherited one.
     void AddEntry(AccountRecord account, DWORD mask, BYTE flags, BYTE type);
-    // Adds what the dialog gave for a new account: one entry for each mask that is not 0.
+    // Adds the dialog's choice for a new account: one entry for each mask that is not 0.
     void AddFromDialog(const PermissionChoice& choice);
-    // Applies what the dialog gave for entry `index`, an allow or deny entry. An explicit entry is replaced
-    // by the choice, unless that is what the dialog began with; an inherited one stays, and the rights in
-    // which the choice differs become explicit entries.
+    // Applies the dialog's choice for entry `index`, an allow or deny entry. The choice replaces an explicit
+    // entry, unless the user changed nothing. An inherited entry stays, and the rights in which the choice
+    // differs become explicit entries.
     void EditEntry(std::size_t index, const PermissionChoice& choice);
     void RemoveEntry(std::size_t index);
 
@@ -82,12 +82,12 @@ class AccessEntryList {
     // allow and deny entries that are not acceptable. The user must be informed before the list is written.
     std::size_t OtherTypeCount() const;
     std::size_t UnacceptableCount() const;
-    // Explicit deny, then explicit allow, then inherited entries; explicit entries of other types may stand
+    // Explicit deny, then explicit allow, then inherited entries; explicit entries of other types may be
     // anywhere.
     bool IsInCanonicalOrder() const;
 
   private:
-    // Where the entry stands now: a place of its own, or that of the entry which it has joined.
+    // The index of the entry now: its own, or that of the entry which it has joined.
     AccessEntry& Join(AccessEntry added);
 
     std::vector<AccessEntry> entries;

@@ -15,7 +15,7 @@ inline constexpr DWORD RIGHTS_DISPLAY_MASK = 0x1F03FF;
 // The thirteen single rights together, without SYNCHRONIZE.
 inline constexpr DWORD FULL_CONTROL_RIGHTS = 0xF01FF;
 
-// They stand for several rights and get their meaning when an entry is set or handed down.
+// They mean several rights, which are determined when an entry is set or handed down.
 inline constexpr DWORD GENERIC_RIGHTS = GENERIC_ALL | GENERIC_EXECUTE | GENERIC_WRITE | GENERIC_READ;
 
 // SYNCHRONIZE has no box of its own. Network clients request it with every open: an account needs it to use
@@ -60,7 +60,7 @@ inline constexpr std::array<AccessRight, 14> kAccessRights = {{
 }};
 // clang-format on
 
-// Where an entry applies: the choices of "Apply onto:", in the order of the combo box.
+// The scopes of an entry: the choices of "Apply onto:", in the order of the combo box.
 struct InheritanceScope {
     const char* text;
     BYTE flags;

@@ -15,8 +15,8 @@ struct AccountRecord {
     std::string name;                   // from the last successful Lookup
     std::string domain;                 // likewise; empty for accounts without a domain
 
-    // Takes a copy of `newSid` and forgets everything known about the account before; no names are looked up.
-    // False for null and for what is no SID: the record is as it was.
+    // Takes a copy of `newSid` and forgets everything known about the previous account; no names are looked
+    // up. On false, `newSid` is null or no SID, and the record is unchanged.
     [[nodiscard]] bool SetSid(PSID newSid);
     // For the system's functions; lent by the record, null without a SID.
     PSID RawSid() const;

@@ -11,7 +11,7 @@
 
 namespace permora {
 
-// Whether an object takes up what its parent hands down, or is protected from it.
+// Whether an object inherits from its parent, or is protected from that.
 enum class DaclInheritance { kFromParent, kProtected };
 
 // The library in which BuildDacl looks its functions up. Null with the last error set when it cannot be
@@ -29,8 +29,8 @@ Outcome BuildDacl(HMODULE library, std::span<const AccessEntry> entries, UniqueL
 // then untouched.
 Outcome MakeEmptyList(UniqueLocal<ACL>& dacl);
 
-// What HeldObject::WriteSecurity must be told to write a list with this choice; nothing: each object keeps
-// its own.
+// The flags for HeldObject::WriteSecurity to write a list with this choice; nothing: each object keeps its
+// own.
 SECURITY_INFORMATION DaclWriteInformation(std::optional<DaclInheritance> inheritance);
 
 // Turns a self-relative descriptor into an absolute one whose parts all live in `heap`. On failure both

@@ -22,8 +22,8 @@ struct EffectiveRights {
 DWORD FindEffectiveRights(PACL dacl, const AccountRecord& account, GroupsRequest request,
                           EffectiveRights& effective);
 
-// What an allow entry gives the account, directly or as a member of a group, of what no entry before it
-// decides.
+// The rights that an allow entry adds to those that earlier entries decide, for the account itself or as a
+// member of a group.
 struct Grant {
     std::size_t index;  // of the entry in the list
     DWORD rights;       // never 0

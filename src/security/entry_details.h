@@ -24,7 +24,7 @@ struct EntryDetails {
 // The entries of the list, as AcesOf (platform/raw_security.h) reads them.
 std::vector<EntryDetails> DetailsOfEntries(PACL acl);
 
-// Whether such an entry of a folder is handed down to what is in it, and no further.
+// Whether such an entry of a folder is handed down by exactly one level.
 bool IsForDirectChildrenOnly(BYTE aceFlags);
 
 // "Allow", "Callback allow", "Mandatory label"; "Type 200" for one that is not known.

@@ -14,7 +14,8 @@ namespace permora {
 // that are no folders or cannot be found are skipped, and so are objects below that cannot be changed.
 //
 // The outcomes are the folders that were not walked, since their names lead to other objects now or their
-// turn did not come, then what the walks left alone: volumes mounted below, and files with further names.
+// turn did not come, then the objects that the walks passed over: volumes mounted below, and files with
+// further names.
 Outcomes WalkFolders(std::span<const RememberedObject> items,
                      const std::function<bool(const char* name)>& begin,
                      const std::function<DWORD(const HeldObject& folder, TreeObserver& observer)>& change);

@@ -24,8 +24,9 @@ void ShowLastErrorBox(HWND owner);
 // "text: system text". A code that has no text shows no box.
 void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code);
 
-// Shows the text of a failure; nothing when all was done. Ends the process after a step that leaves no way
-// on: a library or function of the system is missing, there is no memory, or a file cannot be closed.
+// Shows the text of a failure; nothing when all was done. Ends the process after a failure that leaves no way
+// to continue: a library or function of the system is missing, there is no memory, or a file cannot be
+// closed.
 void ShowOutcome(HWND owner, const Outcome& outcome);
 void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes);
 

@@ -28,15 +28,15 @@ RememberedPlace RememberPlace(const Place& place);
 // Finds the object again. Step::kFindAgain when its name leads to another one by now.
 Outcome FindItem(const RememberedObject& item, HeldObject& object);
 
-// What a read for editing gave. Without a list (`dacl` is null) everyone may do everything, and there are no
-// entries.
+// The result of a read for editing. Without a list (`dacl` is null) everyone may do everything, and there are
+// no entries.
 struct ObjectSecurity : ReadParts {
     std::optional<DaclInheritance> inheritance;  // nothing when the control word cannot be read
     AccessEntryList entries;
 };
 
-// What a volume that may not be asked about (access denied) means to a reader: the object's own list may
-// still be readable.
+// The result for a volume that may not be queried (access denied): the object's own list may still be
+// readable.
 enum class HiddenVolume { kReadOn, kFail };
 
 // Reads the list of an object. On failure `list` is untouched: the volume or the descriptor cannot be read,
@@ -58,10 +58,10 @@ struct ListsByKind {
     PACL forFiles;
 };
 
-// Writes a list to every item, also after one that fails. Without a choice of `inheritance` each item keeps
-// its own. `shown`, which may be null, is the descriptor of the first item as it was read. When that item has
-// another list by now, nothing is written and the one outcome is ERROR_REVISION_MISMATCH. Step::kCarryDown:
-// the item was written, but not everything below it that inherits.
+// Writes a list to every item, also after a failure. Without a choice of `inheritance`, each item keeps its
+// own. `shown`, which may be null, is the descriptor of the first item as it was read. When that item has
+// another list now, nothing is written and the one outcome is ERROR_REVISION_MISMATCH. Step::kCarryDown: the
+// item was written, but not everything below it that inherits.
 Outcomes WriteListToItems(std::span<const RememberedObject> items, std::optional<DaclInheritance> inheritance,
                           const ListsByKind& lists, PSECURITY_DESCRIPTOR shown);
 

@@ -9,7 +9,7 @@
 
 namespace permora {
 
-// What was being done. outcome.cpp has the texts of each step.
+// The step that failed. outcome.cpp has the texts of each step.
 enum class Step {
     kNone,  // the system's text for the code is enough
 

@@ -25,7 +25,7 @@ class CWizardPage2 : public CPropertyPage {
   protected:
     bool OnInitDialog() override;
     bool OnSetActive() override;
-    // Asks a running worker to stop; the sheet closes when it has.
+    // Stops a running worker; the sheet closes when it has ended.
     bool OnQueryCancel() override;
     void OnDestroy() override { StopWorker(); }
 

@@ -16,7 +16,7 @@ struct StatusChange {
     std::string text;
 };
 
-// The engine's thread writes rows; another thread takes them when it likes.
+// The engine's thread writes rows; another thread takes them at any time.
 class DeletionStatus : public SecureDeleteHost {
   public:
     using SecureDeleteHost::SecureDeleteHost;

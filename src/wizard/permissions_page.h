@@ -1,4 +1,4 @@
-// CWizardPage3: gives accounts rights on all selected items, starting from the first one's list.
+// CWizardPage3: gives accounts rights on all selected items, beginning with the first one's list.
 #pragma once
 
 #include <cstddef>

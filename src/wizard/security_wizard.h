@@ -15,7 +15,7 @@ struct WizardSettings {
 };
 
 // Shows the wizard until it is closed: one task for all items, rights for accounts or deletion for good. The
-// items stand in a folder, or are drives; there is at least one. They are held until the wizard has closed.
+// items are in one folder, or are drives; there is at least one. They are held until the wizard has closed.
 void RunSecurityWizard(CWnd* owner, const Place& place, const WizardSettings& settings);
 
 }  // namespace permora

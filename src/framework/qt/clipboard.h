@@ -1,4 +1,4 @@
-// What the program keeps of the desktop's clipboard.
+// The program's state of the desktop's clipboard.
 #pragma once
 
 #include <QMimeData>

@@ -11,11 +11,11 @@ namespace permora::qt {
 inline constexpr int kCellMargin = 4;
 
 // Check boxes with texts of several lines have their mark at the first line. Group boxes draw their frame
-// through the middle of their title, since templates place controls for that. Marks have outlines that a dark
-// background does not swallow, as has the toolbar's overflow mark. Headers stand over the texts of their
+// through the middle of their title, since templates place controls for that. The outlines of marks, and the
+// toolbar's overflow mark, are visible on a dark background. Headers are aligned with the texts of their
 // columns, and disabled icons fade into every background. The menu that the arrow keys would open is marked.
 // Message boxes have sharp icons, and buttons without icons. The focus is always visible. Disabled texts are
-// readable, since some fields and lists only show something.
+// readable, since some fields and lists are only for reading.
 class DialogStyle : public QProxyStyle {
   public:
     using QProxyStyle::polish;
@@ -36,7 +36,7 @@ class DialogStyle : public QProxyStyle {
                             const QWidget* widget) const override;
 };
 
-// Lets a check box begin at its upper edge; the others stand in their middle.
+// Puts the mark of a check box at its upper edge; the others have theirs in the middle.
 void AlignToTop(QWidget& checkBox);
 
 }  // namespace permora::qt

@@ -8,10 +8,10 @@ namespace permora::qt {
 
 // One at a time, on the user-interface thread.
 //
-// The first of SIGTERM, SIGINT and SIGHUP runs `end` on the user-interface thread. The process has ten
-// seconds from then on, and a second such signal ends it at once: whatever it waits for, a walk that nobody
-// can stop above all, holds no session up. Signals that whoever started the process has it ignore (`nohup`)
-// stay ignored.
+// The first of SIGTERM, SIGINT and SIGHUP runs `end` on the user-interface thread. From then on, the process
+// has ten seconds, and a second such signal ends it at once: nothing may delay the end of the session, not
+// even a walk that cannot be stopped. Signals that were ignored when the process started (`nohup`) stay
+// ignored.
 class EndSignals {
   public:
     explicit EndSignals(std::function<void()> end);

@@ -13,8 +13,8 @@
 
 namespace permora::qt {
 
-// Closing it, Escape and Cancel ask for the operation to be cancelled; it stays until whoever made it closes
-// it.
+// Closing it, Escape and Cancel request the operation to be cancelled. The window stays until its maker
+// closes it.
 class FileOperationWindow : public QDialog {
   public:
     // `cancel` is called once at most. `parent` may be null.

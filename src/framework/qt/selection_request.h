@@ -1,9 +1,9 @@
-// What other programs offer in the selections of an X server: the clipboard, and what is marked with the
+// Reads other programs' data from the selections of an X server: the clipboard, and the text marked with the
 // mouse.
 //
-// The toolkit asks for it too, but keeps the window from being served meanwhile, for five seconds with each
-// question to a program that does not answer. Protocol: "Peer-to-Peer Communication by Means of Selections"
-// in the Inter-Client Communication Conventions Manual.
+// The toolkit can do this, too, but does not serve the windows meanwhile: for five seconds with each request
+// to a program that does not respond. Protocol: "Peer-to-Peer Communication by Means of Selections" in the
+// Inter-Client Communication Conventions Manual.
 #pragma once
 
 #include <QAbstractNativeEventFilter>
@@ -32,8 +32,8 @@ class SelectionRequest : public QAbstractNativeEventFilter {
   public:
     enum class State { kWaiting, kGiven, kRefused };
 
-    // Asks for a form of the selection, such as "text/uri-list". An answer of more than `limit` bytes counts
-    // as refused. `whenEnded`, which may be empty, is called in the state that the request ends in.
+    // Requests the selection in a format, such as "text/uri-list". More than `limit` bytes count as a
+    // refusal. `whenEnded`, which may be empty, is called when the request has reached its final state.
     SelectionRequest(SelectionKind kind, const QByteArray& form, qsizetype limit,
                      std::function<void()> whenEnded = {});
     ~SelectionRequest() override;

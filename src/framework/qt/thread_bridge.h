@@ -14,7 +14,7 @@ class ThreadBridge : public QObject {
     // Any thread: `work` runs after everything that was posted before. It is destroyed without running if the
     // bridge is destroyed first.
     void Post(std::function<void()> work);
-    // Runs what was posted until now.
+    // Runs the work that was posted until now.
     void Serve();
 
   protected:

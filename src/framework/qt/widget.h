@@ -1,4 +1,4 @@
-// What the windows of this back end share: a widget, its events, and their half of NativeWindow.
+// The common half of this back end's windows: a widget, its events, and its part of NativeWindow.
 #pragma once
 
 #include <QEvent>
@@ -25,7 +25,7 @@ HWND HandleOf(QWidget& widget);
 // The widget of a handle that may be stale; null then.
 QWidget* LiveWidget(HWND handle);
 
-// The window that a widget stands for; null when it stands for none.
+// The window of a widget; null when it has none.
 CWnd* WindowOf(const QWidget& widget);
 void SetWindow(QWidget& widget, CWnd& window);
 

@@ -44,7 +44,7 @@ struct Ace {
     static std::optional<std::size_t> SizeIn(std::span<const std::uint8_t> bytes);
     // The entry at the start of `bytes`; nothing when SizeIn gives nothing or the entry is damaged.
     static std::optional<Ace> FromBytes(std::span<const std::uint8_t> bytes);
-    // The same for showing what a damaged entry still says: what can be read, and the rest in `tail`.
+    // The same for showing a damaged entry: the readable parts, and the rest in `tail`.
     static std::optional<Ace> FromDamagedBytes(std::span<const std::uint8_t> bytes);
     // Whether a part is missing that the type has: SID, object flags or a GUID that these announce.
     bool IsDamaged() const;

@@ -1,8 +1,8 @@
 // The smallest pieces of the text forms that conditions and resource attributes share. Grammar: [MS-DTYP]
 // 2.5.1.1. Text is UTF-8, and stored strings are UTF-16, least significant byte first.
 //
-// Every Take function takes its piece off the front of `text` and is false when another piece stands there;
-// `text` and the output mean nothing then. Every Append function is false when text cannot hold the piece.
+// Every Take function removes its piece from the front of `text`. On false, there is another piece, and
+// `text` and the output are unspecified. Every Append function is false when text cannot express the piece.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +16,7 @@ namespace permora::nt {
 void SkipBlanks(std::string_view& text);
 bool TakeCharacter(char character, std::string_view& text);
 
-// The names of attributes. Characters that may not stand in them are escaped as "%" and the four digits of
-// the unit of UTF-16.
+// The names of attributes. Other characters are escaped as "%" and the four digits of the UTF-16 unit.
 enum class NameForm {
     kSimple,  // of a local attribute: letters, digits and ":./_" are not escaped, nor is "@" after the first
     kExtended,  // after "@User." or in quotation marks: most punctuation is not escaped either

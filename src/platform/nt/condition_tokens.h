@@ -9,7 +9,7 @@
 
 namespace permora::nt {
 
-// What a condition begins with: the four bytes by which a callback entry's data is known to be one.
+// The four bytes at the start of a condition, which identify a callback entry's data as one.
 inline constexpr std::array<std::uint8_t, 4> kConditionSignature = {'a', 'r', 't', 'x'};
 
 namespace token {
@@ -32,7 +32,7 @@ inline constexpr std::uint8_t kNot               = 0xA2;
 // clang-format on
 }  // namespace token
 
-// What an operator stands between or before.
+// The operands of an operator.
 enum class OperatorKind {
     kMembership,  // word before a SID or several
     kExistence,   // word before an attribute

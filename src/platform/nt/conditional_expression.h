@@ -14,13 +14,13 @@
 
 namespace permora::nt {
 
-// Operators, parentheses and negations that stand within each other: deeper conditions are refused, so that
-// no text or disk decides how much stack and time they take.
+// The deepest nesting of operators, parentheses and negations. Deeper conditions are refused, so that no text
+// or disk decides how much stack and time they need.
 inline constexpr std::size_t kMaxConditionDepth = 500;
 
 // The text of a condition as the system writes it, in parentheses; `stored` begins with the signature and may
-// end with padding. Nothing when it is malformed or text has no words for a part of it. Numbers of less than
-// 64 bits read like the others, so only ConditionFromText tells whether the text means the same bytes.
+// end with padding. Nothing when it is malformed, or when text cannot express a part of it. Numbers of less
+// than 64 bits look like the others, so only ConditionFromText shows whether the text means the same bytes.
 std::optional<std::string> ConditionToText(std::span<const std::uint8_t> stored, SddlWords words);
 
 // The stored form of the whole of `text`, padded with zeros to a multiple of four; nothing when it breaks the

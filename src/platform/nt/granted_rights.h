@@ -1,4 +1,4 @@
-// What an access list grants to whoever holds given SIDs. Rules: [MS-DTYP] 2.5.3.2.
+// The rights that an access list grants to a holder of given SIDs. Rules: [MS-DTYP] 2.5.3.2.
 #pragma once
 
 #include <cstdint>

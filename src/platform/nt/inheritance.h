@@ -15,10 +15,10 @@ enum class ObjectKind { kFile, kFolder };
 // Generic bits of a mask replaced by the file object's specific rights.
 std::uint32_t MapGenericRights(std::uint32_t mask);
 
-// The entries as they stand on an object once they are set there in the place of `before`: generic rights are
-// mapped in every new entry that applies to the object itself. Entries that are only handed on keep theirs,
-// and so do those that stood there before, inherited or not. Access checks ignore generic rights: mapping
-// them would give them an effect because somebody has changed another entry.
+// The entries of an object after they have replaced `before`: generic rights are mapped in every new entry
+// that applies to the object itself. Entries that are only handed on keep theirs, and so do entries of
+// `before`, inherited or not. Access checks ignore generic rights: mapping them would give them an effect
+// because another entry was changed.
 Acl MapGenericRights(Acl acl, const Acl& before);
 
 // The entries that `parent` hands down to a child, in the parent's order, each marked inherited. An entry for

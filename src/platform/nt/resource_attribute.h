@@ -1,5 +1,5 @@
-// The attributes that a resource attribute entry gives its object: ("Secrecy",TU,0x0,3). Stored form:
-// [MS-DTYP] 2.4.10.1 CLAIM_SECURITY_ATTRIBUTE_RELATIVE_V1; text: 2.5.1.1.
+// The attribute of a resource attribute entry: ("Secrecy",TU,0x0,3). Stored form: [MS-DTYP] 2.4.10.1
+// CLAIM_SECURITY_ATTRIBUTE_RELATIVE_V1; text: 2.5.1.1.
 #pragma once
 
 #include <cstdint>

@@ -14,19 +14,19 @@ namespace permora::nt {
 // Which parts of a descriptor are written; values are those of SECURITY_INFORMATION.
 enum class SddlParts : std::uint32_t { kOwner = 1, kGroup = 2, kDacl = 4, kSacl = 8 };
 
-// "O:...G:...D:...S:..." with the parts whose bits are set in `parts`. FromSddl gives the same owner, group,
-// lists and inheritance bits again; what the grammar has no words for is not carried: the "defaulted" bits,
-// resource manager control, a list's revision and unused space. Nothing when that would lose an entry or a
-// part of one: types unknown to the grammar, data behind the SID that is no condition or resource attribute,
-// or one that would not come back as the same bytes; or when the system list is malformed.
+// "O:...G:...D:...S:..." with the parts whose bits are set in `parts`. FromSddl returns the same owner,
+// group, lists and inheritance bits. The grammar cannot express the "defaulted" bits, resource manager
+// control, a list's revision and unused space. Nothing when an entry or a part of one would be lost: types
+// unknown to the grammar, data after the SID that is no condition or resource attribute, or that would become
+// other bytes; or when the system list is malformed.
 std::optional<std::string> ToSddl(const SecurityDescriptor& descriptor, std::uint32_t parts,
                                   SddlWords words = SddlWords::kAbbreviations);
 
-// The descriptor that the whole of `text` describes; nothing when it breaks the grammar or a list would be
-// too large. The parts may stand in any order, each at most once; none at all is an empty descriptor. Case
-// matters (but not in hexadecimal digits and the words of conditions), and no white space is allowed but in
-// conditions and resource attributes. Rights are abbreviations, or one number as in C: 0x1f01ff, 2032127,
-// 07600777. `machine` as for SidFromSddl.
+// The descriptor of the whole `text`; nothing when it breaks the grammar or a list would be too large. The
+// parts may come in any order, each at most once; an empty text is an empty descriptor. Letter case matters,
+// except in hexadecimal digits and the words of conditions. White space is allowed only in conditions and
+// resource attributes. Rights are abbreviations, or one number as in C: 0x1f01ff, 2032127, 07600777.
+// `machine` as for SidFromSddl.
 std::optional<SecurityDescriptor> FromSddl(std::string_view text, const Sid* machine = nullptr);
 
 }  // namespace permora::nt

@@ -12,7 +12,7 @@
 
 namespace permora::nt {
 
-// Control bits that the value itself understands; every other bit is carried along.
+// Control bits that the value itself uses; every other bit is kept.
 inline constexpr std::uint16_t kDaclPresent = 0x0004;
 inline constexpr std::uint16_t kSaclPresent = 0x0010;
 inline constexpr std::uint16_t kDaclAutoInheritRequest = 0x0100;
@@ -41,10 +41,10 @@ struct SecurityDescriptor {
     // Present but null when kSaclPresent is set and this is empty.
     std::vector<std::uint8_t> saclBytes;
 
-    // Checks the whole descriptor first: revision 1, self-relative, every part inside `bytes`, no
-    // two parts overlapping (owner and group may be the same bytes), every SID, list and entry well formed,
-    // for the system access list too. A list that the control word says is not there is wrong too, since
-    // readers differ on what it means. Nothing when anything is wrong.
+    // Checks the whole descriptor first: revision 1, self-relative, every part inside `bytes`, no two parts
+    // overlapping (owner and group may be the same bytes), every SID, list and entry well formed, also in the
+    // system access list. A list without its flag in the control word is wrong, too, since readers interpret
+    // it differently. Nothing when anything is wrong.
     static std::optional<SecurityDescriptor> FromBytes(std::span<const std::uint8_t> bytes);
     // Appends the self-relative form as the system lays it out: header, system list, DACL, owner, group, each
     // part at a multiple of four. False, with `bytes` as before, when a list is too large.

@@ -1,4 +1,4 @@
-// The numbers under which well-known SIDs are asked for.
+// The type numbers of well-known SIDs.
 // Source: the SDK's WELL_KNOWN_SID_TYPE (winnt.h) as its public documentation lists it.
 #pragma once
 
@@ -11,7 +11,7 @@ namespace permora::nt {
 inline constexpr int kLastWellKnownSidType = 50;
 
 // The SID of a type from 0 to kLastWellKnownSidType. Nothing for another number, and for an account of a
-// domain when `domain` is null (or so long that nothing can stand below it).
+// domain when `domain` is null (or too long for accounts below it).
 std::optional<Sid> SidOfWellKnownType(int type, const Sid* domain);
 
 }  // namespace permora::nt

@@ -1,6 +1,6 @@
 // The SIDs that mean the same on every machine, with their names and SDDL abbreviations.
-// Source: [MS-DTYP] 2.4.2.4 "Well-Known SID Structures" and 2.5.1.1 (abbreviations); names in English as the
-// system's account look-up gives them.
+// Source: [MS-DTYP] 2.4.2.4 "Well-Known SID Structures" and 2.5.1.1 (abbreviations); names in English, as in
+// the system's account look-up.
 #pragma once
 
 #include <cstdint>
