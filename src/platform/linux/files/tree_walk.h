@@ -59,21 +59,21 @@ class TreeVisitor {
     virtual void Fail(DWORD error, const std::string& path) = 0;
 };
 
-// Walks by open handles: links are visited and never followed, what is mounted below (another volume, or
-// another place of this one) is neither visited nor entered, and a folder that is moved or replaced by a link
-// in the middle of the walk leads nowhere else. An object that vanishes is no failure. Every name is visited
-// once, a folder before what is in it, and otherwise in no order; those that appear or move during the walk
-// are visited or not, as for any listing.
+// Walks by open handles. Links are visited and never followed. Mounted volumes and folders below are neither
+// visited nor entered. A folder that is moved, or replaced by a link, during the walk leads nowhere else. An
+// object that vanishes is no failure. Every name is visited once, a folder before its contents, and otherwise
+// in no order; names that appear or move during the walk are visited or not, as for any listing.
 //
-// Threads: the walk begins on the caller's alone and takes more as long as they bring more (ThreadTuner), or
-// exactly `threads`. Idle ones take the next name of the highest folder that still has some, whoever opened
-// it, and go down from there, so that one folder of a million files occupies them all like a million folders
-// with one file. A walk that is stopped visits nothing more; visits that have begun end.
+// Threads: the walk begins on the caller's alone and uses more while they make it faster (ThreadTuner), or
+// exactly `threads`. An idle thread takes the next name of the highest folder that is known to have more than
+// one left, whichever thread opened it, and goes down from there. So one folder of a million files occupies
+// all threads, like a million folders with one file. A walk that is stopped begins no more visits; visits
+// that have begun end.
 //
-// Needs for each thread no more than 64 open folders of 8 KiB. Higher ones are closed meanwhile and found
-// again as the parent of the folder below, by device and inode: one that was moved away by then is reported
-// with ERROR_FILE_INVALID and not listed further. For each level of folders above those in work there is a
-// record of some 150 bytes and the notes, and nothing for the number of objects. Linux 5.6 or newer.
+// Each thread needs at most 64 open folders of 8 KiB. Higher ones are closed meanwhile and found again as the
+// parent of the folder below, by device and inode: one that was moved away is reported with
+// ERROR_FILE_INVALID and not listed further. Each level of folders above the current ones has a record of
+// some 150 bytes and the notes; the number of objects costs no memory. Linux 5.6 or newer.
 void WalkTree(const ObjectHandle& folder, std::unique_ptr<FolderNotes> notes, TreeVisitor& visitor,
               std::optional<std::size_t> threads = std::nullopt);
 
