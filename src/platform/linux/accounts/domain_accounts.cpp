@@ -77,9 +77,11 @@ DWORD DomainAccounts::CheckDomain(std::chrono::milliseconds wait) {
     }
 }
 
-// Accounts of this machine are another source's, unless that may not see them.
+// Accounts of this machine are another source's, unless that may not see them. The domain 0-0-0 is none: its
+// SIDs are well known.
 bool DomainAccounts::IsOfDomain(const nt::Sid& sid) {
-    const bool hasForm = sid.Authority() == 5 && sid.SubAuthorityCount() == 5 && sid.SubAuthority(0) == 21;
+    const bool hasForm = sid.Authority() == 5 && sid.SubAuthorityCount() == 5 && sid.SubAuthority(0) == 21 &&
+                         (sid.SubAuthority(1) != 0 || sid.SubAuthority(2) != 0 || sid.SubAuthority(3) != 0);
     const Machine& machine = ThisMachine();
     return hasForm && !(machine.sid && sid.IsDirectlyBelow(*machine.sid));
 }
