@@ -10,7 +10,7 @@
 namespace permora {
 namespace {
 
-struct Task {
+struct Question {
     std::function<void()> ask;
     std::weak_ptr<std::function<void()>> use;
 };
@@ -22,18 +22,18 @@ DWORD BackgroundQuestion::Ask(std::function<void()> ask, std::function<void()> u
         const auto own = std::exchange(pending, nullptr);  // what runs now
         use();
     });
-    auto task = std::make_unique<Task>(Task{std::move(ask), asked});
+    auto question = std::make_unique<Question>(Question{std::move(ask), asked});
     pending.reset();
-    const UniqueHandle thread(CreateThread(nullptr, 0, Work, task.get(), 0, nullptr));
+    const UniqueHandle thread(CreateThread(nullptr, 0, Work, question.get(), 0, nullptr));
     if (!thread) return GetLastError();
-    static_cast<void>(task.release());  // the thread's now
+    static_cast<void>(question.release());  // the thread's now
     pending = std::move(asked);
     return ERROR_SUCCESS;
 }
 
 // An exception ends the program, as on any thread.
 DWORD WINAPI BackgroundQuestion::Work(LPVOID task) noexcept {
-    const std::unique_ptr<Task> own(static_cast<Task*>(task));
+    const std::unique_ptr<Question> own(static_cast<Question*>(task));
     own->ask();
     PostToUiThread([use = own->use] {
         if (const auto asked = use.lock()) (*asked)();
