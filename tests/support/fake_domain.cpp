@@ -15,6 +15,15 @@ namespace permora::test {
 namespace {
 
 std::atomic<FakeDomain*> theDomain = nullptr;
+std::atomic<int> runningCalls = 0;
+
+// A call of the program, on any thread. Made before the call looks for the domain, which waits for its end.
+struct RunningCall {
+    RunningCall() { ++runningCalls; }
+    ~RunningCall() { --runningCalls; }
+    RunningCall(const RunningCall&) = delete;
+    RunningCall& operator=(const RunningCall&) = delete;
+};
 
 nt::Sid SidOfText(const std::string& text) {
     return nt::Sid::FromText(text).value_or(nt::Sid());
@@ -28,9 +37,9 @@ FakeDomain::FakeDomain() {
 
 FakeDomain::~FakeDomain() {
     areAnswersHeld = false;
-    while (searches > 0)
-        std::this_thread::yield();
     theDomain = nullptr;
+    while (runningCalls > 0)
+        std::this_thread::yield();
 }
 
 std::string FakeDomain::SidText(unsigned relativeId) {
@@ -163,6 +172,7 @@ SearchOutcome RealSearch(const std::string& filter, const std::atomic<bool>& isS
 SearchOutcome WrappedSearch(const std::string& filter, const std::atomic<bool>& isStopped, const Take& take)
     WRAPPED(SEARCH_ACCOUNTS);
 SearchOutcome WrappedSearch(const std::string& filter, const std::atomic<bool>& isStopped, const Take& take) {
+    const test::RunningCall call;
     const SearchOutcome outcome = RealSearch(filter, isStopped, take);
     test::FakeDomain* const domain = test::theDomain;
     if (outcome.error != ERROR_SUCCESS || domain == nullptr) return outcome;
@@ -174,6 +184,7 @@ NameAnswer RealName(const nt::Sid& sid, std::chrono::milliseconds wait, AccountN
 NameAnswer WrappedName(const nt::Sid& sid, std::chrono::milliseconds wait, AccountName& account)
     WRAPPED(FIND_ACCOUNT_NAME);
 NameAnswer WrappedName(const nt::Sid& sid, std::chrono::milliseconds wait, AccountName& account) {
+    const test::RunningCall call;
     const std::optional<NameAnswer> answer = test::FakeAnswers::Name(sid, account);
     return answer ? *answer : RealName(sid, wait, account);
 }
@@ -183,6 +194,7 @@ DWORD RealGroups(const nt::Sid& account, GroupsRequest request, AccountGroups& g
 DWORD WrappedGroups(const nt::Sid& account, GroupsRequest request, AccountGroups& groups)
     WRAPPED(FIND_ACCOUNT_GROUPS);
 DWORD WrappedGroups(const nt::Sid& account, GroupsRequest request, AccountGroups& groups) {
+    const test::RunningCall call;
     test::FakeDomain* const domain = test::theDomain;
     AccountName name;
     if (domain == nullptr || !test::FakeAnswers::Name(account, name))
