@@ -16,22 +16,12 @@ namespace permora::host {
 
 namespace {
 
-AccountSource& WellKnown() {
-    static WellKnownAccounts kSource;
-    return kSource;
-}
-
-AccountSource& OfMachine() {
-    static MachineAccounts kSource;
-    return kSource;
-}
-
 // The host tells "Users" from "users". So do we where both exist: the exact name comes first.
 DWORD FindSidHere(const NameText& text, nt::Sid& sid, bool& isWellKnown) {
     for (const LetterCase letterCase : {LetterCase::kSignificant, LetterCase::kIgnored}) {
-        isWellKnown = WellKnown().FindSid(text, letterCase, sid) == ERROR_SUCCESS;
+        isWellKnown = WellKnownAccounts().FindSid(text, letterCase, sid) == ERROR_SUCCESS;
         if (isWellKnown) return ERROR_SUCCESS;
-        const DWORD error = OfMachine().FindSid(text, letterCase, sid);
+        const DWORD error = MachineAccounts().FindSid(text, letterCase, sid);
         if (error != ERROR_NONE_MAPPED) return error;
     }
     return ERROR_NONE_MAPPED;
@@ -48,7 +38,7 @@ DWORD FindDomainSid(const nt::Sid& account, nt::Sid& sid) {
 }  // namespace
 
 std::array<AccountSource*, 3> AccountSources() {
-    return {&WellKnown(), &OfMachine(), &TheDomainAccounts()};
+    return {&WellKnownAccounts(), &MachineAccounts(), &TheDomainAccounts()};
 }
 
 DWORD FindAccountOfSid(const nt::Sid& sid, Account& account, std::chrono::milliseconds wait) {
@@ -65,8 +55,8 @@ DWORD FindAccountOfSid(const nt::Sid& sid, Account& account, std::chrono::millis
 }
 
 DWORD FindAccountHere(const nt::Sid& sid, Account& account) {
-    const DWORD error = WellKnown().FindName(sid, {}, account);
-    return error == ERROR_NONE_MAPPED ? OfMachine().FindName(sid, {}, account) : error;
+    const DWORD error = WellKnownAccounts().FindName(sid, {}, account);
+    return error == ERROR_NONE_MAPPED ? MachineAccounts().FindName(sid, {}, account) : error;
 }
 
 DWORD FindAccountSid(std::string_view text, nt::Sid& sid) {
@@ -95,7 +85,7 @@ DWORD FindGroupsOfAccount(const nt::Sid& account, GroupsRequest request, Account
     nt::Sid sid;
     DWORD error = FindDomainSid(account, sid);
     if (error == ERROR_SUCCESS) error = TheDomainAccounts().FindGroups(sid, request, groups);
-    if (error == ERROR_NONE_MAPPED) return OfMachine().FindGroups(account, request, groups);
+    if (error == ERROR_NONE_MAPPED) return MachineAccounts().FindGroups(account, request, groups);
     if (error == ERROR_SUCCESS && sid != account) {
         std::erase(groups.sids, account);
         groups.sids.insert(groups.sids.begin(), account);

@@ -28,7 +28,7 @@ DWORD FindAccountOfSid(const nt::Sid& sid, Account& account, std::chrono::millis
 // The same among the well-known accounts and this machine's alone.
 DWORD FindAccountHere(const nt::Sid& sid, Account& account);
 
-// The SID that `text` names: NAME, DOMAIN\\NAME, NAME@DNS.DOMAIN or a SID's text form. A bare name is looked
+// The SID that `text` names: NAME, DOMAIN\NAME, NAME@DNS.DOMAIN or a SID's text form. A bare name is looked
 // for among the well-known accounts first, then on this machine and in its domain: kAmbiguousName where both
 // have one.
 DWORD FindAccountSid(std::string_view text, nt::Sid& sid);

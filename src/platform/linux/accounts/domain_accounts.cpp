@@ -22,11 +22,6 @@ constexpr int kMostFetchers = 2;
 // A name that was asked for while the domain was away is unknown to winbind for a while after.
 constexpr std::chrono::seconds kRecovery{120};
 
-SID_NAME_USE UseOf(const WinbindName& name) {
-    const bool isComputer = name.type == SidTypeUser && name.name.ends_with('$');
-    return isComputer ? SidTypeComputer : static_cast<SID_NAME_USE>(name.type);
-}
-
 // S-1-5-21-a-b-c, without the relative id.
 nt::Sid DomainPart(const nt::Sid& sid) {
     return {5, {21, sid.SubAuthority(1), sid.SubAuthority(2), sid.SubAuthority(3)}};
@@ -188,7 +183,7 @@ void DomainAccounts::AskForNames(const std::vector<nt::Sid>& sids) {
         if (name.name.empty())
             Keep(sids[i], ERROR_NONE_MAPPED, {{}, domain->name, SidTypeDeletedAccount});
         else
-            Keep(sids[i], ERROR_SUCCESS, {name.name, domain->name, UseOf(name)});
+            Keep(sids[i], ERROR_SUCCESS, {name.name, domain->name, name.Use()});
     }
 }
 
@@ -199,7 +194,7 @@ void DomainAccounts::AskForForeignName(const nt::Sid& sid) {
         return Confirmed(winbind, winbind.FindName(sid, name), own);
     });
     if (asked.answer == WinbindAnswer::kFound)
-        Keep(sid, ERROR_SUCCESS, {asked.value.name, asked.value.domain, UseOf(asked.value)});
+        Keep(sid, ERROR_SUCCESS, {asked.value.name, asked.value.domain, asked.value.Use()});
     else if (asked.answer == WinbindAnswer::kNotFound && !link.HasLatelyFailed(kRecovery))
         Keep(sid, ERROR_NONE_MAPPED, {});
 }

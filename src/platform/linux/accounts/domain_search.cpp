@@ -53,12 +53,7 @@ class DomainSearch {
 
     void Add(const nt::Sid& sid, const WinbindName& name) {
         seen.insert(InLowerCase(name.name));
-        const bool isComputer = name.type == SidTypeUser && name.name.ends_with('$');
-        rows.Add({sid,
-                  isComputer ? SidTypeComputer : static_cast<SID_NAME_USE>(name.type),
-                  name.name,
-                  domain.name,
-                  {}});
+        rows.Add({sid, name.Use(), name.name, domain.name, {}});
     }
 
     DWORD WalkIds() {

@@ -177,7 +177,7 @@ bool HasUnixSid(const nt::Sid& sid) {
     return IdOfUnixSid(AccountKind::kUser, sid) || IdOfUnixSid(AccountKind::kGroup, sid);
 }
 
-DWORD AddAll(AccountKind kind, MachineAccounts& source, const std::atomic<bool>& isStopped, FoundRows& rows) {
+DWORD AddAll(AccountKind kind, AccountSource& source, const std::atomic<bool>& isStopped, FoundRows& rows) {
     std::vector<std::string> names;
     if (const DWORD error = ListAccountNames(kind, names); error != ERROR_SUCCESS) return error;
     for (const std::string& name : names) {
@@ -196,10 +196,18 @@ DWORD AddAll(AccountKind kind, MachineAccounts& source, const std::atomic<bool>&
     return ERROR_SUCCESS;
 }
 
-}  // namespace
+class Source : public AccountSource {
+  public:
+    DWORD FindName(const nt::Sid& sid, std::chrono::milliseconds wait, AccountName& account) override;
+    DWORD FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) override {
+        return text.isQualified ? FindQualified(text, letterCase, sid) : FindBare(text.name, letterCase, sid);
+    }
+    DWORD FindGroups(const nt::Sid& account, GroupsRequest request, AccountGroups& groups) override;
+    DWORD Search(const std::atomic<bool>& isStopped, FoundRows& rows) override;
+    std::string Name() override { return ThisMachine().name; }
+};
 
-DWORD MachineAccounts::FindName(const nt::Sid& sid, std::chrono::milliseconds /*wait*/,
-                                AccountName& account) {
+DWORD Source::FindName(const nt::Sid& sid, std::chrono::milliseconds /*wait*/, AccountName& account) {
     const nt::Sid* machine = MachineSid();
     const bool isMachines = machine != nullptr && (sid == *machine || sid.IsDirectlyBelow(*machine));
     if (!isMachines && !HasUnixSid(sid)) return ERROR_NONE_MAPPED;
@@ -213,18 +221,14 @@ DWORD MachineAccounts::FindName(const nt::Sid& sid, std::chrono::milliseconds /*
     return error;
 }
 
-DWORD MachineAccounts::FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) {
-    return text.isQualified ? FindQualified(text, letterCase, sid) : FindBare(text.name, letterCase, sid);
-}
-
-DWORD MachineAccounts::FindGroups(const nt::Sid& account, GroupsRequest /*request*/, AccountGroups& groups) {
+DWORD Source::FindGroups(const nt::Sid& account, GroupsRequest /*request*/, AccountGroups& groups) {
     std::vector<nt::Sid> sids;
     const DWORD error = FindMemberships(account, sids);
     if (error == ERROR_SUCCESS) groups = {std::move(sids), GroupsOrigin::kThisMachine};
     return error;
 }
 
-DWORD MachineAccounts::Search(const std::atomic<bool>& isStopped, FoundRows& rows) {
+DWORD Source::Search(const std::atomic<bool>& isStopped, FoundRows& rows) {
     for (const AccountKind kind : {AccountKind::kGroup, AccountKind::kUser}) {
         const DWORD error = AddAll(kind, *this, isStopped, rows);
         rows.HandOut();
@@ -233,8 +237,11 @@ DWORD MachineAccounts::Search(const std::atomic<bool>& isStopped, FoundRows& row
     return ERROR_SUCCESS;
 }
 
-std::string MachineAccounts::Name() {
-    return ThisMachine().name;
+}  // namespace
+
+AccountSource& MachineAccounts() {
+    static Source kSource;
+    return kSource;
 }
 
 }  // namespace permora::host

@@ -10,17 +10,26 @@ AccountName NameOf(const nt::WellKnownSid& row) {
     return {std::string(row.name), std::string(row.domain), static_cast<SID_NAME_USE>(row.use)};
 }
 
-}  // namespace
+class Source : public AccountSource {
+  public:
+    DWORD FindName(const nt::Sid& sid, std::chrono::milliseconds wait, AccountName& account) override;
+    DWORD FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) override;
+    DWORD FindGroups(const nt::Sid& /*account*/, GroupsRequest /*request*/,
+                     AccountGroups& /*groups*/) override {
+        return ERROR_NONE_MAPPED;
+    }
+    DWORD Search(const std::atomic<bool>& isStopped, FoundRows& rows) override;
+    std::string Name() override { return {}; }
+};
 
-DWORD WellKnownAccounts::FindName(const nt::Sid& sid, std::chrono::milliseconds /*wait*/,
-                                  AccountName& account) {
+DWORD Source::FindName(const nt::Sid& sid, std::chrono::milliseconds /*wait*/, AccountName& account) {
     const nt::WellKnownSid* row = nt::FindWellKnownSid(sid);
     if (row == nullptr) return ERROR_NONE_MAPPED;
     account = NameOf(*row);
     return ERROR_SUCCESS;
 }
 
-DWORD WellKnownAccounts::FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) {
+DWORD Source::FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) {
     for (const nt::WellKnownSid& row : nt::WellKnownSids()) {
         if (!IsSameName(row.name, text.name, letterCase)) continue;
         if (text.isQualified && !IsSameName(row.domain, text.domain, LetterCase::kIgnored)) continue;
@@ -30,12 +39,7 @@ DWORD WellKnownAccounts::FindSid(const NameText& text, LetterCase letterCase, nt
     return ERROR_NONE_MAPPED;
 }
 
-DWORD WellKnownAccounts::FindGroups(const nt::Sid& /*account*/, GroupsRequest /*request*/,
-                                    AccountGroups& /*groups*/) {
-    return ERROR_NONE_MAPPED;
-}
-
-DWORD WellKnownAccounts::Search(const std::atomic<bool>& /*isStopped*/, FoundRows& rows) {
+DWORD Source::Search(const std::atomic<bool>& /*isStopped*/, FoundRows& rows) {
     for (const nt::WellKnownSid& row : nt::WellKnownSids()) {
         // Domains and integrity levels are no accounts.
         if (row.use == nt::SidUse::kDomain || row.use == nt::SidUse::kLabel) continue;
@@ -45,8 +49,11 @@ DWORD WellKnownAccounts::Search(const std::atomic<bool>& /*isStopped*/, FoundRow
     return ERROR_SUCCESS;
 }
 
-std::string WellKnownAccounts::Name() {
-    return {};
+}  // namespace
+
+AccountSource& WellKnownAccounts() {
+    static Source kSource;
+    return kSource;
 }
 
 }  // namespace permora::host

@@ -5,14 +5,7 @@
 
 namespace permora::host {
 
-class WellKnownAccounts : public AccountSource {
-  public:
-    DWORD FindName(const nt::Sid& sid, std::chrono::milliseconds wait, AccountName& account) override;
-    DWORD FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) override;
-    // The machine decides who belongs to them.
-    DWORD FindGroups(const nt::Sid& account, GroupsRequest request, AccountGroups& groups) override;
-    DWORD Search(const std::atomic<bool>& isStopped, FoundRows& rows) override;
-    std::string Name() override;
-};
+// Knows no groups: the machine decides who belongs to them.
+AccountSource& WellKnownAccounts();
 
 }  // namespace permora::host

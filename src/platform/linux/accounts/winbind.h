@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/api/security.h"
 #include "platform/linux/accounts/account_names.h"
 #include "platform/linux/accounts/winbind_library.h"
 #include "platform/nt/sid.h"
@@ -36,7 +37,12 @@ struct WinbindDomain {
 struct WinbindName {
     std::string name;  // empty: nobody has the SID
     std::string domain;
-    int type = 0;  // a value of SID_NAME_USE
+    int type = 0;  // a value of SID_NAME_USE; winbind calls computers users
+
+    SID_NAME_USE Use() const {
+        const bool isComputer = type == SidTypeUser && name.ends_with('$');
+        return isComputer ? SidTypeComputer : static_cast<SID_NAME_USE>(type);
+    }
 };
 
 // A connection of one thread. Each call may block for minutes. Outputs are stored with kFound only.
