@@ -147,6 +147,28 @@ FolderEntryKind KindOfTag(const FILE_ATTRIBUTE_TAG_INFO& tag) {
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FolderEntryKind::kFolder : FolderEntryKind::kFile;
 }
 
+DWORD RequireFolder(HANDLE object) {
+    FILE_ATTRIBUTE_TAG_INFO tag{};
+    if (const DWORD error = TagOf(object, tag); error != ERROR_SUCCESS) return error;
+    switch (KindOfTag(tag)) {
+        case FolderEntryKind::kFolder:
+            return ERROR_SUCCESS;
+        case FolderEntryKind::kFile:
+            return ERROR_DIRECTORY;
+        case FolderEntryKind::kOther:
+            break;
+    }
+    return ERROR_CANT_RESOLVE_FILENAME;
+}
+
+DWORD AskForLists(HANDLE object, bool& areKept) {
+    DWORD flags = 0;
+    if (GetVolumeInformationByHandleW(object, nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) == FALSE)
+        return GetLastError();
+    areKept = (flags & FILE_PERSISTENT_ACLS) != 0;
+    return ERROR_SUCCESS;
+}
+
 DWORD TagOf(HANDLE object, FILE_ATTRIBUTE_TAG_INFO& tag) {
     return GetFileInformationByHandleEx(object, FileAttributeTagInfo, &tag, sizeof tag) != FALSE
                ? ERROR_SUCCESS

@@ -57,6 +57,10 @@ DWORD VerifyMark(HANDLE object, const ObjectMark& expected);
 
 DWORD TagOf(HANDLE object, FILE_ATTRIBUTE_TAG_INFO& tag);
 FolderEntryKind KindOfTag(const FILE_ATTRIBUTE_TAG_INFO& tag);
+// 0 for a folder; ERROR_DIRECTORY for a file, ERROR_CANT_RESOLVE_FILENAME for a link.
+DWORD RequireFolder(HANDLE object);
+// Whether the volume keeps access lists.
+DWORD AskForLists(HANDLE object, bool& areKept);
 
 struct FolderHandle::Inside {
     explicit Inside(UniqueHandle opened) : listing(std::move(opened)) {}

@@ -53,22 +53,12 @@ DWORD FolderHandle::Inside::Adopt(const std::function<DWORD(ACCESS_MASK, UniqueH
                                   FolderHandle& folder) {
     constexpr ACCESS_MASK kEnter = FILE_TRAVERSE | FILE_READ_ATTRIBUTES;
     UniqueHandle opened;
-    FILE_ATTRIBUTE_TAG_INFO tag{};
     DWORD error =
         WithPrivileges(kReadingPrivileges, [&] { return open(kEnter | FILE_LIST_DIRECTORY, opened); });
     if (error == ERROR_ACCESS_DENIED) error = open(kEnter, opened);
-    if (error == ERROR_SUCCESS) error = TagOf(opened.get(), tag);
-    if (error != ERROR_SUCCESS) return error;
-    switch (KindOfTag(tag)) {
-        case FolderEntryKind::kFolder:
-            folder.inside = std::make_unique<Inside>(std::move(opened));
-            return ERROR_SUCCESS;
-        case FolderEntryKind::kFile:
-            return ERROR_DIRECTORY;
-        case FolderEntryKind::kOther:
-            break;
-    }
-    return ERROR_CANT_RESOLVE_FILENAME;
+    if (error == ERROR_SUCCESS) error = RequireFolder(opened.get());
+    if (error == ERROR_SUCCESS) folder.inside = std::make_unique<Inside>(std::move(opened));
+    return error;
 }
 
 DWORD FolderHandle::Inside::OpenNamed(const std::wstring& path, FolderHandle& folder) {

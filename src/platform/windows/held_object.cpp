@@ -14,7 +14,6 @@
 namespace permora {
 namespace {
 
-constexpr DWORD kShareEverything = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kItself = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT;
 
 DWORD ReadFrom(HANDLE object, SECURITY_INFORMATION information, ReadParts& parts) {
@@ -92,7 +91,7 @@ DWORD TakeTurnAt(ULONGLONG number, UniqueHandle& turns) {
 }
 
 DWORD OpenAgain(HANDLE object, DWORD access, UniqueHandle& opened) {
-    HANDLE handle = ReOpenFile(object, access, kShareEverything, kItself);
+    HANDLE handle = ReOpenFile(object, access, kShareAll, kItself);
     if (handle == INVALID_HANDLE_VALUE) return GetLastError();
     opened.reset(handle);
     return ERROR_SUCCESS;
@@ -106,8 +105,8 @@ HeldObject::~HeldObject() = default;
 DWORD HeldObject::Hold(const std::string& path, HeldObject& object) {
     std::wstring wide;
     if (const DWORD error = ToVerbatimPath(path, wide); error != ERROR_SUCCESS) return error;
-    HANDLE opened = CreateFileW(wide.c_str(), FILE_READ_ATTRIBUTES, kShareEverything, nullptr, OPEN_EXISTING,
-                                kItself, nullptr);
+    HANDLE opened =
+        CreateFileW(wide.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING, kItself, nullptr);
     if (opened == INVALID_HANDLE_VALUE) return GetLastError();
     object.inside = std::make_unique<Inside>();
     object.inside->object.reset(opened);
@@ -123,12 +122,7 @@ bool HeldObject::IsFolder() const {
 }
 
 DWORD HeldObject::AskAccessControl(bool& isSupported) const {
-    DWORD flags = 0;
-    if (GetVolumeInformationByHandleW(inside->object.get(), nullptr, 0, nullptr, nullptr, &flags, nullptr,
-                                      0) == FALSE)
-        return GetLastError();
-    isSupported = (flags & FILE_PERSISTENT_ACLS) != 0;
-    return ERROR_SUCCESS;
+    return AskForLists(inside->object.get(), isSupported);
 }
 
 DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const {

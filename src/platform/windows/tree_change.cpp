@@ -22,25 +22,10 @@ DWORD OpenWithPrivileges(HANDLE folder, const std::wstring& name, DWORD access, 
     });
 }
 
-DWORD NeedLists(HANDLE folder) {
-    DWORD flags = 0;
-    if (GetVolumeInformationByHandleW(folder, nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) == FALSE)
-        return GetLastError();
-    return (flags & FILE_PERSISTENT_ACLS) != 0 ? ERROR_SUCCESS : ERROR_NOT_SUPPORTED;
-}
-
-DWORD NeedFolder(HANDLE object) {
-    FILE_ATTRIBUTE_TAG_INFO tag{};
-    if (const DWORD error = TagOf(object, tag); error != ERROR_SUCCESS) return error;
-    switch (KindOfTag(tag)) {
-        case FolderEntryKind::kFolder:
-            return ERROR_SUCCESS;
-        case FolderEntryKind::kFile:
-            return ERROR_DIRECTORY;
-        case FolderEntryKind::kOther:
-            break;
-    }
-    return ERROR_CANT_RESOLVE_FILENAME;
+DWORD RequireLists(HANDLE object) {
+    bool areKept = false;
+    const DWORD error = AskForLists(object, areKept);
+    return error == ERROR_SUCCESS && !areKept ? DWORD{ERROR_NOT_SUPPORTED} : error;
 }
 
 }  // namespace
@@ -64,8 +49,8 @@ DWORD ReadDescriptor(HANDLE object, nt::SecurityDescriptor& descriptor) {
 
 DWORD TreeChange::Run(HANDLE top) {
     UniqueHandle readable;
-    DWORD error = NeedFolder(top);
-    if (error == ERROR_SUCCESS) error = NeedLists(top);
+    DWORD error = RequireFolder(top);
+    if (error == ERROR_SUCCESS) error = RequireLists(top);
     if (error == ERROR_SUCCESS) {
         error = WithPrivileges(kReadingPrivileges,
                                [&] { return OpenAgain(top, READ_CONTROL | kListing, readable); });
@@ -122,7 +107,7 @@ void TreeChange::EnterFolder(const FoundEntry& entry, HANDLE object, DWORD error
     DWORD opening = open(READ_CONTROL | kListing);
     // Who may not read its list may list it all the same.
     if (opening == ERROR_ACCESS_DENIED) opening = open(kListing);
-    if (opening == ERROR_SUCCESS) opening = NeedFolder(folder.get());
+    if (opening == ERROR_SUCCESS) opening = RequireFolder(folder.get());
     if (opening != ERROR_SUCCESS) return PassOver(ShownText(entry.name), opening);
     Enter(folder.get(), error, levels.size());
     path += ShownText(entry.name) + '\\';
