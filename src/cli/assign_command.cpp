@@ -84,6 +84,7 @@ class AssignCommand : public ObjectCommand {
     // All rights of the account; kFullControlAsOne for full control as a whole, as the wizard ticks it.
     DWORD wanted = 0;
     std::optional<AccountRights> assigned;  // to every object; made of the first one's list
+    KnownGroups groups;                     // of the account
     const Target* first = nullptr;
     bool isFirstDone = false;
 };
@@ -96,9 +97,8 @@ std::string AssignCommand::Interpret() {
     return {};
 }
 
-// Makes `assigned`; false after a message. Losses of the object are checked
-// here, so that nothing is changed if the first object may not be changed. `object` is its state at the
-// start.
+// Makes `assigned`; false after a message. Losses of the object are checked here, so that nothing is changed
+// if the first object may not be changed. `object` is its state at the start.
 bool AssignCommand::MakeRights(const HeldObject& held, ObjectSecurity& object) {
     assigned.reset();
     AccountRights made;
@@ -126,7 +126,7 @@ bool AssignCommand::MakeRights(const HeldObject& held, ObjectSecurity& object) {
 ChangeResult AssignCommand::TellRightsLeft(const HeldObject& held) {
     ObjectSecurity object;
     if (!ReadList(held, object, messages)) return ChangeResult::kFailed;
-    Print(RightsLeftText(object.dacl, account.Account()));
+    Print(RightsLeftText(object.dacl, account.Account(), groups));
     return ChangeResult::kDone;
 }
 
@@ -144,7 +144,7 @@ ChangeResult AssignCommand::GiveList(const Target& target, const HeldObject& hel
     const std::string before = StateText(target, "before", object, RemarksOn(object));
     if (!Preview(entries, object, dacl, messages)) return ChangeResult::kFailed;
     Print(before + StateText(target, "after", object, RemarksOn(object)) +
-          RightsLeftText(object.dacl, account.Account()));
+          RightsLeftText(object.dacl, account.Account(), groups));
     return ChangeResult::kDone;
 }
 

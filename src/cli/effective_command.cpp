@@ -6,6 +6,7 @@
 #include "cli/account_option.h"
 #include "cli/commands.h"
 #include "cli/json_output.h"
+#include "cli/known_groups.h"
 #include "cli/listing.h"
 #include "cli/object_command.h"
 #include "cli/rights_left.h"
@@ -84,17 +85,13 @@ class EffectiveCommand : public ObjectCommand {
     bool Do(const Target& target) override;
     bool End() override;
     std::optional<Answer> Ask(const Target& target);
-    // Null after a message.
-    const AccountGroups* FindGroups();
 
     AccountOption account{*this};
     Flag exact{*this, "--exact",
                "Count the groups that a logon would give a domain account now; only root may ask for them"};
     JsonFlag json{*this, JsonShape::kObjects};
     Json answers = Json::array();
-    // The domain is asked once, however many objects there are.
-    std::optional<DWORD> groupsError;
-    AccountGroups groups;
+    KnownGroups groups;
 };
 
 bool EffectiveCommand::Do(const Target& target) {
@@ -114,27 +111,19 @@ std::optional<Answer> EffectiveCommand::Ask(const Target& target) {
     if (!FindTarget(target, held, messages) || !ReadList(held, answer.object, messages)) return std::nullopt;
     answer.remarks = RemarksOn(answer.object);
     if (answer.object.dacl == nullptr) return answer;
-    const AccountGroups* const counted = FindGroups();
-    if (counted == nullptr) return std::nullopt;
+    AccountRecord& asked = account.Account();
+    const GroupsRequest request = exact ? GroupsRequest::kExact : GroupsRequest::kUsual;
     EffectiveRights effective;
-    const DWORD error = FindEffectiveRights(answer.object.dacl, *counted, effective);
+    DWORD error = groups.Find(asked, request);
+    if (error == ERROR_SUCCESS) error = FindEffectiveRights(answer.object.dacl, groups.Groups(), effective);
     if (error != ERROR_SUCCESS) {
-        messages.SaySystemError(error);
+        messages.Say(NoRightsText(error, request, asked));
         return std::nullopt;
     }
     answer.effective = effective;
-    for (std::string& remark : RemarksOnRights(answer.object.dacl, account.Account(), effective))
+    for (std::string& remark : RemarksOnRights(answer.object.dacl, asked, effective))
         answer.remarks.push_back(std::move(remark));
     return answer;
-}
-
-const AccountGroups* EffectiveCommand::FindGroups() {
-    AccountRecord& asked = account.Account();
-    const GroupsRequest request = exact ? GroupsRequest::kExact : GroupsRequest::kUsual;
-    if (!groupsError) groupsError = FindAccountGroups(*asked.sid, request, groups);
-    if (*groupsError == ERROR_SUCCESS) return &groups;
-    messages.Say(NoRightsText(*groupsError, request, asked));
-    return nullptr;
 }
 
 bool EffectiveCommand::End() {

@@ -26,10 +26,12 @@ std::string NamesOf(DWORD rights) {
 
 }  // namespace
 
-std::string RightsLeftText(PACL dacl, AccountRecord& account) {
+std::string RightsLeftText(PACL dacl, AccountRecord& account, KnownGroups& groups) {
     const std::string name = PrintableText(AccountDisplayName(account));
-    Grants grants;
-    if (const DWORD error = FindGrants(dacl, account, grants); error != ERROR_SUCCESS)
+    std::vector<Grant> grants;
+    DWORD error = groups.Find(account, GroupsRequest::kUsual);
+    if (error == ERROR_SUCCESS) error = FindGrants(dacl, groups.Groups(), grants);
+    if (error != ERROR_SUCCESS)
         return "  Which rights " + name +
                " has cannot be told: " + PrintableText(NoRightsText(error, GroupsRequest::kUsual, account)) +
                '\n';
@@ -37,7 +39,7 @@ std::string RightsLeftText(PACL dacl, AccountRecord& account) {
     const std::vector<AccessRow> rows = AccessRowsOf(entries, AccountDisplayName);
     std::string lines;
     DWORD all = 0;
-    for (const Grant& grant : grants.list) {
+    for (const Grant& grant : grants) {
         all |= grant.rights;
         const std::string names = NamesOf(grant.rights);
         const auto row = std::ranges::find(rows, grant.index, &AccessRow::entryIndex);
@@ -46,7 +48,7 @@ std::string RightsLeftText(PACL dacl, AccountRecord& account) {
     }
     if (lines.empty()) return "  " + name + " has no rights\n";
     return "  " + name + " has:\n" + lines +
-           RemarkLines(RemarksOnRights(dacl, account, {all, grants.origin}));
+           RemarkLines(RemarksOnRights(dacl, account, {all, groups.Groups().origin}));
 }
 
 }  // namespace permora

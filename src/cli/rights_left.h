@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "cli/known_groups.h"
 #include "platform/api/security.h"
 #include "security/account_record.h"
 
@@ -14,7 +15,7 @@ inline constexpr const char* kNotConsidered =
     "anyway";
 
 // Indented lines with the rights of `account` by the list of an object and the entries that grant them, or
-// that it has none, or why they are not known. A null list lets everyone do everything.
-std::string RightsLeftText(PACL dacl, AccountRecord& account);
+// that it has none, or why they are not known. `dacl` is not null; `groups` are those of `account`.
+std::string RightsLeftText(PACL dacl, AccountRecord& account, KnownGroups& groups);
 
 }  // namespace permora

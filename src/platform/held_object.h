@@ -39,8 +39,8 @@ struct NewParts {
 struct FailuresBelow {
     std::size_t count = 0;
     DWORD firstError = ERROR_SUCCESS;
-    std::string
-        firstPath;  // in the order of paths, below the folder: the names with backslashes between them
+    // The first in the order of paths. The names below the folder, with backslashes between them.
+    std::string firstPath;
 };
 
 // An object, a link itself and never what it leads to, whatever becomes of its name. All calls answer with 0

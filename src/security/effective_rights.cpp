@@ -74,37 +74,28 @@ DWORD FindEffectiveRights(PACL dacl, const AccountRecord& account, GroupsRequest
     return ERROR_SUCCESS;
 }
 
-// The rights of a list's first entries alone grow with each entry that grants something, and only with those.
-DWORD FindGrants(PACL dacl, const AccountRecord& account, Grants& grants) {
-    Grants found;
-    if (dacl != nullptr) {
-        const std::optional<nt::Acl> list = AclOf(dacl);
-        if (!list) return ERROR_INVALID_ACL;
-        if (!account.sid) return ERROR_INVALID_SID;
-        AccountGroups groups;
-        if (const DWORD error = FindAccountGroups(*account.sid, GroupsRequest::kUsual, groups);
-            error != ERROR_SUCCESS)
-            return error;
-        found.origin = groups.origin;
-        nt::Acl beginning;
-        DWORD before = 0;
-        for (const nt::Ace& entry : list->entries) {
-            beginning.entries.push_back(entry);
-            if (entry.type != ACCESS_ALLOWED_ACE_TYPE) continue;
-            const DWORD rights = nt::GrantedRights(beginning, groups.sids);
-            if ((rights & ~before) != 0)
-                found.list.push_back({beginning.entries.size() - 1, rights & ~before});
-            before = rights;
-        }
-    }
-    grants = std::move(found);
-    return ERROR_SUCCESS;
-}
-
 DWORD FindEffectiveRights(PACL dacl, const AccountGroups& groups, EffectiveRights& effective) {
     const std::optional<nt::Acl> list = AclOf(dacl);
     if (!list) return ERROR_INVALID_ACL;
     effective = {nt::GrantedRights(*list, groups.sids), groups.origin};
+    return ERROR_SUCCESS;
+}
+
+// The rights of a list's first entries alone grow with each entry that grants something, and only with those.
+DWORD FindGrants(PACL dacl, const AccountGroups& groups, std::vector<Grant>& grants) {
+    const std::optional<nt::Acl> list = AclOf(dacl);
+    if (!list) return ERROR_INVALID_ACL;
+    std::vector<Grant> found;
+    nt::Acl beginning;
+    DWORD before = 0;
+    for (const nt::Ace& entry : list->entries) {
+        beginning.entries.push_back(entry);
+        if (entry.type != ACCESS_ALLOWED_ACE_TYPE) continue;
+        const DWORD rights = nt::GrantedRights(beginning, groups.sids);
+        if ((rights & ~before) != 0) found.push_back({beginning.entries.size() - 1, rights & ~before});
+        before = rights;
+    }
+    grants = std::move(found);
     return ERROR_SUCCESS;
 }
 

@@ -29,19 +29,15 @@ struct Grant {
     DWORD rights;       // never 0
 };
 
-// The grants that make up the effective rights, in the list's order; none without a list.
-struct Grants {
-    std::vector<Grant> list;
-    GroupsOrigin origin = GroupsOrigin::kThisMachine;
-};
-
-// Errors as above; `grants` is then untouched.
-DWORD FindGrants(PACL dacl, const AccountRecord& account, Grants& grants);
-
-// The rights of whoever has these groups. ERROR_INVALID_ACL for a list that is damaged or null.
+// The rights of an account with these groups. ERROR_INVALID_ACL for a damaged or null list; `effective` is
+// then untouched.
 DWORD FindEffectiveRights(PACL dacl, const AccountGroups& groups, EffectiveRights& effective);
 
-// Why the rights of the account cannot be told: "the groups of HOST\\anna are not known here". A half
+// The grants that make up these rights, in the list's order. ERROR_INVALID_ACL as above; `grants` is then
+// untouched.
+DWORD FindGrants(PACL dacl, const AccountGroups& groups, std::vector<Grant>& grants);
+
+// Why the rights of the account are not known: "the groups of HOST\\anna are not known here". Half a
 // sentence; empty for errors that are not about its groups.
 std::string UnknownGroupsText(DWORD error, GroupsRequest request, AccountRecord& account);
 // The same, or the system's text.
