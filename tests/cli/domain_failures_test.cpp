@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
@@ -26,27 +25,7 @@ using testing::Not;
 using Command = std::vector<std::string>;
 using Seconds = std::chrono::duration<double>;
 
-struct Failure {
-    const char* name;
-    Command begin;
-    Command end;
-    // Accounts that nothing has looked up before this failure; each failure has its own.
-    unsigned unseen;
-    const char* unseenName;
-};
-
-const std::vector<Failure>& Failures() {
-    static const std::vector<Failure> kFailures = {
-        {"winbindd stopped", {"stop", "winbindd"}, {"start", "winbindd"}, kEngineering, "Engineering"},
-        {"winbindd frozen", {"freeze", "winbindd"}, {"thaw", "winbindd"}, kPlatform, "Platform"},
-        {"controller stopped", {"stop", "controller"}, {"start", "controller"}, kPayroll, "Payroll"},
-        {"controller frozen", {"freeze", "controller"}, {"thaw", "controller"}, kLeavers, "Leavers"},
-        {"controller unplugged", {"unplug"}, {"plug"}, kBert, "bert"},
-    };
-    return kFailures;
-}
-
-class DomainFailuresTest : public OnDomainMember, public testing::WithParamInterface<Failure> {
+class DomainFailuresTest : public OnDomainMember, public testing::WithParamInterface<Outage> {
   protected:
     // Runs the program, which must end within the limit whatever the domain does.
     static CommandResult RunWithin(Seconds limit, const Command& arguments) {
@@ -86,7 +65,7 @@ constexpr Seconds kNames = 2s + 4s;
 constexpr Seconds kGroups = 10s + 4s;
 
 TEST_P(DomainFailuresTest, EveryCommandEndsInTimeAndTellsWhatIsMissing) {
-    const Failure& failure = GetParam();
+    const Outage& failure = GetParam();
     const std::string unseen = DomainSid(failure.unseen);
     const std::string file = Path("file");
     std::ofstream(file) << "text\n";
@@ -145,12 +124,7 @@ TEST_P(DomainFailuresTest, NamesComeBackWithTheDomain) {
     EXPECT_THAT(shown, HasSubstr("EXAMPLE\\dora"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Domain, DomainFailuresTest, testing::ValuesIn(Failures()),
-                         [](const testing::TestParamInfo<Failure>& failure) {
-                             std::string name = failure.param.name;
-                             std::ranges::replace(name, ' ', '_');
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(Domain, DomainFailuresTest, testing::ValuesIn(Outages()), OutageName);
 
 }  // namespace
 }  // namespace permora::test

@@ -79,6 +79,7 @@ TEST_F(DomainTest, TakesEveryFormOfNameAndShowsTheAccountsUnderTheirDomain) {
     } kCases[] = {
         {"EXAMPLE\\anna", DomainSid(kAnna), "EXAMPLE\\anna"},
         {"example\\ANNA", DomainSid(kAnna), "EXAMPLE\\anna"},
+        {"EXAMPLE.TEST\\anna", DomainSid(kAnna), "EXAMPLE\\anna"},
         {"anna@example.test", DomainSid(kAnna), "EXAMPLE\\anna"},
         {"Bert@EXAMPLE.TEST", DomainSid(kBert), "EXAMPLE\\bert"},
         {"carla", DomainSid(kCarla), "EXAMPLE\\carla"},
@@ -119,7 +120,7 @@ TEST_F(DomainTest, WritesNothingUnderANameThatMeansNobodyOrTwo) {
     const std::string file = MakeFile("unnamed");
     const std::string before = SddlOf(file);
     for (const char* name : {"EXAMPLE\\nobody here", "EXAMPLE\\emil", "OTHER\\anna", "anna@other.test",
-                             "FILES\\anna", "nobody-here", "Auditors"}) {
+                             "FILES\\anna", "BUILTIN\\anna", "emil", "nobody-here", "Auditors"}) {
         const CommandResult refused = RunCli({"grant", file, "--account", name, "--rights", "0x1200a9"});
         EXPECT_NE(refused.exitCode, 0) << name;
         EXPECT_THAT(refused.output, HasSubstr(name));

@@ -6,7 +6,7 @@
 #include "platform/api/security.h"
 #include "platform/held_object.h"
 #include "platform/nt/security_descriptor.h"
-#include "platform/resources.h"
+#include "tests/support/descriptor_texts.h"
 
 namespace permora::test {
 
@@ -26,14 +26,5 @@ DWORD SetDescriptor(const std::string& hostPath, const nt::SecurityDescriptor& d
 
 // The object at an absolute host path, held; none when it cannot be found.
 HeldObject Held(const std::string& hostPath);
-
-// The descriptor of `sddl` in the form of the services; null when the text is wrong.
-UniqueLocal<void> DescriptorOf(const std::string& sddl);
-
-// Its list, which lives as long as the descriptor; null where it has none.
-PACL ListOf(const UniqueLocal<void>& descriptor);
-
-// Parts of a descriptor as SDDL; "none" without one.
-std::string SddlOfParts(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION parts);
 
 }  // namespace permora::test

@@ -26,4 +26,29 @@ class OnDomainMember : public testing::Test {
     static std::string Path(const std::string& name) { return std::string(kSharedFolder) + '/' + name; }
 };
 
+// A part of the domain that does not answer, and the commands that begin and end it.
+struct Outage {
+    const char* name;
+    std::vector<std::string> begin;
+    std::vector<std::string> end;
+    // An account that nothing has looked up before: each outage has its own.
+    unsigned unseen;
+    const char* unseenName;
+};
+
+inline const std::vector<Outage>& Outages() {
+    static const std::vector<Outage> kOutages = {
+        {"winbindd_stopped", {"stop", "winbindd"}, {"start", "winbindd"}, kEngineering, "Engineering"},
+        {"winbindd_frozen", {"freeze", "winbindd"}, {"thaw", "winbindd"}, kPlatform, "Platform"},
+        {"controller_stopped", {"stop", "controller"}, {"start", "controller"}, kPayroll, "Payroll"},
+        {"controller_frozen", {"freeze", "controller"}, {"thaw", "controller"}, kLeavers, "Leavers"},
+        {"controller_unplugged", {"unplug"}, {"plug"}, kBert, "bert"},
+    };
+    return kOutages;
+}
+
+inline std::string OutageName(const testing::TestParamInfo<Outage>& outage) {
+    return outage.param.name;
+}
+
 }  // namespace permora::test

@@ -8,26 +8,13 @@
 #include "platform/api/errors.h"
 #include "platform/remembered_object.h"
 #include "platform/windows/privileges.h"
+#include "tests/support/descriptor_texts.h"
 #include "tests/windows/test_folder.h"
 
 namespace permora::test {
 namespace {
 
 constexpr SECURITY_INFORMATION kList = DACL_SECURITY_INFORMATION;
-
-UniqueLocal<void> DescriptorOf(const char* sddl) {
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl, SDDL_REVISION_1, &descriptor, nullptr);
-    return UniqueLocal<void>(descriptor);
-}
-
-PACL ListOf(const UniqueLocal<void>& descriptor) {
-    PACL list = nullptr;
-    BOOL isPresent = FALSE;
-    BOOL isDefaulted = FALSE;
-    GetSecurityDescriptorDacl(descriptor.get(), &isPresent, &list, &isDefaulted);
-    return list;
-}
 
 bool IsOn(HANDLE token, LPCSTR name) {
     PRIVILEGE_SET asked{};

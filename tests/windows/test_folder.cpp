@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <aclapi.h>
-#include <sddl.h>
 #include <winioctl.h>
 
 #include <cstdio>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "platform/windows/code_page.h"
+#include "tests/support/descriptor_texts.h"
 
 namespace permora::test {
 namespace {
@@ -111,23 +111,16 @@ std::string DescriptorText(const std::string& path, SECURITY_INFORMATION parts) 
                                               nullptr, &descriptor);
     if (error != ERROR_SUCCESS) return "error " + std::to_string(error);
     const UniqueLocal<void> owned(descriptor);
-    char* text = nullptr;
-    if (ConvertSecurityDescriptorToStringSecurityDescriptorA(descriptor, SDDL_REVISION_1, parts, &text,
-                                                             nullptr) == FALSE)
-        return "error " + std::to_string(GetLastError());
-    const UniqueLocal<char> ownedText(text);
-    return text;
+    return SddlOfParts(descriptor, parts);
 }
 
 DWORD SetListText(const std::string& path, const std::string& sddl) {
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    if (ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl.c_str(), SDDL_REVISION_1, &descriptor,
-                                                             nullptr) == FALSE)
-        return GetLastError();
-    const UniqueLocal<void> owned(descriptor);
+    const UniqueLocal<void> descriptor = DescriptorOf(sddl);
+    if (!descriptor) return GetLastError();
     const std::wstring name = VerbatimPath(path);
-    return SetFileSecurityW(name.c_str(), DACL_SECURITY_INFORMATION, descriptor) != FALSE ? ERROR_SUCCESS
-                                                                                          : GetLastError();
+    return SetFileSecurityW(name.c_str(), DACL_SECURITY_INFORMATION, descriptor.get()) != FALSE
+               ? ERROR_SUCCESS
+               : GetLastError();
 }
 
 HeldObject Held(const std::string& path) {

@@ -72,32 +72,6 @@ bool WaitUntil(seconds time, const std::function<bool()>& isTrue) {
 
 class DomainAccountsTest : public OnDomainMember {};
 
-TEST_F(DomainAccountsTest, NamesLeadToSids) {
-    const std::map<std::string, std::string> cases = {
-        {"EXAMPLE\\anna", DomainSid(kAnna)},
-        {"example\\ANNA", DomainSid(kAnna)},
-        {"EXAMPLE.TEST\\anna", DomainSid(kAnna)},
-        {"anna@example.test", DomainSid(kAnna)},
-        {"anna", DomainSid(kAnna)},
-        {"EXAMPLE\\WS1$", DomainSid(kComputer)},
-        {"EXAMPLE\\Engineering", DomainSid(kEngineering)},
-        {"EXAMPLE\\Payroll", DomainSid(kPayroll)},
-        {"Auditors", DomainSid(kAuditors)},
-        {"FILES\\Operators", kOperatorsSid},
-        {"Everyone", "S-1-1-0"},
-        {"Administrators", "S-1-5-32-544"},
-        {"root", "S-1-22-1-0"},
-        {"EXAMPLE\\nobody else", "error 1332"},
-        {"nobody-else", "error 1332"},
-        {"OTHER\\anna", "error 1332"},
-        {"BUILTIN\\anna", "error 1332"},
-        {"FILES\\anna", "error 1332"},
-        {"emil", "error 1332"},
-    };
-    for (const auto& [name, sid] : cases)
-        EXPECT_EQ(SidOfName(name), sid) << name;
-}
-
 TEST_F(DomainAccountsTest, ANameOfBothThisMachineAndTheDomainMeansNeither) {
     ASSERT_EQ(RunCommand({"useradd", "--no-create-home", "carla"}).exitCode, 0);
     EXPECT_EQ(SidOfName("carla"), "error " + std::to_string(kAmbiguousName));
@@ -108,8 +82,6 @@ TEST_F(DomainAccountsTest, ANameOfBothThisMachineAndTheDomainMeansNeither) {
 
 TEST_F(DomainAccountsTest, SidsLeadToNames) {
     const std::map<std::string, std::string> cases = {
-        {DomainSid(kBert), "EXAMPLE\\bert 1"},
-        {DomainSid(kDomainUsers), "EXAMPLE\\Domain Users 2"},
         {DomainSid(kDeleted), "deleted from EXAMPLE"},
         {"S-1-5-21-7-8-9-1000", "nobody"},
         {"S-1-5-21-7-8-9", "nobody"},
@@ -192,13 +164,6 @@ TEST_F(DomainAccountsTest, ASearchFindsUsersComputersAndGroups) {
     EXPECT_EQ(Search("", isStopped).outcome.error, ERROR_OPERATION_ABORTED);
 }
 
-// What one part of the domain does not answer.
-struct Outage {
-    const char* name;
-    std::vector<std::string> begin;
-    std::vector<std::string> end;
-};
-
 class DomainOutageTest : public OnDomainMember, public testing::WithParamInterface<Outage> {};
 
 // Every call ends in time and says that the domain is away, whatever winbind makes of it.
@@ -254,18 +219,7 @@ TEST_P(DomainOutageTest, EndsInTimeAndIsSaid) {
     EXPECT_THAT(groups.sids, Contains(Sid(DomainSid(kPayroll))));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , DomainOutageTest,
-    testing::Values(Outage{"winbindd stopped", {"stop", "winbindd"}, {"start", "winbindd"}},
-                    Outage{"winbindd frozen", {"freeze", "winbindd"}, {"thaw", "winbindd"}},
-                    Outage{"controller stopped", {"stop", "controller"}, {"start", "controller"}},
-                    Outage{"controller frozen", {"freeze", "controller"}, {"thaw", "controller"}},
-                    Outage{"controller unplugged", {"unplug"}, {"plug"}}),
-    [](const auto& outage) {
-        std::string name = outage.param.name;
-        std::ranges::replace(name, ' ', '_');
-        return name;
-    });
+INSTANTIATE_TEST_SUITE_P(, DomainOutageTest, testing::ValuesIn(Outages()), OutageName);
 
 }  // namespace
 }  // namespace permora::test
