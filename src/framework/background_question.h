@@ -1,4 +1,4 @@
-// BackgroundQuestion: something that a window asks for without waiting, and may stop being interested in.
+// BackgroundQuestion: a question of a window that is answered in the background, and may be forgotten.
 #pragma once
 
 #include <functional>

@@ -1,4 +1,4 @@
-// RepeatedWork: what a window does again and again while it is open.
+// RepeatedWork: work that a window repeats while it is open.
 #pragma once
 
 #include <chrono>

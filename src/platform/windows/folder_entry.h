@@ -1,5 +1,5 @@
-// What FolderHandle and FileHandle share on Windows: NtCreateFile opens relative to a handle, and what is
-// opened is never a reparse point's target.
+// Shared by FolderHandle and FileHandle on Windows: NtCreateFile opens relative to a handle, and never opens
+// the target of a reparse point.
 #pragma once
 
 #include <functional>

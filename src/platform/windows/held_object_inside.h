@@ -1,4 +1,4 @@
-// What is behind a HeldObject.
+// The inside of a HeldObject.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ struct HeldObject::Inside {
     UniqueHandle turns;  // the file with a lock for each object; null: no turn
 };
 
-// Opens what `object` holds once more.
+// Opens the object of `object` again.
 DWORD OpenAgain(HANDLE object, DWORD access, UniqueHandle& opened);
 
 // Waits for the turn on what `number` stands for, which lasts as long as `turns` is open: ERROR_BUSY after

@@ -23,9 +23,9 @@ class ScopedPrivileges {
     bool areAnyOn = false;
 };
 
-// What reading an object past its list takes, and its system access list.
+// The privileges for reading an object regardless of its list, and its system access list.
 inline constexpr std::initializer_list<LPCSTR> kReadingPrivileges = {SE_BACKUP_NAME, SE_SECURITY_NAME};
-// What changing its descriptor past its list takes, and giving it to any owner.
+// The privileges for changing its descriptor regardless of its list, and for giving it to any owner.
 inline constexpr std::initializer_list<LPCSTR> kChangingPrivileges = {
     SE_BACKUP_NAME, SE_RESTORE_NAME, SE_SECURITY_NAME, SE_TAKE_OWNERSHIP_NAME};
 

@@ -14,7 +14,7 @@
 
 namespace permora::host {
 
-// A name as it was typed.
+// A typed name.
 struct NameText {
     std::string_view domain;
     std::string_view name;

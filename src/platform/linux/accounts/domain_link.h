@@ -38,7 +38,7 @@ class DomainLink {
     DomainState State();
     std::uint64_t News();
 
-    // Something that was shown as unknown may be known now.
+    // Announces that something that was shown as unknown may be known now.
     void Tell();
 
     // The domains that winbind knows, as of the last time that it was asked for them. Of kOnline and

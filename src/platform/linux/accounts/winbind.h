@@ -1,5 +1,5 @@
-// What winbind says, as values. Everything comes from another process that may be of any version or broken:
-// counts, null pointers, SIDs and names are checked, and what is not right is an answer that failed.
+// The answers of winbind as values. They come from another process, which may have any version or be broken:
+// counts, null pointers, SIDs and names are checked, and a malformed answer counts as a failed one.
 #pragma once
 
 #include <sys/types.h>

@@ -14,7 +14,7 @@
 
 namespace permora::host {
 
-// The codes that are told apart.
+// The codes that are distinguished.
 inline constexpr int kWinbindSuccess = 0;
 inline constexpr int kWinbindInvalidSid = 4;
 inline constexpr int kWinbindInvalidParameter = 5;
@@ -73,7 +73,7 @@ struct WinbindSidAndAttributes {
     std::uint32_t attributes;
 };
 
-// What a logon gives: the account's SID first, then its primary group's, then all others.
+// The result of a logon: the account's SID first, then its primary group's, then all others.
 struct WinbindLogonResult {
     std::uint32_t userFlags;
     char* accountName;

@@ -1,5 +1,5 @@
-// What every change of all objects below a folder shares: where it may begin, telling the observer, and the
-// counts.
+// The common part of changes to all objects below a folder: where they may begin, the reports to the
+// observer, and the counts.
 #pragma once
 
 #include <memory>
@@ -16,17 +16,18 @@
 
 namespace permora::host {
 
-// What a walk remembers of a folder for what is in it.
+// A walk's notes on a folder, for the objects in it.
 struct ChangedFolder : FolderNotes {
     ObjectTurn turn;
     DWORD readError = ERROR_SUCCESS;      // why its list is not known; then nothing in it can be set
     std::shared_ptr<const nt::Acl> list;  // what stands on it now; null where nobody needs it
 };
 
-// The list of a folder, which mostly is that of the one above it: deep trees then have one list in memory.
+// The list of a folder. Most folders have the list of their parent, so deep trees then need one list in
+// memory.
 std::shared_ptr<const nt::Acl> ShareList(nt::Acl& list, const std::shared_ptr<const nt::Acl>& above);
 
-// What all threads share.
+// The state that all threads share.
 class TreeChange : public TreeVisitor {
   public:
     TreeChange(TreeListMode writing, TreeObserver& listener, TreeCounts& totals)
@@ -36,7 +37,7 @@ class TreeChange : public TreeVisitor {
     DWORD Run(const ObjectHandle& top);
 
   protected:
-    // The walk begins, with what is to be remembered of its folder; an error ends it.
+    // Called at the start of the walk; fills the notes on its folder. An error ends the walk.
     virtual DWORD Begin(const ObjectHandle& /*top*/, ChangedFolder& /*notes*/) { return ERROR_SUCCESS; }
 
     DescriptorStore store;  // of the top; each thread has a copy
@@ -57,7 +58,7 @@ class TreeChange : public TreeVisitor {
     DWORD result = ERROR_SUCCESS;
 };
 
-// What one thread does.
+// The work of one thread.
 class TreeChangeThread : public VisitingThread {
   public:
     explicit TreeChangeThread(TreeChange& shared)
@@ -67,12 +68,12 @@ class TreeChangeThread : public VisitingThread {
   protected:
     enum class Outcome { kChanged, kUnchanged };
 
-    // One object that can have a descriptor, in a folder of which `parent` is remembered. A failure leaves it
-    // as it was.
+    // Changes one object that can have a descriptor. `parent` are the notes on its folder. A failure leaves
+    // the object as it was.
     virtual DWORD Change(const ObjectHandle& object, const ChangedFolder& parent, Outcome& outcome) = 0;
     // Called before Change: 0 when the object may be changed, else an error code.
     virtual DWORD Allow(const VisitedObject& /*visited*/) { return ERROR_SUCCESS; }
-    // The walk goes into a folder; `error` is that of its own change.
+    // Called before the walk enters a folder; `error` is the result of the folder's own change.
     virtual void Remember(const ObjectHandle& /*folder*/, DWORD /*error*/, const ChangedFolder& /*parent*/,
                           ChangedFolder& /*notes*/) {}
 
