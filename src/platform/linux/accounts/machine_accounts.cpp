@@ -196,7 +196,7 @@ DWORD AddAll(AccountKind kind, AccountSource& source, const std::atomic<bool>& i
     return ERROR_SUCCESS;
 }
 
-class Source : public AccountSource {
+class MachineSource : public AccountSource {
   public:
     DWORD FindName(const nt::Sid& sid, std::chrono::milliseconds wait, AccountName& account) override;
     DWORD FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) override {
@@ -207,7 +207,7 @@ class Source : public AccountSource {
     std::string Name() override { return ThisMachine().name; }
 };
 
-DWORD Source::FindName(const nt::Sid& sid, std::chrono::milliseconds /*wait*/, AccountName& account) {
+DWORD MachineSource::FindName(const nt::Sid& sid, std::chrono::milliseconds /*wait*/, AccountName& account) {
     const nt::Sid* machine = MachineSid();
     const bool isMachines = machine != nullptr && (sid == *machine || sid.IsDirectlyBelow(*machine));
     if (!isMachines && !HasUnixSid(sid)) return ERROR_NONE_MAPPED;
@@ -221,14 +221,14 @@ DWORD Source::FindName(const nt::Sid& sid, std::chrono::milliseconds /*wait*/, A
     return error;
 }
 
-DWORD Source::FindGroups(const nt::Sid& account, GroupsRequest /*request*/, AccountGroups& groups) {
+DWORD MachineSource::FindGroups(const nt::Sid& account, GroupsRequest /*request*/, AccountGroups& groups) {
     std::vector<nt::Sid> sids;
     const DWORD error = FindMemberships(account, sids);
     if (error == ERROR_SUCCESS) groups = {std::move(sids), GroupsOrigin::kThisMachine};
     return error;
 }
 
-DWORD Source::Search(const std::atomic<bool>& isStopped, FoundRows& rows) {
+DWORD MachineSource::Search(const std::atomic<bool>& isStopped, FoundRows& rows) {
     for (const AccountKind kind : {AccountKind::kGroup, AccountKind::kUser}) {
         const DWORD error = AddAll(kind, *this, isStopped, rows);
         rows.HandOut();
@@ -240,7 +240,7 @@ DWORD Source::Search(const std::atomic<bool>& isStopped, FoundRows& rows) {
 }  // namespace
 
 AccountSource& MachineAccounts() {
-    static Source kSource;
+    static MachineSource kSource;
     return kSource;
 }
 

@@ -10,7 +10,7 @@ AccountName NameOf(const nt::WellKnownSid& row) {
     return {std::string(row.name), std::string(row.domain), static_cast<SID_NAME_USE>(row.use)};
 }
 
-class Source : public AccountSource {
+class WellKnownSource : public AccountSource {
   public:
     DWORD FindName(const nt::Sid& sid, std::chrono::milliseconds wait, AccountName& account) override;
     DWORD FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) override;
@@ -22,14 +22,15 @@ class Source : public AccountSource {
     std::string Name() override { return {}; }
 };
 
-DWORD Source::FindName(const nt::Sid& sid, std::chrono::milliseconds /*wait*/, AccountName& account) {
+DWORD WellKnownSource::FindName(const nt::Sid& sid, std::chrono::milliseconds /*wait*/,
+                                AccountName& account) {
     const nt::WellKnownSid* row = nt::FindWellKnownSid(sid);
     if (row == nullptr) return ERROR_NONE_MAPPED;
     account = NameOf(*row);
     return ERROR_SUCCESS;
 }
 
-DWORD Source::FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) {
+DWORD WellKnownSource::FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) {
     for (const nt::WellKnownSid& row : nt::WellKnownSids()) {
         if (!IsSameName(row.name, text.name, letterCase)) continue;
         if (text.isQualified && !IsSameName(row.domain, text.domain, LetterCase::kIgnored)) continue;
@@ -39,7 +40,7 @@ DWORD Source::FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid)
     return ERROR_NONE_MAPPED;
 }
 
-DWORD Source::Search(const std::atomic<bool>& /*isStopped*/, FoundRows& rows) {
+DWORD WellKnownSource::Search(const std::atomic<bool>& /*isStopped*/, FoundRows& rows) {
     for (const nt::WellKnownSid& row : nt::WellKnownSids()) {
         // Domains and integrity levels are no accounts.
         if (row.use == nt::SidUse::kDomain || row.use == nt::SidUse::kLabel) continue;
@@ -52,7 +53,7 @@ DWORD Source::Search(const std::atomic<bool>& /*isStopped*/, FoundRows& rows) {
 }  // namespace
 
 AccountSource& WellKnownAccounts() {
-    static Source kSource;
+    static WellKnownSource kSource;
     return kSource;
 }
 
