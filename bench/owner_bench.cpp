@@ -40,8 +40,8 @@ void SetOwners(const std::string& top, const Owner& owner, std::size_t objects) 
     const permora::UniqueLocal<void> owned(sid);
     SilentObserver observer;
     permora::TreeCounts counts;
-    const DWORD error =
-        permora::test::Held(top).SetOwnersBelow(sid, permora::LinkedFiles::kPassOver, observer, counts);
+    const DWORD error = permora::test::Held(top).SetOwnersBelow(sid, permora::LinkedFiles::kPassOver,
+                                                                Unrecorded(), observer, counts);
     Check(error == ERROR_SUCCESS && counts.changed == objects, "not every object was changed");
 }
 

@@ -36,8 +36,8 @@ void ResetAndCount(const std::string& top, permora::TreeCounts& counts) {
     SilentObserver observer;
     permora::UniqueLocal<ACL> list;
     Check(permora::MakeEmptyList(list).IsDone(), "no list");
-    const DWORD error =
-        permora::test::Held(top).SetListsBelow(list.get(), permora::TreeListMode::kWrite, observer, counts);
+    const DWORD error = permora::test::Held(top).SetListsBelow(list.get(), permora::TreeListMode::kWrite,
+                                                               Unrecorded(), observer, counts);
     Check(error == ERROR_SUCCESS, "the walk failed");
 }
 

@@ -77,7 +77,7 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
                        std::optional<DaclInheritance> inheritance, PACL dacl, ConsoleMessages& messages) {
     FailuresBelow below;
     const DWORD error = object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
-                                             before.descriptor.get(), below);
+                                             before.descriptor.get(), Unrecorded(), below);
     if (error == ERROR_REVISION_MISMATCH) return ChangeResult::kOutOfDate;
     if (!messages.Check({error})) return ChangeResult::kFailed;
     Print(PrintableText(target.argument) + ": changed\n");

@@ -52,7 +52,8 @@ bool OwnerCommand::Do(const Target& target) {
     HeldObject object;
     if (!FindTarget(target, object, messages)) return false;
     if (object.IsFolder()) folders.push_back(target);
-    DWORD error = newOwner.IsGiven() ? object.WriteOwner(newOwner.Account().RawSid()) : ERROR_SUCCESS;
+    DWORD error =
+        newOwner.IsGiven() ? object.WriteOwner(newOwner.Account().RawSid(), Unrecorded()) : ERROR_SUCCESS;
     AccountRecord owner;
     if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, owner);
     if (!messages.Check({error})) return false;
@@ -75,10 +76,10 @@ bool OwnerCommand::SetTrees(TreeCounts& counts) {
             continue;
         }
         progress.SetTarget(target);
-        progress.EndTarget(
-            folder.SetOwnersBelow(newOwner.Account().RawSid(),
-                                  linked ? LinkedFiles::kChange : LinkedFiles::kPassOver, progress, counts),
-            counts);
+        progress.EndTarget(folder.SetOwnersBelow(newOwner.Account().RawSid(),
+                                                 linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,
+                                                 Unrecorded(), progress, counts),
+                           counts);
     }
     return allFound;
 }

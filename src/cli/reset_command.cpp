@@ -85,7 +85,7 @@ bool ResetCommand::Do(const Target& target) {
     if (!MayReset(folder)) return false;
     progress->SetTarget(target);
     const TreeListMode mode = dryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite;
-    progress->EndTarget(folder.SetListsBelow(list.get(), mode, *progress, counts), counts);
+    progress->EndTarget(folder.SetListsBelow(list.get(), mode, Unrecorded(), *progress, counts), counts);
     return true;
 }
 

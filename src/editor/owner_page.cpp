@@ -25,7 +25,7 @@ Outcomes ApplyToItems(std::span<const RememberedObject> items, PSID newOwner) {
     for (const RememberedObject& item : items) {
         HeldObject object;
         Outcome outcome = FindItem(item, object);
-        if (outcome.IsDone()) outcome.code = object.WriteOwner(newOwner);
+        if (outcome.IsDone()) outcome.code = object.WriteOwner(newOwner, Unrecorded());
         if (!outcome.IsDone()) failures.push_back(outcome);
     }
     return failures;
@@ -39,7 +39,7 @@ Outcomes ApplyBelow(std::span<const RememberedObject> items, PSID newOwner) {
         items, [&](const char* /*name*/) { return !isStopped; },
         [&](const HeldObject& folder, TreeObserver& observer) {
             TreeCounts counts;
-            return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, observer, counts);
+            return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, Unrecorded(), observer, counts);
         });
 }
 

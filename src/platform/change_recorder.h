@@ -74,5 +74,9 @@ class NoRecord : public ChangeRecorder {
         return ERROR_SUCCESS;
     }
 };
+inline ChangeRecorder& Unrecorded() {
+    static NoRecord kNobody;
+    return kNobody;
+}
 
 }  // namespace permora

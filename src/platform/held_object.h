@@ -5,6 +5,9 @@
 // another one by the same name may write it on something else: others who can write in the folder can give
 // the name to another object meanwhile. Here an object is found once, and everything is read from and written
 // to what was found.
+//
+// Every call that changes descriptors takes a recorder, which gets each change before it is written. When it
+// cannot record one, nothing more is written, and its code is the result.
 #pragma once
 
 #include <cstddef>
@@ -13,6 +16,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
+#include "platform/change_recorder.h"
 #include "platform/remembered_object.h"
 #include "platform/resources.h"
 #include "platform/tree_security.h"
@@ -75,10 +79,10 @@ class HeldObject {
     // when another program has changed the list since. 0 when the object itself was written; `below` has what
     // could not be written below it (on Windows the system does that, and reports nothing).
     DWORD WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
-                        PSECURITY_DESCRIPTOR expected, FailuresBelow& below) const;
-    DWORD WriteOwner(PSID owner) const {
+                        PSECURITY_DESCRIPTOR expected, ChangeRecorder& recorder, FailuresBelow& below) const;
+    DWORD WriteOwner(PSID owner, ChangeRecorder& recorder) const {
         FailuresBelow none;
-        return WriteSecurity(OWNER_SECURITY_INFORMATION, {.owner = owner}, nullptr, none);
+        return WriteSecurity(OWNER_SECURITY_INFORMATION, {.owner = owner}, nullptr, recorder, none);
     }
 
     // Gives every object below this folder the list `list`, unprotected, joined by what the object's own
@@ -96,14 +100,14 @@ class HeldObject {
     // is a link (ERROR_CANT_RESOLVE_FILENAME) or a file (ERROR_DIRECTORY), or its volume holds no lists
     // (ERROR_NOT_SUPPORTED); or `list` is not valid (ERROR_INVALID_ACL). What was done is added to `counts`,
     // whatever the result.
-    [[nodiscard]] DWORD SetListsBelow(PACL list, TreeListMode mode, TreeObserver& observer,
-                                      TreeCounts& counts) const;
+    [[nodiscard]] DWORD SetListsBelow(PACL list, TreeListMode mode, ChangeRecorder& recorder,
+                                      TreeObserver& observer, TreeCounts& counts) const;
 
     // Gives every object below this folder the owner `owner`, as SetNamedSecurityInfoA with
     // OWNER_SECURITY_INFORMATION would for each; the folder itself keeps its owner. It walks and answers as
     // SetListsBelow does. ERROR_INVALID_SID when `owner` is not valid.
-    [[nodiscard]] DWORD SetOwnersBelow(PSID owner, LinkedFiles linked, TreeObserver& observer,
-                                       TreeCounts& counts) const;
+    [[nodiscard]] DWORD SetOwnersBelow(PSID owner, LinkedFiles linked, ChangeRecorder& recorder,
+                                       TreeObserver& observer, TreeCounts& counts) const;
 
   private:
     friend class FolderHandle;

@@ -43,11 +43,11 @@ void ApplyDlg::Apply(HWND window, CStatic& status) {
             status.RedrawWindow();
             return !isStopped;
         };
-        ShowOutcomes(window,
-                     WalkFolders(items, showName, [&](const HeldObject& folder, TreeObserver& observer) {
-                         TreeCounts counts;
-                         return folder.SetListsBelow(list.get(), TreeListMode::kWrite, observer, counts);
-                     }));
+        ShowOutcomes(
+            window, WalkFolders(items, showName, [&](const HeldObject& folder, TreeObserver& observer) {
+                TreeCounts counts;
+                return folder.SetListsBelow(list.get(), TreeListMode::kWrite, Unrecorded(), observer, counts);
+            }));
     }
     EndDialog(list ? IDOK : kCannotStart);
 }

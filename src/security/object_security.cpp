@@ -79,8 +79,8 @@ Outcomes WriteListToItems(std::span<const RememberedObject> items, std::optional
         Outcome outcome = FindItem(item, object);
         if (outcome.IsDone()) {
             PACL dacl = object.IsFolder() ? lists.forFolders : lists.forFiles;
-            outcome.code =
-                object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl}, expected, below);
+            outcome.code = object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl}, expected,
+                                                Unrecorded(), below);
         }
         if (!outcome.IsDone()) failures.push_back(outcome);
         if (outcome.code == ERROR_REVISION_MISMATCH) break;

@@ -74,8 +74,8 @@ DWORD SetDescriptor(const std::string& hostPath, const nt::SecurityDescriptor& d
     FailuresBelow below;
     DWORD error = Hold(hostPath, object);
     if (error == ERROR_SUCCESS) {
-        error =
-            object.WriteSecurity(parts, {owner.Sid(), group.Sid(), dacl.List(), sacl.List()}, nullptr, below);
+        error = object.WriteSecurity(parts, {owner.Sid(), group.Sid(), dacl.List(), sacl.List()}, nullptr,
+                                     Unrecorded(), below);
     }
     return error != ERROR_SUCCESS ? error : below.firstError;
 }

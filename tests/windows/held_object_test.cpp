@@ -67,7 +67,8 @@ TEST(HeldObject, TheHeldObjectIsReadAndWrittenWhateverItsNameMeans) {
     const std::string before = DescriptorText(replaced, kList);
     const UniqueLocal<void> full = DescriptorOf("D:(A;;FA;;;WD)");
     FailuresBelow below;
-    ASSERT_EQ(object.WriteSecurity(kList, {.dacl = ListOf(full)}, nullptr, below), DWORD{ERROR_SUCCESS});
+    ASSERT_EQ(object.WriteSecurity(kList, {.dacl = ListOf(full)}, nullptr, Unrecorded(), below),
+              DWORD{ERROR_SUCCESS});
     EXPECT_EQ(DescriptorText(replaced, kList), before);
     EXPECT_NE(DescriptorText(folder.Path("moved"), kList), before);
     EXPECT_FALSE(object.IsFolder());
@@ -86,8 +87,9 @@ TEST(HeldObject, AListThatAnotherProgramHasChangedIsNotOverwritten) {
     const std::string changed = DescriptorText(path, kList);
     const UniqueLocal<void> full = DescriptorOf("D:P(A;;FA;;;WD)");
     FailuresBelow below;
-    EXPECT_EQ(object.WriteSecurity(kList, {.dacl = ListOf(full)}, shown.descriptor.get(), below),
-              DWORD{ERROR_REVISION_MISMATCH});
+    EXPECT_EQ(
+        object.WriteSecurity(kList, {.dacl = ListOf(full)}, shown.descriptor.get(), Unrecorded(), below),
+        DWORD{ERROR_REVISION_MISMATCH});
     EXPECT_EQ(DescriptorText(path, kList), changed);
 }
 
@@ -98,7 +100,7 @@ TEST(HeldObject, EveryListComesBackAsItWasWritten) {
         const UniqueLocal<void> list = DescriptorOf(sddl);
         FailuresBelow below;
         ASSERT_EQ(Held(path).WriteSecurity(kList | PROTECTED_DACL_SECURITY_INFORMATION,
-                                           {.dacl = ListOf(list)}, nullptr, below),
+                                           {.dacl = ListOf(list)}, nullptr, Unrecorded(), below),
                   DWORD{ERROR_SUCCESS});
         EXPECT_EQ(DescriptorText(path, kList), sddl);
     }

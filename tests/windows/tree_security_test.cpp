@@ -32,7 +32,7 @@ class TreeSecurity : public testing::Test {
         std::array<DWORD, 2> empty{};
         auto* list = reinterpret_cast<PACL>(empty.data());
         InitializeAcl(list, sizeof empty, ACL_REVISION);
-        return Held(path).SetListsBelow(list, mode, observer, counts);
+        return Held(path).SetListsBelow(list, mode, Unrecorded(), observer, counts);
     }
 
     const TestFolder tree;
@@ -51,9 +51,9 @@ TEST_F(TreeSecurity, TheFolderItselfIsWhatCannotBeWalked) {
     EXPECT_EQ(Reset(tree.Path("sub\\file")), DWORD{ERROR_DIRECTORY});
     observer.limit = 1;
     EXPECT_EQ(Reset(tree.Path()), DWORD{ERROR_OPERATION_ABORTED});
-    EXPECT_EQ(Held(tree.Path()).SetListsBelow(nullptr, TreeListMode::kWrite, observer, counts),
+    EXPECT_EQ(Held(tree.Path()).SetListsBelow(nullptr, TreeListMode::kWrite, Unrecorded(), observer, counts),
               DWORD{ERROR_INVALID_ACL});
-    EXPECT_EQ(Held(tree.Path()).SetOwnersBelow(nullptr, LinkedFiles::kChange, observer, counts),
+    EXPECT_EQ(Held(tree.Path()).SetOwnersBelow(nullptr, LinkedFiles::kChange, Unrecorded(), observer, counts),
               DWORD{ERROR_INVALID_SID});
 }
 
@@ -80,7 +80,8 @@ TEST_F(TreeSecurity, DepthIsNoLimit) {
 TEST_F(TreeSecurity, AFileWithFurtherNamesKeepsItsOwner) {
     ASSERT_TRUE(CreateHardLinkA(tree.Path("sub\\second").c_str(), tree.Path("sub\\file").c_str(), nullptr));
     const nt::Sid nobody(5, {21, 1, 2, 3, 1001});
-    EXPECT_EQ(Held(tree.Path("sub")).SetOwnersBelow(RawSid(nobody), LinkedFiles::kPassOver, observer, counts),
+    EXPECT_EQ(Held(tree.Path("sub"))
+                  .SetOwnersBelow(RawSid(nobody), LinkedFiles::kPassOver, Unrecorded(), observer, counts),
               DWORD{ERROR_SUCCESS});
     EXPECT_THAT(observer.passedOver,
                 UnorderedElementsAre(Pair("file", kHasFurtherNames), Pair("second", kHasFurtherNames)));

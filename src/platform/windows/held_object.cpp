@@ -138,7 +138,8 @@ DWORD HeldObject::TakeTurn() {
 }
 
 DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
-                                PSECURITY_DESCRIPTOR expected, FailuresBelow& /*below*/) const {
+                                PSECURITY_DESCRIPTOR expected, ChangeRecorder& /*recorder*/,
+                                FailuresBelow& /*below*/) const {
     constexpr SECURITY_INFORMATION kOwners = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION;
     DWORD access = 0;
     if ((information & kOwners) != 0) access |= WRITE_OWNER;

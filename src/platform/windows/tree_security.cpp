@@ -132,16 +132,16 @@ class OwnerSetting : public TreeChange {
 
 }  // namespace
 
-DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, TreeObserver& observer,
-                                TreeCounts& counts) const {
+DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, ChangeRecorder& /*recorder*/,
+                                TreeObserver& observer, TreeCounts& counts) const {
     const std::optional<nt::Acl> entries = AclOf(list);
     if (!entries) return ERROR_INVALID_ACL;
     const nt::Acl mapped = nt::MapGenericRights(*entries, {});
     return ListSetting(mapped, mode, observer, counts).Run(inside->object.get());
 }
 
-DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, TreeObserver& observer,
-                                 TreeCounts& counts) const {
+DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, ChangeRecorder& /*recorder*/,
+                                 TreeObserver& observer, TreeCounts& counts) const {
     const std::optional<nt::Sid> account = SidOf(owner);
     if (!account) return ERROR_INVALID_SID;
     return OwnerSetting(*account, linked, observer, counts).Run(inside->object.get());

@@ -211,7 +211,8 @@ DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& part
 }
 
 DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
-                                PSECURITY_DESCRIPTOR expected, FailuresBelow& below) const {
+                                PSECURITY_DESCRIPTOR expected, ChangeRecorder& /*recorder*/,
+                                FailuresBelow& below) const {
     const host::ObjectHandle& object = inside->target.object;
     SecurityChange change;
     host::ObjectTurn turn;

@@ -149,8 +149,9 @@ TEST_P(HeldObjectSecurity, WhatIsStoredOfAListThatIsSet) {
     for (const char* before : {"D:P(A;;FR;;;BU)", "D:(A;;FR;;;BU)"}) {
         ASSERT_EQ(SetDacl("top/file", before), ERROR_SUCCESS);
         FailuresBelow below;
-        ASSERT_EQ(file.WriteSecurity(DACL_SECURITY_INFORMATION, {.dacl = &list}, nullptr, below),
-                  ERROR_SUCCESS);
+        ASSERT_EQ(
+            file.WriteSecurity(DACL_SECURITY_INFORMATION, {.dacl = &list}, nullptr, Unrecorded(), below),
+            ERROR_SUCCESS);
         EXPECT_EQ(Dacl("top/file"), before[2] == 'P' ? "D:PAI" : "D:AI(A;ID;FA;;;BA)");
     }
 }
@@ -348,7 +349,7 @@ TEST_P(HeldObjectSecurity, FailuresLeaveTheListAsItWas) {
     ACL tooLong{2, 0, sizeof(ACL), 1, 0};  // counts an entry that is not there
     const auto set = [&](SECURITY_INFORMATION information, PSID owner, PACL dacl) {
         FailuresBelow below;
-        return file.WriteSecurity(information, {.owner = owner, .dacl = dacl}, nullptr, below);
+        return file.WriteSecurity(information, {.owner = owner, .dacl = dacl}, nullptr, Unrecorded(), below);
     };
     BYTE badSid[8] = {2, 0, 0, 0, 0, 0, 0, 5};
     EXPECT_EQ(set(0, nullptr, nullptr), ERROR_INVALID_PARAMETER);

@@ -40,7 +40,7 @@ class HeldObjectTest : public testing::Test {
                        FailuresBelow& below) {
         const UniqueLocal<void> descriptor = DescriptorOf(sddl);
         return object.WriteSecurity(DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
-                                    {.dacl = ListOf(descriptor)}, expected, below);
+                                    {.dacl = ListOf(descriptor)}, expected, Unrecorded(), below);
     }
 
     const TemporaryFolder folder;
@@ -230,7 +230,8 @@ TEST_F(HeldObjectTest, AWalkKeepsTheTurnOnTheFoldersThatItIsIn) {
     const UniqueLocal<void> nothing = DescriptorOf("D:");
     Rival rival(sub);
     TreeCounts counts;
-    EXPECT_EQ(top.SetListsBelow(ListOf(nothing), TreeListMode::kWrite, rival, counts), ERROR_SUCCESS);
+    EXPECT_EQ(top.SetListsBelow(ListOf(nothing), TreeListMode::kWrite, Unrecorded(), rival, counts),
+              ERROR_SUCCESS);
     EXPECT_EQ(counts.changed + counts.unchanged, 2U);
     EXPECT_FALSE(rival.wasTakenInside);
     for (int i = 0; i < 100 && !rival.isTaken; ++i)

@@ -43,7 +43,7 @@ class TreeSecurity : public testing::Test {
     DWORD Reset(const std::string& hostPath, TreeListMode mode = TreeListMode::kWrite) {
         counts = {};
         const UniqueLocal<void> nothing = DescriptorOf("D:");
-        return Held(hostPath).SetListsBelow(ListOf(nothing), mode, observer, counts);
+        return Held(hostPath).SetListsBelow(ListOf(nothing), mode, Unrecorded(), observer, counts);
     }
     // S-1-22-1-1
     static PSID SidOfUser1() {
@@ -243,7 +243,9 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     };
     const std::string before = ownerOf(tree.Path()) + ownerOf(outside.Path()) + ownerOf(target);
 
-    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, observer, counts), 0U);
+    ASSERT_EQ(Held(tree.Path())
+                  .SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, Unrecorded(), observer, counts),
+              0U);
     for (const char* name : {"folder", "folder/file", "link", "folder/outside"})
         EXPECT_EQ(ownerOf(tree.Path(name)), "O:S-1-22-1-1 1") << name;
     EXPECT_EQ(DaclText(file), "D:PAI(A;;FR;;;BG)");
@@ -251,10 +253,13 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     EXPECT_EQ(ownerOf(damaged), "error 1338 0");
     EXPECT_THAT(observer.passedOver, ElementsAre(Pair("damaged", ERROR_INVALID_SECURITY_DESCR)));
     EXPECT_EQ(counts.changed, 4U);
-    ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, observer, counts), 0U);
+    ASSERT_EQ(Held(tree.Path())
+                  .SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, Unrecorded(), observer, counts),
+              0U);
     EXPECT_EQ(counts.unchanged, 4U);
-    EXPECT_EQ(Held(tree.Path()).SetOwnersBelow(nullptr, LinkedFiles::kPassOver, observer, counts),
-              ERROR_INVALID_SID);
+    EXPECT_EQ(
+        Held(tree.Path()).SetOwnersBelow(nullptr, LinkedFiles::kPassOver, Unrecorded(), observer, counts),
+        ERROR_INVALID_SID);
 }
 
 // Removing the name in the tree at the right moment leaves the file one name, which is elsewhere.
@@ -280,7 +285,8 @@ TEST_F(TreeSecurity, ALinkedFileWhoseNameGoesMeanwhileKeepsItsOwner) {
             std::filesystem::remove(link);
             if (isReplaced) tree.MakeFile("link");
         });
-        ASSERT_EQ(Held(tree.Path()).SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, intruder, counts),
+        ASSERT_EQ(Held(tree.Path())
+                      .SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, Unrecorded(), intruder, counts),
                   0U);
         EXPECT_THAT(intruder.begun, ElementsAre("link"));
         EXPECT_EQ(counts.changed, 0U);
