@@ -37,7 +37,7 @@ void ResetAndCount(const std::string& top, permora::TreeCounts& counts) {
     permora::UniqueLocal<ACL> list;
     Check(permora::MakeEmptyList(list).IsDone(), "no list");
     const DWORD error = permora::test::Held(top).SetListsBelow(list.get(), permora::TreeListMode::kWrite,
-                                                               Unrecorded(), observer, counts);
+                                                               permora::Unrecorded(), observer, counts);
     Check(error == ERROR_SUCCESS, "the walk failed");
 }
 
