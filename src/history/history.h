@@ -62,8 +62,6 @@ class Change : public ChangeRecorder {
     // The change is over: all that was to be written has been tried. Without this call it counts as
     // interrupted.
     virtual void End() = 0;
-    // The first failure of a record, or 0. Then the history has stopped the change, and the caller says so.
-    virtual DWORD Error() const = 0;
     // 0 as long as nothing was recorded.
     virtual std::int64_t Number() const = 0;
 };

@@ -61,6 +61,10 @@ class ChangeRecorder {
     // be written, and the change ends with that code. An object may come again, when it gets something else
     // than was announced before.
     virtual DWORD Record(std::uint64_t top, std::span<const DescriptorChange> batch) = 0;
+
+    // The first failure of these calls, or 0. It tells a change that could not be recorded from one that
+    // could not be written.
+    virtual DWORD Error() const = 0;
 };
 
 // For changes that nobody wants to take back.
@@ -73,6 +77,7 @@ class NoRecord : public ChangeRecorder {
     DWORD Record(std::uint64_t /*top*/, std::span<const DescriptorChange> /*batch*/) override {
         return ERROR_SUCCESS;
     }
+    DWORD Error() const override { return ERROR_SUCCESS; }
 };
 inline ChangeRecorder& Unrecorded() {
     static NoRecord kNobody;
