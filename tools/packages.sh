@@ -3,7 +3,7 @@
 
 # To configure, build and test; the presets configure all of it at once.
 buildPackages=(cmake ninja-build g++ gcc-mingw-w64-x86-64-posix qt6-base-dev libxcb1-dev libsystemd-dev libcli11-dev
-    nlohmann-json3-dev libgtest-dev libgmock-dev libfuse3-dev fp-utils libglib2.0-bin libqt6svg6)
+    nlohmann-json3-dev libsqlite3-dev libgtest-dev libgmock-dev libfuse3-dev fp-utils libglib2.0-bin libqt6svg6)
 # Real volumes: mkntfs, the driver, and the judge ntfssecaudit.
 volumePackages=(ntfs-3g fuse3 attr)
 # A real server, its module that keeps access lists, and its clients.
@@ -15,8 +15,9 @@ domainPackages=(winbind samba-ad-provision samba-dsdb-modules iproute2)
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core dbus-daemon at-spi2-core
     gir1.2-atspi-2.0 python3-gi)
 
-# To build for Windows and to run that: the compiler, the source of the test framework, and Wine without its 32-bit half.
-windowsPackages=(g++-mingw-w64-x86-64-posix googletest wine64 zip)
+# To build for Windows and to run that: the compiler, what makes SQLite from its source, the source of the test framework,
+# and Wine without its 32-bit half.
+windowsPackages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl googletest wine64 zip)
 
 # MissingPackages PACKAGE...: those that are not installed, one a line. A look into dpkg's own tables, no network.
 MissingPackages() {
