@@ -9,7 +9,7 @@
 #include "platform/linux/files/tree_walk.h"
 #include "platform/linux/security/object_turn.h"
 #include "platform/linux/security/tree_change.h"
-#include "platform/nt/inheritance.h"
+#include "platform/security_change.h"
 
 namespace permora::host {
 
@@ -91,10 +91,9 @@ std::unique_ptr<VisitingThread> ListPropagation::NewThread() {
 }  // namespace
 
 void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& parent, const ObjectHandle& object) {
-    const nt::Sid owner = descriptor.owner ? *descriptor.owner : SidForUser(object.Status().st_uid);
-    const nt::Sid group = descriptor.group ? *descriptor.group : SidForGroup(object.Status().st_gid);
-    descriptor.dacl = nt::MergeInherited(descriptor.dacl, parent, object.Kind(), owner, group);
-    descriptor.control |= nt::kDaclAutoInherited;
+    const nt::Sid owner = descriptor.owner ? nt::Sid() : SidForUser(object.Status().st_uid);
+    const nt::Sid group = descriptor.group ? nt::Sid() : SidForGroup(object.Status().st_gid);
+    permora::JoinInherited(descriptor, parent, object.Kind(), owner, group);
 }
 
 FailuresBelow PropagateList(const ObjectHandle& folder, const nt::Acl& list, const DescriptorStore& store,

@@ -1,0 +1,133 @@
+#include "platform/security_change.h"
+
+#include <utility>
+
+#include "platform/api/errors.h"
+#include "platform/raw_security.h"
+
+namespace permora {
+namespace {
+
+constexpr SECURITY_INFORMATION kParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
+                                        DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
+constexpr SECURITY_INFORMATION kProtection =
+    PROTECTED_DACL_SECURITY_INFORMATION | UNPROTECTED_DACL_SECURITY_INFORMATION;
+
+constexpr WORD kDaclControl = SE_DACL_PRESENT | SE_DACL_DEFAULTED | SE_DACL_AUTO_INHERIT_REQ |
+                              SE_DACL_AUTO_INHERITED | SE_DACL_PROTECTED;
+constexpr WORD kSaclControl = SE_SACL_PRESENT | SE_SACL_DEFAULTED | SE_SACL_AUTO_INHERIT_REQ |
+                              SE_SACL_AUTO_INHERITED | SE_SACL_PROTECTED;
+
+void ClearControl(nt::SecurityDescriptor& descriptor, WORD bits) {
+    descriptor.control &= static_cast<WORD>(~bits);
+}
+
+bool TakeSid(PSID sid, nt::Sid& taken) {
+    const std::optional<nt::Sid> copy = SidOf(sid);
+    if (copy) taken = *copy;
+    return copy.has_value();
+}
+
+void SetList(const SecurityChange& change, const ListAbove* above, nt::SecurityDescriptor& descriptor) {
+    if (change.Has(PROTECTED_DACL_SECURITY_INFORMATION)) descriptor.control |= SE_DACL_PROTECTED;
+    if (change.Has(UNPROTECTED_DACL_SECURITY_INFORMATION)) ClearControl(descriptor, SE_DACL_PROTECTED);
+    ClearControl(descriptor, SE_DACL_DEFAULTED);
+    descriptor.control |= SE_DACL_AUTO_INHERITED;
+    if (!change.dacl) {
+        descriptor.daclState = nt::DaclState::kNull;
+        return;
+    }
+    nt::Acl list = nt::MapGenericRights(*change.dacl, ListOf(descriptor));
+    descriptor.daclState = nt::DaclState::kList;
+    descriptor.dacl = std::move(list);
+    if (!descriptor.IsDaclProtected() && above != nullptr)
+        JoinInherited(descriptor, above->list, above->kind, above->owner, above->group);
+}
+
+}  // namespace
+
+DWORD TakeChange(SECURITY_INFORMATION information, const NewParts& parts, SecurityChange& change) {
+    const bool contradictsItself = (information & kProtection) == kProtection;
+    if ((information & kParts) == 0 || (information & ~(kParts | kProtection)) != 0 || contradictsItself)
+        return ERROR_INVALID_PARAMETER;
+    change.information = information;
+    if (change.Has(OWNER_SECURITY_INFORMATION) && !TakeSid(parts.owner, change.owner))
+        return ERROR_INVALID_SID;
+    if (change.Has(GROUP_SECURITY_INFORMATION) && !TakeSid(parts.group, change.group))
+        return ERROR_INVALID_SID;
+    if (change.Has(DACL_SECURITY_INFORMATION) && parts.dacl != nullptr) {
+        change.dacl = AclOf(parts.dacl);
+        if (!change.dacl) return ERROR_INVALID_ACL;
+    }
+    if (change.Has(SACL_SECURITY_INFORMATION) && parts.sacl != nullptr) {
+        if (!IsValidAcl(parts.sacl)) return ERROR_INVALID_ACL;
+        const auto bytes = ClaimedBytes(parts.sacl);
+        change.sacl.assign(bytes.begin(), bytes.end());
+    }
+    return ERROR_SUCCESS;
+}
+
+bool InheritsAfter(const SecurityChange& change, const nt::SecurityDescriptor& descriptor) {
+    if (!change.Has(DACL_SECURITY_INFORMATION) || !change.dacl ||
+        change.Has(PROTECTED_DACL_SECURITY_INFORMATION))
+        return false;
+    return change.Has(UNPROTECTED_DACL_SECURITY_INFORMATION) || !descriptor.IsDaclProtected();
+}
+
+void ApplyChange(const SecurityChange& change, const ListAbove* above, nt::SecurityDescriptor& descriptor) {
+    if (change.Has(OWNER_SECURITY_INFORMATION)) {
+        descriptor.owner = change.owner;
+        ClearControl(descriptor, SE_OWNER_DEFAULTED);
+    }
+    if (change.Has(GROUP_SECURITY_INFORMATION)) {
+        descriptor.group = change.group;
+        ClearControl(descriptor, SE_GROUP_DEFAULTED);
+    }
+    if (change.Has(SACL_SECURITY_INFORMATION)) {
+        descriptor.saclBytes = change.sacl;
+        ClearControl(descriptor, SE_SACL_PRESENT | SE_SACL_DEFAULTED);
+        if (!change.sacl.empty()) descriptor.control |= SE_SACL_PRESENT;
+    }
+    if (change.Has(DACL_SECURITY_INFORMATION)) SetList(change, above, descriptor);
+}
+
+void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& above, nt::ObjectKind kind,
+                   const nt::Sid& owner, const nt::Sid& group) {
+    descriptor.dacl = nt::MergeInherited(descriptor.dacl, above, kind, descriptor.owner.value_or(owner),
+                                         descriptor.group.value_or(group));
+    descriptor.control |= nt::kDaclAutoInherited;
+}
+
+const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor) {
+    static const nt::Acl kNothing;
+    return descriptor.daclState == nt::DaclState::kList ? descriptor.dacl : kNothing;
+}
+
+void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION parts) {
+    if ((parts & OWNER_SECURITY_INFORMATION) == 0) {
+        descriptor.owner.reset();
+        ClearControl(descriptor, SE_OWNER_DEFAULTED);
+    }
+    if ((parts & GROUP_SECURITY_INFORMATION) == 0) {
+        descriptor.group.reset();
+        ClearControl(descriptor, SE_GROUP_DEFAULTED);
+    }
+    if ((parts & DACL_SECURITY_INFORMATION) == 0) {
+        descriptor.daclState = nt::DaclState::kAbsent;
+        ClearControl(descriptor, kDaclControl);
+    }
+    if ((parts & SACL_SECURITY_INFORMATION) == 0) {
+        descriptor.saclBytes.clear();
+        ClearControl(descriptor, kSaclControl);
+    }
+}
+
+bool HasSameList(nt::SecurityDescriptor one, nt::SecurityDescriptor other) {
+    ReduceToParts(one, DACL_SECURITY_INFORMATION);
+    ReduceToParts(other, DACL_SECURITY_INFORMATION);
+    std::vector<std::uint8_t> bytes;
+    std::vector<std::uint8_t> otherBytes;
+    return one.AppendTo(bytes) && other.AppendTo(otherBytes) && bytes == otherBytes;
+}
+
+}  // namespace permora

@@ -1,0 +1,61 @@
+// What a write of new parts makes of an object's descriptor, on both systems: by the contract of
+// SetNamedSecurityInfoA.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "platform/held_object.h"
+#include "platform/nt/acl.h"
+#include "platform/nt/inheritance.h"
+#include "platform/nt/security_descriptor.h"
+#include "platform/nt/sid.h"
+
+namespace permora {
+
+// New parts, checked and copied from the caller's memory.
+struct SecurityChange {
+    SECURITY_INFORMATION information = 0;
+    nt::Sid owner;
+    nt::Sid group;
+    std::optional<nt::Acl> dacl;     // nothing: a null list
+    std::vector<std::uint8_t> sacl;  // empty: no list
+
+    bool Has(SECURITY_INFORMATION bit) const { return (information & bit) != 0; }
+};
+
+// ERROR_INVALID_PARAMETER, ERROR_INVALID_SID or ERROR_INVALID_ACL; `change` is incomplete then.
+DWORD TakeChange(SECURITY_INFORMATION information, const NewParts& parts, SecurityChange& change);
+
+// Whether the list that the change gives the object is joined by entries from the object's folder.
+bool InheritsAfter(const SecurityChange& change, const nt::SecurityDescriptor& descriptor);
+
+// Where entries of an object come from.
+struct ListAbove {
+    nt::Acl list;  // the folder's
+    nt::ObjectKind kind = nt::ObjectKind::kFile;
+    nt::Sid owner;  // of the object, for a descriptor that names none
+    nt::Sid group;
+};
+
+// `above` is needed when InheritsAfter says so, and null for the root of a volume: its list stays as given.
+// A list that is not protected gets the entries that the folder hands down now. They replace the inherited
+// entries that were given, which may come from another object.
+void ApplyChange(const SecurityChange& change, const ListAbove* above, nt::SecurityDescriptor& descriptor);
+
+// Replaces the inherited entries of a descriptor by those of `above`, and marks the list as kept up to date.
+// The descriptor must have a list.
+void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& above, nt::ObjectKind kind,
+                   const nt::Sid& owner, const nt::Sid& group);
+
+// A folder hands down entries of its list. A folder that lets everyone do everything has no list.
+const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor);
+
+// Keeps only the named parts, and of the control word only their flags.
+void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION parts);
+
+// Whether both say the same about access, protection included.
+bool HasSameList(nt::SecurityDescriptor one, nt::SecurityDescriptor other);
+
+}  // namespace permora
