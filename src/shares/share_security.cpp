@@ -1,11 +1,14 @@
 #include "shares/share_security.h"
 
 #include <cstring>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/nt/security_descriptor.h"
 #include "platform/raw_security.h"
+#include "platform/share_descriptor.h"
 #include "platform/share_turn.h"
 #include "security/dacl_builder.h"
 #include "security/text_conversion.h"
@@ -33,6 +36,26 @@ NET_API_STATUS SetDescriptor(const std::string& name, const SHARE_INFO_502& read
     record.shi502_security_descriptor = descriptor;
     return NetShareSetInfo(nullptr, AnsiToWide(name, wideName), kLevel, reinterpret_cast<LPBYTE>(&record),
                            nullptr);
+}
+
+// ERROR_INVALID_SECURITY_DESCR for one that could not be written back.
+DWORD StoredOf(const SHARE_INFO_502& record, StoredSecurity& security) {
+    StoredSecurity stored;
+    if (PSECURITY_DESCRIPTOR descriptor = record.shi502_security_descriptor; descriptor != nullptr) {
+        if (IsValidSecurityDescriptor(descriptor) == FALSE) return ERROR_INVALID_SECURITY_DESCR;
+        const auto* bytes = static_cast<const std::uint8_t*>(descriptor);
+        stored.form = SecurityForm::kShare;
+        stored.bytes.assign(bytes, bytes + GetSecurityDescriptorLength(descriptor));
+        if (!nt::SecurityDescriptor::FromBytes(stored.bytes)) return ERROR_INVALID_SECURITY_DESCR;
+    }
+    security = std::move(stored);
+    return ERROR_SUCCESS;
+}
+
+// Nothing for a damaged one.
+std::optional<nt::SecurityDescriptor> DescriptorIn(const StoredSecurity& security) {
+    if (security.form == SecurityForm::kNone) return nt::SecurityDescriptor();
+    return nt::SecurityDescriptor::FromBytes(security.bytes);
 }
 
 bool IsSameList(PACL one, PACL other) {
@@ -78,6 +101,37 @@ Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* 
         return {ERROR_INVALID_SECURITY_DESCR, Step::kMakeAbsolute};
     if (SetSecurityDescriptorDacl(absolute, TRUE, dacl, FALSE) == FALSE) return {GetLastError()};
     return {SetDescriptor(name, *share.record, absolute)};
+}
+
+DWORD ReadStoredShare(const std::string& name, StoredSecurity& security) {
+    ShareRecord record;
+    const NET_API_STATUS status = GetRecord(name, record);
+    return status == NERR_Success ? StoredOf(*record, security) : status;
+}
+
+DWORD WriteStoredShare(const std::string& name, const StoredSecurity& expected,
+                       const StoredSecurity& wanted) {
+    const bool hasDescriptor = wanted.form == SecurityForm::kShare;
+    if (hasDescriptor && !nt::SecurityDescriptor::FromBytes(wanted.bytes))
+        return ERROR_INVALID_SECURITY_DESCR;
+    ShareRecord record;
+    StoredSecurity now;
+    DWORD error = GetRecord(name, record);
+    if (error == ERROR_SUCCESS) error = StoredOf(*record, now);
+    if (error == ERROR_SUCCESS && now != expected) error = ERROR_REVISION_MISMATCH;
+    if (error != ERROR_SUCCESS || now == wanted) return error;
+    if (!hasDescriptor) return RemoveShareDescriptor(name);
+    std::vector<std::uint8_t> bytes = wanted.bytes;
+    return SetDescriptor(name, *record, bytes.data());
+}
+
+bool HaveSameList(const StoredSecurity& one, const StoredSecurity& other) {
+    const auto first = DescriptorIn(one);
+    const auto second = DescriptorIn(other);
+    if (!first || !second) return false;
+    const bool isList = first->daclState == nt::DaclState::kList;
+    const bool isSecondList = second->daclState == nt::DaclState::kList;
+    return isList == isSecondList && (!isList || first->dacl == second->dacl);
 }
 
 Outcome WriteListToShares(std::span<const std::string> names, PACL dacl, ShareSecurity* shown) {

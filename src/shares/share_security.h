@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/api/shares.h"
+#include "platform/change_recorder.h"
 #include "platform/resources.h"
 #include "security/access_entry_list.h"
 #include "security/outcome.h"
@@ -33,6 +34,15 @@ Outcome GiveShareDescriptor(const std::string& name);
 // Puts `dacl` into the share's descriptor. `shown`, which may be null, is the share as it was read:
 // ERROR_REVISION_MISMATCH, and nothing is written, when another program has changed the list since.
 Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* shown);
+
+// The descriptor of a share as its record holds it, for the history: SecurityForm::kShare with the
+// self-relative bytes, or kNone. A system error code; on failure `security` is untouched.
+DWORD ReadStoredShare(const std::string& name, StoredSecurity& security);
+// Writes such a descriptor back, or takes it away. ERROR_REVISION_MISMATCH, and nothing is written, when the
+// share has another one than `expected` by now. The caller has the turn on the share.
+DWORD WriteStoredShare(const std::string& name, const StoredSecurity& expected, const StoredSecurity& wanted);
+// Whether both let in the same accounts. A server may keep less of a descriptor than was written.
+bool HaveSameList(const StoredSecurity& one, const StoredSecurity& other);
 
 // Puts `dacl` into the descriptors of all shares, one after the other; the rest of their records is written
 // back as it was read. Takes the turn on

@@ -108,6 +108,17 @@ BOOL WINAPI IsValidSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor) {
     return view && AreValid(PartsOf(*view));
 }
 
+DWORD WINAPI GetSecurityDescriptorLength(PSECURITY_DESCRIPTOR descriptor) {
+    const auto view = DescriptorView::Of(descriptor);
+    if (!view) return 0;
+    constexpr DWORD kAlignment = 4;
+    const Parts parts = PartsOf(*view);
+    DWORD length = 5 * kAlignment;  // the header, with four offsets
+    for (const Part& part : {parts.sacl, parts.dacl, parts.owner, parts.group})
+        if (part.bytes != nullptr) length += (part.length + kAlignment - 1) / kAlignment * kAlignment;
+    return length;
+}
+
 BOOL WINAPI GetSecurityDescriptorControl(PSECURITY_DESCRIPTOR descriptor,
                                          PSECURITY_DESCRIPTOR_CONTROL control, LPDWORD revision) {
     const auto view = DescriptorView::Of(descriptor);

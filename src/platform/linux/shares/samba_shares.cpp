@@ -226,6 +226,8 @@ DWORD SambaShares::ReadDescriptor(Share& share) const {
 DWORD SambaShares::Change(std::string_view name, const ShareChange& change) const {
     if (change.remark && !IsPlainText(*change.remark)) return ERROR_INVALID_PARAMETER;
     if (change.maxUses && !IsLimit(*change.maxUses)) return NERR_InvalidMaxUsers;
+    // To Samba every share has a list.
+    if (change.descriptor && change.descriptor->empty()) return ERROR_NOT_SUPPORTED;
     KeptShare kept;
     const DWORD error = FindKeeper(name, kept);
     if (error != ERROR_SUCCESS) return error;

@@ -11,6 +11,7 @@
 #include "platform/linux/security/descriptor_view.h"
 #include "platform/linux/shares/recent_shares.h"
 #include "platform/linux/shares/share_records.h"
+#include "platform/share_descriptor.h"
 #include "platform/share_name.h"
 
 namespace permora::host {
@@ -189,4 +190,10 @@ NET_API_STATUS WINAPI NetShareDel(LPWSTR server, LPWSTR name, DWORD reserved) {
     if (reserved != 0) return ERROR_INVALID_PARAMETER;
     if (!IsThisServer(server)) return ERROR_BAD_NETPATH;
     return Shares().recent.Remove(AnsiOf(name));
+}
+
+DWORD permora::RemoveShareDescriptor(const std::string& name) {
+    ShareChange change;
+    change.descriptor.emplace();
+    return Shares().recent.Change(name, change);
 }

@@ -28,7 +28,7 @@ struct Share {
 struct ShareChange {
     std::optional<std::string> remark;
     std::optional<DWORD> maxUses;
-    std::optional<std::vector<std::uint8_t>> descriptor;
+    std::optional<std::vector<std::uint8_t>> descriptor;  // empty: none
 };
 
 // All return 0 or an error code. Names have no letter case: a name need not be the share's own spelling.

@@ -157,7 +157,10 @@ DWORD ShareTable::Change(std::string_view name, const ShareChange& change) const
         RegistryValue value;
         const auto lookup = document.FindValue(kSharesKey, *kept, value);
         if (lookup != RegistryDocument::Lookup::kFound || !ShareOf(value)) return ERROR_BADDB;
-        if (change.descriptor) document.SetValue(kSecurityKey, {*kept, REG_BINARY, *change.descriptor});
+        if (change.descriptor && change.descriptor->empty())
+            document.RemoveValue(kSecurityKey, *kept);
+        else if (change.descriptor)
+            document.SetValue(kSecurityKey, {*kept, REG_BINARY, *change.descriptor});
         ChangeFields(value, change);
         if (change.remark || change.maxUses) document.SetValue(kSharesKey, value);
         return ERROR_SUCCESS;
