@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -59,7 +60,26 @@ class HeldObject {
     // Finds what a path of files.h names. What stands below a folder that is held is FolderHandle's to find.
     static DWORD Hold(const std::string& path, HeldObject& object);
 
+    // Finds again where a change began (FindTop). ERROR_FILE_NOT_FOUND or ERROR_PATH_NOT_FOUND when nothing
+    // is there now, ERROR_FILE_INVALID when it is another object or on another volume.
+    static DWORD HoldTop(const ChangedTop& top, HeldObject& object);
+    // Holds what stands below this folder: names with backslashes between them, or nothing for the folder
+    // itself. Never through a link (ERROR_CANT_RESOLVE_FILENAME), and never what is mounted below
+    // (ERROR_NOT_SAME_DEVICE). ERROR_INVALID_NAME for what is no such path.
+    DWORD HoldBelow(const std::string& path, HeldObject& object) const;
+
     bool IsFolder() const;
+    // The volume's own number of the object.
+    std::uint64_t FileNumber() const;
+    // What HoldTop needs to find the object again, also by another process and after the volume was mounted
+    // anew: its path from the root of the system, and what distinguishes it from every object that may get
+    // that path or its number. Where the volume has no lasting marks (FUSE other than NTFS, an overlay), the
+    // number must do. ERROR_PATH_NOT_FOUND when no path leads to it.
+    DWORD FindTop(ChangedTop& top) const;
+    // Whether the object was made later than so many seconds after 1970, and so is not the one that was
+    // there at the time: file numbers are given again. False where the volume does not know.
+    DWORD WasBornAfter(std::int64_t seconds, bool& wasBornAfter) const;
+
     // Whether the volume that holds the object has access lists: FILE_PERSISTENT_ACLS in the flags of
     // GetVolumeInformationA.
     DWORD AskAccessControl(bool& isSupported) const;
@@ -67,6 +87,9 @@ class HeldObject {
     // The parts asked for in one self-relative block. An object without a stored descriptor has one made from
     // its owner, group and mode. ERROR_INVALID_SECURITY_DESCR for a damaged one.
     DWORD ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const;
+
+    // The security of the object exactly as it is kept. ERROR_INVALID_SECURITY_DESCR for a damaged one.
+    DWORD ReadStored(StoredSecurity& stored) const;
 
     // Waits until no other program of this user is at work on the object through this layer; from then on
     // none is, until the object is let go of. ERROR_BUSY after ten seconds: nobody waits for ever. Other
@@ -84,6 +107,14 @@ class HeldObject {
         FailuresBelow none;
         return WriteSecurity(OWNER_SECURITY_INFORMATION, {.owner = owner}, nullptr, recorder, none);
     }
+
+    // Puts back what was kept at another time, byte for byte, and nothing below the object: removes what is
+    // kept when nothing was, and gives the object back to its owner on the host.
+    // ERROR_REVISION_MISMATCH, and nothing is written, when the object no longer has `expected`.
+    // ERROR_NOT_SUPPORTED when this volume or this process keeps descriptors elsewhere than `wanted` was
+    // kept, ERROR_INVALID_SECURITY_DESCR when `wanted` is damaged. Nobody is told: who calls this has
+    // recorded it.
+    DWORD WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted) const;
 
     // Gives every object below this folder the list `list`, unprotected, joined by what the object's own
     // folder hands down: as SetNamedSecurityInfoA with UNPROTECTED_DACL_SECURITY_INFORMATION would for each

@@ -142,4 +142,9 @@ int WriteExtendedAttribute(const ObjectHandle& object, const char* name,
     return setxattr(path.Text(), name, value.data(), value.size(), 0) == 0 ? 0 : errno;
 }
 
+int RemoveExtendedAttribute(const ObjectHandle& object, const char* name) {
+    const bool isGone = removexattr(DescriptorPath(object.Descriptor()).Text(), name) == 0;
+    return isGone || errno == ENODATA ? 0 : errno;
+}
+
 }  // namespace permora::host

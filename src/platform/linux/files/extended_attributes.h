@@ -42,4 +42,7 @@ bool HasRoom(const ObjectHandle& object);
 // errno.
 int WriteExtendedAttribute(const ObjectHandle& object, const char* name, std::span<const std::uint8_t> value);
 
+// Removes the attribute. Returns 0, also when the object has none, or an errno value.
+int RemoveExtendedAttribute(const ObjectHandle& object, const char* name);
+
 }  // namespace permora::host

@@ -57,6 +57,13 @@ DWORD ObjectHandle::Adopt(UniqueFd descriptor, ObjectHandle& handle) {
     return ERROR_SUCCESS;
 }
 
+DWORD ObjectHandle::Refresh() {
+    struct stat now {};
+    if (fstat(Descriptor(), &now) != 0) return ErrorFromErrno(errno);
+    status = now;
+    return ERROR_SUCCESS;
+}
+
 DWORD ObjectHandle::RequireFolder() const {
     if (IsLink()) return ERROR_CANT_RESOLVE_FILENAME;
     return IsFolder() ? ERROR_SUCCESS : ERROR_DIRECTORY;

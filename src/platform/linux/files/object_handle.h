@@ -41,7 +41,9 @@ class ObjectHandle {
 
     explicit operator bool() const { return static_cast<bool>(descriptor); }
     int Descriptor() const { return descriptor.Get(); }
+    // As of the opening, or of the last Refresh.
     const struct stat& Status() const { return status; }
+    DWORD Refresh();
     bool IsFolder() const { return S_ISDIR(status.st_mode); }
     bool IsLink() const { return S_ISLNK(status.st_mode); }
     bool IsSameObject(const ObjectHandle& other) const { return AreOneObject(status, other.status); }

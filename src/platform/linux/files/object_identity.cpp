@@ -34,30 +34,87 @@ std::vector<std::uint8_t> FileHandleOf(const ObjectHandle& object) {
     return {block, block + offsetof(file_handle, f_handle) + header.handle_bytes};
 }
 
-std::vector<std::uint8_t> BirthOf(const ObjectHandle& object) {
+std::optional<statx_timestamp> StatxBirthOf(const ObjectHandle& object) {
     struct statx status {};
     if (statx(object.Descriptor(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_BTIME, &status) != 0 ||
         (status.stx_mask & STATX_BTIME) == 0) {
-        return {};
+        return std::nullopt;
     }
-    std::vector<std::uint8_t> birth(sizeof status.stx_btime.tv_sec + sizeof status.stx_btime.tv_nsec);
-    std::memcpy(birth.data(), &status.stx_btime.tv_sec, sizeof status.stx_btime.tv_sec);
-    std::memcpy(birth.data() + sizeof status.stx_btime.tv_sec, &status.stx_btime.tv_nsec,
-                sizeof status.stx_btime.tv_nsec);
+    return status.stx_btime;
+}
+
+template <typename Number>
+void Append(std::vector<std::uint8_t>& bytes, Number number) {
+    const auto* first = reinterpret_cast<const std::uint8_t*>(&number);
+    bytes.insert(bytes.end(), first, first + sizeof number);
+}
+
+std::vector<std::uint8_t> BirthOf(const ObjectHandle& object) {
+    std::vector<std::uint8_t> bytes;
+    if (const std::optional<statx_timestamp> birth = StatxBirthOf(object)) {
+        Append(bytes, birth->tv_sec);
+        Append(bytes, birth->tv_nsec);
+    }
+    return bytes;
+}
+
+// The volume's own time of creation, which ntfs-3g reports: 64 bits, in units of 100 ns since 1601.
+std::vector<std::uint8_t> NtfsBirthOf(const ObjectHandle& object) {
+    std::vector<std::uint8_t> birth;
+    if (ReadExtendedAttribute(object, "system.ntfs_crtime", birth) != 0) birth.clear();
     return birth;
+}
+
+// Elsewhere the number of a volume is that of its device, or none.
+bool HasLastingNumber(const struct statfs& volume) {
+    return volume.f_type == EXT4_SUPER_MAGIC || volume.f_type == BTRFS_SUPER_MAGIC ||
+           volume.f_type == TMPFS_MAGIC;
 }
 
 }  // namespace
 
 ObjectIdentity::ObjectIdentity(const ObjectHandle& object)
     : device(object.Status().st_dev), number(object.Status().st_ino) {
-    // ntfs-3g reports the volume's own time of creation.
     if (!HasLastingMarks(object)) {
-        if (ReadExtendedAttribute(object, "system.ntfs_crtime", mark) != 0) mark.clear();
+        mark = NtfsBirthOf(object);
         return;
     }
     mark = FileHandleOf(object);
     if (mark.empty()) mark = BirthOf(object);
+}
+
+// The root of a volume has the same number and generation on every volume of its kind.
+std::vector<std::uint8_t> LastingMark(const ObjectHandle& object) {
+    struct statfs volume {};
+    std::vector<std::uint8_t> mark;
+    if (fstatfs(object.Descriptor(), &volume) != 0) return mark;
+    Append(mark, std::uint64_t(volume.f_type));
+    if (HasLastingNumber(volume)) Append(mark, volume.f_fsid);
+    Append(mark, std::uint64_t(object.Status().st_ino));
+    const auto append = [&mark](const std::vector<std::uint8_t>& bytes) {
+        mark.insert(mark.end(), bytes.begin(), bytes.end());
+    };
+    if (!HasLastingMarks(object)) {
+        append(NtfsBirthOf(object));
+        return mark;
+    }
+    append(FileHandleOf(object));
+    append(BirthOf(object));
+    return mark;
+}
+
+std::optional<std::int64_t> BirthTimeOf(const ObjectHandle& object) {
+    constexpr std::int64_t kUnitsInSecond = 10'000'000;
+    constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
+    if (HasLastingMarks(object)) {
+        const std::optional<statx_timestamp> birth = StatxBirthOf(object);
+        return birth ? std::optional(std::int64_t{birth->tv_sec}) : std::nullopt;
+    }
+    const std::vector<std::uint8_t> ntfs = NtfsBirthOf(object);
+    std::uint64_t units = 0;
+    if (ntfs.size() != sizeof units) return std::nullopt;
+    std::memcpy(&units, ntfs.data(), sizeof units);
+    return static_cast<std::int64_t>(units / kUnitsInSecond) - kSecondsTo1970;
 }
 
 }  // namespace permora::host

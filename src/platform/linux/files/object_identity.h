@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "platform/linux/files/object_handle.h"
@@ -26,5 +27,12 @@ class ObjectIdentity {
     ino_t number = 0;
     std::vector<std::uint8_t> mark;
 };
+
+// The same as bytes that last: also for other processes, and when the volume is mounted anew, which may
+// change its device number. They contain what the volume calls itself, where it has a name that lasts.
+std::vector<std::uint8_t> LastingMark(const ObjectHandle& object);
+
+// When the object was made, in seconds since 1970; nothing where the volume does not know.
+std::optional<std::int64_t> BirthTimeOf(const ObjectHandle& object);
 
 }  // namespace permora::host

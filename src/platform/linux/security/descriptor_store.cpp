@@ -1,10 +1,11 @@
 #include "platform/linux/security/descriptor_store.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <optional>
-#include <span>
 #include <utility>
 
 #include "platform/linux/accounts/unix_accounts.h"
@@ -39,6 +40,43 @@ DWORD WriteError(const ObjectHandle& object, int problem) {
     if (problem == EEXIST) return ERROR_IO_DEVICE;
     const bool isTooLarge = problem == E2BIG || problem == ERANGE || (problem == ENOSPC && HasRoom(object));
     return isTooLarge ? ERROR_ALLOTTED_SPACE_EXCEEDED : ErrorFromErrno(problem);
+}
+
+SecurityForm FormOf(DescriptorStoreKind kind) {
+    switch (kind) {
+        case DescriptorStoreKind::kNone:
+            return SecurityForm::kNone;
+        case DescriptorStoreKind::kNtfs3g:
+        case DescriptorStoreKind::kNtfs3:
+            return SecurityForm::kVolume;
+        case DescriptorStoreKind::kSamba:
+            return SecurityForm::kSamba;
+        case DescriptorStoreKind::kUser:
+            return SecurityForm::kUser;
+    }
+    return SecurityForm::kNone;
+}
+
+// Null for what is in no attribute.
+const char* AttributeOf(SecurityForm form, DescriptorStoreKind kind) {
+    switch (form) {
+        case SecurityForm::kVolume:
+            return kind == DescriptorStoreKind::kNtfs3 ? kNtfs3Attribute : kNtfs3gAttribute;
+        case SecurityForm::kSamba:
+            return kSambaAttribute;
+        case SecurityForm::kUser:
+            return kUserAttribute;
+        case SecurityForm::kNone:
+        case SecurityForm::kShare:
+            return nullptr;
+    }
+    return nullptr;
+}
+
+DWORD GiveToUser(const ObjectHandle& object, uid_t user) {
+    constexpr gid_t kSameGroup = static_cast<gid_t>(-1);
+    if (fchownat(object.Descriptor(), "", user, kSameGroup, AT_EMPTY_PATH) == 0) return ERROR_SUCCESS;
+    return ErrorFromErrno(errno);
 }
 
 }  // namespace
@@ -91,10 +129,12 @@ bool DescriptorStore::ReadNtfs(const ObjectHandle& object, int& problem) {
 
 DWORD DescriptorStore::Read(const ObjectHandle& object, nt::SecurityDescriptor& descriptor) {
     int problem = 0;
+    form = SecurityForm::kVolume;
     if (ReadNtfs(object, problem)) {
         if (problem != 0) return ErrorFromErrno(problem);
         return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
     }
+    form = SecurityForm::kSamba;
     problem = ReadExtendedAttribute(object, kSambaAttribute, stored);
     if (problem == 0) {
         if (!DescriptorFromSambaAttribute(stored, inner)) return ERROR_INVALID_SECURITY_DESCR;
@@ -102,40 +142,83 @@ DWORD DescriptorStore::Read(const ObjectHandle& object, nt::SecurityDescriptor& 
     }
     if (!IsAbsent(problem)) return ErrorFromErrno(problem);
     if (KindFor(object) == DescriptorStoreKind::kUser && CanHold(object)) {
+        form = SecurityForm::kUser;
         problem = ReadExtendedAttribute(object, kUserAttribute, stored);
         if (problem == 0) return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
         if (!IsAbsent(problem)) return ErrorFromErrno(problem);
     }
+    form = SecurityForm::kNone;
     return MakeFromMode(object, descriptor);
 }
 
-DWORD DescriptorStore::Write(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor) {
+StoredSecurity DescriptorStore::Found(const ObjectHandle& object) {
+    StoredSecurity found{.form = form, .bytes = {}, .hostOwner = std::nullopt};
+    if (form != SecurityForm::kNone) found.bytes = stored;
+    if (HasHostOwners(object)) found.hostOwner = object.Status().st_uid;
+    return found;
+}
+
+DWORD DescriptorStore::Prepare(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,
+                               StoredSecurity& prepared) {
     if (!CanHold(object)) return ERROR_NOT_SUPPORTED;
     inner.clear();
     if (!descriptor.AppendTo(inner)) return ERROR_INVALID_ACL;
-    const char* name = nullptr;
-    std::span<const std::uint8_t> value = inner;
-    switch (KindFor(object)) {
-        case DescriptorStoreKind::kNone:
-            return ERROR_NOT_SUPPORTED;
-        case DescriptorStoreKind::kNtfs3g:
-            name = kNtfs3gAttribute;
-            break;
-        case DescriptorStoreKind::kNtfs3:
-            name = kNtfs3Attribute;
-            break;
-        case DescriptorStoreKind::kSamba:
-            name = kSambaAttribute;
-            MakeSambaAttribute(inner, stored);
-            value = stored;
-            break;
-        case DescriptorStoreKind::kUser:
-            if (AskExtendedAttribute(object, kSambaAttribute) == 0) return ERROR_ACCESS_DENIED;
-            name = kUserAttribute;
-            break;
+    prepared.form = FormOf(KindFor(object));
+    if (prepared.form == SecurityForm::kSamba)
+        MakeSambaAttribute(inner, prepared.bytes);
+    else
+        prepared.bytes = inner;
+    prepared.hostOwner.reset();
+    if (HasHostOwners(object)) prepared.hostOwner = object.Status().st_uid;
+    return ERROR_SUCCESS;
+}
+
+DWORD DescriptorStore::Examine(const ObjectHandle& object, const StoredSecurity& kept,
+                               std::optional<nt::SecurityDescriptor>& descriptor) {
+    if (kept.hostOwner.has_value() != HasHostOwners(object)) return ERROR_NOT_SUPPORTED;
+    if (kept.form == SecurityForm::kNone) {
+        // On NTFS every object has a descriptor.
+        if (!HasHostOwners(object)) return ERROR_NOT_SUPPORTED;
+        descriptor.reset();
+        return kept.bytes.empty() ? ERROR_SUCCESS : ERROR_INVALID_SECURITY_DESCR;
     }
-    const int problem = WriteExtendedAttribute(object, name, value);
+    if (!CanHold(object) || kept.form != FormOf(KindFor(object))) return ERROR_NOT_SUPPORTED;
+    const bool isSamba = kept.form == SecurityForm::kSamba;
+    if (isSamba && !DescriptorFromSambaAttribute(kept.bytes, inner)) return ERROR_INVALID_SECURITY_DESCR;
+    descriptor = nt::SecurityDescriptor::FromBytes(isSamba ? inner : kept.bytes);
+    return descriptor ? ERROR_SUCCESS : ERROR_INVALID_SECURITY_DESCR;
+}
+
+DWORD DescriptorStore::Replace(const ObjectHandle& object, const StoredSecurity& before,
+                               const StoredSecurity& after) {
+    const bool changesHands = before.hostOwner && after.hostOwner && before.hostOwner != after.hostOwner;
+    DWORD error = changesHands ? GiveToUser(object, *after.hostOwner) : ERROR_SUCCESS;
+    if (error != ERROR_SUCCESS) return error;
+    error = WriteAttribute(object, before, after);
+    if (error != ERROR_SUCCESS && changesHands) GiveToUser(object, *before.hostOwner);
+    return error;
+}
+
+DWORD DescriptorStore::WriteAttribute(const ObjectHandle& object, const StoredSecurity& before,
+                                      const StoredSecurity& after) {
+    int problem = 0;
+    if (after.form != SecurityForm::kNone) {
+        const char* name = AttributeOf(after.form, KindFor(object));
+        if (name == nullptr) return ERROR_NOT_SUPPORTED;
+        // Samba's would win.
+        if (after.form == SecurityForm::kUser && AskExtendedAttribute(object, kSambaAttribute) == 0)
+            return ERROR_ACCESS_DENIED;
+        problem = WriteExtendedAttribute(object, name, after.bytes);
+    } else if (const char* name = AttributeOf(before.form, KindFor(object))) {
+        problem = RemoveExtendedAttribute(object, name);
+    }
     return problem == 0 ? ERROR_SUCCESS : WriteError(object, problem);
+}
+
+DWORD DescriptorStore::Write(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor) {
+    StoredSecurity prepared;
+    const DWORD error = Prepare(object, descriptor, prepared);
+    return error == ERROR_SUCCESS ? Replace(object, {}, prepared) : error;
 }
 
 }  // namespace permora::host

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/change_recorder.h"
 #include "platform/linux/files/descriptor_support.h"
 #include "platform/linux/files/object_handle.h"
 #include "platform/nt/security_descriptor.h"
@@ -31,16 +32,40 @@ class DescriptorStore {
     // wins over one in user.permora.sd, since it is the one that a Samba server goes by.
     DWORD Read(const ObjectHandle& object, nt::SecurityDescriptor& descriptor);
 
-    // Replaces the stored descriptor in one write: after a failure the object has the one it had.
-    // ERROR_NOT_SUPPORTED when it cannot hold one, ERROR_ACCESS_DENIED when it has one of Samba's and this
-    // process may not change it, ERROR_ALLOTTED_SPACE_EXCEEDED when it is larger than the volume allows.
+    // What the last Read, which has succeeded, has found on this object, exactly as it is kept.
+    StoredSecurity Found(const ObjectHandle& object);
+
+    // What will be kept when the object gets this descriptor; the host's owner stays. ERROR_NOT_SUPPORTED
+    // when it cannot hold one, ERROR_INVALID_ACL when a list is too large for any.
+    DWORD Prepare(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,
+                  StoredSecurity& prepared);
+    // Whether something that was kept at another time can be kept here: ERROR_NOT_SUPPORTED when this kind of
+    // volume or this process keeps descriptors elsewhere, ERROR_INVALID_SECURITY_DESCR when it is damaged.
+    // `descriptor` is the one in it, or empty when nothing is kept.
+    DWORD Examine(const ObjectHandle& object, const StoredSecurity& kept,
+                  std::optional<nt::SecurityDescriptor>& descriptor);
+
+    // Replaces what the object has (Found, or what Found had given for it) by what Prepare has made or
+    // Examine has approved. The descriptor is replaced in one write: after a failure the object has the one
+    // it had. ERROR_ACCESS_DENIED when it has one of Samba's and this process may not change it,
+    // ERROR_ALLOTTED_SPACE_EXCEEDED when it is larger than the volume allows.
+    //
+    // The host's owner changes first, by the kernel's rules, and is put back when the descriptor cannot be
+    // written, as far as the kernel lets us. Setuid and setgid bits and capabilities, which the kernel takes
+    // away when a file changes hands, are not put back.
+    DWORD Replace(const ObjectHandle& object, const StoredSecurity& before, const StoredSecurity& after);
+
+    // Prepare and Replace, for an object whose former descriptor nobody has asked for.
     DWORD Write(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor);
 
   private:
     DescriptorStoreKind KindFor(const ObjectHandle& object);
     bool ReadNtfs(const ObjectHandle& object, int& problem);
+    DWORD WriteAttribute(const ObjectHandle& object, const StoredSecurity& before,
+                         const StoredSecurity& after);
 
     std::optional<DescriptorStoreKind> kind;  // nothing as long as nobody had to know
+    SecurityForm form = SecurityForm::kNone;  // what the last Read has found
     std::vector<std::uint8_t> stored;         // an attribute as it is on disk
     std::vector<std::uint8_t> inner;          // a descriptor taken from, or to be put into, Samba's attribute
 };

@@ -87,17 +87,21 @@ DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& part
 DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
                                 PSECURITY_DESCRIPTOR expected, ChangeRecorder& /*recorder*/,
                                 FailuresBelow& below) const {
-    const host::ObjectHandle& object = inside->target.object;
+    host::ObjectHandle& object = inside->target.object;
     SecurityChange change;
     host::ObjectTurn turn;
     DescriptorStore store;
     nt::SecurityDescriptor descriptor;
     DWORD error = TakeChange(information, parts, change);
     if (error == ERROR_SUCCESS && !inside->turn) error = turn.Take(object);
+    if (error == ERROR_SUCCESS) error = object.Refresh();
     if (error == ERROR_SUCCESS) error = MakeChanged(inside->target, change, expected, store, descriptor);
     if (error != ERROR_SUCCESS) return error;
-    error = change.Has(OWNER_SECURITY_INFORMATION) ? host::WriteWithOwner(object, descriptor, store)
-                                                   : store.Write(object, descriptor);
+    const StoredSecurity before = store.Found(object);
+    StoredSecurity after;
+    error = change.Has(OWNER_SECURITY_INFORMATION) ? host::PrepareWithOwner(object, descriptor, store, after)
+                                                   : store.Prepare(object, descriptor, after);
+    if (error == ERROR_SUCCESS) error = store.Replace(object, before, after);
     const bool handsDown = change.Has(DACL_SECURITY_INFORMATION) && object.IsFolder();
     if (error == ERROR_SUCCESS && handsDown) below = host::PropagateList(object, ListOf(descriptor), store);
     return error;

@@ -13,15 +13,15 @@ bool HasOwner(const ObjectHandle& object, const nt::SecurityDescriptor& descript
 
 void SetOwnerIn(nt::SecurityDescriptor& descriptor, const nt::Sid& owner);
 
-// Writes a descriptor with a changed owner. Where the host keeps owners of its own and the descriptor's is
-// one of its users, the object is that user's on the host afterwards as well; an account that is no user,
-// such as a group, leaves the host's owner as it is.
-//
-// The kernel decides who may: ERROR_ACCESS_DENIED for another's object without CAP_CHOWN, and nothing is
-// written then. When the descriptor cannot be written the former owner is put back, as far as the kernel lets
-// us; setuid and setgid bits and capabilities of the file, which it takes away when a file changes hands, are
-// not.
-DWORD WriteWithOwner(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,
-                     DescriptorStore& store);
+// Whether this process may give the object to others where the host keeps owners. The kernel alone would let
+// everyone who may write to a file change its user attributes, including the descriptor with its owner.
+bool MayChangeOwner(const ObjectHandle& object);
+
+// DescriptorStore::Prepare for a descriptor with a changed owner. Where the host keeps owners of its own and
+// the descriptor's is one of its users, the object is to be that user's on the host as well; an account that
+// is no user, such as a group, leaves the host's owner as it is. ERROR_ACCESS_DENIED for another's object
+// without CAP_CHOWN; an error too when a domain does not answer whether the account is a user.
+DWORD PrepareWithOwner(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,
+                       DescriptorStore& store, StoredSecurity& prepared);
 
 }  // namespace permora::host

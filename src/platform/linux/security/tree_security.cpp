@@ -116,8 +116,11 @@ class OwnerSettingThread : public TreeChangeThread {
         if (error != ERROR_SUCCESS) return error;
         if (HasOwner(object, descriptor, setting.owner, store)) return ERROR_SUCCESS;
         outcome = Outcome::kChanged;
+        const StoredSecurity before = store.Found(object);
+        StoredSecurity after;
         SetOwnerIn(descriptor, setting.owner);
-        return WriteWithOwner(object, descriptor, store);
+        const DWORD problem = PrepareWithOwner(object, descriptor, store, after);
+        return problem == ERROR_SUCCESS ? store.Replace(object, before, after) : problem;
     }
 
     const OwnerSetting& setting;

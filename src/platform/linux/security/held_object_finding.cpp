@@ -1,0 +1,126 @@
+// Finding again, at another time and in another process, the objects of a change.
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/api/errors.h"
+#include "platform/ascii.h"
+#include "platform/held_object.h"
+#include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/descriptor_path.h"
+#include "platform/linux/files/name_mapping.h"
+#include "platform/linux/files/object_identity.h"
+#include "platform/linux/files/paths.h"
+#include "platform/linux/security/held_object_inside.h"
+
+namespace permora {
+namespace {
+
+using host::ObjectHandle;
+
+// Opens what stands below a folder. No mount is entered, and no link followed; one at the end is opened
+// itself with O_NOFOLLOW, and refused without.
+DWORD OpenBelow(int folder, const std::string& hostPath, int flags, ObjectHandle& object) {
+    open_how how{};
+    how.flags = static_cast<unsigned>(O_PATH | O_CLOEXEC | flags);
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV;
+    host::UniqueFd opened(static_cast<int>(syscall(SYS_openat2, folder, hostPath.c_str(), &how, sizeof how)));
+    if (!opened) return host::ErrorFromErrno(errno);
+    return ObjectHandle::Adopt(std::move(opened), object);
+}
+
+DWORD Duplicate(const ObjectHandle& object, ObjectHandle& duplicate) {
+    host::UniqueFd opened(fcntl(object.Descriptor(), F_DUPFD_CLOEXEC, 0));
+    if (!opened) return host::ErrorFromErrno(errno);
+    return ObjectHandle::Adopt(std::move(opened), duplicate);
+}
+
+// From `folder` along shown names; `folder` becomes the one that holds the last, `lastHostName`.
+DWORD Descend(std::string_view path, ObjectHandle& folder, std::string& lastHostName) {
+    std::string hostPath;
+    for (;;) {
+        const std::string_view shown = TakeUntil('\\', path);
+        if (!host::DecodeName(shown, lastHostName)) return ERROR_INVALID_NAME;
+        // The kernel takes a path of PATH_MAX bytes at a time.
+        const bool isEnd = path.empty();
+        const bool isFull = hostPath.size() + 1 + lastHostName.size() >= PATH_MAX;
+        if (!hostPath.empty() && (isEnd || isFull)) {
+            const DWORD error = OpenBelow(folder.Descriptor(), hostPath, O_DIRECTORY, folder);
+            if (error != ERROR_SUCCESS) return error;
+            hostPath.clear();
+        }
+        if (isEnd) return ERROR_SUCCESS;
+        if (!hostPath.empty()) hostPath += '/';
+        hostPath += lastHostName;
+    }
+}
+
+}  // namespace
+
+DWORD HeldObject::HoldTop(const ChangedTop& top, HeldObject& object) {
+    HeldObject found;
+    const DWORD error = Hold(top.path, found);
+    if (error != ERROR_SUCCESS) return error;
+    const bool isSame = found.IsFolder() == top.isFolder && !top.mark.empty() &&
+                        host::LastingMark(found.inside->target.object) == top.mark;
+    if (!isSame) return ERROR_FILE_INVALID;
+    object = std::move(found);
+    return ERROR_SUCCESS;
+}
+
+DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
+    const host::ResolvedObject& here = inside->target;
+    auto held = std::make_unique<Inside>();
+    host::ResolvedObject& found = held->target;
+    DWORD error = ERROR_SUCCESS;
+    if (path.empty()) {
+        error = Duplicate(here.object, found.object);
+        if (error == ERROR_SUCCESS && here.parent) error = Duplicate(here.parent, found.parent);
+    } else {
+        if (path.back() == '\\') return ERROR_INVALID_NAME;
+        std::string hostName;
+        error = Duplicate(here.object, found.parent);
+        if (error == ERROR_SUCCESS) error = Descend(path, found.parent, hostName);
+        if (error == ERROR_SUCCESS)
+            error = OpenBelow(found.parent.Descriptor(), hostName, O_NOFOLLOW, found.object);
+    }
+    if (error == ERROR_SUCCESS) object.inside = std::move(held);
+    return error;
+}
+
+std::uint64_t HeldObject::FileNumber() const {
+    return inside->target.object.Status().st_ino;
+}
+
+DWORD HeldObject::FindTop(ChangedTop& top) const {
+    const ObjectHandle& object = inside->target.object;
+    std::string hostPath;
+    DWORD error = host::HostPathOf(object.Descriptor(), hostPath);
+    if (error != ERROR_SUCCESS) return error;
+    // C: alone leads to everything, and no other letter is certain to lead to the same tomorrow.
+    ChangedTop found{.path = host::PathFromHost(hostPath, {{'C', "/"}}),
+                     .isFolder = object.IsFolder(),
+                     .mark = host::LastingMark(object)};
+    // An object that was deleted, or lies outside the process's root, has a text that is no path to it.
+    HeldObject there;
+    error = HoldTop(found, there);
+    if (error != ERROR_SUCCESS) return ERROR_PATH_NOT_FOUND;
+    top = std::move(found);
+    return ERROR_SUCCESS;
+}
+
+DWORD HeldObject::WasBornAfter(std::int64_t seconds, bool& wasBornAfter) const {
+    wasBornAfter = host::BirthTimeOf(inside->target.object).value_or(seconds) > seconds;
+    return ERROR_SUCCESS;
+}
+
+}  // namespace permora
