@@ -18,6 +18,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/change_recorder.h"
+#include "platform/nt/security_descriptor.h"
 #include "platform/remembered_object.h"
 #include "platform/resources.h"
 #include "platform/tree_security.h"
@@ -69,6 +70,7 @@ class HeldObject {
     DWORD HoldBelow(const std::string& path, HeldObject& object) const;
 
     bool IsFolder() const;
+    FolderEntryKind Kind() const;
     // The volume's own number of the object.
     std::uint64_t FileNumber() const;
     // What HoldTop needs to find the object again, also by another process and after the volume was mounted
@@ -90,6 +92,11 @@ class HeldObject {
 
     // The security of the object exactly as it is kept. ERROR_INVALID_SECURITY_DESCR for a damaged one.
     DWORD ReadStored(StoredSecurity& stored) const;
+    // What the object keeps when it gets this descriptor as it is, with nothing inherited anew: for
+    // WriteStored. Where the host has owners of its own, a new owner who is one of its users gets the object
+    // there as well: ERROR_ACCESS_DENIED for another's object without the right to give it away.
+    // ERROR_NOT_SUPPORTED when it cannot have one, ERROR_INVALID_ACL when a list is too large for any.
+    DWORD PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const;
 
     // Waits until no other program of this user is at work on the object through this layer; from then on
     // none is, until the object is let go of. ERROR_BUSY after ten seconds: nobody waits for ever. Other

@@ -121,6 +121,11 @@ bool HeldObject::IsFolder() const {
            (tag.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
 }
 
+FolderEntryKind HeldObject::Kind() const {
+    FILE_ATTRIBUTE_TAG_INFO tag{};
+    return TagOf(inside->object.get(), tag) == ERROR_SUCCESS ? KindOfTag(tag) : FolderEntryKind::kOther;
+}
+
 DWORD HeldObject::AskAccessControl(bool& isSupported) const {
     return AskForLists(inside->object.get(), isSupported);
 }
@@ -131,6 +136,13 @@ DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& part
     const DWORD error =
         WithPrivileges(kReadingPrivileges, [&] { return OpenAgain(inside->object.get(), access, object); });
     return error == ERROR_SUCCESS ? ReadFrom(object.get(), information, parts) : error;
+}
+
+DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const {
+    StoredSecurity prepared{.form = SecurityForm::kVolume, .bytes = {}, .hostOwner = std::nullopt};
+    if (!descriptor.AppendTo(prepared.bytes)) return ERROR_INVALID_ACL;
+    wanted = std::move(prepared);
+    return ERROR_SUCCESS;
 }
 
 DWORD HeldObject::TakeTurn() {

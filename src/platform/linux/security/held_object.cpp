@@ -8,6 +8,7 @@
 #include "platform/api/errors.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/descriptor_support.h"
+#include "platform/linux/files/folder_handle.h"
 #include "platform/linux/security/descriptor_store.h"
 #include "platform/linux/security/held_object_inside.h"
 
@@ -27,6 +28,10 @@ DWORD HeldObject::Hold(const std::string& path, HeldObject& object) {
 
 bool HeldObject::IsFolder() const {
     return inside->target.object.IsFolder();
+}
+
+FolderEntryKind HeldObject::Kind() const {
+    return host::KindOfMode(inside->target.object.Status().st_mode);
 }
 
 DWORD HeldObject::AskAccessControl(bool& isSupported) const {

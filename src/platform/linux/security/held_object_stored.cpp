@@ -21,6 +21,19 @@ DWORD HeldObject::ReadStored(StoredSecurity& stored) const {
     return error;
 }
 
+DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const {
+    host::ObjectHandle& object = inside->target.object;
+    DescriptorStore store;
+    if (const DWORD error = object.Refresh(); error != ERROR_SUCCESS) return error;
+    const bool changesOwner =
+        descriptor.owner && !host::HasOwner(object, descriptor, *descriptor.owner, store);
+    StoredSecurity prepared;
+    const DWORD error = changesOwner ? host::PrepareWithOwner(object, descriptor, store, prepared)
+                                     : store.Prepare(object, descriptor, prepared);
+    if (error == ERROR_SUCCESS) wanted = std::move(prepared);
+    return error;
+}
+
 DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted) const {
     host::ObjectHandle& object = inside->target.object;
     host::ObjectTurn turn;

@@ -12,6 +12,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/held_object.h"
+#include "platform/nt/sddl.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
@@ -123,6 +124,28 @@ TEST_F(HeldObjectStored, OnNtfsTheVolumesOwnBytesComeBack) {
     EXPECT_EQ(Held(path).WriteStored(made, {}), ERROR_NOT_SUPPORTED) << "nothing is always something there";
     EXPECT_EQ(Held(path).WriteStored(made, {SecurityForm::kSamba, list.bytes, 0}), ERROR_NOT_SUPPORTED);
     EXPECT_EQ(Attribute(path, "system.ntfs_acl"), first);
+}
+
+// Nothing is inherited anew, and no flag is set or cleared.
+TEST_F(HeldObjectStored, ADescriptorFromElsewhereIsKeptAsItIs) {
+    const std::string path = folder.MakeFile("file");
+    ASSERT_EQ(SetDescriptorText(folder.Path(), "D:P(A;OICI;FA;;;BA)"), ERROR_SUCCESS);
+    constexpr const char* kTexts[] = {
+        "O:BUG:BUD:(A;ID;FR;;;BG)",
+        "O:S-1-22-1-7G:S-1-5-21-1-2-3-513D:ARAI(A;OICIIO;GA;;;CO)S:(AU;SA;FA;;;WD)",
+        "O:S-1-22-1-7G:BUD:NO_ACCESS_CONTROL",
+    };
+    for (const char* text : kTexts) {
+        const auto descriptor = nt::FromSddl(text);
+        ASSERT_TRUE(descriptor) << text;
+        const HeldObject held = Held(path);
+        StoredSecurity wanted;
+        ASSERT_EQ(held.PrepareStored(*descriptor, wanted), ERROR_SUCCESS) << text;
+        ASSERT_EQ(held.WriteStored(Stored(path), wanted), ERROR_SUCCESS) << text;
+        EXPECT_EQ(Stored(path), wanted);
+        EXPECT_EQ(DescriptorText(path, 15), text);
+    }
+    EXPECT_EQ(HostOwner(path), 7U);
 }
 
 TEST_F(HeldObjectStored, OrdinaryUsersPutBackTheirOwn) {
