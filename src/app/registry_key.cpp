@@ -49,6 +49,11 @@ DWORD RegistryKey::WriteText(const char* name, const std::string& text) const {
                                static_cast<DWORD>(text.size() + 1)));
 }
 
+DWORD RegistryKey::WriteNumber(const char* name, std::uint32_t number) const {
+    return Code(
+        RegSetValueExA(handle, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number)));
+}
+
 DWORD RegistryKey::WriteBytes(const char* name, std::span<const std::uint8_t> bytes) const {
     return Code(RegSetValueExA(handle, name, 0, REG_BINARY, bytes.data(), static_cast<DWORD>(bytes.size())));
 }

@@ -33,6 +33,7 @@ class RegistryKey {
     DWORD Read(const char* name, ValueBuffer& value) const;
     // `name` null: the key's default value. The text is stored with its NUL.
     DWORD WriteText(const char* name, const std::string& text) const;
+    DWORD WriteNumber(const char* name, std::uint32_t number) const;
     DWORD WriteBytes(const char* name, std::span<const std::uint8_t> bytes) const;
     // Deletes a key below this one with everything in it. A missing key is not a failure.
     DWORD DeleteTree(const char* name) const;

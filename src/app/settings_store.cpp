@@ -14,6 +14,9 @@ constexpr const char* kSettingsKey = R"(SOFTWARE\Valdrix\ZEL)";
 constexpr const char* kRecordValue = "ProgramSettings";
 constexpr const char* kFolderValue = "Path";
 
+constexpr const char* kDaysValue = "HistoryDays";
+constexpr const char* kMegabytesValue = "HistoryMegabytes";
+
 constexpr const char* kFolderVerbs = R"(Folder\Shell)";
 constexpr const char* kVerb = "Permora";
 constexpr const char* kVerbKey = R"(Folder\Shell\Permora)";
@@ -43,6 +46,13 @@ DWORD LoadProgramFolder(const RegistryKey& key, ProgramSettings& record) {
     return SetProgramFolder(record, folder.substr(0, folder.find('\0'))) ? ERROR_SUCCESS : ERROR_INVALID_DATA;
 }
 
+void LoadNumber(const RegistryKey& key, const char* name, std::uint32_t& number) {
+    std::uint32_t stored = 0;
+    ValueBuffer value{std::as_writable_bytes(std::span(&stored, 1))};
+    const bool isRead = key.Read(name, value) == ERROR_SUCCESS;
+    if (isRead && value.type == REG_DWORD && value.size == sizeof(stored)) number = stored;
+}
+
 // Creates or opens the key and sets one of its values; `name` null: the default value.
 DWORD StoreText(HKEY root, const char* path, const char* name, const std::string& text) {
     RegistryKey key;
@@ -65,6 +75,23 @@ DWORD StoreSettings(const ProgramSettings& record) {
     RegistryKey key;
     DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
     if (error == ERROR_SUCCESS) error = key.WriteBytes(kRecordValue, ScrambleSettings(record));
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
+HistoryLimits LoadHistoryLimits() {
+    HistoryLimits limits;
+    RegistryKey key;
+    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) != ERROR_SUCCESS) return limits;
+    LoadNumber(key, kDaysValue, limits.days);
+    LoadNumber(key, kMegabytesValue, limits.megabytes);
+    return limits;
+}
+
+DWORD StoreHistoryLimits(const HistoryLimits& limits) {
+    RegistryKey key;
+    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
+    if (error == ERROR_SUCCESS) error = key.WriteNumber(kDaysValue, limits.days);
+    if (error == ERROR_SUCCESS) error = key.WriteNumber(kMegabytesValue, limits.megabytes);
     return error == ERROR_SUCCESS ? key.Close() : error;
 }
 

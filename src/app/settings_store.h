@@ -1,12 +1,14 @@
 // Where the settings are kept, and the program's entry in the Explorer's menu for folders: the registry.
 //
 // HKEY_CURRENT_USER, SOFTWARE\Valdrix\ZEL holds "ProgramSettings" (binary, the scrambled record) and "Path"
-// (text, the program's folder, which the installation writes). All functions return 0 or a system error code.
+// (text, the program's folder, which the installation writes), "HistoryDays" and "HistoryMegabytes"
+// (numbers). All functions but one return 0 or a system error code.
 #pragma once
 
 #include <string>
 
 #include "app/settings_record.h"
+#include "history/history_limits.h"
 #include "platform/api/base.h"
 
 namespace permora {
@@ -15,6 +17,10 @@ namespace permora {
 // the stored record has been loaded. ERROR_INVALID_DATA for a malformed value.
 DWORD LoadSettings(ProgramSettings& record);
 DWORD StoreSettings(const ProgramSettings& record);
+
+// Each limit that is not stored, or is no number, is the usual one.
+HistoryLimits LoadHistoryLimits();
+DWORD StoreHistoryLimits(const HistoryLimits& limits);
 
 // Whose settings: the user's, or what users have who have none of their own.
 enum class SettingsOwner { kUser, kEveryUser };

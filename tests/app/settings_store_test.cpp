@@ -69,6 +69,19 @@ TEST_F(SettingsStore, AFolderThatCannotBeReadLeavesTheStoredRecord) {
     EXPECT_EQ(LoadSettings(record), ERROR_INVALID_DATA);
 }
 
+TEST_F(SettingsStore, TheLimitsOfTheHistoryAreKeptAndUsualWhereTheyAreNoNumbers) {
+    EXPECT_EQ(LoadHistoryLimits(), HistoryLimits());
+    const HistoryLimits own = {.days = 7, .megabytes = 0};
+    ASSERT_EQ(StoreHistoryLimits(own), ERROR_SUCCESS);
+    EXPECT_EQ(LoadHistoryLimits(), own);
+    RegistryKey key;
+    Create(key);
+    ASSERT_EQ(key.WriteText("HistoryDays", "365"), ERROR_SUCCESS);
+    EXPECT_EQ(LoadHistoryLimits(), (HistoryLimits{.days = 90, .megabytes = 0}));
+    ASSERT_EQ(key.WriteBytes("HistoryMegabytes", std::vector<std::uint8_t>(8, 1)), ERROR_SUCCESS);
+    EXPECT_EQ(LoadHistoryLimits(), HistoryLimits());
+}
+
 TEST_F(SettingsStore, TheVerbComesAndGoesOnOldSystems) {
     registry.majorVersion = 5;
     RegistryKey shell;
