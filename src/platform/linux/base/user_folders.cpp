@@ -53,6 +53,10 @@ std::string UserConfigurationFolder() {
     return UserFolder("XDG_CONFIG_HOME", "/.config");
 }
 
+std::string UserStateFolder() {
+    return UserFolder("XDG_STATE_HOME", "/.local/state");
+}
+
 std::vector<std::string> DataFolders() {
     std::vector<std::string> folders;
     if (std::string own = UserFolder("XDG_DATA_HOME", "/.local/share"); !own.empty()) folders.push_back(own);

@@ -13,6 +13,8 @@ namespace permora::host {
 std::string HomeOfAccount();
 // For configuration files; empty when the user has no home.
 std::string UserConfigurationFolder();
+// For what programs remember of their work; empty when the user has no home.
+std::string UserStateFolder();
 // For data files: the user's, and then the system's, each an absolute path.
 std::vector<std::string> DataFolders();
 

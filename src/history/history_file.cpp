@@ -1,0 +1,99 @@
+#include "history/history_file.h"
+
+#include <array>
+#include <optional>
+#include <utility>
+
+#include "history/schema.h"
+#include "platform/private_place.h"
+
+namespace permora {
+namespace {
+
+// SQLite's own files beside the database.
+constexpr std::array<const char*, 3> kCompanions = {"-wal", "-shm", "-journal"};
+
+std::string_view FolderOf(std::string_view path) {
+    const std::size_t end = path.find_last_of("/\\");
+    return end == std::string_view::npos ? std::string_view() : path.substr(0, end);
+}
+
+// Where the database really lies, when it and all beside it are nobody else's.
+DWORD FindFile(const std::string& path, Database::Access access, std::string& file) {
+    const std::string folder(FolderOf(path));
+    if (folder.empty()) return ERROR_PATH_NOT_FOUND;
+    const bool isToRead = access == Database::Access::kReadOnly;
+    std::string place;
+    DWORD error = FindPrivateFolder(folder, isToRead ? MissingFolder::kLeave : MissingFolder::kMake, place);
+    if (error != ERROR_SUCCESS)
+        return isToRead && error == ERROR_PATH_NOT_FOUND ? ERROR_FILE_NOT_FOUND : error;
+    place += path.substr(folder.size());
+    if (!isToRead) error = MakePrivateFile(place);
+    if (error == ERROR_SUCCESS) error = CheckPrivateFile(place);
+    for (const char* companion : kCompanions) {
+        if (error != ERROR_SUCCESS) return error;
+        error = CheckPrivateFile(place + companion);
+        if (error == ERROR_FILE_NOT_FOUND) error = ERROR_SUCCESS;
+    }
+    if (error == ERROR_SUCCESS) file = std::move(place);
+    return error;
+}
+
+DWORD AskNumber(Database& database, const char* question, std::int64_t& number) {
+    std::optional<std::int64_t> answer;
+    const DWORD error = database.Ask(question, answer);
+    number = answer.value_or(0);
+    return error;
+}
+
+DWORD MakeSchema(Database& database) {
+    const DWORD error = database.Execute(kSchema);
+    const std::string marks = "PRAGMA application_id=" + std::to_string(kApplicationId) +
+                              ";PRAGMA user_version=" + std::to_string(kSchemaVersion);
+    return error == ERROR_SUCCESS ? database.Execute(marks.c_str()) : error;
+}
+
+// New is a file with nothing in it.
+DWORD CheckSchema(Database& database, bool& isNew) {
+    std::int64_t application = 0;
+    std::int64_t version = 0;
+    std::int64_t tables = 0;
+    DWORD error = AskNumber(database, "PRAGMA application_id", application);
+    if (error == ERROR_SUCCESS) error = AskNumber(database, "PRAGMA user_version", version);
+    if (error == ERROR_SUCCESS) error = AskNumber(database, "SELECT count(*) FROM sqlite_schema", tables);
+    if (error != ERROR_SUCCESS) return error;
+    isNew = application == 0 && version == 0 && tables == 0;
+    if (isNew) return ERROR_SUCCESS;
+    if (application != kApplicationId || version < 1) return ERROR_FILE_CORRUPT;
+    return version == kSchemaVersion ? ERROR_SUCCESS : ERROR_UNKNOWN_REVISION;
+}
+
+// Two programs may find the file new at the same time.
+DWORD MakeNew(Database& database) {
+    // Freed pages go back to the disk, which must be said before there are any. The log keeps readers and the
+    // writer apart, and costs one write to the disk for each transaction.
+    DWORD error = database.Execute("PRAGMA auto_vacuum=INCREMENTAL; PRAGMA journal_mode=WAL");
+    Transaction transaction(database);
+    if (error == ERROR_SUCCESS) error = transaction.Begin();
+    bool isNew = false;
+    if (error == ERROR_SUCCESS) error = CheckSchema(database, isNew);
+    if (error == ERROR_SUCCESS && isNew) error = MakeSchema(database);
+    return error == ERROR_SUCCESS ? transaction.Commit() : error;
+}
+
+}  // namespace
+
+DWORD OpenHistoryFile(const std::string& path, Database::Access access, Database& database) {
+    std::string file;
+    Database opened;
+    DWORD error = FindFile(path, access, file);
+    if (error == ERROR_SUCCESS) error = opened.Open(file, access);
+    bool isNew = false;
+    if (error == ERROR_SUCCESS) error = CheckSchema(opened, isNew);
+    if (error == ERROR_SUCCESS && isNew)
+        error = access == Database::Access::kReadOnly ? ERROR_FILE_NOT_FOUND : MakeNew(opened);
+    if (error == ERROR_SUCCESS) database = std::move(opened);
+    return error;
+}
+
+}  // namespace permora

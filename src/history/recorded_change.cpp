@@ -1,0 +1,329 @@
+#include "history/recorded_change.h"
+
+#include <chrono>
+#include <optional>
+#include <utility>
+
+#include "history/history_file.h"
+#include "history/user_name.h"
+#include "platform/private_place.h"
+
+namespace permora {
+namespace {
+
+constexpr std::size_t kMostFolders = 10000;
+constexpr std::size_t kMostDescriptorBytes = std::size_t{4} << 20;
+
+std::int64_t Now() {
+    return std::chrono::duration_cast<std::chrono::seconds>(
+               std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
+// FNV-1a. It only finds candidates; equal are equal bytes.
+std::int64_t HashOf(std::string_view key) {
+    std::uint64_t hash = 14695981039346656037U;
+    for (const char c : key)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
+    return static_cast<std::int64_t>(hash);
+}
+
+std::optional<std::int64_t> OwnerOf(const StoredSecurity& stored) {
+    if (!stored.hostOwner) return std::nullopt;
+    return *stored.hostOwner;
+}
+
+// All that distinguishes what is kept of one object from that of another.
+std::string KeyOf(const StoredSecurity& stored) {
+    std::string key(stored.bytes.begin(), stored.bytes.end());
+    key += static_cast<char>(stored.form);
+    if (stored.hostOwner) key += std::to_string(*stored.hostOwner);
+    return key;
+}
+
+}  // namespace
+
+struct RecordedChange::Request {
+    std::uint64_t top;
+    std::span<const DescriptorChange> batch;
+    DWORD error = ERROR_SUCCESS;
+    bool isDone = false;
+};
+
+// The connection and what is known to stand in the database. What is kept here only saves questions: a folder
+// may get a second row.
+class RecordedChange::Writer {
+  public:
+    Writer(ChangeKind changeKind, std::int64_t undoneChange) : kind(changeKind), undoes(undoneChange) {}
+
+    DWORD Open(const std::string& path) {
+        return OpenHistoryFile(path, Database::Access::kReadWrite, database);
+    }
+    // Writes all requests in one transaction.
+    DWORD Write(const std::vector<Request*>& requests, std::span<const ChangedTop> tops);
+    DWORD End();
+    std::int64_t Number() const { return number; }
+
+  private:
+    struct TopState {
+        bool isWritten = false;
+        std::string lastFolder;  // of the object before
+        std::int64_t lastNumber = 0;
+    };
+
+    DWORD BeginChange();
+    DWORD WriteTop(std::uint64_t top, const ChangedTop& facts);
+    DWORD WriteObject(std::uint64_t top, const DescriptorChange& change);
+    DWORD FindFolder(std::uint64_t top, std::string_view path, std::int64_t& folder);
+    DWORD FindEntry(std::uint64_t top, std::int64_t above, std::string_view name, std::int64_t& folder);
+    DWORD AddFolder(std::uint64_t top, std::int64_t above, std::string_view name, std::int64_t& folder);
+    DWORD FindDescriptor(const StoredSecurity& stored, std::int64_t& found);
+    DWORD AskDescriptor(const StoredSecurity& stored, std::int64_t hash, std::int64_t& found);
+
+    const ChangeKind kind;
+    const std::int64_t undoes;
+    Database database;
+
+    std::int64_t number = 0;
+    std::int64_t objects = 0;
+    std::int64_t folders = 0;
+    std::optional<std::int64_t> others;  // counts the changes that others make to the database
+    std::vector<TopState> topStates;
+    std::unordered_map<std::string, std::int64_t> knownFolders;
+    std::unordered_map<std::string, std::int64_t> knownDescriptors;
+    std::size_t descriptorBytes = 0;
+
+    Statement addChange{
+        database,
+        "INSERT INTO changes(began, user, kind, undoes, process, process_start) VALUES(?,?,?,?,?,?)"};
+    Statement endChange{database, "UPDATE changes SET ended=?, objects=? WHERE number=?"};
+    Statement addTop{database, "INSERT INTO tops(change, number, path, is_folder, mark) VALUES(?,?,?,?,?)"};
+    Statement addFolder{database, "INSERT INTO folders(change, number, top, above, name) VALUES(?,?,?,?,?)"};
+    Statement addObject{database,
+                        "INSERT INTO objects(change, number, folder, name, is_folder, file, before, after)"
+                        " VALUES(?,?,?,?,?,?,?,?)"};
+    Statement addDescriptor{database, "INSERT INTO descriptors(hash, form, owner, bytes) VALUES(?,?,?,?)"};
+    Statement findDescriptor{
+        database, "SELECT number FROM descriptors WHERE hash=? AND form=? AND owner IS ? AND bytes=?"};
+};
+
+DWORD RecordedChange::Writer::BeginChange() {
+    const ProcessMark process = ThisProcess();
+    const std::string user = OwnUserName();
+    addChange.Bind(Now(), std::string_view(user), static_cast<std::int64_t>(kind), undoes, process.number,
+                   process.start);
+    const DWORD error = addChange.Run();
+    if (error == ERROR_SUCCESS) number = database.LastRow();
+    return error;
+}
+
+DWORD RecordedChange::Writer::WriteTop(std::uint64_t top, const ChangedTop& facts) {
+    addTop.Bind(number, static_cast<std::int64_t>(top), std::string_view(facts.path),
+                std::int64_t{facts.isFolder}, std::span<const std::uint8_t>(facts.mark));
+    return addTop.Run();
+}
+
+DWORD RecordedChange::Writer::AddFolder(std::uint64_t top, std::int64_t above, std::string_view name,
+                                        std::int64_t& folder) {
+    addFolder.Bind(number, ++folders, static_cast<std::int64_t>(top), above, name);
+    folder = folders;
+    return addFolder.Run();
+}
+
+DWORD RecordedChange::Writer::FindEntry(std::uint64_t top, std::int64_t above, std::string_view name,
+                                        std::int64_t& folder) {
+    const std::string key = std::to_string(top) + '\\' + std::to_string(above) + '\\' + std::string(name);
+    const auto known = knownFolders.find(key);
+    if (known != knownFolders.end()) {
+        folder = known->second;
+        return ERROR_SUCCESS;
+    }
+    const DWORD error = AddFolder(top, above, name, folder);
+    if (knownFolders.size() >= kMostFolders) knownFolders.clear();
+    if (error == ERROR_SUCCESS) knownFolders.emplace(key, folder);
+    return error;
+}
+
+// Mostly the folder of the object before, or one in it.
+DWORD RecordedChange::Writer::FindFolder(std::uint64_t top, std::string_view path, std::int64_t& folder) {
+    TopState& state = topStates[top];
+    std::string_view rest = path;
+    folder = 0;
+    if (state.lastNumber != 0 && path == state.lastFolder) {
+        folder = state.lastNumber;
+        return ERROR_SUCCESS;
+    }
+    const std::string_view last = state.lastFolder;
+    const bool isBelow =
+        state.lastNumber != 0 && path.starts_with(last) && (last.empty() || path[last.size()] == '\\');
+    DWORD error = ERROR_SUCCESS;
+    if (isBelow) {
+        folder = state.lastNumber;
+        rest.remove_prefix(last.empty() ? 0 : last.size() + 1);
+    } else {
+        error = FindEntry(top, 0, "", folder);
+    }
+    while (error == ERROR_SUCCESS && !rest.empty()) {
+        const std::size_t end = rest.find('\\');
+        error = FindEntry(top, folder, rest.substr(0, end), folder);
+        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    }
+    if (error != ERROR_SUCCESS) return error;
+    state.lastFolder = path;
+    state.lastNumber = folder;
+    return error;
+}
+
+DWORD RecordedChange::Writer::AskDescriptor(const StoredSecurity& stored, std::int64_t hash,
+                                            std::int64_t& found) {
+    const std::int64_t form = static_cast<std::int64_t>(stored.form);
+    const std::span<const std::uint8_t> bytes = stored.bytes;
+    findDescriptor.Bind(hash, form, OwnerOf(stored), bytes);
+    std::optional<std::int64_t> known;
+    // To the end: a question that is still open keeps its view of the database, and a writer must have the
+    // newest.
+    while (findDescriptor.Next())
+        known = findDescriptor.Number(0);
+    if (known) found = *known;
+    if (known || findDescriptor.Error() != ERROR_SUCCESS) return findDescriptor.Error();
+    addDescriptor.Bind(hash, form, OwnerOf(stored), bytes);
+    const DWORD error = addDescriptor.Run();
+    if (error == ERROR_SUCCESS) found = database.LastRow();
+    return error;
+}
+
+DWORD RecordedChange::Writer::FindDescriptor(const StoredSecurity& stored, std::int64_t& found) {
+    std::string key = KeyOf(stored);
+    const auto known = knownDescriptors.find(key);
+    if (known != knownDescriptors.end()) {
+        found = known->second;
+        return ERROR_SUCCESS;
+    }
+    const DWORD error = AskDescriptor(stored, HashOf(key), found);
+    if (error != ERROR_SUCCESS) return error;
+    if (knownDescriptors.empty() || descriptorBytes > kMostDescriptorBytes) {
+        knownDescriptors.clear();
+        descriptorBytes = 0;
+    }
+    descriptorBytes += key.size();
+    knownDescriptors.emplace(std::move(key), found);
+    return error;
+}
+
+DWORD RecordedChange::Writer::WriteObject(std::uint64_t top, const DescriptorChange& change) {
+    const std::string_view path = change.path;
+    const std::size_t separator = path.rfind('\\');
+    const bool isBelow = separator != std::string_view::npos;
+    std::int64_t folder = 0;
+    std::int64_t before = 0;
+    std::int64_t after = 0;
+    DWORD error = FindFolder(top, path.substr(0, isBelow ? separator : 0), folder);
+    if (error == ERROR_SUCCESS) error = FindDescriptor(change.before, before);
+    if (error == ERROR_SUCCESS) error = FindDescriptor(change.after, after);
+    if (error != ERROR_SUCCESS) return error;
+    addObject.Bind(number, ++objects, folder, isBelow ? path.substr(separator + 1) : path,
+                   std::int64_t{change.isFolder}, static_cast<std::int64_t>(change.fileNumber), before,
+                   after);
+    return addObject.Run();
+}
+
+// After a failure nothing more is written.
+DWORD RecordedChange::Writer::Write(const std::vector<Request*>& requests, std::span<const ChangedTop> tops) {
+    topStates.resize(tops.size());
+    Transaction transaction(database);
+    DWORD error = transaction.Begin();
+    // Others may have removed descriptors that nothing refers to.
+    std::optional<std::int64_t> version;
+    if (error == ERROR_SUCCESS) error = database.Ask("PRAGMA data_version", version);
+    if (version != others) knownDescriptors.clear();
+    others = version;
+    if (error == ERROR_SUCCESS && number == 0) error = BeginChange();
+    for (const Request* request : requests) {
+        TopState& state = topStates[request->top];
+        if (error == ERROR_SUCCESS && !std::exchange(state.isWritten, true))
+            error = WriteTop(request->top, tops[request->top]);
+        for (const DescriptorChange& change : request->batch)
+            if (error == ERROR_SUCCESS) error = WriteObject(request->top, change);
+    }
+    if (error == ERROR_SUCCESS) error = transaction.Commit();
+    return error;
+}
+
+DWORD RecordedChange::Writer::End() {
+    endChange.Bind(Now(), objects, number);
+    return endChange.Run();
+}
+
+RecordedChange::RecordedChange(std::string databasePath, ChangeKind changeKind, std::int64_t undoneChange)
+    : path(std::move(databasePath)), kind(changeKind), undoes(undoneChange) {}
+
+RecordedChange::~RecordedChange() = default;
+
+DWORD RecordedChange::BeginTop(const ChangedTop& top, std::uint64_t& topNumber) {
+    const std::lock_guard lock(guard);
+    topNumber = tops.size();
+    tops.push_back(top);
+    return ERROR_SUCCESS;
+}
+
+// By one thread at a time.
+DWORD RecordedChange::WriteAll(const std::vector<Request*>& requests) {
+    DWORD result = ERROR_SUCCESS;
+    if (!writer) {
+        auto opened = std::make_unique<Writer>(kind, undoes);
+        result = opened->Open(path);
+        if (result == ERROR_SUCCESS) writer = std::move(opened);
+    }
+    if (result != ERROR_SUCCESS) return result;
+    std::vector<ChangedTop> known;
+    {
+        const std::lock_guard lock(guard);
+        known = tops;
+    }
+    return writer->Write(requests, known);
+}
+
+DWORD RecordedChange::Record(std::uint64_t top, std::span<const DescriptorChange> batch) {
+    Request request{top, batch};
+    std::unique_lock lock(guard);
+    if (top >= tops.size()) return ERROR_INVALID_PARAMETER;
+    waiting.push_back(&request);
+    while (!request.isDone && isWriting)
+        written.wait(lock);
+    if (request.isDone) return request.error;
+    // The requests of the threads that came meanwhile are written with this one's.
+    isWriting = true;
+    const std::vector<Request*> requests = std::exchange(waiting, {});
+    const DWORD before = error;
+    lock.unlock();
+    const DWORD result = before != ERROR_SUCCESS ? before : WriteAll(requests);
+    lock.lock();
+    isWriting = false;
+    if (error == ERROR_SUCCESS) error = result;
+    if (result == ERROR_SUCCESS) number = writer->Number();
+    for (Request* done : requests) {
+        done->error = result;
+        done->isDone = true;
+    }
+    written.notify_all();
+    return result;
+}
+
+DWORD RecordedChange::Error() const {
+    const std::lock_guard lock(guard);
+    return error;
+}
+
+std::int64_t RecordedChange::Number() const {
+    const std::lock_guard lock(guard);
+    return number;
+}
+
+void RecordedChange::End() {
+    const std::lock_guard lock(guard);
+    if (number == 0) return;
+    const DWORD result = writer->End();
+    if (error == ERROR_SUCCESS) error = result;
+}
+
+}  // namespace permora

@@ -1,0 +1,41 @@
+// Where a program keeps what nobody else may read or change, and which process is at work there: services of
+// our own beside the system's.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/api/errors.h"
+
+namespace permora {
+
+// Paths here are the host's own, in UTF-8.
+
+// The folder for what programs remember of their work: $XDG_STATE_HOME/permora or .local/state/permora in the
+// home of the user; for root /var/lib/permora, whatever the environment says; on Windows "Permora" in the
+// user's local application data. Empty when there is none.
+std::string StateFolder();
+
+enum class MissingFolder { kMake, kLeave };
+
+// Makes sure that the folder belongs to this process's user and that nobody else decides what is in it.
+// `place` is the folder as it really lies, without links on the way. ERROR_CANT_RESOLVE_FILENAME: it is a
+// link. ERROR_INVALID_OWNER: it belongs to somebody else, or others may write in it. ERROR_PATH_NOT_FOUND.
+DWORD FindPrivateFolder(const std::string& path, MissingFolder missing, std::string& place);
+
+// The same for a file in such a folder. ERROR_FILE_NOT_FOUND.
+DWORD CheckPrivateFile(const std::string& path);
+// Makes an empty file there that this process's user alone may read and write; one that is there stays.
+DWORD MakePrivateFile(const std::string& path);
+
+// A process, as opposed to a later one that got its number.
+struct ProcessMark {
+    std::int64_t number = 0;
+    std::int64_t start = 0;  // its time, in the system's own unit
+
+    bool operator==(const ProcessMark&) const = default;
+};
+ProcessMark ThisProcess();
+bool IsRunning(const ProcessMark& process);
+
+}  // namespace permora
