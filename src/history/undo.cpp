@@ -1,0 +1,334 @@
+#include "history/undo.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "history/undone_top.h"
+#include "platform/api/errors.h"
+#include "platform/system_message.h"
+#include "shares/share_security.h"
+
+namespace permora {
+namespace {
+
+// Each object of a batch is held open, and its descriptors are in memory.
+constexpr std::size_t kBatchObjects = 256;
+constexpr std::size_t kBatchBytes = std::size_t{4} << 20;
+// Of a dry run, whose memory does not grow with the change either.
+constexpr std::size_t kMostUnclear = 65536;
+
+enum class Judgement : std::uint8_t { kRestore, kAsBefore, kChangedSince };
+
+bool HasDescriptorOf(const StoredSecurity& now, const StoredSecurity& other) {
+    return now.form == other.form && now.bytes == other.bytes;
+}
+
+Judgement Judge(const DescriptorChange& change, const StoredSecurity& now) {
+    const StoredSecurity& before = change.before;
+    const StoredSecurity& after = change.after;
+    if (now == before) return Judgement::kAsBefore;
+    if (IsShare(change)) {
+        if (HaveSameList(now, after)) return Judgement::kRestore;
+        return HaveSameList(now, before) ? Judgement::kAsBefore : Judgement::kChangedSince;
+    }
+    // The host's owner is written by itself, so a program that died in between leaves one of each.
+    const bool isOfChange = (HasDescriptorOf(now, after) || HasDescriptorOf(now, before)) &&
+                            (now.hostOwner == after.hostOwner || now.hostOwner == before.hostOwner);
+    return isOfChange ? Judgement::kRestore : Judgement::kChangedSince;
+}
+
+// What is to be written at once. The changes are those of the undo: from what an object has to what it gets.
+struct Batch {
+    std::vector<std::optional<HeldObject>> objects;  // nothing: the top itself
+    std::vector<DescriptorChange> changes;
+    std::set<std::uint64_t> numbers;
+    std::size_t bytes = 0;
+
+    void Add(std::optional<HeldObject> object, const DescriptorChange& undone, StoredSecurity now) {
+        bytes += now.bytes.size() + undone.before.bytes.size();
+        numbers.insert(undone.fileNumber);
+        objects.push_back(std::move(object));
+        changes.push_back({undone.path, undone.isFolder, undone.fileNumber, std::move(now), undone.before});
+    }
+    bool IsFull() const { return objects.size() >= kBatchObjects || bytes >= kBatchBytes; }
+};
+
+class Undo {
+  public:
+    Undo(History& from, const ChangeFacts& about, const UndoOptions& chosen, UndoObserver& watching,
+         UndoCounts& result)
+        : history(from), facts(about), options(chosen), observer(watching), counts(result) {}
+
+    DWORD Run();
+
+  private:
+    using Visit = bool (Undo::*)(const RecordedObject& record);
+
+    bool IsDryRun() const { return options.mode == UndoMode::kDryRun; }
+    DWORD VisitAll(Visit visit);
+    // All of these answer whether to go on; `ending` says why not.
+    bool Take(const RecordedObject& record);
+    bool TakeUnclear(const RecordedObject& record);
+    bool Enter(const RecordedObject& record);
+    bool Put(std::optional<HeldObject> object, const DescriptorChange& undone, StoredSecurity now);
+    bool Flush();
+    bool EndWith(DWORD error);
+
+    // Whether the object was found and read; else it was left alone.
+    bool Read(const DescriptorChange& undone, std::optional<HeldObject>& object, StoredSecurity& now);
+    void LeaveUnfound(const std::string& path, DWORD error);
+    void Leave(const std::string& path, LeftAlone extent, DWORD reason);
+    DWORD Record();
+
+    History& history;
+    const ChangeFacts& facts;
+    const UndoOptions& options;
+    UndoObserver& observer;
+    UndoCounts& counts;
+
+    std::unique_ptr<Change> change;  // the undo's own; null in a dry run
+    std::optional<UndoneTop> top;
+    DWORD topError = ERROR_SUCCESS;
+    std::optional<std::uint64_t> topNumber;  // in `change`
+    Batch batch;
+    DWORD ending = ERROR_SUCCESS;
+
+    // Of a dry run. An object that was recorded twice has neither list of its first record as long as nothing
+    // is written. So those that have neither are looked at again, as they would be by then.
+    std::set<std::uint64_t> unclear;
+    std::map<std::uint64_t, StoredSecurity> byThen;
+};
+
+bool Undo::EndWith(DWORD error) {
+    ending = error;
+    return false;
+}
+
+void Undo::Leave(const std::string& path, LeftAlone extent, DWORD reason) {
+    ++counts.leftAlone;
+    observer.Leave(top->Recorded(), path, extent, reason);
+}
+
+// A folder that is gone is reported once for all that was below it.
+void Undo::LeaveUnfound(const std::string& path, DWORD error) {
+    const std::string end = path.empty() ? path : top->FindEnd(path, error);
+    Leave(end, end == path ? LeftAlone::kObject : LeftAlone::kAllBelow, error);
+}
+
+bool Undo::Enter(const RecordedObject& record) {
+    if (top && top->Holds(record)) return true;
+    if (!Flush()) return false;
+    top.emplace(record, facts.began);
+    topNumber.reset();
+    topError = top->Hold();
+    if (topError == ERROR_SUCCESS && !IsDryRun()) topError = top->TakeTurn();
+    if (topError != ERROR_SUCCESS) observer.Leave(record.top, "", LeftAlone::kAllBelow, topError);
+    return true;
+}
+
+bool Undo::Read(const DescriptorChange& undone, std::optional<HeldObject>& object, StoredSecurity& now) {
+    if (topError != ERROR_SUCCESS || top->IsLost(undone.path)) {
+        ++counts.leftAlone;
+        return false;
+    }
+    DWORD error = top->Find(undone, object);
+    if (error == ERROR_TOO_MANY_OPEN_FILES && !batch.changes.empty()) {
+        if (!Flush()) return false;
+        error = top->Find(undone, object);
+    }
+    if (error != ERROR_SUCCESS) {
+        LeaveUnfound(undone.path, error);
+        return false;
+    }
+    error = top->Read(object, now);
+    if (error != ERROR_SUCCESS) Leave(undone.path, LeftAlone::kObject, error);
+    return error == ERROR_SUCCESS;
+}
+
+bool Undo::Take(const RecordedObject& record) {
+    const DescriptorChange& undone = record.change;
+    if (!observer.Begin(record.top, undone.path)) return EndWith(ERROR_OPERATION_ABORTED);
+    if (!Enter(record)) return false;
+    // What a later record of the same object says comes first.
+    if (batch.numbers.contains(undone.fileNumber) && !Flush()) return false;
+    std::optional<HeldObject> object;
+    StoredSecurity now;
+    if (!Read(undone, object, now)) return ending == ERROR_SUCCESS;
+    const Judgement judgement = Judge(undone, now);
+    if (judgement == Judgement::kAsBefore)
+        ++counts.asBefore;
+    else if (judgement == Judgement::kRestore || options.changedSince == ChangedSince::kOverwrite)
+        return Put(std::move(object), undone, std::move(now));
+    else if (IsDryRun() && unclear.size() < kMostUnclear)
+        unclear.insert(undone.fileNumber);
+    else
+        Leave(undone.path, LeftAlone::kObject, ERROR_REVISION_MISMATCH);
+    return true;
+}
+
+// The second time. The records of an unclear object that fit it as it is have been counted.
+bool Undo::TakeUnclear(const RecordedObject& record) {
+    const DescriptorChange& undone = record.change;
+    if (!unclear.contains(undone.fileNumber)) return true;
+    if (!observer.Begin(record.top, undone.path)) return EndWith(ERROR_OPERATION_ABORTED);
+    if (!Enter(record)) return false;
+    std::optional<HeldObject> object;
+    StoredSecurity now;
+    if (topError != ERROR_SUCCESS || top->IsLost(undone.path) || top->Find(undone, object) != ERROR_SUCCESS ||
+        top->Read(object, now) != ERROR_SUCCESS)
+        return true;
+    const auto known = byThen.find(undone.fileNumber);
+    const Judgement judgement = Judge(undone, known != byThen.end() ? known->second : now);
+    if (Judge(undone, now) == Judgement::kChangedSince) {
+        if (judgement == Judgement::kRestore) ++counts.restored;
+        if (judgement == Judgement::kAsBefore) ++counts.asBefore;
+        if (judgement == Judgement::kChangedSince)
+            Leave(undone.path, LeftAlone::kObject, ERROR_REVISION_MISMATCH);
+    }
+    if (judgement == Judgement::kRestore) byThen[undone.fileNumber] = undone.before;
+    return true;
+}
+
+bool Undo::Put(std::optional<HeldObject> object, const DescriptorChange& undone, StoredSecurity now) {
+    if (IsDryRun()) {
+        ++counts.restored;
+        return true;
+    }
+    batch.Add(std::move(object), undone, std::move(now));
+    return !batch.IsFull() || Flush();
+}
+
+// Makes the batch durable in the undo's own change.
+DWORD Undo::Record() {
+    if (!topNumber) {
+        std::uint64_t number = 0;
+        if (const DWORD error = change->BeginTop(top->Recorded(), number); error != ERROR_SUCCESS)
+            return error;
+        topNumber = number;
+    }
+    return change->Record(*topNumber, batch.changes);
+}
+
+bool Undo::Flush() {
+    if (batch.changes.empty()) return true;
+    if (const DWORD error = Record(); error != ERROR_SUCCESS) return EndWith(error);
+    for (std::size_t i = 0; i < batch.changes.size(); ++i) {
+        const DWORD error = top->Write(batch.objects[i], batch.changes[i]);
+        if (error == ERROR_SUCCESS)
+            ++counts.restored;
+        else
+            Leave(batch.changes[i].path, LeftAlone::kObject, error);
+    }
+    batch = {};
+    return true;
+}
+
+DWORD Undo::VisitAll(Visit visit) {
+    const DWORD error =
+        history.VisitObjects(facts.number, RecordOrder::kReverse,
+                             [this, visit](const RecordedObject& record) { return (this->*visit)(record); });
+    return ending != ERROR_SUCCESS ? ending : error;
+}
+
+DWORD Undo::Run() {
+    if (!IsDryRun()) change = history.Begin(ChangeKind::kUndo, facts.number);
+    DWORD error = VisitAll(&Undo::Take);
+    if (error == ERROR_SUCCESS && !Flush()) error = ending;
+    if (error == ERROR_SUCCESS && !unclear.empty()) {
+        top.reset();
+        error = VisitAll(&Undo::TakeUnclear);
+    }
+    if (change) change->End();
+    return error;
+}
+
+// --- What the history says of the changes afterwards.
+
+// Whether another undo of the change `number` than `undo` has not been taken back.
+DWORD FindOtherUndo(History& history, std::int64_t number, std::int64_t undo, bool& isThere) {
+    std::vector<ChangeFacts> changes;
+    const DWORD error = history.List(changes);
+    if (error != ERROR_SUCCESS) return error;
+    isThere = std::ranges::any_of(changes, [=](const ChangeFacts& other) {
+        return other.kind == ChangeKind::kUndo && other.undoes == number && other.number != undo &&
+               other.state != ChangeState::kUndone;
+    });
+    return ERROR_SUCCESS;
+}
+
+// What the change that `undo` has taken back is, once `undo` is in `state`.
+DWORD FindStateOfUndone(History& history, const ChangeFacts& undo, ChangeState state,
+                        ChangeState& undoneState) {
+    undoneState = ChangeState::kPartlyUndone;
+    if (state == ChangeState::kUndone) {
+        bool isOtherThere = false;
+        const DWORD error = FindOtherUndo(history, undo.undoes, undo.number, isOtherThere);
+        if (error == ERROR_SUCCESS && !isOtherThere) undoneState = ChangeState::kDone;
+        return error;
+    }
+    ChangeFacts undone;
+    const DWORD error = history.Find(undo.undoes, undone);
+    if (error == ERROR_SUCCESS && state == ChangeState::kDone && undo.objects >= undone.objects)
+        undoneState = ChangeState::kUndone;
+    return error;
+}
+
+DWORD Mark(History& history, ChangeFacts facts, ChangeState state) {
+    for (;;) {
+        if (const DWORD error = history.MarkUndone(facts.number, state); error != ERROR_SUCCESS) return error;
+        // A change is older than its undo, whatever the file says.
+        if (facts.kind != ChangeKind::kUndo || facts.undoes <= 0 || facts.undoes >= facts.number)
+            return ERROR_SUCCESS;
+        ChangeState undoneState = state;
+        DWORD error = FindStateOfUndone(history, facts, state, undoneState);
+        if (error == ERROR_SUCCESS) error = history.Find(facts.undoes, facts);
+        if (error == ERROR_NOT_FOUND) return ERROR_SUCCESS;  // it was old enough to be removed
+        if (error != ERROR_SUCCESS) return error;
+        state = undoneState;
+    }
+}
+
+}  // namespace
+
+DWORD UndoChange(History& history, std::int64_t number, const UndoOptions& options, UndoObserver& observer,
+                 UndoCounts& counts) {
+    ChangeFacts facts;
+    if (const DWORD error = history.Find(number, facts); error != ERROR_SUCCESS) return error;
+    if (facts.state == ChangeState::kRunning) return ERROR_BUSY;
+    UndoCounts own;
+    const DWORD error = Undo(history, facts, options, observer, own).Run();
+    counts.restored += own.restored;
+    counts.asBefore += own.asBefore;
+    counts.leftAlone += own.leftAlone;
+    // Where nothing is as it was before, the change is as undone as it was.
+    if (options.mode == UndoMode::kDryRun || own.restored + own.asBefore == 0) return error;
+    const bool isWhole = error == ERROR_SUCCESS && own.leftAlone == 0;
+    const DWORD markError = Mark(history, facts, isWhole ? ChangeState::kUndone : ChangeState::kPartlyUndone);
+    return error != ERROR_SUCCESS ? error : markError;
+}
+
+std::string LeftAloneText(DWORD reason) {
+    switch (reason) {
+        case ERROR_REVISION_MISMATCH:
+            return "it was changed since";
+        case ERROR_FILE_INVALID:
+            return "another object is there now";
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_PATH_NOT_FOUND:
+            return "it is gone, or has another name";
+        case ERROR_CANT_RESOLVE_FILENAME:
+            return "a link leads there now";
+        case ERROR_NOT_SAME_DEVICE:
+            return "something else is mounted there now";
+        case ERROR_BUSY:
+            return "another program of yours is still changing it";
+        default:
+            return SystemMessageLine(reason);
+    }
+}
+
+}  // namespace permora

@@ -1,0 +1,377 @@
+// Taking changes back, on real volumes.
+#include "history/undo.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/api/errors.h"
+#include "platform/held_object.h"
+#include "tests/support/access_lists.h"
+#include "tests/support/command.h"
+#include "tests/support/hex.h"
+#include "tests/support/ntfs_volume.h"
+#include "tests/support/own_mounts.h"
+#include "tests/support/temporary_folder.h"
+
+namespace permora::test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Every object of a tree, the folder first, by its path from there.
+std::vector<std::string> ObjectsOf(const std::string& root) {
+    std::vector<std::string> objects = {""};
+    for (const auto& entry : fs::recursive_directory_iterator(root))
+        objects.push_back(fs::relative(entry.path(), root).string());
+    std::sort(objects.begin(), objects.end());
+    return objects;
+}
+
+std::string PathIn(const std::string& root, const std::string& object) {
+    return object.empty() ? root : root + '/' + object;
+}
+
+// All that is kept of the objects of a tree, as the kernel tells it.
+using TreeState = std::map<std::string, std::string>;
+
+TreeState StateOf(const std::string& root) {
+    TreeState state;
+    for (const std::string& object : ObjectsOf(root)) {
+        const std::string path = PathIn(root, object);
+        struct stat status {};
+        EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
+        std::string text = std::to_string(status.st_uid);
+        for (const char* name : {"security.NTACL", "user.permora.sd", "system.ntfs_acl"}) {
+            std::string value(65536, '\0');
+            const ssize_t size = lgetxattr(path.c_str(), name, value.data(), value.size());
+            if (size >= 0) text += std::string(" ") + name + value.substr(0, static_cast<std::size_t>(size));
+        }
+        state[object] = text;
+    }
+    return state;
+}
+
+std::map<std::string, StoredSecurity> StoredIn(const std::string& root) {
+    std::map<std::string, StoredSecurity> stored;
+    for (const std::string& object : ObjectsOf(root))
+        EXPECT_EQ(Held(PathIn(root, object)).ReadStored(stored[object]), ERROR_SUCCESS) << object;
+    return stored;
+}
+
+std::string WithBackslashes(std::string path) {
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
+}
+
+// Does the work and records what became different below the top, each folder before its contents.
+void Record(Change& change, const std::string& root, const std::function<void()>& work) {
+    const auto before = StoredIn(root);
+    work();
+    const auto after = StoredIn(root);
+    ChangedTop top;
+    ASSERT_EQ(Held(root).FindTop(top), ERROR_SUCCESS);
+    std::uint64_t number = 0;
+    ASSERT_EQ(change.BeginTop(top, number), ERROR_SUCCESS);
+    std::vector<DescriptorChange> batch;
+    for (const auto& [object, stored] : before) {
+        if (stored == after.at(object)) continue;
+        const HeldObject held = Held(PathIn(root, object));
+        batch.push_back(
+            {WithBackslashes(object), held.IsFolder(), held.FileNumber(), stored, after.at(object)});
+    }
+    ASSERT_EQ(change.Record(number, batch), ERROR_SUCCESS);
+}
+
+// Writes down what an undo leaves alone.
+class RecordingUndo : public UndoObserver {
+  public:
+    bool Begin(const ChangedTop& /*top*/, const std::string& /*path*/) override { return begun++ != stopAt; }
+    void Leave(const ChangedTop& /*top*/, const std::string& path, LeftAlone extent, DWORD reason) override {
+        left.push_back(path + (extent == LeftAlone::kAllBelow ? " and below: " : ": ") +
+                       LeftAloneText(reason));
+    }
+    std::size_t begun = 0;
+    std::size_t stopAt = static_cast<std::size_t>(-1);
+    std::vector<std::string> left;
+};
+
+std::string TextOf(const UndoCounts& counts) {
+    return std::to_string(counts.restored) + " restored, " + std::to_string(counts.asBefore) +
+           " as before, " + std::to_string(counts.leftAlone) + " left alone";
+}
+
+constexpr UndoOptions kDryRun = {.mode = UndoMode::kDryRun};
+constexpr UndoOptions kForce = {.changedSince = ChangedSince::kOverwrite};
+
+// A history, and a tree with what there is on a volume: lists, objects without one, several owners.
+class TreeToUndo {
+  public:
+    TreeToUndo(const std::string& folder, const std::string& historyFolder) : root(folder + "/top") {
+        EXPECT_EQ(History::Open(historyFolder + "/history.db", history), DWORD{ERROR_SUCCESS});
+        for (const char* name : {"", "/sub", "/sub/deep", "/other"})
+            EXPECT_TRUE(fs::create_directory(root + name));
+        for (const char* name : {"a", "sub/b", "sub/deep/c", "other/d"})
+            EXPECT_EQ(RunCommand({"touch", Path(name)}).exitCode, 0);
+        EXPECT_EQ(SetDescriptorText(Path("sub"), "D:P(A;OICI;FA;;;BA)(A;;FR;;;WD)"), 0U);
+        EXPECT_EQ(SetDescriptorText(Path("sub/b"), "D:(A;;FX;;;BG)"), 0U);
+    }
+
+    std::string Path(const std::string& object) const { return PathIn(root, object); }
+    const std::string& Root() const { return root; }
+    TreeState State() const { return StateOf(root); }
+
+    std::int64_t Change(const std::function<void()>& work) {
+        const auto change = history->Begin(ChangeKind::kPermissions);
+        Record(*change, root, work);
+        change->End();
+        return change->Number();
+    }
+    // Lists of two folders and their contents, and an owner: a record of each of the eight objects.
+    std::int64_t ChangeLists() {
+        return Change([this] {
+            EXPECT_EQ(SetDescriptorText(root, "D:P(A;OICI;FA;;;BA)(D;OICI;FR;;;BG)"), 0U);
+            EXPECT_EQ(SetDescriptorText(Path("sub"), "D:P(A;OICI;FA;;;SY)"), 0U);
+            EXPECT_EQ(SetDescriptorText(Path("other/d"), "O:S-1-22-1-" + std::to_string(geteuid())), 0U);
+        });
+    }
+
+    std::string Undo(std::int64_t number, const UndoOptions& options = {}, DWORD expected = ERROR_SUCCESS) {
+        UndoCounts counts;
+        observer.begun = 0;
+        observer.left.clear();
+        EXPECT_EQ(UndoChange(*history, number, options, observer, counts), expected);
+        return TextOf(counts);
+    }
+    ChangeState StateOfChange(std::int64_t number) {
+        ChangeFacts facts;
+        EXPECT_EQ(history->Find(number, facts), ERROR_SUCCESS);
+        return facts.state;
+    }
+    std::int64_t LastUndo() {
+        std::vector<ChangeFacts> changes;
+        EXPECT_EQ(history->List(changes), ERROR_SUCCESS);
+        return changes.empty() ? 0 : changes.front().number;
+    }
+
+    RecordingUndo observer;
+    std::unique_ptr<History> history;
+
+  private:
+    const std::string root;
+};
+
+std::string Difference(const TreeState& one, const TreeState& other) {
+    std::string text;
+    for (const auto& [object, state] : one)
+        if (const auto found = other.find(object); found == other.end() || found->second != state)
+            text += "'" + object + "' ";
+    return text;
+}
+
+// There and back, and forth again; what went wrong.
+std::string UndoAndRedo(const std::string& folder, const std::string& historyFolder) {
+    TreeToUndo tree(folder, historyFolder);
+    const TreeState before = tree.State();
+    const std::int64_t change = tree.ChangeLists();
+    const TreeState after = tree.State();
+    const std::string dry = tree.Undo(change, kDryRun);
+    if (tree.State() != after) return "the dry run wrote";
+    const std::string undone = tree.Undo(change);
+    if (tree.State() != before) return "not undone: " + Difference(before, tree.State());
+    if (tree.StateOfChange(change) != ChangeState::kUndone) return "not marked";
+    const std::int64_t undo = tree.LastUndo();
+    const std::string again = tree.Undo(change);
+    const std::string redone = tree.Undo(undo);
+    if (tree.State() != after) return "not redone: " + Difference(after, tree.State());
+    if (tree.StateOfChange(change) != ChangeState::kDone || tree.StateOfChange(undo) != ChangeState::kUndone)
+        return "the redo is not marked";
+    return dry + "; " + undone + "; " + again + "; " + redone;
+}
+
+constexpr const char* kAllBack =
+    "8 restored, 0 as before, 0 left alone; 8 restored, 0 as before, 0 left alone; "
+    "0 restored, 8 as before, 0 left alone; 8 restored, 0 as before, 0 left alone";
+
+TEST(UndoTest, EveryByteComesBackOnEveryVolume) {
+    const TemporaryFolder local;
+    EXPECT_EQ(UndoAndRedo(local.Path(), local.Path()), kAllBack);
+    if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const TemporaryFolder ofUser;
+    constexpr uid_t kNobody = 65534;
+    ASSERT_EQ(chown(ofUser.Path().c_str(), kNobody, kNobody), 0);
+    EXPECT_EQ(AsOrdinaryUser([&] { return UndoAndRedo(ofUser.Path(), ofUser.Path()); }), kAllBack);
+    const TemporaryFolder forHistory;
+    NtfsVolume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    EXPECT_EQ(UndoAndRedo(volume.Root(), forHistory.Path()), kAllBack);
+    EXPECT_THAT(volume.Audit(), testing::HasSubstr("No errors were found"));
+}
+
+class UndoHere : public testing::Test {
+  protected:
+    // So that what is made from now on is younger.
+    static void LetTimePass() { std::this_thread::sleep_for(std::chrono::milliseconds(1100)); }
+
+    const TemporaryFolder folder;
+    TreeToUndo tree{folder.Path(), folder.Path()};
+    const TreeState before = tree.State();
+    const std::int64_t change = tree.ChangeLists();
+};
+
+TEST_F(UndoHere, WhatBecameOtherIsLeftAloneAndNamed) {
+    LetTimePass();
+    const std::string elsewhere = folder.MakeFolder("elsewhere");
+    folder.MakeFolder("elsewhere/deep");
+    folder.MakeFile("elsewhere/deep/c");
+    folder.MakeFile("elsewhere/b");
+    const TreeState outside = StateOf(elsewhere);
+    ASSERT_EQ(SetDescriptorText(tree.Path("a"), "D:P(A;;FR;;;WD)"), 0U);
+    const TreeState changed = tree.State();
+    fs::remove(tree.Path("other/d"));
+    folder.MakeFile("top/other/d");
+    fs::rename(tree.Path("sub"), folder.Path("moved"));
+    fs::create_directory_symlink(elsewhere, tree.Path("sub"));
+    EXPECT_EQ(tree.Undo(change, kDryRun), "2 restored, 0 as before, 6 left alone");
+    const std::vector<std::string> left = tree.observer.left;
+    EXPECT_EQ(tree.Undo(change), "2 restored, 0 as before, 6 left alone");
+    EXPECT_THAT(tree.observer.left,
+                ElementsAre("sub and below: another object is there now",
+                            "other\\d: another object is there now", "a: it was changed since"));
+    EXPECT_THAT(left, testing::UnorderedElementsAreArray(tree.observer.left));
+    EXPECT_EQ(tree.StateOfChange(change), ChangeState::kPartlyUndone);
+    EXPECT_EQ(StateOf(elsewhere), outside);
+    EXPECT_EQ(tree.State().at("a"), changed.at("a"));
+    EXPECT_EQ(tree.State().at("other"), before.at("other"));
+
+    // Names are never followed to other objects, but what was changed may be overwritten.
+    EXPECT_EQ(tree.Undo(change, kForce), "1 restored, 2 as before, 5 left alone");
+    EXPECT_EQ(tree.State().at("a"), before.at("a"));
+    EXPECT_EQ(StateOf(elsewhere), outside);
+    fs::remove(tree.Path("sub"));
+    fs::rename(folder.Path("moved"), tree.Path("sub"));
+    EXPECT_EQ(tree.Undo(change), "4 restored, 3 as before, 1 left alone");
+    EXPECT_EQ(tree.State(), before);  // the other object has no list either
+}
+
+// A line for each of a million objects would hide what matters.
+TEST_F(UndoHere, WhatIsGoneIsNamedOnceWithAllBelow) {
+    fs::rename(tree.Path("sub/deep"), tree.Path("sub/renamed"));
+    fs::remove(tree.Path("sub/b"));
+    tree.Undo(change);
+    EXPECT_THAT(tree.observer.left, ElementsAre("sub\\deep and below: it is gone, or has another name",
+                                                "sub\\b: it is gone, or has another name"));
+    for (const bool isReplaced : {false, true}) {
+        fs::rename(tree.Root(), folder.Path("away"));
+        if (isReplaced) folder.MakeFolder("top");
+        EXPECT_EQ(tree.Undo(change), "0 restored, 0 as before, 8 left alone");
+        EXPECT_THAT(tree.observer.left,
+                    ElementsAre(isReplaced ? " and below: another object is there now"
+                                           : " and below: it is gone, or has another name"));
+        if (isReplaced) fs::remove(tree.Root());
+        fs::rename(folder.Path("away"), tree.Root());
+    }
+    EXPECT_EQ(tree.StateOfChange(change), ChangeState::kPartlyUndone);
+}
+
+TEST_F(UndoHere, WhatIsMountedInBetweenIsNotEntered) {
+    if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    ASSERT_EQ(EnterOwnMounts(), "");
+    ASSERT_EQ(mount("tmpfs", tree.Path("sub").c_str(), "tmpfs", 0, nullptr), 0);
+    EXPECT_EQ(tree.Undo(change), "4 restored, 0 as before, 4 left alone");
+    EXPECT_THAT(tree.observer.left, ElementsAre("sub and below: something else is mounted there now"));
+    ASSERT_EQ(umount(tree.Path("sub").c_str()), 0);
+    EXPECT_EQ(tree.Undo(change), "4 restored, 4 as before, 0 left alone");
+    EXPECT_EQ(tree.State(), before);
+}
+
+TEST_F(UndoHere, AnUndoThatWasStoppedGoesOn) {
+    tree.observer.stopAt = 0;
+    EXPECT_EQ(tree.Undo(change, {}, ERROR_OPERATION_ABORTED), "0 restored, 0 as before, 0 left alone");
+    EXPECT_EQ(tree.StateOfChange(change), ChangeState::kDone);
+    tree.observer.stopAt = static_cast<std::size_t>(-1);
+    EXPECT_EQ(tree.Undo(change), "8 restored, 0 as before, 0 left alone");
+    EXPECT_EQ(tree.Undo(99, {}, ERROR_NOT_FOUND), "0 restored, 0 as before, 0 left alone");
+}
+
+// The owner of the host is written by itself; a program that dies in between leaves one old and one new.
+TEST_F(UndoHere, AnObjectThatWasHalfWrittenComesBackToo) {
+    if (geteuid() != 0) GTEST_SKIP() << "other owners need root";
+    const std::int64_t second = tree.Change([this] {
+        EXPECT_EQ(SetDescriptorText(tree.Path("a"), "O:S-1-22-1-1"), 0U);
+        EXPECT_EQ(SetDescriptorText(tree.Path("sub/b"), "O:S-1-22-1-1"), 0U);
+    });
+    ASSERT_EQ(chown(tree.Path("a").c_str(), 0, 0), 0);
+    ASSERT_EQ(chown(tree.Path("sub/b").c_str(), 2, 0), 0);
+    EXPECT_EQ(tree.Undo(second), "1 restored, 0 as before, 1 left alone");
+    EXPECT_EQ(tree.Undo(second, kForce), "1 restored, 1 as before, 0 left alone");
+    EXPECT_EQ(tree.Undo(change), "8 restored, 0 as before, 0 left alone");
+    EXPECT_EQ(tree.State(), before);
+}
+
+// Two names of a file, or two tops of which one holds the other.
+TEST(UndoTwiceTest, WhatWasRecordedTwiceComesBackInReverseOrder) {
+    const TemporaryFolder folder;
+    TreeToUndo tree(folder.Path(), folder.Path());
+    fs::create_hard_link(tree.Path("sub/b"), tree.Path("other/linked"));
+    const TreeState before = tree.State();
+    const auto both = tree.history->Begin(ChangeKind::kReset);
+    Record(*both, tree.Path("sub"), [&] { SetDescriptorText(tree.Path("sub"), "D:P(A;OICI;FR;;;WD)"); });
+    Record(*both, tree.Path("other"), [&] { SetDescriptorText(tree.Path("other"), "D:P(A;OICI;FX;;;WD)"); });
+    Record(*both, tree.Path("other"),
+           [&] { SetDescriptorText(tree.Path("other/linked"), "D:P(A;;FA;;;WD)"); });
+    both->End();
+    const TreeState after = tree.State();
+    const std::string dry = tree.Undo(both->Number(), kDryRun);
+    EXPECT_EQ(tree.State(), after);
+    EXPECT_EQ(tree.Undo(both->Number()), dry);
+    EXPECT_THAT(tree.observer.left, IsEmpty());
+    EXPECT_EQ(tree.State(), before);
+    EXPECT_EQ(tree.Undo(tree.LastUndo()), dry);
+    EXPECT_EQ(tree.State(), after);
+}
+
+TEST(UndoBatchTest, ALargeChangeComesBackInBatches) {
+    const TemporaryFolder folder;
+    TreeToUndo tree(folder.Path(), folder.Path());
+    for (int i = 0; i < 400; ++i)
+        folder.MakeFile("top/other/" + std::to_string(i));
+    const TreeState before = tree.State();
+    const std::int64_t change = tree.ChangeLists();
+    tree.observer.stopAt = 300;
+    EXPECT_EQ(tree.Undo(change, {}, ERROR_OPERATION_ABORTED), "256 restored, 0 as before, 0 left alone");
+    EXPECT_EQ(tree.StateOfChange(change), ChangeState::kPartlyUndone);
+    // Where the process may not have a whole batch open.
+    const auto undone = InAnotherProcess([&] {
+        const rlimit few = {64, 64};
+        setrlimit(RLIMIT_NOFILE, &few);
+        tree.observer.stopAt = static_cast<std::size_t>(-1);
+        return tree.Undo(change);
+    });
+    EXPECT_EQ(undone, "152 restored, 256 as before, 0 left alone");
+    EXPECT_EQ(tree.State(), before);
+    // One of the two undos has not been taken back.
+    tree.observer.stopAt = static_cast<std::size_t>(-1);
+    EXPECT_EQ(tree.Undo(tree.LastUndo()), "152 restored, 0 as before, 0 left alone");
+    EXPECT_EQ(tree.StateOfChange(change), ChangeState::kPartlyUndone);
+    EXPECT_EQ(tree.Undo(change), "152 restored, 256 as before, 0 left alone");
+    EXPECT_EQ(tree.StateOfChange(change), ChangeState::kUndone);
+}
+
+}  // namespace
+}  // namespace permora::test
