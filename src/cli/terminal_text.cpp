@@ -11,31 +11,6 @@
 namespace permora {
 namespace {
 
-struct CharacterRange {
-    char32_t first;
-    char32_t last;
-};
-
-// Invisible characters that reverse the text around them, join or split it, or end a line. The Unicode
-// Character Database's general category Cf, and the two separators Zl and Zp.
-constexpr std::array<CharacterRange, 9> kUnseenCharacters = {{
-    {0x00AD, 0x00AD},
-    {0x061C, 0x061C},
-    {0x180E, 0x180E},
-    {0x200B, 0x200F},
-    {0x2028, 0x202E},
-    {0x2060, 0x206F},
-    {0xFEFF, 0xFEFF},
-    {0xFFF9, 0xFFFB},
-    {0xE0000, 0xE007F},
-}};
-
-bool IsUnseen(char32_t character) {
-    return std::any_of(kUnseenCharacters.begin(), kUnseenCharacters.end(), [character](CharacterRange range) {
-        return character >= range.first && character <= range.last;
-    });
-}
-
 // A byte that begins no UTF-8 character is one byte of no character.
 Utf8Character DecodeFirst(std::string_view text) {
     const Utf8Character first = FirstUtf8Character(text);
@@ -70,7 +45,8 @@ std::string PrintableText(std::string_view text) {
         const Utf8Character next = DecodeFirst(text);
         if (!next.isWellFormed)
             printable += "\\x" + HexText(static_cast<unsigned char>(text.front()));
-        else if (ColumnsOfCharacter(next.codePoint) < 0 || next.codePoint == 0 || IsUnseen(next.codePoint))
+        else if (ColumnsOfCharacter(next.codePoint) < 0 || next.codePoint == 0 ||
+                 IsUnseenCharacter(next.codePoint))
             printable += "\\u{" + HexText(static_cast<unsigned>(next.codePoint)) + '}';
         else
             printable += text.substr(0, next.bytes);

@@ -1,5 +1,8 @@
 #include "platform/utf8.h"
 
+#include <algorithm>
+#include <array>
+
 namespace permora {
 namespace {
 
@@ -24,7 +27,32 @@ SequenceShape ShapeOf(unsigned char first) {
     return {0, 0, 0};
 }
 
+struct CharacterRange {
+    char32_t first;
+    char32_t last;
+};
+
+// Invisible characters that reverse the text around them, join or split it, or end a line. The Unicode
+// Character Database's general category Cf, and the two separators Zl and Zp.
+constexpr std::array<CharacterRange, 9> kUnseenCharacters = {{
+    {0x00AD, 0x00AD},
+    {0x061C, 0x061C},
+    {0x180E, 0x180E},
+    {0x200B, 0x200F},
+    {0x2028, 0x202E},
+    {0x2060, 0x206F},
+    {0xFEFF, 0xFEFF},
+    {0xFFF9, 0xFFFB},
+    {0xE0000, 0xE007F},
+}};
+
 }  // namespace
+
+bool IsUnseenCharacter(char32_t character) {
+    return std::any_of(kUnseenCharacters.begin(), kUnseenCharacters.end(), [character](CharacterRange range) {
+        return character >= range.first && character <= range.last;
+    });
+}
 
 Utf8Character FirstUtf8Character(std::string_view text) {
     const auto first = static_cast<unsigned char>(text[0]);
@@ -41,6 +69,27 @@ Utf8Character FirstUtf8Character(std::string_view text) {
         codePoint = (codePoint << 6) | (byte & 0x3FU);
     }
     return {codePoint, shape.length, true};
+}
+
+void AppendUtf8(char32_t character, std::string& text) {
+    const auto continuation = [&](unsigned shift) {
+        text += static_cast<char>(0x80 | ((character >> shift) & 0x3F));
+    };
+    if (character < 0x80) {
+        text += static_cast<char>(character);
+    } else if (character < 0x800) {
+        text += static_cast<char>(0xC0 | (character >> 6));
+        continuation(0);
+    } else if (character < 0x10000) {
+        text += static_cast<char>(0xE0 | (character >> 12));
+        continuation(6);
+        continuation(0);
+    } else {
+        text += static_cast<char>(0xF0 | (character >> 18));
+        continuation(12);
+        continuation(6);
+        continuation(0);
+    }
 }
 
 }  // namespace permora

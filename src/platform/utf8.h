@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace permora {
@@ -16,5 +17,11 @@ struct Utf8Character {
 
 // The character at the start of `text`, which is not empty.
 Utf8Character FirstUtf8Character(std::string_view text);
+
+// Adds a character to a text. `character` is no surrogate.
+void AppendUtf8(char32_t character, std::string& text);
+
+// Whether a character cannot be seen, and turns the text around it, joins or splits it, or ends a line.
+bool IsUnseenCharacter(char32_t character);
 
 }  // namespace permora

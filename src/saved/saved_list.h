@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/nt/security_descriptor.h"
 

@@ -4,9 +4,10 @@
 #include <cstddef>
 #include <memory>
 #include <span>
+#include <string>
 
 #include "platform/api/errors.h"
-#include "platform/resources.h"
+#include "platform/sequential_file.h"
 #include "saved/saved_list.h"
 
 namespace permora {
@@ -25,12 +26,12 @@ class SavedFileInput : public SavedInput {
   public:
     // `path` is one of files.h. Links are followed, as for any file that is only read.
     static DWORD Open(const std::string& path, SavedFileInput& input);
-    DWORD Read(std::span<char> block, std::size_t& count) override;
-    // The next Read begins at the file's beginning. ERROR_SEEK_ON_DEVICE for what can be read once only.
-    DWORD Rewind();
+    DWORD Read(std::span<char> block, std::size_t& count) override { return file.Read(block, count); }
+    // The next Read begins at the file's beginning. ERROR_NOT_SUPPORTED for what can be read once only.
+    DWORD Rewind() { return file.Rewind(); }
 
   private:
-    UniqueHandle file;
+    SequentialFile file;
 };
 
 // Only when Next has come to the end without a fault is the text whole and as it was written: it is checked

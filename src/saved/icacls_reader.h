@@ -1,0 +1,35 @@
+// The text in which the system's tool icacls saves DACLs, read.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "saved/saved_lines.h"
+#include "saved/saved_list_reader.h"
+
+namespace permora {
+
+class IcaclsReader : public SavedListReader {
+  public:
+    explicit IcaclsReader(SavedLines text);
+
+    const SavedHead& Head() const override { return head; }
+    const SavedTop& Top() const override { return top; }
+    std::size_t TopCount() const override { return 1; }
+    bool Next(SavedObject& object, SavedFault& fault) override;
+
+  private:
+    bool NextLine(std::string& line);
+    bool TakeDescriptor(const std::string& sddl);
+    bool Refuse(const char* reason);
+
+    SavedLines lines;
+    SavedHead head;
+    SavedTop top;
+    std::string lastSddl;  // most objects have the list of the one before
+    std::shared_ptr<const SavedDescriptor> lastDescriptor;
+    SavedFault problem;
+};
+
+}  // namespace permora
