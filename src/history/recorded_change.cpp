@@ -261,6 +261,9 @@ RecordedChange::~RecordedChange() = default;
 
 DWORD RecordedChange::BeginTop(const ChangedTop& top, std::uint64_t& topNumber) {
     const std::lock_guard lock(guard);
+    // Nobody could find it again.
+    if (top.path.empty() && error == ERROR_SUCCESS) error = ERROR_PATH_NOT_FOUND;
+    if (error != ERROR_SUCCESS) return error;
     topNumber = tops.size();
     tops.push_back(top);
     return ERROR_SUCCESS;

@@ -4,6 +4,7 @@
 // The recorder makes that durable; only then the objects are written, through the handles that were read.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -34,7 +35,9 @@ struct StoredSecurity {
 
 // The object on which a change begins: the one that the user has named.
 struct ChangedTop {
-    std::string path;  // absolute, as files.h takes it; the name of a share
+    // Absolute, as files.h takes it; the name of a share. Empty when no path leads to the object, which
+    // nobody can find again then.
+    std::string path;
     bool isFolder = false;
     std::vector<std::uint8_t> mark;  // what knows it again (HeldObject::Mark); empty for a share
 };
@@ -62,6 +65,10 @@ class ChangeRecorder {
     // than was announced before.
     virtual DWORD Record(std::uint64_t top, std::span<const DescriptorChange> batch) = 0;
 
+    // How many objects are best handed over at once, since a batch takes about as long as one object to make
+    // durable. 0: nothing is kept, so the calls above may be left out.
+    virtual std::size_t BatchSize() const { return 512; }
+
     // The first failure of these calls, or 0. It tells a change that could not be recorded from one that
     // could not be written.
     virtual DWORD Error() const = 0;
@@ -77,6 +84,7 @@ class NoRecord : public ChangeRecorder {
     DWORD Record(std::uint64_t /*top*/, std::span<const DescriptorChange> /*batch*/) override {
         return ERROR_SUCCESS;
     }
+    std::size_t BatchSize() const override { return 0; }
     DWORD Error() const override { return ERROR_SUCCESS; }
 };
 inline ChangeRecorder& Unrecorded() {

@@ -84,6 +84,15 @@ DWORD ObjectHandle::TakeForListing(UniqueFd& listing) {
     return ERROR_SUCCESS;
 }
 
+DWORD ObjectHandle::Duplicate(ObjectHandle& handle) const {
+    UniqueFd opened(fcntl(Descriptor(), F_DUPFD_CLOEXEC, 0));
+    if (!opened) return ErrorFromErrno(errno);
+    handle.descriptor = std::move(opened);
+    handle.isReadable = isReadable;
+    handle.status = status;
+    return ERROR_SUCCESS;
+}
+
 DWORD ObjectHandle::ReadLinkText(std::string& text) const {
     std::array<char, PATH_MAX> target{};
     const ssize_t length = readlinkat(Descriptor(), "", target.data(), target.size());

@@ -57,6 +57,8 @@ class ObjectHandle {
     DWORD OpenForListing(UniqueFd& listing) const;
     // The same, for the last user of the handle: the handle's own where that is readable.
     DWORD TakeForListing(UniqueFd& listing);
+    // A second handle of the same object, readable like this one.
+    DWORD Duplicate(ObjectHandle& handle) const;
     // The text of a link.
     DWORD ReadLinkText(std::string& text) const;
 

@@ -38,12 +38,6 @@ DWORD OpenBelow(int folder, const std::string& hostPath, int flags, ObjectHandle
     return ObjectHandle::Adopt(std::move(opened), object);
 }
 
-DWORD Duplicate(const ObjectHandle& object, ObjectHandle& duplicate) {
-    host::UniqueFd opened(fcntl(object.Descriptor(), F_DUPFD_CLOEXEC, 0));
-    if (!opened) return host::ErrorFromErrno(errno);
-    return ObjectHandle::Adopt(std::move(opened), duplicate);
-}
-
 // From `folder` along shown names; `folder` becomes the one that holds the last, `lastHostName`.
 DWORD Descend(std::string_view path, ObjectHandle& folder, std::string& lastHostName) {
     std::string hostPath;
@@ -83,12 +77,12 @@ DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
     host::ResolvedObject& found = held->target;
     DWORD error = ERROR_SUCCESS;
     if (path.empty()) {
-        error = Duplicate(here.object, found.object);
-        if (error == ERROR_SUCCESS && here.parent) error = Duplicate(here.parent, found.parent);
+        error = here.object.Duplicate(found.object);
+        if (error == ERROR_SUCCESS && here.parent) error = here.parent.Duplicate(found.parent);
     } else {
         if (path.back() == '\\') return ERROR_INVALID_NAME;
         std::string hostName;
-        error = Duplicate(here.object, found.parent);
+        error = here.object.Duplicate(found.parent);
         if (error == ERROR_SUCCESS) error = Descend(path, found.parent, hostName);
         if (error == ERROR_SUCCESS)
             error = OpenBelow(found.parent.Descriptor(), hostName, O_NOFOLLOW, found.object);

@@ -13,6 +13,7 @@
 #include "platform/linux/security/held_object_inside.h"
 #include "platform/linux/security/owner_setting.h"
 #include "platform/linux/security/propagation.h"
+#include "platform/linux/security/recorded_top.h"
 #include "platform/security_change.h"
 
 namespace permora {
@@ -56,6 +57,48 @@ DWORD MakeChanged(const ResolvedObject& target, const SecurityChange& change, PS
     return ERROR_SUCCESS;
 }
 
+// From what is kept to what will be.
+struct Step {
+    StoredSecurity before;
+    StoredSecurity after;
+    bool operator==(const Step&) const = default;
+};
+
+DWORD Prepare(ResolvedObject& target, const SecurityChange& change, PSECURITY_DESCRIPTOR expected,
+              DescriptorStore& store, nt::SecurityDescriptor& descriptor, Step& step) {
+    DWORD error = target.object.Refresh();
+    if (error == ERROR_SUCCESS) error = MakeChanged(target, change, expected, store, descriptor);
+    if (error != ERROR_SUCCESS) return error;
+    step.before = store.Found(target.object);
+    return change.Has(OWNER_SECURITY_INFORMATION)
+               ? host::PrepareWithOwner(target.object, descriptor, store, step.after)
+               : store.Prepare(target.object, descriptor, step.after);
+}
+
+// Recording takes long enough for others to change the object, so it is done again until what was recorded is
+// what is about to be done.
+DWORD PrepareRecorded(ResolvedObject& target, const SecurityChange& change, PSECURITY_DESCRIPTOR expected,
+                      const host::RecordedTop& top, DescriptorStore& store,
+                      nt::SecurityDescriptor& descriptor, Step& step) {
+    constexpr int kMostAttempts = 10;
+    DWORD error = Prepare(target, change, expected, store, descriptor, step);
+    if (top.BatchSize() == 0) return error;
+    for (int attempt = 0; error == ERROR_SUCCESS && attempt < kMostAttempts; ++attempt) {
+        if (step.before == step.after) return ERROR_SUCCESS;
+        const DescriptorChange record{.path = {},
+                                      .isFolder = target.object.IsFolder(),
+                                      .fileNumber = target.object.Status().st_ino,
+                                      .before = step.before,
+                                      .after = step.after};
+        error = top.Record({&record, 1});
+        if (error != ERROR_SUCCESS) return error;
+        const Step recorded = std::move(step);
+        error = Prepare(target, change, expected, store, descriptor, step);
+        if (error == ERROR_SUCCESS && step == recorded) return ERROR_SUCCESS;
+    }
+    return error == ERROR_SUCCESS ? ERROR_REVISION_MISMATCH : error;
+}
+
 // The requested parts, self-relative.
 DWORD HandOut(nt::SecurityDescriptor descriptor, SECURITY_INFORMATION parts, UniqueLocal<void>& block) {
     ReduceToParts(descriptor, parts);
@@ -85,25 +128,26 @@ DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& part
 }
 
 DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
-                                PSECURITY_DESCRIPTOR expected, ChangeRecorder& /*recorder*/,
+                                PSECURITY_DESCRIPTOR expected, ChangeRecorder& recorder,
                                 FailuresBelow& below) const {
-    host::ObjectHandle& object = inside->target.object;
+    host::ResolvedObject& target = inside->target;
     SecurityChange change;
     host::ObjectTurn turn;
+    host::RecordedTop top;
     DescriptorStore store;
     nt::SecurityDescriptor descriptor;
+    Step step;
     DWORD error = TakeChange(information, parts, change);
-    if (error == ERROR_SUCCESS && !inside->turn) error = turn.Take(object);
-    if (error == ERROR_SUCCESS) error = object.Refresh();
-    if (error == ERROR_SUCCESS) error = MakeChanged(inside->target, change, expected, store, descriptor);
-    if (error != ERROR_SUCCESS) return error;
-    const StoredSecurity before = store.Found(object);
-    StoredSecurity after;
-    error = change.Has(OWNER_SECURITY_INFORMATION) ? host::PrepareWithOwner(object, descriptor, store, after)
-                                                   : store.Prepare(object, descriptor, after);
-    if (error == ERROR_SUCCESS) error = store.Replace(object, before, after);
-    const bool handsDown = change.Has(DACL_SECURITY_INFORMATION) && object.IsFolder();
-    if (error == ERROR_SUCCESS && handsDown) below = host::PropagateList(object, ListOf(descriptor), store);
+    if (error == ERROR_SUCCESS && !inside->turn) error = turn.Take(target.object);
+    if (error == ERROR_SUCCESS) error = top.Begin(*this, recorder);
+    if (error == ERROR_SUCCESS)
+        error = PrepareRecorded(target, change, expected, top, store, descriptor, step);
+    if (error == ERROR_SUCCESS) error = store.Replace(target.object, step.before, step.after);
+    const bool handsDown = change.Has(DACL_SECURITY_INFORMATION) && target.object.IsFolder();
+    if (error != ERROR_SUCCESS || !handsDown) return error;
+    FailuresBelow failures;
+    error = host::PropagateList(target.object, ListOf(descriptor), store, top, failures);
+    if (error == ERROR_SUCCESS) below = std::move(failures);
     return error;
 }
 

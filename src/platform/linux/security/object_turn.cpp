@@ -142,27 +142,27 @@ void ObjectTurn::Leave() {
     isTaken = false;
 }
 
-DWORD WalkTurns::Take(const ObjectHandle& object) {
-    if (!object.IsFolder()) return TakeFile(PlaceOf(object));
+bool WalkTurns::TryTake(const ObjectHandle& object) {
+    if (!object.IsFolder()) return TryTakeFile(PlaceOf(object));
     onFolder = ObjectTurn(foldersFile);
-    if (onFolder.TryTake(object)) return ERROR_SUCCESS;
-    LeaveAll();
-    return onFolder.Take(object);
+    return onFolder.TryTake(object);
 }
 
-DWORD WalkTurns::TakeFile(off_t place) {
-    // More would cost more time than is saved: the kernel looks through all of them for each new one.
-    constexpr int kMostFiles = 8;
+DWORD WalkTurns::Take(const ObjectHandle& object) {
+    LeaveAll();
+    if (TryTake(object)) return ERROR_SUCCESS;
+    if (object.IsFolder()) return onFolder.Take(object);
+    const DWORD error = WaitForTurn(*filesFile, PlaceOf(object));
+    if (error == ERROR_SUCCESS) ++filesHeld;
+    return error;
+}
+
+bool WalkTurns::TryTakeFile(off_t place) {
     if (!isOpened) filesFile = OpenLockFile();
     isOpened = true;
-    if (!filesFile) return ERROR_SUCCESS;
-    if (filesHeld == kMostFiles) LeaveAll();
-    if (!SetLock(*filesFile, F_WRLCK, place)) {
-        LeaveAll();
-        if (const DWORD error = WaitForTurn(*filesFile, place); error != ERROR_SUCCESS) return error;
-    }
-    ++filesHeld;
-    return ERROR_SUCCESS;
+    if (filesFile && !SetLock(*filesFile, F_WRLCK, place)) return false;
+    if (filesFile) ++filesHeld;
+    return true;
 }
 
 void WalkTurns::LeaveAll() {

@@ -67,18 +67,23 @@ class WalkTurns {
     // names may be met by two of them at a time, which then take turns like strangers.
     explicit WalkTurns(LockFile sharedForFolders) : foldersFile(std::move(sharedForFolders)) {}
 
-    // Waits as ObjectTurn::Take does.
+    // False when somebody else has the turn; at once.
+    bool TryTake(const ObjectHandle& object);
+    // Ends all turns that are not kept, and waits as ObjectTurn::Take does.
     DWORD Take(const ObjectHandle& object);
     // The turn on the object, which is a folder that the walk enters.
     ObjectTurn Keep() { return std::move(onFolder); }
-    // Ends the turn on the object. Those on files are ended together after some of them, which takes half the
-    // calls, and before anything is waited for.
+    // Ends the turn on an object that is a folder. Those on files are ended together, which takes half the
+    // calls: when they are many, or before anything is waited for.
     void Leave() { onFolder.Leave(); }
-    // Ends all that are not kept; for a thread that has nothing to do.
+    // Ends all that are not kept.
     void LeaveAll();
+    // Whether further ones would cost more time than ending them one by one: the kernel looks through all of
+    // them for each new one.
+    bool AreMany() const { return filesHeld >= 8; }
 
   private:
-    DWORD TakeFile(off_t place);
+    bool TryTakeFile(off_t place);
 
     const LockFile foldersFile;
     ObjectTurn onFolder;

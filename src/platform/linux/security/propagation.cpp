@@ -7,7 +7,6 @@
 
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/files/tree_walk.h"
-#include "platform/linux/security/object_turn.h"
 #include "platform/linux/security/tree_change.h"
 #include "platform/security_change.h"
 
@@ -15,71 +14,59 @@ namespace permora::host {
 
 namespace {
 
-class ListPropagation : public TreeVisitor {
+class ListPropagation : public TreeChange {
   public:
-    explicit ListPropagation(const DescriptorStore& volume) : store(volume), folderTurns(OpenLockFile()) {}
+    ListPropagation(const DescriptorStore& volume, const RecordedTop& top, FailuresBelow& found)
+        : TreeChange(TreeListMode::kWrite, top, volume), failures(found) {}
 
+    using TreeChange::Walk;
+
+  private:
     std::unique_ptr<VisitingThread> NewThread() override;
-    bool WantsReadableFiles() const override { return true; }
 
     void Fail(DWORD error, const std::string& path) override {
-        // Another volume inherits nothing from this one. And an object may vanish after it was opened.
-        if (error == ERROR_NOT_SAME_DEVICE || error == ERROR_FILE_NOT_FOUND) return;
+        // Another volume inherits nothing from this one.
+        if (error != ERROR_NOT_SAME_DEVICE) PassOver(error, path);
+    }
+    void PassOver(DWORD error, const std::string& path) override {
+        // It vanished after it was opened.
+        if (error == ERROR_FILE_NOT_FOUND) return;
         const std::lock_guard lock(guard);
         if (failures.count++ > 0 && failures.firstPath <= path) return;
         failures.firstError = error;
         failures.firstPath = path;
     }
 
-    const FailuresBelow& Failures() const { return failures; }
-
-    const DescriptorStore store;  // each thread has a copy
-    const LockFile folderTurns;
-
-  private:
     std::mutex guard;
-    FailuresBelow failures;
+    FailuresBelow& failures;
 };
 
-class PropagationThread : public VisitingThread {
+class PropagationThread : public TreeChangeThread {
   public:
-    explicit PropagationThread(ListPropagation& shared)
-        : propagation(shared), store(shared.store), turns(shared.folderTurns) {}
-
-    WalkDecision Visit(const VisitedObject& visited, std::unique_ptr<FolderNotes>& notes) override {
-        const ObjectHandle& object = visited.object;
-        if (!store.CanHold(object)) return WalkDecision::kPassOver;
-        const auto& parent = static_cast<const ChangedFolder&>(*visited.place->Notes());
-        bool inherits = false;
-        DWORD error = turns.Take(object);
-        if (error == ERROR_SUCCESS) error = Update(object, *parent.list, inherits);
-        if (error != ERROR_SUCCESS) propagation.Fail(error, visited.Path());
-        if (error != ERROR_SUCCESS || !inherits || !object.IsFolder()) {
-            turns.Leave();
-            return WalkDecision::kPassOver;
-        }
-        auto folder = std::make_unique<ChangedFolder>();
-        folder->turn = turns.Keep();
-        folder->list = ShareList(descriptor.dacl, parent.list);
-        notes = std::move(folder);
-        return WalkDecision::kDescend;
-    }
-
-    void Rest() override { turns.LeaveAll(); }
+    using TreeChangeThread::TreeChangeThread;
 
   private:
-    DWORD Update(const ObjectHandle& object, const nt::Acl& parent, bool& inherits) {
+    bool Concerns(const ObjectHandle& object) override { return store.CanHold(object); }
+
+    DWORD MakePlan(const ObjectHandle& object, const HandedDown& inherited, Plan& plan) override {
         const DWORD error = store.Read(object, descriptor);
         if (error != ERROR_SUCCESS) return error;
-        inherits = descriptor.daclState == nt::DaclState::kList && !descriptor.IsDaclProtected();
+        plan.entersFolder = descriptor.daclState == nt::DaclState::kList && !descriptor.IsDaclProtected();
+        if (!plan.entersFolder) return ERROR_SUCCESS;
         before = descriptor;
-        if (inherits) JoinInherited(descriptor, parent, object);
-        return descriptor == before ? ERROR_SUCCESS : store.Write(object, descriptor);
+        JoinInherited(descriptor, *inherited.list, object);
+        plan.changes = descriptor != before;
+        if (plan.changes) {
+            plan.before = store.Found(object);
+            const DWORD problem = store.Prepare(object, descriptor, plan.after);
+            if (problem != ERROR_SUCCESS) return problem;
+        }
+        if (object.IsFolder()) plan.list = ShareList(descriptor.dacl, inherited.list);
+        return ERROR_SUCCESS;
     }
 
-    ListPropagation& propagation;
-    DescriptorStore store;
-    WalkTurns turns;
+    std::optional<HandedDown> KeptBy(const ObjectHandle& /*folder*/) override { return std::nullopt; }
+
     nt::SecurityDescriptor descriptor;
     nt::SecurityDescriptor before;
 };
@@ -96,13 +83,10 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& parent, co
     permora::JoinInherited(descriptor, parent, object.Kind(), owner, group);
 }
 
-FailuresBelow PropagateList(const ObjectHandle& folder, const nt::Acl& list, const DescriptorStore& store,
-                            std::optional<std::size_t> threads) {
-    auto notes = std::make_unique<ChangedFolder>();
-    notes->list = std::make_shared<const nt::Acl>(list);
-    ListPropagation propagation(store);
-    WalkTree(folder, std::move(notes), propagation, threads);
-    return propagation.Failures();
+DWORD PropagateList(const ObjectHandle& folder, const nt::Acl& list, const DescriptorStore& store,
+                    const RecordedTop& top, FailuresBelow& failures, std::optional<std::size_t> threads) {
+    return ListPropagation(store, top, failures)
+        .Walk(folder, {.error = ERROR_SUCCESS, .list = std::make_shared<const nt::Acl>(list)}, threads);
 }
 
 }  // namespace permora::host

@@ -7,6 +7,7 @@
 #include "platform/held_object.h"
 #include "platform/linux/files/object_handle.h"
 #include "platform/linux/security/descriptor_store.h"
+#include "platform/linux/security/recorded_top.h"
 #include "platform/nt/security_descriptor.h"
 
 namespace permora::host {
@@ -22,9 +23,11 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& parent, co
 // the entries that its mode gives as explicit ones, if there is anything for it to inherit.
 //
 // Each object is written at most once, and only when its descriptor changes. A failure leaves that object and
-// what is below it as they were, and the walk goes on. `store` is that of the volume; `threads` are those of
-// WalkTree.
-FailuresBelow PropagateList(const ObjectHandle& folder, const nt::Acl& list, const DescriptorStore& store,
-                            std::optional<std::size_t> threads = std::nullopt);
+// what is below it as they were, and the walk goes on. `store` is that of the volume, `top` where the changes
+// are recorded (the folder itself has been); `threads` are those of WalkTree. 0, or the recorder's code,
+// which has ended the walk; `failures` then has those up to the end.
+DWORD PropagateList(const ObjectHandle& folder, const nt::Acl& list, const DescriptorStore& store,
+                    const RecordedTop& top, FailuresBelow& failures,
+                    std::optional<std::size_t> threads = std::nullopt);
 
 }  // namespace permora::host

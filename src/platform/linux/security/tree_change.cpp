@@ -1,15 +1,32 @@
 #include "platform/linux/security/tree_change.h"
 
+#include <sys/resource.h>
+
+#include <algorithm>
 #include <utility>
 
 #include "platform/api/errors.h"
-#include "platform/linux/files/name_mapping.h"
+#include "platform/linux/files/unmounted_entry.h"
 
 namespace permora::host {
 namespace {
 
-const ChangedFolder& NotesOf(const FolderRef& folder) {
-    return static_cast<const ChangedFolder&>(*folder->Notes());
+using Stage = FolderState::Stage;
+
+// Who stops a walk, or wants a turn on one of its objects, waits for no longer than a batch takes. The time
+// is that of its visits, so that slow volumes have small batches; writing it takes about as long once more.
+constexpr std::chrono::milliseconds kLongestBatch(40);
+constexpr std::size_t kLargestBatch = std::size_t{1} << 20;  // bytes of descriptors
+
+FolderState& StateOf(const FolderRef& folder) {
+    return *static_cast<const ChangedFolder&>(*folder->Notes()).state;
+}
+
+// The rest is for the folders of the walk, and for others.
+std::size_t DescriptorsForBatches() {
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    return limit.rlim_cur / 4;
 }
 
 }  // namespace
@@ -18,72 +35,224 @@ std::shared_ptr<const nt::Acl> ShareList(nt::Acl& list, const std::shared_ptr<co
     return above && *above == list ? above : std::make_shared<const nt::Acl>(std::move(list));
 }
 
-DWORD TreeChange::Run(const ObjectHandle& top) {
-    DWORD error = top.RequireFolder();
-    if (error == ERROR_SUCCESS && !store.CanHold(top)) error = ERROR_NOT_SUPPORTED;
-    auto notes = std::make_unique<ChangedFolder>();
-    if (error == ERROR_SUCCESS) error = Begin(top, *notes);
-    if (error != ERROR_SUCCESS) return error;
+// While it is there, the other threads settle their batches at their next visit.
+class TreeChange::Waiting {
+  public:
+    explicit Waiting(TreeChange& shared) : change(shared) { ++change.waiting; }
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+    ~Waiting() { --change.waiting; }
+
+  private:
+    TreeChange& change;
+};
+
+DWORD TreeChange::Walk(const ObjectHandle& folder, HandedDown handedDown,
+                       std::optional<std::size_t> threads) {
+    RaiseDescriptorLimit();
+    mostHeld = DescriptorsForBatches();
     // Without a write no turn is needed, for which a file may have to be made.
     if (mode == TreeListMode::kWrite) folderTurns = OpenLockFile();
-    WalkTree(top, std::move(notes), *this);
-    passedOver.Tell(observer);
+    WalkTree(folder,
+             std::make_unique<ChangedFolder>(std::make_shared<FolderState>(
+                 Stage::kAsAnnounced, std::move(handedDown), ObjectTurn(nullptr))),
+             *this, threads);
     return result;
 }
 
-void TreeChange::Fail(DWORD error, const std::string& path) {
-    if (!path.empty()) return PassOver(error, path);
-    const std::lock_guard lock(guard);
-    result = error;
+void TreeChange::End(DWORD error) {
+    {
+        const std::lock_guard lock(guard);
+        if (!hasEnded) result = error;
+        hasEnded = true;
+    }
+    settled.notify_all();
 }
 
-bool TreeChange::BeginObject(const std::string& name) {
-    const std::lock_guard lock(guard);
-    // One that has been told to stop is not asked again.
-    if (result == ERROR_OPERATION_ABORTED) return false;
-    if (observer.Begin(name.c_str())) return true;
-    result = ERROR_OPERATION_ABORTED;
-    return false;
+void TreeChange::Settle(FolderState& folder, Stage stage, HandedDown instead) {
+    {
+        const std::lock_guard lock(guard);
+        folder.instead = std::move(instead);
+        folder.stage.store(stage, std::memory_order_release);
+    }
+    if (IsAnybodyWaiting()) settled.notify_all();
 }
 
-void TreeChange::PassOver(DWORD error, const std::string& path) {
-    // It vanished after it was opened.
-    if (error == ERROR_FILE_NOT_FOUND) return;
-    const std::lock_guard lock(guard);
-    ++counts.passedOver;
-    passedOver.Add(path, error);
+bool TreeChange::Await(const FolderState& folder) {
+    if (folder.Now() != Stage::kPending) return true;
+    const Waiting counted(*this);
+    std::unique_lock lock(guard);
+    settled.wait(lock, [&] { return folder.Now() != Stage::kPending || hasEnded; });
+    return !hasEnded;
 }
+
+TreeChangeThread::TreeChangeThread(TreeChange& shared)
+    : store(shared.store),
+      mode(shared.mode),
+      change(shared),
+      turns(shared.folderTurns),
+      batchSize(shared.recordedTop.BatchSize()) {}
 
 TreeChangeThread::~TreeChangeThread() {
-    const std::lock_guard lock(change.guard);
-    change.counts.changed += counts.changed;
-    change.counts.unchanged += counts.unchanged;
+    change.Add(counts);
 }
 
 WalkDecision TreeChangeThread::Visit(const VisitedObject& visited, std::unique_ptr<FolderNotes>& notes) {
-    if (!change.BeginObject(EncodeName(visited.hostName))) return WalkDecision::kStop;
-    const DWORD error = ChangeAndCount(visited);
-    if (error != ERROR_SUCCESS) change.PassOver(error, visited.Path());
-    // The holder of the turn on a folder is at work on what is in it too.
-    if (!visited.object.IsFolder() || error == ERROR_BUSY) {
+    if (IsDue()) SettleBatch();
+    if (!change.Begin(visited.hostName)) return WalkDecision::kStop;
+    const Stage stage = StateOf(visited.place).Now();
+    if (stage == Stage::kLeftAlone || !Concerns(visited.object)) return WalkDecision::kPassOver;
+    Entry entry;
+    entry.visited = &visited.object;
+    entry.basis = stage;
+    Consider(visited, entry);
+    const std::shared_ptr<FolderState> state = entry.state;
+    const bool isWritten = entry.error == ERROR_SUCCESS && entry.plan.changes && mode == TreeListMode::kWrite;
+    if (isWritten || stage == Stage::kPending) {
+        Put(visited, std::move(entry));
+    } else {
+        entry.place = visited.place;
+        entry.hostName = visited.hostName;
+        Settle(entry);
+    }
+    if (!state || state->Now() == Stage::kLeftAlone) {
         turns.Leave();
         return WalkDecision::kPassOver;
     }
-    auto remembered = std::make_unique<ChangedFolder>();
-    remembered->turn = turns.Keep();
-    Remember(visited.object, error, NotesOf(visited.place), *remembered);
-    notes = std::move(remembered);
+    notes = std::make_unique<ChangedFolder>(state);
     return WalkDecision::kDescend;
 }
 
-DWORD TreeChangeThread::ChangeAndCount(const VisitedObject& visited) {
-    if (!store.CanHold(visited.object)) return ERROR_NOT_SUPPORTED;
-    Outcome outcome = Outcome::kUnchanged;
-    DWORD error = Allow(visited);
-    if (error == ERROR_SUCCESS && mode == TreeListMode::kWrite) error = turns.Take(visited.object);
-    if (error == ERROR_SUCCESS) error = Change(visited.object, NotesOf(visited.place), outcome);
-    if (error == ERROR_SUCCESS) ++(outcome == Outcome::kChanged ? counts.changed : counts.unchanged);
-    return error;
+void TreeChangeThread::Rest() {
+    SettleBatch();
+    turns.LeaveAll();
+}
+
+// Makes the plan, and the state of a folder that is to be entered.
+void TreeChangeThread::Consider(const VisitedObject& visited, Entry& entry) {
+    entry.error = Allow(visited);
+    if (entry.error == ERROR_SUCCESS && mode == TreeListMode::kWrite) entry.error = TakeTurn(visited.object);
+    const HandedDown& inherited = StateOf(visited.place).HandsDown(entry.basis);
+    if (entry.error == ERROR_SUCCESS) entry.error = MakePlan(visited.object, inherited, entry.plan);
+    // The holder of the turn on a folder is at work on what is in it too.
+    if (!visited.object.IsFolder() || !entry.plan.entersFolder || entry.error == ERROR_BUSY) return;
+    const Stage first = DependsOnFolders() ? Stage::kPending : Stage::kAsAnnounced;
+    entry.state = std::make_shared<FolderState>(
+        first, HandedDown{.error = ERROR_SUCCESS, .list = entry.plan.list}, turns.Keep());
+}
+
+DWORD TreeChangeThread::TakeTurn(const ObjectHandle& object) {
+    if (batch.empty() && turns.AreMany()) turns.LeaveAll();
+    if (turns.TryTake(object)) return ERROR_SUCCESS;
+    // Others may wait for what is in the batch, and it may be one of the walk's own threads that has the
+    // turn.
+    SettleBatch();
+    const TreeChange::Waiting counted(change);
+    return turns.Take(object);
+}
+
+bool TreeChangeThread::IsDue() const {
+    return !batch.empty() &&
+           (change.IsAnybodyWaiting() || std::chrono::steady_clock::now() - batchBegin > kLongestBatch);
+}
+
+bool TreeChangeThread::IsFull() const {
+    return batch.size() >= batchSize || batchBytes >= kLargestBatch;
+}
+
+void TreeChangeThread::Put(const VisitedObject& visited, Entry entry) {
+    if (batch.empty()) batchBegin = std::chrono::steady_clock::now();
+    entry.place = visited.place;
+    entry.hostName = visited.hostName;
+    batchBytes += entry.plan.before.bytes.size() + entry.plan.after.bytes.size();
+    batch.push_back(std::move(entry));
+    if (IsFull() || !Keep(visited.object, batch.back())) SettleBatch();
+}
+
+// Keeps the object beyond its visit. The walk needs the handle of a folder itself.
+bool TreeChangeThread::Keep(ObjectHandle& visited, Entry& entry) {
+    if (change.held >= change.mostHeld) return false;
+    if (!visited.IsFolder())
+        entry.own = std::move(visited);
+    else if (visited.Duplicate(entry.own) != ERROR_SUCCESS)
+        return false;
+    entry.visited = nullptr;
+    ++change.held;
+    return true;
+}
+
+void TreeChangeThread::SettleBatch() {
+    if (!batch.empty() && !change.HasEnded() && Record(batch))
+        for (Entry& entry : batch)
+            Settle(entry);
+    change.held -= static_cast<std::size_t>(
+        std::ranges::count_if(batch, [](const Entry& entry) { return entry.visited == nullptr; }));
+    batch.clear();
+    batchBytes = 0;
+    if (turns.AreMany()) turns.LeaveAll();
+}
+
+// False when the recorder has refused, which ends the change.
+bool TreeChangeThread::Record(std::span<Entry> entries) {
+    if (batchSize == 0) return true;
+    // The descriptors are only lent.
+    records.clear();
+    for (Entry& entry : entries)
+        if (entry.error == ERROR_SUCCESS && entry.plan.changes)
+            records.push_back({.path = entry.place->PathOf(entry.hostName),
+                               .isFolder = entry.Object().IsFolder(),
+                               .fileNumber = entry.Object().Status().st_ino,
+                               .before = std::move(entry.plan.before),
+                               .after = std::move(entry.plan.after)});
+    const DWORD error = records.empty() ? ERROR_SUCCESS : change.recordedTop.Record(records);
+    auto record = records.begin();
+    for (Entry& entry : entries) {
+        if (entry.error != ERROR_SUCCESS || !entry.plan.changes) continue;
+        entry.plan.before = std::move(record->before);
+        entry.plan.after = std::move(record->after);
+        ++record;
+    }
+    if (error != ERROR_SUCCESS) change.End(error);
+    return error == ERROR_SUCCESS;
+}
+
+// Writes an object that has been recorded, or passes it over, as soon as it is certain what its folder has.
+void TreeChangeThread::Settle(Entry& entry) {
+    const FolderState& folder = StateOf(entry.place);
+    if (!change.Await(folder) || change.HasEnded()) return;
+    if (folder.Now() == Stage::kLeftAlone) {
+        if (entry.state) change.Settle(*entry.state, Stage::kLeftAlone);
+        return;
+    }
+    const bool isJudgedAgain = entry.basis == Stage::kPending && folder.Now() == Stage::kOtherwise;
+    if (isJudgedAgain && !PlanAgain(folder.HandsDown(Stage::kOtherwise), entry)) return;
+    if (entry.error == ERROR_SUCCESS && entry.plan.changes && mode == TreeListMode::kWrite)
+        entry.error = store.Replace(entry.Object(), entry.plan.before, entry.plan.after);
+    if (entry.error != ERROR_SUCCESS) return Fail(entry);
+    ++(entry.plan.changes ? counts.changed : counts.unchanged);
+    if (!entry.state) return;
+    if (isJudgedAgain)
+        change.Settle(*entry.state, Stage::kOtherwise, {.error = ERROR_SUCCESS, .list = entry.plan.list});
+    else
+        change.Settle(*entry.state, Stage::kAsAnnounced);
+}
+
+void TreeChangeThread::Fail(const Entry& entry) {
+    change.PassOver(entry.error, entry.place->PathOf(entry.hostName));
+    if (!entry.state) return;
+    std::optional<HandedDown> kept = KeptBy(entry.Object());
+    if (kept)
+        change.Settle(*entry.state, Stage::kOtherwise, std::move(*kept));
+    else
+        change.Settle(*entry.state, Stage::kLeftAlone);
+}
+
+// For an object whose folder has not got the list that was announced. False when the change has ended.
+bool TreeChangeThread::PlanAgain(const HandedDown& inherited, Entry& entry) {
+    if (entry.error != ERROR_SUCCESS) return true;
+    entry.plan = {};
+    entry.error = MakePlan(entry.Object(), inherited, entry.plan);
+    return Record({&entry, 1});
 }
 
 }  // namespace permora::host

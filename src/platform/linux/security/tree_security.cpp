@@ -1,17 +1,22 @@
+#include "platform/linux/security/tree_setting.h"
+
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/several_names.h"
 #include "platform/linux/security/held_object_inside.h"
-#include "platform/linux/security/object_turn.h"
 #include "platform/linux/security/owner_setting.h"
 #include "platform/linux/security/propagation.h"
 #include "platform/linux/security/tree_change.h"
 #include "platform/nt/inheritance.h"
 #include "platform/nt/security_descriptor.h"
+#include "platform/passed_over.h"
 #include "platform/raw_security.h"
 
 namespace permora::host {
@@ -26,55 +31,104 @@ DWORD ReadFolderList(const ObjectHandle& object, DescriptorStore& store, nt::Acl
     return error;
 }
 
-class ListSetting : public TreeChange {
+// What setting lists and setting owners have in common beside the walk: the observer and the counts.
+class TreeSetting : public TreeChange {
   public:
-    ListSetting(const nt::Acl& list, TreeListMode writing, TreeObserver& listener, TreeCounts& totals)
-        : TreeChange(writing, listener, totals), explicitEntries(list) {}
+    TreeSetting(TreeListMode writing, const RecordedTop& top, const DescriptorStore& volume,
+                TreeObserver& listener, TreeCounts& totals)
+        : TreeChange(writing, top, volume), observer(listener), counts(totals) {}
 
-    const nt::Acl& ExplicitEntries() const { return explicitEntries; }
-
-  private:
-    std::unique_ptr<VisitingThread> NewThread() override;
-    DWORD Begin(const ObjectHandle& top, ChangedFolder& notes) override {
-        nt::Acl list;
-        const DWORD error = ReadFolderList(top, store, list);
-        notes.list = ShareList(list, nullptr);
+    // The result is that of HeldObject::SetListsBelow.
+    DWORD Run(const ObjectHandle& folder, HandedDown handedDown, std::optional<std::size_t> threads) {
+        const DWORD error = Walk(folder, std::move(handedDown), threads);
+        passedOver.Tell(observer);
         return error;
     }
 
+  private:
+    bool Begin(const std::string& hostName) override {
+        const std::lock_guard lock(guard);
+        // One that has been told to stop is not asked again.
+        if (HasEnded()) return false;
+        if (observer.Begin(EncodeName(hostName).c_str())) return true;
+        End(ERROR_OPERATION_ABORTED);
+        return false;
+    }
+
+    void Fail(DWORD error, const std::string& path) override {
+        if (path.empty()) return End(error);
+        PassOver(error, path);
+    }
+
+    void PassOver(DWORD error, const std::string& path) override {
+        // It vanished after it was opened.
+        if (error == ERROR_FILE_NOT_FOUND) return;
+        const std::lock_guard lock(guard);
+        ++counts.passedOver;
+        passedOver.Add(path, error);
+    }
+
+    void Add(const TreeCounts& done) override {
+        const std::lock_guard lock(guard);
+        counts.changed += done.changed;
+        counts.unchanged += done.unchanged;
+    }
+
+    std::mutex guard;
+    TreeObserver& observer;
+    TreeCounts& counts;
+    PassedOverObjects passedOver;
+};
+
+class ListSetting : public TreeSetting {
+  public:
+    ListSetting(const ListBelow& wanted, const RecordedTop& top, const DescriptorStore& volume,
+                TreeObserver& listener, TreeCounts& totals)
+        : TreeSetting(wanted.mode, top, volume, listener, totals), explicitEntries(wanted.list) {}
+
     const nt::Acl& explicitEntries;
+
+  private:
+    std::unique_ptr<VisitingThread> NewThread() override;
 };
 
 class ListSettingThread : public TreeChangeThread {
   public:
     explicit ListSettingThread(ListSetting& shared)
-        : TreeChangeThread(shared), explicitEntries(shared.ExplicitEntries()) {}
+        : TreeChangeThread(shared), explicitEntries(shared.explicitEntries) {}
 
   private:
-    // Reads once and writes at most once.
-    DWORD Change(const ObjectHandle& object, const ChangedFolder& parent, Outcome& outcome) override {
+    DWORD Allow(const VisitedObject& visited) override {
+        return store.CanHold(visited.object) ? ERROR_SUCCESS : ERROR_NOT_SUPPORTED;
+    }
+
+    // Reads once.
+    DWORD MakePlan(const ObjectHandle& object, const HandedDown& inherited, Plan& plan) override {
         const DWORD error = store.Read(object, before);
         if (error != ERROR_SUCCESS) return error;
-        if (parent.readError != ERROR_SUCCESS) return parent.readError;
+        if (inherited.error != ERROR_SUCCESS) return inherited.error;
         after = before;
         after.control &= static_cast<std::uint16_t>(~(nt::kDaclProtected | SE_DACL_DEFAULTED));
         after.daclState = nt::DaclState::kList;
         after.dacl = explicitEntries;
-        JoinInherited(after, *parent.list, object);
-        if (after == before) return ERROR_SUCCESS;
-        outcome = Outcome::kChanged;
-        return mode == TreeListMode::kWrite ? store.Write(object, after) : ERROR_SUCCESS;
+        JoinInherited(after, *inherited.list, object);
+        plan.changes = after != before;
+        if (plan.changes) {
+            plan.before = store.Found(object);
+            const DWORD problem = store.Prepare(object, after, plan.after);
+            if (problem != ERROR_SUCCESS) return problem;
+        }
+        if (object.IsFolder()) plan.list = ShareList(after.dacl, inherited.list);
+        return ERROR_SUCCESS;
     }
 
-    // What is in the folder inherits from what stands on it: the new list, or where that could not be set the
-    // one it has kept.
-    void Remember(const ObjectHandle& folder, DWORD error, const ChangedFolder& parent,
-                  ChangedFolder& notes) override {
-        if (error != ERROR_SUCCESS) {
-            after.dacl = {};
-            notes.readError = ReadFolderList(folder, store, after.dacl);
-        }
-        notes.list = ShareList(after.dacl, parent.list);
+    // The list that it has kept.
+    std::optional<HandedDown> KeptBy(const ObjectHandle& folder) override {
+        HandedDown kept;
+        nt::Acl list;
+        kept.error = ReadFolderList(folder, store, list);
+        kept.list = ShareList(list, nullptr);
+        return kept;
     }
 
     const nt::Acl& explicitEntries;
@@ -86,13 +140,13 @@ std::unique_ptr<VisitingThread> ListSetting::NewThread() {
     return std::make_unique<ListSettingThread>(*this);
 }
 
-class OwnerSetting : public TreeChange {
+class OwnerSetting : public TreeSetting {
   public:
-    OwnerSetting(const nt::Sid& account, LinkedFiles linkedFiles, TreeObserver& listener, TreeCounts& totals)
-        : TreeChange(TreeListMode::kWrite, listener, totals), owner(account), linked(linkedFiles) {}
+    OwnerSetting(const OwnerBelow& owner, const RecordedTop& top, const DescriptorStore& volume,
+                 TreeObserver& listener, TreeCounts& totals)
+        : TreeSetting(TreeListMode::kWrite, top, volume, listener, totals), wanted(owner) {}
 
-    const nt::Sid owner;
-    const LinkedFiles linked;
+    const OwnerBelow& wanted;
 
   private:
     std::unique_ptr<VisitingThread> NewThread() override;
@@ -100,30 +154,32 @@ class OwnerSetting : public TreeChange {
 
 class OwnerSettingThread : public TreeChangeThread {
   public:
-    explicit OwnerSettingThread(OwnerSetting& shared) : TreeChangeThread(shared), setting(shared) {}
+    explicit OwnerSettingThread(OwnerSetting& shared) : TreeChangeThread(shared), wanted(shared.wanted) {}
 
   private:
     DWORD Allow(const VisitedObject& visited) override {
-        if (setting.linked == LinkedFiles::kChange || visited.object.IsFolder()) return ERROR_SUCCESS;
+        if (!store.CanHold(visited.object)) return ERROR_NOT_SUPPORTED;
+        if (wanted.linked == LinkedFiles::kChange || visited.object.IsFolder()) return ERROR_SUCCESS;
         bool hasSeveralNames = false;
         const DWORD error =
             AskSeveralNames(visited.folder, visited.hostName, visited.object, hasSeveralNames);
         return error == ERROR_SUCCESS && hasSeveralNames ? kHasFurtherNames : error;
     }
 
-    DWORD Change(const ObjectHandle& object, const ChangedFolder& /*parent*/, Outcome& outcome) override {
+    DWORD MakePlan(const ObjectHandle& object, const HandedDown& /*inherited*/, Plan& plan) override {
         const DWORD error = store.Read(object, descriptor);
         if (error != ERROR_SUCCESS) return error;
-        if (HasOwner(object, descriptor, setting.owner, store)) return ERROR_SUCCESS;
-        outcome = Outcome::kChanged;
-        const StoredSecurity before = store.Found(object);
-        StoredSecurity after;
-        SetOwnerIn(descriptor, setting.owner);
-        const DWORD problem = PrepareWithOwner(object, descriptor, store, after);
-        return problem == ERROR_SUCCESS ? store.Replace(object, before, after) : problem;
+        if (HasOwner(object, descriptor, wanted.owner, store)) return ERROR_SUCCESS;
+        plan.changes = true;
+        plan.before = store.Found(object);
+        SetOwnerIn(descriptor, wanted.owner);
+        return PrepareWithOwner(object, descriptor, store, plan.after);
     }
 
-    const OwnerSetting& setting;
+    std::optional<HandedDown> KeptBy(const ObjectHandle& /*folder*/) override { return HandedDown{}; }
+    bool DependsOnFolders() const override { return false; }
+
+    const OwnerBelow& wanted;
     nt::SecurityDescriptor descriptor;
 };
 
@@ -131,24 +187,57 @@ std::unique_ptr<VisitingThread> OwnerSetting::NewThread() {
     return std::make_unique<OwnerSettingThread>(*this);
 }
 
+// A folder whose contents can be set.
+DWORD RequireChangeable(const ObjectHandle& folder, DescriptorStore& store) {
+    const DWORD error = folder.RequireFolder();
+    return error == ERROR_SUCCESS && !store.CanHold(folder) ? ERROR_NOT_SUPPORTED : error;
+}
+
 }  // namespace
+
+DWORD SetBelow(const ObjectHandle& folder, const ListBelow& wanted, const RecordedTop& top,
+               TreeObserver& observer, TreeCounts& counts, std::optional<std::size_t> threads) {
+    DescriptorStore store;
+    nt::Acl list;
+    DWORD error = RequireChangeable(folder, store);
+    if (error == ERROR_SUCCESS) error = ReadFolderList(folder, store, list);
+    if (error != ERROR_SUCCESS) return error;
+    return ListSetting(wanted, top, store, observer, counts)
+        .Run(folder, {.error = ERROR_SUCCESS, .list = ShareList(list, nullptr)}, threads);
+}
+
+DWORD SetBelow(const ObjectHandle& folder, const OwnerBelow& wanted, const RecordedTop& top,
+               TreeObserver& observer, TreeCounts& counts, std::optional<std::size_t> threads) {
+    DescriptorStore store;
+    const DWORD error = RequireChangeable(folder, store);
+    if (error != ERROR_SUCCESS) return error;
+    return OwnerSetting(wanted, top, store, observer, counts).Run(folder, {}, threads);
+}
+
 }  // namespace permora::host
 
 namespace permora {
 
-DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, ChangeRecorder& /*recorder*/,
+DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, ChangeRecorder& recorder,
                                 TreeObserver& observer, TreeCounts& counts) const {
     const std::optional<nt::Acl> entries = AclOf(list);
     if (!entries) return ERROR_INVALID_ACL;
-    const nt::Acl mapped = nt::MapGenericRights(*entries, {});
-    return host::ListSetting(mapped, mode, observer, counts).Run(inside->target.object);
+    host::RecordedTop top;
+    if (mode == TreeListMode::kWrite)
+        if (const DWORD error = top.Begin(*this, recorder); error != ERROR_SUCCESS) return error;
+    return host::SetBelow(inside->target.object,
+                          host::ListBelow{.list = nt::MapGenericRights(*entries, {}), .mode = mode}, top,
+                          observer, counts);
 }
 
-DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, ChangeRecorder& /*recorder*/,
+DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, ChangeRecorder& recorder,
                                  TreeObserver& observer, TreeCounts& counts) const {
     const std::optional<nt::Sid> account = SidOf(owner);
     if (!account) return ERROR_INVALID_SID;
-    return host::OwnerSetting(*account, linked, observer, counts).Run(inside->target.object);
+    host::RecordedTop top;
+    if (const DWORD error = top.Begin(*this, recorder); error != ERROR_SUCCESS) return error;
+    return host::SetBelow(inside->target.object, host::OwnerBelow{.owner = *account, .linked = linked}, top,
+                          observer, counts);
 }
 
 }  // namespace permora
