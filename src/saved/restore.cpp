@@ -1,0 +1,363 @@
+#include "saved/restore.h"
+
+#include <algorithm>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <set>
+#include <span>
+#include <utility>
+
+#include "history/stored_batch.h"
+#include "platform/api/errors.h"
+#include "platform/api/security.h"
+#include "saved/saved_folders.h"
+
+namespace permora {
+namespace {
+
+constexpr SECURITY_INFORMATION kAllParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
+                                           DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
+constexpr WORD kDaclBits = SE_DACL_PRESENT | SE_DACL_DEFAULTED | SE_DACL_AUTO_INHERIT_REQ |
+                           SE_DACL_AUTO_INHERITED | SE_DACL_PROTECTED;
+constexpr WORD kSaclBits = SE_SACL_PRESENT | SE_SACL_DEFAULTED | SE_SACL_AUTO_INHERIT_REQ |
+                           SE_SACL_AUTO_INHERITED | SE_SACL_PROTECTED;
+
+// An object that another program keeps changing is given up after so many attempts.
+constexpr int kMostAttempts = 3;
+
+// Of folders that were reported missing or failed, so that nothing below them is looked for.
+constexpr std::size_t kMostLostFolders = 1024;
+
+void TakeBits(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor& from, WORD bits) {
+    descriptor.control = static_cast<WORD>((descriptor.control & ~bits) | (from.control & bits));
+}
+
+// Replaces the parts of `descriptor` that were saved.
+void TakeParts(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor& saved,
+               SECURITY_INFORMATION parts) {
+    if ((parts & kAllParts) == kAllParts) {
+        descriptor = saved;
+        return;
+    }
+    if ((parts & OWNER_SECURITY_INFORMATION) != 0) {
+        descriptor.owner = saved.owner;
+        TakeBits(descriptor, saved, SE_OWNER_DEFAULTED);
+    }
+    if ((parts & GROUP_SECURITY_INFORMATION) != 0) {
+        descriptor.group = saved.group;
+        TakeBits(descriptor, saved, SE_GROUP_DEFAULTED);
+    }
+    if ((parts & DACL_SECURITY_INFORMATION) != 0) {
+        descriptor.daclState = saved.daclState;
+        descriptor.dacl = saved.dacl;
+        TakeBits(descriptor, saved, kDaclBits);
+    }
+    if ((parts & SACL_SECURITY_INFORMATION) != 0) {
+        descriptor.saclBytes = saved.saclBytes;
+        TakeBits(descriptor, saved, kSaclBits);
+    }
+}
+
+// The whole descriptor; without the system's list where only a privilege would let us read it, and it is none
+// of the `parts` that were saved.
+DWORD ReadDescriptor(const HeldObject& object, SECURITY_INFORMATION parts,
+                     nt::SecurityDescriptor& descriptor) {
+    ReadParts read;
+    DWORD error = object.ReadSecurity(kAllParts, read);
+    if (error != ERROR_SUCCESS && (parts & SACL_SECURITY_INFORMATION) == 0)
+        error = object.ReadSecurity(kAllParts & ~DWORD{SACL_SECURITY_INFORMATION}, read);
+    if (error != ERROR_SUCCESS) return error;
+    const auto* bytes = static_cast<const std::uint8_t*>(read.descriptor.get());
+    auto value = nt::SecurityDescriptor::FromBytes(
+        std::span(bytes, GetSecurityDescriptorLength(read.descriptor.get())));
+    if (!value) return ERROR_INVALID_SECURITY_DESCR;
+    descriptor = std::move(*value);
+    return ERROR_SUCCESS;
+}
+
+bool IsOfKind(const HeldObject& object, SavedKind kind) {
+    switch (kind) {
+        case SavedKind::kFile:
+            return object.Kind() == FolderEntryKind::kFile;
+        case SavedKind::kFolder:
+            return object.Kind() == FolderEntryKind::kFolder;
+        case SavedKind::kLink:
+        case SavedKind::kOther:
+            return object.Kind() == FolderEntryKind::kOther;
+        case SavedKind::kUnknown:
+            // A link has a list of its own where it was saved; where it was not, nobody knows.
+            return object.Kind() != FolderEntryKind::kOther;
+        case SavedKind::kMounted:
+        case SavedKind::kUnread:
+        case SavedKind::kUnlisted:
+            return true;
+    }
+    return false;
+}
+
+bool IsMissing(DWORD error) {
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME;
+}
+
+// What was saved below one top.
+class TopRestore {
+  public:
+    struct Work {
+        const RestoreOptions& options;
+        SECURITY_INFORMATION parts;
+        bool looksForExtra;
+        RestoreHost& host;
+        ChangeRecorder& recorder;
+        RestoreCounts& counts;
+    };
+    explicit TopRestore(const Work& toDo) : work(toDo), folders(WhenComplete()) {}
+
+    // Where the objects are now. Without this they are all missing.
+    void Enter(RestoredTop found);
+    // The next object. A result but 0, of this and of End, ends the whole restore.
+    DWORD Put(const SavedObject& saved);
+    DWORD End();
+
+  private:
+    struct Attempt {
+        SavedObject saved;
+        int number = 1;
+    };
+
+    SavedFolders::Complete WhenComplete();
+    DWORD Try(Attempt attempt);
+    DWORD TryOutOfDate();
+    DWORD Hold(const std::string& path, std::optional<HeldObject>& object) const;
+    bool IsThere(const SavedObject& saved, const std::optional<HeldObject>& object, DWORD error);
+    bool Prepare(const SavedObject& saved, const HeldObject& object, DescriptorChange& change);
+    bool MakeWanted(const SavedObject& saved, nt::SecurityDescriptor& wanted);
+    void Write(const HeldObject* object, const DescriptorChange& change);
+    bool Fail(const std::string& path, RestoreFault fault, DWORD error = ERROR_SUCCESS);
+    void Lose(const std::string& path);
+    bool IsLost(const std::string& path) const;
+    bool IsDryRun() const { return work.options.mode == RestoreMode::kDryRun; }
+
+    Work work;
+    SavedFolders folders;
+    std::optional<RestoredTop> top;
+    std::optional<StoredBatch> batch;
+    std::deque<Attempt> batched;    // what is in the batch, in its order
+    std::deque<Attempt> outOfDate;  // what another program has changed in the middle
+    std::set<std::string> lost;     // what is missing, or another kind of object now
+};
+
+bool TopRestore::Fail(const std::string& path, RestoreFault fault, DWORD error) {
+    ++work.counts.failed;
+    work.host.Fail(path, fault, error);
+    return false;
+}
+
+void TopRestore::Lose(const std::string& path) {
+    if (lost.size() == kMostLostFolders) lost.clear();
+    lost.insert(path);
+}
+
+bool TopRestore::IsLost(const std::string& path) const {
+    if (lost.empty()) return false;
+    for (std::size_t end = path.find('\\'); end != path.npos; end = path.find('\\', end + 1))
+        if (lost.contains(path.substr(0, end))) return true;
+    return false;
+}
+
+SavedFolders::Complete TopRestore::WhenComplete() {
+    return [this](const std::string& folder, const SavedFolders::Names& contents) {
+        if (!top || !top->object.IsFolder() || lost.contains(folder) || IsLost(folder)) return;
+        const DWORD error = FindExtra(top->folder, folder, contents, [this](const std::string& path) {
+            ++work.counts.extra;
+            work.host.FindExtra(path);
+        });
+        if (error != ERROR_SUCCESS) work.host.FailExtra(folder, error);
+    };
+}
+
+void TopRestore::Enter(RestoredTop found) {
+    ChangedTop changed;
+    DWORD error = IsDryRun() ? ERROR_SUCCESS : found.object.TakeTurn();
+    if (error == ERROR_SUCCESS && !IsDryRun()) error = found.object.FindTop(changed);
+    if (error != ERROR_SUCCESS) {
+        work.host.Fail("", RestoreFault::kError, error);
+        return;
+    }
+    top = std::move(found);
+    batch.emplace(
+        work.recorder, std::move(changed),
+        [this](const HeldObject* object, const DescriptorChange& change) { Write(object, change); });
+}
+
+// The top itself stays in `top`.
+DWORD TopRestore::Hold(const std::string& path, std::optional<HeldObject>& object) const {
+    return path.empty() ? ERROR_SUCCESS : top->object.HoldBelow(path, object.emplace());
+}
+
+// Whether the object was found, by the result of Hold, and is of the saved kind; else that was reported.
+bool TopRestore::IsThere(const SavedObject& saved, const std::optional<HeldObject>& object, DWORD error) {
+    const bool isFound = error == ERROR_SUCCESS;
+    if (isFound && IsOfKind(object ? *object : top->object, saved.kind)) return true;
+    Lose(saved.path);
+    if (!IsMissing(error))
+        return Fail(saved.path, isFound ? RestoreFault::kOtherKind : RestoreFault::kError, error);
+    ++work.counts.missing;
+    work.host.Miss(saved.path);
+    return false;
+}
+
+// Gives `wanted`, which is the present descriptor, what was saved.
+bool TopRestore::MakeWanted(const SavedObject& saved, nt::SecurityDescriptor& wanted) {
+    nt::AccountExchange* exchange = work.options.exchange;
+    if (exchange == nullptr || exchange->IsEmpty()) {
+        TakeParts(wanted, saved.descriptor->value, work.parts);
+        return true;
+    }
+    nt::SecurityDescriptor exchanged = saved.descriptor->value;
+    if (exchange->Apply(exchanged) == nt::ExchangeResult::kHidden)
+        return Fail(saved.path, RestoreFault::kHiddenAccount);
+    TakeParts(wanted, exchanged, work.parts);
+    return true;
+}
+
+// Whether the object is to be changed; else it has been counted.
+bool TopRestore::Prepare(const SavedObject& saved, const HeldObject& object, DescriptorChange& change) {
+    nt::SecurityDescriptor present;
+    DWORD error = ReadDescriptor(object, work.parts, present);
+    if (error == ERROR_SUCCESS) error = object.ReadStored(change.before);
+    if (error != ERROR_SUCCESS) return Fail(saved.path, RestoreFault::kError, error);
+    nt::SecurityDescriptor wanted = present;
+    if (!MakeWanted(saved, wanted)) return false;
+    error = object.PrepareStored(wanted, change.after);
+    // Where nothing can be kept, nothing may be as it was, too.
+    const bool isSo = wanted == present &&
+                      (error == ERROR_NOT_SUPPORTED || change.before.hostOwner == change.after.hostOwner);
+    if (isSo) {
+        ++work.counts.unchanged;
+        return false;
+    }
+    if (error != ERROR_SUCCESS) return Fail(saved.path, RestoreFault::kError, error);
+    change.path = saved.path;
+    change.isFolder = object.IsFolder();
+    change.fileNumber = object.FileNumber();
+    return true;
+}
+
+DWORD TopRestore::Try(Attempt attempt) {
+    const SavedObject& saved = attempt.saved;
+    if (!top || IsLost(saved.path)) {
+        ++work.counts.missing;
+        return ERROR_SUCCESS;
+    }
+    std::optional<HeldObject> object;
+    DWORD found = Hold(saved.path, object);
+    if (found == ERROR_TOO_MANY_OPEN_FILES) {
+        if (const DWORD error = batch->Flush(); error != ERROR_SUCCESS) return error;
+        found = Hold(saved.path, object);
+    }
+    if (!IsThere(saved, object, found)) return ERROR_SUCCESS;
+    const HeldObject& held = object ? *object : top->object;
+    if (batch->Holds(held.FileNumber())) {
+        if (const DWORD error = batch->Flush(); error != ERROR_SUCCESS) return error;
+    }
+    DescriptorChange change;
+    if (!Prepare(saved, held, change)) return ERROR_SUCCESS;
+    if (IsDryRun()) {
+        ++work.counts.changed;
+        work.host.Change(saved.path);
+        return ERROR_SUCCESS;
+    }
+    batched.push_back(std::move(attempt));
+    return batch->Add(std::move(object), std::move(change));
+}
+
+void TopRestore::Write(const HeldObject* object, const DescriptorChange& change) {
+    const DWORD error = (object != nullptr ? *object : top->object).WriteStored(change.before, change.after);
+    Attempt attempt = std::move(batched.front());
+    batched.pop_front();
+    if (error == ERROR_REVISION_MISMATCH && attempt.number < kMostAttempts) {
+        ++attempt.number;
+        outOfDate.push_back(std::move(attempt));
+    } else if (error != ERROR_SUCCESS) {
+        Fail(change.path, RestoreFault::kError, error);
+    } else {
+        ++work.counts.changed;
+        work.host.Change(change.path);
+    }
+}
+
+DWORD TopRestore::TryOutOfDate() {
+    DWORD error = ERROR_SUCCESS;
+    while (error == ERROR_SUCCESS && !outOfDate.empty()) {
+        Attempt attempt = std::move(outOfDate.front());
+        outOfDate.pop_front();
+        error = Try(std::move(attempt));
+    }
+    return error;
+}
+
+DWORD TopRestore::Put(const SavedObject& saved) {
+    if (!work.host.Begin(saved.path)) return ERROR_OPERATION_ABORTED;
+    if (work.looksForExtra) folders.Pass(saved);
+    switch (saved.kind) {
+        case SavedKind::kMounted:
+            return ERROR_SUCCESS;
+        case SavedKind::kUnread:
+            Fail(saved.path, RestoreFault::kNotSaved, saved.error);
+            return ERROR_SUCCESS;
+        case SavedKind::kUnlisted:
+            Fail(saved.path, RestoreFault::kNotListed, saved.error);
+            return ERROR_SUCCESS;
+        default:
+            break;
+    }
+    const DWORD error = Try({saved});
+    return error == ERROR_SUCCESS ? TryOutOfDate() : error;
+}
+
+DWORD TopRestore::End() {
+    DWORD error = ERROR_SUCCESS;
+    do {
+        if (batch) error = batch->Flush();
+        if (error == ERROR_SUCCESS) error = TryOutOfDate();
+    } while (error == ERROR_SUCCESS && !batched.empty());
+    if (error == ERROR_SUCCESS && work.looksForExtra) folders.End();
+    return error;
+}
+
+// 0, or ERROR_INVALID_DATA when the text is not read to its end: `fault` says why.
+DWORD Conclude(const CheckedList& list, SavedFault& fault) {
+    if (list.HasChanged()) fault = {0, "it was changed after it had been checked"};
+    return fault.reason.empty() ? ERROR_SUCCESS : ERROR_INVALID_DATA;
+}
+
+}  // namespace
+
+DWORD RestoreLists(CheckedList& list, const RestoreOptions& options, RestoreHost& host,
+                   ChangeRecorder& recorder, RestoreCounts& counts, SavedFault& fault) {
+    fault = {};
+    const std::unique_ptr<SavedListReader> reader = list.Read(fault);
+    if (!reader) return Conclude(list, fault);
+    const TopRestore::Work work = {options, list.Head().parts, list.IsInOrder(), host, recorder, counts};
+    std::unique_ptr<TopRestore> top;
+    std::size_t topCount = 0;
+    DWORD error = ERROR_SUCCESS;
+    SavedObject object;
+    while (error == ERROR_SUCCESS && reader->Next(object, fault)) {
+        if (topCount < reader->TopCount()) {
+            topCount = reader->TopCount();
+            if (top) error = top->End();
+            if (error != ERROR_SUCCESS) break;
+            top = std::make_unique<TopRestore>(work);
+            RestoredTop found;
+            if (host.FindTop(reader->Top(), found)) top->Enter(std::move(found));
+        }
+        error = top->Put(object);
+    }
+    if (error == ERROR_SUCCESS) error = Conclude(list, fault);
+    if (error == ERROR_SUCCESS && top) error = top->End();
+    return error;
+}
+
+}  // namespace permora
