@@ -12,8 +12,9 @@ namespace permora {
 // Paths here are the host's own, in UTF-8.
 
 // The folder for what programs remember of their work: $XDG_STATE_HOME/permora or .local/state/permora in the
-// home of the user; for root /var/lib/permora, whatever the environment says; on Windows "Permora" in the
-// user's local application data. Empty when there is none.
+// home of the user; for root /var/lib/permora without that variable, of which PrepareProcess leaves root no
+// place that is not root's alone; on Windows "Permora" in the user's local application data. Empty when there
+// is none.
 std::string StateFolder();
 
 enum class MissingFolder { kMake, kLeave };

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstddef>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
@@ -47,7 +48,8 @@ std::int64_t StartOf(std::int64_t process) {
 }  // namespace
 
 std::string StateFolder() {
-    if (geteuid() == 0) return "/var/lib/permora";
+    const char* named = std::getenv("XDG_STATE_HOME");
+    if (geteuid() == 0 && (named == nullptr || *named == '\0')) return "/var/lib/permora";
     const std::string folder = host::UserStateFolder();
     return folder.empty() ? folder : folder + "/permora";
 }
