@@ -1,7 +1,10 @@
 #include "app/settings_store.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <span>
+#include <system_error>
 
 #include "app/registry_key.h"
 #include "platform/api/errors.h"
@@ -13,6 +16,7 @@ namespace {
 constexpr const char* kSettingsKey = R"(SOFTWARE\Valdrix\ZEL)";
 constexpr const char* kRecordValue = "ProgramSettings";
 constexpr const char* kFolderValue = "Path";
+constexpr const char* kToldValue = "ToldInterruption";
 
 constexpr const char* kDaysValue = "HistoryDays";
 constexpr const char* kMegabytesValue = "HistoryMegabytes";
@@ -35,15 +39,23 @@ DWORD LoadRecord(const RegistryKey& key, ProgramSettings& record) {
     return ERROR_SUCCESS;
 }
 
-DWORD LoadProgramFolder(const RegistryKey& key, ProgramSettings& record) {
-    std::array<char, sizeof(record.programFolder)> text{};
-    ValueBuffer value{std::as_writable_bytes(std::span(text))};
-    const DWORD error = key.Read(kFolderValue, value);
+// A value that others wrote may lack its NUL, and bytes after a NUL do not count.
+DWORD LoadText(const RegistryKey& key, const char* name, std::string& text) {
+    std::array<char, sizeof(ProgramSettings::programFolder)> bytes{};
+    ValueBuffer value{std::as_writable_bytes(std::span(bytes))};
+    const DWORD error = key.Read(name, value);
     if (error != ERROR_SUCCESS) return error;
     if (value.type != REG_SZ) return ERROR_INVALID_DATA;
-    // A value that others wrote may lack its NUL, and bytes after a NUL do not count.
-    const std::string folder(text.data(), value.size);
-    return SetProgramFolder(record, folder.substr(0, folder.find('\0'))) ? ERROR_SUCCESS : ERROR_INVALID_DATA;
+    text.assign(bytes.data(), value.size);
+    text.resize(std::min(text.size(), text.find('\0')));
+    return ERROR_SUCCESS;
+}
+
+DWORD LoadProgramFolder(const RegistryKey& key, ProgramSettings& record) {
+    std::string folder;
+    const DWORD error = LoadText(key, kFolderValue, folder);
+    if (error != ERROR_SUCCESS) return error;
+    return SetProgramFolder(record, folder) ? ERROR_SUCCESS : ERROR_INVALID_DATA;
 }
 
 void LoadNumber(const RegistryKey& key, const char* name, std::uint32_t& number) {
@@ -101,6 +113,27 @@ DWORD StoreProgramFolder(SettingsOwner owner, const std::string& folder) {
     if (owner == SettingsOwner::kUser)
         return StoreText(HKEY_CURRENT_USER, kSettingsKey, kFolderValue, folder);
     return StoreText(HKEY_USERS, (std::string(".DEFAULT\\") + kSettingsKey).c_str(), kFolderValue, folder);
+}
+
+DWORD LoadToldInterruption(ToldInterruption& told) {
+    RegistryKey key;
+    std::string text;
+    DWORD error = key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ);
+    if (error == ERROR_SUCCESS) error = LoadText(key, kToldValue, text);
+    if (error != ERROR_SUCCESS) return error;
+    ToldInterruption loaded;
+    const char* end = text.data() + text.size();
+    const auto [behindTime, timeProblem] = std::from_chars(text.data(), end, loaded.began);
+    if (timeProblem != std::errc() || behindTime == end || *behindTime != ' ') return ERROR_INVALID_DATA;
+    const auto [behindNumber, numberProblem] = std::from_chars(behindTime + 1, end, loaded.number);
+    if (numberProblem != std::errc() || behindNumber != end) return ERROR_INVALID_DATA;
+    told = loaded;
+    return key.Close();
+}
+
+DWORD StoreToldInterruption(const ToldInterruption& told) {
+    return StoreText(HKEY_CURRENT_USER, kSettingsKey, kToldValue,
+                     std::to_string(told.began) + ' ' + std::to_string(told.number));
 }
 
 bool HasExplorerVerb() {

@@ -1,10 +1,11 @@
 // Where the settings are kept, and the program's entry in the Explorer's menu for folders: the registry.
 //
-// HKEY_CURRENT_USER, SOFTWARE\Valdrix\ZEL holds "ProgramSettings" (binary, the scrambled record) and "Path"
-// (text, the program's folder, which the installation writes), "HistoryDays" and "HistoryMegabytes"
-// (numbers). All functions but one return 0 or a system error code.
+// HKEY_CURRENT_USER, SOFTWARE\Valdrix\ZEL holds "ProgramSettings" (binary, the scrambled record), "Path"
+// (text, the program's folder, which the installation writes), "HistoryDays" and "HistoryMegabytes" (numbers)
+// and "ToldInterruption" (text, two numbers). All functions but one return 0 or a system error code.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "app/settings_record.h"
@@ -27,6 +28,18 @@ enum class SettingsOwner { kUser, kEveryUser };
 
 // For the installation: stores the program's folder ("Path").
 DWORD StoreProgramFolder(SettingsOwner owner, const std::string& folder);
+
+// The last change of the history that was cut off and of which the user has been told.
+struct ToldInterruption {
+    std::int64_t began = 0;   // when the change began, in seconds since 1970
+    std::int64_t number = 0;  // the change's own
+
+    friend bool operator==(const ToldInterruption&, const ToldInterruption&) = default;
+};
+
+// Loads into `told`, which stays as it is after a failure. ERROR_INVALID_DATA for a malformed value.
+DWORD LoadToldInterruption(ToldInterruption& told);
+DWORD StoreToldInterruption(const ToldInterruption& told);
 
 // Adds or removes the entry "Open Permora", which starts `programFolder`\ZEL.exe on a folder. Both do nothing
 // on systems of major version 6 and later.

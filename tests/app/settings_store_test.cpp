@@ -53,6 +53,23 @@ TEST_F(SettingsStore, WhatIsNotThereOrNotSoundFailsAndLeavesTheDefaults) {
     EXPECT_EQ(record, ProgramSettings());
 }
 
+TEST_F(SettingsStore, KeepsOfWhichInterruptionTheUserWasTold) {
+    ToldInterruption told{7, 8};
+    EXPECT_EQ(LoadToldInterruption(told), ERROR_FILE_NOT_FOUND) << "no key";
+    RegistryKey key;
+    Create(key);
+    EXPECT_EQ(LoadToldInterruption(told), ERROR_FILE_NOT_FOUND) << "no value";
+    for (const char* text : {"", "12", "12 ", "12 x", " 12 3", "12 3 ", "12,3", "99999999999999999999 1"}) {
+        ASSERT_EQ(key.WriteText("ToldInterruption", text), ERROR_SUCCESS);
+        EXPECT_EQ(LoadToldInterruption(told), ERROR_INVALID_DATA) << text;
+    }
+    EXPECT_EQ(told, (ToldInterruption{7, 8}));
+    const ToldInterruption stored{1'790'000'000, 9'000'000'000};
+    ASSERT_EQ(StoreToldInterruption(stored), ERROR_SUCCESS);
+    EXPECT_EQ(LoadToldInterruption(told), ERROR_SUCCESS);
+    EXPECT_EQ(told, stored);
+}
+
 TEST_F(SettingsStore, AFolderThatCannotBeReadLeavesTheStoredRecord) {
     ProgramSettings stored;
     stored.block.viewMode = 3;
