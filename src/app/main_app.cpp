@@ -23,6 +23,7 @@ bool CMainApp::InitInstance() {
     if (!frame->LoadFrame(IDR_MAIN_FRAME)) return false;
     frame->RestorePlacement();
     frame->RedrawWindow();
+    frame->TellOfInterruption();
     return true;
 }
 

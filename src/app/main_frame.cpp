@@ -75,6 +75,9 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_PERMISSIONS, Notify::kCommand, &CMainFrame::OpenSecurityEditor},
             {ID_SECURE_DELETION, Notify::kCommand, &CMainFrame::StartSecureDeletion},
             {ID_WIZARD, Notify::kCommand, &CMainFrame::StartWizard},
+            {ID_EDIT_UNDO, Notify::kCommand, &CMainFrame::UndoLastChange},
+            {ID_HISTORY, Notify::kCommand, &CMainFrame::ShowHistory},
+            {ID_EDIT_UNDO, Notify::kUpdateCommand, &CMainFrame::OnUpdateUndo},
             {ID_SHOW_SHARES, Notify::kUpdateCommand, &CMainFrame::OnUpdateSharesMode},
             {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
             {ID_GO_FORWARD, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
@@ -355,6 +358,19 @@ void CMainFrame::StartWizard() {
                        .showIntermediateInfo = &settings.block.showIntermediateInfo});
     if (view.IsShowing(PlaceKind::kFolder)) view.RefreshList();
     view.RedrawWindow();
+}
+
+void CMainFrame::UndoLastChange() {
+    history.Undo();
+}
+
+void CMainFrame::ShowHistory() {
+    history.Show();
+}
+
+// Asked for when the menu opens and when the key is pressed, not while the program is idle.
+void CMainFrame::OnUpdateUndo(Notification& notification) {
+    GetMenu().SetText(ID_EDIT_UNDO, history.UndoEntry(notification.state.enabled));
 }
 
 // Shares are not files, have nothing above them, and are not in the history.

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "app/history_commands.h"
 #include "app/settings_record.h"
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
@@ -24,6 +25,9 @@ class CMainFrame : public CFrameWnd {
     // Runs the dialog by which folders are shared where the system has no wizard for that. The list then has
     // the new share.
     void ShareFolder();
+
+    // Tells once of the last change that was cut off, and offers to take it back.
+    void TellOfInterruption() { history.TellOfInterruption(); }
 
     // Each command is offered to the view first.
     bool OnCmdMsg(Notification& notification) override;
@@ -63,6 +67,9 @@ class CMainFrame : public CFrameWnd {
     void StartSecureDeletion();
     bool MayDeleteSelection(const char* caption) const;
     void StartWizard();
+    void UndoLastChange();
+    void ShowHistory();
+    void OnUpdateUndo(Notification& notification);
     void EditItemAt(const std::string& path);
     Outcome HoldItemAt(const std::string& path, Place& place) const;
     void OnUpdateFileCommand(Notification& notification);
@@ -76,6 +83,7 @@ class CMainFrame : public CFrameWnd {
     BrowserView view;
     ProgramSettings settings;
     RepeatedWork domainTimer;
+    HistoryCommands history{*this, [this] { view.RefreshList(); }};
     std::string offlineText;  // in the status bar; empty: the domain answers
     PropertiesService properties{*this, [this](const std::string& path) { EditItemAt(path); }};
 };

@@ -79,8 +79,9 @@
 #define ID_WIZARD 130
 #define ID_PERMISSIONS 153
 #define ID_SECURE_DELETION 154
+#define ID_HISTORY 32810
 
-// Commands: selection and files. The clipboard commands have the framework's standard numbers.
+// Commands: selection and files. Undo and the clipboard commands have the framework's standard numbers.
 #define ID_SELECT_ALL 131
 #define ID_INVERT_SELECTION 132
 #define ID_DELETE 32788
@@ -91,6 +92,7 @@
 #define ID_EDIT_COPY 57634
 #define ID_EDIT_CUT 57635
 #define ID_EDIT_PASTE 57637
+#define ID_EDIT_UNDO 57643
 
 // Commands: view. Toolbar and status bar have the framework's standard numbers.
 #define ID_VIEW_ICONS 135
@@ -283,6 +285,20 @@
 #define IDC_PROPERTY_USED 1215
 #define IDC_PROPERTY_FREE 1216
 #define IDC_PROPERTY_USED_BAR 1217
+
+// History of changes.
+#define IDD_HISTORY 290
+#define IDC_CHANGES 1230
+#define IDC_OBJECTS_TITLE 1231
+#define IDC_CHANGED_OBJECTS 1232
+#define IDC_BEFORE_AND_AFTER 1233
+#define IDC_HISTORY_REMARK 1234
+#define IDC_UNDO_CHANGE 1235
+
+// Progress of an undo.
+#define IDD_UNDO 291
+#define IDC_UNDO_PROGRESS 1236
+#define IDC_STOP_UNDO 1237
 
 // File attributes.
 #define IDD_ATTRIBUTES 242

@@ -143,6 +143,7 @@ TEST_F(MainFrame, DefaultsThatCannotBeStoredDoNotStopTheStart) {
     EXPECT_EQ(test::UiDriver::MainWindow().Text(IDC_LOCATION), kDriveListLocation);
 }
 
+// But for Undo, since there is nothing to undo.
 TEST_F(MainFrame, EveryCommandOfTheMenuCanBeChosen) {
     Start();
     const std::function<void(const CMenu::Items&)> expectEnabled = [&](const CMenu::Items& items) {
@@ -150,7 +151,8 @@ TEST_F(MainFrame, EveryCommandOfTheMenuCanBeChosen) {
             if (item.popup != nullptr)
                 expectEnabled(*item.popup);
             else if (!item.IsSeparator())
-                EXPECT_TRUE(AskCommandState(Frame(), item.id, false).enabled) << item.text;
+                EXPECT_EQ(AskCommandState(Frame(), item.id, false).enabled, item.id != ID_EDIT_UNDO)
+                    << item.text;
     };
     expectEnabled(*Frame().GetMenu().Shared());
 }

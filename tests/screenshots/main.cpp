@@ -18,6 +18,7 @@
 #include "resources/resource_ids.h"
 #include "security/access_rights.h"
 #include "tests/screenshots/file_operations.h"
+#include "tests/screenshots/history.h"
 #include "tests/screenshots/looks.h"
 #include "tests/support/dialog_templates.h"
 
@@ -61,7 +62,8 @@ void FillSamples(CWnd& window) {
             combo->SetCurSel(0);
         }
     }
-    for (const unsigned int progress : {unsigned{IDC_APPLY_PROGRESS}, unsigned{IDC_DELETION_PROGRESS}})
+    for (const unsigned int progress :
+         {unsigned{IDC_APPLY_PROGRESS}, unsigned{IDC_DELETION_PROGRESS}, unsigned{IDC_UNDO_PROGRESS}})
         if (CWnd* label = window.GetDlgItem(progress)) label->SetWindowText("Minutes & reports of March.odt");
 }
 
@@ -153,7 +155,9 @@ class SampleFrame : public CFrameWnd {
 void TakePictures(const Series& series) {
     for (const unsigned int id : test::DialogTemplates()) {
         const DWORD style = LoadDialogTemplate(id)->style;
-        if ((style & WS_CHILD) == 0)
+        if (id == IDD_HISTORY)
+            TakeHistoryPicture(series);
+        else if ((style & WS_CHILD) == 0)
             SampleDialog(id, series).DoModal();
         else if ((style & WS_CAPTION) != 0)
             SampleSheet(id, series).DoModal();
