@@ -107,7 +107,8 @@ class HeldObject {
     // carries a new list to everything that inherits below. `expected`, which may be null, is the descriptor
     // that ReadSecurity gave for DACL_SECURITY_INFORMATION: ERROR_REVISION_MISMATCH, and nothing is written,
     // when another program has changed the list since. 0 when the object itself was written; `below` has what
-    // could not be written below it (on Windows the system does that, and reports nothing).
+    // could not be written below it. On Windows system access lists are not written (ERROR_NOT_SUPPORTED):
+    // the history does not keep them there.
     DWORD WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
                         PSECURITY_DESCRIPTOR expected, ChangeRecorder& recorder, FailuresBelow& below) const;
     DWORD WriteOwner(PSID owner, ChangeRecorder& recorder) const {

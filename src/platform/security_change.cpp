@@ -35,6 +35,7 @@ void SetList(const SecurityChange& change, const ListAbove* above, nt::SecurityD
     descriptor.control |= SE_DACL_AUTO_INHERITED;
     if (!change.dacl) {
         descriptor.daclState = nt::DaclState::kNull;
+        descriptor.dacl = {};
         return;
     }
     nt::Acl list = nt::MapGenericRights(*change.dacl, ListOf(descriptor));
@@ -114,6 +115,7 @@ void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION part
     }
     if ((parts & DACL_SECURITY_INFORMATION) == 0) {
         descriptor.daclState = nt::DaclState::kAbsent;
+        descriptor.dacl = {};
         ClearControl(descriptor, kDaclControl);
     }
     if ((parts & SACL_SECURITY_INFORMATION) == 0) {

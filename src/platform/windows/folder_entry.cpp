@@ -5,24 +5,32 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
 #include "platform/windows/code_page.h"
+#include "platform/windows/privileges.h"
 
 namespace permora {
 
-DWORD FinalPathOf(HANDLE object, std::wstring& path) {
+DWORD FinalPathOf(HANDLE object, std::wstring& path, DWORD form) {
     std::wstring found;
-    DWORD length = GetFinalPathNameByHandleW(object, nullptr, 0, FILE_NAME_NORMALIZED);
+    DWORD length = GetFinalPathNameByHandleW(object, nullptr, 0, FILE_NAME_NORMALIZED | form);
     // The object may be renamed between the two calls.
     while (length > found.size()) {
         found.resize(length);
-        length = GetFinalPathNameByHandleW(object, found.data(), length, FILE_NAME_NORMALIZED);
+        length = GetFinalPathNameByHandleW(object, found.data(), length, FILE_NAME_NORMALIZED | form);
     }
     if (length == 0) return GetLastError();
     found.resize(length);
     path = std::move(found);
     return ERROR_SUCCESS;
+}
+
+std::size_t RootLength(const std::wstring& path) {
+    constexpr std::wstring_view kServer = LR"(\\?\UNC\)";
+    if (!path.starts_with(kServer)) return std::min(path.size(), path.find(L'\\', 4));
+    return std::min(path.size(), path.find(L'\\', path.find(L'\\', kServer.size()) + 1));
 }
 
 DWORD MakeFullPath(std::wstring& path) {
@@ -97,6 +105,13 @@ DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request,
     std::wstring wide;
     const DWORD error = ToWide(name, wide);
     return error == ERROR_SUCCESS ? OpenIn(folder, wide, request, opened) : error;
+}
+
+DWORD OpenToChange(HANDLE folder, const std::wstring& name, DWORD access, UniqueHandle& opened) {
+    return WithPrivileges(kChangingPrivileges, [&] {
+        return OpenIn(folder, name, {access | FILE_READ_ATTRIBUTES, kShareAll, FILE_OPEN_FOR_BACKUP_INTENT},
+                      opened);
+    });
 }
 
 DWORD RemoveOpened(HANDLE object) {

@@ -23,8 +23,11 @@ struct OpenRequest {
     LastLink lastLink = LastLink::kItself;  // what the path opens when it ends in a link
 };
 
-// Where an object lies now, as a path that the system's calls take.
-DWORD FinalPathOf(HANDLE object, std::wstring& path);
+// Where an object lies now, as a path that the system's calls take. `form` is that of
+// GetFinalPathNameByHandleW.
+DWORD FinalPathOf(HANDLE object, std::wstring& path, DWORD form = VOLUME_NAME_DOS);
+// The length of "\\?\C:" or "\\?\UNC\server\share" in such a path.
+std::size_t RootLength(const std::wstring& path);
 
 // Makes a path absolute, as GetFullPathNameW does.
 DWORD MakeFullPath(std::wstring& path);
@@ -37,6 +40,9 @@ DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& reque
 // Opens an entry of a folder, or a stream of a file, by its bare name.
 DWORD OpenIn(HANDLE folder, const std::string& name, const OpenRequest& request, UniqueHandle& opened);
 DWORD OpenIn(HANDLE folder, const std::wstring& name, const OpenRequest& request, UniqueHandle& opened);
+
+// Opens an entry with the privileges for changing descriptors where it is refused without.
+DWORD OpenToChange(HANDLE folder, const std::wstring& name, DWORD access, UniqueHandle& opened);
 
 // `object` is open for DELETE.
 DWORD RemoveOpened(HANDLE object);

@@ -21,13 +21,6 @@
 namespace permora {
 namespace {
 
-// The length of "\\?\C:" or "\\?\UNC\server\share" in a path that GetFinalPathNameByHandleW gave.
-std::size_t RootLength(const std::wstring& path) {
-    constexpr std::wstring_view kServer = LR"(\\?\UNC\)";
-    if (!path.starts_with(kServer)) return std::min(path.size(), path.find(L'\\', 4));
-    return std::min(path.size(), path.find(L'\\', path.find(L'\\', kServer.size()) + 1));
-}
-
 // `path` as seen from the folder at `full`. The system takes no ".." in paths of its own form.
 std::wstring JoinPaths(std::wstring full, const std::wstring& path) {
     if (path.find(L':') != path.npos || path.starts_with(LR"(\\)")) return path;

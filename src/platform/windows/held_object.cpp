@@ -1,47 +1,17 @@
 // HeldObject with the system's own calls.
 #include "platform/held_object.h"
 
-#include <aclapi.h>
-
 #include <cstring>
 #include <utility>
 
 #include "platform/api/errors.h"
 #include "platform/windows/folder_entry.h"
 #include "platform/windows/held_object_inside.h"
-#include "platform/windows/privileges.h"
 
 namespace permora {
 namespace {
 
 constexpr DWORD kItself = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT;
-
-DWORD ReadFrom(HANDLE object, SECURITY_INFORMATION information, ReadParts& parts) {
-    ReadParts read;
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    const bool withOwner = (information & OWNER_SECURITY_INFORMATION) != 0;
-    const bool withList = (information & DACL_SECURITY_INFORMATION) != 0;
-    const DWORD error =
-        GetSecurityInfo(object, SE_FILE_OBJECT, information, withOwner ? &read.owner : nullptr, nullptr,
-                        withList ? &read.dacl : nullptr, nullptr, &descriptor);
-    if (error != ERROR_SUCCESS) return error;
-    read.descriptor.reset(descriptor);
-    parts = std::move(read);
-    return ERROR_SUCCESS;
-}
-
-bool HasListOf(HANDLE object, PSECURITY_DESCRIPTOR expected) {
-    ReadParts now;
-    if (ReadFrom(object, DACL_SECURITY_INFORMATION, now) != ERROR_SUCCESS) return false;
-    const DWORD size = GetSecurityDescriptorLength(now.descriptor.get());
-    return size == GetSecurityDescriptorLength(expected) &&
-           std::memcmp(now.descriptor.get(), expected, size) == 0;
-}
-
-// A system access list is read and written by those with a privilege alone.
-DWORD SystemListAccess(SECURITY_INFORMATION information) {
-    return (information & SACL_SECURITY_INFORMATION) != 0 ? DWORD{ACCESS_SYSTEM_SECURITY} : 0;
-}
 
 // A file of this user, with one byte to lock for each object. It is never written.
 UniqueHandle OpenLockFile() {
@@ -71,7 +41,8 @@ DWORD WaitForLock(HANDLE file, ULONGLONG number) {
     return ERROR_SUCCESS;
 }
 
-// Where objects have no identity there are no turns either.
+}  // namespace
+
 DWORD TakeTurnOn(HANDLE object, UniqueHandle& turns) {
     ObjectMark mark;
     if (MarkOf(object, mark) != ERROR_SUCCESS) return ERROR_SUCCESS;
@@ -79,8 +50,6 @@ DWORD TakeTurnOn(HANDLE object, UniqueHandle& turns) {
     std::memcpy(&number, mark.number.Identifier, sizeof number);
     return TakeTurnAt(number ^ mark.volume, turns);
 }
-
-}  // namespace
 
 DWORD TakeTurnAt(ULONGLONG number, UniqueHandle& turns) {
     UniqueHandle file = OpenLockFile();
@@ -130,45 +99,8 @@ DWORD HeldObject::AskAccessControl(bool& isSupported) const {
     return AskForLists(inside->object.get(), isSupported);
 }
 
-DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const {
-    UniqueHandle object;
-    const DWORD access = READ_CONTROL | SystemListAccess(information);
-    const DWORD error =
-        WithPrivileges(kReadingPrivileges, [&] { return OpenAgain(inside->object.get(), access, object); });
-    return error == ERROR_SUCCESS ? ReadFrom(object.get(), information, parts) : error;
-}
-
-DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const {
-    StoredSecurity prepared{.form = SecurityForm::kVolume, .bytes = {}, .hostOwner = std::nullopt};
-    if (!descriptor.AppendTo(prepared.bytes)) return ERROR_INVALID_ACL;
-    wanted = std::move(prepared);
-    return ERROR_SUCCESS;
-}
-
 DWORD HeldObject::TakeTurn() {
     return inside->turns ? ERROR_SUCCESS : TakeTurnOn(inside->object.get(), inside->turns);
-}
-
-DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
-                                PSECURITY_DESCRIPTOR expected, ChangeRecorder& /*recorder*/,
-                                FailuresBelow& /*below*/) const {
-    constexpr SECURITY_INFORMATION kOwners = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION;
-    DWORD access = 0;
-    if ((information & kOwners) != 0) access |= WRITE_OWNER;
-    if ((information & DACL_SECURITY_INFORMATION) != 0) access |= READ_CONTROL | WRITE_DAC;
-    access |= SystemListAccess(information);
-    UniqueHandle object;
-    UniqueHandle turns;
-    DWORD error =
-        WithPrivileges(kChangingPrivileges, [&] { return OpenAgain(inside->object.get(), access, object); });
-    if (error == ERROR_SUCCESS && !inside->turns) error = TakeTurnOn(inside->object.get(), turns);
-    if (error != ERROR_SUCCESS) return error;
-    if (expected != nullptr && !HasListOf(object.get(), expected)) return ERROR_REVISION_MISMATCH;
-    // An owner who is not the user takes a privilege here, too.
-    return WithPrivileges(kChangingPrivileges, [&] {
-        return SetSecurityInfo(object.get(), SE_FILE_OBJECT, information, parts.owner, parts.group,
-                               parts.dacl, parts.sacl);
-    });
 }
 
 struct RememberedObject::Inside {

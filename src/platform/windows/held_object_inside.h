@@ -20,5 +20,7 @@ DWORD OpenAgain(HANDLE object, DWORD access, UniqueHandle& opened);
 // ten seconds. Where there is no place for the file, or no locks, there are no turns: the result is 0, and
 // `turns` stays as it was.
 DWORD TakeTurnAt(ULONGLONG number, UniqueHandle& turns);
+// The turn on an object. Where objects have no identity there are no turns either.
+DWORD TakeTurnOn(HANDLE object, UniqueHandle& turns);
 
 }  // namespace permora

@@ -11,53 +11,55 @@
 #include "platform/nt/security_descriptor.h"
 #include "platform/passed_over.h"
 #include "platform/tree_security.h"
+#include "platform/windows/change_batch.h"
 #include "platform/windows/folder_listing.h"
 
 namespace permora {
 
-// Owner, group and access list of an object that is open for READ_CONTROL. ERROR_INVALID_SECURITY_DESCR for a
-// damaged descriptor.
-DWORD ReadDescriptor(HANDLE object, nt::SecurityDescriptor& descriptor);
-
-class TreeChange {
+class TreeChange : public DescriptorChanger {
   public:
-    TreeChange(TreeObserver& listener, TreeCounts& totals) : observer(listener), counts(totals) {}
-    virtual ~TreeChange() = default;
+    // `parts` are those that the change writes. All outlive this.
+    TreeChange(SECURITY_INFORMATION parts, TreeListMode writing, RecordedTop& records, TreeObserver& listener,
+               TreeCounts& totals);
 
     // `top` is the held folder. The result and the calls of the observer are those of
     // HeldObject::SetListsBelow.
     DWORD Run(HANDLE top);
 
-  protected:
-    enum class Outcome { kUnchanged, kChanged };
-
   private:
-    // The walked folder, before anything else; it is open for READ_CONTROL.
-    virtual DWORD Begin(HANDLE top) = 0;
-    // The access that the change of an object takes.
-    virtual DWORD Access() const = 0;
-    // `object` is open for Access(). `depth`: the number of folders between the walked one and the object.
-    virtual DWORD Change(HANDLE object, std::size_t depth, Outcome& outcome) = 0;
-    // The walk goes into the folder that was changed last, with this error, or could not be opened for it.
-    // What is in it has the depth `inside`.
-    virtual void Enter(HANDLE folder, DWORD error, std::size_t inside) = 0;
+    // The walked folder, before anything else; it is open for READ_CONTROL. Fills in what the objects in it
+    // inherit from.
+    virtual DWORD Begin(HANDLE top, WalkedFolder& folder) = 0;
+    void PassOver(const std::string& where, DWORD error) override;
 
     // The result is that of Run.
     DWORD Walk();
-    void Visit(const FoundEntry& entry);
-    void EnterFolder(const FoundEntry& entry, HANDLE object, DWORD error);
-    void PassOver(const std::string& name, DWORD error);
+    // 0, or the failure of a record, which ends the walk.
+    DWORD Visit(const FoundEntry& entry);
+    // Opens an entry of the current folder and computes what it is to get. An error is about this object.
+    DWORD Compute(const FoundEntry& entry, WaitingObject& found, WayOn& wayOn);
+    DWORD Open(const std::wstring& name, UniqueHandle& object, bool& mayWrite) const;
+    // Puts a folder that Compute has found before the rest of the current one. As Visit.
+    DWORD Enter(const std::wstring& name, WaitingObject found, DWORD error);
+    DWORD OpenFolder(const std::wstring& name, HANDLE object, UniqueHandle& folder) const;
 
     struct Level {
         std::unique_ptr<FolderListing> listing;
+        std::shared_ptr<WalkedFolder> folder;
         std::size_t pathLength;  // of the folder's path below the walked one, with a separator
     };
 
+    const TreeListMode mode;
+    const DWORD writingAccess;
     TreeObserver& observer;
     TreeCounts& counts;
+    ChangeBatch batch;
     PassedOverObjects passedOver;
     std::vector<Level> levels;  // from the walked folder down to the current one
     std::string path;           // of the current folder, for reports
 };
+
+// What is in the folder inherits from the list that stands on it. `folder` is open for READ_CONTROL.
+DWORD ReadFolderList(HANDLE folder, WalkedFolder& read);
 
 }  // namespace permora
