@@ -1,10 +1,13 @@
 #include "history/undo.h"
 
 #include <algorithm>
+#include <future>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
+#include <unordered_set>
 #include <utility>
 
 #include "history/undone_top.h"
@@ -15,8 +18,10 @@
 namespace permora {
 namespace {
 
-// Each object of a batch is held open, and its descriptors are in memory.
-constexpr std::size_t kBatchObjects = 256;
+// Each object of a batch is held open, and its descriptors are in memory. The first batch is small: where few
+// objects can be held open, the history must be opened before they are.
+constexpr std::size_t kFirstBatchObjects = 16;
+constexpr std::size_t kBatchObjects = 1024;
 constexpr std::size_t kBatchBytes = std::size_t{4} << 20;
 // Of a dry run, whose memory does not grow with the change either.
 constexpr std::size_t kMostUnclear = 65536;
@@ -45,8 +50,10 @@ Judgement Judge(const DescriptorChange& change, const StoredSecurity& now) {
 struct Batch {
     std::vector<std::optional<HeldObject>> objects;  // nothing: the top itself
     std::vector<DescriptorChange> changes;
-    std::set<std::uint64_t> numbers;
+    std::unordered_set<std::uint64_t> numbers;
     std::size_t bytes = 0;
+    std::vector<DWORD> results;  // of writing the objects, once they were recorded
+    DWORD recordError = ERROR_SUCCESS;
 
     void Add(std::optional<HeldObject> object, const DescriptorChange& undone, StoredSecurity now) {
         bytes += now.bytes.size() + undone.before.bytes.size();
@@ -54,7 +61,6 @@ struct Batch {
         objects.push_back(std::move(object));
         changes.push_back({undone.path, undone.isFolder, undone.fileNumber, std::move(now), undone.before});
     }
-    bool IsFull() const { return objects.size() >= kBatchObjects || bytes >= kBatchBytes; }
 };
 
 class Undo {
@@ -76,13 +82,19 @@ class Undo {
     bool Enter(const RecordedObject& record);
     bool Put(std::optional<HeldObject> object, const DescriptorChange& undone, StoredSecurity now);
     bool Flush();
+    bool Finish();
+    bool FlushAll() { return Flush() && Finish(); }
     bool EndWith(DWORD error);
+    bool IsPending(std::uint64_t fileNumber) const {
+        return batch.numbers.contains(fileNumber) || written.numbers.contains(fileNumber);
+    }
 
     // Whether the object was found and read; else it was left alone.
     bool Read(const DescriptorChange& undone, std::optional<HeldObject>& object, StoredSecurity& now);
     void LeaveUnfound(const std::string& path, DWORD error);
     void Leave(const std::string& path, LeftAlone extent, DWORD reason);
-    DWORD Record();
+    DWORD Record(std::span<const DescriptorChange> changes);
+    void Write(Batch& recorded);
 
     History& history;
     const ChangeFacts& facts;
@@ -94,7 +106,10 @@ class Undo {
     std::optional<UndoneTop> top;
     DWORD topError = ERROR_SUCCESS;
     std::optional<std::uint64_t> topNumber;  // in `change`
-    Batch batch;
+    std::size_t batchObjects = kFirstBatchObjects;
+    Batch batch;    // is being filled
+    Batch written;  // belongs to `writing` as long as that is at work
+    std::future<void> writing;
     DWORD ending = ERROR_SUCCESS;
 
     // Of a dry run. An object that was recorded twice has neither list of its first record as long as nothing
@@ -121,7 +136,7 @@ void Undo::LeaveUnfound(const std::string& path, DWORD error) {
 
 bool Undo::Enter(const RecordedObject& record) {
     if (top && top->Holds(record)) return true;
-    if (!Flush()) return false;
+    if (!FlushAll()) return false;
     top.emplace(record, facts.began);
     topNumber.reset();
     topError = top->Hold();
@@ -136,8 +151,8 @@ bool Undo::Read(const DescriptorChange& undone, std::optional<HeldObject>& objec
         return false;
     }
     DWORD error = top->Find(undone, object);
-    if (error == ERROR_TOO_MANY_OPEN_FILES && !batch.changes.empty()) {
-        if (!Flush()) return false;
+    if (error == ERROR_TOO_MANY_OPEN_FILES) {
+        if (!FlushAll()) return false;
         error = top->Find(undone, object);
     }
     if (error != ERROR_SUCCESS) {
@@ -154,7 +169,7 @@ bool Undo::Take(const RecordedObject& record) {
     if (!observer.Begin(record.top, undone.path)) return EndWith(ERROR_OPERATION_ABORTED);
     if (!Enter(record)) return false;
     // What a later record of the same object says comes first.
-    if (batch.numbers.contains(undone.fileNumber) && !Flush()) return false;
+    if (IsPending(undone.fileNumber) && !FlushAll()) return false;
     std::optional<HeldObject> object;
     StoredSecurity now;
     if (!Read(undone, object, now)) return ending == ERROR_SUCCESS;
@@ -198,32 +213,55 @@ bool Undo::Put(std::optional<HeldObject> object, const DescriptorChange& undone,
         ++counts.restored;
         return true;
     }
+    // The top is needed to find the others.
+    const bool isTop = !object;
     batch.Add(std::move(object), undone, std::move(now));
-    return !batch.IsFull() || Flush();
+    if (isTop) return FlushAll();
+    const bool isFull = batch.objects.size() >= batchObjects || batch.bytes >= kBatchBytes;
+    if (!isFull) return true;
+    return topNumber ? Flush() : FlushAll();
 }
 
-// Makes the batch durable in the undo's own change.
-DWORD Undo::Record() {
+// Makes them durable in the undo's own change.
+DWORD Undo::Record(std::span<const DescriptorChange> changes) {
     if (!topNumber) {
         std::uint64_t number = 0;
         if (const DWORD error = change->BeginTop(top->Recorded(), number); error != ERROR_SUCCESS)
             return error;
         topNumber = number;
     }
-    return change->Record(*topNumber, batch.changes);
+    return change->Record(*topNumber, changes);
 }
 
+void Undo::Write(Batch& recorded) {
+    recorded.recordError = Record(recorded.changes);
+    if (recorded.recordError != ERROR_SUCCESS) return;
+    for (std::size_t i = 0; i < recorded.changes.size(); ++i)
+        recorded.results.push_back(top->Write(recorded.objects[i], recorded.changes[i]));
+}
+
+// Begins to write the batch, on another thread where there may be one. The next batch is filled meanwhile:
+// each waits for the disk in its own way.
 bool Undo::Flush() {
+    if (!Finish()) return false;
     if (batch.changes.empty()) return true;
-    if (const DWORD error = Record(); error != ERROR_SUCCESS) return EndWith(error);
-    for (std::size_t i = 0; i < batch.changes.size(); ++i) {
-        const DWORD error = top->Write(batch.objects[i], batch.changes[i]);
-        if (error == ERROR_SUCCESS)
+    batchObjects = std::min(2 * batchObjects, kBatchObjects);
+    written = std::exchange(batch, {});
+    writing = std::async([this] { Write(written); });
+    return true;
+}
+
+// Waits until what was begun is written.
+bool Undo::Finish() {
+    if (!writing.valid()) return true;
+    writing.get();
+    const Batch done = std::exchange(written, {});
+    if (done.recordError != ERROR_SUCCESS) return EndWith(done.recordError);
+    for (std::size_t i = 0; i < done.changes.size(); ++i)
+        if (done.results[i] == ERROR_SUCCESS)
             ++counts.restored;
         else
-            Leave(batch.changes[i].path, LeftAlone::kObject, error);
-    }
-    batch = {};
+            Leave(done.changes[i].path, LeftAlone::kObject, done.results[i]);
     return true;
 }
 
@@ -237,7 +275,9 @@ DWORD Undo::VisitAll(Visit visit) {
 DWORD Undo::Run() {
     if (!IsDryRun()) change = history.Begin(ChangeKind::kUndo, facts.number);
     DWORD error = VisitAll(&Undo::Take);
-    if (error == ERROR_SUCCESS && !Flush()) error = ending;
+    if (error == ERROR_SUCCESS) Flush();
+    Finish();
+    if (error == ERROR_SUCCESS) error = ending;
     if (error == ERROR_SUCCESS && !unclear.empty()) {
         top.reset();
         error = VisitAll(&Undo::TakeUnclear);

@@ -349,27 +349,27 @@ TEST(UndoTwiceTest, WhatWasRecordedTwiceComesBackInReverseOrder) {
 TEST(UndoBatchTest, ALargeChangeComesBackInBatches) {
     const TemporaryFolder folder;
     TreeToUndo tree(folder.Path(), folder.Path());
-    for (int i = 0; i < 400; ++i)
+    for (int i = 0; i < 1500; ++i)
         folder.MakeFile("top/other/" + std::to_string(i));
     const TreeState before = tree.State();
     const std::int64_t change = tree.ChangeLists();
-    tree.observer.stopAt = 300;
-    EXPECT_EQ(tree.Undo(change, {}, ERROR_OPERATION_ABORTED), "256 restored, 0 as before, 0 left alone");
+    tree.observer.stopAt = 1200;
+    EXPECT_EQ(tree.Undo(change, {}, ERROR_OPERATION_ABORTED), "1008 restored, 0 as before, 0 left alone");
     EXPECT_EQ(tree.StateOfChange(change), ChangeState::kPartlyUndone);
     // Where the process may not have a whole batch open.
     const auto undone = InAnotherProcess([&] {
-        const rlimit few = {64, 64};
+        const rlimit few = {128, 128};
         setrlimit(RLIMIT_NOFILE, &few);
         tree.observer.stopAt = static_cast<std::size_t>(-1);
         return tree.Undo(change);
     });
-    EXPECT_EQ(undone, "152 restored, 256 as before, 0 left alone");
-    EXPECT_EQ(tree.State(), before);
+    EXPECT_EQ(undone, "500 restored, 1008 as before, 0 left alone");
+    EXPECT_EQ(Difference(before, tree.State()), "");
     // One of the two undos has not been taken back.
     tree.observer.stopAt = static_cast<std::size_t>(-1);
-    EXPECT_EQ(tree.Undo(tree.LastUndo()), "152 restored, 0 as before, 0 left alone");
+    EXPECT_EQ(tree.Undo(tree.LastUndo()), "500 restored, 0 as before, 0 left alone");
     EXPECT_EQ(tree.StateOfChange(change), ChangeState::kPartlyUndone);
-    EXPECT_EQ(tree.Undo(change), "152 restored, 256 as before, 0 left alone");
+    EXPECT_EQ(tree.Undo(change), "500 restored, 1008 as before, 0 left alone");
     EXPECT_EQ(tree.StateOfChange(change), ChangeState::kUndone);
 }
 

@@ -16,6 +16,10 @@ namespace permora::host {
 // same mount. It keeps buffers between calls, so a walk uses one store and a thread its own.
 class DescriptorStore {
   public:
+    DescriptorStore() = default;
+    // Of the mount that StoreKindOf has been asked about; nothing: it is still to be asked.
+    explicit DescriptorStore(std::optional<DescriptorStoreKind> known) : kind(known) {}
+
     // Whether this kind of object can have a descriptor here at all. Links and devices cannot on volumes that
     // keep them in user attributes.
     bool CanHold(const ObjectHandle& object);

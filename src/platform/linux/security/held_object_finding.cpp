@@ -17,9 +17,11 @@
 #include "platform/held_object.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/descriptor_path.h"
+#include "platform/linux/files/descriptor_support.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/object_identity.h"
 #include "platform/linux/files/paths.h"
+#include "platform/linux/files/unmounted_entry.h"
 #include "platform/linux/security/held_object_inside.h"
 
 namespace permora {
@@ -58,6 +60,25 @@ DWORD Descend(std::string_view path, ObjectHandle& folder, std::string& lastHost
     }
 }
 
+// As HoldBelow, for the object `here`.
+DWORD ResolveBelow(const host::ResolvedObject& here, const std::string& path, host::ResolvedObject& below) {
+    host::ResolvedObject found;
+    DWORD error = ERROR_SUCCESS;
+    if (path.empty()) {
+        error = here.object.Duplicate(found.object);
+        if (error == ERROR_SUCCESS && here.parent) error = here.parent.Duplicate(found.parent);
+    } else {
+        if (path.back() == '\\') return ERROR_INVALID_NAME;
+        std::string hostName;
+        error = here.object.Duplicate(found.parent);
+        if (error == ERROR_SUCCESS) error = Descend(path, found.parent, hostName);
+        if (error == ERROR_SUCCESS)
+            error = OpenBelow(found.parent.Descriptor(), hostName, O_NOFOLLOW, found.object);
+    }
+    if (error == ERROR_SUCCESS) below = std::move(found);
+    return error;
+}
+
 }  // namespace
 
 DWORD HeldObject::HoldTop(const ChangedTop& top, HeldObject& object) {
@@ -72,23 +93,19 @@ DWORD HeldObject::HoldTop(const ChangedTop& top, HeldObject& object) {
 }
 
 DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
-    const host::ResolvedObject& here = inside->target;
     auto held = std::make_unique<Inside>();
-    host::ResolvedObject& found = held->target;
-    DWORD error = ERROR_SUCCESS;
-    if (path.empty()) {
-        error = here.object.Duplicate(found.object);
-        if (error == ERROR_SUCCESS && here.parent) error = here.parent.Duplicate(found.parent);
-    } else {
-        if (path.back() == '\\') return ERROR_INVALID_NAME;
-        std::string hostName;
-        error = here.object.Duplicate(found.parent);
-        if (error == ERROR_SUCCESS) error = Descend(path, found.parent, hostName);
-        if (error == ERROR_SUCCESS)
-            error = OpenBelow(found.parent.Descriptor(), hostName, O_NOFOLLOW, found.object);
+    DWORD error = ResolveBelow(inside->target, path, held->target);
+    if (error == ERROR_TOO_MANY_OPEN_FILES) {
+        host::RaiseDescriptorLimit();
+        error = ResolveBelow(inside->target, path, held->target);
     }
-    if (error == ERROR_SUCCESS) object.inside = std::move(held);
-    return error;
+    if (error != ERROR_SUCCESS) return error;
+    if (!inside->storeKind) inside->storeKind = host::StoreKindOf(inside->target.object);
+    if (!inside->lockFile) inside->lockFile = host::OpenLockFile();
+    held->storeKind = inside->storeKind;
+    held->lockFile = inside->lockFile;
+    object.inside = std::move(held);
+    return ERROR_SUCCESS;
 }
 
 std::uint64_t HeldObject::FileNumber() const {

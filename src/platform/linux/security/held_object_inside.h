@@ -1,7 +1,10 @@
 // What is behind a HeldObject.
 #pragma once
 
+#include <optional>
+
 #include "platform/held_object.h"
+#include "platform/linux/files/descriptor_support.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/security/object_turn.h"
 
@@ -10,6 +13,9 @@ namespace permora {
 struct HeldObject::Inside {
     host::ResolvedObject target;
     host::ObjectTurn turn;
+    // For objects that are held below this one (HoldBelow), and so lie on the same mount: asked once for all.
+    std::optional<host::DescriptorStoreKind> storeKind;
+    host::LockFile lockFile;
 };
 
 }  // namespace permora

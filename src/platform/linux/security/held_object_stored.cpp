@@ -13,7 +13,7 @@ using host::DescriptorStore;
 
 DWORD HeldObject::ReadStored(StoredSecurity& stored) const {
     host::ObjectHandle& object = inside->target.object;
-    DescriptorStore store;
+    DescriptorStore store(inside->storeKind);
     nt::SecurityDescriptor descriptor;
     DWORD error = object.Refresh();
     if (error == ERROR_SUCCESS) error = store.Read(object, descriptor);
@@ -23,7 +23,7 @@ DWORD HeldObject::ReadStored(StoredSecurity& stored) const {
 
 DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const {
     host::ObjectHandle& object = inside->target.object;
-    DescriptorStore store;
+    DescriptorStore store(inside->storeKind);
     if (const DWORD error = object.Refresh(); error != ERROR_SUCCESS) return error;
     const bool changesOwner =
         descriptor.owner && !host::HasOwner(object, descriptor, *descriptor.owner, store);
@@ -36,8 +36,8 @@ DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, Stored
 
 DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted) const {
     host::ObjectHandle& object = inside->target.object;
-    host::ObjectTurn turn;
-    DescriptorStore store;
+    host::ObjectTurn turn = inside->lockFile ? host::ObjectTurn(inside->lockFile) : host::ObjectTurn();
+    DescriptorStore store(inside->storeKind);
     nt::SecurityDescriptor present;
     std::optional<nt::SecurityDescriptor> then;
     DWORD error = inside->turn ? ERROR_SUCCESS : turn.Take(object);
