@@ -2,21 +2,28 @@
 
 #include <sqlite3.h>
 
-#include <new>
+#include "platform/private_place.h"
 
 namespace permora {
 namespace {
 
 constexpr int kWaitMilliseconds = 5000;
 
-DWORD ErrorOf(int result) {
+// What the system has said of the failed call, or `otherwise`.
+DWORD SystemError(sqlite3* connection, DWORD otherwise) {
+    const int number = connection == nullptr ? 0 : sqlite3_system_errno(connection);
+    return number == 0 ? otherwise : ErrorOfHost(number);
+}
+
+// `connection` may be null.
+DWORD ErrorOf(int result, sqlite3* connection) {
     switch (result & 0xff) {
         case SQLITE_OK:
         case SQLITE_ROW:
         case SQLITE_DONE:
             return ERROR_SUCCESS;
         case SQLITE_NOMEM:
-            throw std::bad_alloc();
+            return ERROR_NOT_ENOUGH_MEMORY;
         case SQLITE_CORRUPT:
         case SQLITE_NOTADB:
         case SQLITE_MISMATCH:
@@ -32,13 +39,43 @@ DWORD ErrorOf(int result) {
         case SQLITE_FULL:
             return ERROR_DISK_FULL;
         case SQLITE_CANTOPEN:
-            return result == SQLITE_CANTOPEN_SYMLINK ? ERROR_CANT_RESOLVE_FILENAME : ERROR_OPEN_FAILED;
+            return result == SQLITE_CANTOPEN_SYMLINK ? ERROR_CANT_RESOLVE_FILENAME
+                                                     : SystemError(connection, ERROR_OPEN_FAILED);
         case SQLITE_PERM:
         case SQLITE_AUTH:
             return ERROR_ACCESS_DENIED;
+        case SQLITE_IOERR:
+            return result == SQLITE_IOERR_SHORT_READ ? ERROR_FILE_CORRUPT
+                                                     : SystemError(connection, ERROR_IO_DEVICE);
         default:
             return ERROR_IO_DEVICE;
     }
+}
+
+int FlagsOf(Database::Access access) {
+    switch (access) {
+        case Database::Access::kReadWrite:
+            return SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+        case Database::Access::kReadOnly:
+            return SQLITE_OPEN_READONLY;
+        case Database::Access::kUnchanging:
+            return SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
+    }
+    return SQLITE_OPEN_READONLY;
+}
+
+// The path in the form that takes options.
+std::string AddressOf(const std::string& path) {
+    static constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string address = "file:";
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '%' || c == '?' || c == '#')
+            address += {'%', kDigits[byte >> 4], kDigits[byte & 0xf]};
+        else
+            address += c;
+    }
+    return address;
 }
 
 }  // namespace
@@ -48,15 +85,15 @@ void Database::Close::operator()(sqlite3* connection) const {
 }
 
 DWORD Database::Open(const std::string& path, Access access) {
-    const int flags =
-        SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_EXRESCODE |
-        (access == Access::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    const int flags = SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_EXRESCODE | FlagsOf(access);
+    const std::string name = access == Access::kUnchanging ? AddressOf(path) + "?immutable=1" : path;
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(path.c_str(), &opened, flags, nullptr);
+    const int result = sqlite3_open_v2(name.c_str(), &opened, flags, nullptr);
     connection.reset(opened);
     if (result != SQLITE_OK) {
+        const DWORD error = ErrorOf(result, opened);
         connection.reset();
-        return ErrorOf(result);
+        return error;
     }
     sqlite3_busy_timeout(opened, kWaitMilliseconds);
     // What a file defines is not to be run.
@@ -68,7 +105,7 @@ DWORD Database::Open(const std::string& path, Access access) {
 }
 
 DWORD Database::Execute(const char* sql) {
-    return ErrorOf(sqlite3_exec(connection.get(), sql, nullptr, nullptr, nullptr));
+    return ErrorOf(sqlite3_exec(connection.get(), sql, nullptr, nullptr, nullptr), connection.get());
 }
 
 DWORD Database::Ask(const char* sql, std::optional<std::int64_t>& answer) {
@@ -84,8 +121,8 @@ std::int64_t Database::LastRow() const {
     return sqlite3_last_insert_rowid(connection.get());
 }
 
-DWORD Database::Error() const {
-    return ErrorOf(sqlite3_extended_errcode(connection.get()));
+std::int64_t Database::ChangedRows() const {
+    return sqlite3_changes64(connection.get());
 }
 
 DWORD Transaction::Begin() {
@@ -105,7 +142,7 @@ void Statement::Finalize::operator()(sqlite3_stmt* statement) const {
 }
 
 void Statement::Take(int result) {
-    if (error == ERROR_SUCCESS) error = ErrorOf(result);
+    if (error == ERROR_SUCCESS) error = ErrorOf(result, database.connection.get());
 }
 
 void Statement::Begin() {

@@ -21,7 +21,8 @@ class Statement;
 
 class Database {
   public:
-    enum class Access { kReadOnly, kReadWrite };
+    // kUnchanging: as long as this is open nobody writes to it, on a volume that takes no writing.
+    enum class Access { kReadOnly, kUnchanging, kReadWrite };
 
     // `path` is a file that exists, or that this may make (kReadWrite).
     DWORD Open(const std::string& path, Access access);
@@ -32,8 +33,8 @@ class Database {
     // The first column of the first row; nothing without one.
     DWORD Ask(const char* sql, std::optional<std::int64_t>& answer);
     std::int64_t LastRow() const;
-    // The code that the last failed call stands for.
-    DWORD Error() const;
+    // By the last statement that changes rows.
+    std::int64_t ChangedRows() const;
 
   private:
     friend class Statement;

@@ -283,7 +283,8 @@ DWORD HistoryOfFile::VisitObjects(std::int64_t number, RecordOrder order,
 DWORD HistoryOfFile::MarkUndone(std::int64_t number, ChangeState state) {
     Statement mark(database, "UPDATE changes SET undone=? WHERE number=?");
     mark.Bind(StoredState(state), number);
-    return mark.Run();
+    const DWORD error = mark.Run();
+    return error == ERROR_SUCCESS && database.ChangedRows() == 0 ? ERROR_NOT_FOUND : error;
 }
 
 DWORD HistoryOfFile::Remove(std::int64_t number) {

@@ -30,6 +30,7 @@ DWORD FindFile(const std::string& path, Database::Access access, std::string& fi
     place += path.substr(folder.size());
     if (!isToRead) error = MakePrivateFile(place);
     if (error == ERROR_SUCCESS) error = CheckPrivateFile(place);
+    if (error == ERROR_SUCCESS && !isToRead) error = CheckWritable(place);
     for (const char* companion : kCompanions) {
         if (error != ERROR_SUCCESS) return error;
         error = CheckPrivateFile(place + companion);
@@ -90,6 +91,13 @@ DWORD OpenHistoryFile(const std::string& path, Database::Access access, Database
     if (error == ERROR_SUCCESS) error = opened.Open(file, access);
     bool isNew = false;
     if (error == ERROR_SUCCESS) error = CheckSchema(opened, isNew);
+    // Reading makes the log anew, which cannot be made there. Nor is it needed, as long as there is none.
+    if (error != ERROR_SUCCESS && access == Database::Access::kReadOnly &&
+        CheckWritable(file) == ERROR_WRITE_PROTECT &&
+        CheckPrivateFile(file + "-wal") == ERROR_FILE_NOT_FOUND) {
+        error = opened.Open(file, Database::Access::kUnchanging);
+        if (error == ERROR_SUCCESS) error = CheckSchema(opened, isNew);
+    }
     if (error == ERROR_SUCCESS && isNew)
         error = access == Database::Access::kReadOnly ? ERROR_FILE_NOT_FOUND : MakeNew(opened);
     if (error == ERROR_SUCCESS) database = std::move(opened);

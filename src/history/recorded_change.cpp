@@ -6,6 +6,7 @@
 
 #include "history/history_file.h"
 #include "history/user_name.h"
+#include "platform/fnv_hash.h"
 #include "platform/private_place.h"
 
 namespace permora {
@@ -18,14 +19,6 @@ std::int64_t Now() {
     return std::chrono::duration_cast<std::chrono::seconds>(
                std::chrono::system_clock::now().time_since_epoch())
         .count();
-}
-
-// FNV-1a. It only finds candidates; equal are equal bytes.
-std::int64_t HashOf(std::string_view key) {
-    std::uint64_t hash = 14695981039346656037U;
-    for (const char c : key)
-        hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
-    return static_cast<std::int64_t>(hash);
 }
 
 std::optional<std::int64_t> OwnerOf(const StoredSecurity& stored) {
@@ -62,6 +55,8 @@ class RecordedChange::Writer {
     // Writes all requests in one transaction.
     DWORD Write(const std::vector<Request*>& requests, std::span<const ChangedTop> tops);
     DWORD End();
+    // Interrupted, although this process is still there.
+    DWORD Abandon();
     std::int64_t Number() const { return number; }
 
   private:
@@ -86,6 +81,7 @@ class RecordedChange::Writer {
 
     std::int64_t number = 0;
     std::int64_t objects = 0;
+    std::int64_t recorded = 0;  // of those, what is durable
     std::int64_t folders = 0;
     std::optional<std::int64_t> others;  // counts the changes that others make to the database
     std::vector<TopState> topStates;
@@ -199,7 +195,7 @@ DWORD RecordedChange::Writer::FindDescriptor(const StoredSecurity& stored, std::
         found = known->second;
         return ERROR_SUCCESS;
     }
-    const DWORD error = AskDescriptor(stored, HashOf(key), found);
+    const DWORD error = AskDescriptor(stored, static_cast<std::int64_t>(HashFnv(key)), found);
     if (error != ERROR_SUCCESS) return error;
     if (knownDescriptors.empty() || descriptorBytes > kMostDescriptorBytes) {
         knownDescriptors.clear();
@@ -246,18 +242,27 @@ DWORD RecordedChange::Writer::Write(const std::vector<Request*>& requests, std::
             if (error == ERROR_SUCCESS) error = WriteObject(request->top, change);
     }
     if (error == ERROR_SUCCESS) error = transaction.Commit();
+    if (error == ERROR_SUCCESS) recorded = objects;
     return error;
 }
 
 DWORD RecordedChange::Writer::End() {
-    endChange.Bind(Now(), objects, number);
+    endChange.Bind(Now(), recorded, number);
     return endChange.Run();
+}
+
+DWORD RecordedChange::Writer::Abandon() {
+    Statement abandon(database, "UPDATE changes SET process=0 WHERE number=? AND ended IS NULL");
+    abandon.Bind(number);
+    return abandon.Run();
 }
 
 RecordedChange::RecordedChange(std::string databasePath, ChangeKind changeKind, std::int64_t undoneChange)
     : path(std::move(databasePath)), kind(changeKind), undoes(undoneChange) {}
 
-RecordedChange::~RecordedChange() = default;
+RecordedChange::~RecordedChange() {
+    if (number != 0) writer->Abandon();
+}
 
 DWORD RecordedChange::BeginTop(const ChangedTop& top, std::uint64_t& topNumber) {
     const std::lock_guard lock(guard);

@@ -29,10 +29,19 @@ DWORD CheckPrivateFile(const std::string& path);
 // Makes an empty file there that this process's user alone may read and write; one that is there stays.
 DWORD MakePrivateFile(const std::string& path);
 
+// Whether this process may write to a file; nothing is changed. ERROR_WRITE_PROTECT: its volume takes no
+// writing.
+DWORD CheckWritable(const std::string& path);
+
+// The code for a number by which the system has told a library of a failure (errno; on Windows the code
+// itself).
+DWORD ErrorOfHost(int number);
+
 // A process, as opposed to a later one that got its number.
 struct ProcessMark {
     std::int64_t number = 0;
-    std::int64_t start = 0;  // its time, in the system's own unit
+    std::int64_t start =
+        0;  // its time, in the system's own unit, and where that counts from the machine's start, this too
 
     bool operator==(const ProcessMark&) const = default;
 };

@@ -40,6 +40,14 @@ std::string TextOf(const RecordedObject& object) {
            text(object.change.before) + ">" + text(object.change.after);
 }
 
+// By another program.
+void RunSql(const std::string& path, const std::string& sql) {
+    const std::string command =
+        "python3 -c \"import sqlite3,sys; c=sqlite3.connect(sys.argv[1]); c.executescript(sys.argv[2])\" '" +
+        path + "' '" + sql + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0);  // NOLINT(concurrency-mt-unsafe)
+}
+
 class HistoryTest : public testing::Test {
   protected:
     std::string Path() const { return folder.Path() + "/state/permora/history.db"; }
@@ -142,6 +150,42 @@ TEST_F(HistoryTest, WhatIsUndoneOrAnUndoIsNotTheLastChange) {
     ASSERT_EQ(history->MarkUndone(first, ChangeState::kPartlyUndone), DWORD{ERROR_SUCCESS});
     ASSERT_EQ(history->FindLast(facts), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(facts.state, ChangeState::kPartlyUndone);
+}
+
+TEST_F(HistoryTest, AChangeThatIsGivenUpIsInterrupted) {
+    const auto history = Open();
+    ChangeFacts facts;
+    {
+        const auto change = history->Begin(ChangeKind::kReset);
+        std::uint64_t top = 0;
+        change->BeginTop({"C:\\t", true, {}}, top);
+        ASSERT_EQ(change->Record(top, std::vector{ChangeOf("x", 1, "old", "new")}), DWORD{ERROR_SUCCESS});
+        ASSERT_EQ(history->Find(change->Number(), facts), DWORD{ERROR_SUCCESS});
+        EXPECT_EQ(facts.state, ChangeState::kRunning);
+        EXPECT_EQ(facts.objects, 1U);
+    }
+    ASSERT_EQ(history->FindLast(facts), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(facts.state, ChangeState::kInterrupted);
+    EXPECT_EQ(history->MarkUndone(facts.number + 1, ChangeState::kUndone), DWORD{ERROR_NOT_FOUND});
+    // A process has the number of another one that has ended.
+    RunSql(Path(), "UPDATE changes SET process=" + std::to_string(getpid()));
+    EXPECT_EQ(history->FindLast(facts), DWORD{ERROR_NOT_FOUND});
+    RunSql(Path(), "UPDATE changes SET process_start=process_start-1");
+    ASSERT_EQ(history->FindLast(facts), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(facts.state, ChangeState::kInterrupted);
+}
+
+TEST_F(HistoryTest, ItsFoldersAreMadeForTheUserAlone) {
+    const mode_t mask = umask(0);
+    Open();
+    umask(mask);
+    for (const auto& [path, mode] : {std::pair(std::filesystem::path(Path()), 0600U),
+                                     {std::filesystem::path(Path()).parent_path(), 0700U},
+                                     {std::filesystem::path(Path()).parent_path().parent_path(), 0700U}}) {
+        struct stat status {};
+        ASSERT_EQ(stat(path.c_str(), &status), 0) << path;
+        EXPECT_EQ(status.st_mode & 07777, mode) << path;
+    }
 }
 
 TEST_F(HistoryTest, ThreadsAndProgramsRecordAtTheSameTime) {
@@ -259,6 +303,22 @@ TEST_F(HistoryTest, APruningTakesWholeChangesThatHaveEnded) {
     EXPECT_EQ(Objects(*history, running->Number()).size(), 2U);
 }
 
+// A program that opens the file of a database and closes it again gives up its locks on it, as POSIX has it.
+TEST_F(HistoryTest, AHistoryThatIsOpenedAgainStaysLockedAgainstOtherPrograms) {
+    const auto history = Open();
+    const auto change = history->Begin(ChangeKind::kReset);
+    std::uint64_t top = 0;
+    change->BeginTop({"C:\\t", true, {}}, top);
+    ASSERT_EQ(change->Record(top, std::vector{ChangeOf("x", 1, "old", "new")}), DWORD{ERROR_SUCCESS});
+    Open();
+    // A program that takes itself for the last one removes the log when it ends.
+    RunSql(Path(), "SELECT count(*) FROM changes");
+    EXPECT_TRUE(std::filesystem::exists(Path() + "-wal"));
+    ASSERT_EQ(change->Record(top, std::vector{ChangeOf("y", 2, "old", "new")}), DWORD{ERROR_SUCCESS});
+    RunSql(Path(), "SELECT count(*) FROM changes");
+    EXPECT_EQ(Objects(*Open(), change->Number()).size(), 2U);
+}
+
 void Overwrite(const std::string& path, std::streamoff from, std::size_t count) {
     std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
     file.seekp(from);
@@ -272,13 +332,7 @@ TEST_F(HistoryTest, WhatIsNoHistoryIsToldAndStays) {
     Open()->PruneOlder(0, removed);
     const std::string whole = Path();
     const std::string state = std::filesystem::path(whole).parent_path();
-    const auto sql = [&](const std::string& text) {
-        const std::string command =
-            "python3 -c \"import sqlite3,sys; c=sqlite3.connect(sys.argv[1]); c.executescript(sys.argv[2])\" "
-            "'" +
-            whole + "' '" + text + "'";
-        ASSERT_EQ(std::system(command.c_str()), 0);  // NOLINT(concurrency-mt-unsafe)
-    };
+    const auto sql = [&](const std::string& text) { RunSql(whole, text); };
     struct Case {
         const char* name;
         std::function<void()> damage;

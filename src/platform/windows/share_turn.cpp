@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/fnv_hash.h"
 #include "platform/windows/code_page.h"
 #include "platform/windows/held_object_inside.h"
 
@@ -11,11 +12,8 @@ DWORD ShareTurn::Take(const std::string& name) {
     std::wstring wide;
     if (const DWORD error = ToWide(name, wide); error != ERROR_SUCCESS) return error;
     CharLowerBuffW(wide.data(), static_cast<DWORD>(wide.size()));
-    ULONGLONG number = 0xcbf29ce484222325;  // a hash by 64-bit FNV
-    for (const wchar_t letter : wide)
-        number = (number ^ letter) * 0x100000001b3;
     UniqueHandle turn;
-    const DWORD error = TakeTurnAt(number, turn);
+    const DWORD error = TakeTurnAt(HashFnv(wide), turn);
     if (error == ERROR_SUCCESS) lock = std::make_shared<UniqueHandle>(std::move(turn));
     return error;
 }

@@ -8,11 +8,10 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string_view>
-#include <system_error>
 
+#include "platform/fnv_hash.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/base/user_folders.h"
@@ -31,7 +30,15 @@ bool IsOurs(const struct stat& status) {
     return status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
-// The 22nd field of its line, counted behind the name, which may contain anything.
+// The number of this run of the machine; processes of another one may have the same numbers and times.
+std::uint64_t RunOfMachine() {
+    std::ifstream file("/proc/sys/kernel/random/boot_id");
+    std::string id;
+    std::getline(file, id);
+    return HashFnv(id);
+}
+
+// The 22nd field of its line, counted behind the name, which may contain anything. 0: no such process.
 std::int64_t StartOf(std::int64_t process) {
     std::ifstream file("/proc/" + std::to_string(process) + "/stat");
     std::string line;
@@ -40,9 +47,10 @@ std::int64_t StartOf(std::int64_t process) {
     for (int field = 2; field < 22 && place != std::string::npos; ++field)
         place = line.find(' ', place + 1);
     if (place == std::string::npos) return 0;
-    std::int64_t start = 0;
+    std::uint64_t start = 0;
     std::from_chars(line.data() + place + 1, line.data() + line.size(), start);
-    return start;
+    // The sum of different ones is different, whatever the run's number is.
+    return static_cast<std::int64_t>(RunOfMachine() + start);
 }
 
 }  // namespace
@@ -56,8 +64,9 @@ std::string StateFolder() {
 
 DWORD FindPrivateFolder(const std::string& path, MissingFolder missing, std::string& place) {
     if (missing == MissingFolder::kMake) {
-        std::error_code error;
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
+        // With all that is missing above it. What fails there makes the last one fail.
+        for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
+            mkdir(path.substr(0, end).c_str(), S_IRWXU);
         if (mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) return OpenError(errno);
     }
     const UniqueFd folder(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
@@ -78,10 +87,19 @@ DWORD CheckPrivateFile(const std::string& path) {
     return IsOurs(status) && status.st_nlink == 1 ? ERROR_SUCCESS : ERROR_INVALID_OWNER;
 }
 
+// Without opening it: to close a file gives up all locks that this process has on it, those of a database
+// too.
 DWORD MakePrivateFile(const std::string& path) {
-    const UniqueFd file(
-        open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, S_IRUSR | S_IWUSR));
-    return file ? ERROR_SUCCESS : OpenError(errno);
+    const bool isThere = mknod(path.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) == 0 || errno == EEXIST;
+    return isThere ? ERROR_SUCCESS : OpenError(errno);
+}
+
+DWORD CheckWritable(const std::string& path) {
+    return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? ERROR_SUCCESS : OpenError(errno);
+}
+
+DWORD ErrorOfHost(int number) {
+    return host::ErrorFromErrno(number);
 }
 
 ProcessMark ThisProcess() {

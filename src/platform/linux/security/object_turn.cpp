@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/fnv_hash.h"
 #include "platform/linux/registry/registry_places.h"
 
 namespace permora::host {
@@ -50,12 +51,9 @@ LockFile Shared(UniqueFd file) {
     return file ? std::make_shared<const UniqueFd>(std::move(file)) : nullptr;
 }
 
-// Each object has a byte of the file, which is never written. Its place is a hash by 64-bit FNV.
+// Each object has a byte of the file, which is never written. Its place is a hash.
 off_t PlaceOf(std::string_view key) {
-    std::uint64_t place = 0xcbf29ce484222325;
-    for (const char byte : key)
-        place = (place ^ static_cast<std::uint8_t>(byte)) * 0x100000001b3;
-    return static_cast<off_t>(place >> 2);
+    return static_cast<off_t>(HashFnv(key) >> 2);
 }
 
 off_t PlaceOf(const ObjectHandle& object) {
