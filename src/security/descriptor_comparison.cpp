@@ -13,6 +13,7 @@
 #include "platform/stored_security.h"
 #include "security/access_rights.h"
 #include "security/entry_details.h"
+#include "security/usable_combinations.h"
 
 namespace permora {
 namespace {
@@ -24,14 +25,27 @@ void AddPart(std::string& text, const std::string& part) {
     text += part;
 }
 
-// Every right of a mask by name, and bits without one as a number.
+// The name that the wizard has for these rights together; empty without one.
+std::string CombinationText(DWORD mask) {
+    for (const UsableCombination& combination : kUsableCombinations)
+        if (WithoutSynchronize(combination.mask) == WithoutSynchronize(mask & RIGHTS_DISPLAY_MASK))
+            return combination.text;
+    return {};
+}
+
+// "Read & execute", or every right by its name.
+std::string NamedRightsText(DWORD mask) {
+    if (const std::string permission = PermissionText(mask); permission != "Special") return permission;
+    std::string text = CombinationText(mask);
+    if (!text.empty()) return text;
+    for (const AccessRight& right : std::span(kAccessRights).subspan(1))
+        if ((mask & right.bits) != 0) AddPart(text, right.rowName);
+    return text;
+}
+
+// The same, and bits without a name as a number.
 std::string RightsText(DWORD mask) {
-    std::string text = PermissionText(mask);
-    if (text == "Special") {
-        text.clear();
-        for (const AccessRight& right : std::span(kAccessRights).subspan(1))
-            if ((mask & right.bits) != 0) AddPart(text, right.rowName);
-    }
+    std::string text = NamedRightsText(mask);
     const DWORD unnamed = mask & ~RIGHTS_DISPLAY_MASK;
     if (unnamed == 0) return text;
     if (text == "None") text.clear();

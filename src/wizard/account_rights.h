@@ -10,6 +10,7 @@
 #include "security/access_entry_list.h"
 #include "security/access_rights.h"
 #include "security/object_security.h"
+#include "security/usable_combinations.h"
 
 namespace permora {
 
@@ -25,28 +26,6 @@ struct WizardAccountRow {
 };
 
 enum class ItemKind { kFolder, kFile };
-
-// A ready-made set of rights.
-struct UsableCombination {
-    const char* text;
-    DWORD mask;
-};
-
-// "Full control" as one right, where a mask without SYNCHRONIZE would be the single rights one by one.
-inline constexpr DWORD kFullControlAsOne = FILE_ALL_ACCESS;
-
-// In the order in which the page lists them.
-// clang-format off
-inline constexpr std::array<UsableCombination, 7> kUsableCombinations = {{
-    {"Allow all",      kFullControlAsOne},
-    {"Deny all",       0},
-    {"Modify",         0x1301BF},
-    {"Read & execute", 0x1200A9},
-    {"List folder",    0x1200A9},
-    {"Read",           0x120089},
-    {"Write",          0x100116},
-}};
-// clang-format on
 
 // Indexes of accounts follow the order in which the list first names them, those of rights kAccessRights.
 class AccountRights {

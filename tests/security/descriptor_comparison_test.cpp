@@ -49,6 +49,8 @@ TEST(DescriptorComparison, PairsTheEntriesThatWereThereWithThoseThatAre) {
              {"other rights, written out", "(A;OICI;FA;;;WD)", "(A;OICIID;0x100088;;;WD)",
               "Changed|Allow|S-1-1-0|Full control (This folder, subfolders and files)|"
               "Read attributes, Read extended attributes (This folder, subfolders and files; inherited)\n"},
+             {"what the wizard has a name for", "(A;;0x1200a9;;;WD)", "(A;;0x1301bf;;;WD)",
+              "Changed|Allow|S-1-1-0|Read & execute (This folder only)|Modify (This folder only)\n"},
              {"bits without a name", "(A;;0x10000001;;;WD)", "(A;;0x10000000;;;WD)",
               "Changed|Allow|S-1-1-0|List directory/Read data, 0x10000000 (This folder only)|"
               "0x10000000 (This folder only)\n"},
