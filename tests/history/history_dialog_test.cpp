@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <future>
@@ -17,6 +18,38 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
+namespace {
+
+// Writes that wait on demand (CMakeLists.txt).
+std::optional<std::shared_future<void>> writesMayGoOn;
+std::atomic<bool> isWriting = false;
+
+void WaitForWrites() {
+    if (!writesMayGoOn) return;
+    isWriting = true;
+    writesMayGoOn->wait();
+}
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker demands these names
+extern "C" {
+
+int __real_setxattr(const char* path, const char* name, const void* value, size_t size, int flags);
+int __wrap_setxattr(const char* path, const char* name, const void* value, size_t size, int flags) {
+    WaitForWrites();
+    return __real_setxattr(path, name, value, size, flags);
+}
+
+int __real_fsetxattr(int file, const char* name, const void* value, size_t size, int flags);
+int __wrap_fsetxattr(int file, const char* name, const void* value, size_t size, int flags) {
+    WaitForWrites();
+    return __real_fsetxattr(file, name, value, size, flags);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
+
 namespace permora {
 namespace {
 
@@ -24,7 +57,9 @@ using test::DaclText;
 using test::UiDriver;
 using test::WindowDriver;
 using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -42,7 +77,10 @@ class HistoryDialog : public ::testing::Test {
             ASSERT_EQ(error, ERROR_SUCCESS);
         }
     }
-    void TearDown() override { test::areThreadsRefused = false; }
+    void TearDown() override {
+        test::areThreadsRefused = false;
+        writesMayGoOn.reset();
+    }
 
     std::string Path() const { return folder.Path("state/history.db"); }
     void ChangeFiles() { test::ChangeLists(Path(), ChangeKind::kPermissions, files, kAfter); }
@@ -162,6 +200,41 @@ TEST_F(HistoryDialog, AnUndoThatCannotStartChangesNothing) {
               }),
               0);
     ExpectLists(kAfter);
+}
+
+TEST_F(HistoryDialog, StopsAnUndoAndGoesOnWithItLater) {
+    const std::string many = folder.MakeFolder("many");
+    std::vector<std::string> names;
+    files.clear();
+    for (int i = 0; i < 1000; ++i) {
+        names.push_back(std::to_string(i));
+        files.push_back(folder.MakeFile("many/" + names.back()));
+        ASSERT_EQ(test::SetDescriptorText(files.back(), kBefore), ERROR_SUCCESS);
+    }
+    ASSERT_NO_FATAL_FAILURE(test::ChangeListsIn(Path(), many, names, kAfter));
+    std::promise<void> gate;
+    writesMayGoOn = gate.get_future().share();
+    Show([&](WindowDriver& dialog) {
+        ui.ExpectMessageBox(StartsWith("Take back"), "Undo", kQuestion, IDYES);
+        ui.ExpectDialog(IDD_UNDO, [&](WindowDriver& progress) {
+            EXPECT_TRUE(progress.WaitUntil([] { return isWriting.load(); }));
+            EXPECT_TRUE(progress.WaitUntil([&] { return !progress.Text(IDC_UNDO_PROGRESS).empty(); }));
+            progress.Press("Esc");
+            EXPECT_FALSE(progress.IsEnabled(IDC_STOP_UNDO));
+            EXPECT_TRUE(progress.IsOpen());
+            gate.set_value();
+        });
+        ui.ExpectError(StartsWith("The undo was stopped. "));
+        dialog.Click(IDC_UNDO_CHANGE);
+        EXPECT_THAT(dialog.Rows(IDC_CHANGES), Contains(EndsWith("| partly undone")));
+        EXPECT_EQ(DaclText(files.front()), kAfter) << "the last one comes first";
+        ui.ExpectMessageBox(StartsWith("Take back"), "Undo", kQuestion, IDYES);
+        ui.ExpectDialog(IDD_UNDO);
+        ui.ExpectInformation(StartsWith("1,000 objects have what was there before the change; "));
+        dialog.Click(IDC_UNDO_CHANGE);
+        dialog.Click(IDCANCEL);
+    });
+    ExpectLists(kBefore);
 }
 
 }  // namespace

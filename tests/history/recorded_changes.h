@@ -25,6 +25,16 @@ inline StoredSecurity StoredText(const std::string& sddl) {
     return stored;
 }
 
+// Gives an object at an absolute host path a list, and says what to record of it.
+inline void ChangeList(const std::string& hostPath, const std::string& sddl, DescriptorChange& record) {
+    const HeldObject object = Held(hostPath);
+    ASSERT_EQ(object.ReadStored(record.before), ERROR_SUCCESS) << hostPath;
+    ASSERT_EQ(SetDescriptorText(hostPath, sddl), ERROR_SUCCESS) << hostPath;
+    ASSERT_EQ(object.ReadStored(record.after), ERROR_SUCCESS) << hostPath;
+    record.isFolder = object.IsFolder();
+    record.fileNumber = object.FileNumber();
+}
+
 enum class ChangeEnd { kEnded, kKilled };
 
 // Gives the objects at the absolute host paths a list, as one change of the history at `historyPath`.
@@ -35,20 +45,34 @@ inline void ChangeLists(const std::string& historyPath, ChangeKind kind,
     ASSERT_EQ(History::Open(historyPath, history), ERROR_SUCCESS);
     const std::unique_ptr<Change> change = history->Begin(kind);
     for (const std::string& path : hostPaths) {
-        const HeldObject object = Held(path);
         ChangedTop top;
         DescriptorChange record;
         std::uint64_t number = 0;
-        ASSERT_EQ(object.FindTop(top), ERROR_SUCCESS) << path;
-        ASSERT_EQ(object.ReadStored(record.before), ERROR_SUCCESS) << path;
-        ASSERT_EQ(SetDescriptorText(path, sddl), ERROR_SUCCESS) << path;
-        ASSERT_EQ(object.ReadStored(record.after), ERROR_SUCCESS) << path;
-        record.isFolder = object.IsFolder();
-        record.fileNumber = object.FileNumber();
+        ASSERT_EQ(Held(path).FindTop(top), ERROR_SUCCESS) << path;
+        ASSERT_NO_FATAL_FAILURE(ChangeList(path, sddl, record));
         ASSERT_EQ(change->BeginTop(top, number), ERROR_SUCCESS);
         ASSERT_EQ(change->Record(number, {&record, 1}), ERROR_SUCCESS);
     }
     if (end == ChangeEnd::kKilled) kill(getpid(), SIGKILL);
+    change->End();
+}
+
+// The same of files in a folder, by their names, where the folder is what the user has named.
+inline void ChangeListsIn(const std::string& historyPath, const std::string& hostFolder,
+                          const std::vector<std::string>& names, const std::string& sddl) {
+    std::unique_ptr<History> history;
+    ASSERT_EQ(History::Open(historyPath, history), ERROR_SUCCESS);
+    const std::unique_ptr<Change> change = history->Begin(ChangeKind::kReset);
+    ChangedTop top;
+    std::uint64_t number = 0;
+    ASSERT_EQ(Held(hostFolder).FindTop(top), ERROR_SUCCESS);
+    ASSERT_EQ(change->BeginTop(top, number), ERROR_SUCCESS);
+    std::vector<DescriptorChange> batch(names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        batch[i].path = names[i];
+        ASSERT_NO_FATAL_FAILURE(ChangeList(hostFolder + '/' + names[i], sddl, batch[i]));
+    }
+    ASSERT_EQ(change->Record(number, batch), ERROR_SUCCESS);
     change->End();
 }
 
