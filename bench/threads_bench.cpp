@@ -51,7 +51,9 @@ void CarryDown(const std::string& top, int run, Threads threads) {
     ObjectHandle folder;
     Check(ObjectHandle::OpenAt(AT_FDCWD, top.c_str(), folder) == ERROR_SUCCESS, "cannot open the tree");
     const permora::host::DescriptorStore store;
-    const auto failures = permora::host::PropagateList(folder, ListOfRun(run), store, threads);
+    permora::FailuresBelow failures;
+    Check(permora::host::PropagateList(folder, ListOfRun(run), store, {}, failures, threads) == ERROR_SUCCESS,
+          "the tree was not walked to its end");
     Check(failures.count == 0, "objects were passed over, first " + failures.firstPath);
 }
 
