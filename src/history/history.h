@@ -105,7 +105,8 @@ class History {
     // Removes whole changes that ended before `time` (seconds since 1970). Running ones stay. `removed`
     // counts them.
     virtual DWORD PruneOlder(std::int64_t time, std::size_t& removed) = 0;
-    // Removes the oldest changes until the database is below `bytes`.
+    // Removes the oldest changes until the database is below `bytes`. The newest stays, whatever its size: a
+    // change can be undone at least until the next one.
     virtual DWORD PruneLarger(std::uint64_t bytes, std::size_t& removed) = 0;
 };
 

@@ -47,38 +47,42 @@ DWORD AskNumber(Database& database, const char* question, std::int64_t& number) 
     return error;
 }
 
-DWORD MakeSchema(Database& database) {
-    const DWORD error = database.Execute(kSchema);
+DWORD BringUpToDate(Database& database, std::int64_t version) {
+    DWORD error = ERROR_SUCCESS;
+    for (auto step = static_cast<std::size_t>(version); error == ERROR_SUCCESS && step < kSchemaSteps.size();
+         ++step)
+        error = database.Execute(kSchemaSteps[step]);
     const std::string marks = "PRAGMA application_id=" + std::to_string(kApplicationId) +
                               ";PRAGMA user_version=" + std::to_string(kSchemaVersion);
     return error == ERROR_SUCCESS ? database.Execute(marks.c_str()) : error;
 }
 
-// New is a file with nothing in it.
-DWORD CheckSchema(Database& database, bool& isNew) {
+// Version 0 is a file with nothing in it.
+DWORD CheckSchema(Database& database, std::int64_t& version) {
     std::int64_t application = 0;
-    std::int64_t version = 0;
+    std::int64_t found = 0;
     std::int64_t tables = 0;
     DWORD error = AskNumber(database, "PRAGMA application_id", application);
-    if (error == ERROR_SUCCESS) error = AskNumber(database, "PRAGMA user_version", version);
+    if (error == ERROR_SUCCESS) error = AskNumber(database, "PRAGMA user_version", found);
     if (error == ERROR_SUCCESS) error = AskNumber(database, "SELECT count(*) FROM sqlite_schema", tables);
     if (error != ERROR_SUCCESS) return error;
-    isNew = application == 0 && version == 0 && tables == 0;
-    if (isNew) return ERROR_SUCCESS;
-    if (application != kApplicationId || version < 1) return ERROR_FILE_CORRUPT;
-    return version == kSchemaVersion ? ERROR_SUCCESS : ERROR_UNKNOWN_REVISION;
+    const bool isNew = application == 0 && found == 0 && tables == 0;
+    if (!isNew && (application != kApplicationId || found < 1)) return ERROR_FILE_CORRUPT;
+    if (found > kSchemaVersion) return ERROR_UNKNOWN_REVISION;
+    version = found;
+    return ERROR_SUCCESS;
 }
 
-// Two programs may find the file new at the same time.
-DWORD MakeNew(Database& database) {
+// Two programs may find the file new, or old, at the same time.
+DWORD Upgrade(Database& database) {
     // Freed pages go back to the disk, which must be said before there are any. The log keeps readers and the
     // writer apart, and costs one write to the disk for each transaction.
     DWORD error = database.Execute("PRAGMA auto_vacuum=INCREMENTAL; PRAGMA journal_mode=WAL");
     Transaction transaction(database);
     if (error == ERROR_SUCCESS) error = transaction.Begin();
-    bool isNew = false;
-    if (error == ERROR_SUCCESS) error = CheckSchema(database, isNew);
-    if (error == ERROR_SUCCESS && isNew) error = MakeSchema(database);
+    std::int64_t version = 0;
+    if (error == ERROR_SUCCESS) error = CheckSchema(database, version);
+    if (error == ERROR_SUCCESS) error = BringUpToDate(database, version);
     return error == ERROR_SUCCESS ? transaction.Commit() : error;
 }
 
@@ -89,17 +93,17 @@ DWORD OpenHistoryFile(const std::string& path, Database::Access access, Database
     Database opened;
     DWORD error = FindFile(path, access, file);
     if (error == ERROR_SUCCESS) error = opened.Open(file, access);
-    bool isNew = false;
-    if (error == ERROR_SUCCESS) error = CheckSchema(opened, isNew);
+    std::int64_t version = 0;
+    if (error == ERROR_SUCCESS) error = CheckSchema(opened, version);
     // Reading makes the log anew, which cannot be made there. Nor is it needed, as long as there is none.
     if (error != ERROR_SUCCESS && access == Database::Access::kReadOnly &&
         CheckWritable(file) == ERROR_WRITE_PROTECT &&
         CheckPrivateFile(file + "-wal") == ERROR_FILE_NOT_FOUND) {
         error = opened.Open(file, Database::Access::kUnchanging);
-        if (error == ERROR_SUCCESS) error = CheckSchema(opened, isNew);
+        if (error == ERROR_SUCCESS) error = CheckSchema(opened, version);
     }
-    if (error == ERROR_SUCCESS && isNew)
-        error = access == Database::Access::kReadOnly ? ERROR_FILE_NOT_FOUND : MakeNew(opened);
+    if (error == ERROR_SUCCESS && version < kSchemaVersion)
+        error = access == Database::Access::kReadOnly ? ERROR_FILE_NOT_FOUND : Upgrade(opened);
     if (error == ERROR_SUCCESS) database = std::move(opened);
     return error;
 }

@@ -5,15 +5,15 @@
 #include <utility>
 
 #include "history/history_file.h"
+#include "history/stored_rows.h"
 #include "history/user_name.h"
-#include "platform/fnv_hash.h"
 #include "platform/private_place.h"
 
 namespace permora {
 namespace {
 
 constexpr std::size_t kMostFolders = 10000;
-constexpr std::size_t kMostDescriptorBytes = std::size_t{4} << 20;
+constexpr std::size_t kMostKnownBytes = std::size_t{4} << 20;
 
 std::int64_t Now() {
     return std::chrono::duration_cast<std::chrono::seconds>(
@@ -26,12 +26,16 @@ std::optional<std::int64_t> OwnerOf(const StoredSecurity& stored) {
     return *stored.hostOwner;
 }
 
-// All that distinguishes what is kept of one object from that of another.
-std::string KeyOf(const StoredSecurity& stored) {
-    std::string key(stored.bytes.begin(), stored.bytes.end());
-    key += static_cast<char>(stored.form);
-    if (stored.hostOwner) key += std::to_string(*stored.hostOwner);
-    return key;
+// Names alone, with separators between them; or nothing.
+bool LeadsDown(std::string_view path) {
+    if (path.empty()) return true;
+    for (std::size_t begin = 0; begin != std::string_view::npos;) {
+        const std::size_t end = path.find('\\', begin);
+        const std::string_view name = path.substr(begin, end == std::string_view::npos ? end : end - begin);
+        if (name.empty() || !IsBareName(name)) return false;
+        begin = end == std::string_view::npos ? end : end + 1;
+    }
+    return path.size() <= kMostPathBytes;
 }
 
 }  // namespace
@@ -93,11 +97,10 @@ class RecordedChange::Writer {
         database,
         "INSERT INTO changes(began, user, kind, undoes, process, process_start) VALUES(?,?,?,?,?,?)"};
     Statement endChange{database, "UPDATE changes SET ended=?, objects=? WHERE number=?"};
-    Statement addTop{database, "INSERT INTO tops(change, number, path, is_folder, mark) VALUES(?,?,?,?,?)"};
-    Statement addFolder{database, "INSERT INTO folders(change, number, top, above, name) VALUES(?,?,?,?,?)"};
-    Statement addObject{database,
-                        "INSERT INTO objects(change, number, folder, name, is_folder, file, before, after)"
-                        " VALUES(?,?,?,?,?,?,?,?)"};
+    Statement addTop{database, "INSERT INTO tops VALUES(?,?,?,?,?,?)"};
+    Statement addFolder{database, "INSERT INTO folders VALUES(?,?,?,?,?,?)"};
+    Statement addObject{database, "INSERT INTO objects VALUES(?,?,?,?,?,?,?,?,?)"};
+    Statement addUse{database, "INSERT OR IGNORE INTO uses VALUES(?,?)"};
     Statement addDescriptor{database, "INSERT INTO descriptors(hash, form, owner, bytes) VALUES(?,?,?,?)"};
     Statement findDescriptor{
         database, "SELECT number FROM descriptors WHERE hash=? AND form=? AND owner IS ? AND bytes=?"};
@@ -114,15 +117,20 @@ DWORD RecordedChange::Writer::BeginChange() {
 }
 
 DWORD RecordedChange::Writer::WriteTop(std::uint64_t top, const ChangedTop& facts) {
-    addTop.Bind(number, static_cast<std::int64_t>(top), std::string_view(facts.path),
-                std::int64_t{facts.isFolder}, std::span<const std::uint8_t>(facts.mark));
+    const auto topNumber = static_cast<std::int64_t>(top);
+    const std::string_view topPath = facts.path;
+    const std::int64_t isFolder = facts.isFolder ? 1 : 0;
+    const std::span<const std::uint8_t> mark = facts.mark;
+    addTop.Bind(number, topNumber, topPath, isFolder, mark,
+                Seal::Of(number, topNumber, topPath, isFolder, mark));
     return addTop.Run();
 }
 
 DWORD RecordedChange::Writer::AddFolder(std::uint64_t top, std::int64_t above, std::string_view name,
                                         std::int64_t& folder) {
-    addFolder.Bind(number, ++folders, static_cast<std::int64_t>(top), above, name);
-    folder = folders;
+    const auto topNumber = static_cast<std::int64_t>(top);
+    folder = ++folders;
+    addFolder.Bind(number, folder, topNumber, above, name, Seal::Of(number, folder, topNumber, above, name));
     return addFolder.Run();
 }
 
@@ -189,15 +197,20 @@ DWORD RecordedChange::Writer::AskDescriptor(const StoredSecurity& stored, std::i
 }
 
 DWORD RecordedChange::Writer::FindDescriptor(const StoredSecurity& stored, std::int64_t& found) {
+    if (stored.bytes.size() > kMostDescriptorBytes) return ERROR_INVALID_SECURITY_DESCR;
     std::string key = KeyOf(stored);
     const auto known = knownDescriptors.find(key);
     if (known != knownDescriptors.end()) {
         found = known->second;
         return ERROR_SUCCESS;
     }
-    const DWORD error = AskDescriptor(stored, static_cast<std::int64_t>(HashFnv(key)), found);
+    DWORD error = AskDescriptor(stored, HashOfKey(key), found);
+    if (error == ERROR_SUCCESS) {
+        addUse.Bind(found, number);
+        error = addUse.Run();
+    }
     if (error != ERROR_SUCCESS) return error;
-    if (knownDescriptors.empty() || descriptorBytes > kMostDescriptorBytes) {
+    if (knownDescriptors.empty() || descriptorBytes > kMostKnownBytes) {
         knownDescriptors.clear();
         descriptorBytes = 0;
     }
@@ -208,6 +221,7 @@ DWORD RecordedChange::Writer::FindDescriptor(const StoredSecurity& stored, std::
 
 DWORD RecordedChange::Writer::WriteObject(std::uint64_t top, const DescriptorChange& change) {
     const std::string_view path = change.path;
+    if (!LeadsDown(path)) return ERROR_INVALID_NAME;
     const std::size_t separator = path.rfind('\\');
     const bool isBelow = separator != std::string_view::npos;
     std::int64_t folder = 0;
@@ -217,9 +231,12 @@ DWORD RecordedChange::Writer::WriteObject(std::uint64_t top, const DescriptorCha
     if (error == ERROR_SUCCESS) error = FindDescriptor(change.before, before);
     if (error == ERROR_SUCCESS) error = FindDescriptor(change.after, after);
     if (error != ERROR_SUCCESS) return error;
-    addObject.Bind(number, ++objects, folder, isBelow ? path.substr(separator + 1) : path,
-                   std::int64_t{change.isFolder}, static_cast<std::int64_t>(change.fileNumber), before,
-                   after);
+    const std::string_view name = isBelow ? path.substr(separator + 1) : path;
+    const std::int64_t isFolder = change.isFolder ? 1 : 0;
+    const auto file = static_cast<std::int64_t>(change.fileNumber);
+    ++objects;
+    addObject.Bind(number, objects, folder, name, isFolder, file, before, after,
+                   Seal::Of(number, objects, folder, name, isFolder, file, before, after));
     return addObject.Run();
 }
 

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -281,9 +282,16 @@ TEST_F(HistoryTest, AMillionObjectsCostLittle) {
     const auto size = std::filesystem::file_size(Path());
     EXPECT_LT(size, kFolders * kFiles * 60);
 
+    // The newest stays.
+    ASSERT_EQ(history->PruneLarger(size / 2, removed), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(removed, 0U);
+    const std::int64_t next = Make(*history, 2);
     ASSERT_EQ(history->PruneLarger(size / 2, removed), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(removed, 1U);
     EXPECT_LT(std::filesystem::file_size(Path()), size / 10);
+    EXPECT_EQ(Objects(*history, next).size(), 2U);
+    // Of the descriptors, those of that change are left.
+    RunSql(Path(), "CREATE TEMP TABLE t(n CHECK(n=2)); INSERT INTO t SELECT count(*) FROM descriptors");
 }
 
 TEST_F(HistoryTest, APruningTakesWholeChangesThatHaveEnded) {
@@ -301,6 +309,99 @@ TEST_F(HistoryTest, APruningTakesWholeChangesThatHaveEnded) {
     // What it has in memory of the database may be gone by now.
     ASSERT_EQ(running->Record(top, std::vector{ChangeOf("y", 2, "old", "new")}), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(Objects(*history, running->Number()).size(), 2U);
+}
+
+// Thousands of levels, one file in each folder, there and back.
+TEST_F(HistoryTest, DeepTreesComeBackInBothOrders) {
+    constexpr int kLevels = 3000;
+    const auto history = Open();
+    const auto change = history->Begin(ChangeKind::kReset);
+    std::uint64_t top = 0;
+    change->BeginTop({"C:\\t", true, {}}, top);
+    std::string path;
+    std::vector<DescriptorChange> batch;
+    std::vector<std::string> paths;
+    for (int i = 0; i < kLevels; ++i) {
+        path += path.empty() ? "level" : "\\level";
+        paths.push_back(path);
+        batch.push_back(ChangeOf(path, 1, "old", "new"));
+    }
+    ASSERT_EQ(change->Record(top, batch), DWORD{ERROR_SUCCESS});
+    change->End();
+    for (const RecordOrder order : {RecordOrder::kAsMade, RecordOrder::kReverse}) {
+        std::vector<std::string> seen;
+        EXPECT_EQ(history->VisitObjects(change->Number(), order,
+                                        [&](const RecordedObject& object) {
+                                            seen.push_back(object.change.path);
+                                            return true;
+                                        }),
+                  DWORD{ERROR_SUCCESS});
+        if (order == RecordOrder::kReverse) std::reverse(seen.begin(), seen.end());
+        EXPECT_EQ(seen, paths);
+    }
+}
+
+// What a row says cannot change by itself unnoticed: no undo may write a list that was never there.
+TEST_F(HistoryTest, ARowThatHasChangedIsTold) {
+    const auto history = Open();
+    std::int64_t number = 0;
+    {
+        const auto change = history->Begin(ChangeKind::kReset);
+        std::uint64_t top = 0;
+        change->BeginTop({"C:\\t", true, {1}}, top);
+        ASSERT_EQ(change->Record(
+                      top, std::vector{ChangeOf("a\\b", 1, "old", "new"), ChangeOf("c", 2, "older", "new")}),
+                  DWORD{ERROR_SUCCESS});
+        change->End();
+        number = change->Number();
+    }
+    const char* const cases[] = {
+        "UPDATE objects SET before=3 WHERE number=1",
+        "UPDATE objects SET file=7 WHERE number=1",
+        "UPDATE objects SET name=\"x\" WHERE number=2",
+        "UPDATE objects SET number=3 WHERE number=2",
+        "UPDATE objects SET name=\"..\"",
+        "DELETE FROM objects WHERE number=1",
+        "DELETE FROM objects WHERE number=2",
+        "UPDATE folders SET name=\"x\" WHERE number=2",
+        "UPDATE folders SET above=2 WHERE number=2",
+        "UPDATE tops SET path=\"C:\\u\"",
+        "UPDATE tops SET mark=zeroblob(1)",
+        "UPDATE descriptors SET bytes=zeroblob(3) WHERE number=1",
+        "UPDATE descriptors SET form=2 WHERE number=1",
+        "UPDATE descriptors SET owner=5 WHERE number=1",
+        "DELETE FROM descriptors WHERE number=1",
+        "UPDATE changes SET objects=3",
+    };
+    const std::string copy = folder.Path("copy");
+    RunSql(Path(), "VACUUM INTO \"" + copy + "\"");
+    for (const char* damage : cases) {
+        SCOPED_TRACE(damage);
+        const std::string state = folder.Path("damaged");
+        std::filesystem::remove_all(state);
+        std::filesystem::create_directory(state);
+        std::filesystem::permissions(state, std::filesystem::perms::owner_all);
+        std::filesystem::copy_file(copy, state + "/history.db");
+        RunSql(state + "/history.db", damage);
+        std::unique_ptr<History> damaged;
+        ASSERT_EQ(History::OpenToRead(state + "/history.db", damaged), DWORD{ERROR_SUCCESS});
+        for (const RecordOrder order : {RecordOrder::kAsMade, RecordOrder::kReverse}) {
+            EXPECT_EQ(damaged->VisitObjects(number, order, [](const RecordedObject&) { return true; }),
+                      DWORD{ERROR_FILE_CORRUPT});
+        }
+    }
+}
+
+TEST_F(HistoryTest, PathsThatLeadElsewhereAreNotRecorded) {
+    for (const char* path : {"..", "a\\..\\b", "a\\\\b", "a/b", "a\\", "\\a", "."}) {
+        const auto history = Open();
+        const auto change = history->Begin(ChangeKind::kReset);
+        std::uint64_t top = 0;
+        change->BeginTop({"C:\\t", true, {}}, top);
+        EXPECT_EQ(change->Record(top, std::vector{ChangeOf(path, 1, "a", "b")}), DWORD{ERROR_INVALID_NAME})
+            << path;
+        EXPECT_EQ(change->Error(), DWORD{ERROR_INVALID_NAME});
+    }
 }
 
 // A program that opens the file of a database and closes it again gives up its locks on it, as POSIX has it.
