@@ -16,27 +16,6 @@
 namespace permora {
 namespace {
 
-constexpr std::wstring_view kVerbatim = LR"(\\?\)";
-constexpr std::wstring_view kVerbatimServer = LR"(\\?\UNC\)";
-
-// The path as people write it, where that leads to the same place; names with a dot at the end and others
-// that only the kernel takes keep its form.
-DWORD ToOrdinaryPath(const std::wstring& verbatim, std::string& path) {
-    std::wstring wide = verbatim;
-    if (verbatim.starts_with(kVerbatimServer))
-        wide = LR"(\\)" + verbatim.substr(kVerbatimServer.size());
-    else if (verbatim.starts_with(kVerbatim))
-        wide = verbatim.substr(kVerbatim.size());
-    std::string ordinary;
-    std::wstring back;
-    DWORD error = ToAnsi(wide, ordinary);
-    if (error == ERROR_SUCCESS) error = ToVerbatimPath(ordinary, back);
-    if (error != ERROR_SUCCESS) return error;
-    if (back != verbatim) return ToAnsi(verbatim, path);
-    path = std::move(ordinary);
-    return ERROR_SUCCESS;
-}
-
 bool IsRoot(HANDLE object, const std::wstring& path) {
     std::wstring onVolume;
     if (path.size() <= RootLength(path) + 1) return true;

@@ -61,6 +61,24 @@ DWORD ToVerbatimPath(const std::string& path, std::wstring& verbatim) {
     return ERROR_SUCCESS;
 }
 
+DWORD ToOrdinaryPath(const std::wstring& verbatim, std::string& path) {
+    constexpr std::wstring_view kVerbatim = LR"(\\?\)";
+    constexpr std::wstring_view kVerbatimServer = LR"(\\?\UNC\)";
+    std::wstring wide = verbatim;
+    if (verbatim.starts_with(kVerbatimServer))
+        wide = LR"(\\)" + verbatim.substr(kVerbatimServer.size());
+    else if (verbatim.starts_with(kVerbatim))
+        wide = verbatim.substr(kVerbatim.size());
+    std::string ordinary;
+    std::wstring back;
+    DWORD error = ToAnsi(wide, ordinary);
+    if (error == ERROR_SUCCESS) error = ToVerbatimPath(ordinary, back);
+    if (error != ERROR_SUCCESS) return error;
+    if (back != verbatim) return ToAnsi(verbatim, path);
+    path = std::move(ordinary);
+    return ERROR_SUCCESS;
+}
+
 namespace {
 
 DWORD OpenRelative(HANDLE folder, std::wstring path, const OpenRequest& request, UniqueHandle& opened) {

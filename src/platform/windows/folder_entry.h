@@ -34,6 +34,9 @@ DWORD MakeFullPath(std::wstring& path);
 // A path as callers write it in the form that the kernel takes as it is, whatever its length:
 // "\\?\C:\folder".
 DWORD ToVerbatimPath(const std::string& path, std::wstring& verbatim);
+// The path as people write it, where that leads to the same place. Names with a dot at the end and others
+// that only the kernel takes keep its form.
+DWORD ToOrdinaryPath(const std::wstring& verbatim, std::string& path);
 
 // `path` is relative to the folder; links on the way are followed.
 DWORD OpenBelow(HANDLE folder, const std::string& path, const OpenRequest& request, UniqueHandle& opened);
