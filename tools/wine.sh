@@ -5,6 +5,8 @@ folder=$(dirname "$(dirname "$(readlink -f "$0")")")/build/wine
 wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
 export WINEPREFIX=$folder/prefix WINEARCH=win64 WINEDEBUG=${WINEDEBUG--all}
 # Nothing of the desktop is needed: no menu entries, no offers to download a browser engine or a runtime.
+# Names are UTF-8, wherever this is started from.
+export LC_ALL=C.UTF-8
 export WINEDLLOVERRIDES='winemenubuilder.exe,mscoree,mshtml=d'
 unset DISPLAY WAYLAND_DISPLAY
 
