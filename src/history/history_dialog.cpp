@@ -12,7 +12,7 @@ namespace permora {
 namespace {
 
 // In logical pixels, as wide as the lists together with a scroll bar.
-constexpr int kChangeWidths[] = {150, 140, 320, 80, 100};
+constexpr int kChangeWidths[] = {60, 150, 130, 280, 75, 95};
 static_assert(std::size(kChangeWidths) == kChangeTitles.size());
 constexpr int kObjectWidths[] = {690, 100};
 static_assert(std::size(kObjectWidths) == kChangedObjectTitles.size());

@@ -51,10 +51,10 @@ void HistoryView::ReadObjects() {
     if (error != ERROR_SUCCESS && error != ERROR_CANCELLED) remark = HistoryFailureText(error);
 }
 
-std::array<std::string, 5> HistoryView::ChangeRow(std::size_t change) const {
+std::array<std::string, 6> HistoryView::ChangeRow(std::size_t change) const {
     const ChangeFacts& facts = changes[change];
-    return {ChangeTimeText(facts.began), facts.user, ChangeText(facts), GroupedNumber(facts.objects),
-            ChangeStateText(facts.state)};
+    return {std::to_string(facts.number), ChangeTimeText(facts.began), facts.user, ChangeText(facts),
+            GroupedNumber(facts.objects), ChangeStateText(facts.state)};
 }
 
 std::string HistoryView::ObjectsTitle() const {

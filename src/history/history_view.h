@@ -14,7 +14,8 @@
 
 namespace permora {
 
-inline constexpr std::array<const char*, 5> kChangeTitles = {"When", "Who", "What", "Objects", "State"};
+inline constexpr std::array<const char*, 6> kChangeTitles = {"Number", "When",    "Who",
+                                                             "What",   "Objects", "State"};
 inline constexpr std::array<const char*, 2> kChangedObjectTitles = {"Object", "Kind"};
 inline constexpr std::array<const char*, 5> kComparedRowTitles = {"Difference", "What", "Name", "Before",
                                                                   "After"};
@@ -35,7 +36,7 @@ class HistoryView {
     const std::string& Remark() const { return remark; }
 
     const std::vector<ChangeFacts>& Changes() const { return changes; }
-    std::array<std::string, 5> ChangeRow(std::size_t change) const;
+    std::array<std::string, 6> ChangeRow(std::size_t change) const;
     std::optional<std::size_t> Selected() const { return selected; }  // nothing: there are no changes
 
     // Of the selected change, with the mark of its mnemonic: "&Objects of the selected change (the first

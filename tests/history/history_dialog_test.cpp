@@ -108,7 +108,8 @@ TEST_F(HistoryDialog, ShowsAChangeItsObjectsAndWhatTheyHad) {
     ChangeFiles();
     Show([&](WindowDriver& dialog) {
         EXPECT_EQ(dialog.Title(), "History");
-        EXPECT_THAT(dialog.Headers(IDC_CHANGES), ElementsAre("When", "Who", "What", "Objects", "State"));
+        EXPECT_THAT(dialog.Headers(IDC_CHANGES),
+                    ElementsAre("Number", "When", "Who", "What", "Objects", "State"));
         EXPECT_EQ(dialog.Rows(IDC_CHANGES).size(), 2U);
         EXPECT_THAT(dialog.SelectedRows(IDC_CHANGES), ElementsAre(0));
         EXPECT_TRUE(dialog.HasFocus(IDC_CHANGES));

@@ -47,8 +47,8 @@ TEST_F(HistoryViewTest, ShowsTheNewestChangeFirstAndItsObjects) {
     view.Read();
     ASSERT_EQ(view.Changes().size(), 2U);
     EXPECT_EQ(view.Selected(), 0U);
-    EXPECT_EQ(view.ChangeRow(0)[3], "1");
-    EXPECT_EQ(view.ChangeRow(1)[3], "2");
+    EXPECT_EQ(view.ChangeRow(0)[4], "1");
+    EXPECT_EQ(view.ChangeRow(1)[4], "2");
     EXPECT_EQ(view.ObjectRow(0)[1], "File");
     EXPECT_THAT(view.ObjectRow(0)[0], ::testing::EndsWith(R"(\file)"));
     const std::vector<ComparedRow> rows = view.RowsOf(0, SidText);
@@ -92,7 +92,7 @@ TEST_F(HistoryViewTest, TakesBackWhatIsDoneOrCutOffAndNothingElse) {
         HistoryView view(Path());
         view.Read();
         EXPECT_EQ(view.Changes().front().state, each.state);
-        EXPECT_EQ(view.MayUndo(), each.mayUndo) << view.ChangeRow(0)[4];
+        EXPECT_EQ(view.MayUndo(), each.mayUndo) << view.ChangeRow(0)[5];
     }
     std::unique_ptr<History> history;
     ASSERT_EQ(History::Open(Path(), history), ERROR_SUCCESS);
