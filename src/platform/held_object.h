@@ -151,6 +151,7 @@ class HeldObject {
   private:
     friend class FolderHandle;
     friend class RememberedObject;
+    friend class TreeFolder;
     struct Inside;
     std::unique_ptr<Inside> inside;  // null: no object
 };

@@ -18,6 +18,7 @@ class IcaclsReader : public SavedListReader {
     const SavedTop& Top() const override { return top; }
     std::size_t TopCount() const override { return 1; }
     bool Next(SavedObject& object, SavedFault& fault) override;
+    bool IsComplete() const override { return true; }
 
   private:
     bool NextLine(std::string& line);

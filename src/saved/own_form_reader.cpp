@@ -238,7 +238,10 @@ bool OwnFormReader::TakeGap(SavedKind kind, std::string_view rest, SavedObject& 
 bool OwnFormReader::TakeEnd(std::string_view rest) {
     if (isFirstOfTop) return Refuse("the last top has no objects");
     const std::string_view state = TakeUntil(' ', rest);
-    if (state != (isIncomplete ? own_form::kIncomplete : own_form::kComplete))
+    // More may be missing than lines can name.
+    if (state == own_form::kIncomplete)
+        isIncomplete = true;
+    else if (state != own_form::kComplete || isIncomplete)
         return Refuse("the end does not say rightly whether all could be read");
     std::uint64_t count = 0;
     if (!TakeNumber(TakeUntil(' ', rest), count) || count != objects)

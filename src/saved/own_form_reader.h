@@ -21,6 +21,7 @@ class OwnFormReader : public SavedListReader {
     const SavedTop& Top() const override { return top; }
     std::size_t TopCount() const override { return tops; }
     bool Next(SavedObject& object, SavedFault& fault) override;
+    bool IsComplete() const override { return hasEnded && !isIncomplete; }
 
   private:
     enum class Step { kObject, kOther, kEnd, kFault };

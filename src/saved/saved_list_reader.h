@@ -56,6 +56,9 @@ class SavedListReader {
     // name by name and byte by byte, so none comes twice; in the other they come as they stand. False at the
     // end, and on a fault, which is then not empty.
     virtual bool Next(SavedObject& object, SavedFault& fault) = 0;
+    // After Next has come to the end: whether the text says that nothing was missing when it was saved. The
+    // form of icacls never says so; it is taken to be complete.
+    virtual bool IsComplete() const = 0;
 };
 
 }  // namespace permora

@@ -169,7 +169,7 @@ TEST(SavedLists, ADamagedTextIsRefusedByItsLine) {
         {Sealed(deep + "unlisted 5 a\n", 4, "incomplete"), 10, "right before"},
         {Sealed(deep + "unread 0 c\n", 4, "incomplete"), 10, "error code"},
         {Sealed(deep + "unread 5 c\n", 4), 11, "all could be read"},
-        {Sealed(deep, 3, "incomplete"), 10, "all could be read"},
+        {Sealed(deep, 3, "whole"), 10, "all could be read"},
         {Sealed(deep, 4), 10, "number of objects"},
         {whole + "\n", 11, "after the end"},
         {whole + "x", 11, "cut off"},

@@ -25,13 +25,34 @@ DWORD Take(std::optional<nt::SecurityDescriptor> parsed, nt::SecurityDescriptor&
     return ERROR_SUCCESS;
 }
 
-// From the present mode and owners, which may have changed since the object was opened.
-DWORD MakeFromMode(const ObjectHandle& object, nt::SecurityDescriptor& descriptor) {
-    struct stat status {};
-    if (fstat(object.Descriptor(), &status) != 0) return ErrorFromErrno(errno);
-    descriptor = DescriptorFromMode(status.st_mode, object.Kind(), SidForUser(status.st_uid),
-                                    SidForGroup(status.st_gid));
-    return ERROR_SUCCESS;
+// From where a descriptor is read: an object that is held, or an entry of a folder that is.
+struct HeldSource {
+    int Attribute(const char* name, std::vector<std::uint8_t>& value) const {
+        return ReadExtendedAttribute(object, name, value);
+    }
+    bool Examine(struct stat& status) const { return fstat(object.Descriptor(), &status) == 0; }
+
+    const ObjectHandle& object;
+};
+struct EntrySource {
+    int Attribute(const char* name, std::vector<std::uint8_t>& value) const {
+        return ReadExtendedAttributeAt(folder, hostName, name, value);
+    }
+    bool Examine(struct stat& status) const {
+        return fstatat(folder, hostName, &status, AT_SYMLINK_NOFOLLOW) == 0;
+    }
+
+    int folder;
+    const char* hostName;
+};
+
+bool CanHoldUserAttributes(mode_t mode) {
+    return S_ISDIR(mode) || S_ISREG(mode);
+}
+
+nt::SecurityDescriptor FromMode(const struct stat& status) {
+    const nt::ObjectKind kind = S_ISDIR(status.st_mode) ? nt::ObjectKind::kFolder : nt::ObjectKind::kFile;
+    return DescriptorFromMode(status.st_mode, kind, SidForUser(status.st_uid), SidForGroup(status.st_gid));
 }
 
 DWORD WriteError(const ObjectHandle& object, int problem) {
@@ -91,7 +112,7 @@ bool DescriptorStore::CanHold(const ObjectHandle& object) {
         case DescriptorStoreKind::kNone:
             return false;
         case DescriptorStoreKind::kUser:
-            return object.IsFolder() || S_ISREG(object.Status().st_mode);
+            return CanHoldUserAttributes(object.Status().st_mode);
         case DescriptorStoreKind::kNtfs3g:
         case DescriptorStoreKind::kNtfs3:
         case DescriptorStoreKind::kSamba:
@@ -134,21 +155,44 @@ DWORD DescriptorStore::Read(const ObjectHandle& object, nt::SecurityDescriptor& 
         if (problem != 0) return ErrorFromErrno(problem);
         return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
     }
+    // To be asked for only where that is needed.
+    return ReadFrom(
+        HeldSource{object}, [&] { return KindFor(object); }, descriptor);
+}
+
+DWORD DescriptorStore::ReadEntry(int folder, const char* hostName, nt::SecurityDescriptor& descriptor) {
+    const char* const onVolume = AttributeOf(SecurityForm::kVolume, *kind);
+    const EntrySource entry{folder, hostName};
+    if (FormOf(*kind) != SecurityForm::kVolume)
+        return ReadFrom(
+            entry, [&] { return *kind; }, descriptor);
+    const int problem = entry.Attribute(onVolume, stored);
+    return problem == 0 ? Take(nt::SecurityDescriptor::FromBytes(stored), descriptor)
+                        : ErrorFromErrno(problem);
+}
+
+// Where the volume keeps none itself: Samba's, or that of an ordinary user, or the present mode and owners,
+// which may have changed since the object was found.
+template <typename Source, typename AskKind>
+DWORD DescriptorStore::ReadFrom(const Source& source, AskKind askKind, nt::SecurityDescriptor& descriptor) {
     form = SecurityForm::kSamba;
-    problem = ReadExtendedAttribute(object, kSambaAttribute, stored);
+    int problem = source.Attribute(kSambaAttribute, stored);
     if (problem == 0) {
         if (!DescriptorFromSambaAttribute(stored, inner)) return ERROR_INVALID_SECURITY_DESCR;
         return Take(nt::SecurityDescriptor::FromBytes(inner), descriptor);
     }
     if (!IsAbsent(problem)) return ErrorFromErrno(problem);
-    if (KindFor(object) == DescriptorStoreKind::kUser && CanHold(object)) {
+    struct stat status {};
+    if (!source.Examine(status)) return ErrorFromErrno(errno);
+    if (askKind() == DescriptorStoreKind::kUser && CanHoldUserAttributes(status.st_mode)) {
         form = SecurityForm::kUser;
-        problem = ReadExtendedAttribute(object, kUserAttribute, stored);
+        problem = source.Attribute(kUserAttribute, stored);
         if (problem == 0) return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
         if (!IsAbsent(problem)) return ErrorFromErrno(problem);
     }
     form = SecurityForm::kNone;
-    return MakeFromMode(object, descriptor);
+    descriptor = FromMode(status);
+    return ERROR_SUCCESS;
 }
 
 StoredSecurity DescriptorStore::Found(const ObjectHandle& object) {

@@ -36,6 +36,10 @@ class DescriptorStore {
     // wins over one in user.permora.sd, since it is the one that a Samba server goes by.
     DWORD Read(const ObjectHandle& object, nt::SecurityDescriptor& descriptor);
 
+    // The same for the entry `hostName` of an open folder, a link itself, for those who go through many. The
+    // store has met the folder before; nothing is known of what was Found here.
+    DWORD ReadEntry(int folder, const char* hostName, nt::SecurityDescriptor& descriptor);
+
     // What the last Read, which has succeeded, has found on this object, exactly as it is kept.
     StoredSecurity Found(const ObjectHandle& object);
 
@@ -65,6 +69,8 @@ class DescriptorStore {
   private:
     DescriptorStoreKind KindFor(const ObjectHandle& object);
     bool ReadNtfs(const ObjectHandle& object, int& problem);
+    template <typename Source, typename AskKind>
+    DWORD ReadFrom(const Source& source, AskKind askKind, nt::SecurityDescriptor& descriptor);
     DWORD WriteAttribute(const ObjectHandle& object, const StoredSecurity& before,
                          const StoredSecurity& after);
 

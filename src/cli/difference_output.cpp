@@ -1,0 +1,174 @@
+#include "cli/difference_output.h"
+
+#include <optional>
+#include <vector>
+
+#include "cli/interrupts.h"
+#include "cli/terminal_output.h"
+#include "cli/terminal_text.h"
+#include "platform/api/errors.h"
+#include "saved/descriptor_text.h"
+#include "security/account_record.h"
+#include "security/descriptor_comparison.h"
+
+namespace permora {
+namespace {
+
+const char* KindText(SavedKind kind) {
+    switch (kind) {
+        case SavedKind::kFile:
+            return "a file";
+        case SavedKind::kFolder:
+            return "a folder";
+        case SavedKind::kLink:
+            return "a link";
+        case SavedKind::kMounted:
+            return "another volume";
+        case SavedKind::kOther:
+        case SavedKind::kUnknown:
+        case SavedKind::kUnread:
+        case SavedKind::kUnlisted:
+            break;
+    }
+    return "something else";
+}
+
+// For programs, which look for words that stay.
+const char* DifferenceWord(DifferenceKind kind) {
+    switch (kind) {
+        case DifferenceKind::kAdded:
+            return "added";
+        case DifferenceKind::kMissing:
+            return "missing";
+        case DifferenceKind::kOtherKind:
+            return "otherKind";
+        case DifferenceKind::kSecurity:
+            return "changed";
+        case DifferenceKind::kUnread:
+            return "unread";
+        case DifferenceKind::kUnlisted:
+            return "unlisted";
+        case DifferenceKind::kUnknown:
+            return "notSaved";
+    }
+    return "unknown";
+}
+
+std::string ReasonText(const TreeDifference& difference) {
+    const std::string reason = LineText({difference.error});
+    switch (difference.kind) {
+        case DifferenceKind::kUnread:
+            return "not compared: " + reason;
+        case DifferenceKind::kUnlisted:
+            return "not compared, what is in it: " + reason;
+        case DifferenceKind::kUnknown:
+            return "not compared, it was not saved: " + reason;
+        default:
+            return {};
+    }
+}
+
+// The rows that differ.
+std::vector<ComparedRow> RowsOf(const TreeDifference& difference) {
+    const auto before = nt::SecurityDescriptor::FromBytes(difference.before);
+    const auto after = nt::SecurityDescriptor::FromBytes(difference.after);
+    const ComparedObject object =
+        difference.is == SavedKind::kFolder ? ComparedObject::kFolder : ComparedObject::kFile;
+    std::vector<ComparedRow> rows = CompareDescriptors(before ? &*before : nullptr, after ? &*after : nullptr,
+                                                       object, AccountDisplayName);
+    std::erase_if(rows, [](const ComparedRow& row) { return row.change == RowChange::kNone; });
+    return rows;
+}
+
+std::string RowsText(const TreeDifference& difference) {
+    std::vector<std::vector<std::string>> lines = {{"", "What", "Name", "Before", "After"}};
+    for (const ComparedRow& row : RowsOf(difference))
+        lines.push_back({RowChangeText(row.change), row.what, row.name, row.before, row.after});
+    return lines.size() > 1 ? AlignedTable(lines, "  ")
+                            : "  The same, but for what says nothing about access\n";
+}
+
+Json SddlJson(std::span<const std::uint8_t> descriptor) {
+    constexpr std::uint32_t kWhole = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
+                                     DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
+    const std::optional<std::string> text = ExactSddl(descriptor, kWhole);
+    return text ? Json(*text) : Json();
+}
+
+}  // namespace
+
+bool DifferenceOutput::Begin(std::string_view path) {
+    if (IsInterrupted()) return false;
+    line.Show(++objects, std::string(path.substr(path.rfind('\\') + 1)).c_str());
+    return true;
+}
+
+void DifferenceOutput::Differ(const TreeDifference& difference) {
+    ++differences;
+    line.Clear();
+    const std::string path = TypedPath(target, std::string(difference.path));
+    if (difference.error != ERROR_SUCCESS) {
+        messages.SetSubject(path);
+        messages.Say(ReasonText(difference));
+    }
+    if (form == DifferenceForm::kJson)
+        PrintJson(difference, path);
+    else
+        PrintText(difference, path);
+}
+
+void DifferenceOutput::PrintText(const TreeDifference& difference, const std::string& path) {
+    std::string text = PrintableText(path) + '\n';
+    switch (difference.kind) {
+        case DifferenceKind::kAdded:
+            text = "added: " + text;
+            break;
+        case DifferenceKind::kMissing:
+            text = "missing: " + text;
+            break;
+        case DifferenceKind::kOtherKind:
+            text = std::string("it was ") + KindText(difference.was) + " and is " + KindText(difference.is) +
+                   ": " + text;
+            break;
+        case DifferenceKind::kSecurity:
+            text = "changed: " + text + RowsText(difference);
+            break;
+        case DifferenceKind::kUnread:
+        case DifferenceKind::kUnlisted:
+        case DifferenceKind::kUnknown:
+            return;  // named on standard error
+    }
+    Print(text);
+}
+
+void DifferenceOutput::PrintJson(const TreeDifference& difference, const std::string& path) {
+    Json json = {{"path", path}, {"difference", DifferenceWord(difference.kind)}};
+    if (difference.error != ERROR_SUCCESS) json["error"] = difference.error;
+    if (difference.kind == DifferenceKind::kOtherKind) {
+        json["was"] = KindText(difference.was);
+        json["is"] = KindText(difference.is);
+    }
+    if (!difference.before.empty()) json["before"] = SddlJson(difference.before);
+    if (!difference.after.empty()) json["after"] = SddlJson(difference.after);
+    if (difference.kind == DifferenceKind::kSecurity) {
+        Json rows = Json::array();
+        for (const ComparedRow& row : RowsOf(difference))
+            rows.push_back({{"change", RowChangeText(row.change)},
+                            {"what", row.what},
+                            {"name", row.name},
+                            {"before", row.before},
+                            {"after", row.after}});
+        json["rows"] = std::move(rows);
+    }
+    array.Add(json);
+}
+
+void DifferenceOutput::End() {
+    line.Clear();
+    if (form == DifferenceForm::kJson)
+        array.End();
+    else
+        Print("compared: " + std::to_string(objects) + ", different: " + std::to_string(differences) + '\n');
+}
+
+}  // namespace permora

@@ -1,0 +1,248 @@
+// save: the lists of trees as text.
+#include <array>
+#include <cstdio>
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "cli/commands.h"
+#include "cli/interrupts.h"
+#include "cli/object_command.h"
+#include "cli/terminal_output.h"
+#include "cli/terminal_text.h"
+#include "cli/tree_progress.h"
+#include "platform/api/errors.h"
+#include "platform/api/files.h"
+#include "platform/host_path.h"
+#include "platform/sequential_file.h"
+#include "platform/terminal.h"
+#include "saved/tree_saving.h"
+
+namespace permora {
+namespace {
+
+constexpr const char* kStandardOutput = "-";
+
+// "2026-11-26T08:02:11Z"
+std::string TimeNow() {
+    const std::time_t now = std::time(nullptr);
+    std::array<char, 32> text{};
+    const std::tm* const parts = std::gmtime(&now);
+    if (parts != nullptr) std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", parts);
+    return text.data();
+}
+
+// What the volume calls itself: "ext4 1a2b3c4d Data".
+std::string VolumeText(const std::string& path) {
+    std::array<char, 261> label{};  // no name of a volume is longer
+    std::array<char, 261> fileSystem{};
+    DWORD serial = 0;
+    constexpr std::size_t kRootLength = 3;
+    if (GetVolumeInformationA(path.substr(0, kRootLength).c_str(), label.data(), label.size(), &serial,
+                              nullptr, nullptr, fileSystem.data(), fileSystem.size()) == FALSE)
+        return "unknown";
+    const std::string text = fileSystem.data() + (' ' + HexText(serial));
+    return label[0] == '\0' ? text : text + ' ' + label.data();
+}
+
+// --format.
+class FormatOption : public TextOption {
+  public:
+    explicit FormatOption(OptionPlace place)
+        : TextOption(place, "--format", "NAME",
+                     "The form of the text: permora (if not given), or icacls, that of Windows' own\n"
+                     "tool, which holds the permissions and no owners") {}
+    std::string Interpret(const std::string& text) override {
+        if (text == "icacls")
+            form = SavedForm::kIcacls;
+        else if (text != "permora")
+            return text + ": the forms are permora and icacls";
+        return {};
+    }
+
+    SavedForm form = SavedForm::kPermora;
+};
+
+// Where the text goes: a file that gets its name when all is in it, or standard output.
+class TextTarget : public SavedOutput {
+  public:
+    explicit TextTarget(bool isStandardOutput) : isPrinted(isStandardOutput) {}
+
+    DWORD Open(const std::string& path) { return FileReplacement::Begin(path, file); }
+    DWORD Write(std::string_view bytes) override {
+        if (!isPrinted) return file.Write(bytes);
+        WriteText(stdout, bytes);
+        return std::ferror(stdout) == 0 ? DWORD{ERROR_SUCCESS} : DWORD{ERROR_IO_DEVICE};
+    }
+    DWORD Complete() {
+        if (!isPrinted) return file.Complete();
+        return IsAllPrinted() ? DWORD{ERROR_SUCCESS} : DWORD{ERROR_IO_DEVICE};
+    }
+
+  private:
+    const bool isPrinted;
+    FileReplacement file;
+};
+
+// Shows how far the work is, and names what is missing.
+class SavingProgress : public SavingObserver {
+  public:
+    SavingProgress(Progress mode, ConsoleMessages& console) : line(mode), messages(console) {}
+
+    void SetTarget(const Target& next) { target = &next; }
+    std::size_t Count() const { return count; }
+    bool IsAnythingMissing() const { return isAnythingMissing; }
+
+    bool Begin(std::string_view path) override {
+        if (IsInterrupted()) return false;
+        line.Show(++count, std::string(path.substr(path.rfind('\\') + 1)).c_str());
+        return true;
+    }
+    void PassOver(std::string_view path, SavedKind kind, DWORD error) override {
+        if (kind == SavedKind::kMounted) return;
+        isAnythingMissing = true;
+        line.Clear();
+        messages.SetSubject(TypedPath(*target, std::string(path)));
+        messages.Say("not saved: " + (kind == SavedKind::kUnlisted ? std::string("what is in it: ") : "") +
+                     LineText({error}));
+    }
+    void End() { line.Clear(); }
+
+  private:
+    ProgressLine line;
+    ConsoleMessages& messages;
+    const Target* target = nullptr;
+    std::size_t count = 0;
+    bool isAnythingMissing = false;
+};
+
+class SaveCommand : public ObjectCommand {
+  public:
+    explicit SaveCommand(const CommandParent& parent)
+        : ObjectCommand(parent, "save",
+                        "Save the owners and permissions of files and folders, with everything below\n"
+                        "them, as text. Links and what is mounted below are not entered") {}
+
+  private:
+    ExitCode Begin(const std::vector<Target>& targets) override;
+    bool Do(const Target& target) override;
+    bool End() override;
+    DWORD BeginText(const HeldObject& top);
+    bool FinishText();
+    bool AreInOneFolder(const std::vector<Target>& targets);
+    bool Fail(DWORD error);
+
+    TextOption output{*this, "--output", "FILE",
+                      "The file to write; it appears when it is complete, and replaces an older one.\n"
+                      "- is standard output",
+                      Presence::kRequired};
+    FormatOption format{*this};
+    QuietFlag quiet{*this};
+
+    std::string outputName;
+    std::optional<TextTarget> text;
+    std::unique_ptr<SavedListWriter> writer;
+    SECURITY_INFORMATION parts = 0;
+    bool hasBegun = false;
+    bool hasFailed = false;  // the text cannot be used
+    bool isTargetMissing = false;
+    std::optional<SavingProgress> progress;
+};
+
+// The tool restores into one folder.
+bool SaveCommand::AreInOneFolder(const std::vector<Target>& targets) {
+    for (const Target& target : targets)
+        if (target.folder.empty() || target.folder != targets.front().folder) return false;
+    return true;
+}
+
+ExitCode SaveCommand::Begin(const std::vector<Target>& targets) {
+    outputName = output.Text().value_or("");
+    messages.SetSubject(outputName);
+    if (format.form == SavedForm::kIcacls && !AreInOneFolder(targets)) {
+        messages.Say("the form icacls holds objects of one folder, and no drive");
+        return ExitCode::kUsage;
+    }
+    const bool isStandardOutput = outputName == kStandardOutput;
+    if (isStandardOutput && format.form == SavedForm::kIcacls && TerminalColumns(stdout) != 0) {
+        messages.Say("the form icacls is no text for a terminal");
+        return ExitCode::kUsage;
+    }
+    text.emplace(isStandardOutput);
+    if (!isStandardOutput) {
+        if (IsAmbiguousArgument(outputName.c_str())) {
+            messages.Say("a file here is called so: write ./ before its name, or the path as /folder/file");
+            return ExitCode::kUsage;
+        }
+        if (!messages.Check({text->Open(PathFromArgument(outputName.c_str()))})) return ExitCode::kUsage;
+    }
+    isTargetMissing = targets.size() != ObjectCount();
+    writer = SavedListWriter::Make(format.form, *text);
+    WatchForInterrupts();
+    OutliveReaders();
+    progress.emplace(quiet ? Progress::kQuiet : Progress::kShown, messages);
+    return ExitCode::kDone;
+}
+
+bool SaveCommand::Fail(DWORD error) {
+    hasFailed = true;
+    if (error == ERROR_OPERATION_ABORTED) return false;
+    progress->End();
+    messages.SetSubject(outputName);
+    messages.Check({error});
+    return false;
+}
+
+DWORD SaveCommand::BeginText(const HeldObject& top) {
+    parts = format.form == SavedForm::kIcacls ? SECURITY_INFORMATION{DACL_SECURITY_INFORMATION}
+                                              : ReadableParts(top);
+    hasBegun = true;
+    return writer->Begin({format.form, TimeNow(), parts});
+}
+
+bool SaveCommand::Do(const Target& target) {
+    if (hasFailed) return false;
+    HeldObject top;
+    if (!FindTarget(target, top, messages)) {
+        isTargetMissing = true;
+        return false;
+    }
+    const std::string path = target.folder + target.name;
+    DWORD error = hasBegun ? DWORD{ERROR_SUCCESS} : BeginText(top);
+    if (error == ERROR_SUCCESS) error = writer->BeginTop({path, VolumeText(path)});
+    progress->SetTarget(target);
+    if (error == ERROR_SUCCESS) error = SaveTree(top, parts, *writer, *progress);
+    return error == ERROR_SUCCESS || Fail(error);
+}
+
+// The text says itself that something is missing, or there is none.
+bool SaveCommand::FinishText() {
+    DWORD error = ERROR_SUCCESS;
+    if (isTargetMissing) error = writer->MarkIncomplete();
+    if (error == ERROR_SUCCESS) error = writer->End();
+    if (error == ERROR_SUCCESS) error = text->Complete();
+    return error == ERROR_SUCCESS || Fail(error);
+}
+
+bool SaveCommand::End() {
+    if (!progress) return false;
+    progress->End();
+    const bool isWritten = hasBegun && !hasFailed && !IsInterrupted() && FinishText();
+    if (isWritten) {
+        if (outputName != kStandardOutput) Print("saved: " + std::to_string(progress->Count()) + '\n');
+        return !isTargetMissing && !progress->IsAnythingMissing();
+    }
+    if (IsInterrupted()) SayInterrupted(messages, "nothing was saved");
+    messages.SetSubject(outputName);
+    messages.Say(outputName == kStandardOutput ? "the text is not complete" : "not written");
+    return false;
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeSave(const CommandParent& parent) {
+    return std::make_unique<SaveCommand>(parent);
+}
+
+}  // namespace permora

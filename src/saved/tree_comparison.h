@@ -1,0 +1,92 @@
+// What differs between a tree as it was (saved, or another tree) and a tree as it is.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "saved/tree_source.h"
+
+namespace permora {
+
+enum class DifferenceKind : std::uint8_t {
+    kAdded,      // it is there and was not
+    kMissing,    // it was there and is not
+    kOtherKind,  // a folder that was a file, for example
+    kSecurity,   // its descriptor is another one
+    kUnread,     // it cannot be read now
+    kUnlisted,   // the names in it cannot be read now, or not to their end
+    kUnknown,    // it could not be read, or its names could not, when it was saved
+};
+
+// Lives for the call that it is handed to.
+struct TreeDifference {
+    DifferenceKind kind;
+    std::string_view path;  // below the top, with backslashes; as it is called now where it is there
+    SavedKind was = SavedKind::kUnknown;  // kUnknown: nothing was there, or nobody knows
+    SavedKind is = SavedKind::kUnknown;
+    std::span<const std::uint8_t> before = {};  // descriptors, empty where there is none
+    std::span<const std::uint8_t> after = {};
+    DWORD error = ERROR_SUCCESS;  // of kUnread, kUnlisted and kUnknown
+};
+
+class ComparisonObserver {
+  public:
+    virtual ~ComparisonObserver() = default;
+    // Before each object; false ends the work.
+    virtual bool Begin(std::string_view path) = 0;
+    virtual void Differ(const TreeDifference& difference) = 0;
+};
+
+// The objects of the tree as it was come in the order of saved lists; names are compared as the volume of the
+// tree as it is compares them. Descriptors are alike when their bytes are. Memory holds the names of one
+// folder on each level.
+class TreeComparison {
+  public:
+    // Compares with the tree at `now`, whose descriptors are read with `parts`. Both must outlive this.
+    TreeComparison(const HeldObject& now, SECURITY_INFORMATION parts, ComparisonObserver& listener)
+        : top(now), readParts(parts), observer(listener) {}
+
+    // To be called first where the objects begin below the top, not with it: then what stands beside them is
+    // not told as added. 0 or a system error code.
+    DWORD BeginBelowTop();
+    // The next object as it was. False when the observer has ended the work.
+    bool Take(const ReadObject& was);
+    // There are no more: tells what was added.
+    bool End();
+
+  private:
+    // A folder that both trees have.
+    struct Level {
+        std::string path;  // as it was called in what was saved
+        std::string pathNow;
+        TreeFolder folder;
+        FolderNames names;
+        std::vector<bool> areMatched;
+        std::size_t next = 0;  // after the name that was found last
+        // Names in capitals with their places, made when a name is not found as it stands.
+        std::vector<std::pair<std::string, std::size_t>> capitals;
+        bool isUnknown = false;   // not all that was in it is known: what is there now may have been
+        bool isUnlisted = false;  // not all that is in it is known
+    };
+
+    bool TakeTop(const ReadObject& was);
+    bool TakeFound(const ReadObject& was, const std::string& pathNow, const TreeObject& now, DWORD error,
+                   TreeFolder below);
+    void Compare(const ReadObject& was, const ReadObject& is);
+    void Enter(const ReadObject& was, const std::string& pathNow, TreeFolder below);
+    static std::optional<std::size_t> Find(Level& level, std::string_view name);
+    static std::optional<std::size_t> FindInOtherCase(Level& level, std::string_view name);
+    bool Leave();
+    bool TellAdded(const Level& level, std::size_t index);
+
+    const HeldObject& top;
+    const SECURITY_INFORMATION readParts;
+    ComparisonObserver& observer;
+    std::vector<Level> levels;
+};
+
+}  // namespace permora

@@ -1,0 +1,42 @@
+// A tree on a volume, read object by object in the order of saved lists.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/held_object.h"
+#include "platform/tree_reading.h"
+#include "saved/saved_list.h"
+
+namespace permora {
+
+// An object that was come to. All of it lives for the call that it is handed to.
+struct ReadObject {
+    std::string_view path;                     // below the top, with backslashes; empty: the top itself
+    SavedKind kind;                            // kUnknown never
+    std::span<const std::uint8_t> descriptor;  // empty for kMounted, kUnread and kUnlisted
+    DWORD error = ERROR_SUCCESS;               // of kUnread and kUnlisted
+};
+
+class TreeVisitor {
+  public:
+    virtual ~TreeVisitor() = default;
+    // False ends the reading.
+    virtual bool Visit(const ReadObject& object) = 0;
+};
+
+// Reads the top and everything below it: by held folders, never through a link, and nothing of what is
+// mounted below. An object that vanishes is left out. Memory holds the names of one folder on each level. 0,
+// or ERROR_OPERATION_ABORTED when the visitor has ended it.
+DWORD ReadTree(const HeldObject& top, SECURITY_INFORMATION parts, TreeVisitor& visitor);
+
+// The same for what is in `folder`, whose path below the top is `path`.
+DWORD ReadBelow(TreeFolder folder, const std::string& path, TreeVisitor& visitor);
+
+// What an object is that TreeFolder has read with the result `error`.
+ReadObject ReadResult(std::string_view path, const TreeObject& object, DWORD error);
+
+}  // namespace permora
