@@ -81,8 +81,9 @@ DWORD FileReplacement::Begin(const std::string& path, FileReplacement& file) {
     DWORD error = ToVerbatimPath(path, made->path);
     if (error != ERROR_SUCCESS) return error;
     const DWORD attributes = GetFileAttributesW(made->path.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-        return ERROR_ACCESS_DENIED;
+    const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
+    if (isThere && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return ERROR_CANT_RESOLVE_FILENAME;
+    if (isThere && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return ERROR_ACCESS_DENIED;
     LARGE_INTEGER ticks{};
     QueryPerformanceCounter(&ticks);
     wchar_t name[40] = {};

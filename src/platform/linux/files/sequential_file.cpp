@@ -140,7 +140,9 @@ DWORD FileReplacement::Begin(const std::string& path, FileReplacement& file) {
     struct stat status {};
     const bool isThere = fstatat(made->place.folder.Descriptor(), made->place.hostName.c_str(), &status,
                                  AT_SYMLINK_NOFOLLOW) == 0;
-    if (isThere && S_ISDIR(status.st_mode)) return ERROR_ACCESS_DENIED;
+    // A device is not meant to become a file, nor is the link that leads to it ("/dev/stdout").
+    if (isThere && S_ISLNK(status.st_mode)) return ERROR_CANT_RESOLVE_FILENAME;
+    if (isThere && !S_ISREG(status.st_mode)) return ERROR_ACCESS_DENIED;
     error = made->Make();
     if (error == ERROR_SUCCESS) file.inside = std::move(made);
     return error;
