@@ -13,7 +13,7 @@
 namespace permora {
 namespace {
 
-constexpr DWORD kListing = FILE_LIST_DIRECTORY | FILE_TRAVERSE | FILE_READ_ATTRIBUTES;
+constexpr DWORD kTreeListing = FILE_LIST_DIRECTORY | FILE_TRAVERSE | FILE_READ_ATTRIBUTES;
 
 TreeObjectKind KindOf(FolderEntryKind kind) {
     switch (kind) {
@@ -97,8 +97,8 @@ DWORD TreeFolder::ReadTop(const HeldObject& top, SECURITY_INFORMATION parts, Tre
 DWORD TreeFolder::List(FolderNames& names) const {
     names = FolderNames();
     UniqueHandle opened;
-    DWORD result =
-        WithPrivileges(kReadingPrivileges, [&] { return OpenAgain(inside->folder.get(), kListing, opened); });
+    DWORD result = WithPrivileges(kReadingPrivileges,
+                                  [&] { return OpenAgain(inside->folder.get(), kTreeListing, opened); });
     if (result != ERROR_SUCCESS) return result;
     FolderListing listing(std::move(opened));
     FoundEntry found;
