@@ -28,10 +28,12 @@ bool MakeFile(const std::string& path) {
 
 // The plain loop: as few and as short calls as a loop can make that looks after nothing but speed. Each
 // folder becomes the current directory, so that the kernel finds every name at once.
+enum class LoopWork { kRead, kRewrite };
+
 class AttributeLoop {
   public:
-    AttributeLoop(const char* attribute, std::optional<uid_t> hostOwner)
-        : name(attribute), owner(hostOwner) {}
+    AttributeLoop(const char* attribute, LoopWork task, std::optional<uid_t> hostOwner)
+        : name(attribute), work(task), owner(hostOwner) {}
 
     // The current directory with all that is in it.
     bool Run() {
@@ -58,6 +60,7 @@ class AttributeLoop {
         const ssize_t size = lgetxattr(path, name, value.data(), value.size());
         if (size <= 0) return false;
         ++count;
+        if (work == LoopWork::kRead) return true;
         // The last byte belongs to a SID's highest sub-authority.
         value[static_cast<std::size_t>(size) - 1] ^= 1U;
         if (owner && lchown(path, *owner, static_cast<gid_t>(-1)) != 0) return false;
@@ -65,6 +68,7 @@ class AttributeLoop {
     }
 
     const char* const name;
+    const LoopWork work;
     const std::optional<uid_t> owner;
     std::size_t count = 0;
 };
@@ -98,13 +102,24 @@ bool MakeSampleTree(const std::string& top, std::size_t objects) {
     return true;
 }
 
-std::size_t RewriteAttributes(const std::string& top, const char* name, std::optional<uid_t> owner) {
+namespace {
+
+std::size_t RunLoop(const std::string& top, AttributeLoop loop) {
     const int before = open(".", O_PATH | O_DIRECTORY | O_CLOEXEC);
-    AttributeLoop loop(name, owner);
     const bool isDone = before >= 0 && chdir(top.c_str()) == 0 && loop.Run();
     const bool isBack = before >= 0 && fchdir(before) == 0;
     close(before);
     return isDone && isBack ? loop.Count() : 0;
+}
+
+}  // namespace
+
+std::size_t ReadAttributes(const std::string& top, const char* name) {
+    return RunLoop(top, AttributeLoop(name, LoopWork::kRead, std::nullopt));
+}
+
+std::size_t RewriteAttributes(const std::string& top, const char* name, std::optional<uid_t> owner) {
+    return RunLoop(top, AttributeLoop(name, LoopWork::kRewrite, owner));
 }
 
 }  // namespace permora::bench

@@ -24,6 +24,8 @@ class SilentObserver : public TreeObserver {
 // no others. False if something could not be made.
 bool MakeSampleTree(const std::string& top, std::size_t objects);
 
+// Reads the attribute `name` of `top` and every object below it. Returns the number of objects.
+std::size_t ReadAttributes(const std::string& top, const char* name);
 // Reads the attribute `name` of `top` and every object below it and writes it again with one meaningless byte
 // changed, so that the file system has to store it. With an owner, the object is given to that user in
 // between. Returns the number of objects.
