@@ -14,8 +14,8 @@
 namespace permora {
 namespace {
 
-constexpr std::uint32_t kAllParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
-                                    DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
+constexpr std::uint32_t kWholeDescriptor = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
+                                           DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
 // So many digits of the hash name a descriptor: a change of one list changes no other line.
 constexpr std::size_t kIdDigits = 12;
 
@@ -71,7 +71,7 @@ DWORD OwnFormWriter::FindId(std::string_view descriptor, std::string_view& id) {
         id = found->second;
         return ERROR_SUCCESS;
     }
-    const std::optional<std::string> sddl = ExactSddl(BytesOf(descriptor), kAllParts);
+    const std::optional<std::string> sddl = ExactSddl(BytesOf(descriptor), kWholeDescriptor);
     if (!sddl && !nt::SecurityDescriptor::FromBytes(BytesOf(descriptor))) return ERROR_INVALID_SECURITY_DESCR;
     Sha256 own;
     own.Add(descriptor);

@@ -76,13 +76,13 @@ bool TreeComparison::Take(const ReadObject& was) {
         if (!Leave()) return false;
     const bool isHere = !levels.empty() && levels.back().path == folder;
     const std::string name(was.path.substr(end == was.path.npos ? 0 : end + 1));
-    const std::optional<std::size_t> index = isHere ? Find(levels.back(), name) : std::nullopt;
+    const std::size_t index = isHere ? Find(levels.back(), name) : kNowhere;
     TreeObject object;
     TreeFolder below;
-    if (index) {
+    if (index != kNowhere) {
         const Level& level = levels.back();
-        const std::string nameNow(level.names.Name(*index));
-        const DWORD error = level.folder.Read(nameNow, level.names.Kind(*index), object, below);
+        const std::string nameNow(level.names.Name(index));
+        const DWORD error = level.folder.Read(nameNow, level.names.Kind(index), object, below);
         const std::string pathNow = PathIn(level.pathNow, nameNow);
         if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND)
             return TakeFound(was, pathNow, object, error, std::move(below));
@@ -145,7 +145,7 @@ void TreeComparison::Enter(const ReadObject& was, const std::string& pathNow, Tr
     levels.push_back(std::move(level));
 }
 
-std::optional<std::size_t> TreeComparison::Find(Level& level, std::string_view name) {
+std::size_t TreeComparison::Find(Level& level, std::string_view name) {
     // Mostly it is the next one: both come in the same order.
     std::size_t index = level.next;
     if (index >= level.names.Count() || level.names.Name(index) != name) {
@@ -161,16 +161,16 @@ std::optional<std::size_t> TreeComparison::Find(Level& level, std::string_view n
     }
     const bool isFound =
         index < level.names.Count() && level.names.Name(index) == name && !level.areMatched[index];
-    const std::optional<std::size_t> found = isFound ? std::optional(index) : FindInOtherCase(level, name);
-    if (found) {
-        level.areMatched[*found] = true;
-        level.next = *found + 1;
+    const std::size_t found = isFound ? index : FindInOtherCase(level, name);
+    if (found != kNowhere) {
+        level.areMatched[found] = true;
+        level.next = found + 1;
     }
     return found;
 }
 
-std::optional<std::size_t> TreeComparison::FindInOtherCase(Level& level, std::string_view name) {
-    if (!level.folder || !level.folder.IgnoresCase()) return std::nullopt;
+std::size_t TreeComparison::FindInOtherCase(Level& level, std::string_view name) {
+    if (!level.folder || !level.folder.IgnoresCase()) return kNowhere;
     if (level.capitals.empty()) {
         for (std::size_t i = 0; i < level.names.Count(); ++i)
             level.capitals.emplace_back(InCapitals(std::string(level.names.Name(i))), i);
@@ -180,7 +180,7 @@ std::optional<std::size_t> TreeComparison::FindInOtherCase(Level& level, std::st
     auto found = std::lower_bound(level.capitals.begin(), level.capitals.end(), wanted);
     for (; found != level.capitals.end() && found->first == wanted.first; ++found)
         if (!level.areMatched[found->second]) return found->second;
-    return std::nullopt;
+    return kNowhere;
 }
 
 // Tells what was added to the lowest folder, and goes out of it.

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -59,6 +58,8 @@ class TreeComparison {
     bool End();
 
   private:
+    static constexpr std::size_t kNowhere = ~std::size_t{0};
+
     // A folder that both trees have.
     struct Level {
         std::string path;  // as it was called in what was saved
@@ -78,8 +79,9 @@ class TreeComparison {
                    TreeFolder below);
     void Compare(const ReadObject& was, const ReadObject& is);
     void Enter(const ReadObject& was, const std::string& pathNow, TreeFolder below);
-    static std::optional<std::size_t> Find(Level& level, std::string_view name);
-    static std::optional<std::size_t> FindInOtherCase(Level& level, std::string_view name);
+    // The place of a name that was not found before, or kNowhere.
+    static std::size_t Find(Level& level, std::string_view name);
+    static std::size_t FindInOtherCase(Level& level, std::string_view name);
     bool Leave();
     bool TellAdded(const Level& level, std::size_t index);
 
