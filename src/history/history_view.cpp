@@ -59,7 +59,7 @@ std::array<std::string, 6> HistoryView::ChangeRow(std::size_t change) const {
 
 std::string HistoryView::ObjectsTitle() const {
     std::string title = "&Objects of the selected change";
-    if (selected && objects.size() < changes[*selected].objects)
+    if (objects.size() == kMostObjects && objects.size() < changes[*selected].objects)
         title += " (the first " + GroupedNumber(objects.size()) + " of " +
                  GroupedNumber(changes[*selected].objects) + ')';
     return title + ':';

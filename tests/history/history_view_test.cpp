@@ -120,5 +120,20 @@ TEST_F(HistoryViewTest, SaysWhyTheHistoryCannotBeRead) {
     EXPECT_FALSE(view.MayUndo());
 }
 
+TEST_F(HistoryViewTest, SaysOfAChangeThatIsGoneMeanwhileWhyItShowsNothing) {
+    test::ChangeMadeUpFiles(Path(), 2);
+    test::ChangeMadeUpFiles(Path(), 3);
+    HistoryView view(Path());
+    view.Read();
+    std::unique_ptr<History> history;
+    std::size_t removed = 0;
+    ASSERT_EQ(History::Open(Path(), history), ERROR_SUCCESS);
+    ASSERT_EQ(history->PruneOlder(INT64_MAX, removed), ERROR_SUCCESS);
+    view.Select(1);
+    EXPECT_THAT(view.Remark(), HasSubstr("no such change"));
+    EXPECT_EQ(view.ObjectsTitle(), "&Objects of the selected change:");
+    EXPECT_FALSE(view.MayUndo());
+}
+
 }  // namespace
 }  // namespace permora
