@@ -125,6 +125,29 @@ TEST_F(HistoryFailures, AFullDiskStopsTheChangeAndKeepsWhatWasRecorded) {
     umount2(State().c_str(), MNT_DETACH);
 }
 
+// Wherever the room ends while it is made: the code is the disk's, and with more room it can be made.
+TEST_F(HistoryFailures, AFullDiskIsToldWhileTheHistoryIsMade) {
+    ASSERT_EQ(EnterOwnMounts(), "");
+    std::filesystem::create_directory(State());
+    bool isMade = false;
+    for (int pages = 1; !isMade; ++pages) {
+        SCOPED_TRACE(pages);
+        ASSERT_LT(pages, 100);
+        const std::string size = "mode=0700,size=" + std::to_string(pages * 4096);
+        ASSERT_EQ(mount("none", State().c_str(), "tmpfs", 0, size.c_str()), 0);
+        std::unique_ptr<History> history;
+        const DWORD error = History::Open(File(), history);
+        isMade = error == ERROR_SUCCESS;
+        if (!isMade) {
+            EXPECT_EQ(error, DWORD{ERROR_DISK_FULL});
+            ASSERT_EQ(mount("none", State().c_str(), "tmpfs", MS_REMOUNT, "mode=0700,size=8m"), 0);
+            EXPECT_EQ(History::Open(File(), history), kDone);
+        }
+        history.reset();
+        umount2(State().c_str(), MNT_DETACH);
+    }
+}
+
 TEST_F(HistoryFailures, AVolumeThatCannotBeWrittenIsTold) {
     ASSERT_EQ(EnterOwnMounts(), "");
     Make();

@@ -189,6 +189,28 @@ TEST_F(HistoryTest, ItsFoldersAreMadeForTheUserAlone) {
     }
 }
 
+// Each must find the database whole, whoever makes it.
+TEST_F(HistoryTest, ManyMakeItAtTheSameTime) {
+    for (int round = 0; round < 10; ++round) {
+        const std::string path = folder.Path("round " + std::to_string(round)) + "/history.db";
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([&path] {
+                std::unique_ptr<History> history;
+                ASSERT_EQ(History::Open(path, history), DWORD{ERROR_SUCCESS});
+                Make(*history, 1);
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        std::unique_ptr<History> history;
+        ASSERT_EQ(History::OpenToRead(path, history), DWORD{ERROR_SUCCESS});
+        std::vector<ChangeFacts> changes;
+        ASSERT_EQ(history->List(changes), DWORD{ERROR_SUCCESS});
+        EXPECT_EQ(changes.size(), 4U);
+    }
+}
+
 TEST_F(HistoryTest, ThreadsAndProgramsRecordAtTheSameTime) {
     constexpr std::size_t kThreads = 4;
     constexpr std::size_t kBatches = 25;
