@@ -5,9 +5,11 @@
 namespace permora {
 
 DWORD RemoveChange(Database& database, std::int64_t number) {
-    constexpr const char* kSteps[] = {
+    constexpr const char* kDescriptors =
         "DELETE FROM descriptors WHERE number IN (SELECT descriptor FROM uses WHERE change=?1)"
-        " AND NOT EXISTS (SELECT 1 FROM uses WHERE descriptor=descriptors.number AND change<>?1)",
+        " AND NOT EXISTS (SELECT 1 FROM uses WHERE descriptor=descriptors.number AND change<>?1)";
+    constexpr const char* kSteps[] = {
+        kDescriptors,
         "DELETE FROM uses WHERE change=?1",
         "DELETE FROM objects WHERE change=?1",
         "DELETE FROM folders WHERE change=?1",

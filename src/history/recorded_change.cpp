@@ -54,6 +54,8 @@ class RecordedChange::Writer {
     Writer(ChangeKind changeKind, std::int64_t undoneChange) : kind(changeKind), undoes(undoneChange) {}
 
     DWORD Open(const std::string& path) {
+        // Asked for here, as a domain may be slow, and a transaction keeps others from writing.
+        user = OwnUserName();
         return OpenHistoryFile(path, Database::Access::kReadWrite, database);
     }
     // Writes all requests in one transaction.
@@ -83,6 +85,7 @@ class RecordedChange::Writer {
     const std::int64_t undoes;
     Database database;
 
+    std::string user;
     std::int64_t number = 0;
     std::int64_t objects = 0;
     std::int64_t recorded = 0;  // of those, what is durable
@@ -108,7 +111,6 @@ class RecordedChange::Writer {
 
 DWORD RecordedChange::Writer::BeginChange() {
     const ProcessMark process = ThisProcess();
-    const std::string user = OwnUserName();
     addChange.Bind(Now(), std::string_view(user), static_cast<std::int64_t>(kind), undoes, process.number,
                    process.start);
     const DWORD error = addChange.Run();

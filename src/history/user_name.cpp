@@ -1,6 +1,5 @@
 #include "history/user_name.h"
 
-#include <chrono>
 #include <optional>
 #include <vector>
 
@@ -24,8 +23,7 @@ std::string OwnUserName() {
     const std::optional<nt::Sid> sid = SidOf(reinterpret_cast<const TOKEN_USER*>(block.data())->User.Sid);
     if (!sid) return {};
     AccountName account;
-    if (FindAccountName(*sid, std::chrono::milliseconds(0), account) != NameAnswer::kKnown)
-        return sid->ToText();
+    if (FindAccountName(*sid, kLookupTime, account) != NameAnswer::kKnown) return sid->ToText();
     return account.domain.empty() ? account.name : account.domain + '\\' + account.name;
 }
 
