@@ -86,6 +86,14 @@ DWORD Upgrade(Database& database) {
     return error == ERROR_SUCCESS ? transaction.Commit() : error;
 }
 
+// All at one moment: another program may be making the database.
+DWORD CheckSchemaAtOnce(Database& database, std::int64_t& version) {
+    DWORD error = database.Execute("BEGIN");
+    if (error == ERROR_SUCCESS) error = CheckSchema(database, version);
+    const DWORD ended = database.Execute("ROLLBACK");
+    return error == ERROR_SUCCESS ? ended : error;
+}
+
 }  // namespace
 
 DWORD OpenHistoryFile(const std::string& path, Database::Access access, Database& database) {
@@ -94,13 +102,13 @@ DWORD OpenHistoryFile(const std::string& path, Database::Access access, Database
     DWORD error = FindFile(path, access, file);
     if (error == ERROR_SUCCESS) error = opened.Open(file, access);
     std::int64_t version = 0;
-    if (error == ERROR_SUCCESS) error = CheckSchema(opened, version);
+    if (error == ERROR_SUCCESS) error = CheckSchemaAtOnce(opened, version);
     // Reading makes the log anew, which cannot be made there. Nor is it needed, as long as there is none.
     if (error != ERROR_SUCCESS && access == Database::Access::kReadOnly &&
         CheckWritable(file) == ERROR_WRITE_PROTECT &&
         CheckPrivateFile(file + "-wal") == ERROR_FILE_NOT_FOUND) {
         error = opened.Open(file, Database::Access::kUnchanging);
-        if (error == ERROR_SUCCESS) error = CheckSchema(opened, version);
+        if (error == ERROR_SUCCESS) error = CheckSchemaAtOnce(opened, version);
     }
     if (error == ERROR_SUCCESS && version < kSchemaVersion)
         error = access == Database::Access::kReadOnly ? ERROR_FILE_NOT_FOUND : Upgrade(opened);
