@@ -202,6 +202,12 @@ StoredSecurity DescriptorStore::Found(const ObjectHandle& object) {
     return found;
 }
 
+bool DescriptorStore::Has(const ObjectHandle& object, const StoredSecurity& kept) {
+    nt::SecurityDescriptor present;
+    return Read(object, present) == ERROR_SUCCESS && form == kept.form &&
+           (form == SecurityForm::kNone || stored == kept.bytes);
+}
+
 DWORD DescriptorStore::Prepare(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,
                                StoredSecurity& prepared) {
     if (!CanHold(object)) return ERROR_NOT_SUPPORTED;

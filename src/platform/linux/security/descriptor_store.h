@@ -43,6 +43,9 @@ class DescriptorStore {
     // What the last Read, which has succeeded, has found on this object, exactly as it is kept.
     StoredSecurity Found(const ObjectHandle& object);
 
+    // Whether the object still has this descriptor, read anew.
+    bool Has(const ObjectHandle& object, const StoredSecurity& kept);
+
     // What will be kept when the object gets this descriptor; the host's owner stays. ERROR_NOT_SUPPORTED
     // when it cannot hold one, ERROR_INVALID_ACL when a list is too large for any.
     DWORD Prepare(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,

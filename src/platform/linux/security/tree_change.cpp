@@ -131,7 +131,8 @@ void TreeChangeThread::Rest() {
 // Makes the plan, and the state of a folder that is to be entered.
 void TreeChangeThread::Consider(const VisitedObject& visited, Entry& entry) {
     entry.error = Allow(visited);
-    if (entry.error == ERROR_SUCCESS && mode == TreeListMode::kWrite) entry.error = TakeTurn(visited.object);
+    if (entry.error == ERROR_SUCCESS && mode == TreeListMode::kWrite && !IsTakenLate(visited.object))
+        entry.error = TakeTurn(visited.object);
     const HandedDown& inherited = StateOf(visited.place).HandsDown(entry.basis);
     if (entry.error == ERROR_SUCCESS) entry.error = MakePlan(visited.object, inherited, entry.plan);
     // The holder of the turn on a folder is at work on what is in it too.
@@ -149,6 +150,19 @@ DWORD TreeChangeThread::TakeTurn(const ObjectHandle& object) {
     SettleBatch();
     const TreeChange::Waiting counted(change);
     return turns.Take(object);
+}
+
+bool TreeChangeThread::IsTakenLate(const ObjectHandle& object) {
+    return batchSize > 0 && !object.IsFolder() && store.HasHostOwners(object);
+}
+
+// False when the change has ended.
+bool TreeChangeThread::TakeLateTurn(Entry& entry, const HandedDown& inherited) {
+    if (turns.AreMany()) turns.LeaveAll();
+    const ObjectHandle& object = entry.Object();
+    if (!turns.TryTake(object)) entry.error = turns.Take(object);
+    if (entry.error != ERROR_SUCCESS || store.Has(object, entry.plan.before)) return true;
+    return PlanAgain(inherited, entry);
 }
 
 bool TreeChangeThread::IsDue() const {
@@ -189,7 +203,7 @@ void TreeChangeThread::SettleBatch() {
         std::ranges::count_if(batch, [](const Entry& entry) { return entry.visited == nullptr; }));
     batch.clear();
     batchBytes = 0;
-    if (turns.AreMany()) turns.LeaveAll();
+    if (batchSize > 0 || turns.AreMany()) turns.LeaveAll();
 }
 
 // False when the recorder has refused, which ends the change.
@@ -219,6 +233,9 @@ bool TreeChangeThread::Record(std::span<Entry> entries) {
 // Writes an object that has been recorded, or passes it over, as soon as it is certain what its folder has.
 void TreeChangeThread::Settle(Entry& entry) {
     const FolderState& folder = StateOf(entry.place);
+    const bool isTakenLate = IsTakenLate(entry.Object());
+    // Who waits for another thread must have no turn that this may wait for.
+    if (isTakenLate && folder.Now() == Stage::kPending) turns.LeaveAll();
     if (!change.Await(folder) || change.HasEnded()) return;
     if (folder.Now() == Stage::kLeftAlone) {
         if (entry.state) change.Settle(*entry.state, Stage::kLeftAlone);
@@ -226,8 +243,11 @@ void TreeChangeThread::Settle(Entry& entry) {
     }
     const bool isJudgedAgain = entry.basis == Stage::kPending && folder.Now() == Stage::kOtherwise;
     if (isJudgedAgain && !PlanAgain(folder.HandsDown(Stage::kOtherwise), entry)) return;
-    if (entry.error == ERROR_SUCCESS && entry.plan.changes && mode == TreeListMode::kWrite)
-        entry.error = store.Replace(entry.Object(), entry.plan.before, entry.plan.after);
+    const auto isToBeWritten = [&] {
+        return entry.error == ERROR_SUCCESS && entry.plan.changes && mode == TreeListMode::kWrite;
+    };
+    if (isTakenLate && isToBeWritten() && !TakeLateTurn(entry, folder.HandsDown(folder.Now()))) return;
+    if (isToBeWritten()) entry.error = store.Replace(entry.Object(), entry.plan.before, entry.plan.after);
     if (entry.error != ERROR_SUCCESS) return Fail(entry);
     ++(entry.plan.changes ? counts.changed : counts.unchanged);
     if (!entry.state) return;

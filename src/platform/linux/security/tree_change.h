@@ -13,6 +13,11 @@
 // visited earlier, so it is written. The thread that has it in its batch therefore waits for nobody at it,
 // and writes nothing before it, since it writes in the order of its visits. And it comes to writing: a thread
 // settles its batch before it waits for a turn or for work, and at its next visit when others wait.
+//
+// The turn on a folder is taken before it is read, and kept while the walk is in it. That on a file waits for
+// the write where a second look at the file is cheap: then it is read again, and judged again if others have
+// changed it. The kernel looks through all turns for each new one, so hundreds at a time would take longer.
+// On NTFS a look costs as much as a write, so the turns on the files of a batch are kept until it is written.
 #pragma once
 
 #include <atomic>
@@ -175,6 +180,8 @@ class TreeChangeThread : public VisitingThread {
     void Rest() override;
     void Consider(const VisitedObject& visited, Entry& entry);
     DWORD TakeTurn(const ObjectHandle& object);
+    bool IsTakenLate(const ObjectHandle& object);
+    bool TakeLateTurn(Entry& entry, const HandedDown& inherited);
     bool IsDue() const;
     bool IsFull() const;
     void Put(const VisitedObject& visited, Entry entry);

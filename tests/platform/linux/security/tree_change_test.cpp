@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -252,6 +253,45 @@ TEST_P(TreeChanges, AStoppedChangeWritesNothingMore) {
         if (security != before.at(name)) ++changed;
     EXPECT_EQ(outcome.counts.changed, changed);
     EXPECT_LE(changed, 50U);
+}
+
+// Changes a file as a server would, while the batch that holds it is being recorded.
+class Meddler : public MemoryRecorder {
+  public:
+    explicit Meddler(std::string hostPath) : path(std::move(hostPath)) {}
+    DWORD Record(std::uint64_t top, std::span<const DescriptorChange> batch) override {
+        const DWORD result = MemoryRecorder::Record(top, batch);
+        if (std::exchange(hasMeddled, true)) return result;
+        const std::string other = path + ".other";
+        EXPECT_EQ(SetDescriptorText(other, "O:BAD:P(A;;FX;;;BG)"), 0U);
+        std::vector<char> value(4096);
+        const ssize_t size = getxattr(other.c_str(), "security.NTACL", value.data(), value.size());
+        EXPECT_EQ(setxattr(path.c_str(), "security.NTACL", value.data(), static_cast<std::size_t>(size), 0),
+                  0);
+        return result;
+    }
+
+  private:
+    const std::string path;
+    bool hasMeddled = false;
+};
+
+TEST(TreeChangesMeanwhile, WhatAServerWroteAfterTheRecordIsSeenAndRecorded) {
+    if (geteuid() != 0) GTEST_SKIP() << "a server's attribute needs root";
+    for (const Kind kind : {Kind::kPropagation, Kind::kOwners}) {
+        const TemporaryFolder tree;
+        ASSERT_EQ(SetDescriptorText(tree.Path(), kOldList), 0U);
+        for (const char* name : {"file", "file.other", "third"})
+            ASSERT_EQ(SetDescriptorText(tree.MakeFile(name), "O:BAD:"), 0U);
+        Meddler meddler(tree.Path("file"));
+        EXPECT_EQ(Change(kind, tree.Path(), meddler, 1).error, ERROR_SUCCESS);
+        EXPECT_EQ(test::DaclText(tree.Path("file")), "D:PAI(A;;FX;;;BG)");
+        const auto owner = test::DescriptorText(tree.Path("file"), OWNER_SECURITY_INFORMATION);
+        EXPECT_EQ(owner, kind == Kind::kOwners ? "O:S-1-22-1-1" : "O:BA");
+        // From what the server wrote: taking that back is not this change's.
+        const auto again = [](const DescriptorChange& record) { return record.path == "file"; };
+        EXPECT_EQ(std::ranges::count_if(meddler.records, again), kind == Kind::kOwners ? 2 : 1);
+    }
 }
 
 // What is recorded is what the volume then has, whatever keeps it there.
