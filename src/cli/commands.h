@@ -14,6 +14,7 @@ std::unique_ptr<Command> MakeCompare(const CommandParent& parent);
 std::unique_ptr<Command> MakeDeny(const CommandParent& parent);
 std::unique_ptr<Command> MakeEffective(const CommandParent& parent);
 std::unique_ptr<Command> MakeGrant(const CommandParent& parent);
+std::unique_ptr<Command> MakeHistory(const CommandParent& parent);
 std::unique_ptr<Command> MakeInherit(const CommandParent& parent);
 std::unique_ptr<Command> MakeOwner(const CommandParent& parent);
 std::unique_ptr<Command> MakeReset(const CommandParent& parent);
@@ -23,5 +24,6 @@ std::unique_ptr<Command> MakeSetup(const CommandParent& parent);
 std::unique_ptr<Command> MakeShares(const CommandParent& parent);
 std::unique_ptr<Command> MakeShow(const CommandParent& parent);
 std::unique_ptr<Command> MakeShred(const CommandParent& parent);
+std::unique_ptr<Command> MakeUndo(const CommandParent& parent);
 
 }  // namespace permora

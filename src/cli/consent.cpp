@@ -12,15 +12,23 @@
 namespace permora {
 
 bool AskForConsent(const ConsentTexts& texts, const std::vector<Target>& targets, ConsoleMessages& messages) {
-    if (targets.empty()) return true;
+    std::vector<std::string> names;
+    for (const Target& target : targets)
+        names.push_back(target.argument);
+    return AskForConsent(texts, names, messages);
+}
+
+bool AskForConsent(const ConsentTexts& texts, const std::vector<std::string>& names,
+                   ConsoleMessages& messages) {
+    if (names.empty()) return true;
     messages.SetSubject("");
     if (TerminalColumns(stdin) == 0) {
         messages.Say(std::string(texts.warning) + ": it needs --yes where nobody can be asked");
         return false;
     }
     std::string question = std::string(texts.heading) + '\n';
-    for (const Target& target : targets)
-        question += "  " + PrintableText(target.argument) + '\n';
+    for (const std::string& name : names)
+        question += "  " + PrintableText(name) + '\n';
     PrintError(question + "Go on (yes or no)? ");
     std::array<char, 16> answer{};
     if (std::fgets(answer.data(), answer.size(), stdin) != nullptr &&

@@ -1,6 +1,7 @@
-// Asking before something that cannot be undone.
+// Asking before something that cannot be undone, or replaces much.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "cli/command.h"
@@ -24,5 +25,8 @@ struct ConsentTexts {
 // Whether the user agrees, by typing so on a terminal; without a terminal the answer is no. On false, the
 // reason was printed. Without targets nobody is asked.
 bool AskForConsent(const ConsentTexts& texts, const std::vector<Target>& targets, ConsoleMessages& messages);
+// The same about what has another name than the one that was typed.
+bool AskForConsent(const ConsentTexts& texts, const std::vector<std::string>& names,
+                   ConsoleMessages& messages);
 
 }  // namespace permora

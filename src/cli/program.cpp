@@ -31,6 +31,8 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli assign /mnt/data/Projects /mnt/data/Plans --account anna --combination Modify --dry-run
   permora-cli reset /mnt/data/Projects --dry-run --verbose
   permora-cli owner /mnt/data/Projects --set 'BUILTIN\Administrators' --tree
+  permora-cli history
+  permora-cli undo 12 --dry-run
   permora-cli effective /mnt/data/Payroll --account anna
   permora-cli shred /mnt/data/Old /mnt/data/Payroll/2009.ods
   permora-cli accounts --find admin
@@ -45,9 +47,9 @@ the help of a command: permora-cli grant --help
 Exit code:
   0  done
   1  some object failed: each one is named on standard error with its reason (by reset only with --verbose), and all
-     others were done; or reset, owner or shred was interrupted
+     others were done; or reset, owner, undo or shred was interrupted
      (assign gives every object the list that it makes of the first one's: when that fails, nothing was touched)
-  2  wrong arguments, an unknown account, or no consent to a reset or shred: nothing was touched)";
+  2  wrong arguments, an unknown account or change, or no consent to a reset, undo or shred: nothing was touched)";
 
 // Prints what is wrong with the arguments.
 ExitCode Refuse(std::string_view problem) {

@@ -6,7 +6,6 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -22,10 +21,10 @@
 #include "platform/held_object.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
-#include "tests/support/hex.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/own_mounts.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/tree_state.h"
 
 namespace permora::test {
 namespace {
@@ -34,43 +33,10 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Every object of a tree, the folder first, by its path from there.
-std::vector<std::string> ObjectsOf(const std::string& root) {
-    std::vector<std::string> objects = {""};
-    for (const auto& entry : fs::recursive_directory_iterator(root))
-        objects.push_back(fs::relative(entry.path(), root).string());
-    std::sort(objects.begin(), objects.end());
-    return objects;
-}
-
-std::string PathIn(const std::string& root, const std::string& object) {
-    return object.empty() ? root : root + '/' + object;
-}
-
-// All that is kept of the objects of a tree, as the kernel tells it.
-using TreeState = std::map<std::string, std::string>;
-
-TreeState StateOf(const std::string& root) {
-    TreeState state;
-    for (const std::string& object : ObjectsOf(root)) {
-        const std::string path = PathIn(root, object);
-        struct stat status {};
-        EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
-        std::string text = std::to_string(status.st_uid);
-        for (const char* name : {"security.NTACL", "user.permora.sd", "system.ntfs_acl"}) {
-            std::string value(65536, '\0');
-            const ssize_t size = lgetxattr(path.c_str(), name, value.data(), value.size());
-            if (size >= 0) text += std::string(" ") + name + value.substr(0, static_cast<std::size_t>(size));
-        }
-        state[object] = text;
-    }
-    return state;
-}
-
 std::map<std::string, StoredSecurity> StoredIn(const std::string& root) {
     std::map<std::string, StoredSecurity> stored;
     for (const std::string& object : ObjectsOf(root))
-        EXPECT_EQ(Held(PathIn(root, object)).ReadStored(stored[object]), ERROR_SUCCESS) << object;
+        EXPECT_EQ(Held(PathInTree(root, object)).ReadStored(stored[object]), ERROR_SUCCESS) << object;
     return stored;
 }
 
@@ -91,7 +57,7 @@ void Record(Change& change, const std::string& root, const std::function<void()>
     std::vector<DescriptorChange> batch;
     for (const auto& [object, stored] : before) {
         if (stored == after.at(object)) continue;
-        const HeldObject held = Held(PathIn(root, object));
+        const HeldObject held = Held(PathInTree(root, object));
         batch.push_back(
             {WithBackslashes(object), held.IsFolder(), held.FileNumber(), stored, after.at(object)});
     }
@@ -132,9 +98,9 @@ class TreeToUndo {
         EXPECT_EQ(SetDescriptorText(Path("sub/b"), "D:(A;;FX;;;BG)"), 0U);
     }
 
-    std::string Path(const std::string& object) const { return PathIn(root, object); }
+    std::string Path(const std::string& object) const { return PathInTree(root, object); }
     const std::string& Root() const { return root; }
-    TreeState State() const { return StateOf(root); }
+    TreeState State() const { return StateOfTree(root); }
 
     std::int64_t Change(const std::function<void()>& work) {
         const auto change = history->Begin(ChangeKind::kPermissions);
@@ -176,14 +142,6 @@ class TreeToUndo {
     const std::string root;
 };
 
-std::string Difference(const TreeState& one, const TreeState& other) {
-    std::string text;
-    for (const auto& [object, state] : one)
-        if (const auto found = other.find(object); found == other.end() || found->second != state)
-            text += "'" + object + "' ";
-    return text;
-}
-
 // There and back, and forth again; what went wrong.
 std::string UndoAndRedo(const std::string& folder, const std::string& historyFolder) {
     TreeToUndo tree(folder, historyFolder);
@@ -193,12 +151,12 @@ std::string UndoAndRedo(const std::string& folder, const std::string& historyFol
     const std::string dry = tree.Undo(change, kDryRun);
     if (tree.State() != after) return "the dry run wrote";
     const std::string undone = tree.Undo(change);
-    if (tree.State() != before) return "not undone: " + Difference(before, tree.State());
+    if (tree.State() != before) return "not undone: " + DifferenceOf(before, tree.State());
     if (tree.StateOfChange(change) != ChangeState::kUndone) return "not marked";
     const std::int64_t undo = tree.LastUndo();
     const std::string again = tree.Undo(change);
     const std::string redone = tree.Undo(undo);
-    if (tree.State() != after) return "not redone: " + Difference(after, tree.State());
+    if (tree.State() != after) return "not redone: " + DifferenceOf(after, tree.State());
     if (tree.StateOfChange(change) != ChangeState::kDone || tree.StateOfChange(undo) != ChangeState::kUndone)
         return "the redo is not marked";
     return dry + "; " + undone + "; " + again + "; " + redone;
@@ -240,7 +198,7 @@ TEST_F(UndoHere, WhatBecameOtherIsLeftAloneAndNamed) {
     folder.MakeFolder("elsewhere/deep");
     folder.MakeFile("elsewhere/deep/c");
     folder.MakeFile("elsewhere/b");
-    const TreeState outside = StateOf(elsewhere);
+    const TreeState outside = StateOfTree(elsewhere);
     ASSERT_EQ(SetDescriptorText(tree.Path("a"), "D:P(A;;FR;;;WD)"), 0U);
     const TreeState changed = tree.State();
     fs::remove(tree.Path("other/d"));
@@ -255,14 +213,14 @@ TEST_F(UndoHere, WhatBecameOtherIsLeftAloneAndNamed) {
                             "other\\d: another object is there now", "a: it was changed since"));
     EXPECT_THAT(left, testing::UnorderedElementsAreArray(tree.observer.left));
     EXPECT_EQ(tree.StateOfChange(change), ChangeState::kPartlyUndone);
-    EXPECT_EQ(StateOf(elsewhere), outside);
+    EXPECT_EQ(StateOfTree(elsewhere), outside);
     EXPECT_EQ(tree.State().at("a"), changed.at("a"));
     EXPECT_EQ(tree.State().at("other"), before.at("other"));
 
     // Names are never followed to other objects, but what was changed may be overwritten.
     EXPECT_EQ(tree.Undo(change, kForce), "1 restored, 2 as before, 5 left alone");
     EXPECT_EQ(tree.State().at("a"), before.at("a"));
-    EXPECT_EQ(StateOf(elsewhere), outside);
+    EXPECT_EQ(StateOfTree(elsewhere), outside);
     fs::remove(tree.Path("sub"));
     fs::rename(folder.Path("moved"), tree.Path("sub"));
     EXPECT_EQ(tree.Undo(change), "4 restored, 3 as before, 1 left alone");
@@ -358,13 +316,13 @@ TEST(UndoBatchTest, ALargeChangeComesBackInBatches) {
     EXPECT_EQ(tree.StateOfChange(change), ChangeState::kPartlyUndone);
     // Where the process may not have a whole batch open.
     const auto undone = InAnotherProcess([&] {
-        const rlimit few = {128, 128};
+        const rlimit few = {64, 64};
         setrlimit(RLIMIT_NOFILE, &few);
         tree.observer.stopAt = static_cast<std::size_t>(-1);
         return tree.Undo(change);
     });
     EXPECT_EQ(undone, "500 restored, 1008 as before, 0 left alone");
-    EXPECT_EQ(Difference(before, tree.State()), "");
+    EXPECT_EQ(DifferenceOf(before, tree.State()), "");
     // One of the two undos has not been taken back.
     tree.observer.stopAt = static_cast<std::size_t>(-1);
     EXPECT_EQ(tree.Undo(tree.LastUndo()), "500 restored, 0 as before, 0 left alone");

@@ -1,0 +1,162 @@
+// history: what was changed, and how long that is kept.
+#include <charconv>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/settings_store.h"
+#include "cli/change_number.h"
+#include "cli/commands.h"
+#include "cli/history_age.h"
+#include "cli/history_listing.h"
+#include "cli/interrupts.h"
+#include "cli/terminal_output.h"
+#include "cli/terminal_text.h"
+#include "platform/api/errors.h"
+
+namespace permora {
+namespace {
+
+// --prune.
+class AgeOption : public TextOption {
+  public:
+    explicit AgeOption(OptionPlace place)
+        : TextOption(place, "--prune", "OLDER",
+                     "Remove changes that ended so long ago (30d, 12h) or before a day (2026-01-31);\n"
+                     "they can no longer be undone") {}
+    std::string Interpret(const std::string& text) override {
+        time = TimeBefore(text, std::time(nullptr));
+        return time ? "" : text + ": neither an age (30d, 12h) nor a day (2026-01-31)";
+    }
+    std::optional<std::int64_t> time;
+};
+
+// A whole number; 0: without that limit.
+class LimitOption : public TextOption {
+  public:
+    using TextOption::TextOption;
+    std::string Interpret(const std::string& text) override {
+        std::uint32_t read = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), read);
+        if (error != std::errc() || end != text.data() + text.size()) return text + ": not a whole number";
+        limit = read;
+        return {};
+    }
+    std::optional<std::uint32_t> limit;
+};
+
+class HistoryCommand : public Command {
+  public:
+    explicit HistoryCommand(const CommandParent& parent)
+        : Command(parent, "history", "List what was changed, or the objects of one change") {}
+
+    std::string Interpret() override;
+    ExitCode Run() override;
+
+  private:
+    ExitCode Keep();
+    ExitCode Prune();
+    ExitCode ListChanges();
+    ExitCode ListObjects(std::int64_t change);
+
+    ChangeNumber number{*this, "Show the objects of this change, with what was there before and after"};
+    JsonFlag json{*this, JsonShape::kArray};
+    AgeOption prune{*this};
+    LimitOption keepDays{*this, "--keep-days", "DAYS",
+                         "From now on keep changes so long (90 days if it was never set; 0: for ever)"};
+    LimitOption keepSize{*this, "--keep-size", "MIB",
+                         "From now on let the history grow so large, then remove the oldest changes\n"
+                         "(1024 MiB if it was never set; 0: without limit)"};
+    std::unique_ptr<History> history;
+};
+
+std::string HistoryCommand::Interpret() {
+    if (std::string problem = Command::Interpret(); !problem.empty()) return problem;
+    const bool isSetting = keepDays.limit || keepSize.limit;
+    const int tasks = (number.Number() || json ? 1 : 0) + (prune.time ? 1 : 0) + (isSetting ? 1 : 0);
+    return tasks > 1 ? "history lists, removes or sets limits, one at a time" : "";
+}
+
+ExitCode HistoryCommand::Run() {
+    if (keepDays.limit || keepSize.limit) return Keep();
+    if (prune.time) return Prune();
+    const DWORD error = History::OpenToRead(History::UsualPath(), history);
+    // Nothing has been changed yet.
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return SayHistoryFailure(error, messages);
+    return number.Number() ? ListObjects(*number.Number()) : ListChanges();
+}
+
+ExitCode HistoryCommand::Keep() {
+    HistoryLimits limits = LoadHistoryLimits();
+    limits.days = keepDays.limit.value_or(limits.days);
+    limits.megabytes = keepSize.limit.value_or(limits.megabytes);
+    if (!messages.Check({StoreHistoryLimits(limits)})) return ExitCode::kSomeFailed;
+    Print("kept: " + (limits.days == 0 ? std::string("for ever") : std::to_string(limits.days) + " days") +
+          ", " +
+          (limits.megabytes == 0 ? "without limit" : "at most " + std::to_string(limits.megabytes) + " MiB") +
+          '\n');
+    return ExitCode::kDone;
+}
+
+ExitCode HistoryCommand::Prune() {
+    std::size_t removed = 0;
+    DWORD error = History::OpenToRead(History::UsualPath(), history);
+    if (error == ERROR_SUCCESS) error = History::Open(History::UsualPath(), history);
+    if (error == ERROR_SUCCESS) error = history->PruneOlder(*prune.time, removed);
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return SayHistoryFailure(error, messages);
+    Print("removed: " + std::to_string(removed) + (removed == 1 ? " change\n" : " changes\n"));
+    return ExitCode::kDone;
+}
+
+ExitCode HistoryCommand::ListChanges() {
+    std::vector<ChangeFacts> changes;
+    if (history)
+        if (const DWORD error = history->List(changes); error != ERROR_SUCCESS)
+            return SayHistoryFailure(error, messages);
+    Json array = Json::array();
+    std::vector<std::vector<std::string>> table = {ChangeTitles()};
+    for (const ChangeFacts& facts : changes)
+        if (json)
+            array.push_back(ChangeJson(facts));
+        else
+            table.push_back(ChangeColumns(facts));
+    if (json)
+        PrintJson(array);
+    else if (changes.empty())
+        Print("nothing has been changed yet\n");
+    else
+        Print(AlignedTable(table, ""));
+    return ExitCode::kDone;
+}
+
+ExitCode HistoryCommand::ListObjects(std::int64_t change) {
+    ChangeFacts facts;
+    DWORD error = history ? history->Find(change, facts) : ERROR_NOT_FOUND;
+    if (error == ERROR_NOT_FOUND) {
+        messages.Say("the history has no change " + std::to_string(change));
+        return ExitCode::kUsage;
+    }
+    JsonArrayPrinter array;
+    if (error == ERROR_SUCCESS) {
+        if (!json) Print(PrintableText(ChangeLine(facts)) + '\n');
+        error = history->VisitObjects(change, RecordOrder::kAsMade, [&](const RecordedObject& object) {
+            if (json)
+                array.Add(RecordedJson(object));
+            else
+                Print('\n' + RecordedText(object));
+            return !IsInterrupted();
+        });
+    }
+    if (error != ERROR_SUCCESS) return SayHistoryFailure(error, messages);
+    if (json) array.End();
+    return ExitCode::kDone;
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeHistory(const CommandParent& parent) {
+    return std::make_unique<HistoryCommand>(parent);
+}
+
+}  // namespace permora

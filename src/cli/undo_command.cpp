@@ -1,0 +1,140 @@
+// undo: takes a change back.
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/change_number.h"
+#include "cli/commands.h"
+#include "cli/consent.h"
+#include "cli/history_listing.h"
+#include "cli/interrupts.h"
+#include "cli/terminal_output.h"
+#include "cli/tree_progress.h"
+#include "history/undo.h"
+#include "platform/api/errors.h"
+
+namespace permora {
+namespace {
+
+// Shows the object that the undo has come to, and names those that it leaves alone.
+class TerminalUndo : public UndoObserver {
+  public:
+    TerminalUndo(Progress mode, ConsoleMessages& console) : messages(console), progress(mode) {}
+
+    bool Begin(const ChangedTop& top, const std::string& path) override {
+        if (IsInterrupted()) return false;
+        const std::string& shown = path.empty() ? top.path : path;
+        progress.Show(++count, shown.c_str() + (shown.rfind('\\') + 1));
+        return true;
+    }
+    void Leave(const ChangedTop& top, const std::string& path, LeftAlone extent, DWORD reason) override {
+        progress.Clear();
+        messages.SetSubject(RecordedPath(top, path));
+        messages.Say((extent == LeftAlone::kAllBelow ? "left alone, with everything of the change below it: "
+                                                     : "left alone: ") +
+                     LeftAloneText(reason));
+        isChangedSince = isChangedSince || reason == ERROR_REVISION_MISMATCH;
+    }
+    bool HasMetChanges() const { return isChangedSince; }
+
+  private:
+    ConsoleMessages& messages;
+    ProgressLine progress;
+    std::size_t count = 0;
+    bool isChangedSince = false;
+};
+
+class UndoCommand : public Command {
+  public:
+    explicit UndoCommand(const CommandParent& parent)
+        : Command(parent, "undo",
+                  "Put back what was there before a change. What was changed since, moved or\n"
+                  "replaced is left alone and named. An undo can itself be undone") {}
+
+    ExitCode Run() override;
+
+  private:
+    DWORD FindChange(ChangeFacts& facts);
+    bool MayUndo(const ChangeFacts& facts);
+    ExitCode Undo(const ChangeFacts& facts);
+    ExitCode ReportEnd(DWORD error, const UndoCounts& counts);
+
+    ChangeNumber number{*this, "The number of the change, as history lists it (the last one)"};
+    Flag dryRun{*this, "--dry-run", "Count what would be put back and write nothing"};
+    YesFlag yes{*this};
+    Flag force{*this, "--force",
+               "Put back also what was changed since, but never on another object that has\n"
+               "the name now"};
+    QuietFlag quiet{*this};
+
+    std::unique_ptr<History> history;
+};
+
+DWORD UndoCommand::FindChange(ChangeFacts& facts) {
+    const DWORD error = History::OpenToRead(History::UsualPath(), history);
+    if (error != ERROR_SUCCESS) return error == ERROR_FILE_NOT_FOUND ? ERROR_NOT_FOUND : error;
+    return number.Number() ? history->Find(*number.Number(), facts) : history->FindLast(facts);
+}
+
+bool UndoCommand::MayUndo(const ChangeFacts& facts) {
+    const ConsentTexts texts = {"undo replaces lists and owners",
+                                "This change is taken back:", "nothing was changed"};
+    return dryRun || yes || AskForConsent(texts, {ChangeLine(facts)}, messages);
+}
+
+ExitCode UndoCommand::Run() {
+    ChangeFacts facts;
+    const DWORD error = FindChange(facts);
+    messages.SetSubject("");
+    if (error == ERROR_NOT_FOUND && number.Number()) {
+        messages.Say("the history has no change " + std::to_string(*number.Number()));
+        return ExitCode::kUsage;
+    }
+    if (error == ERROR_NOT_FOUND) {
+        Print("there is nothing to undo\n");
+        return ExitCode::kDone;
+    }
+    if (error != ERROR_SUCCESS) return SayHistoryFailure(error, messages);
+    return MayUndo(facts) ? Undo(facts) : ExitCode::kUsage;
+}
+
+ExitCode UndoCommand::Undo(const ChangeFacts& facts) {
+    if (!dryRun) {
+        const DWORD error = History::Open(History::UsualPath(), history);
+        if (error != ERROR_SUCCESS) return SayHistoryFailure(error, messages);
+    }
+    WatchForInterrupts();
+    TerminalUndo observer(quiet ? Progress::kQuiet : Progress::kShown, messages);
+    UndoCounts counts;
+    const UndoOptions how = {dryRun ? UndoMode::kDryRun : UndoMode::kWrite,
+                             force ? ChangedSince::kOverwrite : ChangedSince::kLeaveAlone};
+    const DWORD error = UndoChange(*history, facts.number, how, observer, counts);
+    messages.SetSubject("");
+    if (observer.HasMetChanges()) messages.Say("--force puts back also what was changed since");
+    return ReportEnd(error, counts);
+}
+
+ExitCode UndoCommand::ReportEnd(DWORD error, const UndoCounts& counts) {
+    if (error == ERROR_BUSY) {
+        messages.Say("not undone: another program is still making this change");
+        return ExitCode::kSomeFailed;
+    }
+    Print((dryRun ? "would put back: " : "put back: ") + std::to_string(counts.restored) +
+          ", already as it was: " + std::to_string(counts.asBefore) +
+          ", left alone: " + std::to_string(counts.leftAlone) + '\n');
+    if (error == ERROR_OPERATION_ABORTED) {
+        SayInterrupted(messages, "the rest is as it was; undo goes on with it");
+        return ExitCode::kSomeFailed;
+    }
+    if (error != ERROR_SUCCESS) return SayHistoryFailure(error, messages);
+    return ExitCodeOf(counts.leftAlone == 0);
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeUndo(const CommandParent& parent) {
+    return std::make_unique<UndoCommand>(parent);
+}
+
+}  // namespace permora
