@@ -38,8 +38,8 @@ bool ReadAll(std::string_view text, SavedHead& head, std::vector<Top>& tops) {
         if (reader->TopCount() > tops.size()) tops.push_back({reader->Top(), {}});
         Require(object.path.empty() || IsPathBelow(object.path), "a path leads below the top");
         std::vector<SavedObject>& objects = tops.back().objects;
-        Require(objects.empty() || object.kind == SavedKind::kUnlisted ||
-                    ComesBefore(objects.back().path, object.path),
+        Require(reader->Head().form != SavedForm::kPermora || objects.empty() ||
+                    object.kind == SavedKind::kUnlisted || ComesBefore(objects.back().path, object.path),
                 "paths ascend");
         objects.push_back(object);
     }
@@ -55,7 +55,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text = Sealed(std::string(reinterpret_cast<const char*>(data), size));
     SavedHead head;
     std::vector<Top> tops;
-    if (text.find('\0') != text.npos || !ReadAll(text, head, tops)) return 0;
+    // The other form has a target of its own.
+    if (!ReadAll(text, head, tops) || head.form != SavedForm::kPermora) return 0;
 
     FuzzOutput output;
     const auto writer = SavedListWriter::Make(SavedForm::kPermora, output);
