@@ -20,6 +20,13 @@ DWORD FindAccount(const std::string& text, AccountRecord& account) {
 
 }  // namespace
 
+std::string FindTypedAccount(const std::string& text, AccountRecord& account) {
+    const DWORD error = FindAccount(text, account);
+    if (error == ERROR_SUCCESS) return {};
+    const std::string reason = NotLookedUpText(error);
+    return text + ": " + (reason.empty() ? SystemMessageLine(error) : reason);
+}
+
 AccountOption::AccountOption(Command& command)
     : AccountOption(command, "--account", R"(The account: a name, DOMAIN\name or a SID like S-1-1-0)",
                     Presence::kRequired) {}
@@ -29,11 +36,7 @@ AccountOption::AccountOption(Command& command, const char* optionName, const cha
     : TextOption(command, optionName, "NAME", description, presence), name(optionName) {}
 
 std::string AccountOption::Interpret(const std::string& text) {
-    if (text.empty()) return std::string(name) + ": the name is empty";
-    const DWORD error = FindAccount(text, account);
-    if (error == ERROR_SUCCESS) return {};
-    const std::string reason = NotLookedUpText(error);
-    return text + ": " + (reason.empty() ? SystemMessageLine(error) : reason);
+    return text.empty() ? std::string(name) + ": the name is empty" : FindTypedAccount(text, account);
 }
 
 }  // namespace permora

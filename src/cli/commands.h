@@ -18,6 +18,7 @@ std::unique_ptr<Command> MakeHistory(const CommandParent& parent);
 std::unique_ptr<Command> MakeInherit(const CommandParent& parent);
 std::unique_ptr<Command> MakeOwner(const CommandParent& parent);
 std::unique_ptr<Command> MakeReset(const CommandParent& parent);
+std::unique_ptr<Command> MakeRestore(const CommandParent& parent);
 std::unique_ptr<Command> MakeRevoke(const CommandParent& parent);
 std::unique_ptr<Command> MakeSave(const CommandParent& parent);
 std::unique_ptr<Command> MakeSetup(const CommandParent& parent);
