@@ -18,8 +18,8 @@ struct ShownObject {
 };
 
 // Reads the list with the usual checks, then owner and group, for which these checks are not needed.
-bool ReadObject(const Target& target, SECURITY_INFORMATION parts, ShownObject& object,
-                ConsoleMessages& messages) {
+bool ReadShownObject(const Target& target, SECURITY_INFORMATION parts, ShownObject& object,
+                     ConsoleMessages& messages) {
     HeldObject held;
     if (!FindTarget(target, held, messages) || !ReadList(held, object.security, messages) ||
         !messages.Check({held.ReadSecurity(parts, object.whole)}))
@@ -88,7 +88,7 @@ void ShowListsCommand::PrintTable(const std::string& text) {
 
 bool ShowListsCommand::Do(const Target& target) {
     ShownObject object;
-    if (!ReadObject(target, Parts(), object, messages)) return false;
+    if (!ReadShownObject(target, Parts(), object, messages)) return false;
     const ShowFormat format = Format();
     if (format == ShowFormat::kSddl) return PrintSddl(target.argument, object.whole.descriptor.get());
     if (format == ShowFormat::kJson)
