@@ -26,7 +26,7 @@ StartDesktop() {
     local home=$1 colours=$2
     mkdir -p "$home/config" "$home/run"
     chmod 700 "$home/run"
-    export HOME=$home XDG_CONFIG_HOME=$home/config XDG_RUNTIME_DIR=$home/run QT_QPA_PLATFORM=xcb
+    export HOME=$home XDG_CONFIG_HOME=$home/config XDG_STATE_HOME=$home/config/permora-state XDG_RUNTIME_DIR=$home/run QT_QPA_PLATFORM=xcb
     # No session bus here, and the toolkit would complain of it.
     export QT_LOGGING_RULES="qt.qpa.theme.dbus=false"
     unset WAYLAND_DISPLAY XDG_DATA_HOME XDG_CURRENT_DESKTOP QT_STYLE_OVERRIDE
