@@ -70,8 +70,8 @@ class Change : public ChangeRecorder {
 // and a failed one leaves its outputs untouched.
 class History {
   public:
-    // $XDG_STATE_HOME/permora/history.db; for root /var/lib/permora/history.db; on Windows in the user's
-    // local application data.
+    // $XDG_STATE_HOME/permora/history.db; without that variable for root /var/lib/permora/history.db; on
+    // Windows in the user's local application data (StateFolder).
     static std::string UsualPath();
 
     // Makes the database where there is none. What is there is never overwritten. ERROR_FILE_CORRUPT: it is

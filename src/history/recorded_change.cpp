@@ -42,6 +42,7 @@ bool LeadsDown(std::string_view path) {
 
 struct RecordedChange::Request {
     std::uint64_t top;
+    ChangedTop facts;
     std::span<const DescriptorChange> batch;
     DWORD error = ERROR_SUCCESS;
     bool isDone = false;
@@ -59,7 +60,7 @@ class RecordedChange::Writer {
         return OpenHistoryFile(path, Database::Access::kReadWrite, database);
     }
     // Writes all requests in one transaction.
-    DWORD Write(const std::vector<Request*>& requests, std::span<const ChangedTop> tops);
+    DWORD Write(const std::vector<Request*>& requests);
     DWORD End();
     // Interrupted, although this process is still there.
     DWORD Abandon();
@@ -243,8 +244,7 @@ DWORD RecordedChange::Writer::WriteObject(std::uint64_t top, const DescriptorCha
 }
 
 // After a failure nothing more is written.
-DWORD RecordedChange::Writer::Write(const std::vector<Request*>& requests, std::span<const ChangedTop> tops) {
-    topStates.resize(tops.size());
+DWORD RecordedChange::Writer::Write(const std::vector<Request*>& requests) {
     Transaction transaction(database);
     DWORD error = transaction.Begin();
     // Others may have removed descriptors that nothing refers to.
@@ -254,9 +254,10 @@ DWORD RecordedChange::Writer::Write(const std::vector<Request*>& requests, std::
     others = version;
     if (error == ERROR_SUCCESS && number == 0) error = BeginChange();
     for (const Request* request : requests) {
+        if (request->top >= topStates.size()) topStates.resize(request->top + 1);
         TopState& state = topStates[request->top];
         if (error == ERROR_SUCCESS && !std::exchange(state.isWritten, true))
-            error = WriteTop(request->top, tops[request->top]);
+            error = WriteTop(request->top, request->facts);
         for (const DescriptorChange& change : request->batch)
             if (error == ERROR_SUCCESS) error = WriteObject(request->top, change);
     }
@@ -288,8 +289,10 @@ DWORD RecordedChange::BeginTop(const ChangedTop& top, std::uint64_t& topNumber) 
     // Nobody could find it again.
     if (top.path.empty() && error == ERROR_SUCCESS) error = ERROR_PATH_NOT_FOUND;
     if (error != ERROR_SUCCESS) return error;
-    topNumber = tops.size();
-    tops.push_back(top);
+    const auto [known, isNew] =
+        topNumbers.try_emplace(top.path + '\0' + std::string(top.mark.begin(), top.mark.end()), tops.size());
+    if (isNew) tops.push_back(top);
+    topNumber = known->second;
     return ERROR_SUCCESS;
 }
 
@@ -301,19 +304,13 @@ DWORD RecordedChange::WriteAll(const std::vector<Request*>& requests) {
         result = opened->Open(path);
         if (result == ERROR_SUCCESS) writer = std::move(opened);
     }
-    if (result != ERROR_SUCCESS) return result;
-    std::vector<ChangedTop> known;
-    {
-        const std::lock_guard lock(guard);
-        known = tops;
-    }
-    return writer->Write(requests, known);
+    return result == ERROR_SUCCESS ? writer->Write(requests) : result;
 }
 
 DWORD RecordedChange::Record(std::uint64_t top, std::span<const DescriptorChange> batch) {
-    Request request{top, batch};
     std::unique_lock lock(guard);
     if (top >= tops.size()) return ERROR_INVALID_PARAMETER;
+    Request request{top, tops[top], batch};
     waiting.push_back(&request);
     while (!request.isDone && isWriting)
         written.wait(lock);

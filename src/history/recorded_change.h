@@ -43,6 +43,7 @@ class RecordedChange : public Change {
     mutable std::mutex guard;  // of what follows
     std::condition_variable written;
     std::vector<ChangedTop> tops;
+    std::unordered_map<std::string, std::uint64_t> topNumbers;  // by path and mark
     std::vector<Request*> waiting;
     bool isWriting = false;
     DWORD error = ERROR_SUCCESS;

@@ -57,7 +57,8 @@ class ChangeRecorder {
   public:
     virtual ~ChangeRecorder() = default;
 
-    // Before the first batch of each top. `number` stands for the top in what follows.
+    // Before the first batch of each top. `number` stands for the top in what follows; the same top gets the
+    // same number again.
     virtual DWORD BeginTop(const ChangedTop& top, std::uint64_t& number) = 0;
 
     // 0: the batch is durable and may be written, in this order or any other. Another code: nothing of it may

@@ -92,6 +92,9 @@ TEST_F(HistoryTest, KeepsWhatWasThereInItsOrderAndBackwards) {
     std::uint64_t other = 0;
     ASSERT_EQ(change->BeginTop({"C:\\one", true, {1, 2, 0}}, one), DWORD{ERROR_SUCCESS});
     ASSERT_EQ(change->BeginTop({"C:\\other", false, {}}, other), DWORD{ERROR_SUCCESS});
+    std::uint64_t again = 7;
+    ASSERT_EQ(change->BeginTop({"C:\\one", true, {1, 2, 0}}, again), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(again, one);
     EXPECT_EQ(change->Number(), 0);
     const std::vector<DescriptorChange> batch = {
         ChangeOf("", 1, "a", "b"),          ChangeOf("sub", 2, "a", "b"),
