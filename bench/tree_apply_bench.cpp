@@ -50,7 +50,7 @@ void Reset(const std::string& top, std::size_t objects) {
 void ResetBehindDialog(const std::string& top) {
     const std::string path = permora::PathFromArgument(top.c_str());
     const std::array<permora::RememberedObject, 1> items = {permora::RememberedObject(nullptr, path)};
-    permora::ApplyDlg dialog(nullptr);
+    permora::ApplyDlg dialog(nullptr, permora::Unrecorded());
     dialog.items = items;
     Check(dialog.DoModal() == IDOK, "the dialog failed");
 }

@@ -79,6 +79,7 @@ MountSample() {
 # FillSample PROGRAM: folders and files, and the access lists that make them interesting.
 FillSample() {
     local cli=$1
+    Change() { "$cli" "$@" --no-history; }
     mkdir -p "$sample"/{Projects/Archive,Payroll,Inbox}
     echo "Everybody may read this." >"$sample/Projects/plan.txt"
     echo "Read, but do not change." >"$sample/Projects/Archive/old plan.txt"
@@ -87,22 +88,22 @@ FillSample() {
         # Every folder begins with a list of its own; what is below the three takes it over.
         local folder
         for folder in Projects Payroll Inbox; do
-            "$cli" inherit "$sample/$folder" --remove
-            "$cli" grant "$sample/$folder" --account Administrators --rights "full control"
-            "$cli" revoke "$sample/$folder" --account Everyone
+            Change inherit "$sample/$folder" --remove
+            Change grant "$sample/$folder" --account Administrators --rights "full control"
+            Change revoke "$sample/$folder" --account Everyone
         done
-        "$cli" revoke "$sample"/Projects/{plan.txt,Archive} "$sample/Projects/Archive/old plan.txt" \
+        Change revoke "$sample"/Projects/{plan.txt,Archive} "$sample/Projects/Archive/old plan.txt" \
             "$sample/Payroll/salaries.txt" --account Everyone
-        "$cli" inherit "$sample"/Projects/{plan.txt,Archive} "$sample/Projects/Archive/old plan.txt" \
+        Change inherit "$sample"/Projects/{plan.txt,Archive} "$sample/Projects/Archive/old plan.txt" \
             "$sample/Payroll/salaries.txt" --on
 
-        "$cli" grant "$sample/Projects" --account Users \
+        Change grant "$sample/Projects" --account Users \
             --rights "List folder / Read data,Read attributes,Read extended attributes,Traverse folder / Execute file,Read permissions"
-        "$cli" deny "$sample/Projects/Archive" --account Users \
+        Change deny "$sample/Projects/Archive" --account Users \
             --rights "Create files / Write data,Create folders / Append data,Delete"
         # Whoever drops a file into the inbox keeps control of it and sees nobody else's.
-        "$cli" grant "$sample/Inbox" --account Users --rights "Create files / Write data" --scope "This folder only"
-        "$cli" grant "$sample/Inbox" --account "CREATOR OWNER" --rights "full control" --scope "Files only"
+        Change grant "$sample/Inbox" --account Users --rights "Create files / Write data" --scope "This folder only"
+        Change grant "$sample/Inbox" --account "CREATOR OWNER" --rights "full control" --scope "Files only"
     } >/dev/null
 }
 

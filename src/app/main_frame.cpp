@@ -298,9 +298,9 @@ void CMainFrame::OpenSecurityEditor() {
     Place place;
     if (!view.HoldSelection(place)) return;
     if (place.kind == PlaceKind::kShares)
-        EditShareSecurity(this, place);
+        EditShareSecurity(this, place, changes);
     else
-        EditSecurity(this, place);
+        EditSecurity(this, place, changes);
 }
 
 // For the properties of a row.
@@ -308,7 +308,7 @@ void CMainFrame::EditItemAt(const std::string& path) {
     Place place;
     const Outcome outcome = HoldItemAt(path, place);
     ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone()) EditSecurity(this, place);
+    if (outcome.IsDone()) EditSecurity(this, place, changes);
 }
 
 // The editor works on a name in a held folder, so that nobody can put another folder into the path while it
@@ -355,7 +355,8 @@ void CMainFrame::StartWizard() {
     if (!view.HoldSelection(place)) return;
     RunSecurityWizard(this, place,
                       {.askBeforeSecureDeletion = settings.block.askBeforeSecureDeletion != 0,
-                       .showIntermediateInfo = &settings.block.showIntermediateInfo});
+                       .showIntermediateInfo = &settings.block.showIntermediateInfo},
+                      changes);
     if (view.IsShowing(PlaceKind::kFolder)) view.RefreshList();
     view.RedrawWindow();
 }

@@ -5,11 +5,13 @@
 
 #include "app/history_commands.h"
 #include "app/settings_record.h"
+#include "app/settings_store.h"
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
 #include "framework/bars.h"
 #include "framework/frame_window.h"
 #include "framework/repeated_work.h"
+#include "history/change_session.h"
 #include "platform/place.h"
 #include "properties/properties_service.h"
 
@@ -82,6 +84,7 @@ class CMainFrame : public CFrameWnd {
     AddrBar addressBarWnd;
     BrowserView view;
     ProgramSettings settings;
+    ChangeSession changes{History::UsualPath(), LoadHistoryLimits()};
     RepeatedWork domainTimer;
     HistoryCommands history{*this, [this] { view.RefreshList(); }};
     std::string offlineText;  // in the status bar; empty: the domain answers

@@ -64,6 +64,7 @@ class AssignCommand : public ObjectCommand {
     std::string Interpret() override;
 
   private:
+    std::optional<PlannedChange> Plan() override;
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
@@ -80,6 +81,7 @@ class AssignCommand : public ObjectCommand {
     Choice choice{*this};
     CombinationOption combination{choice};
     RightsOption rights{choice, Presence::kOptional};
+    Recording recording{*this};
 
     // All rights of the account; kFullControlAsOne for full control as a whole, as the wizard ticks it.
     DWORD wanted = 0;
@@ -95,6 +97,11 @@ std::string AssignCommand::Interpret() {
         return "--rights: assign knows single rights only, no generic ones";
     wanted = combination.Mask().value_or(rights.NamesAll() ? kFullControlAsOne : rights.Mask());
     return {};
+}
+
+std::optional<ObjectCommand::PlannedChange> AssignCommand::Plan() {
+    if (options.Mode() == ChangeMode::kDryRun) return std::nullopt;
+    return PlannedChange{ChangeKind::kAssign, recording};
 }
 
 // Makes `assigned`; false after a message. Losses of the object are checked here, so that nothing is changed
@@ -138,7 +145,8 @@ ChangeResult AssignCommand::GiveList(const Target& target, const HeldObject& hel
     if (options.Mode() == ChangeMode::kWrite) {
         dacl = BuildWholeDacl(entries, messages);
         if (!dacl) return ChangeResult::kFailed;
-        const ChangeResult result = WriteDacl(target, held, object, std::nullopt, dacl.get(), messages);
+        const ChangeResult result =
+            WriteDacl(target, held, object, std::nullopt, dacl.get(), recording.Recorder(), messages);
         return result == ChangeResult::kDone ? TellRightsLeft(held) : result;
     }
     const std::string before = StateText(target, "before", object, RemarksOn(object));

@@ -37,6 +37,11 @@ EditResult ChangeCommand::MakeList(EditedList list, UniqueLocal<ACL>& dacl) {
     return dacl ? edited : EditResult::kRefused;
 }
 
+std::optional<ObjectCommand::PlannedChange> ChangeCommand::Plan() {
+    if (options.Mode() == ChangeMode::kDryRun) return std::nullopt;
+    return PlannedChange{IsAboutShares() ? ChangeKind::kShare : ChangeKind::kPermissions, recording};
+}
+
 bool ChangeCommand::Do(const Target& target) {
     said.clear();
     const ChangeMode mode = options.Mode();
@@ -55,8 +60,8 @@ bool ChangeCommand::Do(const Target& target) {
             MakeList({PlaceOf(target, held), object.dacl, object.entries, object.inheritance}, dacl);
         if (edited != EditResult::kChanged) return edited == EditResult::kNothingToDo;
         if (mode == ChangeMode::kWrite) {
-            const ChangeResult result =
-                WriteDacl(target, held, object, object.inheritance, dacl.get(), messages);
+            const ChangeResult result = WriteDacl(target, held, object, object.inheritance, dacl.get(),
+                                                  recording.Recorder(), messages);
             if (result == ChangeResult::kOutOfDate) continue;
             return result == ChangeResult::kDone;
         }
@@ -72,8 +77,8 @@ bool ChangeCommand::Do(const Target& target) {
 
 ChangeResult ChangeCommand::WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl) {
     // A list needs a descriptor to stand in.
-    Outcome outcome = share.hasDescriptor ? Outcome() : GiveShareDescriptor(name);
-    if (outcome.IsDone()) outcome = WriteShareDacl(name, dacl, &share);
+    Outcome outcome = share.hasDescriptor ? Outcome() : GiveShareDescriptor(name, recording.Recorder());
+    if (outcome.IsDone()) outcome = WriteShareDacl(name, dacl, &share, recording.Recorder());
     if (outcome.code == ERROR_REVISION_MISMATCH) return ChangeResult::kOutOfDate;
     if (!messages.Check(outcome)) return ChangeResult::kFailed;
     Print(PrintableText(name) + ": changed\n");

@@ -38,6 +38,7 @@ class ChangeCommand : public ObjectCommand {
     // changed the list and the change is tried again.
     void SayOnce(const std::string& text);
 
+    std::optional<PlannedChange> Plan() final;
     bool Do(const Target& target) final;
     bool DoShare(const std::string& name) final;
 
@@ -46,6 +47,7 @@ class ChangeCommand : public ObjectCommand {
     ChangeResult WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl);
 
     ChangeOptions options{*this};
+    Recording recording{*this};
     std::string said;
 };
 

@@ -74,12 +74,13 @@ UniqueLocal<ACL> BuildWholeDacl(std::span<const AccessEntry> entries, ConsoleMes
 }
 
 ChangeResult WriteDacl(const Target& target, const HeldObject& object, const ObjectSecurity& before,
-                       std::optional<DaclInheritance> inheritance, PACL dacl, ConsoleMessages& messages) {
+                       std::optional<DaclInheritance> inheritance, PACL dacl, ChangeRecorder& recorder,
+                       ConsoleMessages& messages) {
     FailuresBelow below;
     const DWORD error = object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
-                                             before.descriptor.get(), Unrecorded(), below);
+                                             before.descriptor.get(), recorder, below);
     if (error == ERROR_REVISION_MISMATCH) return ChangeResult::kOutOfDate;
-    if (!messages.Check({error})) return ChangeResult::kFailed;
+    if (!messages.Check(OutcomeOfChange(error, recorder))) return ChangeResult::kFailed;
     Print(PrintableText(target.argument) + ": changed\n");
     if (below.count == 0) return ChangeResult::kDone;
     messages.SetSubject(TypedPath(target, below.firstPath));

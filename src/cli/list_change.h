@@ -68,7 +68,8 @@ enum class ChangeResult {
 // `inheritance` the object keeps its own. A failure below the object is reported under the name of what
 // failed; the object itself was changed then.
 ChangeResult WriteDacl(const Target& target, const HeldObject& object, const ObjectSecurity& before,
-                       std::optional<DaclInheritance> inheritance, PACL dacl, ConsoleMessages& messages);
+                       std::optional<DaclInheritance> inheritance, PACL dacl, ChangeRecorder& recorder,
+                       ConsoleMessages& messages);
 
 // The turn of this program on an object that is to be changed. No other program of this user works on it
 // meanwhile. What other programs change in between is not lost: the change is tried anew, a few times.

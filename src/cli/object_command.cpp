@@ -71,15 +71,29 @@ std::vector<Target> ObjectCommand::FindTargets() {
 }
 
 ExitCode ObjectCommand::Run() {
+    const std::optional<PlannedChange> change = Plan();
+    if (!change) return DoAll(nullptr);
+    if (!change->recording.Begin(change->kind, messages)) return ExitCode::kSomeFailed;
+    const ExitCode result = DoAll(&change->recording);
+    change->recording.End(messages);
+    return result;
+}
+
+// `recording` may be null.
+ExitCode ObjectCommand::DoAll(Recording* recording) {
+    const auto mustStop = [recording] {
+        return IsInterrupted() || (recording != nullptr && recording->IsStopped());
+    };
     const std::vector<Target> targets = FindTargets();
     if (const ExitCode code = Begin(targets); code != ExitCode::kDone) return code;
     bool allDone = targets.size() == paths.size();
     for (const Target& target : targets) {
-        if (IsInterrupted()) break;
+        if (mustStop()) break;
         messages.SetSubject(target.argument);
         allDone = Do(target) && allDone;
     }
     for (const std::string& share : shares) {
+        if (mustStop()) break;
         messages.SetSubject(share);
         allDone = DoShare(share) && allDone;
     }

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/command.h"
+#include "cli/recording.h"
 #include "cli/target.h"
 
 namespace permora {
@@ -14,7 +16,7 @@ class ObjectCommand : public Command {
   public:
     std::string Interpret() override;
     // Finds all that the arguments lead to, then works on one object after the other until the user
-    // interrupts it. Arguments that lead nowhere are named and count as failures.
+    // interrupts it or the history stops it. Arguments that lead nowhere are named and count as failures.
     ExitCode Run() final;
 
   protected:
@@ -25,6 +27,12 @@ class ObjectCommand : public Command {
                       "Files, folders or drives; behind -- also names that begin "
                       "with a dash");
 
+    // The change that the command makes with its options; nothing: it writes no lists and no owners.
+    struct PlannedChange {
+        ChangeKind kind;
+        Recording& recording;  // which begins before everything else
+    };
+    virtual std::optional<PlannedChange> Plan() { return std::nullopt; }
     // Makes sure that the object is known again when its turn comes.
     virtual void Hold(Target& target) { RememberTarget(target); }
     // What comes before the first object. Nothing is done after any result but kDone; the reason was printed.
@@ -43,9 +51,11 @@ class ObjectCommand : public Command {
     // As typed.
     const std::vector<std::string>& Paths() const { return paths; }
     std::size_t ObjectCount() const { return paths.size() + shares.size(); }
+    bool IsAboutShares() const { return !shares.empty(); }
 
   private:
     std::vector<Target> FindTargets();
+    ExitCode DoAll(Recording* recording);
 
     std::vector<std::string> paths;
     std::vector<std::string> shares;

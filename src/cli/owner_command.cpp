@@ -25,9 +25,11 @@ class OwnerCommand : public ObjectCommand {
     }
 
   private:
+    std::optional<PlannedChange> Plan() override;
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
+    bool SetOwner(const HeldObject& object);
     bool SetTrees(TreeCounts& counts);
 
     AccountOption newOwner{*this, "--set", R"(The new owner: a name, DOMAIN\name or a SID like S-1-1-0)",
@@ -38,8 +40,14 @@ class OwnerCommand : public ObjectCommand {
               "links), which may be others' files, are passed over"};
     Flag linked{*this, "--linked",
                 "With --tree, give also files with further names to NAME, under all of them"};
+    Recording recording{*this};
     std::vector<Target> folders;
 };
+
+std::optional<ObjectCommand::PlannedChange> OwnerCommand::Plan() {
+    if (!newOwner.IsGiven()) return std::nullopt;
+    return PlannedChange{ChangeKind::kOwner, recording};
+}
 
 ExitCode OwnerCommand::Begin(const std::vector<Target>& /*targets*/) {
     // Without the privilege, the failure is reported for each object.
@@ -48,15 +56,18 @@ ExitCode OwnerCommand::Begin(const std::vector<Target>& /*targets*/) {
     return ExitCode::kDone;
 }
 
+bool OwnerCommand::SetOwner(const HeldObject& object) {
+    const DWORD error = object.WriteOwner(newOwner.Account().RawSid(), recording.Recorder());
+    return messages.Check(OutcomeOfChange(error, recording.Recorder()));
+}
+
 bool OwnerCommand::Do(const Target& target) {
     HeldObject object;
     if (!FindTarget(target, object, messages)) return false;
     if (object.IsFolder()) folders.push_back(target);
-    DWORD error =
-        newOwner.IsGiven() ? object.WriteOwner(newOwner.Account().RawSid(), Unrecorded()) : ERROR_SUCCESS;
+    if (newOwner.IsGiven() && !SetOwner(object)) return false;
     AccountRecord owner;
-    if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, owner);
-    if (!messages.Check({error})) return false;
+    if (!messages.Check({ReadObjectOwner(object, owner)})) return false;
     const std::string name = AccountDisplayName(owner);
     Print(PrintableText(target.argument) + ": " + (name.empty() ? "none" : PrintableText(name)) + '\n');
     return true;
@@ -68,7 +79,7 @@ bool OwnerCommand::SetTrees(TreeCounts& counts) {
     TreeProgress progress(Progress::kShown, PassedOver::kNamed, messages);
     bool allFound = true;
     for (const Target& target : folders) {
-        if (IsInterrupted()) break;
+        if (IsInterrupted() || recording.IsStopped()) break;
         HeldObject folder;
         messages.SetSubject(target.argument);
         if (!FindTarget(target, folder, messages)) {
@@ -76,10 +87,10 @@ bool OwnerCommand::SetTrees(TreeCounts& counts) {
             continue;
         }
         progress.SetTarget(target);
-        progress.EndTarget(folder.SetOwnersBelow(newOwner.Account().RawSid(),
-                                                 linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,
-                                                 Unrecorded(), progress, counts),
-                           counts);
+        const DWORD error = folder.SetOwnersBelow(newOwner.Account().RawSid(),
+                                                  linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,
+                                                  recording.Recorder(), progress, counts);
+        progress.EndTarget(OutcomeOfChange(error, recording.Recorder()), counts);
     }
     return allFound;
 }

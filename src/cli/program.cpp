@@ -47,7 +47,8 @@ the help of a command: permora-cli grant --help
 Exit code:
   0  done
   1  some object failed: each one is named on standard error with its reason (by reset only with --verbose), and all
-     others were done; or reset, owner, undo or shred was interrupted
+     others were done; or reset, owner, undo or shred was interrupted; or the history of changes could not be
+     written: then nothing was changed, or nothing after the object that is named
      (assign gives every object the list that it makes of the first one's: when that fails, nothing was touched)
   2  wrong arguments, an unknown account or change, or no consent to a reset, undo or shred: nothing was touched)";
 

@@ -29,6 +29,7 @@ class ResetCommand : public ObjectCommand {
                         "keeps its list. Links and what is mounted below are not entered") {}
 
   private:
+    std::optional<PlannedChange> Plan() override;
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
@@ -41,11 +42,17 @@ class ResetCommand : public ObjectCommand {
                     "afterwards nobody has access to what is below it"};
     QuietFlag quiet{*this};
     Flag verbose{*this, "--verbose", "Name each object that is passed over, with the reason"};
+    Recording recording{*this};
 
     UniqueLocal<ACL> list;
     std::optional<TreeProgress> progress;
     TreeCounts counts;
 };
+
+std::optional<ObjectCommand::PlannedChange> ResetCommand::Plan() {
+    if (dryRun) return std::nullopt;
+    return PlannedChange{ChangeKind::kReset, recording};
+}
 
 ExitCode ResetCommand::Begin(const std::vector<Target>& targets) {
     const ConsentTexts texts = {
@@ -85,7 +92,8 @@ bool ResetCommand::Do(const Target& target) {
     if (!MayReset(folder)) return false;
     progress->SetTarget(target);
     const TreeListMode mode = dryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite;
-    progress->EndTarget(folder.SetListsBelow(list.get(), mode, Unrecorded(), *progress, counts), counts);
+    const DWORD error = folder.SetListsBelow(list.get(), mode, recording.Recorder(), *progress, counts);
+    progress->EndTarget(OutcomeOfChange(error, recording.Recorder()), counts);
     return true;
 }
 

@@ -30,10 +30,12 @@ void ProgressLine::Clear() {
 TreeProgress::TreeProgress(Progress line, PassedOver passedOver, ConsoleMessages& console)
     : mode(passedOver), messages(console), progress(line) {}
 
-void TreeProgress::EndTarget(DWORD error, TreeCounts& counts) {
-    if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED) return;
+void TreeProgress::EndTarget(const Outcome& outcome, TreeCounts& counts) {
+    if (outcome.IsDone() || outcome.code == ERROR_OPERATION_ABORTED) return;
     ++counts.passedOver;
-    PassOver("", error);
+    progress.Clear();
+    messages.SetSubject(target->argument);
+    messages.Say(outcome);
 }
 
 bool TreeProgress::Begin(const char* name) {
@@ -43,8 +45,7 @@ bool TreeProgress::Begin(const char* name) {
 }
 
 void TreeProgress::PassOver(const std::string& path, DWORD error) {
-    const bool isTarget = path.empty();
-    if (!isTarget && mode == PassedOver::kCounted) return;
+    if (mode == PassedOver::kCounted) return;
     progress.Clear();
     messages.SetSubject(TypedPath(*target, path));
     if (error == kHasFurtherNames) {

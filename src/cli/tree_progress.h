@@ -9,6 +9,7 @@
 #include "cli/messages.h"
 #include "cli/target.h"
 #include "platform/tree_security.h"
+#include "security/outcome.h"
 
 namespace permora {
 
@@ -47,8 +48,8 @@ class TreeProgress : public TreeObserver {
 
     // `next` is borrowed until the next call.
     void SetTarget(const Target& next) { target = &next; }
-    // Ends the work on the target, which gave `error`. A failure counts as one object that was passed over.
-    void EndTarget(DWORD error, TreeCounts& counts);
+    // Ends the work on the target. A failure counts as one object that was passed over.
+    void EndTarget(const Outcome& outcome, TreeCounts& counts);
 
     bool Begin(const char* name) override;
     void PassOver(const std::string& path, DWORD error) override;

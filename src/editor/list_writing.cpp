@@ -25,11 +25,12 @@ bool MayOverwriteList(HWND owner, const std::string& item) {
 }
 
 bool WriteListAsking(CWnd& page, const RememberedPlace& place, std::optional<DaclInheritance> inheritance,
-                     const ListsByKind& lists, PSECURITY_DESCRIPTOR shown) {
+                     const ListsByKind& lists, PSECURITY_DESCRIPTOR shown, ChangeRecorder& recorder) {
     Outcomes outcomes;
     // Where no list is expected, none is out of date.
     for (PSECURITY_DESCRIPTOR expected = shown;; expected = nullptr) {
-        DoLongWork(page, [&] { outcomes = WriteListToItems(place.items, inheritance, lists, expected); });
+        DoLongWork(page,
+                   [&] { outcomes = WriteListToItems(place.items, inheritance, lists, expected, recorder); });
         if (!IsOutOfDate(outcomes)) break;
         if (!MayOverwriteList(page.GetSafeHwnd(), outcomes.front().object)) return false;
     }

@@ -14,7 +14,7 @@ namespace permora {
 // user refused and nothing was written.
 [[nodiscard]] bool WriteListAsking(CWnd& page, const RememberedPlace& place,
                                    std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
-                                   PSECURITY_DESCRIPTOR shown);
+                                   PSECURITY_DESCRIPTOR shown, ChangeRecorder& recorder);
 
 // Asks whether to write a list in the place of one that another program has changed since it was shown.
 bool MayOverwriteList(HWND owner, const std::string& item);

@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "editor/change_making.h"
 #include "editor/required_control.h"
 #include "framework/long_work.h"
 #include "framework/stoppable_work.h"
@@ -20,26 +21,30 @@ namespace {
 
 constexpr int kColumnWidth = 500;
 
-Outcomes ApplyToItems(std::span<const RememberedObject> items, PSID newOwner) {
+Outcomes ApplyToItems(std::span<const RememberedObject> items, PSID newOwner, ChangeRecorder& recorder) {
     Outcomes failures;
     for (const RememberedObject& item : items) {
         HeldObject object;
         Outcome outcome = FindItem(item, object);
-        if (outcome.IsDone()) outcome.code = object.WriteOwner(newOwner, Unrecorded());
+        if (outcome.IsDone()) {
+            outcome = OutcomeOfChange(object.WriteOwner(newOwner, recorder), recorder);
+            outcome.object = item.Path();
+        }
         if (!outcome.IsDone()) failures.push_back(outcome);
+        if (outcome.step == Step::kRecord) break;
     }
     return failures;
 }
 
 // Objects in a tree that cannot be changed are left as they are.
-Outcomes ApplyBelow(std::span<const RememberedObject> items, PSID newOwner) {
+Outcomes ApplyBelow(std::span<const RememberedObject> items, PSID newOwner, ChangeRecorder& recorder) {
     std::atomic<bool> isStopped = false;  // the program ends
     const StoppableWork stoppable([&] { isStopped = true; });
     return WalkFolders(
-        items, [&](const char* /*name*/) { return !isStopped; },
+        items, recorder, [&](const char* /*name*/) { return !isStopped; },
         [&](const HeldObject& folder, TreeObserver& observer) {
             TreeCounts counts;
-            return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, Unrecorded(), observer, counts);
+            return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, recorder, observer, counts);
         });
 }
 
@@ -114,22 +119,27 @@ void CPage3::OnCandidateSelected(Notification& notification) {
 
 bool CPage3::OnApply() {
     const int row = changed ? CandidateList().NextSelected(0) : -1;
-    changed = false;
     // A copy, since Apply reads the candidates anew.
-    if (row >= 0) Apply(AccountRecord(candidates[static_cast<std::size_t>(row)]).RawSid());
+    if (row >= 0 && !Apply(AccountRecord(candidates[static_cast<std::size_t>(row)]).RawSid())) return false;
+    changed = false;
     return CPropertyPage::OnApply();
 }
 
-void CPage3::Apply(PSID newOwner) {
+bool CPage3::Apply(PSID newOwner) {
     const bool isForTrees = TreeBox().IsChecked();
-    Outcomes outcomes;
-    DoLongWork(*this, [&] {
-        outcomes = ApplyToItems(place->items, newOwner);
-        if (isForTrees) std::ranges::move(ApplyBelow(place->items, newOwner), std::back_inserter(outcomes));
-    });
-    ShowOutcomes(GetSafeHwnd(), outcomes);
+    const auto apply = [&](ChangeRecorder& recorder) {
+        Outcomes outcomes;
+        DoLongWork(*this, [&] {
+            outcomes = ApplyToItems(place->items, newOwner, recorder);
+            if (!isForTrees || recorder.Error() != ERROR_SUCCESS) return;
+            std::ranges::move(ApplyBelow(place->items, newOwner, recorder), std::back_inserter(outcomes));
+        });
+        ShowOutcomes(GetSafeHwnd(), outcomes);
+    };
+    if (!MakeChangeAsking(*this, *changes, ChangeKind::kOwner, apply)) return false;
     TreeBox().SetCheck(CheckState::kClear);
     Fill();
+    return true;
 }
 
 CListCtrl& CPage3::CandidateList() const {

@@ -5,6 +5,7 @@
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
+#include "history/change_session.h"
 #include "security/account_news.h"
 #include "security/object_security.h"
 
@@ -16,6 +17,7 @@ class CPage3 : public CPropertyPage {
 
     // Set before the sheet is shown, and borrowed while it runs; one item at least.
     const RememberedPlace* place = nullptr;
+    ChangeSession* changes = nullptr;
 
   protected:
     bool OnInitDialog() override;
@@ -31,7 +33,8 @@ class CPage3 : public CPropertyPage {
     void ShowOwner();
     // Shows names that have become known.
     void RenderNames();
-    void Apply(PSID newOwner);
+    // False: the change was not made as a whole.
+    bool Apply(PSID newOwner);
 
     CListCtrl& CandidateList() const;
     CEdit& OwnerField() const;

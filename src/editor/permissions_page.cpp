@@ -1,6 +1,8 @@
 #include "editor/permissions_page.h"
 
+#include "editor/change_making.h"
 #include "editor/list_writing.h"
+#include "platform/api/errors.h"
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
 #include "security/apply_dialog.h"
@@ -66,17 +68,25 @@ bool CPage1::OnApply() {
     if (!dacl) return false;
     const DaclInheritance inheritance =
         IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
-    if (!WriteListAsking(*this, *place, inheritance, {dacl.get(), dacl.get()}, object.descriptor.get())) {
-        ReadAnew();
-        return false;
-    }
-    if (IsChecked(IDC_REPLACE_CHILD_ENTRIES)) {
-        ApplyDlg dialog(this);
-        dialog.items = place->items;
-        dialog.DoModal();
-        SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
-    }
-    return FinishApply();
+    const bool isForTrees = IsChecked(IDC_REPLACE_CHILD_ENTRIES);
+    bool mayWrite = true;
+    const bool isMade =
+        MakeChangeAsking(*this, *changes, isForTrees ? ChangeKind::kReset : ChangeKind::kPermissions,
+                         [&](ChangeRecorder& recorder) {
+                             mayWrite = WriteListAsking(*this, *place, inheritance, {dacl.get(), dacl.get()},
+                                                        object.descriptor.get(), recorder);
+                             if (mayWrite && isForTrees && recorder.Error() == ERROR_SUCCESS)
+                                 ResetTrees(recorder);
+                         });
+    if (!mayWrite) ReadAnew();
+    return mayWrite && isMade && FinishApply();
+}
+
+void CPage1::ResetTrees(ChangeRecorder& recorder) {
+    ApplyDlg dialog(this, recorder);
+    dialog.items = place->items;
+    dialog.DoModal();
+    SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
 }
 
 }  // namespace permora

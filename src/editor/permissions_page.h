@@ -2,6 +2,7 @@
 #pragma once
 
 #include "editor/access_list_page.h"
+#include "history/change_session.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -12,6 +13,7 @@ class CPage1 : public AccessListPage {
 
     // Set before the sheet is shown, and borrowed while it runs; one item at least.
     const RememberedPlace* place = nullptr;
+    ChangeSession* changes = nullptr;
 
   protected:
     bool ReadItem() override;
@@ -22,6 +24,7 @@ class CPage1 : public AccessListPage {
   private:
     void OnInheritanceClicked();
     void ShowInheritance();
+    void ResetTrees(ChangeRecorder& recorder);
 
     ObjectSecurity object;  // as last read, with the edits since
 };

@@ -10,10 +10,12 @@ namespace {
 
 class CPSheet : public CPropertySheet {
   public:
-    CPSheet(CWnd* owner, const Place& place) : remembered(RememberPlace(place)) {
+    CPSheet(CWnd* owner, const Place& place, ChangeSession& changes) : remembered(RememberPlace(place)) {
         Construct("Security Editor - " + place.names.front(), owner);
         permissionsPage.place = &remembered;
+        permissionsPage.changes = &changes;
         ownerPage.place = &remembered;
+        ownerPage.changes = &changes;
         effectivePage.place = &remembered;
         AddPage(permissionsPage);
         AddPage(ownerPage);
@@ -36,8 +38,8 @@ class CPSheet : public CPropertySheet {
 
 }  // namespace
 
-void EditSecurity(CWnd* owner, const Place& place) {
-    CPSheet(owner, place).DoModal();
+void EditSecurity(CWnd* owner, const Place& place, ChangeSession& changes) {
+    CPSheet(owner, place, changes).DoModal();
 }
 
 }  // namespace permora

@@ -8,7 +8,8 @@
 #include "security/message_boxes.h"
 
 namespace permora {
-ApplyDlg::ApplyDlg(CWnd* ownerWindow) : CDialog(IDD_APPLY_TO_TREE, ownerWindow) {}
+ApplyDlg::ApplyDlg(CWnd* ownerWindow, ChangeRecorder& changeRecorder)
+    : CDialog(IDD_APPLY_TO_TREE, ownerWindow), recorder(changeRecorder) {}
 
 bool ApplyDlg::OnInitDialog() {
     CDialog::OnInitDialog();
@@ -44,9 +45,10 @@ void ApplyDlg::Apply(HWND window, CStatic& status) {
             return !isStopped;
         };
         ShowOutcomes(
-            window, WalkFolders(items, showName, [&](const HeldObject& folder, TreeObserver& observer) {
+            window,
+            WalkFolders(items, recorder, showName, [&](const HeldObject& folder, TreeObserver& observer) {
                 TreeCounts counts;
-                return folder.SetListsBelow(list.get(), TreeListMode::kWrite, Unrecorded(), observer, counts);
+                return folder.SetListsBelow(list.get(), TreeListMode::kWrite, recorder, observer, counts);
             }));
     }
     EndDialog(list ? IDOK : kCannotStart);

@@ -16,7 +16,8 @@ class ApplyDlg : public CDialog {
     // reason has been shown in an error box.
     static constexpr int kCannotStart = 3;
 
-    explicit ApplyDlg(CWnd* ownerWindow);
+    // `changeRecorder` must outlive the dialog.
+    ApplyDlg(CWnd* ownerWindow, ChangeRecorder& changeRecorder);
 
     // The selected items, borrowed until DoModal returns; only folders are walked.
     std::span<const RememberedObject> items;
@@ -31,6 +32,7 @@ class ApplyDlg : public CDialog {
     void OnDestroy() override;
     void Apply(HWND window, CStatic& status);  // on the worker thread
 
+    ChangeRecorder& recorder;
     std::atomic<bool> isStopped = false;  // the program ends
     WorkerThread worker;
 };

@@ -42,7 +42,7 @@ class WalkObserver : public TreeObserver {
 
 }  // namespace
 
-Outcomes WalkFolders(std::span<const RememberedObject> items,
+Outcomes WalkFolders(std::span<const RememberedObject> items, const ChangeRecorder& recorder,
                      const std::function<bool(const char* name)>& begin,
                      const std::function<DWORD(const HeldObject& folder, TreeObserver& observer)>& change) {
     Outcomes outcomes;
@@ -53,10 +53,14 @@ Outcomes WalkFolders(std::span<const RememberedObject> items,
         const DWORD error = item.Find(folder);
         if (error == ERROR_FILE_INVALID) outcomes.push_back({error, Step::kFindFolderAgain, item.Path()});
         if (error != ERROR_SUCCESS || !folder.IsFolder()) continue;
-        if (const DWORD turnError = folder.TakeTurn(); turnError != ERROR_SUCCESS)
+        if (const DWORD turnError = folder.TakeTurn(); turnError != ERROR_SUCCESS) {
             outcomes.push_back({turnError, Step::kNone, item.Path()});
-        else if (change(folder, observer) == ERROR_OPERATION_ABORTED)
-            break;
+            continue;
+        }
+        Outcome outcome = OutcomeOfChange(change(folder, observer), recorder);
+        outcome.object = item.Path();
+        if (outcome.step == Step::kRecord) outcomes.push_back(outcome);
+        if (outcome.step == Step::kRecord || outcome.code == ERROR_OPERATION_ABORTED) break;
     }
     observer.AppendTo(outcomes);
     return outcomes;

@@ -14,9 +14,9 @@ namespace permora {
 // that are no folders or cannot be found are skipped, and so are objects below that cannot be changed.
 //
 // The outcomes are the folders that were not walked, since their names lead to other objects now or their
-// turn did not come, then the objects that the walks passed over: volumes mounted below, and files with
-// further names.
-Outcomes WalkFolders(std::span<const RememberedObject> items,
+// turn did not come, and the one at which the recorder has stopped the change (Step::kRecord), then the
+// objects that the walks passed over: volumes mounted below, and files with further names.
+Outcomes WalkFolders(std::span<const RememberedObject> items, const ChangeRecorder& recorder,
                      const std::function<bool(const char* name)>& begin,
                      const std::function<DWORD(const HeldObject& folder, TreeObserver& observer)>& change);
 

@@ -70,7 +70,7 @@ std::string ChildPath(const std::string& item, const std::string& below) {
 }
 
 Outcomes WriteListToItems(std::span<const RememberedObject> items, std::optional<DaclInheritance> inheritance,
-                          const ListsByKind& lists, PSECURITY_DESCRIPTOR shown) {
+                          const ListsByKind& lists, PSECURITY_DESCRIPTOR shown, ChangeRecorder& recorder) {
     Outcomes failures;
     PSECURITY_DESCRIPTOR expected = shown;
     for (const RememberedObject& item : items) {
@@ -79,11 +79,13 @@ Outcomes WriteListToItems(std::span<const RememberedObject> items, std::optional
         Outcome outcome = FindItem(item, object);
         if (outcome.IsDone()) {
             PACL dacl = object.IsFolder() ? lists.forFolders : lists.forFiles;
-            outcome.code = object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl}, expected,
-                                                Unrecorded(), below);
+            outcome = OutcomeOfChange(object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
+                                                           expected, recorder, below),
+                                      recorder);
+            outcome.object = item.Path();
         }
         if (!outcome.IsDone()) failures.push_back(outcome);
-        if (outcome.code == ERROR_REVISION_MISMATCH) break;
+        if (outcome.code == ERROR_REVISION_MISMATCH || outcome.step == Step::kRecord) break;
         if (below.count > 0) {
             failures.push_back({below.firstError, Step::kCarryDown, ChildPath(item.Path(), below.firstPath),
                                 item.Path(), below.count - 1});

@@ -58,11 +58,12 @@ struct ListsByKind {
     PACL forFiles;
 };
 
-// Writes a list to every item, also after a failure. Without a choice of `inheritance`, each item keeps its
-// own. `shown`, which may be null, is the descriptor of the first item as it was read. When that item has
-// another list now, nothing is written and the one outcome is ERROR_REVISION_MISMATCH. Step::kCarryDown: the
-// item was written, but not everything below it that inherits.
+// Writes a list to every item, also after a failure unless it is Step::kRecord. Without a choice of
+// `inheritance`, each item keeps its own. `shown`, which may be null, is the descriptor of the first item as
+// it was read. When that item has another list now, nothing is written and the one outcome is
+// ERROR_REVISION_MISMATCH. Step::kCarryDown: the item was written, but not everything below it that inherits.
+// Step::kRecord: the later items are as they were.
 Outcomes WriteListToItems(std::span<const RememberedObject> items, std::optional<DaclInheritance> inheritance,
-                          const ListsByKind& lists, PSECURITY_DESCRIPTOR shown);
+                          const ListsByKind& lists, PSECURITY_DESCRIPTOR shown, ChangeRecorder& recorder);
 
 }  // namespace permora

@@ -23,7 +23,7 @@ struct StepTexts {
 };
 
 // clang-format off
-constexpr std::array<StepTexts, 35> kTexts = {{
+constexpr std::array<StepTexts, 37> kTexts = {{
     {Step::kNone,              "{system}"},
 
     {Step::kFindAgain,         "\"{object}\" is left alone: another object has this name since it was shown here.",
@@ -33,6 +33,10 @@ constexpr std::array<StepTexts, 35> kTexts = {{
     {Step::kUseAccessControl,  "Access control is not supported by the file system", {}, {}, Kind::kInformation},
     {Step::kCarryDown,         "{reason}\n\nThis is about \"{object}\"{more}. \"{place}\" itself was changed.",
                                {}, " and {count} more below \"{place}\""},
+    {Step::kRecord,            "The change was stopped at \"{object}\", because the history of changes cannot be written: {system}\n"
+                               "What was changed before can be undone.",
+                               "the change was stopped here, because the history of changes cannot be written: {reason} "
+                               "What was changed before can be undone"},
     {Step::kPassOverMounted,   "Something is mounted on \"{object}\"{more}. What is mounted is a volume of its own and was left as it is.",
                                {}, " and on {count} more of the folders", Kind::kInformation},
     {Step::kPassOverLinked,    "\"{object}\" has further names (hard links){more}. Under these it may be in another's folder, so it was left as it is.",
@@ -45,6 +49,8 @@ constexpr std::array<StepTexts, 35> kTexts = {{
     {Step::kMakeAbsolute,      "Error: cannot convert security descriptor to absolute format"},
     {Step::kAssignDescriptor,  "Cannot assign new security descriptor: {system}"},
     {Step::kShareFolder,       "Error: cannot share the folder: {system}"},
+
+    {Step::kEndChange,         "Error: the history of changes cannot be brought up to date: {system}"},
 
     {Step::kOpenPolicy,        "Error: cannot open local security policy"},
     {Step::kEnumerateUsers,    "Error: cannot enumerate users"},
@@ -105,6 +111,11 @@ std::string Fill(std::string_view text, const Outcome& outcome, const std::strin
 }
 
 }  // namespace
+
+Outcome OutcomeOfChange(DWORD code, const ChangeRecorder& recorder) {
+    const bool isStopped = code != ERROR_SUCCESS && recorder.Error() != ERROR_SUCCESS;
+    return {code, isStopped ? Step::kRecord : Step::kNone};
+}
 
 std::string BoxText(const Outcome& outcome) {
     const std::string_view text = TextsOf(outcome.step).box;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/api/errors.h"
+#include "platform/change_recorder.h"
 
 namespace permora {
 
@@ -18,6 +19,7 @@ enum class Step {
     kFindFolderAgain,   // the same for a folder whose contents were to be changed
     kUseAccessControl,  // the volume has none
     kCarryDown,         // the object was changed, something below it was not
+    kRecord,            // it could not be recorded, so the change was stopped there
     kPassOverMounted,   // not a failure: another volume is mounted below the object
     kPassOverLinked,    // not a failure: a file has further names (hard links)
 
@@ -29,6 +31,9 @@ enum class Step {
     kMakeAbsolute,
     kAssignDescriptor,  // to a share that has none
     kShareFolder,
+
+    // The history of changes.
+    kEndChange,  // noting its end, or removing what is too old
 
     // Owners.
     kOpenPolicy,
@@ -70,6 +75,9 @@ struct [[nodiscard]] Outcome {
 
 // The failures of work on several objects, in their order. Empty: all was done.
 using Outcomes = std::vector<Outcome>;
+
+// The result of a call that changes descriptors. Step::kRecord when `recorder` has stopped the change.
+Outcome OutcomeOfChange(DWORD code, const ChangeRecorder& recorder);
 
 // The text of a message box. Empty where the system has no text for the code: no box is shown then.
 std::string BoxText(const Outcome& outcome);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "editor/change_making.h"
 #include "editor/list_writing.h"
 #include "framework/long_work.h"
 #include "platform/api/errors.h"
@@ -21,7 +22,8 @@ bool CSharePage1::ReadItem() {
     return true;
 }
 
-// A share without a descriptor is given one with a null list at once.
+// A share without a descriptor is given one with a null list at once. This is no change to be undone:
+// everyone may do everything as before, and nobody has asked for it.
 bool CSharePage1::ReadShare() {
     const std::string& name = names.front();
     share = {};
@@ -31,7 +33,7 @@ bool CSharePage1::ReadShare() {
         ShowInfoBox(GetSafeHwnd(), "There is no security descriptor associated with object.");
         ShareTurn turn;
         outcome = {turn.Take(name)};
-        if (outcome.IsDone()) outcome = GiveShareDescriptor(name);
+        if (outcome.IsDone()) outcome = GiveShareDescriptor(name, Unrecorded());
         if (outcome.IsDone()) outcome = LoadShareDacl(name, read);
     }
     ShowOutcome(GetSafeHwnd(), outcome);
@@ -51,19 +53,26 @@ bool CSharePage1::OnApply() {
     const UniqueLocal<ACL> dacl = MakeList();
     if (!dacl) return false;
     Outcome outcome;
+    const bool isMade = MakeChangeAsking(*this, *changes, ChangeKind::kShare, [&](ChangeRecorder& recorder) {
+        outcome = WriteAsking(dacl.get(), recorder);
+    });
+    if (outcome.code == ERROR_REVISION_MISMATCH)
+        ReadAnew();
+    else
+        ShowOutcome(GetSafeHwnd(), outcome);
+    return isMade && outcome.IsDone() && FinishApply();
+}
+
+// ERROR_REVISION_MISMATCH: the user does not want to overwrite the list of another program.
+Outcome CSharePage1::WriteAsking(PACL dacl, ChangeRecorder& recorder) {
+    Outcome outcome;
     const auto write = [&](ShareSecurity* shown) {
-        DoLongWork(*this, [&] { outcome = WriteListToShares(names, dacl.get(), shown); });
+        DoLongWork(*this, [&] { outcome = WriteListToShares(names, dacl, shown, recorder); });
     };
     write(&share);
-    if (outcome.code == ERROR_REVISION_MISMATCH) {
-        if (!MayOverwriteList(GetSafeHwnd(), names.front())) {
-            ReadAnew();
-            return false;
-        }
+    if (outcome.code == ERROR_REVISION_MISMATCH && MayOverwriteList(GetSafeHwnd(), names.front()))
         write(nullptr);
-    }
-    ShowOutcome(GetSafeHwnd(), outcome);
-    return outcome.IsDone() && FinishApply();
+    return outcome;
 }
 
 }  // namespace permora

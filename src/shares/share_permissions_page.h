@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "editor/access_list_page.h"
+#include "history/change_session.h"
 #include "shares/share_security.h"
 
 namespace permora {
@@ -16,6 +17,7 @@ class CSharePage1 : public AccessListPage {
 
     // Set before the sheet is shown: the shares, one at least.
     std::vector<std::string> names;
+    ChangeSession* changes = nullptr;  // borrowed while the sheet runs
 
   protected:
     bool ReadItem() override;
@@ -24,6 +26,7 @@ class CSharePage1 : public AccessListPage {
 
   private:
     bool ReadShare();
+    Outcome WriteAsking(PACL dacl, ChangeRecorder& recorder);
 
     ShareSecurity share;
 };

@@ -58,6 +58,25 @@ std::optional<nt::SecurityDescriptor> DescriptorIn(const StoredSecurity& securit
     return nt::SecurityDescriptor::FromBytes(security.bytes);
 }
 
+// Records that the share gets a descriptor with this list, which may be null.
+Outcome RecordList(const SHARE_INFO_502& share, PACL dacl, ChangeRecorder& recorder) {
+    DescriptorChange change;
+    if (const DWORD error = StoredOf(share, change.before); error != ERROR_SUCCESS) return {error};
+    std::optional<nt::SecurityDescriptor> after = DescriptorIn(change.before);
+    std::optional<nt::Acl> list = AclOf(dacl);
+    if (!after || (dacl != nullptr && !list)) return {ERROR_INVALID_ACL};
+    after->daclState = list ? nt::DaclState::kList : nt::DaclState::kNull;
+    after->dacl = std::move(list).value_or(nt::Acl());
+    change.after.form = SecurityForm::kShare;
+    if (!after->AppendTo(change.after.bytes)) return {ERROR_INVALID_ACL};
+    ChangedTop top;
+    top.path = WideToAnsi(share.shi502_netname);
+    std::uint64_t number = 0;
+    DWORD error = recorder.BeginTop(top, number);
+    if (error == ERROR_SUCCESS) error = recorder.Record(number, {&change, 1});
+    return OutcomeOfChange(error, recorder);
+}
+
 bool IsSameList(PACL one, PACL other) {
     if (one == nullptr || other == nullptr) return one == other;
     return one->AclSize == other->AclSize && std::memcmp(one, other, one->AclSize) == 0;
@@ -80,7 +99,7 @@ Outcome LoadShareDacl(const std::string& name, ShareSecurity& share) {
     return {};
 }
 
-Outcome GiveShareDescriptor(const std::string& name) {
+Outcome GiveShareDescriptor(const std::string& name, ChangeRecorder& recorder) {
     ShareSecurity share;
     if (Outcome outcome = LoadShareDacl(name, share); !outcome.IsDone() || share.hasDescriptor)
         return outcome;
@@ -88,10 +107,12 @@ Outcome GiveShareDescriptor(const std::string& name) {
     if (InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) == FALSE ||
         SetSecurityDescriptorDacl(&descriptor, TRUE, nullptr, FALSE) == FALSE)
         return {GetLastError()};
+    if (Outcome outcome = RecordList(*share.record, nullptr, recorder); !outcome.IsDone()) return outcome;
     return {SetDescriptor(name, *share.record, &descriptor), Step::kAssignDescriptor};
 }
 
-Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* shown) {
+Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* shown,
+                       ChangeRecorder& recorder) {
     ShareSecurity share;
     if (Outcome outcome = LoadShareDacl(name, share); !outcome.IsDone()) return outcome;
     if (shown != nullptr && !IsSameList(shown->dacl, share.dacl)) return {ERROR_REVISION_MISMATCH};
@@ -100,6 +121,7 @@ Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* 
     if (!MakeAbsoluteDescriptor(share.record->shi502_security_descriptor, absolute, heap))
         return {ERROR_INVALID_SECURITY_DESCR, Step::kMakeAbsolute};
     if (SetSecurityDescriptorDacl(absolute, TRUE, dacl, FALSE) == FALSE) return {GetLastError()};
+    if (Outcome outcome = RecordList(*share.record, dacl, recorder); !outcome.IsDone()) return outcome;
     return {SetDescriptor(name, *share.record, absolute)};
 }
 
@@ -134,12 +156,14 @@ bool HaveSameList(const StoredSecurity& one, const StoredSecurity& other) {
     return isList == isSecondList && (!isList || first->dacl == second->dacl);
 }
 
-Outcome WriteListToShares(std::span<const std::string> names, PACL dacl, ShareSecurity* shown) {
+Outcome WriteListToShares(std::span<const std::string> names, PACL dacl, ShareSecurity* shown,
+                          ChangeRecorder& recorder) {
     for (const std::string& name : names) {
         const bool isFirst = &name == names.data();
         ShareTurn turn;
         Outcome outcome{turn.Take(name)};
-        if (outcome.IsDone()) outcome = WriteShareDacl(name, dacl, isFirst ? shown : nullptr);
+        if (outcome.IsDone()) outcome = WriteShareDacl(name, dacl, isFirst ? shown : nullptr, recorder);
+        if (outcome.step == Step::kRecord) outcome.object = name;
         if (!outcome.IsDone()) return outcome;
         ShareSecurity written;
         if (!isFirst || shown == nullptr || !LoadShareDacl(name, written).IsDone()) continue;

@@ -30,10 +30,20 @@ Outcome LoadShareDacl(const std::string& name, ShareSecurity& share);
 
 // Gives a share without a descriptor one with a null list, which lets everyone do everything as before. A
 // share that has one by now keeps it.
-Outcome GiveShareDescriptor(const std::string& name);
+Outcome GiveShareDescriptor(const std::string& name, ChangeRecorder& recorder);
 // Puts `dacl` into the share's descriptor. `shown`, which may be null, is the share as it was read:
 // ERROR_REVISION_MISMATCH, and nothing is written, when another program has changed the list since.
-Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* shown);
+Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* shown,
+                       ChangeRecorder& recorder);
+
+// The descriptor of a share as its record holds it, for the history: SecurityForm::kShare with the
+// self-relative bytes, or kNone. A system error code; on failure `security` is untouched.
+DWORD ReadStoredShare(const std::string& name, StoredSecurity& security);
+// Writes such a descriptor back, or takes it away. ERROR_REVISION_MISMATCH, and nothing is written, when the
+// share has another one than `expected` by now. The caller has the turn on the share.
+DWORD WriteStoredShare(const std::string& name, const StoredSecurity& expected, const StoredSecurity& wanted);
+// Whether both let in the same accounts. A server may keep less of a descriptor than was written.
+bool HaveSameList(const StoredSecurity& one, const StoredSecurity& other);
 
 // The descriptor of a share as its record holds it, for the history: SecurityForm::kShare with the
 // self-relative bytes, or kNone. A system error code; on failure `security` is untouched.
@@ -49,6 +59,7 @@ bool HaveSameList(const StoredSecurity& one, const StoredSecurity& other);
 // each. `shown`, which may be null, is the first share as WriteShareDacl takes it. Stops at the first
 // failure: the shares before it have the new list, the others are unchanged. Once the first is written,
 // `shown` has its new record.
-Outcome WriteListToShares(std::span<const std::string> names, PACL dacl, ShareSecurity* shown);
+Outcome WriteListToShares(std::span<const std::string> names, PACL dacl, ShareSecurity* shown,
+                          ChangeRecorder& recorder);
 
 }  // namespace permora

@@ -8,9 +8,10 @@ namespace {
 
 class CShareSheet : public CPropertySheet {
   public:
-    CShareSheet(CWnd* owner, const Place& shares) {
+    CShareSheet(CWnd* owner, const Place& shares, ChangeSession& changes) {
         Construct("Security Editor - " + shares.names.front(), owner);
         permissionsPage.names = shares.names;
+        permissionsPage.changes = &changes;
         AddPage(permissionsPage);
     }
 
@@ -27,8 +28,8 @@ class CShareSheet : public CPropertySheet {
 
 }  // namespace
 
-void EditShareSecurity(CWnd* owner, const Place& shares) {
-    CShareSheet(owner, shares).DoModal();
+void EditShareSecurity(CWnd* owner, const Place& shares, ChangeSession& changes) {
+    CShareSheet(owner, shares, changes).DoModal();
 }
 
 }  // namespace permora

@@ -1,6 +1,7 @@
 #include "wizard/permissions_page.h"
 
 #include "editor/account_picker.h"
+#include "editor/change_making.h"
 #include "editor/list_writing.h"
 #include "editor/multi_selection_notice.h"
 #include "editor/required_control.h"
@@ -226,12 +227,13 @@ bool CWizardPage3::OnWizardFinish() {
     const UniqueLocal<ACL> forFolders = build(ItemKind::kFolder);
     const UniqueLocal<ACL> forFiles = forFolders ? build(ItemKind::kFile) : nullptr;
     if (!forFiles) return false;
-    if (!WriteListAsking(*this, *place, std::nullopt, {forFolders.get(), forFiles.get()},
-                         shown.descriptor.get())) {
-        ShowItem();
-        return false;
-    }
-    return CPropertyPage::OnWizardFinish();
+    bool mayWrite = true;
+    const bool isMade = MakeChangeAsking(*this, *changes, ChangeKind::kAssign, [&](ChangeRecorder& recorder) {
+        mayWrite = WriteListAsking(*this, *place, std::nullopt, {forFolders.get(), forFiles.get()},
+                                   shown.descriptor.get(), recorder);
+    });
+    if (!mayWrite) ShowItem();
+    return mayWrite && isMade && CPropertyPage::OnWizardFinish();
 }
 
 CListCtrl& CWizardPage3::List(unsigned int id) const {

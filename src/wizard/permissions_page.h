@@ -8,6 +8,7 @@
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
+#include "history/change_session.h"
 #include "platform/resources.h"
 #include "security/account_news.h"
 #include "wizard/account_rights.h"
@@ -21,6 +22,7 @@ class CWizardPage3 : public CPropertyPage {
 
     // Set before the sheet is shown; all is borrowed while it runs.
     const RememberedPlace* place = nullptr;  // one item at least
+    ChangeSession* changes = nullptr;
     // The setting that shows the notice before several items, which the notice may clear; null: no notice.
     std::uint8_t* showIntermediateInfo = nullptr;
 
@@ -29,7 +31,8 @@ class CWizardPage3 : public CPropertyPage {
     void OnDestroy() override;
     bool OnSetActive() override;
     // Writes the list to every item. On false, nothing was written: there is no list, or another program
-    // changed the first item's and the user did not overwrite it.
+    // changed the first item's and the user did not overwrite it. Or the change was not made as a whole, for
+    // want of a history.
     bool OnWizardFinish() override;
     const MessageMap& GetMessageMap() const override;
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "framework/window.h"
+#include "history/change_session.h"
 #include "platform/place.h"
 
 namespace permora {
@@ -16,6 +17,8 @@ struct WizardSettings {
 
 // Shows the wizard until it is closed: one task for all items, rights for accounts or deletion for good. The
 // items are in one folder, or are drives; there is at least one. They are held until the wizard has closed.
-void RunSecurityWizard(CWnd* owner, const Place& place, const WizardSettings& settings);
+// Rights that it assigns are one of `changes`.
+void RunSecurityWizard(CWnd* owner, const Place& place, const WizardSettings& settings,
+                       ChangeSession& changes);
 
 }  // namespace permora

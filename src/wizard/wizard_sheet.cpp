@@ -7,12 +7,13 @@ constexpr const char* kWizardTitle = "Security Wizard";
 
 }  // namespace
 
-CWizard::CWizard(CWnd* owner, const Place& place, const WizardSettings& settings)
+CWizard::CWizard(CWnd* owner, const Place& place, const WizardSettings& settings, ChangeSession& changes)
     : remembered(RememberPlace(place)), taskPage(deletionPage, permissionsPage) {
     Construct(kWizardTitle, owner);
     deletionPage.place = &remembered;
     deletionPage.askBeforeSecureDeletion = settings.askBeforeSecureDeletion;
     permissionsPage.place = &remembered;
+    permissionsPage.changes = &changes;
     permissionsPage.showIntermediateInfo = settings.showIntermediateInfo;
     AddPage(taskPage);
     AddPage(permissionsPage);
@@ -25,8 +26,9 @@ bool CWizard::OnInitDialog() {
     return result;
 }
 
-void RunSecurityWizard(CWnd* owner, const Place& place, const WizardSettings& settings) {
-    CWizard(owner, place, settings).DoModal();
+void RunSecurityWizard(CWnd* owner, const Place& place, const WizardSettings& settings,
+                       ChangeSession& changes) {
+    CWizard(owner, place, settings, changes).DoModal();
 }
 
 }  // namespace permora

@@ -13,7 +13,7 @@ namespace permora {
 class CWizard : public CPropertySheet {
   public:
     // As RunSecurityWizard takes them. For one DoModal.
-    CWizard(CWnd* owner, const Place& place, const WizardSettings& settings);
+    CWizard(CWnd* owner, const Place& place, const WizardSettings& settings, ChangeSession& changes);
 
   protected:
     bool OnInitDialog() override;

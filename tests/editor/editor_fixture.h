@@ -44,10 +44,11 @@ class EditorTest : public ::testing::Test {
             if (window.ActiveTab() != tab) window.SwitchToTab(tab);
             script(window);
         });
-        EditSecurity(nullptr, place);
+        EditSecurity(nullptr, place, changes);
     }
 
     const test::TemporaryFolder folder;
+    ChangeSession changes{History::UsualPath(), {}};
     UiDriver ui;
 };
 

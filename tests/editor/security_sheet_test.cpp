@@ -7,6 +7,8 @@
 #include <sys/xattr.h>
 
 #include <filesystem>
+#include <fstream>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -99,6 +101,69 @@ TEST_F(SecuritySheet, AddsAnEntryToEveryItemAndResetsWhatIsBelow) {
     for (const char* name : {"docs", "data"})
         EXPECT_EQ(DaclText(folder.Path(name)), expected) << name;
     EXPECT_EQ(DaclText(folder.Path("docs/report")), "D:AI(A;OIIOID;0x100080;;;WD)(A;OICIID;FA;;;BA)");
+}
+
+// The changes of the history, the newest first: kind, tops and objects of each.
+std::string RecordedChanges() {
+    std::unique_ptr<History> history;
+    std::vector<ChangeFacts> changes;
+    EXPECT_EQ(History::OpenToRead(History::UsualPath(), history), 0U);
+    if (history) EXPECT_EQ(history->List(changes), 0U);
+    std::string text;
+    for (const ChangeFacts& change : changes)
+        text += std::to_string(static_cast<int>(change.kind)) + ' ' + std::to_string(change.tops) + ' ' +
+                std::to_string(change.objects) + '\n';
+    return text;
+}
+
+TEST_F(SecuritySheet, AnApplyIsOneChangeOfTheHistory) {
+    std::filesystem::remove(History::UsualPath());
+    const auto removeFirst = [](WindowDriver& window) {
+        window.SelectRow(IDC_ACCESS_LIST, 0);
+        window.Click(IDC_REMOVE_ENTRY);
+    };
+    Edit({"docs", "notes"}, [&](WindowDriver& window) {
+        removeFirst(window);
+        window.Click(SheetButton::kApply);
+        EXPECT_EQ(RecordedChanges(), "1 2 2\n");
+        removeFirst(window);
+        window.Click(IDC_REPLACE_CHILD_ENTRIES);
+        ui.ExpectDialog(IDD_APPLY_TO_TREE);
+        window.Click(SheetButton::kApply);
+        window.SwitchToTab("Owner");
+        window.Click(IDC_REPLACE_CHILD_OWNERS);
+        window.SelectRow(IDC_OWNER_CANDIDATES, 0);
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(RecordedChanges(), "2 2 3\n3 2 4\n1 2 2\n");
+}
+
+TEST_F(SecuritySheet, WithoutAHistoryTheUserIsAskedBeforeAnythingIsChanged) {
+    std::filesystem::remove(History::UsualPath());
+    std::filesystem::create_directories(std::filesystem::path(History::UsualPath()).parent_path());
+    std::ofstream(History::UsualPath()) << "no database";
+    const auto expectQuestion = [this](int answer) {
+        ui.ExpectMessageBox(HasSubstr("The history of changes cannot be written."), "No history",
+                            MB_YESNO | MB_ICONQUESTION, answer);
+    };
+    const std::string before = DaclText(folder.Path("notes"));
+    Edit({"notes"}, [&](WindowDriver& window) {
+        window.SelectRow(IDC_ACCESS_LIST, 0);
+        window.Click(IDC_REMOVE_ENTRY);
+        expectQuestion(IDNO);
+        window.Click(SheetButton::kOk);
+        EXPECT_TRUE(window.IsOpen());
+        EXPECT_EQ(DaclText(folder.Path("notes")), before);
+        window.SwitchToTab("Owner");
+        window.SelectRow(IDC_OWNER_CANDIDATES, 1);
+        expectQuestion(IDNO);
+        expectQuestion(IDYES);
+        window.Click(SheetButton::kApply);
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(DaclText(folder.Path("notes")), "D:PAI");
+    EXPECT_EQ(test::ReadWholeFile(History::UsualPath()), "no database");
+    std::filesystem::remove(History::UsualPath());
 }
 
 TEST_F(SecuritySheet, AnItemThatFailsIsToldAndTheOthersAreWritten) {

@@ -84,7 +84,7 @@ class ApplyDialog : public ::testing::Test {
 
     static int Run(std::vector<std::string> names) {
         const RememberedPlace place = RememberPlace(test::InCurrentFolder(std::move(names)));
-        ApplyDlg dialog(nullptr);
+        ApplyDlg dialog(nullptr, Unrecorded());
         dialog.items = place.items;
         return dialog.DoModal();
     }

@@ -67,13 +67,14 @@ class ObjectSecurityTest : public ::testing::Test {
         return ReadObjectDacl(Held(name.starts_with('/') ? name : folder.Path(name)), object);
     }
 
-    Outcomes Write(const RememberedPlace& place, const char* sddl, PSECURITY_DESCRIPTOR shown) const {
+    Outcomes Write(const RememberedPlace& place, const char* sddl, PSECURITY_DESCRIPTOR shown,
+                   ChangeRecorder& recorder = Unrecorded()) const {
         const UniqueLocal<void> descriptor = test::DescriptorOf(sddl);
         PACL dacl = nullptr;
         BOOL isPresent = FALSE;
         BOOL isDefaulted = FALSE;
         EXPECT_TRUE(GetSecurityDescriptorDacl(descriptor.get(), &isPresent, &dacl, &isDefaulted));
-        return WriteListToItems(place.items, DaclInheritance::kProtected, {dacl, dacl}, shown);
+        return WriteListToItems(place.items, DaclInheritance::kProtected, {dacl, dacl}, shown, recorder);
     }
     Outcomes Write(const RememberedPlace& place, const char* sddl) const {
         return Write(place, sddl, object.descriptor.get());
@@ -164,6 +165,32 @@ TEST_F(ObjectSecurityTest, WhereAnotherProgramChangedTheShownListNothingIsWritte
               std::string(kForeign) + kOwnListRead);
     EXPECT_THAT(Write(Items({"one", "two"}), kNewList, nullptr), IsEmpty());
     EXPECT_EQ(DaclText(folder.Path("one")) + DaclText(folder.Path("two")), std::string(kNewList) + kNewList);
+}
+
+// Takes some batches, and then has no room for more.
+class FullRecorder : public ChangeRecorder {
+  public:
+    explicit FullRecorder(int batches) : room(batches) {}
+    DWORD BeginTop(const ChangedTop& /*top*/, std::uint64_t& /*number*/) override { return error; }
+    DWORD Record(std::uint64_t /*top*/, std::span<const DescriptorChange> /*batch*/) override {
+        if (room-- <= 0) error = ERROR_DISK_FULL;
+        return error;
+    }
+    DWORD Error() const override { return error; }
+
+  private:
+    int room;
+    DWORD error = ERROR_SUCCESS;
+};
+
+TEST_F(ObjectSecurityTest, AChangeThatCannotBeRecordedStopsThere) {
+    ASSERT_TRUE(Read("one").IsDone());
+    FullRecorder recorder(1);
+    EXPECT_THAT(Write(Items({"one", "two", "three"}), kNewList, object.descriptor.get(), recorder),
+                ElementsAre(FieldsAre(ERROR_DISK_FULL, Step::kRecord, "two", "", 0)));
+    EXPECT_EQ(DaclText(folder.Path("one")), kNewList);
+    EXPECT_EQ(DaclText(folder.Path("two")) + DaclText(folder.Path("three")),
+              std::string(kOwnListRead) + kOwnListRead);
 }
 
 TEST_F(ObjectSecurityTest, AFailureBelowIsReportedAsThatOfTheObjectBelow) {

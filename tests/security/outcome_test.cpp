@@ -40,6 +40,11 @@ TEST(Outcome, IsSaidInABoxAndInALine) {
         {{ERROR_ACCESS_DENIED, Step::kCarryDown, "top\\a", "top"},
          reason + "\n\nThis is about \"top\\a\". \"top\" itself was changed.",
          reason + "\n\nThis is about \"top\\a\". \"top\" itself was changed."},
+        {{ERROR_ACCESS_DENIED, Step::kRecord, "docs"},
+         "The change was stopped at \"docs\", because the history of changes cannot be written: " + denied +
+             "\nWhat was changed before can be undone.",
+         "the change was stopped here, because the history of changes cannot be written: " + reason +
+             " What was changed before can be undone"},
         {{ERROR_NOT_SAME_DEVICE, Step::kPassOverMounted, "top\\a", "", 2},
          "Something is mounted on \"top\\a\" and on 2 more of the folders. What is mounted is a volume of "
          "its own and was left as it is.",

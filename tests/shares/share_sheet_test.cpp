@@ -4,8 +4,12 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <memory>
+
 #include "editor/access_list_page.h"
 #include "platform/api/errors.h"
+#include "platform/nt/sddl.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "tests/shares/share_table.h"
@@ -23,8 +27,10 @@ class ShareSheet : public WithShareTable {
     // Opens the sheet on shares; the script ends with a button of it.
     void Edit(const std::vector<std::string>& names, const UiDriver::Script& script) {
         ui.ExpectSheet("Security Editor - " + names.front(), script);
-        EditShareSecurity(nullptr, {PlaceKind::kShares, nullptr, names});
+        EditShareSecurity(nullptr, {PlaceKind::kShares, nullptr, names}, changes);
     }
+    ChangeSession changes{History::UsualPath(), {}};
+
     static void ExpectNoBoxes(const WindowDriver& window) {
         for (const int id : {IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES}) {
             EXPECT_FALSE(window.IsEnabled(static_cast<unsigned int>(id))) << id;
@@ -130,6 +136,34 @@ TEST_F(ShareSheet, AsksBeforeItOverwritesWhatAnotherProgramWrote) {
         window.Click(SheetButton::kOk);
     });
     EXPECT_EQ(ListOf("docs"), "D:(A;;FA;;;WD)");
+}
+
+TEST_F(ShareSheet, RecordsWhatEachShareHadBeforeItIsWritten) {
+    std::filesystem::remove(History::UsualPath());
+    AddShare("first", "O:BAD:(A;;FA;;;BA)(A;;FA;;;BU)");
+    AddShare("second", "D:(A;;FA;;;WD)");
+    Edit({"first", "second"}, [&](WindowDriver& window) {
+        window.SelectRow(IDC_ACCESS_LIST, 1);
+        window.Click(IDC_REMOVE_ENTRY);
+        window.Click(SheetButton::kOk);
+    });
+    std::unique_ptr<History> history;
+    ChangeFacts change;
+    ASSERT_EQ(History::OpenToRead(History::UsualPath(), history), 0U);
+    ASSERT_EQ(history->FindLast(change), 0U);
+    EXPECT_EQ(change.kind, ChangeKind::kShare);
+    std::vector<std::string> recorded;
+    history->VisitObjects(change.number, RecordOrder::kAsMade, [&](const RecordedObject& object) {
+        const auto textOf = [](const StoredSecurity& stored) {
+            const auto value = nt::SecurityDescriptor::FromBytes(stored.bytes);
+            return value ? nt::ToSddl(*value, 15).value_or("no text") : "damaged";
+        };
+        recorded.push_back(object.top.path + ": " + textOf(object.change.before) + " > " +
+                           textOf(object.change.after));
+        return true;
+    });
+    EXPECT_THAT(recorded, ElementsAre("first: O:BAD:(A;;FA;;;BA)(A;;FA;;;BU) > O:BAD:(A;;FA;;;BA)",
+                                      "second: D:(A;;FA;;;WD) > D:(A;;FA;;;BA)"));
 }
 
 TEST_F(ShareSheet, LeavesAShareAloneThatTakesNoDescriptor) {

@@ -93,7 +93,7 @@ class WizardDeletionPage : public ::testing::Test {
         return Run(test::InCurrentFolder(std::move(names)), script);
     }
     int Run(const Place& place, const UiDriver::Script& script) {
-        CWizard wizard(nullptr, place, settings);
+        CWizard wizard(nullptr, place, settings, changes);
         sheet = &wizard;
         ui.ExpectSheet(kTitle, script);
         return wizard.DoModal();
@@ -112,6 +112,7 @@ class WizardDeletionPage : public ::testing::Test {
 
     const test::TemporaryFolder folder;
     WizardSettings settings;
+    ChangeSession changes{History::UsualPath(), {}};
     UiDriver ui;
     CWizard* sheet = nullptr;  // the latest
 };

@@ -67,7 +67,7 @@ class WizardPermissionsPage : public ::testing::Test {
             window.Click(SheetButton::kNext);
             script(window);
         });
-        RunSecurityWizard(nullptr, place, {.showIntermediateInfo = &showIntermediateInfo});
+        RunSecurityWizard(nullptr, place, {.showIntermediateInfo = &showIntermediateInfo}, changes);
     }
     void Add(WindowDriver& window, const std::string& account) {
         ui.ExpectDialog(IDD_ACCOUNT_PICKER, [&](WindowDriver& picker) {
@@ -86,6 +86,7 @@ class WizardPermissionsPage : public ::testing::Test {
     const test::TemporaryFolder folder;
     bool areDrives = false;
     std::uint8_t showIntermediateInfo = 0;
+    ChangeSession changes{History::UsualPath(), {}};
     UiDriver ui;
 };
 
