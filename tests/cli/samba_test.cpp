@@ -10,9 +10,13 @@
 #include <string>
 #include <vector>
 
+#include "history/history.h"
+#include "platform/api/errors.h"
+#include "shares/share_security.h"
 #include "tests/cli/cli_program.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/samba_fixture.h"
+#include "tests/support/scoped_variable.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -53,6 +57,42 @@ TEST_F(SambaTest, TheServerLetsInWhomTheListOfAShareLetsIn) {
     EXPECT_EQ(Enter("guarded", "daemon"), "in");
     EXPECT_EQ(RunCli({"revoke", "--share", "guarded", "--account", "Everyone"}).exitCode, 0);
     EXPECT_THAT(Enter("guarded", "root"), HasSubstr("NT_STATUS_ACCESS_DENIED"));
+}
+
+TEST_F(SambaTest, AnUndoGivesAShareTheListThatItHad) {
+    ASSERT_EQ(RunCommand({"smbpasswd", "-a", "-s", "daemon"}, "secret\nsecret\n").exitCode, 0);
+    ASSERT_TRUE(std::filesystem::create_directory("/run/samba/undone"));
+    const CommandResult added =
+        RunCommand({"net", "conf", "addshare", "undone", "/run/samba/undone", "writeable=y", "guest_ok=n"});
+    ASSERT_EQ(added.exitCode, 0) << added.output;
+    EXPECT_EQ(Enter("undone", "daemon"), "in");
+    const TemporaryFolder folder;
+    const ScopedVariable state("XDG_STATE_HOME", folder.Path());
+    DescriptorChange shared;
+    ASSERT_EQ(ReadStoredShare("undone", shared.before), DWORD{ERROR_SUCCESS});
+    ASSERT_EQ(
+        RunCli({"deny", "--share", "undone", "--account", "daemon", "--rights", "Full control"}).exitCode, 0);
+    ASSERT_EQ(ReadStoredShare("undone", shared.after), DWORD{ERROR_SUCCESS});
+    std::unique_ptr<History> history;
+    ASSERT_EQ(History::Open(History::UsualPath(), history), DWORD{ERROR_SUCCESS});
+    const auto change = history->Begin(ChangeKind::kShare);
+    std::uint64_t top = 0;
+    ASSERT_EQ(change->BeginTop({.path = "undone", .isFolder = false, .mark = {}}, top), DWORD{ERROR_SUCCESS});
+    ASSERT_EQ(change->Record(top, {&shared, 1}), DWORD{ERROR_SUCCESS});
+    change->End();
+    EXPECT_THAT(Enter("undone", "daemon"), HasSubstr("NT_STATUS_ACCESS_DENIED"));
+
+    const CommandResult undone = RunCli({"undo", std::to_string(change->Number()), "--yes"});
+    EXPECT_EQ(undone.output, "put back: 1, already as it was: 0, left alone: 0\n");
+    EXPECT_EQ(Enter("undone", "daemon"), "in");
+    StoredSecurity now;
+    EXPECT_EQ(ReadStoredShare("undone", now), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(now, shared.before);
+    EXPECT_EQ(RunCli({"undo", std::to_string(change->Number() + 1), "--yes"}).exitCode, 0);
+    EXPECT_THAT(Enter("undone", "daemon"), HasSubstr("NT_STATUS_ACCESS_DENIED"));
+    ASSERT_EQ(RunCommand({"net", "conf", "delshare", "undone"}).exitCode, 0);
+    EXPECT_THAT(RunCli({"undo", std::to_string(change->Number()), "--yes"}).output,
+                HasSubstr("permora-cli: undone: left alone: "));
 }
 
 // Files of the share, which a user of the server reads and writes.
