@@ -13,6 +13,7 @@ namespace permora {
 
 bool AskForConsent(const ConsentTexts& texts, const std::vector<Target>& targets, ConsoleMessages& messages) {
     std::vector<std::string> names;
+    names.reserve(targets.size());
     for (const Target& target : targets)
         names.push_back(target.argument);
     return AskForConsent(texts, names, messages);
