@@ -80,8 +80,8 @@ std::string AddressOf(const std::string& path) {
 
 }  // namespace
 
-void Database::Close::operator()(sqlite3* connection) const {
-    sqlite3_close_v2(connection);
+void Database::Close::operator()(sqlite3* closed) const {
+    sqlite3_close_v2(closed);
 }
 
 DWORD Database::Open(const std::string& path, Access access) {
@@ -137,8 +137,8 @@ DWORD Transaction::Commit() {
     return error;
 }
 
-void Statement::Finalize::operator()(sqlite3_stmt* statement) const {
-    sqlite3_finalize(statement);
+void Statement::Finalize::operator()(sqlite3_stmt* finished) const {
+    sqlite3_finalize(finished);
 }
 
 void Statement::Take(int result) {

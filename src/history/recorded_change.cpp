@@ -40,7 +40,7 @@ bool LeadsDown(std::string_view path) {
 
 }  // namespace
 
-struct RecordedChange::Request {
+struct RecordRequest {
     std::uint64_t top;
     ChangedTop facts;
     std::span<const DescriptorChange> batch;
@@ -50,9 +50,9 @@ struct RecordedChange::Request {
 
 // The connection and what is known to stand in the database. What is kept here only saves questions: a folder
 // may get a second row.
-class RecordedChange::Writer {
+class ChangeWriter {
   public:
-    Writer(ChangeKind changeKind, std::int64_t undoneChange) : kind(changeKind), undoes(undoneChange) {}
+    ChangeWriter(ChangeKind changeKind, std::int64_t undoneChange) : kind(changeKind), undoes(undoneChange) {}
 
     DWORD Open(const std::string& path) {
         // Asked for here, as a domain may be slow, and a transaction keeps others from writing.
@@ -60,7 +60,7 @@ class RecordedChange::Writer {
         return OpenHistoryFile(path, Database::Access::kReadWrite, database);
     }
     // Writes all requests in one transaction.
-    DWORD Write(const std::vector<Request*>& requests);
+    DWORD Write(const std::vector<RecordRequest*>& requests);
     DWORD End();
     // Interrupted, although this process is still there.
     DWORD Abandon();
@@ -110,7 +110,7 @@ class RecordedChange::Writer {
         database, "SELECT number FROM descriptors WHERE hash=? AND form=? AND owner IS ? AND bytes=?"};
 };
 
-DWORD RecordedChange::Writer::BeginChange() {
+DWORD ChangeWriter::BeginChange() {
     const ProcessMark process = ThisProcess();
     addChange.Bind(Now(), std::string_view(user), static_cast<std::int64_t>(kind), undoes, process.number,
                    process.start);
@@ -119,7 +119,7 @@ DWORD RecordedChange::Writer::BeginChange() {
     return error;
 }
 
-DWORD RecordedChange::Writer::WriteTop(std::uint64_t top, const ChangedTop& facts) {
+DWORD ChangeWriter::WriteTop(std::uint64_t top, const ChangedTop& facts) {
     const auto topNumber = static_cast<std::int64_t>(top);
     const std::string_view topPath = facts.path;
     const std::int64_t isFolder = facts.isFolder ? 1 : 0;
@@ -129,16 +129,16 @@ DWORD RecordedChange::Writer::WriteTop(std::uint64_t top, const ChangedTop& fact
     return addTop.Run();
 }
 
-DWORD RecordedChange::Writer::AddFolder(std::uint64_t top, std::int64_t above, std::string_view name,
-                                        std::int64_t& folder) {
+DWORD ChangeWriter::AddFolder(std::uint64_t top, std::int64_t above, std::string_view name,
+                              std::int64_t& folder) {
     const auto topNumber = static_cast<std::int64_t>(top);
     folder = ++folders;
     addFolder.Bind(number, folder, topNumber, above, name, Seal::Of(number, folder, topNumber, above, name));
     return addFolder.Run();
 }
 
-DWORD RecordedChange::Writer::FindEntry(std::uint64_t top, std::int64_t above, std::string_view name,
-                                        std::int64_t& folder) {
+DWORD ChangeWriter::FindEntry(std::uint64_t top, std::int64_t above, std::string_view name,
+                              std::int64_t& folder) {
     const std::string key = std::to_string(top) + '\\' + std::to_string(above) + '\\' + std::string(name);
     const auto known = knownFolders.find(key);
     if (known != knownFolders.end()) {
@@ -152,7 +152,7 @@ DWORD RecordedChange::Writer::FindEntry(std::uint64_t top, std::int64_t above, s
 }
 
 // Mostly the folder of the object before, or one in it.
-DWORD RecordedChange::Writer::FindFolder(std::uint64_t top, std::string_view path, std::int64_t& folder) {
+DWORD ChangeWriter::FindFolder(std::uint64_t top, std::string_view path, std::int64_t& folder) {
     TopState& state = topStates[top];
     std::string_view rest = path;
     folder = 0;
@@ -181,8 +181,7 @@ DWORD RecordedChange::Writer::FindFolder(std::uint64_t top, std::string_view pat
     return error;
 }
 
-DWORD RecordedChange::Writer::AskDescriptor(const StoredSecurity& stored, std::int64_t hash,
-                                            std::int64_t& found) {
+DWORD ChangeWriter::AskDescriptor(const StoredSecurity& stored, std::int64_t hash, std::int64_t& found) {
     const std::int64_t form = static_cast<std::int64_t>(stored.form);
     const std::span<const std::uint8_t> bytes = stored.bytes;
     findDescriptor.Bind(hash, form, OwnerOf(stored), bytes);
@@ -199,7 +198,7 @@ DWORD RecordedChange::Writer::AskDescriptor(const StoredSecurity& stored, std::i
     return error;
 }
 
-DWORD RecordedChange::Writer::FindDescriptor(const StoredSecurity& stored, std::int64_t& found) {
+DWORD ChangeWriter::FindDescriptor(const StoredSecurity& stored, std::int64_t& found) {
     if (stored.bytes.size() > kMostDescriptorBytes) return ERROR_INVALID_SECURITY_DESCR;
     std::string key = KeyOf(stored);
     const auto known = knownDescriptors.find(key);
@@ -222,7 +221,7 @@ DWORD RecordedChange::Writer::FindDescriptor(const StoredSecurity& stored, std::
     return error;
 }
 
-DWORD RecordedChange::Writer::WriteObject(std::uint64_t top, const DescriptorChange& change) {
+DWORD ChangeWriter::WriteObject(std::uint64_t top, const DescriptorChange& change) {
     const std::string_view path = change.path;
     if (!LeadsDown(path)) return ERROR_INVALID_NAME;
     const std::size_t separator = path.rfind('\\');
@@ -244,7 +243,7 @@ DWORD RecordedChange::Writer::WriteObject(std::uint64_t top, const DescriptorCha
 }
 
 // After a failure nothing more is written.
-DWORD RecordedChange::Writer::Write(const std::vector<Request*>& requests) {
+DWORD ChangeWriter::Write(const std::vector<RecordRequest*>& requests) {
     Transaction transaction(database);
     DWORD error = transaction.Begin();
     // Others may have removed descriptors that nothing refers to.
@@ -253,7 +252,7 @@ DWORD RecordedChange::Writer::Write(const std::vector<Request*>& requests) {
     if (version != others) knownDescriptors.clear();
     others = version;
     if (error == ERROR_SUCCESS && number == 0) error = BeginChange();
-    for (const Request* request : requests) {
+    for (const RecordRequest* request : requests) {
         if (request->top >= topStates.size()) topStates.resize(request->top + 1);
         TopState& state = topStates[request->top];
         if (error == ERROR_SUCCESS && !std::exchange(state.isWritten, true))
@@ -266,12 +265,12 @@ DWORD RecordedChange::Writer::Write(const std::vector<Request*>& requests) {
     return error;
 }
 
-DWORD RecordedChange::Writer::End() {
+DWORD ChangeWriter::End() {
     endChange.Bind(Now(), recorded, number);
     return endChange.Run();
 }
 
-DWORD RecordedChange::Writer::Abandon() {
+DWORD ChangeWriter::Abandon() {
     Statement abandon(database, "UPDATE changes SET process=0 WHERE number=? AND ended IS NULL");
     abandon.Bind(number);
     return abandon.Run();
@@ -297,10 +296,10 @@ DWORD RecordedChange::BeginTop(const ChangedTop& top, std::uint64_t& topNumber) 
 }
 
 // By one thread at a time.
-DWORD RecordedChange::WriteAll(const std::vector<Request*>& requests) {
+DWORD RecordedChange::WriteAll(const std::vector<RecordRequest*>& requests) {
     DWORD result = ERROR_SUCCESS;
     if (!writer) {
-        auto opened = std::make_unique<Writer>(kind, undoes);
+        auto opened = std::make_unique<ChangeWriter>(kind, undoes);
         result = opened->Open(path);
         if (result == ERROR_SUCCESS) writer = std::move(opened);
     }
@@ -310,14 +309,14 @@ DWORD RecordedChange::WriteAll(const std::vector<Request*>& requests) {
 DWORD RecordedChange::Record(std::uint64_t top, std::span<const DescriptorChange> batch) {
     std::unique_lock lock(guard);
     if (top >= tops.size()) return ERROR_INVALID_PARAMETER;
-    Request request{top, tops[top], batch};
+    RecordRequest request{top, tops[top], batch};
     waiting.push_back(&request);
     while (!request.isDone && isWriting)
         written.wait(lock);
     if (request.isDone) return request.error;
     // The requests of the threads that came meanwhile are written with this one's.
     isWriting = true;
-    const std::vector<Request*> requests = std::exchange(waiting, {});
+    const std::vector<RecordRequest*> requests = std::exchange(waiting, {});
     const DWORD before = error;
     lock.unlock();
     const DWORD result = before != ERROR_SUCCESS ? before : WriteAll(requests);
@@ -325,7 +324,7 @@ DWORD RecordedChange::Record(std::uint64_t top, std::span<const DescriptorChange
     isWriting = false;
     if (error == ERROR_SUCCESS) error = result;
     if (result == ERROR_SUCCESS) number = writer->Number();
-    for (Request* done : requests) {
+    for (RecordRequest* done : requests) {
         done->error = result;
         done->isDone = true;
     }

@@ -16,6 +16,9 @@
 
 namespace permora {
 
+class ChangeWriter;
+struct RecordRequest;
+
 // Writes records through a connection of its own, which it opens at the first one. Threads that record at the
 // same time share one transaction, and with it one wait for the disk.
 class RecordedChange : public Change {
@@ -30,11 +33,7 @@ class RecordedChange : public Change {
     std::int64_t Number() const override;
 
   private:
-    struct Request;
-    struct Top;
-    class Writer;
-
-    DWORD WriteAll(const std::vector<Request*>& requests);
+    DWORD WriteAll(const std::vector<RecordRequest*>& requests);
 
     const std::string path;
     const ChangeKind kind;
@@ -44,12 +43,12 @@ class RecordedChange : public Change {
     std::condition_variable written;
     std::vector<ChangedTop> tops;
     std::unordered_map<std::string, std::uint64_t> topNumbers;  // by path and mark
-    std::vector<Request*> waiting;
+    std::vector<RecordRequest*> waiting;
     bool isWriting = false;
     DWORD error = ERROR_SUCCESS;
     std::int64_t number = 0;
 
-    std::unique_ptr<Writer> writer;  // of the thread that writes
+    std::unique_ptr<ChangeWriter> writer;  // of the thread that writes
 };
 
 }  // namespace permora
