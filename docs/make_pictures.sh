@@ -48,11 +48,15 @@ BecomeFileServer() {
 MakeLists() {
     MakeSample
     mountpoint --quiet "$sample" || Fail "no volume can be mounted here"
-    FillSample "$programs/permora-cli"
+    # The history shows paths from the root of the system.
+    mount -t tmpfs tmpfs /media
+    mkdir /media/disk
+    mount --bind "$sample" /media/disk
+    sample=/media/disk FillSample "$programs/permora-cli"
     {
         echo "To be sent in March." >"$sample/Projects/letter.txt"
-        "$programs/permora-cli" inherit "$sample/Projects/letter.txt" --on
-        "$programs/permora-cli" grant "$sample/Projects/Archive" --account 'FILESERVER\anna' \
+        "$programs/permora-cli" inherit /media/disk/Projects/letter.txt --on
+        "$programs/permora-cli" grant /media/disk/Projects/Archive --account 'FILESERVER\anna' \
             --rights "Read permissions, List folder / Read data, Traverse folder / Execute file"
     } >/dev/null
     find "$sample" -mindepth 1 -exec touch --date "2024-03-05 09:30" {} +
@@ -77,7 +81,7 @@ TypeText() { xdotool type --delay 20 "$1"; }
 
 End() {
     [ ! -v sample ] || umount --lazy "$sample" 2>/dev/null || true
-    umount --lazy /etc "$work/layers" 2>/dev/null || true
+    umount --lazy /etc "$work/layers" /media/disk /media 2>/dev/null || true
     CleanUp
 }
 
@@ -203,6 +207,8 @@ CloseDialog "Security Wizard" "$window" Keys Return
 
 TakeDialog settings "Permora Settings" Keys alt+f s
 CloseDialog "Permora Settings" "$window" Keys Escape
+TakeDialog history "History" Keys alt+s h
+CloseDialog "History" "$window" Keys Escape
 Quit
 EndRun >/dev/null
 echo "The pictures are in $project/docs/pictures."
