@@ -111,7 +111,7 @@ ExitCode UndoCommand::Undo(const ChangeFacts& facts) {
                              force ? ChangedSince::kOverwrite : ChangedSince::kLeaveAlone};
     const DWORD error = UndoChange(*history, facts.number, how, observer, counts);
     messages.SetSubject("");
-    if (observer.HasMetChanges()) messages.Say("--force puts back also what was changed since");
+    if (observer.HasMetChanges()) messages.Say("--force takes back also what was changed since");
     return ReportEnd(error, counts);
 }
 

@@ -47,8 +47,8 @@ class FileReplacement {
     ~FileReplacement();  // without Complete: nothing stays
 
     // The folder of `path` is held from here on. ERROR_CANT_RESOLVE_FILENAME when a link has the name,
-    // ERROR_ACCESS_DENIED when a folder or a device has it: neither is followed or replaced. (One that gets the
-    // name later is replaced, a link itself.)
+    // ERROR_ACCESS_DENIED when a folder or a device has it: neither is followed or replaced. (One that gets
+    // the name later is replaced, a link itself.)
     static DWORD Begin(const std::string& path, FileReplacement& file);
     DWORD Write(std::string_view bytes);
     // Waits until the disk has it, and gives it its name.
