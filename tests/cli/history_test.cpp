@@ -154,7 +154,7 @@ TEST_F(HistoryTest, WhatWasChangedSinceIsNamedAndLeftAlone) {
     EXPECT_EQ(undone.exitCode, 1);
     EXPECT_THAT(undone.output,
                 AllOf(HasSubstr("\\top\\bare: left alone: it was changed since\n"),
-                      HasSubstr("permora-cli: --force puts back also"), testing::EndsWith(Undone(1, 0, 1))));
+                      HasSubstr("permora-cli: --force takes back also"), testing::EndsWith(Undone(1, 0, 1))));
     EXPECT_THAT(RunCli({"history"}).output, HasSubstr("  partly undone\n"));
     const CommandResult forced = RunCli({"undo", "--yes", "--force"});
     EXPECT_EQ(forced.output, Undone(1, 1, 0));
