@@ -3,11 +3,10 @@
 #include "saved/icacls_reader.h"
 
 #include <optional>
-#include <span>
 #include <utility>
 
-#include "platform/api/security.h"
-#include "platform/resources.h"
+#include "platform/nt/sddl.h"
+#include "platform/nt/security_descriptor.h"
 #include "saved/saved_path.h"
 #include "saved/utf16.h"
 
@@ -35,23 +34,19 @@ bool IcaclsReader::NextLine(std::string& line) {
     return true;
 }
 
-// By the system's own reading: words such as LA and DA mean accounts of this machine and its domain here, as
-// they do when the tool reads the text.
+// Words such as LA and DA mean accounts of the machine or domain that has saved the list, and nothing tells
+// which that was. Elsewhere they would become others.
 bool IcaclsReader::TakeDescriptor(const std::string& sddl) {
     if (lastDescriptor && sddl == lastSddl) return true;
-    PSECURITY_DESCRIPTOR read = nullptr;
-    ULONG size = 0;
-    const bool isText = sddl.starts_with("D:") && sddl.find('\0') == sddl.npos;
-    if (!isText || ConvertStringSecurityDescriptorToSecurityDescriptorA(sddl.c_str(), SDDL_REVISION_1, &read,
-                                                                        &size) == FALSE)
-        return Refuse("the list is not understood");
-    const UniqueLocal<void> owned(read);
-    const std::span bytes(static_cast<const std::uint8_t*>(read), size);
-    std::optional<nt::SecurityDescriptor> value = nt::SecurityDescriptor::FromBytes(bytes);
-    if (!value || value->owner || value->group || (value->control & nt::kSaclPresent) != 0)
+    std::optional<nt::SecurityDescriptor> value;
+    if (sddl.starts_with("D:") && sddl.find('\0') == sddl.npos) value = nt::FromSddl(sddl);
+    if (!value)
+        return Refuse(
+            "the list is not understood, or names an account by a word (LA, DA) and not by its SID");
+    if (value->owner || value->group || (value->control & nt::kSaclPresent) != 0)
         return Refuse("this is no DACL and nothing else");
     auto made = std::make_shared<SavedDescriptor>();
-    made->bytes.assign(bytes.begin(), bytes.end());
+    if (!value->AppendTo(made->bytes)) return Refuse("the list is too large");
     made->value = std::move(*value);
     lastDescriptor = std::move(made);
     lastSddl = sddl;

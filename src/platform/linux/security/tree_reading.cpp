@@ -20,6 +20,20 @@
 #include "platform/security_change.h"
 
 namespace permora {
+namespace host {
+
+// What all folders of a tree share.
+struct ReadTree {
+    DescriptorStore store;
+    SECURITY_INFORMATION parts = 0;
+    // Nothing can be mounted on what is seen here (OpenWithoutDevices).
+    bool isFreeOfMounts = false;
+    std::uint64_t mount = 0;  // where something can be
+    bool ignoresCase = false;
+};
+
+}  // namespace host
+
 namespace {
 
 using host::ErrorFromErrno;
@@ -32,23 +46,13 @@ TreeObjectKind KindOfMode(mode_t mode) {
     return S_ISLNK(mode) ? TreeObjectKind::kLink : TreeObjectKind::kOther;
 }
 
-// What all folders of a tree share.
-struct Tree {
-    host::DescriptorStore store;
-    SECURITY_INFORMATION parts = 0;
-    // Nothing can be mounted on what is seen here (OpenWithoutDevices).
-    bool isFreeOfMounts = false;
-    std::uint64_t mount = 0;  // where something can be
-    bool ignoresCase = false;
-};
-
 DWORD Reduce(nt::SecurityDescriptor& found, SECURITY_INFORMATION parts, std::vector<std::uint8_t>& bytes) {
     ReduceToParts(found, parts);
     bytes.clear();
     return found.AppendTo(bytes) ? ERROR_SUCCESS : ERROR_INVALID_SECURITY_DESCR;
 }
 
-DWORD ReadHeld(Tree& tree, const ObjectHandle& held, TreeObject& object) {
+DWORD ReadHeld(host::ReadTree& tree, const ObjectHandle& held, TreeObject& object) {
     object.kind = KindOfMode(held.Status().st_mode);
     nt::SecurityDescriptor found;
     const DWORD error = tree.store.Read(held, found);
@@ -66,20 +70,20 @@ std::optional<std::uint64_t> MountOf(const struct statx& status) {
 }  // namespace
 
 struct TreeFolder::Inside {
-    Inside(std::shared_ptr<Tree> whole, UniqueFd opened)
+    Inside(std::shared_ptr<host::ReadTree> whole, UniqueFd opened)
         : tree(std::move(whole)), folder(std::move(opened)) {}
 
-    static std::unique_ptr<Inside> Enter(const std::shared_ptr<Tree>& tree, ObjectHandle& held);
+    static std::unique_ptr<Inside> Enter(const std::shared_ptr<host::ReadTree>& tree, ObjectHandle& held);
     DWORD ReadFolder(const char* hostName, TreeObject& object, std::unique_ptr<Inside>& below) const;
     DWORD ReadEntry(const char* hostName, TreeObject& object) const;
     // Of an entry whose kind the listing does not tell for certain, or on which something may be mounted.
     DWORD ExamineEntry(const char* hostName, TreeObjectKind& kind) const;
 
-    std::shared_ptr<Tree> tree;
+    std::shared_ptr<host::ReadTree> tree;
     UniqueFd folder;  // to be listed, unless it cannot be
 };
 
-std::unique_ptr<TreeFolder::Inside> TreeFolder::Inside::Enter(const std::shared_ptr<Tree>& tree,
+std::unique_ptr<TreeFolder::Inside> TreeFolder::Inside::Enter(const std::shared_ptr<host::ReadTree>& tree,
                                                               ObjectHandle& held) {
     UniqueFd opened;
     DWORD error = held.TakeForListing(opened);
@@ -128,7 +132,7 @@ DWORD TreeFolder::ReadTop(const HeldObject& top, SECURITY_INFORMATION parts, Tre
                           TreeFolder& folder) {
     host::RaiseDescriptorLimit();
     const ObjectHandle& held = top.inside->target.object;
-    auto tree = std::make_shared<Tree>();
+    auto tree = std::make_shared<host::ReadTree>();
     tree->parts = parts;
     const host::DescriptorStoreKind kind = host::StoreKindOf(held);
     tree->ignoresCase =
