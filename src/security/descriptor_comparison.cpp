@@ -35,7 +35,7 @@ std::string CombinationText(DWORD mask) {
 
 // "Read & execute", or every right by its name.
 std::string NamedRightsText(DWORD mask) {
-    if (const std::string permission = PermissionText(mask); permission != "Special") return permission;
+    if (std::string permission = PermissionText(mask); permission != "Special") return permission;
     std::string text = CombinationText(mask);
     if (!text.empty()) return text;
     for (const AccessRight& right : std::span(kAccessRights).subspan(1))

@@ -45,15 +45,6 @@ DWORD WriteStoredShare(const std::string& name, const StoredSecurity& expected, 
 // Whether both let in the same accounts. A server may keep less of a descriptor than was written.
 bool HaveSameList(const StoredSecurity& one, const StoredSecurity& other);
 
-// The descriptor of a share as its record holds it, for the history: SecurityForm::kShare with the
-// self-relative bytes, or kNone. A system error code; on failure `security` is untouched.
-DWORD ReadStoredShare(const std::string& name, StoredSecurity& security);
-// Writes such a descriptor back, or takes it away. ERROR_REVISION_MISMATCH, and nothing is written, when the
-// share has another one than `expected` by now. The caller has the turn on the share.
-DWORD WriteStoredShare(const std::string& name, const StoredSecurity& expected, const StoredSecurity& wanted);
-// Whether both let in the same accounts. A server may keep less of a descriptor than was written.
-bool HaveSameList(const StoredSecurity& one, const StoredSecurity& other);
-
 // Puts `dacl` into the descriptors of all shares, one after the other; the rest of their records is written
 // back as it was read. Takes the turn on
 // each. `shown`, which may be null, is the first share as WriteShareDacl takes it. Stops at the first
