@@ -1,7 +1,10 @@
 #include "history/history_file.h"
 
 #include <array>
+#include <chrono>
 #include <optional>
+#include <string_view>
+#include <thread>
 #include <utility>
 
 #include "history/schema.h"
@@ -86,6 +89,18 @@ DWORD Upgrade(Database& database) {
     return error == ERROR_SUCCESS ? transaction.Commit() : error;
 }
 
+// Where another program is making the database, the switch to the log does not wait for it but fails at once.
+DWORD UpgradeInTurn(Database& database) {
+    constexpr int kAttempts = 100;
+    constexpr std::chrono::milliseconds kPause(20);
+    DWORD error = Upgrade(database);
+    for (int attempt = 1; error == ERROR_LOCK_VIOLATION && attempt < kAttempts; ++attempt) {
+        std::this_thread::sleep_for(kPause);
+        error = Upgrade(database);
+    }
+    return error;
+}
+
 // All at one moment: another program may be making the database.
 DWORD CheckSchemaAtOnce(Database& database, std::int64_t& version) {
     DWORD error = database.Execute("BEGIN");
@@ -111,7 +126,7 @@ DWORD OpenHistoryFile(const std::string& path, Database::Access access, Database
         if (error == ERROR_SUCCESS) error = CheckSchemaAtOnce(opened, version);
     }
     if (error == ERROR_SUCCESS && version < kSchemaVersion)
-        error = access == Database::Access::kReadOnly ? ERROR_FILE_NOT_FOUND : Upgrade(opened);
+        error = access == Database::Access::kReadOnly ? ERROR_FILE_NOT_FOUND : UpgradeInTurn(opened);
     if (error == ERROR_SUCCESS) database = std::move(opened);
     return error;
 }
