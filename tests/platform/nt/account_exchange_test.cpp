@@ -70,18 +70,20 @@ TEST(AccountExchange, LeavesWhatNamesNobodyOfThemByteForByte) {
 }
 
 TEST(AccountExchange, NothingIsChangedWhereAnAccountCannotBeReached) {
+    const Sid bert = Account(kBert);
+    const std::vector<std::uint8_t> bertsBytes(bert.Bytes().begin(), bert.Bytes().end());
     const std::string attribute = std::string(R"(S:(RA;;;;;WD;("Owners",TD,0x0,)") + kAnna + "))";
     SecurityDescriptor unknown = Descriptor(std::string("O:") + kAnna + "D:(A;;FA;;;WD)");
     Ace opaque;
     opaque.type = 4;
-    opaque.tail.assign(Account(kBert).Bytes().begin(), Account(kBert).Bytes().end());
+    opaque.tail = bertsBytes;
     unknown.dacl.entries.push_back(opaque);
     SecurityDescriptor damaged =
         Descriptor(std::string("O:") + kAnna + "D:(XA;;FA;;;WD;(Member_of {SID(" + kBert + ")}))");
     damaged.dacl.entries.front().tail[5] = 0x7F;  // more bytes than there are
     SecurityDescriptor cut = unknown;
     cut.dacl.entries.clear();
-    cut.saclBytes.assign(Account(kBert).Bytes().begin(), Account(kBert).Bytes().end());
+    cut.saclBytes = bertsBytes;
     for (SecurityDescriptor descriptor : {Descriptor(attribute), unknown, damaged, cut}) {
         const SecurityDescriptor before = descriptor;
         EXPECT_EQ(Chain().Apply(descriptor), ExchangeResult::kHidden);
