@@ -78,8 +78,11 @@ TEST(AccountExchange, NothingIsChangedWhereAnAccountCannotBeReached) {
     opaque.type = 4;
     opaque.tail = bertsBytes;
     unknown.dacl.entries.push_back(opaque);
-    SecurityDescriptor damaged =
-        Descriptor(std::string("O:") + kAnna + "D:(XA;;FA;;;WD;(Member_of {SID(" + kBert + ")}))");
+    std::string condition("D:(XA;;FA;;;WD;(Member_of {SID(");
+    condition += kBert;
+    condition += ")}))";
+    SecurityDescriptor damaged = Descriptor(condition);
+    damaged.owner = Account(kAnna);
     damaged.dacl.entries.front().tail[5] = 0x7F;  // more bytes than there are
     SecurityDescriptor cut = unknown;
     cut.dacl.entries.clear();
