@@ -38,9 +38,6 @@ TEST(Looks, ThroughEveryWindowWriteNothing) {
     const CommandResult run =
         RunCommand({"bash", LOOKS_SCRIPT, programs, PICTURE_FOLDER "/looks", "light", looked});
     EXPECT_EQ(run.exitCode, 0) << run.output;
-    // A window may be closed while Samba is still being asked. The next program that asks removes what that
-    // has left.
-    EXPECT_EQ(RunCli({"accounts"}).exitCode, 0);
     EXPECT_EQ(machine.Changes(), "");
 }
 

@@ -1,6 +1,8 @@
 #include "platform/linux/samba/samba_mirror.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
@@ -11,6 +13,8 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <mutex>
+#include <set>
 #include <thread>
 
 #include "platform/linux/base/host_errors.h"
@@ -25,6 +29,80 @@ using Clock = std::chrono::steady_clock;
 // Only root can fill the first one. The first two are in memory, so what tools leave there ends with the
 // machine's power.
 constexpr const char* kTemporaryPlaces[] = {"/run", "/dev/shm", "/tmp"};
+constexpr std::string_view kNameStart = "permora-samba-";
+
+// The folders of this process. A thread that asks Samba may outlive everything else.
+class Folders {
+  public:
+    static Folders& All() {
+        static Folders& folders = *new Folders;
+        return folders;
+    }
+
+    // False when the process is ending: then nothing may be made any more.
+    bool Add(const std::string& folder) {
+        const std::lock_guard lock(guard);
+        if (!isEnding) folders.insert(folder);
+        return !isEnding;
+    }
+    void Remove(const std::string& folder) {
+        const std::lock_guard lock(guard);
+        RemoveTree(folder);
+        folders.erase(folder);
+    }
+
+  private:
+    Folders() {
+        std::atexit(RemoveAll);
+        std::at_quick_exit(RemoveAll);
+    }
+
+    // Nobody else can use such a folder, so everything in it is ours. A tool that still works there may make
+    // something in the middle.
+    static void RemoveTree(const std::string& folder) {
+        constexpr int kAttempts = 3;
+        std::error_code error;
+        for (int attempt = 0; attempt < kAttempts; ++attempt) {
+            std::filesystem::remove_all(folder, error);
+            if (!error) return;
+        }
+    }
+    static void RemoveAll() {
+        Folders& all = All();
+        const std::lock_guard lock(all.guard);
+        all.isEnding = true;
+        for (const std::string& folder : all.folders)
+            RemoveTree(folder);
+        all.folders.clear();
+    }
+
+    std::mutex guard;
+    std::set<std::string> folders;
+    bool isEnding = false;
+};
+
+// Opens a folder of this user's and locks it; nothing while the process that made it lives.
+UniqueFd OpenUnused(int place, const char* name) {
+    UniqueFd folder(openat(place, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    if (!folder || fstat(folder.Get(), &status) != 0 || status.st_uid != geteuid() ||
+        flock(folder.Get(), LOCK_EX | LOCK_NB) != 0)
+        return {};
+    return folder;
+}
+
+// Removes what killed processes have left.
+void RemoveLeftovers(const std::string& place) {
+    const UniqueListing listing(opendir(place.c_str()));
+    if (!listing) return;
+    while (const dirent* entry = readdir(listing.get())) {
+        const std::string_view name = entry->d_name;
+        if (!name.starts_with(kNameStart)) continue;
+        const UniqueFd unused = OpenUnused(dirfd(listing.get()), entry->d_name);
+        std::error_code ignored;
+        if (unused) std::filesystem::remove_all(place + '/' + entry->d_name, ignored);
+    }
+}
 
 std::string Option(std::string_view setting, const std::string& value) {
     return "--option=" + std::string(setting) + "=" + value;
@@ -76,23 +154,41 @@ bool IsTalk(std::string_view name) {
 
 }  // namespace
 
-// Nobody else can use the folder, so everything in it is ours.
 SambaMirror::~SambaMirror() {
-    std::error_code ignored;
-    if (!root.empty()) std::filesystem::remove_all(root, ignored);
+    if (!root.empty()) Folders::All().Remove(root);
+}
+
+// Until it is locked, another process may take the new folder for a leftover.
+DWORD SambaMirror::MakeRoot(const std::string& place) {
+    constexpr int kAttempts = 10;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        std::string name = place + '/' + std::string(kNameStart) + "XXXXXX";
+        if (mkdtemp(name.data()) == nullptr) return ErrorFromErrno(errno);
+        UniqueFd locked = OpenUnused(AT_FDCWD, name.c_str());
+        struct stat status {};
+        if (!locked || fstat(locked.Get(), &status) != 0 || status.st_nlink == 0) continue;
+        if (!Folders::All().Add(name)) {
+            rmdir(name.c_str());
+            return ERROR_OPERATION_ABORTED;
+        }
+        root = std::move(name);
+        hold = std::move(locked);
+        return ERROR_SUCCESS;
+    }
+    return ERROR_BUSY;
 }
 
 DWORD SambaMirror::Make() {
+    DWORD error = ERROR_SUCCESS;
     for (const char* place : kTemporaryPlaces) {
-        std::string name = std::string(place) + "/permora-samba-XXXXXX";
-        if (mkdtemp(name.data()) == nullptr) continue;
-        root = name;
-        break;
+        RemoveLeftovers(place);
+        error = MakeRoot(place);
+        if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED) break;
     }
-    if (root.empty()) return ErrorFromErrno(errno);
+    if (error != ERROR_SUCCESS) return error;
     for (const std::string kind : {"state", "lock", "cache", "pid"}) {
         const std::string made = root + '/' + kind;
-        if (const DWORD error = MakeFolder(made); error != ERROR_SUCCESS) return error;
+        if (error = MakeFolder(made); error != ERROR_SUCCESS) return error;
         options.push_back(Option(kind + " directory", made));
     }
     return ERROR_SUCCESS;

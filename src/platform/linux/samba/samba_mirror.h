@@ -2,9 +2,10 @@
 //
 // Samba's tools open databases for writing whatever they are told to do, and make those that are missing:
 // with that of secrets a new identity of the machine, under which nobody knows the accounts of before. So who
-// only wants to look lets them work on copies. Copies of databases are in memory and go with the process. One
-// that is killed leaves the folder, readable by its user alone, with what tools made there and the texts of
-// users' shares.
+// only wants to look lets them work on copies. Copies of databases are in memory and go with the process, and
+// so does the folder when the process ends, also while another thread works there. One that is killed leaves
+// the folder, readable by its user alone, with what tools made there and the texts of users' shares, until
+// that user's next process makes one.
 #pragma once
 
 #include <string>
@@ -46,6 +47,7 @@ class SambaMirror {
     const std::vector<std::string>& PrivateOptions() const { return privateOptions; }
 
   private:
+    DWORD MakeRoot(const std::string& place);
     DWORD AddFolder(const std::string& folder, const std::string& name,
                     const std::vector<std::string_view>& databases);
     DWORD CopyDatabase(const std::string& source, const std::string& place);
@@ -53,6 +55,7 @@ class SambaMirror {
     void SetPrivate(std::string_view setting, const std::string& value);
 
     std::string root;  // empty: not made
+    UniqueFd hold;     // on it, locked: its process lives
     std::vector<UniqueFd> copies;
     std::vector<std::string> options;
     std::vector<std::string> privateOptions;
