@@ -10,10 +10,10 @@
 #include "cli/consent.h"
 #include "cli/interrupts.h"
 #include "cli/map_options.h"
+#include "cli/recording.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "cli/tree_progress.h"
-#include "history/history.h"
 #include "history/history_texts.h"
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
@@ -46,7 +46,6 @@ class RestoreCommand : public Command, private RestoreHost {
     bool FindTargets();
     bool AddTarget(const std::string& argument);
     bool MayWrite();
-    bool BeginChange();
     ExitCode Restore();
     std::string Contents() const;
 
@@ -67,11 +66,8 @@ class RestoreCommand : public Command, private RestoreHost {
     Flag dryRun{*this, "--dry-run", "Name what would change and write nothing"};
     YesFlag yes{*this};
     QuietFlag quiet{*this};
-    Flag noHistory{*this, "--no-history",
-                   "Change it without keeping in the history what was there; this cannot be undone"};
+    Recording recording{*this};
 
-    std::unique_ptr<History> history;
-    std::unique_ptr<permora::Change> change;  // in the history; null: nothing is recorded
     std::unique_ptr<CheckedList> list;
     std::vector<Target> targets;  // of the saved tops, in their order
     std::size_t topsBegun = 0;
@@ -168,41 +164,24 @@ ExitCode RestoreCommand::Run() {
     if (!OpenFile() || !FindTargets()) return ExitCode::kUsage;
     map.Tell(messages);
     if (dryRun) return Restore();
-    if (!BeginChange()) return ExitCode::kSomeFailed;
+    if (!recording.Begin(ChangeKind::kRestore, messages)) return ExitCode::kSomeFailed;
     const ExitCode code = MayWrite() ? Restore() : ExitCode::kUsage;
-    if (change) change->End();
+    recording.End(messages);
     return code;
 }
 
-// Whether what is replaced can be kept, or need not be.
-bool RestoreCommand::BeginChange() {
-    if (noHistory) return true;
-    const DWORD error = History::Open(History::UsualPath(), history);
-    if (error != ERROR_SUCCESS) {
-        messages.SetSubject(History::UsualPath());
-        messages.Say("nothing was changed: " + HistoryFailureText(error) +
-                     " (--no-history changes it all the same)");
-        return false;
-    }
-    change = history->Begin(ChangeKind::kRestore);
-    return true;
-}
-
 ExitCode RestoreCommand::Restore() {
-    NoRecord nothing;
-    ChangeRecorder& recorder = change ? static_cast<ChangeRecorder&>(*change) : nothing;
     const RestoreOptions how = {dryRun ? RestoreMode::kDryRun : RestoreMode::kWrite, &map.Exchange()};
     SavedFault fault;
     WatchForInterrupts();
     progress.emplace(quiet ? Progress::kQuiet : Progress::kShown);
-    const DWORD result = RestoreLists(*list, how, *this, recorder, counts, fault);
+    const DWORD result = RestoreLists(*list, how, *this, recording.Recorder(), counts, fault);
     progress.reset();
     if (result == ERROR_INVALID_DATA && !fault.reason.empty()) {
         messages.SetSubject(file);
         messages.Say("broken off: " + fault.reason);
     } else if (result != ERROR_SUCCESS && result != ERROR_OPERATION_ABORTED) {
-        messages.Say("the change was stopped here, because the history of changes cannot be written: " +
-                     HistoryFailureText(result) + " What was changed before can be undone");
+        messages.Check({result, Step::kRecord});
     }
     Print((dryRun ? "would change: " : "changed: ") + std::to_string(counts.changed) +
           ", already so: " + std::to_string(counts.unchanged) + ", failed: " + std::to_string(counts.failed) +
