@@ -8,8 +8,6 @@
 namespace permora {
 namespace {
 
-constexpr SECURITY_INFORMATION kParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
-                                        DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
 constexpr SECURITY_INFORMATION kProtection =
     PROTECTED_DACL_SECURITY_INFORMATION | UNPROTECTED_DACL_SECURITY_INFORMATION;
 
@@ -20,6 +18,10 @@ constexpr WORD kSaclControl = SE_SACL_PRESENT | SE_SACL_DEFAULTED | SE_SACL_AUTO
 
 void ClearControl(nt::SecurityDescriptor& descriptor, WORD bits) {
     descriptor.control &= static_cast<WORD>(~bits);
+}
+
+void TakeControl(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor& from, WORD bits) {
+    descriptor.control = static_cast<WORD>((descriptor.control & ~bits) | (from.control & bits));
 }
 
 bool TakeSid(PSID sid, nt::Sid& taken) {
@@ -49,7 +51,8 @@ void SetList(const SecurityChange& change, const ListAbove* above, nt::SecurityD
 
 DWORD TakeChange(SECURITY_INFORMATION information, const NewParts& parts, SecurityChange& change) {
     const bool contradictsItself = (information & kProtection) == kProtection;
-    if ((information & kParts) == 0 || (information & ~(kParts | kProtection)) != 0 || contradictsItself)
+    if ((information & kDescriptorParts) == 0 || (information & ~(kDescriptorParts | kProtection)) != 0 ||
+        contradictsItself)
         return ERROR_INVALID_PARAMETER;
     change.information = information;
     if (change.Has(OWNER_SECURITY_INFORMATION) && !TakeSid(parts.owner, change.owner))
@@ -104,24 +107,30 @@ const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor) {
     return descriptor.daclState == nt::DaclState::kList ? descriptor.dacl : kNothing;
 }
 
+void TakeParts(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor& from,
+               SECURITY_INFORMATION parts) {
+    if ((parts & OWNER_SECURITY_INFORMATION) != 0) {
+        descriptor.owner = from.owner;
+        TakeControl(descriptor, from, SE_OWNER_DEFAULTED);
+    }
+    if ((parts & GROUP_SECURITY_INFORMATION) != 0) {
+        descriptor.group = from.group;
+        TakeControl(descriptor, from, SE_GROUP_DEFAULTED);
+    }
+    if ((parts & DACL_SECURITY_INFORMATION) != 0) {
+        descriptor.daclState = from.daclState;
+        descriptor.dacl = from.dacl;
+        TakeControl(descriptor, from, kDaclControl);
+    }
+    if ((parts & SACL_SECURITY_INFORMATION) != 0) {
+        descriptor.saclBytes = from.saclBytes;
+        TakeControl(descriptor, from, kSaclControl);
+    }
+}
+
 void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION parts) {
-    if ((parts & OWNER_SECURITY_INFORMATION) == 0) {
-        descriptor.owner.reset();
-        ClearControl(descriptor, SE_OWNER_DEFAULTED);
-    }
-    if ((parts & GROUP_SECURITY_INFORMATION) == 0) {
-        descriptor.group.reset();
-        ClearControl(descriptor, SE_GROUP_DEFAULTED);
-    }
-    if ((parts & DACL_SECURITY_INFORMATION) == 0) {
-        descriptor.daclState = nt::DaclState::kAbsent;
-        descriptor.dacl = {};
-        ClearControl(descriptor, kDaclControl);
-    }
-    if ((parts & SACL_SECURITY_INFORMATION) == 0) {
-        descriptor.saclBytes.clear();
-        ClearControl(descriptor, kSaclControl);
-    }
+    static const nt::SecurityDescriptor kNothing;
+    TakeParts(descriptor, kNothing, kDescriptorParts & ~parts);
 }
 
 bool HasSameList(nt::SecurityDescriptor one, nt::SecurityDescriptor other) {

@@ -52,7 +52,13 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& above, nt:
 // A folder hands down entries of its list. A folder that lets everyone do everything has no list.
 const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor);
 
-// Keeps only the named parts, and of the control word only their flags.
+inline constexpr SECURITY_INFORMATION kDescriptorParts =
+    OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION |
+    SACL_SECURITY_INFORMATION;
+// Replaces the named parts by those of `from`, and the flags of the control word that belong to them.
+void TakeParts(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor& from,
+               SECURITY_INFORMATION parts);
+// Keeps only the named parts and their flags.
 void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION parts);
 
 // Whether both say the same about access, protection included.

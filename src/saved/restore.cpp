@@ -11,17 +11,11 @@
 #include "history/stored_batch.h"
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
+#include "platform/security_change.h"
 #include "saved/saved_folders.h"
 
 namespace permora {
 namespace {
-
-constexpr SECURITY_INFORMATION kAllParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
-                                           DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
-constexpr WORD kDaclBits = SE_DACL_PRESENT | SE_DACL_DEFAULTED | SE_DACL_AUTO_INHERIT_REQ |
-                           SE_DACL_AUTO_INHERITED | SE_DACL_PROTECTED;
-constexpr WORD kSaclBits = SE_SACL_PRESENT | SE_SACL_DEFAULTED | SE_SACL_AUTO_INHERIT_REQ |
-                           SE_SACL_AUTO_INHERITED | SE_SACL_PROTECTED;
 
 // An object that another program keeps changing is given up after so many attempts.
 constexpr int kMostAttempts = 3;
@@ -29,34 +23,13 @@ constexpr int kMostAttempts = 3;
 // Of folders that were reported missing or failed, so that nothing below them is looked for.
 constexpr std::size_t kMostLostFolders = 1024;
 
-void TakeBits(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor& from, WORD bits) {
-    descriptor.control = static_cast<WORD>((descriptor.control & ~bits) | (from.control & bits));
-}
-
-// Replaces the parts of `descriptor` that were saved.
-void TakeParts(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor& saved,
+// What was saved whole also has the rest of the control word.
+void TakeSaved(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor& saved,
                SECURITY_INFORMATION parts) {
-    if ((parts & kAllParts) == kAllParts) {
+    if ((parts & kDescriptorParts) == kDescriptorParts)
         descriptor = saved;
-        return;
-    }
-    if ((parts & OWNER_SECURITY_INFORMATION) != 0) {
-        descriptor.owner = saved.owner;
-        TakeBits(descriptor, saved, SE_OWNER_DEFAULTED);
-    }
-    if ((parts & GROUP_SECURITY_INFORMATION) != 0) {
-        descriptor.group = saved.group;
-        TakeBits(descriptor, saved, SE_GROUP_DEFAULTED);
-    }
-    if ((parts & DACL_SECURITY_INFORMATION) != 0) {
-        descriptor.daclState = saved.daclState;
-        descriptor.dacl = saved.dacl;
-        TakeBits(descriptor, saved, kDaclBits);
-    }
-    if ((parts & SACL_SECURITY_INFORMATION) != 0) {
-        descriptor.saclBytes = saved.saclBytes;
-        TakeBits(descriptor, saved, kSaclBits);
-    }
+    else
+        TakeParts(descriptor, saved, parts);
 }
 
 // The whole descriptor; without the system's list where only a privilege would let us read it, and it is none
@@ -64,9 +37,9 @@ void TakeParts(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor&
 DWORD ReadDescriptor(const HeldObject& object, SECURITY_INFORMATION parts,
                      nt::SecurityDescriptor& descriptor) {
     ReadParts read;
-    DWORD error = object.ReadSecurity(kAllParts, read);
+    DWORD error = object.ReadSecurity(kDescriptorParts, read);
     if (error != ERROR_SUCCESS && (parts & SACL_SECURITY_INFORMATION) == 0)
-        error = object.ReadSecurity(kAllParts & ~DWORD{SACL_SECURITY_INFORMATION}, read);
+        error = object.ReadSecurity(kDescriptorParts & ~DWORD{SACL_SECURITY_INFORMATION}, read);
     if (error != ERROR_SUCCESS) return error;
     const auto* bytes = static_cast<const std::uint8_t*>(read.descriptor.get());
     auto value = nt::SecurityDescriptor::FromBytes(
@@ -211,13 +184,13 @@ bool TopRestore::IsThere(const SavedObject& saved, const std::optional<HeldObjec
 bool TopRestore::MakeWanted(const SavedObject& saved, nt::SecurityDescriptor& wanted) {
     nt::AccountExchange* exchange = work.options.exchange;
     if (exchange == nullptr || exchange->IsEmpty()) {
-        TakeParts(wanted, saved.descriptor->value, work.parts);
+        TakeSaved(wanted, saved.descriptor->value, work.parts);
         return true;
     }
     nt::SecurityDescriptor exchanged = saved.descriptor->value;
     if (exchange->Apply(exchanged) == nt::ExchangeResult::kHidden)
         return Fail(saved.path, RestoreFault::kHiddenAccount);
-    TakeParts(wanted, exchanged, work.parts);
+    TakeSaved(wanted, exchanged, work.parts);
     return true;
 }
 
