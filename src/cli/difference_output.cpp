@@ -7,6 +7,7 @@
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
+#include "platform/security_change.h"
 #include "saved/descriptor_text.h"
 #include "security/account_record.h"
 #include "security/descriptor_comparison.h"
@@ -89,9 +90,7 @@ std::string RowsText(const TreeDifference& difference) {
 }
 
 Json SddlJson(std::span<const std::uint8_t> descriptor) {
-    constexpr std::uint32_t kWhole = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
-                                     DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
-    const std::optional<std::string> text = ExactSddl(descriptor, kWhole);
+    const std::optional<std::string> text = ExactSddl(descriptor, kDescriptorParts);
     return text ? Json(*text) : Json();
 }
 

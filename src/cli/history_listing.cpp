@@ -8,6 +8,7 @@
 #include "platform/api/errors.h"
 #include "platform/nt/sddl.h"
 #include "platform/raw_security.h"
+#include "platform/security_change.h"
 #include "platform/stored_security.h"
 #include "security/account_record.h"
 #include "security/descriptor_comparison.h"
@@ -87,14 +88,12 @@ Json EntriesIn(const nt::SecurityDescriptor& descriptor) {
 }
 
 Json StoredJson(const StoredSecurity& stored) {
-    constexpr std::uint32_t kWhole = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
-                                     DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
     Json json = {{"keptIn", FormWord(stored.form)}};
     json["hostOwner"] = stored.hostOwner ? Json(*stored.hostOwner) : Json();
     std::optional<nt::SecurityDescriptor> descriptor;
     json["damaged"] = DescriptorIn(stored, descriptor) != ERROR_SUCCESS;
     if (!descriptor) return json;
-    const std::optional<std::string> text = nt::ToSddl(*descriptor, kWhole);
+    const std::optional<std::string> text = nt::ToSddl(*descriptor, kDescriptorParts);
     json["owner"] = descriptor->owner ? Json(NameOf(descriptor->owner)) : Json();
     json["inherits"] = !descriptor->IsDaclProtected();
     json["sddl"] = text ? Json(*text) : Json();

@@ -10,14 +10,12 @@
 #include "platform/linux/base/failure.h"
 #include "platform/linux/security/descriptor_view.h"
 #include "platform/nt/sddl.h"
+#include "platform/security_change.h"
 
 namespace {
 
 using permora::host::DescriptorValue;
 using permora::host::Fail;
-
-constexpr SECURITY_INFORMATION kAllParts = OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
-                                           DACL_SECURITY_INFORMATION | SACL_SECURITY_INFORMATION;
 
 // A copy that the caller frees with LocalFree; null with the last error set when there is no memory.
 void* LocalCopy(const void* bytes, std::size_t size) {
@@ -48,7 +46,7 @@ BOOL WINAPI ConvertSecurityDescriptorToStringSecurityDescriptorA(PSECURITY_DESCR
     if (revision != SDDL_REVISION_1) return Fail(ERROR_UNKNOWN_REVISION);
     const auto value = DescriptorValue(descriptor);
     if (!value) return Fail(ERROR_INVALID_SECURITY_DESCR);
-    const auto written = permora::nt::ToSddl(*value, information & kAllParts);
+    const auto written = permora::nt::ToSddl(*value, information & permora::kDescriptorParts);
     // The language has no word for the type of one of its entries.
     if (!written) return Fail(ERROR_NOT_SUPPORTED);
     void* copy = LocalCopy(written->c_str(), written->size() + 1);
