@@ -92,8 +92,7 @@ bool DomainLink::MayAsk() {
     return State().availability == DomainAvailability::kOnline;
 }
 
-void DomainLink::CheckRunningCalls() {
-    const SteadyClock::time_point now = SteadyClock::now();
+void DomainLink::CheckRunningCalls(SteadyClock::time_point now) {
     const std::lock_guard lock(mutex);
     bool isAnyOver = false;
     for (Limits& limits : running) {

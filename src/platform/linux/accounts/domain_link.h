@@ -56,9 +56,13 @@ class DomainLink {
     Asked<Value> Ask(const Patience& patience, std::chrono::milliseconds limit,
                      std::function<WinbindAnswer(Winbind&, Value&)> call) {
         if (!MayAsk()) return {};
+        // The limit counts from here: on a busy machine the thread begins late.
+        const auto own = std::make_shared<RunningCall>(*this, limit);
         const auto result = CallWithin<Asked<Value>>(
-            patience, [this, limit, call = std::move(call)] { return Call(limit, call); });
-        if (!result) CheckRunningCalls();
+            patience, [this, own, call = std::move(call)] { return Finish(*own, call); });
+        // Who has waited for as long as the limit learns that the domain is offline, and not a moment later.
+        constexpr std::chrono::milliseconds kMoment{50};
+        if (!result) CheckRunningCalls(SteadyClock::now() + kMoment);
         return result ? *result : Asked<Value>{};
     }
 
@@ -66,12 +70,9 @@ class DomainLink {
     template <class Value>
     Asked<Value> Call(std::chrono::milliseconds limit,
                       const std::function<WinbindAnswer(Winbind&, Value&)>& call) {
-        Asked<Value> asked;
-        if (!MayAsk()) return asked;
+        if (!MayAsk()) return {};
         const RunningCall own(*this, limit);
-        if (Winbind* const winbind = Winbind::OfThisThread()) asked.answer = call(*winbind, asked.value);
-        Ended(own, asked.answer);
-        return asked;
+        return Finish(own, call);
     }
 
     // Whether the domain's controller itself answers now: asks it for something that winbind cannot have
@@ -96,8 +97,18 @@ class DomainLink {
         std::list<Limits>::iterator place;
     };
 
+    template <class Value>
+    Asked<Value> Finish(const RunningCall& own, const std::function<WinbindAnswer(Winbind&, Value&)>& call) {
+        Asked<Value> asked;
+        if (!MayAsk()) return asked;
+        if (Winbind* const winbind = Winbind::OfThisThread()) asked.answer = call(*winbind, asked.value);
+        Ended(own, asked.answer);
+        return asked;
+    }
+
     bool MayAsk();
-    void CheckRunningCalls();
+    // As it is at this time.
+    void CheckRunningCalls(SteadyClock::time_point now = SteadyClock::now());
     void Ended(const RunningCall& running, WinbindAnswer answer);
     void BeginToFindOut();  // with the lock held
     void FindOut();         // on a background thread, as is the next
