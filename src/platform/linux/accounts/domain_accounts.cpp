@@ -116,7 +116,10 @@ DWORD DomainAccounts::FindName(const nt::Sid& sid, std::chrono::milliseconds wai
         const auto found = names.find(sid);
         if (found == names.end()) return kNameNotYet;
         if (!found->second.isAskedFor) return take(found->second);
-        if (patience.IsOver()) return kNameNotYet;
+        if (patience.IsOver()) {
+            if (wait >= kLookupTime) link.GiveUp();
+            return kNameNotYet;
+        }
         constexpr std::chrono::milliseconds kSlice{50};
         hasNames.wait_until(lock, std::min(patience.until, SteadyClock::now() + kSlice));
         if (link.State().availability != DomainAvailability::kOnline) return kDomainOffline;

@@ -57,6 +57,13 @@ std::uint64_t DomainLink::News() {
     return news;
 }
 
+void DomainLink::GiveUp() {
+    const std::lock_guard lock(mutex);
+    for (Limits& limits : running)
+        limits.isOver = true;
+    if (state.availability == DomainAvailability::kOnline) SetAvailability(DomainAvailability::kOffline);
+}
+
 void DomainLink::Tell() {
     const std::lock_guard lock(mutex);
     ++news;

@@ -38,6 +38,10 @@ class DomainLink {
     DomainState State();
     std::uint64_t News();
 
+    // Somebody has waited for an answer for as long as a call may take: the domain counts as offline, also
+    // where the call itself began late.
+    void GiveUp();
+
     // Announces that something that was shown as unknown may be known now.
     void Tell();
 
