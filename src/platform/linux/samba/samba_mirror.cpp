@@ -29,7 +29,7 @@ using Clock = std::chrono::steady_clock;
 // Only root can fill the first one. The first two are in memory, so what tools leave there ends with the
 // machine's power.
 constexpr const char* kTemporaryPlaces[] = {"/run", "/dev/shm", "/tmp"};
-constexpr std::string_view kNameStart = "permora-samba-";
+constexpr std::string_view kMirrorPrefix = "permora-samba-";
 
 // The folders of this process. A thread that asks Samba may outlive everything else.
 class Folders {
@@ -97,7 +97,7 @@ void RemoveLeftovers(const std::string& place) {
     if (!listing) return;
     while (const dirent* entry = readdir(listing.get())) {
         const std::string_view name = entry->d_name;
-        if (!name.starts_with(kNameStart)) continue;
+        if (!name.starts_with(kMirrorPrefix)) continue;
         const UniqueFd unused = OpenUnused(dirfd(listing.get()), entry->d_name);
         std::error_code ignored;
         if (unused) std::filesystem::remove_all(place + '/' + entry->d_name, ignored);
@@ -162,7 +162,7 @@ SambaMirror::~SambaMirror() {
 DWORD SambaMirror::MakeRoot(const std::string& place) {
     constexpr int kAttempts = 10;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        std::string name = place + '/' + std::string(kNameStart) + "XXXXXX";
+        std::string name = place + '/' + std::string(kMirrorPrefix) + "XXXXXX";
         if (mkdtemp(name.data()) == nullptr) return ErrorFromErrno(errno);
         UniqueFd locked = OpenUnused(AT_FDCWD, name.c_str());
         struct stat status {};
