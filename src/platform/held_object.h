@@ -90,6 +90,10 @@ class HeldObject {
     // its owner, group and mode. ERROR_INVALID_SECURITY_DESCR for a damaged one.
     DWORD ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const;
 
+    // The same of the folder that holds the object and hands entries down to it. Nothing in `parts` for the
+    // root of a volume, to which nobody does.
+    DWORD ReadAbove(SECURITY_INFORMATION information, ReadParts& parts) const;
+
     // The security of the object exactly as it is kept. ERROR_INVALID_SECURITY_DESCR for a damaged one.
     DWORD ReadStored(StoredSecurity& stored) const;
     // What the object keeps when it gets this descriptor as it is, with nothing inherited anew: for

@@ -28,6 +28,7 @@ enum class TreeObjectKind : std::uint8_t {
 struct TreeObject {
     TreeObjectKind kind = TreeObjectKind::kFile;
     std::vector<std::uint8_t> descriptor;  // self-relative, checked, with the parts that were asked for
+    bool isStored = true;  // false: none is stored, and `descriptor` is what owner, group and mode give
 };
 
 // The names in a folder, sorted byte by byte. A name takes some eight bytes beside its own.

@@ -79,8 +79,8 @@ class TreeReading {
 
 ReadObject ReadResult(std::string_view path, const TreeObject& object, DWORD error) {
     if (error == ERROR_NOT_SAME_DEVICE) return {path, SavedKind::kMounted, {}, ERROR_SUCCESS};
-    if (error != ERROR_SUCCESS) return {path, SavedKind::kUnread, {}, error};
-    return {path, SavedKindOf(object.kind), object.descriptor, ERROR_SUCCESS};
+    if (error != ERROR_SUCCESS) return {path, SavedKind::kUnread, {}, error, object.kind};
+    return {path, SavedKindOf(object.kind), object.descriptor, ERROR_SUCCESS, object.kind, object.isStored};
 }
 
 DWORD ReadBelow(TreeFolder folder, const std::string& path, TreeVisitor& visitor) {

@@ -19,6 +19,9 @@ struct ReadObject {
     SavedKind kind;                            // kUnknown never
     std::span<const std::uint8_t> descriptor;  // empty for kMounted, kUnread and kUnlisted
     DWORD error = ERROR_SUCCESS;               // of kUnread and kUnlisted
+    // Of what is on the volume, also of an object that is kUnread; not of kUnlisted, kMounted and saved ones.
+    TreeObjectKind is = TreeObjectKind::kFile;
+    bool isStored = true;  // as TreeObject::isStored
 };
 
 class TreeVisitor {

@@ -106,6 +106,15 @@ DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& part
     return error == ERROR_SUCCESS ? ReadFrom(object.get(), information, parts) : error;
 }
 
+DWORD HeldObject::ReadAbove(SECURITY_INFORMATION information, ReadParts& parts) const {
+    UniqueHandle folder;
+    DWORD error = OpenFolderOf(inside->object.get(), folder);
+    if (error != ERROR_SUCCESS) return error;
+    if (folder) return ReadFrom(folder.get(), information, parts);
+    parts = {};
+    return ERROR_SUCCESS;
+}
+
 DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
                                 PSECURITY_DESCRIPTOR expected, ChangeRecorder& recorder,
                                 FailuresBelow& below) const {

@@ -166,6 +166,7 @@ DWORD DescriptorStore::ReadEntry(int folder, const char* hostName, nt::SecurityD
     if (FormOf(*kind) != SecurityForm::kVolume)
         return ReadFrom(
             entry, [&] { return *kind; }, descriptor);
+    form = SecurityForm::kVolume;
     const int problem = entry.Attribute(onVolume, stored);
     return problem == 0 ? Take(nt::SecurityDescriptor::FromBytes(stored), descriptor)
                         : ErrorFromErrno(problem);

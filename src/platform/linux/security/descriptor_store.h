@@ -40,6 +40,9 @@ class DescriptorStore {
     // store has met the folder before; nothing is known of what was Found here.
     DWORD ReadEntry(int folder, const char* hostName, nt::SecurityDescriptor& descriptor);
 
+    // Whether what Read or ReadEntry has found last is stored, and not made from the mode.
+    bool HasFoundStored() const { return form != SecurityForm::kNone; }
+
     // What the last Read, which has succeeded, has found on this object, exactly as it is kept.
     StoredSecurity Found(const ObjectHandle& object);
 

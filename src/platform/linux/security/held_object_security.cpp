@@ -20,6 +20,7 @@ namespace permora {
 namespace {
 
 using host::DescriptorStore;
+using host::ObjectHandle;
 using host::ResolvedObject;
 
 // What the object inherits from; nothing for the root of a volume, which has no parent.
@@ -111,12 +112,10 @@ DWORD HandOut(nt::SecurityDescriptor descriptor, SECURITY_INFORMATION parts, Uni
     return ERROR_SUCCESS;
 }
 
-}  // namespace
-
-DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const {
+DWORD ReadFrom(const ObjectHandle& object, SECURITY_INFORMATION information, ReadParts& parts) {
     nt::SecurityDescriptor found;
     ReadParts read;
-    DWORD error = DescriptorStore().Read(inside->target.object, found);
+    DWORD error = DescriptorStore().Read(object, found);
     if (error == ERROR_SUCCESS) error = HandOut(std::move(found), information, read.descriptor);
     if (error != ERROR_SUCCESS) return error;
     const auto view = host::DescriptorView::Of(read.descriptor.get());
@@ -124,6 +123,19 @@ DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& part
     read.owner = view->owner;
     read.dacl = view->dacl;
     parts = std::move(read);
+    return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const {
+    return ReadFrom(inside->target.object, information, parts);
+}
+
+DWORD HeldObject::ReadAbove(SECURITY_INFORMATION information, ReadParts& parts) const {
+    const ObjectHandle& folder = inside->target.parent;
+    if (folder) return ReadFrom(folder, information, parts);
+    parts = {};
     return ERROR_SUCCESS;
 }
 

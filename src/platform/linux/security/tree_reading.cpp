@@ -56,6 +56,7 @@ DWORD ReadHeld(host::ReadTree& tree, const ObjectHandle& held, TreeObject& objec
     object.kind = KindOfMode(held.Status().st_mode);
     nt::SecurityDescriptor found;
     const DWORD error = tree.store.Read(held, found);
+    object.isStored = tree.store.HasFoundStored();
     return error == ERROR_SUCCESS ? Reduce(found, tree.parts, object.descriptor) : error;
 }
 
@@ -105,6 +106,7 @@ DWORD TreeFolder::Inside::ReadFolder(const char* hostName, TreeObject& object,
 DWORD TreeFolder::Inside::ReadEntry(const char* hostName, TreeObject& object) const {
     nt::SecurityDescriptor found;
     const DWORD error = tree->store.ReadEntry(folder.Get(), hostName, found);
+    object.isStored = tree->store.HasFoundStored();
     return error == ERROR_SUCCESS ? Reduce(found, tree->parts, object.descriptor) : error;
 }
 
