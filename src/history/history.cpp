@@ -143,7 +143,7 @@ DWORD HistoryOfFile::VisitObjects(std::int64_t number, RecordOrder order,
     Statement rows(database, std::string("SELECT ") + ObjectReader::kColumns +
                                  " FROM objects WHERE change=? AND number<=? ORDER BY number" +
                                  (isForwards ? "" : " DESC"));
-    ObjectReader reader(database, number);
+    ObjectReader reader(database, facts);
     RecordedObject object;
     std::int64_t seen = 0;
     rows.Bind(number, count);

@@ -51,6 +51,7 @@ struct ChangeFacts {
 struct RecordedObject {
     ChangedTop top;
     DescriptorChange change;
+    std::int64_t time = 0;  // when the record was made, or a little earlier: seconds since 1970, UTC
 };
 
 enum class RecordOrder { kAsMade, kReverse };

@@ -125,8 +125,10 @@ DWORD OpenHistoryFile(const std::string& path, Database::Access access, Database
         error = opened.Open(file, Database::Access::kUnchanging);
         if (error == ERROR_SUCCESS) error = CheckSchemaAtOnce(opened, version);
     }
-    if (error == ERROR_SUCCESS && version < kSchemaVersion)
-        error = access == Database::Access::kReadOnly ? ERROR_FILE_NOT_FOUND : UpgradeInTurn(opened);
+    if (error == ERROR_SUCCESS && access == Database::Access::kReadOnly && version == 0)
+        error = ERROR_FILE_NOT_FOUND;
+    if (error == ERROR_SUCCESS && access != Database::Access::kReadOnly && version < kSchemaVersion)
+        error = UpgradeInTurn(opened);
     if (error == ERROR_SUCCESS) database = std::move(opened);
     return error;
 }

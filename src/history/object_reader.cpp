@@ -113,6 +113,36 @@ DWORD ObjectReader::FindDescriptor(std::int64_t number, StoredSecurity& stored) 
     return ERROR_SUCCESS;
 }
 
+// Sets `period` to the one of this record.
+DWORD ObjectReader::AskPeriod(std::int64_t number) {
+    Period found{0, INT64_MAX, began};
+    std::optional<std::int64_t> hasTimes;
+    const DWORD error = database.Ask("SELECT 1 FROM sqlite_schema WHERE name='times'", hasTimes);
+    if (error != ERROR_SUCCESS) return error;
+    // A history in the first layout that is only read stays in it.
+    if (hasTimes) {
+        askTime.Bind(change, number);
+        if (askTime.Next()) {
+            found.first = askTime.Number(0);
+            found.time = askTime.Number(1);
+            if (askTime.Number(2) != Seal::Of(change, found.first, found.time)) return ERROR_FILE_CORRUPT;
+        }
+        askNextTime.Bind(change, number);
+        if (askNextTime.Next() && !askNextTime.IsNull(0)) found.end = askNextTime.Number(0);
+        if (askTime.Error() != ERROR_SUCCESS) return askTime.Error();
+        if (askNextTime.Error() != ERROR_SUCCESS) return askNextTime.Error();
+    }
+    period = found;
+    return ERROR_SUCCESS;
+}
+
+DWORD ObjectReader::FindTime(std::int64_t number, std::int64_t& time) {
+    const bool isKnown = period.first <= number && number < period.end;
+    const DWORD error = isKnown ? ERROR_SUCCESS : AskPeriod(number);
+    time = period.time;
+    return error;
+}
+
 DWORD ObjectReader::Read(const Statement& row, RecordedObject& object) {
     const std::int64_t folder = row.Number(1);
     const std::string name = row.Text(2);
@@ -123,6 +153,7 @@ DWORD ObjectReader::Read(const Statement& row, RecordedObject& object) {
     if (error == ERROR_SUCCESS) error = FindTop(folderTop, object.top);
     if (error == ERROR_SUCCESS) error = FindDescriptor(row.Number(5), object.change.before);
     if (error == ERROR_SUCCESS) error = FindDescriptor(row.Number(6), object.change.after);
+    if (error == ERROR_SUCCESS) error = FindTime(row.Number(0), object.time);
     if (error != ERROR_SUCCESS) return error;
     if (name.empty() && !path.empty()) return ERROR_FILE_CORRUPT;
     object.change.path.assign(path).append(path.empty() || name.empty() ? "" : "\\").append(name);

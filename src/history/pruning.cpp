@@ -11,6 +11,7 @@ DWORD RemoveChange(Database& database, std::int64_t number) {
     constexpr const char* kSteps[] = {
         kDescriptors,
         "DELETE FROM uses WHERE change=?1",
+        "DELETE FROM times WHERE change=?1",
         "DELETE FROM objects WHERE change=?1",
         "DELETE FROM folders WHERE change=?1",
         "DELETE FROM tops WHERE change=?1",

@@ -74,6 +74,7 @@ class ChangeWriter {
     };
 
     DWORD BeginChange();
+    DWORD NoteTime();
     DWORD WriteTop(std::uint64_t top, const ChangedTop& facts);
     DWORD WriteObject(std::uint64_t top, const DescriptorChange& change);
     DWORD FindFolder(std::uint64_t top, std::string_view path, std::int64_t& folder);
@@ -89,6 +90,7 @@ class ChangeWriter {
     std::string user;
     std::int64_t number = 0;
     std::int64_t objects = 0;
+    std::int64_t time = 0;      // of the records that are being written
     std::int64_t recorded = 0;  // of those, what is durable
     std::int64_t folders = 0;
     std::optional<std::int64_t> others;  // counts the changes that others make to the database
@@ -101,6 +103,7 @@ class ChangeWriter {
         database,
         "INSERT INTO changes(began, user, kind, undoes, process, process_start) VALUES(?,?,?,?,?,?)"};
     Statement endChange{database, "UPDATE changes SET ended=?, objects=? WHERE number=?"};
+    Statement addTime{database, "INSERT INTO times VALUES(?,?,?,?)"};
     Statement addTop{database, "INSERT INTO tops VALUES(?,?,?,?,?,?)"};
     Statement addFolder{database, "INSERT INTO folders VALUES(?,?,?,?,?,?)"};
     Statement addObject{database, "INSERT INTO objects VALUES(?,?,?,?,?,?,?,?,?)"};
@@ -112,11 +115,22 @@ class ChangeWriter {
 
 DWORD ChangeWriter::BeginChange() {
     const ProcessMark process = ThisProcess();
-    addChange.Bind(Now(), std::string_view(user), static_cast<std::int64_t>(kind), undoes, process.number,
+    time = Now();
+    addChange.Bind(time, std::string_view(user), static_cast<std::int64_t>(kind), undoes, process.number,
                    process.start);
     const DWORD error = addChange.Run();
     if (error == ERROR_SUCCESS) number = database.LastRow();
     return error;
+}
+
+// An object that was made during a long change is told by this from one that came after it.
+DWORD ChangeWriter::NoteTime() {
+    const std::int64_t now = Now();
+    if (now <= time) return ERROR_SUCCESS;
+    time = now;
+    const std::int64_t first = objects + 1;
+    addTime.Bind(number, first, time, Seal::Of(number, first, time));
+    return addTime.Run();
 }
 
 DWORD ChangeWriter::WriteTop(std::uint64_t top, const ChangedTop& facts) {
@@ -251,7 +265,7 @@ DWORD ChangeWriter::Write(const std::vector<RecordRequest*>& requests) {
     if (error == ERROR_SUCCESS) error = database.Ask("PRAGMA data_version", version);
     if (version != others) knownDescriptors.clear();
     others = version;
-    if (error == ERROR_SUCCESS && number == 0) error = BeginChange();
+    if (error == ERROR_SUCCESS) error = number == 0 ? BeginChange() : NoteTime();
     for (const RecordRequest* request : requests) {
         if (request->top >= topStates.size()) topStates.resize(request->top + 1);
         TopState& state = topStates[request->top];

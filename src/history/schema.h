@@ -24,6 +24,9 @@ inline constexpr int kApplicationId = 0x50726d48;  // "PrmH"
 // uses         which changes refer to a descriptor.
 // objects      one row for each time that an object was about to be written, in that order. The object is the
 //              entry `name` of `folder`, or with the name '' the top itself.
+// times        when records were made: `time` is that of the record `number` and of those after it, up to the
+//              next row. Those before the first row were made when the change began, and so count all
+//              records of a change that was made in the first layout.
 //
 // A `seal` is made of the other columns of its row, in their order (history/stored_rows.h). The pages of
 // SQLite have no checksum, and a row that has changed by itself must not lead to a wrong list on an object.
@@ -47,6 +50,11 @@ CREATE TABLE objects(
     change INTEGER NOT NULL, number INTEGER NOT NULL, folder INTEGER NOT NULL, name TEXT NOT NULL,
     is_folder INTEGER NOT NULL, file INTEGER NOT NULL, before INTEGER NOT NULL, after INTEGER NOT NULL,
     seal INTEGER NOT NULL, PRIMARY KEY(change, number)) WITHOUT ROWID;
+)",
+                                            R"(
+CREATE TABLE times(
+    change INTEGER NOT NULL, number INTEGER NOT NULL, time INTEGER NOT NULL, seal INTEGER NOT NULL,
+    PRIMARY KEY(change, number)) WITHOUT ROWID;
 )"};
 inline constexpr int kSchemaVersion = static_cast<int>(kSchemaSteps.size());
 

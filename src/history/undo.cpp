@@ -90,7 +90,7 @@ class Undo {
     }
 
     // Whether the object was found and read; else it was left alone.
-    bool Read(const DescriptorChange& undone, std::optional<HeldObject>& object, StoredSecurity& now);
+    bool Read(const RecordedObject& record, std::optional<HeldObject>& object, StoredSecurity& now);
     void LeaveUnfound(const std::string& path, DWORD error);
     void Leave(const std::string& path, LeftAlone extent, DWORD reason);
     DWORD Record(std::span<const DescriptorChange> changes);
@@ -137,7 +137,7 @@ void Undo::LeaveUnfound(const std::string& path, DWORD error) {
 bool Undo::Enter(const RecordedObject& record) {
     if (top && top->Holds(record)) return true;
     if (!FlushAll()) return false;
-    top.emplace(record, facts.began);
+    top.emplace(record);
     topNumber.reset();
     topError = top->Hold();
     if (topError == ERROR_SUCCESS && !IsDryRun()) topError = top->TakeTurn();
@@ -145,15 +145,16 @@ bool Undo::Enter(const RecordedObject& record) {
     return true;
 }
 
-bool Undo::Read(const DescriptorChange& undone, std::optional<HeldObject>& object, StoredSecurity& now) {
+bool Undo::Read(const RecordedObject& record, std::optional<HeldObject>& object, StoredSecurity& now) {
+    const DescriptorChange& undone = record.change;
     if (topError != ERROR_SUCCESS || top->IsLost(undone.path)) {
         ++counts.leftAlone;
         return false;
     }
-    DWORD error = top->Find(undone, object);
+    DWORD error = top->Find(record, object);
     if (error == ERROR_TOO_MANY_OPEN_FILES) {
         if (!FlushAll()) return false;
-        error = top->Find(undone, object);
+        error = top->Find(record, object);
     }
     if (error != ERROR_SUCCESS) {
         LeaveUnfound(undone.path, error);
@@ -172,7 +173,7 @@ bool Undo::Take(const RecordedObject& record) {
     if (IsPending(undone.fileNumber) && !FlushAll()) return false;
     std::optional<HeldObject> object;
     StoredSecurity now;
-    if (!Read(undone, object, now)) return ending == ERROR_SUCCESS;
+    if (!Read(record, object, now)) return ending == ERROR_SUCCESS;
     const Judgement judgement = Judge(undone, now);
     if (judgement == Judgement::kAsBefore)
         ++counts.asBefore;
@@ -193,7 +194,7 @@ bool Undo::TakeUnclear(const RecordedObject& record) {
     if (!Enter(record)) return false;
     std::optional<HeldObject> object;
     StoredSecurity now;
-    if (topError != ERROR_SUCCESS || top->IsLost(undone.path) || top->Find(undone, object) != ERROR_SUCCESS ||
+    if (topError != ERROR_SUCCESS || top->IsLost(undone.path) || top->Find(record, object) != ERROR_SUCCESS ||
         top->Read(object, now) != ERROR_SUCCESS)
         return true;
     const auto known = byThen.find(undone.fileNumber);

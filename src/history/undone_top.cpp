@@ -22,8 +22,7 @@ bool IsShare(const DescriptorChange& change) {
     return change.before.form == SecurityForm::kShare || change.after.form == SecurityForm::kShare;
 }
 
-UndoneTop::UndoneTop(const RecordedObject& record, std::int64_t began)
-    : top(record.top), isShare(IsShare(record.change)), changeBegan(began) {}
+UndoneTop::UndoneTop(const RecordedObject& record) : top(record.top), isShare(IsShare(record.change)) {}
 
 bool UndoneTop::Holds(const RecordedObject& record) const {
     return record.top.path == top.path && record.top.mark == top.mark &&
@@ -51,7 +50,8 @@ DWORD UndoneTop::HoldBelow(const std::string& path, HeldObject& below) {
     return folder.HoldBelow(path.substr(end + 1), below);
 }
 
-DWORD UndoneTop::Find(const DescriptorChange& change, std::optional<HeldObject>& found) {
+DWORD UndoneTop::Find(const RecordedObject& record, std::optional<HeldObject>& found) {
+    const DescriptorChange& change = record.change;
     found.reset();
     if (isShare) return ERROR_SUCCESS;
     HeldObject below;
@@ -61,7 +61,7 @@ DWORD UndoneTop::Find(const DescriptorChange& change, std::optional<HeldObject>&
     const HeldObject& checked = isTop ? object : below;
     // A number that became free is given to a later object.
     bool isYounger = false;
-    error = checked.WasBornAfter(changeBegan, isYounger);
+    error = checked.WasBornAfter(record.time, isYounger);
     if (error != ERROR_SUCCESS) return error;
     if (isYounger || checked.FileNumber() != change.fileNumber || checked.IsFolder() != change.isFolder)
         return ERROR_FILE_INVALID;

@@ -18,8 +18,8 @@ bool IsShare(const DescriptorChange& change);
 // All calls answer with 0 or a system error code.
 class UndoneTop {
   public:
-    // Of this record; `began` is when the change began, in seconds since 1970.
-    UndoneTop(const RecordedObject& record, std::int64_t began);
+    // Of this record.
+    explicit UndoneTop(const RecordedObject& record);
 
     const ChangedTop& Recorded() const { return top; }
     bool Holds(const RecordedObject& record) const;
@@ -31,7 +31,7 @@ class UndoneTop {
 
     // Finds an object again below the held top. `found` stays empty for the top itself, and for a share.
     // ERROR_FILE_INVALID: it is another object by now.
-    DWORD Find(const DescriptorChange& change, std::optional<HeldObject>& found);
+    DWORD Find(const RecordedObject& record, std::optional<HeldObject>& found);
     // Where the way to an object that was not found ends: the first folder on it that is none any more, of
     // which `error` then says why; `path` itself when all are. What is below such a folder is lost.
     std::string FindEnd(const std::string& path, DWORD& error);
@@ -46,7 +46,6 @@ class UndoneTop {
 
     const ChangedTop top;
     const bool isShare;
-    const std::int64_t changeBegan;
     HeldObject object;
     HeldObject folder;  // that of the object which was found last: records of one folder mostly come together
     std::optional<std::string> folderPath;

@@ -16,6 +16,7 @@
 #include <thread>
 #include <vector>
 
+#include "history/schema.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -397,6 +398,7 @@ TEST_F(HistoryTest, ARowThatHasChangedIsTold) {
         "UPDATE descriptors SET owner=5 WHERE number=1",
         "DELETE FROM descriptors WHERE number=1",
         "UPDATE changes SET objects=3",
+        "INSERT INTO times VALUES(1,1,5,0)",
     };
     const std::string copy = folder.Path("copy");
     RunSql(Path(), "VACUUM INTO \"" + copy + "\"");
@@ -427,6 +429,53 @@ TEST_F(HistoryTest, PathsThatLeadElsewhereAreNotRecorded) {
             << path;
         EXPECT_EQ(change->Error(), DWORD{ERROR_INVALID_NAME});
     }
+}
+
+TEST_F(HistoryTest, AHistoryInTheFirstLayoutIsReadAsItIsAndBroughtUpToDateByTheFirstWriter) {
+    const std::int64_t old = Make(*Open(), 3);
+    RunSql(Path(), "DROP TABLE times; PRAGMA user_version=1");
+    const auto timesOf = [](History& history, std::int64_t number) {
+        ChangeFacts facts;
+        EXPECT_EQ(history.Find(number, facts), DWORD{ERROR_SUCCESS});
+        std::vector<std::int64_t> times;
+        EXPECT_EQ(history.VisitObjects(number, RecordOrder::kAsMade,
+                                       [&](const RecordedObject& object) {
+                                           times.push_back(object.time - facts.began);
+                                           return true;
+                                       }),
+                  DWORD{ERROR_SUCCESS});
+        return times;
+    };
+    std::unique_ptr<History> reader;
+    ASSERT_EQ(History::OpenToRead(Path(), reader), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(timesOf(*reader, old), std::vector<std::int64_t>(3, 0));
+    RunSql(Path(), "CREATE TABLE times(n)");  // fails unless the reader has left it alone
+    RunSql(Path(), "DROP TABLE times");
+
+    const auto history = Open();
+    EXPECT_EQ(timesOf(*history, old), std::vector<std::int64_t>(3, 0));
+    const auto change = history->Begin(ChangeKind::kReset);
+    std::uint64_t top = 0;
+    change->BeginTop({"C:\\top", true, {}}, top);
+    const std::vector<DescriptorChange> batch = {ChangeOf("x", 1, "old", "new"),
+                                                 ChangeOf("y", 2, "old", "new")};
+    for (int i = 0; i < 3; ++i) {
+        if (i > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+        ASSERT_EQ(change->Record(top, batch), DWORD{ERROR_SUCCESS});
+    }
+    change->End();
+    for (History* const each : {history.get(), reader.get()}) {
+        const std::vector<std::int64_t> times = timesOf(*each, change->Number());
+        ASSERT_EQ(times.size(), 6U);
+        EXPECT_EQ(times[1], 0);
+        EXPECT_TRUE(times[2] == 1 || times[2] == 2) << times[2];
+        EXPECT_EQ(times[3], times[2]);
+        EXPECT_GT(times[4], times[3]);
+        EXPECT_EQ(times[5], times[4]);
+    }
+    std::size_t removed = 0;
+    ASSERT_EQ(history->PruneOlder(std::int64_t{1} << 40, removed), DWORD{ERROR_SUCCESS});
+    RunSql(Path(), "CREATE TEMP TABLE t(n CHECK(n=0)); INSERT INTO t SELECT count(*) FROM times");
 }
 
 // A program that opens the file of a database and closes it again gives up its locks on it, as POSIX has it.
@@ -466,7 +515,8 @@ TEST_F(HistoryTest, WhatIsNoHistoryIsToldAndStays) {
     };
     const Case cases[] = {
         {"no database", [&] { Overwrite(whole, 0, 4000); }, ERROR_FILE_CORRUPT},
-        {"a newer one", [&] { sql("PRAGMA user_version=2"); }, ERROR_UNKNOWN_REVISION},
+        {"a newer one", [&] { sql("PRAGMA user_version=" + std::to_string(kSchemaVersion + 1)); },
+         ERROR_UNKNOWN_REVISION},
         {"somebody else's", [&] { sql("PRAGMA application_id=7"); }, ERROR_FILE_CORRUPT},
         {"not marked", [&] { sql("PRAGMA application_id=0; PRAGMA user_version=0"); }, ERROR_FILE_CORRUPT},
         {"writable by others", [&] { chmod(whole.c_str(), 0666); }, ERROR_INVALID_OWNER},

@@ -227,6 +227,29 @@ TEST_F(UndoHere, WhatBecameOtherIsLeftAloneAndNamed) {
     EXPECT_EQ(tree.State(), before);  // the other object has no list either
 }
 
+// A change may take longer than what it comes to was there.
+TEST_F(UndoHere, WhatWasMadeWhileTheChangeWasMadeComesBackAndWhatCameLaterDoesNot) {
+    const auto lasting = tree.history->Begin(ChangeKind::kReset);
+    Record(*lasting, tree.Path("other"),
+           [this] { SetDescriptorText(tree.Path("other"), "D:P(A;;FA;;;WD)"); });
+    LetTimePass();
+    for (const char* name : {"top/sub/deep/new", "top/sub/deep/later"})
+        folder.MakeFile(name);
+    const TreeState then = tree.State();
+    Record(*lasting, tree.Path("sub"),
+           [this] { SetDescriptorText(tree.Path("sub"), "D:P(A;OICI;FX;;;WD)"); });
+    lasting->End();
+    LetTimePass();
+    const std::string later = tree.Path("sub/deep/later");
+    fs::remove(later);
+    folder.MakeFile("top/sub/deep/later");
+    tree.Undo(lasting->Number());
+    EXPECT_THAT(tree.observer.left, ElementsAre("deep\\later: another object is there now"));
+    const TreeState now = tree.State();
+    EXPECT_EQ(now.at("sub/deep/new"), then.at("sub/deep/new"));
+    EXPECT_EQ(now.at("sub"), then.at("sub"));
+}
+
 // A line for each of a million objects would hide what matters.
 TEST_F(UndoHere, WhatIsGoneIsNamedOnceWithAllBelow) {
     fs::rename(tree.Path("sub/deep"), tree.Path("sub/renamed"));
