@@ -50,7 +50,7 @@ DWORD HistoryCommands::FindLast(ChangeFacts& change) const {
 
 std::string HistoryCommands::UndoEntry(bool& isEnabled) const {
     ChangeFacts change;
-    isEnabled = FindLast(change) == ERROR_SUCCESS;
+    isEnabled = FindLast(change) == ERROR_SUCCESS && change.state != ChangeState::kRunning;
     return (isEnabled ? "Undo " + TextInMenu(ShortChangeText(change)) : "Undo") + "\tCtrl+Z";
 }
 

@@ -56,6 +56,7 @@ class UndoCommand : public Command {
 
   private:
     DWORD FindChange(ChangeFacts& facts);
+    ExitCode RefuseRunning(const ChangeFacts& facts);
     bool MayUndo(const ChangeFacts& facts);
     ExitCode Undo(const ChangeFacts& facts);
     ExitCode ReportEnd(DWORD error, const UndoCounts& counts);
@@ -83,6 +84,12 @@ bool UndoCommand::MayUndo(const ChangeFacts& facts) {
     return dryRun || yes || AskForConsent(texts, {ChangeLine(facts)}, messages);
 }
 
+ExitCode UndoCommand::RefuseRunning(const ChangeFacts& facts) {
+    messages.Say("not undone: another program is still making this change: " + ChangeLine(facts));
+    if (!number.Number()) messages.Say("a change before it is undone by its number: permora-cli undo CHANGE");
+    return ExitCode::kSomeFailed;
+}
+
 ExitCode UndoCommand::Run() {
     ChangeFacts facts;
     const DWORD error = FindChange(facts);
@@ -96,6 +103,7 @@ ExitCode UndoCommand::Run() {
         return ExitCode::kDone;
     }
     if (error != ERROR_SUCCESS) return SayHistoryFailure(error, messages);
+    if (facts.state == ChangeState::kRunning) return RefuseRunning(facts);
     return MayUndo(facts) ? Undo(facts) : ExitCode::kUsage;
 }
 

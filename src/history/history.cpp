@@ -124,9 +124,8 @@ DWORD HistoryOfFile::FindLast(ChangeFacts& facts) {
     const DWORD error = List(changes);
     if (error != ERROR_SUCCESS) return error;
     for (ChangeFacts& change : changes) {
-        if (change.kind == ChangeKind::kUndo || change.state == ChangeState::kRunning ||
-            change.state == ChangeState::kUndone)
-            continue;
+        const bool isOver = change.kind == ChangeKind::kUndo || change.state == ChangeState::kUndone;
+        if (isOver && change.state != ChangeState::kRunning) continue;
         facts = std::move(change);
         return ERROR_SUCCESS;
     }

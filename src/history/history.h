@@ -90,8 +90,9 @@ class History {
     virtual DWORD List(std::vector<ChangeFacts>& changes) = 0;
     // ERROR_NOT_FOUND: there is no such change (any more).
     virtual DWORD Find(std::int64_t number, ChangeFacts& facts) = 0;
-    // The change that an undo without a number takes back: the newest that is neither running, nor undone,
-    // nor itself an undo. ERROR_NOT_FOUND when there is none.
+    // The change that an undo without a number takes back: the newest that is neither undone nor itself an
+    // undo. One that is still running, an undo too, is returned as such, although it cannot be taken back:
+    // the one before it is not what the user means. ERROR_NOT_FOUND when there is none.
     virtual DWORD FindLast(ChangeFacts& facts) = 0;
     // Streams the objects of a change: memory does not grow with them. `visit` answers whether to go on.
     // ERROR_CANCELLED when it did not.

@@ -171,6 +171,35 @@ TEST_F(HistoryTest, WhatWasChangedSinceIsNamedAndLeftAlone) {
                       testing::EndsWith(Undone(0, 0, 2))));
 }
 
+// Never the one before it in its place.
+TEST_F(HistoryTest, AChangeThatIsStillRunningIsNamedAndNotTakenBack) {
+    const TreeState before = StateOfTree(top);
+    Reset();
+    const TreeState after = StateOfTree(top);
+    std::unique_ptr<History> history;
+    ASSERT_EQ(History::Open(History::UsualPath(), history), DWORD{ERROR_SUCCESS});
+    for (const ChangeKind kind : {ChangeKind::kOwner, ChangeKind::kUndo}) {
+        const auto running = history->Begin(kind, 1);
+        std::uint64_t number = 0;
+        const DescriptorChange record;
+        ASSERT_EQ(running->BeginTop({"C:\\elsewhere", true, {1}}, number), DWORD{ERROR_SUCCESS});
+        ASSERT_EQ(running->Record(number, {&record, 1}), DWORD{ERROR_SUCCESS});
+        for (const std::vector<std::string>& arguments : {std::vector<std::string>{"undo", "--yes"},
+                                                          {"undo", "--dry-run"},
+                                                          {"undo", "--yes", "--force"}}) {
+            const CommandResult refused = RunCli(arguments);
+            EXPECT_EQ(refused.exitCode, 1);
+            EXPECT_THAT(refused.output,
+                        AllOf(HasSubstr("not undone: another program is still making this change: " +
+                                        std::to_string(running->Number()) + ": "),
+                              HasSubstr("undo CHANGE")));
+        }
+        EXPECT_EQ(DifferenceOf(after, StateOfTree(top)), "");
+    }
+    EXPECT_EQ(RunCli({"undo", "1", "--yes"}).output, Undone(2, 0, 0));
+    EXPECT_EQ(DifferenceOf(before, StateOfTree(top)), "");
+}
+
 TEST_F(HistoryTest, ATerminalIsAskedAboutTheChange) {
     if (const std::string reason = MissingProgram("script"); !reason.empty()) GTEST_SKIP() << reason;
     Reset();
