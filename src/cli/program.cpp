@@ -33,6 +33,9 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli owner /mnt/data/Projects --set 'BUILTIN\Administrators' --tree
   permora-cli history
   permora-cli undo 12 --dry-run
+  permora-cli save /mnt/data/Projects --output projects.lists
+  permora-cli compare projects.lists /mnt/data/Projects
+  permora-cli restore projects.lists --to /mnt/new/Projects --dry-run
   permora-cli effective /mnt/data/Payroll --account anna
   permora-cli shred /mnt/data/Old /mnt/data/Payroll/2009.ods
   permora-cli accounts --find admin
