@@ -1,6 +1,8 @@
 #include "editor/list_writing.h"
 
+#include <mutex>
 #include <string>
+#include <utility>
 
 #include "framework/long_work.h"
 #include "platform/api/errors.h"
@@ -14,6 +16,49 @@ bool IsOutOfDate(const Outcomes& outcomes) {
     return !outcomes.empty() && outcomes.front().code == ERROR_REVISION_MISMATCH;
 }
 
+// Passes a change on, and remembers what its first object is given.
+class FirstRemembered : public ChangeRecorder {
+  public:
+    explicit FirstRemembered(ChangeRecorder& passedTo) : recorder(passedTo) {}
+
+    DWORD BeginTop(const ChangedTop& top, std::uint64_t& number) override {
+        return recorder.BeginTop(top, number);
+    }
+    DWORD Record(std::uint64_t top, std::span<const DescriptorChange> batch) override {
+        const DWORD error = recorder.Record(top, batch);
+        const std::lock_guard lock(guard);
+        const bool isTop = error == ERROR_SUCCESS && batch.front().path.empty();
+        // What is recorded again has changed before it could be written.
+        if (isTop && (!first || first->fileNumber == batch.front().fileNumber)) first = batch.front();
+        return error;
+    }
+    std::size_t BatchSize() const override { return recorder.BatchSize(); }
+    DWORD Error() const override { return recorder.Error(); }
+
+    // Whether the object has what it was given here.
+    bool HasWritten(const HeldObject& object) {
+        StoredSecurity now;
+        const std::lock_guard lock(guard);
+        return first && first->fileNumber == object.FileNumber() && object.ReadStored(now) == ERROR_SUCCESS &&
+               now == first->after;
+    }
+
+  private:
+    ChangeRecorder& recorder;
+    std::mutex guard;
+    std::optional<DescriptorChange> first;
+};
+
+// Once the first item is written, its list is no longer the one that was read, and not another program's.
+void ShowWritten(const RememberedObject& item, FirstRemembered& recorder, ReadParts& shown) {
+    HeldObject object;
+    ReadParts present;
+    if (FindItem(item, object).IsDone() &&
+        object.ReadSecurity(DACL_SECURITY_INFORMATION, present) == ERROR_SUCCESS &&
+        recorder.HasWritten(object))
+        shown = std::move(present);
+}
+
 }  // namespace
 
 bool MayOverwriteList(HWND owner, const std::string& item) {
@@ -25,12 +70,15 @@ bool MayOverwriteList(HWND owner, const std::string& item) {
 }
 
 bool WriteListAsking(CWnd& page, const RememberedPlace& place, std::optional<DaclInheritance> inheritance,
-                     const ListsByKind& lists, PSECURITY_DESCRIPTOR shown, ChangeRecorder& recorder) {
+                     const ListsByKind& lists, ReadParts& shown, ChangeRecorder& recorder) {
     Outcomes outcomes;
+    FirstRemembered remembering(recorder);
     // Where no list is expected, none is out of date.
-    for (PSECURITY_DESCRIPTOR expected = shown;; expected = nullptr) {
-        DoLongWork(page,
-                   [&] { outcomes = WriteListToItems(place.items, inheritance, lists, expected, recorder); });
+    for (PSECURITY_DESCRIPTOR expected = shown.descriptor.get();; expected = nullptr) {
+        DoLongWork(page, [&] {
+            outcomes = WriteListToItems(place.items, inheritance, lists, expected, remembering);
+            ShowWritten(place.items.front(), remembering, shown);
+        });
         if (!IsOutOfDate(outcomes)) break;
         if (!MayOverwriteList(page.GetSafeHwnd(), outcomes.front().object)) return false;
     }

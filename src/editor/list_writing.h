@@ -11,10 +11,11 @@ namespace permora {
 
 // Calls WriteListToItems on a thread of its own, then shows the failures. When another program has changed
 // the list of the first item since it was shown, the user is asked whether to overwrite it. On false, the
-// user refused and nothing was written.
+// user refused and nothing was written. Once the first item is written, `shown` has its new list, also when
+// the change was stopped behind it.
 [[nodiscard]] bool WriteListAsking(CWnd& page, const RememberedPlace& place,
                                    std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
-                                   PSECURITY_DESCRIPTOR shown, ChangeRecorder& recorder);
+                                   ReadParts& shown, ChangeRecorder& recorder);
 
 // Asks whether to write a list in the place of one that another program has changed since it was shown.
 bool MayOverwriteList(HWND owner, const std::string& item);

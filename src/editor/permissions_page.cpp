@@ -74,7 +74,7 @@ bool CPage1::OnApply() {
         MakeChangeAsking(*this, *changes, isForTrees ? ChangeKind::kReset : ChangeKind::kPermissions,
                          [&](ChangeRecorder& recorder) {
                              mayWrite = WriteListAsking(*this, *place, inheritance, {dacl.get(), dacl.get()},
-                                                        object.descriptor.get(), recorder);
+                                                        object, recorder);
                              if (mayWrite && isForTrees && recorder.Error() == ERROR_SUCCESS)
                                  ResetTrees(recorder);
                          });

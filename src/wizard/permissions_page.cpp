@@ -229,8 +229,8 @@ bool CWizardPage3::OnWizardFinish() {
     if (!forFiles) return false;
     bool mayWrite = true;
     const bool isMade = MakeChangeAsking(*this, *changes, ChangeKind::kAssign, [&](ChangeRecorder& recorder) {
-        mayWrite = WriteListAsking(*this, *place, std::nullopt, {forFolders.get(), forFiles.get()},
-                                   shown.descriptor.get(), recorder);
+        mayWrite =
+            WriteListAsking(*this, *place, std::nullopt, {forFolders.get(), forFiles.get()}, shown, recorder);
     });
     if (!mayWrite) ShowItem();
     return mayWrite && isMade && CPropertyPage::OnWizardFinish();

@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "history/database.h"
 #include "resources/resource_ids.h"
 #include "tests/editor/editor_fixture.h"
 #include "tests/support/command.h"
@@ -164,6 +165,47 @@ TEST_F(SecuritySheet, WithoutAHistoryTheUserIsAskedBeforeAnythingIsChanged) {
     EXPECT_EQ(DaclText(folder.Path("notes")), "D:PAI");
     EXPECT_EQ(test::ReadWholeFile(History::UsualPath()), "no database");
     std::filesystem::remove(History::UsualPath());
+}
+
+// What an Apply has written before the history stopped it is nobody else's.
+TEST_F(SecuritySheet, AfterAChangeThatTheHistoryHasStoppedTheNextOneGoesOn) {
+    const std::string database = History::UsualPath();
+    std::filesystem::remove(database);
+    {
+        std::unique_ptr<History> history;
+        Database limited;
+        ASSERT_EQ(History::Open(database, history), 0U);
+        ASSERT_EQ(limited.Open(database, Database::Access::kReadWrite), 0U);
+        ASSERT_EQ(limited.Execute("DROP TABLE objects; CREATE TABLE objects(change, number CHECK(number<2),"
+                                  " folder, name, is_folder, file, before, after, seal)"),
+                  0U);
+    }
+    const auto stop = [&](WindowDriver& window) {
+        ui.ExpectError(HasSubstr("history"));
+        window.Click(SheetButton::kApply);
+        ui.ExpectMessageBox(HasSubstr("The history of changes cannot be written."), "No history",
+                            MB_YESNO | MB_ICONQUESTION, IDNO);
+        window.Click(SheetButton::kApply);
+    };
+    Edit({"data", "notes"}, [&](WindowDriver& window) {
+        window.SelectRow(IDC_ACCESS_LIST, 0);
+        window.Click(IDC_REMOVE_ENTRY);
+        stop(window);
+        EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI");
+        EXPECT_EQ(DaclText(folder.Path("notes")), "D:PAI(A;;FA;;;BU)");
+        window.Click(SheetButton::kApply);
+        EXPECT_EQ(DaclText(folder.Path("notes")), "D:PAI");
+
+        Add(window, [](WindowDriver& entry) { entry.Click(IDC_ALLOW_READ_ATTRIBUTES); });
+        stop(window);
+        Give(folder.Path("data"), "D:P(A;;FX;;;BU)");
+        ui.ExpectMessageBox(HasSubstr("was changed by another program"), "Changed meanwhile",
+                            MB_YESNO | MB_ICONQUESTION, IDNO);
+        window.Click(SheetButton::kApply);
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI(A;;FX;;;BU)");
+    std::filesystem::remove(database);
 }
 
 TEST_F(SecuritySheet, AnItemThatFailsIsToldAndTheOthersAreWritten) {
