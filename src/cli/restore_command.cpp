@@ -254,6 +254,10 @@ void RestoreCommand::Fail(const std::string& path, RestoreFault fault, DWORD err
             return Say(path,
                        "not changed: an account to be exchanged stands in an entry in which it cannot be "
                        "exchanged");
+        case RestoreFault::kAlikeNames:
+            return Say(path,
+                       "not changed: there are names that differ from it in the case of letters alone, and "
+                       "it is not certain which of them was saved");
     }
 }
 

@@ -6,7 +6,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/system_message.h"
-#include "saved/saved_folders.h"
+#include "saved/name_case.h"
 #include "saved/sha256.h"
 
 namespace permora {
@@ -78,19 +78,41 @@ std::unique_ptr<CheckedList> CheckedList::Open(const std::string& path, const Vi
 bool CheckedList::Check(const Visit& visit, SavedFault& fault) {
     const std::unique_ptr<SavedListReader> reader = SavedListReader::Open(input, fault);
     if (!reader) return false;
-    SavedFolders folders({});
+    const SavedFolders::Complete note = [this](const SavedFolders::Folder& folder) {
+        NoteAlikeNames(folder);
+    };
+    SavedFolders folders(note);
     SavedObject object;
     while (reader->Next(object, fault)) {
         ++objectCount;
         if (reader->TopCount() > tops.size()) {
+            folders.End();
             tops.push_back(reader->Top());
-            folders = SavedFolders({});
+            folders = SavedFolders(note);
         }
         isInOrder = isInOrder && folders.Pass(object);
         if (visit) visit(object);
     }
+    folders.End();
     head = reader->Head();
     return fault.reason.empty();
+}
+
+// Of the last top.
+void CheckedList::NoteAlikeNames(const SavedFolders::Folder& folder) {
+    constexpr std::size_t kMostAlike = 65536;
+    if (folder.contents.size() < 2 || areManyAlike) return;
+    std::vector<std::pair<std::string, const std::string*>> names;
+    names.reserve(folder.contents.size());
+    for (const std::string& name : folder.contents)
+        names.emplace_back(InCapitals(name), &name);
+    std::ranges::sort(names);
+    for (std::size_t i = 1; i < names.size(); ++i) {
+        if (names[i].first != names[i - 1].first) continue;
+        for (const std::string* name : {names[i - 1].second, names[i].second})
+            alike.emplace(tops.size() - 1, folder.path.empty() ? *name : folder.path + '\\' + *name);
+        areManyAlike = alike.size() > kMostAlike;
+    }
 }
 
 std::unique_ptr<SavedListReader> CheckedList::Read(SavedFault& fault) {

@@ -5,10 +5,13 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "saved/saved_folders.h"
 #include "saved/saved_list.h"
 #include "saved/saved_list_reader.h"
 
@@ -42,7 +45,7 @@ class CheckedList {
   public:
     // `path` is one of files.h. Null: `fault` says why, and what `visit` (which may be empty) has seen of the
     // objects is worth nothing. Memory is that of the reader, the tops, the names in the folders on the way
-    // to an object, and a hash for each MiB of the file.
+    // to an object, a hash for each MiB of the file, and the paths that have alike ones up to a limit.
     using Visit = std::function<void(const SavedObject& object)>;
     static std::unique_ptr<CheckedList> Open(const std::string& path, const Visit& visit, SavedFault& fault);
 
@@ -52,6 +55,11 @@ class CheckedList {
     // Whether of each folder all saved contents come one after the other, so that it is known when they are
     // complete (SavedFolders), and no object comes twice.
     bool IsInOrder() const { return isInOrder; }
+    // Whether something else was saved in the same folder whose name differs in the case of letters alone.
+    // `top` is the number of the object's top, from 0. Only known when the list is in order.
+    bool HasAlikeName(std::size_t top, const std::string& path) const {
+        return areManyAlike || alike.contains({top, path});
+    }
 
     // From the beginning. Null: `fault` says why. One reader at a time, and none longer than this.
     std::unique_ptr<SavedListReader> Read(SavedFault& fault);
@@ -61,6 +69,7 @@ class CheckedList {
   private:
     CheckedList() = default;
     bool Check(const Visit& visit, SavedFault& fault);
+    void NoteAlikeNames(const SavedFolders::Folder& folder);
 
     SavedFileInput file;
     TwiceReadInput input{file};
@@ -68,6 +77,8 @@ class CheckedList {
     std::vector<SavedTop> tops;
     std::uint64_t objectCount = 0;
     bool isInOrder = true;
+    std::set<std::pair<std::size_t, std::string>> alike;
+    bool areManyAlike = false;  // too many to note: all count as such
 };
 
 }  // namespace permora

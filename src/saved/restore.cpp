@@ -12,6 +12,8 @@
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/security_change.h"
+#include "platform/tree_reading.h"
+#include "saved/name_case.h"
 #include "saved/saved_folders.h"
 
 namespace permora {
@@ -77,6 +79,7 @@ bool IsMissing(DWORD error) {
 class TopRestore {
   public:
     struct Work {
+        const CheckedList& list;
         const RestoreOptions& options;
         SECURITY_INFORMATION parts;
         bool looksForExtra;
@@ -84,7 +87,9 @@ class TopRestore {
         ChangeRecorder& recorder;
         RestoreCounts& counts;
     };
-    explicit TopRestore(const Work& toDo) : work(toDo), folders(WhenComplete()) {}
+    // `topNumber` is that of the saved top, from 0.
+    TopRestore(const Work& toDo, std::size_t topNumber)
+        : work(toDo), number(topNumber), folders(WhenComplete()) {}
 
     // Where the objects are now. Without this they are all missing.
     void Enter(RestoredTop found);
@@ -101,9 +106,11 @@ class TopRestore {
     SavedFolders::Complete WhenComplete();
     DWORD Try(Attempt attempt);
     DWORD TryOutOfDate();
+    DWORD FindInAnyCase(const std::string& path, std::string& present, bool& areAlike);
     DWORD Hold(const std::string& path, std::optional<HeldObject>& object) const;
     bool IsThere(const SavedObject& saved, const std::optional<HeldObject>& object, DWORD error);
     bool Prepare(const SavedObject& saved, const HeldObject& object, DescriptorChange& change);
+    void LookForExtra(const SavedFolders::Folder& folder);
     bool MakeWanted(const SavedObject& saved, nt::SecurityDescriptor& wanted);
     void Write(const HeldObject* object, const DescriptorChange& change);
     bool Fail(const std::string& path, RestoreFault fault, DWORD error = ERROR_SUCCESS);
@@ -112,8 +119,10 @@ class TopRestore {
     bool IsDryRun() const { return work.options.mode == RestoreMode::kDryRun; }
 
     Work work;
+    const std::size_t number;
     SavedFolders folders;
     std::optional<RestoredTop> top;
+    std::optional<NamesInAnyCase> names;  // of `top`, where the volume ignores the case of letters
     std::optional<StoredBatch> batch;
     std::deque<Attempt> batched;    // what is in the batch, in its order
     std::deque<Attempt> outOfDate;  // what another program has changed in the middle
@@ -139,14 +148,32 @@ bool TopRestore::IsLost(const std::string& path) const {
 }
 
 SavedFolders::Complete TopRestore::WhenComplete() {
-    return [this](const std::string& folder, const SavedFolders::Names& contents) {
-        if (!top || !top->object.IsFolder() || lost.contains(folder) || IsLost(folder)) return;
-        const DWORD error = FindExtra(top->folder, folder, contents, [this](const std::string& path) {
-            ++work.counts.extra;
-            work.host.FindExtra(path);
-        });
-        if (error != ERROR_SUCCESS) work.host.FailExtra(folder, error);
+    return [this](const SavedFolders::Folder& folder) {
+        const bool isThere =
+            top && top->object.IsFolder() && !lost.contains(folder.path) && !IsLost(folder.path);
+        if (isThere && folder.isKnown) LookForExtra(folder);
     };
+}
+
+void TopRestore::LookForExtra(const SavedFolders::Folder& folder) {
+    std::string present = folder.path;
+    SavedFolders::Names capitals;
+    if (names) {
+        NamesInAnyCase::Answer answer{};
+        if (!folder.path.empty() && (names->Find(folder.path, present, answer) != ERROR_SUCCESS ||
+                                     answer != NamesInAnyCase::Answer::kOne))
+            present = folder.path;
+        for (const std::string& name : folder.contents)
+            capitals.insert(InCapitals(name));
+    }
+    const auto isSaved = [&](const std::string& name) {
+        return names ? capitals.contains(InCapitals(name)) : folder.contents.contains(name);
+    };
+    const DWORD error = FindExtra(top->folder, present, isSaved, [this](const std::string& path) {
+        ++work.counts.extra;
+        work.host.FindExtra(path);
+    });
+    if (error != ERROR_SUCCESS) work.host.FailExtra(present, error);
 }
 
 void TopRestore::Enter(RestoredTop found) {
@@ -158,9 +185,26 @@ void TopRestore::Enter(RestoredTop found) {
         return;
     }
     top = std::move(found);
+    TreeObject read;
+    TreeFolder folder;
+    if (top->object.IsFolder())
+        (void)TreeFolder::ReadTop(top->object, DACL_SECURITY_INFORMATION, read, folder);
+    if (folder && folder.IgnoresCase() && work.list.IsInOrder()) names.emplace(top->folder);
     batch.emplace(
         work.recorder, std::move(changed),
         [this](const HeldObject* object, const DescriptorChange& change) { Write(object, change); });
+}
+
+// The path that something has now which is not found by its saved one, or may be by that of another.
+// `areAlike`: nobody knows which object it is. An error code when it is not there, or cannot be looked for.
+DWORD TopRestore::FindInAnyCase(const std::string& path, std::string& present, bool& areAlike) {
+    NamesInAnyCase::Answer answer{};
+    if (const DWORD error = names->Find(path, present, answer); error != ERROR_SUCCESS) return error;
+    if (answer == NamesInAnyCase::Answer::kNone) return ERROR_FILE_NOT_FOUND;
+    const auto nameIn = [](const std::string& whole) { return whole.substr(whole.rfind('\\') + 1); };
+    areAlike = answer == NamesInAnyCase::Answer::kSeveral ||
+               (work.list.HasAlikeName(number, path) && nameIn(present) != nameIn(path));
+    return ERROR_SUCCESS;
 }
 
 // The top itself stays in `top`.
@@ -229,16 +273,27 @@ DWORD TopRestore::Try(Attempt attempt) {
         if (const DWORD error = batch->Flush(); error != ERROR_SUCCESS) return error;
         found = Hold(saved.path, object);
     }
+    SavedObject present = saved;  // by the name that it has now
+    if (names && !saved.path.empty() && (IsMissing(found) || work.list.HasAlikeName(number, saved.path))) {
+        bool areAlike = false;
+        found = FindInAnyCase(saved.path, present.path, areAlike);
+        if (areAlike) {
+            Lose(saved.path);
+            Fail(saved.path, RestoreFault::kAlikeNames);
+            return ERROR_SUCCESS;
+        }
+        if (found == ERROR_SUCCESS) found = Hold(present.path, object);
+    }
     if (!IsThere(saved, object, found)) return ERROR_SUCCESS;
     const HeldObject& held = object ? *object : top->object;
     if (batch->Holds(held.FileNumber())) {
         if (const DWORD error = batch->Flush(); error != ERROR_SUCCESS) return error;
     }
     DescriptorChange change;
-    if (!Prepare(saved, held, change)) return ERROR_SUCCESS;
+    if (!Prepare(present, held, change)) return ERROR_SUCCESS;
     if (IsDryRun()) {
         ++work.counts.changed;
-        work.host.Change(saved.path);
+        work.host.Change(present.path);
         return ERROR_SUCCESS;
     }
     batched.push_back(std::move(attempt));
@@ -312,7 +367,8 @@ DWORD RestoreLists(CheckedList& list, const RestoreOptions& options, RestoreHost
     fault = {};
     const std::unique_ptr<SavedListReader> reader = list.Read(fault);
     if (!reader) return Conclude(list, fault);
-    const TopRestore::Work work = {options, list.Head().parts, list.IsInOrder(), host, recorder, counts};
+    const TopRestore::Work work = {list,     options, list.Head().parts, list.IsInOrder(), host,
+                                   recorder, counts};
     std::unique_ptr<TopRestore> top;
     std::size_t topCount = 0;
     DWORD error = ERROR_SUCCESS;
@@ -322,7 +378,7 @@ DWORD RestoreLists(CheckedList& list, const RestoreOptions& options, RestoreHost
             topCount = reader->TopCount();
             if (top) error = top->End();
             if (error != ERROR_SUCCESS) break;
-            top = std::make_unique<TopRestore>(work);
+            top = std::make_unique<TopRestore>(work, topCount - 1);
             RestoredTop found;
             if (host.FindTop(reader->Top(), found)) top->Enter(std::move(found));
         }

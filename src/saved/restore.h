@@ -36,6 +36,7 @@ enum class RestoreFault : std::uint8_t {
     kNotSaved,       // it could not be read when the others were saved: the code says why
     kNotListed,      // the folder has its list, but what is in it could not be saved: likewise
     kHiddenAccount,  // nt::ExchangeResult::kHidden
+    kAlikeNames,     // it may be any of several whose names differ in the case of letters alone
 };
 
 // Where the objects of a saved top are now.
@@ -44,8 +45,9 @@ struct RestoredTop {
     FolderHandle folder;  // the same object, when it is a folder
 };
 
-// Texts live for the call. All paths are below the top that comes last, with backslashes between the names;
-// empty: the top itself.
+// Texts live for the call. What was found is called by the name that it has now; on a volume that ignores the
+// case of letters that is not always the one that was saved. All paths are below the top that comes last,
+// with backslashes between the names; empty: the top itself.
 class RestoreHost {
   public:
     virtual ~RestoreHost() = default;

@@ -10,19 +10,6 @@
 namespace permora {
 namespace {
 
-// Never through a link, and never into what is mounted.
-DWORD OpenBelow(const FolderHandle& top, std::string_view path, FolderHandle& folder) {
-    FolderHandle open;
-    DWORD error = top.OpenPath("", open);
-    while (error == ERROR_SUCCESS && !path.empty()) {
-        FolderHandle next;
-        error = open.OpenFolder(std::string(TakeUntil('\\', path)), next);
-        if (error == ERROR_SUCCESS) open = std::move(next);
-    }
-    if (error == ERROR_SUCCESS) folder = std::move(open);
-    return error;
-}
-
 bool IsMounted(const FolderHandle& folder, const FolderEntry& entry) {
     FolderHandle inside;
     return entry.kind == FolderEntryKind::kFolder &&
@@ -38,7 +25,7 @@ bool IsGone(DWORD error) {
 }  // namespace
 
 void SavedFolders::Leave() {
-    if (folders.back().isKnown && complete) complete(folders.back().path, folders.back().contents);
+    if (complete) complete(folders.back());
     folders.pop_back();
 }
 
@@ -75,14 +62,27 @@ void SavedFolders::End() {
         Leave();
 }
 
-DWORD FindExtra(const FolderHandle& top, const std::string& path, const SavedFolders::Names& saved,
+DWORD OpenFolderBelow(const FolderHandle& top, std::string_view path, FolderHandle& folder) {
+    FolderHandle open;
+    DWORD error = top.OpenPath("", open);
+    while (error == ERROR_SUCCESS && !path.empty()) {
+        FolderHandle next;
+        error = open.OpenFolder(std::string(TakeUntil('\\', path)), next);
+        if (error == ERROR_SUCCESS) open = std::move(next);
+    }
+    if (error == ERROR_SUCCESS) folder = std::move(open);
+    return error;
+}
+
+DWORD FindExtra(const FolderHandle& top, const std::string& path,
+                const std::function<bool(const std::string& name)>& isSaved,
                 const std::function<void(const std::string& path)>& report) {
     FolderHandle folder;
-    DWORD error = OpenBelow(top, path, folder);
+    DWORD error = OpenFolderBelow(top, path, folder);
     std::vector<std::string> extra;
     FolderEntry entry;
     while (error == ERROR_SUCCESS && (error = folder.NextEntry(entry)) == ERROR_SUCCESS)
-        if (!saved.contains(entry.name) && !IsMounted(folder, entry)) extra.push_back(entry.name);
+        if (!isSaved(entry.name) && !IsMounted(folder, entry)) extra.push_back(entry.name);
     if (error != ERROR_NO_MORE_FILES) return IsGone(error) ? ERROR_SUCCESS : error;
     std::ranges::sort(extra);
     const std::string above = path.empty() ? path : path + '\\';

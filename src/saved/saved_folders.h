@@ -17,8 +17,16 @@ namespace permora {
 class SavedFolders {
   public:
     using Names = std::unordered_set<std::string>;
-    // All saved contents of a folder that was saved itself, by their bare names.
-    using Complete = std::function<void(const std::string& folder, const Names& contents)>;
+    struct Folder {
+        std::string path;
+        Names contents;  // by their bare names
+        // It was saved itself, with all its contents.
+        bool isKnown;
+        // The same as soon as it has any contents: the form does not say whether it is a folder.
+        bool isKnownWithContents;
+    };
+    // All that was saved of a folder has come.
+    using Complete = std::function<void(const Folder& folder)>;
 
     // `whenComplete` may be empty.
     explicit SavedFolders(Complete whenComplete) : complete(std::move(whenComplete)) {}
@@ -31,14 +39,6 @@ class SavedFolders {
     void End();
 
   private:
-    struct Folder {
-        std::string path;
-        Names contents;
-        // It was saved itself, with all its contents.
-        bool isKnown;
-        // The same as soon as it has any contents: the form does not say whether it is a folder.
-        bool isKnownWithContents;
-    };
     void Leave();
     bool PassIn(std::string_view folder, std::string_view name);
 
@@ -46,10 +46,14 @@ class SavedFolders {
     std::vector<Folder> folders;  // the last object's and those above it
 };
 
+// Opens the folder at `path` below `top`, never through a link and never what is mounted there.
+DWORD OpenFolderBelow(const FolderHandle& top, std::string_view path, FolderHandle& folder);
+
 // What is in a folder and was not saved, by its path below `top`; the first level only, without what is
 // mounted there. A folder that is gone, or another thing now, has nothing. Returns a system error code: the
 // folder cannot be listed to its end.
-DWORD FindExtra(const FolderHandle& top, const std::string& folder, const SavedFolders::Names& saved,
+DWORD FindExtra(const FolderHandle& top, const std::string& folder,
+                const std::function<bool(const std::string& name)>& isSaved,
                 const std::function<void(const std::string& path)>& report);
 
 }  // namespace permora

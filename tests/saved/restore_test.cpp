@@ -105,7 +105,8 @@ class NotingHost : public RestoreHost {
     bool Begin(const std::string& /*path*/) override { return begun++ != stopAt; }
     void Change(const std::string& path) override { notes.push_back("changed " + path); }
     void Fail(const std::string& path, RestoreFault fault, DWORD error) override {
-        constexpr const char* kFaults[] = {"error ", "other kind ", "not saved ", "not listed ", "hidden "};
+        constexpr const char* kFaults[] = {"error ",      "other kind ", "not saved ",
+                                           "not listed ", "hidden ",     "alike "};
         notes.push_back(kFaults[static_cast<int>(fault)] + path +
                         (error == 0 ? "" : " " + std::to_string(error)));
     }
@@ -260,18 +261,76 @@ TEST_F(RestoreTest, WhatIsMissingExtraOrAnotherThingIsTold) {
     umount((root + "/mounted").c_str());
 }
 
-TEST_F(RestoreTest, LetterCaseMattersOnNtfsToo) {
+// Notes where the records say that objects are.
+class PathRecorder : public NoRecord {
+  public:
+    DWORD Record(std::uint64_t /*top*/, std::span<const DescriptorChange> batch) override {
+        for (const DescriptorChange& change : batch)
+            paths.push_back(change.path);
+        return ERROR_SUCCESS;
+    }
+    std::vector<std::string> paths;
+};
+
+TEST_F(RestoreTest, TheCaseOfLettersMattersEverywhereButOnNtfs) {
+    if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const NtfsVolume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    for (const bool isNtfs : {false, true}) {
+        SCOPED_TRACE(isNtfs);
+        MakeTree(isNtfs ? volume.Path("tree") : folder.Path("tree"));
+        fs::rename(root + "/b", root + "/b\xC3\xA4");
+        SetDescriptorText(root + "/a/deep/one", "D:P(A;;FR;;;BG)");
+        Save(root, file);
+        const std::string one = DescriptorText(root + "/a/deep/one", kAll);
+        fs::rename(root + "/a", root + "/A");
+        fs::rename(root + "/A/deep", root + "/A/DEEP");
+        fs::rename(root + "/b\xC3\xA4", root + "/B\xC3\x84");
+        WriteFile(root + "/A/New", "x");
+        Spoil();
+        PathRecorder recorder;
+        NotingHost host(root);
+        ASSERT_EQ(Restore(host, recorder), ERROR_SUCCESS);
+        if (!isNtfs) {
+            EXPECT_THAT(host.notes, UnorderedElementsAre("changed ", "changed a.txt", "missing a",
+                                                         "missing b\xC3\xA4", "extra A", "extra B\xC3\x84"));
+            continue;
+        }
+        EXPECT_THAT(host.notes, UnorderedElementsAre("changed ", "changed A", "changed A\\DEEP",
+                                                     "changed A\\DEEP\\one", "changed A\\file",
+                                                     "changed a.txt", "changed B\xC3\x84", "extra A\\New"));
+        EXPECT_THAT(recorder.paths, UnorderedElementsAre("", "A", "A\\DEEP", "A\\DEEP\\one", "A\\file",
+                                                         "a.txt", "B\xC3\x84"));
+        EXPECT_EQ(DescriptorText(root + "/A/DEEP/one", kAll), one);
+    }
+}
+
+// Never one in the place of the other.
+TEST_F(RestoreTest, NamesThatDifferInTheCaseOfLettersAloneAreToldApartOrRefused) {
     if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
     const NtfsVolume volume;
     ASSERT_EQ(volume.Problem(), "");
     MakeTree(volume.Path("tree"));
+    for (const char* name : {"/both", "/BOTH", "/one", "/ONE", "/split"})
+        WriteFile(root + name, "x");
+    fs::create_directories(root + "/sub/x");
+    fs::create_directories(root + "/SUB/x");
     Save(root, file);
-    fs::rename(root + "/a", root + "/A");
+    fs::remove(root + "/ONE");
+    fs::remove_all(root + "/sub");
+    fs::rename(root + "/split", root + "/Split");
+    WriteFile(root + "/SPLIT", "x");
     Spoil();
-    const std::string renamed = DescriptorText(root + "/A/file", kAll);
-    EXPECT_THAT(Notes(),
-                UnorderedElementsAre("changed ", "changed a.txt", "changed b", "missing a", "extra A"));
-    EXPECT_EQ(DescriptorText(root + "/A/file", kAll), renamed);
+    const auto untouched = [this] {
+        return DescriptorText(root + "/Split", kAll) + DescriptorText(root + "/SPLIT", kAll);
+    };
+    const std::string before = untouched();
+    const std::vector<std::string> notes = Notes();
+    for (const char* note : {"changed both", "changed BOTH", "changed one", "alike ONE", "changed SUB",
+                             "changed SUB\\x", "alike sub", "alike split"})
+        EXPECT_THAT(notes, testing::Contains(note));
+    EXPECT_EQ(TextOf(counts), "12 changed, 0 so, 3 failed, 1 missing, 0 extra");
+    EXPECT_EQ(untouched(), before);
 }
 
 TEST_F(RestoreTest, AFileWithTwoNamesIsChangedOnce) {
