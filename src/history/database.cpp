@@ -64,6 +64,29 @@ int FlagsOf(Database::Access access) {
     return SQLITE_OPEN_READONLY;
 }
 
+// SQLite would look for links on the way to a file and go on with the path that it has found, which leads
+// through names that others may change. Links at the end are refused all the same.
+int KeepName(sqlite3_vfs* /*files*/, const char* name, int room, char* kept) {
+    const std::string_view text(name);
+    if (text.size() >= static_cast<std::size_t>(room)) return SQLITE_CANTOPEN;
+    text.copy(kept, text.size());
+    kept[text.size()] = '\0';
+    return SQLITE_OK;
+}
+
+// The name by which SQLite knows the system's files with the paths as they are given.
+const char* FilesByGivenPaths() {
+    static sqlite3_vfs files = [] {
+        sqlite3_vfs made = *sqlite3_vfs_find(nullptr);
+        made.pNext = nullptr;
+        made.zName = "permora";
+        made.xFullPathname = KeepName;
+        return made;
+    }();
+    static const int kRegistered = sqlite3_vfs_register(&files, 0);
+    return kRegistered == SQLITE_OK ? files.zName : nullptr;
+}
+
 // The path in the form that takes options.
 std::string AddressOf(const std::string& path) {
     static constexpr std::string_view kDigits = "0123456789abcdef";
@@ -88,7 +111,7 @@ DWORD Database::Open(const std::string& path, Access access) {
     const int flags = SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_EXRESCODE | FlagsOf(access);
     const std::string name = access == Access::kUnchanging ? AddressOf(path) + "?immutable=1" : path;
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(name.c_str(), &opened, flags, nullptr);
+    const int result = sqlite3_open_v2(name.c_str(), &opened, flags, FilesByGivenPaths());
     connection.reset(opened);
     if (result != SQLITE_OK) {
         const DWORD error = ErrorOf(result, opened);

@@ -26,6 +26,8 @@ class Database {
 
     // `path` is a file that exists, or that this may make (kReadWrite).
     DWORD Open(const std::string& path, Access access);
+    // For a path that leads there as long as `place` lives: the connection keeps it.
+    void Keep(std::shared_ptr<const void> kept) { place = std::move(kept); }
     explicit operator bool() const { return connection != nullptr; }
 
     // Statements without parameters and answers.
@@ -41,6 +43,7 @@ class Database {
     struct Close {
         void operator()(sqlite3* connection) const;
     };
+    std::shared_ptr<const void> place;  // outlives the connection, which opens files until its end
     std::unique_ptr<sqlite3, Close> connection;
 };
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <thread>
@@ -21,25 +22,32 @@ std::string_view FolderOf(std::string_view path) {
     return end == std::string_view::npos ? std::string_view() : path.substr(0, end);
 }
 
-// Where the database really lies, when it and all beside it are nobody else's.
-DWORD FindFile(const std::string& path, Database::Access access, std::string& file) {
+// The folder that holds the database, and the way to it from there, when it and all beside it are nobody
+// else's.
+struct FoundFile {
+    std::shared_ptr<const PrivateFolder> folder;
+    std::string path;
+};
+
+DWORD FindFile(const std::string& path, Database::Access access, FoundFile& file) {
     const std::string folder(FolderOf(path));
     if (folder.empty()) return ERROR_PATH_NOT_FOUND;
     const bool isToRead = access == Database::Access::kReadOnly;
-    std::string place;
-    DWORD error = FindPrivateFolder(folder, isToRead ? MissingFolder::kLeave : MissingFolder::kMake, place);
+    FoundFile found;
+    DWORD error =
+        PrivateFolder::Hold(folder, isToRead ? MissingFolder::kLeave : MissingFolder::kMake, found.folder);
     if (error != ERROR_SUCCESS)
         return isToRead && error == ERROR_PATH_NOT_FOUND ? ERROR_FILE_NOT_FOUND : error;
-    place += path.substr(folder.size());
-    if (!isToRead) error = MakePrivateFile(place);
-    if (error == ERROR_SUCCESS) error = CheckPrivateFile(place);
-    if (error == ERROR_SUCCESS && !isToRead) error = CheckWritable(place);
+    found.path = found.folder->PathOf(std::string_view(path).substr(folder.size() + 1));
+    if (!isToRead) error = MakePrivateFile(found.path);
+    if (error == ERROR_SUCCESS) error = CheckPrivateFile(found.path);
+    if (error == ERROR_SUCCESS && !isToRead) error = CheckWritable(found.path);
     for (const char* companion : kCompanions) {
         if (error != ERROR_SUCCESS) return error;
-        error = CheckPrivateFile(place + companion);
+        error = CheckPrivateFile(found.path + companion);
         if (error == ERROR_FILE_NOT_FOUND) error = ERROR_SUCCESS;
     }
-    if (error == ERROR_SUCCESS) file = std::move(place);
+    if (error == ERROR_SUCCESS) file = std::move(found);
     return error;
 }
 
@@ -112,17 +120,18 @@ DWORD CheckSchemaAtOnce(Database& database, std::int64_t& version) {
 }  // namespace
 
 DWORD OpenHistoryFile(const std::string& path, Database::Access access, Database& database) {
-    std::string file;
+    FoundFile file;
     Database opened;
     DWORD error = FindFile(path, access, file);
-    if (error == ERROR_SUCCESS) error = opened.Open(file, access);
+    opened.Keep(file.folder);
+    if (error == ERROR_SUCCESS) error = opened.Open(file.path, access);
     std::int64_t version = 0;
     if (error == ERROR_SUCCESS) error = CheckSchemaAtOnce(opened, version);
     // Reading makes the log anew, which cannot be made there. Nor is it needed, as long as there is none.
     if (error != ERROR_SUCCESS && access == Database::Access::kReadOnly &&
-        CheckWritable(file) == ERROR_WRITE_PROTECT &&
-        CheckPrivateFile(file + "-wal") == ERROR_FILE_NOT_FOUND) {
-        error = opened.Open(file, Database::Access::kUnchanging);
+        CheckWritable(file.path) == ERROR_WRITE_PROTECT &&
+        CheckPrivateFile(file.path + "-wal") == ERROR_FILE_NOT_FOUND) {
+        error = opened.Open(file.path, Database::Access::kUnchanging);
         if (error == ERROR_SUCCESS) error = CheckSchemaAtOnce(opened, version);
     }
     if (error == ERROR_SUCCESS && access == Database::Access::kReadOnly && version == 0)

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <string_view>
 
 #include "platform/api/errors.h"
 
@@ -19,12 +21,27 @@ std::string StateFolder();
 
 enum class MissingFolder { kMake, kLeave };
 
-// Makes sure that the folder belongs to this process's user and that nobody else decides what is in it.
-// `place` is the folder as it really lies, without links on the way. ERROR_CANT_RESOLVE_FILENAME: it is a
-// link. ERROR_INVALID_OWNER: it belongs to somebody else, or others may write in it. ERROR_PATH_NOT_FOUND.
-DWORD FindPrivateFolder(const std::string& path, MissingFolder missing, std::string& place);
+// A folder that belongs to this process's user, in which nobody else decides what there is. It is held: what
+// becomes of its name, or of those above it, leads nobody astray.
+class PrivateFolder {
+  public:
+    // ERROR_CANT_RESOLVE_FILENAME: it is a link. ERROR_INVALID_OWNER: it belongs to somebody else, or others
+    // may write in it. ERROR_PATH_NOT_FOUND. Who holds it already shares it.
+    static DWORD Hold(const std::string& path, MissingFolder missing,
+                      std::shared_ptr<const PrivateFolder>& folder);
+    ~PrivateFolder();
 
-// The same for a file in such a folder. ERROR_FILE_NOT_FOUND.
+    // A path to the entry with this bare name, for this process and as long as the folder is held: on Linux
+    // through the open folder, on Windows by the names, which stay as long as something below is open.
+    std::string PathOf(std::string_view name) const;
+
+  private:
+    PrivateFolder();
+    struct Inside;
+    std::unique_ptr<Inside> inside;
+};
+
+// Whether a file in such a folder is this process's user's alone, as the folder is. ERROR_FILE_NOT_FOUND.
 DWORD CheckPrivateFile(const std::string& path);
 // Makes an empty file there that this process's user alone may read and write; one that is there stays.
 DWORD MakePrivateFile(const std::string& path);

@@ -11,12 +11,16 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <random>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "history/database.h"
 #include "history/schema.h"
+#include "platform/private_place.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -477,6 +481,41 @@ TEST_F(HistoryTest, AHistoryInTheFirstLayoutIsReadAsItIsAndBroughtUpToDateByTheF
     std::size_t removed = 0;
     ASSERT_EQ(history->PruneOlder(std::int64_t{1} << 40, removed), DWORD{ERROR_SUCCESS});
     RunSql(Path(), "CREATE TEMP TABLE t(n CHECK(n=0)); INSERT INTO t SELECT count(*) FROM times");
+}
+
+// Whoever may rename a folder above it leads nobody to another database, at no moment.
+TEST_F(HistoryTest, ItsFolderIsHeldWhateverBecomesOfTheNamesAboveIt) {
+    const std::string state = folder.Path("above/permora");
+    std::shared_ptr<const PrivateFolder> held;
+    ASSERT_EQ(PrivateFolder::Hold(state, MissingFolder::kMake, held), DWORD{ERROR_SUCCESS});
+    const std::string path = held->PathOf("history.db");
+    ASSERT_EQ(MakePrivateFile(path), DWORD{ERROR_SUCCESS});
+    Database database;
+    database.Keep(held);
+    ASSERT_EQ(database.Open(path, Database::Access::kReadWrite), DWORD{ERROR_SUCCESS});
+    std::filesystem::rename(folder.Path("above"), folder.Path("away"));
+    Make(*Open(), 1);
+    std::filesystem::create_directories(state);
+    std::filesystem::copy_file(Path(), state + "/history.db");
+    ASSERT_EQ(database.Execute("PRAGMA journal_mode=WAL; CREATE TABLE own(n); INSERT INTO own VALUES(1)"),
+              DWORD{ERROR_SUCCESS});
+    std::optional<std::int64_t> rows;
+    ASSERT_EQ(database.Ask("SELECT count(*) FROM own", rows), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(rows, 1);
+    const auto namesIn = [](const std::string& where) {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(where))
+            names.insert(entry.path().filename());
+        return names;
+    };
+    EXPECT_EQ(namesIn(state), std::set<std::string>{"history.db"});
+    EXPECT_EQ(namesIn(folder.Path("away/permora")),
+              (std::set<std::string>{"history.db", "history.db-shm", "history.db-wal"}));
+    // Another one of this process goes on when the first has ended.
+    std::shared_ptr<const PrivateFolder> again;
+    ASSERT_EQ(PrivateFolder::Hold(folder.Path("away/permora"), MissingFolder::kLeave, again),
+              DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(again, held);
 }
 
 // A program that opens the file of a database and closes it again gives up its locks on it, as POSIX has it.

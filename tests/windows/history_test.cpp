@@ -143,17 +143,18 @@ TEST(PrivatePlace, IsInTheUsersLocalData) {
 
 TEST(PrivatePlace, FilesAreMadeForTheUserAloneAndOthersRefused) {
     const TestFolder folder;
-    std::string place;
-    EXPECT_EQ(FindPrivateFolder(folder.Path("p"), MissingFolder::kLeave, place), DWORD{ERROR_PATH_NOT_FOUND});
-    ASSERT_EQ(FindPrivateFolder(folder.Path("p"), MissingFolder::kMake, place), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(place, folder.Path("p"));
-    const std::string file = folder.Path("p\\file");
+    std::shared_ptr<const PrivateFolder> held;
+    EXPECT_EQ(PrivateFolder::Hold(folder.Path("p"), MissingFolder::kLeave, held),
+              DWORD{ERROR_PATH_NOT_FOUND});
+    ASSERT_EQ(PrivateFolder::Hold(folder.Path("p"), MissingFolder::kMake, held), DWORD{ERROR_SUCCESS});
+    const std::string file = held->PathOf("file");
+    EXPECT_EQ(file, folder.Path("p\\file"));
     EXPECT_EQ(CheckPrivateFile(file), DWORD{ERROR_FILE_NOT_FOUND});
     for (int i = 0; i < 2; ++i)
         EXPECT_EQ(MakePrivateFile(file), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(CheckPrivateFile(file), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(CheckWritable(file), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(FindPrivateFolder(file, MissingFolder::kLeave, place), DWORD{ERROR_DIRECTORY});
+    EXPECT_EQ(PrivateFolder::Hold(file, MissingFolder::kLeave, held), DWORD{ERROR_DIRECTORY});
     EXPECT_EQ(CheckPrivateFile(folder.Path("p")), DWORD{ERROR_FILE_CORRUPT});
     ASSERT_EQ(SetListText(file, "D:P(A;;FA;;;WD)"), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(CheckPrivateFile(file), DWORD{ERROR_INVALID_OWNER});

@@ -66,11 +66,11 @@ DWORD RequireOurs(HANDLE object) {
     return isOurs ? ERROR_SUCCESS : ERROR_INVALID_OWNER;
 }
 
-DWORD OpenItself(const std::string& path, UniqueHandle& opened) {
+DWORD OpenItself(const std::string& path, DWORD share, UniqueHandle& opened) {
     std::wstring wide;
     if (const DWORD error = ToVerbatimPath(path, wide); error != ERROR_SUCCESS) return error;
     HANDLE handle =
-        CreateFileW(wide.c_str(), READ_CONTROL | FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
+        CreateFileW(wide.c_str(), READ_CONTROL | FILE_READ_ATTRIBUTES, share, nullptr, OPEN_EXISTING,
                     FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (handle == INVALID_HANDLE_VALUE) return GetLastError();
     opened.reset(handle);
@@ -126,22 +126,38 @@ std::string StateFolder() {
     return folder + "\\Permora";
 }
 
-DWORD FindPrivateFolder(const std::string& path, MissingFolder missing, std::string& place) {
-    UniqueHandle folder;
+struct PrivateFolder::Inside {
+    UniqueHandle folder;  // open, so that none of the names on the way to it can change
+    std::string path;     // without links on the way
+};
+
+PrivateFolder::PrivateFolder() : inside(std::make_unique<Inside>()) {}
+PrivateFolder::~PrivateFolder() = default;
+
+std::string PrivateFolder::PathOf(std::string_view name) const {
+    return inside->path + '\\' + std::string(name);
+}
+
+DWORD PrivateFolder::Hold(const std::string& path, MissingFolder missing,
+                          std::shared_ptr<const PrivateFolder>& folder) {
+    std::shared_ptr<PrivateFolder> held(new PrivateFolder);
+    UniqueHandle& opened = held->inside->folder;
     std::wstring where;
     DWORD error = missing == MissingFolder::kMake ? MakeFolder(path) : DWORD{ERROR_SUCCESS};
-    if (error == ERROR_SUCCESS) error = OpenItself(path, folder);
+    if (error == ERROR_SUCCESS) error = OpenItself(path, FILE_SHARE_READ | FILE_SHARE_WRITE, opened);
     if (error == ERROR_FILE_NOT_FOUND) return ERROR_PATH_NOT_FOUND;
-    if (error == ERROR_SUCCESS) error = RequireFolder(folder.get());
-    if (error == ERROR_SUCCESS) error = RequireOurs(folder.get());
-    if (error == ERROR_SUCCESS) error = FinalPathOf(folder.get(), where);
-    return error == ERROR_SUCCESS ? ToOrdinaryPath(where, place) : error;
+    if (error == ERROR_SUCCESS) error = RequireFolder(opened.get());
+    if (error == ERROR_SUCCESS) error = RequireOurs(opened.get());
+    if (error == ERROR_SUCCESS) error = FinalPathOf(opened.get(), where);
+    if (error == ERROR_SUCCESS) error = ToOrdinaryPath(where, held->inside->path);
+    if (error == ERROR_SUCCESS) folder = std::move(held);
+    return error;
 }
 
 DWORD CheckPrivateFile(const std::string& path) {
     UniqueHandle file;
     BY_HANDLE_FILE_INFORMATION info{};
-    if (const DWORD error = OpenItself(path, file); error != ERROR_SUCCESS) return error;
+    if (const DWORD error = OpenItself(path, kShareAll, file); error != ERROR_SUCCESS) return error;
     if (GetFileInformationByHandle(file.get(), &info) == FALSE) return GetLastError();
     if ((info.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return ERROR_CANT_RESOLVE_FILENAME;
     if ((info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return ERROR_FILE_CORRUPT;

@@ -9,13 +9,16 @@
 #include <cstddef>
 #include <cstdlib>
 #include <fstream>
-#include <string_view>
+#include <mutex>
+#include <utility>
+#include <vector>
 
 #include "platform/fnv_hash.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/base/user_folders.h"
 #include "platform/linux/files/descriptor_path.h"
+#include "platform/linux/files/object_handle.h"
 
 namespace permora {
 namespace {
@@ -62,21 +65,51 @@ std::string StateFolder() {
     return folder.empty() ? folder : folder + "/permora";
 }
 
-DWORD FindPrivateFolder(const std::string& path, MissingFolder missing, std::string& place) {
+struct PrivateFolder::Inside {
+    UniqueFd folder;
+    struct stat status {};
+};
+
+PrivateFolder::PrivateFolder() : inside(std::make_unique<Inside>()) {}
+PrivateFolder::~PrivateFolder() = default;
+
+std::string PrivateFolder::PathOf(std::string_view name) const {
+    return host::DescriptorPath(inside->folder.Get()).Text() + ('/' + std::string(name));
+}
+
+DWORD PrivateFolder::Hold(const std::string& path, MissingFolder missing,
+                          std::shared_ptr<const PrivateFolder>& folder) {
     if (missing == MissingFolder::kMake) {
         // With all that is missing above it. What fails there makes the last one fail.
         for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
             mkdir(path.substr(0, end).c_str(), S_IRWXU);
         if (mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) return OpenError(errno);
     }
-    const UniqueFd folder(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    if (!folder) return errno == ENOENT ? ERROR_PATH_NOT_FOUND : OpenError(errno);
-    struct stat status {};
-    if (fstat(folder.Get(), &status) != 0) return host::ErrorFromErrno(errno);
+    std::shared_ptr<PrivateFolder> held(new PrivateFolder);
+    const struct stat& status = held->inside->status;
+    held->inside->folder.Reset(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (!held->inside->folder) return errno == ENOENT ? ERROR_PATH_NOT_FOUND : OpenError(errno);
+    if (fstat(held->inside->folder.Get(), &held->inside->status) != 0) return host::ErrorFromErrno(errno);
     if (S_ISLNK(status.st_mode)) return ERROR_CANT_RESOLVE_FILENAME;
     if (!S_ISDIR(status.st_mode)) return ERROR_DIRECTORY;
     if (!IsOurs(status)) return ERROR_INVALID_OWNER;
-    return host::HostPathOf(folder.Get(), place);
+    // A library that knows files by their identity may go on with the path by which it met one first, when
+    // the first user is gone: all have the same.
+    static struct {
+        std::mutex guard;
+        std::vector<std::weak_ptr<const PrivateFolder>> folders;
+    } known;
+    const std::lock_guard lock(known.guard);
+    std::erase_if(known.folders, [](const auto& each) { return each.expired(); });
+    for (const auto& each : known.folders) {
+        std::shared_ptr<const PrivateFolder> same = each.lock();
+        if (!same || !host::AreOneObject(same->inside->status, status)) continue;
+        folder = std::move(same);
+        return ERROR_SUCCESS;
+    }
+    known.folders.push_back(held);
+    folder = std::move(held);
+    return ERROR_SUCCESS;
 }
 
 DWORD CheckPrivateFile(const std::string& path) {
