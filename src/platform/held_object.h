@@ -82,6 +82,10 @@ class HeldObject {
     // there at the time: file numbers are given again. False where the volume does not know.
     DWORD WasBornAfter(std::int64_t seconds, bool& wasBornAfter) const;
 
+    // Whether a file that HoldBelow has found has further names (hard links), as FileHandle::HasSeveralNames
+    // says it. A folder has none.
+    DWORD HasSeveralNames(bool& answer) const;
+
     // Whether the volume that holds the object has access lists: FILE_PERSISTENT_ACLS in the flags of
     // GetVolumeInformationA.
     DWORD AskAccessControl(bool& isSupported) const;

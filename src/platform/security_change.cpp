@@ -1,5 +1,6 @@
 #include "platform/security_change.h"
 
+#include <span>
 #include <utility>
 
 #include "platform/api/errors.h"
@@ -105,6 +106,21 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& above, nt:
 const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor) {
     static const nt::Acl kNothing;
     return descriptor.daclState == nt::DaclState::kList ? descriptor.dacl : kNothing;
+}
+
+DWORD ReadDescriptor(const HeldObject& object, SECURITY_INFORMATION needed,
+                     nt::SecurityDescriptor& descriptor) {
+    ReadParts read;
+    DWORD error = object.ReadSecurity(kDescriptorParts, read);
+    if (error != ERROR_SUCCESS && (needed & SACL_SECURITY_INFORMATION) == 0)
+        error = object.ReadSecurity(kDescriptorParts & ~DWORD{SACL_SECURITY_INFORMATION}, read);
+    if (error != ERROR_SUCCESS) return error;
+    const auto* bytes = static_cast<const std::uint8_t*>(read.descriptor.get());
+    auto value = nt::SecurityDescriptor::FromBytes(
+        std::span(bytes, GetSecurityDescriptorLength(read.descriptor.get())));
+    if (!value) return ERROR_INVALID_SECURITY_DESCR;
+    descriptor = std::move(*value);
+    return ERROR_SUCCESS;
 }
 
 void TakeParts(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor& from,

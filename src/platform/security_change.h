@@ -55,6 +55,10 @@ const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor);
 inline constexpr SECURITY_INFORMATION kDescriptorParts =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION |
     SACL_SECURITY_INFORMATION;
+// The whole descriptor of an object; without the system's list where only a privilege would let us read it,
+// and it is none of the `needed` parts. ERROR_INVALID_SECURITY_DESCR for a damaged one.
+DWORD ReadDescriptor(const HeldObject& object, SECURITY_INFORMATION needed,
+                     nt::SecurityDescriptor& descriptor);
 // Replaces the named parts by those of `from`, and the flags of the control word that belong to them.
 void TakeParts(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor& from,
                SECURITY_INFORMATION parts);

@@ -5,7 +5,6 @@
 #include <memory>
 #include <optional>
 #include <set>
-#include <span>
 #include <utility>
 
 #include "history/stored_batch.h"
@@ -32,23 +31,6 @@ void TakeSaved(nt::SecurityDescriptor& descriptor, const nt::SecurityDescriptor&
         descriptor = saved;
     else
         TakeParts(descriptor, saved, parts);
-}
-
-// The whole descriptor; without the system's list where only a privilege would let us read it, and it is none
-// of the `parts` that were saved.
-DWORD ReadDescriptor(const HeldObject& object, SECURITY_INFORMATION parts,
-                     nt::SecurityDescriptor& descriptor) {
-    ReadParts read;
-    DWORD error = object.ReadSecurity(kDescriptorParts, read);
-    if (error != ERROR_SUCCESS && (parts & SACL_SECURITY_INFORMATION) == 0)
-        error = object.ReadSecurity(kDescriptorParts & ~DWORD{SACL_SECURITY_INFORMATION}, read);
-    if (error != ERROR_SUCCESS) return error;
-    const auto* bytes = static_cast<const std::uint8_t*>(read.descriptor.get());
-    auto value = nt::SecurityDescriptor::FromBytes(
-        std::span(bytes, GetSecurityDescriptorLength(read.descriptor.get())));
-    if (!value) return ERROR_INVALID_SECURITY_DESCR;
-    descriptor = std::move(*value);
-    return ERROR_SUCCESS;
 }
 
 bool IsOfKind(const HeldObject& object, SavedKind kind) {

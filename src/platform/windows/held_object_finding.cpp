@@ -70,6 +70,13 @@ std::uint64_t HeldObject::FileNumber() const {
     return NumberOf(inside->object.get(), number) == ERROR_SUCCESS ? number : 0;
 }
 
+DWORD HeldObject::HasSeveralNames(bool& answer) const {
+    BY_HANDLE_FILE_INFORMATION info{};
+    if (GetFileInformationByHandle(inside->object.get(), &info) == FALSE) return GetLastError();
+    answer = !IsFolder() && info.nNumberOfLinks > 1;
+    return ERROR_SUCCESS;
+}
+
 DWORD HeldObject::FindTop(ChangedTop& top) const {
     return FindTopOf(inside->object.get(), IsFolder(), top);
 }

@@ -21,6 +21,7 @@
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/object_identity.h"
 #include "platform/linux/files/paths.h"
+#include "platform/linux/files/several_names.h"
 #include "platform/linux/files/unmounted_entry.h"
 #include "platform/linux/security/held_object_inside.h"
 
@@ -60,8 +61,9 @@ DWORD Descend(std::string_view path, ObjectHandle& folder, std::string& lastHost
     }
 }
 
-// As HoldBelow, for the object `here`.
-DWORD ResolveBelow(const host::ResolvedObject& here, const std::string& path, host::ResolvedObject& below) {
+// As HoldBelow, for the object `here`. `hostName` is that of the object in its folder.
+DWORD ResolveBelow(const host::ResolvedObject& here, const std::string& path, host::ResolvedObject& below,
+                   std::string& hostName) {
     host::ResolvedObject found;
     DWORD error = ERROR_SUCCESS;
     if (path.empty()) {
@@ -69,7 +71,6 @@ DWORD ResolveBelow(const host::ResolvedObject& here, const std::string& path, ho
         if (error == ERROR_SUCCESS && here.parent) error = here.parent.Duplicate(found.parent);
     } else {
         if (path.back() == '\\') return ERROR_INVALID_NAME;
-        std::string hostName;
         error = here.object.Duplicate(found.parent);
         if (error == ERROR_SUCCESS) error = Descend(path, found.parent, hostName);
         if (error == ERROR_SUCCESS)
@@ -94,10 +95,10 @@ DWORD HeldObject::HoldTop(const ChangedTop& top, HeldObject& object) {
 
 DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
     auto held = std::make_unique<Inside>();
-    DWORD error = ResolveBelow(inside->target, path, held->target);
+    DWORD error = ResolveBelow(inside->target, path, held->target, held->hostName);
     if (error == ERROR_TOO_MANY_OPEN_FILES) {
         host::RaiseDescriptorLimit();
-        error = ResolveBelow(inside->target, path, held->target);
+        error = ResolveBelow(inside->target, path, held->target, held->hostName);
     }
     if (error != ERROR_SUCCESS) return error;
     if (!inside->storeKind) inside->storeKind = host::StoreKindOf(inside->target.object);
@@ -110,6 +111,14 @@ DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
 
 std::uint64_t HeldObject::FileNumber() const {
     return inside->target.object.Status().st_ino;
+}
+
+DWORD HeldObject::HasSeveralNames(bool& answer) const {
+    const host::ResolvedObject& target = inside->target;
+    if (!target.object.IsFolder())
+        return host::AskSeveralNames(target.parent.Descriptor(), inside->hostName, target.object, answer);
+    answer = false;
+    return ERROR_SUCCESS;
 }
 
 DWORD HeldObject::FindTop(ChangedTop& top) const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "platform/held_object.h"
 #include "platform/linux/files/descriptor_support.h"
@@ -12,6 +13,7 @@ namespace permora {
 
 struct HeldObject::Inside {
     host::ResolvedObject target;
+    std::string hostName;  // in the target's parent, when it was found by HoldBelow
     host::ObjectTurn turn;
     // For objects that are held below this one (HoldBelow), and so lie on the same mount: asked once for all.
     std::optional<host::DescriptorStoreKind> storeKind;
