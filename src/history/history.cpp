@@ -70,7 +70,7 @@ DWORD HistoryOfFile::FactsOf(Statement& row, ChangeFacts& facts) {
     const std::int64_t kind = row.Number(4);
     const std::int64_t undone = row.Number(5);
     if (kind < static_cast<std::int64_t>(ChangeKind::kPermissions) ||
-        kind > static_cast<std::int64_t>(ChangeKind::kRestore) || row.Number(7) < 0)
+        kind > static_cast<std::int64_t>(ChangeKind::kClone) || row.Number(7) < 0)
         return ERROR_FILE_CORRUPT;
     read.kind = static_cast<ChangeKind>(kind);
     read.undoes = row.Number(6);

@@ -25,6 +25,8 @@ enum class ChangeKind : std::uint8_t {
     kShare = 5,   // the list of a share
     kUndo = 6,
     kRestore = 7,
+    kReplace = 8,  // accounts by others
+    kClone = 9,    // what one object has, given to others
 };
 
 enum class ChangeState : std::uint8_t {

@@ -27,6 +27,10 @@ const char* KindText(ChangeKind kind) {
             return "undo of change ";
         case ChangeKind::kRestore:
             return "restored permissions of ";
+        case ChangeKind::kReplace:
+            return "accounts replaced on ";
+        case ChangeKind::kClone:
+            return "permissions of another object given to ";
     }
     return "change of ";
 }

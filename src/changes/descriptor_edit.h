@@ -1,0 +1,64 @@
+// What becomes of the security of one object when a whole tree is edited. Values alone: nothing is read from
+// a volume or written to it.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/nt/acl.h"
+#include "platform/nt/inheritance.h"
+#include "platform/nt/security_descriptor.h"
+
+namespace permora {
+
+// Where an object stands in the tree that is edited.
+enum class EditPlace : std::uint8_t {
+    kTop,    // what it inherits comes from a folder that is not edited
+    kBelow,  // its folder is edited too
+};
+
+// The list of the folder that holds an object, before and after its own edit. One and the same object where
+// nothing has changed.
+struct ListsAbove {
+    const nt::Acl& before;
+    const nt::Acl& after;
+};
+
+struct ObjectToEdit {
+    const nt::SecurityDescriptor& present;
+    nt::ObjectKind kind;
+    EditPlace place;
+    const ListsAbove* above;  // null: not known; the root of a volume has empty ones
+};
+
+enum class EditFault : std::uint8_t {
+    kNone,
+    kHiddenAccount,  // nt::ExchangeResult::kHidden
+    kUnknownFolder,  // what its folder hands down is needed and not known
+};
+
+struct EditedSecurity {
+    nt::SecurityDescriptor wanted;  // the present one when nothing changes, and with a fault
+    EditFault fault = EditFault::kNone;
+    // Entries that the edit is about are inherited from a folder that is not edited, and stay.
+    bool inheritedStay = false;
+    // Entries that the edit is about stay, since they are of other types than allow and deny.
+    bool otherTypesStay = false;
+};
+
+class DescriptorEdit {
+  public:
+    virtual ~DescriptorEdit() = default;
+    virtual EditedSecurity Edit(const ObjectToEdit& object) = 0;
+};
+
+// Whether the list lets nobody in: it allows nothing on the object itself, or denies it to Everyone before.
+// The owner may still change it.
+bool LetsNobodyIn(const nt::SecurityDescriptor& descriptor);
+
+// Whether the entry came from the folder above: not in a list that is protected and inherits nothing.
+bool IsInheritedIn(const nt::SecurityDescriptor& descriptor, const nt::Ace& entry);
+
+// What a folder with the list `above` hands down to the object.
+nt::Acl HandedDownTo(const nt::SecurityDescriptor& descriptor, nt::ObjectKind kind, const nt::Acl& above);
+
+}  // namespace permora
