@@ -39,15 +39,16 @@ class ChangeCommand : public ObjectCommand {
     void SayOnce(const std::string& text);
 
     std::optional<PlannedChange> Plan() final;
-    bool Do(const Target& target) final;
+    bool Do(const Target& target) override;
     bool DoShare(const std::string& name) final;
+
+    ChangeOptions options{*this};
+    Recording recording{*this};
 
   private:
     EditResult MakeList(EditedList list, UniqueLocal<ACL>& dacl);
     ChangeResult WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl);
 
-    ChangeOptions options{*this};
-    Recording recording{*this};
     std::string said;
 };
 

@@ -10,6 +10,7 @@ namespace permora {
 
 std::unique_ptr<Command> MakeAccounts(const CommandParent& parent);
 std::unique_ptr<Command> MakeAssign(const CommandParent& parent);
+std::unique_ptr<Command> MakeClone(const CommandParent& parent);
 std::unique_ptr<Command> MakeCompare(const CommandParent& parent);
 std::unique_ptr<Command> MakeDeny(const CommandParent& parent);
 std::unique_ptr<Command> MakeEffective(const CommandParent& parent);
@@ -17,6 +18,7 @@ std::unique_ptr<Command> MakeGrant(const CommandParent& parent);
 std::unique_ptr<Command> MakeHistory(const CommandParent& parent);
 std::unique_ptr<Command> MakeInherit(const CommandParent& parent);
 std::unique_ptr<Command> MakeOwner(const CommandParent& parent);
+std::unique_ptr<Command> MakeReplace(const CommandParent& parent);
 std::unique_ptr<Command> MakeReset(const CommandParent& parent);
 std::unique_ptr<Command> MakeRestore(const CommandParent& parent);
 std::unique_ptr<Command> MakeRevoke(const CommandParent& parent);

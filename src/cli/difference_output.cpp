@@ -4,13 +4,12 @@
 #include <vector>
 
 #include "cli/interrupts.h"
+#include "cli/listing.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 #include "platform/security_change.h"
 #include "saved/descriptor_text.h"
-#include "security/account_record.h"
-#include "security/descriptor_comparison.h"
 
 namespace permora {
 namespace {
@@ -75,18 +74,7 @@ std::vector<ComparedRow> RowsOf(const TreeDifference& difference) {
     const auto after = nt::SecurityDescriptor::FromBytes(difference.after);
     const ComparedObject object =
         difference.is == SavedKind::kFolder ? ComparedObject::kFolder : ComparedObject::kFile;
-    std::vector<ComparedRow> rows = CompareDescriptors(before ? &*before : nullptr, after ? &*after : nullptr,
-                                                       object, AccountDisplayName);
-    std::erase_if(rows, [](const ComparedRow& row) { return row.change == RowChange::kNone; });
-    return rows;
-}
-
-std::string RowsText(const TreeDifference& difference) {
-    std::vector<std::vector<std::string>> lines = {{"", "What", "Name", "Before", "After"}};
-    for (const ComparedRow& row : RowsOf(difference))
-        lines.push_back({RowChangeText(row.change), row.what, row.name, row.before, row.after});
-    return lines.size() > 1 ? AlignedTable(lines, "  ")
-                            : "  The same, but for what says nothing about access\n";
+    return ChangedRows(before ? &*before : nullptr, after ? &*after : nullptr, object);
 }
 
 Json SddlJson(std::span<const std::uint8_t> descriptor) {
@@ -130,7 +118,7 @@ void DifferenceOutput::PrintText(const TreeDifference& difference, const std::st
                    ": " + text;
             break;
         case DifferenceKind::kSecurity:
-            text = "changed: " + text + RowsText(difference);
+            text = "changed: " + text + ChangedRowsText(RowsOf(difference));
             break;
         case DifferenceKind::kUnread:
         case DifferenceKind::kUnlisted:

@@ -3,6 +3,7 @@
 #include <array>
 #include <optional>
 
+#include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "history/history_texts.h"
 #include "platform/api/errors.h"
@@ -11,7 +12,6 @@
 #include "platform/security_change.h"
 #include "platform/stored_security.h"
 #include "security/account_record.h"
-#include "security/descriptor_comparison.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -34,6 +34,10 @@ const char* KindWord(ChangeKind kind) {
             return "undo";
         case ChangeKind::kRestore:
             return "restore";
+        case ChangeKind::kReplace:
+            return "replace";
+        case ChangeKind::kClone:
+            return "clone";
     }
     return "unknown";
 }
@@ -133,11 +137,9 @@ std::string RecordedPath(const ChangedTop& top, const std::string& path) {
 
 std::string RecordedText(const RecordedObject& object) {
     const DescriptorChange& change = object.change;
-    std::vector<std::vector<std::string>> lines = {{"", "What", "Name", "Before", "After"}};
     const ComparedObject kind = change.isFolder ? ComparedObject::kFolder : ComparedObject::kFile;
-    for (const ComparedRow& row : CompareStored(change.before, change.after, kind, AccountDisplayName))
-        lines.push_back({RowChangeText(row.change), row.what, row.name, row.before, row.after});
-    return PrintableText(RecordedPath(object.top, change.path)) + '\n' + AlignedTable(lines, "  ");
+    return PrintableText(RecordedPath(object.top, change.path)) + '\n' +
+           ComparedRowsText(CompareStored(change.before, change.after, kind, AccountDisplayName));
 }
 
 Json RecordedJson(const RecordedObject& object) {

@@ -38,6 +38,7 @@ class ChangeOptions {
             "Change even an object without any access list, which allows everyone everything;\n"
             "afterwards only the accounts in the new list have access");
 
+    bool DropsOtherEntries() const { return static_cast<bool>(dropOtherEntries); }
     ChangeMode Mode() const { return dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite; }
     // Whether the user accepts the losses.
     bool MayReplace(const Losses& losses, ConsoleMessages& messages) const;

@@ -63,6 +63,24 @@ std::string RowsText(AccessEntryList& entries) {
     return AlignedTable(lines, "  ");
 }
 
+std::string ComparedRowsText(const std::vector<ComparedRow>& rows) {
+    std::vector<std::vector<std::string>> lines = {{"", "What", "Name", "Before", "After"}};
+    for (const ComparedRow& row : rows)
+        lines.push_back({RowChangeText(row.change), row.what, row.name, row.before, row.after});
+    return AlignedTable(lines, "  ");
+}
+
+std::vector<ComparedRow> ChangedRows(const nt::SecurityDescriptor* before,
+                                     const nt::SecurityDescriptor* after, ComparedObject object) {
+    std::vector<ComparedRow> rows = CompareDescriptors(before, after, object, AccountDisplayName);
+    std::erase_if(rows, [](const ComparedRow& row) { return row.change == RowChange::kNone; });
+    return rows;
+}
+
+std::string ChangedRowsText(const std::vector<ComparedRow>& rows) {
+    return rows.empty() ? "  The same, but for what says nothing about access\n" : ComparedRowsText(rows);
+}
+
 namespace {
 
 using ListOfDescriptor = BOOL(WINAPI*)(PSECURITY_DESCRIPTOR, LPBOOL, PACL*, LPBOOL);

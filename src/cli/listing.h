@@ -6,6 +6,7 @@
 
 #include "cli/messages.h"
 #include "cli/target.h"
+#include "security/descriptor_comparison.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -23,6 +24,13 @@ std::string InheritsLine(const ObjectSecurity& object);
 std::string RemarkLines(const std::vector<std::string>& remarks);
 // The rows under their titles; empty without rows.
 std::string RowsText(AccessEntryList& entries);
+
+// The rows of a comparison under their titles.
+std::string ComparedRowsText(const std::vector<ComparedRow>& rows);
+// Only the rows that differ between two descriptors; a line says so where none does. Null: there is none.
+std::vector<ComparedRow> ChangedRows(const nt::SecurityDescriptor* before,
+                                     const nt::SecurityDescriptor* after, ComparedObject object);
+std::string ChangedRowsText(const std::vector<ComparedRow>& rows);
 
 // Prints parts of a descriptor as one line of text, below a line with `heading` unless that is empty; false
 // after a message when that cannot be done.

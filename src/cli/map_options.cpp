@@ -76,12 +76,17 @@ std::string MapOptions::Interpret() {
         AccountRecord other;
         std::string problem = FindTypedAccount(pair.old, old);
         if (problem.empty()) problem = FindTypedAccount(pair.other, other);
-        if (problem.empty() && !exchange.Add(*old.sid, *other.sid))
+        if (problem.empty() && !Add(*old.sid, *other.sid, pair))
             problem = pair.old + " is to become two different accounts";
         if (!problem.empty()) return PlaceOf(pair) + ": " + problem;
-        mapped.push_back({*old.sid, *other.sid, std::move(pair)});
     }
     return {};
+}
+
+bool MapOptions::Add(const nt::Sid& old, const nt::Sid& other, AccountPair typed) {
+    if (!exchange.Add(old, other)) return false;
+    mapped.push_back({old, other, std::move(typed)});
+    return true;
 }
 
 void MapOptions::LookFor(const SavedObject& object) {
@@ -91,7 +96,7 @@ void MapOptions::LookFor(const SavedObject& object) {
     exchange.Apply(copy);
 }
 
-void MapOptions::Tell(ConsoleMessages& messages) const {
+void MapOptions::TellChains(ConsoleMessages& messages) const {
     messages.SetSubject("--map");
     for (const Mapped& one : mapped) {
         const auto next = std::ranges::find(mapped, one.other, &Mapped::old);
@@ -100,10 +105,14 @@ void MapOptions::Tell(ConsoleMessages& messages) const {
                      next->typed.other + ": both at once, so nothing of " + one.typed.old + "'s becomes " +
                      next->typed.other + "'s");
     }
+}
+
+void MapOptions::TellUnused(const std::string& place, ConsoleMessages& messages) const {
+    messages.SetSubject("");
     const std::vector<nt::Sid> unused = exchange.Unused();
     for (const Mapped& one : mapped)
         if (std::ranges::find(unused, one.old) != unused.end())
-            messages.Say(one.typed.old + " is nowhere in the file");
+            messages.Say(one.typed.old + " is nowhere in " + place);
 }
 
 }  // namespace permora

@@ -23,8 +23,12 @@ class MapOptions {
     nt::AccountExchange& Exchange() { return exchange; }
     // The accounts in this object, before anything is exchanged.
     void LookFor(const SavedObject& object);
-    // Prints what the user should know: accounts that come and go, and those that are nowhere in the file.
-    void Tell(ConsoleMessages& messages) const;
+    // One more pair, which was given by another option. False when OLD has got another account before.
+    bool Add(const nt::Sid& old, const nt::Sid& other, AccountPair typed);
+    // Prints what the user should know: accounts that come and go,
+    void TellChains(ConsoleMessages& messages) const;
+    // and those that are nowhere in `place`, as far as that was looked through.
+    void TellUnused(const std::string& place, ConsoleMessages& messages) const;
 
   private:
     struct Mapped {

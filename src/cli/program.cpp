@@ -27,6 +27,9 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli grant /mnt/data/Projects --account 'BUILTIN\Users' --rights 'Read attributes,Read permissions'
   permora-cli deny /mnt/data/Projects --account guest --rights 'Full control' --scope 'Files only' --dry-run
   permora-cli revoke /mnt/data/Projects --account S-1-5-32-546
+  permora-cli revoke /mnt/data/Projects --tree --unresolved --dry-run
+  permora-cli replace /mnt/data --account 'OLD\anna' --by anna --dry-run
+  permora-cli clone --from /mnt/data/Projects /mnt/data/Plans
   permora-cli inherit /mnt/data/Payroll --copy
   permora-cli assign /mnt/data/Projects /mnt/data/Plans --account anna --combination Modify --dry-run
   permora-cli reset /mnt/data/Projects --dry-run --verbose
@@ -50,10 +53,10 @@ the help of a command: permora-cli grant --help
 Exit code:
   0  done
   1  some object failed: each one is named on standard error with its reason (by reset only with --verbose), and all
-     others were done; or reset, owner, undo or shred was interrupted; or the history of changes could not be
+     others were done; or a change of a tree, undo or shred was interrupted; or the history of changes could not be
      written: then nothing was changed, or nothing after the object that is named
      (assign gives every object the list that it makes of the first one's: when that fails, nothing was touched)
-  2  wrong arguments, an unknown account or change, or no consent to a reset, undo or shred: nothing was touched)";
+  2  wrong arguments, an unknown account or change, or no consent to a reset, clone, undo or shred: nothing was touched)";
 
 // Prints what is wrong with the arguments.
 ExitCode Refuse(std::string_view problem) {

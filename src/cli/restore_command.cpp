@@ -109,16 +109,8 @@ bool RestoreCommand::OpenFile() {
 }
 
 bool RestoreCommand::AddTarget(const std::string& argument) {
-    messages.SetSubject(argument);
-    if (IsAmbiguousArgument(argument.c_str())) {
-        messages.Say("a file here is called so: write ./ before its name, or the path as /folder/file");
-        return false;
-    }
-    auto start = std::make_shared<FolderHandle>();
-    if (FolderHandle::Open(".", *start) != ERROR_SUCCESS) start.reset();
     Target target;
-    if (!messages.Check({MakeTarget(argument, start, target)})) return false;
-    RememberTarget(target);
+    if (!MakeNamedTarget(argument, target, messages)) return false;
     targets.push_back(std::move(target));
     return true;
 }
@@ -162,7 +154,8 @@ bool RestoreCommand::MayWrite() {
 
 ExitCode RestoreCommand::Run() {
     if (!OpenFile() || !FindTargets()) return ExitCode::kUsage;
-    map.Tell(messages);
+    map.TellChains(messages);
+    map.TellUnused("the file", messages);
     if (dryRun) return Restore();
     if (!recording.Begin(ChangeKind::kRestore, messages)) return ExitCode::kSomeFailed;
     const ExitCode code = MayWrite() ? Restore() : ExitCode::kUsage;

@@ -62,6 +62,21 @@ void RememberTarget(Target& target) {
         target.object = RememberedObject(nullptr, target.folder + target.name);
 }
 
+bool MakeNamedTarget(const std::string& argument, Target& target, ConsoleMessages& messages) {
+    messages.SetSubject(argument);
+    if (IsAmbiguousArgument(argument.c_str())) {
+        messages.Say("a file here is called so: write ./ before its name, or the path as /folder/file");
+        return false;
+    }
+    auto start = std::make_shared<FolderHandle>();
+    if (FolderHandle::Open(".", *start) != ERROR_SUCCESS) start.reset();
+    Target made;
+    if (!messages.Check({MakeTarget(argument, start, made)})) return false;
+    RememberTarget(made);
+    target = std::move(made);
+    return true;
+}
+
 bool FindTarget(const Target& target, HeldObject& object, ConsoleMessages& messages) {
     HeldObject found;
     Outcome outcome = FindItem(target.object, found);
