@@ -49,7 +49,8 @@ class DomainAccounts : public testing::Test {
             texts.push_back(argument.c_str());
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        constexpr std::array<MakeCommand*, 4> kCommands = {MakeShow, MakeGrant, MakeEffective, MakeAccounts};
+        constexpr std::array<MakeCommand*, 5> kCommands = {MakeShow, MakeGrant, MakeRevoke, MakeEffective,
+                                                           MakeAccounts};
         Result result;
         result.exitCode = RunProgram(kCommands, static_cast<int>(texts.size()), texts.data());
         result.output = testing::internal::GetCapturedStdout();
@@ -180,6 +181,25 @@ TEST_F(DomainAccounts, WhoseGroupsAreNotKnownHaveNoEffectiveRights) {
         EXPECT_THAT(failed.errors, AllOf(HasSubstr("the groups of EXAMPLE\\anna"), EndsWith(reason)));
         EXPECT_THAT(failed.output, Not(HasSubstr("Permission")));
     }
+}
+
+TEST_F(DomainAccounts, WhatNobodyAnswersForIsNotRemovedAsUnresolved) {
+    const std::string gone = "S-1-22-1-4000000";
+    const std::string path = folder.MakeFile("file");
+    const std::string list = "(A;;FR;;;" + FakeDomain::SidText(kAnna) + ")";
+    ASSERT_EQ(test::SetDescriptorText(path, "D:P" + list + "(A;;FX;;;" + gone + ")"), ERROR_SUCCESS);
+    const std::string before = test::DaclText(path);
+    const std::vector<std::string> revoke = {"revoke", path, "--tree", "--unresolved", "--no-history"};
+    domain.HoldNames(true);
+    const Result refused = Run(revoke);
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.errors, HasSubstr(FakeDomain::SidText(kAnna) + ": nothing was changed"));
+    EXPECT_EQ(test::DaclText(path), before);
+    domain.HoldNames(false);
+    const Result done = Run(revoke);
+    EXPECT_EQ(done.exitCode, 0);
+    EXPECT_THAT(done.output, HasSubstr("no longer exists: " + gone));
+    EXPECT_EQ(test::DaclText(path), "D:PAI" + list);
 }
 
 }  // namespace
