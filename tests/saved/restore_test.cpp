@@ -199,7 +199,7 @@ TEST_F(RestoreTest, EverythingComesBackAndCanBeTakenBack) {
         EXPECT_EQ(Notes({.mode = RestoreMode::kDryRun}).size(), 7U);
         EXPECT_EQ(TextsIn(root), spoilt);
 
-        const std::string database = PathFromArgument(folder.Path("history.db").c_str());
+        const std::string database = folder.Path("history.db");
         std::unique_ptr<History> history;
         ASSERT_EQ(History::Open(database, history), ERROR_SUCCESS);
         const auto change = history->Begin(ChangeKind::kRestore);
