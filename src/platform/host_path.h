@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/api/base.h"
 
@@ -17,6 +18,11 @@ std::string PathFromArgument(const char* argument);
 // The absolute path that GetFullPathNameA makes of a path, of any length; nothing of it need exist. 0 or a
 // system error code, with `full` as before.
 DWORD FullPathOf(const std::string& path, std::string& full);
+
+// What stands at `below`, names with backslashes between them, under the object that was typed as `argument`
+// (empty: that object): as it is typed, with the host's own names, for other programs to find it by. Below an
+// argument with a drive letter or a leading backslash the names stay as they are.
+std::string PathBelowArgument(const std::string& argument, std::string_view below);
 
 // The path that someone typed into a window: one that begins with a slash is the host's, as an argument is.
 // Any other stays as it is, and relative to the current directory.

@@ -19,6 +19,12 @@ std::string PathFromTyped(const std::string& text) {
     return text;
 }
 
+std::string PathBelowArgument(const std::string& argument, std::string_view below) {
+    if (below.empty()) return argument;
+    const bool endsWithSeparator = argument.find_last_of(kSeparators) + 1 == argument.size();
+    return argument + (endsWithSeparator ? "" : "\\") + std::string(below);
+}
+
 DWORD FullPathOf(const std::string& path, std::string& full) {
     std::wstring wide;
     DWORD error = ToWide(path, wide);

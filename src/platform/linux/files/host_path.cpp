@@ -56,6 +56,21 @@ DWORD FullPathOf(const std::string& path, std::string& full) {
     return ERROR_SUCCESS;
 }
 
+std::string PathBelowArgument(const std::string& argument, std::string_view below) {
+    const bool isOfSystem = IsPathOfSystem(argument);
+    const char separator = isOfSystem ? '\\' : '/';
+    std::string path = argument;
+    while (!below.empty()) {
+        const std::string_view name = below.substr(0, below.find('\\'));
+        below.remove_prefix(std::min(name.size() + 1, below.size()));
+        std::string hostName(name);
+        if (!isOfSystem) (void)host::DecodeName(name, hostName);
+        if (!path.ends_with(separator)) path += separator;
+        path += hostName;
+    }
+    return path;
+}
+
 std::string PathFromTyped(const std::string& text) {
     return text.starts_with('/') ? PathFromArgument(text.c_str()) : text;
 }

@@ -46,6 +46,18 @@ TEST_F(HostPath, ArgumentsOfBothKindsBecomeAbsolutePathsOfTheSameObjects) {
     };
     for (const auto& [argument, path] : kBelow)
         EXPECT_EQ(PathBelowCurrent(argument.c_str()), path) << argument;
+    const struct {
+        const char* argument;
+        const char* below;
+        const char* path;
+    } kForOthers[] = {
+        {"x/", "", "x/"},
+        {"x/", "a\uF05Cb\\c.\uF020", "x/a\\b/c. "},
+        {"/x", "\uF0FF", "/x/\xFF"},
+        {"C:\\", "a\\b\uF020", "C:\\a\\b\uF020"},
+    };
+    for (const auto& [argument, rest, path] : kForOthers)
+        EXPECT_EQ(PathBelowArgument(argument, rest), path) << argument;
     // A neighbour whose name only begins like the drive's root.
     EXPECT_NE(PathFromArgument((folder.Path() + "x").c_str()).front(), 'T');
 }
