@@ -124,6 +124,13 @@ class HeldObject {
         return WriteSecurity(OWNER_SECURITY_INFORMATION, {.owner = owner}, nullptr, recorder, none);
     }
 
+    // Gives an object whose stored descriptor is damaged the security of one that is newly made in its
+    // folder: what that hands down, or nothing stored. Carries a list to everything below, as WriteSecurity
+    // does. ERROR_REVISION_MISMATCH, and nothing is written, when the descriptor is not damaged. The recorder
+    // gets the damaged bytes, which WriteStored never writes again. ERROR_NOT_SUPPORTED on Windows, which
+    // keeps no damaged descriptors.
+    DWORD ReplaceDamaged(ChangeRecorder& recorder, FailuresBelow& below) const;
+
     // Puts back what was kept at another time, byte for byte, and nothing below the object: removes what is
     // kept when nothing was, and gives the object back to its owner on the host.
     // ERROR_REVISION_MISMATCH, and nothing is written, when the object no longer has `expected`.

@@ -153,6 +153,11 @@ DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, Stored
     return StoreDescriptor(descriptor, wanted) == ERROR_SUCCESS ? ERROR_SUCCESS : ERROR_INVALID_ACL;
 }
 
+// The system checks what it stores.
+DWORD HeldObject::ReplaceDamaged(ChangeRecorder& /*recorder*/, FailuresBelow& /*below*/) const {
+    return ERROR_NOT_SUPPORTED;
+}
+
 DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted) const {
     if (wanted.form != SecurityForm::kVolume || wanted.hostOwner) return ERROR_NOT_SUPPORTED;
     std::optional<nt::SecurityDescriptor> former;

@@ -1,15 +1,34 @@
 // The security of a held object byte for byte: reading what is kept, and putting it back.
 #include <optional>
+#include <utility>
 
 #include "platform/api/errors.h"
 #include "platform/held_object.h"
 #include "platform/linux/security/descriptor_store.h"
 #include "platform/linux/security/held_object_inside.h"
+#include "platform/linux/security/new_object.h"
 #include "platform/linux/security/owner_setting.h"
+#include "platform/linux/security/propagation.h"
+#include "platform/linux/security/recorded_top.h"
+#include "platform/security_change.h"
 
 namespace permora {
 
 using host::DescriptorStore;
+
+namespace {
+
+// What is kept of a damaged descriptor; ERROR_REVISION_MISMATCH for one that is not.
+DWORD FindDamaged(const host::ObjectHandle& object, DescriptorStore& store, StoredSecurity& found) {
+    nt::SecurityDescriptor whole;
+    const DWORD error = store.Read(object, whole);
+    if (error == ERROR_SUCCESS) return ERROR_REVISION_MISMATCH;
+    if (error != ERROR_INVALID_SECURITY_DESCR) return error;
+    found = store.Found(object);
+    return ERROR_SUCCESS;
+}
+
+}  // namespace
 
 DWORD HeldObject::ReadStored(StoredSecurity& stored) const {
     host::ObjectHandle& object = inside->target.object;
@@ -50,6 +69,36 @@ DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecuri
     if (changesOwner && store.HasHostOwners(object) && !host::MayChangeOwner(object))
         return ERROR_ACCESS_DENIED;
     return store.Replace(object, expected, wanted);
+}
+
+DWORD HeldObject::ReplaceDamaged(ChangeRecorder& recorder, FailuresBelow& below) const {
+    host::ResolvedObject& target = inside->target;
+    host::ObjectTurn turn;
+    host::RecordedTop top;
+    host::NewObjectSecurity folder;
+    DescriptorStore store(inside->storeKind);
+    DescriptorChange change;
+    change.isFolder = target.object.IsFolder();
+    StoredSecurity now;
+    DWORD error = inside->turn ? ERROR_SUCCESS : turn.Take(target.object);
+    if (error == ERROR_SUCCESS) error = target.object.Refresh();
+    if (error == ERROR_SUCCESS) error = FindDamaged(target.object, store, change.before);
+    if (error == ERROR_SUCCESS && target.parent) error = host::NewObjectSecurity::Of(target.parent, folder);
+    if (error == ERROR_SUCCESS) error = folder.Prepare(target.object, change.after);
+    if (error == ERROR_SUCCESS) error = top.Begin(*this, recorder);
+    change.fileNumber = target.object.Status().st_ino;
+    if (error == ERROR_SUCCESS && top.BatchSize() > 0) error = top.Record({&change, 1});
+    // Recording takes long enough for others to change it.
+    if (error == ERROR_SUCCESS) error = FindDamaged(target.object, store, now);
+    if (error == ERROR_SUCCESS && now != change.before) error = ERROR_REVISION_MISMATCH;
+    if (error == ERROR_SUCCESS) error = store.Replace(target.object, change.before, change.after);
+    nt::SecurityDescriptor made;
+    if (error == ERROR_SUCCESS) error = store.Read(target.object, made);
+    if (error != ERROR_SUCCESS || !change.isFolder) return error;
+    FailuresBelow failures;
+    error = host::PropagateList(target.object, ListOf(made), store, top, failures);
+    if (error == ERROR_SUCCESS) below = std::move(failures);
+    return error;
 }
 
 }  // namespace permora

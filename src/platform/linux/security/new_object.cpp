@@ -46,22 +46,34 @@ DWORD NewObjectSecurity::Of(const ObjectHandle& folder, NewObjectSecurity& secur
     return ERROR_SUCCESS;
 }
 
-DWORD NewObjectSecurity::Give(const ObjectHandle& object) {
-    if (!store.CanHold(object)) return ERROR_SUCCESS;
+DWORD NewObjectSecurity::Prepare(const ObjectHandle& object, StoredSecurity& prepared) {
     const bool hasHostOwners = store.HasHostOwners(object);
-    // The usual case, also with many small files.
-    if (hasHostOwners && !handsDown) return ERROR_SUCCESS;
-    const nt::Sid owner = SidForUser(hasHostOwners ? object.Status().st_uid : geteuid());
-    const nt::Sid group = SidForGroup(hasHostOwners ? object.Status().st_gid : getegid());
-    nt::SecurityDescriptor descriptor = nt::NewObjectDescriptor(parent, object.Kind(), owner, group);
+    const uid_t user = hasHostOwners ? object.Status().st_uid : geteuid();
+    const gid_t ownGroup = hasHostOwners ? object.Status().st_gid : getegid();
+    nt::SecurityDescriptor descriptor =
+        nt::NewObjectDescriptor(parent, object.Kind(), SidForUser(user), SidForGroup(ownGroup));
     if (descriptor.daclState == nt::DaclState::kAbsent) {
-        if (hasHostOwners) return ERROR_SUCCESS;
-        AddFullControl(owner, descriptor.dacl);
+        if (hasHostOwners) {
+            prepared = {.form = SecurityForm::kNone, .bytes = {}, .hostOwner = user};
+            return ERROR_SUCCESS;
+        }
+        AddFullControl(*descriptor.owner, descriptor.dacl);
         if (const auto system = nt::Sid::FromText("S-1-5-18")) AddFullControl(*system, descriptor.dacl);
         descriptor.daclState = nt::DaclState::kList;
         descriptor.control |= nt::kDaclPresent;
     }
-    return store.Write(object, descriptor);
+    return store.Prepare(object, descriptor, prepared);
+}
+
+DWORD NewObjectSecurity::Give(const ObjectHandle& object) {
+    if (!store.CanHold(object)) return ERROR_SUCCESS;
+    // The usual case, also with many small files.
+    if (store.HasHostOwners(object) && !handsDown) return ERROR_SUCCESS;
+    StoredSecurity prepared;
+    const DWORD error = Prepare(object, prepared);
+    return error == ERROR_SUCCESS && prepared.form != SecurityForm::kNone
+               ? store.Replace(object, {}, prepared)
+               : error;
 }
 
 DWORD NewObjectSecurity::MakeFolder(const ObjectHandle& folder, const std::string& hostName, mode_t mode,

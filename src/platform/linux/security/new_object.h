@@ -23,6 +23,8 @@ class NewObjectSecurity {
     // driver gives would let everyone do everything; elsewhere nothing is stored, and owner, group and mode
     // go on speaking. An object that can hold none gets none. 0 or an error code.
     DWORD Give(const ObjectHandle& object);
+    // What it would keep by that, for those who write it themselves: nothing stored, or a descriptor.
+    DWORD Prepare(const ObjectHandle& object, StoredSecurity& prepared);
 
     // Makes a folder in it, with its descriptor, and holds it. `mode` is that of mkdir(2). A failure leaves
     // no folder, and `made` as it was.
