@@ -14,6 +14,7 @@ std::unique_ptr<Command> MakeClone(const CommandParent& parent);
 std::unique_ptr<Command> MakeCompare(const CommandParent& parent);
 std::unique_ptr<Command> MakeDeny(const CommandParent& parent);
 std::unique_ptr<Command> MakeEffective(const CommandParent& parent);
+std::unique_ptr<Command> MakeFind(const CommandParent& parent);
 std::unique_ptr<Command> MakeGrant(const CommandParent& parent);
 std::unique_ptr<Command> MakeHistory(const CommandParent& parent);
 std::unique_ptr<Command> MakeInherit(const CommandParent& parent);
@@ -28,5 +29,6 @@ std::unique_ptr<Command> MakeShares(const CommandParent& parent);
 std::unique_ptr<Command> MakeShow(const CommandParent& parent);
 std::unique_ptr<Command> MakeShred(const CommandParent& parent);
 std::unique_ptr<Command> MakeUndo(const CommandParent& parent);
+std::unique_ptr<Command> MakeVerify(const CommandParent& parent);
 
 }  // namespace permora

@@ -1,0 +1,262 @@
+// verify: what is not as it should be in the lists of a tree, and mending it.
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/interrupts.h"
+#include "cli/listing.h"
+#include "cli/object_command.h"
+#include "cli/terminal_output.h"
+#include "cli/terminal_text.h"
+#include "cli/tree_progress.h"
+#include "platform/api/errors.h"
+#include "platform/nt/security_descriptor.h"
+#include "survey/repair.h"
+#include "survey/survey.h"
+#include "survey/survey_rows.h"
+
+namespace permora {
+namespace {
+
+constexpr RemarkSet kMendable = {Remark::kUnusualOrder, Remark::kStale};
+constexpr RemarkSet kUnreached = {Remark::kUnreadable, Remark::kUnlisted};
+constexpr RemarkSet kFaults = {Remark::kUnusualOrder, Remark::kStale, Remark::kDamaged, Remark::kUnreadable,
+                               Remark::kUnlisted};
+
+// The rows of a descriptor's list under a line that names the moment.
+std::string ListText(const std::string& path, const char* moment, const nt::SecurityDescriptor& security) {
+    AccessEntryList entries(security.dacl.entries);
+    return PrintableText(path) + ' ' + moment + ":\n" + RowsText(entries);
+}
+
+// What an object has, and what it would have without faults.
+struct Mending {
+    ReadParts list;  // as WriteSecurity takes what was read
+    nt::SecurityDescriptor before;
+    nt::SecurityDescriptor after;
+    bool IsNeeded() const { return before != after; }
+};
+
+std::optional<nt::SecurityDescriptor> ValueOf(const ReadParts& parts) {
+    if (!parts.descriptor) return std::nullopt;
+    return nt::SecurityDescriptor::FromBytes({static_cast<const std::uint8_t*>(parts.descriptor.get()),
+                                              GetSecurityDescriptorLength(parts.descriptor.get())});
+}
+
+DWORD ReadMending(const HeldObject& object, Mending& mending) {
+    constexpr SECURITY_INFORMATION kParts =
+        OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+    ReadParts whole;
+    ReadParts above;
+    DWORD error = object.ReadAbove(DACL_SECURITY_INFORMATION, above);
+    if (error == ERROR_SUCCESS) error = object.ReadSecurity(kParts, whole);
+    if (error == ERROR_SUCCESS) error = object.ReadSecurity(DACL_SECURITY_INFORMATION, mending.list);
+    if (error != ERROR_SUCCESS) return error;
+    const auto before = ValueOf(whole);
+    const auto folder = ValueOf(above);
+    if (!before) return ERROR_INVALID_SECURITY_DESCR;
+    mending.before = *before;
+    mending.after = *before;
+    if (before->daclState != nt::DaclState::kList) return ERROR_SUCCESS;
+    const nt::ObjectKind kind = object.IsFolder() ? nt::ObjectKind::kFolder : nt::ObjectKind::kFile;
+    mending.after = Repaired(*before, folder ? &*folder : nullptr, kind);
+    return ERROR_SUCCESS;
+}
+
+// What has become of an object with a fault.
+enum class Mended { kDone, kDoneBefore, kFailed };
+
+class VerifyCommand : public ObjectCommand, private SurveyObserver {
+  public:
+    explicit VerifyCommand(const CommandParent& parent)
+        : ObjectCommand(parent, "verify",
+                        "Name what is not as it should be in the lists of files and folders, from PATH\n"
+                        "downwards: damaged descriptors, entries in an unusual order, inherited entries\n"
+                        "that are not what the folder hands down. Ends with 1 while there is any.\n"
+                        "Links and what is mounted below are not entered") {
+        dryRun.Needs(repair);
+        replaceDamaged.Needs(repair);
+    }
+
+  private:
+    std::optional<PlannedChange> Plan() override;
+    ExitCode Begin(const std::vector<Target>& targets) override;
+    bool Do(const Target& target) override;
+    bool End() override;
+
+    bool Begin(std::string_view path) override;
+    void Take(const SurveyRow& row) override;
+
+    void RepairAll(const HeldObject& top);
+    Mended Repair(const HeldObject& top, const std::string& below, RemarkSet faults);
+    Mended RepairList(const HeldObject& object, const std::string& below);
+    Mended ReplaceWhole(const HeldObject& object, const std::string& below);
+    bool SayFailures(const std::string& below, const FailuresBelow& failures);
+
+    Flag repair{*this, "--repair",
+                "Mend it, and show the entries before and after: the usual order (denials\n"
+                "first), and what the folder hands down now. Damaged descriptors stay"};
+    Flag dryRun{*this, "--dry-run", "With --repair: show the entries before and after and write nothing"};
+    Flag replaceDamaged{*this, "--replace-damaged",
+                        "With --repair: give objects with a damaged descriptor what their folder hands\n"
+                        "down to a new one. What the damaged one meant is lost"};
+    QuietFlag quiet{*this};
+    Recording recording{*this};
+
+    Survey survey;
+    std::optional<ProgressLine> line;
+    const Target* target = nullptr;
+    std::optional<SurveyRows> faulty;  // of one tree
+    std::size_t objects = 0;
+    std::size_t faults = 0;
+    std::size_t repaired = 0;
+};
+
+std::optional<ObjectCommand::PlannedChange> VerifyCommand::Plan() {
+    if (!repair || dryRun) return std::nullopt;
+    return PlannedChange{ChangeKind::kPermissions, recording};
+}
+
+ExitCode VerifyCommand::Begin(const std::vector<Target>& /*targets*/) {
+    WatchForInterrupts();
+    line.emplace(quiet ? Progress::kQuiet : Progress::kShown);
+    return ExitCode::kDone;
+}
+
+bool VerifyCommand::Begin(std::string_view path) {
+    if (IsInterrupted()) return false;
+    line->Show(++objects, std::string(path.substr(path.rfind('\\') + 1)).c_str());
+    return true;
+}
+
+void VerifyCommand::Take(const SurveyRow& row) {
+    if (!row.remarks.HasAnyOf(kFaults)) return;
+    ++faults;
+    line->Clear();
+    const std::string path = TypedPath(*target, std::string(row.path));
+    if (row.remarks.HasAnyOf(kUnreached)) {
+        messages.SetSubject(path);
+        messages.Say(
+            (row.remarks.Has(Remark::kUnlisted) ? "not verified, what is in it: " : "not verified: ") +
+            LineText({row.error}));
+    }
+    for (const Remark remark : row.remarks)
+        if (kFaults.Has(remark) && !kUnreached.Has(remark))
+            Print(PrintableText(path) + ": " + TextOf(remark) + '\n');
+    if (repair) faulty->Add(row);
+}
+
+bool VerifyCommand::Do(const Target& next) {
+    HeldObject top;
+    if (!FindTarget(next, top, messages)) return false;
+    target = &next;
+    faulty.emplace();
+    (void)survey.Walk(top, *this);  // it is ended by an interrupt alone
+    line->Clear();
+    RepairAll(top);
+    return true;
+}
+
+// A folder comes before what is in it, and a part of that is mended with it.
+void VerifyCommand::RepairAll(const HeldObject& top) {
+    std::string below;
+    for (std::size_t i = 0; i < faulty->Count(); ++i) {
+        if (IsInterrupted() || recording.IsStopped()) return;
+        const SurveyRow row = faulty->Row(i, below);
+        if (row.remarks.HasAnyOf(kUnreached)) continue;
+        messages.SetSubject(TypedPath(*target, below));
+        if (Repair(top, below, row.remarks) != Mended::kFailed) ++repaired;
+    }
+}
+
+Mended VerifyCommand::Repair(const HeldObject& top, const std::string& below, RemarkSet remarks) {
+    const bool isDamaged = remarks.Has(Remark::kDamaged);
+    if (isDamaged && !replaceDamaged) {
+        messages.Say(
+            "not repaired: its descriptor is damaged (--replace-damaged gives it what its folder hands "
+            "down)");
+        return Mended::kFailed;
+    }
+    HeldObject object;
+    DWORD error = top.HoldBelow(below, object);
+    if (error == ERROR_SUCCESS && !dryRun) error = object.TakeTurn();
+    if (!messages.Check({error})) return Mended::kFailed;
+    return isDamaged ? ReplaceWhole(object, below) : RepairList(object, below);
+}
+
+bool VerifyCommand::SayFailures(const std::string& below, const FailuresBelow& failures) {
+    if (failures.count == 0) return true;
+    messages.SetSubject(TypedPath(*target, below + '\\' + failures.firstPath));
+    messages.SaySystemError(failures.firstError);
+    messages.SetSubject(TypedPath(*target, below));
+    messages.Say(
+        "repaired itself, but not everything below that inherits: " + std::to_string(failures.count) +
+        (failures.count == 1 ? " object" : " objects") + " could not be reached or changed");
+    return false;
+}
+
+Mended VerifyCommand::RepairList(const HeldObject& object, const std::string& below) {
+    const std::string path = TypedPath(*target, below);
+    constexpr int kAttempts = 5;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        Mending mending;
+        std::vector<std::uint8_t> list;
+        FailuresBelow failures;
+        if (!messages.Check({ReadMending(object, mending)})) return Mended::kFailed;
+        if (!mending.IsNeeded()) return Mended::kDoneBefore;
+        if (!mending.after.dacl.AppendTo(list)) {
+            messages.Check({ERROR_INVALID_ACL});
+            return Mended::kFailed;
+        }
+        const std::string shown =
+            ListText(path, "before", mending.before) + ListText(path, "after", mending.after);
+        if (dryRun) {
+            Print(shown);
+            return Mended::kDone;
+        }
+        const NewParts parts{.dacl = reinterpret_cast<PACL>(list.data())};
+        const DWORD error = object.WriteSecurity(
+            DACL_SECURITY_INFORMATION, parts, mending.list.descriptor.get(), recording.Recorder(), failures);
+        if (error == ERROR_REVISION_MISMATCH) continue;
+        if (!messages.Check(OutcomeOfChange(error, recording.Recorder()))) return Mended::kFailed;
+        Print(shown);
+        return SayFailures(below, failures) ? Mended::kDone : Mended::kFailed;
+    }
+    messages.Say("not repaired: another program changes it all the time");
+    return Mended::kFailed;
+}
+
+Mended VerifyCommand::ReplaceWhole(const HeldObject& object, const std::string& below) {
+    const std::string path = TypedPath(*target, below);
+    if (dryRun) {
+        Print(PrintableText(path) + ": would get what its folder hands down\n");
+        return Mended::kDone;
+    }
+    FailuresBelow failures;
+    const DWORD error = object.ReplaceDamaged(recording.Recorder(), failures);
+    if (error == ERROR_REVISION_MISMATCH) return Mended::kDoneBefore;
+    if (!messages.Check(OutcomeOfChange(error, recording.Recorder()))) return Mended::kFailed;
+    Mending made;
+    if (ReadMending(object, made) == ERROR_SUCCESS) Print(ListText(path, "after", made.before));
+    return SayFailures(below, failures) ? Mended::kDone : Mended::kFailed;
+}
+
+bool VerifyCommand::End() {
+    line->Clear();
+    std::string text = "verified: " + std::to_string(objects) + ", with faults: " + std::to_string(faults);
+    if (repair) text += std::string(dryRun ? ", would repair: " : ", repaired: ") + std::to_string(repaired);
+    Print(text + '\n');
+    if (IsInterrupted()) SayInterrupted(messages);
+    const std::size_t left = dryRun ? faults : faults - repaired;
+    return left == 0 && !IsInterrupted();
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeVerify(const CommandParent& parent) {
+    return std::make_unique<VerifyCommand>(parent);
+}
+
+}  // namespace permora
