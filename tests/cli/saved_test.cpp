@@ -6,10 +6,14 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <random>
 #include <sstream>
+#include <thread>
 
 #include "tests/cli/cli_program.h"
 #include "tests/support/access_lists.h"
@@ -20,6 +24,7 @@
 namespace permora::test {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -174,6 +179,64 @@ TEST_F(SavedTest, TheFileIsReplacedWholeOrNotAtAll) {
     EXPECT_EQ(RunCli({"save", top}).exitCode, 2);
     EXPECT_EQ(RunCommand({"sh", "-c", CliPath() + " save " + top + " --output - >/dev/full"}).exitCode, 1);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 4);
+}
+
+// At any moment: whoever ends it finds the file of before, or the new one whole, and nothing else.
+TEST_F(SavedTest, ASaveThatEndsEarlyLeavesTheFileOfBefore) {
+    for (int i = 0; i < 1500; ++i)
+        folder.MakeFile("top/sub/" + std::to_string(i));
+    ASSERT_EQ(Save().exitCode, 0);
+    const std::string log = folder.Path("log");
+    std::mt19937 random(20261126);
+    std::chrono::microseconds whole{};
+    int endedEarly = 0;
+    for (int round = 0; round <= 20; ++round) {
+        const std::string before = ReadWholeFile(text);
+        const auto began = std::chrono::steady_clock::now();
+        const int save = StartService({CliPath(), "save", top, "--output", text}, log);
+        ASSERT_GT(save, 0);
+        if (round > 0) {
+            std::this_thread::sleep_for(whole * (random() % 1000) / 1000);
+            kill(save, round % 4 == 0 ? SIGINT : SIGKILL);
+        }
+        AwaitServiceEnd(save);
+        if (round == 0)
+            whole = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() -
+                                                                          began);
+        if (round > 0 && ReadWholeFile(text) == before) ++endedEarly;
+        ASSERT_EQ(Compare().output, "compared: 1503, different: 0\n") << "round " << round;
+        std::filesystem::remove(log);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 2);
+    }
+    EXPECT_GT(endedEarly, 0);
+}
+
+// Who may not read all of a tree saves what he may, and the text says that something is missing.
+TEST_F(SavedTest, AnOrdinaryUserSavesWhatHeMayRead) {
+    if (geteuid() != 0) GTEST_SKIP() << "other users need root";
+    constexpr uid_t kNobody = 65534;
+    const TemporaryFolder own;
+    const std::string tree = own.MakeFolder("tree");
+    const std::string closed = own.MakeFolder("tree/closed");
+    own.MakeFile("tree/closed/file");
+    for (const std::string& path : {own.Path(), tree, own.MakeFile("tree/own")})
+        ASSERT_EQ(chown(path.c_str(), kNobody, kNobody), 0);
+    const std::string lists = own.Path("lists");
+    const auto asNobody = [](const std::vector<std::string>& arguments) {
+        return AsOrdinaryUser([&arguments] {
+                   const CommandResult result = RunCli(arguments);
+                   return std::to_string(result.exitCode) + ": " + result.output;
+               })
+            .value_or("");
+    };
+    ASSERT_EQ(chmod(closed.c_str(), 0700), 0);
+    EXPECT_THAT(asNobody({"save", tree, "--output", lists}), AllOf(StartsWith("1: "), HasSubstr("closed")));
+    EXPECT_EQ(ObjectsIn(lists), "folder ., unread 5 closed, unlisted 5 closed, file own, ");
+    EXPECT_THAT(ReadWholeFile(lists), HasSubstr("\nend incomplete "));
+    ASSERT_EQ(chmod(closed.c_str(), 0755), 0);
+    EXPECT_EQ(asNobody({"save", tree, "--output", lists}), "0: saved: 4\n");
+    EXPECT_EQ(asNobody({"compare", lists, tree}), "0: compared: 4, different: 0\n");
+    EXPECT_EQ(asNobody({"save", tree, "--output", folder.Path("lists of another")}).substr(0, 2), "2:");
 }
 
 TEST_F(SavedTest, OnlyAWholeTextIsCompared) {

@@ -6,8 +6,10 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -15,6 +17,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "platform/api/errors.h"
@@ -181,6 +184,45 @@ TEST(UndoTest, EveryByteComesBackOnEveryVolume) {
     EXPECT_THAT(volume.Audit(), testing::HasSubstr("No errors were found"));
 }
 
+// What was changed is looked for where it was, and a volume that has moved is not guessed at.
+TEST(UndoTest, AVolumeThatIsMountedElsewhereIsLeftAloneUntilItIsBack) {
+    if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    ASSERT_EQ(EnterOwnMounts(), "");
+    const TemporaryFolder folder;
+    const std::string image = folder.Path("image");
+    const std::string usual = folder.MakeFolder("usual");
+    const std::string elsewhere = folder.MakeFolder("elsewhere");
+    const auto mountAt = [&image](const std::string& place) {
+        const CommandResult mounted = RunCommand({"mount", "-o", "loop", image, place});
+        ASSERT_EQ(mounted.exitCode, 0) << mounted.output;
+    };
+    const char* const kinds[] = {"mkfs.ext4", "mkfs.xfs"};
+    for (const std::string maker : kinds) {
+        if (!MissingProgram(maker).empty()) continue;
+        SCOPED_TRACE(maker);
+        fs::remove(image);
+        ASSERT_EQ(RunCommand({"truncate", "-s", "400M", image}).exitCode, 0);
+        ASSERT_EQ(RunCommand({maker, "-q", image}).exitCode, 0);
+        mountAt(usual);
+        const std::string first = folder.MakeFolder("usual/first");
+        EXPECT_EQ(UndoAndRedo(first, folder.MakeFolder("history of " + maker)), kAllBack);
+        TreeToUndo tree(usual, folder.Path("history of " + maker));
+        const TreeState before = tree.State();
+        const std::int64_t change = tree.ChangeLists();
+        ASSERT_EQ(umount(usual.c_str()), 0);
+        mountAt(elsewhere);
+        const TreeState after = StateOfTree(elsewhere + "/top");
+        EXPECT_EQ(tree.Undo(change), "0 restored, 0 as before, 8 left alone");
+        EXPECT_THAT(tree.observer.left, ElementsAre(" and below: it is gone, or has another name"));
+        EXPECT_EQ(DifferenceOf(after, StateOfTree(elsewhere + "/top")), "");
+        ASSERT_EQ(umount(elsewhere.c_str()), 0);
+        mountAt(usual);
+        EXPECT_EQ(tree.Undo(change), "8 restored, 0 as before, 0 left alone");
+        EXPECT_EQ(DifferenceOf(before, tree.State()), "");
+        ASSERT_EQ(umount(usual.c_str()), 0);
+    }
+}
+
 class UndoHere : public testing::Test {
   protected:
     // So that what is made from now on is younger.
@@ -288,6 +330,27 @@ TEST_F(UndoHere, AnUndoThatWasStoppedGoesOn) {
     tree.observer.stopAt = static_cast<std::size_t>(-1);
     EXPECT_EQ(tree.Undo(change), "8 restored, 0 as before, 0 left alone");
     EXPECT_EQ(tree.Undo(99, {}, ERROR_NOT_FOUND), "0 restored, 0 as before, 0 left alone");
+}
+
+// Its new owner may have changed the file meanwhile: nobody gets a program that runs as another with it.
+TEST_F(UndoHere, WhatRunsAsItsOwnerDoesNotComeBackWithTheOwner) {
+    if (geteuid() != 0) GTEST_SKIP() << "other owners need root";
+    const std::string file = tree.Path("a");
+    constexpr std::array<unsigned char, 20> kMayBindPorts = {0, 0, 0, 2, 0, 4};  // <linux/capability.h>
+    const auto state = [&file] {
+        struct stat status {};
+        EXPECT_EQ(stat(file.c_str(), &status), 0);
+        const bool hasCapabilities = getxattr(file.c_str(), "security.capability", nullptr, 0) > 0;
+        return std::tuple(status.st_uid, status.st_mode & 07777U, hasCapabilities);
+    };
+    ASSERT_EQ(chmod(file.c_str(), 06755), 0);
+    ASSERT_EQ(setxattr(file.c_str(), "security.capability", kMayBindPorts.data(), kMayBindPorts.size(), 0),
+              0);
+    const std::int64_t given =
+        tree.Change([&file] { EXPECT_EQ(SetDescriptorText(file, "O:S-1-22-1-1"), 0U); });
+    EXPECT_EQ(state(), std::tuple(1U, 0755U, false));
+    EXPECT_EQ(tree.Undo(given), "1 restored, 0 as before, 0 left alone");
+    EXPECT_EQ(state(), std::tuple(0U, 0755U, false));
 }
 
 // The owner of the host is written by itself; a program that dies in between leaves one old and one new.

@@ -13,6 +13,7 @@
 namespace permora::test {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -235,6 +236,65 @@ TEST(Cli, ATreeIsResetAndCounted) {
     const CliResult reset = RunCli({"reset", folder.Path(), "--yes"});
     EXPECT_EQ(reset.exitCode, 0U) << reset.errors;
     EXPECT_THAT(reset.output, HasSubstr("passed over: 0\n"));
+}
+
+TEST(Cli, AChangeIsListedAndTakenBack) {
+    const TestFolder folder;
+    const std::string file = folder.MakeFile(kBeyondAscii);
+    RunCli({"revoke", file, "--account", kEveryone});
+    const std::string before = RunCli({"show", "--sddl", file}).output;
+    ASSERT_EQ(RunCli({"grant", file, "--account", kEveryone, "--rights", "Full control"}).exitCode, 0U);
+    const std::string after = RunCli({"show", "--sddl", file}).output;
+    ASSERT_NE(after, before);
+    const CliResult listed = RunCli({"history", "--json"});
+    const nlohmann::json changes = nlohmann::json::parse(listed.output, nullptr, false);
+    ASSERT_TRUE(changes.is_array() && !changes.empty()) << listed.errors;
+    EXPECT_EQ(changes[0]["firstTop"], file);
+    const std::string number = std::to_string(changes[0]["number"].get<int>());
+    EXPECT_THAT(RunCli({"history"}).output, HasSubstr(kBeyondAscii));
+    EXPECT_THAT(RunCli({"history", number}).output, HasSubstr("permissions of " + file));
+    EXPECT_EQ(RunCli({"undo", number}).exitCode, 2U) << "nobody can be asked";
+    const auto isPutBack = AllOf(HasSubstr("put back: 1, "), HasSubstr("left alone: 0\n"));
+    EXPECT_THAT(RunCli({"undo", number, "--dry-run"}).output, AllOf(StartsWith("would "), isPutBack));
+    EXPECT_EQ(RunCli({"show", "--sddl", file}).output, after);
+    const CliResult undone = RunCli({"undo", number, "--yes"});
+    EXPECT_THAT(undone.output, isPutBack) << undone.errors;
+    EXPECT_EQ(RunCli({"show", "--sddl", file}).output, before);
+}
+
+TEST(Cli, ListsAreSavedComparedAndRestored) {
+    const TestFolder folder;
+    const TestFolder texts;
+    folder.MakeFolder("sub");
+    const std::string file = folder.MakeFile(std::string("sub\\") + kBeyondAscii);
+    RunCli({"revoke", file, "--account", kEveryone});
+    const std::string above = folder.Path().substr(0, folder.Path().rfind('\\'));
+    const struct {
+        const char* form;
+        std::string place;  // from which the form's paths start
+    } rows[] = {{"permora", folder.Path()}, {"icacls", above}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.form);
+        const std::string text = texts.Path(row.form);
+        const CliResult saved = RunCli({"save", folder.Path(), "--output", text, "--format", row.form});
+        EXPECT_EQ(saved.output, "saved: 3\n") << saved.errors;
+        const CliResult alike = RunCli({"compare", text, row.place});
+        EXPECT_EQ(alike.output, "compared: 3, different: 0\n") << alike.errors;
+        EXPECT_EQ(alike.exitCode, 0U);
+        ASSERT_EQ(RunCli({"grant", file, "--account", kEveryone, "--rights", "Full control"}).exitCode, 0U);
+        const CliResult changed = RunCli({"compare", text, row.place});
+        EXPECT_EQ(changed.exitCode, 1U);
+        EXPECT_THAT(changed.output, HasSubstr(file));
+        const CliResult dry = RunCli({"restore", text, "--to", row.place, "--dry-run"});
+        EXPECT_THAT(dry.output, HasSubstr("would change: " + file + '\n')) << dry.errors;
+        EXPECT_EQ(RunCli({"restore", text, "--to", row.place}).exitCode, 2U) << "nobody can be asked";
+        const CliResult restored = RunCli({"restore", text, "--to", row.place, "--yes"});
+        EXPECT_EQ(restored.exitCode, 0U) << restored.errors;
+        EXPECT_THAT(restored.output, HasSubstr("changed: 1, "));
+        EXPECT_EQ(RunCli({"compare", text, row.place}).exitCode, 0U);
+    }
+    const std::string cut = texts.MakeFile("cut", "permora-lists 1\n");
+    EXPECT_EQ(RunCli({"restore", cut, "--yes"}).exitCode, 2U);
 }
 
 TEST(Cli, DeletesForGood) {
