@@ -39,7 +39,13 @@ class HistoryOfFile : public History {
     DWORD Find(std::int64_t number, ChangeFacts& facts) override;
     DWORD FindLast(ChangeFacts& facts) override;
     DWORD VisitObjects(std::int64_t number, RecordOrder order,
-                       const std::function<bool(const RecordedObject&)>& visit) override;
+                       const std::function<bool(const RecordedObject&)>& visit) override {
+        return Visit(number, order, 0, visit);
+    }
+    DWORD VisitObjectsFrom(std::int64_t number, std::uint64_t first,
+                           const std::function<bool(const RecordedObject&)>& visit) override {
+        return Visit(number, RecordOrder::kAsMade, static_cast<std::int64_t>(first), visit);
+    }
     std::unique_ptr<Change> Begin(ChangeKind kind, std::int64_t undoes) override {
         return std::make_unique<RecordedChange>(path, kind, undoes);
     }
@@ -48,6 +54,9 @@ class HistoryOfFile : public History {
     DWORD PruneLarger(std::uint64_t bytes, std::size_t& removed) override;
 
   private:
+    // Without the first `skipped` ones as they were made.
+    DWORD Visit(std::int64_t number, RecordOrder order, std::int64_t skipped,
+                const std::function<bool(const RecordedObject&)>& visit);
     DWORD FactsOf(Statement& row, ChangeFacts& facts);
     DWORD Select(Statement& rows, std::vector<ChangeFacts>& changes);
 
@@ -132,30 +141,30 @@ DWORD HistoryOfFile::FindLast(ChangeFacts& facts) {
     return ERROR_NOT_FOUND;
 }
 
-DWORD HistoryOfFile::VisitObjects(std::int64_t number, RecordOrder order,
-                                  const std::function<bool(const RecordedObject&)>& visit) {
+DWORD HistoryOfFile::Visit(std::int64_t number, RecordOrder order, std::int64_t skipped,
+                           const std::function<bool(const RecordedObject&)>& visit) {
     ChangeFacts facts;
     DWORD error = Find(number, facts);
     if (error != ERROR_SUCCESS) return error;
     const bool isForwards = order == RecordOrder::kAsMade;
     const auto count = static_cast<std::int64_t>(facts.objects);
     Statement rows(database, std::string("SELECT ") + ObjectReader::kColumns +
-                                 " FROM objects WHERE change=? AND number<=? ORDER BY number" +
+                                 " FROM objects WHERE change=? AND number BETWEEN ? AND ? ORDER BY number" +
                                  (isForwards ? "" : " DESC"));
     ObjectReader reader(database, facts);
     RecordedObject object;
     std::int64_t seen = 0;
-    rows.Bind(number, count);
+    rows.Bind(number, skipped + 1, count);
     while (rows.Next()) {
         // None may be missing.
         ++seen;
-        if (rows.Number(0) != (isForwards ? seen : count + 1 - seen)) return ERROR_FILE_CORRUPT;
+        if (rows.Number(0) != (isForwards ? skipped + seen : count + 1 - seen)) return ERROR_FILE_CORRUPT;
         error = reader.Read(rows, object);
         if (error != ERROR_SUCCESS) return error;
         if (!visit(object)) return ERROR_CANCELLED;
     }
     if (rows.Error() != ERROR_SUCCESS) return rows.Error();
-    return seen == count ? ERROR_SUCCESS : ERROR_FILE_CORRUPT;
+    return skipped + seen == count ? ERROR_SUCCESS : ERROR_FILE_CORRUPT;
 }
 
 DWORD HistoryOfFile::MarkUndone(std::int64_t number, ChangeState state) {

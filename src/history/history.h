@@ -100,6 +100,9 @@ class History {
     // ERROR_CANCELLED when it did not.
     virtual DWORD VisitObjects(std::int64_t number, RecordOrder order,
                                const std::function<bool(const RecordedObject&)>& visit) = 0;
+    // The same as they were made, from the object `first` on, counted from 0.
+    virtual DWORD VisitObjectsFrom(std::int64_t number, std::uint64_t first,
+                                   const std::function<bool(const RecordedObject&)>& visit) = 0;
 
     // `undoes`: of ChangeKind::kUndo. The history must outlive the change.
     virtual std::unique_ptr<Change> Begin(ChangeKind kind, std::int64_t undoes = 0) = 0;

@@ -45,6 +45,8 @@ const MessageMap& CHistoryDlg::GetMessageMap() const {
         {
             {IDC_CHANGES, Notify::kItemChanged, &CHistoryDlg::OnChangeSelected},
             {IDC_CHANGED_OBJECTS, Notify::kItemChanged, &CHistoryDlg::OnObjectSelected},
+            {IDC_OBJECTS_BEFORE, Notify::kClicked, &CHistoryDlg::OnPageBefore},
+            {IDC_OBJECTS_AFTER, Notify::kClicked, &CHistoryDlg::OnPageAfter},
             {IDC_UNDO_CHANGE, Notify::kClicked, &CHistoryDlg::OnUndo},
         });
     return kMap;
@@ -90,6 +92,8 @@ void CHistoryDlg::ShowSelectedChange() {
     if (!view.Objects().empty()) SelectRow(list, 0);
     isFilling = false;
     GetDlgItem(IDC_OBJECTS_TITLE)->SetWindowText(view.ObjectsTitle());
+    GetDlgItem(IDC_OBJECTS_BEFORE)->EnableWindow(view.HasPageBefore());
+    GetDlgItem(IDC_OBJECTS_AFTER)->EnableWindow(view.HasPageAfter());
     GetDlgItem(IDC_HISTORY_REMARK)->SetWindowText(view.Remark());
     GetDlgItem(IDC_UNDO_CHANGE)->EnableWindow(view.MayUndo());
     ShowSelectedObject();
@@ -114,6 +118,16 @@ void CHistoryDlg::OnChangeSelected(Notification& notification) {
 
 void CHistoryDlg::OnObjectSelected(Notification& notification) {
     if (!isFilling && List(IDC_CHANGED_OBJECTS).IsSelected(notification.row)) ShowSelectedObject();
+}
+
+void CHistoryDlg::OnPageBefore() {
+    view.ShowPageBefore();
+    ShowSelectedChange();
+}
+
+void CHistoryDlg::OnPageAfter() {
+    view.ShowPageAfter();
+    ShowSelectedChange();
 }
 
 void CHistoryDlg::OnUndo() {

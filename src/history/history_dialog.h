@@ -28,6 +28,8 @@ class CHistoryDlg : public CDialog {
   private:
     void OnChangeSelected(Notification& notification);
     void OnObjectSelected(Notification& notification);
+    void OnPageBefore();
+    void OnPageAfter();
     void OnUndo();
 
     void ShowChanges();

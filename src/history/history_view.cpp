@@ -31,24 +31,38 @@ void HistoryView::Read() {
         remark = HistoryFailureText(error);
     const auto again = std::ranges::find(changes, before, &ChangeFacts::number);
     if (!changes.empty()) selected = again != changes.end() ? again - changes.begin() : 0;
-    ReadObjects();
+    ReadObjects(0);
 }
 
 void HistoryView::Select(std::size_t change) {
     selected = change;
     remark.clear();
-    ReadObjects();
+    ReadObjects(0);
 }
 
-void HistoryView::ReadObjects() {
+void HistoryView::ReadObjects(std::uint64_t first) {
     objects.clear();
+    firstObject = first;
     if (!selected) return;
-    const DWORD error = history->VisitObjects(changes[*selected].number, RecordOrder::kAsMade,
-                                              [this](const RecordedObject& object) {
-                                                  objects.push_back(object);
-                                                  return objects.size() < kMostObjects;
-                                              });
+    const DWORD error =
+        history->VisitObjectsFrom(changes[*selected].number, first, [this](const RecordedObject& object) {
+            objects.push_back(object);
+            return objects.size() < kPageObjects;
+        });
     if (error != ERROR_SUCCESS && error != ERROR_CANCELLED) remark = HistoryFailureText(error);
+}
+
+bool HistoryView::HasPageAfter() const {
+    return selected && objects.size() == kPageObjects &&
+           firstObject + objects.size() < changes[*selected].objects;
+}
+
+void HistoryView::ShowPageBefore() {
+    if (HasPageBefore()) ReadObjects(firstObject - kPageObjects);
+}
+
+void HistoryView::ShowPageAfter() {
+    if (HasPageAfter()) ReadObjects(firstObject + kPageObjects);
 }
 
 std::array<std::string, 6> HistoryView::ChangeRow(std::size_t change) const {
@@ -59,8 +73,9 @@ std::array<std::string, 6> HistoryView::ChangeRow(std::size_t change) const {
 
 std::string HistoryView::ObjectsTitle() const {
     std::string title = "&Objects of the selected change";
-    if (objects.size() == kMostObjects && objects.size() < changes[*selected].objects)
-        title += " (the first " + GroupedNumber(objects.size()) + " of " +
+    if (!objects.empty() && (HasPageBefore() || HasPageAfter()))
+        title += " (" + GroupedNumber(firstObject + 1) + " to " +
+                 GroupedNumber(firstObject + objects.size()) + " of " +
                  GroupedNumber(changes[*selected].objects) + ')';
     return title + ':';
 }

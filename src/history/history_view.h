@@ -22,8 +22,8 @@ inline constexpr std::array<const char*, 5> kComparedRowTitles = {"Difference", 
 
 class HistoryView {
   public:
-    // A change may have had a million objects, of which nobody looks through more than these.
-    static constexpr std::size_t kMostObjects = 1000;
+    // A change may have had a million objects. They are shown page by page.
+    static constexpr std::size_t kPageObjects = 1000;
 
     explicit HistoryView(std::string historyPath) : path(std::move(historyPath)) {}
 
@@ -39,9 +39,14 @@ class HistoryView {
     std::array<std::string, 6> ChangeRow(std::size_t change) const;
     std::optional<std::size_t> Selected() const { return selected; }  // nothing: there are no changes
 
-    // Of the selected change, with the mark of its mnemonic: "&Objects of the selected change (the first
-    // 1,000 of 12,345):".
+    // Of the selected change, with the mark of its mnemonic: "&Objects of the selected change (1,001 to 2,000
+    // of 12,345):".
     std::string ObjectsTitle() const;
+    bool HasPageBefore() const { return firstObject > 0; }
+    bool HasPageAfter() const;
+    void ShowPageBefore();
+    void ShowPageAfter();
+    // Those of the page.
     const std::vector<RecordedObject>& Objects() const { return objects; }
     std::array<std::string, 2> ObjectRow(std::size_t object) const;
     std::vector<ComparedRow> RowsOf(std::size_t object, NameAccount* nameOf) const;
@@ -50,13 +55,14 @@ class HistoryView {
     bool MayUndo() const;
 
   private:
-    void ReadObjects();
+    void ReadObjects(std::uint64_t first);
 
     std::string path;
     std::unique_ptr<History> history;  // null: it cannot be read
     std::string remark;
     std::vector<ChangeFacts> changes;
     std::optional<std::size_t> selected;
+    std::uint64_t firstObject = 0;  // of the page, among those of the selected change
     std::vector<RecordedObject> objects;
 };
 

@@ -294,6 +294,8 @@
 #define IDC_BEFORE_AND_AFTER 1233
 #define IDC_HISTORY_REMARK 1234
 #define IDC_UNDO_CHANGE 1235
+#define IDC_OBJECTS_BEFORE 1238
+#define IDC_OBJECTS_AFTER 1239
 
 // Progress of an undo.
 #define IDD_UNDO 291

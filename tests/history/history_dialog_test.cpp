@@ -120,8 +120,15 @@ TEST_F(HistoryDialog, ShowsAChangeItsObjectsAndWhatTheyHad) {
                                 StartsWith("Removed | Allow |"), StartsWith("Added | Allow |")));
         dialog.SelectRow(IDC_CHANGES, 1);
         EXPECT_EQ(dialog.Rows(IDC_CHANGED_OBJECTS).size(), 1000U);
-        EXPECT_EQ(dialog.Text(IDC_OBJECTS_TITLE),
-                  "&Objects of the selected change (the first 1,000 of 1,001):");
+        EXPECT_EQ(dialog.Text(IDC_OBJECTS_TITLE), "&Objects of the selected change (1 to 1,000 of 1,001):");
+        EXPECT_FALSE(dialog.IsEnabled(IDC_OBJECTS_BEFORE));
+        dialog.Press("Alt+N");
+        EXPECT_THAT(dialog.Rows(IDC_CHANGED_OBJECTS), ElementsAre("C:\\made up\\file 1000 | File"));
+        EXPECT_FALSE(dialog.IsEnabled(IDC_OBJECTS_AFTER));
+        EXPECT_EQ(dialog.Rows(IDC_BEFORE_AND_AFTER).size(), 3U);
+        dialog.Click(IDC_OBJECTS_BEFORE);
+        EXPECT_EQ(dialog.Rows(IDC_CHANGED_OBJECTS).size(), 1000U);
+        dialog.SelectRow(IDC_CHANGES, 1);
         // By the keyboard.
         dialog.Press("Home");
         EXPECT_EQ(dialog.Rows(IDC_CHANGED_OBJECTS).size(), 3U);

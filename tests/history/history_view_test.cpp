@@ -64,14 +64,34 @@ TEST_F(HistoryViewTest, ShowsTheNewestChangeFirstAndItsObjects) {
     EXPECT_EQ(view.Selected(), 2U);
 }
 
-TEST_F(HistoryViewTest, ShowsTheFirstObjectsOfAGreatChangeAndSaysHowManyThereAre) {
-    test::ChangeMadeUpFiles(Path(), 1234);
+TEST_F(HistoryViewTest, ShowsTheObjectsOfAGreatChangePageByPage) {
+    test::ChangeMadeUpFiles(Path(), 2000);
+    test::ChangeMadeUpFiles(Path(), 2234);
     HistoryView view(Path());
     view.Read();
-    EXPECT_EQ(view.Objects().size(), HistoryView::kMostObjects);
-    EXPECT_EQ(view.ObjectsTitle(), "&Objects of the selected change (the first 1,000 of 1,234):");
+    const auto page = [&view] {
+        return view.ObjectsTitle().substr(31) + (view.HasPageBefore() ? " before" : "") +
+               (view.HasPageAfter() ? " after" : "") + " " +
+               view.ObjectRow(0)[0].substr(std::string(R"(C:\made up\file )").size());
+    };
+    EXPECT_EQ(page(), " (1 to 1,000 of 2,234): after 0");
+    view.ShowPageBefore();
+    EXPECT_EQ(page(), " (1 to 1,000 of 2,234): after 0");
+    view.ShowPageAfter();
+    EXPECT_EQ(page(), " (1,001 to 2,000 of 2,234): before after 1000");
+    EXPECT_EQ(view.Objects().size(), HistoryView::kPageObjects);
+    view.ShowPageAfter();
+    view.ShowPageAfter();
+    EXPECT_EQ(page(), " (2,001 to 2,234 of 2,234): before 2000");
+    EXPECT_EQ(view.Objects().size(), 234U);
+    view.ShowPageBefore();
+    EXPECT_EQ(page(), " (1,001 to 2,000 of 2,234): before after 1000");
     EXPECT_EQ(view.Remark(), "");
     EXPECT_TRUE(view.MayUndo());
+    // Another change begins with its first page, and a full last one is the last.
+    view.Select(1);
+    view.ShowPageAfter();
+    EXPECT_EQ(page(), " (1,001 to 2,000 of 2,000): before 1000");
 }
 
 TEST_F(HistoryViewTest, TakesBackWhatIsDoneOrCutOffAndNothingElse) {
