@@ -1,6 +1,6 @@
-// What further threads bring to a walk, on volumes of several kinds: the same change with a fixed number of
-// threads, and with as many as the walk chooses, against the plain loop on one. Prints rows of the table in
-// README.md.
+// What further threads bring, on volumes of several kinds: the same change of a tree, and the same reading of
+// it in order, with a fixed number of threads and with as many as are chosen, against the plain loop on one.
+// Prints rows of the table in README.md.
 #include <fcntl.h>
 #include <sys/mount.h>
 
@@ -17,6 +17,7 @@
 #include "platform/linux/files/object_handle.h"
 #include "platform/linux/security/propagation.h"
 #include "platform/raw_security.h"
+#include "saved/tree_saving.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
@@ -27,6 +28,7 @@ namespace {
 using permora::bench::Check;
 using permora::bench::Median;
 using permora::bench::PrintRatio;
+using permora::bench::ReadAttributes;
 using permora::bench::RewriteAttributes;
 using permora::bench::Runs;
 using permora::bench::Scaled;
@@ -57,6 +59,22 @@ void CarryDown(const std::string& top, int run, Threads threads) {
     Check(failures.count == 0, "objects were passed over, first " + failures.firstPath);
 }
 
+class Counter : public permora::TreeVisitor {
+  public:
+    bool Visit(const permora::ReadObject& object) override {
+        if (Check(!object.descriptor.empty(), "not read: " + std::string(object.path))) ++count;
+        return true;
+    }
+    std::size_t count = 0;
+};
+
+void ReadInOrder(const std::string& top, std::size_t objects, Threads threads) {
+    const permora::HeldObject held = permora::test::Held(top);
+    Counter visitor;
+    (void)permora::ReadTree(held, permora::ReadableParts(held), visitor, threads);
+    Check(visitor.count == objects + 1, "the reading missed objects");
+}
+
 std::string TextOf(Threads threads) {
     if (!threads) return "threads as chosen";
     return std::to_string(*threads) + (*threads == 1 ? " thread" : " threads");
@@ -68,40 +86,56 @@ struct Place {
     std::size_t objects;
     const char* attribute;
     int runs;
-    double goal;  // of the number that the walk chooses
+    double changeGoal;  // of the number that the walk chooses
+    double readGoal;
     bool hasLoop = true;
+};
+
+// The figures of one kind of work.
+struct Figures {
+    std::vector<double> loop;
+    std::vector<std::vector<double>> ours = std::vector<std::vector<double>>(std::size(kSteps));
+
+    void Print(const std::string& what, const Place& place, double goal) const {
+        const std::string where = place.name + (", " + std::to_string(place.objects)) + " objects";
+        const char* peer = place.hasLoop ? "plain loop" : "1 thread";
+        for (std::size_t step = 0; step < std::size(kSteps); ++step)
+            PrintRatio({what + ", " + TextOf(kSteps[step]), where, peer}, ours[step],
+                       place.hasLoop ? loop : ours.front(), kSteps[step] == Threads() ? goal : 3);
+    }
 };
 
 // All by turns, so that other load affects all.
 void Compare(const Place& place) {
-    std::vector<double> loop;
-    std::vector<std::vector<double>> ours(std::size(kSteps));
+    Figures changing;
+    Figures reading;
     int changes = 0;
+    const auto isWhole = [&](std::size_t count) {
+        Check(count == place.objects + 1, "the loop missed objects");
+    };
+    const auto rewrite = [&] { isWhole(RewriteAttributes(place.tree, place.attribute)); };
     for (int run = 0; run < place.runs; ++run) {
-        const auto rewrite = [&] {
-            Check(RewriteAttributes(place.tree, place.attribute) == place.objects + 1,
-                  "the loop missed objects");
-        };
         // It changes a byte and changes it back, so that our side finds its own bytes.
         if (place.hasLoop) {
-            loop.push_back(SecondsFor(rewrite));
+            changing.loop.push_back(SecondsFor(rewrite));
             rewrite();
+            reading.loop.push_back(SecondsFor([&] { isWhole(ReadAttributes(place.tree, place.attribute)); }));
         }
-        for (std::size_t step = 0; step < std::size(kSteps); ++step)
-            ours[step].push_back(SecondsFor([&] { CarryDown(place.tree, ++changes, kSteps[step]); }));
+        for (std::size_t step = 0; step < std::size(kSteps); ++step) {
+            reading.ours[step].push_back(
+                SecondsFor([&] { ReadInOrder(place.tree, place.objects, kSteps[step]); }));
+            changing.ours[step].push_back(
+                SecondsFor([&] { CarryDown(place.tree, ++changes, kSteps[step]); }));
+        }
     }
-    const std::string where = place.name + (", " + std::to_string(place.objects)) + " objects";
-    for (std::size_t step = 0; step < std::size(kSteps); ++step) {
-        const char* peer = place.hasLoop ? "plain loop" : "1 thread";
-        PrintRatio({"an inherited entry, " + TextOf(kSteps[step]), where, peer}, ours[step],
-                   place.hasLoop ? loop : ours.front(), kSteps[step] == Threads() ? place.goal : 3);
-    }
+    changing.Print("an inherited entry", place, place.changeGoal);
+    reading.Print("reading a tree", place, place.readGoal);
 }
 
 void CompareLocally(const char* name, const std::string& tree) {
     const std::size_t objects = Scaled(100'000);
     if (Check(permora::bench::MakeSampleTree(tree, objects), "cannot make the tree"))
-        Compare({name, tree, objects, "security.NTACL", Runs(5), 0.75});
+        Compare({name, tree, objects, "security.NTACL", Runs(5), 0.75, 1});
 }
 
 void CompareOnTmpfs() {
@@ -131,7 +165,7 @@ void CompareOnNtfs() {
     const std::size_t objects = Scaled(10'000);
     if (Check(volume.Problem().empty(), volume.Problem()) &&
         Check(permora::bench::MakeSampleTree(volume.Path("tree"), objects), "cannot make the tree"))
-        Compare({"NTFS", volume.Path("tree"), objects, "system.ntfs_acl", Runs(5), 1.1});
+        Compare({"NTFS", volume.Path("tree"), objects, "system.ntfs_acl", Runs(5), 1.1, 1.1});
 }
 
 // One run, in which a single thread needs the better part of a minute.
@@ -141,7 +175,7 @@ void CompareWithLatency() {
     if (!Check(permora::bench::MakeSampleTree(folder.Path("tree"), objects), "cannot make the tree")) return;
     const permora::bench::SlowVolume volume(folder.Path(), std::chrono::milliseconds(1));
     if (Check(volume.IsMounted(), "the slow volume cannot be mounted"))
-        Compare({"1 ms a request", volume.Root() + "/tree", objects, "security.NTACL", 1, 0.1, false});
+        Compare({"1 ms a request", volume.Root() + "/tree", objects, "security.NTACL", 1, 0.1, 0.1, false});
 }
 
 }  // namespace

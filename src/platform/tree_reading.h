@@ -39,6 +39,8 @@ class FolderNames {
     void Sort();
 
     std::size_t Count() const { return places.size(); }
+    // The memory that they take.
+    std::size_t Bytes() const { return text.size() + places.size() * sizeof(Place); }
     std::string_view Name(std::size_t index) const { return NameAt(places[index]); }
     // As the listing says; what is read later may be something else by then.
     TreeObjectKind Kind(std::size_t index) const { return places[index].kind; }
@@ -57,9 +59,25 @@ class FolderNames {
     std::vector<Place> places;
 };
 
+class TreeFolder;
+
+// What one thread needs to read objects of a tree: buffers that are used again for each.
+class TreeBuffers {
+  public:
+    explicit TreeBuffers(const TreeFolder& folder);
+    ~TreeBuffers();
+    TreeBuffers(const TreeBuffers&) = delete;
+    TreeBuffers& operator=(const TreeBuffers&) = delete;
+
+  private:
+    friend class TreeFolder;
+    struct Inside;
+    std::unique_ptr<Inside> inside;
+};
+
 // A folder of a tree that is being read, held open: on Linux each takes a descriptor, and the limit on them
-// is raised as far as it may. All calls answer with 0 or a system error code. One thread at a time for all
-// folders of a tree.
+// is raised as far as it may. All calls answer with 0 or a system error code. Several threads may read from
+// one folder, each with buffers of its own; whatever is not const is for one thread alone.
 class TreeFolder {
   public:
     TreeFolder();
@@ -77,19 +95,26 @@ class TreeFolder {
                          TreeFolder& folder);
 
     // All names in it, sorted, in the place of what `names` had. After a failure it has those that were found
-    // before.
-    DWORD List(FolderNames& names) const;
+    // before. ERROR_MORE_DATA, and no names, when they would take more than `most` bytes.
+    DWORD List(FolderNames& names, std::size_t most = SIZE_MAX);
 
     // The same as ReadTop for what has the bare name `name` in this folder. `expected` is what List said that
     // it is. ERROR_FILE_NOT_FOUND when it has vanished; ERROR_NOT_SAME_DEVICE, and nothing is read, when
     // another volume is mounted there.
-    DWORD Read(const std::string& name, TreeObjectKind expected, TreeObject& object,
+    DWORD Read(const std::string& name, TreeObjectKind expected, TreeBuffers& buffers, TreeObject& object,
                TreeFolder& folder) const;
 
     // Whether names that differ in the case of letters alone are one name to the volume's own system (NTFS).
     bool IgnoresCase() const;
 
+    // Gives up the open folder for the time being; nothing can be read from it until Resume. False where that
+    // is of no use: on Windows, where a process may have millions of handles.
+    bool Suspend();
+    // Opens it again from a folder in it that is open. ERROR_FILE_INVALID when that one is elsewhere by now.
+    DWORD Resume(const TreeFolder& below);
+
   private:
+    friend class TreeBuffers;
     struct Inside;
     std::unique_ptr<Inside> inside;  // null: none
 };

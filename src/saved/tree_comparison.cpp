@@ -43,10 +43,15 @@ class Added : public TreeVisitor {
 
 }  // namespace
 
+const FolderNames& TreeComparison::Level::Names() const {
+    static const FolderNames kNoNames;
+    return folder ? folder.Names() : kNoNames;
+}
+
 DWORD TreeComparison::BeginBelowTop() {
     TreeObject object;
-    TreeFolder folder;
-    const DWORD error = TreeFolder::ReadTop(top, readParts, object, folder);
+    AheadFolder folder;
+    const DWORD error = AheadFolder::ReadTop(top, readParts, object, folder);
     if (object.kind != TreeObjectKind::kFolder) return ERROR_DIRECTORY;
     if (!folder) return error != ERROR_SUCCESS ? error : DWORD{ERROR_ACCESS_DENIED};
     Enter({"", SavedKind::kFolder, {}}, "", std::move(folder));
@@ -56,8 +61,8 @@ DWORD TreeComparison::BeginBelowTop() {
 
 bool TreeComparison::TakeTop(const ReadObject& was) {
     TreeObject object;
-    TreeFolder folder;
-    const DWORD error = TreeFolder::ReadTop(top, readParts, object, folder);
+    AheadFolder folder;
+    const DWORD error = AheadFolder::ReadTop(top, readParts, object, folder);
     return TakeFound(was, "", object, error, std::move(folder));
 }
 
@@ -75,15 +80,16 @@ bool TreeComparison::Take(const ReadObject& was) {
     while (!levels.empty() && levels.back().path != folder && !IsBelow(folder, levels.back().path))
         if (!Leave()) return false;
     const bool isHere = !levels.empty() && levels.back().path == folder;
+    if (isHere) NoteLoss(levels.back());
     const std::string name(was.path.substr(end == was.path.npos ? 0 : end + 1));
-    const std::size_t index = isHere ? Find(levels.back(), name) : kNowhere;
+    const bool isWithin = isHere && levels.back().folder && !levels.back().folder.IsLost();
+    const std::size_t index = isWithin ? Find(levels.back(), name) : kNowhere;
     TreeObject object;
-    TreeFolder below;
+    AheadFolder below;
     if (index != kNowhere) {
-        const Level& level = levels.back();
-        const std::string nameNow(level.names.Name(index));
-        const DWORD error = level.folder.Read(nameNow, level.names.Kind(index), object, below);
-        const std::string pathNow = PathIn(level.pathNow, nameNow);
+        Level& level = levels.back();
+        const std::string pathNow = PathIn(level.pathNow, level.Names().Name(index));
+        const DWORD error = level.folder.Read(index, object, below);
         if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND)
             return TakeFound(was, pathNow, object, error, std::move(below));
     }
@@ -95,7 +101,7 @@ bool TreeComparison::Take(const ReadObject& was) {
 }
 
 bool TreeComparison::TakeFound(const ReadObject& was, const std::string& pathNow, const TreeObject& now,
-                               DWORD error, TreeFolder below) {
+                               DWORD error, AheadFolder below) {
     Compare(was, ReadResult(pathNow, now, error));
     if (below) {
         Enter(was, pathNow, std::move(below));
@@ -105,7 +111,6 @@ bool TreeComparison::TakeFound(const ReadObject& was, const std::string& pathNow
         levels.push_back({.path = std::string(was.path),
                           .pathNow = pathNow,
                           .folder = {},
-                          .names = {},
                           .areMatched = {},
                           .next = 0,
                           .capitals = {},
@@ -131,15 +136,15 @@ void TreeComparison::Compare(const ReadObject& was, const ReadObject& is) {
     observer.Differ(difference);
 }
 
-void TreeComparison::Enter(const ReadObject& was, const std::string& pathNow, TreeFolder below) {
+void TreeComparison::Enter(const ReadObject& was, const std::string& pathNow, AheadFolder below) {
     Level level;
     level.path = was.path;
     level.pathNow = pathNow;
     level.folder = std::move(below);
-    const DWORD error = level.folder.List(level.names);
+    const DWORD error = level.folder.List();
     level.isUnlisted = error != ERROR_SUCCESS;
     level.isUnknown = was.kind == SavedKind::kUnread;
-    level.areMatched.resize(level.names.Count());
+    level.areMatched.resize(level.Names().Count());
     if (error != ERROR_SUCCESS)
         observer.Differ({DifferenceKind::kUnlisted, pathNow, was.kind, SavedKind::kFolder, {}, {}, error});
     levels.push_back(std::move(level));
@@ -148,19 +153,19 @@ void TreeComparison::Enter(const ReadObject& was, const std::string& pathNow, Tr
 std::size_t TreeComparison::Find(Level& level, std::string_view name) {
     // Mostly it is the next one: both come in the same order.
     std::size_t index = level.next;
-    if (index >= level.names.Count() || level.names.Name(index) != name) {
-        std::size_t end = level.names.Count();
+    if (index >= level.Names().Count() || level.Names().Name(index) != name) {
+        std::size_t end = level.Names().Count();
         index = 0;
         while (index < end) {
             const std::size_t middle = index + (end - index) / 2;
-            if (level.names.Name(middle) < name)
+            if (level.Names().Name(middle) < name)
                 index = middle + 1;
             else
                 end = middle;
         }
     }
     const bool isFound =
-        index < level.names.Count() && level.names.Name(index) == name && !level.areMatched[index];
+        index < level.Names().Count() && level.Names().Name(index) == name && !level.areMatched[index];
     const std::size_t found = isFound ? index : FindInOtherCase(level, name);
     if (found != kNowhere) {
         level.areMatched[found] = true;
@@ -172,8 +177,8 @@ std::size_t TreeComparison::Find(Level& level, std::string_view name) {
 std::size_t TreeComparison::FindInOtherCase(Level& level, std::string_view name) {
     if (!level.folder || !level.folder.IgnoresCase()) return kNowhere;
     if (level.capitals.empty()) {
-        for (std::size_t i = 0; i < level.names.Count(); ++i)
-            level.capitals.emplace_back(InCapitals(std::string(level.names.Name(i))), i);
+        for (std::size_t i = 0; i < level.Names().Count(); ++i)
+            level.capitals.emplace_back(InCapitals(std::string(level.Names().Name(i))), i);
         std::sort(level.capitals.begin(), level.capitals.end());
     }
     const std::pair<std::string, std::size_t> wanted(InCapitals(std::string(name)), 0);
@@ -183,21 +188,34 @@ std::size_t TreeComparison::FindInOtherCase(Level& level, std::string_view name)
     return kNowhere;
 }
 
+void TreeComparison::NoteLoss(Level& level) {
+    if (level.isUnlisted || !level.folder || !level.folder.IsLost()) return;
+    level.isUnlisted = true;
+    level.isUnknown = true;
+    observer.Differ({DifferenceKind::kUnlisted,
+                     level.pathNow,
+                     SavedKind::kFolder,
+                     SavedKind::kFolder,
+                     {},
+                     {},
+                     ERROR_FILE_INVALID});
+}
+
 // Tells what was added to the lowest folder, and goes out of it.
 bool TreeComparison::Leave() {
-    const Level level = std::move(levels.back());
+    NoteLoss(levels.back());
+    Level level = std::move(levels.back());
     levels.pop_back();
-    for (std::size_t index = 0; !level.isUnknown && index < level.names.Count(); ++index)
+    for (std::size_t index = 0; !level.isUnknown && index < level.Names().Count(); ++index)
         if (!level.areMatched[index] && !TellAdded(level, index)) return false;
     return true;
 }
 
-bool TreeComparison::TellAdded(const Level& level, std::size_t index) {
-    const std::string name(level.names.Name(index));
-    const std::string path = PathIn(level.pathNow, name);
+bool TreeComparison::TellAdded(Level& level, std::size_t index) {
+    const std::string path = PathIn(level.pathNow, level.Names().Name(index));
     TreeObject object;
-    TreeFolder below;
-    const DWORD error = level.folder.Read(name, level.names.Kind(index), object, below);
+    AheadFolder below;
+    const DWORD error = level.folder.Read(index, object, below);
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return true;
     Added visitor(observer);
     if (!visitor.Visit(ReadResult(path, object, error))) return false;

@@ -62,10 +62,11 @@ class TreeComparison {
 
     // A folder that both trees have.
     struct Level {
+        const FolderNames& Names() const;
+
         std::string path;  // as it was called in what was saved
         std::string pathNow;
-        TreeFolder folder;
-        FolderNames names;
+        AheadFolder folder;
         std::vector<bool> areMatched;
         std::size_t next = 0;  // after the name that was found last
         // Names in capitals with their places, made when a name is not found as it stands.
@@ -76,14 +77,16 @@ class TreeComparison {
 
     bool TakeTop(const ReadObject& was);
     bool TakeFound(const ReadObject& was, const std::string& pathNow, const TreeObject& now, DWORD error,
-                   TreeFolder below);
+                   AheadFolder below);
     void Compare(const ReadObject& was, const ReadObject& is);
-    void Enter(const ReadObject& was, const std::string& pathNow, TreeFolder below);
+    void Enter(const ReadObject& was, const std::string& pathNow, AheadFolder below);
     // The place of a name that was not found before, or kNowhere.
     static std::size_t Find(Level& level, std::string_view name);
     static std::size_t FindInOtherCase(Level& level, std::string_view name);
+    // Tells once that names of a folder cannot be read any more.
+    void NoteLoss(Level& level);
     bool Leave();
-    bool TellAdded(const Level& level, std::size_t index);
+    bool TellAdded(Level& level, std::size_t index);
 
     const HeldObject& top;
     const SECURITY_INFORMATION readParts;

@@ -23,13 +23,14 @@ class TreeReading {
   public:
     explicit TreeReading(TreeVisitor& caller) : visitor(caller) {}
 
-    DWORD Run(TreeFolder folder, std::string begin) {
+    DWORD Run(AheadFolder folder, std::string begin) {
         path = std::move(begin);
         if (!Enter(std::move(folder))) return ERROR_OPERATION_ABORTED;
         while (!levels.empty()) {
             Level& level = levels.back();
             path.resize(level.pathLength);
-            if (level.next == level.names.Count())
+            if (level.folder.IsLost() && !VisitUnlisted(ERROR_FILE_INVALID)) return ERROR_OPERATION_ABORTED;
+            if (level.folder.IsLost() || level.next == level.folder.Names().Count())
                 levels.pop_back();
             else if (!Visit(level.next++))
                 return ERROR_OPERATION_ABORTED;
@@ -39,39 +40,37 @@ class TreeReading {
 
   private:
     struct Level {
-        TreeFolder folder;
-        FolderNames names;
+        AheadFolder folder;
         std::size_t next = 0;
         std::size_t pathLength = 0;  // of the folder's own path
     };
 
-    bool Enter(TreeFolder folder) {
-        Level level{std::move(folder), {}, 0, path.size()};
-        const DWORD error = level.folder.List(level.names);
-        levels.push_back(std::move(level));
-        return error == ERROR_SUCCESS || visitor.Visit({path, SavedKind::kUnlisted, {}, error});
+    bool VisitUnlisted(DWORD error) { return visitor.Visit({path, SavedKind::kUnlisted, {}, error}); }
+
+    bool Enter(AheadFolder folder) {
+        const DWORD error = folder.List();
+        levels.push_back({std::move(folder), 0, path.size()});
+        return error == ERROR_SUCCESS || VisitUnlisted(error);
     }
 
     bool Visit(std::size_t index) {
-        const Level& level = levels.back();
-        name = level.names.Name(index);
+        Level& level = levels.back();
         if (!path.empty()) path += '\\';
-        path += name;
-        TreeFolder below;
-        const DWORD error = level.folder.Read(name, level.names.Kind(index), object, below);
+        path += level.folder.Names().Name(index);
+        AheadFolder below;
+        const DWORD error = level.folder.Read(index, object, below);
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return true;
         const ReadObject result = ReadResult(path, object, error);
         if (!visitor.Visit(result)) return false;
         if (below) return Enter(std::move(below));
         // It could not be opened, for its names either.
         const bool isClosed = error == ERROR_SUCCESS && object.kind == TreeObjectKind::kFolder;
-        return !isClosed || visitor.Visit({path, SavedKind::kUnlisted, {}, ERROR_ACCESS_DENIED});
+        return !isClosed || VisitUnlisted(ERROR_ACCESS_DENIED);
     }
 
     TreeVisitor& visitor;
     std::vector<Level> levels;
     std::string path;
-    std::string name;
     TreeObject object;
 };
 
@@ -83,14 +82,15 @@ ReadObject ReadResult(std::string_view path, const TreeObject& object, DWORD err
     return {path, SavedKindOf(object.kind), object.descriptor, ERROR_SUCCESS, object.kind, object.isStored};
 }
 
-DWORD ReadBelow(TreeFolder folder, const std::string& path, TreeVisitor& visitor) {
+DWORD ReadBelow(AheadFolder folder, const std::string& path, TreeVisitor& visitor) {
     return TreeReading(visitor).Run(std::move(folder), path);
 }
 
-DWORD ReadTree(const HeldObject& top, SECURITY_INFORMATION parts, TreeVisitor& visitor) {
+DWORD ReadTree(const HeldObject& top, SECURITY_INFORMATION parts, TreeVisitor& visitor,
+               std::optional<std::size_t> threads) {
     TreeObject object;
-    TreeFolder folder;
-    const DWORD error = TreeFolder::ReadTop(top, parts, object, folder);
+    AheadFolder folder;
+    const DWORD error = AheadFolder::ReadTop(top, parts, object, folder, threads);
     if (!visitor.Visit(ReadResult("", object, error))) return ERROR_OPERATION_ABORTED;
     return folder ? ReadBelow(std::move(folder), "", visitor) : DWORD{ERROR_SUCCESS};
 }

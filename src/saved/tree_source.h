@@ -1,14 +1,16 @@
 // A tree on a volume, read object by object in the order of saved lists.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/held_object.h"
-#include "platform/tree_reading.h"
+#include "platform/read_ahead.h"
 #include "saved/saved_list.h"
 
 namespace permora {
@@ -32,12 +34,15 @@ class TreeVisitor {
 };
 
 // Reads the top and everything below it: by held folders, never through a link, and nothing of what is
-// mounted below. An object that vanishes is left out. Memory holds the names of one folder on each level. 0,
-// or ERROR_OPERATION_ABORTED when the visitor has ended it.
-DWORD ReadTree(const HeldObject& top, SECURITY_INFORMATION parts, TreeVisitor& visitor);
+// mounted below. The visitor is called on this thread alone, for one object after the other: a folder before
+// its contents, names sorted byte by byte. Threads that help read ahead (AheadFolder). An object that
+// vanishes is left out; a folder that is moved elsewhere may be told as kUnlisted behind its contents
+// (ERROR_FILE_INVALID). 0, or ERROR_OPERATION_ABORTED when the visitor has ended it.
+DWORD ReadTree(const HeldObject& top, SECURITY_INFORMATION parts, TreeVisitor& visitor,
+               std::optional<std::size_t> threads = std::nullopt);
 
 // The same for what is in `folder`, whose path below the top is `path`.
-DWORD ReadBelow(TreeFolder folder, const std::string& path, TreeVisitor& visitor);
+DWORD ReadBelow(AheadFolder folder, const std::string& path, TreeVisitor& visitor);
 
 // What an object is that TreeFolder has read with the result `error`.
 ReadObject ReadResult(std::string_view path, const TreeObject& object, DWORD error);

@@ -79,6 +79,10 @@ DWORD TreeFolder::Inside::Read(Open open, SECURITY_INFORMATION parts, TreeObject
     return error;
 }
 
+struct TreeBuffers::Inside {};
+TreeBuffers::TreeBuffers(const TreeFolder& /*folder*/) {}
+TreeBuffers::~TreeBuffers() = default;
+
 TreeFolder::TreeFolder() = default;
 TreeFolder::TreeFolder(TreeFolder&& other) noexcept = default;
 TreeFolder& TreeFolder::operator=(TreeFolder&& other) noexcept = default;
@@ -94,7 +98,7 @@ DWORD TreeFolder::ReadTop(const HeldObject& top, SECURITY_INFORMATION parts, Tre
         parts, object, folder.inside);
 }
 
-DWORD TreeFolder::List(FolderNames& names) const {
+DWORD TreeFolder::List(FolderNames& names, std::size_t most) {
     names = FolderNames();
     UniqueHandle opened;
     DWORD result = WithPrivileges(kReadingPrivileges,
@@ -115,13 +119,17 @@ DWORD TreeFolder::List(FolderNames& names) const {
             result = noText;
         else if (!names.Add(name, KindOf(found.kind)))
             return ERROR_NOT_ENOUGH_MEMORY;
+        if (names.Bytes() > most) {
+            names = FolderNames();
+            return ERROR_MORE_DATA;
+        }
     }
     names.Sort();
     return result;
 }
 
-DWORD TreeFolder::Read(const std::string& name, TreeObjectKind expected, TreeObject& object,
-                       TreeFolder& folder) const {
+DWORD TreeFolder::Read(const std::string& name, TreeObjectKind expected, TreeBuffers& /*buffers*/,
+                       TreeObject& object, TreeFolder& folder) const {
     folder.inside.reset();
     object.kind = expected;
     return Inside::Read(
@@ -134,6 +142,14 @@ DWORD TreeFolder::Read(const std::string& name, TreeObjectKind expected, TreeObj
 
 bool TreeFolder::IgnoresCase() const {
     return true;
+}
+
+bool TreeFolder::Suspend() {
+    return false;
+}
+
+DWORD TreeFolder::Resume(const TreeFolder& /*below*/) {
+    return ERROR_NOT_SUPPORTED;
 }
 
 }  // namespace permora

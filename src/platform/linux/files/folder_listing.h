@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "platform/api/errors.h"
 #include "platform/linux/base/unique_fd.h"
@@ -19,6 +20,8 @@ class FolderListing {
     explicit FolderListing(UniqueFd opened, off_t begin = 0);
 
     int Descriptor() const { return folder.Get(); }
+    // Ends the listing and gives the folder back.
+    UniqueFd Release() { return std::move(folder); }
     // Whether it is known that there are further entries.
     bool HasMore() const { return position < filled; }
     // Behind the entry that was taken last.

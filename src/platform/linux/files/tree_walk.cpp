@@ -20,7 +20,7 @@
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/files/linux_volume.h"
 #include "platform/linux/files/open_folder.h"
-#include "platform/linux/files/thread_tuner.h"
+#include "platform/thread_tuner.h"
 #include "platform/linux/files/unmounted_entry.h"
 
 namespace permora::host {

@@ -22,14 +22,13 @@
 namespace permora {
 namespace host {
 
-// What all folders of a tree share.
+// What all folders of a tree share. Nothing of it changes.
 struct ReadTree {
-    DescriptorStore store;
+    DescriptorStoreKind kind = DescriptorStoreKind::kNone;
     SECURITY_INFORMATION parts = 0;
     // Nothing can be mounted on what is seen here (OpenWithoutDevices).
     bool isFreeOfMounts = false;
     std::uint64_t mount = 0;  // where something can be
-    bool ignoresCase = false;
 };
 
 }  // namespace host
@@ -52,12 +51,13 @@ DWORD Reduce(nt::SecurityDescriptor& found, SECURITY_INFORMATION parts, std::vec
     return found.AppendTo(bytes) ? ERROR_SUCCESS : ERROR_INVALID_SECURITY_DESCR;
 }
 
-DWORD ReadHeld(host::ReadTree& tree, const ObjectHandle& held, TreeObject& object) {
+DWORD ReadHeld(host::DescriptorStore& store, const ObjectHandle& held, SECURITY_INFORMATION parts,
+               TreeObject& object) {
     object.kind = KindOfMode(held.Status().st_mode);
     nt::SecurityDescriptor found;
-    const DWORD error = tree.store.Read(held, found);
-    object.isStored = tree.store.HasFoundStored();
-    return error == ERROR_SUCCESS ? Reduce(found, tree.parts, object.descriptor) : error;
+    const DWORD error = store.Read(held, found);
+    object.isStored = store.HasFoundStored();
+    return error == ERROR_SUCCESS ? Reduce(found, parts, object.descriptor) : error;
 }
 
 constexpr int kEntryItself = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC;
@@ -70,60 +70,74 @@ std::optional<std::uint64_t> MountOf(const struct statx& status) {
 
 }  // namespace
 
-struct TreeFolder::Inside {
-    Inside(std::shared_ptr<host::ReadTree> whole, UniqueFd opened)
-        : tree(std::move(whole)), folder(std::move(opened)) {}
-
-    static std::unique_ptr<Inside> Enter(const std::shared_ptr<host::ReadTree>& tree, ObjectHandle& held);
-    DWORD ReadFolder(const char* hostName, TreeObject& object, std::unique_ptr<Inside>& below) const;
-    DWORD ReadEntry(const char* hostName, TreeObject& object) const;
-    // Of an entry whose kind the listing does not tell for certain, or on which something may be mounted.
-    DWORD ExamineEntry(const char* hostName, TreeObjectKind& kind) const;
-
-    std::shared_ptr<host::ReadTree> tree;
-    UniqueFd folder;  // to be listed, unless it cannot be
+struct TreeBuffers::Inside {
+    host::DescriptorStore store;
+    std::string hostName;
 };
 
-std::unique_ptr<TreeFolder::Inside> TreeFolder::Inside::Enter(const std::shared_ptr<host::ReadTree>& tree,
-                                                              ObjectHandle& held) {
+struct TreeFolder::Inside {
+    Inside(std::shared_ptr<const host::ReadTree> whole, UniqueFd opened)
+        : tree(std::move(whole)), folder(std::move(opened)) {}
+
+    static std::unique_ptr<Inside> Enter(const std::shared_ptr<const host::ReadTree>& tree,
+                                         ObjectHandle& held);
+    DWORD ReadFolder(TreeBuffers::Inside& buffers, TreeObject& object, std::unique_ptr<Inside>& below) const;
+    DWORD ReadEntry(TreeBuffers::Inside& buffers, TreeObject& object) const;
+    // Of an entry whose kind the listing does not tell for certain, or on which something may be mounted.
+    DWORD ExamineEntry(int opened, const char* hostName, TreeObjectKind& kind) const;
+
+    std::shared_ptr<const host::ReadTree> tree;
+    UniqueFd folder;  // to be listed, unless it cannot be; none while it is suspended
+    bool isListed = false;
+    dev_t device = 0;  // of a suspended one
+    ino_t inode = 0;
+};
+
+std::unique_ptr<TreeFolder::Inside> TreeFolder::Inside::Enter(
+    const std::shared_ptr<const host::ReadTree>& tree, ObjectHandle& held) {
     UniqueFd opened;
-    DWORD error = held.TakeForListing(opened);
+    const DWORD error = held.TakeForListing(opened);
     // What may be entered and not listed is there all the same; List reports it.
     if (error != ERROR_SUCCESS) opened.Reset(fcntl(held.Descriptor(), F_DUPFD_CLOEXEC, 0));
     return opened ? std::make_unique<Inside>(tree, std::move(opened)) : nullptr;
 }
 
-DWORD TreeFolder::Inside::ReadFolder(const char* hostName, TreeObject& object,
+DWORD TreeFolder::Inside::ReadFolder(TreeBuffers::Inside& buffers, TreeObject& object,
                                      std::unique_ptr<Inside>& below) const {
     ObjectHandle held;
-    DWORD error = ObjectHandle::OpenUnmountedFolderAt(folder.Get(), hostName, held);
+    DWORD error = ObjectHandle::OpenUnmountedFolderAt(folder.Get(), buffers.hostName.c_str(), held);
     if (error != ERROR_SUCCESS) return error;
-    error = ReadHeld(*tree, held, object);
+    error = ReadHeld(buffers.store, held, tree->parts, object);
     if (held.IsFolder()) below = Enter(tree, held);
     return error;
 }
 
-DWORD TreeFolder::Inside::ReadEntry(const char* hostName, TreeObject& object) const {
+DWORD TreeFolder::Inside::ReadEntry(TreeBuffers::Inside& buffers, TreeObject& object) const {
     nt::SecurityDescriptor found;
-    const DWORD error = tree->store.ReadEntry(folder.Get(), hostName, found);
-    object.isStored = tree->store.HasFoundStored();
+    const DWORD error = buffers.store.ReadEntry(folder.Get(), buffers.hostName.c_str(), found);
+    object.isStored = buffers.store.HasFoundStored();
     return error == ERROR_SUCCESS ? Reduce(found, tree->parts, object.descriptor) : error;
 }
 
-DWORD TreeFolder::Inside::ExamineEntry(const char* hostName, TreeObjectKind& kind) const {
+DWORD TreeFolder::Inside::ExamineEntry(int opened, const char* hostName, TreeObjectKind& kind) const {
     struct statx status {};
-    if (statx(folder.Get(), hostName, kEntryItself, STATX_TYPE | STATX_MNT_ID, &status) != 0)
+    if (statx(opened, hostName, kEntryItself, STATX_TYPE | STATX_MNT_ID, &status) != 0)
         return ErrorFromErrno(errno);
     const std::optional<std::uint64_t> mount = MountOf(status);
     if (mount && *mount != tree->mount) return ERROR_NOT_SAME_DEVICE;
     ObjectHandle held;
     if (!mount) {
-        const DWORD error = ObjectHandle::OpenUnmountedAt(folder.Get(), hostName, held);
+        const DWORD error = ObjectHandle::OpenUnmountedAt(opened, hostName, held);
         if (error != ERROR_SUCCESS) return error;
     }
     kind = KindOfMode(status.stx_mode);
     return ERROR_SUCCESS;
 }
+
+TreeBuffers::TreeBuffers(const TreeFolder& folder)
+    : inside(std::make_unique<Inside>(
+          Inside{.store = host::DescriptorStore(folder.inside->tree->kind), .hostName = {}})) {}
+TreeBuffers::~TreeBuffers() = default;
 
 TreeFolder::TreeFolder() = default;
 TreeFolder::TreeFolder(TreeFolder&& other) noexcept = default;
@@ -136,14 +150,12 @@ DWORD TreeFolder::ReadTop(const HeldObject& top, SECURITY_INFORMATION parts, Tre
     const ObjectHandle& held = top.inside->target.object;
     auto tree = std::make_shared<host::ReadTree>();
     tree->parts = parts;
-    const host::DescriptorStoreKind kind = host::StoreKindOf(held);
-    tree->ignoresCase =
-        kind == host::DescriptorStoreKind::kNtfs3g || kind == host::DescriptorStoreKind::kNtfs3;
+    tree->kind = host::StoreKindOf(held);
     struct statx status {};
     if (statx(held.Descriptor(), "", kEntryItself | AT_EMPTY_PATH, STATX_MNT_ID, &status) == 0)
         tree->mount = MountOf(status).value_or(0);
-    const DWORD error = ReadHeld(*tree, held, object);
-    (void)tree->store.CanHold(held);  // entries are read by those who know where descriptors are
+    host::DescriptorStore store(tree->kind);
+    const DWORD error = ReadHeld(store, held, parts, object);
     folder.inside.reset();
     if (!held.IsFolder()) return error;
     std::optional<UniqueFd> view = host::OpenWithoutDevices(held);
@@ -157,42 +169,73 @@ DWORD TreeFolder::ReadTop(const HeldObject& top, SECURITY_INFORMATION parts, Tre
     return error;
 }
 
-DWORD TreeFolder::List(FolderNames& names) const {
+DWORD TreeFolder::List(FolderNames& names, std::size_t most) {
     names = FolderNames();
-    UniqueFd copy(fcntl(inside->folder.Get(), F_DUPFD_CLOEXEC, 0));
-    if (!copy) return ErrorFromErrno(errno);
-    lseek(copy.Get(), 0, SEEK_SET);
-    host::FolderListing listing(std::move(copy));
+    if (std::exchange(inside->isListed, true)) lseek(inside->folder.Get(), 0, SEEK_SET);
+    host::FolderListing listing(std::move(inside->folder));
     host::FolderListing::Entry entry{};
     DWORD error = ERROR_SUCCESS;
     while (listing.Next(entry, error)) {
         TreeObjectKind kind = KindOfMode(static_cast<mode_t>(DTTOIF(entry.type)));
         // An object that cannot be examined has vanished; reading it reports that.
-        if (entry.type == DT_UNKNOWN && inside->ExamineEntry(entry.name, kind) != ERROR_SUCCESS)
+        if (entry.type == DT_UNKNOWN &&
+            inside->ExamineEntry(listing.Descriptor(), entry.name, kind) != ERROR_SUCCESS)
             kind = TreeObjectKind::kFile;
-        if (!names.Add(host::EncodeName(entry.name), kind)) return ERROR_NOT_ENOUGH_MEMORY;
+        if (!names.Add(host::EncodeName(entry.name), kind)) {
+            error = ERROR_NOT_ENOUGH_MEMORY;
+            break;
+        }
+        if (names.Bytes() > most) {
+            names = FolderNames();
+            error = ERROR_MORE_DATA;
+            break;
+        }
     }
+    inside->folder = listing.Release();
     names.Sort();
     return error;
 }
 
-DWORD TreeFolder::Read(const std::string& name, TreeObjectKind expected, TreeObject& object,
-                       TreeFolder& folder) const {
+DWORD TreeFolder::Read(const std::string& name, TreeObjectKind expected, TreeBuffers& buffers,
+                       TreeObject& object, TreeFolder& folder) const {
     folder.inside.reset();
     object.kind = expected;
-    std::string hostName;
+    std::string& hostName = buffers.inside->hostName;
     if (!host::DecodeName(name, hostName)) return ERROR_INVALID_NAME;
     if (expected != TreeObjectKind::kFolder && !inside->tree->isFreeOfMounts) {
-        const DWORD error = inside->ExamineEntry(hostName.c_str(), object.kind);
+        const DWORD error = inside->ExamineEntry(inside->folder.Get(), hostName.c_str(), object.kind);
         if (error != ERROR_SUCCESS) return error;
     }
     if (object.kind == TreeObjectKind::kFolder)
-        return inside->ReadFolder(hostName.c_str(), object, folder.inside);
-    return inside->ReadEntry(hostName.c_str(), object);
+        return inside->ReadFolder(*buffers.inside, object, folder.inside);
+    return inside->ReadEntry(*buffers.inside, object);
 }
 
 bool TreeFolder::IgnoresCase() const {
-    return inside->tree->ignoresCase;
+    return inside->tree->kind == host::DescriptorStoreKind::kNtfs3g ||
+           inside->tree->kind == host::DescriptorStoreKind::kNtfs3;
+}
+
+bool TreeFolder::Suspend() {
+    struct stat status {};
+    if (fstat(inside->folder.Get(), &status) != 0) return false;
+    inside->device = status.st_dev;
+    inside->inode = status.st_ino;
+    inside->folder.Reset();
+    return true;
+}
+
+DWORD TreeFolder::Resume(const TreeFolder& below) {
+    UniqueFd opened;
+    const int problem =
+        host::OpenUnmountedEntry(below.inside->folder.Get(), "..", O_PATH | O_DIRECTORY, opened);
+    if (problem == ENOENT) return ERROR_FILE_INVALID;  // it was moved out of what can be reached
+    if (problem != 0) return ErrorFromErrno(problem);
+    struct stat status {};
+    if (fstat(opened.Get(), &status) != 0) return ErrorFromErrno(errno);
+    if (status.st_dev != inside->device || status.st_ino != inside->inode) return ERROR_FILE_INVALID;
+    inside->folder = std::move(opened);
+    return ERROR_SUCCESS;
 }
 
 }  // namespace permora

@@ -1,4 +1,4 @@
-#include "platform/linux/files/thread_tuner.h"
+#include "platform/thread_tuner.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "platform/linux/files/thread_tuner.h"
+#include "platform/thread_tuner.h"
 
 #include <algorithm>
 
-namespace permora::host {
+namespace permora {
 namespace {
 
 // Long enough that starting a thread and the scheduler's turns do not decide, short enough to be through all
@@ -65,4 +65,4 @@ void ThreadTuner::GoBack() {
     slicesToTrial = kSlicesBetweenTrials;
 }
 
-}  // namespace permora::host
+}  // namespace permora

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace permora::host {
+namespace permora {
 
 // Climbs: begins with one thread, doubles as long as that brings more objects in the same time, and goes back
 // where it does not. From time to time it tries more or fewer once more, since another part of the tree, or
@@ -39,4 +39,4 @@ class ThreadTuner {
     std::uint64_t objectsBefore = 0;  // the slice
 };
 
-}  // namespace permora::host
+}  // namespace permora
