@@ -53,7 +53,7 @@ Json FoundJson(const FoundEntries& found) {
     std::vector<std::uint8_t> bytes;
     json["entries"] = Json::array();
     if (!found.entries.AppendTo(bytes)) return json;
-    const PACL list = reinterpret_cast<PACL>(bytes.data());
+    auto* const list = reinterpret_cast<PACL>(bytes.data());
     json["entries"] = EntriesJson(list, AccessEntryList(found.entries.entries));
     return json;
 }

@@ -41,7 +41,7 @@ struct FoundEntries {
 // Looks at each distinct descriptor once. One thread at a time.
 class EntrySearch {
   public:
-    explicit EntrySearch(EntryCriteria searched) : criteria(std::move(searched)) {}
+    explicit EntrySearch(const EntryCriteria& searched) : criteria(searched) {}
 
     // `descriptor` is self-relative and checked. The result lives as long as this.
     const FoundEntries& Find(std::span<const std::uint8_t> descriptor);
