@@ -71,12 +71,13 @@ class TreeEditing : private TreeVisitor {
   private:
     // A folder on the way to the next object.
     struct Level {
-        std::string path;
+        std::size_t length;                        // of its path, with which `deepest` begins
         std::shared_ptr<const FolderLists> lists;  // null: not known
     };
 
     DWORD Prepare();
     bool Visit(const ReadObject& object) override;
+    void Enter(std::string_view path, std::shared_ptr<const FolderLists> lists);
     void LeaveTo(std::string_view path);
     DWORD Take(const ReadObject& object);
     bool IsLikeTheLast(const ReadObject& object, const Attempt& attempt) const;
@@ -98,6 +99,7 @@ class TreeEditing : private TreeVisitor {
     SECURITY_INFORMATION parts = 0;
     std::shared_ptr<const FolderLists> aboveTop;
     std::vector<Level> levels;
+    std::string deepest;  // the path of the last level
     std::optional<StoredBatch> batch;
     std::deque<Attempt> batched;    // what is in the batch, in its order
     std::deque<Attempt> outOfDate;  // what was changed, or what its folder hands down, in the middle
@@ -111,10 +113,17 @@ SharedList Share(const nt::Acl& list) {
     return std::make_shared<const nt::Acl>(list);
 }
 
+// Folders below each other mostly have one list, and share it.
+SharedList Share(const nt::Acl& list, const SharedList& other) {
+    return other && *other == list ? other : Share(list);
+}
+
 // What a folder hands down that changes from `before` to `after`.
-void SetLists(FolderLists& lists, const nt::SecurityDescriptor& before, const nt::SecurityDescriptor& after) {
-    lists.before = Share(ListOf(before));
-    lists.after = ListOf(after) == *lists.before ? lists.before : Share(ListOf(after));
+void SetLists(const Attempt& folder, const nt::SecurityDescriptor& before,
+              const nt::SecurityDescriptor& after) {
+    FolderLists& lists = *folder.own;
+    lists.before = Share(ListOf(before), folder.above ? folder.above->before : nullptr);
+    lists.after = ListOf(after) == *lists.before ? lists.before : Share(ListOf(after), folder.basis);
 }
 
 // What is kept of the object, and the descriptor that this means. ERROR_REVISION_MISMATCH when another
@@ -173,12 +182,20 @@ DWORD TreeEditing::Run() {
     return result == ERROR_SUCCESS ? Finish() : result;
 }
 
+void TreeEditing::Enter(std::string_view path, std::shared_ptr<const FolderLists> lists) {
+    levels.push_back({path.size(), std::move(lists)});
+    deepest = path;
+}
+
+// Only the folders that hold the object stay.
 void TreeEditing::LeaveTo(std::string_view path) {
-    const auto holds = [path](const std::string& folder) {
-        return folder.empty() || (path.starts_with(folder) && path.substr(folder.size()).starts_with('\\'));
+    const auto holds = [&](std::size_t length) {
+        return length == 0 ||
+               (path.substr(length).starts_with('\\') && deepest.compare(0, length, path, 0, length) == 0);
     };
-    while (!levels.empty() && !holds(levels.back().path))
+    while (!levels.empty() && !(path.size() > levels.back().length && holds(levels.back().length)))
         levels.pop_back();
+    deepest.resize(levels.empty() ? 0 : levels.back().length);
 }
 
 bool TreeEditing::Visit(const ReadObject& object) {
@@ -197,7 +214,7 @@ bool TreeEditing::Visit(const ReadObject& object) {
         case SavedKind::kUnread:
             // It may be a folder all the same, with something in it.
             LeaveTo(path);
-            levels.push_back({path, nullptr});
+            Enter(path, nullptr);
             Fail(path, NotEdited::kError, object.error);
             return true;
         default:
@@ -225,7 +242,7 @@ DWORD TreeEditing::Take(const ReadObject& object) {
     attempt.above = FolderOf(attempt.path);
     if (object.kind == SavedKind::kFolder) {
         attempt.own = std::make_shared<FolderLists>();
-        levels.push_back({attempt.path, attempt.own});
+        Enter(attempt.path, attempt.own);
     }
     if (IsLikeTheLast(object, attempt)) {
         ++work.counts.unchanged;
@@ -242,7 +259,7 @@ DWORD TreeEditing::Take(const ReadObject& object) {
         return error == ERROR_SUCCESS ? TryOutOfDate() : error;
     }
     ++work.counts.unchanged;
-    if (attempt.own) SetLists(*attempt.own, *present, *present);
+    if (attempt.own) SetLists(attempt, *present, *present);
     if (edited.inheritedStay || edited.otherTypesStay) {
         Tell(attempt.path, {false, edited.inheritedStay, edited.otherTypesStay});
     } else if (!attempt.own) {
@@ -300,7 +317,7 @@ bool TreeEditing::MakeChange(Attempt& attempt, const HeldObject& object, Descrip
     DWORD error = ReadBoth(object, parts, change.before, present);
     if (error != ERROR_SUCCESS) return Fail(attempt.path, NotEdited::kError, error);
     const EditedSecurity edited = Judge(attempt, present);
-    if (attempt.own) SetLists(*attempt.own, present, edited.wanted);
+    if (attempt.own) SetLists(attempt, present, edited.wanted);
     if (edited.fault != EditFault::kNone) return Fail(attempt.path, NotEditedBy(edited.fault));
     attempt.remarks = {!LetsNobodyIn(present) && LetsNobodyIn(edited.wanted), edited.inheritedStay,
                        edited.otherTypesStay};
