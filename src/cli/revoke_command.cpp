@@ -60,7 +60,7 @@ class RevokeCommand : public ChangeCommand {
 };
 
 std::string RevokeCommand::Interpret() {
-    const std::string problem = ChangeCommand::Interpret();
+    std::string problem = ChangeCommand::Interpret();
     if (!problem.empty()) return problem;
     if (account.IsGiven() == static_cast<bool>(unresolved))
         return unresolved ? "--unresolved excludes --account" : "--account is required";
