@@ -370,5 +370,32 @@ TEST(Cli, EffectiveRightsAreShown) {
     EXPECT_THAT(shown.output, HasSubstr("Permission: "));
 }
 
+TEST(Cli, AWholeTreeIsLookedThroughForAnAccount) {
+    const TestFolder folder;
+    folder.MakeFolder("sub");
+    folder.MakeFile("sub\\file");
+    const CliResult result = RunCli(
+        {"replace", folder.Path(), "--account", "S-1-5-21-1-2-3-1001", "--by", kEveryone, "--no-history"});
+    EXPECT_EQ(result.exitCode, 0U) << result.errors;
+    EXPECT_THAT(result.output, StartsWith("changed: 0, already so: 3, failed: 0"));
+    EXPECT_THAT(result.errors, HasSubstr("S-1-5-21-1-2-3-1001 is nowhere"));
+}
+
+TEST(Cli, AnAccountIsReplacedInAWholeTree) {
+    const TestFolder folder;
+    const std::string file = folder.MakeFolder("sub") + "\\file";
+    folder.MakeFile("sub\\file");
+    const std::string old = "S-1-5-21-1-2-3-1001";
+    ASSERT_EQ(RunCli({"grant", folder.Path("sub"), "--account", old, "--rights", "Delete"}).exitCode, 0U);
+    EXPECT_NE(MaskOf(file, "Allow", old), "none");
+    const CliResult result = RunCli({"replace", folder.Path(), "--account", old, "--by", "S-1-5-32-546"});
+    EXPECT_EQ(result.exitCode, 0U) << result.errors;
+    EXPECT_THAT(result.output, StartsWith("changed: 2, already so: 1, failed: 0"));
+    EXPECT_EQ(MaskOf(file, "Allow", old), "none");
+    EXPECT_NE(MaskOf(file, "Allow", "S-1-5-32-546"), "none");
+    EXPECT_EQ(RunCli({"undo", "--yes"}).exitCode, 0U);
+    EXPECT_NE(MaskOf(file, "Allow", old), "none");
+}
+
 }  // namespace
 }  // namespace permora::test
