@@ -110,11 +110,13 @@ class TreeFolder {
     // Gives up the open folder for the time being; nothing can be read from it until Resume. False where that
     // is of no use: on Windows, where a process may have millions of handles.
     bool Suspend();
-    // Opens it again from a folder in it that is open. ERROR_FILE_INVALID when that one is elsewhere by now.
+    // Opens it again from a folder in it that is open. ERROR_FILE_INVALID when it is not found from there
+    // since one of them was moved.
     DWORD Resume(const TreeFolder& below);
 
   private:
     friend class TreeBuffers;
+    struct FileKey;
     struct Inside;
     std::unique_ptr<Inside> inside;  // null: none
 };

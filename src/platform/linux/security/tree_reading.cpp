@@ -4,7 +4,9 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <cerrno>
+#include <cstddef>
 #include <optional>
 #include <utility>
 
@@ -70,6 +72,13 @@ std::optional<std::uint64_t> MountOf(const struct statx& status) {
 
 }  // namespace
 
+// What name_to_handle_at(2) has told, without the array at its end that C++ does not know.
+struct TreeFolder::FileKey {
+    file_handle* Handle() { return reinterpret_cast<file_handle*>(bytes.data()); }
+
+    alignas(file_handle) std::array<std::byte, sizeof(file_handle) + MAX_HANDLE_SZ> bytes{};
+};
+
 struct TreeBuffers::Inside {
     host::DescriptorStore store;
     std::string hostName;
@@ -91,6 +100,7 @@ struct TreeFolder::Inside {
     bool isListed = false;
     dev_t device = 0;  // of a suspended one
     ino_t inode = 0;
+    std::optional<FileKey> key;  // where there is one, and the way up is long
 };
 
 std::unique_ptr<TreeFolder::Inside> TreeFolder::Inside::Enter(
@@ -221,14 +231,25 @@ bool TreeFolder::Suspend() {
     if (fstat(inside->folder.Get(), &status) != 0) return false;
     inside->device = status.st_dev;
     inside->inode = status.st_ino;
+    // In a view of a folder the kernel looks at all levels for each "..".
+    if (inside->tree->isFreeOfMounts) {
+        inside->key.emplace();
+        inside->key->Handle()->handle_bytes = MAX_HANDLE_SZ;
+        int mount = 0;
+        if (name_to_handle_at(inside->folder.Get(), "", inside->key->Handle(), &mount, AT_EMPTY_PATH) != 0)
+            inside->key.reset();
+    }
     inside->folder.Reset();
     return true;
 }
 
 DWORD TreeFolder::Resume(const TreeFolder& below) {
     UniqueFd opened;
+    if (inside->key)
+        opened.Reset(open_by_handle_at(below.inside->folder.Get(), inside->key->Handle(),
+                                       O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const int problem =
-        host::OpenUnmountedEntry(below.inside->folder.Get(), "..", O_PATH | O_DIRECTORY, opened);
+        opened ? 0 : host::OpenUnmountedEntry(below.inside->folder.Get(), "..", O_PATH | O_DIRECTORY, opened);
     if (problem == ENOENT) return ERROR_FILE_INVALID;  // it was moved out of what can be reached
     if (problem != 0) return ErrorFromErrno(problem);
     struct stat status {};
