@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -52,6 +53,7 @@ struct AccountSummary {
     std::size_t listed = 0;  // objects in whose list it has an entry
     // Of FindAccountGroups: the two figures that follow are known with 0 alone.
     DWORD groupsError = ERROR_SUCCESS;
+    std::vector<nt::Sid> groups;  // the account first, then what stands for it in lists; with 0 alone
     GroupsOrigin origin = GroupsOrigin::kThisMachine;
     // Objects that the lists let it read (FILE_READ_DATA) and write (FILE_WRITE_DATA or FILE_APPEND_DATA),
     // by itself or by a group.
@@ -85,7 +87,14 @@ class Survey {
 
     // After the walks. The accounts' groups are asked for here, of each domain that does not answer once.
     // ERROR_OPERATION_ABORTED, with what was counted so far, when `isStopped` is set meanwhile.
-    DWORD Summarise(const std::atomic<bool>& isStopped, SurveySummary& summary);
+    DWORD Summarise(const std::atomic<bool>& isStopped, SurveySummary& summary) {
+        return Summarise(isStopped, summary, nullptr);
+    }
+    // The same with accounts beside those that lists and owners name: `further`, which may be empty, is given
+    // these and returns the others, which may be among them.
+    using FurtherAccounts = std::function<std::vector<nt::Sid>(std::span<const AccountSummary> found)>;
+    DWORD Summarise(const std::atomic<bool>& isStopped, SurveySummary& summary,
+                    const FurtherAccounts& further);
 
     // Their names, which are known for all that rows name.
     SurveyedAccounts& Accounts() { return accounts; }

@@ -34,9 +34,12 @@ class Summing {
             const std::atomic<bool>& stopped, std::vector<AccountSummary>& result)
         : distinct(all), accounts(names), isStopped(stopped), summaries(result) {}
 
-    DWORD Run() {
+    DWORD Run(const Survey::FurtherAccounts& further) {
         if (!ForEach([this](const SecurityDescriptor& each, std::size_t count) { AddAccounts(each, count); }))
             return ERROR_OPERATION_ABORTED;
+        if (further)
+            for (const Sid& sid : further(summaries))
+                Find(sid);
         for (AccountSummary& summary : summaries) {
             if (isStopped) return ERROR_OPERATION_ABORTED;
             holders.push_back(FindHolder(summary));
@@ -62,7 +65,7 @@ class Summing {
         if (sid.Authority() == kCreatorAuthority) return nullptr;
         const auto [place, isNew] = places.emplace(KeyOf(sid), summaries.size());
         if (isNew) {
-            summaries.push_back({.sid = sid, .account = accounts.Find(sid)});
+            summaries.push_back({.sid = sid, .account = accounts.Find(sid), .groups = {}});
             lastCounted.push_back(0);
         }
         return &summaries[place->second];
@@ -94,6 +97,7 @@ class Summing {
             silentDomains.emplace(domain, summary.groupsError);
         if (summary.groupsError != ERROR_SUCCESS) return {};
         summary.origin = groups.origin;
+        summary.groups = groups.sids;
         std::erase_if(groups.sids, [this](const Sid& sid) { return !places.contains(KeyOf(sid)); });
         return {std::move(groups.sids), true};
     }
@@ -122,11 +126,12 @@ class Summing {
 
 }  // namespace
 
-DWORD Survey::Summarise(const std::atomic<bool>& isStopped, SurveySummary& summary) {
+DWORD Survey::Summarise(const std::atomic<bool>& isStopped, SurveySummary& summary,
+                        const FurtherAccounts& further) {
     summary = counts;
     summary.distinctLists = static_cast<std::size_t>(
         std::ranges::count_if(distinct, [](const DistinctSecurity& each) { return each.objects > 0; }));
-    return Summing(distinct, accounts, isStopped, summary.accounts).Run();
+    return Summing(distinct, accounts, isStopped, summary.accounts).Run(further);
 }
 
 }  // namespace permora

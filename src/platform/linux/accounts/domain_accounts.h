@@ -35,6 +35,10 @@ class DomainAccounts : public AccountSource {
     // The host's user that a domain account is; ERROR_NONE_MAPPED where it is none or no domain account.
     DWORD FindUser(const nt::Sid& sid, uid_t& user);
 
+    // The direct members of a group of the machine's own domain: errors as FindGroupMembers
+    // (platform/group_members.h).
+    DWORD FindMembers(const nt::Sid& group, std::vector<nt::Sid>& members);
+
     DomainLink& Link() { return link; }
 
   private:

@@ -130,23 +130,42 @@ class Listing {
 };
 
 // Enumerating has one state for the whole process, so only one thread does it at a time.
-DWORD Enumerate(AccountKind kind, std::vector<HostAccount>& accounts) {
+std::unique_lock<std::mutex> LockEnumerating() {
     static std::mutex kEnumerating;
-    const std::lock_guard lock(kEnumerating);
+    return std::unique_lock(kEnumerating);
+}
+
+template <typename Take>
+DWORD EnumerateUsers(Take take) {
+    const auto lock = LockEnumerating();
+    setpwent();
+    const DWORD error = AskForAll<passwd>(getpwent_r, take);
+    endpwent();
+    return error;
+}
+
+template <typename Take>
+DWORD EnumerateGroups(Take take) {
+    const auto lock = LockEnumerating();
+    setgrent();
+    const DWORD error = AskForAll<group>(getgrent_r, take);
+    endgrent();
+    return error;
+}
+
+DWORD Enumerate(AccountKind kind, std::vector<HostAccount>& accounts) {
     const auto take = [&](const char* name, id_t id) {
         if (IsPlainAccountName(name)) accounts.push_back({name, id});
     };
-    DWORD error = ERROR_SUCCESS;
-    if (kind == AccountKind::kUser) {
-        setpwent();
-        error = AskForAll<passwd>(getpwent_r, [&](const passwd& user) { take(user.pw_name, user.pw_uid); });
-        endpwent();
-    } else {
-        setgrent();
-        error = AskForAll<group>(getgrent_r, [&](const group& found) { take(found.gr_name, found.gr_gid); });
-        endgrent();
-    }
-    return error;
+    return kind == AccountKind::kUser
+               ? EnumerateUsers([&](const passwd& user) { take(user.pw_name, user.pw_uid); })
+               : EnumerateGroups([&](const group& found) { take(found.gr_name, found.gr_gid); });
+}
+
+DWORD TakeMembers(const group& record, std::vector<std::string>& names) {
+    for (char** name = record.gr_mem; *name != nullptr; ++name)
+        names.emplace_back(*name);
+    return ERROR_SUCCESS;
 }
 
 // The last listings.
@@ -241,6 +260,17 @@ bool IsInHostFiles(AccountKind kind, id_t id) {
 DWORD ListGroupsOf(uid_t user, std::vector<gid_t>& groups) {
     return AskWithin<std::vector<gid_t>>(kGroupsTime, groups, [user](std::vector<gid_t>& list) {
         return Ask(getpwuid_r, user, [&](const passwd& found) { return TakeGroups(found, list); });
+    });
+}
+
+DWORD ListMembersOf(gid_t group, std::vector<std::string>& names) {
+    return AskWithin<std::vector<std::string>>(kGroupsTime, names, [group](std::vector<std::string>& list) {
+        const DWORD error =
+            Ask(getgrgid_r, group, [&](const auto& found) { return TakeMembers(found, list); });
+        if (error != ERROR_SUCCESS) return error;
+        return EnumerateUsers([&](const passwd& user) {
+            if (user.pw_gid == group) list.emplace_back(user.pw_name);
+        });
     });
 }
 

@@ -23,6 +23,10 @@ bool IsInHostFiles(AccountKind kind, id_t id);
 // The groups of a user, the primary one first. ERROR_NONE_MAPPED when there is no such user.
 DWORD ListGroupsOf(uid_t user, std::vector<gid_t>& groups);
 
+// The names of the users in a group, those whose primary group it is among them, as far as the name service
+// enumerates its users. ERROR_NONE_MAPPED when there is no such group.
+DWORD ListMembersOf(gid_t group, std::vector<std::string>& names);
+
 struct HostAccount {
     std::string name;
     id_t id = 0;
