@@ -7,6 +7,7 @@ source tools/packages.sh
 # shellcheck source=tools/build.sh
 source tools/build.sh
 
-EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${domainPackages[@]}" "${screenPackages[@]}"
+EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${domainPackages[@]}" "${screenPackages[@]}" \
+    "${browserPackages[@]}"
 BuildPreset dev
 exec ctest --preset dev --parallel "$(nproc)" "$@"

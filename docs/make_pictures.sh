@@ -13,7 +13,7 @@ source "$project/tools/packages.sh"
 source "$project/tools/build.sh"
 
 if [ "${1:-}" != --inside ] && [ "${1:-}" != --in-domain ]; then
-    EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${screenPackages[@]}"
+    EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${screenPackages[@]}" "${browserPackages[@]}"
     programFolder=${1:-$project/build/release/bin}
     [ $# -gt 0 ] || (cd "$project" && BuildPreset release permora permora-cli)
     unshare --mount --uts "$self" --inside "$(readlink -f "$programFolder")"
@@ -77,6 +77,12 @@ TakeDialog() {
     WaitForDialog "$title"
     Take "$name" "$dialog"
 }
+# TakePage NAME FILE: a page as a browser shows it.
+TakePage() {
+    chromium --headless --no-sandbox --disable-gpu --user-data-dir="$work/browser" --hide-scrollbars --window-size=1280,1150 \
+        --screenshot="$project/docs/pictures/$1.png" "file://$2" 2>/dev/null
+    mogrify -strip -define png:exclude-chunk=date,time -define png:compression-level=9 "$project/docs/pictures/$1.png"
+}
 TypeText() { xdotool type --delay 20 "$1"; }
 
 End() {
@@ -133,6 +139,9 @@ source "$project/tools/sample.sh"
 PrepareSampleFolder || Fail "there is no place for the sample"
 BecomeFileServer
 MakeLists
+
+"$programs/permora-cli" report /media/disk --members --html "$work/report.html"
+TakePage report-page "$work/report.html"
 
 Start "$sample/Projects"
 WaitForFolder "$sample/Projects"

@@ -14,6 +14,8 @@ domainPackages=(winbind samba-ad-provision samba-dsdb-modules iproute2)
 # a screen reader reads there.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core dbus-daemon at-spi2-core
     gir1.2-atspi-2.0 python3-gi)
+# The browser in which the page of a report is tested.
+browserPackages=(chromium)
 
 # To build for Windows and to run that: the compiler, what makes SQLite from its source, the source of the test framework,
 # and Wine without its 32-bit half.

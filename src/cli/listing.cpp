@@ -14,21 +14,7 @@ bool ReadList(const HeldObject& object, ObjectSecurity& security, ConsoleMessage
 
 std::vector<std::string> RemarksOn(PACL dacl, const AccessEntryList& entries) {
     if (dacl == nullptr) return {"there is no access list: everyone may do everything"};
-    std::vector<std::string> remarks;
-    if (entries.Entries().empty()) remarks.emplace_back("the access list is empty: nobody has access");
-    if (!entries.IsInCanonicalOrder())
-        remarks.emplace_back("the entries do not stand in the usual order (deny, allow, inherited)");
-    const std::size_t others = entries.OtherTypeCount();
-    if (others > 0) {
-        remarks.push_back(std::to_string(others) +
-                          (others == 1 ? " entry of another type" : " entries of other types") +
-                          " than allow and deny " + (others == 1 ? "is" : "are") + " not shown");
-    }
-    if (const std::size_t invalid = entries.UnacceptableCount(); invalid > 0) {
-        remarks.push_back(std::to_string(invalid) +
-                          (invalid == 1 ? " entry is not valid" : " entries are not valid"));
-    }
-    return remarks;
+    return RemarksOnEntries(entries);
 }
 
 std::vector<std::string> RemarksOn(const ObjectSecurity& object) {

@@ -12,13 +12,13 @@
 namespace {
 
 // In the order of the help.
-constexpr std::array<permora::MakeCommand*, 22> kCommands = {
-    permora::MakeShow,    permora::MakeGrant,   permora::MakeDeny,    permora::MakeRevoke,
-    permora::MakeReplace, permora::MakeClone,   permora::MakeInherit, permora::MakeAssign,
-    permora::MakeReset,   permora::MakeShred,   permora::MakeOwner,   permora::MakeEffective,
-    permora::MakeFind,    permora::MakeVerify,  permora::MakeHistory, permora::MakeUndo,
-    permora::MakeSave,    permora::MakeCompare, permora::MakeRestore, permora::MakeAccounts,
-    permora::MakeShares,  permora::MakeSetup,
+constexpr std::array<permora::MakeCommand*, 23> kCommands = {
+    permora::MakeShow,     permora::MakeGrant,  permora::MakeDeny,    permora::MakeRevoke,
+    permora::MakeReplace,  permora::MakeClone,  permora::MakeInherit, permora::MakeAssign,
+    permora::MakeReset,    permora::MakeShred,  permora::MakeOwner,   permora::MakeEffective,
+    permora::MakeReport,   permora::MakeFind,   permora::MakeVerify,  permora::MakeHistory,
+    permora::MakeUndo,     permora::MakeSave,   permora::MakeCompare, permora::MakeRestore,
+    permora::MakeAccounts, permora::MakeShares, permora::MakeSetup,
 };
 
 }  // namespace

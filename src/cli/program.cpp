@@ -40,6 +40,7 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli compare projects.lists /mnt/data/Projects
   permora-cli restore projects.lists --to /mnt/new/Projects --dry-run
   permora-cli effective /mnt/data/Payroll --account anna
+  permora-cli report /mnt/data --members --html report.html
   permora-cli find /mnt/data --account anna --allow --explicit
   permora-cli shred /mnt/data/Old /mnt/data/Payroll/2009.ods
   permora-cli accounts --find admin

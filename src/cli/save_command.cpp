@@ -1,7 +1,6 @@
 // save: the lists of trees as text.
 #include <array>
 #include <cstdio>
-#include <ctime>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,27 +10,15 @@
 #include "cli/object_command.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
+#include "cli/text_target.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
-#include "platform/host_path.h"
-#include "platform/sequential_file.h"
 #include "platform/terminal.h"
 #include "saved/tree_saving.h"
 
 namespace permora {
 namespace {
-
-constexpr const char* kStandardOutput = "-";
-
-// "2026-11-26T08:02:11Z"
-std::string TimeNow() {
-    const std::time_t now = std::time(nullptr);
-    std::array<char, 32> text{};
-    const std::tm* const parts = std::gmtime(&now);
-    if (parts != nullptr) std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", parts);
-    return text.data();
-}
 
 // What the volume calls itself: "ext4 1a2b3c4d Data".
 std::string VolumeText(const std::string& path) {
@@ -62,27 +49,6 @@ class FormatOption : public TextOption {
     }
 
     SavedForm form = SavedForm::kPermora;
-};
-
-// Where the text goes: a file that gets its name when all is in it, or standard output.
-class TextTarget : public SavedOutput {
-  public:
-    explicit TextTarget(bool isStandardOutput) : isPrinted(isStandardOutput) {}
-
-    DWORD Open(const std::string& path) { return FileReplacement::Begin(path, file); }
-    DWORD Write(std::string_view bytes) override {
-        if (!isPrinted) return file.Write(bytes);
-        WriteText(stdout, bytes);
-        return std::ferror(stdout) == 0 ? DWORD{ERROR_SUCCESS} : DWORD{ERROR_IO_DEVICE};
-    }
-    DWORD Complete() {
-        if (!isPrinted) return file.Complete();
-        return IsAllPrinted() ? DWORD{ERROR_SUCCESS} : DWORD{ERROR_IO_DEVICE};
-    }
-
-  private:
-    const bool isPrinted;
-    FileReplacement file;
 };
 
 // Shows how far the work is, and names what is missing.
@@ -141,7 +107,7 @@ class SaveCommand : public ObjectCommand {
     QuietFlag quiet{*this};
 
     std::string outputName;
-    std::optional<TextTarget> text;
+    std::unique_ptr<TextTarget> text;
     std::unique_ptr<SavedListWriter> writer;
     SECURITY_INFORMATION parts = 0;
     bool hasBegun = false;
@@ -169,14 +135,8 @@ ExitCode SaveCommand::Begin(const std::vector<Target>& targets) {
         messages.Say("the form icacls is no text for a terminal");
         return ExitCode::kUsage;
     }
-    text.emplace(isStandardOutput);
-    if (!isStandardOutput) {
-        if (IsAmbiguousArgument(outputName.c_str())) {
-            messages.Say("a file here is called so: write ./ before its name, or the path as /folder/file");
-            return ExitCode::kUsage;
-        }
-        if (!messages.Check({text->Open(PathFromArgument(outputName.c_str()))})) return ExitCode::kUsage;
-    }
+    text = TextTarget::Open(outputName, messages);
+    if (!text) return ExitCode::kUsage;
     isTargetMissing = targets.size() != ObjectCount();
     writer = SavedListWriter::Make(format.form, *text);
     WatchForInterrupts();
@@ -198,7 +158,7 @@ DWORD SaveCommand::BeginText(const HeldObject& top) {
     parts = format.form == SavedForm::kIcacls ? SECURITY_INFORMATION{DACL_SECURITY_INFORMATION}
                                               : ReadableParts(top);
     hasBegun = true;
-    return writer->Begin({format.form, TimeNow(), parts});
+    return writer->Begin({format.form, UtcTimeText(), parts});
 }
 
 bool SaveCommand::Do(const Target& target) {

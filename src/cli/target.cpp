@@ -92,14 +92,7 @@ DWORD OpenFolderOf(const Target& target, FolderHandle& folder) {
 }
 
 std::string TypedPath(const Target& target, const std::string& below) {
-    const std::string& typed = target.argument;
-    const std::size_t start = below.find_first_not_of('\\');
-    if (start == below.npos) return typed;
-    std::string rest = below.substr(start);
-    const char separator = typed.find('\\') == typed.npos ? '/' : '\\';
-    std::replace(rest.begin(), rest.end(), '\\', separator);
-    const bool endsWithSeparator = typed.find_last_of("/\\") + 1 == typed.size();
-    return typed + (endsWithSeparator ? "" : std::string(1, separator)) + rest;
+    return TypedChildPath(target.argument, below);
 }
 
 }  // namespace permora

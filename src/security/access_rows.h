@@ -29,6 +29,10 @@ using NameAccount = std::string(AccountRecord& account);
 // A row for every allow and deny entry, in list order.
 std::vector<AccessRow> AccessRowsOf(AccessEntryList& list, NameAccount* nameOf);
 
+// Remarks beside the rows, a sentence each: that the list is empty or out of order, or holds entries that no
+// row shows.
+std::vector<std::string> RemarksOnEntries(const AccessEntryList& entries);
+
 // A remark about the entries that are lost when the list is replaced: those of other types, which have no
 // row, and those that are not acceptable. Empty for none.
 std::string LossesRemark(std::size_t otherTypes, std::size_t unacceptable);

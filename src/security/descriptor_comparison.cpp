@@ -43,7 +43,8 @@ std::string NamedRightsText(DWORD mask) {
     return text;
 }
 
-// The same, and bits without a name as a number.
+}  // namespace
+
 std::string RightsText(DWORD mask) {
     std::string text = NamedRightsText(mask);
     const DWORD unnamed = mask & ~RIGHTS_DISPLAY_MASK;
@@ -54,6 +55,8 @@ std::string RightsText(DWORD mask) {
     AddPart(text, number);
     return text;
 }
+
+namespace {
 
 // "Full control (This folder, subfolders and files; inherited)".
 std::string GrantText(const nt::Ace& ace, ComparedObject object) {

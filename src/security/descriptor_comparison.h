@@ -25,6 +25,10 @@ struct ComparedRow {
     friend bool operator==(const ComparedRow&, const ComparedRow&) = default;
 };
 
+// The rights of a mask for people: "None", "Read & execute", or each by its name, and bits without one as a
+// number.
+std::string RightsText(DWORD mask);
+
 // The descriptors of files say nothing about what is below.
 enum class ComparedObject { kFile, kFolder };
 

@@ -1,5 +1,6 @@
 #include "security/object_security.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/api/errors.h"
@@ -67,6 +68,16 @@ DWORD ReadObjectOwner(const HeldObject& object, AccountRecord& account) {
 std::string ChildPath(const std::string& item, const std::string& below) {
     if (below.empty()) return item;
     return item + (item.ends_with('\\') ? "" : "\\") + below;
+}
+
+std::string TypedChildPath(const std::string& typed, const std::string& below) {
+    const std::size_t start = below.find_first_not_of('\\');
+    if (start == below.npos) return typed;
+    std::string rest = below.substr(start);
+    const char separator = typed.find('\\') == typed.npos ? '/' : '\\';
+    std::replace(rest.begin(), rest.end(), '\\', separator);
+    const bool endsWithSeparator = typed.find_last_of("/\\") + 1 == typed.size();
+    return typed + (endsWithSeparator ? "" : std::string(1, separator)) + rest;
 }
 
 Outcomes WriteListToItems(std::span<const RememberedObject> items, std::optional<DaclInheritance> inheritance,

@@ -51,6 +51,8 @@ DWORD ReadObjectOwner(const HeldObject& object, AccountRecord& account);
 // The path of something below an item, for people. `below` has backslashes between its names; empty: the
 // item.
 std::string ChildPath(const std::string& item, const std::string& below);
+// The same as the user would type it, who has typed the item's path.
+std::string TypedChildPath(const std::string& typed, const std::string& below);
 
 // The list that items get, which may be another one for those that have nothing below them.
 struct ListsByKind {

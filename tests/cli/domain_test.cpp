@@ -231,5 +231,17 @@ TEST_F(DomainTest, EffectiveRightsCountTheGroupsOfTheDomainOrAreAnError) {
     UseNoDefaultDomain();
 }
 
+// bert is in Platform, which is in Engineering.
+TEST_F(DomainTest, AReportFindsThePeopleInTheDomainsGroups) {
+    const std::string file = MakeFile("reported");
+    Add("reported", "ACL:EXAMPLE\\Engineering:ALLOWED/0x0/READ");
+    const CommandResult report = RunCli({"report", file, "--members"});
+    EXPECT_EQ(report.exitCode, 0) << report.output;
+    EXPECT_THAT(report.output,
+                HasSubstr("  EXAMPLE\\engineering\n    EXAMPLE\\anna\n    EXAMPLE\\bert through "
+                          "EXAMPLE\\Platform\n"));
+    EXPECT_THAT(report.output, testing::ContainsRegex("EXAMPLE.anna +1 "));
+}
+
 }  // namespace
 }  // namespace permora::test

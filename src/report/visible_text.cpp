@@ -1,0 +1,130 @@
+#include "report/visible_text.h"
+
+#include <array>
+#include <cstdio>
+
+#include "platform/utf8.h"
+
+namespace permora {
+namespace {
+
+bool IsControl(char32_t character) {
+    return character < 0x20 || (character >= 0x7F && character < 0xA0);
+}
+
+bool IsPrivateUse(char32_t character) {
+    return (character >= 0xE000 && character <= 0xF8FF) || character >= 0xF0000;
+}
+
+bool IsNoCharacter(char32_t character) {
+    return (character & 0xFFFE) == 0xFFFE || (character >= 0xFDD0 && character <= 0xFDEF);
+}
+
+std::string InHex(unsigned value) {
+    std::array<char, 16> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "%x", value);
+    return buffer.data();
+}
+
+}  // namespace
+
+std::string VisibleText(std::string_view text) {
+    std::string visible;
+    visible.reserve(text.size());
+    while (!text.empty()) {
+        const Utf8Character next = FirstUtf8Character(text);
+        if (!next.isWellFormed) {
+            visible += "\\x" + InHex(static_cast<unsigned char>(text.front()));
+            text.remove_prefix(1);
+            continue;
+        }
+        const char32_t character = next.codePoint;
+        if (IsControl(character) || IsUnseenCharacter(character) || IsPrivateUse(character) ||
+            IsNoCharacter(character))
+            visible += "\\u{" + InHex(character) + '}';
+        else
+            visible += text.substr(0, next.bytes);
+        text.remove_prefix(next.bytes);
+    }
+    return visible;
+}
+
+std::string HtmlText(std::string_view text) {
+    std::string html;
+    for (const char character : VisibleText(text)) {
+        switch (character) {
+            case '&':
+                html += "&amp;";
+                break;
+            case '<':
+                html += "&lt;";
+                break;
+            case '>':
+                html += "&gt;";
+                break;
+            case '"':
+                html += "&quot;";
+                break;
+            case '\'':
+                html += "&#39;";
+                break;
+            default:
+                html += character;
+        }
+    }
+    return html;
+}
+
+std::string ScriptText(std::string json) {
+    std::string text;
+    text.reserve(json.size());
+    for (const char character : json) {
+        switch (character) {
+            case '<':
+                text += "\\u003c";
+                break;
+            case '>':
+                text += "\\u003e";
+                break;
+            case '&':
+                text += "\\u0026";
+                break;
+            default:
+                text += character;
+        }
+    }
+    return text;
+}
+
+std::string CsvCell(std::string_view text) {
+    std::string cell = VisibleText(text);
+    // The fullwidth forms of = + - @ mean the same to some spreadsheets.
+    constexpr std::array<std::string_view, 8> kFormulaSigns = {
+        "=", "+", "-", "@", "\xEF\xBC\x9D", "\xEF\xBC\x8B", "\xEF\xBC\x8D", "\xEF\xBC\xA0"};
+    const std::size_t begin = cell.find_first_not_of(" ");
+    bool isFormula = false;
+    for (const std::string_view sign : kFormulaSigns)
+        isFormula =
+            isFormula || (begin != cell.npos && std::string_view(cell).substr(begin).starts_with(sign));
+    if (isFormula) cell.insert(0, "'");
+    if (!isFormula && cell.find_first_of(",\"") == cell.npos && !cell.starts_with(' ') &&
+        !cell.ends_with(' '))
+        return cell;
+    std::string quoted = "\"";
+    for (const char character : cell) {
+        if (character == '"') quoted += '"';
+        quoted += character;
+    }
+    return quoted + '"';
+}
+
+bool IsWellFormedUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const Utf8Character next = FirstUtf8Character(text);
+        if (!next.isWellFormed) return false;
+        text.remove_prefix(next.bytes);
+    }
+    return true;
+}
+
+}  // namespace permora
