@@ -13,8 +13,8 @@ namespace {
 
 using Stage = FolderState::Stage;
 
-// Who stops a walk, or wants a turn on one of its objects, waits for no longer than a batch takes. The time
-// is that of its visits, so that slow volumes have small batches; writing it takes about as long once more.
+// Who wants a turn on one of the objects waits for no longer than two batches take. The time is that of the
+// visits, so that slow volumes have small batches; writing one takes about as long once more.
 constexpr std::chrono::milliseconds kLongestBatch(40);
 constexpr std::size_t kLargestBatch = std::size_t{1} << 20;  // bytes of descriptors
 
@@ -78,6 +78,12 @@ void TreeChange::Settle(FolderState& folder, Stage stage, HandedDown instead) {
     if (IsAnybodyWaiting()) settled.notify_all();
 }
 
+DWORD TreeChange::Record(std::span<const DescriptorChange> records) {
+    const DWORD error = records.empty() ? ERROR_SUCCESS : recordedTop.Record(records);
+    if (error != ERROR_SUCCESS) End(error);
+    return error;
+}
+
 bool TreeChange::Await(const FolderState& folder) {
     if (folder.Now() != Stage::kPending) return true;
     const Waiting counted(*this);
@@ -90,15 +96,15 @@ TreeChangeThread::TreeChangeThread(TreeChange& shared)
     : store(shared.store),
       mode(shared.mode),
       change(shared),
-      turns(shared.folderTurns),
-      batchSize(shared.recordedTop.BatchSize()) {}
+      batchSize(shared.recordedTop.BatchSize()),
+      batches{Batch(shared.folderTurns), Batch(shared.folderTurns)} {}
 
 TreeChangeThread::~TreeChangeThread() {
     change.Add(counts);
 }
 
 WalkDecision TreeChangeThread::Visit(const VisitedObject& visited, std::unique_ptr<FolderNotes>& notes) {
-    if (IsDue()) SettleBatch();
+    SettleWhatIsDue();
     if (!change.Begin(visited.hostName)) return WalkDecision::kStop;
     const Stage stage = StateOf(visited.place).Now();
     if (stage == Stage::kLeftAlone || !Concerns(visited.object)) return WalkDecision::kPassOver;
@@ -113,10 +119,10 @@ WalkDecision TreeChangeThread::Visit(const VisitedObject& visited, std::unique_p
     } else {
         entry.place = visited.place;
         entry.hostName = visited.hostName;
-        Settle(entry);
+        Settle(entry, filling->turns);
     }
     if (!state || state->Now() == Stage::kLeftAlone) {
-        turns.Leave();
+        filling->turns.Leave();
         return WalkDecision::kPassOver;
     }
     notes = std::make_unique<ChangedFolder>(state);
@@ -124,8 +130,8 @@ WalkDecision TreeChangeThread::Visit(const VisitedObject& visited, std::unique_p
 }
 
 void TreeChangeThread::Rest() {
-    SettleBatch();
-    turns.LeaveAll();
+    SettleAll();
+    filling->turns.LeaveAll();
 }
 
 // Makes the plan, and the state of a folder that is to be entered.
@@ -139,17 +145,17 @@ void TreeChangeThread::Consider(const VisitedObject& visited, Entry& entry) {
     if (!visited.object.IsFolder() || !entry.plan.entersFolder || entry.error == ERROR_BUSY) return;
     const Stage first = DependsOnFolders() ? Stage::kPending : Stage::kAsAnnounced;
     entry.state = std::make_shared<FolderState>(
-        first, HandedDown{.error = ERROR_SUCCESS, .list = entry.plan.list}, turns.Keep());
+        first, HandedDown{.error = ERROR_SUCCESS, .list = entry.plan.list}, filling->turns.Keep());
 }
 
 DWORD TreeChangeThread::TakeTurn(const ObjectHandle& object) {
-    if (batch.empty() && turns.AreMany()) turns.LeaveAll();
-    if (turns.TryTake(object)) return ERROR_SUCCESS;
-    // Others may wait for what is in the batch, and it may be one of the walk's own threads that has the
-    // turn.
-    SettleBatch();
+    if (filling->entries.empty() && filling->turns.AreMany()) filling->turns.LeaveAll();
+    if (filling->turns.TryTake(object)) return ERROR_SUCCESS;
+    // Others may wait for what is in the batches, and it may be one of the walk's own threads that has the
+    // turn, or the batch that is being recorded.
+    SettleAll();
     const TreeChange::Waiting counted(change);
-    return turns.Take(object);
+    return filling->turns.Take(object);
 }
 
 bool TreeChangeThread::IsTakenLate(const ObjectHandle& object) {
@@ -157,7 +163,7 @@ bool TreeChangeThread::IsTakenLate(const ObjectHandle& object) {
 }
 
 // False when the change has ended.
-bool TreeChangeThread::TakeLateTurn(Entry& entry, const HandedDown& inherited) {
+bool TreeChangeThread::TakeLateTurn(Entry& entry, const HandedDown& inherited, WalkTurns& turns) {
     if (turns.AreMany()) turns.LeaveAll();
     const ObjectHandle& object = entry.Object();
     if (!turns.TryTake(object)) entry.error = turns.Take(object);
@@ -165,22 +171,15 @@ bool TreeChangeThread::TakeLateTurn(Entry& entry, const HandedDown& inherited) {
     return PlanAgain(inherited, entry);
 }
 
-bool TreeChangeThread::IsDue() const {
-    return !batch.empty() &&
-           (change.IsAnybodyWaiting() || std::chrono::steady_clock::now() - batchBegin > kLongestBatch);
-}
-
-bool TreeChangeThread::IsFull() const {
-    return batch.size() >= batchSize || batchBytes >= kLargestBatch;
-}
-
 void TreeChangeThread::Put(const VisitedObject& visited, Entry entry) {
-    if (batch.empty()) batchBegin = std::chrono::steady_clock::now();
+    Batch& batch = *filling;
+    if (batch.entries.empty()) batch.begin = std::chrono::steady_clock::now();
     entry.place = visited.place;
     entry.hostName = visited.hostName;
-    batchBytes += entry.plan.before.bytes.size() + entry.plan.after.bytes.size();
-    batch.push_back(std::move(entry));
-    if (IsFull() || !Keep(visited.object, batch.back())) SettleBatch();
+    batch.bytes += entry.plan.before.bytes.size() + entry.plan.after.bytes.size();
+    batch.entries.push_back(std::move(entry));
+    if (batchSize == 0 || !Keep(visited.object, batch.entries.back())) return SettleAll();
+    if (batch.entries.size() >= batchSize || batch.bytes >= kLargestBatch) Advance();
 }
 
 // Keeps the object beyond its visit. The walk needs the handle of a folder itself.
@@ -195,22 +194,38 @@ bool TreeChangeThread::Keep(ObjectHandle& visited, Entry& entry) {
     return true;
 }
 
-void TreeChangeThread::SettleBatch() {
-    if (!batch.empty() && !change.HasEnded() && Record(batch))
-        for (Entry& entry : batch)
-            Settle(entry);
-    change.held -= static_cast<std::size_t>(
-        std::ranges::count_if(batch, [](const Entry& entry) { return entry.visited == nullptr; }));
-    batch.clear();
-    batchBytes = 0;
-    if (batchSize > 0 || turns.AreMany()) turns.LeaveAll();
+void TreeChangeThread::SettleWhatIsDue() {
+    const auto isOld = [](const Batch& batch) {
+        return !batch.entries.empty() && std::chrono::steady_clock::now() - batch.begin > kLongestBatch;
+    };
+    const bool isEmpty = filling->entries.empty() && recorded->entries.empty();
+    if (isEmpty) return;
+    if (change.IsAnybodyWaiting())
+        SettleAll();
+    else if (isOld(*filling) || isOld(*recorded))
+        Advance();
 }
 
-// False when the recorder has refused, which ends the change.
-bool TreeChangeThread::Record(std::span<Entry> entries) {
-    if (batchSize == 0) return true;
-    // The descriptors are only lent.
-    records.clear();
+// First what is being recorded, then what is being filled.
+void TreeChangeThread::SettleAll() {
+    Advance();
+    Advance();
+}
+
+// One step further: what is being recorded is written, and what was filled meanwhile is being recorded.
+void TreeChangeThread::Advance() {
+    const bool isToBeWritten = FinishRecording(*recorded);
+    BeginRecording(*filling);
+    std::swap(filling, recorded);
+    if (isToBeWritten)
+        for (Entry& entry : filling->entries)
+            Settle(entry, filling->turns);
+    Clear(*filling);
+}
+
+// The records of what is to be written, with the descriptors of the entries until they are given back.
+std::vector<DescriptorChange> TreeChangeThread::Lend(std::span<Entry> entries) {
+    std::vector<DescriptorChange> records;
     for (Entry& entry : entries)
         if (entry.error == ERROR_SUCCESS && entry.plan.changes)
             records.push_back({.path = entry.place->PathOf(entry.hostName),
@@ -218,20 +233,45 @@ bool TreeChangeThread::Record(std::span<Entry> entries) {
                                .fileNumber = entry.Object().Status().st_ino,
                                .before = std::move(entry.plan.before),
                                .after = std::move(entry.plan.after)});
-    const DWORD error = records.empty() ? ERROR_SUCCESS : change.recordedTop.Record(records);
-    auto record = records.begin();
-    for (Entry& entry : entries) {
-        if (entry.error != ERROR_SUCCESS || !entry.plan.changes) continue;
-        entry.plan.before = std::move(record->before);
-        entry.plan.after = std::move(record->after);
-        ++record;
+    return records;
+}
+
+void TreeChangeThread::GiveBack(std::vector<DescriptorChange> records, std::span<Entry> entries) {
+    auto entry = entries.begin();
+    for (DescriptorChange& record : records) {
+        while (entry->error != ERROR_SUCCESS || !entry->plan.changes)
+            ++entry;
+        entry->plan.before = std::move(record.before);
+        entry->plan.after = std::move(record.after);
+        ++entry;
     }
-    if (error != ERROR_SUCCESS) change.End(error);
-    return error == ERROR_SUCCESS;
+}
+
+void TreeChangeThread::BeginRecording(Batch& batch) {
+    if (batchSize == 0 || change.HasEnded()) return;
+    batch.begin = std::chrono::steady_clock::now();
+    batch.records = Lend(batch.entries);
+    if (batch.records.empty()) return;
+    batch.recording = std::async([this, &batch] { return change.Record(batch.records); });
+}
+
+// Waits until the batch is durable. False when it must not be written.
+bool TreeChangeThread::FinishRecording(Batch& batch) {
+    if (batch.recording.valid()) batch.recording.get();
+    GiveBack(std::exchange(batch.records, {}), batch.entries);
+    return !change.HasEnded();
+}
+
+void TreeChangeThread::Clear(Batch& batch) {
+    change.held -= static_cast<std::size_t>(
+        std::ranges::count_if(batch.entries, [](const Entry& entry) { return entry.visited == nullptr; }));
+    batch.entries.clear();
+    batch.bytes = 0;
+    if (batchSize > 0 || batch.turns.AreMany()) batch.turns.LeaveAll();
 }
 
 // Writes an object that has been recorded, or passes it over, as soon as it is certain what its folder has.
-void TreeChangeThread::Settle(Entry& entry) {
+void TreeChangeThread::Settle(Entry& entry, WalkTurns& turns) {
     const FolderState& folder = StateOf(entry.place);
     const bool isTakenLate = IsTakenLate(entry.Object());
     // Who waits for another thread must have no turn that this may wait for.
@@ -246,7 +286,7 @@ void TreeChangeThread::Settle(Entry& entry) {
     const auto isToBeWritten = [&] {
         return entry.error == ERROR_SUCCESS && entry.plan.changes && mode == TreeListMode::kWrite;
     };
-    if (isTakenLate && isToBeWritten() && !TakeLateTurn(entry, folder.HandsDown(folder.Now()))) return;
+    if (isTakenLate && isToBeWritten() && !TakeLateTurn(entry, folder.HandsDown(folder.Now()), turns)) return;
     if (isToBeWritten()) entry.error = store.Replace(entry.Object(), entry.plan.before, entry.plan.after);
     if (entry.error != ERROR_SUCCESS) return Fail(entry);
     ++(entry.plan.changes ? counts.changed : counts.unchanged);
@@ -272,7 +312,11 @@ bool TreeChangeThread::PlanAgain(const HandedDown& inherited, Entry& entry) {
     if (entry.error != ERROR_SUCCESS) return true;
     entry.plan = {};
     entry.error = MakePlan(entry.Object(), inherited, entry.plan);
-    return Record({&entry, 1});
+    if (batchSize == 0) return true;
+    std::vector<DescriptorChange> records = Lend({&entry, 1});
+    const DWORD error = change.Record(records);
+    GiveBack(std::move(records), {&entry, 1});
+    return error == ERROR_SUCCESS;
 }
 
 }  // namespace permora::host

@@ -3,16 +3,18 @@
 //
 // A change is recorded before it is written, and making a record durable takes as long for hundreds of
 // objects as for one. So each thread collects a batch: the objects that it has visited and that are to
-// change. They are recorded together and then written in the order of the visits. A folder is visited before
-// what is in it, but may be written later than that is read: its contents are judged by the list that it is
-// about to get, and wait with their own write until the folder has been written. Should it keep its old list,
-// they are judged again, or left alone.
+// change. They are recorded together and then written in the order of the visits. While a batch is being
+// recorded, on a thread of its own, the one before is written and the next one is filled, so that the walk
+// waits for the disk only when that takes longer. A folder is visited before what is in it, but may be
+// written later than that is read: its contents are judged by the list that it is about to get, and wait with
+// their own write until the folder has been written. Should it keep its old list, they are judged again, or
+// left alone.
 //
-// A folder may be in the batch of another thread, which the thread that is at its contents then waits for.
+// A folder may be in a batch of another thread, which the thread that is at its contents then waits for.
 // Nobody waits for ever: of all objects in batches, take the one that was visited first. Its folder was
-// visited earlier, so it is written. The thread that has it in its batch therefore waits for nobody at it,
-// and writes nothing before it, since it writes in the order of its visits. And it comes to writing: a thread
-// settles its batch before it waits for a turn or for work, and at its next visit when others wait.
+// visited earlier, so it is written. The thread that has it in a batch therefore waits for nobody at it, and
+// writes nothing before it, since it writes in the order of its visits. And it comes to writing: a thread
+// settles its batches before it waits for a turn or for work, and at its next visit when others wait.
 //
 // The turn on a folder is taken before it is read, and kept while the walk is in it. That on a file waits for
 // the write where a second look at the file is cheap: then it is read again, and judged again if others have
@@ -20,10 +22,12 @@
 // On NTFS a look costs as much as a write, so the turns on the files of a batch are kept until it is written.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -114,6 +118,8 @@ class TreeChange : public TreeVisitor {
     bool WantsReadableFiles() const override { return true; }
 
     void Settle(FolderState& folder, FolderState::Stage stage, HandedDown instead = {});
+    // 0 or the code of the recorder, which then has ended the change. On any thread.
+    DWORD Record(std::span<const DescriptorChange> records);
     // Waits until the folder is settled. False when the change has ended before.
     bool Await(const FolderState& folder);
     // Whether a thread waits for others to settle their batches.
@@ -176,30 +182,44 @@ class TreeChangeThread : public VisitingThread {
         std::shared_ptr<FolderState> state;  // of a folder that is entered
     };
 
+    // Objects that are recorded together.
+    struct Batch {
+        explicit Batch(const LockFile& folderTurns) : turns(folderTurns) {}
+
+        std::vector<Entry> entries;
+        std::size_t bytes = 0;                        // of descriptors
+        std::chrono::steady_clock::time_point begin;  // of filling it, then of recording it
+        WalkTurns turns;
+        std::vector<DescriptorChange> records;
+        std::future<DWORD> recording;
+    };
+
     WalkDecision Visit(const VisitedObject& visited, std::unique_ptr<FolderNotes>& notes) override;
     void Rest() override;
     void Consider(const VisitedObject& visited, Entry& entry);
     DWORD TakeTurn(const ObjectHandle& object);
     bool IsTakenLate(const ObjectHandle& object);
-    bool TakeLateTurn(Entry& entry, const HandedDown& inherited);
-    bool IsDue() const;
-    bool IsFull() const;
+    bool TakeLateTurn(Entry& entry, const HandedDown& inherited, WalkTurns& turns);
     void Put(const VisitedObject& visited, Entry entry);
     bool Keep(ObjectHandle& visited, Entry& entry);
-    void SettleBatch();
-    bool Record(std::span<Entry> entries);
-    void Settle(Entry& entry);
+    void SettleWhatIsDue();
+    void SettleAll();
+    void Advance();
+    static std::vector<DescriptorChange> Lend(std::span<Entry> entries);
+    static void GiveBack(std::vector<DescriptorChange> records, std::span<Entry> entries);
+    void BeginRecording(Batch& batch);
+    bool FinishRecording(Batch& batch);
+    void Clear(Batch& batch);
+    void Settle(Entry& entry, WalkTurns& turns);
     void Fail(const Entry& entry);
     bool PlanAgain(const HandedDown& inherited, Entry& entry);
 
     TreeChange& change;
-    WalkTurns turns;
     TreeCounts counts;
     const std::size_t batchSize;
-    std::vector<Entry> batch;
-    std::size_t batchBytes = 0;
-    std::chrono::steady_clock::time_point batchBegin;
-    std::vector<DescriptorChange> records;
+    std::array<Batch, 2> batches;
+    Batch* filling = &batches[0];
+    Batch* recorded = &batches[1];  // or about to be
 };
 
 }  // namespace permora::host

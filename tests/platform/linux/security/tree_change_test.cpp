@@ -9,8 +9,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
 #include <filesystem>
 #include <map>
+#include <mutex>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -291,6 +294,44 @@ TEST(TreeChangesMeanwhile, WhatAServerWroteAfterTheRecordIsSeenAndRecorded) {
         // From what the server wrote: taking that back is not this change's.
         const auto again = [](const DescriptorChange& record) { return record.path == "file"; };
         EXPECT_EQ(std::ranges::count_if(meddler.records, again), kind == Kind::kOwners ? 2 : 1);
+    }
+}
+
+// Whoever is told of an object may be told while a recorder waits for the disk.
+class PatientRecorder : public MemoryRecorder, public RecordingObserver {
+  public:
+    explicit PatientRecorder(std::size_t batch) : MemoryRecorder(batch) {}
+    bool Begin(const char* name) override {
+        const std::lock_guard lock(visiting);
+        visited.notify_all();
+        return RecordingObserver::Begin(name);
+    }
+    // Waits with the first batch until objects of the next one are visited.
+    DWORD Record(std::uint64_t top, std::span<const DescriptorChange> batch) override {
+        if (batches == 0) {
+            std::unique_lock lock(visiting);
+            hasGoneOn = visited.wait_for(lock, std::chrono::seconds(5),
+                                         [&] { return begun.size() > BatchSize() + 1; });
+        }
+        return MemoryRecorder::Record(top, batch);
+    }
+    bool hasGoneOn = false;
+
+  private:
+    std::mutex visiting;
+    std::condition_variable visited;
+};
+
+TEST(TreeChangesMeanwhile, AWalkGoesOnWhileABatchIsRecordedAndWritesNothingOfIt) {
+    if (geteuid() != 0) GTEST_SKIP() << "lists with owners of many kinds need root";
+    for (const Kind kind : {Kind::kLists, Kind::kOwners}) {
+        const TemporaryFolder tree;
+        MakeRandomTree(tree.Path(), kOldList, 150, 1);
+        const Snapshot before = SnapshotOf(tree.Path());
+        PatientRecorder recorder(8);
+        EXPECT_EQ(Change(kind, tree.Path(), recorder, 1, recorder).error, ERROR_SUCCESS);
+        EXPECT_TRUE(recorder.hasGoneOn);
+        ExpectRecorded(before, SnapshotOf(tree.Path()), recorder);
     }
 }
 
