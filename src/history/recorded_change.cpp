@@ -80,7 +80,13 @@ class ChangeWriter {
     DWORD FindFolder(std::uint64_t top, std::string_view path, std::int64_t& folder);
     DWORD FindEntry(std::uint64_t top, std::int64_t above, std::string_view name, std::int64_t& folder);
     DWORD AddFolder(std::uint64_t top, std::int64_t above, std::string_view name, std::int64_t& folder);
-    DWORD FindDescriptor(const StoredSecurity& stored, std::int64_t& found);
+    struct Descriptor {
+        StoredSecurity stored;
+        std::int64_t number = 0;  // 0: none
+    };
+
+    DWORD FindDescriptor(const StoredSecurity& stored, Descriptor& last, std::int64_t& found);
+    DWORD LookUpDescriptor(const StoredSecurity& stored, std::int64_t& found);
     DWORD AskDescriptor(const StoredSecurity& stored, std::int64_t hash, std::int64_t& found);
 
     const ChangeKind kind;
@@ -98,6 +104,8 @@ class ChangeWriter {
     std::unordered_map<std::string, std::int64_t> knownFolders;
     std::unordered_map<std::string, std::int64_t> knownDescriptors;
     std::size_t descriptorBytes = 0;
+    Descriptor lastBefore;  // of the object before, which mostly has the same
+    Descriptor lastAfter;
 
     Statement addChange{
         database,
@@ -212,7 +220,7 @@ DWORD ChangeWriter::AskDescriptor(const StoredSecurity& stored, std::int64_t has
     return error;
 }
 
-DWORD ChangeWriter::FindDescriptor(const StoredSecurity& stored, std::int64_t& found) {
+DWORD ChangeWriter::LookUpDescriptor(const StoredSecurity& stored, std::int64_t& found) {
     if (stored.bytes.size() > kMostDescriptorBytes) return ERROR_INVALID_SECURITY_DESCR;
     std::string key = KeyOf(stored);
     const auto known = knownDescriptors.find(key);
@@ -235,6 +243,16 @@ DWORD ChangeWriter::FindDescriptor(const StoredSecurity& stored, std::int64_t& f
     return error;
 }
 
+DWORD ChangeWriter::FindDescriptor(const StoredSecurity& stored, Descriptor& last, std::int64_t& found) {
+    if (last.number == 0 || last.stored != stored) {
+        last.number = 0;
+        if (const DWORD error = LookUpDescriptor(stored, last.number); error != ERROR_SUCCESS) return error;
+        last.stored = stored;
+    }
+    found = last.number;
+    return ERROR_SUCCESS;
+}
+
 DWORD ChangeWriter::WriteObject(std::uint64_t top, const DescriptorChange& change) {
     const std::string_view path = change.path;
     if (!LeadsDown(path)) return ERROR_INVALID_NAME;
@@ -244,8 +262,8 @@ DWORD ChangeWriter::WriteObject(std::uint64_t top, const DescriptorChange& chang
     std::int64_t before = 0;
     std::int64_t after = 0;
     DWORD error = FindFolder(top, path.substr(0, isBelow ? separator : 0), folder);
-    if (error == ERROR_SUCCESS) error = FindDescriptor(change.before, before);
-    if (error == ERROR_SUCCESS) error = FindDescriptor(change.after, after);
+    if (error == ERROR_SUCCESS) error = FindDescriptor(change.before, lastBefore, before);
+    if (error == ERROR_SUCCESS) error = FindDescriptor(change.after, lastAfter, after);
     if (error != ERROR_SUCCESS) return error;
     const std::string_view name = isBelow ? path.substr(separator + 1) : path;
     const std::int64_t isFolder = change.isFolder ? 1 : 0;
@@ -263,7 +281,10 @@ DWORD ChangeWriter::Write(const std::vector<RecordRequest*>& requests) {
     // Others may have removed descriptors that nothing refers to.
     std::optional<std::int64_t> version;
     if (error == ERROR_SUCCESS) error = database.Ask("PRAGMA data_version", version);
-    if (version != others) knownDescriptors.clear();
+    if (version != others) {
+        knownDescriptors.clear();
+        lastBefore = lastAfter = {};
+    }
     others = version;
     if (error == ERROR_SUCCESS) error = number == 0 ? BeginChange() : NoteTime();
     for (const RecordRequest* request : requests) {
