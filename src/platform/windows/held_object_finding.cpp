@@ -77,6 +77,9 @@ DWORD HeldObject::HasSeveralNames(bool& answer) const {
     return ERROR_SUCCESS;
 }
 
+// All handles serve alike.
+void HeldObject::ExpectManyBelow() {}
+
 DWORD HeldObject::FindTop(ChangedTop& top) const {
     return FindTopOf(inside->object.get(), IsFolder(), top);
 }

@@ -1,6 +1,7 @@
 // Finding again, at another time and in another process, the objects of a change.
 #include <fcntl.h>
 #include <linux/openat2.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -18,6 +19,7 @@
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/descriptor_support.h"
+#include "platform/linux/files/linux_volume.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/object_identity.h"
 #include "platform/linux/files/paths.h"
@@ -61,20 +63,33 @@ DWORD Descend(std::string_view path, ObjectHandle& folder, std::string& lastHost
     }
 }
 
-// As HoldBelow, for the object `here`. `hostName` is that of the object in its folder.
-DWORD ResolveBelow(const host::ResolvedObject& here, const std::string& path, host::ResolvedObject& below,
-                   std::string& hostName) {
+// What is no file or folder, a pipe for example, could notice being opened.
+DWORD OpenToRead(int folder, const std::string& hostName, ObjectHandle& object) {
+    struct stat status {};
+    if (fstatat(folder, hostName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return host::ErrorFromErrno(errno);
+    if (S_ISREG(status.st_mode)) return ObjectHandle::OpenUnmountedFileAt(folder, hostName.c_str(), object);
+    if (S_ISDIR(status.st_mode)) return ObjectHandle::OpenUnmountedFolderAt(folder, hostName.c_str(), object);
+    return ObjectHandle::OpenUnmountedAt(folder, hostName.c_str(), object);
+}
+
+// As HoldBelow, for the object `here`, which stands in `parent`. `hostName` is that of the object in its
+// folder.
+DWORD ResolveBelow(const ObjectHandle& here, const ObjectHandle& parent, const std::string& path,
+                   bool areFilesOpened, host::ResolvedObject& below, std::string& hostName) {
     host::ResolvedObject found;
     DWORD error = ERROR_SUCCESS;
     if (path.empty()) {
-        error = here.object.Duplicate(found.object);
-        if (error == ERROR_SUCCESS && here.parent) error = here.parent.Duplicate(found.parent);
+        error = here.Duplicate(found.object);
+        if (error == ERROR_SUCCESS && parent) error = parent.Duplicate(found.parent);
     } else {
         if (path.back() == '\\') return ERROR_INVALID_NAME;
-        error = here.object.Duplicate(found.parent);
+        error = here.Duplicate(found.parent);
         if (error == ERROR_SUCCESS) error = Descend(path, found.parent, hostName);
-        if (error == ERROR_SUCCESS)
-            error = OpenBelow(found.parent.Descriptor(), hostName, O_NOFOLLOW, found.object);
+        if (error != ERROR_SUCCESS) return error;
+        const int folder = found.parent.Descriptor();
+        error = areFilesOpened ? OpenToRead(folder, hostName, found.object)
+                               : OpenBelow(folder, hostName, O_NOFOLLOW, found.object);
     }
     if (error == ERROR_SUCCESS) below = std::move(found);
     return error;
@@ -95,18 +110,31 @@ DWORD HeldObject::HoldTop(const ChangedTop& top, HeldObject& object) {
 
 DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
     auto held = std::make_unique<Inside>();
-    DWORD error = ResolveBelow(inside->target, path, held->target, held->hostName);
+    const ObjectHandle& here = inside->withoutDevices ? inside->withoutDevices : inside->target.object;
+    const auto resolve = [&] {
+        return ResolveBelow(here, inside->target.parent, path, inside->areFilesOpened, held->target,
+                            held->hostName);
+    };
+    DWORD error = resolve();
     if (error == ERROR_TOO_MANY_OPEN_FILES) {
         host::RaiseDescriptorLimit();
-        error = ResolveBelow(inside->target, path, held->target, held->hostName);
+        error = resolve();
     }
     if (error != ERROR_SUCCESS) return error;
     if (!inside->storeKind) inside->storeKind = host::StoreKindOf(inside->target.object);
     if (!inside->lockFile) inside->lockFile = host::OpenLockFile();
     held->storeKind = inside->storeKind;
     held->lockFile = inside->lockFile;
+    held->areFilesOpened = inside->areFilesOpened;
     object.inside = std::move(held);
     return ERROR_SUCCESS;
+}
+
+void HeldObject::ExpectManyBelow() {
+    std::optional<host::UniqueFd> opened;
+    if (IsFolder()) opened = host::OpenWithoutDevices(inside->target.object);
+    inside->areFilesOpened =
+        opened && ObjectHandle::Adopt(std::move(*opened), inside->withoutDevices) == ERROR_SUCCESS;
 }
 
 std::uint64_t HeldObject::FileNumber() const {

@@ -18,6 +18,9 @@ struct HeldObject::Inside {
     // For objects that are held below this one (HoldBelow), and so lie on the same mount: asked once for all.
     std::optional<host::DescriptorStoreKind> storeKind;
     host::LockFile lockFile;
+    // HoldBelow begins here (ExpectManyBelow); empty: at the object itself.
+    host::ObjectHandle withoutDevices;
+    bool areFilesOpened = false;  // below the object, rather than only named
 };
 
 }  // namespace permora

@@ -1,4 +1,5 @@
 // Finding the objects of a change again, whatever has become of their names and volumes.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
@@ -7,6 +8,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <initializer_list>
 #include <string>
 
 #include "platform/api/errors.h"
@@ -157,8 +159,16 @@ TEST_F(HeldObjectFinding, NothingLeadsOutOfAFolderToWhatIsBelowIt) {
         {"sub/deep", ERROR_INVALID_NAME},
         {"C:\\", ERROR_INVALID_NAME},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(top.HoldBelow(each.path, found), each.error) << each.path;
+    HeldObject expecting = Held(folder.Path("top"));
+    expecting.ExpectManyBelow();
+    for (const HeldObject* above : std::initializer_list<const HeldObject*>{&top, &expecting})
+        for (const auto& each : cases)
+            EXPECT_EQ(above->HoldBelow(each.path, found), each.error) << each.path;
+    // A pipe that is held has no reader yet.
+    const std::string pipe = folder.Path("top/sub/pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    ASSERT_EQ(expecting.HoldBelow("sub\\pipe", found), ERROR_SUCCESS);
+    EXPECT_EQ(open(pipe.c_str(), O_WRONLY | O_NONBLOCK), -1);
     ASSERT_EQ(top.HoldBelow("sub\\deep\\file", found), ERROR_SUCCESS);
     struct stat status {};
     ASSERT_EQ(stat(folder.Path("top/sub/deep/file").c_str(), &status), 0);
