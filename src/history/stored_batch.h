@@ -1,5 +1,5 @@
-// Objects that are given security which they had at another time or which comes from elsewhere: recorded in
-// batches, then written through the handles that were read.
+// Objects that are given security on which that of others depends: recorded in batches, then written one
+// after the other, through the handles that were read. Others are written faster (history/stored_writes.h).
 #pragma once
 
 #include <cstddef>

@@ -1,15 +1,13 @@
 #include "history/undo.h"
 
 #include <algorithm>
-#include <future>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
-#include <span>
-#include <unordered_set>
 #include <utility>
 
+#include "history/stored_writes.h"
 #include "history/undone_top.h"
 #include "platform/api/errors.h"
 #include "platform/system_message.h"
@@ -18,11 +16,6 @@
 namespace permora {
 namespace {
 
-// Each object of a batch is held open, and its descriptors are in memory. The first batch is small: where few
-// objects can be held open, the history must be opened before they are.
-constexpr std::size_t kFirstBatchObjects = 16;
-constexpr std::size_t kBatchObjects = 1024;
-constexpr std::size_t kBatchBytes = std::size_t{4} << 20;
 // Of a dry run, whose memory does not grow with the change either.
 constexpr std::size_t kMostUnclear = 65536;
 
@@ -46,23 +39,6 @@ Judgement Judge(const DescriptorChange& change, const StoredSecurity& now) {
     return isOfChange ? Judgement::kRestore : Judgement::kChangedSince;
 }
 
-// What is to be written at once. The changes are those of the undo: from what an object has to what it gets.
-struct Batch {
-    std::vector<std::optional<HeldObject>> objects;  // nothing: the top itself
-    std::vector<DescriptorChange> changes;
-    std::unordered_set<std::uint64_t> numbers;
-    std::size_t bytes = 0;
-    std::vector<DWORD> results;  // of writing the objects, once they were recorded
-    DWORD recordError = ERROR_SUCCESS;
-
-    void Add(std::optional<HeldObject> object, const DescriptorChange& undone, StoredSecurity now) {
-        bytes += now.bytes.size() + undone.before.bytes.size();
-        numbers.insert(undone.fileNumber);
-        objects.push_back(std::move(object));
-        changes.push_back({undone.path, undone.isFolder, undone.fileNumber, std::move(now), undone.before});
-    }
-};
-
 class Undo {
   public:
     Undo(History& from, const ChangeFacts& about, const UndoOptions& chosen, UndoObserver& watching,
@@ -81,20 +57,15 @@ class Undo {
     bool TakeUnclear(const RecordedObject& record);
     bool Enter(const RecordedObject& record);
     bool Put(std::optional<HeldObject> object, const DescriptorChange& undone, StoredSecurity now);
-    bool Flush();
-    bool Finish();
-    bool FlushAll() { return Flush() && Finish(); }
+    bool Flush() { return !writes || GoOn(writes->Flush()); }
+    bool GoOn(DWORD recordError);
     bool EndWith(DWORD error);
-    bool IsPending(std::uint64_t fileNumber) const {
-        return batch.numbers.contains(fileNumber) || written.numbers.contains(fileNumber);
-    }
 
     // Whether the object was found and read; else it was left alone.
     bool Read(const RecordedObject& record, std::optional<HeldObject>& object, StoredSecurity& now);
     void LeaveUnfound(const std::string& path, DWORD error);
     void Leave(const std::string& path, LeftAlone extent, DWORD reason);
-    DWORD Record(std::span<const DescriptorChange> changes);
-    void Write(Batch& recorded);
+    void BeginWrites();
 
     History& history;
     const ChangeFacts& facts;
@@ -105,11 +76,7 @@ class Undo {
     std::unique_ptr<Change> change;  // the undo's own; null in a dry run
     std::optional<UndoneTop> top;
     DWORD topError = ERROR_SUCCESS;
-    std::optional<std::uint64_t> topNumber;  // in `change`
-    std::size_t batchObjects = kFirstBatchObjects;
-    Batch batch;    // is being filled
-    Batch written;  // belongs to `writing` as long as that is at work
-    std::future<void> writing;
+    std::optional<StoredWrites> writes;  // below `top`; nothing in a dry run
     DWORD ending = ERROR_SUCCESS;
 
     // Of a dry run. An object that was recorded twice has neither list of its first record as long as nothing
@@ -121,6 +88,10 @@ class Undo {
 bool Undo::EndWith(DWORD error) {
     ending = error;
     return false;
+}
+
+bool Undo::GoOn(DWORD recordError) {
+    return recordError == ERROR_SUCCESS || EndWith(recordError);
 }
 
 void Undo::Leave(const std::string& path, LeftAlone extent, DWORD reason) {
@@ -136,13 +107,28 @@ void Undo::LeaveUnfound(const std::string& path, DWORD error) {
 
 bool Undo::Enter(const RecordedObject& record) {
     if (top && top->Holds(record)) return true;
-    if (!FlushAll()) return false;
+    if (!Flush()) return false;
+    writes.reset();
     top.emplace(record);
-    topNumber.reset();
     topError = top->Hold();
     if (topError == ERROR_SUCCESS && !IsDryRun()) topError = top->TakeTurn();
+    if (topError == ERROR_SUCCESS && !IsDryRun()) BeginWrites();
     if (topError != ERROR_SUCCESS) observer.Leave(record.top, "", LeftAlone::kAllBelow, topError);
     return true;
+}
+
+void Undo::BeginWrites() {
+    writes.emplace(
+        *change, top->Recorded(),
+        [this](const std::optional<HeldObject>& object, const DescriptorChange& undoing) {
+            return top->Write(object, undoing);
+        },
+        [this](const DescriptorChange& undoing, DWORD result) {
+            if (result == ERROR_SUCCESS)
+                ++counts.restored;
+            else
+                Leave(undoing.path, LeftAlone::kObject, result);
+        });
 }
 
 bool Undo::Read(const RecordedObject& record, std::optional<HeldObject>& object, StoredSecurity& now) {
@@ -153,7 +139,7 @@ bool Undo::Read(const RecordedObject& record, std::optional<HeldObject>& object,
     }
     DWORD error = top->Find(record, object);
     if (error == ERROR_TOO_MANY_OPEN_FILES) {
-        if (!FlushAll()) return false;
+        if (!Flush()) return false;
         error = top->Find(record, object);
     }
     if (error != ERROR_SUCCESS) {
@@ -170,7 +156,7 @@ bool Undo::Take(const RecordedObject& record) {
     if (!observer.Begin(record.top, undone.path)) return EndWith(ERROR_OPERATION_ABORTED);
     if (!Enter(record)) return false;
     // What a later record of the same object says comes first.
-    if (IsPending(undone.fileNumber) && !FlushAll()) return false;
+    if (writes && writes->Holds(undone.fileNumber) && !Flush()) return false;
     std::optional<HeldObject> object;
     StoredSecurity now;
     if (!Read(record, object, now)) return ending == ERROR_SUCCESS;
@@ -209,60 +195,12 @@ bool Undo::TakeUnclear(const RecordedObject& record) {
     return true;
 }
 
+// From what the object has to what it had.
 bool Undo::Put(std::optional<HeldObject> object, const DescriptorChange& undone, StoredSecurity now) {
-    if (IsDryRun()) {
-        ++counts.restored;
-        return true;
-    }
-    // The top is needed to find the others.
-    const bool isTop = !object;
-    batch.Add(std::move(object), undone, std::move(now));
-    if (isTop) return FlushAll();
-    const bool isFull = batch.objects.size() >= batchObjects || batch.bytes >= kBatchBytes;
-    if (!isFull) return true;
-    return topNumber ? Flush() : FlushAll();
-}
-
-// Makes them durable in the undo's own change.
-DWORD Undo::Record(std::span<const DescriptorChange> changes) {
-    if (!topNumber) {
-        std::uint64_t number = 0;
-        if (const DWORD error = change->BeginTop(top->Recorded(), number); error != ERROR_SUCCESS)
-            return error;
-        topNumber = number;
-    }
-    return change->Record(*topNumber, changes);
-}
-
-void Undo::Write(Batch& recorded) {
-    recorded.recordError = Record(recorded.changes);
-    if (recorded.recordError != ERROR_SUCCESS) return;
-    for (std::size_t i = 0; i < recorded.changes.size(); ++i)
-        recorded.results.push_back(top->Write(recorded.objects[i], recorded.changes[i]));
-}
-
-// Begins to write the batch, on another thread where there may be one. The next batch is filled meanwhile:
-// each waits for the disk in its own way.
-bool Undo::Flush() {
-    if (!Finish()) return false;
-    if (batch.changes.empty()) return true;
-    batchObjects = std::min(2 * batchObjects, kBatchObjects);
-    written = std::exchange(batch, {});
-    writing = std::async([this] { Write(written); });
-    return true;
-}
-
-// Waits until what was begun is written.
-bool Undo::Finish() {
-    if (!writing.valid()) return true;
-    writing.get();
-    const Batch done = std::exchange(written, {});
-    if (done.recordError != ERROR_SUCCESS) return EndWith(done.recordError);
-    for (std::size_t i = 0; i < done.changes.size(); ++i)
-        if (done.results[i] == ERROR_SUCCESS)
-            ++counts.restored;
-        else
-            Leave(done.changes[i].path, LeftAlone::kObject, done.results[i]);
+    if (!IsDryRun())
+        return GoOn(writes->Add(std::move(object), {undone.path, undone.isFolder, undone.fileNumber,
+                                                    std::move(now), undone.before}));
+    ++counts.restored;
     return true;
 }
 
@@ -277,7 +215,7 @@ DWORD Undo::Run() {
     if (!IsDryRun()) change = history.Begin(ChangeKind::kUndo, facts.number);
     DWORD error = VisitAll(&Undo::Take);
     if (error == ERROR_SUCCESS) Flush();
-    Finish();
+    if (writes) GoOn(writes->Finish());
     if (error == ERROR_SUCCESS) error = ending;
     if (error == ERROR_SUCCESS && !unclear.empty()) {
         top.reset();

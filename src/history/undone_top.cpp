@@ -30,7 +30,10 @@ bool UndoneTop::Holds(const RecordedObject& record) const {
 }
 
 DWORD UndoneTop::Hold() {
-    return isShare ? ERROR_SUCCESS : HeldObject::HoldTop(top, object);
+    if (isShare) return ERROR_SUCCESS;
+    const DWORD error = HeldObject::HoldTop(top, object);
+    if (error == ERROR_SUCCESS) object.ExpectManyBelow();
+    return error;
 }
 
 DWORD UndoneTop::TakeTurn() {

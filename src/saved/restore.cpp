@@ -7,7 +7,7 @@
 #include <set>
 #include <utility>
 
-#include "history/stored_batch.h"
+#include "history/stored_writes.h"
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/security_change.h"
@@ -78,6 +78,10 @@ class TopRestore {
     // The next object. A result but 0, of this and of End, ends the whole restore.
     DWORD Put(const SavedObject& saved);
     DWORD End();
+    // What is being written comes to its end, and nothing more is begun.
+    void BreakOff() {
+        if (writes) (void)writes->Finish();
+    }
 
   private:
     struct Attempt {
@@ -94,7 +98,7 @@ class TopRestore {
     bool Prepare(const SavedObject& saved, const HeldObject& object, DescriptorChange& change);
     void LookForExtra(const SavedFolders::Folder& folder);
     bool MakeWanted(const SavedObject& saved, nt::SecurityDescriptor& wanted);
-    void Write(const HeldObject* object, const DescriptorChange& change);
+    void Settle(const DescriptorChange& change, DWORD error);
     bool Fail(const std::string& path, RestoreFault fault, DWORD error = ERROR_SUCCESS);
     void Lose(const std::string& path);
     bool IsLost(const std::string& path) const;
@@ -105,10 +109,10 @@ class TopRestore {
     SavedFolders folders;
     std::optional<RestoredTop> top;
     std::optional<NamesInAnyCase> names;  // of `top`, where the volume ignores the case of letters
-    std::optional<StoredBatch> batch;
-    std::deque<Attempt> batched;    // what is in the batch, in its order
-    std::deque<Attempt> outOfDate;  // what another program has changed in the middle
-    std::set<std::string> lost;     // what is missing, or another kind of object now
+    std::deque<Attempt> batched;          // what is in `writes`, in its order
+    std::deque<Attempt> outOfDate;        // what another program has changed in the middle
+    std::set<std::string> lost;           // what is missing, or another kind of object now
+    std::optional<StoredWrites> writes;
 };
 
 bool TopRestore::Fail(const std::string& path, RestoreFault fault, DWORD error) {
@@ -166,15 +170,19 @@ void TopRestore::Enter(RestoredTop found) {
         work.host.Fail("", RestoreFault::kError, error);
         return;
     }
+    found.object.ExpectManyBelow();
     top = std::move(found);
     TreeObject read;
     TreeFolder folder;
     if (top->object.IsFolder())
         (void)TreeFolder::ReadTop(top->object, DACL_SECURITY_INFORMATION, read, folder);
     if (folder && folder.IgnoresCase() && work.list.IsInOrder()) names.emplace(top->folder);
-    batch.emplace(
+    writes.emplace(
         work.recorder, std::move(changed),
-        [this](const HeldObject* object, const DescriptorChange& change) { Write(object, change); });
+        [this](const std::optional<HeldObject>& object, const DescriptorChange& change) {
+            return (object ? *object : top->object).WriteStored(change.before, change.after);
+        },
+        [this](const DescriptorChange& change, DWORD result) { Settle(change, result); });
 }
 
 // The path that something has now which is not found by its saved one, or may be by that of another.
@@ -252,7 +260,7 @@ DWORD TopRestore::Try(Attempt attempt) {
     std::optional<HeldObject> object;
     DWORD found = Hold(saved.path, object);
     if (found == ERROR_TOO_MANY_OPEN_FILES) {
-        if (const DWORD error = batch->Flush(); error != ERROR_SUCCESS) return error;
+        if (const DWORD error = writes->Flush(); error != ERROR_SUCCESS) return error;
         found = Hold(saved.path, object);
     }
     SavedObject present = saved;  // by the name that it has now
@@ -268,8 +276,8 @@ DWORD TopRestore::Try(Attempt attempt) {
     }
     if (!IsThere(saved, object, found)) return ERROR_SUCCESS;
     const HeldObject& held = object ? *object : top->object;
-    if (batch->Holds(held.FileNumber())) {
-        if (const DWORD error = batch->Flush(); error != ERROR_SUCCESS) return error;
+    if (writes->Holds(held.FileNumber())) {
+        if (const DWORD error = writes->Flush(); error != ERROR_SUCCESS) return error;
     }
     DescriptorChange change;
     if (!Prepare(present, held, change)) return ERROR_SUCCESS;
@@ -279,11 +287,11 @@ DWORD TopRestore::Try(Attempt attempt) {
         return ERROR_SUCCESS;
     }
     batched.push_back(std::move(attempt));
-    return batch->Add(std::move(object), std::move(change));
+    return writes->Add(std::move(object), std::move(change));
 }
 
-void TopRestore::Write(const HeldObject* object, const DescriptorChange& change) {
-    const DWORD error = (object != nullptr ? *object : top->object).WriteStored(change.before, change.after);
+// An object has been written, or could not be.
+void TopRestore::Settle(const DescriptorChange& change, DWORD error) {
     Attempt attempt = std::move(batched.front());
     batched.pop_front();
     if (error == ERROR_REVISION_MISMATCH && attempt.number < kMostAttempts) {
@@ -329,7 +337,7 @@ DWORD TopRestore::Put(const SavedObject& saved) {
 DWORD TopRestore::End() {
     DWORD error = ERROR_SUCCESS;
     do {
-        if (batch) error = batch->Flush();
+        if (writes) error = writes->Flush();
         if (error == ERROR_SUCCESS) error = TryOutOfDate();
     } while (error == ERROR_SUCCESS && !batched.empty());
     if (error == ERROR_SUCCESS && work.looksForExtra) folders.End();
@@ -367,7 +375,8 @@ DWORD RestoreLists(CheckedList& list, const RestoreOptions& options, RestoreHost
         error = top->Put(object);
     }
     if (error == ERROR_SUCCESS) error = Conclude(list, fault);
-    if (error == ERROR_SUCCESS && top) error = top->End();
+    if (error == ERROR_SUCCESS && top) return top->End();
+    if (top) top->BreakOff();
     return error;
 }
 
