@@ -1,5 +1,5 @@
-// What it costs to look at a whole tree and judge its lists, against reading the same attributes in a plain loop
-// on one thread and against getfattr. Prints rows of the table in README.md.
+// What it costs to look at a whole tree and judge its lists, against reading the same attributes in a plain
+// loop on one thread and against getfattr. Prints rows of the table in README.md.
 #include <atomic>
 #include <chrono>
 #include <cstdlib>

@@ -1,4 +1,5 @@
-// Two descriptors from a disk that anyone may have written, of an object and of its folder: judged, and mended.
+// Two descriptors from a disk that anyone may have written, of an object and of its folder: judged, and
+// mended.
 #include <cstdint>
 #include <optional>
 #include <span>

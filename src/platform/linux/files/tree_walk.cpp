@@ -20,8 +20,8 @@
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/files/linux_volume.h"
 #include "platform/linux/files/open_folder.h"
-#include "platform/thread_tuner.h"
 #include "platform/linux/files/unmounted_entry.h"
+#include "platform/thread_tuner.h"
 
 namespace permora::host {
 namespace {
