@@ -161,7 +161,7 @@ class ReportCommand : public ObjectCommand {
 };
 
 std::string ReportCommand::Interpret() {
-    if (const std::string problem = ObjectCommand::Interpret(); !problem.empty()) return problem;
+    if (std::string problem = ObjectCommand::Interpret(); !problem.empty()) return problem;
     const bool isSelected = depth.depth || account.IsGiven() || !only.remarks.IsEmpty();
     if (html.Text() && (json || csv || compare))
         return "--html is a form of its own: without --json, --csv and --compare";

@@ -165,7 +165,7 @@ std::optional<bool> CompareReports(const Target& older, const Target& newer, Dif
     ReadReport is;
     if (!ReadReportFile(older, was, messages) || !ReadReportFile(newer, is, messages)) return std::nullopt;
     ReportComparison comparison(was, is);
-    const std::vector<std::string> unmatched = comparison.UnmatchedTops();
+    const std::vector<std::string>& unmatched = comparison.UnmatchedTops();
     for (const std::string& top : unmatched) {
         messages.SetSubject(top);
         messages.Say("only one of the reports is about it");

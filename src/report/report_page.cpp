@@ -218,7 +218,7 @@ class PageWriter {
             if (row.error != ERROR_SUCCESS) line += HtmlText(SystemMessageLine(row.error)) + ' ';
             if (row.list) {
                 const std::string number = std::to_string(*row.list + 1);
-                line += "<a href=\"#list-" + number + "\">" + number + "</a>";
+                line.append("<a href=\"#list-").append(number).append("\">").append(number).append("</a>");
             }
             Write(line + "</td></tr>\n");
         }
@@ -229,9 +229,10 @@ class PageWriter {
         for (std::size_t i = 0; i < report.ListCount() && error == ERROR_SUCCESS; ++i) {
             const std::shared_ptr<const ReportList> list = report.List(i);
             const std::string number = std::to_string(i + 1);
-            std::string text = "<h3 id=\"list-" + number + "\">List " + number +
-                               "</h3>\n<p>Owner: " + HtmlText(list->owner) +
-                               "</p>\n<p>Inherits: " + InheritsWord(*list) + "</p>\n";
+            std::string text = "<h3 id=\"list-";
+            text.append(number).append("\">List ").append(number).append("</h3>\n<p>Owner: ");
+            text.append(HtmlText(list->owner)).append("</p>\n<p>Inherits: ").append(InheritsWord(*list));
+            text += "</p>\n";
             for (const std::string& note : list->notes)
                 text += "<p>" + HtmlText(note) + "</p>\n";
             if (!list->rows.empty()) text += EntriesTable(*list);

@@ -75,7 +75,7 @@ std::string HtmlText(std::string_view text) {
     return html;
 }
 
-std::string ScriptText(std::string json) {
+std::string ScriptText(std::string_view json) {
     std::string text;
     text.reserve(json.size());
     for (const char character : json) {
@@ -101,7 +101,7 @@ std::string CsvCell(std::string_view text) {
     // The fullwidth forms of = + - @ mean the same to some spreadsheets.
     constexpr std::array<std::string_view, 8> kFormulaSigns = {
         "=", "+", "-", "@", "\xEF\xBC\x9D", "\xEF\xBC\x8B", "\xEF\xBC\x8D", "\xEF\xBC\xA0"};
-    const std::size_t begin = cell.find_first_not_of(" ");
+    const std::size_t begin = cell.find_first_not_of(' ');
     bool isFormula = false;
     for (const std::string_view sign : kFormulaSigns)
         isFormula =

@@ -16,7 +16,7 @@ std::string HtmlText(std::string_view text);
 
 // A JSON document of ASCII characters as the text of an HTML script element: without the characters that
 // could end the element or begin a comment.
-std::string ScriptText(std::string json);
+std::string ScriptText(std::string_view json);
 
 // The same as VisibleText as a cell of a table with commas (RFC 4180). What a spreadsheet would take for a
 // formula gets an apostrophe before it, which spreadsheets take for the sign of a text.
