@@ -237,9 +237,9 @@ TEST_F(DomainTest, AReportFindsThePeopleInTheDomainsGroups) {
     Add("reported", "ACL:EXAMPLE\\Engineering:ALLOWED/0x0/READ");
     const CommandResult report = RunCli({"report", file, "--members"});
     EXPECT_EQ(report.exitCode, 0) << report.output;
-    EXPECT_THAT(report.output,
-                HasSubstr("  EXAMPLE\\engineering\n    EXAMPLE\\anna\n    EXAMPLE\\bert through "
-                          "EXAMPLE\\Platform\n"));
+    // Winbind gives a name in the spelling in which somebody has asked for it last.
+    EXPECT_THAT(report.output, testing::ContainsRegex("  EXAMPLE.[Ee]ngineering\n    EXAMPLE.anna\n"
+                                                      "    EXAMPLE.bert through EXAMPLE.[Pp]latform\n"));
     EXPECT_THAT(report.output, testing::ContainsRegex("EXAMPLE.anna +1 "));
 }
 
