@@ -53,6 +53,7 @@ void GoneAccounts::Ask(const nt::Sid& sid) {
     const AccountStanding standing = accounts.Find(sid).standing;
     if (standing == AccountStanding::kUnasked) unasked.push_back(sid);
     const bool isForeign = standing == AccountStanding::kUnknown || standing == AccountStanding::kBroken;
+    if (isForeign && kinds == Kinds::kDeleted) foreign.push_back(sid);
     account->second = standing == AccountStanding::kDeleted || (isForeign && kinds == Kinds::kForeignToo);
     if (account->second) gone.push_back(sid);
 }

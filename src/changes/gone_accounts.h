@@ -33,6 +33,8 @@ class GoneAccounts {
     // system are never gone: another installation of the system knows more of them than this one.
     const std::vector<nt::Sid>& Gone() const { return gone; }
     bool IsGone(const nt::Sid& sid) const;
+    // Those that kForeignToo would count among them.
+    const std::vector<nt::Sid>& Foreign() const { return foreign; }
 
   private:
     friend class AccountsInLists;
@@ -45,6 +47,7 @@ class GoneAccounts {
     SurveyedAccounts accounts;
     std::map<nt::Sid, bool, ByBytes> met;  // whether it is gone
     std::vector<nt::Sid> gone;
+    std::vector<nt::Sid> foreign;
     std::vector<nt::Sid> unasked;
 };
 

@@ -94,6 +94,8 @@ bool RevokeCommand::FindGoneAccounts(const std::vector<Target>& targets) {
     }
     for (const nt::Sid& sid : gone->Gone())
         Print("no longer exists: " + sid.ToText() + '\n');
+    for (const nt::Sid& sid : gone->Foreign())
+        Print("not known here, and stays without --foreign: " + sid.ToText() + '\n');
     return gone->Unasked().empty();
 }
 

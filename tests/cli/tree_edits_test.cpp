@@ -240,6 +240,7 @@ TEST_F(TreeEditsTest, EntriesOfAccountsThatNoLongerExistGo) {
     const CommandResult result = RunCli({"revoke", top, "--tree", "--unresolved"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.output, AllOf(HasSubstr("no longer exists: S-1-22-2-4000000\n"),
+                                     HasSubstr("not known here, and stays without --foreign: " + kOld + '\n'),
                                      HasSubstr("changed: 1, already so: 5, failed: 0\n")));
     EXPECT_EQ(DaclText(file), "D:PAI" + known + foreign);
     EXPECT_EQ(DaclText(top + "/sub"), sub);
