@@ -22,19 +22,20 @@ std::atomic<std::size_t> mostUsed;
 
 }  // namespace
 
-// All that this program takes is counted.
-void* operator new(std::size_t bytes) {
+// All that this program takes is counted. Inlined, these would look to the compiler like malloc and delete,
+// or new and free, for one block.
+[[gnu::noinline]] void* operator new(std::size_t bytes) {
     void* block = std::malloc(bytes == 0 ? 1 : bytes);
     if (block == nullptr) throw std::bad_alloc();
     const std::size_t now = used += malloc_usable_size(block);
     if (now > mostUsed) mostUsed = now;
     return block;
 }
-void operator delete(void* block) noexcept {
+[[gnu::noinline]] void operator delete(void* block) noexcept {
     if (block != nullptr) used -= malloc_usable_size(block);
     std::free(block);
 }
-void operator delete(void* block, std::size_t /*bytes*/) noexcept {
+[[gnu::noinline]] void operator delete(void* block, std::size_t /*bytes*/) noexcept {
     operator delete(block);
 }
 
