@@ -86,7 +86,7 @@ Json SddlJson(std::span<const std::uint8_t> descriptor) {
 
 bool DifferenceOutput::Begin(std::string_view path) {
     if (IsInterrupted()) return false;
-    line.Show(++objects, std::string(path.substr(path.rfind('\\') + 1)).c_str());
+    line.ShowPath(++objects, path);
     return true;
 }
 

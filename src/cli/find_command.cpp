@@ -18,6 +18,7 @@
 #include "platform/host_path.h"
 #include "platform/raw_security.h"
 #include "platform/terminal.h"
+#include "report/report_json.h"
 #include "saved/tree_source.h"
 #include "survey/entry_search.h"
 
@@ -25,21 +26,6 @@ namespace permora {
 namespace {
 
 enum class FoundForm : std::uint8_t { kLines, kNulSeparated, kJson };
-
-// For programs, which look for words that stay.
-const char* KindWord(TreeObjectKind kind) {
-    switch (kind) {
-        case TreeObjectKind::kFile:
-            return "file";
-        case TreeObjectKind::kFolder:
-            return "folder";
-        case TreeObjectKind::kLink:
-            return "link";
-        case TreeObjectKind::kOther:
-            break;
-    }
-    return "other";
-}
 
 Json FoundJson(const FoundEntries& found) {
     Json json = Json::object();
@@ -116,7 +102,7 @@ class FindingVisitor : public TreeVisitor {
 
     bool Visit(const ReadObject& object) override {
         if (IsInterrupted() || output.IsBroken()) return false;
-        line.Show(++count, std::string(object.path.substr(object.path.rfind('\\') + 1)).c_str());
+        line.ShowPath(++count, object.path);
         if (object.kind == SavedKind::kUnread || object.kind == SavedKind::kUnlisted) {
             Miss(object);
         } else if (object.kind != SavedKind::kMounted) {

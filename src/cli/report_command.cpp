@@ -86,7 +86,7 @@ class ReportProgress : public SurveyObserver {
 
     bool Begin(std::string_view path) override {
         if (IsInterrupted()) return false;
-        line.Show(++count, std::string(path.substr(path.rfind('\\') + 1)).c_str());
+        line.ShowPath(++count, path);
         return true;
     }
     void Take(const SurveyRow& row) override {

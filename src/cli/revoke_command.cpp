@@ -77,7 +77,7 @@ bool RevokeCommand::FindGoneAccounts(const std::vector<Target>& targets) {
         // What is not found is named when its turn comes.
         if (!FindItem(target.object, top).IsDone()) continue;
         (void)gone->LookThrough(top, [&](std::string_view path) {
-            progress.Show(++count, std::string(path.substr(path.rfind('\\') + 1)).c_str());
+            progress.ShowPath(++count, path);
             return !IsInterrupted();
         });
     }

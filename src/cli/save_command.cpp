@@ -62,7 +62,7 @@ class SavingProgress : public SavingObserver {
 
     bool Begin(std::string_view path) override {
         if (IsInterrupted()) return false;
-        line.Show(++count, std::string(path.substr(path.rfind('\\') + 1)).c_str());
+        line.ShowPath(++count, path);
         return true;
     }
     void PassOver(std::string_view path, SavedKind kind, DWORD error) override {

@@ -6,6 +6,7 @@
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
+#include "platform/security_change.h"
 
 namespace permora {
 namespace {
@@ -74,7 +75,7 @@ class ShowCommand : public ShowListsCommand {
 }  // namespace
 
 SECURITY_INFORMATION ShowListsCommand::Parts() const {
-    return OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+    return kUsualParts;
 }
 
 bool ShowListsCommand::PrintSddl(const std::string& name, PSECURITY_DESCRIPTOR descriptor) {

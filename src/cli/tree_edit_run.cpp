@@ -97,9 +97,10 @@ bool TreeEditRun::End() {
 
 bool TreeEditRun::Begin(std::string_view path) {
     if (IsInterrupted()) return false;
-    const std::string name(path.empty() ? std::string_view(target->argument)
-                                        : path.substr(path.rfind('\\') + 1));
-    progress.Show(++begun, name.c_str());
+    if (path.empty())
+        progress.Show(++begun, target->argument);
+    else
+        progress.ShowPath(++begun, path);
     return true;
 }
 

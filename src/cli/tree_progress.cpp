@@ -11,7 +11,7 @@
 namespace permora {
 ProgressLine::ProgressLine(Progress mode) : columns(mode == Progress::kQuiet ? 0 : TerminalColumns(stderr)) {}
 
-void ProgressLine::Show(std::size_t count, const char* name) {
+void ProgressLine::Show(std::size_t count, std::string_view name) {
     if (columns == 0) return;
     const auto now = std::chrono::steady_clock::now();
     if (now - shown < std::chrono::milliseconds(100)) return;

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "cli/command.h"
 #include "cli/messages.h"
@@ -29,7 +30,11 @@ class ProgressLine {
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
 
-    void Show(std::size_t count, const char* name);
+    void Show(std::size_t count, std::string_view name);
+    // Shows the last name of `path`, which has backslashes between its names.
+    void ShowPath(std::size_t count, std::string_view path) {
+        Show(count, path.substr(path.rfind('\\') + 1));
+    }
     void Clear();
 
   private:

@@ -24,8 +24,7 @@ class TerminalUndo : public UndoObserver {
 
     bool Begin(const ChangedTop& top, const std::string& path) override {
         if (IsInterrupted()) return false;
-        const std::string& shown = path.empty() ? top.path : path;
-        progress.Show(++count, shown.c_str() + (shown.rfind('\\') + 1));
+        progress.ShowPath(++count, path.empty() ? top.path : path);
         return true;
     }
     void Leave(const ChangedTop& top, const std::string& path, LeftAlone extent, DWORD reason) override {

@@ -13,6 +13,7 @@
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
 #include "platform/nt/security_descriptor.h"
+#include "platform/security_change.h"
 #include "survey/repair.h"
 #include "survey/survey.h"
 #include "survey/survey_rows.h"
@@ -39,23 +40,15 @@ struct Mending {
     bool IsNeeded() const { return before != after; }
 };
 
-std::optional<nt::SecurityDescriptor> ValueOf(const ReadParts& parts) {
-    if (!parts.descriptor) return std::nullopt;
-    return nt::SecurityDescriptor::FromBytes({static_cast<const std::uint8_t*>(parts.descriptor.get()),
-                                              GetSecurityDescriptorLength(parts.descriptor.get())});
-}
-
 DWORD ReadMending(const HeldObject& object, Mending& mending) {
-    constexpr SECURITY_INFORMATION kParts =
-        OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
     ReadParts whole;
     ReadParts above;
     DWORD error = object.ReadAbove(DACL_SECURITY_INFORMATION, above);
-    if (error == ERROR_SUCCESS) error = object.ReadSecurity(kParts, whole);
+    if (error == ERROR_SUCCESS) error = object.ReadSecurity(kUsualParts, whole);
     if (error == ERROR_SUCCESS) error = object.ReadSecurity(DACL_SECURITY_INFORMATION, mending.list);
     if (error != ERROR_SUCCESS) return error;
-    const auto before = ValueOf(whole);
-    const auto folder = ValueOf(above);
+    const auto before = DescriptorOf(whole);
+    const auto folder = DescriptorOf(above);
     if (!before) return ERROR_INVALID_SECURITY_DESCR;
     mending.before = *before;
     mending.after = *before;
@@ -127,7 +120,7 @@ ExitCode VerifyCommand::Begin(const std::vector<Target>& /*targets*/) {
 
 bool VerifyCommand::Begin(std::string_view path) {
     if (IsInterrupted()) return false;
-    line->Show(++objects, std::string(path.substr(path.rfind('\\') + 1)).c_str());
+    line->ShowPath(++objects, path);
     return true;
 }
 

@@ -108,16 +108,21 @@ const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor) {
     return descriptor.daclState == nt::DaclState::kList ? descriptor.dacl : kNothing;
 }
 
+std::optional<nt::SecurityDescriptor> DescriptorOf(const ReadParts& parts) {
+    if (!parts.descriptor) return std::nullopt;
+    const auto* bytes = static_cast<const std::uint8_t*>(parts.descriptor.get());
+    return nt::SecurityDescriptor::FromBytes(
+        std::span(bytes, GetSecurityDescriptorLength(parts.descriptor.get())));
+}
+
 DWORD ReadDescriptor(const HeldObject& object, SECURITY_INFORMATION needed,
                      nt::SecurityDescriptor& descriptor) {
     ReadParts read;
     DWORD error = object.ReadSecurity(kDescriptorParts, read);
     if (error != ERROR_SUCCESS && (needed & SACL_SECURITY_INFORMATION) == 0)
-        error = object.ReadSecurity(kDescriptorParts & ~DWORD{SACL_SECURITY_INFORMATION}, read);
+        error = object.ReadSecurity(kUsualParts, read);
     if (error != ERROR_SUCCESS) return error;
-    const auto* bytes = static_cast<const std::uint8_t*>(read.descriptor.get());
-    auto value = nt::SecurityDescriptor::FromBytes(
-        std::span(bytes, GetSecurityDescriptorLength(read.descriptor.get())));
+    auto value = DescriptorOf(read);
     if (!value) return ERROR_INVALID_SECURITY_DESCR;
     descriptor = std::move(*value);
     return ERROR_SUCCESS;

@@ -52,9 +52,14 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& above, nt:
 // A folder hands down entries of its list. A folder that lets everyone do everything has no list.
 const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor);
 
-inline constexpr SECURITY_INFORMATION kDescriptorParts =
-    OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION |
-    SACL_SECURITY_INFORMATION;
+// What everyone may read who may read the object's list.
+inline constexpr SECURITY_INFORMATION kUsualParts =
+    OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+inline constexpr SECURITY_INFORMATION kDescriptorParts = kUsualParts | SACL_SECURITY_INFORMATION;
+
+// The parts that were read, as a value. Nothing when there are none, or no valid ones.
+std::optional<nt::SecurityDescriptor> DescriptorOf(const ReadParts& parts);
+
 // The whole descriptor of an object; without the system's list where only a privilege would let us read it,
 // and it is none of the `needed` parts. ERROR_INVALID_SECURITY_DESCR for a damaged one.
 DWORD ReadDescriptor(const HeldObject& object, SECURITY_INFORMATION needed,

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/nt/ace_bits.h"
+#include "platform/security_change.h"
 #include "platform/system_message.h"
 #include "report/visible_text.h"
 #include "saved/base64.h"
@@ -164,9 +165,7 @@ Json ListJson(const ReportList& list) {
         entries.push_back(EntryJson(row, list.entries[row.entryIndex]));
     std::string bytes;
     AppendBase64(list.bytes, bytes);
-    constexpr std::uint32_t kParts =
-        OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
-    const std::optional<std::string> sddl = ExactSddl(list.bytes, kParts);
+    const std::optional<std::string> sddl = ExactSddl(list.bytes, kUsualParts);
     return {{"owner", list.owner},
             {"ownerSid", descriptor.owner ? Json(descriptor.owner->ToText()) : Json()},
             {"inherits", !descriptor.IsDaclProtected()},

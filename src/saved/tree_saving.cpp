@@ -1,10 +1,9 @@
 #include "saved/tree_saving.h"
 
+#include "platform/security_change.h"
+
 namespace permora {
 namespace {
-
-constexpr SECURITY_INFORMATION kUsualParts =
-    OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 
 // Whether the writer has refused one object and can go on with the next.
 bool IsAboutObject(DWORD error) {
@@ -50,7 +49,7 @@ class Saving : public TreeVisitor {
 
 SECURITY_INFORMATION ReadableParts(const HeldObject& top) {
     ReadParts parts;
-    const SECURITY_INFORMATION all = kUsualParts | SACL_SECURITY_INFORMATION;
+    const SECURITY_INFORMATION all = kDescriptorParts;
     const bool isRefused = top.ReadSecurity(all, parts) != ERROR_SUCCESS &&
                            top.ReadSecurity(kUsualParts, parts) == ERROR_SUCCESS;
     return isRefused ? kUsualParts : all;

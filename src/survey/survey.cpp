@@ -6,13 +6,11 @@
 #include <utility>
 
 #include "platform/api/security.h"
+#include "platform/security_change.h"
 #include "saved/tree_source.h"
 
 namespace permora {
 namespace {
-
-constexpr SECURITY_INFORMATION kParts =
-    OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 
 std::size_t HashOf(std::span<const std::uint8_t> bytes) {
     return std::hash<std::string_view>()({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
@@ -155,7 +153,7 @@ const JudgedSecurity& Survey::Judge(const DistinctSecurity& own, const DistinctS
 // Null where there is none, or nothing is known of it.
 const DistinctSecurity* Survey::FolderOf(const HeldObject& top) {
     ReadParts above;
-    if (top.ReadAbove(kParts, above) != ERROR_SUCCESS || !above.descriptor) return nullptr;
+    if (top.ReadAbove(kUsualParts, above) != ERROR_SUCCESS || !above.descriptor) return nullptr;
     const std::span bytes(static_cast<const std::uint8_t*>(above.descriptor.get()),
                           GetSecurityDescriptorLength(above.descriptor.get()));
     return nt::SecurityDescriptor::FromBytes(bytes) ? &Intern(bytes, true) : nullptr;
@@ -163,7 +161,7 @@ const DistinctSecurity* Survey::FolderOf(const HeldObject& top) {
 
 DWORD Survey::Walk(const HeldObject& top, SurveyObserver& observer) {
     SurveyWalk walk(*this, observer, tops++, FolderOf(top));
-    const DWORD error = ReadTree(top, kParts, walk);
+    const DWORD error = ReadTree(top, kUsualParts, walk);
     walk.HandOutPending();
     return error;
 }

@@ -13,10 +13,6 @@
 namespace permora {
 namespace {
 
-// What an object may be asked for by everyone who may read its list.
-constexpr SECURITY_INFORMATION kParts =
-    OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
-
 bool DifferIn(SECURITY_INFORMATION part, nt::SecurityDescriptor one, nt::SecurityDescriptor other) {
     ReduceToParts(one, part);
     ReduceToParts(other, part);
@@ -28,8 +24,8 @@ bool DifferIn(SECURITY_INFORMATION part, nt::SecurityDescriptor one, nt::Securit
 DWORD ReadDescriptor(HANDLE object, nt::SecurityDescriptor& descriptor) {
     std::vector<std::uint8_t> bytes(512);
     DWORD size = 0;
-    while (GetKernelObjectSecurity(object, kParts, bytes.data(), static_cast<DWORD>(bytes.size()), &size) ==
-           FALSE) {
+    while (GetKernelObjectSecurity(object, kUsualParts, bytes.data(), static_cast<DWORD>(bytes.size()),
+                                   &size) == FALSE) {
         if (GetLastError() != ERROR_INSUFFICIENT_BUFFER || size <= bytes.size()) return GetLastError();
         bytes.resize(size);
     }
