@@ -13,6 +13,7 @@
 #include "platform/resources.h"
 #include "platform/windows/code_page.h"
 #include "platform/windows/domain.h"
+#include "platform/windows/network_listing.h"
 
 namespace permora {
 namespace {
@@ -68,22 +69,17 @@ class ServerSearch {
 
     // Their SIDs are not below the server's alone (BUILTIN has its own), so each is asked for by its name.
     DWORD AddLocalGroups() {
-        DWORD_PTR resume = 0;
-        NET_API_STATUS error = ERROR_MORE_DATA;
-        while (error == ERROR_MORE_DATA) {
-            if (isStopped) return ERROR_OPERATION_ABORTED;
-            LOCALGROUP_INFO_1* block = nullptr;
-            DWORD count = 0;
-            DWORD total = 0;
-            error = NetLocalGroupEnum(server.Name(), 1, reinterpret_cast<LPBYTE*>(&block),
-                                      MAX_PREFERRED_LENGTH, &count, &total, &resume);
-            const UniqueNetworkBuffer<LOCALGROUP_INFO_1> buffer(block);
-            if (error != NERR_Success && error != ERROR_MORE_DATA) return error;
-            for (const LOCALGROUP_INFO_1& group : std::span(block, block != nullptr ? count : 0))
-                AddLocalGroup(group);
-            rows.HandOut();
-        }
-        return ERROR_SUCCESS;
+        return TakeListed<LOCALGROUP_INFO_1>(
+            [&](LPBYTE* block, DWORD* count, DWORD* total, DWORD_PTR* resume) {
+                return NetLocalGroupEnum(server.Name(), 1, block, MAX_PREFERRED_LENGTH, count, total, resume);
+            },
+            [&](std::span<const LOCALGROUP_INFO_1> groups) -> DWORD {
+                if (isStopped) return ERROR_OPERATION_ABORTED;
+                for (const LOCALGROUP_INFO_1& group : groups)
+                    AddLocalGroup(group);
+                rows.HandOut();
+                return ERROR_SUCCESS;
+            });
     }
 
   private:

@@ -17,6 +17,7 @@
 #include "platform/raw_security.h"
 #include "platform/resources.h"
 #include "platform/windows/domain.h"
+#include "platform/windows/network_listing.h"
 
 namespace permora {
 namespace {
@@ -43,20 +44,16 @@ void AddNew(const std::optional<nt::Sid>& sid, std::vector<nt::Sid>& sids) {
 }
 
 DWORD AddLocalMembers(const GroupName& group, std::vector<nt::Sid>& sids) {
-    DWORD_PTR resume = 0;
-    NET_API_STATUS error = ERROR_MORE_DATA;
-    while (error == ERROR_MORE_DATA) {
-        LOCALGROUP_MEMBERS_INFO_0* block = nullptr;
-        DWORD count = 0;
-        DWORD total = 0;
-        error = NetLocalGroupGetMembers(nullptr, group.name.data(), 0, reinterpret_cast<LPBYTE*>(&block),
-                                        MAX_PREFERRED_LENGTH, &count, &total, &resume);
-        const UniqueNetworkBuffer<LOCALGROUP_MEMBERS_INFO_0> buffer(block);
-        if (error != NERR_Success && error != ERROR_MORE_DATA) return error;
-        for (const LOCALGROUP_MEMBERS_INFO_0& member : std::span(block, block != nullptr ? count : 0))
-            AddNew(SidOf(member.lgrmi0_sid), sids);
-    }
-    return ERROR_SUCCESS;
+    return TakeListed<LOCALGROUP_MEMBERS_INFO_0>(
+        [&](LPBYTE* block, DWORD* count, DWORD* total, DWORD_PTR* resume) {
+            return NetLocalGroupGetMembers(nullptr, group.name.data(), 0, block, MAX_PREFERRED_LENGTH, count,
+                                           total, resume);
+        },
+        [&](std::span<const LOCALGROUP_MEMBERS_INFO_0> members) -> DWORD {
+            for (const LOCALGROUP_MEMBERS_INFO_0& member : members)
+                AddNew(SidOf(member.lgrmi0_sid), sids);
+            return ERROR_SUCCESS;
+        });
 }
 
 // The controller that knows the domain's groups; none for this machine's own.
@@ -91,24 +88,20 @@ DWORD AddDomainMembers(const GroupName& group, std::vector<nt::Sid>& sids) {
     std::wstring controller;
     if (const DWORD error = FindController(group, controller); error != ERROR_SUCCESS) return error;
     LPCWSTR const server = controller.empty() ? nullptr : controller.c_str();
-    DWORD_PTR resume = 0;
-    NET_API_STATUS error = ERROR_MORE_DATA;
-    while (error == ERROR_MORE_DATA) {
-        GROUP_USERS_INFO_0* block = nullptr;
-        DWORD count = 0;
-        DWORD total = 0;
-        error = NetGroupGetUsers(server, group.name.data(), 0, reinterpret_cast<LPBYTE*>(&block),
-                                 MAX_PREFERRED_LENGTH, &count, &total, &resume);
-        const UniqueNetworkBuffer<GROUP_USERS_INFO_0> buffer(block);
-        if (error != NERR_Success && error != ERROR_MORE_DATA) return error;
-        for (const GROUP_USERS_INFO_0& member : std::span(block, block != nullptr ? count : 0)) {
-            const std::optional<nt::Sid> sid = SidOfMember(server, group, member.grui0_name);
-            // Without it the list would be incomplete.
-            if (!sid) return GetLastError();
-            AddNew(sid, sids);
-        }
-    }
-    return ERROR_SUCCESS;
+    return TakeListed<GROUP_USERS_INFO_0>(
+        [&](LPBYTE* block, DWORD* count, DWORD* total, DWORD_PTR* resume) {
+            return NetGroupGetUsers(server, group.name.data(), 0, block, MAX_PREFERRED_LENGTH, count, total,
+                                    resume);
+        },
+        [&](std::span<const GROUP_USERS_INFO_0> members) -> DWORD {
+            for (const GROUP_USERS_INFO_0& member : members) {
+                const std::optional<nt::Sid> sid = SidOfMember(server, group, member.grui0_name);
+                // Without it the list would be incomplete.
+                if (!sid) return GetLastError();
+                AddNew(sid, sids);
+            }
+            return ERROR_SUCCESS;
+        });
 }
 
 }  // namespace
