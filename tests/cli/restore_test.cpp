@@ -10,7 +10,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <random>
 #include <sstream>
 #include <thread>
@@ -21,6 +20,7 @@
 #include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/tree_state.h"
 
 namespace permora::test {
 namespace {
@@ -38,26 +38,6 @@ std::string TextOf(const std::string& path) {
     std::stringstream text;
     text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
-}
-
-// All that is kept of the objects of a tree, as the kernel tells it.
-std::map<std::string, std::string> StateOf(const std::string& root) {
-    std::map<std::string, std::string> state;
-    const auto note = [&state](const std::string& path) {
-        struct stat status {};
-        EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
-        std::string text = std::to_string(status.st_uid);
-        for (const char* name : {"security.NTACL", "user.permora.sd", "system.ntfs_acl"}) {
-            std::string value(65536, '\0');
-            const ssize_t size = lgetxattr(path.c_str(), name, value.data(), value.size());
-            if (size >= 0) text += std::string(" ") + name + value.substr(0, static_cast<std::size_t>(size));
-        }
-        state[path] = text;
-    };
-    note(root);
-    for (const auto& entry : fs::recursive_directory_iterator(root))
-        note(entry.path().string());
-    return state;
 }
 
 // Takes back the last change of the history that the program has written.
@@ -303,21 +283,21 @@ TEST_F(RestoreCommandTest, AKilledRestoreIsUndoneWhole) {
         Save();
         Spoil();
         ASSERT_EQ(RunCli({"owner", top, "--set", "S-1-22-1-9", "--tree"}).exitCode, 0);
-        const auto spoilt = StateOf(top);
+        const auto spoilt = StateOfTree(top);
         const double readOnly = SecondsOf({"restore", saved, "--dry-run"});
         const double whole = SecondsOf({"restore", saved, "--yes"});
-        const auto restored = StateOf(top);
+        const auto restored = StateOfTree(top);
         UndoLast();
-        ASSERT_TRUE(StateOf(top) == spoilt);
+        ASSERT_TRUE(StateOfTree(top) == spoilt);
         for (int round = 0; round < 15; ++round) {
             const double part = static_cast<double>(random() % 100) / 100;
             const double after = readOnly / 2 + (whole - readOnly / 2) * part;
             KillAfter(after);
-            const auto state = StateOf(top);
+            const auto state = StateOfTree(top);
             if (state == spoilt) continue;
             if (state != restored) ++cutOff;
             UndoLast();
-            ASSERT_TRUE(StateOf(top) == spoilt) << "killed after " << after << " seconds";
+            ASSERT_TRUE(StateOfTree(top) == spoilt) << "killed after " << after << " seconds";
         }
     }
     EXPECT_GT(cutOff, 0) << "none was killed in the middle";
