@@ -1,17 +1,8 @@
 #include "changes/descriptor_edit.h"
 
-#include <algorithm>
-#include <array>
-
 #include "platform/nt/ace_bits.h"
 
 namespace permora {
-namespace {
-
-// Allow, its compound, object, callback and callback object forms: [MS-DTYP] 2.4.4.1.
-constexpr std::array<std::uint8_t, 5> kAllowTypes = {nt::kAccessAllowedType, 0x04, 0x05, 0x09, 0x0B};
-
-}  // namespace
 
 bool LetsNobodyIn(const nt::SecurityDescriptor& descriptor) {
     static const nt::Sid kEveryone(1, {0});
@@ -21,8 +12,7 @@ bool LetsNobodyIn(const nt::SecurityDescriptor& descriptor) {
         if ((entry.flags & nt::kInheritOnly) != 0) continue;
         if (entry.type == nt::kAccessDeniedType && entry.sid == kEveryone)
             denied |= entry.mask;
-        else if (std::ranges::find(kAllowTypes, entry.type) != kAllowTypes.end() &&
-                 (entry.mask & ~denied) != 0)
+        else if (nt::IsAllowType(entry.type) && (entry.mask & ~denied) != 0)
             return false;
     }
     return true;

@@ -120,7 +120,4 @@ std::uint32_t RightsIn(const nt::SecurityDescriptor& descriptor, std::span<const
 // What a list hands down, for people: "3 entries to folders, 2 to files", "nothing".
 std::string HandsDownText(const nt::SecurityDescriptor& descriptor);
 
-inline constexpr std::uint32_t kReadingRights = FILE_READ_DATA;
-inline constexpr std::uint32_t kWritingRights = FILE_WRITE_DATA | FILE_APPEND_DATA;
-
 }  // namespace permora

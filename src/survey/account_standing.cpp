@@ -68,6 +68,11 @@ bool IsPossibleAccount(const nt::Sid& sid) {
     }
 }
 
+bool IsPlaceholder(const nt::Sid& sid) {
+    constexpr std::uint64_t kCreatorAuthority = 3;
+    return sid.Authority() == kCreatorAuthority;
+}
+
 std::size_t SurveyedAccounts::Hash::operator()(const nt::Sid& sid) const {
     const auto bytes = sid.Bytes();
     return std::hash<std::string_view>()({reinterpret_cast<const char*>(bytes.data()), bytes.size()});

@@ -26,6 +26,9 @@ std::optional<Remark> RemarkOf(AccountStanding standing);
 // domains have as many parts as an account needs.
 bool IsPossibleAccount(const nt::Sid& sid);
 
+// Whether it stands for the creators or owners of objects, and for nobody in particular.
+bool IsPlaceholder(const nt::Sid& sid);
+
 // Each SID is asked for once. A domain that has kept one question waiting for its whole time is not waited
 // for again, so a tree with accounts of a domain that is away costs one wait and not one for each. One thread
 // at a time.

@@ -1,28 +1,10 @@
 #include "survey/entry_search.h"
 
-#include <algorithm>
-#include <array>
-
 #include "platform/nt/ace_bits.h"
 #include "platform/nt/inheritance.h"
 #include "platform/nt/security_descriptor.h"
 
 namespace permora {
-namespace {
-
-// [MS-DTYP] 2.4.4.1: plain, about classes of objects, with conditions, and both.
-constexpr std::array<std::uint8_t, 4> kAllowTypes = {0x00, 0x05, 0x09, 0x0B};
-constexpr std::array<std::uint8_t, 4> kDenyTypes = {0x01, 0x06, 0x0A, 0x0C};
-
-}  // namespace
-
-bool IsDenyType(std::uint8_t aceType) {
-    return std::ranges::find(kDenyTypes, aceType) != kDenyTypes.end();
-}
-
-bool IsAllowType(std::uint8_t aceType) {
-    return std::ranges::find(kAllowTypes, aceType) != kAllowTypes.end();
-}
 
 bool EntrySearch::FitsAccount(const nt::Sid& sid) {
     if (criteria.account) return sid == *criteria.account;
@@ -34,8 +16,8 @@ bool EntrySearch::FitsAccount(const nt::Sid& sid) {
 
 bool EntrySearch::FitsEntry(const nt::Ace& entry) {
     const bool isInherited = (entry.flags & nt::kInherited) != 0;
-    if (criteria.effect == EntryEffect::kAllow && !IsAllowType(entry.type)) return false;
-    if (criteria.effect == EntryEffect::kDeny && !IsDenyType(entry.type)) return false;
+    if (criteria.effect == EntryEffect::kAllow && !nt::IsAllowType(entry.type)) return false;
+    if (criteria.effect == EntryEffect::kDeny && !nt::IsDenyType(entry.type)) return false;
     if (criteria.origin == EntryOrigin::kExplicit && isInherited) return false;
     if (criteria.origin == EntryOrigin::kInherited && !isInherited) return false;
     if ((nt::MapGenericRights(entry.mask) & criteria.rights) != criteria.rights) return false;

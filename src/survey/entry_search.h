@@ -64,9 +64,4 @@ class EntrySearch {
     bool hasMetUnasked = false;
 };
 
-// Whether an entry of this type denies, or allows, to whoever it names: also the types with conditions and
-// those about certain classes of objects.
-bool IsDenyType(std::uint8_t aceType);
-bool IsAllowType(std::uint8_t aceType);
-
 }  // namespace permora

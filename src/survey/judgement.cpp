@@ -9,7 +9,6 @@
 #include "platform/nt/inheritance.h"
 #include "platform/security_change.h"
 #include "security/access_entry_list.h"
-#include "survey/entry_search.h"
 #include "survey/handed_down.h"
 
 namespace permora {
@@ -26,12 +25,6 @@ bool StandsForAll(const Sid& sid) {
     static const Sid kAuthenticatedUsers(5, {11});
     static const Sid kUsers(5, {32, 545});
     return sid == kEveryone || sid == kAuthenticatedUsers || sid == kUsers;
-}
-
-// Placeholders name nobody in particular.
-bool IsPlaceholder(const Sid& sid) {
-    constexpr std::uint64_t kCreatorAuthority = 3;
-    return sid.Authority() == kCreatorAuthority;
 }
 
 bool NamesIn(const SecurityDescriptor& descriptor, const Sid& sid) {
@@ -111,7 +104,7 @@ class Judging {
         const bool isOwn = IsOwn(entry);
         if (isOwn && isStored && (entry.flags & nt::kInherited) == 0) {
             remarks.Add(Remark::kOwnEntries);
-            if (IsDenyType(entry.type)) remarks.Add(Remark::kDenial);
+            if (nt::IsDenyType(entry.type)) remarks.Add(Remark::kDenial);
         }
         if (!entry.sid) return;
         const bool isLookedAt = isOwn || place == SurveyPlace::kTop;

@@ -4,14 +4,13 @@
 
 #include "platform/nt/ace_bits.h"
 #include "platform/security_change.h"
-#include "survey/entry_search.h"
 
 namespace permora {
 
 nt::Acl InUsualOrder(nt::Acl list) {
     const auto groupOf = [](const nt::Ace& entry) {
         if ((entry.flags & nt::kInherited) != 0) return 2;
-        return IsDenyType(entry.type) ? 0 : 1;
+        return nt::IsDenyType(entry.type) ? 0 : 1;
     };
     std::ranges::stable_sort(list.entries, {}, groupOf);
     return list;

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "platform/api/errors.h"
+#include "platform/api/security.h"
 #include "platform/held_object.h"
 #include "platform/tree_reading.h"
 #include "survey/account_standing.h"
@@ -45,6 +46,10 @@ class SurveyObserver {
     virtual void Take(const SurveyRow& row) = 0;
 };
 
+// Who has one of these can read, or write, what is in an object.
+inline constexpr std::uint32_t kReadingRights = FILE_READ_DATA;
+inline constexpr std::uint32_t kWritingRights = FILE_WRITE_DATA | FILE_APPEND_DATA;
+
 // What an account has in the trees of a survey.
 struct AccountSummary {
     nt::Sid sid;
@@ -55,8 +60,7 @@ struct AccountSummary {
     DWORD groupsError = ERROR_SUCCESS;
     std::vector<nt::Sid> groups;  // the account first, then what stands for it in lists; with 0 alone
     GroupsOrigin origin = GroupsOrigin::kThisMachine;
-    // Objects that the lists let it read (FILE_READ_DATA) and write (FILE_WRITE_DATA or FILE_APPEND_DATA),
-    // by itself or by a group.
+    // Objects that the lists let it read and write, by itself or by a group.
     std::size_t readable = 0;
     std::size_t writable = 0;
 };

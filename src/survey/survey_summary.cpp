@@ -3,7 +3,6 @@
 #include <string>
 #include <unordered_map>
 
-#include "platform/api/security.h"
 #include "platform/nt/granted_rights.h"
 #include "survey/survey.h"
 
@@ -13,9 +12,6 @@ namespace {
 using nt::DaclState;
 using nt::SecurityDescriptor;
 using nt::Sid;
-
-constexpr std::uint32_t kReading = FILE_READ_DATA;
-constexpr std::uint32_t kWriting = FILE_WRITE_DATA | FILE_APPEND_DATA;
 
 std::string KeyOf(const Sid& sid) {
     const auto bytes = sid.Bytes();
@@ -59,10 +55,9 @@ class Summing {
         return true;
     }
 
-    // Null for the placeholders of creators and owners, which nobody is.
+    // Null for a placeholder.
     AccountSummary* Find(const Sid& sid) {
-        constexpr std::uint64_t kCreatorAuthority = 3;
-        if (sid.Authority() == kCreatorAuthority) return nullptr;
+        if (IsPlaceholder(sid)) return nullptr;
         const auto [place, isNew] = places.emplace(KeyOf(sid), summaries.size());
         if (isNew) {
             summaries.push_back({.sid = sid, .account = accounts.Find(sid), .groups = {}});
@@ -107,9 +102,9 @@ class Summing {
             if (!holders[i].isKnown) continue;
             const std::uint32_t rights = descriptor.daclState == DaclState::kList
                                              ? nt::GrantedRights(descriptor.dacl, holders[i].sids)
-                                             : kReading | kWriting;
-            if ((rights & kReading) != 0) summaries[i].readable += count;
-            if ((rights & kWriting) != 0) summaries[i].writable += count;
+                                             : kReadingRights | kWritingRights;
+            if ((rights & kReadingRights) != 0) summaries[i].readable += count;
+            if ((rights & kWritingRights) != 0) summaries[i].writable += count;
         }
     }
 

@@ -29,4 +29,13 @@ inline constexpr std::uint8_t kAccessDeniedType   = 0x01;
 inline constexpr std::uint8_t kMandatoryLabelType = 0x11;
 // clang-format on
 
+// Whether an entry of this type allows, or denies, to whoever it names: plain ones, those about certain
+// classes of objects, those with conditions, and both.
+constexpr bool IsAllowType(std::uint8_t type) {
+    return type == kAccessAllowedType || type == 0x05 || type == 0x09 || type == 0x0B;
+}
+constexpr bool IsDenyType(std::uint8_t type) {
+    return type == kAccessDeniedType || type == 0x06 || type == 0x0A || type == 0x0C;
+}
+
 }  // namespace permora::nt
