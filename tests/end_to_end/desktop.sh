@@ -31,7 +31,9 @@ StartDesktop() {
     export QT_LOGGING_RULES="qt.qpa.theme.dbus=false"
     unset WAYLAND_DISPLAY XDG_DATA_HOME XDG_CURRENT_DESKTOP QT_STYLE_OVERRIDE
     [ "$colours" = light ] || UseDarkColours
-    Xvfb -displayfd 5 -screen 0 1280x900x24 -nolisten tcp 5>"$home/display" >"$home/xvfb.log" 2>&1 &
+    # Without -noreset the server starts anew when its last client leaves, and drops whoever is just connecting: the
+    # window manager, if one of the programs that wait for it came and went before it.
+    Xvfb -displayfd 5 -screen 0 1280x900x24 -nolisten tcp -noreset 5>"$home/display" >"$home/xvfb.log" 2>&1 &
     desktopPids=($!)
     WaitUntil "the X server" test -s "$home/display"
     DISPLAY=:$(cat "$home/display")
