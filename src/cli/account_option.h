@@ -8,10 +8,6 @@
 
 namespace permora {
 
-// Finds the account that someone has typed: a name, DOMAIN\name or the text of a SID, which need not be known
-// here. Returns what is wrong with it, or an empty text; `account` is untouched then.
-std::string FindTypedAccount(const std::string& text, AccountRecord& account);
-
 class AccountOption final : public TextOption {
   public:
     // --account, which must be given.

@@ -6,8 +6,8 @@
 #include <fstream>
 #include <utility>
 
-#include "cli/account_option.h"
 #include "cli/argument_shield.h"
+#include "security/account_lookup.h"
 #include "security/account_record.h"
 
 namespace permora {

@@ -17,9 +17,9 @@
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
 #include "report/report_json.h"
+#include "report/report_making.h"
 #include "report/report_page.h"
 #include "report/report_table.h"
-#include "security/effective_rights.h"
 
 namespace permora {
 namespace {
@@ -126,8 +126,6 @@ class ReportCommand : public ObjectCommand {
     bool Do(const Target& target) override;
     bool End() override;
     ExitCode Compare(const std::vector<Target>& targets);
-    bool MakeReport();
-    bool FindGroups(ReportSelection& selection);
     bool WriteForm(const Report& report);
 
     JsonFlag json{*this, JsonShape::kObjects};
@@ -149,13 +147,12 @@ class ReportCommand : public ObjectCommand {
                  "who has lost access. Ends with 1 when anybody has"};
     QuietFlag quiet{*this};
 
-    Survey survey;
-    SurveyRows rows;
-    std::vector<ReportTop> tops;
-    std::string time;
+    std::optional<ReportMaking> making;
     std::unique_ptr<TextTarget> text;
     std::optional<ReportProgress> progress;
+    bool isAnyFound = false;
     bool isTargetMissing = false;
+    bool areGroupsKnown = true;
     bool isCompared = false;
     bool areAlike = false;
 };
@@ -178,9 +175,16 @@ ExitCode ReportCommand::Begin(const std::vector<Target>& targets) {
         text = TextTarget::Open(html.Text().value_or(kStandardOutput), messages);
         if (!text) return ExitCode::kUsage;
     }
-    time = UtcTimeText();
+    making.emplace(ReportRequest{depth.depth, only.remarks, account.Account(),
+                                 members ? ReportMembers::kFound : ReportMembers::kLeftOut});
+    const std::string problem = making->Begin();
+    areGroupsKnown = problem.empty();
+    if (!areGroupsKnown) {
+        messages.SetSubject("");
+        messages.Say(problem);
+    }
     isTargetMissing = targets.size() != ObjectCount();
-    progress.emplace(quiet ? Progress::kQuiet : Progress::kShown, rows, messages);
+    progress.emplace(quiet ? Progress::kQuiet : Progress::kShown, making->Rows(), messages);
     return ExitCode::kDone;
 }
 
@@ -200,66 +204,21 @@ bool ReportCommand::Do(const Target& target) {
         isTargetMissing = true;
         return false;
     }
-    tops.push_back({target.argument, target.folder + target.name});
+    isAnyFound = true;
     progress->SetTarget(target);
-    return survey.Walk(top, *progress) == ERROR_SUCCESS;
+    return making->Walk({target.argument, target.folder + target.name}, top, *progress) == ERROR_SUCCESS;
 }
 
 bool ReportCommand::End() {
     if (isCompared) return areAlike;
     if (!progress) return false;
     progress->End();
-    if (!IsInterrupted() && !tops.empty() && MakeReport() && !IsInterrupted())
-        return !isTargetMissing && !progress->IsAnythingMissing();
+    if (isTargetMissing) making->MissTop();
+    if (!IsInterrupted() && isAnyFound && making->Finish(IsInterrupted()) == ERROR_SUCCESS &&
+        WriteForm(making->Result()) && !IsInterrupted())
+        return areGroupsKnown && !isTargetMissing && !progress->IsAnythingMissing();
     if (IsInterrupted()) SayInterrupted(messages, "the report is not complete");
     return false;
-}
-
-bool ReportCommand::FindGroups(ReportSelection& selection) {
-    if (!account.IsGiven()) return true;
-    const nt::Sid sid = *account.Account().sid;
-    AccountGroups groups;
-    const DWORD error = FindAccountGroups(sid, GroupsRequest::kUsual, groups);
-    if (error != ERROR_SUCCESS) {
-        messages.SetSubject("");
-        messages.Say(NoRightsText(error, GroupsRequest::kUsual, account.Account()) +
-                     "; only what it owns or is named in is listed");
-        groups.sids = {sid};
-    }
-    selection.account = std::move(groups);
-    return error == ERROR_SUCCESS;
-}
-
-// Looks for the members before the figures are made, which then count them as well.
-bool ReportCommand::MakeReport() {
-    GroupDirectory directory;
-    std::vector<std::pair<nt::Sid, GroupPeople>> groups;
-    const auto findPeople = [&](std::span<const AccountSummary> found) {
-        std::vector<nt::Sid> people;
-        for (const AccountSummary& each : found) {
-            const SID_NAME_USE use = each.account.name.use;
-            if (use != SidTypeGroup && use != SidTypeAlias && use != SidTypeWellKnownGroup) continue;
-            GroupPeople inGroup = directory.PeopleOf(each.sid);
-            for (const GroupPerson& person : inGroup.people)
-                people.push_back(person.sid);
-            groups.emplace_back(each.sid, std::move(inGroup));
-        }
-        return people;
-    };
-    SurveySummary summary;
-    const DWORD error = members ? survey.Summarise(IsInterrupted(), summary, findPeople)
-                                : survey.Summarise(IsInterrupted(), summary);
-    if (error != ERROR_SUCCESS) return false;
-    Report report(survey, rows, summary);
-    report.tops = tops;
-    report.time = time;
-    for (auto& [group, people] : groups)
-        if (const auto place = report.PlaceOf(group)) report.accounts[*place].people = std::move(people);
-    ReportSelection selection{.depth = depth.depth, .only = only.remarks, .account = std::nullopt};
-    const bool areGroupsKnown = FindGroups(selection);
-    if (!selection.IsAll() || isTargetMissing) report.extent = ReportExtent::kPart;
-    report.Select(selection);
-    return WriteForm(report) && areGroupsKnown;
 }
 
 bool ReportCommand::WriteForm(const Report& report) {

@@ -16,6 +16,7 @@
 #include "platform/api/files.h"
 #include "platform/terminal.h"
 #include "saved/tree_saving.h"
+#include "saved/utc_time.h"
 
 namespace permora {
 namespace {

@@ -1,8 +1,6 @@
 #include "cli/text_target.h"
 
-#include <array>
 #include <cstdio>
-#include <ctime>
 
 #include "cli/interrupts.h"
 #include "cli/terminal_output.h"
@@ -36,14 +34,6 @@ DWORD TextTarget::Write(std::string_view bytes) {
 DWORD TextTarget::Complete() {
     if (!isPrinted) return file.Complete();
     return IsAllPrinted() ? DWORD{ERROR_SUCCESS} : DWORD{ERROR_IO_DEVICE};
-}
-
-std::string UtcTimeText() {
-    const std::time_t now = std::time(nullptr);
-    std::array<char, 32> text{};
-    const std::tm* const parts = std::gmtime(&now);
-    if (parts != nullptr) std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", parts);
-    return text.data();
 }
 
 }  // namespace permora

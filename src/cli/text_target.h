@@ -34,7 +34,4 @@ class TextTarget : public SavedOutput {
     FileReplacement file;
 };
 
-// The time as it stands in such texts: "2026-11-26T08:02:11Z".
-std::string UtcTimeText();
-
 }  // namespace permora

@@ -56,30 +56,37 @@ Report::Report(Survey& surveyed, const SurveyRows& rows, const SurveySummary& su
     }
 }
 
-std::string Report::NameOf(const nt::Sid& sid) const {
+std::string ShownAccountName(Survey& survey, const nt::Sid& sid) {
     const SurveyedAccounts::Account& account = survey.Accounts().Find(sid);
     const bool isKnown = account.standing == AccountStanding::kKnown && !account.name.name.empty();
     return isKnown ? QualifiedAccountName(account.name.domain, account.name.name) : sid.ToText();
 }
 
-void Report::Select(const ReportSelection& selection) {
+bool RowChoice::Fits(const SurveyRow& row) {
+    if (!selection.only.IsEmpty() && !row.remarks.HasAnyOf(selection.only)) return false;
+    return !selection.account || ConcernsAccount(row);
+}
+
+bool RowChoice::IsDeepEnough(const SurveyRow& row) const {
+    return !selection.depth || LevelOf(row.path) <= *selection.depth;
+}
+
+bool RowChoice::ConcernsAccount(const SurveyRow& row) {
+    if (row.security == nullptr) return false;
+    const auto [place, isNew] = known.try_emplace(row.security->own);
+    if (isNew) place->second = Concerns(row.security->own->Descriptor(), selection.account->sids);
+    return place->second;
+}
+
+void Report::Select(RowChoice choice) {
     chosen.clear();
     lists.clear();
     listPlaces.clear();
     recentLists.clear();
-    std::unordered_map<const DistinctSecurity*, bool> known;  // many rows have few lists
-    const auto concernsAccount = [&](const SurveyRow& row) {
-        if (row.security == nullptr) return false;
-        const auto [place, isNew] = known.try_emplace(row.security->own);
-        if (isNew) place->second = Concerns(row.security->own->Descriptor(), selection.account->sids);
-        return place->second;
-    };
     std::string path;
     for (std::size_t i = 0; i < allRows.Count(); ++i) {
         const SurveyRow row = allRows.Row(i, path);
-        if (selection.depth && LevelOf(row.path) > *selection.depth) continue;
-        if (!selection.only.IsEmpty() && !row.remarks.HasAnyOf(selection.only)) continue;
-        if (selection.account && !concernsAccount(row)) continue;
+        if (!choice.IsDeepEnough(row) || !choice.Fits(row)) continue;
         chosen.push_back(i);
         if (row.security == nullptr) continue;
         const DistinctSecurity* const own = row.security->own;

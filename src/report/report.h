@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/nt/security_descriptor.h"
@@ -35,9 +36,28 @@ struct ReportSelection {
     bool IsAll() const { return !depth && !account && only.IsEmpty(); }
 };
 
-// Whether a report lists everything below its tops that differs, or was made with a selection or without a
-// top that was not found.
-enum class ReportExtent : std::uint8_t { kWhole, kPart };
+// Chooses rows. One thread at a time.
+class RowChoice {
+  public:
+    explicit RowChoice(ReportSelection chosen) : selection(std::move(chosen)) {}
+
+    // Whether it is what the report is about, however deep it is.
+    bool Fits(const SurveyRow& row);
+    bool IsDeepEnough(const SurveyRow& row) const;
+
+  private:
+    bool ConcernsAccount(const SurveyRow& row);
+
+    ReportSelection selection;
+    std::unordered_map<const DistinctSecurity*, bool> known;  // many rows have few lists
+};
+
+// Whether a report lists everything below its tops that differs.
+enum class ReportExtent : std::uint8_t {
+    kWhole,
+    kPart,     // it was made with a selection, or without a top that was not found
+    kStopped,  // the user has stopped it: what comes later is missing, and so is what accounts may do
+};
 
 // An account that a list or an owner names, or one that is in such a group.
 struct ReportAccount {
@@ -67,6 +87,10 @@ struct ReportList {
     std::string handsDown;           // what it gives to what is made in a folder that has it
 };
 
+// How an account is shown: its name, or the text of its SID. Waits for its domain when the survey has not
+// come to it.
+std::string ShownAccountName(Survey& survey, const nt::Sid& sid);
+
 // The report of one survey. One thread at a time.
 class Report {
   public:
@@ -81,7 +105,7 @@ class Report {
     const SurveySummary& Summary() const { return totals; }
 
     // Chooses the rows. How many are left out is `LeftOut`.
-    void Select(const ReportSelection& selection);
+    void Select(RowChoice choice);
     std::size_t RowCount() const { return chosen.size(); }
     std::size_t LeftOut() const { return allRows.Count() - chosen.size(); }
     ReportRow Row(std::size_t index) const;
@@ -93,8 +117,7 @@ class Report {
     std::size_t ListCount() const { return lists.size(); }
     std::shared_ptr<const ReportList> List(std::size_t index) const;
 
-    // How an account is shown: its name, or the text of its SID.
-    std::string NameOf(const nt::Sid& sid) const;
+    std::string NameOf(const nt::Sid& sid) const { return ShownAccountName(survey, sid); }
     // The place of an account in `accounts`.
     std::optional<std::size_t> PlaceOf(const nt::Sid& sid) const;
     // Which accounts have one of these rights by the list, by themselves or their groups; ascending. Those

@@ -202,6 +202,10 @@ class PageWriter {
     }
 
     void WriteLeftOut() {
+        if (report.extent == ReportExtent::kStopped)
+            Write(
+                "<p>This report was stopped before its end: what would have come behind the last object is "
+                "missing, and nothing was found out about what accounts may do.</p>\n");
         if (report.LeftOut() == 0) return;
         Write("<p class=\"quiet\">" + std::to_string(report.LeftOut()) +
               " more were found and not chosen for this report.</p>\n");

@@ -5,6 +5,8 @@
 
 #include "platform/accounts.h"
 #include "platform/api/errors.h"
+#include "platform/resources.h"
+#include "platform/system_message.h"
 
 namespace permora {
 
@@ -23,6 +25,27 @@ DWORD LookupAccountByName(LPCSTR name, AccountRecord& account) {
             return GetLastError();
     }
     return account.SetSid(sid.data()) ? ERROR_SUCCESS : ERROR_INVALID_SID;
+}
+
+namespace {
+
+// On failure `account` is untouched. Returns a system error code.
+DWORD FindAccount(const std::string& text, AccountRecord& account) {
+    // Not the two-letter abbreviations of SIDs, which could be names of users.
+    if (!text.starts_with("S-") && !text.starts_with("s-")) return LookupAccountByName(text.c_str(), account);
+    PSID found = nullptr;
+    if (ConvertStringSidToSidA(text.c_str(), &found) == FALSE) return GetLastError();
+    const UniqueLocal<void> sid(found);
+    return account.SetSid(sid.get()) ? ERROR_SUCCESS : ERROR_INVALID_SID;
+}
+
+}  // namespace
+
+std::string FindTypedAccount(const std::string& text, AccountRecord& account) {
+    const DWORD error = FindAccount(text, account);
+    if (error == ERROR_SUCCESS) return {};
+    const std::string reason = NotLookedUpText(error);
+    return text + ": " + (reason.empty() ? SystemMessageLine(error) : reason);
 }
 
 std::string OfflineText(const DomainState& state) {

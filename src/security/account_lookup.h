@@ -12,6 +12,10 @@ namespace permora {
 // MACHINE\name or name@domain. A system error code; `account` is untouched on failure.
 DWORD LookupAccountByName(LPCSTR name, AccountRecord& account);
 
+// Finds the account that someone has typed: a name as above or the text of a SID, which need not be known
+// here. Returns what is wrong with the text, or an empty one; `account` is untouched then.
+std::string FindTypedAccount(const std::string& text, AccountRecord& account);
+
 // Why a name could not be looked up, in half a sentence: several accounts have it, or the domain that knows
 // does not answer. Empty for other errors.
 std::string NotLookedUpText(DWORD error);

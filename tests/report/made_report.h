@@ -40,7 +40,7 @@ class MadeReport {
         report.emplace(survey, rows, summary);
         report->tops = {{top, "C:\\srv\\data"}};
         report->time = "2026-11-26T08:00:00Z";
-        report->Select({});
+        report->Select(RowChoice({}));
     }
 
     // Gives an account these groups; without any, they are not known.
@@ -54,7 +54,7 @@ class MadeReport {
         report.emplace(survey, rows, summary);
         report->tops = tops;
         report->time = "2026-11-26T08:00:00Z";
-        report->Select({});
+        report->Select(RowChoice({}));
     }
 
     Report& Get() { return *report; }

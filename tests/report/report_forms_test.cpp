@@ -85,7 +85,7 @@ TEST_F(ReportFormsTest, AFullDiskIsAnError) {
 TEST_F(ReportFormsTest, ASelectionLeavesOutWhatWasNotChosen) {
     Report& report = made.Get();
     const auto paths = [&](const ReportSelection& selection) {
-        report.Select(selection);
+        report.Select(RowChoice(selection));
         std::string text;
         for (std::size_t i = 0; i < report.RowCount(); ++i)
             text += report.Row(i).path + ';';
