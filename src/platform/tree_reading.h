@@ -116,7 +116,6 @@ class TreeFolder {
 
   private:
     friend class TreeBuffers;
-    struct FileKey;
     struct Inside;
     std::unique_ptr<Inside> inside;  // null: none
 };

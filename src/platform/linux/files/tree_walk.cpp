@@ -2,11 +2,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -16,8 +14,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
+#include "platform/linux/files/closed_folder.h"
 #include "platform/linux/files/linux_volume.h"
 #include "platform/linux/files/open_folder.h"
 #include "platform/linux/files/unmounted_entry.h"
@@ -231,9 +229,8 @@ class Descent {
     struct Level {
         std::shared_ptr<OpenFolder> open;
         FolderRef folder;
-        bool isShared = false;  // others may take names from it
-        dev_t device = 0;
-        ino_t inode = 0;
+        bool isShared = false;                 // others may take names from it
+        std::optional<ClosedFolder> way = {};  // to a closed one
         off_t position = 0;
     };
 
@@ -313,11 +310,9 @@ void Descent::Enter(ObjectHandle& object, std::unique_ptr<FolderNotes> notes) {
 void Descent::CloseHighLevel() {
     for (; nextToClose + 1 < levels.size(); ++nextToClose) {
         Level& level = levels[nextToClose];
-        struct stat status {};
-        if (!level.open || fstat(level.open->Descriptor(), &status) != 0 || !share.Withdraw(level.open))
-            continue;
-        level.device = status.st_dev;
-        level.inode = status.st_ino;
+        if (!level.open) continue;
+        level.way = ClosedFolder::Of(level.open->Descriptor(), share.areFilesOpened);
+        if (!level.way || !share.Withdraw(level.open)) continue;
         level.position = level.open->Position();
         level.open.reset();
         level.isShared = false;
@@ -329,12 +324,8 @@ void Descent::CloseHighLevel() {
 
 DWORD Descent::OpenAbove(int below, Level& level) {
     UniqueFd opened;
-    const int problem = OpenUnmountedEntry(below, "..", O_RDONLY | O_DIRECTORY, opened);
-    if (problem == ENOENT) return ERROR_FILE_INVALID;  // it was moved out of what can be reached
-    if (problem != 0) return ErrorFromErrno(problem);
-    struct stat status {};
-    if (fstat(opened.Get(), &status) != 0) return ErrorFromErrno(errno);
-    if (status.st_dev != level.device || status.st_ino != level.inode) return ERROR_FILE_INVALID;
+    const DWORD error = level.way->Open(below, O_RDONLY, opened);
+    if (error != ERROR_SUCCESS) return error;
     level.open = std::make_shared<OpenFolder>(level.folder, std::move(opened), level.position);
     return ERROR_SUCCESS;
 }

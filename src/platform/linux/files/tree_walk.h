@@ -70,10 +70,11 @@ class TreeVisitor {
 // all threads, like a million folders with one file. A walk that is stopped begins no more visits; visits
 // that have begun end.
 //
-// Each thread needs at most 64 open folders of 8 KiB. Higher ones are closed meanwhile and found again as the
-// parent of the folder below, by device and inode: one that was moved away is reported with
+// Each thread needs at most 64 open folders of 8 KiB. Higher ones are closed meanwhile and found again
+// (ClosedFolder): in a view without devices wherever they are by then, as if they had stayed open, and
+// elsewhere as the parent of the folder below, so that one that was moved away is reported with
 // ERROR_FILE_INVALID and not listed further. Each level of folders above the current ones has a record of
-// some 150 bytes and the notes; the number of objects costs no memory. Linux 5.6 or newer.
+// some 200 bytes and the notes; the number of objects costs no memory. Linux 5.6 or newer.
 void WalkTree(const ObjectHandle& folder, std::unique_ptr<FolderNotes> notes, TreeVisitor& visitor,
               std::optional<std::size_t> threads = std::nullopt);
 

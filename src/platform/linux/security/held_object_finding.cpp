@@ -122,9 +122,9 @@ DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
     }
     if (error != ERROR_SUCCESS) return error;
     if (!inside->storeKind) inside->storeKind = host::StoreKindOf(inside->target.object);
-    if (!inside->lockFile) inside->lockFile = host::OpenLockFile();
+    if (!inside->lockFiles) inside->lockFiles = std::make_shared<host::LockFiles>();
     held->storeKind = inside->storeKind;
-    held->lockFile = inside->lockFile;
+    held->lockFiles = inside->lockFiles;
     held->areFilesOpened = inside->areFilesOpened;
     object.inside = std::move(held);
     return ERROR_SUCCESS;

@@ -1,6 +1,7 @@
 // What is behind a HeldObject.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -17,7 +18,7 @@ struct HeldObject::Inside {
     host::ObjectTurn turn;
     // For objects that are held below this one (HoldBelow), and so lie on the same mount: asked once for all.
     std::optional<host::DescriptorStoreKind> storeKind;
-    host::LockFile lockFile;
+    std::shared_ptr<host::LockFiles> lockFiles;
     // HoldBelow begins here (ExpectManyBelow); empty: at the object itself.
     host::ObjectHandle withoutDevices;
     bool areFilesOpened = false;  // below the object, rather than only named

@@ -55,7 +55,7 @@ DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, Stored
 
 DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted) const {
     host::ObjectHandle& object = inside->target.object;
-    host::ObjectTurn turn = inside->lockFile ? host::ObjectTurn(inside->lockFile) : host::ObjectTurn();
+    host::ObjectTurn turn(inside->lockFiles);
     DescriptorStore store(inside->storeKind);
     nt::SecurityDescriptor present;
     std::optional<nt::SecurityDescriptor> then;

@@ -83,53 +83,85 @@ DWORD WaitForTurn(const UniqueFd& file, off_t place) {
     return ERROR_SUCCESS;
 }
 
-}  // namespace
+// The file itself, or that of folders with a number, in a folder beside it.
+UniqueFd OpenOwnFile(const std::string& path, std::size_t number) {
+    if (number == LockFiles::kForFolders) return OpenOwnFile(path);
+    const std::string folder = path + ".d";
+    const std::string file = folder + '/' + std::to_string(number);
+    if (UniqueFd opened = OpenOwnFile(file)) return opened;
+    mkdir(folder.c_str(), S_IRWXU);
+    return OpenOwnFile(file);
+}
 
-LockFile OpenLockFile() {
+LockFile OpenLockFile(std::size_t number) {
     for (const std::string& place : PassingPlaces())
-        if (UniqueFd file = OpenOwnFile(place)) return Shared(std::move(file));
+        if (UniqueFd file = OpenOwnFile(place, number)) return Shared(std::move(file));
     const std::string settings = UserRegistryFolder();
     if (settings.empty()) return {};
     // With the mode that keeping a setting would give it.
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(settings).parent_path(), error);
     mkdir(settings.c_str(), S_IRWXU);
-    return Shared(OpenOwnFile(settings + "/objects.lock"));
+    return Shared(OpenOwnFile(settings + "/objects.lock", number));
+}
+
+std::size_t NumberOfFile(const ObjectHandle& object, off_t place) {
+    return object.IsFolder() ? static_cast<std::size_t>(place) % LockFiles::kForFolders
+                             : LockFiles::kForFolders;
+}
+
+}  // namespace
+
+LockFile LockFiles::Of(const ObjectHandle& object) {
+    return OpenOnce(NumberOfFile(object, PlaceOf(object)));
+}
+
+LockFile LockFiles::OfKeys() {
+    return OpenOnce(kForFolders);
+}
+
+LockFile LockFiles::OpenOnce(std::size_t number) {
+    const std::lock_guard lock(guard);
+    std::optional<LockFile>& file = files[number];
+    if (!file) file = OpenLockFile(number);
+    return *file;
 }
 
 ObjectTurn& ObjectTurn::operator=(ObjectTurn&& other) noexcept {
     if (this == &other) return *this;
     Leave();
+    files = std::move(other.files);
     file = std::move(other.file);
-    isOpened = std::exchange(other.isOpened, false);
     place = other.place;
     isTaken = std::exchange(other.isTaken, false);
     return *this;
 }
 
-bool ObjectTurn::TryTakeAt(off_t objectPlace) {
+bool ObjectTurn::TryTakeAt(LockFile ofPlace, off_t objectPlace) {
     Leave();
-    if (!isOpened) file = OpenLockFile();
-    isOpened = true;
+    file = std::move(ofPlace);
     place = objectPlace;
     isTaken = !file || SetLock(*file, F_WRLCK, place);
     return isTaken;
 }
 
 bool ObjectTurn::TryTake(const ObjectHandle& object) {
-    return TryTakeAt(PlaceOf(object));
+    const off_t objectPlace = PlaceOf(object);
+    return TryTakeAt(files ? files->Of(object) : OpenLockFile(NumberOfFile(object, objectPlace)),
+                     objectPlace);
 }
 
 DWORD ObjectTurn::Take(const ObjectHandle& object) {
-    return TakeAt(PlaceOf(object));
+    return TryTake(object) ? ERROR_SUCCESS : WaitUntilTaken();
 }
 
 DWORD ObjectTurn::Take(std::string_view key) {
-    return TakeAt(PlaceOf(key));
+    const bool isHad =
+        TryTakeAt(files ? files->OfKeys() : OpenLockFile(LockFiles::kForFolders), PlaceOf(key));
+    return isHad ? ERROR_SUCCESS : WaitUntilTaken();
 }
 
-DWORD ObjectTurn::TakeAt(off_t objectPlace) {
-    if (TryTakeAt(objectPlace)) return ERROR_SUCCESS;
+DWORD ObjectTurn::WaitUntilTaken() {
     const DWORD error = WaitForTurn(*file, place);
     isTaken = error == ERROR_SUCCESS;
     return error;
@@ -142,7 +174,7 @@ void ObjectTurn::Leave() {
 
 bool WalkTurns::TryTake(const ObjectHandle& object) {
     if (!object.IsFolder()) return TryTakeFile(PlaceOf(object));
-    onFolder = ObjectTurn(foldersFile);
+    onFolder = ObjectTurn(foldersFiles);
     return onFolder.TryTake(object);
 }
 
@@ -156,7 +188,7 @@ DWORD WalkTurns::Take(const ObjectHandle& object) {
 }
 
 bool WalkTurns::TryTakeFile(off_t place) {
-    if (!isOpened) filesFile = OpenLockFile();
+    if (!isOpened) filesFile = OpenLockFile(LockFiles::kForFolders);
     isOpened = true;
     if (filesFile && !SetLock(*filesFile, F_WRLCK, place)) return false;
     if (filesFile) ++filesHeld;

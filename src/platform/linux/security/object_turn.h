@@ -7,7 +7,11 @@
 
 #include <sys/types.h>
 
+#include <array>
+#include <cstddef>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -16,19 +20,35 @@
 
 namespace permora::host {
 
-// The file, opened; null where none can be had.
+// A file, opened; null where none can be had.
 using LockFile = std::shared_ptr<const UniqueFd>;
-LockFile OpenLockFile();
+
+// All of them, each opened when it is first asked for; on any thread. The kernel looks through all locks on a
+// file for each new one, and a walk has one for each folder above it: so folders have many files, and what is
+// no folder, or no object at all, has one.
+class LockFiles {
+  public:
+    static constexpr std::size_t kForFolders = 256;
+
+    LockFile Of(const ObjectHandle& object);
+    LockFile OfKeys();
+
+  private:
+    LockFile OpenOnce(std::size_t number);
+
+    std::mutex guard;
+    std::array<std::optional<LockFile>, kForFolders + 1> files;
+};
 
 class ObjectTurn {
   public:
-    // Opens the lock file at the first turn.
+    // Opens a lock file for itself at each turn.
     ObjectTurn() = default;
-    // By a lock file that others use too: turns that share one never wait for one another.
-    explicit ObjectTurn(LockFile shared) : file(std::move(shared)), isOpened(true) {}
+    // By lock files that others use too: turns that share them never wait for one another.
+    explicit ObjectTurn(std::shared_ptr<LockFiles> shared) : files(std::move(shared)) {}
     ObjectTurn(ObjectTurn&& other) noexcept
-        : file(std::move(other.file)),
-          isOpened(std::exchange(other.isOpened, false)),
+        : files(std::move(other.files)),
+          file(std::move(other.file)),
           place(other.place),
           isTaken(std::exchange(other.isTaken, false)) {}
     ObjectTurn& operator=(ObjectTurn&& other) noexcept;
@@ -49,12 +69,12 @@ class ObjectTurn {
     explicit operator bool() const { return isTaken; }
 
   private:
-    DWORD TakeAt(off_t objectPlace);
-    bool TryTakeAt(off_t objectPlace);
+    DWORD WaitUntilTaken();
+    bool TryTakeAt(LockFile ofPlace, off_t objectPlace);
 
+    std::shared_ptr<LockFiles> files;  // null: none are shared
     LockFile file;
-    bool isOpened = false;  // or at least tried
-    off_t place = 0;        // in it, of the object that the turn is about
+    off_t place = 0;  // in it, of the object that the turn is about
     bool isTaken = false;
 };
 
@@ -63,9 +83,10 @@ class ObjectTurn {
 // the folder meanwhile.
 class WalkTurns {
   public:
-    // All threads of a walk share one lock file for folders, each of which is met once. A file with several
+    // All threads of a walk share the lock files for folders, each of which is met once. A file with several
     // names may be met by two of them at a time, which then take turns like strangers.
-    explicit WalkTurns(LockFile sharedForFolders) : foldersFile(std::move(sharedForFolders)) {}
+    explicit WalkTurns(std::shared_ptr<LockFiles> sharedForFolders)
+        : foldersFiles(std::move(sharedForFolders)) {}
 
     // False when somebody else has the turn; at once.
     bool TryTake(const ObjectHandle& object);
@@ -85,7 +106,7 @@ class WalkTurns {
   private:
     bool TryTakeFile(off_t place);
 
-    const LockFile foldersFile;
+    const std::shared_ptr<LockFiles> foldersFiles;
     ObjectTurn onFolder;
     LockFile filesFile;  // opened at the first turn
     bool isOpened = false;

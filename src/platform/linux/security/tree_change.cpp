@@ -51,11 +51,9 @@ DWORD TreeChange::Walk(const ObjectHandle& folder, HandedDown handedDown,
                        std::optional<std::size_t> threads) {
     RaiseDescriptorLimit();
     mostHeld = DescriptorsForBatches();
-    // Without a write no turn is needed, for which a file may have to be made.
-    if (mode == TreeListMode::kWrite) folderTurns = OpenLockFile();
     WalkTree(folder,
-             std::make_unique<ChangedFolder>(std::make_shared<FolderState>(
-                 Stage::kAsAnnounced, std::move(handedDown), ObjectTurn(nullptr))),
+             std::make_unique<ChangedFolder>(
+                 std::make_shared<FolderState>(Stage::kAsAnnounced, std::move(handedDown), ObjectTurn())),
              *this, threads);
     return result;
 }

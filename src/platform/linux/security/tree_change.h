@@ -126,7 +126,7 @@ class TreeChange : public TreeVisitor {
     bool IsAnybodyWaiting() const { return waiting.load(std::memory_order_relaxed) > 0; }
 
     const RecordedTop recordedTop;
-    LockFile folderTurns;
+    const std::shared_ptr<LockFiles> folderTurns = std::make_shared<LockFiles>();
     std::size_t mostHeld = 0;           // objects held open in batches
     std::atomic<std::size_t> held = 0;  // are now
     std::atomic<int> waiting = 0;
@@ -184,7 +184,7 @@ class TreeChangeThread : public VisitingThread {
 
     // Objects that are recorded together.
     struct Batch {
-        explicit Batch(const LockFile& folderTurns) : turns(folderTurns) {}
+        explicit Batch(const std::shared_ptr<LockFiles>& folderTurns) : turns(folderTurns) {}
 
         std::vector<Entry> entries;
         std::size_t bytes = 0;                        // of descriptors

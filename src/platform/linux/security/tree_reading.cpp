@@ -4,15 +4,14 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <array>
 #include <cerrno>
-#include <cstddef>
 #include <optional>
 #include <utility>
 
 #include "platform/api/errors.h"
 #include "platform/held_object.h"
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/files/closed_folder.h"
 #include "platform/linux/files/folder_listing.h"
 #include "platform/linux/files/linux_volume.h"
 #include "platform/linux/files/name_mapping.h"
@@ -72,13 +71,6 @@ std::optional<std::uint64_t> MountOf(const struct statx& status) {
 
 }  // namespace
 
-// What name_to_handle_at(2) has told, without the array at its end that C++ does not know.
-struct TreeFolder::FileKey {
-    file_handle* Handle() { return reinterpret_cast<file_handle*>(bytes.data()); }
-
-    alignas(file_handle) std::array<std::byte, sizeof(file_handle) + MAX_HANDLE_SZ> bytes{};
-};
-
 struct TreeBuffers::Inside {
     host::DescriptorStore store;
     std::string hostName;
@@ -98,9 +90,7 @@ struct TreeFolder::Inside {
     std::shared_ptr<const host::ReadTree> tree;
     UniqueFd folder;  // to be listed, unless it cannot be; none while it is suspended
     bool isListed = false;
-    dev_t device = 0;  // of a suspended one
-    ino_t inode = 0;
-    std::optional<FileKey> key;  // where there is one, and the way up is long
+    std::optional<host::ClosedFolder> way;  // to a suspended one
 };
 
 std::unique_ptr<TreeFolder::Inside> TreeFolder::Inside::Enter(
@@ -227,36 +217,15 @@ bool TreeFolder::IgnoresCase() const {
 }
 
 bool TreeFolder::Suspend() {
-    struct stat status {};
-    if (fstat(inside->folder.Get(), &status) != 0) return false;
-    inside->device = status.st_dev;
-    inside->inode = status.st_ino;
-    // In a view of a folder the kernel looks at all levels for each "..".
-    if (inside->tree->isFreeOfMounts) {
-        inside->key.emplace();
-        inside->key->Handle()->handle_bytes = MAX_HANDLE_SZ;
-        int mount = 0;
-        if (name_to_handle_at(inside->folder.Get(), "", inside->key->Handle(), &mount, AT_EMPTY_PATH) != 0)
-            inside->key.reset();
-    }
+    inside->way = host::ClosedFolder::Of(inside->folder.Get(), inside->tree->isFreeOfMounts);
+    if (!inside->way) return false;
     inside->folder.Reset();
     return true;
 }
 
 DWORD TreeFolder::Resume(const TreeFolder& below) {
-    UniqueFd opened;
-    if (inside->key)
-        opened.Reset(open_by_handle_at(below.inside->folder.Get(), inside->key->Handle(),
-                                       O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const int problem =
-        opened ? 0 : host::OpenUnmountedEntry(below.inside->folder.Get(), "..", O_PATH | O_DIRECTORY, opened);
-    if (problem == ENOENT) return ERROR_FILE_INVALID;  // it was moved out of what can be reached
-    if (problem != 0) return ErrorFromErrno(problem);
-    struct stat status {};
-    if (fstat(opened.Get(), &status) != 0) return ErrorFromErrno(errno);
-    if (status.st_dev != inside->device || status.st_ino != inside->inode) return ERROR_FILE_INVALID;
-    inside->folder = std::move(opened);
-    return ERROR_SUCCESS;
+    // Its names are known by now, and it may be one that may be entered and not listed.
+    return inside->way->Open(below.inside->folder.Get(), O_PATH, inside->folder);
 }
 
 }  // namespace permora
