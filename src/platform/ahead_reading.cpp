@@ -67,7 +67,7 @@ Reading::Reading(const std::shared_ptr<Folder>& first, std::optional<std::size_t
       callers(first->open),
       firstIdle(pieces.end()),
       allowed(fixed.value_or(1)),
-      tuner(MostThreads(), Clock::now()) {
+      tuner(MostThreads(), std::thread::hardware_concurrency(), Clock::now()) {
     const std::lock_guard lock(guard);
     StartThreads();
 }

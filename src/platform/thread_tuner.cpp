@@ -9,10 +9,11 @@ namespace {
 // steps in a fraction of a second. A slow server needs some objects to have a speed at all.
 constexpr std::chrono::milliseconds kSlice(20);
 constexpr std::uint64_t kObjectsOfSlice = 32;
-constexpr int kSlicesBetweenTrials = 25;
+constexpr int kMostSlicesBetweenTrials = 32;
 
 // Twice the threads must bring so much, half of them may cost so much.
 constexpr double kGain = 1.1;
+constexpr double kGainBeyondProcessors = 1.4;
 constexpr double kLoss = 0.95;
 
 }  // namespace
@@ -33,36 +34,47 @@ void ThreadTuner::EndSlice(double speed) {
             if (--slicesToTrial <= 0) BeginTrial();
             return;
         case Trial::kMore:
-            if (speed < kGain * speedBefore) return GoBack();
+            if (speed < LeastGain() * speedBefore) return GoBack();
             speedBefore = speed;
             BeginTrial();
             return;
         case Trial::kFewer:
             if (speed < kLoss * speedBefore) return GoBack();
-            trial = Trial::kNone;
-            slicesToTrial = kSlicesBetweenTrials;
+            EndTrial();
             return;
     }
 }
 
-// More again while more helps; otherwise more and fewer by turns.
+double ThreadTuner::LeastGain() const {
+    return threads > processors ? kGainBeyondProcessors : kGain;
+}
+
+// More again while more helps; otherwise more, and fewer by turns once trials have become rare.
 void ThreadTuner::BeginTrial() {
     const bool isClimbing = trial == Trial::kMore;
-    const bool mayClimb = threads < limit;
-    trial = mayClimb && (isClimbing || lastTrial == Trial::kFewer || threads == 1) ? Trial::kMore
-            : isClimbing || threads == 1                                           ? Trial::kNone
-                                                                                   : Trial::kFewer;
-    slicesToTrial = kSlicesBetweenTrials;
-    if (trial == Trial::kNone) return;
+    const bool isTurnOfMore =
+        lastTrial == Trial::kFewer || slicesBetweenTrials < kMostSlicesBetweenTrials || threads == 1;
+    if (isClimbing) slicesBetweenTrials = 1;
+    if (threads < limit && (isClimbing || isTurnOfMore))
+        trial = Trial::kMore;
+    else if (isClimbing || threads == 1)
+        return EndTrial();
+    else
+        trial = Trial::kFewer;
     lastTrial = trial;
     threadsBefore = threads;
     threads = trial == Trial::kMore ? std::min(limit, threads * 2) : threads / 2;
 }
 
+void ThreadTuner::EndTrial() {
+    trial = Trial::kNone;
+    slicesBetweenTrials = std::min(slicesBetweenTrials * 2, kMostSlicesBetweenTrials);
+    slicesToTrial = slicesBetweenTrials;
+}
+
 void ThreadTuner::GoBack() {
     threads = threadsBefore;
-    trial = Trial::kNone;
-    slicesToTrial = kSlicesBetweenTrials;
+    EndTrial();
 }
 
 }  // namespace permora

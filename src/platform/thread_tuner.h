@@ -9,13 +9,16 @@
 namespace permora {
 
 // Climbs: begins with one thread, doubles as long as that brings more objects in the same time, and goes back
-// where it does not. From time to time it tries more or fewer once more, since another part of the tree, or
-// another load of the machine, may want another number. One thread at a time.
+// where it does not. More threads than processors must bring much more: they pay where requests wait, and
+// otherwise a moment in which other programs were quieter would look like a gain. More are tried again soon,
+// since the first try may have met a bad moment, and then less and less often; fewer from time to time, since
+// another part of the tree, or another load of the machine, may want another number. One thread at a time.
 class ThreadTuner {
   public:
     using Time = std::chrono::steady_clock::time_point;
 
-    ThreadTuner(std::size_t most, Time begin) : limit(most), sliceBegin(begin) {}
+    ThreadTuner(std::size_t most, std::size_t ofMachine, Time begin)
+        : limit(most), processors(ofMachine), sliceBegin(begin) {}
 
     std::size_t Threads() const { return threads; }
     // So many objects are done by now. The number of threads that are to work from here on.
@@ -26,15 +29,19 @@ class ThreadTuner {
 
     void EndSlice(double speed);
     void BeginTrial();
+    void EndTrial();
     void GoBack();
+    double LeastGain() const;
 
     const std::size_t limit;
+    const std::size_t processors;
     std::size_t threads = 1;
     std::size_t threadsBefore = 1;  // the trial
     double speedBefore = 0;         // objects in a second
     Trial trial = Trial::kNone;
     Trial lastTrial = Trial::kFewer;
     int slicesToTrial = 1;
+    int slicesBetweenTrials = 1;
     Time sliceBegin;
     std::uint64_t objectsBefore = 0;  // the slice
 };

@@ -40,7 +40,7 @@ class WalkShare {
           areFilesOpened(hasNoDevices),
           visitor(caller),
           allowed(fixed.value_or(1)),
-          tuner(MostThreads(), std::chrono::steady_clock::now()) {}
+          tuner(MostThreads(), std::thread::hardware_concurrency(), std::chrono::steady_clock::now()) {}
 
     // Folders with names to come.
     void Add(const std::shared_ptr<OpenFolder>& folder);
