@@ -204,6 +204,10 @@ StoredSecurity DescriptorStore::Found(const ObjectHandle& object) {
 }
 
 bool DescriptorStore::Has(const ObjectHandle& object, const StoredSecurity& kept) {
+    // These win over all others, so nothing else is to be read, and equal bytes need not be understood.
+    if (kept.form == SecurityForm::kVolume || kept.form == SecurityForm::kSamba)
+        return ReadExtendedAttribute(object, AttributeOf(kept.form, KindFor(object)), stored) == 0 &&
+               stored == kept.bytes;
     nt::SecurityDescriptor present;
     return Read(object, present) == ERROR_SUCCESS && form == kept.form &&
            (form == SecurityForm::kNone || stored == kept.bytes);
