@@ -185,6 +185,28 @@ TEST(UndoTest, EveryByteComesBackOnEveryVolume) {
     EXPECT_THAT(volume.Audit(), testing::HasSubstr("No errors were found"));
 }
 
+// ntfs-3g answers one request at a time, so their number is the time that an undo takes.
+TEST(UndoTest, AnNtfsVolumeIsAskedForNoMoreThanWhatIsNeeded) {
+    if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const TemporaryFolder forHistory;
+    NtfsVolume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    volume.Mount(NtfsMount::kRequestsCounted);
+    ASSERT_EQ(volume.Problem(), "");
+    TreeToUndo tree(volume.Root(), forHistory.Path());
+    constexpr std::size_t kFiles = 100;
+    for (std::size_t i = 0; i < kFiles; ++i)
+        ASSERT_EQ(RunCommand({"touch", tree.Path("other/" + std::to_string(i))}).exitCode, 0);
+    const std::int64_t change =
+        tree.Change([&] { EXPECT_EQ(SetDescriptorText(tree.Root(), "D:P(A;OICI;FA;;;BA)"), 0U); });
+    const std::size_t before = volume.Requests();
+    EXPECT_THAT(tree.Undo(change), testing::StartsWith(std::to_string(kFiles + 4) + " restored"));
+    const std::size_t asked = volume.Requests() - before;
+    // Finding it by name, when it was made, what it has, the same before it is written, and writing it.
+    EXPECT_LE(asked, 5 * kFiles + kFiles / 2);
+    EXPECT_GT(asked, 4 * kFiles) << "they are not counted";
+}
+
 // What was changed is looked for where it was, and a volume that has moved is not guessed at.
 TEST(UndoTest, AVolumeThatIsMountedElsewhereIsLeftAloneUntilItIsBack) {
     if (const std::string reason = CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;

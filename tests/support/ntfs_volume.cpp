@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstring>
 #include <sstream>
+#include <string_view>
 #include <thread>
 
 #include "platform/linux/base/unique_fd.h"
@@ -18,6 +19,8 @@ namespace permora::test {
 namespace {
 
 using host::UniqueFd;
+
+constexpr const char* kLog = "ntfs-3g.log";
 
 bool MakeSparseFile(const std::string& path, std::uint64_t bytes) {
     const UniqueFd file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
@@ -65,7 +68,8 @@ void NtfsVolume::Mount(NtfsMount mode) {
     std::string options = "no_detach";
     if (mode == NtfsMount::kReadOnly) options += ",ro";
     if (mode == NtfsMount::kStreamsAsFiles) options += ",streams_interface=windows";
-    const std::string log = folder.Path("ntfs-3g.log");
+    if (mode == NtfsMount::kRequestsCounted) options += ",debug";
+    const std::string log = folder.Path(kLog);
     driver = StartService({"ntfs-3g", "-o", options, image, root}, log);
     constexpr int kChecks = 1000;
     for (int check = 0; check < kChecks && driver > 0; ++check) {
@@ -73,6 +77,15 @@ void NtfsVolume::Mount(NtfsMount mode) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     problem = "ntfs-3g: " + ReadWholeFile(log);
+}
+
+std::size_t NtfsVolume::Requests() const {
+    const std::string log = ReadWholeFile(folder.Path(kLog));
+    constexpr std::string_view kRequest = "opcode: ";
+    std::size_t count = 0;
+    for (std::size_t at = log.find(kRequest); at != log.npos; at = log.find(kRequest, at + 1))
+        ++count;
+    return count;
 }
 
 void NtfsVolume::Unmount() {

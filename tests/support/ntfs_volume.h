@@ -1,6 +1,7 @@
 // A real NTFS volume for tests: an image file made with mkntfs and mounted with ntfs-3g.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -8,7 +9,7 @@
 
 namespace permora::test {
 
-enum class NtfsMount { kWritable, kReadOnly, kStreamsAsFiles };
+enum class NtfsMount { kWritable, kReadOnly, kStreamsAsFiles, kRequestsCounted };
 
 class NtfsVolume {
   public:
@@ -32,6 +33,8 @@ class NtfsVolume {
     const std::string& Image() const { return image; }
     // The process that serves it.
     int Driver() const { return driver; }
+    // How many requests of the kernel it has taken, of a volume that is mounted with kRequestsCounted.
+    std::size_t Requests() const;
 
     // Anew, when it is mounted already.
     void Mount(NtfsMount mode = NtfsMount::kWritable);

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <limits.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <array>
@@ -54,6 +55,22 @@ DWORD ObjectHandle::Adopt(UniqueFd descriptor, ObjectHandle& handle) {
     handle.descriptor = std::move(descriptor);
     handle.isReadable = false;
     handle.status = status;
+    return ERROR_SUCCESS;
+}
+
+DWORD ObjectHandle::AdoptAsLookedUp(UniqueFd descriptor, ObjectHandle& handle) {
+    struct statx known {};
+    if (statx(descriptor.Get(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_BASIC_STATS, &known) != 0)
+        return ErrorFromErrno(errno);
+    handle.descriptor = std::move(descriptor);
+    handle.isReadable = false;
+    handle.status = {};
+    handle.status.st_dev = makedev(known.stx_dev_major, known.stx_dev_minor);
+    handle.status.st_ino = known.stx_ino;
+    handle.status.st_mode = known.stx_mode;
+    handle.status.st_nlink = known.stx_nlink;
+    handle.status.st_uid = known.stx_uid;
+    handle.status.st_gid = known.stx_gid;
     return ERROR_SUCCESS;
 }
 

@@ -38,6 +38,9 @@ class ObjectHandle {
     static DWORD OpenUnmountedFileAt(int folder, const char* hostName, ObjectHandle& handle);
     // Takes over a descriptor that is already open.
     static DWORD Adopt(UniqueFd descriptor, ObjectHandle& handle);
+    // The same for one that has just been opened, where only the number and the kind of the object count:
+    // what the kernel knows of it since it looked up the name, without asking a server or a driver once more.
+    static DWORD AdoptAsLookedUp(UniqueFd descriptor, ObjectHandle& handle);
 
     explicit operator bool() const { return static_cast<bool>(descriptor); }
     int Descriptor() const { return descriptor.Get(); }

@@ -103,10 +103,14 @@ std::vector<std::uint8_t> LastingMark(const ObjectHandle& object) {
     return mark;
 }
 
-std::optional<std::int64_t> BirthTimeOf(const ObjectHandle& object) {
+BirthPlace BirthPlaceOf(const ObjectHandle& object) {
+    return HasLastingMarks(object) ? BirthPlace::kInStatus : BirthPlace::kOnNtfs;
+}
+
+std::optional<std::int64_t> BirthTimeOf(const ObjectHandle& object, BirthPlace place) {
     constexpr std::int64_t kUnitsInSecond = 10'000'000;
     constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
-    if (HasLastingMarks(object)) {
+    if (place == BirthPlace::kInStatus) {
         const std::optional<statx_timestamp> birth = StatxBirthOf(object);
         return birth ? std::optional(std::int64_t{birth->tv_sec}) : std::nullopt;
     }

@@ -32,7 +32,12 @@ class ObjectIdentity {
 // change its device number. They contain what the volume calls itself, where it has a name that lasts.
 std::vector<std::uint8_t> LastingMark(const ObjectHandle& object);
 
+// Where a volume says when its objects were made. Asking for it asks the volume, which takes as long on FUSE
+// as asking for anything else, and the answer holds for all objects of the volume.
+enum class BirthPlace : std::uint8_t { kInStatus, kOnNtfs };
+BirthPlace BirthPlaceOf(const ObjectHandle& object);
+
 // When the object was made, in seconds since 1970; nothing where the volume does not know.
-std::optional<std::int64_t> BirthTimeOf(const ObjectHandle& object);
+std::optional<std::int64_t> BirthTimeOf(const ObjectHandle& object, BirthPlace place);
 
 }  // namespace permora::host

@@ -34,13 +34,15 @@ using host::ObjectHandle;
 
 // Opens what stands below a folder. No mount is entered, and no link followed; one at the end is opened
 // itself with O_NOFOLLOW, and refused without.
-DWORD OpenBelow(int folder, const std::string& hostPath, int flags, ObjectHandle& object) {
+DWORD OpenBelow(int folder, const std::string& hostPath, int flags, OpeningBelow opening,
+                ObjectHandle& object) {
     open_how how{};
     how.flags = static_cast<unsigned>(O_PATH | O_CLOEXEC | flags);
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV;
     host::UniqueFd opened(static_cast<int>(syscall(SYS_openat2, folder, hostPath.c_str(), &how, sizeof how)));
     if (!opened) return host::ErrorFromErrno(errno);
-    return ObjectHandle::Adopt(std::move(opened), object);
+    return opening == OpeningBelow::kAsLookedUp ? ObjectHandle::AdoptAsLookedUp(std::move(opened), object)
+                                                : ObjectHandle::Adopt(std::move(opened), object);
 }
 
 // From `folder` along shown names; `folder` becomes the one that holds the last, `lastHostName`.
@@ -53,7 +55,8 @@ DWORD Descend(std::string_view path, ObjectHandle& folder, std::string& lastHost
         const bool isEnd = path.empty();
         const bool isFull = hostPath.size() + 1 + lastHostName.size() >= PATH_MAX;
         if (!hostPath.empty() && (isEnd || isFull)) {
-            const DWORD error = OpenBelow(folder.Descriptor(), hostPath, O_DIRECTORY, folder);
+            const DWORD error =
+                OpenBelow(folder.Descriptor(), hostPath, O_DIRECTORY, OpeningBelow::kAsPlace, folder);
             if (error != ERROR_SUCCESS) return error;
             hostPath.clear();
         }
@@ -76,7 +79,7 @@ DWORD OpenToRead(int folder, const std::string& hostName, ObjectHandle& object) 
 // As HoldBelow, for the object `here`, which stands in `parent`. `hostName` is that of the object in its
 // folder.
 DWORD ResolveBelow(const ObjectHandle& here, const ObjectHandle& parent, const std::string& path,
-                   bool areFilesOpened, host::ResolvedObject& below, std::string& hostName) {
+                   OpeningBelow opening, host::ResolvedObject& below, std::string& hostName) {
     host::ResolvedObject found;
     DWORD error = ERROR_SUCCESS;
     if (path.empty()) {
@@ -88,8 +91,9 @@ DWORD ResolveBelow(const ObjectHandle& here, const ObjectHandle& parent, const s
         if (error == ERROR_SUCCESS) error = Descend(path, found.parent, hostName);
         if (error != ERROR_SUCCESS) return error;
         const int folder = found.parent.Descriptor();
-        error = areFilesOpened ? OpenToRead(folder, hostName, found.object)
-                               : OpenBelow(folder, hostName, O_NOFOLLOW, found.object);
+        error = opening == OpeningBelow::kToRead
+                    ? OpenToRead(folder, hostName, found.object)
+                    : OpenBelow(folder, hostName, O_NOFOLLOW, opening, found.object);
     }
     if (error == ERROR_SUCCESS) below = std::move(found);
     return error;
@@ -112,7 +116,7 @@ DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
     auto held = std::make_unique<Inside>();
     const ObjectHandle& here = inside->withoutDevices ? inside->withoutDevices : inside->target.object;
     const auto resolve = [&] {
-        return ResolveBelow(here, inside->target.parent, path, inside->areFilesOpened, held->target,
+        return ResolveBelow(here, inside->target.parent, path, inside->openingBelow, held->target,
                             held->hostName);
     };
     DWORD error = resolve();
@@ -122,10 +126,12 @@ DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
     }
     if (error != ERROR_SUCCESS) return error;
     if (!inside->storeKind) inside->storeKind = host::StoreKindOf(inside->target.object);
+    if (!inside->birthPlace) inside->birthPlace = host::BirthPlaceOf(inside->target.object);
     if (!inside->lockFiles) inside->lockFiles = std::make_shared<host::LockFiles>();
     held->storeKind = inside->storeKind;
+    held->birthPlace = inside->birthPlace;
     held->lockFiles = inside->lockFiles;
-    held->areFilesOpened = inside->areFilesOpened;
+    held->openingBelow = inside->openingBelow;
     object.inside = std::move(held);
     return ERROR_SUCCESS;
 }
@@ -133,8 +139,14 @@ DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
 void HeldObject::ExpectManyBelow() {
     std::optional<host::UniqueFd> opened;
     if (IsFolder()) opened = host::OpenWithoutDevices(inside->target.object);
-    inside->areFilesOpened =
-        opened && ObjectHandle::Adopt(std::move(*opened), inside->withoutDevices) == ERROR_SUCCESS;
+    if (opened && ObjectHandle::Adopt(std::move(*opened), inside->withoutDevices) == ERROR_SUCCESS) {
+        inside->openingBelow = OpeningBelow::kToRead;
+        return;
+    }
+    // Each question is a round trip to the driver, and nothing kept there depends on the rest of the status.
+    if (!inside->storeKind) inside->storeKind = host::StoreKindOf(inside->target.object);
+    if (inside->storeKind == host::DescriptorStoreKind::kNtfs3g)
+        inside->openingBelow = OpeningBelow::kAsLookedUp;
 }
 
 std::uint64_t HeldObject::FileNumber() const {
@@ -167,7 +179,9 @@ DWORD HeldObject::FindTop(ChangedTop& top) const {
 }
 
 DWORD HeldObject::WasBornAfter(std::int64_t seconds, bool& wasBornAfter) const {
-    wasBornAfter = host::BirthTimeOf(inside->target.object).value_or(seconds) > seconds;
+    const ObjectHandle& object = inside->target.object;
+    if (!inside->birthPlace) inside->birthPlace = host::BirthPlaceOf(object);
+    wasBornAfter = host::BirthTimeOf(object, *inside->birthPlace).value_or(seconds) > seconds;
     return ERROR_SUCCESS;
 }
 

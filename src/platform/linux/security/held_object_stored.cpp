@@ -18,6 +18,11 @@ using host::DescriptorStore;
 
 namespace {
 
+// Before the store is asked what the object has. Of its status only the host's owner belongs to that.
+DWORD RefreshOwner(host::ObjectHandle& object, DescriptorStore& store) {
+    return store.HasHostOwners(object) ? object.Refresh() : ERROR_SUCCESS;
+}
+
 // What is kept of a damaged descriptor; ERROR_REVISION_MISMATCH for one that is not.
 DWORD FindDamaged(const host::ObjectHandle& object, DescriptorStore& store, StoredSecurity& found) {
     nt::SecurityDescriptor whole;
@@ -34,7 +39,7 @@ DWORD HeldObject::ReadStored(StoredSecurity& stored) const {
     host::ObjectHandle& object = inside->target.object;
     DescriptorStore store(inside->storeKind);
     nt::SecurityDescriptor descriptor;
-    DWORD error = object.Refresh();
+    DWORD error = RefreshOwner(object, store);
     if (error == ERROR_SUCCESS) error = store.Read(object, descriptor);
     if (error == ERROR_SUCCESS) stored = store.Found(object);
     return error;
@@ -60,7 +65,7 @@ DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecuri
     nt::SecurityDescriptor present;
     std::optional<nt::SecurityDescriptor> then;
     DWORD error = inside->turn ? ERROR_SUCCESS : turn.Take(object);
-    if (error == ERROR_SUCCESS) error = object.Refresh();
+    if (error == ERROR_SUCCESS) error = RefreshOwner(object, store);
     if (error == ERROR_SUCCESS) error = store.Read(object, present);
     if (error == ERROR_SUCCESS && store.Found(object) != expected) error = ERROR_REVISION_MISMATCH;
     if (error == ERROR_SUCCESS) error = store.Examine(object, wanted, then);
