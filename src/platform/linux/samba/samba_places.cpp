@@ -79,10 +79,41 @@ DWORD WriteConfiguration(const std::string& path, const std::string& text) {
     return file ? ERROR_SUCCESS : ErrorFromErrno(errno);
 }
 
-// Leaves `folder` unchanged if Samba does not name it.
-DWORD FindStateFolder(std::string& folder) {
+std::string ReadConfiguration() {
     std::ifstream source(kSambaConfiguration, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(source), std::istreambuf_iterator<char>()};
+    return {std::istreambuf_iterator<char>(source), std::istreambuf_iterator<char>()};
+}
+
+void TakeStateFolder(const std::string& listing, SambaPlaces& places) {
+    const std::string told = ParseGlobalParameter(listing, "state directory");
+    if (told.starts_with('/')) places.stateFolder = told;
+}
+
+void TakeOtherPlaces(const std::string& listing, SambaPlaces& places) {
+    const std::string folder = ParseGlobalParameter(listing, "private dir");
+    if (folder.starts_with('/')) places.privateFolder = folder;
+    places.passwordFile = ParseGlobalParameter(listing, "smb passwd file");
+    places.userDatabase = ParseGlobalParameter(listing, "passdb backend");
+    places.guestAccount = ParseGlobalParameter(listing, "guest account");
+    places.workgroup = ParseGlobalParameter(listing, "workgroup");
+    places.isInDomain = IsInDomain(listing);
+}
+
+// Most machines have all in one file, in which nothing leads to the registry: one question tells all. False
+// for other configurations. The tool reads a copy, since the file may be another one by then.
+bool FindInOneFile(const std::string& text, SambaPlaces& places) {
+    if (text.empty() || WithoutRegistry(text, Includes::kDropped) != text) return false;
+    SambaMirror empty;
+    const std::string copy = empty.Make() == ERROR_SUCCESS ? empty.Folder() + "/smb.conf" : std::string();
+    if (copy.empty() || WriteConfiguration(copy, text) != ERROR_SUCCESS) return false;
+    const std::string listing = AskTestparm({copy});
+    TakeStateFolder(listing, places);
+    TakeOtherPlaces(listing, places);
+    return true;
+}
+
+// Leaves the folder unchanged if Samba does not name it.
+DWORD FindStateFolder(const std::string& text, SambaPlaces& places) {
     for (const Includes includes : {Includes::kKept, Includes::kDropped}) {
         SambaMirror empty;
         if (const DWORD error = empty.Make(); error != ERROR_SUCCESS) return error;
@@ -91,8 +122,7 @@ DWORD FindStateFolder(std::string& folder) {
         const DWORD error = WriteConfiguration(filtered, WithoutRegistry(text, includes));
         if (error != ERROR_SUCCESS) return error;
         if (OpensRegistry(empty, filtered)) continue;
-        const std::string told = ParseGlobalParameter(AskTestparm({filtered}), "state directory");
-        if (told.starts_with('/')) folder = told;
+        TakeStateFolder(AskTestparm({filtered}), places);
         break;
     }
     return ERROR_SUCCESS;
@@ -100,20 +130,14 @@ DWORD FindStateFolder(std::string& folder) {
 
 SambaPlaces FindPlaces() {
     SambaPlaces places;
-    places.error = FindStateFolder(places.stateFolder);
+    const std::string text = ReadConfiguration();
+    if (FindInOneFile(text, places)) return places;
+    places.error = FindStateFolder(text, places);
     // The registry may hold the other places.
     SambaMirror mirror;
     if (places.error == ERROR_SUCCESS) places.error = mirror.Make();
     if (places.error == ERROR_SUCCESS) places.error = mirror.AddState(places.stateFolder);
-    if (places.error != ERROR_SUCCESS) return places;
-    const std::string listing = AskTestparm(mirror.Options());
-    const std::string folder = ParseGlobalParameter(listing, "private dir");
-    if (folder.starts_with('/')) places.privateFolder = folder;
-    places.passwordFile = ParseGlobalParameter(listing, "smb passwd file");
-    places.userDatabase = ParseGlobalParameter(listing, "passdb backend");
-    places.guestAccount = ParseGlobalParameter(listing, "guest account");
-    places.workgroup = ParseGlobalParameter(listing, "workgroup");
-    places.isInDomain = IsInDomain(listing);
+    if (places.error == ERROR_SUCCESS) TakeOtherPlaces(AskTestparm(mirror.Options()), places);
     return places;
 }
 
