@@ -42,6 +42,7 @@ class NativeFrame : public NativeWindow {
     virtual void SetIcon(const CIcon& icon) = 0;
     virtual WindowPlacement Placement() const = 0;
     virtual void Place(const WindowPlacement& placement) = 0;  // shows the window
+    virtual void Activate() = 0;
     virtual void PostClose() = 0;
 };
 

@@ -48,6 +48,12 @@ bool TakesRequests(const CFrameWnd& frame) {
     return frame.IsWindowEnabled() && !IsModalWindowOpen();
 }
 
+// A template gives its bar a height, which its controls do not.
+int HeightOf(const CWnd& bar) {
+    if (dynamic_cast<const CDialogBar*>(&bar) != nullptr) return bar.GetClientRect().Height();
+    return WindowAccess::Native(bar)->PreferredSize().cy;
+}
+
 bool IsShown(const CWnd& window) {
     return (window.GetStyle() & WS_VISIBLE) != 0;
 }
@@ -132,7 +138,7 @@ void CFrameWnd::RecalcLayout() {
     for (CWnd* child : WindowAccess::Children(*this)) {
         if (child == parts->view) view = child;
         if (!IsShown(*child)) continue;
-        const int height = WindowAccess::Native(*child)->PreferredSize().cy;
+        const int height = HeightOf(*child);
         if (IsBar(*child)) {
             child->MoveWindow({rest.left, rest.top, rest.right, rest.top + height});
             rest.top = std::min(rest.top + height, rest.bottom);
@@ -151,6 +157,11 @@ void CFrameWnd::RunCommand(unsigned int id) {
 void CFrameWnd::ShowPrompt(unsigned int id) {
     auto* statusBar = FindBar<CStatusBar>(this);
     if (statusBar != nullptr) statusBar->ShowPrompt(id != 0 ? LoadCommandPrompt(id).status : std::string());
+}
+
+void CFrameWnd::Activate() {
+    if (auto* nativeFrame = NativeOf(*this)) nativeFrame->Activate();
+    SetFocus();
 }
 
 void CFrameWnd::PostClose() {

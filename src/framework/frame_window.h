@@ -38,6 +38,7 @@ class CFrameWnd : public CWnd {
     void RunCommand(unsigned int id);
     // Shows the prompt of a command in the status bar; 0: removes it.
     void ShowPrompt(unsigned int id);
+    void Activate();   // brings the window before the others and gives it the keyboard
     void PostClose();  // OnClose, after the messages before it
 
     bool OnCmdMsg(Notification& notification) override;  // this frame, then the application object

@@ -34,6 +34,7 @@ bool CListCtrl::Create(CWnd& owner, DWORD style, const Rect& rect, unsigned int 
 void CListCtrl::OnDestroy() {
     rows = {};
     columns.clear();
+    sortedColumn = -1;
     extendedStyle = ListStyle::kNone;
     normalImages.reset();
     smallImages.reset();
@@ -63,6 +64,13 @@ void CListCtrl::InsertColumn(int column, const std::string& header, int width) {
 void CListCtrl::SetColumnText(int column, const std::string& header) {
     if (!HasColumn(column)) return;
     columns[static_cast<std::size_t>(column)].header = header;
+    Display().AppearanceChanged();
+}
+
+void CListCtrl::ShowSortMark(int column, SortOrder order) {
+    if (!HasWindow()) return;
+    sortedColumn = HasColumn(column) ? column : -1;
+    sortOrder = order;
     Display().AppearanceChanged();
 }
 
@@ -112,6 +120,12 @@ bool CListCtrl::InsertItem(int row, const std::string& text, int image) {
     if (!HasWindow() || !rows.Insert(row, text, image, static_cast<int>(columns.size()))) return false;
     Display().RowsChanged();
     return true;
+}
+
+void CListCtrl::AppendItems(int count) {
+    if (!HasWindow() || count <= 0) return;
+    rows.Append(count);
+    Display().RowsChanged();
 }
 
 bool CListCtrl::SetItemText(int row, int column, const std::string& text) {

@@ -28,6 +28,8 @@ constexpr ListStyle operator|(ListStyle one, ListStyle other) {
     return static_cast<ListStyle>(static_cast<unsigned int>(one) | static_cast<unsigned int>(other));
 }
 
+enum class SortOrder { kUp, kDown };
+
 struct ListColumn {
     std::string header;  // left-aligned
     int width = 0;       // logical pixels; changes when the user drags the header
@@ -47,6 +49,8 @@ class CListCtrl : public CWnd {
 
     void InsertColumn(int column, const std::string& header, int width);
     void SetColumnText(int column, const std::string& header);
+    // The mark in the header of the column that the rows are sorted by; -1: none.
+    void ShowSortMark(int column, SortOrder order);
     void SetExtendedStyle(ListStyle style);
     void SetImageList(const CImageList& images, ImageListKind kind);
     void SetView(ListView view);
@@ -54,6 +58,11 @@ class CListCtrl : public CWnd {
 
     // Inserts a row before `row` (at the end when it is the count). False when `row` is out of range.
     bool InsertItem(int row, const std::string& text, int image = -1);
+    // For lists with very many rows: all texts come from `texts`, which outlives the window or is replaced
+    // before its end. Null: the list keeps them.
+    void SetTexts(const ListTexts* texts) { rows.SetTexts(texts); }
+    // Rows at the end, whose data is their number.
+    void AppendItems(int count);
     bool SetItemText(int row, int column, const std::string& text);
     std::string GetItemText(int row, int column) const { return rows.Text(row, column); }
     bool SetItemData(int row, std::intptr_t data) { return rows.SetData(row, data); }
@@ -92,6 +101,8 @@ class CListCtrl : public CWnd {
 
     const ListRows& Rows() const { return rows; }
     const std::vector<ListColumn>& Columns() const { return columns; }
+    int SortedColumn() const { return sortedColumn; }  // -1: no header has a mark
+    SortOrder Sorting() const { return sortOrder; }
     bool HasExtendedStyle(ListStyle bit) const;
     bool IsSingleSelection() const;
     const CImageList::Images* Images() const;  // those of the view; null: none given
@@ -115,6 +126,8 @@ class CListCtrl : public CWnd {
 
     ListRows rows;
     std::vector<ListColumn> columns;
+    int sortedColumn = -1;
+    SortOrder sortOrder = SortOrder::kUp;
     ListStyle extendedStyle = ListStyle::kNone;
     std::shared_ptr<CImageList::Images> normalImages;
     std::shared_ptr<CImageList::Images> smallImages;

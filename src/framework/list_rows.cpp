@@ -34,6 +34,11 @@ bool ListRows::Insert(int row, const std::string& text, int image, int columns) 
     return true;
 }
 
+void ListRows::Append(int count) {
+    for (int i = 0; i < count; ++i)
+        rows.push_back({.texts = {}, .data = Count()});
+}
+
 bool ListRows::Delete(int row) {
     if (!Has(row)) return false;
     if (At(row).isSelected) --selectedCount;
@@ -68,12 +73,12 @@ bool ListRows::SetText(int row, int column, const std::string& text) {
     return true;
 }
 
-const std::string& ListRows::Text(int row, int column) const {
-    static const std::string kNone;
-    if (!Has(row) || column < 0) return kNone;
+std::string ListRows::Text(int row, int column) const {
+    if (!Has(row) || column < 0) return {};
+    if (foreignTexts != nullptr) return foreignTexts->Text(Data(row), column);
     const std::vector<std::string>& texts = At(row).texts;
     const auto index = static_cast<std::size_t>(column);
-    return index < texts.size() ? texts[index] : kNone;
+    return index < texts.size() ? texts[index] : std::string();
 }
 
 bool ListRows::SetData(int row, std::intptr_t data) {

@@ -19,6 +19,15 @@ struct ListCursor {
     int anchor = -1;  // where a range that Shift extends begins
 };
 
+// Texts of rows that a list does not keep, by the rows' item data.
+class ListTexts {
+  public:
+    virtual ~ListTexts() = default;
+    virtual std::string Text(std::intptr_t data, int column) const = 0;
+    // How many steps the first column's text stands to the right in a report.
+    virtual int Indent(std::intptr_t /*data*/) const { return 0; }
+};
+
 // Rows are counted from 0. Setters return true when something changed. Rows and columns that do not exist are
 // ignored.
 class ListRows {
@@ -29,12 +38,19 @@ class ListRows {
     // Before `row`, at the end when it is the count. False when `row` is out of range. `columns` texts are
     // reserved.
     bool Insert(int row, const std::string& text, int image, int columns);
+    // At the end, without texts. The data of each is its number.
+    void Append(int count);
     bool Delete(int row);
     void Clear();
 
     bool SetText(int row, int column, const std::string& text);
-    // Empty where nothing was set. Valid until the rows change.
-    const std::string& Text(int row, int column) const;
+    // All texts come from `texts` from now on; null: from the rows themselves.
+    void SetTexts(const ListTexts* texts) { foreignTexts = texts; }
+    // Empty where nothing was set.
+    std::string Text(int row, int column) const;
+    int Indent(int row) const {
+        return foreignTexts != nullptr && Has(row) ? foreignTexts->Indent(Data(row)) : 0;
+    }
     int Image(int row) const { return Has(row) ? At(row).image : -1; }
     bool SetData(int row, std::intptr_t data);
     std::intptr_t Data(int row) const { return Has(row) ? At(row).data : 0; }
@@ -69,6 +85,7 @@ class ListRows {
     void NoteLength(const std::string& text);
 
     std::deque<Row> rows;  // long lists grow without being moved
+    const ListTexts* foreignTexts = nullptr;
     int selectedCount = 0;
     std::string longest;
 };

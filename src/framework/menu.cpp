@@ -74,6 +74,11 @@ void CMenu::CheckRadioByPosition(int first, int last, int checked) {
     }
 }
 
+void CMenu::AppendRadio(unsigned int id, const std::string& text) {
+    if (items != nullptr)
+        items->entries.push_back({.id = id, .text = text, .isRadio = true, .popup = nullptr});
+}
+
 void CMenu::Enable(unsigned int id, bool enabled) {
     if (MenuItem* item = FindItem(items, id)) item->enabled = enabled;
 }

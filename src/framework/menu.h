@@ -22,6 +22,8 @@ class CMenu {
     void CheckByPosition(int position, bool checked);
     void CheckRadioByPosition(int first, int last, int checked);
     // By command id, in this menu and its pop-ups.
+    // One of several entries at the end of which one is checked.
+    void AppendRadio(unsigned int id, const std::string& text);
     void Enable(unsigned int id, bool enabled);
     void SetText(unsigned int id, const std::string& text);
 

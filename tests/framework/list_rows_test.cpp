@@ -42,6 +42,30 @@ TEST(ListRows, TheCursorStaysWithItsRows) {
     EXPECT_EQ(rows.cursor.focus, -1);
 }
 
+// Texts of a list that keeps none.
+class Numbers : public ListTexts {
+  public:
+    std::string Text(std::intptr_t data, int column) const override {
+        return std::to_string(data) + (column == 0 ? " " : "b ");
+    }
+    int Indent(std::intptr_t data) const override { return static_cast<int>(data); }
+};
+
+TEST(ListRows, AsksForTextsByTheDataOfRowsWhereverTheyAre) {
+    ListRows rows;
+    const Numbers numbers;
+    rows.SetTexts(&numbers);
+    rows.Append(2);
+    rows.Append(2);
+    rows.SetSelected(1, true);
+    rows.Sort([](std::intptr_t one, std::intptr_t other) { return other < one; });
+    EXPECT_EQ(Texts(rows), "3 2 1 0 ");
+    EXPECT_EQ(rows.Text(0, 1), "3b ");
+    EXPECT_EQ(rows.Indent(0), 3);
+    EXPECT_EQ(rows.NextSelected(0), 2);
+    EXPECT_EQ(rows.Text(4, 0), "");
+}
+
 TEST(ListRows, SortingIsStableMovesEveryStateAndReadsTheOldOrder) {
     ListRows rows = RowsOf({"bb", "a", "cc", "d"});
     rows.SetChecked(0, true);

@@ -126,6 +126,11 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
     void SetIcon(const CIcon& icon) override { top->setWindowIcon(qt::ToQt(icon)); }
     WindowPlacement Placement() const override;
     void Place(const WindowPlacement& placement) override;
+    void Activate() override {
+        top->setWindowState(top->windowState() & ~Qt::WindowMinimized);
+        top->raise();
+        top->activateWindow();
+    }
     void PostClose() override {
         QMetaObject::invokeMethod(
             top.get(), [this] { events.OnCloseRequest(); }, Qt::QueuedConnection);

@@ -46,7 +46,7 @@ QString RowAccessible::text(QAccessible::Text kind) const {
     QStringList parts{ToQt(list.Rows().Text(row, 0))};
     if (list.GetView() != ListView::kReport) return parts.first();
     for (std::size_t i = 1; i < list.Columns().size(); ++i) {
-        const std::string& text = list.Rows().Text(row, static_cast<int>(i));
+        const std::string text = list.Rows().Text(row, static_cast<int>(i));
         if (!text.empty()) parts << ToQt(list.Columns()[i].header + ": " + text);
     }
     return parts.join(QStringLiteral(", "));

@@ -47,6 +47,10 @@ void ListHeader::Refresh() {
     if (count() != model.columnCount({})) model.Reset();
     for (int column = 0; column < count(); ++column)
         resizeSection(column, list.Columns()[static_cast<std::size_t>(column)].width);
+    setSortIndicatorShown(list.SortedColumn() >= 0);
+    if (list.SortedColumn() >= 0)
+        setSortIndicator(list.SortedColumn(),
+                         list.Sorting() == SortOrder::kUp ? Qt::AscendingOrder : Qt::DescendingOrder);
     setSectionsClickable((list.GetStyle() & LVS_NOSORTHEADER) == 0);
     viewport()->update();
     isRefreshing = false;

@@ -14,6 +14,7 @@ namespace permora::qt {
 namespace {
 
 constexpr int kGap = 4;            // between check box, icon and text
+constexpr int kIndentStep = 16;    // of one level of a tree
 constexpr int kIconPadding = 6;    // above and below a large icon
 constexpr int kLabelLines = 2;     // under a large icon
 constexpr int kLabelLetters = 14;  // the width of a label under a large icon
@@ -106,6 +107,13 @@ ListPainter::Parts ListPainter::PartsOf(const QRect& cell) const {
     return parts;
 }
 
+// The deepest levels still show some of their text.
+QRect ListPainter::LabelOf(int row, const QRect& cell) const {
+    const QRect label = PartsOf(cell).label;
+    const int indent = view == ListView::kReport ? list.Rows().Indent(row) * kIndentStep : 0;
+    return label.adjusted(std::min(indent, label.width() / 2), 0, 0, 0);
+}
+
 QRect ListPainter::CheckBox(const QRect& cell) const {
     return PartsOf(cell).check;
 }
@@ -130,7 +138,7 @@ QString ListPainter::CutText(int row, const QRect& cell, int x) const {
         const int right = left + list.Columns()[i].width;
         if (x < right) {
             const QString text = Text(row, static_cast<int>(i));
-            const int start = i == 0 ? PartsOf(cell).label.left() : left;
+            const int start = i == 0 ? LabelOf(row, cell).left() : left;
             const bool fits = widget.fontMetrics().horizontalAdvance(text) <= right - start - 2 * kCellMargin;
             return fits ? QString() : text;
         }
@@ -142,7 +150,7 @@ QString ListPainter::CutText(int row, const QRect& cell, int x) const {
 QRect ListPainter::HotPart(int row, const QRect& cell) const {
     if (view == ListView::kReport && list.HasExtendedStyle(ListStyle::kFullRowSelect)) return cell;
     const Parts parts = PartsOf(cell);
-    return parts.check.united(parts.icon).united(TextRect(row, parts.label));
+    return parts.check.united(parts.icon).united(TextRect(row, LabelOf(row, cell)));
 }
 
 bool ListPainter::ShowsSelection() const {
@@ -165,22 +173,21 @@ void ListPainter::SetTextColour(QPainter& painter, bool isHighlighted) const {
 
 void ListPainter::Paint(QPainter& painter, int row, const QRect& cell) const {
     const Parts parts = PartsOf(cell);
+    const QRect label = LabelOf(row, cell);
     const bool isFullRow = view == ListView::kReport && list.HasExtendedStyle(ListStyle::kFullRowSelect);
     const bool isHighlighted = list.Rows().IsSelected(row) && ShowsSelection();
     const bool isFocused = row == list.Rows().cursor.focus && widget.hasFocus();
     // Measuring a text costs as much as painting it, so only marked rows are measured.
     QRect marked = cell;
-    if (!isFullRow && (isHighlighted || isFocused)) marked = TextRect(row, parts.label);
+    if (!isFullRow && (isHighlighted || isFocused)) marked = TextRect(row, label);
     if (isHighlighted) PaintSelection(painter, marked);
     PaintCheckBox(painter, row, parts.check);
     PaintIcon(painter, row, parts.icon);
     SetTextColour(painter, isHighlighted);
-    if (view == ListView::kIcons) {
-        PaintWrapped(painter, parts.label, Text(row, 0));
-    } else {
-        PaintLine(painter, parts.label.adjusted(kCellMargin, 0, -kCellMargin, 0), Text(row, 0),
-                  Qt::AlignLeft);
-    }
+    if (view == ListView::kIcons)
+        PaintWrapped(painter, label, Text(row, 0));
+    else
+        PaintLine(painter, label.adjusted(kCellMargin, 0, -kCellMargin, 0), Text(row, 0), Qt::AlignLeft);
     if (view == ListView::kReport) PaintOtherColumns(painter, row, cell, isHighlighted && isFullRow);
     if (isFocused) PaintFocus(painter, marked);
 }

@@ -30,6 +30,7 @@ class ListPainter {
         QRect label;  // the room for the text
     };
     Parts PartsOf(const QRect& cell) const;
+    QRect LabelOf(int row, const QRect& cell) const;
     QSize CheckSize() const;
     QSize IconSize() const;
     int RowHeight() const;
