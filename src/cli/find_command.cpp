@@ -1,9 +1,9 @@
 // find: the objects of a tree in whose lists an account has an entry, or which it owns.
 #include <chrono>
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "cli/account_option.h"
@@ -16,50 +16,32 @@
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
-#include "platform/raw_security.h"
 #include "platform/terminal.h"
-#include "report/report_json.h"
+#include "report/found_objects.h"
 #include "saved/tree_source.h"
 #include "survey/entry_search.h"
 
 namespace permora {
 namespace {
 
-enum class FoundForm : std::uint8_t { kLines, kNulSeparated, kJson };
-
-Json FoundJson(const FoundEntries& found) {
-    Json json = Json::object();
-    if (found.owner) {
-        AccountRecord owner;
-        owner.sid = found.owner;
-        json["owner"] = AccountDisplayName(owner);
-        json["ownerSid"] = owner.GetSidText();
-        return json;
-    }
-    std::vector<std::uint8_t> bytes;
-    json["entries"] = Json::array();
-    if (!found.entries.AppendTo(bytes)) return json;
-    auto* const list = reinterpret_cast<PACL>(bytes.data());
-    json["entries"] = EntriesJson(list, AccessEntryList(found.entries.entries));
-    return json;
-}
+enum class PathForm : std::uint8_t { kLines, kNulSeparated, kJson };
 
 // Prints the paths as they are found.
 class FoundOutput {
   public:
-    explicit FoundOutput(FoundForm wanted) : form(wanted) {}
+    explicit FoundOutput(PathForm wanted) : form(wanted) {}
 
     void Add(const Target& target, const ReadObject& object, const FoundEntries& found) {
         const std::string below(object.path);
         switch (form) {
-            case FoundForm::kLines:
+            case PathForm::kLines:
                 Print(TypedPath(target, below) + '\n');
                 break;
-            case FoundForm::kNulSeparated:
+            case PathForm::kNulSeparated:
                 WriteText(stdout, PathBelowArgument(target.argument, below) + '\0');
                 break;
-            case FoundForm::kJson:
-                AddJson(TypedPath(target, below), object.is, found);
+            case PathForm::kJson:
+                Print(json->Add({TypedPath(target, below), object.is, &found}));
                 break;
         }
         // Whoever reads them wants the first at once; a call for each of a million would take seconds.
@@ -69,23 +51,14 @@ class FoundOutput {
         flushed = std::chrono::steady_clock::now();
     }
     void End() {
-        if (form == FoundForm::kJson) array.End();
+        if (form == PathForm::kJson) Print(json->End());
     }
     // Nobody takes what is printed any more.
     bool IsBroken() const { return isBroken; }
 
   private:
-    void AddJson(const std::string& path, TreeObjectKind kind, const FoundEntries& found) {
-        auto known = texts.find(&found);
-        if (known == texts.end()) known = texts.emplace(&found, FoundJson(found)).first;
-        Json json = {{"path", path}, {"kind", KindWord(kind)}};
-        json.update(known->second);
-        array.Add(json);
-    }
-
-    const FoundForm form;
-    JsonArrayPrinter array;
-    std::unordered_map<const FoundEntries*, Json> texts;
+    const PathForm form;
+    const std::unique_ptr<FoundForm> json = MakeFoundJson();
     std::chrono::steady_clock::time_point flushed;
     bool isBroken = false;
 };
@@ -201,9 +174,7 @@ EntryCriteria FindCommand::Criteria() {
 
 ExitCode FindCommand::Begin(const std::vector<Target>& /*targets*/) {
     WatchForInterrupts();
-    const FoundForm form = json           ? FoundForm::kJson
-                           : nulSeparated ? FoundForm::kNulSeparated
-                                          : FoundForm::kLines;
+    const PathForm form = json ? PathForm::kJson : nulSeparated ? PathForm::kNulSeparated : PathForm::kLines;
     search.emplace(Criteria());
     output.emplace(form);
     line.emplace(quiet ? Progress::kQuiet : Progress::kShown);

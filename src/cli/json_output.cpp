@@ -1,95 +1,19 @@
 #include "cli/json_output.h"
 
-#include <vector>
-
 #include "cli/terminal_output.h"
-#include "cli/terminal_text.h"
-#include "security/access_rights.h"
-#include "security/entry_details.h"
 
 namespace permora {
-namespace {
-
-Json EntryJson(const AccessEntry& entry, EntryDetails& details) {
-    Json json = {
-        {"type", EntryTypeName(entry.aceType)},
-        {"aceType", entry.aceType},
-        {"account", AccountDisplayName(details.account)},
-        {"sid", details.account.GetSidText()},
-        {"mask", "0x" + HexText(WithoutSynchronize(entry.mask))},
-        {"synchronize", (entry.mask & SYNCHRONIZE) != 0},
-        {"permission", PermissionText(entry.mask)},
-        {"inherited", entry.IsInherited()},
-        {"applyTo", ScopeTextFromFlags(entry.aceFlags)},
-        {"childrenOnly", IsForDirectChildrenOnly(entry.aceFlags)},
-        {"flags", entry.aceFlags},
-        {"sddl", details.text.empty() ? Json() : Json(details.text)},
-    };
-    constexpr BYTE kResourceAttribute = 0x12;
-    const char* const dataKey = entry.aceType == kResourceAttribute ? "attribute" : "condition";
-    if (!details.objectType.empty()) json["objectType"] = details.objectType;
-    if (!details.inheritedObjectType.empty()) json["inheritedObjectType"] = details.inheritedObjectType;
-    if (!details.condition.empty()) json[dataKey] = details.condition;
-    return json;
-}
-
-std::string HexOfBytes(std::string_view text) {
-    std::string digits;
-    for (const char byte : text) {
-        const std::string pair = HexText(static_cast<unsigned char>(byte));
-        digits += std::string(2 - pair.size(), '0') + pair;
-    }
-    return digits;
-}
-
-// The value, with the bytes of those of its texts that are not UTF-8.
-Json WithBytes(const Json& value) {
-    if (!value.is_structured()) return value;
-    if (value.is_array()) {
-        Json whole = Json::array();
-        for (const Json& element : value)
-            whole.push_back(WithBytes(element));
-        return whole;
-    }
-    Json whole = Json::object();
-    for (const auto& [key, member] : value.items()) {
-        whole[key] = WithBytes(member);
-        const auto* text = member.get_ptr<const std::string*>();
-        if (text != nullptr && !IsUtf8(*text)) whole[key + "Bytes"] = HexOfBytes(*text);
-    }
-    return whole;
-}
-
-std::string TextOf(const Json& value) {
-    return WithBytes(value).dump(2, ' ', true, Json::error_handler_t::replace);
-}
-
-}  // namespace
 
 void PrintJson(const Json& document) {
-    Print(TextOf(document) + '\n');
+    Print(JsonText(document) + '\n');
 }
 
 void JsonArrayPrinter::Add(const Json& element) {
-    std::string text = (isEmpty ? "[\n" : ",\n") + TextOf(element);
-    for (std::size_t line = text.find('\n'); line != std::string::npos; line = text.find('\n', line + 1))
-        text.insert(line + 1, "  ");
-    isEmpty = false;
-    Print(text);
+    Print(array.Add(element));
 }
 
 void JsonArrayPrinter::End() {
-    Print(isEmpty ? "[]\n" : "\n]\n");
-}
-
-Json EntriesJson(PACL dacl, const AccessEntryList& entries) {
-    if (dacl == nullptr) return {};
-    // As many as `entries`, which were read from `dacl`.
-    std::vector<EntryDetails> details = DetailsOfEntries(dacl);
-    Json array = Json::array();
-    for (std::size_t i = 0; i < entries.Entries().size() && i < details.size(); ++i)
-        array.push_back(EntryJson(entries.Entries()[i], details[i]));
-    return array;
+    Print(array.End());
 }
 
 void PrintJsonObjects(const Json& objects, std::size_t paths) {

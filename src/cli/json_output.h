@@ -2,14 +2,11 @@
 #pragma once
 
 #include <cstddef>
-#include <nlohmann/json.hpp>
 
 #include "cli/command.h"
-#include "security/access_entry_list.h"
+#include "report/json_text.h"
 
 namespace permora {
-
-using Json = nlohmann::ordered_json;
 
 enum class JsonShape { kObjects, kArray };
 
@@ -21,24 +18,18 @@ struct JsonFlag : Flag {
                                           : "As JSON: one object, or an array of several") {}
 };
 
-// In ASCII, with \u escapes for all other characters. In a text that is not UTF-8, U+FFFD replaces the
-// invalid bytes. If it is the member "x" of an object, the member "xBytes" after it holds all bytes in
-// hexadecimal.
+// As JsonText, with a line break.
 void PrintJson(const Json& document);
 
-// An array that is printed element by element, as PrintJson would print the whole.
+// An array that is printed element by element.
 class JsonArrayPrinter {
   public:
     void Add(const Json& element);
     void End();
 
   private:
-    bool isEmpty = true;
+    JsonArrayText array;
 };
-
-// The entries of a list, which were loaded from `dacl`: null where there is no list and everyone may do
-// everything, [] where the list is empty and nobody may do anything.
-Json EntriesJson(PACL dacl, const AccessEntryList& entries);
 
 // One object for each path that the user gave and that could be read. For a single path, the object is not in
 // an array, so that a script need not unwrap it.

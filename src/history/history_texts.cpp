@@ -119,18 +119,6 @@ const char* ChangeStateText(ChangeState state) {
     return "unknown";
 }
 
-std::string GroupedNumber(std::uint64_t number) {
-    constexpr std::size_t kGroup = 3;
-    std::string digits = std::to_string(number);
-    for (std::size_t place = digits.size(); place > kGroup; place -= kGroup)
-        digits.insert(place - kGroup, 1, ',');
-    return digits;
-}
-
-std::string ObjectsText(std::uint64_t count) {
-    return GroupedNumber(count) + (count == 1 ? " object" : " objects");
-}
-
 std::string HistoryFailureText(DWORD error) {
     for (const FailureText& each : kFailureTexts)
         if (each.error == error) return each.text;

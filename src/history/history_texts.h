@@ -5,6 +5,7 @@
 #include <string>
 
 #include "history/history.h"
+#include "platform/grouped_number.h"
 
 namespace permora {
 
@@ -18,11 +19,6 @@ std::string ShortChangeText(const ChangeFacts& change);
 std::string ChangeTimeText(std::int64_t time);
 // "done", "cut off", "undone".
 const char* ChangeStateText(ChangeState state);
-
-// "1,234,567".
-std::string GroupedNumber(std::uint64_t number);
-// "1 object", "1,234 objects".
-std::string ObjectsText(std::uint64_t count);
 
 // Why the history cannot be read or written, in sentences: one of the codes of History.
 std::string HistoryFailureText(DWORD error);

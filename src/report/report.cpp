@@ -57,9 +57,7 @@ Report::Report(Survey& surveyed, const SurveyRows& rows, const SurveySummary& su
 }
 
 std::string ShownAccountName(Survey& survey, const nt::Sid& sid) {
-    const SurveyedAccounts::Account& account = survey.Accounts().Find(sid);
-    const bool isKnown = account.standing == AccountStanding::kKnown && !account.name.name.empty();
-    return isKnown ? QualifiedAccountName(account.name.domain, account.name.name) : sid.ToText();
+    return survey.Accounts().NameOf(sid);
 }
 
 bool RowChoice::Fits(const SurveyRow& row) {

@@ -1,13 +1,12 @@
 #include "report/report_json.h"
 
 #include <array>
-#include <cstdio>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "platform/nt/ace_bits.h"
 #include "platform/security_change.h"
 #include "platform/system_message.h"
+#include "report/json_text.h"
 #include "report/visible_text.h"
 #include "saved/base64.h"
 #include "saved/descriptor_text.h"
@@ -16,8 +15,6 @@
 
 namespace permora {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr std::array<std::pair<TreeObjectKind, const char*>, 4> kKindWords = {{
     {TreeObjectKind::kFile, "file"},
@@ -46,24 +43,11 @@ std::string LineOf(const Json& value) {
     return value.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
-std::string Hex(std::uint32_t value) {
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "0x%x", static_cast<unsigned>(value));
-    return text.data();
-}
-
 // A text whose bytes may be no UTF-8.
 void AddText(Json& object, const std::string& key, const std::string& text) {
     object[key] = text;
     if (IsWellFormedUtf8(text)) return;
-    std::string digits;
-    for (const char byte : text) {
-        constexpr const char* kDigits = "0123456789abcdef";
-        const auto value = static_cast<unsigned char>(byte);
-        digits += kDigits[value >> 4U];
-        digits += kDigits[value & 0xFU];
-    }
-    object[key + "Bytes"] = digits;
+    object[key + "Bytes"] = HexOfBytes(text);
 }
 
 Json SidTexts(std::span<const nt::Sid> sids) {
@@ -148,7 +132,7 @@ Json EntryJson(const AccessRow& row, const nt::Ace& entry) {
     return {{"type", row.type},
             {"account", row.name},
             {"sid", entry.sid ? Json(entry.sid->ToText()) : Json()},
-            {"mask", Hex(WithoutSynchronize(entry.mask))},
+            {"mask", MaskDigits(entry.mask)},
             {"synchronize", (entry.mask & SYNCHRONIZE) != 0},
             {"permission", row.permission},
             {"inherited", (entry.flags & nt::kInherited) != 0},

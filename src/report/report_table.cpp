@@ -1,8 +1,5 @@
 #include "report/report_table.h"
 
-#include <array>
-#include <cstdio>
-
 #include "platform/system_message.h"
 #include "report/report_json.h"
 #include "report/visible_text.h"
@@ -12,24 +9,11 @@
 namespace permora {
 namespace {
 
-std::string CsvLine(std::initializer_list<std::string_view> cells) {
-    std::string line;
-    for (const std::string_view cell : cells)
-        line += (line.empty() ? "" : ",") + CsvCell(cell);
-    return line + "\r\n";
-}
-
 std::string CodesOf(RemarkSet remarks) {
     std::string codes;
     for (const Remark remark : remarks)
         codes += (codes.empty() ? "" : " ") + std::string(CodeOf(remark));
     return codes;
-}
-
-std::string MaskText(DWORD mask) {
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "0x%x", static_cast<unsigned>(WithoutSynchronize(mask)));
-    return text.data();
 }
 
 // The lines of one object: at least one, whatever its list has.
@@ -50,7 +34,7 @@ std::string LinesOf(const Report& report, const ReportRow& row) {
         const nt::Ace& ace = list.entries[entry.entryIndex];
         const char* const limit = IsForDirectChildrenOnly(ace.flags) ? "direct children only" : "";
         lines += CsvLine({path, kind, remarks, list.owner, inherits, entry.type, entry.name,
-                          ace.sid ? ace.sid->ToText() : "", entry.permission, MaskText(ace.mask),
+                          ace.sid ? ace.sid->ToText() : "", entry.permission, MaskDigits(ace.mask),
                           entry.inheritance,
                           entry.applyTo + std::string(limit[0] == '\0' ? "" : "; ") + limit, note});
     }

@@ -118,6 +118,13 @@ std::string CsvCell(std::string_view text) {
     return quoted + '"';
 }
 
+std::string CsvLine(std::initializer_list<std::string_view> cells) {
+    std::string line;
+    for (const std::string_view& cell : cells)
+        line += (&cell == cells.begin() ? "" : ",") + CsvCell(cell);
+    return line + "\r\n";
+}
+
 bool IsWellFormedUtf8(std::string_view text) {
     while (!text.empty()) {
         const Utf8Character next = FirstUtf8Character(text);
@@ -125,6 +132,17 @@ bool IsWellFormedUtf8(std::string_view text) {
         text.remove_prefix(next.bytes);
     }
     return true;
+}
+
+std::string HexOfBytes(std::string_view bytes) {
+    constexpr const char* kDigits = "0123456789abcdef";
+    std::string digits;
+    for (const char byte : bytes) {
+        const auto value = static_cast<unsigned char>(byte);
+        digits += kDigits[value >> 4U];
+        digits += kDigits[value & 0xFU];
+    }
+    return digits;
 }
 
 }  // namespace permora

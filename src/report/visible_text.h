@@ -1,6 +1,7 @@
 // Texts from a disk or an account database, made fit for a page and for tables.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,11 @@ std::string ScriptText(std::string_view json);
 // formula gets an apostrophe before it, which spreadsheets take for the sign of a text.
 std::string CsvCell(std::string_view text);
 
+// Cells as a line of such a table.
+std::string CsvLine(std::initializer_list<std::string_view> cells);
+
 bool IsWellFormedUtf8(std::string_view text);
+// Two hexadecimal digits for each byte.
+std::string HexOfBytes(std::string_view bytes);
 
 }  // namespace permora

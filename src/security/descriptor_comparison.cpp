@@ -56,9 +56,6 @@ std::string RightsText(DWORD mask) {
     return text;
 }
 
-namespace {
-
-// "Full control (This folder, subfolders and files; inherited)".
 std::string GrantText(const nt::Ace& ace, ComparedObject object) {
     std::string limits;
     if (object == ComparedObject::kFolder || (ace.flags & kScopeFlagsMask) != 0)
@@ -70,6 +67,8 @@ std::string GrantText(const nt::Ace& ace, ComparedObject object) {
     if ((ace.flags & INHERITED_ACE) != 0) addLimit("inherited");
     return RightsText(ace.mask) + (limits.empty() ? "" : " (" + limits + ')');
 }
+
+namespace {
 
 bool IsAllowOrDeny(const nt::Ace& ace) {
     return ace.type == ACCESS_ALLOWED_ACE_TYPE || ace.type == ACCESS_DENIED_ACE_TYPE;

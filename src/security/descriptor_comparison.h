@@ -32,6 +32,9 @@ std::string RightsText(DWORD mask);
 // The descriptors of files say nothing about what is below.
 enum class ComparedObject { kFile, kFolder };
 
+// What an entry gives or takes: "Full control (This folder, subfolders and files; inherited)".
+std::string GrantText(const nt::Ace& ace, ComparedObject object);
+
 // The owner, whether the list inherits, then the entries in the order of the lists: an entry that both lists
 // have, or that has other rights in one of them, has one row. The primary group and the system access list
 // have rows where they differ, and a list where it is null, absent or empty. Null: there is no descriptor.

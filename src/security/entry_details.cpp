@@ -1,12 +1,15 @@
 #include "security/entry_details.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdio>
 #include <iterator>
 #include <optional>
 
 #include "platform/nt/sddl_ace.h"
 #include "platform/raw_security.h"
+#include "security/access_rights.h"
 
 namespace permora {
 namespace {
@@ -81,6 +84,12 @@ std::vector<EntryDetails> DetailsOfEntries(PACL acl) {
 bool IsForDirectChildrenOnly(BYTE aceFlags) {
     return (aceFlags & NO_PROPAGATE_INHERIT_ACE) != 0 &&
            (aceFlags & (OBJECT_INHERIT_ACE | CONTAINER_INHERIT_ACE)) != 0;
+}
+
+std::string MaskDigits(DWORD mask) {
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "0x%x", static_cast<unsigned>(WithoutSynchronize(mask)));
+    return text.data();
 }
 
 std::string EntryTypeName(BYTE aceType) {

@@ -27,6 +27,9 @@ std::vector<EntryDetails> DetailsOfEntries(PACL acl);
 // Whether such an entry of a folder is handed down by exactly one level.
 bool IsForDirectChildrenOnly(BYTE aceFlags);
 
+// "0x1200a9", without SYNCHRONIZE.
+std::string MaskDigits(DWORD mask);
+
 // "Allow", "Callback allow", "Mandatory label"; "Type 200" for one that is not known.
 std::string EntryTypeName(BYTE aceType);
 

@@ -6,6 +6,7 @@
 #include "platform/nt/well_known_sids.h"
 #include "platform/raw_security.h"
 #include "platform/resources.h"
+#include "security/account_record.h"
 
 namespace permora {
 namespace {
@@ -81,6 +82,12 @@ std::size_t SurveyedAccounts::Hash::operator()(const nt::Sid& sid) const {
 const SurveyedAccounts::Account& SurveyedAccounts::Find(const nt::Sid& sid) {
     const auto found = accounts.find(sid);
     return found == accounts.end() ? accounts.emplace(sid, Ask(sid)).first->second : found->second;
+}
+
+std::string SurveyedAccounts::NameOf(const nt::Sid& sid) {
+    const Account& account = Find(sid);
+    const bool isKnown = account.standing == AccountStanding::kKnown && !account.name.name.empty();
+    return isKnown ? QualifiedAccountName(account.name.domain, account.name.name) : sid.ToText();
 }
 
 SurveyedAccounts::Account SurveyedAccounts::Ask(const nt::Sid& sid) {

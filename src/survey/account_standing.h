@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <unordered_map>
 
 #include "platform/accounts.h"
@@ -40,6 +41,8 @@ class SurveyedAccounts {
     };
     // Lives as long as this.
     const Account& Find(const nt::Sid& sid);
+    // DOMAIN\name, or the SID's text where no account is known.
+    std::string NameOf(const nt::Sid& sid);
 
   private:
     struct Hash {

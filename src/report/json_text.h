@@ -1,0 +1,33 @@
+// JSON for programs, as the terminal program and windows write it.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "security/access_entry_list.h"
+
+namespace permora {
+
+using Json = nlohmann::ordered_json;
+
+// In ASCII, with \u escapes for all other characters, without a line break at the end. In a text that is not
+// UTF-8, U+FFFD replaces the invalid bytes. If it is the member "x" of an object, the member "xBytes" after
+// it holds all bytes in hexadecimal.
+std::string JsonText(const Json& document);
+
+// An array that is written element by element: the parts together are the JsonText of the whole, and a line
+// break.
+class JsonArrayText {
+  public:
+    std::string Add(const Json& element);
+    std::string End();
+
+  private:
+    bool isEmpty = true;
+};
+
+// The entries of a list, which were loaded from `dacl`: null where there is no list and everyone may do
+// everything, [] where the list is empty and nobody may do anything.
+Json EntriesJson(PACL dacl, const AccessEntryList& entries);
+
+}  // namespace permora
