@@ -218,6 +218,15 @@ TakeDialog settings "Permora Settings" Keys alt+f s
 CloseDialog "Permora Settings" "$window" Keys Escape
 TakeDialog history "History" Keys alt+s h
 CloseDialog "History" "$window" Keys Escape
+
+OpenDialog "Find" Keys ctrl+f
+TypeText Users
+Keys Return
+WaitUntil "what is found" HasWindowLike "Find - "
+Settle
+Take find "$found"
+Keys ctrl+w
+WaitUntil "the main window to be active" IsActive "$window"
 Quit
 EndRun >/dev/null
 echo "The pictures are in $project/docs/pictures."

@@ -77,6 +77,8 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_WIZARD, Notify::kCommand, &CMainFrame::StartWizard},
             {ID_EDIT_UNDO, Notify::kCommand, &CMainFrame::UndoLastChange},
             {ID_HISTORY, Notify::kCommand, &CMainFrame::ShowHistory},
+            {ID_FIND, Notify::kCommand, &CMainFrame::Find},
+            {ID_FIND, Notify::kUpdateCommand, &CMainFrame::OnUpdateFind},
             {ID_EDIT_UNDO, Notify::kUpdateCommand, &CMainFrame::OnUpdateUndo},
             {ID_SHOW_SHARES, Notify::kUpdateCommand, &CMainFrame::OnUpdateSharesMode},
             {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
@@ -151,6 +153,11 @@ void CMainFrame::OnSize(Size client) {
 void CMainFrame::OnClose() {
     KeepSettings();
     CFrameWnd::OnClose();
+}
+
+void CMainFrame::OnDestroy() {
+    survey.CloseWindows();
+    CFrameWnd::OnDestroy();
 }
 
 // ---- Settings ----
@@ -290,17 +297,20 @@ void CMainFrame::EditSettings() {
 
 // The editor shows the first selected item and works on all of them.
 void CMainFrame::OpenSecurityEditor() {
-    if (view.List().GetSelectedCount() > 1 && settings.block.showIntermediateInfo != 0) {
-        CInfoDlg1 notice(this);
-        notice.showIntermediateInfo = &settings.block.showIntermediateInfo;
-        notice.DoModal();
-    }
+    TellOfSeveral(*this, static_cast<std::size_t>(view.List().GetSelectedCount()));
     Place place;
     if (!view.HoldSelection(place)) return;
     if (place.kind == PlaceKind::kShares)
         EditShareSecurity(this, place, changes);
     else
         EditSecurity(this, place, changes);
+}
+
+void CMainFrame::TellOfSeveral(CWnd& window, std::size_t count) {
+    if (count < 2 || settings.block.showIntermediateInfo == 0) return;
+    CInfoDlg1 notice(&window);
+    notice.showIntermediateInfo = &settings.block.showIntermediateInfo;
+    notice.DoModal();
 }
 
 // For the properties of a row.
@@ -367,6 +377,37 @@ void CMainFrame::UndoLastChange() {
 
 void CMainFrame::ShowHistory() {
     history.Show();
+}
+
+void CMainFrame::Find() {
+    survey.Find();
+}
+
+void CMainFrame::OnUpdateFind(Notification& notification) {
+    notification.state.enabled = survey.IsOffered();
+}
+
+// ---- What the windows of results ask for ----
+
+// Objects that are gone are told of, and the editor shows the others.
+void CMainFrame::EditResults(CWnd& window, const std::vector<ResultObject>& objects) {
+    const HeldResults held = HoldResults(objects);
+    if (!held.failures.empty()) {
+        const Outcome& first = held.failures.front();
+        const std::size_t more = held.failures.size() - 1;
+        std::string text = first.object + ": " + LineText(first);
+        if (more > 0) text += "\nand " + std::to_string(more) + " more";
+        ShowErrorBox(window.GetSafeHwnd(), text.c_str());
+    }
+    if (held.place.items.empty()) return;
+    TellOfSeveral(window, held.place.items.size());
+    EditSecurity(&window, held.place, held.firstName, changes);
+}
+
+void CMainFrame::ShowInFolder(const ResultObject& object) {
+    LeaveSharesMode();
+    Activate();
+    view.ShowItem(object.path);
 }
 
 // Asked for when the menu opens and when the key is pressed, not while the program is idle.

@@ -6,6 +6,7 @@
 #include "app/history_commands.h"
 #include "app/settings_record.h"
 #include "app/settings_store.h"
+#include "app/survey_commands.h"
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
 #include "framework/bars.h"
@@ -17,7 +18,7 @@
 
 namespace permora {
 
-class CMainFrame : public CFrameWnd {
+class CMainFrame : public CFrameWnd, private ResultsHost {
   public:
     // Puts the window where the settings say and shows it.
     void RestorePlacement();
@@ -39,7 +40,8 @@ class CMainFrame : public CFrameWnd {
   protected:
     // Ends the process when the settings cannot be read, as when the program is not installed for this user.
     bool OnCreate() override;
-    void OnClose() override;  // keeps the settings
+    void OnClose() override;    // keeps the settings
+    void OnDestroy() override;  // closes the windows of results
     void OnSize(Size client) override;
     const MessageMap& GetMessageMap() const override;
 
@@ -71,8 +73,13 @@ class CMainFrame : public CFrameWnd {
     void StartWizard();
     void UndoLastChange();
     void ShowHistory();
+    void Find();
     void OnUpdateUndo(Notification& notification);
+    void OnUpdateFind(Notification& notification);
     void EditItemAt(const std::string& path);
+    void TellOfSeveral(CWnd& window, std::size_t count);
+    void EditResults(CWnd& window, const std::vector<ResultObject>& objects) override;
+    void ShowInFolder(const ResultObject& object) override;
     Outcome HoldItemAt(const std::string& path, Place& place) const;
     void OnUpdateFileCommand(Notification& notification);
     void OnUpdateSharesMode(Notification& notification);
@@ -87,6 +94,7 @@ class CMainFrame : public CFrameWnd {
     ChangeSession changes{History::UsualPath(), LoadHistoryLimits()};
     RepeatedWork domainTimer;
     HistoryCommands history{*this, [this] { view.RefreshList(); }};
+    SurveyCommands survey{*this, view, *this};
     std::string offlineText;  // in the status bar; empty: the domain answers
     PropertiesService properties{*this, [this](const std::string& path) { EditItemAt(path); }};
 };

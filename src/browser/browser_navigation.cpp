@@ -88,14 +88,33 @@ void BrowserView::GoToLocation(const std::string& text) {
     if (outcome.IsDone()) GoTo(std::make_unique<FolderRows>(typed->Folder()));
 }
 
-// Shows another location and records it. On failure, reports the reason and shows the previous location.
-void BrowserView::GoTo(std::unique_ptr<RowSource> source) {
+// Shows another location and records it. On false, the reason was reported, and the previous location is
+// shown.
+bool BrowserView::GoTo(std::unique_ptr<RowSource> source) {
     if (const Outcome outcome = Show(std::move(source)); !outcome.IsDone()) {
         ShowOutcome(GetSafeHwnd(), outcome);
         if (!ShowLocationAgain()) ShowFatalErrorBox(GetSafeHwnd(), "Error: unknown error");
-        return;
+        return false;
     }
     history.Record(location->Folder());
+    return true;
+}
+
+void BrowserView::ShowItem(const std::string& path) {
+    const std::string folder = FolderAbove(path);
+    if ((folder.empty() || Rows().Folder() != folder) && !GoTo(RowsOf(folder))) return;
+    const std::string name = folder.empty() ? path : NameInFolder(path);
+    if (RowNamed(name) < 0) RefreshList();  // it may be new
+    const int row = RowNamed(name);
+    if (row < 0) {
+        ShowInfoBox(GetSafeHwnd(), ("The list does not show \"" + name + "\".").c_str());
+        return;
+    }
+    for (int other = list.NextSelected(0); other >= 0; other = list.NextSelected(other + 1))
+        list.SetSelected(other, false);
+    list.SetSelected(row, true);
+    list.SetSelectionMark(row);
+    list.SetFocusedRow(row);
 }
 
 void BrowserView::OpenSelected() {

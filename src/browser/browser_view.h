@@ -66,6 +66,9 @@ class BrowserView : public CWnd {
     void GoToRoot();  // to the drives
     // To the typed path; relative paths begin at the folder shown.
     void GoToLocation(const std::string& text);
+    // Shows the folder of the object with that full path, and selects the object. If the list does not show
+    // it, a message says so.
+    void ShowItem(const std::string& path);
     // Opens the row that the user was at last.
     void OpenSelected();
     void OpenFolderRow(const std::string& name);
@@ -110,7 +113,7 @@ class BrowserView : public CWnd {
     // Navigation.
     bool ShowLocationAgain();
     bool ShowNearestParent();
-    void GoTo(std::unique_ptr<RowSource> source);
+    bool GoTo(std::unique_ptr<RowSource> source);
 
     // Notifications of the list and commands.
     void OnDoubleClick(Notification& notification);

@@ -10,8 +10,9 @@ namespace {
 
 class CPSheet : public CPropertySheet {
   public:
-    CPSheet(CWnd* owner, const Place& place, ChangeSession& changes) : remembered(RememberPlace(place)) {
-        Construct("Security Editor - " + place.names.front(), owner);
+    CPSheet(CWnd* owner, const RememberedPlace& place, const std::string& name, ChangeSession& changes)
+        : remembered(place) {
+        Construct("Security Editor - " + name, owner);
         permissionsPage.place = &remembered;
         permissionsPage.changes = &changes;
         ownerPage.place = &remembered;
@@ -39,7 +40,12 @@ class CPSheet : public CPropertySheet {
 }  // namespace
 
 void EditSecurity(CWnd* owner, const Place& place, ChangeSession& changes) {
-    CPSheet(owner, place, changes).DoModal();
+    EditSecurity(owner, RememberPlace(place), place.names.front(), changes);
+}
+
+void EditSecurity(CWnd* owner, const RememberedPlace& place, const std::string& name,
+                  ChangeSession& changes) {
+    CPSheet(owner, place, name, changes).DoModal();
 }
 
 }  // namespace permora

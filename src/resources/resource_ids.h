@@ -6,6 +6,10 @@
 #define IDR_MAIN_FRAME 120
 #define IDR_CONTEXT_MENUS 189
 
+// The same of a window of results.
+#define IDR_RESULTS 121
+#define IDR_RESULTS_CONTEXT 190
+
 // Icons: drives and shares.
 #define IDI_DRIVE_REMOVABLE 140
 #define IDI_DRIVE_FIXED 142
@@ -80,6 +84,7 @@
 #define ID_PERMISSIONS 153
 #define ID_SECURE_DELETION 154
 #define ID_HISTORY 32810
+#define ID_FIND 32811
 
 // Commands: selection and files. Undo and the clipboard commands have the framework's standard numbers.
 #define ID_SELECT_ALL 131
@@ -93,6 +98,16 @@
 #define ID_EDIT_CUT 57635
 #define ID_EDIT_PASTE 57637
 #define ID_EDIT_UNDO 57643
+
+// Commands: windows of results.
+#define ID_SAVE_RESULTS 32820
+#define ID_CLOSE_RESULTS 32821
+#define ID_STOP_RESULTS 32822
+#define ID_COPY_PATHS 32824
+#define ID_SHOW_IN_FOLDER 32825
+// Those of the pages, which the window adds to its menu.
+#define IDP_FIRST_RESULT_PAGE 32830
+#define IDP_LAST_RESULT_PAGE 32837
 
 // Commands: view. Toolbar and status bar have the framework's standard numbers.
 #define ID_VIEW_ICONS 135
@@ -301,6 +316,22 @@
 #define IDD_UNDO 291
 #define IDC_UNDO_PROGRESS 1236
 #define IDC_STOP_UNDO 1237
+
+// What a search is to look for, and the bar of a window of results.
+#define IDD_FIND 292
+#define IDC_FIND_IN_SELECTION 1240
+#define IDC_FIND_IN_FOLDER 1241
+#define IDC_FIND_ONE_ACCOUNT 1242
+#define IDC_FIND_ACCOUNT 1243
+#define IDC_FIND_BROWSE_ACCOUNT 1244
+#define IDC_FIND_GONE_ACCOUNTS 1245
+#define IDC_FIND_ENTRIES 1246
+#define IDC_FIND_RIGHTS 1247
+#define IDC_FIND_EFFECT 1248
+#define IDC_FIND_ORIGIN 1249
+#define IDC_FIND_OWNERS 1250
+#define IDD_RESULTS_BAR 293
+#define IDC_RESULTS_PAGE 1251
 
 // File attributes.
 #define IDD_ATTRIBUTES 242

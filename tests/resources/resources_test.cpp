@@ -191,13 +191,15 @@ TEST(Resources, EveryNumberHasAResourceAndEveryResourceAName) {
     EXPECT_EQ(Keys(Resources().bitmapSizes), NumbersWithPrefix("IDB_"));
 
     auto icons = NumbersWithPrefix("IDI_");
-    icons.insert(IDR_MAIN_FRAME);
+    icons.insert({IDR_MAIN_FRAME, IDR_RESULTS});
     EXPECT_EQ(Keys(Resources().iconSizes), icons);
 
     const auto commands = NumbersWithPrefix("ID_");
-    EXPECT_EQ(CommandNumbers(IDR_MAIN_FRAME), commands);
+    std::set<std::uint16_t> offered = CommandNumbers(IDR_MAIN_FRAME);
+    offered.merge(CommandNumbers(IDR_RESULTS));
+    EXPECT_EQ(offered, commands);
     auto strings = NumbersWithPrefix("IDS_");
-    strings.insert(IDR_MAIN_FRAME);
+    strings.insert({IDR_MAIN_FRAME, IDR_RESULTS});
     strings.insert(commands.begin(), commands.end());
     strings.erase(ID_WEB_SITE);  // the one command without a prompt
     EXPECT_EQ(Keys(Resources().strings), strings);
@@ -205,10 +207,11 @@ TEST(Resources, EveryNumberHasAResourceAndEveryResourceAName) {
     std::set<std::uint16_t> controls;
     for (const auto& entry : Resources().dialogs) {
         for (const ControlTemplate& control : entry.second.controls) {
+            const auto id = static_cast<std::uint16_t>(control.id);
+            // Buttons of bars are commands.
             if (control.id != kUnnamed && control.id != kOk && control.id != kCancel &&
-                control.id != ID_GO_TO_LOCATION) {
-                controls.insert(static_cast<std::uint16_t>(control.id));
-            }
+                !commands.contains(id))
+                controls.insert(id);
         }
     }
     EXPECT_EQ(controls, NumbersWithPrefix("IDC_"));
@@ -217,7 +220,7 @@ TEST(Resources, EveryNumberHasAResourceAndEveryResourceAName) {
 TEST(Resources, PicturesHaveTheSizesTheyAreShownIn) {
     for (const auto& [id, sizes] : Resources().iconSizes) {
         std::vector<int> expected = {16, 24, 32, 48};
-        if (id == IDR_MAIN_FRAME) expected.push_back(256);
+        if (id == IDR_MAIN_FRAME || id == IDR_RESULTS) expected.push_back(256);
         EXPECT_THAT(sizes, ::testing::UnorderedElementsAreArray(expected)) << "icon " << id;
     }
     const auto& bitmaps = Resources().bitmapSizes;
@@ -238,12 +241,13 @@ TEST(DialogTemplates, AreWindowsOfTheRightKind) {
         IDD_WIZARD_PERMISSIONS_PAGE};
     for (const auto& [id, dialog] : Resources().dialogs) {
         SCOPED_TRACE("dialog " + std::to_string(id));
-        EXPECT_EQ(dialog.caption.empty(), id == IDD_ADDRESS_BAR);
+        const bool isBar = id == IDD_ADDRESS_BAR || id == IDD_RESULTS_BAR;
+        EXPECT_EQ(dialog.caption.empty(), isBar);
         const std::uint32_t windowStyle = dialog.style & (kPopUp | kChild | kCaption | kDisabled);
         if (pages.contains(id))
             EXPECT_EQ(windowStyle, kChild | kCaption | kDisabled);
         else
-            EXPECT_EQ(windowStyle, id == IDD_ADDRESS_BAR ? kChild : kPopUp | kCaption);
+            EXPECT_EQ(windowStyle, isBar ? kChild : kPopUp | kCaption);
     }
 }
 
@@ -297,14 +301,14 @@ TEST(DialogTemplates, PutLabelsBeforeWhatTheyName) {
     }
 }
 
-TEST(Menus, ShowOnlyKeysThatWork) {
+void ExpectKeysThatWork(std::uint16_t frame, std::set<std::pair<std::string, std::uint16_t>> ownKeys) {
     constexpr std::uint16_t kShift = 4;
     constexpr std::uint16_t kControl = 8;
     constexpr std::uint16_t kAlt = 16;
     const std::map<std::string, std::uint16_t> keyNames = {
         {"Esc", 0x1B}, {"Del", 0x2E}, {"F1", 0x70}, {"F2", 0x71}, {"F5", 0x74}};
-    std::set<std::pair<std::string, std::uint16_t>> keys;
-    for (const AcceleratorTemplate& key : Resources().accelerators.at(IDR_MAIN_FRAME)) {
+    std::set<std::pair<std::string, std::uint16_t>> keys = std::move(ownKeys);
+    for (const AcceleratorTemplate& key : Resources().accelerators.at(frame)) {
         EXPECT_EQ(key.flags & kShift, 0);
         std::string text;
         text += (key.flags & kControl) != 0 ? "Ctrl+" : "";
@@ -314,15 +318,17 @@ TEST(Menus, ShowOnlyKeysThatWork) {
         text += name != keyNames.end() ? name->first : std::string(1, static_cast<char>(key.key));
         EXPECT_TRUE(keys.emplace(text, key.command).second) << text;
     }
-    // The list handles these itself.
-    keys.emplace("Del", ID_DELETE);
-    keys.emplace("Backspace", ID_GO_UP);
-
     std::set<std::pair<std::string, std::uint16_t>> shown;
-    for (const MenuItemTemplate& item : CommandsOf(Resources().menus.at(IDR_MAIN_FRAME)))
+    for (const MenuItemTemplate& item : CommandsOf(Resources().menus.at(frame)))
         if (const auto tab = item.text.find('\t'); tab != std::string::npos)
             shown.emplace(item.text.substr(item.text.find_first_not_of(' ', tab + 1)), item.id);
     EXPECT_EQ(shown, keys);
+}
+
+TEST(Menus, ShowOnlyKeysThatWork) {
+    // The list handles these itself.
+    ExpectKeysThatWork(IDR_MAIN_FRAME, {{"Del", ID_DELETE}, {"Backspace", ID_GO_UP}});
+    ExpectKeysThatWork(IDR_RESULTS, {});
 }
 
 TEST(Menus, HaveTheEntriesThatTheProgramFindsByPosition) {

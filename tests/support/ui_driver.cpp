@@ -275,4 +275,11 @@ WindowDriver UiDriver::MainWindow() {
     return WindowDriver(frames.empty() ? nullptr : frames.front());
 }
 
+WindowDriver UiDriver::WindowTitled(const TextMatcher& title) {
+    for (const HWND frame : OpenFrames())
+        if (title.Matches(WindowDriver(frame).Title())) return WindowDriver(frame);
+    ADD_FAILURE() << "no window of that title is open:" << DescribeOpenWindows();
+    return WindowDriver(nullptr);
+}
+
 }  // namespace permora::test

@@ -59,6 +59,8 @@ class UiDriver {
     // The window that is open and not modal: the program's frame. Fails the test when there is not exactly
     // one.
     static WindowDriver MainWindow();
+    // The one of that title, of several.
+    static WindowDriver WindowTitled(const TextMatcher& title);
 
   private:
     struct State;

@@ -1,0 +1,49 @@
+#include "app/survey_commands.h"
+
+#include <memory>
+#include <utility>
+
+#include "platform/api/messages.h"
+#include "results/find_dialog.h"
+#include "results/find_source.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+
+bool SurveyCommands::IsOffered() const {
+    if (view.IsShowing(PlaceKind::kShares)) return false;
+    return view.IsShowing(PlaceKind::kFolder) || view.List().GetSelectedCount() > 0;
+}
+
+std::string SurveyCommands::FolderText() const {
+    return view.Rows().Folder();
+}
+
+std::string SurveyCommands::SelectionText() const {
+    const std::vector<std::string> names = view.SelectedNames();
+    if (names.size() == 1) return names.front();
+    return names.empty() ? std::string() : std::to_string(names.size()) + " items";
+}
+
+std::vector<ResultTop> SurveyCommands::Tops(Extent extent) const {
+    Place place;
+    const std::vector<std::string> names =
+        extent == Extent::kSelection ? view.SelectedNames() : std::vector<std::string>();
+    const Outcome outcome = view.Rows().Hold(names, place);
+    ShowOutcome(owner.GetSafeHwnd(), outcome);
+    return outcome.IsDone() ? TopsOf(place, FolderText()) : std::vector<ResultTop>();
+}
+
+void SurveyCommands::Find() {
+    CFindDlg dialog(&owner);
+    dialog.folder = FolderText();
+    dialog.selection = SelectionText();
+    if (dialog.DoModal() != IDOK) return;
+    std::vector<ResultTop> tops =
+        Tops(dialog.place == SearchedPlace::kSelection ? Extent::kSelection : Extent::kFolder);
+    if (tops.empty()) return;
+    windows.Open(std::make_unique<FindSource>(std::move(tops), dialog.request.criteria, dialog.request.name),
+                 owner);
+}
+
+}  // namespace permora

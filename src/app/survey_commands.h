@@ -1,0 +1,39 @@
+// The main window's commands on whole trees: Find, and the windows with what was found.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "browser/browser_view.h"
+#include "framework/window.h"
+#include "results/result_tops.h"
+#include "results/results_windows.h"
+
+namespace permora {
+
+class SurveyCommands {
+  public:
+    // All outlive this object's use; the windows are closed before the main window is.
+    SurveyCommands(CWnd& ownerWindow, BrowserView& browser, ResultsHost& program)
+        : owner(ownerWindow), view(browser), windows(program) {}
+
+    // Asks for what, and shows where it is found.
+    void Find();
+    // Whether there is a tree to look at: a folder is shown, or drives of which some are selected.
+    bool IsOffered() const;
+    void CloseWindows() { windows.CloseAll(); }
+
+  private:
+    enum class Extent { kFolder, kSelection };
+    // Empty: they cannot be worked on, which has been reported.
+    std::vector<ResultTop> Tops(Extent extent) const;
+    std::string FolderText() const;
+    std::string SelectionText() const;
+
+    CWnd& owner;
+    BrowserView& view;
+    ResultsWindows windows;
+};
+
+}  // namespace permora

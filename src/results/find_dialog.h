@@ -1,0 +1,41 @@
+// CFindDlg: for which entries or owners, and where, a search is to look.
+#pragma once
+
+#include <string>
+
+#include "framework/dialog.h"
+#include "framework/list_ctrl.h"
+#include "results/find_choice.h"
+
+namespace permora {
+
+enum class SearchedPlace { kFolder, kSelection };
+
+class CFindDlg : public CDialog {
+  public:
+    explicit CFindDlg(CWnd* ownerWindow);
+
+    // Where it can look, for people; empty: there is none. At least one is not. The selection is offered
+    // first.
+    std::string folder;
+    std::string selection;
+
+    // After IDOK.
+    SearchedPlace place = SearchedPlace::kFolder;
+    FindRequest request;
+
+  protected:
+    bool OnInitDialog() override;
+    void OnOK() override;  // stays open when the account cannot be looked up
+    const MessageMap& GetMessageMap() const override;
+
+  private:
+    void OnBrowse();
+    void EnableFields();
+    FindChoice Choice() const;
+    std::uint32_t CheckedRights() const;
+    bool IsChecked(unsigned int id) const;
+    CListCtrl& Rights() const;
+};
+
+}  // namespace permora
