@@ -176,6 +176,17 @@ CloseDialog "Select Account Name" "$sheet" TypeAccount 'FILESERVER\anna'
 Take effective "$sheet"
 CloseDialog "Security Editor - Archive" "$window" Keys Escape
 
+# What is found in the window beside the main one.
+OpenDialog "Find" Keys ctrl+f
+TypeText Users
+Keys Return
+WaitUntil "what is found" HasWindowLike "Find - "
+Settle
+xdotool windowsize --sync "$found" 980 300
+Take find "$found"
+Keys ctrl+w
+WaitUntil "the main window to be active" IsActive "$window"
+
 # Shares: of each folder, as its dialog makes them.
 Step "shares" Keys alt+e h
 for name in Projects Inbox; do
@@ -218,15 +229,6 @@ TakeDialog settings "Permora Settings" Keys alt+f s
 CloseDialog "Permora Settings" "$window" Keys Escape
 TakeDialog history "History" Keys alt+s h
 CloseDialog "History" "$window" Keys Escape
-
-OpenDialog "Find" Keys ctrl+f
-TypeText Users
-Keys Return
-WaitUntil "what is found" HasWindowLike "Find - "
-Settle
-Take find "$found"
-Keys ctrl+w
-WaitUntil "the main window to be active" IsActive "$window"
 Quit
 EndRun >/dev/null
 echo "The pictures are in $project/docs/pictures."
