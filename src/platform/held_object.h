@@ -58,6 +58,8 @@ class HeldObject {
     HeldObject& operator=(HeldObject&& other) noexcept;
     ~HeldObject();
 
+    bool IsHeld() const { return inside != nullptr; }
+
     // Finds what a path of files.h names. What stands below a folder that is held is FolderHandle's to find.
     static DWORD Hold(const std::string& path, HeldObject& object);
 
@@ -68,6 +70,9 @@ class HeldObject {
     // itself. Never through a link (ERROR_CANT_RESOLVE_FILENAME), and never what is mounted below
     // (ERROR_NOT_SAME_DEVICE). ERROR_INVALID_NAME for what is no such path.
     DWORD HoldBelow(const std::string& path, HeldObject& object) const;
+    // Holds the folder that holds the object. No object (IsHeld) for the root of a volume, whatever its path
+    // may be.
+    DWORD HoldAbove(HeldObject& folder) const;
     // Before thousands of objects are held below this folder: where that is safe, files are opened from then
     // on so that their descriptors are reached in half the time. What is mounted below later is not noticed.
     void ExpectManyBelow();

@@ -1,64 +1,29 @@
 #include "survey/handed_down.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
 #include "platform/nt/ace_bits.h"
+#include "platform/nt/entry_effects.h"
 
 namespace permora {
 namespace {
 
-const nt::Sid& CreatorOwner() {
-    static const nt::Sid kSid(3, {0});
-    return kSid;
-}
-
-const nt::Sid& CreatorGroup() {
-    static const nt::Sid kSid(3, {1});
-    return kSid;
-}
-
-// An entry takes effect on the object, is handed on, or both. The two are compared apart.
-struct Effects {
-    std::vector<nt::Ace> here;
-    std::vector<nt::Ace> below;
-};
-
 enum class Entries : std::uint8_t { kInherited, kAll };
 
-void AddEffects(const nt::Ace& entry, nt::ObjectKind kind, Effects& effects) {
-    constexpr std::uint8_t kHandedOn = nt::kObjectInherit | nt::kContainerInherit;
-    nt::Ace bare = entry;
-    bare.mask = nt::MapGenericRights(entry.mask);
-    bare.flags = 0;
-    if ((entry.flags & nt::kInheritOnly) == 0) effects.here.push_back(bare);
-    // Nothing is below a file, and a file that has nothing but such entries inherits nothing.
-    if (kind == nt::ObjectKind::kFile || (entry.flags & kHandedOn) == 0) return;
-    bare.flags = entry.flags & (kHandedOn | nt::kNoPropagateInherit);
-    effects.below.push_back(std::move(bare));
-}
-
-Effects EffectsOf(const nt::Acl& list, nt::ObjectKind kind, Entries which) {
-    Effects effects;
+nt::EntryEffects EffectsOf(const nt::Acl& list, nt::ObjectKind kind, Entries which) {
+    nt::EntryEffects effects;
     for (const nt::Ace& entry : list.entries)
-        if (which == Entries::kAll || (entry.flags & nt::kInherited) != 0) AddEffects(entry, kind, effects);
+        if (which == Entries::kAll || (entry.flags & nt::kInherited) != 0)
+            nt::AddEffects(entry, kind, effects);
     return effects;
 }
 
-// Where `expected` names a creator, any account will do.
-bool IsSameEntry(const nt::Ace& found, const nt::Ace& expected) {
-    if (found == expected) return true;
-    if (expected.sid != CreatorOwner() && expected.sid != CreatorGroup()) return false;
-    nt::Ace other = found;
-    other.sid = expected.sid;
-    return found.sid && other == expected;
-}
-
-bool AreSame(const Effects& found, const Effects& expected) {
-    return std::ranges::equal(found.here, expected.here, IsSameEntry) &&
+bool AreSame(const nt::EntryEffects& found, const nt::EntryEffects& expected) {
+    return std::ranges::equal(found.here, expected.here, nt::IsSameEffect) &&
            std::ranges::equal(found.below, expected.below);
 }
 
@@ -73,7 +38,7 @@ void RemoveRepeated(std::vector<nt::Ace>& entries) {
     });
 }
 
-void RemoveRepeated(Effects& effects) {
+void RemoveRepeated(nt::EntryEffects& effects) {
     RemoveRepeated(effects.here);
     RemoveRepeated(effects.below);
 }
@@ -86,13 +51,13 @@ bool IsMarked(const nt::SecurityDescriptor& object) {
 
 bool AreAlike(const nt::SecurityDescriptor& object, const nt::Acl& above, nt::ObjectKind kind,
               Entries which) {
-    Effects found = EffectsOf(object.dacl, kind, which);
-    const nt::Acl withCreators = nt::InheritedEntries(above, kind, CreatorOwner(), CreatorGroup());
+    nt::EntryEffects found = EffectsOf(object.dacl, kind, which);
+    const nt::Acl withCreators = nt::InheritedEntries(above, kind, nt::CreatorOwner(), nt::CreatorGroup());
     if (AreSame(found, EffectsOf(withCreators, kind, Entries::kAll))) return true;
     // With the owner's and the group's own entries, some may stand there twice.
-    const nt::Acl handedDown = nt::InheritedEntries(above, kind, object.owner.value_or(CreatorOwner()),
-                                                    object.group.value_or(CreatorGroup()));
-    Effects expected = EffectsOf(handedDown, kind, Entries::kAll);
+    const nt::Acl handedDown = nt::InheritedEntries(above, kind, object.owner.value_or(nt::CreatorOwner()),
+                                                    object.group.value_or(nt::CreatorGroup()));
+    nt::EntryEffects expected = EffectsOf(handedDown, kind, Entries::kAll);
     RemoveRepeated(found);
     RemoveRepeated(expected);
     return AreSame(found, expected);

@@ -65,6 +65,16 @@ DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
     return error;
 }
 
+DWORD HeldObject::HoldAbove(HeldObject& folder) const {
+    HeldObject above;
+    auto held = std::make_unique<Inside>();
+    const DWORD error = OpenFolderOf(inside->object.get(), held->object);
+    if (error != ERROR_SUCCESS) return error;
+    if (held->object) above.inside = std::move(held);
+    folder = std::move(above);
+    return ERROR_SUCCESS;
+}
+
 std::uint64_t HeldObject::FileNumber() const {
     std::uint64_t number = 0;
     return NumberOf(inside->object.get(), number) == ERROR_SUCCESS ? number : 0;

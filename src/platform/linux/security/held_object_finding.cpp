@@ -136,6 +136,17 @@ DWORD HeldObject::HoldBelow(const std::string& path, HeldObject& object) const {
     return ERROR_SUCCESS;
 }
 
+DWORD HeldObject::HoldAbove(HeldObject& folder) const {
+    if (!inside->target.parent) {
+        folder = HeldObject();
+        return ERROR_SUCCESS;
+    }
+    auto held = std::make_unique<Inside>();
+    const DWORD error = host::ResolvePathFrom(inside->target.parent.Descriptor(), "", held->target);
+    if (error == ERROR_SUCCESS) folder.inside = std::move(held);
+    return error;
+}
+
 void HeldObject::ExpectManyBelow() {
     std::optional<host::UniqueFd> opened;
     if (IsFolder()) opened = host::OpenWithoutDevices(inside->target.object);
