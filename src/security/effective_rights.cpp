@@ -81,20 +81,12 @@ DWORD FindEffectiveRights(PACL dacl, const AccountGroups& groups, EffectiveRight
     return ERROR_SUCCESS;
 }
 
-// The rights of a list's first entries alone grow with each entry that grants something, and only with those.
 DWORD FindGrants(PACL dacl, const AccountGroups& groups, std::vector<Grant>& grants) {
     const std::optional<nt::Acl> list = AclOf(dacl);
     if (!list) return ERROR_INVALID_ACL;
     std::vector<Grant> found;
-    nt::Acl beginning;
-    DWORD before = 0;
-    for (const nt::Ace& entry : list->entries) {
-        beginning.entries.push_back(entry);
-        if (entry.type != ACCESS_ALLOWED_ACE_TYPE) continue;
-        const DWORD rights = nt::GrantedRights(beginning, groups.sids);
-        if ((rights & ~before) != 0) found.push_back({beginning.entries.size() - 1, rights & ~before});
-        before = rights;
-    }
+    for (const nt::RightsDecision& decision : nt::RightsDecisions(*list, groups.sids))
+        if (decision.isGrant) found.push_back({decision.index, decision.rights});
     grants = std::move(found);
     return ERROR_SUCCESS;
 }
