@@ -5,6 +5,7 @@
 
 #include "cli/account_option.h"
 #include "cli/commands.h"
+#include "cli/explanation_output.h"
 #include "cli/json_output.h"
 #include "cli/known_groups.h"
 #include "cli/listing.h"
@@ -26,6 +27,7 @@ struct Answer {
     ObjectSecurity object;
     std::optional<EffectiveRights> effective;  // nothing: there is no list, and everyone may do everything
     std::vector<std::string> remarks;
+    std::optional<PrintedExplanation> explanation;  // where one was asked for and there is a list
 };
 
 std::string TableText(const Target& target, const std::string& account, const Answer& answer) {
@@ -34,6 +36,7 @@ std::string TableText(const Target& target, const std::string& account, const An
     if (!answer.effective) return text;
     const DWORD rights = answer.effective->rights;
     text += std::string("  Permission: ") + PermissionText(rights) + '\n';
+    if (answer.explanation) return text + ExplanationText(*answer.explanation);
     std::vector<std::vector<std::string>> lines;
     for (const AccessRight& right : kSingleRights)
         lines.push_back({right.listName, IsEffective(right, rights) ? "yes" : "no"});
@@ -58,11 +61,12 @@ const char* OriginName(GroupsOrigin origin) {
 
 // "rights" is null where there is no list and everyone may do everything, and [] where nothing is left.
 Json AnswerJson(const Target& target, AccountRecord& account, const Answer& answer) {
-    Json json = {{"path", target.argument},     {"account", AccountDisplayName(account)},
-                 {"sid", account.GetSidText()}, {"mask", nullptr},
-                 {"synchronize", nullptr},      {"permission", nullptr},
-                 {"rights", nullptr},           {"groups", nullptr},
-                 {"remarks", answer.remarks},   {"note", kNotConsidered}};
+    Json json = {
+        {"path", target.argument},     {"account", AccountDisplayName(account)},
+        {"sid", account.GetSidText()}, {"mask", nullptr},
+        {"synchronize", nullptr},      {"permission", nullptr},
+        {"rights", nullptr},           {"groups", nullptr},
+        {"remarks", answer.remarks},   {"note", answer.explanation ? kNotExplained : kNotConsidered}};
     if (!answer.effective) return json;
     const auto [rights, origin] = *answer.effective;
     json["mask"] = "0x" + HexText(WithoutSynchronize(rights));
@@ -72,6 +76,7 @@ Json AnswerJson(const Target& target, AccountRecord& account, const Answer& answ
     json["rights"] = Json::array();
     for (const AccessRight& right : kSingleRights)
         if (IsEffective(right, rights)) json["rights"].push_back(right.listName);
+    if (answer.explanation) AddExplanation(*answer.explanation, json);
     return json;
 }
 
@@ -85,10 +90,15 @@ class EffectiveCommand : public ObjectCommand {
     bool Do(const Target& target) override;
     bool End() override;
     std::optional<Answer> Ask(const Target& target);
+    // False after a message.
+    bool Explain(const HeldObject& held, Answer& answer);
 
     AccountOption account{*this};
     Flag exact{*this, "--exact",
                "Count the groups that a logon would give a domain account now; only root may ask for them"};
+    Flag explain{*this, "--explain",
+                 "For each right the entry that decides it, through which group, and from which folder\n"
+                 "it is inherited; and what the shares leave that hold the object"};
     JsonFlag json{*this, JsonShape::kObjects};
     Json answers = Json::array();
     KnownGroups groups;
@@ -123,14 +133,23 @@ std::optional<Answer> EffectiveCommand::Ask(const Target& target) {
     answer.effective = effective;
     for (std::string& remark : RemarksOnRights(answer.object.dacl, asked, effective))
         answer.remarks.push_back(std::move(remark));
+    if (explain && !Explain(held, answer)) return std::nullopt;
     return answer;
+}
+
+bool EffectiveCommand::Explain(const HeldObject& held, Answer& answer) {
+    PrintedExplanation& made = answer.explanation.emplace();
+    if (!messages.Check({ExplainRights(held, answer.object.dacl, groups.Groups(), made.rights)}))
+        return false;
+    made.network = FindNetworkRights(held, made.rights);
+    return true;
 }
 
 bool EffectiveCommand::End() {
     if (json)
         PrintJsonObjects(answers, ObjectCount());
     else
-        Print(std::string(kNotConsidered) + '\n');
+        Print(std::string(explain ? kNotExplained : kNotConsidered) + '\n');
     return true;
 }
 

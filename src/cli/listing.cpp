@@ -1,5 +1,7 @@
 #include "cli/listing.h"
 
+#include <algorithm>
+
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
@@ -32,20 +34,39 @@ std::string RemarkLines(const std::vector<std::string>& remarks) {
     return lines;
 }
 
+namespace {
+
+// A column behind the rows. Its title is missing where no row has anything in it.
+void AddColumn(const char* title, const std::vector<std::string>& cells,
+               std::vector<std::vector<std::string>>& lines) {
+    if (std::ranges::all_of(cells, &std::string::empty)) return;
+    lines.front().emplace_back(title);
+    for (std::size_t i = 0; i < cells.size(); ++i)
+        lines[i + 1].push_back(cells[i]);
+}
+
+}  // namespace
+
 std::string RowsText(AccessEntryList& entries) {
+    return RowsText(entries, {});
+}
+
+std::string RowsText(AccessEntryList& entries, const std::vector<EntrySource>& sources) {
     const std::vector<AccessRow> rows = AccessRowsOf(entries, AccountDisplayName);
     if (rows.empty()) return "";
     std::vector<std::vector<std::string>> lines;
+    std::vector<std::string> limits;
+    std::vector<std::string> origins;
     lines.emplace_back(kAccessRowTitles.begin(), kAccessRowTitles.end());
-    bool hasLimits = false;
     for (const AccessRow& row : rows) {
         lines.push_back({row.type, row.name, row.permission, row.inheritance, row.applyTo});
         const BYTE flags = entries.Entries()[row.entryIndex].aceFlags;
-        lines.back().emplace_back(IsForDirectChildrenOnly(flags) ? "direct children only" : "");
-        hasLimits = hasLimits || !lines.back().back().empty();
+        limits.emplace_back(IsForDirectChildrenOnly(flags) ? "direct children only" : "");
+        origins.push_back(row.entryIndex < sources.size() ? SourceText(sources[row.entryIndex]) : "");
     }
     // The texts of the other columns are the same whether an entry is handed on or not.
-    if (hasLimits) lines.front().emplace_back("Handed Down To");
+    AddColumn("Handed Down To", limits, lines);
+    AddColumn("Inherited From", origins, lines);
     return AlignedTable(lines, "  ");
 }
 

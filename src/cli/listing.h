@@ -7,6 +7,7 @@
 #include "cli/messages.h"
 #include "cli/target.h"
 #include "security/descriptor_comparison.h"
+#include "security/entry_source.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -24,6 +25,8 @@ std::string InheritsLine(const ObjectSecurity& object);
 std::string RemarkLines(const std::vector<std::string>& remarks);
 // The rows under their titles; empty without rows.
 std::string RowsText(AccessEntryList& entries);
+// The same with where each entry is inherited from; `sources` has one for each entry.
+std::string RowsText(AccessEntryList& entries, const std::vector<EntrySource>& sources);
 
 // The rows of a comparison under their titles.
 std::string ComparedRowsText(const std::vector<ComparedRow>& rows);

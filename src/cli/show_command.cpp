@@ -1,6 +1,9 @@
 #include "cli/show_command.h"
 
+#include <utility>
+
 #include "cli/commands.h"
+#include "cli/explanation_output.h"
 #include "cli/listing.h"
 #include "cli/share_listing.h"
 #include "cli/terminal_output.h"
@@ -16,14 +19,17 @@ struct ShownObject {
     ObjectSecurity security;
     ReadParts whole;  // owner, group, list and what else was asked for in one descriptor
     std::string owner;
+    std::vector<EntrySource> sources;  // of the entries; none: not asked for
 };
 
 // Reads the list with the usual checks, then owner and group, for which these checks are not needed.
-bool ReadShownObject(const Target& target, SECURITY_INFORMATION parts, ShownObject& object,
+bool ReadShownObject(const Target& target, SECURITY_INFORMATION parts, bool withSources, ShownObject& object,
                      ConsoleMessages& messages) {
     HeldObject held;
     if (!FindTarget(target, held, messages) || !ReadList(held, object.security, messages) ||
         !messages.Check({held.ReadSecurity(parts, object.whole)}))
+        return false;
+    if (withSources && !messages.Check({FindEntrySources(held, object.security.dacl, object.sources)}))
         return false;
     AccountRecord account;
     if (account.SetSid(object.whole.owner)) object.owner = AccountDisplayName(account);
@@ -34,15 +40,18 @@ std::string TableText(const Target& target, ShownObject& object) {
     return PrintableText(target.argument) +
            "\n  Owner: " + (object.owner.empty() ? "none" : PrintableText(object.owner)) + '\n' +
            InheritsLine(object.security) + RemarkLines(RemarksOn(object.security)) +
-           RowsText(object.security.entries);
+           RowsText(object.security.entries, object.sources);
 }
 
 Json ObjectJson(const Target& target, ShownObject& object) {
+    Json entries = EntriesJson(object.security.dacl, object.security.entries);
+    for (std::size_t i = 0; i < object.sources.size() && i < entries.size(); ++i)
+        AddSource(object.sources[i], entries[i]);
     return {
         {"path", target.argument},
         {"owner", object.owner},
         {"inherits", object.security.inheritance == DaclInheritance::kFromParent},
-        {"entries", EntriesJson(object.security.dacl, object.security.entries)},
+        {"entries", std::move(entries)},
     };
 }
 
@@ -52,9 +61,16 @@ class ShowCommand : public ShowListsCommand {
         : ShowListsCommand(parent, "show", "Show access lists") {
         sddl.Excludes(json);
         audit.Needs(sddl);
+        sources.Excludes(sddl);
     }
 
   private:
+    std::string Interpret() override {
+        std::string fault = ShowListsCommand::Interpret();
+        if (fault.empty() && sources && IsAboutShares())
+            fault = "--sources is not for shares, which inherit nothing";
+        return fault;
+    }
     ShowFormat Format() const override {
         if (sddl) return ShowFormat::kSddl;
         return json ? ShowFormat::kJson : ShowFormat::kTable;
@@ -63,7 +79,10 @@ class ShowCommand : public ShowListsCommand {
         return ShowListsCommand::Parts() | (audit ? SACL_SECURITY_INFORMATION : 0U);
     }
 
+    bool WithSources() const override { return static_cast<bool>(sources); }
+
     ShareOption shares{*this};
+    Flag sources{*this, "--sources", "Also from which folder above each inherited entry comes"};
     JsonFlag json{*this, JsonShape::kObjects};
     Flag sddl{*this, "--sddl",
               "As security descriptor text, O:...G:...D:...; of several objects two lines\n"
@@ -89,7 +108,7 @@ void ShowListsCommand::PrintTable(const std::string& text) {
 
 bool ShowListsCommand::Do(const Target& target) {
     ShownObject object;
-    if (!ReadShownObject(target, Parts(), object, messages)) return false;
+    if (!ReadShownObject(target, Parts(), WithSources(), object, messages)) return false;
     const ShowFormat format = Format();
     if (format == ShowFormat::kSddl) return PrintSddl(target.argument, object.whole.descriptor.get());
     if (format == ShowFormat::kJson)

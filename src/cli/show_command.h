@@ -18,6 +18,8 @@ class ShowListsCommand : public ObjectCommand {
     virtual ShowFormat Format() const = 0;
     // The parts of a descriptor that are shown as text.
     virtual SECURITY_INFORMATION Parts() const;
+    // Whether entries are shown with where they are inherited from.
+    virtual bool WithSources() const { return false; }
 
     bool Do(const Target& target) final;
     bool DoShare(const std::string& name) final;

@@ -121,5 +121,37 @@ TEST(EffectiveTest, SaysWhatTheListLeavesAndWhatItDoesNotTell) {
                                HasSubstr("the right to synchronize is not among them")));
 }
 
+TEST(EffectiveTest, ExplainsEachRightByItsEntryItsGroupAndItsFolder) {
+    const TemporaryFolder folder;
+    const std::string top = folder.MakeFolder("top");
+    const std::string file = folder.MakeFile("top/file");
+    if (const std::string reason = CannotHoldListsReason(top); !reason.empty()) GTEST_SKIP() << reason;
+    ASSERT_EQ(SetDescriptorText(top, "D:P(A;OICI;FR;;;WD)"), 0U);
+    ASSERT_EQ(SetDescriptorText(file, "O:BGD:(D;;0x2;;;BG)"), 0U);
+    const CommandResult shown = RunCli({"effective", file, "--account", "Guests", "--explain"});
+    EXPECT_EQ(shown.exitCode, 0);
+    EXPECT_THAT(
+        shown.output,
+        testing::ContainsRegex("List folder / Read data +yes +entry 2: Allow Special +Everyone +C:.*top\n"));
+    EXPECT_THAT(shown.output,
+                testing::ContainsRegex("Create files / Write data +no +entry 1: Deny Write "
+                                       "file/Create file +the account itself +not inherited\n"));
+    EXPECT_THAT(shown.output, HasSubstr("Guests is the owner: it has these rights as well"));
+
+    const CommandResult printed = RunCli({"effective", file, "--account", "Guests", "--explain", "--json"});
+    const auto json = nlohmann::json::parse(printed.output, nullptr, false);
+    ASSERT_TRUE(json.is_object()) << printed.output;
+    ASSERT_EQ(json["explanation"].size(), 13U);
+    const auto& read = json["explanation"][1];
+    EXPECT_EQ(read["answer"], "granted");
+    EXPECT_EQ(read["entry"], 2);
+    EXPECT_EQ(read["sid"], "S-1-1-0");
+    EXPECT_EQ(read["source"], "folder");
+    EXPECT_THAT(read["inheritedFrom"].get<std::string>(), testing::EndsWith("\\top"));
+    EXPECT_EQ(json["explanation"][4]["answer"], "denied");
+    EXPECT_EQ(json["explanation"][9], nlohmann::json({{"right", "Delete"}, {"answer", "notMentioned"}}));
+    EXPECT_EQ(json["owner"]["standing"], "always");
+}
+
 }  // namespace
 }  // namespace permora::test

@@ -8,7 +8,9 @@
 #include <future>
 
 #include "tests/cli/cli_program.h"
+#include "tests/support/access_lists.h"
 #include "tests/support/own_mounts.h"
+#include "tests/support/temporary_folder.h"
 
 namespace permora::test {
 namespace {
@@ -60,6 +62,44 @@ TEST_F(SharesCommandTest, OnlyAChangeGivesAShareADescriptor) {
     EXPECT_EQ(some.exitCode, 1);
     EXPECT_THAT(some.output, HasSubstr("permora-cli: none: The share does not exist.\n"));
     EXPECT_EQ(RunCli({"show", "--share", "one", "--sddl"}).output, "D:\n");
+}
+
+TEST_F(SharesCommandTest, ExplainedRightsTellWhatEachShareThatHoldsTheObjectLeaves) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(folder.Path().starts_with("/tmp/")) << "which is shared";
+    const std::string file = folder.MakeFile("file");
+    ASSERT_EQ(SetDescriptorText(file, "O:BAD:P(D;;WP;;;NU)(A;;FA;;;BG)"), 0U);
+    const auto explained = [&](const std::string& path) {
+        return RunCli({"effective", path, "--account", "Guests", "--explain"}).output;
+    };
+    EXPECT_THAT(explained(file), HasSubstr("over the share one: List folder / Read data, Read attributes, "));
+    ASSERT_EQ(SetDescriptorText(file, "O:BAD:P(A;;FA;;;BG)"), 0U);
+    EXPECT_THAT(explained(file),
+                HasSubstr("over the share one: full control, the share takes nothing away\n"));
+    EXPECT_THAT(explained("/"), testing::Not(HasSubstr("over the share")));
+
+    const auto change = [](const char* command, const char* account, const char* rights) {
+        const CommandResult done = RunCli(
+            {command, "--share", "one", "--account", account, "--rights", rights, "--replace-null-list"});
+        EXPECT_EQ(done.exitCode, 0) << done.output;
+    };
+    change("grant", "Everyone", "0x1200a9");
+    EXPECT_THAT(explained(file),
+                HasSubstr("over the share one: read only, because the share allows Everyone to read\n"));
+    change("deny", "Guests", "List folder / Read data");
+    EXPECT_THAT(
+        explained(file),
+        HasSubstr("because the share denies BUILTIN\\Guests List folder / Read data and allows Everyone"));
+    change("deny", "Everyone", "Full control");
+    const CommandResult json = RunCli({"effective", file, "--account", "Guests", "--explain", "--json"});
+    EXPECT_THAT(json.output,
+                HasSubstr("\"text\": \"over the share one: nothing, because the share denies Everyone"));
+
+    // "Security\\one" with what is no descriptor.
+    std::ofstream(kTableFile, std::ios::app)
+        << "\n[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\LanmanServer\\Shares\\Security]\n"
+           "\"one\"=hex:01,02,03\n";
+    EXPECT_THAT(explained(file), HasSubstr("over the share one: not known, since its list cannot be read: "));
 }
 
 TEST_F(SharesCommandTest, OfTwoChangesAtTheSameTimeNoneIsLost) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "platform/nt/sddl.h"
@@ -133,6 +134,27 @@ TEST_F(ShowTest, RowsTellEntriesForDirectChildrenFromOthers) {
     EXPECT_THAT(after,
                 testing::ContainsRegex("Guests .*This folder, subfolders and files +direct children only\n"));
     EXPECT_THAT(after, testing::ContainsRegex("Users .*This folder, subfolders and files\n"));
+}
+
+TEST_F(ShowTest, SourcesTellTheFolderOfEachInheritedEntry) {
+    const std::string top = folder.MakeFolder("top");
+    const std::string file = folder.MakeFile("top/file");
+    ASSERT_EQ(SetDescriptorText(top, "D:P(A;OICI;FR;;;BG)"), 0U);
+    ASSERT_EQ(SetDescriptorText(file, "D:(A;;FR;;;BU)"), 0U);
+    const CommandResult shown = RunCli({"show", "--sources", file});
+    EXPECT_THAT(shown.output, testing::ContainsRegex("Apply To +Inherited From\n"));
+    EXPECT_THAT(shown.output, testing::ContainsRegex("Guests .*This folder only +C:.*top\n"));
+    EXPECT_THAT(RunCli({"show", file}).output, Not(HasSubstr("Inherited From")));
+
+    std::filesystem::rename(file, folder.Path("moved"));
+    const auto json = nlohmann::json::parse(
+        RunCli({"show", "--sources", "--json", folder.Path("moved")}).output, nullptr, false);
+    ASSERT_EQ(json["entries"].size(), 2U);
+    EXPECT_EQ(json["entries"][0]["source"], "own");
+    EXPECT_EQ(json["entries"][1]["source"], "nobody");
+    EXPECT_TRUE(json["entries"][1]["inheritedFrom"].is_null());
+    EXPECT_EQ(RunCli({"show", "--sources", "--sddl", top}).exitCode, 2);
+    EXPECT_EQ(RunCli({"show", "--sources", "--share", "any"}).exitCode, 2);
 }
 
 }  // namespace
