@@ -1,8 +1,12 @@
 #include "editor/effective_page.h"
 
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "editor/account_picker.h"
+#include "editor/explanation_dialog.h"
 #include "editor/required_control.h"
 #include "framework/long_work.h"
 #include "framework/styles.h"
@@ -12,6 +16,8 @@
 #include "resources/resource_ids.h"
 #include "security/effective_rights.h"
 #include "security/message_boxes.h"
+#include "security/rights_explanation.h"
+#include "shares/network_rights.h"
 
 namespace permora {
 namespace {
@@ -22,6 +28,32 @@ std::string AsSentence(std::string text) {
     if (text.front() >= 'a' && text.front() <= 'z')
         text.front() = static_cast<char>(text.front() - ('a' - 'A'));
     return text + '.';
+}
+
+// What the dialog shows.
+struct Explained {
+    DWORD error = ERROR_SUCCESS;
+    DWORD rights = 0;  // as the entries of the list make them
+    std::vector<ExplanationRow> rows;
+    std::vector<std::string> remarks;
+};
+
+Explained Explain(const HeldObject& object, PACL dacl, const AccountRecord& account, GroupsRequest request) {
+    Explained explained;
+    AccountGroups groups;
+    RightsExplanation explanation;
+    explained.error = FindAccountGroups(*account.sid, request, groups);
+    if (explained.error == ERROR_SUCCESS) explained.error = ExplainRights(object, dacl, groups, explanation);
+    if (explained.error != ERROR_SUCCESS) return explained;
+    explained.rights = explanation.rights;
+    explained.rows = ExplanationRows(explanation, AccountDisplayName);
+    for (const std::string& remark : RemarksOnExplanation(explanation, AccountDisplayName))
+        explained.remarks.push_back(AsSentence(remark));
+    const NetworkAnswers network = FindNetworkRights(object, explanation);
+    for (const std::string& remark : RemarksOnNetwork(network, AccountDisplayName))
+        explained.remarks.push_back(AsSentence(remark));
+    explained.remarks.push_back(AsSentence(kNotExplained));
+    return explained;
 }
 
 }  // namespace
@@ -53,6 +85,7 @@ const MessageMap& CPage4::GetMessageMap() const {
                                {
                                    {IDC_CHANGE_EFFECTIVE_ACCOUNT, Notify::kClicked, &CPage4::OnChangeAccount},
                                    {IDC_EXACT_GROUPS, Notify::kClicked, &CPage4::OnAskExactly},
+                                   {IDC_EXPLAIN_RIGHTS, Notify::kClicked, &CPage4::OnExplain},
                                });
     return kMap;
 }
@@ -67,6 +100,7 @@ bool CPage4::OnInitDialog() {
     for (const AccessRight& right : kAccessRights)
         list.InsertItem(list.GetItemCount(), right.listName);
     OfferExactGroups(GroupsOrigin::kThisMachine);
+    GetDlgItem(IDC_EXPLAIN_RIGHTS)->EnableWindow(false);  // until there are marks
     remarks.clear();
     news.Start([this] {
         // Empty until an account is chosen, whatever was chosen before.
@@ -87,7 +121,8 @@ void CPage4::OnChangeAccount() {
     if (picker.DoModal() != IDOK) return;
     StopAsking();
     Inquiry inquiry{.account = picker.result};
-    if (!ReadList(inquiry)) return;
+    HeldObject object;
+    if (!ReadList(inquiry, object)) return;
     DoLongWork(*this, [&] { inquiry.FindAnswer(); });
     if (ShowAnswer(inquiry)) AccountField().SetWindowText(AccountNameSoFar(account));
 }
@@ -99,7 +134,8 @@ void CPage4::OnAskExactly() {
         return;
     }
     const auto inquiry = std::make_shared<Inquiry>(Inquiry{account, GroupsRequest::kExact});
-    if (!ReadList(*inquiry)) return;
+    HeldObject object;
+    if (!ReadList(*inquiry, object)) return;
     const DWORD error = exactly.Ask([inquiry] { inquiry->FindAnswer(); },
                                     [this, inquiry] {
                                         StopAsking();
@@ -113,6 +149,36 @@ void CPage4::OnAskExactly() {
     ShowRemarks("Asking which groups a logon of " + AccountNameSoFar(account) + " gives now...");
 }
 
+// The list may have changed since: the marks are found anew, so that they are what is explained.
+void CPage4::OnExplain() {
+    StopAsking();
+    Inquiry inquiry{.account = account, .request = request};
+    HeldObject object;
+    Explained explained;
+    if (!ReadList(inquiry, object)) return;
+    DoLongWork(*this, [&] {
+        inquiry.FindAnswer();
+        if (inquiry.error == ERROR_SUCCESS)
+            explained = Explain(object, inquiry.parts.dacl, inquiry.account, inquiry.request);
+    });
+    if (!ShowAnswer(inquiry)) return;
+    if (explained.error != ERROR_SUCCESS) {
+        ShowSystemErrorBox(GetSafeHwnd(), explained.error);
+        return;
+    }
+    if (explained.rights != inquiry.effective.rights) {
+        ShowErrorBox(GetSafeHwnd(),
+                     "The system reports other rights than follow from the entries of the list, so they "
+                     "cannot be explained.");
+        return;
+    }
+    CExplanationDlg dialog(this);
+    dialog.account = AccountNameSoFar(account);
+    dialog.rows = std::move(explained.rows);
+    dialog.remarks = std::move(explained.remarks);
+    dialog.DoModal();
+}
+
 void CPage4::StopAsking() {
     exactly.Forget();
     ExactButton().SetWindowText(kAskExactly);
@@ -124,8 +190,7 @@ void CPage4::OfferExactGroups(GroupsOrigin origin) {
     ExactButton().ShowWindow(isOffered ? SW_SHOW : SW_HIDE);
 }
 
-bool CPage4::ReadList(Inquiry& inquiry) {
-    HeldObject object;
+bool CPage4::ReadList(Inquiry& inquiry, HeldObject& object) {
     Outcome outcome = FindItem(place->items.front(), object);
     if (outcome.IsDone()) outcome.code = object.ReadSecurity(DACL_SECURITY_INFORMATION, inquiry.parts);
     ShowOutcome(GetSafeHwnd(), outcome);
@@ -147,6 +212,8 @@ bool CPage4::ShowAnswer(Inquiry& inquiry) {
     for (const AccessRight& right : kAccessRights)
         RightsList().SetCheck(row++, IsEffective(right, inquiry.effective.rights));
     account = inquiry.account;
+    request = inquiry.request;
+    GetDlgItem(IDC_EXPLAIN_RIGHTS)->EnableWindow(true);
     remarks = inquiry.remarks;
     ShowRemarks(remarks);
     OfferExactGroups(inquiry.effective.origin);

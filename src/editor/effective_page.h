@@ -29,9 +29,10 @@ class CPage4 : public CPropertyPage {
 
     void OnChangeAccount();
     void OnAskExactly();
+    void OnExplain();
     void StopAsking();
     // On false, nothing has changed, and a message box has been shown.
-    bool ReadList(Inquiry& inquiry);
+    bool ReadList(Inquiry& inquiry, HeldObject& object);
     bool ShowAnswer(Inquiry& inquiry);
     void ShowRemarks(const std::string& text);
     // For an account whose groups may be known better.
@@ -41,9 +42,10 @@ class CPage4 : public CPropertyPage {
     CListCtrl& RightsList() const;
     CEdit& AccountField() const;
 
-    AccountRecord account;       // whose marks are shown
-    std::string remarks;         // on them
-    BackgroundQuestion exactly;  // while it is asked, the button stops it
+    AccountRecord account;                          // whose marks are shown
+    GroupsRequest request = GroupsRequest::kUsual;  // by which they were found
+    std::string remarks;                            // on them
+    BackgroundQuestion exactly;                     // while it is asked, the button stops it
     AccountNewsWatch news;
 };
 

@@ -344,3 +344,10 @@
 #define IDC_TEMPORARY 1141
 #define IDC_ENCRYPTED 1148
 #define IDC_COMPRESSED 1149
+
+// Why an account has the rights that the page of effective permissions shows.
+#define IDD_RIGHTS_EXPLANATION 760
+#define IDC_EXPLAIN_RIGHTS 761
+#define IDC_EXPLAINED_ACCOUNT 762
+#define IDC_EXPLAINED_RIGHTS 763
+#define IDC_EXPLANATION_REMARKS 764

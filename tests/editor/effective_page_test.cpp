@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "resources/resource_ids.h"
 #include "security/access_rights.h"
@@ -96,6 +97,44 @@ TEST_F(EffectivePage, WithoutAnAnswerTheMarksStay) {
         const auto tellsOfMissing = [&] { ui.ExpectError(HasSubstr("file")); };
         EXPECT_EQ(MarksFor(window, "Users", tellsOfMissing), marks);
         EXPECT_EQ(window.Text(IDC_EFFECTIVE_ACCOUNT), "Everyone") << "whose the marks are";
+        window.Press("Esc");
+    });
+}
+
+TEST_F(EffectivePage, WhyTellsWhichEntryDecidesEachRight) {
+    const auto explains = [&](WindowDriver& window, const UiDriver::Script& script) {
+        ui.ExpectDialog(IDD_RIGHTS_EXPLANATION, [&](WindowDriver& dialog) {
+            script(dialog);
+            dialog.Press("Esc");
+        });
+        window.Click(IDC_EXPLAIN_RIGHTS);
+    };
+    Give("D:P(D;;WP;;;BG)(A;;FA;;;WD)");
+    Open([&](WindowDriver& window) {
+        EXPECT_FALSE(window.IsEnabled(IDC_EXPLAIN_RIGHTS)) << "no account is chosen";
+        MarksFor(window, "Guests");
+        explains(window, [](WindowDriver& dialog) {
+            EXPECT_EQ(dialog.Text(IDC_EXPLAINED_ACCOUNT), "BUILTIN\\Guests");
+            const std::vector<std::string> rows = dialog.Rows(IDC_EXPLAINED_RIGHTS);
+            ASSERT_EQ(rows.size(), 13U);
+            EXPECT_EQ(rows[0],
+                      "Traverse folder / Execute file | no | entry 1: Deny Traverse folder/Execute "
+                      "file | the account itself | not inherited");
+            EXPECT_EQ(rows[1],
+                      "List folder / Read data | yes | entry 2: Allow Full control | Everyone | "
+                      "not inherited");
+            EXPECT_THAT(dialog.Rows(IDC_EXPLANATION_REMARKS).back(), HasSubstr("Not considered: privileges"));
+            EXPECT_TRUE(dialog.HasFocus(IDC_EXPLAINED_RIGHTS));
+            EXPECT_EQ(dialog.TabThrough(),
+                      (std::vector<unsigned int>{IDC_EXPLAINED_RIGHTS, IDC_EXPLANATION_REMARKS, IDCANCEL,
+                                                 IDC_EXPLAINED_ACCOUNT}));
+        });
+        Give("D:P(A;;FR;;;WD)");
+        explains(window, [](WindowDriver& dialog) {
+            EXPECT_EQ(dialog.Rows(IDC_EXPLAINED_RIGHTS)[0],
+                      "Traverse folder / Execute file | no | no entry grants it |  | ");
+        });
+        EXPECT_EQ(Marks(window), "00111000000100") << "the marks are those that were explained";
         window.Press("Esc");
     });
 }
