@@ -187,6 +187,15 @@ Take find "$found"
 Keys ctrl+w
 WaitUntil "the main window to be active" IsActive "$window"
 
+OpenDialog "Report" Keys alt+s r
+Keys alt+f Return
+WaitUntil "the report" HasWindowLike "Report - "
+Settle
+xdotool windowsize --sync "$found" 980 300
+Take report-window "$found"
+Keys ctrl+w
+WaitUntil "the main window to be active" IsActive "$window"
+
 # Shares: of each folder, as its dialog makes them.
 Step "shares" Keys alt+e h
 for name in Projects Inbox; do

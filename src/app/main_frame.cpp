@@ -78,7 +78,9 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_EDIT_UNDO, Notify::kCommand, &CMainFrame::UndoLastChange},
             {ID_HISTORY, Notify::kCommand, &CMainFrame::ShowHistory},
             {ID_FIND, Notify::kCommand, &CMainFrame::Find},
-            {ID_FIND, Notify::kUpdateCommand, &CMainFrame::OnUpdateFind},
+            {ID_FIND, Notify::kUpdateCommand, &CMainFrame::OnUpdateSurvey},
+            {ID_REPORT, Notify::kCommand, &CMainFrame::Report},
+            {ID_REPORT, Notify::kUpdateCommand, &CMainFrame::OnUpdateSurvey},
             {ID_EDIT_UNDO, Notify::kUpdateCommand, &CMainFrame::OnUpdateUndo},
             {ID_SHOW_SHARES, Notify::kUpdateCommand, &CMainFrame::OnUpdateSharesMode},
             {ID_GO_BACK, Notify::kUpdateCommand, &CMainFrame::OnUpdateFileCommand},
@@ -383,7 +385,11 @@ void CMainFrame::Find() {
     survey.Find();
 }
 
-void CMainFrame::OnUpdateFind(Notification& notification) {
+void CMainFrame::Report() {
+    survey.Report();
+}
+
+void CMainFrame::OnUpdateSurvey(Notification& notification) {
     notification.state.enabled = survey.IsOffered();
 }
 

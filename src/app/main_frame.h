@@ -74,8 +74,9 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     void UndoLastChange();
     void ShowHistory();
     void Find();
+    void Report();
     void OnUpdateUndo(Notification& notification);
-    void OnUpdateFind(Notification& notification);
+    void OnUpdateSurvey(Notification& notification);
     void EditItemAt(const std::string& path);
     void TellOfSeveral(CWnd& window, std::size_t count);
     void EditResults(CWnd& window, const std::vector<ResultObject>& objects) override;

@@ -6,6 +6,8 @@
 #include "platform/api/messages.h"
 #include "results/find_dialog.h"
 #include "results/find_source.h"
+#include "results/report_dialog.h"
+#include "results/report_source.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -44,6 +46,17 @@ void SurveyCommands::Find() {
     if (tops.empty()) return;
     windows.Open(std::make_unique<FindSource>(std::move(tops), dialog.request.criteria, dialog.request.name),
                  owner);
+}
+
+void SurveyCommands::Report() {
+    CReportDlg dialog(&owner);
+    dialog.folder = FolderText();
+    dialog.selection = SelectionText();
+    if (dialog.DoModal() != IDOK) return;
+    std::vector<ResultTop> tops =
+        Tops(dialog.place == SearchedPlace::kSelection ? Extent::kSelection : Extent::kFolder);
+    if (tops.empty()) return;
+    windows.Open(std::make_unique<ReportSource>(dialog.request, std::move(tops)), owner);
 }
 
 }  // namespace permora

@@ -1,4 +1,4 @@
-// The main window's commands on whole trees: Find, and the windows with what was found.
+// The main window's commands on whole trees: Find, Report, and the windows with what was found.
 #pragma once
 
 #include <functional>
@@ -20,6 +20,8 @@ class SurveyCommands {
 
     // Asks for what, and shows where it is found.
     void Find();
+    // Asks for what a report is made of, and shows it.
+    void Report();
     // Whether there is a tree to look at: a folder is shown, or drives of which some are selected.
     bool IsOffered() const;
     void CloseWindows() { windows.CloseAll(); }

@@ -1,5 +1,4 @@
 // report: where whole trees depart from what their folders hand down, and who may do what in them.
-#include <charconv>
 #include <memory>
 #include <optional>
 #include <string>
@@ -63,12 +62,8 @@ class DepthOption : public TextOption {
                      "List only objects at most N levels below the paths; the summary counts all") {}
 
     std::string Interpret(const std::string& text) override {
-        std::size_t number = 0;
-        const char* const end = text.data() + text.size();
-        const auto [place, error] = std::from_chars(text.data(), end, number);
-        if (error != std::errc() || place != end) return "--depth: not a number: " + text;
-        depth = number;
-        return {};
+        depth = LevelsOf(text);
+        return depth ? "" : "--depth: not a number: " + text;
     }
 
     std::optional<std::size_t> depth;

@@ -1,11 +1,20 @@
 #include "report/report_making.h"
 
+#include <charconv>
 #include <utility>
 
 #include "saved/utc_time.h"
 #include "security/effective_rights.h"
 
 namespace permora {
+
+std::optional<std::size_t> LevelsOf(std::string_view text) {
+    std::size_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [place, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || place != end) return std::nullopt;
+    return number;
+}
 
 std::string ReportMaking::Begin() {
     time = UtcTimeText();

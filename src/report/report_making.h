@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "report/report.h"
@@ -24,6 +26,9 @@ struct ReportRequest {
     AccountRecord account;  // without a SID: objects are listed whatever accounts they are about
     ReportMembers members = ReportMembers::kLeftOut;
 };
+
+// A number of levels as somebody types it; nothing: the text is none.
+std::optional<std::size_t> LevelsOf(std::string_view text);
 
 // One thread at a time.
 class ReportMaking {

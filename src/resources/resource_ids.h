@@ -85,6 +85,7 @@
 #define ID_SECURE_DELETION 154
 #define ID_HISTORY 32810
 #define ID_FIND 32811
+#define ID_REPORT 32812
 
 // Commands: selection and files. Undo and the clipboard commands have the framework's standard numbers.
 #define ID_SELECT_ALL 131
@@ -332,6 +333,16 @@
 #define IDC_FIND_OWNERS 1250
 #define IDD_RESULTS_BAR 293
 #define IDC_RESULTS_PAGE 1251
+
+// What a report is made of, and what it lists.
+#define IDD_REPORT 700
+#define IDC_REPORT_ON_SELECTION 701
+#define IDC_REPORT_ON_FOLDER 702
+#define IDC_REPORT_LEVELS 703
+#define IDC_REPORT_ACCOUNT 704
+#define IDC_REPORT_BROWSE_ACCOUNT 705
+#define IDC_REPORT_REMARKS 706
+#define IDC_REPORT_MEMBERS 707
 
 // File attributes.
 #define IDD_ATTRIBUTES 242

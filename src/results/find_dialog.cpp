@@ -12,6 +12,7 @@
 namespace permora {
 namespace {
 
+constexpr PlaceButtons kFindPlaces = {IDC_FIND_IN_SELECTION, IDC_FIND_IN_FOLDER};
 constexpr unsigned int kAccountFields[] = {IDC_FIND_ACCOUNT, IDC_FIND_BROWSE_ACCOUNT};
 constexpr unsigned int kEntryFields[] = {IDC_FIND_RIGHTS, IDC_FIND_EFFECT, IDC_FIND_ORIGIN};
 
@@ -24,15 +25,6 @@ void Fill(CWnd& dialog, unsigned int id, const std::array<const char*, kCount>& 
     for (const char* text : texts)
         combo.AddString(text);
     combo.SetCurSel(0);
-}
-
-void ShowPlace(CWnd& dialog, unsigned int id, const std::string& label, const std::string& place) {
-    CWnd& button = *dialog.GetDlgItem(id);
-    std::string shown;
-    for (const char letter : place)
-        shown += letter == '&' ? "&&" : std::string(1, letter);
-    button.SetWindowText(place.empty() ? label : label + ": " + shown);
-    button.EnableWindow(!place.empty());
 }
 
 }  // namespace
@@ -52,10 +44,8 @@ const MessageMap& CFindDlg::GetMessageMap() const {
 CFindDlg::CFindDlg(CWnd* ownerWindow) : CDialog(IDD_FIND, ownerWindow) {}
 
 bool CFindDlg::OnInitDialog() {
-    ShowPlace(*this, IDC_FIND_IN_SELECTION, "The &selection", selection);
-    ShowPlace(*this, IDC_FIND_IN_FOLDER, "The &folder shown", folder);
-    const unsigned int first = selection.empty() ? IDC_FIND_IN_FOLDER : IDC_FIND_IN_SELECTION;
-    for (const unsigned int id : {first, unsigned{IDC_FIND_ONE_ACCOUNT}, unsigned{IDC_FIND_ENTRIES}})
+    ShowPlaces(*this, kFindPlaces, selection, folder);
+    for (const unsigned int id : {unsigned{IDC_FIND_ONE_ACCOUNT}, unsigned{IDC_FIND_ENTRIES}})
         GetDlgItem<CButton>(id)->SetCheck(CheckState::kChecked);
     Fill(*this, IDC_FIND_EFFECT, kEffects);
     Fill(*this, IDC_FIND_ORIGIN, kOrigins);
@@ -115,7 +105,7 @@ void CFindDlg::OnOK() {
         ShowErrorBox(GetSafeHwnd(), problem.c_str());
         return;
     }
-    place = IsChecked(IDC_FIND_IN_SELECTION) ? SearchedPlace::kSelection : SearchedPlace::kFolder;
+    place = ChosenPlace(*this, kFindPlaces);
     CDialog::OnOK();
 }
 

@@ -6,10 +6,9 @@
 #include "framework/dialog.h"
 #include "framework/list_ctrl.h"
 #include "results/find_choice.h"
+#include "results/searched_place.h"
 
 namespace permora {
-
-enum class SearchedPlace { kFolder, kSelection };
 
 class CFindDlg : public CDialog {
   public:

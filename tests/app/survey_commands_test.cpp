@@ -1,4 +1,4 @@
-// Find in the main window, and the window of its results, on real files.
+// Find and Report in the main window, and the windows of their results, on real files.
 #include "app/survey_commands.h"
 
 #include <gmock/gmock.h>
@@ -25,6 +25,7 @@ namespace {
 
 using test::UiDriver;
 using test::WindowDriver;
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::SizeIs;
@@ -140,6 +141,18 @@ TEST_F(SurveyCommandsTest, TheDialogChecksTheAccountAndWhatIsChosen) {
     });
     EXPECT_EQ(window.Title(), R"(Find - accounts that no longer exist in T:\)");
     EXPECT_THAT(window.Rows(kFound), SizeIs(0));
+}
+
+TEST_F(SurveyCommandsTest, ReportBeginsWithTheShapeOfWhatIsSelected) {
+    Main().SelectRow(BrowserView::kListId, Main().FindRow(BrowserView::kListId, "sub"));
+    ui.ExpectDialog(IDD_REPORT, [](WindowDriver& dialog) { dialog.Click(IDOK); });
+    Main().ChooseMenu(ID_REPORT);
+    WindowDriver window = UiDriver::WindowTitled(R"(Report - T:\sub)");
+    EXPECT_TRUE(window.WaitUntil([&] { return !window.IsEnabled(ID_STOP_RESULTS); }));
+    EXPECT_THAT(window.Rows(kFound),
+                ElementsAre(AllOf(StartsWith(R"(T:\sub | protected; owner BUILTIN\Admin)"),
+                                  HasSubstr("; - BUILTIN\\Guests: Delete | 1 | 0 |"))));
+    EXPECT_THAT(window.Rows(kFound + 1), SizeIs(2));
 }
 
 // There is no tree to look at where shares are shown, nor among drives of which none is selected.
