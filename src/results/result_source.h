@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -32,7 +31,10 @@ struct ResultColumn {
 struct ResultKey {
     std::int64_t number = 0;
     std::string text;
-    friend auto operator<=>(const ResultKey&, const ResultKey&) = default;
+
+    friend bool operator<(const ResultKey& one, const ResultKey& other) {
+        return one.number != other.number ? one.number < other.number : one.text < other.text;
+    }
 };
 
 // An object of a row. It is found from the held folder in which the walk began, so that nobody can lead the
