@@ -8,9 +8,11 @@
 namespace permora::host {
 namespace {
 
-void AppendSambaAccounts(const Machine& machine, AccountKind kind, std::vector<std::string>& names) {
-    for (const SambaAccount& account : AllSambaAccounts(kind).All())
+DWORD AppendSambaAccounts(const Machine& machine, AccountKind kind, std::vector<std::string>& names) {
+    const SambaAccounts& accounts = AllSambaAccounts(kind);
+    for (const SambaAccount& account : accounts.All())
         if (account.sid.IsDirectlyBelow(*machine.sid)) names.push_back(machine.name + '\\' + account.name);
+    return accounts.Error();
 }
 
 bool HasSambaAccount(AccountKind kind, id_t id) {
@@ -27,11 +29,12 @@ std::string HostDomain(const Machine& machine, AccountKind kind) {
 
 DWORD ListAccountNames(AccountKind kind, std::vector<std::string>& names) {
     std::vector<HostAccount> hosts;
-    const DWORD error = ListHostAccounts(kind, hosts);
+    DWORD error = ListHostAccounts(kind, hosts);
     if (error != ERROR_SUCCESS) return error;
     const Machine& machine = ThisMachine();
     std::vector<std::string> found;
-    if (machine.source == RelativeIdSource::kSamba) AppendSambaAccounts(machine, kind, found);
+    if (machine.source == RelativeIdSource::kSamba) error = AppendSambaAccounts(machine, kind, found);
+    if (error != ERROR_SUCCESS) return error;
     const std::string domain = HostDomain(machine, kind);
     for (const HostAccount& account : hosts)
         if (!HasSambaAccount(kind, account.id)) found.push_back(domain + '\\' + account.name);

@@ -46,10 +46,11 @@ class MachineGroup {
                 for (const nt::Sid& member : alias.members)
                     Add(member);
         const nt::Sid* const machine = MachineSid();
-        if (machine != nullptr && machine->Append(kNoneId) == group)
-            for (const SambaAccount& user : AllSambaAccounts(AccountKind::kUser).All())
-                if (user.sid != machine->Append(kGuestId)) Add(user.sid);
-        return ERROR_SUCCESS;
+        if (machine == nullptr || machine->Append(kNoneId) != group) return ERROR_SUCCESS;
+        const SambaAccounts& users = AllSambaAccounts(AccountKind::kUser);
+        for (const SambaAccount& user : users.All())
+            if (user.sid != machine->Append(kGuestId)) Add(user.sid);
+        return users.Error();
     }
 
     DWORD AddHostMembers() {

@@ -47,13 +47,16 @@ DWORD DescribeComputed(const Machine& machine, const nt::Sid& sid, AccountName& 
 }
 
 DWORD DescribeSambaAccount(const Machine& machine, const nt::Sid& sid, AccountName& account) {
+    DWORD error = ERROR_NONE_MAPPED;
     for (const AccountKind kind : kKinds) {
-        const SambaAccount* found = AllSambaAccounts(kind).Find(sid);
-        if (found == nullptr) continue;
-        account = {found->name, machine.name, UseOf(found->use)};
-        return ERROR_SUCCESS;
+        const SambaAccounts& accounts = AllSambaAccounts(kind);
+        if (const SambaAccount* found = accounts.Find(sid)) {
+            account = {found->name, machine.name, UseOf(found->use)};
+            return ERROR_SUCCESS;
+        }
+        if (error == ERROR_NONE_MAPPED) error = accounts.NotFound();
     }
-    return ERROR_NONE_MAPPED;
+    return error;
 }
 
 DWORD DescribeOfMachine(const nt::Sid& sid, AccountName& account) {
@@ -118,8 +121,10 @@ DWORD FindMachine(std::string_view name, LetterCase letterCase, nt::Sid& sid) {
 DWORD FindSambaAccount(AccountKind kind, std::string_view name, LetterCase letterCase, nt::Sid& sid) {
     const Machine& machine = ThisMachine();
     if (machine.source != RelativeIdSource::kSamba) return ERROR_NONE_MAPPED;
-    const SambaAccount* account = AllSambaAccounts(kind).Find(name, letterCase);
-    if (account == nullptr || !account->sid.IsDirectlyBelow(*machine.sid)) return ERROR_NONE_MAPPED;
+    const SambaAccounts& accounts = AllSambaAccounts(kind);
+    const SambaAccount* account = accounts.Find(name, letterCase);
+    if (account == nullptr) return accounts.NotFound();
+    if (!account->sid.IsDirectlyBelow(*machine.sid)) return ERROR_NONE_MAPPED;
     sid = account->sid;
     return ERROR_SUCCESS;
 }

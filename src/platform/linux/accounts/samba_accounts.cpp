@@ -14,41 +14,47 @@ namespace {
 // Room and time for some hundred thousand accounts in a directory service.
 constexpr ToolLimits kListLimits = {std::chrono::seconds(60), std::size_t{256} << 20};
 
-std::vector<SambaAccount> ListUsers(const Machine& machine) {
-    std::vector<SambaAccount> users;
+// A tool that fails ends without a listing. ERROR_OPERATION_ABORTED, by which RunTool reports that, means
+// elsewhere that the user has stopped the work.
+DWORD List(const std::string& tool, const std::vector<std::string>& arguments, std::string& listing) {
+    const DWORD error = AskSamba(tool, arguments, kListLimits, listing);
+    return error == ERROR_OPERATION_ABORTED ? ERROR_NO_SUCH_DOMAIN : error;
+}
+
+SambaAccounts ListUsers(const Machine& machine) {
     std::string listing;
-    if (AskSamba("pdbedit", {"-L", "-v"}, kListLimits, listing) != ERROR_SUCCESS) return users;
-    users = ParseUserList(listing, *machine.sid);
+    const DWORD error = List("pdbedit", {"-L", "-v"}, listing);
+    // The tool comes with the server, without which there are no such users.
+    if (error == ERROR_FILE_NOT_FOUND) return SambaAccounts({});
+    if (error != ERROR_SUCCESS) return SambaAccounts({}, error);
+    std::vector<SambaAccount> users = ParseUserList(listing, *machine.sid);
     if (const auto guest = machine.sid->Append(kGuestId); guest && IsPlainAccountName(machine.guestAccount))
         users.push_back({machine.guestAccount, *guest, nt::SidUse::kUser, std::nullopt});
     for (SambaAccount& user : users) {
         id_t id = 0;
         if (FindHostId(AccountKind::kUser, user.name, id) == ERROR_SUCCESS) user.id = id;
     }
-    return users;
+    return SambaAccounts(std::move(users));
 }
 
-std::vector<SambaAccount> ListGroups(const Machine& machine) {
-    std::vector<SambaAccount> groups;
+SambaAccounts ListGroups(const Machine& machine) {
     std::string listing;
-    if (AskSamba("net", {"groupmap", "list", "verbose"}, kListLimits, listing) != ERROR_SUCCESS)
-        return groups;
-    groups = ParseGroupMap(listing);
+    const DWORD error = List("net", {"groupmap", "list", "verbose"}, listing);
+    if (error != ERROR_SUCCESS) return SambaAccounts({}, error);
+    std::vector<SambaAccount> groups = ParseGroupMap(listing);
     if (const auto none = machine.sid->Append(kNoneId))
         groups.push_back({"None", *none, nt::SidUse::kGroup, std::nullopt});
-    return groups;
+    return SambaAccounts(std::move(groups));
 }
 
 SambaAliases ListAliases() {
-    SambaAliases aliases;
-    const std::vector<SambaAccount>& groups = AllSambaAccounts(AccountKind::kGroup).All();
-    // A tool that works lists one at least.
-    if (groups.empty()) aliases.error = ERROR_NO_SUCH_DOMAIN;
-    for (const SambaAccount& group : groups) {
+    const SambaAccounts& groups = AllSambaAccounts(AccountKind::kGroup);
+    SambaAliases aliases{groups.Error(), {}};
+    for (const SambaAccount& group : groups.All()) {
         if (group.use != nt::SidUse::kAlias) continue;
         std::string listing;
         const std::string sid = group.sid.ToText();
-        aliases.error = AskSamba("net", {"groupmap", "listmem", sid}, kListLimits, listing);
+        aliases.error = List("net", {"groupmap", "listmem", sid}, listing);
         if (aliases.error != ERROR_SUCCESS) break;
         std::vector<nt::Sid> members = ParseMembers(listing);
         if (!members.empty()) aliases.list.push_back({group.sid, std::move(members)});
@@ -58,7 +64,8 @@ SambaAliases ListAliases() {
 
 }  // namespace
 
-SambaAccounts::SambaAccounts(std::vector<SambaAccount> list) : accounts(std::move(list)) {
+SambaAccounts::SambaAccounts(std::vector<SambaAccount> list, DWORD whyUnknown)
+    : accounts(std::move(list)), error(whyUnknown) {
     for (std::size_t i = 0; i < accounts.size(); ++i) {
         bySid.emplace(accounts[i].sid, i);
         if (accounts[i].id) byId.emplace(*accounts[i].id, i);
@@ -83,10 +90,10 @@ const SambaAccount* SambaAccounts::Find(std::string_view name, LetterCase letter
 
 const SambaAccounts& AllSambaAccounts(AccountKind kind) {
     if (kind == AccountKind::kUser) {
-        static const SambaAccounts users(ListUsers(ThisMachine()));
+        static const SambaAccounts users = ListUsers(ThisMachine());
         return users;
     }
-    static const SambaAccounts groups(ListGroups(ThisMachine()));
+    static const SambaAccounts groups = ListGroups(ThisMachine());
     return groups;
 }
 

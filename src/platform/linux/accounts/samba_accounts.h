@@ -22,9 +22,14 @@ inline constexpr std::uint32_t kNoneId = 513;  // the group of all users of a ma
 
 class SambaAccounts {
   public:
-    // Of several accounts with the same id or SID the first one is found.
-    explicit SambaAccounts(std::vector<SambaAccount> accounts);
+    // Of several accounts with the same id or SID the first one is found. `whyUnknown` is the error by which
+    // a list without accounts came to be so.
+    explicit SambaAccounts(std::vector<SambaAccount> accounts, DWORD whyUnknown = ERROR_SUCCESS);
 
+    // Why they are not known; then there are none here.
+    DWORD Error() const { return error; }
+    // ERROR_NONE_MAPPED where it is known that there is no further account, else Error().
+    DWORD NotFound() const { return error == ERROR_SUCCESS ? ERROR_NONE_MAPPED : error; }
     const std::vector<SambaAccount>& All() const { return accounts; }
     // Null when there is none; else valid as long as this object.
     const SambaAccount* Find(id_t id) const;
@@ -33,13 +38,13 @@ class SambaAccounts {
 
   private:
     std::vector<SambaAccount> accounts;
+    DWORD error;
     std::unordered_map<id_t, std::size_t> byId;
     std::unordered_map<nt::Sid, std::size_t, SidHash> bySid;
 };
 
 // All users or groups that Samba knows. Its tools are run at the first call for each kind and their answer is
-// kept for the life of the process; empty when they give none. Only for a machine whose accounts come from
-// Samba.
+// kept for the life of the process, a failure as well. Only for a machine whose accounts come from Samba.
 const SambaAccounts& AllSambaAccounts(AccountKind kind);
 
 // A local group of Samba and the SIDs that belong to it, groups among them.
