@@ -10,4 +10,4 @@ source tools/build.sh
 EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${domainPackages[@]}" "${screenPackages[@]}" \
     "${browserPackages[@]}"
 BuildPreset dev
-exec ctest --preset dev --parallel "$(nproc)" "$@"
+exec ctest --preset dev --parallel "$testsAtATime" "$@"

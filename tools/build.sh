@@ -1,5 +1,8 @@
 # Configures once and builds. Sourced, not run.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034
+
+# How many tests run at a time: they mostly wait.
+testsAtATime=$((2 * $(nproc)))
 
 # BuildPreset PRESET [TARGET...]: ninja itself configures again when a CMake file has changed, so a build that is up
 # to date costs one look at the time stamps. The compiler's chatter is shown only when it fails.
