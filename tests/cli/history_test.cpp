@@ -20,6 +20,7 @@
 #include "tests/cli/cli_program.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/descriptor_texts.h"
+#include "tests/support/effort.h"
 #include "tests/support/recording_observer.h"
 #include "tests/support/scoped_variable.h"
 #include "tests/support/temporary_folder.h"
@@ -57,7 +58,7 @@ class HistoryTest : public testing::Test {
         change->End();
         return change->Number();
     }
-    std::string HistoryPath() const { return folder.Path("state/permora/history.db"); }
+    std::string HistoryPath() const { return state.Path("permora/history.db"); }
     static std::string Undone(int restored, int asBefore, int leftAlone) {
         return "put back: " + std::to_string(restored) + ", already as it was: " + std::to_string(asBefore) +
                ", left alone: " + std::to_string(leftAlone) + '\n';
@@ -65,7 +66,8 @@ class HistoryTest : public testing::Test {
 
     const TemporaryFolder folder;
     const std::string top = folder.MakeFolder("top");
-    const ScopedVariable state{"XDG_STATE_HOME", folder.MakeFolder("state")};
+    const TemporaryFolder state{FolderPlace::kMemory};
+    const ScopedVariable stateHome{"XDG_STATE_HOME", state.Path()};
     const ScopedVariable configuration{"XDG_CONFIG_HOME", folder.MakeFolder("config")};
 };
 
@@ -240,8 +242,7 @@ TEST_F(HistoryTest, AnUndoThatEndsEarlyCanBeRunAgain) {
     std::mt19937 random(20261126);
     std::chrono::microseconds whole{};
     int halfDone = 0;
-    constexpr int kKills = 100;
-    for (int round = 0; round <= kKills; ++round) {
+    for (int round = 0; !HasTriedEnough(round, 100, halfDone); ++round) {
         const std::int64_t change = Reset();
         const auto began = std::chrono::steady_clock::now();
         const int undo = StartService({CliPath(), "undo", "--yes"}, folder.Path("log"));

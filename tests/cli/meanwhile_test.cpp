@@ -11,6 +11,7 @@
 
 #include "tests/cli/cli_program.h"
 #include "tests/support/access_lists.h"
+#include "tests/support/effort.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -38,7 +39,7 @@ class MeanwhileTest : public testing::Test {
         const std::string log = folder.Path("log");
         std::filesystem::remove(log);  // the question of an earlier run
         const std::string reset = "cd '" + where + "' && '" + CliPath() + "' reset '" + argument + "'";
-        const std::string answer = "for i in $(seq 200); do grep -q 'Go on' '" + log +
+        const std::string answer = "for i in $(seq 1200); do grep -q 'Go on' '" + log +
                                    "' 2>/dev/null && break; sleep 0.05; done; cd '" + folder.Path("above") +
                                    "' && " + meanwhile + "; echo yes";
         return RunCommand({"sh", "-c", "(" + answer + ") | script -qefc \"$0\" '" + log + "'", reset});
@@ -73,7 +74,7 @@ TEST_F(MeanwhileTest, WhatWasAskedAboutIsResetOrNothing) {
 
 TEST_F(MeanwhileTest, OfTwoChangesAtTheSameTimeNoneIsLost) {
     const std::string file = folder.Path("above/junk/file");
-    for (int round = 0; round < 40; ++round) {
+    for (int round = 0; round < Tries(40); ++round) {
         ASSERT_EQ(SetDescriptorText(file, "D:P(A;;FA;;;BA)"), 0U);
         std::vector<std::future<CommandResult>> changes;
         for (const std::vector<std::string>& command :

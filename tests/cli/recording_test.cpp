@@ -58,7 +58,7 @@ class RecordingTest : public testing::Test {
     }
 
     const TemporaryFolder folder;
-    const TemporaryFolder state;
+    const TemporaryFolder state{FolderPlace::kMemory};
     const ScopedVariable stateHome{"XDG_STATE_HOME", state.Path()};
     const std::string database = state.Path("permora/history.db");
     const std::string top = folder.Path("top");

@@ -18,6 +18,7 @@
 #include "platform/api/errors.h"
 #include "tests/cli/cli_program.h"
 #include "tests/support/access_lists.h"
+#include "tests/support/effort.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/tree_state.h"
@@ -289,7 +290,7 @@ TEST_F(RestoreCommandTest, AKilledRestoreIsUndoneWhole) {
         const auto restored = StateOfTree(top);
         UndoLast();
         ASSERT_TRUE(StateOfTree(top) == spoilt);
-        for (int round = 0; round < 15; ++round) {
+        for (int round = 0; !HasTriedEnough(round, 15, cutOff); ++round) {
             const double part = static_cast<double>(random() % 100) / 100;
             const double after = readOnly / 2 + (whole - readOnly / 2) * part;
             KillAfter(after);

@@ -9,6 +9,7 @@
 
 #include "tests/cli/cli_program.h"
 #include "tests/support/access_lists.h"
+#include "tests/support/effort.h"
 #include "tests/support/own_mounts.h"
 #include "tests/support/temporary_folder.h"
 
@@ -111,7 +112,7 @@ TEST_F(SharesCommandTest, OfTwoChangesAtTheSameTimeNoneIsLost) {
             return RunCli({command, "--share", "ONE", "--account", "Guests", "--rights", rights}).output;
         });
     };
-    for (int round = 0; round < 40; ++round) {
+    for (int round = 0; round < Tries(40); ++round) {
         ASSERT_EQ(RunCli({"revoke", "--account", "Guests", "--share", "one"}).exitCode, 0);
         auto granted = change("grant", "2");
         auto denied = change("deny", "4");

@@ -36,7 +36,7 @@ class VerifyTest : public testing::Test {
     void Damage() const { ASSERT_EQ(setxattr(sub.c_str(), "security.NTACL", "damaged", 7, 0), 0); }
 
     const TemporaryFolder folder;
-    const TemporaryFolder state;
+    const TemporaryFolder state{FolderPlace::kMemory};
     const ScopedVariable stateHome{"XDG_STATE_HOME", state.Path()};
     const std::string top = folder.MakeFolder("top");
     const std::string sub = folder.MakeFolder("top/sub");

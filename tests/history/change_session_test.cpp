@@ -42,7 +42,7 @@ TEST(ChangeSession, AChangeRemovesWhatExceedsTheLimits) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        const TemporaryFolder folder;
+        const TemporaryFolder folder(FolderPlace::kMemory);
         const std::string path = folder.Path("state/history.db");
         std::uint8_t made = 0;
         const auto change = [&](const HistoryLimits& limits) {

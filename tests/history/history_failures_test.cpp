@@ -47,7 +47,7 @@ class HistoryFailures : public testing::Test {
         change->End();
     }
 
-    const TemporaryFolder folder;
+    const TemporaryFolder folder{FolderPlace::kMemory};
 };
 
 // Every page after the first in turn is filled with noise. What a page says may not be needed; what is needed

@@ -23,6 +23,7 @@
 #include "platform/held_object.h"
 #include "platform/nt/sid.h"
 #include "tests/support/access_lists.h"
+#include "tests/support/effort.h"
 #include "tests/support/recording_observer.h"
 #include "tests/support/temporary_folder.h"
 
@@ -189,7 +190,7 @@ class KilledChanges : public testing::Test {
         std::mt19937 random(1);
         std::int64_t last = 0;
         // The first one shows how long the change takes. The others are killed within that time.
-        for (int kill = 0; kill <= kKills; ++kill) {
+        for (int kill = 0; !HasTriedEnough(kill, kKills, inTheMiddle); ++kill) {
             const microseconds moment = duration * static_cast<int>(random() % 1000) / 1000;
             const bool hasEnded = Run(work, kill == 0 ? std::nullopt : std::optional<microseconds>(moment));
             // A machine that was busier before.
@@ -211,7 +212,7 @@ class KilledChanges : public testing::Test {
     }
 
     const TemporaryFolder tree;
-    const TemporaryFolder state;
+    const TemporaryFolder state{FolderPlace::kMemory};
     const std::string database = state.Path("history.db");
     microseconds duration{0};
     std::size_t most = 0;  // that a change has changed, the first at least

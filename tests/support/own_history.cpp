@@ -8,13 +8,15 @@
 #include <string>
 #include <system_error>
 
+#include "tests/support/temporary_folder.h"
+
 namespace {
 
 class OwnHistory : public testing::Environment {
   public:
     void SetUp() override {
-        const char* base = getenv("TMPDIR");
-        folder = std::string(base != nullptr ? base : "/tmp") + "/permora-test-state-XXXXXX";
+        folder = permora::test::FolderOf(permora::test::FolderPlace::kMemory) +
+                 permora::test::kTemporaryFolderPrefix + "state-XXXXXX";
         if (mkdtemp(folder.data()) == nullptr || setenv("XDG_STATE_HOME", folder.c_str(), 1) != 0) {
             std::perror("a history for the test");
             std::abort();

@@ -3,16 +3,14 @@
 #include <sys/stat.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 
 #include "tests/support/command.h"
 
 namespace permora::test {
 
-TemporaryFolder::TemporaryFolder() {
-    const char* base = getenv("TMPDIR");
-    path = std::string(base != nullptr ? base : "/tmp") + kTemporaryFolderPrefix + "XXXXXX";
+TemporaryFolder::TemporaryFolder(FolderPlace place)
+    : path(FolderOf(place) + kTemporaryFolderPrefix + "XXXXXX") {
     if (mkdtemp(path.data()) == nullptr) {
         std::perror("mkdtemp");
         std::abort();  // no test can go on, and a guessed path must not be removed later

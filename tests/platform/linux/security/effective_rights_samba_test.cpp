@@ -18,6 +18,7 @@
 #include "platform/linux/accounts/account_directory.h"
 #include "platform/resources.h"
 #include "tests/support/access_lists.h"
+#include "tests/support/effort.h"
 #include "tests/support/samba_fixture.h"
 
 namespace permora::test {
@@ -28,7 +29,7 @@ namespace {
 constexpr DWORD kNotCompared = FILE_READ_ATTRIBUTES | READ_CONTROL;
 
 constexpr std::array kUsers = {"anna", "bert", "cleo"};
-constexpr int kLists = 90;
+constexpr int kLists = Tries(90);
 
 // Lines at the end of a file of the host, for this process and the server alone.
 bool Extend(const TemporaryFolder& folder, const std::string& file, const std::string& lines) {
