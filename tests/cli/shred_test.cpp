@@ -74,7 +74,7 @@ TEST_F(ShredTest, WhatGetsTheNameWhileTheQuestionStandsStays) {
         const std::string log = folder.Path("log");
         std::filesystem::remove(log);
         return RunCommand({"sh", "-c", R"(cd "$1" && (tries=0
-            until grep -qs "Go on" "$2" || [ $tries -gt 1000 ]; do sleep 0.01; tries=$((tries + 1)); done
+            until grep -qs "Go on" "$2" || [ $tries -gt 6000 ]; do sleep 0.01; tries=$((tries + 1)); done
             mv "$4" "$4-2"; mv "$5" "$4"; echo yes) | script -qefc "'$0' shred '$3'" "$2")",
                            CliPath(), from, log, name, top, folder.Path("important")});
     };
@@ -167,7 +167,7 @@ TEST_F(ShredTest, SignalsToEndStopIt) {
         const CommandResult stopped =
             RunCommand({"sh", "-c", R"(touch -d 2000-01-01 "$1"; "$0" shred "$1" --yes &
                             tries=0 time=0
-                            until [ $time -gt 1000000000 ] || [ $tries -gt 1000 ]; do
+                            until [ $time -gt 1000000000 ] || [ $tries -gt 6000 ]; do
                                 sleep 0.01; tries=$((tries + 1))
                                 time=$(stat -c %Y "$3"/.permora-shred-*/second 2>&- || echo 0)
                             done

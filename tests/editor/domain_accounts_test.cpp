@@ -154,13 +154,11 @@ TEST_F(PickerInDomain, TakesInputWhileTensOfThousandsOfRowsCome) {
         std::chrono::nanoseconds longest{};
         std::chrono::nanoseconds last = WorkOfThisThread();
         auto& list = dynamic_cast<CListCtrl&>(*picker.GetDlgItem(IDC_FOUND_ACCOUNTS));
-        EXPECT_TRUE(window.WaitUntil(
-            [&] {
-                longest = std::max(longest, WorkOfThisThread() - last);
-                last = WorkOfThisThread();
-                return list.GetItemCount() > 50'000;
-            },
-            std::chrono::seconds(60)));
+        EXPECT_TRUE(window.WaitUntil([&] {
+            longest = std::max(longest, WorkOfThisThread() - last);
+            last = WorkOfThisThread();
+            return list.GetItemCount() > 50'000;
+        }));
         EXPECT_LT(longest, std::chrono::milliseconds(100));
         window.Press("Esc");
     });

@@ -26,13 +26,11 @@ TEST_F(PickerInLargeDomain, ListsEverybodyAndNeverBlocks) {
         window.Click(IDC_FIND_ACCOUNTS);
         std::chrono::nanoseconds longest{};
         std::chrono::nanoseconds last = WorkOfThisThread();
-        EXPECT_TRUE(window.WaitUntil(
-            [&] {
-                longest = std::max(longest, WorkOfThisThread() - last);
-                last = WorkOfThisThread();
-                return window.Text(IDC_SEARCH_STATE).ends_with(" accounts");
-            },
-            std::chrono::seconds(60)));
+        EXPECT_TRUE(window.WaitUntil([&] {
+            longest = std::max(longest, WorkOfThisThread() - last);
+            last = WorkOfThisThread();
+            return window.Text(IDC_SEARCH_STATE).ends_with(" accounts");
+        }));
         EXPECT_LT(longest, std::chrono::milliseconds(100));
         EXPECT_THAT(window.Rows(IDC_FOUND_ACCOUNTS),
                     testing::IsSupersetOf({"Everyone |  | Well-known account", "anna | EXAMPLE | User",
@@ -40,8 +38,7 @@ TEST_F(PickerInLargeDomain, ListsEverybodyAndNeverBlocks) {
                                            "person00001 | EXAMPLE | User", "person05000 | EXAMPLE | User"}));
 
         window.SetText(IDC_ACCOUNT_NAME, "person0123");
-        EXPECT_TRUE(window.WaitUntil([&] { return window.Text(IDC_SEARCH_STATE) == "10 accounts"; },
-                                     std::chrono::seconds(60)));
+        EXPECT_TRUE(window.WaitUntil([&] { return window.Text(IDC_SEARCH_STATE) == "10 accounts"; }));
         window.SelectRow(IDC_FOUND_ACCOUNTS, window.FindRow(IDC_FOUND_ACCOUNTS, "person01234"));
         EXPECT_EQ(window.Text(IDC_ACCOUNT_NAME), "EXAMPLE\\person01234");
         window.Press("Return");
@@ -55,8 +52,7 @@ TEST_F(PickerInLargeDomain, SaysWhoIsMissingWhenTheDomainStopsAnswering) {
     ui.ExpectDialog(IDD_ACCOUNT_PICKER, [&](WindowDriver& window) {
         window.Click(IDC_FIND_ACCOUNTS);
         EXPECT_TRUE(window.WaitUntil(
-            [&] { return window.Text(IDC_SEARCH_STATE).find(" are missing: ") != std::string::npos; },
-            std::chrono::seconds(30)));
+            [&] { return window.Text(IDC_SEARCH_STATE).find(" are missing: ") != std::string::npos; }));
         window.Press("Esc");
     });
     EXPECT_EQ(picker.DoModal(), IDCANCEL);

@@ -11,7 +11,7 @@ Fail() {
 }
 
 # WaitUntil TEXT COMMAND...: until the command succeeds.
-waitLimit=20
+waitLimit=60
 WaitUntil() {
     local text=$1 deadline=$((SECONDS + waitLimit))
     shift

@@ -97,7 +97,7 @@ TEST_F(Bars, TheMarkOfHiddenButtonsIsSeenOnADarkBackground) {
     toolBar->setPalette(QPalette(QColor(40, 40, 40)));
     toolBar->resize(60, toolBar->height());
     auto* mark = toolBar->findChild<QToolButton*>(QStringLiteral("qt_toolbar_ext_button"));
-    ASSERT_TRUE(QTest::qWaitFor([mark] { return mark->isVisible(); }));
+    ASSERT_TRUE(test::ServeEventsUntil([mark] { return mark->isVisible(); }));
     const QImage picture = mark->grab().toImage();
     int lightest = 0;
     for (int y = 0; y < picture.height(); ++y)

@@ -4,12 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
-#include <thread>
 
 #include "framework/dialog.h"
 #include "platform/api/messages.h"
 #include "tests/framework/test_resource_ids.h"
+#include "tests/support/patience.h"
 #include "tests/support/ui_driver.h"
 
 namespace permora {
@@ -27,9 +26,7 @@ class PaintedDialog : public CDialog {
     bool IsPaintedAnew() {
         const int before = paintings;
         RedrawWindow();
-        for (int i = 0; i < 1000 && paintings == before; ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        return paintings != before;
+        return test::Await([&] { return paintings != before; });
     }
 
   protected:

@@ -14,6 +14,7 @@
 #include "framework/frame_window.h"
 #include "framework/qt/widget.h"
 #include "resources/resource_ids.h"
+#include "tests/support/ui_backend.h"
 
 namespace permora {
 
@@ -56,8 +57,8 @@ class TestFrame : public CFrameWnd {
     bool Show() {
         if (!LoadFrame(IDR_MAIN_FRAME)) return false;
         SetPlacement({{20, 30, 720, 530}, ShowState::kNormal});
-        return QTest::qWaitForWindowActive(Top()) &&
-               QTest::qWaitFor([this] { return QApplication::focusWidget() == qt::WidgetOf(view); });
+        return test::ServeEventsUntil([this] { return Top()->isActiveWindow(); }) &&
+               test::ServeEventsUntil([this] { return QApplication::focusWidget() == qt::WidgetOf(view); });
     }
     QWidget* Top() const { return reinterpret_cast<QWidget*>(GetSafeHwnd())->window(); }
     QToolButton* Button(unsigned int id) const {

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <set>
@@ -15,6 +14,7 @@
 
 #include "platform/api/errors.h"
 #include "tests/support/access_lists.h"
+#include "tests/support/patience.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -52,8 +52,7 @@ class Watcher : public ChangeRecorder {
     DWORD Write(const DescriptorChange& change) {
         std::unique_lock lock(guard);
         if (!recorded.contains(change.path)) late.push_back(change.path);
-        if (change.path == waiting)
-            isBegun = begun.wait_for(lock, std::chrono::seconds(5), [this] { return batches > 2; });
+        if (change.path == waiting) isBegun = begun.wait_for(lock, kPatience, [this] { return batches > 2; });
         return change.fileNumber % 10 == 3 ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
     }
 

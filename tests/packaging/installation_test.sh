@@ -55,7 +55,7 @@ done
 cd /
 "$stage/prefix/bin/permora" "$stage/shown" >>"$stage/log" 2>&1 &
 program=$!
-for _ in {1..100}; do
+for _ in {1..600}; do
     [ "$(readlink "/proc/$program/cwd")" != "$stage/shown" ] || exit 0
     sleep 0.1
 done

@@ -12,13 +12,13 @@
 #include <csignal>
 #include <thread>
 
+#include "tests/support/patience.h"
+
 namespace permora::test {
 namespace {
 
 using nlohmann::json;
 using Clock = std::chrono::steady_clock;
-
-constexpr std::chrono::seconds kPatience{30};
 
 // The protocol's descriptors in the browser.
 constexpr int kItsInput = 3;

@@ -8,14 +8,13 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
-#include <thread>
 
 #include "platform/linux/base/unique_fd.h"
+#include "tests/support/patience.h"
 
 namespace permora::test {
 
@@ -141,12 +140,7 @@ int StartService(const std::vector<std::string>& arguments, const std::string& l
 }
 
 void AwaitServiceEnd(int processId) {
-    constexpr int kChecksBeforeKill = 1000;
-    for (int check = 0; check < kChecksBeforeKill; ++check) {
-        int status = 0;
-        if (waitpid(processId, &status, WNOHANG) != 0) return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    if (Await([processId] { return waitpid(processId, nullptr, WNOHANG) != 0; })) return;
     kill(processId, SIGKILL);
     ExitCodeOf(processId);
 }

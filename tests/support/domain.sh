@@ -25,6 +25,7 @@ domainSid=S-1-5-21-1111111111-2222222222-3333333333
 memberSid=S-1-5-21-4000000001-4000000002-4000000003
 controllerAddress=192.0.2.1
 memberAddress=192.0.2.2
+patience=120 # seconds; far more than a busy machine needs
 export LC_ALL=C.UTF-8 PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
 
 Fail() {
@@ -172,7 +173,7 @@ Launch() {
     local machine=$1 name=$2
     shift 2
     Enter "$machine" setsid "$@" </dev/null >>"$world/$machine/log/$name.output" 2>&1 &
-    WaitUntil 5 pgrep --session $!
+    WaitUntil $patience pgrep --session $!
     echo $! >"$world/$name.session"
 }
 
@@ -194,9 +195,9 @@ IsOpen() {
 
 AwaitService() {
     case $1 in
-        controller) WaitUntil 60 IsOpen $controllerAddress 389 445 135 88 ;;
-        winbindd) WaitUntil 60 On member wbinfo --ping ;;
-        smbd) WaitUntil 60 IsOpen 127.0.0.1 445 ;;
+        controller) WaitUntil $patience IsOpen $controllerAddress 389 445 135 88 ;;
+        winbindd) WaitUntil $patience On member wbinfo --ping ;;
+        smbd) WaitUntil $patience IsOpen 127.0.0.1 445 ;;
     esac
 }
 
@@ -207,7 +208,7 @@ Stop() {
     session=$(<"$world/$1.session")
     pkill -TERM --session "$session" || true
     ( WaitUntil 3 IsOver "$session" ) 2>/dev/null || pkill -KILL --session "$session" || true
-    WaitUntil 5 IsOver "$session"
+    WaitUntil $patience IsOver "$session"
 }
 
 Signal() { pkill "-$1" --session "$(<"$world/$2.session")"; }
@@ -223,7 +224,7 @@ MakeMachines() {
         echo $! >"$world/$machine.holder"
     done
     for machine in controller member; do
-        ( WaitUntil 10 test -e "$world/$machine.ready" ) || { cat "$world/$machine.log" >&2; exit 1; }
+        ( WaitUntil $patience test -e "$world/$machine.ready" ) || { cat "$world/$machine.log" >&2; exit 1; }
     done
     On controller ip link add cable type veth peer name cable netns "$(<"$world/member.holder")"
     Connect controller $controllerAddress
@@ -241,7 +242,7 @@ StartServices() {
     AwaitService controller
     Start winbindd
     AwaitService winbindd
-    WaitUntil 60 On member wbinfo --ping-dc
+    WaitUntil $patience On member wbinfo --ping-dc
     AwaitService smbd
 }
 
@@ -259,9 +260,9 @@ Provision() {
     AwaitService controller
     Logged On member net setlocalsid $memberSid
     # The controller's services for names and tickets need longer than their ports.
-    WaitUntil 60 On member net ads join --user="Administrator%$domainPassword" --no-dns-updates
+    WaitUntil $patience On member net ads join --user="Administrator%$domainPassword" --no-dns-updates
     Start winbindd
-    WaitUntil 60 On member wbinfo --ping-dc
+    WaitUntil $patience On member wbinfo --ping-dc
     Logged On member net sam createlocalgroup Operators
     Logged On member net sam addmem Operators 'EXAMPLE\Auditors'
     Logged On member net sam addmem Operators 'EXAMPLE\carla'

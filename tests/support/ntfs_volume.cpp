@@ -5,14 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstring>
 #include <sstream>
 #include <string_view>
-#include <thread>
 
 #include "platform/linux/base/unique_fd.h"
 #include "tests/support/command.h"
+#include "tests/support/patience.h"
 
 namespace permora::test {
 
@@ -71,12 +70,7 @@ void NtfsVolume::Mount(NtfsMount mode) {
     if (mode == NtfsMount::kRequestsCounted) options += ",debug";
     const std::string log = folder.Path(kLog);
     driver = StartService({"ntfs-3g", "-o", options, image, root}, log);
-    constexpr int kChecks = 1000;
-    for (int check = 0; check < kChecks && driver > 0; ++check) {
-        if (IsMounted()) return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    problem = "ntfs-3g: " + ReadWholeFile(log);
+    if (driver <= 0 || !Await([this] { return IsMounted(); })) problem = "ntfs-3g: " + ReadWholeFile(log);
 }
 
 std::size_t NtfsVolume::Requests() const {

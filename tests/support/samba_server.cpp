@@ -9,15 +9,14 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <fstream>
 #include <sstream>
-#include <thread>
 
 #include "platform/linux/base/unique_fd.h"
 #include "tests/support/own_mounts.h"
+#include "tests/support/patience.h"
 
 namespace permora::test {
 
@@ -125,12 +124,7 @@ SambaServer::SambaServer() : root(folder.MakeFolder("shared")) {
     }
     const std::string log = folder.Path("smbd.log");
     server = StartService({"smbd", "--foreground", "--debug-stdout"}, log);
-    constexpr int kChecks = 1000;
-    for (int check = 0; check < kChecks && server > 0; ++check) {
-        if (AnswersOnPort445()) return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    problem = "smbd: " + ReadWholeFile(log);
+    if (server <= 0 || !Await(AnswersOnPort445)) problem = "smbd: " + ReadWholeFile(log);
 }
 
 SambaServer::~SambaServer() {

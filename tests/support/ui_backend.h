@@ -1,7 +1,6 @@
 // The toolkit's services for the driver of user interface tests, beside WindowDriver.
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -28,7 +27,8 @@ void WatchModalWindows(std::function<void(const ModalWindow&)> shown);
 bool IsOpen(HWND window);
 // Serves events until `window` takes input; false when it closes instead.
 bool WaitForInput(HWND window);
-bool ServeEventsUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
+// False when `condition` does not hold in time.
+bool ServeEventsUntil(const std::function<bool()>& condition);
 // The windows that can be seen: all, and those that hold nothing up.
 std::vector<HWND> OpenWindows();
 std::vector<HWND> OpenFrames();

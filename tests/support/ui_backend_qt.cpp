@@ -20,6 +20,7 @@
 #include "framework/qt/application.h"
 #include "framework/qt/widget.h"
 #include "platform/api/messages.h"
+#include "tests/support/patience.h"
 #include "tests/support/window_driver.h"
 
 namespace permora::test {
@@ -143,12 +144,12 @@ bool WaitForInput(HWND window) {
         QWidget* widget = OpenWidget(window);
         return widget == nullptr || widget->isActiveWindow() || QApplication::activePopupWidget() == widget;
     };
-    return QTest::qWaitFor(takesInput) && IsOpen(window);
+    return ServeEventsUntil(takesInput) && IsOpen(window);
 }
 
-bool ServeEventsUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
+bool ServeEventsUntil(const std::function<bool()>& condition) {
     constexpr int kPause = 5;
-    const QDeadlineTimer deadline(limit);
+    const QDeadlineTimer deadline(kPatience);
     while (!condition()) {
         if (deadline.hasExpired()) return false;
         // A real loop: only that one is ever idle, which is when a frame shows its commands' states.

@@ -5,7 +5,6 @@
 // with nothing.
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -116,8 +115,7 @@ class WindowDriver {
     std::vector<unsigned int> GreyedCommands() const;
 
     // Serves events until `condition` holds. False, and a failure of the test, when it does not in time.
-    bool WaitUntil(const std::function<bool()>& condition,
-                   std::chrono::milliseconds limit = std::chrono::seconds(5)) const;
+    bool WaitUntil(const std::function<bool()>& condition) const;
 
   private:
     HWND window;

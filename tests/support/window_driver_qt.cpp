@@ -9,6 +9,7 @@
 #include <QListView>
 #include <QPushButton>
 #include <QTest>
+#include <QWindow>
 #include <algorithm>
 
 #include "framework/qt/widget.h"
@@ -146,8 +147,8 @@ void WindowDriver::ClickCloseBox() {
     widget->close();
 }
 
-bool WindowDriver::WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) const {
-    const bool holds = ServeEventsUntil(condition, limit);
+bool WindowDriver::WaitUntil(const std::function<bool()>& condition) const {
+    const bool holds = ServeEventsUntil(condition);
     EXPECT_TRUE(holds) << "waited in vain in " << Describe();
     return holds;
 }
@@ -166,7 +167,7 @@ void WindowDriver::Press(const std::string& key) {
         return shown == nullptr || std::ranges::none_of(shown->findChildren<QAbstractButton*>(),
                                                         [](auto* button) { return button->isDown(); });
     };
-    EXPECT_TRUE(QTest::qWaitFor(allAreUp)) << "a button stays down";
+    EXPECT_TRUE(ServeEventsUntil(allAreUp)) << "a button stays down";
 }
 
 unsigned int WindowDriver::FocusedControl() const {
@@ -295,7 +296,7 @@ void WindowDriver::SelectItem(unsigned int id, const std::string& text) {
     combo->setFocus(Qt::MouseFocusReason);
     Press("Alt+Down");
     QAbstractItemView& items = *combo->view();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(items.window()));
+    ASSERT_TRUE(ServeEventsUntil([&] { return items.window()->windowHandle()->isExposed(); }));
     const QModelIndex item = combo->model()->index(index, combo->modelColumn(), combo->rootModelIndex());
     items.scrollTo(item);
     QTest::mouseClick(items.viewport(), Qt::LeftButton, Qt::NoModifier, items.visualRect(item).center());

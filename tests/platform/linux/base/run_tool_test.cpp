@@ -9,6 +9,7 @@
 
 #include "platform/linux/base/unique_fd.h"
 #include "tests/support/command.h"
+#include "tests/support/patience.h"
 #include "tests/support/scoped_variable.h"
 #include "tests/support/temporary_folder.h"
 
@@ -95,10 +96,7 @@ TEST(RunToolTest, EndsWhatTheToolHasStarted) {
                       output),
               ERROR_TIMEOUT);
     const std::string started = "/proc/" + std::to_string(std::stoi(test::ReadWholeFile(file))) + "/cmdline";
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!test::ReadWholeFile(started).empty() && std::chrono::steady_clock::now() < deadline)
-        usleep(1000);
-    EXPECT_EQ(test::ReadWholeFile(started), "");
+    EXPECT_TRUE(test::Await([&started] { return test::ReadWholeFile(started).empty(); }));
 }
 
 TEST(RunToolTest, KeepsWhatAFailedToolWroteWhereItIsWanted) {

@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "tests/support/command.h"
+#include "tests/support/patience.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::host {
@@ -172,7 +173,7 @@ TEST(TreeWalk, OneFolderOfFilesAndFoldersWithOneFileOccupyAllThreads) {
             std::unique_lock lock(guard);
             atWork.insert(std::this_thread::get_id());
             allHere.notify_all();
-            allHere.wait_for(lock, std::chrono::seconds(10), [&] { return atWork.size() == 4; });
+            allHere.wait_for(lock, test::kPatience, [&] { return atWork.size() == 4; });
             return WalkDecision::kDescend;
         };
         WalkTree(OpenFolder(tree), nullptr, visitor, 4);

@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -16,6 +15,7 @@
 
 #include "platform/api/base.h"
 #include "tests/support/own_mounts.h"
+#include "tests/support/patience.h"
 
 // The function itself: for tests, another one stands in its place (support/process_end.cpp).
 extern "C" void WINAPI __real_ExitProcess(UINT code);
@@ -46,9 +46,7 @@ pid_t Start(const std::function<void()>& end) {
 }
 
 void AwaitMirrors(std::ptrdiff_t count) {
-    for (int i = 0; i < 500 && Mirrors() != count; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    ASSERT_EQ(Mirrors(), count);
+    ASSERT_TRUE(permora::test::Await([count] { return Mirrors() == count; })) << Mirrors();
 }
 
 TEST(SambaMirror, GoesWithItsProcessAndLeavesThoseOfOthers) {

@@ -18,6 +18,7 @@
 
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
+#include "tests/support/patience.h"
 #include "tests/support/recording_observer.h"
 #include "tests/support/temporary_folder.h"
 
@@ -234,9 +235,7 @@ TEST_F(HeldObjectTest, AWalkKeepsTheTurnOnTheFoldersThatItIsIn) {
               ERROR_SUCCESS);
     EXPECT_EQ(counts.changed + counts.unchanged, 2U);
     EXPECT_FALSE(rival.wasTakenInside);
-    for (int i = 0; i < 100 && !rival.isTaken; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_TRUE(rival.isTaken) << "the walk has ended";
+    EXPECT_TRUE(Await([&rival] { return rival.isTaken.load(); })) << "the walk has ended";
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <condition_variable>
 #include <filesystem>
 #include <map>
@@ -28,6 +27,7 @@
 #include "tests/support/immutable.h"
 #include "tests/support/memory_recorder.h"
 #include "tests/support/ntfs_volume.h"
+#include "tests/support/patience.h"
 #include "tests/support/recording_observer.h"
 #include "tests/support/temporary_folder.h"
 
@@ -310,8 +310,8 @@ class PatientRecorder : public MemoryRecorder, public RecordingObserver {
     DWORD Record(std::uint64_t top, std::span<const DescriptorChange> batch) override {
         if (batches == 0) {
             std::unique_lock lock(visiting);
-            hasGoneOn = visited.wait_for(lock, std::chrono::seconds(5),
-                                         [&] { return begun.size() > BatchSize() + 1; });
+            hasGoneOn =
+                visited.wait_for(lock, test::kPatience, [&] { return begun.size() > BatchSize() + 1; });
         }
         return MemoryRecorder::Record(top, batch);
     }

@@ -4,13 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "platform/api/errors.h"
@@ -20,6 +18,7 @@
 #include "platform/shell_icons.h"
 #include "tests/platform/linux/files/files_fixture.h"
 #include "tests/support/command.h"
+#include "tests/support/patience.h"
 #include "tests/support/scoped_variable.h"
 
 namespace permora::host {
@@ -36,9 +35,7 @@ class Desktop {
 
     // What the program was handed; waits for it.
     std::string Opened() const {
-        using namespace std::chrono_literals;
-        for (int i = 0; i < 500 && !std::filesystem::exists(note); ++i)
-            std::this_thread::sleep_for(10ms);
+        EXPECT_TRUE(test::Await([this] { return std::filesystem::exists(note); }));
         std::string text = test::ReadWholeFile(note);
         std::filesystem::remove(note);
         return text;
