@@ -19,6 +19,7 @@
 #include "report/report_making.h"
 #include "report/report_page.h"
 #include "report/report_table.h"
+#include "report/unasked.h"
 
 namespace permora {
 namespace {
@@ -121,6 +122,7 @@ class ReportCommand : public ObjectCommand {
     bool Do(const Target& target) override;
     bool End() override;
     ExitCode Compare(const std::vector<Target>& targets);
+    bool SayUnasked(const Report& report);
     bool WriteForm(const Report& report);
 
     JsonFlag json{*this, JsonShape::kObjects};
@@ -211,9 +213,19 @@ bool ReportCommand::End() {
     if (isTargetMissing) making->MissTop();
     if (!IsInterrupted() && isAnyFound && making->Finish(IsInterrupted()) == ERROR_SUCCESS &&
         WriteForm(making->Result()) && !IsInterrupted())
-        return areGroupsKnown && !isTargetMissing && !progress->IsAnythingMissing();
+        return SayUnasked(making->Result()) && areGroupsKnown && !isTargetMissing &&
+               !progress->IsAnythingMissing();
     if (IsInterrupted()) SayInterrupted(messages, "the report is not complete");
     return false;
+}
+
+// False, and a line for each, when figures or members are missing.
+bool ReportCommand::SayUnasked(const Report& report) {
+    const std::vector<std::string> lines = UnaskedLines(report);
+    messages.SetSubject("");
+    for (const std::string& line : lines)
+        messages.Say(line);
+    return lines.empty();
 }
 
 bool ReportCommand::WriteForm(const Report& report) {

@@ -49,8 +49,8 @@ class DomainAccounts : public testing::Test {
             texts.push_back(argument.c_str());
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        constexpr std::array<MakeCommand*, 5> kCommands = {MakeShow, MakeGrant, MakeRevoke, MakeEffective,
-                                                           MakeAccounts};
+        constexpr std::array<MakeCommand*, 6> kCommands = {MakeShow,      MakeGrant,    MakeRevoke,
+                                                           MakeEffective, MakeAccounts, MakeReport};
         Result result;
         result.exitCode = RunProgram(kCommands, static_cast<int>(texts.size()), texts.data());
         result.output = testing::internal::GetCapturedStdout();
@@ -200,6 +200,26 @@ TEST_F(DomainAccounts, WhatNobodyAnswersForIsNotRemovedAsUnresolved) {
     EXPECT_EQ(done.exitCode, 0);
     EXPECT_THAT(done.output, HasSubstr("no longer exists: " + gone));
     EXPECT_EQ(test::DaclText(path), "D:PAI" + list);
+}
+
+// What is missing is said; that nobody knows an account is an answer.
+TEST_F(DomainAccounts, AreMissedInAReport) {
+    const std::string file = MakeFile();
+    const std::string gone = folder.MakeFile("gone");
+    ASSERT_EQ(test::SetDescriptorText(gone, "D:P(A;;FR;;;S-1-5-21-4-4-4-1000)"), ERROR_SUCCESS);
+    domain.SetGroups(ERROR_SUCCESS, {kAnna}, GroupsOrigin::kLastLogon);
+    EXPECT_EQ(Run({"report", file, gone}).exitCode, 0);
+    const Result members = Run({"report", file, "--members"});
+    EXPECT_EQ(members.exitCode, 1);
+    EXPECT_THAT(members.errors, HasSubstr("not all could be asked: who is in EXAMPLE\\Engineering"));
+    domain.SetGroups(kDomainOffline, {}, GroupsOrigin::kLastLogon);
+    const Result figures = Run({"report", file});
+    EXPECT_EQ(figures.exitCode, 1);
+    EXPECT_THAT(figures.output, HasSubstr("not known"));
+    EXPECT_THAT(figures.errors, HasSubstr("could not be asked about: what 2 accounts, EXAMPLE\\anna"));
+    domain.SetGroups(ERROR_SUCCESS, {kAnna}, GroupsOrigin::kLastLogon);
+    domain.HoldNames(true);
+    EXPECT_EQ(Run({"report", file, "--members"}).exitCode, 1) << "not even whether it is a group";
 }
 
 }  // namespace
