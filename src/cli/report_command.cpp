@@ -37,7 +37,8 @@ class RemarkOption : public TextOption {
         for (;;) {
             const std::string_view code = rest.substr(0, rest.find(','));
             const std::optional<Remark> remark = RemarkOf(code);
-            if (!remark) return "--only: there is no remark \"" + std::string(code) + '"';
+            const bool isOfSurveys = remark && static_cast<std::size_t>(*remark) < kSurveyRemarkCount;
+            if (!isOfSurveys) return "--only: there is no remark \"" + std::string(code) + '"';
             remarks.Add(*remark);
             if (code.size() == rest.size()) return {};
             rest.remove_prefix(code.size() + 1);
@@ -49,7 +50,7 @@ class RemarkOption : public TextOption {
   private:
     static std::string AllCodes() {
         std::string codes;
-        for (std::size_t i = 0; i < kRemarkCount; ++i)
+        for (std::size_t i = 0; i < kSurveyRemarkCount; ++i)
             codes += (i == 0 ? "" : i % 5 == 0 ? ",\n" : ", ") + std::string(CodeOf(static_cast<Remark>(i)));
         return codes;
     }

@@ -5,8 +5,11 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/fault_output.h"
 #include "cli/interrupts.h"
+#include "cli/json_output.h"
 #include "cli/listing.h"
+#include "cli/mode_check.h"
 #include "cli/object_command.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
@@ -61,14 +64,57 @@ DWORD ReadMending(const HeldObject& object, Mending& mending) {
 // What has become of an object with a fault.
 enum class Mended { kDone, kDoneBefore, kFailed };
 
+// Tells whom mode bits let in otherwise than the lists.
+class ModeReporting : public ModeObserver {
+  public:
+    ModeReporting(const Target& of, FaultOutput& printing, ProgressLine& progress, ConsoleMessages& console)
+        : target(of), output(printing), line(progress), messages(console) {}
+
+    std::size_t Found() const { return found; }
+
+    bool Begin(std::string_view path) override {
+        if (IsInterrupted()) return false;
+        line.ShowPath(++count, path);
+        return true;
+    }
+    void Take(std::string_view path, const ServedFolder& served,
+              const std::vector<ModeFinding>& findings) override {
+        ++found;
+        line.Clear();
+        output.AddModes(TypedPath(target, std::string(path)), served.share, findings);
+    }
+    void Miss(std::string_view path, const ServedFolder& served, DWORD error) override {
+        ++found;
+        line.Clear();
+        const std::string typed = TypedPath(target, std::string(path));
+        messages.SetSubject(typed);
+        messages.Say("not compared with its mode bits: " +
+                     (error != ERROR_SUCCESS ? LineText({error})
+                                             : "the share " + served.share +
+                                                   " lets users in as others, or keeps lists elsewhere (" +
+                                                   served.setting + ')'));
+        output.AddMissed(typed, Remark::kModeUnasked, error);
+    }
+
+  private:
+    const Target& target;
+    FaultOutput& output;
+    ProgressLine& line;
+    ConsoleMessages& messages;
+    std::size_t count = 0;
+    std::size_t found = 0;
+};
+
 class VerifyCommand : public ObjectCommand, private SurveyObserver {
   public:
     explicit VerifyCommand(const CommandParent& parent)
         : ObjectCommand(parent, "verify",
                         "Name what is not as it should be in the lists of files and folders, from PATH\n"
                         "downwards: damaged descriptors, entries in an unusual order, inherited entries\n"
-                        "that are not what the folder hands down. Ends with 1 while there is any.\n"
+                        "that are not what the folder hands down; in a Samba server's shares also mode\n"
+                        "bits that keep out whom a list lets in. Ends with 1 while there is any.\n"
                         "Links and what is mounted below are not entered") {
+        json.Excludes(repair);
         dryRun.Needs(repair);
         replaceDamaged.Needs(repair);
     }
@@ -82,6 +128,7 @@ class VerifyCommand : public ObjectCommand, private SurveyObserver {
     bool Begin(std::string_view path) override;
     void Take(const SurveyRow& row) override;
 
+    void CheckModes(HeldObject& top);
     void RepairAll(const HeldObject& top);
     Mended Repair(const HeldObject& top, const std::string& below, RemarkSet faults);
     Mended RepairList(const HeldObject& object, const std::string& below);
@@ -95,10 +142,15 @@ class VerifyCommand : public ObjectCommand, private SurveyObserver {
     Flag replaceDamaged{*this, "--replace-damaged",
                         "With --repair: give objects with a damaged descriptor what their folder hands\n"
                         "down to a new one. What the damaged one meant is lost"};
+    JsonFlag json{*this, JsonShape::kArray};
     QuietFlag quiet{*this};
     Recording recording{*this};
 
     Survey survey;
+    ModeCheck modeCheck;
+    bool areSharesKnown = true;
+    std::size_t otherModes = 0;
+    std::optional<FaultOutput> output;
     std::optional<ProgressLine> line;
     const Target* target = nullptr;
     std::optional<SurveyRows> faulty;  // of one tree
@@ -115,6 +167,13 @@ std::optional<ObjectCommand::PlannedChange> VerifyCommand::Plan() {
 ExitCode VerifyCommand::Begin(const std::vector<Target>& /*targets*/) {
     WatchForInterrupts();
     line.emplace(quiet ? Progress::kQuiet : Progress::kShown);
+    output.emplace(json ? FaultForm::kJson : FaultForm::kLines);
+    messages.SetSubject("");
+    if (const DWORD error = modeCheck.Prepare(); error != ERROR_SUCCESS) {
+        areSharesKnown = false;
+        messages.Say("not known which folders are shares, and so not compared with mode bits: " +
+                     LineText({error}));
+    }
     return ExitCode::kDone;
 }
 
@@ -136,8 +195,10 @@ void VerifyCommand::Take(const SurveyRow& row) {
             LineText({row.error}));
     }
     for (const Remark remark : row.remarks)
-        if (kFaults.Has(remark) && !kUnreached.Has(remark))
-            Print(PrintableText(path) + ": " + TextOf(remark) + '\n');
+        if (kUnreached.Has(remark))
+            output->AddMissed(path, remark, row.error);
+        else if (kFaults.Has(remark))
+            output->Add(path, remark);
     if (repair) faulty->Add(row);
 }
 
@@ -148,8 +209,17 @@ bool VerifyCommand::Do(const Target& next) {
     faulty.emplace();
     (void)survey.Walk(top, *this);  // it is ended by an interrupt alone
     line->Clear();
+    CheckModes(top);
     RepairAll(top);
     return true;
+}
+
+void VerifyCommand::CheckModes(HeldObject& top) {
+    ModeReporting reporting(*target, *output, *line, messages);
+    ChangedTop place;
+    if (areSharesKnown && top.FindTop(place) == ERROR_SUCCESS) modeCheck.Run(top, place.path, reporting);
+    line->Clear();
+    otherModes += reporting.Found();
 }
 
 // A folder comes before what is in it, and a part of that is mended with it.
@@ -238,12 +308,20 @@ Mended VerifyCommand::ReplaceWhole(const HeldObject& object, const std::string& 
 
 bool VerifyCommand::End() {
     line->Clear();
+    output->End();
     std::string text = "verified: " + std::to_string(objects) + ", with faults: " + std::to_string(faults);
     if (repair) text += std::string(dryRun ? ", would repair: " : ", repaired: ") + std::to_string(repaired);
-    Print(text + '\n');
+    if (otherModes > 0) text += ", with other mode bits: " + std::to_string(otherModes);
+    if (!json) Print(text + '\n');
+    if (otherModes > 0 && repair) {
+        messages.SetSubject("");
+        messages.Say(
+            "mode bits are not repaired: what opens a file to users of a share opens it to users of this "
+            "machine, too");
+    }
     if (IsInterrupted()) SayInterrupted(messages);
     const std::size_t left = dryRun ? faults : faults - repaired;
-    return left == 0 && !IsInterrupted();
+    return left == 0 && otherModes == 0 && areSharesKnown && !IsInterrupted();
 }
 
 }  // namespace

@@ -25,6 +25,8 @@
 
 namespace permora {
 
+struct HostPermissions;
+
 // Parts of an object's descriptor, in the self-relative descriptor that holds them. Null: the object has
 // none, or it was not asked for; a null list lets everyone do everything.
 struct ReadParts {
@@ -113,6 +115,10 @@ class HeldObject {
     // there as well: ERROR_ACCESS_DENIED for another's object without the right to give it away.
     // ERROR_NOT_SUPPORTED when it cannot have one, ERROR_INVALID_ACL when a list is too large for any.
     DWORD PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const;
+
+    // What the host lets its users do with the object, whatever its list says (platform/host_permissions.h).
+    // ERROR_NOT_SUPPORTED on Windows, which has nothing of the kind.
+    DWORD ReadHostPermissions(HostPermissions& permissions) const;
 
     // Waits until no other program of this user is at work on the object through this layer; from then on
     // none is, until the object is let go of. ERROR_BUSY after ten seconds: nobody waits for ever. Other

@@ -29,6 +29,9 @@ constexpr std::array<RemarkRow, kRemarkCount> kRows = {{
     {"damaged", "has a damaged descriptor"},
     {"unreadable", "could not be read"},
     {"unlisted", "could not be listed"},
+    {"mode-keeps-out", "has mode bits that keep out whom its list lets in"},
+    {"mode-lets-in", "has mode bits that let in whom its list keeps out"},
+    {"mode-unasked", "could not be compared with its mode bits"},
 }};
 
 }  // namespace

@@ -34,8 +34,15 @@ enum class Remark : std::uint8_t {
     kDamaged,       // "damaged": the descriptor is not valid
     kUnreadable,    // "unreadable": the descriptor could not be read
     kUnlisted,      // "unlisted": the names in the folder could not be read, or not to their end
+
+    // On a file server's shares, whose mode bits were compared with the lists (survey/mode_comparison.h).
+    kModeKeepsOut,  // "mode-keeps-out": accounts that the list lets in
+    kModeLetsIn,    // "mode-lets-in": accounts that the list keeps out
+    kModeUnasked,   // "mode-unasked": whether they do either is not known
 };
-inline constexpr std::size_t kRemarkCount = 16;
+inline constexpr std::size_t kRemarkCount = 19;
+// Surveys make the remarks before this one.
+inline constexpr std::size_t kSurveyRemarkCount = 16;
 
 // Null-terminated; lives for the whole process.
 const char* CodeOf(Remark remark);

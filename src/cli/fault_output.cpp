@@ -1,0 +1,98 @@
+#include "cli/fault_output.h"
+
+#include "cli/terminal_output.h"
+#include "cli/terminal_text.h"
+#include "platform/system_message.h"
+#include "security/account_record.h"
+
+namespace permora {
+namespace {
+
+Json FaultJson(const std::string& path, Remark remark) {
+    return {{"path", path}, {"code", CodeOf(remark)}, {"text", TextOf(remark)}};
+}
+
+std::string NameOf(const nt::Sid& sid) {
+    AccountRecord record;
+    record.sid = sid;
+    return AccountDisplayName(record);
+}
+
+std::string WhoText(const ModeFinding& finding) {
+    const std::string name = PrintableText(NameOf(finding.account));
+    if (finding.error != ERROR_SUCCESS) return name + ": " + SystemMessageLine(finding.error);
+    const char* const rights = finding.isReading && finding.isWriting ? " (reading, writing)"
+                               : finding.isReading                    ? " (reading)"
+                                                                      : " (writing)";
+    return (finding.isOpen ? "whoever else is " : "") + name + rights;
+}
+
+Json WhoJson(const ModeFinding& finding) {
+    Json json = {{"account", NameOf(finding.account)}, {"sid", finding.account.ToText()}};
+    if (finding.error != ERROR_SUCCESS) {
+        json["error"] = finding.error;
+        json["reason"] = SystemMessageLine(finding.error);
+        return json;
+    }
+    json["isOpenGroup"] = finding.isOpen;
+    json["reading"] = finding.isReading;
+    json["writing"] = finding.isWriting;
+    return json;
+}
+
+// A terminal has no room for a whole company.
+std::string WhoTexts(const std::vector<const ModeFinding*>& findings) {
+    constexpr std::size_t kMostNamed = 5;
+    std::string text;
+    for (std::size_t i = 0; i < findings.size() && i < kMostNamed; ++i)
+        text += (i == 0 ? "" : ", ") + WhoText(*findings[i]);
+    if (findings.size() > kMostNamed)
+        text += " and " + std::to_string(findings.size() - kMostNamed) + " more";
+    return text;
+}
+
+}  // namespace
+
+void FaultOutput::Add(const std::string& path, Remark remark) {
+    if (form == FaultForm::kJson)
+        array.Add(FaultJson(path, remark));
+    else
+        Print(PrintableText(path) + ": " + TextOf(remark) + '\n');
+}
+
+void FaultOutput::AddMissed(const std::string& path, Remark remark, DWORD error) {
+    if (form == FaultForm::kLines) return;
+    Json json = FaultJson(path, remark);
+    if (error != ERROR_SUCCESS) {
+        json["error"] = error;
+        json["reason"] = SystemMessageLine(error);
+    }
+    array.Add(json);
+}
+
+void FaultOutput::AddModes(const std::string& path, const std::string& share,
+                           const std::vector<ModeFinding>& findings) {
+    for (const Remark remark : {Remark::kModeKeepsOut, Remark::kModeLetsIn, Remark::kModeUnasked}) {
+        std::vector<const ModeFinding*> about;
+        for (const ModeFinding& finding : findings)
+            if (finding.remark == remark) about.push_back(&finding);
+        if (about.empty()) continue;
+        if (form == FaultForm::kLines) {
+            Print(PrintableText(path) + ": " + TextOf(remark) + ", in the share " + PrintableText(share) +
+                  ": " + WhoTexts(about) + '\n');
+            continue;
+        }
+        Json json = FaultJson(path, remark);
+        json["share"] = share;
+        json["accounts"] = Json::array();
+        for (const ModeFinding* const finding : about)
+            json["accounts"].push_back(WhoJson(*finding));
+        array.Add(json);
+    }
+}
+
+void FaultOutput::End() {
+    if (form == FaultForm::kJson) array.End();
+}
+
+}  // namespace permora

@@ -1,0 +1,128 @@
+#include "platform/served_folders.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "platform/ascii.h"
+#include "platform/linux/accounts/name_service.h"
+#include "platform/linux/accounts/unix_accounts.h"
+#include "platform/linux/files/descriptor_support.h"
+#include "platform/linux/files/paths.h"
+#include "platform/linux/shares/samba_tools.h"
+#include "platform/linux/shares/samba_user_shares.h"
+
+namespace permora {
+namespace host {
+namespace {
+
+// What a share has of its own counts before what all shares have.
+std::string SettingOf(const SambaSection& share, const SambaSection* global, std::string_view name) {
+    if (const auto own = share.Value(name)) return *own;
+    return global != nullptr ? global->Value(name).value_or("") : std::string();
+}
+
+// "acl_xattr" in "/usr/lib/samba/vfs/acl_xattr.so:second".
+std::string_view ModuleName(std::string_view word) {
+    word = word.substr(0, word.find(':'));
+    if (const std::size_t slash = word.rfind('/'); slash != word.npos) word.remove_prefix(slash + 1);
+    return word.substr(0, word.find('.'));
+}
+
+// Other modules that put access lists of their own in the place of the host's.
+bool HasListsOfItsOwn(std::string_view module) {
+    constexpr std::array<std::string_view, 5> kVolumes = {"gpfs", "ceph", "ceph_new", "glusterfs", "vxfs"};
+    return module.find("acl") != module.npos || std::ranges::find(kVolumes, module) != kVolumes.end();
+}
+
+void JudgeModules(const std::string& modules, ServedFolder& folder) {
+    folder.by = ServedBy::kHostAlone;
+    std::string_view rest = modules;
+    while (!rest.empty()) {
+        const std::size_t end = rest.find_first_of(" \t,");
+        const std::string_view module = ModuleName(rest.substr(0, end));
+        rest.remove_prefix(end == rest.npos ? rest.size() : end + 1);
+        if (module == "acl_xattr") {
+            folder.by = ServedBy::kListAndHost;
+        } else if (HasListsOfItsOwn(module)) {
+            folder.by = ServedBy::kUnknown;
+            folder.setting = "vfs objects";
+            return;
+        }
+    }
+}
+
+// The settings that let some or all users in as others.
+void JudgeUsers(const SambaSection& share, const SambaSection* global, ServedFolder& folder) {
+    for (const char* setting : {"force group", "admin users"}) {
+        if (SettingOf(share, global, setting).empty()) continue;
+        folder.by = ServedBy::kUnknown;
+        folder.setting = setting;
+    }
+    const std::string forced = SettingOf(share, global, "force user");
+    if (forced.empty()) return;
+    id_t user = 0;
+    if (FindHostId(AccountKind::kUser, forced, user) == ERROR_SUCCESS) {
+        folder.user = SidForUser(user);
+    } else {
+        folder.by = ServedBy::kUnknown;
+        folder.setting = "force user";
+    }
+}
+
+ServedFolder Judge(const SambaSection& share, const SambaSection* global) {
+    ServedFolder folder;
+    folder.share = share.name;
+    JudgeModules(SettingOf(share, global, "vfs objects"), folder);
+    const std::string attribute = SettingOf(share, global, "acl_xattr:security_acl_name");
+    if (folder.by == ServedBy::kListAndHost && !attribute.empty() && attribute != kSambaAttribute) {
+        folder.by = ServedBy::kUnknown;
+        folder.setting = "acl_xattr:security_acl_name";
+    }
+    JudgeUsers(share, global, folder);
+    return folder;
+}
+
+// Without links; empty when there is no such folder, as for paths that are made for each user.
+std::string RealPath(const std::string& hostPath) {
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(hostPath.c_str(), nullptr), std::free);
+    return real ? std::string(real.get()) : std::string();
+}
+
+DWORD FindFolders(std::vector<ServedFolder>& folders) {
+    if (!IsSambaSetUp()) return ERROR_SUCCESS;
+    std::vector<SambaSection> sections;
+    std::vector<SambaSection> users;
+    DWORD error = ReadSambaConfiguration(sections);
+    if (error == ERROR_SUCCESS) error = ReadUserShares(users);
+    if (error != ERROR_SUCCESS) return error;
+    const auto global = std::ranges::find_if(
+        sections, [](const SambaSection& section) { return IsSameShare(section.name, "global"); });
+    const SambaSection* const settings = global == sections.end() ? nullptr : &*global;
+    const std::vector<DriveRoot> drives = ListDriveRoots();
+    for (const std::vector<SambaSection>* const all : {&sections, &users}) {
+        for (const SambaSection& section : *all) {
+            const std::string path = RealPath(section.Value("path").value_or(""));
+            if (path.empty() || section.IsSet("printable") || SharesOfSections({section}).empty()) continue;
+            ServedFolder folder = Judge(section, settings);
+            folder.path = PathFromHost(path, drives);
+            folders.push_back(std::move(folder));
+        }
+    }
+    return ERROR_SUCCESS;
+}
+
+}  // namespace
+}  // namespace host
+
+DWORD FindServedFolders(std::vector<ServedFolder>& folders) {
+    std::vector<ServedFolder> found;
+    const DWORD error = host::FindFolders(found);
+    if (error == ERROR_SUCCESS) folders = std::move(found);
+    return error;
+}
+
+}  // namespace permora
