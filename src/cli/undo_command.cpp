@@ -34,14 +34,17 @@ class TerminalUndo : public UndoObserver {
                                                      : "left alone: ") +
                      LeftAloneText(reason));
         isChangedSince = isChangedSince || reason == ERROR_REVISION_MISMATCH;
+        isDamaged = isDamaged || reason == ERROR_INVALID_SECURITY_DESCR;
     }
     bool HasMetChanges() const { return isChangedSince; }
+    bool HasMetDamage() const { return isDamaged; }
 
   private:
     ConsoleMessages& messages;
     ProgressLine progress;
     std::size_t count = 0;
     bool isChangedSince = false;
+    bool isDamaged = false;
 };
 
 class UndoCommand : public Command {
@@ -65,7 +68,8 @@ class UndoCommand : public Command {
     YesFlag yes{*this};
     Flag force{*this, "--force",
                "Put back also what was changed since, but never on another object that has\n"
-               "the name now"};
+               "the name now; and damaged descriptors, byte for byte, where nothing was changed\n"
+               "since"};
     QuietFlag quiet{*this};
 
     std::unique_ptr<History> history;
@@ -118,7 +122,9 @@ ExitCode UndoCommand::Undo(const ChangeFacts& facts) {
                              force ? ChangedSince::kOverwrite : ChangedSince::kLeaveAlone};
     const DWORD error = UndoChange(*history, facts.number, how, observer, counts);
     messages.SetSubject("");
-    if (observer.HasMetChanges()) messages.Say("--force takes back also what was changed since");
+    if (observer.HasMetChanges() && !force) messages.Say("--force takes back also what was changed since");
+    if (observer.HasMetDamage() && !force)
+        messages.Say("--force puts damaged descriptors back too, where nothing was changed since");
     return ReportEnd(error, counts);
 }
 

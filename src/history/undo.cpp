@@ -10,6 +10,7 @@
 #include "history/stored_writes.h"
 #include "history/undone_top.h"
 #include "platform/api/errors.h"
+#include "platform/stored_security.h"
 #include "platform/system_message.h"
 #include "shares/share_security.h"
 
@@ -39,6 +40,11 @@ Judgement Judge(const DescriptorChange& change, const StoredSecurity& now) {
     return isOfChange ? Judgement::kRestore : Judgement::kChangedSince;
 }
 
+bool IsDamaged(const StoredSecurity& stored) {
+    std::optional<nt::SecurityDescriptor> descriptor;
+    return DescriptorIn(stored, descriptor) == ERROR_INVALID_SECURITY_DESCR;
+}
+
 class Undo {
   public:
     Undo(History& from, const ChangeFacts& about, const UndoOptions& chosen, UndoObserver& watching,
@@ -51,6 +57,8 @@ class Undo {
     using Visit = bool (Undo::*)(const RecordedObject& record);
 
     bool IsDryRun() const { return options.mode == UndoMode::kDryRun; }
+    bool IsForced() const { return options.changedSince == ChangedSince::kOverwrite; }
+    DamagedBytes Damaged() const { return IsForced() ? DamagedBytes::kTaken : DamagedBytes::kRefused; }
     DWORD VisitAll(Visit visit);
     // All of these answer whether to go on; `ending` says why not.
     bool Take(const RecordedObject& record);
@@ -63,6 +71,7 @@ class Undo {
 
     // Whether the object was found and read; else it was left alone.
     bool Read(const RecordedObject& record, std::optional<HeldObject>& object, StoredSecurity& now);
+    DWORD Refusal(const DescriptorChange& undone, const StoredSecurity& now, Judgement judgement) const;
     void LeaveUnfound(const std::string& path, DWORD error);
     void Leave(const std::string& path, LeftAlone extent, DWORD reason);
     void BeginWrites();
@@ -121,7 +130,7 @@ void Undo::BeginWrites() {
     writes.emplace(
         *change, top->Recorded(),
         [this](const std::optional<HeldObject>& object, const DescriptorChange& undoing) {
-            return top->Write(object, undoing);
+            return top->Write(object, undoing, Damaged());
         },
         [this](const DescriptorChange& undoing, DWORD result) {
             if (result == ERROR_SUCCESS)
@@ -146,9 +155,23 @@ bool Undo::Read(const RecordedObject& record, std::optional<HeldObject>& object,
         LeaveUnfound(undone.path, error);
         return false;
     }
-    error = top->Read(object, now);
+    error = top->Read(object, now, Damaged());
     if (error != ERROR_SUCCESS) Leave(undone.path, LeftAlone::kObject, error);
     return error == ERROR_SUCCESS;
+}
+
+// Damaged bytes come back to who asks for them by force, and take the place of nothing but what the change
+// wrote; in others' place damaged ones are not overwritten. Writing refuses them by itself, so they are
+// looked for only where it would not, or does not come about.
+DWORD Undo::Refusal(const DescriptorChange& undone, const StoredSecurity& now, Judgement judgement) const {
+    if (IsShare(undone)) return ERROR_SUCCESS;
+    if (!IsForced()) {
+        const bool isRefused = IsDryRun() && judgement == Judgement::kRestore && IsDamaged(undone.before);
+        return isRefused ? DWORD{ERROR_INVALID_SECURITY_DESCR} : DWORD{ERROR_SUCCESS};
+    }
+    if (judgement == Judgement::kRestore) return ERROR_SUCCESS;
+    if (IsDamaged(now)) return ERROR_INVALID_SECURITY_DESCR;
+    return IsDamaged(undone.before) ? DWORD{ERROR_REVISION_MISMATCH} : DWORD{ERROR_SUCCESS};
 }
 
 bool Undo::Take(const RecordedObject& record) {
@@ -163,7 +186,9 @@ bool Undo::Take(const RecordedObject& record) {
     const Judgement judgement = Judge(undone, now);
     if (judgement == Judgement::kAsBefore)
         ++counts.asBefore;
-    else if (judgement == Judgement::kRestore || options.changedSince == ChangedSince::kOverwrite)
+    else if (const DWORD refusal = Refusal(undone, now, judgement); refusal != ERROR_SUCCESS)
+        Leave(undone.path, LeftAlone::kObject, refusal);
+    else if (judgement == Judgement::kRestore || IsForced())
         return Put(std::move(object), undone, std::move(now));
     else if (IsDryRun() && unclear.size() < kMostUnclear)
         unclear.insert(undone.fileNumber);
@@ -181,7 +206,7 @@ bool Undo::TakeUnclear(const RecordedObject& record) {
     std::optional<HeldObject> object;
     StoredSecurity now;
     if (topError != ERROR_SUCCESS || top->IsLost(undone.path) || top->Find(record, object) != ERROR_SUCCESS ||
-        top->Read(object, now) != ERROR_SUCCESS)
+        top->Read(object, now, Damaged()) != ERROR_SUCCESS)
         return true;
     const auto known = byThen.find(undone.fileNumber);
     const Judgement judgement = Judge(undone, known != byThen.end() ? known->second : now);
@@ -303,6 +328,8 @@ std::string LeftAloneText(DWORD reason) {
             return "a link leads there now";
         case ERROR_NOT_SAME_DEVICE:
             return "something else is mounted there now";
+        case ERROR_INVALID_SECURITY_DESCR:
+            return "a damaged descriptor was there before, or is there now";
         case ERROR_BUSY:
             return "another program of yours is still changing it";
         default:

@@ -21,7 +21,8 @@ enum class UndoMode : std::uint8_t {
 // What becomes of an object that no longer has what the change wrote.
 enum class ChangedSince : std::uint8_t {
     kLeaveAlone,
-    kOverwrite,  // still never of another object that has the name by now
+    kOverwrite,  // still never of another object that has the name by now. Damaged bytes that the change has
+                 // replaced come back too, where what it wrote is still there
 };
 
 struct UndoOptions {

@@ -100,14 +100,16 @@ bool UndoneTop::IsLost(const std::string& path) const {
     return isLost;
 }
 
-DWORD UndoneTop::Read(const std::optional<HeldObject>& found, StoredSecurity& now) const {
+DWORD UndoneTop::Read(const std::optional<HeldObject>& found, StoredSecurity& now,
+                      DamagedBytes damaged) const {
     if (isShare) return ReadStoredShare(top.path, now);
-    return (found ? *found : object).ReadStored(now);
+    return (found ? *found : object).ReadStored(now, damaged);
 }
 
-DWORD UndoneTop::Write(const std::optional<HeldObject>& found, const DescriptorChange& change) const {
+DWORD UndoneTop::Write(const std::optional<HeldObject>& found, const DescriptorChange& change,
+                       DamagedBytes damaged) const {
     if (isShare) return WriteStoredShare(top.path, change.before, change.after);
-    return (found ? *found : object).WriteStored(change.before, change.after);
+    return (found ? *found : object).WriteStored(change.before, change.after, damaged);
 }
 
 }  // namespace permora

@@ -38,8 +38,9 @@ class UndoneTop {
     bool IsLost(const std::string& path) const;
 
     // What an object that was found, or the top, has and gets.
-    DWORD Read(const std::optional<HeldObject>& found, StoredSecurity& now) const;
-    DWORD Write(const std::optional<HeldObject>& found, const DescriptorChange& change) const;
+    DWORD Read(const std::optional<HeldObject>& found, StoredSecurity& now, DamagedBytes damaged) const;
+    DWORD Write(const std::optional<HeldObject>& found, const DescriptorChange& change,
+                DamagedBytes damaged) const;
 
   private:
     DWORD HoldBelow(const std::string& path, HeldObject& below);

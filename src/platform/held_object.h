@@ -51,6 +51,10 @@ struct FailuresBelow {
     std::string firstPath;
 };
 
+// Whether bytes that are no valid descriptor are read and written like others: when damaged ones that were
+// replaced are put back.
+enum class DamagedBytes : std::uint8_t { kRefused, kTaken };
+
 // An object, a link itself and never what it leads to, whatever becomes of its name. All calls answer with 0
 // or a system error code, and a failed one leaves its outputs untouched. One thread at a time.
 class HeldObject {
@@ -108,8 +112,9 @@ class HeldObject {
     // root of a volume, to which nobody does.
     DWORD ReadAbove(SECURITY_INFORMATION information, ReadParts& parts) const;
 
-    // The security of the object exactly as it is kept. ERROR_INVALID_SECURITY_DESCR for a damaged one.
-    DWORD ReadStored(StoredSecurity& stored) const;
+    // The security of the object exactly as it is kept. ERROR_INVALID_SECURITY_DESCR for a damaged one,
+    // unless it is taken.
+    DWORD ReadStored(StoredSecurity& stored, DamagedBytes damaged = DamagedBytes::kRefused) const;
     // What the object keeps when it gets this descriptor as it is, with nothing inherited anew: for
     // WriteStored. Where the host has owners of its own, a new owner who is one of its users gets the object
     // there as well: ERROR_ACCESS_DENIED for another's object without the right to give it away.
@@ -141,17 +146,19 @@ class HeldObject {
     // Gives an object whose stored descriptor is damaged the security of one that is newly made in its
     // folder: what that hands down, or nothing stored. Carries a list to everything below, as WriteSecurity
     // does. ERROR_REVISION_MISMATCH, and nothing is written, when the descriptor is not damaged. The recorder
-    // gets the damaged bytes, which WriteStored never writes again. ERROR_NOT_SUPPORTED on Windows, which
-    // keeps no damaged descriptors.
+    // gets the damaged bytes, which WriteStored refuses unless it is told to take them. ERROR_NOT_SUPPORTED
+    // on Windows, which keeps no damaged descriptors.
     DWORD ReplaceDamaged(ChangeRecorder& recorder, FailuresBelow& below) const;
 
     // Puts back what was kept at another time, byte for byte, and nothing below the object: removes what is
     // kept when nothing was, and gives the object back to its owner on the host.
     // ERROR_REVISION_MISMATCH, and nothing is written, when the object no longer has `expected`.
     // ERROR_NOT_SUPPORTED when this volume or this process keeps descriptors elsewhere than `wanted` was
-    // kept, ERROR_INVALID_SECURITY_DESCR when `wanted` is damaged. Nobody is told: who calls this has
+    // kept, ERROR_INVALID_SECURITY_DESCR when `wanted`, or what the object has, is damaged and that is not
+    // taken. Nobody is told: who calls this has
     // recorded it.
-    DWORD WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted) const;
+    DWORD WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted,
+                      DamagedBytes damaged = DamagedBytes::kRefused) const;
 
     // Gives every object below this folder the list `list`, unprotected, joined by what the object's own
     // folder hands down: as SetNamedSecurityInfoA with UNPROTECTED_DACL_SECURITY_INFORMATION would for each

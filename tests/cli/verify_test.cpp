@@ -86,9 +86,32 @@ TEST_F(VerifyTest, ADamagedDescriptorStaysUnlessItIsToBeReplaced) {
     EXPECT_EQ(DaclText(sub), "D:AI(A;OICIID;FA;;;BA)");
     EXPECT_THAT(DaclText(folder.Path("top/sub/file")), EndsWith("(A;;FR;;;WD)(A;ID;FA;;;BA)"));
     EXPECT_EQ(RunCli({"verify", top}).exitCode, 0);
-    const CommandResult undone = RunCli({"undo", "--yes"});
-    EXPECT_EQ(undone.exitCode, 1);
-    EXPECT_EQ(DaclText(sub), "D:AI(A;OICIID;FA;;;BA)") << "no damaged bytes are written";
+}
+
+// Damaged bytes come back to who insists, where what took their place is still there.
+TEST_F(VerifyTest, AReplacedDescriptorComesBackByForceAlone) {
+    Damage();
+    const TreeState before = StateOfTree(top);
+    ASSERT_EQ(RunCli({"verify", top, "--repair", "--replace-damaged"}).exitCode, 0);
+    EXPECT_THAT(RunCli({"undo", "--dry-run"}).output, HasSubstr("left alone: 1\n"));
+    const CommandResult refused = RunCli({"undo", "--yes"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.output, AllOf(HasSubstr("\\sub: left alone: a damaged descriptor was there before"),
+                                      HasSubstr("--force puts damaged descriptors back too")));
+    EXPECT_EQ(DaclText(sub), "D:AI(A;OICIID;FA;;;BA)");
+
+    EXPECT_EQ(RunCli({"undo", "1", "--yes", "--force"}).exitCode, 0);
+    EXPECT_EQ(DifferenceOf(before, StateOfTree(top)), "");
+    // And the other way round.
+    EXPECT_EQ(RunCli({"undo", "3", "--yes"}).exitCode, 1);
+    EXPECT_EQ(RunCli({"undo", "3", "--yes", "--force"}).exitCode, 0);
+    EXPECT_EQ(DaclText(sub), "D:AI(A;OICIID;FA;;;BA)");
+
+    ASSERT_EQ(SetDescriptorText(sub, "D:P(A;;FA;;;SY)"), 0U);
+    const CommandResult changed = RunCli({"undo", "1", "--yes", "--force"});
+    EXPECT_EQ(changed.exitCode, 1);
+    EXPECT_THAT(changed.output, HasSubstr("\\sub: left alone: it was changed since"));
+    EXPECT_EQ(DaclText(sub), "D:PAI(A;;FA;;;SY)");
 }
 
 TEST_F(VerifyTest, WithoutAFolderThatHandsDownTheModeCountsAgain) {

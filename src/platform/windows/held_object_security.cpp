@@ -140,7 +140,7 @@ DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts
     return error;
 }
 
-DWORD HeldObject::ReadStored(StoredSecurity& stored) const {
+DWORD HeldObject::ReadStored(StoredSecurity& stored, DamagedBytes /*damaged*/) const {
     UniqueHandle object;
     nt::SecurityDescriptor descriptor;
     DWORD error = WithPrivileges(kReadingPrivileges,
@@ -158,7 +158,8 @@ DWORD HeldObject::ReplaceDamaged(ChangeRecorder& /*recorder*/, FailuresBelow& /*
     return ERROR_NOT_SUPPORTED;
 }
 
-DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted) const {
+DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted,
+                              DamagedBytes /*damaged*/) const {
     if (wanted.form != SecurityForm::kVolume || wanted.hostOwner) return ERROR_NOT_SUPPORTED;
     std::optional<nt::SecurityDescriptor> former;
     std::optional<nt::SecurityDescriptor> then;

@@ -33,14 +33,20 @@ DWORD FindDamaged(const host::ObjectHandle& object, DescriptorStore& store, Stor
     return ERROR_SUCCESS;
 }
 
+// What a reading comes to where damaged bytes are taken for what they are.
+DWORD Allowing(DamagedBytes damaged, DWORD error) {
+    const bool isTaken = damaged == DamagedBytes::kTaken && error == ERROR_INVALID_SECURITY_DESCR;
+    return isTaken ? DWORD{ERROR_SUCCESS} : error;
+}
+
 }  // namespace
 
-DWORD HeldObject::ReadStored(StoredSecurity& stored) const {
+DWORD HeldObject::ReadStored(StoredSecurity& stored, DamagedBytes damaged) const {
     host::ObjectHandle& object = inside->target.object;
     DescriptorStore store(inside->storeKind);
     nt::SecurityDescriptor descriptor;
     DWORD error = RefreshOwner(object, store);
-    if (error == ERROR_SUCCESS) error = store.Read(object, descriptor);
+    if (error == ERROR_SUCCESS) error = Allowing(damaged, store.Read(object, descriptor));
     if (error == ERROR_SUCCESS) stored = store.Found(object);
     return error;
 }
@@ -58,7 +64,8 @@ DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, Stored
     return error;
 }
 
-DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted) const {
+DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecurity& wanted,
+                              DamagedBytes damaged) const {
     host::ObjectHandle& object = inside->target.object;
     host::ObjectTurn turn(inside->lockFiles);
     DescriptorStore store(inside->storeKind);
@@ -66,11 +73,12 @@ DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecuri
     std::optional<nt::SecurityDescriptor> then;
     DWORD error = inside->turn ? ERROR_SUCCESS : turn.Take(object);
     if (error == ERROR_SUCCESS) error = RefreshOwner(object, store);
-    if (error == ERROR_SUCCESS) error = store.Read(object, present);
+    if (error == ERROR_SUCCESS) error = Allowing(damaged, store.Read(object, present));
     if (error == ERROR_SUCCESS && store.Found(object) != expected) error = ERROR_REVISION_MISMATCH;
-    if (error == ERROR_SUCCESS) error = store.Examine(object, wanted, then);
+    if (error == ERROR_SUCCESS) error = Allowing(damaged, store.Examine(object, wanted, then));
     if (error != ERROR_SUCCESS) return error;
-    const bool changesOwner = then && then->owner != present.owner;
+    // Nothing is known of the owner in damaged bytes.
+    const bool changesOwner = !then ? wanted.hostOwner != expected.hostOwner : then->owner != present.owner;
     if (changesOwner && store.HasHostOwners(object) && !host::MayChangeOwner(object))
         return ERROR_ACCESS_DENIED;
     return store.Replace(object, expected, wanted);
