@@ -10,6 +10,7 @@
 
 #include "history/stored_batch.h"
 #include "platform/api/errors.h"
+#include "platform/below_finder.h"
 #include "platform/raw_security.h"
 #include "platform/security_change.h"
 #include "saved/tree_saving.h"
@@ -64,7 +65,7 @@ class TreeEditing : private TreeVisitor {
         ChangeRecorder& recorder;
         TreeEditCounts& counts;
     };
-    explicit TreeEditing(const Work& toDo) : work(toDo) {}
+    explicit TreeEditing(const Work& toDo) : work(toDo), finder(toDo.top) {}
 
     DWORD Run();
 
@@ -96,6 +97,7 @@ class TreeEditing : private TreeVisitor {
     bool IsDryRun() const { return work.options.mode == TreeListMode::kCountOnly; }
 
     Work work;
+    BelowFinder finder;
     SECURITY_INFORMATION parts = 0;
     std::shared_ptr<const FolderLists> aboveTop;
     std::vector<Level> levels;
@@ -281,10 +283,10 @@ EditedSecurity TreeEditing::Judge(Attempt& attempt, const nt::SecurityDescriptor
 // The top itself stays where it is.
 DWORD TreeEditing::Hold(const std::string& path, std::optional<HeldObject>& object) {
     if (path.empty()) return ERROR_SUCCESS;
-    const DWORD error = work.top.HoldBelow(path, object.emplace());
+    const DWORD error = finder.Hold(path, object.emplace());
     if (error != ERROR_TOO_MANY_OPEN_FILES || !batch) return error;
     result = batch->Flush();
-    return result == ERROR_SUCCESS ? work.top.HoldBelow(path, *object) : error;
+    return result == ERROR_SUCCESS ? finder.Hold(path, *object) : error;
 }
 
 DWORD TreeEditing::Try(Attempt attempt) {
