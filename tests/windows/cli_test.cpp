@@ -381,6 +381,22 @@ TEST(Cli, AWholeTreeIsLookedThroughForAnAccount) {
     EXPECT_THAT(result.errors, HasSubstr("S-1-5-21-1-2-3-1001 is nowhere"));
 }
 
+// Everyone is one of the few whom Wine keeps in a list, as bits of the mode. It keeps too little of what was
+// written for an undo to know it again.
+TEST(Cli, EveryoneIsReplacedInAWholeTree) {
+    const TestFolder folder;
+    const std::string file = folder.MakeFolder("sub") + "\\file";
+    folder.MakeFile("sub\\file");
+    ASSERT_EQ(RunCli({"grant", folder.Path("sub"), "--account", kEveryone, "--rights", "0x1200a9"}).exitCode,
+              0U);
+    ASSERT_NE(MaskOf(file, "Allow", kEveryone), "none");
+    const CliResult result =
+        RunCli({"replace", folder.Path(), "--account", kEveryone, "--by", "S-1-5-32-544"});
+    EXPECT_EQ(result.exitCode, 0U) << result.errors;
+    EXPECT_THAT(result.output, HasSubstr(", failed: 0"));
+    EXPECT_EQ(MaskOf(file, "Allow", kEveryone), "none");
+}
+
 TEST(Cli, AnAccountIsReplacedInAWholeTree) {
     const TestFolder folder;
     const std::string file = folder.MakeFolder("sub") + "\\file";
