@@ -26,7 +26,7 @@ bool CReportDlg::OnInitDialog() {
     ShowPlaces(*this, kReportPlaces, selection, folder);
     Remarks().SetExtendedStyle(ListStyle::kCheckBoxes | ListStyle::kFullRowSelect);
     Remarks().InsertColumn(0, "Remark", kRemarkWidth);
-    for (std::size_t i = 0; i < kRemarkCount; ++i)
+    for (std::size_t i = 0; i < kSurveyRemarkCount; ++i)
         Remarks().InsertItem(static_cast<int>(i), TextOf(static_cast<Remark>(i)));
     return CDialog::OnInitDialog();
 }
@@ -48,7 +48,7 @@ ReportChoice CReportDlg::Choice() const {
                         .members = GetDlgItem<CButton>(IDC_REPORT_MEMBERS)->IsChecked()
                                        ? ReportMembers::kFound
                                        : ReportMembers::kLeftOut};
-    for (std::size_t i = 0; i < kRemarkCount; ++i)
+    for (std::size_t i = 0; i < kSurveyRemarkCount; ++i)
         if (Remarks().GetCheck(static_cast<int>(i))) choice.only.Add(static_cast<Remark>(i));
     return choice;
 }

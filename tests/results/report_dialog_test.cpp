@@ -29,7 +29,7 @@ TEST_F(ReportDialogTest, NothingChosenIsAWholeReportOfTheSelection) {
     EXPECT_EQ(Show([](WindowDriver& window) {
                   EXPECT_EQ(window.Text(IDC_REPORT_ON_SELECTION), "The &selection: 2 items");
                   EXPECT_EQ(window.Text(IDC_REPORT_ON_FOLDER), R"(The &folder shown: C:\R&&D)");
-                  EXPECT_EQ(window.Rows(IDC_REPORT_REMARKS).size(), kRemarkCount);
+                  EXPECT_EQ(window.Rows(IDC_REPORT_REMARKS).size(), kSurveyRemarkCount);
                   window.Press("Return");
               }),
               IDOK);
