@@ -12,14 +12,14 @@ Json FaultJson(const std::string& path, Remark remark) {
     return {{"path", path}, {"code", CodeOf(remark)}, {"text", TextOf(remark)}};
 }
 
-std::string NameOf(const nt::Sid& sid) {
+std::string FaultAccountName(const nt::Sid& sid) {
     AccountRecord record;
     record.sid = sid;
     return AccountDisplayName(record);
 }
 
 std::string WhoText(const ModeFinding& finding) {
-    const std::string name = PrintableText(NameOf(finding.account));
+    const std::string name = PrintableText(FaultAccountName(finding.account));
     if (finding.error != ERROR_SUCCESS) return name + ": " + SystemMessageLine(finding.error);
     const char* const rights = finding.isReading && finding.isWriting ? " (reading, writing)"
                                : finding.isReading                    ? " (reading)"
@@ -28,7 +28,7 @@ std::string WhoText(const ModeFinding& finding) {
 }
 
 Json WhoJson(const ModeFinding& finding) {
-    Json json = {{"account", NameOf(finding.account)}, {"sid", finding.account.ToText()}};
+    Json json = {{"account", FaultAccountName(finding.account)}, {"sid", finding.account.ToText()}};
     if (finding.error != ERROR_SUCCESS) {
         json["error"] = finding.error;
         json["reason"] = SystemMessageLine(finding.error);

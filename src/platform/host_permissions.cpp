@@ -6,46 +6,50 @@
 namespace permora {
 namespace {
 
-enum Tag : std::uint16_t {
-    kOwner = 0x01,
-    kUser = 0x02,
-    kOwningGroup = 0x04,
-    kGroup = 0x08,
-    kMask = 0x10,
-    kOther = 0x20,
+enum HostListTag : std::uint16_t {
+    kTagOwner = 0x01,
+    kTagUser = 0x02,
+    kTagOwningGroup = 0x04,
+    kTagGroup = 0x08,
+    kTagMask = 0x10,
+    kTagOther = 0x20,
 };
 
-struct Entry {
+struct HostListEntry {
     std::uint16_t tag;
     std::uint16_t bits;
     std::uint32_t id;
 };
 
-constexpr std::uint32_t kVersion = 2;
-constexpr std::size_t kHeadSize = 4;
-constexpr std::size_t kEntrySize = 8;
-constexpr std::uint32_t kAllBits = 7;
+constexpr std::uint32_t kHostListVersion = 2;
+constexpr std::size_t kHostListHead = 4;
+constexpr std::size_t kHostListEntrySize = 8;
+constexpr std::uint32_t kAllHostBits = 7;
 
-std::uint32_t Number(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t size) {
+std::uint32_t HostNumber(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t size) {
     std::uint32_t value = 0;
     for (std::size_t i = size; i > 0; --i)
         value = value << 8U | bytes[at + i - 1];
     return value;
 }
 
-bool ParseList(std::span<const std::uint8_t> bytes, std::vector<Entry>& entries) {
-    if (bytes.size() < kHeadSize || (bytes.size() - kHeadSize) % kEntrySize != 0) return false;
-    if (Number(bytes, 0, 4) != kVersion) return false;
-    for (std::size_t at = kHeadSize; at < bytes.size(); at += kEntrySize)
-        entries.push_back({static_cast<std::uint16_t>(Number(bytes, at, 2)),
-                           static_cast<std::uint16_t>(Number(bytes, at + 2, 2)), Number(bytes, at + 4, 4)});
+bool ParseHostList(std::span<const std::uint8_t> bytes, std::vector<HostListEntry>& entries) {
+    if (bytes.size() < kHostListHead || (bytes.size() - kHostListHead) % kHostListEntrySize != 0)
+        return false;
+    if (HostNumber(bytes, 0, 4) != kHostListVersion) return false;
+    for (std::size_t at = kHostListHead; at < bytes.size(); at += kHostListEntrySize)
+        entries.push_back({static_cast<std::uint16_t>(HostNumber(bytes, at, 2)),
+                           static_cast<std::uint16_t>(HostNumber(bytes, at + 2, 2)),
+                           HostNumber(bytes, at + 4, 4)});
     return true;
 }
 
 // What a mode without a list amounts to.
-std::vector<Entry> EntriesOfMode(std::uint32_t mode) {
-    const auto bits = [mode](unsigned shift) { return static_cast<std::uint16_t>(mode >> shift & kAllBits); };
-    return {{kOwner, bits(6), 0}, {kOwningGroup, bits(3), 0}, {kOther, bits(0), 0}};
+std::vector<HostListEntry> EntriesOfMode(std::uint32_t mode) {
+    const auto bits = [mode](unsigned shift) {
+        return static_cast<std::uint16_t>(mode >> shift & kAllHostBits);
+    };
+    return {{kTagOwner, bits(6), 0}, {kTagOwningGroup, bits(3), 0}, {kTagOther, bits(0), 0}};
 }
 
 }  // namespace
@@ -53,14 +57,14 @@ std::vector<Entry> EntriesOfMode(std::uint32_t mode) {
 // The first class of entries that knows the account decides; of its groups, one that gives all the bits.
 std::optional<bool> HostAllows(const HostPermissions& permissions, const HostAccount& account,
                                std::uint32_t bits) {
-    std::vector<Entry> entries;
+    std::vector<HostListEntry> entries;
     if (permissions.list.empty())
         entries = EntriesOfMode(permissions.mode);
-    else if (!ParseList(permissions.list, entries))
+    else if (!ParseHostList(permissions.list, entries))
         return std::nullopt;
-    std::uint32_t mask = kAllBits;
-    for (const Entry& entry : entries)
-        if (entry.tag == kMask) mask = entry.bits;
+    std::uint32_t mask = kAllHostBits;
+    for (const HostListEntry& entry : entries)
+        if (entry.tag == kTagMask) mask = entry.bits;
     const auto isIn = [&](std::uint32_t group) {
         return std::ranges::find(account.groups, group) != account.groups.end();
     };
@@ -68,17 +72,17 @@ std::optional<bool> HostAllows(const HostPermissions& permissions, const HostAcc
     bool isAllowed = false;
     bool isDecided = false;
     std::uint32_t others = 0;
-    for (const Entry& entry : entries) {
-        if (entry.tag == kOther) others = entry.bits;
+    for (const HostListEntry& entry : entries) {
+        if (entry.tag == kTagOther) others = entry.bits;
         if (isDecided) continue;
-        const bool isOwner = entry.tag == kOwner && account.user == permissions.owner;
-        const bool isUser = entry.tag == kUser && account.user == entry.id;
+        const bool isOwner = entry.tag == kTagOwner && account.user == permissions.owner;
+        const bool isUser = entry.tag == kTagUser && account.user == entry.id;
         if (isOwner || isUser) {
             isDecided = true;
-            isAllowed = (entry.bits & (isOwner ? kAllBits : mask) & bits) == bits;
+            isAllowed = (entry.bits & (isOwner ? kAllHostBits : mask) & bits) == bits;
         }
-        const bool isGroup =
-            (entry.tag == kOwningGroup && isIn(permissions.group)) || (entry.tag == kGroup && isIn(entry.id));
+        const bool isGroup = (entry.tag == kTagOwningGroup && isIn(permissions.group)) ||
+                             (entry.tag == kTagGroup && isIn(entry.id));
         if (!isGroup) continue;
         isOfGroup = true;
         isDecided = isAllowed = (entry.bits & mask & bits) == bits;
