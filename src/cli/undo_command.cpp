@@ -124,7 +124,7 @@ ExitCode UndoCommand::Undo(const ChangeFacts& facts) {
     messages.SetSubject("");
     if (observer.HasMetChanges() && !force) messages.Say("--force takes back also what was changed since");
     if (observer.HasMetDamage() && !force)
-        messages.Say("--force puts damaged descriptors back too, where nothing was changed since");
+        messages.Say("--force brings damaged descriptors back too, where nothing was changed since");
     return ReportEnd(error, counts);
 }
 

@@ -97,7 +97,7 @@ TEST_F(VerifyTest, AReplacedDescriptorComesBackByForceAlone) {
     const CommandResult refused = RunCli({"undo", "--yes"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_THAT(refused.output, AllOf(HasSubstr("\\sub: left alone: a damaged descriptor was there before"),
-                                      HasSubstr("--force puts damaged descriptors back too")));
+                                      HasSubstr("--force brings damaged descriptors back too")));
     EXPECT_EQ(DaclText(sub), "D:AI(A;OICIID;FA;;;BA)");
 
     EXPECT_EQ(RunCli({"undo", "1", "--yes", "--force"}).exitCode, 0);
