@@ -205,21 +205,20 @@ struct FileCloser {
 };
 
 // The host's own files, which never make anyone wait.
-void ListHostFiles(AccountKind kind, const std::function<void(const char* name, id_t id)>& take) {
+DWORD ListHostFiles(AccountKind kind, const std::function<void(const char* name, id_t id)>& take) {
     const char* const path = kind == AccountKind::kUser ? "/etc/passwd" : "/etc/group";
     const std::unique_ptr<FILE, FileCloser> file(fopen(path, "re"));
-    if (!file) return;
+    if (!file) return ErrorFromErrno(errno);
     if (kind == AccountKind::kUser) {
         const auto next = [&](passwd* record, char* buffer, std::size_t size, passwd** found) {
             return fgetpwent_r(file.get(), record, buffer, size, found);
         };
-        AskForAll<passwd>(next, [&](const passwd& user) { take(user.pw_name, user.pw_uid); });
-    } else {
-        const auto next = [&](group* record, char* buffer, std::size_t size, group** found) {
-            return fgetgrent_r(file.get(), record, buffer, size, found);
-        };
-        AskForAll<group>(next, [&](const group& listed) { take(listed.gr_name, listed.gr_gid); });
+        return AskForAll<passwd>(next, [&](const passwd& user) { take(user.pw_name, user.pw_uid); });
     }
+    const auto next = [&](group* record, char* buffer, std::size_t size, group** found) {
+        return fgetgrent_r(file.get(), record, buffer, size, found);
+    };
+    return AskForAll<group>(next, [&](const group& listed) { take(listed.gr_name, listed.gr_gid); });
 }
 
 template <class Matches>
@@ -229,6 +228,16 @@ std::optional<HostAccount> FindInHostFiles(AccountKind kind, Matches matches) {
         if (!account && matches(name, id)) account = {name, id};
     });
     return account;
+}
+
+// After the name service has found nobody, which it also says when it could not open these files, as without
+// a free descriptor. Programs take the entries of accounts away that are no more.
+DWORD ConfirmNobody(AccountKind kind, id_t id, std::string& name) {
+    DWORD found = ERROR_NONE_MAPPED;
+    const DWORD error = ListHostFiles(kind, [&](const char* listed, id_t listedId) {
+        if (found != ERROR_SUCCESS && listedId == id) found = TakeName(listed, name);
+    });
+    return error == ERROR_SUCCESS ? found : error;
 }
 
 bool IsDomainThere() {
@@ -280,10 +289,9 @@ DWORD ListHostAccounts(AccountKind kind, std::vector<HostAccount>& accounts) {
         kGroupsTime, list, [kind](std::vector<HostAccount>& found) { return Enumerate(kind, found); });
     // The domain's accounts are listed elsewhere.
     if (error == kDomainOffline) {
-        ListHostFiles(kind, [&](const char* name, id_t id) {
+        error = ListHostFiles(kind, [&](const char* name, id_t id) {
             if (IsPlainAccountName(name)) list.push_back({name, id});
         });
-        error = ERROR_SUCCESS;
     }
     if (error != ERROR_SUCCESS) return error;
     LastListings().Keep(kind, list);
@@ -302,11 +310,12 @@ DWORD FindHostName(AccountKind kind, id_t id, std::string& name) {
         const auto own = FindInHostFiles(kind, [id](const char*, id_t listed) { return listed == id; });
         if (own) return TakeName(own->name.c_str(), name);
     }
-    return AskWithin<std::string>(kLookupTime, name, [kind, id](std::string& found) {
+    const DWORD error = AskWithin<std::string>(kLookupTime, name, [kind, id](std::string& found) {
         if (kind == AccountKind::kUser)
             return Ask(getpwuid_r, id, [&](const passwd& user) { return TakeName(user.pw_name, found); });
         return Ask(getgrgid_r, id, [&](const group& listed) { return TakeName(listed.gr_name, found); });
     });
+    return error == ERROR_NONE_MAPPED ? ConfirmNobody(kind, id, name) : error;
 }
 
 DWORD FindHostId(AccountKind kind, const std::string& name, id_t& id) {

@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <sys/resource.h>
 
 #include <cerrno>
 #include <cstring>
+#include <string>
 
 namespace {
 
@@ -69,6 +71,23 @@ TEST(NameServiceTest, TellsMissingAccountsFromFailures) {
         EXPECT_EQ(FindHostName(AccountKind::kUser, kMadeUpUser, name), entry.error);
         EXPECT_EQ(name, entry.error == ERROR_SUCCESS ? entry.answer.name : "as before");
     }
+}
+
+// The name service finds nobody while it cannot open its files.
+TEST(NameServiceTest, NobodyIsGoneWhileDescriptorsAreShort) {
+    constexpr uid_t kInFilesAlone = 1;
+    std::string name;
+    ASSERT_EQ(FindHostName(AccountKind::kUser, kInFilesAlone, name), ERROR_SUCCESS);
+    ASSERT_EQ(FindHostName(AccountKind::kUser, 4'000'000, name), ERROR_NONE_MAPPED);
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const rlimit none = {0, usual.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const DWORD existing = FindHostName(AccountKind::kUser, kInFilesAlone, name);
+    const DWORD missing = FindHostName(AccountKind::kUser, 4'000'000, name);
+    setrlimit(RLIMIT_NOFILE, &usual);
+    EXPECT_NE(existing, ERROR_NONE_MAPPED);  // a recent listing may have it
+    EXPECT_EQ(missing, ERROR_TOO_MANY_OPEN_FILES);
 }
 
 }  // namespace
