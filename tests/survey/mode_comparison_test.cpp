@@ -80,16 +80,14 @@ std::string TextOf(const std::vector<ModeFinding>& findings) {
 
 // The POSIX access list "u::rw-,u:2:r--,g::r--,m::r--,o::---", as the kernel keeps it.
 std::vector<std::uint8_t> ListWithBert(std::uint8_t bits, std::uint8_t mask) {
-    std::vector<std::uint8_t> bytes = {2, 0, 0, 0};
-    const auto add = [&](std::uint8_t tag, std::uint8_t granted, std::uint8_t id) {
-        bytes.insert(bytes.end(), {tag, 0, granted, 0, id, 0, 0, 0});
-    };
-    add(0x01, 6, 0);
-    add(0x02, bits, kBert);
-    add(0x04, 4, 0);
-    add(0x10, mask, 0);
-    add(0x20, 0, 0);
-    return bytes;
+    constexpr std::uint8_t kOwnerTag = 0x01, kUserTag = 0x02, kGroupTag = 0x04, kMaskTag = 0x10,
+                           kOtherTag = 0x20;
+    return {2,         0, 0,    0,                  // the version
+            kOwnerTag, 0, 6,    0, 0,     0, 0, 0,  // each with a tag, bits and a number
+            kUserTag,  0, bits, 0, kBert, 0, 0, 0,  //
+            kGroupTag, 0, 4,    0, 0,     0, 0, 0,  //
+            kMaskTag,  0, mask, 0, 0,     0, 0, 0,  //
+            kOtherTag, 0, 0,    0, 0,     0, 0, 0};
 }
 
 TEST(ModeComparison, FindsWhoIsLetInOtherwise) {
