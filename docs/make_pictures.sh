@@ -187,8 +187,11 @@ Take find "$found"
 Keys ctrl+w
 WaitUntil "the main window to be active" IsActive "$window"
 
+# A mnemonic presses its button for a moment.
 OpenDialog "Report" Keys alt+s r
-Keys alt+f Return
+Keys alt+f
+Settle
+Keys Return
 WaitUntil "the report" HasWindowLike "Report - "
 Settle
 xdotool windowsize --sync "$found" 980 300
