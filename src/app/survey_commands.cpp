@@ -27,22 +27,25 @@ std::string SurveyCommands::SelectionText() const {
     return names.empty() ? std::string() : std::to_string(names.size()) + " items";
 }
 
-std::vector<ResultTop> SurveyCommands::Tops(Extent extent) const {
+std::vector<ResultTop> SurveyCommands::Tops(SearchedPlace searched) const {
     Place place;
     const std::vector<std::string> names =
-        extent == Extent::kSelection ? view.SelectedNames() : std::vector<std::string>();
+        searched == SearchedPlace::kSelection ? view.SelectedNames() : std::vector<std::string>();
     const Outcome outcome = view.Rows().Hold(names, place);
     ShowOutcome(owner.GetSafeHwnd(), outcome);
     return outcome.IsDone() ? TopsOf(place, FolderText()) : std::vector<ResultTop>();
 }
 
-void SurveyCommands::Find() {
-    CFindDlg dialog(&owner);
+template <class Dialog>
+std::vector<ResultTop> SurveyCommands::Ask(Dialog& dialog) const {
     dialog.folder = FolderText();
     dialog.selection = SelectionText();
-    if (dialog.DoModal() != IDOK) return;
-    std::vector<ResultTop> tops =
-        Tops(dialog.place == SearchedPlace::kSelection ? Extent::kSelection : Extent::kFolder);
+    return dialog.DoModal() == IDOK ? Tops(dialog.place) : std::vector<ResultTop>();
+}
+
+void SurveyCommands::Find() {
+    CFindDlg dialog(&owner);
+    std::vector<ResultTop> tops = Ask(dialog);
     if (tops.empty()) return;
     windows.Open(std::make_unique<FindSource>(std::move(tops), dialog.request.criteria, dialog.request.name),
                  owner);
@@ -50,11 +53,7 @@ void SurveyCommands::Find() {
 
 void SurveyCommands::Report() {
     CReportDlg dialog(&owner);
-    dialog.folder = FolderText();
-    dialog.selection = SelectionText();
-    if (dialog.DoModal() != IDOK) return;
-    std::vector<ResultTop> tops =
-        Tops(dialog.place == SearchedPlace::kSelection ? Extent::kSelection : Extent::kFolder);
+    std::vector<ResultTop> tops = Ask(dialog);
     if (tops.empty()) return;
     windows.Open(std::make_unique<ReportSource>(dialog.request, std::move(tops)), owner);
 }

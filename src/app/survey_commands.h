@@ -9,6 +9,7 @@
 #include "framework/window.h"
 #include "results/result_tops.h"
 #include "results/results_windows.h"
+#include "results/searched_place.h"
 
 namespace permora {
 
@@ -27,9 +28,11 @@ class SurveyCommands {
     void CloseWindows() { windows.CloseAll(); }
 
   private:
-    enum class Extent { kFolder, kSelection };
-    // Empty: they cannot be worked on, which has been reported.
-    std::vector<ResultTop> Tops(Extent extent) const;
+    // Runs a dialog that asks where to look. Empty: the user wants nothing, or what was chosen cannot be
+    // worked on, which has been reported.
+    template <class Dialog>
+    std::vector<ResultTop> Ask(Dialog& dialog) const;
+    std::vector<ResultTop> Tops(SearchedPlace searched) const;
     std::string FolderText() const;
     std::string SelectionText() const;
 

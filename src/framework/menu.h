@@ -21,9 +21,9 @@ class CMenu {
 
     void CheckByPosition(int position, bool checked);
     void CheckRadioByPosition(int first, int last, int checked);
-    // By command id, in this menu and its pop-ups.
-    // One of several entries at the end of which one is checked.
+    // An entry at the end. Of those that are added so, one is checked.
     void AppendRadio(unsigned int id, const std::string& text);
+    // By command id, in this menu and its pop-ups.
     void Enable(unsigned int id, bool enabled);
     void SetText(unsigned int id, const std::string& text);
 
