@@ -80,12 +80,22 @@ UseDarkColours() {
 # The whole screen as one number.
 Screen() { import -silent -window root -depth 8 rgb:- | sha1sum; }
 
-# Settle: until the screen stands still; its number is then in $shown.
+# Whether the program, the window manager or the X server is at work: what it works on may not be on the screen yet.
+IsBusy() {
+    local pid state
+    for pid in ${programPid:-} "${desktopPids[@]}"; do
+        state=$(sed -n 's/^State:[[:space:]]*//p' "/proc/$pid/status" 2>/dev/null)
+        [[ $state != [RD]* ]] || return 0
+    done
+    return 1
+}
+
+# Settle: until the screen stands still and nobody is about to change it; its number is then in $shown.
 shown=
 IsStill() {
     local now
     now=$(Screen)
-    [ "$now" = "$shown" ] && return 0
+    [ "$now" = "$shown" ] && ! IsBusy && return 0
     shown=$now
     return 1
 }

@@ -73,6 +73,7 @@ Step "apply" PressApply
 WaitUntil "all below to inherit" IsReset
 WaitUntil "the walk's dialog to close" HasNoWindow "Applying settings"
 WaitUntil "the sheet to be active" IsActive "$sheet"
+ExpectTold 'push button|Apply|disabled|'
 Settle
 Picture "read-again" "$sheet"
 CloseDialog "Security Editor - Alpha" "$window" CancelSheet
@@ -80,8 +81,7 @@ CloseDialog "Security Editor - Alpha" "$window" CancelSheet
 # No notice now; the sheet shows what it showed after the apply.
 OpenDialog "Security Editor - Alpha" ChoosePermissions
 sheet=$dialog
-Picture "opened-again" "$sheet"
-Same read-again opened-again
+PictureLike "opened-again" "read-again" "$sheet"
 Step "remove" RemoveFirstEntry
 OpenDialog "Permissions" EditFirstEntry
 Step "clear-all" PressClearAll

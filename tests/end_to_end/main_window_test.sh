@@ -135,8 +135,7 @@ Start "$data"
 WaitUntil "the window to be where it was" HasGeometry "$place"
 Keys F5
 Settle
-Picture "started-again"
-Same before-the-end started-again
+PictureLike "started-again" "before-the-end"
 Step "maximised" DoubleClickTitle
 Quit
 Stored 16 3

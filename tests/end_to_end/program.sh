@@ -115,11 +115,15 @@ ClickInTemplate() {
     ClickIn "$dialog" $(($3 * WIDTH / $1)) $(($4 * HEIGHT / $2)) "${@:5}"
 }
 
-# Same NAME NAME: fails unless the two pictures show the same, but for a few pixels, such as at the edges of the address
-# bar, which the window manager's frame may shift by one.
-Same() {
-    local one other pixels
-    one=$(ls "$pictures"/*-"$1".png) other=$(ls "$pictures"/*-"$2".png)
-    pixels=$(compare -metric AE "$one" "$other" null: 2>&1 || true)
-    [ "$pixels" -lt 400 ] || Fail "$1 and $2 differ in $pixels pixels"
+# PictureLike NAME OTHER [WINDOW]: takes a picture that shows the same as OTHER, which was taken before. A few pixels may differ,
+# such as those at the edges of the address bar, which the window manager's frame may shift by one.
+PictureLike() {
+    local other
+    other=$(ls "$pictures"/*-"$2".png)
+    pictureCount=$((pictureCount + 1))
+    WaitUntil "$1 to look like $2" LooksLike "$other" "$pictures/$(printf '%02d' $pictureCount)-$1.png" "${3:-root}"
+}
+LooksLike() {
+    import -silent -window "$3" "$2"
+    [ "$(compare -metric AE "$1" "$2" null: 2>&1 || true)" -lt 400 ]
 }

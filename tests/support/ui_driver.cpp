@@ -160,7 +160,11 @@ void UiDriver::State::OnShown(const ModalWindow& modal) {
 }
 
 void UiDriver::State::Serve(const ModalWindow& modal, const Expectation& expectation) {
-    const bool takesInput = WaitForInput(modal.window);
+    // A dialog without a script is given no input. It may never take any: a message box can already stand
+    // before it, and that one is served only when this function has returned.
+    const bool isGivenInput =
+        expectation.script || modal.kind == ModalKind::kMessageBox || modal.kind == ModalKind::kMenu;
+    const bool takesInput = isGivenInput && WaitForInput(modal.window);
     switch (modal.kind) {
         case ModalKind::kMessageBox:
             if (takesInput && expectation.script) RunScript(modal, expectation);
