@@ -18,6 +18,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/change_recorder.h"
+#include "platform/list_place.h"
 #include "platform/nt/security_descriptor.h"
 #include "platform/remembered_object.h"
 #include "platform/resources.h"
@@ -120,6 +121,9 @@ class HeldObject {
     // there as well: ERROR_ACCESS_DENIED for another's object without the right to give it away.
     // ERROR_NOT_SUPPORTED when it cannot have one, ERROR_INVALID_ACL when a list is too large for any.
     DWORD PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const;
+
+    // Where the list that ReadSecurity gives is kept, also when it is damaged.
+    DWORD FindListPlace(ListPlace& place) const;
 
     // What the host lets its users do with the object, whatever its list says (platform/host_permissions.h).
     // ERROR_NOT_SUPPORTED on Windows, which has nothing of the kind.

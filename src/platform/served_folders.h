@@ -20,10 +20,12 @@ enum class ServedBy : std::uint8_t {
 
 struct ServedFolder {
     std::string share;
-    std::string path;  // as files.h takes it, without links in it
+    std::string path;  // as HeldObject::FindTop gives it, without links in it
     ServedBy by = ServedBy::kUnknown;
     std::optional<nt::Sid> user;  // who it works as for everybody; nothing: as the user who has connected
     std::string setting;          // with kUnknown: which one
+
+    friend bool operator==(const ServedFolder&, const ServedFolder&) = default;
 };
 
 // Of all shares with a folder of their own; none on Windows, where lists alone count. 0, or why the server's

@@ -5,7 +5,7 @@
 
 #include "platform/nt/granted_rights.h"
 #include "platform/nt/inheritance.h"
-#include "report/sid_key.h"
+#include "survey/sid_key.h"
 #include "security/object_security.h"
 
 namespace permora {

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "platform/nt/inheritance.h"
-#include "report/sid_key.h"
+#include "survey/sid_key.h"
 #include "saved/saved_path.h"
 #include "security/access_rights.h"
 

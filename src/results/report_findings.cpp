@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "report/sid_key.h"
+#include "survey/sid_key.h"
 #include "results/object_rows.h"
 
 namespace permora {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/nt/inheritance.h"
+#include "platform/path_below.h"
 #include "platform/raw_security.h"
 #include "platform/system_message.h"
 #include "shares/share_list.h"
@@ -19,11 +20,6 @@ constexpr DWORD kChange = 0x1301BF & FULL_CONTROL_RIGHTS;
 const nt::Sid& Network() {
     static const nt::Sid kSid(5, {2});
     return kSid;
-}
-
-bool IsIn(const std::string& path, const std::string& folder) {
-    if (!path.starts_with(folder)) return false;
-    return path.size() == folder.size() || folder.ends_with('\\') || path[folder.size()] == '\\';
 }
 
 NetworkRights Unknown(const std::string& share, NetworkAnswer answer, std::string reason) {
@@ -76,7 +72,7 @@ std::optional<NetworkRights> AnswerOf(const ListedShare& share, const std::strin
     if (isMissing) return std::nullopt;
     if (error != ERROR_SUCCESS)
         return Unknown(share.name, NetworkAnswer::kFolderUnknown, SystemMessageLine(error));
-    if (!IsIn(path, top.path)) return std::nullopt;
+    if (!IsAtOrBelow(path, top.path)) return std::nullopt;
     if ((share.type & STYPE_SPECIAL) != 0) return Unknown(share.name, NetworkAnswer::kForAdministrators, {});
     return AnswerByList(share.name, rights, groups);
 }

@@ -10,6 +10,15 @@ DWORD HeldObject::ReadHostPermissions(HostPermissions& /*permissions*/) const {
     return ERROR_NOT_SUPPORTED;
 }
 
+DWORD HeldObject::FindListPlace(ListPlace& place) const {
+    place = ListPlace::kSystem;
+    return ERROR_SUCCESS;
+}
+
+ShareServer FindShareServer() {
+    return ShareServer::kSystem;
+}
+
 DWORD FindHostAccount(const nt::Sid& /*account*/, HostAccount& /*found*/) {
     return ERROR_NOT_SUPPORTED;
 }

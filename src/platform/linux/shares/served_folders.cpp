@@ -14,6 +14,7 @@
 #include "platform/linux/files/paths.h"
 #include "platform/linux/shares/samba_tools.h"
 #include "platform/linux/shares/samba_user_shares.h"
+#include "platform/list_place.h"
 
 namespace permora {
 namespace host {
@@ -102,13 +103,12 @@ DWORD FindFolders(std::vector<ServedFolder>& folders) {
     const auto global = std::ranges::find_if(
         sections, [](const SambaSection& section) { return IsSameShare(section.name, "global"); });
     const SambaSection* const settings = global == sections.end() ? nullptr : &*global;
-    const std::vector<DriveRoot> drives = ListDriveRoots();
     for (const std::vector<SambaSection>* const all : {&sections, &users}) {
         for (const SambaSection& section : *all) {
             const std::string path = RealPath(section.Value("path").value_or(""));
             if (path.empty() || section.IsSet("printable") || SharesOfSections({section}).empty()) continue;
             ServedFolder folder = Judge(section, settings);
-            folder.path = PathFromHost(path, drives);
+            folder.path = PathFromHost(path, {{'C', "/"}});
             folders.push_back(std::move(folder));
         }
     }
@@ -117,6 +117,10 @@ DWORD FindFolders(std::vector<ServedFolder>& folders) {
 
 }  // namespace
 }  // namespace host
+
+ShareServer FindShareServer() {
+    return host::IsSambaSetUp() ? ShareServer::kSamba : ShareServer::kNobody;
+}
 
 DWORD FindServedFolders(std::vector<ServedFolder>& folders) {
     std::vector<ServedFolder> found;
