@@ -34,6 +34,7 @@ bool CListCtrl::Create(CWnd& owner, DWORD style, const Rect& rect, unsigned int 
 void CListCtrl::OnDestroy() {
     rows = {};
     columns.clear();
+    emptyText.clear();
     sortedColumn = -1;
     extendedStyle = ListStyle::kNone;
     normalImages.reset();
@@ -58,6 +59,12 @@ void CListCtrl::InsertColumn(int column, const std::string& header, int width) {
     if (!HasWindow()) return;
     const int place = std::clamp(column, 0, static_cast<int>(columns.size()));
     columns.insert(columns.begin() + place, {header, width});
+    Display().AppearanceChanged();
+}
+
+void CListCtrl::DeleteColumn(int column) {
+    if (!HasColumn(column)) return;
+    columns.erase(columns.begin() + column);
     Display().AppearanceChanged();
 }
 
@@ -146,6 +153,12 @@ bool CListCtrl::DeleteAllItems() {
     rows.Clear();
     Display().RowsChanged();
     return true;
+}
+
+void CListCtrl::SetEmptyText(const std::string& text) {
+    if (!HasWindow() || text == emptyText) return;
+    emptyText = text;
+    Display().AppearanceChanged();
 }
 
 void CListCtrl::SortItems(const std::function<bool(std::intptr_t, std::intptr_t)>& isLess) {

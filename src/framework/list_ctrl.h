@@ -48,6 +48,8 @@ class CListCtrl : public CWnd {
     bool Create(CWnd& owner, DWORD style, const Rect& rect, unsigned int id);
 
     void InsertColumn(int column, const std::string& header, int width);
+    // The rows keep texts of their own under the columns' numbers.
+    void DeleteColumn(int column);
     void SetColumnText(int column, const std::string& header);
     // The mark in the header of the column that the rows are sorted by; -1: none.
     void ShowSortMark(int column, SortOrder order);
@@ -70,6 +72,9 @@ class CListCtrl : public CWnd {
     bool DeleteItem(int row);
     bool DeleteAllItems();  // false without a window
     int GetItemCount() const { return rows.Count(); }
+
+    // What stands in the place of the rows while there are none; assistive technology reads it.
+    void SetEmptyText(const std::string& text);
 
     int GetSelectedCount() const { return rows.SelectedCount(); }
     bool IsSelected(int row) const { return rows.IsSelected(row); }
@@ -101,6 +106,8 @@ class CListCtrl : public CWnd {
 
     const ListRows& Rows() const { return rows; }
     const std::vector<ListColumn>& Columns() const { return columns; }
+    // Empty while there are rows.
+    std::string EmptyText() const { return rows.Count() == 0 ? emptyText : std::string(); }
     int SortedColumn() const { return sortedColumn; }  // -1: no header has a mark
     SortOrder Sorting() const { return sortOrder; }
     bool HasExtendedStyle(ListStyle bit) const;
@@ -126,6 +133,7 @@ class CListCtrl : public CWnd {
 
     ListRows rows;
     std::vector<ListColumn> columns;
+    std::string emptyText;
     int sortedColumn = -1;
     SortOrder sortOrder = SortOrder::kUp;
     ListStyle extendedStyle = ListStyle::kNone;

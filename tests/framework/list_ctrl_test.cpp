@@ -289,6 +289,10 @@ TEST_F(ListCtrl, AssistiveTechnologyReadsNamesAndStates) {
     list.DeleteItem(2);
     EXPECT_EQ(interface->childCount(), 2);
     EXPECT_EQ(interface->child(2), nullptr);
+    list.SetEmptyText("Nothing is here");
+    EXPECT_EQ(interface->text(QAccessible::Description), QString()) << "there are rows";
+    list.DeleteAllItems();
+    EXPECT_EQ(interface->text(QAccessible::Description), QStringLiteral("Nothing is here"));
 }
 
 }  // namespace

@@ -103,6 +103,7 @@ class ListAccessible : public QAccessibleWidget {
     ~ListAccessible() override { ForgetRows(); }
 
     int childCount() const override { return list.List()->Rows().Count(); }
+    QString text(QAccessible::Text kind) const override;
     QAccessibleInterface* child(int index) const override;
     int indexOfChild(const QAccessibleInterface* child) const override;
     QAccessibleInterface* childAt(int x, int y) const override;
@@ -114,6 +115,11 @@ class ListAccessible : public QAccessibleWidget {
     // Made at the first request: most rows of a long list are never requested.
     mutable QHash<int, QAccessible::Id> rows;
 };
+
+QString ListAccessible::text(QAccessible::Text kind) const {
+    const QString empty = kind == QAccessible::Description ? ToQt(list.List()->EmptyText()) : QString();
+    return empty.isEmpty() ? QAccessibleWidget::text(kind) : empty;
+}
 
 QAccessibleInterface* ListAccessible::child(int index) const {
     if (!list.List()->Rows().Has(index)) return nullptr;

@@ -199,12 +199,22 @@ void ListWidget::paintEvent(QPaintEvent* event) {
         const QRect cell = ToQt(layout.Cell(row));
         if (cell.intersects(area)) rowPainter.Paint(painter, row, cell.translated(-ScrollOffset()));
     }
+    PaintEmptyText(painter);
     if (!band) return;
     QStyleOptionRubberBand option;
     option.initFrom(viewport());
     option.rect = QRect(band->start, band->end).normalized().translated(-ScrollOffset());
     option.shape = QRubberBand::Rectangle;
     style()->drawControl(QStyle::CE_RubberBand, &option, &painter, viewport());
+}
+
+// In full colour even where the list is disabled: it is there to be read.
+void ListWidget::PaintEmptyText(QPainter& painter) const {
+    constexpr int kMargin = 8;
+    painter.setPen(palette().color(QPalette::Active, QPalette::Text));
+    painter.drawText(viewport()->rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
+                     static_cast<int>(Qt::AlignLeft | Qt::AlignTop) | Qt::TextWordWrap,
+                     ToQt(list->EmptyText()));
 }
 
 void ListWidget::resizeEvent(QResizeEvent* /*event*/) {

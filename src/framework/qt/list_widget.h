@@ -74,6 +74,7 @@ class ListWidget : public QAbstractScrollArea, public ListDisplay {
     void SetScrollRanges(const QSize& client);
     QPoint ScrollOffset() const;
     void Update(int row);
+    void PaintEmptyText(QPainter& painter) const;
     void ShowTip(const QPoint& viewportPoint, const QPoint& globalPoint);
     bool IsOnCheckBox(int row, const QPoint& viewportPoint);
     Point ClientPoint(const QPoint& viewportPoint) const;
