@@ -20,6 +20,7 @@ constexpr const char* kToldValue = "ToldInterruption";
 
 constexpr const char* kDaysValue = "HistoryDays";
 constexpr const char* kMegabytesValue = "HistoryMegabytes";
+constexpr const char* kSourcesValue = "ShowSources";
 
 constexpr const char* kFolderVerbs = R"(Folder\Shell)";
 constexpr const char* kVerb = "Permora";
@@ -104,6 +105,21 @@ DWORD StoreHistoryLimits(const HistoryLimits& limits) {
     DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
     if (error == ERROR_SUCCESS) error = key.WriteNumber(kDaysValue, limits.days);
     if (error == ERROR_SUCCESS) error = key.WriteNumber(kMegabytesValue, limits.megabytes);
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
+bool LoadShowSources() {
+    std::uint32_t shows = 0;
+    RegistryKey key;
+    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) == ERROR_SUCCESS)
+        LoadNumber(key, kSourcesValue, shows);
+    return shows != 0;
+}
+
+DWORD StoreShowSources(bool shows) {
+    RegistryKey key;
+    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
+    if (error == ERROR_SUCCESS) error = key.WriteNumber(kSourcesValue, shows ? 1 : 0);
     return error == ERROR_SUCCESS ? key.Close() : error;
 }
 

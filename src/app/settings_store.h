@@ -23,6 +23,11 @@ DWORD StoreSettings(const ProgramSettings& record);
 HistoryLimits LoadHistoryLimits();
 DWORD StoreHistoryLimits(const HistoryLimits& limits);
 
+// Whether the security editor shows from which folder each entry is inherited ("ShowSources", a number). No
+// unless it is stored otherwise.
+bool LoadShowSources();
+DWORD StoreShowSources(bool shows);
+
 // Whose settings: the user's, or what users have who have none of their own.
 enum class SettingsOwner { kUser, kEveryUser };
 

@@ -2,6 +2,7 @@
 
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "editor/account_picker.h"
 #include "editor/permission_entry_dialog.h"
@@ -87,6 +88,8 @@ void AccessListPage::RenderRows() {
         list.SetItemData(position, static_cast<std::intptr_t>(row.entryIndex));
     }
     GetDlgItem(IDC_LIST_REMARK)->SetWindowText(RemarkOn(EditedList()));
+    ShowEmptyListText();
+    OnRowsRendered();
     Enable({IDC_ADD_ENTRY}, true);
     if (list.GetItemCount() == 0) return;
     list.SetSelected(0, true);
@@ -94,6 +97,15 @@ void AccessListPage::RenderRows() {
     OnListClicked();
     Enable({IDC_ACCESS_LIST}, true);
     list.SetFocus();
+}
+
+// A list may have entries that have no rows.
+void AccessListPage::ShowEmptyListText() {
+    AccessList().SetEmptyText(EditedList().Entries().empty() ? EmptyListText() : std::string());
+}
+
+void AccessListPage::ShowKept(const std::string& text) {
+    GetDlgItem(IDC_LIST_KEPT)->SetWindowText(text);
 }
 
 void AccessListPage::RenderNames() {
@@ -153,12 +165,13 @@ void AccessListPage::OnListClicked() {
 void AccessListPage::MarkChanged() {
     SetModified(true);
     changed = true;
+    ShowEmptyListText();
 }
 
 void AccessListPage::ReadAnew() {
+    changed = false;
     ReadFirstItem();
     SetModified(false);
-    changed = false;
 }
 
 UniqueLocal<ACL> AccessListPage::MakeList() {
@@ -168,8 +181,8 @@ UniqueLocal<ACL> AccessListPage::MakeList() {
 }
 
 bool AccessListPage::FinishApply() {
-    if (changed) ReadFirstItem();
-    changed = false;
+    const bool wasChanged = std::exchange(changed, false);
+    if (wasChanged) ReadFirstItem();
     return CPropertyPage::OnApply();
 }
 

@@ -1,14 +1,26 @@
 #include "editor/permissions_page.h"
 
+#include <cstddef>
+#include <vector>
+
+#include "app/settings_store.h"
 #include "editor/change_making.h"
 #include "editor/list_writing.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
+#include "platform/system_message.h"
 #include "resources/resource_ids.h"
+#include "security/access_rows.h"
 #include "security/apply_dialog.h"
 #include "security/message_boxes.h"
 
 namespace permora {
+namespace {
+
+constexpr int kSourceColumn = static_cast<int>(kAccessRowTitles.size());
+constexpr int kSourceWidth = 200;
+
+}  // namespace
 
 const MessageMap& CPage1::GetMessageMap() const {
     static const MessageMap kMap =
@@ -17,13 +29,77 @@ const MessageMap& CPage1::GetMessageMap() const {
                                    {IDC_ACCESS_LIST, Notify::kDoubleClick, &CPage1::OnEdit},
                                    {IDC_INHERIT_FROM_PARENT, Notify::kClicked, &CPage1::OnInheritanceClicked},
                                    {IDC_REPLACE_CHILD_ENTRIES, Notify::kClicked, &CPage1::MarkChanged},
+                                   {IDC_SHOW_SOURCES, Notify::kClicked, &CPage1::OnShowSourcesClicked},
                                });
     return kMap;
 }
 
 CPage1::CPage1() : AccessListPage(IDD_PERMISSIONS_PAGE, EditScopes::kAll) {}
 
+bool CPage1::OnInitDialog() {
+    hasSourceColumn = false;
+    const bool result = AccessListPage::OnInitDialog();
+    SetCheck(IDC_SHOW_SOURCES, LoadShowSources());
+    ShowSourceColumn();
+    return result;
+}
+
+void CPage1::OnDestroy() {
+    question.Forget();
+    AccessListPage::OnDestroy();
+}
+
+// Servers, domains and ten thousand items take their time: the page can be used meanwhile.
+void CPage1::AskForFacts() {
+    facts.reset();
+    ShowKept("");
+    const auto found = std::make_shared<ListFacts>();
+    const DWORD error = question.Ask([found, items = place->items] { *found = FindListFacts(items); },
+                                     [this, found] {
+                                         facts = found;
+                                         ShowKept(found->kept);
+                                         ShowSources();
+                                     });
+    if (error != ERROR_SUCCESS) ShowKept("Who obeys the list is not known: " + SystemMessageLine(error));
+}
+
+void CPage1::OnShowSourcesClicked() {
+    ShowSourceColumn();
+    const DWORD error = StoreShowSources(hasSourceColumn);
+    if (error != ERROR_SUCCESS) ShowSystemErrorBox(GetSafeHwnd(), error);
+}
+
+void CPage1::ShowSourceColumn() {
+    if (IsChecked(IDC_SHOW_SOURCES) == hasSourceColumn) return;
+    hasSourceColumn = !hasSourceColumn;
+    if (hasSourceColumn)
+        AccessList().InsertColumn(kSourceColumn, "Inherited From", kSourceWidth);
+    else
+        AccessList().DeleteColumn(kSourceColumn);
+    ShowSources();
+}
+
+void CPage1::ShowSources() {
+    if (!hasSourceColumn || !facts) return;
+    CListCtrl& list = AccessList();
+    const std::vector<std::string> texts = facts->SourceTexts(object.entries);
+    for (int row = 0; row < list.GetItemCount(); ++row) {
+        const auto entry = static_cast<std::size_t>(list.GetItemData(row));
+        if (entry < texts.size()) list.SetItemText(row, kSourceColumn, texts[entry]);
+    }
+}
+
+std::string CPage1::EmptyListText() const {
+    if (IsChanged() && IsChecked(IDC_INHERIT_FROM_PARENT))
+        return "Once applied, this object has no entries but those that the folder above hands down.";
+    if (IsChanged())
+        return "Once applied, nobody may do anything here. Only the owner can still change the list.";
+    if (object.dacl == nullptr) return "Everyone may do everything: there is no access list.";
+    return "Nobody may do anything here: the list is empty. Only the owner can still change it.";
+}
+
 bool CPage1::ReadItem() {
+    AskForFacts();
     HeldObject held;
     Outcome outcome = FindItem(place->items.front(), held);
     if (outcome.IsDone()) outcome = ReadObjectDacl(held, object);

@@ -1,7 +1,12 @@
 // CPage1: the access list of the first selected item, edited and applied to all of them.
 #pragma once
 
+#include <memory>
+#include <string>
+
 #include "editor/access_list_page.h"
+#include "editor/list_facts.h"
+#include "framework/background_question.h"
 #include "history/change_session.h"
 #include "security/object_security.h"
 
@@ -16,17 +21,28 @@ class CPage1 : public AccessListPage {
     ChangeSession* changes = nullptr;
 
   protected:
+    bool OnInitDialog() override;
+    void OnDestroy() override;
     bool ReadItem() override;
     bool OnApply() override;
     AccessEntryList& EditedList() override { return object.entries; }
+    std::string EmptyListText() const override;
+    void OnRowsRendered() override { ShowSources(); }
     const MessageMap& GetMessageMap() const override;
 
   private:
+    void AskForFacts();
+    void OnShowSourcesClicked();
+    void ShowSourceColumn();
+    void ShowSources();
     void OnInheritanceClicked();
     void ShowInheritance();
     void ResetTrees(ChangeRecorder& recorder);
 
     ObjectSecurity object;  // as last read, with the edits since
+    BackgroundQuestion question;
+    std::shared_ptr<const ListFacts> facts;  // null: not yet known
+    bool hasSourceColumn = false;
 };
 
 }  // namespace permora

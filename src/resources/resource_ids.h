@@ -149,6 +149,8 @@
 #define IDC_INHERIT_FROM_PARENT 1020
 #define IDC_REPLACE_CHILD_ENTRIES 1021
 #define IDC_LIST_REMARK 1150
+#define IDC_LIST_KEPT 1260
+#define IDC_SHOW_SOURCES 1261
 
 // Permissions page of the share security sheet, with the same controls.
 #define IDD_SHARE_PERMISSIONS_PAGE 253

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -17,6 +18,7 @@
 #include "resources/resource_ids.h"
 #include "tests/editor/editor_fixture.h"
 #include "tests/support/command.h"
+#include "tests/support/scoped_variable.h"
 
 namespace {
 
@@ -50,6 +52,7 @@ using test::SheetButton;
 using test::UiDriver;
 using test::WindowDriver;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
@@ -347,6 +350,34 @@ TEST_F(SecuritySheet, AnEditedEntryKeepsWhereItReaches) {
         window.Click(SheetButton::kOk);
     });
     EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI(A;CINP;0x110005;;;BU)");
+}
+
+TEST_F(SecuritySheet, SaysWhoObeysTheListAndWhereEntriesAreInheritedFrom) {
+    const test::ScopedVariable settings("XDG_CONFIG_HOME", folder.MakeFolder("settings"));
+    const auto awaitKept = [](WindowDriver& window) {
+        EXPECT_TRUE(window.WaitUntil([&] { return !window.Text(IDC_LIST_KEPT).empty(); }));
+        return window.Text(IDC_LIST_KEPT);
+    };
+    Edit({"docs/report"}, [&](WindowDriver& window) {
+        EXPECT_THAT(awaitKept(window),
+                    HasSubstr(geteuid() == 0 ? "Kept for Samba; " : "Kept in user.permora.sd; "));
+        EXPECT_EQ(window.Headers(IDC_ACCESS_LIST).size(), 5U);
+        window.Click(IDC_SHOW_SOURCES);
+        EXPECT_EQ(window.Headers(IDC_ACCESS_LIST).back(), "Inherited From");
+        EXPECT_THAT(window.Rows(IDC_ACCESS_LIST)[1], EndsWith("\\docs"));
+        window.SelectRow(IDC_ACCESS_LIST, 0);
+        window.Click(IDC_REMOVE_ENTRY);
+        EXPECT_THAT(window.Rows(IDC_ACCESS_LIST)[0], EndsWith("\\docs")) << "after an edit";
+        window.Click(SheetButton::kCancel);
+    });
+    // What was chosen is kept.
+    Edit({"docs/report", "notes"}, [&](WindowDriver& window) {
+        EXPECT_THAT(awaitKept(window), HasSubstr("Their mode bits differ."));
+        EXPECT_THAT(window.Rows(IDC_ACCESS_LIST)[1], EndsWith("\\docs"));
+        window.Click(IDC_SHOW_SOURCES);
+        EXPECT_EQ(window.Headers(IDC_ACCESS_LIST).size(), 5U);
+        window.Click(SheetButton::kCancel);
+    });
 }
 
 TEST_F(SecuritySheet, ListsWithoutEntriesCanOnlyBeAddedTo) {
