@@ -262,6 +262,12 @@ TEST_F(DomainTest, AListOfAccountsIsNotShortenedInSilence) {
                            << " \"$@\"\n";
     ASSERT_EQ(chmod(failing.c_str(), 0755), 0);
     Run({"accounts"});
+    // Winbind has kept by now that nobody has this number.
+    const std::string file = MakeFile("left");
+    Run({"grant", file, "--account", DomainSid(kDeleted), "--rights", "Read permissions"});
+    const CommandResult found = RunCli({"find", file, "--unresolved"});
+    EXPECT_EQ(found.exitCode, 0);
+    EXPECT_THAT(found.output, AllOf(HasSubstr(file), Not(HasSubstr("does not answer"))));
     ASSERT_EQ(mount(failing.c_str(), kTool, nullptr, MS_BIND, nullptr), 0);
     const CommandResult listed = RunCli({"accounts"});
     ASSERT_EQ(umount(kTool), 0);
