@@ -83,7 +83,9 @@ void* RowAccessible::interface_cast(QAccessible::InterfaceType type) {
 
 QStringList RowAccessible::actionNames() const {
     if (!isValid() || !widget.isEnabled()) return {};
-    return HasCheckBox() ? QStringList{pressAction(), toggleAction()} : QStringList{pressAction()};
+    const bool isFixed = widget.List()->HasExtendedStyle(ListStyle::kFixedMarks);
+    return HasCheckBox() && !isFixed ? QStringList{pressAction(), toggleAction()}
+                                     : QStringList{pressAction()};
 }
 
 void RowAccessible::doAction(const QString& name) {
