@@ -1,6 +1,9 @@
 // A file server on Windows goes by lists alone.
 #include "platform/host_permissions.h"
 
+#include <array>
+
+#include "platform/api/base.h"
 #include "platform/held_object.h"
 #include "platform/served_folders.h"
 
@@ -34,6 +37,13 @@ nt::Sid HostGroupSid(const HostPermissions& /*permissions*/) {
 DWORD FindServedFolders(std::vector<ServedFolder>& folders) {
     folders.clear();
     return ERROR_SUCCESS;
+}
+
+std::string FileServerName() {
+    std::array<char, MAX_COMPUTERNAME_LENGTH + 1> name{};
+    DWORD size = name.size();
+    GetComputerNameA(name.data(), &size);
+    return name.data();
 }
 
 }  // namespace permora
