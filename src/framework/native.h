@@ -48,6 +48,7 @@ class NativeWindow {
     virtual Size PreferredSize() const = 0;
     // The name for assistive technology, where the window's text is not suitable.
     virtual void SetAccessibleName(const std::string& name) = 0;
+    virtual void SetToolTip(const std::string& /*text*/) {}  // controls alone show one
 
     DWORD style = 0;  // kept by the shared half
 

@@ -1,5 +1,4 @@
 #include <QButtonGroup>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QKeyEvent>
@@ -8,6 +7,7 @@
 #include <QSignalBlocker>
 #include <QStyleOptionFocusRect>
 
+#include "framework/qt/check_box.h"
 #include "framework/qt/dialog_style.h"
 #include "framework/qt/image.h"
 #include "framework/qt/line_edit.h"
@@ -263,7 +263,7 @@ std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, cons
         case ControlKind::kPushButton:
             return Make<ButtonWindow, PushButton>(window, parent, spec);
         case ControlKind::kCheckBox:
-            return Make<ButtonWindow, QCheckBox>(window, parent, spec);
+            return Make<ButtonWindow, qt::CheckBox>(window, parent, spec);
         case ControlKind::kRadioButton:
             return Make<ButtonWindow, RadioButton>(window, parent, spec);
         case ControlKind::kGroupBox:

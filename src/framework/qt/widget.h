@@ -88,6 +88,7 @@ class WidgetWindow : public Kind {
         return {hint.width(), hint.height()};
     }
     void SetAccessibleName(const std::string& name) override { widget->setAccessibleName(ToQt(name)); }
+    void SetToolTip(const std::string& text) override { widget->setToolTip(ToQt(text)); }
 
   protected:
     Own& Widget() const { return *widget; }
