@@ -71,7 +71,10 @@ void AccessListPage::ReadFirstItem() {
     Enable({IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES, IDC_ACCESS_LIST, IDC_EDIT_ENTRY,
             IDC_REMOVE_ENTRY},
            false);
-    if (ReadItem()) RenderRows();
+    if (!ReadItem()) return;
+    readOnlyReason = ReadOnlyReason();
+    if (!readOnlyReason.empty()) Enable({IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES}, false);
+    RenderRows();
 }
 
 void AccessListPage::RenderRows() {
@@ -87,10 +90,11 @@ void AccessListPage::RenderRows() {
         list.SetItemText(position, 4, row.applyTo);
         list.SetItemData(position, static_cast<std::intptr_t>(row.entryIndex));
     }
-    GetDlgItem(IDC_LIST_REMARK)->SetWindowText(RemarkOn(EditedList()));
+    GetDlgItem(IDC_LIST_REMARK)
+        ->SetWindowText(readOnlyReason.empty() ? RemarkOn(EditedList()) : readOnlyReason);
     ShowEmptyListText();
     OnRowsRendered();
-    Enable({IDC_ADD_ENTRY}, true);
+    Enable({IDC_ADD_ENTRY}, readOnlyReason.empty());
     if (list.GetItemCount() == 0) return;
     list.SetSelected(0, true);
     Enable({IDC_EDIT_ENTRY}, true);
@@ -141,7 +145,8 @@ void AccessListPage::OnEdit() {
     dialog.choice = ChoiceOf(entry);
     dialog.inheritedEntry = entry.IsInherited();
     dialog.singleScope = editScopes == EditScopes::kThisObjectOnly;
-    if (dialog.DoModal() != IDOK) return;
+    dialog.readOnly = !readOnlyReason.empty();
+    if (dialog.DoModal() != IDOK || dialog.readOnly) return;
     RedrawWindow();
     EditedList().EditEntry(*index, dialog.choice);
     RenderRows();
@@ -159,7 +164,8 @@ void AccessListPage::OnRemove() {
 // An inherited entry cannot be removed.
 void AccessListPage::OnListClicked() {
     if (const auto index = SelectedEntry())
-        Enable({IDC_REMOVE_ENTRY}, !EditedList().Entries()[*index].IsInherited());
+        Enable({IDC_REMOVE_ENTRY},
+               readOnlyReason.empty() && !EditedList().Entries()[*index].IsInherited());
 }
 
 void AccessListPage::MarkChanged() {

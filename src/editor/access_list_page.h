@@ -38,6 +38,8 @@ class AccessListPage : public CPropertyPage {
     // Reads the list of the first item and sets the two boxes. The boxes, the list, "Edit..." and "Remove"
     // are disabled. On false, the reason has been shown; the entries are as they were, or there are none.
     virtual bool ReadItem() = 0;
+    // Why the list cannot be changed; empty where it can. Asked for after each read.
+    virtual std::string ReadOnlyReason() { return {}; }
     // The list as last read, with the edits since.
     virtual AccessEntryList& EditedList() = 0;
     // What a list without entries means.
@@ -80,6 +82,7 @@ class AccessListPage : public CPropertyPage {
     EditScopes editScopes;
     UniqueLibrary library;  // where the list's functions are looked up
     bool changed = false;   // since the last read
+    std::string readOnlyReason;
     AccountNewsWatch news;
 };
 

@@ -6,12 +6,15 @@
 #include <span>
 #include <utility>
 
+#include "editor/account_picker.h"
 #include "editor/change_making.h"
 #include "editor/required_control.h"
 #include "framework/long_work.h"
 #include "framework/stoppable_work.h"
 #include "platform/api/errors.h"
+#include "platform/api/messages.h"
 #include "resources/resource_ids.h"
+#include "security/distinct_names.h"
 #include "security/folder_walk.h"
 #include "security/message_boxes.h"
 #include "security/owner_candidates.h"
@@ -20,6 +23,9 @@ namespace permora {
 namespace {
 
 constexpr int kColumnWidth = 500;
+
+constexpr const char* kOthersNeedPrivilege =
+    "Only who holds the privilege to restore files gives them to others.";
 
 Outcomes ApplyToItems(std::span<const RememberedObject> items, PSID newOwner, ChangeRecorder& recorder) {
     Outcomes failures;
@@ -56,6 +62,7 @@ const MessageMap& CPage3::GetMessageMap() const {
                                {
                                    {IDC_OWNER_CANDIDATES, Notify::kClick, &CPage3::OnCandidateClicked},
                                    {IDC_OWNER_CANDIDATES, Notify::kItemChanged, &CPage3::OnCandidateSelected},
+                                   {IDC_OTHER_OWNER, Notify::kClicked, &CPage3::OnOtherAccount},
                                });
     return kMap;
 }
@@ -68,6 +75,8 @@ bool CPage3::OnInitDialog() {
     list.SetExtendedStyle(ListStyle::kFullRowSelect);
     list.InsertColumn(0, "", kColumnWidth);
     changed = false;
+    others.clear();
+    owner = {};
     news.Start([this] { RenderNames(); });
     Fill();
     return CPropertyPage::OnInitDialog();
@@ -82,29 +91,73 @@ void CPage3::OnDestroy() {
 void CPage3::Fill() {
     OwnerCandidates found = FindOwnerCandidates();
     ShowOutcomes(GetSafeHwnd(), found.failures);
+    OfferChanges(found.isAnyoneAllowed);
     if (!found.accounts) return;
-    candidates = std::move(*found.accounts);
-    CListCtrl& list = CandidateList();
-    list.DeleteAllItems();
-    for (AccountRecord& candidate : candidates)
-        list.InsertItem(list.GetItemCount(), AccountNameSoFar(candidate));
+    candidates.clear();
+    CandidateList().DeleteAllItems();
+    for (const AccountRecord& account : *found.accounts)
+        AddCandidate(account);
+    for (const AccountRecord& account : others)
+        AddCandidate(account);
+    RenderNames();
     ShowOwner();
 }
 
+// What this user lacks the right for is disabled, with the reason.
+void CPage3::OfferChanges(bool isAnyoneAllowed) {
+    std::string remark = ReadOnlyReason(place->items, OWNER_SECURITY_INFORMATION);
+    const bool canChange = remark.empty();
+    if (canChange && !isAnyoneAllowed) remark = kOthersNeedPrivilege;
+    CandidateList().EnableWindow(canChange);
+    TreeBox().EnableWindow(canChange);
+    RequiredControl<CButton>(*this, IDC_OTHER_OWNER).EnableWindow(canChange && isAnyoneAllowed);
+    RequiredControl<CStatic>(*this, IDC_OWNER_REMARK).SetWindowText(remark);
+}
+
+int CPage3::AddCandidate(const AccountRecord& account) {
+    const auto known = std::ranges::find_if(
+        candidates, [&](const AccountRecord& candidate) { return IsSameAccount(candidate, account); });
+    const auto row = static_cast<int>(known - candidates.begin());
+    if (known == candidates.end()) {
+        candidates.push_back(account);
+        CandidateList().InsertItem(row, "");
+    }
+    return row;
+}
+
 void CPage3::RenderNames() {
-    for (std::size_t row = 0; row < candidates.size(); ++row)
-        CandidateList().SetItemText(static_cast<int>(row), 0, AccountNameSoFar(candidates[row]));
-    if (owner.sid) OwnerField().SetWindowText(AccountNameSoFar(owner));
+    DistinctNames names;
+    for (AccountRecord& candidate : candidates)
+        names.Note(AccountNameSoFar(candidate), candidate);
+    names.Note(AccountNameSoFar(owner), owner);
+    for (int row = 0; AccountRecord & candidate : candidates)
+        CandidateList().SetItemText(row++, 0, names.Of(AccountNameSoFar(candidate), candidate));
+    if (owner.sid) OwnerField().SetWindowText(names.Of(AccountNameSoFar(owner), owner));
+}
+
+void CPage3::OnOtherAccount() {
+    CDlgUsersAndGroups picker(this);
+    if (picker.DoModal() != IDOK) return;
+    RedrawWindow();
+    others.push_back(picker.result);
+    const int row = AddCandidate(picker.result);
+    RenderNames();
+    CListCtrl& list = CandidateList();
+    list.SetSelected(row, true);  // marks the page changed
+    list.EnsureVisible(row);
+    list.SetFocus();
 }
 
 void CPage3::ShowOwner() {
     HeldObject object;
     DWORD error = place->items.front().Find(object);
     if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, owner);
-    if (error == ERROR_SUCCESS)
-        OwnerField().SetWindowText(AccountNameSoFar(owner));
-    else
+    if (error != ERROR_SUCCESS) {
         ShowOutcome(GetSafeHwnd(), {error, Step::kReadOwner});
+        return;
+    }
+    OwnerField().SetWindowText("");  // an object may have no owner
+    RenderNames();
 }
 
 void CPage3::OnCandidateClicked() {

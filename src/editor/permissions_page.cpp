@@ -111,6 +111,10 @@ bool CPage1::ReadItem() {
     return true;
 }
 
+std::string CPage1::ReadOnlyReason() {
+    return permora::ReadOnlyReason(place->items, DACL_SECURITY_INFORMATION);
+}
+
 void CPage1::ShowInheritance() {
     SetCheck(IDC_INHERIT_FROM_PARENT, object.inheritance == DaclInheritance::kFromParent);
     // A drive root has no parent.

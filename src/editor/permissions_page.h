@@ -25,6 +25,7 @@ class CPage1 : public AccessListPage {
     void OnDestroy() override;
     bool ReadItem() override;
     bool OnApply() override;
+    std::string ReadOnlyReason() override;
     AccessEntryList& EditedList() override { return object.entries; }
     std::string EmptyListText() const override;
     void OnRowsRendered() override { ShowSources(); }

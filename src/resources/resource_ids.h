@@ -358,6 +358,18 @@
 #define IDC_ENCRYPTED 1148
 #define IDC_COMPRESSED 1149
 
+// Ready-made rights in the permission entry dialog.
+#define IDC_ALLOW_READ 1290
+#define IDC_ALLOW_MODIFY 1291
+#define IDC_ALLOW_ALL 1292
+#define IDC_DENY_READ 1293
+#define IDC_DENY_MODIFY 1294
+#define IDC_DENY_ALL 1295
+
+// Owners that are not in the list of the owner page.
+#define IDC_OTHER_OWNER 1296
+#define IDC_OWNER_REMARK 1297
+
 // Why an account has the rights that the page of effective permissions shows.
 #define IDD_RIGHTS_EXPLANATION 760
 #define IDC_EXPLAIN_RIGHTS 761

@@ -5,6 +5,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/raw_security.h"
+#include "platform/system_message.h"
 
 namespace permora {
 namespace {
@@ -63,6 +64,19 @@ DWORD ReadObjectOwner(const HeldObject& object, AccountRecord& account) {
     if (parts.owner != nullptr && !read.SetSid(parts.owner)) return ERROR_INVALID_SID;
     account = std::move(read);
     return ERROR_SUCCESS;
+}
+
+std::string ReadOnlyReason(std::span<const RememberedObject> items, SECURITY_INFORMATION information) {
+    constexpr std::size_t kMostItems = 100;
+    DWORD obstacle = ERROR_SUCCESS;
+    if (items.size() > kMostItems) return {};
+    for (const RememberedObject& item : items) {
+        HeldObject object;
+        if (item.Find(object) != ERROR_SUCCESS) return {};
+        obstacle = object.FindObstacle(information);
+        if (obstacle == ERROR_SUCCESS) return {};
+    }
+    return obstacle == ERROR_SUCCESS ? std::string() : "This cannot be changed: " + SystemMessageLine(obstacle);
 }
 
 std::string ChildPath(const std::string& item, const std::string& below) {

@@ -48,6 +48,10 @@ Outcome ReadObjectDacl(const HeldObject& object, ObjectSecurity& security);
 // An object may have no owner: `account` is then left without a SID. A system error code.
 DWORD ReadObjectOwner(const HeldObject& object, AccountRecord& account);
 
+// Why these parts can be changed on none of the items: a sentence for people, empty while they may be on one.
+// Not looked for among more than a hundred items.
+std::string ReadOnlyReason(std::span<const RememberedObject> items, SECURITY_INFORMATION information);
+
 // The path of something below an item, for people. `below` has backslashes between its names; empty: the
 // item.
 std::string ChildPath(const std::string& item, const std::string& below);

@@ -22,6 +22,8 @@ struct OwnerCandidates {
     // to take ownership, in its order, then the user of this process when the token holds the privilege.
     // Nothing when the policy cannot be read. A token that cannot be read adds nobody.
     std::optional<std::vector<AccountRecord>> accounts;
+    // Whether the token holds the privilege to restore objects, with which any account can be made the owner.
+    bool isAnyoneAllowed = false;
     Outcomes failures;
 };
 

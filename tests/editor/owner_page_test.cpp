@@ -11,6 +11,7 @@
 
 #include "resources/resource_ids.h"
 #include "tests/editor/editor_fixture.h"
+#include "tests/support/command.h"
 
 namespace permora {
 namespace {
@@ -109,6 +110,56 @@ TEST_F(OwnerPage, WithoutTheBoxOrAChosenRowWhatIsBelowOrEverythingStays) {
     EXPECT_EQ(status.st_uid, 0U);
     EXPECT_NE(Owner("data"), "O:BG");
     EXPECT_EQ(Owner("data/report"), "O:BG");
+}
+
+TEST_F(OwnerPage, AnyOtherAccountJoinsTheCandidatesAndIsSelected) {
+    Open({"notes"}, [&](WindowDriver& window) {
+        const auto choose = [&](const char* account) {
+            ui.ExpectDialog(IDD_ACCOUNT_PICKER, [&](WindowDriver& picker) {
+                picker.SetText(IDC_ACCOUNT_NAME, account);
+                picker.Press("Return");
+            });
+            window.Click(IDC_OTHER_OWNER);
+        };
+        choose("S-1-5-21-1-2-3-500");
+        EXPECT_THAT(window.SelectedRows(IDC_OWNER_CANDIDATES), testing::ElementsAre(2));
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kApply));
+        choose("Administrators");
+        EXPECT_THAT(window.SelectedRows(IDC_OWNER_CANDIDATES), testing::ElementsAre(0)) << "it was there";
+        window.SelectRow(IDC_OWNER_CANDIDATES, 2);
+        window.Click(SheetButton::kApply);
+        EXPECT_EQ(window.Text(IDC_OWNER_NAME), "S-1-5-21-1-2-3-500");
+        EXPECT_EQ(window.Rows(IDC_OWNER_CANDIDATES).size(), 3U) << "it stays";
+        window.Press("Esc");
+    });
+    EXPECT_EQ(Owner("notes"), "O:S-1-5-21-1-2-3-500");
+}
+
+TEST_F(OwnerPage, OnAReadOnlyVolumeNothingIsOfferedAndTheReasonIsTold) {
+    if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const std::string data = folder.Path("data");
+    ASSERT_EQ(mount(data.c_str(), data.c_str(), nullptr, MS_BIND, nullptr), 0);
+    ASSERT_EQ(mount(nullptr, data.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    Edit({"data"}, [&](WindowDriver& window) {
+        for (const unsigned id : {IDC_ADD_ENTRY + 0U, IDC_REMOVE_ENTRY + 0U, IDC_INHERIT_FROM_PARENT + 0U,
+                                  IDC_REPLACE_CHILD_ENTRIES + 0U})
+            EXPECT_FALSE(window.IsEnabled(id)) << id;
+        EXPECT_THAT(window.Text(IDC_LIST_REMARK), testing::StartsWith("This cannot be changed: "));
+        ui.ExpectDialog(IDD_PERMISSION_ENTRY, [&](WindowDriver& entry) {
+            EXPECT_FALSE(entry.IsEnabled(IDC_ALLOW_DELETE));
+            EXPECT_FALSE(entry.IsEnabled(IDC_DENY_DELETE));
+            EXPECT_FALSE(entry.IsEnabled(IDC_ALLOW_READ));
+            entry.Click(IDC_ENTRY_OK);
+        });
+        window.Click(IDC_EDIT_ENTRY);
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kApply));
+        window.SwitchToTab("Owner");
+        EXPECT_FALSE(window.IsEnabled(IDC_OWNER_CANDIDATES));
+        EXPECT_FALSE(window.IsEnabled(IDC_OTHER_OWNER));
+        EXPECT_THAT(window.Text(IDC_OWNER_REMARK), testing::StartsWith("This cannot be changed: "));
+        window.Press("Esc");
+    });
+    umount2(data.c_str(), MNT_DETACH);
 }
 
 TEST_F(OwnerPage, WhatCannotBeReadIsToldAndCandidatesAreStillOffered) {

@@ -115,6 +115,14 @@ DWORD HeldObject::ReadAbove(SECURITY_INFORMATION information, ReadParts& parts) 
     return ERROR_SUCCESS;
 }
 
+DWORD HeldObject::FindObstacle(SECURITY_INFORMATION information) const {
+    UniqueHandle object;
+    const DWORD error = WithPrivileges(kChangingPrivileges, [&] {
+        return OpenAgain(inside->object.get(), WritingAccess(information), object);
+    });
+    return error == ERROR_ACCESS_DENIED || error == ERROR_WRITE_PROTECT ? error : ERROR_SUCCESS;
+}
+
 DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
                                 PSECURITY_DESCRIPTOR expected, ChangeRecorder& recorder,
                                 FailuresBelow& below) const {
