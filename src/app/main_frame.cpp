@@ -346,10 +346,9 @@ void CMainFrame::StartSecureDeletion() {
     const bool hasSelection = view.List().GetSelectedCount() > 0;
     Place place;
     if (view.HoldSelection(place)) {
-        CSecureDelete dialog(this);
-        dialog.chosen = RememberPlace(place).items;
+        std::vector<RememberedObject> chosen = RememberPlace(place).items;
         if (!MayDeleteSelection(kCaption)) return;
-        dialog.DoModal();
+        DeleteForGood(this, std::move(chosen));
     }
     if (hasSelection) view.RefreshList();
 }

@@ -1,8 +1,6 @@
 #include "editor/owner_page.h"
 
-#include <algorithm>
 #include <atomic>
-#include <iterator>
 #include <span>
 #include <utility>
 
@@ -18,6 +16,7 @@
 #include "security/folder_walk.h"
 #include "security/message_boxes.h"
 #include "security/owner_candidates.h"
+#include "security/results_dialog.h"
 
 namespace permora {
 namespace {
@@ -27,31 +26,41 @@ constexpr int kColumnWidth = 500;
 constexpr const char* kOthersNeedPrivilege =
     "Only who holds the privilege to restore files gives them to others.";
 
-Outcomes ApplyToItems(std::span<const RememberedObject> items, PSID newOwner, ChangeRecorder& recorder) {
-    Outcomes failures;
-    for (const RememberedObject& item : items) {
+void ApplyToItems(std::span<const RememberedObject> items, std::span<const ObjectPlace> places, PSID newOwner,
+                  ChangeRecorder& recorder, ChangeResults& results) {
+    for (const ObjectPlace& place : places) {
+        if (place.part != ObjectPart::kObject || IsSingleBelow(place)) continue;
         HeldObject object;
-        Outcome outcome = FindItem(item, object);
+        Outcome outcome = FindPlace(items, place, object);
         if (outcome.IsDone()) {
             outcome = OutcomeOfChange(object.WriteOwner(newOwner, recorder), recorder);
-            outcome.object = item.Path();
+            outcome.object = items[place.item].Path();
         }
-        if (!outcome.IsDone()) failures.push_back(outcome);
+        results.Add({place, outcome});
         if (outcome.step == Step::kRecord) break;
     }
-    return failures;
 }
 
-// Objects in a tree that cannot be changed are left as they are.
-Outcomes ApplyBelow(std::span<const RememberedObject> items, PSID newOwner, ChangeRecorder& recorder) {
+// A file that may belong elsewhere is left alone, as by the walk.
+DWORD ApplyToObject(const HeldObject& object, PSID newOwner, ChangeRecorder& recorder) {
+    bool hasSeveralNames = false;
+    if (!object.IsFolder())
+        if (const DWORD error = object.HasSeveralNames(hasSeveralNames); error != ERROR_SUCCESS) return error;
+    return hasSeveralNames ? kHasFurtherNames : object.WriteOwner(newOwner, recorder);
+}
+
+void ApplyBelow(std::span<const RememberedObject> items, std::span<const ObjectPlace> places, PSID newOwner,
+                ChangeRecorder& recorder, ChangeResults& results) {
     std::atomic<bool> isStopped = false;  // the program ends
     const StoppableWork stoppable([&] { isStopped = true; });
-    return WalkFolders(
-        items, recorder, [&](const char* /*name*/) { return !isStopped; },
-        [&](const HeldObject& folder, TreeObserver& observer) {
-            TreeCounts counts;
-            return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, recorder, observer, counts);
-        });
+    const auto applyBelow = [&](const HeldObject& folder, TreeObserver& observer) {
+        TreeCounts counts;
+        return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, recorder, observer, counts);
+    };
+    const auto apply = [&](const HeldObject& object) { return ApplyToObject(object, newOwner, recorder); };
+    WalkFolders(
+        items, places, recorder, [&](const char* /*name*/) { return !isStopped; },
+        {.below = applyBelow, .object = apply}, results);
 }
 
 }  // namespace
@@ -180,16 +189,20 @@ bool CPage3::OnApply() {
 
 bool CPage3::Apply(PSID newOwner) {
     const bool isForTrees = TreeBox().IsChecked();
-    const auto apply = [&](ChangeRecorder& recorder) {
-        Outcomes outcomes;
-        DoLongWork(*this, [&] {
-            outcomes = ApplyToItems(place->items, newOwner, recorder);
-            if (!isForTrees || recorder.Error() != ERROR_SUCCESS) return;
-            std::ranges::move(ApplyBelow(place->items, newOwner, recorder), std::back_inserter(outcomes));
+    const auto apply = [&](CWnd& window, std::span<const ObjectPlace> places, ChangeResults& results) {
+        return MakeChangeAsking(window, *changes, ChangeKind::kOwner, [&](ChangeRecorder& recorder) {
+            DoLongWork(window, [&] {
+                ApplyToItems(place->items, places, newOwner, recorder, results);
+                if (recorder.Error() == ERROR_SUCCESS)
+                    ApplyBelow(place->items, places, newOwner, recorder, results);
+            });
         });
-        ShowOutcomes(GetSafeHwnd(), outcomes);
     };
-    if (!MakeChangeAsking(*this, *changes, ChangeKind::kOwner, apply)) return false;
+    ChangeResults results;
+    const auto places = PlacesOf(place->items, isForTrees ? Contents::kToo : Contents::kNone);
+    const bool isMade = apply(*this, places, results);
+    ShowResults(this, std::move(results), apply);
+    if (!isMade) return false;
     TreeBox().SetCheck(CheckState::kClear);
     Fill();
     return true;

@@ -1,6 +1,9 @@
 #include "editor/permissions_page.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include "app/settings_store.h"
@@ -13,12 +16,25 @@
 #include "security/access_rows.h"
 #include "security/apply_dialog.h"
 #include "security/message_boxes.h"
+#include "security/results_dialog.h"
 
 namespace permora {
 namespace {
 
 constexpr int kSourceColumn = static_cast<int>(kAccessRowTitles.size());
 constexpr int kSourceWidth = 200;
+
+void ResetTrees(CWnd& window, std::span<const RememberedObject> items, std::span<const ObjectPlace> places,
+                ChangeRecorder& recorder, ChangeResults& results) {
+    const auto isForWalk = [](const ObjectPlace& place) {
+        return place.part == ObjectPart::kContents || IsSingleBelow(place);
+    };
+    if (std::ranges::none_of(places, isForWalk)) return;
+    ApplyDlg dialog(&window, recorder, results);
+    dialog.items = items;
+    dialog.places = places;
+    dialog.DoModal();
+}
 
 }  // namespace
 
@@ -150,23 +166,23 @@ bool CPage1::OnApply() {
         IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
     const bool isForTrees = IsChecked(IDC_REPLACE_CHILD_ENTRIES);
     bool mayWrite = true;
-    const bool isMade =
-        MakeChangeAsking(*this, *changes, isForTrees ? ChangeKind::kReset : ChangeKind::kPermissions,
-                         [&](ChangeRecorder& recorder) {
-                             mayWrite = WriteListAsking(*this, *place, inheritance, {dacl.get(), dacl.get()},
-                                                        object, recorder);
-                             if (mayWrite && isForTrees && recorder.Error() == ERROR_SUCCESS)
-                                 ResetTrees(recorder);
-                         });
+    const auto apply = [&](CWnd& window, std::span<const ObjectPlace> places, ChangeResults& results) {
+        const auto make = [&](ChangeRecorder& recorder) {
+            mayWrite = WriteListAsking(window, place->items, places, inheritance, {dacl.get(), dacl.get()},
+                                       object, recorder, results);
+            if (!mayWrite || !isForTrees || recorder.Error() != ERROR_SUCCESS) return;
+            ResetTrees(window, place->items, places, recorder, results);
+            SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
+        };
+        const ChangeKind kind = isForTrees ? ChangeKind::kReset : ChangeKind::kPermissions;
+        return MakeChangeAsking(window, *changes, kind, make) && mayWrite;
+    };
+    ChangeResults results;
+    const auto places = PlacesOf(place->items, isForTrees ? Contents::kToo : Contents::kNone);
+    const bool isMade = apply(*this, places, results);
     if (!mayWrite) ReadAnew();
-    return mayWrite && isMade && FinishApply();
-}
-
-void CPage1::ResetTrees(ChangeRecorder& recorder) {
-    ApplyDlg dialog(this, recorder);
-    dialog.items = place->items;
-    dialog.DoModal();
-    SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
+    if (mayWrite) ShowResults(this, std::move(results), apply);
+    return isMade && FinishApply();
 }
 
 }  // namespace permora

@@ -38,7 +38,6 @@ class CPage1 : public AccessListPage {
     void ShowSources();
     void OnInheritanceClicked();
     void ShowInheritance();
-    void ResetTrees(ChangeRecorder& recorder);
 
     ObjectSecurity object;  // as last read, with the edits since
     BackgroundQuestion question;

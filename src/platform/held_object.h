@@ -18,6 +18,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/change_recorder.h"
+#include "platform/failures_below.h"
 #include "platform/list_place.h"
 #include "platform/nt/security_descriptor.h"
 #include "platform/remembered_object.h"
@@ -42,14 +43,6 @@ struct NewParts {
     PSID group = nullptr;
     PACL dacl = nullptr;
     PACL sacl = nullptr;
-};
-
-// What a change that was carried to the objects below could not do there.
-struct FailuresBelow {
-    std::size_t count = 0;
-    DWORD firstError = ERROR_SUCCESS;
-    // The first in the order of paths. The names below the folder, with backslashes between them.
-    std::string firstPath;
 };
 
 // Whether bytes that are no valid descriptor are read and written like others: when damaged ones that were

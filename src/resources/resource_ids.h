@@ -370,6 +370,15 @@
 #define IDC_OTHER_OWNER 1296
 #define IDC_OWNER_REMARK 1297
 
+// What became of the objects of a change.
+#define IDD_CHANGE_RESULTS 775
+#define IDR_CHANGE_RESULTS 776
+#define IDC_RESULTS_SUMMARY 1280
+#define IDC_RESULTS 1281
+#define IDC_TRY_AGAIN 1282
+#define IDC_COPY_ALL_RESULTS 1283
+#define IDC_SHOW_LEFT_OVER 1284
+
 // Why an account has the rights that the page of effective permissions shows.
 #define IDD_RIGHTS_EXPLANATION 760
 #define IDC_EXPLAIN_RIGHTS 761

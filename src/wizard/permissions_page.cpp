@@ -1,5 +1,8 @@
 #include "wizard/permissions_page.h"
 
+#include <span>
+#include <utility>
+
 #include "editor/account_picker.h"
 #include "editor/change_making.h"
 #include "editor/list_writing.h"
@@ -11,6 +14,7 @@
 #include "security/dacl_builder.h"
 #include "security/distinct_names.h"
 #include "security/message_boxes.h"
+#include "security/results_dialog.h"
 
 namespace permora {
 namespace {
@@ -236,12 +240,18 @@ bool CWizardPage3::OnWizardFinish() {
     const UniqueLocal<ACL> forFiles = forFolders ? build(ItemKind::kFile) : nullptr;
     if (!forFiles) return false;
     bool mayWrite = true;
-    const bool isMade = MakeChangeAsking(*this, *changes, ChangeKind::kAssign, [&](ChangeRecorder& recorder) {
-        mayWrite =
-            WriteListAsking(*this, *place, std::nullopt, {forFolders.get(), forFiles.get()}, shown, recorder);
-    });
+    const auto assign = [&](CWnd& window, std::span<const ObjectPlace> places, ChangeResults& results) {
+        const auto make = [&](ChangeRecorder& recorder) {
+            mayWrite = WriteListAsking(window, place->items, places, std::nullopt,
+                                       {forFolders.get(), forFiles.get()}, shown, recorder, results);
+        };
+        return MakeChangeAsking(window, *changes, ChangeKind::kAssign, make) && mayWrite;
+    };
+    ChangeResults results;
+    const bool isMade = assign(*this, PlacesOf(place->items, Contents::kNone), results);
     if (!mayWrite) ShowItem();
-    return mayWrite && isMade && CPropertyPage::OnWizardFinish();
+    if (mayWrite) ShowResults(this, std::move(results), assign);
+    return isMade && CPropertyPage::OnWizardFinish();
 }
 
 CListCtrl& CWizardPage3::List(unsigned int id) const {

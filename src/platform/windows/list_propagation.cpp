@@ -1,5 +1,7 @@
 #include "platform/windows/list_propagation.h"
 
+#include <utility>
+
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/security_change.h"
@@ -13,12 +15,7 @@ class FailureCount : public TreeObserver {
     explicit FailureCount(FailuresBelow& found) : failures(found) {}
 
     bool Begin(const char* /*name*/) override { return true; }
-    // In the order of the paths.
-    void PassOver(const std::string& path, DWORD error) override {
-        if (failures.count++ > 0) return;
-        failures.firstError = error;
-        failures.firstPath = path;
-    }
+    void PassOver(const std::string& path, DWORD error) override { failures.Add(path, error); }
 
   private:
     FailuresBelow& failures;
@@ -59,8 +56,8 @@ DWORD PropagateList(HANDLE folder, const nt::Acl& list, RecordedTop& top, Failur
     const DWORD error = ListPropagation(list, top, observer, counts).Run(folder);
     if (top.Error() != ERROR_SUCCESS) return top.Error();
     // The folder has the list, and cannot be listed.
-    if (error != ERROR_SUCCESS) failures = {failures.count + 1, error, {}};
-    below = failures;
+    if (error != ERROR_SUCCESS) failures.Add({}, error);
+    below = std::move(failures);
     return ERROR_SUCCESS;
 }
 

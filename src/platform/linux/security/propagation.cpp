@@ -32,9 +32,7 @@ class ListPropagation : public TreeChange {
         // It vanished after it was opened.
         if (error == ERROR_FILE_NOT_FOUND) return;
         const std::lock_guard lock(guard);
-        if (failures.count++ > 0 && failures.firstPath <= path) return;
-        failures.firstError = error;
-        failures.firstPath = path;
+        failures.Add(path, error);
     }
 
     std::mutex guard;
