@@ -232,6 +232,11 @@ void CListCtrl::ReportColumnClick(int column) {
     Native().ReportNotification(notification);
 }
 
+void CListCtrl::ReportHeaderMenu(Point client) {
+    Notification notification{.code = Notify::kHeaderMenu, .point = client};
+    Native().ReportNotification(notification);
+}
+
 std::string CListCtrl::AskInfoTip(int row) {
     Notification notification{.code = Notify::kInfoTip, .row = row};
     Native().ReportNotification(notification);

@@ -61,9 +61,10 @@ class CListCtrl : public CWnd {
 
     // Inserts a row before `row` (at the end when it is the count). False when `row` is out of range.
     bool InsertItem(int row, const std::string& text, int image = -1);
-    // For lists with very many rows: all texts come from `texts`, which outlives the window or is replaced
-    // before its end. Null: the list keeps them.
-    void SetTexts(const ListTexts* texts) { rows.SetTexts(texts); }
+    // For texts that are not known, or not kept, before they are seen: those of `firstColumn` and the columns
+    // behind it come from `texts`, which outlives the window or is replaced before its end. Null: the list
+    // keeps them.
+    void SetTexts(const ListTexts* texts, int firstColumn = 0) { rows.SetTexts(texts, firstColumn); }
     // Rows at the end, whose data is their number.
     void AppendItems(int count);
     bool SetItemText(int row, int column, const std::string& text);
@@ -121,6 +122,7 @@ class CListCtrl : public CWnd {
     bool ReportRow(Notify code, int row, Point client);
     bool ReportKey(unsigned int virtualKey);
     void ReportColumnClick(int column);
+    void ReportHeaderMenu(Point client);
     std::string AskInfoTip(int row);
 
   protected:

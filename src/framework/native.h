@@ -109,6 +109,7 @@ class NativeEdit : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
     virtual void SelectAll() = 0;
+    virtual void SelectStart(const std::string& start) = 0;
 };
 
 class NativeProgressBar : public NativeWindow {

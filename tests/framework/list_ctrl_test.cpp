@@ -276,6 +276,9 @@ TEST_F(ListCtrl, AssistiveTechnologyReadsNamesAndStates) {
     ASSERT_EQ(interface->childCount(), 3);
     QAccessibleInterface* row = interface->child(1);
     EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b-row, Type: Folder"));
+    list.SetItemText(1, 0, "\uF00A\u202Eb\uF03A\uF0FF");
+    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("\\x0a\\u202eb:\\xff, Type: Folder"));
+    list.SetItemText(1, 0, "b-row");
     list.SetView(ListView::kIcons);
     EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b-row")) << "nothing more is seen";
     list.SetView(ListView::kReport);

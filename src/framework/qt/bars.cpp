@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "framework/frame_native.h"
+#include "framework/qt/elided_label.h"
 #include "framework/qt/image.h"
 #include "framework/qt/late_escape.h"
 #include "framework/qt/widget.h"
@@ -171,12 +172,11 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar, QStatusBa
     std::string Text() const override { return panes.isEmpty() ? "" : qt::FromQt(panes.first()->text()); }
 
     void SetPanes(std::span<const int> widths) override {
-        for (QLabel* pane : panes)
+        for (qt::ElidedLabel* pane : panes)
             delete pane;
         panes.clear();
         for (const int width : widths) {
-            auto* pane = new QLabel(&Widget());
-            pane->setTextFormat(Qt::PlainText);
+            auto* pane = new qt::ElidedLabel(0, &Widget());
             Widget().addWidget(pane, width == kStretch ? 1 : 0);
             panes.append(pane);
             if (width == kStretch) {
@@ -188,10 +188,10 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar, QStatusBa
         }
     }
     void SetPaneWidth(int pane, int width) override { panes[pane]->setFixedWidth(width); }
-    void SetPane(int pane, const std::string& text) override { panes[pane]->setText(qt::ToQt(text)); }
+    void SetPane(int pane, const std::string& text) override { panes[pane]->Show(qt::ToQt(text)); }
 
   private:
-    QList<QLabel*> panes;
+    QList<qt::ElidedLabel*> panes;
 };
 
 }  // namespace

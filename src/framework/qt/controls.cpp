@@ -213,6 +213,9 @@ class EditWindow final : public WidgetWindow<NativeEdit, QLineEdit> {
     std::string Text() const override { return FromQt(Widget().text()); }
     void StyleChanged(DWORD /*before*/) override { Widget().setReadOnly((style & ES_READONLY) != 0); }
     void SelectAll() override { Widget().selectAll(); }
+    void SelectStart(const std::string& start) override {
+        Widget().setSelection(0, static_cast<int>(ToQt(start).size()));
+    }
 
   private:
     // Without a border a field is a text that can be selected.

@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include "framework/list_selection.h"
+#include "framework/qt/shown_text.h"
 #include "framework/qt/widget.h"
 
 namespace permora::qt {
@@ -43,11 +44,11 @@ class RowAccessible : public QAccessibleInterface, public QAccessibleActionInter
 QString RowAccessible::text(QAccessible::Text kind) const {
     const CListCtrl& list = *widget.List();
     if (kind != QAccessible::Name) return {};
-    QStringList parts{ToQt(list.Rows().Text(row, 0))};
+    QStringList parts{ShownText(ToQt(list.Rows().Text(row, 0)))};
     if (list.GetView() != ListView::kReport) return parts.first();
     for (std::size_t i = 1; i < list.Columns().size(); ++i) {
         const std::string text = list.Rows().Text(row, static_cast<int>(i));
-        if (!text.empty()) parts << ToQt(list.Columns()[i].header + ": " + text);
+        if (!text.empty()) parts << ShownText(ToQt(list.Columns()[i].header + ": " + text));
     }
     return parts.join(QStringLiteral(", "));
 }

@@ -1,5 +1,7 @@
 #include "framework/qt/list_header.h"
 
+#include <QContextMenuEvent>
+
 #include "framework/list_styles.h"
 #include "framework/qt/widget.h"
 
@@ -40,6 +42,11 @@ ListHeader::ListHeader(CListCtrl& shown, QWidget* parent)
 
 ListHeader::~ListHeader() {
     setModel(nullptr);  // the model goes before the header's own half
+}
+
+void ListHeader::contextMenuEvent(QContextMenuEvent* event) {
+    const QPoint point = mapToParent(event->pos());
+    list.ReportHeaderMenu({point.x(), point.y()});
 }
 
 void ListHeader::Refresh() {

@@ -16,6 +16,9 @@ class ListHeader : public QHeaderView {
     // The list's columns or its style changed.
     void Refresh();
 
+  protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
   private:
     class Model : public QAbstractTableModel {
       public:

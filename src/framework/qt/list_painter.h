@@ -38,6 +38,7 @@ class ListPainter {
     int FirstColumnWidth(const QRect& cell) const;
     QRect TextRect(int row, const QRect& label) const;
     bool ShowsSelection() const;
+    bool HasInactiveColour() const;
     QPalette::ColorGroup ColourGroup() const;
     QString Text(int row, int column) const;
 
