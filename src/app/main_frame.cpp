@@ -105,14 +105,16 @@ bool CMainFrame::OnCreate() {
     if (!CFrameWnd::OnCreate()) return false;
     LoadOrMakeSettings();
     view.SetViewModeObserver([this](std::uint32_t mode) { settings.block.viewMode = mode; });
+    view.SetChoiceObserver([this] { KeepBrowserChoices(); });
     view.Create(*this, kViewId, GetCommandLineA());
     SetView(view);
     if (!CreateBars()) return false;
 
     view.AttachBars(addressBarWnd, statusBarWnd);
-    statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
+    statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE, CStatusBar::kSeparator});
     statusBarWnd.SetPaneWidth(kItemCountPane, kItemCountWidth);
     LoadToolBarImages();
+    LoadBrowserChoices();
     ApplySettings();
     constexpr std::chrono::milliseconds kPause(500);
     domainTimer.Start(kPause, [this] { ShowDomainState(); });
@@ -214,6 +216,18 @@ void CMainFrame::ApplySettings() {
     toolBar.EnableToolTips(settings.block.showToolTips != 0);
     view.ApplyViewSettings(settings.block.viewMode, IconsOf(settings));
     UpdateExplorerVerb();
+}
+
+void CMainFrame::LoadBrowserChoices() {
+    const BrowserChoices choices = permora::LoadBrowserChoices();
+    view.ChooseSecurityColumns(choices.securityColumns);
+    view.SetDotNames(choices.showsDotNames ? DotNames::kListed : DotNames::kLeftOut);
+}
+
+void CMainFrame::KeepBrowserChoices() {
+    const DWORD error =
+        StoreBrowserChoices({view.ChosenSecurityColumns(), view.GetDotNames() == DotNames::kListed});
+    if (error != ERROR_SUCCESS) ShowErrorWithSystemText(GetSafeHwnd(), "saving settings", error);
 }
 
 void CMainFrame::UpdateExplorerVerb() {

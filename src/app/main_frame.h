@@ -53,6 +53,8 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     DWORD TellOwnFolder();
     void ApplySettings();
     void UpdateExplorerVerb();
+    void LoadBrowserChoices();
+    void KeepBrowserChoices();
 
     bool CreateBars();
     void ShowDomainState();

@@ -18,6 +18,9 @@ constexpr const char* kRecordValue = "ProgramSettings";
 constexpr const char* kFolderValue = "Path";
 constexpr const char* kToldValue = "ToldInterruption";
 
+constexpr const char* kColumnsValue = "SecurityColumns";
+constexpr const char* kDotNamesValue = "ShowDotNames";
+
 constexpr const char* kDaysValue = "HistoryDays";
 constexpr const char* kMegabytesValue = "HistoryMegabytes";
 constexpr const char* kSourcesValue = "ShowSources";
@@ -120,6 +123,25 @@ DWORD StoreShowSources(bool shows) {
     RegistryKey key;
     DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
     if (error == ERROR_SUCCESS) error = key.WriteNumber(kSourcesValue, shows ? 1 : 0);
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
+BrowserChoices LoadBrowserChoices() {
+    BrowserChoices choices;
+    std::uint32_t showsDotNames = 0;
+    RegistryKey key;
+    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) != ERROR_SUCCESS) return choices;
+    LoadNumber(key, kColumnsValue, choices.securityColumns);
+    LoadNumber(key, kDotNamesValue, showsDotNames);
+    choices.showsDotNames = showsDotNames != 0;
+    return choices;
+}
+
+DWORD StoreBrowserChoices(const BrowserChoices& choices) {
+    RegistryKey key;
+    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
+    if (error == ERROR_SUCCESS) error = key.WriteNumber(kColumnsValue, choices.securityColumns);
+    if (error == ERROR_SUCCESS) error = key.WriteNumber(kDotNamesValue, choices.showsDotNames ? 1 : 0);
     return error == ERROR_SUCCESS ? key.Close() : error;
 }
 

@@ -1,8 +1,9 @@
 // Where the settings are kept, and the program's entry in the Explorer's menu for folders: the registry.
 //
 // HKEY_CURRENT_USER, SOFTWARE\Valdrix\ZEL holds "ProgramSettings" (binary, the scrambled record), "Path"
-// (text, the program's folder, which the installation writes), "HistoryDays" and "HistoryMegabytes" (numbers)
-// and "ToldInterruption" (text, two numbers). All functions but one return 0 or a system error code.
+// (text, the program's folder, which the installation writes), "HistoryDays", "HistoryMegabytes",
+// "SecurityColumns" and "ShowDotNames" (numbers) and "ToldInterruption" (text, two numbers). All functions
+// but one return 0 or a system error code.
 #pragma once
 
 #include <cstdint>
@@ -27,6 +28,18 @@ DWORD StoreHistoryLimits(const HistoryLimits& limits);
 // unless it is stored otherwise.
 bool LoadShowSources();
 DWORD StoreShowSources(bool shows);
+
+// What the list of the main window shows beside the usual.
+struct BrowserChoices {
+    std::uint32_t securityColumns = 0;  // as SecurityColumns::Choose takes them
+    bool showsDotNames = false;
+
+    friend bool operator==(const BrowserChoices&, const BrowserChoices&) = default;
+};
+
+// What is not stored, or is no number, is as usual.
+BrowserChoices LoadBrowserChoices();
+DWORD StoreBrowserChoices(const BrowserChoices& choices);
 
 // Whose settings: the user's, or what users have who have none of their own.
 enum class SettingsOwner { kUser, kEveryUser };

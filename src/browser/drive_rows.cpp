@@ -4,6 +4,8 @@
 
 #include "browser/folder_rows.h"
 #include "browser/list_presentation.h"
+#include "platform/host_path.h"
+#include "platform/visible_text.h"
 #include "resources/resource_ids.h"
 
 namespace permora {
@@ -58,9 +60,10 @@ bool AskSpace(const std::string& root, DriveSpace& space) {
 Row RowOfDrive(const std::string& root) {
     const UINT type = GetDriveTypeA(root.c_str());
     DriveLook look = LookOfDrive(type);
-    if (VolumeFacts facts; DependsOnFileSystem(look) && AskVolume(root, facts))
-        look = WithFileSystem(look, facts.flags);
+    VolumeFacts facts;
+    if (DependsOnFileSystem(look) && AskVolume(root, facts)) look = WithFileSystem(look, facts.flags);
     Row row{.name = root, .type = look.typeText, .image = look.image};
+    row.more = {facts.label.data(), VisibleText(HostPathFromPath(root))};
     if (DriveSpace space; type == DRIVE_FIXED && AskSpace(root, space))
         row.size = DriveSizeText(space.total.QuadPart, space.available.QuadPart);
     return row;
@@ -70,6 +73,11 @@ Row RowOfDrive(const std::string& root) {
 
 std::span<const unsigned int> DriveRows::Images() const {
     return kDriveImages;
+}
+
+std::span<const char* const> DriveRows::MoreHeaders() const {
+    static constexpr std::array<const char*, 2> kHeaders = {"Label", "Mount Point"};
+    return kHeaders;
 }
 
 bool DriveRows::Offers(unsigned int command) const {

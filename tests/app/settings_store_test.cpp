@@ -99,6 +99,13 @@ TEST_F(SettingsStore, TheLimitsOfTheHistoryAreKeptAndUsualWhereTheyAreNoNumbers)
     EXPECT_EQ(LoadHistoryLimits(), HistoryLimits());
 }
 
+TEST_F(SettingsStore, TheChoicesForTheListAreKept) {
+    EXPECT_EQ(LoadBrowserChoices(), BrowserChoices());
+    const BrowserChoices own = {.securityColumns = 9, .showsDotNames = true};
+    ASSERT_EQ(StoreBrowserChoices(own), ERROR_SUCCESS);
+    EXPECT_EQ(LoadBrowserChoices(), own);
+}
+
 TEST_F(SettingsStore, TheVerbComesAndGoesOnOldSystems) {
     registry.majorVersion = 5;
     RegistryKey shell;

@@ -343,7 +343,8 @@ TEST(Menus, HaveTheEntriesThatTheProgramFindsByPosition) {
     EXPECT_THAT(commandsOf(1), ::testing::Contains(ID_SHOW_SHARES));
     EXPECT_THAT(commandsOf(2),
                 ::testing::ElementsAre(::testing::_, ::testing::_, ID_VIEW_OWN_ICONS, 0, ID_VIEW_ICONS,
-                                       ID_VIEW_SMALL_ICONS, ID_VIEW_LIST, ID_VIEW_DETAILS));
+                                       ID_VIEW_SMALL_ICONS, ID_VIEW_LIST, ID_VIEW_DETAILS, 0, 0,
+                                       ID_VIEW_DOT_NAMES));
     EXPECT_EQ(Resources().menus.at(IDR_CONTEXT_MENUS).size(), 2U);
 }
 
