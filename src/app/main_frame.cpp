@@ -173,6 +173,7 @@ void CMainFrame::KeepSettings() {
 
 DWORD CMainFrame::ReadSettings() {
     settings = DefaultSettings(GetWindowRect());
+    sheetSize = LoadSheetSize();
     return LoadSettings(settings);
 }
 
@@ -183,7 +184,8 @@ DWORD CMainFrame::SaveSettings() {
         settings.windowRect = GetWindowRect();
         settings.showCommand = kShowNormal;
     }
-    return StoreSettings(settings);
+    const DWORD error = sheetSize == LoadSheetSize() ? ERROR_SUCCESS : StoreSheetSize(sheetSize);
+    return error == ERROR_SUCCESS ? StoreSettings(settings) : error;
 }
 
 // On a first start there is nothing to read. Then the defaults are stored and read back.
@@ -317,9 +319,9 @@ void CMainFrame::OpenSecurityEditor() {
     Place place;
     if (!view.HoldSelection(place)) return;
     if (place.kind == PlaceKind::kShares)
-        EditShareSecurity(this, place, changes);
+        EditShareSecurity(this, place, changes, &sheetSize);
     else
-        EditSecurity(this, place, changes);
+        EditSecurity(this, place, changes, &sheetSize);
 }
 
 void CMainFrame::TellOfSeveral(CWnd& window, std::size_t count) {
@@ -334,7 +336,7 @@ void CMainFrame::EditItemAt(const std::string& path) {
     Place place;
     const Outcome outcome = HoldItemAt(path, place);
     ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone()) EditSecurity(this, place, changes);
+    if (outcome.IsDone()) EditSecurity(this, place, changes, &sheetSize);
 }
 
 // The editor works on a name in a held folder, so that nobody can put another folder into the path while it
@@ -420,7 +422,7 @@ void CMainFrame::EditResults(CWnd& window, const std::vector<ResultObject>& obje
     }
     if (held.place.items.empty()) return;
     TellOfSeveral(window, held.place.items.size());
-    EditSecurity(&window, held.place, held.firstName, changes);
+    EditSecurity(&window, held.place, held.firstName, changes, &sheetSize);
 }
 
 void CMainFrame::ShowInFolder(const ResultObject& object) {

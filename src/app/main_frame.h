@@ -94,6 +94,7 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     AddrBar addressBarWnd;
     BrowserView view;
     ProgramSettings settings;
+    Size sheetSize;  // of the security editor; empty: its own
     ChangeSession changes{History::UsualPath(), LoadHistoryLimits()};
     RepeatedWork domainTimer;
     HistoryCommands history{*this, [this] { view.RefreshList(); }};

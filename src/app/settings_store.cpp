@@ -5,6 +5,7 @@
 #include <charconv>
 #include <span>
 #include <system_error>
+#include <utility>
 
 #include "app/registry_key.h"
 #include "platform/api/errors.h"
@@ -24,6 +25,9 @@ constexpr const char* kDotNamesValue = "ShowDotNames";
 constexpr const char* kDaysValue = "HistoryDays";
 constexpr const char* kMegabytesValue = "HistoryMegabytes";
 constexpr const char* kSourcesValue = "ShowSources";
+
+constexpr const char* kSheetWidthValue = "SheetWidth";
+constexpr const char* kSheetHeightValue = "SheetHeight";
 
 constexpr const char* kFolderVerbs = R"(Folder\Shell)";
 constexpr const char* kVerb = "Permora";
@@ -69,6 +73,14 @@ void LoadNumber(const RegistryKey& key, const char* name, std::uint32_t& number)
     if (isRead && value.type == REG_DWORD && value.size == sizeof(stored)) number = stored;
 }
 
+DWORD StoreNumbers(const std::array<std::pair<const char*, std::uint32_t>, 2>& values) {
+    RegistryKey key;
+    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
+    for (const auto& [name, number] : values)
+        if (error == ERROR_SUCCESS) error = key.WriteNumber(name, number);
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
 // Creates or opens the key and sets one of its values; `name` null: the default value.
 DWORD StoreText(HKEY root, const char* path, const char* name, const std::string& text) {
     RegistryKey key;
@@ -104,11 +116,23 @@ HistoryLimits LoadHistoryLimits() {
 }
 
 DWORD StoreHistoryLimits(const HistoryLimits& limits) {
+    return StoreNumbers({{{kDaysValue, limits.days}, {kMegabytesValue, limits.megabytes}}});
+}
+
+Size LoadSheetSize() {
+    constexpr std::uint32_t kLargest = 0x7FFF;
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
     RegistryKey key;
-    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
-    if (error == ERROR_SUCCESS) error = key.WriteNumber(kDaysValue, limits.days);
-    if (error == ERROR_SUCCESS) error = key.WriteNumber(kMegabytesValue, limits.megabytes);
-    return error == ERROR_SUCCESS ? key.Close() : error;
+    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) != ERROR_SUCCESS) return {};
+    LoadNumber(key, kSheetWidthValue, width);
+    LoadNumber(key, kSheetHeightValue, height);
+    return {static_cast<int>(std::min(width, kLargest)), static_cast<int>(std::min(height, kLargest))};
+}
+
+DWORD StoreSheetSize(Size size) {
+    return StoreNumbers({{{kSheetWidthValue, static_cast<std::uint32_t>(size.cx)},
+                          {kSheetHeightValue, static_cast<std::uint32_t>(size.cy)}}});
 }
 
 bool LoadShowSources() {

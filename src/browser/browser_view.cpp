@@ -87,7 +87,7 @@ void BrowserView::Create(CWnd& owner, unsigned int id, const std::string& comman
     for (const char* header : {"Name", "Type", "Size", "Modified"})
         list.InsertColumn(column++, header, kColumnWidth);
     security.Insert();
-    list.SetExtendedStyle(ListStyle::kInfoTips);
+    list.SetExtendedStyle(ListStyle::kInfoTips | ListStyle::kGivenWidths);
     OpenStartFolder(commandLine);
 }
 

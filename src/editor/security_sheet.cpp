@@ -39,13 +39,15 @@ class CPSheet : public CPropertySheet {
 
 }  // namespace
 
-void EditSecurity(CWnd* owner, const Place& place, ChangeSession& changes) {
-    EditSecurity(owner, RememberPlace(place), place.names.front(), changes);
+void EditSecurity(CWnd* owner, const Place& place, ChangeSession& changes, Size* size) {
+    EditSecurity(owner, RememberPlace(place), place.names.front(), changes, size);
 }
 
-void EditSecurity(CWnd* owner, const RememberedPlace& place, const std::string& name,
-                  ChangeSession& changes) {
-    CPSheet(owner, place, name, changes).DoModal();
+void EditSecurity(CWnd* owner, const RememberedPlace& place, const std::string& name, ChangeSession& changes,
+                  Size* size) {
+    CPSheet sheet(owner, place, name, changes);
+    if (size != nullptr) sheet.KeepSizeIn(*size);
+    sheet.DoModal();
 }
 
 }  // namespace permora

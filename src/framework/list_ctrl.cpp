@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "framework/column_widths.h"
 #include "framework/list_native.h"
 #include "framework/list_styles.h"
 #include "framework/styles.h"
@@ -35,6 +36,7 @@ void CListCtrl::OnDestroy() {
     rows = {};
     columns.clear();
     emptyText.clear();
+    hasOwnWidths = false;
     sortedColumn = -1;
     extendedStyle = ListStyle::kNone;
     normalImages.reset();
@@ -58,7 +60,7 @@ bool CListCtrl::HasColumn(int column) const {
 void CListCtrl::InsertColumn(int column, const std::string& header, int width) {
     if (!HasWindow()) return;
     const int place = std::clamp(column, 0, static_cast<int>(columns.size()));
-    columns.insert(columns.begin() + place, {header, width});
+    columns.insert(columns.begin() + place, {header, width, width});
     Display().AppearanceChanged();
 }
 
@@ -83,8 +85,23 @@ void CListCtrl::ShowSortMark(int column, SortOrder order) {
 
 void CListCtrl::SetColumnWidth(int column, int width) {
     if (!HasColumn(column)) return;
+    hasOwnWidths = true;
     columns[static_cast<std::size_t>(column)].width = std::max(width, 0);
     Display().AppearanceChanged();
+}
+
+void CListCtrl::FitColumnsAgain() {
+    hasOwnWidths = false;
+    Display().AppearanceChanged();
+}
+
+void CListCtrl::FitColumnsTo(std::span<const int> texts, int room) {
+    std::vector<ColumnNeed> needs;
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        needs.push_back({.given = columns[i].given, .text = texts[i]});
+    FitColumns(needs, room);
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        columns[i].width = needs[i].width;
 }
 
 void CListCtrl::SetExtendedStyle(ListStyle style) {

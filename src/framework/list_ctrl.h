@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,7 @@ enum class ListStyle : unsigned int {
     kInfoTips = 4,     // shows the tips that kInfoTip handlers give
     kLabelTips = 8,    // shows a report's texts in full where they are cut (LVS_EX_LABELTIP)
     kFixedMarks = 16,  // with kCheckBoxes: the user reads the marks and cannot change them
+    kGivenWidths = 32,  // a report's columns keep the widths that they were given
 };
 constexpr ListStyle operator|(ListStyle one, ListStyle other) {
     return static_cast<ListStyle>(static_cast<unsigned int>(one) | static_cast<unsigned int>(other));
@@ -33,13 +35,15 @@ enum class SortOrder { kUp, kDown };
 
 struct ListColumn {
     std::string header;  // left-aligned
-    int width = 0;       // logical pixels; changes when the user drags the header
+    int given = 0;       // logical pixels
+    int width = 0;       // as it is shown
 };
 
 class ListDisplay;
 class NativeListView;
 
-// Rows are counted from 0, as shown. Rows are cheap: 100,000 of them may be inserted one by one.
+// Rows are counted from 0, as shown. Rows are cheap: 100,000 of them may be inserted one by one. The columns
+// of a report follow their texts (column_widths.h) until the user drags one.
 class CListCtrl : public CWnd {
   public:
     CListCtrl() = default;
@@ -115,7 +119,12 @@ class CListCtrl : public CWnd {
     bool HasExtendedStyle(ListStyle bit) const;
     bool IsSingleSelection() const;
     const CImageList::Images* Images() const;  // those of the view; null: none given
+    // The user's own width: from now on all columns keep theirs, until FitColumnsAgain.
     void SetColumnWidth(int column, int width);
+    void FitColumnsAgain();
+    bool FitsColumns() const { return !hasOwnWidths && !HasExtendedStyle(ListStyle::kGivenWidths); }
+    // Fits the columns, whose widest texts are `texts`, into `room`. Does not show it.
+    void FitColumnsTo(std::span<const int> texts, int room);
     void SetCursor(const ListCursor& cursor);
 
     // True: a handler took it. A handler may destroy the list.
@@ -137,6 +146,7 @@ class CListCtrl : public CWnd {
     ListRows rows;
     std::vector<ListColumn> columns;
     std::string emptyText;
+    bool hasOwnWidths = false;
     int sortedColumn = -1;
     SortOrder sortOrder = SortOrder::kUp;
     ListStyle extendedStyle = ListStyle::kNone;

@@ -146,6 +146,14 @@ void CPropertySheet::SetWizardMode() {
     state->isWizard = true;
 }
 
+void CPropertySheet::KeepSizeIn(Size& kept) {
+    state->keptSize = &kept;
+}
+
+void CPropertySheet::OnSize(Size client) {
+    if (state->modal != nullptr) state->PlaceControls(client);
+}
+
 void CPropertySheet::SetWizardButtons(WizardButtons buttons) {
     state->ShowWizardButtons(buttons);
 }
@@ -165,6 +173,8 @@ int CPropertySheet::DoModal() {
     SetWindowText(state->caption);
     state->CreateControls();
     state->Layout();
+    state->ownSize = state->ClientSize();
+    if (state->keptSize != nullptr && state->MayGrow()) modal.Enlarge(*state->keptSize);
 
     if (!state->Activate(0, 1)) {
         state->result = kFailed;
@@ -175,6 +185,10 @@ int CPropertySheet::DoModal() {
     }
     state->modal = nullptr;
     state->active = nullptr;
+    if (state->keptSize != nullptr) {
+        const Size size = state->ClientSize();
+        *state->keptSize = size == state->ownSize ? Size{} : size;
+    }
     DestroyWindow();
     for (CPropertyPage* page : state->pages)
         page->sheet = nullptr;

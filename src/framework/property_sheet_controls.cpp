@@ -76,15 +76,32 @@ Size CPropertySheet::State::LargestPage() const {
     return largest;
 }
 
+bool CPropertySheet::State::MayGrow() const {
+    return std::ranges::any_of(pages, [](const CPropertyPage* page) {
+        const auto dialog = LoadDialogTemplate(WindowAccess::TemplateId(*page));
+        return dialog && !dialog->growing.empty();
+    });
+}
+
 void CPropertySheet::State::Layout() {
     const Size margin = UnitsToPixels(kSheetMargin, kSheetMargin);
     const Size button = UnitsToPixels(kButtonWidth, kButtonHeight);
     const Size page = LargestPage();
-    Size client;
+    Size client{page.cx, page.cy + 2 * margin.cy + button.cy};
+    if (!isWizard) {
+        const Size tabs = Tabs()->SizeAround(page);
+        client = {tabs.cx + 2 * margin.cx, tabs.cy + 3 * margin.cy + button.cy};
+    }
+    modal->SetClientSize(client, MayGrow() ? Sizing::kMayGrow : Sizing::kFixed);
+    PlaceControls(ClientSize());
+}
+
+void CPropertySheet::State::PlaceControls(Size client) {
+    const Size margin = UnitsToPixels(kSheetMargin, kSheetMargin);
+    const Size button = UnitsToPixels(kButtonWidth, kButtonHeight);
     if (isWizard) {
-        client = {page.cx, page.cy + 2 * margin.cy + button.cy};
-        pageArea = {0, 0, page.cx, page.cy};
-        sheet.GetDlgItem(kWizardLineId)->MoveWindow({0, page.cy, page.cx, page.cy + 2});
+        pageArea = {0, 0, client.cx, client.cy - 2 * margin.cy - button.cy};
+        sheet.GetDlgItem(kWizardLineId)->MoveWindow({0, pageArea.bottom, client.cx, pageArea.bottom + 2});
         PlaceButtons({kWizardBackId, kWizardNextId, IDCANCEL}, client);
         const Size gap = UnitsToPixels(kGap, 0);
         const int finishRight = client.cx - margin.cx - button.cx - gap.cx;
@@ -92,14 +109,12 @@ void CPropertySheet::State::Layout() {
         sheet.GetDlgItem(kWizardFinishId)
             ->MoveWindow({finishRight - button.cx, top, finishRight, top + button.cy});
     } else {
-        const Size tabs = Tabs()->SizeAround(page);
-        client = {tabs.cx + 2 * margin.cx, tabs.cy + 3 * margin.cy + button.cy};
         sheet.GetDlgItem(kSheetTabsId)
-            ->MoveWindow({margin.cx, margin.cy, margin.cx + tabs.cx, margin.cy + tabs.cy});
+            ->MoveWindow(
+                {margin.cx, margin.cy, client.cx - margin.cx, client.cy - 2 * margin.cy - button.cy});
         pageArea = Tabs()->PageArea();
         PlaceButtons({IDOK, IDCANCEL, kSheetApplyId}, client);
     }
-    modal->SetClientSize(client);
     for (CPropertyPage* each : pages)
         if (each->HasWindow()) each->MoveWindow(pageArea);
 }
@@ -124,6 +139,7 @@ bool CPropertySheet::State::CreatePage(CPropertyPage& page) {
     WindowAccess::Attach(page, MakeNativePane(page, sheet, templateId), &sheet, templateId, WS_CHILD);
     page.MoveWindow(pageArea);
     CreateTemplateControls(page, *dialog);
+    WindowAccess::Layout(page).Start(page, *dialog);
     page.sheet = &sheet;
     page.modified = false;
     UpdateTabOrder();

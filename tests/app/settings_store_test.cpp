@@ -91,6 +91,9 @@ TEST_F(SettingsStore, TheLimitsOfTheHistoryAreKeptAndUsualWhereTheyAreNoNumbers)
     const HistoryLimits own = {.days = 7, .megabytes = 0};
     ASSERT_EQ(StoreHistoryLimits(own), ERROR_SUCCESS);
     EXPECT_EQ(LoadHistoryLimits(), own);
+    EXPECT_EQ(LoadSheetSize(), Size());
+    ASSERT_EQ(StoreSheetSize({900, 700}), ERROR_SUCCESS);
+    EXPECT_EQ(LoadSheetSize(), (Size{900, 700}));
     RegistryKey key;
     Create(key);
     ASSERT_EQ(key.WriteText("HistoryDays", "365"), ERROR_SUCCESS);

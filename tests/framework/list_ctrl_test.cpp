@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QHeaderView>
 #include <QHelpEvent>
 #include <QTest>
 #include <QToolTip>
@@ -256,12 +257,35 @@ TEST_F(ListCtrl, TipsAreAskedForRowsAndShownAsPlainText) {
     EXPECT_THAT(owner.Heard(), IsEmpty());
 
     // Without questions: what does not fit into its column.
-    list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
+    list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips | ListStyle::kGivenWidths);
     list.SetItemText(2, 1, "a text <much> longer than its column is wide, to be read in a tip");
     rest(OnText(2));
     EXPECT_FALSE(QToolTip::text().contains(QStringLiteral("c-row")));
     rest({kFirstColumnWidth + 5, OnText(2).y()});
     EXPECT_TRUE(QToolTip::text().contains(QStringLiteral("&lt;much&gt;")));
+}
+
+TEST_F(ListCtrl, ColumnsFollowTheirTextsUntilTheUserDragsOne) {
+    Make(LVS_REPORT);
+    auto& header = *Widget().findChild<QHeaderView*>();
+    const auto relayout = [&] { QCoreApplication::sendPostedEvents(&Widget(), QEvent::LayoutRequest); };
+    const auto fills = [&] {
+        return header.sectionSize(0) + header.sectionSize(1) == Widget().viewport()->width();
+    };
+    relayout();
+    EXPECT_EQ(header.sectionSize(0), kFirstColumnWidth);
+    EXPECT_TRUE(fills());
+    list.SetItemText(3, 0, "a name that needs more than the first column had");
+    relayout();
+    EXPECT_GT(header.sectionSize(0), kFirstColumnWidth);
+    EXPECT_TRUE(fills());
+    header.resizeSection(0, 77);
+    list.SetItemText(3, 0, "another name that needs more than the first column had");
+    relayout();
+    EXPECT_EQ(header.sectionSize(0), 77);
+    emit header.sectionHandleDoubleClicked(0);
+    relayout();
+    EXPECT_GT(header.sectionSize(0), kFirstColumnWidth);
 }
 
 TEST_F(ListCtrl, AssistiveTechnologyReadsNamesAndStates) {

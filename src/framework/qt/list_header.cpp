@@ -35,6 +35,8 @@ ListHeader::ListHeader(CListCtrl& shown, QWidget* parent)
     connect(this, &QHeaderView::sectionResized, this, [this](int section, int /*before*/, int width) {
         if (!isRefreshing) list.SetColumnWidth(section, width);
     });
+    connect(this, &QHeaderView::sectionHandleDoubleClicked, this,
+            [this](int /*section*/) { list.FitColumnsAgain(); });
     connect(this, &QHeaderView::sectionClicked, this,
             [this](int section) { list.ReportColumnClick(section); });
     Refresh();

@@ -19,8 +19,8 @@ constexpr int kIndentStep = 16;    // of one level of a tree
 constexpr int kIconPadding = 6;    // above and below a large icon
 constexpr int kLabelLines = 2;     // under a large icon
 constexpr int kLabelLetters = 14;  // the width of a label under a large icon
-// The number of rows whose texts are measured for the common width. In longer lists, the longest text
-// decides.
+// The number of rows whose texts are measured for the width of a cell or a column. For the common width of
+// cells in longer lists, the longest text decides.
 constexpr int kMeasuredRows = 256;
 
 QRect Centred(const QSize& size, const QRect& area) {
@@ -63,6 +63,18 @@ int ListPainter::WidestLabel() const {
     for (int row = 0; row < measured; ++row)
         widest = std::max(widest, metrics.horizontalAdvance(ShownText(Text(row, 0))));
     return widest;
+}
+
+int ListPainter::ColumnTextWidth(int column) const {
+    const QFontMetrics metrics = widget.fontMetrics();
+    const int start = column == 0 ? PartsOf({0, 0, 0, RowHeight()}).label.left() : 0;
+    int widest = 0;
+    const int measured = std::min(list.Rows().Count(), kMeasuredRows);
+    for (int row = 0; row < measured; ++row) {
+        const int indent = column == 0 ? list.Rows().Indent(row) * kIndentStep : 0;
+        widest = std::max(widest, start + indent + metrics.horizontalAdvance(Text(row, column)));
+    }
+    return widest + 2 * kCellMargin;
 }
 
 QSize ListPainter::CellSize(const QSize& available) const {

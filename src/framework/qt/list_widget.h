@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "framework/list_layout.h"
 #include "framework/list_native.h"
@@ -69,6 +70,7 @@ class ListWidget : public QAbstractScrollArea, public ListDisplay {
     };
 
     void MarkForLayout();
+    std::vector<int> ColumnTexts() const;
     void LayOut();
     void LayOutHeader();
     void SetScrollRanges(const QSize& client);
@@ -94,6 +96,7 @@ class ListWidget : public QAbstractScrollArea, public ListDisplay {
     ListHeader* header = nullptr;  // a child widget
     ListLayout layout;
     bool needsLayout = true;
+    bool hasOtherRows = false;  // since the last layout
     Press press;
     std::optional<Band> band;
     QBasicTimer bandScroll;  // runs while a frame is drawn beyond the edge

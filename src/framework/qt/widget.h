@@ -82,6 +82,7 @@ class WidgetWindow : public Kind {
     bool HasFocus() const override { return widget->hasFocus(); }
     Rect ScreenRect() const override { return ScreenRectOf(*widget); }
     Rect ClientRect() const override { return {0, 0, widget->width(), widget->height()}; }
+    Rect RectInParent() const override { return FromQt(widget->geometry()); }
     void Move(const Rect& rect) override { MoveTo(*widget, rect); }
     Size PreferredSize() const override {
         const QSize hint = widget->sizeHint();
