@@ -241,6 +241,33 @@ TEST(Accessibility, AnEnlargedDialogHasLargerListsAndNothingCoversAnother) {
     });
 }
 
+TEST(Accessibility, ASheetComesBackInTheSizeThatTheUserGaveIt) {
+    UiDriver ui;
+    Size kept;
+    const auto show = [&](const std::function<void(QWidget&)>& use) {
+        CPropertyPage page(IDD_PERMISSIONS_PAGE);
+        CPropertySheet sheet;
+        sheet.Construct("Sheet", nullptr);
+        sheet.AddPage(page);
+        sheet.KeepSizeIn(kept);
+        ui.ExpectSheet("Sheet", [&](WindowDriver& window) {
+            use(*qt::WidgetOf(sheet));
+            window.Press("Esc");
+        });
+        sheet.DoModal();
+    };
+    QSize own;
+    show([&](QWidget& sheet) { own = sheet.size(); });
+    EXPECT_EQ(kept, Size());
+    const QSize larger = own + QSize(60, 40);
+    show([&](QWidget& sheet) { sheet.resize(larger); });
+    show([&](QWidget& sheet) {
+        EXPECT_EQ(sheet.size(), larger);
+        sheet.resize(own);
+    });
+    EXPECT_EQ(kept, Size());
+}
+
 // The letter after a single '&'; 0: none.
 char MnemonicOf(const std::string& text) {
     for (std::size_t i = 0; i + 1 < text.size(); ++i) {
