@@ -55,7 +55,7 @@ void ApplyBelow(std::span<const RememberedObject> items, std::span<const ObjectP
     const StoppableWork stoppable([&] { isStopped = true; });
     const auto applyBelow = [&](const HeldObject& folder, TreeObserver& observer) {
         TreeCounts counts;
-        return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, recorder, observer, counts);
+        return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, TreeListMode::kWrite, recorder, observer, counts);
     };
     const auto apply = [&](const HeldObject& object) { return ApplyToObject(object, newOwner, recorder); };
     WalkFolders(

@@ -45,6 +45,12 @@ struct NewParts {
     PACL sacl = nullptr;
 };
 
+// A descriptor before a change and after it.
+struct SecurityPreview {
+    nt::SecurityDescriptor before;
+    nt::SecurityDescriptor after;
+};
+
 // Whether bytes that are no valid descriptor are read and written like others: when damaged ones that were
 // replaced are put back.
 enum class DamagedBytes : std::uint8_t { kRefused, kTaken };
@@ -144,6 +150,15 @@ class HeldObject {
         return WriteSecurity(OWNER_SECURITY_INFORMATION, {.owner = owner}, nullptr, recorder, none);
     }
 
+    // What WriteSecurity would make of the object itself, by the same steps: its descriptor now and then.
+    // Nothing is written, and nobody is waited for.
+    DWORD PreviewSecurity(SECURITY_INFORMATION information, const NewParts& parts,
+                          SecurityPreview& preview) const;
+    // What would become of everything below this folder if it had the list `list`, by the steps that change
+    // it. Nothing is written. Results and counts are those of SetListsBelow with kCountOnly.
+    [[nodiscard]] DWORD PreviewBelow(const nt::Acl& list, BelowChange change, TreeObserver& observer,
+                                     TreeCounts& counts) const;
+
     // Gives an object whose stored descriptor is damaged the security of one that is newly made in its
     // folder: what that hands down, or nothing stored. Carries a list to everything below, as WriteSecurity
     // does. ERROR_REVISION_MISMATCH, and nothing is written, when the descriptor is not damaged. The recorder
@@ -182,8 +197,9 @@ class HeldObject {
     // Gives every object below this folder the owner `owner`, as SetNamedSecurityInfoA with
     // OWNER_SECURITY_INFORMATION would for each; the folder itself keeps its owner. It walks and answers as
     // SetListsBelow does. ERROR_INVALID_SID when `owner` is not valid.
-    [[nodiscard]] DWORD SetOwnersBelow(PSID owner, LinkedFiles linked, ChangeRecorder& recorder,
-                                       TreeObserver& observer, TreeCounts& counts) const;
+    [[nodiscard]] DWORD SetOwnersBelow(PSID owner, LinkedFiles linked, TreeListMode mode,
+                                       ChangeRecorder& recorder, TreeObserver& observer,
+                                       TreeCounts& counts) const;
 
   private:
     friend class FolderHandle;

@@ -11,6 +11,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/policy.h"
 #include "platform/api/token.h"
+#include "platform/raw_security.h"
 #include "security/text_conversion.h"
 
 namespace permora {
@@ -89,6 +90,13 @@ UniqueHandle OpenOwnToken() {
     if (OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, &token) == FALSE)
         return nullptr;
     return UniqueHandle(token);
+}
+
+std::optional<nt::Sid> OwnAccount() {
+    const UniqueHandle token = OpenOwnToken();
+    const std::vector<BYTE> user = token ? ReadToken(token.get(), TokenUser) : std::vector<BYTE>();
+    if (user.empty()) return std::nullopt;
+    return SidOf(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid);
 }
 
 DWORD EnableTakeOwnership(HANDLE token) {

@@ -16,6 +16,7 @@
 namespace permora::test {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -152,8 +153,11 @@ TEST_F(CommandsTest, ADryRunShowsBothStatesAndWritesNothing) {
 
     const CommandResult inherit = RunCli({"inherit", top, "--on", "--dry-run"});
     EXPECT_THAT(inherit.output, HasSubstr("the entries that the parent hands down come to these"));
-    EXPECT_THAT(RunCli({"revoke", top, "--account", "Administrators", "--dry-run"}).output,
-                HasSubstr("nobody has access"));
+    EXPECT_THAT(
+        RunCli({"revoke", top, "--account", "Administrators", "--dry-run"}).output,
+        AllOf(HasSubstr("nobody has access"), HasSubstr("Items: would change: 1, already so: 0, failed: 0\n"),
+              HasSubstr("Entries of their own that items would lose:\n  " + top + ": Allow BUILTIN"),
+              HasSubstr("Locked out would be everyone but the owner, from:\n  " + top + '\n')));
     EXPECT_EQ(SddlOf(top), before);
 }
 

@@ -14,6 +14,7 @@
 namespace permora::test {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 
 // The owner of an object as ntfssecaudit reads it from the unmounted image.
@@ -43,6 +44,9 @@ TEST(OwnerTest, OwnersOfItemsAndTreesStandOnTheDisk) {
 
     EXPECT_EQ(RunCli({"owner", volume.Path("single"), "--set", "Guests"}).output,
               volume.Path("single") + ": BUILTIN\\Guests\n");
+    EXPECT_THAT(RunCli({"owner", volume.Path("team"), "--set", "Guests", "--tree", "--dry-run"}).output,
+                AllOf(HasSubstr("Items: would change: 1, already so: 0, failed: 0\n"),
+                      HasSubstr("Below them: would change: 5, already so: 0, passed over: 0\n")));
     const CommandResult several = RunCli({"owner", volume.Path("one"), volume.Path("gone"),
                                           volume.Path("team"), "--set", "S-1-5-21-7-8-9-1001", "--tree"});
     EXPECT_EQ(several.exitCode, 1);
