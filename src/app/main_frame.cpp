@@ -306,11 +306,13 @@ void CMainFrame::ToggleOwnIcons() {
 void CMainFrame::EditSettings() {
     CSettingsDlg dialog(this);
     dialog.block = settings.block;
+    dialog.asksBeforeLosses = LoadAskBeforeLosses();
     if (dialog.DoModal() != IDOK) return;
     settings.block = dialog.block;
     ApplySettings();
-    if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS)
-        ShowErrorWithSystemText(GetSafeHwnd(), "Error: saving settings", error);
+    DWORD error = StoreAskBeforeLosses(dialog.asksBeforeLosses);
+    if (error == ERROR_SUCCESS) error = SaveSettings();
+    if (error != ERROR_SUCCESS) ShowErrorWithSystemText(GetSafeHwnd(), "Error: saving settings", error);
 }
 
 // The editor shows the first selected item and works on all of them.
@@ -321,7 +323,16 @@ void CMainFrame::OpenSecurityEditor() {
     if (place.kind == PlaceKind::kShares)
         EditShareSecurity(this, place, changes, &sheetSize);
     else
-        EditSecurity(this, place, changes, &sheetSize);
+        EditItems(*this, RememberPlace(place), place.names.front());
+}
+
+void CMainFrame::EditItems(CWnd& window, const RememberedPlace& place, const std::string& name) {
+    std::uint8_t asks = LoadAskBeforeLosses() ? 1 : 0;
+    const std::uint8_t asked = asks;
+    EditSecurity(&window, place, name, changes, {&sheetSize, &asks});
+    if (asks == asked) return;
+    if (const DWORD error = StoreAskBeforeLosses(asks != 0); error != ERROR_SUCCESS)
+        ShowErrorWithSystemText(window.GetSafeHwnd(), "Error: saving settings", error);
 }
 
 void CMainFrame::TellOfSeveral(CWnd& window, std::size_t count) {
@@ -336,7 +347,7 @@ void CMainFrame::EditItemAt(const std::string& path) {
     Place place;
     const Outcome outcome = HoldItemAt(path, place);
     ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone()) EditSecurity(this, place, changes, &sheetSize);
+    if (outcome.IsDone()) EditItems(*this, RememberPlace(place), place.names.front());
 }
 
 // The editor works on a name in a held folder, so that nobody can put another folder into the path while it
@@ -422,7 +433,7 @@ void CMainFrame::EditResults(CWnd& window, const std::vector<ResultObject>& obje
     }
     if (held.place.items.empty()) return;
     TellOfSeveral(window, held.place.items.size());
-    EditSecurity(&window, held.place, held.firstName, changes, &sheetSize);
+    EditItems(window, held.place, held.firstName);
 }
 
 void CMainFrame::ShowInFolder(const ResultObject& object) {

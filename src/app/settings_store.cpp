@@ -25,6 +25,7 @@ constexpr const char* kDotNamesValue = "ShowDotNames";
 constexpr const char* kDaysValue = "HistoryDays";
 constexpr const char* kMegabytesValue = "HistoryMegabytes";
 constexpr const char* kSourcesValue = "ShowSources";
+constexpr const char* kAskBeforeLossesValue = "AskBeforeLosses";
 
 constexpr const char* kSheetWidthValue = "SheetWidth";
 constexpr const char* kSheetHeightValue = "SheetHeight";
@@ -166,6 +167,21 @@ DWORD StoreBrowserChoices(const BrowserChoices& choices) {
     DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
     if (error == ERROR_SUCCESS) error = key.WriteNumber(kColumnsValue, choices.securityColumns);
     if (error == ERROR_SUCCESS) error = key.WriteNumber(kDotNamesValue, choices.showsDotNames ? 1 : 0);
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
+bool LoadAskBeforeLosses() {
+    std::uint32_t asks = 1;
+    RegistryKey key;
+    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) == ERROR_SUCCESS)
+        LoadNumber(key, kAskBeforeLossesValue, asks);
+    return asks != 0;
+}
+
+DWORD StoreAskBeforeLosses(bool asks) {
+    RegistryKey key;
+    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
+    if (error == ERROR_SUCCESS) error = key.WriteNumber(kAskBeforeLossesValue, asks ? 1 : 0);
     return error == ERROR_SUCCESS ? key.Close() : error;
 }
 

@@ -2,8 +2,8 @@
 //
 // HKEY_CURRENT_USER, SOFTWARE\Valdrix\ZEL holds "ProgramSettings" (binary, the scrambled record), "Path"
 // (text, the program's folder, which the installation writes), "HistoryDays", "HistoryMegabytes",
-// "SecurityColumns", "ShowDotNames", "SheetWidth" and "SheetHeight" (numbers) and "ToldInterruption" (text, two
-// numbers). All functions but one return 0 or a system error code.
+// "SecurityColumns", "ShowDotNames", "SheetWidth" and "SheetHeight" (numbers) and "ToldInterruption" (text,
+// two numbers). All functions but one return 0 or a system error code.
 #pragma once
 
 #include <cstdint>
@@ -44,6 +44,11 @@ DWORD StoreBrowserChoices(const BrowserChoices& choices);
 // How large the user has made the security editor, in logical pixels; empty when nothing is stored.
 Size LoadSheetSize();
 DWORD StoreSheetSize(Size size);
+
+// Whether the user is asked before a change takes entries that the window does not show. Yes unless it is
+// stored otherwise.
+bool LoadAskBeforeLosses();
+DWORD StoreAskBeforeLosses(bool asks);
 
 // Whose settings: the user's, or what users have who have none of their own.
 enum class SettingsOwner { kUser, kEveryUser };

@@ -162,8 +162,8 @@ bool CPage1::OnApply() {
     if (!IsChanged()) return FinishApply();
     const UniqueLocal<ACL> dacl = MakeList();
     if (!dacl) return false;
-    const DaclInheritance inheritance =
-        IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
+    if (!MayLose(dacl.get())) return false;
+    const DaclInheritance inheritance = ChosenInheritance();
     const bool isForTrees = IsChecked(IDC_REPLACE_CHILD_ENTRIES);
     bool mayWrite = true;
     const auto apply = [&](CWnd& window, std::span<const ObjectPlace> places, ChangeResults& results) {
@@ -183,6 +183,38 @@ bool CPage1::OnApply() {
     if (!mayWrite) ReadAnew();
     if (mayWrite) ShowResults(this, std::move(results), apply);
     return isMade && FinishApply();
+}
+
+DaclInheritance CPage1::ChosenInheritance() const {
+    return IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
+}
+
+MakePreview CPage1::PreviewOf(PACL dacl) {
+    const BelowChange below =
+        IsChecked(IDC_REPLACE_CHILD_ENTRIES) ? BelowChange::kReset : BelowChange::kCarryDown;
+    return [this, dacl, below, inheritance = ChosenInheritance()](TreeObserver& observer) {
+        return PreviewListOnItems(place->items, inheritance, {dacl, dacl}, below, observer);
+    };
+}
+
+void CPage1::Preview() {
+    if (!IsChanged()) {
+        ShowInfoBox(GetSafeHwnd(),
+                    "No permissions were changed here, so applying would leave them as they are.");
+        return;
+    }
+    const UniqueLocal<ACL> dacl = MakeList();
+    if (dacl) CPreviewDlg(this, CPreviewDlg::Purpose::kShow, PreviewOf(dacl.get())).DoModal();
+}
+
+// The sheet shows the list of the first item alone.
+bool CPage1::MayLose(PACL dacl) {
+    const bool mayBeUnseen = place->items.size() > 1 || IsChecked(IDC_REPLACE_CHILD_ENTRIES);
+    if (askBeforeLosses == nullptr || *askBeforeLosses == 0 || !mayBeUnseen) return true;
+    CPreviewDlg question(this, CPreviewDlg::Purpose::kAsk, PreviewOf(dacl));
+    question.askBeforeLosses = askBeforeLosses;
+    return question.DoModal() == IDOK;
+}
 }
 
 }  // namespace permora

@@ -1,11 +1,13 @@
 // CPage1: the access list of the first selected item, edited and applied to all of them.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
 #include "editor/access_list_page.h"
 #include "editor/list_facts.h"
+#include "editor/preview_dialog.h"
 #include "framework/background_question.h"
 #include "history/change_session.h"
 #include "security/object_security.h"
@@ -19,6 +21,11 @@ class CPage1 : public AccessListPage {
     // Set before the sheet is shown, and borrowed while it runs; one item at least.
     const RememberedPlace* place = nullptr;
     ChangeSession* changes = nullptr;
+    // The setting that asks before entries are lost that are not shown; borrowed. Null: nobody is asked.
+    std::uint8_t* askBeforeLosses = nullptr;
+
+    // Shows what Apply would do.
+    void Preview();
 
   protected:
     bool OnInitDialog() override;
@@ -38,6 +45,9 @@ class CPage1 : public AccessListPage {
     void ShowSources();
     void OnInheritanceClicked();
     void ShowInheritance();
+    DaclInheritance ChosenInheritance() const;
+    MakePreview PreviewOf(PACL dacl);
+    bool MayLose(PACL dacl);
 
     ObjectSecurity object;  // as last read, with the edits since
     BackgroundQuestion question;

@@ -142,6 +142,10 @@ void CPropertySheet::RemovePage(int index) {
     if (wasActive && state->Count() > 0) state->Activate(std::min(index, state->Count() - 1), -1);
 }
 
+void CPropertySheet::AddButton(unsigned int id, const std::string& text) {
+    state->ownButtons.push_back({id, text});
+}
+
 void CPropertySheet::SetWizardMode() {
     state->isWizard = true;
 }

@@ -62,6 +62,8 @@ void CPropertySheet::State::CreateControls() {
     addButton(IDOK, "OK", BS_DEFPUSHBUTTON);
     addButton(IDCANCEL, "Cancel", BS_PUSHBUTTON);
     addButton(kSheetApplyId, "&Apply", BS_PUSHBUTTON | WS_DISABLED);
+    for (const Button& own : ownButtons)
+        addButton(own.id, own.text.c_str(), BS_PUSHBUTTON);
 }
 
 Size CPropertySheet::State::LargestPage() const {
@@ -114,6 +116,7 @@ void CPropertySheet::State::PlaceControls(Size client) {
                 {margin.cx, margin.cy, client.cx - margin.cx, client.cy - 2 * margin.cy - button.cy});
         pageArea = Tabs()->PageArea();
         PlaceButtons({IDOK, IDCANCEL, kSheetApplyId}, client);
+        PlaceOwnButtons(client);
     }
     for (CPropertyPage* each : pages)
         if (each->HasWindow()) each->MoveWindow(pageArea);
@@ -129,6 +132,18 @@ void CPropertySheet::State::PlaceButtons(const std::vector<unsigned int>& ids, S
     for (const unsigned int id : ids) {
         sheet.GetDlgItem(id)->MoveWindow({left, top, left + button.cx, top + button.cy});
         left += button.cx + gap;
+    }
+}
+
+// In a row at the lower left, so that the system's own stay where they always are.
+void CPropertySheet::State::PlaceOwnButtons(Size client) {
+    const Size margin = UnitsToPixels(kSheetMargin, kSheetMargin);
+    const Size button = UnitsToPixels(kButtonWidth, kButtonHeight);
+    const int top = client.cy - margin.cy - button.cy;
+    int left = margin.cx;
+    for (const Button& own : ownButtons) {
+        sheet.GetDlgItem(own.id)->MoveWindow({left, top, left + button.cx, top + button.cy});
+        left += button.cx + UnitsToPixels(kGap, 0).cx;
     }
 }
 
@@ -156,6 +171,8 @@ void CPropertySheet::State::UpdateTabOrder() {
          {kWizardBackId, kWizardNextId, kWizardFinishId, unsigned{IDOK}, unsigned{IDCANCEL}, kSheetApplyId}) {
         if (CWnd* button = sheet.GetDlgItem(id)) order.push_back(button);
     }
+    for (const Button& own : ownButtons)
+        if (CWnd* button = sheet.GetDlgItem(own.id)) order.push_back(button);
     modal->SetTabOrder(order);
 }
 

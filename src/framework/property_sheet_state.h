@@ -31,6 +31,11 @@ struct CPropertySheet::State {
     CWnd* owner = nullptr;
     bool isWizard = false;
     std::vector<CPropertyPage*> pages;
+    struct Button {
+        unsigned int id;
+        std::string text;
+    };
+    std::vector<Button> ownButtons;
 
     // The run; null between runs.
     ModalWindow* modal = nullptr;
@@ -56,6 +61,7 @@ struct CPropertySheet::State {
     Size ClientSize() const { return {sheet.GetClientRect().right, sheet.GetClientRect().bottom}; }
     Size LargestPage() const;
     void PlaceButtons(const std::vector<unsigned int>& ids, Size client);
+    void PlaceOwnButtons(Size client);
     bool CreatePage(CPropertyPage& page);
     void UpdateTabOrder();
     void UpdateApplyButton();

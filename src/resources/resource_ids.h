@@ -388,6 +388,17 @@
 #define IDC_COPY_ALL_RESULTS 1283
 #define IDC_SHOW_LEFT_OVER 1284
 
+// What a change would do, shown or asked about.
+#define IDD_PREVIEW 772
+#define IDD_PREVIEW_QUESTION 773
+#define IDC_PREVIEW 1270
+#define IDC_PREVIEW_LINES 1271
+#define IDC_PREVIEW_PROGRESS 1272
+#define IDC_PREVIEW_STOP 1273
+#define IDC_PREVIEW_COPY 1274
+#define IDC_PREVIEW_DO_NOT_ASK 1275
+#define IDC_SETTINGS_ASK_BEFORE_LOSSES 1276
+
 // Why an account has the rights that the page of effective permissions shows.
 #define IDD_RIGHTS_EXPLANATION 760
 #define IDC_EXPLAIN_RIGHTS 761

@@ -59,6 +59,7 @@ using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
 
 class SecuritySheet : public test::EditorTest {
   protected:
@@ -109,6 +110,52 @@ TEST_F(SecuritySheet, AddsAnEntryToEveryItemAndResetsWhatIsBelow) {
     for (const char* name : {"docs", "data"})
         EXPECT_EQ(DaclText(folder.Path(name)), expected) << name;
     EXPECT_EQ(DaclText(folder.Path("docs/report")), "D:AI(A;OIIOID;0x100080;;;WD)(A;OICIID;FA;;;BA)");
+}
+
+TEST_F(SecuritySheet, WhatItDoesNotShowIsAskedAboutBeforeItIsLost) {
+    std::uint8_t asks = 1;
+    askBeforeLosses = &asks;
+    const std::string others = DaclText(folder.Path("data"));
+    const std::string below = DaclText(folder.Path("docs/report"));
+    const auto isReady = [&](WindowDriver& dialog) {
+        return dialog.WaitUntil([&] { return dialog.IsEnabled(IDC_PREVIEW_COPY); });
+    };
+    Edit({"docs", "data"}, [&](WindowDriver& window) {
+        ui.ExpectInformation(HasSubstr("would leave them as they are"));
+        window.Click(IDC_PREVIEW);
+        window.SelectRow(IDC_ACCESS_LIST, 0);
+        window.Click(IDC_REMOVE_ENTRY);
+        window.Click(IDC_REPLACE_CHILD_ENTRIES);
+        ui.ExpectDialog(IDD_PREVIEW, [&](WindowDriver& dialog) {
+            ASSERT_TRUE(isReady(dialog));
+            EXPECT_THAT(dialog.Rows(IDC_PREVIEW_LINES),
+                        IsSupersetOf({"Items: would change: 2, already so: 0, failed: 0",
+                                      "Below them: would change: 1, already so: 0, passed over: 0",
+                                      "Below them, 1 object would lose entries of their own",
+                                      "  data: Allow BUILTIN\\Users: Full control (This folder only)"}));
+            dialog.Click(IDC_PREVIEW_COPY);
+            dialog.Click(IDCANCEL);
+        });
+        window.Click(IDC_PREVIEW);
+        ui.ExpectDialog(IDD_PREVIEW_QUESTION, [&](WindowDriver& dialog) {
+            ASSERT_TRUE(isReady(dialog));
+            EXPECT_EQ(dialog.DefaultButton(), unsigned{IDCANCEL});
+            dialog.Press("Esc");
+        });
+        window.Click(SheetButton::kApply);
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kApply));
+        EXPECT_EQ(DaclText(folder.Path("data")), others);
+        EXPECT_EQ(DaclText(folder.Path("docs/report")), below);
+        ui.ExpectDialog(IDD_PREVIEW_QUESTION, [&](WindowDriver& dialog) {
+            ASSERT_TRUE(isReady(dialog));
+            dialog.Click(IDC_PREVIEW_DO_NOT_ASK);
+            dialog.Click(IDOK);
+        });
+        ui.ExpectDialog(IDD_APPLY_TO_TREE);
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(asks, 0);
+    EXPECT_EQ(DaclText(folder.Path("data")), "D:PAI(A;OICI;FA;;;BA)");
 }
 
 // The changes of the history, the newest first: kind, tops and objects of each.
