@@ -27,7 +27,7 @@ namespace {
 
 constexpr const char* kAskExactly = "Ask &exactly";
 
-constexpr int kNetworkRightsWidth = 800;
+constexpr int kNetworkRightsWidth = 600;
 
 // What the dialog shows.
 struct Explained {
