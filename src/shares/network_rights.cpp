@@ -1,6 +1,7 @@
 #include "shares/network_rights.h"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 #include "platform/ascii.h"
@@ -104,7 +105,9 @@ std::string PhraseOfRights(DWORD rights) {
     if ((single & FILE_READ_DATA) != 0 && (single & ~kRead) == 0) return "read only";
     if ((single & FILE_READ_DATA) != 0 && (single & ~(kRead | DELETE)) == 0) return "read and delete";
     if ((single & kChange) == kChange && (single & ~kChange) == 0) return "read and change";
-    return NamesOfRights(single);
+    constexpr int kFew = 4;
+    const DWORD missing = FULL_CONTROL_RIGHTS & ~single;
+    return std::popcount(missing) <= kFew ? "all but " + NamesOfRights(missing) : NamesOfRights(single);
 }
 
 // What an entry of a share is for.
@@ -258,6 +261,7 @@ NetworkRights NetworkShares::AnswerByList(KnownShare& share, const Visit& visit,
     answer.visitor = NameOfSid(sids.front());
     HostView host;
     DWORD rights = lists.own;
+    answer.isModeAsked = share.served.has_value();
     if (share.served) {
         host = ViewOfHost(visit.object, visit.path, sids.front(), sids, answer.visitor);
         answer.isSuperuser = host.isSuperuser;
@@ -333,7 +337,8 @@ std::string NetworkRightsText(const NetworkRights& share, NameAccount* nameOf) {
     text += PhraseOfRights(share.rights) + because;
     if (because.empty() && isNothing) text += ", because the object's own list grants nothing";
     if (because.empty() && !isNothing && share.answer == NetworkAnswer::kRights)
-        text += ", nothing is taken away";
+        text += share.isModeAsked ? ", neither the share nor the mode bits take anything away"
+                                  : ", the share takes nothing away";
     if (share.worksAs) text += "; the server works as " + share.visitor + " for everybody";
     if (share.answer == NetworkAnswer::kAtMost) text += "; " + share.reason;
     return text;

@@ -38,6 +38,7 @@ struct NetworkRights {
     std::string reason;              // why something is not known, half a sentence
     DWORD rights = 0;                // what all of it leaves
     TakenRights taken;               // of what the object's list, or the mode in its place, would leave
+    bool isModeAsked = false;        // whether the mode bits count
     bool isByModeAlone = false;      // the server looks at no list
     bool isSuperuser = false;        // whom it asks for no list of an object
     std::string closedFolder;        // above the object; the mode bits let the account not enter it

@@ -73,10 +73,11 @@ TEST_F(SharesCommandTest, ExplainedRightsTellWhatEachShareThatHoldsTheObjectLeav
     const auto explained = [&](const std::string& path) {
         return RunCli({"effective", path, "--account", "Guests", "--explain"}).output;
     };
-    EXPECT_THAT(explained(file), HasSubstr("\\one: List folder / Read data, Read attributes, "));
+    EXPECT_THAT(explained(file),
+                HasSubstr("\\one: all but Traverse folder / Execute file, the share takes "));
     ASSERT_EQ(SetDescriptorText(file, "O:BAD:P(A;;FA;;;BG)"), 0U);
-    EXPECT_THAT(explained(file), testing::ContainsRegex("Note: over ....*.one: full control, nothing is "
-                                                        "taken away\n"));
+    EXPECT_THAT(explained(file), testing::ContainsRegex("Note: over ....*.one: full control, the share "
+                                                        "takes nothing away\n"));
     EXPECT_THAT(explained("/"), testing::Not(HasSubstr("Note: over ")));
 
     const auto change = [](const char* command, const char* account, const char* rights) {
