@@ -217,7 +217,7 @@ void EffectiveCommand::PrintTogether(const Target& target, const ObjectSecurity&
         const std::string name = PrintableText(AccountDisplayName(all->Accounts()[i].account));
         if (!found[i].unknown.empty()) remarks.push_back(PrintableText(found[i].unknown));
         for (const std::string& remark : NetworkRemarks(found[i]))
-            remarks.push_back(name + ' ' + remark);
+            remarks.emplace_back(name).append(" ").append(remark);
     }
     Print(PrintableText(target.argument) + '\n' + ComparisonText(one) + RemarkLines(remarks) + '\n');
 }
