@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <compare>
 #include <iterator>
 #include <numeric>
 #include <utility>
@@ -70,7 +71,9 @@ void FoundAccounts::Add(std::vector<AccountRecord> accounts) {
         if (known.contains(sid)) continue;
         const std::string name = NameOfFound(account);
         names.Note(name, account);
-        std::string key = InLowerCase(name + '\n' + sid + '\n' + AccountTypeText(account.use));
+        std::string key = name;
+        key.append(1, '\n').append(sid).append(1, '\n').append(AccountTypeText(account.use));
+        key = InLowerCase(key);
         added.push_back(static_cast<std::uint32_t>(all.size()));
         all.push_back({std::move(account), std::move(key)});
         known.insert(std::move(sid));
@@ -138,10 +141,10 @@ bool FoundAccounts::IsLess(std::uint32_t one, std::uint32_t other) const {
     const auto domain = left.Domain() <=> right.Domain();
     const auto name = left.Name() <=> right.Name();
     auto result = order.column == kDomain ? domain : name;
-    if (order.column == kType && rank != 0) result = rank;
-    if (result == 0) result = order.column == kDomain ? name : domain;
-    if (result == 0) return one < other;
-    return (result < 0) == (order.direction == SortOrder::kUp);
+    if (order.column == kType && std::is_neq(rank)) result = rank;
+    if (std::is_eq(result)) result = order.column == kDomain ? name : domain;
+    if (std::is_eq(result)) return one < other;
+    return std::is_lt(result) == (order.direction == SortOrder::kUp);
 }
 
 std::optional<std::size_t> FoundAccounts::AccountAt(int row) const {
