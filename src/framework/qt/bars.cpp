@@ -172,11 +172,12 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar, QStatusBa
     std::string Text() const override { return panes.isEmpty() ? "" : qt::FromQt(panes.first()->text()); }
 
     void SetPanes(std::span<const int> widths) override {
-        for (qt::ElidedLabel* pane : panes)
+        for (QLabel* pane : panes)
             delete pane;
         panes.clear();
         for (const int width : widths) {
-            auto* pane = new qt::ElidedLabel(0, &Widget());
+            QLabel* pane = width == kStretch ? new qt::ElidedLabel(0, &Widget()) : new QLabel(&Widget());
+            pane->setTextFormat(Qt::PlainText);
             Widget().addWidget(pane, width == kStretch ? 1 : 0);
             panes.append(pane);
             if (width == kStretch) {
@@ -188,10 +189,15 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar, QStatusBa
         }
     }
     void SetPaneWidth(int pane, int width) override { panes[pane]->setFixedWidth(width); }
-    void SetPane(int pane, const std::string& text) override { panes[pane]->Show(qt::ToQt(text)); }
+    void SetPane(int pane, const std::string& text) override {
+        if (auto* stretching = dynamic_cast<qt::ElidedLabel*>(panes[pane]))
+            stretching->Show(qt::ToQt(text));
+        else
+            panes[pane]->setText(qt::ToQt(text));
+    }
 
   private:
-    QList<qt::ElidedLabel*> panes;
+    QList<QLabel*> panes;
 };
 
 }  // namespace
