@@ -10,7 +10,7 @@ DoubleClick=(--repeat 2 --delay 50 1)
 
 InNotice() { ClickInTemplate 260 84 "$@" && PutMouseAway; }
 InPicker() { ClickInTemplate 230 292 "$@" && PutMouseAway; }
-InEntry() { ClickInTemplate 230 278 "$@" && PutMouseAway; }
+InEntry() { ClickInTemplate 316 278 "$@" && PutMouseAway; }
 # InEntryRow ROW COLUMN: a box.
 InEntryRow() { InEntry "$2" $((63 + 12 * $1)); }
 allowColumn=167 denyColumn=207
@@ -70,7 +70,7 @@ TypeAccount() {
     InPicker 144 278
 }
 
-PressChange() { InEntry 198 14; }
+PressChange() { InEntry 284 14; }
 TickAllowFullControl() { InEntryRow 0 $allowColumn; }
 TickDenyDelete() { InEntryRow 10 $denyColumn; }
 TickAllowReadAttributes() { InEntryRow 3 $allowColumn; }
@@ -78,4 +78,4 @@ TickAllowReadPermissions() { InEntryRow 11 $allowColumn; }
 ChooseFilesOnly() { InEntry 142 32 --repeat 5 --delay 50 5; } # with the wheel
 TickChildrenOnly() { InEntry 12 235; }
 PressClearAll() { InEntry 32 264; }
-AcceptEntry() { InEntry 144 264; }
+AcceptEntry() { InEntry 230 264; }
