@@ -63,9 +63,12 @@ Row RowOfDrive(const std::string& root) {
     VolumeFacts facts;
     if (DependsOnFileSystem(look) && AskVolume(root, facts)) look = WithFileSystem(look, facts.flags);
     Row row{.name = root, .type = look.typeText, .image = look.image};
-    row.more = {facts.label.data(), VisibleText(HostPathFromPath(root))};
-    if (DriveSpace space; type == DRIVE_FIXED && AskSpace(root, space))
+    std::string available;
+    if (DriveSpace space; type == DRIVE_FIXED && AskSpace(root, space)) {
         row.size = DriveSizeText(space.total.QuadPart, space.available.QuadPart);
+        available = FormatSize(space.available.QuadPart);
+    }
+    row.more = {facts.label.data(), VisibleText(HostPathFromPath(root)), available};
     return row;
 }
 
@@ -76,7 +79,7 @@ std::span<const unsigned int> DriveRows::Images() const {
 }
 
 std::span<const char* const> DriveRows::MoreHeaders() const {
-    static constexpr std::array<const char*, 2> kHeaders = {"Label", "Mount Point"};
+    static constexpr std::array<const char*, 3> kHeaders = {"Label", "Mount Point", "Available"};
     return kHeaders;
 }
 
