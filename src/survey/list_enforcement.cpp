@@ -213,7 +213,7 @@ void CommonEnforcement::Common::Add(const std::string& next, bool isFirst) {
 void CommonEnforcement::Add(const ListEnforcement& enforcement, NameAccount* nameOf) {
     std::string defeat;
     for (const std::string& text : DefeatTexts(enforcement, nameOf))
-        defeat += " Note: " + Sentence(text);
+        defeat += "Note: " + Sentence(text) + ' ';
     const bool isFirst = objects == 0;
     kept.Add(KeptText(enforcement), isFirst);
     bits.Add(ModeBitsText(enforcement), isFirst);
@@ -226,18 +226,19 @@ void CommonEnforcement::AddUnknown(DWORD error) {
     if (unknown++ == 0) firstError = error;
 }
 
+// What defeats the list comes first: a window may have no room for all.
 std::string CommonEnforcement::Text() const {
     std::string text;
     if (objects > 0) {
-        text = kept.text ? Sentence("Kept " + *kept.text)
-                         : "The selected objects differ in where their lists are kept and who obeys them.";
+        text = defeats.text ? *defeats.text
+                            : "Note: the mode bits defeat the lists of " + std::to_string(defeated) +
+                                  " objects of " + std::to_string(objects) + ", or may do so. ";
+        text += kept.text ? Sentence("Kept " + *kept.text)
+                          : "The selected objects differ in where their lists are kept and who obeys them.";
         if (!bits.text)
             text += " Their mode bits differ.";
         else if (!bits.text->empty())
             text += ' ' + Sentence("Mode bits: " + *bits.text);
-        text += defeats.text ? *defeats.text
-                             : " Note: the mode bits defeat the lists of " + std::to_string(defeated) +
-                                   " objects of " + std::to_string(objects) + ", or may do so.";
     }
     if (unknown == 0) return text;
     text += (text.empty() ? "" : " ");
