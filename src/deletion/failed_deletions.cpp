@@ -27,7 +27,7 @@ void FailedDeletions::End() {
 void FailedDeletions::Deleted(const FolderTrail& trail, const std::string& name) {
     if (trail.PathOf(name) != name) return;
     isSettled = true;
-    results.Add({{}, {ERROR_SUCCESS, Step::kNone, current.object.Path()}});
+    AddResult({ERROR_SUCCESS, Step::kNone, current.object.Path()});
 }
 
 void FailedDeletions::Failed(const FolderTrail& trail, Outcome failure) {
@@ -44,8 +44,14 @@ void FailedDeletions::Failed(const FolderTrail& trail, Outcome failure) {
         Add({{current.object.Start(), failure.object}, extent, failure});
 }
 
+void FailedDeletions::AddResult(Outcome outcome) {
+    ObjectResult result;
+    result.outcome = std::move(outcome);
+    results.Add(std::move(result));
+}
+
 void FailedDeletions::Add(DeletionTarget target) {
-    results.Add({{}, target.failure});
+    AddResult(target.failure);
     if (targets.size() < ChangeResults::kMostListed) targets.push_back(std::move(target));
 }
 

@@ -36,6 +36,7 @@ class FailedDeletions {
     std::vector<DeletionTarget> TakeFailed();
 
   private:
+    void AddResult(Outcome outcome);
     void Add(DeletionTarget target);
     std::string PathOf(const FolderTrail& trail, const std::string& name) const;
 

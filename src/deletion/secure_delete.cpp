@@ -317,9 +317,15 @@ void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const 
     }
 }
 
-void SecureDeleteItem(SecureDeleteHost& host, const RememberedObject& object, DeletionExtent extent) {
+void SecureDeleteItem(SecureDeleteHost& host, const RememberedObject& object) {
     host.trail = {};
     // The root of a drive has no folder above it.
+    if (!object.Start()) return host.Failed({ERROR_ACCESS_DENIED, Step::kExamine, object.Path()});
+    SecureDeleteItem(host, *object.Start(), object.Path(), object);
+}
+
+void SecureDeleteAgain(SecureDeleteHost& host, const RememberedObject& object, DeletionExtent extent) {
+    host.trail = {};
     if (!object.Start()) return host.Failed({ERROR_ACCESS_DENIED, Step::kExamine, object.Path()});
     std::string name = object.Path();
     FolderHandle opened;

@@ -70,8 +70,10 @@ class SecureDeleteHost {
 // Deletes a file or folder of an open folder, unless its name leads to another one than `object` by now.
 void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name,
                       const RememberedObject& object);
-// Deletes a remembered object by its path below the folder that it was remembered from. No link leads to it.
-void SecureDeleteItem(SecureDeleteHost& host, const RememberedObject& object,
-                      DeletionExtent extent = DeletionExtent::kWhole);
+// Deletes a remembered object by its bare name in a folder.
+void SecureDeleteItem(SecureDeleteHost& host, const RememberedObject& object);
+// Deletes what could not be deleted before, by its path below the folder that it was remembered from. No link
+// leads to it.
+void SecureDeleteAgain(SecureDeleteHost& host, const RememberedObject& object, DeletionExtent extent);
 
 }  // namespace permora

@@ -57,7 +57,10 @@ class CSecureDelete::Run : public SecureDeleteHost {
             dialog.left.Begin(target);
             if (isWhole) {
                 BeginEntry(target.object.Path());
-                SecureDeleteItem(*this, target.object, target.extent);
+                if (target.failure.IsDone())
+                    SecureDeleteItem(*this, target.object);
+                else
+                    SecureDeleteAgain(*this, target.object, target.extent);
             }
             dialog.left.End();
             target = {};  // a file that is remembered keeps its space

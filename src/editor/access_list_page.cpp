@@ -164,8 +164,7 @@ void AccessListPage::OnRemove() {
 // An inherited entry cannot be removed.
 void AccessListPage::OnListClicked() {
     if (const auto index = SelectedEntry())
-        Enable({IDC_REMOVE_ENTRY},
-               readOnlyReason.empty() && !EditedList().Entries()[*index].IsInherited());
+        Enable({IDC_REMOVE_ENTRY}, readOnlyReason.empty() && !EditedList().Entries()[*index].IsInherited());
 }
 
 void AccessListPage::MarkChanged() {

@@ -1,5 +1,6 @@
 #include "editor/owner_page.h"
 
+#include <algorithm>
 #include <atomic>
 #include <span>
 #include <utility>
@@ -55,7 +56,8 @@ void ApplyBelow(std::span<const RememberedObject> items, std::span<const ObjectP
     const StoppableWork stoppable([&] { isStopped = true; });
     const auto applyBelow = [&](const HeldObject& folder, TreeObserver& observer) {
         TreeCounts counts;
-        return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, TreeListMode::kWrite, recorder, observer, counts);
+        return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, TreeListMode::kWrite, recorder,
+                                     observer, counts);
     };
     const auto apply = [&](const HeldObject& object) { return ApplyToObject(object, newOwner, recorder); };
     WalkFolders(

@@ -211,10 +211,9 @@ void CPage1::Preview() {
 bool CPage1::MayLose(PACL dacl) {
     const bool mayBeUnseen = place->items.size() > 1 || IsChecked(IDC_REPLACE_CHILD_ENTRIES);
     if (askBeforeLosses == nullptr || *askBeforeLosses == 0 || !mayBeUnseen) return true;
-    CPreviewDlg question(this, CPreviewDlg::Purpose::kAsk, PreviewOf(dacl));
-    question.askBeforeLosses = askBeforeLosses;
-    return question.DoModal() == IDOK;
-}
+    CPreviewDlg preview(this, CPreviewDlg::Purpose::kAsk, PreviewOf(dacl));
+    preview.askBeforeLosses = askBeforeLosses;
+    return preview.DoModal() == IDOK;
 }
 
 }  // namespace permora

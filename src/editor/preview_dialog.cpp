@@ -1,6 +1,5 @@
 #include "editor/preview_dialog.h"
 
-#include <span>
 #include <utility>
 
 #include "editor/required_control.h"
@@ -100,12 +99,7 @@ void CPreviewDlg::Copy() {
     std::string text;
     for (const std::string& line : lines)
         text += line + '\n';
-    Clipboard clipboard(*this);
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    const bool isCopied =
-        clipboard.IsOpen() && clipboard.Empty() &&
-        clipboard.SetData(RegisterClipboardFormat("text/plain"), std::span(bytes, text.size()));
-    if (!isCopied) ShowErrorBox(GetSafeHwnd(), "The text cannot be put on the clipboard");
+    if (!CopyText(*this, text)) ShowErrorBox(GetSafeHwnd(), "The text cannot be put on the clipboard");
 }
 
 CListCtrl& CPreviewDlg::Lines() const {

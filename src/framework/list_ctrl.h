@@ -22,9 +22,9 @@ enum class ListStyle : unsigned int {
     kNone = 0,
     kFullRowSelect = 1,
     kCheckBoxes = 2,
-    kInfoTips = 4,     // shows the tips that kInfoTip handlers give
-    kLabelTips = 8,    // shows a report's texts in full where they are cut (LVS_EX_LABELTIP)
-    kFixedMarks = 16,  // with kCheckBoxes: the user reads the marks and cannot change them
+    kInfoTips = 4,      // shows the tips that kInfoTip handlers give
+    kLabelTips = 8,     // shows a report's texts in full where they are cut (LVS_EX_LABELTIP)
+    kFixedMarks = 16,   // with kCheckBoxes: the user reads the marks and cannot change them
     kGivenWidths = 32,  // a report's columns keep the widths that they were given
 };
 constexpr ListStyle operator|(ListStyle one, ListStyle other) {

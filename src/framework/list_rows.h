@@ -46,7 +46,7 @@ class ListRows {
     bool SetText(int row, int column, const std::string& text);
     // The texts of `firstColumn` and the columns behind it come from `texts` from now on; null: from the rows
     // themselves.
-    void SetTexts(const ListTexts* texts, int firstColumn) {
+    void SetTexts(const ListTexts* texts, int firstColumn = 0) {
         foreignTexts = texts;
         firstForeignColumn = firstColumn;
     }

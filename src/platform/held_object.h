@@ -128,8 +128,8 @@ class HeldObject {
     // ERROR_NOT_SUPPORTED on Windows, which has nothing of the kind.
     DWORD ReadHostPermissions(HostPermissions& permissions) const;
 
-    // The code that a change of these parts is known to fail with before it is tried: ERROR_WRITE_PROTECT on a
-    // volume that is there for reading alone, ERROR_ACCESS_DENIED without the right. 0 promises nothing.
+    // The code that a change of these parts is known to fail with before it is tried: ERROR_WRITE_PROTECT on
+    // a volume that is there for reading alone, ERROR_ACCESS_DENIED without the right. 0 promises nothing.
     DWORD FindObstacle(SECURITY_INFORMATION information) const;
 
     // Waits until no other program of this user is at work on the object through this layer; from then on

@@ -92,10 +92,11 @@ void ChangePreviewing::FindMe() {
 void ChangePreviewing::Judge(const SecurityPreview& item, const std::string& name, ComparedObject kind) {
     ++(item.after == item.before ? preview.unchanged : preview.changed);
     std::vector<nt::Ace> lost = LostOwnEntries(item.before, item.after);
-    if (!lost.empty()) {
-        preview.loseOthers = preview.loseOthers || !isFirst;
-        preview.lost.push_back({name, kind, std::move(lost)});
-    }
+    // What the first item loses the user has seen and taken away.
+    const auto isSeen = [&](const nt::Ace& entry) { return std::ranges::find(seen, entry) != seen.end(); };
+    if (isFirst) seen = lost;
+    preview.loseOthers = preview.loseOthers || !std::ranges::all_of(lost, isSeen);
+    if (!lost.empty()) preview.lost.push_back({name, kind, std::move(lost)});
     if (nt::LetsNobodyIn(item.after) && !nt::LetsNobodyIn(item.before)) preview.closed.push_back(name);
     if (!mySids->empty() && LetsIn(item.before, *mySids) && !LetsIn(item.after, *mySids))
         preview.closedToMe.push_back(name);

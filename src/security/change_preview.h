@@ -31,7 +31,7 @@ struct ChangePreview {
     bool resetsBelow = false;         // what is below is left what it inherits and nothing else
 
     std::vector<LostEntries> lost;
-    bool loseOthers = false;              // of these, one at least is not the first item
+    bool loseOthers = false;              // of these entries, one at least is not lost by the first item
     std::vector<std::string> closed;      // items that would let nobody in but their owners
     std::vector<std::string> closedToMe;  // that would let the account in no more that runs the program
     std::optional<nt::Sid> me;            // nothing: its rights are not known
@@ -39,8 +39,8 @@ struct ChangePreview {
     Outcomes failures;       // items, and what is below them, that could not be looked at
     bool isStopped = false;  // what came behind is missing
 
-    // Whether the change takes what the user may not have seen: entries of other items than the first, or
-    // whole lists below.
+    // Whether the change takes what the user may not have seen: entries that other items than the first have
+    // alone, or whole lists below.
     bool TakesUnseen() const;
 };
 
@@ -74,6 +74,7 @@ class ChangePreviewing {
     TreeObserver& observer;
     ChangePreview preview;
     bool isFirst = true;
+    std::vector<nt::Ace> seen;                   // what the first item would lose
     std::optional<std::vector<nt::Sid>> mySids;  // empty: not known
 };
 

@@ -102,7 +102,8 @@ std::string ReadOnlyReason(std::span<const RememberedObject> items, SECURITY_INF
         obstacle = object.FindObstacle(information);
         if (obstacle == ERROR_SUCCESS) return {};
     }
-    return obstacle == ERROR_SUCCESS ? std::string() : "This cannot be changed: " + SystemMessageLine(obstacle);
+    return obstacle == ERROR_SUCCESS ? std::string()
+                                     : "This cannot be changed: " + SystemMessageLine(obstacle);
 }
 
 std::string ChildPath(const std::string& item, const std::string& below) {

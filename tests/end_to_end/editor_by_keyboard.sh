@@ -16,6 +16,9 @@ AnswerYes() { Keys alt+y; }
 PressAdd() { Keys Tab space; }
 TickReplace() { Times 5 Tab && Keys space; }
 PressApply() { Keys alt+a; }
+# The button takes a key as soon as all is counted.
+AppliesAllTheSame() { Keys alt+l && HasNoWindow "What will happen"; }
+ApplyAllTheSame() { WaitUntil "the losses to be accepted" AppliesAllTheSame; }
 CancelSheet() { Keys Escape; }
 AcceptSheet() { Keys Return; }
 RemoveFirstEntry() { Keys Tab Tab space; }

@@ -26,9 +26,9 @@ FromSheetCorner() {
     Measure "$sheet"
     ClickPlace $((WIDTH - $1 * unitWide / 1000)) $((HEIGHT - $2 * unitHigh / 1000)) "${@:3}"
 }
-# InPage X Y [CLICK...]: on the page of the sheet, whose template is 368 by 218 units; its lower right corner is
+# InPage X Y [CLICK...]: on the page of the sheet, whose template is 368 by 236 units; its lower right corner is
 # the margin, the row of buttons and the tabs' frame of two pixels away from the sheet's.
-InPage() { FromSheetCorner $((368 - $1 + 8)) $((218 - $2 + 29)) "${@:3}"; }
+InPage() { FromSheetCorner $((368 - $1 + 8)) $((236 - $2 + 29)) "${@:3}"; }
 
 # The names in order: by a click on the list's first header.
 ShowInOrder() {
@@ -50,14 +50,15 @@ ChoosePermissions() {
 TickDoNotShowAgain() { InNotice 41 51; }
 CloseNotice() { LearnUnit && InNotice 228 70; }
 
-ClickInherit() { InPage 13 168; }
+ClickInherit() { InPage 13 186; }
 AnswerYes() { Measure "$dialog" && ClickPlace $((WIDTH - 222)) $((HEIGHT - 22)); }
-PressAdd() { InPage 32 147; }
-TickReplace() { InPage 60 190; } # the upper part of its first line
+PressAdd() { InPage 32 165; }
+TickReplace() { InPage 60 208; } # the upper part of its first line
 PressApply() { FromSheetCorner 32 14; }
+ApplyAllTheSame() { ClickInTemplate 420 246 334 232 && PutMouseAway; }
 CancelSheet() { FromSheetCorner 86 14; }
 AcceptSheet() { FromSheetCorner 140 14; }
-RemoveFirstEntry() { InPage 60 35 && InPage 86 147; }
+RemoveFirstEntry() { InPage 60 35 && InPage 86 165; }
 EditFirstEntry() { InPage 60 35 "${DoubleClick[@]}"; }
 
 PressFind() { InPicker 198 48; }

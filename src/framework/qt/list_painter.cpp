@@ -72,7 +72,7 @@ int ListPainter::ColumnTextWidth(int column) const {
     const int measured = std::min(list.Rows().Count(), kMeasuredRows);
     for (int row = 0; row < measured; ++row) {
         const int indent = column == 0 ? list.Rows().Indent(row) * kIndentStep : 0;
-        widest = std::max(widest, start + indent + metrics.horizontalAdvance(Text(row, column)));
+        widest = std::max(widest, start + indent + metrics.horizontalAdvance(ShownText(Text(row, column))));
     }
     return widest + 2 * kCellMargin;
 }

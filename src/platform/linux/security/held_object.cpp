@@ -57,10 +57,10 @@ DWORD HeldObject::FindObstacle(SECURITY_INFORMATION /*information*/) const {
     // A descriptor for Samba is not this process's to change, and user attributes follow the mode bits.
     host::DescriptorStore store;
     nt::SecurityDescriptor descriptor;
-    const bool isForSamba = store.Read(object, descriptor) == ERROR_SUCCESS &&
-                            store.Found(object).form == SecurityForm::kSamba;
-    const bool isClosed = faccessat(object.Descriptor(), "", W_OK, AT_EACCESS | AT_EMPTY_PATH) != 0 &&
-                          errno == EACCES;
+    const bool isForSamba =
+        store.Read(object, descriptor) == ERROR_SUCCESS && store.Found(object).form == SecurityForm::kSamba;
+    const bool isClosed =
+        faccessat(object.Descriptor(), "", W_OK, AT_EACCESS | AT_EMPTY_PATH) != 0 && errno == EACCES;
     return isForSamba || isClosed ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
 }
 
