@@ -105,16 +105,14 @@ bool CMainFrame::OnCreate() {
     if (!CFrameWnd::OnCreate()) return false;
     LoadOrMakeSettings();
     view.SetViewModeObserver([this](std::uint32_t mode) { settings.block.viewMode = mode; });
-    view.SetChoiceObserver([this] { KeepBrowserChoices(); });
     view.Create(*this, kViewId, GetCommandLineA());
     SetView(view);
     if (!CreateBars()) return false;
 
     view.AttachBars(addressBarWnd, statusBarWnd);
-    statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE, CStatusBar::kSeparator});
+    statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
     statusBarWnd.SetPaneWidth(kItemCountPane, kItemCountWidth);
     LoadToolBarImages();
-    LoadBrowserChoices();
     ApplySettings();
     constexpr std::chrono::milliseconds kPause(500);
     domainTimer.Start(kPause, [this] { ShowDomainState(); });
@@ -173,7 +171,6 @@ void CMainFrame::KeepSettings() {
 
 DWORD CMainFrame::ReadSettings() {
     settings = DefaultSettings(GetWindowRect());
-    sheetSize = LoadSheetSize();
     return LoadSettings(settings);
 }
 
@@ -184,8 +181,7 @@ DWORD CMainFrame::SaveSettings() {
         settings.windowRect = GetWindowRect();
         settings.showCommand = kShowNormal;
     }
-    const DWORD error = sheetSize == LoadSheetSize() ? ERROR_SUCCESS : StoreSheetSize(sheetSize);
-    return error == ERROR_SUCCESS ? StoreSettings(settings) : error;
+    return StoreSettings(settings);
 }
 
 // On a first start there is nothing to read. Then the defaults are stored and read back.
@@ -218,18 +214,6 @@ void CMainFrame::ApplySettings() {
     toolBar.EnableToolTips(settings.block.showToolTips != 0);
     view.ApplyViewSettings(settings.block.viewMode, IconsOf(settings));
     UpdateExplorerVerb();
-}
-
-void CMainFrame::LoadBrowserChoices() {
-    const BrowserChoices choices = permora::LoadBrowserChoices();
-    view.ChooseSecurityColumns(choices.securityColumns);
-    view.SetDotNames(choices.showsDotNames ? DotNames::kListed : DotNames::kLeftOut);
-}
-
-void CMainFrame::KeepBrowserChoices() {
-    const DWORD error =
-        StoreBrowserChoices({view.ChosenSecurityColumns(), view.GetDotNames() == DotNames::kListed});
-    if (error != ERROR_SUCCESS) ShowErrorWithSystemText(GetSafeHwnd(), "saving settings", error);
 }
 
 void CMainFrame::UpdateExplorerVerb() {
@@ -306,13 +290,11 @@ void CMainFrame::ToggleOwnIcons() {
 void CMainFrame::EditSettings() {
     CSettingsDlg dialog(this);
     dialog.block = settings.block;
-    dialog.asksBeforeLosses = LoadAskBeforeLosses();
     if (dialog.DoModal() != IDOK) return;
     settings.block = dialog.block;
     ApplySettings();
-    DWORD error = StoreAskBeforeLosses(dialog.asksBeforeLosses);
-    if (error == ERROR_SUCCESS) error = SaveSettings();
-    if (error != ERROR_SUCCESS) ShowErrorWithSystemText(GetSafeHwnd(), "Error: saving settings", error);
+    if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS)
+        ShowErrorWithSystemText(GetSafeHwnd(), "Error: saving settings", error);
 }
 
 // The editor shows the first selected item and works on all of them.
@@ -321,18 +303,9 @@ void CMainFrame::OpenSecurityEditor() {
     Place place;
     if (!view.HoldSelection(place)) return;
     if (place.kind == PlaceKind::kShares)
-        EditShareSecurity(this, place, changes, &sheetSize);
+        EditShareSecurity(this, place, changes);
     else
-        EditItems(*this, RememberPlace(place), place.names.front());
-}
-
-void CMainFrame::EditItems(CWnd& window, const RememberedPlace& place, const std::string& name) {
-    std::uint8_t asks = LoadAskBeforeLosses() ? 1 : 0;
-    const std::uint8_t asked = asks;
-    EditSecurity(&window, place, name, changes, {&sheetSize, &asks});
-    if (asks == asked) return;
-    if (const DWORD error = StoreAskBeforeLosses(asks != 0); error != ERROR_SUCCESS)
-        ShowErrorWithSystemText(window.GetSafeHwnd(), "Error: saving settings", error);
+        EditSecurity(this, place, changes);
 }
 
 void CMainFrame::TellOfSeveral(CWnd& window, std::size_t count) {
@@ -347,7 +320,7 @@ void CMainFrame::EditItemAt(const std::string& path) {
     Place place;
     const Outcome outcome = HoldItemAt(path, place);
     ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone()) EditItems(*this, RememberPlace(place), place.names.front());
+    if (outcome.IsDone()) EditSecurity(this, place, changes);
 }
 
 // The editor works on a name in a held folder, so that nobody can put another folder into the path while it
@@ -373,9 +346,10 @@ void CMainFrame::StartSecureDeletion() {
     const bool hasSelection = view.List().GetSelectedCount() > 0;
     Place place;
     if (view.HoldSelection(place)) {
-        std::vector<RememberedObject> chosen = RememberPlace(place).items;
+        CSecureDelete dialog(this);
+        dialog.chosen = RememberPlace(place).items;
         if (!MayDeleteSelection(kCaption)) return;
-        DeleteForGood(this, std::move(chosen));
+        dialog.DoModal();
     }
     if (hasSelection) view.RefreshList();
 }
@@ -433,7 +407,7 @@ void CMainFrame::EditResults(CWnd& window, const std::vector<ResultObject>& obje
     }
     if (held.place.items.empty()) return;
     TellOfSeveral(window, held.place.items.size());
-    EditItems(window, held.place, held.firstName);
+    EditSecurity(&window, held.place, held.firstName, changes);
 }
 
 void CMainFrame::ShowInFolder(const ResultObject& object) {

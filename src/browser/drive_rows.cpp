@@ -4,8 +4,6 @@
 
 #include "browser/folder_rows.h"
 #include "browser/list_presentation.h"
-#include "platform/host_path.h"
-#include "platform/visible_text.h"
 #include "resources/resource_ids.h"
 
 namespace permora {
@@ -60,15 +58,11 @@ bool AskSpace(const std::string& root, DriveSpace& space) {
 Row RowOfDrive(const std::string& root) {
     const UINT type = GetDriveTypeA(root.c_str());
     DriveLook look = LookOfDrive(type);
-    VolumeFacts facts;
-    if (DependsOnFileSystem(look) && AskVolume(root, facts)) look = WithFileSystem(look, facts.flags);
+    if (VolumeFacts facts; DependsOnFileSystem(look) && AskVolume(root, facts))
+        look = WithFileSystem(look, facts.flags);
     Row row{.name = root, .type = look.typeText, .image = look.image};
-    std::string available;
-    if (DriveSpace space; type == DRIVE_FIXED && AskSpace(root, space)) {
+    if (DriveSpace space; type == DRIVE_FIXED && AskSpace(root, space))
         row.size = DriveSizeText(space.total.QuadPart, space.available.QuadPart);
-        available = FormatSize(space.available.QuadPart);
-    }
-    row.more = {facts.label.data(), VisibleText(HostPathFromPath(root)), available};
     return row;
 }
 
@@ -76,11 +70,6 @@ Row RowOfDrive(const std::string& root) {
 
 std::span<const unsigned int> DriveRows::Images() const {
     return kDriveImages;
-}
-
-std::span<const char* const> DriveRows::MoreHeaders() const {
-    static constexpr std::array<const char*, 3> kHeaders = {"Label", "Mount Point", "Available"};
-    return kHeaders;
 }
 
 bool DriveRows::Offers(unsigned int command) const {

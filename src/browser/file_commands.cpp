@@ -35,8 +35,6 @@ void FileCommands::Run(unsigned int command) {
             return EditAttributes();
         case ID_PROPERTIES:
             return ShowProperties();
-        case ID_COPY_HOST_PATH:
-            return CopyHostPaths();
         default:
             return;
     }
@@ -73,9 +71,7 @@ void FileCommands::PutOnClipboard(TransferKind kind) {
 }
 
 void FileCommands::Paste() {
-    if (view.IsShowing(PlaceKind::kFolder))
-        PasteFiles(view, view.Rows(),
-                   [this](const std::vector<std::string>& names) { view.RefreshList(names); });
+    if (view.IsShowing(PlaceKind::kFolder)) PasteFiles(view, view.Rows(), [this] { view.RefreshList(); });
 }
 
 void FileCommands::Delete() {
@@ -103,7 +99,6 @@ void FileCommands::DeleteShares(const std::vector<std::string>& names) const {
 
 void FileCommands::Rename() {
     std::string name;
-    std::string renamed;
     if (!view.IsShowing(PlaceKind::kFolder) || !TakeTopmost(name)) return;
     if (MayWorkOnFolder()) {
         CRenameDlg dialog(&view);
@@ -111,9 +106,8 @@ void FileCommands::Rename() {
         dialog.oldName = name;
         dialog.mayRename = [this] { return MayWorkOnFolder(); };
         dialog.DoModal();
-        renamed = dialog.newName;
     }
-    view.RefreshList({renamed});
+    view.RefreshList();
 }
 
 void FileCommands::CreateNew() {
@@ -127,7 +121,6 @@ void FileCommands::CreateNew() {
 }
 
 void FileCommands::CreateNewFolder() {
-    std::string made;
     if (MayWorkOnFolder()) {
         CNewFolderDlg dialog(&view);
         if (dialog.DoModal() != IDOK) return;
@@ -136,9 +129,8 @@ void FileCommands::CreateNewFolder() {
             ShowLastErrorBox(view.GetSafeHwnd());
             return;
         }
-        made = dialog.folderName;
     }
-    view.RefreshList({made});
+    view.RefreshList();
 }
 
 // The system's own wizard may still be open when this returns. Then the user must refresh the list.
@@ -166,21 +158,6 @@ void FileCommands::ShowProperties() {
         return;
     std::basic_string<WCHAR> widePath;
     SHObjectProperties(view.GetSafeHwnd(), SHOP_FILEPATH, AnsiToWide(path, widePath), nullptr);
-}
-
-// One a line. Without a selection, the folder shown is meant.
-void FileCommands::CopyHostPaths() {
-    std::vector<std::string> names = view.SelectedNames();
-    if (names.empty() && view.IsShowing(PlaceKind::kFolder)) names.emplace_back();
-    if (names.empty()) return ShowInfoBox(view.GetSafeHwnd(), kSelectItems);
-    std::string text;
-    for (const std::string& name : names) {
-        std::string path;
-        if (!Accept(view.Rows().FindPath(name, path))) return;
-        const bool isOne = &name == &names.back();
-        text += HostPathFromPath(path) + (isOne ? "" : "\n");
-    }
-    PutTextOnClipboard(view, text);
 }
 
 }  // namespace permora

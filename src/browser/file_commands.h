@@ -37,7 +37,6 @@ class FileCommands {
     void CreateNewShare() const;
     void EditAttributes();
     void ShowProperties();
-    void CopyHostPaths();
 
     BrowserView& view;
 };

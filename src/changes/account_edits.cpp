@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "platform/nt/ace_bits.h"
-#include "platform/nt/entry_effects.h"
 #include "platform/security_change.h"
 
 namespace permora {

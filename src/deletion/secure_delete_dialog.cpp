@@ -1,9 +1,7 @@
 #include "deletion/secure_delete_dialog.h"
 
 #include <optional>
-#include <span>
 #include <string>
-#include <utility>
 
 #include "deletion/secure_delete.h"
 #include "framework/stoppable_work.h"
@@ -29,12 +27,15 @@ class CSecureDelete::Run : public SecureDeleteHost {
         progress.RedrawWindow();
     }
 
-    void Deleted(const std::string& name) override { dialog.left.Deleted(trail, name); }
+    // The path is on a line of its own, since the box covers the label.
     void Failed(const Outcome& failure) override {
-        if (failure.object.empty())
-            ShowOutcome(window, failure);
-        else
-            dialog.left.Failed(trail, failure);
+        if (failure.object.empty()) return ShowOutcome(window, failure);
+        std::string text = BoxText(failure);
+        if (text.empty()) return;
+        const std::string path = trail.PathOf(failure.object);
+        if (!IsNamedInBox(failure.step) || path != failure.object)
+            text += "\n" + path;  // the text of the system ends with a line break
+        ShowErrorBox(window, text.c_str());
     }
 
     // Asked once; the answer holds for all later files.
@@ -51,21 +52,16 @@ class CSecureDelete::Run : public SecureDeleteHost {
 
     void Work() {
         const StoppableWork stoppable([this] { dialog.stopRequested = true; });
-        bool isWhole = true;
-        for (DeletionTarget& target : dialog.chosen) {
-            isWhole = isWhole && !stopRequested;
-            dialog.left.Begin(target);
-            if (isWhole) {
-                BeginEntry(target.object.Path());
-                if (target.failure.IsDone())
-                    SecureDeleteItem(*this, target.object);
-                else
-                    SecureDeleteAgain(*this, target.object, target.extent);
+        for (RememberedObject& item : dialog.chosen) {
+            if (stopRequested) {
+                dialog.EndDialog(IDCANCEL);
+                return;
             }
-            dialog.left.End();
-            target = {};  // a file that is remembered keeps its space
+            BeginEntry(item.Path());
+            SecureDeleteItem(*this, item);
+            item = {};  // a file that is remembered keeps its space
         }
-        dialog.EndDialog(isWhole && !dialog.isCancelled ? IDOK : IDCANCEL);
+        dialog.EndDialog(dialog.isCancelled ? IDCANCEL : IDOK);
     }
 
   private:
@@ -75,8 +71,7 @@ class CSecureDelete::Run : public SecureDeleteHost {
     std::optional<bool> mayBeOpenElsewhere;
 };
 
-CSecureDelete::CSecureDelete(CWnd* ownerWindow, FailedDeletions& results)
-    : CDialog(IDD_SECURE_DELETION, ownerWindow), left(results) {}
+CSecureDelete::CSecureDelete(CWnd* ownerWindow) : CDialog(IDD_SECURE_DELETION, ownerWindow) {}
 
 CSecureDelete::~CSecureDelete() = default;
 
@@ -122,27 +117,6 @@ void CSecureDelete::OnCancel() {
 void CSecureDelete::OnDestroy() {
     stopRequested = true;
     worker.Wait();
-}
-
-int DeleteForGood(CWnd* owner, std::vector<RememberedObject> chosen) {
-    FailedDeletions left;
-    CSecureDelete dialog(owner, left);
-    dialog.chosen = TargetsOf(std::move(chosen));
-    const int result = dialog.DoModal();
-    ShowResults(owner, left.Results(), DeletionAgain(left));
-    return result;
-}
-
-TryAgain DeletionAgain(FailedDeletions& left) {
-    return [&left](CWnd& window, std::span<const ObjectPlace> /*places*/, ChangeResults& results) {
-        FailedDeletions next = left;
-        CSecureDelete dialog(&window, next);
-        dialog.chosen = next.TakeFailed();
-        if (dialog.DoModal() == CSecureDelete::kCannotStart) return false;
-        left = std::move(next);
-        results = left.Results();
-        return true;
-    };
 }
 
 }  // namespace permora

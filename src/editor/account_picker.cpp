@@ -1,5 +1,7 @@
 #include "editor/account_picker.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "editor/required_control.h"
@@ -7,7 +9,6 @@
 #include "framework/styles.h"
 #include "platform/api/errors.h"
 #include "platform/api/shell.h"
-#include "platform/ascii.h"
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/account_lookup.h"
@@ -15,6 +16,8 @@
 
 namespace permora {
 namespace {
+
+enum Column { kName, kDomain, kType };
 
 std::string CountText(int count) {
     return count == 1 ? "1 account" : std::to_string(count) + " accounts";
@@ -31,7 +34,6 @@ const MessageMap& CDlgUsersAndGroups::GetMessageMap() const {
             {IDC_STOP_SEARCH, Notify::kClicked, &CDlgUsersAndGroups::OnStop},
             {IDC_FOUND_ACCOUNTS, Notify::kClick, &CDlgUsersAndGroups::OnAccountClicked},
             {IDC_FOUND_ACCOUNTS, Notify::kItemChanged, &CDlgUsersAndGroups::OnAccountSelected},
-            {IDC_FOUND_ACCOUNTS, Notify::kColumnClick, &CDlgUsersAndGroups::OnColumnClick},
             {IDC_FOUND_ACCOUNTS, Notify::kDoubleClick, &CDlgUsersAndGroups::OnOK},
             {IDC_PICKER_OK, Notify::kClicked, &CDlgUsersAndGroups::OnOK},
             {IDC_PICKER_CANCEL, Notify::kClicked, &CDlgUsersAndGroups::OnCancel},
@@ -48,41 +50,32 @@ bool CDlgUsersAndGroups::OnInitDialog() {
     SetName(AccountNameSoFar(result));
     ShowSearch(SearchState::kIdle, "");
     list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
-    list.InsertColumn(FoundAccounts::kName, "Name", 120);
-    list.InsertColumn(FoundAccounts::kDomain, "Domain", 100);
-    list.InsertColumn(FoundAccounts::kType, "Type", 100);
-    list.SetTexts(&found);
+    list.InsertColumn(kName, "Name", 120);
+    list.InsertColumn(kDomain, "Domain", 100);
+    list.InsertColumn(kType, "Type", 100);
     CDialog::OnInitDialog();
     nameField.SetFocus();
     return false;  // the focus is set
 }
 
 void CDlgUsersAndGroups::OnFind() {
-    FoundList().DeleteAllItems();
-    found.Clear();
+    FoundAccounts().DeleteAllItems();
     Outcome outcome;
-    std::vector<AccountRecord> accounts;
-    DoLongWork(*this, [&] { outcome = FindLocalAccounts(accounts); });
+    std::vector<AccountRecord> found;
+    DoLongWork(*this, [&] { outcome = FindLocalAccounts(found); });
     ShowOutcome(GetSafeHwnd(), outcome);
-    local = std::move(accounts);
-    found.Add(local);
-    covered.reset();
-    ShowRows();
-    SearchDomain();
+    local = std::move(found);
+    ShowFound();
 }
 
-void CDlgUsersAndGroups::ShowRows() {
-    found.SetFilter(typed);
-    CListCtrl& list = FoundList();
-    list.DeleteAllItems();
-    list.AppendItems(found.Count());
+void CDlgUsersAndGroups::ShowFound() {
+    FoundAccounts().DeleteAllItems();
+    std::vector<AccountRecord> shown;
+    std::ranges::copy_if(local, std::back_inserter(shown),
+                         [this](const AccountRecord& account) { return IsFoundBy(typed, account); });
+    AddRows(shown);
     ShowEnd({});
-}
-
-void CDlgUsersAndGroups::SearchDomain() {
     if (StateOfDomain().availability == DomainAvailability::kNone) return;
-    covered.reset();
-    searched = typed;
     const DWORD error = domain.Start(typed, local);
     if (error == ERROR_SUCCESS)
         ShowProgress();
@@ -90,19 +83,14 @@ void CDlgUsersAndGroups::SearchDomain() {
         ShowSearch(SearchState::kIdle, SystemMessageLine(error));
 }
 
-void CDlgUsersAndGroups::EndSearch(const SearchOutcome& outcome) {
-    if (outcome.error == ERROR_SUCCESS) covered = searched;
-    ShowEnd(outcome);
-}
-
 void CDlgUsersAndGroups::ShowProgress() {
     ShowSearch(SearchState::kRunning,
-               "Searching the domain: " + CountText(FoundList().GetItemCount()) + " so far");
+               "Searching the domain: " + CountText(FoundAccounts().GetItemCount()) + " so far");
 }
 
 // A list that is not whole never looks so.
 void CDlgUsersAndGroups::ShowEnd(const SearchOutcome& outcome) {
-    const std::string count = CountText(FoundList().GetItemCount());
+    const std::string count = CountText(FoundAccounts().GetItemCount());
     const std::string missing = MissingAccountsText(outcome);
     if (outcome.error == ERROR_OPERATION_ABORTED)
         ShowSearch(SearchState::kIdle, "Stopped: there may be more than these " + count);
@@ -110,33 +98,14 @@ void CDlgUsersAndGroups::ShowEnd(const SearchOutcome& outcome) {
         ShowSearch(SearchState::kIdle, missing.empty() ? count : missing);
 }
 
-void CDlgUsersAndGroups::TakeAccounts(const std::vector<AccountRecord>& accounts) {
-    CListCtrl& list = FoundList();
-    const auto selected = found.AccountAt(list.NextSelected(0));
-    found.Add(accounts);
-    list.AppendItems(found.Count() - list.GetItemCount());
-    SelectAgain(selected);
-}
-
-void CDlgUsersAndGroups::SelectAgain(std::optional<std::size_t> account) {
-    CListCtrl& list = FoundList();
-    if (!account || found.AccountAt(list.NextSelected(0)) == account) return;
-    const int row = found.RowOf(*account);
-    list.SetSelected(row, true);
-    list.SetFocusedRow(row);
-}
-
-// The first click on a header sorts up, the next one down.
-void CDlgUsersAndGroups::OnColumnClick(Notification& notification) {
-    CListCtrl& list = FoundList();
-    const auto selected = found.AccountAt(list.NextSelected(0));
-    const auto before = found.Sorting();
-    const bool isUp = before && before->column == notification.column && before->direction == SortOrder::kUp;
-    const SortOrder direction = isUp ? SortOrder::kDown : SortOrder::kUp;
-    found.SortBy({notification.column, direction});
-    list.ShowSortMark(notification.column, direction);
-    SelectAgain(selected);
-    list.RedrawWindow();
+void CDlgUsersAndGroups::AddRows(const std::vector<AccountRecord>& accounts) {
+    CListCtrl& list = FoundAccounts();
+    for (const AccountRecord& account : accounts) {
+        const int row = list.GetItemCount();
+        list.InsertItem(row, account.name);
+        list.SetItemText(row, kDomain, account.domain);
+        list.SetItemText(row, kType, AccountTypeText(account.use));
+    }
 }
 
 void CDlgUsersAndGroups::ShowSearch(SearchState state, const std::string& text) {
@@ -153,17 +122,13 @@ void CDlgUsersAndGroups::OnStop() {
 void CDlgUsersAndGroups::OnDestroy() {
     domain.Close();
     local.clear();
-    found = {};
     CDialog::OnDestroy();
 }
 
-// After the first search, the list follows what is typed. The domain is searched again only for accounts that
-// may be missing.
+// After the first search, the list follows what is typed.
 void CDlgUsersAndGroups::OnTextChanged() {
     typed = isOwnText ? std::string() : NameField().GetWindowText();
-    if (isOwnText || local.empty()) return;
-    ShowRows();
-    if (!covered || InLowerCase(typed).find(InLowerCase(*covered)) == std::string::npos) SearchDomain();
+    if (!isOwnText && !local.empty()) ShowFound();
 }
 
 void CDlgUsersAndGroups::SetName(const std::string& name) {
@@ -173,13 +138,16 @@ void CDlgUsersAndGroups::SetName(const std::string& name) {
 }
 
 void CDlgUsersAndGroups::OnAccountClicked(Notification& notification) {
-    // None beside the rows.
-    if (const auto account = found.AccountAt(notification.row)) SetName(found.TextFor(*account));
+    if (notification.row < 0) return;  // beside the rows
+    const CListCtrl& list = FoundAccounts();
+    const std::string name = list.GetItemText(notification.row, kName);
+    if (name.empty()) return;
+    SetName(QualifiedAccountName(list.GetItemText(notification.row, kDomain), name));
 }
 
 // The keyboard selects without a click.
 void CDlgUsersAndGroups::OnAccountSelected(Notification& notification) {
-    if (FoundList().IsSelected(notification.row)) OnAccountClicked(notification);
+    if (FoundAccounts().IsSelected(notification.row)) OnAccountClicked(notification);
 }
 
 void CDlgUsersAndGroups::OnOK() {
@@ -199,7 +167,7 @@ void CDlgUsersAndGroups::OnOK() {
     CDialog::OnOK();
 }
 
-CListCtrl& CDlgUsersAndGroups::FoundList() const {
+CListCtrl& CDlgUsersAndGroups::FoundAccounts() const {
     return RequiredControl<CListCtrl>(*this, IDC_FOUND_ACCOUNTS, "Error: cannot get control pointer");
 }
 

@@ -47,7 +47,4 @@ class Clipboard {
     bool isOpen = false;
 };
 
-// Puts a text on the clipboard. On false, nothing may be there.
-bool CopyText(CWnd& owner, const std::string& text);
-
 }  // namespace permora

@@ -324,7 +324,11 @@ void CResultsFrame::CopyPaths() {
     std::string text;
     for (const ResultObject& object : Page().SelectedObjects())
         text += object.path + '\n';
-    if (!CopyText(*this, text)) ShowErrorBox(GetSafeHwnd(), "Error: cannot copy to the clipboard");
+    Clipboard clipboard(*this);
+    const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    if (!clipboard.IsOpen() || !clipboard.Empty() ||
+        !clipboard.SetData(RegisterClipboardFormat("text/plain"), bytes))
+        ShowErrorBox(GetSafeHwnd(), "Error: cannot copy to the clipboard");
 }
 
 void CResultsFrame::SaveAs() {

@@ -6,7 +6,6 @@
 
 #include "changes/account_edits.h"
 #include "changes/copy_edit.h"
-#include "platform/nt/entry_effects.h"
 #include "platform/nt/sddl.h"
 
 namespace permora::test {

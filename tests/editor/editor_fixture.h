@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -45,12 +44,11 @@ class EditorTest : public ::testing::Test {
             if (window.ActiveTab() != tab) window.SwitchToTab(tab);
             script(window);
         });
-        EditSecurity(nullptr, place, changes, {nullptr, askBeforeLosses});
+        EditSecurity(nullptr, place, changes);
     }
 
     const test::TemporaryFolder folder;
     ChangeSession changes{History::UsualPath(), {}};
-    std::uint8_t* askBeforeLosses = nullptr;  // nobody is asked
     UiDriver ui;
 };
 

@@ -37,8 +37,7 @@ OpenDialog "Information" ChoosePermissions
 Keys Return
 WaitForDialog "Security Editor - Alpha"
 RemoveFirstEntry
-OpenDialog "What will happen" AcceptSheet
-CloseDialog "Security Editor - Alpha" "$window" ApplyAllTheSame
+CloseDialog "Security Editor - Alpha" "$window" AcceptSheet
 changed=$(Kept "$folder")
 [ "$changed" != "$before" ] || Fail "nothing was changed"
 

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/visible_text.h"
-
 namespace permora {
 namespace {
 

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "framework/frame_native.h"
-#include "framework/qt/elided_label.h"
 #include "framework/qt/image.h"
 #include "framework/qt/late_escape.h"
 #include "framework/qt/widget.h"
@@ -176,7 +175,7 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar, QStatusBa
             delete pane;
         panes.clear();
         for (const int width : widths) {
-            QLabel* pane = width == kStretch ? new qt::ElidedLabel(0, &Widget()) : new QLabel(&Widget());
+            auto* pane = new QLabel(&Widget());
             pane->setTextFormat(Qt::PlainText);
             Widget().addWidget(pane, width == kStretch ? 1 : 0);
             panes.append(pane);
@@ -189,12 +188,7 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar, QStatusBa
         }
     }
     void SetPaneWidth(int pane, int width) override { panes[pane]->setFixedWidth(width); }
-    void SetPane(int pane, const std::string& text) override {
-        if (auto* stretching = dynamic_cast<qt::ElidedLabel*>(panes[pane]))
-            stretching->Show(qt::ToQt(text));
-        else
-            panes[pane]->setText(qt::ToQt(text));
-    }
+    void SetPane(int pane, const std::string& text) override { panes[pane]->setText(qt::ToQt(text)); }
 
   private:
     QList<QLabel*> panes;

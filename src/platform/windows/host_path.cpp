@@ -19,10 +19,6 @@ std::string PathFromTyped(const std::string& text) {
     return text;
 }
 
-std::string HostPathFromPath(const std::string& path) {
-    return path;
-}
-
 std::string PathBelowArgument(const std::string& argument, std::string_view below) {
     if (below.empty()) return argument;
     const bool endsWithSeparator = argument.find_last_of(kSeparators) + 1 == argument.size();

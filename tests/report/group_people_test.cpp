@@ -1,4 +1,4 @@
-#include "survey/group_people.h"
+#include "report/group_people.h"
 
 #include <gtest/gtest.h>
 
