@@ -80,7 +80,8 @@ UseDarkColours() {
 # The whole screen as one number.
 Screen() { import -silent -window root -depth 8 rgb:- | sha1sum; }
 
-# Whether the program, the window manager or the X server is at work: what it works on may not be on the screen yet.
+# Whether the program or a part of its desktop is at work: what it works on may not be on the screen yet. Of each, the first
+# thread counts, which is the one that draws.
 IsBusy() {
     local pid state
     for pid in ${programPid:-} "${desktopPids[@]}"; do
@@ -119,8 +120,14 @@ Step() {
 
 # Picture NAME [WINDOW]: of the window alone, or of the whole screen.
 Picture() {
+    NamePicture "$1"
+    import -silent -window "${2:-root}" "$picture"
+}
+# NamePicture NAME: the file of the next one is then $picture.
+picture=
+NamePicture() {
     pictureCount=$((pictureCount + 1))
-    import -silent -window "${2:-root}" "$pictures/$(printf '%02d' $pictureCount)-$1.png"
+    picture=$pictures/$(printf '%02d' $pictureCount)-$1.png
 }
 
 Keys() { xdotool key --delay 20 "$@"; }

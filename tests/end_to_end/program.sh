@@ -120,8 +120,8 @@ ClickInTemplate() {
 PictureLike() {
     local other
     other=$(ls "$pictures"/*-"$2".png)
-    pictureCount=$((pictureCount + 1))
-    WaitUntil "$1 to look like $2" LooksLike "$other" "$pictures/$(printf '%02d' $pictureCount)-$1.png" "${3:-root}"
+    NamePicture "$1"
+    WaitUntil "$1 to look like $2" LooksLike "$other" "$picture" "${3:-root}"
 }
 LooksLike() {
     import -silent -window "$3" "$2"
