@@ -74,7 +74,8 @@ Walk OwnersOf(std::size_t objects) {
         SilentObserver observer;
         permora::TreeCounts counts;
         const DWORD error = permora::test::Held(top).SetOwnersBelow(
-            bytes.data(), permora::LinkedFiles::kPassOver, recorder, observer, counts);
+            bytes.data(), permora::LinkedFiles::kPassOver, permora::TreeListMode::kWrite, recorder, observer,
+            counts);
         CheckWalk(error, counts, objects);
     };
 }

@@ -40,7 +40,7 @@ class Frame : public CFrameWnd {
         if (!addressBar.Create(*this, IDD_ADDRESS_BAR) || !reBar.Create(*this) ||
             !reBar.AddBar(addressBar, addressBar.LeastWidth()) || !statusBar.Create(*this))
             return false;
-        statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
+        statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE, CStatusBar::kSeparator});
         view.AttachBars(addressBar, statusBar);
         SetView(view);
         return true;
@@ -76,13 +76,15 @@ struct Mode {
     ListView view;
     bool hasOwnIcons;
     double goal;
+    std::uint32_t securityColumns = 0;  // as SecurityColumns::Choose takes them
 };
 
 void Measure(Frame& frame, const std::string& path) {
     constexpr std::array kModes = {Mode{"icons", ListView::kIcons, true, 4},
                                    Mode{"the desktop's icons", ListView::kIcons, false, 4},
                                    Mode{"details", ListView::kReport, true, 8},
-                                   Mode{"details with the desktop's icons", ListView::kReport, false, 8}};
+                                   Mode{"details with the desktop's icons", ListView::kReport, false, 8},
+                                   Mode{"details with all security columns", ListView::kReport, true, 8, 15}};
     const std::string shown = PathFromArgument(path.c_str());
     std::array<std::vector<double>, kModes.size()> ours;
     std::vector<double> ls;
@@ -91,6 +93,7 @@ void Measure(Frame& frame, const std::string& path) {
         for (std::size_t i = 0; i < kModes.size(); ++i) {
             frame.view.GoToRoot();
             frame.view.SetViewMode(kModes[i].view);
+            frame.view.ChooseSecurityColumns(kModes[i].securityColumns);
             frame.view.SetIcons(kModes[i].hasOwnIcons ? RowIcons::kOwn : RowIcons::kShell);
             ours[i].push_back(SecondsOfListing(frame, shown));
         }

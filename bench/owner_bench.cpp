@@ -41,6 +41,7 @@ void SetOwners(const std::string& top, const Owner& owner, std::size_t objects) 
     SilentObserver observer;
     permora::TreeCounts counts;
     const DWORD error = permora::test::Held(top).SetOwnersBelow(sid, permora::LinkedFiles::kPassOver,
+                                                                permora::TreeListMode::kWrite,
                                                                 permora::Unrecorded(), observer, counts);
     Check(error == ERROR_SUCCESS && counts.changed == objects, "not every object was changed");
 }

@@ -56,7 +56,8 @@ void CarryDown(const std::string& top, int run, Threads threads) {
     permora::FailuresBelow failures;
     Check(permora::host::PropagateList(folder, ListOfRun(run), store, {}, failures, threads) == ERROR_SUCCESS,
           "the tree was not walked to its end");
-    Check(failures.count == 0, "objects were passed over, first " + failures.firstPath);
+    Check(failures.count == 0, "objects were passed over, first " +
+                                   (failures.named.empty() ? std::string() : failures.named.begin()->first));
 }
 
 class Counter : public permora::TreeVisitor {

@@ -16,6 +16,7 @@
 #include "platform/host_path.h"
 #include "security/apply_dialog.h"
 #include "security/dacl_builder.h"
+#include "security/object_security.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/temporary_folder.h"
@@ -50,9 +51,12 @@ void Reset(const std::string& top, std::size_t objects) {
 void ResetBehindDialog(const std::string& top) {
     const std::string path = permora::PathFromArgument(top.c_str());
     const std::array<permora::RememberedObject, 1> items = {permora::RememberedObject(nullptr, path)};
-    permora::ApplyDlg dialog(nullptr, permora::Unrecorded());
+    const auto places = permora::PlacesOf(items, permora::Contents::kToo);
+    permora::ChangeResults results;
+    permora::ApplyDlg dialog(nullptr, permora::Unrecorded(), results);
     dialog.items = items;
-    Check(dialog.DoModal() == IDOK, "the dialog failed");
+    dialog.places = places;
+    Check(dialog.DoModal() == IDOK && results.Count(permora::ResultState::kFailed) == 0, "the dialog failed");
 }
 
 // The folder's list on the disk, so that it can be changed without the objects below.

@@ -115,7 +115,7 @@ TakeDomainPictures() {
     CloseDialog "Select Account Name" "$sheet" Keys Escape
     Step "owner-page" Keys ctrl+Tab
     Step "effective-page" Keys ctrl+Tab
-    OpenDialog "Select Account Name" Keys space
+    OpenDialog "Select Account Name" Keys Tab space
     CloseDialog "Select Account Name" "$sheet" TypeAccount 'EXAMPLE\anna'
     Take domain-effective "$sheet"
     CloseDialog "Security Editor - Plans" "$window" Keys Escape
@@ -171,7 +171,7 @@ CloseDialog "Permissions" "$sheet" Keys Escape
 Step "owner-page" Keys ctrl+Tab
 Take owner "$sheet"
 Step "effective-page" Keys ctrl+Tab
-OpenDialog "Select Account Name" Keys space
+OpenDialog "Select Account Name" Keys Tab space
 CloseDialog "Select Account Name" "$sheet" TypeAccount 'FILESERVER\anna'
 Take effective "$sheet"
 CloseDialog "Security Editor - Archive" "$window" Keys Escape

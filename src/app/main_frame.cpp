@@ -105,14 +105,16 @@ bool CMainFrame::OnCreate() {
     if (!CFrameWnd::OnCreate()) return false;
     LoadOrMakeSettings();
     view.SetViewModeObserver([this](std::uint32_t mode) { settings.block.viewMode = mode; });
+    view.SetChoiceObserver([this] { KeepBrowserChoices(); });
     view.Create(*this, kViewId, GetCommandLineA());
     SetView(view);
     if (!CreateBars()) return false;
 
     view.AttachBars(addressBarWnd, statusBarWnd);
-    statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
+    statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE, CStatusBar::kSeparator});
     statusBarWnd.SetPaneWidth(kItemCountPane, kItemCountWidth);
     LoadToolBarImages();
+    LoadBrowserChoices();
     ApplySettings();
     constexpr std::chrono::milliseconds kPause(500);
     domainTimer.Start(kPause, [this] { ShowDomainState(); });
@@ -171,6 +173,7 @@ void CMainFrame::KeepSettings() {
 
 DWORD CMainFrame::ReadSettings() {
     settings = DefaultSettings(GetWindowRect());
+    sheetSize = LoadSheetSize();
     return LoadSettings(settings);
 }
 
@@ -181,7 +184,8 @@ DWORD CMainFrame::SaveSettings() {
         settings.windowRect = GetWindowRect();
         settings.showCommand = kShowNormal;
     }
-    return StoreSettings(settings);
+    const DWORD error = sheetSize == LoadSheetSize() ? ERROR_SUCCESS : StoreSheetSize(sheetSize);
+    return error == ERROR_SUCCESS ? StoreSettings(settings) : error;
 }
 
 // On a first start there is nothing to read. Then the defaults are stored and read back.
@@ -214,6 +218,18 @@ void CMainFrame::ApplySettings() {
     toolBar.EnableToolTips(settings.block.showToolTips != 0);
     view.ApplyViewSettings(settings.block.viewMode, IconsOf(settings));
     UpdateExplorerVerb();
+}
+
+void CMainFrame::LoadBrowserChoices() {
+    const BrowserChoices choices = permora::LoadBrowserChoices();
+    view.ChooseSecurityColumns(choices.securityColumns);
+    view.SetDotNames(choices.showsDotNames ? DotNames::kListed : DotNames::kLeftOut);
+}
+
+void CMainFrame::KeepBrowserChoices() {
+    const DWORD error =
+        StoreBrowserChoices({view.ChosenSecurityColumns(), view.GetDotNames() == DotNames::kListed});
+    if (error != ERROR_SUCCESS) ShowErrorWithSystemText(GetSafeHwnd(), "saving settings", error);
 }
 
 void CMainFrame::UpdateExplorerVerb() {
@@ -290,11 +306,13 @@ void CMainFrame::ToggleOwnIcons() {
 void CMainFrame::EditSettings() {
     CSettingsDlg dialog(this);
     dialog.block = settings.block;
+    dialog.asksBeforeLosses = LoadAskBeforeLosses();
     if (dialog.DoModal() != IDOK) return;
     settings.block = dialog.block;
     ApplySettings();
-    if (const DWORD error = SaveSettings(); error != ERROR_SUCCESS)
-        ShowErrorWithSystemText(GetSafeHwnd(), "Error: saving settings", error);
+    DWORD error = StoreAskBeforeLosses(dialog.asksBeforeLosses);
+    if (error == ERROR_SUCCESS) error = SaveSettings();
+    if (error != ERROR_SUCCESS) ShowErrorWithSystemText(GetSafeHwnd(), "Error: saving settings", error);
 }
 
 // The editor shows the first selected item and works on all of them.
@@ -303,9 +321,18 @@ void CMainFrame::OpenSecurityEditor() {
     Place place;
     if (!view.HoldSelection(place)) return;
     if (place.kind == PlaceKind::kShares)
-        EditShareSecurity(this, place, changes);
+        EditShareSecurity(this, place, changes, &sheetSize);
     else
-        EditSecurity(this, place, changes);
+        EditItems(*this, RememberPlace(place), place.names.front());
+}
+
+void CMainFrame::EditItems(CWnd& window, const RememberedPlace& place, const std::string& name) {
+    std::uint8_t asks = LoadAskBeforeLosses() ? 1 : 0;
+    const std::uint8_t asked = asks;
+    EditSecurity(&window, place, name, changes, {&sheetSize, &asks});
+    if (asks == asked) return;
+    if (const DWORD error = StoreAskBeforeLosses(asks != 0); error != ERROR_SUCCESS)
+        ShowErrorWithSystemText(window.GetSafeHwnd(), "Error: saving settings", error);
 }
 
 void CMainFrame::TellOfSeveral(CWnd& window, std::size_t count) {
@@ -320,7 +347,7 @@ void CMainFrame::EditItemAt(const std::string& path) {
     Place place;
     const Outcome outcome = HoldItemAt(path, place);
     ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone()) EditSecurity(this, place, changes);
+    if (outcome.IsDone()) EditItems(*this, RememberPlace(place), place.names.front());
 }
 
 // The editor works on a name in a held folder, so that nobody can put another folder into the path while it
@@ -346,10 +373,9 @@ void CMainFrame::StartSecureDeletion() {
     const bool hasSelection = view.List().GetSelectedCount() > 0;
     Place place;
     if (view.HoldSelection(place)) {
-        CSecureDelete dialog(this);
-        dialog.chosen = RememberPlace(place).items;
+        std::vector<RememberedObject> chosen = RememberPlace(place).items;
         if (!MayDeleteSelection(kCaption)) return;
-        dialog.DoModal();
+        DeleteForGood(this, std::move(chosen));
     }
     if (hasSelection) view.RefreshList();
 }
@@ -407,7 +433,7 @@ void CMainFrame::EditResults(CWnd& window, const std::vector<ResultObject>& obje
     }
     if (held.place.items.empty()) return;
     TellOfSeveral(window, held.place.items.size());
-    EditSecurity(&window, held.place, held.firstName, changes);
+    EditItems(window, held.place, held.firstName);
 }
 
 void CMainFrame::ShowInFolder(const ResultObject& object) {

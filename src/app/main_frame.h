@@ -15,6 +15,7 @@
 #include "history/change_session.h"
 #include "platform/place.h"
 #include "properties/properties_service.h"
+#include "security/object_security.h"
 
 namespace permora {
 
@@ -53,6 +54,8 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     DWORD TellOwnFolder();
     void ApplySettings();
     void UpdateExplorerVerb();
+    void LoadBrowserChoices();
+    void KeepBrowserChoices();
 
     bool CreateBars();
     void ShowDomainState();
@@ -79,6 +82,7 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     void OnUpdateSurvey(Notification& notification);
     void EditItemAt(const std::string& path);
     void TellOfSeveral(CWnd& window, std::size_t count);
+    void EditItems(CWnd& window, const RememberedPlace& place, const std::string& name);
     void EditResults(CWnd& window, const std::vector<ResultObject>& objects) override;
     void ShowInFolder(const ResultObject& object) override;
     Outcome HoldItemAt(const std::string& path, Place& place) const;
@@ -92,6 +96,7 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     AddrBar addressBarWnd;
     BrowserView view;
     ProgramSettings settings;
+    Size sheetSize;  // of the security editor; empty: its own
     ChangeSession changes{History::UsualPath(), LoadHistoryLimits()};
     RepeatedWork domainTimer;
     HistoryCommands history{*this, [this] { view.RefreshList(); }};

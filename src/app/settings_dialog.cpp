@@ -50,6 +50,8 @@ bool CSettingsDlg::OnInitDialog() {
     if (block.viewMode < kViewCount) controls.at(block.viewMode)->SetCheck(CheckState::kChecked);
     for (std::size_t i = 0; i < kFlags.size(); ++i)
         if (block.*kFlags.at(i) != 0) controls.at(kViewCount + i)->SetCheck(CheckState::kChecked);
+    GetDlgItem<CButton>(IDC_SETTINGS_ASK_BEFORE_LOSSES)
+        ->SetCheck(asksBeforeLosses ? CheckState::kChecked : CheckState::kClear);
     if (!HasExplorerVerb()) {
         controls.at(kExplorerMenu)->SetCheck(CheckState::kClear);
         controls.at(kExplorerMenu)->ModifyStyle(WS_VISIBLE, WS_DISABLED);
@@ -65,6 +67,7 @@ void CSettingsDlg::OnOK() {
     }
     for (std::size_t i = 0; i < kFlags.size(); ++i)
         block.*kFlags.at(i) = controls.at(kViewCount + i)->IsChecked() ? 1 : 0;
+    asksBeforeLosses = GetDlgItem<CButton>(IDC_SETTINGS_ASK_BEFORE_LOSSES)->IsChecked();
     CDialog::OnOK();
 }
 

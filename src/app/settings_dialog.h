@@ -14,6 +14,8 @@ class CSettingsDlg : public CDialog {
     explicit CSettingsDlg(CWnd* ownerWindow);
 
     SettingsBlock block;
+    // Beside the block, likewise.
+    bool asksBeforeLosses = true;
 
   protected:
     bool OnInitDialog() override;

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <span>
 #include <system_error>
+#include <utility>
 
 #include "app/registry_key.h"
 #include "platform/api/errors.h"
@@ -18,8 +19,16 @@ constexpr const char* kRecordValue = "ProgramSettings";
 constexpr const char* kFolderValue = "Path";
 constexpr const char* kToldValue = "ToldInterruption";
 
+constexpr const char* kColumnsValue = "SecurityColumns";
+constexpr const char* kDotNamesValue = "ShowDotNames";
+
 constexpr const char* kDaysValue = "HistoryDays";
 constexpr const char* kMegabytesValue = "HistoryMegabytes";
+constexpr const char* kSourcesValue = "ShowSources";
+constexpr const char* kAskBeforeLossesValue = "AskBeforeLosses";
+
+constexpr const char* kSheetWidthValue = "SheetWidth";
+constexpr const char* kSheetHeightValue = "SheetHeight";
 
 constexpr const char* kFolderVerbs = R"(Folder\Shell)";
 constexpr const char* kVerb = "Permora";
@@ -65,6 +74,14 @@ void LoadNumber(const RegistryKey& key, const char* name, std::uint32_t& number)
     if (isRead && value.type == REG_DWORD && value.size == sizeof(stored)) number = stored;
 }
 
+DWORD StoreNumbers(const std::array<std::pair<const char*, std::uint32_t>, 2>& values) {
+    RegistryKey key;
+    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
+    for (const auto& [name, number] : values)
+        if (error == ERROR_SUCCESS) error = key.WriteNumber(name, number);
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
 // Creates or opens the key and sets one of its values; `name` null: the default value.
 DWORD StoreText(HKEY root, const char* path, const char* name, const std::string& text) {
     RegistryKey key;
@@ -100,10 +117,71 @@ HistoryLimits LoadHistoryLimits() {
 }
 
 DWORD StoreHistoryLimits(const HistoryLimits& limits) {
+    return StoreNumbers({{{kDaysValue, limits.days}, {kMegabytesValue, limits.megabytes}}});
+}
+
+Size LoadSheetSize() {
+    constexpr std::uint32_t kLargest = 0x7FFF;
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    RegistryKey key;
+    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) != ERROR_SUCCESS) return {};
+    LoadNumber(key, kSheetWidthValue, width);
+    LoadNumber(key, kSheetHeightValue, height);
+    return {static_cast<int>(std::min(width, kLargest)), static_cast<int>(std::min(height, kLargest))};
+}
+
+DWORD StoreSheetSize(Size size) {
+    return StoreNumbers({{{kSheetWidthValue, static_cast<std::uint32_t>(size.cx)},
+                          {kSheetHeightValue, static_cast<std::uint32_t>(size.cy)}}});
+}
+
+bool LoadShowSources() {
+    std::uint32_t shows = 0;
+    RegistryKey key;
+    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) == ERROR_SUCCESS)
+        LoadNumber(key, kSourcesValue, shows);
+    return shows != 0;
+}
+
+DWORD StoreShowSources(bool shows) {
     RegistryKey key;
     DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
-    if (error == ERROR_SUCCESS) error = key.WriteNumber(kDaysValue, limits.days);
-    if (error == ERROR_SUCCESS) error = key.WriteNumber(kMegabytesValue, limits.megabytes);
+    if (error == ERROR_SUCCESS) error = key.WriteNumber(kSourcesValue, shows ? 1 : 0);
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
+BrowserChoices LoadBrowserChoices() {
+    BrowserChoices choices;
+    std::uint32_t showsDotNames = 0;
+    RegistryKey key;
+    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) != ERROR_SUCCESS) return choices;
+    LoadNumber(key, kColumnsValue, choices.securityColumns);
+    LoadNumber(key, kDotNamesValue, showsDotNames);
+    choices.showsDotNames = showsDotNames != 0;
+    return choices;
+}
+
+DWORD StoreBrowserChoices(const BrowserChoices& choices) {
+    RegistryKey key;
+    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
+    if (error == ERROR_SUCCESS) error = key.WriteNumber(kColumnsValue, choices.securityColumns);
+    if (error == ERROR_SUCCESS) error = key.WriteNumber(kDotNamesValue, choices.showsDotNames ? 1 : 0);
+    return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
+bool LoadAskBeforeLosses() {
+    std::uint32_t asks = 1;
+    RegistryKey key;
+    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) == ERROR_SUCCESS)
+        LoadNumber(key, kAskBeforeLossesValue, asks);
+    return asks != 0;
+}
+
+DWORD StoreAskBeforeLosses(bool asks) {
+    RegistryKey key;
+    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
+    if (error == ERROR_SUCCESS) error = key.WriteNumber(kAskBeforeLossesValue, asks ? 1 : 0);
     return error == ERROR_SUCCESS ? key.Close() : error;
 }
 

@@ -1,8 +1,9 @@
 // Where the settings are kept, and the program's entry in the Explorer's menu for folders: the registry.
 //
 // HKEY_CURRENT_USER, SOFTWARE\Valdrix\ZEL holds "ProgramSettings" (binary, the scrambled record), "Path"
-// (text, the program's folder, which the installation writes), "HistoryDays" and "HistoryMegabytes" (numbers)
-// and "ToldInterruption" (text, two numbers). All functions but one return 0 or a system error code.
+// (text, the program's folder, which the installation writes), "HistoryDays", "HistoryMegabytes",
+// "SecurityColumns", "ShowDotNames", "SheetWidth" and "SheetHeight" (numbers) and "ToldInterruption" (text,
+// two numbers). All functions but one return 0 or a system error code.
 #pragma once
 
 #include <cstdint>
@@ -22,6 +23,32 @@ DWORD StoreSettings(const ProgramSettings& record);
 // Each limit that is not stored, or is no number, is the usual one.
 HistoryLimits LoadHistoryLimits();
 DWORD StoreHistoryLimits(const HistoryLimits& limits);
+
+// Whether the security editor shows from which folder each entry is inherited ("ShowSources", a number). No
+// unless it is stored otherwise.
+bool LoadShowSources();
+DWORD StoreShowSources(bool shows);
+
+// What the list of the main window shows beside the usual.
+struct BrowserChoices {
+    std::uint32_t securityColumns = 0;  // as SecurityColumns::Choose takes them
+    bool showsDotNames = false;
+
+    friend bool operator==(const BrowserChoices&, const BrowserChoices&) = default;
+};
+
+// What is not stored, or is no number, is as usual.
+BrowserChoices LoadBrowserChoices();
+DWORD StoreBrowserChoices(const BrowserChoices& choices);
+
+// How large the user has made the security editor, in logical pixels; empty when nothing is stored.
+Size LoadSheetSize();
+DWORD StoreSheetSize(Size size);
+
+// Whether the user is asked before a change takes entries that the window does not show. Yes unless it is
+// stored otherwise.
+bool LoadAskBeforeLosses();
+DWORD StoreAskBeforeLosses(bool asks);
 
 // Whose settings: the user's, or what users have who have none of their own.
 enum class SettingsOwner { kUser, kEveryUser };

@@ -1,12 +1,15 @@
 // Filling the list, and the texts of the bars.
 #include <algorithm>
 #include <string>
+#include <unordered_set>
 #include <utility>
 
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
 #include "browser/list_presentation.h"
 #include "framework/bars.h"
+#include "platform/host_path.h"
+#include "platform/visible_text.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -14,6 +17,7 @@ namespace {
 
 constexpr int kMessagePane = 0;
 constexpr int kCountPane = 1;
+constexpr int kHostPathPane = 2;
 
 }  // namespace
 
@@ -30,6 +34,9 @@ class BrowserView::Filling : public RowReceiver {
             return false;
         const std::pair<int, const std::string&> texts[] = {
             {kTypeColumn, row.type}, {kSizeColumn, row.size}, {kModifiedColumn, row.modified}};
+        int column = kFixedColumns;
+        for (const std::string& text : row.more)
+            if (!view.list.SetItemText(place, column++, text)) return false;
         return std::ranges::all_of(texts, [&](const auto& each) {
             return each.second.empty() || view.list.SetItemText(place, each.first, each.second);
         });
@@ -44,15 +51,19 @@ class BrowserView::Filling : public RowReceiver {
 };
 
 Outcome BrowserView::Fill(RowSource& source) {
+    security.Restart(nullptr);
     if (!list.DeleteAllItems() || !images.Rebuild(list, source.Images())) return {ERROR_NOT_ENOUGH_MEMORY};
+    ArrangeColumns(source);
     const bool isFolder = source.Kind() == PlaceKind::kFolder;
     if (isFolder) ShowState("Processing...");
     const bool isReport = list.GetView() == ListView::kReport;
     Filling filling(*this, source.Kind());
-    Outcome outcome = source.List({isReport ? RowDetail::kAll : RowDetail::kName, rowIcons}, filling);
+    Outcome outcome =
+        source.List({isReport ? RowDetail::kAll : RowDetail::kName, rowIcons, dotNames}, filling);
     if (isFolder) ShowState("Ready");
     PaintStatusBar();
-    if (outcome.IsDone()) ShowLocation(source.Location());
+    WatchSecurity(source);
+    if (outcome.IsDone()) ShowLocation(source);
     return outcome;
 }
 
@@ -68,7 +79,29 @@ Outcome BrowserView::ListAgain() {
     return Show(Rows().Anew());
 }
 
+void BrowserView::ArrangeColumns(const RowSource& source) {
+    const auto headers = source.MoreHeaders();
+    if (headers.size() == moreColumns) return;
+    security.Remove();
+    for (; moreColumns > 0; --moreColumns)
+        list.DeleteColumn(kFixedColumns);
+    for (const char* header : headers)
+        list.InsertColumn(kFixedColumns + static_cast<int>(moreColumns++), header, kColumnWidth);
+    security.Insert();
+}
+
+void BrowserView::WatchSecurity(const RowSource& source) {
+    auto place = std::make_shared<Place>();
+    const bool hasObjects = source.Kind() != PlaceKind::kShares && source.Hold({}, *place).IsDone();
+    if (hasObjects) security.Restart(std::move(place));
+}
+
 void BrowserView::RefreshList() {
+    RefreshList({});
+}
+
+void BrowserView::RefreshList(const std::vector<std::string>& made) {
+    const std::vector<std::string> selected = SelectedNames();
     const int focusedRow = list.GetFocusedRow();
     const std::string focusedName = list.GetItemText(focusedRow, kNameColumn);
     const int markedRow = list.GetSelectionMark();
@@ -80,6 +113,29 @@ void BrowserView::RefreshList() {
     }
     if (markedRow >= 0) list.SetSelectionMark(RowNamed(markedName));
     if (focusedRow >= 0) FocusAgain(focusedName, focusedRow);
+    if (SelectNames(made)) {
+        const int first = list.NextSelected(0);
+        list.SetSelectionMark(first);
+        list.SetFocusedRow(first);
+    } else {
+        SelectNames(selected);
+    }
+}
+
+bool BrowserView::SelectNames(const std::vector<std::string>& names) {
+    const std::unordered_set<std::string> wanted(names.begin(), names.end());
+    const int count = wanted.empty() ? 0 : list.GetItemCount();
+    for (int row = 0; row < count; ++row)
+        if (wanted.contains(list.GetItemText(row, kNameColumn))) list.SetSelected(row, true);
+    return list.GetSelectedCount() > 0;
+}
+
+void BrowserView::SelectOnly(int row) {
+    for (int other = list.NextSelected(0); other >= 0; other = list.NextSelected(other + 1))
+        list.SetSelected(other, false);
+    list.SetSelected(row, true);
+    list.SetSelectionMark(row);
+    list.SetFocusedRow(row);
 }
 
 // The keyboard continues at the row of that name or, if there is none, where it was.
@@ -95,9 +151,13 @@ int BrowserView::RowNamed(const std::string& name) const {
     return -1;
 }
 
-void BrowserView::ShowLocation(const std::string& text) {
+void BrowserView::ShowLocation(const RowSource& source) {
+    const std::string text = source.Location();
     list.SetWindowText(text);  // as which assistive technology knows it
     if (addressBar != nullptr) addressBar->SetLocationText(text);
+    const std::string folder = source.Folder();
+    const std::string hostPath = folder.empty() ? "" : VisibleText(HostPathFromPath(folder));
+    if (statusBar != nullptr) statusBar->SetPaneText(kHostPathPane, hostPath);
 }
 
 // ---- The status bar. No message loop runs while a folder is read, so its texts are painted at once. ----

@@ -60,10 +60,13 @@ void BrowserView::GoUp() {
         return;
     }
     // The root of a drive has nothing above it.
-    if (above->Folder() == folder->Folder())
+    const std::string left = folder->Folder();
+    const bool isRoot = above->Folder() == left;
+    if (isRoot)
         GoToRoot();
-    else
-        GoTo(std::make_unique<FolderRows>(above->Folder()));
+    else if (!GoTo(std::make_unique<FolderRows>(above->Folder())))
+        return;
+    if (const int row = RowNamed(isRoot ? left : NameInFolder(left)); row >= 0) SelectOnly(row);
 }
 
 void BrowserView::GoToRoot() {
@@ -85,7 +88,7 @@ void BrowserView::GoToLocation(const std::string& text) {
         folder != nullptr ? folder->From(path) : std::make_unique<FolderRows>(path);
     const Outcome outcome = path.empty() ? Outcome{ERROR_FILE_NOT_FOUND} : typed->Open();
     ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone()) GoTo(std::make_unique<FolderRows>(typed->Folder()));
+    if (outcome.IsDone() && GoTo(std::make_unique<FolderRows>(typed->Folder()))) list.SetFocus();
 }
 
 // Shows another location and records it. On false, the reason was reported, and the previous location is
@@ -110,11 +113,7 @@ void BrowserView::ShowItem(const std::string& path) {
         ShowInfoBox(GetSafeHwnd(), ("The list does not show \"" + name + "\".").c_str());
         return;
     }
-    for (int other = list.NextSelected(0); other >= 0; other = list.NextSelected(other + 1))
-        list.SetSelected(other, false);
-    list.SetSelected(row, true);
-    list.SetSelectionMark(row);
-    list.SetFocusedRow(row);
+    SelectOnly(row);
 }
 
 void BrowserView::OpenSelected() {
@@ -140,7 +139,7 @@ void BrowserView::ShowShares() {
     aside = std::make_unique<ShareRows>();
     list.SetColumnText(kTypeColumn, aside->TypeHeader());
     ShowOutcome(GetSafeHwnd(), Fill(*aside));
-    ShowLocation(aside->Location());
+    ShowLocation(*aside);
 }
 
 void BrowserView::LeaveShares() {

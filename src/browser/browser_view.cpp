@@ -26,6 +26,8 @@ constexpr int kNoSelectionPopup = 1;
 constexpr int kOwnIconsEntry = 2;
 constexpr int kFirstModeEntry = 4;
 constexpr int kLastModeEntry = 7;
+constexpr int kSecurityColumnsEntry = 9;
+constexpr int kDotNamesEntry = 10;
 
 // The commands of the context menu that not all kinds of rows have.
 constexpr unsigned int kDependentCommands[] = {ID_EDIT_CUT, ID_EDIT_COPY,  ID_EDIT_PASTE, ID_DELETE,
@@ -43,6 +45,7 @@ const MessageMap& BrowserView::GetMessageMap() const {
                                    {kListId, Notify::kColumnClick, &BrowserView::OnColumnClick},
                                    {kListId, Notify::kRightClick, &BrowserView::OnRightClick},
                                    {kListId, Notify::kInfoTip, &BrowserView::OnInfoTip},
+                                   {kListId, Notify::kHeaderMenu, &BrowserView::OnHeaderMenu},
                                    {ID_SELECT_ALL, Notify::kCommand, &BrowserView::SelectAll},
                                    {ID_INVERT_SELECTION, Notify::kCommand, &BrowserView::InvertSelection},
                                    {ID_ATTRIBUTES, Notify::kCommand, &BrowserView::OnFileCommand},
@@ -53,12 +56,17 @@ const MessageMap& BrowserView::GetMessageMap() const {
                                    {ID_RENAME, Notify::kCommand, &BrowserView::OnFileCommand},
                                    {ID_NEW_FOLDER, Notify::kCommand, &BrowserView::OnFileCommand},
                                    {ID_PROPERTIES, Notify::kCommand, &BrowserView::OnFileCommand},
+                                   {ID_COPY_HOST_PATH, Notify::kCommand, &BrowserView::OnFileCommand},
                                    {ID_GO_UP, Notify::kCommand, &BrowserView::GoUp},
                                    {ID_REFRESH, Notify::kCommand, &BrowserView::RefreshList},
                                    {ID_VIEW_ICONS, Notify::kCommand, &BrowserView::OnViewMode},
                                    {ID_VIEW_SMALL_ICONS, Notify::kCommand, &BrowserView::OnViewMode},
                                    {ID_VIEW_LIST, Notify::kCommand, &BrowserView::OnViewMode},
                                    {ID_VIEW_DETAILS, Notify::kCommand, &BrowserView::OnViewMode},
+                                   {IDP_FIRST_SECURITY_COLUMN, IDP_LAST_SECURITY_COLUMN, Notify::kCommand,
+                                    &BrowserView::OnSecurityColumn},
+                                   {ID_VIEW_DOT_NAMES, Notify::kCommand, &BrowserView::OnDotNames},
+                                   {ID_APP_EXIT, Notify::kCommand, &BrowserView::OnEscape},
                                });
     return kMap;
 }
@@ -75,11 +83,11 @@ void BrowserView::Create(CWnd& owner, unsigned int id, const std::string& comman
     if (!CreateChild(owner, {}, id) || !list.Create(*this, WS_VISIBLE | WS_TABSTOP | LVS_ICON, {}, kListId) ||
         !images.Rebuild(list, {}))
         ShowFatalErrorBox(owner.GetSafeHwnd(), "Error: cannot initialize main window");
-    constexpr int kColumnWidth = 150;
     int column = 0;
     for (const char* header : {"Name", "Type", "Size", "Modified"})
         list.InsertColumn(column++, header, kColumnWidth);
-    list.SetExtendedStyle(ListStyle::kInfoTips);
+    security.Insert();
+    list.SetExtendedStyle(ListStyle::kInfoTips | ListStyle::kGivenWidths);
     OpenStartFolder(commandLine);
 }
 
@@ -244,7 +252,27 @@ void BrowserView::SetIcons(RowIcons icons) {
     if (CMenu menu = ViewMenu()) menu.CheckByPosition(kOwnIconsEntry, icons == RowIcons::kOwn);
 }
 
+// The window stays in use while the security of all rows is read.
 void BrowserView::SortByColumn(int column) {
+    if (security.IsReadingAll()) {
+        security.StopReadingAll();
+        ShowState("Ready");
+    } else if (!security.Has(column)) {
+        SortRows(column);
+    } else {
+        const auto progress = [this](std::size_t done, std::size_t count) {
+            ShowState(("Reading the security of all items: " + std::to_string(done) + " of " +
+                       std::to_string(count) + ". Escape stops it.")
+                          .c_str());
+        };
+        security.ReadAll(progress, [this, column] {
+            ShowState("Ready");
+            SortRows(column);
+        });
+    }
+}
+
+void BrowserView::SortRows(int column) {
     const int count = list.GetItemCount();
     std::vector<std::string> texts;
     texts.reserve(static_cast<std::size_t>(count));
@@ -252,9 +280,56 @@ void BrowserView::SortByColumn(int column) {
         texts.push_back(list.GetItemText(row, column));
         list.SetItemData(row, row);
     }
-    list.SortItems(OrderByColumn(column, texts));
+    list.SortItems(OrderByColumn(security.OrderColumnOf(column), texts));
     for (int row = 0; row < count; ++row)
         list.SetItemData(row, row);
+}
+
+// ---- Columns about security, and names with a dot ----
+
+// Switching one on shows the details, where it can be seen.
+void BrowserView::OnSecurityColumn(Notification& notification) {
+    const std::uint32_t bit = 1U << (notification.id - IDP_FIRST_SECURITY_COLUMN);
+    ChooseSecurityColumns(security.Chosen() ^ bit);
+    const bool isShown = (security.Chosen() & bit) != 0;
+    if (isShown && list.GetView() != ListView::kReport) SetViewMode(ListView::kReport);
+    choiceMade();
+}
+
+void BrowserView::ChooseSecurityColumns(std::uint32_t columns) {
+    security.Choose(columns);
+    CMenu menu = ViewMenu();
+    if (CMenu entries = menu ? menu.GetSubMenu(kSecurityColumnsEntry) : CMenu())
+        for (int i = 0; i < static_cast<int>(kSecurityColumnCount); ++i)
+            entries.CheckByPosition(i, (security.Chosen() >> i & 1U) != 0);
+}
+
+void BrowserView::OnHeaderMenu(Notification& notification) {
+    const CMenu menu = ViewMenu();
+    const CMenu entries = menu ? menu.GetSubMenu(kSecurityColumnsEntry) : CMenu();
+    const Rect place = list.GetWindowRect();
+    const Point clicked{place.left + notification.point.x, place.top + notification.point.y};
+    const unsigned int command = entries ? entries.TrackPopup(clicked, *this) : 0;
+    if (command != 0) Frame()->RunCommand(command);
+}
+
+void BrowserView::OnDotNames() {
+    SetDotNames(dotNames == DotNames::kListed ? DotNames::kLeftOut : DotNames::kListed);
+    RefreshList();
+    choiceMade();
+}
+
+void BrowserView::SetDotNames(DotNames names) {
+    dotNames = names;
+    if (CMenu menu = ViewMenu()) menu.CheckByPosition(kDotNamesEntry, names == DotNames::kListed);
+}
+
+// Escape first stops what goes on.
+void BrowserView::OnEscape(Notification& notification) {
+    notification.handled = security.IsReadingAll();
+    if (!notification.handled) return;
+    security.StopReadingAll();
+    ShowState("Ready");
 }
 
 }  // namespace permora

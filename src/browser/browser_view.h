@@ -13,6 +13,7 @@
 #include "browser/file_commands.h"
 #include "browser/folder_rows.h"
 #include "browser/row_images.h"
+#include "browser/security_columns.h"
 #include "framework/list_ctrl.h"
 #include "framework/menu.h"
 
@@ -46,9 +47,12 @@ class BrowserView : public CWnd {
     const BrowserHistory& History() const { return history; }
     CListCtrl& List() { return list; }
 
-    // Shows the same location again, with the focus on the row that had it. If the folder is gone,
-    // shows the nearest one above it and a message. Any other failure is reported.
+    // Shows the same location again, with the focus on the row that had it and the same rows selected. If the
+    // folder is gone, shows the nearest one above it and a message. Any other failure is reported.
     void RefreshList();
+    // The same after objects were made, which are selected. If the list shows none of them, the selection
+    // stays.
+    void RefreshList(const std::vector<std::string>& made);
 
     // The names of the selected rows, from top to bottom.
     std::vector<std::string> SelectedNames() const;
@@ -85,6 +89,15 @@ class BrowserView : public CWnd {
     void SetIcons(RowIcons icons);
     void SortByColumn(int column);
 
+    // The columns about security (SecurityColumns::Choose), with their check marks in the frame's menu.
+    void ChooseSecurityColumns(std::uint32_t columns);
+    std::uint32_t ChosenSecurityColumns() const { return security.Chosen(); }
+    // From the next listing on, with the check mark in the frame's menu.
+    void SetDotNames(DotNames names);
+    DotNames GetDotNames() const { return dotNames; }
+    // `chosen` is called after the user has chosen one of them.
+    void SetChoiceObserver(std::function<void()> chosen) { choiceMade = std::move(chosen); }
+
   protected:
     void OnSize(Size client) override;
     void OnSetFocus() override;
@@ -103,11 +116,15 @@ class BrowserView : public CWnd {
     Outcome Fill(RowSource& source);  // which is open
     Outcome Show(std::unique_ptr<RowSource> source);
     Outcome ListAgain();
+    void ArrangeColumns(const RowSource& source);
+    void WatchSecurity(const RowSource& source);
     void FocusAgain(const std::string& name, int row);
     int RowNamed(const std::string& name) const;  // -1: none
+    void SelectOnly(int row);
+    bool SelectNames(const std::vector<std::string>& names);  // false: there are none of them
     void ShowState(const char* text);
     void ShowItemCount(const std::string& text);
-    void ShowLocation(const std::string& text);
+    void ShowLocation(const RowSource& source);
     void PaintStatusBar();
 
     // Navigation.
@@ -122,10 +139,17 @@ class BrowserView : public CWnd {
     void OnRightClick(Notification& notification);
     void OnInfoTip(Notification& notification);
     void OnViewMode(Notification& notification);
+    void OnHeaderMenu(Notification& notification);
+    void OnSecurityColumn(Notification& notification);
+    void OnDotNames();
+    void OnEscape(Notification& notification);
+    void SortRows(int column);
     void OnFileCommand(Notification& notification);
 
     CMenu contextMenu;  // pop-up 0: with a selection, 1: without
     CListCtrl list;
+    std::size_t moreColumns = 0;  // of the source shown
+    SecurityColumns security{list};
     RowImages images;
     CStatusBar* statusBar = nullptr;
     AddrBar* addressBar = nullptr;
@@ -134,7 +158,9 @@ class BrowserView : public CWnd {
     BrowserHistory history;
     FileCommands commands{*this};
     RowIcons rowIcons = RowIcons::kOwn;
+    DotNames dotNames = DotNames::kLeftOut;
     std::function<void(std::uint32_t viewMode)> viewModeChosen;
+    std::function<void()> choiceMade = [] {};
     std::chrono::steady_clock::time_point statusPainted;
 };
 

@@ -4,6 +4,8 @@
 
 #include "browser/folder_rows.h"
 #include "browser/list_presentation.h"
+#include "platform/host_path.h"
+#include "platform/visible_text.h"
 #include "resources/resource_ids.h"
 
 namespace permora {
@@ -58,11 +60,15 @@ bool AskSpace(const std::string& root, DriveSpace& space) {
 Row RowOfDrive(const std::string& root) {
     const UINT type = GetDriveTypeA(root.c_str());
     DriveLook look = LookOfDrive(type);
-    if (VolumeFacts facts; DependsOnFileSystem(look) && AskVolume(root, facts))
-        look = WithFileSystem(look, facts.flags);
+    VolumeFacts facts;
+    if (DependsOnFileSystem(look) && AskVolume(root, facts)) look = WithFileSystem(look, facts.flags);
     Row row{.name = root, .type = look.typeText, .image = look.image};
-    if (DriveSpace space; type == DRIVE_FIXED && AskSpace(root, space))
+    std::string available;
+    if (DriveSpace space; type == DRIVE_FIXED && AskSpace(root, space)) {
         row.size = DriveSizeText(space.total.QuadPart, space.available.QuadPart);
+        available = FormatSize(space.available.QuadPart);
+    }
+    row.more = {facts.label.data(), VisibleText(HostPathFromPath(root)), available};
     return row;
 }
 
@@ -70,6 +76,11 @@ Row RowOfDrive(const std::string& root) {
 
 std::span<const unsigned int> DriveRows::Images() const {
     return kDriveImages;
+}
+
+std::span<const char* const> DriveRows::MoreHeaders() const {
+    static constexpr std::array<const char*, 3> kHeaders = {"Label", "Mount Point", "Available"};
+    return kHeaders;
 }
 
 bool DriveRows::Offers(unsigned int command) const {

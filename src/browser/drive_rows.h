@@ -14,6 +14,7 @@ class DriveRows : public RowSource {
     PlaceKind Kind() const override { return PlaceKind::kDrives; }
     std::string Location() const override { return kDriveListLocation; }
     std::span<const unsigned int> Images() const override;
+    std::span<const char* const> MoreHeaders() const override;  // label, mount point and space
     bool Offers(unsigned int command) const override;
     std::unique_ptr<RowSource> Anew() const override { return std::make_unique<DriveRows>(); }
     Outcome List(const RowOptions& options, RowReceiver& receiver) override;

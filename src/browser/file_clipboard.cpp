@@ -6,9 +6,11 @@
 
 #include "browser/clipboard_block.h"
 #include "browser/desktop_files.h"
+#include "browser/folder_paths.h"
 #include "browser/shell_items.h"
 #include "framework/clipboard.h"
 #include "security/message_boxes.h"
+#include "security/text_conversion.h"
 
 namespace permora {
 namespace {
@@ -75,6 +77,22 @@ void Transfer(HWND owner, const FileTransfer& transfer, const std::string& folde
         RunFileOperation(owner, function, transfer.list.c_str(), folder);
 }
 
+std::vector<std::string> NamesIn(const FileTransfer& transfer) {
+    std::vector<std::string> names;
+    std::size_t place = 0;
+    while (place < transfer.list.size() && transfer.list[place] != '\0') {
+        const std::string path = transfer.list.c_str() + place;
+        names.push_back(NameInFolder(path));
+        place += path.size() + 1;
+    }
+    for (place = 0; place < transfer.wideList.size() && transfer.wideList[place] != 0;) {
+        const LPCWSTR path = transfer.wideList.c_str() + place;
+        names.push_back(NameInFolder(WideToAnsi(path)));
+        place += std::char_traits<WCHAR>::length(path) + 1;
+    }
+    return names;
+}
+
 }  // namespace
 
 bool HasFilesToPaste() {
@@ -97,7 +115,16 @@ void PutFilesOnClipboard(CWnd& owner, TransferKind kind, const std::string& fold
     if (!isSet) ShowErrorBox(owner.GetSafeHwnd(), "Error: cannot set clipboard data.");
 }
 
-void PasteFiles(CWnd& owner, const RowSource& target, const std::function<void()>& refresh) {
+void PutTextOnClipboard(CWnd& owner, const std::string& text) {
+    Clipboard clipboard(owner);
+    if (!clipboard.IsOpen())
+        ShowErrorBox(owner.GetSafeHwnd(), kClipboardClosed);
+    else if (!clipboard.Empty() || !clipboard.SetData(RegisterClipboardFormat("text/plain"), BytesOf(text)))
+        ShowErrorBox(owner.GetSafeHwnd(), "Error: cannot set clipboard data.");
+}
+
+void PasteFiles(CWnd& owner, const RowSource& target,
+                const std::function<void(const std::vector<std::string>& names)>& refresh) {
     Clipboard clipboard(owner);
     if (!clipboard.IsOpen()) {
         ShowErrorBox(owner.GetSafeHwnd(), kClipboardClosed);
@@ -120,7 +147,7 @@ void PasteFiles(CWnd& owner, const RowSource& target, const std::function<void()
             isDone = true;
         }
     }
-    refresh();
+    refresh(isDone ? NamesIn(transfer) : std::vector<std::string>());
     if (!isDone || transfer.kind == TransferKind::kCopy) return;
     // A cut file is pasted once. Another program may have put something else there meanwhile.
     ClipboardContents now;

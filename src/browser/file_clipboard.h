@@ -4,6 +4,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "browser/file_list.h"
 #include "browser/row_source.h"
@@ -16,8 +17,11 @@ bool HasFilesToPaste();
 void PutFilesOnClipboard(CWnd& owner, TransferKind kind, const std::string& folder,
                          std::span<const std::string> names);
 
-// Copies or moves the files on the clipboard into the folder of `target`, then calls `refresh`. Cut files are
-// then removed from the clipboard.
-void PasteFiles(CWnd& owner, const RowSource& target, const std::function<void()>& refresh);
+void PutTextOnClipboard(CWnd& owner, const std::string& text);
+
+// Copies or moves the files on the clipboard into the folder of `target`, then calls `refresh` with the names
+// that they have there unless another one was chosen. Cut files are then removed from the clipboard.
+void PasteFiles(CWnd& owner, const RowSource& target,
+                const std::function<void(const std::vector<std::string>& names)>& refresh);
 
 }  // namespace permora

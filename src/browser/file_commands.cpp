@@ -35,6 +35,8 @@ void FileCommands::Run(unsigned int command) {
             return EditAttributes();
         case ID_PROPERTIES:
             return ShowProperties();
+        case ID_COPY_HOST_PATH:
+            return CopyHostPaths();
         default:
             return;
     }
@@ -71,7 +73,9 @@ void FileCommands::PutOnClipboard(TransferKind kind) {
 }
 
 void FileCommands::Paste() {
-    if (view.IsShowing(PlaceKind::kFolder)) PasteFiles(view, view.Rows(), [this] { view.RefreshList(); });
+    if (view.IsShowing(PlaceKind::kFolder))
+        PasteFiles(view, view.Rows(),
+                   [this](const std::vector<std::string>& names) { view.RefreshList(names); });
 }
 
 void FileCommands::Delete() {
@@ -99,6 +103,7 @@ void FileCommands::DeleteShares(const std::vector<std::string>& names) const {
 
 void FileCommands::Rename() {
     std::string name;
+    std::string renamed;
     if (!view.IsShowing(PlaceKind::kFolder) || !TakeTopmost(name)) return;
     if (MayWorkOnFolder()) {
         CRenameDlg dialog(&view);
@@ -106,8 +111,9 @@ void FileCommands::Rename() {
         dialog.oldName = name;
         dialog.mayRename = [this] { return MayWorkOnFolder(); };
         dialog.DoModal();
+        renamed = dialog.newName;
     }
-    view.RefreshList();
+    view.RefreshList({renamed});
 }
 
 void FileCommands::CreateNew() {
@@ -121,6 +127,7 @@ void FileCommands::CreateNew() {
 }
 
 void FileCommands::CreateNewFolder() {
+    std::string made;
     if (MayWorkOnFolder()) {
         CNewFolderDlg dialog(&view);
         if (dialog.DoModal() != IDOK) return;
@@ -129,8 +136,9 @@ void FileCommands::CreateNewFolder() {
             ShowLastErrorBox(view.GetSafeHwnd());
             return;
         }
+        made = dialog.folderName;
     }
-    view.RefreshList();
+    view.RefreshList({made});
 }
 
 // The system's own wizard may still be open when this returns. Then the user must refresh the list.
@@ -158,6 +166,21 @@ void FileCommands::ShowProperties() {
         return;
     std::basic_string<WCHAR> widePath;
     SHObjectProperties(view.GetSafeHwnd(), SHOP_FILEPATH, AnsiToWide(path, widePath), nullptr);
+}
+
+// One a line. Without a selection, the folder shown is meant.
+void FileCommands::CopyHostPaths() {
+    std::vector<std::string> names = view.SelectedNames();
+    if (names.empty() && view.IsShowing(PlaceKind::kFolder)) names.emplace_back();
+    if (names.empty()) return ShowInfoBox(view.GetSafeHwnd(), kSelectItems);
+    std::string text;
+    for (const std::string& name : names) {
+        std::string path;
+        if (!Accept(view.Rows().FindPath(name, path))) return;
+        const bool isOne = &name == &names.back();
+        text += HostPathFromPath(path) + (isOne ? "" : "\n");
+    }
+    PutTextOnClipboard(view, text);
 }
 
 }  // namespace permora

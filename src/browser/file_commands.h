@@ -37,6 +37,7 @@ class FileCommands {
     void CreateNewShare() const;
     void EditAttributes();
     void ShowProperties();
+    void CopyHostPaths();
 
     BrowserView& view;
 };

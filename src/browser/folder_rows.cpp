@@ -38,6 +38,10 @@ class FolderSearch {
     DWORD error = ERROR_SUCCESS;
 };
 
+bool IsListed(std::string_view name, DotNames dots) {
+    return !name.starts_with('.') || (dots == DotNames::kListed && name != "." && name != "..");
+}
+
 bool IsFolder(const WIN32_FIND_DATAA& found) {
     return (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
@@ -70,7 +74,7 @@ Outcome ListPass(bool wantsFolders, const RowOptions& options, Row& row, RowRece
     FolderSearch search;
     WIN32_FIND_DATAA found{};
     while (search.Next(found)) {
-        if (found.cFileName[0] == '.' || IsFolder(found) != wantsFolders) continue;
+        if (!IsListed(found.cFileName, options.dots) || IsFolder(found) != wantsFolders) continue;
         row.name = found.cFileName;
         row.image = options.icons == RowIcons::kOwn ? OwnIconIndex(found) : kShellImage;
         if (options.detail == RowDetail::kAll) {

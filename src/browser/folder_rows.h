@@ -30,7 +30,7 @@ class FolderRows : public RowSource {
     // Also makes the folder current.
     Outcome Open() override;
     // Folders come first, then files, each in the order of the directory search. Names that begin with a dot
-    // are left out.
+    // are left out unless they are asked for.
     Outcome List(const RowOptions& options, RowReceiver& receiver) override;
 
     std::string Tip(const std::string& name) const override;

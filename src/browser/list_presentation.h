@@ -14,6 +14,9 @@ inline constexpr int kNameColumn = 0;
 inline constexpr int kTypeColumn = 1;
 inline constexpr int kSizeColumn = 2;
 inline constexpr int kModifiedColumn = 3;
+// Those of every source, and the width of each.
+inline constexpr int kFixedColumns = 4;
+inline constexpr int kColumnWidth = 150;
 
 // Images with which both image lists of a folder begin, as icon resources in the order of the images.
 inline constexpr int kFolderImage = 0;

@@ -21,8 +21,9 @@ struct Row {
     std::string type = {};
     std::string size = {};
     std::string modified = {};
-    int image = 0;               // in RowSource::Images, or kShellImage
-    std::intptr_t position = 0;  // among all that the source has found, shown or not
+    std::vector<std::string> more = {};  // by RowSource::MoreHeaders
+    int image = 0;                       // in RowSource::Images, or kShellImage
+    std::intptr_t position = 0;          // among all that the source has found, shown or not
 };
 
 enum class RowDetail {
@@ -33,9 +34,15 @@ enum class RowIcons {
     kOwn,
     kShell,
 };
+// Names that begin with a dot.
+enum class DotNames {
+    kLeftOut,
+    kListed,
+};
 struct RowOptions {
     RowDetail detail = RowDetail::kName;
     RowIcons icons = RowIcons::kOwn;
+    DotNames dots = DotNames::kLeftOut;
 };
 
 // Receives the rows in the order in which they are shown.
@@ -56,6 +63,8 @@ class RowSource {
     virtual std::string Location() const = 0;
     // The full path of the folder shown, which the history remembers; empty: none.
     virtual std::string Folder() const { return {}; }
+    // Of the columns behind those that all sources have. The texts live for the whole process.
+    virtual std::span<const char* const> MoreHeaders() const { return {}; }
     virtual const char* TypeHeader() const { return "Type"; }
     // The pictures of the rows, as icon resources.
     virtual std::span<const unsigned int> Images() const = 0;

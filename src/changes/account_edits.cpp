@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/nt/ace_bits.h"
+#include "platform/nt/entry_effects.h"
 #include "platform/security_change.h"
 
 namespace permora {

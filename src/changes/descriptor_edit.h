@@ -51,13 +51,6 @@ class DescriptorEdit {
     virtual EditedSecurity Edit(const ObjectToEdit& object) = 0;
 };
 
-// Whether the list lets nobody in: it allows nothing on the object itself, or denies it to Everyone before.
-// The owner may still change it.
-bool LetsNobodyIn(const nt::SecurityDescriptor& descriptor);
-
-// Whether the entry came from the folder above: not in a list that is protected and inherits nothing.
-bool IsInheritedIn(const nt::SecurityDescriptor& descriptor, const nt::Ace& entry);
-
 // What a folder with the list `above` hands down to the object.
 nt::Acl HandedDownTo(const nt::SecurityDescriptor& descriptor, nt::ObjectKind kind, const nt::Acl& above);
 

@@ -4,6 +4,7 @@
 
 #include "changes/descriptor_edit.h"
 #include "platform/api/errors.h"
+#include "platform/nt/entry_effects.h"
 #include "saved/tree_source.h"
 
 namespace permora {

@@ -11,6 +11,7 @@
 #include "history/stored_batch.h"
 #include "platform/api/errors.h"
 #include "platform/below_finder.h"
+#include "platform/nt/entry_effects.h"
 #include "platform/raw_security.h"
 #include "platform/security_change.h"
 #include "saved/tree_saving.h"

@@ -1,12 +1,21 @@
 #include "cli/account_option.h"
 
+#include <CLI/CLI.hpp>
+#include <utility>
+
+#include "cli/argument_shield.h"
 #include "security/account_lookup.h"
 
 namespace permora {
 
+namespace {
+
+constexpr const char* kAccountHelp = R"(The account: a name, DOMAIN\name or a SID like S-1-1-0)";
+
+}  // namespace
+
 AccountOption::AccountOption(Command& command)
-    : AccountOption(command, "--account", R"(The account: a name, DOMAIN\name or a SID like S-1-1-0)",
-                    Presence::kRequired) {}
+    : AccountOption(command, "--account", kAccountHelp, Presence::kRequired) {}
 
 AccountOption::AccountOption(Command& command, const char* optionName, const char* description,
                              Presence presence)
@@ -14,6 +23,26 @@ AccountOption::AccountOption(Command& command, const char* optionName, const cha
 
 std::string AccountOption::Interpret(const std::string& text) {
     return text.empty() ? std::string(name) + ": the name is empty" : FindTypedAccount(text, account);
+}
+
+AccountsOption::AccountsOption(Command& command) {
+    command.Parser()
+        .add_option("--account", typed, std::string(kAccountHelp) + ";\nmay be given several times")
+        ->type_name("NAME")
+        ->required()
+        ->allow_extra_args(false);
+}
+
+std::string AccountsOption::Interpret() {
+    for (const std::string& shielded : typed) {
+        const std::string text = Unshielded(shielded);
+        AccountRecord account;
+        const std::string problem =
+            text.empty() ? "--account: the name is empty" : FindTypedAccount(text, account);
+        if (!problem.empty()) return problem;
+        accounts.push_back(std::move(account));
+    }
+    return {};
 }
 
 }  // namespace permora

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "cli/command.h"
 #include "security/account_record.h"
@@ -25,6 +26,20 @@ class AccountOption final : public TextOption {
   private:
     const char* name;
     AccountRecord account;
+};
+
+// --account, once or several times; it must be given.
+class AccountsOption {
+  public:
+    explicit AccountsOption(Command& command);
+
+    // Finds all of them. Returns what is wrong, or an empty text.
+    std::string Interpret();
+    const std::vector<AccountRecord>& Accounts() const { return accounts; }
+
+  private:
+    std::vector<std::string> typed;
+    std::vector<AccountRecord> accounts;
 };
 
 }  // namespace permora

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "cli/account_option.h"
+#include "cli/change_foresight.h"
 #include "cli/commands.h"
 #include "cli/list_change.h"
 #include "cli/listing.h"
@@ -89,6 +90,7 @@ class AssignCommand : public ObjectCommand {
     KnownGroups groups;                     // of the account
     const Target* first = nullptr;
     bool isFirstDone = false;
+    std::optional<ChangeForesight> foresight;  // of a dry run
 };
 
 std::string AssignCommand::Interpret() {
@@ -153,6 +155,11 @@ ChangeResult AssignCommand::GiveList(const Target& target, const HeldObject& hel
     if (!Preview(entries, object, dacl, messages)) return ChangeResult::kFailed;
     Print(before + StateText(target, "after", object, RemarksOn(object)) +
           RightsLeftText(object.dacl, account.Account(), groups));
+    const UniqueLocal<ACL> written = BuildWholeDacl(entries, messages);
+    if (!written) return ChangeResult::kFailed;
+    if (!foresight) foresight.emplace(messages);
+    foresight->Add(target, held,
+                   {DaclWriteInformation(std::nullopt), {.dacl = written.get()}, BelowChange::kCarryDown});
     return ChangeResult::kDone;
 }
 
@@ -192,7 +199,7 @@ bool AssignCommand::Do(const Target& target) {
 
 bool AssignCommand::End() {
     Print(std::string(kNotConsidered) + '\n');
-    return true;
+    return !foresight || foresight->End();
 }
 
 }  // namespace

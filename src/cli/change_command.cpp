@@ -70,9 +70,17 @@ bool ChangeCommand::Do(const Target& target) {
             object.inheritance != before && object.inheritance == DaclInheritance::kFromParent;
         const std::vector<std::string> parentsPart = {"the entries that the parent hands down come to these"};
         Print(preview + StateText(target, "after", object, inheritsAnew ? parentsPart : RemarksOn(object)));
+        if (!foresight) foresight.emplace(messages);
+        foresight->Add(
+            target, held,
+            {DaclWriteInformation(object.inheritance), {.dacl = dacl.get()}, BelowChange::kCarryDown});
         return true;
     }
     return false;
+}
+
+bool ChangeCommand::End() {
+    return !foresight || foresight->End();
 }
 
 ChangeResult ChangeCommand::WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/change_foresight.h"
 #include "cli/list_change.h"
 #include "cli/object_command.h"
 #include "shares/share_security.h"
@@ -41,6 +42,7 @@ class ChangeCommand : public ObjectCommand {
     std::optional<PlannedChange> Plan() final;
     bool Do(const Target& target) override;
     bool DoShare(const std::string& name) final;
+    bool End() override;
 
     ChangeOptions options{*this};
     Recording recording{*this};
@@ -50,6 +52,7 @@ class ChangeCommand : public ObjectCommand {
     ChangeResult WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl);
 
     std::string said;
+    std::optional<ChangeForesight> foresight;  // of a dry run
 };
 
 }  // namespace permora

@@ -3,7 +3,6 @@
 #include <span>
 #include <vector>
 
-#include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "security/entry_details.h"
 
@@ -58,14 +57,18 @@ const char* NetworkAnswerName(NetworkAnswer answer) {
     switch (answer) {
         case NetworkAnswer::kRights:
             return "rights";
+        case NetworkAnswer::kAtMost:
+            return "atMost";
         case NetworkAnswer::kForAdministrators:
             return "forAdministrators";
         case NetworkAnswer::kFolderUnknown:
             return "folderUnknown";
         case NetworkAnswer::kListUnknown:
+            return "listUnknown";
+        case NetworkAnswer::kServerUnknown:
             break;
     }
-    return "listUnknown";
+    return "serverUnknown";
 }
 
 Json NamesJson(DWORD rights) {
@@ -86,30 +89,30 @@ Json EntryJson(const RightsExplanation& explanation, std::size_t index) {
 }
 
 Json ShareJson(const NetworkRights& share) {
-    Json json = {{"share", share.share},
-                 {"answer", NetworkAnswerName(share.answer)},
-                 {"text", NetworkRightsText(share, AccountDisplayName)}};
-    json["rights"] = share.answer == NetworkAnswer::kRights ? NamesJson(share.rights) : Json();
-    return json;
+    const bool isKnown = share.answer == NetworkAnswer::kRights || share.answer == NetworkAnswer::kAtMost;
+    const auto names = [&](DWORD rights) { return isKnown ? NamesJson(rights) : Json(); };
+    return {{"share", share.share},
+            {"answer", NetworkAnswerName(share.answer)},
+            {"text", NetworkRightsText(share, AccountDisplayName)},
+            {"rights", names(share.rights)},
+            {"takenByShare", names(share.taken.byShare | share.taken.byReadOnly)},
+            {"takenByMode", names(share.taken.byMode)}};
 }
 
 }  // namespace
 
-std::string ExplanationText(const PrintedExplanation& explanation) {
+std::string ExplanationText(const RightsExplanation& rights) {
     std::vector<std::vector<std::string>> lines;
     lines.emplace_back(kExplanationTitles.begin(), kExplanationTitles.end());
-    for (const ExplanationRow& row : ExplanationRows(explanation.rights, AccountDisplayName))
+    for (const ExplanationRow& row : ExplanationRows(rights, AccountDisplayName))
         lines.emplace_back(row.begin(), row.end());
     std::string text = AlignedTable(lines, "  ");
-    for (const std::string& remark : RemarksOnExplanation(explanation.rights, AccountDisplayName))
-        text += "  Note: " + PrintableText(remark) + '\n';
-    for (const std::string& remark : RemarksOnNetwork(explanation.network, AccountDisplayName))
+    for (const std::string& remark : RemarksOnExplanation(rights, AccountDisplayName))
         text += "  Note: " + PrintableText(remark) + '\n';
     return text;
 }
 
-void AddExplanation(const PrintedExplanation& explanation, Json& json) {
-    const RightsExplanation& rights = explanation.rights;
+void AddExplanation(const RightsExplanation& rights, Json& json) {
     json["explanation"] = Json::array();
     for (const ExplainedRight& right : rights.single) {
         Json each = {{"right", right.right->listName}, {"answer", AnswerName(right.answer)}};
@@ -121,9 +124,14 @@ void AddExplanation(const PrintedExplanation& explanation, Json& json) {
     json["unjudged"] = Json::array();
     for (const UnjudgedEntry& each : rights.unjudged)
         json["unjudged"].push_back(EntryJson(rights, each.entry));
-    json["shares"] = explanation.network.error == ERROR_SUCCESS ? Json::array() : Json();
-    for (const NetworkRights& share : explanation.network.shares)
-        json["shares"].push_back(ShareJson(share));
+}
+
+Json NetworkJson(const NetworkAnswers& network) {
+    if (network.error != ERROR_SUCCESS) return {};
+    Json shares = Json::array();
+    for (const NetworkRights& share : network.shares)
+        shares.push_back(ShareJson(share));
+    return shares;
 }
 
 void AddSource(const EntrySource& source, Json& json) {

@@ -1,4 +1,4 @@
-// What is printed about why an account has rights or does not have them.
+// What is printed about why an account has rights or does not have them, and about rights over the network.
 #pragma once
 
 #include <string>
@@ -9,16 +9,13 @@
 
 namespace permora {
 
-struct PrintedExplanation {
-    RightsExplanation rights;
-    NetworkAnswers network;
-};
+// Indented lines: a row for every right, and remarks.
+std::string ExplanationText(const RightsExplanation& rights);
+// Members of a JSON object: "explanation", "owner" and "unjudged".
+void AddExplanation(const RightsExplanation& rights, Json& json);
 
-// Indented lines: a row for every right, remarks, and what the shares leave.
-std::string ExplanationText(const PrintedExplanation& explanation);
-
-// Members of a JSON object: "explanation", "owner", "unjudged" and "shares".
-void AddExplanation(const PrintedExplanation& explanation, Json& json);
+// What is left over each share that holds the object, or null where the shares cannot be listed.
+Json NetworkJson(const NetworkAnswers& network);
 
 // Members of an entry's JSON object: where it is inherited from.
 void AddSource(const EntrySource& source, Json& json);

@@ -18,15 +18,6 @@ std::string FaultAccountName(const nt::Sid& sid) {
     return AccountDisplayName(record);
 }
 
-std::string WhoText(const ModeFinding& finding) {
-    const std::string name = PrintableText(FaultAccountName(finding.account));
-    if (finding.error != ERROR_SUCCESS) return name + ": " + SystemMessageLine(finding.error);
-    const char* const rights = finding.isReading && finding.isWriting ? " (reading, writing)"
-                               : finding.isReading                    ? " (reading)"
-                                                                      : " (writing)";
-    return (finding.isOpen ? "whoever else is " : "") + name + rights;
-}
-
 Json WhoJson(const ModeFinding& finding) {
     Json json = {{"account", FaultAccountName(finding.account)}, {"sid", finding.account.ToText()}};
     if (finding.error != ERROR_SUCCESS) {
@@ -38,17 +29,6 @@ Json WhoJson(const ModeFinding& finding) {
     json["reading"] = finding.isReading;
     json["writing"] = finding.isWriting;
     return json;
-}
-
-// A terminal has no room for a whole company.
-std::string WhoTexts(const std::vector<const ModeFinding*>& findings) {
-    constexpr std::size_t kMostNamed = 5;
-    std::string text;
-    for (std::size_t i = 0; i < findings.size() && i < kMostNamed; ++i)
-        text += (i == 0 ? "" : ", ") + WhoText(*findings[i]);
-    if (findings.size() > kMostNamed)
-        text += " and " + std::to_string(findings.size() - kMostNamed) + " more";
-    return text;
 }
 
 }  // namespace
@@ -79,7 +59,7 @@ void FaultOutput::AddModes(const std::string& path, const std::string& share,
         if (about.empty()) continue;
         if (form == FaultForm::kLines) {
             Print(PrintableText(path) + ": " + TextOf(remark) + ", in the share " + PrintableText(share) +
-                  ": " + WhoTexts(about) + '\n');
+                  ": " + PrintableText(PeopleText(about, AccountDisplayName)) + '\n');
             continue;
         }
         Json json = FaultJson(path, remark);

@@ -83,8 +83,8 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
     if (!messages.Check(OutcomeOfChange(error, recorder))) return ChangeResult::kFailed;
     Print(PrintableText(target.argument) + ": changed\n");
     if (below.count == 0) return ChangeResult::kDone;
-    messages.SetSubject(TypedPath(target, below.firstPath));
-    messages.SaySystemError(below.firstError);
+    messages.SetSubject(TypedPath(target, below.named.begin()->first));
+    messages.SaySystemError(below.named.begin()->second);
     messages.SetSubject(target.argument);
     messages.Say("changed itself, but not everything below that inherits: " + std::to_string(below.count) +
                  (below.count == 1 ? " object" : " objects") + " could not be reached or changed");

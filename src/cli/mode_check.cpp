@@ -1,30 +1,12 @@
 #include "cli/mode_check.h"
 
 #include <algorithm>
-#include <array>
 
-#include "platform/accounts.h"
+#include "platform/path_below.h"
 #include "platform/security_change.h"
-#include "report/sid_key.h"
 
 namespace permora {
 namespace {
-
-// Whoever connects to a server is in these; who serves the machine itself does not connect.
-bool IsOfConnected(const nt::Sid& group) {
-    static const std::array<nt::Sid, 3> kGroups = {nt::Sid(1, {0}), nt::Sid(5, {2}), nt::Sid(5, {11})};
-    return std::ranges::find(kGroups, group) != kGroups.end();
-}
-
-bool IsGroup(SID_NAME_USE use) {
-    return use == SidTypeGroup || use == SidTypeAlias || use == SidTypeWellKnownGroup;
-}
-
-// What is below a folder, or the folder itself.
-bool IsIn(std::string_view path, std::string_view folder) {
-    if (!path.starts_with(folder)) return false;
-    return path.size() == folder.size() || folder.ends_with('\\') || path[folder.size()] == '\\';
-}
 
 void AppendBytes(std::string& key, std::span<const std::uint8_t> bytes) {
     key.append(bytes.begin(), bytes.end());
@@ -35,45 +17,6 @@ void AppendNumber(std::string& key, std::uint64_t number) {
 }
 
 }  // namespace
-
-const MeantPeople& SystemModeAccounts::PeopleOf(const nt::Sid& account) {
-    const auto [place, isNew] = people.try_emplace(SidKey(account));
-    MeantPeople& meant = place->second;
-    if (!isNew) return meant;
-    AccountName name;
-    const NameAnswer answer = FindAccountName(account, kLookupTime, name);
-    if (answer == NameAnswer::kNotYet || answer == NameAnswer::kFailed) {
-        meant.error = kDomainOffline;
-    } else if (answer == NameAnswer::kKnown && !IsGroup(name.use)) {
-        meant.people.push_back(account);
-    } else if (answer == NameAnswer::kKnown) {
-        const GroupPeople members = directory.PeopleOf(account);
-        for (const GroupPerson& person : members.people)
-            meant.people.push_back(person.sid);
-        std::ranges::copy_if(members.open, std::back_inserter(meant.open), IsOfConnected);
-        if (!members.unknown.empty()) meant.error = members.unknown.front().error;
-    }
-    return meant;  // nobody, when there is no such account
-}
-
-DWORD SystemModeAccounts::FindHost(const nt::Sid& person, HostAccount& found) {
-    const auto [place, isNew] = hosts.try_emplace(SidKey(person));
-    if (isNew) place->second.first = FindHostAccount(person, place->second.second);
-    if (place->second.first == ERROR_SUCCESS) found = place->second.second;
-    return place->second.first;
-}
-
-DWORD SystemModeAccounts::FindSids(const nt::Sid& account, std::vector<nt::Sid>& sids) {
-    const auto [place, isNew] = groups.try_emplace(SidKey(account));
-    auto& [error, kept] = place->second;
-    if (isNew) {
-        AccountGroups found;
-        error = FindAccountGroups(account, GroupsRequest::kUsual, found);
-        kept = std::move(found.sids);
-    }
-    if (error == ERROR_SUCCESS) sids = kept;
-    return error;
-}
 
 DWORD ModeCheck::Prepare() {
     const DWORD error = FindServedFolders(folders);
@@ -88,7 +31,7 @@ std::string ModeCheck::FullPath(std::string_view below) const {
 
 void ModeCheck::Run(HeldObject& top, const std::string& topPath, ModeObserver& whoListens) {
     const auto isConcerned = [&](const ServedFolder& folder) {
-        return IsIn(topPath, folder.path) || IsIn(folder.path, topPath);
+        return IsAtOrBelow(topPath, folder.path) || IsAtOrBelow(folder.path, topPath);
     };
     if (std::ranges::none_of(folders, isConcerned)) return;
     held = &top;
@@ -105,7 +48,7 @@ bool ModeCheck::IsLikeEarlier(std::string_view full, std::size_t place) const {
            std::any_of(folders.begin(), folders.begin() + static_cast<std::ptrdiff_t>(place),
                        [&](const ServedFolder& earlier) {
                            return earlier.by == folder.by && earlier.user == folder.user &&
-                                  IsIn(full, earlier.path);
+                                  IsAtOrBelow(full, earlier.path);
                        });
 }
 
@@ -116,7 +59,7 @@ bool ModeCheck::Visit(const ReadObject& object) {
     HostPermissions permissions;
     bool isRead = false;
     for (std::size_t i = 0; i < folders.size(); ++i) {
-        if (!IsIn(full, folders[i].path) || IsLikeEarlier(full, i)) continue;
+        if (!IsAtOrBelow(full, folders[i].path) || IsLikeEarlier(full, i)) continue;
         if (folders[i].by == ServedBy::kUnknown) {
             if (!isTold[i]) observer->Miss(object.path, folders[i], ERROR_SUCCESS);
             isTold[i] = true;

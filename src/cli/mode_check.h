@@ -10,30 +10,10 @@
 #include <vector>
 
 #include "platform/held_object.h"
-#include "report/group_people.h"
 #include "saved/tree_source.h"
-#include "survey/mode_comparison.h"
+#include "survey/mode_accounts.h"
 
 namespace permora {
-
-// The accounts of the system, each asked for once. One thread at a time.
-class SystemModeAccounts : public ModeAccounts {
-  public:
-    const MeantPeople& PeopleOf(const nt::Sid& account) override;
-    DWORD FindHost(const nt::Sid& person, HostAccount& found) override;
-    DWORD FindSids(const nt::Sid& account, std::vector<nt::Sid>& sids) override;
-    nt::Sid HostOwner(const HostPermissions& permissions) override { return HostOwnerSid(permissions); }
-    nt::Sid HostGroup(const HostPermissions& permissions) override { return HostGroupSid(permissions); }
-
-  private:
-    template <typename Value>
-    using BySid = std::unordered_map<std::string, Value>;
-
-    GroupDirectory directory;
-    BySid<MeantPeople> people;
-    BySid<std::pair<DWORD, HostAccount>> hosts;
-    BySid<std::pair<DWORD, std::vector<nt::Sid>>> groups;
-};
 
 class ModeObserver {
   public:

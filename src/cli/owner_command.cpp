@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "cli/account_option.h"
+#include "cli/change_foresight.h"
 #include "cli/commands.h"
 #include "cli/interrupts.h"
 #include "cli/object_command.h"
@@ -22,6 +23,7 @@ class OwnerCommand : public ObjectCommand {
         : ObjectCommand(parent, "owner", "Show or change who owns objects") {
         tree.Needs(newOwner);
         linked.Needs(tree);
+        dryRun.Needs(newOwner);
     }
 
   private:
@@ -40,12 +42,14 @@ class OwnerCommand : public ObjectCommand {
               "links), which may be others' files, are passed over"};
     Flag linked{*this, "--linked",
                 "With --tree, give also files with further names to NAME, under all of them"};
+    Flag dryRun{*this, "--dry-run", "Count what would change and write nothing"};
     Recording recording{*this};
     std::vector<Target> folders;
+    std::optional<ChangeForesight> foresight;  // of a dry run
 };
 
 std::optional<ObjectCommand::PlannedChange> OwnerCommand::Plan() {
-    if (!newOwner.IsGiven()) return std::nullopt;
+    if (!newOwner.IsGiven() || dryRun) return std::nullopt;
     return PlannedChange{ChangeKind::kOwner, recording};
 }
 
@@ -65,6 +69,11 @@ bool OwnerCommand::Do(const Target& target) {
     HeldObject object;
     if (!FindTarget(target, object, messages)) return false;
     if (object.IsFolder()) folders.push_back(target);
+    if (dryRun) {
+        if (!foresight) foresight.emplace(messages);
+        foresight->Add(target, object, {OWNER_SECURITY_INFORMATION, {.owner = newOwner.Account().RawSid()}});
+        return true;
+    }
     if (newOwner.IsGiven() && !SetOwner(object)) return false;
     AccountRecord owner;
     if (!messages.Check({ReadObjectOwner(object, owner)})) return false;
@@ -87,19 +96,23 @@ bool OwnerCommand::SetTrees(TreeCounts& counts) {
             continue;
         }
         progress.SetTarget(target);
-        const DWORD error = folder.SetOwnersBelow(newOwner.Account().RawSid(),
-                                                  linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,
-                                                  recording.Recorder(), progress, counts);
+        const DWORD error = folder.SetOwnersBelow(
+            newOwner.Account().RawSid(), linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,
+            dryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite, recording.Recorder(), progress, counts);
         progress.EndTarget(OutcomeOfChange(error, recording.Recorder()), counts);
     }
     return allFound;
 }
 
 bool OwnerCommand::End() {
-    if (!tree) return true;
+    if (!tree) return !foresight || foresight->End();
     WatchForInterrupts();
     TreeCounts counts;
     const bool allFound = SetTrees(counts);
+    if (foresight) {
+        foresight->AddBelow(counts);
+        return foresight->End() && allFound;
+    }
     return EndTrees(counts, ChangeMode::kWrite, messages) && allFound;
 }
 

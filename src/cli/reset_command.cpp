@@ -1,14 +1,17 @@
 // reset: everything below a folder gets what it inherits and nothing else.
 #include <algorithm>
 #include <optional>
+#include <string>
 
 #include "cli/commands.h"
 #include "cli/consent.h"
 #include "cli/interrupts.h"
 #include "cli/listing.h"
 #include "cli/object_command.h"
+#include "cli/terminal_output.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
+#include "security/change_preview.h"
 #include "security/dacl_builder.h"
 
 namespace permora {
@@ -99,7 +102,11 @@ bool ResetCommand::Do(const Target& target) {
 
 bool ResetCommand::End() {
     progress.reset();
-    return EndTrees(counts, dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite, messages);
+    const bool isWhole = EndTrees(counts, dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite, messages);
+    if (dryRun)
+        for (const std::string& line : LossLines(counts))
+            Print(line + '\n');
+    return isWhole;
 }
 
 }  // namespace

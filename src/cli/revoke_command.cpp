@@ -33,7 +33,7 @@ class RevokeCommand : public ChangeCommand {
   private:
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
-    bool End() override { return !run || run->End(); }
+    bool End() override { return run ? run->End() : ChangeCommand::End(); }
     EditResult Edit(EditedList& list) override;
     void SayNothingToRemove(PACL dacl);
     bool FindGoneAccounts(const std::vector<Target>& targets);

@@ -4,6 +4,7 @@
 
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
+#include "survey/list_enforcement.h"
 
 namespace permora {
 
@@ -32,8 +33,8 @@ std::string ShareText(ShareSecurity& share) {
     std::string text = PrintableText(facts.name) + "\n  Type: " + ShareTypeText(facts.type) + '\n';
     if (!facts.path.empty()) text += "  Path: " + PrintableText(facts.path) + '\n';
     if (!facts.remark.empty()) text += "  Remark: " + PrintableText(facts.remark) + '\n';
-    return text + "  Users: " + UsesText(facts.maxUses) + '\n' +
-           RemarkLines(RemarksOn(share.dacl, share.entries)) + RowsText(share.entries);
+    return text + "  Users: " + UsesText(facts.maxUses) + '\n' + "  Kept: " + KeptText(FindShareServer()) +
+           '\n' + RemarkLines(RemarksOn(share.dacl, share.entries)) + RowsText(share.entries);
 }
 
 }  // namespace permora

@@ -1,6 +1,7 @@
 #include "cli/show_command.h"
 
 #include <utility>
+#include <vector>
 
 #include "cli/commands.h"
 #include "cli/explanation_output.h"
@@ -10,50 +11,82 @@
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 #include "platform/security_change.h"
+#include "security/account_record.h"
 
 namespace permora {
 namespace {
 
+std::string EnforcementLines(const ListEnforcement& enforcement) {
+    std::string lines = "  Kept: " + PrintableText(KeptText(enforcement)) + '\n';
+    if (const std::string bits = ModeBitsText(enforcement); !bits.empty())
+        lines += "  Mode bits: " + bits + '\n';
+    std::vector<std::string> defeats;
+    for (const std::string& text : DefeatTexts(enforcement, AccountDisplayName))
+        defeats.push_back(PrintableText(text));
+    return lines + RemarkLines(defeats);
+}
+
+Json EnforcementJson(const ListEnforcement& enforcement) {
+    Json shares = Json::array();
+    for (const ListEnforcement::Share& share : enforcement.shares)
+        shares.push_back({{"share", share.served.share}, {"goesBy", ServedByName(share.served.by)}});
+    const std::string bits = ModeBitsText(enforcement);
+    return {{"place", PlaceName(enforcement.place)},
+            {"text", KeptText(enforcement)},
+            {"shares", enforcement.sharesError == ERROR_SUCCESS ? std::move(shares) : Json()},
+            {"modeBits", enforcement.permissions ? Json(bits) : Json()},
+            {"notes", DefeatTexts(enforcement, AccountDisplayName)}};
+}
+
+}  // namespace
+
 // Everything that is printed about one object.
-struct ShownObject {
+struct ShowListsCommand::ShownObject {
     ObjectSecurity security;
     ReadParts whole;  // owner, group, list and what else was asked for in one descriptor
     std::string owner;
     std::vector<EntrySource> sources;  // of the entries; none: not asked for
+    ListEnforcement enforcement;       // not asked for where only text is shown
+
+    std::string AsTable(const Target& target);
+    Json AsJson(const Target& target);
 };
 
 // Reads the list with the usual checks, then owner and group, for which these checks are not needed.
-bool ReadShownObject(const Target& target, SECURITY_INFORMATION parts, bool withSources, ShownObject& object,
-                     ConsoleMessages& messages) {
+bool ShowListsCommand::Read(const Target& target, ShownObject& object) {
     HeldObject held;
     if (!FindTarget(target, held, messages) || !ReadList(held, object.security, messages) ||
-        !messages.Check({held.ReadSecurity(parts, object.whole)}))
+        !messages.Check({held.ReadSecurity(Parts(), object.whole)}))
         return false;
-    if (withSources && !messages.Check({FindEntrySources(held, object.security.dacl, object.sources)}))
+    if (WithSources() && !messages.Check({FindEntrySources(held, object.security.dacl, object.sources)}))
+        return false;
+    if (Format() != ShowFormat::kSddl && !messages.Check({enforcement.Find(held, object.enforcement)}))
         return false;
     AccountRecord account;
     if (account.SetSid(object.whole.owner)) object.owner = AccountDisplayName(account);
     return true;
 }
 
-std::string TableText(const Target& target, ShownObject& object) {
-    return PrintableText(target.argument) +
-           "\n  Owner: " + (object.owner.empty() ? "none" : PrintableText(object.owner)) + '\n' +
-           InheritsLine(object.security) + RemarkLines(RemarksOn(object.security)) +
-           RowsText(object.security.entries, object.sources);
+std::string ShowListsCommand::ShownObject::AsTable(const Target& target) {
+    return PrintableText(target.argument) + "\n  Owner: " + (owner.empty() ? "none" : PrintableText(owner)) +
+           '\n' + InheritsLine(security) + EnforcementLines(enforcement) + RemarkLines(RemarksOn(security)) +
+           RowsText(security.entries, sources);
 }
 
-Json ObjectJson(const Target& target, ShownObject& object) {
-    Json entries = EntriesJson(object.security.dacl, object.security.entries);
-    for (std::size_t i = 0; i < object.sources.size() && i < entries.size(); ++i)
-        AddSource(object.sources[i], entries[i]);
+Json ShowListsCommand::ShownObject::AsJson(const Target& target) {
+    Json entries = EntriesJson(security.dacl, security.entries);
+    for (std::size_t i = 0; i < sources.size() && i < entries.size(); ++i)
+        AddSource(sources[i], entries[i]);
     return {
         {"path", target.argument},
-        {"owner", object.owner},
-        {"inherits", object.security.inheritance == DaclInheritance::kFromParent},
+        {"owner", owner},
+        {"inherits", security.inheritance == DaclInheritance::kFromParent},
+        {"kept", EnforcementJson(enforcement)},
         {"entries", std::move(entries)},
     };
 }
+
+namespace {
 
 class ShowCommand : public ShowListsCommand {
   public:
@@ -79,10 +112,12 @@ class ShowCommand : public ShowListsCommand {
         return ShowListsCommand::Parts() | (audit ? SACL_SECURITY_INFORMATION : 0U);
     }
 
-    bool WithSources() const override { return static_cast<bool>(sources); }
+    // Programs get them with the rest.
+    bool WithSources() const override { return sources || json; }
 
     ShareOption shares{*this};
-    Flag sources{*this, "--sources", "Also from which folder above each inherited entry comes"};
+    Flag sources{*this, "--sources",
+                 "Also from which folder above each inherited entry comes (--json always has it)"};
     JsonFlag json{*this, JsonShape::kObjects};
     Flag sddl{*this, "--sddl",
               "As security descriptor text, O:...G:...D:...; of several objects two lines\n"
@@ -108,13 +143,13 @@ void ShowListsCommand::PrintTable(const std::string& text) {
 
 bool ShowListsCommand::Do(const Target& target) {
     ShownObject object;
-    if (!ReadShownObject(target, Parts(), WithSources(), object, messages)) return false;
+    if (!Read(target, object)) return false;
     const ShowFormat format = Format();
     if (format == ShowFormat::kSddl) return PrintSddl(target.argument, object.whole.descriptor.get());
     if (format == ShowFormat::kJson)
-        objects.push_back(ObjectJson(target, object));
+        objects.push_back(object.AsJson(target));
     else
-        PrintTable(TableText(target, object));
+        PrintTable(object.AsTable(target));
     return true;
 }
 
@@ -129,6 +164,7 @@ bool ShowListsCommand::DoShare(const std::string& name) {
     }
     if (format == ShowFormat::kJson) {
         objects.push_back(FactsJson(FactsOf(*share.record)));
+        objects.back()["kept"] = KeptText(FindShareServer());
         objects.back()["entries"] = EntriesJson(share.dacl, share.entries);
     } else {
         PrintTable(ShareText(share));

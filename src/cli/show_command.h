@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "cli/json_output.h"
 #include "cli/object_command.h"
+#include "survey/list_enforcement.h"
 
 namespace permora {
 
@@ -26,9 +28,13 @@ class ShowListsCommand : public ObjectCommand {
     bool End() final;
 
   private:
+    struct ShownObject;
+
+    bool Read(const Target& target, ShownObject& object);
     bool PrintSddl(const std::string& name, PSECURITY_DESCRIPTOR descriptor);
     void PrintTable(const std::string& text);
 
+    EnforcementFinder enforcement;
     Json objects = Json::array();
     const char* separator = "";
 };

@@ -56,6 +56,9 @@ class TreeProgress : public TreeObserver {
     // Ends the work on the target. A failure counts as one object that was passed over.
     void EndTarget(const Outcome& outcome, TreeCounts& counts);
 
+    // Before something else is printed.
+    void Clear() { progress.Clear(); }
+
     bool Begin(const char* name) override;
     void PassOver(const std::string& path, DWORD error) override;
 

@@ -251,8 +251,8 @@ Mended VerifyCommand::Repair(const HeldObject& top, const std::string& below, Re
 
 bool VerifyCommand::SayFailures(const std::string& below, const FailuresBelow& failures) {
     if (failures.count == 0) return true;
-    messages.SetSubject(TypedPath(*target, below + '\\' + failures.firstPath));
-    messages.SaySystemError(failures.firstError);
+    messages.SetSubject(TypedPath(*target, below + '\\' + failures.named.begin()->first));
+    messages.SaySystemError(failures.named.begin()->second);
     messages.SetSubject(TypedPath(*target, below));
     messages.Say(
         "repaired itself, but not everything below that inherits: " + std::to_string(failures.count) +

@@ -273,11 +273,23 @@ class FolderDeletion {
     std::vector<OpenFolder> open;  // from the folder to be deleted down to the current one
 };
 
-// `object` is neither a file nor a folder.
 DWORD VerifyName(const FolderHandle& folder, const std::string& name, const RememberedObject& object) {
     HeldObject found;
     const DWORD error = folder.HoldObject(name, found);
     return error == ERROR_SUCCESS ? object.Verify(found) : error;
+}
+
+// What has come into the folder since it was emptied is nothing that the user has chosen.
+void RemoveEmptyFolder(SecureDeleteHost& host, const FolderHandle& folder, const std::string& name,
+                       const RememberedObject& object) {
+    if (const DWORD error = VerifyName(folder, name, object); error != ERROR_SUCCESS)
+        host.Failed({error, Step::kCompare, name});
+    else
+        Remove(host, folder, name, &FolderHandle::RemoveFolder, Step::kRemoveFolder);
+}
+
+std::string LastName(const std::string& path) {
+    return path.substr(path.rfind('\\') + 1);
 }
 
 }  // namespace
@@ -306,9 +318,30 @@ void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const 
 }
 
 void SecureDeleteItem(SecureDeleteHost& host, const RememberedObject& object) {
+    host.trail = {};
     // The root of a drive has no folder above it.
     if (!object.Start()) return host.Failed({ERROR_ACCESS_DENIED, Step::kExamine, object.Path()});
     SecureDeleteItem(host, *object.Start(), object.Path(), object);
+}
+
+void SecureDeleteAgain(SecureDeleteHost& host, const RememberedObject& object, DeletionExtent extent) {
+    host.trail = {};
+    if (!object.Start()) return host.Failed({ERROR_ACCESS_DENIED, Step::kExamine, object.Path()});
+    std::string name = object.Path();
+    FolderHandle opened;
+    const FolderHandle* folder = object.Start().get();
+    for (std::size_t separator = name.find('\\'); separator != name.npos; separator = name.find('\\')) {
+        FolderHandle next;
+        const DWORD error = folder->OpenFolder(name.substr(0, separator), next);
+        name.erase(0, separator + 1);
+        if (error != ERROR_SUCCESS) return host.Failed({error, Step::kExamine, LastName(name)});
+        opened = std::move(next);
+        folder = &opened;
+    }
+    if (extent == DeletionExtent::kEmptyFolder)
+        RemoveEmptyFolder(host, *folder, name, object);
+    else
+        SecureDeleteItem(host, *folder, name, object);
 }
 
 }  // namespace permora

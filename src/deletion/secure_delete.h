@@ -25,6 +25,9 @@ enum class FileScrutiny {
     kObstacles,  // all that is known to keep its contents on the disk or under another name
 };
 
+// Whether a folder is deleted with all that is in it, or only when it is empty.
+enum class DeletionExtent { kWhole, kEmptyFolder };
+
 // The engine's interface to its user. The calls come on the engine's thread.
 class SecureDeleteHost {
   public:
@@ -69,5 +72,8 @@ void SecureDeleteItem(SecureDeleteHost& host, const FolderHandle& folder, const 
                       const RememberedObject& object);
 // Deletes a remembered object by its bare name in a folder.
 void SecureDeleteItem(SecureDeleteHost& host, const RememberedObject& object);
+// Deletes what could not be deleted before, by its path below the folder that it was remembered from. No link
+// leads to it.
+void SecureDeleteAgain(SecureDeleteHost& host, const RememberedObject& object, DeletionExtent extent);
 
 }  // namespace permora

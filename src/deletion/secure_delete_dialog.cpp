@@ -1,7 +1,9 @@
 #include "deletion/secure_delete_dialog.h"
 
 #include <optional>
+#include <span>
 #include <string>
+#include <utility>
 
 #include "deletion/secure_delete.h"
 #include "framework/stoppable_work.h"
@@ -27,15 +29,12 @@ class CSecureDelete::Run : public SecureDeleteHost {
         progress.RedrawWindow();
     }
 
-    // The path is on a line of its own, since the box covers the label.
+    void Deleted(const std::string& name) override { dialog.left.Deleted(trail, name); }
     void Failed(const Outcome& failure) override {
-        if (failure.object.empty()) return ShowOutcome(window, failure);
-        std::string text = BoxText(failure);
-        if (text.empty()) return;
-        const std::string path = trail.PathOf(failure.object);
-        if (!IsNamedInBox(failure.step) || path != failure.object)
-            text += "\n" + path;  // the text of the system ends with a line break
-        ShowErrorBox(window, text.c_str());
+        if (failure.object.empty())
+            ShowOutcome(window, failure);
+        else
+            dialog.left.Failed(trail, failure);
     }
 
     // Asked once; the answer holds for all later files.
@@ -52,16 +51,21 @@ class CSecureDelete::Run : public SecureDeleteHost {
 
     void Work() {
         const StoppableWork stoppable([this] { dialog.stopRequested = true; });
-        for (RememberedObject& item : dialog.chosen) {
-            if (stopRequested) {
-                dialog.EndDialog(IDCANCEL);
-                return;
+        bool isWhole = true;
+        for (DeletionTarget& target : dialog.chosen) {
+            isWhole = isWhole && !stopRequested;
+            dialog.left.Begin(target);
+            if (isWhole) {
+                BeginEntry(target.object.Path());
+                if (target.failure.IsDone())
+                    SecureDeleteItem(*this, target.object);
+                else
+                    SecureDeleteAgain(*this, target.object, target.extent);
             }
-            BeginEntry(item.Path());
-            SecureDeleteItem(*this, item);
-            item = {};  // a file that is remembered keeps its space
+            dialog.left.End();
+            target = {};  // a file that is remembered keeps its space
         }
-        dialog.EndDialog(dialog.isCancelled ? IDCANCEL : IDOK);
+        dialog.EndDialog(isWhole && !dialog.isCancelled ? IDOK : IDCANCEL);
     }
 
   private:
@@ -71,7 +75,8 @@ class CSecureDelete::Run : public SecureDeleteHost {
     std::optional<bool> mayBeOpenElsewhere;
 };
 
-CSecureDelete::CSecureDelete(CWnd* ownerWindow) : CDialog(IDD_SECURE_DELETION, ownerWindow) {}
+CSecureDelete::CSecureDelete(CWnd* ownerWindow, FailedDeletions& results)
+    : CDialog(IDD_SECURE_DELETION, ownerWindow), left(results) {}
 
 CSecureDelete::~CSecureDelete() = default;
 
@@ -117,6 +122,27 @@ void CSecureDelete::OnCancel() {
 void CSecureDelete::OnDestroy() {
     stopRequested = true;
     worker.Wait();
+}
+
+int DeleteForGood(CWnd* owner, std::vector<RememberedObject> chosen) {
+    FailedDeletions left;
+    CSecureDelete dialog(owner, left);
+    dialog.chosen = TargetsOf(std::move(chosen));
+    const int result = dialog.DoModal();
+    ShowResults(owner, left.Results(), DeletionAgain(left));
+    return result;
+}
+
+TryAgain DeletionAgain(FailedDeletions& left) {
+    return [&left](CWnd& window, std::span<const ObjectPlace> /*places*/, ChangeResults& results) {
+        FailedDeletions next = left;
+        CSecureDelete dialog(&window, next);
+        dialog.chosen = next.TakeFailed();
+        if (dialog.DoModal() == CSecureDelete::kCannotStart) return false;
+        left = std::move(next);
+        results = left.Results();
+        return true;
+    };
 }
 
 }  // namespace permora

@@ -5,9 +5,10 @@
 #include <memory>
 #include <vector>
 
+#include "deletion/failed_deletions.h"
 #include "framework/dialog.h"
 #include "framework/worker_thread.h"
-#include "platform/remembered_object.h"
+#include "security/results_dialog.h"
 
 namespace permora {
 
@@ -17,11 +18,13 @@ class CSecureDelete : public CDialog {
     // stopped before one of them: nothing was touched, and a box gave the reason.
     static constexpr int kCannotStart = 3;
 
-    explicit CSecureDelete(CWnd* ownerWindow = nullptr);
+    // `results`, which outlives the dialog, has what was deleted and what was not once it has ended.
+    CSecureDelete(CWnd* ownerWindow, FailedDeletions& results);
     ~CSecureDelete() override;
 
-    // The selected items of a folder. Set before DoModal, which ends when no worker reads them any more.
-    std::vector<RememberedObject> chosen;
+    // What is to be deleted, below one folder. Set before DoModal, which ends when no worker reads them any
+    // more.
+    std::vector<DeletionTarget> chosen;
 
   protected:
     bool OnInitDialog() override;
@@ -36,10 +39,17 @@ class CSecureDelete : public CDialog {
 
     void Stop();
 
+    FailedDeletions& left;  // the worker's while it runs
     std::atomic<bool> stopRequested = false;
     std::atomic<bool> isCancelled = false;  // by Escape
     std::unique_ptr<Run> run;               // what the worker has; null: not started
     WorkerThread worker;
 };
+
+// Runs a secure deletion of the selected items of a folder, and then shows what is left of them. Returns the
+// dialog's result.
+int DeleteForGood(CWnd* owner, std::vector<RememberedObject> chosen);
+// Deletes the failed objects of `left` again, which is borrowed, and puts what comes of it there.
+TryAgain DeletionAgain(FailedDeletions& left);
 
 }  // namespace permora

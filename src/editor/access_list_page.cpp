@@ -2,6 +2,7 @@
 
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "editor/account_picker.h"
 #include "editor/permission_entry_dialog.h"
@@ -70,7 +71,10 @@ void AccessListPage::ReadFirstItem() {
     Enable({IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES, IDC_ACCESS_LIST, IDC_EDIT_ENTRY,
             IDC_REMOVE_ENTRY},
            false);
-    if (ReadItem()) RenderRows();
+    if (!ReadItem()) return;
+    readOnlyReason = ReadOnlyReason();
+    if (!readOnlyReason.empty()) Enable({IDC_INHERIT_FROM_PARENT, IDC_REPLACE_CHILD_ENTRIES}, false);
+    RenderRows();
 }
 
 void AccessListPage::RenderRows() {
@@ -86,14 +90,26 @@ void AccessListPage::RenderRows() {
         list.SetItemText(position, 4, row.applyTo);
         list.SetItemData(position, static_cast<std::intptr_t>(row.entryIndex));
     }
-    GetDlgItem(IDC_LIST_REMARK)->SetWindowText(RemarkOn(EditedList()));
-    Enable({IDC_ADD_ENTRY}, true);
+    GetDlgItem(IDC_LIST_REMARK)
+        ->SetWindowText(readOnlyReason.empty() ? RemarkOn(EditedList()) : readOnlyReason);
+    ShowEmptyListText();
+    OnRowsRendered();
+    Enable({IDC_ADD_ENTRY}, readOnlyReason.empty());
     if (list.GetItemCount() == 0) return;
     list.SetSelected(0, true);
     Enable({IDC_EDIT_ENTRY}, true);
     OnListClicked();
     Enable({IDC_ACCESS_LIST}, true);
     list.SetFocus();
+}
+
+// A list may have entries that have no rows.
+void AccessListPage::ShowEmptyListText() {
+    AccessList().SetEmptyText(EditedList().Entries().empty() ? EmptyListText() : std::string());
+}
+
+void AccessListPage::ShowKept(const std::string& text) {
+    GetDlgItem(IDC_LIST_KEPT)->SetWindowText(text);
 }
 
 void AccessListPage::RenderNames() {
@@ -129,7 +145,8 @@ void AccessListPage::OnEdit() {
     dialog.choice = ChoiceOf(entry);
     dialog.inheritedEntry = entry.IsInherited();
     dialog.singleScope = editScopes == EditScopes::kThisObjectOnly;
-    if (dialog.DoModal() != IDOK) return;
+    dialog.readOnly = !readOnlyReason.empty();
+    if (dialog.DoModal() != IDOK || dialog.readOnly) return;
     RedrawWindow();
     EditedList().EditEntry(*index, dialog.choice);
     RenderRows();
@@ -147,18 +164,19 @@ void AccessListPage::OnRemove() {
 // An inherited entry cannot be removed.
 void AccessListPage::OnListClicked() {
     if (const auto index = SelectedEntry())
-        Enable({IDC_REMOVE_ENTRY}, !EditedList().Entries()[*index].IsInherited());
+        Enable({IDC_REMOVE_ENTRY}, readOnlyReason.empty() && !EditedList().Entries()[*index].IsInherited());
 }
 
 void AccessListPage::MarkChanged() {
     SetModified(true);
     changed = true;
+    ShowEmptyListText();
 }
 
 void AccessListPage::ReadAnew() {
+    changed = false;
     ReadFirstItem();
     SetModified(false);
-    changed = false;
 }
 
 UniqueLocal<ACL> AccessListPage::MakeList() {
@@ -168,8 +186,8 @@ UniqueLocal<ACL> AccessListPage::MakeList() {
 }
 
 bool AccessListPage::FinishApply() {
-    if (changed) ReadFirstItem();
-    changed = false;
+    const bool wasChanged = std::exchange(changed, false);
+    if (wasChanged) ReadFirstItem();
     return CPropertyPage::OnApply();
 }
 

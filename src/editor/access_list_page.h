@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <initializer_list>
 #include <optional>
+#include <string>
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
@@ -37,10 +38,19 @@ class AccessListPage : public CPropertyPage {
     // Reads the list of the first item and sets the two boxes. The boxes, the list, "Edit..." and "Remove"
     // are disabled. On false, the reason has been shown; the entries are as they were, or there are none.
     virtual bool ReadItem() = 0;
+    // Why the list cannot be changed; empty where it can. Asked for after each read.
+    virtual std::string ReadOnlyReason() { return {}; }
     // The list as last read, with the edits since.
     virtual AccessEntryList& EditedList() = 0;
+    // What a list without entries means.
+    virtual std::string EmptyListText() const = 0;
+    // The rows have just been made anew.
+    virtual void OnRowsRendered() {}
 
     bool IsChanged() const { return changed; }
+    CListCtrl& AccessList() const;
+    // A sentence or two below the list: where it is kept, and who obeys it.
+    void ShowKept(const std::string& text);
     // The edited list, to be written. Null after an error box.
     UniqueLocal<ACL> MakeList();
     // Ends an OnApply that has written the list, or had nothing to write.
@@ -64,7 +74,7 @@ class AccessListPage : public CPropertyPage {
     void ReadFirstItem();
     // Shows names that have become known.
     void RenderNames();
-    CListCtrl& AccessList() const;
+    void ShowEmptyListText();
     // The index of the selected row's entry in the list. None without a selection, and after a failed read,
     // when the rows may show entries that are gone.
     std::optional<std::size_t> SelectedEntry();
@@ -72,6 +82,7 @@ class AccessListPage : public CPropertyPage {
     EditScopes editScopes;
     UniqueLibrary library;  // where the list's functions are looked up
     bool changed = false;   // since the last read
+    std::string readOnlyReason;
     AccountNewsWatch news;
 };
 

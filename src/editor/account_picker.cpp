@@ -1,7 +1,5 @@
 #include "editor/account_picker.h"
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "editor/required_control.h"
@@ -9,6 +7,7 @@
 #include "framework/styles.h"
 #include "platform/api/errors.h"
 #include "platform/api/shell.h"
+#include "platform/ascii.h"
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/account_lookup.h"
@@ -16,8 +15,6 @@
 
 namespace permora {
 namespace {
-
-enum Column { kName, kDomain, kType };
 
 std::string CountText(int count) {
     return count == 1 ? "1 account" : std::to_string(count) + " accounts";
@@ -34,6 +31,7 @@ const MessageMap& CDlgUsersAndGroups::GetMessageMap() const {
             {IDC_STOP_SEARCH, Notify::kClicked, &CDlgUsersAndGroups::OnStop},
             {IDC_FOUND_ACCOUNTS, Notify::kClick, &CDlgUsersAndGroups::OnAccountClicked},
             {IDC_FOUND_ACCOUNTS, Notify::kItemChanged, &CDlgUsersAndGroups::OnAccountSelected},
+            {IDC_FOUND_ACCOUNTS, Notify::kColumnClick, &CDlgUsersAndGroups::OnColumnClick},
             {IDC_FOUND_ACCOUNTS, Notify::kDoubleClick, &CDlgUsersAndGroups::OnOK},
             {IDC_PICKER_OK, Notify::kClicked, &CDlgUsersAndGroups::OnOK},
             {IDC_PICKER_CANCEL, Notify::kClicked, &CDlgUsersAndGroups::OnCancel},
@@ -50,32 +48,41 @@ bool CDlgUsersAndGroups::OnInitDialog() {
     SetName(AccountNameSoFar(result));
     ShowSearch(SearchState::kIdle, "");
     list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
-    list.InsertColumn(kName, "Name", 120);
-    list.InsertColumn(kDomain, "Domain", 100);
-    list.InsertColumn(kType, "Type", 100);
+    list.InsertColumn(FoundAccounts::kName, "Name", 120);
+    list.InsertColumn(FoundAccounts::kDomain, "Domain", 100);
+    list.InsertColumn(FoundAccounts::kType, "Type", 100);
+    list.SetTexts(&found);
     CDialog::OnInitDialog();
     nameField.SetFocus();
     return false;  // the focus is set
 }
 
 void CDlgUsersAndGroups::OnFind() {
-    FoundAccounts().DeleteAllItems();
+    FoundList().DeleteAllItems();
+    found.Clear();
     Outcome outcome;
-    std::vector<AccountRecord> found;
-    DoLongWork(*this, [&] { outcome = FindLocalAccounts(found); });
+    std::vector<AccountRecord> accounts;
+    DoLongWork(*this, [&] { outcome = FindLocalAccounts(accounts); });
     ShowOutcome(GetSafeHwnd(), outcome);
-    local = std::move(found);
-    ShowFound();
+    local = std::move(accounts);
+    found.Add(local);
+    covered.reset();
+    ShowRows();
+    SearchDomain();
 }
 
-void CDlgUsersAndGroups::ShowFound() {
-    FoundAccounts().DeleteAllItems();
-    std::vector<AccountRecord> shown;
-    std::ranges::copy_if(local, std::back_inserter(shown),
-                         [this](const AccountRecord& account) { return IsFoundBy(typed, account); });
-    AddRows(shown);
+void CDlgUsersAndGroups::ShowRows() {
+    found.SetFilter(typed);
+    CListCtrl& list = FoundList();
+    list.DeleteAllItems();
+    list.AppendItems(found.Count());
     ShowEnd({});
+}
+
+void CDlgUsersAndGroups::SearchDomain() {
     if (StateOfDomain().availability == DomainAvailability::kNone) return;
+    covered.reset();
+    searched = typed;
     const DWORD error = domain.Start(typed, local);
     if (error == ERROR_SUCCESS)
         ShowProgress();
@@ -83,14 +90,19 @@ void CDlgUsersAndGroups::ShowFound() {
         ShowSearch(SearchState::kIdle, SystemMessageLine(error));
 }
 
+void CDlgUsersAndGroups::EndSearch(const SearchOutcome& outcome) {
+    if (outcome.error == ERROR_SUCCESS) covered = searched;
+    ShowEnd(outcome);
+}
+
 void CDlgUsersAndGroups::ShowProgress() {
     ShowSearch(SearchState::kRunning,
-               "Searching the domain: " + CountText(FoundAccounts().GetItemCount()) + " so far");
+               "Searching the domain: " + CountText(FoundList().GetItemCount()) + " so far");
 }
 
 // A list that is not whole never looks so.
 void CDlgUsersAndGroups::ShowEnd(const SearchOutcome& outcome) {
-    const std::string count = CountText(FoundAccounts().GetItemCount());
+    const std::string count = CountText(FoundList().GetItemCount());
     const std::string missing = MissingAccountsText(outcome);
     if (outcome.error == ERROR_OPERATION_ABORTED)
         ShowSearch(SearchState::kIdle, "Stopped: there may be more than these " + count);
@@ -98,14 +110,33 @@ void CDlgUsersAndGroups::ShowEnd(const SearchOutcome& outcome) {
         ShowSearch(SearchState::kIdle, missing.empty() ? count : missing);
 }
 
-void CDlgUsersAndGroups::AddRows(const std::vector<AccountRecord>& accounts) {
-    CListCtrl& list = FoundAccounts();
-    for (const AccountRecord& account : accounts) {
-        const int row = list.GetItemCount();
-        list.InsertItem(row, account.name);
-        list.SetItemText(row, kDomain, account.domain);
-        list.SetItemText(row, kType, AccountTypeText(account.use));
-    }
+void CDlgUsersAndGroups::TakeAccounts(const std::vector<AccountRecord>& accounts) {
+    CListCtrl& list = FoundList();
+    const auto selected = found.AccountAt(list.NextSelected(0));
+    found.Add(accounts);
+    list.AppendItems(found.Count() - list.GetItemCount());
+    SelectAgain(selected);
+}
+
+void CDlgUsersAndGroups::SelectAgain(std::optional<std::size_t> account) {
+    CListCtrl& list = FoundList();
+    if (!account || found.AccountAt(list.NextSelected(0)) == account) return;
+    const int row = found.RowOf(*account);
+    list.SetSelected(row, true);
+    list.SetFocusedRow(row);
+}
+
+// The first click on a header sorts up, the next one down.
+void CDlgUsersAndGroups::OnColumnClick(Notification& notification) {
+    CListCtrl& list = FoundList();
+    const auto selected = found.AccountAt(list.NextSelected(0));
+    const auto before = found.Sorting();
+    const bool isUp = before && before->column == notification.column && before->direction == SortOrder::kUp;
+    const SortOrder direction = isUp ? SortOrder::kDown : SortOrder::kUp;
+    found.SortBy({notification.column, direction});
+    list.ShowSortMark(notification.column, direction);
+    SelectAgain(selected);
+    list.RedrawWindow();
 }
 
 void CDlgUsersAndGroups::ShowSearch(SearchState state, const std::string& text) {
@@ -122,13 +153,17 @@ void CDlgUsersAndGroups::OnStop() {
 void CDlgUsersAndGroups::OnDestroy() {
     domain.Close();
     local.clear();
+    found = {};
     CDialog::OnDestroy();
 }
 
-// After the first search, the list follows what is typed.
+// After the first search, the list follows what is typed. The domain is searched again only for accounts that
+// may be missing.
 void CDlgUsersAndGroups::OnTextChanged() {
     typed = isOwnText ? std::string() : NameField().GetWindowText();
-    if (!isOwnText && !local.empty()) ShowFound();
+    if (isOwnText || local.empty()) return;
+    ShowRows();
+    if (!covered || InLowerCase(typed).find(InLowerCase(*covered)) == std::string::npos) SearchDomain();
 }
 
 void CDlgUsersAndGroups::SetName(const std::string& name) {
@@ -138,16 +173,13 @@ void CDlgUsersAndGroups::SetName(const std::string& name) {
 }
 
 void CDlgUsersAndGroups::OnAccountClicked(Notification& notification) {
-    if (notification.row < 0) return;  // beside the rows
-    const CListCtrl& list = FoundAccounts();
-    const std::string name = list.GetItemText(notification.row, kName);
-    if (name.empty()) return;
-    SetName(QualifiedAccountName(list.GetItemText(notification.row, kDomain), name));
+    // None beside the rows.
+    if (const auto account = found.AccountAt(notification.row)) SetName(found.TextFor(*account));
 }
 
 // The keyboard selects without a click.
 void CDlgUsersAndGroups::OnAccountSelected(Notification& notification) {
-    if (FoundAccounts().IsSelected(notification.row)) OnAccountClicked(notification);
+    if (FoundList().IsSelected(notification.row)) OnAccountClicked(notification);
 }
 
 void CDlgUsersAndGroups::OnOK() {
@@ -167,7 +199,7 @@ void CDlgUsersAndGroups::OnOK() {
     CDialog::OnOK();
 }
 
-CListCtrl& CDlgUsersAndGroups::FoundAccounts() const {
+CListCtrl& CDlgUsersAndGroups::FoundList() const {
     return RequiredControl<CListCtrl>(*this, IDC_FOUND_ACCOUNTS, "Error: cannot get control pointer");
 }
 

@@ -1,10 +1,12 @@
 // CDlgUsersAndGroups: the user types an account or chooses one of the machine's or its domain's.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "editor/domain_search.h"
+#include "editor/found_accounts.h"
 #include "framework/dialog.h"
 #include "framework/list_ctrl.h"
 #include "security/account_record.h"
@@ -30,30 +32,39 @@ class CDlgUsersAndGroups : public CDialog {
     void OnFind();
     void OnStop();
     void OnTextChanged();
-    // Shows the accounts of this machine that the typed text finds, and begins to search the domain.
-    void ShowFound();
-    void AddRows(const std::vector<AccountRecord>& accounts);
+    void OnColumnClick(Notification& notification);
+    // Shows what the typed text finds among the accounts that are known.
+    void ShowRows();
+    // Searches the domain for more.
+    void SearchDomain();
+    void TakeAccounts(const std::vector<AccountRecord>& accounts);
     void ShowProgress();
+    void EndSearch(const SearchOutcome& outcome);
     void ShowEnd(const SearchOutcome& outcome);
     enum class SearchState { kIdle, kRunning };
     void ShowSearch(SearchState state, const std::string& text);
     void SetName(const std::string& name);
+    // Selects the account again after rows have come or moved.
+    void SelectAgain(std::optional<std::size_t> account);
     void OnAccountClicked(Notification& notification);
     void OnAccountSelected(Notification& notification);
 
     // Each ends the program, after its box, when the control is missing.
-    CListCtrl& FoundAccounts() const;
+    CListCtrl& FoundList() const;
     CEdit& NameField() const;
 
-    std::vector<AccountRecord> local;  // the machine's accounts; none before the first search
-    std::string typed;                 // by the user; empty for a text that the dialog itself has put in
-    bool isOwnText = false;            // while the dialog puts one in
+    std::vector<AccountRecord> local;    // the machine's accounts; none before the first search
+    FoundAccounts found;                 // all that were found since "Find" was last pressed
+    std::optional<std::string> covered;  // every account of the domain that has this text is among them
+    std::string searched;                // in the domain, last
+    std::string typed;                   // by the user; empty for a text that the dialog itself has put in
+    bool isOwnText = false;              // while the dialog puts one in
     DomainSearch domain{*this,
                         [this](const auto& accounts) {
-                            AddRows(accounts);
+                            TakeAccounts(accounts);
                             ShowProgress();
                         },
-                        [this](const auto& outcome) { ShowEnd(outcome); }};
+                        [this](const auto& outcome) { EndSearch(outcome); }};
 };
 
 }  // namespace permora

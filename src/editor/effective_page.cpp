@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "editor/account_picker.h"
+#include "editor/compare_dialog.h"
 #include "editor/explanation_dialog.h"
 #include "editor/required_control.h"
 #include "framework/long_work.h"
@@ -13,9 +14,11 @@
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
 #include "platform/api/shell.h"
+#include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/effective_rights.h"
 #include "security/message_boxes.h"
+#include "security/rights_comparison.h"
 #include "security/rights_explanation.h"
 #include "shares/network_rights.h"
 
@@ -24,11 +27,7 @@ namespace {
 
 constexpr const char* kAskExactly = "Ask &exactly";
 
-std::string AsSentence(std::string text) {
-    if (text.front() >= 'a' && text.front() <= 'z')
-        text.front() = static_cast<char>(text.front() - ('a' - 'A'));
-    return text + '.';
-}
+constexpr int kNetworkRightsWidth = 600;
 
 // What the dialog shows.
 struct Explained {
@@ -38,22 +37,38 @@ struct Explained {
     std::vector<std::string> remarks;
 };
 
-Explained Explain(const HeldObject& object, PACL dacl, const AccountRecord& account, GroupsRequest request) {
+Explained Explain(const HeldObject& object, PACL dacl, const AccountGroups& groups,
+                  const std::vector<std::string>& network) {
     Explained explained;
-    AccountGroups groups;
     RightsExplanation explanation;
-    explained.error = FindAccountGroups(*account.sid, request, groups);
-    if (explained.error == ERROR_SUCCESS) explained.error = ExplainRights(object, dacl, groups, explanation);
+    explained.error = ExplainRights(object, dacl, groups, explanation);
     if (explained.error != ERROR_SUCCESS) return explained;
     explained.rights = explanation.rights;
     explained.rows = ExplanationRows(explanation, AccountDisplayName);
     for (const std::string& remark : RemarksOnExplanation(explanation, AccountDisplayName))
         explained.remarks.push_back(AsSentence(remark));
-    const NetworkAnswers network = FindNetworkRights(object, explanation);
-    for (const std::string& remark : RemarksOnNetwork(network, AccountDisplayName))
-        explained.remarks.push_back(AsSentence(remark));
+    explained.remarks.insert(explained.remarks.end(), network.begin(), network.end());
     explained.remarks.push_back(AsSentence(kNotExplained));
     return explained;
+}
+
+// The lists of all items, with the accounts to begin with. Returns why some are not known, or an empty text.
+std::string ReadLists(const RememberedPlace& place, RightsComparison& comparison) {
+    std::string reason;
+    for (const RememberedObject& item : place.items) {
+        HeldObject object;
+        ReadParts parts;
+        Outcome outcome = FindItem(item, object);
+        if (outcome.IsDone()) outcome.code = object.ReadSecurity(DACL_SECURITY_INFORMATION, parts);
+        if (outcome.IsDone()) {
+            comparison.AddObject(parts.dacl);
+            continue;
+        }
+        comparison.AddUnknownObject();
+        if (reason.empty()) reason = item.Path() + ": " + SystemMessageLine(outcome.code);
+    }
+    const std::string count = std::to_string(comparison.UnknownCount());
+    return reason.empty() ? reason : "the lists of " + count + " objects cannot be read (" + reason + ")";
 }
 
 }  // namespace
@@ -62,13 +77,17 @@ Explained Explain(const HeldObject& object, PACL dacl, const AccountRecord& acco
 struct CPage4::Inquiry {
     AccountRecord account;
     GroupsRequest request = GroupsRequest::kUsual;
+    HeldObject object{};
     ReadParts parts{};
     DWORD error = ERROR_SUCCESS;
     EffectiveRights effective{};
     std::string remarks{};  // sentences on the rights, or on groups that are not known
+    AccountGroups groups{};
+    std::vector<std::string> network{};  // sentences
 
     void FindAnswer() {
         error = FindEffectiveRights(parts.dacl, account, request, effective);
+        if (error == ERROR_SUCCESS) error = FindAccountGroups(*account.sid, request, groups);
         if (error != ERROR_SUCCESS) {
             remarks = UnknownGroupsText(error, request, account);
             if (!remarks.empty()) remarks = AsSentence(remarks);
@@ -76,6 +95,10 @@ struct CPage4::Inquiry {
         }
         for (const std::string& remark : RemarksOnRights(parts.dacl, account, effective))
             remarks += (remarks.empty() ? "" : " ") + AsSentence(remark);
+        const NetworkAnswers answers = NetworkShares().RightsOf(object, groups);
+        for (const std::string& remark : RemarksOnNetwork(answers, AccountDisplayName))
+            network.push_back(AsSentence(remark));
+        if (network.empty()) network.emplace_back("No share of this machine holds the object.");
     }
 };
 
@@ -86,6 +109,7 @@ const MessageMap& CPage4::GetMessageMap() const {
                                    {IDC_CHANGE_EFFECTIVE_ACCOUNT, Notify::kClicked, &CPage4::OnChangeAccount},
                                    {IDC_EXACT_GROUPS, Notify::kClicked, &CPage4::OnAskExactly},
                                    {IDC_EXPLAIN_RIGHTS, Notify::kClicked, &CPage4::OnExplain},
+                                   {IDC_COMPARE_ACCOUNTS, Notify::kClicked, &CPage4::OnCompare},
                                });
     return kMap;
 }
@@ -94,9 +118,10 @@ CPage4::CPage4() : CPropertyPage(IDD_EFFECTIVE_PERMISSIONS_PAGE, IDS_EFFECTIVE_P
 
 bool CPage4::OnInitDialog() {
     CListCtrl& list = RightsList();
-    AccountField().EnableWindow(false);
-    list.SetExtendedStyle(ListStyle::kCheckBoxes);
-    list.EnableWindow(false);  // the marks are read-only
+    (void)AccountField();  // must be there
+    list.SetExtendedStyle(ListStyle::kCheckBoxes | ListStyle::kFixedMarks);
+    NetworkList().InsertColumn(0, "Over the network", kNetworkRightsWidth);
+    NetworkList().SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
     for (const AccessRight& right : kAccessRights)
         list.InsertItem(list.GetItemCount(), right.listName);
     OfferExactGroups(GroupsOrigin::kThisMachine);
@@ -121,8 +146,7 @@ void CPage4::OnChangeAccount() {
     if (picker.DoModal() != IDOK) return;
     StopAsking();
     Inquiry inquiry{.account = picker.result};
-    HeldObject object;
-    if (!ReadList(inquiry, object)) return;
+    if (!ReadList(inquiry)) return;
     DoLongWork(*this, [&] { inquiry.FindAnswer(); });
     if (ShowAnswer(inquiry)) AccountField().SetWindowText(AccountNameSoFar(account));
 }
@@ -134,8 +158,7 @@ void CPage4::OnAskExactly() {
         return;
     }
     const auto inquiry = std::make_shared<Inquiry>(Inquiry{account, GroupsRequest::kExact});
-    HeldObject object;
-    if (!ReadList(*inquiry, object)) return;
+    if (!ReadList(*inquiry)) return;
     const DWORD error = exactly.Ask([inquiry] { inquiry->FindAnswer(); },
                                     [this, inquiry] {
                                         StopAsking();
@@ -153,13 +176,12 @@ void CPage4::OnAskExactly() {
 void CPage4::OnExplain() {
     StopAsking();
     Inquiry inquiry{.account = account, .request = request};
-    HeldObject object;
     Explained explained;
-    if (!ReadList(inquiry, object)) return;
+    if (!ReadList(inquiry)) return;
     DoLongWork(*this, [&] {
         inquiry.FindAnswer();
         if (inquiry.error == ERROR_SUCCESS)
-            explained = Explain(object, inquiry.parts.dacl, inquiry.account, inquiry.request);
+            explained = Explain(inquiry.object, inquiry.parts.dacl, inquiry.groups, inquiry.network);
     });
     if (!ShowAnswer(inquiry)) return;
     if (explained.error != ERROR_SUCCESS) {
@@ -179,6 +201,18 @@ void CPage4::OnExplain() {
     dialog.DoModal();
 }
 
+void CPage4::OnCompare() {
+    StopAsking();
+    RightsComparison comparison(request);
+    CCompareAccountsDlg dialog(comparison, this);
+    const bool isChosen = !AccountField().GetWindowText().empty();
+    DoLongWork(*this, [&] {
+        dialog.unread = ReadLists(*place, comparison);
+        if (isChosen) comparison.AddAccount(account);
+    });
+    dialog.DoModal();
+}
+
 void CPage4::StopAsking() {
     exactly.Forget();
     ExactButton().SetWindowText(kAskExactly);
@@ -190,9 +224,10 @@ void CPage4::OfferExactGroups(GroupsOrigin origin) {
     ExactButton().ShowWindow(isOffered ? SW_SHOW : SW_HIDE);
 }
 
-bool CPage4::ReadList(Inquiry& inquiry, HeldObject& object) {
-    Outcome outcome = FindItem(place->items.front(), object);
-    if (outcome.IsDone()) outcome.code = object.ReadSecurity(DACL_SECURITY_INFORMATION, inquiry.parts);
+bool CPage4::ReadList(Inquiry& inquiry) {
+    Outcome outcome = FindItem(place->items.front(), inquiry.object);
+    if (outcome.IsDone())
+        outcome.code = inquiry.object.ReadSecurity(DACL_SECURITY_INFORMATION, inquiry.parts);
     ShowOutcome(GetSafeHwnd(), outcome);
     if (!outcome.IsDone()) return false;
     if (inquiry.parts.dacl != nullptr) return true;
@@ -216,6 +251,9 @@ bool CPage4::ShowAnswer(Inquiry& inquiry) {
     GetDlgItem(IDC_EXPLAIN_RIGHTS)->EnableWindow(true);
     remarks = inquiry.remarks;
     ShowRemarks(remarks);
+    NetworkList().DeleteAllItems();
+    for (const std::string& sentence : inquiry.network)
+        NetworkList().InsertItem(NetworkList().GetItemCount(), sentence);
     OfferExactGroups(inquiry.effective.origin);
     return true;
 }
@@ -230,6 +268,10 @@ CButton& CPage4::ExactButton() const {
 
 CListCtrl& CPage4::RightsList() const {
     return RequiredControl<CListCtrl>(*this, IDC_EFFECTIVE_RIGHTS);
+}
+
+CListCtrl& CPage4::NetworkList() const {
+    return RequiredControl<CListCtrl>(*this, IDC_NETWORK_RIGHTS);
 }
 
 CEdit& CPage4::AccountField() const {

@@ -30,9 +30,10 @@ class CPage4 : public CPropertyPage {
     void OnChangeAccount();
     void OnAskExactly();
     void OnExplain();
+    void OnCompare();
     void StopAsking();
     // On false, nothing has changed, and a message box has been shown.
-    bool ReadList(Inquiry& inquiry, HeldObject& object);
+    bool ReadList(Inquiry& inquiry);
     bool ShowAnswer(Inquiry& inquiry);
     void ShowRemarks(const std::string& text);
     // For an account whose groups may be known better.
@@ -40,6 +41,7 @@ class CPage4 : public CPropertyPage {
     CButton& ExactButton() const;
 
     CListCtrl& RightsList() const;
+    CListCtrl& NetworkList() const;
     CEdit& AccountField() const;
 
     AccountRecord account;                          // whose marks are shown

@@ -3,17 +3,18 @@
 #include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "framework/long_work.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
-#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
 
-bool IsOutOfDate(const Outcomes& outcomes) {
-    return !outcomes.empty() && outcomes.front().code == ERROR_REVISION_MISMATCH;
+bool IsOutOfDate(const ChangeResults& results) {
+    const std::vector<ObjectResult>& failed = results.Listed(ResultState::kFailed);
+    return !failed.empty() && failed.back().outcome.code == ERROR_REVISION_MISMATCH;
 }
 
 // Passes a change on, and remembers what its first object is given.
@@ -69,21 +70,24 @@ bool MayOverwriteList(HWND owner, const std::string& item) {
     return MessageBoxA(owner, text.c_str(), "Changed meanwhile", MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
 
-bool WriteListAsking(CWnd& page, const RememberedPlace& place, std::optional<DaclInheritance> inheritance,
-                     const ListsByKind& lists, ReadParts& shown, ChangeRecorder& recorder) {
-    Outcomes outcomes;
+bool WriteListAsking(CWnd& window, std::span<const RememberedObject> items,
+                     std::span<const ObjectPlace> places, std::optional<DaclInheritance> inheritance,
+                     const ListsByKind& lists, ReadParts& shown, ChangeRecorder& recorder,
+                     ChangeResults& results) {
     FirstRemembered remembering(recorder);
     // Where no list is expected, none is out of date.
     for (PSECURITY_DESCRIPTOR expected = shown.descriptor.get();; expected = nullptr) {
-        DoLongWork(page, [&] {
-            outcomes = WriteListToItems(place.items, inheritance, lists, expected, remembering);
-            ShowWritten(place.items.front(), remembering, shown);
+        ChangeResults written = results;
+        DoLongWork(window, [&] {
+            WriteListToItems(items, places, inheritance, lists, expected, remembering, written);
+            ShowWritten(items.front(), remembering, shown);
         });
-        if (!IsOutOfDate(outcomes)) break;
-        if (!MayOverwriteList(page.GetSafeHwnd(), outcomes.front().object)) return false;
+        if (!IsOutOfDate(written)) {
+            results = std::move(written);
+            return true;
+        }
+        if (!MayOverwriteList(window.GetSafeHwnd(), items.front().Path())) return false;
     }
-    ShowOutcomes(page.GetSafeHwnd(), outcomes);
-    return true;
 }
 
 }  // namespace permora

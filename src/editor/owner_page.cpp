@@ -2,50 +2,67 @@
 
 #include <algorithm>
 #include <atomic>
-#include <iterator>
 #include <span>
 #include <utility>
 
+#include "editor/account_picker.h"
 #include "editor/change_making.h"
 #include "editor/required_control.h"
 #include "framework/long_work.h"
 #include "framework/stoppable_work.h"
 #include "platform/api/errors.h"
+#include "platform/api/messages.h"
 #include "resources/resource_ids.h"
+#include "security/distinct_names.h"
 #include "security/folder_walk.h"
 #include "security/message_boxes.h"
 #include "security/owner_candidates.h"
+#include "security/results_dialog.h"
 
 namespace permora {
 namespace {
 
 constexpr int kColumnWidth = 500;
 
-Outcomes ApplyToItems(std::span<const RememberedObject> items, PSID newOwner, ChangeRecorder& recorder) {
-    Outcomes failures;
-    for (const RememberedObject& item : items) {
+constexpr const char* kOthersNeedPrivilege =
+    "Only who holds the privilege to restore files gives them to others.";
+
+void ApplyToItems(std::span<const RememberedObject> items, std::span<const ObjectPlace> places, PSID newOwner,
+                  ChangeRecorder& recorder, ChangeResults& results) {
+    for (const ObjectPlace& place : places) {
+        if (place.part != ObjectPart::kObject || IsSingleBelow(place)) continue;
         HeldObject object;
-        Outcome outcome = FindItem(item, object);
+        Outcome outcome = FindPlace(items, place, object);
         if (outcome.IsDone()) {
             outcome = OutcomeOfChange(object.WriteOwner(newOwner, recorder), recorder);
-            outcome.object = item.Path();
+            outcome.object = items[place.item].Path();
         }
-        if (!outcome.IsDone()) failures.push_back(outcome);
+        results.Add({place, outcome});
         if (outcome.step == Step::kRecord) break;
     }
-    return failures;
 }
 
-// Objects in a tree that cannot be changed are left as they are.
-Outcomes ApplyBelow(std::span<const RememberedObject> items, PSID newOwner, ChangeRecorder& recorder) {
+// A file that may belong elsewhere is left alone, as by the walk.
+DWORD ApplyToObject(const HeldObject& object, PSID newOwner, ChangeRecorder& recorder) {
+    bool hasSeveralNames = false;
+    if (!object.IsFolder())
+        if (const DWORD error = object.HasSeveralNames(hasSeveralNames); error != ERROR_SUCCESS) return error;
+    return hasSeveralNames ? kHasFurtherNames : object.WriteOwner(newOwner, recorder);
+}
+
+void ApplyBelow(std::span<const RememberedObject> items, std::span<const ObjectPlace> places, PSID newOwner,
+                ChangeRecorder& recorder, ChangeResults& results) {
     std::atomic<bool> isStopped = false;  // the program ends
     const StoppableWork stoppable([&] { isStopped = true; });
-    return WalkFolders(
-        items, recorder, [&](const char* /*name*/) { return !isStopped; },
-        [&](const HeldObject& folder, TreeObserver& observer) {
-            TreeCounts counts;
-            return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, recorder, observer, counts);
-        });
+    const auto applyBelow = [&](const HeldObject& folder, TreeObserver& observer) {
+        TreeCounts counts;
+        return folder.SetOwnersBelow(newOwner, LinkedFiles::kPassOver, TreeListMode::kWrite, recorder,
+                                     observer, counts);
+    };
+    const auto apply = [&](const HeldObject& object) { return ApplyToObject(object, newOwner, recorder); };
+    WalkFolders(
+        items, places, recorder, [&](const char* /*name*/) { return !isStopped; },
+        {.below = applyBelow, .object = apply}, results);
 }
 
 }  // namespace
@@ -56,6 +73,7 @@ const MessageMap& CPage3::GetMessageMap() const {
                                {
                                    {IDC_OWNER_CANDIDATES, Notify::kClick, &CPage3::OnCandidateClicked},
                                    {IDC_OWNER_CANDIDATES, Notify::kItemChanged, &CPage3::OnCandidateSelected},
+                                   {IDC_OTHER_OWNER, Notify::kClicked, &CPage3::OnOtherAccount},
                                });
     return kMap;
 }
@@ -68,6 +86,8 @@ bool CPage3::OnInitDialog() {
     list.SetExtendedStyle(ListStyle::kFullRowSelect);
     list.InsertColumn(0, "", kColumnWidth);
     changed = false;
+    others.clear();
+    owner = {};
     news.Start([this] { RenderNames(); });
     Fill();
     return CPropertyPage::OnInitDialog();
@@ -82,29 +102,73 @@ void CPage3::OnDestroy() {
 void CPage3::Fill() {
     OwnerCandidates found = FindOwnerCandidates();
     ShowOutcomes(GetSafeHwnd(), found.failures);
+    OfferChanges(found.isAnyoneAllowed);
     if (!found.accounts) return;
-    candidates = std::move(*found.accounts);
-    CListCtrl& list = CandidateList();
-    list.DeleteAllItems();
-    for (AccountRecord& candidate : candidates)
-        list.InsertItem(list.GetItemCount(), AccountNameSoFar(candidate));
+    candidates.clear();
+    CandidateList().DeleteAllItems();
+    for (const AccountRecord& account : *found.accounts)
+        AddCandidate(account);
+    for (const AccountRecord& account : others)
+        AddCandidate(account);
+    RenderNames();
     ShowOwner();
 }
 
+// What this user lacks the right for is disabled, with the reason.
+void CPage3::OfferChanges(bool isAnyoneAllowed) {
+    std::string remark = ReadOnlyReason(place->items, OWNER_SECURITY_INFORMATION);
+    const bool canChange = remark.empty();
+    if (canChange && !isAnyoneAllowed) remark = kOthersNeedPrivilege;
+    CandidateList().EnableWindow(canChange);
+    TreeBox().EnableWindow(canChange);
+    RequiredControl<CButton>(*this, IDC_OTHER_OWNER).EnableWindow(canChange && isAnyoneAllowed);
+    RequiredControl<CStatic>(*this, IDC_OWNER_REMARK).SetWindowText(remark);
+}
+
+int CPage3::AddCandidate(const AccountRecord& account) {
+    const auto known = std::ranges::find_if(
+        candidates, [&](const AccountRecord& candidate) { return IsSameAccount(candidate, account); });
+    const auto row = static_cast<int>(known - candidates.begin());
+    if (known == candidates.end()) {
+        candidates.push_back(account);
+        CandidateList().InsertItem(row, "");
+    }
+    return row;
+}
+
 void CPage3::RenderNames() {
-    for (std::size_t row = 0; row < candidates.size(); ++row)
-        CandidateList().SetItemText(static_cast<int>(row), 0, AccountNameSoFar(candidates[row]));
-    if (owner.sid) OwnerField().SetWindowText(AccountNameSoFar(owner));
+    DistinctNames names;
+    for (AccountRecord& candidate : candidates)
+        names.Note(AccountNameSoFar(candidate), candidate);
+    names.Note(AccountNameSoFar(owner), owner);
+    for (int row = 0; AccountRecord & candidate : candidates)
+        CandidateList().SetItemText(row++, 0, names.Of(AccountNameSoFar(candidate), candidate));
+    if (owner.sid) OwnerField().SetWindowText(names.Of(AccountNameSoFar(owner), owner));
+}
+
+void CPage3::OnOtherAccount() {
+    CDlgUsersAndGroups picker(this);
+    if (picker.DoModal() != IDOK) return;
+    RedrawWindow();
+    others.push_back(picker.result);
+    const int row = AddCandidate(picker.result);
+    RenderNames();
+    CListCtrl& list = CandidateList();
+    list.SetSelected(row, true);  // marks the page changed
+    list.EnsureVisible(row);
+    list.SetFocus();
 }
 
 void CPage3::ShowOwner() {
     HeldObject object;
     DWORD error = place->items.front().Find(object);
     if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, owner);
-    if (error == ERROR_SUCCESS)
-        OwnerField().SetWindowText(AccountNameSoFar(owner));
-    else
+    if (error != ERROR_SUCCESS) {
         ShowOutcome(GetSafeHwnd(), {error, Step::kReadOwner});
+        return;
+    }
+    OwnerField().SetWindowText("");  // an object may have no owner
+    RenderNames();
 }
 
 void CPage3::OnCandidateClicked() {
@@ -127,16 +191,20 @@ bool CPage3::OnApply() {
 
 bool CPage3::Apply(PSID newOwner) {
     const bool isForTrees = TreeBox().IsChecked();
-    const auto apply = [&](ChangeRecorder& recorder) {
-        Outcomes outcomes;
-        DoLongWork(*this, [&] {
-            outcomes = ApplyToItems(place->items, newOwner, recorder);
-            if (!isForTrees || recorder.Error() != ERROR_SUCCESS) return;
-            std::ranges::move(ApplyBelow(place->items, newOwner, recorder), std::back_inserter(outcomes));
+    const auto apply = [&](CWnd& window, std::span<const ObjectPlace> places, ChangeResults& results) {
+        return MakeChangeAsking(window, *changes, ChangeKind::kOwner, [&](ChangeRecorder& recorder) {
+            DoLongWork(window, [&] {
+                ApplyToItems(place->items, places, newOwner, recorder, results);
+                if (recorder.Error() == ERROR_SUCCESS)
+                    ApplyBelow(place->items, places, newOwner, recorder, results);
+            });
         });
-        ShowOutcomes(GetSafeHwnd(), outcomes);
     };
-    if (!MakeChangeAsking(*this, *changes, ChangeKind::kOwner, apply)) return false;
+    ChangeResults results;
+    const auto places = PlacesOf(place->items, isForTrees ? Contents::kToo : Contents::kNone);
+    const bool isMade = apply(*this, places, results);
+    ShowResults(this, std::move(results), apply);
+    if (!isMade) return false;
     TreeBox().SetCheck(CheckState::kClear);
     Fill();
     return true;

@@ -29,7 +29,12 @@ class CPage3 : public CPropertyPage {
     void OnCandidateClicked();
     void OnCandidateSelected(Notification& notification);
 
+    void OnOtherAccount();
+
     void Fill();
+    void OfferChanges(bool isAnyoneAllowed);
+    // The account's row; one that is not yet among the candidates joins them.
+    int AddCandidate(const AccountRecord& account);
     void ShowOwner();
     // Shows names that have become known.
     void RenderNames();
@@ -41,6 +46,7 @@ class CPage3 : public CPropertyPage {
     CButton& TreeBox() const;
 
     std::vector<AccountRecord> candidates;  // in the order of the rows
+    std::vector<AccountRecord> others;      // chosen by the user since the sheet was opened
     AccountRecord owner;                    // as last read
     bool changed = false;                   // the list was clicked since the last apply
     AccountNewsWatch news;

@@ -35,6 +35,12 @@ void PermissionBoxes::LockChecked() {
             box.isLocked = box.isChecked;
 }
 
+void PermissionBoxes::LockAll() {
+    for (Column& column : columns)
+        for (PermissionBox& box : column)
+            box.isLocked = true;
+}
+
 void PermissionBoxes::Click(RightColumn column, std::size_t row, bool isNowChecked) {
     Column& own = BoxesOf(column);
     Column& other = BoxesOf(Opposite(column));
@@ -51,6 +57,17 @@ void PermissionBoxes::Click(RightColumn column, std::size_t row, bool isNowCheck
         SetUnlessLocked(other[row], false);
     else
         own[kFullControlRow].isChecked = false;  // also when it is locked: it no longer holds
+}
+
+void PermissionBoxes::Take(RightColumn column, DWORD readyMade) {
+    Column& own = BoxesOf(column);
+    Column& other = BoxesOf(Opposite(column));
+    for (std::size_t row = kFullControlRow + 1; row < kRows; ++row) {
+        SetUnlessLocked(own[row], (readyMade & kAccessRights[row].bits) != 0);
+        if (own[row].isChecked) SetUnlessLocked(other[row], false);
+    }
+    for (const RightColumn each : kRightColumns)
+        SetUnlessLocked(BoxesOf(each)[kFullControlRow], MaskOf(each) == FULL_CONTROL_RIGHTS);
 }
 
 void PermissionBoxes::ClearAll() {

@@ -31,9 +31,13 @@ class PermissionBoxes {
 
     // For an inherited entry, whose rights cannot be removed.
     void LockChecked();
+    void LockAll();
     // The user has checked or cleared a box.
     void Click(RightColumn column, std::size_t row, bool isNowChecked);
     void ClearAll();  // but the locked ones
+    // The user has chosen a ready-made set: the column then holds its rights and no others, and none of them
+    // is left in the other column. Locked boxes stay as they are.
+    void Take(RightColumn column, DWORD readyMade);
 
   private:
     using Column = std::array<PermissionBox, kRows>;

@@ -18,6 +18,7 @@ class CDlgPermissions : public CDialog {
 
     PermissionChoice choice;
     bool inheritedEntry = false;  // its rights are locked; others can be added
+    bool readOnly = false;        // the entry is only looked at
     bool singleScope = false;     // offer "This folder only" alone
 
   protected:
@@ -30,9 +31,12 @@ class CDlgPermissions : public CDialog {
     void OnChangeAccount();
     void OnClearAll();
     void OnRightClicked(Notification& notification);
+    void OnReadyMade(Notification& notification);
 
     std::span<const InheritanceScope> ScopesToOffer() const;
+    void NameRights();
     void LockInherited();
+    void LockAll();
     void ShowAccount();
     void ShowBoxes();
     CButton* BoxOf(RightColumn column, std::size_t row) const;

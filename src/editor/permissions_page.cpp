@@ -1,14 +1,42 @@
 #include "editor/permissions_page.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "app/settings_store.h"
 #include "editor/change_making.h"
 #include "editor/list_writing.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
+#include "platform/system_message.h"
 #include "resources/resource_ids.h"
+#include "security/access_rows.h"
 #include "security/apply_dialog.h"
 #include "security/message_boxes.h"
+#include "security/results_dialog.h"
 
 namespace permora {
+namespace {
+
+constexpr int kSourceColumn = static_cast<int>(kAccessRowTitles.size());
+constexpr int kSourceWidth = 200;
+
+void ResetTrees(CWnd& window, std::span<const RememberedObject> items, std::span<const ObjectPlace> places,
+                ChangeRecorder& recorder, ChangeResults& results) {
+    const auto isForWalk = [](const ObjectPlace& place) {
+        return place.part == ObjectPart::kContents || IsSingleBelow(place);
+    };
+    if (std::ranges::none_of(places, isForWalk)) return;
+    ApplyDlg dialog(&window, recorder, results);
+    dialog.items = items;
+    dialog.places = places;
+    dialog.DoModal();
+}
+
+}  // namespace
 
 const MessageMap& CPage1::GetMessageMap() const {
     static const MessageMap kMap =
@@ -17,13 +45,77 @@ const MessageMap& CPage1::GetMessageMap() const {
                                    {IDC_ACCESS_LIST, Notify::kDoubleClick, &CPage1::OnEdit},
                                    {IDC_INHERIT_FROM_PARENT, Notify::kClicked, &CPage1::OnInheritanceClicked},
                                    {IDC_REPLACE_CHILD_ENTRIES, Notify::kClicked, &CPage1::MarkChanged},
+                                   {IDC_SHOW_SOURCES, Notify::kClicked, &CPage1::OnShowSourcesClicked},
                                });
     return kMap;
 }
 
 CPage1::CPage1() : AccessListPage(IDD_PERMISSIONS_PAGE, EditScopes::kAll) {}
 
+bool CPage1::OnInitDialog() {
+    hasSourceColumn = false;
+    const bool result = AccessListPage::OnInitDialog();
+    SetCheck(IDC_SHOW_SOURCES, LoadShowSources());
+    ShowSourceColumn();
+    return result;
+}
+
+void CPage1::OnDestroy() {
+    question.Forget();
+    AccessListPage::OnDestroy();
+}
+
+// Servers, domains and ten thousand items take their time: the page can be used meanwhile.
+void CPage1::AskForFacts() {
+    facts.reset();
+    ShowKept("");
+    const auto found = std::make_shared<ListFacts>();
+    const DWORD error = question.Ask([found, items = place->items] { *found = FindListFacts(items); },
+                                     [this, found] {
+                                         facts = found;
+                                         ShowKept(found->kept);
+                                         ShowSources();
+                                     });
+    if (error != ERROR_SUCCESS) ShowKept("Who obeys the list is not known: " + SystemMessageLine(error));
+}
+
+void CPage1::OnShowSourcesClicked() {
+    ShowSourceColumn();
+    const DWORD error = StoreShowSources(hasSourceColumn);
+    if (error != ERROR_SUCCESS) ShowSystemErrorBox(GetSafeHwnd(), error);
+}
+
+void CPage1::ShowSourceColumn() {
+    if (IsChecked(IDC_SHOW_SOURCES) == hasSourceColumn) return;
+    hasSourceColumn = !hasSourceColumn;
+    if (hasSourceColumn)
+        AccessList().InsertColumn(kSourceColumn, "Inherited From", kSourceWidth);
+    else
+        AccessList().DeleteColumn(kSourceColumn);
+    ShowSources();
+}
+
+void CPage1::ShowSources() {
+    if (!hasSourceColumn || !facts) return;
+    CListCtrl& list = AccessList();
+    const std::vector<std::string> texts = facts->SourceTexts(object.entries);
+    for (int row = 0; row < list.GetItemCount(); ++row) {
+        const auto entry = static_cast<std::size_t>(list.GetItemData(row));
+        if (entry < texts.size()) list.SetItemText(row, kSourceColumn, texts[entry]);
+    }
+}
+
+std::string CPage1::EmptyListText() const {
+    if (IsChanged() && IsChecked(IDC_INHERIT_FROM_PARENT))
+        return "Once applied, this object has no entries but those that the folder above hands down.";
+    if (IsChanged())
+        return "Once applied, nobody may do anything here. Only the owner can still change the list.";
+    if (object.dacl == nullptr) return "Everyone may do everything: there is no access list.";
+    return "Nobody may do anything here: the list is empty. Only the owner can still change it.";
+}
+
 bool CPage1::ReadItem() {
+    AskForFacts();
     HeldObject held;
     Outcome outcome = FindItem(place->items.front(), held);
     if (outcome.IsDone()) outcome = ReadObjectDacl(held, object);
@@ -33,6 +125,10 @@ bool CPage1::ReadItem() {
     ShowInheritance();
     Enable({IDC_REPLACE_CHILD_ENTRIES}, held.IsFolder());
     return true;
+}
+
+std::string CPage1::ReadOnlyReason() {
+    return permora::ReadOnlyReason(place->items, DACL_SECURITY_INFORMATION);
 }
 
 void CPage1::ShowInheritance() {
@@ -66,27 +162,58 @@ bool CPage1::OnApply() {
     if (!IsChanged()) return FinishApply();
     const UniqueLocal<ACL> dacl = MakeList();
     if (!dacl) return false;
-    const DaclInheritance inheritance =
-        IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
+    if (!MayLose(dacl.get())) return false;
+    const DaclInheritance inheritance = ChosenInheritance();
     const bool isForTrees = IsChecked(IDC_REPLACE_CHILD_ENTRIES);
     bool mayWrite = true;
-    const bool isMade =
-        MakeChangeAsking(*this, *changes, isForTrees ? ChangeKind::kReset : ChangeKind::kPermissions,
-                         [&](ChangeRecorder& recorder) {
-                             mayWrite = WriteListAsking(*this, *place, inheritance, {dacl.get(), dacl.get()},
-                                                        object, recorder);
-                             if (mayWrite && isForTrees && recorder.Error() == ERROR_SUCCESS)
-                                 ResetTrees(recorder);
-                         });
+    const auto apply = [&](CWnd& window, std::span<const ObjectPlace> places, ChangeResults& results) {
+        const auto make = [&](ChangeRecorder& recorder) {
+            mayWrite = WriteListAsking(window, place->items, places, inheritance, {dacl.get(), dacl.get()},
+                                       object, recorder, results);
+            if (!mayWrite || !isForTrees || recorder.Error() != ERROR_SUCCESS) return;
+            ResetTrees(window, place->items, places, recorder, results);
+            SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
+        };
+        const ChangeKind kind = isForTrees ? ChangeKind::kReset : ChangeKind::kPermissions;
+        return MakeChangeAsking(window, *changes, kind, make) && mayWrite;
+    };
+    ChangeResults results;
+    const auto places = PlacesOf(place->items, isForTrees ? Contents::kToo : Contents::kNone);
+    const bool isMade = apply(*this, places, results);
     if (!mayWrite) ReadAnew();
-    return mayWrite && isMade && FinishApply();
+    if (mayWrite) ShowResults(this, std::move(results), apply);
+    return isMade && FinishApply();
 }
 
-void CPage1::ResetTrees(ChangeRecorder& recorder) {
-    ApplyDlg dialog(this, recorder);
-    dialog.items = place->items;
-    dialog.DoModal();
-    SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
+DaclInheritance CPage1::ChosenInheritance() const {
+    return IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
+}
+
+MakePreview CPage1::PreviewOf(PACL dacl) {
+    const BelowChange below =
+        IsChecked(IDC_REPLACE_CHILD_ENTRIES) ? BelowChange::kReset : BelowChange::kCarryDown;
+    return [this, dacl, below, inheritance = ChosenInheritance()](TreeObserver& observer) {
+        return PreviewListOnItems(place->items, inheritance, {dacl, dacl}, below, observer);
+    };
+}
+
+void CPage1::Preview() {
+    if (!IsChanged()) {
+        ShowInfoBox(GetSafeHwnd(),
+                    "No permissions were changed here, so applying would leave them as they are.");
+        return;
+    }
+    const UniqueLocal<ACL> dacl = MakeList();
+    if (dacl) CPreviewDlg(this, CPreviewDlg::Purpose::kShow, PreviewOf(dacl.get())).DoModal();
+}
+
+// The sheet shows the list of the first item alone.
+bool CPage1::MayLose(PACL dacl) {
+    const bool mayBeUnseen = place->items.size() > 1 || IsChecked(IDC_REPLACE_CHILD_ENTRIES);
+    if (askBeforeLosses == nullptr || *askBeforeLosses == 0 || !mayBeUnseen) return true;
+    CPreviewDlg preview(this, CPreviewDlg::Purpose::kAsk, PreviewOf(dacl));
+    preview.askBeforeLosses = askBeforeLosses;
+    return preview.DoModal() == IDOK;
 }
 
 }  // namespace permora

@@ -1,7 +1,14 @@
 // CPage1: the access list of the first selected item, edited and applied to all of them.
 #pragma once
 
+#include <cstdint>
+#include <memory>
+#include <string>
+
 #include "editor/access_list_page.h"
+#include "editor/list_facts.h"
+#include "editor/preview_dialog.h"
+#include "framework/background_question.h"
 #include "history/change_session.h"
 #include "security/object_security.h"
 
@@ -14,19 +21,38 @@ class CPage1 : public AccessListPage {
     // Set before the sheet is shown, and borrowed while it runs; one item at least.
     const RememberedPlace* place = nullptr;
     ChangeSession* changes = nullptr;
+    // The setting that asks before entries are lost that are not shown; borrowed. Null: nobody is asked.
+    std::uint8_t* askBeforeLosses = nullptr;
+
+    // Shows what Apply would do.
+    void Preview();
 
   protected:
+    bool OnInitDialog() override;
+    void OnDestroy() override;
     bool ReadItem() override;
     bool OnApply() override;
+    std::string ReadOnlyReason() override;
     AccessEntryList& EditedList() override { return object.entries; }
+    std::string EmptyListText() const override;
+    void OnRowsRendered() override { ShowSources(); }
     const MessageMap& GetMessageMap() const override;
 
   private:
+    void AskForFacts();
+    void OnShowSourcesClicked();
+    void ShowSourceColumn();
+    void ShowSources();
     void OnInheritanceClicked();
     void ShowInheritance();
-    void ResetTrees(ChangeRecorder& recorder);
+    DaclInheritance ChosenInheritance() const;
+    MakePreview PreviewOf(PACL dacl);
+    bool MayLose(PACL dacl);
 
     ObjectSecurity object;  // as last read, with the edits since
+    BackgroundQuestion question;
+    std::shared_ptr<const ListFacts> facts;  // null: not yet known
+    bool hasSourceColumn = false;
 };
 
 }  // namespace permora

@@ -38,4 +38,11 @@ ClipboardAnswer Clipboard::GetData(unsigned int format, std::vector<std::uint8_t
     return NativeClipboardData(format, kLargestData, bytes);
 }
 
+bool CopyText(CWnd& owner, const std::string& text) {
+    Clipboard clipboard(owner);
+    const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    return clipboard.IsOpen() && clipboard.Empty() &&
+           clipboard.SetData(RegisterClipboardFormat("text/plain"), bytes);
+}
+
 }  // namespace permora

@@ -47,4 +47,7 @@ class Clipboard {
     bool isOpen = false;
 };
 
+// Puts a text on the clipboard. On false, nothing may be there.
+bool CopyText(CWnd& owner, const std::string& text);
+
 }  // namespace permora

@@ -44,6 +44,10 @@ void CEdit::SelectAll() {
     if (auto* edit = WindowAccess::NativeAs<NativeEdit>(*this)) edit->SelectAll();
 }
 
+void CEdit::SelectStart(const std::string& start) {
+    if (auto* edit = WindowAccess::NativeAs<NativeEdit>(*this)) edit->SelectStart(start);
+}
+
 void CProgressCtrl::SetPos(int percent) {
     if (auto* bar = WindowAccess::NativeAs<NativeProgressBar>(*this)) bar->SetPosition(percent);
 }

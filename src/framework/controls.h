@@ -32,6 +32,7 @@ class CBitmapButton : public CButton {
 class CEdit : public CWnd {
   public:
     void SelectAll();
+    void SelectStart(const std::string& start);  // with which the text begins
 };
 
 // Text, icon or bitmap.

@@ -35,9 +35,11 @@ int CDialog::DoModal() {
 
     ModalWindow modal(*this, owner, dialog->style, templateId);
     const Rect client = DialogUnitsToPixels({0, 0, dialog->size.cx, dialog->size.cy});
-    modal.SetClientSize({client.Width(), client.Height()});
+    modal.SetClientSize({client.Width(), client.Height()},
+                        dialog->growing.empty() ? Sizing::kFixed : Sizing::kMayGrow);
     SetWindowText(dialog->caption);
     CreateTemplateControls(*this, *dialog);
+    layout.Start(*this, *dialog);
     modal.SetTabOrder({this});
 
     ++run->number;

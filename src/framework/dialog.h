@@ -4,10 +4,12 @@
 #include <memory>
 
 #include "framework/controls.h"
+#include "framework/dialog_layout.h"
 #include "framework/window.h"
 
 namespace permora {
 
+// The user may enlarge a dialog whose template has growing controls (dialog_layout.h).
 // Enter runs the default button, or OnOK when the template has none; Escape and the close box press the
 // button IDCANCEL when there is one (nothing happens while it is disabled), else run OnCancel.
 class CDialog : public CWnd {
@@ -29,6 +31,7 @@ class CDialog : public CWnd {
     virtual void OnCancel();  // default: EndDialog(IDCANCEL)
 
     bool OnCmdMsg(Notification& notification) override;
+    void OnSize(Size client) override { layout.Arrange(client); }
 
   private:
     friend struct WindowAccess;
@@ -37,6 +40,7 @@ class CDialog : public CWnd {
     unsigned int templateId;
     CWnd* owner;
     const std::shared_ptr<Run> run;
+    DialogLayout layout;
 };
 
 }  // namespace permora

@@ -186,11 +186,19 @@ int RoomToTheRight(const std::vector<MadeControl>& controls, const MadeControl& 
     return right;
 }
 
-// Sizes in dialog units fit the system's own font. With other fonts, some texts of boxes need more room.
+// A text of one line, with nothing behind it that shows where it ends.
+bool IsLooseLine(const MadeControl& made) {
+    constexpr int kOneLine = 10;  // dialog units
+    const DWORD type = made.control->style & SS_TYPEMASK;
+    if (IsLabel(made))
+        return type != SS_CENTER && type != SS_RIGHT && made.control->rect.Height() <= kOneLine;
+    return HasCheckMark(made.kind) && (made.control->style & BS_MULTILINE) == 0;
+}
+
+// Sizes in dialog units fit the system's own font. With other fonts, some texts need more room.
 void WidenForText(const std::vector<MadeControl>& controls, const MadeControl& made,
                   const DialogTemplate& dialog) {
-    if (!HasCheckMark(made.kind) || made.control->text.empty()) return;
-    if ((made.control->style & BS_MULTILINE) != 0) return;
+    if (made.control->text.empty() || !IsLooseLine(made)) return;
     Rect rect = DialogUnitsToPixels(made.control->rect);
     const Size preferred = WindowAccess::Native(*made.window)->PreferredSize();
     const Rect room = DialogUnitsToPixels({0, 0, RoomToTheRight(controls, made, dialog), 0});

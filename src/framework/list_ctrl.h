@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -21,8 +22,10 @@ enum class ListStyle : unsigned int {
     kNone = 0,
     kFullRowSelect = 1,
     kCheckBoxes = 2,
-    kInfoTips = 4,   // shows the tips that kInfoTip handlers give
-    kLabelTips = 8,  // shows a report's texts in full where they are cut (LVS_EX_LABELTIP)
+    kInfoTips = 4,      // shows the tips that kInfoTip handlers give
+    kLabelTips = 8,     // shows a report's texts in full where they are cut (LVS_EX_LABELTIP)
+    kFixedMarks = 16,   // with kCheckBoxes: the user reads the marks and cannot change them
+    kGivenWidths = 32,  // a report's columns keep the widths that they were given
 };
 constexpr ListStyle operator|(ListStyle one, ListStyle other) {
     return static_cast<ListStyle>(static_cast<unsigned int>(one) | static_cast<unsigned int>(other));
@@ -32,13 +35,15 @@ enum class SortOrder { kUp, kDown };
 
 struct ListColumn {
     std::string header;  // left-aligned
-    int width = 0;       // logical pixels; changes when the user drags the header
+    int given = 0;       // logical pixels
+    int width = 0;       // as it is shown
 };
 
 class ListDisplay;
 class NativeListView;
 
-// Rows are counted from 0, as shown. Rows are cheap: 100,000 of them may be inserted one by one.
+// Rows are counted from 0, as shown. Rows are cheap: 100,000 of them may be inserted one by one. The columns
+// of a report follow their texts (column_widths.h) until the user drags one.
 class CListCtrl : public CWnd {
   public:
     CListCtrl() = default;
@@ -48,6 +53,8 @@ class CListCtrl : public CWnd {
     bool Create(CWnd& owner, DWORD style, const Rect& rect, unsigned int id);
 
     void InsertColumn(int column, const std::string& header, int width);
+    // The rows keep texts of their own under the columns' numbers.
+    void DeleteColumn(int column);
     void SetColumnText(int column, const std::string& header);
     // The mark in the header of the column that the rows are sorted by; -1: none.
     void ShowSortMark(int column, SortOrder order);
@@ -58,9 +65,10 @@ class CListCtrl : public CWnd {
 
     // Inserts a row before `row` (at the end when it is the count). False when `row` is out of range.
     bool InsertItem(int row, const std::string& text, int image = -1);
-    // For lists with very many rows: all texts come from `texts`, which outlives the window or is replaced
-    // before its end. Null: the list keeps them.
-    void SetTexts(const ListTexts* texts) { rows.SetTexts(texts); }
+    // For texts that are not known, or not kept, before they are seen: those of `firstColumn` and the columns
+    // behind it come from `texts`, which outlives the window or is replaced before its end. Null: the list
+    // keeps them.
+    void SetTexts(const ListTexts* texts, int firstColumn = 0) { rows.SetTexts(texts, firstColumn); }
     // Rows at the end, whose data is their number.
     void AppendItems(int count);
     bool SetItemText(int row, int column, const std::string& text);
@@ -70,6 +78,9 @@ class CListCtrl : public CWnd {
     bool DeleteItem(int row);
     bool DeleteAllItems();  // false without a window
     int GetItemCount() const { return rows.Count(); }
+
+    // What stands in the place of the rows while there are none; assistive technology reads it.
+    void SetEmptyText(const std::string& text);
 
     int GetSelectedCount() const { return rows.SelectedCount(); }
     bool IsSelected(int row) const { return rows.IsSelected(row); }
@@ -101,18 +112,26 @@ class CListCtrl : public CWnd {
 
     const ListRows& Rows() const { return rows; }
     const std::vector<ListColumn>& Columns() const { return columns; }
+    // Empty while there are rows.
+    std::string EmptyText() const { return rows.Count() == 0 ? emptyText : std::string(); }
     int SortedColumn() const { return sortedColumn; }  // -1: no header has a mark
     SortOrder Sorting() const { return sortOrder; }
     bool HasExtendedStyle(ListStyle bit) const;
     bool IsSingleSelection() const;
     const CImageList::Images* Images() const;  // those of the view; null: none given
+    // The user's own width: from now on all columns keep theirs, until FitColumnsAgain.
     void SetColumnWidth(int column, int width);
+    void FitColumnsAgain();
+    bool FitsColumns() const { return !hasOwnWidths && !HasExtendedStyle(ListStyle::kGivenWidths); }
+    // Fits the columns, whose widest texts are `texts`, into `room`. Does not show it.
+    void FitColumnsTo(std::span<const int> texts, int room);
     void SetCursor(const ListCursor& cursor);
 
     // True: a handler took it. A handler may destroy the list.
     bool ReportRow(Notify code, int row, Point client);
     bool ReportKey(unsigned int virtualKey);
     void ReportColumnClick(int column);
+    void ReportHeaderMenu(Point client);
     std::string AskInfoTip(int row);
 
   protected:
@@ -126,6 +145,8 @@ class CListCtrl : public CWnd {
 
     ListRows rows;
     std::vector<ListColumn> columns;
+    std::string emptyText;
+    bool hasOwnWidths = false;
     int sortedColumn = -1;
     SortOrder sortOrder = SortOrder::kUp;
     ListStyle extendedStyle = ListStyle::kNone;

@@ -75,7 +75,7 @@ bool ListRows::SetText(int row, int column, const std::string& text) {
 
 std::string ListRows::Text(int row, int column) const {
     if (!Has(row) || column < 0) return {};
-    if (foreignTexts != nullptr) return foreignTexts->Text(Data(row), column);
+    if (foreignTexts != nullptr && column >= firstForeignColumn) return foreignTexts->Text(Data(row), column);
     const std::vector<std::string>& texts = At(row).texts;
     const auto index = static_cast<std::size_t>(column);
     return index < texts.size() ? texts[index] : std::string();

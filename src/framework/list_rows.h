@@ -44,8 +44,12 @@ class ListRows {
     void Clear();
 
     bool SetText(int row, int column, const std::string& text);
-    // All texts come from `texts` from now on; null: from the rows themselves.
-    void SetTexts(const ListTexts* texts) { foreignTexts = texts; }
+    // The texts of `firstColumn` and the columns behind it come from `texts` from now on; null: from the rows
+    // themselves.
+    void SetTexts(const ListTexts* texts, int firstColumn = 0) {
+        foreignTexts = texts;
+        firstForeignColumn = firstColumn;
+    }
     // Empty where nothing was set.
     std::string Text(int row, int column) const;
     int Indent(int row) const {
@@ -86,6 +90,7 @@ class ListRows {
 
     std::deque<Row> rows;  // long lists grow without being moved
     const ListTexts* foreignTexts = nullptr;
+    int firstForeignColumn = 0;
     int selectedCount = 0;
     std::string longest;
 };

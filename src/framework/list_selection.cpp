@@ -65,7 +65,7 @@ void SelectByMove(CListCtrl& list, int row, SelectMode wanted) {
 void PressSpace(CListCtrl& list, SelectMode mode) {
     const int focus = list.Rows().cursor.focus;
     if (!list.Rows().Has(focus)) return;
-    if (!list.HasExtendedStyle(ListStyle::kCheckBoxes)) {
+    if (!list.HasExtendedStyle(ListStyle::kCheckBoxes) || list.HasExtendedStyle(ListStyle::kFixedMarks)) {
         SelectByClick(list, focus, mode);
         return;
     }
@@ -80,7 +80,7 @@ void PressSpace(CListCtrl& list, SelectMode mode) {
 void ToggleCheck(CListCtrl& list, int row) {
     if (!list.Rows().Has(row)) return;
     list.SetCursor({row, row, row});
-    list.SetCheck(row, !list.Rows().IsChecked(row));
+    if (!list.HasExtendedStyle(ListStyle::kFixedMarks)) list.SetCheck(row, !list.Rows().IsChecked(row));
 }
 
 BandSelection::BandSelection(CListCtrl& shown, SelectMode wanted) : list(shown), mode(wanted) {

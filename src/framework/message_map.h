@@ -33,6 +33,7 @@ enum class Notify {
     kItemChanged,       // list view: `row` was selected, checked or the opposite, by user or program
                         // (LVN_ITEMCHANGED)
     kColumnClick,       // list view: header of `column` clicked (LVN_COLUMNCLICK)
+    kHeaderMenu,        // list view: the context menu of the headers is wanted at `point` (NM_RCLICK of them)
     kKeyDown,           // list view: `key` pressed (LVN_KEYDOWN)
     kInfoTip,           // list view: the tip of `row` is wanted; the handler fills `tip` (LVN_GETINFOTIP)
     kCommand,           // menu, accelerator or toolbar command

@@ -69,8 +69,12 @@ ModalWindow::ModalWindow(CWnd& served, CWnd* servedOwner, DWORD style, unsigned 
                          style & ~DWORD{WS_CHILD | WS_VISIBLE | WS_DISABLED});
 }
 
-void ModalWindow::SetClientSize(Size size) {
-    WindowAccess::NativeAs<NativeDialog>(window)->SetClientSize(size);
+void ModalWindow::SetClientSize(Size size, Sizing sizing) {
+    WindowAccess::NativeAs<NativeDialog>(window)->SetClientSize(size, sizing);
+}
+
+void ModalWindow::Enlarge(Size client) {
+    WindowAccess::NativeAs<NativeDialog>(window)->Enlarge(client);
 }
 
 void ModalWindow::SetTabOrder(const std::vector<CWnd*>& windows) {

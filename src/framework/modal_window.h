@@ -31,7 +31,8 @@ class ModalWindow : public DialogKeys {
     ModalWindow(const ModalWindow&) = delete;
     ModalWindow& operator=(const ModalWindow&) = delete;
 
-    void SetClientSize(Size size);
+    void SetClientSize(Size size, Sizing sizing);
+    void Enlarge(Size client);
     // Sets the tab order: the controls of each of `windows`; a control counts as itself.
     void SetTabOrder(const std::vector<CWnd*>& windows);
     // Shows the window and processes events until End; the owner is disabled meanwhile.

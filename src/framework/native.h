@@ -43,11 +43,13 @@ class NativeWindow {
     virtual bool HasFocus() const = 0;
     virtual Rect ScreenRect() const = 0;
     virtual Rect ClientRect() const = 0;
+    virtual Rect RectInParent() const = 0;    // of a child window, in the parent's client area
     virtual void Move(const Rect& rect) = 0;  // as CWnd::MoveWindow
     // The size at which no text is cut.
     virtual Size PreferredSize() const = 0;
     // The name for assistive technology, where the window's text is not suitable.
     virtual void SetAccessibleName(const std::string& name) = 0;
+    virtual void SetToolTip(const std::string& /*text*/) {}  // controls alone show one
 
     DWORD style = 0;  // kept by the shared half
 
@@ -108,6 +110,7 @@ class NativeEdit : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
     virtual void SelectAll() = 0;
+    virtual void SelectStart(const std::string& start) = 0;
 };
 
 class NativeProgressBar : public NativeWindow {
@@ -148,11 +151,17 @@ class DialogKeys {
     virtual bool OnNextPageKey(int /*direction*/) { return false; }  // Ctrl+Tab, Ctrl+PageDown: 1; back: -1
 };
 
-// A top-level window of fixed size with a modal loop.
+// Whether the user may enlarge a window.
+enum class Sizing { kFixed, kMayGrow };
+
+// A top-level window with a modal loop.
 class NativeDialog : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
-    virtual void SetClientSize(Size size) = 0;
+    // The size of the client area; with kMayGrow the first, and the least unless the screen is smaller.
+    virtual void SetClientSize(Size size, Sizing sizing) = 0;
+    // To `client`, as far as the screen allows it; never smaller than the least.
+    virtual void Enlarge(Size client) = 0;
     // The tab order. The controls may be grandchildren.
     virtual void SetTabOrder(std::span<CWnd* const> controls) = 0;
     virtual void RunModal() = 0;  // centres on the owner, shows, and processes events until EndModal

@@ -142,8 +142,20 @@ void CPropertySheet::RemovePage(int index) {
     if (wasActive && state->Count() > 0) state->Activate(std::min(index, state->Count() - 1), -1);
 }
 
+void CPropertySheet::AddButton(unsigned int id, const std::string& text) {
+    state->ownButtons.push_back({id, text});
+}
+
 void CPropertySheet::SetWizardMode() {
     state->isWizard = true;
+}
+
+void CPropertySheet::KeepSizeIn(Size& kept) {
+    state->keptSize = &kept;
+}
+
+void CPropertySheet::OnSize(Size client) {
+    if (state->modal != nullptr) state->PlaceControls(client);
 }
 
 void CPropertySheet::SetWizardButtons(WizardButtons buttons) {
@@ -165,6 +177,8 @@ int CPropertySheet::DoModal() {
     SetWindowText(state->caption);
     state->CreateControls();
     state->Layout();
+    state->ownSize = state->ClientSize();
+    if (state->keptSize != nullptr && state->MayGrow()) modal.Enlarge(*state->keptSize);
 
     if (!state->Activate(0, 1)) {
         state->result = kFailed;
@@ -175,6 +189,10 @@ int CPropertySheet::DoModal() {
     }
     state->modal = nullptr;
     state->active = nullptr;
+    if (state->keptSize != nullptr) {
+        const Size size = state->ClientSize();
+        *state->keptSize = size == state->ownSize ? Size{} : size;
+    }
     DestroyWindow();
     for (CPropertyPage* page : state->pages)
         page->sheet = nullptr;

@@ -57,7 +57,12 @@ class CPropertySheet : public CWnd {
     void SetTitle(const std::string& title);  // the whole title
     void AddPage(CPropertyPage& page);        // also while the sheet runs
     void RemovePage(int index);
+    // A further button at the lower left, whose clicks go to the message map. Before the sheet runs.
+    void AddButton(unsigned int id, const std::string& text);
     void SetWizardMode();
+    // The sheet starts at the size of the client area that `kept` holds, and leaves there the one that the
+    // user has given it; empty: the sheet's own. Borrowed; outlives the sheet.
+    void KeepSizeIn(Size& kept);
     // Which wizard buttons there are and can be pressed.
     void SetWizardButtons(WizardButtons buttons);
     // Does the same as the Cancel button, also while that is disabled.
@@ -70,6 +75,7 @@ class CPropertySheet : public CWnd {
     virtual bool OnInitDialog() { return true; }
 
     bool OnCmdMsg(Notification& notification) override;
+    void OnSize(Size client) override;
 
   private:
     friend class CPropertyPage;

@@ -62,6 +62,8 @@ void CPropertySheet::State::CreateControls() {
     addButton(IDOK, "OK", BS_DEFPUSHBUTTON);
     addButton(IDCANCEL, "Cancel", BS_PUSHBUTTON);
     addButton(kSheetApplyId, "&Apply", BS_PUSHBUTTON | WS_DISABLED);
+    for (const Button& own : ownButtons)
+        addButton(own.id, own.text.c_str(), BS_PUSHBUTTON);
 }
 
 Size CPropertySheet::State::LargestPage() const {
@@ -76,15 +78,32 @@ Size CPropertySheet::State::LargestPage() const {
     return largest;
 }
 
+bool CPropertySheet::State::MayGrow() const {
+    return std::ranges::any_of(pages, [](const CPropertyPage* page) {
+        const auto dialog = LoadDialogTemplate(WindowAccess::TemplateId(*page));
+        return dialog && !dialog->growing.empty();
+    });
+}
+
 void CPropertySheet::State::Layout() {
     const Size margin = UnitsToPixels(kSheetMargin, kSheetMargin);
     const Size button = UnitsToPixels(kButtonWidth, kButtonHeight);
     const Size page = LargestPage();
-    Size client;
+    Size client{page.cx, page.cy + 2 * margin.cy + button.cy};
+    if (!isWizard) {
+        const Size tabs = Tabs()->SizeAround(page);
+        client = {tabs.cx + 2 * margin.cx, tabs.cy + 3 * margin.cy + button.cy};
+    }
+    modal->SetClientSize(client, MayGrow() ? Sizing::kMayGrow : Sizing::kFixed);
+    PlaceControls(ClientSize());
+}
+
+void CPropertySheet::State::PlaceControls(Size client) {
+    const Size margin = UnitsToPixels(kSheetMargin, kSheetMargin);
+    const Size button = UnitsToPixels(kButtonWidth, kButtonHeight);
     if (isWizard) {
-        client = {page.cx, page.cy + 2 * margin.cy + button.cy};
-        pageArea = {0, 0, page.cx, page.cy};
-        sheet.GetDlgItem(kWizardLineId)->MoveWindow({0, page.cy, page.cx, page.cy + 2});
+        pageArea = {0, 0, client.cx, client.cy - 2 * margin.cy - button.cy};
+        sheet.GetDlgItem(kWizardLineId)->MoveWindow({0, pageArea.bottom, client.cx, pageArea.bottom + 2});
         PlaceButtons({kWizardBackId, kWizardNextId, IDCANCEL}, client);
         const Size gap = UnitsToPixels(kGap, 0);
         const int finishRight = client.cx - margin.cx - button.cx - gap.cx;
@@ -92,14 +111,13 @@ void CPropertySheet::State::Layout() {
         sheet.GetDlgItem(kWizardFinishId)
             ->MoveWindow({finishRight - button.cx, top, finishRight, top + button.cy});
     } else {
-        const Size tabs = Tabs()->SizeAround(page);
-        client = {tabs.cx + 2 * margin.cx, tabs.cy + 3 * margin.cy + button.cy};
         sheet.GetDlgItem(kSheetTabsId)
-            ->MoveWindow({margin.cx, margin.cy, margin.cx + tabs.cx, margin.cy + tabs.cy});
+            ->MoveWindow(
+                {margin.cx, margin.cy, client.cx - margin.cx, client.cy - 2 * margin.cy - button.cy});
         pageArea = Tabs()->PageArea();
         PlaceButtons({IDOK, IDCANCEL, kSheetApplyId}, client);
+        PlaceOwnButtons(client);
     }
-    modal->SetClientSize(client);
     for (CPropertyPage* each : pages)
         if (each->HasWindow()) each->MoveWindow(pageArea);
 }
@@ -117,6 +135,18 @@ void CPropertySheet::State::PlaceButtons(const std::vector<unsigned int>& ids, S
     }
 }
 
+// In a row at the lower left, so that the system's own stay where they always are.
+void CPropertySheet::State::PlaceOwnButtons(Size client) {
+    const Size margin = UnitsToPixels(kSheetMargin, kSheetMargin);
+    const Size button = UnitsToPixels(kButtonWidth, kButtonHeight);
+    const int top = client.cy - margin.cy - button.cy;
+    int left = margin.cx;
+    for (const Button& own : ownButtons) {
+        sheet.GetDlgItem(own.id)->MoveWindow({left, top, left + button.cx, top + button.cy});
+        left += button.cx + UnitsToPixels(kGap, 0).cx;
+    }
+}
+
 bool CPropertySheet::State::CreatePage(CPropertyPage& page) {
     const unsigned int templateId = WindowAccess::TemplateId(page);
     const auto dialog = LoadDialogTemplate(templateId);
@@ -124,6 +154,7 @@ bool CPropertySheet::State::CreatePage(CPropertyPage& page) {
     WindowAccess::Attach(page, MakeNativePane(page, sheet, templateId), &sheet, templateId, WS_CHILD);
     page.MoveWindow(pageArea);
     CreateTemplateControls(page, *dialog);
+    WindowAccess::Layout(page).Start(page, *dialog);
     page.sheet = &sheet;
     page.modified = false;
     UpdateTabOrder();
@@ -140,6 +171,8 @@ void CPropertySheet::State::UpdateTabOrder() {
          {kWizardBackId, kWizardNextId, kWizardFinishId, unsigned{IDOK}, unsigned{IDCANCEL}, kSheetApplyId}) {
         if (CWnd* button = sheet.GetDlgItem(id)) order.push_back(button);
     }
+    for (const Button& own : ownButtons)
+        if (CWnd* button = sheet.GetDlgItem(own.id)) order.push_back(button);
     modal->SetTabOrder(order);
 }
 

@@ -31,6 +31,11 @@ struct CPropertySheet::State {
     CWnd* owner = nullptr;
     bool isWizard = false;
     std::vector<CPropertyPage*> pages;
+    struct Button {
+        unsigned int id;
+        std::string text;
+    };
+    std::vector<Button> ownButtons;
 
     // The run; null between runs.
     ModalWindow* modal = nullptr;
@@ -38,6 +43,8 @@ struct CPropertySheet::State {
     int result = 0;
     bool hasEnded = false;
     Rect pageArea;
+    Size ownSize;  // before the user has changed it
+    Size* keptSize = nullptr;
 
     int Count() const { return static_cast<int>(pages.size()); }
     int IndexOf(const CPropertyPage* page) const;
@@ -49,8 +56,12 @@ struct CPropertySheet::State {
     CWnd& AddControl(std::unique_ptr<CWnd> control, ControlKind kind, unsigned int id,
                      const std::string& text, DWORD style);
     void Layout();
+    void PlaceControls(Size client);
+    bool MayGrow() const;
+    Size ClientSize() const { return {sheet.GetClientRect().right, sheet.GetClientRect().bottom}; }
     Size LargestPage() const;
     void PlaceButtons(const std::vector<unsigned int>& ids, Size client);
+    void PlaceOwnButtons(Size client);
     bool CreatePage(CPropertyPage& page);
     void UpdateTabOrder();
     void UpdateApplyButton();

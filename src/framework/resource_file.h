@@ -13,7 +13,8 @@
 
 namespace permora {
 
-// Resource types that the framework reads, with the system's numbers. 241 is the class library's toolbar.
+// Resource types that the framework reads, with the system's numbers. 241 is the class library's toolbar, 257
+// our own: the controls of a dialog that get higher when the user enlarges it.
 enum class ResourceType : std::uint16_t {
     kBitmap = 2,
     kIcon = 3,
@@ -23,6 +24,7 @@ enum class ResourceType : std::uint16_t {
     kAccelerators = 9,
     kIconGroup = 14,
     kToolbar = 241,
+    kGrowingControls = 257,
 };
 
 struct ResourceEntry {

@@ -181,8 +181,19 @@ std::string ParseStringBlock(std::span<const std::byte> data, unsigned int index
     return reader.Failed() ? std::string() : text;
 }
 
+std::vector<unsigned int> ParseGrowingControls(std::span<const std::byte> data) {
+    std::vector<unsigned int> controls;
+    ResourceReader reader(data);
+    while (!reader.AtEnd() && !reader.Failed())
+        controls.push_back(reader.TakeU16());
+    return reader.Failed() ? std::vector<unsigned int>() : controls;
+}
+
 std::optional<DialogTemplate> LoadDialogTemplate(unsigned int id) {
-    return ParseDialogTemplate(FindProgramResource(ResourceType::kDialog, id));
+    auto dialog = ParseDialogTemplate(FindProgramResource(ResourceType::kDialog, id));
+    if (dialog)
+        dialog->growing = ParseGrowingControls(FindProgramResource(ResourceType::kGrowingControls, id));
+    return dialog;
 }
 
 std::optional<std::vector<MenuItemTemplate>> LoadMenuTemplate(unsigned int id) {

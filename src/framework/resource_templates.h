@@ -32,6 +32,7 @@ struct DialogTemplate {
     Size size;  // dialog units
     std::string caption;
     std::vector<ControlTemplate> controls;
+    std::vector<unsigned int> growing;  // none: the user cannot enlarge the dialog
 };
 
 // A separator has neither text, id nor items.
@@ -63,7 +64,9 @@ struct IconGroupEntry {
     unsigned int iconId = 0;
 };
 
+// Without the growing controls, which are a resource of their own.
 std::optional<DialogTemplate> ParseDialogTemplate(std::span<const std::byte> data);
+std::vector<unsigned int> ParseGrowingControls(std::span<const std::byte> data);
 std::optional<std::vector<MenuItemTemplate>> ParseMenuTemplate(std::span<const std::byte> data);
 std::optional<std::vector<AcceleratorTemplate>> ParseAccelerators(std::span<const std::byte> data);
 std::optional<ToolbarTemplate> ParseToolbarTemplate(std::span<const std::byte> data);

@@ -38,6 +38,7 @@ inline constexpr DWORD SS_LEFTNOWORDWRAP = 0x0000000C;
 inline constexpr DWORD SS_BITMAP      = 0x0000000E;
 inline constexpr DWORD SS_ETCHEDFRAME = 0x00000012;
 inline constexpr DWORD SS_NOPREFIX    = 0x00000080;
+inline constexpr DWORD SS_NOTIFY      = 0x00000100;
 
 inline constexpr DWORD ES_READONLY    = 0x00000800;
 

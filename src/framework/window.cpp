@@ -138,6 +138,10 @@ void CWnd::RedrawWindow() {
         native->Redraw();
 }
 
+void CWnd::SetToolTip(const std::string& text) {
+    if (native != nullptr) native->SetToolTip(text);
+}
+
 bool CWnd::IsWindowEnabled() const {
     return native != nullptr && (native->style & WS_DISABLED) == 0;
 }

@@ -54,6 +54,9 @@ class CWnd : public CCmdTarget {
 
     void EnableWindow(bool enable);
     bool IsWindowEnabled() const;
+    // What is shown while the mouse rests on a control or on its label, and what assistive technology says
+    // beside its name.
+    void SetToolTip(const std::string& text);
     void ShowWindow(int showCommand);  // SW_ constants
     void SetFocus();
     bool HasFocus() const;

@@ -38,6 +38,7 @@ struct WindowAccess {
     static FrameEvents& Events(const CFrameWnd& frame);
 
     static unsigned int TemplateId(const CDialog& dialog) { return dialog.templateId; }
+    static DialogLayout& Layout(CDialog& dialog) { return dialog.layout; }
 
     static bool Send(CWnd& window, Notification& notification) { return window.OnCmdMsg(notification); }
 };

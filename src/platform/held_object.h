@@ -18,6 +18,8 @@
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/change_recorder.h"
+#include "platform/failures_below.h"
+#include "platform/list_place.h"
 #include "platform/nt/security_descriptor.h"
 #include "platform/remembered_object.h"
 #include "platform/resources.h"
@@ -43,12 +45,10 @@ struct NewParts {
     PACL sacl = nullptr;
 };
 
-// What a change that was carried to the objects below could not do there.
-struct FailuresBelow {
-    std::size_t count = 0;
-    DWORD firstError = ERROR_SUCCESS;
-    // The first in the order of paths. The names below the folder, with backslashes between them.
-    std::string firstPath;
+// A descriptor before a change and after it.
+struct SecurityPreview {
+    nt::SecurityDescriptor before;
+    nt::SecurityDescriptor after;
 };
 
 // Whether bytes that are no valid descriptor are read and written like others: when damaged ones that were
@@ -121,9 +121,16 @@ class HeldObject {
     // ERROR_NOT_SUPPORTED when it cannot have one, ERROR_INVALID_ACL when a list is too large for any.
     DWORD PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const;
 
+    // Where the list that ReadSecurity gives is kept, also when it is damaged.
+    DWORD FindListPlace(ListPlace& place) const;
+
     // What the host lets its users do with the object, whatever its list says (platform/host_permissions.h).
     // ERROR_NOT_SUPPORTED on Windows, which has nothing of the kind.
     DWORD ReadHostPermissions(HostPermissions& permissions) const;
+
+    // The code that a change of these parts is known to fail with before it is tried: ERROR_WRITE_PROTECT on
+    // a volume that is there for reading alone, ERROR_ACCESS_DENIED without the right. 0 promises nothing.
+    DWORD FindObstacle(SECURITY_INFORMATION information) const;
 
     // Waits until no other program of this user is at work on the object through this layer; from then on
     // none is, until the object is let go of. ERROR_BUSY after ten seconds: nobody waits for ever. Other
@@ -142,6 +149,15 @@ class HeldObject {
         FailuresBelow none;
         return WriteSecurity(OWNER_SECURITY_INFORMATION, {.owner = owner}, nullptr, recorder, none);
     }
+
+    // What WriteSecurity would make of the object itself, by the same steps: its descriptor now and then.
+    // Nothing is written, and nobody is waited for.
+    DWORD PreviewSecurity(SECURITY_INFORMATION information, const NewParts& parts,
+                          SecurityPreview& preview) const;
+    // What would become of everything below this folder if it had the list `list`, by the steps that change
+    // it. Nothing is written. Results and counts are those of SetListsBelow with kCountOnly.
+    [[nodiscard]] DWORD PreviewBelow(const nt::Acl& list, BelowChange change, TreeObserver& observer,
+                                     TreeCounts& counts) const;
 
     // Gives an object whose stored descriptor is damaged the security of one that is newly made in its
     // folder: what that hands down, or nothing stored. Carries a list to everything below, as WriteSecurity
@@ -181,8 +197,9 @@ class HeldObject {
     // Gives every object below this folder the owner `owner`, as SetNamedSecurityInfoA with
     // OWNER_SECURITY_INFORMATION would for each; the folder itself keeps its owner. It walks and answers as
     // SetListsBelow does. ERROR_INVALID_SID when `owner` is not valid.
-    [[nodiscard]] DWORD SetOwnersBelow(PSID owner, LinkedFiles linked, ChangeRecorder& recorder,
-                                       TreeObserver& observer, TreeCounts& counts) const;
+    [[nodiscard]] DWORD SetOwnersBelow(PSID owner, LinkedFiles linked, TreeListMode mode,
+                                       ChangeRecorder& recorder, TreeObserver& observer,
+                                       TreeCounts& counts) const;
 
   private:
     friend class FolderHandle;

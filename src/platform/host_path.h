@@ -28,6 +28,10 @@ std::string PathBelowArgument(const std::string& argument, std::string_view belo
 // Any other stays as it is, and relative to the current directory.
 std::string PathFromTyped(const std::string& text);
 
+// The path of an object as the host's own programs take it, by its absolute path with a drive letter: text
+// only. Empty when there is no such drive, or no name of the host is shown so.
+std::string HostPathFromPath(const std::string& path);
+
 // An argument relative to the current directory, whatever that is called by then: for an argument as the host
 // writes it that names this directory (empty) or something below it. Nothing for every other one.
 std::optional<std::string> PathBelowCurrent(const char* argument);

@@ -17,6 +17,7 @@ struct HostPermissions {
     std::uint32_t group = 0;
     std::uint32_t mode = 0;          // the nine bits
     std::vector<std::uint8_t> list;  // the POSIX access list as it is stored; empty: none
+    bool isSticky = false;           // a folder: only its owner and those of what is in it remove that
 
     friend bool operator==(const HostPermissions&, const HostPermissions&) = default;
 };

@@ -1,9 +1,12 @@
 #include "platform/security_change.h"
 
+#include <algorithm>
 #include <span>
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/nt/ace_bits.h"
+#include "platform/nt/entry_effects.h"
 #include "platform/raw_security.h"
 
 namespace permora {
@@ -101,6 +104,34 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& above, nt:
     descriptor.dacl = nt::MergeInherited(descriptor.dacl, above, kind, descriptor.owner.value_or(owner),
                                          descriptor.group.value_or(group));
     descriptor.control |= nt::kDaclAutoInherited;
+}
+
+std::vector<nt::Ace> LostOwnEntries(const nt::SecurityDescriptor& before,
+                                    const nt::SecurityDescriptor& after) {
+    // A list that is protected may mark entries as inherited that are its own.
+    const auto holds = [](nt::Ace entry, nt::Ace lost) {
+        const std::uint32_t rights = nt::MapGenericRights(lost.mask);
+        if ((nt::MapGenericRights(entry.mask) & rights) != rights) return false;
+        lost.mask = entry.mask;
+        for (nt::Ace* each : {&entry, &lost})
+            each->flags &= static_cast<std::uint8_t>(~nt::kInherited);
+        return entry == lost;
+    };
+    std::vector<nt::Ace> lost;
+    for (const nt::Ace& entry : ListOf(before).entries) {
+        const bool isKept = std::ranges::any_of(ListOf(after).entries, [&](const nt::Ace& other) {
+            return !nt::IsInheritedIn(after, other) && holds(other, entry);
+        });
+        if (!isKept && !nt::IsInheritedIn(before, entry)) lost.push_back(entry);
+    }
+    return lost;
+}
+
+bool IsEmptiedBy(const nt::SecurityDescriptor& before, const nt::SecurityDescriptor& after) {
+    const auto isEmpty = [](const nt::SecurityDescriptor& descriptor) {
+        return descriptor.daclState == nt::DaclState::kList && descriptor.dacl.entries.empty();
+    };
+    return isEmpty(after) && !isEmpty(before);
 }
 
 const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor) {

@@ -49,6 +49,13 @@ void ApplyChange(const SecurityChange& change, const ListAbove* above, nt::Secur
 void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& above, nt::ObjectKind kind,
                    const nt::Sid& owner, const nt::Sid& group);
 
+// The entries that the object has of its own, which no folder has handed down, and then no longer: no own
+// entry gives or takes as much of the same account at the same places.
+std::vector<nt::Ace> LostOwnEntries(const nt::SecurityDescriptor& before,
+                                    const nt::SecurityDescriptor& after);
+// Whether the list after a change lets nobody in for want of entries, and did not before.
+bool IsEmptiedBy(const nt::SecurityDescriptor& before, const nt::SecurityDescriptor& after);
+
 // A folder hands down entries of its list. A folder that lets everyone do everything has no list.
 const nt::Acl& ListOf(const nt::SecurityDescriptor& descriptor);
 

@@ -35,6 +35,23 @@ struct TreeCounts {
     std::size_t changed = 0;
     std::size_t unchanged = 0;   // they were so already
     std::size_t passedOver = 0;  // each was reported with its reason
+    // When lists are counted (kCountOnly), of those that would change:
+    std::size_t losingOwn = 0;  // have entries of their own that would go
+    std::size_t emptied = 0;    // would have a list without entries, which lets nobody in
+};
+
+inline void AddCounts(const TreeCounts& more, TreeCounts& counts) {
+    counts.changed += more.changed;
+    counts.unchanged += more.unchanged;
+    counts.passedOver += more.passedOver;
+    counts.losingOwn += more.losingOwn;
+    counts.emptied += more.emptied;
+}
+
+// What a new list on a folder comes to below it.
+enum class BelowChange {
+    kCarryDown,  // WriteSecurity: what inherits gets what the list hands down
+    kReset,      // then SetListsBelow with an empty list: nothing else is left
 };
 
 // Texts live for the call.

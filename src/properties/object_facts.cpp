@@ -11,8 +11,10 @@
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/api/time.h"
+#include "platform/host_path.h"
 #include "platform/link_target.h"
 #include "platform/system_message.h"
+#include "platform/visible_text.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -75,6 +77,10 @@ std::string Counted(ULONGLONG count, const char* one, const char* several) {
     return GroupedDigits(count) + ' ' + (count == 1 ? one : several);
 }
 
+std::string HostPathText(const std::string& path) {
+    return OrUnknown(VisibleText(HostPathFromPath(path)));
+}
+
 ObjectSort SortOf(DWORD attributes) {
     if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return ObjectSort::kLink;
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? ObjectSort::kFolder : ObjectSort::kFile;
@@ -128,6 +134,7 @@ DWORD ReadObjectFacts(const std::string& path, ObjectFacts& facts) {
     const std::string folder = FolderAbove(path);
     if (folder.empty()) {
         facts = FactsOfDrive(path);
+        facts.hostPath = HostPathText(path);
         return ERROR_SUCCESS;
     }
     ObjectFacts found;
@@ -135,6 +142,7 @@ DWORD ReadObjectFacts(const std::string& path, ObjectFacts& facts) {
     found.name = NameInFolder(path);
     found.kind = OrUnknown(ShellTypeName(path));
     found.location = folder;
+    found.hostPath = HostPathText(path);
     found.created = TimeText(data.ftCreationTime);
     found.modified = TimeText(data.ftLastWriteTime);
     found.accessed = TimeText(data.ftLastAccessTime);

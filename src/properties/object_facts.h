@@ -15,6 +15,7 @@ struct ObjectFacts {
     ObjectSort sort = ObjectSort::kFile;
     std::string name;  // bare; a drive's root and label
     std::string kind;
+    std::string hostPath;  // as other programs of this machine take it
     std::string location;  // the folder that holds it; empty for drives
     std::string target;    // kLink: where it leads
     // In the machine's time zone; empty for drives.

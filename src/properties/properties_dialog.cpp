@@ -114,6 +114,7 @@ void CPropertiesDlg::ShowFacts() {
         {IDC_PROPERTY_NAME, facts.name},
         {IDC_PROPERTY_KIND, facts.kind},
         {IDC_PROPERTY_LOCATION, facts.location},
+        {IDC_PROPERTY_HOST_PATH, facts.hostPath},
         {IDC_PROPERTY_TARGET, facts.target},
         {IDC_PROPERTY_CREATED, facts.created},
         {IDC_PROPERTY_MODIFIED, facts.modified},

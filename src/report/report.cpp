@@ -5,8 +5,8 @@
 
 #include "platform/nt/granted_rights.h"
 #include "platform/nt/inheritance.h"
-#include "report/sid_key.h"
 #include "security/object_security.h"
+#include "survey/sid_key.h"
 
 namespace permora {
 namespace {

@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "platform/nt/security_descriptor.h"
-#include "report/group_people.h"
 #include "security/access_rows.h"
+#include "survey/group_people.h"
 #include "survey/survey.h"
 #include "survey/survey_rows.h"
 

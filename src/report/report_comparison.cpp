@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "platform/nt/inheritance.h"
-#include "report/sid_key.h"
 #include "saved/saved_path.h"
 #include "security/access_rights.h"
+#include "survey/sid_key.h"
 
 namespace permora {
 namespace {

@@ -5,6 +5,7 @@
 
 #include "platform/api/files.h"
 #include "platform/system_message.h"
+#include "platform/visible_text.h"
 #include "report/page_parts.h"
 #include "report/visible_text.h"
 #include "saved/base64.h"

@@ -7,19 +7,15 @@
 
 namespace permora {
 
-// `text` as UTF-8 in which everything can be seen: control characters, what turns the writing direction or
-// cannot be seen, and the private-use characters by which the platform layer writes what no Windows name
-// holds become \u{202e}, bytes that are no UTF-8 \x9f.
-std::string VisibleText(std::string_view text);
-
-// The same as text of an HTML document, in an element or between double quotes in an attribute.
+// Visible text (platform/visible_text.h) of an HTML document, in an element or between double quotes in an
+// attribute.
 std::string HtmlText(std::string_view text);
 
 // A JSON document of ASCII characters as the text of an HTML script element: without the characters that
 // could end the element or begin a comment.
 std::string ScriptText(std::string_view json);
 
-// The same as VisibleText as a cell of a table with commas (RFC 4180). What a spreadsheet would take for a
+// Visible text as a cell of a table with commas (RFC 4180). What a spreadsheet would take for a
 // formula gets an apostrophe before it, which spreadsheets take for the sign of a text.
 std::string CsvCell(std::string_view text);
 

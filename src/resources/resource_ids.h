@@ -99,6 +99,7 @@
 #define ID_EDIT_CUT 57635
 #define ID_EDIT_PASTE 57637
 #define ID_EDIT_UNDO 57643
+#define ID_COPY_HOST_PATH 32905
 
 // Commands: windows of results.
 #define ID_SAVE_RESULTS 32820
@@ -116,6 +117,13 @@
 #define ID_VIEW_LIST 137
 #define ID_VIEW_DETAILS 138
 #define ID_VIEW_OWN_ICONS 168
+#define IDP_FIRST_SECURITY_COLUMN 32900
+#define ID_COLUMN_OWNER 32900
+#define ID_COLUMN_INHERITS 32901
+#define ID_COLUMN_OWN_ENTRIES 32902
+#define ID_COLUMN_MODE 32903
+#define IDP_LAST_SECURITY_COLUMN 32903
+#define ID_VIEW_DOT_NAMES 32904
 #define ID_VIEW_TOOLBAR 59392
 #define ID_VIEW_STATUS_BAR 59393
 
@@ -149,6 +157,8 @@
 #define IDC_INHERIT_FROM_PARENT 1020
 #define IDC_REPLACE_CHILD_ENTRIES 1021
 #define IDC_LIST_REMARK 1150
+#define IDC_LIST_KEPT 1260
+#define IDC_SHOW_SOURCES 1261
 
 // Permissions page of the share security sheet, with the same controls.
 #define IDD_SHARE_PERMISSIONS_PAGE 253
@@ -286,6 +296,7 @@
 #define IDC_PROPERTY_NAME 1200
 #define IDC_PROPERTY_KIND 1201
 #define IDC_PROPERTY_LOCATION 1202
+#define IDC_PROPERTY_HOST_PATH 1300
 #define IDC_PROPERTY_TARGET 1203
 #define IDC_PROPERTY_SIZE 1204
 #define IDC_PROPERTY_SIZE_ON_DISK 1205
@@ -356,9 +367,52 @@
 #define IDC_ENCRYPTED 1148
 #define IDC_COMPRESSED 1149
 
+// Ready-made rights in the permission entry dialog.
+#define IDC_ALLOW_READ 1290
+#define IDC_ALLOW_MODIFY 1291
+#define IDC_ALLOW_ALL 1292
+#define IDC_DENY_READ 1293
+#define IDC_DENY_MODIFY 1294
+#define IDC_DENY_ALL 1295
+
+// Owners that are not in the list of the owner page.
+#define IDC_OTHER_OWNER 1296
+#define IDC_OWNER_REMARK 1297
+
+// What became of the objects of a change.
+#define IDD_CHANGE_RESULTS 775
+#define IDR_CHANGE_RESULTS 776
+#define IDC_RESULTS_SUMMARY 1280
+#define IDC_RESULTS 1281
+#define IDC_TRY_AGAIN 1282
+#define IDC_COPY_ALL_RESULTS 1283
+#define IDC_SHOW_LEFT_OVER 1284
+
+// What a change would do, shown or asked about.
+#define IDD_PREVIEW 772
+#define IDD_PREVIEW_QUESTION 773
+#define IDC_PREVIEW 1270
+#define IDC_PREVIEW_LINES 1271
+#define IDC_PREVIEW_PROGRESS 1272
+#define IDC_PREVIEW_STOP 1273
+#define IDC_PREVIEW_COPY 1274
+#define IDC_PREVIEW_DO_NOT_ASK 1275
+#define IDC_SETTINGS_ASK_BEFORE_LOSSES 1276
+
 // Why an account has the rights that the page of effective permissions shows.
 #define IDD_RIGHTS_EXPLANATION 760
 #define IDC_EXPLAIN_RIGHTS 761
 #define IDC_EXPLAINED_ACCOUNT 762
 #define IDC_EXPLAINED_RIGHTS 763
 #define IDC_EXPLANATION_REMARKS 764
+
+// Several accounts and objects at once.
+#define IDD_COMPARE_ACCOUNTS 790
+#define IDC_COMPARE_ACCOUNTS 1320
+#define IDC_NETWORK_RIGHTS 1321
+#define IDC_COMPARED_OBJECTS 1322
+#define IDC_COMPARED_RIGHTS 1323
+#define IDC_ADD_COMPARED 1324
+#define IDC_REMOVE_COMPARED 1325
+#define IDC_COPY_COMPARED 1326
+#define IDC_COMPARISON_REMARKS 1327

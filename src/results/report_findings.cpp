@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "report/sid_key.h"
 #include "results/object_rows.h"
+#include "survey/sid_key.h"
 
 namespace permora {
 

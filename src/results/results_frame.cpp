@@ -324,11 +324,7 @@ void CResultsFrame::CopyPaths() {
     std::string text;
     for (const ResultObject& object : Page().SelectedObjects())
         text += object.path + '\n';
-    Clipboard clipboard(*this);
-    const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
-    if (!clipboard.IsOpen() || !clipboard.Empty() ||
-        !clipboard.SetData(RegisterClipboardFormat("text/plain"), bytes))
-        ShowErrorBox(GetSafeHwnd(), "Error: cannot copy to the clipboard");
+    if (!CopyText(*this, text)) ShowErrorBox(GetSafeHwnd(), "Error: cannot copy to the clipboard");
 }
 
 void CResultsFrame::SaveAs() {

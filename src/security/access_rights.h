@@ -29,8 +29,8 @@ constexpr DWORD WithoutSynchronize(DWORD mask) {
 // all thirteen rights. A smaller denial keeps what `mask` says.
 DWORD MaskOfChangedEntry(BYTE aceType, DWORD mask);
 
-// One right in the three wordings of the three places that show it. The box ids are the controls of the
-// permission entry dialog (dialog 159).
+// One right in the wordings of the places that show it. The box ids are the controls of the permission entry
+// dialog (dialog 159).
 struct AccessRight {
     const char* dialogLabel;  // beside its check boxes in the permission entry dialog
     const char* listName;     // in the rights lists of the effective permissions and wizard pages
@@ -38,25 +38,26 @@ struct AccessRight {
     DWORD bits;
     int allowBox;
     int denyBox;
+    const char* constants;  // the system's names of the bits
 };
 
 // In the order in which dialogs and lists show them. Row 0 stands for all thirteen others.
 // clang-format off
 inline constexpr std::array<AccessRight, 14> kAccessRights = {{
-    {"Full control",                 "Full control",                   "Full control",                 FULL_CONTROL_RIGHTS,   1050, 1060},
-    {"Traverse folder / Execute",    "Traverse folder / Execute file", "Traverse folder/Execute file", FILE_EXECUTE,          1062, 1061},
-    {"List folder / Read data",      "List folder / Read data",        "List directory/Read data",     FILE_READ_DATA,        1064, 1063},
-    {"Read attributes",              "Read attributes",                "Read attributes",              FILE_READ_ATTRIBUTES,  1067, 1066},
-    {"Read extended attributes",     "Read extended attributes",       "Read extended attributes",     FILE_READ_EA,          1065, 1068},
-    {"Create file / Write data",     "Create files / Write data",      "Write file/Create file",       FILE_WRITE_DATA,       1070, 1071},
-    {"Create folders / Append data", "Create folders / Append data",   "Add subdirectory/Append data", FILE_APPEND_DATA,      1069, 1072},
-    {"Write attributes",             "Write attributes",               "Write attributes",             FILE_WRITE_ATTRIBUTES, 1073, 1074},
-    {"Write extended attributes",    "Write extended attributes",      "Write extended attributes",    FILE_WRITE_EA,         1075, 1076},
-    {"Delete subfolders and files",  "Delete subfolders and files",    "Delete subfolders and files",  FILE_DELETE_CHILD,     1078, 1082},
-    {"Delete",                       "Delete",                         "Delete",                       DELETE,                1080, 1077},
-    {"Read permissions",             "Read permissions",               "Read permissions",             READ_CONTROL,          1079, 1081},
-    {"Change permissions",           "Change permissions",             "Write permissions",            WRITE_DAC,             1083, 1084},
-    {"Take ownership",               "Take ownership",                 "Change owner",                 WRITE_OWNER,           1086, 1085},
+    {"Full control",                 "Full control",                   "Full control",                 FULL_CONTROL_RIGHTS,   1050, 1060, "FILE_ALL_ACCESS"},
+    {"Traverse folder / Execute",    "Traverse folder / Execute file", "Traverse folder/Execute file", FILE_EXECUTE,          1062, 1061, "FILE_EXECUTE, FILE_TRAVERSE"},
+    {"List folder / Read data",      "List folder / Read data",        "List directory/Read data",     FILE_READ_DATA,        1064, 1063, "FILE_READ_DATA, FILE_LIST_DIRECTORY"},
+    {"Read attributes",              "Read attributes",                "Read attributes",              FILE_READ_ATTRIBUTES,  1067, 1066, "FILE_READ_ATTRIBUTES"},
+    {"Read extended attributes",     "Read extended attributes",       "Read extended attributes",     FILE_READ_EA,          1065, 1068, "FILE_READ_EA"},
+    {"Create file / Write data",     "Create files / Write data",      "Write file/Create file",       FILE_WRITE_DATA,       1070, 1071, "FILE_WRITE_DATA, FILE_ADD_FILE"},
+    {"Create folders / Append data", "Create folders / Append data",   "Add subdirectory/Append data", FILE_APPEND_DATA,      1069, 1072, "FILE_APPEND_DATA, FILE_ADD_SUBDIRECTORY"},
+    {"Write attributes",             "Write attributes",               "Write attributes",             FILE_WRITE_ATTRIBUTES, 1073, 1074, "FILE_WRITE_ATTRIBUTES"},
+    {"Write extended attributes",    "Write extended attributes",      "Write extended attributes",    FILE_WRITE_EA,         1075, 1076, "FILE_WRITE_EA"},
+    {"Delete subfolders and files",  "Delete subfolders and files",    "Delete subfolders and files",  FILE_DELETE_CHILD,     1078, 1082, "FILE_DELETE_CHILD"},
+    {"Delete",                       "Delete",                         "Delete",                       DELETE,                1080, 1077, "DELETE"},
+    {"Read permissions",             "Read permissions",               "Read permissions",             READ_CONTROL,          1079, 1081, "READ_CONTROL"},
+    {"Change permissions",           "Change permissions",             "Write permissions",            WRITE_DAC,             1083, 1084, "WRITE_DAC"},
+    {"Take ownership",               "Take ownership",                 "Change owner",                 WRITE_OWNER,           1086, 1085, "WRITE_OWNER"},
 }};
 // clang-format on
 

@@ -1,11 +1,13 @@
 #include "security/access_rows.h"
 
 #include "security/access_rights.h"
+#include "security/distinct_names.h"
 
 namespace permora {
 
 std::vector<AccessRow> AccessRowsOf(AccessEntryList& list, NameAccount* nameOf) {
     std::vector<AccessRow> rows;
+    DistinctNames names;
     const std::vector<AccessEntry>& entries = list.Entries();
     for (std::size_t index = 0; index < entries.size(); ++index) {
         const AccessEntry& entry = entries[index];
@@ -16,7 +18,10 @@ std::vector<AccessRow> AccessRowsOf(AccessEntryList& list, NameAccount* nameOf) 
                         .permission = PermissionText(entry.mask),
                         .inheritance = InheritanceText(entry.aceFlags),
                         .applyTo = ScopeTextFromFlags(entry.aceFlags)});
+        names.Note(rows.back().name, entry.account);
     }
+    for (AccessRow& row : rows)
+        row.name = names.Of(row.name, entries[row.entryIndex].account);
     return rows;
 }
 

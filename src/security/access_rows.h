@@ -26,7 +26,7 @@ struct AccessRow {
 // Looks up the name of an account: AccountDisplayName or AccountNameSoFar.
 using NameAccount = std::string(AccountRecord& account);
 
-// A row for every allow and deny entry, in list order.
+// A row for every allow and deny entry, in list order. Accounts of one name are told apart by their SIDs.
 std::vector<AccessRow> AccessRowsOf(AccessEntryList& list, NameAccount* nameOf);
 
 // Remarks beside the rows, a sentence each: that the list is empty or out of order, or holds entries that no

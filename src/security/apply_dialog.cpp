@@ -8,8 +8,8 @@
 #include "security/message_boxes.h"
 
 namespace permora {
-ApplyDlg::ApplyDlg(CWnd* ownerWindow, ChangeRecorder& changeRecorder)
-    : CDialog(IDD_APPLY_TO_TREE, ownerWindow), recorder(changeRecorder) {}
+ApplyDlg::ApplyDlg(CWnd* ownerWindow, ChangeRecorder& changeRecorder, ChangeResults& changeResults)
+    : CDialog(IDD_APPLY_TO_TREE, ownerWindow), recorder(changeRecorder), results(changeResults) {}
 
 bool ApplyDlg::OnInitDialog() {
     CDialog::OnInitDialog();
@@ -44,12 +44,17 @@ void ApplyDlg::Apply(HWND window, CStatic& status) {
             status.RedrawWindow();
             return !isStopped;
         };
-        ShowOutcomes(
-            window,
-            WalkFolders(items, recorder, showName, [&](const HeldObject& folder, TreeObserver& observer) {
-                TreeCounts counts;
-                return folder.SetListsBelow(list.get(), TreeListMode::kWrite, recorder, observer, counts);
-            }));
+        // An object that is tried again inherits as if its folder had just been reset.
+        const auto reset = [&](const HeldObject& object) {
+            FailuresBelow below;
+            return object.WriteSecurity(DaclWriteInformation(DaclInheritance::kFromParent),
+                                        {.dacl = list.get()}, nullptr, recorder, below);
+        };
+        const auto resetBelow = [&](const HeldObject& folder, TreeObserver& observer) {
+            TreeCounts counts;
+            return folder.SetListsBelow(list.get(), TreeListMode::kWrite, recorder, observer, counts);
+        };
+        WalkFolders(items, places, recorder, showName, {.below = resetBelow, .object = reset}, results);
     }
     EndDialog(list ? IDOK : kCannotStart);
 }

@@ -239,6 +239,11 @@ const char* RowChangeText(RowChange change) {
     return "";
 }
 
+std::string EntryLine(const nt::Ace& ace, ComparedObject object, NameAccount* nameOf) {
+    const std::string name = NameOf(ace.sid, nameOf);
+    return EntryTypeName(ace.type) + (name.empty() ? "" : ' ' + name) + ": " + EntryText(ace, object);
+}
+
 std::vector<ComparedRow> CompareDescriptors(const nt::SecurityDescriptor* before,
                                             const nt::SecurityDescriptor* after, ComparedObject object,
                                             NameAccount* nameOf) {

@@ -35,6 +35,9 @@ enum class ComparedObject { kFile, kFolder };
 // What an entry gives or takes: "Full control (This folder, subfolders and files; inherited)".
 std::string GrantText(const nt::Ace& ace, ComparedObject object);
 
+// A whole entry in a line: "Allow HOST\\anna: Modify (This folder only)".
+std::string EntryLine(const nt::Ace& ace, ComparedObject object, NameAccount* nameOf);
+
 // The owner, whether the list inherits, then the entries in the order of the lists: an entry that both lists
 // have, or that has other rights in one of them, has one row. The primary group and the system access list
 // have rows where they differ, and a list where it is null, absent or empty. Null: there is no descriptor.

@@ -111,16 +111,21 @@ std::string NoRightsText(DWORD error, GroupsRequest request, AccountRecord& acco
     return text.empty() ? SystemMessageLine(error) : text;
 }
 
-std::vector<std::string> RemarksOnRights(PACL dacl, AccountRecord& account,
-                                         const EffectiveRights& effective) {
-    const DWORD rights = effective.rights;
+std::vector<std::string> RemarksOnAccount(GroupsOrigin origin, AccountRecord& account) {
     std::vector<std::string> remarks;
-    if (std::string remark = RemarkOnGroups(effective.origin, account); !remark.empty())
+    if (std::string remark = RemarkOnGroups(origin, account); !remark.empty())
         remarks.push_back(std::move(remark));
     if (HasMembers(account)) {
         remarks.push_back("members of " + AccountDisplayName(account) +
                           " may have more or less, by entries for themselves and their other groups");
     }
+    return remarks;
+}
+
+std::vector<std::string> RemarksOnRights(PACL dacl, AccountRecord& account,
+                                         const EffectiveRights& effective) {
+    const DWORD rights = effective.rights;
+    std::vector<std::string> remarks = RemarksOnAccount(effective.origin, account);
     if ((rights & FULL_CONTROL_RIGHTS) != 0 && (rights & SYNCHRONIZE) == 0) {
         remarks.emplace_back(
             "over the network these rights cannot be used, since the right to synchronize is not among them");
@@ -129,6 +134,12 @@ std::vector<std::string> RemarksOnRights(PACL dacl, AccountRecord& account,
     if (std::ranges::any_of(entries.Entries(), HasGenericRights))
         remarks.emplace_back("generic rights, which stand in the list, are not counted");
     return remarks;
+}
+
+std::string AsSentence(std::string remark) {
+    if (remark.front() >= 'a' && remark.front() <= 'z')
+        remark.front() = static_cast<char>(remark.front() - ('a' - 'A'));
+    return remark + '.';
 }
 
 bool IsEffective(const AccessRight& right, DWORD rights) {

@@ -43,8 +43,14 @@ std::string UnknownGroupsText(DWORD error, GroupsRequest request, AccountRecord&
 // The same, or the system's text.
 std::string NoRightsText(DWORD error, GroupsRequest request, AccountRecord& account);
 
+// On what the account's groups rest, and that it is a group itself, in half sentences. Looks up the account's
+// names.
+std::vector<std::string> RemarksOnAccount(GroupsOrigin origin, AccountRecord& account);
 // Remarks to show with these rights, in half sentences. Looks up the account's names.
 std::vector<std::string> RemarksOnRights(PACL dacl, AccountRecord& account, const EffectiveRights& effective);
+
+// Half a sentence as a whole one. Not for an empty text.
+std::string AsSentence(std::string remark);
 
 // Whether the row of a right is to be marked. "Full control" needs every bit of RIGHTS_DISPLAY_MASK, which
 // is more than the rights of files.

@@ -1,7 +1,9 @@
 #include "security/folder_walk.h"
 
+#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/api/errors.h"
 #include "security/object_security.h"
@@ -9,61 +11,136 @@
 namespace permora {
 namespace {
 
-// Records objects that are passed over because they may not belong to the tree. The user may expect them to
-// be changed.
+// Adds what is passed over below a place.
 class WalkObserver : public TreeObserver {
   public:
-    explicit WalkObserver(const std::function<bool(const char* name)>& beginObject) : begin(beginObject) {}
+    WalkObserver(const std::function<bool(const char* name)>& beginObject, const RememberedObject& walked,
+                 const ObjectPlace& walkedPlace, ChangeResults& found)
+        : begin(beginObject), item(walked), place(walkedPlace), results(found) {}
 
-    void SetItem(const std::string& path) { item = path; }
     bool Begin(const char* name) override { return begin(name); }
     void PassOver(const std::string& path, DWORD error) override {
-        if (error == ERROR_NOT_SAME_DEVICE) Count(path, mounted);
-        if (error == kHasFurtherNames) Count(path, linked);
-    }
-    void AppendTo(Outcomes& outcomes) const {
-        for (const Outcome& outcome : {mounted, linked})
-            if (!outcome.object.empty()) outcomes.push_back(outcome);
+        // It can have no list, so there is none that it should not have.
+        if (error == ERROR_NOT_SUPPORTED) return;
+        const std::string below = place.below.empty() ? path : ChildPath(place.below, path);
+        Outcome outcome{error, Step::kNone, ChildPath(item.Path(), below)};
+        if (error == ERROR_NOT_SAME_DEVICE) outcome.step = Step::kPassOverMounted;
+        if (error == kHasFurtherNames) outcome.step = Step::kPassOverLinked;
+        results.Add({{place.item, below, ObjectPart::kObject}, std::move(outcome)});
     }
 
   private:
-    void Count(const std::string& path, Outcome& outcome) const {
-        if (outcome.object.empty())
-            outcome.object = ChildPath(item, path);
-        else
-            ++outcome.more;
+    const std::function<bool(const char* name)>& begin;
+    const RememberedObject& item;
+    const ObjectPlace& place;
+    ChangeResults& results;
+};
+
+// Items of which the user is told already that their names lead elsewhere.
+std::set<std::size_t> ItemsNotFoundAgain(const ChangeResults& results) {
+    std::set<std::size_t> items;
+    for (const ObjectResult& each : results.Listed(ResultState::kFailed))
+        if (each.outcome.step == Step::kFindAgain) items.insert(each.place.item);
+    return items;
+}
+
+// The failures that a walk below one object has added behind the first `before` ones.
+std::set<std::string> PathsBehind(const ChangeResults& results, std::size_t before) {
+    std::set<std::string> paths;
+    const std::vector<ObjectResult>& failed = results.Listed(ResultState::kFailed);
+    for (std::size_t i = before; i < failed.size(); ++i)
+        paths.insert(failed[i].place.below);
+    return paths;
+}
+
+// One run over several places.
+class FolderWalks {
+  public:
+    FolderWalks(std::span<const RememberedObject> all, const ChangeRecorder& changeRecorder,
+                const std::function<bool(const char* name)>& beginObject, const TreeWork& treeWork,
+                ChangeResults& found)
+        : items(all), recorder(changeRecorder), begin(beginObject), work(treeWork), results(found) {}
+
+    // False: no further place may be worked on.
+    bool WorkOnContents(const ObjectPlace& place) {
+        HeldObject folder;
+        const Outcome found = FindPlace(items, place, folder);
+        if (found.code == ERROR_FILE_INVALID)
+            results.Add({place, {found.code, Step::kFindFolderAgain, found.object}});
+        if (!found.IsDone() || !folder.IsFolder()) return true;
+        return Walk(folder, place, Step::kChangeContents);
     }
 
+    bool WorkOnObject(const ObjectPlace& place) {
+        if (IsBelowWalked(place)) {
+            if (!failedBelow.contains(place.below)) AddDone(place);
+            return true;
+        }
+        HeldObject object;
+        Outcome outcome = FindPlace(items, place, object);
+        if (outcome.IsDone()) {
+            const std::string path = std::move(outcome.object);
+            outcome = OutcomeOfChange(work.object(object), recorder);
+            outcome.object = path;
+        }
+        if (!outcome.IsDone()) {
+            if (outcome.code == kHasFurtherNames) outcome.step = Step::kPassOverLinked;
+            results.Add({place, outcome});
+            return outcome.step != Step::kRecord;
+        }
+        const std::size_t before = results.Listed(ResultState::kFailed).size();
+        if (object.IsFolder() && !Walk(object, place, Step::kNone)) return false;
+        walked = object.IsFolder() ? &place : nullptr;
+        failedBelow = PathsBehind(results, before);
+        if (!failedBelow.contains(place.below)) AddDone(place);
+        return true;
+    }
+
+  private:
+    bool Walk(HeldObject& folder, const ObjectPlace& place, Step failure) {
+        const RememberedObject& item = items[place.item];
+        WalkObserver observer(begin, item, place, results);
+        Outcome outcome{folder.TakeTurn()};
+        if (outcome.IsDone()) outcome = OutcomeOfChange(work.below(folder, observer), recorder);
+        if (outcome.code == ERROR_OPERATION_ABORTED) return false;
+        if (outcome.IsDone() || outcome.code == ERROR_NOT_SUPPORTED) return true;
+        if (outcome.step == Step::kNone) outcome.step = failure;
+        outcome.object = ChildPath(item.Path(), place.below);
+        results.Add({place, outcome});
+        return outcome.step != Step::kRecord;
+    }
+
+    // A walk below an object that was tried again has been to the objects below it, too.
+    bool IsBelowWalked(const ObjectPlace& place) const {
+        return walked != nullptr && walked->item == place.item &&
+               place.below.starts_with(walked->below + '\\');
+    }
+
+    void AddDone(const ObjectPlace& place) {
+        results.Add({place, {ERROR_SUCCESS, Step::kNone, ChildPath(items[place.item].Path(), place.below)}});
+    }
+
+    std::span<const RememberedObject> items;
+    const ChangeRecorder& recorder;
     const std::function<bool(const char* name)>& begin;
-    std::string item;
-    Outcome mounted{ERROR_NOT_SAME_DEVICE, Step::kPassOverMounted};
-    Outcome linked{kHasFurtherNames, Step::kPassOverLinked};
+    const TreeWork& work;
+    ChangeResults& results;
+    const ObjectPlace* walked = nullptr;  // the latest folder that was tried again
+    std::set<std::string> failedBelow;    // what has failed there
 };
 
 }  // namespace
 
-Outcomes WalkFolders(std::span<const RememberedObject> items, const ChangeRecorder& recorder,
-                     const std::function<bool(const char* name)>& begin,
-                     const std::function<DWORD(const HeldObject& folder, TreeObserver& observer)>& change) {
-    Outcomes outcomes;
-    WalkObserver observer(begin);
-    for (const RememberedObject& item : items) {
-        HeldObject folder;
-        observer.SetItem(item.Path());
-        const DWORD error = item.Find(folder);
-        if (error == ERROR_FILE_INVALID) outcomes.push_back({error, Step::kFindFolderAgain, item.Path()});
-        if (error != ERROR_SUCCESS || !folder.IsFolder()) continue;
-        if (const DWORD turnError = folder.TakeTurn(); turnError != ERROR_SUCCESS) {
-            outcomes.push_back({turnError, Step::kNone, item.Path()});
-            continue;
-        }
-        Outcome outcome = OutcomeOfChange(change(folder, observer), recorder);
-        outcome.object = item.Path();
-        if (outcome.step == Step::kRecord) outcomes.push_back(outcome);
-        if (outcome.step == Step::kRecord || outcome.code == ERROR_OPERATION_ABORTED) break;
+void WalkFolders(std::span<const RememberedObject> items, std::span<const ObjectPlace> places,
+                 const ChangeRecorder& recorder, const std::function<bool(const char* name)>& begin,
+                 const TreeWork& work, ChangeResults& results) {
+    const std::set<std::size_t> notFound = ItemsNotFoundAgain(results);
+    FolderWalks walks(items, recorder, begin, work, results);
+    for (const ObjectPlace& place : places) {
+        const bool isWalked = place.part == ObjectPart::kContents && !notFound.contains(place.item);
+        if (isWalked && !walks.WorkOnContents(place)) return;
+        if (IsSingleBelow(place) && !walks.WorkOnObject(place)) return;
     }
-    observer.AppendTo(outcomes);
-    return outcomes;
 }
 
 }  // namespace permora

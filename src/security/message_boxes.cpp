@@ -15,6 +15,12 @@ bool LeavesNoWayOn(Step step) {
            step == Step::kCloseFile;
 }
 
+// An empty text shows no box.
+void ShowOutcomeAs(HWND owner, const Outcome& outcome, const std::string& text) {
+    if (!text.empty()) (IsInformation(outcome.step) ? ShowInfoBox : ShowErrorBox)(owner, text.c_str());
+    if (LeavesNoWayOn(outcome.step)) ExitProcess(0);
+}
+
 }  // namespace
 
 void ShowErrorBox(HWND owner, LPCSTR text) {
@@ -49,10 +55,11 @@ void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code) {
 }
 
 void ShowOutcome(HWND owner, const Outcome& outcome) {
-    if (outcome.IsDone()) return;
-    const std::string text = BoxText(outcome);
-    if (!text.empty()) (IsInformation(outcome.step) ? ShowInfoBox : ShowErrorBox)(owner, text.c_str());
-    if (LeavesNoWayOn(outcome.step)) ExitProcess(0);
+    if (!outcome.IsDone()) ShowOutcomeAs(owner, outcome, BoxText(outcome));
+}
+
+void ShowNamedOutcome(HWND owner, const Outcome& outcome) {
+    if (!outcome.IsDone()) ShowOutcomeAs(owner, outcome, NamedBoxText(outcome));
 }
 
 void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes) {

@@ -28,6 +28,8 @@ void ShowErrorWithSystemText(HWND owner, LPCSTR text, DWORD code);
 // to continue: a library or function of the system is missing, there is no memory, or a file cannot be
 // closed.
 void ShowOutcome(HWND owner, const Outcome& outcome);
+// The same; the box names the object, also where the text does not.
+void ShowNamedOutcome(HWND owner, const Outcome& outcome);
 void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes);
 
 // From now on, memory that cannot be had (std::bad_alloc), on any thread, ends the process after a box.

@@ -1,10 +1,12 @@
 #include "security/object_security.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "platform/api/errors.h"
 #include "platform/raw_security.h"
+#include "platform/system_message.h"
 
 namespace permora {
 namespace {
@@ -22,6 +24,31 @@ std::optional<DaclInheritance> InheritanceOf(PSECURITY_DESCRIPTOR descriptor) {
     DWORD revision = 0;
     if (GetSecurityDescriptorControl(descriptor, &control, &revision) == FALSE) return std::nullopt;
     return (control & SE_DACL_PROTECTED) != 0 ? DaclInheritance::kProtected : DaclInheritance::kFromParent;
+}
+
+// Writes what the object has anew, which joins it with what its folder hands down by now.
+DWORD InheritAnew(const HeldObject& object, ChangeRecorder& recorder, FailuresBelow& below) {
+    constexpr int kAttempts = 5;  // another program may change it just then
+    DWORD error = ERROR_REVISION_MISMATCH;
+    for (int attempt = 0; attempt < kAttempts && error == ERROR_REVISION_MISMATCH; ++attempt) {
+        ReadParts now;
+        error = object.ReadSecurity(DACL_SECURITY_INFORMATION, now);
+        if (error == ERROR_SUCCESS)
+            error = object.WriteSecurity(DACL_SECURITY_INFORMATION, {.dacl = now.dacl}, now.descriptor.get(),
+                                         recorder, below);
+    }
+    return error == ERROR_REVISION_MISMATCH ? DWORD{ERROR_BUSY} : error;
+}
+
+void AddFailuresBelow(const std::string& item, const ObjectPlace& place, const FailuresBelow& below,
+                      ChangeResults& results) {
+    for (const auto& [path, error] : below.named) {
+        const std::string belowItem =
+            place.below.empty() || path.empty() ? place.below + path : ChildPath(place.below, path);
+        results.Add({{place.item, belowItem, ObjectPart::kInherited},
+                     {error, Step::kCarryDown, ChildPath(item, belowItem), item}});
+    }
+    results.CountFailures(below.count - below.named.size());
 }
 
 }  // namespace
@@ -65,6 +92,20 @@ DWORD ReadObjectOwner(const HeldObject& object, AccountRecord& account) {
     return ERROR_SUCCESS;
 }
 
+std::string ReadOnlyReason(std::span<const RememberedObject> items, SECURITY_INFORMATION information) {
+    constexpr std::size_t kMostItems = 100;
+    DWORD obstacle = ERROR_SUCCESS;
+    if (items.size() > kMostItems) return {};
+    for (const RememberedObject& item : items) {
+        HeldObject object;
+        if (item.Find(object) != ERROR_SUCCESS) return {};
+        obstacle = object.FindObstacle(information);
+        if (obstacle == ERROR_SUCCESS) return {};
+    }
+    return obstacle == ERROR_SUCCESS ? std::string()
+                                     : "This cannot be changed: " + SystemMessageLine(obstacle);
+}
+
 std::string ChildPath(const std::string& item, const std::string& below) {
     if (below.empty()) return item;
     return item + (item.ends_with('\\') ? "" : "\\") + below;
@@ -80,30 +121,58 @@ std::string TypedChildPath(const std::string& typed, const std::string& below) {
     return typed + (endsWithSeparator ? "" : std::string(1, separator)) + rest;
 }
 
-Outcomes WriteListToItems(std::span<const RememberedObject> items, std::optional<DaclInheritance> inheritance,
-                          const ListsByKind& lists, PSECURITY_DESCRIPTOR shown, ChangeRecorder& recorder) {
-    Outcomes failures;
-    PSECURITY_DESCRIPTOR expected = shown;
-    for (const RememberedObject& item : items) {
+std::vector<ObjectPlace> PlacesOf(std::span<const RememberedObject> items, Contents contents) {
+    std::vector<ObjectPlace> places;
+    for (std::size_t item = 0; item < items.size(); ++item)
+        places.push_back({item, {}, ObjectPart::kObject});
+    for (std::size_t item = 0; item < items.size() && contents == Contents::kToo; ++item)
+        places.push_back({item, {}, ObjectPart::kContents});
+    return places;
+}
+
+Outcome FindPlace(std::span<const RememberedObject> items, const ObjectPlace& place, HeldObject& object) {
+    HeldObject item;
+    Outcome outcome = FindItem(items[place.item], item);
+    outcome.object = ChildPath(items[place.item].Path(), place.below);
+    if (!outcome.IsDone()) return outcome;
+    if (place.below.empty())
+        object = std::move(item);
+    else
+        outcome.code = item.HoldBelow(place.below, object);
+    return outcome;
+}
+
+void WriteListToItems(std::span<const RememberedObject> items, std::span<const ObjectPlace> places,
+                      std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
+                      PSECURITY_DESCRIPTOR shown, ChangeRecorder& recorder, ChangeResults& results) {
+    std::set<std::size_t> walked;
+    for (const ObjectPlace& place : places)
+        if (place.part == ObjectPart::kContents) walked.insert(place.item);
+    for (const ObjectPlace& place : places) {
+        const bool isAnew = place.part == ObjectPart::kInherited;
+        if (place.part == ObjectPart::kContents || IsSingleBelow(place)) continue;
         HeldObject object;
         FailuresBelow below;
-        Outcome outcome = FindItem(item, object);
+        Outcome outcome = FindPlace(items, place, object);
         if (outcome.IsDone()) {
+            const std::string path = outcome.object;
             PACL dacl = object.IsFolder() ? lists.forFolders : lists.forFiles;
-            outcome = OutcomeOfChange(object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
-                                                           expected, recorder, below),
-                                      recorder);
-            outcome.object = item.Path();
+            // Only the first one's list was shown.
+            const DWORD error =
+                isAnew ? InheritAnew(object, recorder, below)
+                       : object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
+                                              place.item == 0 ? shown : nullptr, recorder, below);
+            outcome = OutcomeOfChange(error, recorder);
+            if (isAnew && outcome.step == Step::kNone)
+                outcome = {error, Step::kCarryDown, {}, items[place.item].Path()};
+            outcome.object = path;
         }
-        if (!outcome.IsDone()) failures.push_back(outcome);
-        if (outcome.code == ERROR_REVISION_MISMATCH || outcome.step == Step::kRecord) break;
-        if (below.count > 0) {
-            failures.push_back({below.firstError, Step::kCarryDown, ChildPath(item.Path(), below.firstPath),
-                                item.Path(), below.count - 1});
-        }
-        expected = nullptr;  // only the first one's list was shown
+        const bool isLast = outcome.code == ERROR_REVISION_MISMATCH || outcome.step == Step::kRecord;
+        if (!below.named.contains({}) || walked.contains(place.item))
+            results.Add({place, std::move(outcome)});
+        if (!walked.contains(place.item)) AddFailuresBelow(items[place.item].Path(), place, below, results);
+        if (isLast) break;
     }
-    return failures;
 }
 
 }  // namespace permora

@@ -11,6 +11,7 @@
 #include "platform/place.h"
 #include "security/access_entry_list.h"
 #include "security/account_record.h"
+#include "security/change_results.h"
 #include "security/dacl_builder.h"
 #include "security/outcome.h"
 
@@ -48,6 +49,10 @@ Outcome ReadObjectDacl(const HeldObject& object, ObjectSecurity& security);
 // An object may have no owner: `account` is then left without a SID. A system error code.
 DWORD ReadObjectOwner(const HeldObject& object, AccountRecord& account);
 
+// Why these parts can be changed on none of the items: a sentence for people, empty while they may be on one.
+// Not looked for among more than a hundred items.
+std::string ReadOnlyReason(std::span<const RememberedObject> items, SECURITY_INFORMATION information);
+
 // The path of something below an item, for people. `below` has backslashes between its names; empty: the
 // item.
 std::string ChildPath(const std::string& item, const std::string& below);
@@ -60,12 +65,23 @@ struct ListsByKind {
     PACL forFiles;
 };
 
-// Writes a list to every item, also after a failure unless it is Step::kRecord. Without a choice of
+// The places of all items, for a first try: each as a whole, and then again for `Contents::kToo` what is
+// below it.
+enum class Contents { kNone, kToo };
+std::vector<ObjectPlace> PlacesOf(std::span<const RememberedObject> items, Contents contents);
+
+// Finds the object of a place by its item. Step::kFindAgain as above.
+Outcome FindPlace(std::span<const RememberedObject> items, const ObjectPlace& place, HeldObject& object);
+
+// Writes a list to the items among `places`, also after a failure unless it is Step::kRecord, and lets
+// objects inherit anew whose part is kInherited; other places are not its own. Without a choice of
 // `inheritance`, each item keeps its own. `shown`, which may be null, is the descriptor of the first item as
-// it was read. When that item has another list now, nothing is written and the one outcome is
-// ERROR_REVISION_MISMATCH. Step::kCarryDown: the item was written, but not everything below it that inherits.
-// Step::kRecord: the later items are as they were.
-Outcomes WriteListToItems(std::span<const RememberedObject> items, std::optional<DaclInheritance> inheritance,
-                          const ListsByKind& lists, PSECURITY_DESCRIPTOR shown, ChangeRecorder& recorder);
+// it was read. When that item has another list now, the work ends with the result ERROR_REVISION_MISMATCH;
+// nothing is written then if it is the first place. Step::kCarryDown: the item was written, but not this
+// object below it, which inherits; that is left to the later walk where `places` have the item's contents,
+// too. Step::kRecord: the later items are as they were.
+void WriteListToItems(std::span<const RememberedObject> items, std::span<const ObjectPlace> places,
+                      std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
+                      PSECURITY_DESCRIPTOR shown, ChangeRecorder& recorder, ChangeResults& results);
 
 }  // namespace permora

@@ -12,35 +12,35 @@ namespace {
 enum class Kind { kError, kInformation };
 
 // In the texts, {system} is the system's text, {reason} the same without its line break, {object} and {place}
-// are those of the outcome. {more} is the text `more` where there are further objects, and {count} their
-// number.
+// are those of the outcome.
 struct StepTexts {
     Step step;
     std::string_view box;
     std::string_view line = {};  // empty: as in the box
-    std::string_view more = {};
     Kind kind = Kind::kError;
 };
 
 // clang-format off
-constexpr std::array<StepTexts, 37> kTexts = {{
+constexpr std::array<StepTexts, 38> kTexts = {{
     {Step::kNone,              "{system}"},
 
     {Step::kFindAgain,         "\"{object}\" is left alone: another object has this name since it was shown here.",
                                "left alone: another object has this name by now"},
     {Step::kFindFolderAgain,   "What is below \"{object}\" is left alone: another object has this name since it was shown here.",
                                "left alone: another object has this name by now"},
-    {Step::kUseAccessControl,  "Access control is not supported by the file system", {}, {}, Kind::kInformation},
-    {Step::kCarryDown,         "{reason}\n\nThis is about \"{object}\"{more}. \"{place}\" itself was changed.",
-                               {}, " and {count} more below \"{place}\""},
+    {Step::kChangeContents,    "What is below \"{object}\" was left as it is: {system}",
+                               "what is below it was left as it is: {reason}"},
+    {Step::kUseAccessControl,  "Access control is not supported by the file system", {}, Kind::kInformation},
+    {Step::kCarryDown,         "{reason}\n\nThis is about \"{object}\". \"{place}\" itself was changed.",
+                               "{reason}"},
     {Step::kRecord,            "The change was stopped at \"{object}\", because the history of changes cannot be written: {system}\n"
                                "What was changed before can be undone.",
                                "the change was stopped here, because the history of changes cannot be written: {reason} "
                                "What was changed before can be undone"},
-    {Step::kPassOverMounted,   "Something is mounted on \"{object}\"{more}. What is mounted is a volume of its own and was left as it is.",
-                               {}, " and on {count} more of the folders", Kind::kInformation},
-    {Step::kPassOverLinked,    "\"{object}\" has further names (hard links){more}. Under these it may be in another's folder, so it was left as it is.",
-                               {}, ", and so have {count} more of the files", Kind::kInformation},
+    {Step::kPassOverMounted,   "Something is mounted on \"{object}\". What is mounted is a volume of its own and was left as it is.",
+                               "something is mounted on it, which is a volume of its own", Kind::kInformation},
+    {Step::kPassOverLinked,    "\"{object}\" has further names (hard links). Under these it may be in another's folder, so it was left as it is.",
+                               "it has further names (hard links), under which it may be in another's folder", Kind::kInformation},
 
     {Step::kLoadLibrary,       "{system}"},
     {Step::kFindListFunctions, "Error: cannot load functions to apply settings"},
@@ -103,9 +103,6 @@ std::string Fill(std::string_view text, const Outcome& outcome, const std::strin
         if (name == "reason") filled += SystemMessageLine(outcome.code);
         if (name == "object") filled += outcome.object;
         if (name == "place") filled += outcome.place;
-        if (name == "count") filled += std::to_string(outcome.more);
-        if (name == "more" && outcome.more > 0)
-            filled += Fill(TextsOf(outcome.step).more, outcome, systemText);
     }
     return filled;
 }
@@ -124,8 +121,11 @@ std::string BoxText(const Outcome& outcome) {
     return isSilent ? std::string() : Fill(text, outcome, systemText);
 }
 
-bool IsNamedInBox(Step step) {
-    return TextsOf(step).box.find("{object}") != std::string_view::npos;
+std::string NamedBoxText(const Outcome& outcome) {
+    std::string text = BoxText(outcome);
+    const bool isNamed = TextsOf(outcome.step).box.find("{object}") != std::string_view::npos;
+    if (!text.empty() && !isNamed && !outcome.object.empty()) text += "\n" + outcome.object;
+    return text;
 }
 
 bool IsInformation(Step step) {

@@ -1,7 +1,6 @@
 // The result of a piece of work. The model returns it and shows nothing; windows and the terminal do.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -17,6 +16,7 @@ enum class Step {
     // Objects and their lists.
     kFindAgain,         // the object's name leads to another object by now
     kFindFolderAgain,   // the same for a folder whose contents were to be changed
+    kChangeContents,    // going through a folder, whose own list or owner is another matter
     kUseAccessControl,  // the volume has none
     kCarryDown,         // the object was changed, something below it was not
     kRecord,            // it could not be recorded, so the change was stopped there
@@ -68,7 +68,6 @@ struct [[nodiscard]] Outcome {
     Step step = Step::kNone;
     std::string object = {};  // name or path of what it concerns, for people; empty: what the caller named
     std::string place = {};   // the folder in which something was left, or below which the object stands
-    std::size_t more = 0;     // the number of further objects with the same result
 
     bool IsDone() const { return code == ERROR_SUCCESS; }
 };
@@ -81,8 +80,8 @@ Outcome OutcomeOfChange(DWORD code, const ChangeRecorder& recorder);
 
 // The text of a message box. Empty where the system has no text for the code: no box is shown then.
 std::string BoxText(const Outcome& outcome);
-// Whether the box's text names the object.
-bool IsNamedInBox(Step step);
+// The same with the object on a line of its own, where the text does not name it.
+std::string NamedBoxText(const Outcome& outcome);
 // Whether the box is an information and not an error.
 bool IsInformation(Step step);
 

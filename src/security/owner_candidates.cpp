@@ -11,12 +11,14 @@
 #include "platform/api/errors.h"
 #include "platform/api/policy.h"
 #include "platform/api/token.h"
+#include "platform/raw_security.h"
 #include "security/text_conversion.h"
 
 namespace permora {
 namespace {
 
 constexpr std::string_view kTakeOwnership = "SeTakeOwnershipPrivilege";
+constexpr std::string_view kRestore = "SeRestorePrivilege";
 constexpr DWORD kPrivilegeNameSize = 256;
 
 using Candidates = std::vector<AccountRecord>;
@@ -65,20 +67,20 @@ std::vector<BYTE> ReadToken(HANDLE token, TOKEN_INFORMATION_CLASS informationCla
     return block;
 }
 
-bool IsTakeOwnership(LUID privilege) {
+bool IsCalled(LUID privilege, std::string_view wanted) {
     std::array<char, kPrivilegeNameSize> name{};
     DWORD size = name.size();
-    return LookupPrivilegeNameA(nullptr, &privilege, name.data(), &size) != FALSE &&
-           name.data() == kTakeOwnership;
+    return LookupPrivilegeNameA(nullptr, &privilege, name.data(), &size) != FALSE && name.data() == wanted;
 }
 
-bool HoldsTakeOwnership(HANDLE token) {
+bool Holds(HANDLE token, std::string_view wanted) {
     const std::vector<BYTE> block = ReadToken(token, TokenPrivileges);
     if (block.empty()) return false;
     const auto* held = reinterpret_cast<const TOKEN_PRIVILEGES*>(block.data());
     const std::span privileges(&held->Privileges[0], held->PrivilegeCount);
-    return std::any_of(privileges.begin(), privileges.end(),
-                       [](const LUID_AND_ATTRIBUTES& privilege) { return IsTakeOwnership(privilege.Luid); });
+    return std::any_of(privileges.begin(), privileges.end(), [&](const LUID_AND_ATTRIBUTES& privilege) {
+        return IsCalled(privilege.Luid, wanted);
+    });
 }
 
 }  // namespace
@@ -88,6 +90,13 @@ UniqueHandle OpenOwnToken() {
     if (OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, &token) == FALSE)
         return nullptr;
     return UniqueHandle(token);
+}
+
+std::optional<nt::Sid> OwnAccount() {
+    const UniqueHandle token = OpenOwnToken();
+    const std::vector<BYTE> user = token ? ReadToken(token.get(), TokenUser) : std::vector<BYTE>();
+    if (user.empty()) return std::nullopt;
+    return SidOf(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid);
 }
 
 DWORD EnableTakeOwnership(HANDLE token) {
@@ -107,8 +116,9 @@ OwnerCandidates FindOwnerCandidates() {
         if (const DWORD error = EnableTakeOwnership(token.get()); error != ERROR_SUCCESS)
             found.failures.push_back({error});
         const std::vector<BYTE> user =
-            HoldsTakeOwnership(token.get()) ? ReadToken(token.get(), TokenUser) : std::vector<BYTE>();
+            Holds(token.get(), kTakeOwnership) ? ReadToken(token.get(), TokenUser) : std::vector<BYTE>();
         if (!user.empty()) AddOnce(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid, candidates);
+        found.isAnyoneAllowed = Holds(token.get(), kRestore);
     }
     found.accounts = std::move(candidates);
     return found;

@@ -8,6 +8,7 @@
 #include "platform/nt/ace_bits.h"
 #include "platform/nt/granted_rights.h"
 #include "platform/raw_security.h"
+#include "security/distinct_names.h"
 #include "security/entry_details.h"
 #include "security/object_security.h"
 
@@ -74,9 +75,14 @@ void ExplainOwner(RightsExplanation& explanation) {
     }
 }
 
-std::string NameOf(const nt::Sid& sid, NameAccount* nameOf) {
+AccountRecord RecordOf(const nt::Sid& sid) {
     AccountRecord account;
     account.sid = sid;
+    return account;
+}
+
+std::string NameOf(const nt::Sid& sid, NameAccount* nameOf) {
+    AccountRecord account = RecordOf(sid);
     return nameOf(account);
 }
 
@@ -140,6 +146,13 @@ std::string NamesOfRights(DWORD rights) {
 
 std::vector<ExplanationRow> ExplanationRows(const RightsExplanation& explanation, NameAccount* nameOf) {
     std::vector<ExplanationRow> rows;
+    // A group may be called as the account is.
+    DistinctNames names;
+    const auto note = [&](const nt::Sid& sid) { names.Note(NameOf(sid, nameOf), RecordOf(sid)); };
+    note(explanation.groups.sids.front());
+    for (const ExplainedRight& explained : explanation.single)
+        if (explained.answer != RightAnswer::kNotMentioned)
+            note(*explanation.list.entries[explained.entry].sid);
     for (const ExplainedRight& explained : explanation.single) {
         ExplanationRow& row = rows.emplace_back();
         row[0] = explained.right->listName;
@@ -151,8 +164,9 @@ std::vector<ExplanationRow> ExplanationRows(const RightsExplanation& explanation
         const nt::Ace& entry = explanation.list.entries[explained.entry];
         row[2] =
             EntryName(explained.entry) + ": " + AceTypeText(entry.type) + ' ' + PermissionText(entry.mask);
-        row[3] =
-            entry.sid == explanation.groups.sids.front() ? "the account itself" : NameOf(*entry.sid, nameOf);
+        row[3] = entry.sid == explanation.groups.sids.front()
+                     ? "the account itself"
+                     : names.Of(NameOf(*entry.sid, nameOf), RecordOf(*entry.sid));
         if (explained.entry >= explanation.sources.size()) continue;
         const EntrySource& source = explanation.sources[explained.entry];
         row[4] = source.kind == SourceKind::kOwn ? "not inherited" : SourceText(source);

@@ -18,7 +18,7 @@ namespace permora {
 
 // What explanations of rights do not consider.
 inline constexpr const char* kNotExplained =
-    "Not considered: privileges, and the mode bits that a server or the system obeys beside the list";
+    "Not considered: privileges, and the mode bits that count beside the list on this machine itself";
 
 enum class RightAnswer : std::uint8_t { kGranted, kDenied, kNotMentioned };
 

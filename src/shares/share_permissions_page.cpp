@@ -9,6 +9,7 @@
 #include "platform/share_turn.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
+#include "survey/list_enforcement.h"
 
 namespace permora {
 
@@ -17,9 +18,16 @@ CSharePage1::CSharePage1() : AccessListPage(IDD_SHARE_PERMISSIONS_PAGE, EditScop
 // Nothing can be added to a list that could not be read.
 bool CSharePage1::ReadItem() {
     Enable({IDC_ADD_ENTRY}, false);
+    ShowKept("Kept " + KeptText(FindShareServer()) + '.');
     if (!ReadShare()) return false;
     SetCheck(IDC_INHERIT_FROM_PARENT, false);
     return true;
+}
+
+std::string CSharePage1::EmptyListText() const {
+    if (IsChanged()) return "Once applied, nobody may do anything through this share.";
+    return share.dacl == nullptr ? "Everyone may do everything through this share: there is no access list."
+                                 : "Nobody may do anything through this share: the list is empty.";
 }
 
 // A share without a descriptor is given one with a null list at once. This is no change to be undone:

@@ -23,6 +23,7 @@ class CSharePage1 : public AccessListPage {
     bool ReadItem() override;
     bool OnApply() override;
     AccessEntryList& EditedList() override { return share.entries; }
+    std::string EmptyListText() const override;
 
   private:
     bool ReadShare();

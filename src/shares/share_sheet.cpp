@@ -28,8 +28,10 @@ class CShareSheet : public CPropertySheet {
 
 }  // namespace
 
-void EditShareSecurity(CWnd* owner, const Place& shares, ChangeSession& changes) {
-    CShareSheet(owner, shares, changes).DoModal();
+void EditShareSecurity(CWnd* owner, const Place& shares, ChangeSession& changes, Size* size) {
+    CShareSheet sheet(owner, shares, changes);
+    if (size != nullptr) sheet.KeepSizeIn(*size);
+    sheet.DoModal();
 }
 
 }  // namespace permora

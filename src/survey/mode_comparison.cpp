@@ -8,6 +8,7 @@
 #include "platform/api/security.h"
 #include "platform/nt/ace_bits.h"
 #include "platform/nt/granted_rights.h"
+#include "platform/system_message.h"
 #include "survey/account_standing.h"
 #include "survey/survey.h"
 
@@ -145,7 +146,28 @@ class Comparing {
     std::set<std::uint32_t> seenUsers;
 };
 
+std::string PersonText(const ModeFinding& finding, NameAccount* nameOf) {
+    AccountRecord account;
+    account.sid = finding.account;
+    const std::string name = nameOf(account);
+    if (finding.error != ERROR_SUCCESS) return name + ": " + SystemMessageLine(finding.error);
+    const char* const rights = finding.isReading && finding.isWriting ? " (reading, writing)"
+                               : finding.isReading                    ? " (reading)"
+                                                                      : " (writing)";
+    return (finding.isOpen ? "whoever else is " : "") + name + rights;
+}
+
 }  // namespace
+
+std::string PeopleText(std::span<const ModeFinding* const> findings, NameAccount* nameOf) {
+    constexpr std::size_t kMostNamed = 5;
+    std::string text;
+    for (std::size_t i = 0; i < findings.size() && i < kMostNamed; ++i)
+        text += (i == 0 ? "" : ", ") + PersonText(*findings[i], nameOf);
+    if (findings.size() > kMostNamed)
+        text += " and " + std::to_string(findings.size() - kMostNamed) + " more";
+    return text;
+}
 
 std::vector<ModeFinding> CompareWithMode(const nt::SecurityDescriptor& descriptor,
                                          const HostPermissions& permissions, nt::ObjectKind kind,

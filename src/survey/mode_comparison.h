@@ -2,6 +2,8 @@
 // users of the host, whose mode bits count beside the list, or alone. Pure but for what is asked.
 #pragma once
 
+#include <span>
+#include <string>
 #include <vector>
 
 #include "platform/api/errors.h"
@@ -9,6 +11,7 @@
 #include "platform/nt/inheritance.h"
 #include "platform/nt/security_descriptor.h"
 #include "platform/served_folders.h"
+#include "security/access_rows.h"
 #include "survey/remark.h"
 
 namespace permora {
@@ -51,5 +54,9 @@ struct ModeFinding {
 std::vector<ModeFinding> CompareWithMode(const nt::SecurityDescriptor& descriptor,
                                          const HostPermissions& permissions, nt::ObjectKind kind,
                                          const ServedFolder& served, ModeAccounts& accounts);
+
+// "Anna (reading, writing), whoever else is Everyone (writing) and 3 more"; those that could not be asked
+// about with the reason. With as few names as a line has room for.
+std::string PeopleText(std::span<const ModeFinding* const> findings, NameAccount* nameOf);
 
 }  // namespace permora

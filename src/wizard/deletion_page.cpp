@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "deletion/secure_delete_dialog.h"
 #include "editor/required_control.h"
 #include "framework/list_ctrl.h"
 #include "framework/stoppable_work.h"
@@ -26,18 +27,23 @@ class CWizardPage2::Run : public DeletionStatus {
     explicit Run(CWizardPage2& shownPage)
         : DeletionStatus(stop), page(shownPage), window(shownPage.GetSafeHwnd()) {}
 
+    void Deleted(const std::string& name) override {
+        DeletionStatus::Deleted(name);
+        left.Deleted(trail, name);
+    }
     void Failed(const Outcome& failure) override {
-        if (failure.object.empty())
-            ShowOutcome(window, failure);
-        else
-            DeletionStatus::Failed(failure);
+        if (failure.object.empty()) return ShowOutcome(window, failure);
+        DeletionStatus::Failed(failure);
+        left.Failed(trail, failure);
     }
 
     void Work() {
         const StoppableWork stoppable([this] { stop = true; });
         for (RememberedObject& item : page.place->items) {
             if (stopRequested) break;
+            left.Begin({item});
             SecureDeleteItem(*this, item);
+            left.End();
             item = {};  // a remembered file would keep its space
         }
         if (!stopRequested) WriteTotal();
@@ -48,6 +54,7 @@ class CWizardPage2::Run : public DeletionStatus {
     std::atomic<bool> stop = false;
     std::atomic<bool> hasEnded = false;  // all rows are written
     bool isOver = false;                 // the page has seen the end
+    FailedDeletions left;                // the worker's until it has ended
 
   protected:
     void OnChanges() override {
@@ -59,6 +66,14 @@ class CWizardPage2::Run : public DeletionStatus {
     HWND window;
 };
 
+const MessageMap& CWizardPage2::GetMessageMap() const {
+    static const MessageMap kMap = MakeMessageMap<CWizardPage2>(
+        CPropertyPage::GetMessageMap(), {
+                                            {IDC_SHOW_LEFT_OVER, Notify::kClicked, &CWizardPage2::OnShowLeft},
+                                        });
+    return kMap;
+}
+
 CWizardPage2::CWizardPage2() : CPropertyPage(IDD_WIZARD_DELETION_PAGE) {}
 
 CWizardPage2::~CWizardPage2() = default;
@@ -67,6 +82,7 @@ bool CWizardPage2::OnInitDialog() {
     auto& list = RequiredControl<CListCtrl>(*this, IDC_DELETION_STATUS);
     list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
     list.InsertColumn(0, "", kStatusWidth);
+    EnableLeft();
     isCancelling = false;
     return CPropertyPage::OnInitDialog();
 }
@@ -122,8 +138,19 @@ void CWizardPage2::ShowStatus() {
     if (isFollowing) list.EnsureVisible(list.GetItemCount() - 1);
     if (!hasEnded) return;
     run->isOver = true;
+    EnableLeft();
     Sheet()->SetWizardButtons(WizardButtons::kFinish);
     if (isCancelling) Sheet()->Cancel();
+}
+
+void CWizardPage2::OnShowLeft() {
+    CResultsDlg(this, run->left.Results(), DeletionAgain(run->left)).DoModal();
+    EnableLeft();
+}
+
+void CWizardPage2::EnableLeft() {
+    const bool hasFailures = run && run->isOver && run->left.Results().Count(ResultState::kFailed) > 0;
+    RequiredControl<CButton>(*this, IDC_SHOW_LEFT_OVER).EnableWindow(hasFailures);
 }
 
 bool CWizardPage2::OnQueryCancel() {

@@ -28,6 +28,7 @@ class CWizardPage2 : public CPropertyPage {
     // Stops a running worker; the sheet closes when it has ended.
     bool OnQueryCancel() override;
     void OnDestroy() override { StopWorker(); }
+    const MessageMap& GetMessageMap() const override;
 
   private:
     class Run;
@@ -35,6 +36,8 @@ class CWizardPage2 : public CPropertyPage {
     bool MayDelete() const;
     void Start();
     void ShowStatus();
+    void OnShowLeft();
+    void EnableLeft();
     bool IsRunning() const;
 
     std::unique_ptr<Run> run;   // the worker's data, present or past; may be null

@@ -1,5 +1,8 @@
 #include "wizard/permissions_page.h"
 
+#include <span>
+#include <utility>
+
 #include "editor/account_picker.h"
 #include "editor/change_making.h"
 #include "editor/list_writing.h"
@@ -9,7 +12,9 @@
 #include "resources/resource_ids.h"
 #include "security/access_rows.h"
 #include "security/dacl_builder.h"
+#include "security/distinct_names.h"
 #include "security/message_boxes.h"
+#include "security/results_dialog.h"
 
 namespace permora {
 namespace {
@@ -66,8 +71,13 @@ void CWizardPage3::OnDestroy() {
 void CWizardPage3::RenderNames() {
     CListCtrl& list = List(IDC_WIZARD_ACCOUNTS);
     if (static_cast<int>(rights.Accounts().size()) != list.GetItemCount()) return;  // after a failed read
-    for (int row = 0; row < list.GetItemCount(); ++row)
-        list.SetItemText(row, 0, AccountNameSoFar(rights.AccountAt(static_cast<std::size_t>(row))));
+    DistinctNames names;
+    for (std::size_t index = 0; index < rights.Accounts().size(); ++index)
+        names.Note(AccountNameSoFar(rights.AccountAt(index)), rights.AccountAt(index));
+    for (std::size_t index = 0; index < rights.Accounts().size(); ++index) {
+        AccountRecord& account = rights.AccountAt(index);
+        list.SetItemText(static_cast<int>(index), 0, names.Of(AccountNameSoFar(account), account));
+    }
 }
 
 void CWizardPage3::SetUpList(unsigned int id, int width, ListStyle style) {
@@ -118,7 +128,8 @@ bool CWizardPage3::LoadAccounts() {
     }
     const std::size_t count = rights.Accounts().size();
     for (std::size_t index = 0; index < count; ++index)
-        list.InsertItem(static_cast<int>(index), AccountNameSoFar(rights.AccountAt(index)));
+        list.InsertItem(static_cast<int>(index), "");
+    RenderNames();
     Enable({IDC_WIZARD_ADD_ACCOUNT}, true);
     if (count == 0) return true;
     SelectAccount(0);
@@ -195,7 +206,8 @@ void CWizardPage3::OnAdd() {
     CListCtrl& list = List(IDC_WIZARD_ACCOUNTS);
     const std::size_t index = rights.Add(picker.result);
     if (static_cast<int>(index) == list.GetItemCount()) {
-        list.InsertItem(list.GetItemCount(), AccountNameSoFar(picker.result));
+        list.InsertItem(list.GetItemCount(), "");
+        RenderNames();
         Enable({IDC_WIZARD_REMOVE_ACCOUNT}, true);
     }
     SelectAccount(index);
@@ -228,12 +240,18 @@ bool CWizardPage3::OnWizardFinish() {
     const UniqueLocal<ACL> forFiles = forFolders ? build(ItemKind::kFile) : nullptr;
     if (!forFiles) return false;
     bool mayWrite = true;
-    const bool isMade = MakeChangeAsking(*this, *changes, ChangeKind::kAssign, [&](ChangeRecorder& recorder) {
-        mayWrite =
-            WriteListAsking(*this, *place, std::nullopt, {forFolders.get(), forFiles.get()}, shown, recorder);
-    });
+    const auto assign = [&](CWnd& window, std::span<const ObjectPlace> places, ChangeResults& results) {
+        const auto make = [&](ChangeRecorder& recorder) {
+            mayWrite = WriteListAsking(window, place->items, places, std::nullopt,
+                                       {forFolders.get(), forFiles.get()}, shown, recorder, results);
+        };
+        return MakeChangeAsking(window, *changes, ChangeKind::kAssign, make) && mayWrite;
+    };
+    ChangeResults results;
+    const bool isMade = assign(*this, PlacesOf(place->items, Contents::kNone), results);
     if (!mayWrite) ShowItem();
-    return mayWrite && isMade && CPropertyPage::OnWizardFinish();
+    if (mayWrite) ShowResults(this, std::move(results), assign);
+    return isMade && CPropertyPage::OnWizardFinish();
 }
 
 CListCtrl& CWizardPage3::List(unsigned int id) const {

@@ -178,9 +178,12 @@ TEST_F(MainFrame, TheSettingsDialogActsAtOnce) {
         EXPECT_TRUE(dialog.IsChecked(IDC_SETTINGS_ICONS));
         dialog.Click(IDC_SETTINGS_DETAILS);
         dialog.Click(IDC_SETTINGS_INTERMEDIATE_INFO);
+        EXPECT_TRUE(dialog.IsChecked(IDC_SETTINGS_ASK_BEFORE_LOSSES));
+        dialog.Click(IDC_SETTINGS_ASK_BEFORE_LOSSES);
         dialog.Click(IDOK);
     });
     Run(ID_SETTINGS);
+    EXPECT_FALSE(LoadAskBeforeLosses());
     EXPECT_THAT(Rows(), ElementsAre(::testing::StartsWith("sub | "),
                                     ::testing::MatchesRegex("file \\| .* Bytes \\| .*")));
     EXPECT_EQ(Stored().block.viewMode, 3U);

@@ -91,12 +91,22 @@ TEST_F(SettingsStore, TheLimitsOfTheHistoryAreKeptAndUsualWhereTheyAreNoNumbers)
     const HistoryLimits own = {.days = 7, .megabytes = 0};
     ASSERT_EQ(StoreHistoryLimits(own), ERROR_SUCCESS);
     EXPECT_EQ(LoadHistoryLimits(), own);
+    EXPECT_EQ(LoadSheetSize(), Size());
+    ASSERT_EQ(StoreSheetSize({900, 700}), ERROR_SUCCESS);
+    EXPECT_EQ(LoadSheetSize(), (Size{900, 700}));
     RegistryKey key;
     Create(key);
     ASSERT_EQ(key.WriteText("HistoryDays", "365"), ERROR_SUCCESS);
     EXPECT_EQ(LoadHistoryLimits(), (HistoryLimits{.days = 90, .megabytes = 0}));
     ASSERT_EQ(key.WriteBytes("HistoryMegabytes", std::vector<std::uint8_t>(8, 1)), ERROR_SUCCESS);
     EXPECT_EQ(LoadHistoryLimits(), HistoryLimits());
+}
+
+TEST_F(SettingsStore, TheChoicesForTheListAreKept) {
+    EXPECT_EQ(LoadBrowserChoices(), BrowserChoices());
+    const BrowserChoices own = {.securityColumns = 9, .showsDotNames = true};
+    ASSERT_EQ(StoreBrowserChoices(own), ERROR_SUCCESS);
+    EXPECT_EQ(LoadBrowserChoices(), own);
 }
 
 TEST_F(SettingsStore, TheVerbComesAndGoesOnOldSystems) {

@@ -78,6 +78,7 @@ TEST_F(BrowserFiles, CopiesArePastedAgainAndAgainAndWhatWasCutOnce) {
     Go(R"(T:\)");
     Run(ID_EDIT_PASTE);
     EXPECT_THAT(Names(), UnorderedElementsAre("from", "third", "to", "a b.txt"));
+    EXPECT_THAT(view.SelectedNames(), ElementsAre("a b.txt"));
     EXPECT_FALSE(Exists("third/a b.txt"));
     EXPECT_FALSE(HasFilesToPaste());
     Run(ID_EDIT_PASTE);
@@ -158,6 +159,8 @@ TEST_F(BrowserFiles, TakeNewNames) {
         Select(from);
         ui.ExpectDialog(IDD_RENAME, [&](WindowDriver& dialog) {
             EXPECT_EQ(dialog.Text(IDC_NEW_NAME), from);
+            dialog.Press("X");  // in the place of all but the extension
+            EXPECT_EQ(dialog.Text(IDC_NEW_NAME), from == "a b.txt" ? "x.txt" : "x");
             dialog.SetText(IDC_NEW_NAME, to);
             dialog.Press("Return");
         });
@@ -171,6 +174,7 @@ TEST_F(BrowserFiles, TakeNewNames) {
     EXPECT_THAT(Names(), UnorderedElementsAre(kOdd, "new", "sub"));
     rename("sub", "sub");
     rename("new", "NEW");
+    EXPECT_THAT(view.SelectedNames(), ElementsAre("NEW"));
     EXPECT_THAT(Names(), UnorderedElementsAre(kOdd, "NEW", "sub"));
     Select("sub");
     ui.ExpectDialog(IDD_RENAME, [this](WindowDriver& dialog) {
@@ -194,6 +198,12 @@ TEST_F(BrowserFiles, NewFoldersAreMadeWhereTheUserIs) {
     });
     frame.RunCommand(ID_NEW_FOLDER);
     EXPECT_THAT(Names(), UnorderedElementsAre("caf\u00E9 100%", "sub", "a b.txt"));
+    EXPECT_THAT(view.SelectedNames(), ElementsAre("caf\u00E9 100%"));
+    frame.RunCommand(ID_COPY_HOST_PATH);
+    std::vector<std::uint8_t> copied;
+    EXPECT_EQ(Clipboard(frame).GetData(RegisterClipboardFormat("text/plain"), copied),
+              ClipboardAnswer::kGiven);
+    EXPECT_EQ(std::string(copied.begin(), copied.end()), folder.Path("from/caf\u00E9 100%"));
     ui.ExpectDialog(IDD_NEW_FOLDER, [](WindowDriver& dialog) {
         dialog.SetText(IDC_FOLDER_NAME, "sub");
         dialog.Click(IDOK);

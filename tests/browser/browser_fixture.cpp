@@ -20,7 +20,7 @@ bool BrowserFrame::OnCreate() {
     if (!addressBar.Create(*this, IDD_ADDRESS_BAR) || !reBar.Create(*this) ||
         !reBar.AddBar(addressBar, addressBar.LeastWidth()) || !statusBar.Create(*this))
         return false;
-    statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE});
+    statusBar.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE, CStatusBar::kSeparator});
     view.AttachBars(addressBar, statusBar);
     SetView(view);
     return true;

@@ -9,6 +9,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/linux/files/drives.h"
+#include "resources/resource_ids.h"
 #include "tests/browser/browser_fixture.h"
 #include "tests/support/ntfs_volume.h"
 
@@ -21,6 +22,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
 
 class BrowserListing : public BrowserTest {};
 
@@ -40,9 +42,14 @@ TEST_F(BrowserListing, FoldersComeBeforeFilesAndDotsAreLeftOut) {
     EXPECT_THAT(Names(), IsEmpty());
     EXPECT_EQ(Pane(1), "Total items: 0 ");
     EXPECT_EQ(view.Rows().Folder(), R"(T:\z)");
+    EXPECT_EQ(Pane(2), folder.Path("z"));
 
     folder.MakeFile("..name");  // passes for the parent
     view.GoToLocation(R"(T:\)");
+    EXPECT_THAT(Names(), ElementsAre("z", "a"));
+    frame.RunCommand(ID_VIEW_DOT_NAMES);
+    EXPECT_THAT(Names(), ElementsAre(".hidden", "z", StartsWith("."), ".profile", "a"));
+    frame.RunCommand(ID_VIEW_DOT_NAMES);
     EXPECT_THAT(Names(), ElementsAre("z", "a"));
 }
 

@@ -53,9 +53,11 @@ TEST_F(BrowserNavigation, UpLeadsThroughTheRootToTheDrives) {
     Start(R"(T:\a\b)");
     view.GoUp();
     EXPECT_EQ(view.Rows().Folder(), R"(T:\a)");
+    EXPECT_THAT(view.SelectedNames(), ElementsAre("b"));
     view.GoUp();
     view.GoUp();
     EXPECT_TRUE(view.IsShowing(PlaceKind::kDrives));
+    EXPECT_THAT(view.SelectedNames(), ElementsAre(R"(T:\)"));
     EXPECT_THAT(view.History().Locations(), ElementsAre("", R"(T:\a\b)", R"(T:\a)", R"(T:\)", ""));
     Open(R"(T:\)");
     view.GoToRoot();

@@ -12,6 +12,7 @@
 #include "platform/message_presenter.h"
 #include "resources/resource_ids.h"
 #include "tests/browser/browser_fixture.h"
+#include "tests/support/access_lists.h"
 
 namespace permora::test {
 namespace {
@@ -40,7 +41,7 @@ TEST_F(Browser, KeysOpenLeaveAndFindRows) {
     Press("A");
     EXPECT_EQ(view.List().GetSelectionMark(), Row("alpha"));
     Press("F5");
-    EXPECT_EQ(view.List().GetSelectedCount(), 0);
+    EXPECT_THAT(view.SelectedNames(), ElementsAre("alpha"));
     EXPECT_EQ(view.List().GetFocusedRow(), Row("alpha"));
     EXPECT_EQ(view.List().GetSelectionMark(), Row("alpha"));
     Press("Return");
@@ -50,6 +51,9 @@ TEST_F(Browser, KeysOpenLeaveAndFindRows) {
     Press("Backspace");
     Press("Backspace");
     EXPECT_EQ(view.Rows().Folder(), R"(T:\)");
+    EXPECT_THAT(view.SelectedNames(), ElementsAre("alpha"));
+    view.InvertSelection();
+    view.List().SetSelected(Row("beta"), false);
     ui.ExpectInformation("Please, select items to work with them.");
     Press("Del");
     Press("Ctrl+A");
@@ -115,6 +119,61 @@ TEST_F(Browser, AHeaderSortsUntilTheNextListing) {
     EXPECT_THAT(Names(), ElementsAre("large", "Middle", "small", "zoo"));
     view.RefreshList();
     EXPECT_EQ(Names(), listed);
+}
+
+// The texts of the columns from `first` on, row by row, once all are known.
+class SecurityColumnsTest : public Browser {
+  protected:
+    static constexpr int kFirst = 4;
+    std::string Texts() {
+        std::string texts;
+        for (int row = 0; row < view.List().GetItemCount(); ++row)
+            for (int column = kFirst; column < static_cast<int>(view.List().Columns().size()); ++column)
+                texts += view.List().GetItemText(row, column) + (column == kFirst ? ": " : ";");
+        return texts;
+    }
+    void ExpectTexts(const std::string& texts) {
+        EXPECT_TRUE(Window().WaitUntil([&] { return Texts().find("...") == std::string::npos; }));
+        EXPECT_EQ(Texts(), texts);
+    }
+};
+
+TEST_F(SecurityColumnsTest, TellWhatIsSeenAndSort) {
+    for (const char* name : {"a", "b", "gone"})
+        folder.MakeFile(name);
+    ASSERT_EQ(chmod(folder.Path("a").c_str(), 0640), 0);
+    ASSERT_EQ(SetDescriptorText(folder.Path("a"), "O:BAD:P(A;;FA;;;WD)(A;;FA;;;BA)"), ERROR_SUCCESS);
+    ASSERT_EQ(SetDescriptorText(folder.Path("b"), "O:SYD:P(A;;FR;;;WD)"), ERROR_SUCCESS);
+    Start(R"(T:\)");
+    int choices = 0;
+    view.SetChoiceObserver([&] { ++choices; });
+    frame.RunCommand(ID_COLUMN_OWNER);  // shows the details
+    EXPECT_EQ(unlink(folder.Path("gone").c_str()), 0);
+    ui.ExpectMenu(ID_COLUMN_OWN_ENTRIES);
+    Window().RightClickHeader(BrowserView::kListId, 0);
+    EXPECT_EQ(choices, 2);
+    EXPECT_EQ(view.ChosenSecurityColumns(), 5U);
+    EXPECT_TRUE(UiDriver::MainWindow().ReadMenu(ID_COLUMN_OWNER).isChecked);
+    const std::string gone = "No such file or directory.: No such file or directory.;";
+    ExpectTexts("BUILTIN\\Administrators: 2;NT AUTHORITY\\SYSTEM: 1;" + gone);
+
+    view.SortByColumn(kFirst + 1);  // all is known
+    EXPECT_THAT(Names(), ElementsAre("gone", "b", "a"));
+    view.RefreshList();
+    view.SortByColumn(kFirst);
+    frame.RunCommand(ID_APP_EXIT);  // as Escape: stops the sorting alone
+    EXPECT_THAT(Names(), ElementsAre("a", "b"));
+    view.SortByColumn(kFirst + 1);
+    EXPECT_TRUE(Window().WaitUntil([this] { return Names().front() == "b"; }));
+
+    frame.RunCommand(ID_COLUMN_OWNER);
+    frame.RunCommand(ID_COLUMN_OWN_ENTRIES);
+    frame.RunCommand(ID_COLUMN_INHERITS);
+    frame.RunCommand(ID_COLUMN_MODE);
+    ExpectTexts("No: rw-r--r--;No: rw-r-----;");
+    view.GoToRoot();
+    EXPECT_EQ(Window().Headers(BrowserView::kListId).at(kFirst), "Label");
+    EXPECT_EQ(view.List().GetItemText(Row(R"(T:\)"), kFirst + 1), folder.Path());
 }
 
 TEST_F(Browser, TheTipOfARowTellsWhatTheColumnsDo) {

@@ -6,6 +6,7 @@
 
 #include "changes/account_edits.h"
 #include "changes/copy_edit.h"
+#include "platform/nt/entry_effects.h"
 #include "platform/nt/sddl.h"
 
 namespace permora::test {

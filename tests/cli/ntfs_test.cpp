@@ -39,6 +39,10 @@ TEST(NtfsTest, WhatTheCommandsWriteStandsOnTheDisk) {
     EXPECT_EQ(RunCli({"revoke", sub, "--account", "Users"}).exitCode, 0);
     EXPECT_EQ(RunCli({"grant", team, "--account", "Users", "--rights", "Take ownership"}).exitCode, 0);
 
+    EXPECT_THAT(
+        RunCli({"show", team}).output,
+        HasSubstr("  Kept: in the volume; Windows obeys it, ntfs-3g only when mounted with permissions"));
+
     // The root's own list is padded, and "team" is protected from its inheritance.
     EXPECT_EQ(RunCli({"grant", volume.Root(), "--account", "Guests", "--rights", "Delete"}).exitCode, 0);
     EXPECT_THAT(volume.AuditedEntries("/"), HasSubstr("0 0x3 0x110000 S-1-5-20-222\n"));

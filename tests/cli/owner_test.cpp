@@ -14,6 +14,7 @@
 namespace permora::test {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 
 // The owner of an object as ntfssecaudit reads it from the unmounted image.
@@ -43,6 +44,9 @@ TEST(OwnerTest, OwnersOfItemsAndTreesStandOnTheDisk) {
 
     EXPECT_EQ(RunCli({"owner", volume.Path("single"), "--set", "Guests"}).output,
               volume.Path("single") + ": BUILTIN\\Guests\n");
+    EXPECT_THAT(RunCli({"owner", volume.Path("team"), "--set", "Guests", "--tree", "--dry-run"}).output,
+                AllOf(HasSubstr("Items: would change: 1, already so: 0, failed: 0\n"),
+                      HasSubstr("Below them: would change: 5, already so: 0, passed over: 0\n")));
     const CommandResult several = RunCli({"owner", volume.Path("one"), volume.Path("gone"),
                                           volume.Path("team"), "--set", "S-1-5-21-7-8-9-1001", "--tree"});
     EXPECT_EQ(several.exitCode, 1);
@@ -151,6 +155,32 @@ TEST(EffectiveTest, ExplainsEachRightByItsEntryItsGroupAndItsFolder) {
     EXPECT_EQ(json["explanation"][4]["answer"], "denied");
     EXPECT_EQ(json["explanation"][9], nlohmann::json({{"right", "Delete"}, {"answer", "notMentioned"}}));
     EXPECT_EQ(json["owner"]["standing"], "always");
+}
+
+TEST(EffectiveTest, ComparesSeveralAccountsOverSeveralObjects) {
+    const TemporaryFolder folder;
+    if (const std::string reason = CannotHoldListsReason(folder.Path()); !reason.empty())
+        GTEST_SKIP() << reason;
+    const std::string one = folder.MakeFile("one");
+    const std::string other = folder.MakeFile("other");
+    ASSERT_EQ(SetDescriptorText(one, "D:P(A;;FR;;;BG)"), 0U);
+    ASSERT_EQ(SetDescriptorText(other, "D:P(A;;0x1;;;WD)(A;;0x2;;;BG)"), 0U);
+    std::vector<std::string> arguments = {"effective", one,       other,       "--account",          "Guests",
+                                          "--account", "S-1-1-0", "--account", "S-1-5-21-7-8-9-1001"};
+    const CommandResult shown = RunCli(arguments);
+    EXPECT_EQ(shown.exitCode, 1) << "one is not known";
+    EXPECT_THAT(shown.output, HasSubstr("BUILTIN\\Guests  Everyone  S-1-5-21-7-8-9-1001\n"));
+    EXPECT_THAT(shown.output, testing::ContainsRegex("List folder / Read data +yes +no +\\?"));
+    const std::string all = shown.output.substr(shown.output.find("All 2 objects together"));
+    EXPECT_THAT(all, testing::ContainsRegex("List folder / Read data +all +some +\\?"));
+    EXPECT_THAT(all, testing::ContainsRegex("Create files / Write data +some +none +\\?"));
+    arguments.emplace_back("--json");
+    const CommandResult printed = RunCli(arguments);
+    const auto json =
+        nlohmann::json::parse(printed.output.substr(printed.output.find("[\n")), nullptr, false);
+    ASSERT_EQ(json.size(), 6U) << printed.output;
+    EXPECT_EQ(json[4]["rights"], nlohmann::json({"List folder / Read data"}));
+    EXPECT_TRUE(json[5].contains("unknown") && !json[5].contains("rights"));
 }
 
 }  // namespace

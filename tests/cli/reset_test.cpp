@@ -39,7 +39,9 @@ class ResetTest : public testing::Test {
 TEST_F(ResetTest, EverythingBelowKeepsOnlyWhatItInherits) {
     const CommandResult dryRun = RunCli({"reset", top, "--dry-run"});
     EXPECT_EQ(dryRun.exitCode, 0);
-    EXPECT_EQ(dryRun.output, "would change: 2, already so: 0, passed over: 0\n");
+    EXPECT_EQ(dryRun.output,
+              "would change: 2, already so: 0, passed over: 0\n"
+              "Below them, 2 objects would lose entries of their own\n");
     EXPECT_EQ(Entries(), before);
 
     const CommandResult reset = RunCli({"reset", top, "--yes"});

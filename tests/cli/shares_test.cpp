@@ -73,11 +73,12 @@ TEST_F(SharesCommandTest, ExplainedRightsTellWhatEachShareThatHoldsTheObjectLeav
     const auto explained = [&](const std::string& path) {
         return RunCli({"effective", path, "--account", "Guests", "--explain"}).output;
     };
-    EXPECT_THAT(explained(file), HasSubstr("over the share one: List folder / Read data, Read attributes, "));
-    ASSERT_EQ(SetDescriptorText(file, "O:BAD:P(A;;FA;;;BG)"), 0U);
     EXPECT_THAT(explained(file),
-                HasSubstr("over the share one: full control, the share takes nothing away\n"));
-    EXPECT_THAT(explained("/"), testing::Not(HasSubstr("over the share")));
+                HasSubstr("\\one: all but Traverse folder / Execute file, the share takes "));
+    ASSERT_EQ(SetDescriptorText(file, "O:BAD:P(A;;FA;;;BG)"), 0U);
+    EXPECT_THAT(explained(file), testing::ContainsRegex("Note: over ....*.one: full control, the share "
+                                                        "takes nothing away\n"));
+    EXPECT_THAT(explained("/"), testing::Not(HasSubstr("Note: over ")));
 
     const auto change = [](const char* command, const char* account, const char* rights) {
         const CommandResult done = RunCli(
@@ -85,22 +86,21 @@ TEST_F(SharesCommandTest, ExplainedRightsTellWhatEachShareThatHoldsTheObjectLeav
         EXPECT_EQ(done.exitCode, 0) << done.output;
     };
     change("grant", "Everyone", "0x1200a9");
-    EXPECT_THAT(explained(file),
-                HasSubstr("over the share one: read only, because the share allows Everyone to read\n"));
+    EXPECT_THAT(explained(file), HasSubstr("\\one: read only, because the share allows Everyone to read\n"));
     change("deny", "Guests", "List folder / Read data");
     EXPECT_THAT(
         explained(file),
         HasSubstr("because the share denies BUILTIN\\Guests List folder / Read data and allows Everyone"));
     change("deny", "Everyone", "Full control");
     const CommandResult json = RunCli({"effective", file, "--account", "Guests", "--explain", "--json"});
-    EXPECT_THAT(json.output,
-                HasSubstr("\"text\": \"over the share one: nothing, because the share denies Everyone"));
+    EXPECT_THAT(json.output, HasSubstr("one: nothing, because the share denies Everyone"));
 
     // "Security\\one" with what is no descriptor.
     std::ofstream(kTableFile, std::ios::app)
         << "\n[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\LanmanServer\\Shares\\Security]\n"
            "\"one\"=hex:01,02,03\n";
-    EXPECT_THAT(explained(file), HasSubstr("over the share one: not known, since its list cannot be read: "));
+    EXPECT_THAT(explained(file),
+                HasSubstr("\\one: not known, since its list or the object's cannot be read: "));
 }
 
 TEST_F(SharesCommandTest, OfTwoChangesAtTheSameTimeNoneIsLost) {

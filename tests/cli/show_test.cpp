@@ -1,6 +1,7 @@
 // The output of `show` for objects whose lists hold more than the rows.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -147,12 +148,17 @@ TEST_F(ShowTest, SourcesTellTheFolderOfEachInheritedEntry) {
     EXPECT_THAT(RunCli({"show", file}).output, Not(HasSubstr("Inherited From")));
 
     std::filesystem::rename(file, folder.Path("moved"));
-    const auto json = nlohmann::json::parse(
-        RunCli({"show", "--sources", "--json", folder.Path("moved")}).output, nullptr, false);
+    const auto json =
+        nlohmann::json::parse(RunCli({"show", "--json", folder.Path("moved")}).output, nullptr, false);
     ASSERT_EQ(json["entries"].size(), 2U);
     EXPECT_EQ(json["entries"][0]["source"], "own");
     EXPECT_EQ(json["entries"][1]["source"], "nobody");
     EXPECT_TRUE(json["entries"][1]["inheritedFrom"].is_null());
+    EXPECT_EQ(json["kept"]["place"], geteuid() == 0 ? "samba" : "user");
+    const std::string plain = folder.MakeFile("plain");
+    std::filesystem::permissions(plain, std::filesystem::perms(0640));
+    EXPECT_THAT(RunCli({"show", plain}).output,
+                testing::ContainsRegex("  Kept: nowhere; .*\n  Mode bits: rw-r-----\n"));
     EXPECT_EQ(RunCli({"show", "--sources", "--sddl", top}).exitCode, 2);
     EXPECT_EQ(RunCli({"show", "--sources", "--share", "any"}).exitCode, 2);
 }

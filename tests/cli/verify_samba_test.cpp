@@ -1,6 +1,7 @@
 // verify on a real server's shares: what it says about mode bits agrees with whom the server lets in.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -58,8 +59,9 @@ class VerifySambaTest : public WithSambaServer {
         ASSERT_EQ(SetDescriptorText(kTop, "D:P(A;;FA;;;WD)"), 0U);
     }
 
-    static void Share(const std::string& name, const std::string& setting, const std::string& value) {
-        ASSERT_EQ(RunCommand({"net", "conf", "addshare", name, kTop, "writeable=y", "guest_ok=n"}).exitCode,
+    static void Share(const std::string& name, const std::string& setting, const std::string& value,
+                      const std::string& path = kTop) {
+        ASSERT_EQ(RunCommand({"net", "conf", "addshare", name, path, "writeable=y", "guest_ok=n"}).exitCode,
                   0);
         if (!setting.empty())
             ASSERT_EQ(RunCommand({"net", "conf", "setparm", name, setting, value}).exitCode, 0);
@@ -167,6 +169,40 @@ TEST_F(VerifySambaTest, WhatIsNotFollowedIsSaidAndNothingIsRepaired) {
     struct stat status {};
     ASSERT_EQ(stat("/run/samba/modes/file", &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+TEST_F(VerifySambaTest, ShowSaysWhichSharesObeyAListAndWhomTheModeBitsKeepOut) {
+    // A volume with a drive letter, by which nobody may know it.
+    const std::string volume = "/mnt";
+    ASSERT_EQ(mount("none", volume.c_str(), "tmpfs", 0, nullptr), 0);
+    for (const std::string name : {"open", "closed"}) {
+        std::ofstream(volume + '/' + name) << "text\n";
+        ASSERT_EQ(SetDescriptorText(volume + '/' + name, "D:P(A;;FA;;;WD)"), 0U);
+        ASSERT_EQ(chmod((volume + '/' + name).c_str(), name == "open" ? 0666 : 0600), 0);
+    }
+    EXPECT_THAT(
+        RunCli({"show", volume + "/open"}).output,
+        HasSubstr("  Kept: for Samba; no share is known to hold the object\n  Mode bits: rw-rw-rw-\n"));
+    Share("obeying", "", "", volume);
+    Share("blind", "vfs objects", "catia", volume);
+    Share("guarded", "admin users", "daemon", volume);
+    const json shown = json::parse(RunCli({"show", volume + "/open", volume + "/closed", "--json"}).output);
+    ASSERT_EQ(shown.size(), 2U);
+    std::map<std::string, std::string> goesBy;
+    for (const json& share : shown[0]["kept"]["shares"])
+        goesBy[share["share"]] = share["goesBy"];
+    const std::map<std::string, std::string> expected = {
+        {"obeying", "list-and-mode"}, {"blind", "mode"}, {"guarded", "unknown"}};
+    EXPECT_EQ(goesBy, expected);
+    EXPECT_THAT(shown[0]["kept"]["text"].get<std::string>(),
+                AllOf(HasSubstr("for Samba; the share obeying obeys it beside the mode bits; "),
+                      HasSubstr("the share blind does not look at it; "),
+                      HasSubstr("whether the share guarded obeys it is not known")));
+    EXPECT_TRUE(shown[0]["kept"]["notes"].empty());
+    EXPECT_THAT(shown[1]["kept"]["notes"][0].get<std::string>(),
+                HasSubstr("the mode bits keep out whom the list lets in: "));
+    EXPECT_THAT(RunCli({"verify", volume + "/closed"}).output, HasSubstr(", in the share obeying: "));
+    EXPECT_EQ(umount2(volume.c_str(), MNT_DETACH), 0);
 }
 
 }  // namespace

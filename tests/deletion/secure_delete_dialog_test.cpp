@@ -48,6 +48,8 @@ namespace {
 
 using test::UiDriver;
 using test::WindowDriver;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 
 constexpr UINT kErrorBox = MB_OK | MB_ICONERROR;
 
@@ -65,6 +67,10 @@ class SecureDeleteDialog : public ::testing::Test {
     void MakeTree() const {
         folder.MakeFolder("top");
         std::ofstream(folder.Path("top/a && b")) << std::string(2048, 'x');
+    }
+    void MakeReadOnly(const std::string& name) const {
+        folder.MakeFile(name);
+        std::filesystem::permissions(name, std::filesystem::perms::owner_read);
     }
     // Runs `stop` while the second sector of a && b waits to be written.
     int StopInTheMiddle(const std::function<void(WindowDriver&)>& stop) {
@@ -86,9 +92,7 @@ class SecureDeleteDialog : public ::testing::Test {
         return result;
     }
     static int Run(std::vector<std::string> names) {
-        CSecureDelete dialog;
-        dialog.chosen = RememberPlace(test::InCurrentFolder(std::move(names))).items;
-        return dialog.DoModal();
+        return DeleteForGood(nullptr, RememberPlace(test::InCurrentFolder(std::move(names))).items);
     }
 
     const test::TemporaryFolder folder;
@@ -105,26 +109,53 @@ TEST_F(SecureDeleteDialog, EscapeStopsAndWaitsForTheWorker) {
 }
 
 TEST_F(SecureDeleteDialog, AFailureIsOneBoxAndTheRestGoes) {
-    folder.MakeFile("readonly");
-    std::filesystem::permissions("readonly", std::filesystem::perms::owner_read);
     folder.MakeFile("last");
     MakeTree();
     // Boxes come when the dialog is there.
     writingMayGoOn = gate.get_future().share();
     ui.ExpectDialog(IDD_SECURE_DELETION, [&](WindowDriver&) { gate.set_value(); });
-    folder.MakeFolder("deep");
-    folder.MakeFile("deep/readonly");
-    std::filesystem::permissions("deep/readonly", std::filesystem::perms::owner_read);
-    const std::string denied = "Opening file: " + GetSystemMessageText(ERROR_ACCESS_DENIED) + "\n";
-    ui.ExpectMessageBox(denied + "readonly", kErrorCaption, kErrorBox, IDOK);
-    ui.ExpectMessageBox(denied + "deep\\readonly", kErrorCaption, kErrorBox, IDOK);
-    ui.ExpectMessageBox("Error: deleting \"deep\": " + GetSystemMessageText(ERROR_DIR_NOT_EMPTY),
+    MakeReadOnly("readonly");
+    ui.ExpectMessageBox("Opening file: " + GetSystemMessageText(ERROR_ACCESS_DENIED) + "\nreadonly",
                         kErrorCaption, kErrorBox, IDOK);
-    ui.ExpectMessageBox("Error: deleting \"missing\": " + GetSystemMessageText(ERROR_FILE_NOT_FOUND),
-                        kErrorCaption, kErrorBox, IDOK);
-    EXPECT_EQ(Run({"top", "readonly", "deep", "missing", "last"}), IDOK);
+    EXPECT_EQ(Run({"top", "readonly", "last"}), IDOK);
     EXPECT_TRUE(std::filesystem::exists("readonly"));
     EXPECT_FALSE(std::filesystem::exists("last"));
+}
+
+TEST_F(SecureDeleteDialog, SeveralFailuresAreOneListAndNothingElseIsDeletedWithThem) {
+    folder.MakeFolder("deep");
+    folder.MakeFolder("deep/er");
+    MakeReadOnly("deep/er/readonly");
+    MakeReadOnly("swapped");
+    folder.MakeFile("last");
+    const std::string denied = "cannot open file: " + SystemMessageLine(ERROR_ACCESS_DENIED);
+    const std::string isNotEmpty = "cannot remove directory: " + SystemMessageLine(ERROR_DIR_NOT_EMPTY);
+    const std::string notEmpty = "er | Failed | " + isNotEmpty + " | deep\\er";
+    const std::string notEmptyAbove = "deep | Failed | " + isNotEmpty + " | deep";
+    ui.ExpectDialog(IDD_SECURE_DELETION);
+    ui.ExpectDialog(IDD_CHANGE_RESULTS, [&](WindowDriver& results) {
+        EXPECT_THAT(
+            results.Rows(IDC_RESULTS),
+            ElementsAre("readonly | Failed | " + denied + " | deep\\er\\readonly", notEmpty, notEmptyAbove,
+                        "swapped | Failed | " + denied + " | swapped", "last | Done |  | last"));
+        std::filesystem::permissions("deep/er/readonly", std::filesystem::perms::owner_all);
+        folder.MakeFile("deep/er/saved meanwhile");
+        std::filesystem::rename("swapped", "moved");
+        folder.MakeFile("swapped");
+        ui.ExpectDialog(IDD_SECURE_DELETION);
+        results.Click(IDC_TRY_AGAIN);
+        EXPECT_THAT(results.Rows(IDC_RESULTS),
+                    ElementsAre(notEmpty, notEmptyAbove, HasSubstr("swapped | Failed | not deleted"),
+                                "last | Done |  | last", "readonly | Done |  | deep\\er\\readonly"));
+        std::filesystem::remove("deep/er/saved meanwhile");
+        ui.ExpectDialog(IDD_SECURE_DELETION);
+        results.Click(IDC_TRY_AGAIN);
+        EXPECT_EQ(results.Text(IDC_RESULTS_SUMMARY), "1 object failed, 4 are done.");
+        results.Press("Esc");
+    });
+    EXPECT_EQ(Run({"deep", "swapped", "last"}), IDOK);
+    EXPECT_FALSE(std::filesystem::exists("deep"));
+    EXPECT_TRUE(std::filesystem::exists("swapped") && std::filesystem::exists("moved"));
 }
 
 TEST_F(SecureDeleteDialog, AsksOnceAboutFilesThatOthersMayHaveOpen) {

@@ -98,6 +98,48 @@ TEST_F(PickerInDomain, WhatIsTypedFiltersAndARowThatIsChosenDoesNot) {
     EXPECT_EQ(picker.result.GetSidText(), FakeDomain::SidText(kEngineering));
 }
 
+TEST_F(PickerInDomain, WhatIsTypedListsPeopleFirstAndHeadersSort) {
+    domain.Add(1120, "ben");
+    domain.Add(1121, "Bench", SidTypeGroup);
+    domain.Add(1122, "BENE");
+    Run([&](WindowDriver& window) {
+        window.Click(IDC_FIND_ACCOUNTS);
+        EXPECT_TRUE(window.WaitUntil([&] { return window.Text(IDC_SEARCH_STATE) == CountOf(window); }));
+        domain.HoldAnswers(true);  // what has been found is enough
+        window.SetText(IDC_ACCOUNT_NAME, "le\\BEN");
+        EXPECT_THAT(window.Rows(IDC_FOUND_ACCOUNTS),
+                    ElementsAre("ben | EXAMPLE | User", "BENE | EXAMPLE | User", "Bench | EXAMPLE | Group"));
+        EXPECT_EQ(window.Text(IDC_SEARCH_STATE), "3 accounts");
+        window.SelectRow(IDC_FOUND_ACCOUNTS, 1);
+        window.ClickHeader(IDC_FOUND_ACCOUNTS, 0);
+        EXPECT_THAT(window.Rows(IDC_FOUND_ACCOUNTS),
+                    ElementsAre("ben | EXAMPLE | User", "Bench | EXAMPLE | Group", "BENE | EXAMPLE | User"));
+        EXPECT_THAT(window.SelectedRows(IDC_FOUND_ACCOUNTS), ElementsAre(2)) << "the same account";
+        window.ClickHeader(IDC_FOUND_ACCOUNTS, 0);
+        window.ClickHeader(IDC_FOUND_ACCOUNTS, 1);
+        window.ClickHeader(IDC_FOUND_ACCOUNTS, 1);
+        EXPECT_THAT(window.Rows(IDC_FOUND_ACCOUNTS).front(), StartsWith("BENE"));
+        EXPECT_EQ(window.Text(IDC_ACCOUNT_NAME), "EXAMPLE\\BENE");
+        window.Press("Esc");
+    });
+    domain.HoldAnswers(false);
+}
+
+TEST_F(PickerInDomain, AccountsOfOneNameAreToldApartAndTheRightOneIsTaken) {
+    domain.Add(1120, "anna", SidTypeAlias);
+    Run([&](WindowDriver& window) {
+        window.Click(IDC_FIND_ACCOUNTS);
+        EXPECT_TRUE(window.WaitUntil([&] { return window.Text(IDC_SEARCH_STATE) == CountOf(window); }));
+        const std::string group = "anna (" + FakeDomain::SidText(1120) + ")";
+        EXPECT_THAT(window.Rows(IDC_FOUND_ACCOUNTS),
+                    IsSupersetOf({"anna (" + FakeDomain::SidText(kAnna) + ") | EXAMPLE | User",
+                                  group + " | EXAMPLE | Alias"}));
+        window.SelectRow(IDC_FOUND_ACCOUNTS, window.FindRow(IDC_FOUND_ACCOUNTS, group));
+        window.Press("Return");
+    });
+    EXPECT_EQ(picker.result.GetSidText(), FakeDomain::SidText(1120));
+}
+
 TEST_F(PickerInDomain, StoppingKeepsTheRowsAndSaysThatTheyMayNotBeAll) {
     domain.HoldAnswers(true);
     Run([&](WindowDriver& window) {
@@ -159,6 +201,13 @@ TEST_F(PickerInDomain, TakesInputWhileTensOfThousandsOfRowsCome) {
             last = WorkOfThisThread();
             return list.GetItemCount() > 50'000;
         }));
+        window.Click(IDC_ACCOUNT_NAME);
+        for (const char* key : {"9", "8", "7"}) {
+            last = WorkOfThisThread();
+            window.Press(key);
+            longest = std::max(longest, WorkOfThisThread() - last);
+        }
+        EXPECT_THAT(window.Rows(IDC_FOUND_ACCOUNTS), Contains("person9870 | EXAMPLE | User"));
         EXPECT_LT(longest, std::chrono::milliseconds(100));
         window.Press("Esc");
     });

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -44,11 +45,12 @@ class EditorTest : public ::testing::Test {
             if (window.ActiveTab() != tab) window.SwitchToTab(tab);
             script(window);
         });
-        EditSecurity(nullptr, place, changes);
+        EditSecurity(nullptr, place, changes, {nullptr, askBeforeLosses});
     }
 
     const test::TemporaryFolder folder;
     ChangeSession changes{History::UsualPath(), {}};
+    std::uint8_t* askBeforeLosses = nullptr;  // nobody is asked
     UiDriver ui;
 };
 

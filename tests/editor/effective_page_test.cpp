@@ -54,11 +54,16 @@ class EffectivePage : public test::EditorTest {
 TEST_F(EffectivePage, MarksWhatTheListLeavesToTheAccountPicked) {
     Give("D:P(D;;WP;;;BG)(A;;FA;;;WD)(A;;0x1f03ff;;;BA)");
     Open([&](WindowDriver& window) {
-        EXPECT_FALSE(window.IsEnabled(IDC_EFFECTIVE_ACCOUNT));
-        EXPECT_FALSE(window.IsEnabled(IDC_EFFECTIVE_RIGHTS));
+        window.Type(IDC_EFFECTIVE_ACCOUNT, "x");
+        EXPECT_EQ(window.Text(IDC_EFFECTIVE_ACCOUNT), "") << "is only read";
+        EXPECT_THAT(window.TabThrough(),
+                    testing::IsSupersetOf({IDC_EFFECTIVE_ACCOUNT, IDC_EFFECTIVE_RIGHTS, IDC_NETWORK_RIGHTS}));
         EXPECT_EQ(window.Rows(IDC_EFFECTIVE_RIGHTS)[5], "Create files / Write data");
         EXPECT_EQ(Marks(window), kNone);
         EXPECT_EQ(MarksFor(window, "Administrators"), "11111111111111");
+        window.ToggleRowCheck(IDC_EFFECTIVE_RIGHTS, 3);
+        window.Press("Space");
+        EXPECT_EQ(Marks(window), "11111111111111") << "are only read";
         EXPECT_EQ(window.Text(IDC_EFFECTIVE_ACCOUNT), "BUILTIN\\Administrators");
         EXPECT_EQ(MarksFor(window, "Everyone"), "01111111111111") << "full control of files is less";
         EXPECT_EQ(MarksFor(window, "Guests"), "00111111111111");
@@ -137,6 +142,46 @@ TEST_F(EffectivePage, WhyTellsWhichEntryDecidesEachRight) {
         EXPECT_EQ(Marks(window), "00111000000100") << "the marks are those that were explained";
         window.Press("Esc");
     });
+}
+
+TEST_F(EffectivePage, ComparesAccountsOverAllSelectedObjects) {
+    Give("D:P(A;;FR;;;WD)");
+    EditorTest::Give(folder.MakeFile("other"), "D:P(A;;FW;;;BG)(A;;0x89;;;WD)");
+    const auto add = [&](WindowDriver& dialog, const char* account) {
+        ui.ExpectDialog(IDD_ACCOUNT_PICKER, [&](WindowDriver& picker) {
+            picker.SetText(IDC_ACCOUNT_NAME, account);
+            picker.Press("Return");
+        });
+        dialog.Click(IDC_ADD_COMPARED);
+    };
+    const std::string everyone = "Everyone | none | all | all | all | none";
+    const std::string guests = "BUILTIN\\Guests | none | all | all | all | some";
+    Edit(
+        {"file", "other"},
+        [&](WindowDriver& window) {
+            MarksFor(window, "Everyone");
+            ui.ExpectDialog(IDD_COMPARE_ACCOUNTS, [&](WindowDriver& dialog) {
+                add(dialog, "Guests");
+                add(dialog, "Everyone");
+                add(dialog, "S-1-5-21-7-8-9-1001");
+                const std::vector<std::string> rows = dialog.Rows(IDC_COMPARED_RIGHTS);
+                ASSERT_EQ(rows.size(), 3U);
+                EXPECT_THAT(rows[0], testing::StartsWith(guests));
+                EXPECT_THAT(rows[1], testing::StartsWith(everyone));
+                EXPECT_THAT(rows[2], testing::StartsWith("S-1-5-21-7-8-9-1001 | ? | ?"));
+                EXPECT_EQ(dialog.Rows(IDC_COMPARISON_REMARKS).back(),
+                          "The groups of S-1-5-21-7-8-9-1001 are not known here.");
+                dialog.ClickHeader(IDC_COMPARED_RIGHTS, 0);
+                EXPECT_THAT(dialog.Rows(IDC_COMPARED_RIGHTS)[2], testing::StartsWith(guests));
+                dialog.SelectRow(IDC_COMPARED_RIGHTS, 1);
+                dialog.Click(IDC_REMOVE_COMPARED);
+                EXPECT_THAT(dialog.Rows(IDC_COMPARED_RIGHTS)[1], testing::StartsWith(guests));
+                dialog.Press("Esc");
+            });
+            window.Click(IDC_COMPARE_ACCOUNTS);
+            window.Press("Esc");
+        },
+        "Effective Permissions");
 }
 
 }  // namespace

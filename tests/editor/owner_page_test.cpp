@@ -6,11 +6,14 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "resources/resource_ids.h"
 #include "tests/editor/editor_fixture.h"
+#include "tests/support/command.h"
+#include "tests/support/immutable.h"
 
 namespace permora {
 namespace {
@@ -19,7 +22,12 @@ using test::DescriptorText;
 using test::SheetButton;
 using test::UiDriver;
 using test::WindowDriver;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+
+bool IsMountedRow(const std::string& row) {
+    return row.starts_with("mounted | Left alone | something is mounted on it");
+}
 
 class OwnerPage : public test::EditorTest {
   protected:
@@ -57,7 +65,7 @@ TEST_F(OwnerPage, SetsTheOwnerOfEveryItemAndOfWhatIsBelowTheFolders) {
         window.Click(IDC_REPLACE_CHILD_OWNERS);
         EXPECT_FALSE(window.IsEnabled(SheetButton::kApply)) << "the box alone chooses no owner";
         window.SelectRow(IDC_OWNER_CANDIDATES, 0);
-        ui.ExpectError(HasSubstr("file"));
+        ui.ExpectError(HasSubstr("gone"));
         window.Click(SheetButton::kApply);
         EXPECT_EQ(window.Text(IDC_OWNER_NAME), "BUILTIN\\Administrators");
         EXPECT_FALSE(window.IsChecked(IDC_REPLACE_CHILD_OWNERS));
@@ -82,10 +90,15 @@ TEST_F(OwnerPage, WhatWasShownIsGivenAwayAndNothingElseThatHasItsName) {
         std::filesystem::rename(folder.Path("data"), folder.Path("moved"));
         Give(folder.MakeFolder("data"), "O:BG");
         Give(folder.MakeFile("data/report"), "O:BG");
-        ui.ExpectError("\"data\" is left alone: another object has this name since it was shown here.");
-        ui.ExpectError(HasSubstr("What is below \"data\" is left alone"));
-        if (isMounted) ui.ExpectInformation(HasSubstr("Something is mounted on \"docs\\mounted\"."));
-        ui.ExpectInformation(HasSubstr("\"docs\\linked\" has further names (hard links)."));
+        ui.ExpectDialog(IDD_CHANGE_RESULTS, [&](WindowDriver& results) {
+            std::vector<std::string> rows = results.Rows(IDC_RESULTS);
+            if (isMounted) EXPECT_EQ(std::erase_if(rows, IsMountedRow), 1U);
+            EXPECT_THAT(rows,
+                        ElementsAre("data | Failed | left alone: another object has this name by now | data",
+                                    HasSubstr("linked | Left alone | it has further names"),
+                                    "docs | Done |  | docs"));
+            results.Press("Esc");
+        });
         window.Click(SheetButton::kOk);
     });
     if (isMounted) umount2(mounted.c_str(), MNT_DETACH);
@@ -93,6 +106,28 @@ TEST_F(OwnerPage, WhatWasShownIsGivenAwayAndNothingElseThatHasItsName) {
         EXPECT_EQ(Owner(name), "O:BA") << name;
     for (const char* name : {"data", "data/report", "moved", "moved/report", "docs/linked"})
         EXPECT_EQ(Owner(name), "O:BG") << name;
+}
+
+TEST_F(OwnerPage, WhatCouldNotBeGivenAwayIsListedAndTriedAgain) {
+    std::optional<test::Immutable> notes(folder.Path("notes"));
+    std::optional<test::Immutable> report(folder.Path("docs/report"));
+    if (!*notes) GTEST_SKIP() << "no object can be made immutable here";
+    Open({"docs", "notes"}, [&](WindowDriver& window) {
+        window.Click(IDC_REPLACE_CHILD_OWNERS);
+        window.SelectRow(IDC_OWNER_CANDIDATES, 0);
+        ui.ExpectDialog(IDD_CHANGE_RESULTS, [&](WindowDriver& results) {
+            EXPECT_EQ(results.Text(IDC_RESULTS_SUMMARY), "2 objects failed, 1 is done.");
+            report.reset();
+            std::filesystem::create_hard_link(folder.Path("docs/report"), outside.Path("linked"));
+            notes.reset();
+            results.Click(IDC_TRY_AGAIN);
+            EXPECT_EQ(results.Text(IDC_RESULTS_SUMMARY), "0 objects failed, 1 was left alone, 2 are done.");
+            results.Press("Esc");
+        });
+        window.Click(SheetButton::kOk);
+    });
+    EXPECT_EQ(Owner("notes"), "O:BA");
+    EXPECT_EQ(Owner("docs/report"), "O:BG") << "it has got a further name meanwhile";
 }
 
 TEST_F(OwnerPage, WithoutTheBoxOrAChosenRowWhatIsBelowOrEverythingStays) {
@@ -109,6 +144,56 @@ TEST_F(OwnerPage, WithoutTheBoxOrAChosenRowWhatIsBelowOrEverythingStays) {
     EXPECT_EQ(status.st_uid, 0U);
     EXPECT_NE(Owner("data"), "O:BG");
     EXPECT_EQ(Owner("data/report"), "O:BG");
+}
+
+TEST_F(OwnerPage, AnyOtherAccountJoinsTheCandidatesAndIsSelected) {
+    Open({"notes"}, [&](WindowDriver& window) {
+        const auto choose = [&](const char* account) {
+            ui.ExpectDialog(IDD_ACCOUNT_PICKER, [&](WindowDriver& picker) {
+                picker.SetText(IDC_ACCOUNT_NAME, account);
+                picker.Press("Return");
+            });
+            window.Click(IDC_OTHER_OWNER);
+        };
+        choose("S-1-5-21-1-2-3-500");
+        EXPECT_THAT(window.SelectedRows(IDC_OWNER_CANDIDATES), testing::ElementsAre(2));
+        EXPECT_TRUE(window.IsEnabled(SheetButton::kApply));
+        choose("Administrators");
+        EXPECT_THAT(window.SelectedRows(IDC_OWNER_CANDIDATES), testing::ElementsAre(0)) << "it was there";
+        window.SelectRow(IDC_OWNER_CANDIDATES, 2);
+        window.Click(SheetButton::kApply);
+        EXPECT_EQ(window.Text(IDC_OWNER_NAME), "S-1-5-21-1-2-3-500");
+        EXPECT_EQ(window.Rows(IDC_OWNER_CANDIDATES).size(), 3U) << "it stays";
+        window.Press("Esc");
+    });
+    EXPECT_EQ(Owner("notes"), "O:S-1-5-21-1-2-3-500");
+}
+
+TEST_F(OwnerPage, OnAReadOnlyVolumeNothingIsOfferedAndTheReasonIsTold) {
+    if (const std::string reason = test::CannotMountReason(); !reason.empty()) GTEST_SKIP() << reason;
+    const std::string data = folder.Path("data");
+    ASSERT_EQ(mount(data.c_str(), data.c_str(), nullptr, MS_BIND, nullptr), 0);
+    ASSERT_EQ(mount(nullptr, data.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    Edit({"data"}, [&](WindowDriver& window) {
+        for (const unsigned id : {IDC_ADD_ENTRY + 0U, IDC_REMOVE_ENTRY + 0U, IDC_INHERIT_FROM_PARENT + 0U,
+                                  IDC_REPLACE_CHILD_ENTRIES + 0U})
+            EXPECT_FALSE(window.IsEnabled(id)) << id;
+        EXPECT_THAT(window.Text(IDC_LIST_REMARK), testing::StartsWith("This cannot be changed: "));
+        ui.ExpectDialog(IDD_PERMISSION_ENTRY, [&](WindowDriver& entry) {
+            EXPECT_FALSE(entry.IsEnabled(IDC_ALLOW_DELETE));
+            EXPECT_FALSE(entry.IsEnabled(IDC_DENY_DELETE));
+            EXPECT_FALSE(entry.IsEnabled(IDC_ALLOW_READ));
+            entry.Click(IDC_ENTRY_OK);
+        });
+        window.Click(IDC_EDIT_ENTRY);
+        EXPECT_FALSE(window.IsEnabled(SheetButton::kApply));
+        window.SwitchToTab("Owner");
+        EXPECT_FALSE(window.IsEnabled(IDC_OWNER_CANDIDATES));
+        EXPECT_FALSE(window.IsEnabled(IDC_OTHER_OWNER));
+        EXPECT_THAT(window.Text(IDC_OWNER_REMARK), testing::StartsWith("This cannot be changed: "));
+        window.Press("Esc");
+    });
+    umount2(data.c_str(), MNT_DETACH);
 }
 
 TEST_F(OwnerPage, WhatCannotBeReadIsToldAndCandidatesAreStillOffered) {

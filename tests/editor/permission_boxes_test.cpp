@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "security/usable_combinations.h"
+
 namespace permora {
 namespace {
 
@@ -71,6 +73,20 @@ TEST(PermissionBoxes, ASingleRightIsAllowedOrDeniedAndEndsFullControl) {
     boxes.Click(RightColumn::kAllow, kDelete, true);
     EXPECT_FALSE(boxes.At(RightColumn::kAllow, kFullControl).isChecked);
     EXPECT_EQ(boxes.MaskOf(RightColumn::kAllow), FULL_CONTROL_RIGHTS);
+}
+
+TEST(PermissionBoxes, AReadyMadeSetReplacesItsColumnAndLeavesNoneOfItInTheOther) {
+    PermissionBoxes boxes;
+    boxes.SetMask(RightColumn::kAllow, READ_CONTROL);
+    boxes.LockChecked();
+    boxes.Take(RightColumn::kDeny, kFullControlAsOne);
+    EXPECT_EQ(CheckedCount(boxes, RightColumn::kDeny), PermissionBoxes::kRows);
+    boxes.Take(RightColumn::kAllow, kModifyRights);
+    EXPECT_EQ(boxes.MaskOf(RightColumn::kAllow), WithoutSynchronize(kModifyRights));
+    EXPECT_EQ(boxes.MaskOf(RightColumn::kDeny), DWORD{FILE_DELETE_CHILD | WRITE_DAC | WRITE_OWNER});
+    EXPECT_FALSE(boxes.At(RightColumn::kDeny, kFullControl).isChecked);
+    boxes.Take(RightColumn::kAllow, 0);
+    EXPECT_EQ(boxes.MaskOf(RightColumn::kAllow), DWORD{READ_CONTROL}) << "inherited";
 }
 
 TEST(PermissionBoxes, WhatAnInheritedEntryHoldsStays) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "framework/dialog_controls.h"
 #include "resources/resource_ids.h"
 #include "security/account_lookup.h"
 #include "tests/support/ui_driver.h"
@@ -52,6 +53,55 @@ TEST_F(PermissionEntryDialog, GivesBackWhatTheUserChose) {
     EXPECT_EQ(dialog.choice.denyMask, DWORD{FILE_WRITE_DATA});
     EXPECT_EQ(dialog.choice.applyIndex, 6);
     EXPECT_TRUE(dialog.choice.childrenOnly);
+}
+
+TEST_F(PermissionEntryDialog, RightsAreChosenByTheirNamesAndInReadyMadeSets) {
+    dialog.choice.account = Account("Everyone");
+    const int result = Run([&](WindowDriver& window) {
+        const auto clickName = [&](unsigned int box) {
+            const Rect area = dialog.GetDlgItem(box)->GetWindowRect();
+            const Rect frame = dialog.GetWindowRect();
+            window.ClickAt({area.left - frame.left - DialogUnitsToPixels({0, 0, 60, 0}).right,
+                            (area.top + area.bottom) / 2 - frame.top});
+        };
+        window.Click(IDC_ALLOW_ALL);
+        EXPECT_TRUE(window.IsChecked(IDC_ALLOW_FULL_CONTROL));
+        window.Click(IDC_DENY_MODIFY);
+        window.Click(IDC_ALLOW_READ);
+        clickName(IDC_ALLOW_TAKE_OWNERSHIP);
+        clickName(IDC_ALLOW_READ_DATA);
+        EXPECT_FALSE(window.IsChecked(IDC_ALLOW_READ_DATA));
+        window.Press("Return");
+    });
+    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(dialog.choice.allowMask,
+              DWORD{FILE_READ_ATTRIBUTES | FILE_READ_EA | READ_CONTROL | WRITE_OWNER});
+    EXPECT_EQ(dialog.choice.denyMask, DWORD{FILE_EXECUTE | FILE_WRITE_DATA | FILE_APPEND_DATA |
+                                            FILE_WRITE_ATTRIBUTES | FILE_WRITE_EA | DELETE});
+}
+
+TEST_F(PermissionEntryDialog, ArrowKeysStayInTheirColumnAndPassOverWhatIsInherited) {
+    dialog.choice.account = Account("Everyone");
+    dialog.choice.allowMask = FILE_READ_DATA;
+    dialog.inheritedEntry = true;
+    Run([&](WindowDriver& window) {
+        dialog.GetDlgItem(IDC_ALLOW_FULL_CONTROL)->SetFocus();
+        const struct {
+            const char* key;
+            unsigned int box;
+        } steps[] = {
+            {"Up", IDC_ALLOW_FULL_CONTROL},      {"Down", IDC_ALLOW_TRAVERSE},
+            {"Down", IDC_ALLOW_READ_ATTRIBUTES}, {"Right", IDC_DENY_READ_ATTRIBUTES},
+            {"Right", IDC_DENY_READ_ATTRIBUTES}, {"Up", IDC_DENY_READ_DATA},
+            {"Left", IDC_DENY_READ_DATA},        {"Up", IDC_DENY_TRAVERSE},
+            {"Left", IDC_ALLOW_TRAVERSE},
+        };
+        for (const auto& step : steps) {
+            window.Press(step.key);
+            EXPECT_EQ(window.FocusedControl(), step.box) << step.key;
+        }
+        window.Press("Esc");
+    });
 }
 
 TEST_F(PermissionEntryDialog, CancelLeavesTheCallersFields) {

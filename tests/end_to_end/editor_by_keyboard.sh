@@ -16,6 +16,9 @@ AnswerYes() { Keys alt+y; }
 PressAdd() { Keys Tab space; }
 TickReplace() { Times 5 Tab && Keys space; }
 PressApply() { Keys alt+a; }
+# The button takes a key as soon as all is counted.
+AppliesAllTheSame() { Keys alt+l && HasNoWindow "What will happen"; }
+ApplyAllTheSame() { WaitUntil "the losses to be accepted" AppliesAllTheSame; }
 CancelSheet() { Keys Escape; }
 AcceptSheet() { Keys Return; }
 RemoveFirstEntry() { Keys Tab Tab space; }
@@ -27,7 +30,8 @@ ChooseFoundAccount() { Keys Tab && xdotool type --delay 20 Users; }
 AcceptAccount() { Keys Return; }
 TypeAccount() { Keys ctrl+a && xdotool type --delay 20 "$1" && Keys Return; }
 
-# The entry begins with the combo box; fourteen pairs of boxes, the children box, Clear All, the buttons and Change follow.
+# The entry begins with the combo box; fourteen pairs of boxes, six ready-made sets, the children box, Clear All, the
+# buttons and Change follow.
 PressChange() { Keys shift+Tab space; }
 TickAllowFullControl() { Keys Tab space; }
 TickDenyDelete() { Times 21 Tab && Keys space; }
@@ -35,5 +39,5 @@ TickAllowReadAttributes() { Times 8 Tab && Keys space; }
 ChooseFilesOnly() { Times 7 shift+Tab && Keys End; }
 AcceptEntry() { Keys Return; }
 PressClearAll() { Times 4 shift+Tab && Keys space; }
-TickAllowReadPermissions() { Times 7 shift+Tab && Keys space; }
-TickChildrenOnly() { Times 6 Tab && Keys space; }
+TickAllowReadPermissions() { Times 13 shift+Tab && Keys space; }
+TickChildrenOnly() { Times 12 Tab && Keys space; }

@@ -10,7 +10,7 @@ DoubleClick=(--repeat 2 --delay 50 1)
 
 InNotice() { ClickInTemplate 260 84 "$@" && PutMouseAway; }
 InPicker() { ClickInTemplate 230 292 "$@" && PutMouseAway; }
-InEntry() { ClickInTemplate 230 278 "$@" && PutMouseAway; }
+InEntry() { ClickInTemplate 316 278 "$@" && PutMouseAway; }
 # InEntryRow ROW COLUMN: a box.
 InEntryRow() { InEntry "$2" $((63 + 12 * $1)); }
 allowColumn=167 denyColumn=207
@@ -26,9 +26,9 @@ FromSheetCorner() {
     Measure "$sheet"
     ClickPlace $((WIDTH - $1 * unitWide / 1000)) $((HEIGHT - $2 * unitHigh / 1000)) "${@:3}"
 }
-# InPage X Y [CLICK...]: on the page of the sheet, whose template is 368 by 218 units; its lower right corner is
+# InPage X Y [CLICK...]: on the page of the sheet, whose template is 368 by 236 units; its lower right corner is
 # the margin, the row of buttons and the tabs' frame of two pixels away from the sheet's.
-InPage() { FromSheetCorner $((368 - $1 + 8)) $((218 - $2 + 29)) "${@:3}"; }
+InPage() { FromSheetCorner $((368 - $1 + 8)) $((236 - $2 + 29)) "${@:3}"; }
 
 # The names in order: by a click on the list's first header.
 ShowInOrder() {
@@ -50,14 +50,15 @@ ChoosePermissions() {
 TickDoNotShowAgain() { InNotice 41 51; }
 CloseNotice() { LearnUnit && InNotice 228 70; }
 
-ClickInherit() { InPage 13 168; }
+ClickInherit() { InPage 13 186; }
 AnswerYes() { Measure "$dialog" && ClickPlace $((WIDTH - 222)) $((HEIGHT - 22)); }
-PressAdd() { InPage 32 147; }
-TickReplace() { InPage 60 190; } # the upper part of its first line
+PressAdd() { InPage 32 165; }
+TickReplace() { InPage 60 208; } # the upper part of its first line
 PressApply() { FromSheetCorner 32 14; }
+ApplyAllTheSame() { ClickInTemplate 420 246 334 232 && PutMouseAway; }
 CancelSheet() { FromSheetCorner 86 14; }
 AcceptSheet() { FromSheetCorner 140 14; }
-RemoveFirstEntry() { InPage 60 35 && InPage 86 147; }
+RemoveFirstEntry() { InPage 60 35 && InPage 86 165; }
 EditFirstEntry() { InPage 60 35 "${DoubleClick[@]}"; }
 
 PressFind() { InPicker 198 48; }
@@ -70,7 +71,7 @@ TypeAccount() {
     InPicker 144 278
 }
 
-PressChange() { InEntry 198 14; }
+PressChange() { InEntry 284 14; }
 TickAllowFullControl() { InEntryRow 0 $allowColumn; }
 TickDenyDelete() { InEntryRow 10 $denyColumn; }
 TickAllowReadAttributes() { InEntryRow 3 $allowColumn; }
@@ -78,4 +79,4 @@ TickAllowReadPermissions() { InEntryRow 11 $allowColumn; }
 ChooseFilesOnly() { InEntry 142 32 --repeat 5 --delay 50 5; } # with the wheel
 TickChildrenOnly() { InEntry 12 235; }
 PressClearAll() { InEntry 32 264; }
-AcceptEntry() { InEntry 144 264; }
+AcceptEntry() { InEntry 230 264; }

@@ -69,7 +69,10 @@ Picture "added-by-name"
 Step "replace" TickReplace
 ExpectTold 'check box|Replace permission entries on all .*|.*checked|'
 ExpectTold 'check box|Inherit from parent the .*||'
-Step "apply" PressApply
+# Entries of the second folder and of what is below would be lost.
+OpenDialog "What will happen" PressApply
+ExpectTold 'list item|Items: would change: 2, .*|.*|'
+CloseDialog "What will happen" "$sheet" ApplyAllTheSame
 WaitUntil "all below to inherit" IsReset
 WaitUntil "the walk's dialog to close" HasNoWindow "Applying settings"
 WaitUntil "the sheet to be active" IsActive "$sheet"

@@ -22,7 +22,7 @@ MakeData() {
 }
 
 # From the address field the keyboard comes to the list behind the go button.
-GoTo() { TypeLocation "$1" && WaitForFolder "$1" && Keys Tab Tab; }
+GoTo() { TypeLocation "$1" && WaitForFolder "$1"; }
 # SameAs FOLDER FOLDER: names, contents and times.
 SameAs() {
     diff -r "$1" "$2" && diff <(cd "$1" && find . -type f -printf '%p %Ts\n' | sort) \
@@ -170,7 +170,6 @@ WaitForFolder /
 ClickAt "${addressField[@]}"
 Keys ctrl+a ctrl+v Return
 WaitForFolder "$local/Back"
-Keys Tab Tab
 
 # With one that has taken the clipboard and hangs.
 TakeClipboard hold

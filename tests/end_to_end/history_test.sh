@@ -37,7 +37,8 @@ OpenDialog "Information" ChoosePermissions
 Keys Return
 WaitForDialog "Security Editor - Alpha"
 RemoveFirstEntry
-CloseDialog "Security Editor - Alpha" "$window" AcceptSheet
+OpenDialog "What will happen" AcceptSheet
+CloseDialog "Security Editor - Alpha" "$window" ApplyAllTheSame
 changed=$(Kept "$folder")
 [ "$changed" != "$before" ] || Fail "nothing was changed"
 

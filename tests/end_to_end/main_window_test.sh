@@ -76,7 +76,7 @@ Picture "folder-of-the-command-line"
 xdotool windowmove --sync "$window" 60 40 windowsize --sync "$window" 1000 620
 Settle
 
-Step "enter-a-folder" Keys A Return
+Step "enter-a-folder" Keys A l Return # "Alpha" has the focus, and letters look behind it
 WaitForFolder "$data/Alpha"
 Step "back" Keys alt+e b
 WaitForFolder "$data"

@@ -80,8 +80,8 @@ Finish
 common=("Allow S-1-1-0 0x20089" "Allow S-1-5-11 0x200a9" "Allow S-1-5-18 0xf01ff" "Allow S-1-5-32-551 0x200a9")
 OwnEntries "Deny S-1-5-32-544 0xf01ff" "Allow S-1-5-32-545 0x116" "Allow S-1-5-32-546 0x301bf" "${common[@]}"
 
-# No notice now. What was denied to administrators is theirs again but for the ownership; Users go.
-Step "all-items-again" Keys ctrl+a
+# No notice now, and all items are still selected. What was denied to administrators is theirs again but for the ownership;
+# Users go.
 OpenWizard
 Step "administrators" Keys Return
 GoToRights
@@ -98,7 +98,6 @@ Finish
 OwnEntries "Deny S-1-5-32-544 0x80000" "Allow S-1-5-32-546 0x201bf" "${common[@]}"
 
 # Both set again.
-Step "all-items-once-more" Keys ctrl+a
 OpenWizard
 Step "denied" Keys Return
 GoToRights

@@ -1,7 +1,11 @@
-// Every dialog of the program can be used without seeing it and without a mouse.
+// Every dialog of the program can be used without seeing it and without a mouse, and read in every size.
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QApplication>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
 #include <QWidget>
 #include <algorithm>
 #include <cctype>
@@ -10,6 +14,7 @@
 #include <set>
 
 #include "framework/dialog.h"
+#include "framework/dialog_controls.h"
 #include "framework/frame_window.h"
 #include "framework/property_sheet.h"
 #include "framework/qt/widget.h"
@@ -156,6 +161,111 @@ TEST(Accessibility, TheKeyboardReachesEveryControlInOrder) {
         if (!order.empty()) std::ranges::rotate(order, std::ranges::find(order, expected.front()));
         EXPECT_EQ(order, expected);
     });
+}
+
+// How much room the text of a control needs, which may break it into lines within its width.
+QSize TextSizeOf(const QWidget& widget, const ControlTemplate& control) {
+    const auto room = [&](QString text, int flags) {
+        return widget.fontMetrics().boundingRect(0, 0, widget.width(), 0, flags, text).size();
+    };
+    if (const auto* label = qobject_cast<const QLabel*>(&widget)) {
+        const bool isOneLine = (control.style & SS_TYPEMASK) == SS_LEFTNOWORDWRAP;
+        return room(label->text(), Qt::TextShowMnemonic | Qt::TextExpandTabs |
+                                       (isOneLine ? 0 : static_cast<int>(Qt::TextWordWrap)));
+    }
+    if (const auto* group = qobject_cast<const QGroupBox*>(&widget))
+        return room(group->title(), Qt::TextShowMnemonic);
+    if (const auto* button = qobject_cast<const QPushButton*>(&widget))
+        return room(button->text(), Qt::TextShowMnemonic);
+    constexpr QSize kMargins(4, 0);  // the style's, beside the text
+    const bool isBox = qobject_cast<const QAbstractButton*>(&widget) != nullptr;
+    return isBox ? widget.sizeHint() - kMargins : QSize(0, 0);
+}
+
+TEST(Accessibility, NoTextIsCutInSmallAndInLargeFonts) {
+    const QFont usual = QApplication::font();
+    for (const int points : {9, 16}) {
+        SCOPED_TRACE("font of " + std::to_string(points) + " points");
+        QFont font = usual;
+        font.setPointSize(points);
+        QApplication::setFont(font);
+        ForEachDialog([](WindowDriver& driver, CWnd& window, const DialogTemplate& dialogTemplate) {
+            const QWidget& shown = *qt::WidgetOf(window);
+            // Large letters want a larger screen than the test may have.
+            const QSize whole =
+                qt::ToQt(DialogUnitsToPixels({0, 0, dialogTemplate.size.cx, dialogTemplate.size.cy})).size();
+            shown.window()->resize(shown.window()->size() + whole - shown.size());
+            driver.WaitUntil([&] { return shown.size() == whole; });
+            for (std::size_t i = 0; i < dialogTemplate.controls.size(); ++i) {
+                const ControlTemplate& control = dialogTemplate.controls[i];
+                const QWidget& widget = *qt::WidgetOf(*WindowAccess::Children(window)[i]);
+                if (control.text.empty() || !IsShown(control)) continue;
+                const QSize needed = TextSizeOf(widget, control);
+                EXPECT_TRUE(needed.width() <= widget.width() && needed.height() <= widget.height())
+                    << control.text << " needs " << needed.width() << " x " << needed.height() << " of "
+                    << widget.width() << " x " << widget.height();
+            }
+        });
+    }
+    QApplication::setFont(usual);
+}
+
+TEST(Accessibility, AnEnlargedDialogHasLargerListsAndNothingCoversAnother) {
+    constexpr int kMore = 150;
+    ForEachDialog([](WindowDriver& driver, CWnd& window, const DialogTemplate& dialogTemplate) {
+        const std::vector<CWnd*>& controls = WindowAccess::Children(window);
+        QWidget& top = *qt::WidgetOf(window)->window();
+        const auto place = [&](std::size_t i) { return qt::WidgetOf(*controls[i])->geometry(); };
+        const auto overlaps = [&] {
+            std::set<std::pair<std::size_t, std::size_t>> found;
+            for (std::size_t i = 0; i < controls.size(); ++i)
+                for (std::size_t k = i + 1; k < controls.size(); ++k)
+                    if (place(i).intersects(place(k))) found.emplace(i, k);
+            return found;
+        };
+        const auto before = overlaps();
+        std::map<unsigned int, int> heights;
+        for (const unsigned int id : dialogTemplate.growing)
+            heights[id] = qt::WidgetOf(*window.GetDlgItem(id))->height();
+        const QSize size = top.size();
+        const int width = qt::WidgetOf(window)->width();
+        top.resize(size + QSize(kMore, kMore));
+        const bool mayGrow = !dialogTemplate.growing.empty();
+        ASSERT_EQ(top.size() != size, mayGrow);
+        driver.WaitUntil([&] { return !mayGrow || qt::WidgetOf(window)->width() == width + kMore; });
+        int grown = 0;
+        for (const unsigned int id : dialogTemplate.growing)
+            grown += qt::WidgetOf(*window.GetDlgItem(id))->height() - heights[id];
+        EXPECT_EQ(grown, mayGrow ? kMore : 0);
+        EXPECT_EQ(overlaps(), before);
+    });
+}
+
+TEST(Accessibility, ASheetComesBackInTheSizeThatTheUserGaveIt) {
+    UiDriver ui;
+    Size kept;
+    const auto show = [&](const std::function<void(QWidget&)>& use) {
+        CPropertyPage page(IDD_PERMISSIONS_PAGE);
+        CPropertySheet sheet;
+        sheet.Construct("Sheet", nullptr);
+        sheet.AddPage(page);
+        sheet.KeepSizeIn(kept);
+        ui.ExpectSheet("Sheet", [&](WindowDriver& window) {
+            use(*qt::WidgetOf(sheet));
+            window.Press("Esc");
+        });
+        sheet.DoModal();
+    };
+    QSize own;
+    show([&](QWidget& sheet) { own = sheet.size(); });
+    EXPECT_EQ(kept, Size());
+    const QSize larger = own + QSize(60, 40);
+    show([&](QWidget& sheet) { sheet.resize(larger); });
+    show([&](QWidget& sheet) {
+        EXPECT_EQ(sheet.size(), larger);
+        sheet.resize(own);
+    });
+    EXPECT_EQ(kept, Size());
 }
 
 // The letter after a single '&'; 0: none.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QHeaderView>
 #include <QHelpEvent>
 #include <QTest>
 #include <QToolTip>
@@ -256,12 +257,35 @@ TEST_F(ListCtrl, TipsAreAskedForRowsAndShownAsPlainText) {
     EXPECT_THAT(owner.Heard(), IsEmpty());
 
     // Without questions: what does not fit into its column.
-    list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips);
+    list.SetExtendedStyle(ListStyle::kFullRowSelect | ListStyle::kLabelTips | ListStyle::kGivenWidths);
     list.SetItemText(2, 1, "a text <much> longer than its column is wide, to be read in a tip");
     rest(OnText(2));
     EXPECT_FALSE(QToolTip::text().contains(QStringLiteral("c-row")));
     rest({kFirstColumnWidth + 5, OnText(2).y()});
     EXPECT_TRUE(QToolTip::text().contains(QStringLiteral("&lt;much&gt;")));
+}
+
+TEST_F(ListCtrl, ColumnsFollowTheirTextsUntilTheUserDragsOne) {
+    Make(LVS_REPORT);
+    auto& header = *Widget().findChild<QHeaderView*>();
+    const auto relayout = [&] { QCoreApplication::sendPostedEvents(&Widget(), QEvent::LayoutRequest); };
+    const auto fills = [&] {
+        return header.sectionSize(0) + header.sectionSize(1) == Widget().viewport()->width();
+    };
+    relayout();
+    EXPECT_EQ(header.sectionSize(0), kFirstColumnWidth);
+    EXPECT_TRUE(fills());
+    list.SetItemText(3, 0, "a name that needs more than the first column had");
+    relayout();
+    EXPECT_GT(header.sectionSize(0), kFirstColumnWidth);
+    EXPECT_TRUE(fills());
+    header.resizeSection(0, 77);
+    list.SetItemText(3, 0, "another name that needs more than the first column had");
+    relayout();
+    EXPECT_EQ(header.sectionSize(0), 77);
+    emit header.sectionHandleDoubleClicked(0);
+    relayout();
+    EXPECT_GT(header.sectionSize(0), kFirstColumnWidth);
 }
 
 TEST_F(ListCtrl, AssistiveTechnologyReadsNamesAndStates) {
@@ -276,6 +300,9 @@ TEST_F(ListCtrl, AssistiveTechnologyReadsNamesAndStates) {
     ASSERT_EQ(interface->childCount(), 3);
     QAccessibleInterface* row = interface->child(1);
     EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b-row, Type: Folder"));
+    list.SetItemText(1, 0, "\uF00A\u202Eb\uF03A\uF0FF");
+    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("\\x0a\\u202eb:\\xff, Type: Folder"));
+    list.SetItemText(1, 0, "b-row");
     list.SetView(ListView::kIcons);
     EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b-row")) << "nothing more is seen";
     list.SetView(ListView::kReport);
@@ -289,6 +316,10 @@ TEST_F(ListCtrl, AssistiveTechnologyReadsNamesAndStates) {
     list.DeleteItem(2);
     EXPECT_EQ(interface->childCount(), 2);
     EXPECT_EQ(interface->child(2), nullptr);
+    list.SetEmptyText("Nothing is here");
+    EXPECT_EQ(interface->text(QAccessible::Description), QString()) << "there are rows";
+    list.DeleteAllItems();
+    EXPECT_EQ(interface->text(QAccessible::Description), QStringLiteral("Nothing is here"));
 }
 
 }  // namespace

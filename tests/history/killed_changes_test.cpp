@@ -89,7 +89,8 @@ DWORD GiveAway(const HeldObject& top, ChangeRecorder& recorder) {
     std::vector<std::uint8_t> bytes(owner.Bytes().begin(), owner.Bytes().end());
     RecordingObserver observer;
     TreeCounts counts;
-    return top.SetOwnersBelow(bytes.data(), LinkedFiles::kPassOver, recorder, observer, counts);
+    return top.SetOwnersBelow(bytes.data(), LinkedFiles::kPassOver, TreeListMode::kWrite, recorder, observer,
+                              counts);
 }
 
 class SilentUndo : public UndoObserver {

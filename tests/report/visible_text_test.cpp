@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/visible_text.h"
+
 namespace permora {
 namespace {
 

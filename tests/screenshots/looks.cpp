@@ -15,6 +15,17 @@
 namespace permora {
 namespace {
 
+constexpr int kLargeLetters = 16;  // points
+
+QPalette ContrastPalette() {
+    QPalette palette(Qt::white, Qt::black, Qt::white, Qt::white, Qt::white, Qt::white, Qt::white, Qt::black,
+                     Qt::black);
+    palette.setColor(QPalette::Highlight, Qt::yellow);
+    palette.setColor(QPalette::HighlightedText, Qt::black);
+    QApplication::style()->polish(palette);
+    return palette;
+}
+
 // One scale in a process of its own, since the toolkit takes it at its start.
 bool TakeInChild(const std::string& folder, const char* scaleFactor, const char* scaleName,
                  const std::function<void(const Series&)>& take) {
@@ -27,9 +38,18 @@ bool TakeInChild(const std::string& folder, const char* scaleFactor, const char*
         char* arguments[] = {name, nullptr};
         const QtApplication application(argumentCount, arguments);
         const QPalette light = QApplication::palette();
-        for (const bool isDark : {false, true}) {
-            QApplication::setPalette(isDark ? DarkPalette() : light);
-            take({folder, std::string(isDark ? "-dark-" : "-light-") + scaleName});
+        const auto takeWith = [&](const char* theme, const QPalette& palette) {
+            QApplication::setPalette(palette);
+            take({folder, std::string("-") + theme + "-" + scaleName});
+        };
+        takeWith("light", light);
+        takeWith("dark", DarkPalette());
+        if (std::string(scaleFactor) == "1") {
+            takeWith("contrast", ContrastPalette());
+            QFont letters = QApplication::font();
+            letters.setPointSize(kLargeLetters);
+            QApplication::setFont(letters);
+            takeWith("letters", light);
         }
         std::exit(EXIT_SUCCESS);
     }

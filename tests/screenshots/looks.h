@@ -1,4 +1,5 @@
-// Pictures in all looks that count: by day and by night, at 100 % and at 200 %.
+// Pictures in all looks that count: by day and by night, at 100 % and at 200 %; in high contrast; with large
+// letters.
 #pragma once
 
 #include <QPalette>
@@ -20,7 +21,8 @@ struct Series {
 // Long enough for a window to be shown and to get the focus.
 inline constexpr int kMillisecondsToShow = 60;
 
-// Writes "<name>-<light|dark>-<100|200>.png". Ends the program when that fails.
+// Writes "<name>-<light|dark>-<100|200>.png", and contrast and letters at 100 %. Ends the program when that
+// fails.
 void Save(QWidget& widget, const std::string& name, const Series& series);
 
 // What a program does whose one argument is the folder for its pictures: runs `take` once for each look, with

@@ -26,6 +26,20 @@ TEST(AccessRows, ShowAllowAndDenyEntriesAndKeepTheIndexOfEach) {
               "4|Allow|HOST\\ada|Special|Inherited|\n");
 }
 
+TEST(AccessRows, AccountsOfOneNameAreToldApart) {
+    test::ServiceFakes services;
+    services.accounts = {{"S-1-5-32-544", "HOST", "ada", SidTypeUser},
+                         {"S-1-5-32-545", "HOST", "ada", SidTypeAlias},
+                         {"S-1-5-32-546", "HOST", "bea", SidTypeUser}};
+    AccessEntryList list = test::ListOf("(A;;FA;;;BA)(A;;FR;;;BU)(A;;FR;;;BG)(D;;FR;;;BG)(A;;FA;;;BA)");
+    std::string text;
+    for (const AccessRow& row : AccessRowsOf(list, AccountDisplayName))
+        text += row.name + '|';
+    EXPECT_EQ(text,
+              "HOST\\ada (S-1-5-32-544)|HOST\\ada (S-1-5-32-545)|HOST\\bea|HOST\\bea|"
+              "HOST\\ada (S-1-5-32-544)|");
+}
+
 TEST(AccessRows, EntriesThatANewListWillNotHaveAreCounted) {
     EXPECT_EQ(LossesRemark(0, 0), "");
     EXPECT_EQ(LossesRemark(2, 0), "2 entries of other types are not shown; applying drops them.");

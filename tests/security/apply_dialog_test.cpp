@@ -84,9 +84,14 @@ class ApplyDialog : public ::testing::Test {
 
     static int Run(std::vector<std::string> names) {
         const RememberedPlace place = RememberPlace(test::InCurrentFolder(std::move(names)));
-        ApplyDlg dialog(nullptr, Unrecorded());
+        const std::vector<ObjectPlace> places = PlacesOf(place.items, Contents::kToo);
+        ChangeResults results;
+        ApplyDlg dialog(nullptr, Unrecorded(), results);
         dialog.items = place.items;
-        return dialog.DoModal();
+        dialog.places = places;
+        const int result = dialog.DoModal();
+        EXPECT_EQ(results.RowCount(), 0U);
+        return result;
     }
 
     static constexpr const char* kOwnList = "D:PAI(A;;FA;;;WD)";

@@ -39,24 +39,25 @@ TEST(Outcome, IsSaidInABoxAndInALine) {
          "left in the new folder \"new\", it cannot go back: " + denied},
         {{ERROR_ACCESS_DENIED, Step::kCarryDown, "top\\a", "top"},
          reason + "\n\nThis is about \"top\\a\". \"top\" itself was changed.",
-         reason + "\n\nThis is about \"top\\a\". \"top\" itself was changed."},
+         reason},
         {{ERROR_ACCESS_DENIED, Step::kRecord, "docs"},
          "The change was stopped at \"docs\", because the history of changes cannot be written: " + denied +
              "\nWhat was changed before can be undone.",
          "the change was stopped here, because the history of changes cannot be written: " + reason +
              " What was changed before can be undone"},
-        {{ERROR_NOT_SAME_DEVICE, Step::kPassOverMounted, "top\\a", "", 2},
-         "Something is mounted on \"top\\a\" and on 2 more of the folders. What is mounted is a volume of "
-         "its own and was left as it is.",
-         "Something is mounted on \"top\\a\" and on 2 more of the folders. What is mounted is a volume of "
-         "its own and was left as it is."},
+        {{ERROR_NOT_SAME_DEVICE, Step::kPassOverMounted, "top\\a"},
+         "Something is mounted on \"top\\a\". What is mounted is a volume of its own and was left as it is.",
+         "something is mounted on it, which is a volume of its own"},
     };
     for (const auto& each : cases) {
         EXPECT_EQ(BoxText(each.outcome), each.box);
         EXPECT_EQ(LineText(each.outcome), each.line);
     }
-    EXPECT_TRUE(IsNamedInBox(Step::kRemoveFolder));
-    EXPECT_FALSE(IsNamedInBox(Step::kOpenFile));
+    EXPECT_EQ(NamedBoxText({ERROR_ACCESS_DENIED, Step::kRemoveFolder, "docs"}),
+              "Error: deleting \"docs\": " + denied);
+    EXPECT_EQ(NamedBoxText({ERROR_ACCESS_DENIED, Step::kNone, "docs"}), denied + "\ndocs");
+    EXPECT_EQ(NamedBoxText({ERROR_ACCESS_DENIED, Step::kCloseFile, "docs"}),
+              "Error: cannot close file\ndocs");
 }
 
 }  // namespace

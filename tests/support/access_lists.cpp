@@ -77,7 +77,7 @@ DWORD SetDescriptor(const std::string& hostPath, const nt::SecurityDescriptor& d
         error = object.WriteSecurity(parts, {owner.Sid(), group.Sid(), dacl.List(), sacl.List()}, nullptr,
                                      Unrecorded(), below);
     }
-    return error != ERROR_SUCCESS ? error : below.firstError;
+    return error != ERROR_SUCCESS || below.count == 0 ? error : below.named.begin()->second;
 }
 
 std::string DescriptorText(const std::string& hostPath, SECURITY_INFORMATION parts) {

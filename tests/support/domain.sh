@@ -316,6 +316,8 @@ RunWorld() {
     mkdir "$world/nss"
     cp "$kept/nss/libnss_winbind.so.2" "$world/nss/"
     export LD_LIBRARY_PATH=$world/nss
+    # For programs that look for leaks at their end.
+    export LSAN_OPTIONS="suppressions=$project/tests/support/leaks.supp:print_suppressions=0"
     MakeMachines
     [ -e "$image" ] || Provision "$users"
     flock --unlock 8 # by name, since the processes that were started have it too

@@ -93,6 +93,7 @@ class WindowDriver {
     void RightClickRow(unsigned int id, int row);
     void ToggleRowCheck(unsigned int id, int row);
     void ClickHeader(unsigned int id, int column);
+    void RightClickHeader(unsigned int id, int column);
 
     // ---- Sheets ----
 

@@ -1,5 +1,8 @@
 // WindowDriver's list views on the Qt back end.
+#include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QHeaderView>
+#include <optional>
 
 #include "framework/qt/list_painter.h"
 #include "framework/qt/list_widget.h"
@@ -119,14 +122,36 @@ void WindowDriver::ToggleRowCheck(unsigned int id, int row) {
     ClickWidget(*list->viewport(), Centre(box));
 }
 
+namespace {
+
+// Where to click a header that can be seen; nothing, and a failure, for another.
+std::optional<QPoint> MiddleOfHeader(const QHeaderView* header, int column) {
+    const bool isSeen = header != nullptr && header->isVisible() && column < header->count();
+    EXPECT_TRUE(isSeen) << "no header " << column;
+    if (!isSeen) return std::nullopt;
+    return QPoint(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
+                  header->height() / 2);
+}
+
+QHeaderView* HeaderOf(HWND window, unsigned int id) {
+    const auto* list = Control<ListWidget>(window, id);
+    return list != nullptr ? list->findChild<QHeaderView*>() : nullptr;
+}
+
+}  // namespace
+
 void WindowDriver::ClickHeader(unsigned int id, int column) {
-    auto* list = Control<ListWidget>(window, id);
-    auto* header = list != nullptr ? list->findChild<QHeaderView*>() : nullptr;
-    if (header == nullptr) return;
-    ASSERT_TRUE(header->isVisible() && column < header->count()) << "no header " << column;
-    const QPoint point(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
-                       header->height() / 2);
-    ClickWidget(*header->viewport(), point);
+    QHeaderView* header = HeaderOf(window, id);
+    if (const auto point = MiddleOfHeader(header, column)) ClickWidget(*header->viewport(), *point);
+}
+
+void WindowDriver::RightClickHeader(unsigned int id, int column) {
+    QHeaderView* header = HeaderOf(window, id);
+    const auto point = MiddleOfHeader(header, column);
+    if (!point) return;
+    QWidget& viewport = *header->viewport();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, *point, viewport.mapToGlobal(*point));
+    QCoreApplication::sendEvent(&viewport, &event);
 }
 
 }  // namespace permora::test

@@ -134,7 +134,8 @@ TEST(ModeComparison, FindsWhoIsLetInOtherwise) {
     for (const auto& row : rows) {
         const auto descriptor = nt::FromSddl(row.list, nullptr);
         ASSERT_TRUE(descriptor) << row.list;
-        const ServedFolder served{.share = "s", .path = {}, .by = row.by, .user = {}, .setting = {}};
+        ServedFolder served;
+        served.by = row.by;
         const HostPermissions permissions{row.owner, row.group, row.mode, {}};
         EXPECT_EQ(TextOf(CompareWithMode(*descriptor, permissions, row.kind, served, accounts)), row.found)
             << row.list << ' ' << std::oct << row.mode;
@@ -143,8 +144,9 @@ TEST(ModeComparison, FindsWhoIsLetInOtherwise) {
 
 TEST(ModeComparison, AServerThatWorksAsOneUserIsThatUser) {
     MadeUpAccounts accounts;
-    const ServedFolder served{
-        .share = "s", .path = {}, .by = ServedBy::kListAndHost, .user = User(kCarl), .setting = {}};
+    ServedFolder served;
+    served.by = ServedBy::kListAndHost;
+    served.user = User(kCarl);
     const auto descriptor = nt::FromSddl("D:P(A;;FR;;;WD)(A;;FA;;;S-1-22-1-1)", nullptr);
     const HostPermissions permissions{0, 0, 0600, {}};
     EXPECT_EQ(TextOf(CompareWithMode(*descriptor, permissions, nt::ObjectKind::kFile, served, accounts)),

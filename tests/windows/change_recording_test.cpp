@@ -155,9 +155,10 @@ TEST_F(ChangeRecording, WhatCannotBeRecordedIsNotWritten) {
         Held(objects.front()).WriteSecurity(kProtectedList, {.dacl = ListOf(list)}, nullptr, recorder, below),
         DWORD{ERROR_DISK_FULL});
     const nt::Sid nobody(5, {21, 1, 2, 3, 1001});
-    EXPECT_EQ(
-        Held(tree.Path()).SetOwnersBelow(RawSid(nobody), LinkedFiles::kChange, recorder, observer, counts),
-        DWORD{ERROR_DISK_FULL});
+    EXPECT_EQ(Held(tree.Path())
+                  .SetOwnersBelow(RawSid(nobody), LinkedFiles::kChange, TreeListMode::kWrite, recorder,
+                                  observer, counts),
+              DWORD{ERROR_DISK_FULL});
     EXPECT_EQ(counts.changed, 0U);
     EXPECT_EQ(Snapshot(), before);
 }
@@ -202,7 +203,9 @@ TEST_F(ChangeRecording, WhatIsSoAlreadyLeavesNoRecord) {
     const HeldObject object = Held(objects.front());
     ASSERT_EQ(object.ReadSecurity(OWNER_SECURITY_INFORMATION, parts), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(object.WriteOwner(parts.owner, recorder), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(Held(tree.Path()).SetOwnersBelow(parts.owner, LinkedFiles::kChange, recorder, observer, counts),
+    EXPECT_EQ(Held(tree.Path())
+                  .SetOwnersBelow(parts.owner, LinkedFiles::kChange, TreeListMode::kWrite, recorder, observer,
+                                  counts),
               DWORD{ERROR_SUCCESS});
     EXPECT_EQ(counts.unchanged, objects.size());
     EXPECT_THAT(recorder.tops, IsEmpty());

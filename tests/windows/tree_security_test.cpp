@@ -53,7 +53,9 @@ TEST_F(TreeSecurity, TheFolderItselfIsWhatCannotBeWalked) {
     EXPECT_EQ(Reset(tree.Path()), DWORD{ERROR_OPERATION_ABORTED});
     EXPECT_EQ(Held(tree.Path()).SetListsBelow(nullptr, TreeListMode::kWrite, Unrecorded(), observer, counts),
               DWORD{ERROR_INVALID_ACL});
-    EXPECT_EQ(Held(tree.Path()).SetOwnersBelow(nullptr, LinkedFiles::kChange, Unrecorded(), observer, counts),
+    EXPECT_EQ(Held(tree.Path())
+                  .SetOwnersBelow(nullptr, LinkedFiles::kChange, TreeListMode::kWrite, Unrecorded(), observer,
+                                  counts),
               DWORD{ERROR_INVALID_SID});
 }
 
@@ -81,7 +83,8 @@ TEST_F(TreeSecurity, AFileWithFurtherNamesKeepsItsOwner) {
     ASSERT_TRUE(CreateHardLinkA(tree.Path("sub\\second").c_str(), tree.Path("sub\\file").c_str(), nullptr));
     const nt::Sid nobody(5, {21, 1, 2, 3, 1001});
     EXPECT_EQ(Held(tree.Path("sub"))
-                  .SetOwnersBelow(RawSid(nobody), LinkedFiles::kPassOver, Unrecorded(), observer, counts),
+                  .SetOwnersBelow(RawSid(nobody), LinkedFiles::kPassOver, TreeListMode::kWrite, Unrecorded(),
+                                  observer, counts),
               DWORD{ERROR_SUCCESS});
     EXPECT_THAT(observer.passedOver,
                 UnorderedElementsAre(Pair("file", kHasFurtherNames), Pair("second", kHasFurtherNames)));

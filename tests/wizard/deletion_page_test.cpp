@@ -137,9 +137,18 @@ TEST_F(WizardDeletionPage, ListsWhatBecomesOfEachAndCountsWhatIsGone) {
                         "missing: cannot get attributes: " + GetSystemMessageText(ERROR_FILE_NOT_FOUND),
                         "last: deleted successefully", "", "Total deleted: 4"));
         EXPECT_FALSE(window.IsEnabled(SheetButton::kBack));
+        ui.ExpectDialog(IDD_CHANGE_RESULTS, [&](WindowDriver& results) {
+            EXPECT_EQ(results.Text(IDC_RESULTS_SUMMARY), "3 objects failed, 2 are done.");
+            std::filesystem::permissions("kept/readonly", std::filesystem::perms::owner_all);
+            ui.ExpectDialog(IDD_SECURE_DELETION);
+            results.Click(IDC_TRY_AGAIN);
+            EXPECT_EQ(results.Text(IDC_RESULTS_SUMMARY), "1 object failed, 4 are done.");
+            results.Press("Esc");
+        });
+        window.Click(IDC_SHOW_LEFT_OVER);
         window.Click(SheetButton::kFinish);
     });
-    EXPECT_TRUE(std::filesystem::exists("kept/readonly"));
+    EXPECT_FALSE(std::filesystem::exists("kept"));
     EXPECT_FALSE(std::filesystem::exists("top"));
     EXPECT_FALSE(std::filesystem::exists("last"));
 }

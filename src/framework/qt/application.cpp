@@ -50,6 +50,8 @@ QtApplication::QtApplication(int& argc, char** argv)
     // Closing the frame ends the program; closing a dialog without a frame does not.
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(new qt::DialogStyle);  // the application owns it
+    // The texts are English, and the templates are laid out for them.
+    QApplication::setLayoutDirection(Qt::LeftToRight);
     if (qt::HasSelections()) clipboard.offer = std::make_unique<qt::ClipboardOffer>();
     theToolkit = this;
     [[maybe_unused]] static const int kRegistered = on_exit(EndWithoutDisplay, nullptr);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "framework/frame_native.h"
+#include "framework/qt/elided_label.h"
 #include "framework/qt/image.h"
 #include "framework/qt/late_escape.h"
 #include "framework/qt/widget.h"
@@ -175,7 +176,7 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar, QStatusBa
             delete pane;
         panes.clear();
         for (const int width : widths) {
-            auto* pane = new QLabel(&Widget());
+            QLabel* pane = width == kStretch ? new qt::ElidedLabel(0, &Widget()) : new QLabel(&Widget());
             pane->setTextFormat(Qt::PlainText);
             Widget().addWidget(pane, width == kStretch ? 1 : 0);
             panes.append(pane);
@@ -188,7 +189,12 @@ class StatusBarWindow final : public qt::WidgetWindow<NativeStatusBar, QStatusBa
         }
     }
     void SetPaneWidth(int pane, int width) override { panes[pane]->setFixedWidth(width); }
-    void SetPane(int pane, const std::string& text) override { panes[pane]->setText(qt::ToQt(text)); }
+    void SetPane(int pane, const std::string& text) override {
+        if (auto* stretching = dynamic_cast<qt::ElidedLabel*>(panes[pane]))
+            stretching->Show(qt::ToQt(text));
+        else
+            panes[pane]->setText(qt::ToQt(text));
+    }
 
   private:
     QList<QLabel*> panes;

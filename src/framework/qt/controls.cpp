@@ -1,5 +1,4 @@
 #include <QButtonGroup>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QKeyEvent>
@@ -8,6 +7,7 @@
 #include <QSignalBlocker>
 #include <QStyleOptionFocusRect>
 
+#include "framework/qt/check_box.h"
 #include "framework/qt/dialog_style.h"
 #include "framework/qt/image.h"
 #include "framework/qt/line_edit.h"
@@ -213,6 +213,9 @@ class EditWindow final : public WidgetWindow<NativeEdit, QLineEdit> {
     std::string Text() const override { return FromQt(Widget().text()); }
     void StyleChanged(DWORD /*before*/) override { Widget().setReadOnly((style & ES_READONLY) != 0); }
     void SelectAll() override { Widget().selectAll(); }
+    void SelectStart(const std::string& start) override {
+        Widget().setSelection(0, static_cast<int>(ToQt(start).size()));
+    }
 
   private:
     // Without a border a field is a text that can be selected.
@@ -263,7 +266,7 @@ std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, cons
         case ControlKind::kPushButton:
             return Make<ButtonWindow, PushButton>(window, parent, spec);
         case ControlKind::kCheckBox:
-            return Make<ButtonWindow, QCheckBox>(window, parent, spec);
+            return Make<ButtonWindow, qt::CheckBox>(window, parent, spec);
         case ControlKind::kRadioButton:
             return Make<ButtonWindow, RadioButton>(window, parent, spec);
         case ControlKind::kGroupBox:

@@ -61,6 +61,16 @@ void DrawDarkOutline(QPainter& painter, const QStyleOption& option, bool isRound
     painter.restore();
 }
 
+// The style makes the edges of fields, lists and buttons of the window's colour, darker. A black window, as
+// in high contrast, would have none.
+bool LacksEdge(QStyle::PrimitiveElement element, const QStyleOption& option) {
+    if (option.palette.color(QPalette::Window) != QColor(Qt::black)) return false;
+    if (element == QStyle::PE_Frame) return true;
+    if (option.state.testFlag(QStyle::State_HasFocus)) return false;
+    return element == QStyle::PE_FrameLineEdit || element == QStyle::PE_FrameTabWidget ||
+           element == QStyle::PE_PanelButtonCommand;
+}
+
 // Gives disabled text a colour between those of text and background, unless its own differs more from both.
 // Some themes do not distinguish disabled text.
 void TellDisabledApart(QPalette& palette, QPalette::ColorRole textRole, QPalette::ColorRole groundRole) {
@@ -218,7 +228,7 @@ void DialogStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* op
     if (frame) option = &*frame;
     if (button) option = &*button;
     QProxyStyle::drawPrimitive(element, option, painter, widget);
-    if (element == PE_IndicatorCheckBox || element == PE_IndicatorRadioButton)
+    if (element == PE_IndicatorCheckBox || element == PE_IndicatorRadioButton || LacksEdge(element, *option))
         DrawDarkOutline(*painter, *option, element == PE_IndicatorRadioButton);
 }
 
@@ -241,6 +251,9 @@ void DialogStyle::drawComplexControl(ComplexControl control, const QStyleOptionC
     const auto combo = control == CC_ComboBox ? WithVisibleFocus<QStyleOptionComboBox>(option) : std::nullopt;
     QProxyStyle::drawComplexControl(control, combo ? &*combo : option, painter, widget);
     if (combo) DrawFocusInside(*painter, *this, *combo, widget);
+    // It is drawn as a button is, but not as an element of its own.
+    if (control == CC_ComboBox && LacksEdge(PE_PanelButtonCommand, *option))
+        DrawDarkOutline(*painter, *option, false);
 }
 
 void AlignToTop(QWidget& checkBox) {

@@ -3,6 +3,8 @@
 #include <QDialog>
 #include <QEventLoop>
 #include <QKeyEvent>
+#include <QScreen>
+#include <QStyle>
 
 #include "framework/native.h"
 #include "framework/qt/paint.h"
@@ -12,6 +14,8 @@
 
 namespace permora {
 namespace {
+
+constexpr int kFrameWidth = 4;  // of most desktops' windows
 
 // The template places the controls; the shared half has the rules for the keyboard.
 class DialogWidget : public QDialog {
@@ -82,7 +86,8 @@ class DialogWindow final : public PaintedWindow<NativeDialog> {
         PaintedWindow::SetText(text);
         qt::SetTitle(Widget(), text);
     }
-    void SetClientSize(Size size) override { Widget().setFixedSize(size.cx, size.cy); }
+    void SetClientSize(Size size, Sizing sizing) override;
+    void Enlarge(Size client) override;
     void SetTabOrder(std::span<CWnd* const> controls) override {
         for (std::size_t i = 1; i < controls.size(); ++i)
             QWidget::setTabOrder(qt::WidgetOf(*controls[i - 1]), qt::WidgetOf(*controls[i]));
@@ -110,9 +115,33 @@ class DialogWindow final : public PaintedWindow<NativeDialog> {
     }
 
   private:
+    QSize ScreenRoom() const;
+
     QEventLoop* loop = nullptr;
     bool hasEnded = false;
 };
+
+// The room for a window's contents.
+QSize DialogWindow::ScreenRoom() const {
+    const int title = Widget().style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, &Widget());
+    return Widget().screen()->availableSize() - QSize(2 * kFrameWidth, title + kFrameWidth);
+}
+
+void DialogWindow::Enlarge(Size client) {
+    Widget().resize(QSize(client.cx, client.cy).boundedTo(ScreenRoom()).expandedTo(Widget().minimumSize()));
+}
+
+void DialogWindow::SetClientSize(Size size, Sizing sizing) {
+    if (sizing == Sizing::kFixed) {
+        Widget().setFixedSize(size.cx, size.cy);
+        return;
+    }
+    const QSize least = QSize(size.cx, size.cy).boundedTo(ScreenRoom());
+    const bool hasSize = Widget().testAttribute(Qt::WA_Resized);
+    Widget().setMinimumSize(least);
+    Widget().setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    Widget().resize(hasSize ? Widget().size().expandedTo(least) : least);
+}
 
 }  // namespace
 

@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include "framework/list_selection.h"
+#include "framework/qt/shown_text.h"
 #include "framework/qt/widget.h"
 
 namespace permora::qt {
@@ -43,11 +44,11 @@ class RowAccessible : public QAccessibleInterface, public QAccessibleActionInter
 QString RowAccessible::text(QAccessible::Text kind) const {
     const CListCtrl& list = *widget.List();
     if (kind != QAccessible::Name) return {};
-    QStringList parts{ToQt(list.Rows().Text(row, 0))};
+    QStringList parts{ShownText(ToQt(list.Rows().Text(row, 0)))};
     if (list.GetView() != ListView::kReport) return parts.first();
     for (std::size_t i = 1; i < list.Columns().size(); ++i) {
         const std::string text = list.Rows().Text(row, static_cast<int>(i));
-        if (!text.empty()) parts << ToQt(list.Columns()[i].header + ": " + text);
+        if (!text.empty()) parts << ShownText(ToQt(list.Columns()[i].header + ": " + text));
     }
     return parts.join(QStringLiteral(", "));
 }
@@ -83,7 +84,9 @@ void* RowAccessible::interface_cast(QAccessible::InterfaceType type) {
 
 QStringList RowAccessible::actionNames() const {
     if (!isValid() || !widget.isEnabled()) return {};
-    return HasCheckBox() ? QStringList{pressAction(), toggleAction()} : QStringList{pressAction()};
+    const bool isFixed = widget.List()->HasExtendedStyle(ListStyle::kFixedMarks);
+    return HasCheckBox() && !isFixed ? QStringList{pressAction(), toggleAction()}
+                                     : QStringList{pressAction()};
 }
 
 void RowAccessible::doAction(const QString& name) {
@@ -103,6 +106,7 @@ class ListAccessible : public QAccessibleWidget {
     ~ListAccessible() override { ForgetRows(); }
 
     int childCount() const override { return list.List()->Rows().Count(); }
+    QString text(QAccessible::Text kind) const override;
     QAccessibleInterface* child(int index) const override;
     int indexOfChild(const QAccessibleInterface* child) const override;
     QAccessibleInterface* childAt(int x, int y) const override;
@@ -114,6 +118,11 @@ class ListAccessible : public QAccessibleWidget {
     // Made at the first request: most rows of a long list are never requested.
     mutable QHash<int, QAccessible::Id> rows;
 };
+
+QString ListAccessible::text(QAccessible::Text kind) const {
+    const QString empty = kind == QAccessible::Description ? ToQt(list.List()->EmptyText()) : QString();
+    return empty.isEmpty() ? QAccessibleWidget::text(kind) : empty;
+}
 
 QAccessibleInterface* ListAccessible::child(int index) const {
     if (!list.List()->Rows().Has(index)) return nullptr;

@@ -1,5 +1,7 @@
 #include "framework/qt/list_header.h"
 
+#include <QContextMenuEvent>
+
 #include "framework/list_styles.h"
 #include "framework/qt/widget.h"
 
@@ -33,6 +35,8 @@ ListHeader::ListHeader(CListCtrl& shown, QWidget* parent)
     connect(this, &QHeaderView::sectionResized, this, [this](int section, int /*before*/, int width) {
         if (!isRefreshing) list.SetColumnWidth(section, width);
     });
+    connect(this, &QHeaderView::sectionHandleDoubleClicked, this,
+            [this](int /*section*/) { list.FitColumnsAgain(); });
     connect(this, &QHeaderView::sectionClicked, this,
             [this](int section) { list.ReportColumnClick(section); });
     Refresh();
@@ -40,6 +44,11 @@ ListHeader::ListHeader(CListCtrl& shown, QWidget* parent)
 
 ListHeader::~ListHeader() {
     setModel(nullptr);  // the model goes before the header's own half
+}
+
+void ListHeader::contextMenuEvent(QContextMenuEvent* event) {
+    const QPoint point = mapToParent(event->pos());
+    list.ReportHeaderMenu({point.x(), point.y()});
 }
 
 void ListHeader::Refresh() {

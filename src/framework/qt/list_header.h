@@ -15,6 +15,11 @@ class ListHeader : public QHeaderView {
     ~ListHeader() override;
     // The list's columns or its style changed.
     void Refresh();
+    // How much room the column's text needs.
+    int TextWidth(int column) const { return sectionSizeFromContents(column).width(); }
+
+  protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
   private:
     class Model : public QAbstractTableModel {

@@ -8,6 +8,7 @@
 #include "framework/list_styles.h"
 #include "framework/qt/dialog_style.h"
 #include "framework/qt/image.h"
+#include "framework/qt/shown_text.h"
 #include "framework/qt/widget.h"
 
 namespace permora::qt {
@@ -18,12 +19,20 @@ constexpr int kIndentStep = 16;    // of one level of a tree
 constexpr int kIconPadding = 6;    // above and below a large icon
 constexpr int kLabelLines = 2;     // under a large icon
 constexpr int kLabelLetters = 14;  // the width of a label under a large icon
-// The number of rows whose texts are measured for the common width. In longer lists, the longest text
-// decides.
+// The number of rows whose texts are measured for the width of a cell or a column. For the common width of
+// cells in longer lists, the longest text decides.
 constexpr int kMeasuredRows = 256;
 
 QRect Centred(const QSize& size, const QRect& area) {
     return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, area);
+}
+
+QPen Dimmed(QPen pen) {
+    constexpr float kDimmed = 0.6F;
+    QColor colour = pen.color();
+    colour.setAlphaF(kDimmed);
+    pen.setColor(colour);
+    return pen;
 }
 
 }  // namespace
@@ -49,11 +58,23 @@ int ListPainter::RowHeight() const {
 
 int ListPainter::WidestLabel() const {
     const QFontMetrics metrics = widget.fontMetrics();
-    int widest = metrics.horizontalAdvance(ToQt(list.Rows().LongestText()));
+    int widest = metrics.horizontalAdvance(ShownText(ToQt(list.Rows().LongestText())));
     const int measured = std::min(list.Rows().Count(), kMeasuredRows);
     for (int row = 0; row < measured; ++row)
-        widest = std::max(widest, metrics.horizontalAdvance(Text(row, 0)));
+        widest = std::max(widest, metrics.horizontalAdvance(ShownText(Text(row, 0))));
     return widest;
+}
+
+int ListPainter::ColumnTextWidth(int column) const {
+    const QFontMetrics metrics = widget.fontMetrics();
+    const int start = column == 0 ? PartsOf({0, 0, 0, RowHeight()}).label.left() : 0;
+    int widest = 0;
+    const int measured = std::min(list.Rows().Count(), kMeasuredRows);
+    for (int row = 0; row < measured; ++row) {
+        const int indent = column == 0 ? list.Rows().Indent(row) * kIndentStep : 0;
+        widest = std::max(widest, start + indent + metrics.horizontalAdvance(ShownText(Text(row, column))));
+    }
+    return widest + 2 * kCellMargin;
 }
 
 QSize ListPainter::CellSize(const QSize& available) const {
@@ -121,7 +142,7 @@ QRect ListPainter::CheckBox(const QRect& cell) const {
 // The rectangle of the text with some space around, within the cell.
 QRect ListPainter::TextRect(int row, const QRect& label) const {
     const QFontMetrics metrics = widget.fontMetrics();
-    const int advance = metrics.horizontalAdvance(Text(row, 0));
+    const int advance = metrics.horizontalAdvance(ShownText(Text(row, 0)));
     if (view == ListView::kIcons) {
         if (advance > label.width()) return label.adjusted(-kCellMargin, 0, kCellMargin, 0);
         const int width = advance + 2 * kCellMargin;
@@ -137,7 +158,7 @@ QString ListPainter::CutText(int row, const QRect& cell, int x) const {
     for (std::size_t i = 0; i < list.Columns().size(); ++i) {
         const int right = left + list.Columns()[i].width;
         if (x < right) {
-            const QString text = Text(row, static_cast<int>(i));
+            const QString text = ShownText(Text(row, static_cast<int>(i)));
             const int start = i == 0 ? LabelOf(row, cell).left() : left;
             const bool fits = widget.fontMetrics().horizontalAdvance(text) <= right - start - 2 * kCellMargin;
             return fits ? QString() : text;
@@ -153,8 +174,10 @@ QRect ListPainter::HotPart(int row, const QRect& cell) const {
     return parts.check.united(parts.icon).united(TextRect(row, LabelOf(row, cell)));
 }
 
+// Also while another window has the keyboard that the list will get back: a question may be about the
+// selection.
 bool ListPainter::ShowsSelection() const {
-    return widget.hasFocus() || (list.GetStyle() & LVS_SHOWSELALWAYS) != 0;
+    return widget.window()->focusWidget() == &widget || (list.GetStyle() & LVS_SHOWSELALWAYS) != 0;
 }
 
 QPalette::ColorGroup ListPainter::ColourGroup() const {
@@ -166,9 +189,17 @@ QString ListPainter::Text(int row, int column) const {
     return ToQt(list.Rows().Text(row, column));
 }
 
+// Most palettes have one colour for lists with and without the keyboard.
+bool ListPainter::HasInactiveColour() const {
+    const QPalette palette = widget.palette();
+    return palette.color(QPalette::Inactive, QPalette::Highlight) !=
+           palette.color(QPalette::Active, QPalette::Highlight);
+}
+
 void ListPainter::SetTextColour(QPainter& painter, bool isHighlighted) const {
+    const bool isOnColour = isHighlighted && (widget.hasFocus() || HasInactiveColour());
     painter.setPen(
-        widget.palette().color(ColourGroup(), isHighlighted ? QPalette::HighlightedText : QPalette::Text));
+        widget.palette().color(ColourGroup(), isOnColour ? QPalette::HighlightedText : QPalette::Text));
 }
 
 void ListPainter::Paint(QPainter& painter, int row, const QRect& cell) const {
@@ -223,7 +254,15 @@ void ListPainter::PaintIcon(QPainter& painter, int row, const QRect& rect) const
 }
 
 void ListPainter::PaintSelection(QPainter& painter, const QRect& rect) const {
-    painter.fillRect(rect, widget.palette().brush(ColourGroup(), QPalette::Highlight));
+    const QPalette palette = widget.palette();
+    if (widget.hasFocus() || HasInactiveColour()) {
+        painter.fillRect(rect, palette.brush(ColourGroup(), QPalette::Highlight));
+        return;
+    }
+    constexpr float kTint = 0.25F;
+    QColor grey = palette.color(ColourGroup(), QPalette::Text);
+    grey.setAlphaF(kTint);
+    painter.fillRect(rect, grey);
 }
 
 void ListPainter::PaintFocus(QPainter& painter, const QRect& rect) const {
@@ -239,20 +278,34 @@ void ListPainter::PaintFocus(QPainter& painter, const QRect& rect) const {
 void ListPainter::PaintLine(QPainter& painter, const QRect& room, const QString& text,
                             Qt::AlignmentFlag side) const {
     const QFontMetrics metrics = widget.fontMetrics();
-    int width = metrics.horizontalAdvance(text);
-    QString shown = text;
-    if (width > room.width()) {
-        shown = metrics.elidedText(text, Qt::ElideRight, room.width());
-        width = room.width();
+    const QList<TextPiece> pieces = PiecesOf(text);
+    int width = 0;
+    for (const TextPiece& piece : pieces)
+        width += metrics.horizontalAdvance(piece.text);
+    width = std::min(width, room.width());
+    const int start = side == Qt::AlignHCenter ? room.left() + (room.width() - width) / 2 : room.left();
+    const int baseline = room.top() + (room.height() - metrics.height()) / 2 + metrics.ascent();
+    const QPen pen = painter.pen();
+    int left = start;
+    for (const TextPiece& piece : pieces) {
+        const int remaining = start + room.width() - left;
+        painter.setPen(piece.isEscape ? Dimmed(pen) : pen);
+        const int advance = metrics.horizontalAdvance(piece.text);
+        if (advance > remaining) {
+            painter.drawText(left, baseline, metrics.elidedText(piece.text, Qt::ElideRight, remaining));
+            break;
+        }
+        painter.drawText(left, baseline, piece.text);
+        left += advance;
     }
-    const int left = side == Qt::AlignHCenter ? room.left() + (room.width() - width) / 2 : room.left();
-    painter.drawText(left, room.top() + (room.height() - metrics.height()) / 2 + metrics.ascent(), shown);
+    painter.setPen(pen);
 }
 
 void ListPainter::PaintWrapped(QPainter& painter, const QRect& rect, const QString& text) const {
     const int lineHeight = widget.fontMetrics().height();
     QRect line(rect.left(), rect.top(), rect.width(), lineHeight);
-    if (widget.fontMetrics().horizontalAdvance(text) <= rect.width()) {
+    const bool isOrdinary = PiecesOf(text).size() == 1;
+    if (!isOrdinary || widget.fontMetrics().horizontalAdvance(text) <= rect.width()) {
         PaintLine(painter, line, text, Qt::AlignHCenter);
         return;
     }

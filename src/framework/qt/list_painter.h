@@ -16,6 +16,8 @@ class ListPainter {
 
     // The size of the cells, when `available` is the visible area.
     QSize CellSize(const QSize& available) const;
+    // The room that the texts of a report's column need; in long lists, those of the first rows.
+    int ColumnTextWidth(int column) const;
     void Paint(QPainter& painter, int row, const QRect& cell) const;
     // The parts of a cell, in its coordinates. A click on the hot part is a click on the row.
     QRect CheckBox(const QRect& cell) const;  // empty when there are no check boxes
@@ -38,6 +40,7 @@ class ListPainter {
     int FirstColumnWidth(const QRect& cell) const;
     QRect TextRect(int row, const QRect& label) const;
     bool ShowsSelection() const;
+    bool HasInactiveColour() const;
     QPalette::ColorGroup ColourGroup() const;
     QString Text(int row, int column) const;
 

@@ -7,6 +7,7 @@
 #include <QStyle>
 #include <QStyleOptionRubberBand>
 #include <algorithm>
+#include <utility>
 
 #include "framework/list_styles.h"
 #include "framework/qt/list_accessible.h"
@@ -39,18 +40,20 @@ void ListWidget::MarkForLayout() {
 void ListWidget::RowsChanged() {
     EndBand();
     press.selectsOnRelease = false;  // the pressed row may be another now
+    hasOtherRows = true;
     MarkForLayout();
 }
 
 void ListWidget::RowStateChanged(int row) {
-    if (needsLayout) return;
+    if (hasOtherRows) return;
     Update(row);
     NotifyStateChanged(*this, row);
 }
 
 void ListWidget::RowTextChanged(int row) {
-    const bool isSizedByText = list->GetView() == ListView::kList || list->GetView() == ListView::kSmallIcons;
-    if (isSizedByText)
+    const ListView view = list->GetView();
+    const bool fitsColumns = view == ListView::kReport && list->FitsColumns();
+    if (fitsColumns || view == ListView::kList || view == ListView::kSmallIcons)
         MarkForLayout();
     else
         Update(row);
@@ -86,26 +89,41 @@ void ListWidget::LayOutHeader() {
     header->setGeometry(area.left(), area.top() - height, area.width(), height);
 }
 
+// What each column of a report needs for its texts; nothing where the widths are given.
+std::vector<int> ListWidget::ColumnTexts() const {
+    std::vector<int> widths;
+    if (list->GetView() != ListView::kReport || !list->FitsColumns()) return widths;
+    const ListPainter painter(*this, *list);
+    for (int column = 0; column < static_cast<int>(list->Columns().size()); ++column) {
+        const int title = header->isHidden() ? 0 : header->TextWidth(column);
+        widths.push_back(std::max(title, painter.ColumnTextWidth(column)));
+    }
+    return widths;
+}
+
 // A scroll bar takes room from the contents, so one may make the other necessary.
 void ListWidget::LayOut() {
     if (!needsLayout || list == nullptr) return;
     needsLayout = false;
     const QSize whole = maximumViewportSize();
-    const QSize cell = ListPainter(*this, *list).CellSize(whole);
+    const std::vector<int> texts = ColumnTexts();
     const QSize bars(verticalScrollBar()->sizeHint().width(), horizontalScrollBar()->sizeHint().height());
     bool hasVertical = false;
     bool hasHorizontal = false;
     QSize client;
     for (int pass = 0; pass < 3; ++pass) {
         client = whole - QSize(hasVertical ? bars.width() : 0, hasHorizontal ? bars.height() : 0);
+        if (!texts.empty()) list->FitColumnsTo(texts, client.width());
+        const QSize cell = ListPainter(*this, *list).CellSize(whole);
         layout = ListLayout(list->GetView(), list->Rows().Count(), {cell.width(), cell.height()},
                             {client.width(), client.height()});
         const Size content = layout.ContentSize();
         hasVertical = hasVertical || content.cy > client.height();
         hasHorizontal = hasHorizontal || content.cx > client.width();
     }
+    if (!texts.empty()) header->Refresh();
     SetScrollRanges(client);
-    NotifyRowsChanged(*this);
+    if (std::exchange(hasOtherRows, false)) NotifyRowsChanged(*this);
 }
 
 void ListWidget::SetScrollRanges(const QSize& client) {
@@ -199,12 +217,22 @@ void ListWidget::paintEvent(QPaintEvent* event) {
         const QRect cell = ToQt(layout.Cell(row));
         if (cell.intersects(area)) rowPainter.Paint(painter, row, cell.translated(-ScrollOffset()));
     }
+    PaintEmptyText(painter);
     if (!band) return;
     QStyleOptionRubberBand option;
     option.initFrom(viewport());
     option.rect = QRect(band->start, band->end).normalized().translated(-ScrollOffset());
     option.shape = QRubberBand::Rectangle;
     style()->drawControl(QStyle::CE_RubberBand, &option, &painter, viewport());
+}
+
+// In full colour even where the list is disabled: it is there to be read.
+void ListWidget::PaintEmptyText(QPainter& painter) const {
+    constexpr int kMargin = 8;
+    painter.setPen(palette().color(QPalette::Active, QPalette::Text));
+    painter.drawText(viewport()->rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
+                     static_cast<int>(Qt::AlignLeft | Qt::AlignTop) | Qt::TextWordWrap,
+                     ToQt(list->EmptyText()));
 }
 
 void ListWidget::resizeEvent(QResizeEvent* /*event*/) {

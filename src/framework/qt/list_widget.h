@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "framework/list_layout.h"
 #include "framework/list_native.h"
@@ -69,11 +70,13 @@ class ListWidget : public QAbstractScrollArea, public ListDisplay {
     };
 
     void MarkForLayout();
+    std::vector<int> ColumnTexts() const;
     void LayOut();
     void LayOutHeader();
     void SetScrollRanges(const QSize& client);
     QPoint ScrollOffset() const;
     void Update(int row);
+    void PaintEmptyText(QPainter& painter) const;
     void ShowTip(const QPoint& viewportPoint, const QPoint& globalPoint);
     bool IsOnCheckBox(int row, const QPoint& viewportPoint);
     Point ClientPoint(const QPoint& viewportPoint) const;
@@ -93,6 +96,7 @@ class ListWidget : public QAbstractScrollArea, public ListDisplay {
     ListHeader* header = nullptr;  // a child widget
     ListLayout layout;
     bool needsLayout = true;
+    bool hasOtherRows = false;  // since the last layout
     Press press;
     std::optional<Band> band;
     QBasicTimer bandScroll;  // runs while a frame is drawn beyond the edge

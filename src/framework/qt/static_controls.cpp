@@ -1,9 +1,13 @@
 #include "framework/qt/static_controls.h"
 
+#include <QAbstractButton>
+#include <QHelpEvent>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QProgressBar>
 #include <QStyle>
+#include <QToolTip>
 
 #include "framework/qt/image.h"
 #include "framework/qt/widget.h"
@@ -29,7 +33,8 @@ int TextFlags(DWORD style) {
 }
 
 // Draws tabs and mnemonics by the template's style, which the toolkit's label cannot. Assistive technology
-// and the keyboard use the toolkit's label.
+// and the keyboard use the toolkit's label. With SS_NOTIFY the mouse reaches it: it shows the tip of the
+// button that it labels, and a click presses that.
 class TextLabel : public QLabel {
   public:
     TextLabel(QWidget* parent, DWORD style) : QLabel(parent), flags(TextFlags(style)) {
@@ -40,6 +45,19 @@ class TextLabel : public QLabel {
     void paintEvent(QPaintEvent* /*event*/) override {
         QPainter painter(this);
         style()->drawItemText(&painter, rect(), flags, palette(), isEnabled(), text(), foregroundRole());
+    }
+    bool event(QEvent* event) override {
+        if (event->type() != QEvent::ToolTip || buddy() == nullptr) return QLabel::event(event);
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), buddy()->toolTip(), this);
+        return true;
+    }
+    void mousePressEvent(QMouseEvent* event) override { event->accept(); }
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        auto* button = dynamic_cast<QAbstractButton*>(buddy());
+        const bool isClick = event->button() == Qt::LeftButton && rect().contains(event->pos());
+        if (button == nullptr || !isClick || !button->isEnabled()) return;
+        button->setFocus(Qt::MouseFocusReason);
+        button->click();
     }
 
   private:
@@ -71,12 +89,13 @@ class PictureLabel : public QLabel {
     QIcon icon;
 };
 
-// A control without input: the mouse reaches the window behind it.
+// A control without input: the mouse reaches the window behind it, unless it is a text with SS_NOTIFY.
 class StaticWindow final : public WidgetWindow<NativeWindow> {
   public:
     StaticWindow(CWnd& window, std::unique_ptr<QFrame> made, const ControlSpec& spec)
         : WidgetWindow(window, std::move(made)) {
-        Widget().setAttribute(Qt::WA_TransparentForMouseEvents);
+        const bool takesMouse = spec.kind == ControlKind::kStaticText && (spec.style & SS_NOTIFY) != 0;
+        Widget().setAttribute(Qt::WA_TransparentForMouseEvents, !takesMouse);
         SetText(spec.text);
     }
     void SetText(const std::string& text) override {

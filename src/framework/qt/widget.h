@@ -82,12 +82,14 @@ class WidgetWindow : public Kind {
     bool HasFocus() const override { return widget->hasFocus(); }
     Rect ScreenRect() const override { return ScreenRectOf(*widget); }
     Rect ClientRect() const override { return {0, 0, widget->width(), widget->height()}; }
+    Rect RectInParent() const override { return FromQt(widget->geometry()); }
     void Move(const Rect& rect) override { MoveTo(*widget, rect); }
     Size PreferredSize() const override {
         const QSize hint = widget->sizeHint();
         return {hint.width(), hint.height()};
     }
     void SetAccessibleName(const std::string& name) override { widget->setAccessibleName(ToQt(name)); }
+    void SetToolTip(const std::string& text) override { widget->setToolTip(ToQt(text)); }
 
   protected:
     Own& Widget() const { return *widget; }

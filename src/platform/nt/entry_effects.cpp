@@ -128,4 +128,22 @@ std::vector<std::optional<std::size_t>> FindHandedDown(const SecurityDescriptor&
     return found;
 }
 
+bool LetsNobodyIn(const SecurityDescriptor& descriptor) {
+    static const Sid kEveryone(1, {0});
+    if (descriptor.daclState != DaclState::kList) return false;
+    std::uint32_t denied = 0;
+    for (const Ace& entry : descriptor.dacl.entries) {
+        if ((entry.flags & kInheritOnly) != 0) continue;
+        if (entry.type == kAccessDeniedType && entry.sid == kEveryone)
+            denied |= entry.mask;
+        else if (IsAllowType(entry.type) && (entry.mask & ~denied) != 0)
+            return false;
+    }
+    return true;
+}
+
+bool IsInheritedIn(const SecurityDescriptor& descriptor, const Ace& entry) {
+    return !descriptor.IsDaclProtected() && (entry.flags & kInherited) != 0;
+}
+
 }  // namespace permora::nt

@@ -28,6 +28,13 @@ void AddEffects(const Ace& entry, ObjectKind kind, EntryEffects& effects);
 // do, since a later change of the owner leaves the entry as it is.
 bool IsSameEffect(const Ace& found, const Ace& expected);
 
+// Whether the list lets nobody in: it allows nothing on the object itself, or denies it to Everyone before.
+// The owner may still change it.
+bool LetsNobodyIn(const SecurityDescriptor& descriptor);
+
+// Whether the entry came from the folder above: not in a list that is protected and inherits nothing.
+bool IsInheritedIn(const SecurityDescriptor& descriptor, const Ace& entry);
+
 // For each entry of the object, the index of the entry of its folder's list `above` that hands it down.
 // Nothing for entries that are not marked inherited, and for those that the folder does not hand down, as
 // after a move. Of several that hand down the same, each serves one of the object's entries before any

@@ -115,6 +115,31 @@ DWORD HeldObject::ReadAbove(SECURITY_INFORMATION information, ReadParts& parts) 
     return ERROR_SUCCESS;
 }
 
+DWORD HeldObject::FindObstacle(SECURITY_INFORMATION information) const {
+    UniqueHandle object;
+    const DWORD error = WithPrivileges(kChangingPrivileges, [&] {
+        return OpenAgain(inside->object.get(), WritingAccess(information), object);
+    });
+    return error == ERROR_ACCESS_DENIED || error == ERROR_WRITE_PROTECT ? error : ERROR_SUCCESS;
+}
+
+DWORD HeldObject::PreviewSecurity(SECURITY_INFORMATION information, const NewParts& parts,
+                                  SecurityPreview& preview) const {
+    SecurityChange change;
+    SecurityPreview made;
+    UniqueHandle object;
+    DWORD error = TakeChange(information, parts, change);
+    if (error == ERROR_SUCCESS && change.Has(SACL_SECURITY_INFORMATION)) error = ERROR_NOT_SUPPORTED;
+    if (error == ERROR_SUCCESS) {
+        error = WithPrivileges(kReadingPrivileges, [&] {
+            return OpenAgain(inside->object.get(), READ_CONTROL | FILE_READ_ATTRIBUTES, object);
+        });
+    }
+    if (error == ERROR_SUCCESS) error = MakeChanged(object.get(), change, made.before, made.after);
+    if (error == ERROR_SUCCESS) preview = std::move(made);
+    return error;
+}
+
 DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
                                 PSECURITY_DESCRIPTOR expected, ChangeRecorder& recorder,
                                 FailuresBelow& below) const {

@@ -19,6 +19,10 @@ std::string PathFromTyped(const std::string& text) {
     return text;
 }
 
+std::string HostPathFromPath(const std::string& path) {
+    return path;
+}
+
 std::string PathBelowArgument(const std::string& argument, std::string_view below) {
     if (below.empty()) return argument;
     const bool endsWithSeparator = argument.find_last_of(kSeparators) + 1 == argument.size();

@@ -1,5 +1,7 @@
 #include "platform/windows/list_propagation.h"
 
+#include <utility>
+
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/security_change.h"
@@ -13,12 +15,7 @@ class FailureCount : public TreeObserver {
     explicit FailureCount(FailuresBelow& found) : failures(found) {}
 
     bool Begin(const char* /*name*/) override { return true; }
-    // In the order of the paths.
-    void PassOver(const std::string& path, DWORD error) override {
-        if (failures.count++ > 0) return;
-        failures.firstError = error;
-        failures.firstPath = path;
-    }
+    void PassOver(const std::string& path, DWORD error) override { failures.Add(path, error); }
 
   private:
     FailuresBelow& failures;
@@ -26,8 +23,9 @@ class FailureCount : public TreeObserver {
 
 class ListPropagation : public TreeChange {
   public:
-    ListPropagation(const nt::Acl& list, RecordedTop& top, TreeObserver& listener, TreeCounts& totals)
-        : TreeChange(DACL_SECURITY_INFORMATION, TreeListMode::kWrite, top, listener, totals), handed(list) {}
+    ListPropagation(const nt::Acl& list, TreeListMode writing, RecordedTop& top, TreeObserver& listener,
+                    TreeCounts& totals)
+        : TreeChange(DACL_SECURITY_INFORMATION, writing, top, listener, totals), handed(list) {}
 
   private:
     DWORD Begin(HANDLE /*top*/, WalkedFolder& folder) override {
@@ -56,12 +54,17 @@ DWORD PropagateList(HANDLE folder, const nt::Acl& list, RecordedTop& top, Failur
     FailuresBelow failures;
     FailureCount observer(failures);
     TreeCounts counts;
-    const DWORD error = ListPropagation(list, top, observer, counts).Run(folder);
+    const DWORD error = ListPropagation(list, TreeListMode::kWrite, top, observer, counts).Run(folder);
     if (top.Error() != ERROR_SUCCESS) return top.Error();
     // The folder has the list, and cannot be listed.
-    if (error != ERROR_SUCCESS) failures = {failures.count + 1, error, {}};
-    below = failures;
+    if (error != ERROR_SUCCESS) failures.Add({}, error);
+    below = std::move(failures);
     return ERROR_SUCCESS;
+}
+
+DWORD CountPropagation(HANDLE folder, const nt::Acl& list, TreeObserver& observer, TreeCounts& counts) {
+    RecordedTop top(Unrecorded(), folder, true);
+    return ListPropagation(list, TreeListMode::kCountOnly, top, observer, counts).Run(folder);
 }
 
 }  // namespace permora

@@ -3,6 +3,7 @@
 
 #include "platform/held_object.h"
 #include "platform/nt/acl.h"
+#include "platform/tree_security.h"
 #include "platform/windows/changed_top.h"
 
 namespace permora {
@@ -13,5 +14,9 @@ namespace permora {
 // were, and the walk goes on; `below` has the failures. Another result than 0 is the failure of a record,
 // which ends the walk.
 DWORD PropagateList(HANDLE folder, const nt::Acl& list, RecordedTop& top, FailuresBelow& below);
+
+// Counts what PropagateList would do, by the same walk, and writes nothing. The result is that of
+// HeldObject::SetListsBelow.
+DWORD CountPropagation(HANDLE folder, const nt::Acl& list, TreeObserver& observer, TreeCounts& counts);
 
 }  // namespace permora

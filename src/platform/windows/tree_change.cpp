@@ -97,6 +97,10 @@ DWORD TreeChange::Visit(const FoundEntry& entry) {
     const bool isChanged = error == ERROR_SUCCESS && found.after != found.before;
     const bool isWritten = isChanged && mode == TreeListMode::kWrite;
     if (error == ERROR_SUCCESS && !isWritten) ++(isChanged ? counts.changed : counts.unchanged);
+    if (isChanged && !isWritten) {
+        if (!LostOwnEntries(found.before, found.after).empty()) ++counts.losingOwn;
+        if (IsEmptiedBy(found.before, found.after)) ++counts.emptied;
+    }
     if (found.inside && wayOn == WayOn::kEnter) return Enter(entry.name, std::move(found), error);
     return isWritten ? batch.Add(std::move(found)) : DWORD{ERROR_SUCCESS};
 }

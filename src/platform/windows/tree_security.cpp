@@ -8,6 +8,7 @@
 #include "platform/raw_security.h"
 #include "platform/security_change.h"
 #include "platform/windows/held_object_inside.h"
+#include "platform/windows/list_propagation.h"
 #include "platform/windows/tree_change.h"
 
 namespace permora {
@@ -15,12 +16,19 @@ namespace {
 
 class ListSetting : public TreeChange {
   public:
-    ListSetting(const nt::Acl& list, TreeListMode writing, RecordedTop& top, TreeObserver& listener,
-                TreeCounts& totals)
-        : TreeChange(DACL_SECURITY_INFORMATION, writing, top, listener, totals), explicitEntries(list) {}
+    // `handedDown` takes the place of the folder's own list unless it is null.
+    ListSetting(const nt::Acl& list, const nt::Acl* handedDown, TreeListMode writing, RecordedTop& top,
+                TreeObserver& listener, TreeCounts& totals)
+        : TreeChange(DACL_SECURITY_INFORMATION, writing, top, listener, totals),
+          explicitEntries(list),
+          handed(handedDown) {}
 
   private:
-    DWORD Begin(HANDLE top, WalkedFolder& folder) override { return ReadFolderList(top, folder); }
+    DWORD Begin(HANDLE top, WalkedFolder& folder) override {
+        if (handed == nullptr) return ReadFolderList(top, folder);
+        folder.list = *handed;
+        return ERROR_SUCCESS;
+    }
 
     DWORD Change(const FoundObject& object, const WalkedFolder& folder, nt::SecurityDescriptor& after,
                  WayOn& /*wayOn*/) override {
@@ -37,13 +45,14 @@ class ListSetting : public TreeChange {
     WayOn AfterFailure() const override { return WayOn::kEnter; }
 
     const nt::Acl& explicitEntries;
+    const nt::Acl* const handed;
 };
 
 class OwnerSetting : public TreeChange {
   public:
-    OwnerSetting(const nt::Sid& account, LinkedFiles linkedFiles, RecordedTop& top, TreeObserver& listener,
-                 TreeCounts& totals)
-        : TreeChange(OWNER_SECURITY_INFORMATION, TreeListMode::kWrite, top, listener, totals),
+    OwnerSetting(const nt::Sid& account, LinkedFiles linkedFiles, TreeListMode writing, RecordedTop& top,
+                 TreeObserver& listener, TreeCounts& totals)
+        : TreeChange(OWNER_SECURITY_INFORMATION, writing, top, listener, totals),
           owner(account),
           linked(linkedFiles) {}
 
@@ -76,15 +85,24 @@ DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, ChangeRecorder& re
     if (!entries) return ERROR_INVALID_ACL;
     const nt::Acl mapped = nt::MapGenericRights(*entries, {});
     RecordedTop top(recorder, inside->object.get(), IsFolder());
-    return ListSetting(mapped, mode, top, observer, counts).Run(inside->object.get());
+    return ListSetting(mapped, nullptr, mode, top, observer, counts).Run(inside->object.get());
 }
 
-DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, ChangeRecorder& recorder,
+DWORD HeldObject::PreviewBelow(const nt::Acl& list, BelowChange change, TreeObserver& observer,
+                               TreeCounts& counts) const {
+    const HANDLE folder = inside->object.get();
+    if (change == BelowChange::kCarryDown) return CountPropagation(folder, list, observer, counts);
+    const nt::Acl nothing;
+    RecordedTop top(Unrecorded(), folder, IsFolder());
+    return ListSetting(nothing, &list, TreeListMode::kCountOnly, top, observer, counts).Run(folder);
+}
+
+DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, TreeListMode mode, ChangeRecorder& recorder,
                                  TreeObserver& observer, TreeCounts& counts) const {
     const std::optional<nt::Sid> account = SidOf(owner);
     if (!account) return ERROR_INVALID_SID;
     RecordedTop top(recorder, inside->object.get(), IsFolder());
-    return OwnerSetting(*account, linked, top, observer, counts).Run(inside->object.get());
+    return OwnerSetting(*account, linked, mode, top, observer, counts).Run(inside->object.get());
 }
 
 }  // namespace permora

@@ -42,6 +42,38 @@ WinbindAnswer Confirmed(Winbind& winbind, WinbindAnswer answer, const nt::Sid& d
     return DomainLink::Verify(winbind, domain) == WinbindAnswer::kFound ? answer : WinbindAnswer::kFailed;
 }
 
+// Winbind has one answer for "none of these", from what it has kept, and for a domain that it cannot reach.
+// So it is asked anew with two numbers more: one that it cannot have kept, so that it must ask the domain,
+// and one that every domain has an account for.
+WinbindAnswer FindNamesAnew(Winbind& winbind, const nt::Sid& domain, std::vector<std::uint32_t> relativeIds,
+                            std::vector<WinbindName>& names) {
+    constexpr std::uint32_t kAdministrator = 500;
+    const std::size_t count = relativeIds.size();
+    relativeIds.push_back(kAdministrator);
+    relativeIds.push_back(DomainLink::UnusedRelativeId());
+    std::vector<WinbindName> found;
+    const WinbindAnswer answer = winbind.FindNames(domain, relativeIds, found);
+    if (answer != WinbindAnswer::kFound || found.size() <= count || found[count].name.empty())
+        return WinbindAnswer::kFailed;
+    found.resize(count);
+    names = std::move(found);
+    return answer;
+}
+
+// Those without a name are certainly nobody's: winbind also leaves out what it has not kept of a domain that
+// is away. kFailed, and no names, where that is not certain.
+WinbindAnswer FindCertainNames(Winbind& winbind, const nt::Sid& domain,
+                               const std::vector<std::uint32_t>& relativeIds,
+                               std::vector<WinbindName>& names) {
+    std::vector<WinbindName> found;
+    WinbindAnswer answer = winbind.FindNames(domain, relativeIds, found);
+    if (answer == WinbindAnswer::kNotFound) answer = FindNamesAnew(winbind, domain, relativeIds, found);
+    const bool hasNobody = std::ranges::any_of(found, &std::string::empty, &WinbindName::name);
+    if (answer == WinbindAnswer::kFound && hasNobody) answer = DomainLink::Verify(winbind, domain);
+    if (answer == WinbindAnswer::kFound) names = std::move(found);
+    return answer;
+}
+
 }  // namespace
 
 DomainAccounts& TheDomainAccounts() {
@@ -177,9 +209,9 @@ void DomainAccounts::AskForNames(const std::vector<nt::Sid>& sids) {
     std::ranges::transform(sids, std::back_inserter(relativeIds), RelativeId);
     const auto asked = link.Call<std::vector<WinbindName>>(
         kLookupTime, [&](Winbind& winbind, std::vector<WinbindName>& found) {
-            const WinbindAnswer answer = winbind.FindNames(domain->sid, relativeIds, found);
+            const WinbindAnswer answer = FindCertainNames(winbind, domain->sid, relativeIds, found);
             // One that the machine's domain trusts may be away while that is not.
-            return answer == WinbindAnswer::kNotFound && domain->isOwn ? WinbindAnswer::kFailed : answer;
+            return answer == WinbindAnswer::kFailed && !domain->isOwn ? WinbindAnswer::kNotFound : answer;
         });
     for (std::size_t i = 0; i < asked.value.size() && i < sids.size(); ++i) {
         const WinbindName& name = asked.value[i];

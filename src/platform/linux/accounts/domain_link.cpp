@@ -85,12 +85,15 @@ bool DomainLink::HasLatelyFailed(std::chrono::seconds period) {
     return lastFailure != SteadyClock::time_point() && SteadyClock::now() - lastFailure < period;
 }
 
-WinbindAnswer DomainLink::Verify(Winbind& winbind, const nt::Sid& domain) {
-    // Relative ids up there are never given out, and of so many none is asked for twice.
+std::uint32_t DomainLink::UnusedRelativeId() {
+    // Up there they are never given out, and of so many none is asked for twice.
     static thread_local std::minstd_rand kRandom(std::random_device{}());
-    const auto relativeId = static_cast<std::uint32_t>(0xC0000000U + kRandom() % 0x3FFFFFFFU);
+    return static_cast<std::uint32_t>(0xC0000000U + kRandom() % 0x3FFFFFFFU);
+}
+
+WinbindAnswer DomainLink::Verify(Winbind& winbind, const nt::Sid& domain) {
     std::vector<WinbindName> names;
-    const WinbindAnswer answer = winbind.FindNames(domain, {relativeId}, names);
+    const WinbindAnswer answer = winbind.FindNames(domain, {UnusedRelativeId()}, names);
     // A domain that exists has an answer for every number: "not found" is the one that cannot be reached.
     return answer == WinbindAnswer::kNotFound ? WinbindAnswer::kFailed : answer;
 }

@@ -82,6 +82,8 @@ class DomainLink {
     // Whether the domain's controller itself answers now: asks it for something that winbind cannot have
     // kept.
     static WinbindAnswer Verify(Winbind& winbind, const nt::Sid& domain);
+    // A number that no account has and winbind cannot have kept.
+    static std::uint32_t UnusedRelativeId();
 
   private:
     struct Limits {

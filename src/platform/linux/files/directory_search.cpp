@@ -4,15 +4,21 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
+#include <vector>
 
+#include "platform/api/text.h"
 #include "platform/linux/base/failure.h"
 #include "platform/linux/base/handle_table.h"
+#include "platform/linux/base/wide_text.h"
 #include "platform/linux/files/attributes.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/drives.h"
@@ -77,14 +83,35 @@ class DirectorySearch {
             dots = dots == Dots::kSelf ? Dots::kParent : Dots::kDone;
             if (Describe({name, DT_DIR}, name, data)) return ERROR_SUCCESS;
         }
-        DWORD error = ERROR_SUCCESS;
-        for (FolderListing::Entry entry{}; listing.Next(entry, error);)
-            if (Describe(entry, EncodeName(entry.name), data)) return ERROR_SUCCESS;
+        if (!names) ReadNames();
+        while (next < names->size()) {
+            const Name& name = (*names)[next++];
+            if (Describe({name.onHost.c_str(), name.type}, EncodeName(name.onHost), data))
+                return ERROR_SUCCESS;
+        }
         return error != ERROR_SUCCESS ? error : ERROR_NO_MORE_FILES;
     }
 
   private:
     enum class Dots { kSelf, kParent, kDone };
+    struct Name {
+        std::u16string inCapitals;
+        std::string onHost;
+        unsigned char type;
+    };
+
+    // NTFS gives names in the order of their capitals. Programs expect that of every volume.
+    void ReadNames() {
+        names.emplace();
+        for (FolderListing::Entry entry{}; listing.Next(entry, error);) {
+            std::u16string capitals = ToWide(entry.name);
+            CharUpperBuffW(capitals.data(), static_cast<DWORD>(capitals.size()));
+            names->push_back({std::move(capitals), entry.name, entry.type});
+        }
+        std::ranges::sort(*names, [](const Name& one, const Name& other) {
+            return std::tie(one.inCapitals, one.onHost) < std::tie(other.inCapitals, other.onHost);
+        });
+    }
 
     // False when the object no longer exists.
     bool Describe(const FolderListing::Entry& entry, std::string_view shownName, WIN32_FIND_DATAA& data) {
@@ -118,6 +145,9 @@ class DirectorySearch {
     FolderListing listing;
     AttributeStore store;
     Dots dots;
+    std::optional<std::vector<Name>> names;  // nothing: not read yet
+    std::size_t next = 0;
+    DWORD error = ERROR_SUCCESS;  // that ended the reading
 };
 
 // A search in progress, and the rest of a search for a single name.

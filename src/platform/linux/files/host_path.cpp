@@ -10,6 +10,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/linux/files/current_directory.h"
+#include "platform/linux/files/drives.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/path_text.h"
 #include "platform/linux/files/paths.h"
@@ -54,6 +55,22 @@ DWORD FullPathOf(const std::string& path, std::string& full) {
     buffer.resize(length);
     full = std::move(buffer);
     return ERROR_SUCCESS;
+}
+
+std::string HostPathFromPath(const std::string& path) {
+    constexpr std::size_t kLetterAndColon = 2;
+    const auto drive = host::FindDrive(host::DriveLetterOf(path));
+    if (!drive) return {};
+    std::string hostPath = drive->hostRoot == "/" ? "" : drive->hostRoot;
+    std::string_view rest = std::string_view(path).substr(kLetterAndColon);
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find_first_of("\\/"), rest.size());
+        std::string name;
+        if (end > 0 && !host::DecodeName(rest.substr(0, end), name)) return {};
+        if (end > 0) hostPath += '/' + name;
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return hostPath.empty() ? "/" : hostPath;
 }
 
 std::string PathBelowArgument(const std::string& argument, std::string_view below) {

@@ -1,6 +1,9 @@
 #include "platform/held_object.h"
 
+#include <fcntl.h>
+#include <sys/statvfs.h>
 #include <sys/vfs.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <utility>
@@ -43,6 +46,22 @@ DWORD HeldObject::AskAccessControl(bool& isSupported) const {
     if (fstatfs(asked.Descriptor(), &volume) != 0) return host::ErrorFromErrno(errno);
     isSupported = host::StoreKindOf(asked) != host::DescriptorStoreKind::kNone;
     return ERROR_SUCCESS;
+}
+
+DWORD HeldObject::FindObstacle(SECURITY_INFORMATION /*information*/) const {
+    const host::ObjectHandle& object = inside->target.object;
+    struct statvfs volume {};
+    if (fstatvfs(object.Descriptor(), &volume) == 0 && (volume.f_flag & ST_RDONLY) != 0)
+        return ERROR_WRITE_PROTECT;
+    if (host::StoreKindOf(object) != host::DescriptorStoreKind::kUser) return ERROR_SUCCESS;
+    // A descriptor for Samba is not this process's to change, and user attributes follow the mode bits.
+    host::DescriptorStore store;
+    nt::SecurityDescriptor descriptor;
+    const bool isForSamba =
+        store.Read(object, descriptor) == ERROR_SUCCESS && store.Found(object).form == SecurityForm::kSamba;
+    const bool isClosed =
+        faccessat(object.Descriptor(), "", W_OK, AT_EACCESS | AT_EMPTY_PATH) != 0 && errno == EACCES;
+    return isForSamba || isClosed ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
 }
 
 DWORD HeldObject::TakeTurn() {

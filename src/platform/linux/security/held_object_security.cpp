@@ -139,6 +139,19 @@ DWORD HeldObject::ReadAbove(SECURITY_INFORMATION information, ReadParts& parts) 
     return ERROR_SUCCESS;
 }
 
+DWORD HeldObject::PreviewSecurity(SECURITY_INFORMATION information, const NewParts& parts,
+                                  SecurityPreview& preview) const {
+    SecurityChange change;
+    SecurityPreview made;
+    Step step;
+    DescriptorStore store;
+    DWORD error = TakeChange(information, parts, change);
+    if (error == ERROR_SUCCESS) error = store.Read(inside->target.object, made.before);
+    if (error == ERROR_SUCCESS) error = Prepare(inside->target, change, nullptr, store, made.after, step);
+    if (error == ERROR_SUCCESS) preview = std::move(made);
+    return error;
+}
+
 DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts& parts,
                                 PSECURITY_DESCRIPTOR expected, ChangeRecorder& recorder,
                                 FailuresBelow& below) const {

@@ -4,6 +4,7 @@
 
 #include "platform/api/errors.h"
 #include "platform/held_object.h"
+#include "platform/linux/files/descriptor_support.h"
 #include "platform/linux/security/descriptor_store.h"
 #include "platform/linux/security/held_object_inside.h"
 #include "platform/linux/security/new_object.h"
@@ -49,6 +50,29 @@ DWORD HeldObject::ReadStored(StoredSecurity& stored, DamagedBytes damaged) const
     if (error == ERROR_SUCCESS) error = Allowing(damaged, store.Read(object, descriptor));
     if (error == ERROR_SUCCESS) stored = store.Found(object);
     return error;
+}
+
+DWORD HeldObject::FindListPlace(ListPlace& place) const {
+    const host::ObjectHandle& object = inside->target.object;
+    StoredSecurity stored;
+    if (const DWORD error = ReadStored(stored, DamagedBytes::kTaken); error != ERROR_SUCCESS) return error;
+    switch (stored.form) {
+        case SecurityForm::kVolume:
+            place = host::StoreKindOf(object) == host::DescriptorStoreKind::kNtfs3 ? ListPlace::kNtfs3
+                                                                                   : ListPlace::kNtfs3g;
+            return ERROR_SUCCESS;
+        case SecurityForm::kSamba:
+            place = ListPlace::kSamba;
+            return ERROR_SUCCESS;
+        case SecurityForm::kUser:
+            place = ListPlace::kUser;
+            return ERROR_SUCCESS;
+        case SecurityForm::kNone:
+        case SecurityForm::kShare:
+            break;
+    }
+    place = ListPlace::kNowhere;
+    return ERROR_SUCCESS;
 }
 
 DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const {

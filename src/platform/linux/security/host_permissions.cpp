@@ -21,7 +21,8 @@ DWORD HeldObject::ReadHostPermissions(HostPermissions& permissions) const {
     struct stat status {};
     if (fstatat(held.Descriptor(), "", &status, AT_EMPTY_PATH) != 0) return host::ErrorFromErrno(errno);
     constexpr mode_t kNineBits = S_IRWXU | S_IRWXG | S_IRWXO;
-    HostPermissions found{status.st_uid, status.st_gid, status.st_mode & kNineBits, {}};
+    HostPermissions found{
+        status.st_uid, status.st_gid, status.st_mode & kNineBits, {}, (status.st_mode & S_ISVTX) != 0};
     const int problem = host::ReadExtendedAttribute(held, "system.posix_acl_access", found.list);
     if (problem != 0 && !host::IsAbsent(problem)) return host::ErrorFromErrno(problem);
     if (problem != 0) found.list.clear();

@@ -7,8 +7,10 @@
 namespace permora::host {
 
 std::span<const Privilege> Privileges() {
-    // Taking ownership of others' objects needs the kernel's chown.
-    static constexpr Privilege kPrivileges[] = {{"SeTakeOwnershipPrivilege", {9, 0}, CAP_CHOWN}};
+    // Taking ownership of others' objects needs the kernel's chown. Restoring puts any owner and list on
+    // them, whatever they allow.
+    static constexpr Privilege kPrivileges[] = {{"SeTakeOwnershipPrivilege", {9, 0}, CAP_CHOWN},
+                                                {"SeRestorePrivilege", {18, 0}, CAP_DAC_OVERRIDE}};
     return kPrivileges;
 }
 

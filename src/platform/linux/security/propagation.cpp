@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/linux/accounts/unix_accounts.h"
+#include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/tree_walk.h"
 #include "platform/linux/security/tree_change.h"
 #include "platform/security_change.h"
@@ -16,8 +17,9 @@ namespace {
 
 class ListPropagation : public TreeChange {
   public:
-    ListPropagation(const DescriptorStore& volume, const RecordedTop& top, FailuresBelow& found)
-        : TreeChange(TreeListMode::kWrite, top, volume), failures(found) {}
+    ListPropagation(TreeListMode writing, const DescriptorStore& volume, const RecordedTop& top,
+                    FailuresBelow& found)
+        : TreeChange(writing, top, volume), failures(found) {}
 
     using TreeChange::Walk;
 
@@ -32,13 +34,35 @@ class ListPropagation : public TreeChange {
         // It vanished after it was opened.
         if (error == ERROR_FILE_NOT_FOUND) return;
         const std::lock_guard lock(guard);
-        if (failures.count++ > 0 && failures.firstPath <= path) return;
-        failures.firstError = error;
-        failures.firstPath = path;
+        failures.Add(path, error);
     }
 
-    std::mutex guard;
     FailuresBelow& failures;
+
+  protected:
+    std::mutex guard;
+};
+
+// The same walk, which writes nothing and counts.
+class PropagationCount : public ListPropagation {
+  public:
+    PropagationCount(const DescriptorStore& volume, FailuresBelow& found, TreeObserver& listener,
+                     TreeCounts& totals)
+        : ListPropagation(TreeListMode::kCountOnly, volume, {}, found), observer(listener), counts(totals) {}
+
+  private:
+    bool Begin(const std::string& hostName) override {
+        const std::lock_guard lock(guard);
+        // One that has been told to stop is not asked again.
+        if (HasEnded()) return false;
+        if (observer.Begin(EncodeName(hostName).c_str())) return true;
+        End(ERROR_OPERATION_ABORTED);
+        return false;
+    }
+    void Add(const TreeCounts& done) override { AddCounts(done, counts); }
+
+    TreeObserver& observer;
+    TreeCounts& counts;
 };
 
 class PropagationThread : public TreeChangeThread {
@@ -57,6 +81,7 @@ class PropagationThread : public TreeChangeThread {
         JoinInherited(descriptor, *inherited.list, object);
         plan.changes = descriptor != before;
         if (plan.changes) {
+            plan.isEmptied = IsEmptiedBy(before, descriptor);
             plan.before = store.Found(object);
             const DWORD problem = store.Prepare(object, descriptor, plan.after);
             if (problem != ERROR_SUCCESS) return problem;
@@ -85,8 +110,19 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& parent, co
 
 DWORD PropagateList(const ObjectHandle& folder, const nt::Acl& list, const DescriptorStore& store,
                     const RecordedTop& top, FailuresBelow& failures, std::optional<std::size_t> threads) {
-    return ListPropagation(store, top, failures)
+    return ListPropagation(TreeListMode::kWrite, store, top, failures)
         .Walk(folder, {.error = ERROR_SUCCESS, .list = std::make_shared<const nt::Acl>(list)}, threads);
+}
+
+DWORD CountPropagation(const ObjectHandle& folder, const nt::Acl& list, TreeObserver& observer,
+                       TreeCounts& counts) {
+    DescriptorStore store;
+    if (!store.CanHold(folder)) return ERROR_NOT_SUPPORTED;
+    FailuresBelow failures;
+    const DWORD error = PropagationCount(store, failures, observer, counts)
+                            .Walk(folder, {.list = std::make_shared<const nt::Acl>(list)}, std::nullopt);
+    counts.passedOver += failures.count;
+    return error;
 }
 
 }  // namespace permora::host

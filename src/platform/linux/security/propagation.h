@@ -9,6 +9,7 @@
 #include "platform/linux/security/descriptor_store.h"
 #include "platform/linux/security/recorded_top.h"
 #include "platform/nt/security_descriptor.h"
+#include "platform/tree_security.h"
 
 namespace permora::host {
 
@@ -29,5 +30,10 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& parent, co
 DWORD PropagateList(const ObjectHandle& folder, const nt::Acl& list, const DescriptorStore& store,
                     const RecordedTop& top, FailuresBelow& failures,
                     std::optional<std::size_t> threads = std::nullopt);
+
+// Counts what PropagateList would do, by the same walk, and writes nothing. ERROR_OPERATION_ABORTED when
+// `observer`, which is told of no failure, has ended it.
+DWORD CountPropagation(const ObjectHandle& folder, const nt::Acl& list, TreeObserver& observer,
+                       TreeCounts& counts);
 
 }  // namespace permora::host

@@ -288,6 +288,8 @@ void TreeChangeThread::Settle(Entry& entry, WalkTurns& turns) {
     if (isToBeWritten()) entry.error = store.Replace(entry.Object(), entry.plan.before, entry.plan.after);
     if (entry.error != ERROR_SUCCESS) return Fail(entry);
     ++(entry.plan.changes ? counts.changed : counts.unchanged);
+    if (entry.plan.losesOwn) ++counts.losingOwn;
+    if (entry.plan.isEmptied) ++counts.emptied;
     if (!entry.state) return;
     if (isJudgedAgain)
         change.Settle(*entry.state, Stage::kOtherwise, {.error = ERROR_SUCCESS, .list = entry.plan.list});

@@ -147,6 +147,8 @@ class TreeChangeThread : public VisitingThread {
     // What is to become of an object.
     struct Plan {
         bool changes = false;
+        bool losesOwn = false;  // as TreeCounts counts them
+        bool isEmptied = false;
         StoredSecurity before;  // of an object that changes
         StoredSecurity after;
         bool entersFolder = true;

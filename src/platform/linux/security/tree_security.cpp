@@ -18,6 +18,7 @@
 #include "platform/nt/security_descriptor.h"
 #include "platform/passed_over.h"
 #include "platform/raw_security.h"
+#include "platform/security_change.h"
 
 namespace permora::host {
 namespace {
@@ -70,8 +71,7 @@ class TreeSetting : public TreeChange {
 
     void Add(const TreeCounts& done) override {
         const std::lock_guard lock(guard);
-        counts.changed += done.changed;
-        counts.unchanged += done.unchanged;
+        AddCounts(done, counts);
     }
 
     std::mutex guard;
@@ -114,6 +114,8 @@ class ListSettingThread : public TreeChangeThread {
         JoinInherited(after, *inherited.list, object);
         plan.changes = after != before;
         if (plan.changes) {
+            plan.losesOwn = !LostOwnEntries(before, after).empty();
+            plan.isEmptied = IsEmptiedBy(before, after);
             plan.before = store.Found(object);
             const DWORD problem = store.Prepare(object, after, plan.after);
             if (problem != ERROR_SUCCESS) return problem;
@@ -144,7 +146,7 @@ class OwnerSetting : public TreeSetting {
   public:
     OwnerSetting(const OwnerBelow& owner, const RecordedTop& top, const DescriptorStore& volume,
                  TreeObserver& listener, TreeCounts& totals)
-        : TreeSetting(TreeListMode::kWrite, top, volume, listener, totals), wanted(owner) {}
+        : TreeSetting(owner.mode, top, volume, listener, totals), wanted(owner) {}
 
     const OwnerBelow& wanted;
 
@@ -200,8 +202,9 @@ DWORD SetBelow(const ObjectHandle& folder, const ListBelow& wanted, const Record
     DescriptorStore store;
     nt::Acl list;
     DWORD error = RequireChangeable(folder, store);
-    if (error == ERROR_SUCCESS) error = ReadFolderList(folder, store, list);
+    if (error == ERROR_SUCCESS && wanted.handedDown == nullptr) error = ReadFolderList(folder, store, list);
     if (error != ERROR_SUCCESS) return error;
+    if (wanted.handedDown != nullptr) list = *wanted.handedDown;
     return ListSetting(wanted, top, store, observer, counts)
         .Run(folder, {.error = ERROR_SUCCESS, .list = ShareList(list, nullptr)}, threads);
 }
@@ -230,14 +233,25 @@ DWORD HeldObject::SetListsBelow(PACL list, TreeListMode mode, ChangeRecorder& re
                           observer, counts);
 }
 
-DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, ChangeRecorder& recorder,
+DWORD HeldObject::PreviewBelow(const nt::Acl& list, BelowChange change, TreeObserver& observer,
+                               TreeCounts& counts) const {
+    const host::ObjectHandle& folder = inside->target.object;
+    if (change == BelowChange::kCarryDown) return host::CountPropagation(folder, list, observer, counts);
+    return host::SetBelow(folder,
+                          host::ListBelow{.list = {}, .mode = TreeListMode::kCountOnly, .handedDown = &list},
+                          {}, observer, counts);
+}
+
+DWORD HeldObject::SetOwnersBelow(PSID owner, LinkedFiles linked, TreeListMode mode, ChangeRecorder& recorder,
                                  TreeObserver& observer, TreeCounts& counts) const {
     const std::optional<nt::Sid> account = SidOf(owner);
     if (!account) return ERROR_INVALID_SID;
     host::RecordedTop top;
-    if (const DWORD error = top.Begin(*this, recorder); error != ERROR_SUCCESS) return error;
-    return host::SetBelow(inside->target.object, host::OwnerBelow{.owner = *account, .linked = linked}, top,
-                          observer, counts);
+    if (mode == TreeListMode::kWrite)
+        if (const DWORD error = top.Begin(*this, recorder); error != ERROR_SUCCESS) return error;
+    return host::SetBelow(inside->target.object,
+                          host::OwnerBelow{.owner = *account, .linked = linked, .mode = mode}, top, observer,
+                          counts);
 }
 
 }  // namespace permora

@@ -16,11 +16,13 @@ namespace permora::host {
 struct ListBelow {
     nt::Acl list;  // without generic rights
     TreeListMode mode;
+    const nt::Acl* handedDown = nullptr;  // in the place of the folder's own list
 };
 
 struct OwnerBelow {
     nt::Sid owner;
     LinkedFiles linked;
+    TreeListMode mode = TreeListMode::kWrite;
 };
 
 // The changes are recorded below `top`, which has begun; `threads` are those of WalkTree.

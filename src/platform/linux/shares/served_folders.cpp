@@ -2,22 +2,27 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
 #include <utility>
 
 #include "platform/ascii.h"
+#include "platform/linux/accounts/machine.h"
 #include "platform/linux/accounts/name_service.h"
 #include "platform/linux/accounts/unix_accounts.h"
 #include "platform/linux/files/descriptor_support.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/shares/samba_tools.h"
 #include "platform/linux/shares/samba_user_shares.h"
+#include "platform/list_place.h"
 
 namespace permora {
 namespace host {
 namespace {
+
+enum class ShareMaker : std::uint8_t { kConfiguration, kUser };
 
 // What a share has of its own counts before what all shares have.
 std::string SettingOf(const SambaSection& share, const SambaSection* global, std::string_view name) {
@@ -57,7 +62,7 @@ void JudgeModules(const std::string& modules, ServedFolder& folder) {
 
 // The settings that let some or all users in as others.
 void JudgeUsers(const SambaSection& share, const SambaSection* global, ServedFolder& folder) {
-    for (const char* setting : {"force group", "admin users"}) {
+    for (const char* setting : {"force group", "admin users", "guest only"}) {
         if (SettingOf(share, global, setting).empty()) continue;
         folder.by = ServedBy::kUnknown;
         folder.setting = setting;
@@ -73,7 +78,17 @@ void JudgeUsers(const SambaSection& share, const SambaSection* global, ServedFol
     }
 }
 
-ServedFolder Judge(const SambaSection& share, const SambaSection* global) {
+// Nobody can write unless a share says otherwise; in a user's share its list alone says who can.
+void JudgeWriting(const SambaSection& share, const SambaSection* global, ShareMaker maker,
+                  ServedFolder& folder) {
+    for (const char* setting : {"valid users", "invalid users", "read list", "write list"})
+        if (!SettingOf(share, global, setting).empty()) folder.partiality = setting;
+    const std::string readOnly = SettingOf(share, global, "read only");
+    folder.isReadOnly = maker == ShareMaker::kConfiguration && folder.partiality != "write list" &&
+                        !EqualsIgnoringCase(readOnly, "no");
+}
+
+ServedFolder Judge(const SambaSection& share, const SambaSection* global, ShareMaker maker) {
     ServedFolder folder;
     folder.share = share.name;
     JudgeModules(SettingOf(share, global, "vfs objects"), folder);
@@ -83,6 +98,7 @@ ServedFolder Judge(const SambaSection& share, const SambaSection* global) {
         folder.setting = "acl_xattr:security_acl_name";
     }
     JudgeUsers(share, global, folder);
+    JudgeWriting(share, global, maker, folder);
     return folder;
 }
 
@@ -102,13 +118,13 @@ DWORD FindFolders(std::vector<ServedFolder>& folders) {
     const auto global = std::ranges::find_if(
         sections, [](const SambaSection& section) { return IsSameShare(section.name, "global"); });
     const SambaSection* const settings = global == sections.end() ? nullptr : &*global;
-    const std::vector<DriveRoot> drives = ListDriveRoots();
     for (const std::vector<SambaSection>* const all : {&sections, &users}) {
         for (const SambaSection& section : *all) {
             const std::string path = RealPath(section.Value("path").value_or(""));
             if (path.empty() || section.IsSet("printable") || SharesOfSections({section}).empty()) continue;
-            ServedFolder folder = Judge(section, settings);
-            folder.path = PathFromHost(path, drives);
+            const ShareMaker maker = all == &users ? ShareMaker::kUser : ShareMaker::kConfiguration;
+            ServedFolder folder = Judge(section, settings, maker);
+            folder.path = PathFromHost(path, {{'C', "/"}});
             folders.push_back(std::move(folder));
         }
     }
@@ -118,11 +134,19 @@ DWORD FindFolders(std::vector<ServedFolder>& folders) {
 }  // namespace
 }  // namespace host
 
+ShareServer FindShareServer() {
+    return host::IsSambaSetUp() ? ShareServer::kSamba : ShareServer::kNobody;
+}
+
 DWORD FindServedFolders(std::vector<ServedFolder>& folders) {
     std::vector<ServedFolder> found;
     const DWORD error = host::FindFolders(found);
     if (error == ERROR_SUCCESS) folders = std::move(found);
     return error;
+}
+
+std::string FileServerName() {
+    return host::ThisMachine().name;
 }
 
 }  // namespace permora

@@ -122,6 +122,16 @@ TEST_F(DomainFailuresTest, AFrozenCallMakesTheDomainOfflineForAll) {
     EXPECT_EQ(Available(), DomainAvailability::kOnline);
 }
 
+TEST_F(DomainFailuresTest, AnAccountIsGoneOnlyWhereTheDomainItselfSaysSo) {
+    TheFakeWinbind().mood = FakeMood::kKeptNobody;
+    AccountName name;
+    EXPECT_EQ(accounts->FindName(Sid(1199), kLookupTime, name), ERROR_NONE_MAPPED);
+    EXPECT_EQ(name.use, SidTypeDeletedAccount);
+    EXPECT_EQ(Available(), DomainAvailability::kOnline);
+    TheFakeWinbind().mood = FakeMood::kKeptGaps;
+    EXPECT_NE(NameOf(1198), std::to_string(ERROR_NONE_MAPPED));
+}
+
 TEST_F(DomainFailuresTest, AFrozenCallDoesNotHoldUpTheEndOfTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto end = [this] {
@@ -165,7 +175,7 @@ TEST_F(DomainFailuresTest, ANameThatIsNotFoundSoonAfterAnOutageIsNotDenied) {
 TEST_F(DomainFailuresTest, AnEmptyListIsAnError) {
     std::vector<AccountRow> rows;
     EXPECT_EQ(Search(rows), ERROR_SUCCESS);
-    EXPECT_EQ(rows.size(), 204U);
+    EXPECT_EQ(rows.size(), 205U);
     for (const int calls : {1, 2, 7, 8, 9, 10}) {
         rows.clear();
         TheFakeWinbind().mood = FakeMood::kHealthy;

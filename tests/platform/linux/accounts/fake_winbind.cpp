@@ -1,5 +1,6 @@
 #include "tests/platform/linux/accounts/fake_winbind.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -145,7 +146,10 @@ FAKE int wbcCtxLookupSid(void*, const WinbindSid*, char**, char**, int*) {
 FAKE int wbcCtxLookupRids(void*, WinbindSid*, int count, std::uint32_t* relativeIds, const char** domain,
                           const char*** names, int** types) {
     if (const int code = Begin(); code != 0) return code;
-    if (Is(FakeMood::kNoController)) return kNotFound;
+    const bool isNew = std::any_of(relativeIds, relativeIds + count,
+                                   [](std::uint32_t relativeId) { return relativeId >= 0xC0000000; });
+    if (Is(FakeMood::kNoController) || Is(isNew ? FakeMood::kKeptGaps : FakeMood::kKeptNobody))
+        return kNotFound;
     if (Is(FakeMood::kNullAnswers)) return 0;
     *domain = strdup("EXAMPLE");
     *names = Allocate<const char*>(static_cast<std::size_t>(count));
@@ -157,6 +161,8 @@ FAKE int wbcCtxLookupRids(void*, WinbindSid*, int count, std::uint32_t* relative
             (*names)[i] = NameFor(person.name);
             (*types)[i] = person.type;
         }
+        if (relativeIds[i] == 500) (*names)[i] = NameFor("Administrator");
+        if (relativeIds[i] == 500) (*types)[i] = 1;
         // A crowd whose relative ids lie apart.
         if (relativeIds[i] >= 5000 && relativeIds[i] < 5200) {
             (*names)[i] = "crowd";

@@ -13,6 +13,8 @@ enum class FakeMood {
     kFrozen,         // calls block until the mood is another one
     kGone,           // no winbindd: fails at once
     kNoController,   // what it has no answer for is "not found"; lists are empty, groups fewer
+    kKeptNobody,     // healthy, but "not found" for what it has kept that nobody has
+    kKeptGaps,       // no controller, but an answer for every number that it has been asked for before
     kNullAnswers,    // success and counts, but null pointers
     kDamagedSids,    // with more parts than a SID has
     kDamagedNames,   // control characters, separators, nothing

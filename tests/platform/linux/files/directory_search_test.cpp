@@ -75,6 +75,11 @@ TEST_F(DirectorySearches, ListEverythingAndTheTwoDotsBelowARoot) {
         EXPECT_THAT(Search(name.c_str()).attributes,
                     ElementsAre(Pair(name, GetFileAttributesA(name.c_str()))));
     }
+    for (const char* name : {"b", "A", "_", "ä", "C"})
+        folder.MakeFile("folder/" + std::string(name));
+    EXPECT_THAT(Search("T:folder/*").names, ElementsAre(".", "..", "A", "b", "C", "_", "ä"));
+    for (const char* name : {"b", "A", "_", "ä", "C"})
+        ASSERT_EQ(unlink(folder.Path("folder/" + std::string(name)).c_str()), 0);
     folder.MakeFile("folder/inside");
     EXPECT_THAT(Search("link\\*").names, ElementsAre(".", "..", "inside"));
 }

@@ -58,6 +58,13 @@ TEST_F(HostPath, ArgumentsOfBothKindsBecomeAbsolutePathsOfTheSameObjects) {
     };
     for (const auto& [argument, rest, path] : kForOthers)
         EXPECT_EQ(PathBelowArgument(argument, rest), path) << argument;
+    const std::pair<const char*, std::string> kOnHost[] = {{"T:\\", folder.Path()},
+                                                           {"t:\\a\\b\uF05C", folder.Path("a/b\\")},
+                                                           {"C:\\", "/"},
+                                                           {"Q:\\a", ""},
+                                                           {"T:\\a\uF02F", ""}};
+    for (const auto& [path, onHost] : kOnHost)
+        EXPECT_EQ(HostPathFromPath(path), onHost) << path;
     // A neighbour whose name only begins like the drive's root.
     EXPECT_NE(PathFromArgument((folder.Path() + "x").c_str()).front(), 'T');
 }

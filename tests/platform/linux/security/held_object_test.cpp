@@ -164,8 +164,9 @@ TEST_F(HeldObjectTest, AFailureBelowIsNamedAndCounted) {
     FailuresBelow below;
     ASSERT_EQ(Write(Held(folder.Path("top")), "D:(A;OICI;FA;;;BG)", nullptr, below), ERROR_SUCCESS);
     EXPECT_EQ(below.count, 2U);
-    EXPECT_EQ(below.firstError, ERROR_INVALID_SECURITY_DESCR);
-    EXPECT_THAT(below.firstPath, testing::AnyOf("sub\\deep\\a", "sub\\deep\\b"));
+    EXPECT_THAT(below.named,
+                testing::ElementsAre(testing::Pair("sub\\deep\\a", ERROR_INVALID_SECURITY_DESCR),
+                                     testing::Pair("sub\\deep\\b", ERROR_INVALID_SECURITY_DESCR)));
     EXPECT_EQ(DaclText(folder.Path("top")), "D:PAI(A;OICI;FA;;;BG)");
 }
 

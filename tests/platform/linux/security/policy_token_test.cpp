@@ -110,9 +110,9 @@ TEST(TokenTest, TheCapabilityIsThePrivilege) {
     if (geteuid() != 0) GTEST_SKIP() << "without root there is no capability to switch";
     const TemporaryFolder folder;
     const std::string file = folder.MakeFile("file");
-    EXPECT_EQ(Adjusted(0), "0 SeTakeOwnershipPrivilege 0");
+    EXPECT_EQ(Adjusted(0), "0 SeTakeOwnershipPrivilege 0 SeRestorePrivilege 2");
     EXPECT_NE(chown(file.c_str(), 1, 1), 0);
-    EXPECT_EQ(Adjusted(SE_PRIVILEGE_ENABLED), "0 SeTakeOwnershipPrivilege 2");
+    EXPECT_EQ(Adjusted(SE_PRIVILEGE_ENABLED), "0 SeTakeOwnershipPrivilege 2 SeRestorePrivilege 2");
     EXPECT_EQ(chown(file.c_str(), 1, 1), 0);
     EXPECT_EQ(AsOrdinaryUser([] { return Adjusted(SE_PRIVILEGE_ENABLED); }).value_or(""),
               std::to_string(ERROR_NOT_ALL_ASSIGNED));

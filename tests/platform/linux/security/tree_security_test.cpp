@@ -244,7 +244,8 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     const std::string before = ownerOf(tree.Path()) + ownerOf(outside.Path()) + ownerOf(target);
 
     ASSERT_EQ(Held(tree.Path())
-                  .SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, Unrecorded(), observer, counts),
+                  .SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, TreeListMode::kWrite, Unrecorded(),
+                                  observer, counts),
               0U);
     for (const char* name : {"folder", "folder/file", "link", "folder/outside"})
         EXPECT_EQ(ownerOf(tree.Path(name)), "O:S-1-22-1-1 1") << name;
@@ -254,12 +255,14 @@ TEST_F(TreeSecurity, OwnersChangeBelowAndNowhereElse) {
     EXPECT_THAT(observer.passedOver, ElementsAre(Pair("damaged", ERROR_INVALID_SECURITY_DESCR)));
     EXPECT_EQ(counts.changed, 4U);
     ASSERT_EQ(Held(tree.Path())
-                  .SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, Unrecorded(), observer, counts),
+                  .SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, TreeListMode::kWrite, Unrecorded(),
+                                  observer, counts),
               0U);
     EXPECT_EQ(counts.unchanged, 4U);
-    EXPECT_EQ(
-        Held(tree.Path()).SetOwnersBelow(nullptr, LinkedFiles::kPassOver, Unrecorded(), observer, counts),
-        ERROR_INVALID_SID);
+    EXPECT_EQ(Held(tree.Path())
+                  .SetOwnersBelow(nullptr, LinkedFiles::kPassOver, TreeListMode::kWrite, Unrecorded(),
+                                  observer, counts),
+              ERROR_INVALID_SID);
 }
 
 // Removing the name in the tree at the right moment leaves the file one name, which is elsewhere.
@@ -286,7 +289,8 @@ TEST_F(TreeSecurity, ALinkedFileWhoseNameGoesMeanwhileKeepsItsOwner) {
             if (isReplaced) tree.MakeFile("link");
         });
         ASSERT_EQ(Held(tree.Path())
-                      .SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, Unrecorded(), intruder, counts),
+                      .SetOwnersBelow(SidOfUser1(), LinkedFiles::kPassOver, TreeListMode::kWrite,
+                                      Unrecorded(), intruder, counts),
                   0U);
         EXPECT_THAT(intruder.begun, ElementsAre("link"));
         EXPECT_EQ(counts.changed, 0U);

@@ -1,4 +1,4 @@
-#include "report/group_people.h"
+#include "survey/group_people.h"
 
 #include <string>
 #include <unordered_set>
@@ -6,7 +6,7 @@
 
 #include "platform/accounts.h"
 #include "platform/group_members.h"
-#include "report/sid_key.h"
+#include "survey/sid_key.h"
 
 namespace permora {
 namespace {

@@ -1,4 +1,4 @@
-#include "report/group_people.h"
+#include "survey/group_people.h"
 
 #include <gtest/gtest.h>
 

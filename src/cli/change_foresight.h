@@ -1,0 +1,31 @@
+// What a change would do, for --dry-run.
+#pragma once
+
+#include <string>
+
+#include "cli/messages.h"
+#include "cli/target.h"
+#include "cli/tree_progress.h"
+#include "security/change_preview.h"
+
+namespace permora {
+
+// Looks at one object after the other, and prints what would become of all at the end. From now on Ctrl-C
+// ends the work between two objects.
+class ChangeForesight {
+  public:
+    explicit ChangeForesight(ConsoleMessages& console);
+
+    void Add(const Target& target, const HeldObject& object, const PlannedWrite& write);
+    // What a walk that counts has found below the objects.
+    void AddBelow(const TreeCounts& counts) { previewing.AddBelow(counts); }
+    // Prints the preview. Returns whether everything could be looked at.
+    bool End();
+
+  private:
+    ConsoleMessages& messages;
+    TreeProgress progress;
+    ChangePreviewing previewing;
+};
+
+}  // namespace permora

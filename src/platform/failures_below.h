@@ -1,0 +1,24 @@
+// What a change that was carried to the objects below a folder could not do there.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+
+#include "platform/api/base.h"
+
+namespace permora {
+
+struct FailuresBelow {
+    static constexpr std::size_t kMostNamed = 10'000;
+
+    std::size_t count = 0;
+    // The errors of the first ones in the order of their paths, kMostNamed at most. A path is the names below
+    // the folder, with backslashes between them; empty: the folder itself, which cannot be listed.
+    std::map<std::string, DWORD> named;
+
+    // In any order. Two failures of one object are told by the first.
+    void Add(const std::string& path, DWORD error);
+};
+
+}  // namespace permora
