@@ -169,9 +169,14 @@ bool SaveCommand::Do(const Target& target) {
         isTargetMissing = true;
         return false;
     }
-    const std::string path = target.folder + target.name;
+    SavedTop saved{.path = target.folder + target.name, .volume = {}};
+    saved.volume = VolumeText(saved.path);
+    // The letter of a volume depends on what is mounted. Where there is a path that will lead here again, the
+    // text holds that.
+    ChangedTop place;
+    if (top.FindTop(place) == ERROR_SUCCESS) saved.path = place.path;
     DWORD error = hasBegun ? DWORD{ERROR_SUCCESS} : BeginText(top);
-    if (error == ERROR_SUCCESS) error = writer->BeginTop({path, VolumeText(path)});
+    if (error == ERROR_SUCCESS) error = writer->BeginTop(saved);
     progress->SetTarget(target);
     if (error == ERROR_SUCCESS) error = SaveTree(top, parts, *writer, *progress);
     return error == ERROR_SUCCESS || Fail(error);

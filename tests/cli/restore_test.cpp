@@ -270,6 +270,34 @@ TEST_F(RestoreCommandTest, WhoMayNotGiveAFileAwayIsTold) {
                                HasSubstr("failed: 4")));
 }
 
+// The letter of a volume depends on what else is mounted.
+TEST_F(RestoreCommandTest, IsPutBackOnTheVolumeItWasSavedOn) {
+    if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    NtfsVolume one;
+    NtfsVolume other;
+    ASSERT_EQ(one.Problem() + other.Problem(), "");
+    const bool isOneFirst = one.Root() < other.Root();
+    NtfsVolume& first = isOneFirst ? one : other;
+    NtfsVolume& second = isOneFirst ? other : one;
+    MakeTree(first.Path("tree"));
+    Spoil();
+    const auto foreign = StateOfTree(top);
+    first.Unmount();
+    MakeTree(second.Path("tree"));
+    Save();
+    Spoil();
+
+    first.Mount();
+    EXPECT_EQ(RunCli({"restore", saved, "--yes"}).exitCode, 0);
+    EXPECT_EQ(Lists(), lists);
+    EXPECT_TRUE(StateOfTree(first.Path("tree")) == foreign);
+
+    second.Unmount();
+    EXPECT_NE(RunCli({"restore", saved, "--yes"}).exitCode, 0);
+    EXPECT_TRUE(StateOfTree(first.Path("tree")) == foreign);
+    EXPECT_EQ(RunCli({"restore", saved, "--to", first.Path("tree"), "--yes"}).exitCode, 0);
+}
+
 // Whatever moment a restore is killed at: undo brings back every byte.
 TEST_F(RestoreCommandTest, AKilledRestoreIsUndoneWhole) {
     if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
