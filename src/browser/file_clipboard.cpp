@@ -115,14 +115,6 @@ void PutFilesOnClipboard(CWnd& owner, TransferKind kind, const std::string& fold
     if (!isSet) ShowErrorBox(owner.GetSafeHwnd(), "Error: cannot set clipboard data.");
 }
 
-void PutTextOnClipboard(CWnd& owner, const std::string& text) {
-    Clipboard clipboard(owner);
-    if (!clipboard.IsOpen())
-        ShowErrorBox(owner.GetSafeHwnd(), kClipboardClosed);
-    else if (!clipboard.Empty() || !clipboard.SetData(RegisterClipboardFormat("text/plain"), BytesOf(text)))
-        ShowErrorBox(owner.GetSafeHwnd(), "Error: cannot set clipboard data.");
-}
-
 void PasteFiles(CWnd& owner, const RowSource& target,
                 const std::function<void(const std::vector<std::string>& names)>& refresh) {
     Clipboard clipboard(owner);

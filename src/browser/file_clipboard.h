@@ -17,8 +17,6 @@ bool HasFilesToPaste();
 void PutFilesOnClipboard(CWnd& owner, TransferKind kind, const std::string& folder,
                          std::span<const std::string> names);
 
-void PutTextOnClipboard(CWnd& owner, const std::string& text);
-
 // Copies or moves the files on the clipboard into the folder of `target`, then calls `refresh` with the names
 // that they have there unless another one was chosen. Cut files are then removed from the clipboard.
 void PasteFiles(CWnd& owner, const RowSource& target,

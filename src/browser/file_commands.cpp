@@ -177,10 +177,10 @@ void FileCommands::CopyHostPaths() {
     for (const std::string& name : names) {
         std::string path;
         if (!Accept(view.Rows().FindPath(name, path))) return;
-        const bool isOne = &name == &names.back();
-        text += HostPathFromPath(path) + (isOne ? "" : "\n");
+        const bool isLast = &name == &names.back();
+        text += HostPathFromPath(path) + (isLast ? "" : "\n");
     }
-    PutTextOnClipboard(view, text);
+    CopyTextOrTell(view, text);
 }
 
 }  // namespace permora

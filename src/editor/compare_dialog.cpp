@@ -7,11 +7,11 @@
 
 #include "editor/account_picker.h"
 #include "editor/required_control.h"
-#include "framework/clipboard.h"
 #include "framework/long_work.h"
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
 #include "security/effective_rights.h"
+#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
@@ -95,7 +95,7 @@ void CCompareAccountsDlg::OnCopy() {
     addLine([&](int column) { return table.Columns()[static_cast<std::size_t>(column)].header; });
     for (int row = 0; row < table.GetItemCount(); ++row)
         addLine([&](int column) { return table.GetItemText(row, column); });
-    if (!CopyText(*this, text)) ShowErrorBox(GetSafeHwnd(), "Error: cannot copy to the clipboard");
+    CopyTextOrTell(*this, text);
 }
 
 void CCompareAccountsDlg::OnSelected() {
@@ -109,8 +109,9 @@ void CCompareAccountsDlg::OnColumnClick(Notification& notification) {
     ShowRows(Selected());
 }
 
-std::vector<std::string> CCompareAccountsDlg::TextsOf(RightsHolder& account) const {
-    std::vector<std::string> texts = {AccountNameSoFar(account.account)};
+std::vector<std::string> CCompareAccountsDlg::TextsOf(RightsHolder& account,
+                                                      const DistinctNames& names) const {
+    std::vector<std::string> texts = {names.Of(AccountNameSoFar(account.account), account.account)};
     for (const AccessRight& right : kComparedRights)
         texts.emplace_back(comparison.TextOf(account, right));
     return texts;
@@ -118,9 +119,12 @@ std::vector<std::string> CCompareAccountsDlg::TextsOf(RightsHolder& account) con
 
 void CCompareAccountsDlg::ShowRows(std::size_t selected) {
     std::vector<RightsHolder>& accounts = comparison.Accounts();
+    DistinctNames names;
+    for (RightsHolder& account : accounts)
+        names.Note(AccountNameSoFar(account.account), account.account);
     std::vector<std::vector<std::string>> rows;
-    std::ranges::transform(accounts, std::back_inserter(rows),
-                           [this](RightsHolder& account) { return TextsOf(account); });
+    for (RightsHolder& account : accounts)
+        rows.push_back(TextsOf(account, names));
     std::vector<std::size_t> places(rows.size());
     std::iota(places.begin(), places.end(), 0);
     const auto column = static_cast<std::size_t>(sortedBy);

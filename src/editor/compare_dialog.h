@@ -9,6 +9,7 @@
 #include "framework/dialog.h"
 #include "framework/list_ctrl.h"
 #include "security/account_news.h"
+#include "security/distinct_names.h"
 #include "security/rights_comparison.h"
 
 namespace permora {
@@ -35,7 +36,7 @@ class CCompareAccountsDlg : public CDialog {
     // Shows all rows anew, in their order, and selects the account at `selected` of the comparison.
     void ShowRows(std::size_t selected);
     void ShowRemarks();
-    std::vector<std::string> TextsOf(RightsHolder& account) const;
+    std::vector<std::string> TextsOf(RightsHolder& account, const DistinctNames& names) const;
     // The account of the selected row; the number of accounts when there is none.
     std::size_t Selected() const;
     CListCtrl& Table() const;

@@ -86,8 +86,12 @@ struct CPage4::Inquiry {
     std::vector<std::string> network{};  // sentences
 
     void FindAnswer() {
-        error = FindEffectiveRights(parts.dacl, account, request, effective);
-        if (error == ERROR_SUCCESS) error = FindAccountGroups(*account.sid, request, groups);
+        error = FindAccountGroups(*account.sid, request, groups);
+        // A second logon would take as long again, and may give other groups.
+        if (error == ERROR_SUCCESS)
+            error = request == GroupsRequest::kExact
+                        ? FindEffectiveRights(parts.dacl, groups, effective)
+                        : FindEffectiveRights(parts.dacl, account, request, effective);
         if (error != ERROR_SUCCESS) {
             remarks = UnknownGroupsText(error, request, account);
             if (!remarks.empty()) remarks = AsSentence(remarks);

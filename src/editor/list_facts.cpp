@@ -49,11 +49,12 @@ std::vector<std::string> ListFacts::SourceTexts(const AccessEntryList& shown) co
     return texts;
 }
 
-ListFacts FindListFacts(const std::vector<RememberedObject>& items) {
+ListFacts FindListFacts(const std::vector<RememberedObject>& items, const std::atomic<bool>& isStopped) {
     ListFacts facts;
     EnforcementFinder finder;
     CommonEnforcement common;
     for (const RememberedObject& item : items) {
+        if (isStopped) break;
         HeldObject object;
         ListEnforcement enforcement;
         DWORD error = item.Find(object);

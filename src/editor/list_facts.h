@@ -2,6 +2,7 @@
 // from. No window.
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,8 @@ struct ListFacts {
     std::vector<std::string> SourceTexts(const AccessEntryList& shown) const;
 };
 
-// One object at least. May take as long as the slowest volume or domain does.
-ListFacts FindListFacts(const std::vector<RememberedObject>& items);
+// One object at least. May take as long as the slowest volume or domain does. Once `isStopped`, the objects
+// that remain are left out.
+ListFacts FindListFacts(const std::vector<RememberedObject>& items, const std::atomic<bool>& isStopped);
 
 }  // namespace permora

@@ -24,16 +24,17 @@ namespace {
 constexpr int kSourceColumn = static_cast<int>(kAccessRowTitles.size());
 constexpr int kSourceWidth = 200;
 
-void ResetTrees(CWnd& window, std::span<const RememberedObject> items, std::span<const ObjectPlace> places,
+// False when nothing was tried; the reason has been shown.
+bool ResetTrees(CWnd& window, std::span<const RememberedObject> items, std::span<const ObjectPlace> places,
                 ChangeRecorder& recorder, ChangeResults& results) {
     const auto isForWalk = [](const ObjectPlace& place) {
         return place.part == ObjectPart::kContents || IsSingleBelow(place);
     };
-    if (std::ranges::none_of(places, isForWalk)) return;
+    if (std::ranges::none_of(places, isForWalk)) return true;
     ApplyDlg dialog(&window, recorder, results);
     dialog.items = items;
     dialog.places = places;
-    dialog.DoModal();
+    return dialog.DoModal() == IDOK;
 }
 
 }  // namespace
@@ -61,21 +62,30 @@ bool CPage1::OnInitDialog() {
 }
 
 void CPage1::OnDestroy() {
-    question.Forget();
+    ForgetFacts();
     AccessListPage::OnDestroy();
+}
+
+// What is still looked at for an earlier question would only keep the disk busy.
+void CPage1::ForgetFacts() {
+    if (isForgotten) *isForgotten = true;
+    question.Forget();
+    facts.reset();
 }
 
 // Servers, domains and ten thousand items take their time: the page can be used meanwhile.
 void CPage1::AskForFacts() {
-    facts.reset();
+    ForgetFacts();
     ShowKept("");
     const auto found = std::make_shared<ListFacts>();
-    const DWORD error = question.Ask([found, items = place->items] { *found = FindListFacts(items); },
-                                     [this, found] {
-                                         facts = found;
-                                         ShowKept(found->kept);
-                                         ShowSources();
-                                     });
+    const auto isStopped = std::make_shared<std::atomic<bool>>(false);
+    isForgotten = isStopped;
+    const auto ask = [found, isStopped, items = place->items] { *found = FindListFacts(items, *isStopped); };
+    const DWORD error = question.Ask(ask, [this, found] {
+        facts = found;
+        ShowKept(found->kept);
+        ShowSources();
+    });
     if (error != ERROR_SUCCESS) ShowKept("Who obeys the list is not known: " + SystemMessageLine(error));
 }
 
@@ -166,16 +176,17 @@ bool CPage1::OnApply() {
     const DaclInheritance inheritance = ChosenInheritance();
     const bool isForTrees = IsChecked(IDC_REPLACE_CHILD_ENTRIES);
     bool mayWrite = true;
+    bool isReset = true;
     const auto apply = [&](CWnd& window, std::span<const ObjectPlace> places, ChangeResults& results) {
         const auto make = [&](ChangeRecorder& recorder) {
             mayWrite = WriteListAsking(window, place->items, places, inheritance, {dacl.get(), dacl.get()},
                                        object, recorder, results);
             if (!mayWrite || !isForTrees || recorder.Error() != ERROR_SUCCESS) return;
-            ResetTrees(window, place->items, places, recorder, results);
-            SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
+            isReset = ResetTrees(window, place->items, places, recorder, results);
+            if (isReset) SetCheck(IDC_REPLACE_CHILD_ENTRIES, false);
         };
         const ChangeKind kind = isForTrees ? ChangeKind::kReset : ChangeKind::kPermissions;
-        return MakeChangeAsking(window, *changes, kind, make) && mayWrite;
+        return MakeChangeAsking(window, *changes, kind, make) && mayWrite && isReset;
     };
     ChangeResults results;
     const auto places = PlacesOf(place->items, isForTrees ? Contents::kToo : Contents::kNone);

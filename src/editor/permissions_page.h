@@ -1,6 +1,7 @@
 // CPage1: the access list of the first selected item, edited and applied to all of them.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -40,6 +41,7 @@ class CPage1 : public AccessListPage {
 
   private:
     void AskForFacts();
+    void ForgetFacts();
     void OnShowSourcesClicked();
     void ShowSourceColumn();
     void ShowSources();
@@ -51,7 +53,8 @@ class CPage1 : public AccessListPage {
 
     ObjectSecurity object;  // as last read, with the edits since
     BackgroundQuestion question;
-    std::shared_ptr<const ListFacts> facts;  // null: not yet known
+    std::shared_ptr<std::atomic<bool>> isForgotten;  // of the latest question; null: none yet
+    std::shared_ptr<const ListFacts> facts;          // null: not yet known
     bool hasSourceColumn = false;
 };
 

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "editor/required_control.h"
-#include "framework/clipboard.h"
 #include "framework/styles.h"
 #include "framework/worker_updates.h"
 #include "platform/api/errors.h"
@@ -42,7 +41,7 @@ bool CPreviewDlg::OnInitDialog() {
     const auto work = [this] {
         const ChangePreview preview = make(*this);
         takesUnseen = preview.TakesUnseen() || preview.isStopped;
-        lines = PreviewLines(preview, AccountDisplayName);
+        if (!isCancelled) lines = PreviewLines(preview, AccountDisplayName);
         QueueWork(*progress, [this] { Show(); });
     };
     if (const DWORD error = worker.Start(work); error != ERROR_SUCCESS) {
@@ -64,6 +63,8 @@ bool CPreviewDlg::Begin(const char* name) {
 }
 
 void CPreviewDlg::Show() {
+    isShown = true;
+    if (isCancelled) return EndDialog(IDCANCEL);
     if (purpose == Purpose::kAsk && !takesUnseen) return EndDialog(IDOK);
     for (const std::string& line : lines)
         Lines().InsertItem(Lines().GetItemCount(), line);
@@ -85,9 +86,14 @@ void CPreviewDlg::OnOK() {
     CDialog::OnOK();
 }
 
+// While the worker waits for a domain or a disk, the window goes on painting.
 void CPreviewDlg::OnCancel() {
     isStopped = true;
-    CDialog::OnCancel();
+    isCancelled = true;
+    if (isShown)
+        CDialog::OnCancel();
+    else
+        progress->SetWindowText("Stopping...");
 }
 
 void CPreviewDlg::OnDestroy() {
@@ -99,7 +105,7 @@ void CPreviewDlg::Copy() {
     std::string text;
     for (const std::string& line : lines)
         text += line + '\n';
-    if (!CopyText(*this, text)) ShowErrorBox(GetSafeHwnd(), "The text cannot be put on the clipboard");
+    CopyTextOrTell(*this, text);
 }
 
 CListCtrl& CPreviewDlg::Lines() const {

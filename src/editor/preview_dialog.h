@@ -52,6 +52,8 @@ class CPreviewDlg : public CDialog, private TreeObserver {
     const Purpose purpose;
     const MakePreview make;
     std::atomic<bool> isStopped = false;
+    std::atomic<bool> isCancelled = false;  // the dialog ends with the worker
+    bool isShown = false;                   // the worker has ended
     // The worker's until it queues Show.
     std::size_t count = 0;
     std::chrono::steady_clock::time_point told;

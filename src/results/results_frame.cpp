@@ -4,7 +4,6 @@
 #include <chrono>
 #include <utility>
 
-#include "framework/clipboard.h"
 #include "framework/file_chooser.h"
 #include "framework/styles.h"
 #include "framework/worker_updates.h"
@@ -324,7 +323,7 @@ void CResultsFrame::CopyPaths() {
     std::string text;
     for (const ResultObject& object : Page().SelectedObjects())
         text += object.path + '\n';
-    if (!CopyText(*this, text)) ShowErrorBox(GetSafeHwnd(), "Error: cannot copy to the clipboard");
+    CopyTextOrTell(*this, text);
 }
 
 void CResultsFrame::SaveAs() {

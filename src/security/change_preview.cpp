@@ -60,12 +60,16 @@ void AddBelow(const ChangePreview& preview, Lines& lines) {
         lines.Add(std::move(line));
 }
 
-std::vector<std::string> LostRows(const std::vector<LostEntries>& lost, NameAccount* nameOf) {
-    std::vector<std::string> rows;
+// Names only those accounts that are shown: a domain may take its time for each.
+void AddLost(const std::vector<LostEntries>& lost, NameAccount* nameOf, Lines& lines) {
+    std::vector<std::pair<const LostEntries*, const nt::Ace*>> rows;
     for (const LostEntries& item : lost)
         for (const nt::Ace& entry : item.entries)
-            rows.push_back(item.item + ": " + EntryLine(entry, item.kind, nameOf));
-    return rows;
+            rows.emplace_back(&item, &entry);
+    lines.Add("Entries of their own that items would lose:", rows.size(), [&](std::size_t i) {
+        const auto& [item, entry] = rows[i];
+        return item->item + ": " + EntryLine(*entry, item->kind, nameOf);
+    });
 }
 
 }  // namespace
@@ -146,7 +150,7 @@ std::vector<std::string> PreviewLines(const ChangePreview& preview, NameAccount*
     Lines lines;
     lines.Add(CountsText("Items: ", preview.changed, preview.unchanged, "failed", preview.failures.size()));
     AddBelow(preview, lines);
-    lines.Add("Entries of their own that items would lose:", LostRows(preview.lost, nameOf));
+    AddLost(preview.lost, nameOf, lines);
     lines.Add("Locked out would be everyone but the owner, from:", preview.closed);
     if (preview.me) {
         AccountRecord account;

@@ -60,7 +60,11 @@ class ChangePreviewing {
 
     // `name` is the item's for people. Nothing is done any more once the observer has ended it.
     void Add(const HeldObject& object, const std::string& name, const PlannedWrite& write);
-    void AddFailure(const Outcome& outcome) { preview.failures.push_back(outcome); }
+    // An item that could not be looked at. If it is the first, nothing of the others counts as seen.
+    void AddFailure(const Outcome& outcome) {
+        preview.failures.push_back(outcome);
+        isFirst = false;
+    }
     // Counts of a tree that was counted elsewhere.
     void AddBelow(const TreeCounts& counts);
 

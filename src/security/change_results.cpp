@@ -1,6 +1,7 @@
 #include "security/change_results.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "platform/grouped_number.h"
@@ -71,7 +72,8 @@ void ChangeResults::Add(ObjectResult result) {
     const auto state = static_cast<std::size_t>(result.State());
     ++counts.at(state);
     std::vector<ObjectResult>& list = lists.at(state);
-    if (list.size() < kMostListed) list.push_back(std::move(result));
+    // Why a change was stopped is never left out.
+    if (list.size() < kMostListed || result.outcome.step == Step::kRecord) list.push_back(std::move(result));
 }
 
 std::size_t ChangeResults::RowCount() const {
@@ -105,8 +107,13 @@ std::vector<ObjectPlace> ChangeResults::TakeFailed() {
     std::vector<ObjectResult> failed = std::exchange(lists.front(), {});
     counts.front() -= failed.size();
     places.reserve(failed.size());
-    for (ObjectResult& each : failed)
+    std::set<std::size_t> items;
+    for (ObjectResult& each : failed) {
+        items.insert(each.place.item);
         places.push_back(std::move(each.place));
+    }
+    for (ObjectPlace& each : std::exchange(skipped, {}))
+        if (items.contains(each.item)) places.push_back(std::move(each));
     return places;
 }
 

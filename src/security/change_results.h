@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "security/outcome.h"
@@ -53,6 +54,8 @@ class ChangeResults {
     static constexpr std::size_t kMostListed = 10'000;
 
     void Add(ObjectResult result);
+    // What was not come to, since its item has failed: it is tried again with that.
+    void Skip(ObjectPlace place) { skipped.push_back(std::move(place)); }
     // Failures that nobody has named.
     void CountFailures(std::size_t number) { counts.front() += number; }
 
@@ -69,7 +72,8 @@ class ChangeResults {
     // Why the change was stopped before its end (Step::kRecord); null when it was not.
     const Outcome* Stop() const;
 
-    // The listed failures, which are no longer among these results: for another try.
+    // The listed failures, which are no longer among these results, and what was skipped for them: for
+    // another try.
     std::vector<ObjectPlace> TakeFailed();
 
     // "2 objects failed, 1 was left alone, 3 are done.", and how many are not listed.
@@ -80,6 +84,7 @@ class ChangeResults {
 
     std::array<std::vector<ObjectResult>, kStates> lists;
     std::array<std::size_t, kStates> counts{};
+    std::vector<ObjectPlace> skipped;
 };
 
 }  // namespace permora

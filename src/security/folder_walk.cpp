@@ -36,11 +36,11 @@ class WalkObserver : public TreeObserver {
     ChangeResults& results;
 };
 
-// Items of which the user is told already that their names lead elsewhere.
-std::set<std::size_t> ItemsNotFoundAgain(const ChangeResults& results) {
+// Items that have failed themselves. What keeps the walk from their contents is told already.
+std::set<std::size_t> FailedItems(const ChangeResults& results) {
     std::set<std::size_t> items;
     for (const ObjectResult& each : results.Listed(ResultState::kFailed))
-        if (each.outcome.step == Step::kFindAgain) items.insert(each.place.item);
+        if (each.place.part == ObjectPart::kObject && each.place.below.empty()) items.insert(each.place.item);
     return items;
 }
 
@@ -59,16 +59,26 @@ class FolderWalks {
     FolderWalks(std::span<const RememberedObject> all, const ChangeRecorder& changeRecorder,
                 const std::function<bool(const char* name)>& beginObject, const TreeWork& treeWork,
                 ChangeResults& found)
-        : items(all), recorder(changeRecorder), begin(beginObject), work(treeWork), results(found) {}
+        : items(all),
+          recorder(changeRecorder),
+          begin(beginObject),
+          work(treeWork),
+          results(found),
+          failedItems(FailedItems(found)) {}
 
     // False: no further place may be worked on.
     bool WorkOnContents(const ObjectPlace& place) {
         HeldObject folder;
         const Outcome found = FindPlace(items, place, folder);
-        if (found.code == ERROR_FILE_INVALID)
-            results.Add({place, {found.code, Step::kFindFolderAgain, found.object}});
-        if (!found.IsDone() || !folder.IsFolder()) return true;
-        return Walk(folder, place, Step::kChangeContents);
+        if (found.IsDone()) return !folder.IsFolder() || Walk(folder, place, Step::kChangeContents);
+        const bool isAnother = found.code == ERROR_FILE_INVALID;
+        if (failedItems.contains(place.item))
+            results.Skip(place);
+        else
+            results.Add(
+                {place,
+                 {found.code, isAnother ? Step::kFindFolderAgain : Step::kChangeContents, found.object}});
+        return true;
     }
 
     bool WorkOnObject(const ObjectPlace& place) {
@@ -110,10 +120,16 @@ class FolderWalks {
         return outcome.step != Step::kRecord;
     }
 
-    // A walk below an object that was tried again has been to the objects below it, too.
+    // A walk below an object that was tried again has been to the objects below it, too, unless a folder on
+    // the way has failed.
     bool IsBelowWalked(const ObjectPlace& place) const {
-        return walked != nullptr && walked->item == place.item &&
-               place.below.starts_with(walked->below + '\\');
+        const std::string& below = place.below;
+        if (walked == nullptr || walked->item != place.item || !below.starts_with(walked->below + '\\'))
+            return false;
+        std::size_t end = walked->below.size();
+        for (; end != below.npos; end = below.find('\\', end + 1))
+            if (failedBelow.contains(below.substr(0, end))) return false;
+        return true;
     }
 
     void AddDone(const ObjectPlace& place) {
@@ -125,8 +141,9 @@ class FolderWalks {
     const std::function<bool(const char* name)>& begin;
     const TreeWork& work;
     ChangeResults& results;
-    const ObjectPlace* walked = nullptr;  // the latest folder that was tried again
-    std::set<std::string> failedBelow;    // what has failed there
+    const std::set<std::size_t> failedItems;  // before these walks
+    const ObjectPlace* walked = nullptr;      // the latest folder that was tried again
+    std::set<std::string> failedBelow;        // what has failed there
 };
 
 }  // namespace
@@ -134,11 +151,9 @@ class FolderWalks {
 void WalkFolders(std::span<const RememberedObject> items, std::span<const ObjectPlace> places,
                  const ChangeRecorder& recorder, const std::function<bool(const char* name)>& begin,
                  const TreeWork& work, ChangeResults& results) {
-    const std::set<std::size_t> notFound = ItemsNotFoundAgain(results);
     FolderWalks walks(items, recorder, begin, work, results);
     for (const ObjectPlace& place : places) {
-        const bool isWalked = place.part == ObjectPart::kContents && !notFound.contains(place.item);
-        if (isWalked && !walks.WorkOnContents(place)) return;
+        if (place.part == ObjectPart::kContents && !walks.WorkOnContents(place)) return;
         if (IsSingleBelow(place) && !walks.WorkOnObject(place)) return;
     }
 }

@@ -4,6 +4,7 @@
 #include <exception>
 #include <new>
 
+#include "framework/clipboard.h"
 #include "platform/api/messages.h"
 #include "platform/system_message.h"
 
@@ -65,6 +66,10 @@ void ShowNamedOutcome(HWND owner, const Outcome& outcome) {
 void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes) {
     for (const Outcome& outcome : outcomes)
         ShowOutcome(owner, outcome);
+}
+
+void CopyTextOrTell(CWnd& owner, const std::string& text) {
+    if (!CopyText(owner, text)) ShowErrorBox(owner.GetSafeHwnd(), "Error: cannot copy to the clipboard");
 }
 
 void ReportLackOfMemory() {

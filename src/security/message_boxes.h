@@ -2,7 +2,9 @@
 #pragma once
 
 #include <span>
+#include <string>
 
+#include "framework/window.h"
 #include "platform/api/base.h"
 #include "security/outcome.h"
 
@@ -31,6 +33,9 @@ void ShowOutcome(HWND owner, const Outcome& outcome);
 // The same; the box names the object, also where the text does not.
 void ShowNamedOutcome(HWND owner, const Outcome& outcome);
 void ShowOutcomes(HWND owner, std::span<const Outcome> outcomes);
+
+// Puts a text on the clipboard, or shows that this has failed.
+void CopyTextOrTell(CWnd& owner, const std::string& text);
 
 // From now on, memory that cannot be had (std::bad_alloc), on any thread, ends the process after a box.
 void ReportLackOfMemory();

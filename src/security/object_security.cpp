@@ -158,10 +158,12 @@ void WriteListToItems(std::span<const RememberedObject> items, std::span<const O
             const std::string path = outcome.object;
             PACL dacl = object.IsFolder() ? lists.forFolders : lists.forFiles;
             // Only the first one's list was shown.
-            const DWORD error =
-                isAnew ? InheritAnew(object, recorder, below)
-                       : object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
-                                              place.item == 0 ? shown : nullptr, recorder, below);
+            const PSECURITY_DESCRIPTOR expected = place.item == 0 ? shown : nullptr;
+            DWORD error = isAnew ? InheritAnew(object, recorder, below)
+                                 : object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
+                                                        expected, recorder, below);
+            // Others change it all the time, but nothing that was shown.
+            if (error == ERROR_REVISION_MISMATCH && expected == nullptr) error = ERROR_BUSY;
             outcome = OutcomeOfChange(error, recorder);
             if (isAnew && outcome.step == Step::kNone)
                 outcome = {error, Step::kCarryDown, {}, items[place.item].Path()};

@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "framework/clipboard.h"
 #include "framework/keyboard.h"
 #include "framework/menu.h"
 #include "platform/ascii.h"
@@ -147,7 +146,7 @@ void CResultsDlg::Copy(CopiedRows rows) {
     for (int row = 0; row < list.GetItemCount(); ++row)
         if (rows == CopiedRows::kAll || list.IsSelected(row))
             text += ResultLine(results.Row(static_cast<std::size_t>(list.GetItemData(row))));
-    if (!CopyText(*this, text)) ShowErrorBox(GetSafeHwnd(), "Error: cannot copy to the clipboard");
+    CopyTextOrTell(*this, text);
 }
 
 std::string CResultsDlg::Text(std::intptr_t data, int column) const {

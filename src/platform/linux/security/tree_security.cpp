@@ -114,7 +114,7 @@ class ListSettingThread : public TreeChangeThread {
         JoinInherited(after, *inherited.list, object);
         plan.changes = after != before;
         if (plan.changes) {
-            plan.losesOwn = !LostOwnEntries(before, after).empty();
+            plan.losesOwn = mode == TreeListMode::kCountOnly && !LostOwnEntries(before, after).empty();
             plan.isEmptied = IsEmptiedBy(before, after);
             plan.before = store.Found(object);
             const DWORD problem = store.Prepare(object, after, plan.after);
