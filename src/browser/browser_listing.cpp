@@ -51,6 +51,7 @@ class BrowserView::Filling : public RowReceiver {
 };
 
 Outcome BrowserView::Fill(RowSource& source) {
+    StopReadingSecurity();
     security.Restart(nullptr);
     if (!list.DeleteAllItems() || !images.Rebuild(list, source.Images())) return {ERROR_NOT_ENOUGH_MEMORY};
     ArrangeColumns(source);

@@ -255,8 +255,7 @@ void BrowserView::SetIcons(RowIcons icons) {
 // The window stays in use while the security of all rows is read.
 void BrowserView::SortByColumn(int column) {
     if (security.IsReadingAll()) {
-        security.StopReadingAll();
-        ShowState("Ready");
+        StopReadingSecurity();
     } else if (!security.Has(column)) {
         SortRows(column);
     } else {
@@ -270,6 +269,12 @@ void BrowserView::SortByColumn(int column) {
             SortRows(column);
         });
     }
+}
+
+void BrowserView::StopReadingSecurity() {
+    if (!security.IsReadingAll()) return;
+    security.StopReadingAll();
+    ShowState("Ready");
 }
 
 void BrowserView::SortRows(int column) {
@@ -297,6 +302,7 @@ void BrowserView::OnSecurityColumn(Notification& notification) {
 }
 
 void BrowserView::ChooseSecurityColumns(std::uint32_t columns) {
+    StopReadingSecurity();  // the column to be sorted by may be another afterwards
     security.Choose(columns);
     CMenu menu = ViewMenu();
     if (CMenu entries = menu ? menu.GetSubMenu(kSecurityColumnsEntry) : CMenu())
@@ -327,9 +333,7 @@ void BrowserView::SetDotNames(DotNames names) {
 // Escape first stops what goes on.
 void BrowserView::OnEscape(Notification& notification) {
     notification.handled = security.IsReadingAll();
-    if (!notification.handled) return;
-    security.StopReadingAll();
-    ShowState("Ready");
+    StopReadingSecurity();
 }
 
 }  // namespace permora

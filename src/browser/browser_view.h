@@ -144,6 +144,7 @@ class BrowserView : public CWnd {
     void OnDotNames();
     void OnEscape(Notification& notification);
     void SortRows(int column);
+    void StopReadingSecurity();
     void OnFileCommand(Notification& notification);
 
     CMenu contextMenu;  // pop-up 0: with a selection, 1: without
