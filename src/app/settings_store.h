@@ -2,8 +2,9 @@
 //
 // HKEY_CURRENT_USER, SOFTWARE\Valdrix\ZEL holds "ProgramSettings" (binary, the scrambled record), "Path"
 // (text, the program's folder, which the installation writes), "HistoryDays", "HistoryMegabytes",
-// "SecurityColumns", "ShowDotNames", "SheetWidth" and "SheetHeight" (numbers) and "ToldInterruption" (text,
-// two numbers). All functions but one return 0 or a system error code.
+// "SecurityColumns", "ShowDotNames", "ShowSources", "AskBeforeLosses", "SheetWidth" and "SheetHeight"
+// (numbers) and "ToldInterruption" (text, two numbers). Functions whose result is a DWORD return 0 or a
+// system error code.
 #pragma once
 
 #include <cstdint>

@@ -23,7 +23,7 @@ bool ChangeForesight::End() {
         Print(PrintableText(line) + '\n');
     if (IsInterrupted()) SayInterrupted(messages);
     const bool isPassedOver = preview.below && preview.below->passedOver > 0;
-    return preview.failures.empty() && !preview.isStopped && !isPassedOver;
+    return preview.failures.empty() && !preview.isStopped && !isPassedOver && !IsInterrupted();
 }
 
 }  // namespace permora

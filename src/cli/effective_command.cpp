@@ -13,6 +13,7 @@
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
+#include "security/distinct_names.h"
 #include "security/effective_rights.h"
 #include "security/rights_comparison.h"
 #include "shares/network_rights.h"
@@ -64,8 +65,11 @@ std::string AnswerText(const Target& target, const std::string& account, const A
 // Rights in lines and accounts in columns: these have the shorter names.
 std::string ComparisonText(RightsComparison& comparison) {
     std::vector<std::vector<std::string>> lines = {{""}};
+    DistinctNames names;
     for (RightsHolder& each : comparison.Accounts())
-        lines.front().push_back(AccountDisplayName(each.account));
+        names.Note(AccountDisplayName(each.account), each.account);
+    for (RightsHolder& each : comparison.Accounts())
+        lines.front().push_back(names.Of(AccountDisplayName(each.account), each.account));
     for (const AccessRight& right : kSingleRights) {
         std::vector<std::string>& line = lines.emplace_back();
         line.emplace_back(right.listName);

@@ -113,7 +113,7 @@ bool OwnerCommand::End() {
         foresight->AddBelow(counts);
         return foresight->End() && allFound;
     }
-    return EndTrees(counts, ChangeMode::kWrite, messages) && allFound;
+    return EndTrees(counts, dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite, messages) && allFound;
 }
 
 }  // namespace
