@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
@@ -28,15 +29,23 @@ using Seconds = std::chrono::duration<double>;
 
 class DomainFailuresTest : public OnDomainMember, public testing::WithParamInterface<Outage> {
   protected:
-    // Runs the program, which must end within the limit whatever the domain does.
-    static CommandResult RunWithin(Seconds limit, const Command& arguments) {
+    // Runs the program, which must end soon after the domain's time is over whatever the domain does.
+    CommandResult RunWithin(Seconds domainsTime, const Command& arguments) const {
         const auto start = std::chrono::steady_clock::now();
         const CommandResult result = RunCli(arguments);
         const Seconds taken = std::chrono::steady_clock::now() - start;
         std::printf("%-22s %-10s %6.2f s, exit code %d\n", GetParam().name, arguments[0].c_str(),
                     taken.count(), result.exitCode);
-        EXPECT_LE(taken, limit) << result.output;
+        EXPECT_LE(taken, domainsTime + ownTime) << result.output;
         return result;
+    }
+
+    // What a program may add to the time in which the domain has to answer, for starting and for Samba's
+    // tools: several times what these take here and now, while the domain answers.
+    void MeasureOwnTime(const Command& arguments) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(RunCli(arguments).exitCode, 0);
+        ownTime = std::max<Seconds>(4s, 6 * Seconds(std::chrono::steady_clock::now() - start));
     }
 
     void Begin() {
@@ -58,12 +67,12 @@ class DomainFailuresTest : public OnDomainMember, public testing::WithParamInter
 
   private:
     bool isFailing = false;
+    Seconds ownTime = 4s;
 };
 
-// What a program may add to the time in which the domain has to answer: starting, Samba's tools, a busy
-// machine.
-constexpr Seconds kNames = 2s + 4s;
-constexpr Seconds kGroups = 10s + 4s;
+// The time in which the domain has to answer.
+constexpr Seconds kNames = 2s;
+constexpr Seconds kGroups = 10s;
 
 TEST_P(DomainFailuresTest, EveryCommandEndsInTimeAndTellsWhatIsMissing) {
     const Outage& failure = GetParam();
@@ -80,6 +89,7 @@ TEST_P(DomainFailuresTest, EveryCommandEndsInTimeAndTellsWhatIsMissing) {
         first = RunCli({"effective", file, "--account", "EXAMPLE\\anna"});
         return first.exitCode == 0;
     })) << first.output;
+    MeasureOwnTime({"effective", file, "--account", "EXAMPLE\\anna"});
     ASSERT_NO_FATAL_FAILURE(Begin());
 
     const CommandResult shown = RunWithin(kNames, {"show", file});

@@ -17,6 +17,7 @@
 #include "tests/cli/cli_program.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/domain_fixture.h"
+#include "tests/support/patience.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -130,8 +131,13 @@ class DomainRightsTest : public OnDomainMember {
         arguments.insert(arguments.end(), options.begin(), options.end());
         for (std::size_t list = 0; list < kLists; ++list)
             arguments.push_back(Path(NameOf(list)));
-        const CommandResult shown = RunCli(arguments);
-        EXPECT_EQ(shown.exitCode, 0) << user.name << ' ' << shown.output.substr(0, 1000);
+        // On a busy machine the domain may not answer in time.
+        CommandResult shown;
+        EXPECT_TRUE(Await([&] {
+            shown = RunCli(arguments);
+            return shown.exitCode == 0;
+        })) << user.name
+            << ' ' << shown.output.substr(0, 1000);
         const Json objects = Json::parse(shown.output, nullptr, false);
         Masks masks;
         for (const Json& object : objects.is_array() ? objects : Json::array()) {

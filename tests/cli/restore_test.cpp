@@ -6,13 +6,11 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
-#include <thread>
 
 #include "history/undo.h"
 #include "platform/api/errors.h"
@@ -84,18 +82,17 @@ class RestoreCommandTest : public testing::Test {
         for (const char* name : {"", "/sub", "/file", "/sub/file"})
             ASSERT_EQ(SetDescriptorText(top + name, "D:P(A;;FX;;;WD)"), 0U);
     }
-    // Starts a restore and kills it.
-    void KillAfter(double seconds) {
+    // Starts a restore and kills it when this object has got its owner back.
+    void KillAt(const std::string& awaited) {
+        const auto owner = [&] { return DescriptorText(awaited, OWNER_SECURITY_INFORMATION); };
+        const std::string spoilt = owner();
         const int restore = StartService({CliPath(), "restore", saved, "--yes"}, folder.Path("log"));
         ASSERT_GT(restore, 0);
-        std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
+        siginfo_t ended{};
+        while (owner() == spoilt && ended.si_pid == 0)
+            waitid(P_PID, static_cast<id_t>(restore), &ended, WEXITED | WNOHANG | WNOWAIT);
         kill(restore, SIGKILL);
         waitpid(restore, nullptr, 0);
-    }
-    static double SecondsOf(const std::vector<std::string>& arguments) {
-        const auto begin = std::chrono::steady_clock::now();
-        EXPECT_EQ(RunCli(arguments).exitCode, 0);
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     }
     std::string Lists() const {
         std::string all;
@@ -313,20 +310,18 @@ TEST_F(RestoreCommandTest, AKilledRestoreIsUndoneWhole) {
         Spoil();
         ASSERT_EQ(RunCli({"owner", top, "--set", "S-1-22-1-9", "--tree"}).exitCode, 0);
         const auto spoilt = StateOfTree(top);
-        const double readOnly = SecondsOf({"restore", saved, "--dry-run"});
-        const double whole = SecondsOf({"restore", saved, "--yes"});
+        ASSERT_EQ(RunCli({"restore", saved, "--yes"}).exitCode, 0);
         const auto restored = StateOfTree(top);
         UndoLast();
         ASSERT_TRUE(StateOfTree(top) == spoilt);
         for (int round = 0; !HasTriedEnough(round, 15, cutOff); ++round) {
-            const double part = static_cast<double>(random() % 100) / 100;
-            const double after = readOnly / 2 + (whole - readOnly / 2) * part;
-            KillAfter(after);
+            const std::string awaited = top + "/sub/" + std::to_string(random() % 700);
+            ASSERT_NO_FATAL_FAILURE(KillAt(awaited));
             const auto state = StateOfTree(top);
-            if (state == spoilt) continue;
+            ASSERT_FALSE(state == spoilt);
             if (state != restored) ++cutOff;
             UndoLast();
-            ASSERT_TRUE(StateOfTree(top) == spoilt) << "killed after " << after << " seconds";
+            ASSERT_TRUE(StateOfTree(top) == spoilt) << "killed at " << awaited;
         }
     }
     EXPECT_GT(cutOff, 0) << "none was killed in the middle";

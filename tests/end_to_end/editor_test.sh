@@ -77,6 +77,7 @@ WaitUntil "all below to inherit" IsReset
 WaitUntil "the walk's dialog to close" HasNoWindow "Applying settings"
 WaitUntil "the sheet to be active" IsActive "$sheet"
 ExpectTold 'push button|Apply|disabled|'
+ExpectTold '.*Kept .*' # who obeys the list is told when that has been found out
 Settle
 Picture "read-again" "$sheet"
 CloseDialog "Security Editor - Alpha" "$window" CancelSheet

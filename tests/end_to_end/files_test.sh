@@ -56,7 +56,8 @@ TakeClipboard() {
 }
 Offer() { TakeClipboard put "$1" "$2"; } # FORMAT TEXT
 # ServedDuring SECONDS COMMAND...: the window is served all that time, in which the command runs. Far more is allowed than
-# it takes, for machines that have other things to do.
+# it takes, for machines that have other things to do. The command takes no pictures: the display's server answers nobody
+# meanwhile.
 ServedDuring() {
     local seconds=$1 watcher
     shift
@@ -173,12 +174,14 @@ WaitForFolder "$local/Back"
 
 # With one that has taken the clipboard and hangs.
 TakeClipboard hold
-ServedDuring 5 OpenDialog "Permora Error" Keys ctrl+v
+ServedDuring 5 Keys ctrl+v
+OpenDialog "Permora Error" true
 CloseDialog "Permora Error" "$window" Keys Return
-ServedDuring 1 Step "context-menu-of-a-silent-clipboard" Keys shift+F10
+Step "context-menu-of-a-silent-clipboard" ServedDuring 1 Keys shift+F10
 Keys Escape
 ClickAt "${addressField[@]}"
-ServedDuring 5 OpenDialog "Clipboard" Keys ctrl+v
+ServedDuring 5 Keys ctrl+v
+OpenDialog "Clipboard" true
 CloseDialog "Clipboard" "$window" Keys Return
 
 TypeLocation / # the volume is left before it is unmounted

@@ -77,8 +77,9 @@ Quit
 
 # A change that is cut off is told at the next start, once.
 untouched=$(Kept "$many")
-# Before the change the files have no lists of their own.
-IsAtWork() { [ -n "$(getfattr --dump --match=- "$many"/[1-9][0-9] 2>/dev/null)" ]; }
+# The first object that is written is seen at once, wherever it stands in the folder.
+touch "$work/begin"
+IsAtWork() { [ -n "$(find "$many" -type f -newercm "$work/begin" -print -quit)" ]; }
 "$programs/permora-cli" reset --yes "$many" >/dev/null 2>&1 &
 resetPid=$!
 WaitUntil "objects to be written" IsAtWork

@@ -11,6 +11,7 @@
 #include "tests/report/made_report.h"
 #include "tests/support/browser.h"
 #include "tests/support/command.h"
+#include "tests/support/patience.h"
 
 namespace permora::test {
 namespace {
@@ -207,10 +208,12 @@ TEST_F(PageTest, ThePolicyLetsNothingOut) {
     // The same browser reaches it from a page without the policy.
     std::ofstream(folder->Path("other.html")) << "<!DOCTYPE html><title>other</title>";
     browser->Open(folder->Path("other.html"));
-    browser->Evaluate("fetch('" + listener.Address() +
-                      "', {mode: 'no-cors', signal: AbortSignal.timeout(500)})"
-                      ".catch(() => {})");
-    EXPECT_TRUE(listener.WasAsked());
+    EXPECT_TRUE(Await([&] {
+        browser->Evaluate("fetch('" + listener.Address() +
+                          "', {mode: 'no-cors', signal: AbortSignal.timeout(500)})"
+                          ".catch(() => {})");
+        return listener.WasAsked();
+    }));
 }
 
 TEST_F(PageTest, WithoutScriptsItIsAPageOfTables) {

@@ -22,6 +22,7 @@
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
 #include "tests/support/descriptor_texts.h"
+#include "tests/support/patience.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora {
@@ -276,7 +277,14 @@ TEST(TreeSource, FewFoldersAreOpenedAhead) {
     const std::size_t before = OpenDescriptors();
     std::size_t most = 0;
     visitor.onVisit = [&](const ReadObject&) {
-        if (visitor.paths.size() % 200 == 10) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        if (visitor.paths.size() % 200 == 10) {
+            const auto isAhead = [&] {
+                most = std::max(most, OpenDescriptors());
+                return most > before + 20;
+            };
+            test::Await(isAhead, std::chrono::seconds(10));
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));  // for those that go too far
+        }
         if (visitor.paths.size() % 50 == 10) most = std::max(most, OpenDescriptors());
         return true;
     };

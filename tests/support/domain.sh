@@ -303,10 +303,19 @@ Origin() {
     { cat "$self" "${self%.sh}_accounts.py"; dpkg-query --show samba samba-ad-provision; } | sha256sum
 }
 
+# The volumes of tests that run meanwhile are let go of: as long as this world holds them their file systems do not end.
+LetGoOfVolumes() {
+    local place
+    while read -r _ place _; do
+        [[ $place != */permora-test-* ]] || umount --lazy "$place" 2>/dev/null || true
+    done < <(cat /proc/self/mounts)
+}
+
 # RunWorld USERS COMMAND...
 RunWorld() {
     local users=$1
     shift
+    LetGoOfVolumes
     image=$kept/with-$users-users
     mount -t tmpfs -o mode=755 tmpfs "$world"
     exec 8>"$kept/lock" # one process makes the copy, the others wait for it

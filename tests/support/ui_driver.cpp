@@ -1,6 +1,7 @@
 #include "tests/support/ui_driver.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -9,15 +10,16 @@
 
 #include "framework/file_operation_ids.h"
 #include "framework/native.h"
+#include "tests/support/patience.h"
 #include "tests/support/ui_backend.h"
 
 namespace permora::test {
 namespace {
 
 // In milliseconds: how long a window may stay open after its script, and how long one that was told to close
-// may take before the program is ended, since it would hang.
-constexpr int kPatience = 5000;
-constexpr int kTimeToClose = 5000;
+// may take before the program is ended, since it would hang. What it waits for may be a busy disk.
+constexpr int kTimeToStay = static_cast<int>(std::chrono::milliseconds(kPatience).count());
+constexpr int kTimeToClose = kTimeToStay;
 
 // The bits of a message box's type that tests look at: buttons and icon.
 constexpr UINT kTypeMask = 0xFF;
@@ -198,7 +200,7 @@ void UiDriver::State::RunScript(const ModalWindow& modal, const Expectation& exp
 }
 
 void UiDriver::State::WatchClosing(HWND window) {
-    PostLater(kPatience, [weak = weak_from_this(), window] {
+    PostLater(kTimeToStay, [weak = weak_from_this(), window] {
         const auto self = weak.lock();
         if (!self || !IsOpen(window)) return;
         if (self->declared.size() > 1) {  // another window's script runs meanwhile

@@ -11,12 +11,14 @@
 #include <thread>
 
 #include "framework/native.h"
+#include "framework/window.h"
 #include "framework/window_access.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "tests/support/command.h"
+#include "tests/support/patience.h"
 #include "tests/support/places.h"
 #include "tests/support/refused_leases.h"
 #include "tests/support/refused_threads.h"
@@ -73,6 +75,23 @@ using ::testing::IsEmpty;
 
 constexpr const char* kTitle = "Security Wizard";
 
+// Tells when the sheet goes.
+class WatchedWizard : public CWizard {
+  public:
+    WatchedWizard(const Place& place, const WizardSettings& settings, ChangeSession& changes,
+                  std::atomic<bool>& leaving)
+        : CWizard(nullptr, place, settings, changes), isLeaving(leaving) {}
+
+  protected:
+    void OnDestroy() override {
+        isLeaving = true;
+        CWizard::OnDestroy();
+    }
+
+  private:
+    std::atomic<bool>& isLeaving;
+};
+
 class WizardDeletionPage : public ::testing::Test {
   protected:
     WizardDeletionPage() {
@@ -93,7 +112,7 @@ class WizardDeletionPage : public ::testing::Test {
         return Run(test::InCurrentFolder(std::move(names)), script);
     }
     int Run(const Place& place, const UiDriver::Script& script) {
-        CWizard wizard(nullptr, place, settings, changes);
+        WatchedWizard wizard(place, settings, changes, isLeaving);
         sheet = &wizard;
         ui.ExpectSheet(kTitle, script);
         return wizard.DoModal();
@@ -115,6 +134,7 @@ class WizardDeletionPage : public ::testing::Test {
     ChangeSession changes{History::UsualPath(), {}};
     UiDriver ui;
     CWizard* sheet = nullptr;  // the latest
+    std::atomic<bool> isLeaving = false;
 };
 
 TEST_F(WizardDeletionPage, ListsWhatBecomesOfEachAndCountsWhatIsGone) {
@@ -306,9 +326,10 @@ TEST_F(WizardDeletionPage, TheProgramsEndWaitsForTheWorker) {
     Run({"file"}, [&](WindowDriver& window) {
         GoToDeletion(window);
         EXPECT_TRUE(window.WaitUntil([] { return isWaiting.load(); }));
+        // While the sheet goes, this is served only by the wait for the worker, which has been told to stop.
         opener = std::thread([&] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            gate.set_value();
+            EXPECT_TRUE(test::Await([&] { return isLeaving.load(); }));
+            CallOnUiThread([&] { gate.set_value(); });
         });
         WindowAccess::NativeAs<NativeDialog>(*sheet)->EndModal();
     });

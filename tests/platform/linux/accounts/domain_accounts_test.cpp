@@ -55,6 +55,16 @@ std::string NameOfSid(const std::string& sid) {
     }
 }
 
+// The same as soon as the domain has answered, which takes it longer on a busy machine than anybody waits.
+std::string AwaitedNameOfSid(const std::string& sid) {
+    std::string name;
+    Await([&] {
+        name = NameOfSid(sid);
+        return name != "not yet";
+    });
+    return name;
+}
+
 milliseconds TimeOf(const std::function<void()>& call) {
     const auto start = std::chrono::steady_clock::now();
     call();
@@ -83,7 +93,7 @@ TEST_F(DomainAccountsTest, SidsLeadToNames) {
         {"S-1-5-32-545", "BUILTIN\\Users 4"},
     };
     for (const auto& [sid, name] : cases)
-        EXPECT_EQ(NameOfSid(sid), name) << sid;
+        EXPECT_EQ(AwaitedNameOfSid(sid), name) << sid;
 }
 
 TEST_F(DomainAccountsTest, ANumberOfTheHostIsTheDomainsAccount) {
@@ -164,7 +174,8 @@ class DomainOutageTest : public OnDomainMember, public testing::WithParamInterfa
 // Every call ends in time and says that the domain is away, whatever winbind makes of it.
 TEST_P(DomainOutageTest, EndsInTimeAndIsSaid) {
     ASSERT_TRUE(Await(IsOnline));
-    ASSERT_EQ(NameOfSid(DomainSid(kAnna)), "EXAMPLE\\anna 1");
+    ASSERT_EQ(AwaitedNameOfSid(DomainSid(kAnna)), "EXAMPLE\\anna 1");
+    ASSERT_TRUE(Await(IsOnline));
     static unsigned next = 100000;  // people that nobody has asked for yet
     Control(GetParam().begin);
     std::map<std::string, milliseconds> times;
@@ -204,9 +215,11 @@ TEST_P(DomainOutageTest, EndsInTimeAndIsSaid) {
     Control(GetParam().end);
     const milliseconds back = TimeOf([] { EXPECT_TRUE(Await(IsOnline, seconds(150))); });
     std::cout << GetParam().name << ": online again after " << back.count() << " ms\n";
-    EXPECT_EQ(NameOfSid(DomainSid(kCarla)), "EXAMPLE\\carla 1");
+    EXPECT_EQ(AwaitedNameOfSid(DomainSid(kCarla)), "EXAMPLE\\carla 1");
     AccountGroups groups;
-    EXPECT_EQ(FindAccountGroups(Sid(DomainSid(kAnna)), GroupsRequest::kUsual, groups), ERROR_SUCCESS);
+    EXPECT_TRUE(Await([&] {
+        return FindAccountGroups(Sid(DomainSid(kAnna)), GroupsRequest::kUsual, groups) == ERROR_SUCCESS;
+    }));
     EXPECT_THAT(groups.sids, Contains(Sid(DomainSid(kPayroll))));
 }
 

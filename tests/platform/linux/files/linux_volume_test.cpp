@@ -96,7 +96,7 @@ TEST_F(LinuxVolume, AWalkOpensWhatItMayAndWaitsForNobody) {
     ASSERT_EQ(symlink("folder/file", tree.Path("link").c_str()), 0);
     const UniqueFd leased(open(tree.Path("leased").c_str(), O_RDWR | O_CLOEXEC));
     ASSERT_EQ(fcntl(leased.Get(), F_SETLEASE, F_WRLCK), 0);
-    alarm(5);
+    alarm(30);  // a lease ends after 45 seconds
     ReadableFiles visitor;
     WalkTree(Top(), nullptr, visitor, 1);
     alarm(0);

@@ -222,8 +222,11 @@ TEST(TreeWalk, AStopReachesAllThreadsAtOnce) {
         Recorder visitor;
         std::atomic<int> calls = 0;
         visitor.onVisit = [&](const VisitedObject&) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            return ++calls == 40 ? WalkDecision::kStop : WalkDecision::kDescend;
+            const int call = ++calls;
+            if (call == 40) return WalkDecision::kStop;
+            // The thread with the decision may have to wait for a processor before it tells the others.
+            std::this_thread::sleep_for(std::chrono::milliseconds(call < 40 ? 1 : 500));
+            return WalkDecision::kDescend;
         };
         WalkTree(OpenFolder(tree.Path()), nullptr, visitor, threads);
         EXPECT_LT(calls, 40 + static_cast<int>(threads)) << "visits that have begun may end";
