@@ -123,8 +123,8 @@ void CCompareAccountsDlg::ShowRows(std::size_t selected) {
     for (RightsHolder& account : accounts)
         names.Note(AccountNameSoFar(account.account), account.account);
     std::vector<std::vector<std::string>> rows;
-    for (RightsHolder& account : accounts)
-        rows.push_back(TextsOf(account, names));
+    std::ranges::transform(accounts, std::back_inserter(rows),
+                           [&](RightsHolder& account) { return TextsOf(account, names); });
     std::vector<std::size_t> places(rows.size());
     std::iota(places.begin(), places.end(), 0);
     const auto column = static_cast<std::size_t>(sortedBy);

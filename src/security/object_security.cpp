@@ -158,7 +158,7 @@ void WriteListToItems(std::span<const RememberedObject> items, std::span<const O
             const std::string path = outcome.object;
             PACL dacl = object.IsFolder() ? lists.forFolders : lists.forFiles;
             // Only the first one's list was shown.
-            const PSECURITY_DESCRIPTOR expected = place.item == 0 ? shown : nullptr;
+            PSECURITY_DESCRIPTOR expected = place.item == 0 ? shown : nullptr;
             DWORD error = isAnew ? InheritAnew(object, recorder, below)
                                  : object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
                                                         expected, recorder, below);
