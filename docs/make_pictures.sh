@@ -41,7 +41,7 @@ BecomeFileServer() {
     printf '%s\n' root:x:0:0::/root:/bin/sh anna:x:1000:1000::/home/anna:/bin/sh ben:x:1001:1001::/home/ben:/bin/sh >/etc/passwd
     printf '%s\n' root:x:0: anna:x:1000: ben:x:1001: accounting:x:1002:anna >/etc/group
     printf 'Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\SYSTEM\\MountedDevices]\n"\\\\DosDevices\\\\D:"="%s"\n' \
-        "$sample" >/etc/permora/registry.reg
+        /media/disk >/etc/permora/registry.reg
 }
 
 # Lists that show what the guide tells of.
@@ -104,8 +104,11 @@ TakeDomainPictures() {
     xdotool windowmove --sync "$window" 60 40 windowsize --sync "$window" 820 420
     Step "details" Keys alt+v d
     Step "a-folder" Keys P
-    TakeDialog domain-permissions "Security Editor - Plans" Keys alt+p
+    OpenDialog "Security Editor - Plans" Keys alt+p
     sheet=$dialog
+    sleep 1 # who obeys the list is asked for meanwhile
+    Settle
+    Take domain-permissions "$sheet"
     OpenDialog "Select Account Name" PressAdd
     TypeText eng
     Keys Tab space
@@ -143,8 +146,8 @@ MakeLists
 "$programs/permora-cli" report /media/disk --members --html "$work/report.html"
 TakePage report-page "$work/report.html"
 
-Start "$sample/Projects"
-WaitForFolder "$sample/Projects"
+Start "/media/disk/Projects"
+WaitForFolder "/media/disk/Projects"
 xdotool windowmove --sync "$window" 60 40 windowsize --sync "$window" 820 420
 Step "details" Keys alt+v d
 Step "a-folder" Keys A
