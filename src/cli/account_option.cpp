@@ -37,8 +37,7 @@ std::string AccountsOption::Interpret() {
     for (const std::string& shielded : typed) {
         const std::string text = Unshielded(shielded);
         AccountRecord account;
-        std::string problem =
-            text.empty() ? "--account: the name is empty" : FindTypedAccount(text, account);
+        std::string problem = text.empty() ? "--account: the name is empty" : FindTypedAccount(text, account);
         if (!problem.empty()) return problem;
         accounts.push_back(std::move(account));
     }
