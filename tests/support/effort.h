@@ -1,14 +1,17 @@
-// How often tests try what depends on chance: made-up cases, kills and races.
+// What tests may expect of this build: how often they try what depends on chance (made-up cases, kills and
+// races), and how long its work may take.
 #pragma once
 
 namespace permora::test {
 
 // Under a sanitizer each try takes several times as long, and one in four shows it the same code. The other
-// builds make them all.
+// builds make them all. What users wait for shows in builds without one.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 inline constexpr int kOneIn = 4;
+inline constexpr int kSlowness = 5;
 #else
 inline constexpr int kOneIn = 1;
+inline constexpr int kSlowness = 1;
 #endif
 
 constexpr int Tries(int number) {
