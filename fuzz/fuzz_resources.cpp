@@ -35,6 +35,9 @@ void CheckEntry(const ResourceEntry& entry) {
         case ResourceType::kToolbar:
             ParseToolbarTemplate(data);
             return;
+        case ResourceType::kGrowingControls:
+            ParseGrowingControls(data);
+            return;
     }
 }
 
