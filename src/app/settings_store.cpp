@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <initializer_list>
 #include <span>
 #include <system_error>
 #include <utility>
@@ -74,12 +75,19 @@ void LoadNumber(const RegistryKey& key, const char* name, std::uint32_t& number)
     if (isRead && value.type == REG_DWORD && value.size == sizeof(stored)) number = stored;
 }
 
-DWORD StoreNumbers(const std::array<std::pair<const char*, std::uint32_t>, 2>& values) {
+DWORD StoreNumbers(std::initializer_list<std::pair<const char*, std::uint32_t>> values) {
     RegistryKey key;
     DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
     for (const auto& [name, number] : values)
         if (error == ERROR_SUCCESS) error = key.WriteNumber(name, number);
     return error == ERROR_SUCCESS ? key.Close() : error;
+}
+
+bool LoadFlag(const char* name, bool usual) {
+    std::uint32_t flag = usual ? 1 : 0;
+    RegistryKey key;
+    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) == ERROR_SUCCESS) LoadNumber(key, name, flag);
+    return flag != 0;
 }
 
 // Creates or opens the key and sets one of its values; `name` null: the default value.
@@ -117,7 +125,7 @@ HistoryLimits LoadHistoryLimits() {
 }
 
 DWORD StoreHistoryLimits(const HistoryLimits& limits) {
-    return StoreNumbers({{{kDaysValue, limits.days}, {kMegabytesValue, limits.megabytes}}});
+    return StoreNumbers({{kDaysValue, limits.days}, {kMegabytesValue, limits.megabytes}});
 }
 
 Size LoadSheetSize() {
@@ -132,23 +140,16 @@ Size LoadSheetSize() {
 }
 
 DWORD StoreSheetSize(Size size) {
-    return StoreNumbers({{{kSheetWidthValue, static_cast<std::uint32_t>(size.cx)},
-                          {kSheetHeightValue, static_cast<std::uint32_t>(size.cy)}}});
+    return StoreNumbers({{kSheetWidthValue, static_cast<std::uint32_t>(size.cx)},
+                         {kSheetHeightValue, static_cast<std::uint32_t>(size.cy)}});
 }
 
 bool LoadShowSources() {
-    std::uint32_t shows = 0;
-    RegistryKey key;
-    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) == ERROR_SUCCESS)
-        LoadNumber(key, kSourcesValue, shows);
-    return shows != 0;
+    return LoadFlag(kSourcesValue, false);
 }
 
 DWORD StoreShowSources(bool shows) {
-    RegistryKey key;
-    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
-    if (error == ERROR_SUCCESS) error = key.WriteNumber(kSourcesValue, shows ? 1 : 0);
-    return error == ERROR_SUCCESS ? key.Close() : error;
+    return StoreNumbers({{kSourcesValue, shows ? 1U : 0U}});
 }
 
 BrowserChoices LoadBrowserChoices() {
@@ -163,26 +164,16 @@ BrowserChoices LoadBrowserChoices() {
 }
 
 DWORD StoreBrowserChoices(const BrowserChoices& choices) {
-    RegistryKey key;
-    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
-    if (error == ERROR_SUCCESS) error = key.WriteNumber(kColumnsValue, choices.securityColumns);
-    if (error == ERROR_SUCCESS) error = key.WriteNumber(kDotNamesValue, choices.showsDotNames ? 1 : 0);
-    return error == ERROR_SUCCESS ? key.Close() : error;
+    return StoreNumbers(
+        {{kColumnsValue, choices.securityColumns}, {kDotNamesValue, choices.showsDotNames ? 1U : 0U}});
 }
 
 bool LoadAskBeforeLosses() {
-    std::uint32_t asks = 1;
-    RegistryKey key;
-    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) == ERROR_SUCCESS)
-        LoadNumber(key, kAskBeforeLossesValue, asks);
-    return asks != 0;
+    return LoadFlag(kAskBeforeLossesValue, true);
 }
 
 DWORD StoreAskBeforeLosses(bool asks) {
-    RegistryKey key;
-    DWORD error = key.Create(HKEY_CURRENT_USER, kSettingsKey);
-    if (error == ERROR_SUCCESS) error = key.WriteNumber(kAskBeforeLossesValue, asks ? 1 : 0);
-    return error == ERROR_SUCCESS ? key.Close() : error;
+    return StoreNumbers({{kAskBeforeLossesValue, asks ? 1U : 0U}});
 }
 
 DWORD StoreProgramFolder(SettingsOwner owner, const std::string& folder) {
