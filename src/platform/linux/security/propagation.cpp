@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "platform/linux/accounts/unix_accounts.h"
-#include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/tree_walk.h"
 #include "platform/linux/security/tree_change.h"
 #include "platform/security_change.h"
@@ -53,11 +52,7 @@ class PropagationCount : public ListPropagation {
   private:
     bool Begin(const std::string& hostName) override {
         const std::lock_guard lock(guard);
-        // One that has been told to stop is not asked again.
-        if (HasEnded()) return false;
-        if (observer.Begin(EncodeName(hostName).c_str())) return true;
-        End(ERROR_OPERATION_ABORTED);
-        return false;
+        return BeginTold(observer, hostName);
     }
     void Add(const TreeCounts& done) override { AddCounts(done, counts); }
 

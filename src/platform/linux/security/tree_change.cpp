@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/unmounted_entry.h"
 
 namespace permora::host {
@@ -65,6 +66,14 @@ void TreeChange::End(DWORD error) {
         hasEnded = true;
     }
     settled.notify_all();
+}
+
+bool TreeChange::BeginTold(TreeObserver& observer, const std::string& hostName) {
+    // One that has been told to stop is not asked again.
+    if (HasEnded()) return false;
+    if (observer.Begin(EncodeName(hostName).c_str())) return true;
+    End(ERROR_OPERATION_ABORTED);
+    return false;
 }
 
 void TreeChange::Settle(FolderState& folder, Stage stage, HandedDown instead) {

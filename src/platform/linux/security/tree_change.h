@@ -108,6 +108,8 @@ class TreeChange : public TreeVisitor {
     // From here on nothing is visited, recorded or written. The first code is the result.
     void End(DWORD error);
     bool HasEnded() const { return hasEnded.load(std::memory_order_relaxed); }
+    // Begin for an observer, which ends the change with its "false". One call at a time.
+    bool BeginTold(TreeObserver& observer, const std::string& hostName);
 
     const TreeListMode mode;
     const DescriptorStore store;  // each thread has a copy

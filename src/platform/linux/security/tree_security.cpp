@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "platform/api/errors.h"
-#include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/several_names.h"
 #include "platform/linux/security/held_object_inside.h"
 #include "platform/linux/security/owner_setting.h"
@@ -49,11 +48,7 @@ class TreeSetting : public TreeChange {
   private:
     bool Begin(const std::string& hostName) override {
         const std::lock_guard lock(guard);
-        // One that has been told to stop is not asked again.
-        if (HasEnded()) return false;
-        if (observer.Begin(EncodeName(hostName).c_str())) return true;
-        End(ERROR_OPERATION_ABORTED);
-        return false;
+        return BeginTold(observer, hostName);
     }
 
     void Fail(DWORD error, const std::string& path) override {
