@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string_view>
 
 #include "platform/api/errors.h"
 #include "platform/held_object.h"
@@ -48,10 +47,7 @@ std::string ModeTextOf(const HeldObject& object) {
     const DWORD error = object.ReadHostPermissions(permissions);
     if (error == ERROR_NOT_SUPPORTED) return {};
     if (error != ERROR_SUCCESS) return SystemMessageLine(error);
-    constexpr std::string_view kLetters = "rwxrwxrwx";
-    std::string text(kLetters);
-    for (std::size_t i = 0; i < kLetters.size(); ++i)
-        if ((permissions.mode >> (kLetters.size() - 1 - i) & 1U) == 0) text[i] = '-';
+    const std::string text = ModeText(permissions.mode);
     return permissions.list.empty() ? text : text + '+';
 }
 

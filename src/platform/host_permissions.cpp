@@ -54,6 +54,13 @@ std::vector<HostListEntry> EntriesOfMode(std::uint32_t mode) {
 
 }  // namespace
 
+std::string ModeText(std::uint32_t mode) {
+    std::string text = "rwxrwxrwx";
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if ((mode >> (text.size() - 1 - i) & 1U) == 0) text[i] = '-';
+    return text;
+}
+
 // The first class of entries that knows the account decides; of its groups, one that gives all the bits.
 std::optional<bool> HostAllows(const HostPermissions& permissions, const HostAccount& account,
                                std::uint32_t bits) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/api/errors.h"
@@ -21,6 +22,9 @@ struct HostPermissions {
 
     friend bool operator==(const HostPermissions&, const HostPermissions&) = default;
 };
+
+// The bits as ls(1) shows them: "rwxr-x---".
+std::string ModeText(std::uint32_t mode);
 
 // As whom the host knows an account.
 struct HostAccount {

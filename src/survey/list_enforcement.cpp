@@ -1,7 +1,6 @@
 #include "survey/list_enforcement.h"
 
-#include <string_view>
-
+#include "platform/host_permissions.h"
 #include "platform/nt/inheritance.h"
 #include "platform/path_below.h"
 #include "platform/security_change.h"
@@ -17,14 +16,6 @@ bool MayBeServed(ListPlace place) {
 // In a volume's own list the driver has a say, too.
 bool DoModeBitsCount(ListPlace place) {
     return place == ListPlace::kNowhere || place == ListPlace::kSamba || place == ListPlace::kUser;
-}
-
-std::string ModeText(std::uint32_t mode) {
-    constexpr std::string_view kLetters = "rwxrwxrwx";
-    std::string text(kLetters);
-    for (std::size_t i = 0; i < text.size(); ++i)
-        if ((mode >> (kLetters.size() - 1 - i) & 1U) == 0) text[i] = '-';
-    return text;
 }
 
 // "the share Projects obeys" or "the shares Projects and Homes obey"; empty for no share.
