@@ -5,9 +5,15 @@
 #include <vector>
 
 #include "platform/api/errors.h"
+#include "platform/api/security.h"
 #include "platform/nt/sid.h"
 
 namespace permora {
+
+// Whether the system calls accounts of this type groups.
+constexpr bool IsGroup(SID_NAME_USE use) {
+    return use == SidTypeGroup || use == SidTypeAlias || use == SidTypeWellKnownGroup;
+}
 
 struct GroupMembers {
     std::vector<nt::Sid> sids;  // its direct members, users and groups, each once

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <utility>
 
+#include "platform/group_members.h"
 #include "saved/utc_time.h"
 #include "security/effective_rights.h"
 
@@ -44,8 +45,7 @@ std::vector<nt::Sid> ReportMaking::FindPeople(std::span<const AccountSummary> fo
     std::vector<nt::Sid> people;
     for (const AccountSummary& each : found) {
         if (isStopped) return {};
-        const SID_NAME_USE use = each.account.name.use;
-        if (use != SidTypeGroup && use != SidTypeAlias && use != SidTypeWellKnownGroup) continue;
+        if (!IsGroup(each.account.name.use)) continue;
         GroupPeople inGroup = directory.PeopleOf(each.sid);
         for (const GroupPerson& person : inGroup.people)
             people.push_back(person.sid);

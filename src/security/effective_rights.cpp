@@ -8,6 +8,7 @@
 
 #include "platform/api/effective_rights.h"
 #include "platform/api/errors.h"
+#include "platform/group_members.h"
 #include "platform/nt/granted_rights.h"
 #include "platform/raw_security.h"
 #include "platform/system_message.h"
@@ -23,9 +24,8 @@ constexpr std::array<std::string_view, 5> kWithoutMembers = {"S-1-5-7", "S-1-5-1
 
 bool HasMembers(AccountRecord& account) {
     account.Lookup();
-    const bool isGroup =
-        account.use == SidTypeGroup || account.use == SidTypeAlias || account.use == SidTypeWellKnownGroup;
-    return isGroup && std::ranges::find(kWithoutMembers, account.GetSidText()) == kWithoutMembers.end();
+    return IsGroup(account.use) &&
+           std::ranges::find(kWithoutMembers, account.GetSidText()) == kWithoutMembers.end();
 }
 
 bool HasGenericRights(const AccessEntry& entry) {

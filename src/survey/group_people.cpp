@@ -11,10 +11,10 @@
 namespace permora {
 namespace {
 
-bool IsGroup(const nt::Sid& sid) {
+bool IsSidOfGroup(const nt::Sid& sid) {
     AccountName name;
     FindAccountName(sid, kLookupTime, name);
-    return name.use == SidTypeGroup || name.use == SidTypeAlias || name.use == SidTypeWellKnownGroup;
+    return IsGroup(name.use);
 }
 
 GroupDirectory::Answer AskSystem(const nt::Sid& group) {
@@ -23,7 +23,7 @@ GroupDirectory::Answer AskSystem(const nt::Sid& group) {
     answer.error = FindGroupMembers(group, members);
     answer.isOpen = members.isOpen;
     for (const nt::Sid& sid : members.sids)
-        answer.members.push_back({sid, IsGroup(sid)});
+        answer.members.push_back({sid, IsSidOfGroup(sid)});
     return answer;
 }
 

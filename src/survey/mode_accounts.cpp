@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "platform/accounts.h"
+#include "platform/group_members.h"
 #include "survey/sid_key.h"
 
 namespace permora {
@@ -14,10 +15,6 @@ namespace {
 bool IsOfConnected(const nt::Sid& group) {
     static const std::array<nt::Sid, 3> kGroups = {nt::Sid(1, {0}), nt::Sid(5, {2}), nt::Sid(5, {11})};
     return std::ranges::find(kGroups, group) != kGroups.end();
-}
-
-bool IsGroupUse(SID_NAME_USE use) {
-    return use == SidTypeGroup || use == SidTypeAlias || use == SidTypeWellKnownGroup;
 }
 
 }  // namespace
@@ -30,7 +27,7 @@ const MeantPeople& SystemModeAccounts::PeopleOf(const nt::Sid& account) {
     const NameAnswer answer = FindAccountName(account, kLookupTime, name);
     if (answer == NameAnswer::kNotYet || answer == NameAnswer::kFailed) {
         meant.error = kDomainOffline;
-    } else if (answer == NameAnswer::kKnown && !IsGroupUse(name.use)) {
+    } else if (answer == NameAnswer::kKnown && !IsGroup(name.use)) {
         meant.people.push_back(account);
     } else if (answer == NameAnswer::kKnown) {
         const GroupPeople members = directory.PeopleOf(account);
