@@ -126,15 +126,12 @@ void CDlgUsersAndGroups::SelectAgain(std::optional<std::size_t> account) {
     list.SetFocusedRow(row);
 }
 
-// The first click on a header sorts up, the next one down.
 void CDlgUsersAndGroups::OnColumnClick(Notification& notification) {
     CListCtrl& list = FoundList();
     const auto selected = found.AccountAt(list.NextSelected(0));
-    const auto before = found.Sorting();
-    const bool isUp = before && before->column == notification.column && before->direction == SortOrder::kUp;
-    const SortOrder direction = isUp ? SortOrder::kDown : SortOrder::kUp;
-    found.SortBy({notification.column, direction});
-    list.ShowSortMark(notification.column, direction);
+    const ListOrder order = OrderAfterClick(found.Sorting(), notification.column);
+    found.SortBy(order);
+    list.ShowSortMark(order.column, order.direction);
     SelectAgain(selected);
     list.RedrawWindow();
 }

@@ -103,9 +103,7 @@ void CCompareAccountsDlg::OnSelected() {
 }
 
 void CCompareAccountsDlg::OnColumnClick(Notification& notification) {
-    const bool isSame = sortedBy == notification.column;
-    order = isSame && order == SortOrder::kUp ? SortOrder::kDown : SortOrder::kUp;
-    sortedBy = notification.column;
+    order = OrderAfterClick(order, notification.column);
     ShowRows(Selected());
 }
 
@@ -127,9 +125,9 @@ void CCompareAccountsDlg::ShowRows(std::size_t selected) {
                            [&](RightsHolder& account) { return TextsOf(account, names); });
     std::vector<std::size_t> places(rows.size());
     std::iota(places.begin(), places.end(), 0);
-    const auto column = static_cast<std::size_t>(sortedBy);
+    const auto column = static_cast<std::size_t>(order.column);
     std::ranges::stable_sort(places, [&](std::size_t one, std::size_t other) {
-        if (order == SortOrder::kDown) std::swap(one, other);
+        if (order.direction == SortOrder::kDown) std::swap(one, other);
         return rows[one][column] < rows[other][column];
     });
     CListCtrl& table = Table();
@@ -144,7 +142,7 @@ void CCompareAccountsDlg::ShowRows(std::size_t selected) {
         table.SetSelected(row, true);
         table.SetFocusedRow(row);
     }
-    table.ShowSortMark(sortedBy, order);
+    table.ShowSortMark(order.column, order.direction);
     OnSelected();
     GetDlgItem(IDC_COPY_COMPARED)->EnableWindow(!rows.empty());
     ShowRemarks();

@@ -8,6 +8,7 @@
 
 #include "framework/dialog.h"
 #include "framework/list_ctrl.h"
+#include "framework/list_order.h"
 #include "security/account_news.h"
 #include "security/distinct_names.h"
 #include "security/rights_comparison.h"
@@ -42,8 +43,7 @@ class CCompareAccountsDlg : public CDialog {
     CListCtrl& Table() const;
 
     RightsComparison& comparison;
-    int sortedBy = 0;
-    SortOrder order = SortOrder::kUp;
+    ListOrder order = {0, SortOrder::kUp};
     AccountNewsWatch news;
 };
 

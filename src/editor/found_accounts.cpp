@@ -119,7 +119,7 @@ void FoundAccounts::Show() {
                          [this](std::uint32_t place) { return IsFound(place); });
 }
 
-void FoundAccounts::SortBy(Order order) {
+void FoundAccounts::SortBy(ListOrder order) {
     chosen = order;
     std::vector<SortKey> keys;
     keys.reserve(all.size());
@@ -134,7 +134,7 @@ void FoundAccounts::SortBy(Order order) {
 }
 
 bool FoundAccounts::IsLess(std::uint32_t one, std::uint32_t other) const {
-    const Order order = PresentOrder();
+    const ListOrder order = PresentOrder();
     const Found& left = all[one];
     const Found& right = all[other];
     const auto rank = RankOf(left.account.use) <=> RankOf(right.account.use);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "framework/list_ctrl.h"
+#include "framework/list_order.h"
 #include "security/account_record.h"
 #include "security/distinct_names.h"
 
@@ -19,10 +20,6 @@ namespace permora {
 class FoundAccounts : public ListTexts {
   public:
     enum Column { kName, kDomain, kType };
-    struct Order {
-        int column;
-        SortOrder direction;
-    };
 
     void Clear();  // filter and order stay
     // Accounts that are already here are left out.
@@ -30,8 +27,8 @@ class FoundAccounts : public ListTexts {
     // Shows the accounts that IsFoundBy `text` (security/account_search.h): all for an empty one.
     void SetFilter(const std::string& text);
     // Stable. Types are sorted by who they are: people, groups, then what the system has made.
-    void SortBy(Order order);
-    std::optional<Order> Sorting() const { return chosen; }
+    void SortBy(ListOrder order);
+    std::optional<ListOrder> Sorting() const { return chosen; }
 
     int Count() const { return static_cast<int>(shown.size()); }  // of those shown
     // Where an account is shown, and the account there. Accounts are numbered as they were found.
@@ -56,7 +53,7 @@ class FoundAccounts : public ListTexts {
 
     // Without a chosen order, everything comes as it was found, and what is typed lists people first.
     bool IsAsFound() const { return !chosen && filter.empty(); }
-    Order PresentOrder() const { return chosen.value_or(Order{kType, SortOrder::kUp}); }
+    ListOrder PresentOrder() const { return chosen.value_or(ListOrder{kType, SortOrder::kUp}); }
     bool IsLess(std::uint32_t one, std::uint32_t other) const;
     bool IsFound(std::uint32_t place) const { return all[place].key.find(filter) != std::string::npos; }
     // Both are in the present order.
@@ -69,7 +66,7 @@ class FoundAccounts : public ListTexts {
     Places ordered;                         // all of them, so that typing needs no sorting
     Places shown;
     std::string filter;  // in lower case
-    std::optional<Order> chosen;
+    std::optional<ListOrder> chosen;
 };
 
 }  // namespace permora

@@ -22,16 +22,17 @@ void PageList::TakeRows() {
 }
 
 void PageList::SortBy(int column) {
-    const bool isAgain = sorting && sorting->column == column;
-    const bool wasUp = isAgain && sorting->direction == ResultDirection::kUp;
-    sorting = {column, wasUp ? ResultDirection::kDown : ResultDirection::kUp};
-    ShowSortMark(column, wasUp ? SortOrder::kDown : SortOrder::kUp);
+    sorting = OrderAfterClick(sorting, column);
+    ShowSortMark(column, sorting->direction);
     SortAgain();
     if (GetFocusedRow() >= 0) EnsureVisible(GetFocusedRow());
 }
 
 void PageList::SortAgain() {
-    if (sorting) SortItems(OrderOfPage(page, static_cast<std::size_t>(sorting->column), sorting->direction));
+    if (!sorting) return;
+    const bool isUp = sorting->direction == SortOrder::kUp;
+    SortItems(OrderOfPage(page, static_cast<std::size_t>(sorting->column),
+                          isUp ? ResultDirection::kUp : ResultDirection::kDown));
 }
 
 std::vector<ResultObject> PageList::SelectedObjects() const {
@@ -54,7 +55,7 @@ std::string PageList::Text(std::intptr_t data, int column) const {
 bool PageList::IsInOrderOfArrival() const {
     if (!sorting) return true;
     const ResultColumn& column = page.Columns()[static_cast<std::size_t>(sorting->column)];
-    return column.order == ColumnOrder::kArrival && sorting->direction == ResultDirection::kUp;
+    return column.order == ColumnOrder::kArrival && sorting->direction == SortOrder::kUp;
 }
 
 int PageList::Indent(std::intptr_t data) const {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "framework/list_ctrl.h"
+#include "framework/list_order.h"
 #include "results/result_order.h"
 
 namespace permora {
@@ -28,17 +29,12 @@ class PageList : public CListCtrl, private ListTexts {
     const ResultPage& Page() const { return page; }
 
   private:
-    struct Sorting {
-        int column;
-        ResultDirection direction;
-    };
-
     std::string Text(std::intptr_t data, int column) const override;
     int Indent(std::intptr_t data) const override;
     bool IsInOrderOfArrival() const;
 
     const ResultPage& page;
-    std::optional<Sorting> sorting;  // nothing: in the order of arrival
+    std::optional<ListOrder> sorting;  // nothing: in the order of arrival
 };
 
 }  // namespace permora

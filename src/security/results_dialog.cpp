@@ -89,10 +89,8 @@ void CResultsDlg::OnTryAgain() {
 // ---- The list ----
 
 void CResultsDlg::OnColumnClick(Notification& notification) {
-    const bool isAgain = sorting && sorting->column == notification.column;
-    const bool wasUp = isAgain && sorting->order == SortOrder::kUp;
-    sorting = {notification.column, wasUp ? SortOrder::kDown : SortOrder::kUp};
-    List().ShowSortMark(sorting->column, sorting->order);
+    sorting = OrderAfterClick(sorting, notification.column);
+    List().ShowSortMark(sorting->column, sorting->direction);
     Sort();
 }
 
@@ -101,7 +99,7 @@ void CResultsDlg::Sort() {
     std::vector<std::string> keys;
     for (std::size_t row = 0; row < results.RowCount(); ++row)
         keys.push_back(InLowerCase(ResultText(results.Row(row), static_cast<std::size_t>(sorting->column))));
-    const bool isUp = sorting->order == SortOrder::kUp;
+    const bool isUp = sorting->direction == SortOrder::kUp;
     List().SortItems([&](std::intptr_t one, std::intptr_t other) {
         const std::string& first = keys[static_cast<std::size_t>(isUp ? one : other)];
         return first < keys[static_cast<std::size_t>(isUp ? other : one)];

@@ -8,6 +8,7 @@
 
 #include "framework/dialog.h"
 #include "framework/list_ctrl.h"
+#include "framework/list_order.h"
 #include "security/change_results.h"
 
 namespace permora {
@@ -45,14 +46,9 @@ class CResultsDlg : public CDialog, private ListTexts {
 
     std::string Text(std::intptr_t data, int column) const override;
 
-    struct Sorting {
-        int column;
-        SortOrder order;
-    };
-
     ChangeResults results;
     TryAgain tryAgain;
-    std::optional<Sorting> sorting;  // nothing: failures first
+    std::optional<ListOrder> sorting;  // nothing: failures first
 };
 
 }  // namespace permora
