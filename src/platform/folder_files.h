@@ -99,7 +99,7 @@ class FileHandle {
 };
 
 // Names are 8-bit texts in the ANSI code page, bare: no separators, neither "." nor "..". All calls answer
-// with 0 or a system error code, and a failed one leaves its outputs untouched. One thread at a time.
+// with 0 or a system error code; failed ones leave outputs untouched. HoldObject apart, one thread at a time.
 class FolderHandle {
   public:
     FolderHandle();
