@@ -16,7 +16,7 @@ if(WIN32)
     # One file with no library beside it, the same bytes from each build.
     target_link_options(permora_settings INTERFACE -static -fstack-protector-strong -Wl,--no-insert-timestamp $<$<CONFIG:Release>:-s>)
 else()
-    # It links a program in a tenth of the time of the usual one, and there are over a hundred programs.
+    # It links each of the hundred programs in a fifth of the usual linker's time or less.
     add_link_options(-fuse-ld=mold)
     target_compile_definitions(permora_settings INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
     target_link_options(permora_settings INTERFACE -Wl,-z,relro,-z,now)
