@@ -124,6 +124,7 @@
 #define ID_COLUMN_MODE 32903
 #define IDP_LAST_SECURITY_COLUMN 32903
 #define ID_VIEW_DOT_NAMES 32904
+#define ID_VIEW_FOLDER_TREE 32906
 #define ID_VIEW_TOOLBAR 59392
 #define ID_VIEW_STATUS_BAR 59393
 
@@ -147,6 +148,9 @@
 // Address bar. Its go button has the number of its command, ID_GO_TO_LOCATION.
 #define IDD_ADDRESS_BAR 120
 #define IDC_LOCATION 1002
+
+// The tree of folders at the side.
+#define IDC_FOLDER_TREE 1330
 
 // Permissions page of the security editor.
 #define IDD_PERMISSIONS_PAGE 155
@@ -235,6 +239,8 @@
 #define IDD_SECURE_DELETION 162
 #define IDC_DELETION_PROGRESS 1093
 #define IDC_STOP_DELETION 1094
+#define IDC_DELETION_BAR 1331
+#define IDC_DELETION_TIME_LEFT 1332
 
 // Wizard: task page.
 #define IDD_WIZARD_TASK_PAGE 164
@@ -416,3 +422,10 @@
 #define IDC_REMOVE_COMPARED 1325
 #define IDC_COPY_COMPARED 1326
 #define IDC_COMPARISON_REMARKS 1327
+
+// The program's own window of help pages.
+#define IDD_HELP 800
+#define IDC_HELP_PAGE 1340
+#define IDC_HELP_BACK 1341
+#define IDC_HELP_FORWARD 1342
+#define IDC_HELP_CONTENTS 1343
