@@ -11,6 +11,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     target_compile_options(permora_settings INTERFACE -Wno-restrict)
 endif()
 
+# Where sources are joined, clang warns of a name that is local to a neighbour. GCC warns of what stands in one source.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_compile_options(permora_settings INTERFACE -Wno-shadow)
+endif()
+
 target_compile_options(permora_settings INTERFACE -fstack-protector-strong)
 if(WIN32)
     # One file with no library beside it, the same bytes from each build.

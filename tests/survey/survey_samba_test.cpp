@@ -20,8 +20,8 @@ TEST_F(SurveySambaTest, WhatTheServerHandsDownIsNotStale) {
     const TemporaryFolder folder;
     const std::string local = folder.MakeFile("text");
     const char* const lists[] = {
-        "D:PAI(A;OICI;FA;;;BA)(A;OICIIO;GA;;;CO)(A;OICIIO;0x1200a9;;;CG)(A;CI;0x1200a9;;;BU)(A;OICINP;FR;;;"
-        "BG)",
+        ("D:PAI(A;OICI;FA;;;BA)(A;OICIIO;GA;;;CO)(A;OICIIO;0x1200a9;;;CG)(A;CI;0x1200a9;;;BU)"
+         "(A;OICINP;FR;;;BG)"),
         "D:PAI(A;OICI;FA;;;WD)(A;OIIO;FA;;;CO)(A;CIIO;GRGX;;;BU)(D;OICI;FW;;;BG)",
         "D:P(A;OICI;FA;;;WD)(A;OICIIO;FA;;;CO)",
     };

@@ -245,12 +245,13 @@ class WizardDeletionEnds : public WizardDeletionPage,
                            public ::testing::WithParamInterface<std::tuple<Moment, bool>> {};
 
 TEST_P(WizardDeletionEnds, AtEveryMoment) {
-    const auto [moment, byCloseBox] = GetParam();
+    const Moment moment = std::get<0>(GetParam());
+    const bool byCloseBox = std::get<1>(GetParam());
     folder.MakeFolder("top");
     MakeFile("top/file", 2048);
     MakeFile("later", 0);  // nothing to overwrite, so no stop point before it goes
-    const auto leave = [byBox = byCloseBox](WindowDriver& window) {
-        byBox ? window.ClickCloseBox() : window.Click(SheetButton::kCancel);
+    const auto leave = [byCloseBox](WindowDriver& window) {
+        byCloseBox ? window.ClickCloseBox() : window.Click(SheetButton::kCancel);
     };
     const bool isStoppedAtWork = moment == Moment::kInAFile || moment == Moment::kBetweenEntries;
     std::promise<void> gate;

@@ -12,14 +12,6 @@ namespace {
 
 const Sid kAdministrators(5, {32, 544});
 
-// What an NTFS volume stores for a new file when nothing is inherited: full control for everyone.
-const char* const kNewFile =
-    "01 00 0480 14000000 24000000 00000000 34000000"
-    "01 02 000000000005 20000000 20020000"
-    "01 02 000000000005 20000000 20020000"
-    "02 00 1c00 0100 0000"
-    "00 03 1400 ff011f00 01 01 000000000001 00000000";
-
 // Every part in the order in which they are written: auditing of everyone, a list, owner SYSTEM, group
 // Administrators; protected, with resource manager control.
 const char* const kAllParts =
