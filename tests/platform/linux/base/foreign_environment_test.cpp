@@ -87,17 +87,17 @@ TEST_F(ForeignEnvironment, AVolumeThatAUserMayHaveMountedIsForeign) {
         unsigned long flags;
         bool isRoots;
     } cases[] = {{"ramfs", 0, true}, {"ramfs", MS_NOSUID, false}, {"tmpfs", MS_NOSUID, true}};
-    for (const auto& [fileSystem, flags, isRoots] : cases) {
-        const auto answer = test::InAnotherProcess([this, fileSystem, flags] {
+    for (const auto& volume : cases) {
+        const auto answer = test::InAnotherProcess([this, &volume] {
             if (const std::string problem = test::EnterOwnMounts(); !problem.empty()) return problem;
-            if (mount("none", inside.c_str(), fileSystem, flags, "mode=755") != 0)
+            if (mount("none", inside.c_str(), volume.fileSystem, volume.flags, "mode=755") != 0)
                 return std::string(std::strerror(errno));
             std::string answers;
             for (const std::string& path : {inside, folder.Path("to-own"), inside + "/missing"})
                 answers += IsRootsAlone(path) ? "root's " : "foreign ";
             return answers;
         });
-        EXPECT_EQ(answer, isRoots ? "root's root's root's " : "foreign foreign foreign ")
+        EXPECT_EQ(answer, volume.isRoots ? "root's root's root's " : "foreign foreign foreign ")
             << fileSystem << ' ' << flags;
     }
 }
