@@ -25,6 +25,8 @@ struct ObjectPlace {
     std::size_t item = 0;    // the place of its item among the selected ones
     std::string below = {};  // its path below the item, with backslashes between the names; empty: the item
     ObjectPart part = ObjectPart::kObject;
+    // Below an item, what knows the object again that has failed there (ChangedTop::mark); empty: not known.
+    std::vector<std::uint8_t> mark = {};
 };
 
 // An object below an item that is tried again, where a walk through the item's tree has failed.

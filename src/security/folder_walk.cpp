@@ -14,24 +14,27 @@ namespace {
 // Adds what is passed over below a place.
 class WalkObserver : public TreeObserver {
   public:
-    WalkObserver(const std::function<bool(const char* name)>& beginObject, const RememberedObject& walked,
-                 const ObjectPlace& walkedPlace, ChangeResults& found)
-        : begin(beginObject), item(walked), place(walkedPlace), results(found) {}
+    WalkObserver(const std::function<bool(const char* name)>& beginObject, const HeldObject& walked,
+                 const std::string& itemPath, const ObjectPlace& walkedPlace, ChangeResults& found)
+        : begin(beginObject), folder(walked), item(itemPath), place(walkedPlace), results(found) {}
 
     bool Begin(const char* name) override { return begin(name); }
     void PassOver(const std::string& path, DWORD error) override {
         // It can have no list, so there is none that it should not have.
         if (error == ERROR_NOT_SUPPORTED) return;
         const std::string below = place.below.empty() ? path : ChildPath(place.below, path);
-        Outcome outcome{error, Step::kNone, ChildPath(item.Path(), below)};
+        Outcome outcome{error, Step::kNone, ChildPath(item, below)};
         if (error == ERROR_NOT_SAME_DEVICE) outcome.step = Step::kPassOverMounted;
         if (error == kHasFurtherNames) outcome.step = Step::kPassOverLinked;
-        results.Add({{place.item, below, ObjectPart::kObject}, std::move(outcome)});
+        ObjectPlace passed{place.item, below, ObjectPart::kObject};
+        if (outcome.step == Step::kNone) MarkPlace(folder, path, passed);
+        results.Add({std::move(passed), std::move(outcome)});
     }
 
   private:
     const std::function<bool(const char* name)>& begin;
-    const RememberedObject& item;
+    const HeldObject& folder;
+    const std::string& item;
     const ObjectPlace& place;
     ChangeResults& results;
 };
@@ -108,14 +111,14 @@ class FolderWalks {
 
   private:
     bool Walk(HeldObject& folder, const ObjectPlace& place, Step failure) {
-        const RememberedObject& item = items[place.item];
-        WalkObserver observer(begin, item, place, results);
+        const std::string& item = items[place.item].Path();
+        WalkObserver observer(begin, folder, item, place, results);
         Outcome outcome{folder.TakeTurn()};
         if (outcome.IsDone()) outcome = OutcomeOfChange(work.below(folder, observer), recorder);
         if (outcome.code == ERROR_OPERATION_ABORTED) return false;
         if (outcome.IsDone() || outcome.code == ERROR_NOT_SUPPORTED) return true;
         if (outcome.step == Step::kNone) outcome.step = failure;
-        outcome.object = ChildPath(item.Path(), place.below);
+        outcome.object = ChildPath(item, place.below);
         results.Add({place, outcome});
         return outcome.step != Step::kRecord;
     }

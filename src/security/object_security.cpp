@@ -40,13 +40,15 @@ DWORD InheritAnew(const HeldObject& object, ChangeRecorder& recorder, FailuresBe
     return error == ERROR_REVISION_MISMATCH ? DWORD{ERROR_BUSY} : error;
 }
 
-void AddFailuresBelow(const std::string& item, const ObjectPlace& place, const FailuresBelow& below,
-                      ChangeResults& results) {
+// `object` is that of the place.
+void AddFailuresBelow(const HeldObject& object, const std::string& item, const ObjectPlace& place,
+                      const FailuresBelow& below, ChangeResults& results) {
     for (const auto& [path, error] : below.named) {
         const std::string belowItem =
             place.below.empty() || path.empty() ? place.below + path : ChildPath(place.below, path);
-        results.Add({{place.item, belowItem, ObjectPart::kInherited},
-                     {error, Step::kCarryDown, ChildPath(item, belowItem), item}});
+        ObjectPlace failed{place.item, belowItem, ObjectPart::kInherited};
+        MarkPlace(object, path, failed);
+        results.Add({std::move(failed), {error, Step::kCarryDown, ChildPath(item, belowItem), item}});
     }
     results.CountFailures(below.count - below.named.size());
 }
@@ -130,15 +132,30 @@ std::vector<ObjectPlace> PlacesOf(std::span<const RememberedObject> items, Conte
     return places;
 }
 
+void MarkPlace(const HeldObject& folder, const std::string& path, ObjectPlace& place) {
+    HeldObject object;
+    ChangedTop found;
+    if (folder.HoldBelow(path, object) == ERROR_SUCCESS && object.FindTop(found) == ERROR_SUCCESS)
+        place.mark = std::move(found.mark);
+}
+
 Outcome FindPlace(std::span<const RememberedObject> items, const ObjectPlace& place, HeldObject& object) {
     HeldObject item;
     Outcome outcome = FindItem(items[place.item], item);
     outcome.object = ChildPath(items[place.item].Path(), place.below);
     if (!outcome.IsDone()) return outcome;
+    HeldObject found;
     if (place.below.empty())
-        object = std::move(item);
+        found = std::move(item);
     else
-        outcome.code = item.HoldBelow(place.below, object);
+        outcome.code = item.HoldBelow(place.below, found);
+    ChangedTop now;
+    if (outcome.IsDone() && !place.mark.empty()) outcome.code = found.FindTop(now);
+    if (outcome.IsDone() && now.mark != place.mark) {
+        outcome.code = ERROR_FILE_INVALID;
+        outcome.step = Step::kFindAgain;
+    }
+    if (outcome.IsDone()) object = std::move(found);
     return outcome;
 }
 
@@ -172,7 +189,8 @@ void WriteListToItems(std::span<const RememberedObject> items, std::span<const O
         const bool isLast = outcome.code == ERROR_REVISION_MISMATCH || outcome.step == Step::kRecord;
         if (!below.named.contains({}) || walked.contains(place.item))
             results.Add({place, std::move(outcome)});
-        if (!walked.contains(place.item)) AddFailuresBelow(items[place.item].Path(), place, below, results);
+        if (!walked.contains(place.item))
+            AddFailuresBelow(object, items[place.item].Path(), place, below, results);
         if (isLast) break;
     }
 }

@@ -70,7 +70,10 @@ struct ListsByKind {
 enum class Contents { kNone, kToo };
 std::vector<ObjectPlace> PlacesOf(std::span<const RememberedObject> items, Contents contents);
 
-// Finds the object of a place by its item. Step::kFindAgain as above.
+// Marks what stands at `path` below `folder`, which is the object of the place.
+void MarkPlace(const HeldObject& folder, const std::string& path, ObjectPlace& place);
+// Finds the object of a place by its item. Step::kFindAgain as above, also when the place is marked and
+// another object stands there now.
 Outcome FindPlace(std::span<const RememberedObject> items, const ObjectPlace& place, HeldObject& object);
 
 // Writes a list to the items among `places`, also after a failure unless it is Step::kRecord, and lets

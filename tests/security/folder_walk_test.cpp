@@ -108,6 +108,29 @@ TEST_F(FolderWalk, ContentsThatAreGoneStayAFailure) {
     EXPECT_EQ(DaclText(child), kReset);
 }
 
+TEST_F(FolderWalk, WhatHasTakenThePlaceOfAFailureIsLeftAlone) {
+    const auto failAtChild = [](const HeldObject& /*folder*/, TreeObserver& observer) {
+        observer.PassOver("sub\\child", ERROR_BUSY);
+        return DWORD{ERROR_SUCCESS};
+    };
+    WalkFolders(
+        items, All(), Unrecorded(), [](const char* /*name*/) { return true; }, {failAtChild, {}}, results);
+    EXPECT_EQ(Failed(), 1U);
+
+    std::filesystem::rename(child, "elsewhere");
+    folder.MakeFile("top/sub/child");
+    ASSERT_EQ(SetDescriptorText(child, kOwnList), ERROR_SUCCESS);
+    Reset(results.TakeFailed());
+    ASSERT_EQ(Failed(), 1U);
+    EXPECT_EQ(results.Row(0).outcome.step, Step::kFindAgain);
+    EXPECT_EQ(DaclText(child), kOwnList);
+
+    std::filesystem::rename("elsewhere", child);
+    Reset(results.TakeFailed());
+    EXPECT_EQ(Failed(), 0U);
+    EXPECT_EQ(DaclText(child), "D:AI");
+}
+
 // A walk that has failed was not at everything below.
 TEST_F(FolderWalk, NothingCountsAsDoneBelowAFolderThatHasFailed) {
     const std::vector<ObjectPlace> failed = {{0, "sub"}, {0, "sub\\child"}};
