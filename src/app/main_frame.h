@@ -43,6 +43,7 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     bool OnCreate() override;
     void OnClose() override;    // keeps the settings
     void OnDestroy() override;  // closes the windows of results
+    bool StopWork() override { return view.StopReadingSecurity(); }
     void OnSize(Size client) override;
     const MessageMap& GetMessageMap() const override;
 

@@ -66,7 +66,6 @@ const MessageMap& BrowserView::GetMessageMap() const {
                                    {IDP_FIRST_SECURITY_COLUMN, IDP_LAST_SECURITY_COLUMN, Notify::kCommand,
                                     &BrowserView::OnSecurityColumn},
                                    {ID_VIEW_DOT_NAMES, Notify::kCommand, &BrowserView::OnDotNames},
-                                   {ID_APP_EXIT, Notify::kCommand, &BrowserView::OnEscape},
                                });
     return kMap;
 }
@@ -252,29 +251,30 @@ void BrowserView::SetIcons(RowIcons icons) {
     if (CMenu menu = ViewMenu()) menu.CheckByPosition(kOwnIconsEntry, icons == RowIcons::kOwn);
 }
 
-// The window stays in use while the security of all rows is read.
+// The window stays in use while the security of all rows is read: the latest click counts.
 void BrowserView::SortByColumn(int column) {
-    if (security.IsReadingAll()) {
+    if (!security.Has(column)) {
         StopReadingSecurity();
-    } else if (!security.Has(column)) {
-        SortRows(column);
-    } else {
-        const auto progress = [this](std::size_t done, std::size_t count) {
-            ShowState(("Reading the security of all items: " + std::to_string(done) + " of " +
-                       std::to_string(count) + ". Escape stops it.")
-                          .c_str());
-        };
-        security.ReadAll(progress, [this, column] {
-            ShowState("Ready");
-            SortRows(column);
-        });
+        return SortRows(column);
     }
+    awaitedColumn = column;
+    if (security.IsReadingAll()) return;  // for all columns at once
+    const auto progress = [this](std::size_t done, std::size_t count) {
+        ShowState(("Reading the security of all items: " + std::to_string(done) + " of " +
+                   std::to_string(count) + ". Escape stops it.")
+                      .c_str());
+    };
+    security.ReadAll(progress, [this] {
+        ShowState("Ready");
+        SortRows(awaitedColumn);
+    });
 }
 
-void BrowserView::StopReadingSecurity() {
-    if (!security.IsReadingAll()) return;
+bool BrowserView::StopReadingSecurity() {
+    if (!security.IsReadingAll()) return false;
     security.StopReadingAll();
     ShowState("Ready");
+    return true;
 }
 
 void BrowserView::SortRows(int column) {
@@ -328,12 +328,6 @@ void BrowserView::OnDotNames() {
 void BrowserView::SetDotNames(DotNames names) {
     dotNames = names;
     if (CMenu menu = ViewMenu()) menu.CheckByPosition(kDotNamesEntry, names == DotNames::kListed);
-}
-
-// Escape first stops what goes on.
-void BrowserView::OnEscape(Notification& notification) {
-    notification.handled = security.IsReadingAll();
-    StopReadingSecurity();
 }
 
 }  // namespace permora

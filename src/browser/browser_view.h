@@ -88,6 +88,8 @@ class BrowserView : public CWnd {
     // From the next listing on, with the check mark in the frame's menu.
     void SetIcons(RowIcons icons);
     void SortByColumn(int column);
+    // Ends the reading for a sorting by security; the order stays. False: nothing was being read.
+    bool StopReadingSecurity();
 
     // The columns about security (SecurityColumns::Choose), with their check marks in the frame's menu.
     void ChooseSecurityColumns(std::uint32_t columns);
@@ -142,15 +144,14 @@ class BrowserView : public CWnd {
     void OnHeaderMenu(Notification& notification);
     void OnSecurityColumn(Notification& notification);
     void OnDotNames();
-    void OnEscape(Notification& notification);
     void SortRows(int column);
-    void StopReadingSecurity();
     void OnFileCommand(Notification& notification);
 
     CMenu contextMenu;  // pop-up 0: with a selection, 1: without
     CListCtrl list;
     std::size_t moreColumns = 0;  // of the source shown
     SecurityColumns security{list};
+    int awaitedColumn = 0;  // by which the rows are sorted once their security is read
     RowImages images;
     CStatusBar* statusBar = nullptr;
     AddrBar* addressBar = nullptr;

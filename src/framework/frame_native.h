@@ -27,6 +27,7 @@ class FrameEvents {
     virtual void OnMenuOpening(CMenu::Items& items) = 0;  // a pop-up, before it is shown
     virtual void OnHighlight(unsigned int id) = 0;        // a command in a menu or toolbar; 0: no longer
     virtual void OnChosen(unsigned int id) = 0;           // by menu, toolbar or key
+    virtual void OnEscape(unsigned int id) = 0;           // by the key Escape
     virtual void OnCloseRequest() = 0;
     virtual void OnIdle() = 0;  // no event is waiting
 };

@@ -66,6 +66,9 @@ struct CFrameWnd::Parts final : public FrameEvents {
     void OnMenuOpening(CMenu::Items& items) override { UpdateMenuStates(items, frame); }
     void OnHighlight(unsigned int id) override { frame.ShowPrompt(id); }
     void OnChosen(unsigned int id) override { frame.RunCommand(id); }
+    void OnEscape(unsigned int id) override {
+        if (!TakesRequests(frame) || !frame.StopWork()) frame.RunCommand(id);
+    }
     void OnCloseRequest() override {
         if (TakesRequests(frame)) frame.OnClose();
     }

@@ -46,7 +46,9 @@ class CFrameWnd : public CWnd {
   protected:
     virtual bool OnCreate() { return true; }  // false: LoadFrame fails
     virtual void OnClose();                   // default: destroys the window and ends the message loop
-    void OnSize(Size client) override;        // lays bars and view out
+    // Escape first stops what goes on. False: nothing does, so its command runs.
+    virtual bool StopWork() { return false; }
+    void OnSize(Size client) override;  // lays bars and view out
     void OnSetFocus() override;
     const MessageMap& GetMessageMap() const override;
 

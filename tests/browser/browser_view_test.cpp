@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "browser/clipboard_block.h"
+#include "browser/list_presentation.h"
 #include "framework/clipboard.h"
 #include "framework/menu_items.h"
 #include "platform/message_presenter.h"
@@ -139,8 +140,9 @@ class SecurityColumnsTest : public Browser {
 };
 
 TEST_F(SecurityColumnsTest, TellWhatIsSeenAndSort) {
-    for (const char* name : {"a", "b", "gone"})
+    for (const char* name : {"b", "gone"})
         folder.MakeFile(name);
+    MakeFileOf("a", 1536);
     ASSERT_EQ(chmod(folder.Path("a").c_str(), 0640), 0);
     ASSERT_EQ(SetDescriptorText(folder.Path("a"), "O:BAD:P(A;;FA;;;WD)(A;;FA;;;BA)"), ERROR_SUCCESS);
     ASSERT_EQ(SetDescriptorText(folder.Path("b"), "O:SYD:P(A;;FR;;;WD)"), ERROR_SUCCESS);
@@ -161,8 +163,14 @@ TEST_F(SecurityColumnsTest, TellWhatIsSeenAndSort) {
     EXPECT_THAT(Names(), ElementsAre("gone", "b", "a"));
     view.RefreshList();
     view.SortByColumn(kFirst);
-    frame.RunCommand(ID_APP_EXIT);  // as Escape: stops the sorting alone
+    EXPECT_TRUE(view.StopReadingSecurity());
     EXPECT_THAT(Names(), ElementsAre("a", "b"));
+    view.SortByColumn(kFirst);
+    view.SortByColumn(kSizeColumn);  // at once, and the latest header counts
+    EXPECT_FALSE(view.StopReadingSecurity());
+    EXPECT_THAT(Names(), ElementsAre("b", "a"));
+    view.RefreshList();
+    view.SortByColumn(kFirst);
     view.SortByColumn(kFirst + 1);
     EXPECT_TRUE(Window().WaitUntil([this] { return Names().front() == "b"; }));
 

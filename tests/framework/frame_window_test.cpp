@@ -82,6 +82,20 @@ TEST(Frame, KeysActUnlessAModalDialogOrAnEditFieldHasThem) {
     EXPECT_TRUE(frame.HasWindow());
 }
 
+TEST(Frame, EscapeFirstStopsWhatGoesOnButAChosenExitDoesNot) {
+    TestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    frame.isWorking = true;
+    frame.PressKey(Qt::Key_Escape);
+    EXPECT_FALSE(frame.isWorking);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(frame.HasWindow());
+    frame.isWorking = true;
+    UiDriver::MainWindow().ChooseMenu(ID_APP_EXIT);
+    EXPECT_TRUE(test::ServeEventsUntil([&] { return !frame.HasWindow(); }));
+    EXPECT_TRUE(frame.isWorking);
+}
+
 TEST(Frame, TheViewFillsWhatTheBarsLeave) {
     TestFrame frame;
     ASSERT_TRUE(frame.Show());

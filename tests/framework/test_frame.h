@@ -8,6 +8,7 @@
 #include <QTest>
 #include <QToolButton>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "framework/bars.h"
@@ -48,6 +49,7 @@ class TestFrame : public CFrameWnd {
     CommandLog log;
     bool isCopyAllowed = true;
     bool closesByItself = true;
+    bool isWorking = false;  // until it is told to stop
     std::function<void()> onPermissions;
 
     bool OnCmdMsg(Notification& notification) override {
@@ -102,6 +104,7 @@ class TestFrame : public CFrameWnd {
         log.emplace_back("close");
         if (closesByItself) CWnd::DestroyWindow();
     }
+    bool StopWork() override { return std::exchange(isWorking, false); }
     void OnPermissions() {
         log.emplace_back("permissions");
         if (onPermissions) onPermissions();

@@ -151,6 +151,11 @@ class FrameWindow final : public qt::WidgetWindow<NativeFrame> {
             top.get(), [this, id] { events.OnChosen(id); }, Qt::QueuedConnection);
     }
 
+    void PostEscape(unsigned int id) {
+        QMetaObject::invokeMethod(
+            top.get(), [this, id] { events.OnEscape(id); }, Qt::QueuedConnection);
+    }
+
     std::unique_ptr<FrameWidget> top;
     FrameEvents& events;
     // The normal place of a window that was shown maximised. The toolkit remembers it without the window's
@@ -177,7 +182,10 @@ void FrameWindow::SetAccelerators(std::span<const AcceleratorTemplate> accelerat
         key->setAutoRepeat(false);  // a key held too long must not delete twice
         const bool isEscape = key->key() == QKeySequence(Qt::Key_Escape);
         QObject::connect(key, &QShortcut::activated, top.get(), [this, isEscape, id = each.command] {
-            if (!isEscape || !qt::IsLateEscape(*top)) PostChosen(id);
+            if (!isEscape)
+                PostChosen(id);
+            else if (!qt::IsLateEscape(*top))
+                PostEscape(id);
         });
     }
 }
