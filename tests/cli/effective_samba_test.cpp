@@ -113,6 +113,9 @@ class EffectiveSambaTest : public WithSambaServer {
 TEST_F(EffectiveSambaTest, SaysWhatClientsCanDo) {
     constexpr const char* kIgnore = "acl_xattr:ignore system acls";
     Share("r-listed", "y", kIgnore, "yes");
+    for (const auto& [setting, value] : {std::pair{"guest ok", "yes"}, {"guest only", "no"}})
+        ASSERT_EQ(RunCommand({"net", "conf", "setparm", "r-listed", setting, value}).exitCode, 0);
+    Share("r-guests", "y", "guest ok", "yes");
     Share("r-alone", "y", "vfs objects", "catia");
     Share("r-readonly", "n", kIgnore, "yes");
     Share("r-guarded", "y", kIgnore, "yes");
@@ -142,6 +145,7 @@ TEST_F(EffectiveSambaTest, SaysWhatClientsCanDo) {
     EXPECT_THAT(saysOf(0, "r-some"), EndsWith("; the share's setting \"valid users\" is not followed here"));
     EXPECT_THAT(saysOf(0, "r-admins"),
                 HasSubstr("r-admins: not known: the share's setting \"admin users\" "));
+    EXPECT_THAT(saysOf(0, "r-guests"), HasSubstr("r-guests: not known: the share's setting \"guest only\" "));
     EXPECT_THAT(saysOf(2, "r-forced"), EndsWith("; the server works as PERMORATEST\\daemon for everybody"));
     EXPECT_THAT(saysOf(4, "r-listed"),
                 HasSubstr("; the mode bits decide for each user of the machine, and "));

@@ -30,6 +30,16 @@ std::string SettingOf(const SambaSection& share, const SambaSection* global, std
     return global != nullptr ? global->Value(name).value_or("") : std::string();
 }
 
+bool IsOn(const SambaSection& share, const SambaSection* global, std::string_view name) {
+    return share.Value(name) ? share.IsSet(name) : global != nullptr && global->IsSet(name);
+}
+
+// Users' shares have a spelling of their own.
+bool LetsGuestsIn(const SambaSection& share, const SambaSection* global) {
+    const auto byUser = share.Value("guest_ok");
+    return byUser ? *byUser != "n" : IsOn(share, global, "guest ok");
+}
+
 // "acl_xattr" in "/usr/lib/samba/vfs/acl_xattr.so:second".
 std::string_view ModuleName(std::string_view word) {
     word = word.substr(0, word.find(':'));
@@ -62,20 +72,21 @@ void JudgeModules(const std::string& modules, ServedFolder& folder) {
 
 // The settings that let some or all users in as others.
 void JudgeUsers(const SambaSection& share, const SambaSection* global, ServedFolder& folder) {
-    for (const char* setting : {"force group", "admin users", "guest only"}) {
-        if (SettingOf(share, global, setting).empty()) continue;
+    const auto leaveUnknown = [&](const char* setting) {
         folder.by = ServedBy::kUnknown;
         folder.setting = setting;
-    }
+    };
+    for (const char* setting : {"force group", "admin users"})
+        if (!SettingOf(share, global, setting).empty()) leaveUnknown(setting);
+    // Where no guest is let in, nobody has to be one.
+    if (IsOn(share, global, "guest only") && LetsGuestsIn(share, global)) leaveUnknown("guest only");
     const std::string forced = SettingOf(share, global, "force user");
     if (forced.empty()) return;
     id_t user = 0;
-    if (FindHostId(AccountKind::kUser, forced, user) == ERROR_SUCCESS) {
+    if (FindHostId(AccountKind::kUser, forced, user) == ERROR_SUCCESS)
         folder.user = SidForUser(user);
-    } else {
-        folder.by = ServedBy::kUnknown;
-        folder.setting = "force user";
-    }
+    else
+        leaveUnknown("force user");
 }
 
 // Nobody can write unless a share says otherwise; in a user's share its list alone says who can.
