@@ -14,6 +14,7 @@
 #include "deletion/secure_delete_dialog.h"
 #include "editor/multi_selection_notice.h"
 #include "editor/security_sheet.h"
+#include "framework/long_work.h"
 #include "framework/resource_templates.h"
 #include "platform/accounts.h"
 #include "platform/api/errors.h"
@@ -24,6 +25,7 @@
 #include "security/account_lookup.h"
 #include "security/message_boxes.h"
 #include "security/object_security.h"
+#include "security/place_remembering.h"
 #include "shares/new_share_dialog.h"
 #include "shares/share_sheet.h"
 #include "wizard/security_wizard.h"
@@ -323,7 +325,7 @@ void CMainFrame::OpenSecurityEditor() {
     if (place.kind == PlaceKind::kShares)
         EditShareSecurity(this, place, changes, &sheetSize);
     else
-        EditItems(*this, RememberPlace(place), place.names.front());
+        EditItems(*this, RememberPlaceFor(this, place), place.names.front());
 }
 
 void CMainFrame::EditItems(CWnd& window, const RememberedPlace& place, const std::string& name) {
@@ -347,7 +349,7 @@ void CMainFrame::EditItemAt(const std::string& path) {
     Place place;
     const Outcome outcome = HoldItemAt(path, place);
     ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone()) EditItems(*this, RememberPlace(place), place.names.front());
+    if (outcome.IsDone()) EditItems(*this, RememberPlaceFor(this, place), place.names.front());
 }
 
 // The editor works on a name in a held folder, so that nobody can put another folder into the path while it
@@ -373,7 +375,7 @@ void CMainFrame::StartSecureDeletion() {
     const bool hasSelection = view.List().GetSelectedCount() > 0;
     Place place;
     if (view.HoldSelection(place)) {
-        std::vector<RememberedObject> chosen = RememberPlace(place).items;
+        std::vector<RememberedObject> chosen = RememberPlaceFor(this, place).items;
         if (!MayDeleteSelection(kCaption)) return;
         DeleteForGood(this, std::move(chosen));
     }
@@ -423,7 +425,8 @@ void CMainFrame::OnUpdateSurvey(Notification& notification) {
 
 // Objects that are gone are told of, and the editor shows the others.
 void CMainFrame::EditResults(CWnd& window, const std::vector<ResultObject>& objects) {
-    const HeldResults held = HoldResults(objects);
+    HeldResults held;
+    DoLongWork(window, [&] { held = HoldResults(objects); });
     if (!held.failures.empty()) {
         const Outcome& first = held.failures.front();
         const std::size_t more = held.failures.size() - 1;

@@ -5,6 +5,7 @@
 #include "editor/permissions_page.h"
 #include "framework/property_sheet.h"
 #include "resources/resource_ids.h"
+#include "security/place_remembering.h"
 
 namespace permora {
 namespace {
@@ -54,7 +55,7 @@ class CPSheet : public CPropertySheet {
 }  // namespace
 
 void EditSecurity(CWnd* owner, const Place& place, ChangeSession& changes, const SheetSettings& settings) {
-    EditSecurity(owner, RememberPlace(place), place.names.front(), changes, settings);
+    EditSecurity(owner, RememberPlaceFor(owner, place), place.names.front(), changes, settings);
 }
 
 void EditSecurity(CWnd* owner, const RememberedPlace& place, const std::string& name, ChangeSession& changes,

@@ -1,5 +1,7 @@
 #include "wizard/wizard_sheet.h"
 
+#include "security/place_remembering.h"
+
 namespace permora {
 namespace {
 
@@ -8,7 +10,7 @@ constexpr const char* kWizardTitle = "Security Wizard";
 }  // namespace
 
 CWizard::CWizard(CWnd* owner, const Place& place, const WizardSettings& settings, ChangeSession& changes)
-    : remembered(RememberPlace(place)), taskPage(deletionPage, permissionsPage) {
+    : remembered(RememberPlaceFor(owner, place)), taskPage(deletionPage, permissionsPage) {
     Construct(kWizardTitle, owner);
     deletionPage.place = &remembered;
     deletionPage.askBeforeSecureDeletion = settings.askBeforeSecureDeletion;
