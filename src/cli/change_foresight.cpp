@@ -12,6 +12,7 @@ ChangeForesight::ChangeForesight(ConsoleMessages& console)
 }
 
 void ChangeForesight::Add(const Target& target, const HeldObject& object, const PlannedWrite& write) {
+    if (write.below) nested.Add(target, object, messages);
     progress.SetTarget(target);
     previewing.Add(object, target.argument, write);
     progress.Clear();

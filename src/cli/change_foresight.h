@@ -4,6 +4,7 @@
 #include <string>
 
 #include "cli/messages.h"
+#include "cli/nested_targets.h"
 #include "cli/target.h"
 #include "cli/tree_progress.h"
 #include "security/change_preview.h"
@@ -26,6 +27,7 @@ class ChangeForesight {
     ConsoleMessages& messages;
     TreeProgress progress;
     ChangePreviewing previewing;
+    NestedTargets nested;
 };
 
 }  // namespace permora

@@ -6,6 +6,7 @@
 #include "cli/change_foresight.h"
 #include "cli/commands.h"
 #include "cli/interrupts.h"
+#include "cli/nested_targets.h"
 #include "cli/object_command.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
@@ -86,6 +87,7 @@ bool OwnerCommand::Do(const Target& target) {
 // have taken long. False when one was not found.
 bool OwnerCommand::SetTrees(TreeCounts& counts) {
     TreeProgress progress(Progress::kShown, PassedOver::kNamed, messages);
+    NestedTargets nested;
     bool allFound = true;
     for (const Target& target : folders) {
         if (IsInterrupted() || recording.IsStopped()) break;
@@ -95,6 +97,7 @@ bool OwnerCommand::SetTrees(TreeCounts& counts) {
             allFound = false;
             continue;
         }
+        if (dryRun) nested.Add(target, folder, messages);
         progress.SetTarget(target);
         const DWORD error = folder.SetOwnersBelow(
             newOwner.Account().RawSid(), linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,

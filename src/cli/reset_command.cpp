@@ -7,6 +7,7 @@
 #include "cli/consent.h"
 #include "cli/interrupts.h"
 #include "cli/listing.h"
+#include "cli/nested_targets.h"
 #include "cli/object_command.h"
 #include "cli/terminal_output.h"
 #include "cli/tree_progress.h"
@@ -50,6 +51,7 @@ class ResetCommand : public ObjectCommand {
     UniqueLocal<ACL> list;
     std::optional<TreeProgress> progress;
     TreeCounts counts;
+    NestedTargets nested;  // of a dry run
 };
 
 std::optional<ObjectCommand::PlannedChange> ResetCommand::Plan() {
@@ -93,6 +95,7 @@ bool ResetCommand::Do(const Target& target) {
         return false;
     }
     if (!MayReset(folder)) return false;
+    if (dryRun) nested.Add(target, folder, messages);
     progress->SetTarget(target);
     const TreeListMode mode = dryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite;
     const DWORD error = folder.SetListsBelow(list.get(), mode, recording.Recorder(), *progress, counts);

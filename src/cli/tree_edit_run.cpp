@@ -79,6 +79,7 @@ void TreeEditRun::Edit(const Target& next, DescriptorEdit& edit) {
     }
     const TreeEditOptions options = {
         how.mode == ChangeMode::kDryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite, how.linked};
+    if (how.mode == ChangeMode::kDryRun) nested.Add(next, object, messages);
     const DWORD error = EditTree(object, edit, options, *this, recorder, counts);
     progress.Clear();
     if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED) return;

@@ -7,6 +7,7 @@
 
 #include "changes/tree_edit.h"
 #include "cli/messages.h"
+#include "cli/nested_targets.h"
 #include "cli/target.h"
 #include "cli/tree_progress.h"
 
@@ -52,6 +53,7 @@ class TreeEditRun : private TreeEditHost {
     const Target* target = nullptr;
     std::size_t begun = 0;
     TreeEditCounts counts;
+    NestedTargets nested;  // of a dry run
     bool isWhole = true;  // every target was found, and the history has kept everything
 };
 

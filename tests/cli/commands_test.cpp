@@ -158,6 +158,10 @@ TEST_F(CommandsTest, ADryRunShowsBothStatesAndWritesNothing) {
         AllOf(HasSubstr("nobody has access"), HasSubstr("Items: would change: 1, already so: 0, failed: 0\n"),
               HasSubstr("Entries of their own that items would lose:\n  " + top + ": Allow BUILTIN"),
               HasSubstr("Locked out would be everyone but the owner, from:\n  " + top + '\n')));
+    const std::string child = folder.MakeFolder("top/child");
+    for (const auto& [one, other] : {std::pair{top, child}, {child, top}})
+        EXPECT_THAT(RunCli({"inherit", one, other, "--on", "--dry-run"}).output,
+                    HasSubstr(child + ": is in " + top + ", which is named, too"));
     EXPECT_EQ(SddlOf(top), before);
 }
 

@@ -42,6 +42,7 @@ TEST_F(ResetTest, EverythingBelowKeepsOnlyWhatItInherits) {
     EXPECT_EQ(dryRun.output,
               "would change: 2, already so: 0, passed over: 0\n"
               "Below them, 2 objects would lose entries of their own\n");
+    EXPECT_THAT(RunCli({"reset", top, sub, "--dry-run"}).output, HasSubstr(sub + ": is in " + top));
     EXPECT_EQ(Entries(), before);
 
     const CommandResult reset = RunCli({"reset", top, "--yes"});
