@@ -7,6 +7,7 @@
 
 #include "editor/account_picker.h"
 #include "editor/change_making.h"
+#include "editor/preview_dialog.h"
 #include "editor/required_control.h"
 #include "framework/long_work.h"
 #include "framework/stoppable_work.h"
@@ -181,10 +182,29 @@ void CPage3::OnCandidateSelected(Notification& notification) {
     if (CandidateList().IsSelected(notification.row)) OnCandidateClicked();
 }
 
-bool CPage3::OnApply() {
+std::optional<AccountRecord> CPage3::ChosenOwner() const {
     const int row = changed ? CandidateList().NextSelected(0) : -1;
-    // A copy, since Apply reads the candidates anew.
-    if (row >= 0 && !Apply(AccountRecord(candidates[static_cast<std::size_t>(row)]).RawSid())) return false;
+    if (row < 0) return std::nullopt;
+    return candidates[static_cast<std::size_t>(row)];
+}
+
+void CPage3::Preview() {
+    std::optional<AccountRecord> chosen = ChosenOwner();
+    if (!chosen) {
+        ShowInfoBox(GetSafeHwnd(),
+                    "No owner was chosen here, so applying would leave the owners as they are.");
+        return;
+    }
+    const Contents contents = TreeBox().IsChecked() ? Contents::kToo : Contents::kNone;
+    const auto make = [this, contents, &chosen](TreeObserver& observer) {
+        return PreviewOwnerOnItems(place->items, chosen->RawSid(), contents, observer);
+    };
+    CPreviewDlg(this, CPreviewDlg::Purpose::kShow, make).DoModal();
+}
+
+bool CPage3::OnApply() {
+    // Apply reads the candidates anew.
+    if (std::optional<AccountRecord> chosen = ChosenOwner(); chosen && !Apply(chosen->RawSid())) return false;
     changed = false;
     return CPropertyPage::OnApply();
 }

@@ -1,10 +1,12 @@
 // CPage3: shows the owner of the first selected item, and gives all items another one.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
+#include "framework/styles.h"
 #include "history/change_session.h"
 #include "security/account_news.h"
 #include "security/object_security.h"
@@ -18,6 +20,10 @@ class CPage3 : public CPropertyPage {
     // Set before the sheet is shown, and borrowed while it runs; one item at least.
     const RememberedPlace* place = nullptr;
     ChangeSession* changes = nullptr;
+
+    bool IsInFront() const { return HasWindow() && (GetStyle() & WS_VISIBLE) != 0; }
+    // Shows what Apply would do.
+    void Preview();
 
   protected:
     bool OnInitDialog() override;
@@ -38,6 +44,8 @@ class CPage3 : public CPropertyPage {
     void ShowOwner();
     // Shows names that have become known.
     void RenderNames();
+    // Who was chosen since the last apply; nothing: nobody.
+    std::optional<AccountRecord> ChosenOwner() const;
     // False: the change was not made as a whole.
     bool Apply(PSID newOwner);
 

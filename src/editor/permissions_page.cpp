@@ -37,6 +37,11 @@ bool ResetTrees(CWnd& window, std::span<const RememberedObject> items, std::span
     return dialog.DoModal() == IDOK;
 }
 
+std::vector<std::uint8_t> BytesOf(PACL list) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(list);
+    return {bytes, bytes + list->AclSize};
+}
+
 }  // namespace
 
 const MessageMap& CPage1::GetMessageMap() const {
@@ -125,6 +130,7 @@ std::string CPage1::EmptyListText() const {
 }
 
 bool CPage1::ReadItem() {
+    shown = {};
     AskForFacts();
     HeldObject held;
     Outcome outcome = FindItem(place->items.front(), held);
@@ -190,6 +196,7 @@ bool CPage1::OnApply() {
     };
     ChangeResults results;
     const auto places = PlacesOf(place->items, isForTrees ? Contents::kToo : Contents::kNone);
+    shown = {};
     const bool isMade = apply(*this, places, results);
     if (!mayWrite) ReadAnew();
     if (mayWrite) ShowResults(this, std::move(results), apply);
@@ -200,9 +207,11 @@ DaclInheritance CPage1::ChosenInheritance() const {
     return IsChecked(IDC_INHERIT_FROM_PARENT) ? DaclInheritance::kFromParent : DaclInheritance::kProtected;
 }
 
-MakePreview CPage1::PreviewOf(PACL dacl) {
-    const BelowChange below =
-        IsChecked(IDC_REPLACE_CHILD_ENTRIES) ? BelowChange::kReset : BelowChange::kCarryDown;
+BelowChange CPage1::ChosenBelow() const {
+    return IsChecked(IDC_REPLACE_CHILD_ENTRIES) ? BelowChange::kReset : BelowChange::kCarryDown;
+}
+
+MakePreview CPage1::PreviewOf(PACL dacl, std::optional<BelowChange> below) {
     return [this, dacl, below, inheritance = ChosenInheritance()](TreeObserver& observer) {
         return PreviewListOnItems(place->items, inheritance, {dacl, dacl}, below, observer);
     };
@@ -210,19 +219,34 @@ MakePreview CPage1::PreviewOf(PACL dacl) {
 
 void CPage1::Preview() {
     if (!IsChanged()) {
-        ShowInfoBox(GetSafeHwnd(),
-                    "No permissions were changed here, so applying would leave them as they are.");
+        ShowInfoBox(GetSafeHwnd(), kNothingToPreview);
         return;
     }
     const UniqueLocal<ACL> dacl = MakeList();
-    if (dacl) CPreviewDlg(this, CPreviewDlg::Purpose::kShow, PreviewOf(dacl.get())).DoModal();
+    if (!dacl) return;
+    CPreviewDlg dialog(this, CPreviewDlg::Purpose::kShow, PreviewOf(dacl.get(), ChosenBelow()));
+    dialog.DoModal();
+    shown = {BytesOf(dacl.get()), ChosenInheritance(), ChosenBelow(), std::chrono::steady_clock::now(),
+             dialog.Made()};
 }
 
-// The sheet shows the list of the first item alone.
+// A preview grows old, since others change the objects, too.
+std::shared_ptr<const ChangePreview> CPage1::JustShown(PACL dacl) const {
+    constexpr std::chrono::minutes kLong(5);
+    const bool isOfThis = shown.preview && shown.list == BytesOf(dacl) &&
+                          shown.inheritance == ChosenInheritance() && shown.below == ChosenBelow();
+    return isOfThis && std::chrono::steady_clock::now() - shown.since < kLong ? shown.preview : nullptr;
+}
+
+// The sheet shows the list of the first item alone. What was just previewed is not counted again, and trees
+// are not walked for a list that is carried down, which takes nothing there.
 bool CPage1::MayLose(PACL dacl) {
     const bool mayBeUnseen = place->items.size() > 1 || IsChecked(IDC_REPLACE_CHILD_ENTRIES);
     if (askBeforeLosses == nullptr || *askBeforeLosses == 0 || !mayBeUnseen) return true;
-    CPreviewDlg preview(this, CPreviewDlg::Purpose::kAsk, PreviewOf(dacl));
+    CPreviewDlg preview(this, CPreviewDlg::Purpose::kAsk, PreviewOf(dacl, ChosenBelow()));
+    preview.known = JustShown(dacl);
+    if (preview.known && !preview.known->TakesUnseen()) return true;
+    if (ChosenBelow() == BelowChange::kCarryDown) preview.decide = PreviewOf(dacl, std::nullopt);
     preview.askBeforeLosses = askBeforeLosses;
     return preview.DoModal() == IDOK;
 }

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "editor/access_list_page.h"
 #include "editor/list_facts.h"
@@ -48,14 +51,26 @@ class CPage1 : public AccessListPage {
     void OnInheritanceClicked();
     void ShowInheritance();
     DaclInheritance ChosenInheritance() const;
-    MakePreview PreviewOf(PACL dacl);
+    BelowChange ChosenBelow() const;
+    MakePreview PreviewOf(PACL dacl, std::optional<BelowChange> below);
     bool MayLose(PACL dacl);
+
+    // A preview that was shown, and of what.
+    struct ShownPreview {
+        std::vector<std::uint8_t> list;
+        DaclInheritance inheritance;
+        BelowChange below;
+        std::chrono::steady_clock::time_point since;
+        std::shared_ptr<const ChangePreview> preview;  // null: none
+    };
+    std::shared_ptr<const ChangePreview> JustShown(PACL dacl) const;
 
     ObjectSecurity object;  // as last read, with the edits since
     BackgroundQuestion question;
     std::shared_ptr<std::atomic<bool>> isForgotten;  // of the latest question; null: none yet
     std::shared_ptr<const ListFacts> facts;          // null: not yet known
     bool hasSourceColumn = false;
+    ShownPreview shown{};  // since the list was read
 };
 
 }  // namespace permora

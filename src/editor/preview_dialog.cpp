@@ -39,9 +39,7 @@ bool CPreviewDlg::OnInitDialog() {
     progress = &Progress();
     // The worker must not ask for the windows itself.
     const auto work = [this] {
-        const ChangePreview preview = make(*this);
-        takesUnseen = preview.TakesUnseen() || preview.isStopped;
-        if (!isCancelled) lines = PreviewLines(preview, AccountDisplayName);
+        Work();
         QueueWork(*progress, [this] { Show(); });
     };
     if (const DWORD error = worker.Start(work); error != ERROR_SUCCESS) {
@@ -49,6 +47,19 @@ bool CPreviewDlg::OnInitDialog() {
         EndDialog(IDCANCEL);
     }
     return true;
+}
+
+void CPreviewDlg::Work() {
+    if (!known && decide) {
+        const ChangePreview preview = decide(*this);
+        takesUnseen = preview.TakesUnseen() || preview.isStopped;
+        if (!takesUnseen) return;
+        count = 0;
+    }
+    const auto preview = known ? known : std::make_shared<const ChangePreview>(make(*this));
+    takesUnseen = preview->TakesUnseen() || preview->isStopped;
+    if (!isCancelled) lines = PreviewLines(*preview, AccountDisplayName);
+    made = preview;
 }
 
 // One call at a time, though on several threads.
@@ -68,7 +79,10 @@ void CPreviewDlg::Show() {
     if (purpose == Purpose::kAsk && !takesUnseen) return EndDialog(IDOK);
     for (const std::string& line : lines)
         Lines().InsertItem(Lines().GetItemCount(), line);
-    progress->SetWindowText(isStopped ? "Stopped" : ObjectsText(count) + " looked at");
+    if (isStopped)
+        progress->SetWindowText("Stopped");
+    else
+        progress->SetWindowText(known ? "As it was previewed" : ObjectsText(count) + " looked at");
     for (const unsigned int id : {unsigned{IDC_PREVIEW_COPY}, unsigned{IDOK}})
         if (CWnd* button = GetDlgItem(id)) button->EnableWindow(true);
     GetDlgItem(IDC_PREVIEW_STOP)->EnableWindow(false);

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,13 @@ class CPreviewDlg : public CDialog, private TreeObserver {
 
     // The setting that "Do not ask again" clears; borrowed.
     std::uint8_t* askBeforeLosses = nullptr;
+    // What was shown just before, so that it is not made again; null: nothing was.
+    std::shared_ptr<const ChangePreview> known;
+    // With kAsk, a quicker preview that tells whether there is anything to ask about; null: there is none.
+    MakePreview decide;
+
+    // What was shown, once the dialog has ended; null when the preview was stopped.
+    std::shared_ptr<const ChangePreview> Made() const { return made && !made->isStopped ? made : nullptr; }
 
   protected:
     bool OnInitDialog() override;
@@ -40,6 +48,7 @@ class CPreviewDlg : public CDialog, private TreeObserver {
 
   private:
     // On the worker thread.
+    void Work();
     bool Begin(const char* name) override;
     void PassOver(const std::string& /*path*/, DWORD /*error*/) override {}
 
@@ -59,6 +68,7 @@ class CPreviewDlg : public CDialog, private TreeObserver {
     std::chrono::steady_clock::time_point told;
     CStatic* progress = nullptr;
     bool takesUnseen = false;
+    std::shared_ptr<const ChangePreview> made;
     std::vector<std::string> lines;
     WorkerThread worker;
 };

@@ -44,7 +44,7 @@ class CPSheet : public CPropertySheet {
     }
 
   private:
-    void OnPreview() { permissionsPage.Preview(); }
+    void OnPreview() { ownerPage.IsInFront() ? ownerPage.Preview() : permissionsPage.Preview(); }
 
     RememberedPlace remembered;
     CPage1 permissionsPage;

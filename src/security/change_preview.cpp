@@ -120,38 +120,85 @@ void ChangePreviewing::Add(const HeldObject& object, const std::string& name, co
     isFirst = false;
     if (error != ERROR_SUCCESS || !write.below || !object.IsFolder()) return;
     preview.resetsBelow = preview.resetsBelow || write.below == BelowChange::kReset;
-    TreeCounts counts;
-    const DWORD below = object.PreviewBelow(ListOf(item.after), *write.below, observer, counts);
-    AddBelow(counts);
-    if (below == ERROR_OPERATION_ABORTED)
-        preview.isStopped = true;
-    else if (below != ERROR_SUCCESS)
-        AddFailure({below, Step::kCarryDown, name});
+    AddTree(name, [&](TreeObserver& watched, TreeCounts& counts) {
+        return object.PreviewBelow(ListOf(item.after), *write.below, watched, counts);
+    });
 }
 
-ChangePreview PreviewListOnItems(std::span<const RememberedObject> items,
-                                 std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
-                                 BelowChange below, TreeObserver& observer) {
+void ChangePreviewing::AddShare(const std::string& name, const SecurityPreview& share) {
+    if (preview.isStopped) return;
+    preview.isStopped = !observer.Begin(name.c_str());
+    if (preview.isStopped) return;
+    FindMe();
+    const nt::Sid network(5, {2});
+    if (!preview.isOfShares && !mySids->empty()) mySids->push_back(network);
+    preview.isOfShares = true;
+    Judge(share, name, ComparedObject::kFile);
+    isFirst = false;
+}
+
+void ChangePreviewing::AddTree(
+    const std::string& name, const std::function<DWORD(TreeObserver& observer, TreeCounts& counts)>& count) {
+    TreeCounts counts;
+    const DWORD error = count(observer, counts);
+    AddBelow(counts);
+    if (error == ERROR_OPERATION_ABORTED)
+        preview.isStopped = true;
+    else if (error != ERROR_SUCCESS)
+        preview.failures.push_back({error, Step::kNone, "below " + name});
+}
+
+namespace {
+
+ChangePreview PreviewItems(std::span<const RememberedObject> items, TreeObserver& observer, const auto& add) {
     ChangePreviewing previewing(observer);
     for (const RememberedObject& item : items) {
         HeldObject object;
-        if (const Outcome outcome = FindItem(item, object); !outcome.IsDone()) {
+        if (const Outcome outcome = FindItem(item, object); outcome.IsDone())
+            add(previewing, object, item.Path());
+        else
             previewing.AddFailure(outcome);
-            continue;
-        }
-        PACL dacl = object.IsFolder() ? lists.forFolders : lists.forFiles;
-        previewing.Add(object, item.Path(), {DaclWriteInformation(inheritance), {.dacl = dacl}, below});
         if (previewing.IsStopped()) break;
     }
     return previewing.Preview();
 }
 
+}  // namespace
+
+ChangePreview PreviewListOnItems(std::span<const RememberedObject> items,
+                                 std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
+                                 std::optional<BelowChange> below, TreeObserver& observer) {
+    return PreviewItems(
+        items, observer,
+        [&](ChangePreviewing& previewing, const HeldObject& object, const std::string& name) {
+            PACL dacl = object.IsFolder() ? lists.forFolders : lists.forFiles;
+            previewing.Add(object, name, {DaclWriteInformation(inheritance), {.dacl = dacl}, below});
+        });
+}
+
+ChangePreview PreviewOwnerOnItems(std::span<const RememberedObject> items, PSID owner, Contents contents,
+                                  TreeObserver& observer) {
+    return PreviewItems(items, observer,
+                        [&](ChangePreviewing& previewing, const HeldObject& object, const std::string& name) {
+                            previewing.Add(object, name, {OWNER_SECURITY_INFORMATION, {.owner = owner}});
+                            if (contents == Contents::kNone || !object.IsFolder() || previewing.IsStopped())
+                                return;
+                            previewing.AddTree(name, [&](TreeObserver& watched, TreeCounts& counts) {
+                                return object.SetOwnersBelow(owner, LinkedFiles::kPassOver,
+                                                             TreeListMode::kCountOnly, Unrecorded(), watched,
+                                                             counts);
+                            });
+                        });
+}
+
 std::vector<std::string> PreviewLines(const ChangePreview& preview, NameAccount* nameOf) {
     Lines lines;
-    lines.Add(CountsText("Items: ", preview.changed, preview.unchanged, "failed", preview.failures.size()));
+    lines.Add(CountsText("Items: ", preview.changed, preview.unchanged, "failed", preview.failed));
     AddBelow(preview, lines);
     AddLost(preview.lost, nameOf, lines);
-    lines.Add("Locked out would be everyone but the owner, from:", preview.closed);
+    lines.Add(preview.isOfShares ? "Locked out would be everyone, from:"
+                                 : "Locked out would be everyone but the owner, from:",
+              preview.closed);
     if (preview.me) {
         AccountRecord account;
         account.sid = preview.me;

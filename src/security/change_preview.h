@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -27,8 +28,10 @@ struct LostEntries {
 struct ChangePreview {
     std::size_t changed = 0;
     std::size_t unchanged = 0;        // they have exactly that already
+    std::size_t failed = 0;           // they could not be looked at
     std::optional<TreeCounts> below;  // nothing: no item has anything below it that would be reached
     bool resetsBelow = false;         // what is below is left what it inherits and nothing else
+    bool isOfShares = false;          // which have no owners
 
     std::vector<LostEntries> lost;
     bool loseOthers = false;              // of these entries, one at least is not lost by the first item
@@ -60,11 +63,17 @@ class ChangePreviewing {
 
     // `name` is the item's for people. Nothing is done any more once the observer has ended it.
     void Add(const HeldObject& object, const std::string& name, const PlannedWrite& write);
+    // A share, through which everybody comes as NETWORK, too. No other items are added then.
+    void AddShare(const std::string& name, const SecurityPreview& share);
     // An item that could not be looked at. If it is the first, nothing of the others counts as seen.
     void AddFailure(const Outcome& outcome) {
         preview.failures.push_back(outcome);
+        ++preview.failed;
         isFirst = false;
     }
+    // What `count` counts below an item; its result is a system error code.
+    void AddTree(const std::string& name,
+                 const std::function<DWORD(TreeObserver& observer, TreeCounts& counts)>& count);
     // Counts of a tree that was counted elsewhere.
     void AddBelow(const TreeCounts& counts);
 
@@ -82,10 +91,15 @@ class ChangePreviewing {
     std::optional<std::vector<nt::Sid>> mySids;  // empty: not known
 };
 
-// The preview of WriteListToItems, and of ApplyDlg behind it with kReset.
+// The preview of WriteListToItems, and of ApplyDlg behind it with kReset. Without `below`, of the items
+// alone.
 ChangePreview PreviewListOnItems(std::span<const RememberedObject> items,
                                  std::optional<DaclInheritance> inheritance, const ListsByKind& lists,
-                                 BelowChange below, TreeObserver& observer);
+                                 std::optional<BelowChange> below, TreeObserver& observer);
+// The preview of a new owner for the items and, with kToo, for everything below them but files with further
+// names.
+ChangePreview PreviewOwnerOnItems(std::span<const RememberedObject> items, PSID owner, Contents contents,
+                                  TreeObserver& observer);
 
 // The preview for people, a line each. Items are told of by name, a thousand in each paragraph at most; the
 // lines below another begin with two spaces.

@@ -4,6 +4,7 @@
 
 #include "editor/change_making.h"
 #include "editor/list_writing.h"
+#include "editor/preview_dialog.h"
 #include "framework/long_work.h"
 #include "platform/api/errors.h"
 #include "platform/share_turn.h"
@@ -69,6 +70,19 @@ bool CSharePage1::OnApply() {
     else
         ShowOutcome(GetSafeHwnd(), outcome);
     return isMade && outcome.IsDone() && FinishApply();
+}
+
+void CSharePage1::Preview() {
+    if (!IsChanged()) {
+        ShowInfoBox(GetSafeHwnd(), kNothingToPreview);
+        return;
+    }
+    const UniqueLocal<ACL> dacl = MakeList();
+    if (!dacl) return;
+    const auto make = [&](TreeObserver& observer) {
+        return PreviewListOnShares(names, dacl.get(), observer);
+    };
+    CPreviewDlg(this, CPreviewDlg::Purpose::kShow, make).DoModal();
 }
 
 // ERROR_REVISION_MISMATCH: the user does not want to overwrite the list of another program.

@@ -19,6 +19,9 @@ class CSharePage1 : public AccessListPage {
     std::vector<std::string> names;
     ChangeSession* changes = nullptr;  // borrowed while the sheet runs
 
+    // Shows what Apply would do.
+    void Preview();
+
   protected:
     bool ReadItem() override;
     bool OnApply() override;

@@ -58,17 +58,26 @@ std::optional<nt::SecurityDescriptor> DescriptorIn(const StoredSecurity& securit
     return nt::SecurityDescriptor::FromBytes(security.bytes);
 }
 
+// What becomes of a share's descriptor that gets this list, which may be null. A system error code.
+DWORD PreviewList(const StoredSecurity& stored, PACL dacl, SecurityPreview& preview) {
+    const std::optional<nt::SecurityDescriptor> before = DescriptorIn(stored);
+    std::optional<nt::Acl> list = AclOf(dacl);
+    if (!before || (dacl != nullptr && !list)) return ERROR_INVALID_ACL;
+    preview = {*before, *before};
+    preview.after.daclState = list ? nt::DaclState::kList : nt::DaclState::kNull;
+    preview.after.dacl = std::move(list).value_or(nt::Acl());
+    return ERROR_SUCCESS;
+}
+
 // Records that the share gets a descriptor with this list, which may be null.
 Outcome RecordList(const SHARE_INFO_502& share, PACL dacl, ChangeRecorder& recorder) {
     DescriptorChange change;
-    if (const DWORD error = StoredOf(share, change.before); error != ERROR_SUCCESS) return {error};
-    std::optional<nt::SecurityDescriptor> after = DescriptorIn(change.before);
-    std::optional<nt::Acl> list = AclOf(dacl);
-    if (!after || (dacl != nullptr && !list)) return {ERROR_INVALID_ACL};
-    after->daclState = list ? nt::DaclState::kList : nt::DaclState::kNull;
-    after->dacl = std::move(list).value_or(nt::Acl());
+    SecurityPreview preview;
+    if (const DWORD problem = StoredOf(share, change.before); problem != ERROR_SUCCESS) return {problem};
+    if (const DWORD problem = PreviewList(change.before, dacl, preview); problem != ERROR_SUCCESS)
+        return {problem};
     change.after.form = SecurityForm::kShare;
-    if (!after->AppendTo(change.after.bytes)) return {ERROR_INVALID_ACL};
+    if (!preview.after.AppendTo(change.after.bytes)) return {ERROR_INVALID_ACL};
     ChangedTop top;
     top.path = WideToAnsi(share.shi502_netname);
     std::uint64_t number = 0;
@@ -123,6 +132,22 @@ Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* 
     if (SetSecurityDescriptorDacl(absolute, TRUE, dacl, FALSE) == FALSE) return {GetLastError()};
     if (Outcome outcome = RecordList(*share.record, dacl, recorder); !outcome.IsDone()) return outcome;
     return {SetDescriptor(name, *share.record, absolute)};
+}
+
+ChangePreview PreviewListOnShares(std::span<const std::string> names, PACL dacl, TreeObserver& observer) {
+    ChangePreviewing previewing(observer);
+    for (const std::string& name : names) {
+        StoredSecurity stored;
+        SecurityPreview share;
+        DWORD error = ReadStoredShare(name, stored);
+        if (error == ERROR_SUCCESS) error = PreviewList(stored, dacl, share);
+        if (error == ERROR_SUCCESS)
+            previewing.AddShare(name, share);
+        else
+            previewing.AddFailure({error, Step::kNone, name});
+        if (previewing.IsStopped()) break;
+    }
+    return previewing.Preview();
 }
 
 DWORD ReadStoredShare(const std::string& name, StoredSecurity& security) {

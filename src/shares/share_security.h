@@ -9,6 +9,7 @@
 #include "platform/change_recorder.h"
 #include "platform/resources.h"
 #include "security/access_entry_list.h"
+#include "security/change_preview.h"
 #include "security/outcome.h"
 
 namespace permora {
@@ -35,6 +36,9 @@ Outcome GiveShareDescriptor(const std::string& name, ChangeRecorder& recorder);
 // ERROR_REVISION_MISMATCH, and nothing is written, when another program has changed the list since.
 Outcome WriteShareDacl(const std::string& name, PACL dacl, const ShareSecurity* shown,
                        ChangeRecorder& recorder);
+
+// The preview of WriteListToShares.
+ChangePreview PreviewListOnShares(std::span<const std::string> names, PACL dacl, TreeObserver& observer);
 
 // The descriptor of a share as its record holds it, for the history: SecurityForm::kShare with the
 // self-relative bytes, or kNone. A system error code; on failure `security` is untouched.

@@ -1,6 +1,7 @@
 #include "shares/share_sheet.h"
 
 #include "framework/property_sheet.h"
+#include "resources/resource_ids.h"
 #include "shares/share_permissions_page.h"
 
 namespace permora {
@@ -13,6 +14,7 @@ class CShareSheet : public CPropertySheet {
         permissionsPage.names = shares.names;
         permissionsPage.changes = &changes;
         AddPage(permissionsPage);
+        AddButton(IDC_PREVIEW, "Pre&view...");
     }
 
   protected:
@@ -22,7 +24,17 @@ class CShareSheet : public CPropertySheet {
         return result;
     }
 
+    const MessageMap& GetMessageMap() const override {
+        static const MessageMap kMap = MakeMessageMap<CShareSheet>(
+            CPropertySheet::GetMessageMap(), {
+                                                 {IDC_PREVIEW, Notify::kClicked, &CShareSheet::OnPreview},
+                                             });
+        return kMap;
+    }
+
   private:
+    void OnPreview() { permissionsPage.Preview(); }
+
     CSharePage1 permissionsPage;
 };
 

@@ -24,6 +24,7 @@ using test::UiDriver;
 using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsSupersetOf;
 
 bool IsMountedRow(const std::string& row) {
     return row.starts_with("mounted | Left alone | something is mounted on it");
@@ -64,7 +65,18 @@ TEST_F(OwnerPage, SetsTheOwnerOfEveryItemAndOfWhatIsBelowTheFolders) {
         EXPECT_THAT(candidates[1], HasSubstr("\\root"));
         window.Click(IDC_REPLACE_CHILD_OWNERS);
         EXPECT_FALSE(window.IsEnabled(SheetButton::kApply)) << "the box alone chooses no owner";
+        ui.ExpectInformation(HasSubstr("No owner was chosen here"));
+        window.Click(IDC_PREVIEW);
         window.SelectRow(IDC_OWNER_CANDIDATES, 0);
+        ui.ExpectDialog(IDD_PREVIEW, [](WindowDriver& dialog) {
+            ASSERT_TRUE(dialog.WaitUntil([&] { return dialog.IsEnabled(IDC_PREVIEW_COPY); }));
+            EXPECT_THAT(dialog.Rows(IDC_PREVIEW_LINES),
+                        IsSupersetOf({"Items: would change: 2, already so: 0, failed: 1",
+                                      "Below them: would change: 2, already so: 0, passed over: 0"}));
+            dialog.Click(IDCANCEL);
+        });
+        window.Click(IDC_PREVIEW);
+        EXPECT_EQ(Owner("docs"), "O:BG");
         ui.ExpectError(HasSubstr("gone"));
         window.Click(SheetButton::kApply);
         EXPECT_EQ(window.Text(IDC_OWNER_NAME), "BUILTIN\\Administrators");

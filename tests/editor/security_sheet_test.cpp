@@ -139,6 +139,7 @@ TEST_F(SecuritySheet, WhatItDoesNotShowIsAskedAboutBeforeItIsLost) {
         window.Click(IDC_PREVIEW);
         ui.ExpectDialog(IDD_PREVIEW_QUESTION, [&](WindowDriver& dialog) {
             ASSERT_TRUE(isReady(dialog));
+            EXPECT_EQ(dialog.Text(IDC_PREVIEW_PROGRESS), "As it was previewed") << "and not counted again";
             EXPECT_EQ(dialog.DefaultButton(), unsigned{IDCANCEL});
             dialog.Press("Esc");
         });

@@ -29,6 +29,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
 
 class Unwatched : public TreeObserver {
   public:
@@ -171,6 +172,14 @@ TEST(ChangePreviewTest, LossesAndWhoIsLockedOutAreNamed) {
     EXPECT_THAT(PreviewLines(closing, AccountDisplayName),
                 Contains(HasSubstr("two: Allow BUILTIN\\Guests: Read")));
     EXPECT_EQ(previewOf("D:P").closed.size(), 2U);
+    ChangePreviewing previewing(observer);
+    const UniqueLocal<void> empty = test::DescriptorOf("D:P");
+    previewing.Add(Held(one), "one", {DACL_SECURITY_INFORMATION, {.dacl = ListOf(empty)}});
+    previewing.AddTree("one", [](TreeObserver&, TreeCounts&) { return DWORD{ERROR_ACCESS_DENIED}; });
+    EXPECT_THAT(PreviewLines(previewing.Preview(), AccountDisplayName),
+                IsSupersetOf({HasSubstr("would change: 1, already so: 0, failed: 0"),
+                              HasSubstr("  below one: ")}))
+        << "an item counts once";
     ChangePreview stopped;
     stopped.changed = 1234;
     stopped.isStopped = true;

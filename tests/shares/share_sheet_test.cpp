@@ -19,6 +19,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
 
 class ShareSheet : public WithShareTable {
   protected:
@@ -89,6 +90,14 @@ TEST_F(ShareSheet, StopsAtTheFirstShareThatCannotBeWritten) {
     Edit({"first", "second", "third"}, [&](WindowDriver& window) {
         window.SelectRow(IDC_ACCESS_LIST, 1);
         window.Click(IDC_REMOVE_ENTRY);
+        ui.ExpectDialog(IDD_PREVIEW, [](WindowDriver& dialog) {
+            ASSERT_TRUE(dialog.WaitUntil([&] { return dialog.IsEnabled(IDC_PREVIEW_COPY); }));
+            EXPECT_THAT(dialog.Rows(IDC_PREVIEW_LINES),
+                        IsSupersetOf({"Items: would change: 3, already so: 0, failed: 0",
+                                      "  third: Allow BUILTIN\\Users: Full control"}));
+            dialog.Click(IDCANCEL);
+        });
+        window.Click(IDC_PREVIEW);
         RemoveShare("second");
         ui.ExpectError(GetSystemMessageText(NERR_NetNameNotFound));
         window.Click(SheetButton::kOk);
