@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "changes/folders_above.h"
 #include "history/stored_batch.h"
 #include "platform/api/errors.h"
 #include "platform/below_finder.h"
@@ -22,14 +23,6 @@ namespace {
 
 // An object that another program keeps changing is given up after so many attempts.
 constexpr int kMostAttempts = 3;
-
-using SharedList = std::shared_ptr<const nt::Acl>;
-
-// What a folder hands down.
-struct FolderLists {
-    SharedList before;
-    SharedList after;  // `before` itself where nothing has changed; null: not known (any more)
-};
 
 // What the user is to be told of an object as soon as it is written.
 struct Remarks {
@@ -71,19 +64,10 @@ class TreeEditing : private TreeVisitor {
     DWORD Run();
 
   private:
-    // A folder on the way to the next object.
-    struct Level {
-        std::size_t length;                        // of its path, with which `deepest` begins
-        std::shared_ptr<const FolderLists> lists;  // null: not known
-    };
-
     DWORD Prepare();
     bool Visit(const ReadObject& object) override;
-    void Enter(std::string_view path, std::shared_ptr<const FolderLists> lists);
-    void LeaveTo(std::string_view path);
     DWORD Take(const ReadObject& object);
     bool IsLikeTheLast(const ReadObject& object, const Attempt& attempt) const;
-    std::shared_ptr<const FolderLists> FolderOf(const std::string& path) const;
     EditedSecurity Judge(Attempt& attempt, const nt::SecurityDescriptor& present) const;
     DWORD Try(Attempt attempt);
     DWORD TryOutOfDate();
@@ -100,9 +84,7 @@ class TreeEditing : private TreeVisitor {
     Work work;
     BelowFinder finder;
     SECURITY_INFORMATION parts = 0;
-    std::shared_ptr<const FolderLists> aboveTop;
-    std::vector<Level> levels;
-    std::string deepest;  // the path of the last level
+    FoldersAbove folders;
     std::optional<StoredBatch> batch;
     std::deque<Attempt> batched;    // what is in the batch, in its order
     std::deque<Attempt> outOfDate;  // what was changed, or what its folder hands down, in the middle
@@ -112,21 +94,10 @@ class TreeEditing : private TreeVisitor {
     DWORD result = ERROR_SUCCESS;
 };
 
-SharedList Share(const nt::Acl& list) {
-    return std::make_shared<const nt::Acl>(list);
-}
-
-// Folders below each other mostly have one list, and share it.
-SharedList Share(const nt::Acl& list, const SharedList& other) {
-    return other && *other == list ? other : Share(list);
-}
-
 // What a folder hands down that changes from `before` to `after`.
 void SetLists(const Attempt& folder, const nt::SecurityDescriptor& before,
               const nt::SecurityDescriptor& after) {
-    FolderLists& lists = *folder.own;
-    lists.before = Share(ListOf(before), folder.above ? folder.above->before : nullptr);
-    lists.after = ListOf(after) == *lists.before ? lists.before : Share(ListOf(after), folder.basis);
+    *folder.own = ListsOfFolder(before, after, folder.above.get(), folder.basis);
 }
 
 // What is kept of the object, and the descriptor that this means. ERROR_REVISION_MISMATCH when another
@@ -159,10 +130,8 @@ void TreeEditing::Tell(const std::string& path, const Remarks& remarks) {
 DWORD TreeEditing::Prepare() {
     ReadParts above;
     if (work.top.ReadAbove(DACL_SECURITY_INFORMATION, above) == ERROR_SUCCESS) {
-        auto lists = std::make_shared<FolderLists>();
         const std::optional<nt::Acl> list = AclOf(above.dacl);
-        lists->before = lists->after = Share(list.value_or(nt::Acl()));
-        aboveTop = std::move(lists);
+        folders.SetAboveTop(std::make_shared<FolderLists>(ListsOfFolder(list.value_or(nt::Acl()))));
     }
     parts = ReadableParts(work.top);
     if (IsDryRun()) return ERROR_SUCCESS;
@@ -185,22 +154,6 @@ DWORD TreeEditing::Run() {
     return result == ERROR_SUCCESS ? Finish() : result;
 }
 
-void TreeEditing::Enter(std::string_view path, std::shared_ptr<const FolderLists> lists) {
-    levels.push_back({path.size(), std::move(lists)});
-    deepest = path;
-}
-
-// Only the folders that hold the object stay.
-void TreeEditing::LeaveTo(std::string_view path) {
-    const auto holds = [&](std::size_t length) {
-        return length == 0 ||
-               (path.substr(length).starts_with('\\') && deepest.compare(0, length, path, 0, length) == 0);
-    };
-    while (!levels.empty() && !(path.size() > levels.back().length && holds(levels.back().length)))
-        levels.pop_back();
-    deepest.resize(levels.empty() ? 0 : levels.back().length);
-}
-
 bool TreeEditing::Visit(const ReadObject& object) {
     if (!work.host.Begin(object.path)) {
         result = ERROR_OPERATION_ABORTED;
@@ -216,19 +169,14 @@ bool TreeEditing::Visit(const ReadObject& object) {
             return true;
         case SavedKind::kUnread:
             // It may be a folder all the same, with something in it.
-            LeaveTo(path);
-            Enter(path, nullptr);
+            folders.LeaveTo(path);
+            folders.Enter(path, nullptr);
             Fail(path, NotEdited::kError, object.error);
             return true;
         default:
             result = Take(object);
             return result == ERROR_SUCCESS;
     }
-}
-
-std::shared_ptr<const FolderLists> TreeEditing::FolderOf(const std::string& path) const {
-    if (path.empty()) return aboveTop;
-    return levels.empty() ? nullptr : levels.back().lists;
 }
 
 // Most files have what the one before has, and need no second judgement.
@@ -241,11 +189,11 @@ bool TreeEditing::IsLikeTheLast(const ReadObject& object, const Attempt& attempt
 DWORD TreeEditing::Take(const ReadObject& object) {
     Attempt attempt;
     attempt.path = object.path;
-    if (!attempt.path.empty()) LeaveTo(attempt.path);
-    attempt.above = FolderOf(attempt.path);
+    if (!attempt.path.empty()) folders.LeaveTo(attempt.path);
+    attempt.above = folders.ListsAbove(attempt.path);
     if (object.kind == SavedKind::kFolder) {
         attempt.own = std::make_shared<FolderLists>();
-        Enter(attempt.path, attempt.own);
+        folders.Enter(attempt.path, attempt.own);
     }
     if (IsLikeTheLast(object, attempt)) {
         ++work.counts.unchanged;
