@@ -27,7 +27,8 @@ class WalkObserver : public TreeObserver {
         if (error == ERROR_NOT_SAME_DEVICE) outcome.step = Step::kPassOverMounted;
         if (error == kHasFurtherNames) outcome.step = Step::kPassOverLinked;
         ObjectPlace passed{place.item, below, ObjectPart::kObject};
-        if (outcome.step == Step::kNone) MarkPlace(folder, path, passed);
+        const bool isListed = results.Listed(ResultState::kFailed).size() < ChangeResults::kMostListed;
+        if (outcome.step == Step::kNone && isListed) MarkPlace(folder, path, passed);
         results.Add({std::move(passed), std::move(outcome)});
     }
 
