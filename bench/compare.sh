@@ -24,7 +24,7 @@ while [ $# -gt 0 ]; do
     shift
 done
 # Benchmarks with few files come first: a disk without a journal makes files slowly after many were deleted.
-[ ${#names[@]} -gt 0 ] || names=(startup list copy shred share rendering domain_rendering listing propagation tree_apply owner command saved survey history threads)
+[ ${#names[@]} -gt 0 ] || names=(startup list turn copy shred share rendering domain_rendering listing propagation tree_apply owner command saved survey history threads)
 
 EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${domainPackages[@]}" >&2
 BuildPreset release "${names[@]/%/_bench}" >&2
