@@ -54,7 +54,7 @@ class TreeEditRun : private TreeEditHost {
     std::size_t begun = 0;
     TreeEditCounts counts;
     NestedTargets nested;  // of a dry run
-    bool isWhole = true;  // every target was found, and the history has kept everything
+    bool isWhole = true;   // every target was found, and the history has kept everything
 };
 
 }  // namespace permora

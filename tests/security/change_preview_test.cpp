@@ -176,9 +176,9 @@ TEST(ChangePreviewTest, LossesAndWhoIsLockedOutAreNamed) {
     const UniqueLocal<void> empty = test::DescriptorOf("D:P");
     previewing.Add(Held(one), "one", {DACL_SECURITY_INFORMATION, {.dacl = ListOf(empty)}});
     previewing.AddTree("one", [](TreeObserver&, TreeCounts&) { return DWORD{ERROR_ACCESS_DENIED}; });
-    EXPECT_THAT(PreviewLines(previewing.Preview(), AccountDisplayName),
-                IsSupersetOf({HasSubstr("would change: 1, already so: 0, failed: 0"),
-                              HasSubstr("  below one: ")}))
+    EXPECT_THAT(
+        PreviewLines(previewing.Preview(), AccountDisplayName),
+        IsSupersetOf({HasSubstr("would change: 1, already so: 0, failed: 0"), HasSubstr("  below one: ")}))
         << "an item counts once";
     ChangePreview stopped;
     stopped.changed = 1234;

@@ -69,7 +69,6 @@ void WriteConfiguration(const std::string& sharedFolder) {
                                      "printcap name = /dev/null\n"
                                      "disable spoolss = yes\n"
                                      "vfs objects = acl_xattr\n"
-                                     "guest only = yes\n"  // where guests are let in
                                      "registry shares = yes\n"
                                      "usershare max shares = 100\n"
                                      "usershare owner only = no\n"

@@ -34,12 +34,6 @@ bool IsOn(const SambaSection& share, const SambaSection* global, std::string_vie
     return share.Value(name) ? share.IsSet(name) : global != nullptr && global->IsSet(name);
 }
 
-// Users' shares have a spelling of their own.
-bool LetsGuestsIn(const SambaSection& share, const SambaSection* global) {
-    const auto byUser = share.Value("guest_ok");
-    return byUser ? *byUser != "n" : IsOn(share, global, "guest ok");
-}
-
 // "acl_xattr" in "/usr/lib/samba/vfs/acl_xattr.so:second".
 std::string_view ModuleName(std::string_view word) {
     word = word.substr(0, word.find(':'));
@@ -78,8 +72,7 @@ void JudgeUsers(const SambaSection& share, const SambaSection* global, ServedFol
     };
     for (const char* setting : {"force group", "admin users"})
         if (!SettingOf(share, global, setting).empty()) leaveUnknown(setting);
-    // Where no guest is let in, nobody has to be one.
-    if (IsOn(share, global, "guest only") && LetsGuestsIn(share, global)) leaveUnknown("guest only");
+    if (IsOn(share, global, "guest only")) leaveUnknown("guest only");
     const std::string forced = SettingOf(share, global, "force user");
     if (forced.empty()) return;
     id_t user = 0;
