@@ -1,4 +1,5 @@
 // shred: deletes files for good.
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -11,6 +12,8 @@
 #include "cli/object_command.h"
 #include "cli/terminal_output.h"
 #include "cli/tree_progress.h"
+#include "deletion/deletion_progress.h"
+#include "deletion/item_sizes.h"
 #include "deletion/obstacle_texts.h"
 #include "deletion/secure_delete.h"
 #include "platform/api/errors.h"
@@ -82,8 +85,35 @@ class ShredHost : public SecureDeleteHost {
     std::size_t DeletedCount() const { return deletedCount; }
     std::size_t LeftCount() const { return leftCount; }
 
-    void BeginEntry(const std::string& name) override { progress.Show(deletedCount, name.c_str()); }
-    void Deleted(const std::string& /*name*/) override { ++deletedCount; }
+    // Counts what is to be deleted, if that is shown.
+    void Count(const std::vector<HeldTarget>& targets) {
+        if (!progress.IsUsed()) return;
+        ItemSizes sizes;
+        for (const HeldTarget& each : targets) {
+            current = each.target.name;
+            state.AddItem(sizes.Measure(each.target.object, [this](const DeletionSize& soFar) {
+                state.Counting(soFar);
+                ShowState();
+                return !stopRequested;
+            }));
+        }
+        state.Start();
+    }
+    void EndItem() { state.EndItem(); }
+
+    void BeginEntry(const std::string& name) override {
+        current = name;
+        ShowState();
+    }
+    void BeginDeleting(const std::string& name) override { BeginEntry(name); }
+    void Overwritten(ULONGLONG bytes) override {
+        state.Overwritten(bytes);
+        ShowState();
+    }
+    void Deleted(const std::string& /*name*/) override {
+        ++deletedCount;
+        state.Deleted();
+    }
     void Failed(const Outcome& failure) override { Leave(failure.object, LineText(failure)); }
 
     FileScrutiny Scrutiny() const override { return scrutiny; }
@@ -125,9 +155,15 @@ class ShredHost : public SecureDeleteHost {
     }
 
   private:
+    void ShowState() {
+        if (progress.IsDue()) progress.ShowNow(state.Look(std::chrono::steady_clock::now()).text, current);
+    }
+
     const FileScrutiny scrutiny;
     ConsoleMessages& messages;
     ProgressLine progress;
+    DeletionProgress state;
+    std::string current;  // the object at hand
     const Target* target = nullptr;
     std::size_t deletedCount = 0;
     std::size_t leftCount = 0;
@@ -194,6 +230,7 @@ ExitCode ShredCommand::Begin(const std::vector<Target>& targets) {
     OutliveReaders();
     host.emplace(force ? FileScrutiny::kNone : FileScrutiny::kObstacles,
                  quiet ? Progress::kQuiet : Progress::kShown, messages);
+    host->Count(held);
     return ExitCode::kDone;
 }
 
@@ -202,6 +239,7 @@ bool ShredCommand::Do(const Target& /*target*/) {
     const FolderHandle* before = next == 0 ? nullptr : held[next - 1].folder.get();
     if (before != nullptr && each.folder.get() != before) host->EndSeclusion();
     Shred(each, *host);
+    host->EndItem();
     each.target.object = {};  // a file that is remembered keeps its space
     ++next;
     return true;  // what was left is counted

@@ -11,13 +11,14 @@
 namespace permora {
 ProgressLine::ProgressLine(Progress mode) : columns(mode == Progress::kQuiet ? 0 : TerminalColumns(stderr)) {}
 
-void ProgressLine::Show(std::size_t count, std::string_view name) {
-    if (columns == 0) return;
-    const auto now = std::chrono::steady_clock::now();
-    if (now - shown < std::chrono::milliseconds(100)) return;
-    shown = now;
+bool ProgressLine::IsDue() const {
+    return columns != 0 && std::chrono::steady_clock::now() - shown >= std::chrono::milliseconds(100);
+}
+
+void ProgressLine::ShowNow(const std::string& state, std::string_view name) {
+    shown = std::chrono::steady_clock::now();
     // The last column stays empty: a character in it would begin a new line.
-    const std::string line = CutToColumns(std::to_string(count) + ": " + PrintableText(name), columns - 1);
+    const std::string line = CutToColumns(state + ": " + PrintableText(name), columns - 1);
     OverwriteErrorLine(line);
     isShown = true;
 }

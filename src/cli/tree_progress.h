@@ -30,7 +30,15 @@ class ProgressLine {
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
 
-    void Show(std::size_t count, std::string_view name);
+    void Show(std::size_t count, std::string_view name) {
+        if (IsDue()) ShowNow(std::to_string(count), name);
+    }
+    // Whether there is a line at all.
+    bool IsUsed() const { return columns != 0; }
+    // Whether enough time has passed for another line, ...
+    bool IsDue() const;
+    // ... which is shown now: what is done so far, and the object at hand.
+    void ShowNow(const std::string& state, std::string_view name);
     // Shows the last name of `path`, which has backslashes between its names.
     void ShowPath(std::size_t count, std::string_view path) {
         Show(count, path.substr(path.rfind('\\') + 1));

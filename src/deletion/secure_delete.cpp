@@ -143,6 +143,11 @@ class FileDeletion {
     // Overwrites everything that has a place on the disk, a sector at a time.
     Outcome WriteZeros(HANDLE file, const void* zeros, LONGLONG size) {
         LONGLONG next = 0;  // where the next sector would be written
+        LONGLONG reported = 0;
+        const auto report = [&](LONGLONG end) {
+            host.Overwritten(static_cast<ULONGLONG>(end - reported));
+            reported = end;
+        };
         for (FileRange range; range.end < size;) {
             if (host.stopRequested) return BrokenOff();
             const LONGLONG from = range.end;
@@ -158,8 +163,10 @@ class FileDeletion {
                 DWORD written = 0;
                 if (WriteFile(file, zeros, sectorBytes, &written, nullptr) == FALSE)
                     return LastError(Step::kWrite);
+                report(std::min(SectorAfter(next), size));
             }
         }
+        report(size);
         // Data gathered before a hole at the end must still be written.
         return next > 0 && next < size && !Seek(file, size) ? LastError(Step::kWrite) : Outcome();
     }

@@ -1,10 +1,12 @@
 #include "deletion/secure_delete_dialog.h"
 
+#include <chrono>
 #include <optional>
 #include <span>
 #include <string>
 #include <utility>
 
+#include "deletion/item_sizes.h"
 #include "deletion/secure_delete.h"
 #include "framework/stoppable_work.h"
 #include "framework/styles.h"
@@ -29,12 +31,16 @@ class CSecureDelete::Run : public SecureDeleteHost {
         progress.RedrawWindow();
     }
 
-    void Deleted(const std::string& name) override { dialog.left.Deleted(trail, name); }
+    void Overwritten(ULONGLONG bytes) override { dialog.progress->Overwritten(bytes); }
+    void Deleted(const std::string& name) override {
+        dialog.progress->Deleted();
+        dialog.left.Deleted(trail, name);
+    }
     void Failed(const Outcome& failure) override {
-        if (failure.object.empty())
-            ShowOutcome(window, failure);
-        else
-            dialog.left.Failed(trail, failure);
+        if (!failure.object.empty()) return dialog.left.Failed(trail, failure);
+        dialog.progress->Pause();
+        ShowOutcome(window, failure);
+        dialog.progress->GoOn();
     }
 
     // Asked once; the answer holds for all later files.
@@ -43,14 +49,17 @@ class CSecureDelete::Run : public SecureDeleteHost {
             const std::string text =
                 "Whether another program has this file open cannot be known:\n\n" + trail.PathOf(name) +
                 "\n\nDelete it, and the others of which that cannot be known? No leaves them where they are.";
+            dialog.progress->Pause();
             mayBeOpenElsewhere =
                 MessageBoxA(window, text.c_str(), "Secure deletion", MB_YESNO | MB_ICONQUESTION) == IDYES;
+            dialog.progress->GoOn();
         }
         return *mayBeOpenElsewhere;
     }
 
     void Work() {
         const StoppableWork stoppable([this] { dialog.stopRequested = true; });
+        CountItems();
         bool isWhole = true;
         for (DeletionTarget& target : dialog.chosen) {
             isWhole = isWhole && !stopRequested;
@@ -63,12 +72,26 @@ class CSecureDelete::Run : public SecureDeleteHost {
                     SecureDeleteAgain(*this, target.object, target.extent);
             }
             dialog.left.End();
+            dialog.progress->EndItem();
             target = {};  // a file that is remembered keeps its space
         }
         dialog.EndDialog(isWhole && !dialog.isCancelled ? IDOK : IDCANCEL);
     }
 
   private:
+    void CountItems() {
+        ItemSizes sizes;
+        const auto count = [this](const DeletionSize& soFar) {
+            dialog.progress->Counting(soFar);
+            return !stopRequested;
+        };
+        for (const DeletionTarget& target : dialog.chosen) {
+            const bool isWhole = target.extent == DeletionExtent::kWhole;
+            dialog.progress->AddItem(isWhole ? sizes.Measure(target.object, count) : DeletionSize{0, 1});
+        }
+        dialog.progress->Start();
+    }
+
     CSecureDelete& dialog;
     HWND window;
     CStatic& progress;
@@ -91,18 +114,31 @@ const MessageMap& CSecureDelete::GetMessageMap() const {
 bool CSecureDelete::OnInitDialog() {
     CDialog::OnInitDialog();
     stopRequested = isCancelled = false;
-    auto* progress = GetDlgItem<CStatic>(IDC_DELETION_PROGRESS);
-    if (progress == nullptr) {
+    auto* label = GetDlgItem<CStatic>(IDC_DELETION_PROGRESS);
+    if (label == nullptr) {
         ShowErrorBox(GetSafeHwnd(), "Error: cannot initialize dialog box");
         EndDialog(kCannotStart);
         return false;
     }
-    run = std::make_unique<Run>(*this, *progress);
+    constexpr std::chrono::milliseconds kPause(200);
+    progress = std::make_unique<DeletionProgress>();
+    run = std::make_unique<Run>(*this, *label);
     if (const DWORD error = worker.Start([this] { run->Work(); }); error != ERROR_SUCCESS) {
         ShowSystemErrorBox(GetSafeHwnd(), error);
         EndDialog(kCannotStart);
     }
+    display.Start(kPause, [this] { ShowProgress(); });
     return true;
+}
+
+void CSecureDelete::ShowProgress() {
+    const DeletionState state = progress->Look(std::chrono::steady_clock::now());
+    auto* bar = GetDlgItem<CProgressCtrl>(IDC_DELETION_BAR);
+    auto* text = GetDlgItem<CStatic>(IDC_DELETION_TIME_LEFT);
+    if (bar == nullptr || text == nullptr) return;
+    bar->ModifyStyle(state.percent ? PBS_MARQUEE : 0, state.percent ? 0 : PBS_MARQUEE);
+    if (state.percent) bar->SetPos(*state.percent);
+    text->SetWindowText(state.text);
 }
 
 void CSecureDelete::Stop() {
@@ -120,6 +156,7 @@ void CSecureDelete::OnCancel() {
 
 // The worker shows texts in the window until its end.
 void CSecureDelete::OnDestroy() {
+    display.Stop();
     stopRequested = true;
     worker.Wait();
 }

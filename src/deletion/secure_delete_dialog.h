@@ -5,8 +5,10 @@
 #include <memory>
 #include <vector>
 
+#include "deletion/deletion_progress.h"
 #include "deletion/failed_deletions.h"
 #include "framework/dialog.h"
+#include "framework/repeated_work.h"
 #include "framework/worker_thread.h"
 #include "security/results_dialog.h"
 
@@ -38,11 +40,14 @@ class CSecureDelete : public CDialog {
     class Run;
 
     void Stop();
+    void ShowProgress();
 
     FailedDeletions& left;  // the worker's while it runs
     std::atomic<bool> stopRequested = false;
     std::atomic<bool> isCancelled = false;  // by Escape
-    std::unique_ptr<Run> run;               // what the worker has; null: not started
+    std::unique_ptr<DeletionProgress> progress;
+    RepeatedWork display;
+    std::unique_ptr<Run> run;  // what the worker has; null: not started
     WorkerThread worker;
 };
 

@@ -38,7 +38,7 @@ class CEdit : public CWnd {
 // Text, icon or bitmap.
 class CStatic : public CWnd {};
 
-// A bar from 0 to 100 percent.
+// A bar from 0 to 100 percent. With the style PBS_MARQUEE it moves without a position.
 class CProgressCtrl : public CWnd {
   public:
     void SetPos(int percent);

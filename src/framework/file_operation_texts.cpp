@@ -1,9 +1,8 @@
 #include "framework/file_operation_texts.h"
 
-#include <array>
-#include <cstdio>
 #include <utility>
 
+#include "platform/file_operation_pace.h"
 #include "platform/system_message.h"
 
 namespace permora {
@@ -123,20 +122,6 @@ std::string OperationText(FileOperationKind kind) {
     return WordsOf(kind).going;
 }
 
-std::string ByteText(ULONGLONG bytes) {
-    constexpr std::array kUnits = {"KB", "MB", "GB", "TB"};
-    constexpr double kStep = 1024;
-    constexpr double kRoundsUp = kStep - 0.05;  // would be written as "1024.0"
-    if (bytes < 1024) return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
-    double amount = static_cast<double>(bytes) / kStep;
-    std::size_t unit = 0;
-    for (; amount >= kRoundsUp && unit + 1 < kUnits.size(); ++unit)
-        amount /= kStep;
-    std::array<char, 40> text{};
-    std::snprintf(text.data(), text.size(), "%.1f %s", amount, kUnits.at(unit));
-    return text.data();
-}
-
 std::string AmountText(const FileOperationProgress& progress) {
     std::string text;
     if (progress.bytesTotal > 0)
@@ -144,20 +129,6 @@ std::string AmountText(const FileOperationProgress& progress) {
     text += std::to_string(progress.itemsDone) + " of " + std::to_string(progress.itemsTotal) +
             (progress.itemsTotal == 1 ? " item" : " items");
     return progress.isTotalKnown ? text : text + ", still counting";
-}
-
-std::string TimeLeftText(std::optional<std::chrono::seconds> left) {
-    constexpr long long kMinute = 60;
-    constexpr long long kHour = 60 * kMinute;
-    constexpr long long kStep = 5;
-    if (!left) return "Being estimated";
-    const long long seconds = left->count();
-    const auto roundedUp = [seconds](long long unit) { return (seconds + unit - 1) / unit; };
-    if (seconds <= kStep) return "A few seconds";
-    if (seconds <= kMinute - kStep) return "About " + std::to_string(roundedUp(kStep) * kStep) + " seconds";
-    if (seconds <= kMinute) return "About 1 minute";
-    if (seconds <= 2 * kHour) return "About " + std::to_string(roundedUp(kMinute)) + " minutes";
-    return "About " + std::to_string(roundedUp(kHour)) + " hours";
 }
 
 std::string NameOfPath(const std::string& path) {

@@ -1,8 +1,6 @@
 // Texts of file operations: their progress, and their questions with the answers.
 #pragma once
 
-#include <chrono>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,10 +12,6 @@ namespace permora {
 std::string OperationText(FileOperationKind kind);
 // "12.3 MB of 4.0 GB, 7 of 123 items". Where nothing has bytes only the items.
 std::string AmountText(const FileOperationProgress& progress);
-// "About 2 minutes"; "Being estimated" while it is not known.
-std::string TimeLeftText(std::optional<std::chrono::seconds> left);
-// "4.0 GB", "512 bytes".
-std::string ByteText(ULONGLONG bytes);
 // The last name of a path.
 std::string NameOfPath(const std::string& path);
 

@@ -42,6 +42,8 @@ inline constexpr DWORD SS_NOTIFY      = 0x00000100;
 
 inline constexpr DWORD ES_READONLY    = 0x00000800;
 
+inline constexpr DWORD PBS_MARQUEE    = 0x00000008;
+
 inline constexpr int SW_HIDE          = 0;
 // clang-format on
 

@@ -1,5 +1,4 @@
-// How much is in a folder: a service of our own for the sheet of PropertiesPresenter. On Windows the
-// shell's sheet counts for itself, and this header has nothing behind it.
+// How much is in a folder: a service of our own, for the sheet of PropertiesPresenter and for deletions.
 #pragma once
 
 #include "platform/api/base.h"
@@ -9,10 +8,10 @@ namespace permora {
 // What is in a folder, however deep, or what a file is.
 struct TreeSize {
     ULONGLONG bytes = 0;        // contents of files; one with several names counts under each
-    ULONGLONG bytesOnDisk = 0;  // taken by them; such a file counts once
+    ULONGLONG bytesOnDisk = 0;  // taken by them; such a file counts once. Not counted on Windows
     ULONGLONG files = 0;        // and links, devices and the like
     ULONGLONG folders = 0;      // without the one that was asked for
-    ULONGLONG mounted = 0;      // of other volumes, on which nothing is counted
+    ULONGLONG mounted = 0;      // of other volumes, on which nothing is counted; on Windows they are files
     ULONGLONG unread = 0;       // objects that could not be looked at, folders that could not be listed
 };
 

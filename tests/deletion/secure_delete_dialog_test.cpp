@@ -74,6 +74,7 @@ class SecureDeleteDialog : public ::testing::Test {
     }
     // Runs `stop` while the second sector of a && b waits to be written.
     int StopInTheMiddle(const std::function<void(WindowDriver&)>& stop) {
+        std::ofstream(folder.Path("empty")).flush();
         MakeTree();
         folder.MakeFile("later");
         writingMayGoOn = gate.get_future().share();
@@ -81,12 +82,14 @@ class SecureDeleteDialog : public ::testing::Test {
             dialog.WaitUntil([] { return writeCount == 1; });
             EXPECT_TRUE(dialog.WaitUntil([&] { return dialog.Text(IDC_DELETION_PROGRESS) == "a && b"; }));
             EXPECT_EQ(dialog.Title(), "Secure deletion");
+            // One of four objects; next to them their few bytes are nothing.
+            EXPECT_TRUE(dialog.WaitUntil([&] { return dialog.Text(IDC_DELETION_TIME_LEFT) == "24 %"; }));
             stop(dialog);
             EXPECT_FALSE(dialog.IsEnabled(IDC_STOP_DELETION));
             EXPECT_TRUE(dialog.IsOpen());
             gate.set_value();
         });
-        const int result = Run({"top", "later"});
+        const int result = Run({"empty", "top", "later"});
         EXPECT_EQ(test::ReadWholeFile("top/a && b"), std::string(512, '\0') + std::string(1536, 'x'));
         EXPECT_TRUE(std::filesystem::exists("later"));
         return result;

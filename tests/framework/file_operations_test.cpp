@@ -7,10 +7,10 @@
 #include <thread>
 
 #include "framework/file_operation_ids.h"
-#include "framework/file_operation_pace.h"
 #include "framework/file_operation_texts.h"
 #include "framework/qt/file_operation_presenter.h"
 #include "platform/api/errors.h"
+#include "platform/file_operation_pace.h"
 #include "tests/framework/test_frame.h"
 #include "tests/support/ui_driver.h"
 

@@ -11,13 +11,13 @@
 #include <thread>
 #include <utility>
 
-#include "framework/file_operation_pace.h"
 #include "framework/modal_window.h"
 #include "framework/qt/file_operation_question.h"
 #include "framework/qt/file_operation_window.h"
 #include "framework/qt/widget.h"
 #include "framework/stoppable_work.h"
 #include "framework/window.h"
+#include "platform/file_operation_pace.h"
 
 namespace permora::qt {
 namespace {

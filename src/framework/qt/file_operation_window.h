@@ -8,8 +8,8 @@
 #include <functional>
 #include <string>
 
-#include "framework/file_operation_pace.h"
 #include "framework/qt/elided_label.h"
+#include "platform/file_operation_pace.h"
 
 namespace permora::qt {
 

@@ -106,16 +106,24 @@ class StaticWindow final : public WidgetWindow<NativeWindow> {
 
 class ProgressBarWindow final : public WidgetWindow<NativeProgressBar, QProgressBar> {
   public:
-    using WidgetWindow::WidgetWindow;
+    ProgressBarWindow(CWnd& window, std::unique_ptr<QProgressBar> made, const ControlSpec& spec)
+        : WidgetWindow(window, std::move(made)) {
+        ShowMotion(spec.style);
+        Widget().setTextVisible(spec.rect.Height() >= Widget().fontMetrics().height());
+    }
     std::string Text() const override { return FromQt(Widget().text()); }  // the position
+    void StyleChanged(DWORD /*before*/) override { ShowMotion(style); }
     void SetPosition(int percent) override { Widget().setValue(percent); }
+
+  private:
+    void ShowMotion(DWORD styles) { Widget().setRange(0, (styles & PBS_MARQUEE) != 0 ? 0 : 100); }
 };
 
 }  // namespace
 
 std::unique_ptr<NativeWindow> MakeStatic(CWnd& window, CWnd& parent, const ControlSpec& spec) {
     if (spec.kind == ControlKind::kProgressBar)
-        return std::make_unique<ProgressBarWindow>(window, NewControl<QProgressBar>(parent, spec));
+        return std::make_unique<ProgressBarWindow>(window, NewControl<QProgressBar>(parent, spec), spec);
     if (spec.kind == ControlKind::kStaticPicture) {
         const CIcon picture = (spec.style & SS_TYPEMASK) == SS_ICON ? CIcon::Load(spec.pictureId)
                                                                     : CIcon::FromBitmap(spec.pictureId);

@@ -29,7 +29,8 @@ DWORD FolderListing::Next(FoundEntry& entry) {
         next = info.NextEntryOffset != 0 ? next + info.NextEntryOffset : nullptr;
         if (name == L"." || name == L"..") continue;
         // A reparse point has its tag in the place of the size of its attributes: MS-FSCC, 2.4.14.
-        entry = {std::move(name), KindOfTag({info.FileAttributes, info.EaSize})};
+        entry = {std::move(name), KindOfTag({info.FileAttributes, info.EaSize}),
+                 static_cast<ULONGLONG>(info.EndOfFile.QuadPart)};
         return ERROR_SUCCESS;
     }
 }

@@ -13,6 +13,7 @@ namespace permora {
 struct FoundEntry {
     std::wstring name;  // may be no text: a volume takes halves of surrogate pairs
     FolderEntryKind kind = FolderEntryKind::kFile;
+    ULONGLONG size = 0;  // of the contents, in bytes
 };
 
 class FolderListing {

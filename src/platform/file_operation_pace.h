@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <optional>
+#include <string>
 
 #include "platform/file_operation_presenter.h"
 
@@ -33,5 +34,10 @@ class FileOperationPace {
     double weight = 0;  // of what `speed` is made of; comes near 1
     double seconds = 0;
 };
+
+// "About 2 minutes"; "Being estimated" while it is not known.
+std::string TimeLeftText(std::optional<std::chrono::seconds> left);
+// "4.0 GB", "512 bytes".
+std::string ByteText(ULONGLONG bytes);
 
 }  // namespace permora
