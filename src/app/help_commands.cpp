@@ -14,8 +14,9 @@ constexpr const char* kSupportPage = R"(\help\support.html)";
 
 }  // namespace
 
-void OpenHelp(HWND owner, const std::string& programFolder) {
-    if (OpenByShell(owner, HelpFileIn(programFolder)) || OpenByShell(owner, programFolder + kFirstPage))
+void OpenHelp(HWND owner, const std::string& programFolder, const std::function<bool()>& showOwn) {
+    if (OpenByShell(owner, HelpFileIn(programFolder)) || OpenByShell(owner, programFolder + kFirstPage) ||
+        showOwn())
         return;
     ShowErrorBox(owner, "Cannot open help file");
 }

@@ -2,7 +2,9 @@
 
 #include "app/about_dialog.h"
 #include "app/help_commands.h"
+#include "app/help_topics.h"
 #include "resources/resource_ids.h"
+#include "security/message_boxes.h"
 
 namespace permora {
 
@@ -31,12 +33,19 @@ void CMainApp::OnEndSession() {
     frame->KeepSettings();
 }
 
+// In the program's own window, which can be read while the other one waits for its user.
+void CMainApp::OnHelp(CWnd& window, unsigned int templateId) {
+    if (!frame->ShowHelpPage(HelpPlaceOf(templateId)))
+        ShowErrorBox(window.GetSafeHwnd(), "Cannot open help file");
+}
+
 void CMainApp::ShowAboutBox() {
     CAboutDlg(frame.get()).DoModal();
 }
 
 void CMainApp::ShowHelp() {
-    OpenHelp(frame->GetSafeHwnd(), ProgramFolder(frame->Settings()));
+    OpenHelp(frame->GetSafeHwnd(), ProgramFolder(frame->Settings()),
+             [this] { return frame->ShowHelpPage(kHelpContents); });
 }
 
 void CMainApp::ShowSupportPage() {

@@ -11,6 +11,7 @@ class CMainApp : public CWinApp {
   public:
     bool InitInstance() override;
     void OnEndSession() override;
+    void OnHelp(CWnd& window, unsigned int templateId) override;
 
     // As the main window's, which is there from InitInstance on.
     void ShareFolder() { frame->ShareFolder(); }

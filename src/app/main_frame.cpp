@@ -157,7 +157,13 @@ void CMainFrame::OnClose() {
 
 void CMainFrame::OnDestroy() {
     survey.CloseWindows();
+    help.reset();
     CFrameWnd::OnDestroy();
+}
+
+bool CMainFrame::ShowHelpPage(const std::string& place) {
+    if (!help) help = std::make_unique<CHelpWindow>(this, ProgramFolder(settings));
+    return help->Show(place);
 }
 
 // ---- Settings ----

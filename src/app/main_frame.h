@@ -1,8 +1,10 @@
 // CMainFrame: the program's main window, with its bars, its list and the settings.
 #pragma once
 
+#include <memory>
 #include <string>
 
+#include "app/help_window.h"
 #include "app/history_commands.h"
 #include "app/settings_record.h"
 #include "app/settings_store.h"
@@ -30,6 +32,9 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     // the new share.
     void ShareFolder();
 
+    // Shows a page of the help in the program's own window. False: it is not there.
+    bool ShowHelpPage(const std::string& place);
+
     // Tells once of the last change that was cut off, and offers to take it back.
     void TellOfInterruption() { history.TellOfInterruption(); }
 
@@ -42,7 +47,7 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     // Ends the process when the settings cannot be read, as when the program is not installed for this user.
     bool OnCreate() override;
     void OnClose() override;    // keeps the settings
-    void OnDestroy() override;  // closes the windows of results
+    void OnDestroy() override;  // closes the windows of results and of help
     bool StopWork() override { return view.StopReadingSecurity(); }
     void OnSize(Size client) override;
     const MessageMap& GetMessageMap() const override;
@@ -102,7 +107,8 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     RepeatedWork domainTimer;
     HistoryCommands history{*this, [this] { view.RefreshList(); }};
     SurveyCommands survey{*this, view, *this};
-    std::string offlineText;  // in the status bar; empty: the domain answers
+    std::unique_ptr<CHelpWindow> help;  // made when it is first asked for
+    std::string offlineText;            // in the status bar; empty: the domain answers
     PropertiesService properties{*this, [this](const std::string& path) { EditItemAt(path); }};
 };
 

@@ -16,6 +16,7 @@ struct CDialog::Run {
     ModalWindow* modal = nullptr;          // null: not running
     int result = 0;
     bool hasEnded = false;
+    std::unique_ptr<ModalWindow> beside;  // of a dialog that is not modal
 
     void End(int value) {
         if (modal == nullptr || hasEnded) return;
@@ -28,19 +29,23 @@ struct CDialog::Run {
 CDialog::CDialog(unsigned int templateNumber, CWnd* ownerWindow)
     : templateId(templateNumber), owner(ownerWindow), run(std::make_shared<Run>()) {}
 
+void CDialog::MakeContents(ModalWindow& modal, const DialogTemplate& dialog) {
+    const Rect client = DialogUnitsToPixels({0, 0, dialog.size.cx, dialog.size.cy});
+    modal.SetClientSize({client.Width(), client.Height()},
+                        dialog.growing.empty() ? Sizing::kFixed : Sizing::kMayGrow);
+    SetWindowText(dialog.caption);
+    CreateTemplateControls(*this, dialog);
+    layout.Start(*this, dialog);
+    modal.SetTabOrder({this});
+}
+
 int CDialog::DoModal() {
     constexpr int kFailed = -1;
     const auto dialog = LoadDialogTemplate(templateId);
     if (!dialog || HasWindow()) return kFailed;
 
     ModalWindow modal(*this, owner, dialog->style, templateId);
-    const Rect client = DialogUnitsToPixels({0, 0, dialog->size.cx, dialog->size.cy});
-    modal.SetClientSize({client.Width(), client.Height()},
-                        dialog->growing.empty() ? Sizing::kFixed : Sizing::kMayGrow);
-    SetWindowText(dialog->caption);
-    CreateTemplateControls(*this, *dialog);
-    layout.Start(*this, *dialog);
-    modal.SetTabOrder({this});
+    MakeContents(modal, *dialog);
 
     ++run->number;
     run->modal = &modal;
@@ -54,6 +59,20 @@ int CDialog::DoModal() {
     run->modal = nullptr;
     DestroyWindow();
     return run->result;
+}
+
+bool CDialog::Create() {
+    const auto dialog = LoadDialogTemplate(templateId);
+    if (!dialog || HasWindow()) return false;
+    run->hasEnded = false;
+    run->beside = std::make_unique<ModalWindow>(*this, owner, dialog->style, templateId);
+    MakeContents(*run->beside, *dialog);
+    if (OnInitDialog()) FocusFirstControl(*this);
+    return true;
+}
+
+void CDialog::ShowBeside() {
+    if (HasWindow() && run->beside) run->beside->ShowBeside();
 }
 
 void CDialog::EndDialog(int result) {

@@ -6,6 +6,7 @@
 
 #include "framework/controls.h"
 #include "framework/list_ctrl.h"
+#include "framework/page_view.h"
 #include "framework/radio_group.h"
 #include "framework/styles.h"
 #include "framework/window_access.h"
@@ -58,6 +59,7 @@ std::optional<ControlKind> KindOf(const ControlTemplate& control) {
     if (control.className == "COMBOBOX") return ControlKind::kComboBox;
     if (control.className == "SYSLISTVIEW32") return ControlKind::kListView;
     if (control.className == "MSCTLS_PROGRESS32") return ControlKind::kProgressBar;
+    if (control.className == "PERMORA_PAGE_VIEW") return ControlKind::kPageView;
     return std::nullopt;
 }
 
@@ -77,6 +79,8 @@ std::unique_ptr<CWnd> NewControlObject(ControlKind kind) {
             return std::make_unique<CListCtrl>();
         case ControlKind::kProgressBar:
             return std::make_unique<CProgressCtrl>();
+        case ControlKind::kPageView:
+            return std::make_unique<CPageView>();
         case ControlKind::kStaticText:
         case ControlKind::kStaticPicture:
         case ControlKind::kEtchedFrame:

@@ -75,6 +75,9 @@ class CWinApp : public CCmdTarget {
     // Called before an open main window is destroyed because the program ends for another reason than its
     // closing.
     virtual void OnEndSession() {}
+    // F1 was pressed in `window`, a dialog or a sheet. `templateId` is the dialog's, or that of the sheet's
+    // page.
+    virtual void OnHelp(CWnd& /*window*/, unsigned int /*templateId*/) {}
     // Starts the toolkit, runs InitInstance and the message loop, and destroys the main window if it still
     // exists. Returns the exit code of the process.
     int Run(int argc, char** argv);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "framework/controls.h"
+#include "framework/frame_window.h"
 #include "framework/radio_group.h"
 #include "framework/styles.h"
 #include "framework/window_access.h"
@@ -62,8 +63,8 @@ OwnerDisabler::~OwnerDisabler() {
     if (top != nullptr && top->HasWindow()) WindowAccess::Native(*top)->style &= ~DWORD{WS_DISABLED};
 }
 
-ModalWindow::ModalWindow(CWnd& served, CWnd* servedOwner, DWORD style, unsigned int templateId)
-    : window(served), owner(servedOwner) {
+ModalWindow::ModalWindow(CWnd& served, CWnd* servedOwner, DWORD style, unsigned int servedTemplate)
+    : window(served), owner(servedOwner), templateId(servedTemplate) {
     if (owner != nullptr && !owner->HasWindow()) owner = nullptr;
     WindowAccess::Attach(window, MakeNativeDialog(window, owner, style, templateId, *this), owner, templateId,
                          style & ~DWORD{WS_CHILD | WS_VISIBLE | WS_DISABLED});
@@ -95,6 +96,12 @@ void ModalWindow::End() {
     if (auto* native = WindowAccess::NativeAs<NativeDialog>(window)) native->EndModal();
 }
 
+void ModalWindow::ShowBeside() {
+    auto* native = WindowAccess::NativeAs<NativeDialog>(window);
+    native->style |= WS_VISIBLE;
+    native->ShowBeside();
+}
+
 void ModalWindow::OnEnterKey() {
     Press(DefaultButtonOf(window), IDOK);
 }
@@ -105,6 +112,10 @@ void ModalWindow::OnEscapeKeyOrCloseBox() {
 
 bool ModalWindow::OnNextPageKey(int direction) {
     return onNextPage && onNextPage(direction);
+}
+
+void ModalWindow::OnHelpKey() {
+    if (CWinApp* application = GetApp()) application->OnHelp(window, onHelp ? onHelp() : templateId);
 }
 
 void ModalWindow::Press(CWnd* button, unsigned int id) {

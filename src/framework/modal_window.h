@@ -38,13 +38,19 @@ class ModalWindow : public DialogKeys {
     // Shows the window and processes events until End; the owner is disabled meanwhile.
     void Run();
     void End();
+    // Instead of Run: shows it beside the other windows, or brings it to the front
+    // (NativeDialog::ShowBeside).
+    void ShowBeside();
 
     // For windows with pages: Ctrl+Tab and Ctrl+PageDown call it with 1, their opposites with -1.
     std::function<bool(int direction)> onNextPage;
+    // Which template the help is asked for; without it: the window's own.
+    std::function<unsigned int()> onHelp;
 
     void OnEnterKey() override;
     void OnEscapeKeyOrCloseBox() override;
     bool OnNextPageKey(int direction) override;
+    void OnHelpKey() override;  // asks the application object
 
   private:
     // Clicks `button`. Without a button the message map gets a click on `id`.
@@ -52,6 +58,7 @@ class ModalWindow : public DialogKeys {
 
     CWnd& window;
     CWnd* owner;
+    const unsigned int templateId;
 };
 
 // Gives the focus to the first control of `window` that accepts it, with the text of an edit field selected.

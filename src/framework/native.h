@@ -81,6 +81,7 @@ enum class ControlKind {
     kComboBox,
     kProgressBar,
     kListView,
+    kPageView,
     kTabs,
 };
 
@@ -149,12 +150,13 @@ class DialogKeys {
     virtual void OnEnterKey() = 0;  // no control used it
     virtual void OnEscapeKeyOrCloseBox() = 0;
     virtual bool OnNextPageKey(int /*direction*/) { return false; }  // Ctrl+Tab, Ctrl+PageDown: 1; back: -1
+    virtual void OnHelpKey() = 0;                                    // F1
 };
 
 // Whether the user may enlarge a window.
 enum class Sizing { kFixed, kMayGrow };
 
-// A top-level window with a modal loop.
+// A top-level window, with a modal loop or beside the others.
 class NativeDialog : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
@@ -166,6 +168,9 @@ class NativeDialog : public NativeWindow {
     virtual void SetTabOrder(std::span<CWnd* const> controls) = 0;
     virtual void RunModal() = 0;  // centres on the owner, shows, and processes events until EndModal
     virtual void EndModal() = 0;  // may come before RunModal processes events
+    // Shows the window beside the active one, or brings it to the front, and gives it the keyboard. It takes
+    // input also while another window is modal.
+    virtual void ShowBeside() = 0;
 };
 
 // ---- Made by the back end. Parents must have a window. ----

@@ -171,6 +171,7 @@ int CPropertySheet::DoModal() {
     if (state->Count() == 0 || HasWindow()) return kFailed;
     ModalWindow modal(*this, state->owner, WS_POPUP | WS_CAPTION | WS_SYSMENU, 0);
     modal.onNextPage = [this](int direction) { return state->OnNextPage(direction); };
+    modal.onHelp = [this] { return state->active != nullptr ? WindowAccess::TemplateId(*state->active) : 0; };
     state->modal = &modal;
     state->result = IDCANCEL;
     state->hasEnded = false;

@@ -78,6 +78,7 @@ const MessageMap& CResultsFrame::GetMessageMap() const {
             {ID_SELECT_ALL, Notify::kCommand, &CResultsFrame::SelectAll},
             {ID_SAVE_RESULTS, Notify::kCommand, &CResultsFrame::SaveAs},
             {ID_STOP_RESULTS, Notify::kCommand, &CResultsFrame::Stop},
+            {ID_HELP_CONTENTS, Notify::kCommand, &CResultsFrame::ShowHelp},
             {ID_CLOSE_RESULTS, Notify::kCommand, &CResultsFrame::PostClose},
             {ID_PERMISSIONS, Notify::kUpdateCommand, &CResultsFrame::OnUpdateCommand},
             {ID_SHOW_IN_FOLDER, Notify::kUpdateCommand, &CResultsFrame::OnUpdateCommand},
@@ -317,6 +318,10 @@ void CResultsFrame::ShowInFolder() {
 void CResultsFrame::SelectAll() {
     for (int row = 0; row < Page().GetItemCount(); ++row)
         Page().SetSelected(row, true);
+}
+
+void CResultsFrame::ShowHelp() {
+    if (CWinApp* application = GetApp()) application->OnHelp(*this, IDD_RESULTS_BAR);
 }
 
 void CResultsFrame::CopyPaths() {

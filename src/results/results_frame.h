@@ -70,6 +70,7 @@ class CResultsFrame : public CFrameWnd {
     void CopyPaths();
     void SelectAll();
     void SaveAs();
+    void ShowHelp();
     void Stop();
 
     const std::unique_ptr<ResultSource> source;

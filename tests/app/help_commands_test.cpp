@@ -29,12 +29,19 @@ struct OpeningCase {
 };
 
 TEST(HelpCommands, OpenWhatThereIsAndSayWhatCannotBeOpened) {
-    const auto help = [] { OpenHelp(nullptr, kFolder); };
+    bool hasOwnWindow = false;
+    const auto help = [&] { OpenHelp(nullptr, kFolder, [&] { return hasOwnWindow; }); };
+    const auto helpWithOwnWindow = [&] {
+        hasOwnWindow = true;
+        help();
+        hasOwnWindow = false;
+    };
     const auto support = [] { OpenSupportPage(nullptr, kFolder); };
     const auto site = [] { OpenWebSite(nullptr); };
     for (const OpeningCase& each : {
              OpeningCase{"help", help, {}, {kChm}, ""},
              {"help without a viewer", help, {kChm}, {kChm, kFirstPage}, ""},
+             {"help without any viewer", helpWithOwnWindow, {"open"}, {kChm, kFirstPage}, ""},
              {"no help", help, {"open"}, {kChm, kFirstPage}, "Cannot open help file"},
              {"support", support, {}, {kSupport}, ""},
              {"support without a viewer", support, {"hh"}, {kSupport, kSupportPage}, ""},

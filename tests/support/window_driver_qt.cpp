@@ -9,6 +9,7 @@
 #include <QListView>
 #include <QPushButton>
 #include <QTest>
+#include <QTextEdit>
 #include <QWindow>
 #include <algorithm>
 
@@ -36,6 +37,7 @@ unsigned int ControlIdOf(const QWidget* widget) {
 QString TextOf(const QWidget& widget) {
     if (const auto* label = qobject_cast<const QLabel*>(&widget)) return label->text();
     if (const auto* edit = qobject_cast<const QLineEdit*>(&widget)) return edit->text();
+    if (const auto* page = qobject_cast<const QTextEdit*>(&widget)) return page->toPlainText();
     if (const auto* combo = qobject_cast<const QComboBox*>(&widget)) return combo->currentText();
     if (const auto* box = qobject_cast<const QGroupBox*>(&widget)) return box->title();
     if (const auto* button = qobject_cast<const QAbstractButton*>(&widget))
@@ -47,6 +49,8 @@ QString TextOf(const QWidget& widget) {
 bool TakesInput(const QWidget& window) {
     const QWidget* modal = QApplication::activeModalWidget();
     if (modal == nullptr || modal == &window || QApplication::activePopupWidget() == &window) return true;
+    // What belongs to the modal window.
+    if (modal->windowHandle()->isAncestorOf(window.windowHandle(), QWindow::IncludeTransients)) return true;
     ADD_FAILURE() << "\"" << FromQt(window.windowTitle()) << "\" takes no input while \""
                   << FromQt(modal->windowTitle()) << "\" is open";
     return false;

@@ -12,6 +12,7 @@
 #include "framework/qt/image.h"
 #include "framework/qt/line_edit.h"
 #include "framework/qt/list_widget.h"
+#include "framework/qt/page_view.h"
 #include "framework/qt/push_button.h"
 #include "framework/qt/static_controls.h"
 #include "framework/qt/tabs.h"
@@ -284,6 +285,8 @@ std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, cons
             return qt::MakeStatic(window, parent, spec);
         case ControlKind::kListView:
             return qt::MakeListView(dynamic_cast<CListCtrl&>(window), parent, spec);
+        case ControlKind::kPageView:
+            return qt::MakePageView(dynamic_cast<CPageView&>(window), parent, spec);
         case ControlKind::kTabs:
             return qt::MakeTabs(window, parent, spec);
     }

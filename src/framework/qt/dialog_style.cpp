@@ -5,6 +5,7 @@
 #include <QStyleOptionButton>
 #include <QStyleOptionFocusRect>
 #include <QStyleOptionToolButton>
+#include <QTextFormat>
 #include <QVariant>
 #include <algorithm>
 #include <cstdlib>
@@ -181,9 +182,17 @@ QIcon DialogStyle::standardIcon(StandardPixmap kind, const QStyleOption* option,
 
 int DialogStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                            QStyleHintReturn* details) const {
-    return hint == SH_DialogButtonBox_ButtonsHaveIcons
-               ? 0
-               : QProxyStyle::styleHint(hint, option, widget, details);
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
+    // A dotted line around a link that has the focus is hardly seen.
+    if (auto* focus = qstyleoption_cast<QStyleHintReturnVariant*>(details);
+        hint == SH_TextControl_FocusIndicatorTextCharFormat && focus != nullptr && option != nullptr) {
+        QTextCharFormat format;
+        format.setBackground(option->palette.highlight());
+        format.setForeground(option->palette.highlightedText());
+        focus->variant = format;
+        return 1;
+    }
+    return QProxyStyle::styleHint(hint, option, widget, details);
 }
 
 int DialogStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {

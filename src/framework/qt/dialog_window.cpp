@@ -5,6 +5,8 @@
 #include <QKeyEvent>
 #include <QScreen>
 #include <QStyle>
+#include <QWindow>
+#include <algorithm>
 
 #include "framework/native.h"
 #include "framework/qt/paint.h"
@@ -36,6 +38,10 @@ class DialogWidget : public QDialog {
             case Qt::Key_Escape:
                 keys.OnEscapeKeyOrCloseBox();
                 return;
+            case Qt::Key_F1:
+                if (event->modifiers() != Qt::NoModifier) break;
+                keys.OnHelpKey();
+                return;
             case Qt::Key_PageDown:
             case Qt::Key_PageUp:
                 if (isControl && keys.OnNextPageKey(event->key() == Qt::Key_PageDown ? 1 : -1)) return;
@@ -50,8 +56,9 @@ class DialogWidget : public QDialog {
         // Bypasses the toolkit's dialog, which has rules of its own for Enter and Escape.
         QWidget::keyPressEvent(event);  // NOLINT(bugprone-parent-virtual-call)
     }
+    // The end of the program asks all windows, and must not be held up by one that holds nothing up.
     void closeEvent(QCloseEvent* event) override {
-        event->ignore();
+        event->setAccepted(!isModal());
         keys.OnEscapeKeyOrCloseBox();
     }
 
@@ -113,13 +120,68 @@ class DialogWindow final : public PaintedWindow<NativeDialog> {
         hasEnded = true;
         if (loop != nullptr) loop->quit();
     }
+    void ShowBeside() override;
+
+  protected:
+    bool OnEvent(QEvent& event) override {
+        if (event.type() == QEvent::WindowBlocked && isBeside) FollowModalWindow();
+        return PaintedWindow::OnEvent(event);
+    }
 
   private:
     QSize ScreenRoom() const;
+    void PlaceBeside(const QWidget& shown);
+    void FollowModalWindow();
 
     QEventLoop* loop = nullptr;
     bool hasEnded = false;
+    bool isBeside = false;  // not modal, and not blocked by what is
 };
+
+void DialogWindow::ShowBeside() {
+    if (!isBeside) {
+        isBeside = true;
+        // An ordinary window: one that belongs to another would always stand before it.
+        Widget().setWindowFlags(Qt::Window);
+        const QWidget* active = QApplication::activeWindow();
+        if (active == nullptr) active = Widget().parentWidget();
+        if (active != nullptr) PlaceBeside(*active);
+    }
+    Widget().setWindowState(Widget().windowState() & ~Qt::WindowMinimized);
+    Widget().show();
+    FollowModalWindow();
+    Widget().raise();
+    Widget().activateWindow();
+}
+
+// Where it covers as little of `shown` as the screen allows.
+void DialogWindow::PlaceBeside(const QWidget& shown) {
+    const QRect other = shown.frameGeometry();
+    const QRect screen = shown.screen()->availableGeometry();
+    const QSize size = Widget().size() + QSize(2 * kFrameWidth, 0);
+    const bool isRoomier = other.left() - screen.left() > screen.right() - other.right();
+    const int left = isRoomier ? other.left() - size.width() : other.right() + 1;
+    const int title = Widget().style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, &Widget());
+    const int mostLeft = std::max(screen.left(), screen.right() + 1 - size.width());
+    const int mostTop = std::max(screen.top(), screen.bottom() + 1 - size.height() - title - kFrameWidth);
+    Widget().move(std::clamp(left, screen.left(), mostLeft), std::clamp(other.top(), screen.top(), mostTop));
+}
+
+// The toolkit blocks all windows but those that belong to the modal one. So this window belongs to whichever
+// is modal, for as long as that is shown.
+void DialogWindow::FollowModalWindow() {
+    QWindow* own = Widget().windowHandle();
+    if (own == nullptr) return;
+    QWindow* modal = QGuiApplication::modalWindow();
+    const QWidget* owner = Widget().parentWidget();
+    QWindow* followed = modal != nullptr ? modal : owner != nullptr ? owner->windowHandle() : nullptr;
+    if (own->transientParent() == followed) return;
+    own->setTransientParent(followed);
+    if (modal != nullptr)
+        QObject::connect(
+            modal, &QWindow::visibleChanged, &Widget(), [this] { FollowModalWindow(); },
+            Qt::QueuedConnection);
+}
 
 // The room for a window's contents.
 QSize DialogWindow::ScreenRoom() const {

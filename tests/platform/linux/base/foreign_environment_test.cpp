@@ -98,7 +98,7 @@ TEST_F(ForeignEnvironment, AVolumeThatAUserMayHaveMountedIsForeign) {
             return answers;
         });
         EXPECT_EQ(answer, volume.isRoots ? "root's root's root's " : "foreign foreign foreign ")
-            << fileSystem << ' ' << flags;
+            << volume.fileSystem << ' ' << volume.flags;
     }
 }
 
