@@ -11,9 +11,9 @@ serverPackages=(samba samba-vfs-modules smbclient)
 # A domain: what its controller and its members need beside the server.
 domainPackages=(winbind samba-ad-provision samba-dsdb-modules iproute2)
 # A screen without a display, a window manager, letters, and the hands and eyes of the test that uses them; a bus, and what
-# a screen reader reads there.
+# a screen reader reads there; a compositor without a display, and the toolkit's half for it.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core dbus-daemon at-spi2-core
-    gir1.2-atspi-2.0 python3-gi)
+    gir1.2-atspi-2.0 python3-gi weston qt6-wayland)
 # The browser in which the page of a report is tested.
 browserPackages=(chromium)
 

@@ -1,4 +1,5 @@
-# A desktop of the test's own: an X server without a screen, a window manager, and a home. Sourced, not run.
+# A desktop of the test's own: an X server without a screen and a window manager, or a Wayland compositor without one; and
+# a home. Sourced, not run.
 #
 # Nothing here sleeps for a fixed time: every wait is for something that can be seen, and has a limit.
 # shellcheck shell=bash
@@ -21,7 +22,7 @@ WaitUntil() {
     done
 }
 
-# StartDesktop FOLDER (light|dark): the home, its settings and the server's socket go into the folder.
+# StartDesktop FOLDER (light|dark|wayland): the home, its settings and the server's socket go into the folder.
 StartDesktop() {
     local home=$1 colours=$2
     mkdir -p "$home/config" "$home/run"
@@ -29,8 +30,9 @@ StartDesktop() {
     export HOME=$home XDG_CONFIG_HOME=$home/config XDG_STATE_HOME=$home/config/permora-state XDG_RUNTIME_DIR=$home/run QT_QPA_PLATFORM=xcb
     # No session bus here, and the toolkit would complain of it.
     export QT_LOGGING_RULES="qt.qpa.theme.dbus=false"
-    unset WAYLAND_DISPLAY XDG_DATA_HOME XDG_CURRENT_DESKTOP QT_STYLE_OVERRIDE
-    [ "$colours" = light ] || UseDarkColours
+    unset DISPLAY WAYLAND_DISPLAY XDG_DATA_HOME XDG_CURRENT_DESKTOP QT_STYLE_OVERRIDE
+    [ "$colours" != dark ] || UseDarkColours
+    [ "$colours" != wayland ] || { StartWayland && return; }
     # Without -noreset the server starts anew when its last client leaves, and drops whoever is just connecting: the
     # window manager, if one of the programs that wait for it came and went before it.
     Xvfb -displayfd 5 -screen 0 1280x900x24 -nolisten tcp -noreset 5>"$home/display" >"$home/xvfb.log" 2>&1 &
@@ -41,6 +43,15 @@ StartDesktop() {
     openbox >"$home/openbox.log" 2>&1 &
     desktopPids+=($!)
     WaitUntil "the window manager" HasWindowManager
+}
+
+# StartWayland: a compositor that paints, but has neither keys nor a mouse. Only with --debug programs may take pictures.
+StartWayland() {
+    export QT_QPA_PLATFORM=wayland WAYLAND_DISPLAY=wayland-test
+    weston --backend=headless-backend.so --use-pixman --width=1280 --height=900 --socket="$WAYLAND_DISPLAY" --debug \
+        --idle-time=0 --no-config >"$HOME/weston.log" 2>&1 &
+    desktopPids=($!)
+    WaitUntil "the compositor" test -S "$XDG_RUNTIME_DIR/$WAYLAND_DISPLAY"
 }
 
 # StartAssistance: a session bus, over which programs tell assistive technology what they show.

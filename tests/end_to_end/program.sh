@@ -8,7 +8,7 @@ source "$here/desktop.sh"
 # For builds that look for leaks at their end.
 export LSAN_OPTIONS="suppressions=$here/../support/leaks.supp:print_suppressions=0"
 
-# BeginRun PROGRAM-FOLDER PICTURE-FOLDER light|dark: starts the desktop and sets the program up. What is made, in $work and
+# BeginRun PROGRAM-FOLDER PICTURE-FOLDER light|dark|wayland: starts the desktop and sets the program up. What is made, in $work and
 # elsewhere, is gone when the script ends, but for the pictures.
 work=
 programPid=
