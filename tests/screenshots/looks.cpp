@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
+#include <vector>
 
 #include "framework/qt/application.h"
 #include "framework/qt/widget.h"
@@ -15,42 +17,57 @@
 namespace permora {
 namespace {
 
-constexpr int kLargeLetters = 16;  // points
-
-QPalette ContrastPalette() {
-    QPalette palette(Qt::white, Qt::black, Qt::white, Qt::white, Qt::white, Qt::white, Qt::white, Qt::black,
-                     Qt::black);
-    palette.setColor(QPalette::Highlight, Qt::yellow);
-    palette.setColor(QPalette::HighlightedText, Qt::black);
-    QApplication::style()->polish(palette);
-    return palette;
+// Shows the toolkit's windows as the words of a look say. False: one is unknown.
+bool Apply(const std::string& word, Series& series) {
+    const auto number = [&](const char* unit) {
+        int value = 0;
+        std::istringstream in(word);
+        std::string rest;
+        return in >> value >> rest && value > 0 && rest == unit ? value : 0;
+    };
+    if (word == "light" || word.starts_with('x')) return true;
+    if (word == "dark") {
+        QApplication::setPalette(DarkPalette());
+    } else if (word == "contrast") {
+        QApplication::setPalette(ContrastPalette());
+    } else if (word == "rtl") {
+        QApplication::setLayoutDirection(Qt::RightToLeft);
+    } else if (const int points = number("pt")) {
+        QFont font = QApplication::font();
+        font.setPointSize(points);
+        QApplication::setFont(font);
+    } else if (const int width = number("px")) {
+        series.width = width;
+    } else {
+        std::fprintf(stderr, "unknown look: %s\n", word.c_str());
+        return false;
+    }
+    return true;
 }
 
-// One scale in a process of its own, since the toolkit takes it at its start.
-bool TakeInChild(const std::string& folder, const char* scaleFactor, const char* scaleName,
-                 const std::function<void(const Series&)>& take) {
+std::vector<std::string> WordsOf(const std::string& look) {
+    std::vector<std::string> words;
+    std::istringstream in(look);
+    for (std::string word; std::getline(in, word, '-');)
+        words.push_back(word);
+    return words;
+}
+
+// In a process of its own, since the toolkit takes the scale at its start.
+bool TakeInChild(Series series, const std::function<void(const Series&)>& take) {
     const pid_t child = fork();
     if (child == 0) {
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        setenv("QT_SCALE_FACTOR", scaleFactor, 1);
+        setenv("QT_QPA_PLATFORM", "offscreen", 0);  // unless a real screen is to bound the windows
+        const std::vector<std::string> words = WordsOf(series.look);
+        for (const std::string& word : words)
+            if (word.starts_with('x')) setenv("QT_SCALE_FACTOR", word.c_str() + 1, 1);
         int argumentCount = 1;
-        char name[] = "permora-screenshots";
+        char name[] = "pictures";
         char* arguments[] = {name, nullptr};
         const QtApplication application(argumentCount, arguments);
-        const QPalette light = QApplication::palette();
-        const auto takeWith = [&](const char* theme, const QPalette& palette) {
-            QApplication::setPalette(palette);
-            take({folder, std::string("-") + theme + "-" + scaleName});
-        };
-        takeWith("light", light);
-        takeWith("dark", DarkPalette());
-        if (std::string(scaleFactor) == "1") {
-            takeWith("contrast", ContrastPalette());
-            QFont letters = QApplication::font();
-            letters.setPointSize(kLargeLetters);
-            QApplication::setFont(letters);
-            takeWith("letters", light);
-        }
+        for (const std::string& word : words)
+            if (!Apply(word, series)) std::exit(EXIT_FAILURE);
+        take(series);
         std::exit(EXIT_SUCCESS);
     }
     int status = 0;
@@ -71,22 +88,39 @@ QPalette DarkPalette() {
     return palette;
 }
 
+QPalette ContrastPalette() {
+    QPalette palette(Qt::white, Qt::black, Qt::white, Qt::white, Qt::white, Qt::white, Qt::white, Qt::black,
+                     Qt::black);
+    palette.setColor(QPalette::Highlight, Qt::yellow);
+    palette.setColor(QPalette::HighlightedText, Qt::black);
+    QApplication::style()->polish(palette);
+    return palette;
+}
+
 void Save(QWidget& widget, const std::string& name, const Series& series) {
-    const std::string path = series.folder + "/" + name + series.suffix + ".png";
+    const std::string path = series.folder + "/" + name + "-" + series.look + ".png";
     if (widget.grab().save(qt::ToQt(path), "PNG")) return;
     std::perror(path.c_str());
     std::exit(EXIT_FAILURE);
 }
 
-int TakeInAllLooks(int argumentCount, char** arguments, const std::function<void(const Series&)>& take) {
-    if (argumentCount != 2) {
-        std::fprintf(stderr, "usage: %s FOLDER\n", arguments[0]);
+int TakeInLooks(int argumentCount, char** arguments, int ownArguments,
+                const std::function<void(const Series&)>& take) {
+    const int folderIndex = ownArguments + 1;
+    if (argumentCount <= folderIndex) {
+        std::fprintf(stderr, "usage: %s%s FOLDER [LOOK...]\n", arguments[0],
+                     ownArguments > 0 ? " SHOWN-FOLDER" : "");
         return EXIT_FAILURE;
     }
     // Absolute, since some go to the folder that they show.
-    const std::string folder = std::filesystem::absolute(arguments[1]);
+    const std::string folder = std::filesystem::absolute(arguments[folderIndex]);
     std::filesystem::create_directories(folder);
-    const bool allTaken = TakeInChild(folder, "1", "100", take) && TakeInChild(folder, "2", "200", take);
+    std::vector<std::string> looks(arguments + folderIndex + 1, arguments + argumentCount);
+    if (looks.empty())
+        looks = {"light", "dark", "contrast", "light-16pt", "light-rtl", "light-x2", "dark-x2"};
+    bool allTaken = true;
+    for (const std::string& look : looks)
+        allTaken = TakeInChild({folder, look}, take) && allTaken;
     return allTaken ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

@@ -1,5 +1,5 @@
-// Takes a picture of every dialog of the program: permora-screenshots FOLDER writes
-// "<template>-<light|dark>-<100|200>.png", with samples in the empty controls.
+// Takes a picture of every dialog of the program: permora-screenshots FOLDER [LOOK...] writes
+// "<template>-<look>.png", with samples in the empty controls.
 #include <QEventLoop>
 #include <string>
 
@@ -130,7 +130,7 @@ class SampleFrame : public CFrameWnd {
 
     void TakePicture(const Series& series) {
         if (!LoadFrame(IDR_MAIN_FRAME)) return;
-        SetPlacement({{0, 0, 760, 140}, ShowState::kNormal});
+        SetPlacement({{0, 0, series.width, 140}, ShowState::kNormal});
         QEventLoop loop;
         PostLater(kMillisecondsToShow, [&] {
             Save(*qt::WidgetOf(*this)->window(), std::to_string(barTemplate), series);
@@ -171,5 +171,5 @@ void TakePictures(const Series& series) {
 }  // namespace permora
 
 int main(int argumentCount, char** arguments) {
-    return permora::TakeInAllLooks(argumentCount, arguments, permora::TakePictures);
+    return permora::TakeInLooks(argumentCount, arguments, 0, permora::TakePictures);
 }

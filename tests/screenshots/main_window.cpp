@@ -1,22 +1,28 @@
-// Takes pictures of the main window on a folder: permora-window-pictures SHOWN-FOLDER PICTURE-FOLDER writes
-// "main-<light|dark>-<icons|details>.png" and "menu-<edit|security>-<light|dark>.png". The folder shown comes
-// first, as on the program's own command line. The user's settings are neither read nor changed.
+// Takes pictures of the main window on a folder, of its menus, and of the windows and the editor that it
+// opens: permora-window-pictures SHOWN-FOLDER PICTURE-FOLDER [LOOK...] writes "<window>-<look>.png". The
+// folder shown comes first, as on the program's own command line. The user's settings are neither read nor
+// changed.
+#include <QAbstractButton>
 #include <QApplication>
 #include <QEventLoop>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QTimer>
 #include <QWidget>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
 
 #include "app/main_app.h"
 #include "app/settings_store.h"
-#include "framework/qt/application.h"
+#include "framework/native.h"
+#include "framework/qt/list_widget.h"
+#include "framework/qt/widget.h"
 #include "history/history.h"
 #include "platform/api/errors.h"
 #include "resources/resource_ids.h"
@@ -34,24 +40,12 @@ void ServeEvents() {
     loop.exec();
 }
 
-bool TakePicture(const QString& path) {
-    for (QWidget* widget : QApplication::topLevelWidgets())
-        if (widget->isVisible()) return widget->grab().save(path);
-    return false;
-}
-
-bool TakeMenu(int position, const QString& path) {
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        const auto* bar = widget->isVisible() ? widget->findChild<QMenuBar*>() : nullptr;
-        if (bar == nullptr) continue;
-        QMenu* menu = bar->actions().at(position)->menu();
-        menu->popup({0, 0});
-        ServeEvents();
-        const bool isSaved = menu->grab().save(path);
-        menu->hide();
-        return isSaved;
-    }
-    return false;
+void TakeMenu(QWidget& window, int position, const std::string& name, const Series& series) {
+    QMenu* menu = window.findChild<QMenuBar*>()->actions().at(position)->menu();
+    menu->popup({0, 0});
+    ServeEvents();
+    Save(*menu, name, series);
+    menu->hide();
 }
 
 // So that there is something to undo.
@@ -67,49 +61,85 @@ bool RecordChange() {
     return isRecorded;
 }
 
-bool TakePictures(const std::string& folder) {
+// What a modal window shows that `command` opens, and then `use` has it.
+void TakeDialog(CMainFrame& frame, unsigned int command, const std::string& name, const Series& series,
+                const std::function<void(QWidget&)>& use) {
+    PostLater(10 * kMillisecondsToShow, [&] {
+        QWidget* window = QApplication::activeModalWidget();
+        if (window == nullptr) return;
+        Save(*window, name, series);
+        use(*window);
+    });
+    frame.RunCommand(command);
+}
+
+void ClickOk(QWidget& dialog) {
+    dialog.findChild<QAbstractButton*>(QStringLiteral("control 1"))->click();
+}
+
+// The window of results that a dialog opens.
+void TakeResults(CMainFrame& frame, unsigned int command, const std::string& name, const Series& series) {
+    TakeDialog(frame, command, name + "-dialog", series, [](QWidget& dialog) {
+        if (auto* account = dialog.findChild<QLineEdit*>(QStringLiteral("control %1").arg(IDC_FIND_ACCOUNT)))
+            account->setText(QStringLiteral("Everyone"));
+        ClickOk(dialog);
+    });
+    for (int i = 0; i < 10; ++i)
+        ServeEvents();
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (!window->isVisible() || window == qt::WidgetOf(frame)->window()) continue;
+        window->resize(series.width, window->height());
+        ServeEvents();
+        Save(*window, name, series);
+        window->close();
+    }
+    ServeEvents();
+}
+
+void TakeViews(CMainFrame& frame, const std::string& name, const Series& series) {
+    constexpr std::pair<const char*, unsigned int> kViews[] = {{"icons", ID_VIEW_ICONS},
+                                                               {"small-icons", ID_VIEW_SMALL_ICONS},
+                                                               {"list", ID_VIEW_LIST},
+                                                               {"details", ID_VIEW_DETAILS}};
+    for (const auto& [view, command] : kViews) {
+        frame.RunCommand(command);
+        ServeEvents();
+        Save(*qt::WidgetOf(frame)->window(), name + "-" + view, series);
+    }
+}
+
+void TakePictures(const Series& series) {
     const test::TemporaryFolder settings;
     setenv("XDG_CONFIG_HOME", settings.Path().c_str(), 1);
     setenv("XDG_STATE_HOME", settings.Path().c_str(), 1);
-    if (!RecordChange()) return false;
     ProgramSettings record;
-    record.windowRect = {0, 0, 760, 480};
-    if (StoreProgramFolder(SettingsOwner::kUser, "C:\\") != 0 || StoreSettings(record) != 0) return false;
+    record.windowRect = {0, 0, series.width, 480};
+    const bool isReady =
+        RecordChange() && StoreProgramFolder(SettingsOwner::kUser, "C:\\") == 0 && StoreSettings(record) == 0;
     CMainApp app;
-    if (!app.InitInstance()) return false;
-    auto& frame = dynamic_cast<CMainFrame&>(*app.mainWindow);
-    const QPalette light = QApplication::palette();
-    bool allTaken = true;
-    for (const bool isDark : {false, true}) {
-        QApplication::setPalette(isDark ? DarkPalette() : light);
-        for (const bool isReport : {false, true}) {
-            frame.RunCommand(isReport ? ID_VIEW_DETAILS : ID_VIEW_ICONS);
-            ServeEvents();
-            const std::string name = std::string("main-") + (isDark ? "dark-" : "light-") +
-                                     (isReport ? "details" : "icons") + ".png";
-            allTaken = TakePicture(QString::fromStdString(folder + "/" + name)) && allTaken;
-        }
-        constexpr std::pair<const char*, int> kMenus[] = {{"edit", 1}, {"security", 3}};
-        for (const auto& [menu, position] : kMenus) {
-            const std::string name = std::string("menu-") + menu + (isDark ? "-dark.png" : "-light.png");
-            allTaken = TakeMenu(position, QString::fromStdString(folder + "/" + name)) && allTaken;
-        }
+    if (!isReady || !app.InitInstance()) {
+        std::fprintf(stderr, "the main window cannot be opened\n");
+        std::exit(EXIT_FAILURE);
     }
-    return allTaken;
+    auto& frame = dynamic_cast<CMainFrame&>(*app.mainWindow);
+    QWidget& window = *qt::WidgetOf(frame)->window();
+    TakeViews(frame, "files", series);
+    TakeMenu(window, 1, "menu-edit", series);
+    TakeMenu(window, 3, "menu-security", series);
+    TakeResults(frame, ID_FIND, "find", series);
+    TakeResults(frame, ID_REPORT, "report", series);
+    QKeyEvent home(QEvent::KeyPress, Qt::Key_Home, Qt::NoModifier);
+    QCoreApplication::sendEvent(window.findChild<qt::ListWidget*>(), &home);
+    TakeDialog(frame, ID_PERMISSIONS, "editor", series, [](QWidget& dialog) { dialog.close(); });
+    frame.RunCommand(ID_GO_TO_ROOT);
+    TakeViews(frame, "drives", series);
+    frame.RunCommand(ID_SHOW_SHARES);
+    TakeViews(frame, "shares", series);
 }
 
 }  // namespace
 }  // namespace permora
 
-int main(int argumentCount, char** argumentTexts) {
-    if (argumentCount != 3) {
-        std::fprintf(stderr, "usage: permora-window-pictures SHOWN-FOLDER PICTURE-FOLDER\n");
-        return EXIT_FAILURE;
-    }
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    // Absolute, since the folder shown becomes the current directory.
-    const std::string pictures = std::filesystem::absolute(argumentTexts[2]);
-    std::filesystem::create_directories(pictures);
-    const permora::QtApplication application(argumentCount, argumentTexts);
-    return permora::TakePictures(pictures) ? EXIT_SUCCESS : EXIT_FAILURE;
+int main(int argumentCount, char** arguments) {
+    return permora::TakeInLooks(argumentCount, arguments, 1, permora::TakePictures);
 }
