@@ -13,6 +13,7 @@
 #include "framework/repeated_work.h"
 #include "framework/worker_thread.h"
 #include "results/page_list.h"
+#include "results/results_bar.h"
 #include "results/results_host.h"
 
 namespace permora {
@@ -77,7 +78,7 @@ class CResultsFrame : public CFrameWnd {
     ResultsHost& host;
     const std::function<void(CResultsFrame&)> onClosed;
     CMenu contextMenu;
-    CDialogBar bar;
+    ResultsBar bar;
     CStatusBar statusBar;
     std::vector<std::unique_ptr<PageList>> pages;
     std::size_t shownPage = 0;
