@@ -140,6 +140,7 @@ void CMainFrame::LoadToolBarImages() {
     for (const unsigned int icon : kToolBarIcons)
         toolBarImages.Add(CIcon::Load(icon));
     toolBar.SetImageList(toolBarImages);
+    toolBar.TurnImagesWithLayout({ID_GO_BACK, ID_GO_FORWARD});
 }
 
 void CMainFrame::OnSize(Size client) {

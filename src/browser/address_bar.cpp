@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "framework/device_context.h"
+#include "framework/dialog_controls.h"
 #include "framework/frame_window.h"
+#include "framework/resource_templates.h"
 #include "platform/api/messages.h"
 #include "resources/resource_ids.h"
 
@@ -17,6 +19,12 @@ constexpr int kGoSize = 16;
 // Between the field and the button.
 constexpr int kGap = 5;
 constexpr int kFieldHeight = 23;
+constexpr int kTextTop = 4;  // of the caption
+
+// By definition eight dialog units.
+int LineHeight() {
+    return DialogUnitsToPixels({0, 0, 0, 8}).bottom;
+}
 
 }  // namespace
 
@@ -33,6 +41,10 @@ const MessageMap& AddrBar::GetMessageMap() const {
 bool AddrBar::Create(CFrameWnd& frame, unsigned int templateId) {
     constexpr Rect kGoButton{2, 2, 18, 18};
     owner = &frame;
+    const auto bar = LoadDialogTemplate(templateId);
+    if (!bar) return false;
+    for (const ControlTemplate& control : bar->controls)
+        if (control.id == IDC_LOCATION) fieldPlace = DialogUnitsToPixels(control.rect);
     return CDialogBar::Create(frame, templateId) && goButton.Create(*this, kGoButton, ID_GO_TO_LOCATION) &&
            goButton.LoadBitmaps(IDB_GO_NORMAL, IDB_GO_PRESSED, IDB_GO_NORMAL, IDB_GO_DISABLED);
 }
@@ -56,22 +68,14 @@ void AddrBar::OnEscape() {
     owner->SetFocus();
 }
 
-Rect AddrBar::FieldRect() const {
-    const CWnd* field = GetDlgItem(IDC_LOCATION);
-    if (field == nullptr) return {};
-    const Rect bar = GetWindowRect();
-    const Rect rect = field->GetWindowRect();
-    return {rect.left - bar.left, rect.top - bar.top, rect.right - bar.left, rect.bottom - bar.top};
-}
-
 void AddrBar::OnPaint(CDC& dc) {
-    const Rect caption{1, 4, FieldRect().left, 24};
+    const Rect caption{1, kTextTop, fieldPlace.left, kTextTop + std::max(LineHeight(), 20)};
     dc.DrawText("Location:", caption, TextStyle::kNormal);
 }
 
 int AddrBar::LeastWidth() const {
     constexpr int kLeastField = 80;
-    return FieldRect().left + kLeastField + kGap + kGoMargin;
+    return fieldPlace.left + kLeastField + kGap + kGoMargin;
 }
 
 // The field and the button keep their distances from the bar's right edge, which is the frame's, and from
@@ -79,9 +83,9 @@ int AddrBar::LeastWidth() const {
 void AddrBar::OnSize(Size client) {
     CWnd* field = GetDlgItem(IDC_LOCATION);
     if (field == nullptr || !goButton.HasWindow()) return;
-    const Rect before = FieldRect();
-    const int goLeft = std::max(client.cx - kGoMargin, before.left + kGap);
-    field->MoveWindow({before.left, before.top, goLeft - kGap, before.top + kFieldHeight});
+    const int goLeft = std::max(client.cx - kGoMargin, fieldPlace.left + kGap);
+    const int fieldHeight = std::max(kFieldHeight, LineHeight() + 2 * kTextTop);
+    field->MoveWindow({fieldPlace.left, fieldPlace.top, goLeft - kGap, fieldPlace.top + fieldHeight});
     goButton.MoveWindow({goLeft, kGoTop, goLeft + kGoSize, kGoTop + kGoSize});
     RedrawWindow();
 }

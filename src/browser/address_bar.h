@@ -31,9 +31,9 @@ class AddrBar : public CDialogBar {
     void OnLocationChanged();
     void OnEnter();
     void OnEscape();
-    Rect FieldRect() const;  // in the bar
 
     CFrameWnd* owner = nullptr;
+    Rect fieldPlace;  // in the bar, as the template has it
     CBitmapButton goButton;
     std::string shownLocation;  // as last set
 };

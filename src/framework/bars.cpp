@@ -53,6 +53,10 @@ bool CToolBar::LoadToolBar(unsigned int id) {
     return true;
 }
 
+void CToolBar::TurnImagesWithLayout(const std::vector<unsigned int>& ids) {
+    if (auto* nativeBar = WindowAccess::NativeAs<NativeToolBar>(*this)) nativeBar->TurnImagesWithLayout(ids);
+}
+
 void CToolBar::SetImageList(const CImageList& images) {
     if (auto* nativeBar = WindowAccess::NativeAs<NativeToolBar>(*this)) nativeBar->SetImages(images);
 }

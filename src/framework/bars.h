@@ -19,6 +19,9 @@ class CToolBar : public CWnd {
     // Toolbar resource `id`: its buttons and separators, in order.
     bool LoadToolBar(unsigned int id);
     void SetImageList(const CImageList& images);  // one image per button, separators not counted
+    // The images of these buttons point along the lines: where those go from right to left, they are turned
+    // round.
+    void TurnImagesWithLayout(const std::vector<unsigned int>& ids);
     void EnableToolTips(bool enabled);
     void PressButton(unsigned int id, bool pressed);
     bool IsButtonPressed(unsigned int id) const;

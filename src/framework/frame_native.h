@@ -57,6 +57,7 @@ class NativeToolBar : public NativeWindow {
     using NativeWindow::NativeWindow;
     virtual void SetButtons(std::span<const ToolButton> buttons) = 0;
     virtual void SetImages(const CImageList& images) = 0;  // separators not counted
+    virtual void TurnImagesWithLayout(std::span<const unsigned int> ids) = 0;
     virtual void SetTips(bool enabled) = 0;
     virtual void ShowEnabled(unsigned int id, bool enabled) = 0;
     virtual void ShowPressed(unsigned int id, bool pressed) = 0;

@@ -6,9 +6,11 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QStyle>
 #include <QWidget>
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <map>
 #include <optional>
 #include <set>
@@ -23,6 +25,7 @@
 #include "framework/window_access.h"
 #include "resources/resource_ids.h"
 #include "tests/support/dialog_templates.h"
+#include "tests/support/scoped_variable.h"
 #include "tests/support/ui_driver.h"
 
 namespace permora {
@@ -208,6 +211,46 @@ TEST(Accessibility, NoTextIsCutInSmallAndInLargeFonts) {
         });
     }
     QApplication::setFont(usual);
+}
+
+// Every window in `top` with its name, and its place in its parent.
+std::vector<std::pair<QString, QRect>> PlacesIn(const QWidget& top) {
+    std::vector<std::pair<QString, QRect>> places;
+    for (const QWidget* widget : top.findChildren<QWidget*>())
+        if (qt::WindowOf(*widget) != nullptr)
+            places.emplace_back(widget->objectName(),
+                                QStyle::visualRect(top.layoutDirection(), widget->parentWidget()->rect(),
+                                                   widget->geometry()));
+    return places;
+}
+
+TEST(Accessibility, EveryDialogIsMirroredWhereOneReadsToTheLeft) {
+    std::vector<std::vector<std::pair<QString, QRect>>> usual;
+    ForEachDialog([&](WindowDriver&, CWnd& window, const DialogTemplate&) {
+        usual.push_back(PlacesIn(*qt::WidgetOf(window)->window()));
+    });
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    auto expected = usual.begin();
+    ForEachDialog([&](WindowDriver&, CWnd& window, const DialogTemplate&) {
+        QWidget& top = *qt::WidgetOf(window)->window();
+        EXPECT_EQ(PlacesIn(top), *expected);
+        top.resize(top.width() + 100, top.height());  // they stay where they are, seen from the right edge
+        top.resize(top.width() - 100, top.height());
+        EXPECT_EQ(PlacesIn(top), *expected++);
+    });
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+    EXPECT_EQ(expected, usual.end());
+}
+
+TEST(AccessibilityDeathTest, AProgramGoesInTheDirectionOfItsUsersLanguage) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // the program starts anew
+    const std::pair<const char*, int> kLanguages[] = {{"ar_EG.UTF-8", 1}, {"de_DE.UTF-8", 0}};
+    for (const auto& [language, isToTheLeft] : kLanguages) {
+        const test::ScopedVariable set("LC_ALL", language);
+        EXPECT_EXIT(std::_Exit(QApplication::isRightToLeft() ? 1 : 0), testing::ExitedWithCode(isToTheLeft),
+                    "")
+            << language;
+    }
 }
 
 TEST(Accessibility, AnEnlargedDialogHasLargerListsAndNothingCoversAnother) {

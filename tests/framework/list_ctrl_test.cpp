@@ -4,17 +4,24 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QApplication>
 #include <QHeaderView>
 #include <QHelpEvent>
+#include <QImage>
 #include <QTest>
 #include <QToolTip>
+#include <algorithm>
+#include <map>
 #include <utility>
+#include <vector>
 
 #include "framework/list_styles.h"
 #include "framework/qt/list_widget.h"
+#include "framework/qt/readable_colour.h"
 #include "framework/qt/widget.h"
 #include "framework/styles.h"
 #include "framework/window_access.h"
+#include "tests/screenshots/looks.h"
 
 namespace permora {
 namespace {
@@ -123,6 +130,105 @@ class ListCtrl : public testing::Test {
     ListOwner owner;
     CListCtrl list;
 };
+
+// Where `after` shows something else than `before`.
+std::vector<QPoint> ChangedPoints(const QImage& before, const QImage& after) {
+    std::vector<QPoint> changed;
+    for (int y = 0; y < after.height(); ++y)
+        for (int x = 0; x < after.width(); ++x)
+            if (before.pixel(x, y) != after.pixel(x, y)) changed.emplace_back(x, y);
+    return changed;
+}
+
+TEST_F(ListCtrl, FromRightToLeftAClickMeetsWhatIsPaintedThere) {
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    Make(LVS_REPORT, 12);
+    list.SetExtendedStyle(ListStyle::kCheckBoxes);
+    const auto painted = [&] {
+        QCoreApplication::processEvents();
+        return Widget().viewport()->grab().toImage();
+    };
+    for (const ListView view :
+         {ListView::kReport, ListView::kIcons, ListView::kSmallIcons, ListView::kList}) {
+        SCOPED_TRACE(static_cast<int>(view));
+        list.SetView(view);
+        list.SetCursor({});
+        for (const int row : {0, 3, 11}) {
+            list.EnsureVisible(row);
+            QImage before = painted();
+            list.SetSelected(row, true);
+            const std::vector<QPoint> selected = ChangedPoints(before, painted());
+            list.SetSelected(row, false);
+            EXPECT_FALSE(selected.empty());
+            for (const QPoint& point : selected)
+                ASSERT_EQ(Widget().HitRow(point), row) << point.x() << ", " << point.y();
+            before = painted();
+            list.SetCheck(row, true);
+            const std::vector<QPoint> checked = ChangedPoints(before, painted());
+            ASSERT_FALSE(checked.empty());
+            QTest::mouseClick(Widget().viewport(), Qt::LeftButton, {}, checked[checked.size() / 2]);
+            EXPECT_FALSE(list.GetCheck(row));
+        }
+        EXPECT_GT(Widget().CellInViewport(0).right(), Widget().viewport()->width() - 5)
+            << "begins at the right";
+    }
+    list.SetView(ListView::kIcons);
+    list.SetCursor({.focus = 0});
+    Key(Qt::Key_Left);
+    EXPECT_EQ(list.GetFocusedRow(), 1);
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+// The best contrast that a pixel in `area` has to the colour of most of them.
+double ContrastIn(const QImage& picture, const QRect& area) {
+    std::map<QRgb, int> counts;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            ++counts[picture.pixel(x, y)];
+    const QColor ground(
+        std::ranges::max_element(counts, {}, [](const auto& each) { return each.second; })->first);
+    double best = 0;
+    for (const auto& [colour, count] : counts)
+        best = std::max(best, qt::ContrastOf(QColor(colour), ground));
+    return best;
+}
+
+TEST_F(ListCtrl, RowsCanBeReadInEveryPalette) {
+    Make(LVS_REPORT | LVS_SHOWSELALWAYS);
+    QFont large = Widget().font();
+    large.setPointSize(24);  // the middle of its lines has their full colour
+    Widget().setFont(large);
+    list.SetColumnWidth(0, 300);
+    for (const int row : {0, 1})
+        list.SetItemText(row, 0, "HIHI");
+    list.SetItemText(2, 0, "\xEF\x80\x81");  // a byte that is no character, which is dimmed
+    list.SetItemText(3, 0, list.GetItemText(2, 0));
+    for (const int row : {0, 3})
+        list.SetSelected(row, true);
+    const QPalette usual = QApplication::palette();
+    for (const QPalette& palette : {usual, DarkPalette(), ContrastPalette()}) {
+        QApplication::setPalette(palette);
+        const QPalette shown = QApplication::palette();
+        EXPECT_GE(qt::ContrastOf(qt::Readable(Qt::blue, shown.color(QPalette::Window)),
+                                 shown.color(QPalette::Window)),
+                  qt::kReadableContrast);
+        for (const bool isEnabled : {true, false}) {
+            for (const bool hasFocus : {true, false}) {
+                list.EnableWindow(isEnabled);
+                (hasFocus ? static_cast<QWidget*>(&Widget()) : qt::WidgetOf(owner))->setFocus();
+                QCoreApplication::processEvents();
+                const QImage picture = Widget().viewport()->grab().toImage();
+                for (const int row : {0, 1, 2, 3}) {
+                    if (!isEnabled && list.Rows().IsSelected(row)) continue;  // it is not for choosing
+                    const QRect cell = Widget().HotPartInViewport(row).adjusted(2, 2, -2, -2);
+                    EXPECT_GE(ContrastIn(picture, cell), qt::kReadableContrast)
+                        << "row " << row << ", enabled " << isEnabled << ", focus " << hasFocus;
+                }
+            }
+        }
+    }
+    QApplication::setPalette(usual);
+}
 
 TEST_F(ListCtrl, SelectingByProgramTellsEachChangeOnce) {
     Make(LVS_REPORT | LVS_SINGLESEL);

@@ -4,7 +4,6 @@
 #include <QHeaderView>
 #include <optional>
 
-#include "framework/qt/list_painter.h"
 #include "framework/qt/list_widget.h"
 #include "tests/support/window_driver_qt.h"
 
@@ -33,9 +32,7 @@ QPoint PointBeside(ListWidget& list) {
 QPoint PointOf(ListWidget& list, int row) {
     if (row == WindowDriver::kBesideRows) return PointBeside(list);
     list.EnsureVisible(row);
-    const QRect cell = list.CellInViewport(row);
-    const QRect hot = qt::ListPainter(list, *list.List()).HotPart(row, cell);
-    return Centre(hot.intersected(list.viewport()->rect()));
+    return Centre(list.HotPartInViewport(row).intersected(list.viewport()->rect()));
 }
 
 void ClickOnRow(HWND window, unsigned int id, int row, Qt::MouseButton button = Qt::LeftButton,
@@ -117,7 +114,7 @@ void WindowDriver::ToggleRowCheck(unsigned int id, int row) {
     auto* list = Control<ListWidget>(window, id);
     if (list == nullptr || !HasRow(*list, row)) return;
     list->EnsureVisible(row);
-    const QRect box = qt::ListPainter(*list, *list->List()).CheckBox(list->CellInViewport(row));
+    const QRect box = list->CheckBoxInViewport(row);
     ASSERT_FALSE(box.isEmpty()) << "the list has no check boxes";
     ClickWidget(*list->viewport(), Centre(box));
 }

@@ -1,6 +1,7 @@
 #include "framework/qt/application.h"
 
 #include <QFontMetrics>
+#include <QLocale>
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
@@ -31,6 +32,13 @@ void EndWithoutDisplay(int exitCode, void* /*argument*/) {
     std::_Exit(exitCode);
 }
 
+// That of the user's language, although the texts are English: who reads to the left is used to windows that
+// go to the left. The toolkit's option -reverse turns it.
+Qt::LayoutDirection DirectionOfUser() {
+    const bool isToTheLeft = QLocale::system().textDirection() == Qt::RightToLeft;
+    return isToTheLeft != QApplication::isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
+}
+
 // Ends all loops, also those of windows that refuse to be closed. The callers of the loops wait for their
 // workers.
 void EndToolkit() {
@@ -50,8 +58,7 @@ QtApplication::QtApplication(int& argc, char** argv)
     // Closing the frame ends the program; closing a dialog without a frame does not.
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(new qt::DialogStyle);  // the application owns it
-    // The texts are English, and the templates are laid out for them.
-    QApplication::setLayoutDirection(Qt::LeftToRight);
+    QApplication::setLayoutDirection(DirectionOfUser());
     if (qt::HasSelections()) clipboard.offer = std::make_unique<qt::ClipboardOffer>();
     theToolkit = this;
     [[maybe_unused]] static const int kRegistered = on_exit(EndWithoutDisplay, nullptr);

@@ -27,6 +27,7 @@ class ToolBarWindow final : public qt::WidgetWindow<NativeToolBar, QToolBar> {
 
     void SetButtons(std::span<const ToolButton> made) override;
     void SetImages(const CImageList& images) override;
+    void TurnImagesWithLayout(std::span<const unsigned int> ids) override;
     void SetTips(bool enabled) override { showsTips = enabled; }
     void ShowEnabled(unsigned int id, bool enabled) override {
         QAction* action = ActionOf(id);
@@ -110,6 +111,12 @@ void ToolBarWindow::SetImages(const CImageList& images) {
         buttons[i]->defaultAction()->setIcon(qt::ToQt(shared->icons[static_cast<std::size_t>(i)]));
 }
 
+void ToolBarWindow::TurnImagesWithLayout(std::span<const unsigned int> ids) {
+    if (!Widget().isRightToLeft()) return;
+    for (const unsigned int id : ids)
+        if (QAction* action = ActionOf(id)) action->setIcon(qt::Turned(action->icon()));
+}
+
 void ToolBarWindow::OnTriggered(QAction& action) {
     // The toolkit releases a pressed button by itself, but the command decides that.
     if (action.isCheckable()) action.setChecked(true);
@@ -136,12 +143,17 @@ bool ToolBarWindow::OnButtonEvent(QToolButton& button, QEvent& event) {
 }
 
 bool ToolBarWindow::OnButtonKey(QToolButton& button, int key) {
+    const qsizetype toTheRight = button.isRightToLeft() ? -1 : 1;
     switch (key) {
         case Qt::Key_Left:
+            FocusButton(buttons.indexOf(&button), -toTheRight);
+            return true;
+        case Qt::Key_Right:
+            FocusButton(buttons.indexOf(&button), toTheRight);
+            return true;
         case Qt::Key_Up:
             FocusButton(buttons.indexOf(&button), -1);
             return true;
-        case Qt::Key_Right:
         case Qt::Key_Down:
             FocusButton(buttons.indexOf(&button), 1);
             return true;

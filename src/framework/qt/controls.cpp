@@ -29,7 +29,8 @@ using qt::PushButton;
 using qt::ToQt;
 using qt::WidgetWindow;
 
-// A push button that shows pictures. It keeps the push button's role for assistive technology.
+// A push button that shows pictures, which are turned with the layout as everything drawn in a window is. It
+// keeps the push button's role for assistive technology.
 class PictureButton : public PushButton {
   public:
     using PushButton::PushButton;
@@ -44,7 +45,13 @@ class PictureButton : public PushButton {
     void paintEvent(QPaintEvent* /*event*/) override {
         QPainter painter(this);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.save();
+        if (isRightToLeft()) {
+            painter.translate(width(), 0);
+            painter.scale(-1, 1);
+        }
         painter.drawPixmap(rect(), Picture());
+        painter.restore();
         if (hasFocus() && focused.isNull()) {
             QStyleOptionFocusRect option;
             option.initFrom(this);
@@ -222,6 +229,7 @@ class EditWindow final : public WidgetWindow<NativeEdit, QLineEdit> {
     // Without a border a field is a text that can be selected.
     void LookLikeText() {
         Widget().setFrame(false);
+        if (Widget().isRightToLeft()) Widget().setAlignment(Qt::AlignRight | Qt::AlignAbsolute);
         QPalette colours;
         colours.setBrush(QPalette::Base, Qt::transparent);
         Widget().setPalette(colours);

@@ -1,6 +1,7 @@
 #include "framework/qt/dialog_style.h"
 
 #include <QImage>
+#include <QLabel>
 #include <QPainter>
 #include <QStyleOptionButton>
 #include <QStyleOptionFocusRect>
@@ -13,6 +14,7 @@
 #include <span>
 
 #include "framework/qt/message_icons.h"
+#include "framework/qt/readable_colour.h"
 
 namespace permora::qt {
 namespace {
@@ -81,8 +83,11 @@ void TellDisabledApart(QPalette& palette, QPalette::ColorRole textRole, QPalette
     const auto mix = [](int one, int other) {
         return static_cast<int>(one * kTextShare + other * (1 - kTextShare));
     };
-    const QColor readable(mix(text.red(), ground.red()), mix(text.green(), ground.green()),
-                          mix(text.blue(), ground.blue()));
+    const QColor mixed(mix(text.red(), ground.red()), mix(text.green(), ground.green()),
+                       mix(text.blue(), ground.blue()));
+    // A disabled list has the window's background.
+    const QColor readable =
+        Readable(Readable(mixed, ground), palette.color(QPalette::Disabled, QPalette::Window));
     const auto distance = [&](const QColor& colour) {
         return std::abs(colour.lightness() - ground.lightness());
     };
@@ -97,7 +102,8 @@ void DrawGroupBox(QPainter& painter, const QStyle& style, const QStyleOptionGrou
     constexpr qreal kRadius = 2;
     const int line = box.fontMetrics.height();
     const int width = box.fontMetrics.size(Qt::TextShowMnemonic, box.text).width();
-    const QRect title(box.rect.left() + kIndent, box.rect.top(), width, line);
+    const QRect title = QStyle::visualRect(box.direction, box.rect,
+                                           QRect(box.rect.left() + kIndent, box.rect.top(), width, line));
     QColor outline = box.palette.color(QPalette::WindowText);
     outline.setAlphaF(0.3F);
     painter.save();
@@ -166,6 +172,18 @@ void DialogStyle::polish(QPalette& palette) {
     TellDisabledApart(palette, QPalette::WindowText, QPalette::Window);
     TellDisabledApart(palette, QPalette::Text, QPalette::Base);
     TellDisabledApart(palette, QPalette::ButtonText, QPalette::Button);
+    for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive})
+        palette.setColor(group, QPalette::Highlight,
+                         Readable(palette.color(group, QPalette::Highlight),
+                                  palette.color(group, QPalette::HighlightedText)));
+}
+
+// The toolkit's labels stand on the side on which their letters begin, away from what they belong to.
+void DialogStyle::polish(QWidget* widget) {
+    QProxyStyle::polish(widget);
+    auto* label = qobject_cast<QLabel*>(widget);
+    if (label == nullptr || !label->isRightToLeft() || !label->alignment().testFlag(Qt::AlignLeft)) return;
+    label->setAlignment((label->alignment() & Qt::AlignVertical_Mask) | Qt::AlignRight | Qt::AlignAbsolute);
 }
 
 QPixmap DialogStyle::generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
@@ -212,6 +230,11 @@ void DialogStyle::drawControl(ControlElement element, const QStyleOption* option
     if (element == CE_PushButton && option->state.testFlag(State_HasFocus)) {
         QProxyStyle::drawControl(element, option, painter, widget);
         DrawFocusInside(*painter, *this, *option, widget);
+        return;
+    }
+    if (element == CE_ProgressBarGroove) {
+        QProxyStyle::drawControl(element, option, painter, widget);
+        DrawDarkOutline(*painter, *option, false);
         return;
     }
     const auto* box = element == CE_CheckBox ? qstyleoption_cast<const QStyleOptionButton*>(option) : nullptr;
@@ -263,6 +286,19 @@ void DialogStyle::drawComplexControl(ComplexControl control, const QStyleOptionC
     // It is drawn as a button is, but not as an element of its own.
     if (control == CC_ComboBox && LacksEdge(PE_PanelButtonCommand, *option))
         DrawDarkOutline(*painter, *option, false);
+}
+
+void DialogStyle::drawItemText(QPainter* painter, const QRect& rect, int flags, const QPalette& palette,
+                               bool enabled, const QString& text, QPalette::ColorRole textRole) const {
+    const Qt::LayoutDirection layout = painter->layoutDirection();
+    const int side =
+        static_cast<int>(visualAlignment(layout, Qt::Alignment(flags & Qt::AlignHorizontal_Mask)));
+    // An arrow beside the text turns with the layout.
+    const bool hasArrow = text.startsWith(QLatin1String("< ")) || text.endsWith(QLatin1String(" >"));
+    if (!hasArrow) painter->setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    QProxyStyle::drawItemText(painter, rect, (flags & ~Qt::AlignHorizontal_Mask) | side, palette, enabled,
+                              text, textRole);
+    painter->setLayoutDirection(layout);
 }
 
 void AlignToTop(QWidget& checkBox) {

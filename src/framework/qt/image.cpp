@@ -4,6 +4,7 @@
 #include <QDataStream>
 #include <QImage>
 #include <QImageReader>
+#include <QTransform>
 #include <span>
 #include <utility>
 
@@ -90,6 +91,13 @@ namespace qt {
 
 QIcon ToQt(const CIcon& icon) {
     return icon ? icon.Native()->Icon() : QIcon();
+}
+
+QIcon Turned(const QIcon& icon) {
+    QIcon turned;
+    for (const QSize& size : icon.availableSizes())
+        turned.addPixmap(icon.pixmap(size, 1.0).transformed(QTransform::fromScale(-1, 1)));
+    return turned;
 }
 
 QPixmap LargestPixmap(const QIcon& icon) {

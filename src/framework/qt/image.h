@@ -22,6 +22,8 @@ namespace qt {
 
 // The icon with all its sizes; a null icon for an empty one.
 QIcon ToQt(const CIcon& icon);
+// What points to the right points to the left then.
+QIcon Turned(const QIcon& icon);
 // The largest picture that the icon has, in its own pixels.
 QPixmap LargestPixmap(const QIcon& icon);
 

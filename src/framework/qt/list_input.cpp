@@ -24,7 +24,7 @@ void ListWidget::ShowTip(const QPoint& viewportPoint, const QPoint& globalPoint)
     const QPointer<ListWidget> self(this);
     QString tip;
     if (row >= 0 && list->HasExtendedStyle(ListStyle::kLabelTips))
-        tip = ListPainter(*this, *list).CutText(row, CellInViewport(row), viewportPoint.x());
+        tip = ListPainter(*this, *list).CutText(row, MirroredCell(row), MirroredPoint(viewportPoint).x());
     if (row >= 0 && tip.isEmpty() && list->HasExtendedStyle(ListStyle::kInfoTips))
         tip = ToQt(list->AskInfoTip(row));
     if (!self) return;
@@ -54,7 +54,7 @@ void ListWidget::PressLeft(int row, const QPoint& viewportPoint, SelectMode mode
         return;
     }
     if (row < 0 && !list->IsSingleSelection()) {
-        const QPoint start = viewportPoint + ScrollOffset();
+        const QPoint start = ContentPoint(viewportPoint);
         band.emplace(Band{BandSelection(*list, mode), start, start});
         return;
     }
@@ -84,7 +84,7 @@ void ListWidget::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void ListWidget::MoveBand(const QPoint& viewportPoint) {
-    band->end = viewportPoint + ScrollOffset();
+    band->end = ContentPoint(viewportPoint);
     const std::vector<int> touched = RowsInBand(QRect(band->start, band->end).normalized());
     band->selection.Update(touched);
     viewport()->update();
@@ -107,7 +107,7 @@ void ListWidget::ScrollForBand() {
     QScrollBar& vertical = *verticalScrollBar();
     QScrollBar& horizontal = *horizontalScrollBar();
     vertical.setValue(vertical.value() + beyond(point.y(), seen.top(), seen.bottom()));
-    horizontal.setValue(horizontal.value() + beyond(point.x(), seen.left(), seen.right()));
+    horizontal.setValue(horizontal.value() + beyond(MirroredPoint(point).x(), seen.left(), seen.right()));
     if (band) MoveBand(point);
 }
 
@@ -195,7 +195,7 @@ void ListWidget::keyPressEvent(QKeyEvent* event) {
 }
 
 bool ListWidget::MoveByKey(int key, SelectMode mode) {
-    const auto step = StepOf(key);
+    const auto step = StepOf(key, layoutDirection());
     if (!step) return false;
     LayOut();
     const int focus = list->Rows().cursor.focus;

@@ -53,7 +53,9 @@ int KeyOf(unsigned int virtualKey) {
     return Qt::Key_unknown;
 }
 
-std::optional<ListStep> StepOf(int key) {
+std::optional<ListStep> StepOf(int key, Qt::LayoutDirection direction) {
+    if (direction == Qt::RightToLeft && key == Qt::Key_Left) return ListStep::kRight;
+    if (direction == Qt::RightToLeft && key == Qt::Key_Right) return ListStep::kLeft;
     for (const KeyStep& each : kKeySteps)
         if (each.key == key) return each.step;
     return std::nullopt;

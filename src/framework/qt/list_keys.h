@@ -13,8 +13,8 @@ namespace permora::qt {
 unsigned int VirtualKeyOf(int key);
 // The opposite; Qt::Key_unknown for other codes.
 int KeyOf(unsigned int virtualKey);
-// Where a navigation key leads.
-std::optional<ListStep> StepOf(int key);
+// Where a navigation key leads, in a list whose layout has that direction.
+std::optional<ListStep> StepOf(int key, Qt::LayoutDirection direction);
 SelectMode ModeOf(Qt::KeyboardModifiers modifiers);
 
 }  // namespace permora::qt

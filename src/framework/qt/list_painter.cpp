@@ -174,6 +174,10 @@ QRect ListPainter::HotPart(int row, const QRect& cell) const {
     return parts.check.united(parts.icon).united(TextRect(row, LabelOf(row, cell)));
 }
 
+QRect ListPainter::Mirrored(const QRect& rect) const {
+    return qt::Mirrored(*widget.viewport(), rect);
+}
+
 // Also while another window has the keyboard that the list will get back: a question may be about the
 // selection.
 bool ListPainter::ShowsSelection() const {
@@ -215,23 +219,26 @@ void ListPainter::Paint(QPainter& painter, int row, const QRect& cell) const {
     PaintCheckBox(painter, row, parts.check);
     PaintIcon(painter, row, parts.icon);
     SetTextColour(painter, isHighlighted);
+    const Ground ground = isHighlighted ? Ground::kSelected : Ground::kPlain;
     if (view == ListView::kIcons)
-        PaintWrapped(painter, label, Text(row, 0));
+        PaintWrapped(painter, label, Text(row, 0), ground);
     else
-        PaintLine(painter, label.adjusted(kCellMargin, 0, -kCellMargin, 0), Text(row, 0), Qt::AlignLeft);
+        PaintLine(painter, label.adjusted(kCellMargin, 0, -kCellMargin, 0), Text(row, 0), Qt::AlignLeft,
+                  ground);
     if (view == ListView::kReport) PaintOtherColumns(painter, row, cell, isHighlighted && isFullRow);
     if (isFocused) PaintFocus(painter, marked);
 }
 
 void ListPainter::PaintOtherColumns(QPainter& painter, int row, const QRect& cell, bool isHighlighted) const {
     SetTextColour(painter, isHighlighted);
+    const Ground ground = isHighlighted ? Ground::kSelected : Ground::kPlain;
     int left = cell.left();
     for (std::size_t i = 0; i < list.Columns().size(); ++i) {
         const int width = list.Columns()[i].width;
         const QRect room(left + kCellMargin, cell.top(), width - 2 * kCellMargin, cell.height());
         left += width;
         const QString text = i == 0 ? QString() : Text(row, static_cast<int>(i));
-        if (!text.isEmpty() && room.width() > 0) PaintLine(painter, room, text, Qt::AlignLeft);
+        if (!text.isEmpty() && room.width() > 0) PaintLine(painter, room, text, Qt::AlignLeft, ground);
     }
 }
 
@@ -239,7 +246,7 @@ void ListPainter::PaintCheckBox(QPainter& painter, int row, const QRect& rect) c
     if (rect.isEmpty()) return;
     QStyleOptionViewItem option;
     option.initFrom(&widget);
-    option.rect = rect;
+    option.rect = Mirrored(rect);
     option.state.setFlag(QStyle::State_HasFocus, false);
     option.state.setFlag(list.Rows().IsChecked(row) ? QStyle::State_On : QStyle::State_Off);
     widget.style()->drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &option, &painter, &widget);
@@ -250,46 +257,52 @@ void ListPainter::PaintIcon(QPainter& painter, int row, const QRect& rect) const
     const int image = list.Rows().Image(row);
     if (images == nullptr || image < 0 || image >= static_cast<int>(images->icons.size())) return;
     const QIcon::Mode mode = widget.isEnabled() ? QIcon::Normal : QIcon::Disabled;
-    ToQt(images->icons[static_cast<std::size_t>(image)]).paint(&painter, rect, Qt::AlignCenter, mode);
+    ToQt(images->icons[static_cast<std::size_t>(image)])
+        .paint(&painter, Mirrored(rect), Qt::AlignCenter, mode);
 }
 
 void ListPainter::PaintSelection(QPainter& painter, const QRect& rect) const {
     const QPalette palette = widget.palette();
     if (widget.hasFocus() || HasInactiveColour()) {
-        painter.fillRect(rect, palette.brush(ColourGroup(), QPalette::Highlight));
+        painter.fillRect(Mirrored(rect), palette.brush(ColourGroup(), QPalette::Highlight));
         return;
     }
     constexpr float kTint = 0.25F;
     QColor grey = palette.color(ColourGroup(), QPalette::Text);
     grey.setAlphaF(kTint);
-    painter.fillRect(rect, grey);
+    painter.fillRect(Mirrored(rect), grey);
 }
 
 void ListPainter::PaintFocus(QPainter& painter, const QRect& rect) const {
     QStyleOptionFocusRect option;
     option.initFrom(&widget);
-    option.rect = rect;
+    option.rect = Mirrored(rect);
     option.state |= QStyle::State_KeyboardFocusChange | QStyle::State_Item;
     option.backgroundColor = widget.palette().color(QPalette::Base);
     widget.style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, &widget);
 }
 
-// One line, in the middle of the height of `room`, cut with an ellipsis where it does not fit.
-void ListPainter::PaintLine(QPainter& painter, const QRect& room, const QString& text,
-                            Qt::AlignmentFlag side) const {
+// One line, in the middle of the height of `room`, cut with an ellipsis where it does not fit. Texts of names
+// and lists are read from left to right, whatever the layout, unless they begin with letters that are not.
+void ListPainter::PaintLine(QPainter& painter, const QRect& room, const QString& text, Qt::AlignmentFlag side,
+                            Ground ground) const {
     const QFontMetrics metrics = widget.fontMetrics();
     const QList<TextPiece> pieces = PiecesOf(text);
     int width = 0;
     for (const TextPiece& piece : pieces)
         width += metrics.horizontalAdvance(piece.text);
     width = std::min(width, room.width());
-    const int start = side == Qt::AlignHCenter ? room.left() + (room.width() - width) / 2 : room.left();
+    const int before = side == Qt::AlignHCenter ? (room.width() - width) / 2 : 0;
+    const int start = Mirrored({room.left() + before, room.top(), width, 1}).left();
     const int baseline = room.top() + (room.height() - metrics.height()) / 2 + metrics.ascent();
     const QPen pen = painter.pen();
+    // On a selection, or in a disabled list, what is dimmed could not be read.
+    const bool canDim = ground == Ground::kPlain && widget.isEnabled();
+    painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     int left = start;
     for (const TextPiece& piece : pieces) {
-        const int remaining = start + room.width() - left;
-        painter.setPen(piece.isEscape ? Dimmed(pen) : pen);
+        const int remaining = start + width - left;
+        painter.setPen(piece.isEscape && canDim ? Dimmed(pen) : pen);
         const int advance = metrics.horizontalAdvance(piece.text);
         if (advance > remaining) {
             painter.drawText(left, baseline, metrics.elidedText(piece.text, Qt::ElideRight, remaining));
@@ -299,14 +312,16 @@ void ListPainter::PaintLine(QPainter& painter, const QRect& room, const QString&
         left += advance;
     }
     painter.setPen(pen);
+    painter.setLayoutDirection(widget.layoutDirection());
 }
 
-void ListPainter::PaintWrapped(QPainter& painter, const QRect& rect, const QString& text) const {
+void ListPainter::PaintWrapped(QPainter& painter, const QRect& rect, const QString& text,
+                               Ground ground) const {
     const int lineHeight = widget.fontMetrics().height();
     QRect line(rect.left(), rect.top(), rect.width(), lineHeight);
     const bool isOrdinary = PiecesOf(text).size() == 1;
     if (!isOrdinary || widget.fontMetrics().horizontalAdvance(text) <= rect.width()) {
-        PaintLine(painter, line, text, Qt::AlignHCenter);
+        PaintLine(painter, line, text, Qt::AlignHCenter, ground);
         return;
     }
     QTextOption option;
@@ -317,9 +332,9 @@ void ListPainter::PaintWrapped(QPainter& painter, const QRect& rect, const QStri
     QTextLine first = layout.createLine();
     first.setLineWidth(rect.width());
     layout.endLayout();
-    PaintLine(painter, line, text.left(first.textLength()).trimmed(), Qt::AlignHCenter);
+    PaintLine(painter, line, text.left(first.textLength()).trimmed(), Qt::AlignHCenter, ground);
     line.translate(0, lineHeight);
-    PaintLine(painter, line, text.mid(first.textLength()), Qt::AlignHCenter);
+    PaintLine(painter, line, text.mid(first.textLength()), Qt::AlignHCenter, ground);
 }
 
 }  // namespace permora::qt

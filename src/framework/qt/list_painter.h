@@ -9,7 +9,8 @@
 
 namespace permora::qt {
 
-// Made for one layout, painting or query; both arguments must outlive it.
+// Made for one layout, painting or query; both arguments must outlive it. All rectangles and points are in
+// the viewport, from the side where its rows begin: the right one, where the layout goes from right to left.
 class ListPainter {
   public:
     ListPainter(const QAbstractScrollArea& widget, const CListCtrl& list);
@@ -19,10 +20,10 @@ class ListPainter {
     // The room that the texts of a report's column need; in long lists, those of the first rows.
     int ColumnTextWidth(int column) const;
     void Paint(QPainter& painter, int row, const QRect& cell) const;
-    // The parts of a cell, in its coordinates. A click on the hot part is a click on the row.
+    // The parts of a cell. A click on the hot part is a click on the row.
     QRect CheckBox(const QRect& cell) const;  // empty when there are no check boxes
     QRect HotPart(int row, const QRect& cell) const;
-    // The text of the report's column at `x`, in the cell's coordinates, when it is cut there; else empty.
+    // The text of the report's column at `x` when it is cut there; else empty.
     QString CutText(int row, const QRect& cell, int x) const;
 
   private:
@@ -39,6 +40,7 @@ class ListPainter {
     int WidestLabel() const;
     int FirstColumnWidth(const QRect& cell) const;
     QRect TextRect(int row, const QRect& label) const;
+    QRect Mirrored(const QRect& rect) const;  // to where it is painted
     bool ShowsSelection() const;
     bool HasInactiveColour() const;
     QPalette::ColorGroup ColourGroup() const;
@@ -48,8 +50,10 @@ class ListPainter {
     void PaintIcon(QPainter& painter, int row, const QRect& rect) const;
     void PaintSelection(QPainter& painter, const QRect& rect) const;
     void PaintFocus(QPainter& painter, const QRect& rect) const;
-    void PaintLine(QPainter& painter, const QRect& room, const QString& text, Qt::AlignmentFlag side) const;
-    void PaintWrapped(QPainter& painter, const QRect& rect, const QString& text) const;
+    enum class Ground { kPlain, kSelected };  // on which a text stands
+    void PaintLine(QPainter& painter, const QRect& room, const QString& text, Qt::AlignmentFlag side,
+                   Ground ground) const;
+    void PaintWrapped(QPainter& painter, const QRect& rect, const QString& text, Ground ground) const;
     void PaintOtherColumns(QPainter& painter, int row, const QRect& cell, bool isHighlighted) const;
     void SetTextColour(QPainter& painter, bool isHighlighted) const;
 

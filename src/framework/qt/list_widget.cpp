@@ -73,8 +73,7 @@ void ListWidget::FocusRowChanged(int before) {
 
 void ListWidget::Update(int row) {
     if (needsLayout || !list->Rows().Has(row)) return;
-    const Rect cell = layout.Cell(row);
-    viewport()->update(ToQt(cell).translated(-ScrollOffset()));
+    viewport()->update(InViewport(ToQt(layout.Cell(row))));
 }
 
 // ---- Layout ----
@@ -163,23 +162,46 @@ bool ListWidget::IsInView(int row) {
     return viewport()->rect().intersects(CellInViewport(row));
 }
 
-QRect ListWidget::CellInViewport(int row) {
+QPoint ListWidget::MirroredPoint(const QPoint& viewportPoint) const {
+    return QStyle::visualPos(layoutDirection(), viewport()->rect(), viewportPoint);
+}
+
+QPoint ListWidget::ContentPoint(const QPoint& viewportPoint) const {
+    return MirroredPoint(viewportPoint) + ScrollOffset();
+}
+
+QRect ListWidget::InViewport(const QRect& content) const {
+    return Mirrored(*viewport(), content.translated(-ScrollOffset()));
+}
+
+QRect ListWidget::MirroredCell(int row) {
     LayOut();
     return ToQt(layout.Cell(row)).translated(-ScrollOffset());
 }
 
+QRect ListWidget::CellInViewport(int row) {
+    return Mirrored(*viewport(), MirroredCell(row));
+}
+
+QRect ListWidget::HotPartInViewport(int row) {
+    return Mirrored(*viewport(), ListPainter(*this, *list).HotPart(row, MirroredCell(row)));
+}
+
+QRect ListWidget::CheckBoxInViewport(int row) {
+    return Mirrored(*viewport(), ListPainter(*this, *list).CheckBox(MirroredCell(row)));
+}
+
 int ListWidget::HitRow(const QPoint& viewportPoint) {
     LayOut();
-    const QPoint point = viewportPoint + ScrollOffset();
+    const QPoint point = ContentPoint(viewportPoint);
     const int row = layout.RowAt({point.x(), point.y()});
     if (row < 0) return -1;
-    const QRect cell = CellInViewport(row);
-    return ListPainter(*this, *list).HotPart(row, cell).contains(viewportPoint) ? row : -1;
+    return HotPartInViewport(row).contains(viewportPoint) ? row : -1;
 }
 
 bool ListWidget::IsOnCheckBox(int row, const QPoint& viewportPoint) {
     if (row < 0 || !list->HasExtendedStyle(ListStyle::kCheckBoxes)) return false;
-    return ListPainter(*this, *list).CheckBox(CellInViewport(row)).contains(viewportPoint);
+    return CheckBoxInViewport(row).contains(viewportPoint);
 }
 
 Point ListWidget::ClientPoint(const QPoint& viewportPoint) const {
@@ -211,7 +233,7 @@ void ListWidget::paintEvent(QPaintEvent* event) {
     LayOut();
     QPainter painter(viewport());
     const ListPainter rowPainter(*this, *list);
-    const QRect area = event->rect().translated(ScrollOffset());
+    const QRect area = Mirrored(*viewport(), event->rect()).translated(ScrollOffset());
     const RowRange rows = layout.RowsIn(FromQt(area));
     for (int row = rows.first; row < rows.last; ++row) {
         const QRect cell = ToQt(layout.Cell(row));
@@ -221,7 +243,7 @@ void ListWidget::paintEvent(QPaintEvent* event) {
     if (!band) return;
     QStyleOptionRubberBand option;
     option.initFrom(viewport());
-    option.rect = QRect(band->start, band->end).normalized().translated(-ScrollOffset());
+    option.rect = InViewport(QRect(band->start, band->end).normalized());
     option.shape = QRubberBand::Rectangle;
     style()->drawControl(QStyle::CE_RubberBand, &option, &painter, viewport());
 }
@@ -230,9 +252,9 @@ void ListWidget::paintEvent(QPaintEvent* event) {
 void ListWidget::PaintEmptyText(QPainter& painter) const {
     constexpr int kMargin = 8;
     painter.setPen(palette().color(QPalette::Active, QPalette::Text));
-    painter.drawText(viewport()->rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
-                     static_cast<int>(Qt::AlignLeft | Qt::AlignTop) | Qt::TextWordWrap,
-                     ToQt(list->EmptyText()));
+    style()->drawItemText(&painter, viewport()->rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
+                          static_cast<int>(Qt::AlignLeft | Qt::AlignTop) | Qt::TextWordWrap, palette(), true,
+                          ToQt(list->EmptyText()));
 }
 
 void ListWidget::resizeEvent(QResizeEvent* /*event*/) {

@@ -34,6 +34,9 @@ class ListWidget : public QAbstractScrollArea, public ListDisplay {
 
     // Where the row is seen, in the viewport; may lie outside.
     QRect CellInViewport(int row);
+    // Of its parts: the one on which a click is a click on the row, and the check box, if it has one.
+    QRect HotPartInViewport(int row);
+    QRect CheckBoxInViewport(int row);
     // The row whose picture or text is there; -1: none.
     int HitRow(const QPoint& viewportPoint);
 
@@ -56,7 +59,8 @@ class ListWidget : public QAbstractScrollArea, public ListDisplay {
     void timerEvent(QTimerEvent* event) override;
 
   private:
-    // A frame that the user draws with the mouse, in the coordinates of the whole content.
+    // A frame that the user draws with the mouse, in the coordinates of the whole content, which begin where
+    // its rows do: at the right, where the layout goes from right to left.
     struct Band {
         BandSelection selection;
         QPoint start;
@@ -75,6 +79,10 @@ class ListWidget : public QAbstractScrollArea, public ListDisplay {
     void LayOutHeader();
     void SetScrollRanges(const QSize& client);
     QPoint ScrollOffset() const;
+    QPoint ContentPoint(const QPoint& viewportPoint) const;
+    QRect InViewport(const QRect& content) const;
+    QRect MirroredCell(int row);  // as the painter has it
+    QPoint MirroredPoint(const QPoint& viewportPoint) const;
     void Update(int row);
     void PaintEmptyText(QPainter& painter) const;
     void ShowTip(const QPoint& viewportPoint, const QPoint& globalPoint);

@@ -1,6 +1,7 @@
 #include "framework/qt/menus.h"
 
 #include <QActionGroup>
+#include <QGuiApplication>
 #include <QWindow>
 
 #include "framework/frame_native.h"
@@ -57,10 +58,12 @@ void ShowItems(QMenu& menu, const std::shared_ptr<CMenu::Items>& items, const Me
 }
 
 QString MenuText(const std::string& text) {
-    QString whole = ToQt(text);
+    const QString whole = ToQt(text);
+    // The toolkit draws menus without regard to the letters' direction; the mark keeps the dots at their end.
+    const QString end = QGuiApplication::isRightToLeft() ? QString(QChar(0x200E)) : QString();
     const qsizetype tab = whole.indexOf(QLatin1Char('\t'));
-    if (tab < 0) return whole;
-    return whole.left(tab).trimmed() + QLatin1Char('\t') + whole.mid(tab + 1).trimmed();
+    if (tab < 0) return whole + end;
+    return whole.left(tab).trimmed() + end + QLatin1Char('\t') + whole.mid(tab + 1).trimmed();
 }
 
 }  // namespace qt

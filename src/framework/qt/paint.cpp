@@ -1,25 +1,18 @@
 #include "framework/qt/paint.h"
 
 #include <QPainter>
+#include <QStyle>
 
+#include "framework/qt/readable_colour.h"
 #include "framework/qt/widget.h"
 
 namespace permora::qt {
 namespace {
 
-// A readable form of `colour` on `background`: lighter on a dark one, with the same hue.
-QColor Readable(QColor colour, const QColor& background) {
-    constexpr int kDark = 128;
-    constexpr int kLightEnough = 190;
-    if (background.lightness() < kDark && colour.lightness() < kLightEnough)
-        colour.setHsl(colour.hslHue(), colour.hslSaturation(), kLightEnough);
-    return colour;
-}
-
 class PainterContext : public CDC {
   public:
-    explicit PainterContext(QWidget& widget)
-        : painter(&widget), background(widget.palette().color(QPalette::Window)) {
+    explicit PainterContext(QWidget& painted)
+        : widget(painted), painter(&widget), background(widget.palette().color(QPalette::Window)) {
         painter.setPen(widget.palette().color(QPalette::WindowText));
     }
     void SetTextColor(Colour colour) override {
@@ -30,12 +23,16 @@ class PainterContext : public CDC {
         font.setUnderline(style == TextStyle::kUnderlined);
         painter.setFont(font);
         painter.save();
-        painter.setClipRect(ToQt(rect));
-        painter.drawText(ToQt(rect), Qt::AlignLeft | Qt::AlignTop | Qt::TextSingleLine, ToQt(text));
+        const QRect place = Mirrored(widget, ToQt(rect));
+        painter.setClipRect(place);
+        widget.style()->drawItemText(&painter, place,
+                                     static_cast<int>(Qt::AlignLeft | Qt::AlignTop) | Qt::TextSingleLine,
+                                     widget.palette(), true, ToQt(text));
         painter.restore();
     }
 
   private:
+    QWidget& widget;
     QPainter painter;
     QColor background;
 };

@@ -44,7 +44,7 @@ class ReBarWidget : public QWidget {
     }
     void resizeEvent(QResizeEvent* /*event*/) override { LayOut(); }
     void paintEvent(QPaintEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override { dragged = GripperAt(event->position().toPoint()); }
+    void mousePressEvent(QMouseEvent* event) override { dragged = GripperAt(qt::PositionIn(*this, *event)); }
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* /*event*/) override { dragged = -1; }
 
@@ -71,7 +71,7 @@ class ReBarWidget : public QWidget {
                 height() - 2 * kBandMargin - kLineHeight};
     }
     // The shown band whose left edge can be moved there; -1: none. The first one's cannot.
-    qsizetype GripperAt(const QPoint& point) const;
+    qsizetype GripperAt(Point point) const;
     qsizetype ShownBefore(qsizetype index) const;
     // The width that the visible bands after that one need.
     int RoomAfter(qsizetype index) const {
@@ -108,7 +108,7 @@ void ReBarWidget::LayOut() {
         const int barWidth = bandWidth - kGripperWidth - (i == last ? 0 : kBandMargin);
         const int barHeight = SizeOf(band).height();
         const int top = kBandMargin + (height() - 2 * kBandMargin - kLineHeight - barHeight) / 2;
-        band.bar->setGeometry(left + kGripperWidth, top, barWidth, barHeight);
+        qt::PlaceChild(*band.bar, {left + kGripperWidth, top, barWidth, barHeight});
         left += bandWidth;
     }
     update();
@@ -120,7 +120,7 @@ void ReBarWidget::paintEvent(QPaintEvent* /*event*/) {
         if (!IsShown(band)) continue;
         QStyleOption option;
         option.initFrom(this);
-        option.rect = GripperOf(band);
+        option.rect = qt::Mirrored(*this, GripperOf(band));
         option.state |= QStyle::State_Horizontal;
         style()->drawPrimitive(QStyle::PE_IndicatorToolBarHandle, &option, &painter, this);
     }
@@ -130,14 +130,15 @@ void ReBarWidget::paintEvent(QPaintEvent* /*event*/) {
     painter.drawLine(0, height() - 1, width(), height() - 1);
 }
 
-qsizetype ReBarWidget::GripperAt(const QPoint& point) const {
+qsizetype ReBarWidget::GripperAt(Point point) const {
     for (qsizetype i = 0; i < bands.size(); ++i)
-        if (IsShown(bands[i]) && ShownBefore(i) >= 0 && GripperOf(bands[i]).contains(point)) return i;
+        if (IsShown(bands[i]) && ShownBefore(i) >= 0 && GripperOf(bands[i]).contains(point.x, point.y))
+            return i;
     return -1;
 }
 
 void ReBarWidget::mouseMoveEvent(QMouseEvent* event) {
-    const QPoint point = event->position().toPoint();
+    const Point point = qt::PositionIn(*this, *event);
     // A menu that opened meanwhile may have taken the release.
     if (!event->buttons().testFlag(Qt::LeftButton)) dragged = -1;
     if (dragged < 0) {
@@ -147,7 +148,7 @@ void ReBarWidget::mouseMoveEvent(QMouseEvent* event) {
     const qsizetype index = ShownBefore(dragged);
     if (index < 0) return;  // the bar before it has been hidden
     Band& before = bands[index];
-    before.userWidth = std::clamp(point.x() - before.left, before.leastWidth, RoomFor(index));
+    before.userWidth = std::clamp(point.x - before.left, before.leastWidth, RoomFor(index));
     LayOut();
 }
 

@@ -38,7 +38,7 @@ class TabsWindow final : public WidgetWindow<NativeTabs, QTabWidget> {
         return {std::max(page.cx, bar.width()) + frame, page.cy + bar.height() + frame};
     }
     Rect PageArea() const override {
-        const QRect geometry = Widget().geometry();
+        const QRect geometry = PlaceOf(Widget());
         const int top = Widget().tabBar()->sizeHint().height() + FrameWidth();
         return FromQt(geometry.adjusted(FrameWidth(), top, -FrameWidth(), -FrameWidth()));
     }

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QMouseEvent>
+#include <QStyle>
 #include <QVariant>
 
 #include "framework/styles.h"
@@ -10,6 +11,7 @@ namespace permora::qt {
 namespace {
 
 constexpr const char* kWindowProperty = "permoraWindow";
+constexpr const char* kPlaceProperty = "permoraPlace";
 
 }  // namespace
 
@@ -80,7 +82,7 @@ Rect ScreenRectOf(const QWidget& widget) {
 
 void MoveTo(QWidget& widget, const Rect& rect) {
     if (!widget.isWindow()) {
-        widget.setGeometry(ToQt(rect));
+        PlaceChild(widget, ToQt(rect));
         return;
     }
     const QSize frame = widget.frameGeometry().size() - widget.size();
@@ -88,9 +90,32 @@ void MoveTo(QWidget& widget, const Rect& rect) {
     widget.resize(QSize(rect.Width(), rect.Height()) - frame);
 }
 
-Point PositionOf(const QEvent& mouseEvent) {
-    const QPointF position = static_cast<const QMouseEvent&>(mouseEvent).position();
-    return {static_cast<int>(position.x()), static_cast<int>(position.y())};
+QRect Mirrored(const QWidget& widget, const QRect& rect) {
+    return QStyle::visualRect(widget.layoutDirection(), widget.rect(), rect);
+}
+
+void PlaceChild(QWidget& child, const QRect& place) {
+    child.setProperty(kPlaceProperty, place);
+    child.setGeometry(Mirrored(*child.parentWidget(), place));
+}
+
+// A window that has not been shown yet may have another width than its children have been told.
+QRect PlaceOf(const QWidget& child) {
+    const QVariant place = child.property(kPlaceProperty);
+    return child.isRightToLeft() && place.isValid() ? place.toRect() : child.geometry();
+}
+
+void PlaceChildrenAgain(const QWidget& parent) {
+    if (!parent.isRightToLeft()) return;
+    for (QWidget* child : parent.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        if (const QVariant place = child->property(kPlaceProperty); place.isValid() && !child->isWindow())
+            PlaceChild(*child, place.toRect());
+}
+
+Point PositionIn(const QWidget& widget, const QEvent& mouseEvent) {
+    const QPoint position = static_cast<const QMouseEvent&>(mouseEvent).position().toPoint();
+    const QPoint place = QStyle::visualPos(widget.layoutDirection(), widget.rect(), position);
+    return {place.x(), place.y()};
 }
 
 bool IsLeftPress(const QEvent& event) {

@@ -47,7 +47,16 @@ void SetIdentity(QWidget& widget, const char* kind, unsigned int id);
 void SetTitle(QWidget& widget, const std::string& text);
 Rect ScreenRectOf(const QWidget& widget);
 void MoveTo(QWidget& widget, const Rect& rect);
-Point PositionOf(const QEvent& mouseEvent);
+
+// Where the layout goes from right to left, the coordinates of a window's client area begin at its right
+// edge, so that all that stands in it is mirrored. A child keeps its place when its parent's width changes.
+void PlaceChild(QWidget& child, const QRect& place);
+QRect PlaceOf(const QWidget& child);
+// After `parent` has got another size.
+void PlaceChildrenAgain(const QWidget& parent);
+// From such coordinates to the toolkit's, and back.
+QRect Mirrored(const QWidget& widget, const QRect& rect);
+Point PositionIn(const QWidget& widget, const QEvent& mouseEvent);
 bool IsLeftPress(const QEvent& event);
 
 // Makes the widget of a control, hidden until the shared half shows it.
@@ -55,7 +64,7 @@ template <class Own, class... Arguments>
 std::unique_ptr<Own> NewControl(CWnd& parent, const ControlSpec& spec, Arguments&&... arguments) {
     auto widget = std::make_unique<Own>(WidgetOf(parent), std::forward<Arguments>(arguments)...);
     widget->setVisible(false);
-    widget->setGeometry(ToQt(spec.rect));
+    PlaceChild(*widget, ToQt(spec.rect));
     SetIdentity(*widget, "control", spec.id);
     return widget;
 }
@@ -82,7 +91,7 @@ class WidgetWindow : public Kind {
     bool HasFocus() const override { return widget->hasFocus(); }
     Rect ScreenRect() const override { return ScreenRectOf(*widget); }
     Rect ClientRect() const override { return {0, 0, widget->width(), widget->height()}; }
-    Rect RectInParent() const override { return FromQt(widget->geometry()); }
+    Rect RectInParent() const override { return FromQt(PlaceOf(*widget)); }
     void Move(const Rect& rect) override { MoveTo(*widget, rect); }
     Size PreferredSize() const override {
         const QSize hint = widget->sizeHint();
@@ -99,15 +108,17 @@ class WidgetWindow : public Kind {
         if (!Kind::Window().HasWindow()) return false;
         switch (event.type()) {
             case QEvent::Resize:
+                PlaceChildrenAgain(*widget);
                 Kind::ReportSize({widget->width(), widget->height()});
                 return false;
             case QEvent::FocusIn:
                 Kind::ReportFocus();
                 return false;
             case QEvent::MouseMove:
-                return Kind::ReportMouseMove(PositionOf(event)) == Handled::kYes;
+                return Kind::ReportMouseMove(PositionIn(*widget, event)) == Handled::kYes;
             case QEvent::MouseButtonPress:
-                return IsLeftPress(event) && Kind::ReportLeftButtonDown(PositionOf(event)) == Handled::kYes;
+                return IsLeftPress(event) &&
+                       Kind::ReportLeftButtonDown(PositionIn(*widget, event)) == Handled::kYes;
             default:
                 return false;
         }
