@@ -196,7 +196,8 @@ double ContrastIn(const QImage& picture, const QRect& area) {
 TEST_F(ListCtrl, RowsCanBeReadInEveryPalette) {
     Make(LVS_REPORT | LVS_SHOWSELALWAYS);
     QFont large = Widget().font();
-    large.setPointSize(24);  // the middle of its lines has their full colour
+    large.setPointSize(24);
+    large.setBold(true);  // the middle of its lines has their full colour
     Widget().setFont(large);
     list.SetColumnWidth(0, 300);
     for (const int row : {0, 1})
