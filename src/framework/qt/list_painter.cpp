@@ -216,6 +216,7 @@ void ListPainter::Paint(QPainter& painter, int row, const QRect& cell) const {
     QRect marked = cell;
     if (!isFullRow && (isHighlighted || isFocused)) marked = TextRect(row, label);
     if (isHighlighted) PaintSelection(painter, marked);
+    if (isFocused) PaintFocus(painter, marked);  // some styles fill it, which would veil the text
     PaintCheckBox(painter, row, parts.check);
     PaintIcon(painter, row, parts.icon);
     SetTextColour(painter, isHighlighted);
@@ -226,7 +227,6 @@ void ListPainter::Paint(QPainter& painter, int row, const QRect& cell) const {
         PaintLine(painter, label.adjusted(kCellMargin, 0, -kCellMargin, 0), Text(row, 0), Qt::AlignLeft,
                   ground);
     if (view == ListView::kReport) PaintOtherColumns(painter, row, cell, isHighlighted && isFullRow);
-    if (isFocused) PaintFocus(painter, marked);
 }
 
 void ListPainter::PaintOtherColumns(QPainter& painter, int row, const QRect& cell, bool isHighlighted) const {

@@ -23,9 +23,10 @@ double ContrastOf(const QColor& one, const QColor& other) {
 }
 
 QColor Readable(QColor colour, const QColor& background) {
+    constexpr double kSought = kReadableContrast + 0.3;  // styles lay shades over it
     constexpr int kMost = 255;
     const int step = ContrastOf(background, Qt::white) > ContrastOf(background, Qt::black) ? 1 : -1;
-    for (int light = colour.lightness(); ContrastOf(colour, background) < kReadableContrast; light += step) {
+    for (int light = colour.lightness(); ContrastOf(colour, background) < kSought; light += step) {
         if (light < 0 || light > kMost) break;
         colour.setHsl(colour.hslHue(), colour.hslSaturation(), light);
     }
