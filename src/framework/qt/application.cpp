@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "framework/native.h"
+#include "framework/qt/dialog_accessible.h"
 #include "framework/qt/dialog_style.h"
 #include "framework/qt/file_operation_presenter.h"
 #include "framework/qt/message_box.h"
@@ -59,6 +60,7 @@ QtApplication::QtApplication(int& argc, char** argv)
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(new qt::DialogStyle);  // the application owns it
     QApplication::setLayoutDirection(DirectionOfUser());
+    qt::InstallDialogAccessibility();
     if (qt::HasSelections()) clipboard.offer = std::make_unique<qt::ClipboardOffer>();
     theToolkit = this;
     [[maybe_unused]] static const int kRegistered = on_exit(EndWithoutDisplay, nullptr);

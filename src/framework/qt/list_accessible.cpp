@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include "framework/list_selection.h"
+#include "framework/qt/part_accessible.h"
 #include "framework/qt/shown_text.h"
 #include "framework/qt/widget.h"
 
@@ -11,28 +12,18 @@ namespace {
 
 // One row. Its accessible name holds everything visible: the first column, then each other column after its
 // header.
-class RowAccessible : public QAccessibleInterface, public QAccessibleActionInterface {
+class RowAccessible : public PartAccessible {
   public:
-    RowAccessible(ListWidget& shownIn, int shown) : widget(shownIn), row(shown) {}
+    RowAccessible(ListWidget& shownIn, int shown)
+        : PartAccessible(shownIn, QAccessible::ListItem), widget(shownIn), row(shown) {}
 
     bool isValid() const override { return widget.List()->Rows().Has(row); }
-    QObject* object() const override { return nullptr; }
-    QWindow* window() const override { return widget.window()->windowHandle(); }
-    QAccessibleInterface* parent() const override { return QAccessible::queryAccessibleInterface(&widget); }
-    QAccessibleInterface* child(int /*index*/) const override { return nullptr; }
-    QAccessibleInterface* childAt(int /*x*/, int /*y*/) const override { return nullptr; }
-    int childCount() const override { return 0; }
-    int indexOfChild(const QAccessibleInterface* /*child*/) const override { return -1; }
-    QAccessible::Role role() const override { return QAccessible::ListItem; }
-    void setText(QAccessible::Text /*kind*/, const QString& /*text*/) override {}
     QString text(QAccessible::Text kind) const override;
     QRect rect() const override;
     QAccessible::State state() const override;
-    void* interface_cast(QAccessible::InterfaceType type) override;
 
     QStringList actionNames() const override;
     void doAction(const QString& name) override;
-    QStringList keyBindingsForAction(const QString& /*name*/) const override { return {}; }
 
   private:
     bool HasCheckBox() const { return widget.List()->HasExtendedStyle(ListStyle::kCheckBoxes); }
@@ -76,10 +67,6 @@ QAccessible::State RowAccessible::state() const {
     state.disabled = !widget.isEnabled();
     state.offscreen = !widget.viewport()->rect().intersects(widget.CellInViewport(row));
     return state;
-}
-
-void* RowAccessible::interface_cast(QAccessible::InterfaceType type) {
-    return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this) : nullptr;
 }
 
 QStringList RowAccessible::actionNames() const {

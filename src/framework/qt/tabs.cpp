@@ -5,6 +5,7 @@
 #include <QTabBar>
 #include <QTabWidget>
 
+#include "framework/qt/tabs_accessible.h"
 #include "framework/qt/widget.h"
 
 namespace permora::qt {
@@ -14,6 +15,7 @@ namespace {
 class TabsWindow final : public WidgetWindow<NativeTabs, QTabWidget> {
   public:
     TabsWindow(CWnd& window, std::unique_ptr<QTabWidget> made) : WidgetWindow(window, std::move(made)) {
+        InstallTabsAccessibility();
         QObject::connect(&Widget(), &QTabWidget::currentChanged, &Widget(),
                          [this] { ReportNotification(Notify::kSelectionChanged); });
     }
