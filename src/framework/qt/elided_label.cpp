@@ -18,6 +18,7 @@ void ElidedLabel::Show(const QString& whole) {
     // The toolkit guesses from the text whether a tip is markup.
     setToolTip(whole.isEmpty() ? whole
                                : QLatin1String("<qt>") + whole.toHtmlEscaped() + QLatin1String("</qt>"));
+    setAccessibleDescription(whole);  // the toolkit would take the tip's markup
     // An accessible name would replace the text.
     if (!captionShown.isEmpty()) setAccessibleName(captionShown + QLatin1Char(' ') + whole);
 }

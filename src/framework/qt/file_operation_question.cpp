@@ -84,6 +84,7 @@ class QuestionWindow : public QDialog {
         const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
         icon->setPixmap(
             style()->standardIcon(kind, nullptr, this).pixmap(QSize(size, size), devicePixelRatio()));
+        icon->setAccessibleName(texts.isWarning ? QStringLiteral("Warning") : QStringLiteral("Question"));
         return icon;
     }
 

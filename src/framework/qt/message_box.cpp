@@ -1,6 +1,7 @@
 #include "framework/qt/message_box.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <array>
@@ -56,6 +57,19 @@ QMessageBox::Icon IconOf(UINT type) {
     }
 }
 
+QString NameOf(QMessageBox::Icon icon) {
+    switch (icon) {
+        case QMessageBox::Critical:
+            return QStringLiteral("Error");
+        case QMessageBox::Question:
+            return QStringLiteral("Question");
+        case QMessageBox::Warning:
+            return QStringLiteral("Warning");
+        default:
+            return QStringLiteral("Information");
+    }
+}
+
 int Show(HWND owner, const char* text, const char* caption, UINT type) {
     QWidget* widget = LiveWidget(owner);
     const ButtonSet set = ButtonsOf(type);
@@ -64,6 +78,9 @@ int Show(HWND owner, const char* text, const char* caption, UINT type) {
     box.setText(ToQt(text));
     box.setWindowTitle(ToQt(caption));
     box.setIcon(IconOf(type));
+    // The toolkit's label of the icon, which assistive technology meets without a name.
+    if (auto* icon = box.findChild<QLabel*>(QStringLiteral("qt_msgboxex_icon_label")))
+        icon->setAccessibleName(NameOf(box.icon()));
     box.setStandardButtons(set.buttons);
     box.setDefaultButton(set.safest);
     box.setEscapeButton(set.safest);
