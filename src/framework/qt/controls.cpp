@@ -52,7 +52,7 @@ class PictureButton : public PushButton {
         }
         painter.drawPixmap(rect(), Picture());
         painter.restore();
-        if (hasFocus() && focused.isNull()) {
+        if (hasFocus()) {  // also with a picture for that, which may be the normal one
             QStyleOptionFocusRect option;
             option.initFrom(this);
             style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
