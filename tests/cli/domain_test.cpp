@@ -205,11 +205,13 @@ TEST_F(DomainTest, StoresTheSameEntriesAsTheServersOwnTool) {
 TEST_F(DomainTest, GivesAnObjectToADomainsAccountAsTheServerDoes) {
     const std::string theirs = MakeFile("theirs");
     const std::string ours = MakeFile("ours");
-    for (const auto& [name, id] : {std::pair("EXAMPLE\\anna", kAnna), std::pair("EXAMPLE\\bert", kBert)}) {
+    for (const auto& account : {std::pair("EXAMPLE\\anna", kAnna), std::pair("EXAMPLE\\bert", kBert)}) {
+        const std::string name = account.first;
+        const uid_t user = kFirstId + account.second;
         EXPECT_EQ(SmbcaclsAs("Administrator", "theirs", {"--chown", name}).exitCode, 0);
         Run({"owner", ours, "--set", name});
-        EXPECT_EQ(OwnerId(theirs), kFirstId + id);
-        EXPECT_EQ(OwnerId(ours), kFirstId + id);
+        EXPECT_EQ(OwnerId(theirs), user);
+        EXPECT_EQ(OwnerId(ours), user);
         EXPECT_EQ(DescriptorText(ours, OWNER_SECURITY_INFORMATION),
                   DescriptorText(theirs, OWNER_SECURITY_INFORMATION));
         std::string shown;
