@@ -4,6 +4,8 @@
 #include <chrono>
 #include <limits>
 
+#include "platform/grouped_number.h"
+
 namespace permora {
 namespace {
 
@@ -14,10 +16,6 @@ ULONGLONG Sum(ULONGLONG one, ULONGLONG other) {
 
 DeletionSize Sum(const DeletionSize& one, const DeletionSize& other) {
     return {Sum(one.bytes, other.bytes), Sum(one.objects, other.objects)};
-}
-
-std::string ObjectsText(ULONGLONG objects) {
-    return std::to_string(objects) + (objects == 1 ? " object" : " objects");
 }
 
 }  // namespace
