@@ -72,12 +72,16 @@ void ForEachDialog(const Check& check) {
     }
 }
 
+// A text that is scrolled and has links, so the keyboard reaches it.
+constexpr const char* kPageView = "PERMORA_PAGE_VIEW";
+
 // What assistive technology must take a control for; nothing for frames, which it passes over.
 std::optional<QAccessible::Role> RoleOf(const ControlTemplate& control) {
     if (control.className == "EDIT") return QAccessible::EditableText;
     if (control.className == "COMBOBOX") return QAccessible::ComboBox;
     if (control.className == "SYSLISTVIEW32") return QAccessible::List;
     if (control.className == "MSCTLS_PROGRESS32") return QAccessible::ProgressBar;
+    if (control.className == kPageView) return QAccessible::StaticText;
     if (control.className == "STATIC") {
         switch (control.style & SS_TYPEMASK) {
             case SS_ICON:
@@ -144,9 +148,8 @@ std::vector<unsigned int> ExpectedTabOrder(const DialogTemplate& dialogTemplate)
         const bool startsGroup = (control.style & WS_GROUP) != 0;
         const bool continues = isRadio && isInRadioGroup && !startsGroup;
         isInRadioGroup = isRadio;
-        if (!role || !TakesInput(*role) || !IsShown(control) || (control.style & WS_DISABLED) != 0 ||
-            continues)
-            continue;
+        const bool isReached = role && (TakesInput(*role) || control.className == kPageView);
+        if (!isReached || !IsShown(control) || (control.style & WS_DISABLED) != 0 || continues) continue;
         order.push_back(control.id);
     }
     return order;
