@@ -10,7 +10,9 @@
 #include <utility>
 
 #include "platform/api/messages.h"
+#include "platform/api/shell.h"
 #include "resources/resource_ids.h"
+#include "results/results_bar.h"
 #include "results/results_windows.h"
 #include "tests/support/ui_driver.h"
 
@@ -160,6 +162,23 @@ TEST_F(ResultsFrameTest, OffersTheObjectsThatAreSelected) {
     EXPECT_EQ(Asked(), "");
     window.SelectItem(IDC_RESULTS_PAGE, "Objects");
     EXPECT_TRUE(window.IsVisible(kObjects));
+}
+
+TEST_F(ResultsFrameTest, ANarrowBarKeepsItsButtonsInReach) {
+    ResultsBar bar;
+    ASSERT_TRUE(main.LoadFrame(IDR_MAIN_FRAME) && bar.Create(main, IDD_RESULTS_BAR));
+    bar.ShowWindow(SW_SHOW);
+    int before = 0;
+    for (const int width : {420, 700}) {
+        main.SetPlacement({{0, 0, width, 300}, ShowState::kNormal});
+        EXPECT_TRUE(UiDriver::MainWindow().WaitUntil([&] { return bar.GetClientRect().right == width; }));
+        const Rect last = bar.GetDlgItem(ID_STOP_RESULTS)->GetWindowRect();
+        EXPECT_LE(last.right, bar.GetWindowRect().right);
+        const int choice = bar.GetDlgItem(IDC_RESULTS_PAGE)->GetWindowRect().Width();
+        EXPECT_GT(choice, before);
+        before = choice;
+    }
+    main.DestroyWindow();
 }
 
 TEST_F(ResultsFrameTest, EscapeStopsTheWorker) {
