@@ -20,6 +20,7 @@ class ListPainter {
     // The room that the texts of a report's column need; in long lists, those of the first rows.
     int ColumnTextWidth(int column) const;
     void Paint(QPainter& painter, int row, const QRect& cell) const;
+    void PaintFocus(QPainter& painter, const QRect& rect) const;
     // The parts of a cell. A click on the hot part is a click on the row.
     QRect CheckBox(const QRect& cell) const;  // empty when there are no check boxes
     QRect HotPart(int row, const QRect& cell) const;
@@ -49,7 +50,6 @@ class ListPainter {
     void PaintCheckBox(QPainter& painter, int row, const QRect& rect) const;
     void PaintIcon(QPainter& painter, int row, const QRect& rect) const;
     void PaintSelection(QPainter& painter, const QRect& rect) const;
-    void PaintFocus(QPainter& painter, const QRect& rect) const;
     enum class Ground { kPlain, kSelected };  // on which a text stands
     void PaintLine(QPainter& painter, const QRect& room, const QString& text, Qt::AlignmentFlag side,
                    Ground ground) const;

@@ -66,7 +66,10 @@ void ListWidget::AppearanceChanged() {
 }
 
 void ListWidget::FocusRowChanged(int before) {
-    Update(before);
+    if (before < 0)
+        viewport()->update();
+    else
+        Update(before);
     Update(list->Rows().cursor.focus);
     NotifyFocusRow(*this, list->Rows().cursor.focus);
 }
@@ -240,6 +243,10 @@ void ListWidget::paintEvent(QPaintEvent* event) {
         if (cell.intersects(area)) rowPainter.Paint(painter, row, cell.translated(-ScrollOffset()));
     }
     PaintEmptyText(painter);
+    // While no row has the keyboard, the place of the first one shows that it is here: the next key leads
+    // there.
+    if (hasFocus() && !list->Rows().Has(list->Rows().cursor.focus))
+        rowPainter.PaintFocus(painter, {0, 0, viewport()->width(), layout.Cell(0).Height()});
     if (!band) return;
     QStyleOptionRubberBand option;
     option.initFrom(viewport());
