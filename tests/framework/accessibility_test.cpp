@@ -327,9 +327,11 @@ char MnemonicOf(const std::string& text) {
 
 TEST(Accessibility, NoMnemonicMeansTwoControls) {
     for (const unsigned int id : DialogTemplates()) {
-        std::map<char, int> uses;
         const auto dialogTemplate = LoadDialogTemplate(id);
         ASSERT_TRUE(dialogTemplate);
+        std::map<char, int> uses;
+        // The sheet around a page of the editor has "&Apply" and "Pre&view...".
+        if ((dialogTemplate->style & WS_CHILD) != 0) uses = {{'a', 1}, {'v', 1}};
         for (const ControlTemplate& control : dialogTemplate->controls) {
             const char letter = MnemonicOf(control.text);
             const bool isTwice = letter != 0 && IsShown(control) && ++uses[letter] > 1;
