@@ -70,6 +70,7 @@ HasHiddenBit() { [ $((0x$(getfattr --only-values -n system.ntfs_attrib_be "$1" |
 
 BeginRun "$1" "$2" light
 MakeData
+StartAssistance
 Start "$local/Source"
 WaitForFolder "$local/Source"
 xdotool windowmove --sync "$window" 60 40 windowsize --sync "$window" 1000 620
@@ -85,6 +86,7 @@ for target in Store Second; do
 done
 Picture "copied"
 OpenDialog "File Operation Progress" Keys ctrl+v
+Judge "File Operation Progress"
 CloseDialog "File Operation Progress" "$window" Keys Escape
 SameAs "$work/original" "$ntfs/Second"
 

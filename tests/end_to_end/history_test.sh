@@ -25,6 +25,7 @@ AnswerUndo() {
 
 before=$(Kept "$folder")
 BeginRun "$1" "$2" "$3"
+StartAssistance
 Start "$folder"
 WaitForFolder "$folder"
 xdotool windowmove --sync "$window" 60 40 windowsize --sync "$window" 1000 620
@@ -53,6 +54,7 @@ ClickAt 500 400 # the list
 Step "edit-menu" Keys alt+e Up
 Keys Escape Escape
 OpenDialog "Undo" Keys ctrl+z
+Judge "Undo" alert
 CloseDialog "Undo" "$window" Keys alt+n
 IsAsChanged || Fail "the user did not want it back"
 OpenDialog "Undo" Keys ctrl+z
@@ -62,6 +64,8 @@ IsAsBefore || Fail "not all is as it was before"
 # In the dialog, by mouse: the undo is the newest change itself, and is taken back.
 OpenDialog "History" Keys alt+s h
 history=$dialog
+ExpectTold 'list item|2, When: .*, Who: .*, What: .*, Objects: .*'
+Judge "History"
 ClickInTemplate 480 290 60 40 # the first change
 Step "objects-of-a-change" Keys alt+o End
 dialog=$history

@@ -25,6 +25,7 @@ TEST(Looks, ThroughEveryWindowWriteNothing) {
     ASSERT_EQ(InstallSamba(looked), "");
     ASSERT_EQ(mkdir((looked + "/Alpha").c_str(), 0755), 0);
     std::ofstream(looked + "/text.txt") << "text";
+    std::filesystem::create_symlink("text.txt", looked + "/link");
     for (const char* name : {"/Alpha", "/text.txt"}) {
         const CommandResult granted = RunCli({"grant", looked + name, "--account", "daemon", "--rights",
                                               "Full control", "--replace-null-list"});

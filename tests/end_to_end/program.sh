@@ -105,6 +105,40 @@ CloseDialog() {
 Told() { grep -qx "$1" <<<"$("$here/accessible.py")"; }
 ExpectTold() { WaitUntil "assistive technology to be told: $1" Told "$1"; }
 
+# ClickOn ROLE|NAME [CLICK...]: what assistive technology knows by that role and name, a regular expression.
+ClickOn() {
+    local thing=$1
+    shift
+    [ $# -gt 0 ] || set -- 1
+    WaitUntil "something to click on: $thing" FindPlace "$thing"
+    # shellcheck disable=SC2086 # two numbers
+    xdotool mousemove $place click "$@"
+}
+place=
+FindPlace() { place=$("$here/accessible.py" "$1"); }
+
+# Work KEYS THING...: with the hands of the script, which are $hands: presses the keys of the "keyboard", or clicks with the
+# "mouse" on one thing after the other.
+Work() {
+    local shortcut=$1 thing
+    shift
+    if [ "$hands" = keyboard ]; then
+        # shellcheck disable=SC2086 # several keys
+        Keys $shortcut
+    else
+        for thing; do ClickOn "$thing"; done
+    fi
+}
+Accept() { Work Return "push button|OK"; }
+Type() { xdotool type --delay 20 "$1"; } # a name, with either
+
+# Judge TITLE [ROLE [PAGE]]: whether the active window can be used without seeing it and without a mouse (judge_window.py).
+# Goes through it by the keyboard, which changes what is selected in lists. Wants StartAssistance before Start.
+Judge() {
+    local faults
+    faults=$("$here/judge_window.py" "$@" 2>&1) || Fail "\"$1\"${3:+, page $3}: $faults"
+}
+
 # Measure WINDOW: its client area, into $WIDTH and $HEIGHT.
 Measure() { eval "$(xdotool getwindowgeometry --shell "$1" | grep -E '^(WIDTH|HEIGHT)=')"; }
 

@@ -44,6 +44,7 @@ Add() {
 }
 
 BeginRun "$1" "$2" light
+StartAssistance
 Start "$folder"
 WaitForFolder "$folder"
 Step "details" Keys alt+v d
@@ -116,6 +117,12 @@ OpenDialog "Secure deletion" Keys Return
 CloseDialog "Secure deletion" "$sheet" Keys alt+y
 WaitUntil "the deletion" test ! -e "$folder/Old/draft"
 Picture "deleted"
+ExpectTold 'list item|.*kept.*|.*'
+Judge "Security Wizard"
+OpenDialog "What happened" Keys alt+i
+ExpectTold 'list item|kept, Result: .*, Reason: .*, Path: .*|.*'
+Judge "What happened"
+CloseDialog "What happened" "$sheet" Keys Escape
 Finish
 
 Quit

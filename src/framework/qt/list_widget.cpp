@@ -242,11 +242,11 @@ void ListWidget::paintEvent(QPaintEvent* event) {
         const QRect cell = ToQt(layout.Cell(row));
         if (cell.intersects(area)) rowPainter.Paint(painter, row, cell.translated(-ScrollOffset()));
     }
-    PaintEmptyText(painter);
     // While no row has the keyboard, the place of the first one shows that it is here: the next key leads
     // there.
     if (hasFocus() && !list->Rows().Has(list->Rows().cursor.focus))
         rowPainter.PaintFocus(painter, {0, 0, viewport()->width(), layout.Cell(0).Height()});
+    PaintEmptyText(painter);
     if (!band) return;
     QStyleOptionRubberBand option;
     option.initFrom(viewport());
