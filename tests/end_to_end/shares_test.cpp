@@ -15,7 +15,9 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 
-TEST(Shares, OnASambaServerByKeyboard) {
+class SharesTest : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(SharesTest, OnASambaServer) {
     if (const std::string reason = SambaServer::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
     const SambaServer server;
     ASSERT_EQ(server.Problem(), "");
@@ -23,8 +25,9 @@ TEST(Shares, OnASambaServerByKeyboard) {
         std::filesystem::create_directory(server.Path(name));
     ASSERT_EQ(RunCommand({"net", "conf", "addshare", "beta", server.Path("old")}).exitCode, 0);
     const std::string programs = std::filesystem::path(CliPath()).parent_path();
-    const CommandResult run = RunCommand(
-        {"bash", SHARES_SCRIPT, programs, PICTURE_FOLDER "/shares", "light", std::string(server.Root())});
+    const CommandResult run =
+        RunCommand({"bash", SHARES_SCRIPT, programs, std::string(PICTURE_FOLDER "/shares-") + GetParam(),
+                    GetParam(), std::string(server.Root())});
     ASSERT_EQ(run.exitCode, 0) << run.output;
 
     EXPECT_EQ(RunCommand({"net", "conf", "listshares"}).output, "plans\n");
@@ -39,6 +42,9 @@ TEST(Shares, OnASambaServerByKeyboard) {
     EXPECT_EQ(RunCommand({"sharesec", "plans", "--viewsddl"}).output,
               "D:(A;OICI;0x001f01ff;;;BU)(A;;0x001200a9;;;WD)\n");
 }
+
+INSTANTIATE_TEST_SUITE_P(Hands, SharesTest, ::testing::Values("keyboard", "mouse"),
+                         [](const auto& hands) { return hands.param; });
 
 }  // namespace
 }  // namespace permora::test
