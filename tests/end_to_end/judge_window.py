@@ -1,4 +1,4 @@
-#!/usr/bin/python3
+#!/usr/bin/python3 -B
 """Whether the active window can be used without seeing it and without a mouse:
 
     judge_window.py TITLE [ROLE [PAGE]]
