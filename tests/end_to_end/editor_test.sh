@@ -48,7 +48,7 @@ Step "full-control" TickAllowFullControl
 Step "deny-delete" TickDenyDelete
 CloseDialog "Permissions" "$sheet" AcceptEntry
 Picture "added"
-ExpectTold 'dialog|Security Editor - Alpha|active|'
+ExpectTold 'dialog|Security Editor - Alpha|active,modal|'
 ExpectTold 'list item|Deny, Name: .*, Permission: Delete, .*, Apply To: This folder, subfolders and files|.*selected|'
 ExpectTold 'list item|Allow, Name: .*, Permission: Full control, .*, Apply To: This folder, subfolders and files||'
 
