@@ -120,6 +120,10 @@ OpenDialog "Permora Settings" Work "alt+f s" "push button|Settings"
 ExpectTold 'check box|Show tool tips|.*'
 ! Told 'check box|Show tool tips|.*checked.*' || Fail "tool tips are still shown"
 CloseDialog "Permora Settings" "$window" Cancel
-Work Escape "menu item|File" "menu item|Exit.*"
-WaitForEnd
+if [ "$hands" = mouse ]; then
+    Work "" "menu item|File" "menu item|Exit.*"
+    WaitForEnd
+else
+    Quit
+fi
 EndRun
