@@ -6,9 +6,8 @@
 #include <QTextBrowser>
 #include <QTextDocument>
 #include <QUrl>
-#include <algorithm>
-#include <cmath>
 
+#include "framework/qt/readable_colour.h"
 #include "framework/qt/widget.h"
 
 namespace permora::qt {
@@ -25,26 +24,9 @@ QString NameOf(const QUrl& url) {
     return url.scheme() == QLatin1String(kScheme) ? url.path().mid(1) : QString();
 }
 
-// Of two colours, from 1 to 21: the contrast ratio of the Web Content Accessibility Guidelines.
-double ContrastOf(const QColor& one, const QColor& other) {
-    const auto luminance = [](const QColor& colour) {
-        const auto part = [](double value) {
-            return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * part(colour.redF()) + 0.7152 * part(colour.greenF()) + 0.0722 * part(colour.blueF());
-    };
-    const auto [dark, light] = std::minmax(luminance(one), luminance(other));
-    return (light + 0.05) / (dark + 0.05);
-}
-
 // The desktop's link colour is not always made for its background.
 QColor LinkColour(const QPalette& palette) {
-    constexpr double kReadable = 4.5;
-    const QColor ground = palette.color(QPalette::Base);
-    for (const QColor& colour : {palette.color(QPalette::Link), palette.color(QPalette::Link).lighter(180),
-                                 QColor(0x8c, 0xc2, 0xee)})
-        if (ContrastOf(colour, ground) >= kReadable) return colour;
-    return palette.color(QPalette::Text);
+    return Readable(palette.color(QPalette::Link), palette.color(QPalette::Base));
 }
 
 // Between the text's colour and the background's.
