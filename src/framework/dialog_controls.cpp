@@ -84,6 +84,7 @@ std::unique_ptr<CWnd> NewControlObject(ControlKind kind) {
         case ControlKind::kStaticText:
         case ControlKind::kStaticPicture:
         case ControlKind::kEtchedFrame:
+        case ControlKind::kTreeView:
         case ControlKind::kTabs:
             break;
     }

@@ -86,6 +86,10 @@ std::unique_ptr<NativeFrame> MakeNativeFrame(CWnd& window, unsigned int id, Fram
 std::unique_ptr<NativeToolBar> MakeNativeToolBar(CWnd& window, CWnd& parent, FrameEvents& events);
 std::unique_ptr<NativeReBar> MakeNativeReBar(CWnd& window, CWnd& parent);
 std::unique_ptr<NativeStatusBar> MakeNativeStatusBar(CWnd& window, CWnd& parent);
+// As CSplitter::Create.
+std::unique_ptr<NativeWindow> MakeNativeSplitter(CWnd& window, CWnd& parent,
+                                                 std::function<void(int left)> moved,
+                                                 std::function<void()> dropped);
 // Runs `onEnter` when Enter is pressed in `pane` and no control uses it. Runs `onEscape` at Escape, which
 // then does not act as an accelerator.
 void WatchKeys(CWnd& pane, std::function<void()> onEnter, std::function<void()> onEscape);

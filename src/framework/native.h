@@ -82,6 +82,7 @@ enum class ControlKind {
     kProgressBar,
     kListView,
     kPageView,
+    kTreeView,
     kTabs,
 };
 

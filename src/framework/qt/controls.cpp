@@ -16,6 +16,7 @@
 #include "framework/qt/push_button.h"
 #include "framework/qt/static_controls.h"
 #include "framework/qt/tabs.h"
+#include "framework/qt/tree_widget.h"
 #include "framework/qt/widget.h"
 #include "framework/styles.h"
 
@@ -295,6 +296,8 @@ std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, cons
             return qt::MakeListView(dynamic_cast<CListCtrl&>(window), parent, spec);
         case ControlKind::kPageView:
             return qt::MakePageView(dynamic_cast<CPageView&>(window), parent, spec);
+        case ControlKind::kTreeView:
+            return qt::MakeTreeView(dynamic_cast<CTreeCtrl&>(window), parent, spec);
         case ControlKind::kTabs:
             return qt::MakeTabs(window, parent, spec);
     }
