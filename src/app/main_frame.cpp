@@ -102,6 +102,7 @@ bool CMainFrame::OnCreate() {
     LoadOrMakeSettings();
     view.SetViewModeObserver([this](std::uint32_t mode) { settings.block.viewMode = mode; });
     view.SetChoiceObserver([this] { KeepBrowserChoices(); });
+    view.SetFolderEditor([this](const std::string& path) { EditItemAt(path); });
     view.Create(*this, kViewId, GetCommandLineA());
     SetView(view);
     if (!CreateBars()) return false;
@@ -227,11 +228,14 @@ void CMainFrame::LoadBrowserChoices() {
     const BrowserChoices choices = permora::LoadBrowserChoices();
     view.ChooseSecurityColumns(choices.securityColumns);
     view.SetDotNames(choices.showsDotNames ? DotNames::kListed : DotNames::kLeftOut);
+    const auto width = static_cast<int>(choices.folderTreeWidth);
+    view.ShowFolderTree(choices.showsFolderTree, width > 0 ? width : BrowserView::kUsualTreeWidth);
 }
 
 void CMainFrame::KeepBrowserChoices() {
     const DWORD error =
-        StoreBrowserChoices({view.ChosenSecurityColumns(), view.GetDotNames() == DotNames::kListed});
+        StoreBrowserChoices({view.ChosenSecurityColumns(), view.GetDotNames() == DotNames::kListed,
+                             view.ShowsFolderTree(), static_cast<std::uint32_t>(view.TreeWidth())});
     if (error != ERROR_SUCCESS) ShowErrorWithSystemText(GetSafeHwnd(), "saving settings", error);
 }
 
@@ -331,8 +335,9 @@ void CMainFrame::EditItemAt(const std::string& path) {
 Outcome CMainFrame::HoldItemAt(const std::string& path, Place& place) const {
     const std::string folder = FolderAbove(path);
     if (folder.empty()) return DriveRows().Hold({path}, place);
-    if (view.IsShowing(PlaceKind::kFolder)) return view.Rows().Hold({NameInFolder(path)}, place);
-    // A share's folder. The separator follows it if it is a link.
+    if (view.IsShowing(PlaceKind::kFolder) && view.Rows().Folder() == folder)
+        return view.Rows().Hold({NameInFolder(path)}, place);
+    // A share's folder, or one of the tree. The separator follows it if it is a link.
     auto held = std::make_shared<FolderHandle>();
     Outcome opened{FolderHandle::Open(folder + (folder.ends_with('\\') ? "" : "\\"), *held)};
     if (opened.IsDone()) place = {PlaceKind::kFolder, std::move(held), {NameInFolder(path)}};

@@ -22,6 +22,8 @@ constexpr const char* kToldValue = "ToldInterruption";
 
 constexpr const char* kColumnsValue = "SecurityColumns";
 constexpr const char* kDotNamesValue = "ShowDotNames";
+constexpr const char* kFolderTreeValue = "ShowFolderTree";
+constexpr const char* kTreeWidthValue = "FolderTreeWidth";
 
 constexpr const char* kDaysValue = "HistoryDays";
 constexpr const char* kMegabytesValue = "HistoryMegabytes";
@@ -30,6 +32,7 @@ constexpr const char* kAskBeforeLossesValue = "AskBeforeLosses";
 
 constexpr const char* kSheetWidthValue = "SheetWidth";
 constexpr const char* kSheetHeightValue = "SheetHeight";
+constexpr std::uint32_t kLargestSize = 0x7FFF;  // others may write anything
 
 constexpr const char* kFolderVerbs = R"(Folder\Shell)";
 constexpr const char* kVerb = "Permora";
@@ -129,14 +132,14 @@ DWORD StoreHistoryLimits(const HistoryLimits& limits) {
 }
 
 Size LoadSheetSize() {
-    constexpr std::uint32_t kLargest = 0x7FFF;
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     RegistryKey key;
     if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) != ERROR_SUCCESS) return {};
     LoadNumber(key, kSheetWidthValue, width);
     LoadNumber(key, kSheetHeightValue, height);
-    return {static_cast<int>(std::min(width, kLargest)), static_cast<int>(std::min(height, kLargest))};
+    return {static_cast<int>(std::min(width, kLargestSize)),
+            static_cast<int>(std::min(height, kLargestSize))};
 }
 
 DWORD StoreSheetSize(Size size) {
@@ -155,17 +158,24 @@ DWORD StoreShowSources(bool shows) {
 BrowserChoices LoadBrowserChoices() {
     BrowserChoices choices;
     std::uint32_t showsDotNames = 0;
+    std::uint32_t showsFolderTree = 0;
     RegistryKey key;
     if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) != ERROR_SUCCESS) return choices;
     LoadNumber(key, kColumnsValue, choices.securityColumns);
     LoadNumber(key, kDotNamesValue, showsDotNames);
+    LoadNumber(key, kFolderTreeValue, showsFolderTree);
+    LoadNumber(key, kTreeWidthValue, choices.folderTreeWidth);
     choices.showsDotNames = showsDotNames != 0;
+    choices.showsFolderTree = showsFolderTree != 0;
+    choices.folderTreeWidth = std::min(choices.folderTreeWidth, kLargestSize);
     return choices;
 }
 
 DWORD StoreBrowserChoices(const BrowserChoices& choices) {
-    return StoreNumbers(
-        {{kColumnsValue, choices.securityColumns}, {kDotNamesValue, choices.showsDotNames ? 1U : 0U}});
+    return StoreNumbers({{kColumnsValue, choices.securityColumns},
+                         {kDotNamesValue, choices.showsDotNames ? 1U : 0U},
+                         {kFolderTreeValue, choices.showsFolderTree ? 1U : 0U},
+                         {kTreeWidthValue, choices.folderTreeWidth}});
 }
 
 bool LoadAskBeforeLosses() {

@@ -2,9 +2,9 @@
 //
 // HKEY_CURRENT_USER, SOFTWARE\Valdrix\ZEL holds "ProgramSettings" (binary, the scrambled record), "Path"
 // (text, the program's folder, which the installation writes), "HistoryDays", "HistoryMegabytes",
-// "SecurityColumns", "ShowDotNames", "ShowSources", "AskBeforeLosses", "SheetWidth" and "SheetHeight"
-// (numbers) and "ToldInterruption" (text, two numbers). Functions whose result is a DWORD return 0 or a
-// system error code.
+// "SecurityColumns", "ShowDotNames", "ShowFolderTree", "FolderTreeWidth", "ShowSources", "AskBeforeLosses",
+// "SheetWidth" and "SheetHeight" (numbers) and "ToldInterruption" (text, two numbers). Functions whose result
+// is a DWORD return 0 or a system error code.
 #pragma once
 
 #include <cstdint>
@@ -30,10 +30,12 @@ DWORD StoreHistoryLimits(const HistoryLimits& limits);
 bool LoadShowSources();
 DWORD StoreShowSources(bool shows);
 
-// What the list of the main window shows beside the usual.
+// What the main window shows beside the usual.
 struct BrowserChoices {
     std::uint32_t securityColumns = 0;  // as SecurityColumns::Choose takes them
     bool showsDotNames = false;
+    bool showsFolderTree = false;
+    std::uint32_t folderTreeWidth = 0;  // logical pixels; 0: the usual width
 
     friend bool operator==(const BrowserChoices&, const BrowserChoices&) = default;
 };

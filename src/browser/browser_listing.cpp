@@ -102,6 +102,7 @@ void BrowserView::RefreshList() {
 }
 
 void BrowserView::RefreshList(const std::vector<std::string>& made) {
+    if (folderTree != nullptr) folderTree->Refresh();
     const std::vector<std::string> selected = SelectedNames();
     const int focusedRow = list.GetFocusedRow();
     const std::string focusedName = list.GetItemText(focusedRow, kNameColumn);
@@ -159,6 +160,7 @@ void BrowserView::ShowLocation(const RowSource& source) {
     const std::string folder = source.Folder();
     const std::string hostPath = folder.empty() ? "" : VisibleText(HostPathFromPath(folder));
     if (statusBar != nullptr) statusBar->SetPaneText(kHostPathPane, hostPath);
+    if (folderTree != nullptr) folderTree->Follow({source.Kind(), folder});
 }
 
 // ---- The status bar. No message loop runs while a folder is read, so its texts are painted at once. ----

@@ -7,8 +7,10 @@
 #include "browser/list_presentation.h"
 #include "browser/share_rows.h"
 #include "browser/shell_items.h"
+#include "framework/frame_window.h"
 #include "platform/api/files.h"
 #include "platform/host_path.h"
+#include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -129,6 +131,18 @@ void BrowserView::OpenSelected() {
     else if (!OpenByShell(nullptr, name))
         ShowErrorBox(GetSafeHwnd(), ("Error: cannot open \"" + name + '"').c_str());
     list.RedrawWindow();
+}
+
+bool BrowserView::ShowPlace(const TreePlace& place) {
+    if (IsShowing(place.kind) && Rows().Folder() == place.folder) return true;
+    if (IsShowing(PlaceKind::kShares) || place.kind == PlaceKind::kShares) {
+        if (CFrameWnd* frame = Frame()) frame->RunCommand(ID_SHOW_SHARES);  // and back
+        if (place.kind == PlaceKind::kShares || IsShowing(PlaceKind::kShares)) return IsShowing(place.kind);
+    }
+    if (place.kind == PlaceKind::kFolder)
+        return Rows().Folder() == place.folder || GoTo(RowsOf(place.folder));
+    if (!IsShowing(PlaceKind::kDrives)) GoToRoot();
+    return true;
 }
 
 void BrowserView::OpenFolderRow(const std::string& name) {

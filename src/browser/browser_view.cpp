@@ -66,6 +66,7 @@ const MessageMap& BrowserView::GetMessageMap() const {
                                    {IDP_FIRST_SECURITY_COLUMN, IDP_LAST_SECURITY_COLUMN, Notify::kCommand,
                                     &BrowserView::OnSecurityColumn},
                                    {ID_VIEW_DOT_NAMES, Notify::kCommand, &BrowserView::OnDotNames},
+                                   {ID_VIEW_FOLDER_TREE, Notify::kCommand, &BrowserView::OnFolderTree},
                                });
     return kMap;
 }
@@ -111,8 +112,8 @@ void BrowserView::SetViewModeObserver(std::function<void(std::uint32_t viewMode)
     viewModeChosen = std::move(chosen);
 }
 
-void BrowserView::OnSize(Size client) {
-    list.MoveWindow({0, 0, client.cx, client.cy});
+void BrowserView::OnSize(Size /*client*/) {
+    LayOutPanes();
 }
 
 void BrowserView::OnSetFocus() {
@@ -327,6 +328,7 @@ void BrowserView::OnDotNames() {
 
 void BrowserView::SetDotNames(DotNames names) {
     dotNames = names;
+    if (folderTree != nullptr) folderTree->SetDotNames(names);
     if (CMenu menu = ViewMenu()) menu.CheckByPosition(kDotNamesEntry, names == DotNames::kListed);
 }
 

@@ -12,10 +12,12 @@
 #include "browser/browser_history.h"
 #include "browser/file_commands.h"
 #include "browser/folder_rows.h"
+#include "browser/folder_tree.h"
 #include "browser/row_images.h"
 #include "browser/security_columns.h"
 #include "framework/list_ctrl.h"
 #include "framework/menu.h"
+#include "framework/splitter.h"
 
 namespace permora {
 
@@ -26,9 +28,10 @@ class CStatusBar;
 // The message of a command for which nothing is selected.
 inline constexpr const char* kSelectItems = "Please, select items to work with them.";
 
-class BrowserView : public CWnd {
+class BrowserView : public CWnd, private TreeOwner {
   public:
     static constexpr unsigned int kListId = 0;  // the list has no number of its own
+    static constexpr int kUsualTreeWidth = 200;
 
     // Registers the clipboard format; ends the process when that cannot be.
     BrowserView();
@@ -49,7 +52,7 @@ class BrowserView : public CWnd {
 
     // Shows the same location again, with the focus on the row that had it and the same rows selected. If the
     // folder is gone, shows the nearest one above it and a message. Any other failure is reported.
-    void RefreshList();
+    void RefreshList() override;
     // The same after objects were made, which are selected. If the list shows none of them, the selection
     // stays.
     void RefreshList(const std::vector<std::string>& made);
@@ -66,7 +69,7 @@ class BrowserView : public CWnd {
 
     // Nothing happens at the ends of the history, and no message reports a failure.
     void MoveInHistory(HistoryStep step);
-    void GoUp();
+    void GoUp() override;
     void GoToRoot();  // to the drives
     // To the typed path; relative paths begin at the folder shown.
     void GoToLocation(const std::string& text);
@@ -97,7 +100,14 @@ class BrowserView : public CWnd {
     // From the next listing on, with the check mark in the frame's menu.
     void SetDotNames(DotNames names);
     DotNames GetDotNames() const { return dotNames; }
-    // `chosen` is called after the user has chosen one of them.
+    // The tree of folders at the side, with the check mark in the frame's menu. `width` is in logical pixels;
+    // a narrow window shows less of it, or nothing.
+    void ShowFolderTree(bool shows, int width);
+    bool ShowsFolderTree() const { return folderTree != nullptr; }
+    int TreeWidth() const { return treeWidth; }
+    // `edit` opens the security editor on a folder of the tree, by its full path.
+    void SetFolderEditor(std::function<void(const std::string& path)> edit) { editFolder = std::move(edit); }
+    // `chosen` is called after the user has chosen one of these.
     void SetChoiceObserver(std::function<void()> chosen) { choiceMade = std::move(chosen); }
 
   protected:
@@ -113,6 +123,15 @@ class BrowserView : public CWnd {
     CMenu ViewMenu() const;
     void EnableContextCommands(CMenu& menu) const;
     void ChangeView(ListView mode);
+
+    // The tree at the side.
+    void LayOutPanes();
+    void SetTreeWidth(int width);
+    bool ShowPlace(const TreePlace& place) override;
+    void LeaveTree() override { list.SetFocus(); }
+    void WidenTree(int pixels) override;
+    void EditFolder(const std::string& path) override;
+    void OnFolderTree();
 
     // Listing.
     Outcome Fill(RowSource& source);  // which is open
@@ -159,6 +178,10 @@ class BrowserView : public CWnd {
     std::unique_ptr<RowSource> aside;     // shown in its place: the shares; null: nothing
     BrowserHistory history;
     FileCommands commands{*this};
+    std::unique_ptr<FolderTree> folderTree;  // null: not shown
+    CSplitter splitter;
+    int treeWidth = kUsualTreeWidth;
+    std::function<void(const std::string& path)> editFolder;
     RowIcons rowIcons = RowIcons::kOwn;
     DotNames dotNames = DotNames::kLeftOut;
     std::function<void(std::uint32_t viewMode)> viewModeChosen;

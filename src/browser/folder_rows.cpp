@@ -38,10 +38,6 @@ class FolderSearch {
     DWORD error = ERROR_SUCCESS;
 };
 
-bool IsListed(std::string_view name, DotNames dots) {
-    return !name.starts_with('.') || (dots == DotNames::kListed && name != "." && name != "..");
-}
-
 bool IsFolder(const WIN32_FIND_DATAA& found) {
     return (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
@@ -74,7 +70,7 @@ Outcome ListPass(bool wantsFolders, const RowOptions& options, Row& row, RowRece
     FolderSearch search;
     WIN32_FIND_DATAA found{};
     while (search.Next(found)) {
-        if (!IsListed(found.cFileName, options.dots) || IsFolder(found) != wantsFolders) continue;
+        if (!IsListedName(found.cFileName, options.dots) || IsFolder(found) != wantsFolders) continue;
         row.name = found.cFileName;
         row.image = options.icons == RowIcons::kOwn ? OwnIconIndex(found) : kShellImage;
         if (options.detail == RowDetail::kAll) {
@@ -89,6 +85,10 @@ Outcome ListPass(bool wantsFolders, const RowOptions& options, Row& row, RowRece
 }
 
 }  // namespace
+
+bool IsListedName(std::string_view name, DotNames dots) {
+    return !name.starts_with('.') || (dots == DotNames::kListed && name != "." && name != "..");
+}
 
 bool IsFolderGone(const std::string& path) {
     const DWORD attributes = GetFileAttributesA(path.c_str());

@@ -1,9 +1,14 @@
 // The contents of one folder as rows of the browser.
 #pragma once
 
+#include <string_view>
+
 #include "browser/row_source.h"
 
 namespace permora {
+
+// Whether a listing of a folder has an entry of that name.
+bool IsListedName(std::string_view name, DotNames dots);
 
 // Whether the path leads to no folder any more. A folder that merely does not answer is not gone.
 bool IsFolderGone(const std::string& path);

@@ -104,7 +104,8 @@ TEST_F(SettingsStore, TheLimitsOfTheHistoryAreKeptAndUsualWhereTheyAreNoNumbers)
 
 TEST_F(SettingsStore, TheChoicesForTheListAreKept) {
     EXPECT_EQ(LoadBrowserChoices(), BrowserChoices());
-    const BrowserChoices own = {.securityColumns = 9, .showsDotNames = true};
+    const BrowserChoices own = {
+        .securityColumns = 9, .showsDotNames = true, .showsFolderTree = true, .folderTreeWidth = 250};
     ASSERT_EQ(StoreBrowserChoices(own), ERROR_SUCCESS);
     EXPECT_EQ(LoadBrowserChoices(), own);
 }

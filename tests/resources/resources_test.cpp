@@ -205,7 +205,7 @@ TEST(Resources, EveryNumberHasAResourceAndEveryResourceAName) {
     strings.erase(ID_WEB_SITE);  // the one command without a prompt
     EXPECT_EQ(Keys(Resources().strings), strings);
 
-    std::set<std::uint16_t> controls = {IDC_PREVIEW};  // a button that the sheet makes
+    std::set<std::uint16_t> controls = {IDC_PREVIEW, IDC_FOLDER_TREE};  // made without a template
     for (const auto& entry : Resources().dialogs) {
         for (const ControlTemplate& control : entry.second.controls) {
             const auto id = static_cast<std::uint16_t>(control.id);
@@ -342,9 +342,10 @@ TEST(Menus, HaveTheEntriesThatTheProgramFindsByPosition) {
     };
     EXPECT_THAT(commandsOf(0), ::testing::Contains(ID_NEW_FOLDER));
     EXPECT_THAT(commandsOf(1), ::testing::Contains(ID_SHOW_SHARES));
-    EXPECT_THAT(commandsOf(2), ::testing::ElementsAre(::testing::_, ::testing::_, ID_VIEW_OWN_ICONS, 0,
-                                                      ID_VIEW_ICONS, ID_VIEW_SMALL_ICONS, ID_VIEW_LIST,
-                                                      ID_VIEW_DETAILS, 0, 0, ID_VIEW_DOT_NAMES));
+    EXPECT_THAT(commandsOf(2),
+                ::testing::ElementsAre(::testing::_, ::testing::_, ID_VIEW_OWN_ICONS, 0, ID_VIEW_ICONS,
+                                       ID_VIEW_SMALL_ICONS, ID_VIEW_LIST, ID_VIEW_DETAILS, 0, 0,
+                                       ID_VIEW_DOT_NAMES, ID_VIEW_FOLDER_TREE));
     EXPECT_EQ(Resources().menus.at(IDR_CONTEXT_MENUS).size(), 2U);
 }
 
