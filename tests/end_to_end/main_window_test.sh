@@ -114,6 +114,20 @@ Keys Escape
 ExpectTold "text|Location|editable|C:${data//\//.}"
 ExpectTold "list|C:${data//\//.}|focused|"
 
+# The tree of folders follows the list and leads it.
+Step "folder-tree" Keys alt+v f
+Keys shift+Tab
+ExpectTold "table cell|${data##*/}|focused,selected|"
+Step "tree-opened" Keys Right
+ExpectTold 'table cell|Alpha||'
+Keys Down
+WaitForFolder "$data/Alpha"
+Keys Up
+WaitForFolder "$data"
+Keys Return
+ExpectTold "list|C:${data//\//.}|focused|"
+Step "folder-tree-gone" Keys alt+v f
+
 OpenDialog "Permora Settings" Keys alt+f s
 ClickInTemplate 238 166 125 41 # "Show tool tips"
 CloseDialog "Permora Settings" "$window" Keys Return
