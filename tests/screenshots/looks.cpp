@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
-#include <vector>
+#include <utility>
 
 #include "framework/qt/application.h"
 #include "framework/qt/widget.h"
@@ -104,7 +104,7 @@ void Save(QWidget& widget, const std::string& name, const Series& series) {
     std::exit(EXIT_FAILURE);
 }
 
-int TakeInLooks(int argumentCount, char** arguments, int ownArguments,
+int TakeInLooks(int argumentCount, char** arguments, int ownArguments, std::vector<std::string> usualLooks,
                 const std::function<void(const Series&)>& take) {
     const int folderIndex = ownArguments + 1;
     if (argumentCount <= folderIndex) {
@@ -116,8 +116,7 @@ int TakeInLooks(int argumentCount, char** arguments, int ownArguments,
     const std::string folder = std::filesystem::absolute(arguments[folderIndex]);
     std::filesystem::create_directories(folder);
     std::vector<std::string> looks(arguments + folderIndex + 1, arguments + argumentCount);
-    if (looks.empty())
-        looks = {"light", "dark", "contrast", "light-16pt", "light-rtl", "light-x2", "dark-x2"};
+    if (looks.empty()) looks = std::move(usualLooks);
     bool allTaken = true;
     for (const std::string& look : looks)
         allTaken = TakeInChild({folder, look}, take) && allTaken;

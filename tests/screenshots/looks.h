@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace permora {
 
@@ -27,10 +28,10 @@ inline constexpr int kMillisecondsToShow = 60;
 // Writes "<name>-<look>.png". Ends the program when that fails.
 void Save(QWidget& widget, const std::string& name, const Series& series);
 
-// What a program does whose arguments are the folder for its pictures and the looks, which have defaults:
-// runs `take` once for each look, in a process of its own, with the toolkit started. `ownArguments` come
-// before them. The program's exit code.
-int TakeInLooks(int argumentCount, char** arguments, int ownArguments,
+// What a program does whose arguments are the folder for its pictures and the looks, or none for
+// `usualLooks`: runs `take` once for each look, in a process of its own, with the toolkit started.
+// `ownArguments` come before them. The program's exit code.
+int TakeInLooks(int argumentCount, char** arguments, int ownArguments, std::vector<std::string> usualLooks,
                 const std::function<void(const Series&)>& take);
 
 }  // namespace permora

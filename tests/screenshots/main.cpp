@@ -171,5 +171,7 @@ void TakePictures(const Series& series) {
 }  // namespace permora
 
 int main(int argumentCount, char** arguments) {
-    return permora::TakeInLooks(argumentCount, arguments, 0, permora::TakePictures);
+    return permora::TakeInLooks(argumentCount, arguments, 0,
+                                {"light", "dark", "contrast", "light-16pt", "light-x2", "dark-x2"},
+                                permora::TakePictures);
 }

@@ -20,7 +20,6 @@
 
 #include "app/main_app.h"
 #include "app/settings_store.h"
-#include "framework/native.h"
 #include "framework/qt/list_widget.h"
 #include "framework/qt/widget.h"
 #include "history/history.h"
@@ -64,12 +63,15 @@ bool RecordChange() {
 // What a modal window shows that `command` opens, and then `use` has it.
 void TakeDialog(CMainFrame& frame, unsigned int command, const std::string& name, const Series& series,
                 const std::function<void(QWidget&)>& use) {
-    PostLater(10 * kMillisecondsToShow, [&] {
+    QTimer timer;  // goes where none was opened
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
         QWidget* window = QApplication::activeModalWidget();
         if (window == nullptr) return;
         Save(*window, name, series);
         use(*window);
     });
+    timer.start(10 * kMillisecondsToShow);
     frame.RunCommand(command);
 }
 
@@ -84,7 +86,7 @@ void TakeResults(CMainFrame& frame, unsigned int command, const std::string& nam
             account->setText(QStringLiteral("Everyone"));
         ClickOk(dialog);
     });
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < 5; ++i)
         ServeEvents();
     for (QWidget* window : QApplication::topLevelWidgets()) {
         if (!window->isVisible() || window == qt::WidgetOf(frame)->window()) continue;
@@ -133,7 +135,8 @@ void TakePictures(const Series& series) {
     TakeDialog(frame, ID_PERMISSIONS, "editor", series, [](QWidget& dialog) { dialog.close(); });
     frame.RunCommand(ID_GO_TO_ROOT);
     TakeViews(frame, "drives", series);
-    frame.RunCommand(ID_SHOW_SHARES);
+    // A machine whose shares cannot be asked for says so.
+    TakeDialog(frame, ID_SHOW_SHARES, "shares-refused", series, [](QWidget& box) { box.close(); });
     TakeViews(frame, "shares", series);
 }
 
@@ -141,5 +144,5 @@ void TakePictures(const Series& series) {
 }  // namespace permora
 
 int main(int argumentCount, char** arguments) {
-    return permora::TakeInLooks(argumentCount, arguments, 1, permora::TakePictures);
+    return permora::TakeInLooks(argumentCount, arguments, 1, {"light", "dark"}, permora::TakePictures);
 }
