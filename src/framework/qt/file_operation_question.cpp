@@ -15,10 +15,10 @@
 
 #include "framework/file_operation_ids.h"
 #include "framework/file_operation_texts.h"
-#include "platform/file_operation_pace.h"
 #include "framework/qt/elided_label.h"
 #include "framework/qt/widget.h"
 #include "platform/api/messages.h"
+#include "platform/file_operation_pace.h"
 
 namespace permora::qt {
 namespace {
