@@ -42,15 +42,17 @@ TEST_F(ShredTest, NothingIsTouchedWithoutConsent) {
     EXPECT_THAT(piped.output, HasSubstr("--yes"));
     if (const std::string reason = MissingProgram("script"); !reason.empty()) GTEST_SKIP() << reason;
     const auto onTerminal = [this](const char* answer) {
-        return RunCommand({"script", "-qec", '\'' + CliPath() + "' shred '" + top + "'", "/dev/null"},
-                          answer);
+        return RunCommand(
+            {"script", "-qec", "stty cols 80; '" + CliPath() + "' shred '" + top + "'", "/dev/null"}, answer);
     };
     const CommandResult refused = onTerminal("no\n");
     EXPECT_EQ(refused.exitCode, 2);
     EXPECT_THAT(refused.output, HasSubstr("  " + top));
     EXPECT_THAT(refused.output, HasSubstr("nothing was deleted"));
     EXPECT_TRUE(IsWhole());
-    EXPECT_EQ(onTerminal("yes\n").exitCode, 0);
+    const CommandResult accepted = onTerminal("yes\n");
+    EXPECT_EQ(accepted.exitCode, 0);
+    EXPECT_THAT(accepted.output, HasSubstr("Counting: "));
     EXPECT_FALSE(std::filesystem::exists(top));
 }
 
