@@ -164,8 +164,9 @@ class Walk:
         self.reached = []
 
     def unreached(self):
-        """What is chosen on the way may enable others."""
-        return [each for each in self.inputs if each not in self.reached and has_state(each, "enabled")]
+        """What is chosen on the way may enable others, and what ends may hide some."""
+        usable = [each for each in self.inputs if has_state(each, "enabled") and has_state(each, "visible")]
+        return [each for each in usable if each not in self.reached]
 
     def focused(self):
         found = [each for each in self.inputs if has_state(each, "focused")]

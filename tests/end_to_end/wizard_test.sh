@@ -117,6 +117,7 @@ OpenDialog "Secure deletion" Keys Return
 CloseDialog "Secure deletion" "$sheet" Keys alt+y
 WaitUntil "the deletion" test ! -e "$folder/Old/draft"
 Picture "deleted"
+ExpectTold 'push button|Failures...||' # at the end
 ExpectTold 'list item|.*kept.*|.*'
 Judge "Security Wizard"
 OpenDialog "What happened" Keys alt+i
