@@ -146,7 +146,7 @@ QAccessibleInterface* MakeListAccessible(const QString& /*className*/, QObject* 
     return widget != nullptr && widget->List() != nullptr ? new ListAccessible(*widget) : nullptr;
 }
 
-void Notify(ListWidget& widget, QAccessible::Event type, int row) {
+void TellReaders(ListWidget& widget, QAccessible::Event type, int row) {
     if (!QAccessible::isActive() || !widget.List()->Rows().Has(row)) return;
     QAccessibleEvent event(&widget, type);
     event.setChild(row);
@@ -179,7 +179,7 @@ void NotifyStateChanged(ListWidget& widget, int row) {
 }
 
 void NotifyFocusRow(ListWidget& widget, int row) {
-    if (widget.hasFocus()) Notify(widget, QAccessible::Focus, row);
+    if (widget.hasFocus()) TellReaders(widget, QAccessible::Focus, row);
 }
 
 }  // namespace permora::qt
