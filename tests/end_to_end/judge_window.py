@@ -20,9 +20,11 @@ PATIENCE = float(os.environ.get("PERMORA_PATIENCE", 60))  # seconds
 INPUTS = {"push button", "check box", "radio button", "text", "combo box", "list", "tree", "page tab list"}
 # What is read with the control that it is in.
 PARTS = {"list item", "tree item", "page tab", "menu item"}
-# They only hold others; the unknown one is the grip of a status bar, for which the toolkit has no word.
-HOLDERS = {"filler", "panel", "layered pane", "tool bar", "menu bar", "status bar", "unknown"}
+# They only hold others, or move what is held; the unknown one is the grip of a status bar, for which the toolkit has no word.
+HOLDERS = {"filler", "panel", "layered pane", "tool bar", "menu bar", "status bar", "scroll bar", "unknown"}
 READ_ONLY = {"label", "icon", "image", "progress bar"}
+# Can be used beside all others.
+NOT_MODAL = {"Permora Help"}
 # Lists of lines of text.
 WITH_BLANK_LINES = {"Deletion status"}
 
@@ -128,8 +130,8 @@ def judge_thing(thing):
 def judge_all(window, things, role, page):
     if window.get_role_name() != role:
         faults.append(f"the window is a {window.get_role_name()}")
-    if role == "dialog" and not has_state(window, "modal"):
-        faults.append("the window is not modal")
+    if role == "dialog" and has_state(window, "modal") == (window.get_name() in NOT_MODAL):
+        faults.append("the window is modal, or should be")
     for thing in things:
         judge_thing(thing)
     tabs = [each.get_name() for each in things if each.get_role_name() == "page tab" and has_state(each, "selected")]
