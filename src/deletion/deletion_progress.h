@@ -38,8 +38,8 @@ class DeletionProgress {
 
     void Overwritten(ULONGLONG bytes);
     void Deleted();
-    // The next item is done with, whatever has become of it: what could not be deleted does not count as
-    // left.
+    // The next item is done with, whatever has become of it: from now on, what could not be deleted does not
+    // count as left.
     void EndItem();
 
     // The deletion waits for its user; that time does not count. GoOn ends it.

@@ -40,6 +40,7 @@ const std::string& ItemSizes::FolderOf(const RememberedObject& item) {
 }
 
 std::optional<DeletionSize> ItemSizes::Measure(const RememberedObject& item, const Observer& observer) {
+    if (item.Error() != ERROR_SUCCESS) return DeletionSize();  // nothing of it will be deleted
     const std::string& folder = FolderOf(item);
     if (item.Start() && folder.empty()) return std::nullopt;
     Measuring measuring(item, observer);

@@ -73,6 +73,7 @@ class FileDeletion {
         if (outcome.IsDone()) outcome = {held.ListNamedStreams(streams), Step::kOpenFile};
         for (const std::string& stream : streams)
             if (outcome.IsDone()) outcome = OverwriteStream(stream);
+        isMain = true;
         return outcome.IsDone() ? OverwriteAndClose(std::move(file)) : outcome;
     }
 
@@ -145,7 +146,7 @@ class FileDeletion {
         LONGLONG next = 0;  // where the next sector would be written
         LONGLONG reported = 0;
         const auto report = [&](LONGLONG end) {
-            host.Overwritten(static_cast<ULONGLONG>(end - reported));
+            if (isMain) host.Overwritten(static_cast<ULONGLONG>(end - reported));
             reported = end;
         };
         for (FileRange range; range.end < size;) {
@@ -188,6 +189,7 @@ class FileDeletion {
     SizeFunction readSize;
     FileHandle held;
     bool isSecluded = false;
+    bool isMain = false;  // what is overwritten now: the contents, and no named stream
     DWORD sectorBytes = 0;
 };
 

@@ -48,7 +48,8 @@ class SecureDeleteHost {
     virtual void BeginDeleting(const std::string& /*name*/) {}
     // The latest entry has been deleted.
     virtual void Deleted(const std::string& /*name*/) {}
-    // So many further bytes of the contents of a file are overwritten, or have no place on the disk.
+    // So many further bytes of the contents of a file, its named streams aside, are overwritten, or have no
+    // place on the disk.
     virtual void Overwritten(ULONGLONG /*bytes*/) {}
     // An object stays, named by its bare name, and the run continues with the next one. Without a name, no
     // object failed: a service of the system is missing, or a file cannot be closed.

@@ -54,6 +54,10 @@ TEST_F(ShredTest, NothingIsTouchedWithoutConsent) {
     EXPECT_EQ(accepted.exitCode, 0);
     EXPECT_THAT(accepted.output, HasSubstr("Counting: "));
     EXPECT_FALSE(std::filesystem::exists(top));
+    const CommandResult nothing =
+        RunCommand({"script", "-qec", CliPath() + " shred --yes / /gone/x", "/dev/null"});
+    EXPECT_EQ(nothing.exitCode, 1) << nothing.output;
+    EXPECT_THAT(nothing.output, HasSubstr("it is a drive"));
 }
 
 TEST_F(ShredTest, WhatIsSwappedWhileTheQuestionStandsIsNotReached) {
