@@ -5,22 +5,36 @@
 
 namespace permora {
 
+// The objects that hold another one come before it in the order of their paths.
+const NestedTargets::Known* NestedTargets::Around(const std::string& path) const {
+    for (std::size_t end = path.find('\\'); end != path.npos; end = path.find('\\', end + 1))
+        for (const std::size_t length : {end, end + 1})  // a drive's path ends with the separator
+            if (const auto found = known.find(path.substr(0, length)); found != known.end()) return &*found;
+    const auto same = known.find(path);
+    return same != known.end() ? &*same : nullptr;
+}
+
+const NestedTargets::Known* NestedTargets::Within(const std::string& path) const {
+    const auto first = known.lower_bound(path.ends_with('\\') ? path : path + '\\');
+    return first != known.end() && IsAtOrBelow(first->first, path) ? &*first : nullptr;
+}
+
 void NestedTargets::Add(const Target& target, const HeldObject& object, ConsoleMessages& messages) {
     ChangedTop top;
     if (isSaid || object.FindTop(top) != ERROR_SUCCESS) return;
-    for (const auto& [path, argument] : known) {
-        const bool isBelow = IsAtOrBelow(top.path, path);
-        isSaid = isBelow || IsAtOrBelow(path, top.path);
-        if (!isSaid) continue;
-        messages.SetSubject(isBelow ? target.argument : argument);
-        messages.Say(
-            "is in " + PrintableText(isBelow ? argument : target.argument) +
-            ", which is named, too: this dry run judges and counts each of them by what is there now, "
-            "and not by what the other would leave");
-        messages.SetSubject(target.argument);
+    const Known* const around = Around(top.path);
+    const Known* const other = around != nullptr ? around : Within(top.path);
+    if (other == nullptr) {
+        known.emplace(std::move(top.path), target.argument);
         return;
     }
-    known.emplace_back(std::move(top.path), target.argument);
+    isSaid = true;
+    messages.SetSubject(around != nullptr ? target.argument : other->second);
+    messages.Say((other->first == top.path ? "is " : "is in ") +
+                 PrintableText(around != nullptr ? other->second : target.argument) +
+                 ", which is named, too: this dry run judges and counts each of them by what is there now, "
+                 "and not by what the other would leave");
+    messages.SetSubject(target.argument);
 }
 
 }  // namespace permora

@@ -1,9 +1,9 @@
 // Objects of a dry run that stand below each other.
 #pragma once
 
+#include <map>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "cli/messages.h"
 #include "cli/target.h"
@@ -18,8 +18,11 @@ class NestedTargets {
     void Add(const Target& target, const HeldObject& object, ConsoleMessages& messages);
 
   private:
-    std::vector<std::pair<std::string, std::string>>
-        known;  // paths as FindTop has them, and as they were typed
+    using Known = std::pair<const std::string, std::string>;
+    const Known* Around(const std::string& path) const;
+    const Known* Within(const std::string& path) const;
+
+    std::map<std::string, std::string> known;  // paths as FindTop has them, and as they were typed
     bool isSaid = false;
 };
 

@@ -47,6 +47,7 @@ class OwnerCommand : public ObjectCommand {
     Recording recording{*this};
     std::vector<Target> folders;
     std::optional<ChangeForesight> foresight;  // of a dry run
+    NestedTargets nested;                      // of a dry run of trees
 };
 
 std::optional<ObjectCommand::PlannedChange> OwnerCommand::Plan() {
@@ -71,6 +72,7 @@ bool OwnerCommand::Do(const Target& target) {
     if (!FindTarget(target, object, messages)) return false;
     if (object.IsFolder()) folders.push_back(target);
     if (dryRun) {
+        if (tree) nested.Add(target, object, messages);
         if (!foresight) foresight.emplace(messages);
         foresight->Add(target, object, {OWNER_SECURITY_INFORMATION, {.owner = newOwner.Account().RawSid()}});
         return true;
@@ -87,7 +89,6 @@ bool OwnerCommand::Do(const Target& target) {
 // have taken long. False when one was not found.
 bool OwnerCommand::SetTrees(TreeCounts& counts) {
     TreeProgress progress(Progress::kShown, PassedOver::kNamed, messages);
-    NestedTargets nested;
     bool allFound = true;
     for (const Target& target : folders) {
         if (IsInterrupted() || recording.IsStopped()) break;
@@ -97,7 +98,6 @@ bool OwnerCommand::SetTrees(TreeCounts& counts) {
             allFound = false;
             continue;
         }
-        if (dryRun) nested.Add(target, folder, messages);
         progress.SetTarget(target);
         const DWORD error = folder.SetOwnersBelow(
             newOwner.Account().RawSid(), linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,
