@@ -226,8 +226,7 @@ void CPage1::Preview() {
     if (!dacl) return;
     CPreviewDlg dialog(this, CPreviewDlg::Purpose::kShow, PreviewOf(dacl.get(), ChosenBelow()));
     dialog.DoModal();
-    shown = {BytesOf(dacl.get()), ChosenInheritance(), ChosenBelow(), std::chrono::steady_clock::now(),
-             dialog.Made()};
+    shown = {BytesOf(dacl.get()), ChosenInheritance(), ChosenBelow(), dialog.MadeAt(), dialog.Made()};
 }
 
 // A preview grows old, since others change the objects, too.

@@ -60,7 +60,7 @@ class CPage1 : public AccessListPage {
         std::vector<std::uint8_t> list;
         DaclInheritance inheritance;
         BelowChange below;
-        std::chrono::steady_clock::time_point since;
+        std::chrono::steady_clock::time_point since;   // when it was made
         std::shared_ptr<const ChangePreview> preview;  // null: none
     };
     std::shared_ptr<const ChangePreview> JustShown(PACL dacl) const;

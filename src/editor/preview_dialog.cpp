@@ -53,13 +53,15 @@ void CPreviewDlg::Work() {
     if (!known && decide) {
         const ChangePreview preview = decide(*this);
         takesUnseen = preview.TakesUnseen() || preview.isStopped;
-        if (!takesUnseen) return;
+        if (preview.isStopped && !isCancelled) lines = PreviewLines(preview, AccountDisplayName);
+        if (!takesUnseen || preview.isStopped) return;
         count = 0;
     }
     const auto preview = known ? known : std::make_shared<const ChangePreview>(make(*this));
     takesUnseen = preview->TakesUnseen() || preview->isStopped;
     if (!isCancelled) lines = PreviewLines(*preview, AccountDisplayName);
     made = preview;
+    madeAt = std::chrono::steady_clock::now();
 }
 
 // One call at a time, though on several threads.

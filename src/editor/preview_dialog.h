@@ -38,6 +38,7 @@ class CPreviewDlg : public CDialog, private TreeObserver {
 
     // What was shown, once the dialog has ended; null when the preview was stopped.
     std::shared_ptr<const ChangePreview> Made() const { return made && !made->isStopped ? made : nullptr; }
+    std::chrono::steady_clock::time_point MadeAt() const { return madeAt; }
 
   protected:
     bool OnInitDialog() override;
@@ -69,6 +70,7 @@ class CPreviewDlg : public CDialog, private TreeObserver {
     CStatic* progress = nullptr;
     bool takesUnseen = false;
     std::shared_ptr<const ChangePreview> made;
+    std::chrono::steady_clock::time_point madeAt;
     std::vector<std::string> lines;
     WorkerThread worker;
 };

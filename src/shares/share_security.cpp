@@ -140,12 +140,15 @@ ChangePreview PreviewListOnShares(std::span<const std::string> names, PACL dacl,
         StoredSecurity stored;
         SecurityPreview share;
         DWORD error = ReadStoredShare(name, stored);
+        if (error == ERROR_SUCCESS && stored.form == SecurityForm::kNone)
+            error = ERROR_INVALID_SECURITY_DESCR;
         if (error == ERROR_SUCCESS) error = PreviewList(stored, dacl, share);
         if (error == ERROR_SUCCESS)
             previewing.AddShare(name, share);
         else
             previewing.AddFailure({error, Step::kNone, name});
-        if (previewing.IsStopped()) break;
+        if (previewing.IsStopped() || error != ERROR_SUCCESS)
+            break;  // those behind a failure are not written
     }
     return previewing.Preview();
 }
