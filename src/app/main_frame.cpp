@@ -11,6 +11,7 @@
 #include "browser/drive_rows.h"
 #include "browser/folder_paths.h"
 #include "browser/share_rows.h"
+#include "framework/long_work.h"
 #include "framework/resource_templates.h"
 #include "platform/accounts.h"
 #include "platform/api/errors.h"
@@ -332,14 +333,16 @@ void CMainFrame::EditItemAt(const std::string& path) {
 
 // The editor works on a name in a held folder, so that nobody can put another folder into the path while it
 // is open.
-Outcome CMainFrame::HoldItemAt(const std::string& path, Place& place) const {
+Outcome CMainFrame::HoldItemAt(const std::string& path, Place& place) {
     const std::string folder = FolderAbove(path);
     if (folder.empty()) return DriveRows().Hold({path}, place);
     if (view.IsShowing(PlaceKind::kFolder) && view.Rows().Folder() == folder)
         return view.Rows().Hold({NameInFolder(path)}, place);
     // A share's folder, or one of the tree. The separator follows it if it is a link.
     auto held = std::make_shared<FolderHandle>();
-    Outcome opened{FolderHandle::Open(folder + (folder.ends_with('\\') ? "" : "\\"), *held)};
+    Outcome opened;
+    DoLongWork(*this,
+               [&] { opened = {FolderHandle::Open(folder + (folder.ends_with('\\') ? "" : "\\"), *held)}; });
     if (opened.IsDone()) place = {PlaceKind::kFolder, std::move(held), {NameInFolder(path)}};
     return opened;
 }

@@ -91,7 +91,7 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     void EditItems(CWnd& window, const RememberedPlace& place, const std::string& name);
     void EditResults(CWnd& window, const std::vector<ResultObject>& objects) override;
     void ShowInFolder(const ResultObject& object) override;
-    Outcome HoldItemAt(const std::string& path, Place& place) const;
+    Outcome HoldItemAt(const std::string& path, Place& place);
     void OnUpdateFileCommand(Notification& notification);
     void OnUpdateSharesMode(Notification& notification);
 

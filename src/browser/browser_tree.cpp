@@ -6,6 +6,7 @@
 #include "framework/styles.h"
 #include "platform/api/shell.h"
 #include "resources/resource_ids.h"
+#include "security/message_boxes.h"
 
 namespace permora {
 namespace {
@@ -24,8 +25,10 @@ void BrowserView::ShowFolderTree(bool shows, int width) {
         folderTree = shows ? std::make_unique<FolderTree>() : nullptr;
         if (shows && (!folderTree->Create(*this, *this, dotNames) ||
                       !splitter.Create(
-                          *this, 0, [this](int left) { SetTreeWidth(left); }, [this] { choiceMade(); })))
+                          *this, 0, [this](int left) { SetTreeWidth(left); }, [this] { choiceMade(); }))) {
             folderTree.reset();
+            ShowErrorBox(GetSafeHwnd(), "Error: cannot show the folder tree");
+        }
         if (!shows && hadKeyboard) list.SetFocus();
     }
     if (CMenu menu = ViewMenu()) menu.CheckByPosition(kTreeEntry, ShowsFolderTree());

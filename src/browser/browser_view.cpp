@@ -80,7 +80,8 @@ void BrowserView::Create(CWnd& owner, unsigned int id, const std::string& comman
     contextMenu = CMenu::Load(IDR_CONTEXT_MENUS);
     if (!contextMenu) ShowErrorBox(owner.GetSafeHwnd(), "Error: cannot load menu");
 
-    if (!CreateChild(owner, {}, id) || !list.Create(*this, WS_VISIBLE | WS_TABSTOP | LVS_ICON, {}, kListId) ||
+    if (!CreateChild(owner, {}, id) ||
+        !list.Create(*this, WS_VISIBLE | WS_TABSTOP | LVS_ICON | LVS_SHOWSELALWAYS, {}, kListId) ||
         !images.Rebuild(list, {}))
         ShowFatalErrorBox(owner.GetSafeHwnd(), "Error: cannot initialize main window");
     int column = 0;

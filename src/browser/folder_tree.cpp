@@ -133,7 +133,8 @@ void FolderTree::Lead(TreeItem item) {
 // ---- Notifications ----
 
 // A user who passes over items by keyboard does not want to see each folder.
-void FolderTree::OnSelected(Notification& /*notification*/) {
+void FolderTree::OnSelected(Notification& notification) {
+    if (notification.row != tree.GetSelectedItem()) return;  // the browser has gone elsewhere meanwhile
     constexpr std::chrono::milliseconds kPause(250);
     isSeeking = false;
     leadLater.Start(kPause, [this] { Lead(tree.GetSelectedItem()); });
@@ -229,10 +230,11 @@ void FolderTree::CloseFolder(TreeItem item) {
     Stop(found->second);
     opened.erase(found);
     isSeeking = false;
-    TreeItem above = tree.GetSelectedItem();
+    const TreeItem selected = tree.GetSelectedItem();
+    TreeItem above = selected;
     while (above != item && above != kNoTreeItem)
         above = tree.Items().Parent(above);
-    const bool hadSelection = above == item;
+    const bool hadSelection = above == item && selected != item;
     if (hadSelection) tree.SelectItem(item);
     DeleteChildren(item, 0, tree.Items().Count(item));
     if (hadSelection) Lead(item);

@@ -19,7 +19,7 @@ class DriveReceiver : public RowReceiver {
         : images(source.Images()), drives(receiving) {}
     bool Add(const Row& row) override {
         const std::string& label = row.more.front();
-        drives.push_back({row.name, label.empty() ? row.name : row.name + " (" + label + ')',
+        drives.push_back({label.empty() ? row.name : row.name + " (" + label + ')',
                           images[static_cast<std::size_t>(row.image)]});
         return true;
     }
@@ -47,7 +47,7 @@ void Subfolders::Read() {
     HANDLE search = FindFirstFileA((folder + (folder.ends_with('\\') ? "*" : "\\*")).c_str(), &entry);
     bool isThere = search != INVALID_HANDLE_VALUE;
     while (isThere && !isStopped) {
-        if (IsSubfolder(entry, dots)) found.push_back({entry.cFileName, entry.cFileName, IDI_FOLDER});
+        if (IsSubfolder(entry, dots)) found.push_back({entry.cFileName, IDI_FOLDER});
         isThere = FindNextFileA(search, &entry) != FALSE;
     }
     const DWORD reason = isThere ? ERROR_SUCCESS : GetLastError();

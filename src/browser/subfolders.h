@@ -10,7 +10,6 @@
 namespace permora {
 
 struct Subfolder {
-    std::string name;       // of a drive its root ("C:\")
     std::string text;       // as the tree shows it
     unsigned int icon = 0;  // resource
 };
@@ -19,7 +18,7 @@ struct Subfolder {
 struct Subfolders {
     std::string folder;  // full path; empty: the drives
     DotNames dots = DotNames::kLeftOut;
-    std::atomic<bool> isStopped = false;  // any thread: Read returns soon, unless the volume hangs
+    std::atomic<bool> isStopped = false;  // any thread: no further entry is looked at
 
     // Fills these in. A link to a folder counts as one, and is not followed.
     void Read();

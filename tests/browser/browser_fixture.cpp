@@ -2,6 +2,9 @@
 
 #include <unistd.h>
 
+#include <functional>
+#include <mutex>
+
 #include "platform/api/directory_search.h"
 #include "platform/api/errors.h"
 #include "platform/api/shell.h"
@@ -38,13 +41,21 @@ const MessageMap& BrowserFrame::GetMessageMap() const {
     return kMap;
 }
 
-BrowserTest::BrowserTest() {
+std::mutex faultsGuard;
+
+// The threads that read folders for the tree may be at work still.
+void BrowserTest::Reset() {
+    const std::lock_guard lock(faultsGuard);
     TheFaults() = {};
+}
+
+BrowserTest::BrowserTest() {
+    Reset();
     EXPECT_TRUE(host::PinDrive('T', folder.Path()));
 }
 
 BrowserTest::~BrowserTest() {
-    TheFaults() = {};
+    Reset();
     host::PinDrive('T', "");
     EXPECT_EQ(chdir("/"), 0);
 }
@@ -86,7 +97,12 @@ HANDLE __real_FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data);
 BOOL __real_FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data);
 
 HANDLE __wrap_FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
-    if (TheFaults().onSearch) TheFaults().onSearch();
+    std::function<void()> onSearch;
+    {
+        const std::lock_guard lock(permora::test::faultsGuard);
+        onSearch = TheFaults().onSearch;
+    }
+    if (onSearch) onSearch();
     return __real_FindFirstFileA(pattern, data);
 }
 

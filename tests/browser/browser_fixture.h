@@ -48,6 +48,7 @@ class BrowserFrame : public CFrameWnd {
 
 class BrowserTest : public ::testing::Test {
   protected:
+    static void Reset();
     BrowserTest();
     ~BrowserTest() override;
 

@@ -24,7 +24,8 @@ class SplitterWidget : public QWidget {
     // Comes only while a button is held.
     void mouseMoveEvent(QMouseEvent* event) override {
         if ((event->buttons() & Qt::LeftButton) == 0) return;
-        onMoved(mapToParent(event->position().toPoint()).x() - grip);
+        const QPoint moved = mapToParent(event->position().toPoint()) - QPoint(grip, 0);
+        onMoved(qt::Mirrored(*parentWidget(), QRect(moved, size())).left());
     }
     void mouseReleaseEvent(QMouseEvent* event) override {
         if (event->button() == Qt::LeftButton) onDropped();

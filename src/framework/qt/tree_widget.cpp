@@ -3,6 +3,7 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QStyledItemDelegate>
 
 #include "framework/qt/image.h"
 #include "framework/qt/list_keys.h"
@@ -10,6 +11,23 @@
 #include "framework/qt/widget.h"
 
 namespace permora::qt {
+namespace {
+
+// Keeps the direction of texts where rows go from right to left.
+class TreeDelegate : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+  protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        constexpr QChar kLeftToRight(0x200E);
+        if (option->direction == Qt::RightToLeft && !option->text.isRightToLeft())
+            option->text = kLeftToRight + option->text + kLeftToRight;
+    }
+};
+
+}  // namespace
 
 // ---- Model ----
 
@@ -72,6 +90,7 @@ QVariant TreeModel::Picture(int image) const {
 
 TreeWidget::TreeWidget(QWidget* parent) : QTreeView(parent) {
     setHeaderHidden(true);
+    setItemDelegate(new TreeDelegate(this));
     setUniformRowHeights(true);  // long trees are laid out quickly
     setEditTriggers(NoEditTriggers);
     setHorizontalScrollMode(ScrollPerPixel);

@@ -100,7 +100,7 @@ class SharedLetters {
         LetterTable letters = LettersOfMachine();
     };
     static Guarded& All() {
-        static Guarded letters;
+        static auto& letters = *new Guarded;  // outlives every thread
         return letters;
     }
 
