@@ -87,7 +87,7 @@ bool CHelpWindow::OnInitDialog() {
 bool CHelpWindow::Show(const std::string& place) {
     if (!HasWindow() && !Create()) return false;
     CPageView& page = *Page();
-    if (page.Place() != place && !page.Show(place)) return false;
+    if (!page.Show(place)) return false;
     ShowBeside();
     page.SetFocus();
     return true;

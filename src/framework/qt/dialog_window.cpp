@@ -173,6 +173,8 @@ void DialogWindow::FollowModalWindow() {
     QWindow* own = Widget().windowHandle();
     if (own == nullptr) return;
     QWindow* modal = QGuiApplication::modalWindow();
+    // A question of its own waits for it, as for any window.
+    if (modal != nullptr && own->isAncestorOf(modal, QWindow::IncludeTransients)) return;
     const QWidget* owner = Widget().parentWidget();
     QWindow* followed = modal != nullptr ? modal : owner != nullptr ? owner->windowHandle() : nullptr;
     if (own->transientParent() == followed) return;
