@@ -24,8 +24,11 @@ cli=$programs/permora-cli
 # SavePictures FOLDER saves pictures of every dialog and of the main window on the folder.
 SavePictures() {
     local pictures=$PWD/build/pictures
-    QT_QPA_PLATFORM=offscreen "$programs/permora-screenshots" "$pictures" >/dev/null 2>&1
-    (cd "$callerFolder" && "$programs/permora-window-pictures" "$1" "$pictures" >/dev/null 2>&1)
+    local log=$PWD/build/pictures.log
+    {
+        QT_QPA_PLATFORM=offscreen "$programs/permora-screenshots" "$pictures" &&
+            (cd "$callerFolder" && "$programs/permora-window-pictures" "$1" "$pictures")
+    } >"$log" 2>&1 || { cat "$log" >&2; return 1; }
     printf '\nPictures of the windows are in %s.\n' "$pictures"
 }
 

@@ -17,6 +17,13 @@
 namespace permora {
 namespace {
 
+// Of a word like "x1.5", by which the toolkit scales; empty: it is none.
+std::string FactorIn(const std::string& word) {
+    const std::string factor = word.substr(1);
+    const bool isNumber = factor.find_first_not_of("0123456789.") == factor.npos;
+    return word.starts_with('x') && isNumber && std::atof(factor.c_str()) > 0 ? factor : std::string();
+}
+
 // Shows the toolkit's windows as the words of a look say. False: one is unknown.
 bool Apply(const std::string& word, Series& series) {
     const auto number = [&](const char* unit) {
@@ -25,8 +32,10 @@ bool Apply(const std::string& word, Series& series) {
         std::string rest;
         return in >> value >> rest && value > 0 && rest == unit ? value : 0;
     };
-    if (word == "light" || word.starts_with('x')) return true;
-    if (word == "dark") {
+    if (!FactorIn(word).empty()) return true;  // the toolkit has it
+    if (word == "light") {
+        QApplication::setPalette(QApplication::style()->standardPalette());
+    } else if (word == "dark") {
         QApplication::setPalette(DarkPalette());
     } else if (word == "contrast") {
         QApplication::setPalette(ContrastPalette());
@@ -60,7 +69,8 @@ bool TakeInChild(Series series, const std::function<void(const Series&)>& take) 
         setenv("QT_QPA_PLATFORM", "offscreen", 0);  // unless a real screen is to bound the windows
         const std::vector<std::string> words = WordsOf(series.look);
         for (const std::string& word : words)
-            if (word.starts_with('x')) setenv("QT_SCALE_FACTOR", word.c_str() + 1, 1);
+            if (const std::string factor = FactorIn(word); !factor.empty())
+                setenv("QT_SCALE_FACTOR", factor.c_str(), 1);
         int argumentCount = 1;
         char name[] = "pictures";
         char* arguments[] = {name, nullptr};

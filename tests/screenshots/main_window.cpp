@@ -64,10 +64,10 @@ bool RecordChange() {
 void TakeDialog(CMainFrame& frame, unsigned int command, const std::string& name, const Series& series,
                 const std::function<void(QWidget&)>& use) {
     QTimer timer;  // goes where none was opened
-    timer.setSingleShot(true);
     QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
         QWidget* window = QApplication::activeModalWidget();
         if (window == nullptr) return;
+        timer.stop();
         Save(*window, name, series);
         use(*window);
     });
