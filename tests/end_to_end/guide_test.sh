@@ -120,10 +120,5 @@ OpenDialog "Permora Settings" Work "alt+f s" "push button|Settings"
 ExpectTold 'check box|Show tool tips|.*'
 ! Told 'check box|Show tool tips|.*checked.*' || Fail "tool tips are still shown"
 CloseDialog "Permora Settings" "$window" Cancel
-if [ "$hands" = mouse ]; then
-    Work "" "menu item|File" "menu item|Exit.*"
-    WaitForEnd
-else
-    Quit
-fi
+Leave
 EndRun

@@ -39,6 +39,7 @@ Keys Return
 WaitForDialog "Security Editor - Alpha"
 RemoveFirstEntry
 OpenDialog "What will happen" AcceptSheet
+Judge "What will happen"
 CloseDialog "Security Editor - Alpha" "$window" ApplyAllTheSame
 changed=$(Kept "$folder")
 [ "$changed" != "$before" ] || Fail "nothing was changed"

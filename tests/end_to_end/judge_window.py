@@ -14,12 +14,12 @@ import subprocess
 import sys
 import time
 
-from accessible import Atspi, children_of, content_of, has_state, windows
+from accessible import Atspi, children_of, has_state, windows
 
 PATIENCE = float(os.environ.get("PERMORA_PATIENCE", 60))  # seconds
 INPUTS = {"push button", "check box", "radio button", "text", "combo box", "list", "tree", "page tab list"}
 # What is read with the control that it is in.
-PARTS = {"list item", "tree item", "page tab", "menu item"}
+PARTS = {"list item", "table cell", "page tab", "menu item"}
 # They only hold others, or move what is held; the unknown one is the grip of a status bar, for which the toolkit has no word.
 HOLDERS = {"filler", "panel", "layered pane", "tool bar", "menu bar", "status bar", "scroll bar", "unknown"}
 READ_ONLY = {"label", "icon", "image", "progress bar"}
@@ -28,7 +28,13 @@ NOT_MODAL = {"Permora Help"}
 # Lists of lines of text.
 WITH_BLANK_LINES = {"Deletion status"}
 
-faults = []
+found_faults = []
+
+
+def fault(text):
+    """Told at once: what follows may take too long."""
+    found_fault(text)
+    print(text, flush=True)
 
 
 class Image(ctypes.Structure):
@@ -116,44 +122,44 @@ def bindings_of(thing):
 def judge_thing(thing):
     role = thing.get_role_name()
     if role not in INPUTS | PARTS | HOLDERS | READ_ONLY or role in HOLDERS and has_state(thing, "focusable"):
-        faults.append(f"{describe(thing)} has no fitting role")
+        fault(f"{describe(thing)} has no fitting role")
     says_something = role in INPUTS | PARTS or role in READ_ONLY and role != "label"
     is_blank_line = role == "list item" and thing.get_parent().get_name() in WITH_BLANK_LINES
     if says_something and not name_of(thing) and not is_blank_line:
-        faults.append(f"a {role} has no name")
+        fault(f"a {role} has no name")
     if "<qt>" in thing.get_description():
-        faults.append(f"{describe(thing)} is described in markup")
+        fault(f"{describe(thing)} is described in markup")
     if role == "text" and "Text" not in thing.get_interfaces():
-        faults.append(f"{describe(thing)} has no value")
+        fault(f"{describe(thing)} has no value")
 
 
 def judge_all(window, things, role, page):
     if window.get_role_name() != role:
-        faults.append(f"the window is a {window.get_role_name()}")
+        fault(f"the window is a {window.get_role_name()}")
     if role == "dialog" and has_state(window, "modal") == (window.get_name() in NOT_MODAL):
-        faults.append("the window is modal, or should be")
+        fault("the window is modal, or should be")
     for thing in things:
         judge_thing(thing)
     tabs = [each.get_name() for each in things if each.get_role_name() == "page tab" and has_state(each, "selected")]
     if tabs != ([page] if page else []):
-        faults.append(f"the pages shown are {tabs}")
+        fault(f"the pages shown are {tabs}")
     owners = {}
     for thing in things:
         for key in bindings_of(thing):
             if key in owners:
-                faults.append(f"{key} is {describe(thing)} and {owners[key]}")
+                fault(f"{key} is {describe(thing)} and {owners[key]}")
             owners[key] = describe(thing)
     inputs = [thing for thing in things if thing.get_role_name() in INPUTS]
     named = [describe(thing) for thing in inputs]
     for name in {name for name in named if named.count(name) > 1}:
-        faults.append(f"there are two of {name}")
+        fault(f"there are two of {name}")
     defaults = [thing for thing in inputs if has_state(thing, "is_default")]
     if len(defaults) > 1:
-        faults.append(f"several default buttons: {[describe(each) for each in defaults]}")
+        fault(f"several default buttons: {[describe(each) for each in defaults]}")
     for thing in inputs:
         if thing.get_role_name() == "push button" and has_state(thing, "focused") and role != "frame":
             if thing not in defaults:
-                faults.append(f"{describe(thing)} has the keyboard and is not the default button")
+                fault(f"{describe(thing)} has the keyboard and is not the default button")
     return inputs
 
 
@@ -180,18 +186,18 @@ class Walk:
         press(key)
         current = wait(lambda: (found := self.focused()) and found != last and found)
         if current is None:
-            faults.append(f"{key} does not lead on from {describe(last)}")
+            fault(f"{key} does not lead on from {describe(last)}")
             return None
         self.expect_change(before, current, f"one does not see that {describe(current)} has the keyboard")
         if current not in self.reached:
             self.reached.append(current)
         return current
 
-    def expect_change(self, before, thing, fault):
+    def expect_change(self, before, thing, text):
         box = Atspi.Component.get_extents(thing, Atspi.CoordType.SCREEN)
         old = self.screen.part(before, box)
         if not wait(lambda: self.screen.part(self.screen.picture(), box) != old):
-            faults.append(fault)
+            fault(text)
 
     def round(self, key, first, visit=lambda stop: stop):
         """All to which the key leads until it is back. A visit gives what has the keyboard after it."""
@@ -201,7 +207,7 @@ class Walk:
             if current is None or current == first:
                 return
             current = visit(current)
-        faults.append(f"{key} does not lead back to {describe(first)}")
+        fault(f"{key} does not lead back to {describe(first)}")
 
     def others_of_group(self, stop):
         """Those to which only the arrow keys lead."""
@@ -226,7 +232,7 @@ class Walk:
             before = self.screen.picture()
             press("Up" if first > 1 else "Down")
             if not wait(lambda: (found := focused_row(stop)) and found != first):
-                faults.append(f"the arrow keys do not lead on in {describe(stop)}")
+                fault(f"the arrow keys do not lead on in {describe(stop)}")
             self.expect_change(before, stop, f"one does not see which row of {describe(stop)} has the keyboard")
         return stop
 
@@ -235,14 +241,14 @@ class Walk:
             return
         first = wait(self.focused)
         if first is None:
-            faults.append("nothing has the keyboard, or several have")
+            fault("nothing has the keyboard, or several have")
             return
         self.rows(first)
         self.round("Tab", first, self.rows)
         if self.unreached():
             self.round("Tab", self.others_of_group(first), self.others_of_group)
         for each in self.unreached():
-            faults.append(f"the keyboard does not come to {describe(each)}")
+            fault(f"the keyboard does not come to {describe(each)}")
 
 
 def focused_row(shown):
@@ -256,7 +262,7 @@ def main(title, role="dialog", page=None):
         sys.exit("it is not active")
     things = list(below(active[0]))
     Walk(judge_all(active[0], things, role, page)).run()
-    sys.exit("\n".join(faults) or 0)
+    sys.exit(1 if found_faults else 0)
 
 
 if __name__ == "__main__":

@@ -38,12 +38,14 @@ HomeFiles() {
     find "$HOME" -mindepth 1 ! -path "$XDG_CONFIG_HOME/permora*" ! -path "$XDG_CONFIG_HOME" ! -path "$HOME/.cache*" \
         ! -path "$XDG_RUNTIME_DIR/*" | sort
 }
-# Every dialog is judged here or where it changes something, but for the walk that resets a tree, which is over too soon.
+# Every dialog is judged here or where it changes something, but for the walks that reset a tree, delete or undo,
+# which are over too soon.
 ExpectAllJudged() {
     local caption
     while read -r caption; do
-        grep -qE "(Judge|Look).* \"$caption" "$here"/*_test.sh || Fail "nobody judges \"$caption\""
-    done < <(sed -n 's/^CAPTION "\(.*\)"$/\1/p' "$here/../../src/resources/dialogs.rc" | grep -vx 'Applying settings')
+        # An alert of the same title is a message box.
+        grep -E "(Judge|Look).* \"$caption" "$here"/*_test.sh | grep -qvE 'Look alert|" alert' || Fail "nobody judges \"$caption\""
+    done < <(sed -n 's/^CAPTION "\(.*\)"$/\1/p' "$here/../../src/resources/dialogs.rc" | grep -vxE 'Applying settings|Secure deletion|Undo')
 }
 
 ExpectAllJudged
@@ -60,6 +62,9 @@ for view in i m l d; do
 done
 Step "desktop-icons" Keys alt+v u
 Judge Permora frame
+Step "folder-tree" Keys alt+v f
+Judge Permora frame
+Step "folder-tree-gone" Keys alt+v f
 
 # The editor, of one item.
 Step "select-alpha" Keys A

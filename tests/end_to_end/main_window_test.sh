@@ -140,7 +140,8 @@ Keys F5
 Settle
 Picture "before-the-end"
 place=$(Geometry)
-Quit
+Keys Escape # no dialog has just closed
+WaitForEnd
 Stored 16 1 # not maximised
 Stored 32 3 # Details
 

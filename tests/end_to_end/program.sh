@@ -130,13 +130,14 @@ Work() {
     fi
 }
 Accept() { Work Return "push button|OK"; }
+# Leave: ends the program.
+Leave() { if [ "$hands" = mouse ]; then Work "" "menu item|File" "menu item|Exit.*" && WaitForEnd; else Quit; fi; }
 Type() { xdotool type --delay 20 "$1"; } # a name, with either
 
 # Judge TITLE [ROLE [PAGE]]: whether the active window can be used without seeing it and without a mouse (judge_window.py).
 # Goes through it by the keyboard, which changes what is selected in lists. Wants StartAssistance before Start.
 Judge() {
-    local faults
-    faults=$("$here/judge_window.py" "$@" 2>&1) || Fail "\"$1\"${3:+, page $3}: $faults"
+    "$here/judge_window.py" "$@" >&2 || Fail "\"$1\"${3:+, page $3}, as told above"
 }
 
 # Measure WINDOW: its client area, into $WIDTH and $HEIGHT.

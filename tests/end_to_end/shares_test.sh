@@ -56,5 +56,5 @@ CloseDialog "Security Editor - plans" "$window" Accept
 
 Step "files-again" ToggleShares "check box"
 WaitForFolder "$folder"
-Quit
+Leave
 EndRun

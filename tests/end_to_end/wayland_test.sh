@@ -39,6 +39,5 @@ WaitUntil "Cancel to be pressed" Press "push button" Cancel
 WaitUntil "the editor to close" ToldNot 'dialog|.*'
 ExpectTold 'frame|Permora|.*|'
 kill "$programPid"
-WaitUntil "the program to end" HasEnded
-programPid=
+WaitForEnd
 EndRun
