@@ -67,7 +67,8 @@ Judge Permora frame
 Step "folder-tree-gone" Keys alt+v f
 
 # The editor, of one item.
-Step "select-alpha" Keys A
+Keys A
+ExpectTold 'list item|Alpha.*|.*selected|.*'
 OpenDialog "Security Editor - Alpha" ChoosePermissions
 sheet=$dialog
 Judge "Security Editor - Alpha" dialog "Permissions"

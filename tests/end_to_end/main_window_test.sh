@@ -140,8 +140,7 @@ Keys F5
 Settle
 Picture "before-the-end"
 place=$(Geometry)
-Keys Escape # no dialog has just closed
-WaitForEnd
+Quit
 Stored 16 1 # not maximised
 Stored 32 3 # Details
 
@@ -152,7 +151,8 @@ Keys F5
 Settle
 PictureLike "started-again" "before-the-end"
 Step "maximised" DoubleClickTitle
-Quit
+Keys Escape # one is enough where no dialog has just closed
+WaitForEnd
 Stored 16 3
 Start "$data"
 WaitUntil "the window to be maximised" IsMaximised
