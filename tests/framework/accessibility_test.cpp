@@ -164,7 +164,8 @@ TEST(Accessibility, TheKeyboardReachesEveryControlInOrder) {
             return std::ranges::none_of(dialogTemplate.controls,
                                         [id](const auto& each) { return each.id == id; });
         });
-        if (!order.empty()) std::ranges::rotate(order, std::ranges::find(order, expected.front()));
+        if (!order.empty())
+            std::rotate(order.begin(), std::ranges::find(order, expected.front()), order.end());
         EXPECT_EQ(order, expected);
     });
 }
