@@ -30,6 +30,10 @@ endif()
 if(PERMORA_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
+    # The types of a library that is loaded while the program runs have other names there than here.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        add_compile_options(-fno-sanitize=function)
+    endif()
 endif()
 
 if(PERMORA_FUZZ)

@@ -4,7 +4,9 @@
 
 #include "platform/api/base.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <commctrl.h>
+#else
 
 // clang-format off
 inline constexpr DWORD WS_POPUP       = 0x80000000;

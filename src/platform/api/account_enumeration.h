@@ -7,8 +7,8 @@
 
 #ifndef _WIN32
 
-// Every number from the first to the last of these is valid.
-enum WELL_KNOWN_SID_TYPE {
+// Every number from the first to the last of these is valid. Callers may pass any other, which is refused.
+enum WELL_KNOWN_SID_TYPE : int {
     WinWorldSid = 1,
     WinBuiltinAdministratorsSid = 26,
     WinAccountRasAndIasServersSid = 50,
