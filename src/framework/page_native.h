@@ -18,7 +18,6 @@ class NativePage : public NativeWindow {
     virtual void GoForward() = 0;
     virtual bool CanGoBack() const = 0;
     virtual bool CanGoForward() const = 0;
-    virtual std::string Place() const = 0;
 };
 
 }  // namespace permora

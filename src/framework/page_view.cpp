@@ -35,9 +35,4 @@ bool CPageView::CanGoForward() const {
     return page != nullptr && page->CanGoForward();
 }
 
-std::string CPageView::Place() const {
-    const auto* page = NativeOf(*this);
-    return page != nullptr ? page->Place() : std::string();
-}
-
 }  // namespace permora

@@ -29,8 +29,6 @@ class CPageView : public CWnd {
     void GoForward();
     bool CanGoBack() const;
     bool CanGoForward() const;
-    // What is shown, as Show takes it; empty before the first page.
-    std::string Place() const;
 };
 
 }  // namespace permora
