@@ -80,14 +80,9 @@ void TellDisabledApart(QPalette& palette, QPalette::ColorRole textRole, QPalette
     constexpr qreal kTextShare = 0.55;
     const QColor text = palette.color(QPalette::Active, textRole);
     const QColor ground = palette.color(QPalette::Disabled, groundRole);
-    const auto mix = [](int one, int other) {
-        return static_cast<int>(one * kTextShare + other * (1 - kTextShare));
-    };
-    const QColor mixed(mix(text.red(), ground.red()), mix(text.green(), ground.green()),
-                       mix(text.blue(), ground.blue()));
     // A disabled list has the window's background.
-    const QColor readable =
-        Readable(Readable(mixed, ground), palette.color(QPalette::Disabled, QPalette::Window));
+    const QColor readable = Readable(Readable(Mixed(text, ground, kTextShare), ground),
+                                     palette.color(QPalette::Disabled, QPalette::Window));
     const auto distance = [&](const QColor& colour) {
         return std::abs(colour.lightness() - ground.lightness());
     };

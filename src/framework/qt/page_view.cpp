@@ -30,15 +30,8 @@ QColor LinkColour(const QPalette& palette) {
 }
 
 // Between the text's colour and the background's.
-QString Mixed(const QPalette& palette, double textShare) {
-    const QColor text = palette.color(QPalette::Text);
-    const QColor ground = palette.color(QPalette::Base);
-    const auto mix = [textShare](int one, int other) {
-        return static_cast<int>(one * textShare + other * (1 - textShare));
-    };
-    return QColor(mix(text.red(), ground.red()), mix(text.green(), ground.green()),
-                  mix(text.blue(), ground.blue()))
-        .name();
+QColor Tint(const QPalette& palette, double textShare) {
+    return Mixed(palette.color(QPalette::Text), palette.color(QPalette::Base), textShare);
 }
 
 // The classes are those of the help's own style sheet.
@@ -54,7 +47,7 @@ QString SheetFor(const QPalette& palette) {
                "td, th { padding: 2px 12px 2px 0px; text-align: left; }"
                "code, kbd, .path { font-family: monospace; }"
                "kbd, .note, .warning { background-color: %2; }")
-        .arg(LinkColour(palette).name(), Mixed(palette, kTint));
+        .arg(LinkColour(palette).name(), Tint(palette, kTint).name());
 }
 
 class PageBrowser : public QTextBrowser {
@@ -117,7 +110,7 @@ class PageBrowser : public QTextBrowser {
         const QPalette desktop = QApplication::palette(this);
         QPalette own;
         own.setColor(QPalette::WindowText,
-                     hasFocus() ? desktop.color(QPalette::Highlight) : QColor(Mixed(desktop, 0.35)));
+                     hasFocus() ? desktop.color(QPalette::Highlight) : Tint(desktop, 0.35));
         isChangingColours = true;
         setPalette(own);
         isChangingColours = false;
@@ -149,9 +142,6 @@ class PageWindow final : public WidgetWindow<NativePage, PageBrowser> {
     void GoForward() override { Widget().forward(); }
     bool CanGoBack() const override { return Widget().isBackwardAvailable(); }
     bool CanGoForward() const override { return Widget().isForwardAvailable(); }
-    std::string Place() const override {
-        return FromQt(Widget().source().toString(QUrl::RemoveScheme).mid(1));
-    }
 
   private:
     void Tell() {

@@ -17,6 +17,13 @@ double LuminanceOf(const QColor& colour) {
 
 }  // namespace
 
+QColor Mixed(const QColor& one, const QColor& other, double shareOfOne) {
+    const auto mix = [shareOfOne](int channel, int otherChannel) {
+        return static_cast<int>(channel * shareOfOne + otherChannel * (1 - shareOfOne));
+    };
+    return {mix(one.red(), other.red()), mix(one.green(), other.green()), mix(one.blue(), other.blue())};
+}
+
 double ContrastOf(const QColor& one, const QColor& other) {
     const auto [dark, light] = std::minmax({LuminanceOf(one), LuminanceOf(other)});
     return (light + 0.05) / (dark + 0.05);

@@ -5,6 +5,9 @@
 
 namespace permora::qt {
 
+// Between the two, with so much of the first, from 0 to 1.
+QColor Mixed(const QColor& one, const QColor& other, double shareOfOne);
+
 // At least this much for texts of usual size. Source: "Web Content Accessibility Guidelines", contrast
 // (minimum).
 inline constexpr double kReadableContrast = 4.5;
