@@ -185,6 +185,12 @@ UniqueLocal<ACL> AccessListPage::MakeList() {
     return dacl;
 }
 
+UniqueLocal<ACL> AccessListPage::ListToPreview() {
+    if (IsChanged()) return MakeList();
+    ShowInfoBox(GetSafeHwnd(), "No permissions were changed here, so applying would leave them as they are.");
+    return {};
+}
+
 bool AccessListPage::FinishApply() {
     const bool wasChanged = std::exchange(changed, false);
     if (wasChanged) ReadFirstItem();

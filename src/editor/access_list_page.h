@@ -21,10 +21,6 @@ enum class EditScopes { kAll, kThisObjectOnly };
 inline constexpr const char* kNullListText =
     "There is no any access control list associated with object (All access is currently allowed).";
 
-// The message about a preview of what was not changed.
-inline constexpr const char* kNothingToPreview =
-    "No permissions were changed here, so applying would leave them as they are.";
-
 // Shows the list of the first item and applies it to all of them. The derived page knows what the items are,
 // and reads and writes their lists. Its template has the controls of IDD_PERMISSIONS_PAGE.
 class AccessListPage : public CPropertyPage {
@@ -57,6 +53,8 @@ class AccessListPage : public CPropertyPage {
     void ShowKept(const std::string& text);
     // The edited list, to be written. Null after an error box.
     UniqueLocal<ACL> MakeList();
+    // The same, to be previewed. Null also after a box that says that nothing was changed.
+    UniqueLocal<ACL> ListToPreview();
     // Ends an OnApply that has written the list, or had nothing to write.
     bool FinishApply();
 

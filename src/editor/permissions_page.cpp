@@ -218,11 +218,7 @@ MakePreview CPage1::PreviewOf(PACL dacl, std::optional<BelowChange> below) {
 }
 
 void CPage1::Preview() {
-    if (!IsChanged()) {
-        ShowInfoBox(GetSafeHwnd(), kNothingToPreview);
-        return;
-    }
-    const UniqueLocal<ACL> dacl = MakeList();
+    const UniqueLocal<ACL> dacl = ListToPreview();
     if (!dacl) return;
     CPreviewDlg dialog(this, CPreviewDlg::Purpose::kShow, PreviewOf(dacl.get(), ChosenBelow()));
     dialog.DoModal();

@@ -73,11 +73,7 @@ bool CSharePage1::OnApply() {
 }
 
 void CSharePage1::Preview() {
-    if (!IsChanged()) {
-        ShowInfoBox(GetSafeHwnd(), kNothingToPreview);
-        return;
-    }
-    const UniqueLocal<ACL> dacl = MakeList();
+    const UniqueLocal<ACL> dacl = ListToPreview();
     if (!dacl) return;
     const auto make = [&](TreeObserver& observer) {
         return PreviewListOnShares(names, dacl.get(), observer);
