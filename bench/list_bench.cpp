@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "bench/measure.h"
+#include "bench/window_main.h"
 #include "framework/list_ctrl.h"
 #include "framework/list_styles.h"
 #include "framework/native.h"
-#include "framework/qt/application.h"
 #include "framework/qt/list_widget.h"
 #include "framework/qt/widget.h"
 #include "framework/styles.h"
@@ -109,9 +109,5 @@ void Run() {
 }  // namespace permora
 
 int main(int argc, char** argv) {
-    permora::bench::Begin(argc, argv);
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    permora::QtApplication application(argc, argv);
-    permora::Run();
-    return permora::bench::ExitCode();
+    return permora::bench::MeasureWindows(argc, argv, permora::Run);
 }

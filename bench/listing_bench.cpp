@@ -12,12 +12,12 @@
 #include <vector>
 
 #include "bench/measure.h"
+#include "bench/window_main.h"
 #include "browser/address_bar.h"
 #include "browser/browser_view.h"
 #include "browser/list_presentation.h"
 #include "framework/bars.h"
 #include "framework/frame_window.h"
-#include "framework/qt/application.h"
 #include "platform/host_path.h"
 #include "resources/resource_ids.h"
 #include "tests/support/command.h"
@@ -164,9 +164,5 @@ void Run() {
 }  // namespace permora
 
 int main(int argc, char** argv) {
-    permora::bench::Begin(argc, argv);
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    permora::QtApplication application(argc, argv);
-    permora::Run();
-    return permora::bench::ExitCode();
+    return permora::bench::MeasureWindows(argc, argv, permora::Run);
 }

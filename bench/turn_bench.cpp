@@ -16,10 +16,10 @@
 
 #include "bench/measure.h"
 #include "bench/sample_tree.h"
+#include "bench/window_main.h"
 #include "editor/preview_dialog.h"
 #include "editor/security_sheet.h"
 #include "framework/frame_window.h"
-#include "framework/qt/application.h"
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
 #include "resources/resource_ids.h"
@@ -155,9 +155,5 @@ void Run() {
 }  // namespace permora
 
 int main(int argc, char** argv) {
-    permora::bench::Begin(argc, argv);
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    permora::QtApplication application(argc, argv);
-    permora::Run();
-    return permora::bench::ExitCode();
+    return permora::bench::MeasureWindows(argc, argv, permora::Run);
 }
