@@ -13,6 +13,7 @@
 #include "app/main_app.h"
 #include "app/settings_store.h"
 #include "framework/resource_templates.h"
+#include "platform/host_path.h"
 #include "resources/resource_ids.h"
 #include "tests/app/shell_fakes.h"
 #include "tests/app/system_fakes.h"
@@ -27,13 +28,7 @@ using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-std::string WindowsPath(const std::string& hostPath) {
-    std::string path = "C:" + hostPath;
-    std::ranges::replace(path, '/', '\\');
-    return path;
-}
-
-const std::string kProgramFolder = WindowsPath(PERMORA_SOURCE_FOLDER);
+const std::string kProgramFolder = PathFromArgument(PERMORA_SOURCE_FOLDER);
 
 // What is wrong with a reference to a page, or a place in it; empty: nothing.
 std::string FaultOf(const std::string& place) {
@@ -101,10 +96,10 @@ class HelpWindow : public ::testing::Test {
 };
 
 TEST_F(HelpWindow, ReadsNothingButItsPages) {
-    const std::string help = WindowsPath(folder.Path("help")) + '\\';
+    const std::string help = PathFromArgument(folder.Path("help").c_str()) + '\\';
     for (const char* name : {"../secret.html", R"(..\secret.html)", "", ".html", "index.htm", "/etc/passwd"})
         EXPECT_FALSE(ReadHelpPage(help, name)) << name;
-    CHelpWindow window(nullptr, WindowsPath(folder.Path()));
+    CHelpWindow window(nullptr, PathFromArgument(folder.Path().c_str()));
     EXPECT_FALSE(window.Show("third.html"));
     ASSERT_TRUE(window.Show("index.html"));
     WindowDriver shown = Help();
