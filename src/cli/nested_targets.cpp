@@ -5,7 +5,7 @@
 
 namespace permora {
 
-// The objects that hold another one come before it in the order of their paths.
+// What holds an object has a path with which the path of that begins.
 const NestedTargets::Known* NestedTargets::Around(const std::string& path) const {
     for (std::size_t end = path.find('\\'); end != path.npos; end = path.find('\\', end + 1))
         for (const std::size_t length : {end, end + 1})  // a drive's path ends with the separator
