@@ -7,7 +7,7 @@ source tools/packages.sh
 # shellcheck source=tools/build.sh
 source tools/build.sh
 
-EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${domainPackages[@]}" "${screenPackages[@]}" \
-    "${browserPackages[@]}"
+EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${domainPackages[@]}" "${kernelPackages[@]}" \
+    "${screenPackages[@]}" "${browserPackages[@]}"
 BuildPreset dev
 exec ctest --preset dev --parallel "$testsAtATime" "$@"

@@ -10,6 +10,8 @@ volumePackages=(ntfs-3g fuse3 attr)
 serverPackages=(samba samba-vfs-modules smbclient)
 # A domain: what its controller and its members need beside the server.
 domainPackages=(winbind samba-ad-provision samba-dsdb-modules iproute2)
+# A kernel that mounts what servers share: the machine that runs it, and what its start consists of.
+kernelPackages=(qemu-system-x86 busybox-static kmod cpio cifs-utils)
 # A screen without a display, a window manager, letters, and the hands and eyes of the test that uses them; a bus, and what
 # a screen reader reads there; a compositor without a display, and the toolkit's half for it.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core dbus-daemon at-spi2-core

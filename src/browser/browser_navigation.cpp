@@ -10,6 +10,8 @@
 #include "framework/frame_window.h"
 #include "platform/api/files.h"
 #include "platform/host_path.h"
+#include "platform/network_path.h"
+#include "platform/visible_text.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 
@@ -84,8 +86,13 @@ void BrowserView::GoToLocation(const std::string& text) {
         ShowErrorBox(GetSafeHwnd(), "The path specified is too long");
         return;
     }
-    const auto* folder = dynamic_cast<const FolderRows*>(&Rows());
     const std::string path = PathFromTyped(text);
+    if (const std::string command = MountCommandFor(path); !command.empty()) {
+        ShowErrorBox(GetSafeHwnd(),
+                     ("This share is not mounted here. To mount it:\r\n\r\n" + VisibleText(command)).c_str());
+        return;
+    }
+    const auto* folder = dynamic_cast<const FolderRows*>(&Rows());
     std::unique_ptr<FolderRows> typed =
         folder != nullptr ? folder->From(path) : std::make_unique<FolderRows>(path);
     const Outcome outcome = path.empty() ? Outcome{ERROR_FILE_NOT_FOUND} : typed->Open();

@@ -5,6 +5,7 @@
 #include "browser/folder_rows.h"
 #include "browser/list_presentation.h"
 #include "platform/host_path.h"
+#include "platform/network_path.h"
 #include "platform/visible_text.h"
 #include "resources/resource_ids.h"
 
@@ -68,7 +69,8 @@ Row RowOfDrive(const std::string& root) {
         row.size = DriveSizeText(space.total.QuadPart, space.available.QuadPart);
         available = FormatSize(space.available.QuadPart);
     }
-    row.more = {facts.label.data(), VisibleText(HostPathFromPath(root)), available};
+    const std::string label = type == DRIVE_REMOTE ? NetworkFromPath(root) : facts.label.data();
+    row.more = {VisibleText(label), VisibleText(HostPathFromPath(root)), available};
     return row;
 }
 

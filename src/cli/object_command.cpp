@@ -6,7 +6,6 @@
 #include "cli/argument_shield.h"
 #include "cli/interrupts.h"
 #include "platform/api/errors.h"
-#include "platform/host_path.h"
 
 namespace permora {
 namespace {
@@ -58,14 +57,10 @@ std::vector<Target> ObjectCommand::FindTargets() {
     if (FolderHandle::Open(".", *start) != ERROR_SUCCESS) start.reset();
     std::vector<Target> targets;
     for (const std::string& path : paths) {
-        messages.SetSubject(path);
         Target target;
-        if (IsAmbiguousArgument(path.c_str())) {
-            messages.Say("a file here is called so: write ./ before its name, or the path as /folder/file");
-        } else if (messages.Check({MakeTarget(path, start, target)})) {
-            Hold(target);
-            targets.push_back(std::move(target));
-        }
+        if (!MakeCertainTarget(path, start, target, messages)) continue;
+        Hold(target);
+        targets.push_back(std::move(target));
     }
     return targets;
 }

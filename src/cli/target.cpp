@@ -7,6 +7,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/host_path.h"
+#include "platform/network_path.h"
 
 namespace permora {
 namespace {
@@ -62,16 +63,25 @@ void RememberTarget(Target& target) {
         target.object = RememberedObject(nullptr, target.folder + target.name);
 }
 
-bool MakeNamedTarget(const std::string& argument, Target& target, ConsoleMessages& messages) {
+bool MakeCertainTarget(const std::string& argument, const std::shared_ptr<const FolderHandle>& start,
+                       Target& target, ConsoleMessages& messages) {
     messages.SetSubject(argument);
     if (IsAmbiguousArgument(argument.c_str())) {
         messages.Say("a file here is called so: write ./ before its name, or the path as /folder/file");
         return false;
     }
+    const DWORD error = MakeTarget(argument, start, target);
+    const std::string command = error == ERROR_BAD_NETPATH ? MountCommandFor(argument) : std::string();
+    if (command.empty()) return messages.Check({error});
+    messages.Say("this share is not mounted here; to mount it: " + command);
+    return false;
+}
+
+bool MakeNamedTarget(const std::string& argument, Target& target, ConsoleMessages& messages) {
     auto start = std::make_shared<FolderHandle>();
     if (FolderHandle::Open(".", *start) != ERROR_SUCCESS) start.reset();
     Target made;
-    if (!messages.Check({MakeTarget(argument, start, made)})) return false;
+    if (!MakeCertainTarget(argument, start, made, messages)) return false;
     RememberTarget(made);
     target = std::move(made);
     return true;

@@ -31,8 +31,12 @@ struct Target {
 DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const FolderHandle>& start,
                  Target& target);
 
-// The same for an argument beside those of an ObjectCommand; the target is remembered. On false, the reason
-// was printed: a file in the current directory has a name that could be meant, too.
+// The same with the reason printed: false also when a file in the current directory has a name that could be
+// meant, too.
+bool MakeCertainTarget(const std::string& argument, const std::shared_ptr<const FolderHandle>& start,
+                       Target& target, ConsoleMessages& messages);
+
+// The same for an argument beside those of an ObjectCommand; the target is remembered.
 bool MakeNamedTarget(const std::string& argument, Target& target, ConsoleMessages& messages);
 
 // Remembers the object of the target. If it cannot be found, FindTarget reports it.

@@ -8,6 +8,8 @@ const char* ObstacleText(OverwriteObstacle obstacle) {
             return "it has further names (hard links)";
         case OverwriteObstacle::kCopyOnWriteVolume:
             return "its file system never writes over what is there";
+        case OverwriteObstacle::kOtherServer:
+            return "it lies on another server, whose way to write it cannot be known";
         case OverwriteObstacle::kCompressed:
             return "it is compressed";
         case OverwriteObstacle::kEncrypted:
@@ -28,7 +30,8 @@ const char* ObstacleText(OverwriteObstacle obstacle) {
 }
 
 bool IsUncertainty(OverwriteObstacle obstacle) {
-    return obstacle == OverwriteObstacle::kOpenersUnknown || obstacle == OverwriteObstacle::kNamesUnknown;
+    return obstacle == OverwriteObstacle::kOpenersUnknown || obstacle == OverwriteObstacle::kNamesUnknown ||
+           obstacle == OverwriteObstacle::kOtherServer;
 }
 
 }  // namespace permora

@@ -33,6 +33,7 @@ struct FolderEntry {
 enum class OverwriteObstacle {
     kSeveralNames,       // further hard links: they stay, and lead to the overwritten contents
     kCopyOnWriteVolume,  // the file system writes to a fresh place and keeps the old one
+    kOtherServer,        // another machine writes it, nobody here knows how
     kCompressed,
     kEncrypted,
     kSparse,

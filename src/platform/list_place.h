@@ -10,6 +10,7 @@ enum class ListPlace : std::uint8_t {
     kSystem,   // with the object, on Windows
     kNtfs3g,   // in the volume, which ntfs-3g has mounted
     kNtfs3,    // in the volume, which the kernel's own driver has mounted
+    kSmb,      // on another server, whose share the kernel's SMB client has mounted
     kSamba,    // in the attribute of a Samba server
     kUser,     // in the attribute of an ordinary user
 };

@@ -115,6 +115,8 @@ const char* PlaceName(ListPlace place) {
             return "ntfs-3g";
         case ListPlace::kNtfs3:
             return "ntfs3";
+        case ListPlace::kSmb:
+            return "smb";
         case ListPlace::kSamba:
             return "samba";
         case ListPlace::kUser:
@@ -146,6 +148,8 @@ std::string KeptText(const ListEnforcement& enforcement) {
                    SharesText(enforcement);
         case ListPlace::kNtfs3:
             return "in the volume; Windows obeys it, the kernel's driver does not" + SharesText(enforcement);
+        case ListPlace::kSmb:
+            return "on the server that shares it, which obeys it";
         case ListPlace::kUser:
             return "in user.permora.sd; no server or kernel checks it";
         case ListPlace::kSamba:

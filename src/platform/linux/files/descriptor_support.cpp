@@ -16,7 +16,8 @@ bool HasAttribute(int answer) {
     return answer == 0 || answer == EACCES || answer == EIO;
 }
 
-// Every object on NTFS has a descriptor: a volume that merely takes any attribute name is not NTFS.
+// Every object on NTFS or on a server has a descriptor: a volume that merely takes any attribute name is
+// neither.
 bool IsThere(const ObjectHandle& object, const char* name) {
     return HasAttribute(AskExtendedAttribute(object, name));
 }
@@ -31,6 +32,7 @@ bool CanBeThere(const ObjectHandle& object, const char* name) {
 DescriptorStoreKind StoreKindOf(const ObjectHandle& object) {
     if (IsThere(object, kNtfs3gAttribute)) return DescriptorStoreKind::kNtfs3g;
     if (IsThere(object, kNtfs3Attribute)) return DescriptorStoreKind::kNtfs3;
+    if (IsThere(object, kSmbListAttribute)) return DescriptorStoreKind::kSmb;
     // The kernel requires it for writing attributes of the "security" family.
     if (HasCapability(CapabilitySet::kEffective, CAP_SYS_ADMIN))
         return CanBeThere(object, kSambaAttribute) ? DescriptorStoreKind::kSamba : DescriptorStoreKind::kNone;

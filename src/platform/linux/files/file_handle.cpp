@@ -26,6 +26,7 @@ namespace {
 
 // File systems whose magic numbers linux/magic.h does not name: their own sources.
 constexpr unsigned kBcachefsMagic = 0xCA451A4E;
+constexpr unsigned kCephMagic = 0x00C36400;
 constexpr unsigned kUbifsMagic = 0x24051905;
 constexpr unsigned kZfsMagic = 0x2FC12FC1;
 
@@ -34,11 +35,22 @@ constexpr std::array<unsigned, 8> kCopyOnWriteVolumes = {
     BTRFS_SUPER_MAGIC,     F2FS_SUPER_MAGIC, JFFS2_SUPER_MAGIC, NILFS_SUPER_MAGIC,
     OVERLAYFS_SUPER_MAGIC, kBcachefsMagic,   kUbifsMagic,       kZfsMagic};
 
-DWORD AskCopyOnWrite(const ObjectHandle& file, bool& answer) {
+// Other machines keep what lies on them.
+constexpr std::array<unsigned, 7> kServersVolumes = {AFS_SUPER_MAGIC,  CIFS_SUPER_MAGIC, NFS_SUPER_MAGIC,
+                                                     SMB2_SUPER_MAGIC, SMB_SUPER_MAGIC,  V9FS_MAGIC,
+                                                     kCephMagic};
+
+// What the kind of a file's volume says of writing over its contents.
+struct VolumeObstacles {
+    bool isCopyOnWrite = false;
+    bool isElsewhere = false;
+};
+DWORD AskVolumeObstacles(const ObjectHandle& file, VolumeObstacles& found) {
     struct statfs status {};
     if (fstatfs(file.Descriptor(), &status) != 0) return ErrorFromErrno(errno);
-    answer = std::find(kCopyOnWriteVolumes.begin(), kCopyOnWriteVolumes.end(),
-                       static_cast<unsigned>(status.f_type)) != kCopyOnWriteVolumes.end();
+    const auto type = static_cast<unsigned>(status.f_type);
+    found.isCopyOnWrite = std::ranges::find(kCopyOnWriteVolumes, type) != kCopyOnWriteVolumes.end();
+    found.isElsewhere = std::ranges::find(kServersVolumes, type) != kServersVolumes.end();
     return ERROR_SUCCESS;
 }
 
@@ -109,17 +121,18 @@ DWORD FileHandle::FindObstacles(std::vector<OverwriteObstacle>& obstacles) const
     std::vector<std::string> streams;
     host::StreamAccess access{};
     bool hasSeveralNames = false;
-    bool isCopyOnWrite = false;
+    host::VolumeObstacles volume;
     bool isCompressed = false;
     DWORD error = host::ReadAttributes(file, {}, attributes);
     if (error == ERROR_SUCCESS && inside->isNtfs) error = host::ListStreams(file, streams, access);
     if (error == ERROR_SUCCESS) error = HasSeveralNames(hasSeveralNames);
-    if (error == ERROR_SUCCESS) error = host::AskCopyOnWrite(file, isCopyOnWrite);
+    if (error == ERROR_SUCCESS) error = host::AskVolumeObstacles(file, volume);
     if (error == ERROR_SUCCESS) error = host::AskCompressed(file, isCompressed);
     if (error != ERROR_SUCCESS) return error;
     const std::pair<OverwriteObstacle, bool> answers[] = {
         {OverwriteObstacle::kSeveralNames, hasSeveralNames},
-        {OverwriteObstacle::kCopyOnWriteVolume, isCopyOnWrite},
+        {OverwriteObstacle::kCopyOnWriteVolume, volume.isCopyOnWrite},
+        {OverwriteObstacle::kOtherServer, volume.isElsewhere},
         {OverwriteObstacle::kCompressed, isCompressed || (attributes & FILE_ATTRIBUTE_COMPRESSED) != 0},
         {OverwriteObstacle::kEncrypted, (attributes & FILE_ATTRIBUTE_ENCRYPTED) != 0},
         {OverwriteObstacle::kSparse, (attributes & FILE_ATTRIBUTE_SPARSE_FILE) != 0},

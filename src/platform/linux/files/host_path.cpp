@@ -14,6 +14,7 @@
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/path_text.h"
 #include "platform/linux/files/paths.h"
+#include "platform/network_path.h"
 
 namespace permora {
 namespace {
@@ -26,7 +27,7 @@ bool IsPathOfSystem(std::string_view argument) {
 
 std::string PathFromArgument(const char* argument) {
     const std::string_view text(argument);
-    if (text.empty() || IsPathOfSystem(text)) return std::string(text);
+    if (text.empty() || IsPathOfSystem(text)) return PathFromTyped(std::string(text));
 
     std::string hostPath;
     if (text.front() != '/') {
@@ -89,7 +90,10 @@ std::string PathBelowArgument(const std::string& argument, std::string_view belo
 }
 
 std::string PathFromTyped(const std::string& text) {
-    return text.starts_with('/') ? PathFromArgument(text.c_str()) : text;
+    if (text.starts_with('/')) return PathFromArgument(text.c_str());
+    // What is mounted nowhere stays a path to another server, which every service refuses.
+    std::string mounted = PathFromNetwork(text);
+    return mounted.empty() ? text : mounted;
 }
 
 std::optional<std::string> PathBelowCurrent(const char* argument) {

@@ -69,6 +69,7 @@ SecurityForm FormOf(DescriptorStoreKind kind) {
             return SecurityForm::kNone;
         case DescriptorStoreKind::kNtfs3g:
         case DescriptorStoreKind::kNtfs3:
+        case DescriptorStoreKind::kSmb:
             return SecurityForm::kVolume;
         case DescriptorStoreKind::kSamba:
             return SecurityForm::kSamba;
@@ -78,11 +79,22 @@ SecurityForm FormOf(DescriptorStoreKind kind) {
     return SecurityForm::kNone;
 }
 
+const char* VolumeAttributeOf(DescriptorStoreKind kind) {
+    switch (kind) {
+        case DescriptorStoreKind::kNtfs3:
+            return kNtfs3Attribute;
+        case DescriptorStoreKind::kSmb:
+            return kSmbListAttribute;
+        default:
+            return kNtfs3gAttribute;
+    }
+}
+
 // Null for what is in no attribute.
 const char* AttributeOf(SecurityForm form, DescriptorStoreKind kind) {
     switch (form) {
         case SecurityForm::kVolume:
-            return kind == DescriptorStoreKind::kNtfs3 ? kNtfs3Attribute : kNtfs3gAttribute;
+            return VolumeAttributeOf(kind);
         case SecurityForm::kSamba:
             return kSambaAttribute;
         case SecurityForm::kUser:
@@ -92,6 +104,29 @@ const char* AttributeOf(SecurityForm form, DescriptorStoreKind kind) {
             return nullptr;
     }
     return nullptr;
+}
+
+// A server lays descriptors out in its own way and answers none of the requests in the control word. Without
+// both, what was read, and what was written and is read again, can be compared byte for byte.
+void LeaveRequestsOut(nt::SecurityDescriptor& descriptor) {
+    constexpr unsigned kRequests = nt::kDaclAutoInheritRequest | nt::kSaclAutoInheritRequest;
+    descriptor.control &= static_cast<std::uint16_t>(~kRequests);
+}
+
+// The server writes that a list was inherited automatically only where that is requested.
+bool MakeRequest(std::span<const std::uint8_t> kept, std::vector<std::uint8_t>& request) {
+    auto descriptor = nt::SecurityDescriptor::FromBytes(kept);
+    if (!descriptor) return false;
+    if ((descriptor->control & nt::kDaclAutoInherited) != 0)
+        descriptor->control |= nt::kDaclAutoInheritRequest;
+    request.clear();
+    return descriptor->AppendTo(request);
+}
+
+bool HaveSameOwners(std::span<const std::uint8_t> one, std::span<const std::uint8_t> other) {
+    const auto first = nt::SecurityDescriptor::FromBytes(one);
+    const auto second = nt::SecurityDescriptor::FromBytes(other);
+    return first && second && first->owner == second->owner && first->group == second->group;
 }
 
 DWORD GiveToUser(const ObjectHandle& object, uid_t user) {
@@ -115,6 +150,7 @@ bool DescriptorStore::CanHold(const ObjectHandle& object) {
             return CanHoldUserAttributes(object.Status().st_mode);
         case DescriptorStoreKind::kNtfs3g:
         case DescriptorStoreKind::kNtfs3:
+        case DescriptorStoreKind::kSmb:
         case DescriptorStoreKind::kSamba:
             return true;
     }
@@ -125,8 +161,9 @@ bool DescriptorStore::HasHostOwners(const ObjectHandle& object) {
     return KindFor(object) == DescriptorStoreKind::kSamba || KindFor(object) == DescriptorStoreKind::kUser;
 }
 
-// Whether the volume is NTFS; `stored` then holds the object's attribute, or `problem` says why not.
-bool DescriptorStore::ReadNtfs(const ObjectHandle& object, int& problem) {
+// Whether the volume itself keeps descriptors; `stored` then holds the object's attribute, or `problem` says
+// why not.
+bool DescriptorStore::ReadVolume(const ObjectHandle& object, int& problem) {
     if (!kind) {
         if (IsOnLinuxVolume(object)) return false;
         // Each request to ntfs-3g is a round trip to another process, so reading itself is the test.
@@ -136,25 +173,27 @@ bool DescriptorStore::ReadNtfs(const ObjectHandle& object, int& problem) {
             return true;
         }
     }
-    switch (KindFor(object)) {
-        case DescriptorStoreKind::kNtfs3g:
-            problem = ReadExtendedAttribute(object, kNtfs3gAttribute, stored);
-            return true;
-        case DescriptorStoreKind::kNtfs3:
-            problem = ReadExtendedAttribute(object, kNtfs3Attribute, stored);
-            return true;
-        default:
-            return false;
+    if (FormOf(KindFor(object)) != SecurityForm::kVolume) return false;
+    problem = ReadExtendedAttribute(object, VolumeAttributeOf(*kind), stored);
+    return true;
+}
+
+// From `stored`, which a volume has handed out.
+DWORD DescriptorStore::TakeFromVolume(nt::SecurityDescriptor& descriptor) {
+    auto parsed = nt::SecurityDescriptor::FromBytes(stored);
+    if (parsed && kind == DescriptorStoreKind::kSmb) {
+        LeaveRequestsOut(*parsed);
+        stored.clear();
+        if (!parsed->AppendTo(stored)) return ERROR_INVALID_SECURITY_DESCR;
     }
+    return Take(std::move(parsed), descriptor);
 }
 
 DWORD DescriptorStore::Read(const ObjectHandle& object, nt::SecurityDescriptor& descriptor) {
     int problem = 0;
     form = SecurityForm::kVolume;
-    if (ReadNtfs(object, problem)) {
-        if (problem != 0) return ErrorFromErrno(problem);
-        return Take(nt::SecurityDescriptor::FromBytes(stored), descriptor);
-    }
+    if (ReadVolume(object, problem))
+        return problem == 0 ? TakeFromVolume(descriptor) : ErrorFromErrno(problem);
     // To be asked for only where that is needed.
     return ReadFrom(
         HeldSource{object}, [&] { return KindFor(object); }, descriptor);
@@ -168,8 +207,7 @@ DWORD DescriptorStore::ReadEntry(int folder, const char* hostName, nt::SecurityD
             entry, [&] { return *kind; }, descriptor);
     form = SecurityForm::kVolume;
     const int problem = entry.Attribute(onVolume, stored);
-    return problem == 0 ? Take(nt::SecurityDescriptor::FromBytes(stored), descriptor)
-                        : ErrorFromErrno(problem);
+    return problem == 0 ? TakeFromVolume(descriptor) : ErrorFromErrno(problem);
 }
 
 // Where the volume keeps none itself: Samba's, or that of an ordinary user, or the present mode and owners,
@@ -205,7 +243,8 @@ StoredSecurity DescriptorStore::Found(const ObjectHandle& object) {
 
 bool DescriptorStore::Has(const ObjectHandle& object, const StoredSecurity& kept) {
     // These win over all others, so nothing else is to be read, and equal bytes need not be understood.
-    if (kept.form == SecurityForm::kVolume || kept.form == SecurityForm::kSamba)
+    const bool wins = kept.form == SecurityForm::kVolume || kept.form == SecurityForm::kSamba;
+    if (wins && KindFor(object) != DescriptorStoreKind::kSmb)
         return ReadExtendedAttribute(object, AttributeOf(kept.form, KindFor(object)), stored) == 0 &&
                stored == kept.bytes;
     nt::SecurityDescriptor present;
@@ -217,7 +256,13 @@ DWORD DescriptorStore::Prepare(const ObjectHandle& object, const nt::SecurityDes
                                StoredSecurity& prepared) {
     if (!CanHold(object)) return ERROR_NOT_SUPPORTED;
     inner.clear();
-    if (!descriptor.AppendTo(inner)) return ERROR_INVALID_ACL;
+    if (KindFor(object) == DescriptorStoreKind::kSmb) {
+        nt::SecurityDescriptor asKept = descriptor;
+        LeaveRequestsOut(asKept);
+        if (!asKept.AppendTo(inner)) return ERROR_INVALID_ACL;
+    } else if (!descriptor.AppendTo(inner)) {
+        return ERROR_INVALID_ACL;
+    }
     prepared.form = FormOf(KindFor(object));
     if (prepared.form == SecurityForm::kSamba)
         MakeSambaAttribute(inner, prepared.bytes);
@@ -254,8 +299,23 @@ DWORD DescriptorStore::Replace(const ObjectHandle& object, const StoredSecurity&
     return error;
 }
 
+// Only who may change the owner may write it, also the one that is there already.
+DWORD DescriptorStore::WriteToServer(const ObjectHandle& object, const StoredSecurity& before,
+                                     const StoredSecurity& after) {
+    // What the attribute can carry; the kernel calls a larger one not supported.
+    constexpr std::size_t kMostBytes = 65535;
+    const bool keepsOwners = HaveSameOwners(before.bytes, after.bytes);
+    if (!MakeRequest(after.bytes, inner)) return ERROR_INVALID_SECURITY_DESCR;
+    if (inner.size() > kMostBytes) return ERROR_ALLOTTED_SPACE_EXCEEDED;
+    const int problem =
+        WriteExtendedAttribute(object, keepsOwners ? kSmbListAttribute : kSmbOwnerAttribute, inner);
+    return problem == 0 ? ERROR_SUCCESS : WriteError(object, problem);
+}
+
 DWORD DescriptorStore::WriteAttribute(const ObjectHandle& object, const StoredSecurity& before,
                                       const StoredSecurity& after) {
+    if (KindFor(object) == DescriptorStoreKind::kSmb && after.form == SecurityForm::kVolume)
+        return WriteToServer(object, before, after);
     int problem = 0;
     if (after.form != SecurityForm::kNone) {
         const char* name = AttributeOf(after.form, KindFor(object));
@@ -268,12 +328,6 @@ DWORD DescriptorStore::WriteAttribute(const ObjectHandle& object, const StoredSe
         problem = RemoveExtendedAttribute(object, name);
     }
     return problem == 0 ? ERROR_SUCCESS : WriteError(object, problem);
-}
-
-DWORD DescriptorStore::Write(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor) {
-    StoredSecurity prepared;
-    const DWORD error = Prepare(object, descriptor, prepared);
-    return error == ERROR_SUCCESS ? Replace(object, {}, prepared) : error;
 }
 
 }  // namespace permora::host

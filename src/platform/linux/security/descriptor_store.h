@@ -28,6 +28,9 @@ class DescriptorStore {
     // descriptor's is the only one: the driver makes the host's of it, if any.
     bool HasHostOwners(const ObjectHandle& object);
 
+    // Whether a server gives new objects their descriptors.
+    bool IsGivenByServer(const ObjectHandle& object) { return KindFor(object) == DescriptorStoreKind::kSmb; }
+
     // The object's descriptor, or the one that its owner, group and mode give when none is stored. 0 or an
     // error code: ERROR_INVALID_SECURITY_DESCR when the stored one is damaged. `descriptor` is replaced only
     // on success.
@@ -69,14 +72,14 @@ class DescriptorStore {
     // away when a file changes hands, are not put back.
     DWORD Replace(const ObjectHandle& object, const StoredSecurity& before, const StoredSecurity& after);
 
-    // Prepare and Replace, for an object whose former descriptor nobody has asked for.
-    DWORD Write(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor);
-
   private:
     DescriptorStoreKind KindFor(const ObjectHandle& object);
-    bool ReadNtfs(const ObjectHandle& object, int& problem);
+    bool ReadVolume(const ObjectHandle& object, int& problem);
+    DWORD TakeFromVolume(nt::SecurityDescriptor& descriptor);
     template <typename Source, typename AskKind>
     DWORD ReadFrom(const Source& source, AskKind askKind, nt::SecurityDescriptor& descriptor);
+    DWORD WriteToServer(const ObjectHandle& object, const StoredSecurity& before,
+                        const StoredSecurity& after);
     DWORD WriteAttribute(const ObjectHandle& object, const StoredSecurity& before,
                          const StoredSecurity& after);
 

@@ -40,6 +40,11 @@ DWORD Allowing(DamagedBytes damaged, DWORD error) {
     return isTaken ? DWORD{ERROR_SUCCESS} : error;
 }
 
+ListPlace PlaceOnVolume(host::DescriptorStoreKind kind) {
+    if (kind == host::DescriptorStoreKind::kSmb) return ListPlace::kSmb;
+    return kind == host::DescriptorStoreKind::kNtfs3 ? ListPlace::kNtfs3 : ListPlace::kNtfs3g;
+}
+
 }  // namespace
 
 DWORD HeldObject::ReadStored(StoredSecurity& stored, DamagedBytes damaged) const {
@@ -58,8 +63,7 @@ DWORD HeldObject::FindListPlace(ListPlace& place) const {
     if (const DWORD error = ReadStored(stored, DamagedBytes::kTaken); error != ERROR_SUCCESS) return error;
     switch (stored.form) {
         case SecurityForm::kVolume:
-            place = host::StoreKindOf(object) == host::DescriptorStoreKind::kNtfs3 ? ListPlace::kNtfs3
-                                                                                   : ListPlace::kNtfs3g;
+            place = PlaceOnVolume(host::StoreKindOf(object));
             return ERROR_SUCCESS;
         case SecurityForm::kSamba:
             place = ListPlace::kSamba;

@@ -66,7 +66,7 @@ DWORD NewObjectSecurity::Prepare(const ObjectHandle& object, StoredSecurity& pre
 }
 
 DWORD NewObjectSecurity::Give(const ObjectHandle& object) {
-    if (!store.CanHold(object)) return ERROR_SUCCESS;
+    if (!store.CanHold(object) || store.IsGivenByServer(object)) return ERROR_SUCCESS;
     // The usual case, also with many small files.
     if (store.HasHostOwners(object) && !handsDown) return ERROR_SUCCESS;
     StoredSecurity prepared;

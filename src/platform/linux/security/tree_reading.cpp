@@ -212,8 +212,14 @@ DWORD TreeFolder::Read(const std::string& name, TreeObjectKind expected, TreeBuf
 }
 
 bool TreeFolder::IgnoresCase() const {
-    return inside->tree->kind == host::DescriptorStoreKind::kNtfs3g ||
-           inside->tree->kind == host::DescriptorStoreKind::kNtfs3;
+    switch (inside->tree->kind) {
+        case host::DescriptorStoreKind::kNtfs3g:
+        case host::DescriptorStoreKind::kNtfs3:
+        case host::DescriptorStoreKind::kSmb:
+            return true;
+        default:
+            return false;
+    }
 }
 
 bool TreeFolder::Suspend() {

@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Runs a test in the emulated machine: run_in_machine.sh KERNEL_FOLDER PERMORA_CLI SCRIPT. 77: it cannot run here.
+set -euo pipefail
+here=$(dirname "$(readlink -f "$0")")
+kernel=$1 cli=$2 script=$3
+[ "$(id -u)" = 0 ] || { echo "It needs root."; exit 77; }
+for tool in qemu-system-x86_64 busybox cpio depmod mount.cifs smbd; do
+    command -v "$tool" >/dev/null || { echo "$tool is missing."; exit 77; }
+done
+# The slow machine reads less of it so.
+mkdir -p "$kernel"
+folder=$(mktemp -d "$(readlink -f "$kernel")/program.XXXXXX")
+trap 'rm -rf "$folder"' EXIT
+strip --output-file "$folder/permora-cli" "$cli"
+"$here/../support/kernel_machine.sh" "$kernel" "$script" "$folder/permora-cli"
