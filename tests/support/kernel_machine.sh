@@ -13,7 +13,7 @@ mkdir -p "$1"
 folder=$(readlink -f "$1")
 script=$(readlink -f "$2")
 shift 2
-secondsAtMost=600
+secondsAtMost=1200
 
 # Modules, as folders or files below kernel/: the disk that is this machine's root, the layer, SMB, and what it encrypts with.
 modules=(fs/9p net/9p fs/fscache fs/netfs fs/overlayfs fs/smb drivers/virtio net/dns_resolver crypto arch/x86/crypto lib)
