@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -64,6 +65,8 @@ class Command {
     Command*& chosen;
     std::vector<TextOption*> options;
 };
+
+using MakeCommand = std::unique_ptr<Command>(const CommandParent& parent);
 
 // The place of an option: a command, or a choice among some of its options.
 struct OptionPlace {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 
 #include "cli/command.h"
 
@@ -31,5 +32,8 @@ std::unique_ptr<Command> MakeShow(const CommandParent& parent);
 std::unique_ptr<Command> MakeShred(const CommandParent& parent);
 std::unique_ptr<Command> MakeUndo(const CommandParent& parent);
 std::unique_ptr<Command> MakeVerify(const CommandParent& parent);
+
+// The functions that make them, in the order of the help.
+std::span<MakeCommand* const> AllCommands();
 
 }  // namespace permora

@@ -117,35 +117,39 @@ int AfterOutput(ExitCode exitCode, ConsoleMessages& messages) {
 
 }  // namespace
 
-int RunProgram(std::span<MakeCommand* const> commands, int argumentCount, const char* const* argumentTexts) {
-    CLI::App app{kDescription, "permora-cli"};
-    app.require_subcommand(1);
-    app.set_version_flag("--version", "permora-cli " PERMORA_VERSION, "Print the version");
-    app.set_help_flag("--help", "Print this help; behind a command, that command's help");
-    app.get_formatter()->column_width(26);
-    ConsoleMessages messages;
-    Command* chosen = nullptr;
-    std::vector<std::unique_ptr<Command>> made;
-    for (MakeCommand* const make : commands)
-        made.push_back(make({app, chosen, messages}));
-    app.footer(kFooter);  // last, so that the commands' own help stays short
+Grammar::Grammar(std::span<MakeCommand* const> makers)
+    : parser(std::make_unique<CLI::App>(kDescription, "permora-cli")) {
+    parser->require_subcommand(1);
+    parser->set_version_flag("--version", "permora-cli " PERMORA_VERSION, "Print the version");
+    parser->set_help_flag("--help", "Print this help; behind a command, that command's help");
+    parser->get_formatter()->column_width(26);
+    for (MakeCommand* const make : makers)
+        commands.push_back(make({*parser, chosen, messages}));
+    parser->footer(kFooter);  // last, so that the commands' own help stays short
+}
 
+Grammar::~Grammar() = default;
+
+int RunProgram(std::span<MakeCommand* const> commands, int argumentCount, const char* const* argumentTexts) {
+    Grammar grammar(commands);
+    CLI::App& parser = grammar.Parser();
+    ConsoleMessages& messages = grammar.Messages();
     const std::span arguments(argumentTexts, static_cast<std::size_t>(argumentCount));
     if (arguments.size() < 2) {
-        PrintError(app.help());
+        PrintError(parser.help());
         return static_cast<int>(ExitCode::kUsage);
     }
     std::vector<std::string> shielded;
     std::string problem = ShieldArguments(arguments.subspan(1), shielded);
     if (problem.empty()) {
         try {
-            app.parse(std::move(shielded));
+            parser.parse(std::move(shielded));
         } catch (const CLI::ParseError& error) {
-            return AfterOutput(Answer(app, error), messages);
+            return AfterOutput(Answer(parser, error), messages);
         }
-        problem = chosen->Interpret();
+        problem = grammar.Chosen()->Interpret();
     }
-    const ExitCode exitCode = problem.empty() ? chosen->Run() : Refuse(problem);
+    const ExitCode exitCode = problem.empty() ? grammar.Chosen()->Run() : Refuse(problem);
     TellOffline(messages);
     return AfterOutput(exitCode, messages);
 }
