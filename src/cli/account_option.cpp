@@ -19,18 +19,22 @@ AccountOption::AccountOption(Command& command)
 
 AccountOption::AccountOption(Command& command, const char* optionName, const char* description,
                              Presence presence)
-    : TextOption(command, optionName, "NAME", description, presence), name(optionName) {}
+    : TextOption(command, optionName, "NAME", description, presence), name(optionName) {
+    Describe({.kind = ValueKind::kAccount});
+}
 
 std::string AccountOption::Interpret(const std::string& text) {
     return text.empty() ? std::string(name) + ": the name is empty" : FindTypedAccount(text, account);
 }
 
 AccountsOption::AccountsOption(Command& command) {
-    command.Parser()
-        .add_option("--account", typed, std::string(kAccountHelp) + ";\nmay be given several times")
-        ->type_name("NAME")
-        ->required()
-        ->allow_extra_args(false);
+    CLI::Option& option =
+        *command.Parser()
+             .add_option("--account", typed, std::string(kAccountHelp) + ";\nmay be given several times")
+             ->type_name("NAME")
+             ->required()
+             ->allow_extra_args(false);
+    DescribeValue(option, {.kind = ValueKind::kAccount});
 }
 
 std::string AccountsOption::Interpret() {

@@ -5,7 +5,9 @@
 namespace permora {
 
 ChangeNumber::ChangeNumber(OptionPlace place, const char* description)
-    : TextOption(place, "CHANGE", "", description) {}
+    : TextOption(place, "CHANGE", "", description) {
+    Describe({.kind = ValueKind::kChange});
+}
 
 std::string ChangeNumber::Interpret(const std::string& text) {
     std::int64_t read = 0;

@@ -21,6 +21,7 @@ class CloneCommand : public ObjectCommand {
                         "Give objects what another one has: its own entries, and whether it inherits.\n"
                         "What is below a folder gets what it inherits then. Links and what is mounted\n"
                         "below are not entered") {
+        from.Describe({.kind = ValueKind::kPath});
         yes.Needs(tree);
         linked.Needs(owner);
     }

@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "cli/messages.h"
+#include "cli/value_kind.h"
 
 namespace CLI {  // NOLINT(readability-identifier-naming): the parser names itself so
 class App;
-class Option;
 }  // namespace CLI
 
 namespace permora {
@@ -114,6 +114,8 @@ class TextOption {
     TextOption(const TextOption&) = delete;
     TextOption& operator=(const TextOption&) = delete;
 
+    // What the text is, for those who complete it.
+    void Describe(const ValueDescription& description) { DescribeValue(option, description); }
     // As typed; nothing when the option was not given.
     std::optional<std::string> Text() const;
     // Finds the meaning of what was typed, when the option was given. Returns what is wrong with it, or an

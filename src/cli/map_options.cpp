@@ -33,16 +33,20 @@ std::string ReadTable(const std::string& path, std::string& table) {
 }  // namespace
 
 MapOptions::MapOptions(Command& command) {
-    command.Parser()
-        .add_option("--map", typedPairs,
-                    "Put the account NEW in the place of OLD: in owners, groups, entries and their\n"
-                    "conditions. Both are names or SIDs. May be given several times; all are\n"
-                    "exchanged at once, not one after the other")
-        ->type_name("OLD=NEW")
-        ->allow_extra_args(false);
-    command.Parser()
-        .add_option("--map-file", tableFile, "The same from a table: a line OLD,NEW for each account")
-        ->type_name("CSV");
+    CLI::Option& pairs =
+        *command.Parser()
+             .add_option("--map", typedPairs,
+                         "Put the account NEW in the place of OLD: in owners, groups, entries and their\n"
+                         "conditions. Both are names or SIDs. May be given several times; all are\n"
+                         "exchanged at once, not one after the other")
+             ->type_name("OLD=NEW")
+             ->allow_extra_args(false);
+    DescribeValue(pairs, {.kind = ValueKind::kAccountPair});
+    CLI::Option& table =
+        *command.Parser()
+             .add_option("--map-file", tableFile, "The same from a table: a line OLD,NEW for each account")
+             ->type_name("CSV");
+    DescribeValue(table, {.kind = ValueKind::kFile});
 }
 
 // The pairs in the order of their arguments and lines.

@@ -26,10 +26,12 @@ ObjectCommand::ObjectCommand(const CommandParent& parent, const char* name, cons
                              Objects objects, const char* pathDescription)
     : Command(parent, name, description) {
     if (objects == Objects::kShares) {
-        Parser()
-            .add_option("NAME", shares, "Names of shares; behind -- also those that begin with a dash")
-            ->required()
-            ->type_name("");
+        CLI::Option& names =
+            *Parser()
+                 .add_option("NAME", shares, "Names of shares; behind -- also those that begin with a dash")
+                 ->required()
+                 ->type_name("");
+        DescribeValue(names, {.kind = ValueKind::kShare});
         return;
     }
     Parser().add_option("PATH", paths, pathDescription)->required()->type_name("");
@@ -37,12 +39,14 @@ ObjectCommand::ObjectCommand(const CommandParent& parent, const char* name, cons
 
 ObjectCommand::ShareOption::ShareOption(ObjectCommand& command) {
     CLI::Option* path = command.Parser().get_option("PATH")->required(false);
-    command.Parser()
-        .add_option("--share", command.shares,
-                    "Shares in the place of paths: the lists that the server keeps for them,\n"
-                    "which apply to whoever comes over the network")
-        ->type_name("NAME")
-        ->excludes(path);
+    CLI::Option& names =
+        *command.Parser()
+             .add_option("--share", command.shares,
+                         "Shares in the place of paths: the lists that the server keeps for them,\n"
+                         "which apply to whoever comes over the network")
+             ->type_name("NAME")
+             ->excludes(path);
+    DescribeValue(names, {.kind = ValueKind::kShare});
 }
 
 std::string ObjectCommand::Interpret() {

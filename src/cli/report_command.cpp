@@ -30,7 +30,12 @@ class RemarkOption : public TextOption {
     explicit RemarkOption(OptionPlace place)
         : TextOption(place, "--only", "CODES",
                      "List only objects with one of these remarks, by their codes, separated by commas:\n" +
-                         AllCodes()) {}
+                         AllCodes()) {
+        ValueDescription values{.kind = ValueKind::kKnownList};
+        for (std::size_t i = 0; i < kSurveyRemarkCount; ++i)
+            values.known.push_back({std::string(CodeOf(static_cast<Remark>(i))), ""});
+        Describe(values);
+    }
 
     std::string Interpret(const std::string& text) override {
         std::string_view rest = text;

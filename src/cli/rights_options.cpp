@@ -31,7 +31,12 @@ std::string ScopeHelp() {
 }  // namespace
 
 RightsOption::RightsOption(OptionPlace place, Presence presence)
-    : TextOption(place, "--rights", "LIST", RightsHelp(), presence) {}
+    : TextOption(place, "--rights", "LIST", RightsHelp(), presence) {
+    ValueDescription values{.kind = ValueKind::kKnownList};
+    for (const AccessRight& right : kAccessRights)
+        values.known.push_back({right.listName, ""});
+    Describe(values);
+}
 
 std::string RightsOption::Interpret(const std::string& text) {
     std::string problem;
@@ -44,14 +49,27 @@ bool RightsOption::NamesAll() const {
 }
 
 CombinationOption::CombinationOption(OptionPlace place)
-    : TextOption(place, "--combination", "NAME", CombinationHelp()) {}
+    : TextOption(place, "--combination", "NAME", CombinationHelp()) {
+    ValueDescription values{.kind = ValueKind::kKnown};
+    for (const UsableCombination& combination : kUsableCombinations)
+        values.known.push_back({combination.text, ""});
+    Describe(values);
+}
 
 std::string CombinationOption::Interpret(const std::string& text) {
     mask = ParseCombination(text);
     return mask ? "" : "--combination: no combination is called \"" + text + "\"";
 }
 
-ScopeOption::ScopeOption(OptionPlace place) : TextOption(place, "--scope", "N|TEXT", ScopeHelp()) {}
+ScopeOption::ScopeOption(OptionPlace place) : TextOption(place, "--scope", "N|TEXT", ScopeHelp()) {
+    ValueDescription values{.kind = ValueKind::kKnown};
+    for (std::size_t i = 0; i < kInheritanceScopes.size(); ++i) {
+        const std::string text = kInheritanceScopes.at(i).text;
+        values.known.push_back({std::to_string(i), text});
+        values.known.push_back({text, ""});
+    }
+    Describe(values);
+}
 
 std::string ScopeOption::Interpret(const std::string& text) {
     index = ParseScope(text);

@@ -40,7 +40,9 @@ class FormatOption : public TextOption {
     explicit FormatOption(OptionPlace place)
         : TextOption(place, "--format", "NAME",
                      "The form of the text: permora (if not given), or icacls, that of Windows' own\n"
-                     "tool, which holds the permissions and no owners") {}
+                     "tool, which holds the permissions and no owners") {
+        Describe({ValueKind::kKnown, {{"permora", ""}, {"icacls", "that of Windows' own tool"}}});
+    }
     std::string Interpret(const std::string& text) override {
         if (text == "icacls")
             form = SavedForm::kIcacls;
