@@ -1,5 +1,9 @@
 #include "cli/argument_shield.h"
 
+#include <algorithm>
+
+#include "platform/host_path.h"
+
 namespace permora {
 namespace {
 
@@ -18,6 +22,23 @@ std::string Shielded(std::string argument, ArgumentPlace place) {
                                                   (argument[start] == '[' || argument[start] == kShield));
     if (needsShield) argument.insert(start, 1, kShield);
     return argument;
+}
+
+std::string ShieldArguments(std::span<const char* const> arguments, std::vector<std::string>& shielded) {
+    ArgumentPlace place = ArgumentPlace::kAmongOptions;
+    for (const char* const text : arguments) {
+        const std::string argument = text;
+        if (place == ArgumentPlace::kAmongOptions && argument.starts_with('-') && IsNameHere(text)) {
+            return argument +
+                   ": a file here is called so: write ./ before the name for the file; as an option it can "
+                   "be "
+                   "given in another folder";
+        }
+        shielded.push_back(Shielded(argument, place));
+        if (argument == "--") place = ArgumentPlace::kBehindDashes;
+    }
+    std::ranges::reverse(shielded);
+    return {};
 }
 
 std::string Unshielded(const std::string& value) {

@@ -1,7 +1,6 @@
 #include "cli/program.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -12,7 +11,6 @@
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/accounts.h"
-#include "platform/host_path.h"
 #include "security/account_lookup.h"
 
 namespace permora {
@@ -77,24 +75,6 @@ ExitCode Answer(const CLI::App& app, const CLI::ParseError& error) {
     app.exit(error, text, text);
     Print(text.str());
     return ExitCode::kDone;
-}
-
-// The arguments in the parser's order, from the last; or what is wrong with them.
-std::string ShieldArguments(std::span<const char* const> arguments, std::vector<std::string>& shielded) {
-    ArgumentPlace place = ArgumentPlace::kAmongOptions;
-    for (const char* const text : arguments) {
-        const std::string argument = text;
-        if (place == ArgumentPlace::kAmongOptions && argument.starts_with('-') && IsNameHere(text)) {
-            return argument +
-                   ": a file here is called so: write ./ before the name for the file; as an option it can "
-                   "be "
-                   "given in another folder";
-        }
-        shielded.push_back(Shielded(argument, place));
-        if (argument == "--") place = ArgumentPlace::kBehindDashes;
-    }
-    std::ranges::reverse(shielded);
-    return {};
 }
 
 // Once for all the names that are missing.
