@@ -16,6 +16,8 @@ kernelPackages=(qemu-system-x86 busybox-static kmod cpio cifs-utils)
 # a screen reader reads there; a compositor without a display, and the toolkit's half for it.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core dbus-daemon at-spi2-core
     gir1.2-atspi-2.0 python3-gi weston qt6-wayland)
+# The shells in which completion is tested, and those who judge manual pages.
+shellPackages=(bash-completion zsh fish man-db mandoc python3)
 # The browser in which the page of a report is tested.
 browserPackages=(chromium)
 
