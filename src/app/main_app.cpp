@@ -1,8 +1,14 @@
 #include "app/main_app.h"
 
+#include <utility>
+
 #include "app/about_dialog.h"
 #include "app/help_commands.h"
 #include "app/help_topics.h"
+#include "app/saved_list_notice.h"
+#include "platform/administrator.h"
+#include "platform/api/system.h"
+#include "platform/host_path.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 
@@ -19,13 +25,24 @@ const MessageMap& CMainApp::GetMessageMap() const {
     return kMap;
 }
 
+// As the system's own, but with no other argument than the folder.
+CMainApp::CMainApp(const CommandLine& commandLine) : tellsOfStart(commandLine.tellsOfStart) {
+    std::string line = R"("permora")";
+    for (const std::string& path : commandLine.paths)
+        line += " \"" + PathFromArgument(path.c_str()) + '"';
+    startLine = std::move(line);
+    if (!commandLine.paths.empty()) notice = SavedListNotice(commandLine.paths.front());
+}
+
 bool CMainApp::InitInstance() {
-    frame = std::make_unique<CMainFrame>();
+    frame = std::make_unique<CMainFrame>(startLine ? *startLine : GetCommandLineA());
     mainWindow = frame.get();
     if (!frame->LoadFrame(IDR_MAIN_FRAME)) return false;
     frame->RestorePlacement();
     frame->RedrawWindow();
+    if (tellsOfStart) TellOfStart();
     frame->TellOfInterruption();
+    if (!notice.empty()) ShowInfoBox(frame->GetSafeHwnd(), notice.c_str());
     return true;
 }
 

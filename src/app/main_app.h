@@ -2,13 +2,21 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <string>
 
+#include "app/command_line.h"
 #include "app/main_frame.h"
 
 namespace permora {
 
 class CMainApp : public CWinApp {
   public:
+    // On the folder of the process's command line.
+    CMainApp() = default;
+    // On the folder that `commandLine` names.
+    explicit CMainApp(const CommandLine& commandLine);
+
     bool InitInstance() override;
     void OnEndSession() override;
     void OnHelp(CWnd& window, unsigned int templateId) override;
@@ -25,6 +33,9 @@ class CMainApp : public CWinApp {
     void ShowSupportPage();
     void ShowWebSite();
 
+    std::optional<std::string> startLine;  // nothing: the process's command line
+    std::string notice;                    // shown when the window is there; empty: none
+    bool tellsOfStart = false;
     std::unique_ptr<CMainFrame> frame;
 };
 

@@ -12,14 +12,11 @@
 #include "browser/folder_paths.h"
 #include "browser/share_rows.h"
 #include "framework/long_work.h"
-#include "framework/resource_templates.h"
-#include "platform/accounts.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/api/messages.h"
 #include "platform/api/system.h"
 #include "resources/resource_ids.h"
-#include "security/account_lookup.h"
 #include "security/message_boxes.h"
 #include "security/object_security.h"
 #include "security/place_remembering.h"
@@ -30,7 +27,6 @@ namespace {
 
 constexpr unsigned int kViewId = 0xE900;  // the class library's first pane of a frame
 
-constexpr int kMessagePane = 0;
 constexpr int kItemCountPane = 1;
 constexpr int kItemCountWidth = 200;
 
@@ -77,6 +73,7 @@ const MessageMap& CMainFrame::GetMessageMap() const {
             {ID_FIND, Notify::kCommand, &CMainFrame::Find},
             {ID_FIND, Notify::kUpdateCommand, &CMainFrame::OnUpdateSurvey},
             {ID_REPORT, Notify::kCommand, &CMainFrame::Report},
+            {ID_RESTART_AS_ADMINISTRATOR, Notify::kCommand, &CMainFrame::RestartAsAdministrator},
             {ID_REPORT, Notify::kUpdateCommand, &CMainFrame::OnUpdateSurvey},
             {ID_EDIT_UNDO, Notify::kUpdateCommand, &CMainFrame::OnUpdateUndo},
             {ID_SHOW_SHARES, Notify::kUpdateCommand, &CMainFrame::OnUpdateSharesMode},
@@ -104,9 +101,10 @@ bool CMainFrame::OnCreate() {
     view.SetViewModeObserver([this](std::uint32_t mode) { settings.block.viewMode = mode; });
     view.SetChoiceObserver([this] { KeepBrowserChoices(); });
     view.SetFolderEditor([this](const std::string& path) { EditItemAt(path); });
-    view.Create(*this, kViewId, GetCommandLineA());
+    view.Create(*this, kViewId, commandLine);
     SetView(view);
     if (!CreateBars()) return false;
+    OfferAdministrator();
 
     view.AttachBars(addressBarWnd, statusBarWnd);
     statusBarWnd.SetIndicators({CStatusBar::kSeparator, IDS_ITEM_COUNT_PANE, CStatusBar::kSeparator});
@@ -115,18 +113,8 @@ bool CMainFrame::OnCreate() {
     LoadBrowserChoices();
     ApplySettings();
     constexpr std::chrono::milliseconds kPause(500);
-    domainTimer.Start(kPause, [this] { ShowDomainState(); });
+    stateTimer.Start(kPause, [this] { ShowWhatIsMissing(); });
     return true;
-}
-
-// Takes the place of "Ready" alone: prompts and what is going on pass.
-void CMainFrame::ShowDomainState() {
-    const std::string text = OfflineText(StateOfDomain());
-    const std::string ready = LoadResourceString(IDS_IDLE_MESSAGE);
-    const std::string shown = statusBarWnd.GetPaneText(kMessagePane);
-    if (shown == ready || (shown == offlineText && !shown.empty()))
-        statusBarWnd.SetPaneText(kMessagePane, text.empty() ? ready : text);
-    offlineText = text;
 }
 
 bool CMainFrame::CreateBars() {
@@ -328,7 +316,7 @@ void CMainFrame::EditItemAt(const std::string& path) {
     Place place;
     const Outcome outcome = HoldItemAt(path, place);
     ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone()) EditItems(*this, RememberPlaceFor(this, place), place.names.front());
+    if (outcome.IsDone()) items.Edit(this, RememberPlaceFor(this, place), place.names.front());
 }
 
 // The editor works on a name in a held folder, so that nobody can put another folder into the path while it

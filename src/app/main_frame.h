@@ -3,9 +3,11 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "app/help_window.h"
 #include "app/history_commands.h"
+#include "app/item_windows.h"
 #include "app/settings_record.h"
 #include "app/settings_store.h"
 #include "app/survey_commands.h"
@@ -17,12 +19,14 @@
 #include "history/change_session.h"
 #include "platform/place.h"
 #include "properties/properties_service.h"
-#include "security/object_security.h"
 
 namespace permora {
 
 class CMainFrame : public CFrameWnd, private ResultsHost {
   public:
+    // `startLine` is a command line, whose folder is shown at first (StartFolderOf).
+    explicit CMainFrame(std::string startLine) : commandLine(std::move(startLine)) {}
+
     // Puts the window where the settings say and shows it.
     void RestorePlacement();
     // Writes the settings. A failure is shown in a box.
@@ -64,7 +68,8 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     void KeepBrowserChoices();
 
     bool CreateBars();
-    void ShowDomainState();
+    void OfferAdministrator();
+    void ShowWhatIsMissing();
     void LoadToolBarImages();
 
     // Commands.
@@ -84,17 +89,17 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     void ShowHistory();
     void Find();
     void Report();
+    void RestartAsAdministrator();
     void OnUpdateUndo(Notification& notification);
     void OnUpdateSurvey(Notification& notification);
     void EditItemAt(const std::string& path);
-    void TellOfSeveral(CWnd& window, std::size_t count);
-    void EditItems(CWnd& window, const RememberedPlace& place, const std::string& name);
     void EditResults(CWnd& window, const std::vector<ResultObject>& objects) override;
     void ShowInFolder(const ResultObject& object) override;
     Outcome HoldItemAt(const std::string& path, Place& place);
     void OnUpdateFileCommand(Notification& notification);
     void OnUpdateSharesMode(Notification& notification);
 
+    const std::string commandLine;
     CImageList toolBarImages;
     CStatusBar statusBarWnd;
     CToolBar toolBar;
@@ -104,11 +109,13 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     ProgramSettings settings;
     Size sheetSize;  // of the security editor; empty: its own
     ChangeSession changes{History::UsualPath(), LoadHistoryLimits()};
-    RepeatedWork domainTimer;
+    ItemWindows items{settings, sheetSize, changes};
+    RepeatedWork stateTimer;
     HistoryCommands history{*this, [this] { view.RefreshList(); }};
     SurveyCommands survey{*this, view, *this};
     std::unique_ptr<CHelpWindow> help;  // made when it is first asked for
-    std::string offlineText;            // in the status bar; empty: the domain answers
+    bool offersAdministrator = false;
+    std::string missingText;  // in the status bar; empty: nothing is missing
     PropertiesService properties{*this, [this](const std::string& path) { EditItemAt(path); }};
 };
 

@@ -79,6 +79,14 @@ void CMenu::AppendRadio(unsigned int id, const std::string& text) {
         items->entries.push_back({.id = id, .text = text, .isRadio = true, .popup = nullptr});
 }
 
+void CMenu::AppendCommand(unsigned int id, const std::string& text, const CIcon& icon) {
+    if (items != nullptr) items->entries.push_back({.id = id, .text = text, .popup = nullptr, .icon = icon});
+}
+
+void CMenu::AppendSeparator() {
+    if (items != nullptr) items->entries.emplace_back();
+}
+
 void CMenu::Enable(unsigned int id, bool enabled) {
     if (MenuItem* item = FindItem(items, id)) item->enabled = enabled;
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "framework/images.h"
 #include "framework/window.h"
 
 namespace permora {
@@ -23,6 +24,9 @@ class CMenu {
     void CheckRadioByPosition(int first, int last, int checked);
     // An entry at the end. Of those that are added so, one is checked.
     void AppendRadio(unsigned int id, const std::string& text);
+    // The same for a command, which may have a picture, and for a line before it.
+    void AppendCommand(unsigned int id, const std::string& text, const CIcon& icon);
+    void AppendSeparator();
     // By command id, in this menu and its pop-ups.
     void Enable(unsigned int id, bool enabled);
     void SetText(unsigned int id, const std::string& text);

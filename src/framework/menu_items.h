@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "framework/images.h"
 #include "framework/menu.h"
 
 namespace permora {
@@ -16,6 +17,7 @@ struct MenuItem {
     bool checked = false;
     bool isRadio = false;                 // checked as one of several
     std::shared_ptr<CMenu::Items> popup;  // null: none
+    CIcon icon{};                         // empty: none
 
     bool IsSeparator() const { return id == 0 && popup == nullptr; }
 };

@@ -86,6 +86,7 @@
 #define ID_HISTORY 32810
 #define ID_FIND 32811
 #define ID_REPORT 32812
+#define ID_RESTART_AS_ADMINISTRATOR 32813
 
 // Commands: selection and files. Undo and the clipboard commands have the framework's standard numbers.
 #define ID_SELECT_ALL 131

@@ -7,6 +7,7 @@
 #include "framework/clipboard.h"
 #include "platform/api/messages.h"
 #include "platform/system_message.h"
+#include "security/missing_rights.h"
 
 namespace permora {
 namespace {
@@ -18,6 +19,7 @@ bool LeavesNoWayOn(Step step) {
 
 // An empty text shows no box.
 void ShowOutcomeAs(HWND owner, const Outcome& outcome, const std::string& text) {
+    NoteFailure(outcome.code);
     if (!text.empty()) (IsInformation(outcome.step) ? ShowInfoBox : ShowErrorBox)(owner, text.c_str());
     if (LeavesNoWayOn(outcome.step)) ExitProcess(0);
 }
@@ -38,6 +40,7 @@ void ShowFatalErrorBox(HWND owner, LPCSTR text) {
 }
 
 void ShowSystemErrorBox(HWND owner, DWORD code) {
+    NoteFailure(code);
     if (const std::string text = GetSystemMessageText(code); !text.empty()) ShowErrorBox(owner, text.c_str());
 }
 

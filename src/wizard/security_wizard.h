@@ -6,6 +6,7 @@
 #include "framework/window.h"
 #include "history/change_session.h"
 #include "platform/place.h"
+#include "security/object_security.h"
 
 namespace permora {
 
@@ -19,6 +20,9 @@ struct WizardSettings {
 // items are in one folder, or are drives; there is at least one. They are held until the wizard has closed.
 // Rights that it assigns are one of `changes`.
 void RunSecurityWizard(CWnd* owner, const Place& place, const WizardSettings& settings,
+                       ChangeSession& changes);
+// The same for objects of several folders.
+void RunSecurityWizard(CWnd* owner, const RememberedPlace& place, const WizardSettings& settings,
                        ChangeSession& changes);
 
 }  // namespace permora

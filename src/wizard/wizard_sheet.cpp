@@ -9,8 +9,9 @@ constexpr const char* kWizardTitle = "Security Wizard";
 
 }  // namespace
 
-CWizard::CWizard(CWnd* owner, const Place& place, const WizardSettings& settings, ChangeSession& changes)
-    : remembered(RememberPlaceFor(owner, place)), taskPage(deletionPage, permissionsPage) {
+CWizard::CWizard(CWnd* owner, const RememberedPlace& place, const WizardSettings& settings,
+                 ChangeSession& changes)
+    : remembered(place), taskPage(deletionPage, permissionsPage) {
     Construct(kWizardTitle, owner);
     deletionPage.place = &remembered;
     deletionPage.askBeforeSecureDeletion = settings.askBeforeSecureDeletion;
@@ -29,6 +30,11 @@ bool CWizard::OnInitDialog() {
 }
 
 void RunSecurityWizard(CWnd* owner, const Place& place, const WizardSettings& settings,
+                       ChangeSession& changes) {
+    RunSecurityWizard(owner, RememberPlaceFor(owner, place), settings, changes);
+}
+
+void RunSecurityWizard(CWnd* owner, const RememberedPlace& place, const WizardSettings& settings,
                        ChangeSession& changes) {
     CWizard(owner, place, settings, changes).DoModal();
 }

@@ -13,7 +13,8 @@ namespace permora {
 class CWizard : public CPropertySheet {
   public:
     // As RunSecurityWizard takes them. For one DoModal.
-    CWizard(CWnd* owner, const Place& place, const WizardSettings& settings, ChangeSession& changes);
+    CWizard(CWnd* owner, const RememberedPlace& place, const WizardSettings& settings,
+            ChangeSession& changes);
 
   protected:
     bool OnInitDialog() override;

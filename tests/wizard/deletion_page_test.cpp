@@ -80,7 +80,7 @@ class WatchedWizard : public CWizard {
   public:
     WatchedWizard(const Place& place, const WizardSettings& settings, ChangeSession& changes,
                   std::atomic<bool>& leaving)
-        : CWizard(nullptr, place, settings, changes), isLeaving(leaving) {}
+        : CWizard(nullptr, RememberPlace(place), settings, changes), isLeaving(leaving) {}
 
   protected:
     void OnDestroy() override {

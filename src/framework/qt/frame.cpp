@@ -11,6 +11,7 @@
 #include <optional>
 
 #include "framework/frame_native.h"
+#include "framework/program_icon.h"
 #include "framework/qt/image.h"
 #include "framework/qt/late_escape.h"
 #include "framework/qt/list_keys.h"
@@ -234,6 +235,10 @@ std::unique_ptr<NativeFrame> MakeNativeFrame(CWnd& window, unsigned int id, Fram
     auto client = std::make_unique<QWidget>(top.get());
     top->SetClient(*client);
     return std::make_unique<FrameWindow>(window, std::move(client), std::move(top), events);
+}
+
+void SetProgramIcon(const CIcon& icon) {
+    QGuiApplication::setWindowIcon(qt::ToQt(icon));
 }
 
 std::vector<Rect> ScreenAreas() {

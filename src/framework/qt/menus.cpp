@@ -5,6 +5,7 @@
 #include <QWindow>
 
 #include "framework/frame_native.h"
+#include "framework/qt/image.h"
 #include "framework/qt/widget.h"
 
 namespace permora {
@@ -14,6 +15,7 @@ namespace {
 void AddCommand(QMenu& menu, QActionGroup*& radios, const MenuItem& item, const MenuHandlers& handlers) {
     QAction* action = menu.addAction(MenuText(item.text));
     action->setData(item.id);
+    if (item.icon) action->setIcon(ToQt(item.icon));
     action->setEnabled(item.enabled);
     action->setCheckable(item.checked || item.isRadio);
     action->setChecked(item.checked);

@@ -1,0 +1,158 @@
+#include "platform/administrator.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <climits>
+#include <cstdlib>
+#include <optional>
+#include <string_view>
+
+#include "platform/ascii.h"
+#include "platform/linux/base/spawn_plan.h"
+#include "platform/linux/base/unique_fd.h"
+
+namespace permora {
+namespace {
+
+constexpr std::string_view kStartWord = "started\n";
+
+// Of pkexec itself; this program has none of them.
+constexpr int kDismissedCode = 126;
+constexpr int kRefusedCode = 127;
+
+bool IsSet(const char* variable) {
+    return variable != nullptr && *variable != '\0';
+}
+
+// On the user's own PATH: this process has no other rights than the user's. Root starts nothing that way.
+std::optional<std::string> FindAsker() {
+    const char* const folders = std::getenv("PATH");
+    std::string_view rest = IsSet(folders) ? folders : "/usr/bin:/bin";
+    while (!rest.empty()) {
+        const std::string path = std::string(TakeUntil(':', rest)) + "/pkexec";
+        struct stat status {};
+        if (path.front() == '/' && stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+            access(path.c_str(), X_OK) == 0)
+            return path;
+    }
+    return std::nullopt;
+}
+
+std::string OwnPath() {
+    std::array<char, PATH_MAX> path{};
+    return readlink("/proc/self/exe", path.data(), path.size() - 1) > 0 ? path.data() : "";
+}
+
+// All of it: pkexec hands on what leads to an X server and forgets the rest.
+std::vector<std::string> OwnEnvironment() {
+    std::vector<std::string> environment;
+    for (char** entry = environ; *entry != nullptr; ++entry)
+        environment.emplace_back(*entry);
+    return environment;
+}
+
+// Whether the new process has said that it has started before it closed its output.
+bool AwaitStart(int source) {
+    std::string said;
+    std::array<char, kStartWord.size()> block{};
+    while (said.size() < kStartWord.size()) {
+        const ssize_t count = read(source, block.data(), kStartWord.size() - said.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return false;
+        said.append(block.data(), static_cast<std::size_t>(count));
+    }
+    return said == kStartWord;
+}
+
+// The exit code of a process; that of no program when a signal has ended it.
+int AwaitEnd(pid_t child) {
+    constexpr int kKilled = -1;
+    int status = 0;
+    pid_t reaped = -1;
+    do {
+        reaped = waitpid(child, &status, 0);
+    } while (reaped < 0 && errno == EINTR);
+    return reaped == child && WIFEXITED(status) ? WEXITSTATUS(status) : kKilled;
+}
+
+AdministratorStart MeaningOf(int exitCode) {
+    if (exitCode == kDismissedCode) return AdministratorStart::kDismissed;
+    return exitCode == kRefusedCode ? AdministratorStart::kRefused : AdministratorStart::kFailed;
+}
+
+std::optional<uid_t> UserOfStart() {
+    const char* const text = std::getenv("PKEXEC_UID");
+    if (geteuid() != 0 || !IsSet(text)) return std::nullopt;
+    const std::string_view digits = text;
+    uid_t user = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), user);
+    if (error != std::errc() || end != digits.data() + digits.size()) return static_cast<uid_t>(-1);
+    return user;
+}
+
+}  // namespace
+
+bool IsAdministrator() {
+    return geteuid() == 0;
+}
+
+bool CanAskForAdministrator() {
+    return !IsAdministrator() && FindAsker().has_value();
+}
+
+AdministratorStart StartAsAdministrator(const std::vector<std::string>& arguments, AdministratorWait wait,
+                                        int& exitCode) {
+    const std::optional<std::string> asker = IsAdministrator() ? std::nullopt : FindAsker();
+    if (!asker) return AdministratorStart::kNobodyAsks;
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return AdministratorStart::kFailed;
+    const host::UniqueFd source(ends[0]);
+    host::UniqueFd target(ends[1]);
+    std::vector<std::string> command = {"--disable-internal-agent", OwnPath()};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    pid_t child = -1;
+    const int problem = host::SpawnPlan(target.Get(), host::SpawnPlan::Ties::kOwnSession)
+                            .Start(*asker, command, OwnEnvironment(), child);
+    if (problem != 0) return AdministratorStart::kFailed;
+    target.Reset();  // so that the new process's end is the end of the pipe
+    if (!AwaitStart(source.Get())) return MeaningOf(AwaitEnd(child));
+    if (wait == AdministratorWait::kForEnd) exitCode = AwaitEnd(child);
+    return AdministratorStart::kStarted;
+}
+
+std::string DisplayForAdministrator() {
+    const char* const display = std::getenv("WAYLAND_DISPLAY");
+    const char* const folder = std::getenv("XDG_RUNTIME_DIR");
+    if (!IsSet(display)) return {};
+    if (*display == '/') return display;
+    return IsSet(folder) ? std::string(folder) + '/' + display : std::string();
+}
+
+bool IsStartedForUser() {
+    return UserOfStart().has_value();
+}
+
+// It leads to a screen and not to code, so it may be wherever that user has it.
+bool UseDisplayOfUser(const std::string& path) {
+    const std::optional<uid_t> user = UserOfStart();
+    struct stat status {};
+    if (!user || !path.starts_with('/') || lstat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode) ||
+        status.st_uid != *user)
+        return false;
+    return setenv("WAYLAND_DISPLAY", path.c_str(), 1) == 0;
+}
+
+void TellOfStart() {
+    // Who waits may have gone.
+    static_cast<void>(!write(STDOUT_FILENO, kStartWord.data(), kStartWord.size()));
+    const host::UniqueFd nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    if (nowhere) dup2(nowhere.Get(), STDOUT_FILENO);
+}
+
+}  // namespace permora
