@@ -13,9 +13,9 @@ domainPackages=(winbind samba-ad-provision samba-dsdb-modules iproute2)
 # A kernel that mounts what servers share: the machine that runs it, and what its start consists of.
 kernelPackages=(qemu-system-x86 busybox-static kmod cpio cifs-utils)
 # A screen without a display, a window manager, letters, and the hands and eyes of the test that uses them; a bus, and what
-# a screen reader reads there; a compositor without a display, and the toolkit's half for it.
+# a screen reader reads there; a compositor without a display, and the toolkit's half for it; the judges of what a desktop is told.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick fonts-dejavu-core dbus-daemon at-spi2-core
-    gir1.2-atspi-2.0 python3-gi weston qt6-wayland)
+    gir1.2-atspi-2.0 python3-gi weston qt6-wayland desktop-file-utils appstream shared-mime-info)
 # The shells in which completion is tested, and those who judge manual pages.
 shellPackages=(bash-completion zsh fish man-db mandoc python3)
 # The browser in which the page of a report is tested.

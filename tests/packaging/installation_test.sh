@@ -46,6 +46,7 @@ fi
 "$cmake" --install "$build" --prefix "$stage/prefix" --strip >"$stage/log" 2>&1 || Fail "The installation failed."
 folder=$stage/prefix/lib/permora
 grep -qF '"Path"="C:'"${folder//\//\\\\}"'"' "$registry" || Fail "The program was not told its folder."
+python3 "$(dirname "$(readlink -f "$0")")/desktop_test.py" "$stage/prefix" >>"$stage/log" 2>&1 || Fail "The desktop would not take it."
 for file in ZELHELP.chm help/index.html help/support.html; do
     [ -s "$folder/$file" ] || Fail "The help is not there: $file"
 done

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Renders the drawings of this folder to ../icons and ../bitmaps. The same drawings give the same bytes.
+# Renders the drawings of this folder to ../icons, ../bitmaps and the icons in packaging/desktop. The same drawings give the same bytes.
 # Needs rsvg-convert (librsvg2-bin), icotool (icoutils) and convert (imagemagick).
 set -eu
 
@@ -24,6 +24,15 @@ for small in *-16.svg; do
         set -- "$@" "--raw=$work/256.png"
     fi
     icotool --create --output="../icons/$name.ico" "$@"
+done
+
+# The program's icon once more, as single pictures for desktops.
+for size in 16 22 24 32 48 64 96 128 256 512; do
+    drawing=permora-256.svg
+    [ "$size" -gt 48 ] || drawing=permora.svg
+    [ "$size" -gt 24 ] || drawing=permora-16.svg
+    draw "$drawing" "$size"
+    cp "$work/$size.png" "../../../packaging/desktop/icons/permora-$size.png"
 done
 
 for name in wizard banner; do
