@@ -3,7 +3,7 @@
 
 # To configure, build and test; the presets configure all of it at once.
 buildPackages=(cmake ninja-build g++ mold gcc-mingw-w64-x86-64-posix qt6-base-dev libxcb1-dev libsystemd-dev
-    libcli11-dev nlohmann-json3-dev libsqlite3-dev libgtest-dev libgmock-dev libfuse3-dev fp-utils libglib2.0-bin libqt6svg6)
+    libcli11-dev nlohmann-json3-dev libtomlplusplus-dev libsqlite3-dev libgtest-dev libgmock-dev python3-jsonschema libfuse3-dev fp-utils libglib2.0-bin libqt6svg6)
 # Real volumes: mkntfs, the driver, and the judge ntfssecaudit.
 volumePackages=(ntfs-3g fuse3 attr)
 # A real server, its module that keeps access lists, and its clients.

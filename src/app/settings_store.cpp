@@ -86,6 +86,11 @@ DWORD StoreNumbers(std::initializer_list<std::pair<const char*, std::uint32_t>> 
     return error == ERROR_SUCCESS ? key.Close() : error;
 }
 
+std::pair<HKEY, std::string> PlaceOf(SettingsOwner owner) {
+    if (owner == SettingsOwner::kUser) return {HKEY_CURRENT_USER, kSettingsKey};
+    return {HKEY_USERS, std::string(".DEFAULT\\") + kSettingsKey};
+}
+
 bool LoadFlag(const char* name, bool usual) {
     std::uint32_t flag = usual ? 1 : 0;
     RegistryKey key;
@@ -186,12 +191,21 @@ DWORD StoreAskBeforeLosses(bool asks) {
     return StoreNumbers({{kAskBeforeLossesValue, asks ? 1U : 0U}});
 }
 
+std::string LoadStoredProgramFolder(SettingsOwner owner) {
+    const auto [root, path] = PlaceOf(owner);
+    RegistryKey key;
+    std::string folder;
+    if (key.Open(root, path.c_str(), KEY_READ) != ERROR_SUCCESS ||
+        LoadText(key, kFolderValue, folder) != ERROR_SUCCESS)
+        return {};
+    return folder;
+}
+
 DWORD StoreProgramFolder(SettingsOwner owner, const std::string& folder) {
     ProgramSettings record;
     if (!SetProgramFolder(record, folder)) return ERROR_FILENAME_EXCED_RANGE;  // it could not be read back
-    if (owner == SettingsOwner::kUser)
-        return StoreText(HKEY_CURRENT_USER, kSettingsKey, kFolderValue, folder);
-    return StoreText(HKEY_USERS, (std::string(".DEFAULT\\") + kSettingsKey).c_str(), kFolderValue, folder);
+    const auto [root, path] = PlaceOf(owner);
+    return StoreText(root, path.c_str(), kFolderValue, folder);
 }
 
 DWORD LoadToldInterruption(ToldInterruption& told) {

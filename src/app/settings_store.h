@@ -56,7 +56,8 @@ DWORD StoreAskBeforeLosses(bool asks);
 // Whose settings: the user's, or what users have who have none of their own.
 enum class SettingsOwner { kUser, kEveryUser };
 
-// For the installation: stores the program's folder ("Path").
+// For the installation: the program's folder ("Path") as it is stored; empty where none is, or no valid one.
+std::string LoadStoredProgramFolder(SettingsOwner owner);
 DWORD StoreProgramFolder(SettingsOwner owner, const std::string& folder);
 
 // The last change of the history that was cut off and of which the user has been told.

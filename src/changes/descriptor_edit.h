@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "platform/nt/acl.h"
 #include "platform/nt/inheritance.h"
@@ -27,13 +28,15 @@ struct ObjectToEdit {
     const nt::SecurityDescriptor& present;
     nt::ObjectKind kind;
     EditPlace place;
-    const ListsAbove* above;  // null: not known; the root of a volume has empty ones
+    const ListsAbove* above;     // null: not known; the root of a volume has empty ones
+    std::string_view path = {};  // below the tree's top, with backslashes; empty: the top
 };
 
 enum class EditFault : std::uint8_t {
     kNone,
     kHiddenAccount,  // nt::ExchangeResult::kHidden
     kUnknownFolder,  // what its folder hands down is needed and not known
+    kNoList,         // it has no list, so everyone may do everything, and the edit would end that
 };
 
 struct EditedSecurity {
@@ -49,6 +52,8 @@ class DescriptorEdit {
   public:
     virtual ~DescriptorEdit() = default;
     virtual EditedSecurity Edit(const ObjectToEdit& object) = 0;
+    // Whether objects that are alike in everything else may become different by their paths.
+    virtual bool DependsOnPath() const { return false; }
 };
 
 // What a folder with the list `above` hands down to the object.

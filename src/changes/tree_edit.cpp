@@ -46,6 +46,7 @@ bool HasVanished(DWORD error) {
 }
 
 NotEdited NotEditedBy(EditFault fault) {
+    if (fault == EditFault::kNoList) return NotEdited::kNoList;
     return fault == EditFault::kHiddenAccount ? NotEdited::kHiddenAccount : NotEdited::kUnknownFolder;
 }
 
@@ -181,8 +182,8 @@ bool TreeEditing::Visit(const ReadObject& object) {
 
 // Most files have what the one before has, and need no second judgement.
 bool TreeEditing::IsLikeTheLast(const ReadObject& object, const Attempt& attempt) const {
-    return !attempt.own && attempt.above && unchangedBelow && attempt.above->after == unchangedBelow &&
-           std::ranges::equal(object.descriptor, unchanged);
+    return !work.edit.DependsOnPath() && !attempt.own && attempt.above && unchangedBelow &&
+           attempt.above->after == unchangedBelow && std::ranges::equal(object.descriptor, unchanged);
 }
 
 // What the walk has read decides whether the object is looked at more closely.
@@ -226,7 +227,7 @@ EditedSecurity TreeEditing::Judge(Attempt& attempt, const nt::SecurityDescriptor
     if (attempt.basis) lists.emplace(ListsAbove{*attempt.above->before, *attempt.basis});
     return work.edit.Edit({present, attempt.own ? nt::ObjectKind::kFolder : nt::ObjectKind::kFile,
                            attempt.path.empty() ? EditPlace::kTop : EditPlace::kBelow,
-                           lists ? &*lists : nullptr});
+                           lists ? &*lists : nullptr, attempt.path});
 }
 
 // The top itself stays where it is.

@@ -36,6 +36,7 @@ enum class NotEdited : std::uint8_t {
     kUnlisted,       // the folder may have been changed, but what is in it is not known to its end: likewise
     kHiddenAccount,  // EditFault::kHiddenAccount
     kUnknownFolder,  // EditFault::kUnknownFolder
+    kNoList,         // EditFault::kNoList
 };
 
 // What the user should know about an object beside its change.

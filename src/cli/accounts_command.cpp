@@ -18,8 +18,7 @@
 namespace permora {
 namespace {
 
-// Prints accounts as they come, in columns that grow where a later batch needs it, or as elements of one
-// array.
+// Prints accounts as they come, in columns that grow where a later batch needs it, or as JSON.
 class AccountPrinter {
   public:
     explicit AccountPrinter(bool printsJson) : isJson(printsJson) {}
@@ -62,7 +61,7 @@ class AccountPrinter {
     bool isJson;
     bool hasTitles = false;
     std::vector<std::size_t> widths;
-    JsonArrayPrinter array;
+    JsonPrinter array{"accounts"};
 };
 
 class AccountsCommand : public Command {
@@ -75,7 +74,7 @@ class AccountsCommand : public Command {
   private:
     TextOption find{*this, "--find,--search", "TEXT",
                     "Only those in whose name, SID or type this text stands"};
-    JsonFlag json{*this, JsonShape::kArray};
+    JsonFlag json{*this};
 };
 
 ExitCode AccountsCommand::Run() {

@@ -4,13 +4,13 @@
 
 #include "cli/account_option.h"
 #include "cli/change_foresight.h"
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/list_change.h"
 #include "cli/listing.h"
 #include "cli/object_command.h"
 #include "cli/rights_left.h"
 #include "cli/rights_options.h"
-#include "cli/terminal_output.h"
 #include "platform/raw_security.h"
 #include "security/access_rights.h"
 #include "wizard/account_rights.h"
@@ -49,6 +49,9 @@ bool Preview(std::vector<AccessEntry> entries, ObjectSecurity& object, UniqueLoc
     return true;
 }
 
+constexpr const char* kNothingChanged =
+    "nothing was changed, since all would get the list that is made of this one's";
+
 class AssignCommand : public ObjectCommand {
   public:
     explicit AssignCommand(const CommandParent& parent)
@@ -66,6 +69,7 @@ class AssignCommand : public ObjectCommand {
 
   private:
     std::optional<PlannedChange> Plan() override;
+    ChangeOutput* Output() override { return &output; }
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
@@ -75,6 +79,7 @@ class AssignCommand : public ObjectCommand {
     ChangeResult GiveList(const Target& target, const HeldObject& held, ObjectSecurity& object);
     bool Assign(const Target& target);
 
+    ChangeOutput output{*this, messages, kDryRunOfEntries};
     ChangeOptions options{*this,
                           "Change even an object without any access list, which allows everyone everything;\n"
                           "the first one must have a list, since all get what is made of it"};
@@ -89,7 +94,6 @@ class AssignCommand : public ObjectCommand {
     std::optional<AccountRights> assigned;  // to every object; made of the first one's list
     KnownGroups groups;                     // of the account
     const Target* first = nullptr;
-    bool isFirstDone = false;
     std::optional<ChangeForesight> foresight;  // of a dry run
 };
 
@@ -102,7 +106,7 @@ std::string AssignCommand::Interpret() {
 }
 
 std::optional<ObjectCommand::PlannedChange> AssignCommand::Plan() {
-    if (options.Mode() == ChangeMode::kDryRun) return std::nullopt;
+    if (output.Mode() == ChangeMode::kDryRun) return std::nullopt;
     return PlannedChange{ChangeKind::kAssign, recording};
 }
 
@@ -135,7 +139,7 @@ bool AssignCommand::MakeRights(const HeldObject& held, ObjectSecurity& object) {
 ChangeResult AssignCommand::TellRightsLeft(const HeldObject& held) {
     ObjectSecurity object;
     if (!ReadList(held, object, messages)) return ChangeResult::kFailed;
-    Print(RightsLeftText(object.dacl, account.Account(), groups));
+    messages.PrintForPeople(RightsLeftText(object.dacl, account.Account(), groups));
     return ChangeResult::kDone;
 }
 
@@ -144,20 +148,20 @@ ChangeResult AssignCommand::GiveList(const Target& target, const HeldObject& hel
     const std::vector<AccessEntry> entries =
         assigned->Entries(held.IsFolder() ? ItemKind::kFolder : ItemKind::kFile);
     UniqueLocal<ACL> dacl;
-    if (options.Mode() == ChangeMode::kWrite) {
+    if (output.Mode() == ChangeMode::kWrite) {
         dacl = BuildWholeDacl(entries, messages);
         if (!dacl) return ChangeResult::kFailed;
         const ChangeResult result =
-            WriteDacl(target, held, object, std::nullopt, dacl.get(), recording.Recorder(), messages);
+            WriteDacl(target, held, object, std::nullopt, dacl.get(), recording, messages);
         return result == ChangeResult::kDone ? TellRightsLeft(held) : result;
     }
     const std::string before = StateText(target, "before", object, RemarksOn(object));
     if (!Preview(entries, object, dacl, messages)) return ChangeResult::kFailed;
-    Print(before + StateText(target, "after", object, RemarksOn(object)) +
-          RightsLeftText(object.dacl, account.Account(), groups));
+    messages.PrintForPeople(before + StateText(target, "after", object, RemarksOn(object)) +
+                            RightsLeftText(object.dacl, account.Account(), groups));
     const UniqueLocal<ACL> written = BuildWholeDacl(entries, messages);
     if (!written) return ChangeResult::kFailed;
-    if (!foresight) foresight.emplace(messages);
+    if (!foresight) foresight.emplace(output);
     foresight->Add(target, held,
                    {DaclWriteInformation(std::nullopt), {.dacl = written.get()}, BelowChange::kCarryDown});
     return ChangeResult::kDone;
@@ -166,7 +170,7 @@ ChangeResult AssignCommand::GiveList(const Target& target, const HeldObject& hel
 // The first object's list is made and written in one turn.
 bool AssignCommand::Assign(const Target& target) {
     ChangeTurn turn;
-    if (!turn.Begin(target, options.Mode(), messages)) return false;
+    if (!turn.Begin(target, output.Mode(), messages)) return false;
     while (turn.TryAgain(messages)) {
         const HeldObject& held = turn.Object();
         ObjectSecurity object;
@@ -182,23 +186,29 @@ bool AssignCommand::Assign(const Target& target) {
 }
 
 ExitCode AssignCommand::Begin(const std::vector<Target>& targets) {
-    messages.SetSubject(Paths().front());
     // With another object's list, the others would get other rights than requested.
     if (!targets.empty() && targets.front().argument == Paths().front()) {
         first = &targets.front();
-        isFirstDone = Assign(*first);
+        return ExitCode::kDone;
     }
-    if (assigned) return ExitCode::kDone;
-    messages.Say("nothing was changed, since all would get the list that is made of this one's");
+    messages.SetSubject(Paths().front());
+    messages.Say(kNothingChanged);
     return ExitCode::kSomeFailed;
 }
 
 bool AssignCommand::Do(const Target& target) {
-    return &target == first ? isFirstDone : Assign(target);
+    const bool isTurn = &target == first || assigned;
+    const bool isDone = isTurn && Assign(target);
+    if (!assigned && (isTurn || output.IsJson())) {  // once for people
+        messages.SetSubject(Paths().front());
+        messages.Say(kNothingChanged);
+    }
+    return isDone;
 }
 
 bool AssignCommand::End() {
-    Print(std::string(kNotConsidered) + '\n');
+    if (!assigned) return false;
+    messages.PrintForPeople(std::string(kNotConsidered) + '\n');
     return !foresight || foresight->End();
 }
 

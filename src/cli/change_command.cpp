@@ -2,9 +2,9 @@
 
 #include "cli/listing.h"
 #include "cli/share_listing.h"
-#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
+#include "platform/raw_security.h"
 
 namespace permora {
 namespace {
@@ -12,6 +12,23 @@ namespace {
 std::string StateOfShare(const std::string& name, const char* moment, PACL dacl, AccessEntryList& entries) {
     return PrintableText(name) + ' ' + moment + ":\n" + RemarkLines(RemarksOn(dacl, entries)) +
            RowsText(entries);
+}
+
+bool IsSame(const ShareSecurity& share, PACL dacl) {
+    return share.hasDescriptor && AclOf(share.dacl) == AclOf(dacl);
+}
+
+nt::SecurityDescriptor WithList(PACL dacl) {
+    nt::SecurityDescriptor descriptor;
+    descriptor.daclState = dacl != nullptr ? nt::DaclState::kList : nt::DaclState::kNull;
+    descriptor.dacl = AclOf(dacl).value_or(nt::Acl());
+    return descriptor;
+}
+
+std::vector<ComparedRow> ChangedRowsOf(PACL before, PACL after) {
+    const nt::SecurityDescriptor was = WithList(before);
+    const nt::SecurityDescriptor is = WithList(after);
+    return ChangedRows(&was, &is, ComparedObject::kFile);
 }
 
 EntryPlace PlaceOf(const Target& target, const HeldObject& object) {
@@ -38,13 +55,13 @@ EditResult ChangeCommand::MakeList(EditedList list, UniqueLocal<ACL>& dacl) {
 }
 
 std::optional<ObjectCommand::PlannedChange> ChangeCommand::Plan() {
-    if (options.Mode() == ChangeMode::kDryRun) return std::nullopt;
+    if (output.Mode() == ChangeMode::kDryRun) return std::nullopt;
     return PlannedChange{IsAboutShares() ? ChangeKind::kShare : ChangeKind::kPermissions, recording};
 }
 
 bool ChangeCommand::Do(const Target& target) {
     said.clear();
-    const ChangeMode mode = options.Mode();
+    const ChangeMode mode = output.Mode();
     ChangeTurn turn;
     if (!turn.Begin(target, mode, messages)) return false;
     while (turn.TryAgain(messages)) {
@@ -60,8 +77,8 @@ bool ChangeCommand::Do(const Target& target) {
             MakeList({PlaceOf(target, held), object.dacl, object.entries, object.inheritance}, dacl);
         if (edited != EditResult::kChanged) return edited == EditResult::kNothingToDo;
         if (mode == ChangeMode::kWrite) {
-            const ChangeResult result = WriteDacl(target, held, object, object.inheritance, dacl.get(),
-                                                  recording.Recorder(), messages);
+            const ChangeResult result =
+                WriteDacl(target, held, object, object.inheritance, dacl.get(), recording, messages);
             if (result == ChangeResult::kOutOfDate) continue;
             return result == ChangeResult::kDone;
         }
@@ -69,8 +86,9 @@ bool ChangeCommand::Do(const Target& target) {
         const bool inheritsAnew =
             object.inheritance != before && object.inheritance == DaclInheritance::kFromParent;
         const std::vector<std::string> parentsPart = {"the entries that the parent hands down come to these"};
-        Print(preview + StateText(target, "after", object, inheritsAnew ? parentsPart : RemarksOn(object)));
-        if (!foresight) foresight.emplace(messages);
+        messages.PrintForPeople(
+            preview + StateText(target, "after", object, inheritsAnew ? parentsPart : RemarksOn(object)));
+        if (!foresight) foresight.emplace(output);
         foresight->Add(
             target, held,
             {DaclWriteInformation(object.inheritance), {.dacl = dacl.get()}, BelowChange::kCarryDown});
@@ -84,18 +102,22 @@ bool ChangeCommand::End() {
 }
 
 ChangeResult ChangeCommand::WriteShare(const std::string& name, const ShareSecurity& share, PACL dacl) {
+    if (IsSame(share, dacl)) {
+        messages.PrintForPeople(PrintableText(name) + ": already so\n");
+        return ChangeResult::kDone;
+    }
     // A list needs a descriptor to stand in.
     Outcome outcome = share.hasDescriptor ? Outcome() : GiveShareDescriptor(name, recording.Recorder());
     if (outcome.IsDone()) outcome = WriteShareDacl(name, dacl, &share, recording.Recorder());
     if (outcome.code == ERROR_REVISION_MISMATCH) return ChangeResult::kOutOfDate;
     if (!messages.Check(outcome)) return ChangeResult::kFailed;
-    Print(PrintableText(name) + ": changed\n");
+    messages.PrintForPeople(PrintableText(name) + ": changed\n");
     return ChangeResult::kDone;
 }
 
 bool ChangeCommand::DoShare(const std::string& name) {
     said.clear();
-    const ChangeMode mode = options.Mode();
+    const ChangeMode mode = output.Mode();
     ChangeTurn turn;
     if (!turn.Begin(name, mode, messages)) return false;
     while (turn.TryAgain(messages)) {
@@ -114,7 +136,9 @@ bool ChangeCommand::DoShare(const std::string& name) {
             if (result == ChangeResult::kOutOfDate) continue;
             return result == ChangeResult::kDone;
         }
-        Print(preview + StateOfShare(name, "after", dacl.get(), share.entries));
+        messages.PrintForPeople(preview + StateOfShare(name, "after", dacl.get(), share.entries));
+        if (!IsSame(share, dacl.get())) output.SetChanged();
+        if (output.IsJson()) output.AddDifference(name, ChangedRowsOf(share.dacl, dacl.get()));
         return true;
     }
     return false;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/change_foresight.h"
+#include "cli/change_output.h"
 #include "cli/list_change.h"
 #include "cli/object_command.h"
 #include "shares/share_security.h"
@@ -44,6 +45,9 @@ class ChangeCommand : public ObjectCommand {
     bool DoShare(const std::string& name) final;
     bool End() override;
 
+    ChangeOutput* Output() final { return &output; }
+
+    ChangeOutput output{*this, messages, kDryRunOfEntries};
     ChangeOptions options{*this};
     Recording recording{*this};
 

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "cli/change_output.h"
 #include "cli/messages.h"
 #include "cli/nested_targets.h"
 #include "cli/target.h"
@@ -15,8 +16,9 @@ namespace permora {
 // ends the work between two objects.
 class ChangeForesight {
   public:
-    explicit ChangeForesight(ConsoleMessages& console);
+    explicit ChangeForesight(ChangeOutput& changeOutput);
 
+    // Tells the output what would become of the object, which it has begun.
     void Add(const Target& target, const HeldObject& object, const PlannedWrite& write);
     // What a walk that counts has found below the objects.
     void AddBelow(const TreeCounts& counts) { previewing.AddBelow(counts); }
@@ -24,6 +26,9 @@ class ChangeForesight {
     bool End();
 
   private:
+    void Tell(const Target& target, const HeldObject& object, const PlannedWrite& write);
+
+    ChangeOutput& output;
     ConsoleMessages& messages;
     TreeProgress progress;
     ChangePreviewing previewing;

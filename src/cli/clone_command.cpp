@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "changes/copy_edit.h"
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/consent.h"
 #include "cli/object_command.h"
@@ -30,6 +31,7 @@ class CloneCommand : public ObjectCommand {
 
   private:
     std::optional<PlannedChange> Plan() override;
+    ChangeOutput* Output() override { return &output; }
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override { return run->End(); }
@@ -42,7 +44,7 @@ class CloneCommand : public ObjectCommand {
               "own. An object whose folder hands all of it down inherits it instead"};
     Flag owner{*this, "--owner", "Give them the source's owner, too"};
     LinkedFlag linked{*this};
-    Flag dryRun{*this, "--dry-run", "Show what would change, before and after, and write nothing"};
+    ChangeOutput output{*this, messages, "Show what would change, before and after, and write nothing"};
     YesFlag yes{*this};
     QuietFlag quiet{*this};
     Recording recording{*this};
@@ -59,7 +61,7 @@ std::string CloneCommand::Interpret() {
 }
 
 std::optional<ObjectCommand::PlannedChange> CloneCommand::Plan() {
-    if (dryRun) return std::nullopt;
+    if (output.IsDryRun()) return std::nullopt;
     return PlannedChange{ChangeKind::kClone, recording};
 }
 
@@ -79,13 +81,13 @@ ExitCode CloneCommand::Begin(const std::vector<Target>& targets) {
     const ConsentTexts texts = {
         "clone --tree replaces every entry that is set below the folders",
         "These and everything below them lose the entries set for them:", "nothing was changed"};
-    if (tree && !dryRun && !yes && !AskForConsent(texts, targets, messages)) return ExitCode::kUsage;
+    if (tree && !output.IsDryRun() && !yes && !AskForConsent(texts, targets, messages))
+        return ExitCode::kUsage;
     edit.emplace(source, tree ? CopyEdit::Reach::kTree : CopyEdit::Reach::kTop,
                  owner ? CopyEdit::Owner::kCopy : CopyEdit::Owner::kKeep);
-    run.emplace(TreeEditRun::How{dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite,
-                                 quiet ? Progress::kQuiet : Progress::kShown,
+    run.emplace(TreeEditRun::How{quiet ? Progress::kQuiet : Progress::kShown,
                                  linked ? LinkedFiles::kChange : LinkedFiles::kPassOver},
-                recording.Recorder(), messages);
+                recording.Recorder(), output);
     return ExitCode::kDone;
 }
 

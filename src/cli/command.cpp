@@ -25,6 +25,12 @@ std::string Command::Interpret() {
     return {};
 }
 
+std::string Command::Name() const {
+    const CLI::App* const above = parser.get_parent();
+    const bool isBelowCommand = above->get_parent() != nullptr;
+    return (isBelowCommand ? above->get_name() + ' ' : "") + parser.get_name();
+}
+
 Choice::Choice(Command& owner) : OptionPlace(owner, *owner.Parser().add_option_group("choice", "One of:")) {
     parser.require_option(1);
 }

@@ -22,8 +22,10 @@ class TextOption;
 // The exit code for scripts.
 enum class ExitCode : std::uint8_t {
     kDone = 0,
-    kSomeFailed = 1,  // and every other was done, unless the program had to break off
-    kUsage = 2,       // nothing was touched
+    kSomeFailed = 1,   // and every other was done, unless the program had to break off
+    kWouldChange = 1,  // of --check, which ...
+    kUsage = 2,        // nothing was touched
+    kCheckFailed = 3,  // ... keeps failures apart
 };
 
 constexpr ExitCode ExitCodeOf(bool allDone) {
@@ -52,6 +54,8 @@ class Command {
     // Includes an option in Interpret. It must live as long as this.
     void Add(TextOption& option) { options.push_back(&option); }
     CLI::App& Parser() { return parser; }
+    // As the user types it: "grant", "shares show".
+    std::string Name() const;
 
   protected:
     Command(const CommandParent& parent, const char* name, const char* description);

@@ -5,10 +5,10 @@
 namespace permora {
 namespace {
 
-constexpr std::array<MakeCommand*, 23> kCommands = {
+constexpr std::array<MakeCommand*, 24> kCommands = {
     MakeShow,  MakeGrant, MakeDeny,    MakeRevoke,    MakeReplace,  MakeClone,  MakeInherit, MakeAssign,
     MakeReset, MakeShred, MakeOwner,   MakeEffective, MakeReport,   MakeFind,   MakeVerify,  MakeHistory,
-    MakeUndo,  MakeSave,  MakeCompare, MakeRestore,   MakeAccounts, MakeShares, MakeSetup,
+    MakeUndo,  MakeSave,  MakeCompare, MakeRestore,   MakeAccounts, MakeShares, MakePolicy,  MakeSetup,
 };
 
 }  // namespace

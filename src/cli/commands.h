@@ -20,6 +20,7 @@ std::unique_ptr<Command> MakeGrant(const CommandParent& parent);
 std::unique_ptr<Command> MakeHistory(const CommandParent& parent);
 std::unique_ptr<Command> MakeInherit(const CommandParent& parent);
 std::unique_ptr<Command> MakeOwner(const CommandParent& parent);
+std::unique_ptr<Command> MakePolicy(const CommandParent& parent);
 std::unique_ptr<Command> MakeReplace(const CommandParent& parent);
 std::unique_ptr<Command> MakeReport(const CommandParent& parent);
 std::unique_ptr<Command> MakeReset(const CommandParent& parent);

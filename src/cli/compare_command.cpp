@@ -71,7 +71,7 @@ class CompareCommand : public ObjectCommand {
                 quiet ? Progress::kQuiet : Progress::kShown, now, messages};
     }
 
-    JsonFlag json{*this, JsonShape::kArray};
+    JsonFlag json{*this};
     QuietFlag quiet{*this};
     bool areAlike = false;
 };

@@ -84,6 +84,17 @@ Json SddlJson(std::span<const std::uint8_t> descriptor) {
 
 }  // namespace
 
+Json RowsJson(const std::vector<ComparedRow>& rows) {
+    Json json = Json::array();
+    for (const ComparedRow& row : rows)
+        json.push_back({{"change", RowChangeText(row.change)},
+                        {"what", row.what},
+                        {"name", row.name},
+                        {"before", row.before},
+                        {"after", row.after}});
+    return json;
+}
+
 bool DifferenceOutput::Begin(std::string_view path) {
     if (IsInterrupted()) return false;
     line.ShowPath(++objects, path);
@@ -137,23 +148,14 @@ void DifferenceOutput::PrintJson(const TreeDifference& difference, const std::st
     }
     if (!difference.before.empty()) json["before"] = SddlJson(difference.before);
     if (!difference.after.empty()) json["after"] = SddlJson(difference.after);
-    if (difference.kind == DifferenceKind::kSecurity) {
-        Json rows = Json::array();
-        for (const ComparedRow& row : RowsOf(difference))
-            rows.push_back({{"change", RowChangeText(row.change)},
-                            {"what", row.what},
-                            {"name", row.name},
-                            {"before", row.before},
-                            {"after", row.after}});
-        json["rows"] = std::move(rows);
-    }
+    if (difference.kind == DifferenceKind::kSecurity) json["rows"] = RowsJson(RowsOf(difference));
     array.Add(json);
 }
 
 void DifferenceOutput::End() {
     line.Clear();
     if (form == DifferenceForm::kJson)
-        array.End();
+        array.End({{"summary", {{"compared", objects}, {"different", differences}}}});
     else
         Print("compared: " + std::to_string(objects) + ", different: " + std::to_string(differences) + '\n');
 }

@@ -3,14 +3,19 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "cli/json_output.h"
 #include "cli/messages.h"
 #include "cli/target.h"
 #include "cli/tree_progress.h"
 #include "saved/tree_comparison.h"
+#include "security/descriptor_comparison.h"
 
 namespace permora {
+
+// Rows that differ, for programs.
+Json RowsJson(const std::vector<ComparedRow>& rows);
 
 enum class DifferenceForm { kText, kJson };
 
@@ -36,7 +41,7 @@ class DifferenceOutput : public ComparisonObserver {
     const Target& target;
     ConsoleMessages& messages;
     ProgressLine line;
-    JsonArrayPrinter array;
+    JsonPrinter array{"compare"};
     std::size_t objects = 0;
     std::size_t differences = 0;
 };

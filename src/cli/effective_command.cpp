@@ -145,7 +145,7 @@ class EffectiveCommand : public ObjectCommand {
     Flag explain{*this, "--explain",
                  "For each right the entry that decides it, through which group, and from which folder\n"
                  "it is inherited"};
-    JsonFlag json{*this, JsonShape::kObjects};
+    JsonFlag json{*this};
     Json answers = Json::array();
     std::optional<RightsComparison> all;  // over all objects
     NetworkShares shares;
@@ -228,7 +228,7 @@ void EffectiveCommand::PrintTogether(const Target& target, const ObjectSecurity&
 
 bool EffectiveCommand::End() {
     if (json) {
-        PrintJsonObjects(answers, ObjectCount() * all->Accounts().size());
+        PrintJson("effective", answers);
         return true;
     }
     if (ObjectCount() > 1) {

@@ -71,8 +71,8 @@ void FaultOutput::AddModes(const std::string& path, const std::string& share,
     }
 }
 
-void FaultOutput::End() {
-    if (form == FaultForm::kJson) array.End();
+void FaultOutput::End(const Json& rest) {
+    if (form == FaultForm::kJson) array.End(rest);
 }
 
 }  // namespace permora

@@ -22,11 +22,12 @@ class FaultOutput {
     // A line, or an object, for each remark, with all accounts that it is about.
     void AddModes(const std::string& path, const std::string& share,
                   const std::vector<ModeFinding>& findings);
-    void End();
+    // `rest` has further members of the JSON.
+    void End(const Json& rest);
 
   private:
     const FaultForm form;
-    JsonArrayPrinter array;
+    JsonPrinter array{"verify"};
 };
 
 }  // namespace permora

@@ -138,7 +138,7 @@ class FindCommand : public ObjectCommand {
     Flag explicitOnly{*this, "--explicit", "Entries of the objects' own"};
     Flag inheritedOnly{*this, "--inherited", "Entries that come from the folder above"};
     Flag owner{*this, "--owner", "Objects that the account owns, in place of its entries"};
-    JsonFlag json{*this, JsonShape::kArray};
+    JsonFlag json{*this};
     Flag nulSeparated{*this, "-0,--null",
                       "A NUL behind each path in place of a line break, and the path as it is: for\n"
                       "xargs -0"};

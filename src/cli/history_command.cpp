@@ -7,6 +7,7 @@
 
 #include "app/settings_store.h"
 #include "cli/change_number.h"
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/history_age.h"
 #include "cli/history_listing.h"
@@ -55,13 +56,14 @@ class HistoryCommand : public Command {
     ExitCode Run() override;
 
   private:
-    ExitCode Keep();
-    ExitCode Prune();
+    DWORD Keep();
+    DWORD Prune();
+    ExitCode EndChange(DWORD error);
     ExitCode ListChanges();
     ExitCode ListObjects(std::int64_t change);
 
     ChangeNumber number{*this, "Show the objects of this change, with what was there before and after"};
-    JsonFlag json{*this, JsonShape::kArray};
+    ChangeOutput output{*this, messages, "With --prune, --keep-days or --keep-size: write nothing"};
     AgeOption prune{*this};
     LimitOption keepDays{*this, "--keep-days", "DAYS",
                          "From now on keep changes so long (90 days if it was never set; 0: for ever)"};
@@ -74,39 +76,67 @@ class HistoryCommand : public Command {
 std::string HistoryCommand::Interpret() {
     if (std::string problem = Command::Interpret(); !problem.empty()) return problem;
     const bool isSetting = keepDays.limit || keepSize.limit;
-    const int tasks = (number.Number() || json ? 1 : 0) + (prune.time ? 1 : 0) + (isSetting ? 1 : 0);
-    return tasks > 1 ? "history lists, removes or sets limits, one at a time" : "";
+    const int tasks = (number.Number() ? 1 : 0) + (prune.time ? 1 : 0) + (isSetting ? 1 : 0);
+    if (tasks > 1) return "history lists, removes or sets limits, one at a time";
+    return output.IsDryRun() && !isSetting && !prune.time
+               ? "--dry-run and --check are for --prune, --keep-days and --keep-size"
+               : "";
 }
 
 ExitCode HistoryCommand::Run() {
-    if (keepDays.limit || keepSize.limit) return Keep();
-    if (prune.time) return Prune();
+    if (keepDays.limit || keepSize.limit || prune.time) {
+        output.Start();
+        output.BeginObject(History::UsualPath());
+        return EndChange(prune.time ? Prune() : Keep());
+    }
     const DWORD error = History::OpenToRead(History::UsualPath(), history);
     // Nothing has been changed yet.
     if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return SayHistoryFailure(error, messages);
     return number.Number() ? ListObjects(*number.Number()) : ListChanges();
 }
 
-ExitCode HistoryCommand::Keep() {
-    HistoryLimits limits = LoadHistoryLimits();
-    limits.days = keepDays.limit.value_or(limits.days);
-    limits.megabytes = keepSize.limit.value_or(limits.megabytes);
-    if (!messages.Check({StoreHistoryLimits(limits)})) return ExitCode::kSomeFailed;
-    Print("kept: " + (limits.days == 0 ? std::string("for ever") : std::to_string(limits.days) + " days") +
-          ", " +
-          (limits.megabytes == 0 ? "without limit" : "at most " + std::to_string(limits.megabytes) + " MiB") +
-          '\n');
-    return ExitCode::kDone;
+ExitCode HistoryCommand::EndChange(DWORD error) {
+    const bool isDone = error == ERROR_SUCCESS;
+    if (!isDone) SayHistoryFailure(error, messages);
+    output.EndObject(isDone);
+    return output.Finish(ExitCodeOf(isDone));
 }
 
-ExitCode HistoryCommand::Prune() {
+DWORD HistoryCommand::Keep() {
+    const HistoryLimits before = LoadHistoryLimits();
+    const HistoryLimits limits = {keepDays.limit.value_or(before.days),
+                                  keepSize.limit.value_or(before.megabytes)};
+    const bool isSo = limits.days == before.days && limits.megabytes == before.megabytes;
+    if (!isSo) output.SetChanged();
+    output.AddMember("days", limits.days);
+    output.AddMember("megabytes", limits.megabytes);
+    if (!isSo && !output.IsDryRun())
+        if (const DWORD error = StoreHistoryLimits(limits); error != ERROR_SUCCESS) return error;
+    messages.PrintForPeople(
+        (output.IsDryRun() ? "would be kept: " : "kept: ") +
+        (limits.days == 0 ? std::string("for ever") : std::to_string(limits.days) + " days") + ", " +
+        (limits.megabytes == 0 ? "without limit" : "at most " + std::to_string(limits.megabytes) + " MiB") +
+        '\n');
+    return ERROR_SUCCESS;
+}
+
+DWORD HistoryCommand::Prune() {
+    std::vector<ChangeFacts> old;
     std::size_t removed = 0;
     DWORD error = History::OpenToRead(History::UsualPath(), history);
-    if (error == ERROR_SUCCESS) error = History::Open(History::UsualPath(), history);
-    if (error == ERROR_SUCCESS) error = history->PruneOlder(*prune.time, removed);
-    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return SayHistoryFailure(error, messages);
-    Print("removed: " + std::to_string(removed) + (removed == 1 ? " change\n" : " changes\n"));
-    return ExitCode::kDone;
+    if (error == ERROR_SUCCESS) error = history->FindOlder(*prune.time, old);
+    if (error == ERROR_SUCCESS && output.IsDryRun()) {
+        removed = old.size();
+    } else if (error == ERROR_SUCCESS && !old.empty()) {
+        error = History::Open(History::UsualPath(), history);
+        if (error == ERROR_SUCCESS) error = history->PruneOlder(*prune.time, removed);
+    }
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return error;
+    if (removed > 0) output.SetChanged();
+    output.AddMember("removed", removed);
+    messages.PrintForPeople((output.IsDryRun() ? "would be removed: " : "removed: ") +
+                            std::to_string(removed) + (removed == 1 ? " change\n" : " changes\n"));
+    return ERROR_SUCCESS;
 }
 
 ExitCode HistoryCommand::ListChanges() {
@@ -117,12 +147,12 @@ ExitCode HistoryCommand::ListChanges() {
     Json array = Json::array();
     std::vector<std::vector<std::string>> table = {ChangeTitles()};
     for (const ChangeFacts& facts : changes)
-        if (json)
+        if (output.IsJson())
             array.push_back(ChangeJson(facts));
         else
             table.push_back(ChangeColumns(facts));
-    if (json)
-        PrintJson(array);
+    if (output.IsJson())
+        PrintJson("history", array);
     else if (changes.empty())
         Print("nothing has been changed yet\n");
     else
@@ -137,11 +167,11 @@ ExitCode HistoryCommand::ListObjects(std::int64_t change) {
         messages.Say("the history has no change " + std::to_string(change));
         return ExitCode::kUsage;
     }
-    JsonArrayPrinter array;
+    JsonPrinter array("history");
     if (error == ERROR_SUCCESS) {
-        if (!json) Print(PrintableText(ChangeLine(facts)) + '\n');
+        if (!output.IsJson()) Print(PrintableText(ChangeLine(facts)) + '\n');
         error = history->VisitObjects(change, RecordOrder::kAsMade, [&](const RecordedObject& object) {
-            if (json)
+            if (output.IsJson())
                 array.Add(RecordedJson(object));
             else
                 Print('\n' + RecordedText(object));
@@ -149,7 +179,7 @@ ExitCode HistoryCommand::ListObjects(std::int64_t change) {
         });
     }
     if (error != ERROR_SUCCESS) return SayHistoryFailure(error, messages);
-    if (json) array.End();
+    if (output.IsJson()) array.End({{"change", change}});
     return ExitCode::kDone;
 }
 

@@ -38,6 +38,8 @@ const char* KindWord(ChangeKind kind) {
             return "replace";
         case ChangeKind::kClone:
             return "clone";
+        case ChangeKind::kPolicy:
+            return "policy";
     }
     return "unknown";
 }

@@ -4,23 +4,19 @@
 
 namespace permora {
 
-void PrintJson(const Json& document) {
-    Print(JsonText(document) + '\n');
+void JsonPrinter::Add(const Json& result) {
+    Print(document.Add(result));
 }
 
-void JsonArrayPrinter::Add(const Json& element) {
-    Print(array.Add(element));
+void JsonPrinter::End(const Json& rest) {
+    Print(document.End(rest));
 }
 
-void JsonArrayPrinter::End() {
-    Print(array.End());
-}
-
-void PrintJsonObjects(const Json& objects, std::size_t paths) {
-    if (paths != 1)
-        PrintJson(objects);
-    else if (!objects.empty())
-        PrintJson(objects.front());
+void PrintJson(const std::string& command, const Json& results, const Json& rest) {
+    JsonPrinter printer(command);
+    for (const Json& result : results)
+        printer.Add(result);
+    printer.End(rest);
 }
 
 }  // namespace permora

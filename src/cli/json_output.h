@@ -1,38 +1,35 @@
 // The commands' output for programs.
 #pragma once
 
-#include <cstddef>
+#include <string>
+#include <utility>
 
 #include "cli/command.h"
 #include "report/json_text.h"
 
 namespace permora {
 
-enum class JsonShape { kObjects, kArray };
-
 // --json.
 struct JsonFlag : Flag {
-    JsonFlag(OptionPlace place, JsonShape shape)
-        : Flag(place, "--json",
-               shape == JsonShape::kArray ? "As JSON: an array of objects"
-                                          : "As JSON: one object, or an array of several") {}
+    explicit JsonFlag(OptionPlace place)
+        : Flag(place, "--json", "As JSON for programs: one object with \"results\"") {}
 };
 
-// As JsonText, with a line break.
-void PrintJson(const Json& document);
-
-// An array that is printed element by element.
-class JsonArrayPrinter {
+// A document that is printed result by result.
+class JsonPrinter {
   public:
-    void Add(const Json& element);
-    void End();
+    // The name of the command that prints it.
+    explicit JsonPrinter(std::string command) : document(std::move(command)) {}
+
+    void Add(const Json& result);
+    // With further members.
+    void End(const Json& rest = Json::object());
 
   private:
-    JsonArrayText array;
+    JsonDocumentText document;
 };
 
-// One object for each path that the user gave and that could be read. For a single path, the object is not in
-// an array, so that a script need not unwrap it.
-void PrintJsonObjects(const Json& objects, std::size_t paths);
+// A document with these results, an array.
+void PrintJson(const std::string& command, const Json& results, const Json& rest = Json::object());
 
 }  // namespace permora

@@ -1,7 +1,6 @@
 #include "cli/list_change.h"
 
 #include "cli/listing.h"
-#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 
@@ -16,8 +15,7 @@ bool IsTurn(DWORD error, ConsoleMessages& messages) {
 }  // namespace
 
 ChangeOptions::ChangeOptions(OptionPlace place, const char* nullListDescription)
-    : dryRun(place, "--dry-run", "Show the entries before and after the change and write nothing"),
-      dropOtherEntries(place, "--drop-other-entries",
+    : dropOtherEntries(place, "--drop-other-entries",
                        "Change even a list with entries of other types than allow and deny, or with such\n"
                        "that are not valid; they are lost"),
       replaceNullList(place, "--replace-null-list", nullListDescription) {}
@@ -74,14 +72,17 @@ UniqueLocal<ACL> BuildWholeDacl(std::span<const AccessEntry> entries, ConsoleMes
 }
 
 ChangeResult WriteDacl(const Target& target, const HeldObject& object, const ObjectSecurity& before,
-                       std::optional<DaclInheritance> inheritance, PACL dacl, ChangeRecorder& recorder,
+                       std::optional<DaclInheritance> inheritance, PACL dacl, Recording& recording,
                        ConsoleMessages& messages) {
     FailuresBelow below;
+    ChangeRecorder& recorder = recording.Recorder();
+    const std::uint64_t written = recording.Count();
     const DWORD error = object.WriteSecurity(DaclWriteInformation(inheritance), {.dacl = dacl},
                                              before.descriptor.get(), recorder, below);
     if (error == ERROR_REVISION_MISMATCH) return ChangeResult::kOutOfDate;
     if (!messages.Check(OutcomeOfChange(error, recorder))) return ChangeResult::kFailed;
-    Print(PrintableText(target.argument) + ": changed\n");
+    messages.PrintForPeople(PrintableText(target.argument) +
+                            (recording.Count() > written ? ": changed\n" : ": already so\n"));
     if (below.count == 0) return ChangeResult::kDone;
     messages.SetSubject(TypedPath(target, below.named.begin()->first));
     messages.SaySystemError(below.named.begin()->second);

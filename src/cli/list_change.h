@@ -10,6 +10,7 @@
 
 #include "cli/command.h"
 #include "cli/messages.h"
+#include "cli/recording.h"
 #include "cli/target.h"
 #include "cli/tree_progress.h"
 #include "platform/share_turn.h"
@@ -29,7 +30,7 @@ struct Losses {
 
 Losses LossesOf(PACL dacl, const AccessEntryList& entries);
 
-// --dry-run, --drop-other-entries and --replace-null-list.
+// --drop-other-entries and --replace-null-list.
 class ChangeOptions {
   public:
     explicit ChangeOptions(
@@ -39,12 +40,10 @@ class ChangeOptions {
             "afterwards only the accounts in the new list have access");
 
     bool DropsOtherEntries() const { return static_cast<bool>(dropOtherEntries); }
-    ChangeMode Mode() const { return dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite; }
     // Whether the user accepts the losses.
     bool MayReplace(const Losses& losses, ConsoleMessages& messages) const;
 
   private:
-    Flag dryRun;
     Flag dropOtherEntries;
     Flag replaceNullList;
 };
@@ -59,17 +58,20 @@ void DropOtherEntries(AccessEntryList& entries);
 UniqueLocal<ACL> BuildWholeDacl(std::span<const AccessEntry> entries, ConsoleMessages& messages);
 
 // What became of one attempt to change an object.
+inline constexpr const char* kDryRunOfEntries =
+    "Show the entries before and after the change and write nothing";
+
 enum class ChangeResult {
     kDone,
     kFailed,
     kOutOfDate,  // another program has changed the list since it was read; nothing was written or printed
 };
 
-// Writes a list in the place of the one that was read as `before`, and says so. Without a choice of
-// `inheritance` the object keeps its own. A failure below the object is reported under the name of what
-// failed; the object itself was changed then.
+// Writes a list in the place of the one that was read as `before`, and says whether that made a difference.
+// Without a choice of `inheritance` the object keeps its own. A failure below the object is reported under
+// the name of what failed; the object itself was changed then.
 ChangeResult WriteDacl(const Target& target, const HeldObject& object, const ObjectSecurity& before,
-                       std::optional<DaclInheritance> inheritance, PACL dacl, ChangeRecorder& recorder,
+                       std::optional<DaclInheritance> inheritance, PACL dacl, Recording& recording,
                        ConsoleMessages& messages);
 
 // The turn of this program on an object that is to be changed. No other program of this user works on it

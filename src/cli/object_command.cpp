@@ -60,22 +60,49 @@ std::vector<Target> ObjectCommand::FindTargets() {
     auto start = std::make_shared<FolderHandle>();
     if (FolderHandle::Open(".", *start) != ERROR_SUCCESS) start.reset();
     std::vector<Target> targets;
+    ChangeOutput* const output = Output();
     for (const std::string& path : paths) {
+        if (output != nullptr) output->BeginObject(path);
         Target target;
-        if (!MakeCertainTarget(path, start, target, messages)) continue;
-        Hold(target);
-        targets.push_back(std::move(target));
+        const bool isFound = MakeCertainTarget(path, start, target, messages);
+        if (isFound) {
+            Hold(target);
+            targets.push_back(std::move(target));
+        }
+        if (output != nullptr) isFound ? output->LeaveObject() : output->EndObject(false);
     }
     return targets;
 }
 
 ExitCode ObjectCommand::Run() {
+    ChangeOutput* const output = Output();
+    if (output == nullptr) return Conclude(RunChange());
+    output->Start();
+    return output->Finish(RunChange());
+}
+
+ExitCode ObjectCommand::RunChange() {
     const std::optional<PlannedChange> change = Plan();
     if (!change) return DoAll(nullptr);
     if (!change->recording.Begin(change->kind, messages)) return ExitCode::kSomeFailed;
     const ExitCode result = DoAll(&change->recording);
+    if (ChangeOutput* const output = Output()) output->SetChangeNumber(change->recording.Number());
     change->recording.End(messages);
     return result;
+}
+
+// The work on an object, whose name is the subject of the messages.
+bool ObjectCommand::DoOne(const std::string& name, const Recording* recording,
+                          const std::function<bool()>& work) {
+    messages.SetSubject(name);
+    ChangeOutput* const output = Output();
+    if (output == nullptr) return work();
+    const std::uint64_t before = recording != nullptr ? recording->Count() : 0;
+    output->BeginObject(name);
+    const bool isDone = work();
+    if (recording != nullptr && recording->Count() > before) output->SetChanged();
+    output->EndObject(isDone);
+    return isDone;
 }
 
 // `recording` may be null.
@@ -88,13 +115,11 @@ ExitCode ObjectCommand::DoAll(Recording* recording) {
     bool allDone = targets.size() == paths.size();
     for (const Target& target : targets) {
         if (mustStop()) break;
-        messages.SetSubject(target.argument);
-        allDone = Do(target) && allDone;
+        allDone = DoOne(target.argument, recording, [&] { return Do(target); }) && allDone;
     }
     for (const std::string& share : shares) {
         if (mustStop()) break;
-        messages.SetSubject(share);
-        allDone = DoShare(share) && allDone;
+        allDone = DoOne(share, recording, [&] { return DoShare(share); }) && allDone;
     }
     return ExitCodeOf(End() && allDone);
 }

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/change_output.h"
 #include "cli/command.h"
 #include "cli/recording.h"
 #include "cli/target.h"
@@ -33,6 +35,11 @@ class ObjectCommand : public Command {
         Recording& recording;  // which begins before everything else
     };
     virtual std::optional<PlannedChange> Plan() { return std::nullopt; }
+    // Of a command that changes things. It is told here which object comes next, and when something of it was
+    // written; what else there is to say of it the command says. Null: the command changes nothing.
+    virtual ChangeOutput* Output() { return nullptr; }
+    // How the program ends, for a command without an Output.
+    virtual ExitCode Conclude(ExitCode code) { return code; }
     // Makes sure that the object is known again when its turn comes.
     virtual void Hold(Target& target) { RememberTarget(target); }
     // What comes before the first object. Nothing is done after any result but kDone; the reason was printed.
@@ -55,7 +62,9 @@ class ObjectCommand : public Command {
 
   private:
     std::vector<Target> FindTargets();
+    ExitCode RunChange();
     ExitCode DoAll(Recording* recording);
+    bool DoOne(const std::string& name, const Recording* recording, const std::function<bool()>& work);
 
     std::vector<std::string> paths;
     std::vector<std::string> shares;

@@ -4,11 +4,11 @@
 
 #include "cli/account_option.h"
 #include "cli/change_foresight.h"
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/interrupts.h"
 #include "cli/nested_targets.h"
 #include "cli/object_command.h"
-#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
@@ -24,11 +24,12 @@ class OwnerCommand : public ObjectCommand {
         : ObjectCommand(parent, "owner", "Show or change who owns objects") {
         tree.Needs(newOwner);
         linked.Needs(tree);
-        dryRun.Needs(newOwner);
+        output.DryRunNeeds(newOwner);
     }
 
   private:
     std::optional<PlannedChange> Plan() override;
+    ChangeOutput* Output() override { return &output; }
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
@@ -43,7 +44,7 @@ class OwnerCommand : public ObjectCommand {
               "links), which may be others' files, are passed over"};
     Flag linked{*this, "--linked",
                 "With --tree, give also files with further names to NAME, under all of them"};
-    Flag dryRun{*this, "--dry-run", "Count what would change and write nothing"};
+    ChangeOutput output{*this, messages, "Count what would change and write nothing"};
     Recording recording{*this};
     std::vector<Target> folders;
     std::optional<ChangeForesight> foresight;  // of a dry run
@@ -51,7 +52,7 @@ class OwnerCommand : public ObjectCommand {
 };
 
 std::optional<ObjectCommand::PlannedChange> OwnerCommand::Plan() {
-    if (!newOwner.IsGiven() || dryRun) return std::nullopt;
+    if (!newOwner.IsGiven() || output.IsDryRun()) return std::nullopt;
     return PlannedChange{ChangeKind::kOwner, recording};
 }
 
@@ -71,9 +72,9 @@ bool OwnerCommand::Do(const Target& target) {
     HeldObject object;
     if (!FindTarget(target, object, messages)) return false;
     if (object.IsFolder()) folders.push_back(target);
-    if (dryRun) {
+    if (output.IsDryRun()) {
         if (tree) nested.Add(target, object, messages);
-        if (!foresight) foresight.emplace(messages);
+        if (!foresight) foresight.emplace(output);
         foresight->Add(target, object, {OWNER_SECURITY_INFORMATION, {.owner = newOwner.Account().RawSid()}});
         return true;
     }
@@ -81,7 +82,10 @@ bool OwnerCommand::Do(const Target& target) {
     AccountRecord owner;
     if (!messages.Check({ReadObjectOwner(object, owner)})) return false;
     const std::string name = AccountDisplayName(owner);
-    Print(PrintableText(target.argument) + ": " + (name.empty() ? "none" : PrintableText(name)) + '\n');
+    output.AddMember("owner", name.empty() ? Json() : Json(name));
+    output.AddMember("ownerSid", owner.sid ? Json(owner.GetSidText()) : Json());
+    messages.PrintForPeople(PrintableText(target.argument) + ": " +
+                            (name.empty() ? "none" : PrintableText(name)) + '\n');
     return true;
 }
 
@@ -94,15 +98,21 @@ bool OwnerCommand::SetTrees(TreeCounts& counts) {
         if (IsInterrupted() || recording.IsStopped()) break;
         HeldObject folder;
         messages.SetSubject(target.argument);
+        output.BeginBelow(target.argument);
         if (!FindTarget(target, folder, messages)) {
             allFound = false;
+            output.EndObject(false);
             continue;
         }
+        const ObjectCounts before = CountsOf(counts);
         progress.SetTarget(target);
         const DWORD error = folder.SetOwnersBelow(
             newOwner.Account().RawSid(), linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,
-            dryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite, recording.Recorder(), progress, counts);
+            output.IsDryRun() ? TreeListMode::kCountOnly : TreeListMode::kWrite, recording.Recorder(),
+            progress, counts);
         progress.EndTarget(OutcomeOfChange(error, recording.Recorder()), counts);
+        output.Count(CountsOf(counts) - before);
+        output.EndObject(true);
     }
     return allFound;
 }
@@ -116,7 +126,7 @@ bool OwnerCommand::End() {
         foresight->AddBelow(counts);
         return foresight->End() && allFound;
     }
-    return EndTrees(counts, dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite, messages) && allFound;
+    return EndTrees(counts, output.Mode(), messages) && allFound;
 }
 
 }  // namespace

@@ -44,6 +44,8 @@ constexpr const char* kFooter = R"(Examples:
   permora-cli accounts --find admin
   permora-cli shares
   permora-cli deny --share Projects --account guest --rights 'Full control'
+  permora-cli grant /mnt/data/Projects --account anna --rights 0x1301bf --check --json
+  permora-cli policy check /etc/permora/policy.toml
 
 A path is written as C:\folder\file or as this machine writes it; both mean the same object. A link at its end is
 not followed, and refused with a separator behind it. What begins with a dash or looks like C:\file while a file
@@ -52,11 +54,13 @@ the help of a command: permora-cli grant --help
 
 Exit code:
   0  done
-  1  some object failed: each one is named on standard error with its reason (by reset only with --verbose), and all
+  1  with --check: something would change. Without it, some object failed: each one is named on standard error with its reason (by reset only with --verbose), and all
      others were done; or a change of a tree, undo or shred was interrupted; or the history of changes could not be
      written: then nothing was changed, or nothing after the object that is named
      (assign gives every object the list that it makes of the first one's: when that fails, nothing was touched)
-  2  wrong arguments, an unknown account or change, or no consent to a reset, clone, undo or shred: nothing was touched)";
+  2  wrong arguments, an unknown account or change, a file that is not what it should be, or no consent to a reset, clone,
+     undo or shred: nothing was touched
+  3  with --check: not everything could be looked at)";
 
 // Prints what is wrong with the arguments.
 ExitCode Refuse(std::string_view problem) {

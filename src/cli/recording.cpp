@@ -5,6 +5,24 @@
 
 namespace permora {
 
+DWORD CountingRecorder::BeginTop(const ChangedTop& top, std::uint64_t& number) {
+    return session.Recorder().BeginTop(top, number);
+}
+
+DWORD CountingRecorder::Record(std::uint64_t top, std::span<const DescriptorChange> batch) {
+    count += batch.size();
+    return session.Recorder().Record(top, batch);
+}
+
+std::size_t CountingRecorder::BatchSize() const {
+    const std::size_t wanted = session.Recorder().BatchSize();
+    return wanted > 0 ? wanted : ChangeRecorder::BatchSize();
+}
+
+DWORD CountingRecorder::Error() const {
+    return session.Recorder().Error();
+}
+
 Recording::Recording(OptionPlace place)
     : noHistory(place, "--no-history",
                 "Change it without keeping in the history what was there; this cannot be undone"),

@@ -5,6 +5,7 @@
 
 #include "changes/account_edits.h"
 #include "cli/account_option.h"
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/map_options.h"
 #include "cli/object_command.h"
@@ -29,6 +30,7 @@ class ReplaceCommand : public ObjectCommand {
 
   private:
     std::optional<PlannedChange> Plan() override;
+    ChangeOutput* Output() override { return &output; }
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
@@ -43,7 +45,7 @@ class ReplaceCommand : public ObjectCommand {
               "that one what it has"};
     Flag keepOwners{*this, "--keep-owners", "Leave owners and groups as they are"};
     LinkedFlag linked{*this};
-    Flag dryRun{*this, "--dry-run", "Show what would change, before and after, and write nothing"};
+    ChangeOutput output{*this, messages, "Show what would change, before and after, and write nothing"};
     QuietFlag quiet{*this};
     Recording recording{*this};
 
@@ -64,7 +66,7 @@ std::string ReplaceCommand::Interpret() {
 }
 
 std::optional<ObjectCommand::PlannedChange> ReplaceCommand::Plan() {
-    if (dryRun) return std::nullopt;
+    if (output.IsDryRun()) return std::nullopt;
     return PlannedChange{ChangeKind::kReplace, recording};
 }
 
@@ -76,10 +78,9 @@ ReplaceEdit::Manner ReplaceCommand::Manner() const {
 ExitCode ReplaceCommand::Begin(const std::vector<Target>& /*targets*/) {
     map.TellChains(messages);
     edit.emplace(map.Exchange(), Manner());
-    run.emplace(TreeEditRun::How{dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite,
-                                 quiet ? Progress::kQuiet : Progress::kShown,
+    run.emplace(TreeEditRun::How{quiet ? Progress::kQuiet : Progress::kShown,
                                  linked ? LinkedFiles::kChange : LinkedFiles::kPassOver},
-                recording.Recorder(), messages);
+                recording.Recorder(), output);
     return ExitCode::kDone;
 }
 

@@ -131,7 +131,7 @@ class ReportCommand : public ObjectCommand {
     bool SayUnasked(const Report& report);
     bool WriteForm(const Report& report);
 
-    JsonFlag json{*this, JsonShape::kObjects};
+    JsonFlag json{*this};
     Flag csv{*this, "--csv", "As a table with commas for spreadsheets, a line for each entry"};
     TextOption html{*this, "--html", "FILE",
                     "As a page for browsers, which needs nothing else; the file appears when it is\n"

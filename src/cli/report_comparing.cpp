@@ -142,7 +142,7 @@ class ComparisonOutput : public AccessObserver {
     const ReportComparison& comparison;
     const ReadReport& report;
     const DifferenceForm form;
-    JsonArrayPrinter array;
+    JsonPrinter array{"report"};
     std::size_t gained = 0;
     std::size_t lost = 0;
     std::size_t owners = 0;

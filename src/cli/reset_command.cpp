@@ -3,13 +3,13 @@
 #include <optional>
 #include <string>
 
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/consent.h"
 #include "cli/interrupts.h"
 #include "cli/listing.h"
 #include "cli/nested_targets.h"
 #include "cli/object_command.h"
-#include "cli/terminal_output.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
 #include "security/change_preview.h"
@@ -34,12 +34,13 @@ class ResetCommand : public ObjectCommand {
 
   private:
     std::optional<PlannedChange> Plan() override;
+    ChangeOutput* Output() override { return &output; }
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
     bool MayReset(const HeldObject& folder);
 
-    Flag dryRun{*this, "--dry-run", "Count what would change and write nothing"};
+    ChangeOutput output{*this, messages, "Count what would change and write nothing"};
     YesFlag yes{*this};
     Flag emptyLists{*this, "--empty-lists",
                     "Go on even below a folder that hands nothing down;\n"
@@ -55,7 +56,7 @@ class ResetCommand : public ObjectCommand {
 };
 
 std::optional<ObjectCommand::PlannedChange> ResetCommand::Plan() {
-    if (dryRun) return std::nullopt;
+    if (output.IsDryRun()) return std::nullopt;
     return PlannedChange{ChangeKind::kReset, recording};
 }
 
@@ -64,7 +65,7 @@ ExitCode ResetCommand::Begin(const std::vector<Target>& targets) {
         "reset removes every entry that is set below the folders",
         "Everything below these folders loses the entries set for it and keeps what it inherits:",
         "nothing was changed"};
-    if (!dryRun && !yes && !AskForConsent(texts, targets, messages)) return ExitCode::kUsage;
+    if (!output.IsDryRun() && !yes && !AskForConsent(texts, targets, messages)) return ExitCode::kUsage;
     WatchForInterrupts();
     progress.emplace(quiet ? Progress::kQuiet : Progress::kShown,
                      verbose ? PassedOver::kNamed : PassedOver::kCounted, messages);
@@ -90,25 +91,27 @@ bool ResetCommand::Do(const Target& target) {
         messages.Say("not reset: it is no folder, so nothing is below it");
         return false;
     }
-    if (!dryRun && folder.TakeTurn() != ERROR_SUCCESS) {
+    if (!output.IsDryRun() && folder.TakeTurn() != ERROR_SUCCESS) {
         messages.Say("not reset: another program of yours is still changing it");
         return false;
     }
     if (!MayReset(folder)) return false;
-    if (dryRun) nested.Add(target, folder, messages);
+    if (output.IsDryRun()) nested.Add(target, folder, messages);
     progress->SetTarget(target);
-    const TreeListMode mode = dryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite;
+    const TreeListMode mode = output.IsDryRun() ? TreeListMode::kCountOnly : TreeListMode::kWrite;
+    const ObjectCounts before = CountsOf(counts);
     const DWORD error = folder.SetListsBelow(list.get(), mode, recording.Recorder(), *progress, counts);
     progress->EndTarget(OutcomeOfChange(error, recording.Recorder()), counts);
+    output.Count(CountsOf(counts) - before);
     return true;
 }
 
 bool ResetCommand::End() {
     progress.reset();
-    const bool isWhole = EndTrees(counts, dryRun ? ChangeMode::kDryRun : ChangeMode::kWrite, messages);
-    if (dryRun)
+    const bool isWhole = EndTrees(counts, output.Mode(), messages);
+    if (output.IsDryRun())
         for (const std::string& line : LossLines(counts))
-            Print(line + '\n');
+            messages.PrintForPeople(line + '\n');
     return isWhole;
 }
 

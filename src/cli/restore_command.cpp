@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "cli/argument_shield.h"
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/consent.h"
 #include "cli/interrupts.h"
 #include "cli/map_options.h"
 #include "cli/recording.h"
-#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "cli/tree_progress.h"
 #include "history/history_texts.h"
@@ -46,7 +46,9 @@ class RestoreCommand : public Command, private RestoreHost {
     bool FindTargets();
     bool AddTarget(const std::string& argument);
     bool MayWrite();
+    ExitCode FindAndRestore();
     ExitCode Restore();
+    void EndTop();
     std::string Contents() const;
 
     bool FindTop(const SavedTop& saved, RestoredTop& top) override;
@@ -56,14 +58,14 @@ class RestoreCommand : public Command, private RestoreHost {
     void Miss(const std::string& path) override;
     void FindExtra(const std::string& path) override;
     void FailExtra(const std::string& path, DWORD error) override;
-    void Say(const std::string& path, const std::string& text);
+    void Say(const std::string& path, const std::string& text, DWORD code = ERROR_SUCCESS);
 
     std::string file;
     TextOption to{*this, "--to", "PATH",
                   "What the file's objects are put back on: the place of the one that was\n"
                   "saved; for a file of icacls the folder that its paths start from"};
     MapOptions map{*this};
-    Flag dryRun{*this, "--dry-run", "Name what would change and write nothing"};
+    ChangeOutput output{*this, messages, "Name what would change and write nothing"};
     YesFlag yes{*this};
     QuietFlag quiet{*this};
     Recording recording{*this};
@@ -74,6 +76,7 @@ class RestoreCommand : public Command, private RestoreHost {
     std::optional<ProgressLine> progress;
     std::size_t begun = 0;
     RestoreCounts counts;
+    ObjectCounts ended;  // of the tops before this one
 };
 
 RestoreCommand::RestoreCommand(const CommandParent& parent)
@@ -153,47 +156,69 @@ bool RestoreCommand::MayWrite() {
 }
 
 ExitCode RestoreCommand::Run() {
+    output.Start();
+    return output.Finish(FindAndRestore());
+}
+
+ExitCode RestoreCommand::FindAndRestore() {
     if (!OpenFile() || !FindTargets()) return ExitCode::kUsage;
     map.TellChains(messages);
     map.TellUnused("the file", messages);
-    if (dryRun) return Restore();
+    if (output.IsDryRun()) return Restore();
     if (!recording.Begin(ChangeKind::kRestore, messages)) return ExitCode::kSomeFailed;
     const ExitCode code = MayWrite() ? Restore() : ExitCode::kUsage;
+    output.SetChangeNumber(recording.Number());
     recording.End(messages);
     return code;
 }
 
 ExitCode RestoreCommand::Restore() {
-    const RestoreOptions how = {dryRun ? RestoreMode::kDryRun : RestoreMode::kWrite, &map.Exchange()};
+    const RestoreOptions how = {output.IsDryRun() ? RestoreMode::kDryRun : RestoreMode::kWrite,
+                                &map.Exchange()};
     SavedFault fault;
     WatchForInterrupts();
     progress.emplace(quiet ? Progress::kQuiet : Progress::kShown);
     const DWORD result = RestoreLists(*list, how, *this, recording.Recorder(), counts, fault);
     progress.reset();
+    EndTop();
+    output.AddToSummary("extra", counts.extra);
     if (result == ERROR_INVALID_DATA && !fault.reason.empty()) {
         messages.SetSubject(file);
         messages.Say("broken off: " + fault.reason);
     } else if (result != ERROR_SUCCESS && result != ERROR_OPERATION_ABORTED) {
         messages.Check({result, Step::kRecord});
     }
-    Print((dryRun ? "would change: " : "changed: ") + std::to_string(counts.changed) +
-          ", already so: " + std::to_string(counts.unchanged) + ", failed: " + std::to_string(counts.failed) +
-          ", missing: " + std::to_string(counts.missing) +
-          ", not in the file: " + std::to_string(counts.extra) + '\n');
+    messages.PrintForPeople(
+        (output.IsDryRun() ? "would change: " : "changed: ") + std::to_string(counts.changed) +
+        ", already so: " + std::to_string(counts.unchanged) + ", failed: " + std::to_string(counts.failed) +
+        ", missing: " + std::to_string(counts.missing) +
+        ", not in the file: " + std::to_string(counts.extra) + '\n');
     if (IsInterrupted()) SayInterrupted(messages);
     return ExitCodeOf(result == ERROR_SUCCESS && counts.failed == 0 && counts.missing == 0);
 }
 
-void RestoreCommand::Say(const std::string& path, const std::string& text) {
+void RestoreCommand::Say(const std::string& path, const std::string& text, DWORD code) {
     progress->Clear();
     messages.SetSubject(TypedPath(targets[topsBegun - 1], path));
-    messages.Say(text);
+    messages.Say(text, code);
+}
+
+// What is missing could not be restored.
+void RestoreCommand::EndTop() {
+    const ObjectCounts now = {counts.changed, counts.unchanged, counts.failed + counts.missing};
+    if (topsBegun > 0) {
+        output.Count(now - ended);
+        output.EndObject(true);
+    }
+    ended = now;
 }
 
 bool RestoreCommand::FindTop(const SavedTop& /*saved*/, RestoredTop& top) {
+    EndTop();
     const Target& target = targets[topsBegun++];
     progress->Clear();
     messages.SetSubject(target.argument);
+    output.BeginObject(target.argument);
     RestoredTop found;
     if (!FindTarget(target, found.object, messages)) return false;
     if (found.object.IsFolder() && !messages.Check({OpenFolder(target.object, found.folder)})) return false;
@@ -209,9 +234,10 @@ bool RestoreCommand::Begin(const std::string& path) {
 }
 
 void RestoreCommand::Change(const std::string& path) {
-    if (!dryRun) return;
+    if (!output.IsDryRun()) return;
     progress->Clear();
-    Print("would change: " + PrintableText(TypedPath(targets[topsBegun - 1], path)) + '\n');
+    output.AddDifference(TypedPath(targets[topsBegun - 1], path), {});
+    messages.PrintForPeople("would change: " + PrintableText(TypedPath(targets[topsBegun - 1], path)) + '\n');
 }
 
 void RestoreCommand::Miss(const std::string& path) {
@@ -220,7 +246,8 @@ void RestoreCommand::Miss(const std::string& path) {
 
 void RestoreCommand::FindExtra(const std::string& path) {
     progress->Clear();
-    Print("not in the file: " + PrintableText(TypedPath(targets[topsBegun - 1], path)) + '\n');
+    messages.PrintForPeople("not in the file: " + PrintableText(TypedPath(targets[topsBegun - 1], path)) +
+                            '\n');
 }
 
 void RestoreCommand::FailExtra(const std::string& path, DWORD error) {
@@ -230,9 +257,10 @@ void RestoreCommand::FailExtra(const std::string& path, DWORD error) {
 void RestoreCommand::Fail(const std::string& path, RestoreFault fault, DWORD error) {
     switch (fault) {
         case RestoreFault::kError:
-            return Say(path, error == ERROR_REVISION_MISMATCH
-                                 ? "not changed: another program keeps changing it"
-                                 : LineText({error}));
+            return Say(path,
+                       error == ERROR_REVISION_MISMATCH ? "not changed: another program keeps changing it"
+                                                        : LineText({error}),
+                       error);
         case RestoreFault::kOtherKind:
             return Say(path, "not changed: it is another kind of object than the one that was saved");
         case RestoreFault::kNotSaved:

@@ -10,7 +10,6 @@
 #include "cli/change_command.h"
 #include "cli/commands.h"
 #include "cli/interrupts.h"
-#include "cli/terminal_output.h"
 #include "cli/tree_edit_run.h"
 #include "security/access_rights.h"
 #include "security/entry_details.h"
@@ -93,9 +92,9 @@ bool RevokeCommand::FindGoneAccounts(const std::vector<Target>& targets) {
             "does not answer");
     }
     for (const nt::Sid& sid : gone->Gone())
-        Print("no longer exists: " + sid.ToText() + '\n');
+        messages.PrintForPeople("no longer exists: " + sid.ToText() + '\n');
     for (const nt::Sid& sid : gone->Foreign())
-        Print("not known here, and stays without --foreign: " + sid.ToText() + '\n');
+        messages.PrintForPeople("not known here, and stays without --foreign: " + sid.ToText() + '\n');
     return gone->Unasked().empty();
 }
 
@@ -106,9 +105,8 @@ ExitCode RevokeCommand::Begin(const std::vector<Target>& targets) {
     edit.emplace(
         [this](const nt::Sid& sid) { return gone ? gone->IsGone(sid) : sid == *account.Account().sid; },
         options.DropsOtherEntries() ? RevokeEdit::Types::kAll : RevokeEdit::Types::kAllowAndDeny);
-    run.emplace(
-        TreeEditRun::How{options.Mode(), quiet ? Progress::kQuiet : Progress::kShown, LinkedFiles::kChange},
-        recording.Recorder(), messages);
+    run.emplace(TreeEditRun::How{quiet ? Progress::kQuiet : Progress::kShown, LinkedFiles::kChange},
+                recording.Recorder(), output);
     return ExitCode::kDone;
 }
 

@@ -7,6 +7,7 @@
 
 #include "cli/commands.h"
 #include "cli/interrupts.h"
+#include "cli/json_output.h"
 #include "cli/object_command.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
@@ -94,9 +95,11 @@ class SaveCommand : public ObjectCommand {
                         "them, as text. Links and what is mounted below are not entered") {}
 
   private:
+    std::string Interpret() override;
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
+    void PrintSaved(bool isWritten);
     DWORD BeginText(const HeldObject& top);
     bool FinishText();
     bool AreInOneFolder(const std::vector<Target>& targets);
@@ -107,6 +110,7 @@ class SaveCommand : public ObjectCommand {
                       "- is standard output",
                       Presence::kRequired};
     FormatOption format{*this};
+    JsonFlag json{*this};
     QuietFlag quiet{*this};
 
     std::string outputName;
@@ -117,7 +121,15 @@ class SaveCommand : public ObjectCommand {
     bool hasFailed = false;  // the text cannot be used
     bool isTargetMissing = false;
     std::optional<SavingProgress> progress;
+    Json results = Json::array();
 };
+
+std::string SaveCommand::Interpret() {
+    std::string problem = ObjectCommand::Interpret();
+    if (problem.empty() && json && output.Text() == kStandardOutput)
+        problem = "--json needs standard output for itself: --output must name a file";
+    return problem;
+}
 
 // The tool restores into one folder.
 bool SaveCommand::AreInOneFolder(const std::vector<Target>& targets) {
@@ -180,7 +192,9 @@ bool SaveCommand::Do(const Target& target) {
     DWORD error = hasBegun ? DWORD{ERROR_SUCCESS} : BeginText(top);
     if (error == ERROR_SUCCESS) error = writer->BeginTop(saved);
     progress->SetTarget(target);
+    const std::size_t before = progress->Count();
     if (error == ERROR_SUCCESS) error = SaveTree(top, parts, *writer, *progress);
+    results.push_back({{"path", target.argument}, {"objects", progress->Count() - before}});
     return error == ERROR_SUCCESS || Fail(error);
 }
 
@@ -193,12 +207,23 @@ bool SaveCommand::FinishText() {
     return error == ERROR_SUCCESS || Fail(error);
 }
 
+void SaveCommand::PrintSaved(bool isWritten) {
+    const bool isComplete = isWritten && !isTargetMissing && !progress->IsAnythingMissing();
+    PrintJson(Name(), results,
+              {{"file", outputName},
+               {"written", isWritten},
+               {"complete", isComplete},
+               {"summary", {{"saved", isWritten ? progress->Count() : 0}}}});
+}
+
 bool SaveCommand::End() {
     if (!progress) return false;
     progress->End();
     const bool isWritten = hasBegun && !hasFailed && !IsInterrupted() && FinishText();
+    if (json) PrintSaved(isWritten);
     if (isWritten) {
-        if (outputName != kStandardOutput) Print("saved: " + std::to_string(progress->Count()) + '\n');
+        if (outputName != kStandardOutput && !json)
+            Print("saved: " + std::to_string(progress->Count()) + '\n');
         return !isTargetMissing && !progress->IsAnythingMissing();
     }
     if (IsInterrupted()) SayInterrupted(messages, "nothing was saved");

@@ -3,9 +3,9 @@
 
 #include "app/program_folder.h"
 #include "app/settings_store.h"
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/object_command.h"
-#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 
 namespace permora {
@@ -25,8 +25,10 @@ class SetupCommand : public ObjectCommand {
     }
 
   private:
+    ChangeOutput* Output() override { return &output; }
     bool Do(const Target& target) override;
 
+    ChangeOutput output{*this, messages, "Write nothing"};
     Flag allUsers{*this, "--all-users", "For every user who was not told another folder"};
 };
 
@@ -37,9 +39,12 @@ bool SetupCommand::Do(const Target& target) {
         return false;
     }
     const SettingsOwner owner = allUsers ? SettingsOwner::kEveryUser : SettingsOwner::kUser;
-    if (!messages.Check({StoreProgramFolder(owner, folder)})) return false;
-    Print(std::string("Permora is set up for ") + (allUsers ? "all users" : "you") + " in " +
-          PrintableText(folder) + '\n');
+    const bool isSo = LoadStoredProgramFolder(owner) == folder;
+    if (!isSo) output.SetChanged();
+    if (!isSo && !output.IsDryRun() && !messages.Check({StoreProgramFolder(owner, folder)})) return false;
+    messages.PrintForPeople(
+        std::string(output.IsDryRun() && !isSo ? "Permora would be set up for " : "Permora is set up for ") +
+        (allUsers ? "all users" : "you") + " in " + PrintableText(folder) + '\n');
     return true;
 }
 

@@ -23,7 +23,7 @@ class ShowSharesCommand : public ShowListsCommand {
   private:
     ShowFormat Format() const override { return json || outerJson ? ShowFormat::kJson : ShowFormat::kTable; }
 
-    JsonFlag json{*this, JsonShape::kObjects};
+    JsonFlag json{*this};
     const Flag& outerJson;
 };
 
@@ -35,7 +35,7 @@ class SharesCommand : public Command {
     ExitCode Run() override;
 
   private:
-    JsonFlag json{*this, JsonShape::kArray};
+    JsonFlag json{*this};
     ShowSharesCommand show{AsParent(), json};
 };
 
@@ -61,7 +61,7 @@ ExitCode SharesCommand::Run() {
         array.push_back(FactsJson(share));
     }
     if (json)
-        PrintJson(array);
+        PrintJson("shares", array);
     else
         Print(AlignedTable(table, ""));
     return result;

@@ -118,7 +118,7 @@ class ShowCommand : public ShowListsCommand {
     ShareOption shares{*this};
     Flag sources{*this, "--sources",
                  "Also from which folder above each inherited entry comes (--json always has it)"};
-    JsonFlag json{*this, JsonShape::kObjects};
+    JsonFlag json{*this};
     Flag sddl{*this, "--sddl",
               "As security descriptor text, O:...G:...D:...; of several objects two lines\n"
               "for each, its path and the text"};
@@ -173,7 +173,7 @@ bool ShowListsCommand::DoShare(const std::string& name) {
 }
 
 bool ShowListsCommand::End() {
-    if (Format() == ShowFormat::kJson) PrintJsonObjects(objects, ObjectCount());
+    if (Format() == ShowFormat::kJson) PrintJson(Name(), objects);
     return true;
 }
 

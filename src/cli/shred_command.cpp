@@ -6,11 +6,12 @@
 #include <string>
 #include <utility>
 
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/consent.h"
 #include "cli/interrupts.h"
 #include "cli/object_command.h"
-#include "cli/terminal_output.h"
+#include "cli/terminal_text.h"
 #include "cli/tree_progress.h"
 #include "deletion/deletion_progress.h"
 #include "deletion/item_sizes.h"
@@ -114,7 +115,7 @@ class ShredHost : public SecureDeleteHost {
         ++deletedCount;
         state.Deleted();
     }
-    void Failed(const Outcome& failure) override { Leave(failure.object, LineText(failure)); }
+    void Failed(const Outcome& failure) override { Leave(failure.object, LineText(failure), failure.code); }
 
     FileScrutiny Scrutiny() const override { return scrutiny; }
     bool MayOverwrite(const std::string& name, const std::vector<OverwriteObstacle>& obstacles) override {
@@ -143,7 +144,7 @@ class ShredHost : public SecureDeleteHost {
     }
 
     // Prints why an object of the current folder stays.
-    void Leave(const std::string& name, const std::string& reason) {
+    void Leave(const std::string& name, const std::string& reason, DWORD code = ERROR_SUCCESS) {
         ++leftCount;
         progress.Clear();
         // The first name is the target's own, as the user typed it.
@@ -151,7 +152,7 @@ class ShredHost : public SecureDeleteHost {
         const std::size_t separator = path.find('\\');
         const std::string below = separator == path.npos ? "" : path.substr(separator);
         messages.SetSubject(TypedPath(*target, below));
-        messages.Say(reason);
+        messages.Say(reason, code);
     }
 
   private:
@@ -198,10 +199,15 @@ class ShredCommand : public ObjectCommand {
   private:
     // Only this command holds the files: a file that another process has open is not deleted.
     void Hold(Target& /*target*/) override {}
+    ChangeOutput* Output() override { return &output; }
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
+    bool Look(const HeldTarget& each);
 
+    ChangeOutput output{*this, messages,
+                        "Look for the objects and delete nothing; what stands in the way of overwriting is\n"
+                        "found by the deletion alone"};
     YesFlag yes{*this};
     Flag force{*this, "--force",
                "Delete also files whose contents are known to stay on the disk or under\n"
@@ -225,20 +231,39 @@ ExitCode ShredCommand::Begin(const std::vector<Target>& targets) {
         "shred destroys files for good",
         "These files, and folders with all that is in them, are overwritten and deleted for good:",
         "nothing was deleted"};
-    if (!yes && !AskForConsent(texts, targets, messages)) return ExitCode::kUsage;
+    if (!output.IsDryRun() && !yes && !AskForConsent(texts, targets, messages)) return ExitCode::kUsage;
     WatchForInterrupts();
     OutliveReaders();
+    if (output.IsDryRun()) return ExitCode::kDone;
     host.emplace(force ? FileScrutiny::kNone : FileScrutiny::kObstacles,
                  quiet ? Progress::kQuiet : Progress::kShown, messages);
     host->Count(held);
     return ExitCode::kDone;
 }
 
+// What a dry run says of a target.
+bool ShredCommand::Look(const HeldTarget& each) {
+    if (each.target.place == PlaceKind::kDrives) {
+        messages.Say("not deleted: it is a drive");
+        return false;
+    }
+    if (!messages.Check({each.error, Step::kExamine, each.target.name})) return false;
+    messages.PrintForPeople("would delete: " + PrintableText(each.target.argument) + '\n');
+    output.SetChanged();
+    return true;
+}
+
 bool ShredCommand::Do(const Target& /*target*/) {
     HeldTarget& each = held[next];
+    if (output.IsDryRun()) {
+        ++next;
+        return Look(each);
+    }
     const FolderHandle* before = next == 0 ? nullptr : held[next - 1].folder.get();
     if (before != nullptr && each.folder.get() != before) host->EndSeclusion();
+    const ObjectCounts soFar = {host->DeletedCount(), 0, host->LeftCount()};
     Shred(each, *host);
+    output.Count(ObjectCounts{host->DeletedCount(), 0, host->LeftCount()} - soFar);
     host->EndItem();
     each.target.object = {};  // a file that is remembered keeps its space
     ++next;
@@ -246,9 +271,10 @@ bool ShredCommand::Do(const Target& /*target*/) {
 }
 
 bool ShredCommand::End() {
+    if (output.IsDryRun()) return !IsInterrupted();
     if (!held.empty()) host->EndSeclusion();
-    Print("deleted: " + std::to_string(host->DeletedCount()) +
-          ", left: " + std::to_string(host->LeftCount()) + '\n');
+    messages.PrintForPeople("deleted: " + std::to_string(host->DeletedCount()) +
+                            ", left: " + std::to_string(host->LeftCount()) + '\n');
     if (IsInterrupted())
         SayInterrupted(messages, "the rest is as it was, but for the file that was being overwritten");
     return host->LeftCount() == 0 && !IsInterrupted();

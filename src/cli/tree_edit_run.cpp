@@ -2,7 +2,6 @@
 
 #include "cli/interrupts.h"
 #include "cli/listing.h"
-#include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 #include "platform/system_message.h"
@@ -39,6 +38,9 @@ std::string FaultText(NotEdited fault, DWORD error) {
             return "not changed: an account to be replaced stands in an entry in which it cannot be replaced";
         case NotEdited::kUnknownFolder:
             return "not changed: what its folder hands down cannot be read";
+        case NotEdited::kNoList:
+            return "not changed: there is no access list, so everyone may do everything, and only those in "
+                   "the new list could afterwards";
     }
     return ErrorText(error);
 }
@@ -59,9 +61,20 @@ const char* RemarkText(EditRemark remark, ChangeMode mode) {
 
 }  // namespace
 
-TreeEditRun::TreeEditRun(const How& manner, ChangeRecorder& changeRecorder, ConsoleMessages& console)
-    : how(manner), recorder(changeRecorder), messages(console), progress(manner.progress) {
+TreeEditRun::TreeEditRun(const How& manner, ChangeRecorder& changeRecorder, ChangeOutput& changeOutput)
+    : how(manner),
+      recorder(changeRecorder),
+      output(changeOutput),
+      messages(changeOutput.Messages()),
+      progress(manner.progress) {
     WatchForInterrupts();
+}
+
+// A failure of the whole tree was printed.
+void TreeEditRun::Stop(bool isDone) {
+    if (isDone) return;
+    isWhole = false;
+    output.SetFailed();
 }
 
 void TreeEditRun::Edit(const Target& next, DescriptorEdit& edit) {
@@ -69,29 +82,33 @@ void TreeEditRun::Edit(const Target& next, DescriptorEdit& edit) {
     messages.SetSubject(next.argument);
     HeldObject object;
     bool isSupported = false;
-    if (!FindTarget(next, object, messages) || !messages.Check({object.AskAccessControl(isSupported)})) {
-        isWhole = false;
-        return;
-    }
-    if (!isSupported) {
-        isWhole = messages.Check({ERROR_NOT_SUPPORTED, Step::kUseAccessControl});
-        return;
-    }
-    const TreeEditOptions options = {
-        how.mode == ChangeMode::kDryRun ? TreeListMode::kCountOnly : TreeListMode::kWrite, how.linked};
-    if (how.mode == ChangeMode::kDryRun) nested.Add(next, object, messages);
+    if (!FindTarget(next, object, messages) || !messages.Check({object.AskAccessControl(isSupported)}))
+        return Stop(false);
+    if (!isSupported) return Stop(messages.Check({ERROR_NOT_SUPPORTED, Step::kUseAccessControl}));
+    const TreeEditOptions options = {output.IsDryRun() ? TreeListMode::kCountOnly : TreeListMode::kWrite,
+                                     how.linked};
+    if (output.IsDryRun()) nested.Add(next, object, messages);
+    const ObjectCounts before = CountsSoFar();
     const DWORD error = EditTree(object, edit, options, *this, recorder, counts);
     progress.Clear();
+    output.Count(CountsSoFar() - before);
+    if (error == ERROR_OPERATION_ABORTED) output.SetFailed();
     if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED) return;
     messages.SetSubject(next.argument);
-    isWhole = messages.Check(OutcomeOfChange(error, recorder));
+    Stop(messages.Check(OutcomeOfChange(error, recorder)));
+}
+
+void TreeEditRun::Pass() {
+    ++counts.unchanged;
+    output.Count({0, 1, 0});
 }
 
 bool TreeEditRun::End() {
     progress.Clear();
-    Print((how.mode == ChangeMode::kDryRun ? "would change: " : "changed: ") +
-          std::to_string(counts.changed) + ", already so: " + std::to_string(counts.unchanged) +
-          ", failed: " + std::to_string(counts.failed) + '\n');
+    messages.PrintForPeople((output.IsDryRun() ? "would change: " : "changed: ") +
+                            std::to_string(counts.changed) +
+                            ", already so: " + std::to_string(counts.unchanged) +
+                            ", failed: " + std::to_string(counts.failed) + '\n');
     if (IsInterrupted()) SayInterrupted(messages);
     return isWhole && counts.failed == 0 && !IsInterrupted();
 }
@@ -113,22 +130,24 @@ void TreeEditRun::Preview(const std::string& path, bool isFolder, const nt::Secu
                           const nt::SecurityDescriptor& after) {
     progress.Clear();
     const ComparedObject kind = isFolder ? ComparedObject::kFolder : ComparedObject::kFile;
-    Print("would change: " + PrintableText(TypedPath(*target, path)) + '\n' +
-          ChangedRowsText(ChangedRows(&before, &after, kind)));
+    const std::vector<ComparedRow> rows = ChangedRows(&before, &after, kind);
+    const std::string name = TypedPath(*target, path);
+    messages.PrintForPeople("would change: " + PrintableText(name) + '\n' + ChangedRowsText(rows));
+    output.AddDifference(name, rows);
 }
 
 void TreeEditRun::Fail(const std::string& path, NotEdited fault, DWORD error) {
-    Say(path, FaultText(fault, error));
+    Say(path, FaultText(fault, error), error);
 }
 
 void TreeEditRun::Remark(const std::string& path, EditRemark remark) {
-    Say(path, RemarkText(remark, how.mode));
+    Say(path, RemarkText(remark, output.Mode()));
 }
 
-void TreeEditRun::Say(const std::string& path, const std::string& text) {
+void TreeEditRun::Say(const std::string& path, const std::string& text, DWORD code) {
     progress.Clear();
     messages.SetSubject(TypedPath(*target, path));
-    messages.Say(text);
+    messages.Say(text, code);
 }
 
 }  // namespace permora

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "changes/tree_edit.h"
+#include "cli/change_output.h"
 #include "cli/messages.h"
 #include "cli/nested_targets.h"
 #include "cli/target.h"
@@ -24,16 +25,17 @@ struct LinkedFlag : Flag {
 class TreeEditRun : private TreeEditHost {
   public:
     struct How {
-        ChangeMode mode;
         Progress progress;
         LinkedFiles linked;
     };
-    // The recorder and the console are borrowed. From now on Ctrl-C ends the work between two objects.
-    TreeEditRun(const How& manner, ChangeRecorder& changeRecorder, ConsoleMessages& console);
+    // The recorder and the output are borrowed. From now on Ctrl-C ends the work between two objects.
+    TreeEditRun(const How& manner, ChangeRecorder& changeRecorder, ChangeOutput& changeOutput);
 
-    // Edits the target and everything below it. With ChangeMode::kDryRun it prints what would become of each
-    // object.
+    // Edits the target and everything below it, which the output has begun. In a dry run it prints what would
+    // become of each object.
     void Edit(const Target& next, DescriptorEdit& edit);
+    // The target alone was looked at, and is already so.
+    void Pass();
     // Prints the counts. Returns whether all was done.
     bool End();
 
@@ -44,10 +46,14 @@ class TreeEditRun : private TreeEditHost {
                  const nt::SecurityDescriptor& after) override;
     void Fail(const std::string& path, NotEdited fault, DWORD error) override;
     void Remark(const std::string& path, EditRemark remark) override;
-    void Say(const std::string& path, const std::string& text);
+    void Say(const std::string& path, const std::string& text, DWORD code = ERROR_SUCCESS);
+    void Stop(bool isDone);
+
+    ObjectCounts CountsSoFar() const { return {counts.changed, counts.unchanged, counts.failed}; }
 
     const How how;
     ChangeRecorder& recorder;
+    ChangeOutput& output;
     ConsoleMessages& messages;
     ProgressLine progress;
     const Target* target = nullptr;

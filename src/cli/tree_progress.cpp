@@ -50,17 +50,18 @@ void TreeProgress::PassOver(const std::string& path, DWORD error) {
     progress.Clear();
     messages.SetSubject(TypedPath(*target, path));
     if (error == kHasFurtherNames) {
-        messages.Say(
-            "not changed: it has further names (hard links) (--linked changes it under all of them)");
+        messages.Say("not changed: it has further names (hard links) (--linked changes it under all of them)",
+                     error);
     } else {
         messages.SaySystemError(error);
     }
 }
 
 bool EndTrees(const TreeCounts& counts, ChangeMode mode, ConsoleMessages& messages) {
-    Print((mode == ChangeMode::kDryRun ? "would change: " : "changed: ") + std::to_string(counts.changed) +
-          ", already so: " + std::to_string(counts.unchanged) +
-          ", passed over: " + std::to_string(counts.passedOver) + '\n');
+    messages.PrintForPeople((mode == ChangeMode::kDryRun ? "would change: " : "changed: ") +
+                            std::to_string(counts.changed) +
+                            ", already so: " + std::to_string(counts.unchanged) +
+                            ", passed over: " + std::to_string(counts.passedOver) + '\n');
     if (IsInterrupted()) SayInterrupted(messages);
     return counts.passedOver == 0 && !IsInterrupted();
 }

@@ -5,11 +5,11 @@
 #include <vector>
 
 #include "cli/change_number.h"
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/consent.h"
 #include "cli/history_listing.h"
 #include "cli/interrupts.h"
-#include "cli/terminal_output.h"
 #include "cli/tree_progress.h"
 #include "history/undo.h"
 #include "platform/api/errors.h"
@@ -32,7 +32,8 @@ class TerminalUndo : public UndoObserver {
         messages.SetSubject(RecordedPath(top, path));
         messages.Say((extent == LeftAlone::kAllBelow ? "left alone, with everything of the change below it: "
                                                      : "left alone: ") +
-                     LeftAloneText(reason));
+                         LeftAloneText(reason),
+                     reason);
         isChangedSince = isChangedSince || reason == ERROR_REVISION_MISMATCH;
         isDamaged = isDamaged || reason == ERROR_INVALID_SECURITY_DESCR;
     }
@@ -57,6 +58,7 @@ class UndoCommand : public Command {
     ExitCode Run() override;
 
   private:
+    ExitCode FindAndUndo();
     DWORD FindChange(ChangeFacts& facts);
     ExitCode RefuseRunning(const ChangeFacts& facts);
     bool MayUndo(const ChangeFacts& facts);
@@ -64,7 +66,7 @@ class UndoCommand : public Command {
     ExitCode ReportEnd(DWORD error, const UndoCounts& counts);
 
     ChangeNumber number{*this, "The number of the change, as history lists it (the last one)"};
-    Flag dryRun{*this, "--dry-run", "Count what would be put back and write nothing"};
+    ChangeOutput output{*this, messages, "Count what would be put back and write nothing"};
     YesFlag yes{*this};
     Flag force{*this, "--force",
                "Put back also what was changed since, but never on another object that has\n"
@@ -84,7 +86,7 @@ DWORD UndoCommand::FindChange(ChangeFacts& facts) {
 bool UndoCommand::MayUndo(const ChangeFacts& facts) {
     const ConsentTexts texts = {"undo replaces lists and owners",
                                 "This change is taken back:", "nothing was changed"};
-    return dryRun || yes || AskForConsent(texts, {ChangeLine(facts)}, messages);
+    return output.IsDryRun() || yes || AskForConsent(texts, {ChangeLine(facts)}, messages);
 }
 
 ExitCode UndoCommand::RefuseRunning(const ChangeFacts& facts) {
@@ -94,6 +96,11 @@ ExitCode UndoCommand::RefuseRunning(const ChangeFacts& facts) {
 }
 
 ExitCode UndoCommand::Run() {
+    output.Start();
+    return output.Finish(FindAndUndo());
+}
+
+ExitCode UndoCommand::FindAndUndo() {
     ChangeFacts facts;
     const DWORD error = FindChange(facts);
     messages.SetSubject("");
@@ -102,7 +109,7 @@ ExitCode UndoCommand::Run() {
         return ExitCode::kUsage;
     }
     if (error == ERROR_NOT_FOUND) {
-        Print("there is nothing to undo\n");
+        messages.PrintForPeople("there is nothing to undo\n");
         return ExitCode::kDone;
     }
     if (error != ERROR_SUCCESS) return SayHistoryFailure(error, messages);
@@ -111,16 +118,20 @@ ExitCode UndoCommand::Run() {
 }
 
 ExitCode UndoCommand::Undo(const ChangeFacts& facts) {
-    if (!dryRun) {
+    if (!output.IsDryRun()) {
         const DWORD error = History::Open(History::UsualPath(), history);
         if (error != ERROR_SUCCESS) return SayHistoryFailure(error, messages);
     }
     WatchForInterrupts();
     TerminalUndo observer(quiet ? Progress::kQuiet : Progress::kShown, messages);
     UndoCounts counts;
-    const UndoOptions how = {dryRun ? UndoMode::kDryRun : UndoMode::kWrite,
+    output.BeginObject(facts.firstTop);
+    output.AddMember("undoes", facts.number);
+    const UndoOptions how = {output.IsDryRun() ? UndoMode::kDryRun : UndoMode::kWrite,
                              force ? ChangedSince::kOverwrite : ChangedSince::kLeaveAlone};
     const DWORD error = UndoChange(*history, facts.number, how, observer, counts);
+    output.Count({counts.restored, counts.asBefore, counts.leftAlone});
+    output.EndObject(error == ERROR_SUCCESS);
     messages.SetSubject("");
     if (observer.HasMetChanges() && !force) messages.Say("--force takes back also what was changed since");
     if (observer.HasMetDamage() && !force)
@@ -133,9 +144,10 @@ ExitCode UndoCommand::ReportEnd(DWORD error, const UndoCounts& counts) {
         messages.Say("not undone: another program is still making this change");
         return ExitCode::kSomeFailed;
     }
-    Print((dryRun ? "would put back: " : "put back: ") + std::to_string(counts.restored) +
-          ", already as it was: " + std::to_string(counts.asBefore) +
-          ", left alone: " + std::to_string(counts.leftAlone) + '\n');
+    messages.PrintForPeople((output.IsDryRun() ? "would put back: " : "put back: ") +
+                            std::to_string(counts.restored) +
+                            ", already as it was: " + std::to_string(counts.asBefore) +
+                            ", left alone: " + std::to_string(counts.leftAlone) + '\n');
     if (error == ERROR_OPERATION_ABORTED) {
         SayInterrupted(messages, "the rest is as it was; undo goes on with it");
         return ExitCode::kSomeFailed;

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/change_output.h"
 #include "cli/commands.h"
 #include "cli/fault_output.h"
 #include "cli/interrupts.h"
@@ -114,13 +115,13 @@ class VerifyCommand : public ObjectCommand, private SurveyObserver {
                         "that are not what the folder hands down; in a Samba server's shares also mode\n"
                         "bits that keep out whom a list lets in. Ends with 1 while there is any.\n"
                         "Links and what is mounted below are not entered") {
-        json.Excludes(repair);
-        dryRun.Needs(repair);
+        output.DryRunNeeds(repair);
         replaceDamaged.Needs(repair);
     }
 
   private:
     std::optional<PlannedChange> Plan() override;
+    ExitCode Conclude(ExitCode code) override { return output.Conclude(code); }
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
@@ -138,11 +139,11 @@ class VerifyCommand : public ObjectCommand, private SurveyObserver {
     Flag repair{*this, "--repair",
                 "Mend it, and show the entries before and after: the usual order (denials\n"
                 "first), and what the folder hands down now. Damaged descriptors stay"};
-    Flag dryRun{*this, "--dry-run", "With --repair: show the entries before and after and write nothing"};
+    ChangeOutput output{*this, messages,
+                        "With --repair: show the entries before and after and write nothing"};
     Flag replaceDamaged{*this, "--replace-damaged",
                         "With --repair: give objects with a damaged descriptor what their folder hands\n"
                         "down to a new one. What the damaged one meant is lost"};
-    JsonFlag json{*this, JsonShape::kArray};
     QuietFlag quiet{*this};
     Recording recording{*this};
 
@@ -150,7 +151,7 @@ class VerifyCommand : public ObjectCommand, private SurveyObserver {
     ModeCheck modeCheck;
     bool areSharesKnown = true;
     std::size_t otherModes = 0;
-    std::optional<FaultOutput> output;
+    std::optional<FaultOutput> faultOutput;
     std::optional<ProgressLine> line;
     const Target* target = nullptr;
     std::optional<SurveyRows> faulty;  // of one tree
@@ -160,14 +161,15 @@ class VerifyCommand : public ObjectCommand, private SurveyObserver {
 };
 
 std::optional<ObjectCommand::PlannedChange> VerifyCommand::Plan() {
-    if (!repair || dryRun) return std::nullopt;
+    if (!repair || output.IsDryRun()) return std::nullopt;
     return PlannedChange{ChangeKind::kPermissions, recording};
 }
 
 ExitCode VerifyCommand::Begin(const std::vector<Target>& /*targets*/) {
+    output.Start();
     WatchForInterrupts();
     line.emplace(quiet ? Progress::kQuiet : Progress::kShown);
-    output.emplace(json ? FaultForm::kJson : FaultForm::kLines);
+    faultOutput.emplace(output.IsJson() ? FaultForm::kJson : FaultForm::kLines);
     messages.SetSubject("");
     if (const DWORD error = modeCheck.Prepare(); error != ERROR_SUCCESS) {
         areSharesKnown = false;
@@ -196,9 +198,9 @@ void VerifyCommand::Take(const SurveyRow& row) {
     }
     for (const Remark remark : row.remarks)
         if (kUnreached.Has(remark))
-            output->AddMissed(path, remark, row.error);
+            faultOutput->AddMissed(path, remark, row.error);
         else if (kFaults.Has(remark))
-            output->Add(path, remark);
+            faultOutput->Add(path, remark);
     if (repair) faulty->Add(row);
 }
 
@@ -215,7 +217,7 @@ bool VerifyCommand::Do(const Target& next) {
 }
 
 void VerifyCommand::CheckModes(HeldObject& top) {
-    ModeReporting reporting(*target, *output, *line, messages);
+    ModeReporting reporting(*target, *faultOutput, *line, messages);
     ChangedTop place;
     if (areSharesKnown && top.FindTop(place) == ERROR_SUCCESS) modeCheck.Run(top, place.path, reporting);
     line->Clear();
@@ -229,8 +231,13 @@ void VerifyCommand::RepairAll(const HeldObject& top) {
         if (IsInterrupted() || recording.IsStopped()) return;
         const SurveyRow row = faulty->Row(i, below);
         if (row.remarks.HasAnyOf(kUnreached)) continue;
-        messages.SetSubject(TypedPath(*target, below));
-        if (Repair(top, below, row.remarks) != Mended::kFailed) ++repaired;
+        const std::string path = TypedPath(*target, below);
+        messages.SetSubject(path);
+        output.BeginObject(path);
+        const Mended mended = Repair(top, below, row.remarks);
+        if (mended == Mended::kDone) output.SetChanged();
+        if (mended != Mended::kFailed) ++repaired;
+        output.EndObject(mended != Mended::kFailed);
     }
 }
 
@@ -244,7 +251,7 @@ Mended VerifyCommand::Repair(const HeldObject& top, const std::string& below, Re
     }
     HeldObject object;
     DWORD error = top.HoldBelow(below, object);
-    if (error == ERROR_SUCCESS && !dryRun) error = object.TakeTurn();
+    if (error == ERROR_SUCCESS && !output.IsDryRun()) error = object.TakeTurn();
     if (!messages.Check({error})) return Mended::kFailed;
     return isDamaged ? ReplaceWhole(object, below) : RepairList(object, below);
 }
@@ -275,8 +282,8 @@ Mended VerifyCommand::RepairList(const HeldObject& object, const std::string& be
         }
         const std::string shown =
             ListText(path, "before", mending.before) + ListText(path, "after", mending.after);
-        if (dryRun) {
-            Print(shown);
+        if (output.IsDryRun()) {
+            messages.PrintForPeople(shown);
             return Mended::kDone;
         }
         const NewParts parts{.dacl = reinterpret_cast<PACL>(list.data())};
@@ -284,7 +291,7 @@ Mended VerifyCommand::RepairList(const HeldObject& object, const std::string& be
             DACL_SECURITY_INFORMATION, parts, mending.list.descriptor.get(), recording.Recorder(), failures);
         if (error == ERROR_REVISION_MISMATCH) continue;
         if (!messages.Check(OutcomeOfChange(error, recording.Recorder()))) return Mended::kFailed;
-        Print(shown);
+        messages.PrintForPeople(shown);
         return SayFailures(below, failures) ? Mended::kDone : Mended::kFailed;
     }
     messages.Say("not repaired: another program changes it all the time");
@@ -293,8 +300,8 @@ Mended VerifyCommand::RepairList(const HeldObject& object, const std::string& be
 
 Mended VerifyCommand::ReplaceWhole(const HeldObject& object, const std::string& below) {
     const std::string path = TypedPath(*target, below);
-    if (dryRun) {
-        Print(PrintableText(path) + ": would get what its folder hands down\n");
+    if (output.IsDryRun()) {
+        messages.PrintForPeople(PrintableText(path) + ": would get what its folder hands down\n");
         return Mended::kDone;
     }
     FailuresBelow failures;
@@ -302,17 +309,26 @@ Mended VerifyCommand::ReplaceWhole(const HeldObject& object, const std::string& 
     if (error == ERROR_REVISION_MISMATCH) return Mended::kDoneBefore;
     if (!messages.Check(OutcomeOfChange(error, recording.Recorder()))) return Mended::kFailed;
     Mending made;
-    if (ReadMending(object, made) == ERROR_SUCCESS) Print(ListText(path, "after", made.before));
+    if (ReadMending(object, made) == ERROR_SUCCESS)
+        messages.PrintForPeople(ListText(path, "after", made.before));
     return SayFailures(below, failures) ? Mended::kDone : Mended::kFailed;
 }
 
 bool VerifyCommand::End() {
     line->Clear();
-    output->End();
+    Json rest = output.EndDocument();
+    if (!repair) rest = {{"summary", Json::object()}};
+    rest["summary"]["verified"] = objects;
+    rest["summary"]["faults"] = faults;
+    rest["summary"]["otherModes"] = otherModes;
+    if (repair) rest["repairs"] = output.Results();
+    faultOutput->End(rest);
     std::string text = "verified: " + std::to_string(objects) + ", with faults: " + std::to_string(faults);
-    if (repair) text += std::string(dryRun ? ", would repair: " : ", repaired: ") + std::to_string(repaired);
+    if (repair)
+        text +=
+            std::string(output.IsDryRun() ? ", would repair: " : ", repaired: ") + std::to_string(repaired);
     if (otherModes > 0) text += ", with other mode bits: " + std::to_string(otherModes);
-    if (!json) Print(text + '\n');
+    if (!output.IsJson()) Print(text + '\n');
     if (otherModes > 0 && repair) {
         messages.SetSubject("");
         messages.Say(
@@ -320,7 +336,9 @@ bool VerifyCommand::End() {
             "machine, too");
     }
     if (IsInterrupted()) SayInterrupted(messages);
-    const std::size_t left = dryRun ? faults : faults - repaired;
+    // A check says what a repair would do, which leaves mode bits alone.
+    if (output.IsCheck()) return faults == repaired && !IsInterrupted();
+    const std::size_t left = output.IsDryRun() ? faults : faults - repaired;
     return left == 0 && otherModes == 0 && areSharesKnown && !IsInterrupted();
 }
 

@@ -1,6 +1,7 @@
 // The changes that a program makes for its user, and their place in the history.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -21,6 +22,8 @@ class ChangeSession {
     DWORD Begin(ChangeKind kind);
     // Of the change that has begun.
     ChangeRecorder& Recorder();
+    // Its number in the history; 0 as long as nothing was recorded.
+    std::int64_t Number() const { return change ? change->Number() : 0; }
     // Ends the change, and removes from the history what exceeds its limits. Returns why one of these cannot
     // be done; the change that was made stays. What has stopped it is not reported again.
     DWORD End();

@@ -50,6 +50,7 @@ class HistoryOfFile : public History {
         return std::make_unique<RecordedChange>(path, kind, undoes);
     }
     DWORD MarkUndone(std::int64_t number, ChangeState state) override;
+    DWORD FindOlder(std::int64_t time, std::vector<ChangeFacts>& changes) override;
     DWORD PruneOlder(std::int64_t time, std::size_t& removed) override;
     DWORD PruneLarger(std::uint64_t bytes, std::size_t& removed) override;
 
@@ -79,7 +80,7 @@ DWORD HistoryOfFile::FactsOf(Statement& row, ChangeFacts& facts) {
     const std::int64_t kind = row.Number(4);
     const std::int64_t undone = row.Number(5);
     if (kind < static_cast<std::int64_t>(ChangeKind::kPermissions) ||
-        kind > static_cast<std::int64_t>(ChangeKind::kClone) || row.Number(7) < 0)
+        kind > static_cast<std::int64_t>(ChangeKind::kPolicy) || row.Number(7) < 0)
         return ERROR_FILE_CORRUPT;
     read.kind = static_cast<ChangeKind>(kind);
     read.undoes = row.Number(6);
@@ -174,21 +175,24 @@ DWORD HistoryOfFile::MarkUndone(std::int64_t number, ChangeState state) {
     return error == ERROR_SUCCESS && database.ChangedRows() == 0 ? ERROR_NOT_FOUND : error;
 }
 
-DWORD HistoryOfFile::PruneOlder(std::int64_t time, std::size_t& removed) {
+DWORD HistoryOfFile::FindOlder(std::int64_t time, std::vector<ChangeFacts>& changes) {
     // Of an interrupted one, only the beginning is known.
     Statement rows(database, std::string(kFactColumns) + "WHERE ifnull(ended, began)<? ORDER BY c.number");
     rows.Bind(time);
     std::vector<ChangeFacts> old;
-    DWORD error = Select(rows, old);
-    std::size_t count = 0;
-    for (const ChangeFacts& change : old) {
-        if (error != ERROR_SUCCESS) return error;
-        if (change.state == ChangeState::kRunning) continue;
-        error = RemoveChange(database, change.number);
-        ++count;
-    }
-    if (error == ERROR_SUCCESS && count > 0) error = GiveBackRoom(database);
-    if (error == ERROR_SUCCESS) removed = count;
+    if (const DWORD error = Select(rows, old); error != ERROR_SUCCESS) return error;
+    std::erase_if(old, [](const ChangeFacts& change) { return change.state == ChangeState::kRunning; });
+    changes = std::move(old);
+    return ERROR_SUCCESS;
+}
+
+DWORD HistoryOfFile::PruneOlder(std::int64_t time, std::size_t& removed) {
+    std::vector<ChangeFacts> old;
+    DWORD error = FindOlder(time, old);
+    for (const ChangeFacts& change : old)
+        if (error == ERROR_SUCCESS) error = RemoveChange(database, change.number);
+    if (error == ERROR_SUCCESS && !old.empty()) error = GiveBackRoom(database);
+    if (error == ERROR_SUCCESS) removed = old.size();
     return error;
 }
 

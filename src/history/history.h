@@ -27,6 +27,7 @@ enum class ChangeKind : std::uint8_t {
     kRestore = 7,
     kReplace = 8,  // accounts by others
     kClone = 9,    // what one object has, given to others
+    kPolicy = 10,  // what a policy file says
 };
 
 enum class ChangeState : std::uint8_t {
@@ -109,6 +110,8 @@ class History {
     // What an undo has come to.
     virtual DWORD MarkUndone(std::int64_t number, ChangeState state) = 0;
 
+    // The changes that PruneOlder would remove, the oldest first.
+    virtual DWORD FindOlder(std::int64_t time, std::vector<ChangeFacts>& changes) = 0;
     // Removes whole changes that ended before `time` (seconds since 1970). Running ones stay. `removed`
     // counts them.
     virtual DWORD PruneOlder(std::int64_t time, std::size_t& removed) = 0;

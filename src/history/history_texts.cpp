@@ -31,6 +31,8 @@ const char* KindText(ChangeKind kind) {
             return "accounts replaced on ";
         case ChangeKind::kClone:
             return "permissions of another object given to ";
+        case ChangeKind::kPolicy:
+            return "policy applied to ";
     }
     return "change of ";
 }

@@ -27,9 +27,9 @@ class FoundJson : public FoundForm {
         if (known == texts.end()) known = texts.emplace(object.found, JsonOf(*object.found)).first;
         Json json = {{"path", object.path}, {"kind", KindWord(object.kind)}};
         json.update(known->second);
-        return array.Add(json);
+        return document.Add(json);
     }
-    std::string End() override { return array.End(); }
+    std::string End() override { return document.End(); }
 
   private:
     static Json JsonOf(const FoundEntries& found) {
@@ -48,7 +48,7 @@ class FoundJson : public FoundForm {
         return json;
     }
 
-    JsonArrayText array;
+    JsonDocumentText document{"find"};
     std::unordered_map<const FoundEntries*, Json> texts;
 };
 

@@ -1,4 +1,4 @@
-// What a search has found, as an array for programs and as a table for spreadsheets.
+// What a search has found, as JSON for programs and as a table for spreadsheets.
 #pragma once
 
 #include <memory>
@@ -25,7 +25,7 @@ class FoundForm {
     virtual std::string End() { return {}; }
 };
 
-// docs/terminal.md describes it.
+// docs/json.md describes it.
 std::unique_ptr<FoundForm> MakeFoundJson();
 // RFC 4180, in UTF-8: a line for each entry that fits, or for an owner.
 std::unique_ptr<FoundForm> MakeFoundTable();

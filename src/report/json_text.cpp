@@ -51,22 +51,34 @@ Json WithBytes(const Json& value) {
     return whole;
 }
 
+// The members of an object as they stand between its braces.
+std::string MembersText(const Json& object) {
+    const std::string text = JsonText(object);
+    return text.substr(1, text.size() - 3);
+}
+
 }  // namespace
 
 std::string JsonText(const Json& document) {
     return WithBytes(document).dump(2, ' ', true, Json::error_handler_t::replace);
 }
 
-std::string JsonArrayText::Add(const Json& element) {
-    std::string text = (isEmpty ? "[\n" : ",\n") + JsonText(element);
+// Up to the bracket before the first result.
+std::string JsonDocumentText::Head() const {
+    return "{" + MembersText({{"version", kJsonVersion}, {"command", command}}) + ",\n  \"results\": [";
+}
+
+std::string JsonDocumentText::Add(const Json& result) {
+    std::string text = '\n' + JsonText(result);
     for (std::size_t line = text.find('\n'); line != std::string::npos; line = text.find('\n', line + 1))
-        text.insert(line + 1, "  ");
+        text.insert(line + 1, "    ");
+    text.insert(0, isEmpty ? Head() : ",");
     isEmpty = false;
     return text;
 }
 
-std::string JsonArrayText::End() {
-    return isEmpty ? "[]\n" : "\n]\n";
+std::string JsonDocumentText::End(const Json& rest) {
+    return (isEmpty ? Head() + "]" : "\n  ]") + (rest.empty() ? "" : "," + MembersText(rest)) + "\n}\n";
 }
 
 Json EntriesJson(PACL dacl, const AccessEntryList& entries) {

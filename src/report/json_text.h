@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 
 #include "security/access_entry_list.h"
 
@@ -15,14 +16,24 @@ using Json = nlohmann::ordered_json;
 // it holds all bytes in hexadecimal.
 std::string JsonText(const Json& document);
 
-// An array that is written element by element: the parts together are the JsonText of the whole, and a line
-// break.
-class JsonArrayText {
+// The form of the documents (docs/json.md). It counts up when a program that reads them must know of a
+// change.
+inline constexpr int kJsonVersion = 1;
+
+// A document that is written result by result: "version", "command", "results" and further members. The parts
+// together are the JsonText of the whole, and a line break.
+class JsonDocumentText {
   public:
-    std::string Add(const Json& element);
-    std::string End();
+    explicit JsonDocumentText(std::string commandName) : command(std::move(commandName)) {}
+
+    std::string Add(const Json& result);
+    // `rest` has the further members.
+    std::string End(const Json& rest = Json::object());
 
   private:
+    std::string Head() const;
+
+    const std::string command;
     bool isEmpty = true;
 };
 

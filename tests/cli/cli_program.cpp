@@ -1,7 +1,5 @@
 #include "tests/cli/cli_program.h"
 
-#include <nlohmann/json.hpp>
-
 namespace permora::test {
 
 std::string CliPath() {
@@ -14,12 +12,21 @@ CommandResult RunCli(const std::vector<std::string>& arguments) {
     return RunCommand(command);
 }
 
+nlohmann::json ResultsIn(const std::string& output) {
+    const std::size_t start = output.find("{\n");
+    const nlohmann::json document =
+        nlohmann::json::parse(start == output.npos ? output : output.substr(start), nullptr, false);
+    if (document.is_discarded() || document.value("version", 0) != 1 || !document.contains("command"))
+        return nlohmann::json::value_t::discarded;
+    return document["results"];
+}
+
 std::string EntriesOf(const std::string& path) {
     const CommandResult shown = RunCli({"show", "--json", path});
-    const nlohmann::json object = nlohmann::json::parse(shown.output, nullptr, false);
-    if (shown.exitCode != 0 || object.is_discarded()) return shown.output;
+    const nlohmann::json objects = ResultsIn(shown.output);
+    if (shown.exitCode != 0 || objects.size() != 1) return shown.output;
     std::string lines;
-    for (const nlohmann::json& entry : object["entries"]) {
+    for (const nlohmann::json& entry : objects[0]["entries"]) {
         lines += entry["type"].get<std::string>() + ' ' + entry["sid"].get<std::string>() + ' ' +
                  entry["mask"].get<std::string>() + ' ' + std::to_string(entry["flags"].get<int>()) + '\n';
     }

@@ -228,7 +228,7 @@ TEST_F(CommandsTest, JsonOfSeveralIsAnArrayInTheirOrderUnderTheTypedPaths) {
     std::string windowsPath = "C:" + top;
     std::replace(windowsPath.begin(), windowsPath.end(), '/', '\\');
     const CommandResult result = RunCli({"show", "--json", "top/file", "top", windowsPath});
-    nlohmann::json objects = nlohmann::json::parse(result.output, nullptr, false);
+    nlohmann::json objects = ResultsIn(result.output);
     ASSERT_TRUE(objects.is_array()) << result.output;
     ASSERT_EQ(objects.size(), 3U);
     EXPECT_EQ(objects[0]["path"], "top/file");
@@ -263,7 +263,7 @@ TEST_F(CommandsTest, JsonIsAsciiAndLosesNoByteOfAName) {
     const std::string output = RunCli({"show", "--json", name, "."}).output;
     EXPECT_TRUE(std::ranges::all_of(output, [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }))
         << output;
-    const nlohmann::json objects = nlohmann::json::parse(output, nullptr, false);
+    const nlohmann::json objects = ResultsIn(output);
     ASSERT_EQ(objects.size(), 2U) << output;
     EXPECT_EQ(objects[0]["path"], "\x7f\u009b31m\u202e\ufffdx\ufffd\"\\\n\U0001f600");
     EXPECT_EQ(objects[0]["pathBytes"], "7fc29b33316de280aee28278ff225c0af09f9880");
@@ -285,7 +285,7 @@ TEST_F(CommandsTest, ANameMeansThatOneObject) {
             << names[i];
         showAll.push_back(names[i]);
     }
-    const nlohmann::json objects = nlohmann::json::parse(RunCli(showAll).output, nullptr, false);
+    const nlohmann::json objects = ResultsIn(RunCli(showAll).output);
     ASSERT_EQ(objects.size(), names.size());
     for (std::size_t i = 0; i < names.size(); ++i) {
         ASSERT_EQ(objects[i]["entries"].size(), 1U) << names[i];
@@ -327,13 +327,12 @@ TEST(AccountsCommand, FindsByNameSidAndTypeAndSaysTheSameInBothForms) {
     EXPECT_THAT(table, HasSubstr("\nBUILTIN\\Administrators "));
     EXPECT_THAT(table, HasSubstr("\\root "));
     for (const char* text : {"builtin\\ADMIN", "S-1-5-32-544"}) {
-        const nlohmann::json found =
-            nlohmann::json::parse(RunCli({"accounts", "--json", "--find", text}).output, nullptr, false);
+        const nlohmann::json found = ResultsIn(RunCli({"accounts", "--json", "--find", text}).output);
         ASSERT_EQ(found.size(), 1U) << text;
         EXPECT_EQ(found[0]["account"], "BUILTIN\\Administrators");
         EXPECT_EQ(found[0]["type"], "Alias");
     }
-    EXPECT_EQ(nlohmann::json::parse(RunCli({"accounts", "--json", "--search", "[nobody has this"}).output),
+    EXPECT_EQ(ResultsIn(RunCli({"accounts", "--json", "--search", "[nobody has this"}).output),
               nlohmann::json::array());
 }
 

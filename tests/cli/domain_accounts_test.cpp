@@ -82,7 +82,8 @@ TEST_F(DomainAccounts, AreListedBehindTheMachines) {
               "Name  Type  SID\n"
               "EXAMPLE\\Engineering of all the houses that there are  Group  " +
                   FakeDomain::SidText(kEngineering) + '\n');
-    const auto json = nlohmann::json::parse(Run({"accounts", "--json", "--search", "example\\"}).output);
+    const auto json =
+        nlohmann::json::parse(Run({"accounts", "--json", "--search", "example\\"}).output)["results"];
     ASSERT_EQ(json.size(), 2U);
     EXPECT_EQ(json[0]["account"], "EXAMPLE\\anna");
     EXPECT_EQ(json[1]["type"], "Group");
@@ -155,7 +156,7 @@ TEST_F(DomainAccounts, HaveEffectiveRightsThatTellWhatTheyRestOn) {
                     AllOf(HasSubstr(remark), HasSubstr("Create files / Write data")));
         const auto json = nlohmann::json::parse(
             ask(isExact ? std::vector<std::string>{"--exact", "--json"} : std::vector<std::string>{"--json"})
-                .output);
+                .output)["results"][0];
         EXPECT_EQ(json["groups"], name);
         EXPECT_EQ(json["mask"], "0x2019f");
     }

@@ -138,7 +138,7 @@ class DomainRightsTest : public OnDomainMember {
             return shown.exitCode == 0;
         })) << user.name
             << ' ' << shown.output.substr(0, 1000);
-        const Json objects = Json::parse(shown.output, nullptr, false);
+        const Json objects = ResultsIn(shown.output);
         Masks masks;
         for (const Json& object : objects.is_array() ? objects : Json::array()) {
             const std::uint32_t synchronize = object.at("synchronize").get<bool>() ? 0x100000U : 0U;

@@ -115,13 +115,13 @@ TEST_F(DomainTest, TakesEveryFormOfNameAndShowsTheAccountsUnderTheirDomain) {
         std::string output;
         ASSERT_TRUE(Await([&] {
             output = RunCli({"show", "--json", file}).output;
-            shown = Json::parse(output, nullptr, false);
-            return shown.is_object();
+            shown = ResultsIn(output);
+            return shown.size() == 1;
         })) << row.form
             << '\n'
             << output;
         bool isFound = false;
-        for (const Json& entry : shown["entries"]) {
+        for (const Json& entry : shown[0]["entries"]) {
             if (entry["sid"] != row.sid) continue;
             isFound = entry["type"] == "Allow" && entry["mask"] == "0x200a9";
             EXPECT_THAT(entry["account"].get<std::string>(), StrCaseEq(row.shown)) << row.form;

@@ -110,7 +110,7 @@ class EffectiveSambaTest : public WithSambaServer {
         arguments.insert(arguments.end(), {"--account", "Guests"});
         for (const std::string& name : names)
             arguments.push_back(PathOf(name));
-        return json::parse(RunCli(arguments).output, nullptr, false);
+        return ResultsIn(RunCli(arguments).output);
     }
 };
 

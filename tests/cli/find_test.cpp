@@ -79,12 +79,13 @@ TEST_F(FindTest, ProgramsGetPathsThatTheyCanUse) {
     EXPECT_EQ(RunCli(nul).output, odd + '\0');
     std::vector<std::string> json = search;
     json.emplace_back("--json");
-    const auto found = nlohmann::json::parse(RunCli(json).output);
+    const auto found = ResultsIn(RunCli(json).output);
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found[0]["kind"], "file");
     EXPECT_EQ(found[0]["entries"].size(), 1U);
     EXPECT_EQ(found[0]["entries"][0]["sid"], "S-1-5-32-545");
-    EXPECT_EQ(RunCli({"find", top, "--account", "Everyone", "--json"}).output, "[]\n");
+    EXPECT_EQ(RunCli({"find", top, "--account", "Everyone", "--json"}).output,
+              "{\n  \"version\": 1,\n  \"command\": \"find\",\n  \"results\": []\n}\n");
 }
 
 TEST_F(FindTest, WhatWasNotSearchedIsNamed) {

@@ -79,7 +79,9 @@ TEST_F(HistoryTest, WithoutChangesThereIsNothingToUndo) {
     };
     const Row rows[] = {
         {{"history"}, 0, "nothing has been changed yet\n"},
-        {{"history", "--json"}, 0, "[]\n"},
+        {{"history", "--json"},
+         0,
+         "{\n  \"version\": 1,\n  \"command\": \"history\",\n  \"results\": []\n}\n"},
         {{"history", "7"}, 2, "permora-cli: the history has no change 7\n"},
         {{"history", "--prune", "30d"}, 0, "removed: 0 changes\n"},
         {{"undo", "--yes"}, 0, "there is nothing to undo\n"},
@@ -111,7 +113,7 @@ TEST_F(HistoryTest, AChangeIsListedShownAndTakenBack) {
     EXPECT_THAT(RunCli({"history"}).output,
                 AllOf(HasSubstr("Number  When"), HasSubstr("reset of everything in C:\\"),
                       HasSubstr("  2        done\n")));
-    const auto listed = nlohmann::json::parse(RunCli({"history", "--json"}).output, nullptr, false);
+    const auto listed = ResultsIn(RunCli({"history", "--json"}).output);
     ASSERT_EQ(listed.size(), 1U);
     EXPECT_EQ(listed[0]["number"], 1);
     EXPECT_EQ(listed[0]["kind"], "reset");
@@ -121,7 +123,7 @@ TEST_F(HistoryTest, AChangeIsListedShownAndTakenBack) {
     EXPECT_THAT(RunCli({"history", "1"}).output,
                 AllOf(HasSubstr("1: reset of everything in C:\\"), HasSubstr("\\top\\file\n"),
                       HasSubstr("Before"), HasSubstr("BUILTIN\\Guests")));
-    const auto objects = nlohmann::json::parse(RunCli({"history", "1", "--json"}).output, nullptr, false);
+    const auto objects = ResultsIn(RunCli({"history", "1", "--json"}).output);
     ASSERT_EQ(objects.size(), 2U);
     const std::size_t file = objects[0]["path"].get<std::string>().ends_with("\\file") ? 0 : 1;
     EXPECT_EQ(objects[1 - file]["before"]["keptIn"], "nothing");
@@ -145,7 +147,7 @@ TEST_F(HistoryTest, AChangeIsListedShownAndTakenBack) {
     EXPECT_EQ(RunCli({"undo", "2", "--yes"}).output, Undone(2, 0, 0));
     EXPECT_EQ(DifferenceOf(after, StateOfTree(top)), "");
     EXPECT_EQ(RunCli({"history", "--prune", "2999-01-01"}).output, "removed: 3 changes\n");
-    EXPECT_EQ(RunCli({"history", "--json"}).output, "[]\n");
+    EXPECT_EQ(ResultsIn(RunCli({"history", "--json"}).output), nlohmann::json::array());
 }
 
 TEST_F(HistoryTest, WhatWasChangedSinceIsNamedAndLeftAlone) {

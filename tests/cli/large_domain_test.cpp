@@ -26,7 +26,7 @@ TEST_F(LargeDomain, IsListedWhole) {
     ASSERT_EQ(listed.exitCode, 0) << listed.output;
     std::set<std::string> persons;
     std::set<std::string> others;
-    for (const auto& account : nlohmann::json::parse(listed.output)) {
+    for (const auto& account : ResultsIn(listed.output)) {
         const std::string name = account["account"];
         if (account["domain"] != "EXAMPLE") continue;
         EXPECT_TRUE((name.starts_with("EXAMPLE\\person") ? persons : others).insert(name).second) << name;

@@ -103,9 +103,7 @@ TEST(EffectiveTest, SaysWhatTheListLeavesAndWhatItDoesNotTell) {
     const CommandResult listed =
         RunCli({"effective", open, folder.Path("gone"), full, "--account", "S-1-1-0", "--json"});
     EXPECT_EQ(listed.exitCode, 1);
-    const std::size_t start = listed.output.find("[\n");
-    ASSERT_NE(start, std::string::npos) << listed.output;
-    const auto array = nlohmann::json::parse(listed.output.substr(start), nullptr, false);
+    const auto array = ResultsIn(listed.output);
     ASSERT_EQ(array.size(), 2U) << listed.output;
     EXPECT_TRUE(array[0]["rights"].is_null() && array[0]["mask"].is_null());
     EXPECT_EQ(array[1]["mask"], "0xf01df");
@@ -143,8 +141,9 @@ TEST(EffectiveTest, ExplainsEachRightByItsEntryItsGroupAndItsFolder) {
     EXPECT_THAT(shown.output, HasSubstr("Guests is the owner: it has these rights as well"));
 
     const CommandResult printed = RunCli({"effective", file, "--account", "Guests", "--explain", "--json"});
-    const auto json = nlohmann::json::parse(printed.output, nullptr, false);
-    ASSERT_TRUE(json.is_object()) << printed.output;
+    const auto results = ResultsIn(printed.output);
+    ASSERT_EQ(results.size(), 1U) << printed.output;
+    const auto& json = results[0];
     ASSERT_EQ(json["explanation"].size(), 13U);
     const auto& read = json["explanation"][1];
     EXPECT_EQ(read["answer"], "granted");
@@ -176,8 +175,7 @@ TEST(EffectiveTest, ComparesSeveralAccountsOverSeveralObjects) {
     EXPECT_THAT(all, testing::ContainsRegex("Create files / Write data +some +none +\\?"));
     arguments.emplace_back("--json");
     const CommandResult printed = RunCli(arguments);
-    const auto json =
-        nlohmann::json::parse(printed.output.substr(printed.output.find("[\n")), nullptr, false);
+    const auto json = ResultsIn(printed.output);
     ASSERT_EQ(json.size(), 6U) << printed.output;
     EXPECT_EQ(json[4]["rights"], nlohmann::json({"List folder / Read data"}));
     EXPECT_TRUE(json[5].contains("unknown") && !json[5].contains("rights"));

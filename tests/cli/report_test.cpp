@@ -122,7 +122,7 @@ TEST_F(ReportTest, TwoReportsAreCompared) {
     EXPECT_THAT(
         result.output,
         HasSubstr("  Lost    BUILTIN\\Users   Read    None          This folder, subfolders and files\n"));
-    const auto json = nlohmann::json::parse(RunCli({"report", "--compare", older, newer, "--json"}).output);
+    const auto json = ResultsIn(RunCli({"report", "--compare", older, newer, "--json"}).output);
     ASSERT_EQ(json.size(), 1U);
     EXPECT_EQ(json[0]["path"], plain);
 

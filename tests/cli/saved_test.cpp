@@ -118,7 +118,7 @@ TEST_F(SavedTest, WhatWasSavedIsAlikeUntilSomethingChanges) {
         EXPECT_THAT(changed.output, HasSubstr(line));
     EXPECT_THAT(changed.output, Not(HasSubstr("pipe")));
 
-    const auto json = nlohmann::json::parse(RunCli({"compare", text, top, "--json"}).output);
+    const auto json = ResultsIn(RunCli({"compare", text, top, "--json"}).output);
     ASSERT_EQ(json.size(), 5U);
     std::string words;
     for (const auto& difference : json)

@@ -87,8 +87,9 @@ TEST_F(ShowTest, JsonTellsWhatEntriesOfEveryTypeAre) {
                                 "00000000-0000-0000-0000-0000000000ff;BU;(Exists b))"
                                 "(RA;;;;;WD;(\"c\",TS,0x0,\"d;e\"))"),
               0U);
-    const auto json = nlohmann::json::parse(RunCli({"show", "--json", file}).output, nullptr, false);
-    ASSERT_TRUE(json.is_object());
+    const auto shown = ResultsIn(RunCli({"show", "--json", file}).output);
+    ASSERT_EQ(shown.size(), 1U);
+    const auto& json = shown[0];
     const auto& entries = json["entries"];
     ASSERT_EQ(entries.size(), 3U);
     const struct {
@@ -115,8 +116,8 @@ TEST_F(ShowTest, JsonTellsWhatEntriesOfEveryTypeAre) {
     EXPECT_FALSE(entries[2].contains("condition"));
 
     SetChanged(file, "D:P(XA;;FX;;;BG;(a == 1))", 0x80, 0x7F);
-    const auto malformed = nlohmann::json::parse(RunCli({"show", "--json", file}).output, nullptr, false);
-    const auto& entry = malformed["entries"][0];
+    const auto malformed = ResultsIn(RunCli({"show", "--json", file}).output);
+    const auto& entry = malformed[0]["entries"][0];
     EXPECT_EQ(entry["type"], "Callback allow");
     EXPECT_EQ(entry["sid"], "S-1-5-32-546");
     EXPECT_TRUE(entry["sddl"].is_null());
@@ -148,8 +149,8 @@ TEST_F(ShowTest, SourcesTellTheFolderOfEachInheritedEntry) {
     EXPECT_THAT(RunCli({"show", file}).output, Not(HasSubstr("Inherited From")));
 
     std::filesystem::rename(file, folder.Path("moved"));
-    const auto json =
-        nlohmann::json::parse(RunCli({"show", "--json", folder.Path("moved")}).output, nullptr, false);
+    const auto moved = ResultsIn(RunCli({"show", "--json", folder.Path("moved")}).output);
+    const auto& json = moved[0];
     ASSERT_EQ(json["entries"].size(), 2U);
     EXPECT_EQ(json["entries"][0]["source"], "own");
     EXPECT_EQ(json["entries"][1]["source"], "nobody");

@@ -127,7 +127,7 @@ TEST_F(VerifySambaTest, SaysWhomTheServerLetsInOtherwiseThanTheList) {
         for (const mode_t mode : kFolderModes)
             Make(objects.emplace("d" + std::to_string(objects.size()), &row).first->first, mode, row.list);
     }
-    const json faults = json::parse(RunCli({"verify", kTop, "--json"}).output);
+    const json faults = ResultsIn(RunCli({"verify", kTop, "--json"}).output);
     std::string reads;
     std::string writes;
     const std::string local = kTop + std::string("/../written");
@@ -186,7 +186,7 @@ TEST_F(VerifySambaTest, ShowSaysWhichSharesObeyAListAndWhomTheModeBitsKeepOut) {
     Share("obeying", "", "", volume);
     Share("blind", "vfs objects", "catia", volume);
     Share("guarded", "admin users", "daemon", volume);
-    const json shown = json::parse(RunCli({"show", volume + "/open", volume + "/closed", "--json"}).output);
+    const json shown = ResultsIn(RunCli({"show", volume + "/open", volume + "/closed", "--json"}).output);
     ASSERT_EQ(shown.size(), 2U);
     std::map<std::string, std::string> goesBy;
     for (const json& share : shown[0]["kept"]["shares"])

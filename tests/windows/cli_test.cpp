@@ -99,8 +99,13 @@ CliResult RunCli(const std::vector<std::string>& arguments, const std::string& f
     return result;
 }
 
+nlohmann::json ResultsIn(const CliResult& shown) {
+    const nlohmann::json document = nlohmann::json::parse(shown.output, nullptr, false);
+    return document.is_object() ? document["results"] : nlohmann::json();
+}
+
 nlohmann::json ShownAsJson(const std::string& path) {
-    return nlohmann::json::parse(RunCli({"show", "--json", path}).output, nullptr, false);
+    return ResultsIn(RunCli({"show", "--json", path}))[0];
 }
 
 // The mask of an account's only entry of one type, or none.
@@ -247,7 +252,7 @@ TEST(Cli, AChangeIsListedAndTakenBack) {
     const std::string after = RunCli({"show", "--sddl", file}).output;
     ASSERT_NE(after, before);
     const CliResult listed = RunCli({"history", "--json"});
-    const nlohmann::json changes = nlohmann::json::parse(listed.output, nullptr, false);
+    const nlohmann::json changes = ResultsIn(listed);
     ASSERT_TRUE(changes.is_array() && !changes.empty()) << listed.errors;
     EXPECT_EQ(changes[0]["firstTop"], file);
     const std::string number = std::to_string(changes[0]["number"].get<int>());
@@ -356,7 +361,7 @@ TEST(Cli, AJunctionIsNeverFollowedAtTheEndOfAPath) {
 TEST(Cli, SharesAreListed) {
     const CliResult shares = RunCli({"shares", "--json"});
     ASSERT_EQ(shares.exitCode, 0U) << shares.errors;
-    EXPECT_TRUE(nlohmann::json::parse(shares.output, nullptr, false).is_array());
+    EXPECT_TRUE(ResultsIn(shares).is_array());
 }
 
 TEST(Cli, AccountsAreFoundByName) {

@@ -177,6 +177,10 @@ DWORD MakePrivateFile(const std::string& path) {
     return ERROR_SUCCESS;
 }
 
+bool MayOthersSteerBy(const std::string& /*path*/) {
+    return false;
+}
+
 DWORD CheckWritable(const std::string& path) {
     std::wstring wide;
     if (const DWORD error = ToVerbatimPath(path, wide); error != ERROR_SUCCESS) return error;

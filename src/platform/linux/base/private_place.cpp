@@ -17,6 +17,8 @@
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/base/user_folders.h"
+#include "platform/host_path.h"
+#include "platform/linux/base/foreign_environment.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/object_handle.h"
 
@@ -125,6 +127,10 @@ DWORD CheckPrivateFile(const std::string& path) {
 DWORD MakePrivateFile(const std::string& path) {
     const bool isThere = mknod(path.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) == 0 || errno == EEXIST;
     return isThere ? ERROR_SUCCESS : OpenError(errno);
+}
+
+bool MayOthersSteerBy(const std::string& path) {
+    return geteuid() == 0 && !host::IsRootsAlone(HostPathFromPath(path));
 }
 
 DWORD CheckWritable(const std::string& path) {

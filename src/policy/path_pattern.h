@@ -1,0 +1,14 @@
+// Patterns for paths below a folder.
+#pragma once
+
+#include <string_view>
+
+namespace permora {
+
+// Whether the pattern is for the path, which has backslashes between its names. In the pattern slashes stand
+// between names, "*" for any part of a name, "?" for one character of it, and "**" as a whole name for any
+// number of names, none too. Everything else, and the case of letters, is as it is. Takes time that grows
+// with the product of both lengths, and no memory to speak of.
+bool MatchesPattern(std::string_view pattern, std::string_view path);
+
+}  // namespace permora

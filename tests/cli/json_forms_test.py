@@ -1,0 +1,126 @@
+#!/usr/bin/env python3
+"""What scripts rely on, of every command: the form of its JSON, its exit code with --check, and that a second run
+changes nothing and leaves nothing in the history.
+  json_forms_test.py PERMORA-CLI SCHEMA"""
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+import jsonschema
+
+program = sys.argv[1]
+schema = json.loads(pathlib.Path(sys.argv[2]).read_text())
+jsonschema.Draft202012Validator.check_schema(schema)
+validator = jsonschema.Draft202012Validator(schema)
+seen = set()
+
+
+def run(expected, *arguments):
+    """The document that a command prints."""
+    done = subprocess.run([program, *arguments, "--json"], capture_output=True, text=True, timeout=300)
+    where = f"{arguments}: exit code {done.returncode}\n{done.stdout}{done.stderr}"
+    assert done.returncode == expected, where
+    if expected == 2:
+        assert done.stdout == "" and done.stderr != "", where
+        return None
+    document = json.loads(done.stdout)
+    errors = list(validator.iter_errors(document))
+    assert not errors, f"{where}\n{errors[0].message}\n" + "\n".join(c.message for c in errors[0].context)
+    seen.add(document.get("command", "report"))
+    return document
+
+
+def changes():
+    return len(run(0, "history")["results"])
+
+
+def lists():
+    return [subprocess.run([program, "show", "--sddl", place], capture_output=True, text=True).stdout
+            for place in (top, folder, file)]
+
+
+def change(arguments, check=None):
+    """A change, with its checks before and after, and once more."""
+    check = check or [*arguments, "--check"]
+    recorded, before = changes(), lists()
+    checked = run(1, *check)
+    assert checked["summary"]["changed"] > 0 and not checked["written"], checked
+    assert lists() == before and changes() == recorded, check
+    made = run(0, *arguments)
+    assert made["summary"]["changed"] > 0 and made["summary"]["failed"] == 0, made
+    once, after = changes(), lists()
+    assert made["change"] is None or once == recorded + 1, made
+    assert run(0, *check)["summary"]["changed"] == 0
+    again = run(0, *arguments)
+    assert again["summary"]["changed"] == 0 and again["change"] is None, again
+    assert all(result["result"] == "already" for result in again["results"]), again
+    assert changes() == once and lists() == after, arguments
+
+
+with tempfile.TemporaryDirectory() as place:
+    os.environ.update(XDG_STATE_HOME=f"{place}/state", XDG_CONFIG_HOME=f"{place}/config")
+    os.environ.pop("XDG_DATA_HOME", None)
+    top, folder, file = f"{place}/top", f"{place}/top/folder", f"{place}/top/folder/file"
+    pathlib.Path(folder).mkdir(parents=True)
+    pathlib.Path(file).write_text("text\n")
+    pathlib.Path(f"{place}/ZELHELP.chm").touch()
+
+    change(["grant", top, "--account", "Everyone", "--rights", "Full control"])
+    change(["grant", file, "--account", "Users", "--rights", "0x1200a9"])
+    run(0, "save", top, "--output", f"{place}/saved")
+    report = run(0, "report", top)
+    pathlib.Path(f"{place}/older.json").write_text(json.dumps(report))
+    change(["deny", folder, "--account", "Guests", "--rights", "Delete", "--scope", "Files only"])
+    change(["inherit", folder, "--copy"])
+    change(["assign", file, "--account", "Guests", "--rights", "0x1"])
+    change(["owner", file, "--set", "Administrators"])
+    change(["owner", top, "--set", "Users", "--tree"])
+    change(["replace", top, "--account", "Guests", "--by", "S-1-5-32-547", "--keep-owners"])
+    change(["revoke", file, "--account", "S-1-5-32-547"])
+    change(["revoke", top, "--account", "S-1-5-32-547", "--tree"])
+    change(["clone", file, "--from", folder])
+    pathlib.Path(f"{place}/newer.json").write_text(json.dumps(run(0, "report", top)))
+    assert run(1, "report", "--compare", f"{place}/older.json", f"{place}/newer.json")["results"]
+    assert run(1, "compare", f"{place}/saved", top)["summary"]["different"] > 0
+    change(["restore", f"{place}/saved", "--yes"])
+    change(["reset", top, "--yes"])
+    change(["setup", place])
+    change(["history", "--keep-days", "30"])
+
+    policy = pathlib.Path(f"{place}/policy.toml")
+    policy.write_text(f'version = 1\n[[rule]]\npath = "{folder}"\nprotected = true\n'
+                      'entries = [{allow = "Administrators", rights = "Full control"}]\n')
+    change(["policy", "apply", str(policy)], ["policy", "check", str(policy)])
+    run(0, "history", str(changes()))
+    assert run(1, "undo", "--check")["results"][0]["objects"]["changed"] > 0
+    run(0, "undo", "--yes")
+
+    run(0, "show", top, file)
+    run(0, "owner", top)
+    run(0, "effective", file, "--account", "Everyone", "--explain")
+    assert run(0, "find", top, "--account", "Everyone")["results"]
+    run(0, "verify", top)
+    assert run(0, "verify", top, "--repair", "--check")["repairs"] == []
+    run(0, "accounts", "--search", "Administrators")
+    run(0, "shares")
+    run(1, "shares", "show", "there is no such share")
+
+    # What cannot be done is kept apart from what would be done.
+    missing = run(3, "grant", file, f"{place}/missing", "--account", "Guests", "--rights", "Delete", "--check")
+    assert [result["result"] for result in missing["results"]] == ["changed", "failed"], missing
+    assert missing["results"][1]["messages"][0]["code"] == 2, missing
+    run(2, "grant", file, "--account", "nobody called so", "--rights", "Delete", "--check")
+    assert run(1, "shred", file, "--check")["results"][0]["result"] == "changed"
+    assert pathlib.Path(file).exists()
+    run(0, "shred", file, "--yes", "--force")
+    run(1, "history", "--prune", "2999-01-01", "--check")
+    run(0, "history", "--prune", "2999-01-01")
+    assert run(0, "history")["results"] == []
+
+shown = subprocess.run([program, "--help"], capture_output=True, text=True, check=True).stdout
+commands = set(re.findall(r"^  ([a-z]+) ", shown.split("Subcommands:")[1].split("Examples:")[0], re.MULTILINE))
+assert commands and commands == {name.split()[0] for name in seen}, commands ^ {name.split()[0] for name in seen}
