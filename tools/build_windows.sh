@@ -18,7 +18,7 @@ folder=$out/zip/permora-$version
 rm -rf "$out/zip"
 mkdir -p "$folder/bin" "$folder/tests"
 cp $out/bin/permora-cli.exe "$folder/bin/"
-cp LICENSE docs/terminal.md docs/windows.md "$folder/"
+cp LICENSE docs/terminal.md docs/json.md docs/permora.schema.json docs/policy.md docs/windows.md "$folder/"
 cp $out/tests/windows_*_test.exe tests/windows/run.cmd "$folder/tests/"
 # The time of the commit, for the same bytes from the same sources.
 stamp=$(git log -1 --format=%ct 2>/dev/null || echo 0)

@@ -8,7 +8,7 @@ namespace permora {
 namespace {
 
 // Standard error has all messages, so a document need not.
-constexpr std::size_t kMostKept = 20'000;
+constexpr std::size_t kMostParts = 20'000;
 
 Json CountsJson(const ObjectCounts& counts) {
     return {{"changed", counts.changed}, {"already", counts.already}, {"failed", counts.failed}};
@@ -56,7 +56,7 @@ void ChangeOutput::Start() {
 
 bool ChangeOutput::Keep() {
     if (!json) return false;
-    const bool hasRoom = kept < kMostKept;
+    const bool hasRoom = kept < kMostParts;
     ++(hasRoom ? kept : leftOut);
     return hasRoom;
 }

@@ -183,8 +183,8 @@ bool PolicyParsing::TakeEntries(const toml::node& node, PolicyRule& rule) {
             return Fail(each, "an entry before it has the same account and the same scope");
         rule.entries.push_back(std::move(entry));
     }
-    std::ranges::stable_partition(rule.entries,
-                                  [](const nt::Ace& entry) { return entry.type == nt::kAccessDeniedType; });
+    std::stable_partition(rule.entries.begin(), rule.entries.end(),
+                          [](const nt::Ace& entry) { return entry.type == nt::kAccessDeniedType; });
     return true;
 }
 

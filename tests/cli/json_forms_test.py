@@ -99,12 +99,39 @@ with tempfile.TemporaryDirectory() as place:
     assert run(1, "undo", "--check")["results"][0]["objects"]["changed"] > 0
     run(0, "undo", "--yes")
 
+    # The last rule about an object counts, and what is missing is no difference but a failure.
+    other = f"{top}/other"
+    pathlib.Path(other).write_text("text\n")
+    rules = (f'version = 1\n[[rule]]\npath = "{top}"\nbelow = "**"\nonly = "files"\n'
+             'entries = [{allow = "Users", rights = "0x1"}]\n'
+             f'[[rule]]\npath = "{file}"\nincludes = [{{deny = "Guests", rights = "Delete"}}]\n'
+             f'[[rule]]\npath = "{top}/missing"\nowner = "Users"\n')
+    policy.write_text(rules)
+    before = lists()
+    assert run(3, "policy", "check", str(policy))["summary"]["failed"] == 1
+    policy.write_text(rules + "optional = true\n")
+    change(["policy", "apply", str(policy)], ["policy", "check", str(policy)])
+    own = [[entry["sid"] for entry in result["entries"] if not entry["inherited"]]
+           for result in run(0, "show", file, other)["results"]]
+    assert "S-1-5-32-546" in own[0] and own[1] == ["S-1-5-32-545"], own
+    run(0, "undo", "--yes")
+    assert lists() == before
+    for wrong in (rules + "wrong = 1\n", rules.replace("Users", "nobody called so")):
+        policy.write_text(wrong)
+        run(2, "policy", "apply", str(policy))
+    policy.write_text(rules)
+    policy.chmod(0o666)
+    if os.geteuid() == 0:
+        run(2, "policy", "apply", str(policy))
+    assert lists() == before
+
     run(0, "show", top, file)
     run(0, "owner", top)
     run(0, "effective", file, "--account", "Everyone", "--explain")
     assert run(0, "find", top, "--account", "Everyone")["results"]
+    assert run(1, "verify", top)["results"]  # what was made without a list
+    change(["verify", top, "--repair"])
     run(0, "verify", top)
-    assert run(0, "verify", top, "--repair", "--check")["repairs"] == []
     run(0, "accounts", "--search", "Administrators")
     run(0, "shares")
     run(1, "shares", "show", "there is no such share")

@@ -58,6 +58,9 @@ TEST_F(SharesCommandTest, OnlyAChangeGivesAShareADescriptor) {
     const CommandResult changed = RunCli(replacing);
     EXPECT_EQ(changed.exitCode, 0);
     EXPECT_EQ(changed.output, "one: changed\n");
+    const auto history = ResultsIn(RunCli({"history", "--json"}).output);
+    EXPECT_EQ(RunCli(grant).output, "one: already so\n");
+    EXPECT_EQ(ResultsIn(RunCli({"history", "--json"}).output), history);
     EXPECT_EQ(RunCli({"show", "--share", "one", "--sddl"}).output, "D:(A;;0x100001;;;BG)\n");
     const CommandResult some = RunCli({"revoke", "--account", "Guests", "--share", "none", "one"});
     EXPECT_EQ(some.exitCode, 1);
