@@ -207,14 +207,13 @@ std::string ExitStatus(const std::vector<std::string>& lines) {
         if (!code.empty()) items += Item(Bold(code), Prose(meaning));
     };
     for (const std::string& line : lines) {
-        const std::string text = line.substr(std::min(line.find_first_not_of("0123456789 "), line.size()));
         if (line.starts_with(' ')) {
-            meaning += ' ' + text;
+            meaning += line.substr(line.find_first_not_of(' ') - 1);
             continue;
         }
         end();
         code = line.substr(0, line.find(' '));
-        meaning = text;
+        meaning = line.substr(std::min(line.find_first_not_of(' ', code.size()), line.size()));
     }
     end();
     return items;

@@ -24,6 +24,7 @@
 #include "tests/saved/memory_texts.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
+#include "tests/support/kept_files.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/own_mounts.h"
 #include "tests/support/temporary_folder.h"
@@ -472,6 +473,43 @@ TEST_F(RestoreTest, AListThatIsTooLargeForTheVolumeIsNamed) {
     EXPECT_THAT(Notes(), testing::Contains("error b " + std::to_string(ERROR_ALLOTTED_SPACE_EXCEEDED)));
     EXPECT_EQ(TextOf(counts), "6 changed, 0 so, 1 failed, 0 missing, 0 extra");
     EXPECT_EQ(DescriptorText(root + "/b", kAll), before);
+}
+
+TEST_F(RestoreTest, ListsThatEarlierVersionsHaveSavedComeBack) {
+    MakeTree(root);
+    const std::vector<std::pair<std::string, std::string>> lists = {
+        {"", "O:BAG:BAD:P(A;OICI;FA;;;BA)"},
+        {"a", "O:S-1-22-1-7G:S-1-22-2-8D:(D;CI;FW;;;BG)S:(AU;SA;FA;;;WD)"},
+        {"a\\deep", "O:S-1-5-21-1-2-3-1001G:BGD:AI(XA;OICIID;FR;;;WD;(@USER.clearance >= 2))"},
+        {"a\\deep\\one", "O:S-1-5-21-1-2-3-1001G:BGD:PAI"},
+        {"a\\file", "O:BAG:BAD:AI(A;ID;FR;;;S-1-5-21-1-2-3-1002)"},
+        {"a.txt", "O:BAG:BAD:NO_ACCESS_CONTROL"},
+        {"b", "O:BGG:BAD:(A;;0x1200a9;;;WD)S:P(AU;SAFA;FA;;;WD)"},
+    };
+    std::vector<std::string> expected;
+    for (const auto& [path, list] : lists)
+        expected.push_back((path + ' ').append(list));
+    const auto make = [&](const std::string& target) {
+        MemoryOutput output;
+        const auto writer = SavedListWriter::Make(SavedForm::kPermora, output);
+        EXPECT_EQ(writer->Begin({SavedForm::kPermora, "2026-11-26T08:02:11Z", kAll}), ERROR_SUCCESS);
+        EXPECT_EQ(writer->BeginTop({R"(C:\srv\data)", "ext4 1a2b3c4d"}), ERROR_SUCCESS);
+        for (const auto& [path, list] : lists) {
+            std::vector<std::uint8_t> bytes;
+            const auto descriptor = nt::FromSddl(list);
+            EXPECT_TRUE(descriptor && descriptor->AppendTo(bytes)) << list;
+            EXPECT_EQ(writer->Add(path, KindOf(Joined(root, path)), bytes), ERROR_SUCCESS) << path;
+        }
+        EXPECT_EQ(writer->End(), ERROR_SUCCESS);
+        WriteFile(target, output.text);
+    };
+    for (const std::string& kept : KeptFiles(folder.MakeFolder("kept"), "saved.lists", make)) {
+        SCOPED_TRACE(kept);
+        Spoil();
+        fs::copy_file(kept, file, fs::copy_options::overwrite_existing);
+        EXPECT_EQ(Notes().size(), lists.size());
+        EXPECT_EQ(TextsIn(root), expected);
+    }
 }
 
 // The form of icacls, in any order.

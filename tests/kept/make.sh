@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# Makes the files of this version, which later versions are tested with. As root, since other owners are in them.
+#   make.sh VERSION [BUILD_FOLDER]
+# Files that are as those of the version before need not be kept.
+set -euo pipefail
+folder=$(dirname "$(readlink -f "$0")")
+build=$(readlink -f "${2:-$folder/../../build/dev}")
+export PERMORA_KEEP=$folder/$1
+mkdir -p "$PERMORA_KEEP"
+"$build/bin/settings_test" --gtest_filter='KeptSettings.*'
+"$build/bin/history_test" --gtest_filter='KeptHistories.*'
+"$build/bin/permora_restore_test" --gtest_filter='*ListsThatEarlierVersions*'
+ls -l "$PERMORA_KEEP"
