@@ -72,7 +72,7 @@ def Files(home, programs, share):
                 f"PATH={programs}:$PATH\nbindkey -e\nfpath=({share}/zsh/*(/) $fpath)\nautoload -U compinit\n"
                 "compinit -u -D\n" + save),
         "fish": (["fish", "-i"], f"{home}/.config/fish/config.fish",
-                 f"set -x PATH {programs} $PATH\nfunction args; printf '%s\\0' $argv >answer.new; mv answer.new answer; end\n"
+                 f"set -x PATH (string split : {programs}) $PATH\nfunction args; printf '%s\\0' $argv >answer.new; mv answer.new answer; end\n"
                  "function fish_greeting; end\n"),
     }
 
@@ -118,11 +118,11 @@ def Main(cmake, build):
             return
     problems = []
     with tempfile.TemporaryDirectory() as stage:
-        for component in ("permora-cli", "permora"):
-            log = subprocess.run(["env", f"DESTDIR={stage}", cmake, "--install", build, "--prefix", "/usr", "--component",
-                                  component], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
-            if log.returncode != 0:
-                sys.exit(log.stdout)
+        # By itself, without the programs, which are large.
+        log = subprocess.run(["env", f"DESTDIR={stage}", cmake, "--install", f"{build}/packaging/manual", "--prefix", "/usr"],
+                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+        if log.returncode != 0:
+            sys.exit(log.stdout)
         share = f"{stage}/usr/share"
         home = f"{stage}/home"
         work = f"{stage}/work"
@@ -133,9 +133,14 @@ def Main(cmake, build):
         environment = {"HOME": home, "ZDOTDIR": home, "PATH": os.environ["PATH"], "TERM": "dumb", "LC_ALL": "C.UTF-8",
                        "XDG_DATA_HOME": share, "XDG_DATA_DIRS": f"{share}:/usr/share", "XDG_STATE_HOME": f"{stage}/state"}
         programs = f"{build}/bin"
+        # On a busy machine a program may take longer than completion waits for it.
+        os.makedirs(f"{stage}/patient")
+        with open(f"{stage}/patient/timeout", "w", encoding="utf-8") as file:
+            file.write('#!/bin/sh\nshift\nexec "$@"\n')
+        os.chmod(f"{stage}/patient/timeout", 0o755)
         subprocess.run([f"{programs}/permora-cli", "grant", "plain", "--account", "Everyone", "--rights", "Delete"],
                        cwd=work, env=environment, check=True, stdout=subprocess.DEVNULL)
-        for name, (command, path, text) in Files(home, programs, share).items():
+        for name, (command, path, text) in Files(home, f"{stage}/patient:{programs}", share).items():
             with open(path, "w", encoding="utf-8") as file:
                 file.write(text)
             shell = Shell(command, environment, work)
