@@ -50,7 +50,7 @@ python3 "$(dirname "$(readlink -f "$0")")/desktop_test.py" "$stage/prefix" >>"$s
 for file in ZELHELP.chm help/index.html help/support.html; do
     [ -s "$folder/$file" ] || Fail "The help is not there: $file"
 done
-[ -z "$check" ] || ! grep -lF "$build" "$folder"/permora* || Fail "The programs name the folder that they were built in."
+[ -z "$check" ] || ! grep -lF "$build" "$folder"/permora "$stage/prefix/bin/permora-cli" || Fail "The programs name the folder that they were built in."
 
 # It has read its settings and its folder when it enters the folder that it is to show.
 cd /
