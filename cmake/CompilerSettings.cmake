@@ -1,8 +1,10 @@
-# Warnings and hardening for every target of the project.
+# Warnings for every target of the project.
+option(PERMORA_WERROR "Treat warnings as errors; the presets do" OFF)
+
 add_library(permora_settings INTERFACE)
 target_include_directories(permora_settings INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_options(permora_settings INTERFACE
-    -Wall -Wextra -Wpedantic -Werror
+    -Wall -Wextra -Wpedantic $<$<BOOL:${PERMORA_WERROR}>:-Werror>
     -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
     -Woverloaded-virtual -Wcast-align -Wformat=2)
 
@@ -16,15 +18,10 @@ if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     target_compile_options(permora_settings INTERFACE -Wno-shadow)
 endif()
 
-target_compile_options(permora_settings INTERFACE -fstack-protector-strong)
-if(WIN32)
-    # One file with no library beside it, the same bytes from each build.
-    target_link_options(permora_settings INTERFACE -static -fstack-protector-strong -Wl,--no-insert-timestamp $<$<CONFIG:Release>:-s>)
-else()
+include(Hardening)
+if(NOT WIN32)
     # It links each of the hundred programs in a fifth of the usual linker's time or less.
     add_link_options(-fuse-ld=mold)
-    target_compile_definitions(permora_settings INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
-    target_link_options(permora_settings INTERFACE -Wl,-z,relro,-z,now)
 endif()
 
 if(PERMORA_SANITIZE)
