@@ -18,3 +18,6 @@ BuildPreset() {
     fi
     cmake --build --preset "$preset" ${1:+--target "$@"} >"$log" 2>&1 || { cat "$log" >&2; return 1; }
 }
+
+# CopyTree FOLDER: the sources as they are, committed or not, without what was built.
+CopyTree() { mkdir -p "$1" && tar --create --exclude=./build --exclude=./.git . | tar --extract --directory="$1"; }

@@ -1,11 +1,15 @@
 # Installs the Debian packages that the scripts of this project need. Sourced, not run.
 # shellcheck shell=bash disable=SC2034
 
+# The toolkit's plugin for icons that are drawings: Debian 12 has it in the package of its library.
+drawingsPackage=$(. /etc/os-release && [ "$ID ${VERSION_ID-}" = "debian 12" ] && echo libqt6svg6 || echo qt6-svg-plugins)
+
 # To configure, build and test; the presets configure all of it at once.
 buildPackages=(cmake ninja-build g++ mold gcc-mingw-w64-x86-64-posix qt6-base-dev libxcb1-dev libsystemd-dev
-    libcli11-dev nlohmann-json3-dev libtomlplusplus-dev libsqlite3-dev libgtest-dev libgmock-dev python3-jsonschema libfuse3-dev fp-utils libglib2.0-bin libqt6svg6)
-# Real volumes: mkntfs, the driver, and the judge ntfssecaudit.
-volumePackages=(ntfs-3g fuse3 attr)
+    libcli11-dev nlohmann-json3-dev libtomlplusplus-dev libsqlite3-dev libgtest-dev libgmock-dev python3-jsonschema libfuse3-dev fp-utils
+    libglib2.0-bin "$drawingsPackage")
+# Real volumes: mkntfs, the driver, and the judge ntfssecaudit; volumes of Linux's own.
+volumePackages=(ntfs-3g fuse3 attr e2fsprogs)
 # A real server, its module that keeps access lists, and its clients.
 serverPackages=(samba samba-vfs-modules smbclient)
 # A domain: what its controller and its members need beside the server.
@@ -24,6 +28,9 @@ browserPackages=(chromium)
 # To build for Windows and to run that: the compiler, what makes SQLite from its source, the source of the test framework,
 # and Wine without its 32-bit half.
 windowsPackages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl googletest wine64 zip)
+
+# To make Debian's packages, to check them, and to make empty systems for their test (and for check_root.sh).
+packagingPackages=(debhelper dpkg-dev lintian mmdebstrap)
 
 # MissingPackages PACKAGE...: those that are not installed, one a line. A look into dpkg's own tables, no network.
 MissingPackages() {

@@ -1,0 +1,37 @@
+# Empty Debian systems in folders, to try out what happens on a machine that has nothing yet. Sourced, not run; for root.
+# shellcheck shell=bash
+
+# SourcesOf RELEASE: its sources, from the servers that this machine's apt takes Debian from.
+SourcesOf() {
+    local uri label
+    # shellcheck disable=SC2016 # apt fills these in
+    apt-get indextargets --format '$(REPO_URI) $(LABEL)' 'Identifier: Packages' 'Origin: Debian' | sort --unique |
+        while read -r uri label; do
+            case $label in
+            Debian) printf 'deb %s %s main\n' "$uri" "$1" "$uri" "$1-updates" ;;
+            Debian-Security) printf 'deb %s %s-security main\n' "$uri" "$1" ;;
+            esac
+        done
+}
+
+# MakeRoot RELEASE FOLDER: the least that can install more.
+MakeRoot() { SourcesOf "$1" | mmdebstrap --quiet --variant=minbase "$1" "$2" -; }
+
+# InRoot FOLDER COMMAND...: runs it there as a machine's root, with this machine's devices, and its X server if there is one.
+# What is mounted for it, and by it, is gone when it ends.
+InRoot() {
+    # shellcheck disable=SC2016 # the inner shell's own
+    unshare --mount --propagation private sh -euc '
+        root=$1
+        shift
+        mount -t proc proc "$root/proc"
+        mount --rbind /sys "$root/sys"
+        mount --rbind /dev "$root/dev"
+        if [ -d /tmp/.X11-unix ]; then
+            mkdir -p "$root/tmp/.X11-unix"
+            mount --bind /tmp/.X11-unix "$root/tmp/.X11-unix"
+        fi
+        exec env --ignore-environment PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin HOME=/root \
+            LANG=C.UTF-8 DEBIAN_FRONTEND=noninteractive ${DISPLAY:+"DISPLAY=$DISPLAY"} chroot "$root" "$@"
+        ' InRoot "$@"
+}
