@@ -10,6 +10,7 @@
 #include "platform/ascii.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
+#include "security/missing_rights.h"
 
 namespace permora {
 namespace {
@@ -20,6 +21,8 @@ static_assert(std::size(kResultWidths) == kResultTitles.size());
 }  // namespace
 
 void ShowResults(CWnd* owner, ChangeResults results, const TryAgain& tryAgain) {
+    for (const ObjectResult& failed : results.Listed(ResultState::kFailed))
+        NoteFailure(failed.outcome.code);
     if (const Outcome* single = results.Single())
         ShowNamedOutcome(owner != nullptr ? owner->GetSafeHwnd() : nullptr, *single);
     else if (results.Count(ResultState::kFailed) + results.Count(ResultState::kLeftAlone) > 0)

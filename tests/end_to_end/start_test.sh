@@ -115,10 +115,12 @@ AskerDoes 'shift; exec "$@"'
 Keys alt+s a
 WaitForEnd
 WaitUntil "the new window" HasWindow Permora
-programPid=$(xdotool getwindowpid "$found")
+programPid=$(xdotool getwindowpid "$found") # nobody's child here
+HasLeft() { ! readlink "/proc/$programPid/cwd" >/dev/null; }
+LeavesByEscape() { Keys Escape && HasLeft; }
 WaitForFolder "$data"
 WaitUntil "the new window to be active" IsActive "$found"
 ExpectAsked "$data"
-WaitUntil "Escape to end the program" EndsByEscape
+WaitUntil "Escape to end the program" LeavesByEscape
 programPid=
 EndRun
