@@ -9,7 +9,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 InObjects() {
     find "$1/src" -name '*.o' -not -path '*autogen*' -print0 | xargs -0 nm --demangle |
         sed -nE 's/^[0-9a-f]+ [bBdDuV] //p' |
-        grep -vE '^(vtable|typeinfo|guard variable|VTT|non-virtual|DW\.ref|qt_|q_|\.L)|^(std|CLI|nlohmann|Qt[A-Za-z]*|Q[A-Z][A-Za-z]*)::|::staticMetaObject|::qt_' |
+        grep -vE '^(vtable|typeinfo|guard variable|VTT|non-virtual|DW\.ref|qt_|q_|\.L)|^(std|CLI|nlohmann|toml|Qt[A-Za-z]*|Q[A-Z][A-Za-z]*)::|::staticMetaObject|::qt_' |
         grep -vE '(^|::)(k[A-Z][A-Za-z0-9]*|[A-Z][A-Z0-9_]+)(\[abi:cxx11\])?$' |
         sed -E 's/\(anonymous namespace\):://g; s/^permora:://; s/\([^()]*(\([^()]*\)[^()]*)*\)( const)?//g; s/\[abi:cxx11\]//g' | sort -u
 }

@@ -7,7 +7,6 @@
 #include "cli/account_option.h"
 #include "cli/commands.h"
 #include "cli/interrupts.h"
-#include "cli/json_output.h"
 #include "cli/object_command.h"
 #include "cli/report_comparing.h"
 #include "cli/report_text.h"
@@ -131,7 +130,7 @@ class ReportCommand : public ObjectCommand {
     bool SayUnasked(const Report& report);
     bool WriteForm(const Report& report);
 
-    JsonFlag json{*this};
+    Flag json{*this, "--json", "As JSON for programs; --compare reads it again"};
     Flag csv{*this, "--csv", "As a table with commas for spreadsheets, a line for each entry"};
     TextOption html{*this, "--html", "FILE",
                     "As a page for browsers, which needs nothing else; the file appears when it is\n"
