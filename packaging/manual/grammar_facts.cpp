@@ -84,9 +84,11 @@ CommandFacts FactsOf(CLI::App& parser) {
 std::string Summary(const std::string& description) {
     std::string line = description;
     std::ranges::replace(line, '\n', ' ');
+    constexpr std::size_t kTooShort = 20;  // to say anything
     for (const char* const end : {". ", "; ", ": "})
-        line = line.substr(0, line.find(end));
-    if (line.ends_with('.') || line.ends_with(':')) line.pop_back();
+        if (const std::size_t place = line.find(end); place != line.npos && place >= kTooShort)
+            line.resize(place);
+    if ((line.ends_with('.') && !line.ends_with("..")) || line.ends_with(':')) line.pop_back();
     return line;
 }
 
