@@ -128,6 +128,7 @@ def Main(cmake, build):
         work = f"{stage}/work"
         os.makedirs(f"{work}/with blanks")
         os.makedirs(f"{home}/.config/fish")
+        os.makedirs(f"{share}/fish/generated_completions")  # else fish makes them of all manual pages, beside the test
         for name in ("plain", "a file", ODD_NAME):
             open(os.path.join(work, name), "w", encoding="utf-8").close()
         environment = {"HOME": home, "ZDOTDIR": home, "PATH": os.environ["PATH"], "TERM": "dumb", "LC_ALL": "C.UTF-8",
