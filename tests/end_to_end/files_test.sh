@@ -66,7 +66,7 @@ ServedDuring() {
     "$@"
     wait "$watcher" || Fail "the window took $(cat "$work/longest") ms to answer"
 }
-HasHiddenBit() { [ $((0x$(getfattr --only-values -n system.ntfs_attrib_be "$1" | xxd -p) & 2)) -ne 0 ]; }
+HasHiddenBit() { [ $((0x$(getfattr --only-values -n system.ntfs_attrib_be "$1" | od -An -tx1 | tr -d ' ') & 2)) -ne 0 ]; }
 
 BeginRun "$1" "$2" light
 MakeData
