@@ -46,8 +46,8 @@ DWORD CheckPrivateFile(const std::string& path);
 // Makes an empty file there that this process's user alone may read and write; one that is there stays.
 DWORD MakePrivateFile(const std::string& path);
 
-// Whether others than root decide what a file of this path (of files.h) says, or what is found by it. Only root is
-// told, whose work they must not steer; false for other users, and on Windows.
+// Whether others than root decide what a file of this path (of files.h) says, or what is found by it. Only
+// root is told, whose work they must not steer; false for other users, and on Windows.
 bool MayOthersSteerBy(const std::string& path);
 
 // Whether this process may write to a file; nothing is changed. ERROR_WRITE_PROTECT: its volume takes no

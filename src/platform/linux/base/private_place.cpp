@@ -14,11 +14,11 @@
 #include <vector>
 
 #include "platform/fnv_hash.h"
+#include "platform/host_path.h"
+#include "platform/linux/base/foreign_environment.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/base/user_folders.h"
-#include "platform/host_path.h"
-#include "platform/linux/base/foreign_environment.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/object_handle.h"
 
