@@ -7,12 +7,7 @@ source tools/packages.sh
 # shellcheck source=tools/build.sh
 source tools/build.sh
 
-<<<<<<< HEAD
 EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${domainPackages[@]}" "${kernelPackages[@]}" \
-    "${screenPackages[@]}" "${browserPackages[@]}"
-=======
-EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" "${domainPackages[@]}" "${screenPackages[@]}" \
-    "${browserPackages[@]}" "${shellPackages[@]}"
->>>>>>> 89bc783 (packaging: make manual pages and completion from the grammar)
+    "${screenPackages[@]}" "${browserPackages[@]}" "${shellPackages[@]}"
 BuildPreset dev
 exec ctest --preset dev --parallel "$testsAtATime" "$@"
