@@ -243,6 +243,19 @@ TEST(Cli, ATreeIsResetAndCounted) {
     EXPECT_THAT(reset.output, HasSubstr("passed over: 0\n"));
 }
 
+TEST(Cli, ACheckWritesNothingAndKeepsFailuresApart) {
+    const TestFolder folder;
+    const std::string file = folder.MakeFile("checked");
+    const std::string before = RunCli({"show", "--sddl", file}).output;
+    const auto check = [](const std::string& path) {
+        return RunCli({"grant", path, "--account", kEveryone, "--rights", "Full control", "--check"})
+            .exitCode;
+    };
+    EXPECT_EQ(check(file), 1U);
+    EXPECT_EQ(RunCli({"show", "--sddl", file}).output, before);
+    EXPECT_EQ(check(folder.Path("missing")), 3U);
+}
+
 TEST(Cli, AChangeIsListedAndTakenBack) {
     const TestFolder folder;
     const std::string file = folder.MakeFile(kBeyondAscii);
