@@ -24,6 +24,7 @@ InRoot() {
     unshare --mount --propagation private sh -euc '
         root=$1
         shift
+        mount --bind "$root" "$root" # as a root is: a place of a volume
         mount -t proc proc "$root/proc"
         mount --rbind /sys "$root/sys"
         mount --rbind /dev "$root/dev"
