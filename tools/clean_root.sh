@@ -14,8 +14,11 @@ SourcesOf() {
         done
 }
 
-# MakeRoot RELEASE FOLDER: the least that can install more.
-MakeRoot() { SourcesOf "$1" | mmdebstrap --quiet --variant=minbase "$1" "$2" -; }
+# MakeRoot RELEASE FOLDER: the least that can install more, with an id, which a machine gets at its first start.
+MakeRoot() {
+    SourcesOf "$1" | mmdebstrap --quiet --variant=minbase "$1" "$2" - || return 1
+    tr --delete - </proc/sys/kernel/random/uuid >"$2/etc/machine-id"
+}
 
 # InRoot FOLDER COMMAND...: runs it there as a machine's root, with this machine's devices, and its X server if there is one.
 # What is mounted for it, and by it, is gone when it ends.
