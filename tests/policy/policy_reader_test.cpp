@@ -109,6 +109,8 @@ TEST(PolicyReader, NamesWhatIsWrongWithItsPlace) {
          "line 2"},
         {start + "path = \"/srv\nprotected = true\n", 3, ""},
         {std::string(kMostPolicyBytes + 1, '#'), 0, "larger"},
+        {"version = 1\n\xC3\xAD = 2\n", 2, ""},
+        {"version = 1\n\xEF\xBB\xBE = 2\n", 2, ""},
         {"version = " + std::string(100, '[') + std::string(100, ']'), 1, ""},
     };
     for (const auto& [text, line, reason] : kCases) {
