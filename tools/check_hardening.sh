@@ -5,6 +5,7 @@
 # on x86 returns and indirect jumps are.
 set -euo pipefail
 
+[ $# -gt 0 ] || { echo "Which programs?" >&2; exit 2; }
 problems=0
 Check() {
     local program=$1 text=$2

@@ -30,7 +30,7 @@ browserPackages=(chromium)
 windowsPackages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl googletest wine64 zip)
 
 # To make Debian's packages, to check them, and to make empty systems for their test (and for check_root.sh).
-packagingPackages=(debhelper dpkg-dev lintian mmdebstrap)
+packagingPackages=(build-essential debhelper dpkg-dev lintian mmdebstrap)
 
 # MissingPackages PACKAGE...: those that are not installed, one a line. A look into dpkg's own tables, no network.
 MissingPackages() {

@@ -32,8 +32,7 @@ void CMainFrame::RestartAsAdministrator() {
     AdministratorStart start = AdministratorStart::kFailed;
     DoLongWork(*this, [&] {
         int exitCode = 0;
-        start =
-            StartAsAdministrator(ArgumentsForAdministrator(shown), AdministratorWait::kForStart, exitCode);
+        start = StartAsAdministrator(shown, AdministratorWait::kForStart, exitCode);
     });
     if (start == AdministratorStart::kStarted)
         PostClose();

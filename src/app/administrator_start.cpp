@@ -1,5 +1,7 @@
 #include "app/administrator_start.h"
 
+#include <utility>
+
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
 
@@ -20,27 +22,37 @@ const char* OptionOf(StartWindow window) {
     return nullptr;
 }
 
-// A path that leads nowhere stays as it was typed: the new process says what is wrong with it.
+// Empty when there is none: from elsewhere what was typed would lead to something else.
 std::string AbsoluteHostPath(const std::string& typed) {
     std::string full;
     const bool isPath = FullPathOf(PathFromArgument(typed.c_str()), full) == ERROR_SUCCESS;
     std::string path = isPath ? HostPathFromPath(full) : std::string();
-    if (path.empty()) return typed;
+    if (path.empty()) return {};
     const bool endsWithSeparator = full.ends_with('\\');
     return endsWithSeparator && !path.ends_with('/') ? path + '/' : path;
 }
 
 }  // namespace
 
-std::vector<std::string> ArgumentsForAdministrator(const CommandLine& commandLine) {
-    std::vector<std::string> arguments = {"--tell-of-start"};
+bool MakeArgumentsForAdministrator(const CommandLine& commandLine, std::vector<std::string>& arguments) {
+    arguments = {"--tell-of-start"};
     if (const std::string display = DisplayForAdministrator(); !display.empty())
         arguments.insert(arguments.end(), {"--wayland-display", display});
     if (const char* option = OptionOf(commandLine.window)) arguments.emplace_back(option);
     arguments.emplace_back("--");
-    for (const std::string& path : commandLine.paths)
-        arguments.push_back(AbsoluteHostPath(path));
-    return arguments;
+    for (const std::string& typed : commandLine.paths) {
+        std::string path = AbsoluteHostPath(typed);
+        if (path.empty()) return false;
+        arguments.push_back(std::move(path));
+    }
+    return true;
+}
+
+AdministratorStart StartAsAdministrator(const CommandLine& commandLine, AdministratorWait wait,
+                                        int& exitCode) {
+    std::vector<std::string> arguments;
+    if (!MakeArgumentsForAdministrator(commandLine, arguments)) return AdministratorStart::kNoPath;
+    return StartAsAdministrator(arguments, wait, exitCode);
 }
 
 std::string FailureText(AdministratorStart start) {
@@ -54,8 +66,13 @@ std::string FailureText(AdministratorStart start) {
             return "Not started as administrator: the question for the password was dismissed.";
         case AdministratorStart::kRefused:
             return "Cannot start as administrator: the rights were refused, or no program is running that "
-                   "asks for "
-                   "the password.";
+                   "asks for the password.";
+        case AdministratorStart::kNoPath:
+            return "Cannot start as administrator: a path leads nowhere.";
+        case AdministratorStart::kReplaced:
+            return "Cannot start as administrator: the program was replaced since it was started. Close it "
+                   "and "
+                   "start it again.";
         case AdministratorStart::kFailed:
             return "Cannot start as administrator: the program has ended before it had a window. Perhaps the "
                    "administrator may not use this screen.";

@@ -61,8 +61,7 @@ class CFailureApp : public CWinApp {
 
 int RunAsAdministrator(const CommandLine& commandLine, ToolkitArguments& toolkit) {
     int exitCode = kFailed;
-    const AdministratorStart start =
-        StartAsAdministrator(ArgumentsForAdministrator(commandLine), AdministratorWait::kForEnd, exitCode);
+    const AdministratorStart start = StartAsAdministrator(commandLine, AdministratorWait::kForEnd, exitCode);
     if (start == AdministratorStart::kStarted) return exitCode;
     CFailureApp application(FailureText(start));
     toolkit.Run(application);

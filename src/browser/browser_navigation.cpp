@@ -88,8 +88,9 @@ void BrowserView::GoToLocation(const std::string& text) {
     }
     const std::string path = PathFromTyped(text);
     if (const std::string command = MountCommandFor(path); !command.empty()) {
-        ShowErrorBox(GetSafeHwnd(),
-                     ("This share is not mounted here. To mount it:\r\n\r\n" + VisibleText(command)).c_str());
+        ShowErrorBox(
+            GetSafeHwnd(),
+            ("No mount of this share is known here. To mount it:\r\n\r\n" + VisibleText(command)).c_str());
         return;
     }
     const auto* folder = dynamic_cast<const FolderRows*>(&Rows());

@@ -73,7 +73,7 @@ bool MakeCertainTarget(const std::string& argument, const std::shared_ptr<const 
     const DWORD error = MakeTarget(argument, start, target);
     const std::string command = error == ERROR_BAD_NETPATH ? MountCommandFor(argument) : std::string();
     if (command.empty()) return messages.Check({error});
-    messages.Say("this share is not mounted here; to mount it: " + command);
+    messages.Say("no mount of this share is known here; to mount it: " + command);
     return false;
 }
 

@@ -21,6 +21,8 @@ enum class AdministratorStart : std::uint8_t {
     kNobodyAsks,  // who asks for the rights is not installed
     kDismissed,   // by the user
     kRefused,     // the user may not have them, or nobody can ask here
+    kNoPath,      // a path to hand on cannot be written for another process
+    kReplaced,    // the program's file is no longer there, as after an update
     kFailed,      // the new process has ended before it had a window
 };
 

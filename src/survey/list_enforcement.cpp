@@ -149,7 +149,7 @@ std::string KeptText(const ListEnforcement& enforcement) {
         case ListPlace::kNtfs3:
             return "in the volume; Windows obeys it, the kernel's driver does not" + SharesText(enforcement);
         case ListPlace::kSmb:
-            return "on the server that shares it, which obeys it";
+            return "on the server that shares it; how that server obeys it is not known here";
         case ListPlace::kUser:
             return "in user.permora.sd; no server or kernel checks it";
         case ListPlace::kSamba:

@@ -68,7 +68,8 @@ Files >"$work/before"
 
 echo "The terminal program"
 Apt install /packages/older-permora-cli.deb
-! Run dpkg-query --list | grep -E '^ii +lib(qt|x11|gl)' || Fail "it brings graphical libraries"
+Run dpkg-query --list >"$work/installed"
+! grep -E '^ii +lib(qt|x11|gl)' "$work/installed" || Fail "it brings graphical libraries"
 mkdir -p "$root/srv/data/below"
 echo text >"$root/srv/data/below/file"
 List /srv/data/below/file >"$work/first"

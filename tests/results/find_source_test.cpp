@@ -112,7 +112,10 @@ TEST_F(FindSourceTest, SavesTablesAndKnowsWhenTheDiskIsFull) {
     EXPECT_THAT(table,
                 HasSubstr(PathFromArgument(sub.c_str()) +
                           R"(,folder,,Deny,BUILTIN\Guests,S-1-5-32-546,Delete,0x10000,Not inherited,)"));
-    EXPECT_THAT(Saved("json"), testing::StartsWith("[\n  {\n    \"path\": "));
+    EXPECT_THAT(
+        Saved("json"),
+        testing::StartsWith(
+            "{\n  \"version\": 1,\n  \"command\": \"find\",\n  \"results\": [\n    {\n      \"path\": "));
     Text full;
     full.error = ERROR_DISK_FULL;
     EXPECT_EQ(source->Write(source->Formats()[0], full), ERROR_DISK_FULL);

@@ -120,7 +120,24 @@ mount -t cifs '//127.0.0.1/data/by-mount/folder 1' /mnt/deeper -o username=root,
 umount "$mount"
 [ "$("$cli" show --sddl '\\127.0.0.1\data\by-mount\folder 1')" = "$list" ] || Fail "network path to a mounted folder"
 "$cli" show '\\127.0.0.1\data\by-disk' >"$server/output" 2>&1 && Fail "what is not mounted was shown"
-grep -q "to mount it: mount -t cifs '//127.0.0.1/data' FOLDER" "$server/output" || Fail "advice to mount: $(cat "$server/output")"
+grep -q "to mount it: mount -t cifs '//127.0.0.1/data' FOLDER" "$server/output" ||
+    Fail "advice to mount: $(cat "$server/output")"
+
+# Where a folder was mounted first, the kernel tells less of the share: its path leads there or nowhere.
+umount /mnt/deeper
+mount -t cifs '//127.0.0.1/data/by-mount/folder 1' /mnt/deeper -o username=root,password=secret,vers=3.1.1
+MountShare "$mount" root
+[ "$("$cli" show --sddl '\\127.0.0.1\data\by-mount\folder 1')" = "$list" ] || Fail "network path to a folder mounted first"
+found=$("$cli" show --sddl '\\127.0.0.1\data\by-disk' 2>"$server/output") || grep -q "to mount it" "$server/output" || Fail "$(cat "$server/output")"
+[ -z "$found" ] || [ "$found" = "$("$cli" show --sddl "$mount/by-disk")" ] || Fail "network path to another object: $found"
+
+# A server that makes mode bits of lists keeps another list than it was given, and says nothing.
+: >"$server/modes/file"
+mkdir /mnt/modes
+mount -t cifs //127.0.0.1/modes /mnt/modes -o username=root,password=secret,vers=3.1.1
+before=$(getcifsacl /mnt/modes/file 2>/dev/null)
+"$cli" grant /mnt/modes/file --account anna --rights 0x10000 >"$server/output" 2>&1 && Fail "a list that is not kept counts as written"
+[ "$(getcifsacl /mnt/modes/file 2>/dev/null)" = "$before" ] || Fail "the former list did not come back: $(getcifsacl /mnt/modes/file)"
 
 # An account without rights gets the server's refusal, and nothing changes.
 MountShare /mnt/bert bert

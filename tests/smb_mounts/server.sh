@@ -7,7 +7,7 @@ mount=/mnt/data          # the same, mounted as root of the server
 
 # smbcacls and rpcclient read /etc/samba/smb.conf.
 StartServer() {
-    mkdir -p "$server"/{private,lock,state,cache,pid,data,rpc} /etc/samba
+    mkdir -p "$server"/{private,lock,state,cache,pid,data,modes,rpc} /etc/samba
     cat >/etc/samba/smb.conf <<CONFIGURATION
 [global]
 netbios name = FILES
@@ -31,6 +31,10 @@ disable spoolss = yes
 path = $ownDisk
 read only = no
 acl_xattr:ignore system acls = yes
+[modes]
+path = $server/modes
+read only = no
+vfs objects =
 CONFIGURATION
     printf 'secret\nsecret\n' | smbpasswd -s -a root >/dev/null
     local user

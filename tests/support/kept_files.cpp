@@ -1,5 +1,7 @@
 #include "tests/support/kept_files.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -17,6 +19,7 @@ std::vector<std::string> KeptFiles(const std::string& folder, const std::string&
         fs::copy_file(version.path() / name, paths.back());
         fs::permissions(paths.back(), fs::perms::owner_read | fs::perms::owner_write);
     }
+    EXPECT_TRUE(!paths.empty() || std::getenv("PERMORA_KEEP") != nullptr) << "no version has kept " << name;
     std::ranges::sort(paths);
     paths.push_back(folder + "/now/" + name);
     fs::create_directory(folder + "/now");

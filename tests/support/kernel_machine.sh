@@ -12,6 +12,7 @@ set -euo pipefail
 mkdir -p "$1"
 folder=$(readlink -f "$1")
 script=$(readlink -f "$2")
+[[ $folder != /run/* && $script != /run/* ]] || { echo "The machine has a /run of its own." >&2; exit 2; }
 shift 2
 secondsAtMost=1200
 
@@ -24,6 +25,9 @@ KernelPackage() {
     apt-cache depends "$meta" 2>/dev/null | sed -n 's/.*Depends: \(linux-image-[^ ]*\)$/\1/p' | head -n 1
 }
 
+# Download FOLDER PACKAGE
+Download() { (cd "$1" && apt-get download --quiet "$2" >download.log 2>&1); }
+
 UnpackKernel() {
     local package work
     package=$(KernelPackage)
@@ -34,7 +38,11 @@ UnpackKernel() {
     [ -n "$package" ] || { echo "No package has a kernel." >&2; return 1; }
     work=$(mktemp -d "$folder/unpacking.XXXXXX")
     chmod 755 "$work" # apt fetches as a user of its own
-    (cd "$work" && apt-get download --quiet "$package" >download.log 2>&1) || { cat "$work/download.log" >&2; return 1; }
+    Download "$work" "$package" || {
+        # This release may have a newer one by now.
+        apt-get update --quiet >/dev/null
+        Download "$work" "$(KernelPackage)"
+    } || { cat "$work/download.log" >&2; return 1; }
     mkdir "$work/kernel"
     dpkg-deb --fsys-tarfile "$work"/*.deb | tar --extract --directory "$work/kernel" --wildcards './boot/vmlinuz-*' \
         './lib/modules/*/modules.*' "${modules[@]/#/./lib/modules/*/kernel/}"
@@ -79,7 +87,6 @@ for place in proc sys dev; do mount --move "/$place" "/root/$place"; done
 mkdir -p /root/dev/shm /root/dev/pts
 mount -t devpts none /root/dev/pts
 mount -t tmpfs none /root/dev/shm
-mount -t tmpfs none /root/tmp
 mount -t tmpfs none /root/run
 cp /job /root/run/job
 chroot /root /bin/bash /run/job

@@ -110,11 +110,14 @@ AdministratorStart StartAsAdministrator(const std::vector<std::string>& argument
                                         int& exitCode) {
     const std::optional<std::string> asker = IsAdministrator() ? std::nullopt : FindAsker();
     if (!asker) return AdministratorStart::kNobodyAsks;
+    // The kernel adds a remark to the path of a program whose file was removed.
+    const std::string program = OwnPath();
+    if (access(program.c_str(), X_OK) != 0) return AdministratorStart::kReplaced;
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) return AdministratorStart::kFailed;
     const host::UniqueFd source(ends[0]);
     host::UniqueFd target(ends[1]);
-    std::vector<std::string> command = {"--disable-internal-agent", OwnPath()};
+    std::vector<std::string> command = {"--disable-internal-agent", program};
     command.insert(command.end(), arguments.begin(), arguments.end());
     pid_t child = -1;
     const int problem = host::SpawnPlan(target.Get(), host::SpawnPlan::Ties::kOwnSession)

@@ -11,11 +11,14 @@
 #include <cerrno>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "platform/linux/base/handle_table.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/attributes.h"
+#include "platform/linux/files/file_system_types.h"
+#include "platform/linux/files/mount_table.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/named_streams.h"
 #include "platform/linux/files/several_names.h"
@@ -28,6 +31,7 @@ namespace {
 constexpr unsigned kBcachefsMagic = 0xCA451A4E;
 constexpr unsigned kCephMagic = 0x00C36400;
 constexpr unsigned kUbifsMagic = 0x24051905;
+constexpr unsigned kVirtualBoxMagic = 0x786F4256;
 constexpr unsigned kZfsMagic = 0x2FC12FC1;
 
 // They write changed contents to a new place; an overlay writes them to another file system.
@@ -36,9 +40,16 @@ constexpr std::array<unsigned, 8> kCopyOnWriteVolumes = {
     OVERLAYFS_SUPER_MAGIC, kBcachefsMagic,   kUbifsMagic,       kZfsMagic};
 
 // Other machines keep what lies on them.
-constexpr std::array<unsigned, 7> kServersVolumes = {AFS_SUPER_MAGIC,  CIFS_SUPER_MAGIC, NFS_SUPER_MAGIC,
+constexpr std::array<unsigned, 8> kServersVolumes = {AFS_SUPER_MAGIC,  CIFS_SUPER_MAGIC, NFS_SUPER_MAGIC,
                                                      SMB2_SUPER_MAGIC, SMB_SUPER_MAGIC,  V9FS_MAGIC,
-                                                     kCephMagic};
+                                                     kVirtualBoxMagic, kCephMagic};
+
+// A program may serve a disk or another machine: only the table of mounts says which.
+bool IsElsewhere(const ObjectHandle& file, unsigned type) {
+    if (type != FUSE_SUPER_MAGIC) return std::ranges::find(kServersVolumes, type) != kServersVolumes.end();
+    const std::optional<MountEntry> mount = MountOf(file);
+    return !mount || DriveTypeOfFileSystem(mount->fileSystem) == DRIVE_REMOTE;
+}
 
 // What the kind of a file's volume says of writing over its contents.
 struct VolumeObstacles {
@@ -50,7 +61,7 @@ DWORD AskVolumeObstacles(const ObjectHandle& file, VolumeObstacles& found) {
     if (fstatfs(file.Descriptor(), &status) != 0) return ErrorFromErrno(errno);
     const auto type = static_cast<unsigned>(status.f_type);
     found.isCopyOnWrite = std::ranges::find(kCopyOnWriteVolumes, type) != kCopyOnWriteVolumes.end();
-    found.isElsewhere = std::ranges::find(kServersVolumes, type) != kServersVolumes.end();
+    found.isElsewhere = IsElsewhere(file, type);
     return ERROR_SUCCESS;
 }
 

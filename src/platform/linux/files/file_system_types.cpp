@@ -108,6 +108,11 @@ bool IsSubvolume(const MountEntry& mount) {
     return mount.fileSystem == "btrfs" && ("," + mount.options + ",").find(option) != std::string::npos;
 }
 
+// A folder of a share can be mounted without the rest, which looks the same as a bind mount of one.
+bool IsFolderOfShare(const MountEntry& mount) {
+    return mount.fileSystem == "cifs" || mount.fileSystem == "smb3";
+}
+
 // "1" in a file of /sys.
 bool SaysYes(const std::string& path) {
     std::ifstream file(path);
@@ -117,15 +122,16 @@ bool SaysYes(const std::string& path) {
 
 }  // namespace
 
+UINT DriveTypeOfFileSystem(std::string_view fileSystem) {
+    const auto* const row = std::ranges::find(kFileSystems, fileSystem, &FileSystemRow::name);
+    return row == std::end(kFileSystems) ? DRIVE_FIXED : row->type;
+}
+
 UINT DriveTypeOfMount(const MountEntry& mount) {
-    if (mount.root != "/" && !IsSubvolume(mount)) return kNoDrive;
+    if (mount.root != "/" && !IsSubvolume(mount) && !IsFolderOfShare(mount)) return kNoDrive;
     if (IsPackagedProgram(mount)) return kNoDrive;
-    const auto row =
-        std::find_if(std::begin(kFileSystems), std::end(kFileSystems),
-                     [&mount](const FileSystemRow& each) { return each.name == mount.fileSystem; });
-    if (row == std::end(kFileSystems)) return DRIVE_FIXED;
-    if (row->type == DRIVE_RAMDISK && IsSystemPlace(mount.mountPoint)) return kNoDrive;
-    return row->type;
+    const UINT type = DriveTypeOfFileSystem(mount.fileSystem);
+    return type == DRIVE_RAMDISK && IsSystemPlace(mount.mountPoint) ? kNoDrive : type;
 }
 
 std::string BlockDeviceOf(const MountEntry& mount) {

@@ -1,6 +1,8 @@
 // What kind of drive the kernel's file system types make.
 #pragma once
 
+#include <string_view>
+
 #include "platform/linux/files/mount_table.h"
 
 #include "platform/api/files.h"
@@ -11,6 +13,9 @@ namespace permora::host {
 // DRIVE_NO_ROOT_DIR: a virtual file system, a program that mounted itself, or a folder mounted once more,
 // which nobody would call a disk.
 UINT DriveTypeOfMount(const MountEntry& mount);
+
+// The same of the name of a file system alone; DRIVE_FIXED for one that is not known.
+UINT DriveTypeOfFileSystem(std::string_view fileSystem);
 
 // Whether the disk that holds the volume is a removable one. Looks into /sys.
 bool IsOnRemovableDisk(const MountEntry& mount);

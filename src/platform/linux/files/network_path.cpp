@@ -19,6 +19,15 @@ namespace permora {
 namespace {
 
 constexpr std::string_view kSeparators = "\\/";
+constexpr std::size_t kServerAndShare = 2;
+
+// Between quotes a shell takes everything else as it is.
+std::string InQuotes(const std::string& text) {
+    std::string quoted = "'";
+    for (const char character : text)
+        quoted += character == '\'' ? R"('\'')" : std::string(1, character);
+    return quoted + '\'';
+}
 
 std::vector<std::string_view> NamesIn(std::string_view path) {
     std::vector<std::string_view> names;
@@ -33,7 +42,6 @@ std::vector<std::string_view> NamesIn(std::string_view path) {
 // Server, share, and the names below; "." and ".." are worked off and do not lead out of the share. Fewer
 // than two: no share is named.
 std::vector<std::string_view> SharePartsOf(std::string_view networkPath) {
-    constexpr std::size_t kServerAndShare = 2;
     std::vector<std::string_view> parts;
     for (const std::string_view name : NamesIn(networkPath)) {
         if (parts.size() >= kServerAndShare && name == ".") continue;
@@ -53,11 +61,26 @@ bool AreSame(std::string_view one, std::string_view other) {
     return host::InSmallLetters(one) == host::InSmallLetters(other);
 }
 
+// Server, share, and the folder of it that is mounted there; views into `mount`. The kernel tells the folder
+// as the root of the mount. The source is that of whoever has mounted the share first: it may name another
+// folder of it, and then it is not certain from where the root counts. Empty: what is mounted there is not
+// certain.
+std::vector<std::string_view> MountedParts(const host::MountEntry& mount) {
+    std::vector<std::string_view> parts = NamesIn(mount.source);
+    const std::vector<std::string_view> root = NamesIn(mount.root);
+    if (parts.size() < kServerAndShare) return {};
+    const std::span folder = std::span(parts).subspan(kServerAndShare);
+    if (root.size() < folder.size() || !std::ranges::equal(folder, std::span(root).first(folder.size())))
+        return {};
+    parts.resize(kServerAndShare);
+    parts.insert(parts.end(), root.begin(), root.end());
+    return parts;
+}
+
 // How many of `parts` lead to what is mounted there; 0 when they lead elsewhere.
 std::size_t LengthOf(const host::MountEntry& mount, const std::vector<std::string_view>& parts) {
-    const std::string whole = mount.source + mount.root;
-    const std::vector<std::string_view> names = NamesIn(whole);
-    if (names.size() < 2 || names.size() > parts.size()) return 0;
+    const std::vector<std::string_view> names = MountedParts(mount);
+    if (names.empty() || names.size() > parts.size()) return 0;
     return std::ranges::equal(names, std::span(parts).first(names.size()), AreSame) ? names.size() : 0;
 }
 
@@ -118,9 +141,10 @@ std::string NetworkFromPath(const std::string& path) {
         return host::IsAtOrBelow(hostPath, mount.mountPoint);
     });
     if (hostPath.empty() || holder == mounts.rend() || !IsSmb(*holder)) return {};
+    const std::vector<std::string_view> above = MountedParts(*holder);
+    if (above.empty()) return {};
     std::string networkPath(1, '\\');
-    const std::string above = holder->source + holder->root;
-    for (const std::string_view name : NamesIn(above))
+    for (const std::string_view name : above)
         networkPath += '\\' + std::string(name);
     std::string_view below = std::string_view(hostPath).substr(holder->mountPoint.size());
     while (!below.empty())
@@ -131,9 +155,9 @@ std::string NetworkFromPath(const std::string& path) {
 
 std::string MountCommandFor(std::string_view networkPath) {
     const std::vector<std::string_view> parts = SharePartsOf(networkPath);
-    if (!IsNetworkPath(networkPath) || parts.size() < 2) return {};
-    return "mount -t cifs '//" + std::string(parts[0]) + '/' + std::string(parts[1]) +
-           "' FOLDER -o username=USER";
+    if (!IsNetworkPath(networkPath) || parts.size() < kServerAndShare) return {};
+    return "mount -t cifs " + InQuotes("//" + std::string(parts[0]) + '/' + std::string(parts[1])) +
+           " FOLDER -o username=USER";
 }
 
 }  // namespace permora

@@ -129,6 +129,12 @@ bool HaveSameOwners(std::span<const std::uint8_t> one, std::span<const std::uint
     return first && second && first->owner == second->owner && first->group == second->group;
 }
 
+// Whether lists were inherited automatically is a remark for editors.
+bool HasKept(const nt::SecurityDescriptor& kept, const nt::SecurityDescriptor& wanted) {
+    return kept.owner == wanted.owner && kept.group == wanted.group && kept.daclState == wanted.daclState &&
+           kept.dacl == wanted.dacl && kept.IsDaclProtected() == wanted.IsDaclProtected();
+}
+
 DWORD GiveToUser(const ObjectHandle& object, uid_t user) {
     constexpr gid_t kSameGroup = static_cast<gid_t>(-1);
     if (fchownat(object.Descriptor(), "", user, kSameGroup, AT_EMPTY_PATH) == 0) return ERROR_SUCCESS;
@@ -257,6 +263,8 @@ DWORD DescriptorStore::Prepare(const ObjectHandle& object, const nt::SecurityDes
     if (!CanHold(object)) return ERROR_NOT_SUPPORTED;
     inner.clear();
     if (KindFor(object) == DescriptorStoreKind::kSmb) {
+        // Its attributes do not carry the system access list.
+        if (!descriptor.saclBytes.empty()) return ERROR_NOT_SUPPORTED;
         nt::SecurityDescriptor asKept = descriptor;
         LeaveRequestsOut(asKept);
         if (!asKept.AppendTo(inner)) return ERROR_INVALID_ACL;
@@ -286,7 +294,9 @@ DWORD DescriptorStore::Examine(const ObjectHandle& object, const StoredSecurity&
     const bool isSamba = kept.form == SecurityForm::kSamba;
     if (isSamba && !DescriptorFromSambaAttribute(kept.bytes, inner)) return ERROR_INVALID_SECURITY_DESCR;
     descriptor = nt::SecurityDescriptor::FromBytes(isSamba ? inner : kept.bytes);
-    return descriptor ? ERROR_SUCCESS : ERROR_INVALID_SECURITY_DESCR;
+    if (!descriptor) return ERROR_INVALID_SECURITY_DESCR;
+    const bool isLost = KindFor(object) == DescriptorStoreKind::kSmb && !descriptor->saclBytes.empty();
+    return isLost ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
 }
 
 DWORD DescriptorStore::Replace(const ObjectHandle& object, const StoredSecurity& before,
@@ -300,16 +310,29 @@ DWORD DescriptorStore::Replace(const ObjectHandle& object, const StoredSecurity&
 }
 
 // Only who may change the owner may write it, also the one that is there already.
-DWORD DescriptorStore::WriteToServer(const ObjectHandle& object, const StoredSecurity& before,
-                                     const StoredSecurity& after) {
+DWORD DescriptorStore::SendToServer(const ObjectHandle& object, std::span<const std::uint8_t> kept,
+                                    const char* attribute) {
     // What the attribute can carry; the kernel calls a larger one not supported.
     constexpr std::size_t kMostBytes = 65535;
-    const bool keepsOwners = HaveSameOwners(before.bytes, after.bytes);
-    if (!MakeRequest(after.bytes, inner)) return ERROR_INVALID_SECURITY_DESCR;
+    if (!MakeRequest(kept, inner)) return ERROR_INVALID_SECURITY_DESCR;
     if (inner.size() > kMostBytes) return ERROR_ALLOTTED_SPACE_EXCEEDED;
-    const int problem =
-        WriteExtendedAttribute(object, keepsOwners ? kSmbListAttribute : kSmbOwnerAttribute, inner);
+    const int problem = WriteExtendedAttribute(object, attribute, inner);
     return problem == 0 ? ERROR_SUCCESS : WriteError(object, problem);
+}
+
+// A server may keep less than it was given, as Samba does where it makes mode bits of lists, and say nothing.
+DWORD DescriptorStore::WriteToServer(const ObjectHandle& object, const StoredSecurity& before,
+                                     const StoredSecurity& after) {
+    const char* const attribute =
+        HaveSameOwners(before.bytes, after.bytes) ? kSmbListAttribute : kSmbOwnerAttribute;
+    const DWORD error = SendToServer(object, after.bytes, attribute);
+    const auto wanted = nt::SecurityDescriptor::FromBytes(after.bytes);
+    nt::SecurityDescriptor kept;
+    // Who has taken the right to read from themselves cannot see what is kept.
+    if (error != ERROR_SUCCESS || !wanted || Read(object, kept) != ERROR_SUCCESS) return error;
+    if (HasKept(kept, *wanted)) return ERROR_SUCCESS;
+    (void)SendToServer(object, before.bytes, attribute);
+    return ERROR_NOT_SUPPORTED;
 }
 
 DWORD DescriptorStore::WriteAttribute(const ObjectHandle& object, const StoredSecurity& before,

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "platform/change_recorder.h"
@@ -78,6 +79,7 @@ class DescriptorStore {
     DWORD TakeFromVolume(nt::SecurityDescriptor& descriptor);
     template <typename Source, typename AskKind>
     DWORD ReadFrom(const Source& source, AskKind askKind, nt::SecurityDescriptor& descriptor);
+    DWORD SendToServer(const ObjectHandle& object, std::span<const std::uint8_t> kept, const char* attribute);
     DWORD WriteToServer(const ObjectHandle& object, const StoredSecurity& before,
                         const StoredSecurity& after);
     DWORD WriteAttribute(const ObjectHandle& object, const StoredSecurity& before,
