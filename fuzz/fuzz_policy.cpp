@@ -48,7 +48,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Require(
             std::ranges::is_partitioned(rule.entries, [](const nt::Ace& entry) { return entry.type == 1; }),
             "denials come first");
-        if (!rule.below.empty()) (void)MatchesPattern(rule.below, "one\\two\\" + rule.below);
+        if (!rule.below.empty() && MatchesPattern(rule.below, "one\\two\\" + rule.below))
+            Require(MayMatchBelow(rule.below, "one\\two"), "what may be below is looked for");
     }
     return 0;
 }

@@ -1,5 +1,6 @@
 #include "policy/path_pattern.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -80,6 +81,45 @@ bool MatchesPattern(std::string_view pattern, std::string_view path) {
     while (at < wanted.size() && wanted[at] == "**")
         ++at;
     return at == wanted.size();
+}
+
+bool MayMatchBelow(std::string_view pattern, std::string_view folder) {
+    const std::vector<std::string_view> wanted = NamesOf(pattern, '/');
+    // Which names of the pattern may come next.
+    std::vector<bool> next(wanted.size() + 1);
+    next[0] = true;
+    const auto skipStars = [&] {
+        for (std::size_t i = 0; i < wanted.size(); ++i)
+            if (next[i] && wanted[i] == "**") next[i + 1] = true;
+    };
+    skipStars();
+    const std::vector<std::string_view> names =
+        folder.empty() ? std::vector<std::string_view>() : NamesOf(folder, '\\');
+    for (const std::string_view name : names) {
+        for (std::size_t i = wanted.size(); i > 0; --i) {
+            const bool isStay = i < wanted.size() && wanted[i] == "**" && next[i];
+            next[i] = isStay || (next[i - 1] && wanted[i - 1] != "**" && MatchesName(wanted[i - 1], name));
+        }
+        next[0] = next[0] && wanted[0] == "**";
+        skipStars();
+    }
+    next.pop_back();
+    return std::ranges::find(next, true) != next.end();
+}
+
+std::string PatternProblem(std::string_view pattern) {
+    for (const std::string_view name : NamesOf(pattern, '/')) {
+        if (name.empty()) return "a name is empty";
+        if (name == "." || name == "..") return "it has \"" + std::string(name) + "\" as a name";
+        const bool hasOther = std::ranges::any_of(name, [](char letter) {
+            return static_cast<unsigned char>(letter) < ' ' ||
+                   std::string_view("\\:\"<>|").find(letter) != std::string_view::npos;
+        });
+        if (hasOther || name.ends_with('.') || name.ends_with(' '))
+            return "no name has one of \\ : \" < > | or a control character, nor a dot or blank at its end, "
+                   "as this program shows it; for such a character of the host, write ?";
+    }
+    return {};
 }
 
 }  // namespace permora

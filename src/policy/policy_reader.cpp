@@ -21,7 +21,10 @@
 #define TOML_UNREACHABLE __builtin_unreachable()
 #include <toml++/toml.h>
 
+#include "platform/network_path.h"
 #include "platform/nt/ace_bits.h"
+#include "platform/nt/inheritance.h"
+#include "policy/path_pattern.h"
 #include "security/access_rights.h"
 
 namespace permora {
@@ -30,6 +33,7 @@ namespace {
 constexpr std::size_t kMostRules = 1000;
 constexpr std::size_t kMostEntries = 1000;
 constexpr std::size_t kMostPattern = 4096;
+constexpr int kMostDots = 100;
 constexpr std::int64_t kPolicyVersion = 1;
 
 PolicyPlace PlaceOf(const toml::source_region& region) {
@@ -40,7 +44,43 @@ PolicyPlace PlaceOf(const toml::source_region& region) {
 bool IsAbsolute(std::string_view path) {
     const bool hasDrive = path.size() >= 3 && path[1] == ':' && path[2] == '\\' &&
                           ((path[0] >= 'A' && path[0] <= 'Z') || (path[0] >= 'a' && path[0] <= 'z'));
-    return path.starts_with('/') || hasDrive;
+    return path.starts_with('/') || hasDrive || IsNetworkPath(path);
+}
+
+// The first line with more dots outside of texts and comments than any key may have, counted from 1; 0: none.
+// The library goes one call deeper with each.
+std::size_t FindDottedLine(std::string_view text) {
+    std::size_t line = 1;
+    int dots = 0;
+    std::string_view quote;  // that ends the text that we are in
+    while (!text.empty()) {
+        std::size_t length = 1;
+        const char letter = text.front();
+        if (letter == '\n') {
+            ++line;
+            dots = 0;
+            if (quote.size() == 1) quote = {};  // a fault
+        } else if (!quote.empty()) {
+            if (letter == '\\' && quote.front() == '"' && !text.substr(1).starts_with('\n')) length = 2;
+            if (text.starts_with(quote)) {
+                length = quote.size();
+                // Two more may stand before the end.
+                while (quote.size() == 3 && length < 5 && text.substr(length).starts_with(letter))
+                    ++length;
+                quote = {};
+            }
+        } else if (letter == '"' || letter == '\'') {
+            quote = letter == '"' ? R"(""")" : "'''";
+            if (!text.starts_with(quote)) quote = quote.substr(0, 1);
+            length = quote.size();
+        } else if (letter == '#') {
+            length = std::min(text.find('\n'), text.size());
+        } else if (letter == '.' && ++dots > kMostDots) {
+            return line;
+        }
+        text.remove_prefix(std::min(length, text.size()));
+    }
+    return 0;
 }
 
 class PolicyParsing {
@@ -147,8 +187,10 @@ bool PolicyParsing::TakeObjects(const toml::table& table, PolicyRule& rule) {
         return false;
     if (!path) return Fail(table, "\"path\" is missing");
     if (!IsAbsolute(*path)) return Fail(*table.get("path"), "the path is not absolute: " + *path);
-    if (below && (below->size() > kMostPattern || below->front() == '/' || below->back() == '/'))
-        return Fail(*table.get("below"), "no pattern for names below the path: " + *below);
+    const std::string problem = below ? PatternProblem(*below) : std::string();
+    if (below && (below->size() > kMostPattern || !problem.empty()))
+        return Fail(*table.get("below"),
+                    "no pattern for names below the path: " + (problem.empty() ? "it is too long" : problem));
     if (only && *only != "files" && *only != "folders")
         return Fail(*table.get("only"), "\"only\" is neither \"files\" nor \"folders\"");
     rule.path = *path;
@@ -222,6 +264,8 @@ bool PolicyParsing::TakeEntry(const toml::table& table, nt::Ace& entry) {
     if (childrenOnly.value_or(false)) flags |= nt::kNoPropagateInherit;
     entry.type = allow ? nt::kAccessAllowedType : nt::kAccessDeniedType;
     entry.flags = flags;
+    // Generic rights mean nothing in an entry that counts for the object itself.
+    if ((flags & nt::kInheritOnly) == 0) mask = nt::MapGenericRights(mask);
     entry.mask = MaskOfChangedEntry(entry.type, mask);
     entry.sid = sid;
     return true;
@@ -232,6 +276,10 @@ bool PolicyParsing::TakeEntry(const toml::table& table, nt::Ace& entry) {
 std::optional<Policy> ReadPolicy(std::string_view text, PolicyWords& words, PolicyFault& fault) {
     if (text.size() > kMostPolicyBytes) {
         fault = {{}, "it is larger than 1 MiB"};
+        return std::nullopt;
+    }
+    if (const std::size_t line = FindDottedLine(text); line != 0) {
+        fault = {{line, 1}, "the line has more than 100 dots outside of texts"};
         return std::nullopt;
     }
     const toml::parse_result parsed = toml::parse(text);

@@ -37,6 +37,9 @@ TEST(PathPattern, MeansNamesStarsAndAnyNumberOfFolders) {
     };
     for (const auto& [pattern, path, matches] : kCases)
         EXPECT_EQ(MatchesPattern(pattern, path), matches) << pattern << ' ' << path;
+    EXPECT_TRUE(MayMatchBelow("a/*", "") && MayMatchBelow("a/*", "a") && MayMatchBelow("**", "a\\b"));
+    EXPECT_TRUE(MayMatchBelow("a/**/c/d", "a\\b\\c") && MayMatchBelow("**/x", "x"));
+    EXPECT_FALSE(MayMatchBelow("*", "a") || MayMatchBelow("a/*", "b") || MayMatchBelow("a/*/c", "a\\b\\c"));
     // Neither takes time without end.
     std::string stars;
     std::string folders;
@@ -49,6 +52,7 @@ TEST(PathPattern, MeansNamesStarsAndAnyNumberOfFolders) {
     for (int i = 0; i < 1000; ++i)
         path += "\\a";
     EXPECT_FALSE(MatchesPattern(folders + 'b', path));
+    EXPECT_TRUE(MayMatchBelow(folders + 'b', path));
 }
 
 }  // namespace

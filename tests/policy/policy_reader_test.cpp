@@ -21,7 +21,7 @@ class FewWords : public PolicyWords {
         return {};
     }
     std::string FindRights(const std::string& text, DWORD& mask) override {
-        mask = text == "Read" ? 0x1 : 0x2;
+        mask = text == "Read" ? 0x1 : text == "Generic" ? nt::kGenericAll : 0x2;
         return text == "Fly" ? "no right is called Fly" : "";
     }
     std::string FindScope(const std::string& text, BYTE& flags) override {
@@ -47,12 +47,15 @@ owner = "anna"
 protected = false
 includes = [ {allow = "anna", rights = "Read"}, {deny = "bob", rights = "Write", scope = "Files", children_only = true} ]
 [[rule]]
+path = '\\server\share'
+entries = [ {allow = "anna", rights = "Generic"}, {allow = "anna", rights = "Generic", scope = "Files"} ]
+[[rule]]
 path = "/srv"
 entries = []
 )",
                              fault);
     ASSERT_TRUE(policy) << fault.text;
-    ASSERT_EQ(policy->rules.size(), 2U);
+    ASSERT_EQ(policy->rules.size(), 3U);
     const PolicyRule& rule = policy->rules[0];
     EXPECT_EQ(rule.place.line, 2U);
     EXPECT_EQ(rule.path, "C:\\srv");
@@ -68,12 +71,19 @@ entries = []
     EXPECT_EQ(rule.entries[0].mask, 0x2U);
     EXPECT_EQ(rule.entries[1].flags, nt::kObjectInherit | nt::kContainerInherit);
     EXPECT_EQ(rule.entries[1].mask, 0x100001U);
-    EXPECT_EQ(policy->rules[1].extent, PolicyExtent::kExactly);
-    EXPECT_FALSE(policy->rules[1].isProtected || policy->rules[1].owner);
+    // Generic rights count where they are handed down alone.
+    ASSERT_EQ(policy->rules[1].entries.size(), 2U);
+    EXPECT_EQ(policy->rules[1].entries[0].mask, nt::kFileAllAccess);
+    EXPECT_EQ(policy->rules[1].entries[1].mask, nt::kGenericAll | 0x100000U);
+    EXPECT_EQ(policy->rules[2].extent, PolicyExtent::kExactly);
+    EXPECT_FALSE(policy->rules[2].isProtected || policy->rules[2].owner);
 }
 
 TEST(PolicyReader, NamesWhatIsWrongWithItsPlace) {
     const std::string start = "version = 1\n[[rule]]\n";
+    std::string deep;
+    for (int i = 0; i < 100'000; ++i)
+        deep += ".a";
     const struct {
         std::string text;
         std::size_t line;
@@ -94,6 +104,11 @@ TEST(PolicyReader, NamesWhatIsWrongWithItsPlace) {
         {start + "path = \"/srv\"\npath = \"/srv\"\n", 4, "path"},
         {start + "path = \"/srv\"\nonly = \"links\"\n", 4, "files"},
         {start + "path = \"/srv\"\nbelow = \"/x\"\nprotected = true\n", 4, "pattern"},
+        {start + "path = \"/srv\"\nbelow = \"a//f\"\nprotected = true\n", 4, "a name is empty"},
+        {start + "path = \"/srv\"\nbelow = \"a/..\"\nprotected = true\n", 4, "it has \"..\""},
+        {start + "path = \"/srv\"\nbelow = 'a\\f'\nprotected = true\n", 4, "write ?"},
+        {start + "path = \"/srv\"\nbelow = \"*./f\"\nprotected = true\n", 4, "write ?"},
+        {start + "path = \"/srv\"\nbelow = \"\\u001f\"\nprotected = true\n", 4, "write ?"},
         {start + "path = \"/srv\"\nowner = \"nobody\"\n", 4, "nobody is unknown"},
         {start + "path = \"/srv\"\nentries = []\nincludes = []\n", 5, "either"},
         {start + "path = \"/srv\"\nentries = [ 1 ]\n", 4, "table"},
@@ -111,6 +126,11 @@ TEST(PolicyReader, NamesWhatIsWrongWithItsPlace) {
         {std::string(kMostPolicyBytes + 1, '#'), 0, "larger"},
         {"version = 1\n\xC3\xAD = 2\n", 2, ""},
         {"version = 1\n\xEF\xBB\xBE = 2\n", 2, ""},
+        // Deep in the library.
+        {"version = 1\na" + deep + " = 1\n", 2, "dots"},
+        {"# " + deep + "\n[a" + deep + "]\n", 2, "dots"},
+        {"x = { y = \'\'\'\n\'\'\'\'\', a" + deep + " = \"" + deep + "\" }\n", 2, "dots"},
+        {"x = \"\\\"" + deep + "\"\ny = 3\n", 1, "\"x\" is not known"},
         {"version = " + std::string(100, '[') + std::string(100, ']'), 1, ""},
     };
     for (const auto& [text, line, reason] : kCases) {
