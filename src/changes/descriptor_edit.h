@@ -30,6 +30,7 @@ struct ObjectToEdit {
     EditPlace place;
     const ListsAbove* above;     // null: not known; the root of a volume has empty ones
     std::string_view path = {};  // below the tree's top, with backslashes; empty: the top
+    bool hasContents = true;     // a file or a folder; else a link, a device, a pipe or a socket
 };
 
 enum class EditFault : std::uint8_t {
@@ -42,10 +43,19 @@ enum class EditFault : std::uint8_t {
 struct EditedSecurity {
     nt::SecurityDescriptor wanted;  // the present one when nothing changes, and with a fault
     EditFault fault = EditFault::kNone;
+    // The edit says who owns the object, on the host as well: what `present` cannot tell.
+    bool rulesOwner = false;
     // Entries that the edit is about are inherited from a folder that is not edited, and stay.
     bool inheritedStay = false;
     // Entries that the edit is about stay, since they are of other types than allow and deny.
     bool otherTypesStay = false;
+};
+
+// What a walk passes over.
+enum class EditGap : std::uint8_t {
+    kMounted,   // another volume is mounted there
+    kUnread,    // the object's security cannot be read; what is in it may be come to all the same
+    kUnlisted,  // what is in the folder is not known to its end
 };
 
 class DescriptorEdit {
@@ -54,6 +64,11 @@ class DescriptorEdit {
     virtual EditedSecurity Edit(const ObjectToEdit& object) = 0;
     // Whether objects that are alike in everything else may become different by their paths.
     virtual bool DependsOnPath() const { return false; }
+    // The walk passes this over. Whether that is a failure, since the edit may be about any of it. What is
+    // not read is one in any case where it was to inherit something else.
+    virtual bool Misses(std::string_view /*path*/, EditGap /*gap*/) { return true; }
+    // Whether it may be about anything below the folder, beside what that hands down anew.
+    virtual bool Enters(std::string_view /*folder*/) const { return true; }
 };
 
 // What a folder with the list `above` hands down to the object.

@@ -36,6 +36,7 @@ struct Attempt {
     std::string path;
     std::shared_ptr<const FolderLists> above;  // null: not known
     std::shared_ptr<FolderLists> own;          // of a folder; null: it is none
+    bool hasContents = true;                   // ObjectToEdit::hasContents
     int number = 1;
     SharedList basis;  // what `above` had when the change was made up
     Remarks remarks;
@@ -48,6 +49,24 @@ bool HasVanished(DWORD error) {
 NotEdited NotEditedBy(EditFault fault) {
     if (fault == EditFault::kNoList) return NotEdited::kNoList;
     return fault == EditFault::kHiddenAccount ? NotEdited::kHiddenAccount : NotEdited::kUnknownFolder;
+}
+
+// The path of something in the folder, whatever its name.
+std::string PathIn(std::string_view folder) {
+    return folder.empty() ? "*" : std::string(folder) + "\\*";
+}
+
+// Whether the top of a tree, a file, has further names.
+DWORD AskNamesOfTop(const HeldObject& top, bool& hasSeveral) {
+    ChangedTop named;
+    HeldObject folder;
+    HeldObject file;
+    DWORD error = top.FindTop(named);
+    if (error == ERROR_SUCCESS) error = top.HoldAbove(folder);
+    if (error == ERROR_SUCCESS && !folder.IsHeld()) error = ERROR_NOT_SAME_DEVICE;
+    if (error == ERROR_SUCCESS) error = folder.HoldBelow(named.path.substr(named.path.rfind('\\') + 1), file);
+    if (error == ERROR_SUCCESS && file.FileNumber() != top.FileNumber()) error = ERROR_FILE_INVALID;
+    return error == ERROR_SUCCESS ? file.HasSeveralNames(hasSeveral) : error;
 }
 
 class TreeEditing : private TreeVisitor {
@@ -67,6 +86,9 @@ class TreeEditing : private TreeVisitor {
   private:
     DWORD Prepare();
     bool Visit(const ReadObject& object) override;
+    bool Enters(std::string_view folder) override;
+    void PassOver(const ReadObject& object);
+    bool InheritsAnew(const std::string& path);
     DWORD Take(const ReadObject& object);
     bool IsLikeTheLast(const ReadObject& object, const Attempt& attempt) const;
     EditedSecurity Judge(Attempt& attempt, const nt::SecurityDescriptor& present) const;
@@ -160,24 +182,40 @@ bool TreeEditing::Visit(const ReadObject& object) {
         result = ERROR_OPERATION_ABORTED;
         return false;
     }
+    if (object.kind == SavedKind::kMounted || object.kind == SavedKind::kUnlisted ||
+        object.kind == SavedKind::kUnread)
+        PassOver(object);
+    else
+        result = Take(object);
+    return result == ERROR_SUCCESS;
+}
+
+// Whether something else is handed down to what is at the path. Only the folders that hold it stay.
+bool TreeEditing::InheritsAnew(const std::string& path) {
+    if (!path.empty()) folders.LeaveTo(path);
+    const std::shared_ptr<const FolderLists> above = folders.ListsAbove(path);
+    return above && above->before != above->after;
+}
+
+void TreeEditing::PassOver(const ReadObject& object) {
     const std::string path(object.path);
-    switch (object.kind) {
-        case SavedKind::kMounted:
-            Fail(path, NotEdited::kError, ERROR_NOT_SAME_DEVICE);
-            return true;
-        case SavedKind::kUnlisted:
+    if (object.kind == SavedKind::kMounted) {
+        // The root of a volume inherits from nothing.
+        if (work.edit.Misses(path, EditGap::kMounted)) Fail(path, NotEdited::kError, ERROR_NOT_SAME_DEVICE);
+    } else if (object.kind == SavedKind::kUnlisted) {
+        if (work.edit.Misses(path, EditGap::kUnlisted) || InheritsAnew(PathIn(path)))
             Fail(path, NotEdited::kUnlisted, object.error);
-            return true;
-        case SavedKind::kUnread:
-            // It may be a folder all the same, with something in it.
-            folders.LeaveTo(path);
-            folders.Enter(path, nullptr);
+    } else {
+        const bool inheritsAnew = InheritsAnew(path);
+        if (work.edit.Misses(path, EditGap::kUnread) || inheritsAnew)
             Fail(path, NotEdited::kError, object.error);
-            return true;
-        default:
-            result = Take(object);
-            return result == ERROR_SUCCESS;
+        // It may be a folder all the same, with something in it.
+        folders.Enter(path, nullptr);
     }
+}
+
+bool TreeEditing::Enters(std::string_view folder) {
+    return work.edit.Enters(folder) || InheritsAnew(PathIn(folder));
 }
 
 // Most files have what the one before has, and need no second judgement.
@@ -192,21 +230,20 @@ DWORD TreeEditing::Take(const ReadObject& object) {
     attempt.path = object.path;
     if (!attempt.path.empty()) folders.LeaveTo(attempt.path);
     attempt.above = folders.ListsAbove(attempt.path);
-    if (object.kind == SavedKind::kFolder) {
-        attempt.own = std::make_shared<FolderLists>();
-        folders.Enter(attempt.path, attempt.own);
-    }
+    attempt.hasContents = object.is == TreeObjectKind::kFile || object.is == TreeObjectKind::kFolder;
+    if (object.kind == SavedKind::kFolder) attempt.own = std::make_shared<FolderLists>();
     if (IsLikeTheLast(object, attempt)) {
         ++work.counts.unchanged;
         return ERROR_SUCCESS;
     }
     const auto present = nt::SecurityDescriptor::FromBytes(object.descriptor);
     if (!present) {
-        Fail(attempt.path, NotEdited::kError, ERROR_INVALID_SECURITY_DESCR);
+        PassOver({object.path, SavedKind::kUnread, {}, ERROR_INVALID_SECURITY_DESCR});
         return ERROR_SUCCESS;
     }
+    if (attempt.own) folders.Enter(attempt.path, attempt.own);
     const EditedSecurity edited = Judge(attempt, *present);
-    if (edited.fault != EditFault::kNone || edited.wanted != *present) {
+    if (edited.fault != EditFault::kNone || edited.wanted != *present || edited.rulesOwner) {
         const DWORD error = Try(std::move(attempt));
         return error == ERROR_SUCCESS ? TryOutOfDate() : error;
     }
@@ -227,7 +264,7 @@ EditedSecurity TreeEditing::Judge(Attempt& attempt, const nt::SecurityDescriptor
     if (attempt.basis) lists.emplace(ListsAbove{*attempt.above->before, *attempt.basis});
     return work.edit.Edit({present, attempt.own ? nt::ObjectKind::kFolder : nt::ObjectKind::kFile,
                            attempt.path.empty() ? EditPlace::kTop : EditPlace::kBelow,
-                           lists ? &*lists : nullptr, attempt.path});
+                           lists ? &*lists : nullptr, attempt.path, attempt.hasContents});
 }
 
 // The top itself stays where it is.
@@ -268,17 +305,22 @@ bool TreeEditing::MakeChange(Attempt& attempt, const HeldObject& object, Descrip
     nt::SecurityDescriptor present;
     DWORD error = ReadBoth(object, parts, change.before, present);
     if (error != ERROR_SUCCESS) return Fail(attempt.path, NotEdited::kError, error);
+    attempt.hasContents = object.Kind() != FolderEntryKind::kOther;
     const EditedSecurity edited = Judge(attempt, present);
     if (attempt.own) SetLists(attempt, present, edited.wanted);
     if (edited.fault != EditFault::kNone) return Fail(attempt.path, NotEditedBy(edited.fault));
     attempt.remarks = {!LetsNobodyIn(present) && LetsNobodyIn(edited.wanted), edited.inheritedStay,
                        edited.otherTypesStay};
-    if (edited.wanted == present) {
+    bool isSo = edited.wanted == present;
+    if (!isSo || edited.rulesOwner) error = object.PrepareStored(edited.wanted, change.after);
+    // Where nothing can be kept, nothing need be.
+    if (isSo && edited.rulesOwner && error != ERROR_NOT_SUPPORTED)
+        isSo = error == ERROR_SUCCESS && change.before.hostOwner == change.after.hostOwner;
+    if (isSo) {
         ++work.counts.unchanged;
         Tell(attempt.path, attempt.remarks);
         return false;
     }
-    error = object.PrepareStored(edited.wanted, change.after);
     if (error == ERROR_SUCCESS)
         error = CheckNames(
             attempt, object,
@@ -295,10 +337,11 @@ bool TreeEditing::MakeChange(Attempt& attempt, const HeldObject& object, Descrip
 }
 
 DWORD TreeEditing::CheckNames(const Attempt& attempt, const HeldObject& object, bool changesOwner) const {
-    if (!changesOwner || attempt.path.empty() || work.options.linked == LinkedFiles::kChange)
-        return ERROR_SUCCESS;
+    const bool isTop = attempt.path.empty();
+    const LinkedFiles linked = isTop ? work.options.linkedTop : work.options.linked;
+    if (!changesOwner || object.IsFolder() || linked == LinkedFiles::kChange) return ERROR_SUCCESS;
     bool hasSeveral = false;
-    const DWORD error = object.HasSeveralNames(hasSeveral);
+    const DWORD error = isTop ? AskNamesOfTop(object, hasSeveral) : object.HasSeveralNames(hasSeveral);
     return error == ERROR_SUCCESS && hasSeveral ? kHasFurtherNames : error;
 }
 

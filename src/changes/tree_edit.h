@@ -18,9 +18,9 @@ namespace permora {
 
 struct TreeEditOptions {
     TreeListMode mode = TreeListMode::kWrite;
-    // Files with further names whose owner the edit changes. The top, which the user has named, is changed in
-    // any case.
+    // Files with further names whose owner the edit changes.
     LinkedFiles linked = LinkedFiles::kPassOver;
+    LinkedFiles linkedTop = LinkedFiles::kChange;  // the same of the top, which the user has named
 };
 
 struct TreeEditCounts {

@@ -16,7 +16,6 @@
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
 #include "platform/private_place.h"
-#include "platform/security_change.h"
 #include "platform/sequential_file.h"
 #include "policy/policy_plan.h"
 #include "policy/policy_reader.h"
@@ -62,6 +61,12 @@ DWORD ReadPolicyText(const std::string& path, std::string& text) {
     return error;
 }
 
+// Whether the object that was found has this very path; a volume may have a letter of its own.
+bool IsPathOf(const Target& target, const ChangedTop& top) {
+    const std::string path = target.folder + target.name;
+    return path == top.path || HostPathFromPath(path) == HostPathFromPath(top.path);
+}
+
 enum class PolicyTask { kCheck, kApply };
 
 class PolicyTaskCommand : public Command {
@@ -77,9 +82,12 @@ class PolicyTaskCommand : public Command {
     ExitCode Work();
     ExitCode WorkOnTrees();
     bool FindObjects();
+    std::string TopOf(const Target& target);
     bool AreDifferentObjects();
+    bool MayBeMissing(std::size_t rule) const;
+    void FailWithoutTop(std::size_t rule);
     void WorkOn(const PolicyTree& tree);
-    bool IsAlreadySo(const Target& target, PolicyEdit& edit);
+    bool IsStopped() { return IsInterrupted() || (recording && recording->IsStopped()); }
 
     std::string file;
     ChangeOutput output;
@@ -91,6 +99,7 @@ class PolicyTaskCommand : public Command {
     std::vector<Target> targets;    // of the rules, in their order
     std::vector<std::string> tops;  // as PlanTrees takes them
     std::optional<TreeEditRun> run;
+    bool areAllFollowed = true;  // each rule had its turn
 };
 
 PolicyTaskCommand::PolicyTaskCommand(const CommandParent& parent, PolicyTask work)
@@ -147,15 +156,20 @@ bool PolicyTaskCommand::FindObjects() {
     for (const PolicyRule& rule : policy.rules) {
         Target target;
         if (!MakeNamedTarget(rule.path, target, messages)) return false;
-        HeldObject object;
-        ChangedTop top;
-        std::string path;
-        if (FindItem(target.object, object).IsDone())
-            path = object.FindTop(top) == ERROR_SUCCESS ? top.path : target.folder + target.name;
+        tops.push_back(TopOf(target));
         targets.push_back(std::move(target));
-        tops.push_back(std::move(path));
     }
     return AreDifferentObjects();
+}
+
+// Empty where the rule is not followed: nothing is there, or a link on the way, which may be others' to make,
+// leads there.
+std::string PolicyTaskCommand::TopOf(const Target& target) {
+    HeldObject object;
+    ChangedTop top;
+    if (!FindItem(target.object, object).IsDone() || object.FindTop(top) != ERROR_SUCCESS) return {};
+    const bool isFolderWhereNeeded = object.IsFolder() || !target.endsWithSeparator;
+    return isFolderWhereNeeded && IsPathOf(target, top) ? top.path : std::string();
 }
 
 // Two spellings of one path must not be two rules, of which one is never followed.
@@ -189,31 +203,42 @@ ExitCode PolicyTaskCommand::Work() {
 
 ExitCode PolicyTaskCommand::WorkOnTrees() {
     run.emplace(TreeEditRun::How{quiet ? Progress::kQuiet : Progress::kShown,
+                                 linked ? LinkedFiles::kChange : LinkedFiles::kPassOver,
                                  linked ? LinkedFiles::kChange : LinkedFiles::kPassOver},
                 recording ? recording->Recorder() : Unrecorded(), output);
-    bool areAllThere = true;
-    for (std::size_t i = 0; i < tops.size(); ++i) {
-        if (!tops[i].empty()) continue;
-        HeldObject object;
-        messages.SetSubject(targets[i].argument);
-        const DWORD error = targets[i].object.Error();
-        const bool isMissing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-        output.BeginObject(targets[i].argument);
-        const bool isFine =
-            (policy.rules[i].isOptional && isMissing) || FindTarget(targets[i], object, messages);
-        output.EndObject(isFine);
-        areAllThere = areAllThere && isFine;
+    for (std::size_t i = 0; i < tops.size(); ++i)
+        if (tops[i].empty() && !MayBeMissing(i)) FailWithoutTop(i);
+    // What is on another volume than its tree has a turn of its own.
+    for (std::vector<PolicyTree> trees = PlanTrees(policy, tops); !trees.empty() && !IsStopped();
+         trees = PlanTrees(policy, tops))
+        for (const PolicyTree& tree : trees)
+            if (!IsStopped()) WorkOn(tree);
+    return ExitCodeOf(run->End() && areAllFollowed);
+}
+
+// Whether it is optional, and nothing is there.
+bool PolicyTaskCommand::MayBeMissing(std::size_t rule) const {
+    HeldObject object;
+    const DWORD error = FindItem(targets[rule].object, object).code;
+    return policy.rules[rule].isOptional && (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND);
+}
+
+// Says why the rule is not followed.
+void PolicyTaskCommand::FailWithoutTop(std::size_t rule) {
+    const Target& target = targets[rule];
+    HeldObject object;
+    ChangedTop top;
+    areAllFollowed = false;
+    output.BeginObject(target.argument);
+    messages.SetSubject(target.argument);
+    if (FindTarget(target, object, messages) && messages.Check({object.FindTop(top)})) {
+        const std::string hostPath = HostPathFromPath(top.path);
+        const std::string isPath = hostPath.empty() ? top.path : hostPath;
+        messages.Say(IsPathOf(target, top)
+                         ? "not looked at: it was not there before, or is not what it was"
+                         : "not looked at: a link leads there, or it is spelled otherwise; write " + isPath);
     }
-    // What a tree should have had and the walk has not come to, on another volume, has a turn of its own.
-    for (std::vector<PolicyTree> trees = PlanTrees(policy, tops); !trees.empty();
-         trees = PlanTrees(policy, tops)) {
-        for (const PolicyTree& tree : trees) {
-            if (IsInterrupted() || (recording && recording->IsStopped())) break;
-            WorkOn(tree);
-        }
-        if (IsInterrupted() || (recording && recording->IsStopped())) break;
-    }
-    return ExitCodeOf(run->End() && areAllThere);
+    output.EndObject(false);
 }
 
 void PolicyTaskCommand::WorkOn(const PolicyTree& tree) {
@@ -222,25 +247,23 @@ void PolicyTaskCommand::WorkOn(const PolicyTree& tree) {
     PolicyEdit edit(tree.parts);
     output.BeginObject(target.argument);
     messages.SetSubject(target.argument);
-    if (!tree.isWalked && IsAlreadySo(target, edit))
-        run->Pass();
-    else
-        run->Edit(target, edit);
+    run->Edit(target, edit);
     output.EndObject(true);
-    for (std::size_t i = 0; i < tree.rules.size(); ++i)
-        if (tops[tree.rules[i]] == top || edit.HasMet(i)) tops[tree.rules[i]].clear();
-}
-
-// Whether the object need not be written, so that nothing below it changes either.
-bool PolicyTaskCommand::IsAlreadySo(const Target& target, PolicyEdit& edit) {
-    HeldObject object;
-    nt::SecurityDescriptor present;
-    if (!FindItem(target.object, object).IsDone() ||
-        ReadDescriptor(object, DACL_SECURITY_INFORMATION, present) != ERROR_SUCCESS)
-        return false;
-    const nt::ObjectKind kind = object.IsFolder() ? nt::ObjectKind::kFolder : nt::ObjectKind::kFile;
-    const EditedSecurity edited = edit.Edit({present, kind, EditPlace::kTop, nullptr});
-    return edited.fault == EditFault::kNone && edited.wanted == present;
+    if (IsStopped()) return;
+    for (std::size_t i = 0; i < tree.rules.size(); ++i) {
+        const std::size_t rule = tree.rules[i];
+        const bool isTop = tops[rule] == top;
+        const PolicyEdit::Meeting meeting = edit.MeetingOf(i);
+        if (!isTop && meeting == PolicyEdit::Meeting::kElsewhere) continue;
+        tops[rule].clear();
+        // It is not looked at alone, since a later rule of the tree may be about it.
+        if (isTop || meeting == PolicyEdit::Meeting::kMet || MayBeMissing(rule)) continue;
+        areAllFollowed = false;
+        output.BeginObject(targets[rule].argument);
+        messages.SetSubject(targets[rule].argument);
+        messages.Say("not looked at: it was not come to from " + target.argument);
+        output.EndObject(false);
+    }
 }
 
 class PolicyCommand : public Command {

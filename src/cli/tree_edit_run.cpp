@@ -86,7 +86,7 @@ void TreeEditRun::Edit(const Target& next, DescriptorEdit& edit) {
         return Stop(false);
     if (!isSupported) return Stop(messages.Check({ERROR_NOT_SUPPORTED, Step::kUseAccessControl}));
     const TreeEditOptions options = {output.IsDryRun() ? TreeListMode::kCountOnly : TreeListMode::kWrite,
-                                     how.linked};
+                                     how.linked, how.linkedTop};
     if (output.IsDryRun()) nested.Add(next, object, messages);
     const ObjectCounts before = CountsSoFar();
     const DWORD error = EditTree(object, edit, options, *this, recorder, counts);
@@ -96,11 +96,6 @@ void TreeEditRun::Edit(const Target& next, DescriptorEdit& edit) {
     if (error == ERROR_SUCCESS || error == ERROR_OPERATION_ABORTED) return;
     messages.SetSubject(next.argument);
     Stop(messages.Check(OutcomeOfChange(error, recorder)));
-}
-
-void TreeEditRun::Pass() {
-    ++counts.unchanged;
-    output.Count({0, 1, 0});
 }
 
 bool TreeEditRun::End() {

@@ -27,6 +27,7 @@ class TreeEditRun : private TreeEditHost {
     struct How {
         Progress progress;
         LinkedFiles linked;
+        LinkedFiles linkedTop = LinkedFiles::kChange;  // TreeEditOptions::linkedTop
     };
     // The recorder and the output are borrowed. From now on Ctrl-C ends the work between two objects.
     TreeEditRun(const How& manner, ChangeRecorder& changeRecorder, ChangeOutput& changeOutput);
@@ -34,8 +35,6 @@ class TreeEditRun : private TreeEditHost {
     // Edits the target and everything below it, which the output has begun. In a dry run it prints what would
     // become of each object.
     void Edit(const Target& next, DescriptorEdit& edit);
-    // The target alone was looked at, and is already so.
-    void Pass();
     // Prints the counts. Returns whether all was done.
     bool End();
 

@@ -1,6 +1,7 @@
 #include "policy/policy_edit.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "platform/nt/ace_bits.h"
@@ -15,14 +16,33 @@ namespace {
 constexpr std::uint8_t kHandedDownBits =
     nt::kObjectInherit | nt::kContainerInherit | nt::kNoPropagateInherit | nt::kInheritOnly;
 
+// What leads from the folder to the path; nothing: that is elsewhere. Both are below the top.
+std::optional<std::string_view> PathFrom(std::string_view folder, std::string_view path) {
+    if (folder.empty()) return path;
+    if (!IsAtOrBelow(path, folder)) return std::nullopt;
+    return path.substr(std::min(folder.size() + 1, path.size()));
+}
+
 bool IsFor(const RuleInTree& each, const ObjectToEdit& object) {
     const bool isFolder = object.kind == nt::ObjectKind::kFolder;
     if (each.rule->kinds != PolicyKinds::kAll && (each.rule->kinds == PolicyKinds::kFolders) != isFolder)
         return false;
     if (each.rule->below.empty()) return object.path == each.start;
-    if (each.start.empty()) return !object.path.empty() && MatchesPattern(each.rule->below, object.path);
-    if (object.path.size() <= each.start.size() || !IsAtOrBelow(object.path, each.start)) return false;
-    return MatchesPattern(each.rule->below, object.path.substr(each.start.size() + 1));
+    const std::optional<std::string_view> path = PathFrom(each.start, object.path);
+    return object.hasContents && path && !path->empty() && MatchesPattern(each.rule->below, *path);
+}
+
+// Whether the rule may be about something below the folder, whatever may be there.
+bool MayBeAboutBelow(const RuleInTree& each, std::string_view folder) {
+    const std::optional<std::string_view> path = PathFrom(each.start, folder);
+    if (path) return !each.rule->below.empty() && MayMatchBelow(each.rule->below, *path);
+    return PathFrom(folder, each.start).has_value();
+}
+
+bool MayBeAboutAt(const RuleInTree& each, std::string_view place) {
+    if (each.rule->below.empty()) return place == each.start;
+    const std::optional<std::string_view> path = PathFrom(each.start, place);
+    return path && !path->empty() && MatchesPattern(each.rule->below, *path);
 }
 
 // The rule's entries as an object of this kind has them: what is handed down means nothing on a file.
@@ -63,17 +83,20 @@ bool AreExactly(const std::vector<nt::Ace>& own, const std::vector<nt::Ace>& wan
     return std::ranges::is_permutation(own, wanted) && AreDenialsFirst(own);
 }
 
-void Include(const nt::Ace& wanted, std::vector<nt::Ace>& own) {
+// A denial counts before what allows alone, and is put there.
+void Include(nt::Ace wanted, std::vector<nt::Ace>& own) {
+    const bool isDenial = wanted.type == nt::kAccessDeniedType;
+    const auto isAllow = [](const nt::Ace& entry) { return nt::IsAllowType(entry.type); };
     const auto same = std::ranges::find_if(own, [&](const nt::Ace& entry) {
         return entry.type == wanted.type && entry.flags == wanted.flags && entry.sid == wanted.sid;
     });
     if (same != own.end()) {
         same->mask |= wanted.mask;
-        return;
+        if (!isDenial || std::none_of(own.begin(), same, isAllow)) return;
+        wanted = *same;
+        own.erase(same);
     }
-    const auto firstAllow =
-        std::ranges::find_if(own, [](const nt::Ace& entry) { return nt::IsAllowType(entry.type); });
-    own.insert(wanted.type == nt::kAccessDeniedType ? firstAllow : own.end(), wanted);
+    own.insert(isDenial ? std::ranges::find_if(own, isAllow) : own.end(), std::move(wanted));
 }
 
 std::vector<nt::Ace> WantedEntries(const PolicyRule& rule, nt::ObjectKind kind, std::vector<nt::Ace> own) {
@@ -121,21 +144,43 @@ EditFault Apply(const PolicyRule& rule, const ObjectToEdit& object, nt::Security
 }  // namespace
 
 PolicyEdit::PolicyEdit(std::vector<RuleInTree> rulesInTree)
-    : rules(std::move(rulesInTree)), met(rules.size()) {}
+    : rules(std::move(rulesInTree)), meetings(rules.size(), Meeting::kNone) {}
 
 const PolicyRule* PolicyEdit::RuleFor(const ObjectToEdit& object) {
     const PolicyRule* found = nullptr;
     for (std::size_t i = 0; i < rules.size(); ++i) {
-        if (object.path == rules[i].start) met[i] = true;
+        if (object.path == rules[i].start) meetings[i] = Meeting::kMet;
         if (IsFor(rules[i], object)) found = rules[i].rule;
     }
     return found;
 }
 
+bool PolicyEdit::Misses(std::string_view path, EditGap gap) {
+    bool isMissed = false;
+    bool isElsewhere = false;  // a turn of its own is about what is mounted there
+    for (std::size_t i = 0; i < rules.size(); ++i) {
+        const bool isInIt = PathFrom(path, rules[i].start).has_value();
+        if (gap == EditGap::kMounted && isInIt) meetings[i] = Meeting::kElsewhere;
+        if (gap == EditGap::kUnread && path == rules[i].start) meetings[i] = Meeting::kMet;
+        isElsewhere = isElsewhere || (gap == EditGap::kMounted && path == rules[i].start);
+        if (gap == EditGap::kMounted && isInIt) continue;
+        isMissed = isMissed || MayBeAboutBelow(rules[i], path) ||
+                   (gap != EditGap::kUnlisted && MayBeAboutAt(rules[i], path));
+    }
+    return isMissed && !isElsewhere;
+}
+
+bool PolicyEdit::Enters(std::string_view folder) const {
+    return std::ranges::any_of(rules, [&](const RuleInTree& each) { return MayBeAboutBelow(each, folder); });
+}
+
 EditedSecurity PolicyEdit::Edit(const ObjectToEdit& object) {
     EditedSecurity edited;
     edited.wanted = object.present;
-    if (const PolicyRule* const rule = RuleFor(object)) edited.fault = Apply(*rule, object, edited.wanted);
+    if (const PolicyRule* const rule = RuleFor(object)) {
+        edited.fault = Apply(*rule, object, edited.wanted);
+        edited.rulesOwner = rule->owner.has_value();
+    }
     const bool isListKept = edited.wanted.dacl == object.present.dacl &&
                             edited.wanted.daclState == object.present.daclState &&
                             edited.wanted.control == object.present.control;

@@ -1,7 +1,10 @@
 // What a policy makes of the objects of a tree.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "changes/descriptor_edit.h"
@@ -24,15 +27,22 @@ class PolicyEdit : public DescriptorEdit {
 
     EditedSecurity Edit(const ObjectToEdit& object) override;
     bool DependsOnPath() const override { return true; }
+    bool Misses(std::string_view path, EditGap gap) override;
+    bool Enters(std::string_view folder) const override;
 
-    // Whether the walk has come to the object at the rule's path.
-    bool HasMet(std::size_t rule) const { return met[rule]; }
+    // What has become of the object at a rule's path.
+    enum class Meeting : std::uint8_t {
+        kNone,
+        kMet,        // it was looked at, or told of as missed
+        kElsewhere,  // another volume is mounted at its path or above it, which the walk does not enter
+    };
+    Meeting MeetingOf(std::size_t rule) const { return meetings[rule]; }
 
   private:
     const PolicyRule* RuleFor(const ObjectToEdit& object);
 
     std::vector<RuleInTree> rules;
-    std::vector<bool> met;
+    std::vector<Meeting> meetings;
 };
 
 }  // namespace permora

@@ -62,6 +62,7 @@ class TreeReading {
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return true;
         const ReadObject result = ReadResult(path, object, error);
         if (!visitor.Visit(result)) return false;
+        if (object.kind == TreeObjectKind::kFolder && !visitor.Enters(path)) return true;
         if (below) return Enter(std::move(below));
         // It could not be opened, for its names either.
         const bool isClosed = error == ERROR_SUCCESS && object.kind == TreeObjectKind::kFolder;
@@ -92,7 +93,7 @@ DWORD ReadTree(const HeldObject& top, SECURITY_INFORMATION parts, TreeVisitor& v
     AheadFolder folder;
     const DWORD error = AheadFolder::ReadTop(top, parts, object, folder, threads);
     if (!visitor.Visit(ReadResult("", object, error))) return ERROR_OPERATION_ABORTED;
-    return folder ? ReadBelow(std::move(folder), "", visitor) : DWORD{ERROR_SUCCESS};
+    return folder && visitor.Enters("") ? ReadBelow(std::move(folder), "", visitor) : DWORD{ERROR_SUCCESS};
 }
 
 }  // namespace permora

@@ -31,6 +31,8 @@ class TreeVisitor {
     virtual ~TreeVisitor() = default;
     // False ends the reading.
     virtual bool Visit(const ReadObject& object) = 0;
+    // Asked after Visit: whether what is in the folder is read, too.
+    virtual bool Enters(std::string_view /*folder*/) { return true; }
 };
 
 // Reads the top and everything below it: by held folders, never through a link, and nothing of what is

@@ -64,6 +64,9 @@ TEST(PolicyEdit, MakesOwnEntriesExactlyOrAtLeastTheRules) {
         {"D:PAI(D;;0x3;;;BG)(A;;FA;;;WD)(A;OICI;FA;;;BU)", nullptr},
         {"D:PAI(A;OICI;0x1;;;BU)(A;;FA;;;WD)", "D:PAI(D;;0x2;;;BG)(A;OICI;FR;;;BU)(A;;FA;;;WD)"},
         {"D:PAI(A;;FR;;;BU)", "D:PAI(D;;0x2;;;BG)(A;;FR;;;BU)(A;OICI;FR;;;BU)"},
+        // A denial behind what allows keeps nobody from it.
+        {"D:PAI(D;;0x1;;;WD)(A;OICI;FR;;;BU)(D;;0x3;;;BG)",
+         "D:PAI(D;;0x1;;;WD)(D;;0x3;;;BG)(A;OICI;FR;;;BU)"},
     };
     ExpectEdits(least, nt::ObjectKind::kFolder, kLeast);
 
@@ -115,12 +118,28 @@ TEST(PolicyEdit, OfSeveralRulesTheLastCounts) {
         return -1;
     };
     EXPECT_EQ(ruleFor("", nt::ObjectKind::kFolder), 0);
-    EXPECT_FALSE(edit.HasMet(3));
+    using Meeting = PolicyEdit::Meeting;
+    EXPECT_EQ(edit.MeetingOf(3), Meeting::kNone);
     EXPECT_EQ(ruleFor("sub", nt::ObjectKind::kFolder), 3);
-    EXPECT_TRUE(edit.HasMet(3));
+    EXPECT_EQ(edit.MeetingOf(3), Meeting::kMet);
     EXPECT_EQ(ruleFor("sub\\a", nt::ObjectKind::kFile), 2);
     EXPECT_EQ(ruleFor("sub\\a", nt::ObjectKind::kFolder), 1);
     EXPECT_EQ(ruleFor("subs", nt::ObjectKind::kFolder), 1);
+
+    // What a pattern fits, but has no contents.
+    EXPECT_EQ(edit.Edit({present, nt::ObjectKind::kFile, EditPlace::kBelow, nullptr, "sub\\a", false}).wanted,
+              present);
+
+    // What is missed is a failure where a rule may be about it.
+    PolicyEdit parts({trees[0].parts[0], trees[0].parts[2], trees[0].parts[3]});
+    EXPECT_TRUE(parts.Enters("") && parts.Enters("sub"));
+    EXPECT_FALSE(parts.Enters("other") || parts.Enters("sub\\a"));
+    EXPECT_TRUE(parts.Misses("sub\\a", EditGap::kUnread) && parts.Misses("sub", EditGap::kUnlisted));
+    EXPECT_FALSE(parts.Misses("sub\\a", EditGap::kUnlisted) || parts.Misses("other", EditGap::kUnread));
+    EXPECT_FALSE(parts.Misses("other", EditGap::kMounted));
+    EXPECT_EQ(parts.MeetingOf(2), Meeting::kNone);
+    EXPECT_FALSE(parts.Misses("sub", EditGap::kMounted));
+    EXPECT_EQ(parts.MeetingOf(2), Meeting::kElsewhere);
 
     // Without a pattern, each is looked at alone.
     policy.rules.erase(policy.rules.begin() + 1, policy.rules.begin() + 3);
