@@ -49,6 +49,8 @@ struct NewParts {
 struct SecurityPreview {
     nt::SecurityDescriptor before;
     nt::SecurityDescriptor after;
+    // Whether anything is written. What is stored may differ where the descriptors do not.
+    bool changes = false;
 };
 
 // Whether bytes that are no valid descriptor are read and written like others: when damaged ones that were

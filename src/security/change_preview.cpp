@@ -94,7 +94,7 @@ void ChangePreviewing::FindMe() {
 }
 
 void ChangePreviewing::Judge(const SecurityPreview& item, const std::string& name, ComparedObject kind) {
-    ++(item.after == item.before ? preview.unchanged : preview.changed);
+    ++(item.changes ? preview.changed : preview.unchanged);
     std::vector<nt::Ace> lost = LostOwnEntries(item.before, item.after);
     // What the first item loses the user has seen and taken away.
     const auto isSeen = [&](const nt::Ace& entry) { return std::ranges::find(seen, entry) != seen.end(); };

@@ -63,9 +63,10 @@ DWORD PreviewList(const StoredSecurity& stored, PACL dacl, SecurityPreview& prev
     const std::optional<nt::SecurityDescriptor> before = DescriptorIn(stored);
     std::optional<nt::Acl> list = AclOf(dacl);
     if (!before || (dacl != nullptr && !list)) return ERROR_INVALID_ACL;
-    preview = {*before, *before};
+    preview = {*before, *before, false};
     preview.after.daclState = list ? nt::DaclState::kList : nt::DaclState::kNull;
     preview.after.dacl = std::move(list).value_or(nt::Acl());
+    preview.changes = preview.before != preview.after;
     return ERROR_SUCCESS;
 }
 

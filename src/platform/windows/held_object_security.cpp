@@ -136,6 +136,7 @@ DWORD HeldObject::PreviewSecurity(SECURITY_INFORMATION information, const NewPar
         });
     }
     if (error == ERROR_SUCCESS) error = MakeChanged(object.get(), change, made.before, made.after);
+    made.changes = made.before != made.after;
     if (error == ERROR_SUCCESS) preview = std::move(made);
     return error;
 }

@@ -148,6 +148,7 @@ DWORD HeldObject::PreviewSecurity(SECURITY_INFORMATION information, const NewPar
     DWORD error = TakeChange(information, parts, change);
     if (error == ERROR_SUCCESS) error = store.Read(inside->target.object, made.before);
     if (error == ERROR_SUCCESS) error = Prepare(inside->target, change, nullptr, store, made.after, step);
+    made.changes = step.before != step.after;
     if (error == ERROR_SUCCESS) preview = std::move(made);
     return error;
 }
