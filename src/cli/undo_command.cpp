@@ -131,6 +131,7 @@ ExitCode UndoCommand::Undo(const ChangeFacts& facts) {
                              force ? ChangedSince::kOverwrite : ChangedSince::kLeaveAlone};
     const DWORD error = UndoChange(*history, facts.number, how, observer, counts);
     output.Count({counts.restored, counts.asBefore, counts.leftAlone});
+    output.SetChangeNumber(counts.change);
     output.EndObject(error == ERROR_SUCCESS);
     messages.SetSubject("");
     if (observer.HasMetChanges() && !force) messages.Say("--force takes back also what was changed since");

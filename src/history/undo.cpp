@@ -246,7 +246,10 @@ DWORD Undo::Run() {
         top.reset();
         error = VisitAll(&Undo::TakeUnclear);
     }
-    if (change) change->End();
+    if (change) {
+        change->End();
+        counts.change = change->Number();
+    }
     return error;
 }
 
@@ -308,6 +311,7 @@ DWORD UndoChange(History& history, std::int64_t number, const UndoOptions& optio
     counts.restored += own.restored;
     counts.asBefore += own.asBefore;
     counts.leftAlone += own.leftAlone;
+    counts.change = own.change;
     // Where nothing is as it was before, the change is as undone as it was.
     if (options.mode == UndoMode::kDryRun || own.restored + own.asBefore == 0) return error;
     const bool isWhole = error == ERROR_SUCCESS && own.leftAlone == 0;

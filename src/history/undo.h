@@ -35,6 +35,7 @@ struct UndoCounts {
     std::uint64_t restored = 0;
     std::uint64_t asBefore = 0;   // they had already what they had before the change
     std::uint64_t leftAlone = 0;  // each was reported, or what is above it
+    std::int64_t change = 0;      // the number of the undo itself in the history; 0: nothing was recorded
 };
 
 enum class LeftAlone : std::uint8_t {
