@@ -125,11 +125,21 @@ DWORD StoreSettings(const ProgramSettings& record) {
 
 HistoryLimits LoadHistoryLimits() {
     HistoryLimits limits;
-    RegistryKey key;
-    if (key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ) != ERROR_SUCCESS) return limits;
-    LoadNumber(key, kDaysValue, limits.days);
-    LoadNumber(key, kMegabytesValue, limits.megabytes);
+    (void)ReadHistoryLimits(limits);
     return limits;
+}
+
+DWORD ReadHistoryLimits(HistoryLimits& limits) {
+    HistoryLimits read;
+    RegistryKey key;
+    const DWORD error = key.Open(HKEY_CURRENT_USER, kSettingsKey, KEY_READ);
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return error;
+    if (error == ERROR_SUCCESS) {
+        LoadNumber(key, kDaysValue, read.days);
+        LoadNumber(key, kMegabytesValue, read.megabytes);
+    }
+    limits = read;
+    return ERROR_SUCCESS;
 }
 
 DWORD StoreHistoryLimits(const HistoryLimits& limits) {

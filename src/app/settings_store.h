@@ -21,8 +21,10 @@ namespace permora {
 DWORD LoadSettings(ProgramSettings& record);
 DWORD StoreSettings(const ProgramSettings& record);
 
-// Each limit that is not stored, or is no number, is the usual one.
+// Each limit that is not stored, or is no number, is the usual one; so are both where they cannot be read.
 HistoryLimits LoadHistoryLimits();
+// The same, but tells why they cannot be read.
+DWORD ReadHistoryLimits(HistoryLimits& limits);
 DWORD StoreHistoryLimits(const HistoryLimits& limits);
 
 // Whether the security editor shows from which folder each entry is inherited ("ShowSources", a number). No

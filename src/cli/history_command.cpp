@@ -56,9 +56,9 @@ class HistoryCommand : public Command {
     ExitCode Run() override;
 
   private:
-    DWORD Keep();
-    DWORD Prune();
-    ExitCode EndChange(DWORD error);
+    bool Keep();
+    bool Prune();
+    ExitCode EndList(DWORD error, JsonPrinter& printer, Json rest = Json::object());
     ExitCode ListChanges();
     ExitCode ListObjects(std::int64_t change);
 
@@ -84,43 +84,50 @@ std::string HistoryCommand::Interpret() {
 }
 
 ExitCode HistoryCommand::Run() {
+    output.Start();
     if (keepDays.limit || keepSize.limit || prune.time) {
-        output.Start();
         output.BeginObject(History::UsualPath());
-        return EndChange(prune.time ? Prune() : Keep());
+        const bool isDone = prune.time ? Prune() : Keep();
+        output.EndObject(isDone);
+        return output.Finish(ExitCodeOf(isDone));
     }
     const DWORD error = History::OpenToRead(History::UsualPath(), history);
+    JsonPrinter printer("history");
     // Nothing has been changed yet.
-    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return SayHistoryFailure(error, messages);
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return EndList(error, printer);
     return number.Number() ? ListObjects(*number.Number()) : ListChanges();
 }
 
-ExitCode HistoryCommand::EndChange(DWORD error) {
+// The document is whole after a failure, too.
+ExitCode HistoryCommand::EndList(DWORD error, JsonPrinter& printer, Json rest) {
     const bool isDone = error == ERROR_SUCCESS;
     if (!isDone) SayHistoryFailure(error, messages);
-    output.EndObject(isDone);
-    return output.Finish(ExitCodeOf(isDone));
+    const Json whole = output.EndDocument();
+    if (!isDone) rest["messages"] = whole["messages"];
+    if (output.IsJson()) printer.End(rest);
+    return ExitCodeOf(isDone);
 }
 
-DWORD HistoryCommand::Keep() {
-    const HistoryLimits before = LoadHistoryLimits();
+bool HistoryCommand::Keep() {
+    messages.SetSubject("settings");
+    HistoryLimits before;
+    if (!messages.Check({ReadHistoryLimits(before)})) return false;
     const HistoryLimits limits = {keepDays.limit.value_or(before.days),
                                   keepSize.limit.value_or(before.megabytes)};
     const bool isSo = limits.days == before.days && limits.megabytes == before.megabytes;
     if (!isSo) output.SetChanged();
     output.AddMember("days", limits.days);
     output.AddMember("megabytes", limits.megabytes);
-    if (!isSo && !output.IsDryRun())
-        if (const DWORD error = StoreHistoryLimits(limits); error != ERROR_SUCCESS) return error;
+    if (!isSo && !output.IsDryRun() && !messages.Check({StoreHistoryLimits(limits)})) return false;
     messages.PrintForPeople(
         (output.IsDryRun() ? "would be kept: " : "kept: ") +
         (limits.days == 0 ? std::string("for ever") : std::to_string(limits.days) + " days") + ", " +
         (limits.megabytes == 0 ? "without limit" : "at most " + std::to_string(limits.megabytes) + " MiB") +
         '\n');
-    return ERROR_SUCCESS;
+    return true;
 }
 
-DWORD HistoryCommand::Prune() {
+bool HistoryCommand::Prune() {
     std::vector<ChangeFacts> old;
     std::size_t removed = 0;
     DWORD error = History::OpenToRead(History::UsualPath(), history);
@@ -131,33 +138,28 @@ DWORD HistoryCommand::Prune() {
         error = History::Open(History::UsualPath(), history);
         if (error == ERROR_SUCCESS) error = history->PruneOlder(*prune.time, removed);
     }
-    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return error;
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND)
+        return SayHistoryFailure(error, messages) == ExitCode::kDone;
     if (removed > 0) output.SetChanged();
     output.AddMember("removed", removed);
     messages.PrintForPeople((output.IsDryRun() ? "would be removed: " : "removed: ") +
                             std::to_string(removed) + (removed == 1 ? " change\n" : " changes\n"));
-    return ERROR_SUCCESS;
+    return true;
 }
 
 ExitCode HistoryCommand::ListChanges() {
     std::vector<ChangeFacts> changes;
-    if (history)
-        if (const DWORD error = history->List(changes); error != ERROR_SUCCESS)
-            return SayHistoryFailure(error, messages);
-    Json array = Json::array();
+    const DWORD error = history ? history->List(changes) : ERROR_SUCCESS;
+    JsonPrinter printer("history");
     std::vector<std::vector<std::string>> table = {ChangeTitles()};
     for (const ChangeFacts& facts : changes)
         if (output.IsJson())
-            array.push_back(ChangeJson(facts));
+            printer.Add(ChangeJson(facts));
         else
             table.push_back(ChangeColumns(facts));
-    if (output.IsJson())
-        PrintJson("history", array);
-    else if (changes.empty())
-        Print("nothing has been changed yet\n");
-    else
-        Print(AlignedTable(table, ""));
-    return ExitCode::kDone;
+    if (error == ERROR_SUCCESS)
+        messages.PrintForPeople(changes.empty() ? "nothing has been changed yet\n" : AlignedTable(table, ""));
+    return EndList(error, printer);
 }
 
 ExitCode HistoryCommand::ListObjects(std::int64_t change) {
@@ -178,9 +180,7 @@ ExitCode HistoryCommand::ListObjects(std::int64_t change) {
             return !IsInterrupted();
         });
     }
-    if (error != ERROR_SUCCESS) return SayHistoryFailure(error, messages);
-    if (output.IsJson()) array.End({{"change", change}});
-    return ExitCode::kDone;
+    return EndList(error, array, {{"change", change}});
 }
 
 }  // namespace
