@@ -56,6 +56,10 @@ class Command {
     CLI::App& Parser() { return parser; }
     // As the user types it: "grant", "shares show".
     std::string Name() const;
+    // How the program ends when the work is broken off, or its output cannot be written.
+    ExitCode FailureCode() const { return failureCode; }
+    // A check keeps failures apart.
+    void SetFailureCode(ExitCode code) { failureCode = code; }
 
   protected:
     Command(const CommandParent& parent, const char* name, const char* description);
@@ -68,6 +72,7 @@ class Command {
     CLI::App& parser;
     Command*& chosen;
     std::vector<TextOption*> options;
+    ExitCode failureCode = ExitCode::kSomeFailed;
 };
 
 using MakeCommand = std::unique_ptr<Command>(const CommandParent& parent);

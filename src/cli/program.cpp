@@ -1,6 +1,8 @@
 #include "cli/program.h"
 
 #include <CLI/CLI.hpp>
+#include <exception>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -89,14 +91,41 @@ void TellOffline(ConsoleMessages& messages) {
     messages.Say(text);
 }
 
-// `exitCode`, or that of a failure when the output could not be written completely.
-int AfterOutput(ExitCode exitCode, ConsoleMessages& messages) {
+// `exitCode`, or `failureCode` when the output could not be written completely.
+int AfterOutput(ExitCode exitCode, ExitCode failureCode, ConsoleMessages& messages) {
     if (!IsAllPrinted()) {
         messages.SetSubject("standard output");
         messages.Say("not everything could be written");
-        exitCode = std::max(exitCode, ExitCode::kSomeFailed);
+        exitCode = std::max(exitCode, failureCode);
     }
     return static_cast<int>(exitCode);
+}
+
+ExitCode FailureCodeOf(Grammar& grammar) {
+    const Command* const chosen = grammar.Chosen();
+    return chosen != nullptr ? chosen->FailureCode() : ExitCode::kSomeFailed;
+}
+
+int RunArguments(Grammar& grammar, std::span<const char* const> arguments) {
+    CLI::App& parser = grammar.Parser();
+    ConsoleMessages& messages = grammar.Messages();
+    if (arguments.size() < 2) {
+        PrintError(parser.help());
+        return static_cast<int>(ExitCode::kUsage);
+    }
+    std::vector<std::string> shielded;
+    std::string problem = ShieldArguments(arguments.subspan(1), shielded);
+    if (problem.empty()) {
+        try {
+            parser.parse(std::move(shielded));
+        } catch (const CLI::ParseError& error) {
+            return AfterOutput(Answer(parser, error), ExitCode::kSomeFailed, messages);
+        }
+        problem = grammar.Chosen()->Interpret();
+    }
+    const ExitCode exitCode = problem.empty() ? grammar.Chosen()->Run() : Refuse(problem);
+    TellOffline(messages);
+    return AfterOutput(exitCode, FailureCodeOf(grammar), messages);
 }
 
 }  // namespace
@@ -115,27 +144,14 @@ Grammar::Grammar(std::span<MakeCommand* const> makers)
 Grammar::~Grammar() = default;
 
 int RunProgram(std::span<MakeCommand* const> commands, int argumentCount, const char* const* argumentTexts) {
-    Grammar grammar(commands);
-    CLI::App& parser = grammar.Parser();
-    ConsoleMessages& messages = grammar.Messages();
-    const std::span arguments(argumentTexts, static_cast<std::size_t>(argumentCount));
-    if (arguments.size() < 2) {
-        PrintError(parser.help());
-        return static_cast<int>(ExitCode::kUsage);
+    std::optional<Grammar> grammar;
+    try {
+        grammar.emplace(commands);
+        return RunArguments(*grammar, {argumentTexts, static_cast<std::size_t>(argumentCount)});
+    } catch (const std::exception& error) {  // no memory
+        PrintError("permora-cli: broken off: " + PrintableText(error.what()) + '\n');
+        return static_cast<int>(grammar ? FailureCodeOf(*grammar) : ExitCode::kSomeFailed);
     }
-    std::vector<std::string> shielded;
-    std::string problem = ShieldArguments(arguments.subspan(1), shielded);
-    if (problem.empty()) {
-        try {
-            parser.parse(std::move(shielded));
-        } catch (const CLI::ParseError& error) {
-            return AfterOutput(Answer(parser, error), messages);
-        }
-        problem = grammar.Chosen()->Interpret();
-    }
-    const ExitCode exitCode = problem.empty() ? grammar.Chosen()->Run() : Refuse(problem);
-    TellOffline(messages);
-    return AfterOutput(exitCode, messages);
 }
 
 }  // namespace permora
