@@ -26,7 +26,18 @@ class ChangeForesight {
     bool End();
 
   private:
+    // What is known so far: how many of each.
+    struct Told {
+        std::size_t changed;
+        std::size_t lost;
+        std::size_t closed;
+        std::size_t closedToMe;
+        std::size_t failures;
+        TreeCounts below;
+    };
+
     void Tell(const Target& target, const HeldObject& object, const PlannedWrite& write);
+    void Warn(const Told& before);
 
     ChangeOutput& output;
     ConsoleMessages& messages;

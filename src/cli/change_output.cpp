@@ -9,6 +9,15 @@ namespace {
 
 // Standard error has all messages, so a document need not.
 constexpr std::size_t kMostParts = 20'000;
+constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
+
+// Of the texts in what a difference shows.
+std::size_t BytesOf(const std::vector<ComparedRow>& rows) {
+    std::size_t bytes = 0;
+    for (const ComparedRow& row : rows)
+        bytes += row.name.size() + row.before.size() + row.after.size();
+    return bytes;
+}
 
 Json CountsJson(const ObjectCounts& counts) {
     return {{"changed", counts.changed}, {"already", counts.already}, {"failed", counts.failed}};
@@ -51,18 +60,24 @@ void ChangeOutput::DryRunNeeds(const TextOption& option) {
 }
 
 void ChangeOutput::Start() {
+    if (IsCheck()) command.SetFailureCode(ExitCode::kCheckFailed);
     if (json) messages.SetListener(this);
 }
 
-bool ChangeOutput::Keep() {
+bool ChangeOutput::Keep(std::size_t parts, std::size_t bytes) {
     if (!json) return false;
-    const bool hasRoom = kept < kMostParts;
-    ++(hasRoom ? kept : leftOut);
-    return hasRoom;
+    const bool hasRoom = kept + parts <= kMostParts && keptBytes + bytes <= kMostBytes;
+    if (!hasRoom) {
+        ++leftOut;
+        return false;
+    }
+    kept += parts;
+    keptBytes += bytes;
+    return true;
 }
 
 void ChangeOutput::Hear(const std::string& subject, const std::string& text, DWORD code) {
-    if (!Keep()) return;
+    if (!Keep(1, subject.size() + text.size())) return;
     Json message = {{"path", subject}, {"text", text}};
     message["code"] = code == 0 ? Json() : Json(code);
     if (isInObject)
@@ -89,7 +104,8 @@ void ChangeOutput::Count(const ObjectCounts& objects) {
 }
 
 void ChangeOutput::AddDifference(const std::string& path, const std::vector<ComparedRow>& rows) {
-    if (Keep()) object["differences"].push_back({{"path", path}, {"rows", RowsJson(rows)}});
+    if (Keep(1 + rows.size(), path.size() + BytesOf(rows)))
+        object["differences"].push_back({{"path", path}, {"rows", RowsJson(rows)}});
 }
 
 void ChangeOutput::AddMember(const char* key, Json value) {
@@ -106,7 +122,7 @@ void ChangeOutput::EndObject(bool isDone) {
         all += tree;
     else
         ++(isFailed ? all.failed : isChanged ? all.changed : all.already);
-    if (!Keep()) return;
+    if (!Keep(1, object["path"].get_ref<const std::string&>().size())) return;
     object["result"] = isFailed ? "failed" : isChanged ? "changed" : "already";
     if (isTree) object["objects"] = CountsJson(tree);
     results.push_back(std::exchange(object, Json()));
@@ -121,7 +137,7 @@ Json ChangeOutput::Summary() const {
 // The members behind the results.
 Json ChangeOutput::EndDocument() {
     messages.SetListener(nullptr);
-    return {{"written", !IsDryRun()},
+    return {{"written", !isShowing && !IsDryRun()},
             {"change", changeNumber == 0 ? Json() : Json(changeNumber)},
             {"summary", Summary()},
             {"messages", otherMessages},

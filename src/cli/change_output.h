@@ -67,6 +67,10 @@ class ChangeOutput : private MessageListener {
     // Its turn comes later.
     void LeaveObject() { isInObject = false; }
 
+    // The command only shows what is there.
+    void SetShowing() { isShowing = true; }
+    // More objects, which belong to no result.
+    void CountOthers(const ObjectCounts& objects) { all += objects; }
     // Of the whole document; 0: there is none.
     void SetChangeNumber(std::int64_t number) { changeNumber = number; }
     void AddToSummary(const char* key, Json value) { moreSummary[key] = std::move(value); }
@@ -81,11 +85,11 @@ class ChangeOutput : private MessageListener {
 
   private:
     void Hear(const std::string& subject, const std::string& text, DWORD code) override;
-    // Whether another part may be kept.
-    bool Keep();
+    // Whether so many more parts may be kept, with texts of so many bytes. If not, one more is left out.
+    bool Keep(std::size_t parts, std::size_t bytes);
     Json Summary() const;
 
-    const Command& command;
+    Command& command;
     ConsoleMessages& messages;
     JsonFlag json;
     // None in a command that does nothing else.
@@ -103,8 +107,10 @@ class ChangeOutput : private MessageListener {
     Json otherMessages = Json::array();  // about none of the objects
     Json moreSummary = Json::object();
     ObjectCounts all;
+    bool isShowing = false;
     std::int64_t changeNumber = 0;
     std::size_t kept = 0;
+    std::size_t keptBytes = 0;
     std::size_t leftOut = 0;
 };
 

@@ -20,6 +20,13 @@ void ConsoleMessages::Say(std::string_view text, DWORD code) {
     if (listener != nullptr) listener->Hear(subject, std::string(text), code);
 }
 
+void ConsoleMessages::Tell(const std::string& text) {
+    if (listener != nullptr)
+        Say(text);
+    else
+        Print(PrintableText(text) + '\n');
+}
+
 void ConsoleMessages::PrintForPeople(std::string_view text) const {
     if (listener == nullptr) Print(text);
 }

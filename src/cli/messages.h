@@ -40,6 +40,8 @@ class ConsoleMessages {
     // Whether all was done; else a line gives the reason.
     bool Check(const Outcome& outcome);
 
+    // Writes a line that people read on standard output; with a listener it is said.
+    void Tell(const std::string& text);
     // Writes to standard output what people alone are to read: nothing while somebody listens.
     void PrintForPeople(std::string_view text) const;
 

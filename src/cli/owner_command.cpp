@@ -57,6 +57,7 @@ std::optional<ObjectCommand::PlannedChange> OwnerCommand::Plan() {
 }
 
 ExitCode OwnerCommand::Begin(const std::vector<Target>& /*targets*/) {
+    if (!newOwner.IsGiven()) output.SetShowing();
     // Without the privilege, the failure is reported for each object.
     if (newOwner.IsGiven())
         if (const UniqueHandle token = OpenOwnToken()) EnableTakeOwnership(token.get());
@@ -112,7 +113,7 @@ bool OwnerCommand::SetTrees(TreeCounts& counts) {
             progress, counts);
         progress.EndTarget(OutcomeOfChange(error, recording.Recorder()), counts);
         output.Count(CountsOf(counts) - before);
-        output.EndObject(true);
+        output.EndObject(error != ERROR_OPERATION_ABORTED);
     }
     return allFound;
 }

@@ -103,15 +103,16 @@ bool ResetCommand::Do(const Target& target) {
     const DWORD error = folder.SetListsBelow(list.get(), mode, recording.Recorder(), *progress, counts);
     progress->EndTarget(OutcomeOfChange(error, recording.Recorder()), counts);
     output.Count(CountsOf(counts) - before);
-    return true;
+    return error != ERROR_OPERATION_ABORTED;
 }
 
 bool ResetCommand::End() {
     progress.reset();
     const bool isWhole = EndTrees(counts, output.Mode(), messages);
-    if (output.IsDryRun())
-        for (const std::string& line : LossLines(counts))
-            messages.PrintForPeople(line + '\n');
+    if (!output.IsDryRun()) return isWhole;
+    messages.SetSubject("");
+    for (const std::string& line : LossLines(counts))
+        messages.Tell(line);
     return isWhole;
 }
 

@@ -180,14 +180,15 @@ ExitCode RestoreCommand::Restore() {
     progress.emplace(quiet ? Progress::kQuiet : Progress::kShown);
     const DWORD result = RestoreLists(*list, how, *this, recording.Recorder(), counts, fault);
     progress.reset();
-    EndTop();
-    output.AddToSummary("extra", counts.extra);
+    if (result != ERROR_SUCCESS) output.SetFailed();
     if (result == ERROR_INVALID_DATA && !fault.reason.empty()) {
         messages.SetSubject(file);
         messages.Say("broken off: " + fault.reason);
     } else if (result != ERROR_SUCCESS && result != ERROR_OPERATION_ABORTED) {
         messages.Check({result, Step::kRecord});
     }
+    EndTop();
+    output.AddToSummary("extra", counts.extra);
     messages.PrintForPeople(
         (output.IsDryRun() ? "would change: " : "changed: ") + std::to_string(counts.changed) +
         ", already so: " + std::to_string(counts.unchanged) + ", failed: " + std::to_string(counts.failed) +
@@ -245,6 +246,7 @@ void RestoreCommand::Miss(const std::string& path) {
 }
 
 void RestoreCommand::FindExtra(const std::string& path) {
+    if (output.IsJson()) return Say(path, "not in the file");
     progress->Clear();
     messages.PrintForPeople("not in the file: " + PrintableText(TypedPath(targets[topsBegun - 1], path)) +
                             '\n');

@@ -91,10 +91,11 @@ bool RevokeCommand::FindGoneAccounts(const std::vector<Target>& targets) {
             "nothing was changed: whether this account exists is not known, since who knows it "
             "does not answer");
     }
+    messages.SetSubject("");
     for (const nt::Sid& sid : gone->Gone())
-        messages.PrintForPeople("no longer exists: " + sid.ToText() + '\n');
+        messages.Tell("no longer exists: " + sid.ToText());
     for (const nt::Sid& sid : gone->Foreign())
-        messages.PrintForPeople("not known here, and stays without --foreign: " + sid.ToText() + '\n');
+        messages.Tell("not known here, and stays without --foreign: " + sid.ToText());
     return gone->Unasked().empty();
 }
 

@@ -259,20 +259,22 @@ bool ShredCommand::Do(const Target& /*target*/) {
         ++next;
         return Look(each);
     }
-    const FolderHandle* before = next == 0 ? nullptr : held[next - 1].folder.get();
-    if (before != nullptr && each.folder.get() != before) host->EndSeclusion();
     const ObjectCounts soFar = {host->DeletedCount(), 0, host->LeftCount()};
     Shred(each, *host);
+    ++next;
+    const bool isLastOfFolder = next == held.size() || held[next].folder != each.folder;
+    if (each.folder && (isLastOfFolder || IsInterrupted())) host->EndSeclusion();
     output.Count(ObjectCounts{host->DeletedCount(), 0, host->LeftCount()} - soFar);
     host->EndItem();
     each.target.object = {};  // a file that is remembered keeps its space
-    ++next;
-    return true;  // what was left is counted
+    return !IsInterrupted();  // what was left is counted
 }
 
 bool ShredCommand::End() {
     if (output.IsDryRun()) return !IsInterrupted();
+    const std::size_t left = host->LeftCount();
     if (!held.empty()) host->EndSeclusion();
+    output.CountOthers({0, 0, host->LeftCount() - left});
     messages.PrintForPeople("deleted: " + std::to_string(host->DeletedCount()) +
                             ", left: " + std::to_string(host->LeftCount()) + '\n');
     if (IsInterrupted())

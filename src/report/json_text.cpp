@@ -69,11 +69,12 @@ std::string JsonDocumentText::Head() const {
 }
 
 std::string JsonDocumentText::Add(const Json& result) {
-    std::string text = '\n' + JsonText(result);
-    for (std::size_t line = text.find('\n'); line != std::string::npos; line = text.find('\n', line + 1))
-        text.insert(line + 1, "    ");
-    text.insert(0, isEmpty ? Head() : ",");
-    isEmpty = false;
+    std::string text = std::exchange(isEmpty, false) ? Head() : ",";
+    // A result may be large, so it is copied once.
+    for (const char letter : '\n' + JsonText(result)) {
+        text += letter;
+        if (letter == '\n') text += "    ";
+    }
     return text;
 }
 
