@@ -60,7 +60,7 @@ std::vector<Target> ObjectCommand::FindTargets() {
     auto start = std::make_shared<FolderHandle>();
     if (FolderHandle::Open(".", *start) != ERROR_SUCCESS) start.reset();
     std::vector<Target> targets;
-    ChangeOutput* const output = Output();
+    ChangeOutput* const output = OutputOfMissing();
     for (const std::string& path : paths) {
         if (output != nullptr) output->BeginObject(path);
         Target target;
@@ -76,7 +76,10 @@ std::vector<Target> ObjectCommand::FindTargets() {
 
 ExitCode ObjectCommand::Run() {
     ChangeOutput* const output = Output();
-    if (output == nullptr) return Conclude(RunChange());
+    if (output == nullptr) {
+        Start();
+        return Conclude(RunChange());
+    }
     output->Start();
     return output->Finish(RunChange());
 }
@@ -121,7 +124,7 @@ ExitCode ObjectCommand::DoAll(Recording* recording) {
         if (mustStop()) break;
         allDone = DoOne(share, recording, [&] { return DoShare(share); }) && allDone;
     }
-    return ExitCodeOf(End() && allDone);
+    return ExitCodeOf(End() && allDone && !mustStop());
 }
 
 }  // namespace permora

@@ -38,7 +38,10 @@ class ObjectCommand : public Command {
     // Of a command that changes things. It is told here which object comes next, and when something of it was
     // written; what else there is to say of it the command says. Null: the command changes nothing.
     virtual ChangeOutput* Output() { return nullptr; }
-    // How the program ends, for a command without an Output.
+    // It is told here of what the arguments do not lead to.
+    virtual ChangeOutput* OutputOfMissing() { return Output(); }
+    // For a command without an Output: what comes before everything, and how the program ends.
+    virtual void Start() {}
     virtual ExitCode Conclude(ExitCode code) { return code; }
     // Makes sure that the object is known again when its turn comes.
     virtual void Hold(Target& target) { RememberTarget(target); }

@@ -121,7 +121,9 @@ class VerifyCommand : public ObjectCommand, private SurveyObserver {
 
   private:
     std::optional<PlannedChange> Plan() override;
-    ExitCode Conclude(ExitCode code) override { return output.Conclude(code); }
+    ChangeOutput* OutputOfMissing() override { return repair ? &output : nullptr; }
+    void Start() override;
+    ExitCode Conclude(ExitCode code) override;
     ExitCode Begin(const std::vector<Target>& targets) override;
     bool Do(const Target& target) override;
     bool End() override;
@@ -155,6 +157,7 @@ class VerifyCommand : public ObjectCommand, private SurveyObserver {
     std::optional<ProgressLine> line;
     const Target* target = nullptr;
     std::optional<SurveyRows> faulty;  // of one tree
+    std::size_t missing = 0;           // targets, when nothing is repaired
     std::size_t objects = 0;
     std::size_t faults = 0;
     std::size_t repaired = 0;
@@ -165,11 +168,15 @@ std::optional<ObjectCommand::PlannedChange> VerifyCommand::Plan() {
     return PlannedChange{ChangeKind::kPermissions, recording};
 }
 
-ExitCode VerifyCommand::Begin(const std::vector<Target>& /*targets*/) {
+void VerifyCommand::Start() {
     output.Start();
+    faultOutput.emplace(output.IsJson() ? FaultForm::kJson : FaultForm::kLines);
+}
+
+ExitCode VerifyCommand::Begin(const std::vector<Target>& targets) {
+    missing = Paths().size() - targets.size();
     WatchForInterrupts();
     line.emplace(quiet ? Progress::kQuiet : Progress::kShown);
-    faultOutput.emplace(output.IsJson() ? FaultForm::kJson : FaultForm::kLines);
     messages.SetSubject("");
     if (const DWORD error = modeCheck.Prepare(); error != ERROR_SUCCESS) {
         areSharesKnown = false;
@@ -206,7 +213,13 @@ void VerifyCommand::Take(const SurveyRow& row) {
 
 bool VerifyCommand::Do(const Target& next) {
     HeldObject top;
-    if (!FindTarget(next, top, messages)) return false;
+    if (repair) output.BeginObject(next.argument);
+    if (!FindTarget(next, top, messages)) {
+        if (repair) output.EndObject(false);
+        ++missing;
+        return false;
+    }
+    output.LeaveObject();
     target = &next;
     faulty.emplace();
     (void)survey.Walk(top, *this);  // it is ended by an interrupt alone
@@ -230,11 +243,12 @@ void VerifyCommand::RepairAll(const HeldObject& top) {
     for (std::size_t i = 0; i < faulty->Count(); ++i) {
         if (IsInterrupted() || recording.IsStopped()) return;
         const SurveyRow row = faulty->Row(i, below);
-        if (row.remarks.HasAnyOf(kUnreached)) continue;
         const std::string path = TypedPath(*target, below);
         messages.SetSubject(path);
         output.BeginObject(path);
-        const Mended mended = Repair(top, below, row.remarks);
+        // The reason was printed.
+        const bool isReached = !row.remarks.HasAnyOf(kUnreached);
+        const Mended mended = isReached ? Repair(top, below, row.remarks) : Mended::kFailed;
         if (mended == Mended::kDone) output.SetChanged();
         if (mended != Mended::kFailed) ++repaired;
         output.EndObject(mended != Mended::kFailed);
@@ -316,19 +330,13 @@ Mended VerifyCommand::ReplaceWhole(const HeldObject& object, const std::string& 
 
 bool VerifyCommand::End() {
     line->Clear();
-    Json rest = output.EndDocument();
-    if (!repair) rest = {{"summary", Json::object()}};
-    rest["summary"]["verified"] = objects;
-    rest["summary"]["faults"] = faults;
-    rest["summary"]["otherModes"] = otherModes;
-    if (repair) rest["repairs"] = output.Results();
-    faultOutput->End(rest);
+    output.SetChangeNumber(recording.Number());
     std::string text = "verified: " + std::to_string(objects) + ", with faults: " + std::to_string(faults);
     if (repair)
         text +=
             std::string(output.IsDryRun() ? ", would repair: " : ", repaired: ") + std::to_string(repaired);
     if (otherModes > 0) text += ", with other mode bits: " + std::to_string(otherModes);
-    if (!output.IsJson()) Print(text + '\n');
+    messages.PrintForPeople(text + '\n');
     if (otherModes > 0 && repair) {
         messages.SetSubject("");
         messages.Say(
@@ -340,6 +348,20 @@ bool VerifyCommand::End() {
     if (output.IsCheck()) return faults == repaired && !IsInterrupted();
     const std::size_t left = output.IsDryRun() ? faults : faults - repaired;
     return left == 0 && otherModes == 0 && areSharesKnown && !IsInterrupted();
+}
+
+ExitCode VerifyCommand::Conclude(ExitCode code) {
+    Json rest = output.EndDocument();
+    if (repair)
+        rest["repairs"] = output.Results();
+    else
+        rest = {
+            {"summary", {{"failed", missing}}}, {"messages", rest["messages"]}, {"leftOut", rest["leftOut"]}};
+    rest["summary"]["verified"] = objects;
+    rest["summary"]["faults"] = faults;
+    rest["summary"]["otherModes"] = otherModes;
+    faultOutput->End(rest);
+    return output.Conclude(code);
 }
 
 }  // namespace

@@ -15,6 +15,10 @@ import jsonschema
 program = sys.argv[1]
 schema = json.loads(pathlib.Path(sys.argv[2]).read_text())
 jsonschema.Draft202012Validator.check_schema(schema)
+# Others are to ignore members that they do not know; here none may be missing in the schema.
+forms = schema["$defs"]
+for closed in (forms["change"], forms["changeResult"], forms["messages"]["items"]):
+    closed["additionalProperties"] = False
 validator = jsonschema.Draft202012Validator(schema)
 seen = set()
 
@@ -32,6 +36,15 @@ def run(expected, *arguments):
     assert not errors, f"{where}\n{errors[0].message}\n" + "\n".join(c.message for c in errors[0].context)
     seen.add(document.get("command", "report"))
     return document
+
+
+def same(*arguments):
+    """A change of an object for which nothing is stored yet, or something else than the system has."""
+    checked = json.loads(subprocess.run([program, *arguments, "--check", "--json"], capture_output=True,
+                                        text=True, check=False).stdout)
+    made = run(0, *arguments)
+    assert [result["result"] for result in checked["results"]] == [
+        result["result"] for result in made["results"]], (checked, made)
 
 
 def changes():
@@ -97,7 +110,8 @@ with tempfile.TemporaryDirectory() as place:
     change(["policy", "apply", str(policy)], ["policy", "check", str(policy)])
     run(0, "history", str(changes()))
     assert run(1, "undo", "--check")["results"][0]["objects"]["changed"] > 0
-    run(0, "undo", "--yes")
+    undone = run(0, "undo", "--yes")
+    assert run(0, "history")["results"][0]["number"] == undone["change"], undone
 
     # The last rule about an object counts, and what is missing is no difference but a failure.
     other = f"{top}/other"
@@ -126,7 +140,7 @@ with tempfile.TemporaryDirectory() as place:
     assert lists() == before
 
     run(0, "show", top, file)
-    run(0, "owner", top)
+    assert not run(0, "owner", top)["written"]
     run(0, "effective", file, "--account", "Everyone", "--explain")
     assert run(0, "find", top, "--account", "Everyone")["results"]
     assert run(1, "verify", top)["results"]  # what was made without a list
@@ -136,17 +150,47 @@ with tempfile.TemporaryDirectory() as place:
     run(0, "shares")
     run(1, "shares", "show", "there is no such share")
 
+    for number, arguments in enumerate([["owner", "--set", "its own"], ["owner", "--set", "Guests"],
+                                        ["inherit", "--copy"], ["revoke", "--account", "Guests"],
+                                        ["grant", "--account", "Everyone", "--rights", "Full control"]]):
+        fresh = f"{place}/fresh{number}"
+        pathlib.Path(fresh).touch()
+        if arguments[-1] == "its own":
+            arguments[-1] = run(0, "owner", fresh)["results"][0]["ownerSid"]
+        same(arguments[0], fresh, *arguments[1:])
+        if os.geteuid() == 0 and arguments[0] == "owner":
+            os.chown(fresh, 12345, -1)
+            same(arguments[0], fresh, *arguments[1:])
+
     # What cannot be done is kept apart from what would be done.
     missing = run(3, "grant", file, f"{place}/missing", "--account", "Guests", "--rights", "Delete", "--check")
     assert [result["result"] for result in missing["results"]] == ["changed", "failed"], missing
     assert missing["results"][1]["messages"][0]["code"] == 2, missing
     run(2, "grant", file, "--account", "nobody called so", "--rights", "Delete", "--check")
+    for arguments, expected in (["--repair", "--check"], 3), ([], 1):
+        missing = run(expected, "verify", f"{place}/missing", *arguments)
+        messages = missing["repairs"][0]["messages"] if arguments else missing["messages"]
+        assert missing["summary"]["failed"] == 1 and messages[0]["code"] == 2, missing
+    closing = run(1, "deny", file, "--account", "Everyone", "--rights", "Full control", "--check")
+    assert any("you would be locked out" in said["text"] for said in closing["results"][0]["messages"]), closing
+    with open("/dev/full", "w", encoding="ascii") as full:
+        done = subprocess.run([program, "owner", file, "--set", "Guests", "--check", "--json"], stdout=full, stderr=subprocess.PIPE,
+                              text=True, check=False)
+        assert done.returncode == 3 and "standard output" in done.stderr, done
     assert run(1, "shred", file, "--check")["results"][0]["result"] == "changed"
     assert pathlib.Path(file).exists()
     run(0, "shred", file, "--yes", "--force")
     run(1, "history", "--prune", "2999-01-01", "--check")
     run(0, "history", "--prune", "2999-01-01")
     assert run(0, "history")["results"] == []
+
+    # What cannot be read is told of in a whole document.
+    pathlib.Path(f"{place}/state/permora/history.db").write_text("no history\n")
+    for arguments in ["history"], ["history", "1"], ["undo"], ["history", "--prune", "2999-01-01"]:
+        assert run(1, *arguments)["messages" if arguments[-1] != "2999-01-01" else "results"], arguments
+    run(1, "verify", top, "--repair")
+    next(pathlib.Path(f"{place}/config").rglob("registry.reg")).write_text("no settings\n")
+    assert run(1, "history", "--keep-days", "90")["results"][0]["messages"]
 
 shown = subprocess.run([program, "--help"], capture_output=True, text=True, check=True).stdout
 commands = set(re.findall(r"^  ([a-z]+) ", shown.split("Subcommands:")[1].split("Examples:")[0], re.MULTILINE))

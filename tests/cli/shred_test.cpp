@@ -168,19 +168,21 @@ TEST_F(ShredTest, AFileGoesBackAlsoWhenNobodyReadsAnyMore) {
 TEST_F(ShredTest, SignalsToEndStopIt) {
     // Far more than can be overwritten in the time.
     if (RunCommand({"fallocate", "-l", "8G", second}).exitCode != 0) GTEST_SKIP() << "no room for 8 GiB";
-    for (const char* signal : {"INT", "TERM", "HUP"}) {
+    for (const std::string signal : {"INT", "TERM", "HUP"}) {
+        const bool isJson = signal == "HUP";
         // While it is overwritten it is not in its place.
         const CommandResult stopped =
-            RunCommand({"sh", "-c", R"(touch -d 2000-01-01 "$1"; "$0" shred "$1" --yes &
+            RunCommand({"sh", "-c", R"(touch -d 2000-01-01 "$1"; "$0" shred "$1" --yes $4 &
                             tries=0 time=0
                             until [ $time -gt 1000000000 ] || [ $tries -gt 6000 ]; do
                                 sleep 0.01; tries=$((tries + 1))
                                 time=$(stat -c %Y "$3"/.permora-shred-*/second 2>&- || echo 0)
                             done
                             kill -$2 $!; wait $!)",
-                        CliPath(), second, signal, top});
+                        CliPath(), second, signal, top, isJson ? "--json" : ""});
         EXPECT_EQ(stopped.exitCode, 1) << signal;
-        EXPECT_THAT(stopped.output, HasSubstr("deleted: 0, left: 0\n")) << signal;
+        EXPECT_THAT(stopped.output, HasSubstr(isJson ? R"("result": "failed")" : "deleted: 0, left: 0\n"))
+            << signal;
         EXPECT_THAT(stopped.output, HasSubstr("permora-cli: interrupted: ")) << signal;
     }
     EXPECT_TRUE(std::filesystem::exists(second));
