@@ -12,8 +12,7 @@ bool IsNetworkPath(std::string_view text);
 // The path here (files.h) of what a network path names: it begins where that share is mounted, or a folder of
 // it in which the object lies; of several such places, at the first that this process may enter. Letter case
 // does not matter; a server has the name or address by which it was mounted, since nobody is asked which
-// others it has. Empty when nothing fitting is certain to be mounted: where a folder of a share was mounted
-// first, the kernel may tell no more of later mounts of the share than that folder.
+// others it has. Empty when nothing fitting is certain to be mounted.
 //
 // Text and the table of mounts; a share is only looked at, which may take as long as its server, when it is
 // mounted several times. On Windows the system knows such paths, and each is its own.

@@ -61,25 +61,33 @@ bool AreSame(std::string_view one, std::string_view other) {
     return host::InSmallLetters(one) == host::InSmallLetters(other);
 }
 
-// Server, share, and the folder of it that is mounted there; views into `mount`. The kernel tells the folder
-// as the root of the mount. The source is that of whoever has mounted the share first: it may name another
-// folder of it, and then it is not certain from where the root counts. Empty: what is mounted there is not
-// certain.
-std::vector<std::string_view> MountedParts(const host::MountEntry& mount) {
+using Mounts = std::vector<host::MountEntry>;
+
+// Server, share, and the folder of it that is mounted there; views into `mount`. Empty: that is not certain.
+//
+// A folder that was mounted without the rest of its share is named by the source, and is the root of its own
+// volume. Kernels that make one volume of all mounts of a share give all of them the source of the first, and
+// tell the folder as the root of the mount.
+std::vector<std::string_view> MountedParts(const host::MountEntry& mount, const Mounts& all) {
     std::vector<std::string_view> parts = NamesIn(mount.source);
     const std::vector<std::string_view> root = NamesIn(mount.root);
     if (parts.size() < kServerAndShare) return {};
     const std::span folder = std::span(parts).subspan(kServerAndShare);
-    if (root.size() < folder.size() || !std::ranges::equal(folder, std::span(root).first(folder.size())))
-        return {};
+    const bool isFolderInRoot =
+        root.size() >= folder.size() && std::ranges::equal(folder, std::span(root).first(folder.size()));
+    const bool isVolumeOfShare = std::ranges::any_of(all, [&mount](const host::MountEntry& other) {
+        return other.device == mount.device && other.root != "/";
+    });
+    if (!isFolderInRoot) return root.empty() && !isVolumeOfShare ? parts : std::vector<std::string_view>();
     parts.resize(kServerAndShare);
     parts.insert(parts.end(), root.begin(), root.end());
     return parts;
 }
 
 // How many of `parts` lead to what is mounted there; 0 when they lead elsewhere.
-std::size_t LengthOf(const host::MountEntry& mount, const std::vector<std::string_view>& parts) {
-    const std::vector<std::string_view> names = MountedParts(mount);
+std::size_t LengthOf(const host::MountEntry& mount, const Mounts& all,
+                     const std::vector<std::string_view>& parts) {
+    const std::vector<std::string_view> names = MountedParts(mount, all);
     if (names.empty() || names.size() > parts.size()) return 0;
     return std::ranges::equal(names, std::span(parts).first(names.size()), AreSame) ? names.size() : 0;
 }
@@ -92,14 +100,14 @@ struct Candidate {
 
 // Of what is mounted at one place, the last hides the others.
 std::vector<Candidate> FindCandidates(const std::vector<std::string_view>& parts) {
-    std::vector<host::MountEntry> mounts = host::ParseMountTable(host::ReadMountTable());
+    const Mounts mounts = host::ParseMountTable(host::ReadMountTable());
     std::vector<Candidate> candidates;
     for (std::size_t i = 0; i < mounts.size(); ++i) {
         const auto later = std::span(mounts).subspan(i + 1);
         const bool isHidden = std::ranges::any_of(later, [&](const host::MountEntry& other) {
             return host::IsAtOrBelow(mounts[i].mountPoint, other.mountPoint);
         });
-        const std::size_t length = IsSmb(mounts[i]) && !isHidden ? LengthOf(mounts[i], parts) : 0;
+        const std::size_t length = IsSmb(mounts[i]) && !isHidden ? LengthOf(mounts[i], mounts, parts) : 0;
         if (length > 0) candidates.push_back({mounts[i].mountPoint, length});
     }
     return candidates;
@@ -135,13 +143,13 @@ std::string PathFromNetwork(std::string_view networkPath) {
 
 std::string NetworkFromPath(const std::string& path) {
     const std::string hostPath = HostPathFromPath(path);
-    const std::vector<host::MountEntry> mounts = host::ParseMountTable(host::ReadMountTable());
+    const Mounts mounts = host::ParseMountTable(host::ReadMountTable());
     // The last one at or above it is what is seen there.
     const auto holder = std::find_if(mounts.rbegin(), mounts.rend(), [&](const host::MountEntry& mount) {
         return host::IsAtOrBelow(hostPath, mount.mountPoint);
     });
     if (hostPath.empty() || holder == mounts.rend() || !IsSmb(*holder)) return {};
-    const std::vector<std::string_view> above = MountedParts(*holder);
+    const std::vector<std::string_view> above = MountedParts(*holder, mounts);
     if (above.empty()) return {};
     std::string networkPath(1, '\\');
     for (const std::string_view name : above)
