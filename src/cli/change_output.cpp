@@ -9,7 +9,7 @@ namespace {
 
 // Standard error has all messages, so a document need not.
 constexpr std::size_t kMostParts = 20'000;
-constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
+constexpr std::size_t kMostTextBytes = std::size_t{16} << 20U;
 
 // Of the texts in what a difference shows.
 std::size_t BytesOf(const std::vector<ComparedRow>& rows) {
@@ -66,7 +66,7 @@ void ChangeOutput::Start() {
 
 bool ChangeOutput::Keep(std::size_t parts, std::size_t bytes) {
     if (!json) return false;
-    const bool hasRoom = kept + parts <= kMostParts && keptBytes + bytes <= kMostBytes;
+    const bool hasRoom = kept + parts <= kMostParts && keptBytes + bytes <= kMostTextBytes;
     if (!hasRoom) {
         ++leftOut;
         return false;
