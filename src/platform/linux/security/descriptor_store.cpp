@@ -309,7 +309,6 @@ DWORD DescriptorStore::Replace(const ObjectHandle& object, const StoredSecurity&
     return error;
 }
 
-// Only who may change the owner may write it, also the one that is there already.
 DWORD DescriptorStore::SendToServer(const ObjectHandle& object, std::span<const std::uint8_t> kept,
                                     const char* attribute) {
     // What the attribute can carry; the kernel calls a larger one not supported.
@@ -323,6 +322,7 @@ DWORD DescriptorStore::SendToServer(const ObjectHandle& object, std::span<const 
 // A server may keep less than it was given, as Samba does where it makes mode bits of lists, and say nothing.
 DWORD DescriptorStore::WriteToServer(const ObjectHandle& object, const StoredSecurity& before,
                                      const StoredSecurity& after) {
+    // Only who may change the owner may write it, also the one that is there already.
     const char* const attribute =
         HaveSameOwners(before.bytes, after.bytes) ? kSmbListAttribute : kSmbOwnerAttribute;
     const DWORD error = SendToServer(object, after.bytes, attribute);
