@@ -108,11 +108,6 @@ bool IsSubvolume(const MountEntry& mount) {
     return mount.fileSystem == "btrfs" && ("," + mount.options + ",").find(option) != std::string::npos;
 }
 
-// A folder of a share can be mounted without the rest, which looks the same as a bind mount of one.
-bool IsFolderOfShare(const MountEntry& mount) {
-    return mount.fileSystem == "cifs" || mount.fileSystem == "smb3";
-}
-
 // "1" in a file of /sys.
 bool SaysYes(const std::string& path) {
     std::ifstream file(path);
@@ -122,13 +117,18 @@ bool SaysYes(const std::string& path) {
 
 }  // namespace
 
+bool IsSmbMount(const MountEntry& mount) {
+    return mount.fileSystem == "cifs" || mount.fileSystem == "smb3";
+}
+
 UINT DriveTypeOfFileSystem(std::string_view fileSystem) {
     const auto* const row = std::ranges::find(kFileSystems, fileSystem, &FileSystemRow::name);
     return row == std::end(kFileSystems) ? DRIVE_FIXED : row->type;
 }
 
 UINT DriveTypeOfMount(const MountEntry& mount) {
-    if (mount.root != "/" && !IsSubvolume(mount) && !IsFolderOfShare(mount)) return kNoDrive;
+    // A folder of a share can be mounted without the rest, which looks the same as a bind mount of one.
+    if (mount.root != "/" && !IsSubvolume(mount) && !IsSmbMount(mount)) return kNoDrive;
     if (IsPackagedProgram(mount)) return kNoDrive;
     const UINT type = DriveTypeOfFileSystem(mount.fileSystem);
     return type == DRIVE_RAMDISK && IsSystemPlace(mount.mountPoint) ? kNoDrive : type;

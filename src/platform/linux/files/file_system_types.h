@@ -9,6 +9,9 @@
 
 namespace permora::host {
 
+// Whether the kernel's SMB client has mounted it: what a server shares, or a folder of that.
+bool IsSmbMount(const MountEntry& mount);
+
 // The DRIVE_ type of a mounted volume as far as its file system says: disks are DRIVE_FIXED.
 // DRIVE_NO_ROOT_DIR: a virtual file system, a program that mounted itself, or a folder mounted once more,
 // which nobody would call a disk.

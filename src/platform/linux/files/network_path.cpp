@@ -11,6 +11,7 @@
 #include "platform/ascii.h"
 #include "platform/host_path.h"
 #include "platform/linux/base/letter_case.h"
+#include "platform/linux/files/file_system_types.h"
 #include "platform/linux/files/mount_table.h"
 #include "platform/linux/files/name_mapping.h"
 #include "platform/linux/files/paths.h"
@@ -51,10 +52,6 @@ std::vector<std::string_view> SharePartsOf(std::string_view networkPath) {
             parts.pop_back();
     }
     return parts;
-}
-
-bool IsSmb(const host::MountEntry& mount) {
-    return mount.fileSystem == "cifs" || mount.fileSystem == "smb3";
 }
 
 bool AreSame(std::string_view one, std::string_view other) {
@@ -107,7 +104,8 @@ std::vector<Candidate> FindCandidates(const std::vector<std::string_view>& parts
         const bool isHidden = std::ranges::any_of(later, [&](const host::MountEntry& other) {
             return host::IsAtOrBelow(mounts[i].mountPoint, other.mountPoint);
         });
-        const std::size_t length = IsSmb(mounts[i]) && !isHidden ? LengthOf(mounts[i], mounts, parts) : 0;
+        const std::size_t length =
+            host::IsSmbMount(mounts[i]) && !isHidden ? LengthOf(mounts[i], mounts, parts) : 0;
         if (length > 0) candidates.push_back({mounts[i].mountPoint, length});
     }
     return candidates;
@@ -148,7 +146,7 @@ std::string NetworkFromPath(const std::string& path) {
     const auto holder = std::find_if(mounts.rbegin(), mounts.rend(), [&](const host::MountEntry& mount) {
         return host::IsAtOrBelow(hostPath, mount.mountPoint);
     });
-    if (hostPath.empty() || holder == mounts.rend() || !IsSmb(*holder)) return {};
+    if (hostPath.empty() || holder == mounts.rend() || !host::IsSmbMount(*holder)) return {};
     const std::vector<std::string_view> above = MountedParts(*holder, mounts);
     if (above.empty()) return {};
     std::string networkPath(1, '\\');

@@ -325,11 +325,14 @@ DWORD DescriptorStore::WriteToServer(const ObjectHandle& object, const StoredSec
     // Only who may change the owner may write it, also the one that is there already.
     const char* const attribute =
         HaveSameOwners(before.bytes, after.bytes) ? kSmbListAttribute : kSmbOwnerAttribute;
-    const DWORD error = SendToServer(object, after.bytes, attribute);
+    DWORD error = SendToServer(object, after.bytes, attribute);
     const auto wanted = nt::SecurityDescriptor::FromBytes(after.bytes);
+    if (error != ERROR_SUCCESS || !wanted) return error;
     nt::SecurityDescriptor kept;
+    error = Read(object, kept);
     // Who has taken the right to read from themselves cannot see what is kept.
-    if (error != ERROR_SUCCESS || !wanted || Read(object, kept) != ERROR_SUCCESS) return error;
+    if (error == ERROR_ACCESS_DENIED) return ERROR_SUCCESS;
+    if (error != ERROR_SUCCESS) return error;
     if (HasKept(kept, *wanted)) return ERROR_SUCCESS;
     (void)SendToServer(object, before.bytes, attribute);
     return ERROR_NOT_SUPPORTED;
