@@ -1,6 +1,7 @@
 #include "history/stored_writes.h"
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 namespace permora {
@@ -12,6 +13,10 @@ constexpr std::size_t kFirstWrites = 16;
 constexpr std::size_t kMostWrites = 1024;
 constexpr std::size_t kMostWriteBytes = std::size_t{1} << 20;
 
+// While one is waiting for the volume, another has something to do.
+constexpr std::size_t kLeastWriters = 2;
+constexpr std::size_t kMostWriters = 16;
+
 }  // namespace
 
 StoredWrites::StoredWrites(ChangeRecorder& changeRecorder, ChangedTop changedTop, Write writeOne,
@@ -20,7 +25,8 @@ StoredWrites::StoredWrites(ChangeRecorder& changeRecorder, ChangedTop changedTop
       top(std::move(changedTop)),
       write(std::move(writeOne)),
       done(std::move(whenDone)),
-      batchObjects(kFirstWrites) {}
+      batchObjects(kFirstWrites),
+      tuner(kMostWriters, std::thread::hardware_concurrency(), ThreadTuner::Time::clock::now()) {}
 
 DWORD StoredWrites::Add(std::optional<HeldObject> object, DescriptorChange change) {
     filled.holdsAll = filled.holdsAll && object.has_value();
@@ -51,6 +57,7 @@ DWORD StoredWrites::Finish() {
 // One step further with all batches; `batch` is recorded from now on.
 DWORD StoredWrites::Advance(Batch batch) {
     EndWriting();
+    tuner.Update(tried += written.results.size(), ThreadTuner::Time::clock::now());
     if (recording.valid()) error = recording.get();
     const Batch finished = std::exchange(written, {});
     if (error == ERROR_SUCCESS) {
@@ -78,14 +85,16 @@ void StoredWrites::BeginWriting() {
     next = 0;
     written.results.resize(written.changes.size());
     if (written.changes.empty()) return;
-    for (std::future<void>& thread : writing)
-        thread = std::async([this] { WriteNext(); });
+    const std::size_t threads = std::max(kLeastWriters, tuner.Threads());
+    while (writing.size() < threads)
+        writing.push_back(std::async([this] { WriteNext(); }));
     if (!written.holdsAll) EndWriting();
 }
 
 void StoredWrites::EndWriting() {
     for (std::future<void>& thread : writing)
-        if (thread.valid()) thread.get();
+        thread.get();
+    writing.clear();
     written.results.resize(std::min<std::size_t>(next, written.results.size()));
 }
 

@@ -5,7 +5,6 @@
 // their own where there may be any: they wait for the disk in different ways.
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -17,15 +16,17 @@
 
 #include "platform/change_recorder.h"
 #include "platform/held_object.h"
+#include "platform/thread_tuner.h"
 
 namespace permora {
 
 // The changes below one top. Open descriptors and memory are those of three batches. One thread at a time.
 class StoredWrites {
   public:
-    // Writes one object: the result is a system error code. On any thread, for two objects at a time, and in
-    // no certain order between two calls of Flush. Without `object` it is one that the caller holds himself,
-    // which is written during a call of Add, Flush or Finish.
+    // Writes one object: the result is a system error code. On any thread, for several objects at a time
+    // (StoredWrites finds out how many help), and in no certain order between two calls of Flush. Without
+    // `object` it is one that the caller holds himself, which is written during a call of Add, Flush or
+    // Finish.
     using Write =
         std::function<DWORD(const std::optional<HeldObject>& object, const DescriptorChange& change)>;
     // What has become of one, in the order of Add, on the thread that calls Add, Flush or Finish.
@@ -77,7 +78,9 @@ class StoredWrites {
     Batch written;
     std::atomic<std::size_t> next = 0;  // of `written`, to be written
     std::future<DWORD> recording;       // uses `recorded`
-    std::array<std::future<void>, 2> writing;
+    std::vector<std::future<void>> writing;
+    std::uint64_t tried = 0;  // so many objects, of all batches before `written`
+    ThreadTuner tuner;
 };
 
 }  // namespace permora

@@ -5,13 +5,17 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <thread>
+#include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "history/stored_writes.h"
 #include "history/undone_top.h"
 #include "platform/api/errors.h"
 #include "platform/stored_security.h"
 #include "platform/system_message.h"
+#include "platform/thread_tuner.h"
 #include "shares/share_security.h"
 
 namespace permora {
@@ -19,6 +23,12 @@ namespace {
 
 // Of a dry run, whose memory does not grow with the change either.
 constexpr std::size_t kMostUnclear = 65536;
+
+// Objects that are found at once, and are all held open. The first are few, as the first that are written.
+constexpr std::size_t kFirstNext = 16;
+constexpr std::size_t kMostNext = 256;
+constexpr std::size_t kMostNextBytes = std::size_t{1} << 20;
+constexpr std::size_t kMostThreads = 16;
 
 enum class Judgement : std::uint8_t { kRestore, kAsBefore, kChangedSince };
 
@@ -62,15 +72,19 @@ class Undo {
     DWORD VisitAll(Visit visit);
     // All of these answer whether to go on; `ending` says why not.
     bool Take(const RecordedObject& record);
+    bool TakeNext();
+    bool TakeFound(FoundRecord& found);
     bool TakeUnclear(const RecordedObject& record);
     bool Enter(const RecordedObject& record);
-    bool Put(std::optional<HeldObject> object, const DescriptorChange& undone, StoredSecurity now);
+    bool Put(FoundRecord& found);
     bool Flush() { return !writes || GoOn(writes->Flush()); }
     bool GoOn(DWORD recordError);
     bool EndWith(DWORD error);
 
-    // Whether the object was found and read; else it was left alone.
-    bool Read(const RecordedObject& record, std::optional<HeldObject>& object, StoredSecurity& now);
+    bool HasRoomFor(const RecordedObject& record) const;
+    void LetGoOfNext();
+    // Whether the object was found and read; else it was left alone, or the undo ends.
+    bool Find(FoundRecord& found);
     DWORD Refusal(const DescriptorChange& undone, const StoredSecurity& now, Judgement judgement) const;
     void LeaveUnfound(const std::string& path, DWORD error);
     void Leave(const std::string& path, LeftAlone extent, DWORD reason);
@@ -87,6 +101,16 @@ class Undo {
     DWORD topError = ERROR_SUCCESS;
     std::optional<StoredWrites> writes;  // below `top`; nothing in a dry run
     DWORD ending = ERROR_SUCCESS;
+
+    // What is found at once: records of `top` in their order, of different objects, none of which is waiting
+    // to be written.
+    std::vector<FoundRecord> next;
+    std::unordered_set<std::uint64_t> nextNumbers;
+    std::size_t nextBytes = 0;
+    std::size_t roomForNext = kFirstNext;
+    std::size_t mostNext = kMostNext;
+    std::uint64_t taken = 0;
+    ThreadTuner tuner{kMostThreads, std::thread::hardware_concurrency(), ThreadTuner::Time::clock::now()};
 
     // Of a dry run. An object that was recorded twice has neither list of its first record as long as nothing
     // is written. So those that have neither are looked at again, as they would be by then.
@@ -115,7 +139,6 @@ void Undo::LeaveUnfound(const std::string& path, DWORD error) {
 }
 
 bool Undo::Enter(const RecordedObject& record) {
-    if (top && top->Holds(record)) return true;
     if (!Flush()) return false;
     writes.reset();
     top.emplace(record);
@@ -140,24 +163,37 @@ void Undo::BeginWrites() {
         });
 }
 
-bool Undo::Read(const RecordedObject& record, std::optional<HeldObject>& object, StoredSecurity& now) {
-    const DescriptorChange& undone = record.change;
-    if (topError != ERROR_SUCCESS || top->IsLost(undone.path)) {
+bool Undo::HasRoomFor(const RecordedObject& record) const {
+    const std::uint64_t number = record.change.fileNumber;
+    return next.size() < roomForNext && nextBytes < kMostNextBytes && !nextNumbers.contains(number) &&
+           !(writes && writes->Holds(number));
+}
+
+// So many cannot be held open: from here on it is one at a time.
+void Undo::LetGoOfNext() {
+    for (FoundRecord& found : next)
+        found = FoundRecord{.record = std::move(found.record)};
+    roomForNext = mostNext = 1;
+}
+
+bool Undo::Find(FoundRecord& found) {
+    const std::string& path = found.record.change.path;
+    if (topError != ERROR_SUCCESS || top->IsLost(path)) {
         ++counts.leftAlone;
         return false;
     }
-    DWORD error = top->Find(record, object);
-    if (error == ERROR_TOO_MANY_OPEN_FILES) {
+    if (!found.error) top->Find(found, Damaged());
+    if (found.error == ERROR_TOO_MANY_OPEN_FILES) {
+        LetGoOfNext();
         if (!Flush()) return false;
-        error = top->Find(record, object);
+        top->Find(found, Damaged());
     }
-    if (error != ERROR_SUCCESS) {
-        LeaveUnfound(undone.path, error);
-        return false;
-    }
-    error = top->Read(object, now, Damaged());
-    if (error != ERROR_SUCCESS) Leave(undone.path, LeftAlone::kObject, error);
-    return error == ERROR_SUCCESS;
+    if (found.error == ERROR_SUCCESS) return true;
+    if (found.isFound)
+        Leave(path, LeftAlone::kObject, *found.error);
+    else
+        LeaveUnfound(path, *found.error);
+    return false;
 }
 
 // Damaged bytes come back to who asks for them by force, and take the place of nothing but what the change
@@ -175,21 +211,41 @@ DWORD Undo::Refusal(const DescriptorChange& undone, const StoredSecurity& now, J
 }
 
 bool Undo::Take(const RecordedObject& record) {
-    const DescriptorChange& undone = record.change;
-    if (!observer.Begin(record.top, undone.path)) return EndWith(ERROR_OPERATION_ABORTED);
-    if (!Enter(record)) return false;
+    const bool isOfNextTop = !top || !top->Holds(record);
+    if ((isOfNextTop || !HasRoomFor(record)) && !TakeNext()) return false;
+    if (isOfNextTop && !Enter(record)) return false;
     // What a later record of the same object says comes first.
-    if (writes && writes->Holds(undone.fileNumber) && !Flush()) return false;
-    std::optional<HeldObject> object;
-    StoredSecurity now;
-    if (!Read(record, object, now)) return ending == ERROR_SUCCESS;
-    const Judgement judgement = Judge(undone, now);
+    if (writes && writes->Holds(record.change.fileNumber) && !Flush()) return false;
+    nextNumbers.insert(record.change.fileNumber);
+    nextBytes += record.change.before.bytes.size() + record.change.after.bytes.size();
+    next.push_back({.record = record});
+    return true;
+}
+
+bool Undo::TakeNext() {
+    if (topError == ERROR_SUCCESS && top) top->FindAll(next, Damaged(), tuner.Threads());
+    for (FoundRecord& found : next)
+        if (!TakeFound(found)) return false;
+    taken += next.size();
+    tuner.Update(taken, ThreadTuner::Time::clock::now());
+    next.clear();
+    nextNumbers.clear();
+    nextBytes = 0;
+    roomForNext = std::min(2 * roomForNext, mostNext);
+    return true;
+}
+
+bool Undo::TakeFound(FoundRecord& found) {
+    const DescriptorChange& undone = found.record.change;
+    if (!observer.Begin(found.record.top, undone.path)) return EndWith(ERROR_OPERATION_ABORTED);
+    if (!Find(found)) return ending == ERROR_SUCCESS;
+    const Judgement judgement = Judge(undone, found.now);
     if (judgement == Judgement::kAsBefore)
         ++counts.asBefore;
-    else if (const DWORD refusal = Refusal(undone, now, judgement); refusal != ERROR_SUCCESS)
+    else if (const DWORD refusal = Refusal(undone, found.now, judgement); refusal != ERROR_SUCCESS)
         Leave(undone.path, LeftAlone::kObject, refusal);
     else if (judgement == Judgement::kRestore || IsForced())
-        return Put(std::move(object), undone, std::move(now));
+        return Put(found);
     else if (IsDryRun() && unclear.size() < kMostUnclear)
         unclear.insert(undone.fileNumber);
     else
@@ -202,12 +258,12 @@ bool Undo::TakeUnclear(const RecordedObject& record) {
     const DescriptorChange& undone = record.change;
     if (!unclear.contains(undone.fileNumber)) return true;
     if (!observer.Begin(record.top, undone.path)) return EndWith(ERROR_OPERATION_ABORTED);
-    if (!Enter(record)) return false;
-    std::optional<HeldObject> object;
-    StoredSecurity now;
-    if (topError != ERROR_SUCCESS || top->IsLost(undone.path) || top->Find(record, object) != ERROR_SUCCESS ||
-        top->Read(object, now, Damaged()) != ERROR_SUCCESS)
-        return true;
+    if ((!top || !top->Holds(record)) && !Enter(record)) return false;
+    FoundRecord found{.record = record};
+    if (topError != ERROR_SUCCESS || top->IsLost(undone.path)) return true;
+    top->Find(found, Damaged());
+    if (found.error != ERROR_SUCCESS) return true;
+    const StoredSecurity& now = found.now;
     const auto known = byThen.find(undone.fileNumber);
     const Judgement judgement = Judge(undone, known != byThen.end() ? known->second : now);
     if (Judge(undone, now) == Judgement::kChangedSince) {
@@ -221,10 +277,11 @@ bool Undo::TakeUnclear(const RecordedObject& record) {
 }
 
 // From what the object has to what it had.
-bool Undo::Put(std::optional<HeldObject> object, const DescriptorChange& undone, StoredSecurity now) {
+bool Undo::Put(FoundRecord& found) {
+    const DescriptorChange& undone = found.record.change;
     if (!IsDryRun())
-        return GoOn(writes->Add(std::move(object), {undone.path, undone.isFolder, undone.fileNumber,
-                                                    std::move(now), undone.before}));
+        return GoOn(writes->Add(std::move(found.object), {undone.path, undone.isFolder, undone.fileNumber,
+                                                          std::move(found.now), undone.before}));
     ++counts.restored;
     return true;
 }
@@ -239,7 +296,7 @@ DWORD Undo::VisitAll(Visit visit) {
 DWORD Undo::Run() {
     if (!IsDryRun()) change = history.Begin(ChangeKind::kUndo, facts.number);
     DWORD error = VisitAll(&Undo::Take);
-    if (error == ERROR_SUCCESS) Flush();
+    if (error == ERROR_SUCCESS && TakeNext()) Flush();
     if (writes) GoOn(writes->Finish());
     if (error == ERROR_SUCCESS) error = ending;
     if (error == ERROR_SUCCESS && !unclear.empty()) {

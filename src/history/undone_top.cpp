@@ -1,5 +1,10 @@
 #include "history/undone_top.h"
 
+#include <algorithm>
+#include <atomic>
+#include <future>
+#include <utility>
+
 #include "platform/api/errors.h"
 #include "shares/share_security.h"
 
@@ -32,34 +37,36 @@ bool UndoneTop::Holds(const RecordedObject& record) const {
 DWORD UndoneTop::Hold() {
     if (isShare) return ERROR_SUCCESS;
     const DWORD error = HeldObject::HoldTop(top, object);
-    if (error == ERROR_SUCCESS) object.ExpectManyBelow();
-    return error;
+    if (error != ERROR_SUCCESS) return error;
+    object.ExpectManyBelow();
+    return ways.emplace_back().Begin(object);
 }
 
 DWORD UndoneTop::TakeTurn() {
     return isShare ? shareTurn.Take(top.path) : object.TakeTurn();
 }
 
-DWORD UndoneTop::HoldBelow(const std::string& path, HeldObject& below) {
+DWORD UndoneTop::Way::HoldBelow(const std::string& path, HeldObject& below) {
     const std::size_t end = path.rfind('\\');
-    if (end == path.npos) return object.HoldBelow(path, below);
+    if (end == path.npos) return start.HoldBelow(path, below);
     std::string above = path.substr(0, end);
     if (folderPath != above) {
         HeldObject found;
-        if (const DWORD error = object.HoldBelow(above, found); error != ERROR_SUCCESS) return error;
+        if (const DWORD error = start.HoldBelow(above, found); error != ERROR_SUCCESS) return error;
         folder = std::move(found);
         folderPath = std::move(above);
     }
     return folder.HoldBelow(path.substr(end + 1), below);
 }
 
-DWORD UndoneTop::Find(const RecordedObject& record, std::optional<HeldObject>& found) {
+DWORD UndoneTop::HoldRecorded(const RecordedObject& record, Way& way,
+                              std::optional<HeldObject>& found) const {
     const DescriptorChange& change = record.change;
     found.reset();
     if (isShare) return ERROR_SUCCESS;
     HeldObject below;
     const bool isTop = change.path.empty();
-    DWORD error = isTop ? ERROR_SUCCESS : HoldBelow(change.path, below);
+    DWORD error = isTop ? ERROR_SUCCESS : way.HoldBelow(change.path, below);
     if (error != ERROR_SUCCESS) return error;
     const HeldObject& checked = isTop ? object : below;
     // A number that became free is given to a later object.
@@ -70,6 +77,46 @@ DWORD UndoneTop::Find(const RecordedObject& record, std::optional<HeldObject>& f
         return ERROR_FILE_INVALID;
     if (!isTop) found = std::move(below);
     return ERROR_SUCCESS;
+}
+
+void UndoneTop::Find(FoundRecord& record, DamagedBytes damaged, Way& way) const {
+    record.error = HoldRecorded(record.record, way, record.object);
+    record.isFound = record.error == ERROR_SUCCESS;
+    if (!record.isFound) return;
+    record.error = isShare ? ReadStoredShare(top.path, record.now)
+                           : (record.object ? *record.object : object).ReadStored(record.now, damaged);
+}
+
+void UndoneTop::Find(FoundRecord& record, DamagedBytes damaged) {
+    if (ways.empty()) ways.emplace_back();  // a share needs none
+    Find(record, damaged, ways.front());
+}
+
+void UndoneTop::FindAll(std::span<FoundRecord> records, DamagedBytes damaged, std::size_t threads) {
+    // Neighbours are mostly in one folder.
+    constexpr std::size_t kNeighbours = 8;
+    threads = std::min(threads, (records.size() + kNeighbours - 1) / kNeighbours);
+    while (ways.size() < threads) {
+        Way way;
+        if (way.Begin(object) != ERROR_SUCCESS) break;
+        ways.push_back(std::move(way));
+    }
+    threads = std::min(threads, ways.size());
+    std::atomic<std::size_t> next = 0;
+    const auto findNext = [&](Way& way) {
+        for (;;) {
+            const std::size_t begin = next.fetch_add(kNeighbours);
+            if (begin >= records.size()) return;
+            for (FoundRecord& record : records.subspan(begin, std::min(kNeighbours, records.size() - begin)))
+                if (!record.error && !IsLost(record.record.change.path)) Find(record, damaged, way);
+        }
+    };
+    std::vector<std::future<void>> helpers;
+    for (std::size_t i = 1; i < threads; ++i)
+        helpers.push_back(std::async([&findNext, &way = ways[i]] { findNext(way); }));
+    if (threads > 0) findNext(ways.front());
+    for (std::future<void>& helper : helpers)
+        helper.get();
 }
 
 std::string UndoneTop::FindEnd(const std::string& path, DWORD& error) {
@@ -98,12 +145,6 @@ bool UndoneTop::IsLost(const std::string& path) const {
         });
     }
     return isLost;
-}
-
-DWORD UndoneTop::Read(const std::optional<HeldObject>& found, StoredSecurity& now,
-                      DamagedBytes damaged) const {
-    if (isShare) return ReadStoredShare(top.path, now);
-    return (found ? *found : object).ReadStored(now, damaged);
 }
 
 DWORD UndoneTop::Write(const std::optional<HeldObject>& found, const DescriptorChange& change,
