@@ -39,7 +39,8 @@ std::string DisplayForAdministrator();
 
 // In the new process. Whether another user has started it, whose arguments are checked therefore.
 bool IsStartedForUser();
-// Shows windows on a display of that user. False: it is none. While there is one thread.
+// Connects to a display of that user, on which windows are shown then. False: nothing of that user's is
+// there. While there is one thread.
 bool UseDisplayOfUser(const std::string& path);
 // Ends the wait of StartAsAdministrator. Standard output leads nowhere from then on.
 void TellOfStart();

@@ -24,7 +24,11 @@ export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0"
 BeginRun "$1" "$2/wayland" wayland
 StartAssistance
 mkdir -p "$work/data/Alpha"
-"$programs/permora" "$work/data" >>"$work/output" 2>&1 &
+start=("$programs/permora")
+if [ "$(id -u)" = 0 ]; then # as if for a user, whose compositor it is
+    start=(env -u WAYLAND_DISPLAY PKEXEC_UID=0 "$programs/permora" --wayland-display "$XDG_RUNTIME_DIR/$WAYLAND_DISPLAY")
+fi
+"${start[@]}" "$work/data" >>"$work/output" 2>&1 &
 programPid=$!
 ExpectTold 'frame|Permora|.*|'
 ExpectTold 'list item|Alpha|.*|'

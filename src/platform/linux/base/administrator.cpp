@@ -1,7 +1,9 @@
 #include "platform/administrator.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,6 +27,8 @@ constexpr std::string_view kStartWord = "started\n";
 // Of pkexec itself; this program has none of them.
 constexpr int kDismissedCode = 126;
 constexpr int kRefusedCode = 127;
+
+constexpr auto kNobody = static_cast<uid_t>(-1);
 
 bool IsSet(const char* variable) {
     return variable != nullptr && *variable != '\0';
@@ -92,8 +96,29 @@ std::optional<uid_t> UserOfStart() {
     const std::string_view digits = text;
     uid_t user = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), user);
-    if (error != std::errc() || end != digits.data() + digits.size()) return static_cast<uid_t>(-1);
+    if (error != std::errc() || end != digits.data() + digits.size()) return kNobody;
     return user;
+}
+
+// None, if nobody listens there.
+host::UniqueFd Connect(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) return {};
+    path.copy(address.sun_path, path.size());
+    host::UniqueFd connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (!connection ||
+        connect(connection.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return {};
+    return connection;
+}
+
+// Who began to listen at the other end.
+uid_t UserAtOtherEnd(const host::UniqueFd& connection) {
+    ucred credentials{};
+    socklen_t size = sizeof credentials;
+    const bool isKnown = getsockopt(connection.Get(), SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0;
+    return isKnown ? credentials.uid : kNobody;
 }
 
 }  // namespace
@@ -141,14 +166,17 @@ bool IsStartedForUser() {
     return UserOfStart().has_value();
 }
 
-// It leads to a screen and not to code, so it may be wherever that user has it.
+// The toolkit goes on with the connection that was checked here, since the path may lead elsewhere a moment
+// later. By the path the toolkit sees which kind of screen there is, and programs that are started from here
+// find it.
 bool UseDisplayOfUser(const std::string& path) {
     const std::optional<uid_t> user = UserOfStart();
-    struct stat status {};
-    if (!user || !path.starts_with('/') || lstat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode) ||
-        status.st_uid != *user)
-        return false;
-    return setenv("WAYLAND_DISPLAY", path.c_str(), 1) == 0;
+    if (!user || *user == kNobody || !path.starts_with('/')) return false;
+    const host::UniqueFd connection = Connect(path);
+    if (!connection || UserAtOtherEnd(connection) != *user) return false;
+    const int kept = fcntl(connection.Get(), F_DUPFD_CLOEXEC, 0);  // the toolkit closes it
+    return kept >= 0 && setenv("WAYLAND_SOCKET", std::to_string(kept).c_str(), 1) == 0 &&
+           setenv("WAYLAND_DISPLAY", path.c_str(), 1) == 0;
 }
 
 void TellOfStart() {
