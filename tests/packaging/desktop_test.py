@@ -35,12 +35,19 @@ annotations = {each.get("key").rsplit(".", 1)[1]: each.text for each in policy.i
 expect(annotations == {"path": str(prefix / "lib/permora/permora"), "allow_gui": "true"}, annotations)
 expect(os.access(annotations["path"], os.X_OK), "there is no such program")
 
-# Saved lists are known by their beginning, and by their name.
+# Saved lists are known by their beginning, and by their name. They are opened with the program, and folders are not.
 with tempfile.TemporaryDirectory() as folder:
     run("cp", "-r", share / "mime", folder)
     run("cp", "/usr/share/mime/packages/freedesktop.org.xml", Path(folder) / "mime/packages")
     run("update-mime-database", Path(folder) / "mime", stderr=subprocess.DEVNULL)
-    places = dict(os.environ, XDG_DATA_DIRS=folder, XDG_DATA_HOME=f"{folder}/none")
+    run("cp", "-r", share / "applications", folder)
+    run("update-desktop-database", Path(folder) / "applications")
+    nothing = {f"XDG_{place}": f"{folder}/none" for place in ("DATA_HOME", "CONFIG_HOME", "CONFIG_DIRS")}
+    programs = f"{prefix}/bin:{os.environ['PATH']}"
+    places = dict(os.environ, PATH=programs, XDG_DATA_DIRS=folder, **nothing)
+    for kind, program in (("application/x-permora-lists", True), ("inode/directory", False)):
+        said = run("gio", "mime", kind, env=places)
+        expect(("permora.desktop" in said) == program, f"what {kind} is opened with: {said}")
     for name, text, kind in (
         ("saved", "permora-lists 1\n", "application/x-permora-lists"),
         ("new.lists", "in another form\n", "application/x-permora-lists"),
