@@ -2,6 +2,7 @@
 # Runs this project on a Debian of another release, from nothing: in an empty root, with a copy of the tree as it is.
 #   tools/check_root.sh RELEASE [ARGUMENT...]   both commands of the README; the arguments go to ctest
 #   tools/check_root.sh RELEASE --core          only builds what has no window, and runs its tests that need no server
+#   tools/check_root.sh RELEASE --presets       only builds, but all presets: by its compilers, whose warnings are errors
 # A skipped test counts as failed.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
@@ -25,10 +26,12 @@ echo "Making an empty $release"
 MakeRoot "$release" "$root"
 CopyTree "$root/permora"
 
-if [ "${1-}" = --core ]; then
-    InRoot "$root" /permora/tools/core_tests.sh
-else
+case ${1-} in
+--core) InRoot "$root" /permora/tools/core_tests.sh ;;
+--presets) InRoot "$root" /permora/tools/build_presets.sh ;;
+*)
     InRoot "$root" /permora/run.sh
     InRoot "$root" /permora/test.sh "$@"
-fi 2>&1 | tee "$work/log"
+    ;;
+esac 2>&1 | tee "$work/log"
 ! grep -E "\*\*\*(Skipped|Not Run)|\(Disabled\)|^\[  SKIPPED \]" "$work/log"

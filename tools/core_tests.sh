@@ -15,7 +15,7 @@ programs=(platform_nt_tests platform_base_tests platform_files_tests platform_re
     permora_terminal_test)
 
 EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}"
-cmake --preset dev -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0 >/dev/null
+Configure dev "${joined[@]}"
 BuildPreset dev permora-cli "${programs[@]}"
 # shellcheck disable=SC2016 # the inner shell's own
 printf '%s\n' "${programs[@]}" | xargs -P "$(nproc)" -I '{}' sh -c '

@@ -2,7 +2,11 @@
 # shellcheck shell=bash disable=SC2034
 
 # The toolkit's plugin for icons that are drawings: Debian 12 has it in the package of its library.
-drawingsPackage=$(. /etc/os-release && [ "$ID ${VERSION_ID-}" = "debian 12" ] && echo libqt6svg6 || echo qt6-svg-plugins)
+# The same release has no package for its clang's libraries whatever the version.
+case $(. /etc/os-release && echo "$ID ${VERSION_ID-}") in
+"debian 12") drawingsPackage=libqt6svg6 sanitizersPackage=libclang-rt-14-dev ;;
+*) drawingsPackage=qt6-svg-plugins sanitizersPackage=libclang-rt-dev ;;
+esac
 
 # To configure, build and test; the presets configure all of it at once.
 buildPackages=(cmake ninja-build g++ mold gcc-mingw-w64-x86-64-posix qt6-base-dev libxcb1-dev libsystemd-dev
@@ -28,6 +32,9 @@ browserPackages=(chromium)
 # To build for Windows and to run that: the compiler, what makes SQLite from its source, the source of the test framework,
 # and Wine without its 32-bit half.
 windowsPackages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl googletest wine64 zip)
+
+# The other compiler, and what is linked to programs that it checks while they run.
+clangPackages=(clang "$sanitizersPackage")
 
 # To make Debian's packages, to check them, and to make empty systems for their test (and for check_root.sh).
 packagingPackages=(build-essential debhelper dpkg-dev lintian mmdebstrap)
