@@ -29,7 +29,7 @@ trap CleanUp EXIT
 Run() { InRoot "$root" "$@"; }
 # Apt ARGUMENT...: shown only if it fails.
 Apt() {
-    Run apt-get --quiet --yes --no-install-recommends "$@" >"$work/apt.log" 2>&1 || {
+    Run apt-get --quiet --yes --no-install-recommends -o Dpkg::Options::=--force-unsafe-io "$@" >"$work/apt.log" 2>&1 || {
         cat "$work/apt.log" >&2
         Fail "apt-get $*"
     }
@@ -51,6 +51,18 @@ AwaitWindow() {
     WaitUntil "the window \"$1\"" HasWindow "$1"
     WaitUntil "\"$1\" to be active" IsActive "$found"
     Settle
+}
+# GiveEverything EDITOR ACCOUNT: a new entry in the editor of that title, by the keyboard, and its OK.
+GiveEverything() {
+    local editor=$1
+    Keys Tab space
+    AwaitWindow "Select Account Name"
+    xdotool type --delay 20 "$2"
+    Keys Return
+    AwaitWindow "Permissions"
+    Keys Tab space Return # full control
+    AwaitWindow "$editor"
+    Keys Return
 }
 Grants() { List "$1" | grep -F "$2"; }
 # List PATH: the list of it as text.
@@ -95,14 +107,7 @@ desktopPids+=($!)
 AwaitWindow Permora
 Keys b alt+p
 AwaitWindow "Security Editor - below"
-Keys Tab space
-AwaitWindow "Select Account Name"
-xdotool type --delay 20 'BUILTIN\Guests'
-Keys Return
-AwaitWindow "Permissions"
-Keys Tab space Return # full control
-AwaitWindow "Security Editor - below"
-Keys Return
+GiveEverything "Security Editor - below" 'BUILTIN\Guests'
 WaitUntil "the new entry" Grants /srv/data/below '(A;OICI;FA;;;BG)'
 AwaitWindow Permora
 Keys F1
@@ -110,6 +115,33 @@ AwaitWindow "Permora Help"
 StopDesktop
 desktopPids=()
 unset DISPLAY
+
+# A file manager and what it needs would hide what the program lacks and leave files behind, so it gets a copy.
+echo "From a file manager's menu"
+alone=$root
+root=$work/with-file-manager
+cp -a "$alone" "$root"
+Apt install thunar gir1.2-thunarx-3.0 python3-gi thunarx-python
+mkdir -p "$root/srv/more/"{below,"another folder"}
+StartDesktop "$work/second-home" light
+Run thunar /srv/more >"$work/output" 2>&1 &
+desktopPids+=($!)
+AwaitWindow "more - Thunar"
+Keys ctrl+a
+ClickIn "$found" 212 145 3 # one of those that are selected
+Settle
+Keys Up Up Return # the last entry but one: before the file manager's own "Properties..."
+AwaitWindow Information
+Keys Return
+AwaitWindow "Security Editor - another folder"
+GiveEverything "Security Editor - another folder" 'BUILTIN\Power Users'
+for folder in below "another folder"; do
+    WaitUntil "the new entry of \"$folder\"" Grants "/srv/more/$folder" '(A;OICI;FA;;;PU)'
+done
+StopDesktop
+desktopPids=()
+unset DISPLAY
+root=$alone
 
 echo "Removing"
 Run permora-cli setup --all-users /usr/lib/permora >/dev/null
@@ -119,6 +151,10 @@ for file in usr/bin/permora usr/lib/permora; do
 done
 Apt purge permora
 IsThere etc/permora/registry.reg || Fail "one program's purge took the other's settings"
+touch "$root/usr/local/bin/permora-cli"
+Run env DPKG_MAINTSCRIPT_PACKAGE=permora-cli /var/lib/dpkg/info/permora-cli.postrm purge
+IsThere etc/permora/registry.reg || Fail "a purge took the settings of the installation without packages"
+rm "$root/usr/local/bin/permora-cli"
 Apt purge --autoremove permora-cli
 Files >"$work/after"
 diff "$work/before" "$work/after" >"$work/left" || true
