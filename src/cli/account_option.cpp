@@ -14,22 +14,23 @@ constexpr const char* kAccountHelp = R"(The account: a name, DOMAIN\name or a SI
 
 }  // namespace
 
-AccountOption::AccountOption(Command& command)
-    : AccountOption(command, "--account", kAccountHelp, Presence::kRequired) {}
+AccountOption::AccountOption(Command& owner)
+    : AccountOption(owner, "--account", kAccountHelp, Presence::kRequired) {}
 
-AccountOption::AccountOption(Command& command, const char* optionName, const char* description,
+AccountOption::AccountOption(Command& owner, const char* optionName, const char* description,
                              Presence presence)
-    : TextOption(command, optionName, "NAME", description, presence), name(optionName) {
+    : TextOption(owner, optionName, "NAME", description, presence), command(owner), name(optionName) {
     Describe({.kind = ValueKind::kAccount});
 }
 
 std::string AccountOption::Interpret(const std::string& text) {
-    return text.empty() ? std::string(name) + ": the name is empty" : FindTypedAccount(text, account);
+    return text.empty() ? std::string(name) + ": the name is empty"
+                        : FindTypedAccount(text, account, command.Server());
 }
 
-AccountsOption::AccountsOption(Command& command) {
+AccountsOption::AccountsOption(Command& owner) : command(owner) {
     CLI::Option& option =
-        *command.Parser()
+        *owner.Parser()
              .add_option("--account", typed, std::string(kAccountHelp) + ";\nmay be given several times")
              ->type_name("NAME")
              ->required()
@@ -41,7 +42,8 @@ std::string AccountsOption::Interpret() {
     for (const std::string& shielded : typed) {
         const std::string text = Unshielded(shielded);
         AccountRecord account;
-        std::string problem = text.empty() ? "--account: the name is empty" : FindTypedAccount(text, account);
+        std::string problem =
+            text.empty() ? "--account: the name is empty" : FindTypedAccount(text, account, command.Server());
         if (!problem.empty()) return problem;
         accounts.push_back(std::move(account));
     }

@@ -12,9 +12,9 @@ namespace permora {
 class AccountOption final : public TextOption {
   public:
     // --account, which must be given.
-    explicit AccountOption(Command& command);
+    explicit AccountOption(Command& owner);
     // Another option that names one.
-    AccountOption(Command& command, const char* name, const char* description, Presence presence);
+    AccountOption(Command& owner, const char* name, const char* description, Presence presence);
 
     // Finds the account that was named: by a name, DOMAIN\name or the text of a SID.
     std::string Interpret(const std::string& text) override;
@@ -24,6 +24,7 @@ class AccountOption final : public TextOption {
     AccountRecord& Account() { return account; }
 
   private:
+    const Command& command;
     const char* name;
     AccountRecord account;
 };
@@ -31,13 +32,14 @@ class AccountOption final : public TextOption {
 // --account, once or several times; it must be given.
 class AccountsOption {
   public:
-    explicit AccountsOption(Command& command);
+    explicit AccountsOption(Command& owner);
 
     // Finds all of them. Returns what is wrong, or an empty text.
     std::string Interpret();
     const std::vector<AccountRecord>& Accounts() const { return accounts; }
 
   private:
+    const Command& command;
     std::vector<std::string> typed;
     std::vector<AccountRecord> accounts;
 };

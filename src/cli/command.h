@@ -56,6 +56,9 @@ class Command {
     CLI::App& Parser() { return parser; }
     // As the user types it: "grant", "shares show".
     std::string Name() const;
+    // The server of the objects that the command is about, for the names of accounts (LookupAccountByName);
+    // empty for this machine, and where they are not of one.
+    virtual std::string Server() const { return {}; }
     // How the program ends when the work is broken off, or its output cannot be written.
     ExitCode FailureCode() const { return failureCode; }
     // A check keeps failures apart.

@@ -6,6 +6,7 @@
 #include "cli/argument_shield.h"
 #include "cli/interrupts.h"
 #include "platform/api/errors.h"
+#include "platform/network_path.h"
 
 namespace permora {
 namespace {
@@ -54,6 +55,18 @@ std::string ObjectCommand::Interpret() {
     if (!TakeNames(shares)) return "the name of a share is empty";
     if (ObjectCount() == 0) return "PATH or --share is required";
     return Command::Interpret();
+}
+
+std::string ObjectCommand::Server() const {
+    std::optional<std::string> server;
+    for (const std::string& path : paths) {
+        Target target;
+        if (MakeTarget(path, nullptr, target) != ERROR_SUCCESS) return {};
+        std::string its = ServerOfPath(target.folder + target.name);
+        if (server && *server != its) return {};
+        server = std::move(its);
+    }
+    return server.value_or("");
 }
 
 std::vector<Target> ObjectCommand::FindTargets() {

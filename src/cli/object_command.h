@@ -20,6 +20,8 @@ class ObjectCommand : public Command {
     // Finds all that the arguments lead to, then works on one object after the other until the user
     // interrupts it or the history stops it. Arguments that lead nowhere are named and count as failures.
     ExitCode Run() final;
+    // By the paths as they were typed.
+    std::string Server() const override;
 
   protected:
     enum class Objects { kPaths, kShares };

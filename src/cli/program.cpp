@@ -13,6 +13,7 @@
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/accounts.h"
+#include "platform/server_accounts.h"
 #include "security/account_lookup.h"
 
 namespace permora {
@@ -145,6 +146,7 @@ Grammar::~Grammar() = default;
 
 int RunProgram(std::span<MakeCommand* const> commands, int argumentCount, const char* const* argumentTexts) {
     std::optional<Grammar> grammar;
+    WaitLongerForServers();
     try {
         grammar.emplace(commands);
         return RunArguments(*grammar, {argumentTexts, static_cast<std::size_t>(argumentCount)});

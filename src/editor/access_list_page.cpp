@@ -122,11 +122,13 @@ void AccessListPage::RenderNames() {
 
 void AccessListPage::OnAdd() {
     CDlgUsersAndGroups picker(this);
+    picker.item = Item();
     if (picker.DoModal() != IDOK) return;
     RedrawWindow();
     CDlgPermissions dialog(this);
     dialog.choice.account = picker.result;
     dialog.choice.applyIndex = kNewEntryScope;
+    dialog.item = Item();
     if (dialog.DoModal() != IDOK) return;
     RedrawWindow();
     EditedList().AddFromDialog(dialog.choice);
@@ -146,6 +148,7 @@ void AccessListPage::OnEdit() {
     dialog.inheritedEntry = entry.IsInherited();
     dialog.singleScope = editScopes == EditScopes::kThisObjectOnly;
     dialog.readOnly = !readOnlyReason.empty();
+    dialog.item = Item();
     if (dialog.DoModal() != IDOK || dialog.readOnly) return;
     RedrawWindow();
     EditedList().EditEntry(*index, dialog.choice);

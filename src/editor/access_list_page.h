@@ -8,6 +8,7 @@
 
 #include "framework/list_ctrl.h"
 #include "framework/property_sheet.h"
+#include "platform/remembered_object.h"
 #include "platform/resources.h"
 #include "security/access_entry_list.h"
 #include "security/account_news.h"
@@ -42,6 +43,8 @@ class AccessListPage : public CPropertyPage {
     virtual std::string ReadOnlyReason() { return {}; }
     // The list as last read, with the edits since.
     virtual AccessEntryList& EditedList() = 0;
+    // Whose list it is; nothing for a share of this machine.
+    virtual std::optional<RememberedObject> Item() const { return std::nullopt; }
     // What a list without entries means.
     virtual std::string EmptyListText() const = 0;
     // The rows have just been made anew.

@@ -12,6 +12,7 @@
 #include "resources/resource_ids.h"
 #include "security/account_lookup.h"
 #include "security/message_boxes.h"
+#include "security/object_server.h"
 
 namespace permora {
 namespace {
@@ -186,7 +187,9 @@ void CDlgUsersAndGroups::OnOK() {
         return;
     }
     DWORD error = ERROR_SUCCESS;
-    DoLongWork(*this, [&] { error = LookupAccountByName(name.c_str(), result); });
+    DoLongWork(*this, [&] {
+        error = LookupAccountByName(name.c_str(), result, item ? ServerOfItem(*item) : std::string());
+    });
     if (error != ERROR_SUCCESS) {
         const std::string reason = NotLookedUpText(error);
         ShowErrorBox(GetSafeHwnd(), reason.empty() ? "Account name is not valid user or group name"

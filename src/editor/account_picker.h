@@ -9,6 +9,7 @@
 #include "editor/found_accounts.h"
 #include "framework/dialog.h"
 #include "framework/list_ctrl.h"
+#include "platform/remembered_object.h"
 #include "security/account_record.h"
 #include "security/account_search.h"
 
@@ -21,6 +22,9 @@ class CDlgUsersAndGroups : public CDialog {
     // The caller may preset an account, which the edit box then shows. After IDOK it is the chosen one; after
     // IDCANCEL it is unchanged.
     AccountRecord result;
+    // For what is the account; nothing: for nothing on another server. One whose share is mounted is asked
+    // for names that nobody here has.
+    std::optional<RememberedObject> item;
 
   protected:
     bool OnInitDialog() override;

@@ -149,6 +149,7 @@ void CPage3::RenderNames() {
 
 void CPage3::OnOtherAccount() {
     CDlgUsersAndGroups picker(this);
+    picker.item = place->items.front();
     if (picker.DoModal() != IDOK) return;
     RedrawWindow();
     others.push_back(picker.result);

@@ -116,6 +116,7 @@ void CDlgPermissions::LockAll() {
 
 void CDlgPermissions::OnChangeAccount() {
     CDlgUsersAndGroups picker(this);
+    picker.item = item;
     picker.result = pendingAccount;
     picker.DoModal();
     pendingAccount = picker.result;  // unchanged when the picker was cancelled

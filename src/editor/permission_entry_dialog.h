@@ -1,10 +1,12 @@
 // CDlgPermissions: one access entry, right by right.
 #pragma once
 
+#include <optional>
 #include <span>
 
 #include "editor/permission_boxes.h"
 #include "framework/dialog.h"
+#include "platform/remembered_object.h"
 #include "security/access_entry_list.h"
 #include "security/account_news.h"
 
@@ -17,9 +19,10 @@ class CDlgPermissions : public CDialog {
     explicit CDlgPermissions(CWnd* ownerWindow = nullptr);
 
     PermissionChoice choice;
-    bool inheritedEntry = false;  // its rights are locked; others can be added
-    bool readOnly = false;        // the entry is only looked at
-    bool singleScope = false;     // offer "This folder only" alone
+    bool inheritedEntry = false;           // its rights are locked; others can be added
+    bool readOnly = false;                 // the entry is only looked at
+    bool singleScope = false;              // offer "This folder only" alone
+    std::optional<RememberedObject> item;  // whose list it is, for the choice of accounts
 
   protected:
     bool OnInitDialog() override;

@@ -38,6 +38,7 @@ class CPage1 : public AccessListPage {
     bool OnApply() override;
     std::string ReadOnlyReason() override;
     AccessEntryList& EditedList() override { return object.entries; }
+    std::optional<RememberedObject> Item() const override { return place->items.front(); }
     std::string EmptyListText() const override;
     void OnRowsRendered() override { ShowSources(); }
     const MessageMap& GetMessageMap() const override;

@@ -21,6 +21,11 @@ std::string PathFromNetwork(std::string_view networkPath);
 // The other way round: for a path with drive letter on a mounted share. Empty for all others.
 std::string NetworkFromPath(const std::string& path);
 
+// The server on which what a path of files.h leads to lies, "\\server"; empty for what lies here. By the
+// path's text and the table of mounts. On Windows always empty: the system's own services find the server by
+// the path.
+std::string ServerOfPath(const std::string& path);
+
 // The host's command that mounts the share of a network path, for a user to complete. Empty where there is
 // none, and for a path that names no share.
 std::string MountCommandFor(std::string_view networkPath);

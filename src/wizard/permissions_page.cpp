@@ -202,6 +202,7 @@ void CWizardPage3::OnCombinationKey(Notification& notification) {
 
 void CWizardPage3::OnAdd() {
     CDlgUsersAndGroups picker(this);
+    picker.item = place->items.front();
     if (picker.DoModal() != IDOK) return;
     CListCtrl& list = List(IDC_WIZARD_ACCOUNTS);
     const std::size_t index = rights.Add(picker.result);

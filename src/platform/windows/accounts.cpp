@@ -12,6 +12,7 @@
 #include <span>
 
 #include "platform/raw_security.h"
+#include "platform/server_accounts.h"
 #include "platform/windows/domain.h"
 
 namespace permora {
@@ -118,6 +119,14 @@ DWORD FindAccountGroups(const nt::Sid& account, GroupsRequest request, AccountGr
     groups = std::move(found);
     return ERROR_SUCCESS;
 }
+
+// The system judges by the path, also of another server.
+DWORD FindGroupsOfServer(const std::string& /*server*/, const nt::Sid& account, GroupsRequest request,
+                         AccountGroups& groups) {
+    return FindAccountGroups(account, request, groups);
+}
+
+void WaitLongerForServers() {}
 
 bool MayAskForExactGroups() {
     return TheDomain().State().availability != DomainAvailability::kNone;

@@ -15,6 +15,10 @@ std::string NetworkFromPath(const std::string& /*path*/) {
     return {};
 }
 
+std::string ServerOfPath(const std::string& /*path*/) {
+    return {};
+}
+
 std::string MountCommandFor(std::string_view /*networkPath*/) {
     return {};
 }

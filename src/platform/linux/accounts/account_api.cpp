@@ -5,6 +5,7 @@
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/linux/accounts/account_directory.h"
+#include "platform/linux/accounts/server_accounts.h"
 #include "platform/linux/base/failure.h"
 
 namespace {
@@ -12,6 +13,8 @@ namespace {
 using permora::host::Account;
 using permora::host::Fail;
 using permora::nt::Sid;
+
+constexpr std::uint64_t kAuthorityOfNumbers = 22;
 
 // A caller's text buffer and its size in characters, the NUL included.
 struct TextBuffer {
@@ -41,7 +44,11 @@ BOOL WINAPI LookupAccountSidA(LPCSTR system, PSID sid, LPSTR name, LPDWORD nameS
     if (!IsValidSid(sid)) return Fail(ERROR_INVALID_SID);
     const std::optional<Sid> value = Sid::FromBytes({static_cast<const BYTE*>(sid), GetLengthSid(sid)});
     if (!value) return Fail(ERROR_INVALID_SID);
-    if (IsAnotherMachine(system)) return Fail(ERROR_NONE_MAPPED);
+    const bool isOfServer = IsAnotherMachine(system);
+    // The numbers of another machine's own system are not this one's.
+    if (isOfServer &&
+        (permora::host::FindMountedServer(system) == nullptr || value->Authority() == kAuthorityOfNumbers))
+        return Fail(ERROR_NONE_MAPPED);
 
     Account account;
     const DWORD error = permora::host::FindAccountOfSid(*value, account);
@@ -63,10 +70,13 @@ BOOL WINAPI LookupAccountNameA(LPCSTR system, LPCSTR account, PSID sid, LPDWORD 
                                LPDWORD domainSize, PSID_NAME_USE use) {
     if (account == nullptr || sidSize == nullptr || domainSize == nullptr || use == nullptr)
         return Fail(ERROR_INVALID_PARAMETER);
-    if (IsAnotherMachine(system)) return Fail(ERROR_NONE_MAPPED);
+    const bool isOfServer = IsAnotherMachine(system);
+    permora::host::MountedServer* const server =
+        isOfServer ? permora::host::FindMountedServer(system) : nullptr;
+    if (isOfServer && server == nullptr) return Fail(ERROR_NONE_MAPPED);
 
     Sid value;
-    DWORD error = permora::host::FindAccountSid(account, value);
+    DWORD error = permora::host::FindAccountSid(account, value, server);
     if (error != ERROR_SUCCESS) return Fail(error);
     Account found;  // stays an unknown one for a SID given as text that nobody has
     error = permora::host::FindAccountOfSid(value, found);

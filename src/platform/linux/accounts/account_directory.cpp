@@ -8,6 +8,7 @@
 #include "platform/linux/accounts/machine.h"
 #include "platform/linux/accounts/machine_accounts.h"
 #include "platform/linux/accounts/name_service.h"
+#include "platform/linux/accounts/server_accounts.h"
 #include "platform/linux/accounts/unix_sids.h"
 #include "platform/linux/accounts/well_known_accounts.h"
 #include "platform/linux/base/wide_text.h"
@@ -35,15 +36,38 @@ DWORD FindDomainSid(const nt::Sid& account, nt::Sid& sid) {
     return ERROR_SUCCESS;
 }
 
+bool IsFound(DWORD error, const Account& account) {
+    return error == ERROR_SUCCESS || (error == ERROR_NONE_MAPPED && account.use == SidTypeDeletedAccount);
+}
+
+// Of a domain or of a server: by its form a SID may be of either.
+DWORD FindForeignAccount(const nt::Sid& sid, Account& account, std::chrono::milliseconds wait) {
+    Account found;
+    DWORD error = ERROR_NONE_MAPPED;
+    if (!ServerAccounts::Owns(sid)) {
+        error = TheDomainAccounts().FindName(sid, wait, found);
+        // Nobody waits twice.
+        if (error == kNameNotYet) wait = {};
+    }
+    if (!IsFound(error, found)) {
+        Account ofServer;
+        const DWORD serverError = TheServerAccounts().FindName(sid, wait, ofServer);
+        if (IsFound(serverError, ofServer)) found = std::move(ofServer);
+        if (error == ERROR_NONE_MAPPED || serverError == ERROR_SUCCESS) error = serverError;
+    }
+    if (error == ERROR_SUCCESS || error == ERROR_NONE_MAPPED) account = found;
+    return error;
+}
+
 }  // namespace
 
-std::array<AccountSource*, 3> AccountSources() {
-    return {&WellKnownAccounts(), &MachineAccounts(), &TheDomainAccounts()};
+std::array<AccountSource*, 4> AccountSources() {
+    return {&WellKnownAccounts(), &MachineAccounts(), &TheDomainAccounts(), &TheServerAccounts()};
 }
 
 DWORD FindAccountOfSid(const nt::Sid& sid, Account& account, std::chrono::milliseconds wait) {
     // Long lists consist of these.
-    if (DomainAccounts::IsOfDomain(sid)) return TheDomainAccounts().FindName(sid, wait, account);
+    if (DomainAccounts::IsOfDomain(sid)) return FindForeignAccount(sid, account, wait);
     for (AccountSource* source : AccountSources()) {
         Account found;
         const DWORD error = source->FindName(sid, wait, found);
@@ -59,7 +83,7 @@ DWORD FindAccountHere(const nt::Sid& sid, Account& account) {
     return error == ERROR_NONE_MAPPED ? MachineAccounts().FindName(sid, {}, account) : error;
 }
 
-DWORD FindAccountSid(std::string_view text, nt::Sid& sid) {
+DWORD FindAccountSid(std::string_view text, nt::Sid& sid, MountedServer* server) {
     if (const std::optional<nt::Sid> read = nt::Sid::FromText(text)) {
         sid = *read;
         return ERROR_SUCCESS;
@@ -78,7 +102,12 @@ DWORD FindAccountSid(std::string_view text, nt::Sid& sid) {
     // While the domain is away a bare name means this machine's account.
     if (isHere) return domainError == ERROR_SUCCESS && ofDomain != sid ? kAmbiguousName : ERROR_SUCCESS;
     if (domainError == ERROR_SUCCESS) sid = ofDomain;
-    return domainError;
+    // While the domain is away, a name without one may be its own.
+    if (domainError == ERROR_SUCCESS || (domainError != ERROR_NONE_MAPPED && !isQualified))
+        return domainError;
+    DWORD serverError = TheServerAccounts().FindSid(name, LetterCase::kIgnored, sid);
+    if (serverError == ERROR_NONE_MAPPED && server != nullptr) serverError = server->FindSid(name, sid);
+    return serverError == ERROR_NONE_MAPPED ? domainError : serverError;
 }
 
 DWORD FindGroupsOfAccount(const nt::Sid& account, GroupsRequest request, AccountGroups& groups) {

@@ -13,11 +13,13 @@
 
 namespace permora::host {
 
+class MountedServer;
+
 using Account = AccountName;
 
 // The places where accounts come from, in the order in which they are asked: the system, this machine, the
-// domain.
-std::array<AccountSource*, 3> AccountSources();
+// domain, servers whose shares are mounted.
+std::array<AccountSource*, 4> AccountSources();
 
 // ERROR_NONE_MAPPED when no account has the SID, with `use` SidTypeDeletedAccount and the domain where that
 // is certain; kNameNotYet and kDomainOffline for accounts of a domain, which is waited for until then;
@@ -30,8 +32,8 @@ DWORD FindAccountHere(const nt::Sid& sid, Account& account);
 
 // The SID that `text` names: NAME, DOMAIN\NAME, NAME@DNS.DOMAIN or a SID's text form. A bare name is looked
 // for among the well-known accounts first, then on this machine and in its domain: kAmbiguousName where both
-// have one.
-DWORD FindAccountSid(std::string_view text, nt::Sid& sid);
+// have one. What nobody here is called, `server` is asked for.
+DWORD FindAccountSid(std::string_view text, nt::Sid& sid, MountedServer* server = nullptr);
 
 // As FindAccountGroups (platform/accounts.h).
 DWORD FindGroupsOfAccount(const nt::Sid& account, GroupsRequest request, AccountGroups& groups);

@@ -64,6 +64,19 @@ DWORD AwaitExit(pid_t child, Clock::time_point deadline) {
     return AwaitReadable(process.Get(), deadline);
 }
 
+// A descriptor from which the text can be read to its end, and which is no standard stream.
+DWORD MakeSource(const std::string& text, UniqueFd& source) {
+    if (text.size() > kLongestInput) return ERROR_INVALID_PARAMETER;
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return ErrorFromErrno(errno);
+    const UniqueFd readEnd(ends[0]);
+    const UniqueFd writeEnd(ends[1]);
+    const ssize_t written = write(writeEnd.Get(), text.data(), text.size());
+    if (written != static_cast<ssize_t>(text.size())) return ErrorFromErrno(written < 0 ? errno : EIO);
+    source.Reset(fcntl(readEnd.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    return source ? ERROR_SUCCESS : ErrorFromErrno(errno);
+}
+
 }  // namespace
 
 std::optional<std::string> FindTool(const std::string& name) {
@@ -78,7 +91,7 @@ std::optional<std::string> FindTool(const std::string& name) {
 }
 
 DWORD RunTool(const std::string& name, const std::vector<std::string>& arguments, const ToolLimits& limits,
-              std::string& output, FailedOutput failedOutput) {
+              std::string& output, FailedOutput failedOutput, const ToolInput& input) {
     const Clock::time_point deadline = Clock::now() + limits.time;
     const std::optional<std::string> path = FindTool(name);
     if (!path) return ERROR_FILE_NOT_FOUND;
@@ -87,10 +100,15 @@ DWORD RunTool(const std::string& name, const std::vector<std::string>& arguments
     if (pipe2(ends.data(), O_CLOEXEC) != 0) return ErrorFromErrno(errno);
     const UniqueFd source(ends[0]);
     UniqueFd target(ends[1]);
+    UniqueFd toRead;
+    if (!input.text.empty())
+        if (const DWORD error = MakeSource(input.text, toRead); error != ERROR_SUCCESS) return error;
     pid_t child = -1;
     // The parsers know one language.
-    const int problem = SpawnPlan(target.Get(), SpawnPlan::Ties::kOwnGroup)
-                            .Start(*path, arguments, {"LC_ALL=C", kToolPath}, child);
+    std::vector<std::string> environment = {"LC_ALL=C", kToolPath};
+    environment.insert(environment.end(), input.environment.begin(), input.environment.end());
+    const int problem = SpawnPlan(target.Get(), SpawnPlan::Ties::kOwnGroup, toRead.Get())
+                            .Start(*path, arguments, environment, child);
     if (problem != 0) return ErrorFromErrno(problem);
     target.Reset();  // so that the child's end of output is the end of the pipe
 

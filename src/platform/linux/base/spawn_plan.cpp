@@ -22,14 +22,15 @@ std::vector<char*> Words(const std::vector<std::string>& texts) {
 
 }  // namespace
 
-SpawnPlan::SpawnPlan(int outputTarget, Ties ties) {
+SpawnPlan::SpawnPlan(int outputTarget, Ties ties, int inputSource) {
     posix_spawn_file_actions_init(&actions);
     // The pipe first: if this process was started without some of the three, its descriptor may be one of
     // them.
     Note(outputTarget < 0
              ? posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0)
              : posix_spawn_file_actions_adddup2(&actions, outputTarget, STDOUT_FILENO));
-    Note(posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+    Note(inputSource < 0 ? posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0)
+                         : posix_spawn_file_actions_adddup2(&actions, inputSource, STDIN_FILENO));
     Note(posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0));
     Note(posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1));
 

@@ -19,8 +19,9 @@ class SpawnPlan {
         kOwnSession,  // it lives on without us
     };
 
-    // Standard output goes to `outputTarget`, nowhere when that is -1. Input is empty, errors go nowhere.
-    SpawnPlan(int outputTarget, Ties ties);
+    // Standard output goes to `outputTarget`, nowhere when that is -1; input comes from `inputSource`, and is
+    // empty when that is -1, and else must be none of the three. Errors go nowhere.
+    SpawnPlan(int outputTarget, Ties ties, int inputSource = -1);
     SpawnPlan(const SpawnPlan&) = delete;
     SpawnPlan& operator=(const SpawnPlan&) = delete;
     ~SpawnPlan();

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -111,6 +112,16 @@ std::vector<Candidate> FindCandidates(const std::vector<std::string_view>& parts
     return candidates;
 }
 
+// The SMB mount that holds an object; nothing for other objects. The last one at or above it is what is seen
+// there.
+std::optional<host::MountEntry> HolderOf(const std::string& hostPath, const Mounts& mounts) {
+    const auto holder = std::find_if(mounts.rbegin(), mounts.rend(), [&](const host::MountEntry& mount) {
+        return host::IsAtOrBelow(hostPath, mount.mountPoint);
+    });
+    const bool isHeld = !hostPath.empty() && holder != mounts.rend() && host::IsSmbMount(*holder);
+    return isHeld ? std::optional(*holder) : std::nullopt;
+}
+
 bool MayEnter(const Candidate& candidate) {
     return faccessat(AT_FDCWD, candidate.mountPoint.c_str(), R_OK | X_OK, AT_EACCESS) == 0;
 }
@@ -142,11 +153,8 @@ std::string PathFromNetwork(std::string_view networkPath) {
 std::string NetworkFromPath(const std::string& path) {
     const std::string hostPath = HostPathFromPath(path);
     const Mounts mounts = host::ParseMountTable(host::ReadMountTable());
-    // The last one at or above it is what is seen there.
-    const auto holder = std::find_if(mounts.rbegin(), mounts.rend(), [&](const host::MountEntry& mount) {
-        return host::IsAtOrBelow(hostPath, mount.mountPoint);
-    });
-    if (hostPath.empty() || holder == mounts.rend() || !host::IsSmbMount(*holder)) return {};
+    const std::optional<host::MountEntry> holder = HolderOf(hostPath, mounts);
+    if (!holder) return {};
     const std::vector<std::string_view> above = MountedParts(*holder, mounts);
     if (above.empty()) return {};
     std::string networkPath(1, '\\');
@@ -157,6 +165,14 @@ std::string NetworkFromPath(const std::string& path) {
         if (const std::string_view name = TakeUntil('/', below); !name.empty())
             networkPath += '\\' + host::EncodeName(name);
     return networkPath;
+}
+
+std::string ServerOfPath(const std::string& path) {
+    const std::optional<host::MountEntry> holder =
+        HolderOf(HostPathFromPath(path), host::ParseMountTable(host::ReadMountTable()));
+    const std::vector<std::string_view> parts =
+        holder ? NamesIn(holder->source) : std::vector<std::string_view>();
+    return parts.empty() ? std::string() : "\\\\" + std::string(parts.front());
 }
 
 std::string MountCommandFor(std::string_view networkPath) {

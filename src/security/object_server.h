@@ -1,0 +1,42 @@
+// On which machine's accounts an object's access list is about.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/api/errors.h"
+#include "platform/api/security.h"
+#include "platform/held_object.h"
+
+namespace permora {
+
+// What is not known of rights on a server, half a sentence.
+inline constexpr const char* kNotOfServer =
+    "the object is on another server, and what its share and its own file system take away is not known here";
+
+// The server that judges by the object's list, as FindAccountGroupsAt (platform/server_accounts.h) takes it;
+// empty for this machine. The objects of a share that is mounted are another server's.
+std::string ServerOfObject(const HeldObject& object);
+
+// Of one that is remembered, if it can be found again; else empty.
+std::string ServerOfItem(const RememberedObject& item);
+
+// The one server of several objects.
+class CommonServer {
+  public:
+    void Add(const HeldObject& object);
+    // As ServerOfObject. Where there is none, a server that nobody knows.
+    std::string Name() const;
+    bool IsOne() const { return isOne; }
+
+  private:
+    std::optional<std::string> server;
+    bool isOne = true;
+};
+
+// Whether what a list grants can be known from the groups that a server tells of an account: 0, or
+// ERROR_NOT_SUPPORTED where the list names numbers of the server's own system, which nobody tells. Always 0
+// for this machine and without a list.
+DWORD CheckListOfServer(const std::string& server, PACL dacl);
+
+}  // namespace permora
