@@ -139,7 +139,7 @@ bool AssignCommand::MakeRights(const HeldObject& held, ObjectSecurity& object) {
 ChangeResult AssignCommand::TellRightsLeft(const HeldObject& held) {
     ObjectSecurity object;
     if (!ReadList(held, object, messages)) return ChangeResult::kFailed;
-    messages.PrintForPeople(RightsLeftText(object.dacl, account.Account(), groups));
+    messages.PrintForPeople(RightsLeftText(held, object.dacl, account.Account(), groups));
     return ChangeResult::kDone;
 }
 
@@ -158,7 +158,7 @@ ChangeResult AssignCommand::GiveList(const Target& target, const HeldObject& hel
     const std::string before = StateText(target, "before", object, RemarksOn(object));
     if (!Preview(entries, object, dacl, messages)) return ChangeResult::kFailed;
     messages.PrintForPeople(before + StateText(target, "after", object, RemarksOn(object)) +
-                            RightsLeftText(object.dacl, account.Account(), groups));
+                            RightsLeftText(held, object.dacl, account.Account(), groups));
     const UniqueLocal<ACL> written = BuildWholeDacl(entries, messages);
     if (!written) return ChangeResult::kFailed;
     if (!foresight) foresight.emplace(output);

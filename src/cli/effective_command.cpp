@@ -15,6 +15,7 @@
 #include "platform/api/errors.h"
 #include "security/distinct_names.h"
 #include "security/effective_rights.h"
+#include "security/object_server.h"
 #include "security/rights_comparison.h"
 #include "shares/network_rights.h"
 
@@ -157,7 +158,18 @@ std::string EffectiveCommand::Interpret() {
 }
 
 ExitCode EffectiveCommand::Begin(const std::vector<Target>& targets) {
+    CommonServer server;
+    for (const Target& target : targets) {
+        HeldObject held;
+        // Those that are not there any more are named when their turn comes.
+        if (target.object.Find(held) == ERROR_SUCCESS) server.Add(held);
+    }
+    if (!server.IsOne()) {
+        messages.Say("The objects are on different servers, where accounts belong to different groups");
+        return ExitCode::kSomeFailed;
+    }
     all.emplace(Request());
+    all->BeOn(server.Name());
     for (const AccountRecord& account : accounts.Accounts())
         all->AddAccount(account);
     for (std::size_t missing = targets.size(); missing < ObjectCount(); ++missing)
@@ -172,7 +184,7 @@ bool EffectiveCommand::Do(const Target& target) {
         all->AddUnknownObject();
         return false;
     }
-    all->AddObject(object.dacl);
+    all->AddObject(object.dacl, all->Server());
     bool isAnswered = true;
     std::vector<Answer> found;
     for (RightsHolder& asked : all->Accounts()) {
@@ -192,10 +204,13 @@ bool EffectiveCommand::Do(const Target& target) {
 Answer EffectiveCommand::Ask(const HeldObject& held, const ObjectSecurity& object, RightsHolder& asked) {
     Answer answer;
     answer.remarks = RemarksOn(object);
-    if (asked.error == ERROR_SUCCESS) answer.network = shares.RightsOf(held, asked.groups);
+    const bool isHere = all->Server().empty();
+    if (!isHere) answer.remarks.emplace_back(kNotOfServer);
+    if (isHere && asked.error == ERROR_SUCCESS) answer.network = shares.RightsOf(held, asked.groups);
     if (object.dacl == nullptr) return answer;
     EffectiveRights effective;
     DWORD error = asked.error;
+    if (error == ERROR_SUCCESS) error = CheckListOfServer(all->Server(), object.dacl);
     if (error == ERROR_SUCCESS) error = FindEffectiveRights(object.dacl, asked.groups, effective);
     if (error == ERROR_SUCCESS && explain)
         error = ExplainRights(held, object.dacl, asked.groups, answer.explanation.emplace());
@@ -213,7 +228,7 @@ Answer EffectiveCommand::Ask(const HeldObject& held, const ObjectSecurity& objec
 void EffectiveCommand::PrintTogether(const Target& target, const ObjectSecurity& object,
                                      std::vector<Answer>& found) {
     RightsComparison one = all->WithoutObjects();
-    one.AddObject(object.dacl);
+    one.AddObject(object.dacl, all->Server());
     std::vector<std::string> remarks;
     for (std::size_t i = 0; i < found.size(); ++i) {
         for (std::string& remark : found[i].remarks)

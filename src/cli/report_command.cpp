@@ -19,6 +19,7 @@
 #include "report/report_page.h"
 #include "report/report_table.h"
 #include "report/unasked.h"
+#include "security/object_server.h"
 
 namespace permora {
 namespace {
@@ -179,7 +180,10 @@ ExitCode ReportCommand::Begin(const std::vector<Target>& targets) {
     }
     making.emplace(ReportRequest{depth.depth, only.remarks, account.Account(),
                                  members ? ReportMembers::kFound : ReportMembers::kLeftOut});
-    const std::string problem = making->Begin();
+    CommonServer server;
+    for (const Target& target : targets)
+        if (HeldObject top; target.object.Find(top) == ERROR_SUCCESS) server.Add(top);
+    const std::string problem = making->Begin(server.Name());
     areGroupsKnown = problem.empty();
     if (!areGroupsKnown) {
         messages.SetSubject("");

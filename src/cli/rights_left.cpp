@@ -10,6 +10,7 @@
 #include "security/access_rights.h"
 #include "security/access_rows.h"
 #include "security/effective_rights.h"
+#include "security/object_server.h"
 
 namespace permora {
 namespace {
@@ -26,10 +27,12 @@ std::string NamesOf(DWORD rights) {
 
 }  // namespace
 
-std::string RightsLeftText(PACL dacl, AccountRecord& account, KnownGroups& groups) {
+std::string RightsLeftText(const HeldObject& object, PACL dacl, AccountRecord& account, KnownGroups& groups) {
+    const std::string server = ServerOfObject(object);
     const std::string name = PrintableText(AccountDisplayName(account));
     std::vector<Grant> grants;
-    DWORD error = groups.Find(account, GroupsRequest::kUsual);
+    DWORD error = groups.Find(server, account, GroupsRequest::kUsual);
+    if (error == ERROR_SUCCESS) error = CheckListOfServer(server, dacl);
     if (error == ERROR_SUCCESS) error = FindGrants(dacl, groups.Groups(), grants);
     if (error != ERROR_SUCCESS)
         return "  Which rights " + name +

@@ -5,6 +5,7 @@
 
 #include "cli/known_groups.h"
 #include "platform/api/security.h"
+#include "platform/held_object.h"
 #include "security/account_record.h"
 
 namespace permora {
@@ -16,6 +17,6 @@ inline constexpr const char* kNotConsidered =
 
 // Indented lines with the rights of `account` by the list of an object and the entries that grant them, or
 // that it has none, or why they are not known. `dacl` is not null; `groups` are those of `account`.
-std::string RightsLeftText(PACL dacl, AccountRecord& account, KnownGroups& groups);
+std::string RightsLeftText(const HeldObject& object, PACL dacl, AccountRecord& account, KnownGroups& groups);
 
 }  // namespace permora

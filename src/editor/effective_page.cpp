@@ -14,10 +14,12 @@
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
 #include "platform/api/shell.h"
+#include "platform/server_accounts.h"
 #include "platform/system_message.h"
 #include "resources/resource_ids.h"
 #include "security/effective_rights.h"
 #include "security/message_boxes.h"
+#include "security/object_server.h"
 #include "security/rights_comparison.h"
 #include "security/rights_explanation.h"
 #include "shares/network_rights.h"
@@ -61,7 +63,7 @@ std::string ReadLists(const RememberedPlace& place, RightsComparison& comparison
         Outcome outcome = FindItem(item, object);
         if (outcome.IsDone()) outcome.code = object.ReadSecurity(DACL_SECURITY_INFORMATION, parts);
         if (outcome.IsDone()) {
-            comparison.AddObject(parts.dacl);
+            comparison.AddObject(parts.dacl, ServerOfObject(object));
             continue;
         }
         comparison.AddUnknownObject();
@@ -86,10 +88,12 @@ struct CPage4::Inquiry {
     std::vector<std::string> network{};  // sentences
 
     void FindAnswer() {
-        error = FindAccountGroups(*account.sid, request, groups);
-        // A second logon would take as long again, and may give other groups.
+        const std::string server = ServerOfObject(object);
+        error = FindAccountGroupsAt(server, *account.sid, request, groups);
+        if (error == ERROR_SUCCESS) error = CheckListOfServer(server, parts.dacl);
+        // A second logon would take as long again, and may give other groups; and the system asks no server.
         if (error == ERROR_SUCCESS)
-            error = request == GroupsRequest::kExact
+            error = request == GroupsRequest::kExact || !server.empty()
                         ? FindEffectiveRights(parts.dacl, groups, effective)
                         : FindEffectiveRights(parts.dacl, account, request, effective);
         if (error != ERROR_SUCCESS) {
@@ -99,6 +103,10 @@ struct CPage4::Inquiry {
         }
         for (const std::string& remark : RemarksOnRights(parts.dacl, account, effective))
             remarks += (remarks.empty() ? "" : " ") + AsSentence(remark);
+        if (!server.empty()) {
+            network.push_back(AsSentence(kNotOfServer));
+            return;
+        }
         const NetworkAnswers answers = NetworkShares().RightsOf(object, groups);
         for (const std::string& remark : RemarksOnNetwork(answers, AccountDisplayName))
             network.push_back(AsSentence(remark));
@@ -147,6 +155,7 @@ void CPage4::OnDestroy() {
 // On failure, the previous account and its marks stay.
 void CPage4::OnChangeAccount() {
     CDlgUsersAndGroups picker(this);
+    picker.item = place->items.front();
     if (picker.DoModal() != IDOK) return;
     StopAsking();
     Inquiry inquiry{.account = picker.result};

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/group_members.h"
+#include "platform/server_accounts.h"
 #include "saved/utc_time.h"
 #include "security/effective_rights.h"
 
@@ -17,12 +18,12 @@ std::optional<std::size_t> LevelsOf(std::string_view text) {
     return number;
 }
 
-std::string ReportMaking::Begin() {
+std::string ReportMaking::Begin(const std::string& server) {
     time = UtcTimeText();
     selection = {.depth = request.depth, .only = request.only, .account = std::nullopt};
     if (!request.account.sid) return {};
     AccountGroups groups;
-    const DWORD error = FindAccountGroups(*request.account.sid, GroupsRequest::kUsual, groups);
+    const DWORD error = FindAccountGroupsAt(server, *request.account.sid, GroupsRequest::kUsual, groups);
     if (error != ERROR_SUCCESS) groups.sids = {*request.account.sid};
     selection.account = std::move(groups);
     if (error == ERROR_SUCCESS) return {};

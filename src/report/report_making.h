@@ -37,8 +37,8 @@ class ReportMaking {
 
     // Comes first: asks for the groups of the account, and sets the time. Returns why these are not known, in
     // a sentence without its stop, or an empty text. Only what the account owns or is named in is chosen
-    // then.
-    std::string Begin();
+    // then. `server` is where all trees are (ServerOfObject).
+    std::string Begin(const std::string& server = {});
     // The rows are chosen by it, whether they are kept already or not. After Begin.
     const ReportSelection& Selection() const { return selection; }
 

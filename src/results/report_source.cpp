@@ -12,6 +12,7 @@
 #include "report/report_table.h"
 #include "results/departure_texts.h"
 #include "security/object_security.h"
+#include "security/object_server.h"
 
 namespace permora {
 namespace {
@@ -94,7 +95,10 @@ void ReportSource::AddProblem(std::string problem) {
 }
 
 void ReportSource::Run(const std::atomic<bool>& isStopped) {
-    AddProblem(making.Begin());
+    CommonServer server;
+    for (const ResultTop& top : tops)
+        if (HeldObject object; FindItem(top.remembered, object).IsDone()) server.Add(object);
+    AddProblem(making.Begin(server.Name()));
     if (!WalkTops(isStopped)) {
         const std::scoped_lock hold(lock);
         news.end = End::kNothing;

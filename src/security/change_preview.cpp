@@ -9,6 +9,7 @@
 #include "platform/nt/granted_rights.h"
 #include "platform/security_change.h"
 #include "security/dacl_builder.h"
+#include "security/object_server.h"
 #include "security/owner_candidates.h"
 
 namespace permora {
@@ -110,7 +111,11 @@ void ChangePreviewing::Add(const HeldObject& object, const std::string& name, co
     if (preview.isStopped) return;
     preview.isStopped = !observer.Begin(name.c_str());
     if (preview.isStopped) return;
-    FindMe();
+    // On another server this user is somebody else.
+    if (ServerOfObject(object).empty())
+        FindMe();
+    else
+        mySids.emplace();
     SecurityPreview item;
     const DWORD error = object.PreviewSecurity(write.information, write.parts, item);
     if (error == ERROR_SUCCESS)

@@ -6,7 +6,9 @@
 
 #include "platform/nt/granted_rights.h"
 #include "platform/raw_security.h"
+#include "platform/server_accounts.h"
 #include "security/effective_rights.h"
+#include "security/object_server.h"
 
 namespace permora {
 namespace {
@@ -27,7 +29,9 @@ void CountRights(const nt::Acl& list, RightsHolder& account) {
 
 }  // namespace
 
-void RightsComparison::AddObject(PACL dacl) {
+void RightsComparison::AddObject(PACL dacl, const std::string& itsServer) {
+    if (!server) server = itsServer;
+    if (*server != itsServer || CheckListOfServer(*server, dacl) != ERROR_SUCCESS) return AddUnknownObject();
     if (dacl == nullptr) {
         ++known;
         isAnyOpen = true;
@@ -55,7 +59,7 @@ void RightsComparison::AddAccount(AccountRecord account) {
     if (std::ranges::any_of(accounts, isThere)) return;
     RightsHolder added;
     added.account = std::move(account);
-    added.error = FindAccountGroups(*added.account.sid, request, added.groups);
+    added.error = FindAccountGroupsAt(Server(), *added.account.sid, request, added.groups);
     added.remarks = RemarksOnCompared(added, request);
     if (isAnyOpen) added.onSome = FILE_ALL_ACCESS;
     for (const nt::Acl& list : lists)
@@ -69,6 +73,7 @@ void RightsComparison::RemoveAccount(std::size_t place) {
 
 RightsComparison RightsComparison::WithoutObjects() const {
     RightsComparison made(request);
+    made.server = server;
     made.accounts = accounts;
     for (RightsHolder& account : made.accounts) {
         account.onAll = kEveryRight;

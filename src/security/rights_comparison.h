@@ -3,8 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "platform/accounts.h"
@@ -38,9 +40,15 @@ class RightsComparison {
   public:
     explicit RightsComparison(GroupsRequest howToAsk) : request(howToAsk) {}
 
+    // Before accounts are added and objects are known.
+    void BeOn(std::string itsServer) { server = std::move(itsServer); }
+    std::string Server() const { return server.value_or(""); }
+
     // Counts one more object, with its list; a null list lets everyone do everything. A damaged list counts
-    // as one that is not known.
-    void AddObject(PACL dacl);
+    // as one that is not known, and so does one of which only a server knows what its list grants.
+    //
+    // All objects are of one server (ServerOfObject), the first one's; any other counts as not known.
+    void AddObject(PACL dacl, const std::string& itsServer = {});
     void AddUnknownObject() { ++unknown; }
     // Asks for the groups and names of an account with a SID, which may take kGroupsTime. One that is there
     // stays alone.
@@ -63,6 +71,7 @@ class RightsComparison {
 
   private:
     GroupsRequest request;
+    std::optional<std::string> server;
     std::size_t known = 0;
     std::size_t unknown = 0;
     bool isAnyOpen = false;                // has a null list

@@ -8,6 +8,7 @@
 #include "platform/api/security.h"
 #include "platform/security_change.h"
 #include "saved/tree_source.h"
+#include "security/object_server.h"
 
 namespace permora {
 namespace {
@@ -160,6 +161,7 @@ const DistinctSecurity* Survey::FolderOf(const HeldObject& top) {
 }
 
 DWORD Survey::Walk(const HeldObject& top, SurveyObserver& observer) {
+    isAnyOfServer = isAnyOfServer || !ServerOfObject(top).empty();
     SurveyWalk walk(*this, observer, tops++, FolderOf(top));
     const DWORD error = ReadTree(top, kUsualParts, walk);
     walk.HandOutPending();

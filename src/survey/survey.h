@@ -138,6 +138,7 @@ class Survey {
     SurveyedAccounts accounts;
     SurveySummary counts;
     std::size_t tops = 0;
+    bool isAnyOfServer = false;  // whose accounts belong to other groups there than here
 };
 
 }  // namespace permora

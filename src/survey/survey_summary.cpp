@@ -27,8 +27,8 @@ struct Holder {
 class Summing {
   public:
     Summing(const std::deque<DistinctSecurity>& all, SurveyedAccounts& names,
-            const std::atomic<bool>& stopped, std::vector<AccountSummary>& result)
-        : distinct(all), accounts(names), isStopped(stopped), summaries(result) {}
+            const std::atomic<bool>& stopped, bool anyOfServer, std::vector<AccountSummary>& result)
+        : distinct(all), accounts(names), isStopped(stopped), isAnyOfServer(anyOfServer), summaries(result) {}
 
     DWORD Run(const Survey::FurtherAccounts& further) {
         if (!ForEach([this](const SecurityDescriptor& each, std::size_t count) { AddAccounts(each, count); }))
@@ -81,6 +81,10 @@ class Summing {
     }
 
     Holder FindHolder(AccountSummary& summary) {
+        if (isAnyOfServer) {
+            summary.groupsError = ERROR_NONE_MAPPED;
+            return {};
+        }
         std::string domain = KeyOf(summary.sid);
         domain.resize(domain.size() - std::min(domain.size(), sizeof(std::uint32_t)));
         AccountGroups groups;
@@ -111,6 +115,7 @@ class Summing {
     const std::deque<DistinctSecurity>& distinct;
     SurveyedAccounts& accounts;
     const std::atomic<bool>& isStopped;
+    const bool isAnyOfServer;
     std::vector<AccountSummary>& summaries;
     std::unordered_map<std::string, std::size_t> places;
     std::vector<std::size_t> lastCounted;  // for each account the descriptor that was counted last
@@ -126,7 +131,7 @@ DWORD Survey::Summarise(const std::atomic<bool>& isStopped, SurveySummary& summa
     summary = counts;
     summary.distinctLists = static_cast<std::size_t>(
         std::ranges::count_if(distinct, [](const DistinctSecurity& each) { return each.objects > 0; }));
-    return Summing(distinct, accounts, isStopped, summary.accounts).Run(further);
+    return Summing(distinct, accounts, isStopped, isAnyOfServer, summary.accounts).Run(further);
 }
 
 }  // namespace permora
