@@ -309,10 +309,10 @@ DWORD MountedServer::AddLocalGroups(const Patience& patience, std::vector<nt::Si
     for (std::size_t begin = 0; begin < members.size(); begin += kMostOfQuestion) {
         const std::string words =
             WordsOf(std::span(members).subspan(begin, std::min(kMostOfQuestion, members.size() - begin)));
+        std::string question = "queryuseraliases builtin";
+        question.append(words).append(";lsaquery 5;queryuseraliases domain").append(words);
         std::string text;
-        const DWORD error = AskUntil(
-            patience, "queryuseraliases builtin" + words + ";lsaquery 5;queryuseraliases domain" + words,
-            text);
+        const DWORD error = AskUntil(patience, question, text);
         if (error != ERROR_SUCCESS) return error;
         const auto answers = SplitAnswers(text, self, 2);
         const auto builtIn = answers ? ParseGroupIds((*answers)[0]) : std::nullopt;
