@@ -30,8 +30,8 @@ shellPackages=(bash-completion zsh fish man-db mandoc python3)
 browserPackages=(chromium)
 
 # To build for Windows and to run that: the compiler, what makes SQLite from its source, the source of the test framework,
-# and Wine without its 32-bit half.
-windowsPackages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl googletest wine64 zip)
+# Wine without its 32-bit half, and a screen for its windows.
+windowsPackages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl googletest wine64 xvfb zip)
 
 # The other compiler, and what is linked to programs that it checks while they run.
 clangPackages=(clang "$sanitizersPackage")

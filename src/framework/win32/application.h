@@ -1,0 +1,45 @@
+// The toolkit of the process: exactly one, made on the thread that becomes the user-interface thread.
+#pragma once
+
+#include <vector>
+
+#include "framework/win32/message_box.h"
+#include "framework/win32/thread_bridge.h"
+
+namespace permora {
+
+class Win32Application {
+  public:
+    Win32Application();
+    ~Win32Application();
+    Win32Application(const Win32Application&) = delete;
+    Win32Application& operator=(const Win32Application&) = delete;
+
+    // Serves messages until StopToolkit. Returns the exit code of the process.
+    int Run();
+
+    // Null while there is none. Any thread.
+    static Win32Application* Current();
+
+    // Waits for a message and gives it to its window, or to the rules of the dialog's keyboard that it
+    // belongs to. False when the program is to end.
+    static bool ServeMessage();
+    static void Dispatch(const MSG& message);
+
+    // Serves the user-interface thread. Any thread.
+    win32::ThreadBridge& Bridge() { return bridge; }
+    bool IsOnUiThread() const { return uiThread == GetCurrentThreadId(); }
+
+    // The modal windows of the framework, the one that takes input last. User-interface thread.
+    std::vector<HWND> modalWindows;
+    // Windows that take input beside them.
+    std::vector<HWND> besideWindows;
+    bool isBusy = false;  // ServeBusyWindowsUntil
+    win32::MessageBoxRules boxes;
+
+  private:
+    DWORD uiThread = GetCurrentThreadId();
+    win32::ThreadBridge bridge;
+};
+
+}  // namespace permora

@@ -1,0 +1,37 @@
+// Pictures: an icon of the system for each size.
+#pragma once
+
+#include <vector>
+
+#include "framework/images.h"
+#include "platform/api/base.h"
+
+namespace permora {
+
+class NativeImage {
+  public:
+    struct Picture {
+        SIZE size{};
+        HICON icon = nullptr;
+    };
+    // Takes the icons over; there is at least one.
+    explicit NativeImage(std::vector<Picture> made) : pictures(std::move(made)) {}
+    ~NativeImage();
+    NativeImage(const NativeImage&) = delete;
+    NativeImage& operator=(const NativeImage&) = delete;
+
+    // The smallest that is at least so wide, else the largest.
+    const Picture& For(int deviceWidth) const;
+    const std::vector<Picture>& All() const { return pictures; }
+
+  private:
+    std::vector<Picture> pictures;
+};
+
+namespace win32 {
+
+// As large as fits into `area`, in its middle.
+void DrawImage(HDC context, const CIcon& icon, const RECT& area);
+
+}  // namespace win32
+}  // namespace permora

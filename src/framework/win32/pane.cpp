@@ -1,0 +1,84 @@
+#include "framework/win32/pane.h"
+
+namespace permora {
+namespace win32 {
+namespace {
+
+class PaintContext : public CDC {
+  public:
+    PaintContext(HDC painted, UINT resolution) : context(painted), dpi(resolution) {
+        SetBkMode(context, TRANSPARENT);
+        ::SetTextColor(context, GetSysColor(COLOR_BTNTEXT));
+    }
+    void SetTextColor(Colour colour) override {
+        ::SetTextColor(context, RGB(colour.red, colour.green, colour.blue));
+    }
+    void DrawText(const std::string& text, const Rect& rect, TextStyle style) override {
+        LOGFONTW look{};
+        GetObjectW(MessageFont(dpi), sizeof look, &look);
+        look.lfUnderline = style == TextStyle::kUnderlined ? TRUE : FALSE;
+        HFONT font = CreateFontIndirectW(&look);
+        HGDIOBJ before = SelectObject(context, font);
+        const std::wstring line = Wide(text);
+        RECT area = ToDevice(rect, dpi);
+        DrawTextW(context, line.data(), static_cast<int>(line.size()), &area,
+                  DT_LEFT | DT_TOP | DT_SINGLELINE | DT_NOPREFIX);
+        SelectObject(context, before);
+        DeleteObject(font);
+    }
+
+  private:
+    HDC context;
+    UINT dpi;
+};
+
+}  // namespace
+
+const wchar_t* OwnClass() {
+    constexpr const wchar_t* kName = L"PermoraWindow";
+    static const ATOM kRegistered = [] {
+        WNDCLASSEXW description{};
+        description.cbSize = sizeof description;
+        description.style = CS_DBLCLKS;
+        description.lpfnWndProc = DefWindowProcW;
+        description.hInstance = GetModuleHandleW(nullptr);
+        description.hCursor = LoadCursorA(nullptr, IDC_ARROW);
+        description.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+        description.lpszClassName = kName;
+        return RegisterClassExW(&description);
+    }();
+    return kRegistered != 0 ? kName : nullptr;
+}
+
+void PaintWith(HWND window, const std::function<void(CDC&)>& paint) {
+    PAINTSTRUCT painting{};
+    HDC context = BeginPaint(window, &painting);
+    {
+        PaintContext shown(context, GetDpiForWindow(window));
+        paint(shown);
+    }
+    EndPaint(window, &painting);
+}
+
+namespace {
+
+class PaneWindow final : public PaintedWindow<NativeWindow> {
+  public:
+    PaneWindow(CWnd& window, CWnd& parent, unsigned int id) : PaintedWindow(window, {}) {
+        HWND made = MakeChild(
+            parent, {.className = OwnClass(), .style = WS_CLIPSIBLINGS, .extendedStyle = WS_EX_CONTROLPARENT},
+            id, {});
+        Adopt(made);
+        // A page stands in front of the tabs that frame it.
+        SetWindowPos(made, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    }
+};
+
+}  // namespace
+}  // namespace win32
+
+std::unique_ptr<NativeWindow> MakeNativePane(CWnd& window, CWnd& parent, unsigned int templateId) {
+    return std::make_unique<win32::PaneWindow>(window, parent, templateId);
+}
+
+}  // namespace permora

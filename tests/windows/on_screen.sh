@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Runs a command with a screen for the windows of Wine: tests/windows/on_screen.sh COMMAND ARGUMENT... They have a Windows
+# of their own, since one that was started without a screen makes no windows.
+set -euo pipefail
+root=$(readlink -f "$(dirname "$0")/../..")
+folder=$(mktemp -d)
+screen=
+End() {
+    WINEPREFIX=$root/build/wine/screen /usr/lib/wine/wineserver -k >/dev/null 2>&1 || true
+    [ -z "$screen" ] || kill "$screen" 2>/dev/null || true
+    rm -rf "$folder"
+}
+trap End EXIT
+
+mkfifo "$folder/display"
+Xvfb -displayfd 5 -screen 0 1024x768x24 -nolisten tcp -noreset 5<>"$folder/display" >"$folder/xvfb.log" 2>&1 &
+screen=$!
+read -r -t 60 number <"$folder/display" || { cat "$folder/xvfb.log" >&2; exit 125; }
+export WINE_SCREEN=:$number
+# No window manager is there, for whom Wine would wait at each window.
+"$root/tools/wine.sh" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null
+"$@"
