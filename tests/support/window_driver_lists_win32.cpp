@@ -42,7 +42,7 @@ POINT PlaceOf(HWND control, int row, UINT wanted) {
         return place;
     }
     SendMessageW(control, LVM_ENSUREVISIBLE, static_cast<WPARAM>(row), FALSE);
-    area.left = LVIR_BOUNDS;
+    area.left = wanted == LVHT_ONITEMLABEL ? LVIR_LABEL : LVIR_BOUNDS;
     SendMessageW(control, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&area));
     POINT place{area.left, (area.top + area.bottom) / 2};
     for (; place.x < area.right; ++place.x)

@@ -171,7 +171,8 @@ LRESULT ListViewWindow::OnPress(const Message& message) {
 // The keyboard is seen to be in the list.
 void ListViewWindow::FocusFirstRow() {
     ShowChanges();
-    if (list.GetFocusedRow() < 0 && list.GetItemCount() > 0) SetState(0, LVIS_FOCUSED, LVIS_FOCUSED);
+    const auto focused = static_cast<int>(Ask(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
+    if (focused < 0 && list.GetItemCount() > 0) SetState(0, LVIS_FOCUSED, LVIS_FOCUSED);
 }
 
 KeyUse ListViewWindow::OnDialogKey(UINT virtualKey) {

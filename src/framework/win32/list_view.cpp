@@ -1,6 +1,7 @@
 #include "framework/win32/list_view.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "framework/list_styles.h"
 #include "framework/win32/controls.h"
@@ -25,6 +26,7 @@ ListViewWindow::ListViewWindow(CListCtrl& shown, CWnd& parent, const ControlSpec
          .rect = spec.rect},
         spec.id, {}));
     Ask(LVM_SETCALLBACKMASK, LVIS_STATEIMAGEMASK);
+    ShowLater();
 }
 
 ListViewWindow::~ListViewWindow() {
@@ -51,9 +53,7 @@ void ListViewWindow::ShowLater() {
 }
 
 void ListViewWindow::RowsChanged() {
-    if (hasOtherRows) return;
-    hasOtherRows = true;
-    ShowLater();
+    if (!std::exchange(hasOtherRows, true)) ShowLater();
 }
 
 void ListViewWindow::RowTextChanged(int row) {
@@ -77,12 +77,7 @@ void ListViewWindow::FocusRowChanged(int before) {
 }
 
 void ListViewWindow::AppearanceChanged() {
-    if (hasOtherLooks) {
-        ShowLater();
-        return;
-    }
-    hasOtherLooks = true;
-    ShowLater();
+    if (!std::exchange(hasOtherLooks, true)) ShowLater();
 }
 
 void ListViewWindow::StyleChanged(DWORD before) {
@@ -113,13 +108,13 @@ bool ListViewWindow::IsInView(int row) {
            IntersectRect(&seen, &bounds, &client) != 0;
 }
 
-void ListViewWindow::SetState(int row, UINT state, UINT mask) const {
+void ListViewWindow::SetState(int row, UINT state, UINT mask) {
     LVITEMW item{};
     item.state = state;
     item.stateMask = mask;
-    const_cast<ListViewWindow*>(this)->isShowing = true;
+    isShowing = true;
     Ask(LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
-    const_cast<ListViewWindow*>(this)->isShowing = false;
+    isShowing = false;
 }
 
 void ListViewWindow::ShowChanges() {

@@ -50,7 +50,7 @@ class ListViewWindow final : public SystemWindow<NativeListView>, public ListDis
     void FitColumns();
     int TextWidth(int column) const;
     void ShowRows();
-    void SetState(int row, UINT state, UINT mask) const;
+    void SetState(int row, UINT state, UINT mask);
 
     void TakeSelection();
     void GiveItem(LVITEMW& item);
