@@ -15,6 +15,7 @@
 #include "platform/nt/entry_effects.h"
 #include "platform/raw_security.h"
 #include "platform/security_change.h"
+#include "platform/volume_loss.h"
 #include "saved/tree_saving.h"
 #include "saved/tree_source.h"
 
@@ -115,6 +116,8 @@ class TreeEditing : private TreeVisitor {
     std::vector<std::uint8_t> unchanged;
     SharedList unchangedBelow;
     DWORD result = ERROR_SUCCESS;
+    DWORD lost = ERROR_SUCCESS;  // why nothing more can be changed
+    bool isRestTold = false;     // that the contents of the top were not changed to their end
 };
 
 // What a folder hands down that changes from `before` to `after`.
@@ -141,6 +144,8 @@ DWORD ReadBoth(const HeldObject& object, SECURITY_INFORMATION parts, StoredSecur
 bool TreeEditing::Fail(const std::string& path, NotEdited fault, DWORD error) {
     ++work.counts.failed;
     work.host.Fail(path, fault, error);
+    if (IsVolumeLost(error)) lost = error;
+    isRestTold = isRestTold || (path.empty() && fault == NotEdited::kUnlisted);
     return false;
 }
 
@@ -174,7 +179,9 @@ DWORD TreeEditing::Run() {
         return ERROR_SUCCESS;
     }
     (void)ReadTree(work.top, parts, *this);
-    return result == ERROR_SUCCESS ? Finish() : result;
+    if (result == ERROR_SUCCESS) result = Finish();
+    if (lost != ERROR_SUCCESS && !isRestTold && work.top.IsFolder()) Fail("", NotEdited::kUnlisted, lost);
+    return result;
 }
 
 bool TreeEditing::Visit(const ReadObject& object) {
@@ -182,6 +189,7 @@ bool TreeEditing::Visit(const ReadObject& object) {
         result = ERROR_OPERATION_ABORTED;
         return false;
     }
+    if (lost != ERROR_SUCCESS && object.kind != SavedKind::kUnlisted) return false;
     if (object.kind == SavedKind::kMounted || object.kind == SavedKind::kUnlisted ||
         object.kind == SavedKind::kUnread)
         PassOver(object);
@@ -354,7 +362,7 @@ void TreeEditing::TryAgain(Attempt attempt) {
 void TreeEditing::Write(const HeldObject* object, const DescriptorChange& change) {
     Attempt attempt = std::move(batched.front());
     batched.pop_front();
-    if (work.host.IsStopped()) return;
+    if (work.host.IsStopped() || lost != ERROR_SUCCESS) return;
     if (attempt.above && attempt.above->after != attempt.basis) return TryAgain(std::move(attempt));
     const DWORD error = (object != nullptr ? *object : work.top).WriteStored(change.before, change.after);
     if (error == ERROR_REVISION_MISMATCH && attempt.number < kMostAttempts) {
@@ -371,7 +379,7 @@ void TreeEditing::Write(const HeldObject* object, const DescriptorChange& change
 
 DWORD TreeEditing::TryOutOfDate() {
     DWORD error = ERROR_SUCCESS;
-    while (error == ERROR_SUCCESS && !outOfDate.empty()) {
+    while (error == ERROR_SUCCESS && lost == ERROR_SUCCESS && !outOfDate.empty()) {
         Attempt attempt = std::move(outOfDate.front());
         outOfDate.pop_front();
         error = Try(std::move(attempt));

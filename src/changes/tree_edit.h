@@ -63,7 +63,8 @@ class TreeEditHost {
     virtual void Remark(const std::string& path, EditRemark remark) = 0;
 };
 
-// 0 when every object was tried, with any number of failures. ERROR_OPERATION_ABORTED when the host ended it.
+// 0 when every object was tried, with any number of failures, or the volume is lost (IsVolumeLost), which is
+// then told as kUnlisted of the top, too. ERROR_OPERATION_ABORTED when the host ended it.
 // Any other code is the recorder's, which could not keep what was to be replaced. What was done is added to
 // `counts`, whatever the result. An object that vanishes counts as nothing. Memory is that for the folders on
 // the way to an object, and for one batch.

@@ -3,6 +3,7 @@
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
+#include "platform/volume_loss.h"
 
 namespace permora {
 namespace {
@@ -87,6 +88,11 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
     messages.SetSubject(TypedPath(target, below.named.begin()->first));
     messages.SaySystemError(below.named.begin()->second);
     messages.SetSubject(target.argument);
+    if (IsVolumeLost(below.named.begin()->second)) {
+        messages.Say(
+            "changed itself, and what is below it that inherits only to a part: the rest was not reached");
+        return ChangeResult::kFailed;
+    }
     messages.Say("changed itself, but not everything below that inherits: " + std::to_string(below.count) +
                  (below.count == 1 ? " object" : " objects") + " could not be reached or changed");
     return ChangeResult::kFailed;

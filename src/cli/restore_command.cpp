@@ -18,6 +18,7 @@
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
 #include "platform/system_message.h"
+#include "platform/volume_loss.h"
 #include "saved/restore.h"
 #include "security/object_security.h"
 
@@ -179,11 +180,13 @@ ExitCode RestoreCommand::Restore() {
     WatchForInterrupts();
     progress.emplace(quiet ? Progress::kQuiet : Progress::kShown);
     const DWORD result = RestoreLists(*list, how, *this, recording.Recorder(), counts, fault);
-    progress.reset();
+    progress->Clear();
     if (result != ERROR_SUCCESS) output.SetFailed();
     if (result == ERROR_INVALID_DATA && !fault.reason.empty()) {
         messages.SetSubject(file);
         messages.Say("broken off: " + fault.reason);
+    } else if (IsVolumeLost(result)) {
+        Say("", "not put back to its end: " + SystemMessageLine(result), result);
     } else if (result != ERROR_SUCCESS && result != ERROR_OPERATION_ABORTED) {
         messages.Check({result, Step::kRecord});
     }

@@ -7,6 +7,7 @@
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
 #include "platform/terminal.h"
+#include "platform/volume_loss.h"
 
 namespace permora {
 ProgressLine::ProgressLine(Progress mode) : columns(mode == Progress::kQuiet ? 0 : TerminalColumns(stderr)) {}
@@ -36,7 +37,10 @@ void TreeProgress::EndTarget(const Outcome& outcome, TreeCounts& counts) {
     ++counts.passedOver;
     progress.Clear();
     messages.SetSubject(target->argument);
-    messages.Say(outcome);
+    if (IsVolumeLost(outcome.code))
+        messages.Say("what is in it was not changed to its end: " + LineText(outcome), outcome.code);
+    else
+        messages.Say(outcome);
 }
 
 bool TreeProgress::Begin(const char* name) {

@@ -13,6 +13,8 @@
 #include "cli/tree_progress.h"
 #include "history/undo.h"
 #include "platform/api/errors.h"
+#include "platform/system_message.h"
+#include "platform/volume_loss.h"
 
 namespace permora {
 namespace {
@@ -151,6 +153,11 @@ ExitCode UndoCommand::ReportEnd(DWORD error, const UndoCounts& counts) {
                             ", left alone: " + std::to_string(counts.leftAlone) + '\n');
     if (error == ERROR_OPERATION_ABORTED) {
         SayInterrupted(messages, "the rest is as it was; undo goes on with it");
+        return ExitCode::kSomeFailed;
+    }
+    if (IsVolumeLost(error)) {
+        messages.Say(
+            "not taken back to its end: " + SystemMessageLine(error) + "; undo goes on with the rest", error);
         return ExitCode::kSomeFailed;
     }
     if (error != ERROR_SUCCESS) return SayHistoryFailure(error, messages);

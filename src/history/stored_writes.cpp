@@ -4,6 +4,8 @@
 #include <thread>
 #include <utility>
 
+#include "platform/volume_loss.h"
+
 namespace permora {
 namespace {
 
@@ -103,7 +105,9 @@ void StoredWrites::WriteNext() {
     while (!hasFailed) {
         const std::size_t i = next++;
         if (i >= written.changes.size()) return;
-        written.results[i] = write(written.objects[i], written.changes[i]);
+        const DWORD known = lost;
+        written.results[i] = known != ERROR_SUCCESS ? known : write(written.objects[i], written.changes[i]);
+        if (IsVolumeLost(written.results[i])) lost = written.results[i];
     }
 }
 

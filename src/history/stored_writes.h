@@ -29,7 +29,8 @@ class StoredWrites {
     // Finish.
     using Write =
         std::function<DWORD(const std::optional<HeldObject>& object, const DescriptorChange& change)>;
-    // What has become of one, in the order of Add, on the thread that calls Add, Flush or Finish.
+    // What has become of one, in the order of Add, on the thread that calls Add, Flush or Finish. After one
+    // that says that the volume is lost (IsVolumeLost), no more are written, and have that result, too.
     using Done = std::function<void(const DescriptorChange& change, DWORD result)>;
 
     // The recorder is borrowed, and learns of the top with the first batch.
@@ -69,9 +70,10 @@ class StoredWrites {
     const ChangedTop top;
     const Write write;
     const Done done;
-    std::optional<std::uint64_t> topNumber;  // as soon as the recorder has given one
-    std::atomic<bool> hasFailed = false;     // the recorder
-    DWORD error = ERROR_SUCCESS;             // its code
+    std::optional<std::uint64_t> topNumber;   // as soon as the recorder has given one
+    std::atomic<bool> hasFailed = false;      // the recorder
+    DWORD error = ERROR_SUCCESS;              // its code
+    std::atomic<DWORD> lost = ERROR_SUCCESS;  // why nothing more can be written
     std::size_t batchObjects;
     Batch filled;
     Batch recorded;

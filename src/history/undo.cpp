@@ -16,6 +16,7 @@
 #include "platform/stored_security.h"
 #include "platform/system_message.h"
 #include "platform/thread_tuner.h"
+#include "platform/volume_loss.h"
 #include "shares/share_security.h"
 
 namespace permora {
@@ -128,8 +129,10 @@ bool Undo::GoOn(DWORD recordError) {
 }
 
 void Undo::Leave(const std::string& path, LeftAlone extent, DWORD reason) {
+    if (IsVolumeLost(ending)) return;  // so is all the rest
     ++counts.leftAlone;
     observer.Leave(top->Recorded(), path, extent, reason);
+    if (IsVolumeLost(reason)) ending = reason;
 }
 
 // A folder that is gone is reported once for all that was below it.
@@ -211,6 +214,7 @@ DWORD Undo::Refusal(const DescriptorChange& undone, const StoredSecurity& now, J
 }
 
 bool Undo::Take(const RecordedObject& record) {
+    if (IsVolumeLost(ending)) return false;
     const bool isOfNextTop = !top || !top->Holds(record);
     if ((isOfNextTop || !HasRoomFor(record)) && !TakeNext()) return false;
     if (isOfNextTop && !Enter(record)) return false;
@@ -236,6 +240,7 @@ bool Undo::TakeNext() {
 }
 
 bool Undo::TakeFound(FoundRecord& found) {
+    if (IsVolumeLost(ending)) return false;
     const DescriptorChange& undone = found.record.change;
     if (!observer.Begin(found.record.top, undone.path)) return EndWith(ERROR_OPERATION_ABORTED);
     if (!Find(found)) return ending == ERROR_SUCCESS;

@@ -2,6 +2,8 @@
 
 #include "history/history_texts.h"
 #include "platform/api/errors.h"
+#include "platform/system_message.h"
+#include "platform/volume_loss.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -46,7 +48,8 @@ std::string UndoReport::Text() const {
         text = "The undo was stopped. " + text +
                " The others were not touched; the change can be taken back again.";
     else if (error != ERROR_SUCCESS)
-        text = "The undo has ended early: " + HistoryFailureText(error) + "\n\n" + text;
+        text = "The undo has ended early: " +
+               (IsVolumeLost(error) ? SystemMessageLine(error) : HistoryFailureText(error)) + "\n\n" + text;
     if (leftCount == 0) return text;
     text += "\n\nLeft alone:";
     for (const std::string& each : left)

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/volume_loss.h"
 #include "shares/share_security.h"
 
 namespace permora {
@@ -103,12 +104,18 @@ void UndoneTop::FindAll(std::span<FoundRecord> records, DamagedBytes damaged, st
     }
     threads = std::min(threads, ways.size());
     std::atomic<std::size_t> next = 0;
+    std::atomic<bool> isVolumeLost = false;
     const auto findNext = [&](Way& way) {
         for (;;) {
             const std::size_t begin = next.fetch_add(kNeighbours);
             if (begin >= records.size()) return;
-            for (FoundRecord& record : records.subspan(begin, std::min(kNeighbours, records.size() - begin)))
-                if (!record.error && !IsLost(record.record.change.path)) Find(record, damaged, way);
+            for (FoundRecord& record :
+                 records.subspan(begin, std::min(kNeighbours, records.size() - begin))) {
+                if (isVolumeLost) return;
+                if (record.error || IsLost(record.record.change.path)) continue;
+                Find(record, damaged, way);
+                if (IsVolumeLost(*record.error)) isVolumeLost = true;
+            }
         }
     };
     std::vector<std::future<void>> helpers;

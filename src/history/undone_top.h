@@ -46,7 +46,7 @@ class UndoneTop {
     // now.
     void Find(FoundRecord& record, DamagedBytes damaged);
     // The same for all those that were not tried yet, of different objects, on so many threads. Those that
-    // are lost are left as they are.
+    // are lost are left as they are, and all that are left once the volume is lost.
     void FindAll(std::span<FoundRecord> records, DamagedBytes damaged, std::size_t threads);
     // Where the way to an object that was not found ends: the first folder on it that is none any more, of
     // which `error` then says why; `path` itself when all are. What is below such a folder is lost.

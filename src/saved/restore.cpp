@@ -12,6 +12,7 @@
 #include "platform/api/security.h"
 #include "platform/security_change.h"
 #include "platform/tree_reading.h"
+#include "platform/volume_loss.h"
 #include "saved/name_case.h"
 #include "saved/saved_folders.h"
 
@@ -113,10 +114,12 @@ class TopRestore {
     std::deque<Attempt> outOfDate;        // what another program has changed in the middle
     std::set<std::string> lost;           // what is missing, or another kind of object now
     std::optional<StoredWrites> writes;
+    DWORD lossOfVolume = ERROR_SUCCESS;  // why nothing more can be put back
 };
 
 bool TopRestore::Fail(const std::string& path, RestoreFault fault, DWORD error) {
     ++work.counts.failed;
+    if (fault == RestoreFault::kError && IsVolumeLost(error)) lossOfVolume = error;
     work.host.Fail(path, fault, error);
     return false;
 }
@@ -294,6 +297,7 @@ DWORD TopRestore::Try(Attempt attempt) {
 void TopRestore::Settle(const DescriptorChange& change, DWORD error) {
     Attempt attempt = std::move(batched.front());
     batched.pop_front();
+    if (lossOfVolume != ERROR_SUCCESS && error != ERROR_SUCCESS) return;
     if (error == ERROR_REVISION_MISMATCH && attempt.number < kMostAttempts) {
         ++attempt.number;
         outOfDate.push_back(std::move(attempt));
@@ -331,6 +335,7 @@ DWORD TopRestore::Put(const SavedObject& saved) {
             break;
     }
     const DWORD error = Try({saved});
+    if (lossOfVolume != ERROR_SUCCESS) return lossOfVolume;
     return error == ERROR_SUCCESS ? TryOutOfDate() : error;
 }
 
@@ -339,7 +344,8 @@ DWORD TopRestore::End() {
     do {
         if (writes) error = writes->Flush();
         if (error == ERROR_SUCCESS) error = TryOutOfDate();
-    } while (error == ERROR_SUCCESS && !batched.empty());
+    } while (error == ERROR_SUCCESS && lossOfVolume == ERROR_SUCCESS && !batched.empty());
+    if (error == ERROR_SUCCESS) error = lossOfVolume;
     if (error == ERROR_SUCCESS && work.looksForExtra) folders.End();
     return error;
 }

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/volume_loss.h"
+
 namespace permora {
 namespace {
 
@@ -25,14 +27,14 @@ class TreeReading {
 
     DWORD Run(AheadFolder folder, std::string begin) {
         path = std::move(begin);
-        if (!Enter(std::move(folder))) return ERROR_OPERATION_ABORTED;
+        if (!Enter(std::move(folder)) || (lost != ERROR_SUCCESS && !GiveUp())) return ERROR_OPERATION_ABORTED;
         while (!levels.empty()) {
             Level& level = levels.back();
             path.resize(level.pathLength);
             if (level.folder.IsLost() && !VisitUnlisted(ERROR_FILE_INVALID)) return ERROR_OPERATION_ABORTED;
             if (level.folder.IsLost() || level.next == level.folder.Names().Count())
                 levels.pop_back();
-            else if (!Visit(level.next++))
+            else if (!Visit(level.next++) || (lost != ERROR_SUCCESS && !GiveUp()))
                 return ERROR_OPERATION_ABORTED;
         }
         return ERROR_SUCCESS;
@@ -50,7 +52,17 @@ class TreeReading {
     bool Enter(AheadFolder folder) {
         const DWORD error = folder.List();
         levels.push_back({std::move(folder), 0, path.size()});
-        return error == ERROR_SUCCESS || VisitUnlisted(error);
+        if (IsVolumeLost(error)) lost = error;
+        return error == ERROR_SUCCESS || IsVolumeLost(error) || VisitUnlisted(error);
+    }
+
+    // The volume is lost, and with it the rest of all folders that were entered.
+    bool GiveUp() {
+        for (; !levels.empty(); levels.pop_back()) {
+            path.resize(levels.back().pathLength);
+            if (!VisitUnlisted(lost)) return false;
+        }
+        return true;
     }
 
     bool Visit(std::size_t index) {
@@ -61,7 +73,9 @@ class TreeReading {
         const DWORD error = level.folder.Read(index, object, below);
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return true;
         const ReadObject result = ReadResult(path, object, error);
+        if (IsVolumeLost(error)) lost = error;
         if (!visitor.Visit(result)) return false;
+        if (lost != ERROR_SUCCESS) return true;
         if (object.kind == TreeObjectKind::kFolder && !visitor.Enters(path)) return true;
         if (below) return Enter(std::move(below));
         // It could not be opened, for its names either.
@@ -73,6 +87,7 @@ class TreeReading {
     std::vector<Level> levels;
     std::string path;
     TreeObject object;
+    DWORD lost = ERROR_SUCCESS;  // why nothing more can be read
 };
 
 }  // namespace
@@ -93,6 +108,7 @@ DWORD ReadTree(const HeldObject& top, SECURITY_INFORMATION parts, TreeVisitor& v
     AheadFolder folder;
     const DWORD error = AheadFolder::ReadTop(top, parts, object, folder, threads);
     if (!visitor.Visit(ReadResult("", object, error))) return ERROR_OPERATION_ABORTED;
+    if (IsVolumeLost(error)) return ERROR_SUCCESS;
     return folder && visitor.Enters("") ? ReadBelow(std::move(folder), "", visitor) : DWORD{ERROR_SUCCESS};
 }
 

@@ -38,8 +38,8 @@ class TreeVisitor {
 // Reads the top and everything below it: by held folders, never through a link, and nothing of what is
 // mounted below. The visitor is called on this thread alone, for one object after the other: a folder before
 // its contents, names sorted byte by byte. Threads that help read ahead (AheadFolder). An object that
-// vanishes is left out; a folder that is moved elsewhere may be told as kUnlisted behind its contents
-// (ERROR_FILE_INVALID). 0, or ERROR_OPERATION_ABORTED when the visitor has ended it.
+// vanishes is left out; a folder may be told as kUnlisted behind its contents when it was moved elsewhere
+// (ERROR_FILE_INVALID) or the volume is lost (IsVolumeLost). 0, or ERROR_OPERATION_ABORTED by the visitor.
 DWORD ReadTree(const HeldObject& top, SECURITY_INFORMATION parts, TreeVisitor& visitor,
                std::optional<std::size_t> threads = std::nullopt);
 

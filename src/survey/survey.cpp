@@ -40,12 +40,16 @@ class SurveyWalk : public TreeVisitor {
     bool Visit(const ReadObject& object) override {
         if (object.kind == SavedKind::kUnlisted) {
             ++survey.counts.unlisted;
+            // When the rest of a folder got out of reach, that has been handed out, and what was last come to
+            // says why.
+            if (!isBehindFolder) return true;
             pending.remarks.Add(Remark::kUnlisted);
             pending.error = object.error;
             isPending = true;
             return true;
         }
         HandOutPending();
+        isBehindFolder = false;
         if (!observer.Begin(object.path)) return false;
         if (object.kind == SavedKind::kMounted)
             ++survey.counts.mounted;
@@ -101,6 +105,7 @@ class SurveyWalk : public TreeVisitor {
         if (isFolder) {
             pendingPath = object.path;
             pending = row;
+            isBehindFolder = true;
             isPending = IsRow(row);
         } else if (IsRow(row)) {
             HandOut(row);
@@ -123,6 +128,7 @@ class SurveyWalk : public TreeVisitor {
     std::string pendingPath;
     SurveyRow pending;
     bool isPending = false;
+    bool isBehindFolder = false;  // what `pending` is about was come to last
 };
 
 DistinctSecurity& Survey::Intern(std::span<const std::uint8_t> bytes, bool isStored) {

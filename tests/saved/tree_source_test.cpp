@@ -10,10 +10,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <random>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
@@ -22,6 +24,7 @@
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
 #include "tests/support/descriptor_texts.h"
+#include "tests/support/ntfs_volume.h"
 #include "tests/support/patience.h"
 #include "tests/support/temporary_folder.h"
 
@@ -373,6 +376,27 @@ TEST(TreeSource, AFolderMovedAwayMeanwhileIsToldWhenTheReadingComesBack) {
                 visitor.paths, [](const std::string& path) { return path.ends_with("secret"); }));
         }
     }
+}
+
+// Each further object might take as long to fail.
+TEST(TreeSource, TheLossOfTheVolumeEndsTheReading) {
+    using test::NtfsVolume;
+    if (const std::string reason = NtfsVolume::SkipReason(); !reason.empty()) GTEST_SKIP() << reason;
+    NtfsVolume volume;
+    ASSERT_EQ(volume.Problem(), "");
+    std::filesystem::create_directories(volume.Path("a/b"));
+    for (int file = 0; file < 1000; ++file)
+        std::filesystem::create_directory(volume.Path("a/b/" + std::to_string(file)));
+    Recorder visitor;
+    visitor.onVisit = [&](const ReadObject& object) {
+        return object.path != "a\\b\\0" || kill(volume.Driver(), SIGKILL) == 0;
+    };
+    EXPECT_EQ(Read(volume.Root(), visitor, {}), ERROR_SUCCESS);
+    ASSERT_GE(visitor.rows.size(), std::size_t{7});
+    EXPECT_LT(visitor.rows.size(), std::size_t{1000});
+    EXPECT_THAT(std::span(visitor.rows).last(4),
+                ElementsAre(testing::MatchesRegex("a.b.[0-9]+ un(read|listed) stored 1167"),
+                            "a\\b unlisted stored 1167", "a unlisted stored 1167", " unlisted stored 1167"));
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 #include "platform/linux/files/extended_attributes.h"
-#include "platform/linux/files/descriptor_path.h"
 
 #include <fcntl.h>
 #include <sys/statvfs.h>
@@ -13,6 +12,9 @@
 #include <cerrno>
 #include <functional>
 #include <string>
+
+#include "platform/linux/base/lost_requests.h"
+#include "platform/linux/files/descriptor_path.h"
 
 namespace permora::host {
 namespace {
@@ -50,7 +52,7 @@ bool HasGetAttributeAt() {
 int ReadGrowing(const std::function<ssize_t(void*, std::size_t)>& get, std::vector<std::uint8_t>& value) {
     value.resize(std::max(value.size(), kUsualSize));
     for (;;) {
-        const ssize_t size = get(value.data(), value.size());
+        const ssize_t size = RequestAgain([&] { return get(value.data(), value.size()); });
         if (size >= 0) {
             value.resize(static_cast<std::size_t>(size));
             return 0;
@@ -136,10 +138,12 @@ bool HasRoom(const ObjectHandle& object) {
 
 int WriteExtendedAttribute(const ObjectHandle& object, const char* name,
                            std::span<const std::uint8_t> value) {
-    if (object.IsReadable())
-        return fsetxattr(object.Descriptor(), name, value.data(), value.size(), 0) == 0 ? 0 : errno;
     const DescriptorPath path(object.Descriptor());
-    return setxattr(path.Text(), name, value.data(), value.size(), 0) == 0 ? 0 : errno;
+    const int result = RequestAgain([&] {
+        return object.IsReadable() ? fsetxattr(object.Descriptor(), name, value.data(), value.size(), 0)
+                                   : setxattr(path.Text(), name, value.data(), value.size(), 0);
+    });
+    return result == 0 ? 0 : errno;
 }
 
 int RemoveExtendedAttribute(const ObjectHandle& object, const char* name) {

@@ -10,13 +10,14 @@
 #include <utility>
 
 #include "platform/linux/base/host_errors.h"
+#include "platform/linux/base/lost_requests.h"
 #include "platform/linux/files/descriptor_path.h"
 #include "platform/linux/files/unmounted_entry.h"
 
 namespace permora::host {
 
 DWORD ObjectHandle::OpenAt(int folder, const char* hostName, ObjectHandle& handle) {
-    UniqueFd opened(openat(folder, hostName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    UniqueFd opened(RequestAgain([&] { return openat(folder, hostName, O_PATH | O_NOFOLLOW | O_CLOEXEC); }));
     if (!opened) return ErrorFromErrno(errno);
     return Adopt(std::move(opened), handle);
 }
@@ -51,7 +52,7 @@ DWORD ObjectHandle::OpenUnmountedFileAt(int folder, const char* hostName, Object
 
 DWORD ObjectHandle::Adopt(UniqueFd descriptor, ObjectHandle& handle) {
     struct stat status {};
-    if (fstat(descriptor.Get(), &status) != 0) return ErrorFromErrno(errno);
+    if (RequestAgain([&] { return fstat(descriptor.Get(), &status); }) != 0) return ErrorFromErrno(errno);
     handle.descriptor = std::move(descriptor);
     handle.isReadable = false;
     handle.status = status;
@@ -89,7 +90,8 @@ DWORD ObjectHandle::RequireFolder() const {
 DWORD ObjectHandle::OpenForListing(UniqueFd& listing) const {
     if (!IsFolder()) return ERROR_DIRECTORY;
     // Through the magic link: opening "." needs the right to enter the folder.
-    UniqueFd opened(open(DescriptorPath(Descriptor()).Text(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const DescriptorPath path(Descriptor());
+    UniqueFd opened(RequestAgain([&] { return open(path.Text(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     if (!opened) return ErrorFromErrno(errno);
     listing = std::move(opened);
     return ERROR_SUCCESS;

@@ -20,6 +20,7 @@
 #include "platform/linux/files/open_folder.h"
 #include "platform/linux/files/unmounted_entry.h"
 #include "platform/thread_tuner.h"
+#include "platform/volume_loss.h"
 
 namespace permora::host {
 namespace {
@@ -175,6 +176,7 @@ void WalkShare::EndThread(std::unique_ptr<VisitingThread> thread) {
 void WalkShare::Fail(DWORD error, const std::string& path) {
     const std::lock_guard lock(visitorGuard);
     visitor.Fail(error, path);
+    if (IsVolumeLost(error)) Stop();
 }
 
 // The threads beside the caller's.

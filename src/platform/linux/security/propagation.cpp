@@ -9,6 +9,7 @@
 #include "platform/linux/files/tree_walk.h"
 #include "platform/linux/security/tree_change.h"
 #include "platform/security_change.h"
+#include "platform/volume_loss.h"
 
 namespace permora::host {
 
@@ -32,8 +33,11 @@ class ListPropagation : public TreeChange {
     void PassOver(DWORD error, const std::string& path) override {
         // It vanished after it was opened.
         if (error == ERROR_FILE_NOT_FOUND) return;
-        const std::lock_guard lock(guard);
-        failures.Add(path, error);
+        {
+            const std::lock_guard lock(guard);
+            failures.Add(path, error);
+        }
+        if (IsVolumeLost(error)) End(error);
     }
 
     FailuresBelow& failures;
@@ -105,8 +109,13 @@ void JoinInherited(nt::SecurityDescriptor& descriptor, const nt::Acl& parent, co
 
 DWORD PropagateList(const ObjectHandle& folder, const nt::Acl& list, const DescriptorStore& store,
                     const RecordedTop& top, FailuresBelow& failures, std::optional<std::size_t> threads) {
-    return ListPropagation(TreeListMode::kWrite, store, top, failures)
-        .Walk(folder, {.error = ERROR_SUCCESS, .list = std::make_shared<const nt::Acl>(list)}, threads);
+    const DWORD error =
+        ListPropagation(TreeListMode::kWrite, store, top, failures)
+            .Walk(folder, {.error = ERROR_SUCCESS, .list = std::make_shared<const nt::Acl>(list)}, threads);
+    // The folder itself was changed, and what is in it only to a part.
+    if (!IsVolumeLost(error)) return error;
+    failures.Add("", error);
+    return ERROR_SUCCESS;
 }
 
 DWORD CountPropagation(const ObjectHandle& folder, const nt::Acl& list, TreeObserver& observer,

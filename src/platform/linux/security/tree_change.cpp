@@ -308,7 +308,7 @@ void TreeChangeThread::Settle(Entry& entry, WalkTurns& turns) {
 
 void TreeChangeThread::Fail(const Entry& entry) {
     change.PassOver(entry.error, entry.place->PathOf(entry.hostName));
-    if (!entry.state) return;
+    if (!entry.state || change.HasEnded()) return;
     std::optional<HandedDown> kept = KeptBy(entry.Object());
     if (kept)
         change.Settle(*entry.state, Stage::kOtherwise, std::move(*kept));

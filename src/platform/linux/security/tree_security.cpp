@@ -18,6 +18,7 @@
 #include "platform/passed_over.h"
 #include "platform/raw_security.h"
 #include "platform/security_change.h"
+#include "platform/volume_loss.h"
 
 namespace permora::host {
 namespace {
@@ -59,9 +60,12 @@ class TreeSetting : public TreeChange {
     void PassOver(DWORD error, const std::string& path) override {
         // It vanished after it was opened.
         if (error == ERROR_FILE_NOT_FOUND) return;
-        const std::lock_guard lock(guard);
-        ++counts.passedOver;
-        passedOver.Add(path, error);
+        {
+            const std::lock_guard lock(guard);
+            ++counts.passedOver;
+            passedOver.Add(path, error);
+        }
+        if (IsVolumeLost(error)) End(error);
     }
 
     void Add(const TreeCounts& done) override {
