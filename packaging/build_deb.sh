@@ -19,14 +19,13 @@ work=$PWD/build/packaging
 packages=$PWD/build/packages
 root=$work/root
 
-# Both trees at once, so that they are the same whoever works on this one meanwhile.
 rm -rf --one-file-system "$work" "$packages"
-CopyTree "$work/permora-$version"
 if [ "${1-}" = --twice ]; then
     trap 'rm -rf --one-file-system "$root"' EXIT
     MakeRoot "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root"
     CopyTree "$root/another/folder/permora-$version"
 fi
+CopyTree "$work/permora-$version" # now, so that both are the same whoever works on this one meanwhile
 
 # In the tree that is its argument. The packages are beside it then; of debug information there are none, since nobody
 # installs them from here.
@@ -46,8 +45,10 @@ if [ "${1-}" = --twice ]; then
     # shellcheck disable=SC2016 # as above
     Build "$work/build-in-root.log" InRoot "$root" sh -euc 'apt-get update; apt-get --yes --no-install-recommends build-dep "$1"; '"$build" \
         sh "/another/folder/permora-$version"
+    mkdir "$work/again" # where they stay, to look at what differs
+    mv "$root"/another/folder/*.deb "$work/again/"
     for package in "$packages"/*.deb; do
-        cmp "$package" "$root/another/folder/${package##*/}"
+        cmp "$package" "$work/again/${package##*/}"
     done
     echo "Both builds gave the same bytes."
 fi
