@@ -1,0 +1,88 @@
+#!/usr/bin/env bash
+# The server of a mount goes away in the middle of each command: killed, or out of reach as behind a cut cable. The command
+# ends and says so, and when the server is back, undo brings back what was there. Runs in an emulated machine, and takes
+# too long for continuous integration: run_in_machine.sh KERNEL_FOLDER PERMORA_CLI outage_test.sh
+set -euo pipefail
+here=$(dirname "$(readlink -f "$0")")
+# shellcheck source=tests/smb_mounts/server.sh
+source "$here/server.sh"
+cli=$1
+export HOME=$server/home # for the history
+
+failures=0
+Fail() {
+    printf 'FAILED: %s\n' "$*"
+    failures=$((failures + 1))
+}
+
+# Lists prints what the server tells of every object, paths relative.
+Lists() { (cd "$mount/tree" && find . -print0 | LC_ALL=C sort -z | xargs -0 getfattr --encoding=hex --name=system.cifs_acl 2>/dev/null); }
+
+# How many requests the kernel has sent to the server so far.
+Requests() { sed -n 's/^SMBs: //p' /proc/fs/cifs/Stats | head -n 1; }
+
+# AwaitMiddle BEFORE: until the command is in the middle of its work, or has ended.
+AwaitMiddle() {
+    while kill -0 "$running" 2>/dev/null && [ $(($(Requests) - $1)) -lt "$inTheMiddle" ]; do sleep 0.05; done
+}
+
+Kill() { pkill -KILL smbd; }
+Restart() { smbd --daemon --no-process-group; }
+Unplug() { busybox ip link set lo down; }
+PlugIn() { busybox ip link set lo up; }
+
+IsBack() { ls "$mount/tree" && Judge tree | grep -q .; }
+
+# Outage GO COME COMMAND...: the server goes in the middle of the command, and comes again.
+Outage() {
+    local go=$1 come=$2 status=0 before running began
+    shift 2
+    before=$(Requests)
+    "$cli" "$@" >"$server/output" 2>&1 &
+    running=$!
+    AwaitMiddle "$before"
+    began=$SECONDS
+    "$go"
+    wait "$running" || status=$?
+    echo "$go, $*: exit code $status after $((SECONDS - began)) s"
+    "$come"
+    Await IsBack || Fail "the server does not come back"
+    [ "$status" != 0 ] || Fail "$*: it counts as done"
+    grep -Eq 'Host is down|not connected|network name' "$server/output" || Fail "$*: no reason is given"
+    tail -n 4 "$server/output"
+}
+
+# OutageOfChange GO COME COMMAND...: what was written can be taken back.
+OutageOfChange() {
+    Outage "$@"
+    Lists >"$server/after"
+    local changed
+    changed=$(diff "$server/before" "$server/after" | grep -c '^> system' || true)
+    echo "    objects changed: $changed"
+    [ "$changed" != 0 ] || Fail "${*:3}: nothing was changed before"
+    "$cli" undo --yes >"$server/output" 2>&1 || { Fail "undo after ${*:3}"; tail -n 5 "$server/output"; }
+    Lists >"$server/after"
+    cmp --silent "$server/before" "$server/after" || { Fail "${*:3}: undo does not bring back what was there"; diff "$server/before" "$server/after" | head; }
+}
+
+StartServer
+mkdir "$HOME"
+mkdir "$ownDisk/tree"
+for folder in {1..8}; do
+    mkdir "$ownDisk/tree/folder $folder"
+    for file in {1..20}; do : >"$ownDisk/tree/folder $folder/file $file"; done
+done
+MountShare "$mount" root soft,echo_interval=1
+"$cli" grant "$mount/tree" --account bert --rights 0x1301bf >"$server/output" 2>&1 || Fail "grant"
+"$cli" save "$mount/tree" --output "$server/saved" >"$server/output" 2>&1 || Fail "save"
+Lists >"$server/before"
+echo "server and tree ($SECONDS s)"
+
+inTheMiddle=250
+OutageOfChange Kill Restart grant "$mount/tree" --account anna --rights 0x1200a9
+OutageOfChange Unplug PlugIn reset "$mount/tree" --yes --empty-lists
+OutageOfChange Kill Restart owner "$mount/tree" --set anna --tree
+Outage Kill Restart save "$mount/tree" --output "$server/other"
+[ ! -e "$server/other" ] || grep -q incomplete "$server/other" || Fail "what was saved passes for whole"
+echo "all steps done ($SECONDS s)"
+[ "$failures" = 0 ]
