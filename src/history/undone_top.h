@@ -62,7 +62,7 @@ class UndoneTop {
     class Way {
       public:
         // Holds the top for itself.
-        DWORD Begin(const HeldObject& top) { return top.HoldBelow("", start); }
+        DWORD Begin(const HeldObject& recorded) { return recorded.HoldBelow("", start); }
         DWORD HoldBelow(const std::string& path, HeldObject& below);
 
       private:
