@@ -132,7 +132,7 @@ void Undo::Leave(const std::string& path, LeftAlone extent, DWORD reason) {
     if (IsVolumeLost(ending)) return;  // so is all the rest
     ++counts.leftAlone;
     observer.Leave(top->Recorded(), path, extent, reason);
-    if (IsVolumeLost(reason)) ending = reason;
+    if (IsVolumeLost(reason) && !top->IsOfShare()) ending = reason;
 }
 
 // A folder that is gone is reported once for all that was below it.

@@ -94,6 +94,7 @@ void UndoneTop::Find(FoundRecord& record, DamagedBytes damaged) {
 }
 
 void UndoneTop::FindAll(std::span<FoundRecord> records, DamagedBytes damaged, std::size_t threads) {
+    if (isShare) return;  // found when its turn comes
     // Neighbours are mostly in one folder.
     constexpr std::size_t kNeighbours = 8;
     threads = std::min(threads, (records.size() + kNeighbours - 1) / kNeighbours);

@@ -35,6 +35,7 @@ class UndoneTop {
     explicit UndoneTop(const RecordedObject& record);
 
     const ChangedTop& Recorded() const { return top; }
+    bool IsOfShare() const { return isShare; }
     bool Holds(const RecordedObject& record) const;
 
     // Finds the top again. ERROR_FILE_INVALID: it is another object by now.
@@ -46,7 +47,7 @@ class UndoneTop {
     // now.
     void Find(FoundRecord& record, DamagedBytes damaged);
     // The same for all those that were not tried yet, of different objects, on so many threads. Those that
-    // are lost are left as they are, and all that are left once the volume is lost.
+    // are lost are left as they are, and all that are left once the volume is lost. Nothing for a share.
     void FindAll(std::span<FoundRecord> records, DamagedBytes damaged, std::size_t threads);
     // Where the way to an object that was not found ends: the first folder on it that is none any more, of
     // which `error` then says why; `path` itself when all are. What is below such a folder is lost.
