@@ -105,8 +105,12 @@ DWORD FindAccountSid(std::string_view text, nt::Sid& sid, MountedServer* server)
     // While the domain is away, a name without one may be its own.
     if (domainError == ERROR_SUCCESS || (domainError != ERROR_NONE_MAPPED && !isQualified))
         return domainError;
-    DWORD serverError = TheServerAccounts().FindSid(name, LetterCase::kIgnored, sid);
-    if (serverError == ERROR_NONE_MAPPED && server != nullptr) serverError = server->FindSid(name, sid);
+    // The object's own server before others of that name.
+    const bool isOfServer = server != nullptr && isQualified && server->IsCalled(name.domain);
+    DWORD serverError = isOfServer ? server->FindSid(name, sid)
+                                   : TheServerAccounts().FindSid(name, LetterCase::kIgnored, sid);
+    if (serverError == ERROR_NONE_MAPPED && server != nullptr && !isOfServer)
+        serverError = server->FindSid(name, sid);
     return serverError == ERROR_NONE_MAPPED ? domainError : serverError;
 }
 

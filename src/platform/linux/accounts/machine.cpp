@@ -73,7 +73,8 @@ Machine FindMachine() {
 }  // namespace
 
 const Machine& ThisMachine() {
-    static const Machine machine = FindMachine();
+    // Never destroyed: questions to servers may outlive everything else.
+    static const Machine& machine = *new Machine(FindMachine());
     return machine;
 }
 

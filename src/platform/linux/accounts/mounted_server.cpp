@@ -18,7 +18,10 @@ namespace {
 
 constexpr std::chrono::minutes kServerNameLifetime{5};
 constexpr std::chrono::seconds kServerNobodyLifetime{15};
-constexpr std::chrono::seconds kPauseAfterFailure{30};
+// The pause after a failure doubles with each further one: with a wrong password each is a failed logon, and
+// too many of them lock the account.
+constexpr std::chrono::seconds kFirstPause{30};
+constexpr std::chrono::seconds kLongestPause{600};
 // SIDs come from disks that anyone may have written: their number must not fill the memory.
 constexpr std::size_t kMostServerNames = 100'000;
 // Of one question.
@@ -30,8 +33,12 @@ bool IsTakenName(std::string_view domain) {
     constexpr std::array<std::string_view, 4> kOfEveryMachine = {"BUILTIN", "NT AUTHORITY", "Unix User",
                                                                  "Unix Group"};
     const auto isSame = [&](std::string_view name) { return EqualsIgnoringCase(name, domain); };
+    const auto isOfDomain = [&](const WinbindDomain& known) {
+        return isSame(known.name) || (!known.dnsName.empty() && isSame(known.dnsName));
+    };
     return IsThisMachine(domain) || isSame(StateOfDomain().domain) ||
-           std::ranges::any_of(kOfEveryMachine, isSame);
+           std::ranges::any_of(kOfEveryMachine, isSame) ||
+           std::ranges::any_of(TheDomainAccounts().Link().Domains(), isOfDomain);
 }
 
 std::string WordsOf(std::span<const nt::Sid> sids) {
@@ -82,7 +89,9 @@ DWORD MountedServer::WhyNotAsked() {
 void MountedServer::Note(DWORD error) {
     const std::lock_guard lock(mutex);
     failure = error;
-    failureEnd = error == ERROR_SUCCESS ? SteadyClock::time_point() : SteadyClock::now() + kPauseAfterFailure;
+    if (error == ERROR_SUCCESS) pause = {};
+    if (error == kNameNotYet) pause = std::clamp(2 * pause, kFirstPause, kLongestPause);
+    failureEnd = SteadyClock::now() + std::max(pause, error == ERROR_SUCCESS ? pause : kFirstPause);
 }
 
 // Each begins with who the server is.
@@ -107,6 +116,9 @@ DWORD MountedServer::Ask(const std::string& question, std::string& answer) {
         std::string_view rest = text;
         std::optional<ServerIdentity> told = TakeIdentity(rest);
         if (!told) return Failed();
+        // Behind a tunnel the address leads back here.
+        const nt::Sid* const machine = MachineSid();
+        if (machine != nullptr && told->sid == *machine) break;
         answer = rest;
         Note(ERROR_SUCCESS);
         std::string shown = IsTakenName(told->name) ? name : told->name;
@@ -237,6 +249,12 @@ bool MountedServer::IsCalled(std::string_view domain) {
     return EqualsIgnoringCase(domain, name) || EqualsIgnoringCase(domain, shownName);
 }
 
+bool MountedServer::IsSameAs(MountedServer& other) {
+    const std::optional<ServerIdentity> own = Identity();
+    const std::optional<ServerIdentity> its = other.Identity();
+    return this == &other || (own && its && own->sid == its->sid);
+}
+
 DWORD MountedServer::FindSid(const NameText& text, nt::Sid& sid) {
     if (!CanBeAskedFor(text.name) || (text.isQualified && !CanBeAskedFor(text.domain)))
         return ERROR_NONE_MAPPED;
@@ -244,6 +262,7 @@ DWORD MountedServer::FindSid(const NameText& text, nt::Sid& sid) {
     ServerIdentity self;
     if (const DWORD error = Identify(patience, self); error != ERROR_SUCCESS) return error;
     const bool isOwn = text.isQualified && IsCalled(text.domain);
+    if (text.isQualified && !isOwn && IsTakenName(text.domain)) return ERROR_NONE_MAPPED;
     std::string asked(text.name);
     if (text.isQualified) asked.insert(0, (isOwn ? self.name : std::string(text.domain)) + '\\');
     std::string answer;
@@ -251,7 +270,7 @@ DWORD MountedServer::FindSid(const NameText& text, nt::Sid& sid) {
         error != ERROR_SUCCESS)
         return error;
     const std::optional<nt::Sid> found = ParseServerSid(answer, asked);
-    if (!found) return Failed();
+    if (!found) return kNameNotYet;
     // Those of the system, and the server's numbers of users, have names here as well.
     if (!IsAccountOfDomain(*found) || (isOwn && !found->IsDirectlyBelow(self.sid))) return ERROR_NONE_MAPPED;
     sid = *found;
@@ -286,14 +305,14 @@ DWORD MountedServer::FindGroups(const Patience& patience, const nt::Sid& account
     if (role == ServerRole::kDomainController) return ERROR_NONE_MAPPED;
     const auto answers = role ? SplitAnswers(rest, self, 3) : std::nullopt;
     const auto told = answers ? ParseServerNames((*answers)[0], asked) : std::nullopt;
-    if (!told) return Failed();
+    if (!told) return ERROR_NONE_MAPPED;
     const SID_NAME_USE use = told->front().use;
     if (use != SidTypeUser && use != SidTypeGroup && use != SidTypeAlias) return ERROR_NONE_MAPPED;
     std::vector<nt::Sid> found = {account, nt::Sid(1, {0})};  // Everyone
     if (use == SidTypeUser) {
         const std::optional<std::uint32_t> first = ParsePrimaryGroup((*answers)[1]);
         const auto groups = ParseGroupIds((*answers)[2]);
-        if (!first || !groups) return Failed();
+        if (!first || !groups) return ERROR_NONE_MAPPED;
         AddBelow(self.sid, {*first}, found);
         AddBelow(self.sid, *groups, found);
         found.insert(found.end(), {nt::Sid(5, {2}), nt::Sid(5, {11})});  // NETWORK, Authenticated Users
@@ -302,26 +321,28 @@ DWORD MountedServer::FindGroups(const Patience& patience, const nt::Sid& account
     return ERROR_SUCCESS;
 }
 
-DWORD MountedServer::AddLocalGroups(const Patience& patience, std::vector<nt::Sid>& sids) {
-    ServerIdentity self;
-    if (const DWORD error = Identify(patience, self); error != ERROR_SUCCESS) return error;
+DWORD MountedServer::AddAliases(const Patience& patience, const char* where, const nt::Sid& domain,
+                                std::vector<nt::Sid>& sids) {
     const std::vector<nt::Sid> members = sids;
     for (std::size_t begin = 0; begin < members.size(); begin += kMostOfQuestion) {
         const std::string words =
             WordsOf(std::span(members).subspan(begin, std::min(kMostOfQuestion, members.size() - begin)));
-        std::string question = "queryuseraliases builtin";
-        question.append(words).append(";lsaquery 5;queryuseraliases domain").append(words);
         std::string text;
-        const DWORD error = AskUntil(patience, question, text);
+        const DWORD error = AskUntil(patience, std::string("queryuseraliases ") + where + words, text);
         if (error != ERROR_SUCCESS) return error;
-        const auto answers = SplitAnswers(text, self, 2);
-        const auto builtIn = answers ? ParseGroupIds((*answers)[0]) : std::nullopt;
-        const auto own = answers ? ParseGroupIds((*answers)[1]) : std::nullopt;
-        if (!builtIn || !own) return Failed();
-        AddBelow(nt::Sid(5, {32}), *builtIn, sids);
-        AddBelow(self.sid, *own, sids);
+        const auto ids = ParseGroupIds(text);
+        if (!ids) return ERROR_NONE_MAPPED;
+        AddBelow(domain, *ids, sids);
     }
     return ERROR_SUCCESS;
+}
+
+// Those of the system may have the server's own in them.
+DWORD MountedServer::AddLocalGroups(const Patience& patience, std::vector<nt::Sid>& sids) {
+    ServerIdentity self;
+    DWORD error = Identify(patience, self);
+    if (error == ERROR_SUCCESS) error = AddAliases(patience, "domain", self.sid, sids);
+    return error == ERROR_SUCCESS ? AddAliases(patience, "builtin", nt::Sid(5, {32}), sids) : error;
 }
 
 }  // namespace permora::host

@@ -45,6 +45,9 @@ class MountedServer {
     // Whether a domain of this name is the server itself.
     bool IsCalled(std::string_view domain);
 
+    // Whether both have told that they are one server, which is mounted by several names.
+    bool IsSameAs(MountedServer& other);
+
     // Whether the SID is of an account of its own, as far as it has told who it is.
     bool Owns(const nt::Sid& sid);
     // Of one of the server's own accounts: the account, its groups, and what a logon over the network adds,
@@ -71,6 +74,9 @@ class MountedServer {
     std::optional<ServerIdentity> Identity();  // as far as it has told
     DWORD Identify(const Patience& patience, ServerIdentity& self);
     static DWORD Take(const KnownName& known, AccountName& account);
+    // Adds the local groups that have one of `sids`, of the domain that rpcclient calls `where`.
+    DWORD AddAliases(const Patience& patience, const char* where, const nt::Sid& domain,
+                     std::vector<nt::Sid>& sids);
     void AskForNames();                                      // on a background thread
     void Keep(const nt::Sid& sid, const AccountName* told);  // with the lock held
 
@@ -82,6 +88,7 @@ class MountedServer {
     std::string shownName;  // of it, which no other domain has here
     DWORD failure = ERROR_SUCCESS;
     SteadyClock::time_point failureEnd;
+    std::chrono::seconds pause{};  // after the last failure
     std::unordered_map<nt::Sid, KnownName, SidHash> names;
     std::vector<nt::Sid> pending;
     bool isAsking = false;

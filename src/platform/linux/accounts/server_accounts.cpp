@@ -95,17 +95,17 @@ DWORD ServerAccounts::FindName(const nt::Sid& sid, std::chrono::milliseconds wai
 
 DWORD ServerAccounts::FindSid(const NameText& text, LetterCase letterCase, nt::Sid& sid) {
     if (letterCase == LetterCase::kSignificant || !text.isQualified) return ERROR_NONE_MAPPED;
-    const std::vector<MountedServer*> servers = MountedNow();
-    for (MountedServer* const server : servers)
-        if (server->IsCalled(text.domain)) return server->FindSid(text, sid);
     // The name under which a server knows itself may still be unknown here.
     DWORD silent = ERROR_NONE_MAPPED;
-    for (MountedServer* const server : servers) {
+    MountedServer* called = nullptr;
+    for (MountedServer* const server : MountedNow()) {
         const DWORD error = server->Identify(Patience::For(ServerTime(kLookupTime)));
-        if (error == ERROR_SUCCESS && server->IsCalled(text.domain)) return server->FindSid(text, sid);
         if (error != ERROR_SUCCESS && error != ERROR_NONE_MAPPED) silent = error;
+        if (!server->IsCalled(text.domain)) continue;
+        if (called != nullptr && !server->IsSameAs(*called)) return kAmbiguousName;
+        called = server;
     }
-    return silent;
+    return called != nullptr ? called->FindSid(text, sid) : silent;
 }
 
 DWORD ServerAccounts::FindGroups(const nt::Sid& /*account*/, GroupsRequest /*request*/,

@@ -71,7 +71,7 @@ std::optional<ServerIdentity> TakeIdentity(std::string_view& text) {
     std::string_view rest = text;
     const std::optional<DomainLines> lines = TakeDomain(rest);
     const std::optional<nt::Sid> sid = lines ? nt::Sid::FromText(lines->sid) : std::nullopt;
-    if (!sid || !IsDomainSid(*sid) || !IsPlainAccountName(lines->name)) return std::nullopt;
+    if (!sid || !IsDomainSid(*sid) || !CanBeAskedFor(lines->name)) return std::nullopt;
     text = rest;
     return ServerIdentity{std::string(lines->name), *sid};
 }

@@ -33,8 +33,9 @@ TEST(ServerOutput, TellsWhoTheServerIs) {
     EXPECT_EQ(text, "more\n");
     for (const std::string& wrong :
          {std::string(), Identity("FILES", "(NULL SID)"), Identity("FILES", kServer + "-500"),
-          Identity("FILES", "S-1-5-32-544"), Identity("A\\B", kServer), Identity("", kServer),
-          "x\n" + Identity("FILES", kServer), "Domain Sid: " + kServer + "\nDomain Name: FILES\n"}) {
+          Identity("FILES", "S-1-5-32-544"), Identity("A\\B", kServer), Identity("A;B", kServer),
+          Identity("", kServer), "x\n" + Identity("FILES", kServer),
+          "Domain Sid: " + kServer + "\nDomain Name: FILES\n"}) {
         text = wrong;
         EXPECT_FALSE(TakeIdentity(text)) << wrong;
         EXPECT_EQ(text, wrong);
