@@ -6,6 +6,7 @@
 #include "platform/nt/granted_rights.h"
 #include "platform/nt/inheritance.h"
 #include "security/object_security.h"
+#include "security/object_server.h"
 #include "survey/sid_key.h"
 
 namespace permora {
@@ -72,7 +73,11 @@ bool RowChoice::IsDeepEnough(const SurveyRow& row) const {
 bool RowChoice::ConcernsAccount(const SurveyRow& row) {
     if (row.security == nullptr) return false;
     const auto [place, isNew] = known.try_emplace(row.security->own);
-    if (isNew) place->second = Concerns(row.security->own->Descriptor(), selection.account->sids);
+    if (isNew) {
+        const nt::SecurityDescriptor& descriptor = row.security->own->Descriptor();
+        place->second = Concerns(descriptor, selection.account->sids) ||
+                        (selection.isOfServer && NamesUntold(descriptor.dacl));
+    }
     return place->second;
 }
 

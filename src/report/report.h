@@ -32,6 +32,9 @@ struct ReportSelection {
     RemarkSet only;                    // with one of these; empty: all
     // What this account owns, is named in, or may read or write with its groups.
     std::optional<AccountGroups> account;
+    // On another server, whose lists may name groups that nobody tells of (NamesUntold): objects with such a
+    // list are listed too.
+    bool isOfServer = false;
 
     bool IsAll() const { return !depth && !account && only.IsEmpty(); }
 };

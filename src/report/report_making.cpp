@@ -26,6 +26,7 @@ std::string ReportMaking::Begin(const std::string& server) {
     const DWORD error = FindAccountGroupsAt(server, *request.account.sid, GroupsRequest::kUsual, groups);
     if (error != ERROR_SUCCESS) groups.sids = {*request.account.sid};
     selection.account = std::move(groups);
+    selection.isOfServer = !server.empty();
     if (error == ERROR_SUCCESS) return {};
     return NoRightsText(error, GroupsRequest::kUsual, request.account) +
            "; only what it owns or is named in is listed";

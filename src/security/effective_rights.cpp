@@ -103,8 +103,8 @@ std::string UnknownGroupsText(DWORD error, GroupsRequest request, AccountRecord&
                " as a logon gives them now cannot be asked for: it cannot log on, or Samba's tools are not "
                "installed";
     }
-    if (request == GroupsRequest::kUsual && error == ERROR_NOT_SUPPORTED)
-        return "the list names users or groups of the server's own system, and whether " +
+    if (error == kListNamesUntold)
+        return "the list names groups of which the server does not tell who is in them, and whether " +
                AccountDisplayName(account) + " is among those is not known here";
     return {};
 }

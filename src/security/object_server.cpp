@@ -1,6 +1,8 @@
 #include "security/object_server.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <optional>
 #include <utility>
 
@@ -11,9 +13,15 @@
 namespace permora {
 namespace {
 
-bool IsHostNumber(const nt::Ace& entry) {
+// Numbers of the server's own system, and what a logon there gives or not: "This Organization", the ways of
+// proving who one is, "Local account" with and without administrators' rights.
+bool IsUntold(const nt::Ace& entry) {
     constexpr std::uint64_t kHostAuthority = 22;
-    return entry.sid && entry.sid->Authority() == kHostAuthority;
+    constexpr std::array<std::uint32_t, 4> kByLogon = {15, 64, 113, 114};
+    if (!entry.sid || entry.sid->SubAuthorityCount() == 0) return false;
+    return entry.sid->Authority() == kHostAuthority ||
+           (entry.sid->Authority() == 5 &&
+            std::ranges::find(kByLogon, entry.sid->SubAuthority(0)) != kByLogon.end());
 }
 
 // As FindAccountGroupsAt takes it: nothing has this name.
@@ -49,7 +57,11 @@ DWORD CheckListOfServer(const std::string& server, PACL dacl) {
     if (server.empty() || dacl == nullptr) return ERROR_SUCCESS;
     const std::optional<nt::Acl> list = AclOf(dacl);
     if (!list) return ERROR_INVALID_ACL;
-    return std::ranges::any_of(list->entries, IsHostNumber) ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
+    return NamesUntold(*list) ? kListNamesUntold : ERROR_SUCCESS;
+}
+
+bool NamesUntold(const nt::Acl& list) {
+    return std::ranges::any_of(list.entries, IsUntold);
 }
 
 }  // namespace permora

@@ -7,12 +7,14 @@
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
 #include "platform/held_object.h"
+#include "platform/nt/acl.h"
 
 namespace permora {
 
 // What is not known of rights on a server, half a sentence.
 inline constexpr const char* kNotOfServer =
-    "the object is on another server, and what its share and its own file system take away is not known here";
+    "the object is on another server, and what its share, its settings and its own file system give or take "
+    "away is not known here";
 
 // The server that judges by the object's list, as FindAccountGroupsAt (platform/server_accounts.h) takes it;
 // empty for this machine. The objects of a share that is mounted are another server's.
@@ -34,9 +36,12 @@ class CommonServer {
     bool isOne = true;
 };
 
+// Whether a list names whom a server does not tell to be among an account's groups: numbers of its own
+// system, and what depends on how the account logs on there.
+bool NamesUntold(const nt::Acl& list);
 // Whether what a list grants can be known from the groups that a server tells of an account: 0, or
-// ERROR_NOT_SUPPORTED where the list names numbers of the server's own system, which nobody tells. Always 0
-// for this machine and without a list.
+// kListNamesUntold. Always 0 for this machine and without a list.
+inline constexpr DWORD kListNamesUntold = ERROR_SOME_NOT_MAPPED;
 DWORD CheckListOfServer(const std::string& server, PACL dacl);
 
 }  // namespace permora

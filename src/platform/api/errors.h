@@ -62,6 +62,7 @@ inline constexpr DWORD ERROR_NETWORK_UNREACHABLE       = 1231;
 inline constexpr DWORD ERROR_HOST_UNREACHABLE          = 1232;
 inline constexpr DWORD ERROR_HOST_DOWN                 = 1256;
 inline constexpr DWORD ERROR_NOT_ALL_ASSIGNED          = 1300;
+inline constexpr DWORD ERROR_SOME_NOT_MAPPED           = 1301;
 inline constexpr DWORD ERROR_UNKNOWN_REVISION          = 1305;
 inline constexpr DWORD ERROR_REVISION_MISMATCH         = 1306;
 inline constexpr DWORD ERROR_INVALID_OWNER             = 1307;

@@ -104,6 +104,7 @@ static_assert(ERROR_NETWORK_UNREACHABLE    == 1231);
 static_assert(ERROR_HOST_UNREACHABLE       == 1232);
 static_assert(ERROR_HOST_DOWN              == 1256);
 static_assert(ERROR_NOT_ALL_ASSIGNED       == 1300);
+static_assert(ERROR_SOME_NOT_MAPPED        == 1301);
 static_assert(ERROR_UNKNOWN_REVISION       == 1305);
 static_assert(ERROR_REVISION_MISMATCH      == 1306);
 static_assert(ERROR_INVALID_OWNER          == 1307);
