@@ -94,7 +94,8 @@ void ChangePreviewing::FindMe() {
     mySids = std::move(groups.sids);
 }
 
-void ChangePreviewing::Judge(const SecurityPreview& item, const std::string& name, ComparedObject kind) {
+void ChangePreviewing::Judge(const SecurityPreview& item, const std::string& name, ComparedObject kind,
+                             std::span<const nt::Sid> mine) {
     ++(item.changes ? preview.changed : preview.unchanged);
     std::vector<nt::Ace> lost = LostOwnEntries(item.before, item.after);
     // What the first item loses the user has seen and taken away.
@@ -103,7 +104,7 @@ void ChangePreviewing::Judge(const SecurityPreview& item, const std::string& nam
     preview.loseOthers = preview.loseOthers || !std::ranges::all_of(lost, isSeen);
     if (!lost.empty()) preview.lost.push_back({name, kind, std::move(lost)});
     if (nt::LetsNobodyIn(item.after) && !nt::LetsNobodyIn(item.before)) preview.closed.push_back(name);
-    if (!mySids->empty() && LetsIn(item.before, *mySids) && !LetsIn(item.after, *mySids))
+    if (!mine.empty() && LetsIn(item.before, mine) && !LetsIn(item.after, mine))
         preview.closedToMe.push_back(name);
 }
 
@@ -112,14 +113,13 @@ void ChangePreviewing::Add(const HeldObject& object, const std::string& name, co
     preview.isStopped = !observer.Begin(name.c_str());
     if (preview.isStopped) return;
     // On another server this user is somebody else.
-    if (ServerOfObject(object).empty())
-        FindMe();
-    else
-        mySids.emplace();
+    const bool isHere = ServerOfObject(object).empty();
+    if (isHere) FindMe();
+    const std::span<const nt::Sid> mine = isHere ? *mySids : std::span<const nt::Sid>();
     SecurityPreview item;
     const DWORD error = object.PreviewSecurity(write.information, write.parts, item);
     if (error == ERROR_SUCCESS)
-        Judge(item, name, object.IsFolder() ? ComparedObject::kFolder : ComparedObject::kFile);
+        Judge(item, name, object.IsFolder() ? ComparedObject::kFolder : ComparedObject::kFile, mine);
     else
         AddFailure({error, Step::kNone, name});
     isFirst = false;
@@ -138,7 +138,7 @@ void ChangePreviewing::AddShare(const std::string& name, const SecurityPreview& 
     const nt::Sid network(5, {2});
     if (!preview.isOfShares && !mySids->empty()) mySids->push_back(network);
     preview.isOfShares = true;
-    Judge(share, name, ComparedObject::kFile);
+    Judge(share, name, ComparedObject::kFile, *mySids);
     isFirst = false;
 }
 

@@ -82,7 +82,9 @@ class ChangePreviewing {
 
   private:
     void FindMe();
-    void Judge(const SecurityPreview& item, const std::string& name, ComparedObject kind);
+    // `mine` is who the user is where the item is; empty: not known.
+    void Judge(const SecurityPreview& item, const std::string& name, ComparedObject kind,
+               std::span<const nt::Sid> mine);
 
     TreeObserver& observer;
     ChangePreview preview;
