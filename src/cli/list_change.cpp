@@ -1,5 +1,7 @@
 #include "cli/list_change.h"
 
+#include <iterator>
+
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
@@ -85,10 +87,14 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
     messages.PrintForPeople(PrintableText(target.argument) +
                             (recording.Count() > written ? ": changed\n" : ": already so\n"));
     if (below.count == 0) return ChangeResult::kDone;
-    messages.SetSubject(TypedPath(target, below.named.begin()->first));
-    messages.SaySystemError(below.named.begin()->second);
+    // The folder itself comes first where the volume was lost, and then what was tried last.
+    auto told = below.named.begin();
+    const bool isLost = IsVolumeLost(told->second);
+    if (isLost && told->first.empty() && std::next(told) != below.named.end()) ++told;
+    messages.SetSubject(TypedPath(target, told->first));
+    messages.SaySystemError(told->second);
     messages.SetSubject(target.argument);
-    if (IsVolumeLost(below.named.begin()->second)) {
+    if (isLost) {
         messages.Say(
             "changed itself, and what is below it that inherits only to a part: the rest was not reached");
         return ChangeResult::kFailed;
