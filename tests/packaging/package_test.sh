@@ -127,6 +127,10 @@ StartDesktop "$work/second-home" light
 Run thunar /srv/more >"$work/output" 2>&1 &
 desktopPids+=($!)
 AwaitWindow "more - Thunar"
+# Where the first folder's icon is drawn.
+HasIcon() { [ "$(import -silent -window "$found" -crop 40x40+192+125 +repage png:- | identify -format %k -)" -gt 1 ]; }
+WaitUntil "the folders' icons" HasIcon
+Settle
 Keys ctrl+a
 ClickIn "$found" 212 145 3 # one of those that are selected
 Settle
