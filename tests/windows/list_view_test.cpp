@@ -56,13 +56,32 @@ TEST_F(SystemListView, ASelectionStaysWithItsRowsWhateverComesBetween) {
     });
 }
 
+TEST_F(SystemListView, ATextStaysUntilTwoMoreHaveBeenAskedFor) {
+    Run(3, [](WindowDriver&, CListCtrl& list) {
+        const auto ask = [&](int row) {
+            NMLVDISPINFOW question{};
+            question.hdr = {list.GetSafeHwnd(), IDC_ENTRIES, static_cast<UINT>(LVN_GETDISPINFOW)};
+            question.item.mask = LVIF_TEXT;
+            question.item.iItem = row;
+            SendMessageW(GetParent(list.GetSafeHwnd()), WM_NOTIFY, IDC_ENTRIES,
+                         reinterpret_cast<LPARAM>(&question));
+            return question.item.pszText;
+        };
+        const wchar_t* first = ask(0);
+        ask(1);
+        ask(2);
+        EXPECT_STREQ(first, L"row 0");
+    });
+}
+
 TEST_F(SystemListView, TypingABeginningGoesToItsRow) {
     Run(5, [](WindowDriver& window, CListCtrl& list) {
-        list.InsertItem(3, "Änderung");
         list.SetFocus();
         window.SelectRow(IDC_ENTRIES, 0);
-        PostMessageW(list.GetSafeHwnd(), WM_CHAR, L'ä', 1);
-        EXPECT_TRUE(window.WaitUntil([&] { return list.IsSelected(3); }));
+        list.InsertItem(3, "Änderung");
+        // The control has not been told of the row yet.
+        SendMessageW(list.GetSafeHwnd(), WM_CHAR, L'ä', 1);
+        EXPECT_THAT(window.SelectedRows(IDC_ENTRIES), ElementsAre(3));
     });
 }
 

@@ -5,15 +5,21 @@ set -euo pipefail
 root=$(readlink -f "$(dirname "$0")/../..")
 folder=$(mktemp -d)
 screen=
-End() {
+StopWine() {
     WINEPREFIX=$root/build/wine/screen /usr/lib/wine/wineserver -k >/dev/null 2>&1 || true
+}
+End() {
+    StopWine
     [ -z "$screen" ] || kill "$screen" 2>/dev/null || true
     rm -rf "$folder"
 }
 trap End EXIT
 
+# One that a killed run has left would go on with the screen of that run.
+StopWine
+# Whoever opens the pipe first waits for the other, and a screen that cannot start ends it.
 mkfifo "$folder/display"
-Xvfb -displayfd 5 -screen 0 1024x768x24 -nolisten tcp -noreset 5<>"$folder/display" >"$folder/xvfb.log" 2>&1 &
+Xvfb -displayfd 5 -screen 0 1024x768x24 -nolisten tcp -noreset 5>"$folder/display" >"$folder/xvfb.log" 2>&1 &
 screen=$!
 read -r -t 60 number <"$folder/display" || { cat "$folder/xvfb.log" >&2; exit 125; }
 export WINE_SCREEN=:$number

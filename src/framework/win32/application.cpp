@@ -39,6 +39,9 @@ Win32Application* Win32Application::Current() {
 int Win32Application::Run() {
     while (ServeMessage()) {
     }
+    // What has ended this loop would end those of what comes now.
+    MSG quit;
+    PeekMessageW(&quit, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE);
     // Work on a disk is put in order before the windows go.
     StopAllWork(std::chrono::milliseconds(0));
     return 0;
@@ -78,7 +81,7 @@ void StopToolkit() {
 
 bool IsModalWindowOpen() {
     const Win32Application* toolkit = theToolkit;
-    return toolkit != nullptr && (!toolkit->modalWindows.empty() || toolkit->boxes.IsBoxOpen());
+    return toolkit != nullptr && toolkit->ModalCount() != 0;
 }
 
 bool IsUiThread() {

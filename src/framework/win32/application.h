@@ -1,6 +1,7 @@
 // The toolkit of the process: exactly one, made on the thread that becomes the user-interface thread.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "framework/win32/message_box.h"
@@ -34,8 +35,10 @@ class Win32Application {
     std::vector<HWND> modalWindows;
     // Windows that take input beside them.
     std::vector<HWND> besideWindows;
-    bool isBusy = false;  // ServeBusyWindowsUntil
+    // What ModalCount was when ServeBusyWindowsUntil began; nothing while the windows are not busy.
+    std::optional<int> modalWhenBusy;
     win32::MessageBoxRules boxes;
+    int ModalCount() const { return static_cast<int>(modalWindows.size()) + boxes.OpenBoxes(); }
 
   private:
     DWORD uiThread = GetCurrentThreadId();

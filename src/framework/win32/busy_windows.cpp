@@ -1,4 +1,7 @@
 // Windows that are painted while the program works, but accept no input.
+#include <optional>
+#include <utility>
+
 #include "framework/native.h"
 #include "framework/win32/application.h"
 #include "framework/win32/window.h"
@@ -19,24 +22,28 @@ bool IsInput(const MSG& message) {
 
 void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded) {
     Win32Application& toolkit = *Win32Application::Current();
-    const bool wasBusy = toolkit.isBusy;
-    toolkit.isBusy = true;
+    const std::optional<int> before = std::exchange(toolkit.modalWhenBusy, toolkit.ModalCount());
+    bool isToEnd = false;
     ::SetCursor(LoadCursorA(nullptr, IDC_WAIT));
     while (!hasEnded()) {
         MSG message;
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0)
-            // A modal window that opens meanwhile has a loop of its own.
-            if (!IsInput(message)) Win32Application::Dispatch(message);
+            if (message.message == WM_QUIT)
+                isToEnd = true;
+            else if (!IsInput(message))  // a modal window that opens meanwhile has a loop of its own
+                Win32Application::Dispatch(message);
     }
-    toolkit.isBusy = wasBusy;
-    if (!wasBusy) ::SetCursor(LoadCursorA(nullptr, IDC_ARROW));
+    toolkit.modalWhenBusy = before;
+    if (!before) ::SetCursor(LoadCursorA(nullptr, IDC_ARROW));
+    if (isToEnd) PostQuitMessage(0);  // for the loops around this one
 }
 
 namespace win32 {
 
 bool ShowBusyCursor() {
     const Win32Application* toolkit = Win32Application::Current();
-    if (toolkit == nullptr || !toolkit->isBusy || IsModalWindowOpen()) return false;
+    if (toolkit == nullptr || !toolkit->modalWhenBusy) return false;
+    if (toolkit->ModalCount() > *toolkit->modalWhenBusy) return false;  // one that opened meanwhile
     ::SetCursor(LoadCursorA(nullptr, IDC_WAIT));
     return true;
 }

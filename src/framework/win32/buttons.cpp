@@ -148,9 +148,10 @@ void ButtonWindow::DrawPicture(const DRAWITEMSTRUCT& drawing) const {
 LRESULT ButtonWindow::OnMessage(const Message& message) {
     if (message.code != WM_SETFOCUS) return SystemWindow::OnMessage(message);
     // A radio button reports a click when it gets the keyboard, which nobody has made.
+    HWND self = Own();
     isGettingFocus = true;
     const LRESULT answer = SystemWindow::OnMessage(message);
-    isGettingFocus = false;
+    if (Of(self) == this) isGettingFocus = false;
     return answer;
 }
 

@@ -24,6 +24,19 @@ RECT WorkArea(HWND window) {
     return monitor.rcWork;
 }
 
+// The size that `window` can have of the one that is wanted.
+SIZE WithinScreen(SIZE wanted, HWND window) {
+    const RECT room = WorkArea(window);
+    return {std::min(wanted.cx, room.right - room.left), std::min(wanted.cy, room.bottom - room.top)};
+}
+
+bool Owns(HWND window, HWND owned) {
+    HWND owner = GetWindow(owned, GW_OWNER);
+    while (owner != nullptr && owner != window)
+        owner = GetWindow(owner, GW_OWNER);
+    return owner != nullptr;
+}
+
 // With its whole size within `area`, if that is large enough.
 void PlaceWithin(HWND window, POINT corner, const RECT& area) {
     const RECT rect = RectOf(window);
@@ -33,7 +46,8 @@ void PlaceWithin(HWND window, POINT corner, const RECT& area) {
                  std::clamp(corner.y, area.top, bottom), 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-// While it exists, the thread's other windows take no input, except those that stand beside.
+// While it exists, the thread's other windows take no input, except those that stand beside. One of these
+// waits for a question of its own, though.
 class OthersDisabled {
   public:
     explicit OthersDisabled(HWND window) : shown(window) {
@@ -52,8 +66,9 @@ class OthersDisabled {
     static BOOL CALLBACK Take(HWND window, LPARAM self) {
         auto& all = *reinterpret_cast<OthersDisabled*>(self);
         const auto& beside = Win32Application::Current()->besideWindows;
-        if (window != all.shown && ::IsWindowEnabled(window) != 0 && IsWindowVisible(window) != 0 &&
-            std::ranges::find(beside, window) == beside.end())
+        const bool isExempt = std::ranges::find(beside, window) != beside.end() && !Owns(window, all.shown);
+        if (window != all.shown && !isExempt && ::IsWindowEnabled(window) != 0 &&
+            IsWindowVisible(window) != 0)
             all.disabled.push_back(window);
         return TRUE;
     }
@@ -80,7 +95,7 @@ DialogWindow::DialogWindow(CWnd& window, CWnd* owner, DWORD templateStyle, unsig
 }
 
 DialogWindow::~DialogWindow() {
-    if (Win32Application* toolkit = Win32Application::Current()) std::erase(toolkit->besideWindows, Own());
+    if (Win32Application* toolkit = Win32Application::Current()) std::erase(toolkit->besideWindows, beside);
 }
 
 DialogWindow* DialogWindow::Around(HWND window) {
@@ -108,17 +123,16 @@ void DialogWindow::SetClientSize(Size size, Sizing sizing) {
     const RECT before = RectOf(Own());
     SIZE whole = WindowSize(size);
     if (sizing == Sizing::kMayGrow) {
-        const RECT room = WorkArea(Own());
-        whole.cx = std::min(std::max(whole.cx, before.right - before.left), room.right - room.left);
-        whole.cy = std::min(std::max(whole.cy, before.bottom - before.top), room.bottom - room.top);
+        whole.cx = std::max(whole.cx, before.right - before.left);
+        whole.cy = std::max(whole.cy, before.bottom - before.top);
+        whole = WithinScreen(whole, Own());
     }
     Resize(whole);
 }
 
 void DialogWindow::Enlarge(Size client) {
-    const RECT room = WorkArea(Own());
     const SIZE whole = WindowSize({std::max(client.cx, least.cx), std::max(client.cy, least.cy)});
-    Resize({std::min(whole.cx, room.right - room.left), std::min(whole.cy, room.bottom - room.top)});
+    Resize(WithinScreen(whole, Own()));
 }
 
 void DialogWindow::Move(const Rect& rect) {
@@ -153,17 +167,20 @@ void DialogWindow::PlaceBeside(HWND shown) {
 
 void DialogWindow::RunModal() {
     Win32Application& toolkit = *Win32Application::Current();
+    HWND self = Own();
     hasEnded = false;
     Centre();
-    toolkit.modalWindows.push_back(Own());
+    toolkit.modalWindows.push_back(self);
     {
-        const OthersDisabled others(Own());
+        const OthersDisabled others(self);
         ::ShowWindow(Own(), SW_SHOW);
         ::SetActiveWindow(Own());
-        while (!hasEnded && Win32Application::ServeMessage()) {
+        // The window may go with its owner.
+        while (!hasEnded && Own() != nullptr && Win32Application::ServeMessage()) {
         }
     }
-    std::erase(toolkit.modalWindows, Own());
+    std::erase(toolkit.modalWindows, self);
+    if (Own() == nullptr) return;
     HWND below = toolkit.modalWindows.empty() ? GetWindow(Own(), GW_OWNER) : toolkit.modalWindows.back();
     if (below != nullptr) ::SetActiveWindow(below);
     ::ShowWindow(Own(), SW_HIDE);
@@ -175,14 +192,14 @@ void DialogWindow::EndModal() {
 }
 
 void DialogWindow::ShowBeside() {
-    if (!isBeside) {
-        isBeside = true;
+    if (beside == nullptr) {
+        beside = Own();
         if (HWND active = ::GetActiveWindow(); active != nullptr) PlaceBeside(active);
         // One that belongs to another would always stand before it.
         SetWindowLongPtrW(Own(), GWLP_HWNDPARENT, 0);
-        Win32Application::Current()->besideWindows.push_back(Own());
+        Win32Application::Current()->besideWindows.push_back(beside);
+        ::EnableWindow(beside, TRUE);
     }
-    ::EnableWindow(Own(), TRUE);
     ::ShowWindow(Own(), IsIconic(Own()) != 0 ? SW_RESTORE : SW_SHOW);
     SetForegroundWindow(Own());
 }
@@ -271,7 +288,7 @@ LRESULT DialogWindow::OnMessage(const Message& message) {
             return 0;
         case WM_GETMINMAXINFO:
             if (least != Size{}) {
-                const SIZE whole = WindowSize(least);
+                const SIZE whole = WithinScreen(WindowSize(least), Own());
                 reinterpret_cast<MINMAXINFO*>(message.wider)->ptMinTrackSize = {whole.cx, whole.cy};
                 return 0;
             }
@@ -294,7 +311,12 @@ void GiveFocus(HWND window) {
 void PassFocusOn(HWND window) {
     HWND focused = ::GetFocus();
     if (focused == nullptr || (focused != window && IsChild(window, focused) == 0)) return;
-    if (DialogWindow* dialog = DialogWindow::Around(window)) dialog->MoveFocus(1, window);
+    DialogWindow* dialog = DialogWindow::Around(window);
+    if (dialog == nullptr || dialog->Own() == window) return;
+    HWND top = dialog->Own();
+    dialog->MoveFocus(1, window);
+    // Where no control takes the keyboard, the dialog's keys stay.
+    if (::GetFocus() == focused) ::SetFocus(top);
 }
 
 void FocusMoved(HWND window) {

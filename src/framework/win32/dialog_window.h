@@ -54,7 +54,7 @@ class DialogWindow final : public PaintedWindow<NativeDialog> {
     HWND tips = nullptr;
     Size least;
     bool hasEnded = false;
-    bool isBeside = false;
+    HWND beside = nullptr;  // the window, when it stands beside others
 };
 
 }  // namespace permora::win32

@@ -13,6 +13,13 @@ SelectMode ModeOfKeys() {
     return isControl ? SelectMode::kToggle : SelectMode::kReplace;
 }
 
+// Input of the user that may change the selection.
+bool MaySelect(const Message& message) {
+    if (message.code == WM_MOUSEMOVE) return (message.wide & (MK_LBUTTON | MK_RBUTTON)) != 0;
+    return (message.code >= WM_KEYFIRST && message.code <= WM_KEYLAST) ||
+           (message.code >= WM_MOUSEFIRST && message.code <= WM_MOUSELAST);
+}
+
 }  // namespace
 
 // ---- What the control asks for ----
@@ -20,8 +27,10 @@ SelectMode ModeOfKeys() {
 void ListViewWindow::GiveItem(LVITEMW& item) {
     const ListRows& rows = list.Rows();
     if ((item.mask & LVIF_TEXT) != 0) {
-        given = Wide(rows.Text(item.iItem, item.iSubItem));
-        item.pszText = given.data();
+        std::wstring& text = given[nextGiven];
+        nextGiven = (nextGiven + 1) % given.size();
+        text = Wide(rows.Text(item.iItem, item.iSubItem));
+        item.pszText = text.data();
     }
     if ((item.mask & LVIF_IMAGE) != 0) {
         item.iImage = rows.Image(item.iItem);
@@ -159,8 +168,9 @@ LRESULT ListViewWindow::OnPress(const Message& message) {
     pressedCheckBox = isOnCheckBox ? hit.iItem : -1;
     pressedRow = isSelected && !isOnCheckBox ? hit.iItem : -1;
     if (!isOnCheckBox) {
+        HWND self = Own();
         const LRESULT answer = Default(message);
-        if (Of(Own()) == this) TakeSelection();
+        if (Of(self) == this) TakeSelection();
         return answer;
     }
     ::SetFocus(Own());
@@ -182,6 +192,8 @@ KeyUse ListViewWindow::OnDialogKey(UINT virtualKey) {
 
 LRESULT ListViewWindow::OnMessage(const Message& message) {
     HWND self = Own();
+    const bool isInput = MaySelect(message);
+    if (isInput) ShowChanges();  // what the user then changes is not overwritten
     switch (message.code) {
         case kShowChanges:
             ShowChanges();
@@ -197,7 +209,6 @@ LRESULT ListViewWindow::OnMessage(const Message& message) {
         }
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:
-            ShowChanges();
             return OnPress(message);
         case WM_LBUTTONUP:
             if (pressedCheckBox >= 0) {
@@ -207,7 +218,6 @@ LRESULT ListViewWindow::OnMessage(const Message& message) {
             }
             break;
         case WM_KEYDOWN: {
-            ShowChanges();
             list.ReportKey(static_cast<unsigned int>(message.wide));
             if (Of(self) != this) return 0;
             if (message.wide != VK_SPACE) break;
@@ -227,8 +237,6 @@ LRESULT ListViewWindow::OnMessage(const Message& message) {
         default:
             break;
     }
-    const bool isInput = (message.code >= WM_KEYFIRST && message.code <= WM_KEYLAST) ||
-                         (message.code >= WM_MOUSEFIRST && message.code <= WM_MOUSELAST);
     const LRESULT answer = SystemWindow::OnMessage(message);
     if (isInput && Of(self) == this) TakeSelection();
     return answer;

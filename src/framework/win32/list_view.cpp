@@ -30,6 +30,7 @@ ListViewWindow::ListViewWindow(CListCtrl& shown, CWnd& parent, const ControlSpec
 }
 
 ListViewWindow::~ListViewWindow() {
+    DestroyOwn();  // before the images that it shows
     if (images != nullptr) ImageList_Destroy(images);
 }
 
@@ -153,8 +154,7 @@ void ListViewWindow::ShowAppearance() {
 }
 
 void ListViewWindow::ShowImages() {
-    if (images != nullptr) ImageList_Destroy(images);
-    images = nullptr;
+    HIMAGELIST before = std::exchange(images, nullptr);
     const CImageList::Images* shown = list.Images();
     if (shown != nullptr && shown->size != Size{}) {
         const int width = ToDevice(shown->size.cx, Dpi());
@@ -163,8 +163,10 @@ void ListViewWindow::ShowImages() {
         for (const CIcon& icon : shown->icons)
             ImageList_AddIcon(images, icon.Native()->For(width).icon);
     }
-    const WPARAM kind = list.GetView() == ListView::kIcons ? LVSIL_NORMAL : LVSIL_SMALL;
-    Ask(LVM_SETIMAGELIST, kind, reinterpret_cast<LPARAM>(images));
+    const bool isLarge = list.GetView() == ListView::kIcons;
+    Ask(LVM_SETIMAGELIST, LVSIL_NORMAL, isLarge ? reinterpret_cast<LPARAM>(images) : 0);
+    Ask(LVM_SETIMAGELIST, LVSIL_SMALL, isLarge ? 0 : reinterpret_cast<LPARAM>(images));
+    if (before != nullptr) ImageList_Destroy(before);
 }
 
 void ListViewWindow::ShowColumns() {

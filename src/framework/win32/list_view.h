@@ -1,6 +1,7 @@
 // The list view: the system's virtual one, which asks the shared half for what it shows.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -70,7 +71,9 @@ class ListViewWindow final : public SystemWindow<NativeListView>, public ListDis
     bool isShowing = false;    // the control's notifications are about what the program does
     int pressedRow = -1;       // was selected; unless the mouse is moved, its release selects it alone
     int pressedCheckBox = -1;  // until the button is released
-    std::wstring given;        // the text that the control has asked for last
+    // The texts that the control has asked for last: it may use one until it has asked for two more.
+    std::array<std::wstring, 3> given;
+    std::size_t nextGiven = 0;
 };
 
 }  // namespace permora::win32

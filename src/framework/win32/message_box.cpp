@@ -9,11 +9,13 @@ namespace {
 constexpr UINT_PTR kBoxRulesId = 1;
 constexpr const wchar_t* kRulesProperty = L"PermoraBoxRules";
 constexpr const wchar_t* kSystemDialogClass = L"#32770";
+constexpr int kBoxTextId = 0xFFFF;
 
 MessageBoxRules* theRules = nullptr;  // of the user-interface thread
 
-// The button that changes least; 0 for a system's dialog that is no box of ours.
+// The button that changes least; 0 for another dialog of the system.
 int SafestButtonOf(HWND box) {
+    if (GetDlgItem(box, kBoxTextId) == nullptr) return 0;
     for (const int id : {IDCANCEL, IDNO, IDOK})
         if (GetDlgItem(box, id) != nullptr) return id;
     return 0;

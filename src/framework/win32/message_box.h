@@ -15,7 +15,7 @@ class MessageBoxRules {
     MessageBoxRules(const MessageBoxRules&) = delete;
     MessageBoxRules& operator=(const MessageBoxRules&) = delete;
 
-    bool IsBoxOpen() const { return openBoxes != 0; }
+    int OpenBoxes() const { return openBoxes; }
 
   private:
     static LRESULT CALLBACK OnWindow(int code, WPARAM window, LPARAM details);

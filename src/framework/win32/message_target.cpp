@@ -1,5 +1,7 @@
 #include "framework/win32/message_target.h"
 
+#include <utility>
+
 #include "framework/styles.h"
 
 namespace permora::win32 {
@@ -28,10 +30,14 @@ HWND SubjectOf(const Message& message) {
 }  // namespace
 
 MessageTarget::~MessageTarget() {
+    DestroyOwn();
+}
+
+void MessageTarget::DestroyOwn() {
     if (own == nullptr) return;
     RemoveWindowSubclass(own, Receive, kTargetId);
     RemovePropW(own, kTargetProperty);
-    DestroyWindow(own);
+    DestroyWindow(std::exchange(own, nullptr));
 }
 
 MessageTarget* MessageTarget::Of(HWND window) {

@@ -36,6 +36,8 @@ class MessageTarget {
   protected:
     // Takes the window over.
     void Adopt(HWND made);
+    // Destroys the window, which says nothing to this object any more.
+    void DestroyOwn();
 
     // A handler of the program may destroy the object, so nothing may use it after a report.
     virtual LRESULT OnMessage(const Message& message) { return Default(message); }

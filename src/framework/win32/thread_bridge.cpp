@@ -16,11 +16,14 @@ ThreadBridge::ThreadBridge()
 }
 
 void ThreadBridge::Post(std::function<void()> work) {
-    {
-        const std::lock_guard lock(mutex);
-        posted.push_back(std::move(work));
-    }
-    PostMessageW(window, kWorkPosted, 0, 0);
+    const std::lock_guard lock(mutex);
+    posted.push_back(std::move(work));
+    AskForTurn();
+}
+
+// With the lock held. One message at a time: one that the system has refused is made up for by the next.
+void ThreadBridge::AskForTurn() {
+    if (!isAwaited && !posted.empty()) isAwaited = PostMessageW(window, kWorkPosted, 0, 0) != 0;
 }
 
 void ThreadBridge::PostLater(int milliseconds, std::function<void()> work) {
@@ -29,14 +32,16 @@ void ThreadBridge::PostLater(int milliseconds, std::function<void()> work) {
 }
 
 void ThreadBridge::Serve() {
-    MSG message;
-    while (PeekMessageW(&message, window, kWorkPosted, kWorkPosted, PM_REMOVE) != 0)
-        RunNext();
+    while (RunNext()) {
+    }
 }
 
 LRESULT ThreadBridge::OnMessage(const Message& message) {
     switch (message.code) {
-        case kWorkPosted:
+        case kWorkPosted: {
+            const std::lock_guard lock(mutex);
+            isAwaited = false;
+        }
             RunNext();
             return 0;
         case WM_TIMER:
@@ -47,15 +52,17 @@ LRESULT ThreadBridge::OnMessage(const Message& message) {
     }
 }
 
-void ThreadBridge::RunNext() {
+bool ThreadBridge::RunNext() {
     std::function<void()> work;
     {
         const std::lock_guard lock(mutex);
-        if (posted.empty()) return;
+        if (posted.empty()) return false;
         work = std::move(posted.front());
         posted.pop_front();
+        AskForTurn();  // the piece may have a loop of its own, which serves the others
     }
     work();
+    return true;
 }
 
 void ThreadBridge::RunTimer(UINT_PTR id) {

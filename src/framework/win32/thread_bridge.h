@@ -25,12 +25,14 @@ class ThreadBridge : public MessageTarget {
     LRESULT OnMessage(const Message& message) override;
 
   private:
-    void RunNext();
+    bool RunNext();  // false when nothing is left
+    void AskForTurn();
     void RunTimer(UINT_PTR id);
 
     const HWND window;  // for other threads
     std::mutex mutex;
     std::deque<std::function<void()>> posted;
+    bool isAwaited = false;  // a message for the next piece is on its way
     std::map<UINT_PTR, std::function<void()>> timers;
     UINT_PTR lastTimer = 0;
 };
