@@ -11,6 +11,7 @@
 #include "platform/linux/accounts/account_names.h"
 #include "platform/linux/accounts/domain_accounts.h"
 #include "platform/linux/accounts/samba_accounts.h"
+#include "platform/linux/accounts/unix_accounts.h"
 #include "platform/server_accounts.h"
 
 namespace permora::host {
