@@ -13,6 +13,7 @@
 #include "platform/raw_security.h"
 #include "platform/system_message.h"
 #include "security/access_entry_list.h"
+#include "security/object_server.h"
 
 namespace permora {
 namespace {
