@@ -9,12 +9,6 @@ cli=$1
 export HOME=$server/home
 credentials=/root/files.credentials
 
-failures=0
-Fail() {
-    printf 'FAILED: %s\n' "$*"
-    failures=$((failures + 1))
-}
-
 # shellcheck disable=SC2016 # it expands in the shell of the server
 # The server has an /etc of its own, so that nobody here knows its users.
 MakeServer() {

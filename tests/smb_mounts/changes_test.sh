@@ -8,12 +8,6 @@ source "$here/server.sh"
 cli=$1
 export HOME=$server/home # for the history
 
-failures=0
-Fail() {
-    printf 'FAILED: %s\n' "$*"
-    failures=$((failures + 1))
-}
-
 # MakeTree FOLDER makes the objects whose names are in the list.
 MakeTree() {
     local name

@@ -9,12 +9,6 @@ source "$here/server.sh"
 cli=$1
 export HOME=$server/home # for the history
 
-failures=0
-Fail() {
-    printf 'FAILED: %s\n' "$*"
-    failures=$((failures + 1))
-}
-
 # Lists prints what the server tells of every object, paths relative.
 Lists() { (cd "$mount/tree" && find . -print0 | LC_ALL=C sort -z | xargs -0 getfattr --encoding=hex --name=system.cifs_acl 2>/dev/null); }
 

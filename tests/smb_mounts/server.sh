@@ -5,6 +5,13 @@ server=/run/server       # what the server needs
 ownDisk=$server/data     # what it shares, on its own disk
 mount=/mnt/data          # the same, mounted as root of the server
 
+# A test goes on after a failure, and ends with `[ "$failures" = 0 ]`.
+failures=0
+Fail() {
+    printf 'FAILED: %s\n' "$*"
+    failures=$((failures + 1))
+}
+
 # smbcacls and rpcclient read /etc/samba/smb.conf.
 StartServer() {
     mkdir -p "$server"/{private,lock,state,cache,pid,data,modes,rpc} /etc/samba
