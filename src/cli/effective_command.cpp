@@ -166,7 +166,7 @@ ExitCode EffectiveCommand::Begin(const std::vector<Target>& targets) {
     }
     if (!server.IsOne()) {
         messages.Say("The objects are on different servers, where accounts belong to different groups");
-        return ExitCode::kSomeFailed;
+        return ExitCode::kUsage;
     }
     all.emplace(Request());
     all->BeOn(server.Name());
