@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Usage: help/compile.sh COMPILER PROJECT
 # Compiles the help in the current folder, to the same bytes from the same pages. The compiler lets the time of day and
-# memory that it has not filled get into the file. That memory is the same where addresses and environment are.
+# memory that it has not filled get into the file. That memory is the same where addresses and environment are; but not in the
+# index in its binary form, where it depends on the libraries of the machine. So the project leaves that form out.
 set -euo pipefail
 compiler=$1
 project=$2
