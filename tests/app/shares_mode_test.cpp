@@ -27,8 +27,8 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-constexpr unsigned int kList = BrowserView::kListId;
-constexpr const char* kFolder = R"(T:\)";
+constexpr unsigned int kShareRows = BrowserView::kListId;
+constexpr const char* kServedFolder = R"(T:\)";
 
 // The program on a folder with the folder "sub", on a machine with shares.
 class SharesMode : public ::testing::Test {
@@ -55,14 +55,14 @@ class SharesMode : public ::testing::Test {
         EXPECT_TRUE(Frame().OnCmdMsg(notification)) << command;
     }
     static WindowDriver Window() { return UiDriver::MainWindow(); }
-    static std::vector<std::string> Rows() { return Window().Rows(kList); }
+    static std::vector<std::string> Rows() { return Window().Rows(kShareRows); }
 
     static void ExpectSharesShown(bool shown) {
         WindowDriver window = Window();
         window.WaitUntil([&] { return window.IsChecked(ID_SHOW_SHARES) == shown; });
         EXPECT_EQ(window.ReadMenu(ID_SHOW_SHARES).isChecked, shown);
         EXPECT_EQ(window.ReadMenu(ID_NEW_FOLDER).text, shown ? "&New Share..." : "&New Folder...");
-        EXPECT_EQ(window.Headers(kList)[1], shown ? "Path" : "Type");
+        EXPECT_EQ(window.Headers(kShareRows)[1], shown ? "Path" : "Type");
         EXPECT_EQ(window.Text(IDC_LOCATION) == "Accessible shared resources", shown);
     }
     void ExpectQuestion(int answer) {
@@ -100,7 +100,7 @@ TEST_F(SharesMode, ShowsEveryShareButThatOfTheMachinesServices) {
 
     Run(ID_SHOW_SHARES);
     ExpectSharesShown(false);
-    EXPECT_EQ(Window().Text(IDC_LOCATION), kFolder);
+    EXPECT_EQ(Window().Text(IDC_LOCATION), kServedFolder);
     EXPECT_THAT(Rows(), ElementsAre(HasSubstr("sub")));
 }
 
@@ -117,7 +117,7 @@ TEST_F(SharesMode, PropertiesOpenTheEditorOnTheSharedFolder) {
     Run(ID_GO_TO_ROOT);
     Run(ID_SHOW_SHARES);
     const auto before = std::filesystem::current_path();
-    Window().SelectRow(kList, 0);
+    Window().SelectRow(kShareRows, 0);
     ui.ExpectDialog(IDD_FOLDER_PROPERTIES, [&](WindowDriver& properties) {
         ui.ExpectSheet("Security Editor - sub", [&](WindowDriver& sheet) {
             EXPECT_TRUE(sheet.IsEnabled(IDC_INHERIT_FROM_PARENT)) << "it is no drive";
@@ -128,7 +128,7 @@ TEST_F(SharesMode, PropertiesOpenTheEditorOnTheSharedFolder) {
     });
     Run(ID_PROPERTIES);
     EXPECT_EQ(std::filesystem::current_path(), before);
-    Window().SelectRow(kList, 1);
+    Window().SelectRow(kShareRows, 1);
     ui.ExpectError(GetSystemMessageText(ERROR_ACCESS_DENIED));
     Run(ID_PROPERTIES);
 }
@@ -138,14 +138,14 @@ TEST_F(SharesMode, RemovesTheSelectedSharesUpToTheFirstFailure) {
     ui.ExpectInformation("Please, select items to work with them.");
     Run(ID_DELETE);
 
-    Window().SelectRows(kList, {0, 1, 2});
+    Window().SelectRows(kShareRows, {0, 1, 2});
     ExpectQuestion(IDNO);
     machine.shares.push_back({"new", R"(D:\new)"});
     Run(ID_DELETE);
     EXPECT_EQ(Rows().size(), 4U) << "nothing was removed, and the list is new";
 
     machine.shares[2].removeError = NERR_NetNameNotFound;
-    Window().SelectRows(kList, {0, 1, 2});
+    Window().SelectRows(kShareRows, {0, 1, 2});
     ExpectQuestion(IDYES);
     ui.ExpectError("Error: one or more shared resources coud not be removed: " +
                    GetSystemMessageText(NERR_NetNameNotFound));
@@ -159,7 +159,7 @@ TEST_F(SharesMode, EndsBeforeTheUserGoesElsewhere) {
         std::string location;
     } cases[] = {
         {ID_GO_BACK, kDriveListLocation},
-        {ID_GO_FORWARD, kFolder},
+        {ID_GO_FORWARD, kServedFolder},
         {ID_GO_TO_LOCATION, R"(T:\sub)"},
         {ID_GO_TO_ROOT, kDriveListLocation},
     };
@@ -228,7 +228,7 @@ TEST_F(SharesMode, OpensTheShareSheetOnTheSelection) {
     Run(ID_SHOW_SHARES);
     std::filesystem::remove_all(data.Path("sub"));
     const auto before = std::filesystem::current_path();
-    Window().SelectRow(kList, 1);
+    Window().SelectRow(kShareRows, 1);
     machine.shares.clear();
     ui.ExpectError(GetSystemMessageText(NERR_NetNameNotFound));
     ui.ExpectSheet("Security Editor - docs", [](WindowDriver& sheet) {

@@ -6,7 +6,7 @@
 
 namespace {
 
-permora::test::ShellFakes* fakes = nullptr;
+permora::test::ShellFakes* shellFakes = nullptr;
 
 constexpr std::uintptr_t kLastFailure = 32;
 
@@ -17,12 +17,12 @@ extern "C" {
 HINSTANCE __wrap_ShellExecuteA(HWND, LPCSTR operation, LPCSTR file, LPCSTR parameters, LPCSTR directory,
                                int showCommand) {
     const bool isPlain = parameters == nullptr && directory == nullptr && showCommand == SW_SHOW;
-    const bool isServed = isPlain && fakes->Serve(std::string(operation) + ' ' + file);
+    const bool isServed = isPlain && shellFakes->Serve(std::string(operation) + ' ' + file);
     return reinterpret_cast<HINSTANCE>(isServed ? kLastFailure + 1 : kLastFailure);
 }
 
 UINT __wrap_WinExec(LPCSTR commandLine, UINT) {
-    return fakes->Serve(commandLine) ? kLastFailure : kLastFailure - 1;
+    return shellFakes->Serve(commandLine) ? kLastFailure : kLastFailure - 1;
 }
 
 }  // extern "C"
@@ -30,11 +30,11 @@ UINT __wrap_WinExec(LPCSTR commandLine, UINT) {
 namespace permora::test {
 
 ShellFakes::ShellFakes() {
-    fakes = this;
+    shellFakes = this;
 }
 
 ShellFakes::~ShellFakes() {
-    fakes = nullptr;
+    shellFakes = nullptr;
 }
 
 bool ShellFakes::Serve(const std::string& request) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-permora::test::SystemFakes* fakes = nullptr;
+permora::test::SystemFakes* systemFakes = nullptr;
 
 }  // namespace
 
@@ -24,8 +24,9 @@ DWORD __real_GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size);
 LSTATUS __wrap_RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR keyClass, DWORD options,
                                REGSAM access, LPSECURITY_ATTRIBUTES security, PHKEY result,
                                LPDWORD disposition) {
-    if (fakes == nullptr || key != HKEY_CLASSES_ROOT) {
-        if (fakes != nullptr && fakes->writeError != 0) return static_cast<LSTATUS>(fakes->writeError);
+    if (systemFakes == nullptr || key != HKEY_CLASSES_ROOT) {
+        if (systemFakes != nullptr && systemFakes->writeError != 0)
+            return static_cast<LSTATUS>(systemFakes->writeError);
         return __real_RegCreateKeyExA(key, subKey, reserved, keyClass, options, access, security, result,
                                       disposition);
     }
@@ -35,25 +36,25 @@ LSTATUS __wrap_RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR ke
 }
 
 LSTATUS __wrap_RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD options, REGSAM access, PHKEY result) {
-    if (fakes == nullptr || key != HKEY_CLASSES_ROOT)
+    if (systemFakes == nullptr || key != HKEY_CLASSES_ROOT)
         return __real_RegOpenKeyExA(key, subKey, options, access, result);
     const std::string path = std::string("Classes\\") + subKey;
     return __real_RegOpenKeyExA(HKEY_CURRENT_USER, path.c_str(), options, access, result);
 }
 
 BOOL __wrap_GetVersionExA(OSVERSIONINFOA* version) {
-    if (fakes == nullptr) return __real_GetVersionExA(version);
-    version->dwMajorVersion = fakes->majorVersion;
+    if (systemFakes == nullptr) return __real_GetVersionExA(version);
+    version->dwMajorVersion = systemFakes->majorVersion;
     return TRUE;
 }
 
 LPSTR __wrap_GetCommandLineA() {
-    return fakes != nullptr ? fakes->commandLine.data() : __real_GetCommandLineA();
+    return systemFakes != nullptr ? systemFakes->commandLine.data() : __real_GetCommandLineA();
 }
 
 DWORD __wrap_GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
-    if (fakes == nullptr) return __real_GetModuleFileNameA(module, path, size);
-    const std::size_t length = fakes->programPath.copy(path, size - 1);
+    if (systemFakes == nullptr) return __real_GetModuleFileNameA(module, path, size);
+    const std::size_t length = systemFakes->programPath.copy(path, size - 1);
     path[length] = '\0';
     return static_cast<DWORD>(length);
 }
@@ -64,11 +65,11 @@ namespace permora::test {
 
 SystemFakes::SystemFakes() {
     setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
-    fakes = this;
+    systemFakes = this;
 }
 
 SystemFakes::~SystemFakes() {
-    fakes = nullptr;
+    systemFakes = nullptr;
 }
 
 }  // namespace permora::test

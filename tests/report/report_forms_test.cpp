@@ -114,23 +114,23 @@ TEST(ReportReaderTest, WhatNoReportHasIsRefused) {
     EXPECT_EQ(report.lists.size(), 3U);
     EXPECT_EQ(report.extent, ReportExtent::kWhole);
 
-    struct Case {
+    struct Damage {
         const char* from;
         const char* to;
         const char* fault;
     };
     for (const auto& [from, to, fault] : {
-             Case{"permora 1", "permora 9", "of this form"},
-             Case{"\"objects\": [", "\"others\": [", "not complete"},
-             Case{"\"below\":\"b\"", "\"below\":\"a\"", "object 3"},
-             Case{"\"below\":\"b\"", "\"below\":\"..\\\\x\"", "object 3"},
-             Case{"\"below\":\"b\"", "\"below\":7", "object 3"},
-             Case{"\"list\":2", "\"list\":3", "object 3"},
-             Case{"\"list\":2", "\"list\":-1", "object 3"},
-             Case{"\"list\":2", "\"list\":1e300", "object 3"},
-             Case{"\"top\":0,\"below\":\"a\"", "\"top\":1,\"below\":\"a\"", "object 2"},
-             Case{"\"descriptor\":\"AQ", "\"descriptor\":\"BQ", "list 1"},
-             Case{"\"kind\":\"folder\"", "\"kind\":\"house\"", "object 1"},
+             Damage{"permora 1", "permora 9", "of this form"},
+             Damage{"\"objects\": [", "\"others\": [", "not complete"},
+             Damage{"\"below\":\"b\"", "\"below\":\"a\"", "object 3"},
+             Damage{"\"below\":\"b\"", "\"below\":\"..\\\\x\"", "object 3"},
+             Damage{"\"below\":\"b\"", "\"below\":7", "object 3"},
+             Damage{"\"list\":2", "\"list\":3", "object 3"},
+             Damage{"\"list\":2", "\"list\":-1", "object 3"},
+             Damage{"\"list\":2", "\"list\":1e300", "object 3"},
+             Damage{"\"top\":0,\"below\":\"a\"", "\"top\":1,\"below\":\"a\"", "object 2"},
+             Damage{"\"descriptor\":\"AQ", "\"descriptor\":\"BQ", "list 1"},
+             Damage{"\"kind\":\"folder\"", "\"kind\":\"house\"", "object 1"},
          }) {
         std::string text = whole.text;
         const std::size_t place = text.find(from);

@@ -8,7 +8,7 @@ namespace permora::test {
 namespace {
 
 using Listing = FolderShape::Listing;
-constexpr TreeObjectKind kFile = TreeObjectKind::kFile;
+constexpr TreeObjectKind kPlainFile = TreeObjectKind::kFile;
 constexpr RemarkSet kOwn = {Remark::kOwnEntries};
 
 struct Row {
@@ -42,12 +42,16 @@ TEST(FolderShapeTest, FoldersThatDepartStandBelowEachOther) {
         {"the top alone, which is shown in any case", {{"", {}}}, " 0/0\n"},
         {"files are counted and not shown; a remark is counted beside a departure",
          {{"", kOwn},
-          {"a", kOwn, kFile},
-          {"b", {Remark::kOwnEntries, Remark::kOpenToAll}, kFile},
+          {"a", kOwn, kPlainFile},
+          {"b", {Remark::kOwnEntries, Remark::kOpenToAll}, kPlainFile},
           {"c", {Remark::kDenial}}},
          " 2/2\n"},
         {"folders between those that are shown stay in the name",
-         {{"", {}}, {"a\\b", kOwn}, {"a\\b\\c\\d", kOwn}, {"a\\b\\c\\d\\e", kOwn, kFile}, {"a\\b\\x", kOwn}},
+         {{"", {}},
+          {"a\\b", kOwn},
+          {"a\\b\\c\\d", kOwn},
+          {"a\\b\\c\\d\\e", kOwn, kPlainFile},
+          {"a\\b\\x", kOwn}},
          " 4/0\n a\\b 3/0\n  c\\d 1/0\n  x 0/0\n"},
         {"a name that only begins alike is beside, not below",
          {{"", {}}, {"a", kOwn}, {"a b", kOwn}, {"a b\\c", kOwn}, {"ab", kOwn}},
@@ -56,10 +60,10 @@ TEST(FolderShapeTest, FoldersThatDepartStandBelowEachOther) {
          {{"", {}},
           {"a", {Remark::kUnreadable}},
           {"b", {Remark::kUnlisted}},
-          {"c", {Remark::kDamaged}, kFile}},
+          {"c", {Remark::kDamaged}, kPlainFile}},
          " 0/3\n a 0/0\n b 0/0\n"},
         {"the next tree begins anew",
-         {{"", {}}, {"a", kOwn}, {"", {}}, {"a", kOwn}, {"a\\b", kOwn, kFile}},
+         {{"", {}}, {"a", kOwn}, {"", {}}, {"a", kOwn}, {"a\\b", kOwn, kPlainFile}},
          " 1/0\n a 0/0\n 2/0\n a 1/0\n"},
         {"what is deep is counted only, what nobody asked for not even that",
          {{"", kOwn, TreeObjectKind::kFolder, Listing::kLeftOut},

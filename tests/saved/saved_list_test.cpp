@@ -16,7 +16,7 @@ constexpr const char* kHead = "permora-lists 1\nsaved 2026-11-26T08:02:11Z\npart
 constexpr const char* kTop = "top C:/srv/data\nvolume ext4 1a2b3c4d\n";
 constexpr const char* kList = "list aa O:BAG:BAD:PAI(A;OICI;FA;;;BA)\n";
 
-std::vector<std::uint8_t> Bytes(const std::string& sddl) {
+std::vector<std::uint8_t> DescriptorBytes(const std::string& sddl) {
     std::vector<std::uint8_t> bytes;
     const auto descriptor = nt::FromSddl(sddl);
     EXPECT_TRUE(descriptor && descriptor->AppendTo(bytes)) << sddl;
@@ -48,11 +48,11 @@ struct Written {
 };
 
 TEST(SavedLists, WhatIsWrittenIsReadBack) {
-    const auto usual = Bytes("O:BAG:BAD:PAI(A;OICI;FA;;;BA)");
+    const auto usual = DescriptorBytes("O:BAG:BAD:PAI(A;OICI;FA;;;BA)");
     // A defaulted owner, and a revision that the text form has no word for.
     auto defaulted = usual;
     defaulted[2] |= 1;
-    const auto withLineFeed = Bytes("D:(XA;;FA;;;WD;(x == \"a\nb\"))");
+    const auto withLineFeed = DescriptorBytes("D:(XA;;FA;;;WD;(x == \"a\nb\"))");
     Written written;
     EXPECT_EQ(written.writer->Add("", SavedKind::kFolder, usual), 0U);
     EXPECT_EQ(written.writer->AddGap("a", SavedKind::kMounted, 0), 0U);
@@ -107,7 +107,7 @@ TEST(SavedLists, ADescriptorOfTwoListsOf64KiBIsHeldToo) {
 
 // More distinct descriptors than either side remembers.
 TEST(SavedLists, DescriptorsAreForgottenAndToldAgain) {
-    const auto usual = Bytes("O:BAG:BAD:PAI(A;OICI;FA;;;BA)");
+    const auto usual = DescriptorBytes("O:BAG:BAD:PAI(A;OICI;FA;;;BA)");
     nt::SecurityDescriptor large = *nt::FromSddl("O:BAG:BAD:P(A;OICI;FA;;;S-1-5-21-1-2-3-1000)");
     large.dacl.entries[0].tail.resize(64'000, 1);
     Written written;

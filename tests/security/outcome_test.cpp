@@ -7,7 +7,7 @@
 namespace permora {
 namespace {
 
-constexpr DWORD kNoSuchError = 0x2FFFFFFF;
+constexpr DWORD kUnknownError = 0x2FFFFFFF;
 
 TEST(Outcome, IsSaidInABoxAndInALine) {
     const std::string denied = GetSystemMessageText(ERROR_ACCESS_DENIED);
@@ -18,7 +18,7 @@ TEST(Outcome, IsSaidInABoxAndInALine) {
         std::string line;
     } cases[] = {
         {{ERROR_ACCESS_DENIED}, denied, denied},
-        {{kNoSuchError}, "", "system error " + std::to_string(kNoSuchError)},
+        {{kUnknownError}, "", "system error " + std::to_string(kUnknownError)},
         {{ERROR_ACCESS_DENIED, Step::kReadOwner},
          "Cannot get owner information: " + denied,
          "Cannot get owner information: " + denied},
@@ -31,9 +31,9 @@ TEST(Outcome, IsSaidInABoxAndInALine) {
         {{ERROR_ACCESS_DENIED, Step::kRemoveFolder, "{more}"},
          "Error: deleting \"{more}\": " + denied,
          "cannot remove directory: " + denied},
-        {{kNoSuchError, Step::kRemoveFolder, "docs"},
+        {{kUnknownError, Step::kRemoveFolder, "docs"},
          "",
-         "cannot remove directory: system error " + std::to_string(kNoSuchError)},
+         "cannot remove directory: system error " + std::to_string(kUnknownError)},
         {{ERROR_ACCESS_DENIED, Step::kGiveBack, "a", "new"},
          "Error: deleting \"a\": " + denied,
          "left in the new folder \"new\", it cannot go back: " + denied},

@@ -93,8 +93,8 @@ std::vector<std::uint8_t> ListWithBert(std::uint8_t bits, std::uint8_t mask) {
 TEST(ModeComparison, FindsWhoIsLetInOtherwise) {
     constexpr ServedBy kBoth = ServedBy::kListAndHost;
     constexpr ServedBy kHost = ServedBy::kHostAlone;
-    constexpr auto kFile = nt::ObjectKind::kFile;
-    constexpr auto kFolder = nt::ObjectKind::kFolder;
+    constexpr auto kIsFile = nt::ObjectKind::kFile;
+    constexpr auto kIsFolder = nt::ObjectKind::kFolder;
     const char* const kStaffWrites = "D:P(A;;FRFW;;;S-1-22-2-11)";
     const struct {
         const char* list;
@@ -105,30 +105,30 @@ TEST(ModeComparison, FindsWhoIsLetInOtherwise) {
         nt::ObjectKind kind;
         const char* found;
     } rows[] = {
-        {"D:P(A;;FRFW;;;WD)", 0666, 0, kStaff, kBoth, kFile, ""},
-        {"D:P(A;;FRFW;;;WD)", 0660, 0, kStaff, kBoth, kFile, "out Everyone rw"},
-        {"D:P(A;;FRFW;;;WD)", 0606, 0, kStaff, kBoth, kFile, "out S-1-22-1-1 rw, out S-1-22-1-2 rw"},
-        {"D:P(A;;FR;;;WD)", 0604, 0, 0, kBoth, kFile, ""},
-        {"D:NO_ACCESS_CONTROL", 0660, 0, kStaff, kBoth, kFile, "out Everyone rw"},
-        {kStaffWrites, 0640, kAnna, kStaff, kBoth, kFile, "out S-1-22-1-2 w"},
-        {kStaffWrites, 0660, kCarl, kStaff, kBoth, kFile, ""},
-        {kStaffWrites, 0600, 0, 0, kBoth, kFile, "out S-1-22-1-1 rw, out S-1-22-1-2 rw"},
+        {"D:P(A;;FRFW;;;WD)", 0666, 0, kStaff, kBoth, kIsFile, ""},
+        {"D:P(A;;FRFW;;;WD)", 0660, 0, kStaff, kBoth, kIsFile, "out Everyone rw"},
+        {"D:P(A;;FRFW;;;WD)", 0606, 0, kStaff, kBoth, kIsFile, "out S-1-22-1-1 rw, out S-1-22-1-2 rw"},
+        {"D:P(A;;FR;;;WD)", 0604, 0, 0, kBoth, kIsFile, ""},
+        {"D:NO_ACCESS_CONTROL", 0660, 0, kStaff, kBoth, kIsFile, "out Everyone rw"},
+        {kStaffWrites, 0640, kAnna, kStaff, kBoth, kIsFile, "out S-1-22-1-2 w"},
+        {kStaffWrites, 0660, kCarl, kStaff, kBoth, kIsFile, ""},
+        {kStaffWrites, 0600, 0, 0, kBoth, kIsFile, "out S-1-22-1-1 rw, out S-1-22-1-2 rw"},
         // What is handed on alone, and what a denial takes.
-        {"D:P(A;OICIIO;FA;;;WD)", 0700, 0, 0, kBoth, kFolder, ""},
-        {"D:P(D;;FW;;;S-1-22-1-1)(A;;FRFW;;;S-1-22-2-11)", 0644, 0, 0, kBoth, kFile, "out S-1-22-1-2 w"},
+        {"D:P(A;OICIIO;FA;;;WD)", 0700, 0, 0, kBoth, kIsFolder, ""},
+        {"D:P(D;;FW;;;S-1-22-1-1)(A;;FRFW;;;S-1-22-2-11)", 0644, 0, 0, kBoth, kIsFile, "out S-1-22-1-2 w"},
         // A folder is entered as well.
-        {"D:P(A;;FR;;;WD)", 0766, 0, kStaff, kBoth, kFolder,
+        {"D:P(A;;FR;;;WD)", 0766, 0, kStaff, kBoth, kIsFolder,
          "out Everyone r, out S-1-22-1-1 r, out S-1-22-1-2 r"},
         // Nobody is let in beyond a list that counts.
-        {"D:P(A;;FR;;;S-1-22-1-1)", 0666, 0, 0, kBoth, kFile, ""},
-        {"D:P(A;;FR;;;S-1-22-1-1)", 0666, 0, 0, kHost, kFile, "in S-1-22-1-1 w, in Everyone rw"},
-        {"D:P(D;;FR;;;S-1-22-1-1)(A;;FR;;;WD)", 0604, 0, 0, kHost, kFile, "in S-1-22-1-1 r"},
-        {"D:P(A;;FR;;;S-1-22-1-1)", 0600, 0, 0, kHost, kFile, "out S-1-22-1-1 r"},
+        {"D:P(A;;FR;;;S-1-22-1-1)", 0666, 0, 0, kBoth, kIsFile, ""},
+        {"D:P(A;;FR;;;S-1-22-1-1)", 0666, 0, 0, kHost, kIsFile, "in S-1-22-1-1 w, in Everyone rw"},
+        {"D:P(D;;FR;;;S-1-22-1-1)(A;;FR;;;WD)", 0604, 0, 0, kHost, kIsFile, "in S-1-22-1-1 r"},
+        {"D:P(A;;FR;;;S-1-22-1-1)", 0600, 0, 0, kHost, kIsFile, "out S-1-22-1-1 r"},
         // Nobody connects as these: the superuser is asked for nothing.
-        {"D:P(A;;FA;;;S-1-22-1-0)(A;;FA;;;SY)(A;;FA;;;CO)", 0000, 0, kGuests, kBoth, kFile, ""},
-        {"D:P(A;;FR;;;S-1-5-21-7-7-7-1000)", 0600, 0, 0, kBoth, kFile, "? S-1-5-21-7-7-7-1000 "},
-        {"D:P(A;;FR;;;S-1-5-21-7-7-7-1000)", 0666, 0, 0, kBoth, kFile, ""},
-        {"D:P(A;;FR;;;WD)", 0000, 0, 0, ServedBy::kUnknown, kFile, ""},
+        {"D:P(A;;FA;;;S-1-22-1-0)(A;;FA;;;SY)(A;;FA;;;CO)", 0000, 0, kGuests, kBoth, kIsFile, ""},
+        {"D:P(A;;FR;;;S-1-5-21-7-7-7-1000)", 0600, 0, 0, kBoth, kIsFile, "? S-1-5-21-7-7-7-1000 "},
+        {"D:P(A;;FR;;;S-1-5-21-7-7-7-1000)", 0666, 0, 0, kBoth, kIsFile, ""},
+        {"D:P(A;;FR;;;WD)", 0000, 0, 0, ServedBy::kUnknown, kIsFile, ""},
     };
     MadeUpAccounts accounts;
     for (const auto& row : rows) {

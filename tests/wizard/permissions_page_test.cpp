@@ -32,7 +32,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-constexpr const char* kTitle = "Security Wizard";
+constexpr const char* kPageTitle = "Security Wizard";
 constexpr int kReadCombination = 5;
 constexpr int kDenyAllCombination = 1;
 
@@ -61,7 +61,7 @@ class WizardPermissionsPage : public ::testing::Test {
         const std::function<void()>& expect = [] {}) {
         const Place place = areDrives ? Place{PlaceKind::kDrives, nullptr, std::move(names)}
                                       : test::InCurrentFolder(std::move(names));
-        ui.ExpectSheet(kTitle, [&](WindowDriver& window) {
+        ui.ExpectSheet(kPageTitle, [&](WindowDriver& window) {
             EXPECT_FALSE(window.IsEnabled(SheetButton::kBack));
             expect();
             window.Click(SheetButton::kNext);

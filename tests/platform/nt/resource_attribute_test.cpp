@@ -9,7 +9,7 @@
 namespace permora::nt {
 namespace {
 
-std::optional<std::string> TextOf(const std::vector<std::uint8_t>& stored) {
+std::optional<std::string> AttributeText(const std::vector<std::uint8_t>& stored) {
     return ResourceAttributeToText(stored, SddlWords::kAbbreviations);
 }
 
@@ -41,7 +41,7 @@ TEST(ResourceAttribute, MeansTheBytesThatTheSystemStores) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         EXPECT_EQ(ResourceAttributeFromText(row.text, nullptr), Hex(row.stored));
-        EXPECT_EQ(TextOf(Hex(row.stored)), row.text);
+        EXPECT_EQ(AttributeText(Hex(row.stored)), row.text);
     }
 }
 
@@ -60,7 +60,7 @@ TEST(ResourceAttribute, WritesWhatItReadsInTheSystemsForm) {
         SCOPED_TRACE(row.read);
         const auto stored = ResourceAttributeFromText(row.read, nullptr);
         ASSERT_TRUE(stored);
-        EXPECT_EQ(TextOf(*stored), row.written);
+        EXPECT_EQ(AttributeText(*stored), row.written);
         EXPECT_EQ(ResourceAttributeFromText(row.written, nullptr), stored);
     }
 }
@@ -137,7 +137,7 @@ TEST(ResourceAttribute, RefusesMalformedBytes) {
          "14000000 0200 0000 00000000 01000000 18000000 61000000 0000000000000000 01000000"},
     };
     for (const auto& row : rows)
-        EXPECT_FALSE(TextOf(Hex(row.stored))) << row.what;
+        EXPECT_FALSE(AttributeText(Hex(row.stored))) << row.what;
 }
 
 }  // namespace

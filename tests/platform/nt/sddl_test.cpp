@@ -9,7 +9,7 @@
 namespace permora::nt {
 namespace {
 
-constexpr std::uint32_t kAllParts = 15;
+constexpr std::uint32_t kEveryPart = 15;
 
 TEST(Sddl, WritesWhatItReadsInTheSystemsForm) {
     // First column as read; second as written, where that differs.
@@ -63,7 +63,7 @@ TEST(Sddl, WritesWhatItReadsInTheSystemsForm) {
         SCOPED_TRACE(row.read);
         const auto descriptor = FromSddl(row.read);
         ASSERT_TRUE(descriptor);
-        const auto written = ToSddl(*descriptor, kAllParts);
+        const auto written = ToSddl(*descriptor, kEveryPart);
         ASSERT_TRUE(written);
         EXPECT_EQ(*written, row.written != nullptr ? row.written : row.read);
         EXPECT_EQ(FromSddl(*written), descriptor);
@@ -178,13 +178,13 @@ TEST(Sddl, RefusesToDropWhatTextCannotHold) {
     for (const Ace& ace : {behindTheSid, condition, shortNumber, longPadding, malformed, applicationsOwn,
                            deniedObject, attribute, opaque, unknownObjectFlag}) {
         descriptor.dacl.entries = {plain, ace};
-        EXPECT_FALSE(ToSddl(descriptor, kAllParts)) << int{ace.type};
-        EXPECT_TRUE(ToSddl(descriptor, kAllParts & ~4U)) << "a part that was not asked for does not matter";
+        EXPECT_FALSE(ToSddl(descriptor, kEveryPart)) << int{ace.type};
+        EXPECT_TRUE(ToSddl(descriptor, kEveryPart & ~4U)) << "a part that was not asked for does not matter";
     }
     descriptor.dacl.entries = {plain};
-    EXPECT_TRUE(ToSddl(descriptor, kAllParts));
+    EXPECT_TRUE(ToSddl(descriptor, kEveryPart));
     descriptor.saclBytes = Hex("02 00 0c00 0100 0000 00000000");
-    EXPECT_FALSE(ToSddl(descriptor, kAllParts));
+    EXPECT_FALSE(ToSddl(descriptor, kEveryPart));
 }
 
 TEST(Sddl, AccountsBelowTheMachineNeedTheMachine) {
@@ -199,7 +199,7 @@ TEST(Sddl, AccountsBelowTheMachineNeedTheMachine) {
 
     const auto descriptor = FromSddl("O:LAD:(A;;FA;;;DU)", &machine);
     ASSERT_TRUE(descriptor);
-    EXPECT_EQ(ToSddl(*descriptor, kAllParts), "O:S-1-5-21-7-8-9-500D:(A;;FA;;;S-1-5-21-7-8-9-513)");
+    EXPECT_EQ(ToSddl(*descriptor, kEveryPart), "O:S-1-5-21-7-8-9-500D:(A;;FA;;;S-1-5-21-7-8-9-513)");
     EXPECT_FALSE(FromSddl("O:LA"));
 }
 

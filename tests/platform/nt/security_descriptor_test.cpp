@@ -14,7 +14,7 @@ const Sid kAdministrators(5, {32, 544});
 
 // Every part in the order in which they are written: auditing of everyone, a list, owner SYSTEM, group
 // Administrators; protected, with resource manager control.
-const char* const kAllParts =
+const char* const kAllPartsHex =
     "01 a5 14d0 4c000000 58000000 14000000 30000000"
     "02 00 1c00 0100 0000 02 c0 1400 00000100 01 01 000000000001 00000000"
     "02 00 1c00 0100 0000 00 03 1400 ff011f00 01 01 000000000001 00000000"
@@ -53,17 +53,17 @@ TEST(SecurityDescriptor, ReadsAVolumeRootWithAPaddedList) {
 }
 
 TEST(SecurityDescriptor, WritesEveryPartByteForByte) {
-    const auto descriptor = SecurityDescriptor::FromBytes(Hex(kAllParts));
+    const auto descriptor = SecurityDescriptor::FromBytes(Hex(kAllPartsHex));
     ASSERT_TRUE(descriptor);
     EXPECT_TRUE(descriptor->IsDaclProtected());
     EXPECT_EQ(descriptor->resourceManagerControl, 0xA5);
     EXPECT_EQ(descriptor->saclBytes.size(), 28U);
-    EXPECT_EQ(Written(*descriptor), Hex(kAllParts));
+    EXPECT_EQ(Written(*descriptor), Hex(kAllPartsHex));
 
     // Offsets count from where the descriptor starts, not from the start of the buffer.
     std::vector<std::uint8_t> behindOthers = {1, 2, 3};
     ASSERT_TRUE(descriptor->AppendTo(behindOthers));
-    EXPECT_EQ(std::vector(behindOthers.begin() + 3, behindOthers.end()), Hex(kAllParts));
+    EXPECT_EQ(std::vector(behindOthers.begin() + 3, behindOthers.end()), Hex(kAllPartsHex));
 }
 
 TEST(SecurityDescriptor, ChangingTheDaclKeepsThePaddedSystemListByteForByte) {
@@ -127,7 +127,7 @@ void Store32(std::vector<std::uint8_t>& bytes, std::size_t offset, std::uint32_t
 }
 
 TEST(SecurityDescriptor, RefusesDamagedBytes) {
-    // Offsets in kAllParts: system list 20, DACL 48, owner 76, group 88, end 104.
+    // Offsets in kAllPartsHex: system list 20, DACL 48, owner 76, group 88, end 104.
     struct Row {
         const char* damage;
         std::function<void(std::vector<std::uint8_t>&)> apply;
@@ -158,14 +158,14 @@ TEST(SecurityDescriptor, RefusesDamagedBytes) {
         {"group with a sub-authority too many", [](auto& bytes) { bytes[89] = 3; }},
     };
     for (const Row& row : rows) {
-        auto bytes = Hex(kAllParts);
+        auto bytes = Hex(kAllPartsHex);
         row.apply(bytes);
         EXPECT_FALSE(SecurityDescriptor::FromBytes(bytes)) << row.damage;
     }
 }
 
 TEST(SecurityDescriptor, EveryTruncationIsRefused) {
-    const auto whole = Hex(kAllParts);
+    const auto whole = Hex(kAllPartsHex);
     for (std::size_t size = 0; size < whole.size(); ++size)
         EXPECT_FALSE(SecurityDescriptor::FromBytes(std::span(whole).first(size))) << size;
 }

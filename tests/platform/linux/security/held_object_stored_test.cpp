@@ -24,7 +24,7 @@ namespace {
 
 using testing::Optional;
 
-constexpr const char* kList = "O:BUG:BUD:P(D;;FR;;;BG)(A;;FA;;;BA)S:(AU;SA;FA;;;WD)";
+constexpr const char* kStoredList = "O:BUG:BUD:P(D;;FR;;;BG)(A;;FA;;;BA)S:(AU;SA;FA;;;WD)";
 
 std::optional<std::string> Attribute(const std::string& path, const char* name) {
     std::string value(4096, '\0');
@@ -65,7 +65,7 @@ TEST_F(HeldObjectStored, OnTheLocalDiskEveryByteComesBackAlsoThatNothingWasKept)
             folder.MakeFile(name);
         const StoredSecurity nothing = Stored(path);
         EXPECT_EQ(nothing, (StoredSecurity{SecurityForm::kNone, {}, 0}));
-        ASSERT_EQ(SetDescriptorText(path, kList), ERROR_SUCCESS);
+        ASSERT_EQ(SetDescriptorText(path, kStoredList), ERROR_SUCCESS);
         const auto first = Attribute(path, "security.NTACL");
         const StoredSecurity list = Stored(path);
         EXPECT_EQ(list.form, SecurityForm::kSamba);
@@ -90,7 +90,7 @@ TEST_F(HeldObjectStored, OnTheLocalDiskEveryByteComesBackAlsoThatNothingWasKept)
 // Samba writes version 4 with a hash, which another writer could not make again.
 TEST_F(HeldObjectStored, AttributesThatOthersMadeComeBackAsTheyWere) {
     const std::string path = folder.MakeFile("file");
-    ASSERT_EQ(SetDescriptorText(path, kList), ERROR_SUCCESS);
+    ASSERT_EQ(SetDescriptorText(path, kStoredList), ERROR_SUCCESS);
     const std::string ours = Attribute(path, "security.NTACL").value();
     constexpr std::size_t kHash = 4 + 16;  // of version 2, before the descriptor
     std::string theirs = ours;
@@ -118,7 +118,7 @@ TEST_F(HeldObjectStored, OnNtfsTheVolumesOwnBytesComeBack) {
     EXPECT_EQ(made.form, SecurityForm::kVolume);
     EXPECT_EQ(made.hostOwner, std::nullopt);
     EXPECT_EQ(std::string(made.bytes.begin(), made.bytes.end()), first);
-    ASSERT_EQ(SetDescriptorText(path, kList), ERROR_SUCCESS);
+    ASSERT_EQ(SetDescriptorText(path, kStoredList), ERROR_SUCCESS);
     const StoredSecurity list = Stored(path);
     ASSERT_EQ(Held(path).WriteStored(list, made), ERROR_SUCCESS);
     EXPECT_EQ(Attribute(path, "system.ntfs_acl"), first);
@@ -155,7 +155,7 @@ TEST_F(HeldObjectStored, OrdinaryUsersPutBackTheirOwn) {
     const std::string sambas = folder.MakeFile("sambas");
     for (const std::string& path : {file, sambas})
         ASSERT_EQ(chown(path.c_str(), 65534, 65534), 0);
-    ASSERT_EQ(SetDescriptorText(sambas, kList), ERROR_SUCCESS);
+    ASSERT_EQ(SetDescriptorText(sambas, kStoredList), ERROR_SUCCESS);
     EXPECT_THAT(
         AsOrdinaryUser([&]() -> std::string {
             const StoredSecurity nothing = Stored(file);
@@ -187,7 +187,7 @@ TEST_F(HeldObjectStored, OrdinaryUsersPutBackTheirOwn) {
 
 TEST_F(HeldObjectStored, WhatWasChangedMeanwhileOrIsDamagedIsNotReplaced) {
     const std::string path = folder.MakeFile("file");
-    ASSERT_EQ(SetDescriptorText(path, kList), ERROR_SUCCESS);
+    ASSERT_EQ(SetDescriptorText(path, kStoredList), ERROR_SUCCESS);
     const StoredSecurity list = Stored(path);
     StoredSecurity otherOwner = list;
     otherOwner.hostOwner = 7;

@@ -44,8 +44,8 @@ using test::SetDescriptorText;
 using test::TemporaryFolder;
 using testing::IsEmpty;
 
-constexpr const char* kOldList = "O:BAD:P(A;OICI;FA;;;BA)";
-constexpr const char* kNewList = "D:P(D;OICIIO;FX;;;BG)(A;OICI;FA;;;CO)(A;CINP;FR;;;BU)";
+constexpr const char* kListBefore = "O:BAD:P(A;OICI;FA;;;BA)";
+constexpr const char* kListAfter = "D:P(D;OICIIO;FX;;;BG)(A;OICI;FA;;;CO)(A;CINP;FR;;;BU)";
 
 enum class Kind { kPropagation, kLists, kOwners };
 
@@ -65,7 +65,7 @@ Outcome Change(Kind kind, const std::string& hostPath, ChangeRecorder& recorder,
     if (outcome.error != ERROR_SUCCESS) return outcome;
     switch (kind) {
         case Kind::kPropagation:
-            outcome.error = PropagateList(folder, nt::FromSddl(kNewList)->dacl, DescriptorStore(), top,
+            outcome.error = PropagateList(folder, nt::FromSddl(kListAfter)->dacl, DescriptorStore(), top,
                                           outcome.failures, threads);
             break;
         case Kind::kLists:
@@ -143,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(TreeSecurity, TreeChanges,
                                           testing::Values(1, 4), testing::Values(7, 512)));
 
 TEST_P(TreeChanges, WhatChangesIsRecordedBeforeAndNothingElseIs) {
-    MakeRandomTree(tree.Path(), kOldList, 150, 1);
+    MakeRandomTree(tree.Path(), kListBefore, 150, 1);
     const TemporaryFolder judge;
     CopyTree(tree, judge);
     ASSERT_EQ(Change(kind, judge.Path(), Unrecorded(), 1).error, ERROR_SUCCESS);
@@ -171,7 +171,7 @@ TEST_P(TreeChanges, WhatChangesIsRecordedBeforeAndNothingElseIs) {
 }
 
 TEST_P(TreeChanges, WhatCannotBeRecordedIsNotWritten) {
-    MakeRandomTree(tree.Path(), kOldList, 150, 2);
+    MakeRandomTree(tree.Path(), kListBefore, 150, 2);
     const Snapshot before = SnapshotOf(tree.Path());
     for (const std::size_t good : {0U, 1U, 2U}) {
         MemoryRecorder recorder(batch);
@@ -194,7 +194,7 @@ TEST_P(TreeChanges, WhatCannotBeRecordedIsNotWritten) {
 // another.
 TEST_P(TreeChanges, WhatIsInAFolderThatCannotBeWrittenGetsWhatTheFolderHas) {
     const auto make = [](const TemporaryFolder& folder) {
-        ASSERT_EQ(SetDescriptorText(folder.Path(), kOldList), ERROR_SUCCESS);
+        ASSERT_EQ(SetDescriptorText(folder.Path(), kListBefore), ERROR_SUCCESS);
         for (const char* name :
              {"kept", "kept/sub", "kept/sub/sub", "kept/inner", "free", "kept/sub/sub/deep"}) {
             folder.MakeFolder(name);
@@ -242,7 +242,7 @@ TEST_P(TreeChanges, WhatIsInAFolderThatCannotBeWrittenGetsWhatTheFolderHas) {
 
 TEST_P(TreeChanges, AStoppedChangeWritesNothingMore) {
     if (kind == Kind::kPropagation) return;  // nobody can stop it
-    MakeRandomTree(tree.Path(), kOldList, 150, 3);
+    MakeRandomTree(tree.Path(), kListBefore, 150, 3);
     const Snapshot before = SnapshotOf(tree.Path());
     MemoryRecorder recorder(batch);
     RecordingObserver observer;
@@ -283,7 +283,7 @@ TEST(TreeChangesMeanwhile, WhatAServerWroteAfterTheRecordIsSeenAndRecorded) {
     if (geteuid() != 0) GTEST_SKIP() << "a server's attribute needs root";
     for (const Kind kind : {Kind::kPropagation, Kind::kOwners}) {
         const TemporaryFolder tree;
-        ASSERT_EQ(SetDescriptorText(tree.Path(), kOldList), 0U);
+        ASSERT_EQ(SetDescriptorText(tree.Path(), kListBefore), 0U);
         for (const char* name : {"file", "file.other", "third"})
             ASSERT_EQ(SetDescriptorText(tree.MakeFile(name), "O:BAD:"), 0U);
         Meddler meddler(tree.Path("file"));
@@ -326,7 +326,7 @@ TEST(TreeChangesMeanwhile, AWalkGoesOnWhileABatchIsRecordedAndWritesNothingOfIt)
     if (geteuid() != 0) GTEST_SKIP() << "lists with owners of many kinds need root";
     for (const Kind kind : {Kind::kLists, Kind::kOwners}) {
         const TemporaryFolder tree;
-        MakeRandomTree(tree.Path(), kOldList, 150, 1);
+        MakeRandomTree(tree.Path(), kListBefore, 150, 1);
         const Snapshot before = SnapshotOf(tree.Path());
         PatientRecorder recorder(8);
         EXPECT_EQ(Change(kind, tree.Path(), recorder, 1, recorder).error, ERROR_SUCCESS);
@@ -341,7 +341,7 @@ TEST(TreeChangesOnNtfs, AreRecordedByteForByte) {
     const test::NtfsVolume volume;
     ASSERT_EQ(volume.Problem(), "");
     ASSERT_EQ(mkdir(volume.Path("tree").c_str(), 0755), 0);
-    MakeRandomTree(volume.Path("tree"), kOldList, 150, 1);
+    MakeRandomTree(volume.Path("tree"), kListBefore, 150, 1);
     for (const Kind kind : {Kind::kPropagation, Kind::kLists, Kind::kOwners}) {
         const Snapshot before = SnapshotOf(volume.Path("tree"));
         MemoryRecorder recorder(64);
