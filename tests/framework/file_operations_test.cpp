@@ -137,7 +137,7 @@ TEST(FileOperationQuestions, OfferTheirAnswersAndLeaveTheSafeOneToEnter) {
             Present([&](FileOperationHost& host) { answer = host.Ask(question); });
             return answer;
         };
-        const unsigned int first = each.first == Answer::kNo ? IDNO : IDYES;
+        const unsigned int first = static_cast<unsigned int>(each.first == Answer::kNo ? IDNO : IDYES);
         const bool hasBox = each.kind != Kind::kTrash && each.kind != Kind::kFolderIntoItself;
         EXPECT_EQ(ask([&](WindowDriver& window) {
                       EXPECT_THAT(window.Text(kFileQuestionTextId), HasSubstr(each.text));
