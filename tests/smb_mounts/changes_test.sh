@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Changes lists of what a server shares, through a mount, and compares what the server then tells with what the same
-# commands make of the same objects on the server's own disk. Runs in an emulated machine: changes_test.sh PERMORA_CLI
+# commands make of the same objects on the server's own disk; then what files_test.sh says. Runs in an emulated machine:
+# changes_test.sh PERMORA_CLI PERMORA_TEST_FILE_CALLS
 set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
 # shellcheck source=tests/smb_mounts/server.sh
 source "$here/server.sh"
-cli=$1
+cli=$1 calls=$2
 export HOME=$server/home # for the history
 
 # MakeTree FOLDER makes the objects whose names are in the list.
@@ -141,5 +142,7 @@ grep -q "denied" "$server/output" || Fail "refusal: $(cat "$server/output")"
 [ -e '/mnt/deeper/file 1' ] || Fail "shred without --force deleted"
 grep -q "another server" "$server/output" || Fail "shred: $(cat "$server/output")"
 
+# shellcheck source=tests/smb_mounts/files_test.sh
+source "$here/files_test.sh"
 echo "all steps done ($SECONDS s)"
 [ "$failures" = 0 ]

@@ -38,6 +38,12 @@ disable spoolss = yes
 path = $ownDisk
 read only = no
 acl_xattr:ignore system acls = yes
+[files]
+path = $server/files
+read only = no
+acl_xattr:ignore system acls = yes
+vfs objects = acl_xattr xattr_tdb
+xattr_tdb:file = $server/attributes.tdb
 [modes]
 path = $server/modes
 read only = no

@@ -1,7 +1,9 @@
 #include "platform/linux/files/attributes.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <array>
@@ -16,6 +18,7 @@
 #include "platform/linux/base/failure.h"
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/time.h"
+#include "platform/linux/base/unique_fd.h"
 #include "platform/linux/files/dos_attribute.h"
 #include "platform/linux/files/extended_attributes.h"
 #include "platform/linux/files/file_facts.h"
@@ -31,47 +34,80 @@ constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FI
 constexpr DWORD kKeptByVolume = FILE_ATTRIBUTE_SPARSE_FILE | FILE_ATTRIBUTE_REPARSE_POINT |
                                 FILE_ATTRIBUTE_COMPRESSED | FILE_ATTRIBUTE_ENCRYPTED;
 
-// The stored attributes of an object. At most one of the two is there.
+// The stored attributes of an object. At most one of the three is there.
 struct StoredAttributes {
     std::optional<DWORD> onNtfs;
+    std::optional<DWORD> onServer;
     std::optional<DosAttribute> fromSamba;
 };
 
-// Reads an extended attribute of one object: 0 or an errno value.
-using AttributeReader = std::function<int(const char* name, std::vector<std::uint8_t>& value)>;
+// Anybody can store an attribute of the name that the kernel's SMB client has for the server's.
+bool IsOnSmbMount(int descriptor) {
+    struct statfs volume {};
+    if (fstatfs(descriptor, &volume) != 0) return false;
+    const auto type = static_cast<unsigned>(volume.f_type);
+    return type == SMB2_SUPER_MAGIC || type == CIFS_SUPER_MAGIC;
+}
 
-AttributeReader ReaderOf(const ObjectHandle& object) {
-    return [&object](const char* name, std::vector<std::uint8_t>& value) {
-        return ReadExtendedAttribute(object, name, value);
-    };
+// One object, as its attributes are read.
+struct AttributeSource {
+    // Reads an extended attribute: 0 or an errno value.
+    std::function<int(const char* name, std::vector<std::uint8_t>& value)> read;
+    std::function<bool()> isOnSmbMount;
+};
+
+AttributeSource SourceOf(const ObjectHandle& object) {
+    return {.read =
+                [&object](const char* name, std::vector<std::uint8_t>& value) {
+                    return ReadExtendedAttribute(object, name, value);
+                },
+            .isOnSmbMount = [&object] { return IsOnSmbMount(object.Descriptor()); }};
 }
 
 bool IsFileOrFolder(const ObjectHandle& object) {
     return S_ISREG(object.Status().st_mode) || object.IsFolder();
 }
 
-// Leaves `stored` empty where the volume is not NTFS.
-DWORD ReadFromNtfs(const AttributeReader& read, StoredAttributes& stored) {
-    DWORD flags = 0;
+// Without the right to read a file, attributes of the user's family cannot be read. The folder still lists
+// the file.
+bool IsHidden(int error) {
+    return error == EACCES || error == EPERM;
+}
+
+// Four bytes in the host's order. Leaves `flags` empty where there are none.
+DWORD ReadFlags(const AttributeSource& source, const char* name, std::optional<DWORD>& flags) {
+    DWORD read = 0;
     std::vector<std::uint8_t> value;
-    const int error = read(kNtfsAttribute, value);
+    const int error = source.read(name, value);
     if (error != 0) return IsAbsent(error) ? ERROR_SUCCESS : ErrorFromErrno(error);
-    if (value.size() != sizeof flags) return ERROR_SUCCESS;
-    std::memcpy(&flags, value.data(), sizeof flags);
-    stored.onNtfs = flags;
+    if (value.size() != sizeof read) return ERROR_SUCCESS;
+    std::memcpy(&read, value.data(), sizeof read);
+    flags = read;
     return ERROR_SUCCESS;
 }
 
-DWORD ReadStored(const AttributeReader& read, AttributeStore store, StoredAttributes& stored) {
-    if (store != AttributeStore::kSamba) {
-        const DWORD error = ReadFromNtfs(read, stored);
+DWORD ReadFromServer(const AttributeSource& source, AttributeStore store, StoredAttributes& stored) {
+    std::optional<DWORD> flags;
+    const DWORD error = ReadFlags(source, kSmbAttribute, flags);
+    if (error == ERROR_ACCESS_DENIED) return ERROR_SUCCESS;
+    if (error == ERROR_SUCCESS && flags && (store == AttributeStore::kServer || source.isOnSmbMount()))
+        stored.onServer = flags;
+    return error;
+}
+
+DWORD ReadStored(const AttributeSource& source, AttributeStore store, StoredAttributes& stored) {
+    const bool isUnknown = store == AttributeStore::kUnknown;
+    if (isUnknown || store == AttributeStore::kNtfs) {
+        const DWORD error = ReadFlags(source, kNtfsAttribute, stored.onNtfs);
         if (error != ERROR_SUCCESS || stored.onNtfs) return error;
     }
+    if (isUnknown || store == AttributeStore::kServer) {
+        const DWORD error = ReadFromServer(source, store, stored);
+        if (error != ERROR_SUCCESS || stored.onServer || !isUnknown) return error;
+    }
     std::vector<std::uint8_t> value;
-    const int error = read(kDosAttribute, value);
-    // Without the right to read a file, this attribute cannot be read. The folder still lists the file.
-    const bool isHidden = error == EACCES || error == EPERM;
-    if (error != 0 && !IsAbsent(error) && !isHidden) return ErrorFromErrno(error);
+    const int error = source.read(kDosAttribute, value);
+    if (error != 0 && !IsAbsent(error) && !IsHidden(error)) return ErrorFromErrno(error);
     if (error == 0) stored.fromSamba = DosAttribute::FromBytes(value);
     return ERROR_SUCCESS;
 }
@@ -100,8 +136,8 @@ DWORD AttributesFromMode(const struct stat& status) {
 // `kind` holds the attributes that follow from the kind of the object.
 DWORD Join(const StoredAttributes& stored, const struct stat& status, DWORD kind) {
     DWORD flags = kind;
-    if (stored.onNtfs)
-        flags |= *stored.onNtfs & (kSettable | kKeptByVolume);
+    if (stored.onNtfs || stored.onServer)
+        flags |= (stored.onNtfs ? *stored.onNtfs : *stored.onServer) & (kSettable | kKeptByVolume);
     else if (stored.fromSamba && stored.fromSamba->HasAttributes())
         flags |= stored.fromSamba->attributes & kSettable;
     else
@@ -127,6 +163,27 @@ int WriteForSamba(const ObjectHandle& object, DosAttribute present, DWORD attrib
     return WriteExtendedAttribute(object, kDosAttribute, present.ToBytes());
 }
 
+// To a server no flag at all means that everything stays.
+int SendFlags(const ObjectHandle& object, DWORD attributes) {
+    const DWORD settable = attributes & kSettable;
+    const DWORD flags = settable != 0 ? settable : FILE_ATTRIBUTE_NORMAL;
+    std::array<std::uint8_t, sizeof flags> value{};
+    std::memcpy(value.data(), &flags, sizeof flags);
+    return WriteExtendedAttribute(object, kSmbAttribute, value);
+}
+
+// A server may keep fewer, as one that makes mode bits of them, and say nothing.
+DWORD WriteOnServer(const ObjectHandle& object, DWORD present, DWORD attributes) {
+    const int problem = SendFlags(object, attributes);
+    if (problem != 0) return ErrorFromErrno(problem);
+    std::optional<DWORD> kept;
+    const DWORD error = ReadFlags(SourceOf(object), kSmbAttribute, kept);
+    if (error != ERROR_SUCCESS) return error;
+    if (kept && ((*kept ^ attributes) & kSettable) == 0) return ERROR_SUCCESS;
+    (void)SendFlags(object, present);
+    return ERROR_NOT_SUPPORTED;
+}
+
 // On NTFS the volume's own time, in the system's form; elsewhere the host's, if the file system keeps one.
 FILETIME CreationTimeOf(const ObjectHandle& object) {
     FILETIME time{};
@@ -147,17 +204,26 @@ FILETIME CreationTimeOf(const ObjectHandle& object) {
 }  // namespace
 
 AttributeStore AttributeStoreOf(const ObjectHandle& object) {
-    return IsAbsent(AskExtendedAttribute(object, kNtfsAttribute)) ? AttributeStore::kSamba
-                                                                  : AttributeStore::kAsk;
+    if (!IsAbsent(AskExtendedAttribute(object, kNtfsAttribute))) return AttributeStore::kNtfs;
+    const bool isServers =
+        !IsAbsent(AskExtendedAttribute(object, kSmbAttribute)) && IsOnSmbMount(object.Descriptor());
+    return isServers ? AttributeStore::kServer : AttributeStore::kSamba;
 }
 
 DWORD ReadAttributesAt(int folder, const char* hostName, const struct stat& status, AttributeStore store,
                        DWORD& attributes) {
     StoredAttributes stored;
-    const AttributeReader read = [&](const char* name, std::vector<std::uint8_t>& value) {
-        return ReadExtendedAttributeAt(folder, hostName, name, value);
-    };
-    const DWORD error = ReadStored(read, store, stored);
+    const AttributeSource source{
+        .read =
+            [&](const char* name, std::vector<std::uint8_t>& value) {
+                return ReadExtendedAttributeAt(folder, hostName, name, value);
+            },
+        .isOnSmbMount =
+            [&] {
+                const UniqueFd entry(openat(folder, hostName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
+                return entry && IsOnSmbMount(entry.Get());
+            }};
+    const DWORD error = ReadStored(source, store, stored);
     if (error != ERROR_SUCCESS) return error;
     struct stat target {};
     const bool leadsToFolder =
@@ -168,7 +234,7 @@ DWORD ReadAttributesAt(int folder, const char* hostName, const struct stat& stat
 
 DWORD ReadAttributes(const ObjectHandle& object, const ObjectHandle& parent, DWORD& attributes) {
     StoredAttributes stored;
-    const DWORD error = ReadStored(ReaderOf(object), AttributeStore::kAsk, stored);
+    const DWORD error = ReadStored(SourceOf(object), AttributeStore::kUnknown, stored);
     if (error != ERROR_SUCCESS) return error;
     const bool leadsToFolder = object.IsLink() && parent && LeadsToFolder(object, parent);
     const struct stat& status = object.Status();
@@ -179,8 +245,12 @@ DWORD ReadAttributes(const ObjectHandle& object, const ObjectHandle& parent, DWO
 DWORD WriteAttributes(const ObjectHandle& object, DWORD attributes) {
     if (object.IsFolder() && (attributes & FILE_ATTRIBUTE_TEMPORARY) != 0) return ERROR_INVALID_PARAMETER;
     StoredAttributes stored;
-    const DWORD error = ReadStored(ReaderOf(object), AttributeStore::kAsk, stored);
+    const DWORD error = ReadStored(SourceOf(object), AttributeStore::kUnknown, stored);
     if (error != ERROR_SUCCESS) return error;
+    if (stored.onServer) return WriteOnServer(object, *stored.onServer, attributes);
+    const bool areHidden =
+        !stored.onNtfs && !stored.fromSamba && IsFileOrFolder(object) && IsOnSmbMount(object.Descriptor());
+    if (areHidden) return ERROR_ACCESS_DENIED;
     const int failure = stored.onNtfs
                             ? WriteOnNtfs(object, *stored.onNtfs, attributes)
                             : WriteForSamba(object, stored.fromSamba.value_or(DosAttribute{}), attributes);

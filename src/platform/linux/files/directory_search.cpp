@@ -137,7 +137,7 @@ class DirectorySearch {
         DWORD attributes = S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
         // If the attributes cannot be read, the kind stands alone.
         (void)ReadAttributesAt(listing.Descriptor(), name, status,
-                               isOfThisVolume ? store : AttributeStore::kAsk, attributes);
+                               isOfThisVolume ? store : AttributeStore::kUnknown, attributes);
         return attributes;
     }
 

@@ -21,7 +21,7 @@ namespace {
 // know by which name the file was found, so the short name may be in another folder.
 bool HasShortNameBeside(int folder, const std::string& hostName, const ObjectHandle& file) {
     std::vector<std::uint8_t> value;
-    if (AttributeStoreOf(file) != AttributeStore::kAsk ||
+    if (AttributeStoreOf(file) != AttributeStore::kNtfs ||
         ReadExtendedAttribute(file, "system.ntfs_dos_name", value) != 0)
         return false;
     const std::string shortName(value.begin(), std::find(value.begin(), value.end(), std::uint8_t{0}));

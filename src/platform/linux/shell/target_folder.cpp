@@ -71,7 +71,9 @@ VolumeTraits AskVolume(const ObjectHandle& object) {
     struct statfs volume {};
     traits.isServedByProgram = fstatfs(object.Descriptor(), &volume) == 0 &&
                                static_cast<unsigned>(volume.f_type) == FUSE_SUPER_MAGIC;
-    traits.isNtfs = AttributeStoreOf(object) == AttributeStore::kAsk;
+    const AttributeStore store = AttributeStoreOf(object);
+    traits.isNtfs = store == AttributeStore::kNtfs;
+    traits.isOnServer = store == AttributeStore::kServer;
     traits.showsStreamsAsFiles = traits.isNtfs && AskExtendedAttribute(object, kStreamListAttribute) == 0;
     return traits;
 }

@@ -16,6 +16,7 @@ namespace permora::host {
 // What the driver of a volume can do. All folders of a volume share one.
 struct VolumeTraits {
     bool isNtfs = false;
+    bool isOnServer = false;           // which keeps attributes, and is reached by the kernel's SMB client
     bool isServedByProgram = false;    // rather than by the kernel: FUSE, as ntfs-3g
     bool showsStreamsAsFiles = false;  // named_streams.h
     bool hasNamelessFiles = true;      // until one is refused: O_TMPFILE of open(2)
