@@ -66,7 +66,9 @@ class PropertyCopy {
             const int readProblem = ReadExtendedAttribute(source.object, name.c_str(), value);
             if (readProblem == ENODATA) continue;  // it vanished
             if (readProblem != 0) return Fail(readProblem);
-            NoteWritten(WriteValue(name.substr(kUserFamily.size()), value));
+            const bool meansElse =
+                copy.volume.isOnServer && (name == kSmbAttribute || name == kSmbCreationTime);
+            NoteWritten(meansElse ? ENOTSUP : WriteValue(name.substr(kUserFamily.size()), value));
             if (result.error != ERROR_SUCCESS) return;
         }
     }
@@ -124,9 +126,9 @@ class PropertyCopy {
     void CopyAttributes() {
         const bool isReadOnlyByMode = S_ISREG(source.object.Status().st_mode) &&
                                       (source.object.Status().st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
-        const bool hasOwn = hasDosAttribute || sourceVolume.isNtfs;
+        const bool hasOwn = hasDosAttribute || sourceVolume.isNtfs || sourceVolume.isOnServer;
         // The mode is copied, too. Where the attributes do not follow from it, they must agree with it.
-        if (!hasOwn && !(isReadOnlyByMode && copy.volume.isNtfs)) return;
+        if (!hasOwn && !(isReadOnlyByMode && (copy.volume.isNtfs || copy.volume.isOnServer))) return;
         DWORD attributes = 0;
         result.error = ReadAttributes(source.object, {}, attributes);
         // A new file has the archive flag, or none at all.
@@ -135,7 +137,15 @@ class PropertyCopy {
                                        FILE_ATTRIBUTE_COMPRESSED | FILE_ATTRIBUTE_ENCRYPTED;
         if (result.error != ERROR_SUCCESS || (attributes & ~kOfEveryFile) == 0) return;
         const DWORD error = WriteAttributes(copy.object, attributes);
-        if (error != ERROR_SUCCESS && result.loss == ERROR_SUCCESS) result.loss = error;
+        // What a server keeps of them.
+        if (error == ERROR_NOT_SUPPORTED && copy.volume.isOnServer)
+            (void)WriteAttributes(copy.object, attributes & kUsualAttributes);
+        if (error == ERROR_SUCCESS || result.loss != ERROR_SUCCESS) return;
+        // Read-only may follow from the mode where nothing else can be kept.
+        DWORD present = 0;
+        const bool areThere = ReadAttributes(copy.object, {}, present) == ERROR_SUCCESS &&
+                              ((present ^ attributes) & ~kOfEveryFile) == 0;
+        if (!areThere) result.loss = error;
     }
 
     const WalkedItem& source;
