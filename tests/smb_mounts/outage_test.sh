@@ -9,15 +9,9 @@ source "$here/server.sh"
 cli=$1
 export HOME=$server/home # for the history
 
-# Lists prints what the server tells of every object, paths relative.
-Lists() { (cd "$mount/tree" && find . -print0 | LC_ALL=C sort -z | xargs -0 getfattr --encoding=hex --name=system.cifs_acl 2>/dev/null); }
-
-# How many requests the kernel has sent to the server so far.
-Requests() { sed -n 's/^SMBs: //p' /proc/fs/cifs/Stats | head -n 1; }
-
 # AwaitMiddle BEFORE: until the command is in the middle of its work, or has ended.
 AwaitMiddle() {
-    while kill -0 "$running" 2>/dev/null && [ $(($(Requests) - $1)) -lt "$inTheMiddle" ]; do sleep 0.05; done
+    while kill -0 "$running" 2>/dev/null && [ $(($(Requests SMBs) - $1)) -lt "$inTheMiddle" ]; do sleep 0.05; done
 }
 
 Kill() { pkill -KILL smbd; }
@@ -31,7 +25,7 @@ IsBack() { ls "$mount/tree" && Judge tree | grep -q .; }
 Outage() {
     local go=$1 come=$2 status=0 before running began
     shift 2
-    before=$(Requests)
+    before=$(Requests SMBs)
     "$cli" "$@" >"$server/output" 2>&1 &
     running=$!
     AwaitMiddle "$before"
@@ -42,41 +36,59 @@ Outage() {
     "$come"
     Await IsBack || Fail "the server does not come back"
     [ "$status" != 0 ] || Fail "$*: it counts as done"
-    grep -Eq 'Host is down|not connected|network name' "$server/output" || Fail "$*: no reason is given"
+    grep -Eq "$mount/tree.*(Host is down|not connected|network name)" "$server/output" || Fail "$*: no reason is given"
     tail -n 4 "$server/output"
 }
 
 # OutageOfChange GO COME COMMAND...: what was written can be taken back.
 OutageOfChange() {
     Outage "$@"
-    Lists >"$server/after"
+    Lists "$mount/tree" >"$server/after"
     local changed
     changed=$(diff "$server/before" "$server/after" | grep -c '^> system' || true)
     echo "    objects changed: $changed"
     [ "$changed" != 0 ] || Fail "${*:3}: nothing was changed before"
     "$cli" undo --yes >"$server/output" 2>&1 || { Fail "undo after ${*:3}"; tail -n 5 "$server/output"; }
-    Lists >"$server/after"
+    Lists "$mount/tree" >"$server/after"
     cmp --silent "$server/before" "$server/after" || { Fail "${*:3}: undo does not bring back what was there"; diff "$server/before" "$server/after" | head; }
 }
 
 StartServer
 mkdir "$HOME"
 mkdir "$ownDisk/tree"
-for folder in {1..8}; do
+for folder in {1..6}; do
     mkdir "$ownDisk/tree/folder $folder"
-    for file in {1..20}; do : >"$ownDisk/tree/folder $folder/file $file"; done
+    for file in {1..16}; do : >"$ownDisk/tree/folder $folder/file $file"; done
 done
 MountShare "$mount" root soft,echo_interval=1
-"$cli" grant "$mount/tree" --account bert --rights 0x1301bf >"$server/output" 2>&1 || Fail "grant"
+"$cli" grant "$mount" --account bert --rights 0x1301bf >"$server/output" 2>&1 || Fail "grant"
 "$cli" save "$mount/tree" --output "$server/saved" >"$server/output" 2>&1 || Fail "save"
-Lists >"$server/before"
+Lists "$mount/tree" >"$server/whole"
+cp "$server/whole" "$server/before"
 echo "server and tree ($SECONDS s)"
 
 inTheMiddle=250
 OutageOfChange Kill Restart grant "$mount/tree" --account anna --rights 0x1200a9
+OutageOfChange Unplug PlugIn deny "$mount/tree" --account anna --rights 0x2
+OutageOfChange Kill Restart revoke "$mount" --account bert
+OutageOfChange Unplug PlugIn inherit "$mount/tree" --remove
 OutageOfChange Unplug PlugIn reset "$mount/tree" --yes --empty-lists
 OutageOfChange Kill Restart owner "$mount/tree" --set anna --tree
 Outage Kill Restart save "$mount/tree" --output "$server/other"
 [ ! -e "$server/other" ] || grep -q incomplete "$server/other" || Fail "what was saved passes for whole"
+
+# What is left out of a report is said, and the next one is whole.
+"$cli" report "$mount/tree" >"$server/report" 2>"$server/output" || true
+Outage Unplug PlugIn report "$mount/tree"
+"$cli" report "$mount/tree" 2>"$server/output" | cmp --silent "$server/report" - || Fail "report: $(cat "$server/output")"
+
+# All is looked at before anything is put back. What was put back by then can be taken back, and the rest put back.
+inTheMiddle=500
+"$cli" inherit "$mount/tree" --remove >"$server/output" 2>&1 || Fail "inherit"
+Lists "$mount/tree" >"$server/before"
+OutageOfChange Kill Restart restore "$server/saved" --to "$mount/tree" --yes
+Outage Unplug PlugIn restore "$server/saved" --to "$mount/tree" --yes
+"$cli" restore "$server/saved" --to "$mount/tree" --yes >"$server/output" 2>&1 || Fail "restore: $(cat "$server/output")"
+Lists "$mount/tree" | cmp --silent "$server/whole" - || Fail "restore: not what was saved"
 echo "all steps done ($SECONDS s)"
 [ "$failures" = 0 ]

@@ -78,3 +78,9 @@ MountShare() {
 
 # Judge PATH: owner, group, control and list as the server tells them to one of its clients.
 Judge() { smbcacls --sddl //127.0.0.1/data "$1" -U root%secret 2>/dev/null; }
+
+# Lists FOLDER: what the server tells of every object below, paths relative.
+Lists() { (cd "$1" && find . -print0 | LC_ALL=C sort -z | xargs -0 getfattr --encoding=hex --name=system.cifs_acl 2>/dev/null); }
+
+# Requests NAME: how many of a kind the kernel has sent to servers so far: Creates, QueryInfos, SetInfos, or SMBs for all.
+Requests() { awk -v name="$1:" '$1 == name { sum += $2 } END { print sum + 0 }' /proc/fs/cifs/Stats; }

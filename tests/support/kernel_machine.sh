@@ -7,6 +7,7 @@
 # An emulated computer, for which this one needs no support by its processor, starts that kernel. Its root is this
 # machine's, read only, below a layer in memory: all that is installed and built here is there, and nothing that the script
 # does stays. It has no network but its own loopback. FOLDER keeps the kernel, unpacked once.
+# It is ended after KERNEL_MACHINE_SECONDS, 1200 by default.
 set -euo pipefail
 [ $# -ge 2 ] || { echo "Usage: kernel_machine.sh FOLDER SCRIPT [ARGUMENT...]" >&2; exit 2; }
 mkdir -p "$1"
@@ -14,10 +15,12 @@ folder=$(readlink -f "$1")
 script=$(readlink -f "$2")
 [[ $folder != /run/* && $script != /run/* ]] || { echo "The machine has a /run of its own." >&2; exit 2; }
 shift 2
-secondsAtMost=1200
+secondsAtMost=${KERNEL_MACHINE_SECONDS:-1200}
 
-# Modules, as folders or files below kernel/: the disk that is this machine's root, the layer, SMB, and what it encrypts with.
-modules=(fs/9p net/9p fs/fscache fs/netfs fs/overlayfs fs/smb drivers/virtio net/dns_resolver crypto arch/x86/crypto lib)
+# Modules, as folders or files below kernel/: the disk that is this machine's root, the layer, SMB, what it encrypts with,
+# and networks with delays.
+modules=(fs/9p net/9p fs/fscache fs/netfs fs/overlayfs fs/smb drivers/virtio net/dns_resolver crypto arch/x86/crypto lib
+    'net/sched/sch_netem.ko*')
 
 # The package of the newest kernel of this release, as the meta package names it.
 KernelPackage() {
@@ -47,13 +50,14 @@ UnpackKernel() {
     dpkg-deb --fsys-tarfile "$work"/*.deb | tar --extract --directory "$work/kernel" --wildcards './boot/vmlinuz-*' \
         './lib/modules/*/modules.*' "${modules[@]/#/./lib/modules/*/kernel/}"
     depmod --basedir "$work/kernel" "$(ls "$work/kernel/lib/modules")"
+    echo "${modules[*]}" >"$work/kernel/modules"
     rm -rf "$folder/kernel"
     mv "$work/kernel" "$folder/kernel" # whole or not at all
     rm -rf "$work"
 }
 exec 9>"$folder/lock"
 flock 9
-[ -d "$folder/kernel" ] || UnpackKernel
+[ "$(cat "$folder/kernel/modules" 2>/dev/null)" = "${modules[*]}" ] || UnpackKernel
 version=$(ls "$folder/kernel/lib/modules")
 
 # The first files that the kernel sees: a shell, the modules, and the way to the root.
