@@ -21,9 +21,6 @@ MakeTree() {
     done <"$server/names"
 }
 
-# Lists FOLDER prints what the server tells of every object below, paths relative.
-Lists() { (cd "$1" && find . -print0 | LC_ALL=C sort -z | xargs -0 getfattr --encoding=hex --name=system.cifs_acl); }
-
 # Same WHAT compares both trees as the server tells them.
 Same() {
     Lists "$mount/by-mount" >"$server/by-mount.lists"
@@ -82,6 +79,12 @@ MakeTree "$ownDisk/by-disk"
 Same "made lists"
 Sample 'folder 3/file 4'
 echo "$(grep -c ^system "$server/by-mount.lists") made lists are the same ($SECONDS s)"
+
+# Nobody says here which groups the accounts have there; all else of a report is what the server tells.
+"$cli" report --json "$mount/by-mount/folder 1" >"$server/report" 2>"$server/output" || Fail "report: $(cat "$server/output")"
+python3 "$here/judge_report.py" "$server/report" "$mount" || Fail "a report differs from what the server tells"
+if grep -q '"canRead":[0-9]' "$server/report"; then Fail "a report counts for accounts whose groups nobody told"; fi
+echo "report ($SECONDS s)"
 
 # With fewer objects, since the emulated machine is slow.
 rm -r "$ownDisk"/*/folder\ {3..24}
