@@ -6,9 +6,11 @@ namespace permora {
 namespace {
 
 // Long enough that starting a thread and the scheduler's turns do not decide, short enough to be through all
-// steps in a fraction of a second. A slow server needs some objects to have a speed at all.
+// steps in a fraction of a second. A slow server needs some objects to have a speed at all; but each of them
+// may take a second there, so no more are waited for than tell it.
 constexpr std::chrono::milliseconds kSlice(20);
-constexpr std::uint64_t kObjectsOfSlice = 32;
+constexpr std::uint64_t kObjectsOfSlice = 8;
+constexpr std::uint64_t kObjectsOfThread = 2;
 constexpr int kMostSlicesBetweenTrials = 32;
 
 // Twice the threads must bring so much, half of them may cost so much.
@@ -20,7 +22,8 @@ constexpr double kLoss = 0.95;
 
 std::size_t ThreadTuner::Update(std::uint64_t objects, Time now) {
     const std::uint64_t done = objects - objectsBefore;
-    if (now - sliceBegin < kSlice || done < kObjectsOfSlice) return threads;
+    if (now - sliceBegin < kSlice || done < std::max(kObjectsOfSlice, kObjectsOfThread * threads))
+        return threads;
     EndSlice(static_cast<double>(done) / std::chrono::duration<double>(now - sliceBegin).count());
     sliceBegin = now;
     objectsBefore = objects;

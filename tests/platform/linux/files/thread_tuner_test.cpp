@@ -64,6 +64,17 @@ TEST(ThreadTuner, FindsTheNumberThatHelps) {
     }
 }
 
+// Where each object takes a second, the way up must not be most of the work.
+TEST(ThreadTuner, ClimbsWithinFewObjectsOfASlowServer) {
+    const ThreadTuner::Time begin{};
+    ThreadTuner tuner(16, 2, begin);
+    std::uint64_t objects = 0;
+    for (int second = 1; tuner.Threads() < 16 && second < 100; ++second)
+        tuner.Update(objects += tuner.Threads(), begin + std::chrono::seconds(second));
+    EXPECT_EQ(tuner.Threads(), 16U);
+    EXPECT_LE(objects, 48U);
+}
+
 // Other programs take what they want of the processors, a different share at each moment.
 TEST(ThreadTuner, IsNotMisledByTheLoadOfTheMachine) {
     std::minstd_rand random(1);
