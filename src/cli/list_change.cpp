@@ -1,5 +1,6 @@
 #include "cli/list_change.h"
 
+#include <algorithm>
 #include <iterator>
 
 #include "cli/listing.h"
@@ -87,10 +88,15 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
     messages.PrintForPeople(PrintableText(target.argument) +
                             (recording.Count() > written ? ": changed\n" : ": already so\n"));
     if (below.count == 0) return ChangeResult::kDone;
-    // The folder itself comes first where the volume was lost, and then what was tried last.
+    // The folder itself comes first where the volume was lost. What was tried last says more, but others may
+    // have failed for other reasons.
     auto told = below.named.begin();
-    const bool isLost = IsVolumeLost(told->second);
-    if (isLost && told->first.empty() && std::next(told) != below.named.end()) ++told;
+    const auto isLoss = [](const auto& failure) { return IsVolumeLost(failure.second); };
+    const bool isLost = isLoss(*told);
+    if (isLost && told->first.empty()) {
+        const auto last = std::find_if(std::next(told), below.named.end(), isLoss);
+        if (last != below.named.end()) told = last;
+    }
     messages.SetSubject(TypedPath(target, told->first));
     messages.SaySystemError(told->second);
     messages.SetSubject(target.argument);
