@@ -100,7 +100,8 @@ class FileHandle {
 };
 
 // Names are 8-bit texts in the ANSI code page, bare: no separators, neither "." nor "..". All calls answer
-// with 0 or a system error code; failed ones leave outputs untouched. HoldObject apart, one thread at a time.
+// with 0 or a system error code; failed ones leave outputs untouched. HoldObject, OpenPath and MakeCurrent
+// apart, one thread at a time.
 class FolderHandle {
   public:
     FolderHandle();

@@ -179,11 +179,10 @@ UINT CurrentType(const LetteredVolume& volume) {
 
 }  // namespace
 
-std::vector<Drive> ListDrives() {
-    std::vector<Drive> drives;
+UINT TypeOfDrive(char letter) {
     for (const LetteredVolume& volume : CurrentVolumes())
-        drives.push_back({volume.drive.letter, volume.drive.hostRoot, CurrentType(volume)});
-    return drives;
+        if (volume.drive.letter == letter) return CurrentType(volume);
+    return DRIVE_NO_ROOT_DIR;
 }
 
 bool PinDrive(char letter, std::string hostRoot) {

@@ -19,8 +19,9 @@ struct Drive {
     UINT type;             // DRIVE_ constant
 };
 
-// All drives, in letter order, as the machine stands now.
-std::vector<Drive> ListDrives();
+// The type of a drive (upper case) as the machine stands now, a DRIVE_ constant. Of a pinned folder, the
+// folder is asked, which may hang.
+UINT TypeOfDrive(char letter);
 
 // Gives `letter` to the folder `hostRoot` for this process, before any volume gets one; an empty root removes
 // the pin. False, changing nothing, for what is no letter, for C (which is always "/", so that every object

@@ -178,7 +178,7 @@ BOOL WINAPI GetDiskFreeSpaceExA(LPCSTR path, PULARGE_INTEGER availableToCaller, 
 
 DWORD WINAPI GetLogicalDriveStringsA(DWORD size, LPSTR buffer) {
     std::string roots;
-    for (const permora::host::Drive& drive : permora::host::ListDrives())
+    for (const permora::host::DriveRoot& drive : permora::host::ListDriveRoots())
         roots += {drive.letter, ':', '\\', '\0'};
     return permora::host::HandOut(roots, size, buffer);
 }
@@ -191,7 +191,5 @@ UINT WINAPI GetDriveTypeA(LPCSTR root) {
         letter = DriveOfRoot(root);
     else if (CurrentHostPath(currentPath) == ERROR_SUCCESS)
         letter = DriveHolding(currentPath).letter;
-    for (const Drive& drive : ListDrives())
-        if (drive.letter == letter) return drive.type;
-    return DRIVE_NO_ROOT_DIR;
+    return TypeOfDrive(letter);
 }
