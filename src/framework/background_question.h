@@ -3,8 +3,9 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
-#include "platform/api/base.h"
+#include "platform/volume_question.h"
 
 namespace permora {
 
@@ -14,15 +15,17 @@ class BackgroundQuestion {
   public:
     // Forgets an earlier question. Runs `ask` on a new thread, then `use` on the user-interface thread,
     // unless the question has been forgotten by then. `ask` may outlive this object: it must own all that it
-    // uses. Returns 0, or a system error code when no thread could be made; nothing runs then.
-    DWORD Ask(std::function<void()> ask, std::function<void()> use);
-    void Forget() { pending.reset(); }
+    // uses. Returns 0, or a system error code as VolumeQuestion::Ask does for `volume`; nothing runs then.
+    DWORD Ask(std::function<void()> ask, std::function<void()> use, const std::string& volume = {});
+    void Forget() {
+        pending.reset();
+        question.GiveUp();
+    }
     bool IsAsking() const { return pending != nullptr; }
 
   private:
-    static DWORD WINAPI Work(LPVOID task) noexcept;
-
     std::shared_ptr<std::function<void()>> pending;  // what to do with the answer; null: nobody asks
+    VolumeQuestion question;
 };
 
 }  // namespace permora

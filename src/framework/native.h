@@ -209,6 +209,9 @@ void ServeWorkers();
 // input is dropped, and the pointer shows that the program is busy. A modal window that opens meanwhile
 // accepts input as usual.
 void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded);
+// Serves all windows, with their input, until `hasEnded`, which is called often and returns at once, returns
+// true. Returns sooner when the program is to end.
+void ServeWindowsUntil(const std::function<bool()>& hasEnded);
 
 // Icon or bitmap resource `id` with all its sizes; null when there is none or it cannot be read.
 std::shared_ptr<const NativeImage> LoadNativeIcon(unsigned int id);

@@ -1,6 +1,9 @@
 // Windows that are painted while the program works, but accept no input.
 #include <QApplication>
 #include <QEvent>
+#include <QEventLoop>
+#include <QTimer>
+#include <chrono>
 
 #include "framework/native.h"
 
@@ -47,6 +50,20 @@ void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded) {
     QApplication::setOverrideCursor(Qt::WaitCursor);
     while (!hasEnded())
         QCoreApplication::processEvents();
+    QApplication::restoreOverrideCursor();
+}
+
+// The end of the program ends all loops of the toolkit.
+void ServeWindowsUntil(const std::function<bool()>& hasEnded) {
+    constexpr std::chrono::milliseconds kPace{5};
+    QEventLoop loop;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &loop, [&] {
+        if (hasEnded()) loop.quit();
+    });
+    timer.start(kPace);
+    QApplication::setOverrideCursor(Qt::BusyCursor);
+    loop.exec();
     QApplication::restoreOverrideCursor();
 }
 

@@ -38,6 +38,16 @@ void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded) {
     if (isToEnd) PostQuitMessage(0);  // for the loops around this one
 }
 
+void ServeWindowsUntil(const std::function<bool()>& hasEnded) {
+    constexpr DWORD kPace = 5;  // milliseconds
+    while (!hasEnded()) {
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE) != 0)
+            if (!Win32Application::ServeMessage()) return;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, kPace, QS_ALLINPUT);
+    }
+}
+
 namespace win32 {
 
 bool ShowBusyCursor() {
