@@ -11,15 +11,14 @@
 #include "browser/drive_rows.h"
 #include "browser/folder_paths.h"
 #include "browser/share_rows.h"
-#include "framework/long_work.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
 #include "platform/api/messages.h"
 #include "platform/api/system.h"
+#include "platform/volume_question.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 #include "security/object_security.h"
-#include "security/place_remembering.h"
 #include "shares/new_share_dialog.h"
 
 namespace permora {
@@ -142,6 +141,7 @@ void CMainFrame::OnSize(Size client) {
 }
 
 void CMainFrame::OnClose() {
+    if (view.GiveUpFor([this] { OnClose(); })) return;
     KeepSettings();
     CFrameWnd::OnClose();
 }
@@ -315,8 +315,10 @@ void CMainFrame::EditSettings() {
 void CMainFrame::EditItemAt(const std::string& path) {
     Place place;
     const Outcome outcome = HoldItemAt(path, place);
-    ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone()) items.Edit(this, RememberPlaceFor(this, place), place.names.front());
+    RememberedPlace remembered;
+    view.Tell(outcome);
+    if (outcome.IsDone() && Remember(VolumeOfPath(path), place, remembered))
+        items.Edit(this, remembered, place.names.front());
 }
 
 // The editor works on a name in a held folder, so that nobody can put another folder into the path while it
@@ -325,14 +327,36 @@ Outcome CMainFrame::HoldItemAt(const std::string& path, Place& place) {
     const std::string folder = FolderAbove(path);
     if (folder.empty()) return DriveRows().Hold({path}, place);
     if (view.IsShowing(PlaceKind::kFolder) && view.Rows().Folder() == folder)
-        return view.Rows().Hold({NameInFolder(path)}, place);
+        return view.HoldRows({NameInFolder(path)}, place);
     // A share's folder, or one of the tree. The separator follows it if it is a link.
-    auto held = std::make_shared<FolderHandle>();
-    Outcome opened;
-    DoLongWork(*this,
-               [&] { opened = {FolderHandle::Open(folder + (folder.ends_with('\\') ? "" : "\\"), *held)}; });
-    if (opened.IsDone()) place = {PlaceKind::kFolder, std::move(held), {NameInFolder(path)}};
-    return opened;
+    const auto hold = [folder, name = NameInFolder(path)](Place& held, PatientWork::Running&) {
+        auto opened = std::make_shared<FolderHandle>();
+        const DWORD error = FolderHandle::Open(folder + (folder.ends_with('\\') ? "" : "\\"), *opened);
+        held = {PlaceKind::kFolder, std::move(opened), {name}};
+        return Outcome{error};
+    };
+    return view.AskFor<Place>(VolumeOfPath(folder), place, hold);
+}
+
+// On false, the reason was reported.
+bool CMainFrame::Remember(const std::string& volume, const Place& place, RememberedPlace& remembered) {
+    const auto remember = [place](RememberedPlace& found, PatientWork::Running& running) {
+        found.kind = place.kind;
+        for (const std::string& name : place.names) {
+            if (running.isGivenUp) break;
+            found.items.emplace_back(place.folder, name);
+            ++running.done;
+        }
+        // The kernel may have known all of this. What the editor reads first, it asks the volume for.
+        HeldObject first;
+        ObjectSecurity security;
+        if (!found.items.empty() && FindItem(found.items.front(), first).IsDone())
+            static_cast<void>(ReadObjectDacl(first, security));
+        return Outcome();
+    };
+    const Outcome outcome = view.AskFor<RememberedPlace>(volume, remembered, remember);
+    view.Tell(outcome);
+    return outcome.IsDone();
 }
 
 void CMainFrame::UndoLastChange() {

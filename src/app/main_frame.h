@@ -19,6 +19,7 @@
 #include "history/change_session.h"
 #include "platform/place.h"
 #include "properties/properties_service.h"
+#include "security/object_security.h"
 
 namespace permora {
 
@@ -52,7 +53,7 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     bool OnCreate() override;
     void OnClose() override;    // keeps the settings
     void OnDestroy() override;  // closes the windows of results and of help
-    bool StopWork() override { return view.StopReadingSecurity(); }
+    bool StopWork() override { return view.StopWork(); }
     void OnSize(Size client) override;
     const MessageMap& GetMessageMap() const override;
 
@@ -96,6 +97,8 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     void EditResults(CWnd& window, const std::vector<ResultObject>& objects) override;
     void ShowInFolder(const ResultObject& object) override;
     Outcome HoldItemAt(const std::string& path, Place& place);
+    bool Remember(const std::string& volume, const Place& place, RememberedPlace& remembered);
+    bool RememberSelection(const Place& place, RememberedPlace& remembered);
     void OnUpdateFileCommand(Notification& notification);
     void OnUpdateSharesMode(Notification& notification);
 
@@ -116,7 +119,8 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     std::unique_ptr<CHelpWindow> help;  // made when it is first asked for
     bool offersAdministrator = false;
     std::string missingText;  // in the status bar; empty: nothing is missing
-    PropertiesService properties{*this, [this](const std::string& path) { EditItemAt(path); }};
+    PropertiesService properties{*this, view.Waiting(),
+                                 [this](const std::string& path) { EditItemAt(path); }};
 };
 
 }  // namespace permora

@@ -7,21 +7,28 @@
 #include "deletion/secure_delete_dialog.h"
 #include "framework/long_work.h"
 #include "platform/api/messages.h"
+#include "platform/volume_question.h"
 #include "security/message_boxes.h"
-#include "security/place_remembering.h"
 #include "shares/share_sheet.h"
 
 namespace permora {
+
+// Drives are volumes of their own; what is asked first hangs first.
+bool CMainFrame::RememberSelection(const Place& place, RememberedPlace& remembered) {
+    const bool isDrive = place.kind == PlaceKind::kDrives;
+    return Remember(isDrive ? VolumeOfPath(place.names.front()) : view.Rows().Volume(), place, remembered);
+}
 
 // The editor shows the first selected item and works on all of them.
 void CMainFrame::OpenSecurityEditor() {
     items.TellOfSeveral(this, static_cast<std::size_t>(view.List().GetSelectedCount()));
     Place place;
+    RememberedPlace remembered;
     if (!view.HoldSelection(place)) return;
     if (place.kind == PlaceKind::kShares)
         EditShareSecurity(this, place, changes, &sheetSize);
-    else
-        items.Edit(this, RememberPlaceFor(this, place), place.names.front());
+    else if (RememberSelection(place, remembered))
+        items.Edit(this, remembered, place.names.front());
 }
 
 // Objects that are gone are told of, and the editor shows the others.
@@ -43,10 +50,10 @@ void CMainFrame::StartSecureDeletion() {
     }
     const bool hasSelection = view.List().GetSelectedCount() > 0;
     Place place;
-    if (view.HoldSelection(place)) {
-        std::vector<RememberedObject> chosen = RememberPlaceFor(this, place).items;
+    RememberedPlace remembered;
+    if (view.HoldSelection(place) && RememberSelection(place, remembered)) {
         if (!MayDeleteSelection(kCaption)) return;
-        DeleteForGood(this, std::move(chosen));
+        DeleteForGood(this, std::move(remembered.items));
     }
     if (hasSelection) view.RefreshList();
 }
@@ -61,8 +68,9 @@ bool CMainFrame::MayDeleteSelection(const char* caption) const {
 
 void CMainFrame::StartWizard() {
     Place place;
-    if (!view.HoldSelection(place)) return;
-    items.RunWizard(this, RememberPlaceFor(this, place));
+    RememberedPlace remembered;
+    if (!view.HoldSelection(place) || !RememberSelection(place, remembered)) return;
+    items.RunWizard(this, remembered);
     if (view.IsShowing(PlaceKind::kFolder)) view.RefreshList();
     view.RedrawWindow();
 }

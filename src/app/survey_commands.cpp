@@ -8,7 +8,6 @@
 #include "results/find_source.h"
 #include "results/report_dialog.h"
 #include "results/report_source.h"
-#include "security/message_boxes.h"
 
 namespace permora {
 
@@ -28,12 +27,24 @@ std::string SurveyCommands::SelectionText() const {
 }
 
 std::vector<ResultTop> SurveyCommands::Tops(SearchedPlace searched) const {
-    Place place;
+    std::vector<ResultTop> tops;
     const std::vector<std::string> names =
         searched == SearchedPlace::kSelection ? view.SelectedNames() : std::vector<std::string>();
-    const Outcome outcome = view.Rows().Hold(names, place);
-    ShowOutcome(owner.GetSafeHwnd(), outcome);
-    return outcome.IsDone() ? TopsOf(place, FolderText()) : std::vector<ResultTop>();
+    const auto find = [rows = view.SharedRows(), names](std::vector<ResultTop>& found,
+                                                        PatientWork::Running& running) {
+        Place place;
+        Outcome outcome = rows->Hold(names, place);
+        if (!outcome.IsDone()) return outcome;
+        if (names.empty()) found = TopsOf(place, rows->Folder());
+        for (const std::string& name : names) {
+            if (running.isGivenUp) break;
+            found.push_back(TopsOf({place.kind, place.folder, {name}}, rows->Folder()).front());
+            ++running.done;
+        }
+        return outcome;
+    };
+    view.Tell(view.AskFor<std::vector<ResultTop>>(view.Rows().Volume(), tops, find));
+    return tops;
 }
 
 template <class Dialog>

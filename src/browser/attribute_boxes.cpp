@@ -69,12 +69,23 @@ DWORD AttributeWordOf(const CheckedBoxes& boxes) {
     return word != 0 ? word : FILE_ATTRIBUTE_NORMAL;
 }
 
-DWORD AssignAttributes(const Place& place, const CheckedBoxes& boxes, const CheckedBoxes& before) {
+DWORD ReadFirstAttributes(const Place& place, DWORD& attributes) {
+    WIN32_FILE_ATTRIBUTE_DATA first{};
+    if (const DWORD error = place.folder->MakeCurrent(); error != ERROR_SUCCESS) return error;
+    if (GetFileAttributesExA(place.names.front().c_str(), GetFileExInfoStandard, &first) == FALSE)
+        return GetLastError();
+    attributes = first.dwFileAttributes;
+    return ERROR_SUCCESS;
+}
+
+DWORD AssignAttributes(const Place& place, const CheckedBoxes& boxes, const CheckedBoxes& before,
+                       const std::function<bool()>& goOn) {
     const DWORD word = AttributeWordOf(boxes);
     const CheckedBoxes changed = boxes ^ before;
     // The calls below take names without a folder.
     if (const DWORD error = place.folder->MakeCurrent(); error != ERROR_SUCCESS) return error;
     for (const std::string& each : place.names) {
+        if (!goOn()) return ERROR_CANCELLED;
         const char* name = each.c_str();
         DWORD error = SetFileAttributesA(name, word) != FALSE ? ERROR_SUCCESS : GetLastError();
         if (error == ERROR_SUCCESS && changed.test(kCompressed))

@@ -3,6 +3,7 @@
 
 #include <bitset>
 #include <cstddef>
+#include <functional>
 
 #include "platform/api/base.h"
 #include "platform/place.h"
@@ -32,9 +33,15 @@ CheckedBoxes BoxesOf(DWORD attributes);
 // encryption are no matter of flags.
 DWORD AttributeWordOf(const CheckedBoxes& boxes);
 
+// The FILE_ATTRIBUTE_ flags of the first item of a folder. Returns 0 or a system error code. Like
+// AssignAttributes it makes the folder current.
+DWORD ReadFirstAttributes(const Place& place, DWORD& attributes);
+
 // Gives each item of a folder, in order, the attributes of the boxes. Compression and encryption are changed
 // only if their boxes differ from `before`, the first item's. Returns 0, or the error of the first step that
-// failed. Then nothing more is done, and earlier changes stay.
-DWORD AssignAttributes(const Place& place, const CheckedBoxes& boxes, const CheckedBoxes& before);
+// failed; ERROR_CANCELLED when `goOn`, which is called before each item, returns false. Then nothing more is
+// done, and earlier changes stay.
+DWORD AssignAttributes(const Place& place, const CheckedBoxes& boxes, const CheckedBoxes& before,
+                       const std::function<bool()>& goOn);
 
 }  // namespace permora

@@ -1,29 +1,30 @@
-// CAttributesDlg: shows the attributes of the first selected item and gives the chosen ones to all of them.
+// CAttributesDlg: shows the attributes of the first selected item, and asks for those of all of them.
 #pragma once
 
 #include <array>
+#include <string>
 
 #include "browser/attribute_boxes.h"
 #include "framework/dialog.h"
-#include "platform/place.h"
+#include "platform/api/base.h"
 
 namespace permora {
 
 class CAttributesDlg : public CDialog {
   public:
-    // Of the items of a folder, one at least.
-    CAttributesDlg(Place items, CWnd* ownerWindow);
+    // Of an item with these FILE_ATTRIBUTE_ flags, and perhaps of others beside it.
+    CAttributesDlg(std::string itemName, DWORD attributes, CWnd* ownerWindow);
+
+    CheckedBoxes boxes;  // those of the item, and after OK what the user has chosen
 
   protected:
-    // If the first item's attributes cannot be read, a box shows the error instead of the dialog.
     bool OnInitDialog() override;
-    // Always closes the dialog. The first failure is shown in a box.
     void OnOK() override;
 
   private:
-    Place place;
-    CheckedBoxes shown;                                // of the first item when the dialog opened
-    std::array<CButton*, kAttributeBoxCount> boxes{};  // by AttributeBox
+    const std::string name;
+    const bool isFolder;
+    std::array<CButton*, kAttributeBoxCount> buttons{};  // by AttributeBox
 };
 
 }  // namespace permora

@@ -21,63 +21,90 @@ constexpr int kHostPathPane = 2;
 
 }  // namespace
 
-// Puts the rows of one source into the list.
-class BrowserView::Filling : public RowReceiver {
-  public:
-    Filling(BrowserView& browser, PlaceKind source)
-        : view(browser), ending(source == PlaceKind::kShares ? "" : " ") {}
+// What a source has told, on another thread.
+struct BrowserView::Listing : RowReceiver {
+    std::vector<Row> rows;
+    int count = 0;
+    PatientWork::Running* running = nullptr;  // while it reads
+    Outcome outcome;                          // of the rows
+    std::shared_ptr<Place> place;             // that the rows are in; null: none that has a security
 
-    bool Add(const Row& row) override {
-        const int place = view.list.GetItemCount();
-        const int image = row.image == kShellImage ? view.images.AddShellIcon(row.name) : row.image;
-        if (!view.list.InsertItem(place, row.name, image) || !view.list.SetItemData(place, row.position))
-            return false;
-        const std::pair<int, const std::string&> texts[] = {
-            {kTypeColumn, row.type}, {kSizeColumn, row.size}, {kModifiedColumn, row.modified}};
-        int column = kFixedColumns;
-        for (const std::string& text : row.more)
-            if (!view.list.SetItemText(place, column++, text)) return false;
-        return std::ranges::all_of(texts, [&](const auto& each) {
-            return each.second.empty() || view.list.SetItemText(place, each.first, each.second);
-        });
+    bool Add(Row row) override {
+        if (running->isGivenUp) return false;
+        rows.push_back(std::move(row));
+        running->done = rows.size();
+        return true;
     }
-    void ShowCount(int count) override {
-        view.ShowItemCount("Total items: " + std::to_string(count) + ending);
-    }
+    void ShowCount(int found) override { count = found; }
 
-  private:
-    BrowserView& view;
-    const char* ending;
+    Outcome Read(RowSource& source, const RowOptions& options, PatientWork::Running& reading) {
+        running = &reading;
+        if (Outcome opened = source.Open(); !opened.IsDone()) return opened;
+        outcome = source.List(options, *this);
+        auto held = std::make_shared<Place>();
+        if (source.Kind() != PlaceKind::kShares && source.Hold({}, *held).IsDone()) place = std::move(held);
+        return {};
+    }
 };
 
-Outcome BrowserView::Fill(RowSource& source) {
+// Of a source that is not open yet. On a failure, there is no listing, and the source must not be used any
+// more.
+Outcome BrowserView::Read(const std::shared_ptr<RowSource>& source, std::shared_ptr<Listing>& listing) {
+    auto read = std::make_shared<Listing>();
+    const bool isFolder = source->Kind() == PlaceKind::kFolder;
+    if (isFolder) ShowState("Processing...");
+    const RowDetail detail = list.GetView() == ListView::kReport ? RowDetail::kAll : RowDetail::kName;
+    const auto ask = [source, read, options = RowOptions{detail, rowIcons, dotNames}](
+                         PatientWork::Running& running) { return read->Read(*source, options, running); };
+    Outcome outcome = Ask(source->Volume(), ask);
+    if (isFolder) ShowState("Ready");
+    listing = outcome.IsDone() ? std::move(read) : std::make_shared<Listing>();
+    return outcome;
+}
+
+// The outcome of the listing, unless the list has no room for it.
+Outcome BrowserView::Fill(const RowSource& source, Listing& listing) {
     StopReadingSecurity();
     security.Restart(nullptr);
     if (!list.DeleteAllItems() || !images.Rebuild(list, source.Images())) return {ERROR_NOT_ENOUGH_MEMORY};
     ArrangeColumns(source);
-    const bool isFolder = source.Kind() == PlaceKind::kFolder;
-    if (isFolder) ShowState("Processing...");
-    const bool isReport = list.GetView() == ListView::kReport;
-    Filling filling(*this, source.Kind());
-    Outcome outcome =
-        source.List({isReport ? RowDetail::kAll : RowDetail::kName, rowIcons, dotNames}, filling);
-    if (isFolder) ShowState("Ready");
+    for (const Row& row : listing.rows)
+        if (!AddRow(row)) return {ERROR_NOT_ENOUGH_MEMORY};
+    if (listing.outcome.IsDone()) ShowItemCount(source, listing.count);
     PaintStatusBar();
-    WatchSecurity(source);
-    if (outcome.IsDone()) ShowLocation(source);
-    return outcome;
+    if (listing.place != nullptr) security.Restart(listing.place);
+    if (listing.outcome.IsDone()) ShowLocation(source);
+    return listing.outcome;
 }
 
-// On failure, the location is unchanged. The list is unchanged, empty, or shows a part of the source.
-Outcome BrowserView::Show(std::unique_ptr<RowSource> source) {
-    Outcome outcome = source->Open();
-    if (outcome.IsDone()) outcome = Fill(*source);
+bool BrowserView::AddRow(const Row& row) {
+    const int place = list.GetItemCount();
+    const int image = row.image == kShellImage ? images.AddShellIcon(row.shellIcon) : row.image;
+    if (!list.InsertItem(place, row.name, image) || !list.SetItemData(place, row.position)) return false;
+    const std::pair<int, const std::string&> texts[] = {
+        {kTypeColumn, row.type}, {kSizeColumn, row.size}, {kModifiedColumn, row.modified}};
+    int column = kFixedColumns;
+    for (const std::string& text : row.more)
+        if (!list.SetItemText(place, column++, text)) return false;
+    return std::ranges::all_of(texts, [&](const auto& each) {
+        return each.second.empty() || list.SetItemText(place, each.first, each.second);
+    });
+}
+
+// On failure, the location and its list are unchanged, unless the list has no room for another one.
+Outcome BrowserView::Show(std::shared_ptr<RowSource> source, const std::function<void()>& beforeFilling) {
+    std::shared_ptr<Listing> listing;
+    Outcome outcome = Read(source, listing);
+    if (outcome.IsDone()) outcome = listing->outcome;
+    if (!outcome.IsDone()) return outcome;
+    if (beforeFilling) beforeFilling();
+    outcome = Fill(*source, *listing);
     if (outcome.IsDone()) (aside ? aside : location) = std::move(source);
     return outcome;
 }
 
-Outcome BrowserView::ListAgain() {
-    return Show(Rows().Anew());
+Outcome BrowserView::ListAgain(const std::function<void()>& beforeFilling) {
+    return Show(Rows().Anew(), beforeFilling);
 }
 
 void BrowserView::ArrangeColumns(const RowSource& source) {
@@ -91,26 +118,28 @@ void BrowserView::ArrangeColumns(const RowSource& source) {
     security.Insert();
 }
 
-void BrowserView::WatchSecurity(const RowSource& source) {
-    auto place = std::make_shared<Place>();
-    const bool hasObjects = source.Kind() != PlaceKind::kShares && source.Hold({}, *place).IsDone();
-    if (hasObjects) security.Restart(std::move(place));
-}
-
 void BrowserView::RefreshList() {
-    RefreshList({});
+    if (!GiveUpFor([this] { RefreshList(); })) RefreshList({});
 }
 
 void BrowserView::RefreshList(const std::vector<std::string>& made) {
     if (folderTree != nullptr) folderTree->Refresh();
-    const std::vector<std::string> selected = SelectedNames();
-    const int focusedRow = list.GetFocusedRow();
-    const std::string focusedName = list.GetItemText(focusedRow, kNameColumn);
-    const int markedRow = list.GetSelectionMark();
-    const std::string markedName = list.GetItemText(markedRow, kNameColumn);
-    if (const Outcome outcome = ListAgain(); !outcome.IsDone()) {
-        const bool isGone = IsShowing(PlaceKind::kFolder) && IsFolderGone(Rows().Folder());
-        if (!isGone || !ShowNearestParent()) ShowOutcome(GetSafeHwnd(), outcome);
+    std::vector<std::string> selected;
+    int focusedRow = -1;
+    std::string focusedName;
+    int markedRow = -1;
+    std::string markedName;
+    const Outcome outcome = ListAgain([&] {
+        selected = SelectedNames();
+        focusedRow = list.GetFocusedRow();
+        focusedName = list.GetItemText(focusedRow, kNameColumn);
+        markedRow = list.GetSelectionMark();
+        markedName = list.GetItemText(markedRow, kNameColumn);
+    });
+    if (!outcome.IsDone()) {
+        const bool isGone =
+            !IsUnanswered(outcome) && IsShowing(PlaceKind::kFolder) && IsGone(Rows().Folder());
+        if (!isGone || !ShowNearestParent()) Tell(outcome);
         return;
     }
     if (markedRow >= 0) list.SetSelectionMark(RowNamed(markedName));
@@ -163,7 +192,7 @@ void BrowserView::ShowLocation(const RowSource& source) {
     if (folderTree != nullptr) folderTree->Follow({source.Kind(), folder});
 }
 
-// ---- The status bar. No message loop runs while a folder is read, so its texts are painted at once. ----
+// ---- The status bar. No message loop runs while a folder is shown, so its texts are painted at once. ----
 
 void BrowserView::ShowState(const char* text) {
     if (statusBar == nullptr) return;
@@ -171,19 +200,14 @@ void BrowserView::ShowState(const char* text) {
     PaintStatusBar();
 }
 
-// Painting the count for each tenth row of a fast folder would cost more than reading it, so the display sets
-// the pace.
-void BrowserView::ShowItemCount(const std::string& text) {
-    if (statusBar == nullptr) return;
-    constexpr std::chrono::milliseconds kDisplayPace(16);
-    statusBar->SetPaneText(kCountPane, text);
-    if (std::chrono::steady_clock::now() - statusPainted >= kDisplayPace) PaintStatusBar();
+void BrowserView::ShowItemCount(const RowSource& source, int count) {
+    const char* ending = source.Kind() == PlaceKind::kShares ? "" : " ";
+    if (statusBar != nullptr)
+        statusBar->SetPaneText(kCountPane, "Total items: " + std::to_string(count) + ending);
 }
 
 void BrowserView::PaintStatusBar() {
-    if (statusBar == nullptr) return;
-    statusBar->RedrawWindow();
-    statusPainted = std::chrono::steady_clock::now();
+    if (statusBar != nullptr) statusBar->RedrawWindow();
 }
 
 }  // namespace permora

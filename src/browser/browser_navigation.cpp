@@ -1,4 +1,6 @@
 // Moving between locations, and opening rows.
+#include <memory>
+#include <string>
 #include <utility>
 
 #include "browser/browser_view.h"
@@ -12,30 +14,75 @@
 #include "platform/host_path.h"
 #include "platform/network_path.h"
 #include "platform/visible_text.h"
+#include "platform/volume_question.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 
 namespace permora {
 namespace {
 
-std::unique_ptr<RowSource> RowsOf(const std::string& folder) {
-    if (folder.empty()) return std::make_unique<DriveRows>();
-    return std::make_unique<FolderRows>(folder);
+std::shared_ptr<RowSource> RowsOf(const std::string& folder) {
+    if (folder.empty()) return std::make_shared<DriveRows>();
+    return std::make_shared<FolderRows>(folder);
+}
+
+// What was typed as a location, once its volume has answered.
+struct TypedLocation {
+    std::string mountCommand;  // of a share that is not mounted
+    std::string folder;
+};
+
+// A row that the user opens.
+struct OpenedRow {
+    bool isFolder = false;
+    bool isFailed = false;  // no program opens the file
+};
+
+Outcome FindTyped(const std::string& text, const FolderRows* shown, TypedLocation& location) {
+    const std::string path = PathFromTyped(text);
+    location.mountCommand = MountCommandFor(path);
+    if (!location.mountCommand.empty()) return {};
+    if (path.empty()) return {ERROR_FILE_NOT_FOUND};
+    const std::unique_ptr<FolderRows> typed =
+        shown != nullptr ? shown->From(path) : std::make_unique<FolderRows>(path);
+    Outcome outcome = typed->Open();
+    if (outcome.IsDone()) location.folder = typed->Folder();
+    return outcome;
+}
+
+// Without asking where a share is mounted, which may hang as well.
+std::string VolumeOfTyped(const std::string& text, const FolderRows* shown) {
+    if (IsNetworkPath(text)) return text;
+    const std::string path = PathFromTyped(text);
+    return shown != nullptr ? shown->From(path)->Volume() : VolumeOfPath(path);
 }
 
 }  // namespace
 
-bool BrowserView::ShowLocationAgain() {
-    if (ListAgain().IsDone()) return true;
-    return IsShowing(PlaceKind::kFolder) && IsFolderGone(Rows().Folder()) && ShowNearestParent();
+bool BrowserView::IsGone(const std::string& folder) {
+    bool isGone = false;
+    const Outcome outcome =
+        AskFor<bool>(VolumeOfPath(folder), isGone, [folder](bool& answer, PatientWork::Running&) {
+            answer = IsFolderGone(folder);
+            return Outcome();
+        });
+    return outcome.IsDone() && isGone;
+}
+
+// After a failure, which has been reported. What cannot be listed stays as it is shown.
+void BrowserView::ShowLocationAgain() {
+    const Outcome outcome = ListAgain();
+    if (outcome.IsDone() || IsUnanswered(outcome)) return;
+    if (IsShowing(PlaceKind::kFolder) && IsGone(Rows().Folder()) && ShowNearestParent()) return;
+    if (outcome.code == ERROR_NOT_ENOUGH_MEMORY) ShowFatalErrorBox(GetSafeHwnd(), "Error: unknown error");
 }
 
 // A folder that vanishes is reported, since the user did not choose to leave it.
 bool BrowserView::ShowNearestParent() {
     const std::string gone = location->Folder();
     std::string nearest = FolderAbove(gone);
-    while (!Show(RowsOf(nearest)).IsDone()) {
-        if (nearest.empty()) return false;
+    for (Outcome outcome = Show(RowsOf(nearest)); !outcome.IsDone(); outcome = Show(RowsOf(nearest))) {
+        if (nearest.empty() || IsUnanswered(outcome)) return false;
         nearest = FolderAbove(nearest);
     }
     history.Record(location->Folder());
@@ -49,33 +96,58 @@ bool BrowserView::ShowNearestParent() {
 void BrowserView::MoveInHistory(HistoryStep step) {
     const std::optional<std::string> target = history.Neighbour(step);
     if (!target) return;
-    if (Show(RowsOf(*target)).IsDone())
+    const Outcome outcome = Show(RowsOf(*target));
+    if (outcome.IsDone())
         history.Move(step);
+    else if (IsUnanswered(outcome))
+        Tell(outcome);
     else
         ShowLocationAgain();
 }
 
 void BrowserView::GoUp() {
+    if (GiveUpFor([this] { GoUp(); })) return;
     const auto* folder = dynamic_cast<const FolderRows*>(&Rows());
     if (folder == nullptr) return;
-    std::unique_ptr<FolderRows> above = folder->From("..");
-    if (const Outcome outcome = above->Open(); !outcome.IsDone()) {
-        if (!IsFolderGone(folder->Folder()) || !ShowNearestParent()) ShowOutcome(GetSafeHwnd(), outcome);
+    const std::string left = folder->Folder();
+    std::string above;
+    const Outcome outcome = AskFor<std::string>(
+        folder->Volume(), above,
+        [rows = std::shared_ptr(folder->From(".."))](std::string& found, PatientWork::Running&) {
+            Outcome opened = rows->Open();
+            found = rows->Folder();
+            return opened;
+        });
+    if (outcome.code == ERROR_TIMEOUT) return LeaveSilentFolder(left);
+    if (!outcome.IsDone()) {
+        if (IsUnanswered(outcome) || !IsGone(left) || !ShowNearestParent()) Tell(outcome);
         return;
     }
     // The root of a drive has nothing above it.
-    const std::string left = folder->Folder();
-    const bool isRoot = above->Folder() == left;
+    const bool isRoot = above == left;
     if (isRoot)
         GoToRoot();
-    else if (!GoTo(std::make_unique<FolderRows>(above->Folder())))
+    else if (!GoTo(RowsOf(above)))
         return;
     if (const int row = RowNamed(isRoot ? left : NameInFolder(left)); row >= 0) SelectOnly(row);
 }
 
+// By its path, since nobody tells what is above it: to the first folder of another volume, or to the drives.
+void BrowserView::LeaveSilentFolder(const std::string& folder) {
+    std::string above = FolderAbove(folder);
+    while (!above.empty() && VolumeOfPath(above) == VolumeOfPath(folder))
+        above = FolderAbove(above);
+    if (above.empty())
+        GoToRoot();
+    else
+        GoTo(RowsOf(above));
+}
+
 void BrowserView::GoToRoot() {
-    if (!Show(std::make_unique<DriveRows>()).IsDone())
+    if (const Outcome outcome = Show(std::make_shared<DriveRows>()); !outcome.IsDone()) {
+        if (IsUnanswered(outcome)) return Tell(outcome);
         ShowFatalErrorBox(GetSafeHwnd(), "Cannot get drive list");
+    }
     history.Record({});
 }
 
@@ -86,27 +158,28 @@ void BrowserView::GoToLocation(const std::string& text) {
         ShowErrorBox(GetSafeHwnd(), "The path specified is too long");
         return;
     }
-    const std::string path = PathFromTyped(text);
-    if (const std::string command = MountCommandFor(path); !command.empty()) {
-        ShowErrorBox(
-            GetSafeHwnd(),
-            ("No mount of this share is known here. To mount it:\r\n\r\n" + VisibleText(command)).c_str());
+    const auto shown = std::dynamic_pointer_cast<const FolderRows>(SharedRows());
+    TypedLocation typed;
+    const Outcome outcome = AskFor<TypedLocation>(VolumeOfTyped(text, shown.get()), typed,
+                                                  [text, shown](TypedLocation& found, PatientWork::Running&) {
+                                                      return FindTyped(text, shown.get(), found);
+                                                  });
+    if (!typed.mountCommand.empty()) {
+        ShowErrorBox(GetSafeHwnd(), ("No mount of this share is known here. To mount it:\r\n\r\n" +
+                                     VisibleText(typed.mountCommand))
+                                        .c_str());
         return;
     }
-    const auto* folder = dynamic_cast<const FolderRows*>(&Rows());
-    std::unique_ptr<FolderRows> typed =
-        folder != nullptr ? folder->From(path) : std::make_unique<FolderRows>(path);
-    const Outcome outcome = path.empty() ? Outcome{ERROR_FILE_NOT_FOUND} : typed->Open();
-    ShowOutcome(GetSafeHwnd(), outcome);
-    if (outcome.IsDone() && GoTo(std::make_unique<FolderRows>(typed->Folder()))) list.SetFocus();
+    Tell(outcome);
+    if (outcome.IsDone() && GoTo(RowsOf(typed.folder))) list.SetFocus();
 }
 
 // Shows another location and records it. On false, the reason was reported, and the previous location is
 // shown.
-bool BrowserView::GoTo(std::unique_ptr<RowSource> source) {
+bool BrowserView::GoTo(std::shared_ptr<RowSource> source) {
     if (const Outcome outcome = Show(std::move(source)); !outcome.IsDone()) {
-        ShowOutcome(GetSafeHwnd(), outcome);
-        if (!ShowLocationAgain()) ShowFatalErrorBox(GetSafeHwnd(), "Error: unknown error");
+        Tell(outcome);
+        if (!IsUnanswered(outcome)) ShowLocationAgain();
         return false;
     }
     history.Record(location->Folder());
@@ -114,6 +187,7 @@ bool BrowserView::GoTo(std::unique_ptr<RowSource> source) {
 }
 
 void BrowserView::ShowItem(const std::string& path) {
+    if (GiveUpFor([this, path] { ShowItem(path); })) return;
     const std::string folder = FolderAbove(path);
     if ((folder.empty() || Rows().Folder() != folder) && !GoTo(RowsOf(folder))) return;
     const std::string name = folder.empty() ? path : NameInFolder(path);
@@ -127,21 +201,27 @@ void BrowserView::ShowItem(const std::string& path) {
 }
 
 void BrowserView::OpenSelected() {
+    if (GiveUpFor([this] { OpenSelected(); })) return;
     const int row = list.GetSelectionMark();
     if (row < 0 || IsShowing(PlaceKind::kShares)) return;
     const std::string name = list.GetItemText(row, kNameColumn);
-    const DWORD error = Rows().MakeCurrent();
-    // An object whose attributes cannot be read counts as a folder.
-    if (error != ERROR_SUCCESS)
-        ShowSystemErrorBox(GetSafeHwnd(), error);
-    else if ((GetFileAttributesA(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0)
-        OpenFolderRow(name);
-    else if (!OpenByShell(nullptr, name))
-        ShowErrorBox(GetSafeHwnd(), ("Error: cannot open \"" + name + '"').c_str());
+    auto opened = std::make_shared<OpenedRow>();
+    const Outcome outcome =
+        Ask(Rows().Volume(), [opened, rows = SharedRows(), name](PatientWork::Running& running) {
+            if (const DWORD error = rows->MakeCurrent(); error != ERROR_SUCCESS) return Outcome{error};
+            // An object whose attributes cannot be read counts as a folder.
+            opened->isFolder = (GetFileAttributesA(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0;
+            opened->isFailed = !opened->isFolder && !running.isGivenUp && !OpenByShell(nullptr, name);
+            return Outcome();
+        });
+    Tell(outcome);
+    if (outcome.IsDone() && opened->isFolder) OpenFolderRow(name);
+    if (opened->isFailed) ShowErrorBox(GetSafeHwnd(), ("Error: cannot open \"" + name + '"').c_str());
     list.RedrawWindow();
 }
 
 bool BrowserView::ShowPlace(const TreePlace& place) {
+    if (GiveUpFor([this, place] { ShowPlace(place); })) return false;
     if (IsShowing(place.kind) && Rows().Folder() == place.folder) return true;
     if (IsShowing(PlaceKind::kShares) || place.kind == PlaceKind::kShares) {
         if (CFrameWnd* frame = Frame()) frame->RunCommand(ID_SHOW_SHARES);  // and back
@@ -150,7 +230,7 @@ bool BrowserView::ShowPlace(const TreePlace& place) {
     if (place.kind == PlaceKind::kFolder)
         return Rows().Folder() == place.folder || GoTo(RowsOf(place.folder));
     if (!IsShowing(PlaceKind::kDrives)) GoToRoot();
-    return true;
+    return IsShowing(PlaceKind::kDrives);
 }
 
 void BrowserView::OpenFolderRow(const std::string& name) {
@@ -158,9 +238,12 @@ void BrowserView::OpenFolderRow(const std::string& name) {
 }
 
 void BrowserView::ShowShares() {
-    aside = std::make_unique<ShareRows>();
+    aside = std::make_shared<ShareRows>();
     list.SetColumnText(kTypeColumn, aside->TypeHeader());
-    ShowOutcome(GetSafeHwnd(), Fill(*aside));
+    std::shared_ptr<Listing> listing;
+    const Outcome read = Read(aside, listing);
+    const Outcome filled = Fill(*aside, *listing);
+    Tell(read.IsDone() ? filled : read);
     ShowLocation(*aside);
 }
 

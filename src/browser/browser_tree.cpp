@@ -64,7 +64,7 @@ void BrowserView::WidenTree(int pixels) {
 }
 
 void BrowserView::EditFolder(const std::string& path) {
-    if (editFolder) editFolder(path);
+    if (editFolder && !GiveUpFor([this, path] { EditFolder(path); })) editFolder(path);
 }
 
 void BrowserView::OnFolderTree() {

@@ -1,5 +1,6 @@
 #include "browser/browser_view.h"
 
+#include <chrono>
 #include <utility>
 
 #include "browser/address_bar.h"
@@ -71,7 +72,7 @@ const MessageMap& BrowserView::GetMessageMap() const {
     return kMap;
 }
 
-BrowserView::BrowserView() : location(std::make_unique<DriveRows>()) {
+BrowserView::BrowserView() : location(std::make_shared<DriveRows>()) {
     if (RegisterClipboardFormat(kClipboardFormatName) == 0)
         ShowFatalErrorBox(nullptr, "Error: cannot register clipboard data format.");
 }
@@ -92,15 +93,28 @@ void BrowserView::Create(CWnd& owner, unsigned int id, const std::string& comman
     OpenStartFolder(commandLine);
 }
 
-// A failure is reported when the frame applies its settings, which lists again.
+// A failure is reported when the frame applies its settings, which lists again. A folder that does not answer
+// is not waited for long, since the window is not shown yet, and the drives are shown instead.
 void BrowserView::OpenStartFolder(const std::string& commandLine) {
+    constexpr std::chrono::milliseconds kStartPatience(3000);
     const std::string folder = StartFolderOf(commandLine);
-    auto start = std::make_unique<FolderRows>(folder);
-    if (!folder.empty() && start->Open().IsDone()) {
+    std::shared_ptr<RowSource> start = std::make_shared<FolderRows>(folder);
+    std::shared_ptr<Listing> listing;
+    const std::chrono::milliseconds usual = std::exchange(wait.patience, kStartPatience);
+    const Outcome outcome = folder.empty() ? Outcome{ERROR_FILE_NOT_FOUND} : Read(start, listing);
+    wait.patience = usual;
+    if (outcome.IsDone()) {
         location = std::move(start);
         history.Record(location->Folder());
+    } else {
+        if (IsUnanswered(outcome))
+            afterStart.Start(std::chrono::milliseconds(0), [this, outcome] {
+                afterStart.Stop();
+                Tell(outcome);
+            });
+        static_cast<void>(Read(location, listing));
     }
-    static_cast<void>(Fill(*location));
+    static_cast<void>(Fill(*location, *listing));
 }
 
 void BrowserView::AttachBars(AddrBar& address, CStatusBar& status) {
@@ -157,7 +171,10 @@ void BrowserView::OnColumnClick(Notification& notification) {
 }
 
 void BrowserView::OnInfoTip(Notification& notification) {
-    notification.tip = Rows().Tip(list.GetItemText(notification.row, kNameColumn));
+    auto tip = std::make_shared<std::string>();
+    const auto ask = [tip, rows = SharedRows(), name = list.GetItemText(notification.row, kNameColumn)](
+                         PatientWork::Running&) { *tip = rows->Tip(name); };
+    if (wait.DoAtOnce(Rows().Volume(), ask)) notification.tip = *tip;
 }
 
 void BrowserView::OnViewMode(Notification& notification) {
@@ -194,14 +211,14 @@ std::vector<std::string> BrowserView::SelectedNames() const {
     return names;
 }
 
-bool BrowserView::HoldSelection(Place& place) const {
-    std::vector<std::string> names = SelectedNames();
+bool BrowserView::HoldSelection(Place& place) {
+    const std::vector<std::string> names = SelectedNames();
     if (names.empty()) {
         ShowInfoBox(GetSafeHwnd(), kSelectItems);
         return false;
     }
-    const Outcome outcome = Rows().Hold(std::move(names), place);
-    ShowOutcome(GetSafeHwnd(), outcome);
+    const Outcome outcome = HoldRows(names, place);
+    Tell(outcome);
     return outcome.IsDone();
 }
 
@@ -270,6 +287,10 @@ void BrowserView::SortByColumn(int column) {
         ShowState("Ready");
         SortRows(awaitedColumn);
     });
+}
+
+bool BrowserView::StopWork() {
+    return wait.GiveUp() || StopReadingSecurity();
 }
 
 bool BrowserView::StopReadingSecurity() {

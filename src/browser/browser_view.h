@@ -2,7 +2,6 @@
 // contents of a folder, or the machine's shares.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -17,6 +16,7 @@
 #include "browser/security_columns.h"
 #include "framework/list_ctrl.h"
 #include "framework/menu.h"
+#include "framework/patient_work.h"
 #include "framework/splitter.h"
 
 namespace permora {
@@ -24,6 +24,11 @@ namespace permora {
 class AddrBar;
 class CFrameWnd;
 class CStatusBar;
+
+// Whether a question got no answer, or was given up before.
+inline bool IsUnanswered(const Outcome& outcome) {
+    return outcome.code == ERROR_CANCELLED || outcome.code == ERROR_TIMEOUT;
+}
 
 // The message of a command for which nothing is selected.
 inline constexpr const char* kSelectItems = "Please, select items to work with them.";
@@ -45,7 +50,9 @@ class BrowserView : public CWnd, private TreeOwner {
     void SetViewModeObserver(std::function<void(std::uint32_t viewMode)> chosen);
 
     // The location shown.
-    const RowSource& Rows() const { return aside ? *aside : *location; }
+    const RowSource& Rows() const { return *SharedRows(); }
+    // For questions, which may outlive it.
+    std::shared_ptr<const RowSource> SharedRows() const { return aside ? aside : location; }
     bool IsShowing(PlaceKind kind) const { return Rows().Kind() == kind; }
     const BrowserHistory& History() const { return history; }
     CListCtrl& List() { return list; }
@@ -61,7 +68,7 @@ class BrowserView : public CWnd, private TreeOwner {
     std::vector<std::string> SelectedNames() const;
     // The selection as a place to work on. On false, nothing is selected or the folder shown cannot be worked
     // on, which has been reported.
-    bool HoldSelection(Place& place) const;
+    bool HoldSelection(Place& place);
     void SelectAll();
     void InvertSelection();
 
@@ -84,6 +91,34 @@ class BrowserView : public CWnd, private TreeOwner {
     void ShowShares();
     void LeaveShares();
 
+    // Questions that a volume may never answer. The window lives meanwhile, and the user may give them up:
+    // the outcome is then ERROR_CANCELLED, and ERROR_TIMEOUT where there is no answer (PatientWork::Do).
+    // Outputs are untouched unless it is done.
+    //
+    // `question` owns all that it uses.
+    using Question = std::function<Outcome(PatientWork::Running& running)>;
+    Outcome Ask(const std::string& volume, Question question);
+    template <class Answer>
+    Outcome AskFor(const std::string& volume, Answer& answer,
+                   std::function<Outcome(Answer&, PatientWork::Running&)> question) {
+        auto found = std::make_shared<Answer>();
+        Outcome outcome = Ask(volume, [found, question = std::move(question)](PatientWork::Running& running) {
+            return question(*found, running);
+        });
+        if (outcome.IsDone()) answer = std::move(*found);
+        return outcome;
+    }
+    // RowSource::Verify, Hold and FindPath of the location shown.
+    Outcome VerifyRows();
+    Outcome HoldRows(const std::vector<std::string>& names, Place& place);
+    Outcome FindPath(const std::string& name, std::string& path);
+    // Reports the outcome of a question: in the status bar if the user gave it up, else in a box.
+    void Tell(const Outcome& outcome);
+    // For commands: gives up what the window waits for, and runs `next` afterwards. False, when it waits for
+    // nothing: `next` does not run.
+    bool GiveUpFor(std::function<void()> next) { return wait.GiveUp(std::move(next)); }
+    PatientWork& Waiting() { return wait; }
+
     void SetViewMode(ListView mode);
     // The settings' view mode (0 icons, 1 small icons, 2 list, 3 details; others change nothing) and icons;
     // lists again.
@@ -91,8 +126,12 @@ class BrowserView : public CWnd, private TreeOwner {
     // From the next listing on, with the check mark in the frame's menu.
     void SetIcons(RowIcons icons);
     void SortByColumn(int column);
-    // Ends the reading for a sorting by security; the order stays. False: nothing was being read.
-    bool StopReadingSecurity();
+    // Gives up what the window waits for, or the reading for a sorting by security; the order stays. False:
+    // nothing goes on.
+    bool StopWork();
+
+    // A command gives up what the window waits for, and runs then.
+    bool OnCmdMsg(Notification& notification) override;
 
     // The columns about security (SecurityColumns::Choose), with their check marks in the frame's menu.
     void ChooseSecurityColumns(std::uint32_t columns);
@@ -116,9 +155,10 @@ class BrowserView : public CWnd, private TreeOwner {
     const MessageMap& GetMessageMap() const override;
 
   private:
-    class Filling;
+    struct Listing;
 
     void OpenStartFolder(const std::string& commandLine);
+    bool StopReadingSecurity();
     CFrameWnd* Frame() const;
     CMenu ViewMenu() const;
     void EnableContextCommands(CMenu& menu) const;
@@ -134,24 +174,27 @@ class BrowserView : public CWnd, private TreeOwner {
     void OnFolderTree();
 
     // Listing.
-    Outcome Fill(RowSource& source);  // which is open
-    Outcome Show(std::unique_ptr<RowSource> source);
-    Outcome ListAgain();
+    Outcome Read(const std::shared_ptr<RowSource>& source, std::shared_ptr<Listing>& listing);
+    Outcome Fill(const RowSource& source, Listing& listing);
+    bool AddRow(const Row& row);
+    Outcome Show(std::shared_ptr<RowSource> source, const std::function<void()>& beforeFilling = {});
+    Outcome ListAgain(const std::function<void()>& beforeFilling = {});
     void ArrangeColumns(const RowSource& source);
-    void WatchSecurity(const RowSource& source);
     void FocusAgain(const std::string& name, int row);
     int RowNamed(const std::string& name) const;  // -1: none
     void SelectOnly(int row);
     bool SelectNames(const std::vector<std::string>& names);  // false: there are none of them
     void ShowState(const char* text);
-    void ShowItemCount(const std::string& text);
+    void ShowItemCount(const RowSource& source, int count);
     void ShowLocation(const RowSource& source);
     void PaintStatusBar();
 
     // Navigation.
-    bool ShowLocationAgain();
+    void ShowLocationAgain();
     bool ShowNearestParent();
-    bool GoTo(std::unique_ptr<RowSource> source);
+    bool GoTo(std::shared_ptr<RowSource> source);
+    bool IsGone(const std::string& folder);
+    void LeaveSilentFolder(const std::string& folder);
 
     // Notifications of the list and commands.
     void OnDoubleClick(Notification& notification);
@@ -174,8 +217,10 @@ class BrowserView : public CWnd, private TreeOwner {
     RowImages images;
     CStatusBar* statusBar = nullptr;
     AddrBar* addressBar = nullptr;
-    std::unique_ptr<RowSource> location;  // the drives or a folder, which the history knows
-    std::unique_ptr<RowSource> aside;     // shown in its place: the shares; null: nothing
+    // Questions that were given up may still use them.
+    std::shared_ptr<RowSource> location;  // the drives or a folder, which the history knows
+    std::shared_ptr<RowSource> aside;     // shown in its place: the shares; null: nothing
+    PatientWork wait;
     BrowserHistory history;
     FileCommands commands{*this};
     std::unique_ptr<FolderTree> folderTree;  // null: not shown
@@ -186,7 +231,7 @@ class BrowserView : public CWnd, private TreeOwner {
     DotNames dotNames = DotNames::kLeftOut;
     std::function<void(std::uint32_t viewMode)> viewModeChosen;
     std::function<void()> choiceMade = [] {};
-    std::chrono::steady_clock::time_point statusPainted;
+    RepeatedWork afterStart;
 };
 
 }  // namespace permora

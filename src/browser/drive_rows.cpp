@@ -1,12 +1,19 @@
 #include "browser/drive_rows.h"
 
+#include <algorithm>
 #include <array>
+#include <atomic>
+#include <chrono>
+#include <list>
+#include <memory>
+#include <utility>
 
 #include "browser/folder_rows.h"
 #include "browser/list_presentation.h"
 #include "platform/host_path.h"
 #include "platform/network_path.h"
 #include "platform/visible_text.h"
+#include "platform/volume_question.h"
 #include "resources/resource_ids.h"
 
 namespace permora {
@@ -58,12 +65,23 @@ bool AskSpace(const std::string& root, DriveSpace& space) {
     return GetDiskFreeSpaceExA(root.c_str(), &space.available, &space.total, nullptr) != FALSE;
 }
 
-Row RowOfDrive(const std::string& root) {
-    const UINT type = GetDriveTypeA(root.c_str());
+// What a drive has answered so far, on another thread.
+struct AskedDrive {
+    explicit AskedDrive(std::string asked) : root(std::move(asked)) {}
+
+    const std::string root;
+    std::atomic<UINT> type = DRIVE_FIXED;
+    Row row;  // of a drive that has answered
+
+    void Ask();
+};
+
+void AskedDrive::Ask() {
+    type = GetDriveTypeA(root.c_str());
     DriveLook look = LookOfDrive(type);
     VolumeFacts facts;
     if (DependsOnFileSystem(look) && AskVolume(root, facts)) look = WithFileSystem(look, facts.flags);
-    Row row{.name = root, .type = look.typeText, .image = look.image};
+    row = {.name = root, .type = look.typeText, .image = look.image};
     std::string available;
     if (DriveSpace space; type == DRIVE_FIXED && AskSpace(root, space)) {
         row.size = DriveSizeText(space.total.QuadPart, space.available.QuadPart);
@@ -71,7 +89,13 @@ Row RowOfDrive(const std::string& root) {
     }
     const std::string label = type == DRIVE_REMOTE ? NetworkFromPath(root) : facts.label.data();
     row.more = {VisibleText(label), VisibleText(HostPathFromPath(root)), available};
-    return row;
+}
+
+Row RowWithoutAnswer(const AskedDrive& drive) {
+    return {.name = drive.root,
+            .type = kNoAnswer,
+            .more = {kNoAnswer, VisibleText(HostPathFromPath(drive.root)), {}},
+            .image = LookOfDrive(drive.type).image};
 }
 
 }  // namespace
@@ -89,13 +113,32 @@ bool DriveRows::Offers(unsigned int command) const {
     return command == ID_WIZARD || command == ID_SECURE_DELETION;
 }
 
+// All at a time, and each on its own.
 Outcome DriveRows::List(const RowOptions& /*options*/, RowReceiver& receiver) {
+    constexpr std::chrono::milliseconds kPatience{3000};
+    struct Question {
+        std::shared_ptr<AskedDrive> drive;
+        VolumeQuestion question;
+        DWORD error = ERROR_SUCCESS;
+    };
     const std::string roots = DriveStrings();
-    int count = 0;
+    std::list<Question> questions;
     for (std::size_t place = 0; place + kDriveEntryLength <= roots.size(); place += kDriveEntryLength) {
-        Row row = RowOfDrive(roots.c_str() + place);
+        Question& each = questions.emplace_back();
+        each.drive = std::make_shared<AskedDrive>(roots.c_str() + place);
+        each.error =
+            each.question.Ask(VolumeOfPath(each.drive->root), [drive = each.drive] { drive->Ask(); });
+    }
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    int count = 0;
+    for (Question& each : questions) {
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        const bool isSilent = each.error == ERROR_TIMEOUT || !each.question.IsAnswered(std::max(left, {}));
+        if (each.error != ERROR_SUCCESS && !isSilent) each.drive->Ask();  // there is no thread for it
+        Row row = isSilent ? RowWithoutAnswer(*each.drive) : std::move(each.drive->row);
         row.position = count;
-        if (row.image >= 0 && !receiver.Add(row)) return {ERROR_NOT_ENOUGH_MEMORY};
+        if (row.image >= 0 && !receiver.Add(std::move(row))) return {ERROR_NOT_ENOUGH_MEMORY};
         receiver.ShowCount(++count);
     }
     return {};
@@ -121,6 +164,10 @@ Outcome DriveRows::FindPath(const std::string& root, std::string& path) const {
 
 std::unique_ptr<RowSource> DriveRows::Enter(const std::string& root) const {
     return std::make_unique<FolderRows>(root);
+}
+
+std::string NoAnswerText(const std::string& volume) {
+    return kNoAnswer + (volume.empty() ? "" : " from " + VisibleText(volume));
 }
 
 DriveLook LookOfDrive(UINT driveType) {

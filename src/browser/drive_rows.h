@@ -1,6 +1,8 @@
 // The machine's drives as rows of the browser.
 #pragma once
 
+#include <string>
+
 #include "browser/row_source.h"
 #include "platform/api/files.h"
 
@@ -8,7 +10,12 @@ namespace permora {
 
 inline constexpr const char* kDriveListLocation = "Accessible disk drives";
 
-// The name of a row is the drive's root ("C:\").
+// In the place of what is not known of a drive whose volume does not answer.
+inline constexpr const char* kNoAnswer = "No answer";
+// The message that a volume (VolumeOfPath) gives no answer.
+std::string NoAnswerText(const std::string& volume);
+
+// The name of a row is the drive's root ("C:\"). Each drive has some seconds for its answer.
 class DriveRows : public RowSource {
   public:
     PlaceKind Kind() const override { return PlaceKind::kDrives; }

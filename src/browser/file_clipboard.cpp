@@ -115,7 +115,7 @@ void PutFilesOnClipboard(CWnd& owner, TransferKind kind, const std::string& fold
     if (!isSet) ShowErrorBox(owner.GetSafeHwnd(), "Error: cannot set clipboard data.");
 }
 
-void PasteFiles(CWnd& owner, const RowSource& target,
+void PasteFiles(CWnd& owner, const std::string& target, const std::function<bool()>& mayPaste,
                 const std::function<void(const std::vector<std::string>& names)>& refresh) {
     Clipboard clipboard(owner);
     if (!clipboard.IsOpen()) {
@@ -132,10 +132,8 @@ void PasteFiles(CWnd& owner, const RowSource& target,
         const char* fault = ReadContents(contents, transfer);
         if (fault != nullptr) {
             ShowErrorBox(owner.GetSafeHwnd(), fault);
-        } else if (const DWORD error = target.Verify(); error != ERROR_SUCCESS) {
-            ShowSystemErrorBox(owner.GetSafeHwnd(), error);
-        } else {
-            Transfer(owner.GetSafeHwnd(), transfer, target.Folder());
+        } else if (mayPaste()) {
+            Transfer(owner.GetSafeHwnd(), transfer, target);
             isDone = true;
         }
     }

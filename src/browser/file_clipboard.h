@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "browser/file_list.h"
-#include "browser/row_source.h"
 #include "framework/window.h"
 
 namespace permora {
@@ -17,9 +16,10 @@ bool HasFilesToPaste();
 void PutFilesOnClipboard(CWnd& owner, TransferKind kind, const std::string& folder,
                          std::span<const std::string> names);
 
-// Copies or moves the files on the clipboard into the folder of `target`, then calls `refresh` with the names
-// that they have there unless another one was chosen. Cut files are then removed from the clipboard.
-void PasteFiles(CWnd& owner, const RowSource& target,
+// Copies or moves the files on the clipboard into the folder `target` if `mayPaste`, which reports why not,
+// then calls `refresh` with the names that they have there unless another one was chosen. Cut files are then
+// removed from the clipboard.
+void PasteFiles(CWnd& owner, const std::string& target, const std::function<bool()>& mayPaste,
                 const std::function<void(const std::vector<std::string>& names)>& refresh);
 
 }  // namespace permora

@@ -1,5 +1,8 @@
 #include "browser/file_commands.h"
 
+#include <memory>
+#include <utility>
+
 #include "browser/attributes_dialog.h"
 #include "browser/browser_view.h"
 #include "browser/file_clipboard.h"
@@ -16,6 +19,18 @@
 #include "security/text_conversion.h"
 
 namespace permora {
+namespace {
+
+BrowserView::Question FolderMaker(std::shared_ptr<const RowSource> rows, const std::string& typed) {
+    return [rows = std::move(rows), path = PathFromTyped(typed)](PatientWork::Running& running) {
+        const DWORD error = rows->MakeCurrent();
+        if (error != ERROR_SUCCESS || running.isGivenUp) return Outcome{error};
+        return Outcome{CreateDirectoryA(path.c_str(), nullptr) != FALSE ? DWORD{ERROR_SUCCESS}
+                                                                        : GetLastError()};
+    };
+}
+
+}  // namespace
 
 void FileCommands::Run(unsigned int command) {
     switch (command) {
@@ -58,12 +73,12 @@ bool FileCommands::TakeTopmost(std::string& name) const {
 }
 
 bool FileCommands::Accept(const Outcome& outcome) const {
-    ShowOutcome(view.GetSafeHwnd(), outcome);
+    view.Tell(outcome);
     return outcome.IsDone();
 }
 
 bool FileCommands::MayWorkOnFolder() const {
-    return Accept({view.Rows().Verify()});
+    return Accept(view.VerifyRows());
 }
 
 void FileCommands::PutOnClipboard(TransferKind kind) {
@@ -74,8 +89,9 @@ void FileCommands::PutOnClipboard(TransferKind kind) {
 
 void FileCommands::Paste() {
     if (view.IsShowing(PlaceKind::kFolder))
-        PasteFiles(view, view.Rows(),
-                   [this](const std::vector<std::string>& names) { view.RefreshList(names); });
+        PasteFiles(
+            view, view.Rows().Folder(), [this] { return MayWorkOnFolder(); },
+            [this](const std::vector<std::string>& names) { view.RefreshList(names); });
 }
 
 void FileCommands::Delete() {
@@ -90,7 +106,7 @@ void FileCommands::Delete() {
 
 void FileCommands::DeleteFiles(const std::vector<std::string>& names) const {
     std::string folder;  // with its separator
-    if (!Accept(view.Rows().FindPath("", folder))) return;
+    if (!Accept(view.FindPath("", folder))) return;
     RunFileOperation(view.GetSafeHwnd(), FO_DELETE, FileListOf(folder, names).c_str(), "");
 }
 
@@ -105,8 +121,16 @@ void FileCommands::Rename() {
     std::string name;
     std::string renamed;
     if (!view.IsShowing(PlaceKind::kFolder) || !TakeTopmost(name)) return;
-    if (MayWorkOnFolder()) {
+    bool isFile = false;
+    const auto ask = [rows = view.SharedRows(), name](bool& found, PatientWork::Running&) {
+        std::string path;
+        Outcome outcome = rows->FindPath(name, path);
+        if (outcome.IsDone()) found = (GetFileAttributesA(path.c_str()) & FILE_ATTRIBUTE_DIRECTORY) == 0;
+        return outcome;
+    };
+    if (Accept(view.AskFor<bool>(view.Rows().Volume(), isFile, ask))) {
         CRenameDlg dialog(&view);
+        dialog.isFile = isFile;
         dialog.folder = view.Rows().Folder();
         dialog.oldName = name;
         dialog.mayRename = [this] { return MayWorkOnFolder(); };
@@ -131,12 +155,8 @@ void FileCommands::CreateNewFolder() {
     if (MayWorkOnFolder()) {
         CNewFolderDlg dialog(&view);
         if (dialog.DoModal() != IDOK) return;
-        if (!Accept({view.Rows().MakeCurrent()})) return;
-        if (CreateDirectoryA(PathFromTyped(dialog.folderName).c_str(), nullptr) == FALSE) {
-            ShowLastErrorBox(view.GetSafeHwnd());
-            return;
-        }
         made = dialog.folderName;
+        if (!Accept(view.Ask(view.Rows().Volume(), FolderMaker(view.SharedRows(), made)))) return;
     }
     view.RefreshList({made});
 }
@@ -154,16 +174,36 @@ void FileCommands::EditAttributes() {
     }
     Place place;
     const std::vector<std::string> names = view.SelectedNames();
-    if (names.empty() || !view.IsShowing(PlaceKind::kFolder) || !Accept(view.Rows().Hold(names, place)))
-        return;
-    CAttributesDlg(place, &view).DoModal();
+    if (names.empty() || !view.IsShowing(PlaceKind::kFolder) || !Accept(view.HoldRows(names, place))) return;
+    DWORD first = 0;
+    const std::string volume = view.Rows().Volume();
+    const auto read = [place](DWORD& found, PatientWork::Running&) {
+        return Outcome{ReadFirstAttributes(place, found)};
+    };
+    if (!AcceptAttributes("Retrieving file attributes", view.AskFor<DWORD>(volume, first, read))) return;
+    CAttributesDlg dialog(names.front(), first, &view);
+    if (dialog.DoModal() != IDOK) return;
+    const auto assign = [place, boxes = dialog.boxes,
+                         before = BoxesOf(first)](PatientWork::Running& running) {
+        const auto goOn = [&running] {
+            ++running.done;
+            return !running.isGivenUp;
+        };
+        return Outcome{AssignAttributes(place, boxes, before, goOn)};
+    };
+    AcceptAttributes("Attributes assignment", view.Ask(volume, assign));
+}
+
+bool FileCommands::AcceptAttributes(const char* step, const Outcome& outcome) const {
+    if (outcome.IsDone() || IsUnanswered(outcome)) return Accept(outcome);
+    ShowErrorWithSystemText(view.GetSafeHwnd(), step, outcome.code);
+    return false;
 }
 
 void FileCommands::ShowProperties() {
     std::string name;
     std::string path;
-    if (view.List().GetItemCount() == 0 || !TakeTopmost(name) || !Accept(view.Rows().FindPath(name, path)))
-        return;
+    if (view.List().GetItemCount() == 0 || !TakeTopmost(name) || !Accept(view.FindPath(name, path))) return;
     std::basic_string<WCHAR> widePath;
     SHObjectProperties(view.GetSafeHwnd(), SHOP_FILEPATH, AnsiToWide(path, widePath), nullptr);
 }
@@ -176,7 +216,7 @@ void FileCommands::CopyHostPaths() {
     std::string text;
     for (const std::string& name : names) {
         std::string path;
-        if (!Accept(view.Rows().FindPath(name, path))) return;
+        if (!Accept(view.FindPath(name, path))) return;
         const bool isLast = &name == &names.back();
         text += HostPathFromPath(path) + (isLast ? "" : "\n");
     }

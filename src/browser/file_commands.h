@@ -24,6 +24,8 @@ class FileCommands {
     bool TakeTopmost(std::string& name) const;
     // Whether `outcome` is a success; else the reason is reported.
     bool Accept(const Outcome& outcome) const;
+    // The same for a step of a change of attributes, which the report names.
+    bool AcceptAttributes(const char* step, const Outcome& outcome) const;
     bool MayWorkOnFolder() const;
 
     void PutOnClipboard(TransferKind kind);

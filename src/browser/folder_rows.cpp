@@ -7,6 +7,9 @@
 #include "browser/shell_items.h"
 #include "platform/api/directory_search.h"
 #include "platform/api/files.h"
+#include "platform/host_path.h"
+#include "platform/shell_icons.h"
+#include "platform/volume_question.h"
 
 namespace permora {
 namespace {
@@ -38,6 +41,12 @@ class FolderSearch {
     DWORD error = ERROR_SUCCESS;
 };
 
+bool IsFullPath(std::string_view path) {
+    constexpr std::string_view kSeparators = "\\/";
+    const bool isBelowDrive = path.size() > 2 && path[1] == ':' && kSeparators.find(path[2]) != path.npos;
+    return isBelowDrive || path.starts_with("\\\\");
+}
+
 bool IsFolder(const WIN32_FIND_DATAA& found) {
     return (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
@@ -64,22 +73,23 @@ DWORD QueryCurrentDirectory(std::string& path) {
     return ERROR_SUCCESS;
 }
 
-// Adds the folders, or everything else, after `row.position` rows.
-Outcome ListPass(bool wantsFolders, const RowOptions& options, Row& row, RowReceiver& receiver) {
+// Adds the folders, or everything else, after `count` rows.
+Outcome ListPass(bool wantsFolders, const RowOptions& options, int& count, RowReceiver& receiver) {
     constexpr int kCountStep = 10;
     FolderSearch search;
     WIN32_FIND_DATAA found{};
     while (search.Next(found)) {
         if (!IsListedName(found.cFileName, options.dots) || IsFolder(found) != wantsFolders) continue;
-        row.name = found.cFileName;
+        Row row{.name = found.cFileName, .position = count};
         row.image = options.icons == RowIcons::kOwn ? OwnIconIndex(found) : kShellImage;
+        if (options.icons == RowIcons::kShell) row.shellIcon = ShellIconKindOf(row.name.c_str());
         if (options.detail == RowDetail::kAll) {
             row.type = ShellTypeName(row.name);
             if (!wantsFolders) row.size = SizeTextOf(found);
             row.modified = ModifiedText(found.ftLastWriteTime);
         }
-        if (!receiver.Add(row)) return {ERROR_NOT_ENOUGH_MEMORY};
-        if (++row.position % kCountStep == 0) receiver.ShowCount(static_cast<int>(row.position));
+        if (!receiver.Add(std::move(row))) return {ERROR_NOT_ENOUGH_MEMORY};
+        if (++count % kCountStep == 0) receiver.ShowCount(count);
     }
     return {search.Error()};
 }
@@ -97,11 +107,14 @@ bool IsFolderGone(const std::string& path) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
 
-FolderRows::FolderRows(std::string folderPath, std::shared_ptr<const FolderHandle> folder)
-    : path(std::move(folderPath)), held(std::move(folder)) {}
-
 std::span<const unsigned int> FolderRows::Images() const {
     return kFolderImages;
+}
+
+std::string FolderRows::Volume() const {
+    std::string full = above.empty() || path.starts_with('\\') ? path : above + '\\' + path;
+    static_cast<void>(FullPathOf(full, full));  // without ".."; asks nothing
+    return VolumeOfPath(full);
 }
 
 Outcome FolderRows::Open() {
@@ -118,11 +131,11 @@ Outcome FolderRows::Open() {
 
 Outcome FolderRows::List(const RowOptions& options, RowReceiver& receiver) {
     if (const DWORD error = MakeCurrent(); error != ERROR_SUCCESS) return {error};
-    Row row;
-    Outcome outcome = ListPass(true, options, row, receiver);
-    if (outcome.IsDone()) outcome = ListPass(false, options, row, receiver);
+    int count = 0;
+    Outcome outcome = ListPass(true, options, count, receiver);
+    if (outcome.IsDone()) outcome = ListPass(false, options, count, receiver);
     if (!outcome.IsDone()) return outcome;
-    receiver.ShowCount(static_cast<int>(row.position));
+    receiver.ShowCount(count);
     std::string now;
     return {QueryCurrentDirectory(now)};  // fails when the folder was removed meanwhile
 }
@@ -150,7 +163,12 @@ std::unique_ptr<RowSource> FolderRows::Enter(const std::string& name) const {
 }
 
 std::unique_ptr<FolderRows> FolderRows::From(const std::string& location) const {
-    return std::make_unique<FolderRows>(location, held);
+    auto rows = std::make_unique<FolderRows>(location);
+    // What a full path leads to has nothing to do with this folder, which may hang.
+    if (IsFullPath(location)) return rows;
+    rows->held = held;
+    rows->above = path;
+    return rows;
 }
 
 Outcome FolderRows::Hold(std::vector<std::string> names, Place& place) const {

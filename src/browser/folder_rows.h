@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string_view>
+#include <utility>
 
 #include "browser/row_source.h"
 
@@ -21,18 +22,18 @@ bool IsFolderGone(const std::string& path);
 //   replaced   by another folder or a link: work is refused, and a refresh shows what the path leads to.
 class FolderRows : public RowSource {
   public:
-    // `folderPath` is full, or relative to `folder` (null: to the current directory). A link to a folder
-    // leads there.
-    explicit FolderRows(std::string folderPath, std::shared_ptr<const FolderHandle> folder = nullptr);
+    // `folderPath` is full, or relative to the current directory. A link to a folder leads there.
+    explicit FolderRows(std::string folderPath) : path(std::move(folderPath)) {}
 
     PlaceKind Kind() const override { return PlaceKind::kFolder; }
     std::string Location() const override { return path; }
     std::string Folder() const override { return path; }  // as the system reports it
+    std::string Volume() const override;
     std::span<const unsigned int> Images() const override;
     bool Offers(unsigned int /*command*/) const override { return true; }
     std::unique_ptr<RowSource> Anew() const override { return std::make_unique<FolderRows>(path); }
 
-    // Also makes the folder current.
+    // Also makes the folder current (MakeCurrent).
     Outcome Open() override;
     // Folders come first, then files, each in the order of the directory search. Names that begin with a dot
     // are left out unless they are asked for.
@@ -53,6 +54,7 @@ class FolderRows : public RowSource {
   private:
     std::string path;
     std::shared_ptr<const FolderHandle> held;  // before Open: what `path` is relative to
+    std::string above;                         // the path of that
 };
 
 }  // namespace permora

@@ -12,6 +12,7 @@
 #include "framework/worker_updates.h"
 #include "platform/api/errors.h"
 #include "platform/system_message.h"
+#include "platform/volume_question.h"
 #include "resources/resource_ids.h"
 
 namespace permora {
@@ -187,7 +188,7 @@ void FolderTree::OnRightClick(Notification& notification) {
 
 // ---- Reading ----
 
-// One thread for each folder, even where a volume hangs.
+// What is being read is not read by a second thread.
 void FolderTree::Refresh() {
     for (auto& [item, open] : opened)
         if (open.reading != nullptr && !open.isRead)
@@ -206,8 +207,10 @@ void FolderTree::ReadFolder(TreeItem item) {
     open.reading->folder = PlaceOf(item).folder;
     open.reading->dots = dots;
     open.isRead = open.isStale = false;
+    const std::string& folder = open.reading->folder;
     const DWORD error =
-        open.question.Ask([reading = open.reading] { reading->Read(); }, [this, item] { TakeRead(item); });
+        open.question.Ask([reading = open.reading] { reading->Read(); }, [this, item] { TakeRead(item); },
+                          folder.empty() ? folder : VolumeOfPath(folder));
     if (error != ERROR_SUCCESS) {
         open.reading->error = error;
         TakeRead(item);
@@ -324,8 +327,8 @@ void FolderTree::FinishFolder(TreeItem item, const Subfolders& read) {
     open.isRead = false;
     open.names.clear();
     if (read.error != ERROR_SUCCESS) {
-        tree.InsertItem(item, tree.Items().Count(item),
-                        {.text = SystemMessageLine(read.error), .isDimmed = true});
+        const std::string text = read.error == ERROR_TIMEOUT ? kNoAnswer : SystemMessageLine(read.error);
+        tree.InsertItem(item, tree.Items().Count(item), {.text = text, .isDimmed = true});
     } else if (read.found.empty()) {
         if (tree.GetSelectedItem() == item) isSeeking = false;  // what is sought is not here
         opened.erase(item);

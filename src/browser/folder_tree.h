@@ -38,8 +38,8 @@ class TreeOwner {
 };
 
 // Folders are read by threads of their own when they are opened, and forgotten when they are closed, so that
-// a volume that hangs holds up nothing else; the drives are read one after the other, so one that hangs holds
-// up their list. Nothing but that list and what leads to the place shown is opened by itself.
+// a volume that hangs holds up nothing else. Nothing but the list of drives and what leads to the place shown
+// is opened by itself.
 class FolderTree : public CWnd {
   public:
     FolderTree() = default;

@@ -2,7 +2,6 @@
 
 #include "browser/shell_items.h"
 #include "framework/controls.h"
-#include "platform/api/files.h"
 #include "platform/api/shell.h"
 #include "resources/resource_ids.h"
 
@@ -10,11 +9,9 @@ namespace permora {
 namespace {
 
 // The part of a file's name that is mostly meant to change.
-std::string WithoutExtension(const std::string& folder, const std::string& name) {
+std::string WithoutExtension(const std::string& name) {
     const std::size_t dot = name.rfind('.');
-    const DWORD attributes = GetFileAttributesA((folder + name).c_str());
-    const bool isFile = (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-    return isFile && dot != name.npos && dot > 0 ? name.substr(0, dot) : name;
+    return dot != name.npos && dot > 0 ? name.substr(0, dot) : name;
 }
 
 }  // namespace
@@ -27,7 +24,7 @@ bool CRenameDlg::OnInitDialog() {
     CDialog::OnInitDialog();
     if (auto* field = GetDlgItem<CEdit>(IDC_NEW_NAME)) {
         field->SetFocus();
-        field->SelectStart(WithoutExtension(folder, oldName));
+        field->SelectStart(isFile ? WithoutExtension(oldName) : oldName);
     }
     return false;
 }

@@ -15,6 +15,7 @@ class CRenameDlg : public CDialog {
 
     std::string folder;  // full path
     std::string oldName;
+    bool isFile = false;
     std::string newName;  // as it was typed; empty when the dialog was cancelled
     // Called before the object is renamed, since the folder may have been replaced meanwhile. On false, the
     // reason has been reported.

@@ -21,8 +21,8 @@ bool RowImages::Rebuild(CListCtrl& list, std::span<const unsigned int> iconIds) 
     return true;
 }
 
-int RowImages::AddShellIcon(const std::string& path) {
-    const ShellIcon icon = FindShellIcon(path.c_str());
+int RowImages::AddShellIcon(const std::string& kind) {
+    const ShellIcon icon = FindShellIcon(kind);
     if (smallImages.Add(IconOf(icon.small)) < 0) smallImages.Add(OwnIcon(IDI_FILE));
     const int image = largeImages.Add(IconOf(icon.large));
     return image >= 0 ? image : largeImages.Add(OwnIcon(IDI_FILE));

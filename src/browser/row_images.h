@@ -16,9 +16,9 @@ class RowImages {
     // Begins anew with these icon resources, none of them when one cannot be loaded, and gives both image
     // lists to the list. False when an image list cannot be made.
     bool Rebuild(CListCtrl& list, std::span<const unsigned int> iconIds);
-    // Adds the shell's icon for an object, and returns its image. Objects of one kind share an icon, so a
-    // long list costs little.
-    int AddShellIcon(const std::string& path);
+    // Adds the shell's icon for a kind of objects (ShellIconKindOf), and returns its image. Objects of one
+    // kind share an icon, so a long list costs little.
+    int AddShellIcon(const std::string& kind);
 
   private:
     using Picture = std::shared_ptr<const ShellPicture>;

@@ -1,4 +1,8 @@
 // Where the rows of the browser's list come from: drives, a folder, or shares. A source knows no window.
+//
+// What asks a volume may never return, and is therefore called on threads that nobody waits for
+// (PatientWork): Open and List before the source is shown to others, and the constant ones by several threads
+// at a time. Those that only tell what the source is called or offers ask nothing.
 #pragma once
 
 #include <cstdint>
@@ -23,6 +27,7 @@ struct Row {
     std::string modified = {};
     std::vector<std::string> more = {};  // by RowSource::MoreHeaders
     int image = 0;                       // in RowSource::Images, or kShellImage
+    std::string shellIcon = {};          // with kShellImage: its kind (ShellIconKindOf)
     std::intptr_t position = 0;          // among all that the source has found, shown or not
 };
 
@@ -49,7 +54,7 @@ struct RowOptions {
 class RowReceiver {
   public:
     virtual ~RowReceiver() = default;
-    virtual bool Add(const Row& row) = 0;   // false: there is no room for it
+    virtual bool Add(Row row) = 0;          // false: no more rows, since nobody wants them or has room
     virtual void ShowCount(int count) = 0;  // how many objects were found so far
 };
 
@@ -63,6 +68,8 @@ class RowSource {
     virtual std::string Location() const = 0;
     // The full path of the folder shown, which the history remembers; empty: none.
     virtual std::string Folder() const { return {}; }
+    // The volume that its calls ask (VolumeOfPath); empty: none that could hang.
+    virtual std::string Volume() const { return {}; }
     // Of the columns behind those that all sources have. The texts live for the whole process.
     virtual std::span<const char* const> MoreHeaders() const { return {}; }
     virtual const char* TypeHeader() const { return "Type"; }

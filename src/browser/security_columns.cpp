@@ -13,10 +13,12 @@
 namespace permora {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr const char* kNotYet = "...";
 
-// For a worker, since a folder's handle is for one thread at a time. The contents of the folder are read by
-// its handle, whatever its name is by now.
+// Since a folder's handle is for one thread at a time. The contents of the folder are read by its handle,
+// whatever its name is by now.
 DWORD OpenAnew(const Place& place, Place& own) {
     own.kind = place.kind;
     if (place.folder == nullptr) return ERROR_SUCCESS;
@@ -26,21 +28,33 @@ DWORD OpenAnew(const Place& place, Place& own) {
     return error;
 }
 
+// Tells a failure in the place of what should have been read.
+SecurityTexts TextsOfFailure(DWORD error) {
+    SecurityTexts texts;
+    texts.fill(SystemMessageLine(error));
+    return texts;
+}
+
 }  // namespace
 
-// What a worker does for a sorting. It may outlive the columns.
+// What a worker reads. It may outlive the columns.
 struct SecurityColumns::Sweep {
-    Place place;
+    std::shared_ptr<const Place> rows;
     std::vector<std::string> names;
     std::atomic<std::size_t> done = 0;
     std::atomic<bool> isStopped = false;
     Known found;
 
-    void Run() {
+    // Up to the first name after `end`.
+    void Run(Clock::time_point end = Clock::time_point::max()) {
+        Place place;
+        const DWORD error = OpenAnew(*rows, place);
         for (const std::string& name : names) {
             if (isStopped) return;
-            found.emplace(name, ReadSecurityTexts(place, name));
+            found.emplace(name,
+                          error == ERROR_SUCCESS ? ReadSecurityTexts(place, name) : TextsOfFailure(error));
             ++done;
+            if (Clock::now() >= end) return;
         }
     }
 };
@@ -125,33 +139,22 @@ std::string SecurityColumns::Text(std::intptr_t data, int column) const {
 // What remains unread at the end of a turn is painted, and so wanted, again if it is still seen.
 void SecurityColumns::AskForWanted() {
     static constexpr std::chrono::milliseconds kTurn(50);
-    const std::vector<std::string> names = std::exchange(wanted, {});
-    if (names.empty() || place == nullptr || seen.IsAsking()) return;
-    Place own;
-    auto found = std::make_shared<Known>();
-    DWORD error = OpenAnew(*place, own);
-    if (error == ERROR_SUCCESS) {
-        const auto ask = [own, names, found] {
-            const auto end = std::chrono::steady_clock::now() + kTurn;
-            for (const std::string& name : names) {
-                found->emplace(name, ReadSecurityTexts(own, name));
-                if (std::chrono::steady_clock::now() >= end) return;
-            }
-        };
-        error = seen.Ask(ask, [this, found] {
-            known.merge(*found);
-            wanted.clear();
-            QueueRedraw(list);
-        });
-    }
-    if (error != ERROR_SUCCESS) TakeFailure(names, error);
+    auto work = std::make_shared<Sweep>();
+    work->names = std::exchange(wanted, {});
+    if (work->names.empty() || place == nullptr || seen.IsAsking()) return;
+    work->rows = place;
+    const DWORD error = seen.Ask([work] { work->Run(Clock::now() + kTurn); },
+                                 [this, work] {
+                                     known.merge(work->found);
+                                     wanted.clear();
+                                     QueueRedraw(list);
+                                 });
+    if (error != ERROR_SUCCESS) TakeFailure(work->names, error);
 }
 
 void SecurityColumns::TakeFailure(const std::vector<std::string>& names, DWORD error) {
-    SecurityTexts texts;
-    texts.fill(SystemMessageLine(error));
     for (const std::string& name : names)
-        known.emplace(name, texts);
+        known.emplace(name, TextsOfFailure(error));
     QueueRedraw(list);
 }
 
@@ -166,15 +169,13 @@ void SecurityColumns::ReadAll(const std::function<void(std::size_t, std::size_t)
         if (std::string name = list.GetItemText(row, kNameColumn); !known.contains(name))
             work->names.push_back(std::move(name));
     if (work->names.empty()) return use();
-    DWORD error = OpenAnew(*place, work->place);
-    if (error == ERROR_SUCCESS) {
-        error = all.Ask([work] { work->Run(); },
-                        [this, use] {
-                            known.merge(sweep->found);
-                            StopReadingAll();
-                            use();
-                        });
-    }
+    work->rows = place;
+    const DWORD error = all.Ask([work] { work->Run(); },
+                                [this, use] {
+                                    known.merge(sweep->found);
+                                    StopReadingAll();
+                                    use();
+                                });
     if (error != ERROR_SUCCESS) return TakeFailure(work->names, error);
     sweep = work;
     constexpr std::chrono::milliseconds kPace(100);

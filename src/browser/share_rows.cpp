@@ -33,11 +33,11 @@ Outcome ShareRows::List(const RowOptions& /*options*/, RowReceiver& receiver) {
     int count = 0;
     for (ListedShare& share : shares) {
         if (share.name == kServiceShare) continue;
-        const Row row{.name = std::move(share.name),
-                      .type = std::move(share.path),
-                      .image = kShareImage,
-                      .position = count};
-        if (!receiver.Add(row)) return {ERROR_NOT_ENOUGH_MEMORY};
+        Row row{.name = std::move(share.name),
+                .type = std::move(share.path),
+                .image = kShareImage,
+                .position = count};
+        if (!receiver.Add(std::move(row))) return {ERROR_NOT_ENOUGH_MEMORY};
         ++count;
     }
     if (status != NERR_Success) return {status, Step::kEnumerateShares};

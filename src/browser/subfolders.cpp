@@ -17,7 +17,7 @@ class DriveReceiver : public RowReceiver {
   public:
     DriveReceiver(const DriveRows& source, std::vector<Subfolder>& receiving)
         : images(source.Images()), drives(receiving) {}
-    bool Add(const Row& row) override {
+    bool Add(Row row) override {
         const std::string& label = row.more.front();
         drives.push_back({label.empty() ? row.name : row.name + " (" + label + ')',
                           images[static_cast<std::size_t>(row.image)]});

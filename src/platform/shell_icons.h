@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/api/base.h"
@@ -24,8 +25,12 @@ struct ShellIcon {
     std::shared_ptr<const ShellPicture> small;  // 16 pixels
 };
 
-// The icon of the file or folder `path`. Objects of one kind share their pictures, so a caller can keep what
-// it made of one by its address. User-interface thread.
-ShellIcon FindShellIcon(LPCSTR path);
+// What the desktop chooses the icon of the file or folder `path` by, for FindShellIcon alone; empty when
+// there is no such object. Asks the volume. Any thread.
+std::string ShellIconKindOf(LPCSTR path);
+
+// The icon for a kind. Objects of one kind share their pictures, so a caller can keep what it made of one by
+// its address. User-interface thread; the current directory is still the one of ShellIconKindOf.
+ShellIcon FindShellIcon(const std::string& kind);
 
 }  // namespace permora

@@ -1,16 +1,22 @@
 #include "properties/properties_service.h"
 
+#include <atomic>
+#include <memory>
+#include <string>
 #include <utility>
 
+#include "browser/drive_rows.h"
 #include "platform/api/errors.h"
+#include "platform/volume_question.h"
 #include "properties/properties_dialog.h"
 #include "security/message_boxes.h"
 
 namespace permora {
 
-PropertiesService::PropertiesService(CWnd& ownerWindow,
+PropertiesService::PropertiesService(CWnd& ownerWindow, PatientWork& patientWork,
                                      std::function<void(const std::string& path)> securityEditor)
     : mainWindow(ownerWindow),
+      wait(patientWork),
       editSecurity(std::move(securityEditor)),
       before(thePresenters.properties.exchange(this)) {}
 
@@ -19,12 +25,21 @@ PropertiesService::~PropertiesService() {
 }
 
 void PropertiesService::Present(HWND owner, const char* path) {
-    ObjectFacts facts;
-    if (const DWORD error = ReadObjectFacts(path, facts); error != ERROR_SUCCESS) {
-        ShowSystemErrorBox(owner, error);
-        return;
-    }
-    CPropertiesDlg dialog(path, facts, &mainWindow);
+    struct Read {
+        ObjectFacts facts;
+        DWORD error = ERROR_SUCCESS;
+    };
+    const auto read = std::make_shared<Read>();
+    const std::string volume = VolumeOfPath(path);
+    const auto ask = [read, object = std::string(path)](PatientWork::Running&) {
+        read->error = ReadObjectFacts(object, read->facts);
+    };
+    DWORD error = wait.Do(volume, ask);
+    if (error == ERROR_CANCELLED) return;
+    if (error == ERROR_TIMEOUT) return ShowErrorBox(owner, NoAnswerText(volume).c_str());
+    if (error == ERROR_SUCCESS) error = read->error;
+    if (error != ERROR_SUCCESS) return ShowSystemErrorBox(owner, error);
+    CPropertiesDlg dialog(path, read->facts, &mainWindow);
     dialog.editSecurity = editSecurity;
     dialog.DoModal();
 }

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "framework/patient_work.h"
 #include "framework/window.h"
 #include "platform/presenters.h"
 
@@ -12,9 +13,10 @@ namespace permora {
 // While it lives SHObjectProperties shows CPropertiesDlg.
 class PropertiesService : public PropertiesPresenter {
   public:
-    // `ownerWindow` is the program's main window; `securityEditor` runs the editor on the object of a full
-    // path.
-    PropertiesService(CWnd& ownerWindow, std::function<void(const std::string& path)> securityEditor);
+    // `ownerWindow` is the program's main window, and `patientWork` its questions to volumes;
+    // `securityEditor` runs the editor on the object of a full path.
+    PropertiesService(CWnd& ownerWindow, PatientWork& patientWork,
+                      std::function<void(const std::string& path)> securityEditor);
     ~PropertiesService() override;
     PropertiesService(const PropertiesService&) = delete;
     PropertiesService& operator=(const PropertiesService&) = delete;
@@ -23,6 +25,7 @@ class PropertiesService : public PropertiesPresenter {
 
   private:
     CWnd& mainWindow;
+    PatientWork& wait;
     std::function<void(const std::string& path)> editSecurity;
     PropertiesPresenter* before;
 };

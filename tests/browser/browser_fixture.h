@@ -39,6 +39,7 @@ class BrowserFrame : public CFrameWnd {
 
   protected:
     bool OnCreate() override;
+    bool StopWork() override { return view.StopWork(); }
     const MessageMap& GetMessageMap() const override;
 
   private:

@@ -65,7 +65,7 @@ TEST_F(BrowserListing, EveryNameThatTheHostHasLeadsToItsOwnFile) {
     const std::vector<std::string> names = Names();
     EXPECT_THAT(names, SizeIs(12));
     for (const std::string& name : names) {
-        const bool isFolder = (GetFileAttributesA(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        const bool isFolder = (GetFileAttributesA((R"(T:\)" + name).c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0;
         if (!isFolder) continue;
         view.OpenFolderRow(name);
         EXPECT_EQ(view.Rows().Folder(), name == "link" ? R"(T:\文書)" : R"(T:\)" + name);

@@ -163,11 +163,11 @@ TEST_F(SecurityColumnsTest, TellWhatIsSeenAndSort) {
     EXPECT_THAT(Names(), ElementsAre("gone", "b", "a"));
     view.RefreshList();
     view.SortByColumn(kFirst);
-    EXPECT_TRUE(view.StopReadingSecurity());
+    EXPECT_TRUE(view.StopWork());
     EXPECT_THAT(Names(), ElementsAre("a", "b"));
     view.SortByColumn(kFirst);
     view.SortByColumn(kSizeColumn);  // at once, and the latest header counts
-    EXPECT_FALSE(view.StopReadingSecurity());
+    EXPECT_FALSE(view.StopWork());
     EXPECT_THAT(Names(), ElementsAre("b", "a"));
     view.RefreshList();
     view.SortByColumn(kFirst);

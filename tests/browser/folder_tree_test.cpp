@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <thread>
 
 #include "resources/resource_ids.h"
@@ -152,15 +153,14 @@ TEST_F(FolderTreeTest, AFolderThatCannotBeReadSaysSo) {
 
 std::atomic<bool> areReadersHeld = false;
 std::atomic<int> heldReaders = 0;
-std::thread::id windowThread;
 
 TEST_F(FolderTreeTest, AVolumeThatHangsHoldsNothingElseUp) {
     folder.MakeFolder("slow");
     folder.MakeFolder("slow/inner");
     folder.MakeFolder("z");
-    windowThread = std::this_thread::get_id();
-    TheFaults().onSearch = [] {
-        if (!areReadersHeld || std::this_thread::get_id() == windowThread) return;
+    // The list's own readers have the folder shown as their current directory.
+    TheFaults().onSearch = [shown = std::filesystem::path(folder.Path("z"))] {
+        if (!areReadersHeld || std::filesystem::current_path() == shown) return;
         ++heldReaders;
         while (areReadersHeld)
             std::this_thread::yield();

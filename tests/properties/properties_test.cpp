@@ -60,7 +60,8 @@ class Properties : public ::testing::Test {
     CWnd noWindow;
     std::vector<std::string> edited;
     std::function<void()> onEdit = [] {};
-    PropertiesService service{noWindow, [this](const std::string& path) {
+    PatientWork wait;
+    PropertiesService service{noWindow, wait, [this](const std::string& path) {
                                   edited.push_back(path);
                                   onEdit();
                               }};

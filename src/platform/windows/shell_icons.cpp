@@ -80,8 +80,13 @@ std::shared_ptr<const ShellPicture> IconOfSize(LPCSTR path, UINT size) {
 
 }  // namespace
 
-ShellIcon FindShellIcon(LPCSTR path) {
-    return {IconOfSize(path, SHGFI_LARGEICON), IconOfSize(path, SHGFI_SMALLICON)};
+// A program has an icon of its own, so the kind is the path.
+std::string ShellIconKindOf(LPCSTR path) {
+    return path;
+}
+
+ShellIcon FindShellIcon(const std::string& kind) {
+    return {IconOfSize(kind.c_str(), SHGFI_LARGEICON), IconOfSize(kind.c_str(), SHGFI_SMALLICON)};
 }
 
 }  // namespace permora

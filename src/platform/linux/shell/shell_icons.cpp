@@ -5,11 +5,14 @@
 
 namespace permora {
 
-ShellIcon FindShellIcon(LPCSTR path) {
-    const FileTypes* types = thePresenters.fileTypes;
+std::string ShellIconKindOf(LPCSTR path) {
     std::string type;
-    if (types == nullptr || host::TypeOfObject(path, type) != ERROR_SUCCESS) return {};
-    return types->IconOf(type);
+    return host::TypeOfObject(path, type) == ERROR_SUCCESS ? type : "";
+}
+
+ShellIcon FindShellIcon(const std::string& kind) {
+    const FileTypes* types = thePresenters.fileTypes;
+    return types != nullptr && !kind.empty() ? types->IconOf(kind) : ShellIcon();
 }
 
 }  // namespace permora

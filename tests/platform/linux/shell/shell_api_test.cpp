@@ -137,9 +137,9 @@ TEST_F(Shell, TellsWhatAnObjectIsByItsKindAndElseByItsName) {
         EXPECT_EQ(GetLastError(), error) << path;
         EXPECT_EQ(info.szTypeName, last);
     }
-    EXPECT_EQ(FindShellIcon("a.noted").small, types.picture);
+    EXPECT_EQ(FindShellIcon(ShellIconKindOf("a.noted")).small, types.picture);
     for (const char* none : {"folder.noted", "missing"})
-        EXPECT_FALSE(FindShellIcon(none).small) << none;
+        EXPECT_FALSE(FindShellIcon(ShellIconKindOf(none)).small) << none;
 }
 
 TEST_F(Shell, OpensFilesOfAnyNameWithTheDesktopsProgram) {

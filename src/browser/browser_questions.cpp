@@ -1,0 +1,71 @@
+// What the window asks volumes, and what it does when they do not answer.
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "browser/browser_view.h"
+#include "browser/drive_rows.h"
+#include "framework/frame_window.h"
+#include "security/message_boxes.h"
+
+namespace permora {
+namespace {
+
+std::string WaitingText(std::size_t done) {
+    const std::string what = done == 0 ? "Waiting for an answer." : std::to_string(done) + " items so far.";
+    return what + " Escape stops it.";
+}
+
+}  // namespace
+
+Outcome BrowserView::Ask(const std::string& volume, Question question) {
+    auto outcome = std::make_shared<Outcome>();
+    std::optional<std::size_t> shown;
+    const auto show = [&](std::size_t done) {
+        if (std::exchange(shown, done) != done) ShowState(WaitingText(done).c_str());
+    };
+    const auto ask = [outcome, question = std::move(question)](PatientWork::Running& running) {
+        *outcome = question(running);
+    };
+    const DWORD error = wait.Do(volume, ask, show);
+    if (shown) ShowState("Ready");
+    return error == ERROR_SUCCESS ? *outcome : Outcome{.code = error, .object = volume};
+}
+
+Outcome BrowserView::VerifyRows() {
+    return Ask(Rows().Volume(),
+               [rows = SharedRows()](PatientWork::Running&) { return Outcome{rows->Verify()}; });
+}
+
+Outcome BrowserView::HoldRows(const std::vector<std::string>& names, Place& place) {
+    return AskFor<Place>(
+        Rows().Volume(), place,
+        [rows = SharedRows(), names](Place& held, PatientWork::Running&) { return rows->Hold(names, held); });
+}
+
+Outcome BrowserView::FindPath(const std::string& name, std::string& path) {
+    return AskFor<std::string>(Rows().Volume(), path,
+                               [rows = SharedRows(), name](std::string& found, PatientWork::Running&) {
+                                   return rows->FindPath(name, found);
+                               });
+}
+
+void BrowserView::Tell(const Outcome& outcome) {
+    if (outcome.code == ERROR_CANCELLED)
+        ShowState("Stopped");
+    else if (outcome.code == ERROR_TIMEOUT)
+        ShowErrorBox(GetSafeHwnd(), NoAnswerText(outcome.object).c_str());
+    else
+        ShowOutcome(GetSafeHwnd(), outcome);
+}
+
+bool BrowserView::OnCmdMsg(Notification& notification) {
+    const bool isCommand = notification.code == Notify::kCommand;
+    const auto again = [this, id = notification.id] {
+        if (CFrameWnd* frame = Frame()) frame->RunCommand(id);
+    };
+    return (isCommand && GiveUpFor(again)) || CWnd::OnCmdMsg(notification);
+}
+
+}  // namespace permora
