@@ -99,12 +99,20 @@ Outcome BrowserView::Show(std::shared_ptr<RowSource> source, const std::function
     if (!outcome.IsDone()) return outcome;
     if (beforeFilling) beforeFilling();
     outcome = Fill(*source, *listing);
-    if (outcome.IsDone()) (aside ? aside : location) = std::move(source);
-    return outcome;
+    if (!outcome.IsDone()) return outcome;
+    (aside ? aside : location) = std::move(source);
+    MakeCurrent();
+    return {};
 }
 
 Outcome BrowserView::ListAgain(const std::function<void()>& beforeFilling) {
     return Show(Rows().Anew(), beforeFilling);
+}
+
+// The folder shown is the process's current directory: what is started from here begins there. It was found
+// on a thread with a directory of its own and has answered just now. A failure is not reported.
+void BrowserView::MakeCurrent() {
+    static_cast<void>(Rows().MakeCurrent());
 }
 
 void BrowserView::ArrangeColumns(const RowSource& source) {

@@ -39,9 +39,11 @@ Outcome BrowserView::VerifyRows() {
 }
 
 Outcome BrowserView::HoldRows(const std::vector<std::string>& names, Place& place) {
-    return AskFor<Place>(
+    Outcome outcome = AskFor<Place>(
         Rows().Volume(), place,
         [rows = SharedRows(), names](Place& held, PatientWork::Running&) { return rows->Hold(names, held); });
+    if (!IsUnanswered(outcome)) MakeCurrent();
+    return outcome;
 }
 
 Outcome BrowserView::FindPath(const std::string& name, std::string& path) {

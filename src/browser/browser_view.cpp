@@ -105,6 +105,7 @@ void BrowserView::OpenStartFolder(const std::string& commandLine) {
     wait.patience = usual;
     if (outcome.IsDone()) {
         location = std::move(start);
+        MakeCurrent();
         history.Record(location->Folder());
     } else {
         if (IsUnanswered(outcome))

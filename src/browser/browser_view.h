@@ -179,6 +179,7 @@ class BrowserView : public CWnd, private TreeOwner {
     bool AddRow(const Row& row);
     Outcome Show(std::shared_ptr<RowSource> source, const std::function<void()>& beforeFilling = {});
     Outcome ListAgain(const std::function<void()>& beforeFilling = {});
+    void MakeCurrent();
     void ArrangeColumns(const RowSource& source);
     void FocusAgain(const std::string& name, int row);
     int RowNamed(const std::string& name) const;  // -1: none

@@ -419,6 +419,7 @@ TEST_F(MainFrame, CommandsNeverFollowLinksToAnotherFolder) {
         ui.ExpectError(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME));
         Run(command);
     }
+    EXPECT_EQ(std::filesystem::current_path(), data.Path("moved/inner"));
     std::filesystem::current_path(data.Path());
     ui.ExpectError(GetSystemMessageText(ERROR_CANT_RESOLVE_FILENAME));
     Run(ID_WIZARD);
