@@ -1,7 +1,9 @@
 #include "app/main_frame.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -338,8 +340,19 @@ Outcome CMainFrame::HoldItemAt(const std::string& path, Place& place) {
     return view.AskFor<Place>(VolumeOfPath(folder), place, hold);
 }
 
-// On false, the reason was reported.
+// On false, the reason was reported. Each drive is a volume of its own.
 bool CMainFrame::Remember(const std::string& volume, const Place& place, RememberedPlace& remembered) {
+    if (place.kind != PlaceKind::kDrives) return RememberItems(volume, place, remembered);
+    remembered.kind = place.kind;
+    return std::ranges::all_of(place.names, [&](const std::string& name) {
+        RememberedPlace drive;
+        if (!RememberItems(VolumeOfPath(name), {place.kind, place.folder, {name}}, drive)) return false;
+        std::ranges::move(drive.items, std::back_inserter(remembered.items));
+        return true;
+    });
+}
+
+bool CMainFrame::RememberItems(const std::string& volume, const Place& place, RememberedPlace& remembered) {
     const auto remember = [place](RememberedPlace& found, PatientWork::Running& running) {
         found.kind = place.kind;
         for (const std::string& name : place.names) {

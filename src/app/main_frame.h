@@ -98,6 +98,7 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     void ShowInFolder(const ResultObject& object) override;
     Outcome HoldItemAt(const std::string& path, Place& place);
     bool Remember(const std::string& volume, const Place& place, RememberedPlace& remembered);
+    bool RememberItems(const std::string& volume, const Place& place, RememberedPlace& remembered);
     bool RememberSelection(const Place& place, RememberedPlace& remembered);
     void OnUpdateFileCommand(Notification& notification);
     void OnUpdateSharesMode(Notification& notification);

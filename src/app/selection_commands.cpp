@@ -6,17 +6,19 @@
 #include "app/main_frame.h"
 #include "deletion/secure_delete_dialog.h"
 #include "framework/long_work.h"
+#include "platform/api/errors.h"
 #include "platform/api/messages.h"
-#include "platform/volume_question.h"
 #include "security/message_boxes.h"
 #include "shares/share_sheet.h"
 
 namespace permora {
 
-// Drives are volumes of their own; what is asked first hangs first.
+// The window took input meanwhile, and what the user is asked next must be about what is selected now.
 bool CMainFrame::RememberSelection(const Place& place, RememberedPlace& remembered) {
-    const bool isDrive = place.kind == PlaceKind::kDrives;
-    return Remember(isDrive ? VolumeOfPath(place.names.front()) : view.Rows().Volume(), place, remembered);
+    if (!Remember(view.Rows().Volume(), place, remembered)) return false;
+    const bool isSelected = view.SelectedNames() == place.names;
+    if (!isSelected) view.Tell({ERROR_CANCELLED});
+    return isSelected;
 }
 
 // The editor shows the first selected item and works on all of them.

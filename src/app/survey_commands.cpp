@@ -1,5 +1,7 @@
 #include "app/survey_commands.h"
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -30,6 +32,18 @@ std::vector<ResultTop> SurveyCommands::Tops(SearchedPlace searched) const {
     std::vector<ResultTop> tops;
     const std::vector<std::string> names =
         searched == SearchedPlace::kSelection ? view.SelectedNames() : std::vector<std::string>();
+    if (names.empty() || !view.IsShowing(PlaceKind::kDrives)) {
+        AddTops(view.Rows().Volume(), names, tops);
+        return tops;
+    }
+    for (const std::string& drive : names)
+        if (!AddTops(view.Rows().VolumeOf(drive), {drive}, tops)) return {};
+    return tops;
+}
+
+// False when they are not found, which was reported.
+bool SurveyCommands::AddTops(const std::string& volume, const std::vector<std::string>& names,
+                             std::vector<ResultTop>& tops) const {
     const auto find = [rows = view.SharedRows(), names](std::vector<ResultTop>& found,
                                                         PatientWork::Running& running) {
         Place place;
@@ -43,8 +57,11 @@ std::vector<ResultTop> SurveyCommands::Tops(SearchedPlace searched) const {
         }
         return outcome;
     };
-    view.Tell(view.AskFor<std::vector<ResultTop>>(view.Rows().Volume(), tops, find));
-    return tops;
+    std::vector<ResultTop> added;
+    const Outcome outcome = view.AskFor<std::vector<ResultTop>>(volume, added, find);
+    view.Tell(outcome);
+    std::ranges::move(added, std::back_inserter(tops));
+    return outcome.IsDone();
 }
 
 template <class Dialog>

@@ -33,6 +33,8 @@ class SurveyCommands {
     template <class Dialog>
     std::vector<ResultTop> Ask(Dialog& dialog) const;
     std::vector<ResultTop> Tops(SearchedPlace searched) const;
+    bool AddTops(const std::string& volume, const std::vector<std::string>& names,
+                 std::vector<ResultTop>& tops) const;
     std::string FolderText() const;
     std::string SelectionText() const;
 

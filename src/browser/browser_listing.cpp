@@ -1,5 +1,6 @@
 // Filling the list, and the texts of the bars.
 #include <algorithm>
+#include <chrono>
 #include <string>
 #include <unordered_set>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "framework/bars.h"
 #include "platform/host_path.h"
 #include "platform/visible_text.h"
+#include "platform/volume_question.h"
 #include "security/message_boxes.h"
 
 namespace permora {
@@ -32,10 +34,13 @@ struct BrowserView::Listing : RowReceiver {
     bool Add(Row row) override {
         if (running->isGivenUp) return false;
         rows.push_back(std::move(row));
-        running->done = rows.size();
         return true;
     }
-    void ShowCount(int found) override { count = found; }
+    bool ShowCount(int found) override {
+        count = found;
+        running->done = static_cast<std::size_t>(found);
+        return !running->isGivenUp;
+    }
 
     Outcome Read(RowSource& source, const RowOptions& options, PatientWork::Running& reading) {
         running = &reading;
@@ -65,14 +70,14 @@ Outcome BrowserView::Read(const std::shared_ptr<RowSource>& source, std::shared_
 // The outcome of the listing, unless the list has no room for it.
 Outcome BrowserView::Fill(const RowSource& source, Listing& listing) {
     StopReadingSecurity();
-    security.Restart(nullptr);
+    security.Restart(nullptr, {});
     if (!list.DeleteAllItems() || !images.Rebuild(list, source.Images())) return {ERROR_NOT_ENOUGH_MEMORY};
     ArrangeColumns(source);
     for (const Row& row : listing.rows)
         if (!AddRow(row)) return {ERROR_NOT_ENOUGH_MEMORY};
     if (listing.outcome.IsDone()) ShowItemCount(source, listing.count);
     PaintStatusBar();
-    if (listing.place != nullptr) security.Restart(listing.place);
+    if (listing.place != nullptr) security.Restart(listing.place, source.Volume());
     if (listing.outcome.IsDone()) ShowLocation(source);
     return listing.outcome;
 }
@@ -109,10 +114,15 @@ Outcome BrowserView::ListAgain(const std::function<void()>& beforeFilling) {
     return Show(Rows().Anew(), beforeFilling);
 }
 
-// The folder shown is the process's current directory: what is started from here begins there. It was found
-// on a thread with a directory of its own and has answered just now. A failure is not reported.
+// The folder shown is the process's current directory: what is started from here begins there. Some volumes
+// are asked whether this user may enter, so a thread does it, which has no directory of its own. A failure is
+// not reported.
 void BrowserView::MakeCurrent() {
-    static_cast<void>(Rows().MakeCurrent());
+    constexpr std::chrono::milliseconds kPatience(200);
+    VolumeQuestion question;
+    const auto ask = [rows = SharedRows()] { static_cast<void>(rows->MakeCurrent()); };
+    if (question.Ask(Rows().Volume(), ask) == ERROR_SUCCESS)
+        static_cast<void>(question.IsAnswered(kPatience));
 }
 
 void BrowserView::ArrangeColumns(const RowSource& source) {

@@ -207,15 +207,15 @@ void BrowserView::OpenSelected() {
     const std::string name = list.GetItemText(row, kNameColumn);
     auto opened = std::make_shared<OpenedRow>();
     const Outcome outcome =
-        Ask(Rows().Volume(), [opened, rows = SharedRows(), name](PatientWork::Running& running) {
+        Ask(Rows().VolumeOf(name), [opened, rows = SharedRows(), name](PatientWork::Running& running) {
             if (const DWORD error = rows->MakeCurrent(); error != ERROR_SUCCESS) return Outcome{error};
             // An object whose attributes cannot be read counts as a folder.
             opened->isFolder = (GetFileAttributesA(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) != 0;
             opened->isFailed = !opened->isFolder && !running.isGivenUp && !OpenByShell(nullptr, name);
             return Outcome();
         });
-    Tell(outcome);
-    if (outcome.IsDone() && opened->isFolder) OpenFolderRow(name);
+    if (!outcome.IsDone()) return Tell(outcome);  // and the thread may still write to `opened`
+    if (opened->isFolder) OpenFolderRow(name);
     if (opened->isFailed) ShowErrorBox(GetSafeHwnd(), ("Error: cannot open \"" + name + '"').c_str());
     list.RedrawWindow();
 }

@@ -47,7 +47,7 @@ Outcome BrowserView::HoldRows(const std::vector<std::string>& names, Place& plac
 }
 
 Outcome BrowserView::FindPath(const std::string& name, std::string& path) {
-    return AskFor<std::string>(Rows().Volume(), path,
+    return AskFor<std::string>(Rows().VolumeOf(name), path,
                                [rows = SharedRows(), name](std::string& found, PatientWork::Running&) {
                                    return rows->FindPath(name, found);
                                });

@@ -173,9 +173,9 @@ void BrowserView::OnColumnClick(Notification& notification) {
 
 void BrowserView::OnInfoTip(Notification& notification) {
     auto tip = std::make_shared<std::string>();
-    const auto ask = [tip, rows = SharedRows(), name = list.GetItemText(notification.row, kNameColumn)](
-                         PatientWork::Running&) { *tip = rows->Tip(name); };
-    if (wait.DoAtOnce(Rows().Volume(), ask)) notification.tip = *tip;
+    const std::string name = list.GetItemText(notification.row, kNameColumn);
+    const auto ask = [tip, rows = SharedRows(), name](PatientWork::Running&) { *tip = rows->Tip(name); };
+    if (wait.DoAtOnce(Rows().VolumeOf(name), ask)) notification.tip = *tip;
 }
 
 void BrowserView::OnViewMode(Notification& notification) {

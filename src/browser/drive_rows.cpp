@@ -109,6 +109,10 @@ std::span<const char* const> DriveRows::MoreHeaders() const {
     return kHeaders;
 }
 
+std::string DriveRows::VolumeOf(const std::string& root) const {
+    return VolumeOfPath(root);
+}
+
 bool DriveRows::Offers(unsigned int command) const {
     return command == ID_WIZARD || command == ID_SECURE_DELETION;
 }
@@ -139,7 +143,7 @@ Outcome DriveRows::List(const RowOptions& /*options*/, RowReceiver& receiver) {
         Row row = isSilent ? RowWithoutAnswer(*each.drive) : std::move(each.drive->row);
         row.position = count;
         if (row.image >= 0 && !receiver.Add(std::move(row))) return {ERROR_NOT_ENOUGH_MEMORY};
-        receiver.ShowCount(++count);
+        if (!receiver.ShowCount(++count)) return {ERROR_CANCELLED};
     }
     return {};
 }

@@ -22,6 +22,7 @@ class DriveRows : public RowSource {
     std::string Location() const override { return kDriveListLocation; }
     std::span<const unsigned int> Images() const override;
     std::span<const char* const> MoreHeaders() const override;  // label, mount point and space
+    std::string VolumeOf(const std::string& root) const override;
     bool Offers(unsigned int command) const override;
     std::unique_ptr<RowSource> Anew() const override { return std::make_unique<DriveRows>(); }
     Outcome List(const RowOptions& options, RowReceiver& receiver) override;

@@ -54,8 +54,9 @@ struct RowOptions {
 class RowReceiver {
   public:
     virtual ~RowReceiver() = default;
-    virtual bool Add(Row row) = 0;          // false: no more rows, since nobody wants them or has room
-    virtual void ShowCount(int count) = 0;  // how many objects were found so far
+    virtual bool Add(Row row) = 0;  // false: no more rows, since nobody wants them or has room
+    // How many objects were found so far. False: no more rows, since nobody waits for them.
+    virtual bool ShowCount(int count) = 0;
 };
 
 class RowSource {
@@ -70,6 +71,8 @@ class RowSource {
     virtual std::string Folder() const { return {}; }
     // The volume that its calls ask (VolumeOfPath); empty: none that could hang.
     virtual std::string Volume() const { return {}; }
+    // The volume that calls about this row ask.
+    virtual std::string VolumeOf(const std::string& /*name*/) const { return Volume(); }
     // Of the columns behind those that all sources have. The texts live for the whole process.
     virtual std::span<const char* const> MoreHeaders() const { return {}; }
     virtual const char* TypeHeader() const { return "Type"; }

@@ -107,12 +107,14 @@ std::size_t SecurityColumns::PlaceIn(int column) const {
 
 // ---- Texts ----
 
-void SecurityColumns::Restart(std::shared_ptr<const Place> rows) {
+void SecurityColumns::Restart(std::shared_ptr<const Place> rows, std::string volumeOfRows) {
     StopReadingAll();
     seen.Forget();
+    again.Stop();
     known.clear();
     wanted.clear();
     place = std::move(rows);
+    volume = std::move(volumeOfRows);
 }
 
 // A row's data is its number, but for drives before the first sorting.
@@ -148,8 +150,22 @@ void SecurityColumns::AskForWanted() {
                                      known.merge(work->found);
                                      wanted.clear();
                                      QueueRedraw(list);
-                                 });
-    if (error != ERROR_SUCCESS) TakeFailure(work->names, error);
+                                 },
+                                 volume);
+    if (error == ERROR_TIMEOUT)
+        AskAgain(work->names);
+    else if (error != ERROR_SUCCESS)
+        TakeFailure(work->names, error);
+}
+
+// The volume owes the answer to a question that was given up, perhaps for a moment only.
+void SecurityColumns::AskAgain(const std::vector<std::string>& names) {
+    constexpr std::chrono::milliseconds kPause(300);
+    wanted = names;
+    again.Start(kPause, [this] {
+        again.Stop();
+        AskForWanted();
+    });
 }
 
 void SecurityColumns::TakeFailure(const std::vector<std::string>& names, DWORD error) {
@@ -175,7 +191,9 @@ void SecurityColumns::ReadAll(const std::function<void(std::size_t, std::size_t)
                                     known.merge(sweep->found);
                                     StopReadingAll();
                                     use();
-                                });
+                                },
+                                volume);
+    if (error == ERROR_TIMEOUT) return;
     if (error != ERROR_SUCCESS) return TakeFailure(work->names, error);
     sweep = work;
     constexpr std::chrono::milliseconds kPace(100);

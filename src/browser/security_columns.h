@@ -32,8 +32,8 @@ class SecurityColumns : private ListTexts {
     void Remove();
 
     // Forgets what was read. From now on the rows are objects of `rows`; without a place the columns stay
-    // empty.
-    void Restart(std::shared_ptr<const Place> rows);
+    // empty. `volumeOfRows` is the one that they lie on (VolumeOfPath), or empty.
+    void Restart(std::shared_ptr<const Place> rows, std::string volumeOfRows);
 
     bool Has(int column) const;
     // The column by whose rule (OrderByColumn) the texts of a column are ordered.
@@ -52,6 +52,7 @@ class SecurityColumns : private ListTexts {
     int RowOf(std::intptr_t data) const;
     std::size_t PlaceIn(int column) const;  // in SecurityTexts
     void AskForWanted();
+    void AskAgain(const std::vector<std::string>& names);
     void TakeFailure(const std::vector<std::string>& names, DWORD error);
 
     CListCtrl& list;
@@ -60,6 +61,7 @@ class SecurityColumns : private ListTexts {
     int firstColumn = 0;
     std::array<int, kSecurityColumnCount> widths{};  // 0: not shown yet
     std::shared_ptr<const Place> place;
+    std::string volume;
     Known known;
     mutable std::vector<std::string> wanted;  // by the last painting
     const std::function<void()> askForWanted = [this] { AskForWanted(); };
@@ -67,6 +69,7 @@ class SecurityColumns : private ListTexts {
     BackgroundQuestion all;
     std::shared_ptr<Sweep> sweep;
     RepeatedWork report;
+    RepeatedWork again;  // when the volume owes an answer
 };
 
 }  // namespace permora

@@ -23,7 +23,7 @@ class DriveReceiver : public RowReceiver {
                           images[static_cast<std::size_t>(row.image)]});
         return true;
     }
-    void ShowCount(int /*count*/) override {}
+    bool ShowCount(int /*count*/) override { return true; }
 
   private:
     std::span<const unsigned int> images;
