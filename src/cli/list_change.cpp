@@ -1,8 +1,5 @@
 #include "cli/list_change.h"
 
-#include <algorithm>
-#include <iterator>
-
 #include "cli/listing.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
@@ -88,19 +85,11 @@ ChangeResult WriteDacl(const Target& target, const HeldObject& object, const Obj
     messages.PrintForPeople(PrintableText(target.argument) +
                             (recording.Count() > written ? ": changed\n" : ": already so\n"));
     if (below.count == 0) return ChangeResult::kDone;
-    // The folder itself comes first where the volume was lost. What was tried last says more, but others may
-    // have failed for other reasons.
-    auto told = below.named.begin();
-    const auto isLoss = [](const auto& failure) { return IsVolumeLost(failure.second); };
-    const bool isLost = isLoss(*told);
-    if (isLost && told->first.empty()) {
-        const auto last = std::find_if(std::next(told), below.named.end(), isLoss);
-        if (last != below.named.end()) told = last;
-    }
-    messages.SetSubject(TypedPath(target, told->first));
-    messages.SaySystemError(told->second);
+    const auto [path, failure] = below.ToTell();
+    messages.SetSubject(TypedPath(target, path));
+    messages.SaySystemError(failure);
     messages.SetSubject(target.argument);
-    if (isLost) {
+    if (IsVolumeLost(failure)) {
         messages.Say(
             "changed itself, and what is below it that inherits only to a part: the rest was not reached");
         return ChangeResult::kFailed;

@@ -18,6 +18,7 @@
 #include "platform/api/errors.h"
 #include "platform/nt/security_descriptor.h"
 #include "platform/security_change.h"
+#include "platform/volume_loss.h"
 #include "survey/repair.h"
 #include "survey/survey.h"
 #include "survey/survey_rows.h"
@@ -272,9 +273,15 @@ Mended VerifyCommand::Repair(const HeldObject& top, const std::string& below, Re
 
 bool VerifyCommand::SayFailures(const std::string& below, const FailuresBelow& failures) {
     if (failures.count == 0) return true;
-    messages.SetSubject(TypedPath(*target, below + '\\' + failures.named.begin()->first));
-    messages.SaySystemError(failures.named.begin()->second);
+    const auto [path, failure] = failures.ToTell();
+    messages.SetSubject(TypedPath(*target, path.empty() ? below : below + '\\' + path));
+    messages.SaySystemError(failure);
     messages.SetSubject(TypedPath(*target, below));
+    if (IsVolumeLost(failure)) {
+        messages.Say(
+            "repaired itself, and what is below it that inherits only to a part: the rest was not reached");
+        return false;
+    }
     messages.Say(
         "repaired itself, but not everything below that inherits: " + std::to_string(failures.count) +
         (failures.count == 1 ? " object" : " objects") + " could not be reached or changed");

@@ -6,6 +6,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -136,8 +137,10 @@ DWORD AttributesFromMode(const struct stat& status) {
 // `kind` holds the attributes that follow from the kind of the object.
 DWORD Join(const StoredAttributes& stored, const struct stat& status, DWORD kind) {
     DWORD flags = kind;
-    if (stored.onNtfs || stored.onServer)
-        flags |= (stored.onNtfs ? *stored.onNtfs : *stored.onServer) & (kSettable | kKeptByVolume);
+    if (stored.onNtfs) flags |= *stored.onNtfs & (kSettable | kKeptByVolume);
+    // What the server keeps elsewhere is no link here.
+    else if (stored.onServer)
+        flags |= *stored.onServer & (kSettable | kKeptByVolume) & ~DWORD{FILE_ATTRIBUTE_REPARSE_POINT};
     else if (stored.fromSamba && stored.fromSamba->HasAttributes())
         flags |= stored.fromSamba->attributes & kSettable;
     else
@@ -203,6 +206,12 @@ FILETIME CreationTimeOf(const ObjectHandle& object) {
 
 }  // namespace
 
+bool IsNameOfSmbClient(std::string_view name) {
+    constexpr std::array<std::string_view, 4> kNames{"user.cifs.creationtime", kSmbAttribute,
+                                                     "user.smb3.creationtime", "user.smb3.dosattrib"};
+    return std::ranges::find(kNames, name) != kNames.end();
+}
+
 AttributeStore AttributeStoreOf(const ObjectHandle& object) {
     if (!IsAbsent(AskExtendedAttribute(object, kNtfsAttribute))) return AttributeStore::kNtfs;
     const bool isServers =
@@ -248,9 +257,12 @@ DWORD WriteAttributes(const ObjectHandle& object, DWORD attributes) {
     const DWORD error = ReadStored(SourceOf(object), AttributeStore::kUnknown, stored);
     if (error != ERROR_SUCCESS) return error;
     if (stored.onServer) return WriteOnServer(object, *stored.onServer, attributes);
-    const bool areHidden =
+    const bool areOnServer =
         !stored.onNtfs && !stored.fromSamba && IsFileOrFolder(object) && IsOnSmbMount(object.Descriptor());
-    if (areHidden) return ERROR_ACCESS_DENIED;
+    // The mount has no such attributes at all, or hides them.
+    if (areOnServer)
+        return IsAbsent(AskExtendedAttribute(object, kSmbAttribute)) ? ERROR_NOT_SUPPORTED
+                                                                     : ERROR_ACCESS_DENIED;
     const int failure = stored.onNtfs
                             ? WriteOnNtfs(object, *stored.onNtfs, attributes)
                             : WriteForSamba(object, stored.fromSamba.value_or(DosAttribute{}), attributes);

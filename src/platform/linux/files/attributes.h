@@ -4,6 +4,8 @@
 
 #include <sys/stat.h>
 
+#include <string_view>
+
 #include <cstdint>
 
 #include "platform/api/files.h"
@@ -18,8 +20,9 @@ inline constexpr const char* kNtfsAttribute = "system.ntfs_attrib";
 // order. The server is not asked again while the client knows them. To any other volume the name is one like
 // all others. Source: fs/smb/client/xattr.c of the kernel.
 inline constexpr const char* kSmbAttribute = "user.cifs.dosattrib";
-// The same of the time of creation.
-inline constexpr const char* kSmbCreationTime = "user.cifs.creationtime";
+// Whether that client means something else than an attribute by this name, under which it sets what the
+// server keeps of the object: the attributes, or the time of creation.
+bool IsNameOfSmbClient(std::string_view name);
 
 // Where Samba keeps them (dos_attribute.h).
 inline constexpr const char* kDosAttribute = "user.DOSATTRIB";

@@ -66,8 +66,7 @@ class PropertyCopy {
             const int readProblem = ReadExtendedAttribute(source.object, name.c_str(), value);
             if (readProblem == ENODATA) continue;  // it vanished
             if (readProblem != 0) return Fail(readProblem);
-            const bool meansElse =
-                copy.volume.isOnServer && (name == kSmbAttribute || name == kSmbCreationTime);
+            const bool meansElse = copy.volume.isOnServer && IsNameOfSmbClient(name);
             NoteWritten(meansElse ? ENOTSUP : WriteValue(name.substr(kUserFamily.size()), value));
             if (result.error != ERROR_SUCCESS) return;
         }
