@@ -5,7 +5,9 @@
 #include <cerrno>
 
 #include "platform/linux/base/capabilities.h"
+#include "platform/linux/base/host_errors.h"
 #include "platform/linux/files/extended_attributes.h"
+#include "platform/volume_loss.h"
 
 namespace permora::host {
 namespace {
@@ -17,9 +19,11 @@ bool HasAttribute(int answer) {
 }
 
 // Every object on NTFS or on a server has a descriptor: a volume that merely takes any attribute name is
-// neither.
+// neither. A server that cannot be reached just now must not be taken for a volume without any, whose modes
+// would be believed.
 bool IsThere(const ObjectHandle& object, const char* name) {
-    return HasAttribute(AskExtendedAttribute(object, name));
+    const int answer = AskExtendedAttribute(object, name);
+    return HasAttribute(answer) || answer == EAGAIN || IsVolumeLost(ErrorFromErrno(answer));
 }
 
 bool CanBeThere(const ObjectHandle& object, const char* name) {

@@ -128,7 +128,8 @@ int ListExtendedAttributes(const ObjectHandle& object, std::vector<std::string>&
 }
 
 int AskExtendedAttribute(const ObjectHandle& object, const char* name) {
-    return getxattr(DescriptorPath(object.Descriptor()).Text(), name, nullptr, 0) >= 0 ? 0 : errno;
+    const DescriptorPath path(object.Descriptor());
+    return RequestAgain([&] { return getxattr(path.Text(), name, nullptr, 0); }) >= 0 ? 0 : errno;
 }
 
 bool HasRoom(const ObjectHandle& object) {
