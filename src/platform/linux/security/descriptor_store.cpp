@@ -113,12 +113,15 @@ void LeaveRequestsOut(nt::SecurityDescriptor& descriptor) {
     descriptor.control &= static_cast<std::uint16_t>(~kRequests);
 }
 
-// The server writes that a list was inherited automatically only where that is requested.
+// The server writes that a list was inherited automatically only where that is requested. Samba's servers
+// take from every write what the control word says of the system access list, also when that list stays.
 bool MakeRequest(std::span<const std::uint8_t> kept, std::vector<std::uint8_t>& request) {
     auto descriptor = nt::SecurityDescriptor::FromBytes(kept);
     if (!descriptor) return false;
     if ((descriptor->control & nt::kDaclAutoInherited) != 0)
         descriptor->control |= nt::kDaclAutoInheritRequest;
+    if ((descriptor->control & nt::kSaclAutoInherited) != 0)
+        descriptor->control |= nt::kSaclAutoInheritRequest;
     request.clear();
     return descriptor->AppendTo(request);
 }
