@@ -36,9 +36,9 @@ struct BrowserView::Listing : RowReceiver {
         rows.push_back(std::move(row));
         return true;
     }
-    bool ShowCount(int found) override {
-        count = found;
-        running->done = static_cast<std::size_t>(found);
+    void ShowCount(int found) override { count = found; }
+    bool GoOn() override {
+        ++running->done;
         return !running->isGivenUp;
     }
 

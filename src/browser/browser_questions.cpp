@@ -13,7 +13,7 @@ namespace permora {
 namespace {
 
 std::string WaitingText(std::size_t done) {
-    const std::string what = done == 0 ? "Waiting for an answer." : std::to_string(done) + " items so far.";
+    const std::string what = done == 0 ? "Waiting for an answer." : std::to_string(done) + " read so far.";
     return what + " Escape stops it.";
 }
 

@@ -143,7 +143,8 @@ Outcome DriveRows::List(const RowOptions& /*options*/, RowReceiver& receiver) {
         Row row = isSilent ? RowWithoutAnswer(*each.drive) : std::move(each.drive->row);
         row.position = count;
         if (row.image >= 0 && !receiver.Add(std::move(row))) return {ERROR_NOT_ENOUGH_MEMORY};
-        if (!receiver.ShowCount(++count)) return {ERROR_CANCELLED};
+        receiver.ShowCount(++count);
+        if (!receiver.GoOn()) return {ERROR_CANCELLED};
     }
     return {};
 }

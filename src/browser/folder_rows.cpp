@@ -73,34 +73,26 @@ DWORD QueryCurrentDirectory(std::string& path) {
     return ERROR_SUCCESS;
 }
 
-// The files wait until all folders are there.
-Outcome ListCurrentDirectory(const RowOptions& options, RowReceiver& receiver) {
+// Adds the folders, or everything else, after `count` rows.
+Outcome ListPass(bool wantsFolders, const RowOptions& options, int& count, RowReceiver& receiver) {
+    constexpr int kCountStep = 10;
     FolderSearch search;
     WIN32_FIND_DATAA found{};
-    std::vector<Row> folders;
-    std::vector<Row> files;
-    for (int seen = 1; search.Next(found); ++seen) {
-        if (!receiver.ShowCount(seen)) return {ERROR_CANCELLED};
-        if (!IsListedName(found.cFileName, options.dots)) continue;
-        Row& row = (IsFolder(found) ? folders : files).emplace_back();
-        row.name = found.cFileName;
+    while (search.Next(found)) {
+        if (!receiver.GoOn()) return {ERROR_CANCELLED};
+        if (!IsListedName(found.cFileName, options.dots) || IsFolder(found) != wantsFolders) continue;
+        Row row{.name = found.cFileName, .position = count};
         row.image = options.icons == RowIcons::kOwn ? OwnIconIndex(found) : kShellImage;
         if (options.icons == RowIcons::kShell) row.shellIcon = ShellIconKindOf(row.name.c_str());
         if (options.detail == RowDetail::kAll) {
             row.type = ShellTypeName(row.name);
-            if (!IsFolder(found)) row.size = SizeTextOf(found);
+            if (!wantsFolders) row.size = SizeTextOf(found);
             row.modified = ModifiedText(found.ftLastWriteTime);
         }
+        if (!receiver.Add(std::move(row))) return {ERROR_NOT_ENOUGH_MEMORY};
+        if (++count % kCountStep == 0) receiver.ShowCount(count);
     }
-    if (search.Error() != ERROR_SUCCESS) return {search.Error()};
-    int count = 0;
-    for (std::vector<Row>* rows : {&folders, &files})
-        for (Row& row : *rows) {
-            row.position = count++;
-            if (!receiver.Add(std::move(row))) return {ERROR_NOT_ENOUGH_MEMORY};
-        }
-    static_cast<void>(receiver.ShowCount(count));
-    return {};
+    return {search.Error()};
 }
 
 }  // namespace
@@ -140,8 +132,11 @@ Outcome FolderRows::Open() {
 
 Outcome FolderRows::List(const RowOptions& options, RowReceiver& receiver) {
     if (const DWORD error = MakeCurrent(); error != ERROR_SUCCESS) return {error};
-    Outcome outcome = ListCurrentDirectory(options, receiver);
+    int count = 0;
+    Outcome outcome = ListPass(true, options, count, receiver);
+    if (outcome.IsDone()) outcome = ListPass(false, options, count, receiver);
     if (!outcome.IsDone()) return outcome;
+    receiver.ShowCount(count);
     std::string now;
     return {QueryCurrentDirectory(now)};  // fails when the folder was removed meanwhile
 }

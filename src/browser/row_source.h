@@ -54,9 +54,10 @@ struct RowOptions {
 class RowReceiver {
   public:
     virtual ~RowReceiver() = default;
-    virtual bool Add(Row row) = 0;  // false: no more rows, since nobody wants them or has room
-    // How many objects were found so far. False: no more rows, since nobody waits for them.
-    virtual bool ShowCount(int count) = 0;
+    virtual bool Add(Row row) = 0;          // false: no more rows, since nobody wants them or has room
+    virtual void ShowCount(int count) = 0;  // how many objects were found so far
+    // After each entry that was read, whether it becomes a row or not. False: nobody waits for the rows.
+    virtual bool GoOn() { return true; }
 };
 
 class RowSource {

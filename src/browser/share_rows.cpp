@@ -41,7 +41,7 @@ Outcome ShareRows::List(const RowOptions& /*options*/, RowReceiver& receiver) {
         ++count;
     }
     if (status != NERR_Success) return {status, Step::kEnumerateShares};
-    static_cast<void>(receiver.ShowCount(count));
+    receiver.ShowCount(count);
     return {};
 }
 

@@ -23,7 +23,7 @@ class DriveReceiver : public RowReceiver {
                           images[static_cast<std::size_t>(row.image)]});
         return true;
     }
-    bool ShowCount(int /*count*/) override { return true; }
+    void ShowCount(int /*count*/) override {}
 
   private:
     std::span<const unsigned int> images;
