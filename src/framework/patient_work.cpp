@@ -21,10 +21,13 @@ constexpr std::chrono::milliseconds kDebtPatience{2000};
 
 constexpr std::chrono::milliseconds kNoTime{0};
 
+// Between looks for a modal window.
+constexpr std::chrono::milliseconds kLookPause{10};
+
 // `hasEnded` may take the time that it is given.
-void Serve(const std::function<bool(std::chrono::milliseconds)>& hasEnded) {
+void Serve(bool takesInput, const std::function<bool(std::chrono::milliseconds)>& hasEnded) {
     constexpr std::chrono::milliseconds kBetweenPaintings{5};
-    if (IsModalWindowOpen())
+    if (!takesInput)
         ServeBusyWindowsUntil([&] { return hasEnded(kBetweenPaintings); });
     else
         ServeWindowsUntil([&] { return hasEnded(kNoTime); });
@@ -48,9 +51,19 @@ struct Shared {
 
 struct PatientWork::Current {
     VolumeQuestion question;
+    const bool takesInput = !IsModalWindowOpen();
     bool isGivenUp = false;
     std::function<void()> next;
+
+    // What is known once a modal window has been closed may be old.
+    void YieldToModalWindows(RepeatedWork& look) {
+        if (takesInput) look.Start(kLookPause, [this] { isGivenUp = isGivenUp || IsModalWindowOpen(); });
+    }
 };
+
+bool PatientWork::CanBeStopped() const {
+    return IsWaiting() && current->takesInput;
+}
 
 DWORD PatientWork::Do(const std::string& volume, Work work, const Progress& progress) {
     if (current != nullptr) return ERROR_CANCELLED;
@@ -66,7 +79,9 @@ DWORD PatientWork::Do(const std::string& volume, Work work, const Progress& prog
         std::size_t last = 0;
         const auto isOver = [&] { return isAnswered || Clock::now() >= end; };
         current = &now;
-        Serve([&](std::chrono::milliseconds time) {
+        RepeatedWork look;
+        now.YieldToModalWindows(look);
+        Serve(now.takesInput, [&](std::chrono::milliseconds time) {
             if (error == ERROR_TIMEOUT && (error = ask()) == ERROR_SUCCESS) end = Clock::now() + patience;
             isAnswered = error == ERROR_SUCCESS && now.question.IsAnswered(time);
             const std::size_t done = shared->running.done;
@@ -75,12 +90,8 @@ DWORD PatientWork::Do(const std::string& volume, Work work, const Progress& prog
             return isOver() || now.isGivenUp || (error != ERROR_SUCCESS && error != ERROR_TIMEOUT);
         });
         current = nullptr;
-        if (now.next)
-            later.Start(kNoTime, [this, next = std::move(now.next)] {
-                later.Stop();
-                next();
-            });
-        if (!isAnswered && (error == ERROR_SUCCESS || error == ERROR_TIMEOUT)) {
+        if (now.next) RunLater(std::move(now.next));
+        if (now.isGivenUp || (!isAnswered && (error == ERROR_SUCCESS || error == ERROR_TIMEOUT))) {
             shared->running.isGivenUp = true;
             return isOver() && !now.isGivenUp ? ERROR_TIMEOUT : ERROR_CANCELLED;
         }
@@ -88,6 +99,15 @@ DWORD PatientWork::Do(const std::string& volume, Work work, const Progress& prog
     // There is no thread, or none with a directory of its own.
     if (!isAnswered || shared->isUndone) shared->work(shared->running);
     return ERROR_SUCCESS;
+}
+
+// Not in the loop of a modal window that a caller shows: `next` may destroy its owner.
+void PatientWork::RunLater(std::function<void()> next) {
+    later.Start(kLookPause, [this, next = std::move(next)] {
+        if (IsModalWindowOpen()) return;
+        later.Stop();
+        next();
+    });
 }
 
 bool PatientWork::DoAtOnce(const std::string& volume, Work work) {

@@ -27,10 +27,11 @@ class PatientWork {
     // Shows how far the work is; called often while the window waits.
     using Progress = std::function<void(std::size_t done)>;
 
-    // Runs `work` and returns when it has ended: 0. Returns sooner with ERROR_CANCELLED after GiveUp or when
-    // the program is to end, and with ERROR_TIMEOUT when `volume` (VolumeOfPath) does not answer: for so long
-    // that nobody would wait any more, without progress, or still not since an earlier question was given up.
-    // `work` has a current directory of its own. Where no thread can have that, it runs on this one.
+    // Runs `work` and returns when it has ended: 0. Returns sooner with ERROR_TIMEOUT when `volume`
+    // (VolumeOfPath) does not answer: for so long that nobody would wait any more, without progress, or still
+    // not since an earlier question was given up. Returns ERROR_CANCELLED after GiveUp, when the program is
+    // to end, and when a modal window opens meanwhile, after that is closed. `work` has a current directory
+    // of its own. Where no thread can have that, it runs on this one.
     //
     // Over a modal window, input is dropped meanwhile, since that window does not give anything up.
     DWORD Do(const std::string& volume, Work work, const Progress& progress = {});
@@ -44,12 +45,16 @@ class PatientWork {
     std::chrono::milliseconds patience{30'000};
 
     bool IsWaiting() const { return current != nullptr; }
-    // Lets Do return with ERROR_CANCELLED. `next`, if any, runs when its callers have returned as well.
-    // False, and `next` never runs, when nothing waits.
+    // Whether the user can give up what is waited for.
+    bool CanBeStopped() const;
+    // Lets Do return with ERROR_CANCELLED. `next`, if any, runs when its callers have returned as well, and
+    // have closed what modal windows they show. False, and `next` never runs, when nothing waits.
     bool GiveUp(std::function<void()> next = {});
 
   private:
     struct Current;
+
+    void RunLater(std::function<void()> next);
 
     Current* current = nullptr;  // null: nothing waits
     RepeatedWork later;

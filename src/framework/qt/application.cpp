@@ -45,6 +45,7 @@ Qt::LayoutDirection DirectionOfUser() {
 void EndToolkit() {
     thePresenters.messages = nullptr;
     StopAllWork(std::chrono::milliseconds(0));
+    theToolkit.load()->isToEnd = true;
     QCoreApplication::exit(0);
 }
 
@@ -79,7 +80,7 @@ QtApplication* QtApplication::Current() {
 }
 
 int QtApplication::Run() {
-    return QApplication::exec();
+    return isToEnd ? 0 : QApplication::exec();
 }
 
 int RunToolkit(int argc, char** argv, const std::function<bool()>& start,

@@ -38,6 +38,7 @@ class QtApplication {
     qt::ClipboardState& Clipboard() { return clipboard; }
 
     std::atomic<bool> isDisplayLost = false;
+    bool isToEnd = false;  // a signal has come, perhaps before Run. User-interface thread
 
   private:
     QApplication application;

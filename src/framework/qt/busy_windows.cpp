@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "framework/native.h"
+#include "framework/qt/application.h"
 
 namespace permora {
 namespace {
@@ -56,6 +57,7 @@ void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded) {
 // The end of the program ends all loops of the toolkit.
 void ServeWindowsUntil(const std::function<bool()>& hasEnded) {
     constexpr std::chrono::milliseconds kPace{5};
+    if (QtApplication::Current()->isToEnd) return;
     QEventLoop loop;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, &loop, [&] {
