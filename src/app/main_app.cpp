@@ -40,6 +40,7 @@ bool CMainApp::InitInstance() {
     if (!frame->LoadFrame(IDR_MAIN_FRAME)) return false;
     frame->RestorePlacement();
     frame->RedrawWindow();
+    frame->TellOfStartFolder();
     if (tellsOfStart) TellOfStart();
     frame->TellOfInterruption();
     if (!notice.empty()) ShowInfoBox(frame->GetSafeHwnd(), notice.c_str());

@@ -253,13 +253,11 @@ void CMainFrame::ShareFolder() {
 }
 
 void CMainFrame::GoBack() {
-    LeaveSharesMode();
-    view.MoveInHistory(HistoryStep::kBack);
+    if (LeaveSharesMode()) view.MoveInHistory(HistoryStep::kBack);
 }
 
 void CMainFrame::GoForward() {
-    LeaveSharesMode();
-    view.MoveInHistory(HistoryStep::kForward);
+    if (LeaveSharesMode()) view.MoveInHistory(HistoryStep::kForward);
 }
 
 void CMainFrame::GoToLocation() {
@@ -269,30 +267,33 @@ void CMainFrame::GoToLocation() {
         view.RefreshList();
         return;
     }
-    LeaveSharesMode();
-    view.GoToLocation(typed);
+    if (LeaveSharesMode()) view.GoToLocation(typed);
 }
 
 void CMainFrame::GoToRoot() {
-    LeaveSharesMode();
-    view.GoToRoot();
+    if (LeaveSharesMode()) view.GoToRoot();
 }
 
 void CMainFrame::ToggleSharesMode() {
-    if (view.IsShowing(PlaceKind::kShares)) {
-        LeaveSharesMode();
-        return;
-    }
-    GetMenu().SetText(ID_NEW_FOLDER, "&New Share...");
-    toolBar.PressButton(ID_SHOW_SHARES, true);
-    view.ShowShares();
+    if (view.IsShowing(PlaceKind::kShares))
+        view.LeaveShares();
+    else
+        view.ShowShares();
+    ShowSharesMode();
 }
 
-void CMainFrame::LeaveSharesMode() {
-    if (!view.IsShowing(PlaceKind::kShares)) return;
-    GetMenu().SetText(ID_NEW_FOLDER, "&New Folder...");
-    toolBar.PressButton(ID_SHOW_SHARES, false);
-    view.LeaveShares();
+// False: the user gave up the location that would be shown, and with it what comes next.
+bool CMainFrame::LeaveSharesMode() {
+    if (!view.IsShowing(PlaceKind::kShares)) return true;
+    const bool isLeft = view.LeaveShares();
+    ShowSharesMode();
+    return isLeft;
+}
+
+void CMainFrame::ShowSharesMode() {
+    const bool isOn = view.IsShowing(PlaceKind::kShares);
+    GetMenu().SetText(ID_NEW_FOLDER, isOn ? "&New Share..." : "&New Folder...");
+    toolBar.PressButton(ID_SHOW_SHARES, isOn);
 }
 
 void CMainFrame::ToggleOwnIcons() {
@@ -394,7 +395,7 @@ void CMainFrame::OnUpdateSurvey(Notification& notification) {
 
 // For the windows of results.
 void CMainFrame::ShowInFolder(const ResultObject& object) {
-    LeaveSharesMode();
+    if (view.GiveUpFor([this, object] { ShowInFolder(object); }) || !LeaveSharesMode()) return;
     Activate();
     view.ShowItem(object.path);
 }

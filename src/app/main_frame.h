@@ -30,6 +30,8 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
 
     // Puts the window where the settings say and shows it.
     void RestorePlacement();
+    // To be called then: reports that the folder of the command line gave no answer.
+    void TellOfStartFolder() { view.TellOfStartFolder(); }
     // Writes the settings. A failure is shown in a box.
     void KeepSettings();
 
@@ -79,7 +81,8 @@ class CMainFrame : public CFrameWnd, private ResultsHost {
     void GoToLocation();
     void GoToRoot();
     void ToggleSharesMode();
-    void LeaveSharesMode();
+    bool LeaveSharesMode();
+    void ShowSharesMode();
     void ToggleOwnIcons();
     void EditSettings();
     void OpenSecurityEditor();

@@ -72,6 +72,7 @@ Outcome BrowserView::Fill(const RowSource& source, Listing& listing) {
     StopReadingSecurity();
     security.Restart(nullptr, {});
     if (!list.DeleteAllItems() || !images.Rebuild(list, source.Images())) return {ERROR_NOT_ENOUGH_MEMORY};
+    list.SetColumnText(kTypeColumn, source.TypeHeader());
     ArrangeColumns(source);
     for (const Row& row : listing.rows)
         if (!AddRow(row)) return {ERROR_NOT_ENOUGH_MEMORY};
@@ -105,7 +106,9 @@ Outcome BrowserView::Show(std::shared_ptr<RowSource> source, const std::function
     if (beforeFilling) beforeFilling();
     outcome = Fill(*source, *listing);
     if (!outcome.IsDone()) return outcome;
-    (aside ? aside : location) = std::move(source);
+    const bool isAside = source->Kind() == PlaceKind::kShares;
+    aside = isAside ? source : nullptr;
+    if (!isAside) location = std::move(source);
     MakeCurrent();
     return {};
 }
@@ -140,7 +143,7 @@ void BrowserView::RefreshList() {
     if (!GiveUpFor([this] { RefreshList(); })) RefreshList({});
 }
 
-void BrowserView::RefreshList(const std::vector<std::string>& made) {
+bool BrowserView::RefreshList(const std::vector<std::string>& made) {
     if (folderTree != nullptr) folderTree->Refresh();
     std::vector<std::string> selected;
     int focusedRow = -1;
@@ -158,7 +161,7 @@ void BrowserView::RefreshList(const std::vector<std::string>& made) {
         const bool isGone =
             !IsUnanswered(outcome) && IsShowing(PlaceKind::kFolder) && IsGone(Rows().Folder());
         if (!isGone || !ShowNearestParent()) Tell(outcome);
-        return;
+        return false;
     }
     if (markedRow >= 0) list.SetSelectionMark(RowNamed(markedName));
     if (focusedRow >= 0) FocusAgain(focusedName, focusedRow);
@@ -169,6 +172,7 @@ void BrowserView::RefreshList(const std::vector<std::string>& made) {
     } else {
         SelectNames(selected);
     }
+    return true;
 }
 
 bool BrowserView::SelectNames(const std::vector<std::string>& names) {
@@ -210,7 +214,7 @@ void BrowserView::ShowLocation(const RowSource& source) {
     if (folderTree != nullptr) folderTree->Follow({source.Kind(), folder});
 }
 
-// ---- The status bar. No message loop runs while a folder is shown, so its texts are painted at once. ----
+// ---- The status bar. Its texts are painted at once, since the work that follows may serve no messages. ----
 
 void BrowserView::ShowState(const char* text) {
     if (statusBar == nullptr) return;

@@ -191,7 +191,7 @@ void BrowserView::ShowItem(const std::string& path) {
     const std::string folder = FolderAbove(path);
     if ((folder.empty() || Rows().Folder() != folder) && !GoTo(RowsOf(folder))) return;
     const std::string name = folder.empty() ? path : NameInFolder(path);
-    if (RowNamed(name) < 0) RefreshList();  // it may be new
+    if (RowNamed(name) < 0 && !RefreshList({})) return;  // it may be new
     const int row = RowNamed(name);
     if (row < 0) {
         ShowInfoBox(GetSafeHwnd(), ("The list does not show \"" + name + "\".").c_str());
@@ -237,20 +237,30 @@ void BrowserView::OpenFolderRow(const std::string& name) {
     GoTo(Rows().Enter(name));
 }
 
-void BrowserView::ShowShares() {
-    aside = std::make_shared<ShareRows>();
-    list.SetColumnText(kTypeColumn, aside->TypeHeader());
+// After a failure, the list has the shares before it.
+bool BrowserView::ShowShares() {
+    const auto shares = std::make_shared<ShareRows>();
     std::shared_ptr<Listing> listing;
-    const Outcome read = Read(aside, listing);
-    const Outcome filled = Fill(*aside, *listing);
+    const Outcome read = Read(shares, listing);
+    if (IsUnanswered(read)) {
+        Tell(read);
+        return false;
+    }
+    aside = shares;
+    const Outcome filled = Fill(*shares, *listing);
     Tell(read.IsDone() ? filled : read);
-    ShowLocation(*aside);
+    ShowLocation(*shares);
+    return true;
 }
 
-void BrowserView::LeaveShares() {
-    aside.reset();
-    list.SetColumnText(kTypeColumn, location->TypeHeader());
-    RefreshList();
+bool BrowserView::LeaveShares() {
+    const Outcome outcome = Show(location->Anew());
+    if (outcome.IsDone()) return true;
+    const bool isFolder = location->Kind() == PlaceKind::kFolder;
+    if (!IsUnanswered(outcome) && isFolder && IsGone(location->Folder()) && ShowNearestParent()) return true;
+    Tell(outcome);
+    if (outcome.code != ERROR_CANCELLED) GoToRoot();
+    return !IsShowing(PlaceKind::kShares);
 }
 
 }  // namespace permora

@@ -12,9 +12,9 @@
 namespace permora {
 namespace {
 
-std::string WaitingText(std::size_t done) {
+std::string WaitingText(std::size_t done, bool canBeStopped) {
     const std::string what = done == 0 ? "Waiting for an answer." : std::to_string(done) + " read so far.";
-    return what + " Escape stops it.";
+    return canBeStopped ? what + " Escape stops it." : what;
 }
 
 }  // namespace
@@ -23,7 +23,7 @@ Outcome BrowserView::Ask(const std::string& volume, Question question) {
     auto outcome = std::make_shared<Outcome>();
     std::optional<std::size_t> shown;
     const auto show = [&](std::size_t done) {
-        if (std::exchange(shown, done) != done) ShowState(WaitingText(done).c_str());
+        if (std::exchange(shown, done) != done) ShowState(WaitingText(done, wait.CanBeStopped()).c_str());
     };
     const auto ask = [outcome, question = std::move(question)](PatientWork::Running& running) {
         *outcome = question(running);

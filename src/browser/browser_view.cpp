@@ -108,11 +108,7 @@ void BrowserView::OpenStartFolder(const std::string& commandLine) {
         MakeCurrent();
         history.Record(location->Folder());
     } else {
-        if (IsUnanswered(outcome))
-            afterStart.Start(std::chrono::milliseconds(0), [this, outcome] {
-                afterStart.Stop();
-                Tell(outcome);
-            });
+        if (IsUnanswered(outcome)) startOutcome = outcome;
         static_cast<void>(Read(location, listing));
     }
     static_cast<void>(Fill(*location, *listing));

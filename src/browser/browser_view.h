@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "browser/browser_history.h"
@@ -44,6 +45,8 @@ class BrowserView : public CWnd, private TreeOwner {
     // Makes the window and its list as a child of `owner`, and shows the folder of the command line
     // (StartFolderOf), or the drives. Ends the process when a window or image list cannot be made.
     void Create(CWnd& owner, unsigned int id, const std::string& commandLine);
+    // Reports that the folder of the command line gave no answer, once the window is shown.
+    void TellOfStartFolder() { Tell(std::exchange(startOutcome, {})); }
     // The frame's bars, once it has them. The address bar shows the location from now on.
     void AttachBars(AddrBar& address, CStatusBar& status);
     // `chosen` is called with each view mode that becomes current, as the settings store it.
@@ -61,8 +64,8 @@ class BrowserView : public CWnd, private TreeOwner {
     // folder is gone, shows the nearest one above it and a message. Any other failure is reported.
     void RefreshList() override;
     // The same after objects were made, which are selected. If the list shows none of them, the selection
-    // stays.
-    void RefreshList(const std::vector<std::string>& made);
+    // stays. False: the list is not shown again.
+    bool RefreshList(const std::vector<std::string>& made);
 
     // The names of the selected rows, from top to bottom.
     std::vector<std::string> SelectedNames() const;
@@ -87,9 +90,11 @@ class BrowserView : public CWnd, private TreeOwner {
     void OpenSelected();
     void OpenFolderRow(const std::string& name);
 
-    // Shows the shares in the place of the location, and the location again.
-    void ShowShares();
-    void LeaveShares();
+    // Shows the shares in the place of the location. False, and nothing changes, when they are not answered.
+    bool ShowShares();
+    // Shows the location again, or another one when that cannot be shown. False: the shares are still shown,
+    // since the user gave this up.
+    bool LeaveShares();
 
     // Questions that a volume may never answer. The window lives meanwhile, and the user may give them up:
     // the outcome is then ERROR_CANCELLED, and ERROR_TIMEOUT where there is no answer (PatientWork::Do).
@@ -232,7 +237,7 @@ class BrowserView : public CWnd, private TreeOwner {
     DotNames dotNames = DotNames::kLeftOut;
     std::function<void(std::uint32_t viewMode)> viewModeChosen;
     std::function<void()> choiceMade = [] {};
-    RepeatedWork afterStart;
+    Outcome startOutcome;
 };
 
 }  // namespace permora
