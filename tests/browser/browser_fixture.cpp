@@ -97,12 +97,12 @@ HANDLE __real_FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data);
 BOOL __real_FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data);
 
 HANDLE __wrap_FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA* data) {
-    std::function<void()> onSearch;
+    std::function<void(const std::string&)> onSearch;
     {
         const std::lock_guard lock(permora::test::faultsGuard);
         onSearch = TheFaults().onSearch;
     }
-    if (onSearch) onSearch();
+    if (onSearch) onSearch(pattern);
     return __real_FindFirstFileA(pattern, data);
 }
 

@@ -19,9 +19,9 @@ namespace permora::test {
 
 // Lets the system's services fail or the world change in the middle of a listing.
 struct Faults {
-    std::string opened;              // by the shell, which takes everything but "missing"
-    std::function<void()> onSearch;  // before each search of a folder
-    int searchFailsAfter = -1;       // so many entries; -1: never
+    std::string opened;  // by the shell, which takes everything but "missing"
+    std::function<void(const std::string& pattern)> onSearch;  // before each search of a folder
+    int searchFailsAfter = -1;                                 // so many entries; -1: never
 };
 Faults& TheFaults();
 

@@ -79,7 +79,7 @@ TEST_F(BrowserListing, AFileThatVanishesBetweenThePassesIsNotShown) {
     folder.MakeFile("gone");
     Start(R"(T:\)");
     int searches = 0;
-    TheFaults().onSearch = [&] {
+    TheFaults().onSearch = [&](const std::string&) {
         if (++searches == 2) unlink(folder.Path("gone").c_str());
     };
     view.GoToLocation(R"(T:\)");
@@ -96,7 +96,7 @@ TEST_F(BrowserListing, TheFolderItselfMayVanishBetweenThePasses) {
     folder.MakeFolder("here");
     Start(R"(T:\here)");
     int searches = 0;
-    TheFaults().onSearch = [&] {
+    TheFaults().onSearch = [&](const std::string&) {
         if (++searches == 2) rmdir(folder.Path("here").c_str());
     };
     ui.ExpectInformation(HasSubstr("does not exist any more"));
@@ -123,7 +123,7 @@ TEST_F(BrowserListing, AFolderThatCannotBeReadIsToldAndLeft) {
 TEST_F(BrowserListing, AStartFolderThatCannotBeReadIsToldOnce) {
     folder.MakeFile("first");
     folder.MakeFile("second");
-    TheFaults().onSearch = [] { TheFaults().searchFailsAfter = 1; };
+    TheFaults().onSearch = [](const std::string&) { TheFaults().searchFailsAfter = 1; };
     Start(R"(T:\)");
     ExpectError("Input/output error");
     view.ApplyViewSettings(3, RowIcons::kOwn);

@@ -85,7 +85,7 @@ TEST_F(HangingVolume, WhatHangsIsGivenUpByEscapeOrForAnotherPlace) {
     Answer();
     view.GoToLocation(R"(N:\sub)");
     EXPECT_EQ(view.Rows().Folder(), R"(N:\sub)");
-    view.GoToRoot();  // lets go of the volume
+    view.GoToLocation(R"(T:\)");  // lets go of the volume
 }
 
 TEST_F(HangingVolume, NoAnswerIsToldAndTheOtherDrivesAreShown) {
@@ -113,6 +113,7 @@ TEST_F(HangingVolume, NoAnswerIsToldAndTheOtherDrivesAreShown) {
         view.RefreshList();
         return ::testing::Value(Rows(), Not(Contains(HasSubstr("No answer"))));
     }));
+    view.GoToLocation(R"(T:\)");
 }
 
 }  // namespace
