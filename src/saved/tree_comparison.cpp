@@ -79,6 +79,8 @@ bool TreeComparison::Take(const ReadObject& was) {
     const std::string_view folder = was.path.substr(0, end == was.path.npos ? 0 : end);
     while (!levels.empty() && levels.back().path != folder && !IsBelow(folder, levels.back().path))
         if (!Leave()) return false;
+    EnterUnsaved(folder);
+    lastTaken = was.path;
     const bool isHere = !levels.empty() && levels.back().path == folder;
     if (isHere) NoteLoss(levels.back());
     const std::string name(was.path.substr(end == was.path.npos ? 0 : end + 1));
@@ -98,6 +100,24 @@ bool TreeComparison::Take(const ReadObject& was) {
     if (!mayBeThere)
         observer.Differ({DifferenceKind::kMissing, was.path, was.kind, SavedKind::kUnknown, was.descriptor});
     return true;
+}
+
+// Goes down to a folder past those on the way that did not come themselves, as in the form of icacls. One
+// that came is entered already, if it is a folder still.
+void TreeComparison::EnterUnsaved(std::string_view folder) {
+    while (!levels.empty() && levels.back().path != folder && levels.back().folder) {
+        Level& level = levels.back();
+        const std::size_t begin = level.path.empty() ? 0 : level.path.size() + 1;
+        const std::string_view path = folder.substr(0, folder.find('\\', begin));
+        if (lastTaken == path || IsBelow(lastTaken, path)) return;
+        const std::size_t index = Find(level, path.substr(begin));
+        TreeObject object;
+        AheadFolder below;
+        if (index == kNowhere || level.folder.Read(index, object, below) != ERROR_SUCCESS || !below) return;
+        const std::string pathNow = PathIn(level.pathNow, level.Names().Name(index));
+        Enter({path, SavedKind::kFolder, {}}, pathNow, std::move(below));
+        levels.back().isUnknown = true;
+    }
 }
 
 bool TreeComparison::TakeFound(const ReadObject& was, const std::string& pathNow, const TreeObject& now,

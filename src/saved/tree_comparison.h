@@ -41,8 +41,8 @@ class ComparisonObserver {
 };
 
 // The objects of the tree as it was come in the order of saved lists; names are compared as the volume of the
-// tree as it is compares them. Descriptors are alike when their bytes are. Memory holds the names of one
-// folder on each level.
+// tree as it is compares them. Folders may be left out: of those, only what came is compared. Descriptors are
+// alike when their bytes are. Memory holds the names of one folder on each level.
 class TreeComparison {
   public:
     // Compares with the tree at `now`, whose descriptors are read with `parts`. Both must outlive this.
@@ -76,6 +76,7 @@ class TreeComparison {
     };
 
     bool TakeTop(const ReadObject& was);
+    void EnterUnsaved(std::string_view folder);
     bool TakeFound(const ReadObject& was, const std::string& pathNow, const TreeObject& now, DWORD error,
                    AheadFolder below);
     void Compare(const ReadObject& was, const ReadObject& is);
@@ -92,6 +93,7 @@ class TreeComparison {
     const SECURITY_INFORMATION readParts;
     ComparisonObserver& observer;
     std::vector<Level> levels;
+    std::string lastTaken;  // the path of the object that came before, as it was called
 };
 
 }  // namespace permora
