@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const nt::Sid machine(5, {21, 1, 2, 3});
 
     const std::string_view input(reinterpret_cast<const char*>(data), size);
-    const auto descriptor = nt::FromSddl(input, &machine);
+    const auto descriptor = nt::FromSddl(input, nt::SddlAccounts(machine));
     if (!descriptor) return 0;
     const auto text = nt::ToSddl(*descriptor, kAllParts);
     Require(text.has_value(), "what was read from text can be written as text");

@@ -8,6 +8,7 @@
 #include "cli/difference_output.h"
 #include "cli/interrupts.h"
 #include "cli/object_command.h"
+#include "cli/word_option.h"
 #include "platform/api/errors.h"
 #include "saved/saved_list_reader.h"
 #include "saved/saved_path.h"
@@ -71,6 +72,7 @@ class CompareCommand : public ObjectCommand {
                 quiet ? Progress::kQuiet : Progress::kShown, now, messages};
     }
 
+    WordOption words{*this};
     JsonFlag json{*this};
     QuietFlag quiet{*this};
     bool areAlike = false;
@@ -78,7 +80,8 @@ class CompareCommand : public ObjectCommand {
 
 std::string CompareCommand::Interpret() {
     const std::string problem = ObjectCommand::Interpret();
-    return problem.empty() && ObjectCount() != 2 ? "compare takes two: what was saved, and a tree" : problem;
+    if (!problem.empty()) return problem;
+    return ObjectCount() != 2 ? "compare takes two: what was saved, and a tree" : words.Interpret();
 }
 
 ExitCode CompareCommand::Begin(const std::vector<Target>& targets) {
@@ -104,7 +107,7 @@ bool CompareCommand::SayFault(const SavedFault& fault) {
 // Reads the text to its end: nothing is said about the tree by a text that is not whole.
 bool CompareCommand::CheckText(SavedFileInput& input, CheckedText& text) {
     SavedFault fault;
-    const auto reader = SavedListReader::Open(input, fault);
+    const auto reader = SavedListReader::Open(input, fault, words.Accounts());
     if (!reader) return SayFault(fault);
     SavedObject object;
     while (reader->Next(object, fault)) {
@@ -138,7 +141,7 @@ bool CompareCommand::CompareText(const Target& was, const Target& now, const Hel
         return false;
     }
     SavedFault fault;
-    const auto reader = SavedListReader::Open(input, fault);
+    const auto reader = SavedListReader::Open(input, fault, words.Accounts());
     if (!reader) return SayFault(fault);
     if (!text.isComplete) messages.Say("something could not be read when it was saved");
 

@@ -14,6 +14,7 @@
 #include "cli/recording.h"
 #include "cli/terminal_text.h"
 #include "cli/tree_progress.h"
+#include "cli/word_option.h"
 #include "history/history_texts.h"
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
@@ -66,6 +67,7 @@ class RestoreCommand : public Command, private RestoreHost {
                   "What the file's objects are put back on: the place of the one that was\n"
                   "saved; for a file of icacls the folder that its paths start from"};
     MapOptions map{*this};
+    WordOption words{*this};
     ChangeOutput output{*this, messages, "Name what would change and write nothing"};
     YesFlag yes{*this};
     QuietFlag quiet{*this};
@@ -92,8 +94,9 @@ std::string RestoreCommand::Interpret() {
     file = Unshielded(file);
     if (file.empty()) return "the name of the file is empty";
     if (to.Text() && to.Text()->empty()) return "--to: the path is empty";
-    const std::string problem = Command::Interpret();
-    return problem.empty() ? map.Interpret() : problem;
+    std::string problem = Command::Interpret();
+    if (problem.empty()) problem = map.Interpret();
+    return problem.empty() ? words.Interpret() : problem;
 }
 
 // Whether the file is whole. It stays open.
@@ -105,7 +108,8 @@ bool RestoreCommand::OpenFile() {
     }
     SavedFault fault;
     list = CheckedList::Open(
-        PathFromArgument(file.c_str()), [this](const SavedObject& object) { map.LookFor(object); }, fault);
+        PathFromArgument(file.c_str()), [this](const SavedObject& object) { map.LookFor(object); }, fault,
+        words.Accounts());
     if (list) return true;
     if (fault.line != 0) messages.SetSubject(file + ", line " + std::to_string(fault.line));
     messages.Say(fault.reason);

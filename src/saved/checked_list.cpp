@@ -67,16 +67,16 @@ DWORD TwiceReadInput::Rewind() {
     return ERROR_SUCCESS;
 }
 
-std::unique_ptr<CheckedList> CheckedList::Open(const std::string& path, const Visit& visit,
-                                               SavedFault& fault) {
-    std::unique_ptr<CheckedList> list(new CheckedList);
+std::unique_ptr<CheckedList> CheckedList::Open(const std::string& path, const Visit& visit, SavedFault& fault,
+                                               const nt::SddlAccounts& accounts) {
+    std::unique_ptr<CheckedList> list(new CheckedList(accounts));
     const DWORD error = SavedFileInput::Open(path, list->file);
     if (error != ERROR_SUCCESS) FailWith(error, fault);
     return error == ERROR_SUCCESS && list->Check(visit, fault) ? std::move(list) : nullptr;
 }
 
 bool CheckedList::Check(const Visit& visit, SavedFault& fault) {
-    const std::unique_ptr<SavedListReader> reader = SavedListReader::Open(input, fault);
+    const std::unique_ptr<SavedListReader> reader = SavedListReader::Open(input, fault, accounts);
     if (!reader) return false;
     const SavedFolders::Complete note = [this](const SavedFolders::Folder& folder) {
         NoteAlikeNames(folder);
@@ -120,7 +120,7 @@ std::unique_ptr<SavedListReader> CheckedList::Read(SavedFault& fault) {
         FailWith(error, fault);
         return nullptr;
     }
-    return SavedListReader::Open(input, fault);
+    return SavedListReader::Open(input, fault, accounts);
 }
 
 }  // namespace permora

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/nt/sddl_sid.h"
 #include "saved/saved_folders.h"
 #include "saved/saved_list.h"
 #include "saved/saved_list_reader.h"
@@ -46,8 +47,10 @@ class CheckedList {
     // `path` is one of files.h. Null: `fault` says why, and what `visit` (which may be empty) has seen of the
     // objects is worth nothing. Memory is that of the reader, the tops, the names in the folders on the way
     // to an object, a hash for each MiB of the file, and the paths that have alike ones up to a limit.
+    // `accounts` as for SavedListReader.
     using Visit = std::function<void(const SavedObject& object)>;
-    static std::unique_ptr<CheckedList> Open(const std::string& path, const Visit& visit, SavedFault& fault);
+    static std::unique_ptr<CheckedList> Open(const std::string& path, const Visit& visit, SavedFault& fault,
+                                             const nt::SddlAccounts& accounts = {});
 
     const SavedHead& Head() const { return head; }
     const std::vector<SavedTop>& Tops() const { return tops; }
@@ -67,10 +70,11 @@ class CheckedList {
     bool HasChanged() const { return input.HasChanged(); }
 
   private:
-    CheckedList() = default;
+    explicit CheckedList(nt::SddlAccounts meanings) : accounts(std::move(meanings)) {}
     bool Check(const Visit& visit, SavedFault& fault);
     void NoteAlikeNames(const SavedFolders::Folder& folder);
 
+    const nt::SddlAccounts accounts;
     SavedFileInput file;
     TwiceReadInput input{file};
     SavedHead head;

@@ -12,7 +12,8 @@
 
 namespace permora {
 
-IcaclsReader::IcaclsReader(SavedLines text) : lines(std::move(text)) {
+IcaclsReader::IcaclsReader(SavedLines text, nt::SddlAccounts meanings)
+    : lines(std::move(text)), accounts(std::move(meanings)) {
     head.form = SavedForm::kIcacls;
     head.parts = DACL_SECURITY_INFORMATION;
     lines.SetUnit(LineUnit::kTwoBytes);
@@ -34,15 +35,17 @@ bool IcaclsReader::NextLine(std::string& line) {
     return true;
 }
 
-// Words such as LA and DA mean accounts of the machine or domain that has saved the list, and nothing tells
-// which that was. Elsewhere they would become others.
+// Words such as LA and DA mean accounts of the machine or domain that has saved the list, and nothing in the
+// text tells which that was. Elsewhere they would become others.
 bool IcaclsReader::TakeDescriptor(const std::string& sddl) {
     if (lastDescriptor && sddl == lastSddl) return true;
     std::optional<nt::SecurityDescriptor> value;
-    if (sddl.starts_with("D:") && sddl.find('\0') == sddl.npos) value = nt::FromSddl(sddl);
+    if (sddl.starts_with("D:") && sddl.find('\0') == sddl.npos) value = nt::FromSddl(sddl, accounts);
     if (!value)
         return Refuse(
-            "the list is not understood, or names an account by a word (LA, DA) and not by its SID");
+            "the list is not understood, or names an account by a word (LA, DA) and not by its SID, and whom "
+            "the "
+            "word means is not known (--word)");
     if (value->owner || value->group || (value->control & nt::kSaclPresent) != 0)
         return Refuse("this is no DACL and nothing else");
     auto made = std::make_shared<SavedDescriptor>();

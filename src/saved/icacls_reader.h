@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/nt/sddl_sid.h"
 #include "saved/saved_lines.h"
 #include "saved/saved_list_reader.h"
 
@@ -12,7 +13,7 @@ namespace permora {
 
 class IcaclsReader : public SavedListReader {
   public:
-    explicit IcaclsReader(SavedLines text);
+    IcaclsReader(SavedLines text, nt::SddlAccounts meanings);
 
     const SavedHead& Head() const override { return head; }
     const SavedTop& Top() const override { return top; }
@@ -26,6 +27,7 @@ class IcaclsReader : public SavedListReader {
     bool Refuse(const char* reason);
 
     SavedLines lines;
+    const nt::SddlAccounts accounts;
     SavedHead head;
     SavedTop top;
     std::string lastSddl;  // most objects have the list of the one before

@@ -12,7 +12,8 @@ DWORD SavedFileInput::Open(const std::string& path, SavedFileInput& input) {
     return SequentialFile::Open(path, input.file);
 }
 
-std::unique_ptr<SavedListReader> SavedListReader::Open(SavedInput& input, SavedFault& fault) {
+std::unique_ptr<SavedListReader> SavedListReader::Open(SavedInput& input, SavedFault& fault,
+                                                       const nt::SddlAccounts& accounts) {
     constexpr std::string_view kByteOrderMark = "\xFF\xFE";
     constexpr std::size_t kExamined = 4096;
     SavedLines lines(input);
@@ -22,7 +23,7 @@ std::unique_ptr<SavedListReader> SavedListReader::Open(SavedInput& input, SavedF
     const bool hasMark = first.starts_with(kByteOrderMark);
     const bool isWide = hasMark || first.find('\0') != first.npos;
     if (hasMark) lines.Skip(kByteOrderMark.size());
-    if (isWide) return std::make_unique<IcaclsReader>(std::move(lines));
+    if (isWide) return std::make_unique<IcaclsReader>(std::move(lines), accounts);
     auto reader = std::make_unique<OwnFormReader>(std::move(lines));
     if (!reader->ReadHead(fault)) return nullptr;
     return reader;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/api/errors.h"
+#include "platform/nt/sddl_sid.h"
 #include "platform/sequential_file.h"
 #include "saved/saved_list.h"
 
@@ -41,8 +42,11 @@ class SavedFileInput : public SavedInput {
 // objects. One thread at a time.
 class SavedListReader {
   public:
-    // Recognises the form and reads the head. Null: `fault` says why. `input` must outlive the reader.
-    static std::unique_ptr<SavedListReader> Open(SavedInput& input, SavedFault& fault);
+    // Recognises the form and reads the head. Null: `fault` says why. `input` must outlive the reader. In the
+    // form of icacls the words that need a machine or domain mean `accounts`; others are faults, as all are
+    // in our own form, which has none.
+    static std::unique_ptr<SavedListReader> Open(SavedInput& input, SavedFault& fault,
+                                                 const nt::SddlAccounts& accounts = {});
 
     virtual ~SavedListReader() = default;
 

@@ -247,6 +247,42 @@ TEST_F(RestoreCommandTest, TextsOfIcaclsNeedTheFolderThatTheyStartFrom) {
     EXPECT_EQ(Lists(), lists);
 }
 
+// On Windows LA is the administrator of the machine that saved the list: nobody here, unless the user says
+// whom it means.
+TEST_F(RestoreCommandTest, WordsOfIcaclsMeanWhomTheUserSays) {
+    std::string utf16;
+    for (const char character : std::string("tree\\sub\\file\r\nD:PAI(A;;FR;;;DA)(A;;FA;;;LA)\r\n"))
+        utf16 += {character, '\0'};
+    WriteText(saved, utf16);
+    const auto restore = [&](std::vector<std::string> options) {
+        options.insert(options.begin(), {"restore", saved, "--to", folder.Path(), "--yes"});
+        return RunCli(options);
+    };
+    const struct {
+        std::vector<std::string> words;
+        const char* told;
+    } rows[] = {
+        {{}, "line 2: the list is not understood, or names an account by a word"},
+        {{"--word", "LA=Guests"}, "whom the word means is not known (--word)"},
+        {{"--word", "LA=Guests", "--word", "LA=Users"}, "LA is to mean two different accounts"},
+        {{"--word", "BA=Guests"}, "BA is no word for an account of a machine or domain"},
+        {{"--word", "LA"}, "not WORD=ACCOUNT: LA"},
+        {{"--word", "LA=nobody-there"}, "nobody-there"},
+    };
+    for (const auto& row : rows) {
+        const CommandResult refused = restore(row.words);
+        EXPECT_EQ(refused.exitCode, 2) << row.told;
+        EXPECT_THAT(refused.output, HasSubstr(row.told));
+    }
+    const CommandResult restored = restore({"--word", "LA=Guests", "--word", "DA=S-1-5-21-7-8-9-512"});
+    EXPECT_EQ(restored.exitCode, 0) << restored.output;
+    EXPECT_EQ(DaclText(top + "/sub/file"), "D:PAI(A;;FR;;;S-1-5-21-7-8-9-512)(A;;FA;;;BG)");
+    const CommandResult other =
+        RunCli({"compare", saved, folder.Path(), "--word", "LA=Guests", "--word", "DA=Users"});
+    EXPECT_EQ(other.exitCode, 1);
+    EXPECT_THAT(other.output, AllOf(HasSubstr("S-1-5-21-7-8-9-512"), HasSubstr("compared: 1, different: 1")));
+}
+
 TEST_F(RestoreCommandTest, WhoMayNotGiveAFileAwayIsTold) {
     if (geteuid() != 0) GTEST_SKIP() << "needs another user";
     ASSERT_EQ(SetDescriptorText(top + "/file", "O:S-1-22-1-7D:P(A;;FA;;;WD)"), 0U);

@@ -132,7 +132,7 @@ TEST(ModeComparison, FindsWhoIsLetInOtherwise) {
     };
     MadeUpAccounts accounts;
     for (const auto& row : rows) {
-        const auto descriptor = nt::FromSddl(row.list, nullptr);
+        const auto descriptor = nt::FromSddl(row.list);
         ASSERT_TRUE(descriptor) << row.list;
         ServedFolder served;
         served.by = row.by;
@@ -147,7 +147,7 @@ TEST(ModeComparison, AServerThatWorksAsOneUserIsThatUser) {
     ServedFolder served;
     served.by = ServedBy::kListAndHost;
     served.user = User(kCarl);
-    const auto descriptor = nt::FromSddl("D:P(A;;FR;;;WD)(A;;FA;;;S-1-22-1-1)", nullptr);
+    const auto descriptor = nt::FromSddl("D:P(A;;FR;;;WD)(A;;FA;;;S-1-22-1-1)");
     const HostPermissions permissions{0, 0, 0600, {}};
     EXPECT_EQ(TextOf(CompareWithMode(*descriptor, permissions, nt::ObjectKind::kFile, served, accounts)),
               "out S-1-22-1-3 r");

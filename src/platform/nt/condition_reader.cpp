@@ -16,7 +16,8 @@ constexpr std::size_t kMaxNesting = kMaxConditionDepth + 1;
 
 class ConditionReader {
   public:
-    ConditionReader(std::string_view condition, const Sid* domain) : text(condition), machine(domain) {}
+    ConditionReader(std::string_view condition, const SddlAccounts& meanings)
+        : text(condition), accounts(meanings) {}
 
     bool ReadWhole() {
         SkipBlanks(text);
@@ -45,7 +46,7 @@ class ConditionReader {
     void AppendCounted(std::uint8_t code, std::span<const std::uint8_t> bytes);
 
     std::string_view text;
-    const Sid* machine;
+    const SddlAccounts& accounts;
     std::vector<std::uint8_t> stored;
     std::size_t nesting = 0;
 };
@@ -229,7 +230,7 @@ bool ConditionReader::ReadSid() {
     if (!TakeIgnoringCase("SID(")) return false;
     const std::size_t end = text.find(')');
     if (end == text.npos) return false;
-    const auto sid = SidFromSddl(text.substr(0, end), machine);
+    const auto sid = SidFromSddl(text.substr(0, end), accounts);
     if (!sid) return false;
     text.remove_prefix(end + 1);
     AppendCounted(token::kSid, sid->Bytes());
@@ -238,8 +239,9 @@ bool ConditionReader::ReadSid() {
 
 }  // namespace
 
-std::optional<std::vector<std::uint8_t>> ConditionFromText(std::string_view text, const Sid* machine) {
-    ConditionReader reader(text, machine);
+std::optional<std::vector<std::uint8_t>> ConditionFromText(std::string_view text,
+                                                           const SddlAccounts& accounts) {
+    ConditionReader reader(text, accounts);
     reader.Stored().assign(kConditionSignature.begin(), kConditionSignature.end());
     if (!reader.ReadWhole()) return std::nullopt;
     std::vector<std::uint8_t> stored = std::move(reader.Stored());

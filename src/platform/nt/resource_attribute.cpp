@@ -168,7 +168,8 @@ bool AttributeWriter::WriteCounted() {
 
 class AttributeReader {
   public:
-    AttributeReader(std::string_view attribute, const Sid* domain) : text(attribute), machine(domain) {}
+    AttributeReader(std::string_view attribute, const SddlAccounts& meanings)
+        : text(attribute), accounts(meanings) {}
 
     std::optional<std::vector<std::uint8_t>> Read();
 
@@ -183,7 +184,7 @@ class AttributeReader {
     std::vector<std::uint8_t> Stored() const;
 
     std::string_view text;
-    const Sid* machine;
+    const SddlAccounts& accounts;
     ClaimType type = ClaimType::kInteger;
     std::uint32_t flags = 0;
     std::vector<std::uint8_t> name;
@@ -263,7 +264,7 @@ bool AttributeReader::ReadOctets(std::vector<std::uint8_t>& value) {
 
 bool AttributeReader::ReadSid(std::vector<std::uint8_t>& value) {
     const std::size_t size = std::min(text.find_first_of(",) \t\n\v\f\r"), text.size());
-    const auto sid = SidFromSddl(text.substr(0, size), machine);
+    const auto sid = SidFromSddl(text.substr(0, size), accounts);
     if (!sid) return false;
     text.remove_prefix(size);
     AppendU32(value, static_cast<std::uint32_t>(sid->ByteSize()));
@@ -298,8 +299,8 @@ std::optional<std::string> ResourceAttributeToText(std::span<const std::uint8_t>
 }
 
 std::optional<std::vector<std::uint8_t>> ResourceAttributeFromText(std::string_view text,
-                                                                   const Sid* machine) {
-    return AttributeReader(text, machine).Read();
+                                                                   const SddlAccounts& accounts) {
+    return AttributeReader(text, accounts).Read();
 }
 
 }  // namespace permora::nt

@@ -20,7 +20,8 @@ namespace permora::nt {
 std::optional<std::string> ResourceAttributeToText(std::span<const std::uint8_t> stored, SddlWords words);
 
 // The stored form of the whole of `text`, padded with zeros to a multiple of four; nothing when it breaks the
-// grammar. `machine` as for SidFromSddl.
-std::optional<std::vector<std::uint8_t>> ResourceAttributeFromText(std::string_view text, const Sid* machine);
+// grammar. `accounts` as for SidFromSddl.
+std::optional<std::vector<std::uint8_t>> ResourceAttributeFromText(std::string_view text,
+                                                                   const SddlAccounts& accounts = {});
 
 }  // namespace permora::nt

@@ -98,10 +98,10 @@ std::size_t FindClosingParenthesis(std::string_view text) {
 }
 
 // Removes an entry with its parentheses from `text`, which begins with one.
-bool TakeEntry(std::string_view& text, const Sid* machine, Acl& acl) {
+bool TakeEntry(std::string_view& text, const SddlAccounts& accounts, Acl& acl) {
     const std::size_t end = FindClosingParenthesis(text);
     if (end == text.npos) return false;
-    auto ace = AceFromSddl(text.substr(1, end - 1), machine);
+    auto ace = AceFromSddl(text.substr(1, end - 1), accounts);
     if (!ace) return false;
     // The revision of a list must announce its object entries.
     if (ace->object) acl.revision = Acl::kHighestRevision;
@@ -115,20 +115,20 @@ bool IsAtPart(std::string_view text) {
 }
 
 // Removes the part after "D:" or "S:" from `text`; its flags are added to `control`.
-std::optional<ListText> TakeList(std::string_view& text, std::uint16_t ListFlag::*bit, const Sid* machine,
-                                 std::uint16_t& control) {
+std::optional<ListText> TakeList(std::string_view& text, std::uint16_t ListFlag::*bit,
+                                 const SddlAccounts& accounts, std::uint16_t& control) {
     ListText list;
     while (!text.empty() && text.front() != '(' && !IsAtPart(text))
         if (!TakeListWord(text, bit, control, list)) return std::nullopt;
     while (text.starts_with('('))
-        if (list.isNull || !TakeEntry(text, machine, list.acl)) return std::nullopt;
+        if (list.isNull || !TakeEntry(text, accounts, list.acl)) return std::nullopt;
     if (list.acl.ByteSize() > Acl::kMaxBytes) return std::nullopt;
     return list;
 }
 
-bool TakeDacl(std::string_view& text, const Sid* machine, SecurityDescriptor& descriptor) {
+bool TakeDacl(std::string_view& text, const SddlAccounts& accounts, SecurityDescriptor& descriptor) {
     if (descriptor.daclState != DaclState::kAbsent) return false;
-    auto list = TakeList(text, &ListFlag::daclBit, machine, descriptor.control);
+    auto list = TakeList(text, &ListFlag::daclBit, accounts, descriptor.control);
     if (!list) return false;
     descriptor.control |= kDaclPresent;
     descriptor.daclState = list->isNull ? DaclState::kNull : DaclState::kList;
@@ -136,36 +136,37 @@ bool TakeDacl(std::string_view& text, const Sid* machine, SecurityDescriptor& de
     return true;
 }
 
-bool TakeSacl(std::string_view& text, const Sid* machine, SecurityDescriptor& descriptor) {
+bool TakeSacl(std::string_view& text, const SddlAccounts& accounts, SecurityDescriptor& descriptor) {
     if ((descriptor.control & kSaclPresent) != 0) return false;
-    const auto list = TakeList(text, &ListFlag::saclBit, machine, descriptor.control);
+    const auto list = TakeList(text, &ListFlag::saclBit, accounts, descriptor.control);
     if (!list) return false;
     descriptor.control |= kSaclPresent;
     return list->isNull || list->acl.AppendTo(descriptor.saclBytes);
 }
 
-bool TakeAccount(std::string_view& text, const Sid* machine, std::optional<Sid>& account) {
+bool TakeAccount(std::string_view& text, const SddlAccounts& accounts, std::optional<Sid>& account) {
     if (account) return false;
     // An account ends before the letter of the next part. The colon distinguishes the letter D from the last
     // digit of a hexadecimal authority.
     const std::size_t colon = text.find(':', 1);
     const std::size_t size = colon == text.npos ? text.size() : colon - 1;
-    account = SidFromSddl(text.substr(0, size), machine);
+    account = SidFromSddl(text.substr(0, size), accounts);
     text.remove_prefix(size);
     return account.has_value();
 }
 
 // Removes the part after its letter and colon from `text`.
-bool TakePart(char key, std::string_view& text, const Sid* machine, SecurityDescriptor& descriptor) {
+bool TakePart(char key, std::string_view& text, const SddlAccounts& accounts,
+              SecurityDescriptor& descriptor) {
     switch (key) {
         case 'O':
-            return TakeAccount(text, machine, descriptor.owner);
+            return TakeAccount(text, accounts, descriptor.owner);
         case 'G':
-            return TakeAccount(text, machine, descriptor.group);
+            return TakeAccount(text, accounts, descriptor.group);
         case 'D':
-            return TakeDacl(text, machine, descriptor);
+            return TakeDacl(text, accounts, descriptor);
         case 'S':
-            return TakeSacl(text, machine, descriptor);
+            return TakeSacl(text, accounts, descriptor);
         default:
             return false;
     }
@@ -189,13 +190,13 @@ std::optional<std::string> ToSddl(const SecurityDescriptor& descriptor, std::uin
     return text;
 }
 
-std::optional<SecurityDescriptor> FromSddl(std::string_view text, const Sid* machine) {
+std::optional<SecurityDescriptor> FromSddl(std::string_view text, const SddlAccounts& accounts) {
     SecurityDescriptor descriptor;
     while (!text.empty()) {
         if (!IsAtPart(text)) return std::nullopt;
         const char key = text.front();
         text.remove_prefix(2);
-        if (!TakePart(key, text, machine, descriptor)) return std::nullopt;
+        if (!TakePart(key, text, accounts, descriptor)) return std::nullopt;
     }
     return descriptor;
 }

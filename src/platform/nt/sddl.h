@@ -26,7 +26,7 @@ std::optional<std::string> ToSddl(const SecurityDescriptor& descriptor, std::uin
 // parts may come in any order, each at most once; an empty text is an empty descriptor. Letter case matters,
 // except in hexadecimal digits and the words of conditions. White space is allowed only in conditions and
 // resource attributes. Rights are abbreviations, or one number as in C: 0x1f01ff, 2032127, 07600777.
-// `machine` as for SidFromSddl.
-std::optional<SecurityDescriptor> FromSddl(std::string_view text, const Sid* machine = nullptr);
+// `accounts` as for SidFromSddl.
+std::optional<SecurityDescriptor> FromSddl(std::string_view text, const SddlAccounts& accounts = {});
 
 }  // namespace permora::nt

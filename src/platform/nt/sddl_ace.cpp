@@ -51,10 +51,10 @@ std::optional<std::string> DataToText(AceData kind, std::span<const std::uint8_t
 }
 
 std::optional<std::vector<std::uint8_t>> DataFromText(AceData kind, std::string_view text,
-                                                      const Sid* machine) {
+                                                      const SddlAccounts& accounts) {
     if (kind == AceData::kNone) return std::nullopt;
-    return kind == AceData::kAttribute ? ResourceAttributeFromText(text, machine)
-                                       : ConditionFromText(text, machine);
+    return kind == AceData::kAttribute ? ResourceAttributeFromText(text, accounts)
+                                       : ConditionFromText(text, accounts);
 }
 
 bool MayBeWithoutData(AceData kind) {
@@ -66,7 +66,7 @@ bool AppendData(AceData kind, std::span<const std::uint8_t> data, SddlWords word
     if (data.empty()) return MayBeWithoutData(kind);
     const auto field = DataToText(kind, data, words);
     if (!field) return false;
-    const auto readAgain = DataFromText(kind, *field, nullptr);
+    const auto readAgain = DataFromText(kind, *field, {});
     if (!readAgain || !std::ranges::equal(*readAgain, data)) return false;
     text += ';';
     text += *field;
@@ -134,7 +134,7 @@ bool AppendAceAsSddl(const Ace& ace, SddlWords words, std::string& text) {
     return true;
 }
 
-std::optional<Ace> AceFromSddl(std::string_view text, const Sid* machine) {
+std::optional<Ace> AceFromSddl(std::string_view text, const SddlAccounts& accounts) {
     const auto split = SplitFields(text);
     if (!split) return std::nullopt;
     const auto& [typeText, flagsText, rightsText, objectType, inheritedObjectType, sidText] = split->fields;
@@ -146,14 +146,14 @@ std::optional<Ace> AceFromSddl(std::string_view text, const Sid* machine) {
     static constexpr std::span<const Abbreviation> kFlagTables[] = {kFlags};
     const auto flags = BitsFromText(flagsText, kFlagTables);
     const auto mask = RightsFromText(rightsText, ace.type);
-    const auto sid = SidFromSddl(sidText, machine);
+    const auto sid = SidFromSddl(sidText, accounts);
     if (!flags || !mask || !sid || !ReadObjectFields(objectType, inheritedObjectType, ace))
         return std::nullopt;
     ace.flags = static_cast<std::uint8_t>(*flags);
     ace.mask = *mask;
     ace.sid = sid;
     if (!split->data) return MayBeWithoutData(word->data) ? std::optional(std::move(ace)) : std::nullopt;
-    auto data = DataFromText(word->data, *split->data, machine);
+    auto data = DataFromText(word->data, *split->data, accounts);
     if (!data) return std::nullopt;
     ace.tail = std::move(*data);
     return ace;

@@ -15,7 +15,7 @@ namespace permora::nt {
 // entry.
 [[nodiscard]] bool AppendAceAsSddl(const Ace& ace, SddlWords words, std::string& text);
 
-// The entry whose fields are `text`; nothing when they break the grammar. `machine` as for SidFromSddl.
-std::optional<Ace> AceFromSddl(std::string_view text, const Sid* machine);
+// The entry whose fields are `text`; nothing when they break the grammar. `accounts` as for SidFromSddl.
+std::optional<Ace> AceFromSddl(std::string_view text, const SddlAccounts& accounts);
 
 }  // namespace permora::nt

@@ -60,7 +60,7 @@ TEST(ConditionalExpression, MeansTheBytesThatTheSystemStores) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         const auto stored = Stored(row.tokens);
-        EXPECT_EQ(ConditionFromText(row.text, nullptr), stored);
+        EXPECT_EQ(ConditionFromText(row.text), stored);
         EXPECT_EQ(TextOf(stored), row.text);
     }
 }
@@ -90,15 +90,15 @@ TEST(ConditionalExpression, WritesWhatItReadsInTheSystemsForm) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.read);
-        const auto stored = ConditionFromText(row.read, nullptr);
+        const auto stored = ConditionFromText(row.read);
         ASSERT_TRUE(stored);
         EXPECT_EQ(TextOf(*stored), row.written);
-        EXPECT_EQ(ConditionFromText(row.written, nullptr), stored);
+        EXPECT_EQ(ConditionFromText(row.written), stored);
     }
     const Sid machine(5, {21, 7, 8, 9});
-    EXPECT_EQ(TextOf(*ConditionFromText("(Member_of SID(LA))", &machine)),
+    EXPECT_EQ(TextOf(*ConditionFromText("(Member_of SID(LA))", SddlAccounts(machine))),
               "(Member_of SID(S-1-5-21-7-8-9-500))");
-    EXPECT_EQ(ConditionToText(*ConditionFromText("(Member_of SID(BA))", nullptr), SddlWords::kNumbers),
+    EXPECT_EQ(ConditionToText(*ConditionFromText("(Member_of SID(BA))"), SddlWords::kNumbers),
               "(Member_of SID(S-1-5-32-544))");
 }
 
@@ -169,8 +169,8 @@ TEST(ConditionalExpression, RefusesWhatBreaksTheGrammar) {
         "(a == \"\xFF\")",
     };
     for (const char* text : kTexts)
-        EXPECT_FALSE(ConditionFromText(text, nullptr)) << text;
-    EXPECT_FALSE(ConditionFromText(std::string_view("(a == \"\0\")", 10), nullptr));
+        EXPECT_FALSE(ConditionFromText(text)) << text;
+    EXPECT_FALSE(ConditionFromText(std::string_view("(a == \"\0\")", 10)));
 }
 
 TEST(ConditionalExpression, RefusesMalformedBytes) {
@@ -234,15 +234,15 @@ TEST(ConditionalExpression, RefusesWhatIsTooDeep) {
         std::string text = "(a";
         for (std::size_t i = 0; i < operators; ++i)
             text += what;
-        return ConditionFromText(text + ')', nullptr);
+        return ConditionFromText(text + ')');
     };
     const auto deepest = chain(kMaxConditionDepth, "&&a");
     ASSERT_TRUE(deepest);
-    EXPECT_EQ(ConditionFromText(*TextOf(*deepest), nullptr), deepest);
+    EXPECT_EQ(ConditionFromText(*TextOf(*deepest)), deepest);
     EXPECT_FALSE(chain(kMaxConditionDepth + 1, "&&a"));
 
-    EXPECT_FALSE(ConditionFromText(std::string(1'000'000, '('), nullptr));
-    EXPECT_FALSE(ConditionFromText("(a == " + std::string(1'000'000, '('), nullptr));
+    EXPECT_FALSE(ConditionFromText(std::string(1'000'000, '(')));
+    EXPECT_FALSE(ConditionFromText("(a == " + std::string(1'000'000, '(')));
 }
 
 }  // namespace

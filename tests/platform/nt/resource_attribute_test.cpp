@@ -40,7 +40,7 @@ TEST(ResourceAttribute, MeansTheBytesThatTheSystemStores) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
-        EXPECT_EQ(ResourceAttributeFromText(row.text, nullptr), Hex(row.stored));
+        EXPECT_EQ(ResourceAttributeFromText(row.text), Hex(row.stored));
         EXPECT_EQ(AttributeText(Hex(row.stored)), row.text);
     }
 }
@@ -58,10 +58,10 @@ TEST(ResourceAttribute, WritesWhatItReadsInTheSystemsForm) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.read);
-        const auto stored = ResourceAttributeFromText(row.read, nullptr);
+        const auto stored = ResourceAttributeFromText(row.read);
         ASSERT_TRUE(stored);
         EXPECT_EQ(AttributeText(*stored), row.written);
-        EXPECT_EQ(ResourceAttributeFromText(row.written, nullptr), stored);
+        EXPECT_EQ(ResourceAttributeFromText(row.written), stored);
     }
 }
 
@@ -101,7 +101,7 @@ TEST(ResourceAttribute, RefusesWhatBreaksTheGrammar) {
         R"(("a",TD,0x0,LA))",
     };
     for (const char* text : kTexts)
-        EXPECT_FALSE(ResourceAttributeFromText(text, nullptr)) << text;
+        EXPECT_FALSE(ResourceAttributeFromText(text)) << text;
 }
 
 TEST(ResourceAttribute, RefusesMalformedBytes) {

@@ -188,16 +188,16 @@ TEST(Sddl, RefusesToDropWhatTextCannotHold) {
 }
 
 TEST(Sddl, AccountsBelowTheMachineNeedTheMachine) {
-    const Sid machine(5, {21, 7, 8, 9});
-    EXPECT_EQ(SidFromSddl("LA", &machine), Sid(5, {21, 7, 8, 9, 500}));
-    EXPECT_EQ(SidFromSddl("RS", &machine), Sid(5, {21, 7, 8, 9, 553}));
+    const SddlAccounts machine(Sid(5, {21, 7, 8, 9}));
+    EXPECT_EQ(SidFromSddl("LA", machine), Sid(5, {21, 7, 8, 9, 500}));
+    EXPECT_EQ(SidFromSddl("RS", machine), Sid(5, {21, 7, 8, 9, 553}));
     EXPECT_FALSE(SidFromSddl("LA"));
     EXPECT_EQ(SidFromSddl("SY"), Sid(5, {18}));
-    EXPECT_EQ(SidFromSddl("S-1-5-18", &machine), Sid(5, {18}));
-    EXPECT_FALSE(SidFromSddl("", &machine));
-    EXPECT_FALSE(SidFromSddl("SYSTEM", &machine));
+    EXPECT_EQ(SidFromSddl("S-1-5-18", machine), Sid(5, {18}));
+    EXPECT_FALSE(SidFromSddl("", machine));
+    EXPECT_FALSE(SidFromSddl("SYSTEM", machine));
 
-    const auto descriptor = FromSddl("O:LAD:(A;;FA;;;DU)", &machine);
+    const auto descriptor = FromSddl("O:LAD:(A;;FA;;;DU)", machine);
     ASSERT_TRUE(descriptor);
     EXPECT_EQ(ToSddl(*descriptor, kEveryPart), "O:S-1-5-21-7-8-9-500D:(A;;FA;;;S-1-5-21-7-8-9-513)");
     EXPECT_FALSE(FromSddl("O:LA"));

@@ -24,11 +24,16 @@ void* LocalCopy(const void* bytes, std::size_t size) {
     return copy;
 }
 
+permora::nt::SddlAccounts OwnAccounts() {
+    const permora::nt::Sid* machine = permora::host::MachineSid();
+    return machine != nullptr ? permora::nt::SddlAccounts(*machine) : permora::nt::SddlAccounts();
+}
+
 }  // namespace
 
 BOOL WINAPI ConvertStringSidToSidA(LPCSTR text, PSID* sid) {
     if (text == nullptr || sid == nullptr) return Fail(ERROR_INVALID_PARAMETER);
-    const auto value = permora::nt::SidFromSddl(text, permora::host::MachineSid());
+    const auto value = permora::nt::SidFromSddl(text, OwnAccounts());
     if (!value) return Fail(ERROR_INVALID_SID);
     const auto bytes = value->Bytes();
     void* copy = LocalCopy(bytes.data(), bytes.size());
@@ -61,7 +66,7 @@ BOOL WINAPI ConvertStringSecurityDescriptorToSecurityDescriptorA(LPCSTR text, DW
                                                                  PULONG size) {
     if (text == nullptr || descriptor == nullptr) return Fail(ERROR_INVALID_PARAMETER);
     if (revision != SDDL_REVISION_1) return Fail(ERROR_UNKNOWN_REVISION);
-    const auto value = permora::nt::FromSddl(text, permora::host::MachineSid());
+    const auto value = permora::nt::FromSddl(text, OwnAccounts());
     if (!value) return Fail(ERROR_INVALID_PARAMETER);
     std::vector<BYTE> bytes;
     if (!value->AppendTo(bytes)) return Fail(ERROR_INVALID_ACL);

@@ -67,7 +67,7 @@ DWORD ReadSambaDescriptor(const std::string& share, std::vector<std::uint8_t>& d
     if (error != ERROR_SUCCESS) return error;
     if (answer.ends_with('\n')) answer.pop_back();
     const std::optional<nt::Sid>& machine = ThisMachine().sid;
-    const auto value = nt::FromSddl(answer, machine ? &*machine : nullptr);
+    const auto value = nt::FromSddl(answer, machine ? nt::SddlAccounts(*machine) : nt::SddlAccounts());
     std::vector<std::uint8_t> bytes;
     if (!value || !value->AppendTo(bytes)) return ERROR_INVALID_SECURITY_DESCR;
     descriptor = std::move(bytes);
