@@ -46,6 +46,8 @@ class ReplaceEdit : public AccountEdit {
     // The exchange is borrowed.
     ReplaceEdit(nt::AccountExchange& accountExchange, Manner how) : exchange(accountExchange), manner(how) {}
 
+    bool EditsSystemLists() const override { return manner != Manner::kCopy; }
+
   private:
     EditFault Transform(nt::SecurityDescriptor& descriptor, std::vector<Entries>& become) override;
 

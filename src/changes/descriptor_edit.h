@@ -62,6 +62,8 @@ class DescriptorEdit {
   public:
     virtual ~DescriptorEdit() = default;
     virtual EditedSecurity Edit(const ObjectToEdit& object) = 0;
+    // Whether it is about system access lists, too.
+    virtual bool EditsSystemLists() const { return false; }
     // Whether objects that are alike in everything else may become different by their paths.
     virtual bool DependsOnPath() const { return false; }
     // The walk passes this over. Whether that is a failure, since the edit may be about any of it. What is

@@ -128,13 +128,13 @@ void SetLists(const Attempt& folder, const nt::SecurityDescriptor& before,
 
 // What is kept of the object, and the descriptor that this means. ERROR_REVISION_MISMATCH when another
 // program keeps changing it.
-DWORD ReadBoth(const HeldObject& object, SECURITY_INFORMATION parts, StoredSecurity& stored,
-               nt::SecurityDescriptor& descriptor) {
-    DWORD error = object.ReadStored(stored);
+DWORD ReadBoth(const HeldObject& object, SECURITY_INFORMATION parts, SystemList systemList,
+               StoredSecurity& stored, nt::SecurityDescriptor& descriptor) {
+    DWORD error = object.ReadStored(stored, DamagedBytes::kRefused, systemList);
     for (int attempt = 0; error == ERROR_SUCCESS && attempt < kMostAttempts; ++attempt) {
         StoredSecurity now;
         error = ReadDescriptor(object, parts, descriptor);
-        if (error == ERROR_SUCCESS) error = object.ReadStored(now);
+        if (error == ERROR_SUCCESS) error = object.ReadStored(now, DamagedBytes::kRefused, systemList);
         if (error == ERROR_SUCCESS && now == stored) return ERROR_SUCCESS;
         stored = std::move(now);
     }
@@ -162,6 +162,10 @@ DWORD TreeEditing::Prepare() {
         folders.SetAboveTop(std::make_shared<FolderLists>(ListsOfFolder(list.value_or(nt::Acl()))));
     }
     parts = ReadableParts(work.top);
+    if (!work.edit.EditsSystemLists())
+        parts &= work.top.PartsAtOnce();
+    else if ((parts & SACL_SECURITY_INFORMATION) == 0)
+        work.host.Remark("", EditRemark::kSystemListsStay);
     if (IsDryRun()) return ERROR_SUCCESS;
     ChangedTop changed;
     DWORD error = work.top.TakeTurn();
@@ -311,16 +315,22 @@ DWORD TreeEditing::Try(Attempt attempt) {
 // Whether the object is to be changed; else it was counted.
 bool TreeEditing::MakeChange(Attempt& attempt, const HeldObject& object, DescriptorChange& change) {
     nt::SecurityDescriptor present;
-    DWORD error = ReadBoth(object, parts, change.before, present);
+    DWORD error = ReadBoth(object, parts, SystemList::kLeftOut, change.before, present);
     if (error != ERROR_SUCCESS) return Fail(attempt.path, NotEdited::kError, error);
     attempt.hasContents = object.Kind() != FolderEntryKind::kOther;
-    const EditedSecurity edited = Judge(attempt, present);
+    EditedSecurity edited = Judge(attempt, present);
+    // Its undo takes a privilege on other servers, so what is kept has it only where it changes.
+    if (!HasSameSystemList(edited.wanted, present)) {
+        error = ReadBoth(object, parts, SystemList::kIncluded, change.before, present);
+        if (error != ERROR_SUCCESS) return Fail(attempt.path, NotEdited::kError, error);
+        edited = Judge(attempt, present);
+    }
     if (attempt.own) SetLists(attempt, present, edited.wanted);
     if (edited.fault != EditFault::kNone) return Fail(attempt.path, NotEditedBy(edited.fault));
     attempt.remarks = {!LetsNobodyIn(present) && LetsNobodyIn(edited.wanted), edited.inheritedStay,
                        edited.otherTypesStay};
     bool isSo = edited.wanted == present;
-    if (!isSo || edited.rulesOwner) error = object.PrepareStored(edited.wanted, change.after);
+    if (!isSo || edited.rulesOwner) error = object.PrepareStored(change.before, edited.wanted, change.after);
     // Where nothing can be kept, nothing need be.
     if (isSo && edited.rulesOwner && error != ERROR_NOT_SUPPORTED)
         isSo = error == ERROR_SUCCESS && change.before.hostOwner == change.after.hostOwner;

@@ -44,6 +44,8 @@ enum class EditRemark : std::uint8_t {
     kLetsNobodyIn,    // since this edit: LetsNobodyIn
     kInheritedStay,   // EditedSecurity::inheritedStay
     kOtherTypesStay,  // EditedSecurity::otherTypesStay
+    // Of the top, before anything is changed: the edit is about system access lists, which cannot be read.
+    kSystemListsStay,
 };
 
 // All paths are below the top, with backslashes between the names; empty: the top itself. Texts live for the

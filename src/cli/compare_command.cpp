@@ -2,14 +2,17 @@
 #include <algorithm>
 #include <optional>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "cli/commands.h"
 #include "cli/difference_output.h"
 #include "cli/interrupts.h"
 #include "cli/object_command.h"
+#include "cli/saved_parts.h"
 #include "cli/word_option.h"
 #include "platform/api/errors.h"
+#include "platform/security_change.h"
 #include "saved/saved_list_reader.h"
 #include "saved/saved_path.h"
 #include "saved/tree_comparison.h"
@@ -65,11 +68,13 @@ class CompareCommand : public ObjectCommand {
     bool CompareText(const Target& was, const Target& now, const HeldObject& tree);
     bool TakeOurs(SavedListReader& reader, std::size_t top, TreeComparison& comparison);
     bool TakeSorted(SavedListReader& reader, TreeComparison& comparison);
-    bool CompareTrees(const HeldObject& was, const Target& now, const HeldObject& tree);
+    bool CompareTrees(const Target& was, const HeldObject& wasTop, const Target& now,
+                      const HeldObject& nowTop);
     bool SayFault(const SavedFault& fault);
-    DifferenceOutput MakeOutput(const Target& now) {
+    void SayHidden(const Target& tree);
+    DifferenceOutput MakeOutput(const Target& now, SECURITY_INFORMATION parts) {
         return {json ? DifferenceForm::kJson : DifferenceForm::kText,
-                quiet ? Progress::kQuiet : Progress::kShown, now, messages};
+                quiet ? Progress::kQuiet : Progress::kShown, now, parts, messages};
     }
 
     WordOption words{*this};
@@ -94,14 +99,19 @@ ExitCode CompareCommand::Begin(const std::vector<Target>& targets) {
     if (!FindTarget(targets[1], now, messages)) return ExitCode::kUsage;
     WatchForInterrupts();
     messages.SetSubject(targets[0].argument);
-    const bool isCompared =
-        was.IsFolder() ? CompareTrees(was, targets[1], now) : CompareText(targets[0], targets[1], now);
+    const bool isCompared = was.IsFolder() ? CompareTrees(targets[0], was, targets[1], now)
+                                           : CompareText(targets[0], targets[1], now);
     return isCompared ? ExitCode::kDone : ExitCode::kUsage;
 }
 
 bool CompareCommand::SayFault(const SavedFault& fault) {
     messages.Say((fault.line == 0 ? "" : "line " + std::to_string(fault.line) + ": ") + fault.reason);
     return false;
+}
+
+void CompareCommand::SayHidden(const Target& tree) {
+    messages.SetSubject(tree.argument);
+    SaySystemListsHidden("they are not compared", messages);
 }
 
 // Reads the text to its end: nothing is said about the tree by a text that is not whole.
@@ -145,8 +155,11 @@ bool CompareCommand::CompareText(const Target& was, const Target& now, const Hel
     if (!reader) return SayFault(fault);
     if (!text.isComplete) messages.Say("something could not be read when it was saved");
 
-    DifferenceOutput output = MakeOutput(now);
-    TreeComparison comparison(tree, text.head.parts, output);
+    SECURITY_INFORMATION parts = text.head.parts;
+    if (SystemListFor(parts) == SystemList::kIncluded) parts &= ReadableParts(tree);
+    DifferenceOutput output = MakeOutput(now, parts);
+    if (parts != text.head.parts) SayHidden(now);
+    TreeComparison comparison(text.head.parts, tree, parts, output);
     const bool isOurs = text.head.form == SavedForm::kPermora;
     if (!isOurs && !messages.Check({comparison.BeginBelowTop()})) return false;
     const bool isRead = isOurs ? TakeOurs(*reader, *top, comparison) : TakeSorted(*reader, comparison);
@@ -186,12 +199,18 @@ bool CompareCommand::TakeSorted(SavedListReader& reader, TreeComparison& compari
                        [&](const SavedObject& each) { return comparison.Take(AsRead(each)); });
 }
 
-bool CompareCommand::CompareTrees(const HeldObject& was, const Target& now, const HeldObject& tree) {
-    const SECURITY_INFORMATION parts = ReadableParts(was) & ReadableParts(tree);
-    DifferenceOutput output = MakeOutput(now);
-    TreeComparison comparison(tree, parts, output);
+bool CompareCommand::CompareTrees(const Target& was, const HeldObject& wasTop, const Target& now,
+                                  const HeldObject& nowTop) {
+    SECURITY_INFORMATION parts = kDescriptorParts;
+    for (const auto& [target, top] : {std::pair(&was, &wasTop), std::pair(&now, &nowTop)}) {
+        const SECURITY_INFORMATION readable = ReadableParts(*top);
+        if (readable != kDescriptorParts) SayHidden(*target);
+        parts &= readable;
+    }
+    DifferenceOutput output = MakeOutput(now, parts);
+    TreeComparison comparison(parts, nowTop, parts, output);
     TakenTree taken(comparison);
-    const bool isRead = ReadTree(was, parts, taken) == ERROR_SUCCESS && comparison.End();
+    const bool isRead = ReadTree(wasTop, parts, taken) == ERROR_SUCCESS && comparison.End();
     output.End();
     if (IsInterrupted()) SayInterrupted(messages, "the rest was not compared");
     areAlike = isRead && output.Differences() == 0;

@@ -5,6 +5,7 @@
 
 #include "cli/interrupts.h"
 #include "cli/listing.h"
+#include "cli/saved_parts.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "platform/api/errors.h"
@@ -155,7 +156,8 @@ void DifferenceOutput::PrintJson(const TreeDifference& difference, const std::st
 void DifferenceOutput::End() {
     line.Clear();
     if (form == DifferenceForm::kJson)
-        array.End({{"summary", {{"compared", objects}, {"different", differences}}}});
+        array.End(
+            {{"parts", PartsJson(parts)}, {"summary", {{"compared", objects}, {"different", differences}}}});
     else
         Print("compared: " + std::to_string(objects) + ", different: " + std::to_string(differences) + '\n');
 }

@@ -22,10 +22,10 @@ enum class DifferenceForm { kText, kJson };
 // Prints each difference as it comes: on standard output, what could not be read on standard error too.
 class DifferenceOutput : public ComparisonObserver {
   public:
-    // `compared` is the tree as it is, below which the paths are.
+    // `compared` is the tree as it is, below which the paths are; `comparedParts` of its descriptors.
     DifferenceOutput(DifferenceForm outputForm, Progress mode, const Target& compared,
-                     ConsoleMessages& console)
-        : form(outputForm), target(compared), messages(console), line(mode) {}
+                     SECURITY_INFORMATION comparedParts, ConsoleMessages& console)
+        : form(outputForm), target(compared), parts(comparedParts), messages(console), line(mode) {}
 
     bool Begin(std::string_view path) override;
     void Differ(const TreeDifference& difference) override;
@@ -39,6 +39,7 @@ class DifferenceOutput : public ComparisonObserver {
 
     const DifferenceForm form;
     const Target& target;
+    const SECURITY_INFORMATION parts;
     ConsoleMessages& messages;
     ProgressLine line;
     JsonPrinter array{"compare"};

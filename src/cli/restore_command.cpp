@@ -12,6 +12,7 @@
 #include "cli/interrupts.h"
 #include "cli/map_options.h"
 #include "cli/recording.h"
+#include "cli/saved_parts.h"
 #include "cli/terminal_text.h"
 #include "cli/tree_progress.h"
 #include "cli/word_option.h"
@@ -54,6 +55,7 @@ class RestoreCommand : public Command, private RestoreHost {
     std::string Contents() const;
 
     bool FindTop(const SavedTop& saved, RestoredTop& top) override;
+    void LeaveSystemLists() override;
     bool Begin(const std::string& path) override;
     void Change(const std::string& path) override;
     void Fail(const std::string& path, RestoreFault fault, DWORD error) override;
@@ -232,6 +234,11 @@ bool RestoreCommand::FindTop(const SavedTop& /*saved*/, RestoredTop& top) {
     if (found.object.IsFolder() && !messages.Check({OpenFolder(target.object, found.folder)})) return false;
     top = std::move(found);
     return true;
+}
+
+void RestoreCommand::LeaveSystemLists() {
+    SaySystemListsHidden(
+        "objects that had one when they were saved fail, others keep those that they may have", messages);
 }
 
 bool RestoreCommand::Begin(const std::string& path) {

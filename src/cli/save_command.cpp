@@ -9,12 +9,14 @@
 #include "cli/interrupts.h"
 #include "cli/json_output.h"
 #include "cli/object_command.h"
+#include "cli/saved_parts.h"
 #include "cli/terminal_output.h"
 #include "cli/terminal_text.h"
 #include "cli/text_target.h"
 #include "cli/tree_progress.h"
 #include "platform/api/errors.h"
 #include "platform/api/files.h"
+#include "platform/security_change.h"
 #include "platform/terminal.h"
 #include "saved/tree_saving.h"
 #include "saved/utc_time.h"
@@ -100,7 +102,8 @@ class SaveCommand : public ObjectCommand {
     bool Do(const Target& target) override;
     bool End() override;
     void PrintSaved(bool isWritten);
-    DWORD BeginText(const HeldObject& top);
+    void ChooseParts(const std::vector<Target>& targets);
+    DWORD BeginText();
     bool FinishText();
     bool AreInOneFolder(const std::vector<Target>& targets);
     bool Fail(DWORD error);
@@ -156,8 +159,27 @@ ExitCode SaveCommand::Begin(const std::vector<Target>& targets) {
     writer = SavedListWriter::Make(format.form, *text);
     WatchForInterrupts();
     OutliveReaders();
+    ChooseParts(targets);
     progress.emplace(quiet ? Progress::kQuiet : Progress::kShown, messages);
     return ExitCode::kDone;
+}
+
+// The text holds the same parts of all objects. What cannot be found is told when its turn comes.
+void SaveCommand::ChooseParts(const std::vector<Target>& targets) {
+    if (format.form == SavedForm::kIcacls) {
+        parts = DACL_SECURITY_INFORMATION;
+        return;
+    }
+    parts = kDescriptorParts;
+    for (const Target& target : targets) {
+        HeldObject top;
+        if (!FindItem(target.object, top).IsDone()) continue;
+        const SECURITY_INFORMATION readable = ReadableParts(top);
+        if (readable == kDescriptorParts) continue;
+        parts &= readable;
+        messages.SetSubject(target.argument);
+        SaySystemListsHidden("they are not saved", messages);
+    }
 }
 
 bool SaveCommand::Fail(DWORD error) {
@@ -169,9 +191,7 @@ bool SaveCommand::Fail(DWORD error) {
     return false;
 }
 
-DWORD SaveCommand::BeginText(const HeldObject& top) {
-    parts = format.form == SavedForm::kIcacls ? SECURITY_INFORMATION{DACL_SECURITY_INFORMATION}
-                                              : ReadableParts(top);
+DWORD SaveCommand::BeginText() {
     hasBegun = true;
     return writer->Begin({format.form, UtcTimeText(), parts});
 }
@@ -189,7 +209,7 @@ bool SaveCommand::Do(const Target& target) {
     // text holds that.
     ChangedTop place;
     if (top.FindTop(place) == ERROR_SUCCESS) saved.path = place.path;
-    DWORD error = hasBegun ? DWORD{ERROR_SUCCESS} : BeginText(top);
+    DWORD error = hasBegun ? DWORD{ERROR_SUCCESS} : BeginText();
     if (error == ERROR_SUCCESS) error = writer->BeginTop(saved);
     progress->SetTarget(target);
     const std::size_t before = progress->Count();
@@ -213,6 +233,7 @@ void SaveCommand::PrintSaved(bool isWritten) {
               {{"file", outputName},
                {"written", isWritten},
                {"complete", isComplete},
+               {"parts", PartsJson(parts)},
                {"summary", {{"saved", isWritten ? progress->Count() : 0}}}});
 }
 

@@ -55,6 +55,9 @@ const char* RemarkText(EditRemark remark, ChangeMode mode) {
         case EditRemark::kOtherTypesStay:
             return "entries for the account stay, since they are of other types than allow and deny "
                    "(--drop-other-entries removes them)";
+        case EditRemark::kSystemListsStay:
+            return "system access lists (audits) cannot be read without a privilege: they stay, also where "
+                   "the account stands in them";
     }
     return "";
 }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/api/errors.h"
+#include "platform/stored_security.h"
 #include "platform/volume_loss.h"
 #include "shares/share_security.h"
 
@@ -85,7 +86,8 @@ void UndoneTop::Find(FoundRecord& record, DamagedBytes damaged, Way& way) const 
     record.isFound = record.error == ERROR_SUCCESS;
     if (!record.isFound) return;
     record.error = isShare ? ReadStoredShare(top.path, record.now)
-                           : (record.object ? *record.object : object).ReadStored(record.now, damaged);
+                           : (record.object ? *record.object : object)
+                                 .ReadStored(record.now, damaged, SystemListIn(record.record.change.after));
 }
 
 void UndoneTop::Find(FoundRecord& record, DamagedBytes damaged) {

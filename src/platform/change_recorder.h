@@ -33,6 +33,10 @@ struct StoredSecurity {
     bool operator==(const StoredSecurity&) const = default;
 };
 
+// Whether the system access list is among what is read where it is handed out apart from the rest and takes a
+// right of its own: on other servers. Everywhere else it is kept with the rest, and comes with it.
+enum class SystemList : std::uint8_t { kLeftOut, kIncluded };
+
 // The object on which a change begins: the one that the user has named.
 struct ChangedTop {
     // Absolute, as files.h takes it; the name of a share. Empty when no path leads to the object, which

@@ -106,8 +106,12 @@ class HeldObject {
     // GetVolumeInformationA.
     DWORD AskAccessControl(bool& isSupported) const;
 
+    // The parts that are read together, at the price of one: all, but on a server not the system access list.
+    [[nodiscard]] SECURITY_INFORMATION PartsAtOnce() const;
+
     // The parts asked for in one self-relative block. An object without a stored descriptor has one made from
-    // its owner, group and mode. ERROR_INVALID_SECURITY_DESCR for a damaged one.
+    // its owner, group and mode. ERROR_INVALID_SECURITY_DESCR for a damaged one, ERROR_PRIVILEGE_NOT_HELD
+    // for a system access list that a server gives to others only.
     DWORD ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const;
 
     // The same of the folder that holds the object and hands entries down to it. Nothing in `parts` for the
@@ -115,13 +119,16 @@ class HeldObject {
     DWORD ReadAbove(SECURITY_INFORMATION information, ReadParts& parts) const;
 
     // The security of the object exactly as it is kept. ERROR_INVALID_SECURITY_DESCR for a damaged one,
-    // unless it is taken.
-    DWORD ReadStored(StoredSecurity& stored, DamagedBytes damaged = DamagedBytes::kRefused) const;
-    // What the object keeps when it gets this descriptor as it is, with nothing inherited anew: for
-    // WriteStored. Where the host has owners of its own, a new owner who is one of its users gets the object
-    // there as well: ERROR_ACCESS_DENIED for another's object without the right to give it away.
-    // ERROR_NOT_SUPPORTED when it cannot have one, ERROR_INVALID_ACL when a list is too large for any.
-    DWORD PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const;
+    // unless it is taken; ERROR_PRIVILEGE_NOT_HELD as above.
+    DWORD ReadStored(StoredSecurity& stored, DamagedBytes damaged = DamagedBytes::kRefused,
+                     SystemList systemList = SystemList::kLeftOut) const;
+    // What the object, which has `before`, keeps when it gets this descriptor as it is, with nothing
+    // inherited anew: for WriteStored. A system access list that `before` leaves out stays as it is. Where
+    // the host has owners of its own, a new owner who is one of its users gets the object there as well:
+    // ERROR_ACCESS_DENIED for another's object without the right to give it away. ERROR_NOT_SUPPORTED when it
+    // cannot have one, ERROR_INVALID_ACL when a list is too large for any.
+    DWORD PrepareStored(const StoredSecurity& before, const nt::SecurityDescriptor& descriptor,
+                        StoredSecurity& wanted) const;
 
     // Where the list that ReadSecurity gives is kept, also when it is damaged.
     DWORD FindListPlace(ListPlace& place) const;
@@ -171,6 +178,7 @@ class HeldObject {
     // Puts back what was kept at another time, byte for byte, and nothing below the object: removes what is
     // kept when nothing was, and gives the object back to its owner on the host.
     // ERROR_REVISION_MISMATCH, and nothing is written, when the object no longer has `expected`.
+    // The system access list is replaced where both include it, and stays where neither does.
     // ERROR_NOT_SUPPORTED when this volume or this process keeps descriptors elsewhere than `wanted` was
     // kept, ERROR_INVALID_SECURITY_DESCR when `wanted`, or what the object has, is damaged and that is not
     // taken. Nobody is told: who calls this has

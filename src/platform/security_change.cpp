@@ -149,7 +149,7 @@ std::optional<nt::SecurityDescriptor> DescriptorOf(const ReadParts& parts) {
 DWORD ReadDescriptor(const HeldObject& object, SECURITY_INFORMATION needed,
                      nt::SecurityDescriptor& descriptor) {
     ReadParts read;
-    DWORD error = object.ReadSecurity(kDescriptorParts, read);
+    DWORD error = object.ReadSecurity(kUsualParts | needed | object.PartsAtOnce(), read);
     if (error != ERROR_SUCCESS && (needed & SACL_SECURITY_INFORMATION) == 0)
         error = object.ReadSecurity(kUsualParts, read);
     if (error != ERROR_SUCCESS) return error;
@@ -191,6 +191,11 @@ bool HasSameList(nt::SecurityDescriptor one, nt::SecurityDescriptor other) {
     std::vector<std::uint8_t> bytes;
     std::vector<std::uint8_t> otherBytes;
     return one.AppendTo(bytes) && other.AppendTo(otherBytes) && bytes == otherBytes;
+}
+
+bool HasSameSystemList(const nt::SecurityDescriptor& one, const nt::SecurityDescriptor& other) {
+    constexpr unsigned kInheritance = SE_SACL_AUTO_INHERITED | SE_SACL_PROTECTED;
+    return one.saclBytes == other.saclBytes && ((one.control ^ other.control) & kInheritance) == 0;
 }
 
 }  // namespace permora

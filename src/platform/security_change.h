@@ -64,11 +64,16 @@ inline constexpr SECURITY_INFORMATION kUsualParts =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 inline constexpr SECURITY_INFORMATION kDescriptorParts = kUsualParts | SACL_SECURITY_INFORMATION;
 
+inline SystemList SystemListFor(SECURITY_INFORMATION parts) {
+    return (parts & SACL_SECURITY_INFORMATION) != 0 ? SystemList::kIncluded : SystemList::kLeftOut;
+}
+
 // The parts that were read, as a value. Nothing when there are none, or no valid ones.
 std::optional<nt::SecurityDescriptor> DescriptorOf(const ReadParts& parts);
 
 // The whole descriptor of an object; without the system's list where only a privilege would let us read it,
-// and it is none of the `needed` parts. ERROR_INVALID_SECURITY_DESCR for a damaged one.
+// or it would have to be read apart, and it is none of the `needed` parts. ERROR_INVALID_SECURITY_DESCR for a
+// damaged one.
 DWORD ReadDescriptor(const HeldObject& object, SECURITY_INFORMATION needed,
                      nt::SecurityDescriptor& descriptor);
 // Replaces the named parts by those of `from`, and the flags of the control word that belong to them.
@@ -79,5 +84,7 @@ void ReduceToParts(nt::SecurityDescriptor& descriptor, SECURITY_INFORMATION part
 
 // Whether both say the same about access, protection included.
 bool HasSameList(nt::SecurityDescriptor one, nt::SecurityDescriptor other);
+// Whether both say the same about auditing and the inheritance of that.
+bool HasSameSystemList(const nt::SecurityDescriptor& one, const nt::SecurityDescriptor& other);
 
 }  // namespace permora

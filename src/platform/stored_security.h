@@ -13,4 +13,7 @@ namespace permora {
 // is replaced only on success.
 DWORD DescriptorIn(const StoredSecurity& stored, std::optional<nt::SecurityDescriptor>& descriptor);
 
+// Whether a system access list belongs to what is kept, even if there is none.
+SystemList SystemListIn(const StoredSecurity& stored);
+
 }  // namespace permora

@@ -15,6 +15,7 @@
 #include "platform/volume_loss.h"
 #include "saved/name_case.h"
 #include "saved/saved_folders.h"
+#include "saved/tree_saving.h"
 
 namespace permora {
 namespace {
@@ -72,7 +73,7 @@ class TopRestore {
     };
     // `topNumber` is that of the saved top, from 0.
     TopRestore(const Work& toDo, std::size_t topNumber)
-        : work(toDo), number(topNumber), folders(WhenComplete()) {}
+        : work(toDo), parts(toDo.parts), number(topNumber), folders(WhenComplete()) {}
 
     // Where the objects are now. Without this they are all missing.
     void Enter(RestoredTop found);
@@ -106,6 +107,7 @@ class TopRestore {
     bool IsDryRun() const { return work.options.mode == RestoreMode::kDryRun; }
 
     Work work;
+    SECURITY_INFORMATION parts;  // those of `work` that can be read
     const std::size_t number;
     SavedFolders folders;
     std::optional<RestoredTop> top;
@@ -175,6 +177,8 @@ void TopRestore::Enter(RestoredTop found) {
     }
     found.object.ExpectManyBelow();
     top = std::move(found);
+    if (SystemListFor(parts) == SystemList::kIncluded) parts &= ReadableParts(top->object);
+    if (parts != work.parts) work.host.LeaveSystemLists();
     TreeObject read;
     TreeFolder folder;
     if (top->object.IsFolder())
@@ -221,25 +225,30 @@ bool TopRestore::IsThere(const SavedObject& saved, const std::optional<HeldObjec
 bool TopRestore::MakeWanted(const SavedObject& saved, nt::SecurityDescriptor& wanted) {
     nt::AccountExchange* exchange = work.options.exchange;
     if (exchange == nullptr || exchange->IsEmpty()) {
-        TakeSaved(wanted, saved.descriptor->value, work.parts);
+        TakeSaved(wanted, saved.descriptor->value, parts);
         return true;
     }
     nt::SecurityDescriptor exchanged = saved.descriptor->value;
     if (exchange->Apply(exchanged) == nt::ExchangeResult::kHidden)
         return Fail(saved.path, RestoreFault::kHiddenAccount);
-    TakeSaved(wanted, exchanged, work.parts);
+    TakeSaved(wanted, exchanged, parts);
     return true;
 }
 
 // Whether the object is to be changed; else it has been counted.
 bool TopRestore::Prepare(const SavedObject& saved, const HeldObject& object, DescriptorChange& change) {
     nt::SecurityDescriptor present;
-    DWORD error = ReadDescriptor(object, work.parts, present);
-    if (error == ERROR_SUCCESS) error = object.ReadStored(change.before);
+    const bool isHidden = parts != work.parts && !saved.descriptor->value.saclBytes.empty();
+    DWORD error = isHidden ? DWORD{ERROR_PRIVILEGE_NOT_HELD} : ReadDescriptor(object, parts, present);
     if (error != ERROR_SUCCESS) return Fail(saved.path, RestoreFault::kError, error);
     nt::SecurityDescriptor wanted = present;
     if (!MakeWanted(saved, wanted)) return false;
-    error = object.PrepareStored(wanted, change.after);
+    // Its undo takes a privilege on other servers, so what is kept has it only where it changes.
+    const SystemList systemList =
+        HasSameSystemList(wanted, present) ? SystemList::kLeftOut : SystemList::kIncluded;
+    error = object.ReadStored(change.before, DamagedBytes::kRefused, systemList);
+    if (error != ERROR_SUCCESS) return Fail(saved.path, RestoreFault::kError, error);
+    error = object.PrepareStored(change.before, wanted, change.after);
     // Where nothing can be kept, nothing may be as it was, too.
     const bool isSo = wanted == present &&
                       (error == ERROR_NOT_SUPPORTED || change.before.hostOwner == change.after.hostOwner);

@@ -55,6 +55,9 @@ class RestoreHost {
     // The objects of this top come next. False: it is not there, which was reported; they all count as
     // missing.
     virtual bool FindTop(const SavedTop& saved, RestoredTop& top) = 0;
+    // The system access lists of this top and what is below it cannot be read, and the text has them. Objects
+    // that were saved with one fail; the others are put back, and keep those that they may have.
+    virtual void LeaveSystemLists() = 0;
     // This object comes next. False ends the work; what was not written so far stays as it is.
     virtual bool Begin(const std::string& path) = 0;
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/api/errors.h"
+#include "platform/security_change.h"
 #include "saved/name_case.h"
 #include "saved/saved_path.h"
 
@@ -150,10 +152,30 @@ void TreeComparison::Compare(const ReadObject& was, const ReadObject& is) {
         difference.error = was.error;
     } else if (was.kind != is.kind && was.kind != SavedKind::kUnknown) {
         difference.kind = DifferenceKind::kOtherKind;
-    } else if (std::ranges::equal(was.descriptor, is.descriptor)) {
-        return;
+    } else if (savedParts != readParts && !was.descriptor.empty()) {
+        return CompareReadParts(difference);
     }
-    observer.Differ(difference);
+    Tell(difference);
+}
+
+// Some of the parts that were saved cannot be read.
+void TreeComparison::CompareReadParts(TreeDifference difference) {
+    auto before = nt::SecurityDescriptor::FromBytes(difference.before);
+    std::vector<std::uint8_t> bytes;
+    if (before && before->saclBytes.empty()) {
+        ReduceToParts(*before, readParts);
+        if (before->AppendTo(bytes)) difference.before = bytes;
+    } else {
+        difference.kind = DifferenceKind::kUnread;
+        difference.error = ERROR_PRIVILEGE_NOT_HELD;
+    }
+    Tell(difference);
+}
+
+void TreeComparison::Tell(const TreeDifference& difference) {
+    const bool isAlike = difference.kind == DifferenceKind::kSecurity &&
+                         std::ranges::equal(difference.before, difference.after);
+    if (!isAlike) observer.Differ(difference);
 }
 
 void TreeComparison::Enter(const ReadObject& was, const std::string& pathNow, AheadFolder below) {

@@ -45,9 +45,12 @@ class ComparisonObserver {
 // alike when their bytes are. Memory holds the names of one folder on each level.
 class TreeComparison {
   public:
-    // Compares with the tree at `now`, whose descriptors are read with `parts`. Both must outlive this.
-    TreeComparison(const HeldObject& now, SECURITY_INFORMATION parts, ComparisonObserver& listener)
-        : top(now), readParts(parts), observer(listener) {}
+    // Compares what was, whose descriptors have `partsThen`, with the tree at `now`, whose descriptors are
+    // read with `partsNow`: the same ones, or all but the system access lists, which then are not compared.
+    // What had one counts as kUnread (ERROR_PRIVILEGE_NOT_HELD). All must outlive this.
+    TreeComparison(SECURITY_INFORMATION partsThen, const HeldObject& now, SECURITY_INFORMATION partsNow,
+                   ComparisonObserver& listener)
+        : savedParts(partsThen), top(now), readParts(partsNow), observer(listener) {}
 
     // To be called first where the objects begin below the top, not with it: then what stands beside them is
     // not told as added. 0 or a system error code.
@@ -80,6 +83,9 @@ class TreeComparison {
     bool TakeFound(const ReadObject& was, const std::string& pathNow, const TreeObject& now, DWORD error,
                    AheadFolder below);
     void Compare(const ReadObject& was, const ReadObject& is);
+    void CompareReadParts(TreeDifference difference);
+    // Unless it is none.
+    void Tell(const TreeDifference& difference);
     void Enter(const ReadObject& was, const std::string& pathNow, AheadFolder below);
     // The place of a name that was not found before, or kNowhere.
     static std::size_t Find(Level& level, std::string_view name);
@@ -89,6 +95,7 @@ class TreeComparison {
     bool Leave();
     bool TellAdded(Level& level, std::size_t index);
 
+    const SECURITY_INFORMATION savedParts;
     const HeldObject& top;
     const SECURITY_INFORMATION readParts;
     ComparisonObserver& observer;

@@ -1,5 +1,6 @@
 #include "saved/tree_saving.h"
 
+#include "platform/api/errors.h"
 #include "platform/security_change.h"
 
 namespace permora {
@@ -49,10 +50,11 @@ class Saving : public TreeVisitor {
 
 SECURITY_INFORMATION ReadableParts(const HeldObject& top) {
     ReadParts parts;
-    const SECURITY_INFORMATION all = kDescriptorParts;
-    const bool isRefused = top.ReadSecurity(all, parts) != ERROR_SUCCESS &&
-                           top.ReadSecurity(kUsualParts, parts) == ERROR_SUCCESS;
-    return isRefused ? kUsualParts : all;
+    const DWORD error = top.ReadSecurity(kDescriptorParts, parts);
+    // Any other failure is told where the top itself is read.
+    const bool isRefused = error == ERROR_PRIVILEGE_NOT_HELD || error == ERROR_ACCESS_DENIED;
+    if (!isRefused) return kDescriptorParts;
+    return top.ReadSecurity(kUsualParts, parts) == ERROR_SUCCESS ? kUsualParts : top.PartsAtOnce();
 }
 
 DWORD SaveTree(const HeldObject& top, SECURITY_INFORMATION parts, SavedListWriter& writer,

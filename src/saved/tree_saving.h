@@ -16,8 +16,8 @@ class SavingObserver {
     virtual void PassOver(std::string_view path, SavedKind kind, DWORD error) = 0;
 };
 
-// Which parts of the top's descriptor this process can read: all, or all but the system access list, for
-// which Windows wants a privilege.
+// Which parts of descriptors this process can read, judged by the top's: all, or all but the system access
+// list, for which Windows and other servers want a privilege. Whoever leaves it out says so.
 SECURITY_INFORMATION ReadableParts(const HeldObject& top);
 
 // Writes the top and everything below it, between BeginTop and End of the writer, which are the caller's. 0,

@@ -19,8 +19,10 @@
 #include "platform/api/errors.h"
 #include "platform/host_path.h"
 #include "platform/nt/sddl.h"
+#include "platform/security_change.h"
 #include "saved/saved_list_writer.h"
 #include "saved/saved_path.h"
+#include "saved/tree_comparison.h"
 #include "tests/saved/memory_texts.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
@@ -103,6 +105,7 @@ class NotingHost : public RestoreHost {
         if (isThere && top.object.IsFolder()) EXPECT_EQ(FolderHandle::Open(path, top.folder), ERROR_SUCCESS);
         return isThere;
     }
+    void LeaveSystemLists() override { notes.emplace_back("hidden audits"); }
     bool Begin(const std::string& /*path*/) override { return begun++ != stopAt; }
     void Change(const std::string& path) override { notes.push_back("changed " + path); }
     void Fail(const std::string& path, RestoreFault fault, DWORD error) override {
@@ -121,6 +124,28 @@ class NotingHost : public RestoreHost {
     std::vector<std::string> notes;
     std::size_t begun = 0;
     std::size_t stopAt = static_cast<std::size_t>(-1);
+};
+
+// Compares a tree as it is with itself as it was read.
+class SelfComparison : public TreeVisitor, private ComparisonObserver {
+  public:
+    SelfComparison(const HeldObject& top, SECURITY_INFORMATION readable)
+        : comparison(kAll, top, readable, *this) {}
+
+    bool Visit(const ReadObject& object) override { return comparison.Take(object); }
+    std::vector<std::string> End() {
+        EXPECT_TRUE(comparison.End());
+        return differences;
+    }
+
+  private:
+    bool Begin(std::string_view /*path*/) override { return true; }
+    void Differ(const TreeDifference& difference) override {
+        differences.push_back(std::string(difference.path) + " " + std::to_string(difference.error));
+    }
+
+    TreeComparison comparison;
+    std::vector<std::string> differences;
 };
 
 std::string TextOf(const RestoreCounts& counts) {
@@ -539,6 +564,16 @@ TEST_F(RestoreTest, TextsOfIcaclsChangeListsAlone) {
     // Nobody knows what is extra when a folder is come back to.
     WriteFile(file, IcaclsText({"a", "D:P", "b", "D:P", "a\\file", "D:P", "a\\no", "D:P"}));
     EXPECT_THAT(Notes(), UnorderedElementsAre("changed a", "changed b", "changed a\\file", "missing a\\no"));
+}
+
+// As on servers that give them only to those with a privilege.
+TEST_F(RestoreTest, SystemListsThatAreHiddenAreToldAndNotCompared) {
+    MakeTree(root);
+    SetLists();
+    const HeldObject top = Held(root);
+    SelfComparison comparison(top, kUsualParts);
+    ASSERT_EQ(ReadTree(top, kAll, comparison), ERROR_SUCCESS);
+    EXPECT_THAT(comparison.End(), ElementsAre("a 1314"));
 }
 
 }  // namespace

@@ -67,6 +67,7 @@ inline constexpr DWORD ERROR_UNKNOWN_REVISION          = 1305;
 inline constexpr DWORD ERROR_REVISION_MISMATCH         = 1306;
 inline constexpr DWORD ERROR_INVALID_OWNER             = 1307;
 inline constexpr DWORD ERROR_NO_SUCH_PRIVILEGE         = 1313;
+inline constexpr DWORD ERROR_PRIVILEGE_NOT_HELD        = 1314;
 inline constexpr DWORD ERROR_NONE_MAPPED               = 1332;
 inline constexpr DWORD ERROR_INVALID_ACL               = 1336;
 inline constexpr DWORD ERROR_INVALID_SID               = 1337;

@@ -109,6 +109,7 @@ static_assert(ERROR_UNKNOWN_REVISION       == 1305);
 static_assert(ERROR_REVISION_MISMATCH      == 1306);
 static_assert(ERROR_INVALID_OWNER          == 1307);
 static_assert(ERROR_NO_SUCH_PRIVILEGE      == 1313);
+static_assert(ERROR_PRIVILEGE_NOT_HELD     == 1314);
 static_assert(ERROR_NONE_MAPPED            == 1332);
 static_assert(ERROR_INVALID_ACL            == 1336);
 static_assert(ERROR_INVALID_SID            == 1337);

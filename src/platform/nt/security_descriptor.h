@@ -15,6 +15,7 @@ namespace permora::nt {
 // Control bits that the value itself uses; every other bit is kept.
 inline constexpr std::uint16_t kDaclPresent = 0x0004;
 inline constexpr std::uint16_t kSaclPresent = 0x0010;
+inline constexpr std::uint16_t kSaclDefaulted = 0x0020;
 inline constexpr std::uint16_t kDaclAutoInheritRequest = 0x0100;
 inline constexpr std::uint16_t kSaclAutoInheritRequest = 0x0200;
 inline constexpr std::uint16_t kDaclAutoInherited = 0x0400;

@@ -166,7 +166,12 @@ DWORD HeldObject::WriteSecurity(SECURITY_INFORMATION information, const NewParts
     return error;
 }
 
-DWORD HeldObject::ReadStored(StoredSecurity& stored, DamagedBytes /*damaged*/) const {
+SECURITY_INFORMATION HeldObject::PartsAtOnce() const {
+    return kDescriptorParts;
+}
+
+DWORD HeldObject::ReadStored(StoredSecurity& stored, DamagedBytes /*damaged*/,
+                             SystemList /*systemList*/) const {
     UniqueHandle object;
     nt::SecurityDescriptor descriptor;
     DWORD error = WithPrivileges(kReadingPrivileges,
@@ -175,7 +180,8 @@ DWORD HeldObject::ReadStored(StoredSecurity& stored, DamagedBytes /*damaged*/) c
     return error == ERROR_SUCCESS ? StoreDescriptor(descriptor, stored) : error;
 }
 
-DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const {
+DWORD HeldObject::PrepareStored(const StoredSecurity& /*before*/, const nt::SecurityDescriptor& descriptor,
+                                StoredSecurity& wanted) const {
     return StoreDescriptor(descriptor, wanted) == ERROR_SUCCESS ? ERROR_SUCCESS : ERROR_INVALID_ACL;
 }
 

@@ -13,4 +13,8 @@ DWORD DescriptorIn(const StoredSecurity& stored, std::optional<nt::SecurityDescr
     return ERROR_SUCCESS;
 }
 
+SystemList SystemListIn(const StoredSecurity& /*stored*/) {
+    return SystemList::kLeftOut;
+}
+
 }  // namespace permora

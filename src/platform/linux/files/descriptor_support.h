@@ -8,9 +8,11 @@ namespace permora::host {
 // The attributes that hold descriptors.
 inline constexpr const char* kNtfs3gAttribute = "system.ntfs_acl";
 inline constexpr const char* kNtfs3Attribute = "system.ntfs_security";
-// Through the kernel's SMB client: the list alone is replaced, or the list with the owner and the group.
+// Through the kernel's SMB client: the list alone is replaced, or the list with the owner and the group, or
+// these and the system access list, which only the last one hands out.
 inline constexpr const char* kSmbListAttribute = "system.cifs_acl";
 inline constexpr const char* kSmbOwnerAttribute = "system.cifs_ntsd";
+inline constexpr const char* kSmbWholeAttribute = "system.cifs_ntsd_full";
 inline constexpr const char* kSambaAttribute = "security.NTACL";
 inline constexpr const char* kUserAttribute = "user.permora.sd";
 

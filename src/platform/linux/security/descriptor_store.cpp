@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "platform/linux/accounts/unix_accounts.h"
@@ -14,6 +15,8 @@
 #include "platform/linux/files/linux_volume.h"
 #include "platform/linux/security/mode_descriptor.h"
 #include "platform/linux/security/samba_attribute.h"
+#include "platform/security_change.h"
+#include "platform/stored_security.h"
 
 namespace permora::host {
 
@@ -79,22 +82,23 @@ SecurityForm FormOf(DescriptorStoreKind kind) {
     return SecurityForm::kNone;
 }
 
-const char* VolumeAttributeOf(DescriptorStoreKind kind) {
+const char* VolumeAttributeOf(DescriptorStoreKind kind, SystemList systemList) {
     switch (kind) {
         case DescriptorStoreKind::kNtfs3:
             return kNtfs3Attribute;
         case DescriptorStoreKind::kSmb:
-            return kSmbListAttribute;
+            return systemList == SystemList::kIncluded ? kSmbWholeAttribute : kSmbListAttribute;
         default:
             return kNtfs3gAttribute;
     }
 }
 
 // Null for what is in no attribute.
-const char* AttributeOf(SecurityForm form, DescriptorStoreKind kind) {
+const char* AttributeOf(SecurityForm form, DescriptorStoreKind kind,
+                        SystemList systemList = SystemList::kLeftOut) {
     switch (form) {
         case SecurityForm::kVolume:
-            return VolumeAttributeOf(kind);
+            return VolumeAttributeOf(kind, systemList);
         case SecurityForm::kSamba:
             return kSambaAttribute;
         case SecurityForm::kUser:
@@ -106,24 +110,46 @@ const char* AttributeOf(SecurityForm form, DescriptorStoreKind kind) {
     return nullptr;
 }
 
-// A server lays descriptors out in its own way and answers none of the requests in the control word. Without
-// both, what was read, and what was written and is read again, can be compared byte for byte.
-void LeaveRequestsOut(nt::SecurityDescriptor& descriptor) {
+// What the control word says of its inheritance stays: servers hand that out with the rest.
+void LeaveSystemListOut(nt::SecurityDescriptor& descriptor) {
+    descriptor.control &= static_cast<std::uint16_t>(~(nt::kSaclPresent | nt::kSaclDefaulted));
+    descriptor.saclBytes.clear();
+}
+
+// The form in which is kept what a server has. It lays descriptors out in its own way and answers none of the
+// requests in the control word. Without both, what was read, and what was written and is read again, can be
+// compared byte for byte. The flag of the system access list says that it is included, also where there is
+// none.
+bool LayOut(nt::SecurityDescriptor descriptor, SystemList systemList, std::vector<std::uint8_t>& bytes) {
     constexpr unsigned kRequests = nt::kDaclAutoInheritRequest | nt::kSaclAutoInheritRequest;
     descriptor.control &= static_cast<std::uint16_t>(~kRequests);
+    if (systemList == SystemList::kIncluded)
+        descriptor.control |= nt::kSaclPresent;
+    else
+        LeaveSystemListOut(descriptor);
+    bytes.clear();
+    return descriptor.AppendTo(bytes);
 }
 
 // The server writes that a list was inherited automatically only where that is requested. Samba's servers
 // take from every write what the control word says of the system access list, also when that list stays.
-bool MakeRequest(std::span<const std::uint8_t> kept, std::vector<std::uint8_t>& request) {
+bool MakeRequest(std::span<const std::uint8_t> kept, SystemList systemList,
+                 std::vector<std::uint8_t>& request) {
     auto descriptor = nt::SecurityDescriptor::FromBytes(kept);
     if (!descriptor) return false;
+    if (systemList == SystemList::kLeftOut) LeaveSystemListOut(*descriptor);
     if ((descriptor->control & nt::kDaclAutoInherited) != 0)
         descriptor->control |= nt::kDaclAutoInheritRequest;
     if ((descriptor->control & nt::kSaclAutoInherited) != 0)
         descriptor->control |= nt::kSaclAutoInheritRequest;
     request.clear();
     return descriptor->AppendTo(request);
+}
+
+bool HaveSameSystemLists(std::span<const std::uint8_t> one, std::span<const std::uint8_t> other) {
+    const auto first = nt::SecurityDescriptor::FromBytes(one);
+    const auto second = nt::SecurityDescriptor::FromBytes(other);
+    return first && second && HasSameSystemList(*first, *second);
 }
 
 bool HaveSameOwners(std::span<const std::uint8_t> one, std::span<const std::uint8_t> other) {
@@ -134,8 +160,10 @@ bool HaveSameOwners(std::span<const std::uint8_t> one, std::span<const std::uint
 
 // Whether lists were inherited automatically is a remark for editors.
 bool HasKept(const nt::SecurityDescriptor& kept, const nt::SecurityDescriptor& wanted) {
+    constexpr unsigned kProtected = nt::kDaclProtected | nt::kSaclProtected;
     return kept.owner == wanted.owner && kept.group == wanted.group && kept.daclState == wanted.daclState &&
-           kept.dacl == wanted.dacl && kept.IsDaclProtected() == wanted.IsDaclProtected();
+           kept.dacl == wanted.dacl && kept.saclBytes == wanted.saclBytes &&
+           ((kept.control ^ wanted.control) & kProtected) == 0;
 }
 
 DWORD GiveToUser(const ObjectHandle& object, uid_t user) {
@@ -172,7 +200,7 @@ bool DescriptorStore::HasHostOwners(const ObjectHandle& object) {
 
 // Whether the volume itself keeps descriptors; `stored` then holds the object's attribute, or `problem` says
 // why not.
-bool DescriptorStore::ReadVolume(const ObjectHandle& object, int& problem) {
+bool DescriptorStore::ReadVolume(const ObjectHandle& object, SystemList systemList, int& problem) {
     if (!kind) {
         if (IsOnLinuxVolume(object)) return false;
         // Each request to ntfs-3g is a round trip to another process, so reading itself is the test.
@@ -183,40 +211,57 @@ bool DescriptorStore::ReadVolume(const ObjectHandle& object, int& problem) {
         }
     }
     if (FormOf(KindFor(object)) != SecurityForm::kVolume) return false;
-    problem = ReadExtendedAttribute(object, VolumeAttributeOf(*kind), stored);
+    problem = ReadExtendedAttribute(object, VolumeAttributeOf(*kind, systemList), stored);
     return true;
 }
 
 // From `stored`, which a volume has handed out.
-DWORD DescriptorStore::TakeFromVolume(nt::SecurityDescriptor& descriptor) {
+DWORD DescriptorStore::TakeFromVolume(SystemList systemList, nt::SecurityDescriptor& descriptor) {
     auto parsed = nt::SecurityDescriptor::FromBytes(stored);
     if (parsed && kind == DescriptorStoreKind::kSmb) {
-        LeaveRequestsOut(*parsed);
-        stored.clear();
-        if (!parsed->AppendTo(stored)) return ERROR_INVALID_SECURITY_DESCR;
+        if (!LayOut(*parsed, systemList, stored)) return ERROR_INVALID_SECURITY_DESCR;
+        parsed = nt::SecurityDescriptor::FromBytes(stored);
+        if (parsed && parsed->saclBytes.empty())
+            parsed->control &= static_cast<std::uint16_t>(~nt::kSaclPresent);
     }
     return Take(std::move(parsed), descriptor);
 }
 
-DWORD DescriptorStore::Read(const ObjectHandle& object, nt::SecurityDescriptor& descriptor) {
+// A server that keeps back the system access list refuses the whole, and the kernel tells that as it tells
+// any failure of the server. It is a refusal where the rest can be read, and the whole still cannot.
+template <typename Source>
+DWORD DescriptorStore::WhyNotRead(const Source& source, SystemList systemList, int problem) {
+    const bool mayBeRefusal = problem == EIO || problem == EACCES || problem == EPERM;
+    if (kind != DescriptorStoreKind::kSmb || systemList == SystemList::kLeftOut || !mayBeRefusal)
+        return ErrorFromErrno(problem);
+    const int problemOfRest = source.Attribute(kSmbListAttribute, inner);
+    if (problemOfRest != 0) return ErrorFromErrno(problemOfRest);
+    const bool isRefused = source.Attribute(kSmbWholeAttribute, inner) == problem;
+    return isRefused ? DWORD{ERROR_PRIVILEGE_NOT_HELD} : ErrorFromErrno(problem);
+}
+
+DWORD DescriptorStore::Read(const ObjectHandle& object, nt::SecurityDescriptor& descriptor,
+                            SystemList systemList) {
     int problem = 0;
     form = SecurityForm::kVolume;
-    if (ReadVolume(object, problem))
-        return problem == 0 ? TakeFromVolume(descriptor) : ErrorFromErrno(problem);
+    if (ReadVolume(object, systemList, problem))
+        return problem == 0 ? TakeFromVolume(systemList, descriptor)
+                            : WhyNotRead(HeldSource{object}, systemList, problem);
     // To be asked for only where that is needed.
     return ReadFrom(
         HeldSource{object}, [&] { return KindFor(object); }, descriptor);
 }
 
-DWORD DescriptorStore::ReadEntry(int folder, const char* hostName, nt::SecurityDescriptor& descriptor) {
-    const char* const onVolume = AttributeOf(SecurityForm::kVolume, *kind);
+DWORD DescriptorStore::ReadEntry(int folder, const char* hostName, nt::SecurityDescriptor& descriptor,
+                                 SystemList systemList) {
+    const char* const onVolume = AttributeOf(SecurityForm::kVolume, *kind, systemList);
     const EntrySource entry{folder, hostName};
     if (FormOf(*kind) != SecurityForm::kVolume)
         return ReadFrom(
             entry, [&] { return *kind; }, descriptor);
     form = SecurityForm::kVolume;
     const int problem = entry.Attribute(onVolume, stored);
-    return problem == 0 ? TakeFromVolume(descriptor) : ErrorFromErrno(problem);
+    return problem == 0 ? TakeFromVolume(systemList, descriptor) : WhyNotRead(entry, systemList, problem);
 }
 
 // Where the volume keeps none itself: Samba's, or that of an ordinary user, or the present mode and owners,
@@ -257,20 +302,16 @@ bool DescriptorStore::Has(const ObjectHandle& object, const StoredSecurity& kept
         return ReadExtendedAttribute(object, AttributeOf(kept.form, KindFor(object)), stored) == 0 &&
                stored == kept.bytes;
     nt::SecurityDescriptor present;
-    return Read(object, present) == ERROR_SUCCESS && form == kept.form &&
+    return Read(object, present, SystemListIn(kept)) == ERROR_SUCCESS && form == kept.form &&
            (form == SecurityForm::kNone || stored == kept.bytes);
 }
 
 DWORD DescriptorStore::Prepare(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,
-                               StoredSecurity& prepared) {
+                               StoredSecurity& prepared, SystemList systemList) {
     if (!CanHold(object)) return ERROR_NOT_SUPPORTED;
     inner.clear();
     if (KindFor(object) == DescriptorStoreKind::kSmb) {
-        // Its attributes do not carry the system access list.
-        if (!descriptor.saclBytes.empty()) return ERROR_NOT_SUPPORTED;
-        nt::SecurityDescriptor asKept = descriptor;
-        LeaveRequestsOut(asKept);
-        if (!asKept.AppendTo(inner)) return ERROR_INVALID_ACL;
+        if (!LayOut(descriptor, systemList, inner)) return ERROR_INVALID_ACL;
     } else if (!descriptor.AppendTo(inner)) {
         return ERROR_INVALID_ACL;
     }
@@ -297,9 +338,7 @@ DWORD DescriptorStore::Examine(const ObjectHandle& object, const StoredSecurity&
     const bool isSamba = kept.form == SecurityForm::kSamba;
     if (isSamba && !DescriptorFromSambaAttribute(kept.bytes, inner)) return ERROR_INVALID_SECURITY_DESCR;
     descriptor = nt::SecurityDescriptor::FromBytes(isSamba ? inner : kept.bytes);
-    if (!descriptor) return ERROR_INVALID_SECURITY_DESCR;
-    const bool isLost = KindFor(object) == DescriptorStoreKind::kSmb && !descriptor->saclBytes.empty();
-    return isLost ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
+    return descriptor ? ERROR_SUCCESS : ERROR_INVALID_SECURITY_DESCR;
 }
 
 DWORD DescriptorStore::Replace(const ObjectHandle& object, const StoredSecurity& before,
@@ -316,7 +355,9 @@ DWORD DescriptorStore::SendToServer(const ObjectHandle& object, std::span<const 
                                     const char* attribute) {
     // What the attribute can carry; the kernel calls a larger one not supported.
     constexpr std::size_t kMostBytes = 65535;
-    if (!MakeRequest(kept, inner)) return ERROR_INVALID_SECURITY_DESCR;
+    const bool isWhole = std::string_view(attribute) == kSmbWholeAttribute;
+    if (!MakeRequest(kept, isWhole ? SystemList::kIncluded : SystemList::kLeftOut, inner))
+        return ERROR_INVALID_SECURITY_DESCR;
     if (inner.size() > kMostBytes) return ERROR_ALLOTTED_SPACE_EXCEEDED;
     const int problem = WriteExtendedAttribute(object, attribute, inner);
     return problem == 0 ? ERROR_SUCCESS : WriteError(object, problem);
@@ -325,16 +366,22 @@ DWORD DescriptorStore::SendToServer(const ObjectHandle& object, std::span<const 
 // A server may keep less than it was given, as Samba does where it makes mode bits of lists, and say nothing.
 DWORD DescriptorStore::WriteToServer(const ObjectHandle& object, const StoredSecurity& before,
                                      const StoredSecurity& after) {
+    const SystemList systemList = SystemListIn(after);
+    const bool isWhole =
+        systemList == SystemList::kIncluded && !HaveSameSystemLists(before.bytes, after.bytes);
+    // Nobody could put back what is not known.
+    if (isWhole && SystemListIn(before) == SystemList::kLeftOut) return ERROR_NOT_SUPPORTED;
     // Only who may change the owner may write it, also the one that is there already.
-    const char* const attribute =
-        HaveSameOwners(before.bytes, after.bytes) ? kSmbListAttribute : kSmbOwnerAttribute;
+    const char* const attribute = isWhole                                     ? kSmbWholeAttribute
+                                  : HaveSameOwners(before.bytes, after.bytes) ? kSmbListAttribute
+                                                                              : kSmbOwnerAttribute;
     DWORD error = SendToServer(object, after.bytes, attribute);
     const auto wanted = nt::SecurityDescriptor::FromBytes(after.bytes);
     if (error != ERROR_SUCCESS || !wanted) return error;
     nt::SecurityDescriptor kept;
-    error = Read(object, kept);
-    // Who has taken the right to read from themselves cannot see what is kept.
-    if (error == ERROR_ACCESS_DENIED) return ERROR_SUCCESS;
+    error = Read(object, kept, systemList);
+    // Who has taken the right to read from themselves, or has lost a privilege, cannot see what is kept.
+    if (error == ERROR_ACCESS_DENIED || error == ERROR_PRIVILEGE_NOT_HELD) return ERROR_SUCCESS;
     if (error != ERROR_SUCCESS) return error;
     if (HasKept(kept, *wanted)) return ERROR_SUCCESS;
     (void)SendToServer(object, before.bytes, attribute);

@@ -38,11 +38,15 @@ class DescriptorStore {
     //
     // Where this process cannot use security.NTACL (it runs as an ordinary user), a descriptor there still
     // wins over one in user.permora.sd, since it is the one that a Samba server goes by.
-    DWORD Read(const ObjectHandle& object, nt::SecurityDescriptor& descriptor);
+    //
+    // ERROR_PRIVILEGE_NOT_HELD when a server gives all but the system access list.
+    DWORD Read(const ObjectHandle& object, nt::SecurityDescriptor& descriptor,
+               SystemList systemList = SystemList::kLeftOut);
 
     // The same for the entry `hostName` of an open folder, a link itself, for those who go through many. The
     // store has met the folder before; nothing is known of what was Found here.
-    DWORD ReadEntry(int folder, const char* hostName, nt::SecurityDescriptor& descriptor);
+    DWORD ReadEntry(int folder, const char* hostName, nt::SecurityDescriptor& descriptor,
+                    SystemList systemList = SystemList::kLeftOut);
 
     // Whether what Read or ReadEntry has found last is stored, and not made from the mode.
     bool HasFoundStored() const { return form != SecurityForm::kNone; }
@@ -56,7 +60,7 @@ class DescriptorStore {
     // What will be kept when the object gets this descriptor; the host's owner stays. ERROR_NOT_SUPPORTED
     // when it cannot hold one, ERROR_INVALID_ACL when a list is too large for any.
     DWORD Prepare(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,
-                  StoredSecurity& prepared);
+                  StoredSecurity& prepared, SystemList systemList = SystemList::kLeftOut);
     // Whether something that was kept at another time can be kept here: ERROR_NOT_SUPPORTED when this kind of
     // volume or this process keeps descriptors elsewhere, ERROR_INVALID_SECURITY_DESCR when it is damaged.
     // `descriptor` is the one in it, or empty when nothing is kept.
@@ -75,8 +79,10 @@ class DescriptorStore {
 
   private:
     DescriptorStoreKind KindFor(const ObjectHandle& object);
-    bool ReadVolume(const ObjectHandle& object, int& problem);
-    DWORD TakeFromVolume(nt::SecurityDescriptor& descriptor);
+    bool ReadVolume(const ObjectHandle& object, SystemList systemList, int& problem);
+    DWORD TakeFromVolume(SystemList systemList, nt::SecurityDescriptor& descriptor);
+    template <typename Source>
+    DWORD WhyNotRead(const Source& source, SystemList systemList, int problem);
     template <typename Source, typename AskKind>
     DWORD ReadFrom(const Source& source, AskKind askKind, nt::SecurityDescriptor& descriptor);
     DWORD SendToServer(const ObjectHandle& object, std::span<const std::uint8_t> kept, const char* attribute);

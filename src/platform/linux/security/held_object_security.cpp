@@ -42,13 +42,14 @@ bool HasListOf(const nt::SecurityDescriptor& descriptor, PSECURITY_DESCRIPTOR ex
 // write is not noticed.
 DWORD MakeChanged(const ResolvedObject& target, const SecurityChange& change, PSECURITY_DESCRIPTOR expected,
                   DescriptorStore& store, nt::SecurityDescriptor& descriptor) {
-    DWORD error = store.Read(target.object, descriptor);
+    const SystemList systemList = SystemListFor(change.information);
+    DWORD error = store.Read(target.object, descriptor, systemList);
     if (error != ERROR_SUCCESS) return error;
     std::optional<ListAbove> above;
     if (InheritsAfter(change, descriptor)) {
         error = ReadAbove(target, store, above);
         // Reading the parent through another process took a while.
-        if (error == ERROR_SUCCESS) error = store.Read(target.object, descriptor);
+        if (error == ERROR_SUCCESS) error = store.Read(target.object, descriptor, systemList);
         if (error != ERROR_SUCCESS) return error;
     }
     if (expected != nullptr && !HasListOf(descriptor, expected)) return ERROR_REVISION_MISMATCH;
@@ -71,9 +72,10 @@ DWORD Prepare(ResolvedObject& target, const SecurityChange& change, PSECURITY_DE
     if (error == ERROR_SUCCESS) error = MakeChanged(target, change, expected, store, descriptor);
     if (error != ERROR_SUCCESS) return error;
     step.before = store.Found(target.object);
+    const SystemList systemList = SystemListFor(change.information);
     return change.Has(OWNER_SECURITY_INFORMATION)
-               ? host::PrepareWithOwner(target.object, descriptor, store, step.after)
-               : store.Prepare(target.object, descriptor, step.after);
+               ? host::PrepareWithOwner(target.object, descriptor, store, step.after, systemList)
+               : store.Prepare(target.object, descriptor, step.after, systemList);
 }
 
 // Recording takes long enough for others to change the object, so it is done again until what was recorded is
@@ -112,10 +114,11 @@ DWORD HandOut(nt::SecurityDescriptor descriptor, SECURITY_INFORMATION parts, Uni
     return ERROR_SUCCESS;
 }
 
-DWORD ReadFrom(const ObjectHandle& object, SECURITY_INFORMATION information, ReadParts& parts) {
+DWORD ReadFrom(const ObjectHandle& object, std::optional<host::DescriptorStoreKind> kind,
+               SECURITY_INFORMATION information, ReadParts& parts) {
     nt::SecurityDescriptor found;
     ReadParts read;
-    DWORD error = DescriptorStore().Read(object, found);
+    DWORD error = DescriptorStore(kind).Read(object, found, SystemListFor(information));
     if (error == ERROR_SUCCESS) error = HandOut(std::move(found), information, read.descriptor);
     if (error != ERROR_SUCCESS) return error;
     const auto view = host::DescriptorView::Of(read.descriptor.get());
@@ -128,13 +131,18 @@ DWORD ReadFrom(const ObjectHandle& object, SECURITY_INFORMATION information, Rea
 
 }  // namespace
 
+SECURITY_INFORMATION HeldObject::PartsAtOnce() const {
+    if (!inside->storeKind) inside->storeKind = host::StoreKindOf(inside->target.object);
+    return inside->storeKind == host::DescriptorStoreKind::kSmb ? kUsualParts : kDescriptorParts;
+}
+
 DWORD HeldObject::ReadSecurity(SECURITY_INFORMATION information, ReadParts& parts) const {
-    return ReadFrom(inside->target.object, information, parts);
+    return ReadFrom(inside->target.object, inside->storeKind, information, parts);
 }
 
 DWORD HeldObject::ReadAbove(SECURITY_INFORMATION information, ReadParts& parts) const {
     const ObjectHandle& folder = inside->target.parent;
-    if (folder) return ReadFrom(folder, information, parts);
+    if (folder) return ReadFrom(folder, std::nullopt, information, parts);
     parts = {};
     return ERROR_SUCCESS;
 }
@@ -146,7 +154,8 @@ DWORD HeldObject::PreviewSecurity(SECURITY_INFORMATION information, const NewPar
     Step step;
     DescriptorStore store;
     DWORD error = TakeChange(information, parts, change);
-    if (error == ERROR_SUCCESS) error = store.Read(inside->target.object, made.before);
+    if (error == ERROR_SUCCESS)
+        error = store.Read(inside->target.object, made.before, SystemListFor(information));
     if (error == ERROR_SUCCESS) error = Prepare(inside->target, change, nullptr, store, made.after, step);
     made.changes = step.before != step.after;
     if (error == ERROR_SUCCESS) preview = std::move(made);

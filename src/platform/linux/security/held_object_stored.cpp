@@ -1,4 +1,5 @@
 // The security of a held object byte for byte: reading what is kept, and putting it back.
+#include <cstdint>
 #include <optional>
 #include <utility>
 
@@ -12,6 +13,7 @@
 #include "platform/linux/security/propagation.h"
 #include "platform/linux/security/recorded_top.h"
 #include "platform/security_change.h"
+#include "platform/stored_security.h"
 
 namespace permora {
 
@@ -40,6 +42,14 @@ DWORD Allowing(DamagedBytes damaged, DWORD error) {
     return isTaken ? DWORD{ERROR_SUCCESS} : error;
 }
 
+// A server takes them from every write, and a descriptor without its system access list may have lost them.
+void KeepSystemListFlags(const StoredSecurity& before, nt::SecurityDescriptor& descriptor) {
+    constexpr unsigned kFlags = nt::kSaclAutoInherited | nt::kSaclProtected;
+    const auto present = nt::SecurityDescriptor::FromBytes(before.bytes);
+    const unsigned flags = present ? present->control & kFlags : 0U;
+    descriptor.control = static_cast<std::uint16_t>((descriptor.control & ~kFlags) | flags);
+}
+
 ListPlace PlaceOnVolume(host::DescriptorStoreKind kind) {
     if (kind == host::DescriptorStoreKind::kSmb) return ListPlace::kSmb;
     return kind == host::DescriptorStoreKind::kNtfs3 ? ListPlace::kNtfs3 : ListPlace::kNtfs3g;
@@ -47,12 +57,12 @@ ListPlace PlaceOnVolume(host::DescriptorStoreKind kind) {
 
 }  // namespace
 
-DWORD HeldObject::ReadStored(StoredSecurity& stored, DamagedBytes damaged) const {
+DWORD HeldObject::ReadStored(StoredSecurity& stored, DamagedBytes damaged, SystemList systemList) const {
     host::ObjectHandle& object = inside->target.object;
     DescriptorStore store(inside->storeKind);
     nt::SecurityDescriptor descriptor;
     DWORD error = RefreshOwner(object, store);
-    if (error == ERROR_SUCCESS) error = Allowing(damaged, store.Read(object, descriptor));
+    if (error == ERROR_SUCCESS) error = Allowing(damaged, store.Read(object, descriptor, systemList));
     if (error == ERROR_SUCCESS) stored = store.Found(object);
     return error;
 }
@@ -79,15 +89,20 @@ DWORD HeldObject::FindListPlace(ListPlace& place) const {
     return ERROR_SUCCESS;
 }
 
-DWORD HeldObject::PrepareStored(const nt::SecurityDescriptor& descriptor, StoredSecurity& wanted) const {
+DWORD HeldObject::PrepareStored(const StoredSecurity& before, const nt::SecurityDescriptor& given,
+                                StoredSecurity& wanted) const {
     host::ObjectHandle& object = inside->target.object;
     DescriptorStore store(inside->storeKind);
+    const SystemList systemList = SystemListIn(before);
+    nt::SecurityDescriptor descriptor = given;
+    if (store.IsGivenByServer(object) && systemList == SystemList::kLeftOut)
+        KeepSystemListFlags(before, descriptor);
     if (const DWORD error = object.Refresh(); error != ERROR_SUCCESS) return error;
     const bool changesOwner =
         descriptor.owner && !host::HasOwner(object, descriptor, *descriptor.owner, store);
     StoredSecurity prepared;
-    const DWORD error = changesOwner ? host::PrepareWithOwner(object, descriptor, store, prepared)
-                                     : store.Prepare(object, descriptor, prepared);
+    const DWORD error = changesOwner ? host::PrepareWithOwner(object, descriptor, store, prepared, systemList)
+                                     : store.Prepare(object, descriptor, prepared, systemList);
     if (error == ERROR_SUCCESS) wanted = std::move(prepared);
     return error;
 }
@@ -101,7 +116,8 @@ DWORD HeldObject::WriteStored(const StoredSecurity& expected, const StoredSecuri
     std::optional<nt::SecurityDescriptor> then;
     DWORD error = inside->turn ? ERROR_SUCCESS : turn.Take(object);
     if (error == ERROR_SUCCESS) error = RefreshOwner(object, store);
-    if (error == ERROR_SUCCESS) error = Allowing(damaged, store.Read(object, present));
+    if (error == ERROR_SUCCESS)
+        error = Allowing(damaged, store.Read(object, present, SystemListIn(expected)));
     if (error == ERROR_SUCCESS && store.Found(object) != expected) error = ERROR_REVISION_MISMATCH;
     if (error == ERROR_SUCCESS) error = Allowing(damaged, store.Examine(object, wanted, then));
     if (error != ERROR_SUCCESS) return error;

@@ -44,12 +44,12 @@ bool MayChangeOwner(const ObjectHandle& object) {
 }
 
 DWORD PrepareWithOwner(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,
-                       DescriptorStore& store, StoredSecurity& prepared) {
+                       DescriptorStore& store, StoredSecurity& prepared, SystemList systemList) {
     if (!store.CanHold(object)) return ERROR_NOT_SUPPORTED;
     if (store.HasHostOwners(object) && !MayChangeOwner(object)) return ERROR_ACCESS_DENIED;
     std::optional<uid_t> user;
     DWORD error = descriptor.owner ? FindNewHostOwner(object, *descriptor.owner, store, user) : ERROR_SUCCESS;
-    if (error == ERROR_SUCCESS) error = store.Prepare(object, descriptor, prepared);
+    if (error == ERROR_SUCCESS) error = store.Prepare(object, descriptor, prepared, systemList);
     if (error == ERROR_SUCCESS && user) prepared.hostOwner = *user;
     return error;
 }

@@ -22,6 +22,7 @@ bool MayChangeOwner(const ObjectHandle& object);
 // is no user, such as a group, leaves the host's owner as it is. ERROR_ACCESS_DENIED for another's object
 // without CAP_CHOWN; an error too when a domain does not answer whether the account is a user.
 DWORD PrepareWithOwner(const ObjectHandle& object, const nt::SecurityDescriptor& descriptor,
-                       DescriptorStore& store, StoredSecurity& prepared);
+                       DescriptorStore& store, StoredSecurity& prepared,
+                       SystemList systemList = SystemList::kLeftOut);
 
 }  // namespace permora::host

@@ -56,7 +56,7 @@ DWORD ReadHeld(host::DescriptorStore& store, const ObjectHandle& held, SECURITY_
                TreeObject& object) {
     object.kind = KindOfMode(held.Status().st_mode);
     nt::SecurityDescriptor found;
-    const DWORD error = store.Read(held, found);
+    const DWORD error = store.Read(held, found, SystemListFor(parts));
     object.isStored = store.HasFoundStored();
     return error == ERROR_SUCCESS ? Reduce(found, parts, object.descriptor) : error;
 }
@@ -114,7 +114,8 @@ DWORD TreeFolder::Inside::ReadFolder(TreeBuffers::Inside& buffers, TreeObject& o
 
 DWORD TreeFolder::Inside::ReadEntry(TreeBuffers::Inside& buffers, TreeObject& object) const {
     nt::SecurityDescriptor found;
-    const DWORD error = buffers.store.ReadEntry(folder.Get(), buffers.hostName.c_str(), found);
+    const DWORD error =
+        buffers.store.ReadEntry(folder.Get(), buffers.hostName.c_str(), found, SystemListFor(tree->parts));
     object.isStored = buffers.store.HasFoundStored();
     return error == ERROR_SUCCESS ? Reduce(found, tree->parts, object.descriptor) : error;
 }

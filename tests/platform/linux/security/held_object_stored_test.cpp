@@ -13,6 +13,8 @@
 #include "platform/api/errors.h"
 #include "platform/held_object.h"
 #include "platform/nt/sddl.h"
+#include "platform/security_change.h"
+#include "platform/stored_security.h"
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
 #include "tests/support/immutable.h"
@@ -141,12 +143,25 @@ TEST_F(HeldObjectStored, ADescriptorFromElsewhereIsKeptAsItIs) {
         ASSERT_TRUE(descriptor) << text;
         const HeldObject held = Held(path);
         StoredSecurity wanted;
-        ASSERT_EQ(held.PrepareStored(*descriptor, wanted), ERROR_SUCCESS) << text;
+        ASSERT_EQ(held.PrepareStored(Stored(path), *descriptor, wanted), ERROR_SUCCESS) << text;
         ASSERT_EQ(held.WriteStored(Stored(path), wanted), ERROR_SUCCESS) << text;
         EXPECT_EQ(Stored(path), wanted);
         EXPECT_EQ(DescriptorText(path, 15), text);
     }
     EXPECT_EQ(HostOwner(path), 7U);
+}
+
+// The flag alone says that a server was asked for it.
+TEST(StoredSecurityTest, ASystemAccessListThatIsMissingIsNotShown) {
+    auto descriptor = nt::FromSddl("O:BAG:BAD:(A;;FA;;;BA)");
+    ASSERT_TRUE(descriptor);
+    descriptor->control |= nt::kSaclPresent;
+    StoredSecurity stored{SecurityForm::kVolume, {}, 0};
+    ASSERT_TRUE(descriptor->AppendTo(stored.bytes));
+    std::optional<nt::SecurityDescriptor> shown;
+    ASSERT_EQ(DescriptorIn(stored, shown), ERROR_SUCCESS);
+    EXPECT_EQ(nt::ToSddl(*shown, kDescriptorParts), "O:BAG:BAD:(A;;FA;;;BA)");
+    EXPECT_EQ(SystemListIn(stored), SystemList::kIncluded);
 }
 
 TEST_F(HeldObjectStored, OrdinaryUsersPutBackTheirOwn) {
