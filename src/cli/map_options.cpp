@@ -32,9 +32,9 @@ std::string ReadTable(const std::string& path, std::string& table) {
 
 }  // namespace
 
-MapOptions::MapOptions(Command& command) {
+MapOptions::MapOptions(Command& owner) : command(owner) {
     CLI::Option& pairs =
-        *command.Parser()
+        *owner.Parser()
              .add_option("--map", typedPairs,
                          "Put the account NEW in the place of OLD: in owners, groups, entries and their\n"
                          "conditions. Both are names or SIDs. May be given several times; all are\n"
@@ -43,7 +43,7 @@ MapOptions::MapOptions(Command& command) {
              ->allow_extra_args(false);
     DescribeValue(pairs, {.kind = ValueKind::kAccountPair});
     CLI::Option& table =
-        *command.Parser()
+        *owner.Parser()
              .add_option("--map-file", tableFile, "The same from a table: a line OLD,NEW for each account")
              ->type_name("CSV");
     DescribeValue(table, {.kind = ValueKind::kFile});
@@ -75,11 +75,12 @@ std::string MapOptions::PlaceOf(const AccountPair& pair) const {
 std::string MapOptions::Interpret() {
     std::vector<AccountPair> pairs;
     if (std::string problem = ReadPairs(pairs); !problem.empty()) return problem;
+    const std::string server = pairs.empty() ? std::string() : command.Server();
     for (AccountPair& pair : pairs) {
         AccountRecord old;
         AccountRecord other;
-        std::string problem = FindTypedAccount(pair.old, old);
-        if (problem.empty()) problem = FindTypedAccount(pair.other, other);
+        std::string problem = FindTypedAccount(pair.old, old, server);
+        if (problem.empty()) problem = FindTypedAccount(pair.other, other, server);
         if (problem.empty() && !Add(*old.sid, *other.sid, pair))
             problem = pair.old + " is to become two different accounts";
         if (!problem.empty()) return PlaceOf(pair) + ": " + problem;

@@ -15,10 +15,11 @@ namespace permora {
 
 class MapOptions {
   public:
-    explicit MapOptions(Command& command);
+    // The command is borrowed.
+    explicit MapOptions(Command& owner);
 
     // Finds all accounts. Returns what is wrong, or an empty text. One that is given by its SID need not be
-    // known here, since it may be another machine's.
+    // known here, since it may be another machine's. Server() of the command is asked for the others.
     std::string Interpret();
     nt::AccountExchange& Exchange() { return exchange; }
     // The accounts in this object, before anything is exchanged.
@@ -39,6 +40,7 @@ class MapOptions {
     std::string ReadPairs(std::vector<AccountPair>& pairs) const;
     std::string PlaceOf(const AccountPair& pair) const;
 
+    const Command& command;
     std::vector<std::string> typedPairs;
     std::optional<std::string> tableFile;
     std::vector<Mapped> mapped;

@@ -6,7 +6,6 @@
 #include "cli/argument_shield.h"
 #include "cli/interrupts.h"
 #include "platform/api/errors.h"
-#include "platform/network_path.h"
 
 namespace permora {
 namespace {
@@ -58,15 +57,7 @@ std::string ObjectCommand::Interpret() {
 }
 
 std::string ObjectCommand::Server() const {
-    std::optional<std::string> server;
-    for (const std::string& path : paths) {
-        Target target;
-        if (MakeTarget(path, nullptr, target) != ERROR_SUCCESS) return {};
-        std::string its = ServerOfPath(target.folder + target.name);
-        if (server && *server != its) return {};
-        server = std::move(its);
-    }
-    return server.value_or("");
+    return ServerOfArguments(paths);
 }
 
 std::vector<Target> ObjectCommand::FindTargets() {

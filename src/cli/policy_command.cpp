@@ -28,9 +28,9 @@ namespace {
 // The words of the options of grant.
 class TypedWords : public PolicyWords {
   public:
-    std::string FindAccount(const std::string& text, nt::Sid& sid) override {
+    std::string FindAccount(const std::string& text, const std::string& path, nt::Sid& sid) override {
         AccountRecord account;
-        std::string problem = FindTypedAccount(text, account);
+        std::string problem = FindTypedAccount(text, account, ServerOfArguments({path}));
         if (problem.empty()) sid = *account.sid;
         return problem;
     }

@@ -22,6 +22,7 @@
 #include "platform/system_message.h"
 #include "platform/volume_loss.h"
 #include "saved/restore.h"
+#include "saved/saved_list_reader.h"
 #include "security/object_security.h"
 
 namespace permora {
@@ -42,6 +43,7 @@ class RestoreCommand : public Command, private RestoreHost {
     explicit RestoreCommand(const CommandParent& parent);
 
     std::string Interpret() override;
+    std::string Server() const override;
     ExitCode Run() override;
 
   private:
@@ -99,6 +101,21 @@ std::string RestoreCommand::Interpret() {
     std::string problem = Command::Interpret();
     if (problem.empty()) problem = map.Interpret();
     return problem.empty() ? words.Interpret() : problem;
+}
+
+// That of the places where the objects are put back. The file is not checked yet.
+std::string RestoreCommand::Server() const {
+    if (to.Text()) return ServerOfArguments({*to.Text()});
+    SavedFileInput input;
+    SavedFault fault;
+    const bool isFile = SavedFileInput::Open(PathFromArgument(file.c_str()), input) == ERROR_SUCCESS &&
+                        input.Rewind() == ERROR_SUCCESS;
+    const auto reader = isFile ? SavedListReader::Open(input, fault) : nullptr;
+    SavedObject object;
+    std::vector<std::string> tops;
+    while (reader && reader->Next(object, fault))
+        if (reader->TopCount() > tops.size()) tops.push_back(reader->Top().path);
+    return ServerOfArguments(tops);
 }
 
 // Whether the file is whole. It stays open.

@@ -52,6 +52,18 @@ DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const Folder
     return ERROR_SUCCESS;
 }
 
+std::string ServerOfArguments(const std::vector<std::string>& arguments) {
+    std::optional<std::string> server;
+    for (const std::string& argument : arguments) {
+        Target target;
+        if (MakeTarget(argument, nullptr, target) != ERROR_SUCCESS) return {};
+        std::string its = ServerOfPath(target.folder + target.name);
+        if (server && *server != its) return {};
+        server = std::move(its);
+    }
+    return server.value_or("");
+}
+
 void RememberTarget(Target& target) {
     // The user may have named the folder itself ("."), which has a name only in the folder above.
     const bool isStart = target.start && target.folderFromStart == kFolderAbove;

@@ -107,7 +107,7 @@ class PolicyParsing {
     bool TakeObjects(const toml::table& table, PolicyRule& rule);
     bool TakeWanted(const toml::table& table, PolicyRule& rule);
     bool TakeEntries(const toml::node& node, PolicyRule& rule);
-    bool TakeEntry(const toml::table& table, nt::Ace& entry);
+    bool TakeEntry(const toml::table& table, const std::string& path, nt::Ace& entry);
 
     PolicyWords& words;
     PolicyFault& fault;
@@ -207,7 +207,7 @@ bool PolicyParsing::TakeWanted(const toml::table& table, PolicyRule& rule) {
     if (!TakeText(table, "owner", owner) || !TakeFlag(table, "protected", rule.isProtected)) return false;
     if (owner) {
         nt::Sid sid;
-        if (std::string problem = words.FindAccount(*owner, sid); !problem.empty())
+        if (std::string problem = words.FindAccount(*owner, rule.path, sid); !problem.empty())
             return Fail(*table.get("owner"), std::move(problem));
         rule.owner = sid;
     }
@@ -227,7 +227,7 @@ bool PolicyParsing::TakeEntries(const toml::node& node, PolicyRule& rule) {
         const toml::table* const table = each.as_table();
         if (table == nullptr) return Fail(each, "an entry is a table: {allow = ..., rights = ...}");
         nt::Ace entry;
-        if (!TakeEntry(*table, entry)) return false;
+        if (!TakeEntry(*table, rule.path, entry)) return false;
         const auto isAlike = [&](const nt::Ace& other) {
             return other.type == entry.type && other.flags == entry.flags && other.sid == entry.sid;
         };
@@ -240,7 +240,7 @@ bool PolicyParsing::TakeEntries(const toml::node& node, PolicyRule& rule) {
     return true;
 }
 
-bool PolicyParsing::TakeEntry(const toml::table& table, nt::Ace& entry) {
+bool PolicyParsing::TakeEntry(const toml::table& table, const std::string& path, nt::Ace& entry) {
     std::optional<std::string> allow;
     std::optional<std::string> deny;
     std::optional<std::string> rights;
@@ -254,7 +254,7 @@ bool PolicyParsing::TakeEntry(const toml::table& table, nt::Ace& entry) {
     if (allow.has_value() == deny.has_value()) return Fail(table, "an entry has either allow or deny");
     if (!rights) return Fail(table, "\"rights\" is missing");
     nt::Sid sid;
-    if (std::string problem = words.FindAccount(allow ? *allow : *deny, sid); !problem.empty())
+    if (std::string problem = words.FindAccount(allow ? *allow : *deny, path, sid); !problem.empty())
         return Fail(*table.get(allow ? "allow" : "deny"), std::move(problem));
     DWORD mask = 0;
     if (std::string problem = words.FindRights(*rights, mask); !problem.empty())

@@ -15,7 +15,8 @@ namespace permora {
 class PolicyWords {
   public:
     virtual ~PolicyWords() = default;
-    virtual std::string FindAccount(const std::string& text, nt::Sid& sid) = 0;
+    // In a rule about objects at `path`.
+    virtual std::string FindAccount(const std::string& text, const std::string& path, nt::Sid& sid) = 0;
     virtual std::string FindRights(const std::string& text, DWORD& mask) = 0;
     // The flags of an entry that applies so.
     virtual std::string FindScope(const std::string& text, BYTE& flags) = 0;

@@ -15,7 +15,7 @@ using testing::HasSubstr;
 
 class FewWords : public PolicyWords {
   public:
-    std::string FindAccount(const std::string& text, nt::Sid& sid) override {
+    std::string FindAccount(const std::string& text, const std::string& /*path*/, nt::Sid& sid) override {
         if (text == "nobody") return "nobody is unknown";
         sid = nt::Sid(5, {32, static_cast<std::uint32_t>(text.size())});
         return {};

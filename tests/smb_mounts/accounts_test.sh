@@ -71,6 +71,18 @@ Expect "a name that nobody has" "exit code 2" "$(Tell grant "$mount/file" --acco
 list=$(smbcacls //127.0.0.1/data file -U root%secret 2>/dev/null)
 for name in 'FILES\\anna' 'FILES\\Local Team' 'FILES\\bert'; do Expect "the server's list" "ACL:$name:ALLOWED" "$list"; done
 Expect "a bare name, for an object of this machine" "exit code 2" "$(Tell grant /root --account bert --rights 0x20)"
+"$cli" save "$mount/file" --output "$server/lists" >/dev/null 2>&1
+for place in "" "--to=$mount/file"; do
+    # shellcheck disable=SC2086
+    Expect "a bare name to be exchanged" "exit code 0" "$(Tell restore "$server/lists" $place --map bert=S-1-5-11 --yes)"
+    Expect "the server's list" ";;;AU)" "$(Judge file)"
+    Expect "a bare name to be exchanged" "exit code 0" "$(Tell replace "$mount/file" --map S-1-5-11=bert)"
+done
+for place in "$mount/file" /root; do
+    printf "version = 1\n[[rule]]\npath = '%s'\nincludes = [{allow = 'bert', rights = '0x20'}]\n" "$place" >"$server/policy"
+    [ "$place" = /root ] && told="exit code 2" || told="exit code [01]"
+    Expect "a bare name in a policy for $place" "$told" "$(Tell policy check "$server/policy")"
+done
 echo "names ($SECONDS s)"
 
 # Rights ACCOUNT: by the list, as the program tells them.
