@@ -9,8 +9,8 @@
 
 namespace permora {
 
-WordOption::WordOption(Command& command) {
-    command.Parser()
+WordOption::WordOption(Command& owner) : command(owner) {
+    owner.Parser()
         .add_option("--word", typed,
                     "In a file of icacls: the account that a word such as LA (the administrator of\n"
                     "the machine on which the file was saved) or DA (the administrators of its domain)\n"
@@ -20,12 +20,13 @@ WordOption::WordOption(Command& command) {
 }
 
 std::string WordOption::Interpret() {
+    const std::string server = typed.empty() ? std::string() : command.Server();
     for (const std::string& shielded : typed) {
         const std::string text = Unshielded(shielded);
         AccountPair pair;
         if (!ReadAccountPair(text, pair)) return "--word: not WORD=ACCOUNT: " + text;
         AccountRecord account;
-        if (const std::string problem = FindTypedAccount(pair.other, account); !problem.empty())
+        if (const std::string problem = FindTypedAccount(pair.other, account, server); !problem.empty())
             return "--word: " + problem;
         if (accounts.Define(pair.old, *account.sid)) continue;
         return "--word: " + pair.old +
