@@ -78,7 +78,7 @@ void Compare(const std::string& text, const std::string& top) {
         permora::SavedFault fault;
         const auto reader = permora::SavedListReader::Open(input, fault);
         if (!Check(reader != nullptr, fault.reason)) return;
-        permora::TreeComparison comparison(held, reader->Head().parts, observer);
+        permora::TreeComparison comparison(reader->Head().parts, held, reader->Head().parts, observer);
         permora::SavedObject object;
         while (reader->Next(object, fault))
             if (isCompared) comparison.Take({object.path, object.kind, object.descriptor->bytes});
