@@ -84,8 +84,7 @@ class CompareCommand : public ObjectCommand {
 };
 
 std::string CompareCommand::Interpret() {
-    const std::string problem = ObjectCommand::Interpret();
-    if (!problem.empty()) return problem;
+    if (std::string problem = ObjectCommand::Interpret(); !problem.empty()) return problem;
     return ObjectCount() != 2 ? "compare takes two: what was saved, and a tree" : words.Interpret();
 }
 
