@@ -14,27 +14,27 @@ namespace {
 
 struct Form {
     std::optional<std::string> (*toText)(std::span<const std::uint8_t>, SddlWords);
-    std::optional<std::vector<std::uint8_t>> (*fromText)(std::string_view, const Sid*);
+    std::optional<std::vector<std::uint8_t>> (*fromText)(std::string_view, const SddlAccounts&);
 };
 constexpr Form kForms[] = {{ConditionToText, ConditionFromText},
                            {ResourceAttributeToText, ResourceAttributeFromText}};
 
 void CheckText(const Form& form, std::string_view text) {
-    const Sid machine(5, {21, 1, 2, 3});
-    const auto stored = form.fromText(text, &machine);
+    const SddlAccounts machine(Sid(5, {21, 1, 2, 3}));
+    const auto stored = form.fromText(text, machine);
     if (!stored) return;
     Require(stored->size() % 4 == 0, "what was read from text fills an entry");
     for (const SddlWords words : {SddlWords::kAbbreviations, SddlWords::kNumbers}) {
         const auto written = form.toText(*stored, words);
         Require(written.has_value(), "what was read from text can be written as text");
-        Require(form.fromText(*written, nullptr) == stored, "text that was written means the same");
+        Require(form.fromText(*written, {}) == stored, "text that was written means the same");
     }
 }
 
 void CheckBytes(const Form& form, std::span<const std::uint8_t> stored) {
     const auto text = form.toText(stored, SddlWords::kAbbreviations);
     if (!text) return;
-    const auto read = form.fromText(*text, nullptr);
+    const auto read = form.fromText(*text, {});
     // The names of local attributes may be words of the grammar.
     if (!read) return;
     Require(form.toText(*read, SddlWords::kAbbreviations) == text, "text that was written is written again");

@@ -14,7 +14,7 @@ namespace {
 // Every other word is known.
 class HalfKnownWords : public PolicyWords {
   public:
-    std::string FindAccount(const std::string& text, nt::Sid& sid) override {
+    std::string FindAccount(const std::string& text, const std::string& /*path*/, nt::Sid& sid) override {
         sid = nt::Sid(5, {32, static_cast<std::uint32_t>(text.size())});
         return Judge(text);
     }
