@@ -8,6 +8,9 @@ target_compile_options(permora_settings INTERFACE
     -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
     -Woverloaded-virtual -Wcast-align -Wformat=2)
 
+# What names a source names it from the project's folder, wherever that is.
+target_compile_options(permora_settings INTERFACE -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+
 # When it optimises, GCC 12 mistakes joining a text and a string for an overlapping copy: GCC bug 105651.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     target_compile_options(permora_settings INTERFACE -Wno-restrict)

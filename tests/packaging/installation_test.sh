@@ -1,12 +1,11 @@
 #!/usr/bin/env bash
 # Installs what was built into a folder of its own, as cmake --install does it for whoever installs, and starts the
 # installed program, which must find its help without the build tree.
-#   installation_test.sh CMAKE BUILD_FOLDER [--no-build-folder-inside]
+#   installation_test.sh CMAKE BUILD_FOLDER
 # Root's installation is for all users, so it gets a copy of /etc in a namespace of its own.
 set -euo pipefail
 cmake=$1
 build=$2
-check=${3:-}
 
 if [ "$(id -u)" = 0 ] && [ "${INSTALLATION_TEST_INSIDE:-}" != yes ]; then
     if ! unshare --mount true 2>/dev/null; then
@@ -50,7 +49,7 @@ python3 "$(dirname "$(readlink -f "$0")")/desktop_test.py" "$stage/prefix" >>"$s
 for file in ZELHELP.chm help/index.html help/support.html; do
     [ -s "$folder/$file" ] || Fail "The help is not there: $file"
 done
-[ -z "$check" ] || ! grep -lF "$build" "$folder"/permora "$stage/prefix/bin/permora-cli" || Fail "The programs name the folder that they were built in."
+! grep -lF "$build" "$folder"/permora "$stage/prefix/bin/permora-cli" || Fail "The programs name the folder that they were built in."
 
 # It has read its settings and its folder when it enters the folder that it is to show.
 cd /
