@@ -354,8 +354,9 @@ bool CMainFrame::Remember(const std::string& volume, const Place& place, Remembe
 }
 
 bool CMainFrame::RememberItems(const std::string& volume, const Place& place, RememberedPlace& remembered) {
-    const auto remember = [place](RememberedPlace& found, PatientWork::Running& running) {
+    const auto remember = [volume, place](RememberedPlace& found, PatientWork::Running& running) {
         found.kind = place.kind;
+        if (place.kind != PlaceKind::kDrives) found.volume = volume;
         for (const std::string& name : place.names) {
             if (running.isGivenUp) break;
             found.items.emplace_back(place.folder, name);

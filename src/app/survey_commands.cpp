@@ -6,10 +6,13 @@
 #include <utility>
 
 #include "platform/api/messages.h"
+#include "platform/network_path.h"
 #include "results/find_dialog.h"
 #include "results/find_source.h"
 #include "results/report_dialog.h"
 #include "results/report_source.h"
+#include "security/object_security.h"
+#include "security/object_server.h"
 
 namespace permora {
 
@@ -26,6 +29,15 @@ std::string SurveyCommands::SelectionText() const {
     const std::vector<std::string> names = view.SelectedNames();
     if (names.size() == 1) return names.front();
     return names.empty() ? std::string() : std::to_string(names.size()) + " items";
+}
+
+std::string SurveyCommands::ServerOf(SearchedPlace searched) const {
+    if (searched == SearchedPlace::kFolder) return ServerOfPath(FolderText());
+    std::vector<std::string> paths = view.SelectedNames();
+    if (view.IsShowing(PlaceKind::kFolder))
+        for (std::string& path : paths)
+            path = ChildPath(FolderText(), path);
+    return ServerOfPaths(paths);
 }
 
 std::vector<ResultTop> SurveyCommands::Tops(SearchedPlace searched) const {
@@ -68,6 +80,7 @@ template <class Dialog>
 std::vector<ResultTop> SurveyCommands::Ask(Dialog& dialog) const {
     dialog.folder = FolderText();
     dialog.selection = SelectionText();
+    dialog.serverOf = [this](SearchedPlace searched) { return ServerOf(searched); };
     return dialog.DoModal() == IDOK ? Tops(dialog.place) : std::vector<ResultTop>();
 }
 

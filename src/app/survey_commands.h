@@ -37,6 +37,7 @@ class SurveyCommands {
                  std::vector<ResultTop>& tops) const;
     std::string FolderText() const;
     std::string SelectionText() const;
+    std::string ServerOf(SearchedPlace searched) const;
 
     CWnd& owner;
     BrowserView& view;

@@ -1,11 +1,9 @@
 // What the window asks volumes, and what it does when they do not answer.
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "browser/browser_view.h"
-#include "browser/drive_rows.h"
 #include "framework/frame_window.h"
 #include "security/message_boxes.h"
 
@@ -19,18 +17,14 @@ std::string WaitingText(std::size_t done, bool canBeStopped) {
 
 }  // namespace
 
-Outcome BrowserView::Ask(const std::string& volume, Question question) {
-    auto outcome = std::make_shared<Outcome>();
+Outcome BrowserView::Ask(const std::string& volume, VolumeTask question) {
     std::optional<std::size_t> shown;
     const auto show = [&](std::size_t done) {
         if (std::exchange(shown, done) != done) ShowState(WaitingText(done, wait.CanBeStopped()).c_str());
     };
-    const auto ask = [outcome, question = std::move(question)](PatientWork::Running& running) {
-        *outcome = question(running);
-    };
-    const DWORD error = wait.Do(volume, ask, show);
+    Outcome outcome = AskVolume(wait, volume, std::move(question), show);
     if (shown) ShowState("Ready");
-    return error == ERROR_SUCCESS ? *outcome : Outcome{.code = error, .object = volume};
+    return outcome;
 }
 
 Outcome BrowserView::VerifyRows() {
@@ -56,8 +50,6 @@ Outcome BrowserView::FindPath(const std::string& name, std::string& path) {
 void BrowserView::Tell(const Outcome& outcome) {
     if (outcome.code == ERROR_CANCELLED)
         ShowState("Stopped");
-    else if (outcome.code == ERROR_TIMEOUT)
-        ShowErrorBox(GetSafeHwnd(), NoAnswerText(outcome.object).c_str());
     else
         ShowOutcome(GetSafeHwnd(), outcome);
 }

@@ -19,6 +19,7 @@
 #include "framework/menu.h"
 #include "framework/patient_work.h"
 #include "framework/splitter.h"
+#include "security/volume_asking.h"
 
 namespace permora {
 
@@ -101,17 +102,11 @@ class BrowserView : public CWnd, private TreeOwner {
     // Outputs are untouched unless it is done.
     //
     // `question` owns all that it uses.
-    using Question = std::function<Outcome(PatientWork::Running& running)>;
-    Outcome Ask(const std::string& volume, Question question);
+    Outcome Ask(const std::string& volume, VolumeTask question);
     template <class Answer>
-    Outcome AskFor(const std::string& volume, Answer& answer,
-                   std::function<Outcome(Answer&, PatientWork::Running&)> question) {
-        auto found = std::make_shared<Answer>();
-        Outcome outcome = Ask(volume, [found, question = std::move(question)](PatientWork::Running& running) {
-            return question(*found, running);
-        });
-        if (outcome.IsDone()) answer = std::move(*found);
-        return outcome;
+    Outcome AskFor(const std::string& volume, Answer& answer, VolumeFinder<Answer> question) {
+        const auto ask = [&](VolumeTask task) { return Ask(volume, std::move(task)); };
+        return FindByAsking(ask, answer, std::move(question));
     }
     // RowSource::Verify, Hold and FindPath of the location shown.
     Outcome VerifyRows();

@@ -171,10 +171,6 @@ std::unique_ptr<RowSource> DriveRows::Enter(const std::string& root) const {
     return std::make_unique<FolderRows>(root);
 }
 
-std::string NoAnswerText(const std::string& volume) {
-    return kNoAnswer + (volume.empty() ? "" : " from " + VisibleText(volume));
-}
-
 DriveLook LookOfDrive(UINT driveType) {
     switch (driveType) {
         case DRIVE_REMOVABLE:

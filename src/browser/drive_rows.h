@@ -12,8 +12,6 @@ inline constexpr const char* kDriveListLocation = "Accessible disk drives";
 
 // In the place of what is not known of a drive whose volume does not answer.
 inline constexpr const char* kNoAnswer = "No answer";
-// The message that a volume (VolumeOfPath) gives no answer.
-std::string NoAnswerText(const std::string& volume);
 
 // The name of a row is the drive's root ("C:\"). Each drive has some seconds for its answer.
 class DriveRows : public RowSource {

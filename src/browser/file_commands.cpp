@@ -21,7 +21,7 @@
 namespace permora {
 namespace {
 
-BrowserView::Question FolderMaker(std::shared_ptr<const RowSource> rows, const std::string& typed) {
+VolumeTask FolderMaker(std::shared_ptr<const RowSource> rows, const std::string& typed) {
     return [rows = std::move(rows), path = PathFromTyped(typed)](PatientWork::Running& running) {
         const DWORD error = rows->MakeCurrent();
         if (error != ERROR_SUCCESS || running.isGivenUp) return Outcome{error};

@@ -8,6 +8,7 @@
 #include "platform/api/files.h"
 #include "platform/host_path.h"
 #include "platform/network_path.h"
+#include "security/object_server.h"
 
 namespace permora {
 namespace {
@@ -53,15 +54,13 @@ DWORD MakeTarget(const std::string& argument, const std::shared_ptr<const Folder
 }
 
 std::string ServerOfArguments(const std::vector<std::string>& arguments) {
-    std::optional<std::string> server;
+    std::vector<std::string> paths;
     for (const std::string& argument : arguments) {
         Target target;
         if (MakeTarget(argument, nullptr, target) != ERROR_SUCCESS) return {};
-        std::string its = ServerOfPath(target.folder + target.name);
-        if (server && *server != its) return {};
-        server = std::move(its);
+        paths.push_back(target.folder + target.name);
     }
-    return server.value_or("");
+    return ServerOfPaths(paths);
 }
 
 void RememberTarget(Target& target) {

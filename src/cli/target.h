@@ -39,8 +39,7 @@ bool MakeCertainTarget(const std::string& argument, const std::shared_ptr<const 
 // The same for an argument beside those of an ObjectCommand; the target is remembered.
 bool MakeNamedTarget(const std::string& argument, Target& target, ConsoleMessages& messages);
 
-// The server on which all that the arguments name lies (ServerOfPath); empty where that is not one and the
-// same.
+// ServerOfPaths of what the arguments name.
 std::string ServerOfArguments(const std::vector<std::string>& arguments);
 
 // Remembers the object of the target. If it cannot be found, FindTarget reports it.

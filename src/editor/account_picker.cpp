@@ -188,7 +188,7 @@ void CDlgUsersAndGroups::OnOK() {
     }
     DWORD error = ERROR_SUCCESS;
     DoLongWork(*this, [&] {
-        error = LookupAccountByName(name.c_str(), result, item ? ServerOfItem(*item) : std::string());
+        error = LookupAccountByName(name.c_str(), result, item ? ServerOfItem(*item) : server);
     });
     if (error != ERROR_SUCCESS) {
         const std::string reason = NotLookedUpText(error);

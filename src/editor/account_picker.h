@@ -25,6 +25,8 @@ class CDlgUsersAndGroups : public CDialog {
     // For what is the account; nothing: for nothing on another server. One whose share is mounted is asked
     // for names that nobody here has.
     std::optional<RememberedObject> item;
+    // The same for things on a server (LookupAccountByName) of which none is at hand.
+    std::string server;
 
   protected:
     bool OnInitDialog() override;

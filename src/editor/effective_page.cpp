@@ -8,6 +8,7 @@
 #include "editor/account_picker.h"
 #include "editor/compare_dialog.h"
 #include "editor/explanation_dialog.h"
+#include "editor/item_asking.h"
 #include "editor/required_control.h"
 #include "framework/long_work.h"
 #include "framework/styles.h"
@@ -22,6 +23,7 @@
 #include "security/object_server.h"
 #include "security/rights_comparison.h"
 #include "security/rights_explanation.h"
+#include "security/volume_asking.h"
 #include "shares/network_rights.h"
 
 namespace permora {
@@ -54,20 +56,53 @@ Explained Explain(const HeldObject& object, PACL dacl, const AccountGroups& grou
     return explained;
 }
 
-// The lists of all items, with the accounts to begin with. Returns why some are not known, or an empty text.
-std::string ReadLists(const RememberedPlace& place, RightsComparison& comparison) {
-    std::string reason;
-    for (const RememberedObject& item : place.items) {
+Outcome ReadListOfItem(const RememberedObject& item, HeldObject& object, ReadParts& list) {
+    Outcome outcome = FindItem(item, object);
+    if (outcome.IsDone()) outcome.code = object.ReadSecurity(DACL_SECURITY_INFORMATION, list);
+    return outcome;
+}
+
+// The lists of items of one volume, as far as it gives them.
+struct ListsOfVolume {
+    struct List {
+        ReadParts parts;
+        std::string server;
+    };
+    std::vector<List> lists;
+    std::string reason;  // why the others are not known: for one of them
+};
+
+Outcome ReadListsOfVolume(const std::vector<RememberedObject>& items, ListsOfVolume& found,
+                          PatientWork::Running& running) {
+    for (const RememberedObject& item : items) {
+        if (running.isGivenUp) break;
         HeldObject object;
         ReadParts parts;
-        Outcome outcome = FindItem(item, object);
-        if (outcome.IsDone()) outcome.code = object.ReadSecurity(DACL_SECURITY_INFORMATION, parts);
-        if (outcome.IsDone()) {
-            comparison.AddObject(parts.dacl, ServerOfObject(object));
-            continue;
-        }
-        comparison.AddUnknownObject();
-        if (reason.empty()) reason = item.Path() + ": " + SystemMessageLine(outcome.code);
+        const Outcome outcome = ReadListOfItem(item, object, parts);
+        if (outcome.IsDone())
+            found.lists.push_back({std::move(parts), ServerOfObject(object)});
+        else if (found.reason.empty())
+            found.reason = item.Path() + ": " + SystemMessageLine(outcome.code);
+        ++running.done;
+    }
+    return {};
+}
+
+// The lists of all items. Returns why some are not known, or an empty text.
+std::string ReadLists(CWnd& window, const RememberedPlace& place, RightsComparison& comparison) {
+    std::string reason;
+    for (const RememberedPlace& part : ByVolume(place)) {
+        const auto find = [items = part.items](ListsOfVolume& found, PatientWork::Running& running) {
+            return ReadListsOfVolume(items, found, running);
+        };
+        ListsOfVolume found;
+        const Outcome outcome =
+            FindOnVolume<ListsOfVolume>(window, VolumeOfItem(part, part.items.front()), found, find);
+        for (const ListsOfVolume::List& list : found.lists)
+            comparison.AddObject(list.parts.dacl, list.server);
+        for (std::size_t unread = found.lists.size(); unread < part.items.size(); ++unread)
+            comparison.AddUnknownObject();
+        if (reason.empty()) reason = outcome.IsDone() ? found.reason : LineText(outcome);
     }
     const std::string count = std::to_string(comparison.UnknownCount());
     return reason.empty() ? reason : "the lists of " + count + " objects cannot be read (" + reason + ")";
@@ -219,10 +254,8 @@ void CPage4::OnCompare() {
     RightsComparison comparison(request);
     CCompareAccountsDlg dialog(comparison, this);
     const bool isChosen = !AccountField().GetWindowText().empty();
-    DoLongWork(*this, [&] {
-        dialog.unread = ReadLists(*place, comparison);
-        if (isChosen) comparison.AddAccount(account);
-    });
+    dialog.unread = ReadLists(*this, *place, comparison);
+    if (isChosen) DoLongWork(*this, [&] { comparison.AddAccount(account); });
     dialog.DoModal();
 }
 
@@ -238,11 +271,20 @@ void CPage4::OfferExactGroups(GroupsOrigin origin) {
 }
 
 bool CPage4::ReadList(Inquiry& inquiry) {
-    Outcome outcome = FindItem(place->items.front(), inquiry.object);
-    if (outcome.IsDone())
-        outcome.code = inquiry.object.ReadSecurity(DACL_SECURITY_INFORMATION, inquiry.parts);
+    const RememberedObject& item = place->items.front();
+    struct Read {
+        HeldObject object;
+        ReadParts parts;
+    };
+    const auto find = [item](Read& found, PatientWork::Running&) {
+        return ReadListOfItem(item, found.object, found.parts);
+    };
+    Read read;
+    const Outcome outcome = FindOnVolume<Read>(*this, VolumeOfItem(*place, item), read, find);
     ShowOutcome(GetSafeHwnd(), outcome);
     if (!outcome.IsDone()) return false;
+    inquiry.object = std::move(read.object);
+    inquiry.parts = std::move(read.parts);
     if (inquiry.parts.dacl != nullptr) return true;
     ShowInfoBox(GetSafeHwnd(), "Object's access control list is null (All access is allowed always)");
     return false;

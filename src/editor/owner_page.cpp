@@ -7,6 +7,7 @@
 
 #include "editor/account_picker.h"
 #include "editor/change_making.h"
+#include "editor/item_asking.h"
 #include "editor/preview_dialog.h"
 #include "editor/required_control.h"
 #include "framework/long_work.h"
@@ -19,6 +20,7 @@
 #include "security/message_boxes.h"
 #include "security/owner_candidates.h"
 #include "security/results_dialog.h"
+#include "security/volume_asking.h"
 
 namespace permora {
 namespace {
@@ -117,7 +119,7 @@ void CPage3::Fill() {
 
 // What this user lacks the right for is disabled, with the reason.
 void CPage3::OfferChanges(bool isAnyoneAllowed) {
-    std::string remark = ReadOnlyReason(place->items, OWNER_SECURITY_INFORMATION);
+    std::string remark = AskReadOnlyReason(*this, *place, OWNER_SECURITY_INFORMATION);
     const bool canChange = remark.empty();
     if (canChange && !isAnyoneAllowed) remark = kOthersNeedPrivilege;
     CandidateList().EnableWindow(canChange);
@@ -162,13 +164,16 @@ void CPage3::OnOtherAccount() {
 }
 
 void CPage3::ShowOwner() {
-    HeldObject object;
-    DWORD error = place->items.front().Find(object);
-    if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, owner);
-    if (error != ERROR_SUCCESS) {
-        ShowOutcome(GetSafeHwnd(), {error, Step::kReadOwner});
-        return;
-    }
+    const RememberedObject& item = place->items.front();
+    const auto find = [item](AccountRecord& found, PatientWork::Running&) {
+        HeldObject object;
+        DWORD error = item.Find(object);
+        if (error == ERROR_SUCCESS) error = ReadObjectOwner(object, found);
+        return Outcome{error, Step::kReadOwner};
+    };
+    const Outcome outcome = FindOnVolume<AccountRecord>(*this, VolumeOfItem(*place, item), owner, find);
+    ShowOutcome(GetSafeHwnd(), outcome);
+    if (!outcome.IsDone()) return;
     OwnerField().SetWindowText("");  // an object may have no owner
     RenderNames();
 }

@@ -8,6 +8,7 @@
 
 #include "app/settings_store.h"
 #include "editor/change_making.h"
+#include "editor/item_asking.h"
 #include "editor/list_writing.h"
 #include "platform/api/errors.h"
 #include "platform/api/messages.h"
@@ -17,6 +18,7 @@
 #include "security/apply_dialog.h"
 #include "security/message_boxes.h"
 #include "security/results_dialog.h"
+#include "security/volume_asking.h"
 
 namespace permora {
 namespace {
@@ -130,21 +132,33 @@ std::string CPage1::EmptyListText() const {
 }
 
 bool CPage1::ReadItem() {
+    struct Read {
+        ObjectSecurity object;
+        bool isFolder = false;
+    };
     shown = {};
     AskForFacts();
-    HeldObject held;
-    Outcome outcome = FindItem(place->items.front(), held);
-    if (outcome.IsDone()) outcome = ReadObjectDacl(held, object);
+    const RememberedObject& item = place->items.front();
+    const auto find = [item](Read& found, PatientWork::Running&) {
+        HeldObject held;
+        Outcome outcome = FindItem(item, held);
+        if (outcome.IsDone()) outcome = ReadObjectDacl(held, found.object);
+        found.isFolder = outcome.IsDone() && held.IsFolder();
+        return outcome;
+    };
+    Read read;
+    const Outcome outcome = FindOnVolume<Read>(*this, VolumeOfItem(*place, item), read, find);
     ShowOutcome(GetSafeHwnd(), outcome);
     if (!outcome.IsDone()) return false;
+    object = std::move(read.object);
     if (object.dacl == nullptr) ShowInfoBox(GetSafeHwnd(), kNullListText);
     ShowInheritance();
-    Enable({IDC_REPLACE_CHILD_ENTRIES}, held.IsFolder());
+    Enable({IDC_REPLACE_CHILD_ENTRIES}, read.isFolder);
     return true;
 }
 
 std::string CPage1::ReadOnlyReason() {
-    return permora::ReadOnlyReason(place->items, DACL_SECURITY_INFORMATION);
+    return AskReadOnlyReason(*this, *place, DACL_SECURITY_INFORMATION);
 }
 
 void CPage1::ShowInheritance() {

@@ -50,10 +50,10 @@ struct Shared {
 }  // namespace
 
 struct PatientWork::Current {
-    VolumeQuestion question;
-    const bool takesInput = !IsModalWindowOpen();
+    const bool takesInput;
+    VolumeQuestion question{};
     bool isGivenUp = false;
-    std::function<void()> next;
+    std::function<void()> next{};
 
     // What is known once a modal window has been closed may be old.
     void YieldToModalWindows(RepeatedWork& look) {
@@ -69,7 +69,7 @@ DWORD PatientWork::Do(const std::string& volume, Work work, const Progress& prog
     if (current != nullptr) return ERROR_CANCELLED;
     const auto shared = std::make_shared<Shared>();
     shared->work = std::move(work);
-    Current now;
+    Current now{.takesInput = takesInput && !IsModalWindowOpen()};
     const auto ask = [&] { return now.question.Ask(volume, [shared] { shared->Run(); }); };
     DWORD error = ask();
     bool isAnswered = error == ERROR_SUCCESS && now.question.IsAnswered(kUnnoticed);

@@ -43,6 +43,8 @@ class PatientWork {
     // How long Do waits without progress. As long as a mount over a slow line may need, unless it is
     // shortened.
     std::chrono::milliseconds patience{30'000};
+    // False: input is always dropped while Do waits.
+    bool takesInput = true;
 
     bool IsWaiting() const { return current != nullptr; }
     // Whether the user can give up what is waited for.

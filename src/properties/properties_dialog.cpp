@@ -1,11 +1,15 @@
 #include "properties/properties_dialog.h"
 
+#include <atomic>
 #include <chrono>
+#include <mutex>
 #include <utility>
 
 #include "platform/api/errors.h"
 #include "platform/system_message.h"
+#include "platform/volume_question.h"
 #include "resources/resource_ids.h"
+#include "security/volume_asking.h"
 
 namespace permora {
 namespace {
@@ -30,54 +34,29 @@ bool IsMeasured(ObjectSort sort) {
 
 }  // namespace
 
-// The dialog's fields for the worker. Any of them may be null.
+// Counts on a thread that may outlive the dialog.
 class CPropertiesDlg::Count : public TreeSizeObserver {
   public:
-    explicit Count(CPropertiesDlg& dialog)
-        : stop(dialog.stopRequested),
-          size(dialog.GetDlgItem(IDC_PROPERTY_SIZE)),
-          sizeOnDisk(dialog.GetDlgItem(IDC_PROPERTY_SIZE_ON_DISK)),
-          contents(dialog.GetDlgItem(IDC_PROPERTY_CONTENTS)) {}
-
-    void Run(const std::string& path) {
-        TreeSize measured;
-        const DWORD error = MeasureTree(path.c_str(), *this, measured);
-        if (error != ERROR_SUCCESS)
-            Fail(error);
-        else if (!stop)
-            Show(measured, "");
+    void Run(const std::string& object) { error = MeasureTree(object.c_str(), *this, size); }
+    bool Measured(const TreeSize& measured) override {
+        const std::lock_guard lock(guard);
+        soFar = measured;
+        return !isStopped;
     }
 
-    void Fail(DWORD error) const {
-        for (CWnd* field : {size, sizeOnDisk, contents})
-            SetText(field, SystemMessageLine(error));
+    TreeSize SoFar() {
+        const std::lock_guard lock(guard);
+        return soFar;
     }
 
-    bool Measured(const TreeSize& soFar) override {
-        constexpr std::chrono::milliseconds kPace(100);
-        const auto now = std::chrono::steady_clock::now();
-        if (now - shown >= kPace) {
-            Show(soFar, " so far");
-            shown = now;
-        }
-        return !stop;
-    }
+    std::atomic<bool> isStopped = false;
+    // Once it has run.
+    DWORD error = ERROR_SUCCESS;
+    TreeSize size;
 
   private:
-    void Show(const TreeSize& measured, const char* remark) const {
-        SetText(size, SizeText(measured.bytes) + remark);
-        SetText(sizeOnDisk, SizeText(measured.bytesOnDisk) + remark);
-        SetText(contents, ContentsText(measured) + remark);
-    }
-    static void SetText(CWnd* field, const std::string& text) {
-        if (field != nullptr) field->SetWindowText(text);
-    }
-
-    const std::atomic<bool>& stop;
-    CWnd* size;
-    CWnd* sizeOnDisk;
-    CWnd* contents;
-    std::chrono::steady_clock::time_point shown = std::chrono::steady_clock::now();
+    std::mutex guard;
+    TreeSize soFar;
 };
 
 CPropertiesDlg::CPropertiesDlg(std::string objectPath, ObjectFacts objectFacts, CWnd* ownerWindow)
@@ -99,14 +78,15 @@ bool CPropertiesDlg::OnInitDialog() {
     SetWindowText("Properties - " + facts.name);
     ShowFacts();
     if (CWnd* button = GetDlgItem(IDC_PROPERTY_PERMISSIONS)) button->EnableWindow(editSecurity != nullptr);
-    stopRequested = false;
     if (IsMeasured(facts.sort)) StartCount();
     return true;
 }
 
 void CPropertiesDlg::OnDestroy() {
-    stopRequested = true;
-    worker.Wait();
+    if (count) count->isStopped = true;
+    counting.Forget();
+    pace.Stop();
+    CDialog::OnDestroy();
 }
 
 void CPropertiesDlg::ShowFacts() {
@@ -127,18 +107,54 @@ void CPropertiesDlg::ShowFacts() {
     };
     for (const auto& [id, text] : kTexts)
         ShowText(id, text);
-    ShowText(IDC_PROPERTY_OWNER, OwnerText(path));
+    ShowOwner();
     if (auto* bar = GetDlgItem<CProgressCtrl>(IDC_PROPERTY_USED_BAR)) bar->SetPos(facts.usedPercent);
 }
 
+void CPropertiesDlg::ShowOwner() {
+    const auto find = [object = path](std::string& found, PatientWork::Running&) {
+        found = OwnerText(object);
+        return Outcome();
+    };
+    std::string text;
+    const Outcome outcome = FindOnVolume<std::string>(*this, VolumeOfPath(path), text, find);
+    ShowText(IDC_PROPERTY_OWNER, outcome.IsDone() ? text : LineText(outcome));
+}
+
 void CPropertiesDlg::StartCount() {
-    constexpr unsigned int kCounted[] = {IDC_PROPERTY_SIZE, IDC_PROPERTY_SIZE_ON_DISK, IDC_PROPERTY_CONTENTS};
-    for (const unsigned int id : kCounted)
-        ShowText(id, "Counting...");
-    // The worker must not look up the fields itself.
-    auto count = std::make_shared<Count>(*this);
-    const DWORD error = worker.Start([count, counted = path] { count->Run(counted); });
-    if (error != ERROR_SUCCESS) count->Fail(error);
+    constexpr std::chrono::milliseconds kPace(100);
+    count = std::make_shared<Count>();
+    ShowCounted("Counting...", "Counting...", "Counting...");
+    const auto finish = [this] {
+        pace.Stop();
+        if (count->error == ERROR_SUCCESS)
+            ShowSize(count->size, "");
+        else
+            ShowNotCounted(count->error);
+    };
+    const DWORD error = counting.Ask([run = count, object = path] { run->Run(object); }, finish);
+    if (error != ERROR_SUCCESS) return ShowNotCounted(error);
+    pace.Start(kPace, [this] {
+        const TreeSize soFar = count->SoFar();
+        if (soFar.files + soFar.folders != 0) ShowSize(soFar, " so far");
+    });
+}
+
+void CPropertiesDlg::ShowSize(const TreeSize& size, const char* remark) {
+    ShowCounted(SizeText(size.bytes) + remark, SizeText(size.bytesOnDisk) + remark,
+                ContentsText(size) + remark);
+}
+
+void CPropertiesDlg::ShowNotCounted(DWORD error) {
+    const std::string reason = SystemMessageLine(error);
+    ShowCounted(reason, reason, reason);
+}
+
+void CPropertiesDlg::ShowCounted(const std::string& size, const std::string& onDisk,
+                                 const std::string& contents) {
+    ShowText(IDC_PROPERTY_SIZE, size);
+    ShowText(IDC_PROPERTY_SIZE_ON_DISK, onDisk);
+    ShowText(IDC_PROPERTY_CONTENTS, contents);
 }
 
 void CPropertiesDlg::ShowText(unsigned int id, const std::string& text) {
@@ -147,7 +163,7 @@ void CPropertiesDlg::ShowText(unsigned int id, const std::string& text) {
 
 void CPropertiesDlg::EditPermissions() {
     editSecurity(path);
-    ShowText(IDC_PROPERTY_OWNER, OwnerText(path));
+    ShowOwner();
 }
 
 }  // namespace permora

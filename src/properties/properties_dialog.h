@@ -1,12 +1,13 @@
 // CPropertiesDlg: the facts about a file, folder, link or drive, with a count of a folder's contents.
 #pragma once
 
-#include <atomic>
 #include <functional>
+#include <memory>
 #include <string>
 
+#include "framework/background_question.h"
 #include "framework/dialog.h"
-#include "framework/worker_thread.h"
+#include "framework/repeated_work.h"
 #include "properties/object_facts.h"
 
 namespace permora {
@@ -20,7 +21,7 @@ class CPropertiesDlg : public CDialog {
     std::function<void(const std::string& path)> editSecurity;
 
   protected:
-    // Files and folders are measured on a thread, which ends with the window.
+    // Files and folders are measured on a thread, for which nobody waits when the window closes.
     bool OnInitDialog() override;
     void OnDestroy() override;
     const MessageMap& GetMessageMap() const override;
@@ -30,14 +31,19 @@ class CPropertiesDlg : public CDialog {
 
     void EditPermissions();
     void ShowFacts();
+    void ShowOwner();
     void StartCount();
+    void ShowSize(const TreeSize& size, const char* remark);
+    void ShowNotCounted(DWORD error);
+    void ShowCounted(const std::string& size, const std::string& onDisk, const std::string& contents);
     // Not every object's dialog has every field.
     void ShowText(unsigned int id, const std::string& text);
 
     std::string path;
     ObjectFacts facts;
-    std::atomic<bool> stopRequested = false;
-    WorkerThread worker;
+    std::shared_ptr<Count> count;  // the latest; null: none yet
+    BackgroundQuestion counting;
+    RepeatedWork pace;
 };
 
 }  // namespace permora

@@ -1,15 +1,13 @@
 #include "properties/properties_service.h"
 
-#include <atomic>
-#include <memory>
 #include <string>
 #include <utility>
 
-#include "browser/drive_rows.h"
 #include "platform/api/errors.h"
 #include "platform/volume_question.h"
 #include "properties/properties_dialog.h"
 #include "security/message_boxes.h"
+#include "security/volume_asking.h"
 
 namespace permora {
 
@@ -25,21 +23,15 @@ PropertiesService::~PropertiesService() {
 }
 
 void PropertiesService::Present(HWND owner, const char* path) {
-    struct Read {
-        ObjectFacts facts;
-        DWORD error = ERROR_SUCCESS;
+    const auto ask = [&](VolumeTask task) { return AskVolume(wait, VolumeOfPath(path), std::move(task)); };
+    const auto read = [object = std::string(path)](ObjectFacts& found, PatientWork::Running&) {
+        return Outcome{ReadObjectFacts(object, found)};
     };
-    const auto read = std::make_shared<Read>();
-    const std::string volume = VolumeOfPath(path);
-    const auto ask = [read, object = std::string(path)](PatientWork::Running&) {
-        read->error = ReadObjectFacts(object, read->facts);
-    };
-    DWORD error = wait.Do(volume, ask);
-    if (error == ERROR_CANCELLED) return;
-    if (error == ERROR_TIMEOUT) return ShowErrorBox(owner, NoAnswerText(volume).c_str());
-    if (error == ERROR_SUCCESS) error = read->error;
-    if (error != ERROR_SUCCESS) return ShowSystemErrorBox(owner, error);
-    CPropertiesDlg dialog(path, read->facts, &mainWindow);
+    ObjectFacts facts;
+    const Outcome outcome = FindByAsking<ObjectFacts>(ask, facts, read);
+    if (outcome.code == ERROR_CANCELLED) return;
+    if (!outcome.IsDone()) return ShowOutcome(owner, outcome);
+    CPropertiesDlg dialog(path, facts, &mainWindow);
     dialog.editSecurity = editSecurity;
     dialog.DoModal();
 }

@@ -13,7 +13,8 @@ std::string MakeFindRequest(const FindChoice& choice, FindRequest& request) {
         const std::string typed(WithoutOuterBlanks(choice.typed));
         if (typed.empty()) return "The name of the account is empty.";
         AccountRecord account;
-        if (std::string problem = FindTypedAccount(typed, account); !problem.empty()) return problem;
+        if (std::string problem = FindTypedAccount(typed, account, choice.server); !problem.empty())
+            return problem;
         made.criteria.account = account.sid;
         made.name = AccountDisplayName(account);
     }

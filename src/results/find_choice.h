@@ -12,7 +12,8 @@ enum class SearchedAccounts : std::uint8_t { kOne, kGone };
 
 struct FindChoice {
     SearchedAccounts accounts = SearchedAccounts::kOne;
-    std::string typed;  // of kOne: a name, DOMAIN\name or the text of a SID
+    std::string typed;   // of kOne: a name, DOMAIN\name or the text of a SID
+    std::string server;  // that is asked for names which nobody here has (LookupAccountByName)
     SearchedPart part = SearchedPart::kEntries;
     // Of entries alone.
     std::uint32_t rights = 0;

@@ -77,6 +77,7 @@ void CFindDlg::EnableFields() {
 
 void CFindDlg::OnBrowse() {
     CDlgUsersAndGroups picker(this);
+    picker.server = Server();
     if (picker.DoModal() != IDOK) return;
     GetDlgItem(IDC_FIND_ACCOUNT)->SetWindowText(AccountDisplayName(picker.result));
 }
@@ -91,6 +92,7 @@ std::uint32_t CFindDlg::CheckedRights() const {
 FindChoice CFindDlg::Choice() const {
     return {.accounts = IsChecked(IDC_FIND_GONE_ACCOUNTS) ? SearchedAccounts::kGone : SearchedAccounts::kOne,
             .typed = GetDlgItem(IDC_FIND_ACCOUNT)->GetWindowText(),
+            .server = Server(),
             .part = IsChecked(IDC_FIND_OWNERS) ? SearchedPart::kOwner : SearchedPart::kEntries,
             .rights = CheckedRights(),
             .effect = static_cast<EntryEffect>(GetDlgItem<CComboBox>(IDC_FIND_EFFECT)->GetCurSel()),
@@ -107,6 +109,10 @@ void CFindDlg::OnOK() {
     }
     place = ChosenPlace(*this, kFindPlaces);
     CDialog::OnOK();
+}
+
+std::string CFindDlg::Server() const {
+    return serverOf ? serverOf(ChosenPlace(*this, kFindPlaces)) : std::string();
 }
 
 }  // namespace permora

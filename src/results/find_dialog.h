@@ -1,6 +1,7 @@
 // CFindDlg: for which entries or owners, and where, a search is to look.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "framework/dialog.h"
@@ -18,6 +19,8 @@ class CFindDlg : public CDialog {
     // first.
     std::string folder;
     std::string selection;
+    // On which server that is, for the names of accounts (LookupAccountByName). Null: on none.
+    std::function<std::string(SearchedPlace place)> serverOf;
 
     // After IDOK.
     SearchedPlace place = SearchedPlace::kFolder;
@@ -32,6 +35,7 @@ class CFindDlg : public CDialog {
     void OnBrowse();
     void EnableFields();
     FindChoice Choice() const;
+    std::string Server() const;
     std::uint32_t CheckedRights() const;
     bool IsChecked(unsigned int id) const;
     CListCtrl& Rights() const;

@@ -16,7 +16,8 @@ std::string MakeReportRequest(const ReportChoice& choice, ReportRequest& request
     }
     const std::string account(WithoutOuterBlanks(choice.account));
     if (!account.empty())
-        if (std::string problem = FindTypedAccount(account, made.account); !problem.empty()) return problem;
+        if (std::string problem = FindTypedAccount(account, made.account, choice.server); !problem.empty())
+            return problem;
     request = std::move(made);
     return {};
 }

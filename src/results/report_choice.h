@@ -12,6 +12,7 @@ namespace permora {
 struct ReportChoice {
     std::string levels;
     std::string account;  // a name, DOMAIN\name or the text of a SID
+    std::string server;   // that is asked for names which nobody here has (LookupAccountByName)
     RemarkSet only;
     ReportMembers members = ReportMembers::kLeftOut;
 };

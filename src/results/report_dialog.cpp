@@ -37,6 +37,7 @@ CListCtrl& CReportDlg::Remarks() const {
 
 void CReportDlg::OnBrowse() {
     CDlgUsersAndGroups picker(this);
+    picker.server = Server();
     if (picker.DoModal() != IDOK) return;
     GetDlgItem(IDC_REPORT_ACCOUNT)->SetWindowText(AccountDisplayName(picker.result));
 }
@@ -44,6 +45,7 @@ void CReportDlg::OnBrowse() {
 ReportChoice CReportDlg::Choice() const {
     ReportChoice choice{.levels = GetDlgItem(IDC_REPORT_LEVELS)->GetWindowText(),
                         .account = GetDlgItem(IDC_REPORT_ACCOUNT)->GetWindowText(),
+                        .server = Server(),
                         .only = {},
                         .members = GetDlgItem<CButton>(IDC_REPORT_MEMBERS)->IsChecked()
                                        ? ReportMembers::kFound
@@ -63,6 +65,10 @@ void CReportDlg::OnOK() {
     }
     place = ChosenPlace(*this, kReportPlaces);
     CDialog::OnOK();
+}
+
+std::string CReportDlg::Server() const {
+    return serverOf ? serverOf(ChosenPlace(*this, kReportPlaces)) : std::string();
 }
 
 }  // namespace permora

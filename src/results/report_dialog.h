@@ -1,6 +1,7 @@
 // CReportDlg: of what a report is made, and what it lists.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "framework/dialog.h"
@@ -18,6 +19,8 @@ class CReportDlg : public CDialog {
     // first.
     std::string folder;
     std::string selection;
+    // On which server that is, for the names of accounts (LookupAccountByName). Null: on none.
+    std::function<std::string(SearchedPlace place)> serverOf;
 
     // After IDOK.
     SearchedPlace place = SearchedPlace::kFolder;
@@ -31,6 +34,7 @@ class CReportDlg : public CDialog {
   private:
     void OnBrowse();
     ReportChoice Choice() const;
+    std::string Server() const;
     CListCtrl& Remarks() const;
 };
 

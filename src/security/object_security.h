@@ -22,6 +22,8 @@ namespace permora {
 struct RememberedPlace {
     PlaceKind kind = PlaceKind::kFolder;
     std::vector<RememberedObject> items;
+    // On which all items are (VolumeOfPath); empty for drives, and where they may be on several.
+    std::string volume = {};
 };
 // Not for shares, which are no objects of the file system.
 RememberedPlace RememberPlace(const Place& place);

@@ -38,6 +38,16 @@ std::string ServerOfObject(const HeldObject& object) {
     return object.FindListPlace(place) == ERROR_SUCCESS && place == ListPlace::kSmb ? kUnknownServer : "";
 }
 
+std::string ServerOfPaths(const std::vector<std::string>& paths) {
+    std::optional<std::string> server;
+    for (const std::string& path : paths) {
+        std::string its = ServerOfPath(path);
+        if (server && *server != its) return {};
+        server = std::move(its);
+    }
+    return server.value_or("");
+}
+
 std::string ServerOfItem(const RememberedObject& item) {
     HeldObject object;
     return item.Find(object) == ERROR_SUCCESS ? ServerOfObject(object) : std::string();

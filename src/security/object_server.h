@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/api/errors.h"
 #include "platform/api/security.h"
@@ -22,6 +23,10 @@ std::string ServerOfObject(const HeldObject& object);
 
 // Of one that is remembered, if it can be found again; else empty.
 std::string ServerOfItem(const RememberedObject& item);
+
+// The server on which all that these paths lead to lies (ServerOfPath); empty where that is not one and the
+// same.
+std::string ServerOfPaths(const std::vector<std::string>& paths);
 
 // The one server of several objects.
 class CommonServer {

@@ -21,13 +21,14 @@ struct StepTexts {
 };
 
 // clang-format off
-constexpr std::array<StepTexts, 38> kTexts = {{
+constexpr std::array<StepTexts, 39> kTexts = {{
     {Step::kNone,              "{system}"},
 
     {Step::kFindAgain,         "\"{object}\" is left alone: another object has this name since it was shown here.",
                                "left alone: another object has this name by now"},
     {Step::kFindFolderAgain,   "What is below \"{object}\" is left alone: another object has this name since it was shown here.",
                                "left alone: another object has this name by now"},
+    {Step::kAwaitAnswer,       "No answer from {object}"},
     {Step::kChangeContents,    "What is below \"{object}\" was left as it is: {system}",
                                "what is below it was left as it is: {reason}"},
     {Step::kUseAccessControl,  "Access control is not supported by the file system", {}, Kind::kInformation},

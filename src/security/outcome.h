@@ -16,6 +16,7 @@ enum class Step {
     // Objects and their lists.
     kFindAgain,         // the object's name leads to another object by now
     kFindFolderAgain,   // the same for a folder whose contents were to be changed
+    kAwaitAnswer,       // of the volume, which is the object
     kChangeContents,    // going through a folder, whose own list or owner is another matter
     kUseAccessControl,  // the volume has none
     kCarryDown,         // the object was changed, something below it was not

@@ -5,6 +5,7 @@
 
 #include "editor/account_picker.h"
 #include "editor/change_making.h"
+#include "editor/item_asking.h"
 #include "editor/list_writing.h"
 #include "editor/multi_selection_notice.h"
 #include "editor/required_control.h"
@@ -15,6 +16,7 @@
 #include "security/distinct_names.h"
 #include "security/message_boxes.h"
 #include "security/results_dialog.h"
+#include "security/volume_asking.h"
 
 namespace permora {
 namespace {
@@ -115,10 +117,24 @@ bool CWizardPage3::LoadAccounts() {
     Enable({IDC_WIZARD_ACCOUNTS, IDC_WIZARD_RIGHTS, IDC_COMBINATIONS, IDC_WIZARD_ADD_ACCOUNT,
             IDC_WIZARD_REMOVE_ACCOUNT},
            false);
-    HeldObject item;
+    struct Read {
+        AccountRights rights;
+        ReadParts shown;
+    };
+    const RememberedObject& item = place->items.front();
+    const auto find = [item](Read& found, PatientWork::Running&) {
+        HeldObject object;
+        Outcome outcome = FindItem(item, object);
+        if (outcome.IsDone()) outcome = LoadAccountsFromItem(object, found.rights, found.shown);
+        return outcome;
+    };
     rights = {};
-    Outcome outcome = FindItem(place->items.front(), item);
-    if (outcome.IsDone()) outcome = LoadAccountsFromItem(item, rights, shown);
+    Read read;
+    const Outcome outcome = FindOnVolume<Read>(*this, VolumeOfItem(*place, item), read, find);
+    if (outcome.IsDone()) {
+        rights = std::move(read.rights);
+        shown = std::move(read.shown);
+    }
     ShowBoxes();
     ShowOutcome(GetSafeHwnd(), outcome);
     if (!outcome.IsDone()) return false;

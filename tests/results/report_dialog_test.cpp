@@ -41,6 +41,11 @@ TEST_F(ReportDialogTest, NothingChosenIsAWholeReportOfTheSelection) {
 
 TEST_F(ReportDialogTest, WhatIsTypedIsCheckedAndTaken) {
     dialog.folder = R"(C:\data)";
+    SearchedPlace named = SearchedPlace::kSelection;
+    dialog.serverOf = [&](SearchedPlace place) {
+        named = place;
+        return std::string();
+    };
     EXPECT_EQ(Show([this](WindowDriver& window) {
                   EXPECT_FALSE(window.IsEnabled(IDC_REPORT_ON_SELECTION));
                   window.SetText(IDC_REPORT_LEVELS, "two");
@@ -58,6 +63,7 @@ TEST_F(ReportDialogTest, WhatIsTypedIsCheckedAndTaken) {
               }),
               IDOK);
     EXPECT_EQ(dialog.place, SearchedPlace::kFolder);
+    EXPECT_EQ(named, SearchedPlace::kFolder) << "whose server knows the names";
     EXPECT_EQ(dialog.request.depth, 2U);
     EXPECT_EQ(dialog.request.account.GetSidText(), "S-1-5-32-545");
     EXPECT_EQ(dialog.request.only, RemarkSet{Remark::kStale});
