@@ -13,6 +13,10 @@ constexpr std::uint64_t kObjectsOfSlice = 8;
 constexpr std::uint64_t kObjectsOfThread = 2;
 constexpr int kMostSlicesBetweenTrials = 32;
 
+// An object that keeps its thread for so long waits for a server. A driver of this machine needs a
+// tenth of it.
+constexpr double kWaitForServer = 0.002;  // seconds
+
 // Twice the threads must bring so much, half of them may cost so much.
 constexpr double kGain = 1.1;
 constexpr double kGainBeyondProcessors = 1.4;
@@ -22,9 +26,12 @@ constexpr double kLoss = 0.95;
 
 std::size_t ThreadTuner::Update(std::uint64_t objects, Time now) {
     const std::uint64_t done = objects - objectsBefore;
-    if (now - sliceBegin < kSlice || done < std::max(kObjectsOfSlice, kObjectsOfThread * threads))
-        return threads;
-    EndSlice(static_cast<double>(done) / std::chrono::duration<double>(now - sliceBegin).count());
+    if (now - sliceBegin < kSlice || done < kObjectsOfThread * threads) return threads;
+    const double speed = static_cast<double>(done) / std::chrono::duration<double>(now - sliceBegin).count();
+    isWaiting = static_cast<double>(threads) > kWaitForServer * speed;
+    const bool isToldEarly = isWaiting && objectsBefore == 0;
+    if (done < kObjectsOfSlice && !isToldEarly) return threads;
+    EndSlice(speed);
     sliceBegin = now;
     objectsBefore = objects;
     return threads;
@@ -39,12 +46,12 @@ void ThreadTuner::EndSlice(double speed) {
         case Trial::kMore:
             if (speed < LeastGain() * speedBefore) return GoBack();
             speedBefore = speed;
-            BeginTrial();
-            return;
+            slicesBetweenTrials = 1;
+            return hasLeapt ? Try(Trial::kFewer) : BeginTrial();
         case Trial::kFewer:
             if (speed < kLoss * speedBefore) return GoBack();
-            EndTrial();
-            return;
+            speedBefore = std::max(speedBefore, speed);
+            return hasLeapt && threads > 1 ? Try(Trial::kFewer) : EndTrial();
     }
 }
 
@@ -57,20 +64,28 @@ void ThreadTuner::BeginTrial() {
     const bool isClimbing = trial == Trial::kMore;
     const bool isTurnOfMore =
         lastTrial == Trial::kFewer || slicesBetweenTrials < kMostSlicesBetweenTrials || threads == 1;
-    if (isClimbing) slicesBetweenTrials = 1;
-    if (threads < limit && (isClimbing || isTurnOfMore))
-        trial = Trial::kMore;
-    else if (isClimbing || threads == 1)
-        return EndTrial();
-    else
-        trial = Trial::kFewer;
-    lastTrial = trial;
+    if (threads < limit && (isClimbing || isTurnOfMore)) {
+        hasLeapt = isWaiting;
+        Try(Trial::kMore);
+    } else if (isClimbing || threads == 1) {
+        EndTrial();
+    } else {
+        Try(Trial::kFewer);
+    }
+}
+
+void ThreadTuner::Try(Trial next) {
+    trial = lastTrial = next;
     threadsBefore = threads;
-    threads = trial == Trial::kMore ? std::min(limit, threads * 2) : threads / 2;
+    if (next == Trial::kFewer)
+        threads /= 2;
+    else
+        threads = hasLeapt ? limit : std::min(limit, threads * 2);
 }
 
 void ThreadTuner::EndTrial() {
     trial = Trial::kNone;
+    hasLeapt = false;
     slicesBetweenTrials = std::min(slicesBetweenTrials * 2, kMostSlicesBetweenTrials);
     slicesToTrial = slicesBetweenTrials;
 }

@@ -12,7 +12,11 @@ namespace permora {
 // where it does not. More threads than processors must bring much more: they pay where requests wait, and
 // otherwise a moment in which other programs were quieter would look like a gain. More are tried again soon,
 // since the first try may have met a bad moment, and then less and less often; fewer from time to time, since
-// another part of the tree, or another load of the machine, may want another number. One thread at a time.
+// another part of the tree, or another load of the machine, may want another number.
+//
+// Where objects wait for a server it leaps to the most at once, and then comes down while that costs nothing:
+// the way up may begin flat. A connection that sends a small request only when the one before has been
+// acknowledged takes as long for two as for one, but gathers many. One thread at a time.
 class ThreadTuner {
   public:
     using Time = std::chrono::steady_clock::time_point;
@@ -29,6 +33,7 @@ class ThreadTuner {
 
     void EndSlice(double speed);
     void BeginTrial();
+    void Try(Trial next);
     void EndTrial();
     void GoBack();
     double LeastGain() const;
@@ -40,6 +45,8 @@ class ThreadTuner {
     double speedBefore = 0;         // objects in a second
     Trial trial = Trial::kNone;
     Trial lastTrial = Trial::kFewer;
+    bool isWaiting = false;  // objects, for a server, in the last slice
+    bool hasLeapt = false;   // with this trial, or with the one that it follows
     int slicesToTrial = 1;
     int slicesBetweenTrials = 1;
     Time sliceBegin;

@@ -154,7 +154,7 @@ void WalkShare::SetAllowed(std::size_t threads) {
 bool WalkShare::CountObject() {
     constexpr std::uint64_t kObjectsBetweenLooks = 4;
     const std::uint64_t done = objects.fetch_add(1, std::memory_order_relaxed) + 1;
-    if (isFixed || done % kObjectsBetweenLooks != 0) return false;
+    if (isFixed || (done > kObjectsBetweenLooks && done % kObjectsBetweenLooks != 0)) return false;
     const std::unique_lock lock(tunerGuard, std::try_to_lock);
     if (!lock.owns_lock()) return false;
     const std::size_t before = allowed;
