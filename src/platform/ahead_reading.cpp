@@ -22,9 +22,10 @@ constexpr std::size_t kMostOpenAhead = 64;
 constexpr std::size_t kMostNameBytes = std::size_t{256}
                                        << 10;  // of one folder; more names wait for the caller
 
-// A piece is long enough that taking it costs nothing beside reading it. One that turns out to be large or
-// slow is cut short, and the others take from what is left.
-constexpr std::size_t kNamesOfPiece = 32;
+// A piece is long enough that taking it costs nothing beside reading it, and so short that there is one for
+// each thread where each object takes long. One that turns out to be large or slow is cut short, and the
+// others take from what is left.
+constexpr std::size_t kMostNamesOfPiece = 32;
 constexpr std::size_t kBytesOfPiece = std::size_t{64} << 10;
 constexpr std::chrono::milliseconds kTimeOfPiece(10);
 
@@ -34,10 +35,10 @@ std::size_t MostThreads() {
 
 }  // namespace
 
-std::size_t Piece::EndOfCut(std::size_t first) const {
+std::size_t Piece::EndOfCut(std::size_t first, std::size_t count) const {
     const FolderNames& names = folder->names;
     if (names.Kind(first) == TreeObjectKind::kFolder) return first + 1;
-    const std::size_t most = std::min(end, first + kNamesOfPiece);
+    const std::size_t most = std::min(end, first + count);
     std::size_t next = first + 1;
     while (next < most && names.Kind(next) != TreeObjectKind::kFolder)
         ++next;
@@ -111,15 +112,16 @@ void Reading::Work(std::size_t number) {
             continue;
         }
         lock.unlock();
-        ReadPiece(*piece, reader);
+        const Clock::duration took = ReadPiece(*piece, reader);
         lock.lock();
-        Finish(piece);
+        Finish(piece, took);
     }
 }
 
-void Reading::ReadPiece(Piece& piece, Reader& reader) const {
+Clock::duration Reading::ReadPiece(Piece& piece, Reader& reader) const {
     const bool isOfFolder = piece.IsOfFolder();
     const Clock::time_point begin = Clock::now();
+    Clock::duration took{};
     piece.found.reserve(piece.end - piece.begin);
     for (std::size_t index = piece.begin; index < piece.end; ++index) {
         TreeFolder below;
@@ -131,8 +133,10 @@ void Reading::ReadPiece(Piece& piece, Reader& reader) const {
             entered.listError = entered.open.List(entered.names, kMostNameBytes);
             entered.isListed = entered.listError != ERROR_MORE_DATA;
         }
-        if (isEnded || piece.bytes.size() > kBytesOfPiece || Clock::now() - begin > kTimeOfPiece) return;
+        took = Clock::now() - begin;
+        if (isEnded || piece.bytes.size() > kBytesOfPiece || took > kTimeOfPiece) break;
     }
+    return took;
 }
 
 // The first that nobody has begun; the end when there is none, or no room.
@@ -151,7 +155,7 @@ Pieces::iterator Reading::Claim() {
 }
 
 Pieces::iterator Reading::Cut(Pieces::iterator idle) {
-    const std::size_t end = idle->EndOfCut(idle->begin);
+    const std::size_t end = idle->EndOfCut(idle->begin, namesOfPiece);
     Pieces::iterator piece = idle;
     if (end < idle->end) {
         piece = pieces.insert(idle, Piece{.folder = idle->folder, .begin = idle->begin, .end = end});
@@ -175,7 +179,7 @@ void Reading::InsertRest(Pieces::iterator next, const std::shared_ptr<Folder>& f
     if (end - begin > 1) WakeOne();
 }
 
-void Reading::Finish(Pieces::iterator piece) {
+void Reading::Finish(Pieces::iterator piece, Clock::duration took) {
     --piece->folder->users;
     objects += piece->found.size();
     const bool isOfFolder = piece->IsOfFolder();
@@ -185,6 +189,7 @@ void Reading::Finish(Pieces::iterator piece) {
         dropped.erase(piece);
         return WakeForRoom();
     }
+    if (!isOfFolder) Measure(piece->found.size(), took);
     piece->state = Piece::State::kDone;
     piece->countedBytes = piece->Bytes();
     aheadBytes += piece->countedBytes;
@@ -196,6 +201,14 @@ void Reading::Finish(Pieces::iterator piece) {
         InsertRest(std::next(piece), piece->below, 0, piece->below->names.Count());
     if (isCallerWaiting && piece == pieces.begin()) progress.notify_one();
     Tune();
+}
+
+// So many objects took so long: how many make a piece.
+void Reading::Measure(std::size_t read, Clock::duration took) {
+    if (took > kTimeOfPiece)
+        namesOfPiece = std::max<std::size_t>(1, read * kTimeOfPiece / took);
+    else if (read >= namesOfPiece)
+        namesOfPiece = std::min(2 * namesOfPiece, kMostNamesOfPiece);
 }
 
 void Reading::Tune() {
@@ -254,6 +267,7 @@ void Reading::Return(Pieces& piece) {
 
 std::size_t Reading::Fetch(const Folder& folder, std::size_t index, Pieces& piece) {
     std::unique_lock lock(guard);
+    if (callersObjects != 0) Measure(callersObjects, Clock::now() - callersBegin);
     objects += std::exchange(callersObjects, 0);
     Tune();
     DropBelow(folder);
@@ -263,7 +277,7 @@ std::size_t Reading::Fetch(const Folder& folder, std::size_t index, Pieces& piec
         const Pieces::iterator first = pieces.begin();
         if (first == pieces.end() || !first->Has(folder, index)) return index + 1;
         if (first->state == Piece::State::kIdle) {
-            const std::size_t end = first->EndOfCut(index);
+            const std::size_t end = first->EndOfCut(index, namesOfPiece);
             first->begin = end;
             if (end == first->end) Drop(first);
             WakeOne();
@@ -282,7 +296,7 @@ std::size_t Reading::Fetch(const Folder& folder, std::size_t index, Pieces& piec
 }
 
 DWORD Reading::Read(const Folder& folder, std::size_t index, TreeObject& object, TreeFolder& below) {
-    ++callersObjects;
+    if (callersObjects++ == 0) callersBegin = Clock::now();
     return callers.Read(folder, index, object, below);
 }
 
@@ -296,9 +310,9 @@ void Reading::Help(std::unique_lock<std::mutex>& lock) {
         return;
     }
     lock.unlock();
-    ReadPiece(*piece, callers);
+    const Clock::duration took = ReadPiece(*piece, callers);
     lock.lock();
-    Finish(piece);
+    Finish(piece, took);
 }
 
 void Reading::List(const std::shared_ptr<Folder>& folder) {

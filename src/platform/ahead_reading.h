@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -50,8 +51,8 @@ struct Piece {
     bool Has(const Folder& wanted, std::size_t index) const {
         return folder.get() == &wanted && index >= begin && index < end;
     }
-    // Where the piece ends that is cut from this one and begins with that name.
-    std::size_t EndOfCut(std::size_t first) const;
+    // Where the piece ends that is cut from this one, begins with that name, and has at most so many.
+    std::size_t EndOfCut(std::size_t first, std::size_t count) const;
     void Add(DWORD error, const TreeObject& object, bool isFolderNow);
     std::size_t Bytes() const;
 
@@ -103,13 +104,16 @@ class Reading {
     DWORD Read(const Folder& folder, std::size_t index, TreeObject& object, TreeFolder& below);
 
   private:
+    using Clock = std::chrono::steady_clock;
+
     void Work(std::size_t number);
-    void ReadPiece(Piece& piece, Reader& reader) const;
+    Clock::duration ReadPiece(Piece& piece, Reader& reader) const;
 
     // With the lock held.
     Pieces::iterator Claim();
     Pieces::iterator Cut(Pieces::iterator idle);
-    void Finish(Pieces::iterator piece);
+    void Finish(Pieces::iterator piece, Clock::duration took);
+    void Measure(std::size_t read, Clock::duration took);
     void InsertRest(Pieces::iterator next, const std::shared_ptr<Folder>& folder, std::size_t begin,
                     std::size_t end);
     void Help(std::unique_lock<std::mutex>& lock);
@@ -134,6 +138,7 @@ class Reading {
     // The caller's alone.
     Reader callers;
     std::size_t callersObjects = 0;  // that are not counted yet
+    Clock::time_point callersBegin;  // of reading them
     std::vector<Folder*> path;       // null: one that was left before those below it
     std::size_t suspended = 0;       // so many of them, from the top
     std::size_t wanted = 0;          // so many of those have names left
@@ -145,6 +150,7 @@ class Reading {
     Pieces pieces;
     Pieces dropped;              // the caller has passed them by while they were read
     Pieces::iterator firstIdle;  // no idle piece comes before it
+    std::size_t namesOfPiece = 1;
     std::size_t aheadBytes = 0;
     std::size_t aheadPieces = 0;
     std::size_t openAhead = 0;

@@ -15,8 +15,9 @@ namespace permora {
 //
 // Threads: the reading begins on the caller's alone and uses more while they make it faster (ThreadTuner), or
 // exactly `threads`. They take what comes next in the order of the tree: a folder, which is opened, read and
-// listed, or some dozens of names of other objects. What nobody has begun when the caller comes to it, the
-// caller reads itself; while it waits for what another thread has begun, it reads ahead too.
+// listed, or names of other objects: some dozens, or fewer where each takes long. What nobody has begun when
+// the caller comes to it, the caller reads itself; while it waits for what another thread has begun, it reads
+// ahead too.
 //
 // Bounds: what was read ahead takes about a mebibyte, some 250 pieces and 64 open folders, whatever the tree
 // looks like. Of the folders that the caller is in, at most 64 are open; higher ones are given up meanwhile
