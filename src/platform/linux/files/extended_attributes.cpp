@@ -140,11 +140,17 @@ bool HasRoom(const ObjectHandle& object) {
 int WriteExtendedAttribute(const ObjectHandle& object, const char* name,
                            std::span<const std::uint8_t> value) {
     const DescriptorPath path(object.Descriptor());
+    int error = 0;
     const int result = RequestAgain([&] {
-        return object.IsReadable() ? fsetxattr(object.Descriptor(), name, value.data(), value.size(), 0)
-                                   : setxattr(path.Text(), name, value.data(), value.size(), 0);
+        const int written = object.IsReadable()
+                                ? fsetxattr(object.Descriptor(), name, value.data(), value.size(), 0)
+                                : setxattr(path.Text(), name, value.data(), value.size(), 0);
+        error = errno;
+        // Where the connection breaks off under a writing, the kernel says ENOTSUP for EAGAIN.
+        if (written != 0 && error == ENOTSUP) errno = EAGAIN;
+        return written;
     });
-    return result == 0 ? 0 : errno;
+    return result == 0 ? 0 : error;
 }
 
 int RemoveExtendedAttribute(const ObjectHandle& object, const char* name) {
