@@ -33,6 +33,16 @@ Exists() { [ -e "$1" ]; }
 IsGone() { [ ! -e "$1" ] && [ ! -L "$1" ]; }
 IsIdle() { HasNoWindow "File Operation Progress" && IsActive "$window"; }
 WaitForIdle() { WaitUntil "the operation to end" IsIdle; }
+# A paste may come after the next key, since the program waits for whoever offers the text.
+PasteLocation() {
+    ClickAt "${addressField[@]}"
+    Keys ctrl+a
+    Settle
+    local before=$shown
+    Keys ctrl+v
+    WaitUntil "the pasted location" Changed "$before"
+    Keys Return
+}
 # TypeName NAME: into the dialog that is open, in the place of the name that it has.
 TypeName() { Keys ctrl+a && xdotool type --delay 20 "$1" && Keys Return; }
 # Restore TRASH NAME TOP: as a desktop does, by what the trash says of the file; relative paths begin at TOP.
@@ -162,16 +172,14 @@ CloseDialog "Permora Error" "$window" Keys Return
 # Texts between the address field and other programs, and within it.
 GoTo "$local/Source"
 Offer text/plain "C:$local/Back"
-ClickAt "${addressField[@]}"
-Keys ctrl+a ctrl+v Return
+PasteLocation
 WaitForFolder "$local/Back"
 ClickAt "${addressField[@]}"
 Keys ctrl+a ctrl+c
 xdotool type --delay 20 "C:/"
 Keys Return
 WaitForFolder /
-ClickAt "${addressField[@]}"
-Keys ctrl+a ctrl+v Return
+PasteLocation
 WaitForFolder "$local/Back"
 
 # With one that has taken the clipboard and hangs.
