@@ -1,5 +1,6 @@
 // The two look-ups under the system's names, on the accounts that every machine has.
 #include <grp.h>
+#include <gtest/gtest.h>
 #include <pwd.h>
 #include <sched.h>
 #include <sys/mount.h>
