@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "report/report_json.h"
 #include "security/descriptor_comparison.h"
 #include "tests/report/made_report.h"
