@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <memory>
 
 #include "platform/volume_question.h"
 #include "resources/resource_ids.h"
