@@ -96,8 +96,7 @@ std::string ReadLists(CWnd& window, const RememberedPlace& place, RightsComparis
             return ReadListsOfVolume(items, found, running);
         };
         ListsOfVolume found;
-        const Outcome outcome =
-            FindOnVolume<ListsOfVolume>(window, VolumeOfItem(part, part.items.front()), found, find);
+        const Outcome outcome = FindOnVolume<ListsOfVolume>(window, part.volume, found, find);
         for (const ListsOfVolume::List& list : found.lists)
             comparison.AddObject(list.parts.dacl, list.server);
         for (std::size_t unread = found.lists.size(); unread < part.items.size(); ++unread)

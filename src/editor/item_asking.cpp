@@ -24,8 +24,7 @@ std::string AskReadOnlyReason(CWnd& window, const RememberedPlace& place, SECURI
             found = ReadOnlyReason(items, information);
             return Outcome();
         };
-        const Outcome outcome =
-            FindOnVolume<std::string>(window, VolumeOfItem(part, part.items.front()), reason, find);
+        const Outcome outcome = FindOnVolume<std::string>(window, part.volume, reason, find);
         if (!outcome.IsDone() || reason.empty()) return {};
     }
     return reason;

@@ -22,7 +22,7 @@ namespace permora {
 struct RememberedPlace {
     PlaceKind kind = PlaceKind::kFolder;
     std::vector<RememberedObject> items;
-    // On which all items are (VolumeOfPath); empty for drives, and where they may be on several.
+    // On which all items are (VolumeOfPath); empty where they may be on several, as drives are.
     std::string volume = {};
 };
 // Not for shares, which are no objects of the file system.
