@@ -17,6 +17,7 @@
 #include "resources/resource_ids.h"
 #include "tests/app/shell_fakes.h"
 #include "tests/app/system_fakes.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/ui_driver.h"
 
@@ -28,7 +29,7 @@ using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-const std::string kProgramFolder = PathFromArgument(PERMORA_SOURCE_FOLDER);
+const std::string kProgramFolder = PathFromArgument(test::InProject(".").c_str());
 
 // What is wrong with a reference to a page, or a place in it; empty: nothing.
 std::string FaultOf(const std::string& place) {
@@ -52,7 +53,7 @@ TEST(HelpTopics, ExplainEveryDialogWithAPlaceThatThereIs) {
 }
 
 TEST(HelpPages, LeadOnlyToPlacesThatThereAre) {
-    for (const auto& file : std::filesystem::directory_iterator(PERMORA_SOURCE_FOLDER "/help")) {
+    for (const auto& file : std::filesystem::directory_iterator(test::InProject("help"))) {
         const std::string name = file.path().filename();
         if (!name.ends_with(".html")) continue;
         const std::string page = ReadHelpPage(kProgramFolder + R"(\help\)", name).value_or("");

@@ -1,9 +1,11 @@
 #include "tests/cli/cli_program.h"
 
+#include "tests/support/project_folders.h"
+
 namespace permora::test {
 
 std::string CliPath() {
-    return PERMORA_CLI;
+    return BuiltProgram("permora-cli");
 }
 
 CommandResult RunCli(const std::vector<std::string>& arguments) {

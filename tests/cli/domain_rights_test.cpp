@@ -18,6 +18,7 @@
 #include "tests/support/access_lists.h"
 #include "tests/support/domain_fixture.h"
 #include "tests/support/patience.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -151,8 +152,9 @@ class DomainRightsTest : public OnDomainMember {
         std::string names;
         for (std::size_t list = 0; list < kLists; ++list)
             names += NameOf(list) + '\n';
-        const CommandResult judged =
-            RunCommand({"python3", RIGHTS_SCRIPT, user.name + "%Passw0rd!", "data"}, names);
+        const CommandResult judged = RunCommand(
+            {"python3", InProject("tests/support/granted_rights.py"), user.name + "%Passw0rd!", "data"},
+            names);
         EXPECT_EQ(judged.exitCode, 0) << judged.output;
         Masks masks;
         std::istringstream lines(judged.output);

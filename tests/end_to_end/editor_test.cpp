@@ -10,6 +10,7 @@
 #include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/own_mounts.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/samba_server.h"
 
 namespace permora::test {
@@ -32,9 +33,8 @@ void MakeTeam(const std::string& root) {
 }
 
 void WorkTheEditor(const std::string& root, const std::string& pictures, const std::string& hands) {
-    const std::string programs = std::filesystem::path(CliPath()).parent_path();
-    const CommandResult run =
-        RunCommand({"bash", EDITOR_SCRIPT, programs, PICTURE_FOLDER "/" + pictures, root + "/team", hands});
+    const CommandResult run = RunCommand({"bash", InProject("tests/end_to_end/editor_test.sh"),
+                                          ProgramFolder(), PictureFolder(pictures), root + "/team", hands});
     ASSERT_EQ(run.exitCode, 0) << run.output;
 }
 

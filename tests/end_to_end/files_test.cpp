@@ -8,6 +8,7 @@
 #include "tests/support/command.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/own_mounts.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -19,8 +20,9 @@ TEST(Files, GoBetweenFoldersAndVolumes) {
     const TemporaryFolder local;
     NtfsVolume volume;
     ASSERT_EQ(volume.Problem(), "");
-    const CommandResult run = RunCommand(
-        {"bash", FILES_SCRIPT, PROGRAM_FOLDER, PICTURE_FOLDER "/files", local.Path(), volume.Root()});
+    const CommandResult run =
+        RunCommand({"bash", InProject("tests/end_to_end/files_test.sh"), ProgramFolder(),
+                    PictureFolder("files"), local.Path(), volume.Root()});
     ASSERT_EQ(run.exitCode, 0) << run.output;
     EXPECT_THAT(volume.Audit(), testing::HasSubstr("No errors were found"));
 }

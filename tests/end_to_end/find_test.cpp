@@ -5,6 +5,7 @@
 
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -21,8 +22,8 @@ TEST_P(FindTest, ShowsWhatFitsAndWorksOnIt) {
         GTEST_SKIP() << "the temporary folder holds no access lists";
     ASSERT_EQ(SetDescriptorText(folder.MakeFile("shown/Alpha/inner"), "D:"), 0U);
     const CommandResult run =
-        RunCommand({"bash", FIND_SCRIPT, PROGRAM_FOLDER, std::string(PICTURE_FOLDER "/find-") + GetParam(),
-                    GetParam(), shown});
+        RunCommand({"bash", InProject("tests/end_to_end/find_test.sh"), ProgramFolder(),
+                    PictureFolder(std::string("find-") + GetParam()), GetParam(), shown});
     EXPECT_EQ(run.exitCode, 0) << run.output;
 }
 

@@ -9,6 +9,7 @@
 
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -41,8 +42,8 @@ TEST_P(GuideTest, EveryTaskByOneHand) {
     for (const char* file : {"shown/Alpha/inner", "shown/draft", "shown/letter"})
         ASSERT_EQ(SetDescriptorText(folder.MakeFile(file), "D:"), 0U);
     const CommandResult run =
-        RunCommand({"bash", GUIDE_SCRIPT, PROGRAM_FOLDER, std::string(PICTURE_FOLDER "/guide-") + GetParam(),
-                    GetParam(), shown});
+        RunCommand({"bash", InProject("tests/end_to_end/guide_test.sh"), ProgramFolder(),
+                    PictureFolder(std::string("guide-") + GetParam()), GetParam(), shown});
     ASSERT_EQ(run.exitCode, 0) << run.output;
     EXPECT_EQ(ObjectsBelow(shown),
               "Alpha: root D:PAI(A;OICI;FA;;;BA)(A;OICI;FR;;;BG)\n"

@@ -5,6 +5,7 @@
 
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -25,8 +26,8 @@ TEST_P(HistoryTest, TakesChangesBack) {
     for (int i = 0; i < 20'000; ++i)
         folder.MakeFile("many/" + std::to_string(i));
     const CommandResult run =
-        RunCommand({"bash", HISTORY_SCRIPT, PROGRAM_FOLDER,
-                    std::string(PICTURE_FOLDER "/history-") + GetParam(), GetParam(), shown, many});
+        RunCommand({"bash", InProject("tests/end_to_end/history_test.sh"), ProgramFolder(),
+                    PictureFolder(std::string("history-") + GetParam()), GetParam(), shown, many});
     EXPECT_EQ(run.exitCode, 0) << run.output;
 }
 

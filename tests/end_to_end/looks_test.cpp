@@ -9,6 +9,7 @@
 #include "tests/cli/cli_program.h"
 #include "tests/support/folder_states.h"
 #include "tests/support/own_mounts.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/samba_server.h"
 
 namespace permora::test {
@@ -35,9 +36,8 @@ TEST(Looks, ThroughEveryWindowWriteNothing) {
     FolderStates machine(
         {"/etc", "/run", "/root", "/home", "/var/lib/samba", "/var/cache/samba", "/var/log/samba", looked},
         {"/run", "/etc/permora", "/root/.config/permora"});
-    const std::string programs = std::filesystem::path(CliPath()).parent_path();
-    const CommandResult run =
-        RunCommand({"bash", LOOKS_SCRIPT, programs, PICTURE_FOLDER "/looks", "light", looked});
+    const CommandResult run = RunCommand({"bash", InProject("tests/end_to_end/looks_test.sh"),
+                                          ProgramFolder(), PictureFolder("looks"), "light", looked});
     EXPECT_EQ(run.exitCode, 0) << run.output;
     EXPECT_EQ(machine.Changes(), "");
 }

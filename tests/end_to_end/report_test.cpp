@@ -5,6 +5,7 @@
 
 #include "tests/support/access_lists.h"
 #include "tests/support/command.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/temporary_folder.h"
 
 namespace permora::test {
@@ -31,9 +32,9 @@ TEST_P(ReportTest, IsLookedThroughAndSaved) {
             ASSERT_EQ(SetDescriptorText(folder.MakeFile(std::string(name) + file), "O:BAG:BAD:AI"), 0U);
     }
     ASSERT_EQ(SetDescriptorText(folder.Path("shown/Projects/a"), "O:BAG:BAD:AI(A;;FR;;;BG)"), 0U);
-    const CommandResult run = RunCommand({"bash", REPORT_SCRIPT, PROGRAM_FOLDER,
-                                          std::string(PICTURE_FOLDER "/report-") + GetParam(), GetParam(),
-                                          shown, folder.MakeFolder("saved")});
+    const CommandResult run = RunCommand({"bash", InProject("tests/end_to_end/report_test.sh"),
+                                          ProgramFolder(), PictureFolder(std::string("report-") + GetParam()),
+                                          GetParam(), shown, folder.MakeFolder("saved")});
     EXPECT_EQ(run.exitCode, 0) << run.output;
 }
 

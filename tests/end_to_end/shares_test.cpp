@@ -8,6 +8,7 @@
 
 #include "tests/cli/cli_program.h"
 #include "tests/support/descriptor_texts.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/samba_server.h"
 
 namespace permora::test {
@@ -25,10 +26,9 @@ TEST_P(SharesTest, OnASambaServer) {
     for (const char* name : {"plans", "old"})
         std::filesystem::create_directory(server.Path(name));
     ASSERT_EQ(RunCommand({"net", "conf", "addshare", "beta", server.Path("old")}).exitCode, 0);
-    const std::string programs = std::filesystem::path(CliPath()).parent_path();
-    const CommandResult run =
-        RunCommand({"bash", SHARES_SCRIPT, programs, std::string(PICTURE_FOLDER "/shares-") + GetParam(),
-                    GetParam(), std::string(server.Root())});
+    const CommandResult run = RunCommand({"bash", InProject("tests/end_to_end/shares_test.sh"),
+                                          ProgramFolder(), PictureFolder(std::string("shares-") + GetParam()),
+                                          GetParam(), std::string(server.Root())});
     ASSERT_EQ(run.exitCode, 0) << run.output;
 
     EXPECT_EQ(RunCommand({"net", "conf", "listshares"}).output, "plans\n");

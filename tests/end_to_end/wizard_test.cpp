@@ -10,6 +10,7 @@
 #include "tests/support/access_lists.h"
 #include "tests/support/ntfs_volume.h"
 #include "tests/support/own_mounts.h"
+#include "tests/support/project_folders.h"
 
 namespace permora::test {
 namespace {
@@ -37,9 +38,9 @@ TEST(Wizard, OnAnNtfsVolume) {
     NtfsVolume volume;
     ASSERT_EQ(volume.Problem(), "");
     ASSERT_NO_FATAL_FAILURE(MakeItems(volume.Root()));
-    const std::string programs = std::filesystem::path(CliPath()).parent_path();
     const CommandResult run =
-        RunCommand({"bash", WIZARD_SCRIPT, programs, PICTURE_FOLDER "/wizard-ntfs", volume.Path("team")});
+        RunCommand({"bash", InProject("tests/end_to_end/wizard_test.sh"), ProgramFolder(),
+                    PictureFolder("wizard-ntfs"), volume.Path("team")});
     ASSERT_EQ(run.exitCode, 0) << run.output;
 
     EXPECT_FALSE(std::filesystem::exists(volume.Path("team/Old/draft")));

@@ -14,6 +14,7 @@
 #include "framework/resource_templates.h"
 #include "resources/embedded_resources.h"
 #include "resources/resource_ids.h"
+#include "tests/support/project_folders.h"
 
 namespace permora::test {
 namespace {
@@ -98,7 +99,7 @@ const ProgramResources& Resources() {
 // The names and numbers that resource_ids.h defines.
 std::vector<std::pair<std::string, std::uint16_t>> DefinedNumbers() {
     std::vector<std::pair<std::string, std::uint16_t>> numbers;
-    std::ifstream header(PERMORA_RESOURCE_IDS);
+    std::ifstream header(test::InProject("src/resources/resource_ids.h"));
     for (std::string line; std::getline(header, line);) {
         std::istringstream words(line);
         std::string directive;

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "tests/support/project_folders.h"
+
 namespace permora::test {
 
 namespace {
@@ -23,7 +25,7 @@ std::string NotOnDomainMemberReason() {
 }
 
 CommandResult ControlDomain(const std::vector<std::string>& command) {
-    std::vector<std::string> arguments = {DOMAIN_SCRIPT};
+    std::vector<std::string> arguments = {InProject("tests/support/domain.sh")};
     arguments.insert(arguments.end(), command.begin(), command.end());
     return RunCommand(arguments);
 }

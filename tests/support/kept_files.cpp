@@ -6,13 +6,15 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "tests/support/project_folders.h"
+
 namespace permora::test {
 
 std::vector<std::string> KeptFiles(const std::string& folder, const std::string& name,
                                    const std::function<void(const std::string& path)>& make) {
     namespace fs = std::filesystem;
     std::vector<std::string> paths;
-    for (const auto& version : fs::directory_iterator(KEPT_FILES)) {
+    for (const auto& version : fs::directory_iterator(InProject("tests/kept"))) {
         if (!fs::exists(version.path() / name)) continue;
         paths.push_back(folder + '/' + version.path().filename().string() + '/' + name);
         fs::create_directory(fs::path(paths.back()).parent_path());

@@ -11,6 +11,7 @@
 
 #include "platform/linux/base/unique_fd.h"
 #include "tests/support/command.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/scoped_variable.h"
 #include "tests/support/temporary_folder.h"
 
@@ -83,8 +84,8 @@ TEST(Administrator, StaysWithTheDisplayThatWasChecked) {
 
 TEST(Administrator, TakesNoOptionsOfTheToolkitFromAUser) {
     if (!IsAdministrator()) GTEST_SKIP() << "another user is nobody's administrator";
-    const test::CommandResult result =
-        test::RunCommand({"env", "PKEXEC_UID=4321", PERMORA, "-platformpluginpath", "/tmp", "/"});
+    const test::CommandResult result = test::RunCommand(
+        {"env", "PKEXEC_UID=4321", test::BuiltProgram("permora"), "-platformpluginpath", "/tmp", "/"});
     EXPECT_EQ(result.exitCode, 2) << result.output;
 }
 

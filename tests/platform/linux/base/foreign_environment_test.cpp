@@ -13,6 +13,7 @@
 
 #include "tests/support/command.h"
 #include "tests/support/own_mounts.h"
+#include "tests/support/project_folders.h"
 #include "tests/support/scoped_variable.h"
 #include "tests/support/temporary_folder.h"
 
@@ -170,7 +171,7 @@ TEST_F(ForeignEnvironment, AnOrdinaryUsersIsHisOwn) {
 
 // Each program before anything of it has looked.
 TEST_F(ForeignEnvironment, BothProgramsForgetBeforeTheyStart) {
-    for (const char* program : {PERMORA_CLI, PERMORA}) {
+    for (const std::string& program : {test::BuiltProgram("permora-cli"), test::BuiltProgram("permora")}) {
         // The windowed program ends because there is no such platform, and prints where it searched.
         const test::CommandResult result =
             test::RunCommand({"env", "QT_PLUGIN_PATH=" + foreign, "LOCPATH=" + foreign, "QT_DEBUG_PLUGINS=1",
@@ -179,8 +180,10 @@ TEST_F(ForeignEnvironment, BothProgramsForgetBeforeTheyStart) {
                     HasSubstr("others than root decide what is there: LOCPATH, QT_PLUGIN_PATH\n"));
         EXPECT_THAT(result.output, Not(HasSubstr(foreign))) << program;
     }
-    EXPECT_THAT(test::RunCommand({"env", "QT_PLUGIN_PATH=" + own, PERMORA_CLI, "--version"}).output,
-                Not(HasSubstr("ignored")));
+    EXPECT_THAT(
+        test::RunCommand({"env", "QT_PLUGIN_PATH=" + own, test::BuiltProgram("permora-cli"), "--version"})
+            .output,
+        Not(HasSubstr("ignored")));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "platform/linux/base/host_errors.h"
 #include "platform/linux/base/message_table.h"
 #include "platform/resources.h"
+#include "tests/support/project_folders.h"
 
 namespace {
 
@@ -54,7 +55,7 @@ TEST(MessageTables, AreSortedAndHoldPlainSentences) {
 }
 
 TEST(FormatMessage, HasATextForEveryErrorThatTheProgramKnows) {
-    std::ifstream header(PERMORA_SOURCE_DIR "/src/platform/api/errors.h");
+    std::ifstream header(permora::test::InProject("src/platform/api/errors.h"));
     int found = 0;
     for (std::string line; std::getline(header, line);) {
         // inline constexpr DWORD <name> = <number>;
