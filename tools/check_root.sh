@@ -25,9 +25,20 @@ root=$work/$release
 echo "Making an empty $release"
 MakeRoot "$release" "$root"
 CopyTree "$root/permora"
+# Where a cache of compilers' results is used, it keeps those of the other release's compilers, too.
+cache=()
+if [ -n "${CCACHE_DIR-}" ]; then
+    kept=$CCACHE_DIR-$release
+    mkdir -p "$kept"
+    cp -a "$kept" "$root/ccache"
+    cache=(CCACHE_DIR=/ccache CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS-}" CMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
 
 case ${1-} in
---core) InRoot "$root" /permora/tools/core_tests.sh ;;
+--core)
+    InRoot "$root" env "${cache[@]}" /permora/tools/core_tests.sh
+    [ ${#cache[@]} = 0 ] || cp -a --update "$root/ccache/." "$kept"
+    ;;
 --presets) InRoot "$root" /permora/tools/build_presets.sh ;;
 *)
     InRoot "$root" /permora/run.sh
