@@ -33,10 +33,12 @@ StartDesktop() {
     unset DISPLAY WAYLAND_DISPLAY XDG_DATA_HOME XDG_CURRENT_DESKTOP QT_STYLE_OVERRIDE
     [ "$colours" != dark ] || UseDarkColours
     [ "$colours" != wayland ] || { StartWayland && return; }
+    # The server keeps what it shows in a file, which tells sooner than a question whether it changed; the mouse is not in it.
     # Without -noreset the server starts anew when its last client leaves, and drops whoever is just connecting: the
     # window manager, if one of the programs that wait for it came and went before it.
-    Xvfb -displayfd 5 -screen 0 1280x900x24 -nolisten tcp -noreset 5>"$home/display" >"$home/xvfb.log" 2>&1 &
+    Xvfb -displayfd 5 -screen 0 1280x900x24 -nolisten tcp -noreset -nocursor -fbdir "$home" 5>"$home/display" >"$home/xvfb.log" 2>&1 &
     desktopPids=($!)
+    screenFile=$home/Xvfb_screen0
     WaitUntil "the X server" test -s "$home/display"
     DISPLAY=:$(cat "$home/display")
     export DISPLAY
@@ -89,27 +91,31 @@ UseDarkColours() {
 }
 
 # The whole screen as one number.
-Screen() { import -silent -window root -depth 8 rgb:- | sha1sum; }
+screenFile=
+Screen() { sha1sum <"$screenFile"; }
 
 # Whether the program or a part of its desktop is at work: what it works on may not be on the screen yet. Of each, the first
 # thread counts, which is the one that draws.
 IsBusy() {
     local pid state
     for pid in ${programPid:-} "${desktopPids[@]}"; do
-        state=$(sed -n 's/^State:[[:space:]]*//p' "/proc/$pid/status" 2>/dev/null)
-        [[ $state != [RD]* ]] || return 0
+        state=
+        { read -r state <"/proc/$pid/stat"; } 2>/dev/null # number (name) state ...
+        [[ ${state##*) } != [RD]* ]] || return 0
     done
     return 1
 }
 
-# Settle: until the screen stands still and nobody is about to change it; its number is then in $shown.
+# Settle: until the screen stands still for a while and nobody is about to change it; its number is then in $shown.
 shown=
+timesStill=0
 IsStill() {
     local now
     now=$(Screen)
-    [ "$now" = "$shown" ] && ! IsBusy && return 0
+    timesStill=$((timesStill + 1))
+    [ "$now" = "$shown" ] && ! IsBusy || timesStill=0
     shown=$now
-    return 1
+    [ $timesStill -ge 3 ]
 }
 Settle() { shown=; WaitUntil "the screen to stand still" IsStill; }
 
