@@ -29,12 +29,12 @@ using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-const std::string kProgramFolder = PathFromArgument(test::InProject(".").c_str());
+const std::string kProjectFolder = PathFromArgument(test::InProject(".").c_str());
 
 // What is wrong with a reference to a page, or a place in it; empty: nothing.
 std::string FaultOf(const std::string& place) {
     const std::size_t mark = place.find('#');
-    const auto page = ReadHelpPage(kProgramFolder + R"(\help\)", place.substr(0, mark));
+    const auto page = ReadHelpPage(kProjectFolder + R"(\help\)", place.substr(0, mark));
     if (!page) return "no such page: " + place;
     const bool isThere =
         mark == place.npos || page->find("id=\"" + place.substr(mark + 1) + '"') != page->npos;
@@ -56,7 +56,7 @@ TEST(HelpPages, LeadOnlyToPlacesThatThereAre) {
     for (const auto& file : std::filesystem::directory_iterator(test::InProject("help"))) {
         const std::string name = file.path().filename();
         if (!name.ends_with(".html")) continue;
-        const std::string page = ReadHelpPage(kProgramFolder + R"(\help\)", name).value_or("");
+        const std::string page = ReadHelpPage(kProjectFolder + R"(\help\)", name).value_or("");
         EXPECT_THAT(page, HasSubstr("<h1>"));
         EXPECT_EQ(page.find("<header"), page.npos);
         static const std::regex kLink("href=\"([^\"]*)\"");
@@ -131,7 +131,7 @@ TEST_F(HelpWindow, ReadsNothingButItsPages) {
 
 TEST_F(HelpWindow, IsReadBesideADialogThatWaits) {
     const test::SystemFakes system;
-    ASSERT_EQ(StoreProgramFolder(SettingsOwner::kUser, kProgramFolder.c_str()), ERROR_SUCCESS);
+    ASSERT_EQ(StoreProgramFolder(SettingsOwner::kUser, kProjectFolder.c_str()), ERROR_SUCCESS);
     CMainApp app;
     ASSERT_TRUE(app.InitInstance());
     auto& frame = dynamic_cast<CMainFrame&>(*app.mainWindow);
