@@ -33,15 +33,12 @@ Exists() { [ -e "$1" ]; }
 IsGone() { [ ! -e "$1" ] && [ ! -L "$1" ]; }
 IsIdle() { HasNoWindow "File Operation Progress" && IsActive "$window"; }
 WaitForIdle() { WaitUntil "the operation to end" IsIdle; }
-# A paste may come after the next key, since the program waits for whoever offers the text.
-PasteLocation() {
+# PasteAndEnter OWNER: while the program that offers the text hands it over, the next key waits.
+PasteAndEnter() {
     ClickAt "${addressField[@]}"
-    Keys ctrl+a
-    Settle
-    local before=$shown
-    Keys ctrl+v
-    WaitUntil "the pasted location" Changed "$before"
-    Keys Return
+    kill -STOP "$1"
+    Keys ctrl+a ctrl+v Return
+    kill -CONT "$1"
 }
 # TypeName NAME: into the dialog that is open, in the place of the name that it has.
 TypeName() { Keys ctrl+a && xdotool type --delay 20 "$1" && Keys Return; }
@@ -172,14 +169,15 @@ CloseDialog "Permora Error" "$window" Keys Return
 # Texts between the address field and other programs, and within it.
 GoTo "$local/Source"
 Offer text/plain "C:$local/Back"
-PasteLocation
+PasteAndEnter $!
 WaitForFolder "$local/Back"
 ClickAt "${addressField[@]}"
 Keys ctrl+a ctrl+c
 xdotool type --delay 20 "C:/"
 Keys Return
 WaitForFolder /
-PasteLocation
+ClickAt "${addressField[@]}"
+Keys ctrl+a ctrl+v Return
 WaitForFolder "$local/Back"
 
 # With one that has taken the clipboard and hangs.

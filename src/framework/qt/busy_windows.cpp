@@ -1,4 +1,5 @@
-// Windows that are painted while the program works, but accept no input.
+#include "framework/qt/busy_windows.h"
+
 #include <QApplication>
 #include <QEvent>
 #include <QEventLoop>
@@ -52,6 +53,19 @@ void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded) {
     while (!hasEnded())
         QCoreApplication::processEvents();
     QApplication::restoreOverrideCursor();
+}
+
+void qt::ServeBeforeInputUntil(const std::function<bool()>& hasEnded) {
+    const InputBarrier barrier;  // of a window's close box, which is no input to the toolkit
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    while (!hasEnded())
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    QApplication::restoreOverrideCursor();
+}
+
+void qt::DropInput() {
+    const InputBarrier barrier;
+    QCoreApplication::processEvents();
 }
 
 // The end of the program ends all loops of the toolkit.

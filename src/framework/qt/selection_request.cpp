@@ -11,7 +11,7 @@
 #include <thread>
 #include <utility>
 
-#include "framework/native.h"
+#include "framework/qt/busy_windows.h"
 
 namespace permora::qt {
 namespace {
@@ -88,12 +88,13 @@ SelectionRequest::State SelectionRequest::Await(const std::unique_ptr<SelectionR
     request->sinceLastSign.start();
     QElapsedTimer sinceStart;
     sinceStart.start();
-    ServeBusyWindowsUntil([&] {
+    ServeBeforeInputUntil([&] {
         if (request->state != State::kWaiting) return true;
         std::this_thread::sleep_for(kBetweenPaintings);
         return request->sinceLastSign.hasExpired(kPatience.count()) ||
                sinceStart.hasExpired(kLongest.count());
     });
+    if (request->state == State::kWaiting) DropInput();
     return request->state;
 }
 

@@ -45,7 +45,8 @@ class SelectionRequest : public QAbstractNativeEventFilter {
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 
     // Waits until the answer is there or the owner has been silent for some seconds; the request then goes on
-    // waiting. Meanwhile windows are painted but take no input, and `request` may be replaced.
+    // waiting. Meanwhile windows are painted, input is kept for afterwards, unless the owner stays silent,
+    // and `request` may be replaced.
     static State Await(const std::unique_ptr<SelectionRequest>& request);
 
   private:
