@@ -87,8 +87,8 @@ mkdir "$HOME" "$ownDisk/tree"
 MountShare "$mount" root
 MountShare "$atOnce" root nosharesock,tcpnodelay
 echo "server and mounts ($SECONDS s), $(nproc) processors"
-Compare 0 10
-Compare 10 10
-Compare 100 4
+Compare 0 50
+Compare 10 50
+Compare 100 10
 echo "all steps done ($SECONDS s)"
 [ "$failures" = 0 ]
