@@ -19,30 +19,33 @@ release=$1
 shift
 mkdir -p build # where there is more room than in a temporary folder
 work=$(mktemp -d -p "$PWD/build")
-trap 'rm -rf --one-file-system "$work"' EXIT
 root=$work/$release
+# Where compilers' results are kept, those of the other release's compilers are kept beside them.
+kept=${CCACHE_DIR:+$CCACHE_DIR-$release}
+CleanUp() {
+    [ ! -e "$root/ccache" ] || cp -a --update "$root/ccache/." "$kept"
+    rm -rf --one-file-system "$work"
+}
+trap CleanUp EXIT
 
 echo "Making an empty $release"
 MakeRoot "$release" "$root"
 CopyTree "$root/permora"
-# Where a cache of compilers' results is used, it keeps those of the other release's compilers, too.
 cache=()
-if [ -n "${CCACHE_DIR-}" ]; then
-    kept=$CCACHE_DIR-$release
+if [ -n "$kept" ]; then
     mkdir -p "$kept"
     cp -a "$kept" "$root/ccache"
+    InRoot "$root" sh -c 'apt-get --quiet update && apt-get --quiet --yes --no-install-recommends install ccache' >/dev/null
     cache=(CCACHE_DIR=/ccache CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS-}" CMAKE_CXX_COMPILER_LAUNCHER=ccache)
 fi
+Run() { InRoot "$root" env "${cache[@]}" "$@"; }
 
 case ${1-} in
---core)
-    InRoot "$root" env "${cache[@]}" /permora/tools/core_tests.sh
-    [ ${#cache[@]} = 0 ] || cp -a --update "$root/ccache/." "$kept"
-    ;;
---presets) InRoot "$root" /permora/tools/build_presets.sh ;;
+--core) Run /permora/tools/core_tests.sh ;;
+--presets) Run /permora/tools/build_presets.sh ;;
 *)
-    InRoot "$root" /permora/run.sh
-    InRoot "$root" /permora/test.sh "$@"
+    Run /permora/run.sh
+    Run /permora/test.sh "$@"
     ;;
 esac 2>&1 | tee "$work/log"
 ! grep -E "\*\*\*(Skipped|Not Run)|\(Disabled\)|^\[  SKIPPED \]" "$work/log"

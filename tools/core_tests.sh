@@ -14,7 +14,7 @@ programs=(platform_nt_tests platform_base_tests platform_files_tests platform_re
     permora_restore_test permora_tree_source_test permora_survey_test permora_changes_test permora_report_test
     permora_terminal_test)
 
-EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}" ${CMAKE_CXX_COMPILER_LAUNCHER:+"$CMAKE_CXX_COMPILER_LAUNCHER"}
+EnsurePackages "${buildPackages[@]}" "${volumePackages[@]}" "${serverPackages[@]}"
 Configure dev "${joined[@]}"
 BuildPreset dev permora-cli "${programs[@]}"
 # shellcheck disable=SC2016 # the inner shell's own
