@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # How long an entry takes that all objects of a tree on another server inherit: through a mount, and by Samba's own client.
-# They take turns and must leave the same lists. Prints rows of the table in bench/README.md, and how many requests an object
+# All must leave the same lists. Prints rows of the table in bench/README.md, and how many requests an object
 # took. Runs in an emulated machine: run_in_machine.sh KERNEL_FOLDER PERMORA_CLI speed.sh
 #
 # What the server does for a request takes that machine some fifty times as long as a real one. So the delays on the way to
@@ -27,26 +27,24 @@ Entries() {
     rm "$server/saved"
 }
 
-# Take NAME COMMAND...: adds the seconds that it takes to those of this name. The entry is there afterwards, and taken away.
+# Take NAME COMMAND...: keeps the seconds that it takes under this name. The entry is there afterwards, and taken away.
 Take() {
     local name=$1 began before
     shift
     before=$(Requests SMBs)
     began=$EPOCHREALTIME
     "$@" >"$server/output" 2>&1 || { Fail "$*"; tail -n 5 "$server/output"; }
-    awk "BEGIN { printf \"%.3f\n\", $EPOCHREALTIME - $began }" >>"$server/$name.seconds"
-    echo "$name: $(tail -n 1 "$server/$name.seconds") s, of the mounts for $objects objects $(($(Requests SMBs) - before)) requests"
+    awk "BEGIN { printf \"%.3f\n\", $EPOCHREALTIME - $began }" >"$server/$name.seconds"
+    echo "$name: $(<"$server/$name.seconds") s, of the mounts for $objects objects $(($(Requests SMBs) - before)) requests"
     Entries >"$server/now"
     [ -e "$server/entries" ] || cp "$server/now" "$server/entries"
     cmp --silent "$server/entries" "$server/now" || Fail "the lists differ: $(diff "$server/entries" "$server/now" | head -n 4)"
     "$cli" revoke "$ownDisk/tree" --account S-1-5-11 --no-history >/dev/null
     Entries | cmp --silent "$server/without" - || Fail "the entry is not taken away"
 }
-Mean() { awk '{ sum += $1 } END { print sum / NR }' "$server/$1.seconds"; }
-
 # Row WHERE NAME: against the peer.
 Row() {
-    awk -v where="$1" -v ours="$(Mean "$2")" -v peer="$(Mean peer)" 'BEGIN {
+    awk -v where="$1" -v ours="$(<"$server/$2.seconds")" -v peer="$(<"$server/peer.seconds")" 'BEGIN {
         printf "| setting an entry that is inherited | %s | %.1f s | %.1f s, `smbcacls --propagate-inheritance` | %.2f | at most 0.2 | %s |\n",
             where, ours, peer, ours / peer, ours <= 0.2 * peer ? "yes" : "no" }'
 }
@@ -70,12 +68,11 @@ Compare() {
     MakeTree "$2"
     # Each packet is delayed once on its way, and its answer too.
     [ "$1" = 0 ] || tc qdisc replace dev lo root netem delay "$(($1 / 2))ms" limit 100000
-    rm -f "$server"/*.seconds "$server/entries"
+    rm -f "$server/entries"
     Take peer Peer
     Take ours Grant "$mount" --no-history
     Take history Grant "$mount"
     Take atOnce Grant "$atOnce" --no-history
-    Take peer Peer
     where="share of another server, $1 ms away, $objects objects"
     Row "$where" ours
     Row "$where, with history" history
@@ -89,6 +86,6 @@ MountShare "$atOnce" root nosharesock,tcpnodelay
 echo "server and mounts ($SECONDS s), $(nproc) processors"
 Compare 0 50
 Compare 10 50
-Compare 100 10
+Compare 100 4
 echo "all steps done ($SECONDS s)"
 [ "$failures" = 0 ]
