@@ -45,22 +45,23 @@ class InputBarrier : public QObject {
     const QWidget* const modalBefore = QApplication::activeModalWidget();
 };
 
-}  // namespace
-
-void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded) {
+void ServeUntil(const std::function<bool()>& hasEnded, QEventLoop::ProcessEventsFlags flags) {
     const InputBarrier barrier;
     QApplication::setOverrideCursor(Qt::WaitCursor);
     while (!hasEnded())
-        QCoreApplication::processEvents();
+        QCoreApplication::processEvents(flags);
     QApplication::restoreOverrideCursor();
 }
 
+}  // namespace
+
+void ServeBusyWindowsUntil(const std::function<bool()>& hasEnded) {
+    ServeUntil(hasEnded, QEventLoop::AllEvents);
+}
+
+// What remains for the barrier is a window's close box, which is no input to the toolkit.
 void qt::ServeBeforeInputUntil(const std::function<bool()>& hasEnded) {
-    const InputBarrier barrier;  // of a window's close box, which is no input to the toolkit
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    while (!hasEnded())
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    QApplication::restoreOverrideCursor();
+    ServeUntil(hasEnded, QEventLoop::ExcludeUserInputEvents);
 }
 
 void qt::DropInput() {
