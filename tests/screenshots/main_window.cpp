@@ -10,6 +10,7 @@
 #include <QMenuBar>
 #include <QTimer>
 #include <QWidget>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -98,6 +99,14 @@ void TakeResults(CMainFrame& frame, unsigned int command, const std::string& nam
     ServeEvents();
 }
 
+// The toolkit's own search finds no classes but those that its compiler has read.
+QWidget* ListIn(const QWidget& window) {
+    const QList<QWidget*> widgets = window.findChildren<QWidget*>();
+    const auto isList = [](QWidget* each) { return dynamic_cast<qt::ListWidget*>(each) != nullptr; };
+    const auto found = std::ranges::find_if(widgets, isList);
+    return found != widgets.end() ? *found : nullptr;
+}
+
 void TakeViews(CMainFrame& frame, const std::string& name, const Series& series) {
     constexpr std::pair<const char*, unsigned int> kViews[] = {{"icons", ID_VIEW_ICONS},
                                                                {"small-icons", ID_VIEW_SMALL_ICONS},
@@ -131,7 +140,7 @@ void TakePictures(const Series& series) {
     TakeResults(frame, ID_FIND, "find", series);
     TakeResults(frame, ID_REPORT, "report", series);
     QKeyEvent home(QEvent::KeyPress, Qt::Key_Home, Qt::NoModifier);
-    QCoreApplication::sendEvent(window.findChild<qt::ListWidget*>(), &home);
+    QCoreApplication::sendEvent(ListIn(window), &home);
     TakeDialog(frame, ID_PERMISSIONS, "editor", series, [](QWidget& dialog) { dialog.close(); });
     frame.RunCommand(ID_GO_TO_ROOT);
     TakeViews(frame, "drives", series);
