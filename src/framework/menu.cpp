@@ -51,6 +51,16 @@ std::shared_ptr<CMenu::Items> CopyForTarget(const CMenu::Items& items, CCmdTarge
 
 }  // namespace
 
+std::string MenuLabel(const std::string& text) {
+    constexpr const char* kBlank = " ";
+    const std::size_t tab = text.find('\t');
+    if (tab == std::string::npos) return text;
+    const std::size_t end = text.find_last_not_of(kBlank, tab - 1);
+    const std::size_t key = text.find_first_not_of(kBlank, tab + 1);
+    return (tab != 0 && end != std::string::npos ? text.substr(0, end + 1) : std::string()) + '\t' +
+           (key != std::string::npos ? text.substr(key) : std::string());
+}
+
 CMenu CMenu::Load(unsigned int id) {
     const auto templates = LoadMenuTemplate(id);
     return templates ? CMenu(MakeItems(*templates)) : CMenu();

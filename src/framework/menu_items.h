@@ -26,4 +26,7 @@ struct CMenu::Items {
     std::vector<MenuItem> entries;
 };
 
+// An entry's text as menus take it: blanks around the tab are only there to line texts up.
+std::string MenuLabel(const std::string& text);
+
 }  // namespace permora

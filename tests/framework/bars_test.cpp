@@ -1,33 +1,22 @@
 // Toolbar, dialog bar, rebar and status bar of a frame, under mouse and keyboard.
 #include "framework/bars.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QEventLoop>
 #include <QHelpEvent>
 #include <QLineEdit>
-#include <QTimer>
 #include <QToolTip>
 
-#include "tests/framework/test_frame.h"
+#include "tests/framework/test_frame_qt.h"
 
 namespace permora {
 namespace {
 
-using ::testing::ElementsAre;
-
 class Bars : public ::testing::Test {
   protected:
     void SetUp() override { ASSERT_TRUE(frame.Show()); }
-    // States are shown anew when the program has nothing else to do.
-    void WaitForIdle() {
-        QEventLoop loop;
-        QTimer::singleShot(1, &loop, &QEventLoop::quit);
-        loop.exec();
-    }
 
-    TestFrame frame;
+    QtTestFrame frame;
 };
 
 TEST_F(Bars, TipsAndPromptsTellWhatAButtonDoes) {
@@ -50,25 +39,6 @@ TEST_F(Bars, TipsAndPromptsTellWhatAButtonDoes) {
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(button, &leave);
     EXPECT_EQ(frame.statusBar.GetPaneText(0), "Processing...");
-}
-
-TEST_F(Bars, TheKeyboardReachesEveryButton) {
-    WaitForIdle();
-    frame.isCopyAllowed = true;
-    frame.addressBar.GetDlgItem(IDC_LOCATION)->SetFocus();
-    frame.PressKey(Qt::Key_Tab, Qt::ShiftModifier);
-    EXPECT_EQ(QApplication::focusWidget(), frame.Button(ID_PERMISSIONS));  // the first that can be used
-    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Opens Security Editor");
-    frame.PressKey(Qt::Key_Right);
-    EXPECT_EQ(QApplication::focusWidget(), frame.Button(ID_EDIT_COPY));
-    frame.PressKey(Qt::Key_Return);
-    frame.PressKey(Qt::Key_Left);
-    frame.PressKey(Qt::Key_Space);
-    EXPECT_THAT(frame.view.log, ElementsAre("view copy"));
-    EXPECT_THAT(frame.log, ElementsAre("permissions"));
-    frame.PressKey(Qt::Key_Tab);
-    EXPECT_EQ(QApplication::focusWidget(), frame.Top()->findChild<QLineEdit*>());
-    EXPECT_EQ(frame.statusBar.GetPaneText(0), "Ready");
 }
 
 TEST_F(Bars, AnEditFieldKeepsTheKeyThatWouldDeleteFiles) {

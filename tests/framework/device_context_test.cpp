@@ -5,7 +5,7 @@
 
 #include <QImage>
 
-#include "tests/framework/test_frame.h"
+#include "tests/framework/test_frame_qt.h"
 
 namespace permora {
 namespace {
@@ -41,7 +41,7 @@ int CountRed(const QImage& picture, const QRect& area) {
 }
 
 TEST(DeviceContext, DrawsALinkInItsColourWithinItsRectangleAndShowsAHandOverItOnly) {
-    TestFrame frame;
+    QtTestFrame frame;
     ASSERT_TRUE(frame.Show());
     LinkView view;
     ASSERT_TRUE(view.CreateChild(frame, {0, 100, 300, 200}, 2));

@@ -11,7 +11,7 @@
 #include "framework/qt/file_operation_presenter.h"
 #include "platform/api/errors.h"
 #include "platform/file_operation_pace.h"
-#include "tests/framework/test_frame.h"
+#include "tests/framework/test_frame_qt.h"
 #include "tests/support/ui_driver.h"
 
 namespace permora::test {
@@ -79,7 +79,7 @@ TEST(FileOperationWindow, ShowsTheProgressAndCancels) {
 
 TEST(FileOperationWindow, EndsWithTheProgram) {
     UiDriver ui;
-    TestFrame frame;
+    QtTestFrame frame;
     ASSERT_TRUE(frame.Show());
     ui.ExpectDialog(kProgressWindowId, [&frame](WindowDriver&) {
         frame.RunCommand(ID_PERMISSIONS);  // whoever posts a command to its owner

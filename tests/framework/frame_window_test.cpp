@@ -1,4 +1,4 @@
-// The frame window: where commands go, how their states are shown, keys, layout, placement and closing.
+// The frame window under this toolkit: menus, placement, and keys that are held.
 #include "framework/frame_window.h"
 
 #include <gmock/gmock.h>
@@ -10,7 +10,7 @@
 #include "framework/qt/widget.h"
 #include "framework/screen_placement.h"
 #include "framework/styles.h"
-#include "tests/framework/test_frame.h"
+#include "tests/framework/test_frame_qt.h"
 #include "tests/support/ui_driver.h"
 
 namespace permora {
@@ -21,24 +21,8 @@ using test::WindowDriver;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST(Frame, CommandsAreChosenFromMenuAndToolbarAndByKey) {
-    TestFrame frame;
-    ASSERT_TRUE(frame.Show());
-    WindowDriver window = UiDriver::MainWindow();
-    window.ChooseMenu(ID_PERMISSIONS);
-    window.Click(ID_PERMISSIONS);
-    window.Press("Alt+P");
-    EXPECT_THAT(frame.log, ElementsAre("permissions", "permissions", "permissions"));
-    frame.isCopyAllowed = false;
-    EXPECT_FALSE(window.ReadMenu(ID_EDIT_COPY).isEnabled);
-    window.Press("Ctrl+C");
-    EXPECT_THAT(frame.view.log, IsEmpty());
-    EXPECT_FALSE(window.ReadMenu(ID_EDIT_PASTE).isEnabled) << "nobody's";
-    EXPECT_TRUE(window.ReadMenu(ID_VIEW_TOOLBAR).isChecked);
-}
-
 TEST(Frame, PromptsStandInTheStatusBarWhileAnEntryIsPointedAt) {
-    TestFrame frame;
+    QtTestFrame frame;
     ASSERT_TRUE(frame.Show());
     EXPECT_EQ(frame.statusBar.GetPaneText(0), "Ready");
     EXPECT_EQ(frame.statusBar.GetPaneText(1), "Total items: ");
@@ -50,77 +34,6 @@ TEST(Frame, PromptsStandInTheStatusBarWhileAnEntryIsPointedAt) {
     EXPECT_EQ(frame.statusBar.GetPaneText(0), "Ready");
     EXPECT_TRUE(test::ServeEventsUntil([&] { return !frame.log.empty(); }));
     EXPECT_THAT(frame.log, ElementsAre("permissions"));
-}
-
-TEST(Frame, KeysActUnlessAModalDialogOrAnEditFieldHasThem) {
-    TestFrame frame;
-    ASSERT_TRUE(frame.Show());
-    frame.PressKey(Qt::Key_P, Qt::AltModifier);
-    frame.PressKey(Qt::Key_C, Qt::ControlModifier);
-    EXPECT_THAT(frame.log, ElementsAre("permissions"));
-    EXPECT_THAT(frame.view.log, ElementsAre("view copy"));
-
-    frame.addressBar.GetDlgItem(IDC_LOCATION)->SetFocus();
-    frame.PressKey(Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(frame.view.log.size(), 1U);
-    frame.PressKey(Qt::Key_P, Qt::AltModifier);
-    EXPECT_EQ(frame.log.size(), 2U);
-
-    frame.onPermissions = [&] {
-        QTimer::singleShot(0, [&] {
-            EXPECT_TRUE(test::ServeEventsUntil(
-                [] { return QApplication::activeWindow() == QApplication::activeModalWidget(); }));
-            frame.PressKey(Qt::Key_P, Qt::AltModifier);
-            frame.RunCommand(ID_PERMISSIONS);
-            frame.PostClose();
-            frame.PressKey(Qt::Key_Escape);
-        });
-        CDialog(IDD_RENAME, &frame).DoModal();
-    };
-    frame.RunCommand(ID_PERMISSIONS);
-    EXPECT_EQ(frame.log.size(), 3U);
-    EXPECT_TRUE(frame.HasWindow());
-}
-
-TEST(Frame, EscapeFirstStopsWhatGoesOnButAChosenExitDoesNot) {
-    TestFrame frame;
-    ASSERT_TRUE(frame.Show());
-    frame.isWorking = true;
-    frame.PressKey(Qt::Key_Escape);
-    EXPECT_FALSE(frame.isWorking);
-    QCoreApplication::processEvents();
-    EXPECT_TRUE(frame.HasWindow());
-    frame.isWorking = true;
-    UiDriver::MainWindow().ChooseMenu(ID_APP_EXIT);
-    EXPECT_TRUE(test::ServeEventsUntil([&] { return !frame.HasWindow(); }));
-    EXPECT_TRUE(frame.isWorking);
-}
-
-TEST(Frame, TheViewFillsWhatTheBarsLeave) {
-    TestFrame frame;
-    ASSERT_TRUE(frame.Show());
-    const auto expectFilled = [&frame](int above, int below) {
-        const Rect client = frame.GetClientRect();
-        EXPECT_EQ(frame.view.GetClientRect(), (Rect{0, 0, client.Width(), client.Height() - above - below}));
-    };
-    QCoreApplication::processEvents();  // the bars know their sizes once they are shown
-    const int top = frame.reBar.GetClientRect().Height();
-    const int bottom = frame.statusBar.GetClientRect().Height();
-    EXPECT_GT(top, 16);
-    EXPECT_GT(bottom, 10);
-    expectFilled(top, bottom);
-    frame.MoveWindow({0, 0, 500, 400});
-    expectFilled(top, bottom);
-    frame.RunCommand(ID_VIEW_STATUS_BAR);
-    EXPECT_EQ(frame.statusBar.GetStyle() & WS_VISIBLE, 0U);
-    expectFilled(top, 0);
-
-    const int addressLeft = frame.addressBar.GetWindowRect().left;
-    frame.RunCommand(ID_VIEW_TOOLBAR);
-    EXPECT_EQ(frame.toolBar.GetStyle() & WS_VISIBLE, 0U);
-    EXPECT_LT(frame.addressBar.GetWindowRect().left, addressLeft);
-    frame.RunCommand(ID_VIEW_TOOLBAR);
-    EXPECT_EQ(frame.addressBar.GetWindowRect().left, addressLeft);
 }
 
 struct ScreenCase {
@@ -148,21 +61,19 @@ TEST(Frame, ItIsPlacedWhereAScreenIs) {
     EXPECT_EQ(PutOnScreen({1, 2, 3, 4}, {}), (Rect{1, 2, 3, 4}));
 }
 
-TEST(Frame, MaximisedItKnowsWhereItStoodBefore) {
-    for (const bool isByUser : {false, true}) {
-        TestFrame frame;
-        ASSERT_TRUE(frame.Show());
-        const Rect before = frame.GetWindowRect();
-        isByUser ? frame.Top()->showMaximized() : frame.SetPlacement({before, ShowState::kMaximised});
-        EXPECT_TRUE(test::ServeEventsUntil([&] { return frame.GetWindowRect() != before; }));
-        EXPECT_EQ(frame.GetPlacement().showState, ShowState::kMaximised);
-        EXPECT_EQ(frame.GetPlacement().normalRect, before) << (isByUser ? "by the user" : "when shown");
-    }
+TEST(Frame, MaximisedByTheUserItKnowsWhereItStoodBefore) {
+    QtTestFrame frame;
+    ASSERT_TRUE(frame.Show());
+    const Rect before = frame.GetWindowRect();
+    frame.Top()->showMaximized();
+    EXPECT_TRUE(test::ServeEventsUntil([&] { return frame.GetWindowRect() != before; }));
+    EXPECT_EQ(frame.GetPlacement().showState, ShowState::kMaximised);
+    EXPECT_EQ(frame.GetPlacement().normalRect, before);
 }
 
 TEST(Frame, TheFrameThatTheDesktopDrawsIsOnTheScreenToo) {
     for (const bool startsMaximised : {false, true}) {
-        TestFrame frame;
+        QtTestFrame frame;
         ASSERT_TRUE(frame.Show());
         const QRect screen = frame.Top()->screen()->availableGeometry();
         ASSERT_NE(frame.Top()->frameGeometry(), frame.Top()->geometry()) << "no frame here";
@@ -178,7 +89,7 @@ TEST(Frame, TheFrameThatTheDesktopDrawsIsOnTheScreenToo) {
 // every repetition looks like one. False also when the machine was too busy to press it in time.
 bool IsLeftAloneByALateEscape() {
     constexpr int kLessThanAMoment = 400;
-    TestFrame frame;
+    QtTestFrame frame;
     EXPECT_TRUE(frame.Show());
     UiDriver ui;
     ui.ExpectDialog(IDD_RENAME, [](WindowDriver& dialog) { dialog.Press("Esc"); });
@@ -204,35 +115,6 @@ TEST(Frame, AnEscapeThatWasMeantForAClosedWindowDoesNothing) {
     while (tries <= kTries && !IsLeftAloneByALateEscape())
         ++tries;
     EXPECT_LE(tries, kTries);
-}
-
-TEST(Frame, ClosingIsTheFramesDecision) {
-    TestFrame frame;
-    ASSERT_TRUE(frame.Show());
-    frame.closesByItself = false;
-    EXPECT_FALSE(frame.Top()->close());
-    EXPECT_THAT(frame.log, IsEmpty());  // not within the toolkit's own event
-    QCoreApplication::processEvents();
-    EXPECT_THAT(frame.log, ElementsAre("close"));
-    EXPECT_TRUE(frame.HasWindow());
-
-    frame.closesByItself = true;
-    frame.PressKey(Qt::Key_Escape);
-    EXPECT_TRUE(test::ServeEventsUntil([&] { return !frame.HasWindow(); }));
-    EXPECT_FALSE(frame.view.HasWindow());
-    EXPECT_TRUE(frame.Show());  // the object may have another window
-
-    frame.log.clear();
-    UiDriver ui;
-    ui.ExpectMessageBox("of no window", "", MB_OK, [&](WindowDriver& box) {
-        frame.PostClose();
-        QCoreApplication::processEvents();
-        frame.RunCommand(ID_PERMISSIONS);
-        box.Press("Return");
-    });
-    MessageBoxA(nullptr, "of no window", "", MB_OK);
-    EXPECT_THAT(frame.log, IsEmpty()) << "nothing happens behind a message box";
-    EXPECT_TRUE(frame.HasWindow());
 }
 
 }  // namespace

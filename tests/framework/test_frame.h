@@ -1,19 +1,13 @@
-// A small frame with all bars, and the ways in which a person works with it.
+// A small frame with all bars.
 #pragma once
 
-#include <QAction>
-#include <QApplication>
-#include <QMenu>
-#include <QMenuBar>
-#include <QTest>
-#include <QToolButton>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "framework/bars.h"
 #include "framework/frame_window.h"
-#include "framework/qt/widget.h"
 #include "resources/resource_ids.h"
 #include "tests/support/ui_backend.h"
 
@@ -59,28 +53,7 @@ class TestFrame : public CFrameWnd {
     bool Show() {
         if (!LoadFrame(IDR_MAIN_FRAME)) return false;
         SetPlacement({{20, 30, 720, 530}, ShowState::kNormal});
-        return test::ServeEventsUntil([this] { return Top()->isActiveWindow(); }) &&
-               test::ServeEventsUntil([this] { return QApplication::focusWidget() == qt::WidgetOf(view); });
-    }
-    QWidget* Top() const { return reinterpret_cast<QWidget*>(GetSafeHwnd())->window(); }
-    QToolButton* Button(unsigned int id) const {
-        return Top()->findChild<QToolButton*>(QStringLiteral("button %1").arg(id));
-    }
-    void PressKey(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        QWidget* focus = QApplication::focusWidget();
-        QTest::keyClick(focus != nullptr ? focus : Top(), key, modifiers);
-        QCoreApplication::processEvents();
-    }
-    // Opens the menu with that title, as it is on the screen.
-    QMenu* OpenMenu(const char* title) {
-        auto* bar = Top()->findChild<QMenuBar*>();
-        for (QAction* action : bar->actions()) {
-            if (action->text() == QLatin1String(title)) {
-                bar->setActiveAction(action);
-                return action->menu();
-            }
-        }
-        return nullptr;
+        return test::ServeEventsUntil([this] { return view.HasFocus(); });
     }
 
   protected:

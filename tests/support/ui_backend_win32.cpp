@@ -37,6 +37,12 @@ class Toolkit : public ::testing::Environment {
 
 constexpr int kBoxTextId = 0xFFFF;  // of a message box's text
 
+constexpr UINT kGetMenu = 0x01E1;  // MN_GETHMENU
+
+bool IsMenu(HWND window) {
+    return ClassOf(window) == L"#32768";
+}
+
 bool IsMessageBox(HWND window) {
     return ClassOf(window) == L"#32770";
 }
@@ -81,6 +87,12 @@ ModalWindow InfoOf(HWND window) {
     return info;
 }
 
+// A menu has opened and waits for the user.
+bool IsMenuShown(const CWPRETSTRUCT& sent) {
+    return sent.message == WM_ENTERIDLE && sent.wParam == MSGF_MENU &&
+           IsMenu(reinterpret_cast<HWND>(sent.lParam));
+}
+
 std::function<void(const ModalWindow&)> theWatcher;
 HHOOK theHook = nullptr;
 
@@ -91,6 +103,12 @@ LRESULT CALLBACK OnSentMessage(int code, WPARAM wide, LPARAM details) {
     if (isShown && theWatcher && (IsMessageBox(sent.hwnd) || DialogWindow::Around(sent.hwnd) != nullptr) &&
         GetAncestor(sent.hwnd, GA_ROOT) == sent.hwnd)
         theWatcher(InfoOf(sent.hwnd));
+    if (code >= 0 && theWatcher && IsMenuShown(sent)) {
+        ModalWindow menu;
+        menu.window = reinterpret_cast<HWND>(sent.lParam);
+        menu.kind = ModalKind::kMenu;
+        theWatcher(menu);
+    }
     return CallNextHookEx(nullptr, code, wide, details);
 }
 
@@ -114,7 +132,12 @@ bool IsOpen(HWND window) {
     return IsWindowVisible(window) != 0;
 }
 
+HMENU MenuOf(HWND window) {
+    return IsMenu(window) ? reinterpret_cast<HMENU>(SendMessageW(window, kGetMenu, 0, 0)) : nullptr;
+}
+
 bool WaitForInput(HWND window) {
+    if (IsMenu(window)) return IsOpen(window);
     return ServeEventsUntil([window] { return !IsOpen(window) || GetActiveWindow() == window; }) &&
            IsOpen(window);
 }
@@ -135,6 +158,7 @@ bool ServeEventsUntil(const std::function<bool()>& condition) {
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end) return false;
         ServeWaiting();
+        Win32Application::Current()->Idle();
         MsgWaitForMultipleObjects(0, nullptr, FALSE, kPause, QS_ALLINPUT);
     }
     return true;
@@ -155,10 +179,6 @@ std::vector<HWND> OpenFrames() {
     return windows;
 }
 
-void ChooseCommand(HWND /*menu*/, unsigned int command) {
-    ADD_FAILURE() << "this back end has no menus yet: " << command;
-}
-
 void ChooseButton(HWND messageBox, int buttonId) {
     HWND button = GetDlgItem(messageBox, buttonId);
     if (button == nullptr) {
@@ -173,6 +193,10 @@ void ChooseButton(HWND messageBox, int buttonId) {
 
 void CloseSafely(HWND window) {
     if (!IsOpen(window)) return;
+    if (IsMenu(window)) {
+        EndMenu();
+        return;
+    }
     PostMessageW(window, IsMessageBox(window) ? WM_COMMAND : WM_CLOSE, IsMessageBox(window) ? IDCANCEL : 0,
                  0);
     ServeWaiting();

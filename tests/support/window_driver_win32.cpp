@@ -25,16 +25,6 @@ bool IsLive(HWND window) {
     return false;
 }
 
-std::vector<HWND> Descendants(HWND window) {
-    std::vector<HWND> all;
-    const auto take = [](HWND child, LPARAM list) -> BOOL {
-        reinterpret_cast<std::vector<HWND>*>(list)->push_back(child);
-        return TRUE;
-    };
-    EnumChildWindows(window, take, reinterpret_cast<LPARAM>(&all));
-    return all;
-}
-
 HWND FindControl(HWND window, unsigned int id) {
     HWND found = nullptr;
     for (HWND each : Descendants(window)) {
@@ -117,6 +107,16 @@ bool IsBoxOrRadio(HWND control) {
 }
 
 }  // namespace
+
+std::vector<HWND> Descendants(HWND window) {
+    std::vector<HWND> all;
+    const auto take = [](HWND child, LPARAM list) -> BOOL {
+        reinterpret_cast<std::vector<HWND>*>(list)->push_back(child);
+        return TRUE;
+    };
+    EnumChildWindows(window, take, reinterpret_cast<LPARAM>(&all));
+    return all;
+}
 
 bool TakesInput(HWND window) {
     if (!IsLive(window)) return false;
@@ -286,7 +286,7 @@ std::vector<unsigned int> WindowDriver::TabThrough() {
 // ---- All controls ----
 
 bool WindowDriver::Has(unsigned int id) const {
-    return IsLive(window) && FindControl(window, id) != nullptr;
+    return IsLive(window) && (FindControl(window, id) != nullptr || FindToolButton(window, id));
 }
 
 std::string WindowDriver::Text(unsigned int id) const {
@@ -295,6 +295,8 @@ std::string WindowDriver::Text(unsigned int id) const {
 }
 
 bool WindowDriver::IsEnabled(unsigned int id) const {
+    if (const auto button = FindToolButton(window, id))
+        return SendMessageW(button->bar, TB_ISBUTTONENABLED, id, 0) != 0;
     HWND control = ControlOf(window, id);
     return control != nullptr && IsWindowEnabled(control) != 0;
 }
@@ -305,6 +307,12 @@ bool WindowDriver::IsVisible(unsigned int id) const {
 }
 
 void WindowDriver::Click(unsigned int id) {
+    if (const auto button = IsLive(window) ? FindToolButton(window, id) : std::nullopt) {
+        EXPECT_NE(SendMessageW(button->bar, TB_ISBUTTONENABLED, id, 0), 0) << "button " << id;
+        const RECT& rect = button->rect;
+        ClickWindow(button->bar, {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2});
+        return;
+    }
     HWND control = ControlOf(window, id);
     if (control == nullptr) return;
     if (IsWindowVisible(control) == 0 || IsWindowEnabled(control) == 0) {
@@ -321,6 +329,8 @@ void WindowDriver::Click(unsigned int id) {
 // ---- Boxes, edit fields, combo boxes ----
 
 bool WindowDriver::IsChecked(unsigned int id) const {
+    if (const auto button = FindToolButton(window, id))
+        return SendMessageW(button->bar, TB_ISBUTTONCHECKED, id, 0) != 0;
     HWND control = ControlOf(window, id);
     return control != nullptr && SendMessageW(control, BM_GETCHECK, 0, 0) == BST_CHECKED;
 }

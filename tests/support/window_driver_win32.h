@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
+#include <vector>
 
 #include "platform/api/base.h"
 #include "tests/support/window_driver.h"
@@ -20,6 +22,18 @@ bool TakesInput(HWND window);
 
 // Null, and a failure of the test, when there is none. The one that can be seen, where there are several.
 HWND ControlOf(HWND window, unsigned int id);
+
+std::vector<HWND> Descendants(HWND window);
+
+// The system's menu in a window that shows one; null for other windows.
+HMENU MenuOf(HWND window);
+
+struct ToolButtonPlace {
+    HWND bar = nullptr;
+    RECT rect{};  // in the bar's client area
+};
+// The button of a command in a toolbar of `window`; nothing where there is none.
+std::optional<ToolButtonPlace> FindToolButton(HWND window, unsigned int command);
 
 enum class MouseButton { kLeft, kRight };
 enum class Clicks { kOne, kTwo };

@@ -60,12 +60,11 @@ void ShowItems(QMenu& menu, const std::shared_ptr<CMenu::Items>& items, const Me
 }
 
 QString MenuText(const std::string& text) {
-    const QString whole = ToQt(text);
-    // The toolkit draws menus without regard to the letters' direction; the mark keeps the dots at their end.
-    const QString end = QGuiApplication::isRightToLeft() ? QString(QChar(0x200E)) : QString();
+    QString whole = ToQt(MenuLabel(text));
     const qsizetype tab = whole.indexOf(QLatin1Char('\t'));
-    if (tab < 0) return whole + end;
-    return whole.left(tab).trimmed() + end + QLatin1Char('\t') + whole.mid(tab + 1).trimmed();
+    // The toolkit draws menus without regard to the letters' direction; the mark keeps the dots at their end.
+    if (QGuiApplication::isRightToLeft()) whole.insert(tab < 0 ? whole.size() : tab, QChar(0x200E));
+    return whole;
 }
 
 }  // namespace qt

@@ -17,7 +17,7 @@ struct MenuHandlers {
 
 // Makes `menu` show `items`, built anew each time it opens.
 void ShowItems(QMenu& menu, const std::shared_ptr<CMenu::Items>& items, const MenuHandlers& handlers);
-// A title or text with its mnemonic. Blanks around the tab are only there to line texts up.
+// A title or text with its mnemonic.
 QString MenuText(const std::string& text);
 
 }  // namespace permora::qt

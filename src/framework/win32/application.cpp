@@ -10,7 +10,7 @@
 #include "framework/native.h"
 #include "framework/stoppable_work.h"
 #include "framework/styles.h"
-#include "framework/win32/dialog_keys.h"
+#include "framework/win32/frame.h"
 
 namespace permora {
 namespace {
@@ -21,8 +21,9 @@ std::atomic<Win32Application*> theToolkit = nullptr;
 
 Win32Application::Win32Application() {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
-    const INITCOMMONCONTROLSEX classes{
-        sizeof classes, ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES | ICC_TAB_CLASSES | ICC_PROGRESS_CLASS};
+    const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES |
+                                                           ICC_TAB_CLASSES | ICC_PROGRESS_CLASS |
+                                                           ICC_BAR_CLASSES | ICC_COOL_CLASSES};
     InitCommonControlsEx(&classes);
     theToolkit = this;
 }
@@ -49,6 +50,7 @@ int Win32Application::Run() {
 
 bool Win32Application::ServeMessage() {
     MSG message;
+    if (PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE) == 0) Current()->Idle();
     if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
         PostQuitMessage(0);  // for the loops around this one
         return false;
@@ -58,12 +60,15 @@ bool Win32Application::ServeMessage() {
 }
 
 void Win32Application::Dispatch(const MSG& message) {
-    if (win32::UseDialogKey(message)) return;
-    MSG own = message;
-    HWND top = GetAncestor(message.hwnd, GA_ROOT);
-    if (win32::MessageTarget::Of(top) != nullptr && IsDialogMessageW(top, &own) != 0) return;
+    win32::TopWindow* top = win32::TopWindow::Around(message.hwnd);
+    if (top != nullptr && top->UseMessage(message)) return;
     TranslateMessage(&message);
     DispatchMessageW(&message);
+}
+
+void Win32Application::Idle() const {
+    for (win32::FrameWindow* frame : frames)
+        frame->OnIdle();
 }
 
 int RunToolkit(int /*argc*/, char** /*argv*/, const std::function<bool()>& start,

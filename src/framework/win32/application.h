@@ -4,10 +4,15 @@
 #include <optional>
 #include <vector>
 
+#include "framework/images.h"
 #include "framework/win32/message_box.h"
 #include "framework/win32/thread_bridge.h"
 
 namespace permora {
+
+namespace win32 {
+class FrameWindow;
+}
 
 class Win32Application {
   public:
@@ -26,6 +31,8 @@ class Win32Application {
     // belongs to. False when the program is to end.
     static bool ServeMessage();
     static void Dispatch(const MSG& message);
+    // No message is waiting: frames bring up to date what follows the program's state.
+    void Idle() const;
 
     // Serves the user-interface thread. Any thread.
     win32::ThreadBridge& Bridge() { return bridge; }
@@ -35,6 +42,8 @@ class Win32Application {
     std::vector<HWND> modalWindows;
     // Windows that take input beside them.
     std::vector<HWND> besideWindows;
+    std::vector<win32::FrameWindow*> frames;
+    CIcon programIcon;  // of windows that have no other
     // What ModalCount was when ServeBusyWindowsUntil began; nothing while the windows are not busy.
     std::optional<int> modalWhenBusy;
     win32::MessageBoxRules boxes;

@@ -48,11 +48,9 @@ bool UseKey(DialogWindow& dialog, HWND focused, WPARAM key) {
 
 }  // namespace
 
-bool UseDialogKey(const MSG& message) {
+bool UseDialogKey(DialogWindow& dialog, const MSG& message) {
     if (message.message != WM_KEYDOWN) return false;
-    auto* dialog = dynamic_cast<DialogWindow*>(MessageTarget::Of(GetAncestor(message.hwnd, GA_ROOT)));
-    if (dialog == nullptr) return false;
-    if (MessageTarget* control = MessageTarget::Of(message.hwnd); control != nullptr && control != dialog) {
+    if (MessageTarget* control = MessageTarget::Of(message.hwnd); control != nullptr && control != &dialog) {
         switch (control->OnDialogKey(static_cast<UINT>(message.wParam))) {
             case KeyUse::kTaken:
                 return true;
@@ -64,7 +62,7 @@ bool UseDialogKey(const MSG& message) {
                 break;
         }
     }
-    return UseKey(*dialog, message.hwnd, message.wParam);
+    return UseKey(dialog, message.hwnd, message.wParam);
 }
 
 }  // namespace permora::win32

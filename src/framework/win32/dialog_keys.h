@@ -5,7 +5,9 @@
 
 namespace permora::win32 {
 
-// True: `message` was a key that a dialog of the framework or one of its controls has used.
-bool UseDialogKey(const MSG& message);
+class DialogWindow;
+
+// True: `message` was a key that `dialog` or one of its controls has used.
+bool UseDialogKey(DialogWindow& dialog, const MSG& message);
 
 }  // namespace permora::win32

@@ -5,6 +5,7 @@
 #include "framework/styles.h"
 #include "framework/win32/application.h"
 #include "framework/win32/buttons.h"
+#include "framework/win32/dialog_keys.h"
 
 namespace permora {
 namespace win32 {
@@ -87,11 +88,15 @@ bool TakesFocus(HWND control) {
 
 DialogWindow::DialogWindow(CWnd& window, CWnd* owner, DWORD templateStyle, unsigned int templateNumber,
                            DialogKeys& handler)
-    : PaintedWindow(window, {}), keys(handler), templateId(templateNumber) {
+    : PaintedWindow(window, {}),
+      TopWindow(static_cast<MessageTarget&>(*this)),
+      keys(handler),
+      templateId(templateNumber) {
     HWND ownerTop = owner != nullptr ? GetAncestor(owner->GetSafeHwnd(), GA_ROOT) : nullptr;
     const DWORD shown = WS_POPUP | WS_CAPTION | WS_CLIPCHILDREN | (templateStyle & WS_SYSMENU);
     Adopt(CreateWindowExW(WS_EX_CONTROLPARENT | WS_EX_DLGMODALFRAME, OwnClass(), L"", shown, 0, 0, 0, 0,
                           ownerTop, nullptr, GetModuleHandleW(nullptr), nullptr));
+    if (ownerTop == nullptr) ShowIcon(Win32Application::Current()->programIcon);
 }
 
 DialogWindow::~DialogWindow() {
@@ -230,22 +235,11 @@ void DialogWindow::MoveFocus(int direction, HWND leaving) {
 }
 
 void DialogWindow::OnActivate(bool isActive) {
-    if (!isActive) {
-        if (HWND focused = ::GetFocus(); IsChild(Own(), focused) != 0) keptFocus = focused;
-        return;
-    }
-    // The dialog manager would hide who has the keyboard from those who use the mouse.
-    SendMessageW(Own(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
-    const bool canTakeIt = IsChild(Own(), keptFocus) != 0 && IsWindowVisible(keptFocus) != 0 &&
-                           ::IsWindowEnabled(keptFocus) != 0;
-    if (canTakeIt)
-        ::SetFocus(keptFocus);
-    else
-        MoveFocus(1);
-    ShowDefaultButton();
+    if (TakeActivation(isActive)) MoveFocus(1);
+    if (isActive) OnFocusMoved();
 }
 
-void DialogWindow::ShowDefaultButton() const {
+void DialogWindow::OnFocusMoved() {
     if (::GetActiveWindow() != Own()) return;
     HWND focused = IsPushButton(::GetFocus()) ? ::GetFocus() : nullptr;
     const auto show = [](HWND window, LPARAM withFocus) -> BOOL {
@@ -259,23 +253,12 @@ void DialogWindow::ShowDefaultButton() const {
     EnumChildWindows(Own(), show, reinterpret_cast<LPARAM>(focused));
 }
 
-HWND DialogWindow::TipWindow() {
-    if (tips == nullptr)
-        tips = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, L"", WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP,
-                               0, 0, 0, 0, Own(), nullptr, nullptr, nullptr);
-    return tips;
-}
-
 // ---- Messages ----
 
-void DialogWindow::OnResolution(const RECT& suggested) {
-    const auto follow = [](HWND child, LPARAM) -> BOOL {
-        if (MessageTarget* control = MessageTarget::Of(child)) control->OnOtherResolution();
-        return TRUE;
-    };
-    EnumChildWindows(Own(), follow, 0);
-    SetWindowPos(Own(), nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
-                 suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
+bool DialogWindow::UseMessage(const MSG& message) {
+    if (UseDialogKey(*this, message)) return true;
+    MSG copy = message;
+    return IsDialogMessageW(Own(), &copy) != 0;
 }
 
 LRESULT DialogWindow::OnMessage(const Message& message) {
@@ -294,47 +277,12 @@ LRESULT DialogWindow::OnMessage(const Message& message) {
             }
             break;
         case WM_DPICHANGED:
-            OnResolution(*reinterpret_cast<const RECT*>(message.wider));
+            FollowResolution(*reinterpret_cast<const RECT*>(message.wider));
             return 0;
         default:
             break;
     }
     return PaintedWindow::OnMessage(message);
-}
-
-void GiveFocus(HWND window) {
-    DialogWindow* dialog = DialogWindow::Around(window);
-    if (dialog != nullptr) dialog->KeepFocus(window);
-    if (dialog == nullptr || ::GetActiveWindow() == dialog->Own()) ::SetFocus(window);
-}
-
-void PassFocusOn(HWND window) {
-    HWND focused = ::GetFocus();
-    if (focused == nullptr || (focused != window && IsChild(window, focused) == 0)) return;
-    DialogWindow* dialog = DialogWindow::Around(window);
-    if (dialog == nullptr || dialog->Own() == window) return;
-    HWND top = dialog->Own();
-    dialog->MoveFocus(1, window);
-    // Where no control takes the keyboard, the dialog's keys stay.
-    if (::GetFocus() == focused) ::SetFocus(top);
-}
-
-void FocusMoved(HWND window) {
-    if (const DialogWindow* dialog = DialogWindow::Around(window)) dialog->ShowDefaultButton();
-}
-
-void ShowTipFor(HWND control, const std::string& text) {
-    DialogWindow* dialog = DialogWindow::Around(control);
-    if (dialog == nullptr) return;
-    std::wstring shown = Wide(text);
-    TTTOOLINFOW tool{};
-    tool.cbSize = sizeof tool;
-    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
-    tool.hwnd = dialog->Own();
-    tool.uId = reinterpret_cast<UINT_PTR>(control);
-    tool.lpszText = shown.data();
-    SendMessageW(dialog->TipWindow(), TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-    if (!text.empty()) SendMessageW(dialog->TipWindow(), TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
 }
 
 }  // namespace win32

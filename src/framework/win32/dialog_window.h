@@ -4,10 +4,11 @@
 #include <vector>
 
 #include "framework/win32/pane.h"
+#include "framework/win32/top_window.h"
 
 namespace permora::win32 {
 
-class DialogWindow final : public PaintedWindow<NativeDialog> {
+class DialogWindow final : public PaintedWindow<NativeDialog>, public TopWindow {
   public:
     DialogWindow(CWnd& window, CWnd* owner, DWORD style, unsigned int templateNumber, DialogKeys& handler);
     ~DialogWindow() override;
@@ -28,13 +29,10 @@ class DialogWindow final : public PaintedWindow<NativeDialog> {
 
     DialogKeys& Keys() { return keys; }
     unsigned int TemplateId() const { return templateId; }
-    // To the next control of the tab order that takes input, or the one before, outside of `leaving`.
-    void MoveFocus(int direction, HWND leaving = nullptr);
-    // The control that has the keyboard whenever the dialog is active.
-    void KeepFocus(HWND control) { keptFocus = control; }
+    bool UseMessage(const MSG& message) override;
+    void MoveFocus(int direction, HWND leaving = nullptr) override;  // in the tab order
     // The push button with the keyboard is shown as the one that Enter presses, else the template's.
-    void ShowDefaultButton() const;
-    HWND TipWindow();
+    void OnFocusMoved() override;
 
   protected:
     LRESULT OnMessage(const Message& message) override;
@@ -45,13 +43,10 @@ class DialogWindow final : public PaintedWindow<NativeDialog> {
     void Centre();
     void PlaceBeside(HWND shown);
     void OnActivate(bool isActive);
-    void OnResolution(const RECT& suggested);
 
     DialogKeys& keys;
     const unsigned int templateId;
     std::vector<HWND> tabOrder;
-    HWND keptFocus = nullptr;
-    HWND tips = nullptr;
     Size least;
     bool hasEnded = false;
     HWND beside = nullptr;  // the window, when it stands beside others

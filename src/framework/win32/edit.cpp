@@ -1,4 +1,6 @@
 // Edit fields and combo boxes.
+#include <string_view>
+
 #include "framework/keyboard.h"
 #include "framework/styles.h"
 #include "framework/win32/controls.h"
@@ -37,6 +39,16 @@ class EditWindow final : public SystemWindow<NativeEdit> {
         if (virtualKey != 'A' || !IsControlKeyDown()) return KeyUse::kDialog;
         SelectAll();
         return KeyUse::kTaken;
+    }
+
+    bool KeepsKey(UINT virtualKey) const override {
+        constexpr std::wstring_view kEditingLetters = L"ACVXZ";
+        const bool isLetter =
+            virtualKey < L'\x80' &&
+            kEditingLetters.find(static_cast<wchar_t>(virtualKey)) != std::wstring_view::npos;
+        if (isLetter) return IsControlKeyDown() && GetKeyState(VK_MENU) >= 0;
+        return virtualKey == VK_DELETE || virtualKey == VK_INSERT || virtualKey == VK_BACK ||
+               (virtualKey >= VK_END && virtualKey <= VK_DOWN);
     }
 
   protected:

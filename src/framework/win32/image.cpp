@@ -6,6 +6,7 @@
 #include "framework/native.h"
 #include "framework/resource_file.h"
 #include "framework/resource_templates.h"
+#include "framework/win32/scale.h"
 
 namespace permora {
 namespace {
@@ -114,6 +115,26 @@ void DrawImage(HDC context, const CIcon& icon, const RECT& area) {
     }
     DrawIconEx(context, area.left + (width - shownWidth) / 2, area.top + (height - shownHeight) / 2,
                picture.icon, shownWidth, shownHeight, 0, nullptr, DI_NORMAL);
+}
+
+HIMAGELIST MakeImageList(const CImageList::Images& images, UINT dpi) {
+    const int width = ToDevice(images.size.cx, dpi);
+    HIMAGELIST list = ImageList_Create(width, ToDevice(images.size.cy, dpi), ILC_COLOR32 | ILC_MASK,
+                                       static_cast<int>(images.icons.size()), 1);
+    for (const CIcon& icon : images.icons)
+        ImageList_AddIcon(list, icon.Native()->For(width).icon);
+    return list;
+}
+
+HBITMAP MakeMenuPicture(const CIcon& icon, SIZE size) {
+    const PixelMap map = MakePixelMap(size);
+    if (map.bitmap == nullptr) return nullptr;
+    HDC context = CreateCompatibleDC(nullptr);
+    HGDIOBJ before = SelectObject(context, map.bitmap);
+    DrawImage(context, icon, {0, 0, size.cx, size.cy});
+    SelectObject(context, before);
+    DeleteDC(context);
+    return map.bitmap;
 }
 
 }  // namespace win32

@@ -32,6 +32,10 @@ namespace win32 {
 
 // As large as fits into `area`, in its middle.
 void DrawImage(HDC context, const CIcon& icon, const RECT& area);
+// The system's list of the same images, as large as they are at `dpi`. The caller destroys it.
+HIMAGELIST MakeImageList(const CImageList::Images& images, UINT dpi);
+// The icon as a menu shows one. The caller deletes it.
+HBITMAP MakeMenuPicture(const CIcon& icon, SIZE size);
 
 }  // namespace win32
 }  // namespace permora

@@ -156,13 +156,7 @@ void ListViewWindow::ShowAppearance() {
 void ListViewWindow::ShowImages() {
     HIMAGELIST before = std::exchange(images, nullptr);
     const CImageList::Images* shown = list.Images();
-    if (shown != nullptr && shown->size != Size{}) {
-        const int width = ToDevice(shown->size.cx, Dpi());
-        images = ImageList_Create(width, ToDevice(shown->size.cy, Dpi()), ILC_COLOR32 | ILC_MASK,
-                                  static_cast<int>(shown->icons.size()), 1);
-        for (const CIcon& icon : shown->icons)
-            ImageList_AddIcon(images, icon.Native()->For(width).icon);
-    }
+    if (shown != nullptr && shown->size != Size{}) images = MakeImageList(*shown, Dpi());
     const bool isLarge = list.GetView() == ListView::kIcons;
     Ask(LVM_SETIMAGELIST, LVSIL_NORMAL, isLarge ? reinterpret_cast<LPARAM>(images) : 0);
     Ask(LVM_SETIMAGELIST, LVSIL_SMALL, isLarge ? 0 : reinterpret_cast<LPARAM>(images));

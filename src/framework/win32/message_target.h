@@ -30,6 +30,8 @@ class MessageTarget {
 
     // A key was pressed in the window, which is a control: before the dialog's rules apply.
     virtual KeyUse OnDialogKey(UINT /*virtualKey*/) { return KeyUse::kDialog; }
+    // Whether a key is one of the window's own, though its frame has a command for it.
+    virtual bool KeepsKey(UINT /*virtualKey*/) const { return false; }
     // The display has another resolution: the font and the place follow it.
     virtual void OnOtherResolution() {}
 

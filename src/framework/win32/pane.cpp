@@ -60,21 +60,15 @@ void PaintWith(HWND window, const std::function<void(CDC&)>& paint) {
     EndPaint(window, &painting);
 }
 
-namespace {
+PaneWindow::PaneWindow(CWnd& window, CWnd& parent, unsigned int id) : PaintedWindow(window, {}) {
+    HWND made = MakeChild(
+        parent, {.className = OwnClass(), .style = WS_CLIPSIBLINGS, .extendedStyle = WS_EX_CONTROLPARENT}, id,
+        {});
+    Adopt(made);
+    // A page stands in front of the tabs that frame it.
+    SetWindowPos(made, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+}
 
-class PaneWindow final : public PaintedWindow<NativeWindow> {
-  public:
-    PaneWindow(CWnd& window, CWnd& parent, unsigned int id) : PaintedWindow(window, {}) {
-        HWND made = MakeChild(
-            parent, {.className = OwnClass(), .style = WS_CLIPSIBLINGS, .extendedStyle = WS_EX_CONTROLPARENT},
-            id, {});
-        Adopt(made);
-        // A page stands in front of the tabs that frame it.
-        SetWindowPos(made, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
-    }
-};
-
-}  // namespace
 }  // namespace win32
 
 std::unique_ptr<NativeWindow> MakeNativePane(CWnd& window, CWnd& parent, unsigned int templateId) {

@@ -27,4 +27,14 @@ class PaintedWindow : public SystemWindow<Kind> {
     }
 };
 
+// Holds the controls of a template in a dialog, a sheet or a frame.
+class PaneWindow final : public PaintedWindow<NativeWindow> {
+  public:
+    PaneWindow(CWnd& window, CWnd& parent, unsigned int id);
+
+    // Of Enter and Escape in the pane, in a frame (WatchKeys).
+    std::function<void()> onEnter;
+    std::function<void()> onEscape;
+};
+
 }  // namespace permora::win32
