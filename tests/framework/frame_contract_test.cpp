@@ -137,7 +137,10 @@ TEST(FrameContract, ClosingIsTheFramesDecision) {
     frame.log.clear();
     UiDriver ui;
     ui.ExpectMessageBox("of no window", "", MB_OK, [&](WindowDriver& box) {
+        bool isServed = false;
         frame.PostClose();
+        PostToUiThread([&] { isServed = true; });  // after that
+        box.WaitUntil([&] { return isServed; });
         frame.RunCommand(ID_PERMISSIONS);
         box.Press("Return");
     });
