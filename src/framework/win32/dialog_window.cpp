@@ -96,7 +96,7 @@ DialogWindow::DialogWindow(CWnd& window, CWnd* owner, DWORD templateStyle, unsig
     const DWORD shown = WS_POPUP | WS_CAPTION | WS_CLIPCHILDREN | (templateStyle & WS_SYSMENU);
     Adopt(CreateWindowExW(WS_EX_CONTROLPARENT | WS_EX_DLGMODALFRAME, OwnClass(), L"", shown, 0, 0, 0, 0,
                           ownerTop, nullptr, GetModuleHandleW(nullptr), nullptr));
-    if (ownerTop == nullptr) ShowIcon(Win32Application::Current()->programIcon);
+    Dress(ownerTop == nullptr ? Win32Application::Current()->programIcon : CIcon());
 }
 
 DialogWindow::~DialogWindow() {
@@ -262,6 +262,7 @@ bool DialogWindow::UseMessage(const MSG& message) {
 }
 
 LRESULT DialogWindow::OnMessage(const Message& message) {
+    if (FollowDesktop(message)) return 0;
     switch (message.code) {
         case WM_CLOSE:
             keys.OnEscapeKeyOrCloseBox();
@@ -276,9 +277,6 @@ LRESULT DialogWindow::OnMessage(const Message& message) {
                 return 0;
             }
             break;
-        case WM_DPICHANGED:
-            FollowResolution(*reinterpret_cast<const RECT*>(message.wider));
-            return 0;
         default:
             break;
     }

@@ -48,7 +48,7 @@ FrameWindow::FrameWindow(CWnd& window, FrameEvents& listener)
     Adopt(CreateWindowExW(WS_EX_CONTROLPARENT, OwnClass(), L"", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
                           CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, nullptr, nullptr,
                           GetModuleHandleW(nullptr), nullptr));
-    ShowIcon(Win32Application::Current()->programIcon);
+    Dress(Win32Application::Current()->programIcon);
     Win32Application::Current()->frames.push_back(this);
 }
 
@@ -216,7 +216,7 @@ void FrameWindow::OnSessionEnd() {
 }
 
 LRESULT FrameWindow::OnMessage(const Message& message) {
-    if (menu != nullptr && menu->Receive(message)) return 0;
+    if ((menu != nullptr && menu->Receive(message)) || FollowDesktop(message)) return 0;
     switch (message.code) {
         case kRequested:
             Serve(static_cast<Request>(message.wide), static_cast<unsigned int>(message.wider));
@@ -242,9 +242,6 @@ LRESULT FrameWindow::OnMessage(const Message& message) {
         case WM_ENABLE:
             if (message.wide != FALSE) givenBack = GetTickCount();
             break;
-        case WM_DPICHANGED:
-            FollowResolution(*reinterpret_cast<const RECT*>(message.wider));
-            return 0;
         default:
             break;
     }

@@ -1,5 +1,7 @@
 #include "framework/win32/top_window.h"
 
+#include <dwmapi.h>
+
 #include <string>
 
 #include "framework/styles.h"
@@ -8,6 +10,33 @@
 #include "framework/win32/window.h"
 
 namespace permora::win32 {
+namespace {
+
+bool IsDesktopDark() {
+    constexpr const wchar_t* kKey = LR"(Software\Microsoft\Windows\CurrentVersion\Themes\Personalize)";
+    DWORD isLight = 1;
+    DWORD size = sizeof isLight;
+    RegGetValueW(HKEY_CURRENT_USER, kKey, L"AppsUseLightTheme", RRF_RT_REG_DWORD, nullptr, &isLight, &size);
+    return isLight == 0;
+}
+
+// As other programs' title bars are. The desktop itself sees to those of high contrast.
+void ShowTitleBar(HWND window) {
+    constexpr DWORD kUseDarkMode = 20;  // DWMWA_USE_IMMERSIVE_DARK_MODE
+    const BOOL isDark = IsDesktopDark() ? TRUE : FALSE;
+    DwmSetWindowAttribute(window, kUseDarkMode, &isDark, sizeof isDark);
+}
+
+template <class Action>
+void ForAllBelow(HWND window, Action action) {
+    const auto call = [](HWND child, LPARAM given) -> BOOL {
+        (*reinterpret_cast<Action*>(given))(child);
+        return TRUE;
+    };
+    EnumChildWindows(window, call, reinterpret_cast<LPARAM>(&action));
+}
+
+}  // namespace
 
 TopWindow* TopWindow::Around(HWND window) {
     return dynamic_cast<TopWindow*>(MessageTarget::Of(GetAncestor(window, GA_ROOT)));
@@ -26,12 +55,32 @@ bool TopWindow::TakeActivation(bool isActive) {
     return !canTakeIt;
 }
 
+void TopWindow::Dress(const CIcon& icon) {
+    ShowTitleBar(Top());
+    ShowIcon(icon);
+}
+
+bool TopWindow::FollowDesktop(const Message& message) const {
+    switch (message.code) {
+        case WM_DPICHANGED:
+            FollowResolution(*reinterpret_cast<const RECT*>(message.wider));
+            return true;
+        case WM_SYSCOLORCHANGE:
+            // The system tells top-level windows alone.
+            ForAllBelow(Top(), [](HWND child) { SendMessageW(child, WM_SYSCOLORCHANGE, 0, 0); });
+            return false;
+        case WM_SETTINGCHANGE:
+            ShowTitleBar(Top());
+            return false;
+        default:
+            return false;
+    }
+}
+
 void TopWindow::FollowResolution(const RECT& suggested) const {
-    const auto follow = [](HWND child, LPARAM) -> BOOL {
+    ForAllBelow(Top(), [](HWND child) {
         if (MessageTarget* control = MessageTarget::Of(child)) control->OnOtherResolution();
-        return TRUE;
-    };
-    EnumChildWindows(Top(), follow, 0);
+    });
     SetWindowPos(Top(), nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
                  suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
 }

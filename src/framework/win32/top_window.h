@@ -35,9 +35,15 @@ class TopWindow {
   protected:
     // True when the window has become active and no control has taken the keyboard.
     bool TakeActivation(bool isActive);
-    void FollowResolution(const RECT& suggested) const;
+    // Once the window has been made.
+    void Dress(const CIcon& icon);
+    // What concerns the desktop: its colours, and the resolution of the display that the window is on. True:
+    // it has been answered.
+    bool FollowDesktop(const Message& message) const;
 
   private:
+    void FollowResolution(const RECT& suggested) const;
+
     MessageTarget& object;
     CIcon shownIcon;  // has the pictures that the window shows
     HWND keptFocus = nullptr;
