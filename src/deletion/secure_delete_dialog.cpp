@@ -51,7 +51,7 @@ class CSecureDelete::Run : public SecureDeleteHost {
                 "\n\nDelete it, and the others of which that cannot be known? No leaves them where they are.";
             dialog.progress->Pause();
             mayBeOpenElsewhere =
-                MessageBoxA(window, text.c_str(), "Secure deletion", MB_YESNO | MB_ICONQUESTION) == IDYES;
+                AskInBox(window, text.c_str(), "Secure deletion", MB_YESNO | MB_ICONQUESTION) == IDYES;
             dialog.progress->GoOn();
         }
         return *mayBeOpenElsewhere;

@@ -26,12 +26,18 @@ void ShowOutcomeAs(HWND owner, const Outcome& outcome, const std::string& text) 
 
 }  // namespace
 
+int AskInBox(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
+    int answer = 0;
+    CallOnUiThread([&] { answer = MessageBoxA(owner, text, caption, type); });
+    return answer;
+}
+
 void ShowErrorBox(HWND owner, LPCSTR text) {
-    MessageBoxA(owner, text, kErrorCaption, MB_ICONERROR);
+    AskInBox(owner, text, kErrorCaption, MB_ICONERROR);
 }
 
 void ShowInfoBox(HWND owner, LPCSTR text) {
-    MessageBoxA(owner, text, kInformationCaption, MB_ICONINFORMATION);
+    AskInBox(owner, text, kInformationCaption, MB_ICONINFORMATION);
 }
 
 void ShowFatalErrorBox(HWND owner, LPCSTR text) {

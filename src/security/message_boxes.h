@@ -1,4 +1,5 @@
-// The message boxes of the windowed program. Each has one OK button; `owner` may be null.
+// The message boxes of the windowed program. `owner` may be null. Any thread may show one: it stands on the
+// user-interface thread, as all windows do.
 #pragma once
 
 #include <span>
@@ -13,6 +14,8 @@ namespace permora {
 inline constexpr const char* kErrorCaption = "Permora Error";              // string 147
 inline constexpr const char* kInformationCaption = "Permora Information";  // string 149
 
+// MessageBoxA, for workers too. The other boxes have one OK button.
+int AskInBox(HWND owner, LPCSTR text, LPCSTR caption, UINT type);
 void ShowErrorBox(HWND owner, LPCSTR text);
 void ShowInfoBox(HWND owner, LPCSTR text);
 // Ends the process once the box is closed; no clean-up runs.
