@@ -1,5 +1,9 @@
 #include "framework/win32/pane.h"
 
+#include <uxtheme.h>
+
+#include "framework/styles.h"
+
 namespace permora {
 namespace win32 {
 namespace {
@@ -67,6 +71,14 @@ PaneWindow::PaneWindow(CWnd& window, CWnd& parent, unsigned int id) : PaintedWin
     Adopt(made);
     // A page stands in front of the tabs that frame it.
     SetWindowPos(made, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+}
+
+// On a bar it has the bar's own background.
+LRESULT PaneWindow::OnMessage(const Message& message) {
+    if (message.code != WM_ERASEBKGND || ClassOf(GetParent(Own())) != REBARCLASSNAMEW)
+        return PaintedWindow::OnMessage(message);
+    DrawThemeParentBackground(Own(), reinterpret_cast<HDC>(message.wide), nullptr);
+    return TRUE;
 }
 
 }  // namespace win32

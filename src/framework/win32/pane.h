@@ -35,6 +35,9 @@ class PaneWindow final : public PaintedWindow<NativeWindow> {
     // Of Enter and Escape in the pane, in a frame (WatchKeys).
     std::function<void()> onEnter;
     std::function<void()> onEscape;
+
+  protected:
+    LRESULT OnMessage(const Message& message) override;
 };
 
 }  // namespace permora::win32

@@ -27,8 +27,15 @@ class ReBarWindow final : public SystemWindow<NativeReBar> {
 
     void AddBand(CWnd& bar, int leastWidth) override {
         bands.push_back({&bar, leastWidth});
-        const REBARBANDINFOW band = Look(bands.back(), RBBIM_CHILD | RBBIM_STYLE | RBBIM_SIZE);
+        REBARBANDINFOW band = Look(bands.back(), RBBIM_CHILD | RBBIM_STYLE | RBBIM_SIZE);
         Ask(RB_INSERTBANDW, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&band));
+        // How wide the gripper is, the system tells of a band that is there.
+        const WPARAM index = bands.size() - 1;
+        RECT borders{};
+        Ask(RB_GETBANDBORDERS, index, reinterpret_cast<LPARAM>(&borders));
+        band.fMask = RBBIM_SIZE;
+        band.cx += static_cast<UINT>(borders.left + borders.right);
+        Ask(RB_SETBANDINFOW, index, reinterpret_cast<LPARAM>(&band));
         // The Tab key goes in the order of the bars.
         SetWindowPos(bar.GetSafeHwnd(), HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     }
