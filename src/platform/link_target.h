@@ -1,5 +1,4 @@
-// Where links lead: a service of our own for the sheet of PropertiesPresenter. On Windows the shell's
-// sheet asks for itself, and this header has nothing behind it.
+// Where links lead: a service of our own for the sheet of PropertiesPresenter.
 #pragma once
 
 #include <string>
@@ -8,8 +7,9 @@
 
 namespace permora {
 
-// Where the link at `path` leads, as a full path with drive letter: what its text says, whether or not
-// anything is there. 0 or an error code; ERROR_INVALID_FUNCTION for what is no link.
+// Where the link at `path` leads, as a full path: what its text says, whether or not anything is there. On
+// Windows links are symbolic links and junctions, and a volume without a letter has a name in the place of
+// one. 0 or an error code; ERROR_INVALID_FUNCTION for what is no link.
 DWORD ReadLinkTarget(LPCSTR path, std::string& target);
 
 }  // namespace permora
