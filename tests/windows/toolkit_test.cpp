@@ -1,17 +1,27 @@
 // Loops, modality and sizes of the half for Windows, beyond what all halves are asked.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "framework/dialog.h"
+#include "framework/file_chooser.h"
+#include "framework/folder_chooser.h"
 #include "framework/native.h"
 #include "framework/styles.h"
 #include "framework/win32/application.h"
 #include "framework/win32/window.h"
 #include "tests/framework/test_resource_ids.h"
 #include "tests/support/ui_driver.h"
+#include "tests/windows/test_folder.h"
 
 namespace permora {
 namespace {
 
+using test::TestFolder;
 using test::UiDriver;
 using test::WindowDriver;
 
@@ -95,6 +105,125 @@ TEST(SystemToolkit, AWindowBesideOthersWaitsForAQuestionOfItsOwnAlone) {
     EXPECT_TRUE(takesInputDuring(nullptr));
     EXPECT_FALSE(takesInputDuring(&beside));
     EXPECT_TRUE(beside.IsWindowEnabled());
+}
+
+// The field of the name in the system's dialog for files; null in its questions.
+HWND NameFieldIn(HWND chooser) {
+    HWND field = nullptr;
+    const auto find = [](HWND window, LPARAM found) -> BOOL {
+        HWND parent = GetParent(window);
+        const bool isField =
+            win32::ClassOf(window) == L"Edit" && IsWindowVisible(window) != 0 &&
+            (win32::ClassOf(parent) == L"ComboBox" || parent == GetAncestor(window, GA_ROOT));
+        if (isField) *reinterpret_cast<HWND*>(found) = window;
+        return isField ? FALSE : TRUE;
+    };
+    EnumChildWindows(chooser, find, reinterpret_cast<LPARAM>(&field));
+    return field;
+}
+
+// What the user does in one of the system's choosers: enters the names one after the other, and cancels it
+// after the last. A question that comes in between gets the answer.
+struct ChooserSteps {
+    CWnd& owner;
+    std::vector<std::string> names;
+    int answer = IDNO;
+    int questions = 0;
+    bool isOver = false;
+};
+
+void TakeSteps(const std::shared_ptr<ChooserSteps>& steps) {
+    constexpr int kPause = 100;
+    if (steps->isOver) return;
+    PostLater(kPause, [steps] { TakeSteps(steps); });
+    HWND own = steps->owner.GetSafeHwnd();
+    HWND chooser = GetLastActivePopup(own);
+    if (chooser == own || IsWindowVisible(chooser) == 0) return;
+    EXPECT_TRUE(IsModalWindowOpen());
+    EXPECT_FALSE(steps->owner.IsWindowEnabled());
+    EXPECT_EQ(IsWindowEnabled(own), 0);
+    HWND field = NameFieldIn(chooser);
+    int button = IDOK;
+    if (field == nullptr) {
+        ++steps->questions;
+        button = steps->answer;
+    } else if (steps->names.empty()) {
+        button = IDCANCEL;
+    } else {
+        SetWindowTextW(field, win32::Wide(steps->names.front()).c_str());
+        steps->names.erase(steps->names.begin());
+    }
+    PostMessageW(chooser, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED),
+                 reinterpret_cast<LPARAM>(GetDlgItem(chooser, button)));
+}
+
+// The same around `choose`, which shows the chooser; the number of questions.
+int Choose(CWnd& owner, std::vector<std::string> names, int answer, const std::function<void()>& choose) {
+    const auto steps = std::make_shared<ChooserSteps>(ChooserSteps{owner, std::move(names), answer});
+    TakeSteps(steps);
+    choose();
+    steps->isOver = true;
+    EXPECT_FALSE(IsModalWindowOpen());
+    EXPECT_TRUE(owner.IsWindowEnabled());
+    EXPECT_NE(IsWindowEnabled(owner.GetSafeHwnd()), 0);
+    return steps->questions;
+}
+
+class SystemChooser : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(owner.Create());
+        owner.ShowWindow(SW_SHOW);
+    }
+    bool Save(const std::string& name, int answer, ChosenFile& file) {
+        constexpr FileKind kKinds[] = {{"Web page", "html"}, {"Table", "csv"}};
+        bool isChosen = false;
+        questions = Choose(owner, {folder.Path(name)}, answer,
+                           [&] { isChosen = ChooseFileToSave(owner, "Save", kKinds, file); });
+        return isChosen;
+    }
+
+    TestFolder folder;
+    CDialog owner{IDD_PICKER};
+    int questions = 0;
+};
+
+TEST_F(SystemChooser, ANameGetsTheExtensionOfItsKind) {
+    ChosenFile file;
+    ASSERT_TRUE(Save("\xc3\xa4", IDNO, file));
+    EXPECT_EQ(file.path, folder.Path("\xc3\xa4.html"));
+    EXPECT_EQ(file.kind, 0U);
+    EXPECT_EQ(questions, 0);
+}
+
+TEST_F(SystemChooser, AnExtensionChoosesItsKind) {
+    ChosenFile file;
+    ASSERT_TRUE(Save("b.CSV", IDNO, file));
+    EXPECT_EQ(file.path, folder.Path("b.CSV"));
+    EXPECT_EQ(file.kind, 1U);
+}
+
+TEST_F(SystemChooser, AFileIsReplacedOnlyAfterAQuestion) {
+    folder.MakeFile("there.html");
+    ChosenFile file{"before", 1};
+    EXPECT_FALSE(Save("there.html", IDNO, file));
+    EXPECT_EQ(questions, 1);
+    EXPECT_EQ(file.path, "before");
+    EXPECT_TRUE(Save("there.html", IDYES, file));
+    EXPECT_EQ(questions, 1);
+    EXPECT_EQ(file.path, folder.Path("there.html"));
+}
+
+TEST_F(SystemChooser, AFolderIsTheOneThatTheDialogBeginsIn) {
+    std::string path = folder.MakeFolder("\xc3\xa4 b");
+    const std::string begin = path;
+    bool isChosen = true;
+    Choose(owner, {}, IDNO, [&] { isChosen = ChooseFolder(owner, "Choose", path); });
+    EXPECT_FALSE(isChosen);
+    EXPECT_EQ(path, begin);
+    Choose(owner, {begin}, IDNO, [&] { isChosen = ChooseFolder(owner, "Choose", path); });
+    EXPECT_TRUE(isChosen);
+    EXPECT_EQ(path, begin);
 }
 
 TEST(SystemToolkit, KeysReachADialogWhoseControlsTakeNone) {

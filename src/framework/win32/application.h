@@ -47,7 +47,10 @@ class Win32Application {
     // What ModalCount was when ServeBusyWindowsUntil began; nothing while the windows are not busy.
     std::optional<int> modalWhenBusy;
     win32::MessageBoxRules boxes;
-    int ModalCount() const { return static_cast<int>(modalWindows.size()) + boxes.OpenBoxes(); }
+    int openChoosers = 0;  // the system's dialogs for choosing files
+    int ModalCount() const {
+        return static_cast<int>(modalWindows.size()) + boxes.OpenBoxes() + openChoosers;
+    }
 
   private:
     DWORD uiThread = GetCurrentThreadId();

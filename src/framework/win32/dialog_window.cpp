@@ -6,6 +6,7 @@
 #include "framework/win32/application.h"
 #include "framework/win32/buttons.h"
 #include "framework/win32/dialog_keys.h"
+#include "framework/win32/others_disabled.h"
 
 namespace permora {
 namespace win32 {
@@ -31,13 +32,6 @@ SIZE WithinScreen(SIZE wanted, HWND window) {
     return {std::min(wanted.cx, room.right - room.left), std::min(wanted.cy, room.bottom - room.top)};
 }
 
-bool Owns(HWND window, HWND owned) {
-    HWND owner = GetWindow(owned, GW_OWNER);
-    while (owner != nullptr && owner != window)
-        owner = GetWindow(owner, GW_OWNER);
-    return owner != nullptr;
-}
-
 // With its whole size within `area`, if that is large enough.
 void PlaceWithin(HWND window, POINT corner, const RECT& area) {
     const RECT rect = RectOf(window);
@@ -46,37 +40,6 @@ void PlaceWithin(HWND window, POINT corner, const RECT& area) {
     SetWindowPos(window, nullptr, std::clamp(corner.x, area.left, right),
                  std::clamp(corner.y, area.top, bottom), 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
-
-// While it exists, the thread's other windows take no input, except those that stand beside. One of these
-// waits for a question of its own, though.
-class OthersDisabled {
-  public:
-    explicit OthersDisabled(HWND window) : shown(window) {
-        EnumThreadWindows(GetCurrentThreadId(), Take, reinterpret_cast<LPARAM>(this));
-        for (HWND each : disabled)
-            ::EnableWindow(each, FALSE);
-    }
-    ~OthersDisabled() {
-        for (HWND each : disabled)
-            if (IsWindow(each) != 0) ::EnableWindow(each, TRUE);
-    }
-    OthersDisabled(const OthersDisabled&) = delete;
-    OthersDisabled& operator=(const OthersDisabled&) = delete;
-
-  private:
-    static BOOL CALLBACK Take(HWND window, LPARAM self) {
-        auto& all = *reinterpret_cast<OthersDisabled*>(self);
-        const auto& beside = Win32Application::Current()->besideWindows;
-        const bool isExempt = std::ranges::find(beside, window) != beside.end() && !Owns(window, all.shown);
-        if (window != all.shown && !isExempt && ::IsWindowEnabled(window) != 0 &&
-            IsWindowVisible(window) != 0)
-            all.disabled.push_back(window);
-        return TRUE;
-    }
-
-    HWND shown;
-    std::vector<HWND> disabled;
-};
 
 bool TakesFocus(HWND control) {
     if (IsWindowVisible(control) == 0 || ::IsWindowEnabled(control) == 0) return false;
