@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Usage: tools/check_windows_program.sh PROGRAM.EXE
 # A program for Windows is one file: it imports from the system's own libraries alone. It may be placed anywhere in
-# memory, has no executable data, bears no time of its build, says UTF-8 in its manifest, and is below 8 MB.
+# memory, has no executable data, bears no time of its build, says UTF-8 in its manifest, and is below 8 MB. A program
+# with windows also follows each display's resolution and has the newer controls.
 set -euo pipefail
 program=$1
 mostBytes=$((8 << 20))
-system=(ADVAPI32 AUTHZ GDI32 KERNEL32 NETAPI32 SHELL32 SHLWAPI USER32 msvcrt ntdll)
+system=(ADVAPI32 AUTHZ COMCTL32 DWMAPI GDI32 KERNEL32 NETAPI32 OLE32 OLEACC SHELL32 SHLWAPI USER32 msvcrt ntdll)
 
 problems=0
 Fail() {
@@ -23,7 +24,11 @@ for property in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
     grep -qw "$property" <<<"$headers" || Fail "lacks $property"
 done
 grep -q '^Time/Date\s*Thu Jan  1 00:00:00 1970' <<<"$headers" || Fail "bears the time of its build"
-for wanted in '>UTF-8</activeCodePage>' '>true</longPathAware>' '"asInvoker"'; do
+manifest=('>UTF-8</activeCodePage>' '>true</longPathAware>' '"asInvoker"')
+if grep -q '^Subsystem.*(Windows GUI)' <<<"$headers"; then
+    manifest+=('>PerMonitorV2, PerMonitor</dpiAwareness>' '>true/pm</dpiAware>' 'Microsoft.Windows.Common-Controls')
+fi
+for wanted in "${manifest[@]}"; do
     grep -qaF -- "$wanted" "$program" || Fail "has no $wanted in its manifest"
 done
 bytes=$(stat --format=%s "$program")

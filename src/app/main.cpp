@@ -13,6 +13,7 @@
 #include "platform/administrator.h"
 #include "platform/presenters.h"
 #include "platform/process_start.h"
+#include "platform/terminal.h"
 #include "resources/resource_ids.h"
 #include "security/message_boxes.h"
 
@@ -25,8 +26,7 @@ constexpr int kUsage = 2;
 
 int Print(const CommandLineAnswer& answer) {
     std::FILE* const stream = answer.exitCode == kDone ? stdout : stderr;
-    const bool isPrinted = std::fputs(answer.text.c_str(), stream) >= 0 && std::fflush(stream) == 0;
-    return isPrinted ? answer.exitCode : kFailed;
+    return WriteInsteadOfWindow(stream, answer.text) ? answer.exitCode : kFailed;
 }
 
 // What the toolkit gets: the program's name and the toolkit's options alone.

@@ -12,6 +12,10 @@ unsigned TerminalColumns(std::FILE* stream);
 
 // Writes the text; what fails is kept as the stream's error (std::ferror).
 void WriteText(std::FILE* stream, std::string_view text);
+// For a program with windows: writes what it says instead of showing one. On Windows such a program has no
+// standard streams but those that were redirected; the text goes to the console then from which the program
+// was started, and without one to a message box. False: it is not written.
+[[nodiscard]] bool WriteInsteadOfWindow(std::FILE* stream, std::string_view text);
 // Writes `text`, which fits into the terminal's line, over the line where the cursor of a terminal stands,
 // and clears the rest of that line.
 void OverwriteLine(std::FILE* stream, std::string_view text);

@@ -10,6 +10,8 @@
 #include <array>
 #include <string>
 
+#include "platform/resources.h"
+
 namespace permora {
 namespace {
 
@@ -46,6 +48,16 @@ std::wstring WideText(std::string_view text) {
     std::wstring wide(static_cast<std::size_t>(std::max(length, 0)), L'\0');
     MultiByteToWideChar(CP_UTF8, 0, text.data(), size, wide.data(), length);
     return wide;
+}
+
+bool WriteToConsoleOfCaller(std::wstring_view text) {
+    if (AttachConsole(ATTACH_PARENT_PROCESS) == FALSE) return false;
+    HANDLE opened = CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                nullptr, OPEN_EXISTING, 0, nullptr);
+    const UniqueHandle console(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
+    const bool isWritten = IsConsole(console.get()) && WriteToConsole(console.get(), text);
+    FreeConsole();
+    return isWritten;
 }
 
 struct CharacterRange {
@@ -114,6 +126,16 @@ void WriteText(std::FILE* stream, std::string_view text) {
     const HANDLE handle = HandleOf(stream);
     if (IsConsole(handle) && std::fflush(stream) == 0 && WriteToConsole(handle, WideText(text))) return;
     std::fwrite(text.data(), 1, text.size(), stream);
+}
+
+bool WriteInsteadOfWindow(std::FILE* stream, std::string_view text) {
+    if (GetFileType(HandleOf(stream)) != FILE_TYPE_UNKNOWN) {
+        WriteText(stream, text);
+        return std::fflush(stream) == 0 && std::ferror(stream) == 0;
+    }
+    const std::wstring wide = WideText(text);
+    return WriteToConsoleOfCaller(wide) ||
+           MessageBoxW(nullptr, wide.c_str(), L"Permora", MB_OK | MB_ICONINFORMATION) != 0;
 }
 
 void OverwriteLine(std::FILE* stream, std::string_view text) {

@@ -21,6 +21,11 @@ void WriteText(std::FILE* stream, std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stream);
 }
 
+bool WriteInsteadOfWindow(std::FILE* stream, std::string_view text) {
+    WriteText(stream, text);
+    return std::fflush(stream) == 0 && std::ferror(stream) == 0;
+}
+
 void OverwriteLine(std::FILE* stream, std::string_view text) {
     WriteText(stream, '\r' + std::string(text) + "\x1b[K");
 }
