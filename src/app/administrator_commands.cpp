@@ -1,4 +1,5 @@
 // What the main window says where something is missing, and its way to the rights of the administrator.
+#include <memory>
 #include <string>
 
 #include "app/administrator_start.h"
@@ -8,6 +9,7 @@
 #include "framework/resource_templates.h"
 #include "platform/accounts.h"
 #include "platform/administrator.h"
+#include "platform/shell_icons.h"
 #include "resources/resource_ids.h"
 #include "security/account_lookup.h"
 #include "security/message_boxes.h"
@@ -15,14 +17,16 @@
 
 namespace permora {
 
-// The picture is the program's shield.
 void CMainFrame::OfferAdministrator() {
     constexpr int kSecurityMenu = 3;
     offersAdministrator = CanAskForAdministrator();
     if (!offersAdministrator) return;
     CMenu menu = GetMenu().GetSubMenu(kSecurityMenu);
     menu.AppendSeparator();
-    menu.AppendCommand(ID_RESTART_AS_ADMINISTRATOR, "Restart as &Administrator", CIcon::Load(IDR_MAIN_FRAME));
+    const std::shared_ptr<const ShellPicture> shield = FindShieldPicture();
+    const CIcon icon = shield ? CIcon::FromPixels({shield->width, shield->height}, shield->pixels)
+                              : CIcon::Load(IDR_MAIN_FRAME);  // the program's own shield
+    menu.AppendCommand(ID_RESTART_AS_ADMINISTRATOR, "Restart as &Administrator", icon);
 }
 
 // This window stays until the other one is there.

@@ -29,7 +29,7 @@ std::string AbsoluteHostPath(const std::string& typed) {
     std::string path = isPath ? HostPathFromPath(full) : std::string();
     if (path.empty()) return {};
     const bool endsWithSeparator = full.ends_with('\\');
-    return endsWithSeparator && !path.ends_with('/') ? path + '/' : path;
+    return endsWithSeparator && path != full && !path.ends_with('/') ? path + '/' : path;
 }
 
 }  // namespace
@@ -63,7 +63,7 @@ std::string FailureText(AdministratorStart start) {
             return "Cannot start as administrator: the program pkexec, which asks for the rights, is not "
                    "installed.";
         case AdministratorStart::kDismissed:
-            return "Not started as administrator: the question for the password was dismissed.";
+            return "Not started as administrator: the question for the rights was dismissed.";
         case AdministratorStart::kRefused:
             return "Cannot start as administrator: the rights were refused, or no program is running that "
                    "asks for the password.";

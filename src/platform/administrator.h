@@ -1,8 +1,7 @@
 // Starting this program again with the rights of the administrator: a service of our own beside the system's.
 //
 // On Linux that is pkexec, which asks for the password, forgets the environment but for the screen under X11,
-// and leaves the name of whoever asked. On Windows the program has these rights from its start, by its
-// manifest.
+// and leaves the name of whoever asked. On Windows the system itself asks.
 #pragma once
 
 #include <cstdint>
@@ -42,7 +41,7 @@ bool IsStartedForUser();
 // Connects to a display of that user, on which windows are shown then. False: nothing of that user's is
 // there. While there is one thread.
 bool UseDisplayOfUser(const std::string& path);
-// Ends the wait of StartAsAdministrator. Standard output leads nowhere from then on.
+// Ends the wait of StartAsAdministrator. On Linux, standard output leads nowhere from then on.
 void TellOfStart();
 
 }  // namespace permora

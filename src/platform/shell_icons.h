@@ -33,4 +33,8 @@ std::string ShellIconKindOf(LPCSTR path);
 // its address. User-interface thread; the current directory is still the one of ShellIconKindOf.
 ShellIcon FindShellIcon(const std::string& kind);
 
+// The small picture by which the desktop marks what asks for the rights of the administrator; null where it
+// has none.
+std::shared_ptr<const ShellPicture> FindShieldPicture();
+
 }  // namespace permora

@@ -89,4 +89,12 @@ ShellIcon FindShellIcon(const std::string& kind) {
     return {IconOfSize(kind.c_str(), SHGFI_LARGEICON), IconOfSize(kind.c_str(), SHGFI_SMALLICON)};
 }
 
+std::shared_ptr<const ShellPicture> FindShieldPicture() {
+    SHSTOCKICONINFO info{};
+    info.cbSize = sizeof info;
+    if (FAILED(SHGetStockIconInfo(SIID_SHIELD, SHGSI_ICON | SHGSI_SMALLICON, &info))) return nullptr;
+    const UniqueIcon icon(info.hIcon);
+    return PictureOf(icon.get());
+}
+
 }  // namespace permora

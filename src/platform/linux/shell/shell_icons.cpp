@@ -15,4 +15,8 @@ ShellIcon FindShellIcon(const std::string& kind) {
     return types != nullptr && !kind.empty() ? types->IconOf(kind) : ShellIcon();
 }
 
+std::shared_ptr<const ShellPicture> FindShieldPicture() {
+    return nullptr;
+}
+
 }  // namespace permora
