@@ -95,6 +95,11 @@ class WindowDriver {
     void ClickHeader(unsigned int id, int column);
     void RightClickHeader(unsigned int id, int column);
 
+    // ---- Tree views. An item is named by its number (TreeItem). ----
+
+    void ClickItem(unsigned int id, int item);
+    void RightClickItem(unsigned int id, int item);
+
     // ---- Sheets ----
 
     std::vector<std::string> Tabs() const;

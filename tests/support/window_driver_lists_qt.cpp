@@ -1,10 +1,11 @@
-// WindowDriver's list views on the Qt back end.
+// WindowDriver's list views and trees on the Qt back end.
 #include <QContextMenuEvent>
 #include <QCoreApplication>
 #include <QHeaderView>
 #include <optional>
 
 #include "framework/qt/list_widget.h"
+#include "framework/qt/tree_widget.h"
 #include "tests/support/window_driver_qt.h"
 
 namespace permora::test {
@@ -149,6 +150,23 @@ void WindowDriver::RightClickHeader(unsigned int id, int column) {
     QWidget& viewport = *header->viewport();
     QContextMenuEvent event(QContextMenuEvent::Mouse, *point, viewport.mapToGlobal(*point));
     QCoreApplication::sendEvent(&viewport, &event);
+}
+
+// ---- Trees ----
+
+void WindowDriver::ClickItem(unsigned int id, int item) {
+    auto* tree = Control<qt::TreeWidget>(window, id);
+    if (tree == nullptr) return;
+    const QModelIndex index = tree->Model().IndexOf(item);
+    ClickWidget(*tree->viewport(), tree->visualRect(index).center());
+    QCoreApplication::processEvents();
+}
+
+void WindowDriver::RightClickItem(unsigned int id, int item) {
+    auto* tree = Control<qt::TreeWidget>(window, id);
+    if (tree == nullptr) return;
+    const QPoint point = tree->visualRect(tree->Model().IndexOf(item)).center();
+    ClickWidget(*tree->viewport(), point, Qt::RightButton);
 }
 
 }  // namespace permora::test

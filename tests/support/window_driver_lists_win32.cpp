@@ -1,8 +1,9 @@
-// WindowDriver's list views on the Win32 back end.
+// WindowDriver's list views and trees on the Win32 back end.
 #include <algorithm>
 
 #include "framework/styles.h"
 #include "framework/win32/list_view.h"
+#include "framework/win32/tree_view.h"
 #include "tests/support/window_driver_win32.h"
 
 namespace permora::test {
@@ -58,6 +59,14 @@ void ClickOnRow(HWND window, unsigned int id, int row, UINT part, MouseButton bu
     if (list == nullptr || (row != WindowDriver::kBesideRows && !HasRow(list, row))) return;
     HWND control = list->GetSafeHwnd();
     ClickWindow(control, PlaceOf(control, row, part), button, keys, clicks);
+}
+
+void ClickOnItem(HWND window, unsigned int id, TreeItem item, MouseButton button) {
+    HWND control = ControlOf(window, id);
+    const auto* tree = dynamic_cast<win32::TreeViewWindow*>(win32::MessageTarget::Of(control));
+    const auto place = tree != nullptr ? tree->RectOf(tree->HandleOf(item), TRUE) : std::nullopt;
+    ASSERT_TRUE(place) << "item " << item << " is not in view";
+    ClickWindow(control, {(place->left + place->right) / 2, (place->top + place->bottom) / 2}, button);
 }
 
 }  // namespace
@@ -133,6 +142,16 @@ void WindowDriver::ClickHeader(unsigned int id, int column) {
         0)
         << "no header " << column;
     ClickWindow(header, {(place.left + place.right) / 2, (place.top + place.bottom) / 2});
+}
+
+// ---- Trees ----
+
+void WindowDriver::ClickItem(unsigned int id, int item) {
+    ClickOnItem(window, id, item, MouseButton::kLeft);
+}
+
+void WindowDriver::RightClickItem(unsigned int id, int item) {
+    ClickOnItem(window, id, item, MouseButton::kRight);
 }
 
 }  // namespace permora::test

@@ -50,7 +50,8 @@ WPARAM KeyCode(const std::string& name) {
         {"Return", VK_RETURN}, {"Enter", VK_RETURN},   {"Esc", VK_ESCAPE}, {"Tab", VK_TAB},
         {"Space", VK_SPACE},   {"Backspace", VK_BACK}, {"Del", VK_DELETE}, {"Ins", VK_INSERT},
         {"Home", VK_HOME},     {"End", VK_END},        {"PgUp", VK_PRIOR}, {"PgDown", VK_NEXT},
-        {"Up", VK_UP},         {"Down", VK_DOWN},      {"Left", VK_LEFT},  {"Right", VK_RIGHT}};
+        {"Up", VK_UP},         {"Down", VK_DOWN},      {"Left", VK_LEFT},  {"Right", VK_RIGHT},
+        {"F10", VK_F10},       {"*", VK_MULTIPLY}};
     if (const auto found = kNames.find(name); found != kNames.end()) return found->second;
     if (name.size() == 1) return static_cast<WPARAM>(VkKeyScanW(static_cast<wchar_t>(name[0])) & 0xFF);
     return 0;
@@ -225,11 +226,12 @@ void WindowDriver::Press(const std::string& key) {
     const LPARAM scan = static_cast<LPARAM>(MapVirtualKeyW(static_cast<UINT>(code), MAPVK_VK_TO_VSC)) << 16;
     const LPARAM details = 1 | scan | (isAlt ? LPARAM{1} << 29 : 0);
     const HeldKeys holding(held);
-    PostMessageW(target, isAlt ? WM_SYSKEYDOWN : WM_KEYDOWN, code, details);
+    const bool isSystemKey = isAlt || code == VK_F10;
+    PostMessageW(target, isSystemKey ? WM_SYSKEYDOWN : WM_KEYDOWN, code, details);
     ServeWaiting();
     constexpr LPARAM kReleased = LPARAM{3} << 30;
     if (IsWindow(target) != 0)
-        PostMessageW(target, isAlt ? WM_SYSKEYUP : WM_KEYUP, code, details | kReleased);
+        PostMessageW(target, isSystemKey ? WM_SYSKEYUP : WM_KEYUP, code, details | kReleased);
     ServeWaiting();
 }
 

@@ -21,9 +21,9 @@ std::atomic<Win32Application*> theToolkit = nullptr;
 
 Win32Application::Win32Application() {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
-    const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES |
-                                                           ICC_TAB_CLASSES | ICC_PROGRESS_CLASS |
-                                                           ICC_BAR_CLASSES | ICC_COOL_CLASSES};
+    const INITCOMMONCONTROLSEX classes{
+        sizeof classes, ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES | ICC_TAB_CLASSES | ICC_PROGRESS_CLASS |
+                            ICC_BAR_CLASSES | ICC_COOL_CLASSES | ICC_TREEVIEW_CLASSES};
     InitCommonControlsEx(&classes);
     theToolkit = this;
 }

@@ -104,7 +104,7 @@ void ToolBarWindow::SetButtons(std::span<const ToolButton> made) {
 
 void ToolBarWindow::ShowImages() {
     if (icons == nullptr) return;
-    HIMAGELIST before = std::exchange(images, MakeImageList(*icons, Dpi()));
+    HIMAGELIST before = std::exchange(images, MakeImageList(icons.get(), Dpi()));
     Ask(TB_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(images));
     Ask(TB_AUTOSIZE);
     if (before != nullptr) ImageList_Destroy(before);

@@ -54,8 +54,9 @@ std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, cons
             return win32::MakeListView(dynamic_cast<CListCtrl&>(window), parent, spec);
         case ControlKind::kTabs:
             return win32::MakeTabs(window, parent, spec);
-        case ControlKind::kPageView:
         case ControlKind::kTreeView:
+            return win32::MakeTreeView(dynamic_cast<CTreeCtrl&>(window), parent, spec);
+        case ControlKind::kPageView:
             break;  // not made yet, and asked for by nothing that is built for Windows
     }
     return nullptr;

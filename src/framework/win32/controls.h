@@ -5,6 +5,7 @@
 
 #include "framework/list_ctrl.h"
 #include "framework/native.h"
+#include "framework/tree_ctrl.h"
 
 namespace permora::win32 {
 
@@ -14,5 +15,6 @@ std::unique_ptr<NativeWindow> MakeComboBox(CWnd& window, CWnd& parent, const Con
 std::unique_ptr<NativeWindow> MakeStatic(CWnd& window, CWnd& parent, const ControlSpec& spec);
 std::unique_ptr<NativeWindow> MakeTabs(CWnd& window, CWnd& parent, const ControlSpec& spec);
 std::unique_ptr<NativeWindow> MakeListView(CListCtrl& list, CWnd& parent, const ControlSpec& spec);
+std::unique_ptr<NativeWindow> MakeTreeView(CTreeCtrl& tree, CWnd& parent, const ControlSpec& spec);
 
 }  // namespace permora::win32

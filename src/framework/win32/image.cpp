@@ -102,6 +102,16 @@ std::shared_ptr<const NativeImage> MakeNativeImage(Size size, std::span<const st
 
 namespace win32 {
 
+HIMAGELIST MakeImageList(const CImageList::Images* images, UINT dpi) {
+    if (images == nullptr || images->size == Size{}) return nullptr;
+    const int width = ToDevice(images->size.cx, dpi);
+    HIMAGELIST made = ImageList_Create(width, ToDevice(images->size.cy, dpi), ILC_COLOR32 | ILC_MASK,
+                                       static_cast<int>(images->icons.size()), 1);
+    for (const CIcon& icon : images->icons)
+        ImageList_AddIcon(made, icon.Native()->For(width).icon);
+    return made;
+}
+
 void DrawImage(HDC context, const CIcon& icon, const RECT& area) {
     if (!icon) return;
     const int width = area.right - area.left;
@@ -115,15 +125,6 @@ void DrawImage(HDC context, const CIcon& icon, const RECT& area) {
     }
     DrawIconEx(context, area.left + (width - shownWidth) / 2, area.top + (height - shownHeight) / 2,
                picture.icon, shownWidth, shownHeight, 0, nullptr, DI_NORMAL);
-}
-
-HIMAGELIST MakeImageList(const CImageList::Images& images, UINT dpi) {
-    const int width = ToDevice(images.size.cx, dpi);
-    HIMAGELIST list = ImageList_Create(width, ToDevice(images.size.cy, dpi), ILC_COLOR32 | ILC_MASK,
-                                       static_cast<int>(images.icons.size()), 1);
-    for (const CIcon& icon : images.icons)
-        ImageList_AddIcon(list, icon.Native()->For(width).icon);
-    return list;
 }
 
 HBITMAP MakeMenuPicture(const CIcon& icon, SIZE size) {

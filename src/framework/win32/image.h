@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "framework/images.h"
+#include "framework/styles.h"
 #include "platform/api/base.h"
 
 namespace permora {
@@ -30,10 +31,11 @@ class NativeImage {
 
 namespace win32 {
 
+// For a control that draws at `dpi`; the caller destroys it. Null when `images` are none.
+HIMAGELIST MakeImageList(const CImageList::Images* images, UINT dpi);
+
 // As large as fits into `area`, in its middle.
 void DrawImage(HDC context, const CIcon& icon, const RECT& area);
-// The system's list of the same images, as large as they are at `dpi`. The caller destroys it.
-HIMAGELIST MakeImageList(const CImageList::Images& images, UINT dpi);
 // The icon as a menu shows one. The caller deletes it.
 HBITMAP MakeMenuPicture(const CIcon& icon, SIZE size);
 

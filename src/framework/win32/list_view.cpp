@@ -154,9 +154,7 @@ void ListViewWindow::ShowAppearance() {
 }
 
 void ListViewWindow::ShowImages() {
-    HIMAGELIST before = std::exchange(images, nullptr);
-    const CImageList::Images* shown = list.Images();
-    if (shown != nullptr && shown->size != Size{}) images = MakeImageList(*shown, Dpi());
+    HIMAGELIST before = std::exchange(images, MakeImageList(list.Images(), Dpi()));
     const bool isLarge = list.GetView() == ListView::kIcons;
     Ask(LVM_SETIMAGELIST, LVSIL_NORMAL, isLarge ? reinterpret_cast<LPARAM>(images) : 0);
     Ask(LVM_SETIMAGELIST, LVSIL_SMALL, isLarge ? 0 : reinterpret_cast<LPARAM>(images));
