@@ -11,6 +11,7 @@
 #include "framework/file_chooser.h"
 #include "framework/folder_chooser.h"
 #include "framework/native.h"
+#include "framework/splitter.h"
 #include "framework/styles.h"
 #include "framework/win32/application.h"
 #include "framework/win32/window.h"
@@ -224,6 +225,32 @@ TEST_F(SystemChooser, AFolderIsTheOneThatTheDialogBeginsIn) {
     Choose(owner, {begin}, IDNO, [&] { isChosen = ChooseFolder(owner, "Choose", path); });
     EXPECT_TRUE(isChosen);
     EXPECT_EQ(path, begin);
+
+TEST(SystemToolkit, ASplitterIsDraggedUntilTheMouseIsTakenFromIt) {
+    CDialog dialog(IDD_PICKER);
+    ASSERT_TRUE(dialog.Create());
+    std::vector<int> places;
+    int drops = 0;
+    CSplitter splitter;
+    ASSERT_TRUE(splitter.Create(
+        dialog, 1, [&](int left) { places.push_back(left); }, [&] { ++drops; }));
+    splitter.MoveWindow({50, 0, 50 + CSplitter::kWidth, 60});
+    const auto send = [&](UINT code, int x) {
+        SendMessageW(splitter.GetSafeHwnd(), code, 0, MAKELPARAM(x, 9));
+    };
+    send(WM_MOUSEMOVE, 4);
+    send(WM_LBUTTONDOWN, 2);
+    send(WM_MOUSEMOVE, 12);
+    send(WM_MOUSEMOVE, -38);
+    EXPECT_EQ(places, (std::vector<int>{60, 10}));
+    send(WM_LBUTTONUP, -38);
+    EXPECT_EQ(drops, 1);
+    send(WM_LBUTTONDOWN, 2);
+    SetCapture(dialog.GetSafeHwnd());
+    EXPECT_EQ(drops, 2);
+    send(WM_MOUSEMOVE, 12);
+    EXPECT_EQ(places.size(), 2U);
+    ReleaseCapture();
 }
 
 TEST(SystemToolkit, KeysReachADialogWhoseControlsTakeNone) {
