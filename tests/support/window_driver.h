@@ -43,8 +43,8 @@ class WindowDriver {
     std::string Describe() const;
 
     // ---- Keyboard. Keys are spelled as "A", "Alt+P", "Shift+Tab", "Return", "Enter" (of the keypad), "Esc",
-    // "Space", "Backspace", "Del", "Ins", "Home", "End", "PgUp", "PgDown", "Up", "Left", "F5", "Ctrl+PgDown".
-    // ----
+    // "Space", "Backspace", "Del", "Ins", "Home", "End", "PgUp", "PgDown", "Up", "Left", "F5", "Ctrl+PgDown",
+    // "*" (of the keypad). ----
 
     void Press(const std::string& key);
     // The control with the focus; 0: none, or one without id.

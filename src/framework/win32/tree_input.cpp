@@ -26,8 +26,9 @@ void TreeViewWindow::GiveItem(TVITEMW& item) {
         text = Wide(look.text);
         item.pszText = text.data();
     }
-    if ((item.mask & TVIF_IMAGE) != 0) item.iImage = look.image;
-    if ((item.mask & TVIF_SELECTEDIMAGE) != 0) item.iSelectedImage = look.image;
+    const int image = look.image >= 0 ? look.image : I_IMAGENONE;  // -1 would be a question again
+    if ((item.mask & TVIF_IMAGE) != 0) item.iImage = image;
+    if ((item.mask & TVIF_SELECTEDIMAGE) != 0) item.iSelectedImage = image;
     if ((item.mask & TVIF_CHILDREN) != 0) item.cChildren = HasBelow(ItemOf(item)) ? 1 : 0;
     // Icons may have come to the list of images since it was shown. The control is at work on it now.
     const bool isImageMissing = images == nullptr || look.image >= ImageList_GetImageCount(images);
