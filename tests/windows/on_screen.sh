@@ -19,10 +19,12 @@ trap End EXIT
 StopWine
 # Whoever opens the pipe first waits for the other, and a screen that cannot start ends it.
 mkfifo "$folder/display"
-Xvfb -displayfd 5 -screen 0 1024x768x24 -nolisten tcp -noreset 5>"$folder/display" >"$folder/xvfb.log" 2>&1 &
+# The server keeps what it shows in a file, without the mouse, for scripts that wait for it to stand still.
+Xvfb -displayfd 5 -screen 0 1024x768x24 -nolisten tcp -noreset -nocursor -fbdir "$folder" 5>"$folder/display" \
+    >"$folder/xvfb.log" 2>&1 &
 screen=$!
 read -r -t 60 number <"$folder/display" || { cat "$folder/xvfb.log" >&2; exit 125; }
-export WINE_SCREEN=:$number
+export WINE_SCREEN=:$number WINE_SCREEN_FILE=$folder/Xvfb_screen0
 # No window manager is there, for whom Wine would wait at each window.
 "$root/tools/wine.sh" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null
 "$@"

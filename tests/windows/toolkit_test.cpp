@@ -225,6 +225,7 @@ TEST_F(SystemChooser, AFolderIsTheOneThatTheDialogBeginsIn) {
     Choose(owner, {begin}, IDNO, [&] { isChosen = ChooseFolder(owner, "Choose", path); });
     EXPECT_TRUE(isChosen);
     EXPECT_EQ(path, begin);
+}
 
 TEST(SystemToolkit, ASplitterIsDraggedUntilTheMouseIsTakenFromIt) {
     CDialog dialog(IDD_PICKER);
