@@ -57,7 +57,7 @@ std::unique_ptr<NativeWindow> MakeNativeControl(CWnd& window, CWnd& parent, cons
         case ControlKind::kTreeView:
             return win32::MakeTreeView(dynamic_cast<CTreeCtrl&>(window), parent, spec);
         case ControlKind::kPageView:
-            break;  // not made yet, and asked for by nothing that is built for Windows
+            return win32::MakePageView(dynamic_cast<CPageView&>(window), parent, spec);
     }
     return nullptr;
 }
