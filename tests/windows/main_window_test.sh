@@ -28,8 +28,10 @@ done
 AwaitWindow() {
     WaitUntil "the window \"$1\"" HasWindow "$1"
     Settle
-    Picture "${1// /-}" "$found"
+    Picture "${1//[^a-zA-Z]/}" "$found"
 }
+# IsGone WINDOW: another of the same title may have come by then.
+IsGone() { ! xwininfo -id "$1" | grep IsViewable; }
 List() { Wine "$terminal" show --sddl "C:\\permora-job\\$1.txt"; }
 # Wine keeps lists as mode bits, which know no full control.
 Grants() { List "$1" | grep -E '\(A;[A-Z]*;0x1301ff;;;WD\)'; }
@@ -41,6 +43,8 @@ Wine "$program" 'C:\permora-job' &
 programPid=$!
 AwaitWindow Permora
 
+Keys alt+v d # by lines, where Wine's arrow keys know the next file
+Settle
 Keys ctrl+a alt+p
 AwaitWindow Information # that several are selected
 Keys Return
@@ -56,7 +60,7 @@ Keys ctrl+Tab # the owner
 for _ in "cannot enumerate users" "the system's reason"; do # Wine's policy has no accounts
     AwaitWindow "Permora Error"
     Keys Return
-    WaitUntil "the box to close" HasNoWindow "Permora Error"
+    WaitUntil "the box to close" IsGone "$found"
 done
 AwaitWindow "Security Editor - .*"
 Keys Return
@@ -66,7 +70,7 @@ for file in one two three; do
 done
 
 Settle
-Keys Right alt+w # the next one alone
+Keys Down alt+w # the next one alone
 AwaitWindow "Security Wizard"
 Keys Down Return
 AwaitWindow "Secure deletion"
