@@ -32,9 +32,9 @@ class FrameEvents {
     virtual void OnIdle() = 0;  // no event is waiting
 };
 
-// The client area is below the menu. Whether the window's rectangle has in it the frame that the desktop draws
-// is the back end's choice, the same for all functions: the width of that frame may be unknown before the
-// window is shown, and a stored rectangle would grow by it.
+// The client area is below the menu. Whether the window's rectangle has in it the frame that the desktop
+// draws is the back end's choice, the same for all functions: the width of that frame may be unknown before
+// the window is shown, and a stored rectangle would grow by it.
 class NativeFrame : public NativeWindow {
   public:
     using NativeWindow::NativeWindow;
