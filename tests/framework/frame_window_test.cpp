@@ -19,7 +19,6 @@ namespace {
 using test::UiDriver;
 using test::WindowDriver;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 TEST(Frame, PromptsStandInTheStatusBarWhileAnEntryIsPointedAt) {
     QtTestFrame frame;
