@@ -38,20 +38,22 @@ class PaintContext : public CDC {
 
 }  // namespace
 
+bool RegisterOwn(const wchar_t* name, UINT style, LPCSTR cursor) {
+    WNDCLASSEXW description{};
+    description.cbSize = sizeof description;
+    description.style = style;
+    description.lpfnWndProc = DefWindowProcW;
+    description.hInstance = GetModuleHandleW(nullptr);
+    description.hCursor = LoadCursorA(nullptr, cursor);
+    description.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+    description.lpszClassName = name;
+    return RegisterClassExW(&description) != 0;
+}
+
 const wchar_t* OwnClass() {
     constexpr const wchar_t* kName = L"PermoraWindow";
-    static const ATOM kRegistered = [] {
-        WNDCLASSEXW description{};
-        description.cbSize = sizeof description;
-        description.style = CS_DBLCLKS;
-        description.lpfnWndProc = DefWindowProcW;
-        description.hInstance = GetModuleHandleW(nullptr);
-        description.hCursor = LoadCursorA(nullptr, IDC_ARROW);
-        description.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-        description.lpszClassName = kName;
-        return RegisterClassExW(&description);
-    }();
-    return kRegistered != 0 ? kName : nullptr;
+    static const bool kIsRegistered = RegisterOwn(kName, CS_DBLCLKS, IDC_ARROW);
+    return kIsRegistered ? kName : nullptr;
 }
 
 void PaintWith(HWND window, const std::function<void(CDC&)>& paint) {

@@ -7,6 +7,8 @@
 
 namespace permora::win32 {
 
+// Registers a class of windows with that class style (CS_) and pointer. Once for each name.
+bool RegisterOwn(const wchar_t* name, UINT style, LPCSTR cursor);
 // The class of these windows, registered when it is first asked for.
 const wchar_t* OwnClass();
 

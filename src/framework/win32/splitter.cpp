@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "framework/frame_native.h"
-#include "framework/win32/window.h"
+#include "framework/win32/pane.h"
 
 namespace permora {
 namespace win32 {
@@ -11,17 +11,8 @@ namespace {
 // Of a class of its own, for its pointer.
 const wchar_t* SplitterClass() {
     constexpr const wchar_t* kName = L"PermoraSplitter";
-    static const ATOM kRegistered = [] {
-        WNDCLASSEXW description{};
-        description.cbSize = sizeof description;
-        description.lpfnWndProc = DefWindowProcW;
-        description.hInstance = GetModuleHandleW(nullptr);
-        description.hCursor = LoadCursorA(nullptr, IDC_SIZEWE);
-        description.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-        description.lpszClassName = kName;
-        return RegisterClassExW(&description);
-    }();
-    return kRegistered != 0 ? kName : nullptr;
+    static const bool kIsRegistered = RegisterOwn(kName, 0, IDC_SIZEWE);
+    return kIsRegistered ? kName : nullptr;
 }
 
 class SplitterWindow final : public SystemWindow<NativeWindow> {
